@@ -1,0 +1,39 @@
+# A room is one layer with one purpose: a target of its own that sees its own headers and those of the
+# rooms that it names under USES, and nothing else. An include against the arrows doesn't compile.
+
+add_library(quillbox_flags INTERFACE)
+target_compile_options(quillbox_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+if(QUILLBOX_WERROR)
+  target_compile_options(quillbox_flags INTERFACE -Werror)
+endif()
+if(QUILLBOX_SANITIZE)
+  target_compile_options(quillbox_flags INTERFACE -fsanitize=${QUILLBOX_SANITIZE} -fno-omit-frame-pointer -g
+                                                  -fno-sanitize-recover=all)
+  target_link_options(quillbox_flags INTERFACE -fsanitize=${QUILLBOX_SANITIZE})
+endif()
+
+# The platform's calls, for whoever uses them.
+add_library(ce_api INTERFACE)
+target_include_directories(ce_api INTERFACE ${PROJECT_SOURCE_DIR}/platform/include)
+
+# quillbox_room(NAME [OBJECT] SOURCES file... [USES target...] [PRIVATE_USES target...])
+# Sources are relative to the room's folder, which is also its include folder.
+function(quillbox_room name)
+  cmake_parse_arguments(room "OBJECT" "" "SOURCES;USES;PRIVATE_USES" ${ARGN})
+  if(room_OBJECT)
+    add_library(${name} OBJECT ${room_SOURCES})
+  else()
+    add_library(${name} STATIC ${room_SOURCES})
+  endif()
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC ce_api ${room_USES} PRIVATE quillbox_flags ${room_PRIVATE_USES})
+endfunction()
+
+# quillbox_test(NAME SOURCES file... USES target...)
+function(quillbox_test name)
+  cmake_parse_arguments(test "" "" "SOURCES;USES" ${ARGN})
+  add_executable(${name} ${test_SOURCES})
+  target_link_libraries(${name} PRIVATE quillbox_flags ${test_USES} GTest::gtest GTest::gmock GTest::gtest_main)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  add_test(NAME ${name} COMMAND ${name})
+endfunction()

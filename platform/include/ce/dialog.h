@@ -1,0 +1,69 @@
+// ce/dialog.h - dialogs made from templates, their controls by id, message boxes.
+#pragma once
+
+#include "ce/window.h"
+
+// Nonzero: handled. 0: the dialog manager's own handling follows.
+using DLGPROC = INT_PTR (*)(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+
+inline constexpr DWORD DS_SETFONT = 0x40;
+inline constexpr DWORD DS_MODALFRAME = 0x80;
+inline constexpr DWORD DS_CENTER = 0x800;
+
+inline constexpr UINT DM_GETDEFID = 0x400;
+inline constexpr UINT DM_SETDEFID = 0x401;
+inline constexpr UINT DM_REPOSITION = 0x402;
+
+inline constexpr int IDOK = 1;
+inline constexpr int IDCANCEL = 2;
+inline constexpr int IDABORT = 3;
+inline constexpr int IDRETRY = 4;
+inline constexpr int IDIGNORE = 5;
+inline constexpr int IDYES = 6;
+inline constexpr int IDNO = 7;
+
+inline constexpr UINT MB_OK = 0;
+inline constexpr UINT MB_OKCANCEL = 1;
+inline constexpr UINT MB_ABORTRETRYIGNORE = 2;
+inline constexpr UINT MB_YESNOCANCEL = 3;
+inline constexpr UINT MB_YESNO = 4;
+inline constexpr UINT MB_RETRYCANCEL = 5;
+inline constexpr UINT MB_ICONHAND = 0x10;
+inline constexpr UINT MB_ICONQUESTION = 0x20;
+inline constexpr UINT MB_ICONEXCLAMATION = 0x30;
+inline constexpr UINT MB_ICONASTERISK = 0x40;
+inline constexpr UINT MB_DEFBUTTON1 = 0;
+inline constexpr UINT MB_DEFBUTTON2 = 0x100;
+inline constexpr UINT MB_DEFBUTTON3 = 0x200;
+
+// Runs a modal dialog from a template, plain or extended: made hidden, WM_INITDIALOG (wParam the control
+// that gets the focus, lParam `parameter`), shown whatever WS_VISIBLE says, the owner disabled until it
+// ends. The result is the value of EndDialog; -1 if it could not be made (a damaged template, a class
+// that doesn't exist), 0 for a bad owner.
+INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
+                                LPARAM parameter);
+
+// Modeless: shown only with WS_VISIBLE, the owner stays enabled, ends with DestroyWindow. An owner of
+// another thread is never waited for. Null on failure.
+HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
+                                LPARAM parameter);
+
+// Ends a modal dialog when its procedure returns. The owner is enabled before the dialog goes. Allowed
+// in WM_INITDIALOG. Fails with 1400, 5 for a dialog that isn't modal.
+BOOL EndDialog(HWND dialog, INT_PTR result);
+
+// The keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. Nonzero if the message was one and is done.
+BOOL IsDialogMessage(HWND dialog, MSG* message);
+
+// The first control of that id in creation order; null with 1421.
+HWND GetDlgItem(HWND dialog, int id);
+// 0 for an id that isn't there.
+LRESULT SendDlgItemMessageW(HWND dialog, int id, UINT message, WPARAM wParam, LPARAM lParam);
+BOOL SetDlgItemTextW(HWND dialog, int id, const WCHAR* text);
+// capacity - 1 characters and a NUL; a missing control leaves an empty text and gives 0.
+UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
+
+// A modal question or notice. `text` null is empty, `caption` null is "Error". \n breaks lines, & is
+// text. Esc and the close box give IDCANCEL where there is Cancel, IDOK with OK alone, otherwise the
+// answer that refuses (No, Abort). 0 if it could not be made.
+int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

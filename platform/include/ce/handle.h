@@ -1,0 +1,9 @@
+// ce/handle.h - giving back a handle of whatever kind: file, thread, database, enumeration.
+#pragma once
+
+#include "ce/types.h"
+
+// Nonzero on success. Fails with 6 for a handle that is not open (closed already, made up, or a
+// search handle, which goes back with FindClose alone). A handle in use on another thread stays
+// alive until that call is over. Closing a thread's handle doesn't end the thread.
+BOOL CloseHandle(HANDLE handle);

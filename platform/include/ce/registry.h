@@ -1,0 +1,40 @@
+// ce/registry.h - keys and values of the registry. The functions return the error itself, 0 for success;
+// the last error is not used. Names are compared without case and kept as written.
+#pragma once
+
+#include "ce/error.h"
+#include "ce/types.h"
+
+inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(static_cast<INT_PTR>(static_cast<LONG>(0x80000000)));
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(static_cast<INT_PTR>(static_cast<LONG>(0x80000001)));
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(static_cast<INT_PTR>(static_cast<LONG>(0x80000002)));
+inline const HKEY HKEY_USERS = reinterpret_cast<HKEY>(static_cast<INT_PTR>(static_cast<LONG>(0x80000003)));
+
+inline constexpr DWORD KEY_ALL_ACCESS = 0xF003F;
+
+inline constexpr DWORD REG_NONE = 0;
+inline constexpr DWORD REG_SZ = 1;
+inline constexpr DWORD REG_EXPAND_SZ = 2;
+inline constexpr DWORD REG_BINARY = 3;
+inline constexpr DWORD REG_DWORD = 4;
+inline constexpr DWORD REG_MULTI_SZ = 7;
+
+inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
+inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
+
+// Opens `subKey` below `key`, making each level that is missing. `disposition` may be null.
+// 6 bad key; 87 an empty level, a leading backslash, a name above 255 characters or more than 16
+// levels; 112 full; 31 the store can't be written or read.
+LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR* className, DWORD options,
+                     DWORD access, const void* security, HKEY* result, DWORD* disposition);
+
+// Copies a value into `data`, `*bytes` bytes large, and sets `*bytes` to its size. `data` null asks for
+// the size. `type` may be null.
+// 2 no such value: nothing is touched; 234 too small: `*bytes` tells the size, `data` is left alone; 6.
+LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes);
+
+// Sets a value, type and all. 6, 87 a name above 255 characters, 112, 31.
+LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
+
+// 6 for a key that is not open; the predefined keys may be closed, which does nothing.
+LONG RegCloseKey(HKEY key);

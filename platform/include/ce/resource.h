@@ -1,0 +1,37 @@
+// ce/resource.h - the program's resources, read from the compiled resource file that is built into it.
+#pragma once
+
+#include "ce/error.h"
+#include "ce/types.h"
+
+// A resource type or name that is a number travels as the pointer of that value; high bits zero.
+inline const WCHAR* MAKEINTRESOURCEW(UINT_PTR number)
+{
+    return reinterpret_cast<const WCHAR*>(number & 0xFFFF);
+}
+
+inline constexpr WORD RT_BITMAP_ID = 2;
+inline constexpr WORD RT_ICON_ID = 3;
+inline constexpr WORD RT_MENU_ID = 4;
+inline constexpr WORD RT_DIALOG_ID = 5;
+inline constexpr WORD RT_STRING_ID = 6;
+inline constexpr WORD RT_GROUP_ICON_ID = 14;
+
+inline const WCHAR* const RT_DIALOG = MAKEINTRESOURCEW(RT_DIALOG_ID);
+
+// Name and type as numbers or texts, texts without case; "#123" is the number 123.
+// Null on failure: 1812 no resources, 1813 no such type, 1814 no such name.
+HRSRC FindResourceW(HMODULE module, const WCHAR* name, const WCHAR* type);
+
+// The address of the resource's bytes, good for the life of the process; nothing is freed.
+// Null with 6 for a handle that FindResourceW didn't give.
+HGLOBAL LoadResource(HMODULE module, HRSRC resource);
+
+// Bytes of the resource, without padding; 0 with 6.
+DWORD SizeofResource(HMODULE module, HRSRC resource);
+
+// Copies text `id` into `buffer`: at most characters - 1 and a NUL; the result counts without the NUL,
+// 0 if there is no such text (1814).
+// With a null buffer the result is the address of the text inside the resource, as a pointer in an
+// integer: not terminated, its length in characters stands in the WORD before it.
+LONG_PTR LoadStringW(HINSTANCE instance, UINT id, WCHAR* buffer, int characters);

@@ -1,0 +1,104 @@
+// ce/text.h - wide texts: bounded formatting, comparison, conversion to the device's code page.
+//
+// Every destination travels with its size in characters, NUL included. What does not fit is cut at a
+// whole character (a surrogate pair stays whole) and the result is always terminated.
+#pragma once
+
+#include "ce/error.h"
+#include "ce/types.h"
+
+#include <span>
+#include <type_traits>
+
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_UTF8 = 65001;
+
+// One argument of a format: a whole number or a text. Converts by itself from what callers pass.
+class FormatArgument {
+public:
+    enum class Kind { Integer, Wide, Narrow };
+
+    template <class T>
+        requires(std::is_integral_v<T> || std::is_enum_v<T>)
+    constexpr FormatArgument(T value)
+        : kind_(Kind::Integer), bytes_(sizeof(T)), integer_(static_cast<std::int64_t>(value))
+    {
+    }
+    constexpr FormatArgument(const WCHAR* text) : kind_(Kind::Wide), wide_(text) {}
+    constexpr FormatArgument(const char* text) : kind_(Kind::Narrow), narrow_(text) {}
+
+    [[nodiscard]] constexpr Kind kind() const { return kind_; }
+    [[nodiscard]] constexpr std::int64_t integer() const { return integer_; }
+    [[nodiscard]] constexpr unsigned bytes() const { return bytes_; }
+    [[nodiscard]] constexpr const WCHAR* wide() const { return wide_; }
+    [[nodiscard]] constexpr const char* narrow() const { return narrow_; }
+
+private:
+    Kind kind_;
+    unsigned bytes_ = 8;  // size of the integer as it was passed, so that %u and %x show its own bits
+    union {
+        std::int64_t integer_;
+        const WCHAR* wide_;
+        const char* narrow_;
+    };
+};
+
+// Formats into `out`, `capacity` characters with the NUL. Knows - # 0, width, precision, l and h,
+// and %d %i %u %x %X %c %C %s %S %%. %s is a wide text, %S a narrow one; a null text shows as
+// "(null)". A conversion without its argument, or with one of the other kind, shows nothing.
+// Returns the characters written, without the NUL.
+int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<const FormatArgument> arguments);
+
+// The platform's calls on it. wsprintfW takes the size from the array.
+template <class... Arguments>
+int wnsprintfW(WCHAR* out, std::size_t capacity, const WCHAR* format, const Arguments&... arguments)
+{
+    if constexpr (sizeof...(Arguments) == 0) {
+        return FormatWide(out, capacity, format, {});
+    } else {
+        const FormatArgument list[] = {FormatArgument(arguments)...};
+        return FormatWide(out, capacity, format, list);
+    }
+}
+
+template <std::size_t Capacity, class... Arguments>
+int wsprintfW(WCHAR (&out)[Capacity], const WCHAR* format, const Arguments&... arguments)
+{
+    return wnsprintfW(out, Capacity, format, arguments...);
+}
+
+// Characters before the NUL.
+std::size_t wcslen(const WCHAR* text);
+
+// Copies `count` characters, filling up with NULs; adds none when the source is as long or longer.
+WCHAR* wcsncpy(WCHAR* out, const WCHAR* text, std::size_t count);
+
+// Copies a text into an array of `capacity` characters, cut at a whole character if it must be.
+// Returns the characters copied.
+std::size_t CopyText(WCHAR* out, std::size_t capacity, const WCHAR* text);
+
+template <std::size_t Capacity>
+std::size_t CopyText(WCHAR (&out)[Capacity], const WCHAR* text)
+{
+    return CopyText(out, Capacity, text);
+}
+
+// 0 when the texts are equal, case included; otherwise below or above 0 by code unit.
+int lstrcmpW(const WCHAR* left, const WCHAR* right);
+
+// The same without case, by simple folding of each character.
+int lstrcmpiW(const WCHAR* left, const WCHAR* right);
+
+// Skips blanks, takes a sign and digits, stops at the rest; 0 without digits. Too large a number stops
+// at the ends of LONG.
+LONG _wtol(const WCHAR* text);
+
+// The device's code page: always CP_UTF8, so a log holds any name.
+UINT GetACP();
+
+// Converts to `codePage` (CP_ACP or CP_UTF8). `characters` -1: the text ends at its NUL, which is
+// converted and counted too. `bytes` 0 asks for the size. A lone surrogate becomes U+FFFD.
+// `defaultCharacter` and `usedDefault` must be null. Returns bytes.
+// 0 on failure: 122 too small (what stands in `out` is of no use), 87.
+int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int characters, char* out, int bytes,
+                        const char* defaultCharacter, BOOL* usedDefault);

@@ -1,0 +1,15 @@
+// ce/thread.h - threads of the program.
+#pragma once
+
+#include "ce/error.h"
+#include "ce/handle.h"
+#include "ce/types.h"
+
+using LPTHREAD_START_ROUTINE = DWORD (*)(void* parameter);
+
+// Starts `procedure(parameter)` on a thread of its own. `security` null, `stackBytes` and `flags` 0;
+// `id` may be null. The thread runs on when its handle is closed. Null on failure, with 8.
+HANDLE CreateThread(const void* security, DWORD stackBytes, LPTHREAD_START_ROUTINE procedure, void* parameter,
+                    DWORD flags, DWORD* id);
+
+void Sleep(DWORD milliseconds);

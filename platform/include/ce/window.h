@@ -1,0 +1,224 @@
+// ce/window.h - windows, classes, messages, timers.
+//
+// A window belongs to the thread that made it, and its procedure runs in that thread's name only:
+// either on the thread itself or, while it waits in GetMessageW, on the thread that sends to it.
+// DestroyWindow works only in the name of the owner.
+#pragma once
+
+#include "ce/error.h"
+#include "ce/types.h"
+
+using WNDPROC = LRESULT (*)(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+struct WNDCLASSW {
+    UINT style;
+    WNDPROC lpfnWndProc;
+    int cbClsExtra;
+    int cbWndExtra;
+    HINSTANCE hInstance;
+    HICON hIcon;
+    HCURSOR hCursor;
+    HBRUSH hbrBackground;
+    const WCHAR* lpszMenuName;
+    const WCHAR* lpszClassName;
+};
+
+struct CREATESTRUCTW {
+    void* lpCreateParams;
+    HINSTANCE hInstance;
+    HMENU hMenu;
+    HWND hwndParent;
+    int cy;
+    int cx;
+    int y;
+    int x;
+    LONG style;
+    const WCHAR* lpszName;
+    const WCHAR* lpszClass;
+    DWORD dwExStyle;
+};
+
+struct MSG {
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time;
+    POINT pt;
+};
+
+struct NMHDR {
+    HWND hwndFrom;
+    UINT_PTR idFrom;
+    UINT code;
+};
+
+inline constexpr UINT WM_NULL = 0x0;
+inline constexpr UINT WM_CREATE = 0x1;
+inline constexpr UINT WM_DESTROY = 0x2;
+inline constexpr UINT WM_MOVE = 0x3;
+inline constexpr UINT WM_SIZE = 0x5;
+inline constexpr UINT WM_ACTIVATE = 0x6;
+inline constexpr UINT WM_SETFOCUS = 0x7;
+inline constexpr UINT WM_KILLFOCUS = 0x8;
+inline constexpr UINT WM_ENABLE = 0xA;
+inline constexpr UINT WM_SETTEXT = 0xC;
+inline constexpr UINT WM_GETTEXT = 0xD;
+inline constexpr UINT WM_GETTEXTLENGTH = 0xE;
+inline constexpr UINT WM_PAINT = 0xF;
+inline constexpr UINT WM_CLOSE = 0x10;
+inline constexpr UINT WM_QUIT = 0x12;
+inline constexpr UINT WM_SHOWWINDOW = 0x18;
+inline constexpr UINT WM_NEXTDLGCTL = 0x28;
+inline constexpr UINT WM_SETFONT = 0x30;
+inline constexpr UINT WM_GETFONT = 0x31;
+inline constexpr UINT WM_NOTIFY = 0x4E;
+inline constexpr UINT WM_HELP = 0x53;
+inline constexpr UINT WM_GETICON = 0x7F;
+inline constexpr UINT WM_SETICON = 0x80;
+inline constexpr UINT WM_GETDLGCODE = 0x87;
+inline constexpr UINT WM_KEYDOWN = 0x100;
+inline constexpr UINT WM_KEYUP = 0x101;
+inline constexpr UINT WM_CHAR = 0x102;
+inline constexpr UINT WM_SYSKEYDOWN = 0x104;
+inline constexpr UINT WM_SYSCHAR = 0x106;
+inline constexpr UINT WM_INITDIALOG = 0x110;
+inline constexpr UINT WM_COMMAND = 0x111;
+inline constexpr UINT WM_TIMER = 0x113;
+inline constexpr UINT WM_LBUTTONDOWN = 0x201;
+inline constexpr UINT WM_LBUTTONUP = 0x202;
+inline constexpr UINT WM_LBUTTONDBLCLK = 0x203;
+inline constexpr UINT WM_USER = 0x400;
+inline constexpr UINT WM_APP = 0x8000;
+
+inline constexpr DWORD WS_OVERLAPPED = 0;
+inline constexpr DWORD WS_POPUP = 0x80000000;
+inline constexpr DWORD WS_CHILD = 0x40000000;
+inline constexpr DWORD WS_VISIBLE = 0x10000000;
+inline constexpr DWORD WS_DISABLED = 0x08000000;
+inline constexpr DWORD WS_CAPTION = 0x00C00000;
+inline constexpr DWORD WS_BORDER = 0x00800000;
+inline constexpr DWORD WS_VSCROLL = 0x00200000;
+inline constexpr DWORD WS_HSCROLL = 0x00100000;
+inline constexpr DWORD WS_SYSMENU = 0x00080000;
+inline constexpr DWORD WS_GROUP = 0x00020000;
+inline constexpr DWORD WS_TABSTOP = 0x00010000;
+inline constexpr DWORD WS_EX_CAPTIONOKBTN = 0x80000000;
+inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000);
+
+inline constexpr int SW_HIDE = 0;
+inline constexpr int SW_SHOWNORMAL = 1;
+inline constexpr int SW_SHOW = 5;
+
+inline constexpr UINT SWP_NOSIZE = 1;
+inline constexpr UINT SWP_NOMOVE = 2;
+inline constexpr UINT SWP_NOZORDER = 4;
+inline constexpr UINT SWP_NOACTIVATE = 0x10;
+
+inline constexpr WPARAM ICON_SMALL = 0;
+inline constexpr UINT IMAGE_BITMAP = 0;
+inline constexpr UINT IMAGE_ICON = 1;
+inline constexpr UINT_PTR IDC_WAIT = 32514;
+inline constexpr int WHITE_BRUSH = 0;
+
+inline constexpr WORD VK_BACK = 0x8;
+inline constexpr WORD VK_TAB = 0x9;
+inline constexpr WORD VK_RETURN = 0xD;
+inline constexpr WORD VK_SHIFT = 0x10;
+inline constexpr WORD VK_CONTROL = 0x11;
+inline constexpr WORD VK_MENU = 0x12;
+inline constexpr WORD VK_ESCAPE = 0x1B;
+inline constexpr WORD VK_SPACE = 0x20;
+inline constexpr WORD VK_PRIOR = 0x21;
+inline constexpr WORD VK_NEXT = 0x22;
+inline constexpr WORD VK_END = 0x23;
+inline constexpr WORD VK_HOME = 0x24;
+inline constexpr WORD VK_LEFT = 0x25;
+inline constexpr WORD VK_UP = 0x26;
+inline constexpr WORD VK_RIGHT = 0x27;
+inline constexpr WORD VK_DOWN = 0x28;
+inline constexpr WORD VK_DELETE = 0x2E;
+inline constexpr WORD VK_MULTIPLY = 0x6A;
+inline constexpr WORD VK_ADD = 0x6B;
+inline constexpr WORD VK_SUBTRACT = 0x6D;
+inline constexpr WORD VK_F4 = 0x73;
+
+// 0 with 1410 if a class of that name (without case) stands already, 87 without a name or procedure.
+ATOM RegisterClassW(const WNDCLASSW* windowClass);
+
+// Sends WM_CREATE (lParam: CREATESTRUCTW) before it returns; -1 from it stops the creation.
+// CW_USEDEFAULT for place and size means the whole work area. For a child `menu` is its id.
+// Null on failure: 1407 no such class, 1400 no such parent or one of another thread.
+HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, DWORD style, int x, int y, int width,
+                     int height, HWND parent, HMENU menu, HINSTANCE instance, void* parameter);
+
+// WM_DESTROY goes to the window first, then to its children; owned windows go as well. Its timers end
+// and what was posted to it vanishes. Fails with 1400, 5 in the name of another thread.
+BOOL DestroyWindow(HWND window);
+
+// WM_CLOSE destroys; WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH serve the title; the rest gives 0.
+LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Runs the window's procedure and gives its result. To a window of another thread it waits until that
+// thread retrieves messages or is itself waiting in a send; meanwhile messages sent to the caller's own
+// windows are answered. 0 with 1400 for a dead window, also for one that dies while the call waits.
+LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Queues and never waits; order is kept. Nonzero on success, 0 with 1400.
+BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Takes the calling thread's next message: posted, input, quit, timers, in this order. Sent messages
+// are answered meanwhile. `window` null: all windows of the thread; else it and its children. `low` and
+// `high` 0: no bounds. WM_QUIT comes whatever the filter.
+// 0 for WM_QUIT, -1 for a bad window handle (1400), otherwise nonzero.
+BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high);
+
+// Makes WM_CHAR of key messages.
+BOOL TranslateMessage(const MSG* message);
+LRESULT DispatchMessageW(const MSG* message);
+
+// WM_QUIT with `exitCode` comes when nothing posted is left.
+void PostQuitMessage(int exitCode);
+
+// WM_TIMER (wParam id) every `milliseconds`, lowest of all messages and at most one waiting. The same
+// window and id replaces. Ends with the window. `procedure` must be null. 0 with 1400.
+UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure);
+BOOL KillTimer(HWND window, UINT_PTR id);
+
+// Nonzero if it was visible before.
+BOOL ShowWindow(HWND window, int show);
+// Nothing is painted by the program: the display follows the window's state by itself. Nonzero, 0 with 1400.
+BOOL UpdateWindow(HWND window);
+BOOL IsWindow(HWND window);
+BOOL IsWindowVisible(HWND window);
+BOOL IsWindowEnabled(HWND window);
+// Nonzero if it was disabled before.
+BOOL EnableWindow(HWND window, BOOL enable);
+// The window that had the focus; null if none had or on failure.
+HWND SetFocus(HWND window);
+HWND GetFocus();
+HWND GetParent(HWND window);
+BOOL SetForegroundWindow(HWND window);
+
+// Top-level windows only, texts without case, null is any. Null if there is none. Also finds the window
+// of another process that has this device open, if the host provides for that.
+HWND FindWindowW(const WCHAR* className, const WCHAR* title);
+
+BOOL SetWindowTextW(HWND window, const WCHAR* text);
+// At most capacity - 1 characters and a NUL; the result counts without it.
+int GetWindowTextW(HWND window, WCHAR* text, int capacity);
+int GetWindowTextLengthW(HWND window);
+
+// In virtual pixels; the client area begins at 0,0.
+BOOL GetClientRect(HWND window, RECT* rectangle);
+BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
+BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
+
+HICON LoadIconW(HINSTANCE instance, const WCHAR* name);
+// An icon (as HICON) or bitmap of the resources by number; null with 1813 or 1814.
+HANDLE LoadImageW(HINSTANCE instance, const WCHAR* name, UINT type, int width, int height, UINT flags);
+// `instance` null: a cursor of the platform, by its number (IDC_WAIT).
+HCURSOR LoadCursorW(HINSTANCE instance, const WCHAR* name);
+// Null takes the wait cursor away. Gives the cursor before.
+HCURSOR SetCursor(HCURSOR cursor);
+HBRUSH GetStockObject(int object);
