@@ -13,10 +13,10 @@ namespace platform::file {
 
 // One host folder in the name space.
 struct Mount {
-    std::u16string name;                   // of its folder in the root; empty for the root itself
-    int folder = -1;                       // an open descriptor of the host folder; the name space takes it over
-    bool card = false;                     // its folder carries FILE_ATTRIBUTE_TEMPORARY
-    std::optional<std::uint64_t> capacity; // bytes that its files may hold together, what they hold now included
+    std::u16string name;                    // of its folder in the root; empty for the root itself
+    int folder = -1;                        // an open descriptor of the host folder; the name space takes it over
+    bool card = false;                      // its folder carries FILE_ATTRIBUTE_TEMPORARY
+    std::optional<std::uint64_t> capacity;  // bytes that its files may hold together, what they hold now included
 };
 
 // Adds a folder. False if the name is taken or not usable as a name, or if the folder can't be read;

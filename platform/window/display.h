@@ -20,18 +20,18 @@ enum class Change {
     Destroyed,  // the handle is dead
     Text,       // title or text
     Enabled,
-    Focus,      // this window has the focus now
-    Check,      // a button's check state
-    Rows,       // a list box's rows
-    Selection,  // a list box's selection or caret row; an edit's selection
-    Progress,   // a bar's range or position
-    Bands,      // menu, buttons or bands of the command bands
-    Placed,     // moved or sized
-    Foreground, // asks to be in front
-    Cursor,     // the wait cursor came or went
-    Idle,       // the owner thread has begun to wait for messages: its windows take input now
-    Busy,       // the owner thread has stopped waiting
-    ReadOnly,   // an edit's read-only state
+    Focus,       // this window has the focus now
+    Check,       // a button's check state
+    Rows,        // a list box's rows
+    Selection,   // a list box's selection or caret row; an edit's selection
+    Progress,    // a bar's range or position
+    Bands,       // menu, buttons or bands of the command bands
+    Placed,      // moved or sized
+    Foreground,  // asks to be in front
+    Cursor,      // the wait cursor came or went
+    Idle,        // the owner thread has begun to wait for messages: its windows take input now
+    Busy,        // the owner thread has stopped waiting
+    ReadOnly,    // an edit's read-only state
 };
 
 class Display {
@@ -46,7 +46,7 @@ void setDisplay(Display* display);
 
 // What a window is to a display.
 enum class WindowKind {
-    Main,        // a top-level window that the program made by class
+    Main,  // a top-level window that the program made by class
     Dialog,
     MessageBox,  // a dialog whose children are its texts and buttons
     Button,
@@ -72,18 +72,18 @@ struct WindowState {
     int id = 0;
     DWORD style = 0;
     DWORD exStyle = 0;
-    RECT place{};             // virtual pixels, in the parent's client area or on the screen
+    RECT place{};  // virtual pixels, in the parent's client area or on the screen
     bool visible = false;
     bool enabled = false;
     bool focused = false;
-    int check = 0;            // button
+    int check = 0;  // button
     bool defaultButton = false;
     UINT messageBoxType = 0;  // message box: the MB_ bits
     int caretRow = -1;        // list box
     int progressLow = 0;
     int progressHigh = 0;
     int progressPosition = 0;
-    WORD iconId = 0;          // a static that shows an icon; a top-level window's small icon
+    WORD iconId = 0;  // a static that shows an icon; a top-level window's small icon
 };
 
 struct ListRow {
@@ -117,8 +117,8 @@ struct BandState {
 
 // Each takes the core's lock for the length of the copy. False or empty for a dead window.
 [[nodiscard]] bool readWindow(HWND window, WindowState& state);
-[[nodiscard]] std::vector<HWND> childrenOf(HWND window);          // in creation order
-[[nodiscard]] std::vector<HWND> topLevelWindows();                // the one in front first, hidden ones too
+[[nodiscard]] std::vector<HWND> childrenOf(HWND window);  // in creation order
+[[nodiscard]] std::vector<HWND> topLevelWindows();        // the one in front first, hidden ones too
 [[nodiscard]] std::vector<ListRow> listRows(HWND listBox);
 [[nodiscard]] long findListRow(HWND listBox, const std::u16string& text);  // whole text, case counts; -1
 [[nodiscard]] std::vector<BandState> bandsOf(HWND commandBands);
@@ -128,13 +128,13 @@ struct BandState {
 // Raw input, queued for the owner thread and handled when it retrieves messages. What comes while the
 // thread works, or for a window that is disabled or has a disabled ancestor, is dropped: the result is
 // false. A wish to close that comes while the thread works is kept for afterwards.
-bool postClick(HWND window, long row = -1);        // a button, an edit; a list box's row (-1: empty space)
+bool postClick(HWND window, long row = -1);  // a button, an edit; a list box's row (-1: empty space)
 bool postDoubleClick(HWND window, long row);
 bool postKey(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
-bool postText(HWND window, std::u16string text);   // as typed; an edit takes it at its selection
-bool postClose(HWND topLevel);                     // the close box
-bool postCaptionOk(HWND topLevel);                 // the OK button in the caption
-bool postCommand(HWND topLevel, WORD id);          // a menu item or toolbar button of its bands
+bool postText(HWND window, std::u16string text);        // as typed; an edit takes it at its selection
+bool postClose(HWND topLevel);                          // the close box
+bool postCaptionOk(HWND topLevel);                      // the OK button in the caption
+bool postCommand(HWND topLevel, WORD id);               // a menu item or toolbar button of its bands
 bool postResize(HWND topLevel, int width, int height);  // client area, virtual pixels
 
 }  // namespace platform::window

@@ -83,8 +83,8 @@ struct BY_HANDLE_FILE_INFORMATION {
 //   for writing, a ROM file asked for writing, a ROM module, no permission; 32 open elsewhere in a way
 //   that conflicts; 80 exists already (CREATE_NEW); 87 bad creation; 112 no room for the entry;
 //   123 bad name; 206 path too long; 19 a read-only file system; 31 the host's input or output failed.
-HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* security, DWORD creation,
-                   DWORD attributes, HANDLE templateFile);
+HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* security, DWORD creation, DWORD attributes,
+                   HANDLE templateFile);
 
 // Reads up to `bytes` bytes at the handle's place and moves it on. Fewer come only at the end of the
 // file; at or behind it the call succeeds with 0. Fails with 5 without read access, 6, 31.

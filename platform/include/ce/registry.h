@@ -25,8 +25,8 @@ inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 // Opens `subKey` below `key`, making each level that is missing. `disposition` may be null.
 // 6 bad key; 87 an empty level, a leading backslash, a name above 255 characters or more than 16
 // levels; 112 full; 31 the store can't be written or read.
-LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR* className, DWORD options,
-                     DWORD access, const void* security, HKEY* result, DWORD* disposition);
+LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR* className, DWORD options, DWORD access,
+                     const void* security, HKEY* result, DWORD* disposition);
 
 // Copies a value into `data`, `*bytes` bytes large, and sets `*bytes` to its size. `data` null asks for
 // the size. `type` may be null.

@@ -19,8 +19,7 @@ public:
     enum class Kind { Integer, Wide, Narrow };
 
     template <class T>
-        requires(std::is_integral_v<T> || std::is_enum_v<T>)
-    constexpr FormatArgument(T value)
+    requires(std::is_integral_v<T> || std::is_enum_v<T>) constexpr FormatArgument(T value)
         : kind_(Kind::Integer), bytes_(sizeof(T)), integer_(static_cast<std::int64_t>(value))
     {
     }
