@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace platform::window {
@@ -39,6 +40,8 @@ public:
     virtual ~Display() = default;
     // Under the core's lock. `window` is null for Idle, Busy and Cursor.
     virtual void changed(HWND window, Change change) = 0;
+    // In place of changed(Text): what the window shows from now on. Under the core's lock.
+    virtual void textChanged(HWND window, std::u16string_view text) = 0;
 };
 
 // One display at a time; null takes it away. The core works without one.

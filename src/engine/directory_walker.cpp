@@ -1,0 +1,68 @@
+// directory_walker.cpp - see directory_walker.h.
+
+#include "directory_walker.h"
+
+#include "ce/file.h"
+#include "ce/text.h"
+
+PathsTooLong gPathsTooLong;
+
+namespace {
+
+void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
+{
+    if (gPathsTooLong.count++ == 0)
+        wsprintfW(gPathsTooLong.first, u"%s%s", folder, name);
+}
+
+// The frame of one level lies on the stack, and the path's length bounds how many there can be.
+DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, WalkCallback callback, UINT_PTR context)
+{
+    WCHAR subfolder[MAX_PATH];
+    // Its own search path takes one character more.
+    if (wcslen(root) + wcslen(name) + 2 >= MAX_PATH) {
+        NotePathTooLong(root, name);
+        return 0;
+    }
+    wsprintfW(subfolder, u"%s%s\\", root, name);
+    return WalkDirectory(subfolder, nullptr, TRUE, foldersOnly, callback, context);
+}
+
+} // namespace
+
+BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name)
+{
+    if (wcslen(folder) + wcslen(name) >= MAX_PATH) {
+        NotePathTooLong(folder, name);
+        return FALSE;
+    }
+    wsprintfW(path, u"%s%s", folder, name);
+    return TRUE;
+}
+
+DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL foldersOnly, WalkCallback callback,
+                    UINT_PTR context)
+{
+    WCHAR searchPath[MAX_PATH];
+    if (!JoinPath(searchPath, root, pattern ? pattern : u"*"))
+        return 0;
+
+    WIN32_FIND_DATAW found = {};
+    HANDLE search = FindFirstFileW(searchPath, &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return 0;
+
+    DWORD count = 0;
+    do {
+        const bool folder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (folder && recurse && found.cFileName[0] != u'.')
+            count += WalkSubfolder(found.cFileName, root, foldersOnly, callback, context);
+        if (foldersOnly && !folder)
+            continue;
+        count++;
+        if (callback && !callback(found.cFileName, root, context))
+            break;
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return count;
+}

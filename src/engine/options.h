@@ -1,0 +1,37 @@
+// options.h - the one settings record. The runs and the tree read it directly; the dialogs change it in memory;
+// the shell loads it at the start and saves it at the end (docs/format.md, "Options").
+#pragma once
+
+#include "ce/types.h"
+
+inline constexpr DWORD ExtensionsChars = 260;
+
+// What a restore does with a file that exists. The values are the ids of the dialog's radio buttons.
+inline constexpr WORD RestoreModeReplace = 1023;
+inline constexpr WORD RestoreModeSkip = 1024;
+inline constexpr WORD RestoreModeAsk = 1025;
+
+// Stored byte for byte in the registry, so its layout is a format: little-endian, 568 bytes.
+struct Options {
+    WORD restoreMode;
+    WORD reserved1;
+    DWORD deleteBackedUp;
+    DWORD verifyBackup;  // stored and shown; no run reads it
+    DWORD generateLog;
+    WCHAR extensions[ExtensionsChars];  // NUL-terminated entries of at most 3 characters, closed by an empty one
+    FILETIME newerThan;                 // 0: never set
+    DWORD newerThanOn;
+    DWORD extensionFilterOn;
+    DWORD hideByAttribute;  // 1 exactly when hiddenAttributes isn't 0
+    DWORD hiddenAttributes;
+    WORD maxBackupSizeMb;  // stored and shown; no run reads it
+    WORD reserved2;
+    DWORD showRomFiles;
+};
+
+static_assert(sizeof(Options) == 568);
+static_assert(offsetof(Options, extensions) == 16 && offsetof(Options, newerThan) == 536);
+static_assert(offsetof(Options, maxBackupSizeMb) == 560 && offsetof(Options, showRomFiles) == 564);
+
+// The main window's thread only.
+extern Options gOptions;

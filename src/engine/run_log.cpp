@@ -1,0 +1,65 @@
+// run_log.cpp - see run_log.h.
+
+#include "run_log.h"
+
+#include "ce/time.h"
+#include "options.h"
+
+#include <cstring>
+
+namespace {
+
+const char LineEnd[] = " \r\n";
+constexpr DWORD LineEndBytes = sizeof LineEnd - 1;
+
+// Bytes of `text` that fit into `room`, whole characters only. The device's code page is UTF-8, where the bytes that
+// go on within a character have the form 10xxxxxx.
+DWORD WholeBytes(const char* text, DWORD bytes, DWORD room)
+{
+    if (bytes <= room)
+        return bytes;
+    while (room > 0 && (static_cast<BYTE>(text[room]) & 0xC0) == 0x80)
+        room--;
+    return room;
+}
+
+} // namespace
+
+BackupLog::BackupLog(const WCHAR* path)
+{
+    if (gOptions.generateLog)
+        handle = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+}
+
+bool BackupLog::IsOn() const
+{
+    return gOptions.generateLog && handle != INVALID_HANDLE_VALUE;
+}
+
+BOOL BackupLog::WriteLine(const WCHAR* message)
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    WCHAR line[LogChars];
+    // Cut before its end, so that the end always fits.
+    wnsprintfW(line, LogChars - LineEndBytes, u"LOG(%02d:%02d:%02d): %s", now.wHour, now.wMinute, now.wSecond, message);
+
+    // A character takes up to 3 bytes, so the whole line is converted first and then cut.
+    char bytes[LogChars * 3];
+    const int converted = WideCharToMultiByte(GetACP(), 0, line, -1, bytes, sizeof bytes, nullptr, nullptr);
+    if (converted == 0)
+        return FALSE;
+    DWORD count = WholeBytes(bytes, static_cast<DWORD>(converted) - 1, LogBytes - 1 - LineEndBytes);
+    std::memcpy(bytes + count, LineEnd, LineEndBytes);
+    count += LineEndBytes;
+
+    DWORD written = 0;
+    return WriteFile(handle, bytes, count, &written, nullptr);
+}
+
+void BackupLog::Close()
+{
+    if (IsOn())
+        CloseHandle(handle);
+    handle = INVALID_HANDLE_VALUE;
+}

@@ -1,0 +1,45 @@
+// storage_choice.cpp - see storage_choice.h.
+
+#include "storage_choice.h"
+
+#include "choice_list.h"
+#include "directory_walker.h"
+#include "questions.h"
+#include "set_paths.h"
+
+#include "ce/file.h"
+#include "ce/text.h"
+
+namespace {
+
+constexpr UINT MainDeviceText = 126;
+constexpr UINT SelectStorageText = 127;
+constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
+
+BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
+{
+    WCHAR path[MAX_PATH];
+    if (!JoinPath(path, folder, name))
+        return TRUE;
+    const DWORD attributes = GetFileAttributesW(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & StorageAttributes) != StorageAttributes)
+        return TRUE;
+    // A set's own paths must fit behind it.
+    if (SetPathsFit(path))
+        AddChoice(*reinterpret_cast<ChoiceList*>(context), path);
+    return TRUE;
+}
+
+} // namespace
+
+BOOL ChooseStorage(WCHAR* storageRoot)
+{
+    ChoiceList storages;
+    WalkDirectory(u"\\", nullptr, TRUE, TRUE, CollectStorageFolder, reinterpret_cast<UINT_PTR>(&storages));
+    AddChoice(storages, LoadText(MainDeviceText, gTextA));
+    if (!ChooseFromList(gMainWindow, LoadText(SelectStorageText, gTextA), storages.characters.data(), storageRoot))
+        return FALSE;
+    if (lstrcmpW(storageRoot, LoadText(MainDeviceText, gTextA)) == 0)
+        storageRoot[0] = 0;
+    return TRUE;
+}

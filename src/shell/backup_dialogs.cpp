@@ -1,0 +1,73 @@
+// backup_dialogs.cpp - dialogs 108 and 109: the comment of a new set, and what it will hold.
+
+#include "item_rows.h"
+#include "program.h"
+#include "questions.h"
+
+#include "ce/controls.h"
+
+DWORD gFullFiles;
+DWORD gFullDatabases;
+DWORD gFullRegistry;
+
+namespace {
+
+constexpr WORD FullBackupKind = 1;
+constexpr WORD FullBackupDialog = 108;
+constexpr WORD SelectedItemsDialog = 109;
+
+constexpr int CommentId = 1004;
+// In dialog 108 alone; dialog 109 has its list box and a label under the last two ids.
+constexpr int AllFilesId = 1005;
+constexpr int AllDatabasesId = 1006;
+constexpr int RegistryId = 1007;
+
+WCHAR* gBackupComment;
+
+// The check boxes open clear, whatever the last full backup chose, and the comment empty. In dialog 108 the rows go to a
+// check box, which doesn't know them.
+void ShowItems(HWND dialog)
+{
+    HWND listBox = GetDlgItem(dialog, ItemListBoxId);
+    if (!listBox)
+        return;
+    AddItemRows(listBox);
+    SetFocus(GetDlgItem(dialog, CommentId));
+}
+
+// A control that isn't there leaves the flag; one that is no check box gives 0, and then nobody reads the flag.
+void TakeFlag(HWND dialog, int id, DWORD& flag)
+{
+    if (HWND box = GetDlgItem(dialog, id))
+        flag = SendMessageW(box, BM_GETCHECK, 0, 0) == BST_CHECKED ? 1 : 0;
+}
+
+void TakeAnswers(HWND dialog)
+{
+    TakeFlag(dialog, AllFilesId, gFullFiles);
+    TakeFlag(dialog, AllDatabasesId, gFullDatabases);
+    TakeFlag(dialog, RegistryId, gFullRegistry);
+    GetDlgItemTextW(dialog, CommentId, gBackupComment, TextChars);
+    EndDialog(dialog, 1);
+}
+
+INT_PTR BackupDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_INITDIALOG) {
+        gBackupComment = reinterpret_cast<WCHAR*>(lParam);
+        ShowItems(dialog);
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+        TakeAnswers(dialog);
+    } else if ((message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) || message == WM_CLOSE) {
+        EndDialog(dialog, 0);
+    }
+    return FALSE;
+}
+
+} // namespace
+
+INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment)
+{
+    const WORD dialog = kind == FullBackupKind ? FullBackupDialog : SelectedItemsDialog;
+    return RunDialog(dialog, gMainWindow, BackupDialogProc, reinterpret_cast<LPARAM>(comment)) == 1;
+}

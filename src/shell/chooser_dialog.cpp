@@ -1,0 +1,69 @@
+// chooser_dialog.cpp - dialog 107: a prompt over a list of texts, of which the user picks one.
+
+#include "program.h"
+#include "questions.h"
+
+#include "ce/controls.h"
+#include "ce/text.h"
+
+#include <vector>
+
+namespace {
+
+constexpr WORD ChooserDialog = 107;
+constexpr int PromptId = 1002;
+constexpr int ChoicesId = 1003;
+constexpr UINT NothingSelectedText = 136;
+constexpr WPARAM HorizontalExtent = 300; // pixels; paths are longer than the box is wide
+
+struct ChooserParams {
+    const WCHAR* choices; // double-NUL list
+    WCHAR* result;
+    const WCHAR* prompt;
+};
+
+ChooserParams* gChooserParams;
+
+void ShowChoices(HWND dialog)
+{
+    SendDlgItemMessageW(dialog, ChoicesId, LB_SETHORIZONTALEXTENT, HorizontalExtent, 0);
+    for (const WCHAR* choice = gChooserParams->choices; *choice; choice += wcslen(choice) + 1)
+        SendDlgItemMessageW(dialog, ChoicesId, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(choice));
+    SetDlgItemTextW(dialog, PromptId, gChooserParams->prompt);
+}
+
+void TakeChoice(HWND dialog)
+{
+    const LRESULT row = SendDlgItemMessageW(dialog, ChoicesId, LB_GETCURSEL, 0, 0);
+    if (row == LB_ERR) {
+        MessageBoxW(dialog, LoadText(NothingSelectedText, gTextA), nullptr, MB_OK);
+        return;
+    }
+    const auto index = static_cast<WPARAM>(row);
+    std::vector<WCHAR> text(static_cast<std::size_t>(SendDlgItemMessageW(dialog, ChoicesId, LB_GETTEXTLEN, index, 0)) +
+                            1);
+    SendDlgItemMessageW(dialog, ChoicesId, LB_GETTEXT, index, reinterpret_cast<LPARAM>(text.data()));
+    CopyText(gChooserParams->result, MAX_PATH, text.data());
+    EndDialog(dialog, 1);
+}
+
+INT_PTR ChooserDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_INITDIALOG) {
+        gChooserParams = reinterpret_cast<ChooserParams*>(lParam);
+        ShowChoices(dialog);
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+        TakeChoice(dialog);
+    } else if ((message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) || message == WM_CLOSE) {
+        EndDialog(dialog, 0);
+    }
+    return FALSE;
+}
+
+} // namespace
+
+INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result)
+{
+    ChooserParams params = {choices, result, prompt};
+    return RunDialog(ChooserDialog, owner, ChooserDialogProc, reinterpret_cast<LPARAM>(&params)) == 1;
+}

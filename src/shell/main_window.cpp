@@ -1,0 +1,209 @@
+// main_window.cpp - the entry point and the one top-level window: its bands, its tree, its commands.
+
+#include "backup_run.h"
+#include "full_backup.h"
+#include "options.h"
+#include "program.h"
+#include "questions.h"
+#include "restore_command.h"
+#include "set_state.h"
+
+#include "ce/command_bands.h"
+#include "ce/resource.h"
+#include "ce/winmain.h"
+
+#include <new>
+
+HINSTANCE gInstance;
+HWND gMainWindow;
+HWND gTreeView;
+HWND gCommandBands;
+HWND gMenuBand;
+HWND gToolBand;
+
+namespace {
+
+const WCHAR WindowClass[] = u"Quillbox";
+const WCHAR WindowTitle[] = u"KORV Quillbox";
+
+constexpr WORD ProgramIcon = 109;
+constexpr WORD MainMenu = 104;
+constexpr WORD ToolbarBitmap = 106;
+constexpr WORD BandBitmap = 107;
+constexpr WORD AboutDialog = 103;
+constexpr WORD OptionsDialog = 111;
+
+constexpr UINT CommandBandsId = 1;
+constexpr INT_PTR TreeViewId = 102;
+constexpr DWORD TreeViewStyle = WS_CHILD | WS_VISIBLE | TVS_HASBUTTONS | TVS_HASLINES | TVS_LINESATROOT;
+
+constexpr UINT MenuBandWidth = 145;
+constexpr UINT ToolBandWidth = 110;
+constexpr int ToolbarButtons = 5;
+constexpr int FirstToolbarCommand = 500;
+constexpr int ToolbarImages = 7; // as many as the bar makes room for; the bitmap holds five
+
+enum Command : WORD {
+    CommandToolFullBackup = 502,
+    CommandToolOptions = 504,
+    CommandExit = 40002,
+    CommandFullBackup = 40003,
+    CommandBackupSelected = 40005,
+    CommandFullRestore = 40006,
+    CommandPartialRestore = 40007,
+    CommandAbout = 40009,
+    CommandOptions = 40011,
+};
+
+void AddBand(UINT mask, UINT style, UINT width)
+{
+    REBARBANDINFOW band = {};
+    band.cbSize = sizeof band;
+    band.fMask = mask;
+    band.fStyle = style;
+    band.cx = width;
+    CommandBands_AddBands(gCommandBands, gInstance, 1, &band);
+}
+
+void AddToolbarButtons()
+{
+    TBBUTTON buttons[ToolbarButtons] = {};
+    for (int i = 0; i < ToolbarButtons; i++) {
+        buttons[i].iBitmap = i;
+        buttons[i].idCommand = FirstToolbarCommand + i;
+        buttons[i].fsState = TBSTATE_ENABLED;
+    }
+    CommandBar_AddBitmap(gToolBand, gInstance, ToolbarBitmap, ToolbarImages, 0, 0);
+    SendMessageW(gToolBand, TB_ADDBUTTONSW, ToolbarButtons, reinterpret_cast<LPARAM>(buttons));
+}
+
+void CreateBands(HWND window)
+{
+    HIMAGELIST images =
+        ImageList_LoadImage(gInstance, MAKEINTRESOURCEW(BandBitmap), 16, 0, CLR_DEFAULT, IMAGE_BITMAP, 0);
+    gCommandBands = CommandBands_Create(gInstance, window, CommandBandsId, RBS_BANDBORDERS, images);
+    AddBand(RBBIM_STYLE | RBBIM_SIZE, RBBS_CHILDEDGE | RBBS_NOGRIPPER, MenuBandWidth);
+    AddBand(RBBIM_STYLE | RBBIM_IMAGE | RBBIM_SIZE, RBBS_CHILDEDGE, ToolBandWidth);
+    gMenuBand = CommandBands_GetCommandBar(gCommandBands, 0);
+    CommandBar_InsertMenubar(gMenuBand, gInstance, MainMenu, 0);
+    gToolBand = CommandBands_GetCommandBar(gCommandBands, 1);
+    AddToolbarButtons();
+}
+
+void CreateContent(HWND window)
+{
+    HANDLE icon = LoadImageW(gInstance, MAKEINTRESOURCEW(ProgramIcon), IMAGE_ICON, 16, 16, 0);
+    SendMessageW(window, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
+    LoadOptions();
+
+    RECT client;
+    GetClientRect(window, &client);
+    CreateBands(window);
+    const int barHeight = CommandBar_Height(gToolBand);
+    CommandBands_AddAdornments(gCommandBands, gInstance, CMDBAR_HELP, nullptr);
+    CommandBands_Show(gCommandBands, TRUE);
+    gTreeView = CreateWindowExW(0, u"SysTreeView32", u"Tree View Control", TreeViewStyle, 0, barHeight + 1,
+                                client.right, client.bottom - barHeight - 1, window,
+                                reinterpret_cast<HMENU>(TreeViewId), gInstance, nullptr);
+}
+
+void DestroyContent()
+{
+    SaveOptions();
+    delete gFileList;
+    gFileList = nullptr;
+    delete gDatabaseList;
+    gDatabaseList = nullptr;
+    PostQuitMessage(0);
+}
+
+void RunCommand(HWND window, WORD command)
+{
+    switch (command) {
+    case CommandToolFullBackup:
+    case CommandFullBackup:
+        RunFullBackup();
+        break;
+    case CommandBackupSelected:
+        RunBackup(BackupSelectedItems);
+        break;
+    case CommandFullRestore:
+        RunRestore(RestoreFull);
+        break;
+    case CommandPartialRestore:
+        RunRestore(RestorePartial);
+        break;
+    case CommandAbout:
+        RunDialog(AboutDialog, window, AboutDialogProc, 0);
+        break;
+    case CommandToolOptions:
+    case CommandOptions:
+        RunDialog(OptionsDialog, window, OptionsDialogProc, 0);
+        break;
+    case CommandExit:
+        DestroyWindow(window);
+        break;
+    default:
+        break;
+    }
+}
+
+LRESULT MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_CREATE:
+        CreateContent(window);
+        return 0;
+    case WM_DESTROY:
+        DestroyContent();
+        return 0;
+    case WM_CLOSE:
+        DestroyWindow(window);
+        return 0;
+    case WM_COMMAND:
+        RunCommand(window, LOWORD(wParam));
+        return 0;
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+void RegisterMainClass(HINSTANCE instance)
+{
+    WNDCLASSW windowClass = {};
+    windowClass.lpfnWndProc = MainWindowProc;
+    windowClass.hInstance = instance;
+    windowClass.hIcon = LoadIconW(instance, MAKEINTRESOURCEW(ProgramIcon));
+    windowClass.hbrBackground = GetStockObject(WHITE_BRUSH);
+    windowClass.lpszClassName = WindowClass;
+    RegisterClassW(&windowClass);
+}
+
+} // namespace
+
+int WinMain(HINSTANCE instance, HINSTANCE, WCHAR*, int)
+{
+    if (HWND running = FindWindowW(WindowClass, WindowTitle)) {
+        SetForegroundWindow(running);
+        return 0;
+    }
+    gFileList = new (std::nothrow) ItemList(FileListId);
+    gDatabaseList = new (std::nothrow) ItemList(DatabaseListId);
+    SetDefaultOptions();
+    RegisterMainClass(instance);
+    INITCOMMONCONTROLSEX classes = {sizeof classes, ICC_TREEVIEW_CLASSES | ICC_BAR_CLASSES | ICC_DATE_CLASSES |
+                                                        ICC_COOL_CLASSES};
+    InitCommonControlsEx(&classes);
+    gInstance = instance;
+    gMainWindow = CreateWindowExW(0, WindowClass, WindowTitle, WS_VISIBLE, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                                  CW_USEDEFAULT, nullptr, nullptr, instance, nullptr);
+    ShowWindow(gMainWindow, SW_SHOW);
+    UpdateWindow(gMainWindow);
+
+    MSG message = {};
+    while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+    return static_cast<int>(message.wParam);
+}

@@ -1,0 +1,69 @@
+// options_dialog.cpp - dialog 111: the settings that have nothing to do with the tree.
+
+#include "options.h"
+#include "program.h"
+
+#include "ce/controls.h"
+#include "ce/text.h"
+
+namespace {
+
+constexpr int DeleteBackedUpId = 1022;
+constexpr int GenerateLogId = 1026;
+constexpr int MaxBackupSizeId = 1027;
+constexpr int VerifyBackupId = 1028;
+// The radio buttons' ids are the values of restoreMode.
+constexpr WORD RestoreModes[] = {RestoreModeReplace, RestoreModeSkip, RestoreModeAsk};
+
+bool IsChecked(HWND dialog, int id)
+{
+    return SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == BST_CHECKED;
+}
+
+void Check(HWND dialog, int id)
+{
+    SendDlgItemMessageW(dialog, id, BM_SETCHECK, BST_CHECKED, 0);
+}
+
+void ShowOptions(HWND dialog)
+{
+    if (gOptions.deleteBackedUp)
+        Check(dialog, DeleteBackedUpId);
+    if (gOptions.generateLog)
+        Check(dialog, GenerateLogId);
+    if (gOptions.verifyBackup)
+        Check(dialog, VerifyBackupId);
+    WCHAR size[MAX_PATH];
+    wsprintfW(size, u"%d", gOptions.maxBackupSizeMb);
+    SetDlgItemTextW(dialog, MaxBackupSizeId, size);
+    Check(dialog, gOptions.restoreMode);
+}
+
+void TakeOptions(HWND dialog)
+{
+    gOptions.deleteBackedUp = IsChecked(dialog, DeleteBackedUpId) ? 1 : 0;
+    gOptions.generateLog = IsChecked(dialog, GenerateLogId) ? 1 : 0;
+    gOptions.verifyBackup = IsChecked(dialog, VerifyBackupId) ? 1 : 0;
+    WCHAR size[MAX_PATH];
+    GetDlgItemTextW(dialog, MaxBackupSizeId, size, MAX_PATH);
+    gOptions.maxBackupSizeMb = static_cast<WORD>(_wtol(size));
+    for (const WORD mode : RestoreModes) {
+        if (IsChecked(dialog, mode))
+            gOptions.restoreMode = mode;
+    }
+}
+
+} // namespace
+
+INT_PTR OptionsDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM)
+{
+    if (message == WM_INITDIALOG) {
+        ShowOptions(dialog);
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+        TakeOptions(dialog);
+        EndDialog(dialog, 1);
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) {
+        EndDialog(dialog, 0);
+    }
+    return FALSE;
+}

@@ -1,0 +1,65 @@
+// options_store.cpp - the settings between two runs of the program: two values of one registry key.
+
+#include "options.h"
+#include "program.h"
+
+#include "ce/registry.h"
+
+#include <cstring>
+
+Options gOptions;
+
+namespace {
+
+const WCHAR OptionsKey[] = u"software\\KORV\\QUILLBOX";
+const WCHAR OptionValue[] = u"Option";
+const WCHAR ExtValue[] = u"Ext";
+
+// Half of the field: a longer list of extensions doesn't outlive the program.
+constexpr DWORD ExtBytes = 260;
+
+HKEY OpenOptionsKey()
+{
+    HKEY key = nullptr;
+    const LONG error = RegCreateKeyExW(HKEY_CURRENT_USER, OptionsKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                                       nullptr);
+    return error == 0 ? key : nullptr;
+}
+
+} // namespace
+
+void SetDefaultOptions()
+{
+    gOptions = {};
+    gOptions.maxBackupSizeMb = 4;
+    gOptions.restoreMode = RestoreModeAsk;
+    gOptions.showRomFiles = 1;
+}
+
+DWORD LoadOptions()
+{
+    HKEY key = OpenOptionsKey();
+    if (!key)
+        return 0;
+
+    // A value that isn't there, or is larger than the field, leaves the defaults.
+    DWORD bytes = sizeof gOptions;
+    (void)RegQueryValueExW(key, OptionValue, nullptr, nullptr, reinterpret_cast<BYTE*>(&gOptions), &bytes);
+    std::memset(gOptions.extensions, 0, sizeof gOptions.extensions);
+    bytes = ExtBytes;
+    (void)RegQueryValueExW(key, ExtValue, nullptr, nullptr, reinterpret_cast<BYTE*>(gOptions.extensions), &bytes);
+    RegCloseKey(key);
+    return 1;
+}
+
+DWORD SaveOptions()
+{
+    HKEY key = OpenOptionsKey();
+    if (!key)
+        return 0;
+
+    (void)RegSetValueExW(key, OptionValue, 0, REG_BINARY, reinterpret_cast<const BYTE*>(&gOptions), sizeof gOptions);
+    (void)RegSetValueExW(key, ExtValue, 0, REG_BINARY, reinterpret_cast<const BYTE*>(gOptions.extensions), ExtBytes);
+    RegCloseKey(key);
+    return 1;
+}

@@ -1,0 +1,176 @@
+// progress_window.cpp - dialog 106 on a thread of its own, so that it lives while a run blocks the main thread.
+//
+// Two threads meet here. They share gProgressRange and, while a window is being opened, ProgressStart.dialog: both are
+// atomics. All else crosses as messages to the window.
+
+#include "program.h"
+#include "questions.h"
+
+#include "ce/controls.h"
+#include "ce/resource.h"
+#include "ce/thread.h"
+
+#include <atomic>
+
+namespace {
+
+constexpr WORD ProgressDialog = 106;
+constexpr int BarId = 1001;
+constexpr int MessageId = 1002;
+constexpr int CountId = 1029;
+
+// Private messages of the dialog. The first two have the numbers of the dialog manager's own DM_SETDEFID and
+// DM_REPOSITION, which do nothing with the values that are sent here.
+constexpr UINT StepMessage = 1025;
+constexpr UINT AnimateMessage = 1026;
+constexpr UINT CloseMessage = 1027;
+constexpr UINT SetMessageMessage = 1028;
+constexpr UINT SetCountMessage = 1029;
+
+constexpr UINT_PTR AnimationTimer = 1;
+constexpr UINT AnimationMilliseconds = 1;
+constexpr DWORD PollMilliseconds = 1;
+
+struct ProgressInit {
+    DWORD range;
+    DWORD step;
+    const WCHAR* title;
+    const WCHAR* message;
+};
+
+// Lies on the stack of ProgressOpen; the thread leaves it alone once it has written `dialog`.
+struct ProgressStart {
+    ProgressInit* init;
+    std::atomic<HWND> dialog; // null until the window stands, NoDialog if it can't be made
+    HWND owner;
+    HINSTANCE instance;
+    DWORD resource;
+    DLGPROC procedure;
+};
+
+const HWND NoDialog = reinterpret_cast<HWND>(INVALID_HANDLE_VALUE);
+
+// Top of the bar of the window opened last: one for all, also when one of them is still running out.
+std::atomic<LONG> gProgressRange;
+
+void InitProgress(HWND dialog, const ProgressInit& init)
+{
+    gProgressRange = static_cast<LONG>(init.range);
+    SetWindowTextW(dialog, init.title);
+    SetWindowTextW(GetDlgItem(dialog, MessageId), init.message);
+    const DWORD range = MAKELONG(0, LOWORD(init.range));
+    SendDlgItemMessageW(dialog, BarId, PBM_SETRANGE, 0, static_cast<LPARAM>(range));
+    SendDlgItemMessageW(dialog, BarId, PBM_SETSTEP, init.step, 0);
+    SendDlgItemMessageW(dialog, BarId, PBM_SETPOS, 0, 0);
+}
+
+LRESULT StepBar(HWND dialog)
+{
+    SendDlgItemMessageW(dialog, BarId, PBM_STEPIT, 0, 0);
+    return SendDlgItemMessageW(dialog, BarId, PBM_GETPOS, 0, 0);
+}
+
+void SetText(HWND dialog, int id, WPARAM text)
+{
+    SetWindowTextW(GetDlgItem(dialog, id), reinterpret_cast<const WCHAR*>(text));
+}
+
+INT_PTR ProgressDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_INITDIALOG:
+        InitProgress(dialog, *reinterpret_cast<const ProgressInit*>(lParam));
+        return TRUE;
+    case StepMessage:
+        StepBar(dialog);
+        return TRUE;
+    case AnimateMessage:
+        SetTimer(dialog, AnimationTimer, AnimationMilliseconds, nullptr);
+        return FALSE;
+    case WM_TIMER:
+        if (StepBar(dialog) >= gProgressRange)
+            PostMessageW(dialog, CloseMessage, 0, 0);
+        return FALSE;
+    case CloseMessage:
+        DestroyWindow(dialog);
+        return FALSE;
+    case SetMessageMessage:
+        SetText(dialog, MessageId, wParam);
+        return FALSE;
+    case SetCountMessage:
+        SetText(dialog, CountId, wParam);
+        return FALSE;
+    default:
+        return FALSE;
+    }
+}
+
+DWORD ProgressThreadProc(void* parameter)
+{
+    auto* start = static_cast<ProgressStart*>(parameter);
+    HRSRC found = FindResourceW(start->instance, MAKEINTRESOURCEW(start->resource), RT_DIALOG);
+    const void* dialogTemplate = LoadResource(start->instance, found);
+    HWND dialog = CreateDialogIndirectParamW(start->instance, dialogTemplate, start->owner, start->procedure,
+                                             reinterpret_cast<LPARAM>(start->init));
+    start->dialog = dialog ? dialog : NoDialog; // `start` and `init` are gone from here on
+    if (!dialog)
+        return 0;
+
+    // The window takes no keyboard input, so nothing is translated. Only its own message ends it; a window that went
+    // with its owner ends the loop too.
+    MSG message = {};
+    while (message.message != CloseMessage) {
+        if (GetMessageW(&message, dialog, 0, 0) <= 0)
+            return 0;
+        DispatchMessageW(&message);
+    }
+    return 0;
+}
+
+} // namespace
+
+HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step)
+{
+    ProgressInit init = {range, step, title, message};
+    ProgressStart start = {&init, nullptr, gMainWindow, gInstance, ProgressDialog, ProgressDialogProc};
+    HANDLE thread = CreateThread(nullptr, 0, ProgressThreadProc, &start, 0, nullptr);
+    if (!thread)
+        return nullptr;
+    CloseHandle(thread);
+    // Polled, since the thread may touch nothing of this stack any more once the word is written: a short wait, because
+    // every progress window costs it.
+    HWND dialog = start.dialog;
+    for (; !dialog; dialog = start.dialog)
+        Sleep(PollMilliseconds);
+    return dialog == NoDialog ? nullptr : dialog;
+}
+
+DWORD ProgressStep(HWND progress, DWORD)
+{
+    SendMessageW(progress, StepMessage, 0, 0);
+    return 1;
+}
+
+DWORD ProgressSetMessage(HWND progress, const WCHAR* text)
+{
+    SendMessageW(progress, SetMessageMessage, reinterpret_cast<WPARAM>(text), 0);
+    return 1;
+}
+
+DWORD ProgressSetCount(HWND progress, const WCHAR* text)
+{
+    SendMessageW(progress, SetCountMessage, reinterpret_cast<WPARAM>(text), 0);
+    return 1;
+}
+
+DWORD ProgressAnimate(HWND progress)
+{
+    PostMessageW(progress, AnimateMessage, 0, 0);
+    return 1;
+}
+
+DWORD ProgressClose(HWND progress)
+{
+    PostMessageW(progress, CloseMessage, 0, 0);
+    return 1;
+}
