@@ -43,3 +43,9 @@ DWORD ProgressSetMessage(HWND progress, const WCHAR* text);
 DWORD ProgressSetCount(HWND progress, const WCHAR* text);
 DWORD ProgressAnimate(HWND progress);
 DWORD ProgressClose(HWND progress);
+
+// The wait cursor, while a run works; SetCursor(nullptr) takes it away.
+inline void SetWaitCursor()
+{
+    SetCursor(LoadCursorW(nullptr, reinterpret_cast<const WCHAR*>(IDC_WAIT)));
+}

@@ -104,6 +104,10 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten,
 // error is 0.)
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
+// Makes the handle's place the end of the file, cutting what lies behind it or growing the file. Fails with 5 without
+// write access, 6, 31, 112.
+BOOL SetEndOfFile(HANDLE file);
+
 // Nonzero when all that was written through this handle is on the disk, and the entry of the file in
 // its folder too. Fails with 6, 5 without write access, 31, 112.
 BOOL FlushFileBuffers(HANDLE file);

@@ -1,0 +1,144 @@
+// backup_run.cpp - see backup_run.h.
+
+#include "backup_run.h"
+
+#include "item_storing.h"
+#include "list_file.h"
+#include "questions.h"
+#include "run_progress.h"
+#include "set_comment.h"
+#include "set_paths.h"
+#include "set_state.h"
+#include "storage_choice.h"
+
+#include "ce/dialog.h"
+#include "ce/file.h"
+#include "ce/text.h"
+
+#include <new>
+
+namespace {
+
+constexpr WORD SelectedItemsKind = 2;
+constexpr UINT NothingToBackUpText = 124;
+constexpr UINT BackingUpFilesText = 128;
+constexpr UINT OverrideText = 129;
+
+bool NothingIsMarked()
+{
+    return CountOf(gFileList) == 0 && CountOf(gDatabaseList) == 0 && !gRegistryMarked;
+}
+
+bool AskOverride(const WCHAR* listPath)
+{
+    WCHAR question[TextChars];
+    wsprintfW(question, LoadText(OverrideText, gTextA), listPath);
+    return MessageBoxW(gMainWindow, question, u"Info?", MB_YESNO | MB_DEFBUTTON2) == IDYES;
+}
+
+// The file of this number, new or, after a Yes, in place of the old one.
+HANDLE OpenList(const WCHAR* path)
+{
+    HANDLE list = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
+    if (list != INVALID_HANDLE_VALUE)
+        return list;
+    SetCursor(nullptr);
+    if (AskOverride(path))
+        list = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    SetWaitCursor();
+    return list;
+}
+
+bool SettleNumber(BackupRun& run)
+{
+    WCHAR path[MAX_PATH];
+    for (run.number = FirstSetNumber; run.number <= LastSetNumber; run.number++) {
+        FormatListPath(path, run.storageRoot, run.number);
+        run.listFile = OpenList(path);
+        if (run.listFile != INVALID_HANDLE_VALUE)
+            return true;
+    }
+    return false;
+}
+
+// A data file of that number is replaced, also when the list file is new.
+bool OpenLogAndData(BackupRun& run)
+{
+    WCHAR path[MAX_PATH];
+    FormatLogPath(path, run.storageRoot, run.number);
+    run.log = new (std::nothrow) BackupLog(path);
+    FormatDataPath(path, run.storageRoot, run.number);
+    run.dataFile = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (run.dataFile == INVALID_HANDLE_VALUE)
+        Log(run, u"ERR: Backup File create(%08x)", GetLastError());
+    return run.dataFile != INVALID_HANDLE_VALUE;
+}
+
+bool WriteHead(BackupRun& run)
+{
+    if (WriteListHead(run.listFile, gComment))
+        return true;
+    Log(run, u"ERR: Backup List Write(%08x)", GetLastError());
+    return false;
+}
+
+void BackUpFiles(BackupRun& run)
+{
+    EntryBuffer entry;
+    DWORD length = 0;
+    for (BOOL more = gFileList && gFileList->First(entry.bytes, &length); more;
+         more = gFileList->Next(entry.bytes, &length))
+        BackUpFile(run, entry.name);
+    DeleteWaiting(run.deletion, run.listFile, run.dataFile);
+    SetCursor(nullptr);
+    CloseRunProgress(run.progress);
+}
+
+void CloseRun(BackupRun& run)
+{
+    gRegistryMarked = gSavedRegistryMarked;
+    if (run.log) {
+        run.log->Close();
+        delete run.log;
+    }
+    if (run.listFile != INVALID_HANDLE_VALUE)
+        CloseHandle(run.listFile);
+    if (run.dataFile != INVALID_HANDLE_VALUE)
+        CloseHandle(run.dataFile);
+    SetCursor(nullptr);
+    CloseRunProgress(run.progress);
+}
+
+void MakeSet(BackupRun& run)
+{
+    run.progress = OpenRunProgress(BackingUpFilesText, CountOf(gFileList));
+    SetWaitCursor();
+    WCHAR folder[MAX_PATH];
+    FormatSetFolder(folder, run.storageRoot);
+    FormatTemporaryPath(run.temporaryPath, run.storageRoot);
+    (void)CreateDirectoryW(folder, nullptr); // exists already? The list file decides.
+    if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run))
+        BackUpFiles(run);
+}
+
+} // namespace
+
+DWORD RunBackup(DWORD mode)
+{
+    if (NothingIsMarked()) {
+        MessageBoxW(gMainWindow, LoadText(NothingToBackUpText, gTextA), u"Info", MB_OK);
+        return 0;
+    }
+    gSavedRegistryMarked = gRegistryMarked;
+    if (LOWORD(mode) == BackupSelectedItems && !ShowBackupDialog(SelectedItemsKind, gComment)) {
+        gRegistryMarked = gSavedRegistryMarked;
+        return 0;
+    }
+    ComposeComment();
+    static BackupRun run; // large, and one run at a time
+    run = {};
+    if (ChooseStorage(run.storageRoot))
+        MakeSet(run);
+    CloseRun(run);
+    return 0;
+}

@@ -1,0 +1,109 @@
+// full_backup.cpp - see full_backup.h.
+
+#include "full_backup.h"
+
+#include "backup_run.h"
+#include "directory_walker.h"
+#include "questions.h"
+#include "set_state.h"
+
+#include "ce/file.h"
+#include "ce/dialog.h"
+#include "ce/text.h"
+
+namespace {
+
+constexpr WORD FullBackupKind = 1;
+constexpr UINT ConstructFileListText = 132;
+constexpr UINT ComputingListText = 134;
+// The number of files isn't known beforehand: past its top the bar starts over.
+constexpr DWORD ListingRange = 1500;
+constexpr DWORD ListingStep = 10;
+
+// The files of earlier sets, by the end of their names, in any folder.
+bool IsSetFile(const WCHAR* name)
+{
+    const std::size_t characters = wcslen(name);
+    if (characters < 4)
+        return false;
+    const WCHAR* end = name + characters - 4;
+    return lstrcmpW(end, u".QDT") == 0 || lstrcmpW(end, u".QLT") == 0;
+}
+
+bool HasAttribute(DWORD attributes, DWORD wanted)
+{
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
+}
+
+// Opening it is the only test whether a file can be read at all; one in use stays out.
+void AddIfReadable(const WCHAR* path)
+{
+    HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return;
+    if (gFileList)
+        gFileList->Add(path, static_cast<DWORD>((wcslen(path) + 1) * sizeof(WCHAR)));
+    CloseHandle(file);
+}
+
+BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
+{
+    WCHAR path[MAX_PATH];
+    if (!JoinPath(path, folder, name))
+        return TRUE;
+    // Folders are walked, not listed; files in ROM stay out.
+    if (HasAttribute(GetFileAttributesW(path), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
+        return TRUE;
+    // What lies directly in a card stays out, what lies in its folders doesn't.
+    if (HasAttribute(GetFileAttributesW(folder), FILE_ATTRIBUTE_TEMPORARY))
+        return TRUE;
+    if (IsSetFile(name))
+        return TRUE;
+    AddIfReadable(path);
+    ProgressStep(reinterpret_cast<HWND>(context), 0);
+    return TRUE;
+}
+
+void ListAllFiles()
+{
+    HWND progress = ProgressOpen(LoadText(ConstructFileListText, gTextA), LoadText(ComputingListText, gTextB),
+                                 ListingRange, ListingStep);
+    SetWaitCursor();
+    gPathsTooLong = {};
+    WalkDirectory(u"\\", nullptr, TRUE, FALSE, AddFullBackupFile, reinterpret_cast<UINT_PTR>(progress));
+    SetCursor(nullptr);
+    ProgressAnimate(progress);
+}
+
+// After the run, so that the set stands whatever becomes of the message.
+void TellPathsTooLong(const PathsTooLong& left)
+{
+    if (left.count == 0)
+        return;
+    WCHAR text[TextChars + MAX_PATH];
+    wsprintfW(text, u"%u paths are too long and were left out. The first is:\n%s", left.count, left.first);
+    MessageBoxW(gMainWindow, text, u"Info", MB_OK | MB_ICONEXCLAMATION);
+}
+
+} // namespace
+
+DWORD RunFullBackup()
+{
+    if (!ShowBackupDialog(FullBackupKind, gComment))
+        return 0;
+
+    RenewLists();
+    PathsTooLong left = {};
+    if (gFullFiles) {
+        ListAllFiles();
+        left = gPathsTooLong;
+    }
+
+    const DWORD registryMarked = gRegistryMarked;
+    gRegistryMarked = gFullRegistry ? 1 : 0;
+    RunBackup(BackupListedItems);
+    gRegistryMarked = registryMarked;
+    RenewLists();
+    TellPathsTooLong(left);
+    return 1;
+}

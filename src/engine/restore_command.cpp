@@ -1,0 +1,69 @@
+// restore_command.cpp - see restore_command.h.
+
+#include "restore_command.h"
+
+#include "choice_list.h"
+#include "directory_walker.h"
+#include "list_file.h"
+#include "questions.h"
+#include "set_state.h"
+
+#include "ce/dialog.h"
+#include "ce/file.h"
+#include "ce/text.h"
+
+namespace {
+
+constexpr UINT NoSetFoundText = 122;
+constexpr UINT SelectSetText = 123;
+constexpr std::size_t EndingChars = 3;
+
+BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
+{
+    const std::size_t characters = wcslen(name);
+    if (characters < EndingChars || lstrcmpW(name + characters - EndingChars, u"QLT") != 0)
+        return TRUE;
+    WCHAR path[MAX_PATH];
+    if (JoinPath(path, folder, name))
+        AddChoice(*reinterpret_cast<ChoiceList*>(context), path);
+    return TRUE;
+}
+
+void RestoreChosen(const WCHAR* listPath, DWORD mode)
+{
+    if (!LoadList(listPath))
+        return;
+    WCHAR dataPath[MAX_PATH];
+    DataPathOfList(dataPath, listPath);
+    RestoreSet(dataPath, listPath, mode);
+    RenewLists();
+}
+
+DWORD TellNoSetFound()
+{
+    MessageBoxW(gMainWindow, LoadText(NoSetFoundText, gTextA), nullptr, MB_OK);
+    return 0;
+}
+
+DWORD ChooseSet(DWORD mode)
+{
+    ChoiceList sets;
+    WalkDirectory(u"\\", nullptr, TRUE, FALSE, CollectSetFile, reinterpret_cast<UINT_PTR>(&sets));
+    if (IsEmpty(sets))
+        return TellNoSetFound();
+    WCHAR listPath[MAX_PATH];
+    if (ChooseFromList(gMainWindow, LoadText(SelectSetText, gTextA), sets.characters.data(), listPath))
+        RestoreChosen(listPath, mode);
+    return 1;
+}
+
+} // namespace
+
+DWORD RunRestore(DWORD mode)
+{
+    gSavedRegistryMarked = gRegistryMarked;
+    gRegistryMarked = 0;
+    const DWORD result = ChooseSet(mode);
+    gRegistryMarked = gSavedRegistryMarked;
+    return result;
+}

@@ -1,0 +1,118 @@
+// compressed_stream.cpp - see compressed_stream.h.
+
+#include "compressed_stream.h"
+
+#include "stream_block.h"
+
+#include "ce/file.h"
+#include "ce/text.h"
+
+#include <lzo/lzo1x.h>
+
+#include <cstring>
+
+namespace {
+
+// The library's own constant: it grows with the size of a pointer.
+alignas(void*) BYTE gLzoWorkMemory[LZO1X_1_MEM_COMPRESS];
+
+HANDLE OpenSource(const WCHAR* path)
+{
+    return CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+HANDLE OpenTarget(const WCHAR* path)
+{
+    return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+}
+
+// A full card cuts the target short. That is not looked at here: who needs to know asks StreamIsWhole.
+void Write(HANDLE file, const void* bytes, DWORD count)
+{
+    DWORD written = 0;
+    (void)WriteFile(file, bytes, count, &written, nullptr);
+}
+
+bool PackBlock(DWORD rawBytes, DWORD& packedBytes)
+{
+    lzo_uint produced = 0;
+    if (lzo1x_1_compress(gRawBuffer, rawBytes, gPackedBuffer, &produced, gLzoWorkMemory) != LZO_E_OK)
+        return false;
+    packedBytes = static_cast<DWORD>(produced);
+    return true;
+}
+
+// Magic and blocks, the last one of no raw bytes. Stops behind the last whole block when a read fails.
+BOOL PackAll(HANDLE source, HANDLE target)
+{
+    Write(target, StreamMagic, StreamMagicBytes);
+    DWORD rawBytes = RawBlockBytes;
+    for (;;) {
+        // A short read sets the pace of those behind it: the source grows while it is read, or is a slow one.
+        DWORD error = ERROR_SUCCESS;
+        if (!ReadFile(source, gRawBuffer, rawBytes, &rawBytes, nullptr))
+            error = GetLastError();
+        if (error != ERROR_SUCCESS && error != ERROR_HANDLE_EOF)
+            return FALSE;
+        DWORD packedBytes = 0;
+        if (!PackBlock(rawBytes, packedBytes))
+            return FALSE;
+        Write(target, &packedBytes, sizeof packedBytes);
+        Write(target, gPackedBuffer, packedBytes);
+        if (error == ERROR_HANDLE_EOF || rawBytes == 0)
+            return TRUE;
+    }
+}
+
+// Each folder above the path's last part, from the root on. One that exists already is no failure: the open decides.
+void MakeFoldersOf(const WCHAR* path)
+{
+    WCHAR prefix[MAX_PATH];
+    const std::size_t characters = CopyText(prefix, path);
+    for (std::size_t i = 1; i < characters; i++) {
+        if (prefix[i] != u'\\')
+            continue;
+        prefix[i] = 0;
+        (void)CreateDirectoryW(prefix, nullptr);
+        prefix[i] = u'\\';
+    }
+}
+
+HANDLE OpenTargetWithFolders(const WCHAR* path)
+{
+    const HANDLE target = OpenTarget(path);
+    if (target != INVALID_HANDLE_VALUE)
+        return target;
+    MakeFoldersOf(path);
+    return OpenTarget(path);
+}
+
+// The stream ends where the file ends: the closing block is one like any other, and one whose length counts too far is
+// taken as well if what is there unpacks.
+BOOL UnpackAll(StreamReader& reader, HANDLE target)
+{
+    for (;;) {
+        const StreamBlock block = ReadBlock(reader);
+        if (block.atEnd)
+            return TRUE;
+        if (!block.unpacked)
+            return FALSE;
+        if (block.rawBytes != 0)
+            Write(target, gRawBuffer, block.rawBytes);
+    }
+}
+
+BOOL UnpackTo(StreamReader& reader, const WCHAR* path)
+{
+    if (ReadMagic(reader) != StreamFault::None)
+        return FALSE;
+    const HANDLE target = OpenTargetWithFolders(path);
+    if (target == INVALID_HANDLE_VALUE)
+        return FALSE;
+    const BOOL result = UnpackAll(reader, target);
+    CloseHandle(target);
+    return result;
+}
+
+// The place behind the next block without unpacking it; 0 if there is no whole block.
+} // namespace

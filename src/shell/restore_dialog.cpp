@@ -1,0 +1,115 @@
+// restore_dialog.cpp - dialog 109 as the last question before a restore: the set's comment and, in a partial restore, its
+// items to pick from.
+
+#include "item_rows.h"
+#include "list_file.h"
+#include "program.h"
+#include "questions.h"
+#include "restore_run.h"
+#include "set_state.h"
+
+#include "ce/controls.h"
+#include "ce/text.h"
+
+namespace {
+
+constexpr WORD ItemsDialog = 109;
+constexpr int CommentId = 1004;
+constexpr int LabelId = 1007;
+constexpr UINT SelectItemsText = 139;
+constexpr UINT FullRestoreText = 140;
+constexpr UINT RestoreSelectionText = 143;
+
+struct RestoreParams {
+    const WCHAR* listPath;
+    WORD mode;
+};
+
+RestoreParams* gRestoreParams;
+WORD gRestoreMode;
+
+bool IsFull()
+{
+    return gRestoreMode == RestoreFull;
+}
+
+void ShowSet(HWND dialog)
+{
+    if (!IsFull())
+        SetDlgItemTextW(dialog, LabelId, LoadText(SelectItemsText, gTextA));
+    SendDlgItemMessageW(dialog, CommentId, EM_SETREADONLY, TRUE, 0);
+    SetWindowTextW(dialog, LoadText(IsFull() ? FullRestoreText : RestoreSelectionText, gTextA));
+    HWND listBox = GetDlgItem(dialog, ItemListBoxId);
+    if (IsFull()) {
+        ShowWindow(listBox, SW_HIDE);
+        ShowWindow(GetDlgItem(dialog, LabelId), SW_HIDE);
+    }
+    SetDlgItemTextW(dialog, CommentId, gComment);
+    if (!IsFull() && listBox)
+        AddItemRows(listBox);
+}
+
+bool RowIs(HWND listBox, LRESULT row, const WCHAR* text)
+{
+    WCHAR rowText[RowChars];
+    const auto index = static_cast<WPARAM>(row);
+    return SendMessageW(listBox, LB_GETTEXTLEN, index, 0) < static_cast<LRESULT>(RowChars) &&
+           SendMessageW(listBox, LB_GETTEXT, index, reinterpret_cast<LPARAM>(rowText)) != LB_ERR &&
+           lstrcmpW(rowText, text) == 0;
+}
+
+// The list box searches without case, but two files that differ by case alone are two choices: among the rows that it
+// finds, the one that is equal with case; the first one found if none is.
+LRESULT FindRow(HWND listBox, const WCHAR* text)
+{
+    const auto search = [&](LRESULT before) {
+        return SendMessageW(listBox, LB_FINDSTRINGEXACT, static_cast<WPARAM>(before), reinterpret_cast<LPARAM>(text));
+    };
+    const LRESULT first = search(-1);
+    LRESULT row = first;
+    while (row != LB_ERR && !RowIs(listBox, row, text)) {
+        row = search(row);
+        if (row == first)
+            return first;
+    }
+    return row;
+}
+
+bool IsSelected(BYTE kind, const WCHAR* name, void* context)
+{
+    auto* listBox = static_cast<HWND>(context);
+    WCHAR text[RowChars];
+    FormatItemRow(text, kind, name);
+    const LRESULT row = FindRow(listBox, text);
+    return row != LB_ERR && SendMessageW(listBox, LB_GETSEL, static_cast<WPARAM>(row), 0) > 0;
+}
+
+// The lists are built anew from the list file, in its order. If it can't be opened any more they stay whole.
+void TakeSelection(HWND dialog)
+{
+    if (!IsFull())
+        LoadList(gRestoreParams->listPath, IsSelected, GetDlgItem(dialog, ItemListBoxId));
+    EndDialog(dialog, 1);
+}
+
+INT_PTR RestoreDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_INITDIALOG) {
+        gRestoreParams = reinterpret_cast<RestoreParams*>(lParam);
+        gRestoreMode = gRestoreParams->mode;
+        ShowSet(dialog);
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
+        TakeSelection(dialog);
+    } else if ((message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) || message == WM_CLOSE) {
+        EndDialog(dialog, 0);
+    }
+    return FALSE;
+}
+
+} // namespace
+
+INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath)
+{
+    RestoreParams params = {listPath, mode};
+    return RunDialog(ItemsDialog, gMainWindow, RestoreDialogProc, reinterpret_cast<LPARAM>(&params)) == 1;
+}

@@ -1,0 +1,250 @@
+// backup_run_test.cpp - a backup's questions, its order, its files, its log.
+
+#include "engine_fixture.h"
+
+#include "backup_run.h"
+#include "clock.h"
+#include "options.h"
+#include "set_state.h"
+
+#include "ce/dialog.h"
+
+#include <fstream>
+
+namespace {
+
+using ::testing::Test;
+using Lines = std::vector<std::u16string>;
+
+// 5 March 2000, 09:07:03.
+constexpr SYSTEMTIME Then = {2000, 3, 0, 5, 9, 7, 3, 0};
+
+class BackupRunTest : public EngineTest {
+protected:
+    BackupRunTest()
+    {
+        platform::time::setClockForTests(Then);
+        platform::time::setShortDateFormatForTests(u"dd/MM/yyyy");
+    }
+    ~BackupRunTest() override
+    {
+        platform::time::setClockForTests({});
+        platform::time::setShortDateFormatForTests({});
+    }
+
+    void makeList(int number, const std::string& content)
+    {
+        std::filesystem::create_directories(card_ / "QUILBOX");
+        char name[16];
+        snprintf(name, sizeof name, "QLBX%04d.QLT", number);
+        std::ofstream(card_ / "QUILBOX" / name) << content;
+    }
+};
+
+} // namespace
+
+TEST_F(BackupRunTest, NothingMarkedTellsAndMakesNothing)
+{
+    for (const DWORD mode : {BackupListedItems, BackupSelectedItems}) {
+        gUser.shown.clear();
+        RunBackup(mode);
+        EXPECT_EQ(gUser.shown, Lines{u"box Info|No item to backup!|0"});
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(card_));
+}
+
+TEST_F(BackupRunTest, ShowsAndWritesEverythingInItsOrder)
+{
+    write("a.txt", "x");
+    write("b.txt", "y");
+    mark(u"\\a.txt");
+    mark(u"\\b.txt");
+    gOptions.generateLog = 1;
+    gUser.comment = u"mine";
+    gUser.notesCounts = true;
+    RunBackup(BackupSelectedItems);
+    const Lines expected = {u"choose Select your storage|\\Card|Main device",
+                            u"open Backuping Files|Backuping Files|1000|500",
+                            u"message File: \\a.txt",
+                            u"count Backuped: 0",
+                            u"step",
+                            u"message File: \\b.txt",
+                            u"count Backuped: 0",
+                            u"step",
+                            u"close"};
+    EXPECT_EQ(gUser.shown, expected);
+    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): INF: Start file backup: \\a.txt \r\n"
+                                          "LOG(09:07:03): INF: End file backup\\a.txt \r\n"
+                                          "LOG(09:07:03): INF: Start file backup: \\b.txt \r\n"
+                                          "LOG(09:07:03): INF: End file backup\\b.txt \r\n");
+    EXPECT_FALSE(std::filesystem::exists(card_ / "QUILBOX" / "BKTMP.000"));
+    EXPECT_EQ(std::u16string(gComment), u"Backup date:05/03/2000 (09:07)\r\nComments:\r\nmine");
+    EXPECT_EQ(gFileList->Count(), 2U) << "the marks stay";
+}
+
+TEST_F(BackupRunTest, MonthComesFirstUnlessTheShortDateBeginsWithTheDay)
+{
+    write("a", "");
+    mark(u"\\a");
+    for (const WCHAR* format : {u"M/d/yy", u"yyyy-MM-dd"}) {
+        platform::time::setShortDateFormatForTests(format);
+        RunBackup(BackupSelectedItems);
+        EXPECT_EQ(std::u16string(gComment).substr(0, 30), u"Backup date:03/05/2000 (09:07)");
+    }
+}
+
+TEST_F(BackupRunTest, LongCommentIsCutAndTerminated)
+{
+    write("a", "");
+    mark(u"\\a");
+    gUser.comment = std::u16string(259, u'c');
+    RunBackup(BackupSelectedItems);
+    EXPECT_EQ(std::u16string(gComment).size(), 259U);
+}
+
+TEST_F(BackupRunTest, TakenNumbersAreAskedAboutAndNoKeepsThem)
+{
+    write("a", "new");
+    mark(u"\\a");
+    makeList(1, "one");
+    makeList(3, "three");
+    backUp();
+    EXPECT_EQ(gUser.shownWith(u"box "), Lines{u"Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260"});
+    gUser.shown.clear();
+    backUp();
+    EXPECT_EQ(gUser.shownWith(u"box ").size(), 3U);
+    EXPECT_EQ(cardFile("QLBX0001.QLT"), "one");
+    EXPECT_EQ(cardFile("QLBX0003.QLT"), "three");
+    EXPECT_EQ(cardFile("QLBX0002.QLT"), cardFile("QLBX0004.QLT"));
+    EXPECT_FALSE(cardFile("QLBX0004.QDT").empty());
+}
+
+TEST_F(BackupRunTest, YesReplacesListDataAndLog)
+{
+    write("a", "new");
+    mark(u"\\a");
+    makeList(1, std::string(5000, 'o'));
+    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT") << std::string(5000, 'o');
+    std::ofstream(card_ / "QUILBOX" / "BACKUP0001.LOG") << "old";
+    gOptions.generateLog = 1;
+    gUser.answers = {IDYES};
+    backUp();
+    EXPECT_EQ(cardFile("QLBX0001.QDT").substr(0, 5), "QBXPK");
+    EXPECT_LT(cardFile("QLBX0001.QLT").size(), 500U);
+    EXPECT_EQ(cardFile("BACKUP0001.LOG").substr(0, 4), "LOG(");
+}
+
+TEST_F(BackupRunTest, NinetyNineRefusalsChangeNothing)
+{
+    write("a", "new");
+    mark(u"\\a");
+    for (int number = 1; number <= 99; number++)
+        makeList(number, "kept");
+    gOptions.generateLog = 1;
+    backUp();
+    EXPECT_EQ(gUser.shownWith(u"box ").size(), 99U);
+    EXPECT_EQ(cardFile("QLBX0099.QLT"), "kept");
+    for (const auto& entry : std::filesystem::directory_iterator(card_ / "QUILBOX"))
+        EXPECT_EQ(entry.path().extension(), ".QLT");
+}
+
+TEST_F(BackupRunTest, UnreadableSourceHasNoEntryAndStays)
+{
+    write("good", "g");
+    mark(u"\\gone");
+    mark(u"\\good");
+    gOptions.generateLog = 1;
+    gOptions.deleteBackedUp = 1;
+    backUp();
+    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): INF: Start file backup: \\gone \r\n"
+                                          "LOG(09:07:03): ERR: File access file: \\gone \r\n"
+                                          "LOG(09:07:03): INF: Start file backup: \\good \r\n"
+                                          "LOG(09:07:03): INF: End file backup\\good \r\n");
+    EXPECT_EQ(gUser.shownWith(u"step").size(), 2U);
+    EXPECT_FALSE(exists("good"));
+    restore();
+    EXPECT_EQ(read("good"), "g");
+    EXPECT_FALSE(exists("gone"));
+}
+
+TEST_F(BackupRunTest, FullCardIsLoggedForEachFailedWriteAndTheRunEnds)
+{
+    write("big", std::string(200'000, '\x5a') + std::string(1000, 'q'));
+    std::string noise;
+    for (unsigned i = 0, state = 1; i < 4000; i++, state = state * 1103515245U + 12345U)
+        noise += static_cast<char>(state >> 16);
+    write("noise", noise);
+    mark(u"\\noise");
+    mark(u"\\big");
+    gOptions.generateLog = 1;
+    gOptions.deleteBackedUp = 1;
+    mount(6000);
+    backUp();
+    const std::string log = cardFile("BACKUP0001.LOG");
+    EXPECT_NE(log.find("ERR: Backup File write (00000070) \r\n"), std::string::npos) << log;
+    EXPECT_TRUE(exists("noise"));
+    EXPECT_TRUE(exists("big"));
+    EXPECT_EQ(gUser.shown.back(), u"close");
+}
+
+TEST_F(BackupRunTest, DataFileThatCannotBeMadeEndsTheRunWithOneLogLine)
+{
+    write("a", "");
+    mark(u"\\a");
+    std::filesystem::create_directories(card_ / "QUILBOX" / "QLBX0001.QDT");
+    gOptions.generateLog = 1;
+    backUp();
+    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): ERR: Backup File create(00000005) \r\n");
+    EXPECT_EQ(cardFile("QLBX0001.QLT"), "");
+}
+
+TEST_F(BackupRunTest, ChooserLeftWithoutAChoiceMakesNothing)
+{
+    write("a", "");
+    mark(u"\\a");
+    gUser.choice.clear();
+    gRegistryMarked = 0;
+    backUp();
+    EXPECT_TRUE(std::filesystem::is_empty(card_));
+    EXPECT_EQ(gUser.shownWith(u"open").size(), 0U);
+}
+
+TEST_F(BackupRunTest, MainDeviceHoldsItsSetInTheRoot)
+{
+    write("a", "content");
+    mark(u"\\a");
+    gUser.choice = u"Main device";
+    backUp();
+    EXPECT_EQ(read("QUILBOX/QLBX0001.QDT").substr(0, 5), "QBXPK");
+}
+
+TEST_F(BackupRunTest, MoreThanAThousandItemsLeaveTheBarStill)
+{
+    for (int i = 0; i < 1001; i++)
+        mark(u"\\missing");
+    backUp();
+    EXPECT_EQ(gUser.shownWith(u"open "), Lines{u"Backuping Files|Backuping Files|1000|0"});
+    EXPECT_EQ(gUser.shownWith(u"step").size(), 1001U);
+}
+
+TEST_F(BackupRunTest, LogLineIsCutAtAWholeCharacterAndKeepsItsEnd)
+{
+    const std::u16string name = u"\\" + std::u16string(100, u'\u20AC'); // three bytes each in the log
+    mark(name);
+    gOptions.generateLog = 1;
+    backUp();
+    const std::string log = cardFile("BACKUP0001.LOG");
+    const std::string line = log.substr(0, log.find('\n') + 1);
+    EXPECT_LE(line.size(), 259U);
+    EXPECT_TRUE(line.ends_with("\xE2\x82\xAC \r\n")) << line;
+}
+
+TEST_F(BackupRunTest, LogThatIsOffLeavesAnEarlierOne)
+{
+    write("a", "");
+    mark(u"\\a");
+    std::filesystem::create_directories(card_ / "QUILBOX");
+    std::ofstream(card_ / "QUILBOX" / "BACKUP0001.LOG") << "old";
+    backUp();
+    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "old");
+}

@@ -1,0 +1,163 @@
+// deletion_sweep_test.cpp - "Delete backuped files" under every fault: whatever happens wherever, each source is still
+// there or whole in a set that can be read.
+
+#include "engine_fixture.h"
+
+#include "backup_run.h"
+#include "host_faults.h"
+#include "options.h"
+#include "set_state.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <map>
+
+using namespace platform::file;
+
+namespace {
+
+// Small, so that every byte of a card can be tried; one that doesn't pack, one that is empty, one with a long run.
+const std::map<std::string, std::string> Sources = {
+    {"a.txt", "The first of the files."},
+    {"empty", ""},
+    {"noise", "\x91\x03\xe7\x5a\xc4\x18\xfe\x27\xb0\x6d\x99\x42"},
+    {"run.txt", std::string(3000, 'x') + "end"},
+};
+
+class DeletionSweepTest : public EngineTest {
+protected:
+    void startOver()
+    {
+        removeAll("");
+        std::filesystem::remove_all(card_);
+        std::filesystem::create_directories(store_);
+        std::filesystem::create_directories(card_);
+        RenewLists();
+        for (const auto& [name, content] : Sources) {
+            write(name, content);
+            mark(u"\\" + std::u16string(name.begin(), name.end()));
+        }
+        gOptions.deleteBackedUp = 1;
+        gUser = {};
+        gUser.choice = u"\\Card";
+    }
+
+    void expectNothingLost()
+    {
+        clearFaultPlan();
+        mount();
+        bool restored = false;
+        for (const auto& [name, content] : Sources) {
+            if (exists(name)) {
+                ASSERT_EQ(read(name), content) << name;
+                continue;
+            }
+            if (!restored)
+                restore();
+            restored = true;
+            ASSERT_TRUE(exists(name)) << name << " is neither on the device nor in the set";
+            ASSERT_EQ(read(name), content) << name;
+        }
+    }
+
+    // A backup in a process of its own, which the plan ends; true if it got through.
+    bool backUpUnder(const FaultPlan& plan)
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            setFaultPlan(plan);
+            backUp();
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    }
+
+    void sweepEnds(FaultKind kind)
+    {
+        for (std::uint64_t n = 1;; n++) {
+            SCOPED_TRACE(n);
+            startOver();
+            mount();
+            const bool through = backUpUnder({.kind = kind, .nthCall = n, .error = 0});
+            expectNothingLost();
+            if (HasFatalFailure() || through)
+                return;
+        }
+    }
+};
+
+} // namespace
+
+TEST_F(DeletionSweepTest, SourceIsNeverLostWhereverTheCardFillsUp)
+{
+    for (std::uint64_t capacity = 0;; capacity++) {
+        SCOPED_TRACE(capacity);
+        startOver();
+        mount(capacity);
+        backUp();
+        std::size_t deleted = 0;
+        for (const auto& [name, content] : Sources)
+            deleted += exists(name) ? 0 : 1;
+        expectNothingLost();
+        if (HasFatalFailure() || deleted == Sources.size())
+            return;
+        ASSERT_LT(capacity, 10'000U) << "never got through";
+    }
+}
+
+TEST_F(DeletionSweepTest, SourceIsNeverLostWhicheverFileCallFails)
+{
+    for (std::uint64_t n = 1;; n++) {
+        SCOPED_TRACE(n);
+        startOver();
+        mount();
+        setFaultPlan({.kind = FaultKind::Fail, .nthCall = n, .error = EIO});
+        backUp();
+        const bool reached = hostCallsMade() >= n;
+        expectNothingLost();
+        if (HasFatalFailure() || !reached)
+            return;
+    }
+}
+
+TEST_F(DeletionSweepTest, SourceIsNeverLostWhereverTheProcessIsKilled)
+{
+    sweepEnds(FaultKind::Kill);
+}
+
+TEST_F(DeletionSweepTest, SourceIsNeverLostWhereverThePowerIsCut)
+{
+    sweepEnds(FaultKind::PowerCut);
+}
+
+TEST_F(DeletionSweepTest, SourceThatChangesAfterItWasReadStays)
+{
+    startOver();
+    gUser.seesMessage = [this](const std::u16string& message) {
+        // The first one has been read and waits for its deletion while the last one begins.
+        if (message == u"File: \\run.txt")
+            write("a.txt", "Another text now, unlike what the set has.");
+    };
+    backUp();
+    EXPECT_EQ(read("a.txt"), "Another text now, unlike what the set has.");
+    EXPECT_FALSE(exists("run.txt"));
+}
+
+TEST_F(DeletionSweepTest, MoreSourcesThanOneGroupAllGo)
+{
+    startOver();
+    RenewLists();
+    for (int number = 0; number < 150; number++) {
+        const std::string name = "many" + std::to_string(number);
+        write(name, name);
+        mark(u"\\" + std::u16string(name.begin(), name.end()));
+    }
+    backUp();
+    for (int number = 0; number < 150; number++)
+        ASSERT_FALSE(exists("many" + std::to_string(number)));
+    restore();
+    EXPECT_EQ(read("many149"), "many149");
+}

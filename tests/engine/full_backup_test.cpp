@@ -1,0 +1,111 @@
+// full_backup_test.cpp - what a backup of everything takes along and what it leaves out.
+
+#include "engine_fixture.h"
+
+#include "full_backup.h"
+#include "options.h"
+#include "questions.h"
+#include "set_state.h"
+
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+#include <fstream>
+
+namespace {
+
+class FullBackupTest : public EngineTest {
+protected:
+    FullBackupTest()
+    {
+        gFullFiles = 1;
+        gFullDatabases = 0;
+        gFullRegistry = 0;
+    }
+
+    // The names of a full backup, in no order.
+    std::vector<std::u16string> backedUp()
+    {
+        gUser.shown.clear();
+        RunFullBackup();
+        std::vector<std::u16string> names = gUser.shownWith(u"message File: ");
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+};
+
+} // namespace
+
+TEST_F(FullBackupTest, TakesFilesAndLeavesOutCardsTopLevelSetsAndRom)
+{
+    write("a.txt", "a");
+    write("deep/er/b.txt", "b");
+    write("x.QDT", "");
+    write("x.QLT", "");
+    write("y.qdt", "");
+    write("QDT", "");
+    write("rom.dll", "r");
+    ASSERT_EQ(setxattr((store_ / "rom.dll").c_str(), "user.DOSATTRIB", "0x40", 4, 0), 0);
+    std::filesystem::create_directories(card_ / "photos");
+    std::ofstream(card_ / "on card.txt") << "c";
+    std::ofstream(card_ / "photos" / "p.jpg") << "p";
+    const std::vector<std::u16string> expected = {u"\\Card\\photos\\p.jpg", u"\\QDT", u"\\a.txt", u"\\deep\\er\\b.txt",
+                                                  u"\\y.qdt"};
+    EXPECT_EQ(backedUp(), expected);
+    EXPECT_EQ(gFileList->Count(), 0U) << "the lists end empty";
+}
+
+TEST_F(FullBackupTest, FileInUseStaysOut)
+{
+    write("free", "");
+    write("busy", "");
+    std::ofstream holder(store_ / "busy", std::ios::app);
+    EXPECT_EQ(backedUp(), std::vector<std::u16string>{u"\\free"});
+}
+
+TEST_F(FullBackupTest, LinksAndFifosAreNoPartOfTheDevice)
+{
+    write("real", "r");
+    std::filesystem::create_symlink("/etc/passwd", store_ / "link");
+    std::filesystem::create_directory_symlink("/etc", store_ / "folder-link");
+    ASSERT_EQ(mkfifo((store_ / "fifo").c_str(), 0600), 0);
+    EXPECT_EQ(backedUp(), std::vector<std::u16string>{u"\\real"});
+}
+
+TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackup)
+{
+    const std::string level(120, 'd');
+    write("fits", "f");
+    write(level + "/" + level + "/" + std::string(30, 'n'), "too long");
+    EXPECT_EQ(backedUp(), std::vector<std::u16string>{u"\\fits"});
+    const auto boxes = gUser.shownWith(u"box ");
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_TRUE(boxes[0].starts_with(u"Info|1 paths are too long and were left out. The first is:\n\\ddd"));
+    EXPECT_EQ(gUser.shown.back().substr(0, 3), u"box");
+}
+
+TEST_F(FullBackupTest, CancelKeepsTheMarksAndNoBoxLosesThem)
+{
+    mark(u"\\kept");
+    gRegistryMarked = 1;
+    gUser.confirms = false;
+    EXPECT_EQ(RunFullBackup(), 0U);
+    EXPECT_EQ(gFileList->Count(), 1U);
+    gUser.confirms = true;
+    gFullFiles = 0;
+    EXPECT_EQ(RunFullBackup(), 1U);
+    EXPECT_EQ(gUser.shown.back(), u"box Info|No item to backup!|0");
+    EXPECT_EQ(gFileList->Count(), 0U);
+    EXPECT_EQ(gRegistryMarked, 1U) << "the mark of the registry is given back";
+    gRegistryMarked = 0;
+}
+
+TEST_F(FullBackupTest, ListingShowsAWindowThatRunsOutByItself)
+{
+    write("a", "");
+    RunFullBackup();
+    const std::vector<std::u16string> expected = {u"open Construct File List|Computing list to backup|1500|10", u"step",
+                                                  u"animate"};
+    ASSERT_GE(gUser.shown.size(), 3U);
+    EXPECT_EQ((std::vector<std::u16string>{gUser.shown.begin(), gUser.shown.begin() + 3}), expected);
+}

@@ -1,0 +1,159 @@
+// scripted_user.cpp - see scripted_user.h.
+
+#include "scripted_user.h"
+
+#include "questions.h"
+
+#include "ce/dialog.h"
+#include "ce/text.h"
+
+#include <map>
+
+ScriptedUser gUser;
+
+HWND gMainWindow;
+WCHAR gTextA[TextChars];
+WCHAR gTextB[TextChars];
+DWORD gFullFiles;
+DWORD gFullDatabases;
+DWORD gFullRegistry;
+
+namespace {
+
+const std::map<UINT, std::u16string> Texts = {
+    {114, u"File: %s"},
+    {115, u"File:%s exists replace ?"},
+    {116, u"Restored: %d "},
+    {122, u"No Backup File found"},
+    {123, u"Select backup file"},
+    {124, u"No item to backup!"},
+    {125, u"Backup date:%02d/%02d/%04d (%02d:%02d)\r\nComments:\r\n%s"},
+    {126, u"Main device"},
+    {127, u"Select your storage"},
+    {128, u"Backuping Files"},
+    {129, u"Override %s file"},
+    {130, u"Backuped: %d"},
+    {132, u"Construct File List"},
+    {133, u"Construct Database List"},
+    {134, u"Computing list to backup"},
+    {141, u"Restoring Files"},
+    {142, u"Warning"},
+    {144, u"No Item to restore !"},
+};
+
+HWND const Window = reinterpret_cast<HWND>(1);
+
+void note(std::u16string line)
+{
+    gUser.shown.push_back(std::move(line));
+}
+
+std::u16string number(unsigned value)
+{
+    WCHAR text[16];
+    wsprintfW(text, u"%u", value);
+    return text;
+}
+
+} // namespace
+
+std::vector<std::u16string> ScriptedUser::shownWith(const std::u16string& prefix) const
+{
+    std::vector<std::u16string> found;
+    for (const std::u16string& line : shown) {
+        if (line.starts_with(prefix))
+            found.push_back(line.substr(prefix.size()));
+    }
+    return found;
+}
+
+WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars])
+{
+    CopyText(scratch, Texts.at(id).c_str());
+    return scratch;
+}
+
+INT_PTR ShowBackupDialog(WORD, WCHAR* comment)
+{
+    if (gUser.confirms)
+        CopyText(comment, TextChars, gUser.comment.c_str());
+    return gUser.confirms;
+}
+
+INT_PTR ShowRestoreDialog(WORD, const WCHAR*)
+{
+    return gUser.confirms;
+}
+
+INT_PTR ChooseFromList(HWND, const WCHAR* prompt, const WCHAR* choices, WCHAR* result)
+{
+    std::u16string line = u"choose " + std::u16string(prompt);
+    bool there = false;
+    for (; *choices; choices += wcslen(choices) + 1) {
+        line += u"|" + std::u16string(choices);
+        there |= gUser.choice == choices;
+    }
+    note(line);
+    if (there)
+        CopyText(result, MAX_PATH, gUser.choice.c_str());
+    return there;
+}
+
+HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step)
+{
+    note(u"open " + std::u16string(title) + u"|" + message + u"|" + number(range) + u"|" + number(step));
+    return Window;
+}
+
+DWORD ProgressStep(HWND, DWORD)
+{
+    note(u"step");
+    return 1;
+}
+
+DWORD ProgressSetMessage(HWND, const WCHAR* text)
+{
+    note(u"message " + std::u16string(text));
+    if (gUser.seesMessage)
+        gUser.seesMessage(text);
+    return 1;
+}
+
+DWORD ProgressSetCount(HWND, const WCHAR* text)
+{
+    if (gUser.notesCounts)
+        note(u"count " + std::u16string(text));
+    return 1;
+}
+
+DWORD ProgressAnimate(HWND)
+{
+    note(u"animate");
+    return 1;
+}
+
+DWORD ProgressClose(HWND)
+{
+    note(u"close");
+    return 1;
+}
+
+int MessageBoxW(HWND, const WCHAR* text, const WCHAR* caption, UINT type)
+{
+    note(u"box " + std::u16string(caption ? caption : u"(none)") + u"|" + text + u"|" + number(type));
+    if (gUser.answers.empty())
+        return IDNO;
+    const int answer = gUser.answers.front();
+    gUser.answers.erase(gUser.answers.begin());
+    return answer;
+}
+
+HCURSOR SetCursor(HCURSOR)
+{
+    return nullptr;
+}
+
+HCURSOR LoadCursorW(HINSTANCE, const WCHAR*)
+{
+    return nullptr;
+}
