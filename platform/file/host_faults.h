@@ -19,6 +19,7 @@ struct FaultPlan {
     FaultKind kind = FaultKind::Fail;
     std::uint64_t nthCall = 0;  // counted from 1 since the plan was set
     int error = 0;
+    std::uint64_t calls = 1;  // how many calls one after the other fail
 };
 
 void setFaultPlan(const FaultPlan& plan);

@@ -33,6 +33,9 @@ enum class Change {
     Idle,        // the owner thread has begun to wait for messages: its windows take input now
     Busy,        // the owner thread has stopped waiting
     ReadOnly,    // an edit's read-only state
+    Icon,        // a window's small icon
+    Tree,        // a tree view; see tree_display.h
+    Date,        // a date picker's date
 };
 
 class Display {
@@ -46,6 +49,19 @@ public:
 
 // One display at a time; null takes it away. The core works without one.
 void setDisplay(Display* display);
+
+// Another process that has this device open. FindWindowW and SetForegroundWindow reach it through this.
+class OtherProcess {
+public:
+    virtual ~OtherProcess() = default;
+    // Texts without case, empty is any.
+    [[nodiscard]] virtual bool hasWindow(std::u16string_view className, std::u16string_view title) = 0;
+    // False if the process is gone.
+    virtual bool bringToFront() = 0;
+};
+
+// Null: there is none.
+void setOtherProcess(OtherProcess* process);
 
 // What a window is to a display.
 enum class WindowKind {
@@ -75,14 +91,17 @@ struct WindowState {
     int id = 0;
     DWORD style = 0;
     DWORD exStyle = 0;
-    RECT place{};  // virtual pixels, in the parent's client area or on the screen
-    bool visible = false;
+    RECT place{};          // of the client area: virtual pixels, in the parent's client area or on the screen
+    bool visible = false;  // this and the next are the window's own: an ancestor may be hidden or disabled
     bool enabled = false;
     bool focused = false;
-    int check = 0;  // button
-    bool defaultButton = false;
-    UINT messageBoxType = 0;  // message box: the MB_ bits
-    int caretRow = -1;        // list box
+    int check = 0;               // button
+    bool defaultButton = false;  // Enter would press it now
+    UINT messageBoxType = 0;     // message box: the MB_ bits
+    int caretRow = -1;           // list box
+    long selectionStart = 0;     // edit, in characters; the caret stands at the end
+    long selectionEnd = 0;
+    bool readOnly = false;
     int progressLow = 0;
     int progressHigh = 0;
     int progressPosition = 0;
@@ -113,8 +132,9 @@ struct BandState {
     HWND bar = nullptr;
     std::vector<MenuItem> menu;
     std::vector<BarButton> buttons;
-    WORD bitmapId = 0;
-    int width = 0;
+    WORD bitmapId = 0;  // of the buttons' cells
+    WORD imageId = 0;   // the bitmap beside the band's gripper; 0: none
+    RECT place{};       // in the bands, virtual pixels
     bool gripper = true;
 };
 
@@ -127,14 +147,19 @@ struct BandState {
 [[nodiscard]] std::vector<BandState> bandsOf(HWND commandBands);
 // Does the owner thread wait for messages, with nothing posted or due as input before it?
 [[nodiscard]] bool takesInput(HWND window);
+// Does any thread show the wait cursor?
+[[nodiscard]] bool showsWaitCursor();
 
 // Raw input, queued for the owner thread and handled when it retrieves messages. What comes while the
 // thread works, or for a window that is disabled or has a disabled ancestor, is dropped: the result is
-// false. A wish to close that comes while the thread works is kept for afterwards.
+// false. A thread that handles a character in an edit, or a timer, doesn't count as working: fast typing
+// loses nothing. A wish to close that comes while the thread works is kept for afterwards, and while a modal
+// dialog that came meanwhile keeps the window disabled. A new size is always kept.
 bool postClick(HWND window, long row = -1);  // a button, an edit; a list box's row (-1: empty space)
 bool postDoubleClick(HWND window, long row);
 bool postKey(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
 bool postText(HWND window, std::u16string text);        // as typed; an edit takes it at its selection
+bool postNewText(HWND edit, std::u16string text);       // the user has edited: the whole text from now on
 bool postClose(HWND topLevel);                          // the close box
 bool postCaptionOk(HWND topLevel);                      // the OK button in the caption
 bool postCommand(HWND topLevel, WORD id);               // a menu item or toolbar button of its bands

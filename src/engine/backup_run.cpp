@@ -2,9 +2,10 @@
 
 #include "backup_run.h"
 
-#include "item_storing.h"
-#include "list_file.h"
+#include "database_items.h"
+#include "file_items.h"
 #include "questions.h"
+#include "registry_file.h"
 #include "run_progress.h"
 #include "set_comment.h"
 #include "set_paths.h"
@@ -82,18 +83,6 @@ bool WriteHead(BackupRun& run)
     return false;
 }
 
-void BackUpFiles(BackupRun& run)
-{
-    EntryBuffer entry;
-    DWORD length = 0;
-    for (BOOL more = gFileList && gFileList->First(entry.bytes, &length); more;
-         more = gFileList->Next(entry.bytes, &length))
-        BackUpFile(run, entry.name);
-    DeleteWaiting(run.deletion, run.listFile, run.dataFile);
-    SetCursor(nullptr);
-    CloseRunProgress(run.progress);
-}
-
 void CloseRun(BackupRun& run)
 {
     gRegistryMarked = gSavedRegistryMarked;
@@ -117,8 +106,11 @@ void MakeSet(BackupRun& run)
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
     (void)CreateDirectoryW(folder, nullptr); // exists already? The list file decides.
-    if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run))
+    if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
         BackUpFiles(run);
+        BackUpDatabases(run);
+        BackUpRegistry(run);
+    }
 }
 
 } // namespace

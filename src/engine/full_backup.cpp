@@ -7,14 +7,16 @@
 #include "questions.h"
 #include "set_state.h"
 
-#include "ce/file.h"
 #include "ce/dialog.h"
+#include "ce/file.h"
+#include "ce/store.h"
 #include "ce/text.h"
 
 namespace {
 
 constexpr WORD FullBackupKind = 1;
 constexpr UINT ConstructFileListText = 132;
+constexpr UINT ConstructDatabaseListText = 133;
 constexpr UINT ComputingListText = 134;
 // The number of files isn't known beforehand: past its top the bar starts over.
 constexpr DWORD ListingRange = 1500;
@@ -42,7 +44,7 @@ void AddIfReadable(const WCHAR* path)
     if (file == INVALID_HANDLE_VALUE)
         return;
     if (gFileList)
-        gFileList->Add(path, static_cast<DWORD>((wcslen(path) + 1) * sizeof(WCHAR)));
+        gFileList->Add(path, NameBytes(path));
     CloseHandle(file);
 }
 
@@ -64,13 +66,42 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
     return TRUE;
 }
 
+HWND OpenListingProgress(UINT title)
+{
+    return ProgressOpen(LoadText(title, gTextA), LoadText(ComputingListText, gTextB), ListingRange, ListingStep);
+}
+
 void ListAllFiles()
 {
-    HWND progress = ProgressOpen(LoadText(ConstructFileListText, gTextA), LoadText(ComputingListText, gTextB),
-                                 ListingRange, ListingStep);
+    HWND progress = OpenListingProgress(ConstructFileListText);
     SetWaitCursor();
     gPathsTooLong = {};
     WalkDirectory(u"\\", nullptr, TRUE, FALSE, AddFullBackupFile, reinterpret_cast<UINT_PTR>(progress));
+    SetCursor(nullptr);
+    ProgressAnimate(progress);
+}
+
+void AddDatabase(CEOID oid)
+{
+    CEOIDINFO info = {};
+    CeOidGetInfo(oid, &info);
+    const WCHAR* name = info.infDatabase.szDbaseName;
+    if (name[0] != u'\\' && gDatabaseList)
+        gDatabaseList->Add(name, NameBytes(name));
+}
+
+void ListAllDatabases()
+{
+    HWND progress = OpenListingProgress(ConstructDatabaseListText);
+    SetWaitCursor();
+    HANDLE enumeration = CeFindFirstDatabase(0);
+    if (enumeration != INVALID_HANDLE_VALUE) {
+        while (const CEOID oid = CeFindNextDatabase(enumeration)) {
+            AddDatabase(oid);
+            ProgressStep(progress, 0);
+        }
+        CloseHandle(enumeration);
+    }
     SetCursor(nullptr);
     ProgressAnimate(progress);
 }
@@ -98,6 +129,8 @@ DWORD RunFullBackup()
         ListAllFiles();
         left = gPathsTooLong;
     }
+    if (gFullDatabases)
+        ListAllDatabases();
 
     const DWORD registryMarked = gRegistryMarked;
     gRegistryMarked = gFullRegistry ? 1 : 0;

@@ -1,6 +1,7 @@
-// item_storing.h - one item of a backup: packed to a temporary stream, named by the list, its bytes in the data file.
+// item_storing.h - how any item of a backup gets into the set: its entry in the list, its stream in the data file.
 #pragma once
 
+#include "list_file.h"
 #include "run_log.h"
 #include "source_deletion.h"
 
@@ -17,6 +18,7 @@ struct BackupRun {
     DWORD dataBytes = 0; // in the data file so far: where the next item starts
     WCHAR storageRoot[MAX_PATH] = {};
     WCHAR temporaryPath[MAX_PATH] = {};
+    WCHAR itemName[MAX_PATH] = {}; // of the last item that the lists gave; empty before the first
     SourceDeletion deletion = {};
 };
 
@@ -28,5 +30,24 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
         run.log->Write(format, arguments...);
 }
 
-// One file. Its failure is its own: it goes to the log, and the run goes on.
-void BackUpFile(BackupRun& run, const WCHAR* name);
+// A failed write of a file item is told in the log, right behind the write, while the last error is its own. `context` is
+// the run.
+void LogFailedWrite(void* context);
+
+// The item's packed stream, ready to be copied. INVALID_HANDLE_VALUE if there is none, or if it would pass the 32 bits of
+// the offsets: then that is logged and the stream deleted. Such an item has no entry.
+HANDLE OpenTemporaryStream(BackupRun& run);
+
+// One item on its way into the set.
+struct StoredItem {
+    DWORD entryStart; // in the list file
+    BOOL listed;      // every write of the entry succeeded
+    BOOL copied;      // every byte of the stream is in the data file
+};
+
+// The three steps, in this order. A fault of one is noted and the next one is made all the same; `failed` is told each
+// failed write and may be null. EndEntry cuts an entry that isn't whole off the list again: it would make all behind it
+// unreadable.
+StoredItem BeginEntry(BackupRun& run, BYTE kind, const WCHAR* name, WriteFailed failed);
+void CopyStream(BackupRun& run, StoredItem& item, HANDLE stream, bool showCount, WriteFailed failed);
+void EndEntry(BackupRun& run, StoredItem& item);

@@ -2,19 +2,12 @@
 // the runs know nothing of templates and controls.
 #pragma once
 
+#include "set_questions.h"
+
 #include "ce/window.h"
 
-inline constexpr DWORD TextChars = 260;
-
-// Owner of every question. Null until the main window exists.
-extern HWND gMainWindow;
-
-// Two scratch buffers, so that two texts of the string table can be held at once.
-extern WCHAR gTextA[TextChars];
-extern WCHAR gTextB[TextChars];
-
-// Text `id` (114 to 144) into one of the two buffers, which is the result. Good until the next LoadText on it.
-WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars]);
+// The program's instance; set just before the main window is made.
+extern HINSTANCE gInstance;
 
 // The three check boxes of the full backup, 1 when checked; set when ShowBackupDialog(1, ...) gives 1.
 extern DWORD gFullFiles;
@@ -25,8 +18,8 @@ extern DWORD gFullRegistry;
 // 1 for OK, 0 for Cancel, which changes nothing.
 INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment);
 
-// Shows the loaded set's comment. Mode 1: all of the set; any other: on OK the lists, gRegistryMarked and gRegistryEntry
-// hold only what the user picked. 1 for OK, 0 for Cancel, which changes nothing.
+// Shows the loaded set's comment. Mode 1: all of the set; any other: on OK the lists, gRegistryMarked and
+// gRegistryEntry hold only what the user picked. 1 for OK, 0 for Cancel, which changes nothing.
 INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath);
 
 // A modal list over a double-NUL list. 1 with the chosen row's text in `result` (260 characters; a longer text is cut),
@@ -43,9 +36,3 @@ DWORD ProgressSetMessage(HWND progress, const WCHAR* text);
 DWORD ProgressSetCount(HWND progress, const WCHAR* text);
 DWORD ProgressAnimate(HWND progress);
 DWORD ProgressClose(HWND progress);
-
-// The wait cursor, while a run works; SetCursor(nullptr) takes it away.
-inline void SetWaitCursor()
-{
-    SetCursor(LoadCursorW(nullptr, reinterpret_cast<const WCHAR*>(IDC_WAIT)));
-}

@@ -9,6 +9,7 @@
 
 #include <lzo/lzo1x.h>
 
+#include <cstddef>
 #include <cstring>
 
 namespace {
@@ -114,5 +115,93 @@ BOOL UnpackTo(StreamReader& reader, const WCHAR* path)
     return result;
 }
 
-// The place behind the next block without unpacking it; 0 if there is no whole block.
-} // namespace
+// The length of the next block and the first bytes behind it: no block is shorter than the closing one.
+struct BlockHead {
+    DWORD packedBytes;
+    BYTE first[ClosingBlockBytes];
+};
+static_assert(sizeof(BlockHead) == 8 && offsetof(BlockHead, first) == 4);
+constexpr DWORD BlockHeadBytes = 4 + ClosingBlockBytes;
+
+bool ReadWhole(HANDLE file, void* buffer, DWORD bytes)
+{
+    DWORD delivered = 0;
+    return ReadFile(file, buffer, bytes, &delivered, nullptr) && delivered == bytes;
+}
+
+bool Skip(HANDLE file, DWORD bytes)
+{
+    SetLastError(ERROR_SUCCESS);
+    return SetFilePointer(file, static_cast<LONG>(bytes), nullptr, FILE_CURRENT) != INVALID_SET_FILE_POINTER ||
+           GetLastError() == ERROR_SUCCESS;
+}
+
+// Each length is held against what is left of the file, so that a block that was cut is never stepped over.
+BOOL BlocksAreWhole(HANDLE stream, std::uint64_t bytesLeft)
+{
+    BlockHead head;
+    while (bytesLeft >= BlockHeadBytes && ReadWhole(stream, &head, BlockHeadBytes)) {
+        bytesLeft -= BlockHeadBytes;
+        if (head.packedBytes < ClosingBlockBytes || head.packedBytes > PackedBlockBytes)
+            return FALSE;
+        const DWORD rest = head.packedBytes - ClosingBlockBytes;
+        if (rest == 0)
+            return bytesLeft == 0 && std::memcmp(head.first, ClosingBlock, ClosingBlockBytes) == 0;
+        if (rest > bytesLeft || !Skip(stream, rest))
+            return FALSE;
+        bytesLeft -= rest;
+    }
+    return FALSE;
+}
+
+BOOL OpenStreamIsWhole(HANDLE stream)
+{
+    BY_HANDLE_FILE_INFORMATION information = {};
+    BYTE magic[StreamMagicBytes];
+    if (!GetFileInformationByHandle(stream, &information) || !ReadWhole(stream, magic, StreamMagicBytes) ||
+        std::memcmp(magic, StreamMagic, StreamMagicBytes) != 0)
+        return FALSE;
+    const std::uint64_t size = std::uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow;
+    return BlocksAreWhole(stream, size - StreamMagicBytes);
+}
+
+}  // namespace
+
+BOOL CompressFile(const WCHAR* source, const WCHAR* target)
+{
+    if (lzo_init() != LZO_E_OK)
+        return FALSE;
+    const HANDLE from = OpenSource(source);
+    if (from == INVALID_HANDLE_VALUE)
+        return FALSE;
+    const HANDLE to = OpenTarget(target);
+    BOOL result = FALSE;
+    if (to != INVALID_HANDLE_VALUE)
+        result = PackAll(from, to);
+    CloseHandle(from);
+    if (to != INVALID_HANDLE_VALUE)
+        CloseHandle(to);
+    return result;
+}
+
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target)
+{
+    if (lzo_init() != LZO_E_OK)
+        return FALSE;
+    StreamReader reader = {OpenSource(source), WholeFile};
+    if (reader.file == INVALID_HANDLE_VALUE)
+        return FALSE;
+    const BOOL result = UnpackTo(reader, target);
+    CloseHandle(reader.file);
+    return result;
+}
+
+BOOL StreamIsWhole(const WCHAR* path)
+{
+    const HANDLE stream = OpenSource(path);
+    if (stream == INVALID_HANDLE_VALUE)
+        return FALSE;
+    const BOOL result = OpenStreamIsWhole(stream);
+    CloseHandle(stream);
+    return result;
+}

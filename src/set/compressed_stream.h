@@ -1,5 +1,5 @@
-// compressed_stream.h - one file as one LZO1X stream and back, path to path (docs/format.md, "Compressed stream"). Knows
-// nothing of sets.
+// compressed_stream.h - one file as one LZO1X stream and back, path to path (docs/format.md, "Compressed stream").
+// Knows nothing of sets.
 //
 // One operation at a time, those of stream_decoding.h included: all use the same static buffers. The run's thread only.
 #pragma once
@@ -17,6 +17,6 @@ BOOL CompressFile(const WCHAR* source, const WCHAR* target);
 // 0: if the source isn't a stream the target is untouched, otherwise it holds the blocks before the fault.
 BOOL DecompressFile(const WCHAR* source, const WCHAR* target);
 
-// Whether a stream file has its magic, blocks that follow on one another, and the closing empty block as its last bytes.
-// Walks the lengths without unpacking, so it costs little beside the packing. 0 also if the file can't be read.
+// Whether a stream file has its magic, blocks that follow on one another, and the closing empty block as its last
+// bytes. Walks the lengths without unpacking, so it costs little beside the packing. 0 also if the file can't be read.
 BOOL StreamIsWhole(const WCHAR* path);

@@ -14,9 +14,15 @@ struct Key {
     DWORD length;
 };
 
+// A key of no bytes may have no address either.
+int Compare(const BYTE* left, const BYTE* right, DWORD bytes)
+{
+    return bytes == 0 ? 0 : std::memcmp(left, right, bytes);
+}
+
 bool BlobLess(Key left, Key right)
 {
-    const int order = std::memcmp(left.bytes, right.bytes, std::min(left.length, right.length));
+    const int order = Compare(left.bytes, right.bytes, std::min(left.length, right.length));
     return order != 0 ? order < 0 : left.length < right.length;
 }
 
@@ -34,18 +40,19 @@ struct NodeLess {
 
 bool Equals(const ItemNode* node, Key key)
 {
-    return node->length == key.length && std::memcmp(node->data, key.bytes, key.length) == 0;
+    return node->length == key.length && Compare(node->data, key.bytes, key.length) == 0;
 }
 
 bool BeginsWith(const ItemNode* node, Key key)
 {
-    return node->length >= key.length && std::memcmp(node->data, key.bytes, key.length) == 0;
+    return node->length >= key.length && Compare(node->data, key.bytes, key.length) == 0;
 }
 
-} // namespace
+}  // namespace
 
 // In byte order, a shorter blob before what it begins; equal ones stay in the order in which they were added. So the
-// first node that isn't below a key is the first-added equal one, or else one that begins with the key, or there is none.
+// first node that isn't below a key is the first-added equal one, or else one that begins with the key, or there is
+// none.
 struct ItemList::Index {
     std::multiset<ItemNode*, NodeLess> nodes;
 };
@@ -77,7 +84,7 @@ BOOL ItemList::Add(const void* blob, DWORD bytes)
         return FALSE;
     }
     ItemNode* added = tail;
-    std::memcpy(copy, blob, bytes);
+    std::copy_n(static_cast<const BYTE*>(blob), bytes, copy);
     added->data = copy;
     added->length = bytes;
     added->next = sentinel;
@@ -106,10 +113,10 @@ BOOL ItemList::Remove(const void* key, DWORD bytes)
     ItemNode* node = TakeFirstEqual(key, bytes);
     if (!node)
         return FALSE;
-    node->next->prev = node->prev; // every entry has a next: the sentinel at least
+    node->next->prev = node->prev;  // every entry has a next: the sentinel at least
     (node->prev ? node->prev->next : head) = node->next;
     if (cursor == node)
-        cursor = nullptr; // a walk that was broken off must not go on from a dead node
+        cursor = nullptr;  // a walk that was broken off must not go on from a dead node
     delete[] node->data;
     delete node;
     count--;
@@ -171,7 +178,7 @@ void ItemList::PutIntoIndex(ItemNode* added)
     try {
         index->nodes.insert(added);
     } catch (const std::bad_alloc&) {
-        index.reset(); // an index that lacks an entry would be worse than none
+        index.reset();  // an index that lacks an entry would be worse than none
     }
 }
 

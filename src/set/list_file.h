@@ -11,8 +11,8 @@ using WriteFailed = void (*)(void* context);
 // Length of the comment, then the comment, with its terminator. 0 at the first write that fails.
 BOOL WriteListHead(HANDLE list, const WCHAR* comment);
 
-// What stands before an item's stream is copied: kind, flag, length of the name, name, start offset. Returns how many of
-// the five writes failed. `failed` may be null.
+// What stands before an item's stream is copied: kind, flag, length of the name, name, start offset. Returns how many
+// of the five writes failed. `failed` may be null.
 DWORD WriteEntryHead(HANDLE list, BYTE kind, const WCHAR* name, DWORD startOffset, WriteFailed failed, void* context);
 
 // What closes the entry. 1 if the whole of it was written.

@@ -11,10 +11,10 @@
 
 // What is wrong with the head or an entry; several can be.
 enum ListFault : DWORD {
-    TextEmpty = 1,            // a length of 0: not even a terminator
-    TextTooLong = 2,          // a length above 260
-    TextNotTerminated = 4,    // its last character is no NUL, and none stands before
-    TextEndsEarly = 8,        // a NUL stands before its last character
+    TextEmpty = 1,          // a length of 0: not even a terminator
+    TextTooLong = 2,        // a length above 260
+    TextNotTerminated = 4,  // its last character is no NUL, and none stands before
+    TextEndsEarly = 8,      // a NUL stands before its last character
     CutByEndOfFile = 16,
 };
 
@@ -37,8 +37,8 @@ struct ListEntry {
     DWORD nameLength;  // characters, as the file tells
     DWORD faults;      // ListFault bits
     DWORD startOffset;
-    DWORD endOffset;     // both 0 if the end of the file cuts the entry
-    EntryBuffer blob;    // the name, always terminated, and the offsets
+    DWORD endOffset;   // both 0 if the end of the file cuts the entry
+    EntryBuffer blob;  // the name, always terminated, and the offsets
     DWORD blobBytes;
 };
 

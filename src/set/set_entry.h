@@ -39,8 +39,8 @@ inline DWORD SetEntryNameSize(const WCHAR* name)
     return (NameBytes(name) + 3) & ~DWORD{3};
 }
 
-// Where the item's stream begins in the data file, and one behind its last byte. `blob` is an EntryBuffer's bytes with an
-// entry of a loaded set.
+// Where the item's stream begins in the data file, and one behind its last byte. `blob` is an EntryBuffer's bytes with
+// an entry of a loaded set.
 inline DWORD EntryStartOffset(const BYTE* blob)
 {
     DWORD offset = 0;

@@ -1,4 +1,5 @@
-// set_state.h - what is marked, or what a loaded set holds. The tree and the loader of a set write it, the runs read it.
+// set_state.h - what is marked, or what a loaded set holds. The tree and the loader of a set write it, the runs read
+// it.
 //
 // The main window's thread only.
 #pragma once

@@ -47,7 +47,7 @@ StreamBlock FaultOf(StreamFault fault)
     return {fault, false, false, 0};
 }
 
-} // namespace
+}  // namespace
 
 StreamFault ReadMagic(StreamReader& reader)
 {

@@ -25,15 +25,18 @@ enum class StreamFault {
     None,
     NoMagic,
     ReadFailed,
-    LengthCut,        // the stream ends inside a block's length
-    EmptyBlock,       // a length of 0
-    BlockTooLong,     // a length above PackedBlockBytes
-    BlockCut,         // the stream ends inside a block
-    BlockDamaged,     // the bytes don't unpack, or to more than a block may hold
-    NotClosed,        // whole blocks, but no closing empty one
-    BytesBehindEnd,   // more behind the closing empty block
+    LengthCut,       // the stream ends inside a block's length
+    EmptyBlock,      // a length of 0
+    BlockTooLong,    // a length above PackedBlockBytes
+    BlockCut,        // the stream ends inside a block
+    BlockDamaged,    // the bytes don't unpack, or to more than a block may hold
+    NotClosed,       // whole blocks, but no closing empty one
+    BytesBehindEnd,  // more behind the closing empty block
     StoppedBySink,
 };
+
+// A stream that ends where its file does.
+inline constexpr std::uint64_t WholeFile = ~std::uint64_t{0};
 
 // A stream that is being read from where its file stands.
 struct StreamReader {
@@ -48,7 +51,7 @@ StreamFault ReadMagic(StreamReader& reader);
 struct StreamBlock {
     StreamFault fault = StreamFault::None;
     bool atEnd = false;
-    bool unpacked = false;  // rawBytes are in gRawBuffer; with a fault only BlockCut, when what is there is a block all the same
+    bool unpacked = false;  // rawBytes are in gRawBuffer; also with BlockCut, if what is there is a block all the same
     DWORD rawBytes = 0;
 };
 

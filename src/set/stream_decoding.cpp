@@ -13,7 +13,7 @@ bool SeekTo(HANDLE file, DWORD place)
            GetLastError() == ERROR_SUCCESS;
 }
 
-} // namespace
+}  // namespace
 
 StreamFault DecodeStream(HANDLE file, DWORD start, DWORD end, RawBytesSink sink, void* context)
 {

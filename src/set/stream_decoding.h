@@ -11,6 +11,6 @@
 // Gets each block's raw bytes in turn; 0 stops the decoding.
 using RawBytesSink = BOOL (*)(const BYTE* raw, DWORD bytes, void* context);
 
-// Decodes the stream that fills the bytes from `start` to before `end`, up to its closing empty block, which must be the
-// last thing in it. `sink` may be null. What stands before a fault has been delivered.
+// Decodes the stream that fills the bytes from `start` to before `end`, up to its closing empty block, which must be
+// the last thing in it. `sink` may be null. What stands before a fault has been delivered.
 StreamFault DecodeStream(HANDLE file, DWORD start, DWORD end, RawBytesSink sink, void* context);

@@ -1,6 +1,7 @@
 // dialog_launch.cpp - the one way in which a modal dialog of the program is opened.
 
 #include "program.h"
+#include "questions.h"
 
 #include "ce/resource.h"
 

@@ -1,12 +1,15 @@
 // main_window.cpp - the entry point and the one top-level window: its bands, its tree, its commands.
 
 #include "backup_run.h"
+#include "folder_marking.h"
 #include "full_backup.h"
 #include "options.h"
 #include "program.h"
 #include "questions.h"
+#include "registry_file.h"
 #include "restore_command.h"
 #include "set_state.h"
+#include "tree_events.h"
 
 #include "ce/command_bands.h"
 #include "ce/resource.h"
@@ -16,8 +19,6 @@
 
 HINSTANCE gInstance;
 HWND gMainWindow;
-HWND gTreeView;
-HWND gCommandBands;
 HWND gMenuBand;
 HWND gToolBand;
 
@@ -31,6 +32,7 @@ constexpr WORD MainMenu = 104;
 constexpr WORD ToolbarBitmap = 106;
 constexpr WORD BandBitmap = 107;
 constexpr WORD AboutDialog = 103;
+constexpr WORD FilterDialog = 110;
 constexpr WORD OptionsDialog = 111;
 
 constexpr UINT CommandBandsId = 1;
@@ -43,8 +45,14 @@ constexpr int ToolbarButtons = 5;
 constexpr int FirstToolbarCommand = 500;
 constexpr int ToolbarImages = 7; // as many as the bar makes room for; the bitmap holds five
 
+constexpr UINT_PTR RootImagesTimer = 1;
+constexpr UINT RootImagesMilliseconds = 500;
+
 enum Command : WORD {
+    CommandMarkFolder = 500,
+    CommandUnmarkFolder = 501,
     CommandToolFullBackup = 502,
+    CommandToolFilter = 503,
     CommandToolOptions = 504,
     CommandExit = 40002,
     CommandFullBackup = 40003,
@@ -52,6 +60,7 @@ enum Command : WORD {
     CommandFullRestore = 40006,
     CommandPartialRestore = 40007,
     CommandAbout = 40009,
+    CommandFilter = 40010,
     CommandOptions = 40011,
 };
 
@@ -90,21 +99,33 @@ void CreateBands(HWND window)
     AddToolbarButtons();
 }
 
+void CreateTree(HWND window)
+{
+    RECT client;
+    GetClientRect(window, &client);
+    const int barHeight = CommandBar_Height(gToolBand);
+    gTreeView = CreateWindowExW(0, u"SysTreeView32", u"Tree View Control", TreeViewStyle, 0, barHeight + 1,
+                                client.right, client.bottom - barHeight - 1, window,
+                                reinterpret_cast<HMENU>(TreeViewId), gInstance, nullptr);
+    if (CreateTreeImages() && InsertRootItems(gTreeView)) {
+        SetTimer(window, RootImagesTimer, RootImagesMilliseconds, nullptr);
+        return;
+    }
+    // The window stays, with its bars and without a tree.
+    DestroyWindow(gTreeView);
+    gTreeView = nullptr;
+}
+
 void CreateContent(HWND window)
 {
     HANDLE icon = LoadImageW(gInstance, MAKEINTRESOURCEW(ProgramIcon), IMAGE_ICON, 16, 16, 0);
     SendMessageW(window, WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(icon));
     LoadOptions();
 
-    RECT client;
-    GetClientRect(window, &client);
     CreateBands(window);
-    const int barHeight = CommandBar_Height(gToolBand);
     CommandBands_AddAdornments(gCommandBands, gInstance, CMDBAR_HELP, nullptr);
     CommandBands_Show(gCommandBands, TRUE);
-    gTreeView = CreateWindowExW(0, u"SysTreeView32", u"Tree View Control", TreeViewStyle, 0, barHeight + 1,
-                                client.right, client.bottom - barHeight - 1, window,
-                                reinterpret_cast<HMENU>(TreeViewId), gInstance, nullptr);
+    CreateTree(window);
 }
 
 void DestroyContent()
@@ -117,28 +138,44 @@ void DestroyContent()
     PostQuitMessage(0);
 }
 
+// Whatever the outcome of a run or of the filter dialog was, what is listed below "Files" may be stale after it.
 void RunCommand(HWND window, WORD command)
 {
     switch (command) {
+    case CommandMarkFolder:
+        MarkFolder(1);
+        break;
+    case CommandUnmarkFolder:
+        MarkFolder(0);
+        break;
     case CommandToolFullBackup:
     case CommandFullBackup:
         RunFullBackup();
+        ResetFilesRoot();
         break;
     case CommandBackupSelected:
         RunBackup(BackupSelectedItems);
+        ResetFilesRoot();
         break;
     case CommandFullRestore:
         RunRestore(RestoreFull);
+        ResetFilesRoot();
         break;
     case CommandPartialRestore:
         RunRestore(RestorePartial);
+        ResetFilesRoot();
         break;
-    case CommandAbout:
-        RunDialog(AboutDialog, window, AboutDialogProc, 0);
+    case CommandToolFilter:
+    case CommandFilter:
+        RunDialog(FilterDialog, window, FilterDialogProc, 0);
+        ResetFilesRoot();
         break;
     case CommandToolOptions:
     case CommandOptions:
         RunDialog(OptionsDialog, window, OptionsDialogProc, 0);
+        break;
+    case CommandAbout:
+        RunDialog(AboutDialog, window, AboutDialogProc, 0);
         break;
     case CommandExit:
         DestroyWindow(window);
@@ -159,6 +196,12 @@ LRESULT MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_CLOSE:
         DestroyWindow(window);
+        return 0;
+    case WM_NOTIFY:
+        TreeNotify(window, wParam, lParam);
+        return 0;
+    case WM_TIMER:
+        UpdateRootImages();
         return 0;
     case WM_COMMAND:
         RunCommand(window, LOWORD(wParam));
@@ -191,6 +234,7 @@ int WinMain(HINSTANCE instance, HINSTANCE, WCHAR*, int)
     gDatabaseList = new (std::nothrow) ItemList(DatabaseListId);
     SetDefaultOptions();
     RegisterMainClass(instance);
+    LookUpRegistryFileCalls();
     INITCOMMONCONTROLSEX classes = {sizeof classes, ICC_TREEVIEW_CLASSES | ICC_BAR_CLASSES | ICC_DATE_CLASSES |
                                                         ICC_COOL_CLASSES};
     InitCommonControlsEx(&classes);

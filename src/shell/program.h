@@ -3,11 +3,6 @@
 
 #include "ce/dialog.h"
 
-// Set just before the main window is made.
-extern HINSTANCE gInstance;
-
-extern HWND gTreeView;
-extern HWND gCommandBands;
 extern HWND gMenuBand;
 extern HWND gToolBand;
 
@@ -15,6 +10,7 @@ extern HWND gToolBand;
 INT_PTR RunDialog(WORD id, HWND owner, DLGPROC procedure, LPARAM parameter);
 
 INT_PTR AboutDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+INT_PTR FilterDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 INT_PTR OptionsDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Fills gOptions with what holds before anything was saved.

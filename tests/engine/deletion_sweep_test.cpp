@@ -41,23 +41,35 @@ protected:
         gOptions.deleteBackedUp = 1;
         gUser = {};
         gUser.choice = u"\\Card";
+        mount();
     }
 
     void expectNothingLost()
     {
         clearFaultPlan();
         mount();
+        // What is still there isn't to be replaced by a stream that was cut short.
+        gOptions.restoreMode = RestoreModeSkip;
         bool restored = false;
         for (const auto& [name, content] : Sources) {
             if (exists(name)) {
-                ASSERT_EQ(read(name), content) << name;
+                ASSERT_TRUE(read(name) == content) << name;
                 continue;
             }
             if (!restored)
-                restore();
+                restoreEverySet();
             restored = true;
             ASSERT_TRUE(exists(name)) << name << " is neither on the device nor in the set";
-            ASSERT_EQ(read(name), content) << name;
+            ASSERT_TRUE(read(name) == content) << name;
+        }
+    }
+
+    // A number that couldn't be had was passed over, so the set needn't be the first.
+    void restoreEverySet()
+    {
+        for (const auto& file : std::filesystem::directory_iterator(card_ / "QUILBOX")) {
+            if (file.path().extension() == ".QLT")
+                restore(file.path().stem());
         }
     }
 
@@ -80,7 +92,6 @@ protected:
         for (std::uint64_t n = 1;; n++) {
             SCOPED_TRACE(n);
             startOver();
-            mount();
             const bool through = backUpUnder({.kind = kind, .nthCall = n, .error = 0});
             expectNothingLost();
             if (HasFatalFailure() || through)
@@ -113,7 +124,6 @@ TEST_F(DeletionSweepTest, SourceIsNeverLostWhicheverFileCallFails)
     for (std::uint64_t n = 1;; n++) {
         SCOPED_TRACE(n);
         startOver();
-        mount();
         setFaultPlan({.kind = FaultKind::Fail, .nthCall = n, .error = EIO});
         backUp();
         const bool reached = hostCallsMade() >= n;

@@ -98,6 +98,7 @@ void EngineTest::mark(const std::u16string& path)
 
 void EngineTest::backUp()
 {
+    gComment[0] = 0;
     RunBackup(BackupListedItems);
 }
 

@@ -1,7 +1,8 @@
 // ce/command_bands.h - the bar of bands across the top of a main window: a menu, a toolbar.
 //
-// A button or menu item sends WM_COMMAND with its id to the bands' parent; a change of the bar's height
-// sends WM_NOTIFY with RBN_HEIGHTCHANGE.
+// A button or menu item sends WM_COMMAND with its id to the bands' parent. WM_NOTIFY with RBN_HEIGHTCHANGE
+// comes when the bar's height changes, also while it is built, and whenever the parent gets a new size, so
+// that what stands below the bands can follow. Nothing else is notified.
 #pragma once
 
 #include "ce/controls.h"
@@ -46,11 +47,14 @@ inline constexpr UINT RBBIM_IMAGE = 8;
 inline constexpr UINT RBBIM_CHILD = 0x10;
 inline constexpr UINT RBBIM_SIZE = 0x40;
 inline constexpr UINT RBBIM_ID = 0x100;
+inline constexpr UINT RBBS_BREAK = 1;
+inline constexpr UINT RB_GETBARHEIGHT = WM_USER + 27;
 inline constexpr UINT RBN_HEIGHTCHANGE = static_cast<UINT>(-831);
 inline constexpr UINT TB_ENABLEBUTTON = WM_USER + 1;
 inline constexpr UINT TB_BUTTONCOUNT = WM_USER + 24;
 inline constexpr UINT TB_ADDBUTTONSW = WM_USER + 68;
 inline constexpr BYTE TBSTATE_ENABLED = 4;
+inline constexpr BYTE TBSTYLE_SEP = 1;
 
 // Adornments that CommandBands_AddAdornments takes: the close button always, with this one a help button.
 inline constexpr DWORD CMDBAR_HELP = 11;

@@ -82,7 +82,8 @@ struct BY_HANDLE_FILE_INFORMATION {
 //   2 no such file; 3 a folder on the way is missing, or no folder; 5 a folder, a read-only file asked
 //   for writing, a ROM file asked for writing, a ROM module, no permission; 32 open elsewhere in a way
 //   that conflicts; 80 exists already (CREATE_NEW); 87 bad creation; 112 no room for the entry;
-//   123 bad name; 206 path too long; 19 a read-only file system; 31 the host's input or output failed.
+//   123 bad name; 206 path too long; 19 a read-only file system; 4 too many open files; 31 the host's
+//   input or output failed.
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* security, DWORD creation, DWORD attributes,
                    HANDLE templateFile);
 
@@ -115,7 +116,7 @@ BOOL FlushFileBuffers(HANDLE file);
 // Nonzero on success, 0 with 6 for a handle that is no open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// Fails with 2, 3, 5 for a folder, a read-only or a ROM file, 19, 32 while open, 123, 206.
+// Fails with 2, 3, 5 for a folder, a read-only or a ROM file, 19, 32 while open in this process, 123, 206.
 BOOL DeleteFileW(const WCHAR* path);
 
 // Fails with 183 if a file or folder of that name exists, 3 if the parent is missing, 5, 19, 112, 123,

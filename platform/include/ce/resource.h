@@ -31,7 +31,7 @@ HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 DWORD SizeofResource(HMODULE module, HRSRC resource);
 
 // Copies text `id` into `buffer`: at most characters - 1 and a NUL; the result counts without the NUL,
-// 0 if there is no such text (1814).
+// 0 if there is no such text (1814) or no room (122). A surrogate pair stays whole.
 // With a null buffer the result is the address of the text inside the resource, as a pointer in an
 // integer: not terminated, its length in characters stands in the WORD before it.
 LONG_PTR LoadStringW(HINSTANCE instance, UINT id, WCHAR* buffer, int characters);

@@ -98,6 +98,6 @@ UINT GetACP();
 // Converts to `codePage` (CP_ACP or CP_UTF8). `characters` -1: the text ends at its NUL, which is
 // converted and counted too. `bytes` 0 asks for the size. A lone surrogate becomes U+FFFD.
 // `defaultCharacter` and `usedDefault` must be null. Returns bytes.
-// 0 on failure: 122 too small (what stands in `out` is of no use), 87.
+// 0 on failure: 122 too small (what stands in `out` is of no use), 87, 1004 for flags other than 0.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int characters, char* out, int bytes,
                         const char* defaultCharacter, BOOL* usedDefault);

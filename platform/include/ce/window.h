@@ -114,6 +114,7 @@ inline constexpr UINT SWP_NOSIZE = 1;
 inline constexpr UINT SWP_NOMOVE = 2;
 inline constexpr UINT SWP_NOZORDER = 4;
 inline constexpr UINT SWP_NOACTIVATE = 0x10;
+inline constexpr UINT SWP_SHOWWINDOW = 0x40;
 
 inline constexpr WPARAM ICON_SMALL = 0;
 inline constexpr UINT IMAGE_BITMAP = 0;
@@ -211,6 +212,11 @@ int GetWindowTextLengthW(HWND window);
 
 // In virtual pixels; the client area begins at 0,0.
 BOOL GetClientRect(HWND window, RECT* rectangle);
+// In virtual pixels of the screen.
+BOOL GetWindowRect(HWND window, RECT* rectangle);
+BOOL ScreenToClient(HWND window, POINT* point);
+// Where the user's last click met this thread's windows, on the screen: x low, y high, signed 16 bits each.
+DWORD GetMessagePos();
 BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
 BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
 

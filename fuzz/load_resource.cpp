@@ -1,0 +1,56 @@
+// load_resource.cpp - any bytes as the process's resource file, then every call upon it.
+
+#include "resource_file.h"
+
+#include "ce/resource.h"
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+// Touches each byte, so that a span that points outside is caught.
+unsigned sum(std::span<const std::byte> bytes)
+{
+    unsigned total = 0;
+    for (const std::byte byte : bytes)
+        total += std::to_integer<unsigned>(byte);
+    return total;
+}
+
+const WCHAR* nameOf(const platform::resource::ResourceKey& key)
+{
+    if (const WORD* number = std::get_if<WORD>(&key))
+        return MAKEINTRESOURCEW(*number);
+    return std::get<std::u16string>(key).c_str();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    // A block of exactly that size, on the boundary that resources stand on.
+    const std::unique_ptr<std::byte[]> file(new std::byte[size]);
+    if (size)
+        std::memcpy(file.get(), data, size);
+
+    [[maybe_unused]] volatile unsigned seen = 0;
+    (void)platform::resource::setResources({file.get(), size});
+    if (const platform::resource::ResourceFile* resources = platform::resource::currentResources()) {
+        for (const platform::resource::Resource& entry : resources->entries()) {
+            seen = sum(entry.bytes);
+            const HRSRC found = FindResourceW(nullptr, nameOf(entry.name), nameOf(entry.type));
+            seen = SizeofResource(nullptr, found);
+            seen = sum(platform::resource::resourceAt(LoadResource(nullptr, found)));
+        }
+        // Enough to meet every text of the blocks that a small input holds.
+        for (UINT id = 0; id < 512; ++id) {
+            WCHAR text[8];
+            seen = static_cast<unsigned>(LoadStringW(nullptr, id, text, 8));
+            if (const auto* inPlace = reinterpret_cast<const WCHAR*>(LoadStringW(nullptr, id, nullptr, 0)))
+                seen = inPlace[-1];
+        }
+    }
+    (void)platform::resource::setResources({});
+    return 0;
+}

@@ -1,0 +1,194 @@
+// One SQLite database file: its statements, its transactions.
+#include "connection.h"
+
+#include "host_name.h"
+
+#include <sqlite3.h>
+
+#include <utility>
+
+namespace platform::database {
+
+namespace {
+
+Step stepOf(int result)
+{
+    switch (result & 0xFF) {
+    case SQLITE_ROW:
+        return Step::Row;
+    case SQLITE_OK:
+    case SQLITE_DONE:
+        return Step::Done;
+    case SQLITE_FULL:
+        return Step::Full;
+    default:
+        return Step::Failed;
+    }
+}
+
+}  // namespace
+
+Statement::Statement(Connection& connection, std::string sql, sqlite3_stmt* statement)
+    : connection_(&connection), sql_(std::move(sql)), statement_(statement)
+{
+}
+
+Statement::Statement(Statement&& other) noexcept
+    : connection_(other.connection_), sql_(std::move(other.sql_)), statement_(std::exchange(other.statement_, nullptr))
+{
+}
+
+Statement::~Statement()
+{
+    if (statement_ != nullptr)
+        connection_->giveBack(std::move(sql_), statement_);
+}
+
+Step Statement::step()
+{
+    if (statement_ == nullptr)
+        return Step::Failed;
+    return stepOf(sqlite3_step(statement_));
+}
+
+std::int64_t Statement::integer(int column) const
+{
+    return sqlite3_column_int64(statement_, column);
+}
+
+std::u16string Statement::text(int column) const
+{
+    const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+    return bytes == nullptr
+               ? std::u16string()
+               : text::fromUtf8({bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))});
+}
+
+std::span<const std::byte> Statement::bytes(int column) const
+{
+    const auto* bytes = static_cast<const std::byte*>(sqlite3_column_blob(statement_, column));
+    return {bytes, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+}
+
+bool Statement::isNull(int column) const
+{
+    return sqlite3_column_type(statement_, column) == SQLITE_NULL;
+}
+
+void Statement::bindOne(int index, std::int64_t value)
+{
+    sqlite3_bind_int64(statement_, index, value);
+}
+
+void Statement::bindOne(int index, std::nullptr_t)
+{
+    sqlite3_bind_null(statement_, index);
+}
+
+void Statement::bindOne(int index, const std::u16string& text)
+{
+    const std::string utf8 = text::toUtf8(text);
+    sqlite3_bind_text64(statement_, index, utf8.data(), utf8.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+void Statement::bindOne(int index, std::span<const std::byte> bytes)
+{
+    // An empty span may have no address, which SQLite would take for NULL.
+    sqlite3_bind_blob64(statement_, index, bytes.empty() ? "" : static_cast<const void*>(bytes.data()), bytes.size(),
+                        SQLITE_STATIC);
+}
+
+Connection::~Connection()
+{
+    for (auto& [sql, statements] : prepared_)
+        for (sqlite3_stmt* statement : statements)
+            sqlite3_finalize(statement);
+    sqlite3_close(database_);
+}
+
+Statement Connection::prepare(std::string_view sql)
+{
+    std::string key(sql);
+    auto& waiting = prepared_[key];
+    sqlite3_stmt* statement = nullptr;
+    if (waiting.empty()) {
+        sqlite3_prepare_v3(database_, key.c_str(), static_cast<int>(key.size()), SQLITE_PREPARE_PERSISTENT, &statement,
+                           nullptr);
+    } else {
+        statement = waiting.back();
+        waiting.pop_back();
+    }
+    return {*this, std::move(key), statement};
+}
+
+Step Connection::execute(const std::string& sql)
+{
+    return stepOf(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr));
+}
+
+Step Connection::gather(std::function<void(Step)> ended)
+{
+    if (isGathering())
+        return Step::Done;
+    const Step begun = prepare("BEGIN IMMEDIATE").step();
+    if (begun == Step::Done)
+        gatheringEnded_ = std::move(ended);
+    return begun;
+}
+
+bool Connection::isGathering()
+{
+    if (gatheringEnded_ && sqlite3_get_autocommit(database_) != 0)
+        std::exchange(gatheringEnded_, nullptr)(Step::Failed);
+    return gatheringEnded_ != nullptr;
+}
+
+void Connection::endGathering()
+{
+    if (!isGathering())
+        return;
+    const Step committed = prepare("COMMIT").step();
+    if (committed != Step::Done && sqlite3_get_autocommit(database_) == 0)
+        (void)prepare("ROLLBACK").step();
+    std::exchange(gatheringEnded_, nullptr)(committed);
+}
+
+std::int64_t Connection::lastInsertId() const
+{
+    return sqlite3_last_insert_rowid(database_);
+}
+
+std::string Connection::lastMessage() const
+{
+    return sqlite3_errmsg(database_);
+}
+
+void Connection::giveBack(std::string sql, sqlite3_stmt* statement)
+{
+    sqlite3_reset(statement);
+    sqlite3_clear_bindings(statement);
+    prepared_[std::move(sql)].push_back(statement);
+}
+
+Transaction::Transaction(Connection& connection)
+    : connection_(connection), begun_(connection.prepare("BEGIN IMMEDIATE").step())
+{
+}
+
+Transaction::~Transaction()
+{
+    if (begun_ == Step::Done)
+        (void)connection_.prepare("ROLLBACK").step();
+}
+
+Step Transaction::commit()
+{
+    if (begun_ != Step::Done)
+        return begun_;
+    const Step committed = connection_.prepare("COMMIT").step();
+    if (committed == Step::Done)
+        begun_ = Step::Failed;  // over: nothing is left to undo
+    return committed;
+}
+
+}  // namespace platform::database

@@ -1,0 +1,127 @@
+// connection.h - one SQLite database file: its statements, its transactions. No other room includes SQLite.
+//
+// A connection serves one thread at a time; device_database.h lends it out under a lock.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace platform::database {
+
+// How a statement got on. What is not done leaves the database as it was.
+enum class Step {
+    Row,     // a row is there to be read
+    Done,    // no more rows; the change is made
+    Full,    // no room on the host's disk
+    Failed,  // the database can't be read or written, or a constraint forbids it
+};
+
+class Connection;
+
+// A prepared statement, borrowed from its connection for one use.
+class Statement {
+public:
+    Statement(Statement&& other) noexcept;
+    Statement& operator=(Statement&&) = delete;
+    ~Statement();
+
+    // Binds the parameters in their order: whole numbers, texts, bytes, nullptr for NULL. Texts and bytes
+    // must live until the last step.
+    template <class... Values>
+    Statement& bind(const Values&... values)
+    {
+        int index = 0;
+        (bindOne(++index, values), ...);
+        return *this;
+    }
+
+    [[nodiscard]] Step step();
+
+    // Of the row that step() found, columns from 0. Bytes stay good until the next step.
+    [[nodiscard]] std::int64_t integer(int column) const;
+    [[nodiscard]] std::u16string text(int column) const;
+    [[nodiscard]] std::span<const std::byte> bytes(int column) const;
+    [[nodiscard]] bool isNull(int column) const;
+
+private:
+    friend class Connection;
+    Statement(Connection& connection, std::string sql, sqlite3_stmt* statement);
+
+    void bindOne(int index, std::int64_t value);
+    void bindOne(int index, std::uint32_t value) { bindOne(index, std::int64_t{value}); }
+    void bindOne(int index, int value) { bindOne(index, std::int64_t{value}); }
+    void bindOne(int index, std::nullptr_t);
+    void bindOne(int index, const std::u16string& text);
+    void bindOne(int index, std::u16string_view text) { bindOne(index, std::u16string(text)); }
+    void bindOne(int index, std::span<const std::byte> bytes);
+
+    Connection* connection_;
+    std::string sql_;
+    sqlite3_stmt* statement_;  // null: it could not be prepared, and each step fails
+};
+
+class Connection {
+public:
+    explicit Connection(sqlite3* opened) : database_(opened) {}
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    ~Connection();
+
+    // Statements are kept prepared, so the same text costs nothing the next time.
+    [[nodiscard]] Statement prepare(std::string_view sql);
+
+    // One statement or several, without parameters or rows.
+    [[nodiscard]] Step execute(const std::string& sql);
+
+    // Gathers the changes of several calls in one transaction, so that they share one flush: begins it unless
+    // it is open. `ended` hears once how it ended: Done, all of it is on the disk; otherwise all is undone.
+    [[nodiscard]] Step gather(std::function<void(Step)> ended);
+
+    // False also when a failed statement has undone the transaction, which `ended` then has heard.
+    [[nodiscard]] bool isGathering();
+
+    // Puts what was gathered on the disk; nothing if nothing was.
+    void endGathering();
+
+    [[nodiscard]] std::int64_t lastInsertId() const;
+
+    // What SQLite says about the last failure.
+    [[nodiscard]] std::string lastMessage() const;
+
+private:
+    friend class Statement;
+    void giveBack(std::string sql, sqlite3_stmt* statement);
+
+    sqlite3* database_;
+    std::function<void(Step)> gatheringEnded_;  // empty while nothing is gathered
+    std::unordered_map<std::string, std::vector<sqlite3_stmt*>> prepared_;
+};
+
+// All or nothing: what isn't committed when it ends is undone.
+class Transaction {
+public:
+    explicit Transaction(Connection& connection);
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    ~Transaction();
+
+    // Done when all of it is on the disk.
+    [[nodiscard]] Step commit();
+
+private:
+    Connection& connection_;
+    Step begun_;
+};
+
+}  // namespace platform::database

@@ -1,0 +1,220 @@
+// The device's one database file: how it is opened and what its tables are.
+#include "device_database.h"
+
+#include <sqlite3.h>
+
+#include <iterator>
+#include <memory>
+#include <optional>
+
+namespace platform::database {
+
+namespace {
+
+// "QBDV" in SQLite's header tells a device's database from anybody else's.
+constexpr std::int64_t applicationId = 0x51424456;
+
+// Each entry brings the schema from the version before it to its own, counted from 1. Entries are only ever
+// added at the end: devices of every version exist.
+const char* const migrations[] = {
+    // 1: the registry, and further folders of the host that the device remembers. `folded` is the name
+    // without case, by which it is found; the four top keys have the ids 1 to 4 and no parent.
+    R"sql(
+CREATE TABLE registry_key (
+    id INTEGER PRIMARY KEY,
+    parent INTEGER REFERENCES registry_key (id) ON DELETE CASCADE,
+    name TEXT NOT NULL,
+    folded TEXT NOT NULL,
+    UNIQUE (parent, folded)
+) STRICT;
+CREATE TABLE registry_value (
+    key INTEGER NOT NULL REFERENCES registry_key (id) ON DELETE CASCADE,
+    name TEXT NOT NULL,
+    folded TEXT NOT NULL,
+    type INTEGER NOT NULL,
+    data BLOB NOT NULL,
+    PRIMARY KEY (key, folded)
+) STRICT;
+INSERT INTO registry_key (id, parent, name, folded) VALUES
+    (1, NULL, 'HKEY_CLASSES_ROOT', 'hkey_classes_root'),
+    (2, NULL, 'HKEY_CURRENT_USER', 'hkey_current_user'),
+    (3, NULL, 'HKEY_LOCAL_MACHINE', 'hkey_local_machine'),
+    (4, NULL, 'HKEY_USERS', 'hkey_users');
+CREATE TABLE remembered_folder (
+    name TEXT NOT NULL PRIMARY KEY,
+    folder BLOB NOT NULL,
+    card INTEGER NOT NULL CHECK (card IN (0, 1)),
+    capacity INTEGER
+) STRICT;
+)sql",
+    // 2: the object store's databases. The two kinds of oid share one space, the lower one for databases, and
+    // none serves twice. `properties` is what platform/store packs; the triggers keep the counts true whatever
+    // else happens to a transaction.
+    R"sql(
+CREATE TABLE store_database (
+    oid INTEGER PRIMARY KEY AUTOINCREMENT CHECK (oid < 0x1000000),
+    name TEXT NOT NULL,
+    folded TEXT NOT NULL UNIQUE,
+    type INTEGER NOT NULL,
+    records INTEGER NOT NULL DEFAULT 0 CHECK (records BETWEEN 0 AND 65535),
+    bytes INTEGER NOT NULL DEFAULT 0,
+    modified INTEGER NOT NULL
+) STRICT;
+CREATE TABLE store_sort_order (
+    database INTEGER NOT NULL REFERENCES store_database (oid) ON DELETE CASCADE,
+    place INTEGER NOT NULL,
+    property INTEGER NOT NULL,
+    flags INTEGER NOT NULL,
+    PRIMARY KEY (database, place)
+) STRICT;
+CREATE TABLE store_record (
+    oid INTEGER PRIMARY KEY AUTOINCREMENT CHECK (oid BETWEEN 0x1000000 AND 0xFFFFFFFF),
+    database INTEGER NOT NULL REFERENCES store_database (oid) ON DELETE CASCADE,
+    properties BLOB NOT NULL
+) STRICT;
+CREATE INDEX store_record_database ON store_record (database);
+INSERT INTO sqlite_sequence (name, seq) VALUES ('store_record', 0xFFFFFF);
+CREATE TRIGGER store_record_added AFTER INSERT ON store_record BEGIN
+    UPDATE store_database SET records = records + 1, bytes = bytes + length(NEW.properties) WHERE oid = NEW.database;
+END;
+CREATE TRIGGER store_record_changed AFTER UPDATE OF properties ON store_record BEGIN
+    UPDATE store_database SET bytes = bytes + length(NEW.properties) - length(OLD.properties) WHERE oid = NEW.database;
+END;
+CREATE TRIGGER store_record_removed AFTER DELETE ON store_record BEGIN
+    UPDATE store_database SET records = records - 1, bytes = bytes - length(OLD.properties) WHERE oid = OLD.database;
+END;
+)sql",
+};
+constexpr auto schemaVersion = static_cast<std::int64_t>(std::size(migrations));
+
+struct OpenDatabase {
+    std::mutex mutex;
+    std::unique_ptr<Connection> connection;
+};
+
+OpenDatabase& openDatabase()
+{
+    static OpenDatabase database;
+    return database;
+}
+
+std::string quoted(const std::filesystem::path& file)
+{
+    return "\"" + file.string() + "\"";
+}
+
+std::optional<std::int64_t> readNumber(Connection& connection, std::string_view sql)
+{
+    Statement statement = connection.prepare(sql);
+    if (statement.step() != Step::Row)
+        return std::nullopt;
+    return statement.integer(0);
+}
+
+// What is wrong, from the code of the first access that failed.
+std::string sentenceOf(const std::filesystem::path& file, int code, const std::string& message)
+{
+    switch (code & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return "The device's database " + quoted(file) + " is open in another program.";
+    case SQLITE_NOTADB:
+    case SQLITE_CORRUPT:
+        return "The device's database " + quoted(file) + " is damaged (" + message + "). It was left as it is.";
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+    case SQLITE_CANTOPEN:
+        return "The device's database " + quoted(file) + " can't be opened for writing (" + message + ").";
+    default:
+        return "The device's database " + quoted(file) + " can't be used (" + message + ").";
+    }
+}
+
+// Nothing here writes to the file: a database that isn't ours to change is found out before.
+std::string faultOf(sqlite3* database, Connection& connection, const std::filesystem::path& file)
+{
+    const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
+    // Before the first access, so that the write-ahead log needs no shared memory and nobody else gets in.
+    if (connection.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA foreign_keys = ON") != Step::Done)
+        return failed();
+    const auto version = readNumber(connection, "PRAGMA user_version");
+    const auto id = readNumber(connection, "PRAGMA application_id");
+    const auto tables = readNumber(connection, "SELECT count(*) FROM sqlite_schema");
+    if (!version || !id || !tables)
+        return failed();
+    if (sqlite3_db_readonly(database, "main") != 0)
+        return sentenceOf(file, SQLITE_READONLY, "read-only");
+    if (*tables > 0 && *id != applicationId)
+        return quoted(file) + " is not the database of a Quillbox device. It was left as it is.";
+    if (*version > schemaVersion)
+        return "The device's database " + quoted(file) + " was written by a newer version of Quillbox (schema " +
+               std::to_string(*version) + ", this one knows " + std::to_string(schemaVersion) + ").";
+    Statement check = connection.prepare("PRAGMA quick_check(1)");
+    if (check.step() != Step::Row)
+        return failed();
+    return check.text(0) == u"ok" ? "" : sentenceOf(file, SQLITE_CORRUPT, "its pages contradict each other");
+}
+
+// Brings the file to this version, each step whole or not at all.
+std::string migrate(sqlite3* database, Connection& connection, const std::filesystem::path& file)
+{
+    const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
+    if (connection.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL") != Step::Done)
+        return failed();
+    const auto version = readNumber(connection, "PRAGMA user_version");
+    if (!version)
+        return failed();
+    for (std::int64_t next = *version; next < schemaVersion; ++next) {
+        Transaction transaction(connection);
+        const std::string numbers = "PRAGMA application_id = " + std::to_string(applicationId) +
+                                    "; PRAGMA user_version = " + std::to_string(next + 1);
+        if (connection.execute(migrations[next]) != Step::Done || connection.execute(numbers) != Step::Done ||
+            transaction.commit() != Step::Done)
+            return failed();
+    }
+    return "";
+}
+
+}  // namespace
+
+bool openDeviceDatabase(const std::filesystem::path& file, std::string& error)
+{
+    const std::scoped_lock lock(openDatabase().mutex);
+    if (openDatabase().connection != nullptr) {
+        error = "A device's database is open already.";
+        return false;
+    }
+    // Absolute, so that no name is taken for one of SQLite's special ones.
+    const std::filesystem::path path = std::filesystem::absolute(file);
+    sqlite3* database = nullptr;
+    const int opened = sqlite3_open_v2(path.c_str(), &database,
+                                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    auto connection = std::make_unique<Connection>(database);
+    if (opened != SQLITE_OK) {
+        error = sentenceOf(path, opened, connection->lastMessage());
+        return false;
+    }
+    error = faultOf(database, *connection, path);
+    if (error.empty())
+        error = migrate(database, *connection, path);
+    if (!error.empty())
+        return false;
+    openDatabase().connection = std::move(connection);
+    return true;
+}
+
+void closeDeviceDatabase()
+{
+    const std::scoped_lock lock(openDatabase().mutex);
+    if (openDatabase().connection != nullptr)
+        openDatabase().connection->endGathering();
+    openDatabase().connection.reset();
+}
+
+DatabaseUse::DatabaseUse(Gathered gathered) : lock_(openDatabase().mutex), connection_(openDatabase().connection.get())
+{
+    if (connection_ != nullptr && gathered == Gathered::End)
+        connection_->endGathering();
+}
+
+}  // namespace platform::database

@@ -1,0 +1,135 @@
+// The host's command line.
+#include "command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <sstream>
+#include <string_view>
+
+namespace platform::device {
+
+namespace {
+
+constexpr int BadUsage = 2;
+constexpr double LongestTimeout = 1e9;  // seconds
+constexpr std::string_view CapacityMark = ",capacity=";
+
+// More than any host's disk, and still a number that the database can hold.
+constexpr std::uint64_t LargestCapacity = INT64_MAX;
+
+[[noreturn]] void refuseOption(const std::string& option, const std::string& value, const std::string& why)
+{
+    throw CLI::ValidationError(option, "\"" + value + "\" " + why);
+}
+
+// NAME=DIR. The folder may hold anything, further equals signs and commas included.
+ExtraFolder parseFolder(const std::string& option, const std::string& value)
+{
+    const std::size_t equals = value.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == value.size())
+        refuseOption(option, value, "is not of the form NAME=DIR");
+    ExtraFolder folder;
+    folder.name = value.substr(0, equals);
+    folder.folder = value.substr(equals + 1);
+    return folder;
+}
+
+// NAME=DIR or NAME=DIR,capacity=BYTES. Only the last mark counts, so a folder's own commas are no matter.
+ExtraFolder parseCard(const std::string& option, const std::string& value)
+{
+    ExtraFolder card = parseFolder(option, value);
+    card.card = true;
+    const std::string folder = card.folder.string();
+    const std::size_t mark = folder.rfind(CapacityMark);
+    if (mark == std::string::npos)
+        return card;
+
+    std::uint64_t bytes = 0;
+    const char* const end = folder.data() + folder.size();
+    const auto [stopped, error] = std::from_chars(folder.data() + mark + CapacityMark.size(), end, bytes);
+    if (error != std::errc() || stopped != end || bytes > LargestCapacity)
+        refuseOption(option, value, "has a capacity that is not a number of bytes");
+    if (mark == 0)
+        refuseOption(option, value, "names no folder");
+    card.folder = folder.substr(0, mark);
+    card.capacity = bytes;
+    return card;
+}
+
+// Seconds, with or without a fraction. What isn't a number is no timeout either.
+std::chrono::milliseconds parseTimeout(const std::string& value)
+{
+    double seconds = 0;
+    const char* const end = value.data() + value.size();
+    const auto [stopped, error] = std::from_chars(value.data(), end, seconds);
+    if (error != std::errc() || stopped != end || !(seconds >= 0 && seconds <= LongestTimeout))
+        refuseOption("--timeout", value, "is not a time in seconds");
+    return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+}
+
+void refuseNameTwice(const std::vector<ExtraFolder>& extras)
+{
+    for (auto extra = extras.begin(); extra != extras.end(); ++extra)
+        if (std::any_of(extras.begin(), extra, [&](const ExtraFolder& earlier) { return earlier.name == extra->name; }))
+            throw CLI::ValidationError("The name \"" + extra->name + "\" is given twice");
+}
+
+}  // namespace
+
+ParsedCommandLine parseCommandLine(int count, const char* const* words)
+{
+    CommandLine options;
+    std::vector<std::string> cards;
+    std::vector<std::string> folders;
+    std::string device;
+    std::string script;
+    std::string transcript;
+    std::string timeout = "60";
+
+    CLI::App app("Backs up a device (its files, databases and registry) and brings it back.", "quillbox");
+    app.set_version_flag("--version", "quillbox " QUILLBOX_VERSION);
+    auto* named = app.add_option("--device", device, "The device's folder; made if it is missing")->type_name("DIR");
+    // One value each: a second word behind the option is a mistake, not a second card.
+    app.add_option("--card", cards, "A folder of this computer as a card, for this start")
+        ->type_name("NAME=DIR[,capacity=BYTES]")
+        ->allow_extra_args(false);
+    app.add_option("--folder", folders, "A folder of this computer in the device's root, for this start")
+        ->type_name("NAME=DIR")
+        ->allow_extra_args(false);
+    auto* scripted = app.add_option("--script", script, "Works without a screen, by the actions in FILE (- reads them)")
+                         ->type_name("FILE|-");
+    app.add_option("--timeout", timeout, "How long an action may wait; 0 is for ever")
+        ->type_name("SECONDS")
+        ->capture_default_str()
+        ->needs(scripted);
+    auto* recorded = app.add_option("--transcript", transcript, "Records windows, texts and answers (- shows them)")
+                         ->type_name("FILE|-")
+                         ->needs(scripted);
+    try {
+        app.parse(count, words);
+        for (const std::string& card : cards)
+            options.extras.push_back(parseCard("--card", card));
+        for (const std::string& folder : folders)
+            options.extras.push_back(parseFolder("--folder", folder));
+        refuseNameTwice(options.extras);
+        options.timeout = parseTimeout(timeout);
+        if (device.empty() && named->count() > 0)
+            refuseOption("--device", device, "names no folder");
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream out;
+        std::ostringstream errors;
+        const bool fine = app.exit(error, out, errors) == 0;
+        return {std::nullopt, fine ? out.str() : errors.str(), fine ? 0 : BadUsage};
+    }
+    options.device = device.empty() ? defaultDeviceFolder() : std::filesystem::path(device);
+    if (scripted->count() > 0)
+        options.script = script;
+    if (recorded->count() > 0)
+        options.transcript = transcript;
+    return {std::move(options), "", 0};
+}
+
+}  // namespace platform::device

@@ -1,0 +1,30 @@
+// command_line.h - the host's command line.
+#pragma once
+
+#include "device.h"
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform::device {
+
+struct CommandLine {
+    std::filesystem::path device;  // defaultDeviceFolder() if none is named
+    std::vector<ExtraFolder> extras;
+    std::optional<std::string> script;  // a file, or "-" for standard input
+    std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    std::optional<std::string> transcript;  // a file, or "-" for standard output
+};
+
+struct ParsedCommandLine {
+    std::optional<CommandLine> options;  // nothing: `message` is to be shown, and that is all
+    std::string message;                 // help, version, or what is wrong
+    int exitCode = 0;                    // 2 for bad usage, whose message belongs on standard error
+};
+
+[[nodiscard]] ParsedCommandLine parseCommandLine(int count, const char* const* words);
+
+}  // namespace platform::device

@@ -1,0 +1,34 @@
+// descriptor.h - an open file or folder of the host, closed when it goes.
+#pragma once
+
+#include <unistd.h>
+
+#include <utility>
+
+namespace platform::device {
+
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int opened) : number_(opened) {}
+    Descriptor(Descriptor&& other) noexcept : number_(other.release()) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    ~Descriptor()
+    {
+        if (number_ >= 0)
+            ::close(number_);
+    }
+
+    explicit operator bool() const { return number_ >= 0; }
+    [[nodiscard]] int get() const { return number_; }
+    [[nodiscard]] int release() { return std::exchange(number_, -1); }
+
+private:
+    int number_ = -1;
+};
+
+}  // namespace platform::device

@@ -1,0 +1,119 @@
+// What a folder is before it is opened as a device, and how an empty one becomes one.
+#include "fresh_device.h"
+
+#include "demonstration.h"
+#include "descriptor.h"
+#include "refusal.h"
+
+#include "device_database.h"
+#include "registry_store.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <set>
+#include <string>
+#include <unistd.h>
+
+namespace platform::device {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A fresh device grows here. Its object store moves out last, which makes the folder a device.
+constexpr const char* UnfinishedFolder = ".quillbox-unfinished";
+
+void check(const std::error_code& error, const std::string& what, const fs::path& path)
+{
+    if (error)
+        refuse(what + " " + quoted(path), error.value());
+}
+
+std::set<std::string> namesIn(const fs::path& folder)
+{
+    std::error_code error;
+    std::set<std::string> names;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+        names.insert(entry->path().filename().string());
+    if (error)
+        refuse("The folder " + quoted(folder) + " can't be read", error.value());
+    return names;
+}
+
+// A power cut after the moves must not find a device of empty files. One flush of the file system is much
+// cheaper than one of each file.
+void flush(const fs::path& folder)
+{
+    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened || ::syncfs(opened.get()) != 0)
+        refuse("The device can't be made in " + quoted(folder), errno);
+}
+
+// Moves a finished part to its place, unless an earlier, broken-off start has done so already.
+void moveOut(const fs::path& folder, const char* part)
+{
+    std::error_code error;
+    const fs::path source = folder / UnfinishedFolder / part;
+    if (fs::exists(fs::symlink_status(folder / part)) || !fs::exists(fs::symlink_status(source)))
+        return;
+    fs::rename(source, folder / part, error);
+    check(error, "The device can't be made in", folder);
+}
+
+}  // namespace
+
+FolderKind kindOf(const fs::path& folder)
+{
+    std::error_code error;
+    const fs::file_status status = fs::status(folder, error);
+    if (status.type() == fs::file_type::not_found)
+        return FolderKind::Missing;
+    check(error, "The device can't be reached at", folder);
+    if (!fs::is_directory(status))
+        throw Refusal(quoted(folder) + " is not a folder, so it can't be a device.");
+
+    std::set<std::string> names = namesIn(folder);
+    if (names.contains("object-store"))
+        return FolderKind::Device;
+    if (names.contains(UnfinishedFolder))
+        for (const char* part : {UnfinishedFolder, "cards", "device.db"})
+            names.erase(part);
+    names.erase("device.lock");
+    return names.empty() ? FolderKind::Empty : FolderKind::Other;
+}
+
+void makeDevice(const fs::path& folder, bool demonstration)
+{
+    clearLeftovers(folder);
+    const fs::path unfinished = folder / UnfinishedFolder;
+    std::error_code error;
+    for (const fs::path& part : {unfinished / "object-store", unfinished / "cards"}) {
+        fs::create_directories(part, error);
+        check(error, "The device can't be made in", folder);
+    }
+    if (demonstration) {
+        writeDemonstrationFiles(unfinished / "object-store", unfinished / "cards");
+        std::string sentence;
+        if (!registry::openRegistry(unfinished / "device.db", sentence))
+            throw Refusal(sentence);
+        // Here alone: the whole device is flushed before it counts.
+        (void)database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
+        const bool filled = fillDemonstrationRegistry();
+        registry::closeRegistry();
+        if (!filled)
+            throw Refusal("The registry of the new device " + quoted(folder) + " can't be written.");
+    }
+    flush(folder);
+    for (const char* part : {"cards", "device.db", "object-store"})
+        moveOut(folder, part);
+    clearLeftovers(folder);
+}
+
+void clearLeftovers(const fs::path& folder)
+{
+    std::error_code error;
+    fs::remove_all(folder / UnfinishedFolder, error);
+    check(error, "An unfinished first start can't be cleared away in", folder);
+}
+
+}  // namespace platform::device

@@ -1,0 +1,25 @@
+// fresh_device.h - what a folder is before it is opened as a device, and how an empty one becomes one.
+#pragma once
+
+#include <filesystem>
+
+namespace platform::device {
+
+enum class FolderKind {
+    Missing,
+    Empty,   // or left by a first start that was broken off
+    Device,  // has an object store
+    Other,   // holds something else
+};
+
+// Throws a Refusal if the folder can't be read, or is none.
+[[nodiscard]] FolderKind kindOf(const std::filesystem::path& folder);
+
+// Makes an empty folder a device, whole or not at all: a kill in between leaves one that kindOf calls empty.
+// No device's database may be open. Throws a Refusal if it can't be written.
+void makeDevice(const std::filesystem::path& folder, bool demonstration);
+
+// Takes away what is left over when the kill came at the very end.
+void clearLeftovers(const std::filesystem::path& folder);
+
+}  // namespace platform::device

@@ -1,0 +1,30 @@
+// What keeps two processes off one device and two devices off one card.
+#include "locks.h"
+
+#include "refusal.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+
+namespace platform::device {
+
+Descriptor lockDevice(const std::filesystem::path& folder)
+{
+    Descriptor lock(::open((folder / "device.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+    if (!lock)
+        refuse("The device " + quoted(folder) + " can't be written to", errno);
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) == 0)
+        return lock;
+    if (errno == EWOULDBLOCK)
+        throw Refusal("The device " + quoted(folder) + " is open in another Quillbox.", true);
+    refuse("The device " + quoted(folder) + " can't be locked", errno);
+}
+
+void lockCard(const Descriptor& opened, const std::filesystem::path& folder)
+{
+    if (::flock(opened.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        throw Refusal("The card " + quoted(folder) + " is in use by another Quillbox device.", true);
+}
+
+}  // namespace platform::device

@@ -1,0 +1,80 @@
+// The host's main(): opens a device and starts the program on it.
+#include "command_line.h"
+#include "device.h"
+
+#include "embedded_resources.h"
+#include "resource_file.h"
+#include "script_run.h"
+
+#include "ce/window.h"
+#include "ce/winmain.h"
+
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+namespace {
+
+using platform::device::CommandLine;
+
+constexpr int Failed = 1;
+constexpr int BadUsage = 2;
+
+int tell(const std::string& sentence, int exitCode)
+{
+    std::cerr << "quillbox: " << sentence << '\n';
+    return exitCode;
+}
+
+int startProgram()
+{
+    WCHAR commandLine[] = u"";
+    // Any number that isn't null: the program is the only module with resources.
+    const auto instance = reinterpret_cast<HINSTANCE>(UINT_PTR{1});
+    return WinMain(instance, nullptr, commandLine, SW_SHOW);
+}
+
+int runByScript(const CommandLine& options)
+{
+    std::ifstream scriptFile;
+    if (*options.script != "-") {
+        scriptFile.open(*options.script);
+        if (!scriptFile)
+            return tell("the script \"" + *options.script + "\" can't be read.", BadUsage);
+    }
+    std::ofstream transcriptFile;
+    if (options.transcript && *options.transcript != "-") {
+        transcriptFile.open(*options.transcript);
+        if (!transcriptFile)
+            return tell("the transcript \"" + *options.transcript + "\" can't be written.", BadUsage);
+    }
+
+    const auto opened = platform::device::openDevice(options.device, options.extras, true);
+    if (!opened.device)
+        return tell(opened.error.sentence, Failed);
+
+    platform::headless::ScriptOptions run;
+    run.timeout = options.timeout;
+    run.output = &std::cout;
+    run.errors = &std::cerr;
+    if (options.transcript)
+        run.transcript = transcriptFile.is_open() ? static_cast<std::ostream*>(&transcriptFile) : &std::cout;
+    std::istream& script = scriptFile.is_open() ? static_cast<std::istream&>(scriptFile) : std::cin;
+    return platform::headless::runScript(startProgram, script, run);
+}
+
+}  // namespace
+
+int main(int count, char** words)
+{
+    const auto parsed = platform::device::parseCommandLine(count, words);
+    if (!parsed.options) {
+        (parsed.exitCode == 0 ? std::cout : std::cerr) << parsed.message;
+        return parsed.exitCode;
+    }
+    if (!parsed.options->script)
+        return tell("this build has no window display; --script FILE drives it without one.", Failed);
+    if (!platform::resource::setResources(quillbox::embeddedResources()))
+        return tell("the resources that are built in are damaged.", Failed);
+    return runByScript(*parsed.options);
+}

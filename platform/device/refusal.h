@@ -1,0 +1,32 @@
+// refusal.h - why a device isn't opened. Thrown inside this room only; openDevice turns it into its result.
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+
+namespace platform::device {
+
+class Refusal : public std::runtime_error {
+public:
+    explicit Refusal(const std::string& sentence, bool inUse = false) : std::runtime_error(sentence), inUse_(inUse) {}
+
+    [[nodiscard]] bool inUse() const { return inUse_; }
+
+private:
+    bool inUse_;
+};
+
+inline std::string quoted(const std::filesystem::path& path)
+{
+    return "\"" + path.string() + "\"";
+}
+
+// "... can't be read: Permission denied", from an errno.
+[[noreturn]] inline void refuse(const std::string& what, int error)
+{
+    throw Refusal(what + ": " + std::generic_category().message(error) + ".");
+}
+
+}  // namespace platform::device

@@ -1,0 +1,202 @@
+// screen.cpp - the display without a screen: notes what changes, and answers what a user would see.
+
+#include "screen.h"
+
+#include "reading.h"
+#include "snapshot.h"
+
+#include "ce/window.h"
+
+namespace platform::headless {
+
+using window::Change;
+using window::WindowKind;
+using window::WindowState;
+
+namespace {
+
+// Set on the one thread that runs the program.
+thread_local bool isProgramThread = false;
+
+// Can this change make an action possible, or begin or end the time that counts against it?
+bool wakes(Change change)
+{
+    switch (change) {
+    case Change::Shown:
+    case Change::Destroyed:
+    case Change::Enabled:
+    case Change::Foreground:
+    case Change::Idle:
+    case Change::Busy:
+        return true;
+    default:
+        return false;
+    }
+}
+
+}  // namespace
+
+void Screen::changed(HWND window, Change change)
+{
+    if (change == Change::Created)
+        noteCreated(window);
+    if (change == Change::Shown && transcript_.isWanted())
+        noteShown(window);
+    if (change == Change::Destroyed)
+        noteGone(window);
+    if (!wakes(change))
+        return;
+    {
+        const std::lock_guard guard(mutex_);
+        ++changes_;
+        if (change == Change::Destroyed && window == firstWindow_)
+            firstWindow_ = nullptr;
+    }
+    more_.notify_all();
+}
+
+void Screen::textChanged(HWND window, std::u16string_view text)
+{
+    if (!transcript_.isWanted())
+        return;
+    for (auto& [top, shown] : shown_) {
+        if (top == window) {
+            transcript_.add("caption " + shown.caption + " " + quoted(text));
+            shown.caption = quoted(text);
+            return;
+        }
+        if (const auto control = shown.controls.find(window); control != shown.controls.end()) {
+            transcript_.add("text " + shown.caption + " " + std::to_string(control->second) + " " + quoted(text));
+            return;
+        }
+    }
+}
+
+void Screen::programBegins()
+{
+    isProgramThread = true;
+}
+
+void Screen::programEnded()
+{
+    {
+        const std::lock_guard guard(mutex_);
+        ended_ = true;
+        ++changes_;
+    }
+    more_.notify_all();
+}
+
+bool Screen::hasEnded() const
+{
+    const std::lock_guard guard(mutex_);
+    return ended_;
+}
+
+std::uint64_t Screen::changes() const
+{
+    const std::lock_guard guard(mutex_);
+    return changes_;
+}
+
+bool Screen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const
+{
+    std::unique_lock lock(mutex_);
+    const auto isMore = [&] { return changes_ != seen; };
+    if (patience)
+        return more_.wait_for(lock, *patience, isMore);
+    more_.wait(lock, isMore);
+    return true;
+}
+
+std::optional<WindowState> Screen::top() const
+{
+    for (const HWND window : window::topLevelWindows()) {
+        WindowState state;
+        if (window::readWindow(window, state) && state.visible && state.enabled && isOfProgram(state))
+            return state;
+    }
+    return std::nullopt;
+}
+
+std::vector<WindowState> Screen::progressWindows() const
+{
+    std::vector<WindowState> windows;
+    for (const HWND window : window::topLevelWindows()) {
+        WindowState state;
+        if (window::readWindow(window, state) && state.visible && !isOfProgram(state))
+            windows.push_back(std::move(state));
+    }
+    return windows;
+}
+
+bool Screen::programRests() const
+{
+    HWND any = nullptr;
+    {
+        const std::lock_guard guard(mutex_);
+        any = firstWindow_;
+    }
+    return any && window::takesInput(any);
+}
+
+void Screen::noteCreated(HWND window)
+{
+    const std::optional<Snapshot> snapshot = isProgramThread ? snapshotUnderLock(window) : std::nullopt;
+    const std::lock_guard guard(mutex_);
+    if (firstWindow_ || !snapshot)
+        return;
+    firstWindow_ = window;
+    programThread_ = snapshot->window.thread;
+}
+
+void Screen::noteShown(HWND window)
+{
+    const std::optional<Snapshot> snapshot = snapshotUnderLock(window);
+    if (!snapshot || (snapshot->window.style & WS_CHILD) != 0)
+        return;
+    if (!snapshot->window.visible) {
+        noteGone(window);
+        return;
+    }
+    if (shown_.contains(window))
+        return;
+
+    Shown shown;
+    shown.caption = quoted(snapshot->window.text);
+    if (!isOfProgram(snapshot->window)) {
+        shown.kind = "progress";
+        for (const WindowState& control : snapshot->controls)
+            shown.controls[control.window] = control.id;
+    } else if (snapshot->window.kind == WindowKind::MessageBox) {
+        shown.kind = "message";
+    } else {
+        shown.kind = snapshot->window.kind == WindowKind::Main ? "main" : "dialog";
+    }
+    std::string line = "window " + shown.kind + " " + shown.caption;
+    if (shown.kind != "main")
+        line += " text " + quoted(textsOf(*snapshot));
+    if (shown.kind == "message") {
+        const Buttons buttons = buttonsOf(*snapshot);
+        line += " buttons " + buttons.all + " default " + buttons.standard;
+    }
+    transcript_.add(line);
+    shown_[window] = std::move(shown);
+}
+
+void Screen::noteGone(HWND window)
+{
+    const auto found = shown_.find(window);
+    if (found == shown_.end())
+        return;
+    transcript_.add("gone " + found->second.kind + " " + found->second.caption);
+    shown_.erase(found);
+}
+
+bool Screen::isOfProgram(const WindowState& state) const
+{
+    const std::lock_guard guard(mutex_);
+    return state.thread == programThread_;
+}
+
+}  // namespace platform::headless

@@ -1,0 +1,69 @@
+// screen.h - the display without a screen: notes what changes, and answers what a user would see.
+//
+// The core calls it under its lock; the script's thread asks and waits. No polling: each change that may
+// make an action possible wakes the waiting thread.
+#pragma once
+
+#include "display.h"
+#include "transcript.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace platform::headless {
+
+class Screen final : public window::Display {
+public:
+    explicit Screen(Transcript& transcript) : transcript_(transcript) {}
+
+    void changed(HWND window, window::Change change) override;
+    void textChanged(HWND window, std::u16string_view text) override;
+
+    // On the program's thread, before its first and after its last step.
+    void programBegins();
+    void programEnded();
+
+    [[nodiscard]] bool hasEnded() const;
+    // How often something has changed that may make an action possible.
+    [[nodiscard]] std::uint64_t changes() const;
+    // Returns when there are more than `seen`, or false when `patience` is over first. No patience: for ever.
+    bool waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const;
+
+    // The window in front of the program's main thread that takes a user's input: visible and enabled.
+    [[nodiscard]] std::optional<window::WindowState> top() const;
+    // Visible top-level windows of other threads: they show how far a run is. Foremost first.
+    [[nodiscard]] std::vector<window::WindowState> progressWindows() const;
+    // Does the program's main thread wait for its user?
+    [[nodiscard]] bool programRests() const;
+
+private:
+    struct Shown {
+        std::string kind;
+        std::string caption;                // quoted
+        std::map<HWND, int> controls = {};  // of a progress window: their ids
+    };
+
+    void noteCreated(HWND window);
+    void noteShown(HWND window);
+    void noteGone(HWND window);
+    [[nodiscard]] bool isOfProgram(const window::WindowState& state) const;
+
+    Transcript& transcript_;
+
+    mutable std::mutex mutex_;
+    mutable std::condition_variable more_;
+    std::uint64_t changes_ = 0;
+    bool ended_ = false;
+    HWND firstWindow_ = nullptr;  // of the program's thread
+    std::uint64_t programThread_ = 0;
+
+    // Under the core's lock alone.
+    std::map<HWND, Shown> shown_;
+};
+
+}  // namespace platform::headless

@@ -1,0 +1,74 @@
+// script_run.cpp - the program without a screen, its user's actions read from a script.
+
+#include "script_run.h"
+
+#include "screen.h"
+#include "script.h"
+#include "script_user.h"
+#include "transcript.h"
+
+#include <memory>
+#include <ostream>
+#include <thread>
+
+namespace platform::headless {
+
+namespace {
+
+constexpr int AllDone = 0;
+constexpr int LineFailed = 1;
+constexpr int BadScript = 2;
+
+void complain(const ScriptOptions& options, const std::string& sentence)
+{
+    if (options.errors)
+        *options.errors << sentence << std::endl;
+}
+
+// The first line that can't be done, with its number; empty if all were.
+std::string performAll(ScriptUser& user, const Script& script)
+{
+    for (const Action& action : script.actions) {
+        if (const Failure failure = user.perform(action))
+            return "line " + std::to_string(action.line) + ": " + *failure;
+    }
+    return {};
+}
+
+}  // namespace
+
+int runScript(const std::function<int()>& program, std::istream& in, const ScriptOptions& options)
+{
+    const Script script = parseScript(in);
+    if (!script.error.empty()) {
+        complain(options, script.error);
+        return BadScript;
+    }
+
+    Transcript transcript(options.transcript);
+    // Shared with the program's thread, which outlives this call if it can't be made to end.
+    const auto screen = std::make_shared<Screen>(transcript);
+    window::setDisplay(screen.get());
+    std::thread thread([screen, program] {
+        screen->programBegins();
+        program();
+        screen->programEnded();
+    });
+
+    ScriptUser user(*screen, transcript, options);
+    const std::string failure = performAll(user, script);
+    if (!failure.empty())
+        complain(options, failure);
+    const bool left = user.leave();
+    if (left)
+        thread.join();
+    window::setDisplay(nullptr);
+    transcript.writeOut();
+    if (!left) {
+        thread.detach();
+        complain(options, "the program can't be closed");
+    }
+    return failure.empty() && left ? AllDone : LineFailed;
+}
+
+}  // namespace platform::headless

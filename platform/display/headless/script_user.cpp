@@ -1,0 +1,374 @@
+// script_user.cpp - the user that a script describes: does one action after the other on the screen.
+
+#include "script_user.h"
+
+#include "host_name.h"
+#include "pattern.h"
+#include "reading.h"
+
+#include "ce/dialog.h"
+
+#include <algorithm>
+#include <ostream>
+#include <utility>
+
+namespace platform::headless {
+
+using std::chrono::steady_clock;
+using window::WindowKind;
+using window::WindowState;
+
+namespace {
+
+// A program that answers each closed window with a new one is left alone after so many.
+constexpr int ClosedWindowsAtMost = 200;
+
+}  // namespace
+
+Failure ScriptUser::perform(const Action& action)
+{
+    waitingLine_ = "line " + std::to_string(action.line) + " " + action.words;
+    switch (action.verb) {
+    case Verb::Command:
+        return command(action);
+    case Verb::Wait:
+        return await("a window " + quoted(action.text), [&] { return matches(action.text, onOneLine(top_.text)); });
+    case Verb::Check:
+        return setCheck(action, true);
+    case Verb::Uncheck:
+        return setCheck(action, false);
+    case Verb::Type:
+        return type(action);
+    case Verb::Clear:
+        return clear(action);
+    case Verb::Select:
+        return select(action);
+    case Verb::Press:
+        return press(action);
+    case Verb::Ok:
+        return ok();
+    case Verb::Cancel:
+        return cancel();
+    case Verb::Close:
+        return close();
+    case Verb::Yes:
+        return pressTopButton(IDYES, true);
+    case Verb::No:
+        return pressTopButton(IDNO, true);
+    case Verb::Answer:
+        return await("a window", [&] {
+            standingAnswers_.push_back(action);
+            return true;
+        });
+    case Verb::Key:
+        return key(action);
+    case Verb::Expand:
+        return foldTreeItem(action, true);
+    case Verb::Collapse:
+        return foldTreeItem(action, false);
+    case Verb::Click:
+        return clickTreeItem(action);
+    case Verb::DoubleClick:
+        return doubleClickTreeItem(action);
+    case Verb::Date:
+        return setDate(action);
+    case Verb::ExpectImage:
+        return expectImage(action);
+    case Verb::PrintTree:
+        return printTree();
+    case Verb::Expect:
+        return expect(action);
+    case Verb::ExpectText:
+        return expectText(action);
+    case Verb::Print:
+        return print(action);
+    case Verb::PrintText:
+        return printText();
+    case Verb::Idle:
+        return await("the main window at rest", [&] { return top_.kind == WindowKind::Main; });
+    }
+    return "an action that is not known";
+}
+
+bool ScriptUser::leave()
+{
+    int closedWindows = 0;
+    // What the failure says doesn't matter here: the program's end is one, and the wished one.
+    (void)await("the program's end", [&] {
+        const bool asked = window::postClose(top_.window) || window::postKey(top_.window, VK_ESCAPE);
+        closedWindows += asked ? 1 : 0;
+        return closedWindows > ClosedWindowsAtMost;
+    });
+    return screen_.hasEnded();
+}
+
+// Waits until the program rests with a window in front and `isSo` holds of it, or the patience is over. Only
+// time in which the program waits for its user counts: a run may take as long as it takes.
+Failure ScriptUser::await(std::string_view expected, const Condition& isSo,
+                          std::optional<steady_clock::duration> atMost)
+{
+    const bool forEver = !atMost && options_.timeout == std::chrono::milliseconds::zero();
+    steady_clock::duration patience = options_.timeout;
+    if (atMost && (patience == steady_clock::duration::zero() || *atMost < patience))
+        patience = *atMost;
+    for (;;) {
+        const std::uint64_t seen = screen_.changes();
+        transcript_.writeOut();
+        if (screen_.hasEnded())
+            return "expected " + std::string(expected) + ", but the program has ended";
+        if (look() && !giveStandingAnswer()) {
+            // Not before: so the lines stand where they take effect, however fast the machine is.
+            if (!waitingLine_.empty())
+                transcript_.add(std::exchange(waitingLine_, {}));
+            if (isSo())
+                return std::nullopt;
+        }
+
+        const auto begin = steady_clock::now();
+        const bool counts = screen_.programRests() && !forEver;
+        if (!screen_.waitForMore(seen, counts ? std::optional(patience) : std::nullopt))
+            return "expected " + std::string(expected) + ", on the screen: " + onTheScreen();
+        if (counts)
+            patience -= std::min(patience, steady_clock::now() - begin);
+    }
+}
+
+// As await(), for a control of the window in front: it is there, it is enabled, and it `fits`.
+Failure ScriptUser::awaitControl(const Action& action, std::string_view what, const Condition& fits)
+{
+    return await(std::string(what) + " " + std::to_string(action.id) + " that takes input", [&] {
+        const std::optional<WindowState> found = findControl(top_.window, action.id);
+        if (!found || !found->enabled)
+            return false;
+        control_ = *found;
+        return fits();
+    });
+}
+
+Failure ScriptUser::pressTopButton(int id, bool messageBoxOnly)
+{
+    return await("a window with the button " + std::string(answerName(id)), [&] {
+        if (messageBoxOnly && top_.kind != WindowKind::MessageBox)
+            return false;
+        const std::optional<WindowState> button = findControl(top_.window, id);
+        return button && button->enabled && window::postClick(button->window);
+    });
+}
+
+Failure ScriptUser::command(const Action& action)
+{
+    const auto id = static_cast<WORD>(action.id);
+    return await("the main window with the command " + std::to_string(id),
+                 [&] { return hasCommand(top_.window, id) && window::postCommand(top_.window, id); });
+}
+
+Failure ScriptUser::setCheck(const Action& action, bool on)
+{
+    bool clicked = false;
+    const auto isAsWanted = [&] { return (control_.check != 0) == on; };
+    Failure failure = awaitControl(action, "a check box or radio button", [&] {
+        if (!isCheckable(control_) || control_.kind != WindowKind::Button)
+            return false;
+        clicked = !isAsWanted() && window::postClick(control_.window);
+        return clicked || isAsWanted();
+    });
+    if (failure || !clicked)
+        return failure;
+
+    // A radio button is not cleared by a click, and a program may undo one.
+    failure = await("a window", [] { return true; });
+    if (!failure && window::readWindow(control_.window, control_) && !isAsWanted())
+        return "a click doesn't " + std::string(on ? "check " : "uncheck ") + std::to_string(action.id) +
+               ", on the screen: " + onTheScreen();
+    return failure;
+}
+
+// Each input waits until the one before has been handled: what comes earlier would be dropped.
+Failure ScriptUser::editBy(const Action& action, std::initializer_list<Condition> inputs)
+{
+    for (const Condition& input : inputs) {
+        Failure failure = awaitControl(
+            action, "an edit", [&] { return control_.kind == WindowKind::Edit && !control_.readOnly && input(); });
+        if (failure)
+            return failure;
+    }
+    return std::nullopt;
+}
+
+Failure ScriptUser::type(const Action& action)
+{
+    return editBy(action, {[&] { return window::postClick(control_.window); },
+                           [&] { return window::postKey(control_.window, VK_END, false, true); },
+                           [&] { return window::postText(control_.window, action.text); }});
+}
+
+Failure ScriptUser::clear(const Action& action)
+{
+    constexpr WORD LetterA = 'A';
+    return editBy(action, {[&] { return window::postClick(control_.window); },
+                           [&] { return window::postKey(control_.window, LetterA, false, true); },
+                           [&] { return window::postKey(control_.window, VK_DELETE); }});
+}
+
+Failure ScriptUser::select(const Action& action)
+{
+    const std::string what = "a row " + quoted(action.text) + " in a list";
+    return awaitControl(action, what, [&] {
+        if (control_.kind != WindowKind::ListBox)
+            return false;
+        const long row = window::findListRow(control_.window, action.text);
+        return row >= 0 && window::postClick(control_.window, row);
+    });
+}
+
+Failure ScriptUser::press(const Action& action)
+{
+    return awaitControl(action, "a button",
+                        [&] { return control_.kind == WindowKind::Button && window::postClick(control_.window); });
+}
+
+Failure ScriptUser::ok()
+{
+    return await("a window with OK", [&] {
+        if (const std::optional<WindowState> button = findControl(top_.window, IDOK))
+            return button->enabled && window::postClick(button->window);
+        return (top_.exStyle & WS_EX_CAPTIONOKBTN) != 0 && window::postCaptionOk(top_.window);
+    });
+}
+
+Failure ScriptUser::cancel()
+{
+    return await("a dialog or message box", [&] {
+        if (top_.kind != WindowKind::Dialog && top_.kind != WindowKind::MessageBox)
+            return false;
+        if (const std::optional<WindowState> button = findControl(top_.window, IDCANCEL))
+            return button->enabled && window::postClick(button->window);
+        return window::postKey(top_.window, VK_ESCAPE);
+    });
+}
+
+Failure ScriptUser::close()
+{
+    return await("a window with a close box", [&] {
+        const bool closeBox = top_.kind == WindowKind::Main || (top_.style & WS_SYSMENU) != 0;
+        return closeBox && window::postClose(top_.window);
+    });
+}
+
+Failure ScriptUser::key(const Action& action)
+{
+    const KeyStroke& stroke = action.key;
+    return await("a window that takes keys", [&] {
+        return window::postKey(focusIn(top_.window), stroke.virtualKey, stroke.shift, stroke.control, stroke.alt);
+    });
+}
+
+Failure ScriptUser::expect(const Action& action)
+{
+    std::optional<WindowState> control;
+    if (Failure failure = await("a control " + std::to_string(action.id), [&] {
+            control = findShownControl(action.id);
+            return control.has_value();
+        }))
+        return failure;
+
+    std::string shown;
+    for (const std::u16string& line : linesOf(*control)) {
+        if (matches(action.text, line))
+            return std::nullopt;
+        shown += (shown.empty() ? "" : ", ") + quoted(line);
+    }
+    return "expected " + quoted(action.text) + " in " + std::to_string(action.id) + ", which shows " +
+           (shown.empty() ? "nothing" : shown) + ", on the screen: " + onTheScreen();
+}
+
+Failure ScriptUser::expectText(const Action& action)
+{
+    if (Failure failure = await("a window", [] { return true; }))
+        return failure;
+    const std::optional<Snapshot> shown = snapshotOf(top_.window);
+    if (shown && matches(action.text, textOf(*shown)))
+        return std::nullopt;
+    return "expected the text " + quoted(action.text) + ", on the screen: " + onTheScreen();
+}
+
+Failure ScriptUser::print(const Action& action)
+{
+    std::optional<WindowState> control;
+    Failure failure = await("a control " + std::to_string(action.id), [&] {
+        control = findShownControl(action.id);
+        return control.has_value();
+    });
+    if (failure || !options_.output)
+        return failure;
+    for (const std::u16string& line : linesOf(*control))
+        *options_.output << text::toUtf8(line) << '\n';
+    options_.output->flush();
+    return std::nullopt;
+}
+
+Failure ScriptUser::printText()
+{
+    Failure failure = await("a window", [] { return true; });
+    const std::optional<Snapshot> shown = snapshotOf(top_.window);
+    if (!failure && shown && options_.output)
+        *options_.output << text::toUtf8(textOf(*shown)) << std::endl;
+    return failure;
+}
+
+// Answers the message box in front if a standing answer is meant for it. True if it did: then nobody else
+// sees that box any more.
+bool ScriptUser::giveStandingAnswer()
+{
+    if (top_.kind != WindowKind::MessageBox)
+        return false;
+    const std::optional<Snapshot> box = snapshotOf(top_.window);
+    const std::u16string text = box ? textOf(*box) : u"";
+    for (const Action& answer : standingAnswers_) {
+        const std::optional<WindowState> button = findControl(top_.window, answer.answer);
+        if (!button || !button->enabled || !matches(answer.text, text))
+            continue;
+        if (answered_ != top_.window)
+            transcript_.add("answer " + std::string(answerName(answer.answer)) + " line " +
+                            std::to_string(answer.line) + " to " + quoted(top_.text) + " " + quoted(text));
+        answered_ = top_.window;
+        window::postClick(button->window);
+        return true;
+    }
+    return false;
+}
+
+// True if the program rests with a window in front, which is then in top_.
+bool ScriptUser::look()
+{
+    if (!screen_.programRests())
+        return false;
+    std::optional<WindowState> top = screen_.top();
+    if (!top)
+        return false;
+    top_ = std::move(*top);
+    return true;
+}
+
+std::optional<WindowState> ScriptUser::findShownControl(int id) const
+{
+    if (std::optional<WindowState> control = findControl(top_.window, id))
+        return control;
+    for (const WindowState& progress : screen_.progressWindows()) {
+        if (std::optional<WindowState> control = findControl(progress.window, id))
+            return control;
+    }
+    return std::nullopt;
+}
+
+std::string ScriptUser::onTheScreen() const
+{
+    const std::optional<WindowState> top = screen_.top();
+    const std::optional<Snapshot> shown = top ? snapshotOf(top->window) : std::nullopt;
+    if (!shown)
+        return "no window";
+    const std::u16string texts = textsOf(*shown);
+    return quoted(shown->window.text) + (texts.empty() ? "" : ": " + quoted(texts));
+}
+
+}  // namespace platform::headless

@@ -1,0 +1,24 @@
+// snapshot.h - a window and its controls as they are at one moment.
+#pragma once
+
+#include "display.h"
+
+#include <optional>
+#include <vector>
+
+namespace platform::headless {
+
+struct Snapshot {
+    window::WindowState window;
+    std::vector<window::WindowState> controls;  // in creation order
+};
+
+// Nothing for a dead window.
+[[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
+
+// The same for a caller inside Display::changed, where the core's lock is held and the reads of display.h
+// would wait for it. A window that comes and goes within a run is seen then or never. Of each window only
+// handle, thread, kind, text, id, style and whether it is visible.
+[[nodiscard]] std::optional<Snapshot> snapshotUnderLock(HWND window);
+
+}  // namespace platform::headless

@@ -1,0 +1,45 @@
+// transcript.cpp - what happened on the screen, a line each, in order.
+
+#include "transcript.h"
+
+#include "host_name.h"
+#include "pattern.h"
+
+#include <ostream>
+
+namespace platform::headless {
+
+void Transcript::add(std::string_view line)
+{
+    if (!out_)
+        return;
+    const std::lock_guard guard(mutex_);
+    waiting_ += line;
+    waiting_ += '\n';
+}
+
+void Transcript::writeOut()
+{
+    if (!out_)
+        return;
+    std::string lines;
+    {
+        const std::lock_guard guard(mutex_);
+        lines.swap(waiting_);
+    }
+    if (!lines.empty())
+        *out_ << lines << std::flush;
+}
+
+std::string quoted(std::u16string_view text)
+{
+    std::string result = "\"";
+    for (const char unit : text::toUtf8(onOneLine(text))) {
+        result += unit;
+        if (unit == '"')
+            result += '"';
+    }
+    return result + '"';
+}
+
+}  // namespace platform::headless

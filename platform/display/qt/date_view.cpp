@@ -1,0 +1,88 @@
+// date_view.cpp - a date picker: the desktop's date edit with its calendar.
+
+#include "date_view.h"
+
+#include "date_display.h"
+
+#include <QDateEdit>
+
+namespace platform::qt {
+
+namespace {
+
+using window::Change;
+using window::WindowState;
+
+// The platform's dates begin here.
+const QDate FirstDate(1601, 1, 1);
+
+class PickerView final : public QDateEdit, public View {
+public:
+    PickerView(const WindowState& state, const Courier& courier, QWidget* parent)
+        : QDateEdit(parent), View(state.window, courier)
+    {
+        setCalendarPopup(true);
+        setMinimumDate(FirstDate);
+        connect(this, &QDateEdit::dateChanged, this, [this](QDate date) { post(date); });
+    }
+
+    using View::window;
+    QWidget& widget() override { return *this; }
+
+    void follow(const WindowState&, Changes changes) override
+    {
+        if (changes.has(Change::Date))
+            followDate();
+    }
+
+    [[nodiscard]] int leastWidth() const override { return sizeHint().width(); }
+    // The program gives it a height in pixels of another age.
+    [[nodiscard]] QRect placeIn(const QRect& place) const override
+    {
+        QRect whole = place;
+        whole.setHeight(std::max(place.height(), sizeHint().height()));
+        return whole;
+    }
+
+protected:
+    void focusInEvent(QFocusEvent* event) override
+    {
+        QDateEdit::focusInEvent(event);
+        if (event->reason() == Qt::MouseFocusReason)
+            courier().click(window());
+    }
+
+private:
+    void followDate()
+    {
+        SYSTEMTIME date{};
+        if (!window::readDate(window(), date))
+            return;
+        following_ = true;
+        setDate(QDate(date.wYear, date.wMonth, date.wDay));
+        following_ = false;
+    }
+
+    void post(QDate date)
+    {
+        if (following_)
+            return;
+        SYSTEMTIME chosen{};
+        chosen.wYear = static_cast<WORD>(date.year());
+        chosen.wMonth = static_cast<WORD>(date.month());
+        chosen.wDay = static_cast<WORD>(date.day());
+        if (!courier().date(window(), chosen))
+            followDate();
+    }
+
+    bool following_ = false;
+};
+
+}  // namespace
+
+View* makeDateView(const WindowState& state, const Courier& courier, QWidget* parent)
+{
+    return new PickerView(state, courier, parent);
+}
+
+}  // namespace platform::qt

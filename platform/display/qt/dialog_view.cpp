@@ -1,0 +1,307 @@
+// dialog_view.cpp - a dialog of the core: its controls where its template puts them.
+
+#include "dialog_view.h"
+
+#include "header_bar.h"
+#include "keys.h"
+
+#include "ce/controls.h"
+#include "ce/dialog.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace platform::qt {
+
+namespace {
+
+using window::Change;
+using window::WindowKind;
+using window::WindowState;
+
+constexpr int FrameLine = 1;
+// A text that is set late may be of any length: beyond this it wraps or is cut.
+constexpr double MostStretch = 1.6;
+
+bool isTabStop(const WindowState& state)
+{
+    const bool takesFocus = state.kind != WindowKind::Static && state.kind != WindowKind::ProgressBar &&
+                            !(state.kind == WindowKind::Button && (state.style & 0xF) == BS_GROUPBOX);
+    return takesFocus && state.visible && state.enabled && (state.style & WS_TABSTOP);
+}
+
+std::vector<HWND> tabStopsOf(HWND dialog)
+{
+    std::vector<HWND> stops;
+    for (const HWND child : window::childrenOf(dialog)) {
+        WindowState state;
+        if (window::readWindow(child, state) && isTabStop(state))
+            stops.push_back(child);
+    }
+    return stops;
+}
+
+// Which keys an edit or a date leaves to its dialog.
+bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifiers)
+{
+    if (key == VK_ESCAPE || (key == VK_TAB && !(modifiers & Qt::ControlModifier)) || (modifiers & Qt::AltModifier))
+        return true;
+    const bool breaksLines = edit.kind == WindowKind::Edit && (edit.style & ES_MULTILINE) && (edit.style & ES_WANTRETURN);
+    return key == VK_RETURN && !breaksLines;
+}
+
+bool isForCore(const WindowState& state, WORD key, Qt::KeyboardModifiers modifiers)
+{
+    if (key == 0)
+        return false;
+    if (state.kind == WindowKind::Edit || state.kind == WindowKind::DatePicker)
+        return isForDialog(state, key, modifiers);
+    // The desktop's button goes down with the key and clicks when it comes up.
+    return state.kind != WindowKind::Button || key != VK_SPACE;
+}
+
+}  // namespace
+
+DialogView::DialogView(const WindowState& state, const Courier& courier, QWidget* owner, bool modal)
+    : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), TopView(state.window, courier),
+      content_(this)
+{
+    setWindowModality(modal ? Qt::WindowModal : Qt::NonModal);
+    setAttribute(Qt::WA_ShowWithoutActivating, !modal);
+    setAttribute(Qt::WA_KeyboardFocusChange);
+    if (state.exStyle & WS_EX_CAPTIONOKBTN) {
+        header_ = makeHeaderBar(
+            this, [this] { this->courier().captionOk(this->window()); },
+            [this] { this->courier().close(this->window()); });
+        for (QAbstractButton* button : header_->buttons())
+            button->installEventFilter(this);
+    } else if (state.style & WS_SYSMENU) {
+        setWindowFlag(Qt::WindowCloseButtonHint);
+    }
+    follow(state, Changes::all());
+}
+
+void DialogView::follow(const WindowState& state, Changes changes)
+{
+    place_ = state.place;
+    if (!changes.has(Change::Text))
+        return;
+    setWindowTitle(toQt(state.text));
+    if (header_)
+        header_->setTitle(windowTitle());
+}
+
+void DialogView::addControl(View& control, const WindowState& state)
+{
+    controls_.push_back({.view = &control, .state = state});
+    control.widget().installEventFilter(this);
+    if (isVisible())
+        arrange();
+}
+
+void DialogView::removeControl(View& control)
+{
+    std::erase_if(controls_, [&](const Control& each) { return each.view == &control; });
+}
+
+void DialogView::present()
+{
+    arrange();
+    placeOverOwner(*this);
+    show();
+}
+
+void DialogView::arrange()
+{
+    DialogUnits units = dialogUnitsOf(*this);
+    placeControls(units);
+    units.x *= stretchFor(units);
+    placeControls(units);
+
+    const QRect client = units.scaled({0, 0, place_.right - place_.left, place_.bottom - place_.top});
+    const int line = header_ ? FrameLine : 0;
+    const int headerHeight = header_ ? header_->sizeHint().height() : 0;
+    const int width = std::max(client.width(), header_ ? header_->sizeHint().width() : 0);
+    if (header_)
+        header_->setGeometry(line, line, width, headerHeight);
+    content_.setGeometry(line, line + headerHeight, width, client.height());
+    setFixedSize(width + 2 * line, headerHeight + client.height() + 2 * line);
+    nameControls();
+}
+
+void DialogView::placeControls(const DialogUnits& units)
+{
+    for (const Control& control : controls_)
+        control.view->widget().setGeometry(control.view->placeIn(units.scaled(control.state.place)));
+}
+
+// So that the widest text isn't cut.
+double DialogView::stretchFor(const DialogUnits& units) const
+{
+    double stretch = 1;
+    for (const Control& control : controls_) {
+        const double width = units.x * (control.state.place.right - control.state.place.left);
+        if (width > 0)
+            stretch = std::max(stretch, control.view->leastWidth() / width);
+    }
+    return std::min(stretch, MostStretch);
+}
+
+void DialogView::nameControls()
+{
+    for (const Control& control : controls_) {
+        const bool unnamed = control.state.kind == WindowKind::Edit || control.state.kind == WindowKind::ListBox ||
+                             control.state.kind == WindowKind::ProgressBar ||
+                             control.state.kind == WindowKind::DatePicker;
+        if (unnamed)
+            control.view->widget().setAccessibleName(nameFor(control));
+    }
+}
+
+// A control that shows no text of its own is called by the text that stands before it in its row, otherwise
+// by the nearest above it.
+QString DialogView::nameFor(const Control& control) const
+{
+    const QRect own = control.view->widget().geometry();
+    QString best = windowTitle();
+    int bestDistance = std::numeric_limits<int>::max();
+    for (const Control& other : controls_) {
+        const QString label = other.view->label();
+        const QRect there = other.view->widget().geometry();
+        if (label.isEmpty() || !other.state.visible || there.top() > own.bottom() || there.left() > own.right())
+            continue;
+        const bool inRow = there.center().y() >= own.top() && there.center().y() <= own.bottom();
+        const int distance = inRow ? own.left() - there.left() : 2 * own.width() + own.top() - there.top();
+        const bool before = inRow ? there.left() < own.left() : there.bottom() <= own.top() + there.height() / 2;
+        if (before && distance < bestDistance) {
+            best = label;
+            bestDistance = distance;
+        }
+    }
+    return best;
+}
+
+const DialogView::Control* DialogView::controlOf(const QWidget* widget) const
+{
+    const auto found = std::find_if(controls_.begin(), controls_.end(),
+                                    [&](const Control& control) { return &control.view->widget() == widget; });
+    return found == controls_.end() ? nullptr : &*found;
+}
+
+bool DialogView::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::KeyPress)
+        return QDialog::eventFilter(watched, event);
+    auto& key = static_cast<QKeyEvent&>(*event);
+    auto* button = qobject_cast<QAbstractButton*>(watched);
+    const bool inHeader = header_ && button && header_->isAncestorOf(button);
+    if (inHeader && (key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter)) {
+        button->click();
+        return true;
+    }
+    if (inHeader && key.key() == Qt::Key_Space)
+        return false;
+    return passKey(key);
+}
+
+// True: the key was the dialog's.
+bool DialogView::passKey(QKeyEvent& event)
+{
+    const WORD key = virtualKeyOf(event);
+    const Qt::KeyboardModifiers modifiers = event.modifiers();
+    const bool shift = modifiers.testFlag(Qt::ShiftModifier) || event.key() == Qt::Key_Backtab;
+    const Control* control = controlOf(focusWidget());
+    WindowState state;
+    const HWND target = control ? control->view->window() : window();
+    if (!window::readWindow(target, state) || !isForCore(state, key, modifiers))
+        return false;
+    if (key == VK_TAB && !modifiers.testFlag(Qt::ControlModifier) && tabThroughHeader(shift))
+        return true;
+    courier().key(target, key, shift, modifiers.testFlag(Qt::ControlModifier), modifiers.testFlag(Qt::AltModifier));
+    return true;
+}
+
+// The caption's buttons are no windows of the core: they stand between its last tab stop and its first. While
+// one of them has the keyboard, the core's focus waits at the stop that it came from.
+bool DialogView::tabThroughHeader(bool backward)
+{
+    if (!header_)
+        return false;
+    const auto& buttons = header_->buttons();
+    const auto moveTo = [](QWidget* widget) { widget->setFocus(Qt::TabFocusReason); };
+    const std::vector<HWND> stops = tabStopsOf(window());
+    const Control* control = controlOf(focusWidget());
+    const auto at = std::find(buttons.begin(), buttons.end(), focusWidget());
+    if (at == buttons.end()) {
+        const bool leaves =
+            stops.empty() || !control || control->view->window() == (backward ? stops.front() : stops.back());
+        if (leaves)
+            moveTo(backward ? buttons.back() : buttons.front());
+        return leaves;
+    }
+    const bool stays = at != (backward ? buttons.begin() : buttons.end() - 1);
+    if (stays || stops.empty()) {
+        moveTo(stays ? (backward ? *(at - 1) : *(at + 1)) : (backward ? buttons.back() : buttons.front()));
+        return true;
+    }
+    // Out of the caption again: to the stop on that side. The core may stand there already.
+    const HWND next = backward ? stops.back() : stops.front();
+    for (const Control& each : controls_) {
+        WindowState state;
+        if (each.view->window() == next && window::readWindow(next, state) && state.focused) {
+            moveTo(&each.view->widget());
+            return true;
+        }
+    }
+    for (const Control& each : controls_) {
+        WindowState state;
+        if (window::readWindow(each.view->window(), state) && state.focused) {
+            courier().key(state.window, VK_TAB, backward, false, false);
+            return true;
+        }
+    }
+    return false;
+}
+
+void DialogView::keyPressEvent(QKeyEvent* event)
+{
+    passKey(*event);
+}
+
+void DialogView::changeEvent(QEvent* event)
+{
+    QDialog::changeEvent(event);
+    const bool looksDifferent = event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange;
+    if (looksDifferent && isVisible())
+        arrange();
+}
+
+void DialogView::reject()
+{
+    courier().close(window());
+}
+
+void DialogView::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    courier().close(window());
+}
+
+void DialogView::paintEvent(QPaintEvent* event)
+{
+    QDialog::paintEvent(event);
+    if (!header_)
+        return;
+    // Without the window manager's frame it would run into the window behind it.
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::Dark));
+    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+}
+
+}  // namespace platform::qt

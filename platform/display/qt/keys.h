@@ -1,0 +1,13 @@
+// keys.h - the desktop's keys by the platform's numbers.
+#pragma once
+
+#include "ce/types.h"
+
+#include <QKeyEvent>
+
+namespace platform::qt {
+
+// 0 for a key that the platform's windows have no use for.
+[[nodiscard]] WORD virtualKeyOf(const QKeyEvent& event);
+
+}  // namespace platform::qt

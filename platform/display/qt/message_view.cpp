@@ -1,0 +1,155 @@
+// message_view.cpp - a message box of the core as the desktop's own.
+
+#include "message_view.h"
+
+#include "ce/dialog.h"
+
+#include <QCloseEvent>
+#include <QMessageBox>
+#include <QPushButton>
+
+#include <map>
+#include <optional>
+
+namespace platform::qt {
+
+namespace {
+
+using window::WindowKind;
+using window::WindowState;
+
+constexpr UINT IconBits = 0xF0;
+
+QMessageBox::Icon iconOf(UINT type)
+{
+    switch (type & IconBits) {
+    case MB_ICONHAND:
+        return QMessageBox::Critical;
+    case MB_ICONQUESTION:
+        return QMessageBox::Question;
+    case MB_ICONEXCLAMATION:
+        return QMessageBox::Warning;
+    case MB_ICONASTERISK:
+        return QMessageBox::Information;
+    default:
+        return QMessageBox::NoIcon;
+    }
+}
+
+// The desktop's own button, with its words in the user's language and its mnemonic.
+std::optional<QMessageBox::StandardButton> desktopButton(int id)
+{
+    switch (id) {
+    case IDOK:
+        return QMessageBox::Ok;
+    case IDCANCEL:
+        return QMessageBox::Cancel;
+    case IDABORT:
+        return QMessageBox::Abort;
+    case IDRETRY:
+        return QMessageBox::Retry;
+    case IDIGNORE:
+        return QMessageBox::Ignore;
+    case IDYES:
+        return QMessageBox::Yes;
+    case IDNO:
+        return QMessageBox::No;
+    default:
+        return std::nullopt;
+    }
+}
+
+// A place in a path where a line may break; nothing of it is seen or read.
+QString breakable(QString text)
+{
+    return text.replace(u'\\', QStringLiteral("\\\u200B"));
+}
+
+class MessageView final : public QMessageBox, public TopView {
+public:
+    MessageView(const WindowState& state, const Courier& courier, QWidget* owner)
+        : QMessageBox(owner), TopView(state.window, courier)
+    {
+        setWindowModality(Qt::WindowModal);
+        setAttribute(Qt::WA_KeyboardFocusChange);
+        setTextFormat(Qt::PlainText);
+        setIcon(iconOf(state.messageBoxType));
+        setWindowTitle(toQt(state.text));
+        setUp();
+    }
+
+    using View::window;
+    QWidget& widget() override { return *this; }
+
+    void follow(const WindowState& state, Changes) override { setWindowTitle(toQt(state.text)); }
+    void addControl(View&, const WindowState&) override {}
+    void removeControl(View&) override {}
+
+    void present() override
+    {
+        adjustSize();
+        placeOverOwner(*this);
+        show();
+    }
+
+    // A button was pressed. The box stays until the core takes it away.
+    void done(int) override
+    {
+        const auto button = buttons_.find(clickedButton());
+        if (button != buttons_.end())
+            courier().click(button->second);
+    }
+    void reject() override { courier().close(window()); }
+
+protected:
+    void closeEvent(QCloseEvent* event) override
+    {
+        event->ignore();
+        courier().close(window());
+    }
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (event->key() == Qt::Key_Escape)
+            courier().close(window());
+        else
+            QMessageBox::keyPressEvent(event);
+    }
+
+private:
+    void setUp()
+    {
+        QString texts;
+        for (const HWND child : window::childrenOf(window())) {
+            WindowState state;
+            if (!window::readWindow(child, state))
+                continue;
+            if (state.kind == WindowKind::Button)
+                addButtonOf(state);
+            else if (state.kind == WindowKind::Static)
+                texts += toQt(state.text);
+        }
+        setText(breakable(texts.replace(QStringLiteral("\r\n"), QStringLiteral("\n"))));
+    }
+
+    void addButtonOf(const WindowState& state)
+    {
+        const auto standard = desktopButton(state.id);
+        QPushButton* button = standard ? addButton(*standard) : addButton(toQt(state.text), QMessageBox::ActionRole);
+        buttons_[button] = state.window;
+        if (state.defaultButton) {
+            setDefaultButton(button);
+            button->setFocus();
+        }
+    }
+
+    std::map<QAbstractButton*, HWND> buttons_;
+};
+
+}  // namespace
+
+TopView* makeMessageView(const WindowState& state, const Courier& courier, QWidget* owner)
+{
+    return new MessageView(state, courier, owner);
+}
+
+}  // namespace platform::qt

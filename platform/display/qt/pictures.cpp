@@ -1,0 +1,69 @@
+// pictures.cpp - the program's pictures by the number of their resource and their cell in it.
+
+#include "pictures.h"
+
+#include "accessible_names.h"
+
+#include <QBitmap>
+#include <QFile>
+#include <QImageReader>
+#include <QPixmap>
+
+#include <algorithm>
+#include <array>
+
+namespace platform::qt {
+
+namespace {
+
+struct Strip {
+    WORD resource;
+    const char* file;
+    QSize cell;
+};
+
+constexpr std::array<Strip, 4> Strips{{
+    {101, ":/pictures/tree.bmp", QSize(32, 15)},
+    {106, ":/pictures/toolbar.bmp", QSize(16, 16)},
+    {107, ":/pictures/band.bmp", QSize(16, 16)},
+    {109, ":/pictures/quillbox.ico", QSize()},
+}};
+
+bool canDrawSvg()
+{
+    static const bool can = QImageReader::supportedImageFormats().contains("svg");
+    return can;
+}
+
+// The top left pixel has the colour that is no part of the pictures.
+QIcon cutFromStrip(const Strip& strip, int cell)
+{
+    if (strip.cell.isEmpty())
+        return QIcon(QString::fromLatin1(strip.file));
+    QPixmap whole(QString::fromLatin1(strip.file));
+    const QImage image = whole.toImage();
+    if (image.isNull())
+        return {};
+    whole.setMask(QBitmap::fromImage(image.createMaskFromColor(image.pixel(0, 0), Qt::MaskOutColor)));
+    return QIcon(whole.copy(QRect(QPoint(cell * strip.cell.width(), 0), strip.cell)));
+}
+
+}  // namespace
+
+QIcon pictureOf(WORD resource, int cell)
+{
+    const QString twin = QStringLiteral(":/pictures/svg/%1-%2.svg").arg(resource).arg(cell);
+    if (canDrawSvg() && QFile::exists(twin))
+        return QIcon(twin);
+    const auto* const strip =
+        std::find_if(Strips.begin(), Strips.end(), [&](const Strip& each) { return each.resource == resource; });
+    return strip == Strips.end() ? QIcon() : cutFromStrip(*strip, cell);
+}
+
+QString pictureName(WORD resource, int cell)
+{
+    const std::u16string_view name = quillbox::accessibleName(resource, cell);
+    return QString::fromUtf16(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+}  // namespace platform::qt

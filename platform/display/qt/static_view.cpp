@@ -1,0 +1,125 @@
+// static_view.cpp - a text or an icon that takes no input.
+
+#include "static_view.h"
+
+#include "pictures.h"
+
+#include "ce/controls.h"
+
+#include <QLabel>
+#include <QPainter>
+#include <QTextLayout>
+
+namespace platform::qt {
+
+namespace {
+
+using window::Change;
+using window::WindowState;
+
+// A path has no blanks to wrap at, so words are broken where they have to be; what still doesn't fit ends
+// in three points. QLabel itself can do neither.
+class TextView final : public QLabel, public View {
+public:
+    TextView(const WindowState& state, const Courier& courier, QWidget* parent)
+        : QLabel(parent), View(state.window, courier)
+    {
+        setTextFormat(Qt::PlainText);
+        const DWORD kind = state.style & 0xF;
+        setAlignment(Qt::AlignTop | (kind == SS_CENTER  ? Qt::AlignHCenter
+                                     : kind == SS_RIGHT ? Qt::AlignRight
+                                                        : Qt::AlignLeft));
+    }
+
+    using View::window;
+    QWidget& widget() override { return *this; }
+
+    void follow(const WindowState& state, Changes changes) override
+    {
+        if (changes.has(Change::Text))
+            setText(toQt(state.text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
+    }
+
+    [[nodiscard]] int leastWidth() const override
+    {
+        int widest = 0;
+        const QStringList lines = text().split(u'\n');
+        for (const QString& line : lines)
+            widest = std::max(widest, fontMetrics().horizontalAdvance(line));
+        const bool wraps = height() >= 2 * fontMetrics().lineSpacing() * std::max<qsizetype>(lines.size(), 1);
+        return wraps ? 0 : widest;
+    }
+    [[nodiscard]] QString label() const override { return text(); }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter painter(this);
+        painter.setPen(palette().color(isEnabled() ? QPalette::Active : QPalette::Disabled, QPalette::WindowText));
+        const int spacing = fontMetrics().lineSpacing();
+        int y = 0;
+        for (const QString& paragraph : text().split(u'\n')) {
+            QTextLayout layout(paragraph, font());
+            QTextOption option(alignment());
+            option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+            option.setTextDirection(layoutDirection());
+            layout.setTextOption(option);
+            layout.beginLayout();
+            for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+                line.setLineWidth(width());
+                const bool last = y + 2 * spacing > height() + fontMetrics().descent();
+                if (last && line.textStart() + line.textLength() < paragraph.size()) {
+                    drawCut(painter, paragraph.mid(line.textStart()), y);
+                    return;
+                }
+                line.draw(&painter, QPointF(0, y));
+                y += spacing;
+            }
+            layout.endLayout();
+        }
+    }
+
+private:
+    // The end of a path says more than its middle.
+    void drawCut(QPainter& painter, const QString& rest, int y) const
+    {
+        const QString cut = fontMetrics().elidedText(rest, Qt::ElideMiddle, width());
+        painter.drawText(QRect(0, y, width(), fontMetrics().height()), static_cast<int>(alignment()), cut);
+    }
+};
+
+class IconView final : public QLabel, public View {
+public:
+    IconView(const WindowState& state, const Courier& courier, QWidget* parent)
+        : QLabel(parent), View(state.window, courier)
+    {
+        setAlignment(Qt::AlignCenter);
+        setAccessibleName(parent->windowTitle());
+    }
+
+    using View::window;
+    QWidget& widget() override { return *this; }
+
+    void follow(const WindowState& state, Changes) override { icon_ = pictureOf(state.iconId, 0); }
+
+protected:
+    void resizeEvent(QResizeEvent*) override
+    {
+        const int side = std::min(width(), height());
+        setPixmap(icon_.pixmap(QSize(side, side), devicePixelRatioF()));
+    }
+
+private:
+    QIcon icon_;
+};
+
+}  // namespace
+
+View* makeStaticView(const WindowState& state, const Courier& courier, QWidget* parent)
+{
+    if ((state.style & 0xF) == SS_ICON)
+        return new IconView(state, courier, parent);
+    return new TextView(state, courier, parent);
+}
+
+}  // namespace platform::qt

@@ -1,0 +1,46 @@
+// top_view.cpp - a top-level window of the core on the desktop.
+
+#include "top_view.h"
+
+#include <QApplication>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace platform::qt {
+
+void TopView::setWaiting(bool waiting)
+{
+    if (waiting)
+        widget().setCursor(Qt::WaitCursor);
+    else
+        widget().unsetCursor();
+}
+
+void TopView::comeToFront()
+{
+    QWidget& own = widget();
+    if (own.isMinimized())
+        own.setWindowState(own.windowState() & ~Qt::WindowMinimized);
+    own.raise();
+    // A question that stands over it is what the user has to answer first.
+    QWidget* question = QApplication::activeModalWidget();
+    QWidget& front = question && question->parentWidget() == &own ? *question : own;
+    front.raise();
+    front.activateWindow();
+}
+
+void placeOverOwner(QWidget& window)
+{
+    const QWidget* owner = window.parentWidget();
+    const QScreen* screen = owner ? owner->screen() : window.screen();
+    QRect frame(QPoint(), window.size());
+    frame.moveCenter(owner && owner->isVisible() ? owner->frameGeometry().center()
+                                                 : screen->availableGeometry().center());
+    const QRect room = screen->availableGeometry();
+    frame.moveLeft(std::max(std::min(frame.left(), room.right() - frame.width()), room.left()));
+    frame.moveTop(std::max(std::min(frame.top(), room.bottom() - frame.height()), room.top()));
+    window.move(frame.topLeft());
+}
+
+}  // namespace platform::qt

@@ -1,0 +1,44 @@
+// window_module.cpp - loads the window module beside the program.
+
+#include "window_module.h"
+
+#include "qt_display.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <system_error>
+
+namespace platform::display {
+
+namespace {
+
+constexpr const char* ModuleFile = "quillbox/quillbox-window.so";
+constexpr const char* EntryPoint = "quillboxRunWithWindow";
+
+// bin/ and lib/ stand side by side where it is installed and where it is built.
+std::filesystem::path modulePath()
+{
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return program.parent_path().parent_path() / "lib" / ModuleFile;
+}
+
+}  // namespace
+
+int runWithWindow(const std::function<int()>& program)
+{
+    // Never unloaded: the toolkit's threads and exit handlers lie in it.
+    void* module = dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* entry = module ? dlsym(module, EntryPoint) : nullptr;
+    if (!entry) {
+        std::cerr << "quillbox: its window can't be loaded: " << dlerror() << "\n"
+                  << "With --script it works without one.\n";
+        return WindowNoDesktop;
+    }
+    return reinterpret_cast<decltype(&quillboxRunWithWindow)>(entry)(&program);
+}
+
+}  // namespace platform::display

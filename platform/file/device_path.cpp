@@ -1,0 +1,92 @@
+// device_path.cpp - see device_path.h
+#include "device_path.h"
+
+#include "host_name.h"
+
+#include "ce/error.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace platform::file {
+
+namespace {
+
+// Characters that stand for themselves on the host. The usual name consists of these alone.
+constexpr bool standsForItself(char16_t character)
+{
+    return character > 0x1F && character < 0x7F && character != u'/' && character != u'*' && character != u'?' &&
+           character != u'"' && character != u'<' && character != u'>' && character != u'|';
+}
+
+// Adds one part of the path; false if no host name maps to it.
+bool appendName(std::string& path, std::u16string_view name)
+{
+    if (!path.empty())
+        path.push_back('/');
+    if (name.size() <= 255 && !name.empty() && name.front() != u'.' && std::ranges::all_of(name, standsForItself)) {
+        std::ranges::transform(name, std::back_inserter(path), [](char16_t unit) { return static_cast<char>(unit); });
+        return true;
+    }
+    const std::optional<std::string> hostName = text::toHostName(name);
+    path += hostName.value_or("");
+    return hostName.has_value();
+}
+
+HostPlace failed(DWORD error)
+{
+    HostPlace place;
+    place.error = error;
+    return place;
+}
+
+}  // namespace
+
+std::u16string_view boundedPath(const WCHAR* path)
+{
+    if (!path)
+        return {};
+    std::size_t length = 0;
+    while (length < MAX_PATH && path[length] != 0)
+        ++length;
+    return {path, length};
+}
+
+HostPlace resolvePath(std::u16string_view devicePath)
+{
+    if (devicePath.size() >= MAX_PATH)
+        return failed(ERROR_FILENAME_EXCED_RANGE);
+    if (devicePath.empty())
+        return failed(ERROR_INVALID_NAME);
+    if (devicePath.front() == u'\\')
+        devicePath.remove_prefix(1);
+
+    HostPlace place;
+    place.mount = rootMount();
+    if (!place.mount)
+        return failed(ERROR_PATH_NOT_FOUND);
+    if (devicePath.ends_with(u'\\')) {
+        place.endsInBackslash = true;
+        devicePath.remove_suffix(1);
+        if (devicePath.empty() || devicePath.ends_with(u'\\'))
+            return failed(ERROR_INVALID_NAME);
+    }
+
+    for (bool first = true; !devicePath.empty(); first = false) {
+        const std::size_t end = std::min(devicePath.find(u'\\'), devicePath.size());
+        const std::u16string_view name = devicePath.substr(0, end);
+        devicePath.remove_prefix(std::min(end + 1, devicePath.size()));
+        if (first) {
+            if (auto mounted = findMount(name)) {
+                place.mount = std::move(mounted);
+                continue;
+            }
+        }
+        place.nameStart = place.path.empty() ? 0 : place.path.size() + 1;
+        if (!appendName(place.path, name))
+            return failed(ERROR_INVALID_NAME);
+    }
+    return place;
+}
+
+}  // namespace platform::file

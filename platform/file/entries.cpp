@@ -1,0 +1,140 @@
+// entries.cpp - see entries.h
+#include "entries.h"
+
+#include "attributes.h"
+#include "host_error.h"
+#include "open_files.h"
+
+#include "ce/error.h"
+#include "ce/file.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+
+namespace platform::file {
+
+namespace {
+
+// What stands at the place; a negative errno if nothing does that belongs to the name space.
+int statusAt(const ParentFolder& parent, const HostPlace& place, HostStatus& status)
+{
+    if (parent.number() < 0)
+        return parent.number();
+    if (const int result = readStatus(parent.number(), place.name(), status); result < 0)
+        return result;
+    return isFile(status) || isFolder(status) ? 0 : -ELOOP;
+}
+
+DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result)
+{
+    const DWORD error = platformError(result);
+    return error == ERROR_FILE_NOT_FOUND && parent.number() < 0 && !place.isMount() ? ERROR_PATH_NOT_FOUND : error;
+}
+
+}  // namespace
+
+ParentFolder::ParentFolder(const HostPlace& place) : number_(place.mount->folder())
+{
+    if (place.nameStart == 0)
+        return;
+    number_ = openBelow(place.mount->folder(), place.parent().c_str(), O_PATH | O_DIRECTORY);
+    if (number_ >= 0)
+        opened_ = Descriptor(number_);
+}
+
+Attributes attributesAt(const HostPlace& place)
+{
+    if (place.error != 0)
+        return {place.error, 0};
+    // Below a folder the entry itself is opened, which costs less than opening its folder.
+    Descriptor opened;
+    int from = place.mount->folder();
+    const char* name = place.name();
+    if (place.nameStart != 0) {
+        opened = Descriptor(openBelow(from, place.path.c_str(), O_PATH));
+        if (!opened.isOpen()) {
+            const DWORD error = platformError(opened.number());
+            return {error == ERROR_FILE_NOT_FOUND ? missingError(place) : error, 0};
+        }
+        from = opened.number();
+        name = "";
+    }
+    HostStatus status = {};
+    if (const int result = readStatus(from, name, status); result < 0)
+        return {platformError(result), 0};
+    if (!isFile(status) && !isFolder(status))
+        return {ERROR_FILE_NOT_FOUND, 0};
+    if (place.endsInBackslash && !isFolder(status))
+        return {ERROR_PATH_NOT_FOUND, 0};
+    const bool isRoot = place.isMount() && place.mount->name().empty();
+    // The host folder behind a mount may have any name: what counts is the name that it has here.
+    const bool leadingPoint = place.isMount() ? place.mount->name().starts_with(u'.') : *place.name() == '.';
+    DWORD bits = attributesOf(status, storedAttributes(from, name), leadingPoint);
+    if (place.isMount() && !isRoot && place.mount->isCard())
+        bits |= FILE_ATTRIBUTE_TEMPORARY;
+    return {0, bits};
+}
+
+DWORD makeFolderAt(const HostPlace& place)
+{
+    if (place.error != 0)
+        return place.error;
+    if (place.isMount())
+        return ERROR_ALREADY_EXISTS;
+    if (place.endsInBackslash)
+        return ERROR_INVALID_NAME;
+    const ParentFolder parent(place);
+    if (parent.number() < 0)
+        return errorAt(place, parent, parent.number());
+    const int result = makeFolder(parent.number(), place.name());
+    if (result == -EEXIST) {
+        HostStatus status = {};
+        return statusAt(parent, place, status) == 0 ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED;
+    }
+    return result == -ENOENT ? ERROR_PATH_NOT_FOUND : platformError(result);
+}
+
+DWORD deleteFileAt(const HostPlace& place)
+{
+    if (place.error != 0)
+        return place.error;
+    if (place.isMount())
+        return ERROR_ACCESS_DENIED;
+    if (place.endsInBackslash)
+        return ERROR_INVALID_NAME;
+    const ParentFolder parent(place);
+    HostStatus status = {};
+    if (const int result = statusAt(parent, place, status); result < 0)
+        return errorAt(place, parent, result);
+    constexpr DWORD KeepsOut =
+        FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
+    if ((attributesOf(status, storedAttributes(parent.number(), place.name()), false) & KeepsOut) != 0)
+        return ERROR_ACCESS_DENIED;
+
+    const auto table = OpenFiles::instance();
+    const auto lock = table->lock();
+    if (table->isOpen(keyOf(status)))
+        return ERROR_SHARING_VIOLATION;
+    if (const int result = removeFile(parent.number(), place.name()); result < 0)
+        return platformError(result);
+    if (status.stx_nlink == 1)
+        place.mount->giveBackRoom(status.stx_size);
+    return 0;
+}
+
+DWORD missingError(const HostPlace& place)
+{
+    const ParentFolder parent(place);
+    return parent.number() < 0 ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND;
+}
+
+bool somethingInvisibleStands(const HostPlace& place)
+{
+    const ParentFolder parent(place);
+    HostStatus status = {};
+    return parent.number() >= 0 && readStatus(parent.number(), place.name(), status) == 0 && !isFile(status) &&
+           !isFolder(status);
+}
+
+}  // namespace platform::file

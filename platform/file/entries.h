@@ -1,0 +1,42 @@
+// entries.h - what stands at a place of the name space, and making and removing it, without opening it.
+#pragma once
+
+#include "device_path.h"
+
+#include "ce/types.h"
+
+namespace platform::file {
+
+struct Attributes {
+    DWORD error = 0;
+    DWORD bits = 0;
+};
+
+[[nodiscard]] Attributes attributesAt(const HostPlace& place);
+
+// 0 or the error.
+[[nodiscard]] DWORD makeFolderAt(const HostPlace& place);
+
+// Deletes a file that isn't open in this process; 0 or the error.
+[[nodiscard]] DWORD deleteFileAt(const HostPlace& place);
+
+// The error for a call that found nothing at `place`: 3 if a folder on the way is missing, otherwise 2.
+[[nodiscard]] DWORD missingError(const HostPlace& place);
+
+// Does something stand there that is no part of the name space: a link, a fifo, a socket, a device?
+[[nodiscard]] bool somethingInvisibleStands(const HostPlace& place);
+
+// The folder that holds the place's entry, opened for reaching entries; the mount's own isn't opened again.
+class ParentFolder {
+public:
+    explicit ParentFolder(const HostPlace& place);
+
+    // A descriptor, or a negative errno.
+    [[nodiscard]] int number() const { return number_; }
+
+private:
+    Descriptor opened_;
+    int number_ = -1;
+};
+
+}  // namespace platform::file

@@ -1,0 +1,165 @@
+// file_calls.cpp - the edge: the calls of ce/file.h, where the last error is set.
+#include "ce/file.h"
+
+#include "entries.h"
+#include "folder_search.h"
+#include "opening.h"
+
+#include "ce/error.h"
+
+using namespace platform;
+using namespace platform::file;
+
+namespace {
+
+BOOL fail(DWORD error)
+{
+    SetLastError(error);
+    return FALSE;
+}
+
+BOOL succeedUnless(DWORD error)
+{
+    return error == 0 ? TRUE : fail(error);
+}
+
+std::shared_ptr<OpenFile> findOpenFile(HANDLE file)
+{
+    return kernel::findHandle<OpenFile>(file);
+}
+
+}  // namespace
+
+HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void*, DWORD creation, DWORD, HANDLE)
+{
+    const Sharing sharing{access & (GENERIC_READ | GENERIC_WRITE), share & (FILE_SHARE_READ | FILE_SHARE_WRITE)};
+    Opened opened = openFile(resolvePath(boundedPath(path)), sharing, creation);
+    if (opened.error != 0) {
+        SetLastError(opened.error);
+        return INVALID_HANDLE_VALUE;
+    }
+    const bool tellsExistence = creation == CREATE_ALWAYS || creation == OPEN_ALWAYS;
+    SetLastError(tellsExistence && opened.existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    return kernel::addHandle(std::move(opened.file));
+}
+
+BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void*)
+{
+    if (!bytesRead)
+        return fail(ERROR_INVALID_PARAMETER);
+    *bytesRead = 0;
+    if (!buffer && bytes != 0)
+        return fail(ERROR_INVALID_PARAMETER);
+    const auto open = findOpenFile(file);
+    if (!open)
+        return fail(ERROR_INVALID_HANDLE);
+    const ReadResult result = open->read({static_cast<std::byte*>(buffer), bytes});
+    *bytesRead = static_cast<DWORD>(result.bytes);
+    return succeedUnless(result.error);
+}
+
+BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void*)
+{
+    if (!bytesWritten)
+        return fail(ERROR_INVALID_PARAMETER);
+    *bytesWritten = 0;
+    if (!bytes && count != 0)
+        return fail(ERROR_INVALID_PARAMETER);
+    const auto open = findOpenFile(file);
+    if (!open)
+        return fail(ERROR_INVALID_HANDLE);
+    const Written written = open->write({static_cast<const std::byte*>(bytes), count});
+    *bytesWritten = static_cast<DWORD>(written.bytes);  // a full card still takes the bytes that fit
+    return succeedUnless(written.error);
+}
+
+DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method)
+{
+    const auto open = findOpenFile(file);
+    if (!open) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return INVALID_SET_FILE_POINTER;
+    }
+    std::int64_t whole = distance;
+    if (distanceHigh)
+        whole = static_cast<std::int64_t>((static_cast<std::uint64_t>(static_cast<DWORD>(*distanceHigh)) << 32) |
+                                          static_cast<DWORD>(distance));
+    else if (method == FILE_BEGIN)
+        whole = static_cast<DWORD>(distance);
+    const OpenFile::Sought sought = open->seek(whole, method);
+    if (sought.error != 0) {
+        SetLastError(sought.error);
+        return INVALID_SET_FILE_POINTER;
+    }
+    if (distanceHigh)
+        *distanceHigh = static_cast<LONG>(sought.place >> 32);
+    const auto low = static_cast<DWORD>(sought.place);
+    if (low == INVALID_SET_FILE_POINTER)
+        SetLastError(ERROR_SUCCESS);
+    return low;
+}
+
+BOOL SetEndOfFile(HANDLE file)
+{
+    const auto open = findOpenFile(file);
+    return open ? succeedUnless(open->endHere()) : fail(ERROR_INVALID_HANDLE);
+}
+
+BOOL FlushFileBuffers(HANDLE file)
+{
+    const auto open = findOpenFile(file);
+    return open ? succeedUnless(open->flush()) : fail(ERROR_INVALID_HANDLE);
+}
+
+BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information)
+{
+    const auto open = findOpenFile(file);
+    if (!open)
+        return fail(ERROR_INVALID_HANDLE);
+    return information ? succeedUnless(open->tell(*information)) : fail(ERROR_INVALID_PARAMETER);
+}
+
+BOOL DeleteFileW(const WCHAR* path)
+{
+    return succeedUnless(deleteFileAt(resolvePath(boundedPath(path))));
+}
+
+BOOL CreateDirectoryW(const WCHAR* path, const void*)
+{
+    return succeedUnless(makeFolderAt(resolvePath(boundedPath(path))));
+}
+
+DWORD GetFileAttributesW(const WCHAR* path)
+{
+    const Attributes attributes = attributesAt(resolvePath(boundedPath(path)));
+    if (attributes.error == 0)
+        return attributes.bits;
+    SetLastError(attributes.error);
+    return INVALID_FILE_ATTRIBUTES;
+}
+
+HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found)
+{
+    SearchBegun begun = found ? beginSearch(boundedPath(pattern)) : SearchBegun{ERROR_INVALID_PARAMETER, nullptr};
+    DWORD error = begun.error;
+    if (error == 0)
+        error = begun.search->next(*found);
+    if (error == 0)
+        return kernel::addHandle(std::move(begun.search));
+    SetLastError(error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error);
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found)
+{
+    const auto open = kernel::findHandle<FolderSearch>(search);
+    if (!open)
+        return fail(ERROR_INVALID_HANDLE);
+    return found ? succeedUnless(open->next(*found)) : fail(ERROR_INVALID_PARAMETER);
+}
+
+BOOL FindClose(HANDLE search)
+{
+    const auto open = kernel::findHandle<FolderSearch>(search);
+    return open && kernel::removeHandle(search) ? TRUE : fail(ERROR_INVALID_HANDLE);
+}

@@ -1,0 +1,108 @@
+// folder_search.cpp - see folder_search.h
+#include "folder_search.h"
+
+#include "attributes.h"
+#include "host_error.h"
+#include "host_name.h"
+#include "name_pattern.h"
+
+#include "ce/error.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+
+namespace platform::file {
+
+namespace {
+
+void describeStatus(const HostStatus& status, std::uint64_t size, std::u16string_view name, WIN32_FIND_DATAW& found)
+{
+    found.ftCreationTime = creationTime(status);
+    found.ftLastAccessTime = fileTime(status.stx_atime);
+    found.ftLastWriteTime = fileTime(status.stx_mtime);
+    found.nFileSizeHigh = static_cast<DWORD>(size >> 32);
+    found.nFileSizeLow = static_cast<DWORD>(size);
+    found.dwOID = objectId(status);
+    *std::ranges::copy(name, found.cFileName).out = 0;
+}
+
+bool isPattern(std::u16string_view text)
+{
+    return !text.empty() && text != u"." && text != u".." &&
+           text.find_first_of(std::u16string_view(u"/\"<>|")) == std::u16string_view::npos;
+}
+
+}  // namespace
+
+FolderSearch::FolderSearch(const HostPlace& folder, Descriptor opened, std::u16string pattern)
+    : table_(OpenFiles::instance()), mount_(folder.mount), isRoot_(folder.isMount() && mount_->name().empty()),
+      pattern_(std::move(pattern)), reader_(std::move(opened))
+{
+}
+
+DWORD FolderSearch::next(WIN32_FIND_DATAW& found)
+{
+    const std::lock_guard lock(mutex_);
+    if (isRoot_ && nextMount(found))
+        return 0;
+    while (const auto hostName = reader_.next()) {
+        if (isRoot_ && hiddenByMount(*hostName))
+            continue;
+        const std::u16string name = text::toDeviceName(*hostName);
+        if (name.size() < MAX_PATH && matchesPattern(name, pattern_) && describe(*hostName, name, found))
+            return 0;
+    }
+    return reader_.error() == 0 ? ERROR_NO_MORE_FILES : platformError(reader_.error());
+}
+
+bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
+{
+    while (const auto mount = mountAt(mountsSeen_)) {
+        ++mountsSeen_;
+        HostStatus status = {};
+        if (!matchesPattern(mount->name(), pattern_) || readStatus(mount->folder(), "", status) != 0)
+            continue;
+        describeStatus(status, 0, mount->name(), found);
+        found.dwFileAttributes =
+            attributesOf(status, storedAttributes(mount->folder(), ""), mount->name().starts_with(u'.')) |
+            (mount->isCard() ? FILE_ATTRIBUTE_TEMPORARY : 0);
+        return true;
+    }
+    return false;
+}
+
+// False if it is no part of the name space, or gone since the folder was read.
+bool FolderSearch::describe(std::string_view hostName, std::u16string_view name, WIN32_FIND_DATAW& found)
+{
+    HostStatus status = {};
+    if (readStatus(reader_.folder(), hostName.data(), status) != 0 || !(isFile(status) || isFolder(status)))
+        return false;
+    const std::uint64_t size = isFile(status) ? table_->sizeOfWritten(keyOf(status)).value_or(status.stx_size) : 0;
+    describeStatus(status, size, name, found);
+    found.dwFileAttributes =
+        attributesOf(status, storedAttributes(reader_.folder(), hostName.data()), hostName.front() == '.');
+    return true;
+}
+
+SearchBegun beginSearch(std::u16string_view pathWithPattern)
+{
+    if (pathWithPattern.size() >= MAX_PATH)
+        return {ERROR_FILENAME_EXCED_RANGE, nullptr};
+    const std::size_t nameStart = pathWithPattern.rfind(u'\\') + 1;  // 0 without a backslash
+    const std::u16string_view pattern = pathWithPattern.substr(nameStart);
+    if (!isPattern(pattern))
+        return {ERROR_INVALID_NAME, nullptr};
+    const HostPlace folder = resolvePath(nameStart == 0 ? u"\\" : pathWithPattern.substr(0, nameStart));
+    if (folder.error != 0)
+        return {folder.error, nullptr};
+    Descriptor opened(
+        openBelow(folder.mount->folder(), folder.isMount() ? "." : folder.path.c_str(), O_RDONLY | O_DIRECTORY));
+    if (!opened.isOpen()) {
+        const DWORD error = platformError(opened.number());
+        return {error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, nullptr};
+    }
+    return {0, std::make_shared<FolderSearch>(folder, std::move(opened), std::u16string(pattern))};
+}
+
+}  // namespace platform::file

@@ -1,0 +1,47 @@
+// folder_search.h - what a search handle stands for.
+#pragma once
+
+#include "device_path.h"
+#include "folder_reader.h"
+#include "handle_table.h"
+#include "mounted_folder.h"
+#include "open_files.h"
+
+#include "ce/file.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace platform::file {
+
+class FolderSearch final : public kernel::Object {
+public:
+    FolderSearch(const HostPlace& folder, Descriptor opened, std::u16string pattern);
+
+    [[nodiscard]] bool takesCloseHandle() const override { return false; }
+
+    // 0 with the next entry, ERROR_NO_MORE_FILES, or the error of the host's folder.
+    [[nodiscard]] DWORD next(WIN32_FIND_DATAW& found);
+
+private:
+    [[nodiscard]] bool nextMount(WIN32_FIND_DATAW& found);
+    [[nodiscard]] bool describe(std::string_view hostName, std::u16string_view name, WIN32_FIND_DATAW& found);
+
+    std::mutex mutex_;
+    const std::shared_ptr<OpenFiles> table_;
+    const std::shared_ptr<MountedFolder> mount_;
+    const bool isRoot_;
+    const std::u16string pattern_;
+    FolderReader reader_;
+    std::size_t mountsSeen_ = 0;
+};
+
+// Opens a folder for a search; the errors of FindFirstFileW but "nothing matches".
+struct SearchBegun {
+    DWORD error = 0;
+    std::shared_ptr<FolderSearch> search;
+};
+[[nodiscard]] SearchBegun beginSearch(std::u16string_view pathWithPattern);
+
+}  // namespace platform::file

@@ -1,0 +1,207 @@
+// host_calls.cpp - thin wrappers around the system calls, each behind the gate.
+#include "host_calls.h"
+
+#include "host_gate.h"
+#include "power_cut.h"
+
+#include <fcntl.h>
+#include <linux/openat2.h>
+#include <sys/syscall.h>
+#include <sys/vfs.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+
+namespace platform::file {
+
+namespace {
+
+// Younger than the C library's headers.
+constexpr long NumberOfGetxattrat = 464;
+struct ExtendedArguments {
+    std::uint64_t value;
+    std::uint32_t size;
+    std::uint32_t flags;
+};
+
+template <class Call>
+auto unlessInterrupted(const Call& call) -> decltype(call())
+{
+    for (;;) {
+        const auto result = call();
+        if (result >= 0)
+            return result;
+        if (errno != EINTR)
+            return -errno;
+    }
+}
+
+// Before Linux 6.13 the attribute of an entry is reached through the folder's name in /proc.
+ssize_t readExtendedByProc(int folder, const char* name, const char* attribute, std::span<char> value)
+{
+    std::array<char, 320> path{};  // a name has at most 255 bytes
+    const bool ofDescriptor = *name == '\0';
+    (void)std::snprintf(path.data(), path.size(), ofDescriptor ? "/proc/self/fd/%d" : "/proc/self/fd/%d/%s", folder,
+                        name);
+    return unlessInterrupted([&] {
+        return ofDescriptor ? ::getxattr(path.data(), attribute, value.data(), value.size())
+                            : ::lgetxattr(path.data(), attribute, value.data(), value.size());
+    });
+}
+
+}  // namespace
+
+Descriptor::~Descriptor()
+{
+    if (number_ < 0)
+        return;
+    (void)passGate();  // counted, and a place to be killed at; a close that isn't made would only leak
+    ::close(number_);
+}
+
+int openBelow(int folder, const char* path, int flags, unsigned mode)
+{
+    if (const int error = passGate())
+        return -error;
+    open_how how = {};
+    how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
+    if ((flags & O_PATH) == 0)
+        how.flags |= O_NONBLOCK | O_NOCTTY;
+    how.mode = mode;
+    how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
+    const auto opened =
+        static_cast<int>(unlessInterrupted([&] { return ::syscall(SYS_openat2, folder, path, &how, sizeof how); }));
+    if (opened >= 0 && (flags & O_CREAT) != 0 && watchesForPowerCut()) {
+        noteMade(folder, path);
+        noteTouched(opened);
+    }
+    return opened;
+}
+
+int readStatus(int folder, const char* name, HostStatus& status)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] {
+        return ::statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH | AT_NO_AUTOMOUNT,
+                       STATX_BASIC_STATS | STATX_BTIME, &status);
+    });
+}
+
+ssize_t readExtended(int folder, const char* name, const char* attribute, std::span<char> value)
+{
+    if (const int error = passGate())
+        return -error;
+    static std::atomic<bool> missing = false;
+    if (!missing.load(std::memory_order_relaxed)) {
+        ExtendedArguments arguments = {reinterpret_cast<std::uint64_t>(value.data()),
+                                       static_cast<std::uint32_t>(value.size()), 0};
+        const ssize_t length = unlessInterrupted([&] {
+            return ::syscall(NumberOfGetxattrat, folder, name, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH, attribute,
+                             &arguments, sizeof arguments);
+        });
+        if (length != -ENOSYS)
+            return length;
+        missing.store(true, std::memory_order_relaxed);
+    }
+    return readExtendedByProc(folder, name, attribute, value);
+}
+
+ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t place)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::pread(file, bytes.data(), bytes.size(), static_cast<off_t>(place)); });
+}
+
+ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t place)
+{
+    if (const int error = passGate())
+        return -error;
+    if (watchesForPowerCut())
+        noteTouched(file);
+    return unlessInterrupted([&] {
+        const auto start = static_cast<off_t>(place);
+        return bytes.size() == 1 ? ::pwrite(file, bytes[0].iov_base, bytes[0].iov_len, start)
+                                 : ::pwritev(file, bytes.data(), static_cast<int>(bytes.size()), start);
+    });
+}
+
+int setSize(int file, std::uint64_t size)
+{
+    if (const int error = passGate())
+        return -error;
+    const bool watches = watchesForPowerCut();
+    if (watches)
+        noteTouched(file);
+    const int result = unlessInterrupted([&] { return ::ftruncate(file, static_cast<off_t>(size)); });
+    if (result == 0 && watches)
+        noteCut(file, size);
+    return result;
+}
+
+int reserve(int file, std::uint64_t place, std::uint64_t bytes)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted(
+        [&] { return ::fallocate(file, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(place), static_cast<off_t>(bytes)); });
+}
+
+int flushToDisk(int fileOrFolder)
+{
+    if (const int error = passGate())
+        return -error;
+    const int result = unlessInterrupted([&] { return ::fsync(fileOrFolder); });
+    if (result == 0 && watchesForPowerCut())
+        noteFlushed(fileOrFolder);
+    return result;
+}
+
+int makeFolder(int folder, const char* name)
+{
+    if (const int error = passGate())
+        return -error;
+    const int result = unlessInterrupted([&] { return ::mkdirat(folder, name, 0777); });
+    if (result == 0 && watchesForPowerCut())
+        noteMade(folder, name);
+    return result;
+}
+
+int removeFile(int folder, const char* name)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::unlinkat(folder, name, 0); });
+}
+
+ssize_t readEntries(int folder, std::span<std::byte> entries)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::syscall(SYS_getdents64, folder, entries.data(), entries.size()); });
+}
+
+std::optional<std::uint64_t> fileSystemKind(int file)
+{
+    if (passGate() != 0)
+        return std::nullopt;
+    struct statfs status = {};
+    if (unlessInterrupted([&] { return ::fstatfs(file, &status); }) != 0)
+        return std::nullopt;
+    return static_cast<std::uint32_t>(status.f_type);
+}
+
+int setLease(int file, int type)
+{
+    // Giving a lease back is part of the call that took it: nothing can come between that would have to wait for it.
+    if (const int error = type == F_UNLCK ? 0 : passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::fcntl(file, F_SETLEASE, type); });
+}
+
+}  // namespace platform::file

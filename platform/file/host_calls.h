@@ -1,0 +1,75 @@
+// host_calls.h - every system call that the file layer makes on the host's files and folders.
+//
+// The one choke point: each call is counted and can be made to fail (host_faults.h). A result below 0 is a
+// negative errno; errno itself is not used. Interrupted calls are made again.
+#pragma once
+
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <sys/uio.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace platform::file {
+
+// Owns an open descriptor.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number) : number_(number) {}
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor();
+
+    [[nodiscard]] int number() const { return number_; }
+    [[nodiscard]] bool isOpen() const { return number_ >= 0; }
+
+private:
+    int number_ = -1;
+};
+
+// What the host tells about a file or folder.
+using HostStatus = struct statx;
+
+// Opens `path` below `folder`; "." is the folder itself. Neither "..", an absolute path nor any link leads
+// out of it: links are not followed at all. Never waits for the other end of a fifo.
+[[nodiscard]] int openBelow(int folder, const char* path, int flags, unsigned mode = 0);
+
+// Of the entry `name` of `folder`, not following a link; with an empty name of the descriptor itself.
+[[nodiscard]] int readStatus(int folder, const char* name, HostStatus& status);
+
+// The value of the extended attribute `attribute`, of what readStatus would tell about: its bytes.
+// -ENODATA without one, -ERANGE if it doesn't fit.
+[[nodiscard]] ssize_t readExtended(int folder, const char* name, const char* attribute, std::span<char> value);
+
+[[nodiscard]] ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t place);
+[[nodiscard]] ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t place);
+[[nodiscard]] int setSize(int file, std::uint64_t size);
+
+// Reserves room behind the end, which stays where it is.
+[[nodiscard]] int reserve(int file, std::uint64_t place, std::uint64_t bytes);
+
+[[nodiscard]] int flushToDisk(int fileOrFolder);
+[[nodiscard]] int makeFolder(int folder, const char* name);
+[[nodiscard]] int removeFile(int folder, const char* name);
+
+// As getdents64: bytes of entries, 0 at the end.
+[[nodiscard]] ssize_t readEntries(int folder, std::span<std::byte> entries);
+
+// The magic number of the file system that holds the file; nothing if the host doesn't tell.
+[[nodiscard]] std::optional<std::uint64_t> fileSystemKind(int file);
+
+// Takes or drops a lease (F_RDLCK, F_WRLCK, F_UNLCK).
+[[nodiscard]] int setLease(int file, int type);
+
+}  // namespace platform::file

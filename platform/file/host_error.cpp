@@ -1,0 +1,55 @@
+// host_error.cpp - see host_error.h
+#include "host_error.h"
+
+#include "ce/error.h"
+
+#include <cerrno>
+
+namespace platform::file {
+
+DWORD platformError(long error)
+{
+    switch (error < 0 ? -error : error) {
+    case 0:
+        return ERROR_SUCCESS;
+    case ENOENT:
+    case ELOOP:  // a link, a path that leads out, a device without a driver, a socket:
+    case EXDEV:  // no part of the name space, so as if they weren't there
+    case ENXIO:
+    case ENODEV:
+        return ERROR_FILE_NOT_FOUND;
+    case ENOTDIR:
+        return ERROR_PATH_NOT_FOUND;
+    case EMFILE:
+    case ENFILE:
+        return ERROR_TOO_MANY_OPEN_FILES;
+    case EACCES:
+    case EPERM:
+    case EISDIR:
+        return ERROR_ACCESS_DENIED;
+    case EBADF:
+        return ERROR_INVALID_HANDLE;
+    case ENOMEM:
+        return ERROR_NOT_ENOUGH_MEMORY;
+    case EROFS:
+        return ERROR_WRITE_PROTECT;
+    case EAGAIN:  // another process holds a lease
+    case EBUSY:
+    case ETXTBSY:
+        return ERROR_SHARING_VIOLATION;
+    case EEXIST:
+        return ERROR_FILE_EXISTS;
+    case EINVAL:
+        return ERROR_INVALID_PARAMETER;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:  // a card's file system takes no longer file: no room for it either
+        return ERROR_DISK_FULL;
+    case ENAMETOOLONG:
+        return ERROR_FILENAME_EXCED_RANGE;
+    default:
+        return ERROR_GEN_FAILURE;
+    }
+}
+
+}  // namespace platform::file

@@ -1,0 +1,75 @@
+// host_faults.cpp - counts the host calls while a plan is set, and carries the plan out.
+#include "host_faults.h"
+
+#include "host_gate.h"
+#include "power_cut.h"
+
+#include <csignal>
+#include <mutex>
+
+namespace platform::file {
+
+namespace detail {
+constinit std::atomic<bool> faultPlanSet = false;
+}
+
+namespace {
+
+struct Plan {
+    std::mutex mutex;
+    FaultPlan plan;
+    std::uint64_t calls = 0;
+};
+
+constinit Plan current;
+
+}  // namespace
+
+void setFaultPlan(const FaultPlan& plan)
+{
+    const std::lock_guard lock(current.mutex);
+    current.plan = plan;
+    current.calls = 0;
+    forgetUnflushed();
+    detail::faultPlanSet.store(true, std::memory_order_relaxed);
+}
+
+void clearFaultPlan()
+{
+    const std::lock_guard lock(current.mutex);
+    detail::faultPlanSet.store(false, std::memory_order_relaxed);
+    forgetUnflushed();
+}
+
+std::uint64_t hostCallsMade()
+{
+    const std::lock_guard lock(current.mutex);
+    return current.calls;
+}
+
+int detail::countHostCall()
+{
+    const std::lock_guard lock(current.mutex);
+    ++current.calls;
+    if (current.plan.kind == FaultKind::Fail) {
+        const bool due =
+            current.calls >= current.plan.nthCall && current.calls - current.plan.nthCall < current.plan.calls;
+        return due && current.plan.nthCall != 0 ? current.plan.error : 0;
+    }
+    if (current.calls != current.plan.nthCall)
+        return 0;
+    if (current.plan.kind == FaultKind::PowerCut)
+        takeBackUnflushed();
+    (void)std::raise(SIGKILL);
+    return 0;
+}
+
+bool watchesForPowerCut()
+{
+    if (!detail::faultPlanSet.load(std::memory_order_relaxed))
+        return false;
+    const std::lock_guard lock(current.mutex);
+    return current.plan.kind == FaultKind::PowerCut;
+}
+
+}  // namespace platform::file

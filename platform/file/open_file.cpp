@@ -1,0 +1,185 @@
+// open_file.cpp - see open_file.h
+#include "open_file.h"
+
+#include "attributes.h"
+#include "host_error.h"
+
+#include <fcntl.h>
+
+#include <limits>
+#include <utility>
+
+namespace platform::file {
+
+namespace {
+constexpr auto MostBytes = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+}
+
+OpenFile::OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const FileKey& key,
+                   const Sharing& sharing, Descriptor descriptor, HostPlace place)
+    : table_(std::move(table)), file_(std::move(file)), key_(key), sharing_(sharing),
+      descriptor_(std::move(descriptor)), hostPlace_(std::move(place))
+{
+}
+
+OpenFile::~OpenFile()
+{
+    (void)close();               // again, if a call on another thread outlived CloseHandle and gathered more
+    descriptor_ = Descriptor();  // first: out of the table it would look like another process's
+    table_->leave(key_, sharing_);
+}
+
+DWORD OpenFile::close()
+{
+    if (!mayWrite())
+        return 0;
+    const std::lock_guard lock(file_->mutex());
+    return file_->release(descriptor_.number());
+}
+
+ReadResult OpenFile::read(std::span<std::byte> out)
+{
+    if (!mayRead())
+        return {0, ERROR_ACCESS_DENIED};
+    const std::lock_guard lock(file_->mutex());
+    if (file_->hasGathered()) {
+        if (const DWORD error = file_->writeOut(); error != 0)
+            return {0, error};
+    }
+    if (aheadVersion_ != file_->version()) {
+        ahead_.forget();
+        aheadVersion_ = file_->version();
+    }
+    const bool othersMayWrite = (sharing_.share & FILE_SHARE_WRITE) != 0;
+    const ReadResult result = ahead_.read(descriptor_.number(), place_, out, file_->size(), !othersMayWrite);
+    place_ += result.bytes;
+    return result;
+}
+
+Written OpenFile::write(std::span<const std::byte> bytes)
+{
+    if (!mayWrite())
+        return {0, ERROR_ACCESS_DENIED};
+    if (bytes.empty())
+        return {};
+    std::unique_lock lock(file_->mutex());
+    if (bytes.size() > MostBytes - place_)
+        return {0, ERROR_DISK_FULL};
+    Written written = file_->write(descriptor_.number(), place_, bytes);
+    place_ += written.bytes;
+    if (written.hostIsFull && SharedFile::anyReserves()) {
+        // What other files have reserved and not used is no reason to refuse.
+        lock.unlock();
+        table_->releaseReserves();
+        lock.lock();
+        const std::size_t before = written.bytes;
+        written = file_->write(descriptor_.number(), place_, bytes.subspan(before));
+        place_ += written.bytes;
+        written.bytes += before;
+    }
+    return written;
+}
+
+OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
+{
+    const std::lock_guard lock(file_->mutex());
+    std::uint64_t from = 0;
+    if (method == FILE_CURRENT) {
+        from = place_;
+    } else if (method == FILE_END) {
+        HostStatus status = {};
+        if (const DWORD error = refreshSize(status); error != 0)
+            return {0, error};
+        from = file_->size();
+    } else if (method != FILE_BEGIN) {
+        return {0, ERROR_INVALID_PARAMETER};
+    }
+    if (distance < 0 && static_cast<std::uint64_t>(-(distance + 1)) + 1 > from)
+        return {0, ERROR_NEGATIVE_SEEK};
+    const std::uint64_t place = from + static_cast<std::uint64_t>(distance);
+    if (place > MostBytes)
+        return {0, ERROR_INVALID_PARAMETER};
+    if (const DWORD error = file_->writeOut(); error != 0)
+        return {0, error};
+    place_ = place;
+    return {place, 0};
+}
+
+DWORD OpenFile::endHere()
+{
+    if (!mayWrite())
+        return ERROR_ACCESS_DENIED;
+    const std::lock_guard lock(file_->mutex());
+    return file_->endAt(descriptor_.number(), place_);
+}
+
+DWORD OpenFile::flush()
+{
+    if (!mayWrite())
+        return ERROR_ACCESS_DENIED;
+    const std::lock_guard lock(file_->mutex());
+    if (const DWORD error = file_->writeOut(); error != 0)
+        return error;
+    if (const int result = flushToDisk(descriptor_.number()); result < 0)
+        return platformError(result);
+    // Nothing here renames or deletes an open file, so its entry needs that once.
+    if (!entriesFlushed_) {
+        if (const DWORD error = flushEntries(); error != 0)
+            return error;
+        entriesFlushed_ = true;
+    }
+    return 0;
+}
+
+DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
+{
+    HostStatus status = {};
+    {
+        const std::lock_guard lock(file_->mutex());
+        if (const DWORD error = refreshSize(status); error != 0)
+            return error;
+    }
+    const bool leadingPoint = *hostPlace_.name() == '.';
+    information.dwFileAttributes = attributesOf(status, storedAttributes(descriptor_.number(), ""), leadingPoint);
+    information.ftCreationTime = creationTime(status);
+    information.ftLastAccessTime = fileTime(status.stx_atime);
+    information.ftLastWriteTime = fileTime(status.stx_mtime);
+    information.dwVolumeSerialNumber = static_cast<DWORD>(deviceOf(status) ^ (deviceOf(status) >> 20));
+    information.nFileSizeHigh = static_cast<DWORD>(status.stx_size >> 32);
+    information.nFileSizeLow = static_cast<DWORD>(status.stx_size);
+    information.nNumberOfLinks = status.stx_nlink;
+    information.nFileIndexHigh = static_cast<DWORD>(status.stx_ino >> 32);
+    information.nFileIndexLow = static_cast<DWORD>(status.stx_ino);
+    information.dwOID = objectId(status);
+    return 0;
+}
+
+// Writes out what is gathered, then asks the host, which may know of another process's writes.
+DWORD OpenFile::refreshSize(HostStatus& status)
+{
+    if (const DWORD error = file_->writeOut(); error != 0)
+        return error;
+    if (const int result = readStatus(descriptor_.number(), "", status); result < 0)
+        return platformError(result);
+    file_->setSize(status.stx_size);
+    return 0;
+}
+
+// The entry in its folder, that folder's in its own, and so on: a folder that was made a moment ago may be
+// on no disk yet either.
+DWORD OpenFile::flushEntries() const
+{
+    std::string folder = hostPlace_.path;
+    do {
+        const std::size_t end = folder.rfind('/');
+        folder = end == std::string::npos ? "." : folder.substr(0, end);
+        const Descriptor open(openBelow(hostPlace_.mount->folder(), folder.c_str(), O_RDONLY | O_DIRECTORY));
+        if (!open.isOpen())
+            return platformError(open.number());
+        if (const int result = flushToDisk(open.number()); result < 0)
+            return platformError(result);
+    } while (folder != ".");
+    return 0;
+}
+
+}  // namespace platform::file

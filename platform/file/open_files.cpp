@@ -1,0 +1,104 @@
+// open_files.cpp - see open_files.h
+#include "open_files.h"
+
+#include "attributes.h"
+
+#include "ce/file.h"
+
+#include <algorithm>
+
+namespace platform::file {
+
+FileKey keyOf(const HostStatus& status)
+{
+    return {deviceOf(status), status.stx_ino};
+}
+
+std::shared_ptr<OpenFiles> OpenFiles::instance()
+{
+    static const auto only = std::make_shared<OpenFiles>();
+    return only;
+}
+
+bool OpenFiles::conflicts(const FileKey& key, const Sharing& sharing) const
+{
+    const auto found = files_.find(key);
+    if (found == files_.end() || sharing.access == 0)
+        return false;
+    const Entry& open = found->second;
+    return ((sharing.access & GENERIC_READ) != 0 && open.forbidReading > 0) ||
+           ((sharing.access & GENERIC_WRITE) != 0 && open.forbidWriting > 0) ||
+           ((sharing.share & FILE_SHARE_READ) == 0 && open.readers > 0) ||
+           ((sharing.share & FILE_SHARE_WRITE) == 0 && open.writers > 0);
+}
+
+std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& sharing,
+                                             const std::shared_ptr<MountedFolder>& mount, std::uint64_t size)
+{
+    Entry& entry = files_[key];
+    if (!entry.file)
+        entry.file = std::make_shared<SharedFile>(mount, size);
+    entry.count(sharing, 1);
+    return entry.file;
+}
+
+void OpenFiles::noteMade(const HostStatus& status)
+{
+    made_[nextMade_] = {keyOf(status), objectId(status)};
+    nextMade_ = (nextMade_ + 1) % made_.size();
+}
+
+bool OpenFiles::wasMadeHere(const HostStatus& status) const
+{
+    return std::ranges::find(made_, MadeFile{keyOf(status), objectId(status)}) != made_.end();
+}
+
+void OpenFiles::leave(const FileKey& key, const Sharing& sharing)
+{
+    const std::lock_guard lock(mutex_);
+    const auto found = files_.find(key);
+    if (found == files_.end())
+        return;
+    found->second.count(sharing, -1);
+    if (found->second.handles == 0)
+        files_.erase(found);
+}
+
+std::optional<std::uint64_t> OpenFiles::sizeOfWritten(const FileKey& key)
+{
+    if (!SharedFile::anyReserves())
+        return std::nullopt;
+    const std::lock_guard lock(mutex_);
+    const auto found = files_.find(key);
+    if (found == files_.end() || found->second.writers == 0)
+        return std::nullopt;
+    const std::lock_guard fileLock(found->second.file->mutex());
+    return found->second.file->size();
+}
+
+void OpenFiles::releaseReserves()
+{
+    std::vector<std::shared_ptr<SharedFile>> open;
+    {
+        const std::lock_guard lock(mutex_);
+        for (const auto& [key, entry] : files_)
+            open.push_back(entry.file);
+    }
+    for (const auto& file : open) {
+        const std::lock_guard lock(file->mutex());
+        (void)file->release();  // an error stays with the file, for its own next call
+    }
+}
+
+void OpenFiles::Entry::count(const Sharing& sharing, int step)
+{
+    handles += step;
+    if (sharing.access == 0)
+        return;
+    readers += (sharing.access & GENERIC_READ) != 0 ? step : 0;
+    writers += (sharing.access & GENERIC_WRITE) != 0 ? step : 0;
+    forbidReading += (sharing.share & FILE_SHARE_READ) == 0 ? step : 0;
+    forbidWriting += (sharing.share & FILE_SHARE_WRITE) == 0 ? step : 0;
+}
+
+}  // namespace platform::file

@@ -1,0 +1,181 @@
+// opening.cpp - see opening.h
+#include "opening.h"
+
+#include "attributes.h"
+#include "entries.h"
+#include "host_error.h"
+#include "use_elsewhere.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+#include <optional>
+
+namespace platform::file {
+
+namespace {
+
+constexpr unsigned NewFileMode = 0666;  // less the user's mask
+
+// One CreateFileW on its way.
+struct Request {
+    const HostPlace& place;
+    Sharing sharing;
+    DWORD creation;
+    Descriptor descriptor;
+    HostStatus status = {};
+    bool existed = false;
+
+    [[nodiscard]] bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
+    [[nodiscard]] bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
+    [[nodiscard]] bool makes() const { return creation != OPEN_EXISTING && creation != TRUNCATE_EXISTING; }
+};
+
+int openFlags(const Request& request, bool isNew)
+{
+    const bool reads = (request.sharing.access & GENERIC_READ) != 0;
+    if (isNew ? (request.sharing.access & GENERIC_WRITE) != 0 : request.writes())
+        return reads ? O_RDWR : O_WRONLY;
+    // A query needs no more than the entry, and a descriptor of that kind is no use of the file.
+    return reads || isNew ? O_RDONLY : O_PATH;
+}
+
+int openNew(Request& request)
+{
+    const int result = openBelow(request.place.mount->folder(), request.place.path.c_str(),
+                                 openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
+    if (result >= 0)
+        request.descriptor = Descriptor(result);
+    return result;
+}
+
+// Opening a fifo for writing would be seen by its reader, so what is to be written is looked at first.
+bool isFileForWriting(const HostPlace& place)
+{
+    const Descriptor entry(openBelow(place.mount->folder(), place.path.c_str(), O_PATH));
+    HostStatus status = {};
+    return !entry.isOpen() || readStatus(entry.number(), "", status) != 0 || isFile(status) || isFolder(status);
+}
+
+int openOld(Request& request)
+{
+    if (request.writes() && !isFileForWriting(request.place))
+        return -ELOOP;
+    const int result = openBelow(request.place.mount->folder(), request.place.path.c_str(), openFlags(request, false));
+    if (result >= 0)
+        request.descriptor = Descriptor(result);
+    request.existed = result >= 0;
+    return result;
+}
+
+// The order is that of the likelier case: a file to be replaced is mostly not there yet.
+int openEither(Request& request)
+{
+    if (!request.makes())
+        return openOld(request);
+    if (request.creation == OPEN_ALWAYS) {
+        const int result = openOld(request);
+        if (result != -ENOENT)
+            return result;
+    }
+    const int result = openNew(request);
+    if (request.creation == CREATE_NEW || (result != -EEXIST && result != -ELOOP && result != -EISDIR))
+        return result;
+    return openOld(request);
+}
+
+DWORD openError(const Request& request, int result)
+{
+    const DWORD error = platformError(result);
+    // Something that is no part of the name space stands in the way of what is to be made.
+    if (request.makes() && (error == ERROR_FILE_EXISTS || error == ERROR_FILE_NOT_FOUND) &&
+        somethingInvisibleStands(request.place))
+        return ERROR_ACCESS_DENIED;
+    return error == ERROR_FILE_NOT_FOUND ? missingError(request.place) : error;
+}
+
+// Rules of the name space that the host doesn't know or, for the administrator, doesn't apply.
+DWORD kindError(const Request& request)
+{
+    if (isFolder(request.status))
+        return ERROR_ACCESS_DENIED;
+    if (!isFile(request.status))
+        return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
+    const DWORD attributes = attributesOf(request.status, storedAttributes(request.descriptor.number(), ""), false);
+    if ((attributes & FILE_ATTRIBUTE_ROMMODULE) != 0)
+        return ERROR_ACCESS_DENIED;
+    const bool keepsOut = (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM)) != 0;
+    return keepsOut && request.writes() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
+}
+
+DWORD sharingError(const Request& request, const OpenFiles& table, const FileKey& key)
+{
+    Sharing effective = request.sharing;
+    if (request.truncates())
+        effective.access |= GENERIC_WRITE;  // to those who have it open, that is a write
+    if (table.conflicts(key, effective))
+        return ERROR_SHARING_VIOLATION;
+    // Our own further descriptors would look like another process's.
+    if (effective.access != 0 && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
+        isUsedElsewhere(request.descriptor.number(), effective, key.device))
+        return ERROR_SHARING_VIOLATION;
+    return ERROR_SUCCESS;
+}
+
+DWORD checkExisting(Request& request, const OpenFiles& table)
+{
+    if (const DWORD error = kindError(request); error != 0)
+        return error;
+    return sharingError(request, table, keyOf(request.status));
+}
+
+std::optional<DWORD> badRequest(const HostPlace& place, DWORD creation)
+{
+    if (place.error != 0)
+        return place.error;
+    if (creation < CREATE_NEW || creation > TRUNCATE_EXISTING)
+        return ERROR_INVALID_PARAMETER;
+    if (place.isMount())
+        return creation == CREATE_NEW ? ERROR_FILE_EXISTS : ERROR_ACCESS_DENIED;
+    if (place.endsInBackslash)
+        return ERROR_INVALID_NAME;
+    return std::nullopt;
+}
+
+}  // namespace
+
+Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
+{
+    if (const auto error = badRequest(place, creation))
+        return {*error, false, nullptr};
+    const std::shared_ptr<OpenFiles> table = OpenFiles::instance();
+    auto lock = table->lock();
+    Request request{place, sharing, creation, Descriptor(), {}, false};  // closes before the lock goes
+
+    if (const int result = openEither(request); result < 0)
+        return {openError(request, result), false, nullptr};
+    if (const int result = readStatus(request.descriptor.number(), "", request.status); result < 0)
+        return {platformError(result), false, nullptr};
+    if (request.existed) {
+        if (const DWORD error = checkExisting(request, *table); error != 0)
+            return {error, true, nullptr};
+    }
+
+    const FileKey key = keyOf(request.status);
+    if (!request.existed)
+        table->noteMade(request.status);
+    const auto shared = table->enter(key, sharing, place.mount, request.status.stx_size);
+    const int descriptor = request.descriptor.number();
+    auto file = std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), place);
+    if (request.existed && request.truncates()) {
+        std::unique_lock fileLock(shared->mutex());
+        const DWORD error = shared->endAt(descriptor, 0);
+        fileLock.unlock();
+        lock.unlock();  // a file that isn't handed out leaves the table as it goes
+        if (error != 0)
+            return {error, true, nullptr};
+    }
+    return {0, request.existed, std::move(file)};
+}
+
+}  // namespace platform::file

@@ -1,0 +1,63 @@
+// use_elsewhere.cpp - see use_elsewhere.h
+#include "use_elsewhere.h"
+
+#include "host_calls.h"
+
+#include "ce/file.h"
+
+#include <fcntl.h>
+#include <linux/magic.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <optional>
+
+namespace platform::file {
+
+namespace {
+
+// These refuse leases, in the very words of a file in use, for reasons of their own.
+constexpr std::array<std::uint64_t, 11> NetworkFileSystems = {
+    NFS_SUPER_MAGIC, SMB_SUPER_MAGIC,  CIFS_SUPER_MAGIC,        SMB2_SUPER_MAGIC,      CEPH_SUPER_MAGIC, AFS_FS_MAGIC,
+    V9FS_MAGIC,      CODA_SUPER_MAGIC, 0x0BD00BD0 /* Lustre */, 0x01161970 /* GFS2 */, OCFS2_SUPER_MAGIC};
+
+bool leasesCanBeTrusted(int file, std::uint64_t device)
+{
+    // Files come device by device, so remembering one answer saves nearly every question.
+    static std::atomic<std::uint64_t> trustedDevice = ~std::uint64_t{0};
+    if (trustedDevice.load(std::memory_order_relaxed) == device)
+        return true;
+    const std::optional<std::uint64_t> kind = fileSystemKind(file);
+    if (!kind || std::ranges::find(NetworkFileSystems, *kind) != NetworkFileSystems.end())
+        return false;
+    trustedDevice.store(device, std::memory_order_relaxed);
+    return true;
+}
+
+// The lease that nobody gets while another process is in the way; nothing where there is none.
+std::optional<int> tellingLease(const Sharing& sharing)
+{
+    if ((sharing.share & (FILE_SHARE_READ | FILE_SHARE_WRITE)) == 0)
+        return F_WRLCK;
+    // Our own writing would stand in the way of this one.
+    if ((sharing.share & FILE_SHARE_WRITE) == 0 && (sharing.access & GENERIC_WRITE) == 0)
+        return F_RDLCK;
+    return std::nullopt;
+}
+
+}  // namespace
+
+bool isUsedElsewhere(int file, const Sharing& sharing, std::uint64_t device)
+{
+    const std::optional<int> lease = tellingLease(sharing);
+    if (!lease || !leasesCanBeTrusted(file, device))
+        return false;
+    const int result = setLease(file, *lease);
+    if (result == 0)
+        (void)setLease(file, F_UNLCK);  // it would fail only if the lease were gone already
+    return result == -EAGAIN;
+}
+
+}  // namespace platform::file

@@ -1,0 +1,15 @@
+// use_elsewhere.h - does another process use a file in a way that the sharing asked for forbids?
+#pragma once
+
+#include "open_files.h"
+
+#include <cstdint>
+
+namespace platform::file {
+
+// `file` is the only descriptor of this process on the file. Told by a lease that is taken and dropped at
+// once: the host grants it only if nobody else has the file open. True only if the host says so for sure:
+// a file of another user, a network folder or sharing that leases can't express give false.
+[[nodiscard]] bool isUsedElsewhere(int file, const Sharing& sharing, std::uint64_t device);
+
+}  // namespace platform::file

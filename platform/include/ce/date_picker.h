@@ -1,0 +1,19 @@
+// ce/date_picker.h - the date picker "SysDateTimePick32". After each change by the user it sends WM_NOTIFY with
+// DTN_DATETIMECHANGE; setting a date by message sends nothing.
+#pragma once
+
+#include "ce/controls.h"
+#include "ce/time.h"
+
+// (0, SYSTEMTIME): GDT_VALID. The date shown, with the time of day that was set.
+inline constexpr UINT DTM_GETSYSTEMTIME = 0x1001;
+// (GDT_VALID, SYSTEMTIME): nonzero, 0 for a date that doesn't exist; wDayOfWeek is not looked at.
+inline constexpr UINT DTM_SETSYSTEMTIME = 0x1002;
+inline constexpr WPARAM GDT_VALID = 0;
+inline constexpr UINT DTN_DATETIMECHANGE = static_cast<UINT>(-759);
+
+struct NMDATETIMECHANGE {
+    NMHDR nmhdr;
+    DWORD dwFlags;  // GDT_VALID
+    SYSTEMTIME st;
+};

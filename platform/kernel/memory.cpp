@@ -1,0 +1,23 @@
+// memory.cpp - the process heap is the host's.
+#include "ce/memory.h"
+
+#include "ce/error.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+HLOCAL LocalAlloc(UINT flags, std::size_t bytes)
+{
+    // The host may give null for 0 bytes, which would look like a failure.
+    const std::size_t size = std::max<std::size_t>(bytes, 1);
+    void* const block = (flags & LMEM_ZEROINIT) != 0 ? std::calloc(1, size) : std::malloc(size);
+    if (!block)
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return block;
+}
+
+HLOCAL LocalFree(HLOCAL block)
+{
+    std::free(block);
+    return nullptr;
+}

@@ -1,0 +1,97 @@
+// module.cpp - the one library there is, and the entry points registered for it.
+#include "ce/module.h"
+
+#include "entry_points.h"
+
+#include "ce/error.h"
+
+#include <map>
+#include <mutex>
+#include <string_view>
+#include <utility>
+
+namespace platform::kernel {
+
+namespace {
+
+constexpr std::u16string_view LibraryName = u"\\WINDOWS\\COREDLL.DLL";
+
+struct EntryPoints {
+    std::mutex mutex;
+    std::map<std::u16string, FARPROC, std::less<>> byName;
+};
+
+EntryPoints& entryPoints()
+{
+    static EntryPoints only;
+    return only;
+}
+
+// It can't be unloaded, so it needs no number in the handle table: its address tells it apart.
+HMODULE theModule()
+{
+    static constexpr char place = 0;
+    return reinterpret_cast<HMODULE>(const_cast<char*>(&place));
+}
+
+// The library's name is ASCII, so folding ASCII is enough.
+constexpr char16_t upperAscii(char16_t character)
+{
+    return character >= u'a' && character <= u'z' ? static_cast<char16_t>(character - 32) : character;
+}
+
+bool isLibraryName(std::u16string_view name)
+{
+    if (name.size() != LibraryName.size())
+        return false;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        if (upperAscii(name[i]) != LibraryName[i])
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void registerEntryPoint(std::u16string name, FARPROC entryPoint)
+{
+    EntryPoints& known = entryPoints();
+    const std::lock_guard lock(known.mutex);
+    known.byName.insert_or_assign(std::move(name), entryPoint);
+}
+
+}  // namespace platform::kernel
+
+using namespace platform::kernel;
+
+HMODULE LoadLibraryW(const WCHAR* name)
+{
+    if (name && isLibraryName(name))
+        return theModule();
+    SetLastError(ERROR_MOD_NOT_FOUND);
+    return nullptr;
+}
+
+FARPROC GetProcAddressW(HMODULE module, const WCHAR* name)
+{
+    if (module != theModule()) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return nullptr;
+    }
+    EntryPoints& known = entryPoints();
+    const std::lock_guard lock(known.mutex);
+    const auto found = name ? known.byName.find(std::u16string_view(name)) : known.byName.end();
+    if (found == known.byName.end()) {
+        SetLastError(ERROR_PROC_NOT_FOUND);
+        return nullptr;
+    }
+    return found->second;
+}
+
+BOOL FreeLibrary(HMODULE module)
+{
+    if (module == theModule())
+        return TRUE;
+    SetLastError(ERROR_INVALID_HANDLE);
+    return FALSE;
+}

@@ -1,0 +1,25 @@
+// open_key.h - what an HKEY of RegCreateKeyExW stands for.
+#pragma once
+
+#include "handle_table.h"
+
+#include <cstdint>
+
+namespace platform::registry {
+
+class OpenKey final : public kernel::Object {
+public:
+    OpenKey(std::int64_t row, int level) : row_(row), level_(level) {}
+
+    // Keys go back with RegCloseKey alone.
+    [[nodiscard]] bool takesCloseHandle() const override { return false; }
+
+    [[nodiscard]] std::int64_t row() const { return row_; }
+    [[nodiscard]] int level() const { return level_; }  // below its predefined key
+
+private:
+    std::int64_t row_;
+    int level_;
+};
+
+}  // namespace platform::registry

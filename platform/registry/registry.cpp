@@ -1,0 +1,189 @@
+// The registry's calls.
+#include "ce/registry.h"
+
+#include "device_database.h"
+#include "open_key.h"
+#include "registry_rows.h"
+
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace {
+
+using platform::database::Connection;
+using platform::database::DatabaseUse;
+using platform::database::Statement;
+using platform::database::Step;
+using platform::database::Transaction;
+using platform::registry::FoundKey;
+using platform::registry::OpenKey;
+
+// The platform's limits, of a key's or value's name and of a key's place below its predefined one.
+constexpr std::size_t NameLimit = 255;
+constexpr int LevelLimit = 16;
+
+// Where a key stands: its row and its level below the predefined key.
+struct KeyPlace {
+    std::int64_t row = 0;
+    int level = 0;
+};
+
+LONG error(DWORD number)
+{
+    return static_cast<LONG>(number);
+}
+
+LONG errorOf(Step step)
+{
+    return error(step == Step::Done ? ERROR_SUCCESS : step == Step::Full ? ERROR_DISK_FULL : ERROR_GEN_FAILURE);
+}
+
+std::optional<std::int64_t> predefinedRow(HKEY key)
+{
+    if (key == HKEY_CLASSES_ROOT)
+        return platform::registry::ClassesRootRow;
+    if (key == HKEY_CURRENT_USER)
+        return platform::registry::CurrentUserRow;
+    if (key == HKEY_LOCAL_MACHINE)
+        return platform::registry::LocalMachineRow;
+    if (key == HKEY_USERS)
+        return platform::registry::UsersRow;
+    return std::nullopt;
+}
+
+std::optional<KeyPlace> placeOf(HKEY key)
+{
+    if (const auto row = predefinedRow(key))
+        return KeyPlace{*row, 0};
+    if (const auto open = platform::kernel::findHandle<OpenKey>(key))
+        return KeyPlace{open->row(), open->level()};
+    return std::nullopt;
+}
+
+// Names are stored as Unicode text, in which no half of a character stands alone.
+bool isText(std::u16string_view name)
+{
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        const bool high = (name[at] & 0xFC00) == 0xD800;
+        const bool pair = high && at + 1 < name.size() && (name[at + 1] & 0xFC00) == 0xDC00;
+        if ((name[at] & 0xF800) == 0xD800 && !pair)
+            return false;
+        at += pair ? 1 : 0;
+    }
+    return true;
+}
+
+// The names of the levels that lie between `level` and the key; nothing if the path is no good.
+std::optional<std::vector<std::u16string_view>> levelsOf(std::u16string_view subKey, int level)
+{
+    std::vector<std::u16string_view> names;
+    for (;;) {
+        const std::size_t end = subKey.find(u'\\');
+        const std::u16string_view name = subKey.substr(0, end);
+        if (name.empty() || name.size() > NameLimit || !isText(name) || ++level > LevelLimit)
+            return std::nullopt;
+        names.push_back(name);
+        if (end == std::u16string_view::npos)
+            return names;
+        subKey.remove_prefix(end + 1);
+    }
+}
+
+// A value without a name is the key's default value.
+std::u16string_view valueName(const WCHAR* name)
+{
+    return name == nullptr ? std::u16string_view() : std::u16string_view(name);
+}
+
+}  // namespace
+
+LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR* /*className*/, DWORD options,
+                     DWORD /*access*/, const void* security, HKEY* result, DWORD* disposition)
+{
+    const auto parent = placeOf(key);
+    if (!parent)
+        return error(ERROR_INVALID_HANDLE);
+    if (subKey == nullptr || reserved != 0 || options != 0 || security != nullptr || result == nullptr)
+        return error(ERROR_INVALID_PARAMETER);
+    const auto names = levelsOf(subKey, parent->level);
+    if (!names)
+        return error(ERROR_INVALID_PARAMETER);
+
+    const DatabaseUse database;
+    if (!database)
+        return error(ERROR_GEN_FAILURE);
+    Transaction transaction(*database);
+    FoundKey found{parent->row, false};
+    for (const std::u16string_view name : *names) {
+        const Step step = platform::registry::openOrMakeKey(*database, found.row, name, found);
+        if (step != Step::Done)
+            return errorOf(step);
+    }
+    const Step committed = transaction.commit();
+    if (committed != Step::Done)
+        return errorOf(committed);
+
+    const int level = parent->level + static_cast<int>(names->size());
+    *result = static_cast<HKEY>(platform::kernel::addHandle(std::make_shared<OpenKey>(found.row, level)));
+    if (disposition != nullptr)
+        *disposition = found.made ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+    return ERROR_SUCCESS;
+}
+
+LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes)
+{
+    const auto place = placeOf(key);
+    if (!place)
+        return error(ERROR_INVALID_HANDLE);
+    if (reserved != nullptr || (data != nullptr && bytes == nullptr))
+        return error(ERROR_INVALID_PARAMETER);
+
+    const DatabaseUse database;
+    if (!database)
+        return error(ERROR_GEN_FAILURE);
+    Statement value = platform::registry::valueOf(*database, place->row, valueName(name));
+    const Step step = value.step();
+    if (step != Step::Row)
+        return step == Step::Done ? error(ERROR_FILE_NOT_FOUND) : errorOf(step);
+
+    const auto stored = value.bytes(1);
+    const DWORD capacity = bytes == nullptr ? 0 : *bytes;
+    if (bytes != nullptr)
+        *bytes = static_cast<DWORD>(stored.size());
+    if (type != nullptr)
+        *type = static_cast<DWORD>(value.integer(0));
+    if (data == nullptr)
+        return ERROR_SUCCESS;
+    if (stored.size() > capacity)
+        return error(ERROR_MORE_DATA);
+    if (!stored.empty())
+        std::memcpy(data, stored.data(), stored.size());
+    return ERROR_SUCCESS;
+}
+
+LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes)
+{
+    const auto place = placeOf(key);
+    if (!place)
+        return error(ERROR_INVALID_HANDLE);
+    const std::u16string_view valued = valueName(name);
+    if (reserved != 0 || valued.size() > NameLimit || !isText(valued) || (data == nullptr && bytes > 0))
+        return error(ERROR_INVALID_PARAMETER);
+
+    const DatabaseUse database;
+    if (!database)
+        return error(ERROR_GEN_FAILURE);
+    return errorOf(
+        platform::registry::writeValue(*database, place->row, valued, type, std::as_bytes(std::span(data, bytes))));
+}
+
+LONG RegCloseKey(HKEY key)
+{
+    if (predefinedRow(key))
+        return ERROR_SUCCESS;
+    if (!platform::kernel::findHandle<OpenKey>(key) || !platform::kernel::removeHandle(key))
+        return error(ERROR_INVALID_HANDLE);
+    return ERROR_SUCCESS;
+}

@@ -1,0 +1,60 @@
+// The registry's tables.
+#include "registry_rows.h"
+
+#include "case_folding.h"
+
+#include <string>
+
+namespace platform::registry {
+
+namespace {
+
+using database::Connection;
+using database::Statement;
+using database::Step;
+
+std::u16string folded(std::u16string_view name)
+{
+    std::u16string result(name);
+    for (char16_t& character : result)
+        character = text::foldCase(character);
+    return result;
+}
+
+}  // namespace
+
+Step openOrMakeKey(Connection& connection, std::int64_t parent, std::u16string_view name, FoundKey& key)
+{
+    const std::u16string sought = folded(name);
+    Statement find = connection.prepare("SELECT id FROM registry_key WHERE parent = ? AND folded = ?");
+    const Step found = find.bind(parent, sought).step();
+    key.made = found == Step::Done;
+    if (found == Step::Row)
+        key.row = find.integer(0);
+    if (found != Step::Done)
+        return found == Step::Row ? Step::Done : found;
+
+    Statement make = connection.prepare("INSERT INTO registry_key (parent, name, folded) VALUES (?, ?, ?)");
+    const Step made = make.bind(parent, name, sought).step();
+    key.row = connection.lastInsertId();
+    return made;
+}
+
+Statement valueOf(Connection& connection, std::int64_t key, std::u16string_view name)
+{
+    Statement find = connection.prepare("SELECT type, data FROM registry_value WHERE key = ? AND folded = ?");
+    find.bind(key, folded(name));
+    return find;
+}
+
+Step writeValue(Connection& connection, std::int64_t key, std::u16string_view name, DWORD type,
+                std::span<const std::byte> data)
+{
+    const std::u16string sought = folded(name);
+    Statement write = connection.prepare("INSERT INTO registry_value (key, name, folded, type, data) "
+                                         "VALUES (?1, ?2, ?3, ?4, ?5) "
+                                         "ON CONFLICT (key, folded) DO UPDATE SET type = ?4, data = ?5");
+    return write.bind(key, name, sought, type, data).step();
+}
+
+}  // namespace platform::registry

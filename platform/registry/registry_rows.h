@@ -1,0 +1,36 @@
+// registry_rows.h - the registry's tables: keys by number, values by key and name, names without case.
+#pragma once
+
+#include "connection.h"
+
+#include "ce/types.h"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace platform::registry {
+
+// Row numbers of the predefined keys.
+inline constexpr std::int64_t ClassesRootRow = 1;
+inline constexpr std::int64_t CurrentUserRow = 2;
+inline constexpr std::int64_t LocalMachineRow = 3;
+inline constexpr std::int64_t UsersRow = 4;
+
+struct FoundKey {
+    std::int64_t row = 0;
+    bool made = false;
+};
+
+// The key of that name below `parent`, made if it is missing. Done, or what failed.
+[[nodiscard]] database::Step openOrMakeKey(database::Connection& connection, std::int64_t parent,
+                                           std::u16string_view name, FoundKey& key);
+
+// Prepares the reading of one value: a row of type and data, if there is one.
+[[nodiscard]] database::Statement valueOf(database::Connection& connection, std::int64_t key, std::u16string_view name);
+
+// Sets or replaces a value. Done, or what failed.
+[[nodiscard]] database::Step writeValue(database::Connection& connection, std::int64_t key, std::u16string_view name,
+                                        DWORD type, std::span<const std::byte> data);
+
+}  // namespace platform::registry

@@ -1,0 +1,122 @@
+// The object store's calls on databases as a whole.
+#include "ce/store.h"
+
+#include "database_rows.h"
+#include "database_walk.h"
+#include "device_database.h"
+#include "object_store.h"
+#include "record_rows.h"
+
+#include <memory>
+
+using platform::database::DatabaseUse;
+using platform::database::Gathered;
+using platform::database::Transaction;
+using namespace platform::store;
+
+namespace {
+
+template <class Result>
+Result fail(DWORD error, Result failed)
+{
+    SetLastError(error);
+    return failed;
+}
+
+// The error to tell when a row was looked for: `missing` if there is none.
+template <class Row>
+DWORD faultOf(const Found<Row>& found, DWORD missing)
+{
+    return found.row ? 0 : found.error != 0 ? found.error : missing;
+}
+
+}  // namespace
+
+HANDLE CeFindFirstDatabase(DWORD type)
+{
+    const DatabaseUse use(Gathered::GoOn);
+    if (!use)
+        return fail(ERROR_GEN_FAILURE, INVALID_HANDLE_VALUE);
+    auto walk = std::make_shared<DatabaseWalk>();
+    walk->type = type;
+    walk->databasesDeleted = storeState().databasesDeleted;
+    return platform::kernel::addHandle(std::move(walk));
+}
+
+CEOID CeFindNextDatabase(HANDLE enumeration)
+{
+    const auto walk = platform::kernel::findHandle<DatabaseWalk>(enumeration);
+    if (!walk)
+        return fail(ERROR_INVALID_PARAMETER, CEOID{0});
+    const DatabaseUse use(Gathered::GoOn);
+    if (!use)
+        return fail(ERROR_GEN_FAILURE, CEOID{0});
+    if (walk->databasesDeleted != storeState().databasesDeleted)
+        return fail(ERROR_KEY_DELETED, CEOID{0});
+    const auto next = databaseAfter(*use, walk->last, walk->type);
+    if (!next.row)
+        return fail(faultOf(next, ERROR_NO_MORE_ITEMS), CEOID{0});
+    return walk->last = *next.row;
+}
+
+BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info)
+{
+    if (info == nullptr)
+        return fail(ERROR_INVALID_PARAMETER, FALSE);
+    const DatabaseUse use(Gathered::GoOn);
+    if (!use)
+        return fail(ERROR_GEN_FAILURE, FALSE);
+    const auto database = databaseInfo(*use, oid);
+    if (database.error != 0)
+        return fail(database.error, FALSE);
+    if (database.row) {
+        *info = {.wObjType = OBJTYPE_DATABASE, .wPad = 0, .infDatabase = *database.row};
+        return TRUE;
+    }
+    const auto owner = ownerOfRecord(*use, oid);
+    if (!owner.row)
+        return fail(faultOf(owner, ERROR_INVALID_HANDLE), FALSE);
+    *info = {.wObjType = OBJTYPE_RECORD, .wPad = 0, .infRecord = {*owner.row}};
+    return TRUE;
+}
+
+CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SORTORDERSPEC* specs)
+{
+    const auto used = DatabaseName::of(name);
+    if (!used || sortOrders > CEDB_MAXSORTORDER || (sortOrders > 0 && specs == nullptr))
+        return fail(ERROR_INVALID_PARAMETER, CEOID{0});
+    const DatabaseUse use;
+    if (!use)
+        return fail(ERROR_GEN_FAILURE, CEOID{0});
+    const auto existing = databaseNamed(*use, *used);
+    if (existing.row || existing.error != 0)
+        return fail(existing.row ? ERROR_DUP_NAME : existing.error, CEOID{0});
+
+    constexpr SORTORDERSPEC DefaultOrder = {};
+    Transaction transaction(*use);
+    const auto made = sortOrders > 0 ? addDatabase(*use, *used, type, {specs, sortOrders})
+                                     : addDatabase(*use, *used, type, {&DefaultOrder, 1});
+    if (!made.row)
+        return fail(made.error, CEOID{0});
+    if (const auto step = transaction.commit(); step != platform::database::Step::Done)
+        return fail(errorOf(step), CEOID{0});
+    SetLastError(ERROR_SUCCESS);
+    return *made.row;
+}
+
+BOOL CeDeleteDatabase(CEOID oid)
+{
+    const DatabaseUse use;
+    if (!use)
+        return fail(ERROR_GEN_FAILURE, FALSE);
+    const auto existing = databaseInfo(*use, oid);
+    if (!existing.row)
+        return fail(faultOf(existing, ERROR_INVALID_PARAMETER), FALSE);
+    if (storeState().openHandles.contains(oid))
+        return fail(ERROR_SHARING_VIOLATION, FALSE);
+    if (const DWORD error = removeDatabase(*use, oid))
+        return fail(error, FALSE);
+    ++storeState().databasesDeleted;
+    ++storeState().recordsRemoved;
+    return TRUE;
+}

@@ -1,0 +1,78 @@
+// The rows of records.
+#include "record_rows.h"
+
+namespace platform::store {
+
+using database::Connection;
+using database::Statement;
+using database::Step;
+
+namespace {
+
+template <class Row, class Take>
+Found<Row> found(Statement& statement, Take take)
+{
+    switch (const Step step = statement.step()) {
+    case Step::Row:
+        return {take(statement), 0};
+    case Step::Done:
+        return {};
+    default:
+        return {std::nullopt, errorOf(step)};
+    }
+}
+
+DWORD numberOf(const Statement& statement)
+{
+    return static_cast<DWORD>(statement.integer(0));
+}
+
+}  // namespace
+
+DWORD errorOf(Step step)
+{
+    return step == Step::Full ? ERROR_DISK_FULL : ERROR_GEN_FAILURE;
+}
+
+Found<RecordRow> recordFrom(Connection& connection, CEOID owner, std::int64_t from)
+{
+    Statement statement = connection.prepare(
+        "SELECT oid, properties FROM store_record WHERE database = ? AND oid >= ? ORDER BY oid LIMIT 1");
+    statement.bind(owner, from);
+    return found<RecordRow>(statement, [](const Statement& row) {
+        const auto properties = row.bytes(1);
+        return RecordRow{numberOf(row), {properties.begin(), properties.end()}};
+    });
+}
+
+Found<CEOID> oidFrom(Connection& connection, CEOID owner, std::int64_t from, std::int64_t skipped)
+{
+    Statement statement = connection.prepare(
+        "SELECT oid FROM store_record WHERE database = ? AND oid >= ? ORDER BY oid LIMIT 1 OFFSET ?");
+    statement.bind(owner, from, skipped);
+    return found<CEOID>(statement, numberOf);
+}
+
+Found<CEOID> oidBefore(Connection& connection, CEOID owner, std::int64_t before, std::int64_t skipped)
+{
+    Statement statement = connection.prepare(
+        "SELECT oid FROM store_record WHERE database = ? AND oid < ? ORDER BY oid DESC LIMIT 1 OFFSET ?");
+    statement.bind(owner, before, skipped);
+    return found<CEOID>(statement, numberOf);
+}
+
+Found<DWORD> countBefore(Connection& connection, CEOID owner, std::int64_t oid)
+{
+    Statement statement = connection.prepare("SELECT count(*) FROM store_record WHERE database = ? AND oid < ?");
+    statement.bind(owner, oid);
+    return found<DWORD>(statement, numberOf);
+}
+
+Found<DWORD> countOf(Connection& connection, CEOID owner)
+{
+    Statement statement = connection.prepare("SELECT records FROM store_database WHERE oid = ?");
+    statement.bind(owner);
+    return found<DWORD>(statement, numberOf);
+}
+
+}  // namespace platform::store

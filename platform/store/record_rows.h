@@ -1,0 +1,44 @@
+// record_rows.h - the rows of one database's records, in their order, which is that of their oids.
+#pragma once
+
+#include "connection.h"
+#include "record_bytes.h"
+
+#include "ce/store.h"
+
+#include <optional>
+
+namespace platform::store {
+
+// A row that was looked for, or how looking for it failed.
+template <class Row>
+struct Found {
+    std::optional<Row> row;
+    DWORD error = 0;  // with no row: 0 there is none, otherwise the platform's number
+};
+
+struct RecordRow {
+    CEOID oid = 0;
+    RecordBytes properties;
+};
+
+// The platform's number for a step that failed.
+[[nodiscard]] DWORD errorOf(database::Step step);
+
+// The first record whose oid is at least `from`.
+[[nodiscard]] Found<RecordRow> recordFrom(database::Connection& connection, CEOID owner, std::int64_t from);
+
+// The oid of the record `skipped` further on from the first one at or behind `from`, or back from the last
+// one before it.
+[[nodiscard]] Found<CEOID> oidFrom(database::Connection& connection, CEOID owner, std::int64_t from,
+                                   std::int64_t skipped);
+[[nodiscard]] Found<CEOID> oidBefore(database::Connection& connection, CEOID owner, std::int64_t before,
+                                     std::int64_t skipped);
+
+// How many records stand before `oid`: counts them one by one.
+[[nodiscard]] Found<DWORD> countBefore(database::Connection& connection, CEOID owner, std::int64_t oid);
+
+// How many records there are: known without counting.
+[[nodiscard]] Found<DWORD> countOf(database::Connection& connection, CEOID owner);
+
+}  // namespace platform::store

@@ -1,0 +1,139 @@
+// Moving a handle's pointer through its records.
+#include "ce/store.h"
+
+#include "device_database.h"
+#include "object_store.h"
+#include "open_database.h"
+#include "record_rows.h"
+
+using platform::database::Connection;
+using platform::database::DatabaseUse;
+using platform::database::Gathered;
+using namespace platform::store;
+
+namespace {
+
+// One seek. Where it leads to a record, the pointer stands there.
+class Seek {
+public:
+    Seek(Connection& connection, OpenDatabase& open) : connection_(connection), open_(open) {}
+
+    CEOID toRecord(CEOID oid)
+    {
+        const auto found = oidFrom(connection_, open_.database(), oid, 0);
+        return found.row == oid ? stand(oid) : refuse(found.error != 0 ? found.error : ERROR_INVALID_PARAMETER);
+    }
+
+    // From the record at or behind `from`.
+    CEOID forward(std::int64_t from, std::int64_t records)
+    {
+        const auto found = oidFrom(connection_, open_.database(), from, records);
+        if (found.row)
+            return stand(*found.row);
+        if (found.error == 0)
+            standBehind();
+        return refuse(found.error != 0 ? found.error : ERROR_SEEK);
+    }
+
+    // From the record at or behind `from`, by at least 1.
+    CEOID back(std::int64_t from, std::int64_t records)
+    {
+        const auto found = oidBefore(connection_, open_.database(), from, records - 1);
+        return found.row ? stand(*found.row) : refuse(found.error != 0 ? found.error : ERROR_SEEK);
+    }
+
+    CEOID behindLast()
+    {
+        standBehind();
+        SetLastError(ERROR_SUCCESS);
+        return 0;
+    }
+
+private:
+    CEOID stand(CEOID oid)
+    {
+        open_.pointer = {.from = oid, .exact = true};
+        return oid;
+    }
+
+    void standBehind() { open_.pointer = {.from = RecordPointer::Behind, .exact = false}; }
+
+    static CEOID refuse(DWORD error)
+    {
+        SetLastError(error);
+        return 0;
+    }
+
+    Connection& connection_;
+    OpenDatabase& open_;
+};
+
+CEOID seek(Connection& connection, OpenDatabase& open, DWORD how, DWORD value)
+{
+    Seek seek(connection, open);
+    const std::int64_t step = how == CEDB_SEEK_CURRENT ? std::int64_t{static_cast<LONG>(value)} : std::int64_t{value};
+    switch (how) {
+    case CEDB_SEEK_CEOID:
+        return seek.toRecord(value);
+    case CEDB_SEEK_BEGINNING:
+        return seek.forward(0, step);
+    case CEDB_SEEK_END:
+        return step == 0 ? seek.behindLast() : seek.back(RecordPointer::Behind, step);
+    case CEDB_SEEK_CURRENT:
+        return step < 0 ? seek.back(open.pointer.from, -step) : seek.forward(open.pointer.from, step);
+    default:
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+}
+
+// What is known without counting: of the record where the pointer stood, and behind the last one.
+std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& open, const RecordPointer& pointer)
+{
+    if (pointer.from == RecordPointer::Behind)
+        return countOf(connection, open.database()).row;
+    if (open.known && open.known->oid == pointer.from && open.known->recordsRemoved == storeState().recordsRemoved)
+        return open.known->position;
+    return std::nullopt;
+}
+
+// The position of the record that the pointer has come to from `before`.
+DWORD positionAfter(Connection& connection, OpenDatabase& open, const RecordPointer& before, DWORD how, DWORD value)
+{
+    std::optional<DWORD> position = knownPosition(connection, open, open.pointer);
+    if (!position && how == CEDB_SEEK_BEGINNING)
+        position = value;
+    if (!position && (how == CEDB_SEEK_CURRENT || how == CEDB_SEEK_END)) {
+        const DWORD records = how == CEDB_SEEK_END ? 0 - value : value;
+        const RecordPointer start = how == CEDB_SEEK_END ? RecordPointer{RecordPointer::Behind, false} : before;
+        if (const auto known = knownPosition(connection, open, start))
+            position = *known + records;
+    }
+    if (!position)
+        position = countBefore(connection, open.database(), open.pointer.from).row;
+    return position.value_or(0);
+}
+
+}  // namespace
+
+CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index)
+{
+    const auto open = platform::kernel::findHandle<OpenDatabase>(database);
+    if (!open) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    const DatabaseUse use(Gathered::GoOn);
+    if (!use) {
+        SetLastError(ERROR_GEN_FAILURE);
+        return 0;
+    }
+    const RecordPointer before = open->pointer;
+    const CEOID found = seek(*use, *open, how, value);
+    if (index != nullptr && (found != 0 || open->pointer.from == RecordPointer::Behind)) {
+        *index = positionAfter(*use, *open, before, how, value);
+        if (found != 0)
+            open->known = {found, *index, storeState().recordsRemoved};
+    }
+    return found;
+}

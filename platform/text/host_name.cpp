@@ -1,0 +1,128 @@
+// Names of the device and names of the host, without loss in either direction.
+#include "host_name.h"
+
+#include "utf.h"
+
+#include <algorithm>
+#include <array>
+
+namespace platform::text {
+
+namespace {
+
+// A byte that the name space can't hold as it is stands there as this character plus the byte.
+constexpr char16_t EscapeBase = 0xF700;
+constexpr std::size_t HostNameBytes = 255;  // what the host's file systems take as one name
+
+constexpr bool isRefusedInNames(char16_t unit)
+{
+    return unit == u'\\' || unit == u'*' || unit == u'?' || unit == u'"' || unit == u'<' || unit == u'>' ||
+           unit == u'|';
+}
+
+// Bytes that stand for themselves in a device name, seen without the bytes around them.
+constexpr std::array<bool, 256> plainBytes = [] {
+    std::array<bool, 256> plain{};
+    for (unsigned byte = 0; byte < 0x80; ++byte)
+        plain[byte] = !isRefusedInNames(static_cast<char16_t>(byte));
+    return plain;
+}();
+
+constexpr bool isEscape(char32_t character)
+{
+    return character >= EscapeBase && character <= EscapeBase + 0xFF;
+}
+
+void appendEscaped(std::u16string& name, std::string_view bytes)
+{
+    for (const char byte : bytes)
+        name.push_back(static_cast<char16_t>(EscapeBase + static_cast<unsigned char>(byte)));
+}
+
+// From the first byte that needs a closer look.
+void appendDecoded(std::u16string& name, std::string_view rest)
+{
+    while (!rest.empty()) {
+        const Decoded decoded = decodeUtf8(rest);
+        const std::string_view bytes = rest.substr(0, std::max(decoded.units, 1U));
+        char16_t units[2];
+        if (decoded.units == 0 || isEscape(decoded.character) ||
+            isRefusedInNames(static_cast<char16_t>(std::min<char32_t>(decoded.character, 0xFFFF))))
+            appendEscaped(name, bytes);
+        else
+            name.append(units, encodeUtf16(decoded.character, units));
+        rest.remove_prefix(bytes.size());
+    }
+}
+
+}  // namespace
+
+std::u16string toDeviceName(std::string_view hostName)
+{
+    const auto* firstOther = std::find_if_not(hostName.begin(), hostName.end(),
+                                              [](char byte) { return plainBytes[static_cast<unsigned char>(byte)]; });
+    std::u16string name(hostName.begin(), firstOther);
+    if (firstOther != hostName.end())
+        appendDecoded(name, hostName.substr(name.size()));
+    return name;
+}
+
+std::optional<std::string> toHostName(std::u16string_view deviceName)
+{
+    std::string host;
+    host.reserve(deviceName.size());
+    for (const char16_t unit : deviceName) {
+        if (unit >= 0x80 || !plainBytes[unit])
+            break;
+        host.push_back(static_cast<char>(unit));
+    }
+    bool escaped = false;
+    for (std::u16string_view rest = deviceName.substr(host.size()); !rest.empty();) {
+        const Decoded decoded = decodeUtf16(rest);
+        if (decoded.units == 0 || isRefusedInNames(rest.front()))
+            return std::nullopt;
+        if (isEscape(decoded.character)) {
+            host.push_back(static_cast<char>(decoded.character - EscapeBase));
+            escaped = true;
+        } else {
+            char bytes[4];
+            host.append(bytes, encodeUtf8(decoded.character, bytes));
+        }
+        rest.remove_prefix(decoded.units);
+    }
+    if (host.empty() || host == "." || host == ".." || host.size() > HostNameBytes ||
+        host.find('/') != std::string::npos || host.find('\0') != std::string::npos)
+        return std::nullopt;
+    // Escapes that spell out what has a plain form (a letter, a valid character) would give one file two names.
+    if (escaped && toDeviceName(host) != deviceName)
+        return std::nullopt;
+    return host;
+}
+
+std::string toUtf8(std::u16string_view text)
+{
+    std::string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const Decoded decoded = decodeUtf16(text);
+        char bytes[4];
+        result.append(bytes, encodeUtf8(decoded.units == 0 ? ReplacementCharacter : decoded.character, bytes));
+        text.remove_prefix(std::max(decoded.units, 1U));
+    }
+    return result;
+}
+
+std::u16string fromUtf8(std::string_view text)
+{
+    std::u16string result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const Decoded decoded = decodeUtf8(text);
+        char16_t units[2];
+        result.append(units, encodeUtf16(decoded.units == 0 ? ReplacementCharacter : decoded.character, units));
+        text.remove_prefix(std::max(decoded.units, 1U));
+    }
+    return result;
+}
+
+}  // namespace platform::text

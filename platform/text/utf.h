@@ -1,0 +1,41 @@
+// utf.h - one character at a time out of UTF-8 and UTF-16, and into them.
+#pragma once
+
+#include <string_view>
+
+namespace platform::text {
+
+inline constexpr char32_t ReplacementCharacter = 0xFFFD;
+
+inline constexpr bool isHighSurrogate(char16_t unit)
+{
+    return (unit & 0xFC00) == 0xD800;
+}
+
+inline constexpr bool isLowSurrogate(char16_t unit)
+{
+    return (unit & 0xFC00) == 0xDC00;
+}
+
+inline constexpr bool isSurrogate(char16_t unit)
+{
+    return (unit & 0xF800) == 0xD800;
+}
+
+struct Decoded {
+    char32_t character = 0;
+    unsigned units = 0;  // bytes or code units that it took; 0: what stands there is not valid
+};
+
+// The first character of `bytes`, which is not empty. Overlong forms, surrogates and values above 10FFFF
+// are not valid.
+[[nodiscard]] Decoded decodeUtf8(std::string_view bytes);
+
+// The first character of `text`, which is not empty. A lone surrogate is not valid.
+[[nodiscard]] Decoded decodeUtf16(std::u16string_view text);
+
+// Both write one valid character and give the units written.
+unsigned encodeUtf8(char32_t character, char (&out)[4]);
+unsigned encodeUtf16(char32_t character, char16_t (&out)[2]);
+
+}  // namespace platform::text

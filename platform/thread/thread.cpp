@@ -1,0 +1,51 @@
+// Threads of the program.
+#include "ce/thread.h"
+
+#include "handle_table.h"
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <system_error>
+#include <thread>
+
+namespace {
+
+// A thread's handle is a name for it and holds nothing: the thread runs on without it.
+class Thread final : public platform::kernel::Object {};
+
+HANDLE fail(DWORD error)
+{
+    SetLastError(error);
+    return nullptr;
+}
+
+}  // namespace
+
+HANDLE CreateThread(const void* security, DWORD /*stackBytes*/, LPTHREAD_START_ROUTINE procedure, void* parameter,
+                    DWORD flags, DWORD* id)
+{
+    static std::atomic<DWORD> lastId = 0;
+    if (security != nullptr || procedure == nullptr || flags != 0)
+        return fail(ERROR_INVALID_PARAMETER);
+
+    // The handle and the id come first: once the thread runs, nothing may fail any more.
+    const HANDLE handle = platform::kernel::addHandle(std::make_shared<Thread>());
+    if (id != nullptr)
+        *id = ++lastId;
+    try {
+        std::thread([procedure, parameter] { (void)procedure(parameter); }).detach();
+    } catch (const std::system_error&) {
+        (void)platform::kernel::removeHandle(handle);
+        return fail(ERROR_NOT_ENOUGH_MEMORY);
+    }
+    return handle;
+}
+
+void Sleep(DWORD milliseconds)
+{
+    if (milliseconds == 0)
+        std::this_thread::yield();
+    else
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}

@@ -1,0 +1,20 @@
+// list_box.h - what a list box holds.
+#pragma once
+
+#include "core.h"
+#include "list_rows.h"
+
+#include "ce/controls.h"
+
+namespace platform::window {
+
+struct ListBoxState : ControlState {
+    explicit ListBoxState(DWORD style) : rows((style & LBS_SORT) != 0), multiple((style & LBS_MULTIPLESEL) != 0) {}
+
+    ListRows rows;
+    bool multiple;
+    long caret = -1;  // single selection: the selected row or -1; multiple: the row with the focus frame
+    long selectedCount = 0;
+};
+
+}  // namespace platform::window

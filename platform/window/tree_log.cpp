@@ -1,0 +1,129 @@
+// What has changed in a tree since its display last asked.
+#include "tree_log.h"
+
+#include <utility>
+
+namespace platform::window {
+
+namespace {
+
+bool isNew(const TreeItems& items, ItemIndex index)
+{
+    return index != 0 && !items[index].shown;
+}
+
+// The siblings side by side that the display doesn't know yet, `index` among them, as one range; and before it the one
+// that its parent belongs to.
+void deliver(TreeItems& items, ItemIndex index, TreeChanges& changes)
+{
+    const ItemIndex parent = items[index].parent;
+    if (isNew(items, parent))
+        deliver(items, parent, changes);
+    while (isNew(items, items[index].previous))
+        index = items[index].previous;
+    TreeRange range{items.handleOf(parent), items.handleOf(items[index].previous), {}};
+    for (; isNew(items, index); index = items[index].next) {
+        items[index].shown = true;
+        range.items.push_back(items.handleOf(index));
+        if (items[index].expanded)
+            changes.folded.push_back({items.handleOf(index), true});
+    }
+    changes.inserted.push_back(std::move(range));
+}
+
+}  // namespace
+
+void TreeLog::inserted(TreeItems& items, ItemIndex index)
+{
+    // A neighbour that is new as well stands for both.
+    if (asked_ && !isNew(items, items[index].previous) && !isNew(items, items[index].next))
+        inserted_.push_back(items.handleOf(index));
+}
+
+void TreeLog::removing(TreeItems& items, ItemIndex index)
+{
+    if (!asked_)
+        return;
+    const Item& item = items[index];
+    if (!item.shown) {
+        // It may have stood for its neighbours.
+        for (const ItemIndex neighbour : {item.previous, item.next})
+            if (isNew(items, neighbour))
+                inserted_.push_back(items.handleOf(neighbour));
+        return;
+    }
+    const HTREEITEM handle = items.handleOf(index);
+    const HTREEITEM parent = items.handleOf(item.parent);
+    const bool goesOn = !removed_.empty() && removed_.back().parent == parent;
+    if (goesOn && handle == behindRemoved_) {
+        ++removed_.back().count;
+        behindRemoved_ = items.handleOf(item.next);
+    } else if (goesOn && handle == beforeRemoved_) {
+        ++removed_.back().count;
+        removed_.back().first = handle;
+        beforeRemoved_ = items.handleOf(item.previous);
+    } else {
+        removed_.push_back({parent, handle, 1});
+        behindRemoved_ = items.handleOf(item.next);
+        beforeRemoved_ = items.handleOf(item.previous);
+    }
+}
+
+void TreeLog::updated(TreeItems& items, ItemIndex index)
+{
+    Item& item = items[index];
+    if (index != 0 && item.shown && !std::exchange(item.updateNoted, true))
+        updated_.push_back(items.handleOf(index));
+}
+
+void TreeLog::folded(TreeItems& items, ItemIndex index)
+{
+    Item& item = items[index];
+    if (item.shown && !std::exchange(item.foldNoted, true))
+        folded_.push_back(items.handleOf(index));
+}
+
+TreeChanges TreeLog::take(TreeItems& items)
+{
+    TreeChanges changes;
+    changes.toShow = std::exchange(toShow_, nullptr);
+    if (!std::exchange(asked_, true)) {
+        takeEverything(items, changes);
+        return changes;
+    }
+    changes.removed = std::exchange(removed_, {});
+    behindRemoved_ = beforeRemoved_ = nullptr;
+    for (const HTREEITEM handle : std::exchange(inserted_, {}))
+        if (const ItemIndex index = items.find(handle); isNew(items, index))
+            deliver(items, index, changes);
+    for (const HTREEITEM handle : std::exchange(updated_, {})) {
+        if (const ItemIndex index = items.find(handle); index != 0) {
+            items[index].updateNoted = false;
+            changes.updated.push_back(handle);
+        }
+    }
+    for (const HTREEITEM handle : std::exchange(folded_, {})) {
+        if (const ItemIndex index = items.find(handle); index != 0) {
+            items[index].foldNoted = false;
+            changes.folded.push_back({handle, items[index].expanded});
+        }
+    }
+    return changes;
+}
+
+void TreeLog::startOver(TreeItems& items)
+{
+    *this = TreeLog();
+    for (ItemIndex index = items.nextWithin(0, 0); index != 0; index = items.nextWithin(index, 0))
+        items[index].shown = items[index].updateNoted = items[index].foldNoted = false;
+}
+
+// Parents come before their children in this order.
+void TreeLog::takeEverything(TreeItems& items, TreeChanges& changes)
+{
+    for (ItemIndex index = items.nextWithin(0, 0); index != 0; index = items.nextWithin(index, 0))
+        if (isNew(items, index))
+            deliver(items, index, changes);
+}
+
+}  // namespace platform::window

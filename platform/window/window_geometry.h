@@ -1,0 +1,11 @@
+// window_geometry.h - windows on the screen, for the core's other files.
+#pragma once
+
+#include "core.h"
+
+namespace platform::window {
+
+// Where the window's client area begins on the screen. Needs the lock.
+[[nodiscard]] POINT originOf(const Window& window);
+
+}  // namespace platform::window

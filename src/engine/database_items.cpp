@@ -1,0 +1,62 @@
+// database_items.cpp - see database_items.h.
+
+#include "database_items.h"
+
+#include "compressed_stream.h"
+#include "database_image.h"
+#include "questions.h"
+#include "run_progress.h"
+#include "set_state.h"
+
+#include "ce/text.h"
+
+namespace {
+
+constexpr UINT DatabaseMessageText = 118;
+constexpr UINT DatabasesText = 131;
+
+void StoreDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath, HANDLE stream)
+{
+    StoredItem item = BeginEntry(run, ItemKindDatabase, name, nullptr);
+    CopyStream(run, item, stream, true, nullptr);
+    CloseHandle(stream);
+    EndEntry(run, item);
+    DeleteFileW(imagePath);
+    DeleteFileW(run.temporaryPath);
+    Log(run, u"INF: End Database backup: %s", name);
+}
+
+void BackUpDatabase(BackupRun& run, const WCHAR* name)
+{
+    WCHAR message[TextChars];
+    wsprintfW(message, LoadText(DatabaseMessageText, gTextA), name);
+    ProgressSetMessage(run.progress, message);
+    Log(run, u"INF: Start Database backup: %s", name);
+
+    // A failed dump still leaves the image to be tried: with none, its packing fails and tells so once more.
+    if (!DumpDatabase(name))
+        Log(run, u"ERR: Database backup: %s", name);
+    WCHAR imagePath[MAX_PATH];
+    wsprintfW(imagePath, u"\\%s.CDB", name);
+    if (!CompressFile(imagePath, run.temporaryPath))
+        Log(run, u"ERR: Database backup: %s", name);
+    HANDLE stream = OpenTemporaryStream(run);
+    if (stream != INVALID_HANDLE_VALUE)
+        StoreDatabase(run, name, imagePath, stream);
+    ProgressStep(run.progress, 0);
+}
+
+} // namespace
+
+void BackUpDatabases(BackupRun& run)
+{
+    run.progress = OpenRunProgress(DatabasesText, CountOf(gDatabaseList));
+    SetWaitCursor();
+    EntryBuffer entry;
+    DWORD length = 0;
+    for (BOOL more = gDatabaseList && gDatabaseList->First(entry.bytes, &length); more;
+         more = gDatabaseList->Next(entry.bytes, &length)) {
+        CopyText(run.itemName, entry.name);
+        BackUpDatabase(run, entry.name);
+    }
+}

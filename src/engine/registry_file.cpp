@@ -1,0 +1,53 @@
+// registry_file.cpp - see registry_file.h.
+
+#include "registry_file.h"
+
+#include "compressed_stream.h"
+#include "set_entry.h"
+#include "set_state.h"
+
+#include "ce/module.h"
+
+RegistryFileCall gRegCopyFile;
+RegistryFileCall gRegRestoreFile;
+
+namespace {
+
+const WCHAR RegistryFilePath[] = u"TMVRegFile.QBR"; // in the root, since there is no current folder
+
+// The entry's name means nothing: it is that of the item before.
+void StoreRegistry(BackupRun& run, HANDLE stream)
+{
+    StoredItem item = BeginEntry(run, ItemKindRegistry, run.itemName, nullptr);
+    CopyStream(run, item, stream, false, nullptr);
+    CloseHandle(stream);
+    EndEntry(run, item);
+    DeleteFileW(RegistryFilePath);
+    DeleteFileW(run.temporaryPath);
+    Log(run, u"INF: End registry backup");
+}
+
+} // namespace
+
+void LookUpRegistryFileCalls()
+{
+    HMODULE platform = LoadLibraryW(u"\\WINDOWS\\COREDLL.DLL");
+    gRegCopyFile = reinterpret_cast<RegistryFileCall>(GetProcAddressW(platform, u"RegCopyFile"));
+    gRegRestoreFile = reinterpret_cast<RegistryFileCall>(GetProcAddressW(platform, u"RegRestoreFile"));
+    FreeLibrary(platform); // it stays loaded all the same, and the pointers stay good
+}
+
+void BackUpRegistry(BackupRun& run)
+{
+    if (!gRegistryMarked)
+        return;
+    Log(run, u"INF: Start registry backup");
+    // Without the platform's call, or when it fails, the file is still tried: with none, that tells so once more.
+    if (!gRegCopyFile || !gRegCopyFile(RegistryFilePath))
+        Log(run, u"ERR: registry backup");
+    if (!CompressFile(RegistryFilePath, run.temporaryPath))
+        Log(run, u"ERR: registry backup");
+    HANDLE stream = OpenTemporaryStream(run);
+    if (stream != INVALID_HANDLE_VALUE)
+        StoreRegistry(run, stream);
+}

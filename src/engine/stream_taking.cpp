@@ -1,0 +1,57 @@
+// stream_taking.cpp - see stream_taking.h.
+
+#include "stream_taking.h"
+
+#include "questions.h"
+#include "set_entry.h"
+
+#include "ce/text.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr UINT CounterText = 116;
+constexpr DWORD PieceBytes = 260;
+
+void Count(RestoreRun& run, const WCHAR* format, DWORD bytes)
+{
+    run.restoredBytes += bytes;
+    WCHAR counter[TextChars];
+    wsprintfW(counter, format, run.restoredBytes / 1000);
+    ProgressSetCount(run.progress, counter);
+}
+
+void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD position, DWORD end, bool count)
+{
+    const WCHAR* format = LoadText(CounterText, gTextA);
+    BYTE piece[PieceBytes];
+    while (position <= end) {
+        DWORD bytes = 0;
+        (void)ReadFile(run.dataFile, piece, std::min(PieceBytes, end - position), &bytes, nullptr);
+        if (bytes == 0)
+            return;
+        position += bytes;
+        // A write that fails leaves a stream that ends early, which its unpacking finds.
+        DWORD written = 0;
+        (void)WriteFile(temporary, piece, bytes, &written, nullptr);
+        if (count)
+            Count(run, format, bytes);
+    }
+}
+
+} // namespace
+
+bool TakeStreamOut(RestoreRun& run, const BYTE* blob, bool count)
+{
+    const DWORD start = EntryStartOffset(blob);
+    if (SetFilePointer(run.dataFile, static_cast<LONG>(start), nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER)
+        return false;
+    HANDLE temporary = CreateFileW(TemporaryStreamPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (temporary == INVALID_HANDLE_VALUE)
+        return false;
+    ProgressStep(run.progress, 0);
+    CopyPieces(run, temporary, start, EntryEndOffset(blob), count);
+    CloseHandle(temporary);
+    return true;
+}

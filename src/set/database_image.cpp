@@ -1,0 +1,177 @@
+// database_image.cpp - writing an image; see database_image.h.
+
+#include "database_image.h"
+
+#include "set_entry.h"
+
+#include "ce/file.h"
+#include "ce/memory.h"
+#include "ce/store.h"
+#include "ce/text.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr DWORD WriterBytes = 16384;
+constexpr DWORD RecordBufferBytes = 1024;
+
+struct ImageWriter {
+    HANDLE file;
+    BYTE buffer[WriterBytes];
+    DWORD filled;
+    bool failed;  // a byte of the image isn't in its file
+};
+
+void Flush(ImageWriter& writer)
+{
+    DWORD written = 0;
+    if (writer.filled > 0 &&
+        (!WriteFile(writer.file, writer.buffer, writer.filled, &written, nullptr) || written != writer.filled))
+        writer.failed = true;
+    writer.filled = 0;
+}
+
+// Bytes as they stand; an image is little-endian, as the device is.
+void Put(ImageWriter& writer, const void* bytes, DWORD count)
+{
+    if (count > WriterBytes - writer.filled)
+        Flush(writer);
+    if (count <= WriterBytes) {
+        if (count > 0)
+            std::memcpy(writer.buffer + writer.filled, bytes, count);
+        writer.filled += count;
+        return;
+    }
+    DWORD written = 0;
+    if (!WriteFile(writer.file, bytes, count, &written, nullptr) || written != count)
+        writer.failed = true;
+}
+
+template <class Value>
+void PutValue(ImageWriter& writer, const Value& value)
+{
+    Put(writer, &value, sizeof value);
+}
+
+void PutText(ImageWriter& writer, const WCHAR* text)
+{
+    const DWORD bytes = NameBytes(text);
+    PutValue(writer, bytes);
+    Put(writer, text, bytes);
+}
+
+void PutHeader(ImageWriter& writer, const CEDBASEINFO& info)
+{
+    PutText(writer, info.szDbaseName);
+    PutValue(writer, info.dwDbaseType);
+    PutValue(writer, info.wNumRecords);
+    PutValue(writer, info.wNumSortOrder);
+    for (WORD i = 0; i < info.wNumSortOrder; i++) {
+        PutValue(writer, info.rgSortSpecs[i].propid);
+        PutValue(writer, info.rgSortSpecs[i].dwFlags);
+    }
+}
+
+// Types that the format has no value for are an id and flags alone.
+void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
+{
+    PutValue(writer, property.propid);
+    switch (LOWORD(property.propid)) {
+    case CEVT_I2:
+    case CEVT_UI2:
+        PutValue(writer, property.val.uiVal);
+        break;
+    case CEVT_I4:
+    case CEVT_UI4:
+        PutValue(writer, property.val.ulVal);
+        break;
+    case CEVT_FILETIME:
+        PutValue(writer, property.val.filetime);
+        break;
+    case CEVT_LPWSTR:
+        PutText(writer, property.val.lpwstr);
+        break;
+    case CEVT_BLOB:
+        PutValue(writer, property.val.blob.dwCount);
+        Put(writer, property.val.blob.lpb, property.val.blob.dwCount);
+        break;
+    default:
+        break;
+    }
+    PutValue(writer, property.wFlags);
+}
+
+// False if the record can't be read: it is an empty one then, since the header's count has been written.
+bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
+{
+    // Each record starts small, whatever the one before it needed.
+    auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, RecordBufferBytes));
+    DWORD bytes = buffer ? RecordBufferBytes : 0;
+    WORD count = 0;
+    const bool read = CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &buffer, &bytes) != 0;
+    if (!read)
+        count = 0;
+    PutValue(writer, count);
+    for (WORD i = 0; i < count; i++) {
+        CEPROPVAL property;
+        std::memcpy(&property, buffer + i * sizeof property, sizeof property);
+        PutProperty(writer, property);
+    }
+    LocalFree(buffer);
+    return read;
+}
+
+// From the last record to the first. False if the image lacks one that the database has, or that the header counts.
+bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
+{
+    bool complete = true;
+    DWORD index = 0;
+    (void)CeSeekDatabase(database, CEDB_SEEK_END, 0, &index);
+    while (CeSeekDatabase(database, CEDB_SEEK_CURRENT, static_cast<DWORD>(-1), &index) != 0) {
+        if (expected == 0)
+            return false;
+        complete &= PutCurrentRecord(writer, database);
+        expected--;
+    }
+    for (; expected > 0; expected--) {
+        complete = false;
+        PutValue(writer, WORD{0});
+    }
+    return complete;
+}
+
+BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* name)
+{
+    WCHAR path[MAX_PATH];
+    wsprintfW(path, u"%s.CDB", name);
+    ImageWriter writer;
+    writer.file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    writer.filled = 0;
+    writer.failed = false;
+    PutHeader(writer, info);
+    const bool complete = PutRecords(writer, database, info.wNumRecords);
+    Flush(writer);
+    if (writer.file != INVALID_HANDLE_VALUE) {
+        CloseHandle(writer.file);
+        if (writer.failed)
+            (void)DeleteFileW(path);
+    }
+    return complete ? TRUE : FALSE;
+}
+
+}  // namespace
+
+BOOL DumpDatabase(const WCHAR* name)
+{
+    CEOID oid = 0;
+    HANDLE database = CeOpenDatabase(&oid, name, 0, 0, nullptr);
+    if (database == INVALID_HANDLE_VALUE)
+        return FALSE;
+    CEOIDINFO info = {};
+    BOOL dumped = FALSE;
+    if (CeOidGetInfo(oid, &info))
+        dumped = DumpOpenDatabase(database, info.infDatabase, name);
+    CloseHandle(database);
+    return dumped;
+}

@@ -1,0 +1,53 @@
+// image_reader.h - the bytes of a database image, in their order, whatever state they are in (docs/format.md, "Database
+// image").
+//
+// No count or size is believed before the file is known to have the bytes, so memory follows what is really there.
+#pragma once
+
+#include "set_entry.h"
+
+#include "ce/store.h"
+#include "ce/types.h"
+
+// What one image may have for its reader's arrays. No device makes more than 4 sort orders.
+inline constexpr DWORD ImageSortOrders = 90;
+inline constexpr DWORD ImageProperties = 255;
+
+inline constexpr DWORD ImageBufferBytes = 16384;
+
+// Large for a stack frame that recurses, small enough for any other.
+struct ImageReader {
+    HANDLE file;
+    BYTE buffer[ImageBufferBytes];
+    DWORD filled;          // bytes in the buffer
+    DWORD next;            // the first of them that isn't taken
+    std::uint64_t unread;  // bytes of the file behind the buffer
+};
+
+struct ImageHeader {
+    WCHAR name[NameChars];
+    DWORD type;
+    WORD recordCount;
+    WORD sortCount;
+    SORTORDERSPEC sortSpecs[ImageSortOrders];
+};
+
+// Begins at the start of a file that is open for reading.
+void StartImageReader(ImageReader& reader, HANDLE file);
+
+// The fields before the first record. 0 if the file ends within them, for a name that is empty, longer than 260
+// characters, of half a character or without its NUL, and for more than ImageSortOrders: no record can be read then.
+BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header);
+
+// A record is its number of properties, then the properties. Each call gives 0 where the file ends too early, and so
+// does every one that follows.
+BOOL ReadPropertyCount(ImageReader& reader, WORD& count);
+
+// A text or blob comes in a block of LocalAlloc, for FreeProperty. A text always ends in a NUL; half a character at its
+// end is left out. Of a type that has no value in an image, `val` is all zeros. On 0 there is no block.
+BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property);
+BOOL StepOverProperty(ImageReader& reader);
+void FreeProperty(const CEPROPVAL& property);
+
+// Whether the file has all of that many records. Takes them all.
+BOOL StepOverRecords(ImageReader& reader, WORD records);

@@ -1,0 +1,135 @@
+// list_file.cpp - see list_file.h.
+
+#include "list_file.h"
+
+#include "list_reader.h"
+#include "set_entry.h"
+#include "set_state.h"
+
+#include "ce/file.h"
+#include "ce/text.h"
+
+namespace {
+
+// Readers take it and do nothing with it.
+constexpr BYTE EntryFlag = 1;
+
+constexpr WCHAR DataEnding[] = u"QDT";
+constexpr std::size_t EndingChars = 3;
+
+// A count short of what was asked is a failure, whatever the call says.
+bool Write(HANDLE file, const void* bytes, DWORD count)
+{
+    DWORD written = 0;
+    return WriteFile(file, bytes, count, &written, nullptr) && written == count;
+}
+
+// The writes of one entry's head: each is tried, each failure told.
+struct EntryWriter {
+    HANDLE list;
+    WriteFailed failed;
+    void* context;
+    DWORD failures;
+};
+
+void WriteField(EntryWriter& writer, const void* bytes, DWORD count)
+{
+    if (Write(writer.list, bytes, count))
+        return;
+    writer.failures++;
+    if (writer.failed)
+        writer.failed(writer.context);
+}
+
+// What a load is told to keep, and the faults of the registry's entry that it has taken.
+struct ListLoad {
+    EntryFilter keep;
+    void* context;
+    bool hasWholeRegistry;
+};
+
+bool Keeps(const ListLoad& load, BYTE kind, const ListEntry& entry)
+{
+    return !load.keep || load.keep(kind, entry.blob.name, load.context);
+}
+
+void AddTo(ItemList* list, const ListEntry& entry)
+{
+    if (list)
+        list->Add(entry.blob.bytes, entry.blobBytes);
+}
+
+// The last one counts, but a damaged one never in place of a whole one.
+void TakeRegistry(ListLoad& load, const ListEntry& entry)
+{
+    if (load.hasWholeRegistry && entry.faults != 0)
+        return;
+    if (!Keeps(load, ItemKindRegistry, entry)) {
+        gRegistryMarked = 0;
+        return;
+    }
+    load.hasWholeRegistry = entry.faults == 0;
+    gRegistryMarked = 1;
+    gRegistryEntry = entry.blob;
+}
+
+void TakeEntry(ListLoad& load, const ListEntry& entry)
+{
+    if (entry.kind != ItemKindFile && entry.kind != ItemKindDatabase)
+        TakeRegistry(load, entry);
+    else if (NameIsUsable(entry) && Keeps(load, entry.kind, entry))
+        AddTo(entry.kind == ItemKindFile ? gFileList : gDatabaseList, entry);
+}
+
+}  // namespace
+
+BOOL WriteListHead(HANDLE list, const WCHAR* comment)
+{
+    const DWORD bytes = NameBytes(comment);
+    const DWORD characters = bytes / DWORD{sizeof(WCHAR)};
+    return Write(list, &characters, sizeof characters) && Write(list, comment, bytes);
+}
+
+DWORD WriteEntryHead(HANDLE list, BYTE kind, const WCHAR* name, DWORD startOffset, WriteFailed failed, void* context)
+{
+    const DWORD nameBytes = NameBytes(name);
+    const DWORD nameCharacters = nameBytes / DWORD{sizeof(WCHAR)};
+    EntryWriter writer = {list, failed, context, 0};
+    WriteField(writer, &kind, sizeof kind);
+    WriteField(writer, &EntryFlag, sizeof EntryFlag);
+    WriteField(writer, &nameCharacters, sizeof nameCharacters);
+    WriteField(writer, name, nameBytes);
+    WriteField(writer, &startOffset, sizeof startOffset);
+    return writer.failures;
+}
+
+BOOL WriteEntryEnd(HANDLE list, DWORD endOffset)
+{
+    return Write(list, &endOffset, sizeof endOffset);
+}
+
+BOOL LoadList(const WCHAR* listPath, EntryFilter keep, void* context)
+{
+    const HANDLE list = CreateFileW(listPath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (list == INVALID_HANDLE_VALUE)
+        return FALSE;
+    RenewLists();
+    ListReader reader;
+    StartListReader(reader, list);
+    (void)ReadListHead(reader, gComment);  // a damaged comment is shown as far as it goes
+    ListLoad load = {keep, context, false};
+    ListEntry entry;
+    while (ReadListEntry(reader, entry))
+        TakeEntry(load, entry);
+    CloseHandle(list);
+    return TRUE;
+}
+
+void DataPathOfList(WCHAR (&dataPath)[MAX_PATH], const WCHAR* listPath)
+{
+    const std::size_t characters = CopyText(dataPath, listPath);
+    if (characters < EndingChars)
+        dataPath[0] = 0;
+    else
+        CopyText(dataPath + characters - EndingChars, EndingChars + 1, DataEnding);
+}

@@ -1,0 +1,79 @@
+// item_path.cpp - see item_path.h.
+
+#include "item_path.h"
+
+#include "directory_walker.h"
+
+#include "ce/text.h"
+
+#include <cstring>
+
+namespace {
+
+// Puts an item's text, and a backslash if something follows, in front of what stands at `start`. Null if it doesn't
+// fit.
+WCHAR* PutInFront(WCHAR* start, const WCHAR* first, const WCHAR* text)
+{
+    const std::size_t characters = wcslen(text);
+    const std::size_t needed = characters + (*start ? 1 : 0);
+    if (static_cast<std::size_t>(start - first) < needed)
+        return nullptr;
+    if (*start)
+        *--start = u'\\';
+    start -= characters;
+    std::memcpy(start, text, characters * sizeof(WCHAR));
+    return start;
+}
+
+// The texts from below "Files" down to the item, joined by backslashes, built from the end of the buffer. Null if an
+// item can't be read or it doesn't fit.
+const WCHAR* NamesOfItem(HTREEITEM handle, WCHAR (&names)[MAX_PATH])
+{
+    WCHAR* start = &names[MAX_PATH - 1];
+    *start = 0;
+    for (; handle; handle = NextTreeItem(TVGN_PARENT, handle)) {
+        TreeItem item;
+        if (!ReadTreeItem(handle, item, true))
+            return nullptr;
+        if (TreeCodeOf(item.parameter) == TreeCodeFilesRoot)
+            continue;
+        start = PutInFront(start, names, item.text);
+        if (!start)
+            return nullptr;
+    }
+    return start;
+}
+
+BOOL FormatPathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH], const WCHAR* format)
+{
+    path[0] = 0;
+    WCHAR names[MAX_PATH];
+    const WCHAR* found = item ? NamesOfItem(item, names) : nullptr;
+    if (!found || wcslen(found) + 1 >= MAX_PATH)
+        return FALSE;
+    wsprintfW(path, format, found);
+    return TRUE;
+}
+
+}  // namespace
+
+BOOL FolderPathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH])
+{
+    return FormatPathOfItem(item, path, u"%s\\");
+}
+
+BOOL FilePathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH])
+{
+    return FormatPathOfItem(item, path, u"\\%s");
+}
+
+BOOL FullPathOfEntry(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name)
+{
+    if (folder[0] == u'\\')
+        return JoinPath(path, folder, name);
+    path[0] = u'\\';
+    if (1 + wcslen(folder) + wcslen(name) >= MAX_PATH)
+        return FALSE;
+    wnsprintfW(path + 1, MAX_PATH - 1, u"%s%s", folder, name);
+    return TRUE;
+}

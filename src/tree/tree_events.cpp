@@ -1,0 +1,110 @@
+// tree_events.cpp - see tree_events.h.
+
+#include "tree_events.h"
+
+#include "item_list.h"
+#include "item_marking.h"
+#include "questions.h"
+#include "set_state.h"
+#include "tree_listing.h"
+
+#include "ce/command_bands.h"
+
+namespace {
+
+// So one click is one toggle: a click on another item toggles through the change of the selection that follows, a click
+// on the selected one changes no selection and toggles here.
+void Click()
+{
+    const DWORD position = GetMessagePos();
+    TVHITTESTINFO hit = {};
+    hit.pt = {static_cast<SHORT>(LOWORD(position)), static_cast<SHORT>(HIWORD(position))};
+    ScreenToClient(gTreeView, &hit.pt);
+    auto* item = reinterpret_cast<HTREEITEM>(SendMessageW(gTreeView, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    if (item && item == NextTreeItem(TVGN_CARET, nullptr))
+        ToggleItem(item);
+    RefreshMarks(gRootFiles);
+}
+
+void FillItem(HTREEITEM handle)
+{
+    TreeItem item;
+    if (!ReadTreeItem(handle, item, false))
+        return;
+    SetWaitCursor();
+    ListChildren(handle, TreeCodeOf(item.parameter));
+    SetCursor(nullptr);
+}
+
+void EmptyItem(HTREEITEM handle)
+{
+    for (HTREEITEM child = NextTreeItem(TVGN_CHILD, handle); child;) {
+        HTREEITEM next = NextTreeItem(TVGN_NEXT, child);
+        SendMessageW(gTreeView, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(child));
+        child = next;
+    }
+}
+
+void PlaceTree(HWND window)
+{
+    RECT client = {};
+    if (!GetClientRect(window, &client))
+        return;
+    const auto height = static_cast<int>(SendMessageW(gCommandBands, RB_GETBARHEIGHT, 0, 0));
+    SetWindowPos(gTreeView, nullptr, 1, height + 1, client.right, client.bottom - height - 1,
+                 SWP_NOZORDER | SWP_SHOWWINDOW);
+}
+
+// `image` is that of the empty list, the next one that of a list with something in it.
+void UpdateRootImage(HTREEITEM root, const ItemList* list, WORD code, int image)
+{
+    TreeItem item;
+    const int wanted = !list || list->IsEmpty() ? image : image + 1;
+    if (!ReadTreeItem(root, item, false) || item.image == wanted)
+        return;
+    item.image = wanted;
+    item.parameter = TreeParameter(code, 0);
+    WriteTreeItem(item);
+}
+
+}  // namespace
+
+LRESULT TreeNotify(HWND window, WPARAM, LPARAM header)
+{
+    const auto* change = reinterpret_cast<const NMTREEVIEWW*>(header);
+    switch (change->hdr.code) {
+    case NM_CLICK:
+        Click();
+        break;
+    case TVN_SELCHANGEDW:
+        ToggleItem(change->itemNew.hItem);
+        RefreshMarks(gRootFiles);
+        break;
+    case TVN_ITEMEXPANDINGW:
+        if (change->action != TVE_COLLAPSE)
+            FillItem(change->itemNew.hItem);
+        break;
+    case TVN_ITEMEXPANDEDW:
+        if (change->action == TVE_COLLAPSE)
+            EmptyItem(change->itemNew.hItem);
+        break;
+    case RBN_HEIGHTCHANGE:
+        PlaceTree(window);
+        break;
+    default:
+        break;
+    }
+    return 0;
+}
+
+DWORD UpdateRootImages()
+{
+    UpdateRootImage(gRootDatabases, gDatabaseList, TreeCodeDatabasesRoot, ImageDatabasesRoot);
+    UpdateRootImage(gRootFiles, gFileList, TreeCodeFilesRoot, ImageFilesRoot);
+    return 1;
+}
+
+void ResetFilesRoot()
+{
+    SendMessageW(gTreeView, TVM_EXPAND, TVE_TOGGLE | TVE_COLLAPSERESET, reinterpret_cast<LPARAM>(gRootFiles));
+}

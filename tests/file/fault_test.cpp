@@ -1,0 +1,165 @@
+// fault_test.cpp - the host fails, the process is killed, the power goes.
+#include "file_fixture.h"
+
+#include "host_faults.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <functional>
+
+using namespace platform::file;
+
+namespace {
+
+class FaultTest : public FileTest {
+protected:
+    ~FaultTest() override { clearFaultPlan(); }
+
+    // Runs `action` in a process of its own under the plan; true if it was killed on the way.
+    static bool diesUnder(const FaultPlan& plan, const std::function<void()>& action)
+    {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            setFaultPlan(plan);
+            action();
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+    }
+};
+
+TEST_F(FaultTest, NoFailureOfTheHostIsTakenForSuccess)
+{
+    const std::string bytes = patternBytes(60'000);
+    std::uint64_t nth = 1;
+    for (bool done = false; !done; ++nth) {
+        SCOPED_TRACE(nth);
+        std::filesystem::remove(root() / "f");
+        setFaultPlan({FaultKind::Fail, nth, EIO});
+        const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_NEW);
+        std::size_t total = 0;
+        while (total < bytes.size()) {
+            const DWORD written = write(file, bytes.substr(total, 260));
+            total += written;
+            if (written == 0)
+                break;
+        }
+        const bool whole = total == bytes.size() && FlushFileBuffers(file);
+        const bool closed = file != INVALID_HANDLE_VALUE && CloseHandle(file);
+        done = hostCallsMade() < nth;
+        clearFaultPlan();
+        // All calls succeeded, or one of them told: the bytes are there, or the caller knows.
+        const bool allSucceeded = whole && closed;
+        EXPECT_TRUE(!allSucceeded || hostRead(root() / "f") == bytes);
+        EXPECT_TRUE(!done || (whole && closed));
+    }
+    EXPECT_GT(nth, 5U);
+}
+
+TEST_F(FaultTest, ReadErrorComesAfterTheBytesBeforeIt)
+{
+    const std::string bytes = patternBytes(50'000);
+    hostWrite(root() / "f", bytes);
+    const HANDLE file = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
+    std::string got;
+    setFaultPlan({FaultKind::Fail, 3, EIO});  // 4096 bytes ahead, 8192, and here
+    for (;;) {
+        const std::string piece = read(file, 1000);
+        got += piece;
+        if (piece.size() < 1000)
+            break;
+    }
+    // The retry with the caller's own size succeeds: the fault was further on than it asked.
+    EXPECT_EQ(got, bytes);
+    CloseHandle(file);
+    clearFaultPlan();
+
+    const HANDLE again = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
+    std::string buffer(40'000, '\0');
+    DWORD count = 0;
+    EXPECT_EQ(read(again, 4000).size(), 4000U);
+    setFaultPlan({FaultKind::Fail, 1, EIO});
+    EXPECT_FALSE(ReadFile(again, buffer.data(), 40'000, &count, nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(count, 96U);
+    EXPECT_EQ(buffer.substr(0, 96), bytes.substr(4000, 96));
+    EXPECT_EQ(read(again, 10), bytes.substr(4096, 10)) << "the place moved on by what came";
+    CloseHandle(again);
+}
+
+TEST_F(FaultTest, HostErrorsBecomeThePlatformsNumbers)
+{
+    hostWrite(root() / "f", "x");
+    const std::pair<int, DWORD> cases[] = {{EROFS, ERROR_WRITE_PROTECT},       {ENOSPC, ERROR_DISK_FULL},
+                                           {EDQUOT, ERROR_DISK_FULL},          {EACCES, ERROR_ACCESS_DENIED},
+                                           {EIO, ERROR_GEN_FAILURE},           {ESTALE, ERROR_GEN_FAILURE},
+                                           {ETXTBSY, ERROR_SHARING_VIOLATION}, {EMFILE, ERROR_TOO_MANY_OPEN_FILES}};
+    for (const auto& [hostError, expected] : cases) {
+        setFaultPlan({FaultKind::Fail, 1, hostError});
+        EXPECT_EQ(openError(u"\\new", GENERIC_WRITE, CREATE_NEW), expected) << hostError;
+        setFaultPlan({FaultKind::Fail, 1, hostError});
+        EXPECT_EQ(openError(u"\\f", GENERIC_READ, OPEN_EXISTING), expected) << hostError;
+    }
+}
+
+TEST_F(FaultTest, LeaseRefusedForAnotherReasonIsNoFileInUse)
+{
+    hostWrite(root() / "f", "x");
+    for (std::uint64_t nth = 3; nth <= 6; ++nth) {  // the calls between the open and the first byte
+        setFaultPlan({FaultKind::Fail, nth, EINVAL});
+        EXPECT_NE(openError(u"\\f", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+    }
+}
+
+TEST_F(FaultTest, WhatWasFlushedSurvivesAPowerCutAndTheRestDoesNot)
+{
+    const std::string bytes = patternBytes(90'000);
+    const auto action = [&] {
+        CreateDirectoryW(u"\\kept", nullptr);
+        const HANDLE kept = open(u"\\kept\\f", GENERIC_WRITE, CREATE_NEW);
+        (void)write(kept, bytes.substr(0, 50'000));
+        (void)FlushFileBuffers(kept);
+        (void)write(kept, bytes.substr(50'000));
+        CreateDirectoryW(u"\\lost", nullptr);
+        const HANDLE lost = open(u"\\lost\\f", GENERIC_WRITE, CREATE_NEW);
+        (void)write(lost, bytes);
+        CloseHandle(lost);
+        CloseHandle(kept);
+        (void)GetFileAttributesW(u"\\");
+    };
+    setFaultPlan({});
+    action();
+    const std::uint64_t calls = hostCallsMade();
+    clearFaultPlan();
+    std::filesystem::remove_all(root() / "kept");
+    std::filesystem::remove_all(root() / "lost");
+
+    EXPECT_TRUE(diesUnder({FaultKind::PowerCut, calls, 0}, action));
+    EXPECT_EQ(hostRead(root() / "kept" / "f"), bytes.substr(0, 50'000));
+    EXPECT_FALSE(std::filesystem::exists(root() / "lost"));
+}
+
+TEST_F(FaultTest, KilledProcessLeavesWhatTheHostWasGiven)
+{
+    hostWrite(root() / "old", "old");
+    const auto action = [] {
+        const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_NEW);
+        (void)write(file, "given");
+        (void)DeleteFileW(u"\\old");
+    };
+    bool killed = true;
+    for (std::uint64_t nth = 1; killed; ++nth) {
+        std::filesystem::remove(root() / "f");
+        hostWrite(root() / "old", "old");
+        killed = diesUnder({FaultKind::Kill, nth, 0}, action);
+        EXPECT_TRUE(hostRead(root() / "f") == "given" || std::filesystem::exists(root() / "old"));
+    }
+    EXPECT_EQ(hostRead(root() / "f"), "given");
+}
+
+}  // namespace

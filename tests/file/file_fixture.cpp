@@ -1,0 +1,113 @@
+#include "file_fixture.h"
+
+#include <fcntl.h>
+#include <sys/xattr.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+using namespace platform::file;
+
+FileTest::FileTest()
+{
+    std::string pattern = (std::filesystem::temp_directory_path() / "quillbox-file-XXXXXX").string();
+    if (!::mkdtemp(pattern.data()))
+        std::abort();
+    base_ = pattern;
+    root_ = base_ / "root";
+    std::filesystem::create_directory(root_);
+    remount();
+}
+
+FileTest::~FileTest()
+{
+    removeAllMounts();
+    std::error_code ignored;
+    std::filesystem::remove_all(base_, ignored);
+}
+
+void FileTest::remount()
+{
+    removeAllMounts();
+    if (!addMount({u"", ::open(root_.c_str(), O_RDONLY | O_DIRECTORY), false, std::nullopt}))
+        std::abort();
+}
+
+std::filesystem::path FileTest::addFolder(const std::u16string& name, bool card, std::optional<std::uint64_t> capacity)
+{
+    const std::filesystem::path folder = base_ / ("mounted " + std::filesystem::path(name).string());
+    std::filesystem::create_directory(folder);
+    if (!addMount({name, ::open(folder.c_str(), O_RDONLY | O_DIRECTORY), card, capacity}))
+        std::abort();
+    return folder;
+}
+
+void FileTest::hostWrite(const std::filesystem::path& path, const std::string& bytes) const
+{
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string FileTest::hostRead(const std::filesystem::path& path) const
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void FileTest::hostMark(const std::filesystem::path& path, const std::string& attribute) const
+{
+    ASSERT_EQ(::setxattr(path.c_str(), "user.DOSATTRIB", attribute.data(), attribute.size(), 0), 0)
+        << "the temporary folder's file system needs user attributes";
+}
+
+HANDLE FileTest::open(const std::u16string& path, DWORD access, DWORD creation, DWORD share)
+{
+    return CreateFileW(path.c_str(), access, share, nullptr, creation, 0, nullptr);
+}
+
+DWORD FileTest::openError(const std::u16string& path, DWORD access, DWORD creation, DWORD share)
+{
+    SetLastError(0);
+    const HANDLE file = open(path, access, creation, share);
+    if (file == INVALID_HANDLE_VALUE)
+        return GetLastError();
+    CloseHandle(file);
+    return 0;
+}
+
+DWORD FileTest::write(HANDLE file, const std::string& bytes)
+{
+    DWORD written = 0;
+    (void)WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    return written;
+}
+
+std::string FileTest::read(HANDLE file, DWORD bytes)
+{
+    std::string buffer(bytes, '\0');
+    DWORD got = 0;
+    (void)ReadFile(file, buffer.data(), bytes, &got, nullptr);
+    buffer.resize(got);
+    return buffer;
+}
+
+std::string FileTest::readAll(const std::u16string& path, DWORD piece)
+{
+    const HANDLE file = open(path, GENERIC_READ, OPEN_EXISTING);
+    std::string all;
+    for (std::string part = read(file, piece); !part.empty(); part = read(file, piece))
+        all += part;
+    CloseHandle(file);
+    return all;
+}
+
+std::string patternBytes(std::size_t count)
+{
+    std::string bytes(count, '\0');
+    std::uint32_t state = 12345;
+    for (char& byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}

@@ -1,0 +1,45 @@
+// file_fixture.h - a root folder and a card in a temporary folder of the host, both real.
+#pragma once
+
+#include "name_space.h"
+
+#include "ce/error.h"
+#include "ce/file.h"
+#include "ce/handle.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+class FileTest : public testing::Test {
+protected:
+    FileTest();
+    ~FileTest() override;
+
+    // Host side.
+    [[nodiscard]] const std::filesystem::path& root() const { return root_; }
+    [[nodiscard]] const std::filesystem::path& outside() const { return base_; }
+    void hostWrite(const std::filesystem::path& path, const std::string& bytes) const;
+    [[nodiscard]] std::string hostRead(const std::filesystem::path& path) const;
+    void hostMark(const std::filesystem::path& path, const std::string& attribute) const;
+    std::filesystem::path addFolder(const std::u16string& name, bool card,
+                                    std::optional<std::uint64_t> capacity = std::nullopt);
+    void remount();
+
+    // Device side.
+    [[nodiscard]] static HANDLE open(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0);
+    [[nodiscard]] static DWORD openError(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0);
+    [[nodiscard]] static DWORD write(HANDLE file, const std::string& bytes);  // bytes written
+    [[nodiscard]] static std::string read(HANDLE file, DWORD bytes);
+    [[nodiscard]] static std::string readAll(const std::u16string& path, DWORD piece = 260);
+
+private:
+    std::filesystem::path base_;
+    std::filesystem::path root_;
+};
+
+// Bytes that repeat with no short period, so that a piece at a wrong place shows.
+[[nodiscard]] std::string patternBytes(std::size_t count);

@@ -1,0 +1,53 @@
+// name_pattern_test.cpp - what a pattern matches and what it doesn't.
+#include "name_pattern.h"
+
+#include <gtest/gtest.h>
+
+using platform::file::matchesPattern;
+
+namespace {
+
+TEST(NamePatternTest, StarsAndQuestionMarksMatchWhatTheyShould)
+{
+    struct Case {
+        const char16_t* name;
+        const char16_t* pattern;
+        bool matches;
+    };
+    const Case cases[] = {
+        {u"a.txt", u"*", true},
+        {u"a", u"*.*", true},
+        {u"a.txt", u"*.txt", true},
+        {u"A.TXT", u"*.txt", true},
+        {u"a.txtx", u"*.txt", false},
+        {u".txt", u"*.txt", true},
+        {u"a.b.txt", u"*.txt", true},
+        {u"txt", u"*.txt", false},
+        {u"abc", u"a?c", true},
+        {u"ac", u"a?c", false},
+        {u"abc", u"abc?", false},
+        {u"abc", u"a*b*c*", true},
+        {u"acb", u"a*b*c", false},
+        {u"aXbXXbc", u"a*bc", true},
+        {u"\xD83D\xDCC1", u"?", true},
+        {u"\xD83D\xDCC1", u"??", false},
+        {u"\u00C4RGER", u"\u00E4rger", true},
+        {u"\u0414\u0410", u"\u0434?", true},
+        {u"\u03A9", u"\u03C9", true},
+        {u"abc", u"", false},
+    };
+    for (const Case& each : cases)
+        EXPECT_EQ(matchesPattern(each.name, each.pattern), each.matches)
+            << testing::PrintToString(std::u16string(each.name)) << " "
+            << testing::PrintToString(std::u16string(each.pattern));
+}
+
+TEST(NamePatternTest, ManyStarsDoNotTakeForEver)
+{
+    std::u16string pattern;
+    for (int i = 0; i < 100; ++i)
+        pattern += u"a*";
+    EXPECT_FALSE(matchesPattern(std::u16string(258, u'a') + u"b", pattern + u"c"));
+}
+
+}  // namespace

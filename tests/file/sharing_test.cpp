@@ -1,0 +1,181 @@
+// sharing_test.cpp - who may open a file beside whom, in this process and against another.
+#include "file_fixture.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr DWORD Read = GENERIC_READ;
+constexpr DWORD Write = GENERIC_WRITE;
+constexpr DWORD ShareRead = FILE_SHARE_READ;
+constexpr DWORD ShareBoth = FILE_SHARE_READ | FILE_SHARE_WRITE;
+
+// A process of its own that has a file open until it goes out of scope.
+class OtherProcess {
+public:
+    OtherProcess(const std::filesystem::path& path, int flags)
+    {
+        std::array<int, 2> ready{};
+        if (::pipe2(ready.data(), O_CLOEXEC) != 0)
+            return;
+        child_ = ::fork();
+        if (child_ == 0) {
+            const bool isOpen = ::open(path.c_str(), flags) >= 0;
+            (void)!::write(ready[1], isOpen ? "y" : "n", 1);
+            for (;;)
+                ::pause();
+        }
+        char answer = 'n';
+        opened_ = ::read(ready[0], &answer, 1) == 1 && answer == 'y';
+        ::close(ready[0]);
+        ::close(ready[1]);
+    }
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+    ~OtherProcess()
+    {
+        if (child_ <= 0)
+            return;
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, nullptr, 0);
+    }
+
+    [[nodiscard]] bool opened() const { return opened_; }
+
+private:
+    pid_t child_ = -1;
+    bool opened_ = false;
+};
+
+TEST_F(FileTest, SecondOpenNeedsBothSidesToAllowIt)
+{
+    struct Case {
+        DWORD firstAccess, firstShare, secondAccess, secondShare;
+        bool allowed;
+    };
+    const Case cases[] = {
+        {Read, 0, Read, 0, false},
+        {Read, 0, Read, ShareBoth, false},
+        {Read, ShareRead, Read, 0, false},
+        {Read, ShareRead, Read, ShareRead, true},
+        {Read, ShareRead, Write, ShareBoth, false},
+        {Read, ShareBoth, Write, ShareBoth, true},
+        {Read, ShareBoth, Write, FILE_SHARE_WRITE, false},
+        {Write, ShareRead, Read, ShareRead, false},
+        {Write, ShareRead, Read, ShareBoth, true},
+        {Write, ShareBoth, Write, ShareBoth, true},
+        {Read | Write, ShareBoth, Read, ShareRead, false},
+        {Read, 0, 0, 0, true},
+        {0, 0, Read | Write, 0, true},
+    };
+    hostWrite(root() / "f", "bytes");
+    for (const Case& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        const HANDLE first = open(u"\\f", each.firstAccess, OPEN_EXISTING, each.firstShare);
+        ASSERT_NE(first, INVALID_HANDLE_VALUE);
+        EXPECT_EQ(openError(u"\\f", each.secondAccess, OPEN_EXISTING, each.secondShare),
+                  each.allowed ? 0U : ERROR_SHARING_VIOLATION);
+        CloseHandle(first);
+        EXPECT_EQ(openError(u"\\f", Read | Write, OPEN_EXISTING), 0U);  // nothing is left behind
+    }
+}
+
+TEST_F(FileTest, FileInUseIsNeitherEmptiedNorDeleted)
+{
+    hostWrite(root() / "f", "bytes");
+    std::filesystem::create_hard_link(root() / "f", root() / "other name");
+    const HANDLE first = open(u"\\f", Read, OPEN_EXISTING, ShareRead);
+    for (const std::u16string path : {u"\\f", u"\\other name"}) {
+        EXPECT_EQ(openError(path, Write, CREATE_ALWAYS), ERROR_SHARING_VIOLATION);
+        EXPECT_EQ(openError(path, Read, CREATE_ALWAYS, ShareBoth), ERROR_SHARING_VIOLATION);
+        EXPECT_FALSE(DeleteFileW(path.c_str()));
+        EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    }
+    EXPECT_NE(GetFileAttributesW(u"\\f"), INVALID_FILE_ATTRIBUTES);
+    CloseHandle(first);
+    EXPECT_EQ(hostRead(root() / "f"), "bytes");
+    EXPECT_TRUE(DeleteFileW(u"\\f"));
+}
+
+TEST_F(FileTest, FileThatAnotherProcessWritesIsInUse)
+{
+    hostWrite(root() / "f", "bytes");
+    const OtherProcess writer(root() / "f", O_WRONLY);
+    ASSERT_TRUE(writer.opened());
+    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING, ShareRead), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING, ShareBoth), 0U);
+    EXPECT_EQ(openError(u"\\f", Write, CREATE_ALWAYS), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(hostRead(root() / "f"), "bytes");
+}
+
+TEST_F(FileTest, FileThatAnotherProcessReadsMayBeReadBesideIt)
+{
+    hostWrite(root() / "f", "bytes");
+    const OtherProcess reader(root() / "f", O_RDONLY);
+    ASSERT_TRUE(reader.opened());
+    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING, ShareRead), 0U);
+    EXPECT_EQ(openError(u"\\f", Write, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+}
+
+// Indexers open every new file for a moment.
+TEST_F(FileTest, FileMadeAMomentAgoIsNotTakenForInUse)
+{
+    const HANDLE made = open(u"\\f", Write, CREATE_ALWAYS);
+    (void)write(made, "bytes");
+    CloseHandle(made);
+    const OtherProcess indexer(root() / "f", O_RDONLY);
+    ASSERT_TRUE(indexer.opened());
+    EXPECT_EQ(readAll(u"\\f"), "bytes");
+}
+
+// Each thread's descriptor would look like another process's to the other.
+TEST_F(FileTest, ThreadsThatShareAFileAreNotTakenForAnotherProcess)
+{
+    hostWrite(root() / "f", patternBytes(5000));
+    std::atomic<int> refused = 0;
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 300; ++i) {
+                const HANDLE file = open(u"\\f", Read, OPEN_EXISTING, ShareRead);
+                refused += file == INVALID_HANDLE_VALUE ? 1 : 0;
+                wrong += read(file, 5000).size() == 5000 ? 0 : 1;
+                CloseHandle(file);
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(FileTest, ThreadsThatWriteThroughOneHandleLoseNoBytes)
+{
+    const HANDLE file = open(u"\\f", Write, CREATE_NEW);
+    std::vector<std::thread> threads;
+    for (char letter = 'a'; letter < 'e'; ++letter) {
+        threads.emplace_back([&, letter] {
+            for (int i = 0; i < 1000; ++i)
+                (void)write(file, std::string(100, letter));
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_TRUE(CloseHandle(file));
+    const std::string bytes = hostRead(root() / "f");
+    ASSERT_EQ(bytes.size(), 400'000U);
+    for (std::size_t place = 0; place < bytes.size(); place += 100)
+        ASSERT_EQ(bytes.substr(place, 100), std::string(100, bytes[place]));
+}
+
+}  // namespace

@@ -1,0 +1,110 @@
+// handle_table_test.cpp - handles that are gone, made up, or of another kind.
+#include "handle_table.h"
+
+#include "ce/error.h"
+#include "ce/handle.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using namespace platform::kernel;
+
+namespace {
+
+class Thing final : public Object {
+public:
+    explicit Thing(std::atomic<int>& alive) : alive_(alive) { ++alive_; }
+    ~Thing() override { --alive_; }
+    [[nodiscard]] DWORD close() override { return closeError; }
+
+    DWORD closeError = 0;
+
+private:
+    std::atomic<int>& alive_;
+};
+
+class OtherThing final : public Object {
+public:
+    [[nodiscard]] bool takesCloseHandle() const override { return false; }
+};
+
+TEST(HandleTableTest, ClosedHandleIsRefusedThoughItsSlotServesAgain)
+{
+    std::atomic<int> alive = 0;
+    const HANDLE first = addHandle(std::make_shared<Thing>(alive));
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(first, INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(CloseHandle(first));
+    EXPECT_EQ(alive, 0);
+    const HANDLE second = addHandle(std::make_shared<Thing>(alive));
+    EXPECT_NE(first, second);
+    EXPECT_EQ(findHandle<Thing>(first), nullptr);
+    SetLastError(0);
+    EXPECT_FALSE(CloseHandle(first));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_TRUE(CloseHandle(second));
+}
+
+TEST(HandleTableTest, MadeUpOrWrongHandlesAreRefused)
+{
+    const HANDLE search = addHandle(std::make_shared<OtherThing>());
+    EXPECT_EQ(findHandle<Thing>(search), nullptr);
+    EXPECT_NE(findHandle<Object>(search), nullptr);
+    for (const HANDLE wrong :
+         {HANDLE{}, INVALID_HANDLE_VALUE, reinterpret_cast<HANDLE>(UINT_PTR{0x7FFFFFFF}), search}) {
+        SetLastError(0);
+        EXPECT_FALSE(CloseHandle(wrong));
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    }
+    EXPECT_NE(removeHandle(search), nullptr);
+    EXPECT_EQ(removeHandle(search), nullptr);
+}
+
+TEST(HandleTableTest, LateFailureOfAnObjectIsReportedByItsClose)
+{
+    std::atomic<int> alive = 0;
+    auto thing = std::make_shared<Thing>(alive);
+    thing->closeError = ERROR_GEN_FAILURE;
+    const HANDLE handle = addHandle(std::move(thing));
+    EXPECT_FALSE(CloseHandle(handle));
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(HandleTableTest, ObjectLivesUntilTheLastUseIsOver)
+{
+    std::atomic<int> alive = 0;
+    const HANDLE handle = addHandle(std::make_shared<Thing>(alive));
+    auto used = findHandle<Thing>(handle);
+    EXPECT_TRUE(CloseHandle(handle));
+    EXPECT_EQ(alive, 1);
+    used.reset();
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(HandleTableTest, ThreadsDoNotGetEachOthersObjects)
+{
+    std::atomic<int> alive = 0;
+    std::atomic<int> wrong = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < 4; ++number) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 2000; ++i) {
+                const auto mine = std::make_shared<Thing>(alive);
+                const HANDLE handle = addHandle(mine);
+                wrong += findHandle<Thing>(handle) != mine ? 1 : 0;
+                wrong += removeHandle(handle) != mine ? 1 : 0;
+                wrong += findHandle<Thing>(handle) != nullptr ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(alive, 0);
+}
+
+}  // namespace

@@ -1,0 +1,194 @@
+// desktop.cpp - the real program in its real windows, and a user's hands and eyes for it.
+
+#include "desktop.h"
+
+#include "embedded_resources.h"
+#include "resource_file.h"
+
+#include "ce/window.h"
+#include "ce/winmain.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QListView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QtTest/QTest>
+
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+// Long enough for a run under a sanitizer on a busy machine; nothing waits for it when all is well.
+constexpr int Patience = 60000;
+
+QWidget* findWindow(const QString& title)
+{
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible() && window->windowTitle() == title && !qobject_cast<QMenu*>(window))
+            return window;
+    return nullptr;
+}
+
+}  // namespace
+
+int main(int count, char** words)
+{
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QTemporaryDir settings;
+    qputenv("XDG_CONFIG_HOME", settings.path().toLocal8Bit());
+    testing::InitGoogleTest(&count, words);
+    const QApplication application(count, words);
+    QApplication::setQuitOnLastWindowClosed(false);
+    return RUN_ALL_TESTS();
+}
+
+QString nameOf(const QWidget& widget)
+{
+    if (!widget.accessibleName().isEmpty())
+        return widget.accessibleName();
+    if (const auto* button = qobject_cast<const QAbstractButton*>(&widget))
+        return button->text().remove(u'&');
+    const auto* label = qobject_cast<const QLabel*>(&widget);
+    return label ? label->text() : QString();
+}
+
+QWidget* findControl(QWidget& window, const QString& name)
+{
+    for (QWidget* child : window.findChildren<QWidget*>())
+        if (child->isVisible() && !qobject_cast<QLabel*>(child) && nameOf(*child) == name)
+            return child;
+    return nullptr;
+}
+
+void Desktop::SetUp()
+{
+    ASSERT_TRUE(platform::resource::setResources(quillbox::embeddedResources()));
+    auto opened = platform::device::openDevice(folder(), {}, true);
+    ASSERT_TRUE(opened.device) << opened.error.sentence;
+    device_ = std::move(opened.device);
+    screen_.emplace();
+    program_ = std::thread([this] {
+        WCHAR none[] = u"";
+        WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
+        ended_ = true;
+    });
+    await("KORV Quillbox");
+}
+
+void Desktop::TearDown()
+{
+    // What a failed test has left open goes first.
+    const auto closeAll = [this] {
+        if (QWidget* modal = QApplication::activeModalWidget())
+            modal->close();
+        else if (QWidget* main = findWindow("KORV Quillbox"))
+            main->close();
+        return ended_.load();
+    };
+    EXPECT_TRUE(QTest::qWaitFor(closeAll, Patience));
+    program_.join();
+    screen_.reset();
+    device_.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+QWidget& Desktop::await(const QString& title)
+{
+    if (!QTest::qWaitFor([&] { return findWindow(title) != nullptr; }, Patience))
+        throw std::runtime_error("no window \"" + title.toStdString() + "\"");
+    return *findWindow(title);
+}
+
+bool Desktop::isThere(const QString& title) const
+{
+    return findWindow(title) != nullptr;
+}
+
+void Desktop::awaitGone(const QString& title)
+{
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !isThere(title); }, Patience)) << title.toStdString();
+}
+
+void Desktop::awaitRest()
+{
+    const auto rests = [] {
+        const auto windows = platform::window::topLevelWindows();
+        return windows.size() == 1 && platform::window::takesInput(windows.front());
+    };
+    EXPECT_TRUE(QTest::qWaitFor(rests, Patience));
+    screen_->flush();
+}
+
+void Desktop::click(QWidget& window, const QString& name)
+{
+    QWidget* control = findControl(window, name);
+    ASSERT_TRUE(control) << name.toStdString();
+    // Check boxes are wider than their text: near the left edge is always inside.
+    QTest::mouseClick(control, Qt::LeftButton, {}, QPoint(8, control->height() / 2));
+}
+
+void Desktop::clickRow(QWidget& window, const QString& text)
+{
+    auto* list = window.findChild<QListView*>();
+    ASSERT_TRUE(list);
+    for (int row = 0; row < list->model()->rowCount(); ++row) {
+        const QModelIndex index = list->model()->index(row, 0);
+        if (index.data().toString() != text)
+            continue;
+        list->scrollTo(index);
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(index).center());
+        return;
+    }
+    FAIL() << "no row " << text.toStdString();
+}
+
+void Desktop::type(QWidget& window, const QString& text)
+{
+    ASSERT_TRUE(window.focusWidget());
+    QTest::keyClicks(window.focusWidget(), text);
+}
+
+void Desktop::press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers)
+{
+    QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, key, modifiers);
+}
+
+void Desktop::choose(const QStringList& path)
+{
+    auto* bar = await("KORV Quillbox").findChild<QMenuBar*>();
+    ASSERT_TRUE(bar);
+    QWidget* level = bar;
+    for (const QString& text : path) {
+        QAction* wanted = nullptr;
+        for (QAction* action : level->actions())
+            if (action->text() == text)
+                wanted = action;
+        ASSERT_TRUE(wanted) << text.toStdString();
+        if (wanted->menu())
+            level = wanted->menu();
+        else
+            wanted->trigger();
+    }
+}
+
+void Desktop::backUpAllFiles(const QString& comment)
+{
+    click(await("KORV Quillbox"), "Full backup");
+    QWidget& dialog = await("Full Backup");
+    type(dialog, comment);
+    click(dialog, "All files");
+    click(dialog, "OK");
+    QWidget& chooser = await("Select");
+    clickRow(chooser, "\\Storage Card");
+    click(chooser, "OK");
+}
+
+std::string Desktop::contentOf(const std::filesystem::path& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}

@@ -1,0 +1,226 @@
+// window_trips_test.cpp - whole jobs through the real windows, by mouse and by keyboard.
+
+#include "desktop.h"
+
+#include <QCheckBox>
+#include <QListView>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QtTest/QTest>
+
+namespace {
+
+using WindowTripTest = Desktop;
+
+const QString FirstSet = "\\Storage Card\\QUILBOX\\QLBX0001.QLT";
+
+// The file of the device that a trip takes away and wants back.
+std::filesystem::path someFile(const std::filesystem::path& store)
+{
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(store))
+        if (entry.is_regular_file() && entry.file_size() > 0 && entry.path().extension() == ".txt")
+            return entry.path();
+    throw std::runtime_error("the demonstration device has no text");
+}
+
+TEST_F(WindowTripTest, BackupAndFullRestoreBringAFileBackByMouseAlone)
+{
+    const auto file = someFile(store());
+    const std::string content = contentOf(file);
+    backUpAllFiles("first");
+    awaitRest();
+    ASSERT_TRUE(std::filesystem::exists(sets() / "QLBX0001.QLT"));
+    // The comment stands in the list as it was typed, key by key.
+    const std::u16string typed = u"first";
+    const std::string asBytes(reinterpret_cast<const char*>(typed.data()), typed.size() * 2);
+    EXPECT_NE(contentOf(sets() / "QLBX0001.QLT").find(asBytes), std::string::npos);
+
+    std::filesystem::remove(file);
+    choose({"Operations", "Restore", "Full..."});
+    QWidget& chooser = await("Select");
+    clickRow(chooser, FirstSet);
+    click(chooser, "OK");
+    QWidget& restore = await("Full Restore");
+    EXPECT_TRUE(restore.findChild<QPlainTextEdit*>()->isReadOnly());
+    EXPECT_TRUE(restore.findChild<QPlainTextEdit*>()->toPlainText().endsWith("first"));
+    EXPECT_FALSE(restore.findChild<QListView*>()->isVisible());
+    click(restore, "OK");
+    // The others are still there: each is asked for.
+    const auto answerAll = [&] {
+        if (auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+            QTest::keyClick(question, Qt::Key_N);
+        return std::filesystem::exists(file) && !QApplication::activeModalWidget();
+    };
+    EXPECT_TRUE(QTest::qWaitFor(answerAll, 60000));
+    awaitRest();
+    EXPECT_EQ(contentOf(file), content);
+}
+
+TEST_F(WindowTripTest, KeyboardAloneReachesEveryStepOfABackup)
+{
+    QWidget& main = await("KORV Quillbox");
+    // From the tree by Tab to the toolbar's button.
+    for (int i = 0; i < 12 && nameOf(*main.focusWidget()) != "Full backup"; ++i)
+        QTest::keyClick(main.focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(nameOf(*main.focusWidget()), "Full backup");
+    press(main, Qt::Key_Space);
+
+    QWidget& dialog = await("Full Backup");
+    // Enter is a line break here, Tab leaves.
+    type(dialog, "two");
+    press(dialog, Qt::Key_Return);
+    type(dialog, "lines");
+    EXPECT_EQ(dialog.findChild<QPlainTextEdit*>()->toPlainText(), "two\nlines");
+    QStringList reached;
+    for (int i = 0; i < 5; ++i) {
+        press(dialog, Qt::Key_Tab);
+        reached += nameOf(*dialog.focusWidget());
+    }
+    EXPECT_EQ(reached, QStringList({"All files", "All databases", "Registry", "OK", "Cancel"}));
+    press(dialog, Qt::Key_Tab);
+    EXPECT_EQ(nameOf(*dialog.focusWidget()), "Backupset comments");
+    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(nameOf(*dialog.focusWidget()), "Cancel");
+    press(dialog, Qt::Key_Tab);
+    press(dialog, Qt::Key_Tab);
+    press(dialog, Qt::Key_Space);
+    EXPECT_TRUE(static_cast<QCheckBox*>(findControl(dialog, "All files"))->isChecked());
+    press(dialog, Qt::Key_Return);
+
+    QWidget& chooser = await("Select");
+    press(chooser, Qt::Key_End);
+    press(chooser, Qt::Key_Return);
+    awaitRest();
+    EXPECT_TRUE(std::filesystem::exists(sets() / "QLBX0001.QLT"));
+}
+
+TEST_F(WindowTripTest, OkWithoutAChoiceIsRefusedAndTheChooserStays)
+{
+    click(await("KORV Quillbox"), "Full backup");
+    QWidget& dialog = await("Full Backup");
+    click(dialog, "All files");
+    click(dialog, "OK");
+    QWidget& chooser = await("Select");
+    click(chooser, "OK");
+    auto& notice = static_cast<QMessageBox&>(await("Error"));
+    EXPECT_EQ(notice.text(), "You must select an item");
+    press(notice, Qt::Key_Return);
+    awaitGone("Error");
+    EXPECT_TRUE(isThere("Select"));
+    press(chooser, Qt::Key_Escape);
+    awaitRest();
+    EXPECT_FALSE(std::filesystem::exists(sets() / "QLBX0001.QLT"));
+}
+
+TEST_F(WindowTripTest, OverrideQuestionHoldsNoByDefaultAndKeepsTheOldSet)
+{
+    backUpAllFiles("old");
+    awaitRest();
+    const std::string old = contentOf(sets() / "QLBX0001.QLT");
+    backUpAllFiles("new");
+    auto& question = static_cast<QMessageBox&>(await("Info?"));
+    EXPECT_TRUE(question.button(QMessageBox::No)->hasFocus());
+    press(question, Qt::Key_Return);
+    awaitRest();
+    EXPECT_EQ(contentOf(sets() / "QLBX0001.QLT"), old);
+    EXPECT_TRUE(std::filesystem::exists(sets() / "QLBX0002.QLT"));
+}
+
+TEST_F(WindowTripTest, PartialRestoreBringsBackTheSelectedRowsOnly)
+{
+    backUpAllFiles("all");
+    awaitRest();
+    const auto wanted = someFile(store());
+    const std::string content = contentOf(wanted);
+    std::filesystem::remove_all(store());
+    std::filesystem::create_directory(store());
+    choose({"Operations", "Restore", "Partial..."});
+    QWidget& chooser = await("Select");
+    clickRow(chooser, FirstSet);
+    press(chooser, Qt::Key_Return);
+    QWidget& dialog = await("Restore selection");
+    QString name = QString::fromStdString(std::filesystem::relative(wanted, store()).string());
+    const QString row = "File:\\" + name.replace(u'/', u'\\');
+    clickRow(dialog, row);
+    // A second row, selected and let go again: each click turns its row over.
+    auto* list = dialog.findChild<QListView*>();
+    ASSERT_EQ(list->selectionModel()->selectedIndexes().size(), 1);
+    press(dialog, Qt::Key_Home);
+    const QString first = list->model()->index(0, 0).data().toString();
+    if (first != row) {
+        clickRow(dialog, first);
+        EXPECT_EQ(list->selectionModel()->selectedIndexes().size(), 2);
+        clickRow(dialog, first);
+    }
+    EXPECT_EQ(list->selectionModel()->selectedIndexes().size(), 1);
+    click(dialog, "OK");
+    awaitRest();
+    EXPECT_EQ(contentOf(wanted), content);
+    std::ptrdiff_t files = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(store()))
+        files += entry.is_regular_file() ? 1 : 0;
+    EXPECT_EQ(files, 1);
+}
+
+TEST_F(WindowTripTest, CancelLeavesEveryDialogAndChangesNothing)
+{
+    const std::vector<std::pair<QStringList, QString>> dialogs{
+        {{"File", "Filter..."}, "File filter"},
+        {{"File", "Options..."}, "Options"},
+        {{"File", "About..."}, "Quillbox"},
+        {{"Operations", "Backup", "Full..."}, "Full Backup"},
+    };
+    for (const auto& [path, title] : dialogs) {
+        SCOPED_TRACE(title.toStdString());
+        choose(path);
+        press(await(title), Qt::Key_Escape);
+        awaitGone(title);
+        choose(path);
+        click(await(title), "Cancel");
+        awaitGone(title);
+        choose(path);
+        await(title).close();
+        awaitGone(title);
+    }
+    awaitRest();
+}
+
+TEST_F(WindowTripTest, OptionsFollowTheCoreAndArrowsMoveInTheGroup)
+{
+    choose({"File", "Options..."});
+    QWidget& dialog = await("Options");
+    auto& log = static_cast<QCheckBox&>(*findControl(dialog, "Generate log file"));
+    // A screen reader toggles without a click: the program has to hear of it all the same.
+    log.toggle();
+    EXPECT_TRUE(log.isChecked());
+    click(dialog, "Ask");
+    EXPECT_EQ(nameOf(*dialog.focusWidget()), "Ask");
+    press(dialog, Qt::Key_Up);
+    EXPECT_EQ(nameOf(*dialog.focusWidget()), "Skip existing files");
+    EXPECT_TRUE(static_cast<QAbstractButton*>(findControl(dialog, "Skip existing files"))->isChecked());
+    EXPECT_FALSE(static_cast<QAbstractButton*>(findControl(dialog, "Ask"))->isChecked());
+    click(dialog, "OK");
+    awaitGone("Options");
+
+    choose({"File", "Options..."});
+    QWidget& again = await("Options");
+    EXPECT_TRUE(static_cast<QAbstractButton*>(findControl(again, "Generate log file"))->isChecked());
+    EXPECT_TRUE(static_cast<QAbstractButton*>(findControl(again, "Skip existing files"))->isChecked());
+    press(again, Qt::Key_Escape);
+    awaitGone("Options");
+}
+
+TEST_F(WindowTripTest, CloseDuringARunIsKeptAndTheSetIsWhole)
+{
+    QWidget& main = await("KORV Quillbox");
+    backUpAllFiles("closing");
+    // By now the run has begun. What is clicked meanwhile is dropped, the wish to close is kept.
+    main.close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !isThere("KORV Quillbox"); }, 60000));
+    EXPECT_FALSE(isThere("Full Backup"));
+    EXPECT_TRUE(std::filesystem::exists(sets() / "QLBX0001.QLT"));
+    EXPECT_GT(std::filesystem::file_size(sets() / "QLBX0001.QDT"), 0U);
+}
+
+}  // namespace

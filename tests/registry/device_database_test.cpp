@@ -1,0 +1,129 @@
+#include "device_database.h"
+#include "registry_fixture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using platform::database::DatabaseUse;
+using platform::database::Step;
+using platform::database::Transaction;
+using testing::HasSubstr;
+
+class DeviceDatabaseTest : public RegistryFixture {
+protected:
+    void changeAndClose(const std::string& sql)
+    {
+        ASSERT_EQ(open(), "");
+        ASSERT_EQ(DatabaseUse()->execute(sql), Step::Done);
+        platform::registry::closeRegistry();
+    }
+    [[nodiscard]] std::string content() const
+    {
+        std::ifstream stream(file(), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    // The sentence, after making sure that the refused file is left as it was.
+    [[nodiscard]] std::string refusal() const
+    {
+        const std::string before = content();
+        std::string sentence = open();
+        EXPECT_EQ(content(), before);
+        EXPECT_FALSE(DatabaseUse());
+        return sentence;
+    }
+};
+
+TEST_F(DeviceDatabaseTest, DatabaseOfANewerVersionIsNotTouched)
+{
+    changeAndClose("PRAGMA user_version = 9999");
+    EXPECT_THAT(refusal(), HasSubstr("newer version of Quillbox (schema 9999"));
+}
+
+TEST_F(DeviceDatabaseTest, DatabaseOfAnotherProgramIsNotTouched)
+{
+    changeAndClose("PRAGMA application_id = 5");
+    EXPECT_THAT(refusal(), HasSubstr("is not the database of a Quillbox device"));
+}
+
+TEST_F(DeviceDatabaseTest, DamageIsFoundBeforeAnythingIsWritten)
+{
+    changeAndClose("PRAGMA user_version");
+    const std::string whole = content();
+    ASSERT_GT(whole.size(), 8192U);
+    std::string scrambled = whole;
+    scrambled.replace(4096, 4096, 4096, '\xA5');
+    for (const std::string& damaged : {std::string("no database at all, but long enough to look at").append(600, '.'),
+                                       whole.substr(0, 4096), scrambled}) {
+        std::ofstream(file(), std::ios::binary | std::ios::trunc) << damaged;
+        EXPECT_THAT(refusal(), HasSubstr("is damaged"));
+    }
+}
+
+TEST_F(DeviceDatabaseTest, DatabaseThatAnotherProcessHoldsIsRefusedAtOnce)
+{
+    int ready[2];
+    int finish[2];
+    ASSERT_EQ(pipe(ready), 0);
+    ASSERT_EQ(pipe(finish), 0);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        close(finish[1]);
+        const char opened = open().empty() ? 'y' : 'n';
+        char ignored = 0;
+        (void)!write(ready[1], &opened, 1);
+        (void)!read(finish[0], &ignored, 1);
+        _exit(0);
+    }
+    char opened = 0;
+    ASSERT_EQ(read(ready[0], &opened, 1), 1);
+    EXPECT_EQ(opened, 'y');
+    EXPECT_THAT(open(), HasSubstr("is open in another program"));
+    close(finish[1]);
+    waitpid(child, nullptr, 0);
+    EXPECT_EQ(open(), "");
+    for (const int end : {ready[0], ready[1], finish[0]})
+        close(end);
+}
+
+TEST_F(DeviceDatabaseTest, FolderThatIsMissingIsToldByItsName)
+{
+    std::string error;
+    EXPECT_FALSE(platform::database::openDeviceDatabase(file().parent_path() / "nowhere" / "device.db", error));
+    EXPECT_THAT(error, HasSubstr("nowhere/device.db\" can't be opened"));
+}
+
+TEST_F(DeviceDatabaseTest, TransactionThatIsNotCommittedLeavesNothing)
+{
+    ASSERT_EQ(open(), "");
+    const DatabaseUse database;
+    const auto count = [&] {
+        auto statement = database->prepare("SELECT count(*) FROM registry_key");
+        EXPECT_EQ(statement.step(), Step::Row);
+        return statement.integer(0);
+    };
+    const auto insert = [&] {
+        auto statement = database->prepare("INSERT INTO registry_key (parent, name, folded) VALUES (?, ?, ?)");
+        return statement.bind(1, std::u16string(u"Ключ"), std::u16string(u"ключ")).step();
+    };
+    {
+        const Transaction undone(*database);
+        ASSERT_EQ(insert(), Step::Done);
+    }
+    EXPECT_EQ(count(), 4);
+    Transaction kept(*database);
+    ASSERT_EQ(insert(), Step::Done);
+    ASSERT_EQ(kept.commit(), Step::Done);
+    EXPECT_EQ(count(), 5);
+    EXPECT_EQ(insert(), Step::Failed);  // the same name below the same key
+    EXPECT_EQ(count(), 5);
+}
+
+}  // namespace

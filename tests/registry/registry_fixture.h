@@ -1,0 +1,37 @@
+// registry_fixture.h - a registry in a temporary folder.
+#pragma once
+
+#include "registry_store.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+class RegistryFixture : public testing::Test {
+protected:
+    RegistryFixture()
+    {
+        std::string pattern = testing::TempDir() + "registry-XXXXXX";
+        folder_ = mkdtemp(pattern.data());
+    }
+
+    ~RegistryFixture() override
+    {
+        platform::registry::closeRegistry();
+        std::filesystem::remove_all(folder_);
+    }
+
+    [[nodiscard]] std::filesystem::path file() const { return folder_ / "device.db"; }
+
+    // Empty when it opened.
+    [[nodiscard]] std::string open() const
+    {
+        std::string error;
+        return platform::registry::openRegistry(file(), error) ? "" : error;
+    }
+
+private:
+    std::filesystem::path folder_;
+};

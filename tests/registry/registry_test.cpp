@@ -1,0 +1,163 @@
+#include "ce/handle.h"
+#include "ce/registry.h"
+#include "device_database.h"
+#include "registry_fixture.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+class RegistryTest : public RegistryFixture {
+protected:
+    RegistryTest() { EXPECT_EQ(open(), ""); }
+
+    static LONG make(HKEY parent, const std::u16string& subKey, HKEY& key, DWORD* disposition = nullptr)
+    {
+        return RegCreateKeyExW(parent, subKey.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, disposition);
+    }
+    static HKEY made(HKEY parent, const std::u16string& subKey)
+    {
+        HKEY key = nullptr;
+        EXPECT_EQ(make(parent, subKey, key), 0);
+        return key;
+    }
+    static LONG set(HKEY key, const WCHAR* name, const std::string& data, DWORD type = REG_BINARY)
+    {
+        return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
+                              static_cast<DWORD>(data.size()));
+    }
+    static std::string get(HKEY key, const WCHAR* name)
+    {
+        DWORD size = 0;
+        if (RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &size) != 0)
+            return "none";
+        std::string data(size, '#');
+        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(data.data()), &size), 0);
+        return data;
+    }
+};
+
+TEST_F(RegistryTest, OptionsComeBackAfterARestartByteForByte)
+{
+    std::string record(568, '\0');
+    for (std::size_t at = 0; at < record.size(); ++at)
+        record[at] = static_cast<char>(at * 7);
+    ASSERT_EQ(set(made(HKEY_CURRENT_USER, u"software\\KORV\\QUILLBOX"), u"Option", record), 0);
+    platform::registry::closeRegistry();
+    ASSERT_EQ(open(), "");
+    EXPECT_EQ(get(made(HKEY_CURRENT_USER, u"Software\\korv\\Quillbox"), u"OPTION"), record);
+}
+
+TEST_F(RegistryTest, NamesDifferingByCaseAloneAreOneKeyAndOneValueInEachBranchOfItsOwn)
+{
+    DWORD disposition = 0;
+    HKEY first = nullptr;
+    HKEY second = nullptr;
+    ASSERT_EQ(make(HKEY_LOCAL_MACHINE, u"Ärger\\Один", first, &disposition), 0);
+    EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
+    ASSERT_EQ(make(made(HKEY_LOCAL_MACHINE, u"äRGER"), u"оДИН", second, &disposition), 0);
+    EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
+    ASSERT_EQ(set(first, u"Größe", "one"), 0);
+    ASSERT_EQ(set(second, u"GRÖßE", "two", REG_SZ), 0);
+    EXPECT_EQ(get(first, u"größe"), "two");
+    DWORD type = 0;
+    EXPECT_EQ(RegQueryValueExW(first, u"Größe", nullptr, &type, nullptr, nullptr), 0);
+    EXPECT_EQ(type, REG_SZ);
+
+    for (const HKEY root : {HKEY_CLASSES_ROOT, HKEY_CURRENT_USER, HKEY_USERS})
+        EXPECT_EQ(get(made(root, u"Ärger\\Один"), u"Größe"), "none");
+}
+
+TEST_F(RegistryTest, DefaultValueAndEmptyDataAreValuesToo)
+{
+    const HKEY key = made(HKEY_USERS, u"a");
+    ASSERT_EQ(set(key, nullptr, "by default"), 0);
+    EXPECT_EQ(get(key, u""), "by default");
+    ASSERT_EQ(set(key, u"empty", ""), 0);
+    EXPECT_EQ(get(key, u"empty"), "");
+    ASSERT_EQ(set(HKEY_USERS, u"on top", "x"), 0);
+    EXPECT_EQ(get(HKEY_USERS, u"on top"), "x");
+}
+
+TEST_F(RegistryTest, SmallBufferAndMissingValueLeaveTheBufferAlone)
+{
+    const HKEY key = made(HKEY_CURRENT_USER, u"k");
+    ASSERT_EQ(set(key, u"v", "12345"), 0);
+    BYTE data[6] = {'#', '#', '#', '#', '#', '#'};
+    DWORD size = 4;
+    EXPECT_EQ(RegQueryValueExW(key, u"v", nullptr, nullptr, data, &size), LONG{ERROR_MORE_DATA});
+    EXPECT_EQ(size, 5U);
+    EXPECT_EQ(data[0], '#');
+    DWORD type = 77;
+    size = 6;
+    EXPECT_EQ(RegQueryValueExW(key, u"w", nullptr, &type, data, &size), LONG{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(size, 6U);
+    EXPECT_EQ(type, 77U);
+    EXPECT_EQ(RegQueryValueExW(key, u"v", nullptr, nullptr, data, &size), 0);
+    EXPECT_EQ(size, 5U);
+    EXPECT_EQ(data[5], '#');
+}
+
+TEST_F(RegistryTest, LimitsHoldAndARefusedPathLeavesNoKeysBehind)
+{
+    const LONG refused{ERROR_INVALID_PARAMETER};
+    HKEY key = nullptr;
+    const std::u16string longest(255, u'n');
+    EXPECT_EQ(make(HKEY_USERS, longest, key), 0);
+    std::u16string deepest = u"1";
+    for (int level = 2; level <= 16; ++level)
+        deepest += u"\\x";
+    EXPECT_EQ(make(HKEY_USERS, deepest, key), 0);
+    EXPECT_EQ(make(key, u"y", key), refused);
+    for (const std::u16string& path :
+         {std::u16string(), std::u16string(u"\\a"), std::u16string(u"a\\"), std::u16string(u"a\\\\b"),
+          u"a\\" + longest + u"n", deepest + u"\\y", std::u16string(u"a\xD800")})
+        EXPECT_EQ(make(HKEY_CLASSES_ROOT, path, key), refused) << testing::PrintToString(path);
+    EXPECT_EQ(set(HKEY_USERS, (longest + u"n").c_str(), "x"), refused);
+    EXPECT_EQ(set(HKEY_USERS, u"\xDC00", "x"), refused);
+    DWORD disposition = 0;
+    ASSERT_EQ(make(HKEY_CLASSES_ROOT, u"a", key, &disposition), 0);
+    EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
+}
+
+TEST_F(RegistryTest, DeadAndForeignKeysAreRefused)
+{
+    const LONG refused{ERROR_INVALID_HANDLE};
+    HKEY result = nullptr;
+    const HKEY closed = made(HKEY_USERS, u"a");
+    EXPECT_FALSE(CloseHandle(closed));
+    EXPECT_EQ(RegCloseKey(closed), 0);
+    const HKEY older = made(HKEY_USERS, u"a");
+    platform::registry::closeRegistry();
+    ASSERT_EQ(open(), "");
+    for (const HKEY key : {closed, older, HKEY{nullptr}, reinterpret_cast<HKEY>(INVALID_HANDLE_VALUE)}) {
+        EXPECT_EQ(set(key, u"v", "x"), refused);
+        EXPECT_EQ(RegQueryValueExW(key, u"v", nullptr, nullptr, nullptr, nullptr), refused);
+        EXPECT_EQ(make(key, u"b", result), refused);
+        EXPECT_EQ(RegCloseKey(key), refused);
+    }
+    EXPECT_EQ(RegCloseKey(HKEY_CURRENT_USER), 0);
+    EXPECT_EQ(set(HKEY_CURRENT_USER, u"still", "open"), 0);
+}
+
+TEST_F(RegistryTest, FullDiskGivesItsErrorAndKeepsTheOldValue)
+{
+    const HKEY key = made(HKEY_CURRENT_USER, u"k");
+    ASSERT_EQ(set(key, u"v", "old"), 0);
+    ASSERT_EQ(platform::database::DatabaseUse()->execute("PRAGMA max_page_count = 1"), platform::database::Step::Done);
+    EXPECT_EQ(set(key, u"v", std::string(100'000, 'n')), LONG{ERROR_DISK_FULL});
+    EXPECT_EQ(get(key, u"v"), "old");
+}
+
+TEST_F(RegistryTest, WithoutADatabaseEveryCallSaysSo)
+{
+    platform::registry::closeRegistry();
+    HKEY key = nullptr;
+    EXPECT_EQ(make(HKEY_USERS, u"a", key), LONG{ERROR_GEN_FAILURE});
+    EXPECT_EQ(set(HKEY_USERS, u"a", "x"), LONG{ERROR_GEN_FAILURE});
+    EXPECT_EQ(RegQueryValueExW(HKEY_USERS, u"a", nullptr, nullptr, nullptr, nullptr), LONG{ERROR_GEN_FAILURE});
+}
+
+}  // namespace

@@ -1,0 +1,182 @@
+#include "compressed_stream.h"
+
+#include "set_fixture.h"
+#include "stream_block.h"
+
+#include "host_faults.h"
+
+#include <random>
+
+namespace {
+
+const Bytes magic = hex("51 42 58 50 4B");
+const Bytes closing = hex("03 00 00 00  11 00 00");
+
+class CompressedStreamTest : public SetTest {};
+
+Bytes randomBytes(std::size_t count, unsigned seed)
+{
+    std::mt19937 random(seed);
+    Bytes bytes(count);
+    for (BYTE& byte : bytes)
+        byte = static_cast<BYTE>(random());
+    return bytes;
+}
+
+// Stretches of 19 new bytes, each followed by 4 that stood a little more than 2,048 bytes before: naming them costs 3
+// bytes, and 19 is where a stretch of new bytes starts to cost 2. Near copies begin each part that the library packs by
+// itself, since it looks ever less closely where it finds nothing.
+Bytes expandingBytes()
+{
+    constexpr std::size_t stretch = 19, copied = 4, cycle = stretch + copied, farthest = 95, part = 49152;
+    Bytes bytes = randomBytes(RawBlockBytes, 1);
+    for (std::size_t at = stretch; at + copied <= bytes.size(); at += cycle) {
+        const std::size_t back = std::min(farthest, at % part / cycle) * cycle;
+        const std::size_t from = at - stretch + 7 - std::min(back, at - stretch);
+        for (std::size_t i = 0; i < copied && back != 0; i++)
+            bytes[at + i] = bytes[from + i];
+    }
+    return bytes;
+}
+
+// The packed sizes of a stream's blocks; empty if the lengths don't add up.
+std::vector<DWORD> blockSizes(const Bytes& stream)
+{
+    std::vector<DWORD> sizes;
+    std::size_t at = magic.size();
+    while (at + 4 <= stream.size()) {
+        DWORD size = 0;
+        std::memcpy(&size, stream.data() + at, sizeof size);
+        sizes.push_back(size);
+        at += 4 + size;
+    }
+    return at == stream.size() ? sizes : std::vector<DWORD>{};
+}
+
+TEST_F(CompressedStreamTest, EmptyFileIsTheClosingBlockAlone)
+{
+    write(u"\\empty", {});
+    ASSERT_TRUE(CompressFile(u"\\empty", u"\\stream"));
+    EXPECT_EQ(read(u"\\stream"), magic + closing);
+    ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
+    EXPECT_EQ(read(u"\\back"), Bytes{});
+}
+
+TEST_F(CompressedStreamTest, StreamWrittenByHandUnpacks)
+{
+    write(u"\\stream", magic + hex("06 00 00 00  13 48 69 11 00 00") + closing);
+    EXPECT_TRUE(StreamIsWhole(u"\\stream"));
+    ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
+    EXPECT_EQ(read(u"\\back"), hex("48 69"));
+}
+
+TEST_F(CompressedStreamTest, EverySizeAroundABlockComesBack)
+{
+    for (const std::size_t size : {1U, 4U, 131071U, 131072U, 131073U, 2 * 131072U, 327680U}) {
+        SCOPED_TRACE(size);
+        const Bytes source = randomBytes(size, static_cast<unsigned>(size));
+        write(u"\\source", source);
+        ASSERT_TRUE(CompressFile(u"\\source", u"\\stream"));
+        const Bytes stream = read(u"\\stream");
+        EXPECT_EQ(blockSizes(stream).size(), (size + RawBlockBytes - 1) / RawBlockBytes + 1);
+        EXPECT_EQ(blockSizes(stream).back(), 3U);
+        EXPECT_TRUE(StreamIsWhole(u"\\stream"));
+        ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
+        EXPECT_EQ(read(u"\\back"), source);
+    }
+}
+
+// The library's old rule, 133,139 bytes for a full block, is too small for this one.
+TEST_F(CompressedStreamTest, BlockThatGrowsWhenPackedFitsItsBuffer)
+{
+    const Bytes source = expandingBytes();
+    write(u"\\source", source);
+    ASSERT_TRUE(CompressFile(u"\\source", u"\\stream"));
+    const DWORD packed = blockSizes(read(u"\\stream")).front();
+    EXPECT_GT(packed, 133139U);
+    EXPECT_LE(packed, PackedBlockBytes);
+    EXPECT_TRUE(StreamIsWhole(u"\\stream"));
+    ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
+    EXPECT_EQ(read(u"\\back"), source);
+}
+
+TEST_F(CompressedStreamTest, SourceThatIsMissingOrInUseLeavesTheTargetAlone)
+{
+    write(u"\\stream", hex("AA"));
+    EXPECT_FALSE(CompressFile(u"\\none", u"\\stream"));
+    EXPECT_FALSE(DecompressFile(u"\\none", u"\\stream"));
+    EXPECT_FALSE(StreamIsWhole(u"\\none"));
+    write(u"\\used", hex("BB"));
+    const HANDLE used = CreateFileW(u"\\used", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_FALSE(CompressFile(u"\\used", u"\\stream"));
+    CloseHandle(used);
+    EXPECT_EQ(read(u"\\stream"), hex("AA"));
+}
+
+TEST_F(CompressedStreamTest, TargetThatCannotBeMadeLeavesTheSourceFree)
+{
+    write(u"\\source", hex("AA"));
+    EXPECT_FALSE(CompressFile(u"\\source", u"\\none\\stream"));
+    write(u"\\stream", magic + closing);
+    EXPECT_FALSE(DecompressFile(u"\\stream", u"\\a?b"));
+    EXPECT_TRUE(DeleteFileW(u"\\source"));
+    EXPECT_TRUE(DeleteFileW(u"\\stream"));
+}
+
+TEST_F(CompressedStreamTest, MissingFoldersOfTheTargetAreMade)
+{
+    write(u"\\stream", magic + closing);
+    EXPECT_TRUE(DecompressFile(u"\\stream", u"\\a\\b\\c.txt"));
+    EXPECT_TRUE(exists(u"\\a\\b\\c.txt"));
+    EXPECT_TRUE(DecompressFile(u"\\stream", u"\\a\\d.txt")) << "one that is there already is no failure";
+    EXPECT_FALSE(DecompressFile(u"\\stream", u"\\a\\d.txt\\e\\f")) << "a file is no folder";
+}
+
+TEST_F(CompressedStreamTest, WhatIsNoStreamNeverTouchesTheTarget)
+{
+    write(u"\\back", hex("AA"));
+    for (const Bytes& stream : {Bytes{}, hex("51 42 58 50"), hex("51 42 58 50 4C") + closing}) {
+        write(u"\\stream", stream);
+        EXPECT_FALSE(DecompressFile(u"\\stream", u"\\back"));
+        EXPECT_FALSE(DecompressFile(u"\\stream", u"\\new"));
+        EXPECT_FALSE(StreamIsWhole(u"\\stream"));
+    }
+    EXPECT_EQ(read(u"\\back"), hex("AA"));
+    EXPECT_FALSE(exists(u"\\new"));
+}
+
+// A source may be deleted on StreamIsWhole's word: it must never be given for a stream that a full card cut.
+TEST_F(CompressedStreamTest, StreamThatAFullCardCutIsNeverWhole)
+{
+    write(u"\\source", randomBytes(60, 3));
+    ASSERT_TRUE(CompressFile(u"\\source", u"\\stream"));
+    const std::size_t size = read(u"\\stream").size();
+    for (std::size_t capacity = 0; capacity <= size; capacity++) {
+        SCOPED_TRACE(capacity);
+        addCard(capacity);
+        EXPECT_TRUE(CompressFile(u"\\source", u"\\Card\\stream")) << "the source was read to its end";
+        EXPECT_EQ(StreamIsWhole(u"\\Card\\stream") != 0, capacity == size);
+    }
+}
+
+TEST_F(CompressedStreamTest, FailureOfAnyHostCallNeverPassesForAWholeStream)
+{
+    const Bytes source = randomBytes(300000, 4);
+    write(u"\\source", source);
+    bool survived = false;
+    for (std::uint64_t nth = 1; !survived; nth++) {
+        SCOPED_TRACE(nth);
+        DeleteFileW(u"\\stream");
+        platform::file::setFaultPlan({platform::file::FaultKind::Fail, nth, 5});
+        const BOOL packed = CompressFile(u"\\source", u"\\stream");
+        survived = platform::file::hostCallsMade() < nth;
+        platform::file::clearFaultPlan();
+        if (packed && StreamIsWhole(u"\\stream")) {
+            ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
+            ASSERT_EQ(read(u"\\back"), source);
+        }
+        ASSERT_FALSE(survived && !packed);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,5 @@
+// failing_memory.h - makes the nth allocation from here on fail, and all behind it.
+#pragma once
+
+// 0: every allocation succeeds again.
+void failAllocationsFrom(unsigned long nth);

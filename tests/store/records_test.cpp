@@ -1,0 +1,251 @@
+// Records: values, the pointer, seeks, changes.
+
+#include "store_fixture.h"
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+namespace {
+
+class RecordsTest : public StoreTest {
+protected:
+    RecordsTest() { create(u"A"); }
+
+    // Records that hold their numbers.
+    static std::vector<CEOID> addNumbered(HANDLE database, WORD records)
+    {
+        std::vector<CEOID> oids;
+        for (WORD i = 0; i < records; ++i)
+            oids.push_back(add(database, {number(1, CEVT_UI2, i)}));
+        return oids;
+    }
+};
+
+TEST_F(RecordsTest, EveryTypeComesBackBitForBit)
+{
+    const std::u16string surrogates = {0xD800, u'x', 0xDC00, 0xFFFF, 1};
+    const Record record = {
+        number(1, CEVT_I2, SHORT{-2}, 7),
+        number(2, CEVT_UI2, USHORT{0xFFFF}),
+        number(3, CEVT_I4, LONG{-2147483647 - 1}),
+        number(4, CEVT_UI4, ULONG{0xFFFFFFFF}, 0xFCFF),
+        number(5, CEVT_R8, std::uint64_t{0x7FF0000000000001}),  // a NaN that signals
+        number(6, CEVT_R8, -0.0),
+        number(7, CEVT_BOOL, BOOL{-1}),
+        number(8, CEVT_FILETIME, FILETIME{0xFFFFFFFF, 0x80000000}),
+        text(9, surrogates),
+        text(10, u""),
+        blob(11, ""),
+        blob(12, std::string("\0\1\2", 3)),
+        text(13, u"behind a blob of an odd size"),
+        {propertyId(14, 999), "sixteen bytes of", 1},
+        blob(15, std::string(300000, 'x')),
+    };
+    const HANDLE database = opened(u"A");
+    ASSERT_NE(add(database, record), 0U);
+    CloseHandle(database);
+    close();
+    open();
+    EXPECT_EQ(recordsOf(u"A"), Records{record});
+}
+
+TEST_F(RecordsTest, WriteReplacesAddsAndTakesAwayAndKeepsTheRest)
+{
+    const HANDLE database = opened(u"A");
+    const CEOID oid = add(database, {text(1, u"one"), text(2, u"two"), text(3, u"three")});
+    EXPECT_EQ(write(database, oid, {text(2, u"other"), text(1, u"", CEDB_PROPDELETE), text(4, u"four"), text(4, u"4")}),
+              oid);
+    EXPECT_EQ(recordsOf(u"A"), (Records{{text(2, u"other"), text(3, u"three"), text(4, u"4")}}));
+    // A record may lose its last property and stay.
+    write(database, oid, {text(2, u"", CEDB_PROPDELETE), text(3, u"", CEDB_PROPDELETE), text(4, u"", CEDB_PROPDELETE)});
+    EXPECT_EQ(recordsOf(u"A"), Records{{}});
+
+    CEPROPVAL bad = {.propid = propertyId(1, CEVT_LPWSTR), .wLenData = 0, .wFlags = 0, .val = {}};
+    bad.val.lpwstr = nullptr;
+    for (const CEOID target : {CEOID{0}, oid, oid + 1, CEOID{1}}) {
+        EXPECT_EQ(CeWriteRecordProps(database, target, 1, &bad), 0U);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+        EXPECT_EQ(CeWriteRecordProps(database, target, 0, &bad), 0U);
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    }
+    bad = {.propid = propertyId(1, CEVT_BLOB), .wLenData = 0, .wFlags = 0, .val = {}};
+    bad.val.blob = {1, nullptr};
+    EXPECT_EQ(CeWriteRecordProps(database, 0, 1, &bad), 0U);
+    EXPECT_EQ(recordsOf(u"A").size(), 1U);
+    CloseHandle(database);
+}
+
+TEST_F(RecordsTest, RecordOfAnotherDatabaseIsOutOfReach)
+{
+    create(u"B");
+    const HANDLE a = opened(u"A");
+    const HANDLE b = opened(u"B");
+    const CEOID foreign = add(b, {text(1, u"b")});
+    DWORD index = 0;
+    EXPECT_EQ(write(a, foreign, {text(1, u"a")}), 0U);
+    EXPECT_FALSE(CeDeleteRecord(a, foreign));
+    EXPECT_EQ(CeSeekDatabase(a, CEDB_SEEK_CEOID, foreign, &index), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_TRUE(read(a).empty());
+    EXPECT_EQ(recordsOf(u"B"), Records{{text(1, u"b")}});
+    CloseHandle(a);
+    CloseHandle(b);
+}
+
+TEST_F(RecordsTest, ReadAndDeleteMeetsEveryRecord)
+{
+    for (const DWORD flags : {CEDB_AUTOINCREMENT, DWORD{0}}) {
+        const HANDLE database = opened(u"A", flags);
+        const auto oids = addNumbered(database, 40);
+        CloseHandle(database);
+        const HANDLE again = opened(u"A", flags);
+        std::vector<CEOID> met;
+        for (CEOID oid = 0; read(again, &oid), oid != 0;) {
+            met.push_back(oid);
+            EXPECT_TRUE(CeDeleteRecord(again, oid));
+        }
+        if (flags == CEDB_AUTOINCREMENT) {
+            EXPECT_EQ(met, oids);
+            EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
+        } else {
+            EXPECT_EQ(met, std::vector{oids.front()});
+            EXPECT_EQ(GetLastError(), ERROR_KEY_DELETED);
+            EXPECT_EQ(CeSeekDatabase(again, CEDB_SEEK_CURRENT, 0, nullptr), oids[1]);
+        }
+        CloseHandle(again);
+    }
+}
+
+TEST_F(RecordsTest, DeletionThroughAnotherHandleMovesNoPointerAstray)
+{
+    const HANDLE reader = opened(u"A", CEDB_AUTOINCREMENT);
+    const HANDLE other = opened(u"A");
+    const auto oids = addNumbered(other, 5);
+    DWORD index = 0;
+    EXPECT_EQ(CeSeekDatabase(reader, CEDB_SEEK_BEGINNING, 2, &index), oids[2]);
+    CeDeleteRecord(other, oids[0]);
+    CeDeleteRecord(other, oids[2]);
+    CEOID oid = 0;
+    EXPECT_EQ(read(reader, &oid), Record{number(1, CEVT_UI2, WORD{3})});
+    EXPECT_EQ(CeSeekDatabase(reader, CEDB_SEEK_CURRENT, 0, &index), oids[4]);
+    EXPECT_EQ(index, 2U);
+    EXPECT_EQ(CeSeekDatabase(reader, CEDB_SEEK_CURRENT, static_cast<DWORD>(-2), &index), oids[1]);
+    EXPECT_EQ(index, 0U);
+    CloseHandle(reader);
+    CloseHandle(other);
+}
+
+TEST_F(RecordsTest, WalkFromTheEndMeetsEveryRecordAndKnowsItsPosition)
+{
+    const HANDLE database = opened(u"A");
+    DWORD index = 99;
+    EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_END, 0, &index), 0U);
+    EXPECT_EQ(index, 0U);
+    EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_CURRENT, static_cast<DWORD>(-1), &index), 0U);
+    const auto oids = addNumbered(database, 100);
+    EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_END, 0, &index), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    EXPECT_EQ(index, 100U);
+    EXPECT_TRUE(read(database).empty());
+    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
+    for (DWORD expected = 100; expected-- > 0;) {
+        ASSERT_EQ(CeSeekDatabase(database, CEDB_SEEK_CURRENT, static_cast<DWORD>(-1), &index), oids[expected]);
+        ASSERT_EQ(index, expected);
+        ASSERT_EQ(read(database), Record{number(1, CEVT_UI2, static_cast<WORD>(expected))});
+    }
+    EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_CURRENT, static_cast<DWORD>(-1), &index), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_SEEK);
+    EXPECT_EQ(read(database), Record{number(1, CEVT_UI2, WORD{0})});
+    CloseHandle(database);
+}
+
+TEST_F(RecordsTest, SeeksLeadWhereTheySay)
+{
+    const HANDLE database = opened(u"A");
+    const auto oids = addNumbered(database, 10);
+    struct Case {
+        DWORD how;
+        DWORD value;
+        int expected;  // position; -1 none
+    };
+    const DWORD last = 0xFFFFFFFF;
+    const Case cases[] = {
+        {CEDB_SEEK_BEGINNING, 0, 0},     {CEDB_SEEK_CURRENT, 4, 4},
+        {CEDB_SEEK_CURRENT, last, 3},    {CEDB_SEEK_BEGINNING, 9, 9},
+        {CEDB_SEEK_END, 1, 9},           {CEDB_SEEK_END, 10, 0},
+        {CEDB_SEEK_CEOID, oids[6], 6},   {CEDB_SEEK_CURRENT, 0, 6},
+        {CEDB_SEEK_END, 11, -1},         {CEDB_SEEK_CURRENT, 0, 6},
+        {CEDB_SEEK_CURRENT, 4, -1},      {CEDB_SEEK_CURRENT, last, 9},
+        {CEDB_SEEK_BEGINNING, 10, -1},   {CEDB_SEEK_CURRENT, 0, -1},
+        {CEDB_SEEK_END, 3, 7},           {CEDB_SEEK_CEOID, 1, -1},
+        {CEDB_SEEK_CURRENT, 1, 8},       {CEDB_SEEK_CURRENT, 0x80000000, -1},
+        {CEDB_SEEK_BEGINNING, last, -1}, {0x10, 0, -1},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        SCOPED_TRACE(i);
+        const Case& step = cases[i];
+        DWORD index = 0;
+        const CEOID found = CeSeekDatabase(database, step.how, step.value, &index);
+        EXPECT_EQ(found, step.expected < 0 ? 0 : oids[static_cast<std::size_t>(step.expected)]);
+        if (step.expected >= 0) {
+            EXPECT_EQ(index, static_cast<DWORD>(step.expected));
+        }
+    }
+    CloseHandle(database);
+    EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_END, 1, nullptr), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+TEST_F(RecordsTest, BufferThatIsTooSmallIsLeftAloneOrReplaced)
+{
+    const HANDLE database = opened(u"A", CEDB_AUTOINCREMENT);
+    add(database, {text(1, u"some text"), number(2, CEVT_I4, LONG{5})});
+    auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, 8));
+    BYTE* const first = buffer;
+    DWORD bytes = 8;
+    WORD count = 0;
+    EXPECT_EQ(CeReadRecordProps(database, 0, &count, nullptr, &buffer, &bytes), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(buffer, first);
+    EXPECT_NE(CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &buffer, &bytes), 0U);
+    EXPECT_EQ(count, 2);
+    EXPECT_GE(bytes, 2 * sizeof(CEPROPVAL) + 20);
+
+    // As large as needed is large enough.
+    CeSeekDatabase(database, CEDB_SEEK_BEGINNING, 0, nullptr);
+    BYTE* const second = buffer;
+    EXPECT_NE(CeReadRecordProps(database, 0, &count, nullptr, &buffer, &bytes), 0U);
+    EXPECT_EQ(buffer, second);
+
+    CeSeekDatabase(database, CEDB_SEEK_BEGINNING, 0, nullptr);
+    const CEPROPID asked[] = {propertyId(9, CEVT_BLOB), propertyId(2, CEVT_I4)};
+    count = 2;
+    ASSERT_NE(CeReadRecordProps(database, 0, &count, asked, &buffer, &bytes), 0U);
+    const auto* values = reinterpret_cast<const CEPROPVAL*>(buffer);
+    EXPECT_EQ(values[0].propid, asked[0]);
+    EXPECT_EQ(values[0].wFlags, CEDB_PROPNOTFOUND);
+    EXPECT_EQ(values[0].val.blob.dwCount, 0U);
+    EXPECT_EQ(values[1].val.lVal, 5);
+    CeSeekDatabase(database, CEDB_SEEK_BEGINNING, 0, nullptr);
+    count = 1;
+    EXPECT_EQ(CeReadRecordProps(database, 0, &count, asked, &buffer, &bytes), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_NO_DATA);
+    LocalFree(buffer);
+    CloseHandle(database);
+}
+
+TEST_F(RecordsTest, FullDatabaseRefusesTheNextRecordAndKeepsTheOthers)
+{
+    const HANDLE database = opened(u"A");
+    const Record record = {number(1, CEVT_I4, LONG{1})};
+    for (DWORD i = 0; i < CEDB_MAXRECORDS; ++i)
+        ASSERT_NE(add(database, record), 0U);
+    EXPECT_EQ(add(database, record), 0U);
+    EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
+    EXPECT_TRUE(CloseHandle(database));
+    EXPECT_EQ(infoOf(u"A").wNumRecords, 0xFFFF);
+    EXPECT_EQ(recordsOf(u"A").size(), 0xFFFFU);
+}
+
+}  // namespace

@@ -1,0 +1,171 @@
+// store_fixture.cpp - see store_fixture.h.
+
+#include "store_fixture.h"
+
+#include "device_database.h"
+#include "object_store.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+std::size_t bitsOf(WORD type)
+{
+    switch (type) {
+    case CEVT_I2:
+    case CEVT_UI2:
+        return 2;
+    case CEVT_I4:
+    case CEVT_UI4:
+    case CEVT_BOOL:
+        return 4;
+    case CEVT_R8:
+    case CEVT_FILETIME:
+        return 8;
+    default:
+        return sizeof(CEVALUNION);
+    }
+}
+
+CEPROPVAL toValue(const Property& property)
+{
+    CEPROPVAL value = {};
+    value.propid = property.id;
+    value.wFlags = property.flags;
+    if (LOWORD(property.id) == CEVT_LPWSTR)
+        value.val.lpwstr = reinterpret_cast<WCHAR*>(const_cast<char*>(property.value.data()));
+    else if (LOWORD(property.id) == CEVT_BLOB)
+        value.val.blob = {static_cast<DWORD>(property.value.size()),
+                          reinterpret_cast<BYTE*>(const_cast<char*>(property.value.data()))};
+    else
+        std::memcpy(&value.val, property.value.data(), property.value.size());
+    return value;
+}
+
+Property fromValue(const CEPROPVAL& value)
+{
+    Property property{value.propid, {}, value.wFlags};
+    if (LOWORD(value.propid) == CEVT_LPWSTR && value.val.lpwstr)
+        property = text(HIWORD(value.propid), value.val.lpwstr, value.wFlags);
+    else if (LOWORD(value.propid) == CEVT_BLOB && value.val.blob.lpb)
+        property.value.assign(reinterpret_cast<const char*>(value.val.blob.lpb), value.val.blob.dwCount);
+    else if (LOWORD(value.propid) != CEVT_LPWSTR && LOWORD(value.propid) != CEVT_BLOB)
+        property.value.assign(reinterpret_cast<const char*>(&value.val), bitsOf(LOWORD(value.propid)));
+    return property;
+}
+
+}  // namespace
+
+void PrintTo(const Property& property, std::ostream* out)
+{
+    *out << std::hex << property.id << " (" << property.value.size() << " bytes, flags " << property.flags << ")";
+}
+
+// The characters with their NUL, so that what stands in `value` is a text as it stands.
+Property text(WORD id, const std::u16string& value, WORD flags)
+{
+    return {propertyId(id, CEVT_LPWSTR),
+            std::string(reinterpret_cast<const char*>(value.c_str()), (value.size() + 1) * sizeof(WCHAR)), flags};
+}
+
+Property blob(WORD id, const std::string& value, WORD flags)
+{
+    return {propertyId(id, CEVT_BLOB), value, flags};
+}
+
+StoreTest::StoreTest()
+{
+    const char* base = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
+    std::string pattern = std::string(base) + "/store-XXXXXX";
+    folder_ = mkdtemp(pattern.data());
+    open();
+}
+
+StoreTest::~StoreTest()
+{
+    close();
+    std::filesystem::remove_all(folder_);
+}
+
+void StoreTest::open() const
+{
+    std::string error;
+    ASSERT_TRUE(platform::database::openDeviceDatabase(folder_ / "device.db", error)) << error;
+}
+
+void StoreTest::close()
+{
+    platform::store::closeStore();
+    platform::database::closeDeviceDatabase();
+}
+
+CEOID StoreTest::create(const std::u16string& name, DWORD type)
+{
+    return CeCreateDatabase(name.c_str(), type, 0, nullptr);
+}
+
+HANDLE StoreTest::opened(const std::u16string& name, DWORD flags)
+{
+    CEOID oid = 0;
+    const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, flags, nullptr);
+    EXPECT_NE(database, INVALID_HANDLE_VALUE) << GetLastError();
+    return database;
+}
+
+bool StoreTest::exists(const std::u16string& name)
+{
+    CEOID oid = 0;
+    const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr);
+    return database != INVALID_HANDLE_VALUE && CloseHandle(database);
+}
+
+CEOID StoreTest::add(HANDLE database, const Record& record)
+{
+    return write(database, 0, record);
+}
+
+CEOID StoreTest::write(HANDLE database, CEOID oid, const Record& record)
+{
+    std::vector<CEPROPVAL> values;
+    for (const Property& property : record)
+        values.push_back(toValue(property));
+    return CeWriteRecordProps(database, oid, static_cast<WORD>(values.size()), values.data());
+}
+
+Record StoreTest::read(HANDLE database, CEOID* oid)
+{
+    WORD count = 0;
+    BYTE* buffer = nullptr;
+    DWORD bytes = 0;
+    const CEOID found = CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &buffer, &bytes);
+    if (oid)
+        *oid = found;
+    Record record;
+    for (WORD i = 0; found != 0 && i < count; ++i)
+        record.push_back(fromValue(reinterpret_cast<const CEPROPVAL*>(buffer)[i]));
+    LocalFree(buffer);
+    return record;
+}
+
+Records StoreTest::recordsOf(const std::u16string& name)
+{
+    const HANDLE database = opened(name, CEDB_AUTOINCREMENT);
+    Records records;
+    CEOID oid = 0;
+    for (Record record = read(database, &oid); oid != 0; record = read(database, &oid))
+        records.push_back(record);
+    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
+    CloseHandle(database);
+    return records;
+}
+
+CEDBASEINFO StoreTest::infoOf(const std::u16string& name)
+{
+    CEOID oid = 0;
+    CloseHandle(CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr));
+    CEOIDINFO info = {};
+    EXPECT_TRUE(CeOidGetInfo(oid, &info)) << GetLastError();
+    EXPECT_EQ(info.wObjType, OBJTYPE_DATABASE);
+    return info.infDatabase;
+}

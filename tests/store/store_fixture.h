@@ -1,0 +1,59 @@
+// store_fixture.h - an object store in a temporary folder, and records in a form that compares.
+#pragma once
+
+#include "ce/store.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// A property with its value as bytes: of a text or blob its content, otherwise the bits of the value.
+struct Property {
+    CEPROPID id = 0;
+    std::string value;
+    WORD flags = 0;
+    bool operator==(const Property&) const = default;
+};
+void PrintTo(const Property& property, std::ostream* out);
+
+using Record = std::vector<Property>;
+using Records = std::vector<Record>;
+
+constexpr CEPROPID propertyId(WORD number, WORD type)
+{
+    return (CEPROPID{number} << 16) | type;
+}
+
+template <class Value>
+Property number(WORD id, WORD type, Value value, WORD flags = 0)
+{
+    return {propertyId(id, type), std::string(reinterpret_cast<const char*>(&value), sizeof value), flags};
+}
+Property text(WORD id, const std::u16string& value, WORD flags = 0);
+Property blob(WORD id, const std::string& value, WORD flags = 0);
+
+class StoreTest : public testing::Test {
+protected:
+    StoreTest();
+    ~StoreTest() override;
+
+    void open() const;
+    static void close();
+
+    static CEOID create(const std::u16string& name, DWORD type = 0);
+    // Fails the test for a database that isn't there.
+    static HANDLE opened(const std::u16string& name, DWORD flags = 0);
+    static bool exists(const std::u16string& name);
+    // 0 when it was refused.
+    static CEOID add(HANDLE database, const Record& record);
+    static CEOID write(HANDLE database, CEOID oid, const Record& record);
+    // The record at the pointer; none on failure.
+    static Record read(HANDLE database, CEOID* oid = nullptr);
+    // From the first record to the last.
+    static Records recordsOf(const std::u16string& name);
+    static CEDBASEINFO infoOf(const std::u16string& name);
+
+    std::filesystem::path folder_;
+};

@@ -1,0 +1,149 @@
+#include "host_name.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+
+namespace platform::text {
+namespace {
+
+TEST(HostNameTest, NoByteIsLostOrTakenForAnother)
+{
+    std::set<std::u16string> seen;
+    for (unsigned byte = 1; byte < 256; ++byte) {
+        if (byte == '/' || byte == '.')
+            continue;
+        SCOPED_TRACE(byte);
+        const std::string host(1, static_cast<char>(byte));
+        const std::u16string device = toDeviceName(host);
+        ASSERT_EQ(device.size(), 1U);
+        const bool plain = byte < 0x80 && std::string("\\*?\"<>|").find(host) == std::string::npos;
+        EXPECT_EQ(device[0], plain ? byte : 0xF700 + byte);
+        EXPECT_TRUE(seen.insert(device).second);
+        EXPECT_EQ(toHostName(device), host);
+    }
+}
+
+TEST(HostNameTest, InvalidUtf8OfEachKindIsKeptByteForByte)
+{
+    const std::string kinds[] = {
+        "a\x80"
+        "b",                 // a continuation alone
+        "\xC0\xAF",          // an overlong slash
+        "\xC1\xBF",          // an overlong letter
+        "\xE0\x80\xAF",      // overlong in three bytes
+        "\xF0\x80\x80\xAF",  // overlong in four bytes
+        "\xED\xA0\x80",      // a surrogate
+        "\xED\xBF\xBF",      // the last surrogate
+        "\xF4\x90\x80\x80",  // above the last character
+        "\xF5\x80\x80\x80",  // a lead byte that none begins with
+        "\xFE\xFF",          // bytes that never stand in UTF-8
+        "cut\xC3",           // each length cut short
+        "cut\xE2\x82",
+        "cut\xF0\x9F\x98",
+        "\xE2\x82x",  // a sequence that another character breaks off
+        "\xC3\xC3\xA9",
+    };
+    for (const std::string& host : kinds) {
+        SCOPED_TRACE(testing::PrintToString(host));
+        const std::u16string device = toDeviceName(host);
+        EXPECT_EQ(toHostName(device), host);
+    }
+    EXPECT_EQ(toDeviceName("a\xE2\x82x"), u"a\xF7E2\xF782x");
+}
+
+TEST(HostNameTest, ValidTextKeepsItsCharacters)
+{
+    EXPECT_EQ(toDeviceName("Grüße 日本 \xF0\x9F\x98\x80.txt"), u"Grüße 日本 \xD83D\xDE00.txt");
+    EXPECT_EQ(toHostName(u"Grüße 日本 \xD83D\xDE00.txt"), "Grüße 日本 \xF0\x9F\x98\x80.txt");
+    EXPECT_EQ(toDeviceName("a\xEE\x80\x80"), u"a\xE000");          // private use, but no escape
+    EXPECT_EQ(toDeviceName("\xEF\xBF\xBF"), u"\xFFFF");            // the last of the basic plane
+    EXPECT_EQ(toDeviceName("\xF0\x90\x81\x9C"), u"\xD800\xDC5C");  // its low bits spell a backslash
+}
+
+TEST(HostNameTest, EscapeThatStandsInAHostNameIsNotTakenForTheByte)
+{
+    const std::string host = "x\xEF\x9D\x9Cy";  // U+F75C, which stands for a backslash
+    EXPECT_EQ(toDeviceName(host), u"x\xF7EF\xF79D\xF79Cy");
+    EXPECT_EQ(toHostName(toDeviceName(host)), host);
+    EXPECT_EQ(toDeviceName("x\\y"), u"x\xF75Cy");
+    EXPECT_EQ(toHostName(u"x\xF75Cy"), "x\\y");
+}
+
+TEST(HostNameTest, NothingSmugglesInASeparatorOrAStepOutOfTheFolder)
+{
+    const std::u16string refused[] = {
+        u"",
+        u".",
+        u"..",
+        u"a/b",
+        u"a\\b",
+        u"a*",
+        u"a?",
+        u"a\"",
+        u"<",
+        u">",
+        u"|",
+        std::u16string(u"a\0b", 3),
+        u"\xF72F",  // '/'
+        u"a\xF72F"
+        u"b",
+        u"\xF700",        // NUL
+        u"\xF72E",        // "."
+        u"\xF72E\xF72E",  // ".."
+        u".\xF72E",
+        u"\xF72E.",
+        u"\xF72E.x",      // "..x" in a second way
+        u"\xF741",        // a letter in a second way
+        u"\xF7C3\xF7A9",  // a whole character in escapes
+        u"\xD83D",        // lone surrogates
+        u"a\xDE00z",
+        u"\xDE00\xD83D",
+        std::u16string(256, u'a'),
+        std::u16string(128, u'é'),
+    };
+    for (const std::u16string& name : refused) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        EXPECT_EQ(toHostName(name), std::nullopt);
+    }
+    EXPECT_TRUE(toHostName(std::u16string(255, u'a')));
+    EXPECT_EQ(toHostName(u"..."), "...");
+    EXPECT_EQ(toHostName(u"\xF7EF\xF79C"), "\xEF\x9C");  // an escape's bytes cut short are merely invalid
+}
+
+TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveOneFormAtMost)
+{
+    std::mt19937 random(20261124);
+    // Bytes and units that meet each other in unlucky ways are drawn more often than the others.
+    const std::string bytes = "a.\\?\xEF\x9C\x9D\x9F\x80\xBF\xC3\xA9\xE2\xF0\xED\xFF";
+    const std::u16string units = u"a.\xF72E\xF72F\xF700\xF7EF\xF79C\xF780\xF7C3\xF7A9\xD83D\xDE00";
+    for (int round = 0; round < 20000; ++round) {
+        std::string host;
+        for (auto length = 1 + random() % 12; length > 0; --length) {
+            const auto drawn = random() % 3 == 0 ? static_cast<char>(random()) : bytes[random() % bytes.size()];
+            host.push_back(drawn == 0 || drawn == '/' ? 'x' : drawn);
+        }
+        if (host != "." && host != "..") {
+            ASSERT_EQ(toHostName(toDeviceName(host)), host) << testing::PrintToString(host);
+        }
+        std::u16string device;
+        for (auto length = 1 + random() % 6; length > 0; --length)
+            device.push_back(units[random() % units.size()]);
+        if (const auto name = toHostName(device)) {
+            ASSERT_EQ(toDeviceName(*name), device) << testing::PrintToString(device);
+            ASSERT_EQ(name->find_first_of(std::string("/\0", 2)), std::string::npos);
+            ASSERT_TRUE(*name != "." && *name != "..");
+        }
+    }
+}
+
+TEST(HostNameTest, PlainTextReplacesWhatIsInvalid)
+{
+    EXPECT_EQ(toUtf8(u"a\xD83Dz\xD83D\xDE00\xDE00"), "a\xEF\xBF\xBDz\xF0\x9F\x98\x80\xEF\xBF\xBD");
+    EXPECT_EQ(fromUtf8("a\xC3\xA9\xFFz\xE2\x82"), u"aé\xFFFDz\xFFFD\xFFFD");
+    EXPECT_EQ(toUtf8(u"\xF75C"), "\xEF\x9D\x9C");
+}
+
+}  // namespace
+}  // namespace platform::text

@@ -1,0 +1,287 @@
+#!/usr/bin/env python3
+"""Reads and writes sets without any of Quillbox's code: made from docs/format.md alone, with an LZO1X decoder of its own.
+
+  independent_set.py read LISTFILE OUTDIR      unpacks a set into OUTDIR/files, OUTDIR/databases/NAME.CDB and
+                                               OUTDIR/registry; prints one line an item; exit code 1 with the reason for
+                                               the first thing that isn't as the format has it
+  independent_set.py write LISTFILE FOLDER...  makes a set of all files below the folders, each under its path from there
+      [--comment TEXT] [--database FILE.CDB]... [--registry FILE]
+"""
+import argparse
+import os
+import pathlib
+import struct
+import sys
+
+MAGIC = b"QBXPK"
+RAW_BLOCK = 131072
+PACKED_BLOCK = RAW_BLOCK + RAW_BLOCK // 16 + 64 + 3
+CLOSING_BLOCK = bytes.fromhex("110000")
+FILE, DATABASE, REGISTRY = 1, 2, 3
+
+
+class Damaged(Exception):
+    pass
+
+
+# LZO1X
+
+class Block:
+    """One packed block that is being read."""
+
+    def __init__(self, packed):
+        self.packed = packed
+        self.at = 0
+        self.raw = bytearray()
+
+    def take(self, count):
+        if self.at + count > len(self.packed):
+            raise Damaged("a block's instructions end early")
+        piece = self.packed[self.at:self.at + count]
+        self.at += count
+        return piece
+
+    def byte(self):
+        return self.take(1)[0]
+
+    def word(self):
+        return int.from_bytes(self.take(2), "little")
+
+    def long_length(self, base):
+        zeros = 0
+        while (last := self.byte()) == 0:
+            zeros += 1
+        return base + 255 * zeros + last
+
+    def literals(self, count):
+        self.raw += self.take(count)
+        self.check_room()
+
+    def match(self, length, distance):
+        start = len(self.raw) - distance
+        if start < 0:
+            raise Damaged("a match reaches before the block's begin")
+        for position in range(start, start + length):
+            self.raw.append(self.raw[position])
+        self.check_room()
+
+    def check_room(self):
+        if len(self.raw) > RAW_BLOCK:
+            raise Damaged("a block unpacks to more than it may")
+
+
+def unpack(packed):
+    block = Block(packed)
+    state = 0
+    if packed and packed[0] > 17:
+        count = block.byte() - 17
+        block.literals(count)
+        state = min(count, 4)
+    while True:
+        b = block.byte()
+        if b < 16 and state == 0:
+            block.literals(3 + b if b else block.long_length(18))
+            state = 4
+            continue
+        if b < 16 and state == 4:
+            block.match(3, 4 * block.byte() + (b >> 2) + 2049)
+            state = b & 3
+        elif b < 16:
+            block.match(2, 4 * block.byte() + (b >> 2) + 1)
+            state = b & 3
+        elif b < 32:
+            length = 2 + (b & 7) if b & 7 else block.long_length(9)
+            word = block.word()
+            distance = 16384 + 2048 * (b & 8) + (word >> 2)
+            if distance == 16384:
+                break
+            block.match(length, distance)
+            state = word & 3
+        elif b < 64:
+            length = 2 + (b & 31) if b & 31 else block.long_length(33)
+            word = block.word()
+            block.match(length, (word >> 2) + 1)
+            state = word & 3
+        else:
+            length = 3 + ((b >> 5) & 1) if b < 128 else 5 + ((b >> 5) & 3)
+            block.match(length, 8 * block.byte() + ((b >> 2) & 7) + 1)
+            state = b & 3
+        block.literals(state)
+    if block.at != len(packed):
+        raise Damaged("bytes stand behind a block's end mark")
+    return bytes(block.raw)
+
+
+def pack(raw):
+    """Literals alone: valid, if not small."""
+    count = len(raw)
+    if count == 0:
+        head = b""
+    elif count <= 238:
+        head = bytes([17 + count])
+    else:
+        zeros = (count - 19) // 255
+        head = bytes(1 + zeros) + bytes([count - 18 - 255 * zeros])
+    return head + raw + CLOSING_BLOCK
+
+
+# Streams
+
+def unpack_stream(stream):
+    if stream[:len(MAGIC)] != MAGIC:
+        raise Damaged("no stream begins at the start offset")
+    at = len(MAGIC)
+    pieces = []
+    while at < len(stream):
+        if at + 4 > len(stream):
+            raise Damaged("the stream ends inside a block's length")
+        (size,) = struct.unpack_from("<I", stream, at)
+        at += 4
+        if size == 0 or size > PACKED_BLOCK or at + size > len(stream):
+            raise Damaged("a block's length is none")
+        piece = unpack(stream[at:at + size])
+        at += size
+        if not piece:
+            if at != len(stream):
+                raise Damaged("bytes stand behind the closing block")
+            return b"".join(pieces)
+        pieces.append(piece)
+    raise Damaged("the closing block is missing")
+
+
+def pack_stream(raw):
+    pieces = [raw[at:at + RAW_BLOCK] for at in range(0, len(raw), RAW_BLOCK)] + [b""]
+    return MAGIC + b"".join(struct.pack("<I", len(packed)) + packed for packed in map(pack, pieces))
+
+
+# Sets
+
+def data_path(list_path):
+    return list_path.with_name(list_path.name[:-3] + "QDT")
+
+
+def text(raw, what):
+    decoded = raw.decode("utf-16-le", "surrogatepass")
+    if decoded[-1:] != "\0" or "\0" in decoded[:-1]:
+        raise Damaged(f"{what} isn't terminated where it should be")
+    return decoded[:-1]
+
+
+class Cursor:
+    def __init__(self, raw):
+        self.raw = raw
+        self.at = 0
+
+    def take(self, count):
+        if self.at + count > len(self.raw):
+            raise Damaged("the list ends inside an entry")
+        piece = self.raw[self.at:self.at + count]
+        self.at += count
+        return piece
+
+    def number(self):
+        return int.from_bytes(self.take(4), "little")
+
+
+def read_list(raw):
+    """The comment and (kind, name, start, end) of each entry."""
+    cursor = Cursor(raw)
+    comment = text(cursor.take(2 * cursor.number()), "the comment")
+    entries = []
+    while cursor.at < len(raw):
+        kind, flag = cursor.take(2)
+        if kind not in (FILE, DATABASE, REGISTRY) or flag != 1:
+            raise Damaged(f"an entry of kind {kind} with a second byte of {flag}")
+        name = text(cursor.take(2 * cursor.number()), "a name")
+        entries.append((kind, name, cursor.number(), cursor.number()))
+    return comment, entries
+
+
+def target_of(folder, kind, name):
+    parts = [part for part in name.split("\\") if part]
+    if any(part in (".", "..") or "/" in part for part in parts):
+        raise Damaged(f"{name} leads out of the folder")
+    if kind == REGISTRY:
+        return folder / "registry"
+    if kind == DATABASE:
+        return folder / "databases" / (name + ".CDB")
+    return (folder / "files").joinpath(*parts)
+
+
+def read_set(list_path, folder):
+    comment, entries = read_list(list_path.read_bytes())
+    data = data_path(list_path).read_bytes()
+    print("comment", repr(comment))
+    expected = 0
+    for kind, name, start, end in entries:
+        if start != expected or end < start or end > len(data):
+            raise Damaged(f"{name}: its stream lies from {start} to {end}")
+        expected = end
+        try:
+            raw = unpack_stream(data[start:end])
+        except Damaged as fault:
+            raise Damaged(f"{name}: {fault}") from fault
+        target = target_of(folder, kind, name)
+        target.parent.mkdir(parents=True, exist_ok=True)
+        target.write_bytes(raw)
+        print(("file", "database", "registry")[kind - 1], len(raw), name)
+    if expected != len(data):
+        raise Damaged(f"the data file has {len(data)} bytes, the entries {expected}")
+
+
+def entry_bytes(kind, name, start, end):
+    packed_name = (name + "\0").encode("utf-16-le", "surrogatepass")
+    return bytes([kind, 1]) + struct.pack("<I", len(packed_name) // 2) + packed_name + struct.pack("<II", start, end)
+
+
+def files_below(folder):
+    for root, folders, names in os.walk(folder):
+        folders.sort()
+        for name in sorted(names):
+            path = pathlib.Path(root, name)
+            yield "\\" + "\\".join(path.relative_to(folder).parts), path
+
+
+def write_set(list_path, folders, comment, databases, registry):
+    items = [(FILE, name, path) for folder in folders for name, path in files_below(folder)]
+    items += [(DATABASE, path.stem, path) for path in databases]
+    items += [(REGISTRY, "", path) for path in registry]
+    packed_comment = (comment + "\0").encode("utf-16-le")
+    listed = struct.pack("<I", len(packed_comment) // 2) + packed_comment
+    at = 0
+    with data_path(list_path).open("wb") as data:
+        for kind, name, path in items:
+            stream = pack_stream(path.read_bytes())
+            data.write(stream)
+            listed += entry_bytes(kind, name, at, at + len(stream))
+            at += len(stream)
+    list_path.write_bytes(listed)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    modes = parser.add_subparsers(dest="mode", required=True)
+    reading = modes.add_parser("read")
+    reading.add_argument("list", type=pathlib.Path)
+    reading.add_argument("folder", type=pathlib.Path)
+    writing = modes.add_parser("write")
+    writing.add_argument("list", type=pathlib.Path)
+    writing.add_argument("folders", type=pathlib.Path, nargs="*")
+    writing.add_argument("--comment", default="Backup date:24/11/2026 (21:33)\r\nComments:\r\nWritten by hand")
+    writing.add_argument("--database", type=pathlib.Path, action="append", default=[])
+    writing.add_argument("--registry", type=pathlib.Path)
+    arguments = parser.parse_args()
+    if arguments.mode == "write":
+        registry = [arguments.registry] if arguments.registry else []
+        write_set(arguments.list, arguments.folders, arguments.comment, arguments.database, registry)
+        return 0
+    try:
+        read_set(arguments.list, arguments.folder)
+    except Damaged as fault:
+        print(f"{arguments.list}: {fault}", file=sys.stderr)
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

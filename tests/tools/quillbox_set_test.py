@@ -1,0 +1,300 @@
+#!/usr/bin/env python3
+"""quillbox-set as its users run it: on good sets, on sets with every kind of fault, on sets that mean harm.
+
+The sets come from independent_set.py and, where our own writers are on trial, from the program write_set.
+"""
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+import independent_set
+from independent_set import DATABASE, FILE, REGISTRY, entry_bytes, pack_stream
+
+TOOL = WRITER = None
+HEAD = bytes.fromhex("03000000 480069000000")
+
+
+class Set:
+    """A set in the making: what add() puts in is good, and can be spoilt."""
+
+    def __init__(self):
+        self.listed = HEAD
+        self.data = b""
+
+    def add(self, kind, name, raw, stream=None):
+        stream = pack_stream(raw) if stream is None else stream
+        self.listed += entry_bytes(kind, name, len(self.data), len(self.data) + len(stream))
+        self.data += stream
+        return self
+
+    def write(self, folder):
+        path = pathlib.Path(folder, "QLBX0001.QLT")
+        path.write_bytes(self.listed)
+        path.with_suffix(".QDT").write_bytes(self.data)
+        return path
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        self.temporary = tempfile.TemporaryDirectory(prefix="quillbox-set-test.")
+        self.folder = pathlib.Path(self.temporary.name)
+        self.addCleanup(self.temporary.cleanup)
+
+    def run_tool(self, *arguments):
+        done = subprocess.run([TOOL, *map(str, arguments)], capture_output=True, check=False)
+        self.assertIn(done.returncode, (0, 1, 2), done.stderr)
+        done.text = done.stdout.decode()
+        return done
+
+    def make_source(self):
+        source = self.folder / "source"
+        (source / "My Documents" / "deep").mkdir(parents=True)
+        (source / "My Documents" / "a.txt").write_bytes(b"Quillbox " * 30000)
+        (source / "My Documents" / "deep" / "brief \u00e9\u4e16.txt").write_bytes(b"hi")
+        (source / "empty").write_bytes(b"")
+        (source / "random").write_bytes(os.urandom(200000))
+        return source
+
+
+class GoodSetTest(ToolTest):
+    def test_set_made_by_hand_is_sound_and_comes_back_whole(self):
+        source = self.make_source()
+        path = self.folder / "QLBX0042.QLT"
+        independent_set.write_set(path, [source], "by hand", [source / "empty"], [source / "random"])
+        for name in (path, path.with_suffix(".QDT"), path.with_suffix("")):
+            done = self.run_tool("verify", name)
+            self.assertEqual((done.returncode, done.text), (0, "Sound: 6 items.\n"))
+        out = self.folder / "out"
+        self.assertEqual(self.run_tool("extract", path, out).returncode, 0)
+        for name, original in independent_set.files_below(source):
+            self.assertEqual(out.joinpath(*name[1:].split("\\")).read_bytes(), original.read_bytes(), name)
+        self.assertEqual((out / "registry.reg-image").read_bytes(), (source / "random").read_bytes())
+        self.assertEqual((out / "empty.CDB").read_bytes(), b"")
+
+    def test_set_of_our_writers_is_read_by_a_reader_that_knows_none_of_our_code(self):
+        source = self.make_source()
+        (source / "registry").write_bytes(b"REGEDIT " * 5000)
+        names = [name[1:].replace("\\", "/") for name, _ in independent_set.files_below(source)]
+        flat = [name for name in names if "/" not in name and name != "registry"]
+        subprocess.run([WRITER, source, *flat, "--", "empty", "registry"], check=True)
+        out = self.folder / "out"
+        independent_set.read_set(source / "S.QLT", out)
+        for name in flat:
+            self.assertEqual((out / "files" / name).read_bytes(), (source / name).read_bytes())
+        self.assertEqual((out / "databases" / "empty.CDB").read_bytes(), b"")
+        self.assertEqual((out / "registry").read_bytes(), (source / "registry").read_bytes())
+        self.assertEqual(self.run_tool("verify", source / "S").returncode, 0)
+
+    def test_list_and_its_json_tell_every_item(self):
+        path = Set().add(FILE, "\\a", b"x" * 1000).add(DATABASE, "Contacts", b"").add(REGISTRY, "Contacts", b"yy").write(
+            self.folder)
+        lines = self.run_tool("list", path, "--sizes").text.splitlines()
+        self.assertEqual(lines[0], "Hi")
+        self.assertEqual([line.split() for line in lines[2:]],
+                         [["file", "1024", "1000", "\\a"], ["database", "12", "0", "Contacts"],
+                          ["registry", "22", "2"]])
+        told = json.loads(self.run_tool("list", path, "--json", "--sizes").text)
+        self.assertEqual(told["comment"], "Hi")
+        self.assertEqual([item["bytes"] for item in told["items"]], [1000, 0, 2])
+        self.assertEqual(json.loads(self.run_tool("verify", path, "--json").text),
+                         {"faults": [], "items": 3, "sound": True})
+
+    def test_only_what_was_asked_for_is_extracted(self):
+        path = Set().add(FILE, "\\a\\x.txt", b"1").add(FILE, "\\a\\y.doc", b"2").add(DATABASE, "db", b"3").write(self.folder)
+        out = self.folder / "out"
+        self.assertEqual(self.run_tool("extract", path, out, "/a/*.t?t", "db").returncode, 0)
+        self.assertEqual(sorted(p.name for p in out.rglob("*") if p.is_file()), ["db.CDB", "x.txt"])
+        done = self.run_tool("extract", path, out, "\\a\\z")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("no item \\a\\z", done.stderr.decode())
+
+    def test_existing_files_are_replaced_by_force_alone_and_never_by_damage(self):
+        good = Set().add(FILE, "\\a", b"new").write(self.folder)
+        out = self.folder / "out"
+        out.mkdir()
+        (out / "a").write_bytes(b"old")
+        done = self.run_tool("extract", good, out)
+        self.assertEqual((done.returncode, (out / "a").read_bytes()), (1, b"old"))
+        self.assertIn("exists already", done.text)
+        self.assertEqual(self.run_tool("extract", good, out, "--force").returncode, 0)
+        self.assertEqual((out / "a").read_bytes(), b"new")
+
+        cut = Set().add(FILE, "\\a", b"", pack_stream(b"newer")[:-7]).write(self.folder)
+        self.assertEqual(self.run_tool("extract", cut, out, "--force").returncode, 1)
+        self.assertEqual((out / "a").read_bytes(), b"new")
+        (out / "a").unlink()
+        self.assertEqual(self.run_tool("extract", cut, out).returncode, 1)
+        self.assertFalse((out / "a").exists(), "half a file must not pass for one")
+        self.assertEqual(self.run_tool("extract", cut, out, "--keep-damaged").returncode, 1)
+        self.assertEqual((out / "a").read_bytes(), b"newer")
+
+    def test_usage_and_missing_files_give_2(self):
+        self.assertEqual(self.run_tool().returncode, 2)
+        self.assertEqual(self.run_tool("verify").returncode, 2)
+        self.assertEqual(self.run_tool("list", self.folder / "none").returncode, 2)
+        self.assertEqual(self.run_tool("extract", self.folder / "none", self.folder / "out").returncode, 2)
+        self.assertFalse((self.folder / "out").exists())
+        self.assertEqual(self.run_tool("list", self.folder).returncode, 2)
+        self.assertEqual(self.run_tool("--help").returncode, 0)
+        self.assertIn(b"quillbox-set ", self.run_tool("--version").stdout)
+
+    def test_data_file_that_is_missing_is_a_fault(self):
+        path = Set().add(FILE, "\\a", b"1").write(self.folder)
+        path.with_suffix(".QDT").unlink()
+        for command in (["verify", path], ["list", path], ["extract", path, self.folder / "out"]):
+            self.assertEqual(self.run_tool(*command).returncode, 1)
+
+
+class DamageTest(ToolTest):
+    def faults_of(self, damaged):
+        done = self.run_tool("verify", damaged.write(self.folder), "--json")
+        self.assertEqual(done.returncode, 1)
+        told = json.loads(done.text)
+        self.assertFalse(told["sound"])
+        return [(fault.get("item"), fault["reason"]) for fault in told["faults"]]
+
+    def assert_fault(self, damaged, item, reason):
+        """Exactly one fault, so that none hides another item behind it."""
+        faults = self.faults_of(damaged)
+        self.assertEqual(len(faults), 1, faults)
+        self.assertEqual(faults[0][0], item)
+        self.assertIn(reason, faults[0][1])
+
+    def good(self):
+        return Set().add(FILE, "\\a", b"1")
+
+    def test_each_fault_of_the_list_is_named_with_its_item(self):
+        for name, damaged, item, reason in [
+                ("empty name", self.good().add(FILE, "", b""), 2, "empty"),
+                ("name above", self.good().add(FILE, "\\..\\a", b""), 2, "can't be used"),
+                ("name with a star", self.good().add(FILE, "\\a*", b""), 2, "can't be used"),
+                ("folder as a file", self.good().add(FILE, "\\a\\", b""), 2, "can't be used"),
+                ("no backslash first", self.good().add(FILE, "b", b""), 2, "can't be used"),
+                ("database that is a path", self.good().add(DATABASE, "..\\a", b""), 2, "can't be used"),
+                ("same name twice", self.good().add(FILE, "\\b", b"").add(FILE, "\\a", b""), 3, "same name"),
+                ("unknown kind", self.good().add(7, "\\b", b""), 2, "no such kind"),
+                ("database before file", Set().add(DATABASE, "d", b"").add(FILE, "\\a", b""), 2, "files come before"),
+                ("two registries", Set().add(REGISTRY, "", b"").add(REGISTRY, "", b""), 2, "there already"),
+        ]:
+            with self.subTest(name):
+                self.assert_fault(damaged, item, reason)
+        case = Set().add(FILE, "\\a", b"").add(FILE, "\\A", b"").add(DATABASE, "\u00c4", b"").write(self.folder)
+        self.assertEqual(self.run_tool("verify", case).returncode, 0, "names that differ by case are two")
+
+    def test_each_fault_of_bytes_and_offsets_is_named(self):
+        def changed(change):
+            damaged = self.good()
+            change(damaged)
+            return damaged
+
+        def flag(damaged):
+            damaged.listed = damaged.listed[:11] + b"\2" + damaged.listed[12:]
+
+        def more_data(damaged):
+            damaged.data += b"x"
+
+        def more_list(damaged):
+            damaged.listed += b"\1"
+
+        def cut_list(damaged):
+            damaged.listed += entry_bytes(FILE, "\\b", 24, 24)[:-1]
+
+        def gap(damaged):
+            damaged.data += b"xx"
+            damaged.add(FILE, "\\b", b"2")
+            damaged.listed = damaged.listed[:-8] + (25).to_bytes(4, "little") + damaged.listed[-4:]
+
+        def long_name(damaged):
+            damaged.add(FILE, "\\" + "x" * 260, b"")
+
+        def open_comment(damaged):
+            damaged.listed = bytes.fromhex("02000000 48006900") + damaged.listed[len(HEAD):]
+
+        for change, item, reason in [(flag, 1, "second byte"), (more_data, None, "the data file has"),
+                                     (more_list, None, "ends in 1 byte that is no item"), (cut_list, 2, "ends inside"),
+                                     (long_name, 2, "more than 260"), (open_comment, None, "no closing NUL")]:
+            with self.subTest(change.__name__):
+                self.assert_fault(changed(change), item, reason)
+        self.assertIn("begins at", self.faults_of(changed(gap))[0][1])
+
+    def test_each_fault_of_a_stream_is_named_and_the_items_around_it_are_sound(self):
+        whole = pack_stream(b"hello")
+        for name, stream, reason in [("magic", b"QBXPL" + whole[5:], "no stream"), ("nothing", b"", "no stream"),
+                                     ("cut in a length", whole[:7], "block's length"),
+                                     ("cut in a block", whole[:12], "inside a block"),
+                                     ("not closed", whole[:-7], "closing block is missing"),
+                                     ("bytes behind", whole + b"x", "stand behind"),
+                                     ("length 0", whole[:5] + bytes(4), "length 0"),
+                                     ("too long", whole[:5] + b"\xff" * 4 + whole[9:], "longer than"),
+                                     ("hostile block", whole[:9] + b"\x40" + whole[10:], "doesn't unpack")]:
+            with self.subTest(name):
+                self.assert_fault(self.good().add(FILE, "\\b", b"", stream).add(FILE, "\\c", b"3"), 2, reason)
+
+    def test_list_cut_at_every_byte_is_unsound_and_never_a_crash(self):
+        whole = Set().add(FILE, "\\a", b"1").add(DATABASE, "d", b"").add(REGISTRY, "", b"")
+        for cut in range(len(whole.listed)):
+            damaged = Set()
+            damaged.listed, damaged.data = whole.listed[:cut], whole.data
+            path = damaged.write(self.folder)
+            self.assertEqual(self.run_tool("verify", path).returncode, 1, cut)
+
+
+class HarmTest(ToolTest):
+    def test_nothing_is_written_outside_the_folder(self):
+        outside = self.folder / "outside"
+        out = self.folder / "out"
+        outside.mkdir()
+        out.mkdir()
+        (out / "link").symlink_to(outside)
+        harmful = ["\\..\\outside\\x", "\\a\\..\\..\\outside\\x", "\\link\\x", "..\\outside\\x", "\\/../outside/x",
+                   str(outside / "x"), "\\", "\\a\\"]
+        crafted = Set().add(FILE, "\\good", b"1")
+        for name in harmful:
+            crafted.add(FILE, name, b"harm")
+        crafted.add(DATABASE, "..\\..\\outside\\x", b"harm")
+        done = self.run_tool("extract", crafted.write(self.folder), out, "--json")
+        told = json.loads(done.text)
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(told["faults"], len(harmful))
+        self.assertEqual(list(outside.iterdir()), [])
+        self.assertEqual(sorted(p.name for p in out.iterdir() if p.is_file()), [".._.._outside_x.CDB", "good"])
+        self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["QLBX0001.QDT", "QLBX0001.QLT", "out", "outside"])
+
+    def test_a_set_extracted_over_itself_stays(self):
+        path = Set().add(FILE, "\\QLBX0001.QDT", b"harm").add(FILE, "\\QLBX0001.QLT", b"harm").write(self.folder)
+        before = path.with_suffix(".QDT").read_bytes()
+        self.assertEqual(self.run_tool("extract", path, self.folder, "--force").returncode, 1)
+        self.assertEqual(path.with_suffix(".QDT").read_bytes(), before)
+        self.assertNotEqual(path.read_bytes(), b"harm")
+
+    def test_no_control_character_of_a_set_reaches_the_terminal(self):
+        crafted = Set()
+        name = "\\a\x1b[2J\x9b\x7f\u202egpj"
+        crafted.listed = bytes.fromhex("05000000 1b005d000a00790000 00")
+        crafted.add(FILE, name, b"").add(FILE, "\\b\x07", b"", b"none").add(FILE, "\ud800", b"")
+        path = crafted.write(self.folder)
+        for command in (["list", path], ["verify", path], ["extract", path, self.folder / "out"],
+                        ["extract", path, self.folder / "out", "\\\x1b"]):
+            done = self.run_tool(*command)
+            shown = (done.stdout + done.stderr).decode()
+            self.assertFalse([c for c in shown if c != "\n" and (c < " " or "\x7f" <= c < "\xa0" or c == "\u202e")], shown)
+        self.assertIn("<U+001B>", self.run_tool("list", path).text)
+        self.assertEqual(json.loads(self.run_tool("list", path, "--json").text)["items"][0]["name"], name)
+
+    def test_lengths_of_4_gigabytes_end_where_the_file_ends(self):
+        for listed in (b"\xff" * 4 + b"x", HEAD + b"\1\1" + b"\xff" * 4, HEAD + b"\1\1" + b"\0\0\0\x80" + bytes(100)):
+            crafted = Set()
+            crafted.listed = listed
+            path = crafted.write(self.folder)
+            self.assertEqual(self.run_tool("verify", path).returncode, 1)
+            self.assertEqual(self.run_tool("list", path).returncode, 0)
+
+
+if __name__ == "__main__":
+    TOOL, WRITER = sys.argv[1:3]
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

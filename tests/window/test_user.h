@@ -1,0 +1,91 @@
+// test_user.h - the user of the tests, threads with windows, and templates to make dialogs from.
+#pragma once
+
+#include "display.h"
+
+#include "ce/controls.h"
+#include "ce/dialog.h"
+#include "ce/window.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace platform::window::test {
+
+// A display that shows nothing and lets a test wait for what it would have shown.
+class TestUser : public Display {
+public:
+    TestUser() { setDisplay(this); }
+    TestUser(const TestUser&) = delete;
+    TestUser& operator=(const TestUser&) = delete;
+    ~TestUser() override { setDisplay(nullptr); }
+
+    void changed(HWND window, Change change) override;
+    void textChanged(HWND window, std::u16string_view text) override;
+
+    // Until the condition holds; it is looked at again after each change.
+    void waitUntil(const std::function<bool()>& condition);
+    // The visible top-level window of that title, once its thread takes input.
+    HWND window(const std::u16string& title);
+    // Posts, as soon as the window's thread takes input.
+    void click(HWND window, long row = -1);
+    void key(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
+    void type(HWND window, const std::u16string& text);
+
+    std::atomic<int> texts = 0;
+
+private:
+    std::mutex mutex_;
+    std::condition_variable came_;
+    long changes_ = 0;
+};
+
+// A thread that makes a window and serves messages until the window is gone.
+class WindowThread {
+public:
+    // `make` gives the window.
+    explicit WindowThread(std::function<HWND()> make);
+    WindowThread(const WindowThread&) = delete;
+    WindowThread& operator=(const WindowThread&) = delete;
+    ~WindowThread() { join(); }
+
+    [[nodiscard]] HWND window() const { return window_; }
+    void join();
+
+private:
+    HWND window_ = nullptr;
+    std::thread thread_;
+};
+
+// Registers a class of that name with the procedure, once.
+const WCHAR* windowClass(const WCHAR* name, WNDPROC procedure);
+HWND makeWindow(const WCHAR* className, HWND owner = nullptr);
+
+[[nodiscard]] WindowState stateOf(HWND window);
+[[nodiscard]] std::u16string textOf(HWND window);
+
+struct TestControl {
+    std::u16string className;
+    std::u16string text;
+    int id = 0;
+    DWORD style = 0;
+};
+
+// Bytes of a template, in the extended form or the plain one. Controls lie below one another.
+[[nodiscard]] std::vector<std::byte> templateBytes(const std::u16string& title,
+                                                   const std::vector<TestControl>& controls, bool extended, DWORD style,
+                                                   DWORD exStyle = WS_EX_CAPTIONOKBTN);
+
+// A template that DialogBoxIndirectParamW takes: made one of the process's resources.
+[[nodiscard]] const void* makeTemplate(const std::u16string& title, const std::vector<TestControl>& controls,
+                                       DWORD style = 0x80c808c0);
+// Menu, icon, bitmap, dialog: bytes of any type and number as a resource; gives their address.
+const void* addResource(WORD type, WORD name, const std::vector<std::byte>& bytes);
+
+}  // namespace platform::window::test

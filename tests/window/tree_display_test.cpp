@@ -1,0 +1,221 @@
+// A display's mirror of a tree, kept up by changes alone.
+#include "test_user.h"
+#include "tree_display.h"
+
+#include "ce/tree_view.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+
+namespace {
+
+using namespace platform::window;
+using namespace platform::window::test;
+
+class Mirror {
+public:
+    explicit Mirror(HWND tree) : tree_(tree) {}
+
+    void take()
+    {
+        changes = takeTreeChanges(tree_);
+        for (const TreeRemoval& removal : changes.removed)
+            remove(removal);
+        for (const TreeRange& range : changes.inserted) {
+            ASSERT_TRUE(!range.parent || below_.contains(range.parent));
+            std::vector<HTREEITEM>& siblings = below_[range.parent];
+            const auto after = std::ranges::find(siblings, range.after);
+            ASSERT_EQ(range.after == nullptr, after == siblings.end());
+            siblings.insert(range.after ? after + 1 : siblings.begin(), range.items.begin(), range.items.end());
+            for (HTREEITEM item : range.items)
+                below_[item];
+        }
+        for (const TreeFold& fold : changes.folded)
+            fold.expanded ? (void)expanded_.insert(fold.item) : (void)expanded_.erase(fold.item);
+    }
+
+    // Against the tree itself, from `parent` on.
+    void compare(HTREEITEM parent = nullptr)
+    {
+        const std::vector<HTREEITEM> children = treeItemsBelow(tree_, parent);
+        ASSERT_EQ(below_[parent], children);
+        for (const TreeItemState& state : readTreeItems(tree_, children)) {
+            ASSERT_EQ(expanded_.contains(state.item), state.expanded);
+            compare(state.item);
+        }
+    }
+
+    TreeChanges changes;
+
+private:
+    void remove(const TreeRemoval& removal)
+    {
+        std::vector<HTREEITEM>& siblings = below_[removal.parent];
+        const auto first = std::ranges::find(siblings, removal.first);
+        ASSERT_LE(static_cast<std::ptrdiff_t>(removal.count), siblings.end() - first);
+        const std::vector<HTREEITEM> gone(first, first + static_cast<std::ptrdiff_t>(removal.count));
+        siblings.erase(first, first + static_cast<std::ptrdiff_t>(removal.count));
+        for (HTREEITEM item : gone)
+            forget(item);
+    }
+    void forget(HTREEITEM item)
+    {
+        for (HTREEITEM child : below_[item])
+            forget(child);
+        below_.erase(item);
+        expanded_.erase(item);
+    }
+
+    HWND tree_;
+    std::map<HTREEITEM, std::vector<HTREEITEM>> below_;
+    std::set<HTREEITEM> expanded_;
+};
+
+class TreeDisplayTest : public testing::Test, public Display {
+protected:
+    TreeDisplayTest()
+    {
+        setDisplay(this);
+        parent = makeWindow(windowClass(u"PlainParent", DefWindowProcW));
+        tree = CreateWindowExW(0, u"SysTreeView32", u"", WS_CHILD | WS_VISIBLE, 0, 0, 200, 160, parent, nullptr,
+                               nullptr, nullptr);
+    }
+    ~TreeDisplayTest() override
+    {
+        DestroyWindow(parent);
+        setDisplay(nullptr);
+    }
+    void changed(HWND, Change change) override { announced += change == Change::Tree ? 1 : 0; }
+    void textChanged(HWND, std::u16string_view) override {}
+
+    HTREEITEM add(HTREEITEM above, HTREEITEM after = TVI_LAST) const
+    {
+        TVINSERTSTRUCTW insert = {};
+        insert.hParent = above;
+        insert.hInsertAfter = after;
+        return reinterpret_cast<HTREEITEM>(SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
+    }
+    void remove(HTREEITEM item) const { SendMessageW(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item)); }
+    void setImage(HTREEITEM item, int image) const
+    {
+        TVITEMW record = {};
+        record.mask = TVIF_IMAGE;
+        record.hItem = item;
+        record.iImage = image;
+        SendMessageW(tree, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&record));
+    }
+    void fold(HTREEITEM item, WPARAM action) const
+    {
+        SendMessageW(tree, TVM_EXPAND, action, reinterpret_cast<LPARAM>(item));
+    }
+
+    HWND parent = nullptr;
+    HWND tree = nullptr;
+    int announced = 0;
+};
+
+TEST_F(TreeDisplayTest, ManyChangesReachTheDisplayAsFew)
+{
+    constexpr std::size_t Many = 20000;
+    HTREEITEM folder = add(nullptr);
+    Mirror mirror(tree);
+    mirror.take();
+    announced = 0;
+    std::vector<HTREEITEM> items;
+    for (std::size_t i = 0; i < Many; i++)
+        items.push_back(add(folder, i % 2 == 0 ? TVI_LAST : TVI_FIRST));
+    EXPECT_EQ(announced, 1);
+    mirror.take();
+    ASSERT_EQ(mirror.changes.inserted.size(), 1U);
+    EXPECT_EQ(mirror.changes.inserted[0].items.size(), Many);
+    mirror.compare();
+
+    for (HTREEITEM item : items) {
+        setImage(item, 7);
+        setImage(item, 8);
+        setImage(item, 8);
+    }
+    EXPECT_EQ(announced, 2);
+    mirror.take();
+    EXPECT_EQ(mirror.changes.updated.size(), Many);
+    setImage(items[0], 8);  // looks as it did
+    EXPECT_EQ(announced, 2);
+
+    for (HTREEITEM item : treeItemsBelow(tree, folder))
+        remove(item);
+    mirror.take();
+    ASSERT_EQ(mirror.changes.removed.size(), 1U);
+    EXPECT_EQ(mirror.changes.removed[0].count, Many);
+    mirror.compare();
+
+    // What came and went in between is nobody's business.
+    remove(add(folder));
+    mirror.take();
+    EXPECT_TRUE(mirror.changes.removed.empty() && mirror.changes.inserted.empty());
+}
+
+TEST_F(TreeDisplayTest, MirrorFollowsWhateverHappensBetweenTwoLooks)
+{
+    std::mt19937 random(20);
+    const auto pick = [&random](std::size_t count) { return static_cast<std::size_t>(random() % count); };
+    Mirror mirror(tree);
+    std::vector<HTREEITEM> items = {add(nullptr)};
+    for (int round = 0; round < 400; round++) {
+        for (std::size_t step = pick(30); step > 0; step--) {
+            std::erase_if(items, [&](HTREEITEM item) {
+                TreeItemState state;
+                return !readTreeItem(tree, item, state);
+            });
+            HTREEITEM chosen = items.empty() ? nullptr : items[pick(items.size())];
+            HTREEITEM const places[] = {TVI_FIRST, TVI_LAST, TVI_SORT, chosen};
+            switch (pick(6)) {
+            case 0:
+                remove(chosen ? chosen : add(nullptr));
+                break;
+            case 1:
+                fold(chosen, TVE_TOGGLE | (pick(2) == 0 ? TVE_COLLAPSERESET : 0));
+                break;
+            default:
+                items.push_back(add(pick(5) == 0 ? nullptr : chosen, places[pick(4)]));
+                break;
+            }
+        }
+        mirror.take();
+        ASSERT_NO_FATAL_FAILURE(mirror.compare()) << "round " << round;
+    }
+    Mirror late(tree);
+    (void)takeTreeChanges(tree, true);
+    remove(nullptr);
+    late.changes = takeTreeChanges(tree, true);
+    EXPECT_TRUE(late.changes.inserted.empty() && late.changes.removed.empty());
+}
+
+TEST_F(TreeDisplayTest, ImageShownIsThatOfTheSelection)
+{
+    HTREEITEM item = add(nullptr);
+    TVITEMW record = {};
+    record.mask = TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_CHILDREN;
+    record.hItem = item;
+    record.iImage = 3;
+    record.iSelectedImage = 4;
+    record.cChildren = 1;
+    SendMessageW(tree, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&record));
+    TreeItemState state;
+    ASSERT_TRUE(readTreeItem(tree, item, state));
+    EXPECT_EQ(state.image, 3);
+    EXPECT_TRUE(state.hasButton && !state.hasChildren && !state.selected);
+    (void)takeTreeChanges(tree);
+    SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+    const TreeChanges changes = takeTreeChanges(tree);
+    EXPECT_EQ(changes.selected, item);
+    EXPECT_EQ(changes.toShow, item);
+    EXPECT_EQ(changes.updated, std::vector{item});
+    ASSERT_TRUE(readTreeItem(tree, item, state));
+    EXPECT_EQ(state.image, 4);
+}
+
+}  // namespace

@@ -1,0 +1,80 @@
+// fault_text.cpp - see fault_text.h.
+
+#include "fault_text.h"
+
+#include "list_reader.h"
+
+#include "ce/error.h"
+
+namespace quillbox_set {
+
+std::vector<std::string> listFaultTexts(DWORD faults, const std::string& text)
+{
+    std::vector<std::string> texts;
+    const auto add = [&](DWORD fault, const std::string& words) {
+        if (faults & fault)
+            texts.push_back(words);
+    };
+    add(CutByEndOfFile, "the list file ends inside it");
+    add(TextEmpty, text + " has a length of 0");
+    add(TextTooLong, text + " has more than 260 characters");
+    add(TextNotTerminated, text + " has no closing NUL");
+    add(TextEndsEarly, text + " has a NUL before its end");
+    return texts;
+}
+
+std::string streamFaultText(StreamFault fault)
+{
+    switch (fault) {
+    case StreamFault::None:
+        return "its stream is whole";
+    case StreamFault::NoMagic:
+        return "no stream begins at its start offset";
+    case StreamFault::ReadFailed:
+        return "the data file couldn't be read";
+    case StreamFault::LengthCut:
+        return "its stream ends inside a block's length";
+    case StreamFault::EmptyBlock:
+        return "its stream has a block of length 0";
+    case StreamFault::BlockTooLong:
+        return "its stream has a block longer than any may be";
+    case StreamFault::BlockCut:
+        return "its stream ends inside a block";
+    case StreamFault::BlockDamaged:
+        return "its stream has a block that doesn't unpack";
+    case StreamFault::NotClosed:
+        return "its stream was cut: the closing block is missing";
+    case StreamFault::BytesBehindEnd:
+        return "bytes stand behind its stream's closing block";
+    case StreamFault::StoppedBySink:
+        return "it couldn't be written";
+    }
+    return "its stream is damaged";
+}
+
+std::string errorText(DWORD error)
+{
+    switch (error) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+        return "a folder on the way is missing or is none";
+    case ERROR_ACCESS_DENIED:
+        return "no permission, or a folder has that name";
+    case ERROR_WRITE_PROTECT:
+        return "the disk can't be written";
+    case ERROR_SHARING_VIOLATION:
+        return "another program uses the file";
+    case ERROR_FILE_EXISTS:
+        return "exists already (--force replaces it)";
+    case ERROR_DISK_FULL:
+        return "the disk is full";
+    case ERROR_INVALID_NAME:
+        return "refused: not a name that a file may have here";
+    case ERROR_FILENAME_EXCED_RANGE:
+        return "refused: the name is too long";
+    default:
+        return "error " + std::to_string(error);
+    }
+}
+
+}  // namespace quillbox_set

@@ -1,0 +1,67 @@
+// item_target.cpp - see item_target.h.
+
+#include "item_target.h"
+
+namespace quillbox_set {
+
+namespace {
+
+bool isSafe(char16_t unit)
+{
+    return unit >= 0x20 && std::u16string_view(u"\\/*?\"<>|").find(unit) == std::u16string_view::npos;
+}
+
+// A database's name may hold what a file's may not: a backslash above all.
+std::u16string safeName(std::u16string_view name)
+{
+    std::u16string safe;
+    for (const char16_t unit : name)
+        safe += isSafe(unit) ? unit : u'_';
+    return safe;
+}
+
+}  // namespace
+
+std::u16string targetOf(const Item& item)
+{
+    if (item.isFile())
+        return std::u16string(item.name());
+    if (item.isDatabase())
+        return u"\\" + safeName(item.name()) + u".CDB";
+    return u"\\registry.reg-image";
+}
+
+bool leadsInto(std::u16string_view path, std::u16string_view folder)
+{
+    if (path.starts_with(u'\\'))
+        path.remove_prefix(1);
+    return path.substr(0, path.find(u'\\')) == folder;
+}
+
+std::u16string_view askedName(const Item& item)
+{
+    return item.isFile() || item.isDatabase() ? item.name() : u"registry";
+}
+
+// Goes back to the last * only, so a crafted name costs no more than the product of both lengths.
+bool matches(std::u16string_view pattern, std::u16string_view name)
+{
+    std::size_t p = 0, n = 0, star = std::u16string_view::npos, starName = 0;
+    while (n < name.size()) {
+        if (p < pattern.size() && pattern[p] == u'*') {
+            star = p++;
+            starName = n;
+        } else if (p < pattern.size() && (pattern[p] == u'?' || pattern[p] == name[n])) {
+            p++;
+            n++;
+        } else if (star != std::u16string_view::npos) {
+            p = star + 1;
+            n = ++starName;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(u'*', p) == std::u16string_view::npos;
+}
+
+}  // namespace quillbox_set

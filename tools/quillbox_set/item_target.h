@@ -1,0 +1,24 @@
+// item_target.h - where an item is put when it is taken out of a set, and which items are meant by a name.
+#pragma once
+
+#include "listed_set.h"
+
+#include <string>
+#include <string_view>
+
+namespace quillbox_set {
+
+// A path below the root: a file under its own name, a database as its image NAME.CDB with what no file's name may hold
+// replaced, the registry as one file. The platform decides whether the name can be used.
+[[nodiscard]] std::u16string targetOf(const Item& item);
+
+// Whether `path` leads into this folder of the root.
+[[nodiscard]] bool leadsInto(std::u16string_view path, std::u16string_view folder);
+
+// How the item is asked for: its name, or "registry".
+[[nodiscard]] std::u16string_view askedName(const Item& item);
+
+// * stands for any characters, backslashes too, and ? for one; case counts.
+[[nodiscard]] bool matches(std::u16string_view pattern, std::u16string_view name);
+
+}  // namespace quillbox_set

@@ -1,0 +1,16 @@
+// listing.h - `quillbox-set list`.
+#pragma once
+
+#include "set_files.h"
+
+namespace quillbox_set {
+
+struct ListingOptions {
+    bool json = false;
+    bool sizes = false;  // unpacked sizes too, which takes unpacking
+};
+
+// Prints comment and items; returns the exit code.
+[[nodiscard]] int listSet(const MountedSet& set, const ListingOptions& options);
+
+}  // namespace quillbox_set

@@ -1,0 +1,108 @@
+// main.cpp - quillbox-set: looks into a backup set, checks it, takes things out of it. Needs no device.
+
+#include "exit_code.h"
+#include "extraction.h"
+#include "listing.h"
+#include "set_files.h"
+#include "verification.h"
+
+#include <CLI/CLI.hpp>
+
+#include <filesystem>
+#include <iostream>
+
+namespace {
+
+using namespace quillbox_set;
+
+struct CommandLine {
+    std::string set;
+    std::string folder;
+    bool json = false;
+    ListingOptions listing;
+    ExtractionOptions extraction;
+};
+
+void addSet(CLI::App& command, CommandLine& line)
+{
+    command.add_option("SET", line.set, "a list file (.QLT), a data file (.QDT), or both without their ending")
+        ->required();
+    command.add_flag("--json", line.json, "prints JSON");
+}
+
+// Runs `action` on the set with `root` as the root of the name space.
+template <class Action>
+int onSet(const std::string& argument, const std::string& root, const Action& action)
+{
+    const std::optional<SetFiles> files = findSet(argument);
+    if (!files) {
+        std::cerr << "quillbox-set: there is no list file for " << argument << "\n";
+        return exitNoSet;
+    }
+    const std::optional<MountedSet> set = mountSet(*files, root.empty() ? files->folder : root);
+    if (!set) {
+        std::cerr << "quillbox-set: a folder can't be opened: " << (root.empty() ? files->folder : root) << "\n";
+        return exitNoSet;
+    }
+    return action(*set);
+}
+
+int extract(CommandLine& line)
+{
+    if (!findSet(line.set))
+        return onSet(line.set, "", [](const MountedSet&) { return exitNoSet; });  // before a folder is made for it
+    std::error_code error;
+    std::filesystem::create_directories(line.folder, error);
+    line.extraction.json = line.json;
+    return onSet(line.set, line.folder, [&](const MountedSet& set) { return extractItems(set, line.extraction); });
+}
+
+int run(int count, char** arguments)
+{
+    CLI::App app("Looks into a backup set, checks it, takes things out of it.\n"
+                 "Exit code: 0 good; 1 the set has faults, or not all was done; 2 bad usage or no such file.",
+                 "quillbox-set");
+    app.set_version_flag("--version", "quillbox-set " QUILLBOX_VERSION);
+    app.require_subcommand(1);
+    CommandLine line;
+
+    CLI::App* list = app.add_subcommand("list", "prints the comment and every item");
+    addSet(*list, line);
+    list->add_flag("--sizes", line.listing.sizes, "unpacks each item to tell its size");
+
+    CLI::App* verify = app.add_subcommand("verify", "checks everything that can be checked, and names each fault");
+    addSet(*verify, line);
+
+    CLI::App* take = app.add_subcommand("extract", "unpacks items into a folder");
+    addSet(*take, line);
+    take->add_option("DIR", line.folder, "the folder; it is made if it is missing")->required();
+    take->add_option("NAME", line.extraction.names,
+                     "items as `list` shows them, / for \\ at will, or \"registry\"; * and ? match; none: all");
+    take->add_flag("--force", line.extraction.force, "replaces files that exist");
+    take->add_flag("--keep-damaged", line.extraction.keepDamaged, "keeps what could be unpacked of a damaged item");
+
+    try {
+        app.parse(count, arguments);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? exitGood : exitNoSet;
+    }
+    if (list->parsed()) {
+        line.listing.json = line.json;
+        return onSet(line.set, "", [&](const MountedSet& set) { return listSet(set, line.listing); });
+    }
+    if (verify->parsed())
+        return onSet(line.set, "", [&](const MountedSet& set) { return verifySet(set, line.json); });
+    return extract(line);
+}
+
+}  // namespace
+
+int main(int count, char** arguments)
+{
+    try {
+        return run(count, arguments);
+    } catch (const std::exception& error) {
+        std::cerr << "quillbox-set: " << error.what() << "\n";
+        return exitFaults;
+    }
+}

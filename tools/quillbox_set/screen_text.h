@@ -1,0 +1,19 @@
+// screen_text.h - what a set says, made fit for a terminal: no control character reaches it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quillbox_set {
+
+// UTF-8; control characters, and those that turn the direction of writing, as <U+001B>. No name of a file holds < or >.
+[[nodiscard]] std::string onScreen(std::u16string_view text);
+
+// The same line by line: line breaks stay, each line gets `indent` before it.
+[[nodiscard]] std::string linesOnScreen(std::u16string_view text, std::string_view indent);
+
+// "1 item", "2 items".
+[[nodiscard]] std::string counted(std::uint64_t number, std::string_view thing);
+
+}  // namespace quillbox_set
