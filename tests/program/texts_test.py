@@ -27,8 +27,8 @@ class TextsTest(ProgramTest):
         self.assertEqual(lines[0].split(" text ")[0], 'window dialog "Options"')
         self.assertEqual(lines[1].split(" text ")[0], 'window dialog "Full Backup"')
         self.assertEqual(self.progress(lines)[:1],
-                         ['window progress "Construct File List" text "Computing list to backup\\n"'])
-        self.assertIn('window progress "Backuping Files" text "Backuping Files\\n"', lines)
+                         ['window progress "Construct File List" text "Computing list to backup"'])
+        self.assertIn('window progress "Backuping Files" text "Backuping Files"', lines)
         texts = [line for line in lines if line.startswith('text "Backuping Files"')]
         self.assertIn('text "Backuping Files" 1002 "File: \\a.txt"', texts)
         self.assertIn('text "Backuping Files" 1002 "File: \\folder\\b.txt"', texts)
@@ -54,7 +54,7 @@ class TextsTest(ProgramTest):
         self.assertNotIn("Items to backup", lines[1], "the list and its label are hidden")
         self.assertEqual(self.boxes(lines), ['window message "Warning" text "File:\\a.txt exists replace ?" '
                                              'buttons yes,no default no'])
-        self.assertEqual(self.progress(lines), ['window progress "Restoring Files" text "Restoring Files\\n"',
+        self.assertEqual(self.progress(lines), ['window progress "Restoring Files" text "Restoring Files"',
                                                 'text "Restoring Files" 1002 "File: \\a.txt"'])
         (self.store / "a.txt").unlink()
         lines = self.seen(FULL_RESTORE.format(set=SET))

@@ -18,7 +18,7 @@ class TroubleTest(ProgramTest):
             first.stdin.close()
             self.assertIn("Options", first.stdout.readline())
             second = self.quillbox("idle\n", code=1)
-            self.assertIn("in use", second.stderr)
+            self.assertIn("open in another Quillbox", second.stderr)
             self.assertIn(str(self.device), second.stderr)
         finally:
             first.kill()

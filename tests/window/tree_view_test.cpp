@@ -114,7 +114,7 @@ private:
     void note(const NMTREEVIEWW& change)
     {
         const char* const causes[] = {"", " mouse", " key"};
-        const std::string direction = change.action == TVE_COLLAPSE ? " shut" : " open";
+        const auto direction = [&change] { return change.action == TVE_COLLAPSE ? " shut" : " open"; };
         switch (change.hdr.code) {
         case NM_CLICK:
             lines.push_back("click " + name(underPointer()));
@@ -133,10 +133,10 @@ private:
                             causes[change.action]);
             break;
         case TVN_ITEMEXPANDINGW:
-            lines.push_back("expanding " + name(change.itemNew.hItem) + direction);
+            lines.push_back("expanding " + name(change.itemNew.hItem) + direction());
             break;
         case TVN_ITEMEXPANDEDW:
-            lines.push_back("expanded " + name(change.itemNew.hItem) + direction);
+            lines.push_back("expanded " + name(change.itemNew.hItem) + direction());
             break;
         case TVN_DELETEITEMW:
             lines.push_back("delete " + name(change.itemOld.hItem));
