@@ -47,30 +47,17 @@ Attributes attributesAt(const HostPlace& place)
 {
     if (place.error != 0)
         return {place.error, 0};
-    // Below a folder the entry itself is opened, which costs less than opening its folder.
-    Descriptor opened;
-    int from = place.mount->folder();
-    const char* name = place.name();
-    if (place.nameStart != 0) {
-        opened = Descriptor(openBelow(from, place.path.c_str(), O_PATH));
-        if (!opened.isOpen()) {
-            const DWORD error = platformError(opened.number());
-            return {error == ERROR_FILE_NOT_FOUND ? missingError(place) : error, 0};
-        }
-        from = opened.number();
-        name = "";
-    }
+    // By its folder: the host gives no extended attribute of an entry that was opened by name alone.
+    const ParentFolder parent(place);
     HostStatus status = {};
-    if (const int result = readStatus(from, name, status); result < 0)
-        return {platformError(result), 0};
-    if (!isFile(status) && !isFolder(status))
-        return {ERROR_FILE_NOT_FOUND, 0};
+    if (const int result = statusAt(parent, place, status); result < 0)
+        return {errorAt(place, parent, result), 0};
     if (place.endsInBackslash && !isFolder(status))
         return {ERROR_PATH_NOT_FOUND, 0};
     const bool isRoot = place.isMount() && place.mount->name().empty();
     // The host folder behind a mount may have any name: what counts is the name that it has here.
     const bool leadingPoint = place.isMount() ? place.mount->name().starts_with(u'.') : *place.name() == '.';
-    DWORD bits = attributesOf(status, storedAttributes(from, name), leadingPoint);
+    DWORD bits = attributesOf(status, storedAttributes(parent.number(), place.name()), leadingPoint);
     if (place.isMount() && !isRoot && place.mount->isCard())
         bits |= FILE_ATTRIBUTE_TEMPORARY;
     return {0, bits};
@@ -109,11 +96,11 @@ DWORD deleteFileAt(const HostPlace& place)
         return errorAt(place, parent, result);
     constexpr DWORD KeepsOut =
         FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
-    if ((attributesOf(status, storedAttributes(parent.number(), place.name()), false) & KeepsOut) != 0)
-        return ERROR_ACCESS_DENIED;
-
     const auto table = OpenFiles::instance();
     const auto lock = table->lock();
+    const DWORD stored = table->wasMadeHere(status) ? 0 : storedAttributes(parent.number(), place.name());
+    if ((attributesOf(status, stored, false) & KeepsOut) != 0)
+        return ERROR_ACCESS_DENIED;
     if (table->isOpen(keyOf(status)))
         return ERROR_SHARING_VIOLATION;
     if (const int result = removeFile(parent.number(), place.name()); result < 0)

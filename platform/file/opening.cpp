@@ -95,13 +95,15 @@ DWORD openError(const Request& request, int result)
 }
 
 // Rules of the name space that the host doesn't know or, for the administrator, doesn't apply.
-DWORD kindError(const Request& request)
+DWORD kindError(const Request& request, const OpenFiles& table)
 {
     if (isFolder(request.status))
         return ERROR_ACCESS_DENIED;
     if (!isFile(request.status))
         return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
-    const DWORD attributes = attributesOf(request.status, storedAttributes(request.descriptor.number(), ""), false);
+    // A file that was made here a moment ago has no attributes of its own yet.
+    const DWORD stored = table.wasMadeHere(request.status) ? 0 : storedAttributes(request.descriptor.number(), "");
+    const DWORD attributes = attributesOf(request.status, stored, false);
     if ((attributes & FILE_ATTRIBUTE_ROMMODULE) != 0)
         return ERROR_ACCESS_DENIED;
     const bool keepsOut = (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM)) != 0;
@@ -124,7 +126,7 @@ DWORD sharingError(const Request& request, const OpenFiles& table, const FileKey
 
 DWORD checkExisting(Request& request, const OpenFiles& table)
 {
-    if (const DWORD error = kindError(request); error != 0)
+    if (const DWORD error = kindError(request, table); error != 0)
         return error;
     return sharingError(request, table, keyOf(request.status));
 }

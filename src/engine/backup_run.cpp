@@ -105,7 +105,7 @@ void MakeSet(BackupRun& run)
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
-    (void)CreateDirectoryW(folder, nullptr); // exists already? The list file decides.
+    (void)CreateDirectoryW(folder, nullptr);  // exists already? The list file decides.
     if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
         BackUpFiles(run);
         BackUpDatabases(run);
@@ -113,7 +113,7 @@ void MakeSet(BackupRun& run)
     }
 }
 
-} // namespace
+}  // namespace
 
 DWORD RunBackup(DWORD mode)
 {
@@ -127,7 +127,7 @@ DWORD RunBackup(DWORD mode)
         return 0;
     }
     ComposeComment();
-    static BackupRun run; // large, and one run at a time
+    static BackupRun run;  // large, and one run at a time
     run = {};
     if (ChooseStorage(run.storageRoot))
         MakeSet(run);

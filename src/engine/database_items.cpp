@@ -46,7 +46,7 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
     ProgressStep(run.progress, 0);
 }
 
-} // namespace
+}  // namespace
 
 void BackUpDatabases(BackupRun& run)
 {

@@ -5,6 +5,7 @@
 #include "ce/file.h"
 #include "ce/text.h"
 
+DWORD gWalkedAttributes;
 PathsTooLong gPathsTooLong;
 
 namespace {
@@ -28,7 +29,7 @@ DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, Walk
     return WalkDirectory(subfolder, nullptr, TRUE, foldersOnly, callback, context);
 }
 
-} // namespace
+}  // namespace
 
 BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name)
 {
@@ -60,6 +61,7 @@ DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL 
         if (foldersOnly && !folder)
             continue;
         count++;
+        gWalkedAttributes = found.dwFileAttributes;
         if (callback && !callback(found.cFileName, root, context))
             break;
     } while (FindNextFileW(search, &found));

@@ -7,6 +7,10 @@
 // path, which may have more than 259 characters. 0 ends the listing of this folder; the walk goes on in its parent.
 using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, UINT_PTR context);
 
+// While a callback runs: the attributes of its entry as the search gave them, which GetFileAttributesW would only tell
+// once more. Asking again for each file of a device costs a full backup a good part of its time.
+extern DWORD gWalkedAttributes;
+
 // Lists `root` (with its trailing backslash): all of it with a null pattern, otherwise what matches, and only at this
 // level. A folder's contents come before the folder itself; one whose name begins with a point is not looked into.
 // Returns the entries counted, here and below; a null callback counts alike.

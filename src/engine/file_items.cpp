@@ -45,7 +45,7 @@ void BackUpFile(BackupRun& run, const WCHAR* name)
     ProgressStep(run.progress, 0);
 }
 
-} // namespace
+}  // namespace
 
 void BackUpFiles(BackupRun& run)
 {

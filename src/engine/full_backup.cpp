@@ -37,6 +37,18 @@ bool HasAttribute(DWORD attributes, DWORD wanted)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
 
+// Files come folder by folder, so the last answer serves nearly all of them.
+bool LiesDirectlyInCard(const WCHAR* folder)
+{
+    static WCHAR asked[MAX_PATH];
+    static DWORD attributes = INVALID_FILE_ATTRIBUTES;
+    if (lstrcmpW(asked, folder) != 0) {
+        CopyText(asked, folder);
+        attributes = GetFileAttributesW(folder);
+    }
+    return HasAttribute(attributes, FILE_ATTRIBUTE_TEMPORARY);
+}
+
 // Opening it is the only test whether a file can be read at all; one in use stays out.
 void AddIfReadable(const WCHAR* path)
 {
@@ -50,16 +62,14 @@ void AddIfReadable(const WCHAR* path)
 
 BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
 {
-    WCHAR path[MAX_PATH];
-    if (!JoinPath(path, folder, name))
-        return TRUE;
     // Folders are walked, not listed; files in ROM stay out.
-    if (HasAttribute(GetFileAttributesW(path), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
+    if (HasAttribute(gWalkedAttributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
         return TRUE;
     // What lies directly in a card stays out, what lies in its folders doesn't.
-    if (HasAttribute(GetFileAttributesW(folder), FILE_ATTRIBUTE_TEMPORARY))
+    if (LiesDirectlyInCard(folder) || IsSetFile(name))
         return TRUE;
-    if (IsSetFile(name))
+    WCHAR path[MAX_PATH];
+    if (!JoinPath(path, folder, name))
         return TRUE;
     AddIfReadable(path);
     ProgressStep(reinterpret_cast<HWND>(context), 0);
@@ -116,7 +126,7 @@ void TellPathsTooLong(const PathsTooLong& left)
     MessageBoxW(gMainWindow, text, u"Info", MB_OK | MB_ICONEXCLAMATION);
 }
 
-} // namespace
+}  // namespace
 
 DWORD RunFullBackup()
 {

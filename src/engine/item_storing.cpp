@@ -14,10 +14,11 @@ constexpr DWORD PieceBytes = 260;
 // The running offset has 32 bits: an item that would pass them is refused whole, since its offsets would be lies.
 bool FitsOffsets(const BackupRun& run, HANDLE stream)
 {
-    BY_HANDLE_FILE_INFORMATION information = {};
-    if (!GetFileInformationByHandle(stream, &information))
+    LONG high = 0;
+    const DWORD low = SetFilePointer(stream, 0, &high, FILE_END);
+    if (low == INVALID_SET_FILE_POINTER || SetFilePointer(stream, 0, nullptr, FILE_BEGIN) != 0)
         return false;
-    return information.nFileSizeHigh == 0 && information.nFileSizeLow <= 0xFFFFFFFF - run.dataBytes;
+    return high == 0 && low <= 0xFFFFFFFF - run.dataBytes;
 }
 
 void ShowCount(BackupRun& run, const WCHAR* format)
@@ -30,15 +31,15 @@ void ShowCount(BackupRun& run, const WCHAR* format)
 // What waits for its deletion is whole and may go, if the list is whole again; after that, none does.
 void CutEntryOff(BackupRun& run, const StoredItem& item)
 {
-    const bool cut = SetFilePointer(run.listFile, static_cast<LONG>(item.entryStart), nullptr, FILE_BEGIN) ==
-                         item.entryStart &&
-                     SetEndOfFile(run.listFile);
+    const bool cut =
+        SetFilePointer(run.listFile, static_cast<LONG>(item.entryStart), nullptr, FILE_BEGIN) == item.entryStart &&
+        SetEndOfFile(run.listFile);
     if (cut)
         DeleteWaiting(run.deletion, run.listFile, run.dataFile);
     ForbidDeletion(run.deletion);
 }
 
-} // namespace
+}  // namespace
 
 void LogFailedWrite(void* context)
 {

@@ -13,7 +13,7 @@ RegistryFileCall gRegRestoreFile;
 
 namespace {
 
-const WCHAR RegistryFilePath[] = u"TMVRegFile.QBR"; // in the root, since there is no current folder
+const WCHAR RegistryFilePath[] = u"TMVRegFile.QBR";  // in the root, since there is no current folder
 
 // The entry's name means nothing: it is that of the item before.
 void StoreRegistry(BackupRun& run, HANDLE stream)
@@ -27,14 +27,14 @@ void StoreRegistry(BackupRun& run, HANDLE stream)
     Log(run, u"INF: End registry backup");
 }
 
-} // namespace
+}  // namespace
 
 void LookUpRegistryFileCalls()
 {
     HMODULE platform = LoadLibraryW(u"\\WINDOWS\\COREDLL.DLL");
     gRegCopyFile = reinterpret_cast<RegistryFileCall>(GetProcAddressW(platform, u"RegCopyFile"));
     gRegRestoreFile = reinterpret_cast<RegistryFileCall>(GetProcAddressW(platform, u"RegRestoreFile"));
-    FreeLibrary(platform); // it stays loaded all the same, and the pointers stay good
+    FreeLibrary(platform);  // it stays loaded all the same, and the pointers stay good
 }
 
 void BackUpRegistry(BackupRun& run)

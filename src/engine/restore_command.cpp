@@ -57,7 +57,7 @@ DWORD ChooseSet(DWORD mode)
     return 1;
 }
 
-} // namespace
+}  // namespace
 
 DWORD RunRestore(DWORD mode)
 {

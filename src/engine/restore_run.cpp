@@ -81,7 +81,7 @@ void RestoreFiles(RestoreRun& run)
     CloseRunProgress(run.progress);
 }
 
-} // namespace
+}  // namespace
 
 DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
 {

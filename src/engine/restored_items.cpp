@@ -37,7 +37,7 @@ void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
     ProgressStep(run.progress, 0);
 }
 
-} // namespace
+}  // namespace
 
 void RestoreDatabases(RestoreRun& run)
 {
@@ -60,7 +60,7 @@ void RestoreRegistry(RestoreRun& run)
     (void)DecompressFile(TemporaryStreamPath, RegistryFilePath);
     if (gRegRestoreFile)
         gRegRestoreFile(RegistryFilePath);
-    (void)DeleteFileW(RegistryFilePath); // as a rule the platform has taken it over already
+    (void)DeleteFileW(RegistryFilePath);  // as a rule the platform has taken it over already
     (void)DeleteFileW(TemporaryStreamPath);
     SetCursor(nullptr);
     MessageBoxW(gMainWindow, LoadText(RegistryRestoredText, gTextA), LoadText(RestoreCaptionText, gTextB), MB_OK);

@@ -23,7 +23,7 @@ DWORD WholeBytes(const char* text, DWORD bytes, DWORD room)
     return room;
 }
 
-} // namespace
+}  // namespace
 
 BackupLog::BackupLog(const WCHAR* path)
 {

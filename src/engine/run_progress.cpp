@@ -9,7 +9,7 @@ namespace {
 
 constexpr DWORD RunRange = 1000;
 
-} // namespace
+}  // namespace
 
 DWORD CountOf(ItemList* list)
 {

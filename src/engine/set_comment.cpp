@@ -20,7 +20,7 @@ bool DayComesFirst()
     return format[0] == u'd';
 }
 
-} // namespace
+}  // namespace
 
 void ComposeComment()
 {

@@ -8,7 +8,7 @@ namespace {
 
 const WCHAR LongestTail[] = u"\\QUILBOX\\BACKUP9999.LOG";
 
-} // namespace
+}  // namespace
 
 bool SetPathsFit(const WCHAR* root)
 {

@@ -14,7 +14,7 @@ bool SameFile(const SourceStamp& before, const SourceStamp& now)
            CompareFileTime(&before.lastWrite, &now.lastWrite) == 0;
 }
 
-} // namespace
+}  // namespace
 
 SourceStamp StampOf(const WCHAR* path)
 {
@@ -58,7 +58,7 @@ void DeleteWaiting(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile)
         const StoredSource& source = deletion.sources[i];
         // Changed since it was read: the set has the old content, so the new one stays.
         if (SameFile(source.stamp, StampOf(source.path)))
-            (void)DeleteFileW(source.path); // it stays if it can't go, and nothing is lost
+            (void)DeleteFileW(source.path);  // it stays if it can't go, and nothing is lost
     }
     deletion.waiting = 0;
 }

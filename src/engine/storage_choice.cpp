@@ -18,19 +18,16 @@ constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TE
 
 BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
 {
+    if ((gWalkedAttributes & StorageAttributes) != StorageAttributes)
+        return TRUE;
     WCHAR path[MAX_PATH];
-    if (!JoinPath(path, folder, name))
-        return TRUE;
-    const DWORD attributes = GetFileAttributesW(path);
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & StorageAttributes) != StorageAttributes)
-        return TRUE;
     // A set's own paths must fit behind it.
-    if (SetPathsFit(path))
+    if (JoinPath(path, folder, name) && SetPathsFit(path))
         AddChoice(*reinterpret_cast<ChoiceList*>(context), path);
     return TRUE;
 }
 
-} // namespace
+}  // namespace
 
 BOOL ChooseStorage(WCHAR* storageRoot)
 {

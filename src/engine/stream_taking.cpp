@@ -40,7 +40,7 @@ void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD position, DWORD end, bo
     }
 }
 
-} // namespace
+}  // namespace
 
 bool TakeStreamOut(RestoreRun& run, const BYTE* blob, bool count)
 {

@@ -43,10 +43,35 @@ bool PackBlock(DWORD rawBytes, DWORD& packedBytes)
     return true;
 }
 
-// Magic and blocks, the last one of no raw bytes. Stops behind the last whole block when a read fails.
-BOOL PackAll(HANDLE source, HANDLE target)
+// Small pieces of a stream on their way to its file, so that a small stream costs one write.
+struct StreamWriter {
+    HANDLE target;
+    DWORD waiting;
+    BYTE bytes[8192];
+};
+
+void WriteWaiting(StreamWriter& writer)
 {
-    Write(target, StreamMagic, StreamMagicBytes);
+    if (writer.waiting != 0)
+        Write(writer.target, writer.bytes, writer.waiting);
+    writer.waiting = 0;
+}
+
+void Put(StreamWriter& writer, const void* bytes, DWORD count)
+{
+    if (count > sizeof writer.bytes - writer.waiting)
+        WriteWaiting(writer);
+    if (count > sizeof writer.bytes) {
+        Write(writer.target, bytes, count);
+        return;
+    }
+    std::memcpy(writer.bytes + writer.waiting, bytes, count);
+    writer.waiting += count;
+}
+
+// Blocks, the last one of no raw bytes. Stops behind the last whole block when a read fails.
+BOOL PackBlocks(HANDLE source, StreamWriter& writer)
+{
     DWORD rawBytes = RawBlockBytes;
     for (;;) {
         // A short read sets the pace of those behind it: the source grows while it is read, or is a slow one.
@@ -58,11 +83,22 @@ BOOL PackAll(HANDLE source, HANDLE target)
         DWORD packedBytes = 0;
         if (!PackBlock(rawBytes, packedBytes))
             return FALSE;
-        Write(target, &packedBytes, sizeof packedBytes);
-        Write(target, gPackedBuffer, packedBytes);
+        Put(writer, &packedBytes, sizeof packedBytes);
+        Put(writer, gPackedBuffer, packedBytes);
         if (error == ERROR_HANDLE_EOF || rawBytes == 0)
             return TRUE;
     }
+}
+
+BOOL PackAll(HANDLE source, HANDLE target)
+{
+    StreamWriter writer;
+    writer.target = target;
+    writer.waiting = 0;
+    Put(writer, StreamMagic, StreamMagicBytes);
+    const BOOL result = PackBlocks(source, writer);
+    WriteWaiting(writer);
+    return result;
 }
 
 // Each folder above the path's last part, from the root on. One that exists already is no failure: the open decides.

@@ -164,7 +164,7 @@ TEST_F(TreeDisplayTest, MirrorFollowsWhateverHappensBetweenTwoLooks)
     const auto pick = [&random](std::size_t count) { return static_cast<std::size_t>(random() % count); };
     Mirror mirror(tree);
     std::vector<HTREEITEM> items = {add(nullptr)};
-    for (int round = 0; round < 400; round++) {
+    for (int round = 0; round < 150; round++) {
         for (std::size_t step = pick(30); step > 0; step--) {
             std::erase_if(items, [&](HTREEITEM item) {
                 TreeItemState state;

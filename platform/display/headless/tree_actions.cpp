@@ -68,7 +68,7 @@ Failure ScriptUser::atTreeItem(const Action& action, const TreeInput& input)
 Failure ScriptUser::foldTreeItem(const Action& action, bool expand)
 {
     bool hasButton = true;
-    const Failure failure = atTreeItem(action, [&](HWND tree, const TreeItemState& item) {
+    Failure failure = atTreeItem(action, [&](HWND tree, const TreeItemState& item) {
         hasButton = item.hasButton;
         return item.expanded == expand || !hasButton || window::postTreeClick(tree, item.item, TreePart::Button);
     });
@@ -98,7 +98,7 @@ Failure ScriptUser::doubleClickTreeItem(const Action& action)
 Failure ScriptUser::expectImage(const Action& action)
 {
     std::optional<TreeItemState> seen;
-    const Failure failure = await("the tree item " + quoted(action.text), [&] {
+    Failure failure = await("the tree item " + quoted(action.text), [&] {
         seen = findTreeItem(findTree(top_.window), action.text);
         return seen.has_value();
     });
@@ -120,7 +120,7 @@ Failure ScriptUser::expectImage(const Action& action)
 Failure ScriptUser::printTree()
 {
     HWND tree = nullptr;
-    const Failure failure = await("a window with a tree", [&] {
+    Failure failure = await("a window with a tree", [&] {
         tree = findTree(top_.window);
         return tree != nullptr;
     });
