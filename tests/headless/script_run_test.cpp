@@ -60,9 +60,9 @@ protected:
 
 TEST_F(ScriptRunTest, BadScriptStartsNothing)
 {
-    const Outcome outcome = run("idle\nexpand \"Files\"\n");
+    const Outcome outcome = run("idle\nunfold \"Files\"\n");
     EXPECT_EQ(outcome.code, 2);
-    EXPECT_THAT(outcome.errors, HasSubstr("line 2: \"expand\" is not known"));
+    EXPECT_THAT(outcome.errors, HasSubstr("line 2: \"unfold\" is not known"));
     EXPECT_THAT(outcome.diary, IsEmpty());
     EXPECT_EQ(outcome.transcript, "");
 }

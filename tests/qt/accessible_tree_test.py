@@ -21,7 +21,7 @@ DIALOGS = [  # keys from the main window, title, what must be there: (role, name
     ("F10 Down Down Return", "Options", [("radio button", "Ask"), ("check box", "Generate log file"),
                                          ("text", "Maximum backup file size:"), ("push button", "OK")]),
     ("F10 Down Down Down Return", "Quillbox", [("push button", "OK"), ("push button", "Cancel")]),
-    ("F10 Right Down Right Return", "Full Backup", [("check box", "All files"), ("text", "Backupset comments")]),
+    ("F10 Right Right Return", "Full Backup", [("check box", "All files"), ("text", "Backupset comments")]),
 ]
 MAIN = [("push button", name) for name in ("Mark", "Unmark", "Full backup", "Filter", "Options")] + [
     ("menu item", "File"), ("menu item", "Operations")]

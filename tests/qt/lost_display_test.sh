@@ -43,9 +43,9 @@ openbox >/dev/null 2>&1 &
 shown=$!
 await() { timeout 60 xdotool search --sync --onlyvisible --name "^$1\$" >/dev/null || fail "no window \"$1\""; sleep 0.3; }
 keys() { xdotool key --delay 60 "$@"; }
-await "KORV Quillbox"; keys F10 Right Down Right Return
+await "KORV Quillbox"; keys F10 Right Right Return
 await "Full Backup"; keys Tab space Return
-await "Select"; keys End Return
+await "Select"; keys Home Return
 data=$folder/device/cards/Card/QUILBOX/QLBX0001.QDT
 for _ in $(seq 600); do
     [ -s "$data" ] && break

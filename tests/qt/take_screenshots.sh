@@ -67,7 +67,7 @@ await_gone() { # TITLE
     echo "the window \"$1\" stays" >&2
     exit 1
 }
-keys() { xdotool key --delay 40 "$@"; }
+keys() { xdotool key --delay 80 "$@"; }
 picture() { # NAME
     sleep 0.4   # until what was drawn last has reached the screen
     import -window root "$target/$variant-$1.png"
@@ -90,7 +90,7 @@ take_all() {
     main_menu Down Return
     await "File filter"; picture 5-filter; keys Escape; await_gone "File filter"
 
-    main_menu Right Down Right Return
+    main_menu Right Right Return
     await "Full Backup"
     xdotool type --delay 20 "Before the journey"
     keys Tab space Tab space Tab space
@@ -100,23 +100,23 @@ take_all() {
     keys Return
     await "Error"; picture 8-message; keys Return; await_gone "Error"
     await "Select"
-    keys End; picture 9-chooser-chosen
+    keys Home; picture 9-chooser-chosen
     keys Return
     picture 10-progress
     sleep 1
     await "KORV Quillbox"
 
-    main_menu Right Down Right Return
+    main_menu Right Right Return
     await "Full Backup"; keys Tab space Return
-    await "Select"; keys End Return
+    await "Select"; keys Home Return
     await "Info?"; picture 11-question; keys Return
 
     sleep 1
-    main_menu Right Down Down Right Down Return
-    await "Select"; keys End Return
+    main_menu Right Down Right Down Return
+    await "Select"; keys Home Return
     await "Restore selection"; keys Tab Down space Down Down space; picture 12-partial-restore
     keys Escape; await_gone "Restore selection"
-    main_menu Right Down Down Right Return
+    main_menu Right Down Right Return
     await "Select"; keys Home Return
     await "Full Restore"; picture 13-full-restore
     keys Escape; await_gone "Full Restore"

@@ -4,12 +4,14 @@
 #include "embedded_resources.h"
 #include "resource_file.h"
 #include "script_run.h"
+#include "set_state.h"
 
 #include "ce/winmain.h"
 
 #include <gmock/gmock.h>
 
 #include <sstream>
+#include <utility>
 
 namespace {
 
@@ -21,6 +23,9 @@ protected:
 
     int run(const std::string& text, std::chrono::milliseconds timeout = std::chrono::minutes(5))
     {
+        // The program makes its own.
+        delete std::exchange(gFileList, nullptr);
+        delete std::exchange(gDatabaseList, nullptr);
         std::istringstream script(text);
         std::ostringstream printed;
         std::ostringstream told;

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
 #include <QStyle>
 #include <QToolBar>
 #include <QToolButton>
@@ -35,6 +36,20 @@ void fill(QMenu& menu, const std::vector<MenuItem>& items, const std::function<v
         }
     }
 }
+
+// Without the line that some styles draw below a menu bar: here the toolbar stands beside it, and the line
+// would end in the middle of the window.
+class BandMenu final : public QMenuBar {
+public:
+    using QMenuBar::QMenuBar;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        QMenuBar::paintEvent(event);
+        QPainter(this).fillRect(0, height() - 1, width(), 1, palette().window());
+    }
+};
 
 QString contentOf(const std::vector<MenuItem>& items)
 {
@@ -108,7 +123,7 @@ void BandBar::clear()
 
 void BandBar::addMenu(const std::vector<MenuItem>& items)
 {
-    menu_ = new QMenuBar(this);
+    menu_ = new BandMenu(this);
     // Its place is in this bar, on every desktop.
     menu_->setNativeMenuBar(false);
     menu_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);

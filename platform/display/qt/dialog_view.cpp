@@ -26,6 +26,7 @@ using window::WindowKind;
 using window::WindowState;
 
 constexpr int FrameLine = 1;
+constexpr int BottomMargin = 6;  // virtual pixels
 // A text that is set late may be of any length: beyond this it wraps or is cut.
 constexpr double MostStretch = 1.6;
 
@@ -52,7 +53,8 @@ bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifi
 {
     if (key == VK_ESCAPE || (key == VK_TAB && !(modifiers & Qt::ControlModifier)) || (modifiers & Qt::AltModifier))
         return true;
-    const bool breaksLines = edit.kind == WindowKind::Edit && (edit.style & ES_MULTILINE) && (edit.style & ES_WANTRETURN);
+    const bool breaksLines =
+        edit.kind == WindowKind::Edit && (edit.style & ES_MULTILINE) && (edit.style & ES_WANTRETURN);
     return key == VK_RETURN && !breaksLines;
 }
 
@@ -124,7 +126,12 @@ void DialogView::arrange()
     units.x *= stretchFor(units);
     placeControls(units);
 
-    const QRect client = units.scaled({0, 0, place_.right - place_.left, place_.bottom - place_.top});
+    // Some templates end where their last control does.
+    const int margin = units.scaled({0, 0, 0, BottomMargin}).height();
+    QRect client = units.scaled({0, 0, place_.right - place_.left, place_.bottom - place_.top});
+    for (const Control& control : controls_)
+        if (control.state.visible)
+            client.setBottom(std::max(client.bottom(), control.view->widget().geometry().bottom() + margin));
     const int line = header_ ? FrameLine : 0;
     const int headerHeight = header_ ? header_->sizeHint().height() : 0;
     const int width = std::max(client.width(), header_ ? header_->sizeHint().width() : 0);
@@ -194,6 +201,16 @@ const DialogView::Control* DialogView::controlOf(const QWidget* widget) const
     return found == controls_.end() ? nullptr : &*found;
 }
 
+// By the core's word.
+const DialogView::Control* DialogView::focusedControl() const
+{
+    const auto found = std::find_if(controls_.begin(), controls_.end(), [](const Control& control) {
+        WindowState state;
+        return window::readWindow(control.view->window(), state) && state.focused;
+    });
+    return found == controls_.end() ? nullptr : &*found;
+}
+
 bool DialogView::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() != QEvent::KeyPress)
@@ -250,23 +267,13 @@ bool DialogView::tabThroughHeader(bool backward)
         moveTo(stays ? (backward ? *(at - 1) : *(at + 1)) : (backward ? buttons.back() : buttons.front()));
         return true;
     }
-    // Out of the caption again: to the stop on that side. The core may stand there already.
-    const HWND next = backward ? stops.back() : stops.front();
-    for (const Control& each : controls_) {
-        WindowState state;
-        if (each.view->window() == next && window::readWindow(next, state) && state.focused) {
-            moveTo(&each.view->widget());
-            return true;
-        }
-    }
-    for (const Control& each : controls_) {
-        WindowState state;
-        if (window::readWindow(each.view->window(), state) && state.focused) {
-            courier().key(state.window, VK_TAB, backward, false, false);
-            return true;
-        }
-    }
-    return false;
+    // Out of the caption again: to the stop on that side, where the core may stand already.
+    const Control* focused = focusedControl();
+    if (focused && focused->view->window() == (backward ? stops.back() : stops.front()))
+        moveTo(&focused->view->widget());
+    else
+        courier().key(focused ? focused->view->window() : window(), VK_TAB, backward, false, false);
+    return true;
 }
 
 void DialogView::keyPressEvent(QKeyEvent* event)
@@ -280,6 +287,16 @@ void DialogView::changeEvent(QEvent* event)
     const bool looksDifferent = event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange;
     if (looksDifferent && isVisible())
         arrange();
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        showFocus();
+}
+
+// The toolkit gives a window that becomes active a focus of its own choice, and hides it from mouse users.
+void DialogView::showFocus()
+{
+    setAttribute(Qt::WA_KeyboardFocusChange);
+    if (const Control* focused = focusedControl())
+        focused->view->widget().setFocus(Qt::TabFocusReason);
 }
 
 void DialogView::reject()

@@ -45,10 +45,12 @@ private:
     void placeControls(const DialogUnits& units);
     [[nodiscard]] double stretchFor(const DialogUnits& units) const;
     void nameControls();
+    void showFocus();
     [[nodiscard]] QString nameFor(const Control& control) const;
 
     bool passKey(QKeyEvent& event);
     bool tabThroughHeader(bool backward);
+    [[nodiscard]] const Control* focusedControl() const;
     [[nodiscard]] const Control* controlOf(const QWidget* widget) const;
 
     QWidget content_;

@@ -82,6 +82,7 @@ public:
     QWidget& widget() override { return *this; }
 
     void follow(const WindowState& state, Changes) override { setWindowTitle(toQt(state.text)); }
+    [[nodiscard]] bool bringsItsControls() const override { return true; }
     void addControl(View&, const WindowState&) override {}
     void removeControl(View&) override {}
 

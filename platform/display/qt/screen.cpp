@@ -167,12 +167,10 @@ void Screen::build(const WindowState& state)
     tops_[state.window] = top;
     if (state.kind == WindowKind::Main && !main_)
         main_ = state.window;
-    if (state.kind != WindowKind::MessageBox) {
-        for (const HWND child : window::childrenOf(state.window)) {
-            WindowState control;
-            if (window::readWindow(child, control))
-                addControl(*top, control);
-        }
+    for (const HWND child : window::childrenOf(state.window)) {
+        WindowState control;
+        if (window::readWindow(child, control))
+            addControl(*top, control);
     }
     top->present();
 }
@@ -183,7 +181,7 @@ void Screen::addControl(TopView& top, const WindowState& state)
         top.followBands(state.window);
         return;
     }
-    View* view = makeControlView(state, courier_, &top.content());
+    View* view = top.bringsItsControls() ? nullptr : makeControlView(state, courier_, &top.content());
     if (!view)
         return;
     views_[state.window] = view;

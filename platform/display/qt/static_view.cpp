@@ -17,6 +17,9 @@ namespace {
 using window::Change;
 using window::WindowState;
 
+// A line needs a little more than its letters' widths: bearings, fractions.
+constexpr int Slack = 3;
+
 // A path has no blanks to wrap at, so words are broken where they have to be; what still doesn't fit ends
 // in three points. QLabel itself can do neither.
 class TextView final : public QLabel, public View {
@@ -47,7 +50,7 @@ public:
         for (const QString& line : lines)
             widest = std::max(widest, fontMetrics().horizontalAdvance(line));
         const bool wraps = height() >= 2 * fontMetrics().lineSpacing() * std::max<qsizetype>(lines.size(), 1);
-        return wraps ? 0 : widest;
+        return wraps ? 0 : widest + Slack;
     }
     [[nodiscard]] QString label() const override { return text(); }
 

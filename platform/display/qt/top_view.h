@@ -11,6 +11,8 @@ public:
 
     // The widget that the controls stand in.
     [[nodiscard]] virtual QWidget& content() { return widget(); }
+    // Made of its own widgets, whatever controls the core has for it.
+    [[nodiscard]] virtual bool bringsItsControls() const { return false; }
     // Its controls, in the order in which the core made them.
     virtual void addControl(View& control, const window::WindowState& state) = 0;
     virtual void removeControl(View& control) = 0;
