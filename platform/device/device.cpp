@@ -9,6 +9,7 @@
 
 #include "host_name.h"
 #include "name_space.h"
+#include "object_store.h"
 #include "registry_store.h"
 
 #include <algorithm>
@@ -45,6 +46,7 @@ public:
     {
         // The locks go last, by the members' order: nobody gets in while something is still open.
         file::removeAllMounts();
+        store::closeStore();
         registry::closeRegistry();
     }
 

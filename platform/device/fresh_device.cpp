@@ -6,6 +6,7 @@
 #include "refusal.h"
 
 #include "device_database.h"
+#include "object_store.h"
 #include "registry_store.h"
 
 #include <cerrno>
@@ -99,6 +100,7 @@ void makeDevice(const fs::path& folder, bool demonstration)
         // Here alone: the whole device is flushed before it counts.
         (void)database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
         const bool filled = fillDemonstrationRegistry();
+        store::closeStore();
         registry::closeRegistry();
         if (!filled)
             throw Refusal("The registry of the new device " + quoted(folder) + " can't be written.");

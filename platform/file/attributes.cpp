@@ -1,9 +1,12 @@
 // attributes.cpp - see attributes.h
 #include "attributes.h"
 
+#include "known_attributes.h"
+
 #include "ce/file.h"
 
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <string_view>
 
@@ -39,11 +42,18 @@ std::uint64_t ticks(const statx_timestamp& time)
 
 }  // namespace
 
-DWORD storedAttributes(int folder, const char* name)
+DWORD storedAttributes(int folder, const char* name, const HostStatus& status)
 {
+    KnownAttributes& known = KnownAttributes::instance();
+    if (const auto bits = known.find(status))
+        return *bits;
+    const bool settled = KnownAttributes::isSettled(folder, status);
     std::array<char, 32> value{};  // a longer value is no such text
     const ssize_t length = readExtended(folder, name, AttributeName, value);
-    return length > 0 ? parseStored({value.data(), static_cast<std::size_t>(length)}) : 0;
+    const DWORD bits = length > 0 ? parseStored({value.data(), static_cast<std::size_t>(length)}) : 0;
+    if (settled && (length >= 0 || length == -ENODATA))
+        known.note(status, bits);
+    return bits;
 }
 
 DWORD attributesOf(const HostStatus& status, DWORD stored, bool leadingPoint)

@@ -57,7 +57,7 @@ Attributes attributesAt(const HostPlace& place)
     const bool isRoot = place.isMount() && place.mount->name().empty();
     // The host folder behind a mount may have any name: what counts is the name that it has here.
     const bool leadingPoint = place.isMount() ? place.mount->name().starts_with(u'.') : *place.name() == '.';
-    DWORD bits = attributesOf(status, storedAttributes(parent.number(), place.name()), leadingPoint);
+    DWORD bits = attributesOf(status, storedAttributes(parent.number(), place.name(), status), leadingPoint);
     if (place.isMount() && !isRoot && place.mount->isCard())
         bits |= FILE_ATTRIBUTE_TEMPORARY;
     return {0, bits};
@@ -98,7 +98,7 @@ DWORD deleteFileAt(const HostPlace& place)
         FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
     const auto table = OpenFiles::instance();
     const auto lock = table->lock();
-    const DWORD stored = table->wasMadeHere(status) ? 0 : storedAttributes(parent.number(), place.name());
+    const DWORD stored = table->wasMadeHere(status) ? 0 : storedAttributes(parent.number(), place.name(), status);
     if ((attributesOf(status, stored, false) & KeepsOut) != 0)
         return ERROR_ACCESS_DENIED;
     if (table->isOpen(keyOf(status)))

@@ -65,7 +65,7 @@ bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
             continue;
         describeStatus(status, 0, mount->name(), found);
         found.dwFileAttributes =
-            attributesOf(status, storedAttributes(mount->folder(), ""), mount->name().starts_with(u'.')) |
+            attributesOf(status, storedAttributes(mount->folder(), "", status), mount->name().starts_with(u'.')) |
             (mount->isCard() ? FILE_ATTRIBUTE_TEMPORARY : 0);
         return true;
     }
@@ -81,7 +81,7 @@ bool FolderSearch::describe(std::string_view hostName, std::u16string_view name,
     const std::uint64_t size = isFile(status) ? table_->sizeOfWritten(keyOf(status)).value_or(status.stx_size) : 0;
     describeStatus(status, size, name, found);
     found.dwFileAttributes =
-        attributesOf(status, storedAttributes(reader_.folder(), hostName.data()), hostName.front() == '.');
+        attributesOf(status, storedAttributes(reader_.folder(), hostName.data(), status), hostName.front() == '.');
     return true;
 }
 

@@ -50,8 +50,7 @@ ReadResult OpenFile::read(std::span<std::byte> out)
         ahead_.forget();
         aheadVersion_ = file_->version();
     }
-    const bool othersMayWrite = (sharing_.share & FILE_SHARE_WRITE) != 0;
-    const ReadResult result = ahead_.read(descriptor_.number(), place_, out, file_->size(), !othersMayWrite);
+    const ReadResult result = ahead_.read(descriptor_.number(), place_, out, file_->size(), !othersMayWrite());
     place_ += result.bytes;
     return result;
 }
@@ -83,13 +82,18 @@ Written OpenFile::write(std::span<const std::byte> bytes)
 OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
 {
     const std::lock_guard lock(file_->mutex());
+    if (method == FILE_CURRENT && distance == 0 && file_->hasGathered())
+        return {place_, 0};  // only asked where it stands: what is gathered needn't be written out for that
     std::uint64_t from = 0;
     if (method == FILE_CURRENT) {
         from = place_;
     } else if (method == FILE_END) {
-        HostStatus status = {};
-        if (const DWORD error = refreshSize(status); error != 0)
-            return {0, error};
+        // A reader that lets nobody write knows the length since it was opened.
+        if (mayWrite() || othersMayWrite()) {
+            HostStatus status = {};
+            if (const DWORD error = refreshSize(status); error != 0)
+                return {0, error};
+        }
         from = file_->size();
     } else if (method != FILE_BEGIN) {
         return {0, ERROR_INVALID_PARAMETER};
@@ -140,7 +144,7 @@ DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
             return error;
     }
     const bool leadingPoint = *hostPlace_.name() == '.';
-    information.dwFileAttributes = attributesOf(status, storedAttributes(descriptor_.number(), ""), leadingPoint);
+    information.dwFileAttributes = attributesOf(status, storedAttributes(descriptor_.number(), "", status), leadingPoint);
     information.ftCreationTime = creationTime(status);
     information.ftLastAccessTime = fileTime(status.stx_atime);
     information.ftLastWriteTime = fileTime(status.stx_mtime);

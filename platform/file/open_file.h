@@ -44,6 +44,10 @@ public:
 private:
     [[nodiscard]] bool mayRead() const { return (sharing_.access & GENERIC_READ) != 0; }
     [[nodiscard]] bool mayWrite() const { return (sharing_.access & GENERIC_WRITE) != 0; }
+    [[nodiscard]] bool othersMayWrite() const
+    {
+        return sharing_.access == 0 || (sharing_.share & FILE_SHARE_WRITE) != 0;
+    }
     [[nodiscard]] DWORD refreshSize(HostStatus& status);
     [[nodiscard]] DWORD flushEntries() const;
 

@@ -102,7 +102,7 @@ DWORD kindError(const Request& request, const OpenFiles& table)
     if (!isFile(request.status))
         return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
     // A file that was made here a moment ago has no attributes of its own yet.
-    const DWORD stored = table.wasMadeHere(request.status) ? 0 : storedAttributes(request.descriptor.number(), "");
+    const DWORD stored = table.wasMadeHere(request.status) ? 0 : storedAttributes(request.descriptor.number(), "", request.status);
     const DWORD attributes = attributesOf(request.status, stored, false);
     if ((attributes & FILE_ATTRIBUTE_ROMMODULE) != 0)
         return ERROR_ACCESS_DENIED;

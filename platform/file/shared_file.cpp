@@ -61,8 +61,10 @@ HostWrite writeBoth(int descriptor, std::uint64_t place, std::span<const std::by
         const std::size_t ofFirst = std::min(done.bytes, first.size());
         const std::array<iovec, 2> rest = {vectorOf(first.subspan(ofFirst)),
                                            vectorOf(second.subspan(done.bytes - ofFirst))};
-        const std::size_t skipped = rest[0].iov_len == 0 ? 1 : 0;  // one alone costs the host less
-        const ssize_t taken = writeAt(descriptor, std::span(rest).subspan(skipped), place + done.bytes);
+        // One alone costs the host less.
+        const std::size_t skipped = rest[0].iov_len == 0 ? 1 : 0;
+        const std::size_t used = rest[1].iov_len == 0 || skipped != 0 ? 1 : 2;
+        const ssize_t taken = writeAt(descriptor, std::span(rest).subspan(skipped, used), place + done.bytes);
         if (taken <= 0) {
             done.error = taken < 0 ? taken : -ENOSPC;
             break;

@@ -15,13 +15,15 @@ namespace {
 constexpr UINT DatabaseMessageText = 118;
 constexpr UINT DatabasesText = 131;
 
-void StoreDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath, HANDLE stream)
+// An image that wasn't dumped may be a file of the user's that has its name: it isn't this run's to delete.
+void StoreDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath, BOOL dumped, HANDLE stream)
 {
     StoredItem item = BeginEntry(run, ItemKindDatabase, name, nullptr);
     CopyStream(run, item, stream, true, nullptr);
     CloseHandle(stream);
     EndEntry(run, item);
-    DeleteFileW(imagePath);
+    if (dumped)
+        DeleteFileW(imagePath);
     DeleteFileW(run.temporaryPath);
     Log(run, u"INF: End Database backup: %s", name);
 }
@@ -34,7 +36,8 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
     Log(run, u"INF: Start Database backup: %s", name);
 
     // A failed dump still leaves the image to be tried: with none, its packing fails and tells so once more.
-    if (!DumpDatabase(name))
+    const BOOL dumped = DumpDatabase(name);
+    if (!dumped)
         Log(run, u"ERR: Database backup: %s", name);
     WCHAR imagePath[MAX_PATH];
     wsprintfW(imagePath, u"\\%s.CDB", name);
@@ -42,7 +45,7 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
         Log(run, u"ERR: Database backup: %s", name);
     HANDLE stream = OpenTemporaryStream(run);
     if (stream != INVALID_HANDLE_VALUE)
-        StoreDatabase(run, name, imagePath, stream);
+        StoreDatabase(run, name, imagePath, dumped, stream);
     ProgressStep(run.progress, 0);
 }
 

@@ -94,7 +94,8 @@ void ListAllFiles()
 void AddDatabase(CEOID oid)
 {
     CEOIDINFO info = {};
-    CeOidGetInfo(oid, &info);
+    if (!CeOidGetInfo(oid, &info) || info.wObjType != OBJTYPE_DATABASE)
+        return; // deleted since the enumeration gave it
     const WCHAR* name = info.infDatabase.szDbaseName;
     if (name[0] != u'\\' && gDatabaseList)
         gDatabaseList->Add(name, NameBytes(name));

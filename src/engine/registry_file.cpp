@@ -16,13 +16,14 @@ namespace {
 const WCHAR RegistryFilePath[] = u"TMVRegFile.QBR";  // in the root, since there is no current folder
 
 // The entry's name means nothing: it is that of the item before.
-void StoreRegistry(BackupRun& run, HANDLE stream)
+void StoreRegistry(BackupRun& run, BOOL copied, HANDLE stream)
 {
     StoredItem item = BeginEntry(run, ItemKindRegistry, run.itemName, nullptr);
     CopyStream(run, item, stream, false, nullptr);
     CloseHandle(stream);
     EndEntry(run, item);
-    DeleteFileW(RegistryFilePath);
+    if (copied)  // otherwise it may be the user's
+        DeleteFileW(RegistryFilePath);
     DeleteFileW(run.temporaryPath);
     Log(run, u"INF: End registry backup");
 }
@@ -43,11 +44,12 @@ void BackUpRegistry(BackupRun& run)
         return;
     Log(run, u"INF: Start registry backup");
     // Without the platform's call, or when it fails, the file is still tried: with none, that tells so once more.
-    if (!gRegCopyFile || !gRegCopyFile(RegistryFilePath))
+    const BOOL copied = gRegCopyFile && gRegCopyFile(RegistryFilePath);
+    if (!copied)
         Log(run, u"ERR: registry backup");
     if (!CompressFile(RegistryFilePath, run.temporaryPath))
         Log(run, u"ERR: registry backup");
     HANDLE stream = OpenTemporaryStream(run);
     if (stream != INVALID_HANDLE_VALUE)
-        StoreRegistry(run, stream);
+        StoreRegistry(run, copied, stream);
 }

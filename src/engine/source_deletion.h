@@ -1,15 +1,15 @@
 // source_deletion.h - "Delete backuped files": a source goes only when nothing can be lost by it.
 //
 // A source is deleted when its stream is whole and in the data file, the list names it, both are on the disk, and the
-// source is still what was read. Putting a file on the disk takes a card tens of milliseconds, so sources wait here and go
-// in groups. After a fault of the list or of a flush none goes any more in that run.
+// source is still what was read. Putting a file on the disk takes a card tens of milliseconds, so sources wait here and
+// go in groups. After a fault of the list or of a flush none goes any more in that run.
 #pragma once
 
 #include "ce/file.h"
 
 // What a file looked like before it was read.
 struct SourceStamp {
-    BOOL known; // 0: it couldn't be asked, and then it is never deleted
+    BOOL known;  // 0: it couldn't be asked, and then it is never deleted
     DWORD indexHigh;
     DWORD indexLow;
     DWORD sizeHigh;

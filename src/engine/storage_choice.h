@@ -3,6 +3,6 @@
 
 #include "ce/types.h"
 
-// Lets the user choose. 1 with the root in `storageRoot` (260 characters): a folder's path without a trailing backslash,
-// empty for the main device. 0 when no choice was taken.
+// Lets the user choose. 1 with the root in `storageRoot` (260 characters): a folder's path without a trailing
+// backslash, empty for the main device. 0 when no choice was taken.
 BOOL ChooseStorage(WCHAR* storageRoot);

@@ -24,8 +24,8 @@ constexpr int RegistryId = 1007;
 
 WCHAR* gBackupComment;
 
-// The check boxes open clear, whatever the last full backup chose, and the comment empty. In dialog 108 the rows go to a
-// check box, which doesn't know them.
+// The check boxes open clear, whatever the last full backup chose, and the comment empty. In dialog 108 the rows go to
+// a check box, which doesn't know them.
 void ShowItems(HWND dialog)
 {
     HWND listBox = GetDlgItem(dialog, ItemListBoxId);
@@ -64,7 +64,7 @@ INT_PTR BackupDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam
     return FALSE;
 }
 
-} // namespace
+}  // namespace
 
 INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment)
 {

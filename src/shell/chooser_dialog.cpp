@@ -14,10 +14,10 @@ constexpr WORD ChooserDialog = 107;
 constexpr int PromptId = 1002;
 constexpr int ChoicesId = 1003;
 constexpr UINT NothingSelectedText = 136;
-constexpr WPARAM HorizontalExtent = 300; // pixels; paths are longer than the box is wide
+constexpr WPARAM HorizontalExtent = 300;  // pixels; paths are longer than the box is wide
 
 struct ChooserParams {
-    const WCHAR* choices; // double-NUL list
+    const WCHAR* choices;  // double-NUL list
     WCHAR* result;
     const WCHAR* prompt;
 };
@@ -60,7 +60,7 @@ INT_PTR ChooserDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPara
     return FALSE;
 }
 
-} // namespace
+}  // namespace
 
 INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result)
 {

@@ -15,7 +15,7 @@ namespace {
 constexpr UINT RegistryText = 119;
 constexpr UINT FileRowText = 137;
 constexpr UINT DatabaseRowText = 138;
-constexpr WPARAM HorizontalExtent = 300; // pixels; paths are longer than the box is wide
+constexpr WPARAM HorizontalExtent = 300;  // pixels; paths are longer than the box is wide
 
 void AddRow(HWND listBox, BYTE kind, const WCHAR* name)
 {
@@ -32,7 +32,7 @@ void AddListRows(HWND listBox, ItemList* list, BYTE kind)
         AddRow(listBox, kind, entry.name);
 }
 
-} // namespace
+}  // namespace
 
 void FormatItemRow(WCHAR (&row)[RowChars], BYTE kind, const WCHAR* name)
 {

@@ -43,7 +43,7 @@ constexpr UINT MenuBandWidth = 145;
 constexpr UINT ToolBandWidth = 110;
 constexpr int ToolbarButtons = 5;
 constexpr int FirstToolbarCommand = 500;
-constexpr int ToolbarImages = 7; // as many as the bar makes room for; the bitmap holds five
+constexpr int ToolbarImages = 7;  // as many as the bar makes room for; the bitmap holds five
 
 constexpr UINT_PTR RootImagesTimer = 1;
 constexpr UINT RootImagesMilliseconds = 500;
@@ -104,9 +104,9 @@ void CreateTree(HWND window)
     RECT client;
     GetClientRect(window, &client);
     const int barHeight = CommandBar_Height(gToolBand);
-    gTreeView = CreateWindowExW(0, u"SysTreeView32", u"Tree View Control", TreeViewStyle, 0, barHeight + 1,
-                                client.right, client.bottom - barHeight - 1, window,
-                                reinterpret_cast<HMENU>(TreeViewId), gInstance, nullptr);
+    gTreeView =
+        CreateWindowExW(0, u"SysTreeView32", u"Tree View Control", TreeViewStyle, 0, barHeight + 1, client.right,
+                        client.bottom - barHeight - 1, window, reinterpret_cast<HMENU>(TreeViewId), gInstance, nullptr);
     if (CreateTreeImages() && InsertRootItems(gTreeView)) {
         SetTimer(window, RootImagesTimer, RootImagesMilliseconds, nullptr);
         return;
@@ -222,7 +222,7 @@ void RegisterMainClass(HINSTANCE instance)
     RegisterClassW(&windowClass);
 }
 
-} // namespace
+}  // namespace
 
 int WinMain(HINSTANCE instance, HINSTANCE, WCHAR*, int)
 {
@@ -235,8 +235,8 @@ int WinMain(HINSTANCE instance, HINSTANCE, WCHAR*, int)
     SetDefaultOptions();
     RegisterMainClass(instance);
     LookUpRegistryFileCalls();
-    INITCOMMONCONTROLSEX classes = {sizeof classes, ICC_TREEVIEW_CLASSES | ICC_BAR_CLASSES | ICC_DATE_CLASSES |
-                                                        ICC_COOL_CLASSES};
+    INITCOMMONCONTROLSEX classes = {sizeof classes,
+                                    ICC_TREEVIEW_CLASSES | ICC_BAR_CLASSES | ICC_DATE_CLASSES | ICC_COOL_CLASSES};
     InitCommonControlsEx(&classes);
     gInstance = instance;
     gMainWindow = CreateWindowExW(0, WindowClass, WindowTitle, WS_VISIBLE, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,

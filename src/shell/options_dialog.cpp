@@ -53,7 +53,7 @@ void TakeOptions(HWND dialog)
     }
 }
 
-} // namespace
+}  // namespace
 
 INT_PTR OptionsDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM)
 {

@@ -21,12 +21,12 @@ constexpr DWORD ExtBytes = 260;
 HKEY OpenOptionsKey()
 {
     HKEY key = nullptr;
-    const LONG error = RegCreateKeyExW(HKEY_CURRENT_USER, OptionsKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
-                                       nullptr);
+    const LONG error =
+        RegCreateKeyExW(HKEY_CURRENT_USER, OptionsKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
     return error == 0 ? key : nullptr;
 }
 
-} // namespace
+}  // namespace
 
 void SetDefaultOptions()
 {

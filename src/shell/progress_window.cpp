@@ -41,7 +41,7 @@ struct ProgressInit {
 // Lies on the stack of ProgressOpen; the thread leaves it alone once it has written `dialog`.
 struct ProgressStart {
     ProgressInit* init;
-    std::atomic<HWND> dialog; // null until the window stands, NoDialog if it can't be made
+    std::atomic<HWND> dialog;  // null until the window stands, NoDialog if it can't be made
     HWND owner;
     HINSTANCE instance;
     DWORD resource;
@@ -112,7 +112,7 @@ DWORD ProgressThreadProc(void* parameter)
     const void* dialogTemplate = LoadResource(start->instance, found);
     HWND dialog = CreateDialogIndirectParamW(start->instance, dialogTemplate, start->owner, start->procedure,
                                              reinterpret_cast<LPARAM>(start->init));
-    start->dialog = dialog ? dialog : NoDialog; // `start` and `init` are gone from here on
+    start->dialog = dialog ? dialog : NoDialog;  // `start` and `init` are gone from here on
     if (!dialog)
         return 0;
 
@@ -127,7 +127,7 @@ DWORD ProgressThreadProc(void* parameter)
     return 0;
 }
 
-} // namespace
+}  // namespace
 
 HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step)
 {

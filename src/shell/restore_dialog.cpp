@@ -1,5 +1,5 @@
-// restore_dialog.cpp - dialog 109 as the last question before a restore: the set's comment and, in a partial restore, its
-// items to pick from.
+// restore_dialog.cpp - dialog 109 as the last question before a restore: the set's comment and, in a partial restore,
+// its items to pick from.
 
 #include "item_rows.h"
 #include "list_file.h"
@@ -106,7 +106,7 @@ INT_PTR RestoreDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPara
     return FALSE;
 }
 
-} // namespace
+}  // namespace
 
 INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath)
 {

@@ -42,7 +42,7 @@ protected:
     }
 };
 
-} // namespace
+}  // namespace
 
 TEST_F(BackupRunTest, NothingMarkedTellsAndMakesNothing)
 {
@@ -243,7 +243,7 @@ TEST_F(BackupRunTest, MoreThanAThousandItemsLeaveTheBarStill)
 
 TEST_F(BackupRunTest, LogLineIsCutAtAWholeCharacterAndKeepsItsEnd)
 {
-    const std::u16string name = u"\\" + std::u16string(100, u'\u20AC'); // three bytes each in the log
+    const std::u16string name = u"\\" + std::u16string(100, u'\u20AC');  // three bytes each in the log
     mark(name);
     gOptions.generateLog = 1;
     backUp();

@@ -100,7 +100,7 @@ protected:
     }
 };
 
-} // namespace
+}  // namespace
 
 TEST_F(DeletionSweepTest, SourceIsNeverLostWhereverTheCardFillsUp)
 {

@@ -36,12 +36,15 @@ int folderDescriptor(const fs::path& path)
     return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-} // namespace
+}  // namespace
 
 EngineTest::EngineTest()
 {
     const char* folder = std::getenv("TMPDIR");
-    std::string pattern = std::string(folder ? folder : fs::exists("/dev/shm") ? "/dev/shm" : "/tmp") + "/engine.XXXXXX";
+    std::string pattern = std::string(folder                   ? folder
+                                      : fs::exists("/dev/shm") ? "/dev/shm"
+                                                               : "/tmp") +
+                          "/engine.XXXXXX";
     base_ = mkdtemp(pattern.data());
     store_ = base_ / "object-store";
     card_ = base_ / "Card";

@@ -32,7 +32,7 @@ protected:
     // Restores set 1 of the card, everything replaced.
     void restore(const std::string& list = "QLBX0001");
 
-    std::string cardFile(const std::string& name) const; // of QUILBOX on the card
+    std::string cardFile(const std::string& name) const;  // of QUILBOX on the card
 
     std::filesystem::path base_;
     std::filesystem::path store_;

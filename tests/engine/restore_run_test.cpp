@@ -52,10 +52,10 @@ std::string entry(char kind, const std::string& name, std::uint32_t start, std::
 // An empty comment: its length in characters, its terminator.
 const std::string Head = {1, 0, 0, 0, 0, 0};
 // Stream of the five bytes "hello": magic, a block of one literal run with LZO's end mark, the closing block.
-const std::string Hello = std::string("QBXPK") + std::string("\x09\0\0\0\x16hello\x11\0\0", 13) +
-                          std::string("\x03\0\0\0\x11\0\0", 7);
+const std::string Hello =
+    std::string("QBXPK") + std::string("\x09\0\0\0\x16hello\x11\0\0", 13) + std::string("\x03\0\0\0\x11\0\0", 7);
 
-} // namespace
+}  // namespace
 
 TEST_F(RestoreRunTest, PolicyDecidesAboutWhatExistsOnly)
 {
@@ -65,9 +65,9 @@ TEST_F(RestoreRunTest, PolicyDecidesAboutWhatExistsOnly)
         const char* a;
         std::size_t questions;
     };
-    for (const Case& c : {Case{RestoreModeReplace, IDNO, "old a", 0}, Case{RestoreModeSkip, IDYES, "new a", 0},
-                          Case{RestoreModeAsk, IDYES, "old a", 1}, Case{RestoreModeAsk, IDNO, "new a", 1},
-                          Case{7, IDNO, "old a", 0}}) {
+    for (const Case& c :
+         {Case{RestoreModeReplace, IDNO, "old a", 0}, Case{RestoreModeSkip, IDYES, "new a", 0},
+          Case{RestoreModeAsk, IDYES, "old a", 1}, Case{RestoreModeAsk, IDNO, "new a", 1}, Case{7, IDNO, "old a", 0}}) {
         SCOPED_TRACE(c.mode);
         std::filesystem::remove_all(card_ / "QUILBOX");
         RenewLists();
@@ -149,8 +149,8 @@ TEST_F(RestoreRunTest, CraftedNamesStayInsideTheDevice)
     std::filesystem::create_directory_symlink(base_ / "outside", store_ / "link");
     const auto size = static_cast<std::uint32_t>(Hello.size());
     std::string list = Head;
-    for (const char* name : {"\\..\\escaped", "\\link\\escaped", "..\\escaped", "\\a\\..\\..\\escaped", "\\", "", "\\con*",
-                             "\\good"})
+    for (const char* name :
+         {"\\..\\escaped", "\\link\\escaped", "..\\escaped", "\\a\\..\\..\\escaped", "\\", "", "\\con*", "\\good"})
         list += entry(1, name, 0, size);
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << list;
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;

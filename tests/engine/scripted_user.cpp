@@ -55,7 +55,7 @@ std::u16string number(unsigned value)
     return text;
 }
 
-} // namespace
+}  // namespace
 
 std::vector<std::u16string> ScriptedUser::shownWith(const std::u16string& prefix) const
 {

@@ -10,15 +10,15 @@
 #include <vector>
 
 struct ScriptedUser {
-    std::u16string comment;          // typed into the backup dialogs
-    bool confirms = true;            // OK in the backup and restore dialogs
-    std::u16string choice;           // row taken in a chooser; empty: left without one
-    std::vector<int> answers;        // of message boxes, one each; then IDNO
-    std::function<void(const std::u16string&)> seesMessage; // called with each progress message
+    std::u16string comment;                                  // typed into the backup dialogs
+    bool confirms = true;                                    // OK in the backup and restore dialogs
+    std::u16string choice;                                   // row taken in a chooser; empty: left without one
+    std::vector<int> answers;                                // of message boxes, one each; then IDNO
+    std::function<void(const std::u16string&)> seesMessage;  // called with each progress message
 
-    std::vector<std::u16string> shown; // "box caption|text|type", "choose prompt|row|row", "open title|range|step",
-                                       // "message ...", "count ...", "step", "animate", "close"
-    bool notesCounts = false;          // counters come in great numbers
+    std::vector<std::u16string> shown;  // "box caption|text|type", "choose prompt|row|row", "open title|range|step",
+                                        // "message ...", "count ...", "step", "animate", "close"
+    bool notesCounts = false;           // counters come in great numbers
 
     [[nodiscard]] std::vector<std::u16string> shownWith(const std::u16string& prefix) const;
 };

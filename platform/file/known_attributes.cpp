@@ -1,0 +1,73 @@
+// known_attributes.cpp - see known_attributes.h
+#include "known_attributes.h"
+
+#include "attributes.h"
+
+#include <linux/magic.h>
+
+#include <algorithm>
+#include <atomic>
+#include <ctime>
+
+namespace platform::file {
+
+namespace {
+
+// More than the coarsest times that file systems keep.
+constexpr std::int64_t SettledSeconds = 3;
+
+// Their change times come from this machine's clock and follow each change of an attribute.
+constexpr std::array<std::uint64_t, 5> TimingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC,
+                                                            TMPFS_MAGIC, F2FS_SUPER_MAGIC};
+
+bool timesAreOurs(int folder, std::uint64_t device)
+{
+    // Files come device by device, so remembering one answer saves nearly every question.
+    static std::atomic<std::uint64_t> known = ~std::uint64_t{0};
+    if (known.load(std::memory_order_relaxed) == device)
+        return true;
+    const std::optional<std::uint64_t> kind = fileSystemKind(folder);
+    if (!kind || std::ranges::find(TimingFileSystems, *kind) == TimingFileSystems.end())
+        return false;
+    known.store(device, std::memory_order_relaxed);
+    return true;
+}
+
+}  // namespace
+
+KnownAttributes& KnownAttributes::instance()
+{
+    static KnownAttributes only;
+    return only;
+}
+
+std::optional<DWORD> KnownAttributes::find(const HostStatus& status)
+{
+    const std::lock_guard lock(mutex_);
+    const auto& chunk = chunks_[status.stx_ino / ChunkSlots % Chunks];
+    if (!chunk)
+        return std::nullopt;
+    const Slot& slot = (*chunk)[status.stx_ino % ChunkSlots];
+    const bool same = slot.inode == status.stx_ino && slot.inode != 0 && slot.device == deviceOf(status) &&
+                      slot.seconds == status.stx_ctime.tv_sec && slot.nanoseconds == status.stx_ctime.tv_nsec;
+    return same ? std::optional(slot.bits) : std::nullopt;
+}
+
+void KnownAttributes::note(const HostStatus& status, DWORD bits)
+{
+    const std::lock_guard lock(mutex_);
+    auto& chunk = chunks_[status.stx_ino / ChunkSlots % Chunks];
+    if (!chunk)
+        chunk = std::make_unique<Chunk>();
+    (*chunk)[status.stx_ino % ChunkSlots] = {deviceOf(status), status.stx_ino, status.stx_ctime.tv_sec,
+                                             status.stx_ctime.tv_nsec, bits};
+}
+
+bool KnownAttributes::isSettled(int folder, const HostStatus& status)
+{
+    timespec now = {};
+    return ::clock_gettime(CLOCK_REALTIME_COARSE, &now) == 0 &&
+           status.stx_ctime.tv_sec < now.tv_sec - SettledSeconds && timesAreOurs(folder, deviceOf(status));
+}
+
+}  // namespace platform::file

@@ -1,0 +1,51 @@
+// temporary_file.cpp - see temporary_file.h
+#include "temporary_file.h"
+
+#include "attributes.h"
+
+#include <utility>
+
+namespace platform::file {
+
+void TemporaryFile::noteDeleted(const HostPlace& place, ParentFolder parent)
+{
+    kept_ = Descriptor();
+    parent_ = std::move(parent);
+    place_ = place;
+}
+
+bool TemporaryFile::isAt(const HostPlace& place) const
+{
+    return parent_ && place.mount == place_.mount && place.path == place_.path;
+}
+
+void TemporaryFile::keep(const FileKey& key, Descriptor descriptor)
+{
+    key_ = key;
+    kept_ = std::move(descriptor);
+}
+
+void TemporaryFile::leaveFor(const HostPlace& place)
+{
+    if (kept_.isOpen() && !isAt(place))
+        kept_ = Descriptor();
+}
+
+std::optional<TemporaryFile::Found> TemporaryFile::find()
+{
+    if (!kept_.isOpen())
+        return std::nullopt;
+    Found found{parent_->number(), {}};
+    if (readStatus(found.folder, place_.name(), found.status) == 0 && isFile(found.status) &&
+        keyOf(found.status) == key_)
+        return found;
+    kept_ = Descriptor();
+    return std::nullopt;
+}
+
+void TemporaryFile::forget()
+{
+    *this = TemporaryFile();
+}
+
+}  // namespace platform::file
