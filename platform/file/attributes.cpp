@@ -106,4 +106,9 @@ std::uint64_t deviceOf(const HostStatus& status)
     return (std::uint64_t{status.stx_dev_major} << 32) | status.stx_dev_minor;
 }
 
+FileKey keyOf(const HostStatus& status)
+{
+    return {deviceOf(status), status.stx_ino};
+}
+
 }  // namespace platform::file

@@ -32,4 +32,14 @@ namespace platform::file {
 
 [[nodiscard]] std::uint64_t deviceOf(const HostStatus& status);
 
+// A file of the host, whatever its name.
+struct FileKey {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    bool operator==(const FileKey&) const = default;
+};
+
+[[nodiscard]] FileKey keyOf(const HostStatus& status);
+
 }  // namespace platform::file

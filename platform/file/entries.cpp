@@ -11,6 +11,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <utility>
 
 namespace platform::file {
 
@@ -30,6 +31,22 @@ DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result)
 {
     const DWORD error = platformError(result);
     return error == ERROR_FILE_NOT_FOUND && parent.number() < 0 && !place.isMount() ? ERROR_PATH_NOT_FOUND : error;
+}
+
+DWORD deleteFound(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
+{
+    constexpr DWORD KeepsOut =
+        FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
+    const DWORD stored = table.wasMadeHere(status) ? 0 : storedAttributes(folder, place.name(), status);
+    if ((attributesOf(status, stored, false) & KeepsOut) != 0)
+        return ERROR_ACCESS_DENIED;
+    if (table.isOpen(keyOf(status)))
+        return ERROR_SHARING_VIOLATION;
+    if (const int result = removeFile(folder, place.name()); result < 0)
+        return platformError(result);
+    if (status.stx_nlink == 1)
+        place.mount->giveBackRoom(status.stx_size);
+    return 0;
 }
 
 }  // namespace
@@ -90,24 +107,24 @@ DWORD deleteFileAt(const HostPlace& place)
         return ERROR_ACCESS_DENIED;
     if (place.endsInBackslash)
         return ERROR_INVALID_NAME;
-    const ParentFolder parent(place);
+    const auto table = OpenFiles::instance();
+    const auto lock = table->lock();
+    TemporaryFile& temporary = table->temporary();
+    if (temporary.isAt(place)) {
+        if (const auto found = temporary.find()) {
+            const DWORD error = deleteFound(place, found->folder, found->status, *table);
+            temporary.letGo();
+            return error;
+        }
+    }
+    ParentFolder parent(place);
     HostStatus status = {};
     if (const int result = statusAt(parent, place, status); result < 0)
         return errorAt(place, parent, result);
-    constexpr DWORD KeepsOut =
-        FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
-    const auto table = OpenFiles::instance();
-    const auto lock = table->lock();
-    const DWORD stored = table->wasMadeHere(status) ? 0 : storedAttributes(parent.number(), place.name(), status);
-    if ((attributesOf(status, stored, false) & KeepsOut) != 0)
-        return ERROR_ACCESS_DENIED;
-    if (table->isOpen(keyOf(status)))
-        return ERROR_SHARING_VIOLATION;
-    if (const int result = removeFile(parent.number(), place.name()); result < 0)
-        return platformError(result);
-    if (status.stx_nlink == 1)
-        place.mount->giveBackRoom(status.stx_size);
-    return 0;
+    const DWORD error = deleteFound(place, parent.number(), status, *table);
+    if (error == 0 && table->wasMadeHere(status))
+        temporary.noteDeleted(place, std::move(parent));
+    return error;
 }
 
 DWORD missingError(const HostPlace& place)

@@ -66,8 +66,8 @@ void KnownAttributes::note(const HostStatus& status, DWORD bits)
 bool KnownAttributes::isSettled(int folder, const HostStatus& status)
 {
     timespec now = {};
-    return ::clock_gettime(CLOCK_REALTIME_COARSE, &now) == 0 &&
-           status.stx_ctime.tv_sec < now.tv_sec - SettledSeconds && timesAreOurs(folder, deviceOf(status));
+    return ::clock_gettime(CLOCK_REALTIME_COARSE, &now) == 0 && status.stx_ctime.tv_sec < now.tv_sec - SettledSeconds &&
+           timesAreOurs(folder, deviceOf(status));
 }
 
 }  // namespace platform::file

@@ -7,6 +7,7 @@
 #include "host_name.h"
 #include "mounted_folder.h"
 #include "open_file.h"
+#include "open_files.h"
 
 #include <fcntl.h>
 
@@ -93,6 +94,7 @@ void removeAllMounts()
     kernel::removeHandlesIf([](const kernel::Object& object) {
         return typeid(object) == typeid(OpenFile) || typeid(object) == typeid(FolderSearch);
     });
+    OpenFiles::instance()->forgetTemporary();
     mounts() = {};
 }
 

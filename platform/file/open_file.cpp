@@ -16,15 +16,17 @@ constexpr auto MostBytes = static_cast<std::uint64_t>(std::numeric_limits<std::i
 }
 
 OpenFile::OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const FileKey& key,
-                   const Sharing& sharing, Descriptor descriptor, HostPlace place)
+                   const Sharing& sharing, Descriptor descriptor, HostPlace place, bool temporary)
     : table_(std::move(table)), file_(std::move(file)), key_(key), sharing_(sharing),
-      descriptor_(std::move(descriptor)), hostPlace_(std::move(place))
+      descriptor_(std::move(descriptor)), hostPlace_(std::move(place)), temporary_(temporary)
 {
 }
 
 OpenFile::~OpenFile()
 {
-    (void)close();               // again, if a call on another thread outlived CloseHandle and gathered more
+    (void)close();  // again, if a call on another thread outlived CloseHandle and gathered more
+    if (temporary_)
+        table_->keepTemporary(hostPlace_, key_, std::move(descriptor_));
     descriptor_ = Descriptor();  // first: out of the table it would look like another process's
     table_->leave(key_, sharing_);
 }
@@ -144,7 +146,8 @@ DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
             return error;
     }
     const bool leadingPoint = *hostPlace_.name() == '.';
-    information.dwFileAttributes = attributesOf(status, storedAttributes(descriptor_.number(), "", status), leadingPoint);
+    information.dwFileAttributes =
+        attributesOf(status, storedAttributes(descriptor_.number(), "", status), leadingPoint);
     information.ftCreationTime = creationTime(status);
     information.ftLastAccessTime = fileTime(status.stx_atime);
     information.ftLastWriteTime = fileTime(status.stx_mtime);

@@ -19,9 +19,10 @@ namespace platform::file {
 // Any thread may use it; one call at a time per file.
 class OpenFile final : public kernel::Object {
 public:
-    // `file` was entered into `table` under `key` and `sharing`; the destructor takes it out.
+    // `file` was entered into `table` under `key` and `sharing`; the destructor takes it out. The descriptor of a
+    // temporary file isn't closed then but kept (temporary_file.h).
     OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const FileKey& key,
-             const Sharing& sharing, Descriptor descriptor, HostPlace place);
+             const Sharing& sharing, Descriptor descriptor, HostPlace place, bool temporary);
     ~OpenFile() override;
 
     [[nodiscard]] DWORD close() override;
@@ -57,6 +58,7 @@ private:
     const Sharing sharing_;
     Descriptor descriptor_;
     const HostPlace hostPlace_;
+    const bool temporary_;
 
     // Guarded by the file's lock.
     std::uint64_t place_ = 0;

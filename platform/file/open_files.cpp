@@ -1,18 +1,12 @@
 // open_files.cpp - see open_files.h
 #include "open_files.h"
 
-#include "attributes.h"
-
 #include "ce/file.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace platform::file {
-
-FileKey keyOf(const HostStatus& status)
-{
-    return {deviceOf(status), status.stx_ino};
-}
 
 std::shared_ptr<OpenFiles> OpenFiles::instance()
 {
@@ -51,6 +45,18 @@ void OpenFiles::noteMade(const HostStatus& status)
 bool OpenFiles::wasMadeHere(const HostStatus& status) const
 {
     return std::ranges::find(made_, MadeFile{keyOf(status), objectId(status)}) != made_.end();
+}
+
+void OpenFiles::keepTemporary(const HostPlace& place, const FileKey& key, Descriptor descriptor)
+{
+    const std::lock_guard lock(mutex_);
+    temporary_.keep(place, key, std::move(descriptor));
+}
+
+void OpenFiles::forgetTemporary()
+{
+    const std::lock_guard lock(mutex_);
+    temporary_.forget();
 }
 
 void OpenFiles::leave(const FileKey& key, const Sharing& sharing)

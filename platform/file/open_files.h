@@ -2,8 +2,10 @@
 // whoever needs it together with a file's own lock takes the table's first.
 #pragma once
 
+#include "attributes.h"
 #include "host_calls.h"
 #include "shared_file.h"
+#include "temporary_file.h"
 
 #include "ce/types.h"
 
@@ -23,16 +25,6 @@ struct Sharing {
     DWORD access = 0;
     DWORD share = 0;
 };
-
-// A file of the host, whatever its name.
-struct FileKey {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-
-    bool operator==(const FileKey&) const = default;
-};
-
-[[nodiscard]] FileKey keyOf(const HostStatus& status);
 
 class OpenFiles {
 public:
@@ -54,7 +46,12 @@ public:
     void noteMade(const HostStatus& status);
     [[nodiscard]] bool wasMadeHere(const HostStatus& status) const;
 
+    // Needs the lock.
+    [[nodiscard]] TemporaryFile& temporary() { return temporary_; }
+
     // These take it.
+    void keepTemporary(const HostPlace& place, const FileKey& key, Descriptor descriptor);
+    void forgetTemporary();
     void leave(const FileKey& key, const Sharing& sharing);
 
     // The length of a file that is open for writing here, where the host may not know of the last bytes.
@@ -95,6 +92,7 @@ private:
 
     std::array<MadeFile, 8> made_;
     std::size_t nextMade_ = 0;
+    TemporaryFile temporary_;
 };
 
 }  // namespace platform::file

@@ -25,6 +25,7 @@ struct Request {
     Descriptor descriptor;
     HostStatus status = {};
     bool existed = false;
+    bool temporary = false;  // a new file is opened for reading too, and the descriptor kept when the handle is closed
 
     [[nodiscard]] bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
     [[nodiscard]] bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
@@ -33,11 +34,25 @@ struct Request {
 
 int openFlags(const Request& request, bool isNew)
 {
-    const bool reads = (request.sharing.access & GENERIC_READ) != 0;
+    const bool reads = (isNew && request.temporary) || (request.sharing.access & GENERIC_READ) != 0;
     if (isNew ? (request.sharing.access & GENERIC_WRITE) != 0 : request.writes())
         return reads ? O_RDWR : O_WRONLY;
     // A query needs no more than the entry, and a descriptor of that kind is no use of the file.
     return reads || isNew ? O_RDONLY : O_PATH;
+}
+
+// By the descriptor that was kept of it, if the path still stands for the file.
+bool openTemporary(Request& request, TemporaryFile& temporary)
+{
+    if (request.creation != OPEN_EXISTING || request.sharing.access != GENERIC_READ || !temporary.isAt(request.place))
+        return false;
+    const auto found = temporary.find();
+    if (!found)
+        return false;
+    request.status = found->status;
+    request.descriptor = temporary.take();
+    request.existed = request.temporary = true;
+    return true;
 }
 
 int openNew(Request& request)
@@ -102,7 +117,8 @@ DWORD kindError(const Request& request, const OpenFiles& table)
     if (!isFile(request.status))
         return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
     // A file that was made here a moment ago has no attributes of its own yet.
-    const DWORD stored = table.wasMadeHere(request.status) ? 0 : storedAttributes(request.descriptor.number(), "", request.status);
+    const DWORD stored =
+        table.wasMadeHere(request.status) ? 0 : storedAttributes(request.descriptor.number(), "", request.status);
     const DWORD attributes = attributesOf(request.status, stored, false);
     if ((attributes & FILE_ATTRIBUTE_ROMMODULE) != 0)
         return ERROR_ACCESS_DENIED;
@@ -118,7 +134,7 @@ DWORD sharingError(const Request& request, const OpenFiles& table, const FileKey
     if (table.conflicts(key, effective))
         return ERROR_SHARING_VIOLATION;
     // Our own further descriptors would look like another process's.
-    if (effective.access != 0 && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
+    if (effective.access != 0 && !request.temporary && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
         isUsedElsewhere(request.descriptor.number(), effective, key.device))
         return ERROR_SHARING_VIOLATION;
     return ERROR_SUCCESS;
@@ -152,12 +168,17 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
         return {*error, false, nullptr};
     const std::shared_ptr<OpenFiles> table = OpenFiles::instance();
     auto lock = table->lock();
-    Request request{place, sharing, creation, Descriptor(), {}, false};  // closes before the lock goes
+    Request request{place, sharing, creation, Descriptor(), {}, false, false};  // closes before the lock goes
 
-    if (const int result = openEither(request); result < 0)
-        return {openError(request, result), false, nullptr};
-    if (const int result = readStatus(request.descriptor.number(), "", request.status); result < 0)
-        return {platformError(result), false, nullptr};
+    if (!openTemporary(request, table->temporary())) {
+        table->temporary().letGo();
+        request.temporary = request.makes() && table->temporary().isAt(place);
+        if (const int result = openEither(request); result < 0)
+            return {openError(request, result), false, nullptr};
+        if (const int result = readStatus(request.descriptor.number(), "", request.status); result < 0)
+            return {platformError(result), false, nullptr};
+        request.temporary = request.temporary && !request.existed;
+    }
     if (request.existed) {
         if (const DWORD error = checkExisting(request, *table); error != 0)
             return {error, true, nullptr};
@@ -168,7 +189,8 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
         table->noteMade(request.status);
     const auto shared = table->enter(key, sharing, place.mount, request.status.stx_size);
     const int descriptor = request.descriptor.number();
-    auto file = std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), place);
+    auto file = std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), place,
+                                           request.temporary);
     if (request.existed && request.truncates()) {
         std::unique_lock fileLock(shared->mutex());
         const DWORD error = shared->endAt(descriptor, 0);

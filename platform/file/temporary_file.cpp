@@ -1,15 +1,13 @@
 // temporary_file.cpp - see temporary_file.h
 #include "temporary_file.h"
 
-#include "attributes.h"
-
 #include <utility>
 
 namespace platform::file {
 
 void TemporaryFile::noteDeleted(const HostPlace& place, ParentFolder parent)
 {
-    kept_ = Descriptor();
+    letGo();
     parent_ = std::move(parent);
     place_ = place;
 }
@@ -19,16 +17,12 @@ bool TemporaryFile::isAt(const HostPlace& place) const
     return parent_ && place.mount == place_.mount && place.path == place_.path;
 }
 
-void TemporaryFile::keep(const FileKey& key, Descriptor descriptor)
+void TemporaryFile::keep(const HostPlace& place, const FileKey& key, Descriptor descriptor)
 {
+    if (!isAt(place))
+        return;
     key_ = key;
     kept_ = std::move(descriptor);
-}
-
-void TemporaryFile::leaveFor(const HostPlace& place)
-{
-    if (kept_.isOpen() && !isAt(place))
-        kept_ = Descriptor();
 }
 
 std::optional<TemporaryFile::Found> TemporaryFile::find()
@@ -39,7 +33,7 @@ std::optional<TemporaryFile::Found> TemporaryFile::find()
     if (readStatus(found.folder, place_.name(), found.status) == 0 && isFile(found.status) &&
         keyOf(found.status) == key_)
         return found;
-    kept_ = Descriptor();
+    letGo();
     return std::nullopt;
 }
 
