@@ -16,10 +16,10 @@ import shutil
 import statistics
 import subprocess
 import sys
-import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 QUILLBOX = ROOT / "build/bin/quillbox"
+LAUNCHER = ROOT / "build/bin/quillbox-bench-launcher"
 DOCUMENT_FOLDERS = ["/usr/share/doc", "/usr/include", "/usr/share/man", "/usr/share/perl", "/usr/lib/python3", "/usr/share"]
 DOCUMENT_BYTES = 200_000_000
 
@@ -128,18 +128,15 @@ class Run:
     """Wall and processor seconds of one command, and its largest resident memory in kilobytes."""
 
     def __init__(self, command, stdin=None):
-        start = time.perf_counter()
-        process = subprocess.Popen(command, stdin=subprocess.PIPE if stdin else None)
-        if stdin:
-            process.stdin.write(stdin.encode())
-            process.stdin.close()
-        _, status, usage = os.wait4(process.pid, 0)
-        self.wall = time.perf_counter() - start
-        process.returncode = os.waitstatus_to_exitcode(status)
-        if process.returncode != 0:
+        # By a small launcher: the largest memory of this interpreter would be inherited.
+        reader, writer = os.pipe()
+        process = subprocess.run([LAUNCHER, str(writer), *command], input=stdin, text=True, pass_fds=[writer])
+        os.close(writer)
+        with os.fdopen(reader) as report:
+            figures = report.read().split()
+        if process.returncode != 0 or len(figures) != 3:
             sys.exit(f"bench: failed: {command}")
-        self.cpu = usage.ru_utime + usage.ru_stime
-        self.memory = usage.ru_maxrss
+        self.wall, self.cpu, self.memory = float(figures[0]), float(figures[1]), int(figures[2])
 
 
 def empty(folder):
@@ -256,7 +253,7 @@ def main():
     parser.add_argument("--folder", type=pathlib.Path, default=pathlib.Path(f"/dev/shm/quillbox-bench-{os.getpid()}"))
     parser.add_argument("--keep", action="store_true")
     arguments = parser.parse_args()
-    if not QUILLBOX.exists() or not shutil.which("lzop"):
+    if not QUILLBOX.exists() or not LAUNCHER.exists() or not shutil.which("lzop"):
         sys.exit("bench: build first (./run --version) and have lzop installed (./check does)")
     results, missed = {}, 0
     arguments.folder.mkdir(parents=True)

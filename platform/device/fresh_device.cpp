@@ -2,6 +2,7 @@
 #include "fresh_device.h"
 
 #include "demonstration.h"
+#include "demonstration_databases.h"
 #include "descriptor.h"
 #include "refusal.h"
 
@@ -99,11 +100,11 @@ void makeDevice(const fs::path& folder, bool demonstration)
             throw Refusal(sentence);
         // Here alone: the whole device is flushed before it counts.
         (void)database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
-        const bool filled = fillDemonstrationRegistry();
+        const bool filled = fillDemonstrationRegistry() && fillDemonstrationDatabases();
         store::closeStore();
         registry::closeRegistry();
         if (!filled)
-            throw Refusal("The registry of the new device " + quoted(folder) + " can't be written.");
+            throw Refusal("The registry and databases of the new device " + quoted(folder) + " can't be written.");
     }
     flush(folder);
     for (const char* part : {"cards", "device.db", "object-store"})

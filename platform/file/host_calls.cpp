@@ -186,14 +186,14 @@ ssize_t readEntries(int folder, std::span<std::byte> entries)
     return unlessInterrupted([&] { return ::syscall(SYS_getdents64, folder, entries.data(), entries.size()); });
 }
 
-std::optional<std::uint64_t> fileSystemKind(int file)
+std::optional<FileSystem> readFileSystem(int file)
 {
     if (passGate() != 0)
         return std::nullopt;
     struct statfs status = {};
     if (unlessInterrupted([&] { return ::fstatfs(file, &status); }) != 0)
         return std::nullopt;
-    return static_cast<std::uint32_t>(status.f_type);
+    return FileSystem{static_cast<std::uint32_t>(status.f_type), static_cast<std::uint64_t>(status.f_bsize)};
 }
 
 int setLease(int file, int type)

@@ -66,8 +66,13 @@ using HostStatus = struct statx;
 // As getdents64: bytes of entries, 0 at the end.
 [[nodiscard]] ssize_t readEntries(int folder, std::span<std::byte> entries);
 
-// The magic number of the file system that holds the file; nothing if the host doesn't tell.
-[[nodiscard]] std::optional<std::uint64_t> fileSystemKind(int file);
+struct FileSystem {
+    std::uint64_t kind = 0;  // its magic number
+    std::uint64_t blockBytes = 0;
+};
+
+// The file system that holds the file; nothing if the host doesn't tell. fileSystemOf asks less often.
+[[nodiscard]] std::optional<FileSystem> readFileSystem(int file);
 
 // Takes or drops a lease (F_RDLCK, F_WRLCK, F_UNLCK).
 [[nodiscard]] int setLease(int file, int type);

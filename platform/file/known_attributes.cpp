@@ -2,11 +2,11 @@
 #include "known_attributes.h"
 
 #include "attributes.h"
+#include "file_system.h"
 
 #include <linux/magic.h>
 
 #include <algorithm>
-#include <atomic>
 #include <ctime>
 
 namespace platform::file {
@@ -22,15 +22,8 @@ constexpr std::array<std::uint64_t, 5> TimingFileSystems = {EXT4_SUPER_MAGIC, XF
 
 bool timesAreOurs(int folder, std::uint64_t device)
 {
-    // Files come device by device, so remembering one answer saves nearly every question.
-    static std::atomic<std::uint64_t> known = ~std::uint64_t{0};
-    if (known.load(std::memory_order_relaxed) == device)
-        return true;
-    const std::optional<std::uint64_t> kind = fileSystemKind(folder);
-    if (!kind || std::ranges::find(TimingFileSystems, *kind) == TimingFileSystems.end())
-        return false;
-    known.store(device, std::memory_order_relaxed);
-    return true;
+    const std::optional<FileSystem> system = fileSystemOf(folder, device);
+    return system && std::ranges::find(TimingFileSystems, system->kind) != TimingFileSystems.end();
 }
 
 }  // namespace

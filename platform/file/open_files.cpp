@@ -31,7 +31,7 @@ std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& 
 {
     Entry& entry = files_[key];
     if (!entry.file)
-        entry.file = std::make_shared<SharedFile>(mount, size);
+        entry.file = std::make_shared<SharedFile>(mount, key.device, size);
     entry.count(sharing, 1);
     return entry.file;
 }
@@ -72,7 +72,7 @@ void OpenFiles::leave(const FileKey& key, const Sharing& sharing)
 
 std::optional<std::uint64_t> OpenFiles::sizeOfWritten(const FileKey& key)
 {
-    if (!SharedFile::anyReserves())
+    if (!SharedFile::anyGathers())
         return std::nullopt;
     const std::lock_guard lock(mutex_);
     const auto found = files_.find(key);

@@ -13,9 +13,12 @@ namespace {
 
 constexpr std::size_t BufferBytes = 65536;
 
-// The first read of a file, or after a jump: more would be wasted on small files and scattered reads. Reads
-// that follow one another double it.
+// The first read of a file, or after a jump: more would be wasted on scattered reads. Reads that follow one another
+// double it.
 constexpr std::size_t FirstFill = 4096;
+
+// A file shorter than this is read as a whole.
+constexpr std::uint64_t WholeBelow = BufferBytes / 2;
 
 // From here on a read goes straight to the caller's buffer.
 constexpr std::size_t StraightBytes = BufferBytes / 2;
@@ -33,7 +36,7 @@ ReadResult ReadAhead::read(int file, std::uint64_t place, std::span<std::byte> o
         const std::uint64_t at = place + result.bytes;
         if (endIsFirm && at == endSeenAt_)
             break;
-        const Fetched fetched = fetch(file, at, out.subspan(result.bytes));
+        const Fetched fetched = fetch(file, at, out.subspan(result.bytes), knownSize);
         if (fetched.error != 0) {
             result.error = platformError(fetched.error);
             break;
@@ -63,10 +66,10 @@ std::size_t ReadAhead::takeBuffered(std::uint64_t place, std::span<std::byte> ou
     return taken;
 }
 
-ReadAhead::Fetched ReadAhead::fetch(int file, std::uint64_t place, std::span<std::byte> out)
+ReadAhead::Fetched ReadAhead::fetch(int file, std::uint64_t place, std::span<std::byte> out, std::uint64_t knownSize)
 {
     if (out.size() < StraightBytes) {
-        const long came = fill(file, place);
+        const long came = fill(file, place, knownSize);
         if (came >= 0)
             return {static_cast<std::size_t>(came), nextFill_, takeBuffered(place, out), 0};
         // A fault further on must not cost the bytes before it: ask for no more than the caller does.
@@ -76,12 +79,15 @@ ReadAhead::Fetched ReadAhead::fetch(int file, std::uint64_t place, std::span<std
     return {bytes, out.size(), bytes, came < 0 ? came : 0};
 }
 
-long ReadAhead::fill(int file, std::uint64_t place)
+long ReadAhead::fill(int file, std::uint64_t place, std::uint64_t knownSize)
 {
     if (!buffer_)
         buffer_ = std::make_unique_for_overwrite<std::byte[]>(BufferBytes);
     const bool follows = filled_ != 0 && place == start_ + filled_;
     nextFill_ = follows ? std::min(nextFill_ * 2, BufferBytes) : FirstFill;
+    // One byte more than there is: a read that comes back short has seen the end.
+    if (place == 0 && knownSize < WholeBelow)
+        nextFill_ = std::max(nextFill_, static_cast<std::size_t>(knownSize) + 1);
     start_ = place;
     filled_ = 0;
     const long came = readAt(file, {buffer_.get(), nextFill_}, place);

@@ -34,8 +34,8 @@ private:
     };
 
     [[nodiscard]] std::size_t takeBuffered(std::uint64_t place, std::span<std::byte> out) const;
-    [[nodiscard]] Fetched fetch(int file, std::uint64_t place, std::span<std::byte> out);
-    [[nodiscard]] long fill(int file, std::uint64_t place);
+    [[nodiscard]] Fetched fetch(int file, std::uint64_t place, std::span<std::byte> out, std::uint64_t knownSize);
+    [[nodiscard]] long fill(int file, std::uint64_t place, std::uint64_t knownSize);
 
     std::unique_ptr<std::byte[]> buffer_;
     std::uint64_t start_ = 0;  // place of the first byte in the buffer

@@ -1,6 +1,7 @@
 // shared_file.cpp - gathering writes, and the card's capacity.
 #include "shared_file.h"
 
+#include "file_system.h"
 #include "host_error.h"
 
 #include "ce/error.h"
@@ -23,23 +24,32 @@ constexpr std::size_t GatherBytes = 65536;
 // A longer write gains nothing from being copied first.
 constexpr std::size_t GatheredPiece = 8192;
 
-// Up to here each write goes straight to the host: reserving would cost a small file more than it saves.
-constexpr std::uint64_t GatherFrom = 32768;
+// Up to here each write goes straight to the host: so few bytes may lie in the inode, and have no block yet.
+constexpr std::uint64_t GatherFrom = 1024;
+
+// Up to here only the last block is filled: reserving would cost a small file more than it saves.
+constexpr std::uint64_t ReserveFrom = 32768;
 
 // The reserve grows with the file, so that what has to be given back stays in proportion.
 constexpr std::uint64_t ReserveLeast = 131072;
 constexpr std::uint64_t ReserveMost = 4194304;
 
-// Where reserved room is really there for the writes to come, and is freed by cutting the file to its own
-// size. ZFS only checks that there is room, btrfs keeps what was reserved.
+// Where a block that was written takes further bytes without asking for room again, where reserved room is really
+// there for the writes to come, and is freed by cutting the file to its own size. btrfs writes each block anew and
+// keeps what was reserved, ZFS only checks that there is room.
 constexpr std::array<std::uint64_t, 3> ReservingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, TMPFS_MAGIC};
 
 std::atomic<int> reserves = 0;
+std::atomic<int> gatherers = 0;
 
-bool hostKeepsReserves(int file)
+// The block size of a host that keeps room as told above.
+std::optional<std::uint64_t> blocksOf(int file, std::uint64_t device)
 {
-    const std::optional<std::uint64_t> kind = fileSystemKind(file);
-    return kind && std::ranges::find(ReservingFileSystems, *kind) != ReservingFileSystems.end();
+    const std::optional<FileSystem> system = fileSystemOf(file, device);
+    if (!system || system->blockBytes == 0 ||
+        std::ranges::find(ReservingFileSystems, system->kind) == ReservingFileSystems.end())
+        return std::nullopt;
+    return system->blockBytes;
 }
 
 iovec vectorOf(std::span<const std::byte> bytes)
@@ -76,7 +86,8 @@ HostWrite writeBoth(int descriptor, std::uint64_t place, std::span<const std::by
 
 }  // namespace
 
-SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t size) : mount_(std::move(mount)), size_(size)
+SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t device, std::uint64_t size)
+    : mount_(std::move(mount)), device_(device), size_(size)
 {
 }
 
@@ -117,6 +128,7 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     }
     mount_->giveBackRoom(size_ > size ? size_ - size : 0);
     size_ = size;
+    writtenTo_ = 0;  // the end may lie in a hole now
     ++version_;
     return 0;
 }
@@ -127,6 +139,8 @@ DWORD SharedFile::writeOut()
         return lost_;
     const std::uint64_t place = size_ - gathered_;
     const HostWrite done = writeBoth(gatherer_, place, {gather_.get(), gathered_}, {});
+    if (done.bytes != 0)
+        writtenTo_ = place + done.bytes;
     if (done.error != 0) {
         lost_ = platformError(done.error);
         mount_->giveBackRoom(gathered_ - done.bytes);
@@ -148,6 +162,8 @@ DWORD SharedFile::release()
         reservedTo_ = 0;
         --reserves;
     }
+    if (gatherer_ != -1)
+        --gatherers;
     gatherer_ = -1;
     return error;
 }
@@ -155,6 +171,11 @@ DWORD SharedFile::release()
 bool SharedFile::anyReserves()
 {
     return reserves.load() != 0;
+}
+
+bool SharedFile::anyGathers()
+{
+    return gatherers.load() != 0;
 }
 
 Written SharedFile::put(int descriptor, std::uint64_t place, std::span<const std::byte> bytes)
@@ -182,6 +203,8 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t place, std::span<c
     }
     const std::size_t before = gathered_;
     const HostWrite done = writeBoth(descriptor, place - before, {gather_.get(), before}, bytes);
+    if (done.bytes != 0)
+        writtenTo_ = place - before + done.bytes;
     if (done.bytes < before) {
         lost_ = platformError(done.error);
         mount_->giveBackRoom(before - done.bytes);
@@ -200,13 +223,36 @@ bool SharedFile::canGather(int descriptor, std::uint64_t place, std::size_t byte
         return false;
     if (gatherer_ != -1 && gatherer_ != descriptor)
         return false;
-    return place + bytes <= reservedTo_ || makeReserve(descriptor, place + bytes);
+    const std::uint64_t end = place + bytes;
+    const bool roomIsThere =
+        end <= reservedTo_ || (place < ReserveFrom ? fitsLastBlock(descriptor, end) : makeReserve(descriptor, end));
+    if (roomIsThere)
+        startGathering(descriptor);
+    return roomIsThere;
+}
+
+void SharedFile::startGathering(int descriptor)
+{
+    if (gatherer_ == -1)
+        ++gatherers;
+    gatherer_ = descriptor;
+    if (!gather_)
+        gather_ = std::make_unique_for_overwrite<std::byte[]>(GatherBytes);
+}
+
+bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
+{
+    const std::uint64_t hostEnd = size_ - gathered_;
+    if (writtenTo_ != hostEnd)
+        return false;
+    const std::optional<std::uint64_t> block = blocksOf(descriptor, device_);
+    return block && hostEnd % *block != 0 && (end - 1) / *block == hostEnd / *block;
 }
 
 bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
 {
     if (reservedTo_ == 0 && !reservesNothing_)
-        reservesNothing_ = !hostKeepsReserves(descriptor);
+        reservesNothing_ = !blocksOf(descriptor, device_);
     if (reservesNothing_)
         return false;
     const std::uint64_t hostEnd = size_ - gathered_;
@@ -219,13 +265,9 @@ bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
     // A host that became full on the way may have reserved a part: that has to be given back too.
     if (reservedTo_ == 0)
         ++reserves;
-    gatherer_ = descriptor;
+    startGathering(descriptor);
     reservedTo_ = result < 0 ? from : end + step;
-    if (result < 0)
-        return false;
-    if (!gather_)
-        gather_ = std::make_unique_for_overwrite<std::byte[]>(GatherBytes);
-    return true;
+    return result == 0;
 }
 
 }  // namespace platform::file

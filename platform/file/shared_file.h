@@ -1,9 +1,9 @@
 // shared_file.h - one file of the host that is open here, shared by all handles that stand for it: how long
 // it is, who may use it, and the writes that are gathered for it.
 //
-// Small writes at the end are gathered and handed to the host together, but only in room that the host has
-// reserved, so that a write that was reported as done can't fail for lack of room later. Where the host
-// can't reserve, and in small files, each write goes straight through.
+// Small writes at the end are gathered and handed to the host together, but only in room that the host has already
+// given: in a small file the rest of its last block, in a larger one what the host was asked to reserve. So a write
+// that was reported as done can't fail for lack of room later. On other hosts each write goes straight through.
 #pragma once
 
 #include "mounted_folder.h"
@@ -26,7 +26,8 @@ struct Written {
 
 class SharedFile {
 public:
-    SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t size);
+    // `device` is the number of the host's device that holds the file.
+    SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t device, std::uint64_t size);
 
     // The file's lock. The functions below need it; it also guards what its handles hold.
     [[nodiscard]] std::mutex& mutex() { return mutex_; }
@@ -61,21 +62,28 @@ public:
     // Has any file reserved room behind its end? Taking it back may make room on a full host.
     [[nodiscard]] static bool anyReserves();
 
+    // Is any file gathering, so that the host may not know of its last bytes?
+    [[nodiscard]] static bool anyGathers();
+
 private:
     [[nodiscard]] Written put(int descriptor, std::uint64_t place, std::span<const std::byte> bytes);
     [[nodiscard]] Written putStraight(int descriptor, std::uint64_t place, std::span<const std::byte> bytes);
     [[nodiscard]] bool canGather(int descriptor, std::uint64_t place, std::size_t bytes);
+    [[nodiscard]] bool fitsLastBlock(int descriptor, std::uint64_t end) const;
     [[nodiscard]] bool makeReserve(int descriptor, std::uint64_t end);
+    void startGathering(int descriptor);
 
     std::mutex mutex_;
     std::shared_ptr<MountedFolder> mount_;
+    const std::uint64_t device_;
     std::uint64_t size_;
+    std::uint64_t writtenTo_ = 0;  // the host has a block for the byte before; 0: not known
     std::uint64_t version_ = 0;
     DWORD lost_ = 0;  // the error that cost gathered bytes
 
     std::unique_ptr<std::byte[]> gather_;
     std::size_t gathered_ = 0;      // bytes; they end at size_
-    int gatherer_ = -1;             // the descriptor that reserves and gathers
+    int gatherer_ = -1;             // the descriptor that gathers
     std::uint64_t reservedTo_ = 0;  // end of the room that is reserved; 0: none
     bool reservesNothing_ = false;  // the host refused once
 };

@@ -1,6 +1,7 @@
 // use_elsewhere.cpp - see use_elsewhere.h
 #include "use_elsewhere.h"
 
+#include "file_system.h"
 #include "host_calls.h"
 
 #include "ce/file.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <optional>
 
@@ -25,15 +25,8 @@ constexpr std::array<std::uint64_t, 11> NetworkFileSystems = {
 
 bool leasesCanBeTrusted(int file, std::uint64_t device)
 {
-    // Files come device by device, so remembering one answer saves nearly every question.
-    static std::atomic<std::uint64_t> trustedDevice = ~std::uint64_t{0};
-    if (trustedDevice.load(std::memory_order_relaxed) == device)
-        return true;
-    const std::optional<std::uint64_t> kind = fileSystemKind(file);
-    if (!kind || std::ranges::find(NetworkFileSystems, *kind) != NetworkFileSystems.end())
-        return false;
-    trustedDevice.store(device, std::memory_order_relaxed);
-    return true;
+    const std::optional<FileSystem> system = fileSystemOf(file, device);
+    return system && std::ranges::find(NetworkFileSystems, system->kind) == NetworkFileSystems.end();
 }
 
 // The lease that nobody gets while another process is in the way; nothing where there is none.

@@ -3,6 +3,7 @@
 
 #include "device_database.h"
 #include "open_key.h"
+#include "registry_names.h"
 #include "registry_rows.h"
 
 #include <cstring>
@@ -18,11 +19,10 @@ using platform::database::Statement;
 using platform::database::Step;
 using platform::database::Transaction;
 using platform::registry::FoundKey;
+using platform::registry::isText;
+using platform::registry::LevelLimit;
+using platform::registry::NameLimit;
 using platform::registry::OpenKey;
-
-// The platform's limits, of a key's or value's name and of a key's place below its predefined one.
-constexpr std::size_t NameLimit = 255;
-constexpr int LevelLimit = 16;
 
 // Where a key stands: its row and its level below the predefined key.
 struct KeyPlace {
@@ -60,19 +60,6 @@ std::optional<KeyPlace> placeOf(HKEY key)
     if (const auto open = platform::kernel::findHandle<OpenKey>(key))
         return KeyPlace{open->row(), open->level()};
     return std::nullopt;
-}
-
-// Names are stored as Unicode text, in which no half of a character stands alone.
-bool isText(std::u16string_view name)
-{
-    for (std::size_t at = 0; at < name.size(); ++at) {
-        const bool high = (name[at] & 0xFC00) == 0xD800;
-        const bool pair = high && at + 1 < name.size() && (name[at + 1] & 0xFC00) == 0xDC00;
-        if ((name[at] & 0xF800) == 0xD800 && !pair)
-            return false;
-        at += pair ? 1 : 0;
-    }
-    return true;
 }
 
 // The names of the levels that lie between `level` and the key; nothing if the path is no good.
@@ -169,7 +156,8 @@ LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, con
     if (!place)
         return error(ERROR_INVALID_HANDLE);
     const std::u16string_view valued = valueName(name);
-    if (reserved != 0 || valued.size() > NameLimit || !isText(valued) || (data == nullptr && bytes > 0))
+    if (reserved != 0 || valued.size() > NameLimit || !isText(valued) || (data == nullptr && bytes > 0) ||
+        bytes > platform::registry::ValueBytesLimit)
         return error(ERROR_INVALID_PARAMETER);
 
     const DatabaseUse database;

@@ -57,4 +57,24 @@ Step writeValue(Connection& connection, std::int64_t key, std::u16string_view na
     return write.bind(key, name, sought, type, data).step();
 }
 
+Statement keysBelow(Connection& connection, std::int64_t parent)
+{
+    Statement keys = connection.prepare("SELECT id, name FROM registry_key WHERE parent = ? ORDER BY folded");
+    keys.bind(parent);
+    return keys;
+}
+
+Statement valuesOf(Connection& connection, std::int64_t key)
+{
+    Statement values = connection.prepare("SELECT name, type, data FROM registry_value WHERE key = ? ORDER BY folded");
+    values.bind(key);
+    return values;
+}
+
+Step removeEverything(Connection& connection)
+{
+    const Step values = connection.execute("DELETE FROM registry_value");
+    return values == Step::Done ? connection.execute("DELETE FROM registry_key WHERE parent IS NOT NULL") : values;
+}
+
 }  // namespace platform::registry

@@ -11,12 +11,6 @@
 
 namespace platform::registry {
 
-// Row numbers of the predefined keys.
-inline constexpr std::int64_t ClassesRootRow = 1;
-inline constexpr std::int64_t CurrentUserRow = 2;
-inline constexpr std::int64_t LocalMachineRow = 3;
-inline constexpr std::int64_t UsersRow = 4;
-
 struct FoundKey {
     std::int64_t row = 0;
     bool made = false;
@@ -32,5 +26,14 @@ struct FoundKey {
 // Sets or replaces a value. Done, or what failed.
 [[nodiscard]] database::Step writeValue(database::Connection& connection, std::int64_t key, std::u16string_view name,
                                         DWORD type, std::span<const std::byte> data);
+
+// Rows of number and name: the keys right below `parent`. Ordered by name without case, as the next one.
+[[nodiscard]] database::Statement keysBelow(database::Connection& connection, std::int64_t parent);
+
+// Rows of name, type and data: the values of a key, the default one first.
+[[nodiscard]] database::Statement valuesOf(database::Connection& connection, std::int64_t key);
+
+// Takes away all keys but the predefined ones, and all values. Done, or what failed.
+[[nodiscard]] database::Step removeEverything(database::Connection& connection);
 
 }  // namespace platform::registry

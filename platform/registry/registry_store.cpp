@@ -2,19 +2,34 @@
 #include "registry_store.h"
 
 #include "device_database.h"
+#include "entry_points.h"
 #include "open_key.h"
+#include "staged_registry.h"
+
+#include "ce/registry_file.h"
 
 namespace platform::registry {
 
 bool openRegistry(const std::filesystem::path& database, std::string& error)
 {
-    return database::openDeviceDatabase(database, error);
+    if (!database::openDeviceDatabase(database, error))
+        return false;
+    const std::filesystem::path folder = std::filesystem::absolute(database).parent_path();
+    if (!enforceStagedRegistry(folder, error)) {
+        database::closeDeviceDatabase();
+        return false;
+    }
+    setStagingFolder(folder);
+    kernel::registerEntryPoint(u"RegCopyFile", reinterpret_cast<FARPROC>(&RegCopyFile));
+    kernel::registerEntryPoint(u"RegRestoreFile", reinterpret_cast<FARPROC>(&RegRestoreFile));
+    return true;
 }
 
 void closeRegistry()
 {
     kernel::removeHandlesIf(
         [](const kernel::Object& object) { return dynamic_cast<const OpenKey*>(&object) != nullptr; });
+    setStagingFolder({});
     database::closeDeviceDatabase();
 }
 

@@ -6,8 +6,10 @@
 
 namespace platform::registry {
 
-// Opens the device's database, which holds the registry, and makes it if it is missing. False with a sentence
-// for the user if it can't be used; it is left as it is then.
+// Opens the device's database, which holds the registry, and makes it if it is missing. A registry file that was
+// staged beside it comes into force first; a damaged one is put aside. From here on programs find RegCopyFile and
+// RegRestoreFile. False with a sentence for the user if the database or the staged file can't be used; the registry is
+// left as it is then.
 [[nodiscard]] bool openRegistry(const std::filesystem::path& database, std::string& error);
 
 // Closes the database. Keys that are still open are dead from here on, also when it is opened again.

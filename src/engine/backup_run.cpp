@@ -18,6 +18,8 @@
 
 #include <new>
 
+DWORD gLastSetNumber;
+
 namespace {
 
 constexpr WORD SelectedItemsKind = 2;
@@ -107,6 +109,7 @@ void MakeSet(BackupRun& run)
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
     (void)CreateDirectoryW(folder, nullptr);  // exists already? The list file decides.
     if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
+        gLastSetNumber = run.number;
         BackUpFiles(run);
         BackUpDatabases(run);
         BackUpRegistry(run);
@@ -117,6 +120,7 @@ void MakeSet(BackupRun& run)
 
 DWORD RunBackup(DWORD mode)
 {
+    gLastSetNumber = 0;
     if (NothingIsMarked()) {
         MessageBoxW(gMainWindow, LoadText(NothingToBackUpText, gTextA), u"Info", MB_OK);
         return 0;

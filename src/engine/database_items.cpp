@@ -2,7 +2,6 @@
 
 #include "database_items.h"
 
-#include "compressed_stream.h"
 #include "database_image.h"
 #include "questions.h"
 #include "run_progress.h"
@@ -15,17 +14,23 @@ namespace {
 constexpr UINT DatabaseMessageText = 118;
 constexpr UINT DatabasesText = 131;
 
-// An image that wasn't dumped may be a file of the user's that has its name: it isn't this run's to delete.
-void StoreDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath, BOOL dumped, HANDLE stream)
+void StoreDatabase(BackupRun& run, const WCHAR* name, HANDLE stream)
 {
     StoredItem item = BeginEntry(run, ItemKindDatabase, name, nullptr);
     CopyStream(run, item, stream, true, nullptr);
     CloseHandle(stream);
     EndEntry(run, item);
-    if (dumped)
-        DeleteFileW(imagePath);
-    DeleteFileW(run.temporaryPath);
-    Log(run, u"INF: End Database backup: %s", name);
+}
+
+// 1 if the image that stands at the path is of this run. A dump that failed may have left a file of the user's that has
+// the image's name: that is neither stored nor deleted.
+bool MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* imagePath)
+{
+    const bool stoodThere = GetFileAttributesW(imagePath) != INVALID_FILE_ATTRIBUTES;
+    const BOOL dumped = DumpDatabase(name);
+    if (!dumped)
+        Log(run, u"ERR: Database backup: %s", name);
+    return dumped || !stoodThere;
 }
 
 void BackUpDatabase(BackupRun& run, const WCHAR* name)
@@ -35,17 +40,19 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
     ProgressSetMessage(run.progress, message);
     Log(run, u"INF: Start Database backup: %s", name);
 
-    // A failed dump still leaves the image to be tried: with none, its packing fails and tells so once more.
-    const BOOL dumped = DumpDatabase(name);
-    if (!dumped)
-        Log(run, u"ERR: Database backup: %s", name);
     WCHAR imagePath[MAX_PATH];
     wsprintfW(imagePath, u"\\%s.CDB", name);
-    if (!CompressFile(imagePath, run.temporaryPath))
+    // After a failed dump the image is still tried: with none, its packing fails and tells so once more.
+    const bool ours = MakeImage(run, name, imagePath);
+    if (!ours || !PackItem(run, imagePath))
         Log(run, u"ERR: Database backup: %s", name);
-    HANDLE stream = OpenTemporaryStream(run);
-    if (stream != INVALID_HANDLE_VALUE)
-        StoreDatabase(run, name, imagePath, dumped, stream);
+    HANDLE stream = ours ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
+    if (stream != INVALID_HANDLE_VALUE) {
+        StoreDatabase(run, name, stream);
+        DeleteFileW(imagePath);
+        DeleteTemporaryStream(run);
+        Log(run, u"INF: End Database backup: %s", name);
+    }
     ProgressStep(run.progress, 0);
 }
 

@@ -2,19 +2,14 @@
 
 #include "directory_walker.h"
 
+#include "paths_too_long.h"
+
 #include "ce/file.h"
 #include "ce/text.h"
 
 DWORD gWalkedAttributes;
-PathsTooLong gPathsTooLong;
 
 namespace {
-
-void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
-{
-    if (gPathsTooLong.count++ == 0)
-        wsprintfW(gPathsTooLong.first, u"%s%s", folder, name);
-}
 
 // The frame of one level lies on the stack, and the path's length bounds how many there can be.
 DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, WalkCallback callback, UINT_PTR context)

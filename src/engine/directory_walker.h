@@ -3,8 +3,9 @@
 
 #include "ce/types.h"
 
-// Gets each entry's name and the folder that holds it, which ends in a backslash: one behind the other they are the full
-// path, which may have more than 259 characters. 0 ends the listing of this folder; the walk goes on in its parent.
+// Gets each entry's name and the folder that holds it, which ends in a backslash: one behind the other they are the
+// full path, which may have more than 259 characters. 0 ends the listing of this folder; the walk goes on in its
+// parent.
 using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, UINT_PTR context);
 
 // While a callback runs: the attributes of its entry as the search gave them, which GetFileAttributesW would only tell
@@ -18,12 +19,5 @@ extern DWORD gWalkedAttributes;
 DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL foldersOnly, WalkCallback callback,
                     UINT_PTR context);
 
-// What a walk couldn't take along because the path has more than 259 characters: a backup must not be silent about it.
-struct PathsTooLong {
-    DWORD count;
-    WCHAR first[MAX_PATH];  // as far as it fits
-};
-extern PathsTooLong gPathsTooLong;
-
-// Full path of an entry into `path`. 0 if it doesn't fit: then it is noted in gPathsTooLong.
+// Full path of an entry into `path`. 0 if it doesn't fit: then it is noted (paths_too_long.h).
 BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name);

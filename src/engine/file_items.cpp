@@ -20,7 +20,7 @@ BOOL StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
     StoredItem item = BeginEntry(run, ItemKindFile, name, LogFailedWrite);
     CopyStream(run, item, stream, true, LogFailedWrite);
     CloseHandle(stream);
-    DeleteFileW(run.temporaryPath);
+    DeleteTemporaryStream(run);
     Log(run, u"INF: End file backup%s", name);
     EndEntry(run, item);
     return item.listed && item.copied;
@@ -34,7 +34,7 @@ void BackUpFile(BackupRun& run, const WCHAR* name)
     Log(run, u"INF: Start file backup: %s", name);
 
     const SourceStamp stamp = gOptions.deleteBackedUp ? StampOf(name) : SourceStamp{};
-    const BOOL packed = CompressFile(name, run.temporaryPath);
+    const BOOL packed = PackItem(run, name);
     if (!packed)
         Log(run, u"ERR: File access file: %s", name);
     // CompressFile doesn't look at its writes: on a full card it succeeds with a stream that is cut short.

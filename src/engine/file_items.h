@@ -3,6 +3,6 @@
 
 #include "item_storing.h"
 
-// Stores each file of gFileList, in its order, on a progress window of its own. A failed file is told in the log, and the
-// run goes on.
+// Stores each file of gFileList, in its order, on a progress window of its own. A failed file is told in the log, and
+// the run goes on.
 void BackUpFiles(BackupRun& run);

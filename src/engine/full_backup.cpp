@@ -4,6 +4,7 @@
 
 #include "backup_run.h"
 #include "directory_walker.h"
+#include "paths_too_long.h"
 #include "questions.h"
 #include "set_state.h"
 
@@ -37,16 +38,21 @@ bool HasAttribute(DWORD attributes, DWORD wanted)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
 
-// Files come folder by folder, so the last answer serves nearly all of them.
+// The folder that was asked about last in this walk: files come folder by folder, so the answer serves nearly all of
+// them.
+struct AskedFolder {
+    WCHAR path[MAX_PATH];
+    DWORD attributes;
+};
+AskedFolder gAskedFolder;
+
 bool LiesDirectlyInCard(const WCHAR* folder)
 {
-    static WCHAR asked[MAX_PATH];
-    static DWORD attributes = INVALID_FILE_ATTRIBUTES;
-    if (lstrcmpW(asked, folder) != 0) {
-        CopyText(asked, folder);
-        attributes = GetFileAttributesW(folder);
+    if (lstrcmpW(gAskedFolder.path, folder) != 0) {
+        CopyText(gAskedFolder.path, folder);
+        gAskedFolder.attributes = GetFileAttributesW(folder);
     }
-    return HasAttribute(attributes, FILE_ATTRIBUTE_TEMPORARY);
+    return HasAttribute(gAskedFolder.attributes, FILE_ATTRIBUTE_TEMPORARY);
 }
 
 // Opening it is the only test whether a file can be read at all; one in use stays out.
@@ -85,6 +91,7 @@ void ListAllFiles()
 {
     HWND progress = OpenListingProgress(ConstructFileListText);
     SetWaitCursor();
+    gAskedFolder = {};
     gPathsTooLong = {};
     WalkDirectory(u"\\", nullptr, TRUE, FALSE, AddFullBackupFile, reinterpret_cast<UINT_PTR>(progress));
     SetCursor(nullptr);
@@ -95,7 +102,7 @@ void AddDatabase(CEOID oid)
 {
     CEOIDINFO info = {};
     if (!CeOidGetInfo(oid, &info) || info.wObjType != OBJTYPE_DATABASE)
-        return; // deleted since the enumeration gave it
+        return;  // deleted since the enumeration gave it
     const WCHAR* name = info.infDatabase.szDbaseName;
     if (name[0] != u'\\' && gDatabaseList)
         gDatabaseList->Add(name, NameBytes(name));
@@ -115,16 +122,6 @@ void ListAllDatabases()
     }
     SetCursor(nullptr);
     ProgressAnimate(progress);
-}
-
-// After the run, so that the set stands whatever becomes of the message.
-void TellPathsTooLong(const PathsTooLong& left)
-{
-    if (left.count == 0)
-        return;
-    WCHAR text[TextChars + MAX_PATH];
-    wsprintfW(text, u"%u paths are too long and were left out. The first is:\n%s", left.count, left.first);
-    MessageBoxW(gMainWindow, text, u"Info", MB_OK | MB_ICONEXCLAMATION);
 }
 
 }  // namespace
@@ -148,6 +145,8 @@ DWORD RunFullBackup()
     RunBackup(BackupListedItems);
     gRegistryMarked = registryMarked;
     RenewLists();
-    TellPathsTooLong(left);
+    // After the run, so that the set stands whatever becomes of the message; and only if there is one.
+    if (gLastSetNumber != 0)
+        TellPathsTooLong(left);
     return 1;
 }

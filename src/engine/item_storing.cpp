@@ -2,6 +2,7 @@
 
 #include "item_storing.h"
 
+#include "compressed_stream.h"
 #include "questions.h"
 
 #include "ce/text.h"
@@ -47,13 +48,31 @@ void LogFailedWrite(void* context)
     Log(run, u"ERR: Backup File write (%08x)", GetLastError());
 }
 
+void DeleteTemporaryStream(BackupRun& run)
+{
+    run.temporaryIsGone = DeleteFileW(run.temporaryPath) || GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+BOOL PackItem(BackupRun& run, const WCHAR* path)
+{
+    if (!run.temporaryIsGone)
+        DeleteTemporaryStream(run);
+    const bool wasGone = run.temporaryIsGone;
+    run.temporaryIsGone = false;
+    const BOOL packed = CompressFile(path, run.temporaryPath);
+    run.streamIsOfItem = packed || wasGone;
+    return packed;
+}
+
 HANDLE OpenTemporaryStream(BackupRun& run)
 {
+    if (!run.streamIsOfItem)
+        return INVALID_HANDLE_VALUE;
     HANDLE stream = CreateFileW(run.temporaryPath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (stream == INVALID_HANDLE_VALUE || FitsOffsets(run, stream))
         return stream;
     CloseHandle(stream);
-    DeleteFileW(run.temporaryPath);
+    DeleteTemporaryStream(run);
     SetLastError(ERROR_DISK_FULL);
     LogFailedWrite(&run);
     return INVALID_HANDLE_VALUE;

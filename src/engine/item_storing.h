@@ -13,12 +13,14 @@ struct BackupRun {
     HANDLE listFile = INVALID_HANDLE_VALUE;
     HANDLE dataFile = INVALID_HANDLE_VALUE;
     HWND progress = nullptr;
-    BackupLog* log = nullptr; // absent until the set has its number, or if there is no memory for it
+    BackupLog* log = nullptr;  // absent until the set has its number, or if there is no memory for it
     DWORD number = 0;
-    DWORD dataBytes = 0; // in the data file so far: where the next item starts
+    DWORD dataBytes = 0;  // in the data file so far: where the next item starts
     WCHAR storageRoot[MAX_PATH] = {};
     WCHAR temporaryPath[MAX_PATH] = {};
-    WCHAR itemName[MAX_PATH] = {}; // of the last item that the lists gave; empty before the first
+    bool streamIsOfItem = false;    // what stands at that path is the stream of the item at hand
+    bool temporaryIsGone = false;   // nothing stands at its path between two items, as it should be
+    WCHAR itemName[MAX_PATH] = {};  // of the last item that the lists gave; empty before the first
     SourceDeletion deletion = {};
 };
 
@@ -30,19 +32,26 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
         run.log->Write(format, arguments...);
 }
 
-// A failed write of a file item is told in the log, right behind the write, while the last error is its own. `context` is
-// the run.
+// A failed write of a file item is told in the log, right behind the write, while the last error is its own. `context`
+// is the run.
 void LogFailedWrite(void* context);
 
-// The item's packed stream, ready to be copied. INVALID_HANDLE_VALUE if there is none, or if it would pass the 32 bits of
-// the offsets: then that is logged and the stream deleted. Such an item has no entry.
+// Packs a file into the temporary stream: the result of CompressFile. Where that fails, a stream that an earlier run or
+// item left behind is never taken for this one's.
+BOOL PackItem(BackupRun& run, const WCHAR* path);
+
+// The item's packed stream, ready to be copied. INVALID_HANDLE_VALUE if there is none, or if it would pass the 32 bits
+// of the offsets: then that is logged and the stream deleted. Such an item has no entry.
 HANDLE OpenTemporaryStream(BackupRun& run);
+
+// After the item.
+void DeleteTemporaryStream(BackupRun& run);
 
 // One item on its way into the set.
 struct StoredItem {
-    DWORD entryStart; // in the list file
-    BOOL listed;      // every write of the entry succeeded
-    BOOL copied;      // every byte of the stream is in the data file
+    DWORD entryStart;  // in the list file
+    BOOL listed;       // every write of the entry succeeded
+    BOOL copied;       // every byte of the stream is in the data file
 };
 
 // The three steps, in this order. A fault of one is noted and the next one is made all the same; `failed` is told each

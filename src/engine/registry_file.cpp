@@ -2,7 +2,6 @@
 
 #include "registry_file.h"
 
-#include "compressed_stream.h"
 #include "set_entry.h"
 #include "set_state.h"
 
@@ -24,7 +23,7 @@ void StoreRegistry(BackupRun& run, BOOL copied, HANDLE stream)
     EndEntry(run, item);
     if (copied)  // otherwise it may be the user's
         DeleteFileW(RegistryFilePath);
-    DeleteFileW(run.temporaryPath);
+    DeleteTemporaryStream(run);
     Log(run, u"INF: End registry backup");
 }
 
@@ -47,7 +46,7 @@ void BackUpRegistry(BackupRun& run)
     const BOOL copied = gRegCopyFile && gRegCopyFile(RegistryFilePath);
     if (!copied)
         Log(run, u"ERR: registry backup");
-    if (!CompressFile(RegistryFilePath, run.temporaryPath))
+    if (!PackItem(run, RegistryFilePath))
         Log(run, u"ERR: registry backup");
     HANDLE stream = OpenTemporaryStream(run);
     if (stream != INVALID_HANDLE_VALUE)

@@ -21,6 +21,14 @@ constexpr UINT RegistryRestoredText = 120;
 constexpr UINT RestoreCaptionText = 121;
 const WCHAR RegistryFilePath[] = u"\\BKREG.TMP";
 
+// 1 if what stands at the path now comes from the stream, as far as it went. A stream that can't be read leaves a file
+// of the user's that has this name alone, and then that isn't to be used or deleted.
+bool UnpackTo(const WCHAR* path)
+{
+    const bool stoodThere = GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+    return DecompressFile(TemporaryStreamPath, path) || !stoodThere;
+}
+
 void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
 {
     WCHAR message[TextChars];
@@ -29,9 +37,10 @@ void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
     if (TakeStreamOut(run, entry.bytes, true)) {
         WCHAR imagePath[MAX_PATH];
         wsprintfW(imagePath, u"\\%s.CDB", entry.name);
-        (void)DecompressFile(TemporaryStreamPath, imagePath);
-        (void)RestoreDatabase(imagePath);
-        (void)DeleteFileW(imagePath);
+        if (UnpackTo(imagePath)) {
+            (void)RestoreDatabase(imagePath);
+            (void)DeleteFileW(imagePath);
+        }
         (void)DeleteFileW(TemporaryStreamPath);
     }
     ProgressStep(run.progress, 0);
@@ -57,10 +66,11 @@ void RestoreRegistry(RestoreRun& run)
     ProgressSetMessage(run.progress, LoadText(RegistryText, gTextA));
     if (!TakeStreamOut(run, gRegistryEntry.bytes, false))
         return;
-    (void)DecompressFile(TemporaryStreamPath, RegistryFilePath);
-    if (gRegRestoreFile)
-        gRegRestoreFile(RegistryFilePath);
-    (void)DeleteFileW(RegistryFilePath);  // as a rule the platform has taken it over already
+    if (UnpackTo(RegistryFilePath)) {
+        if (gRegRestoreFile)
+            gRegRestoreFile(RegistryFilePath);
+        (void)DeleteFileW(RegistryFilePath);  // as a rule the platform has taken it over already
+    }
     (void)DeleteFileW(TemporaryStreamPath);
     SetCursor(nullptr);
     MessageBoxW(gMainWindow, LoadText(RegistryRestoredText, gTextA), LoadText(RestoreCaptionText, gTextB), MB_OK);

@@ -8,13 +8,13 @@
 struct RestoreRun {
     HANDLE dataFile = INVALID_HANDLE_VALUE;
     HWND progress = nullptr;
-    DWORD restoredBytes = 0; // of files and databases, copied out of the data file so far
+    DWORD restoredBytes = 0;  // of files and databases, copied out of the data file so far
 };
 
 // In the device's root, whatever the storage of the set. Exists during one item only.
 inline const WCHAR TemporaryStreamPath[] = u"\\BK000.TMP";
 
 // Copies the bytes of the entry `blob` (set_entry.h) to the temporary stream, fewer if the data file ends before; the
-// counter follows if `count`. 0 if its start can't be reached or the temporary stream can't be made; otherwise the caller
-// deletes it.
+// counter follows if `count`. 0 if its start can't be reached or the temporary stream can't be made; otherwise the
+// caller deletes it.
 bool TakeStreamOut(RestoreRun& run, const BYTE* blob, bool count);

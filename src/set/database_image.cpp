@@ -147,16 +147,16 @@ BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* nam
     wsprintfW(path, u"%s.CDB", name);
     ImageWriter writer;
     writer.file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (writer.file == INVALID_HANDLE_VALUE)
+        return FALSE;
     writer.filled = 0;
     writer.failed = false;
     PutHeader(writer, info);
     const bool complete = PutRecords(writer, database, info.wNumRecords);
     Flush(writer);
-    if (writer.file != INVALID_HANDLE_VALUE) {
-        CloseHandle(writer.file);
-        if (writer.failed)
-            (void)DeleteFileW(path);
-    }
+    CloseHandle(writer.file);
+    if (writer.failed)
+        (void)DeleteFileW(path);
     return complete ? TRUE : FALSE;
 }
 

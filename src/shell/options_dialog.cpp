@@ -36,7 +36,11 @@ void ShowOptions(HWND dialog)
     WCHAR size[MAX_PATH];
     wsprintfW(size, u"%d", gOptions.maxBackupSizeMb);
     SetDlgItemTextW(dialog, MaxBackupSizeId, size);
-    Check(dialog, gOptions.restoreMode);
+    // A value from elsewhere may be the id of one of the check boxes.
+    for (const WORD mode : RestoreModes) {
+        if (mode == gOptions.restoreMode)
+            Check(dialog, mode);
+    }
 }
 
 void TakeOptions(HWND dialog)

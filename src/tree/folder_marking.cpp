@@ -6,6 +6,7 @@
 #include "item_marking.h"
 #include "item_path.h"
 #include "options.h"
+#include "paths_too_long.h"
 #include "set_state.h"
 #include "tree_filter.h"
 
@@ -113,7 +114,9 @@ DWORD MarkFolder(DWORD mark)
     TreeItem item;
     if (!ReadTreeItem(NextTreeItem(TVGN_CARET, nullptr), item, false) || TreeCodeOf(item.parameter) != TreeCodeFolder)
         return 0;
+    gPathsTooLong = {};
     const DWORD total = WalkFolder(item.handle, mark);
+    const PathsTooLong left = gPathsTooLong;
     MarkVisibleChildren(mark, NextTreeItem(TVGN_CHILD, item.handle));
     if (mark)
         MarkAncestor(item, mark, total);
@@ -122,5 +125,7 @@ DWORD MarkFolder(DWORD mark)
     WriteTreeItem(item);
     MarkAncestors(item.handle, mark, total);
     RefreshMarks(gRootFiles);
+    if (mark)
+        TellPathsTooLong(left);
     return 1;
 }

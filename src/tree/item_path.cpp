@@ -3,6 +3,7 @@
 #include "item_path.h"
 
 #include "directory_walker.h"
+#include "paths_too_long.h"
 
 #include "ce/text.h"
 
@@ -72,8 +73,10 @@ BOOL FullPathOfEntry(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* 
     if (folder[0] == u'\\')
         return JoinPath(path, folder, name);
     path[0] = u'\\';
-    if (1 + wcslen(folder) + wcslen(name) >= MAX_PATH)
+    if (1 + wcslen(folder) + wcslen(name) >= MAX_PATH) {
+        NotePathTooLong(folder, name);
         return FALSE;
+    }
     wnsprintfW(path + 1, MAX_PATH - 1, u"%s%s", folder, name);
     return TRUE;
 }

@@ -36,7 +36,7 @@ protected:
     void makeList(int number, const std::string& content)
     {
         std::filesystem::create_directories(card_ / "QUILBOX");
-        char name[16];
+        char name[32];
         snprintf(name, sizeof name, "QLBX%04d.QLT", number);
         std::ofstream(card_ / "QUILBOX" / name) << content;
     }
@@ -251,6 +251,26 @@ TEST_F(BackupRunTest, LogLineIsCutAtAWholeCharacterAndKeepsItsEnd)
     const std::string line = log.substr(0, log.find('\n') + 1);
     EXPECT_LE(line.size(), 259U);
     EXPECT_TRUE(line.ends_with("\xE2\x82\xAC \r\n")) << line;
+}
+
+TEST_F(BackupRunTest, StreamThatAnEarlierRunLeftIsNeverTakenForAnItem)
+{
+    write("other", "what the killed run was at");
+    mark(u"\\other");
+    backUp();
+    const std::string stream = cardFile("QLBX0001.QDT");
+    write("busy", "mine");
+    RenewLists();
+    mark(u"\\busy");
+    const std::ofstream holder(store_ / "busy", std::ios::app);
+    for (const auto permissions : {0644, 0444}) {
+        std::filesystem::remove(card_ / "QUILBOX" / "BKTMP.000");
+        std::ofstream(card_ / "QUILBOX" / "BKTMP.000", std::ios::binary) << stream;
+        std::filesystem::permissions(card_ / "QUILBOX" / "BKTMP.000", static_cast<std::filesystem::perms>(permissions));
+        gUser.answers = {IDYES};
+        backUp();
+        EXPECT_EQ(cardFile("QLBX0001.QDT"), "") << permissions;
+    }
 }
 
 TEST_F(BackupRunTest, LogThatIsOffLeavesAnEarlierOne)

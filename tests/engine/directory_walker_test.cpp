@@ -3,6 +3,7 @@
 #include "engine_fixture.h"
 
 #include "directory_walker.h"
+#include "paths_too_long.h"
 
 #include "ce/file.h"
 
@@ -36,7 +37,7 @@ protected:
     }
 };
 
-} // namespace
+}  // namespace
 
 TEST_F(WalkerTest, CountsAndContentsBeforeTheFolder)
 {

@@ -34,7 +34,7 @@ protected:
     }
 };
 
-} // namespace
+}  // namespace
 
 TEST_F(FullBackupTest, TakesFilesAndLeavesOutCardsTopLevelSetsAndRom)
 {
@@ -80,7 +80,7 @@ TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackup)
     EXPECT_EQ(backedUp(), std::vector<std::u16string>{u"\\fits"});
     const auto boxes = gUser.shownWith(u"box ");
     ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_TRUE(boxes[0].starts_with(u"Info|1 paths are too long and were left out. The first is:\n\\ddd"));
+    EXPECT_TRUE(boxes[0].starts_with(u"Info|1 path is too long and was left out:\n\\ddd"));
     EXPECT_EQ(gUser.shown.back().substr(0, 3), u"box");
 }
 

@@ -12,7 +12,7 @@ import sys
 import tempfile
 import time
 
-TOOLS = ["Xvfb", "xvfb-run", "openbox", "xdotool", "dbus-run-session"]
+TOOLS = ["Xvfb", "xvfb-run", "openbox", "xdotool", "xprop", "dbus-run-session"]
 # Containers that only hold others.
 SILENT = {"filler", "panel", "viewport", "scroll pane", "scroll bar", "application", "layered pane", "separator"}
 DIALOGS = [  # keys from the main window, title, what must be there: (role, name)
@@ -94,6 +94,8 @@ def inside(program_file):
         environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb",
                            XDG_CONFIG_HOME=str(base / "config"), XDG_RUNTIME_DIR=str(base / "runtime"))
         manager = subprocess.Popen(["openbox"], stderr=subprocess.DEVNULL)
+        wait_for("window manager", lambda: b"window id" in subprocess.run(
+            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True).stdout)
         program = subprocess.Popen([program_file, "--device", str(base / "device")], env=environment)
         try:
             tree = Tree(program.pid)

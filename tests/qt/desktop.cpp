@@ -22,7 +22,7 @@
 namespace {
 
 // Long enough for a run under a sanitizer on a busy machine; nothing waits for it when all is well.
-constexpr int Patience = 8000;
+constexpr int Patience = 60000;
 
 QWidget* findWindow(const QString& title)
 {

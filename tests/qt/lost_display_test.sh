@@ -5,7 +5,7 @@
 # Exit code 77: a tool is missing.
 set -euo pipefail
 bin=$1
-for tool in Xvfb openbox xdotool; do
+for tool in Xvfb openbox xdotool xprop; do
     command -v "$tool" >/dev/null || { echo "$tool is missing" >&2; exit 77; }
 done
 folder=$(mktemp -d)
@@ -39,9 +39,19 @@ server=$!
 DISPLAY=:$(head -n 1 "$folder/number")
 export DISPLAY QT_QPA_PLATFORM=xcb
 openbox >/dev/null 2>&1 &
+until xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'; do sleep 0.1; done
 "$bin/quillbox" --device "$folder/device" 2>"$folder/said" &
 shown=$!
-await() { timeout 60 xdotool search --sync --onlyvisible --name "^$1\$" >/dev/null || fail "no window \"$1\""; sleep 0.3; }
+await() { # TITLE
+    for _ in $(seq 600); do
+        if [ -n "$(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null)" ]; then
+            sleep 0.3
+            return
+        fi
+        sleep 0.1
+    done
+    fail "no window \"$1\""
+}
 keys() { xdotool key --delay 60 "$@"; }
 await "KORV Quillbox"; keys F10 Right Right Return
 await "Full Backup"; keys Tab space Return

@@ -10,7 +10,7 @@ shift 2
 variants=("$@")
 [ ${#variants[@]} -gt 0 ] || variants=(light dark double large)
 
-for tool in Xvfb openbox xdotool import; do
+for tool in Xvfb openbox xdotool xprop import; do
     command -v "$tool" >/dev/null || { echo "$tool is missing" >&2; exit 77; }
 done
 
@@ -25,6 +25,8 @@ trap finish EXIT
 # A session's settings that say which colours and font the user likes, as the toolkit reads them.
 write_settings() { # VARIANT
     mkdir -p "$XDG_CONFIG_HOME"
+    unset XDG_CURRENT_DESKTOP KDE_SESSION_VERSION
+    case $1 in dark | large) export XDG_CURRENT_DESKTOP=KDE KDE_SESSION_VERSION=5 ;; esac
     case $1 in
         dark) cat >"$XDG_CONFIG_HOME/kdeglobals" <<'SETTINGS'
 [Colors:Window]
@@ -52,16 +54,24 @@ SETTINGS
     esac
 }
 
-window_of() { xdotool search --sync --onlyvisible --name "^$1\$" | tail -n 1; }
+# Windows come and go while xdotool looks at them: then it fails, and is asked again.
+shown() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | tail -n 1; }
 await() { # TITLE
     local window
-    window=$(timeout 60 xdotool search --sync --onlyvisible --name "^$1\$" | tail -n 1) || true
-    [ -n "$window" ] || { echo "no window \"$1\"" >&2; exit 1; }
-    timeout 10 xdotool windowfocus --sync "$window" 2>/dev/null || true
+    for _ in $(seq 600); do
+        window=$(shown "$1") || true
+        if [ -n "$window" ]; then
+            sleep 0.2
+            return
+        fi
+        sleep 0.1
+    done
+    echo "no window \"$1\"" >&2
+    exit 1
 }
 await_gone() { # TITLE
     for _ in $(seq 600); do
-        xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1 || return 0
+        [ -n "$(shown "$1")" ] || return 0
         sleep 0.1
     done
     echo "the window \"$1\" stays" >&2
@@ -102,16 +112,13 @@ take_all() {
     await "Select"
     keys Home; picture 9-chooser-chosen
     keys Return
-    picture 10-progress
-    sleep 1
-    await "KORV Quillbox"
+    await "Backuping Files"; picture 10-progress; await_gone "Backuping Files"
 
     main_menu Right Right Return
     await "Full Backup"; keys Tab space Return
     await "Select"; keys Home Return
-    await "Info?"; picture 11-question; keys Return
-
-    sleep 1
+    await "Info[?]"; picture 11-question; keys Return
+    await "Backuping Files"; await_gone "Backuping Files"
     main_menu Right Down Right Down Return
     await "Select"; keys Home Return
     await "Restore selection"; keys Tab Down space Down Down space; picture 12-partial-restore
@@ -124,8 +131,12 @@ take_all() {
 
 mkdir -p "$target"
 unset WAYLAND_DISPLAY QT_SCALE_FACTOR QT_STYLE_OVERRIDE
-export QT_QPA_PLATFORM=xcb XDG_CURRENT_DESKTOP=KDE KDE_SESSION_VERSION=5 XDG_RUNTIME_DIR=$folder/runtime
+export QT_QPA_PLATFORM=xcb XDG_RUNTIME_DIR=$folder/runtime
 mkdir -m 700 "$XDG_RUNTIME_DIR"
+
+# Enough of them that a run lasts until its picture is taken.
+mkdir "$folder/documents"
+head -c 60000000 /dev/urandom | split -b 20000 -a 4 - "$folder/documents/letter-"
 
 for variant in "${variants[@]}"; do
     export XDG_CONFIG_HOME=$folder/$variant/config
@@ -141,8 +152,10 @@ for variant in "${variants[@]}"; do
     export DISPLAY
     openbox >/dev/null 2>&1 &
     started+=($!)
+    # A window that comes before its manager gets no frame and no keyboard.
+    until xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'; do sleep 0.1; done
     [ "$variant" = double ] && export QT_SCALE_FACTOR=2
-    "$program" --device "$folder/$variant/device" &
+    "$program" --device "$folder/$variant/device" --folder Documents="$folder/documents" &
     shown=$!
     started+=("$shown")
     take_all

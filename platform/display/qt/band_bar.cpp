@@ -14,6 +14,8 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace platform::qt {
 
 namespace {
@@ -124,6 +126,7 @@ void BandBar::clear()
 void BandBar::addMenu(const std::vector<MenuItem>& items)
 {
     menu_ = new BandMenu(this);
+    menu_->setAccessibleName(tr("Menu"));
     // Its place is in this bar, on every desktop.
     menu_->setNativeMenuBar(false);
     menu_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
@@ -135,11 +138,13 @@ void BandBar::addMenu(const std::vector<MenuItem>& items)
 void BandBar::addButtons(const BandState& band)
 {
     auto* bar = new QToolBar(this);
-    const int side = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
+    bar->setAccessibleName(tr("Toolbar"));
+    const int side = std::max(style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this), fontMetrics().height());
     bar->setIconSize({side, side});
     if (band.imageId) {
         auto* image = new QLabel(bar);
         image->setPixmap(pictureOf(band.imageId, 0).pixmap(QSize(side, side), devicePixelRatioF()));
+        image->setAccessibleName(bar->accessibleName());
         image->setContentsMargins(side / 4, 0, side / 4, 0);
         bar->addWidget(image);
     }

@@ -9,7 +9,8 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStyle>
-#include <QStyleOptionGroupBox>
+
+#include <type_traits>
 
 namespace platform::qt {
 
@@ -50,7 +51,6 @@ public:
                4 * style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this) +
                style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, this);
     }
-    [[nodiscard]] QString label() const override { return text(); }
 };
 
 // A check box or a radio button.
@@ -59,7 +59,7 @@ class CheckView final : public Button, public View {
 public:
     CheckView(HWND window, const Courier& courier, QWidget* parent) : Button(parent), View(window, courier)
     {
-        Button::setAutoExclusive(false);
+        Button::setAutoExclusive(isRadio);
         takeFocusFromCore(*this);
         QObject::connect(this, &Button::clicked, this, [this] { this->courier().click(this->window()); });
         QObject::connect(this, &Button::toggled, this, [this] { refuseToggle(); });
@@ -73,9 +73,7 @@ public:
         if (changes.has(Change::Text))
             Button::setText(toQt(state.text));
         checked_ = state.check != 0;
-        following_ = true;
-        Button::setChecked(checked_);
-        following_ = false;
+        showChecked();
     }
 
     [[nodiscard]] int leastWidth() const override { return Button::sizeHint().width(); }
@@ -99,11 +97,25 @@ private:
     {
         if (following_)
             return;
-        following_ = true;
-        Button::setChecked(checked_);
-        following_ = false;
-        courier().click(this->window());
+        const bool wanted = Button::isChecked();
+        showChecked();
+        // The neighbour that the toolkit has cleared on the way wasn't meant.
+        if (!isRadio || wanted)
+            courier().click(this->window());
     }
+
+    // Exclusive buttons are what makes a radio button to a screen reader, but which ones belong together is
+    // known to the core alone.
+    void showChecked()
+    {
+        following_ = true;
+        Button::setAutoExclusive(false);
+        Button::setChecked(checked_);
+        Button::setAutoExclusive(isRadio);
+        following_ = false;
+    }
+
+    static constexpr bool isRadio = std::is_same_v<Button, QRadioButton>;
 
     bool checked_ = false;
     bool following_ = false;

@@ -184,7 +184,7 @@ QString DialogView::nameFor(const Control& control) const
         if (label.isEmpty() || !other.state.visible || there.top() > own.bottom() || there.left() > own.right())
             continue;
         const bool inRow = there.center().y() >= own.top() && there.center().y() <= own.bottom();
-        const int distance = inRow ? own.left() - there.left() : 2 * own.width() + own.top() - there.top();
+        const int distance = inRow ? own.left() - there.left() : width() + own.top() - there.top();
         const bool before = inRow ? there.left() < own.left() : there.bottom() <= own.top() + there.height() / 2;
         if (before && distance < bestDistance) {
             best = label;

@@ -23,7 +23,7 @@ using window::WindowState;
 // Size and place are the desktop's to remember, beside the user's other settings: the program has no option
 // for them, and its device may lie on a stick that moves between screens.
 constexpr const char* PlaceKey = "mainWindow/place";
-constexpr QSize FirstSize(480, 400);
+constexpr QSize FirstLetters(60, 24);  // columns and rows
 
 QSettings settings()
 {
@@ -67,7 +67,8 @@ public:
     {
         const QByteArray place = settings().value(QLatin1String(PlaceKey)).toByteArray();
         if (!restoreGeometry(place)) {
-            resize(FirstSize * std::max(1.0, logicalDpiX() / 96.0));
+            resize(FirstLetters.width() * fontMetrics().averageCharWidth(),
+                   FirstLetters.height() * fontMetrics().height());
             placeOverOwner(*this);
         }
         show();

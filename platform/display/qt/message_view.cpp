@@ -5,6 +5,8 @@
 #include "ce/dialog.h"
 
 #include <QCloseEvent>
+#include <QDialogButtonBox>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -76,6 +78,10 @@ public:
         setIcon(iconOf(state.messageBoxType));
         setWindowTitle(toQt(state.text));
         setUp();
+        // A box closes itself when a button is pressed; this one stays until the core takes it away.
+        auto* row = findChild<QDialogButtonBox*>();
+        disconnect(row, nullptr, this, nullptr);
+        connect(row, &QDialogButtonBox::clicked, this, [this](QAbstractButton* button) { press(button); });
     }
 
     using View::window;
@@ -93,13 +99,6 @@ public:
         show();
     }
 
-    // A button was pressed. The box stays until the core takes it away.
-    void done(int) override
-    {
-        const auto button = buttons_.find(clickedButton());
-        if (button != buttons_.end())
-            courier().click(button->second);
-    }
     void reject() override { courier().close(window()); }
 
 protected:
@@ -112,11 +111,28 @@ protected:
     {
         if (event->key() == Qt::Key_Escape)
             courier().close(window());
+        else if (QAbstractButton* meant = buttonFor(event->text()))
+            press(meant);
         else
             QMessageBox::keyPressEvent(event);
     }
 
 private:
+    // The first letter of an answer chooses it, with or without Alt.
+    [[nodiscard]] QAbstractButton* buttonFor(const QString& typed) const
+    {
+        for (const auto& [button, window] : buttons_)
+            if (typed.size() == 1 && button->text().remove(u'&').startsWith(typed, Qt::CaseInsensitive))
+                return button;
+        return nullptr;
+    }
+
+    void press(QAbstractButton* button)
+    {
+        if (const auto found = buttons_.find(button); found != buttons_.end())
+            courier().click(found->second);
+    }
+
     void setUp()
     {
         QString texts;

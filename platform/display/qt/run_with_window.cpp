@@ -64,6 +64,11 @@ void hear(QtMsgType type, const QMessageLogContext&, const QString& text)
         endWithLostDesktop();
         std::_Exit(WindowDesktopLost);
     }
+    // Its last words before it ends the process. Whoever waits for the exit handlers comes too late: some of
+    // what the program's thread still works with is taken apart before them.
+    if (text.startsWith(QLatin1String("The X11 connection broke")) ||
+        text.startsWith(QLatin1String("The Wayland connection broke")))
+        endWithLostDesktop();
     // How the toolkit failed to open the desktop is said once, by the fatal message.
     if (running().windowsOpen && type != QtDebugMsg && type != QtInfoMsg)
         std::cerr << text.toStdString() << std::endl;
@@ -106,7 +111,7 @@ extern "C" int quillboxRunWithWindow(const std::function<int()>* program)
     QApplication::setDesktopFileName(QStringLiteral("quillbox"));
     QApplication::setQuitOnLastWindowClosed(false);  // the program says when it ends
     running().windowsOpen = true;
-    // After the application: what is registered last is called first, before the toolkit takes itself apart.
+    // If it goes without a word. After the application: what is registered last is called first.
     std::atexit(endWithLostDesktop);
     return showProgram(application, *program);
 }

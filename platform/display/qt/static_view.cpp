@@ -19,6 +19,8 @@ using window::WindowState;
 
 // A line needs a little more than its letters' widths: bearings, fractions.
 constexpr int Slack = 3;
+// Virtual pixels: a template gives a text that may wrap room for two rows at least.
+constexpr int TwoRows = 26;
 
 // A path has no blanks to wrap at, so words are broken where they have to be; what still doesn't fit ends
 // in three points. QLabel itself can do neither.
@@ -28,6 +30,7 @@ public:
         : QLabel(parent), View(state.window, courier)
     {
         setTextFormat(Qt::PlainText);
+        wraps_ = state.place.bottom - state.place.top >= TwoRows;
         const DWORD kind = state.style & 0xF;
         setAlignment(Qt::AlignTop | (kind == SS_CENTER  ? Qt::AlignHCenter
                                      : kind == SS_RIGHT ? Qt::AlignRight
@@ -49,8 +52,11 @@ public:
         const QStringList lines = text().split(u'\n');
         for (const QString& line : lines)
             widest = std::max(widest, fontMetrics().horizontalAdvance(line));
-        const bool wraps = height() >= 2 * fontMetrics().lineSpacing() * std::max<qsizetype>(lines.size(), 1);
-        return wraps ? 0 : widest + Slack;
+        return wraps_ && lines.size() == 1 ? 0 : widest + Slack;
+    }
+    [[nodiscard]] QRect placeIn(const QRect& place) const override
+    {
+        return {place.topLeft(), QSize(place.width(), std::max(place.height(), fontMetrics().height()))};
     }
     [[nodiscard]] QString label() const override { return text(); }
 
@@ -83,6 +89,8 @@ protected:
     }
 
 private:
+    bool wraps_ = false;
+
     // The end of a path says more than its middle.
     void drawCut(QPainter& painter, const QString& rest, int y) const
     {
@@ -97,7 +105,7 @@ public:
         : QLabel(parent), View(state.window, courier)
     {
         setAlignment(Qt::AlignCenter);
-        setAccessibleName(parent->windowTitle());
+        setAccessibleName(parent->window()->windowTitle());
     }
 
     using View::window;

@@ -31,7 +31,7 @@ public:
     [[nodiscard]] virtual int leastWidth() const { return 0; }
     // Where in the place that the template gives it the widget stands.
     [[nodiscard]] virtual QRect placeIn(const QRect& place) const { return place; }
-    // What a person would call it by: its text, if it shows one of its own.
+    // A text that may stand beside another control to say what that is for.
     [[nodiscard]] virtual QString label() const { return {}; }
 
 protected:

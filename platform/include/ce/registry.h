@@ -35,7 +35,7 @@ LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR*
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes);
 
 // Sets a value, type and all; it is on the disk then. A null or empty name is the key's default value.
-// 6, 87 a name above 255 characters or with a lone surrogate, 112, 31.
+// 6, 87 a name above 255 characters or with a lone surrogate, or more than 16 MiB, 112, 31.
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
 
 // 6 for a key that is not open; the predefined keys may be closed, which does nothing.

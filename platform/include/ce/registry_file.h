@@ -8,10 +8,11 @@
 
 // Writes the whole registry to a file, replacing an old one: text in the REGEDIT form, UTF-16 (docs/format.md,
 // "Registry file"). Nonzero on success, otherwise 0 with the last error of the file call that failed, 31 if the
-// registry can't be read.
+// registry can't be read; no file is left then.
 BOOL RegCopyFile(const WCHAR* path);
 
 // Takes such a file over: it is gone from its place, and its content comes into force in place of the registry at the
 // next start of the device, whole or not at all. A file that is no whole registry is refused then and kept aside.
-// Nonzero on success, otherwise 0 with the last error of the file call that failed.
+// Nonzero on success, otherwise 0 with the last error of the file call that failed (5 for a file that may not be
+// deleted, 112 if the device's disk has no room), 31 without a device; the file stays where it is then.
 BOOL RegRestoreFile(const WCHAR* path);

@@ -1,0 +1,63 @@
+// measure.cpp - runs one command and tells what it cost.
+//
+//     quillbox-bench-launcher DESCRIPTOR COMMAND [ARGUMENT...]
+//
+// Prints one line on that open descriptor, which the command doesn't get: wall seconds, processor seconds, largest
+// resident memory in kilobytes. The largest memory of a process goes on counting through the start of another program
+// in it, so whoever starts the command must be small: a script's interpreter would count as the command's own.
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+constexpr int ExitUsage = 2;
+constexpr int ExitCannotRun = 127;
+
+double secondsOf(const timeval& time)
+{
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+}
+
+int exitCodeOf(int status)
+{
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace
+
+int main(int count, char* arguments[])
+{
+    const int report = count < 3 ? -1 : std::atoi(arguments[1]);
+    if (report <= STDERR_FILENO || ::fcntl(report, F_SETFD, FD_CLOEXEC) != 0) {
+        std::fputs("usage: quillbox-bench-launcher DESCRIPTOR COMMAND [ARGUMENT...]\n", stderr);
+        return ExitUsage;
+    }
+    const auto start = std::chrono::steady_clock::now();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::execvp(arguments[2], arguments + 2);
+        std::perror(arguments[2]);
+        ::_exit(ExitCannotRun);
+    }
+    int status = 0;
+    rusage usage = {};
+    pid_t ended = child;
+    do {
+        ended = child < 0 ? child : ::wait4(child, &status, 0, &usage);
+    } while (ended < 0 && errno == EINTR);
+    if (ended < 0) {
+        std::perror("quillbox-bench-launcher");
+        return ExitCannotRun;
+    }
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - start;
+    ::dprintf(report, "%.6f %.6f %ld\n", wall.count(), secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime),
+              usage.ru_maxrss);
+    return exitCodeOf(status);
+}

@@ -1,0 +1,77 @@
+// load_registry.cpp - any bytes as a registry file. Whatever they are, what is heard must be within the registry's
+// limits, and a text that was good must come back the same once it is written anew.
+
+#include "registry_text_reader.h"
+#include "registry_text_writer.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+using namespace platform::registry;
+
+void require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+// Writes what it hears as a whole registry.
+class Copy final : public RegistryTextSink {
+public:
+    bool key(const KeyPath& path) override
+    {
+        require(path.root >= ClassesRootRow && path.root <= UsersRow && path.levels.size() <= LevelLimit);
+        for (const std::u16string& level : path.levels)
+            require(!level.empty() && level.size() <= NameLimit && isText(level) &&
+                    level.find(u'\\') == std::u16string::npos && level.find(u'\0') == std::u16string::npos);
+        return writer_.key(path);
+    }
+    bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) override
+    {
+        require(name.size() <= NameLimit && isText(name) && name.find(u'\0') == std::u16string_view::npos);
+        return writer_.value(name, type, data);
+    }
+    const std::string& text()
+    {
+        require(writer_.finish());
+        return text_;
+    }
+
+private:
+    std::string text_;
+    RegistryTextWriter writer_{[this](std::span<const std::byte> bytes) {
+        text_.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+        return true;
+    }};
+};
+
+// The copy of a good text.
+std::optional<std::string> copied(std::string_view text, Wholeness wholeness)
+{
+    const auto source = [&](std::span<std::byte> buffer) {
+        const std::size_t count = std::min(buffer.size(), text.size());
+        std::memcpy(buffer.data(), text.data(), count);
+        text.remove_prefix(count);
+        return count;
+    };
+    Copy copy;
+    if (readRegistryText(source, wholeness, copy))
+        return std::nullopt;
+    return copy.text();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const auto whole = copied(text, Wholeness::Required);
+    const auto free = copied(text, Wholeness::Free);
+    require(!whole || free == whole);  // whole is the narrower of the two
+    if (free)
+        require(copied(*free, Wholeness::Required) == free);
+    return 0;
+}

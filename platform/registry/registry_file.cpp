@@ -1,0 +1,63 @@
+// The whole registry as one file, and back.
+#include "ce/registry_file.h"
+
+#include "registry_content.h"
+#include "staged_registry.h"
+
+#include "ce/file.h"
+
+#include <cstddef>
+#include <span>
+
+namespace {
+
+// 0 or the error.
+DWORD writeRegistry(HANDLE file)
+{
+    DWORD error = ERROR_SUCCESS;
+    const bool written = platform::registry::writeContent([&](std::span<const std::byte> bytes) {
+        DWORD count = 0;
+        if (!WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr))
+            error = GetLastError();
+        return error == ERROR_SUCCESS;
+    });
+    return written || error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+}
+
+BOOL fail(DWORD error)
+{
+    SetLastError(error);
+    return FALSE;
+}
+
+}  // namespace
+
+BOOL RegCopyFile(const WCHAR* path)
+{
+    const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return FALSE;
+    const DWORD error = writeRegistry(file);
+    CloseHandle(file);
+    if (error == ERROR_SUCCESS)
+        return TRUE;
+    (void)DeleteFileW(path);  // half a registry would be taken for one
+    return fail(error);
+}
+
+BOOL RegRestoreFile(const WCHAR* path)
+{
+    // Opened for writing too: whoever may not write it may not delete it either, and is told before anything changes.
+    const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return FALSE;
+    const DWORD error = platform::registry::stageRegistry(file);
+    CloseHandle(file);
+    if (error != ERROR_SUCCESS)
+        return fail(error);
+    if (DeleteFileW(path))  // only now: at no moment is the registry in neither place
+        return TRUE;
+    const DWORD notDeleted = GetLastError();
+    platform::registry::unstageRegistry();
+    return fail(notDeleted);
+}

@@ -1,0 +1,19 @@
+// What may stand in the registry.
+#include "registry_names.h"
+
+#include "utf.h"
+
+namespace platform::registry {
+
+bool isText(std::u16string_view name)
+{
+    while (!name.empty()) {
+        const unsigned units = text::decodeUtf16(name).units;
+        if (units == 0)
+            return false;
+        name.remove_prefix(units);
+    }
+    return true;
+}
+
+}  // namespace platform::registry

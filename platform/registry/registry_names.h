@@ -1,0 +1,38 @@
+// registry_names.h - what may stand in the registry: its predefined keys, and the limits of names and values.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform::registry {
+
+// Row numbers of the predefined keys.
+inline constexpr std::int64_t ClassesRootRow = 1;
+inline constexpr std::int64_t CurrentUserRow = 2;
+inline constexpr std::int64_t LocalMachineRow = 3;
+inline constexpr std::int64_t UsersRow = 4;
+
+// Their names, in the order of the rows from 1.
+inline constexpr std::u16string_view PredefinedNames[] = {u"HKEY_CLASSES_ROOT", u"HKEY_CURRENT_USER",
+                                                          u"HKEY_LOCAL_MACHINE", u"HKEY_USERS"};
+
+// The platform's limits: characters of a key's or value's name, and levels below the predefined key.
+inline constexpr std::size_t NameLimit = 255;
+inline constexpr int LevelLimit = 16;
+
+// Far above what anybody keeps in a value; it bounds the memory that a registry file can ask for.
+inline constexpr std::size_t ValueBytesLimit = std::size_t{16} * 1024 * 1024;
+
+// A key by its predefined one and the names of the levels below that.
+struct KeyPath {
+    std::int64_t root = 0;  // a row number from 1 to 4
+    std::vector<std::u16string> levels;
+};
+
+// Names are stored as Unicode text, in which no half of a character stands alone.
+[[nodiscard]] bool isText(std::u16string_view name);
+
+}  // namespace platform::registry

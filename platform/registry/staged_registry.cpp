@@ -1,0 +1,180 @@
+// A registry file that waits for the next start.
+#include "staged_registry.h"
+
+#include "host_file.h"
+#include "registry_content.h"
+
+#include "ce/error.h"
+#include "ce/file.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <mutex>
+#include <system_error>
+#include <vector>
+
+namespace platform::registry {
+
+namespace {
+
+namespace fs = std::filesystem;
+using database::Step;
+
+constexpr const char* StagedName = "registry.staged";
+constexpr const char* GrowingName = "registry.growing";
+constexpr const char* RefusedName = "registry.refused";
+constexpr std::size_t PieceBytes = 65536;
+
+struct Staging {
+    std::mutex mutex;
+    fs::path folder;
+};
+
+Staging& staging()
+{
+    static Staging state;
+    return state;
+}
+
+DWORD errorOf(int hostError)
+{
+    switch (hostError) {
+    case 0:
+        return ERROR_SUCCESS;
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+        return ERROR_DISK_FULL;
+    case EACCES:
+    case EPERM:
+        return ERROR_ACCESS_DENIED;
+    case EROFS:
+        return ERROR_WRITE_PROTECT;
+    default:
+        return ERROR_GEN_FAILURE;
+    }
+}
+
+DWORD copyTo(HostFile& target, HANDLE file)
+{
+    std::vector<std::byte> piece(PieceBytes);
+    for (;;) {
+        DWORD count = 0;
+        if (!ReadFile(file, piece.data(), PieceBytes, &count, nullptr))
+            return GetLastError();
+        if (count == 0)
+            return target.flush() ? ERROR_SUCCESS : errorOf(target.error());
+        if (!target.write({piece.data(), count}))
+            return errorOf(target.error());
+    }
+}
+
+// Whether the text is good, by reading it without effect.
+class Deaf final : public RegistryTextSink {
+public:
+    bool key(const KeyPath& /*path*/) override { return true; }
+    bool value(std::u16string_view /*name*/, DWORD /*type*/, std::span<const std::byte> /*data*/) override
+    {
+        return true;
+    }
+};
+
+bool keepAside(const fs::path& folder, std::string& error)
+{
+    std::error_code failure;
+    fs::rename(folder / StagedName, folder / RefusedName, failure);
+    if (!failure)
+        return true;
+    error = "The damaged registry file \"" + (folder / StagedName).string() +
+            "\" can't be put aside: " + failure.message() + ".";
+    return false;
+}
+
+// Once in force, it must not come again: it would undo what changes from here on.
+bool takeAway(const fs::path& folder, std::string& error)
+{
+    std::error_code failure;
+    fs::remove(folder / StagedName, failure);
+    if (!failure)
+        failure.assign(flushFolder(folder), std::generic_category());
+    if (failure)
+        error = "The registry file \"" + (folder / StagedName).string() +
+                "\" is in force but can't be deleted: " + failure.message() + ".";
+    return !failure;
+}
+
+}  // namespace
+
+void setStagingFolder(const fs::path& folder)
+{
+    const std::scoped_lock lock(staging().mutex);
+    staging().folder = folder;
+}
+
+DWORD stageRegistry(HANDLE file)
+{
+    const std::scoped_lock lock(staging().mutex);
+    const fs::path& folder = staging().folder;
+    if (folder.empty())
+        return ERROR_GEN_FAILURE;
+    DWORD error = ERROR_SUCCESS;
+    {
+        HostFile target(folder / GrowingName, O_WRONLY | O_CREAT | O_TRUNC);
+        error = target ? copyTo(target, file) : errorOf(target.error());
+    }
+    std::error_code failure;
+    if (error == ERROR_SUCCESS) {
+        fs::rename(folder / GrowingName, folder / StagedName, failure);
+        error = errorOf(failure.value());
+    }
+    if (error != ERROR_SUCCESS) {
+        fs::remove(folder / GrowingName, failure);
+        return error;
+    }
+    error = errorOf(flushFolder(folder));
+    if (error != ERROR_SUCCESS)
+        fs::remove(folder / StagedName, failure);
+    return error;
+}
+
+void unstageRegistry()
+{
+    const std::scoped_lock lock(staging().mutex);
+    std::error_code ignored;  // it was there a moment ago; if it stays, it is what was asked for
+    fs::remove(staging().folder / StagedName, ignored);
+}
+
+bool enforceStagedRegistry(const fs::path& folder, std::string& error)
+{
+    std::error_code ignored;
+    fs::remove(folder / GrowingName, ignored);  // left by a kill: never whole
+    HostFile staged(folder / StagedName, O_RDONLY);
+    if (staged.error() == ENOENT)
+        return true;
+    const std::string what =
+        "The registry file \"" + (folder / StagedName).string() + "\", which is to come into force, ";
+    if (staged.error() != 0 && staged.error() != ELOOP) {
+        error = what + "can't be opened: " + std::generic_category().message(staged.error()) + ".";
+        return false;
+    }
+    if (!staged || !staged.isRegularFile())
+        return keepAside(folder, error);
+
+    const auto source = [&](std::span<std::byte> buffer) { return staged.read(buffer); };
+    Deaf deaf;
+    const auto fault = readRegistryText(source, Wholeness::Required, deaf);
+    if (fault && staged.error() == 0)
+        return keepAside(folder, error);
+    Step step = Step::Failed;
+    if (!fault && staged.rewind()) {
+        const ContentRead read = readContent(source, Wholeness::Required, Unnamed::Removed);
+        if (read.good())
+            return takeAway(folder, error);
+        step = read.step;
+    }
+    error = what + (step == Step::Full ? "finds no room on the disk. Make some room and start again."
+                                       : "can't be read or written to the device's database.");
+    return false;
+}
+
+}  // namespace platform::registry

@@ -1,0 +1,29 @@
+// staged_registry.h - a registry file that waits beside the device's database for the next start.
+//
+// It is there whole or not at all: it grows under another name.
+#pragma once
+
+#include "ce/handle.h"
+#include "ce/types.h"
+
+#include <filesystem>
+#include <string>
+
+namespace platform::registry {
+
+// Where files are staged from now on; empty: nowhere, since no registry is open.
+void setStagingFolder(const std::filesystem::path& folder);
+
+// Copies an open file, from its beginning, in place of one staged before. 0 when it is on the disk, otherwise the
+// error, and it is not staged.
+[[nodiscard]] DWORD stageRegistry(HANDLE file);
+
+// Takes a staged file away again.
+void unstageRegistry();
+
+// Puts the file staged in `folder` in force, if there is one: in place of the whole registry in the open database, in
+// one transaction. One that is no whole registry is kept aside as "registry.refused", and the registry stays as it is.
+// False with a sentence for the user if the disk fails: the registry is the old one then, and the file still waits.
+[[nodiscard]] bool enforceStagedRegistry(const std::filesystem::path& folder, std::string& error);
+
+}  // namespace platform::registry

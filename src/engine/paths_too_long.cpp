@@ -1,0 +1,28 @@
+// paths_too_long.cpp - see paths_too_long.h.
+
+#include "paths_too_long.h"
+
+#include "questions.h"
+
+#include "ce/dialog.h"
+#include "ce/text.h"
+
+PathsTooLong gPathsTooLong;
+
+void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
+{
+    if (gPathsTooLong.count++ == 0)
+        wsprintfW(gPathsTooLong.first, u"%s%s", folder, name);
+}
+
+void TellPathsTooLong(const PathsTooLong& left)
+{
+    if (left.count == 0)
+        return;
+    WCHAR text[TextChars + MAX_PATH];
+    if (left.count == 1)
+        wsprintfW(text, u"1 path is too long and was left out:\n%s", left.first);
+    else
+        wsprintfW(text, u"%u paths are too long and were left out. The first is:\n%s", left.count, left.first);
+    MessageBoxW(gMainWindow, text, u"Info", MB_OK | MB_ICONEXCLAMATION);
+}
