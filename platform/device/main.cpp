@@ -5,6 +5,8 @@
 #include "embedded_resources.h"
 #include "resource_file.h"
 #include "script_run.h"
+#include "second_start.h"
+#include "window_module.h"
 
 #include "ce/window.h"
 #include "ce/winmain.h"
@@ -32,6 +34,21 @@ int startProgram()
     // Any number that isn't null: the program is the only module with resources.
     const auto instance = reinterpret_cast<HINSTANCE>(UINT_PTR{1});
     return WinMain(instance, nullptr, commandLine, SW_SHOW);
+}
+
+// A device that is in use has a window already, unless a script uses it.
+int runInWindow(const CommandLine& options)
+{
+    const auto opened = platform::device::openDevice(options.device, options.extras, true);
+    if (!opened.device && opened.error.inUse) {
+        const auto other = platform::display::findFirstStart(options.device);
+        if (other && other->bringToFront())
+            return 0;
+    }
+    if (!opened.device)
+        return tell(opened.error.sentence, Failed);
+    const auto firstStart = platform::display::answerSecondStarts(options.device);
+    return platform::display::runWithWindow(startProgram);
 }
 
 int runByScript(const CommandLine& options)
@@ -72,9 +89,7 @@ int main(int count, char** words)
         (parsed.exitCode == 0 ? std::cout : std::cerr) << parsed.message;
         return parsed.exitCode;
     }
-    if (!parsed.options->script)
-        return tell("this build has no window display; --script FILE drives it without one.", Failed);
     if (!platform::resource::setResources(quillbox::embeddedResources()))
         return tell("the resources that are built in are damaged.", Failed);
-    return runByScript(*parsed.options);
+    return parsed.options->script ? runByScript(*parsed.options) : runInWindow(*parsed.options);
 }

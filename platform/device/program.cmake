@@ -1,4 +1,9 @@
 # The program as the user starts it. Included where all its parts are known.
 add_executable(quillbox ${CMAKE_CURRENT_LIST_DIR}/main.cpp)
 target_link_libraries(quillbox PRIVATE quillbox_flags quillbox_program platform_device platform_headless
-                                       platform_resource quillbox_resources)
+                                       platform_resource quillbox_resources quillbox_window_start)
+# The window is a module that is loaded when there is a desktop; it takes the one window core from the program.
+set_target_properties(quillbox PROPERTIES ENABLE_EXPORTS ON)
+if(QUILLBOX_WINDOW)
+  add_dependencies(quillbox quillbox_qt_display)
+endif()

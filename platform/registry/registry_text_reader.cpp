@@ -209,7 +209,9 @@ std::u16string unescapedLevel(std::u16string_view line, std::size_t& at)
             level.push_back(line[at++]);
             continue;
         }
-        if (at + 1 == line.size() || line[at + 1] != u'\\')
+        // Of three in a row the first one ends the level, since digits follow an escape.
+        const std::u16string_view ahead = line.substr(at, 3);
+        if (!ahead.starts_with(u"\\\\") || ahead == u"\\\\\\")
             break;
         at += 2;
         unsigned unit = 0;

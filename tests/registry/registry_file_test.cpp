@@ -100,7 +100,7 @@ protected:
         set(u"", nullptr, REG_SZ, utf16(std::u16string(u"by \"default\" \\ plain\0", 21)), HKEY_CLASSES_ROOT);
         set(u"", u"z", REG_DWORD, std::string("\x1F\0\0\x80", 4), HKEY_CLASSES_ROOT);
         set(u"a]b\\c[d\r\ne\\ä 😀", u"q\"uo\\te\r\nend=", REG_SZ, utf16(std::u16string(u"x\r\ny\0", 5)));
-        set(u"a]b\\c[d\r\ne", u"@", REG_SZ, utf16(u"no NUL"));
+        set(u"a]b\\\x01\x02\\\x03", u"@", REG_SZ, utf16(u"no NUL"));
         set(u"Types", u"1 odd", REG_SZ, "abc");
         set(u"Types", u"2 empty", REG_SZ, "");
         set(u"Types", u"3 half", REG_SZ, utf16(std::u16string(u"\xD800\0", 2)));

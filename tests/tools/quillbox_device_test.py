@@ -1,0 +1,167 @@
+#!/usr/bin/env python3
+"""quillbox-device as its users run it: what goes in comes out again, and a command that fails changes nothing."""
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+TOOL = None
+HEAD = {"database": "All kinds", "type": 7, "sort": [{"property": 0x1001F, "flags": 2}, {"property": 0x20003, "flags": 0}]}
+RECORDS = [
+    [{"id": "0001001f", "value": "Grüße, 😀 \"quoted\"\r\n"}, {"id": "0002001f", "units": [0xD800, 0x41]},
+     {"id": "0003001f", "value": ""}],
+    [{"id": "00010002", "value": -32768}, {"id": "00020012", "value": 65535}, {"id": "00030003", "value": -2147483648},
+     {"id": "00040013", "value": 4294967295}, {"id": "0005000b", "value": 1},
+     {"id": "00060040", "value": 18446744073709551615}, {"id": "00070005", "value": 0.1},
+     {"id": "00080005", "bits": "7ff8000000000001"}, {"id": "00090005", "value": -0.0}],
+    [{"id": "00010041", "value": ""}, {"id": "00020041", "flags": 0xFCFF, "value": "00ff" * 5000},
+     {"id": "00030063", "bits": "0123456789abcdef"}],
+]
+RECORDS += [[{"id": "00010003", "value": number}] for number in range(300)]
+REGISTRY = "\ufeffWindows Registry Editor Version 5.00\r\n\r\n"
+
+
+def lines(head=HEAD, records=RECORDS):
+    made = [head] + [{"record": record} for record in records]
+    return "".join(json.dumps(line, ensure_ascii=False, separators=(",", ":")) + "\n" for line in made)
+
+
+class DeviceToolTest(unittest.TestCase):
+    def setUp(self):
+        temporary = tempfile.TemporaryDirectory(prefix="quillbox-device-test.")
+        self.addCleanup(temporary.cleanup)
+        self.folder = pathlib.Path(temporary.name)
+        self.device = self.folder / "device"
+        self.run_tool("init", self.device)
+
+    def run_tool(self, *arguments, code=0, given=""):
+        done = subprocess.run([TOOL, *map(str, arguments)], input=given.encode(), capture_output=True, check=False)
+        self.assertEqual(done.returncode, code, done.stderr)
+        self.assertEqual(done.stderr.startswith(b"quillbox-device: "), code != 0)
+        return (done.stderr if code else done.stdout).decode()
+
+    def file(self, name, content, encoding="utf-8"):
+        path = self.folder / name
+        path.write_bytes(content.encode(encoding))
+        return path
+
+    def everything(self):
+        """The whole device, as its exports and its files tell."""
+        return (self.run_tool("database", "export", self.device),
+                subprocess.run([TOOL, "registry", "export", self.device], capture_output=True, check=True).stdout,
+                sorted(path.name for path in self.device.iterdir()))
+
+    def test_databases_come_back_as_they_were_put_in(self):
+        second = lines({"database": "Пустая", "type": 4294967295, "sort": [{"property": 0, "flags": 0}]}, [])
+        made = self.file("in.jsonl", lines() + second)
+        self.run_tool("database", "import", self.device, made)
+        self.assertEqual(self.run_tool("database", "list", self.device),
+                         "database All kinds: type 7, 303 records\ndatabase Пустая: type 4294967295, 0 records\n")
+        out = self.folder / "out.jsonl"
+        self.run_tool("database", "export", self.device, out)
+        self.assertEqual(out.read_text(), made.read_text())
+        self.assertIn("--force", self.run_tool("database", "export", self.device, out, code=1))
+        self.assertEqual(self.run_tool("database", "export", self.device, "--name", "пустая"), second)
+        self.run_tool("database", "export", self.device, "--name", "none", code=1)
+
+        self.run_tool("database", "import", self.device, made, code=1)
+        self.run_tool("database", "import", self.device, "--replace", "-", given=lines(records=RECORDS[:1]))
+        self.assertEqual(self.run_tool("database", "export", self.device), second + lines(records=RECORDS[:1]))
+        self.assertEqual(self.everything()[2], ["cards", "device.db", "device.lock", "object-store"])
+
+    def test_an_import_that_fails_changes_nothing(self):
+        self.run_tool("database", "import", self.device, "-", given=lines())
+        before = self.everything()
+        good = {"id": "00010003", "value": 1}
+        for bad in ("", "nonsense", "[]", "{}", '{"record": []}', '{"record": 5}', '{"record": ["x"]}',
+                    '{"database": "x"}', '{"database": 5, "type": 1, "sort": []}',
+                    '{"database": "x", "type": -1, "sort": []}', '{"database": "x", "type": 1, "sort": [5]}',
+                    json.dumps({**HEAD, "database": "x" * 32}), json.dumps({**HEAD, "database": ""}),
+                    json.dumps({**HEAD, "database": "x", "sort": HEAD["sort"] * 3}),
+                    *(json.dumps({"record": [good, {**good, **change}]}) for change in (
+                        {"id": 5}, {"id": "1"}, {"id": "0001000g"}, {"value": "x"}, {"value": 2 ** 31}, {"value": -2 ** 31 - 1},
+                        {"value": 1.5}, {"value": None}, {"flags": 65536}, {"flags": 512},
+                        {"id": "00020002", "value": 32768}, {"id": "00020012", "value": -1}, {"id": "0002001f"},
+                        {"id": "0002001f", "value": "a\0b"}, {"id": "0002001f", "units": [65536]},
+                        {"id": "00020041", "value": "abc"}, {"id": "00020041", "value": "zz"},
+                        {"id": "00020005", "value": "x"}, {"id": "00020063", "bits": "12"})),
+                    "{" * 100_000):
+            with self.subTest(line=bad[:100]):
+                given = lines(records=RECORDS[:2]) + (bad + "\n" if bad else lines()[:-10])
+                said = self.run_tool("database", "import", self.device, "--replace", "-", given=given, code=1)
+                self.assertRegex(said, r'line \d+: .*\. Nothing was imported\.\n')
+        self.assertIn("before the record", self.run_tool("database", "import", self.device, "-",
+                                                         given=lines().split("\n", 1)[1], code=1))
+        self.assertEqual(self.everything(), before)
+
+    def test_a_kill_in_the_middle_of_an_import_changes_nothing_and_the_device_is_taken_meanwhile(self):
+        self.run_tool("database", "import", self.device, "-", given=lines())
+        before = self.everything()
+        with subprocess.Popen([TOOL, "database", "import", self.device, "--replace", "-"], stdin=subprocess.PIPE) as running:
+            # More than a pipe holds: when it has been written, the import is under way.
+            running.stdin.write(lines(records=RECORDS * 10).encode())
+            running.stdin.flush()
+            self.assertIn("open in another", self.run_tool("show", self.device, code=1))
+            running.kill()
+        self.assertEqual(self.everything()[:2], before[:2])
+        self.run_tool("database", "import", self.device, "--replace", "-", given=lines())
+        self.assertEqual(self.everything(), before)
+
+    def test_the_registry_takes_what_a_file_names_or_nothing(self):
+        first = self.file("1.reg", REGISTRY + '[HKEY_USERS\\a]\r\n"kept"="1"\r\n"changed"="2"\r\n', "utf-16-le")
+        self.run_tool("registry", "import", self.device, first)
+        second = self.file("2.reg", REGISTRY + '[HKEY_USERS\\A]\n"Changed"=dword:5\n', "utf-16-le")
+        self.run_tool("registry", "import", self.device, second)
+        before = self.everything()
+        text = before[1].decode("utf-16")
+        self.assertIn('[HKEY_USERS\\a]\r\n"changed"=dword:00000005\r\n"kept"="1"\r\n', text)
+        for name, body, line in (("cut", '[HKEY_USERS\\b]\n@="x"\n"y"="z', 5), ("root", "[HKEY_NONE]\n", 4),
+                                 ("deletion", "[HKEY_USERS\\c]\n@=\"\"\n[-HKEY_USERS\\a]\n", 5)):
+            with self.subTest(name):
+                said = self.run_tool("registry", "import", self.device, self.file(name, REGISTRY + body, "utf-16-le"), code=1)
+                self.assertIn(f'{name}", line {line}: ', said)
+        self.run_tool("registry", "import", self.device, self.file("8 bit", REGISTRY[1:] + "[HKEY_USERS]\n"), code=1)
+        self.assertEqual(self.everything(), before)
+
+        other = self.folder / "other"
+        self.run_tool("init", other, "--demonstration")
+        out = self.folder / "out.reg"
+        self.run_tool("registry", "export", other, out)
+        self.run_tool("registry", "import", self.device, out)
+        self.assertIn("Robin Vähä", self.everything()[1].decode("utf-16"))
+
+    def test_cards_are_remembered_and_forgotten(self):
+        stick = self.folder / "stick"
+        stick.mkdir()
+        (stick / "a").write_text("abc")
+        self.run_tool("card", "add", self.device, "Stick", stick, "--capacity", 5000)
+        self.run_tool("card", "add", self.device, "Docs", self.folder / "stick", code=1)  # one folder under two names
+        for name in ("..", "a/b", ""):
+            self.run_tool("card", "add", self.device, name, self.folder, code=1)
+        self.run_tool("card", "add", self.device, "Gone", self.folder / "none", code=1)
+        self.assertEqual(self.run_tool("card", "list", self.device), f"card    Stick = {stick}, 5000 bytes\n")
+        self.assertIn("card    Stick", self.run_tool("show", self.device))
+        self.run_tool("card", "remove", self.device, "Stick")
+        self.run_tool("card", "remove", self.device, "Stick", code=1)
+        self.assertEqual(self.run_tool("card", "list", self.device), "")
+        self.assertEqual((stick / "a").read_text(), "abc")
+
+    def test_only_a_device_is_opened_and_only_an_empty_folder_becomes_one(self):
+        other = self.folder / "other"
+        other.mkdir()
+        (other / "letter").write_text("mine")
+        for command in (["show"], ["card", "list"], ["database", "list"], ["registry", "export"]):
+            self.run_tool(*command, other, code=2)
+            self.run_tool(*command, self.folder / "missing", code=2)
+        self.run_tool("init", other, code=1)
+        self.run_tool("init", self.device, code=1)
+        self.run_tool("database", "import", self.device, self.folder / "missing", code=2)
+        self.assertEqual([path.name for path in other.iterdir()], ["letter"])
+        self.assertFalse((self.folder / "missing").exists())
+
+
+if __name__ == "__main__":
+    TOOL = sys.argv.pop(1)
+    unittest.main()

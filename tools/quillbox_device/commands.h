@@ -1,0 +1,38 @@
+// commands.h - what the program does, a function a command. Each throws a Failure, and has changed nothing then.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace quillbox_device {
+
+// Prints what the device holds.
+void show(const std::filesystem::path& device);
+
+// Makes a device of a folder that is missing or empty.
+void init(const std::filesystem::path& device, bool demonstration);
+
+// Folders of the host that the device shows in its root at every start.
+void listCards(const std::filesystem::path& device);
+void addCard(const std::filesystem::path& device, const std::string& name, const std::filesystem::path& folder,
+             std::optional<std::uint64_t> capacity, bool plainFolder);
+void removeCard(const std::filesystem::path& device, const std::string& name);
+
+// Files are paths of the host, or "-" for standard input and output. An export replaces no file unless `force`.
+void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force);
+
+// Sets what the file names; everything else stays.
+void importRegistry(const std::filesystem::path& device, const std::string& file);
+
+void listDatabases(const std::filesystem::path& device);
+
+// One database as JSON lines, or all.
+void exportDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
+                     const std::string& file, bool force);
+
+// Makes the databases of a file. One that exists is a failure unless `replace`.
+void importDatabases(const std::filesystem::path& device, const std::string& file, bool replace);
+
+}  // namespace quillbox_device

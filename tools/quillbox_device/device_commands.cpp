@@ -1,0 +1,108 @@
+// device_commands.cpp - making a device, its cards, and what it holds.
+
+#include "commands.h"
+#include "existing_device.h"
+#include "failure.h"
+#include "stored_databases.h"
+
+#include "remembered_folders.h"
+
+#include <iostream>
+
+namespace quillbox_device {
+
+namespace fs = std::filesystem;
+using platform::device::ExtraFolder;
+
+namespace {
+
+void print(const ExtraFolder& folder)
+{
+    std::cout << (folder.card ? "card    " : "folder  ") << folder.name << " = " << folder.folder.string();
+    if (folder.capacity)
+        std::cout << ", " << *folder.capacity << " bytes";
+    std::error_code ignored;
+    std::cout << (fs::is_directory(folder.folder, ignored) ? "\n" : " (not there)\n");
+}
+
+struct Held {
+    std::uintmax_t files = 0;
+    std::uintmax_t bytes = 0;
+};
+
+Held heldIn(const fs::path& folder)
+{
+    Held held;
+    for (const auto& entry : fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
+        if (entry.symlink_status().type() != fs::file_type::regular)
+            continue;
+        ++held.files;
+        std::error_code gone;
+        const std::uintmax_t bytes = entry.file_size(gone);
+        held.bytes += gone ? 0 : bytes;
+    }
+    return held;
+}
+
+void printHeld(const std::string& what, const fs::path& folder)
+{
+    const Held held = heldIn(folder);
+    std::cout << what << ": " << held.files << " files, " << held.bytes << " bytes\n";
+}
+
+}  // namespace
+
+void show(const fs::path& device)
+{
+    const auto opened = openExisting(device);
+    printHeld("object store", opened->folder() / "object-store");
+    for (const auto& entry : fs::directory_iterator(opened->folder() / "cards"))
+        if (entry.symlink_status().type() == fs::file_type::directory)
+            printHeld("card " + entry.path().filename().string(), entry.path());
+    for (const ExtraFolder& folder : platform::device::rememberedFolders())
+        print(folder);
+    for (const StoredDatabase& database : storedDatabases())
+        print(database);
+    if (fs::exists(fs::symlink_status(opened->folder() / "registry.refused")))
+        std::cout << "registry.refused: a restored registry that was damaged and not put in force\n";
+}
+
+void init(const fs::path& device, bool demonstration)
+{
+    if (fs::exists(device / "object-store"))
+        throw Failure("\"" + device.string() + "\" is a device already.");
+    const auto made = platform::device::openDevice(device, {}, demonstration);
+    if (!made.device)
+        throw Failure(made.error.sentence);
+}
+
+void listCards(const fs::path& device)
+{
+    const auto opened = openExisting(device);
+    for (const ExtraFolder& folder : platform::device::rememberedFolders())
+        print(folder);
+}
+
+void addCard(const fs::path& device, const std::string& name, const fs::path& folder,
+             std::optional<std::uint64_t> capacity, bool plainFolder)
+{
+    const ExtraFolder added{name, fs::absolute(folder).lexically_normal(), !plainFolder, capacity};
+    if (!fs::is_directory(folder))
+        throw Failure("\"" + folder.string() + "\" is not a folder.");
+    // A device that couldn't start with it must not remember it.
+    openExisting(device).reset();
+    const auto tried = platform::device::openDevice(device, {added}, false);
+    if (!tried.device)
+        throw Failure(tried.error.sentence);
+    if (!platform::device::rememberFolder(added))
+        throw Failure("\"" + name + "\" can't be remembered.");
+}
+
+void removeCard(const fs::path& device, const std::string& name)
+{
+    const auto opened = openExisting(device);
+    if (!platform::device::forgetFolder(name))
+        throw Failure("The device remembers no card or folder of the name \"" + name + "\".");
+}
+
+}  // namespace quillbox_device

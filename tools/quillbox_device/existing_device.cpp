@@ -1,0 +1,92 @@
+// existing_device.cpp - see existing_device.h.
+
+#include "existing_device.h"
+
+#include "failure.h"
+
+#include "descriptor.h"
+#include "device_database.h"
+#include "object_store.h"
+#include "registry_store.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace quillbox_device {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void closeDatabase()
+{
+    platform::store::closeStore();
+    platform::registry::closeRegistry();
+}
+
+void flush(const fs::path& path)
+{
+    const platform::device::Descriptor opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened || ::fsync(opened.get()) != 0)
+        throw Failure("\"" + path.string() + "\" can't be written: " + std::generic_category().message(errno) + ".");
+}
+
+// Removes the copy unless it has become the database.
+class Copy {
+public:
+    Copy(const fs::path& database, const fs::path& copy) : copy_(copy)
+    {
+        fs::copy_file(database, copy, fs::copy_options::overwrite_existing);
+    }
+    Copy(const Copy&) = delete;
+    Copy& operator=(const Copy&) = delete;
+    ~Copy()
+    {
+        closeDatabase();
+        std::error_code ignored;
+        for (const char* part : {"", "-wal", "-shm"})
+            fs::remove(copy_.string() + part, ignored);
+    }
+
+private:
+    fs::path copy_;
+};
+
+}  // namespace
+
+std::unique_ptr<platform::device::Device> openExisting(const fs::path& folder)
+{
+    std::error_code error;
+    if (!fs::is_directory(folder / "object-store", error))
+        throw Failure("\"" + folder.string() + "\" is not a device: it has no folder \"object-store\".", exitBadUsage);
+    auto opened = platform::device::openDevice(folder, {}, false);
+    if (!opened.device)
+        throw Failure(opened.error.sentence);
+    return std::move(opened.device);
+}
+
+void changeAsAWhole(const platform::device::Device& device, const std::function<void()>& change)
+{
+    const fs::path database = device.folder() / "device.db";
+    const fs::path changing = device.folder() / "device.db.changing";
+    closeDatabase();  // puts all of it into the one file
+    if (fs::exists(database.string() + "-wal"))
+        throw Failure("The device's database \"" + database.string() + "\" can't be closed.");
+    const Copy copy(database, changing);
+    std::string sentence;
+    if (!platform::registry::openRegistry(changing, sentence))
+        throw Failure(sentence);
+    // The copy counts only once it is flushed as a whole.
+    (void)platform::database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
+    change();
+    closeDatabase();
+    if (fs::exists(changing.string() + "-wal"))
+        throw Failure("The change can't be written to the device's disk.");
+    flush(changing);
+    fs::rename(changing, database);
+    flush(device.folder());
+}
+
+}  // namespace quillbox_device

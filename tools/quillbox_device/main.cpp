@@ -1,0 +1,110 @@
+// main.cpp - quillbox-device: looks into a device folder and changes it, for whoever has no handheld.
+
+#include "commands.h"
+#include "failure.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+
+namespace {
+
+using namespace quillbox_device;
+
+struct CommandLine {
+    std::string device;
+    std::string name;
+    std::string folder;
+    std::string file = "-";
+    std::optional<std::string> database;
+    std::optional<std::uint64_t> capacity;
+    bool plainFolder = false;
+    bool demonstration = false;
+    bool force = false;
+    bool replace = false;
+};
+
+CLI::App* addCommand(CLI::App& parent, CommandLine& line, const char* name, const char* what)
+{
+    CLI::App* command = parent.add_subcommand(name, what);
+    command->add_option("DEVICE", line.device, "the device's folder")->required();
+    return command;
+}
+
+void addCards(CLI::App& app, CommandLine& line)
+{
+    CLI::App* card = app.add_subcommand("card", "folders of this computer that the device shows at every start");
+    card->require_subcommand(1);
+    CLI::App* list = addCommand(*card, line, "list", "prints them");
+    list->callback([&line] { listCards(line.device); });
+    CLI::App* add = addCommand(*card, line, "add", "adds one");
+    add->add_option("NAME", line.name, "its name on the device")->required();
+    add->add_option("DIR", line.folder, "the folder")->required();
+    add->add_option("--capacity", line.capacity, "bytes that it may hold");
+    add->add_flag("--folder", line.plainFolder, "a plain folder, not a card");
+    add->callback([&line] { addCard(line.device, line.name, line.folder, line.capacity, line.plainFolder); });
+    CLI::App* remove = addCommand(*card, line, "remove", "forgets one; what is in the folder stays");
+    remove->add_option("NAME", line.name, "its name on the device")->required();
+    remove->callback([&line] { removeCard(line.device, line.name); });
+}
+
+void addRegistry(CLI::App& app, CommandLine& line)
+{
+    CLI::App* registry = app.add_subcommand("registry", "the registry as a .reg file");
+    registry->require_subcommand(1);
+    CLI::App* out = addCommand(*registry, line, "export", "writes it");
+    out->add_option("FILE", line.file, "the file; none or -: standard output");
+    out->add_flag("--force", line.force, "replaces a file that exists");
+    out->callback([&line] { exportRegistry(line.device, line.file, line.force); });
+    CLI::App* in = addCommand(*registry, line, "import", "sets what a file names, all of it or nothing");
+    in->add_option("FILE", line.file, "the file; -: standard input")->required();
+    in->callback([&line] { importRegistry(line.device, line.file); });
+}
+
+void addDatabases(CLI::App& app, CommandLine& line)
+{
+    CLI::App* database = app.add_subcommand("database", "databases as JSON lines");
+    database->require_subcommand(1);
+    CLI::App* list = addCommand(*database, line, "list", "prints their names");
+    list->callback([&line] { listDatabases(line.device); });
+    CLI::App* out = addCommand(*database, line, "export", "writes one, or all");
+    out->add_option("FILE", line.file, "the file; none or -: standard output");
+    out->add_option("--name", line.database, "the database; none: all");
+    out->add_flag("--force", line.force, "replaces a file that exists");
+    out->callback([&line] { exportDatabases(line.device, line.database, line.file, line.force); });
+    CLI::App* in = addCommand(*database, line, "import", "makes the databases of a file, all of them or none");
+    in->add_option("FILE", line.file, "the file; -: standard input")->required();
+    in->add_flag("--replace", line.replace, "replaces databases that exist");
+    in->callback([&line] { importDatabases(line.device, line.file, line.replace); });
+}
+
+}  // namespace
+
+int main(int count, char** arguments)
+{
+    CLI::App app("Looks into a device's folder and changes it. No Quillbox may have it open.\n"
+                 "Exit code: 0 done; 1 not done, and nothing was changed; 2 bad usage, or no such device or file.",
+                 "quillbox-device");
+    app.set_version_flag("--version", "quillbox-device " QUILLBOX_VERSION);
+    app.require_subcommand(1);
+    CommandLine line;
+    addCommand(app, line, "show", "prints what it holds")->callback([&line] { show(line.device); });
+    CLI::App* make = addCommand(app, line, "init", "makes a device of a folder that is missing or empty");
+    make->add_flag("--demonstration", line.demonstration, "with content worth a try");
+    make->callback([&line] { init(line.device, line.demonstration); });
+    addCards(app, line);
+    addRegistry(app, line);
+    addDatabases(app, line);
+    try {
+        app.parse(count, arguments);
+        return exitGood;
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? exitGood : exitBadUsage;
+    } catch (const Failure& failure) {
+        std::cerr << "quillbox-device: " << failure.what() << '\n';
+        return failure.exitCode();
+    } catch (const std::exception& error) {
+        std::cerr << "quillbox-device: " << error.what() << '\n';
+        return exitFailed;
+    }
+}

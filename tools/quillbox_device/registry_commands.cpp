@@ -1,0 +1,45 @@
+// registry_commands.cpp - the registry as a file of the host, and back.
+
+#include "commands.h"
+#include "existing_device.h"
+#include "failure.h"
+#include "host_files.h"
+
+#include "registry_content.h"
+
+namespace quillbox_device {
+
+using platform::database::Step;
+
+void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force)
+{
+    const auto opened = openExisting(device);
+    Output output(file, force);
+    const bool written = platform::registry::writeContent([&](std::span<const std::byte> bytes) {
+        output.stream().write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        return output.stream().good();
+    });
+    if (!written && output.stream().good())
+        throw Failure("The device's registry can't be read.");
+    output.finish();
+}
+
+void importRegistry(const std::filesystem::path& device, const std::string& file)
+{
+    Input input(file);
+    const auto opened = openExisting(device);
+    const auto read = platform::registry::readContent(
+        [&](std::span<std::byte> buffer) {
+            input.stream().read(reinterpret_cast<char*>(buffer.data()), static_cast<std::streamsize>(buffer.size()));
+            return static_cast<std::size_t>(input.stream().gcount());
+        },
+        platform::registry::Wholeness::Free, platform::registry::Unnamed::Kept);
+    if (read.step != Step::Done)
+        throw Failure(read.step == Step::Full ? "There is no room on the device's disk."
+                                              : "The device's registry can't be written.");
+    if (read.fault)
+        throw Failure("\"" + file + "\", line " + std::to_string(read.fault->line) + ": " + read.fault->what +
+                      ". Nothing was imported.");
+}
+
+}  // namespace quillbox_device
