@@ -34,7 +34,7 @@ int exitCodeOf(int status)
 
 int main(int count, char* arguments[])
 {
-    const int report = count < 3 ? -1 : std::atoi(arguments[1]);
+    const auto report = count < 3 ? -1 : static_cast<int>(std::strtol(arguments[1], nullptr, 10));
     if (report <= STDERR_FILENO || ::fcntl(report, F_SETFD, FD_CLOEXEC) != 0) {
         std::fputs("usage: quillbox-bench-launcher DESCRIPTOR COMMAND [ARGUMENT...]\n", stderr);
         return ExitUsage;
