@@ -30,12 +30,12 @@ struct SinkEnded {};
 
 bool isLineBreak(std::optional<char16_t> unit)
 {
-    return unit == u'\r' || unit == u'\n';
+    return unit && (*unit == u'\r' || *unit == u'\n');
 }
 
 bool isBlank(std::optional<char16_t> unit)
 {
-    return unit == u' ' || unit == u'\t';
+    return unit && (*unit == u' ' || *unit == u'\t');
 }
 
 std::optional<unsigned> digitOf(std::optional<char16_t> unit)

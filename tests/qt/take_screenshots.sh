@@ -87,9 +87,23 @@ main_menu() { # KEY... after the first menu has opened
     keys F10 "$@"
 }
 
+# "Databases" and "Files" expanded, folders in them, and what the caret lands on marked.
+mark_in_the_tree() {
+    keys Home Right Down Right Down Down
+    sleep 1.2  # typed letters belong together for so long
+    xdotool type --delay 20 "files"
+    keys Right Down
+    sleep 1.2
+    xdotool type --delay 20 "my doc"
+    keys Right Down Down
+}
+
 take_all() {
     await "KORV Quillbox"
     picture 1-main
+    mark_in_the_tree
+    picture 1-tree
+    keys Home Left
     main_menu Down
     picture 2-menu
     keys Escape Escape

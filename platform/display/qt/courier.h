@@ -6,6 +6,7 @@
 
 #include "date_display.h"
 #include "display.h"
+#include "tree_display.h"
 
 #include <functional>
 #include <string>
@@ -29,6 +30,14 @@ public:
         return carry(window, window::postText(window, std::move(text)));
     }
     bool date(HWND picker, const SYSTEMTIME& date) const { return carry(picker, window::postDate(picker, date)); }
+    bool treeClick(HWND tree, HTREEITEM item, window::TreePart part) const
+    {
+        return carry(tree, window::postTreeClick(tree, item, part));
+    }
+    bool treeDoubleClick(HWND tree, HTREEITEM item, window::TreePart part) const
+    {
+        return carry(tree, window::postTreeDoubleClick(tree, item, part));
+    }
     bool close(HWND top) const { return carry(top, window::postClose(top)); }
     bool captionOk(HWND top) const { return carry(top, window::postCaptionOk(top)); }
     bool command(HWND top, WORD id) const { return carry(top, window::postCommand(top, id)); }

@@ -1,36 +1,284 @@
-// tree_view.cpp - the tree of the main window. It shows what the core's tree holds, and that has no items.
+// tree_view.cpp - the tree of the main window. What is selected, marked and expanded is the core's.
 
 #include "tree_view.h"
 
 #include "focus_outline.h"
+#include "keys.h"
+#include "tree_items_model.h"
 
+#include "ce/window.h"
+
+#include <QAccessible>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QStyledItemDelegate>
 #include <QTreeView>
+
+#include <algorithm>
+#include <utility>
 
 namespace platform::qt {
 
 namespace {
 
+using window::Change;
+using window::TreeChanges;
+using window::TreePart;
+using window::WindowState;
+
+// A selection that follows the core. What the toolkit or a screen reader wants selected is only a wish.
+class FollowingSelection final : public QItemSelectionModel {
+public:
+    FollowingSelection(QAbstractItemModel* model, std::function<void(const QModelIndex&)> wish)
+        : QItemSelectionModel(model, model), wish_(std::move(wish))
+    {
+    }
+
+    void select(const QModelIndex& index, SelectionFlags flags) override
+    {
+        if (index.isValid() && (flags & Select) && !isSelected(index))
+            wish_(index);
+    }
+    void select(const QItemSelection& selection, SelectionFlags flags) override
+    {
+        if (!selection.isEmpty())
+            select(selection.front().topLeft(), flags);
+    }
+    void setCurrentIndex(const QModelIndex& index, SelectionFlags flags) override { select(index, flags); }
+
+    void take(const QModelIndex& index)
+    {
+        if (index == currentIndex() && isSelected(index))
+            return;
+        QItemSelectionModel::select(QItemSelection(index, index), ClearAndSelect);
+        QItemSelectionModel::setCurrentIndex(index, NoUpdate);
+    }
+
+private:
+    std::function<void(const QModelIndex&)> wish_;
+};
+
+// The picture shows the mark already: no second box beside it, and in the selected row no tint over it.
+class ItemDelegate final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        option->features &= ~QStyleOptionViewItem::HasCheckIndicator;
+        if (!option->state.testFlag(QStyle::State_Selected) || option->icon.isNull())
+            return;
+        const qreal scale = option->widget ? option->widget->devicePixelRatio() : 1.0;
+        const QPixmap picture = option->icon.pixmap(option->decorationSize, scale);
+        option->icon = QIcon();
+        option->icon.addPixmap(picture, QIcon::Normal);
+        option->icon.addPixmap(picture, QIcon::Selected);
+    }
+};
+
 class ItemTreeView final : public QTreeView, public View {
 public:
-    ItemTreeView(const window::WindowState& state, const Courier& courier, QWidget* parent)
-        : QTreeView(parent), View(state.window, courier), outline_(this)
+    ItemTreeView(const WindowState& state, const Courier& courier, QWidget* parent)
+        : QTreeView(parent), View(state.window, courier),
+          items_(
+              state.window, [this](HTREEITEM item) { clickOn(item); }, this),
+          selection_(&items_, [this](const QModelIndex& index) { clickOn(items_.itemAt(index)); }), delegate_(this),
+          outline_(this)
     {
+        setModel(&items_);
+        setSelectionModel(&selection_);
+        setItemDelegate(&delegate_);
         setHeaderHidden(true);
+        header()->setStretchLastSection(false);
+        header()->setResizeContentsPrecision(0);  // as wide as what is on the screen
         setUniformRowHeights(true);
+        setItemsExpandable(false);
+        setExpandsOnDoubleClick(false);
+        setEditTriggers(NoEditTriggers);
+        setAutoScroll(false);
+        setTextElideMode(Qt::ElideNone);
+        setHorizontalScrollMode(ScrollPerPixel);
     }
 
     using View::window;
     QWidget& widget() override { return *this; }
 
-    void follow(const window::WindowState& state, Changes) override { setAccessibleName(toQt(state.text)); }
+    void follow(const WindowState& state, Changes changes) override
+    {
+        setAccessibleName(toQt(state.text));
+        if (!changes.has(Change::Tree))
+            return;
+        followPictures();
+        const TreeChanges tree = window::takeTreeChanges(this->window(), !std::exchange(begun_, true));
+        if (items_.take(tree))
+            scheduleDelayedItemsLayout();
+        for (const window::TreeFold& fold : tree.folded)
+            setExpanded(items_.indexOf(fold.item), fold.expanded);
+        const QModelIndex before = selection_.currentIndex();
+        selection_.take(items_.indexOf(tree.selected));
+        if (const QModelIndex toShow = items_.indexOf(tree.toShow); isOnARow(toShow))
+            scrollTo(toShow);
+        // A screen reader reads an item that becomes the current one by itself.
+        if (before == selection_.currentIndex() && std::ranges::count(tree.updated, tree.selected) != 0)
+            sayMarkChanged();
+    }
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override
+    {
+        if (event->button() != Qt::LeftButton)
+            return;
+        const auto [item, part] = hit(event->position().toPoint());
+        courier().treeClick(window(), item, part);
+    }
+    void mouseDoubleClickEvent(QMouseEvent* event) override
+    {
+        if (event->button() != Qt::LeftButton)
+            return;
+        const auto [item, part] = hit(event->position().toPoint());
+        courier().treeDoubleClick(window(), item, part);
+    }
+    void mouseMoveEvent(QMouseEvent*) override {}
+    void mouseReleaseEvent(QMouseEvent*) override {}
+
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        const Qt::KeyboardModifiers modifiers = event->modifiers();
+        const bool control = modifiers.testFlag(Qt::ControlModifier);
+        const WORD key = virtualKeyOf(*event);
+        const bool isSign =
+            modifiers.testFlag(Qt::KeypadModifier) && (key == VK_ADD || key == VK_SUBTRACT || key == VK_MULTIPLY);
+        if (modifiers.testFlag(Qt::AltModifier) || (control && scrollByKey(event->key()))) {
+            event->setAccepted(!modifiers.testFlag(Qt::AltModifier));
+        } else if (!control && !isSign && !event->text().isEmpty() && event->text().front().isPrint()) {
+            courier().typedText(window(), fromQt(event->text()));
+        } else if (key) {
+            courier().key(window(), key, modifiers.testFlag(Qt::ShiftModifier), control, false);
+        } else {
+            event->ignore();
+        }
+    }
+
+    void updateGeometries() override
+    {
+        QTreeView::updateGeometries();
+        widenColumn(0);
+    }
+    void scrollContentsBy(int dx, int dy) override
+    {
+        QTreeView::scrollContentsBy(dx, dy);
+        if (dy != 0)
+            widenColumn(header()->sectionSize(0));  // narrower again only when the rows change
+    }
 
 private:
+    struct Hit {
+        HTREEITEM item = nullptr;
+        TreePart part = TreePart::Label;
+    };
+
+    void clickOn(HTREEITEM item) { courier().treeClick(window(), item, TreePart::Label); }
+
+    void followPictures()
+    {
+        const window::TreePictures pictures = window::treePictures(this->window());
+        if (pictures.bitmapId == pictures_.bitmapId)
+            return;
+        pictures_ = pictures;
+        items_.show(pictures);
+        // At the size that they were drawn for, larger only where the user's font is.
+        const qreal larger = std::max(1.0, fontMetrics().height() / (1.25 * pictures.height));
+        setIconSize(QSize(qRound(pictures.width * larger), qRound(pictures.height * larger)));
+    }
+
+    // Is every item above it expanded? To scroll to any other would expand them.
+    [[nodiscard]] bool isOnARow(const QModelIndex& index) const
+    {
+        QModelIndex above = index.parent();
+        while (above.isValid() && isExpanded(above))
+            above = above.parent();
+        return index.isValid() && !above.isValid();
+    }
+
+    [[nodiscard]] Hit hit(QPoint point) const
+    {
+        const QModelIndex index = indexAt(point);
+        if (!index.isValid())
+            return {};
+        const auto fromTheStart = [this](const QRect& rect) {
+            return QStyle::visualRect(layoutDirection(), viewport()->rect(), rect);
+        };
+        const int x = fromTheStart(QRect(point, QSize(1, 1))).left();
+        const int start = fromTheStart(visualRect(index)).left();
+        const int pictureWidth = iconSize().width() + style()->pixelMetric(QStyle::PM_FocusFrameHMargin) + 1;
+        TreePart part = TreePart::Right;
+        if (x < start)
+            part = items_.hasChildren(index) && x >= start - indentation() ? TreePart::Button : TreePart::Indent;
+        else if (x < start + pictureWidth)
+            part = TreePart::Icon;
+        else if (x < start + sizeHintForIndex(index).width())
+            part = TreePart::Label;
+        return {items_.itemAt(index), part};
+    }
+
+    bool scrollByKey(int key)
+    {
+        switch (key) {
+        case Qt::Key_Up:
+        case Qt::Key_Down:
+            verticalScrollBar()->triggerAction(key == Qt::Key_Up ? QScrollBar::SliderSingleStepSub
+                                                                 : QScrollBar::SliderSingleStepAdd);
+            return true;
+        case Qt::Key_Left:
+        case Qt::Key_Right:
+            horizontalScrollBar()->triggerAction(key == Qt::Key_Left ? QScrollBar::SliderSingleStepSub
+                                                                     : QScrollBar::SliderSingleStepAdd);
+            return true;
+        default:
+            return false;
+        }
+    }
+
+    void widenColumn(int least)
+    {
+        if (std::exchange(widening_, true))
+            return;
+        const int width = std::max({least, viewport()->width(), sizeHintForColumn(0)});
+        if (header()->sectionSize(0) != width)
+            header()->resizeSection(0, width);
+        widening_ = false;
+    }
+
+    void sayMarkChanged()
+    {
+        QAccessibleInterface* tree = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(this) : nullptr;
+        QAccessibleInterface* item = tree ? tree->focusChild() : nullptr;
+        if (!item)
+            return;
+        QAccessible::State changed;
+        changed.checked = true;
+        QAccessibleStateChangeEvent state(item, changed);
+        QAccessible::updateAccessibility(&state);
+        QAccessibleEvent description(item, QAccessible::DescriptionChanged);
+        QAccessible::updateAccessibility(&description);
+    }
+
+    TreeItemsModel items_;
+    FollowingSelection selection_;
+    ItemDelegate delegate_;
     FocusOutline outline_;
+    window::TreePictures pictures_;
+    bool begun_ = false;
+    bool widening_ = false;
 };
 
 }  // namespace
 
-View* makeTreeView(const window::WindowState& state, const Courier& courier, QWidget* parent)
+View* makeTreeView(const WindowState& state, const Courier& courier, QWidget* parent)
 {
     return new ItemTreeView(state, courier, parent);
 }
