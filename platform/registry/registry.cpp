@@ -13,7 +13,6 @@
 
 namespace {
 
-using platform::database::Connection;
 using platform::database::DatabaseUse;
 using platform::database::Statement;
 using platform::database::Step;

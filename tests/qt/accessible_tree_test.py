@@ -24,7 +24,8 @@ DIALOGS = [  # keys from the main window, title, what must be there: (role, name
     ("F10 Right Right Return", "Full Backup", [("check box", "All files"), ("text", "Backupset comments")]),
 ]
 MAIN = [("push button", name) for name in ("Mark", "Unmark", "Full backup", "Filter", "Options")] + [
-    ("menu item", "File"), ("menu item", "Operations")]
+    ("menu item", "File"), ("menu item", "Operations")] + [
+    ("table cell", name) for name in ("Databases", "Files", "Registry")]
 
 
 def run_inside_a_session():
@@ -86,6 +87,22 @@ class Tree:
         seen = self.walk(window, 1)
         self.faults += [f"{title}: no {role} {name!r}" for role, name in expected if (role, name) not in seen]
 
+    def find(self, node, name):
+        for child in node:
+            found = child and (child if child.name == name else self.find(child, name))
+            if found:
+                return found
+        return None
+
+    def check_mark(self):
+        """The caret lands on the last item and marks it: that has to be heard, not only seen."""
+        import pyatspi
+        cell = self.find(self.window("KORV Quillbox"), "Registry")
+        for said, checked in ("not marked", False), ("marked", True):
+            wait_for(f"Registry {said!r}", lambda said=said, checked=checked: cell.description == said and
+                     cell.getState().contains(pyatspi.STATE_CHECKED) == checked)
+            keys("End")
+
 
 def inside(program_file):
     with tempfile.TemporaryDirectory() as folder:
@@ -100,6 +117,7 @@ def inside(program_file):
         try:
             tree = Tree(program.pid)
             tree.check("KORV Quillbox", MAIN)
+            tree.check_mark()
             for path, title, expected in DIALOGS:
                 keys(path)
                 tree.check(title, expected)

@@ -87,15 +87,19 @@ main_menu() { # KEY... after the first menu has opened
     keys F10 "$@"
 }
 
-# "Databases" and "Files" expanded, folders in them, and what the caret lands on marked.
-mark_in_the_tree() {
-    keys Home Right Down Right Down Down
-    sleep 1.2  # typed letters belong together for so long
-    xdotool type --delay 20 "files"
-    keys Right Down
+# To the next item that begins so. What is typed within a second belongs to one name.
+go_to() { # TEXT
     sleep 1.2
-    xdotool type --delay 20 "my doc"
-    keys Right Down Down
+    xdotool type --delay 20 "$1"
+}
+# Everything that has a picture of its own: marked and not, in ROM, and folders with and without a mark.
+mark_in_the_tree() {
+    keys Home Right Down Down
+    go_to "files"; keys Right
+    go_to "windows"; keys Right
+    go_to "my documents"; keys Right
+    go_to "household"
+    go_to "to do"
 }
 
 take_all() {
