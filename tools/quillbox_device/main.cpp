@@ -78,9 +78,7 @@ void addDatabases(CLI::App& app, CommandLine& line)
     in->callback([&line] { importDatabases(line.device, line.file, line.replace); });
 }
 
-}  // namespace
-
-int main(int count, char** arguments)
+int run(int count, char** arguments)
 {
     CLI::App app("Looks into a device's folder and changes it. No Quillbox may have it open.\n"
                  "Exit code: 0 done; 1 not done, and nothing was changed; 2 bad usage, or no such device or file.",
@@ -100,6 +98,15 @@ int main(int count, char** arguments)
         return exitGood;
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? exitGood : exitBadUsage;
+    }
+}
+
+}  // namespace
+
+int main(int count, char** arguments)
+{
+    try {
+        return run(count, arguments);
     } catch (const Failure& failure) {
         std::cerr << "quillbox-device: " << failure.what() << '\n';
         return failure.exitCode();
