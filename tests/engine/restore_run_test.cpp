@@ -175,6 +175,17 @@ TEST_F(RestoreRunTest, OffsetsThatMeanNothingRestoreNothing)
     EXPECT_EQ(read("whole"), "hello");
 }
 
+TEST_F(RestoreRunTest, DamagedDatabaseItemCostsNoFileOfItsImagesName)
+{
+    write("X.CDB", "the user's own");
+    std::filesystem::create_directories(card_ / "QUILBOX");
+    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << Head + entry(2, "X", 3, 9);
+    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;
+    restore();
+    EXPECT_EQ(read("X.CDB"), "the user's own");
+    EXPECT_FALSE(exists("BK000.TMP"));
+}
+
 TEST_F(RestoreRunTest, NamesThatDifferByCaseAloneStayTwo)
 {
     write("Same", "upper");

@@ -24,6 +24,8 @@ const std::map<UINT, std::u16string> Texts = {
     {114, u"File: %s"},
     {115, u"File:%s exists replace ?"},
     {116, u"Restored: %d "},
+    {117, u"Restoring Database(s)"},
+    {118, u"Database: %s"},
     {122, u"No Backup File found"},
     {123, u"Select backup file"},
     {124, u"No item to backup!"},
