@@ -28,20 +28,18 @@ Step stepOf(int result)
 
 }  // namespace
 
-Statement::Statement(Connection& connection, std::string sql, sqlite3_stmt* statement)
-    : connection_(&connection), sql_(std::move(sql)), statement_(statement)
-{
-}
-
 Statement::Statement(Statement&& other) noexcept
-    : connection_(other.connection_), sql_(std::move(other.sql_)), statement_(std::exchange(other.statement_, nullptr))
+    : home_(other.home_), statement_(std::exchange(other.statement_, nullptr))
 {
 }
 
 Statement::~Statement()
 {
-    if (statement_ != nullptr)
-        connection_->giveBack(std::move(sql_), statement_);
+    if (statement_ == nullptr)
+        return;
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+    home_->push_back(statement_);
 }
 
 Step Statement::step()
@@ -106,19 +104,17 @@ Connection::~Connection()
     sqlite3_close(database_);
 }
 
-Statement Connection::prepare(std::string_view sql)
+Statement Connection::prepare(Sql sql)
 {
-    std::string key(sql);
-    auto& waiting = prepared_[key];
+    Prepared& waiting = prepared_[sql.text()];
     sqlite3_stmt* statement = nullptr;
     if (waiting.empty()) {
-        sqlite3_prepare_v3(database_, key.c_str(), static_cast<int>(key.size()), SQLITE_PREPARE_PERSISTENT, &statement,
-                           nullptr);
+        sqlite3_prepare_v3(database_, sql.text(), sql.size(), SQLITE_PREPARE_PERSISTENT, &statement, nullptr);
     } else {
         statement = waiting.back();
         waiting.pop_back();
     }
-    return {*this, std::move(key), statement};
+    return {waiting, statement};
 }
 
 Step Connection::execute(const std::string& sql)
@@ -130,6 +126,7 @@ Step Connection::gather(std::function<void(Step)> ended)
 {
     if (isGathering())
         return Step::Done;
+    endReading();
     const Step begun = prepare("BEGIN IMMEDIATE").step();
     if (begun == Step::Done)
         gatheringEnded_ = std::move(ended);
@@ -145,12 +142,25 @@ bool Connection::isGathering()
 
 void Connection::endGathering()
 {
+    endReading();
     if (!isGathering())
         return;
     const Step committed = prepare("COMMIT").step();
     if (committed != Step::Done && sqlite3_get_autocommit(database_) == 0)
         (void)prepare("ROLLBACK").step();
     std::exchange(gatheringEnded_, nullptr)(committed);
+}
+
+void Connection::keepReading()
+{
+    if (!reading_ && !gatheringEnded_)
+        reading_ = prepare("BEGIN").step() == Step::Done;
+}
+
+void Connection::endReading()
+{
+    if (std::exchange(reading_, false))
+        (void)prepare("COMMIT").step();
 }
 
 std::int64_t Connection::lastInsertId() const
@@ -161,13 +171,6 @@ std::int64_t Connection::lastInsertId() const
 std::string Connection::lastMessage() const
 {
     return sqlite3_errmsg(database_);
-}
-
-void Connection::giveBack(std::string sql, sqlite3_stmt* statement)
-{
-    sqlite3_reset(statement);
-    sqlite3_clear_bindings(statement);
-    prepared_[std::move(sql)].push_back(statement);
 }
 
 Transaction::Transaction(Connection& connection)

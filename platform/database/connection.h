@@ -29,6 +29,25 @@ enum class Step {
 
 class Connection;
 
+// The text of a statement. It is a literal, so that a connection finds what it has prepared by the address alone.
+class Sql {
+public:
+    template <std::size_t Size>
+    consteval Sql(const char (&text)[Size])  // NOLINT(google-explicit-constructor): it is written where it is used
+        : text_(text), size_(static_cast<int>(Size - 1))
+    {
+    }
+    [[nodiscard]] const char* text() const { return text_; }
+    [[nodiscard]] int size() const { return size_; }
+
+private:
+    const char* text_;
+    int size_;
+};
+
+// The prepared statements of one text that wait for their next use.
+using Prepared = std::vector<sqlite3_stmt*>;
+
 // A prepared statement, borrowed from its connection for one use.
 class Statement {
 public:
@@ -56,7 +75,7 @@ public:
 
 private:
     friend class Connection;
-    Statement(Connection& connection, std::string sql, sqlite3_stmt* statement);
+    Statement(Prepared& home, sqlite3_stmt* statement) : home_(&home), statement_(statement) {}
 
     void bindOne(int index, std::int64_t value);
     void bindOne(int index, std::uint32_t value) { bindOne(index, std::int64_t{value}); }
@@ -66,8 +85,7 @@ private:
     void bindOne(int index, std::u16string_view text) { bindOne(index, std::u16string(text)); }
     void bindOne(int index, std::span<const std::byte> bytes);
 
-    Connection* connection_;
-    std::string sql_;
+    Prepared* home_;           // where it goes back to
     sqlite3_stmt* statement_;  // null: it could not be prepared, and each step fails
 };
 
@@ -79,7 +97,7 @@ public:
     ~Connection();
 
     // Statements are kept prepared, so the same text costs nothing the next time.
-    [[nodiscard]] Statement prepare(std::string_view sql);
+    [[nodiscard]] Statement prepare(Sql sql);
 
     // One statement or several, without parameters or rows.
     [[nodiscard]] Step execute(const std::string& sql);
@@ -91,8 +109,12 @@ public:
     // False also when a failed statement has undone the transaction, which `ended` then has heard.
     [[nodiscard]] bool isGathering();
 
-    // Puts what was gathered on the disk; nothing if nothing was.
+    // Puts what was gathered on the disk; nothing if nothing was. Ends a reading, too.
     void endGathering();
+
+    // Lets the reads that follow share one transaction, since each that begins its own asks the host for the file's
+    // size. Nobody else changes the file meanwhile. It ends before the next change.
+    void keepReading();
 
     [[nodiscard]] std::int64_t lastInsertId() const;
 
@@ -100,12 +122,12 @@ public:
     [[nodiscard]] std::string lastMessage() const;
 
 private:
-    friend class Statement;
-    void giveBack(std::string sql, sqlite3_stmt* statement);
+    void endReading();
 
     sqlite3* database_;
+    bool reading_ = false;                      // a transaction is open for reads alone
     std::function<void(Step)> gatheringEnded_;  // empty while nothing is gathered
-    std::unordered_map<std::string, std::vector<sqlite3_stmt*>> prepared_;
+    std::unordered_map<const char*, Prepared> prepared_;
 };
 
 // All or nothing: what isn't committed when it ends is undone.

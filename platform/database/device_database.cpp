@@ -6,6 +6,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <system_error>
 
 namespace platform::database {
 
@@ -103,12 +104,20 @@ std::string quoted(const std::filesystem::path& file)
     return "\"" + file.string() + "\"";
 }
 
-std::optional<std::int64_t> readNumber(Connection& connection, std::string_view sql)
+std::optional<std::int64_t> readNumber(Connection& connection, Sql sql)
 {
     Statement statement = connection.prepare(sql);
     if (statement.step() != Step::Row)
         return std::nullopt;
     return statement.integer(0);
+}
+
+// Whether changes stand beside the file that aren't in it.
+bool logWaits(const std::filesystem::path& file)
+{
+    std::error_code none;
+    const auto bytes = std::filesystem::file_size(file.string() + "-wal", none);
+    return !none && bytes > 0;
 }
 
 // What is wrong, from the code of the first access that failed.
@@ -195,8 +204,12 @@ bool openDeviceDatabase(const std::filesystem::path& file, std::string& error)
         return false;
     }
     error = faultOf(database, *connection, path);
-    if (error.empty())
-        error = migrate(database, *connection, path);
+    if (!error.empty()) {
+        // Closing would bring what a kill left in the log into the file.
+        sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, logWaits(path) ? 1 : 0, nullptr);
+        return false;
+    }
+    error = migrate(database, *connection, path);
     if (!error.empty())
         return false;
     openDatabase().connection = std::move(connection);

@@ -146,6 +146,7 @@ void copyInto(void* target, RecordView bytes)
 std::optional<PropertyViews> propertiesOf(RecordView record)
 {
     PropertyViews properties;
+    properties.reserve(16);  // most records have fewer
     while (!record.empty()) {
         const auto property = propertyAt(record);
         if (!property || properties.size() == PropertyLimit)

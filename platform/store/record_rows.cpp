@@ -1,6 +1,8 @@
 // The rows of records.
 #include "record_rows.h"
 
+#include <utility>
+
 namespace platform::store {
 
 using database::Connection;
@@ -27,6 +29,16 @@ DWORD numberOf(const Statement& statement)
     return static_cast<DWORD>(statement.integer(0));
 }
 
+Found<RecordRow> foundRecord(Statement&& statement)
+{
+    const Step step = statement.step();
+    if (step != Step::Row)
+        return {std::nullopt, step == Step::Done ? 0 : errorOf(step)};
+    const CEOID oid = numberOf(statement);
+    const RecordView properties = statement.bytes(1);
+    return {RecordRow{oid, properties, std::move(statement)}, 0};
+}
+
 }  // namespace
 
 DWORD errorOf(Step step)
@@ -34,15 +46,20 @@ DWORD errorOf(Step step)
     return step == Step::Full ? ERROR_DISK_FULL : ERROR_GEN_FAILURE;
 }
 
+Found<RecordRow> recordAt(Connection& connection, CEOID owner, std::int64_t oid)
+{
+    Statement statement =
+        connection.prepare("SELECT oid, properties FROM store_record WHERE oid = ?2 AND database = ?1");
+    statement.bind(owner, oid);
+    return foundRecord(std::move(statement));
+}
+
 Found<RecordRow> recordFrom(Connection& connection, CEOID owner, std::int64_t from)
 {
     Statement statement = connection.prepare(
         "SELECT oid, properties FROM store_record WHERE database = ? AND oid >= ? ORDER BY oid LIMIT 1");
     statement.bind(owner, from);
-    return found<RecordRow>(statement, [](const Statement& row) {
-        const auto properties = row.bytes(1);
-        return RecordRow{numberOf(row), {properties.begin(), properties.end()}};
-    });
+    return foundRecord(std::move(statement));
 }
 
 Found<CEOID> oidFrom(Connection& connection, CEOID owner, std::int64_t from, std::int64_t skipped)

@@ -17,15 +17,18 @@ struct Found {
     DWORD error = 0;  // with no row: 0 there is none, otherwise the platform's number
 };
 
+// Where it stands in the table. Read and let go before anything is changed.
 struct RecordRow {
-    CEOID oid = 0;
-    RecordBytes properties;
+    CEOID oid;
+    RecordView properties;  // good as long as `row` lives
+    database::Statement row;
 };
 
 // The platform's number for a step that failed.
 [[nodiscard]] DWORD errorOf(database::Step step);
 
-// The first record whose oid is at least `from`.
+// The record of that oid, if it is one of the owner's; and the first one whose oid is at least `from`.
+[[nodiscard]] Found<RecordRow> recordAt(database::Connection& connection, CEOID owner, std::int64_t oid);
 [[nodiscard]] Found<RecordRow> recordFrom(database::Connection& connection, CEOID owner, std::int64_t from);
 
 // The oid of the record `skipped` further on from the first one at or behind `from`, or back from the last

@@ -128,6 +128,7 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index)
         SetLastError(ERROR_GEN_FAILURE);
         return 0;
     }
+    use->keepReading();
     const RecordPointer before = open->pointer;
     const CEOID found = seek(*use, *open, how, value);
     if (index != nullptr && (found != 0 || open->pointer.from == RecordPointer::Behind)) {

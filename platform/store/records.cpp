@@ -50,12 +50,17 @@ CEOID onHandle(HANDLE database, Call call)
 // The record at the pointer.
 Found<RecordRow> currentRecord(Connection& connection, const OpenDatabase& open)
 {
-    auto found = recordFrom(connection, open.database(), open.pointer.from);
-    if (!found.row && found.error == 0)
-        found.error = ERROR_NO_MORE_ITEMS;
-    if (found.row && open.pointer.exact && found.row->oid != open.pointer.from && !open.autoIncrement())
+    if (open.pointer.exact) {  // where it costs less than looking for the next one
+        auto exact = recordAt(connection, open.database(), open.pointer.from);
+        if (exact.row || exact.error != 0)
+            return exact;
+    }
+    auto next = recordFrom(connection, open.database(), open.pointer.from);
+    if (!next.row && next.error == 0)
+        next.error = ERROR_NO_MORE_ITEMS;
+    if (next.row && open.pointer.exact && !open.autoIncrement())
         return {std::nullopt, ERROR_KEY_DELETED};
-    return found;
+    return next;
 }
 
 // Makes the caller's block large enough. 0 or the platform's number.
@@ -76,13 +81,23 @@ DWORD provideBlock(std::size_t bytes, DWORD flags, BYTE** buffer, DWORD* size)
     return 0;
 }
 
-// The record itself, wherever the pointer stands; a missing one is the caller's mistake.
-Found<RecordRow> recordOf(Connection& connection, const OpenDatabase& open, CEOID oid)
+struct ChangedRecord {
+    std::optional<RecordBytes> bytes;
+    DWORD error = 0;  // why there are none
+};
+
+// What a record of that oid, or with 0 a new one, becomes by the changes.
+ChangedRecord changedRecord(Connection& connection, CEOID owner, CEOID oid, std::span<const CEPROPVAL> changes)
 {
-    auto found = recordFrom(connection, open.database(), oid);
-    if (found.error != 0 || (found.row && found.row->oid == oid))
-        return found;
-    return {std::nullopt, ERROR_INVALID_PARAMETER};
+    if (oid == 0)
+        return {withChanges({}, changes), ERROR_INVALID_PARAMETER};
+    const auto old = recordAt(connection, owner, oid);
+    if (!old.row)
+        return {std::nullopt, old.error != 0 ? old.error : ERROR_INVALID_PARAMETER};
+    const auto properties = propertiesOf(old.row->properties);
+    if (!properties)
+        return {std::nullopt, ERROR_GEN_FAILURE};
+    return {withChanges(*properties, changes), ERROR_INVALID_PARAMETER};
 }
 
 Outcome addRecord(Connection& connection, OpenDatabase& open, const RecordBytes& record)
@@ -106,24 +121,15 @@ Outcome replaceRecord(Connection& connection, CEOID oid, const RecordBytes& reco
 
 Outcome writeRecord(Connection& connection, OpenDatabase& open, CEOID oid, std::span<const CEPROPVAL> changes)
 {
-    RecordRow old;
-    if (oid != 0) {
-        auto found = recordOf(connection, open, oid);
-        if (!found.row)
-            return failed(found.error);
-        old = std::move(*found.row);
-    }
-    const auto properties = propertiesOf(old.properties);
-    if (!properties)
-        return failed(ERROR_GEN_FAILURE);
-    const auto record = withChanges(*properties, changes);
-    if (!record)
-        return failed(ERROR_INVALID_PARAMETER);
+    const auto record = changedRecord(connection, open.database(), oid, changes);
+    if (!record.bytes)
+        return failed(record.error);
     if (const DWORD error = open.beginChange(connection))
         return failed(error);
-    const Outcome written = oid == 0 ? addRecord(connection, open, *record) : replaceRecord(connection, oid, *record);
+    const Outcome written =
+        oid == 0 ? addRecord(connection, open, *record.bytes) : replaceRecord(connection, oid, *record.bytes);
     if (written.oid != 0)
-        open.countChange(record->size());
+        open.countChange(record.bytes->size());
     (void)connection.isGathering();  // a full disk may have undone all: that is told from here on
     return written;
 }
@@ -178,6 +184,7 @@ CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPI
     return onHandle(database, [&](Connection& connection, OpenDatabase& open) {
         if (count == nullptr || buffer == nullptr || bytes == nullptr || (flags & ~CEDB_ALLOWREALLOC) != 0)
             return failed(ERROR_INVALID_PARAMETER);
+        connection.keepReading();
         const auto record = currentRecord(connection, open);
         if (!record.row)
             return failed(record.error);

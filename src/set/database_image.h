@@ -9,15 +9,16 @@
 // Writes the image of a database into "%s.CDB" in the root of the device, over an old one.
 // 1: the walk has ended. An image that couldn't be written whole is deleted again, so that its packing fails instead of
 //    storing less than the database holds.
-// 0: the database can't be opened, and there is no image; or a record can't be read, and an empty one stands in its
-//    place.
+// 0: the database can't be opened or the image not be made, and what stands at its path is somebody else's; or a record
+//    can't be read, and an empty one stands in its place.
 BOOL DumpDatabase(const WCHAR* name);
 
 // Makes a database from an image, which stays. Its name is that in the image.
 //
 // Each database that must go for it is asked for first: that of the path's name, and that of the name in the image, if
 // it is another one. After a Yes the image is read to its end before anything is deleted: from one that is cut short
-// only a new database is made, of its whole records, and one that exists stays as it is.
+// only a new database is made, of its whole records, and one that exists stays as it is. It stays too for an image with
+// a name that no database can have.
 //
 // 1: all records are in the database, on the disk. 0: nothing was changed, or a failure left the records so far.
 BOOL RestoreDatabase(const WCHAR* imagePath);

@@ -49,6 +49,12 @@ CEOID FindDatabase(const WCHAR* name)
     return oid;
 }
 
+// Whether a database can have that name.
+bool Serves(const WCHAR* name)
+{
+    return FindDatabase(name) != 0 || GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
 bool MayReplace(const WCHAR* name)
 {
     SetCursor(nullptr);
@@ -97,41 +103,39 @@ void EmptyDatabase(HANDLE database)
     }
 }
 
-// One write of up to ImageProperties properties into the record `oid`, which 0 makes. 0 if the image ends within them
-// or they couldn't be written.
-CEOID RestoreProperties(ImageReader& reader, HANDLE database, CEOID oid, WORD count)
+// Reads so many properties and makes a record of them, in one write: no kill leaves a part of it. False if the image
+// ends within them or they couldn't be written.
+bool RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* properties, WORD count)
 {
-    CEPROPVAL properties[ImageProperties];
     WORD read = 0;
     while (read < count && ReadProperty(reader, properties[read]))
         read++;
-    const CEOID written = read == count ? CeWriteRecordProps(database, oid, count, properties) : 0;
+    const bool written = read == count && CeWriteRecordProps(database, 0, count, properties) != 0;
     std::for_each(properties, properties + read, FreeProperty);
     return written;
 }
 
-// One record, in one write or, of more properties than the array holds, in several. False if it isn't there whole: then
-// none of it is. Of a record that has no properties nothing is made.
+// False if the record isn't there. Of one that has no properties nothing is made.
 bool RestoreRecord(ImageReader& reader, HANDLE database)
 {
-    WORD left = 0;
-    if (!ReadPropertyCount(reader, left))
+    WORD count = 0;
+    if (!ReadPropertyCount(reader, count))
         return false;
-    CEOID oid = 0;
-    while (left > 0) {
-        const auto count = static_cast<WORD>(std::min<DWORD>(left, ImageProperties));
-        const CEOID written = RestoreProperties(reader, database, oid, count);
-        left = static_cast<WORD>(left - count);
-        if (written == 0) {
-            if (oid != 0)
-                (void)CeDeleteRecord(database, oid);
-            while (left > 0 && StepOverProperty(reader))
-                left--;
-            return false;
-        }
-        oid = written;
+    if (count == 0)
+        return true;
+    if (count <= ImageProperties) {
+        CEPROPVAL properties[ImageProperties];
+        return RestoreProperties(reader, database, properties, count);
     }
-    return true;
+    auto* properties = static_cast<CEPROPVAL*>(LocalAlloc(LMEM_FIXED, count * sizeof(CEPROPVAL)));
+    if (!properties) {
+        while (count > 0 && StepOverProperty(reader))
+            count--;
+        return false;
+    }
+    const bool restored = RestoreProperties(reader, database, properties, count);
+    LocalFree(properties);
+    return restored;
 }
 
 // One record that can't be written costs only itself; the end of the image gives none any more.
@@ -165,7 +169,7 @@ BOOL RestoreFrom(HANDLE image, const WCHAR* bareName)
     if (!ReadImageHeader(reader, header) || !GiveUp(givenUp, header.name))
         return FALSE;
     if (givenUp.count > 0) {
-        if (!StepOverRecords(reader, header.recordCount))
+        if (!Serves(header.name) || !StepOverRecords(reader, header.recordCount))
             return FALSE;
         StartImageReader(reader, image);
         if (!ReadImageHeader(reader, header))

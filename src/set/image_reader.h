@@ -9,8 +9,9 @@
 #include "ce/store.h"
 #include "ce/types.h"
 
-// What one image may have for its reader's arrays. No device makes more than 4 sort orders.
+// What one image may have for its reader's array. No device makes more than 4 sort orders.
 inline constexpr DWORD ImageSortOrders = 90;
+// What a record may have to be read without a block of its own.
 inline constexpr DWORD ImageProperties = 255;
 
 inline constexpr DWORD ImageBufferBytes = 16384;

@@ -2,18 +2,15 @@
 #include "ce/module.h"
 #include "ce/registry.h"
 #include "ce/registry_file.h"
+#include "killed_process.h"
 #include "name_space.h"
 #include "registry_fixture.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <sys/ptrace.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -267,32 +264,6 @@ TEST_F(RegistryFileTest, ProgramsFindTheCallsByName)
     EXPECT_EQ(reinterpret_cast<decltype(&RegCopyFile)>(GetProcAddressW(module, u"RegCopyFile")), &RegCopyFile);
     EXPECT_EQ(reinterpret_cast<decltype(&RegCopyFile)>(GetProcAddressW(module, u"RegRestoreFile")), &RegRestoreFile);
     FreeLibrary(module);
-}
-
-// Runs `work` in a process of its own and kills that before its system call number `calls`. False if it ended before.
-bool killedBeforeCall(int calls, const std::function<void()>& work)
-{
-    const pid_t child = fork();
-    if (child == 0) {
-        if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
-            _exit(1);  // nobody would hear of the stop
-        raise(SIGSTOP);
-        work();
-        _exit(0);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSTOPPED(status)) << "this host allows no tracing";
-    ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_EXITKILL);
-    for (int stop = 0; stop <= 2 * calls && WIFSTOPPED(status); ++stop) {  // one before and one behind each call
-        ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
-        waitpid(child, &status, 0);
-    }
-    if (!WIFSTOPPED(status))
-        return false;
-    kill(child, SIGKILL);
-    waitpid(child, &status, 0);
-    return true;
 }
 
 TEST_F(RegistryFileTest, KillWhileItComesIntoForceLeavesTheOldOrTheNewOne)

@@ -304,6 +304,8 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"NameSizeOdd", hex("05 00 00 00  41 00 62 00 00") + type + oneRecord + hex("01 00") + property},
         Damage{"NameWithoutNul", hex("04 00 00 00  41 00 62 00") + type + oneRecord + hex("01 00") + property},
         Damage{"NameOf261Characters", hex("0A 02 00 00") + repeated(hex("41 00"), 260) + hex("00 00") + head},
+        Damage{"NameThatNoDatabaseCanHave",
+               hex("06 00 00 00  00 D8 62 00 00 00") + type + oneRecord + hex("01 00") + property},
         Damage{"NameOf4GiB", hex("FE FF FF FF") + head},
         Damage{"NameThatEndsEarly",
                hex("0A 00 00 00  41 00 62 00 00 00 43 00 00 00") + type + oneRecord + hex("01 00") + property, true,

@@ -121,6 +121,28 @@ TEST_F(GatheringTest, WhatMustBeOnTheDiskIsThereAfterAKill)
     EXPECT_TRUE(exists(u"C"));
 }
 
+TEST_F(GatheringTest, ChangeBehindAReadIsOnTheDiskWhenItsCallReturns)
+{
+    create(u"A");
+    const CEOID gone = create(u"Gone");
+    const HANDLE filled = opened(u"A");
+    add(filled, {text(1, u"read")});
+    CloseHandle(filled);
+    inKilledProcess([&] {
+        const HANDLE reader = opened(u"A");
+        read(reader);
+        create(u"B");
+        read(reader);
+        CeDeleteDatabase(gone);
+        read(reader);
+        sql("UPDATE store_database SET type = 5 WHERE name = 'A'");
+        read(reader);
+    });
+    EXPECT_TRUE(exists(u"B"));
+    EXPECT_FALSE(exists(u"Gone"));
+    EXPECT_EQ(infoOf(u"A").dwDbaseType, 5U);
+}
+
 TEST_F(GatheringTest, ReaderSeesWhatIsGatheredAndAnotherRoomPutsItOnTheDisk)
 {
     create(u"A");

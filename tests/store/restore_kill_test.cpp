@@ -1,0 +1,143 @@
+// A kill at any call of a restore: the old database, none, or the new one with its first records, and nothing else.
+
+#include "database_image.h"
+#include "killed_process.h"
+#include "name_space.h"
+#include "scripted_questions.h"
+#include "store_fixture.h"
+
+#include "ce/file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr DWORD OldType = 9;
+constexpr DWORD NewType = 7;
+
+class RestoreKillTest : public StoreTest {
+protected:
+    RestoreKillTest()
+    {
+        gQuestions = {};
+        gQuestions.yes = true;
+        const fs::path root = folder_ / "object-store";
+        fs::create_directory(root);
+        EXPECT_TRUE(platform::file::addMount({.name = u"",
+                                              .folder = ::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC),
+                                              .card = false,
+                                              .capacity = {}}));
+    }
+    ~RestoreKillTest() override { platform::file::removeAllMounts(); }
+
+    // The image of these records, in the image's order, and a device that has an old database of that name.
+    void prepare(Records records)
+    {
+        imaged_ = records;
+        std::reverse(records.begin(), records.end());
+        make(NewType, records);
+        ASSERT_TRUE(DumpDatabase(u"A"));
+        CEOID oid = 0;
+        CloseHandle(CeOpenDatabase(&oid, u"A", 0, 0, nullptr));
+        ASSERT_TRUE(CeDeleteDatabase(oid));
+        make(OldType, old_);
+        create(u"Other", OldType);
+        close();
+        fs::copy_file(folder_ / "device.db", folder_ / "before.db");
+    }
+    // False once the restore ended by itself.
+    [[nodiscard]] bool killedRestore(int calls) const
+    {
+        fs::remove(folder_ / "device.db-wal");
+        fs::copy_file(folder_ / "before.db", folder_ / "device.db", fs::copy_options::overwrite_existing);
+        return killedBeforeCall(calls, [&] {
+            open();
+            _exit(RestoreDatabase(u"\\A.CDB") ? 0 : 1);
+        });
+    }
+    // How many records of the image the database has; -1 for the old one, -2 for none.
+    [[nodiscard]] int found() const
+    {
+        open();  // which checks every page of it
+        EXPECT_TRUE(exists(u"Other"));
+        if (!exists(u"A"))
+            return -2;
+        const Records records = recordsOf(u"A");
+        EXPECT_EQ(infoOf(u"A").wNumRecords, records.size());
+        if (infoOf(u"A").dwDbaseType == OldType) {
+            EXPECT_EQ(records, old_);
+            return -1;
+        }
+        EXPECT_LE(records.size(), imaged_.size());
+        EXPECT_TRUE(std::equal(records.begin(), records.end(), imaged_.begin()));
+        return static_cast<int>(records.size());
+    }
+    [[nodiscard]] int whole() const { return static_cast<int>(imaged_.size()); }
+
+private:
+    static void make(DWORD type, const Records& records)
+    {
+        create(u"A", type);
+        const HANDLE database = opened(u"A");
+        for (const Record& record : records)
+            add(database, record);
+        ASSERT_TRUE(CloseHandle(database));
+    }
+
+    const Records old_ = {{text(1, u"old")}, {blob(2, "old too")}};
+    Records imaged_;
+};
+
+TEST_F(RestoreKillTest, AtEveryCallLeavesTheOldOneNoneOrTheFirstRecords)
+{
+    Record large;  // more than one write of the usual size
+    for (WORD i = 0; i < 300; ++i)
+        large.push_back(number(i, CEVT_I4, LONG{i}));
+    prepare({{text(1, u"first"), number(2, CEVT_I4, LONG{1})},
+             large,
+             {blob(1, std::string(9000, 'b'))},
+             {text(1, u"last")}});
+    std::vector<int> seen;
+    bool killed = true;
+    for (int calls = 0; killed; ++calls) {
+        SCOPED_TRACE(calls);
+        killed = killedRestore(calls);
+        seen.push_back(found());
+        close();
+        if (HasFailure())
+            return;
+    }
+    EXPECT_EQ(seen.back(), whole());
+    // In this order: what was there, nothing, the new one while it grows.
+    for (const int state : {-1, -2, 0, whole()})
+        EXPECT_NE(std::find(seen.begin(), seen.end(), state), seen.end()) << state;
+    const auto rank = [](int state) { return state == -1 ? -3 : state; };
+    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end(), [&](int a, int b) { return rank(a) < rank(b); }));
+}
+
+TEST_F(RestoreKillTest, BetweenTwoFlushesLosesWholeRecordsAtTheEnd)
+{
+    Records records;
+    for (char i = 'a'; i < 'e'; ++i)
+        records.push_back({number(1, CEVT_UI2, WORD(i)), blob(2, std::string(3'000'000, i))});
+    prepare(records);
+    int between = 0;
+    // A step that shares no factor with the calls of a page.
+    for (int calls = 1000; killedRestore(calls); calls += 1597) {
+        SCOPED_TRACE(calls);
+        const int state = found();
+        close();
+        between += state > 0 && state < whole() ? 1 : 0;
+        if (HasFailure())
+            return;
+    }
+    EXPECT_EQ(found(), whole());
+    EXPECT_GT(between, 0);
+}
+
+}  // namespace
