@@ -40,8 +40,8 @@ private:
     };
 
     // Inodes of one folder mostly follow one another, so that memory follows the number of files.
-    static constexpr std::size_t ChunkSlots = 128;
-    static constexpr std::size_t Chunks = 1024;
+    static constexpr std::size_t ChunkSlots = 64;
+    static constexpr std::size_t Chunks = 8192;
     using Chunk = std::array<Slot, ChunkSlots>;
 
     std::mutex mutex_;

@@ -7,6 +7,8 @@
 #include "ce/file.h"
 #include "ce/text.h"
 
+#include <algorithm>
+
 DWORD gWalkedAttributes;
 
 namespace {
@@ -28,11 +30,14 @@ DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, Walk
 
 BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name)
 {
-    if (wcslen(folder) + wcslen(name) >= MAX_PATH) {
+    const std::size_t folderChars = wcslen(folder);
+    const std::size_t nameChars = wcslen(name);
+    if (folderChars + nameChars >= MAX_PATH) {
         NotePathTooLong(folder, name);
         return FALSE;
     }
-    wsprintfW(path, u"%s%s", folder, name);
+    std::copy_n(folder, folderChars, path);
+    std::copy_n(name, nameChars + 1, path + folderChars);
     return TRUE;
 }
 

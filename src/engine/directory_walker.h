@@ -8,8 +8,9 @@
 // parent.
 using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, UINT_PTR context);
 
-// While a callback runs: the attributes of its entry as the search gave them, which GetFileAttributesW would only tell
-// once more. Asking again for each file of a device costs a full backup a good part of its time.
+// When a callback begins: the attributes of its entry as the search gave them, which GetFileAttributesW would only tell
+// once more. Asking again for each file costs a full backup a good part of its time, and marking a folder half of it.
+// A walk inside of the callback changes them.
 extern DWORD gWalkedAttributes;
 
 // Lists `root` (with its trailing backslash): all of it with a null pattern, otherwise what matches, and only at this

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
-#include <set>
+#include <vector>
 
 namespace {
 
@@ -26,17 +26,10 @@ bool BlobLess(Key left, Key right)
     return order != 0 ? order < 0 : left.length < right.length;
 }
 
-struct NodeLess {
-    using is_transparent = void;
-    static Key KeyOf(const ItemNode* node) { return {node->data, node->length}; }
-    static Key KeyOf(Key key) { return key; }
-
-    template <class Left, class Right>
-    bool operator()(Left left, Right right) const
-    {
-        return BlobLess(KeyOf(left), KeyOf(right));
-    }
-};
+Key KeyOf(const ItemNode* node)
+{
+    return {node->data, node->length};
+}
 
 bool Equals(const ItemNode* node, Key key)
 {
@@ -50,12 +43,63 @@ bool BeginsWith(const ItemNode* node, Key key)
 
 }  // namespace
 
-// In byte order, a shorter blob before what it begins; equal ones stay in the order in which they were added. So the
-// first node that isn't below a key is the first-added equal one, or else one that begins with the key, or there is
-// none.
+// The nodes in byte order of their blobs, a shorter blob before what it begins; equal ones stay in the order in which
+// they were added. So the first node that isn't below a key is the first-added equal one, or else one that begins with
+// the key, or there is none.
+//
+// Blocks of pointers: a tree's nodes would take five times the memory, and more of it is touched on the way to a blob.
 struct ItemList::Index {
-    std::multiset<ItemNode*, NodeLess> nodes;
+    using Block = std::vector<ItemNode*>;
+    static constexpr std::size_t BlockNodes = 512;
+
+    struct Place {
+        std::vector<Block>::iterator block;
+        Block::iterator node;  // only where there is a block
+    };
+
+    std::vector<Block> blocks;  // none of them empty
+
+    Place FirstNotBelow(Key key);
+    void Insert(ItemNode* added);
+    void Erase(Place place);
 };
+
+ItemList::Index::Place ItemList::Index::FirstNotBelow(Key key)
+{
+    const auto below = [key](const ItemNode* node) { return BlobLess(KeyOf(node), key); };
+    const auto block = std::ranges::partition_point(blocks, [&](const Block& each) { return below(each.back()); });
+    return {block, block == blocks.end() ? Block::iterator() : std::ranges::partition_point(*block, below)};
+}
+
+// Behind its equals.
+void ItemList::Index::Insert(ItemNode* added)
+{
+    if (blocks.empty()) {
+        blocks.push_back({added});
+        return;
+    }
+    const auto notAbove = [added](const ItemNode* node) { return !BlobLess(KeyOf(added), KeyOf(node)); };
+    auto block = std::ranges::partition_point(blocks, [&](const Block& each) { return notAbove(each.back()); });
+    if (block == blocks.end())
+        --block;
+    if (block->size() >= BlockNodes) {
+        const auto middle = block->begin() + BlockNodes / 2;
+        Block upper(middle, block->end());
+        block->erase(middle, block->end());
+        block->shrink_to_fit();
+        block = blocks.insert(block + 1, std::move(upper));
+        if (!notAbove(block->front()))
+            --block;
+    }
+    block->insert(std::ranges::partition_point(*block, notAbove), added);
+}
+
+void ItemList::Index::Erase(Place place)
+{
+    place.block->erase(place.node);
+    if (place.block->empty())
+        blocks.erase(place.block);
+}
 
 ItemList::ItemList(DWORD tag) : id(tag)
 {
@@ -99,8 +143,8 @@ BOOL ItemList::Contains(const void* key, DWORD bytes)
 {
     const Key wanted = {static_cast<const BYTE*>(key), bytes};
     if (Index* sorted = GetIndex()) {
-        const auto place = sorted->nodes.lower_bound(wanted);
-        return place != sorted->nodes.end() && BeginsWith(*place, wanted);
+        const Index::Place place = sorted->FirstNotBelow(wanted);
+        return place.block != sorted->blocks.end() && BeginsWith(*place.node, wanted);
     }
     const ItemNode* node = head;
     while (node && node->data && !BeginsWith(node, wanted))
@@ -163,7 +207,7 @@ ItemList::Index* ItemList::GetIndex()
     try {
         auto made = std::make_unique<Index>();
         for (ItemNode* node = head; node && node->data; node = node->next)
-            made->nodes.insert(node);
+            made->Insert(node);
         index = std::move(made);
     } catch (const std::bad_alloc&) {
         return nullptr;
@@ -176,7 +220,7 @@ void ItemList::PutIntoIndex(ItemNode* added)
     if (!index)
         return;
     try {
-        index->nodes.insert(added);
+        index->Insert(added);
     } catch (const std::bad_alloc&) {
         index.reset();  // an index that lacks an entry would be worse than none
     }
@@ -187,11 +231,11 @@ ItemNode* ItemList::TakeFirstEqual(const void* key, DWORD bytes)
 {
     const Key wanted = {static_cast<const BYTE*>(key), bytes};
     if (Index* sorted = GetIndex()) {
-        const auto place = sorted->nodes.lower_bound(wanted);
-        if (place == sorted->nodes.end() || !Equals(*place, wanted))
+        const Index::Place place = sorted->FirstNotBelow(wanted);
+        if (place.block == sorted->blocks.end() || !Equals(*place.node, wanted))
             return nullptr;
-        ItemNode* node = *place;
-        sorted->nodes.erase(place);
+        ItemNode* node = *place.node;
+        sorted->Erase(place);
         return node;
     }
     ItemNode* node = head;

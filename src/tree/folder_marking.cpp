@@ -24,9 +24,8 @@ BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR mark)
     WCHAR path[MAX_PATH];
     if (!FullPathOfEntry(path, folder, name) || !gFileList)
         return TRUE;
-    const DWORD attributes = GetFileAttributesW(path);
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY) || IsRomFile(attributes) ||
-        FilterHidesFile(path, attributes))
+    const DWORD attributes = gWalkedAttributes;
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) || IsRomFile(attributes) || FilterHidesFile(path, attributes))
         return TRUE;
     if (!mark)
         gFileList->Remove(path, NameBytes(path));

@@ -72,11 +72,14 @@ BOOL FullPathOfEntry(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* 
 {
     if (folder[0] == u'\\')
         return JoinPath(path, folder, name);
-    path[0] = u'\\';
-    if (1 + wcslen(folder) + wcslen(name) >= MAX_PATH) {
+    const std::size_t folderChars = wcslen(folder);
+    const std::size_t nameChars = wcslen(name);
+    if (1 + folderChars + nameChars >= MAX_PATH) {
         NotePathTooLong(folder, name);
         return FALSE;
     }
-    wnsprintfW(path + 1, MAX_PATH - 1, u"%s%s", folder, name);
+    path[0] = u'\\';
+    std::memcpy(path + 1, folder, folderChars * sizeof(WCHAR));
+    std::memcpy(path + 1 + folderChars, name, (nameChars + 1) * sizeof(WCHAR));
     return TRUE;
 }

@@ -4,8 +4,7 @@
 #include "tree_model.h"
 
 // A folder as the walker takes it, for `item` and all items above it: no leading backslash, one at the end ("A\B\"),
-// and
-// "\" for "Files". 0 if an item can't be read or the path doesn't fit; `path` is empty then.
+// and "\" for "Files". 0 if an item can't be read or the path doesn't fit; `path` is empty then.
 BOOL FolderPathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH]);
 
 // The key of a file in gFileList: a leading backslash and none at the end ("\A\B\c.txt").

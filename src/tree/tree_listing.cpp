@@ -97,9 +97,7 @@ BOOL InsertListedItem(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
     WCHAR path[MAX_PATH];
     if (!FullPathOfEntry(path, folder, name))
         return TRUE;
-    const DWORD attributes = GetFileAttributesW(path);
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return TRUE;  // gone since the walk saw it
+    const DWORD attributes = gWalkedAttributes;
     if (attributes & FILE_ATTRIBUTE_DIRECTORY)
         InsertFolder(parent, name, path);
     else if (!FilterHidesFile(path, attributes))

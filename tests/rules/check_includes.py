@@ -13,7 +13,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 RESERVED = [
     (r"sqlite3\.h", ["platform/database", "platform/registry", "platform/store"]),
     (r"lzo/.*", ["src/set", "tests/set"]),
-    (r"Q[A-Z].*|Qt.*/.*", ["platform/display/qt", "tests/qt"]),
+    (r"Q[A-Z].*|Qt.*/.*", ["platform/display/qt", "tests/qt", "bench"]),
     (r"CLI/.*", ["platform/device", "tools", "bench"]),
     (r"nlohmann/.*", ["tools"]),
 ]

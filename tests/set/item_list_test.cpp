@@ -160,6 +160,33 @@ TEST(ItemListTest, AnyRowOfCallsGivesWhatAPlainSearchGives)
     }
 }
 
+// Enough of them that the search structure has to divide them, equal ones too.
+TEST(ItemListTest, OfThousandsOfEqualEntriesStillTheFirstAddedGoes)
+{
+    std::mt19937 random(1);
+    ItemList list(1);
+    std::vector<Bytes> model;
+    const std::vector<Bytes> names = {named(u"A"), named(u"AB"), named(u"B"), named(u"C")};
+    contains(list, names.front());
+    for (int step = 0; step < 4000; step++) {
+        model.push_back(names[random() % names.size()]);
+        add(list, model.back());
+    }
+    for (int step = 0; step < 2000; step++) {
+        const Bytes& name = names[random() % names.size()];
+        const auto first = std::find(model.begin(), model.end(), name);
+        ASSERT_EQ(remove(list, name) != 0, first != model.end());
+        if (first != model.end())
+            model.erase(first);
+    }
+    EXPECT_EQ(blobsOf(list), model);
+    for (const Bytes& name : names)
+        while (remove(list, name)) {
+        }
+    EXPECT_TRUE(list.IsEmpty());
+    EXPECT_FALSE(contains(list, {}));
+}
+
 TEST(ItemListTest, WithoutMemoryAddChangesNothingAndSearchesStillAnswer)
 {
     const Bytes a = named(u"A"), b = named(u"B");

@@ -42,6 +42,31 @@ TEST_F(ItemMarkingTest, OneClickIsOneToggleWhateverIsSelected)
     EXPECT_EQ(image("Files"), 2);
 }
 
+TEST_F(ItemMarkingTest, PictureMarksLikeTheTextAndTheRowBesideItOnlyWhatIsSelected)
+{
+    using platform::window::TreePart;
+    write("a");
+    write("F/b");
+    open("Files\\F");
+    clickOn("Files\\a", TreePart::Icon);
+    EXPECT_EQ(markedFiles(), "\\a");
+    clickOn("Files\\F\\b", TreePart::Icon);
+    clickOn("Files\\F\\b", TreePart::Icon);
+    EXPECT_EQ(markedFiles(), "\\a");
+    for (const TreePart part : {TreePart::Right, TreePart::Indent}) {
+        clickOn("Files\\a", part);  // another one is selected, and stays so
+        EXPECT_EQ(markedFiles(), "\\a");
+        EXPECT_EQ(selected(), "b");
+        clickOn("Files\\F\\b", part);
+        EXPECT_EQ(markedFiles(), "\\F\\b \\a");
+        clickOn("Files\\F\\b", part);
+    }
+    clickOn("Files\\F", TreePart::Button);  // takes the selection along
+    EXPECT_EQ(selected(), "F");
+    clickOn("Files\\F", TreePart::Button);
+    EXPECT_EQ(markedFiles(), "\\a");
+}
+
 TEST_F(ItemMarkingTest, ArrowKeysToggleWhatTheyLandOn)
 {
     for (const char* name : {"a", "b", "c"})

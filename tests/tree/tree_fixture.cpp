@@ -6,7 +6,6 @@
 #include "options.h"
 #include "program.h"
 #include "set_state.h"
-#include "tree_display.h"
 #include "tree_events.h"
 
 #include "host_name.h"
@@ -130,14 +129,18 @@ TreeItemState stateOf(HTREEITEM item)
 
 void TreeTest::click(const std::string& path)
 {
-    ASSERT_NE(item(path), nullptr) << path;
-    send(item(path), TreePart::Label);
+    clickOn(path, TreePart::Label);
 }
 
 void TreeTest::clickButton(const std::string& path)
 {
+    clickOn(path, TreePart::Button);
+}
+
+void TreeTest::clickOn(const std::string& path, TreePart part)
+{
     ASSERT_NE(item(path), nullptr) << path;
-    send(item(path), TreePart::Button);
+    send(item(path), part);
 }
 
 void TreeTest::press(WORD key)
@@ -164,6 +167,14 @@ int TreeTest::count(const std::string& path)
 {
     ::TreeItem found;
     return ReadTreeItem(item(path), found, false) ? MarkCountOf(found.parameter) : -1;
+}
+
+void TreeTest::setCount(const std::string& path, WORD count)
+{
+    ::TreeItem found;
+    ASSERT_TRUE(ReadTreeItem(item(path), found, false)) << path;
+    SetMark(found, TreeCodeOf(found.parameter), count);
+    WriteTreeItem(found);
 }
 
 bool TreeTest::hasButton(const std::string& path)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "device.h"
+#include "tree_display.h"
 
 #include "ce/tree_view.h"
 
@@ -28,6 +29,7 @@ protected:
     // As the user does it: a click on the label, on the button, a key.
     static void click(const std::string& path);
     static void clickButton(const std::string& path);
+    static void clickOn(const std::string& path, platform::window::TreePart part);
     static void press(WORD key);
     // Expands each folder on the way, if it isn't.
     static void open(const std::string& path);
@@ -35,6 +37,8 @@ protected:
     // -1 for an item that isn't listed.
     static int image(const std::string& path);
     static int count(const std::string& path);
+    // As if as many marks had come and gone, with the image that belongs to them.
+    static void setCount(const std::string& path, WORD count);
     static bool hasButton(const std::string& path);
     static std::string selected();
     // The children's texts with their images, in their order: "B:9 a.txt:6".
