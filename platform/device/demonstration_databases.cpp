@@ -1,12 +1,10 @@
 // The databases of a fresh device.
 #include "demonstration_databases.h"
 
-#include "ce/store.h"
+#include "ce/personal_databases.h"
 #include "ce/time.h"
 
 #include <cstddef>
-#include <initializer_list>
-#include <iterator>
 #include <string_view>
 #include <vector>
 
@@ -14,37 +12,7 @@ namespace platform::device {
 
 namespace {
 
-constexpr CEPROPID property(DWORD number, WORD type)
-{
-    return (number << 16) | type;
-}
-
-// The numbers of the properties; those of one name mean the same in each database.
-constexpr CEPROPID Subject = property(0x0037, CEVT_LPWSTR);
-constexpr CEPROPID Notes = property(0x4005, CEVT_BLOB);
-constexpr CEPROPID Categories = property(0x4004, CEVT_LPWSTR);
-
-constexpr CEPROPID LastName = property(0x3A11, CEVT_LPWSTR);
-constexpr CEPROPID FirstName = property(0x3A06, CEVT_LPWSTR);
-constexpr CEPROPID Company = property(0x3A16, CEVT_LPWSTR);
-constexpr CEPROPID HomeTelephone = property(0x3A09, CEVT_LPWSTR);
-constexpr CEPROPID Mail = property(0x4083, CEVT_LPWSTR);
-constexpr CEPROPID Town = property(0x4041, CEVT_LPWSTR);
-constexpr CEPROPID Birthday = property(0x4042, CEVT_FILETIME);
-
-constexpr CEPROPID Start = property(0x4002, CEVT_FILETIME);
-constexpr CEPROPID Minutes = property(0x4015, CEVT_I4);
-constexpr CEPROPID Place = property(0x4208, CEVT_LPWSTR);
-constexpr CEPROPID ReminderMinutes = property(0x4501, CEVT_UI2);
-constexpr CEPROPID Repetition = property(0x4016, CEVT_UI4);  // days, 0 for none
-
-constexpr CEPROPID Due = property(0x4104, CEVT_FILETIME);
-constexpr CEPROPID Done = property(0x4109, CEVT_I2);
-constexpr CEPROPID Priority = property(0x0026, CEVT_I2);
-
-constexpr DWORD ContactsType = 24;
-constexpr DWORD AppointmentsType = 25;
-constexpr DWORD TasksType = 26;
+using namespace personal;
 
 struct Moment {
     WORD year, month, day, hour, minute;
@@ -276,11 +244,10 @@ bool writeRecord(HANDLE database, const Task& task)
         .write(database);
 }
 
-template <class Record, std::size_t Count>
-bool makeDatabase(const WCHAR* name, DWORD type, std::initializer_list<SORTORDERSPEC> orders,
-                  const Record (&records)[Count])
+template <std::size_t Orders, class Record, std::size_t Count>
+bool makeDatabase(const WCHAR* name, DWORD type, const SORTORDERSPEC (&orders)[Orders], const Record (&records)[Count])
 {
-    CEOID oid = CeCreateDatabase(name, type, static_cast<WORD>(orders.size()), std::data(orders));
+    CEOID oid = CeCreateDatabase(name, type, static_cast<WORD>(Orders), orders);
     if (oid == 0)
         return false;
     const HANDLE database = CeOpenDatabase(&oid, nullptr, 0, 0, nullptr);
@@ -296,11 +263,9 @@ bool makeDatabase(const WCHAR* name, DWORD type, std::initializer_list<SORTORDER
 
 bool fillDemonstrationDatabases()
 {
-    return makeDatabase(u"Contacts Database", ContactsType,
-                        {{LastName, CEDB_SORT_CASEINSENSITIVE}, {Company, CEDB_SORT_CASEINSENSITIVE}}, contacts) &&
-           makeDatabase(u"Appointments Database", AppointmentsType, {{Start, 0}}, appointments) &&
-           makeDatabase(u"Tasks Database", TasksType, {{Due, CEDB_SORT_UNKNOWNFIRST}, {Priority, CEDB_SORT_DESCENDING}},
-                        tasks);
+    return makeDatabase(ContactsName, ContactsType, ContactsSort, contacts) &&
+           makeDatabase(AppointmentsName, AppointmentsType, AppointmentsSort, appointments) &&
+           makeDatabase(TasksName, TasksType, TasksSort, tasks);
 }
 
 }  // namespace platform::device

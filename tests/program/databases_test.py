@@ -68,7 +68,7 @@ class DatabasesTest(ProgramTest):
         self.assertIn("Sound", self.set_tool("verify", files))
         folder = self.base / "extracted"
         shutil.rmtree(folder, ignore_errors=True)
-        self.set_tool("extract", files, folder)
+        self.set_tool("extract", "--raw", files, folder)
         found = {path.name: path.read_bytes() for path in folder.rglob("*") if path.is_file()}
         registry = [name for name in found if name.startswith("registry")]
         self.assertEqual(len(registry), 1, sorted(found))

@@ -234,6 +234,46 @@ def entry_bytes(kind, name, start, end):
     return bytes([kind, 1]) + struct.pack("<I", len(packed_name) // 2) + packed_name + struct.pack("<II", start, end)
 
 
+def value_bytes(kind, value):
+    """What an image keeps of a value of the type `kind`; of a text, its units come as bytes."""
+    if kind in (2, 18):
+        return struct.pack("<H", value & 0xFFFF)
+    if kind in (3, 19):
+        return struct.pack("<I", value & 0xFFFFFFFF)
+    if kind == 64:
+        return struct.pack("<Q", value)
+    if kind == 31:
+        text = (value + "\0").encode("utf-16-le", "surrogatepass")
+        return struct.pack("<I", len(text)) + text
+    if kind == 65:
+        return struct.pack("<I", len(value)) + value
+    return b""
+
+
+def image_bytes(name, kind=0, sort=(), records=()):
+    """A database's image. A record is a list of (id, value) or (id, value, flags); the first is the database's first."""
+    packed_name = (name + "\0").encode("utf-16-le")
+    image = bytearray(struct.pack("<I", len(packed_name))) + packed_name + struct.pack("<IHH", kind, len(records), len(sort))
+    image += b"".join(struct.pack("<II", *order) for order in sort)
+    for record in reversed(records):
+        image += struct.pack("<H", len(record))
+        for number, value, *flags in record:
+            image += struct.pack("<I", number) + value_bytes(number & 0xFFFF, value)
+            image += struct.pack("<H", flags[0] if flags else 0)
+    return bytes(image)
+
+
+def registry_bytes(keys):
+    """A registry file. `keys` names the values of each key, as they stand in the file: {"HKEY_USERS\\a": ['@="x"']}."""
+    top = ["HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE", "HKEY_USERS"]
+    every = sorted({**{key: [] for key in top}, **keys}.items())
+    lines = ["Windows Registry Editor Version 5.00", ""]
+    for key, values in every:
+        lines += [f"[{key}]", *values, ""]
+    lines.append(f"; End of registry: {len(every)} keys, {sum(len(values) for _, values in every)} values")
+    return ("\ufeff" + "".join(line + "\r\n" for line in lines)).encode("utf-16-le", "surrogatepass")
+
+
 def files_below(folder):
     for root, folders, names in os.walk(folder):
         folders.sort()

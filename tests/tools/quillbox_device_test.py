@@ -17,7 +17,7 @@ RECORDS = [
      {"id": "00060040", "value": 18446744073709551615}, {"id": "00070005", "value": 0.1},
      {"id": "00080005", "bits": "7ff8000000000001"}, {"id": "00090005", "value": -0.0}],
     [{"id": "00010041", "value": ""}, {"id": "00020041", "flags": 0xFCFF, "value": "00ff" * 5000},
-     {"id": "00030063", "bits": "0123456789abcdef"}],
+     {"id": "00030063", "bits": "0123456789abcdef"}, {"id": "00040063", "bits": "00000000000000010000000000000000"}],
 ]
 RECORDS += [[{"id": "00010003", "value": number}] for number in range(300)]
 REGISTRY = "\ufeffWindows Registry Editor Version 5.00\r\n\r\n"

@@ -13,7 +13,7 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import independent_set
-from independent_set import DATABASE, FILE, REGISTRY, entry_bytes, pack_stream
+from independent_set import DATABASE, FILE, REGISTRY, entry_bytes, image_bytes, pack_stream, registry_bytes
 
 TOOL = WRITER = None
 HEAD = bytes.fromhex("03000000 480069000000")
@@ -26,7 +26,10 @@ class Set:
         self.listed = HEAD
         self.data = b""
 
-    def add(self, kind, name, raw, stream=None):
+    def add(self, kind, name, raw=None, stream=None):
+        """Without `raw` a database without records, or a registry without keys of its own."""
+        if raw is None:
+            raw = image_bytes(name) if kind == DATABASE else registry_bytes({})
         stream = pack_stream(raw) if stream is None else stream
         self.listed += entry_bytes(kind, name, len(self.data), len(self.data) + len(stream))
         self.data += stream
@@ -65,50 +68,53 @@ class GoodSetTest(ToolTest):
     def test_set_made_by_hand_is_sound_and_comes_back_whole(self):
         source = self.make_source()
         path = self.folder / "QLBX0042.QLT"
-        independent_set.write_set(path, [source], "by hand", [source / "empty"], [source / "random"])
+        image, registry = self.folder / "Tasks.CDB", self.folder / "registry"
+        image.write_bytes(image_bytes("Tasks", 26, [], [[(0x37001F, "Sand the rudder")]]))
+        registry.write_bytes(registry_bytes({}))
+        independent_set.write_set(path, [source], "by hand", [image], [registry])
         for name in (path, path.with_suffix(".QDT"), path.with_suffix("")):
             done = self.run_tool("verify", name)
             self.assertEqual((done.returncode, done.text), (0, "Sound: 6 items.\n"))
         out = self.folder / "out"
-        self.assertEqual(self.run_tool("extract", path, out).returncode, 0)
+        self.assertEqual(self.run_tool("extract", "--raw", path, out).returncode, 0)
         for name, original in independent_set.files_below(source):
             self.assertEqual(out.joinpath(*name[1:].split("\\")).read_bytes(), original.read_bytes(), name)
-        self.assertEqual((out / "registry.reg-image").read_bytes(), (source / "random").read_bytes())
-        self.assertEqual((out / "empty.CDB").read_bytes(), b"")
+        self.assertEqual((out / "registry.reg-image").read_bytes(), registry.read_bytes())
+        self.assertEqual((out / "Tasks.CDB").read_bytes(), image.read_bytes())
 
     def test_set_of_our_writers_is_read_by_a_reader_that_knows_none_of_our_code(self):
         source = self.make_source()
-        (source / "registry").write_bytes(b"REGEDIT " * 5000)
+        (source / "registry").write_bytes(registry_bytes({"HKEY_USERS\\x": [f'"{n}"="value"' for n in range(5000)]}))
+        (source / "Tasks").write_bytes(image_bytes("Tasks"))
         names = [name[1:].replace("\\", "/") for name, _ in independent_set.files_below(source)]
-        flat = [name for name in names if "/" not in name and name != "registry"]
-        subprocess.run([WRITER, source, *flat, "--", "empty", "registry"], check=True)
+        flat = [name for name in names if "/" not in name]
+        subprocess.run([WRITER, source, *flat, "--", "Tasks", "registry"], check=True)
         out = self.folder / "out"
         independent_set.read_set(source / "S.QLT", out)
         for name in flat:
             self.assertEqual((out / "files" / name).read_bytes(), (source / name).read_bytes())
-        self.assertEqual((out / "databases" / "empty.CDB").read_bytes(), b"")
+        self.assertEqual((out / "databases" / "Tasks.CDB").read_bytes(), image_bytes("Tasks"))
         self.assertEqual((out / "registry").read_bytes(), (source / "registry").read_bytes())
         self.assertEqual(self.run_tool("verify", source / "S").returncode, 0)
 
     def test_list_and_its_json_tell_every_item(self):
-        path = Set().add(FILE, "\\a", b"x" * 1000).add(DATABASE, "Contacts", b"").add(REGISTRY, "Contacts", b"yy").write(
-            self.folder)
+        path = Set().add(FILE, "\\a", b"x" * 1000).add(DATABASE, "Contacts").add(REGISTRY, "Contacts").write(self.folder)
+        image, registry = len(image_bytes("Contacts")), len(registry_bytes({}))
         lines = self.run_tool("list", path, "--sizes").text.splitlines()
         self.assertEqual(lines[0], "Hi")
-        self.assertEqual([line.split() for line in lines[2:]],
-                         [["file", "1024", "1000", "\\a"], ["database", "12", "0", "Contacts"],
-                          ["registry", "22", "2"]])
+        self.assertEqual([line.split()[:1] + line.split()[2:] for line in lines[2:]],
+                         [["file", "1000", "\\a"], ["database", str(image), "Contacts"], ["registry", str(registry)]])
         told = json.loads(self.run_tool("list", path, "--json", "--sizes").text)
         self.assertEqual(told["comment"], "Hi")
-        self.assertEqual([item["bytes"] for item in told["items"]], [1000, 0, 2])
+        self.assertEqual([item["bytes"] for item in told["items"]], [1000, image, registry])
         self.assertEqual(json.loads(self.run_tool("verify", path, "--json").text),
-                         {"faults": [], "items": 3, "sound": True})
+                         {"faults": [], "warnings": 0, "items": 3, "sound": True})
 
     def test_only_what_was_asked_for_is_extracted(self):
-        path = Set().add(FILE, "\\a\\x.txt", b"1").add(FILE, "\\a\\y.doc", b"2").add(DATABASE, "db", b"3").write(self.folder)
+        path = Set().add(FILE, "\\a\\x.txt", b"1").add(FILE, "\\a\\y.doc", b"2").add(DATABASE, "db").write(self.folder)
         out = self.folder / "out"
         self.assertEqual(self.run_tool("extract", path, out, "/a/*.t?t", "db").returncode, 0)
-        self.assertEqual(sorted(p.name for p in out.rglob("*") if p.is_file()), ["db.CDB", "x.txt"])
+        self.assertEqual(sorted(p.name for p in out.rglob("*") if p.is_file()), ["db.jsonl", "x.txt"])
         done = self.run_tool("extract", path, out, "\\a\\z")
         self.assertEqual(done.returncode, 1)
         self.assertIn("no item \\a\\z", done.stderr.decode())
@@ -175,15 +181,15 @@ class DamageTest(ToolTest):
                 ("name with a star", self.good().add(FILE, "\\a*", b""), 2, "can't be used"),
                 ("folder as a file", self.good().add(FILE, "\\a\\", b""), 2, "can't be used"),
                 ("no backslash first", self.good().add(FILE, "b", b""), 2, "can't be used"),
-                ("database that is a path", self.good().add(DATABASE, "..\\a", b""), 2, "can't be used"),
+                ("database that is a path", self.good().add(DATABASE, "..\\a"), 2, "can't be used"),
                 ("same name twice", self.good().add(FILE, "\\b", b"").add(FILE, "\\a", b""), 3, "same name"),
                 ("unknown kind", self.good().add(7, "\\b", b""), 2, "no such kind"),
-                ("database before file", Set().add(DATABASE, "d", b"").add(FILE, "\\a", b""), 2, "files come before"),
-                ("two registries", Set().add(REGISTRY, "", b"").add(REGISTRY, "", b""), 2, "there already"),
+                ("database before file", Set().add(DATABASE, "d").add(FILE, "\\a", b""), 2, "files come before"),
+                ("two registries", Set().add(REGISTRY, "").add(REGISTRY, ""), 2, "there already"),
         ]:
             with self.subTest(name):
                 self.assert_fault(damaged, item, reason)
-        case = Set().add(FILE, "\\a", b"").add(FILE, "\\A", b"").add(DATABASE, "\u00c4", b"").write(self.folder)
+        case = Set().add(FILE, "\\a", b"").add(FILE, "\\A", b"").add(DATABASE, "\u00c4").write(self.folder)
         self.assertEqual(self.run_tool("verify", case).returncode, 0, "names that differ by case are two")
 
     def test_each_fault_of_bytes_and_offsets_is_named(self):
@@ -236,7 +242,7 @@ class DamageTest(ToolTest):
                 self.assert_fault(self.good().add(FILE, "\\b", b"", stream).add(FILE, "\\c", b"3"), 2, reason)
 
     def test_list_cut_at_every_byte_is_unsound_and_never_a_crash(self):
-        whole = Set().add(FILE, "\\a", b"1").add(DATABASE, "d", b"").add(REGISTRY, "", b"")
+        whole = Set().add(FILE, "\\a", b"1").add(DATABASE, "d").add(REGISTRY, "")
         for cut in range(len(whole.listed)):
             damaged = Set()
             damaged.listed, damaged.data = whole.listed[:cut], whole.data
@@ -256,13 +262,13 @@ class HarmTest(ToolTest):
         crafted = Set().add(FILE, "\\good", b"1")
         for name in harmful:
             crafted.add(FILE, name, b"harm")
-        crafted.add(DATABASE, "..\\..\\outside\\x", b"harm")
+        crafted.add(DATABASE, "..\\..\\outside\\x")
         done = self.run_tool("extract", crafted.write(self.folder), out, "--json")
         told = json.loads(done.text)
         self.assertEqual(done.returncode, 1)
         self.assertEqual(told["faults"], len(harmful))
         self.assertEqual(list(outside.iterdir()), [])
-        self.assertEqual(sorted(p.name for p in out.iterdir() if p.is_file()), [".._.._outside_x.CDB", "good"])
+        self.assertEqual(sorted(p.name for p in out.iterdir() if p.is_file()), [".._.._outside_x.jsonl", "good"])
         self.assertEqual(sorted(p.name for p in self.folder.iterdir()), ["QLBX0001.QDT", "QLBX0001.QLT", "out", "outside"])
 
     def test_a_set_extracted_over_itself_stays(self):

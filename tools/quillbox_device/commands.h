@@ -1,6 +1,8 @@
 // commands.h - what the program does, a function a command. Each throws a Failure, and has changed nothing then.
 #pragma once
 
+#include "database_form.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -28,11 +30,18 @@ void importRegistry(const std::filesystem::path& device, const std::string& file
 
 void listDatabases(const std::filesystem::path& device);
 
-// One database as JSON lines, or all.
-void exportDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
-                     const std::string& file, bool force);
+using database_forms::Form;
 
-// Makes the databases of a file. One that exists is a failure unless `replace`.
-void importDatabases(const std::filesystem::path& device, const std::string& file, bool replace);
+// One database, or all that the form holds. `form`: none goes by the file's extension.
+void exportDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
+                     std::optional<Form> form, const std::string& file, bool force);
+
+// What becomes of a database that exists already.
+enum class Existing { Refused, Replaced, AddedTo };
+
+// Makes the databases of a file. `name` is that of the one that it makes; without one the file tells, or the form.
+// Prints what no database can hold on standard error.
+void importDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
+                     std::optional<Form> form, const std::string& file, Existing existing);
 
 }  // namespace quillbox_device

@@ -22,7 +22,14 @@ struct CommandLine {
     bool demonstration = false;
     bool force = false;
     bool replace = false;
+    bool add = false;
+    std::string form;
 };
+
+std::optional<Form> formOf(const CommandLine& line)
+{
+    return line.form.empty() ? std::nullopt : database_forms::formNamed(line.form);
+}
 
 CLI::App* addCommand(CLI::App& parent, CommandLine& line, const char* name, const char* what)
 {
@@ -61,21 +68,37 @@ void addRegistry(CLI::App& app, CommandLine& line)
     in->callback([&line] { importRegistry(line.device, line.file); });
 }
 
+void addForm(CLI::App& command, CommandLine& line)
+{
+    command
+        .add_option("--form", line.form,
+                    "jsonl (any database, lossless), vcard (contacts), ical (appointments, tasks), csv; none: by the "
+                    "file's extension .vcf, .ics, .csv, otherwise jsonl")
+        ->check(CLI::IsMember({"jsonl", "vcard", "ical", "csv"}));
+}
+
 void addDatabases(CLI::App& app, CommandLine& line)
 {
-    CLI::App* database = app.add_subcommand("database", "databases as JSON lines");
+    CLI::App* database = app.add_subcommand("database", "databases as JSON lines, vCard, iCalendar, CSV");
     database->require_subcommand(1);
     CLI::App* list = addCommand(*database, line, "list", "prints their names");
     list->callback([&line] { listDatabases(line.device); });
-    CLI::App* out = addCommand(*database, line, "export", "writes one, or all");
+    CLI::App* out = addCommand(*database, line, "export", "writes one, or all that the form holds");
     out->add_option("FILE", line.file, "the file; none or -: standard output");
-    out->add_option("--name", line.database, "the database; none: all");
+    out->add_option("--name", line.database, "the database; none: all that the form holds");
+    addForm(*out, line);
     out->add_flag("--force", line.force, "replaces a file that exists");
-    out->callback([&line] { exportDatabases(line.device, line.database, line.file, line.force); });
+    out->callback([&line] { exportDatabases(line.device, line.database, formOf(line), line.file, line.force); });
     CLI::App* in = addCommand(*database, line, "import", "makes the databases of a file, all of them or none");
     in->add_option("FILE", line.file, "the file; -: standard input")->required();
-    in->add_flag("--replace", line.replace, "replaces databases that exist");
-    in->callback([&line] { importDatabases(line.device, line.file, line.replace); });
+    in->add_option("--name", line.database, "the database; none: as the file says, or the device's own for the form");
+    addForm(*in, line);
+    CLI::Option* replace = in->add_flag("--replace", line.replace, "replaces databases that exist");
+    in->add_flag("--add", line.add, "adds the records to databases that exist")->excludes(replace);
+    in->callback([&line] {
+        const Existing existing = line.replace ? Existing::Replaced : line.add ? Existing::AddedTo : Existing::Refused;
+        importDatabases(line.device, line.database, formOf(line), line.file, existing);
+    });
 }
 
 int run(int count, char** arguments)

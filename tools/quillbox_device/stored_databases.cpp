@@ -6,7 +6,9 @@
 
 #include "host_name.h"
 
+#include <algorithm>
 #include <iostream>
+#include <span>
 
 namespace quillbox_device {
 
@@ -24,6 +26,25 @@ std::vector<StoredDatabase> storedDatabases()
     if (!whole)
         throw Failure("The device's databases can't be read.");
     return databases;
+}
+
+std::optional<StoredDatabase> databaseNamed(const std::u16string& name)
+{
+    CEOID oid = 0;
+    const HANDLE opened = CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr);
+    CEOIDINFO info{};
+    if (opened == INVALID_HANDLE_VALUE)
+        return std::nullopt;
+    CloseHandle(opened);
+    if (!CeOidGetInfo(oid, &info))
+        return std::nullopt;
+    return StoredDatabase{oid, info.infDatabase};
+}
+
+database_forms::DatabaseHead headOf(const CEDBASEINFO& info)
+{
+    const auto orders = std::span(info.rgSortSpecs, std::min(info.wNumSortOrder, CEDB_MAXSORTORDER));
+    return {info.szDbaseName, info.dwDbaseType, {orders.begin(), orders.end()}};
 }
 
 void print(const StoredDatabase& database)

@@ -1,8 +1,11 @@
 // stored_databases.h - the databases of the open device.
 #pragma once
 
+#include "database_form.h"
+
 #include "ce/store.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +18,11 @@ struct StoredDatabase {
 
 // The oldest first. Throws a Failure.
 [[nodiscard]] std::vector<StoredDatabase> storedDatabases();
+
+// Names are compared without case.
+[[nodiscard]] std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
+
+[[nodiscard]] database_forms::DatabaseHead headOf(const CEDBASEINFO& info);
 
 // One line.
 void print(const StoredDatabase& database);

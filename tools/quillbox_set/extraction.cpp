@@ -2,14 +2,19 @@
 
 #include "extraction.h"
 
+#include "database_text.h"
 #include "exit_code.h"
 #include "fault_text.h"
 #include "host_name.h"
+#include "image_check.h"
 #include "item_target.h"
 #include "json_list.h"
 #include "listed_set.h"
+#include "name_set.h"
+#include "registry_check.h"
 #include "screen_text.h"
 #include "stream_decoding.h"
+#include "target_file.h"
 
 #include "ce/file.h"
 
@@ -22,36 +27,9 @@ namespace quillbox_set {
 
 namespace {
 
-struct WrittenItem {
-    HANDLE file;
-    std::uint64_t bytes = 0;
-    DWORD error = ERROR_SUCCESS;
-};
-
-BOOL writeRaw(const BYTE* raw, DWORD bytes, void* context)
+BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target)
 {
-    auto& item = *static_cast<WrittenItem*>(context);
-    DWORD written = 0;
-    if (!WriteFile(item.file, raw, bytes, &written, nullptr))
-        item.error = GetLastError();
-    item.bytes += written;
-    return item.error == ERROR_SUCCESS && written == bytes;
-}
-
-// Each folder above the last part. One that exists is no failure: the open decides.
-void makeFoldersOf(const std::u16string& path)
-{
-    for (std::size_t end = path.find(u'\\', 1); end != std::u16string::npos; end = path.find(u'\\', end + 1))
-        (void)CreateDirectoryW(path.substr(0, end).c_str(), nullptr);
-}
-
-OpenFile openTarget(const std::u16string& path, DWORD creation)
-{
-    OpenFile target(path, GENERIC_WRITE, creation);
-    if (target.isOpen() || GetLastError() != ERROR_PATH_NOT_FOUND)
-        return target;
-    makeFoldersOf(path);
-    return {path, GENERIC_WRITE, creation};
+    return static_cast<TargetFile*>(target)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
 }
 
 class Extraction {
@@ -117,10 +95,12 @@ private:
         std::uint64_t bytes = 0;
         const std::string fault = tryToExtract(item, bytes);
         (fault.empty() ? written_ : faults_)++;
+        if (fault.empty() || (options_.keepDamaged && bytes != 0))
+            targets_.add(0, targetOf(item, options_.form));
         if (list_) {
             list_->add({{"kind", item.kindText()},
                         {"name", platform::text::toUtf8(askedName(item))},
-                        {"target", platform::text::toUtf8(targetOf(item))},
+                        {"target", platform::text::toUtf8(targetOf(item, options_.form))},
                         {"bytes", bytes},
                         {"fault", fault.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(fault)}});
         } else {
@@ -132,7 +112,7 @@ private:
     // What hindered it; nothing if all of it was written.
     std::string tryToExtract(const Item& item, std::uint64_t& bytes)
     {
-        const std::u16string target = targetOf(item);
+        const std::u16string target = targetOf(item, options_.form);
         if (item.entry.faults & CutByEndOfFile)
             return "the list file ends inside it";
         if (!NameIsUsable(item.entry))
@@ -141,36 +121,57 @@ private:
             return "there is no such kind";
         if (leadsInto(target, files_.folder))
             return errorText(ERROR_INVALID_NAME);
-        // What is replaced was good perhaps: so look first.
-        if (options_.force && !options_.keepDamaged) {
-            if (const StreamFault fault = decode(item, nullptr, nullptr); fault != StreamFault::None)
-                return streamFaultText(fault);
-        }
-        return writeTo(target, item, bytes);
+        if (targets_.has(0, target))
+            return "an item before it was written to the same file";
+        if (options_.form && item.isDatabase())
+            return extractDatabase(target, item, bytes);
+        std::string damage = damageBefore(item);
+        if (!damage.empty() && !options_.keepDamaged)
+            return damage;
+        return copyTo(target, item, damage, bytes);
     }
 
-    std::string writeTo(const std::u16string& path, const Item& item, std::uint64_t& bytes)
+    // Known before anything is written. What is replaced was good perhaps, and half a registry passes for one.
+    std::string damageBefore(const Item& item) const
     {
-        OpenFile target = openTarget(path, options_.force ? CREATE_ALWAYS : CREATE_NEW);
-        if (!target.isOpen())
-            return errorText(GetLastError());
-        WrittenItem written = {target.handle()};
-        const StreamFault fault = decode(item, writeRaw, &written);
-        target.close();
-        bytes = written.bytes;
-        if (fault == StreamFault::None)
+        if (options_.form && item.isRegistry())
+            return checkRegistry(data_, item.entry).fault;
+        if (!options_.force || options_.keepDamaged)
             return "";
-        const bool kept = options_.keepDamaged && fault != StreamFault::StoppedBySink;
-        if (!kept)
-            (void)DeleteFileW(path.c_str());
-        const std::string reason =
-            fault == StreamFault::StoppedBySink ? errorText(written.error) : streamFaultText(fault);
-        return kept ? reason + "; " + counted(bytes, "byte") + " before that kept" : reason;
+        const StreamFault fault =
+            DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, nullptr, nullptr);
+        return fault == StreamFault::None ? "" : streamFaultText(fault);
     }
 
-    StreamFault decode(const Item& item, RawBytesSink sink, void* context) const
+    std::string extractDatabase(const std::u16string& path, const Item& item, std::uint64_t& bytes) const
     {
-        return DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, sink, context);
+        const ImageReport image = checkImage(data_, item.entry);
+        if (!image.fault.empty() && (!options_.keepDamaged || !image.hasHead()))
+            return image.fault;
+        if (std::string fault =
+                writeDatabaseText(data_, item.entry, image, {*options_.form, path, options_.force}, bytes);
+            !fault.empty())
+            return fault;
+        return image.fault.empty() ? "" : image.fault + "; " + counted(image.ends.size() - 1, "record") + " kept";
+    }
+
+    // As it lies in the set. `damage` is what is known already.
+    std::string copyTo(const std::u16string& path, const Item& item, const std::string& damage,
+                       std::uint64_t& bytes) const
+    {
+        TargetFile target(path, options_.force);
+        if (!target.isOpen())
+            return errorText(target.error());
+        const StreamFault fault =
+            DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, writeRaw, &target);
+        bytes = target.bytes();
+        if (fault == StreamFault::StoppedBySink)
+            return errorText(target.error());
+        std::string reason = fault == StreamFault::None ? damage : streamFaultText(fault);
+        if (!reason.empty() && !options_.keepDamaged)
+            return reason;
+        target.keep();
+        return reason.empty() ? "" : reason + "; " + counted(bytes, "byte") + " kept";
     }
 
     void tellUnknownNames()
@@ -188,6 +189,7 @@ private:
     const ExtractionOptions& options_;
     OpenFile data_;
     std::vector<Wanted> wanted_;
+    NameSet targets_;  // written so far: names of databases that differ can have the same one
     std::optional<JsonList> list_;
     std::uint64_t written_ = 0;
     std::uint64_t faults_ = 0;

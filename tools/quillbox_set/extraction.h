@@ -3,6 +3,9 @@
 
 #include "set_files.h"
 
+#include "database_form.h"
+
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,8 +13,10 @@ namespace quillbox_set {
 
 struct ExtractionOptions {
     std::vector<std::string> names;  // of items, or patterns; none: all
-    bool force = false;              // replaces files that exist
-    bool keepDamaged = false;        // leaves what could be unpacked of a damaged item
+    // Of databases, and with any of them the registry as the text that it is; none: both as they lie in the set.
+    std::optional<database_forms::Form> form = database_forms::Form::JsonLines;
+    bool force = false;        // replaces files that exist
+    bool keepDamaged = false;  // leaves what could be unpacked of a damaged item
     bool json = false;
 };
 

@@ -2,6 +2,8 @@
 
 #include "item_target.h"
 
+#include "host_name.h"
+
 namespace quillbox_set {
 
 namespace {
@@ -20,15 +22,25 @@ std::u16string safeName(std::u16string_view name)
     return safe;
 }
 
+// That by which the file is read in this form again; any other is read as JSON lines.
+std::string endingOf(database_forms::Form form)
+{
+    for (const char* ending : {".jsonl", ".vcf", ".ics", ".csv"}) {
+        if (database_forms::formOfFile(ending) == form)
+            return ending;
+    }
+    return ".txt";
+}
+
 }  // namespace
 
-std::u16string targetOf(const Item& item)
+std::u16string targetOf(const Item& item, std::optional<database_forms::Form> form)
 {
     if (item.isFile())
         return std::u16string(item.name());
     if (item.isDatabase())
-        return u"\\" + safeName(item.name()) + u".CDB";
-    return u"\\registry.reg-image";
+        return u"\\" + safeName(item.name()) + platform::text::fromUtf8(form ? endingOf(*form) : ".CDB");
+    return form ? u"\\registry.reg" : u"\\registry.reg-image";
 }
 
 bool leadsInto(std::u16string_view path, std::u16string_view folder)

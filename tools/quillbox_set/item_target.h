@@ -3,14 +3,18 @@
 
 #include "listed_set.h"
 
+#include "database_form.h"
+
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace quillbox_set {
 
-// A path below the root: a file under its own name, a database as its image NAME.CDB with what no file's name may hold
-// replaced, the registry as one file. The platform decides whether the name can be used.
-[[nodiscard]] std::u16string targetOf(const Item& item);
+// A path below the root: a file under its own name; a database in its form, such as NAME.jsonl, with what no file's
+// name may hold replaced, and the registry as registry.reg. Without a form both are taken as they lie in the set:
+// NAME.CDB and registry.reg-image. The platform decides whether the name can be used.
+[[nodiscard]] std::u16string targetOf(const Item& item, std::optional<database_forms::Form> form);
 
 // Whether `path` leads into this folder of the root.
 [[nodiscard]] bool leadsInto(std::u16string_view path, std::u16string_view folder);

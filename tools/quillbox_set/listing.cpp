@@ -4,6 +4,7 @@
 
 #include "exit_code.h"
 #include "host_name.h"
+#include "item_inside.h"
 #include "json_list.h"
 #include "listed_set.h"
 #include "screen_text.h"
@@ -48,21 +49,33 @@ void printLine(const Item& item, const std::optional<std::string>& raw)
     std::printf("%s\n", onScreen(shownName(item)).c_str());
 }
 
-void printAsText(ListedSet& set, const OpenFile& data, bool sizes)
+void printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     std::printf("%s\n", linesOnScreen(set.comment(), "").c_str());
     Item item;
     while (set.next(item)) {
         std::optional<std::string> raw;
-        if (sizes) {
+        if (options.sizes) {
             const auto bytes = rawBytes(data, item);
             raw = bytes ? std::to_string(*bytes) : "damaged";
         }
         printLine(item, raw);
+        if (const std::string inside = options.inside ? lookInside(data, item).text : ""; !inside.empty())
+            std::printf("    %s\n", inside.c_str());
     }
 }
 
-void printAsJson(ListedSet& set, const OpenFile& data, bool sizes)
+void addInside(nlohmann::ordered_json& element, const OpenFile& data, const Item& item)
+{
+    if (!item.isDatabase() && !item.isRegistry())
+        return;
+    const ItemInside inside = lookInside(data, item);
+    element["inside"] = inside.json;
+    if (!inside.fault.empty())
+        element["fault"] = inside.fault;
+}
+
+void printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     JsonList list({{"comment", platform::text::toUtf8(set.comment())}}, "items");
     Item item;
@@ -71,10 +84,12 @@ void printAsJson(ListedSet& set, const OpenFile& data, bool sizes)
         nlohmann::ordered_json element = {{"kind", item.kindText()},
                                           {"name", platform::text::toUtf8(shownName(item))},
                                           {"packedBytes", item.packedBytes()}};
-        if (sizes) {
+        if (options.sizes) {
             const auto bytes = rawBytes(data, item);
             element["bytes"] = bytes ? nlohmann::ordered_json(*bytes) : nlohmann::ordered_json(nullptr);
         }
+        if (options.inside)
+            addInside(element, data, item);
         list.add(element);
         items++;
     }
@@ -93,7 +108,7 @@ int listSet(const MountedSet& files, const ListingOptions& options)
     const OpenFile data(files.dataPath, GENERIC_READ, OPEN_EXISTING);
     if (!data.isOpen())
         std::cerr << "quillbox-set: the data file is missing\n";
-    (options.json ? printAsJson : printAsText)(set, data, options.sizes);
+    (options.json ? printAsJson : printAsText)(set, data, options);
     if (set.readFailed())
         std::cerr << "quillbox-set: the list file couldn't be read to its end\n";
     return data.isOpen() && !set.readFailed() ? exitGood : exitFaults;

@@ -7,7 +7,9 @@ namespace quillbox_set {
 
 struct ListingOptions {
     bool json = false;
-    bool sizes = false;  // unpacked sizes too, which takes unpacking
+    // These take unpacking.
+    bool sizes = false;   // unpacked sizes too
+    bool inside = false;  // and what stands in databases and the registry
 };
 
 // Prints comment and items; returns the exit code.

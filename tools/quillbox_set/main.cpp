@@ -19,6 +19,8 @@ struct CommandLine {
     std::string set;
     std::string folder;
     bool json = false;
+    bool raw = false;
+    std::string form = "jsonl";
     ListingOptions listing;
     ExtractionOptions extraction;
 };
@@ -54,6 +56,10 @@ int extract(CommandLine& line)
     std::error_code error;
     std::filesystem::create_directories(line.folder, error);
     line.extraction.json = line.json;
+    if (line.raw)
+        line.extraction.form.reset();
+    else
+        line.extraction.form = database_forms::formNamed(line.form);
     return onSet(line.set, line.folder, [&](const MountedSet& set) { return extractItems(set, line.extraction); });
 }
 
@@ -69,6 +75,7 @@ int run(int count, char** arguments)
     CLI::App* list = app.add_subcommand("list", "prints the comment and every item");
     addSet(*list, line);
     list->add_flag("--sizes", line.listing.sizes, "unpacks each item to tell its size");
+    list->add_flag("--inside", line.listing.inside, "unpacks databases and the registry to tell what stands in them");
 
     CLI::App* verify = app.add_subcommand("verify", "checks everything that can be checked, and names each fault");
     addSet(*verify, line);
@@ -78,6 +85,13 @@ int run(int count, char** arguments)
     take->add_option("DIR", line.folder, "the folder; it is made if it is missing")->required();
     take->add_option("NAME", line.extraction.names,
                      "items as `list` shows them, / for \\ at will, or \"registry\"; * and ? match; none: all");
+    CLI::Option* form =
+        take->add_option("--form", line.form, "what becomes of databases: jsonl, vcard, ical or csv (jsonl)")
+            ->check([](const std::string& name) {
+                return database_forms::formNamed(name) ? "" : "there is no form " + name;
+            });
+    take->add_flag("--raw", line.raw, "takes databases and the registry as they lie in the set, byte for byte")
+        ->excludes(form);
     take->add_flag("--force", line.extraction.force, "replaces files that exist");
     take->add_flag("--keep-damaged", line.extraction.keepDamaged, "keeps what could be unpacked of a damaged item");
 

@@ -10,10 +10,19 @@ bool NameSet::add(BYTE kind, std::u16string_view name)
 {
     if (used_ * 4 >= places_.size() * 3)
         grow();
-    if (!put(hashOf(kind, name)))
+    const Hash hash = hashOf(kind, name);
+    Hash& place = places_[placeOf(hash)];
+    if (place == hash)
         return false;
+    place = hash;
     used_++;
     return true;
+}
+
+bool NameSet::has(BYTE kind, std::u16string_view name) const
+{
+    const Hash hash = hashOf(kind, name);
+    return places_[placeOf(hash)] == hash;
 }
 
 NameSet::Hash NameSet::hashOf(BYTE kind, std::u16string_view name)
@@ -25,18 +34,14 @@ NameSet::Hash NameSet::hashOf(BYTE kind, std::u16string_view name)
     return hash;
 }
 
-// The next free place from where the hash points to.
-bool NameSet::put(Hash hash)
+// Where the hash is, or else the next free place from where it points to.
+std::size_t NameSet::placeOf(Hash hash) const
 {
     const std::size_t mask = places_.size() - 1;
     std::size_t place = static_cast<std::size_t>(hash.high) & mask;
-    while (!(places_[place] == Hash{})) {
-        if (places_[place] == hash)
-            return false;
+    while (!(places_[place] == Hash{}) && !(places_[place] == hash))
         place = (place + 1) & mask;
-    }
-    places_[place] = hash;
-    return true;
+    return place;
 }
 
 void NameSet::grow()
@@ -45,7 +50,7 @@ void NameSet::grow()
     old.swap(places_);
     for (const Hash& hash : old) {
         if (!(hash == Hash{}))
-            put(hash);
+            places_[placeOf(hash)] = hash;
     }
 }
 

@@ -11,6 +11,8 @@ namespace quillbox_set {
 // Names are told apart by 128 bits of hash: two that differ and pass for one don't occur by chance.
 class NameSet {
 public:
+    [[nodiscard]] bool has(BYTE kind, std::u16string_view name) const;
+
     // False if this name of this kind was there.
     bool add(BYTE kind, std::u16string_view name);
 
@@ -22,7 +24,7 @@ private:
     };
 
     static Hash hashOf(BYTE kind, std::u16string_view name);
-    bool put(Hash hash);
+    [[nodiscard]] std::size_t placeOf(Hash hash) const;
     void grow();
 
     std::vector<Hash> places_ = std::vector<Hash>(1024);

@@ -47,14 +47,6 @@ int openFolder(const std::string& path)
     return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-std::u16string unguessableName()
-{
-    std::random_device random;
-    char digits[9];
-    (void)std::snprintf(digits, sizeof digits, "%08x", static_cast<unsigned>(random()));
-    return platform::text::fromUtf8(digits);
-}
-
 }  // namespace
 
 std::optional<SetFiles> findSet(const std::string& argument)
@@ -64,6 +56,14 @@ std::optional<SetFiles> findSet(const std::string& argument)
             return files;
     }
     return filesOf(argument + "." + std::string(listEnding));
+}
+
+std::u16string unguessableName()
+{
+    std::random_device random;
+    char digits[9];
+    (void)std::snprintf(digits, sizeof digits, "%08x", static_cast<unsigned>(random()));
+    return platform::text::fromUtf8(digits);
 }
 
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root)

@@ -18,9 +18,12 @@ struct SetFiles {
 // file.
 [[nodiscard]] std::optional<SetFiles> findSet(const std::string& argument);
 
+// Eight characters for a name in the root that nobody who wrote a set can know.
+[[nodiscard]] std::u16string unguessableName();
+
 // Where the set's files are in the name space.
 struct MountedSet {
-    std::u16string folder;  // name of the set's folder in the root: nobody who wrote a set can know it
+    std::u16string folder;  // name of the set's folder in the root, an unguessable one
     std::u16string listPath;
     std::u16string dataPath;
 };

@@ -5,9 +5,11 @@
 #include "exit_code.h"
 #include "fault_text.h"
 #include "host_name.h"
+#include "image_check.h"
 #include "json_list.h"
 #include "listed_set.h"
 #include "name_set.h"
+#include "registry_check.h"
 #include "screen_text.h"
 #include "stream_decoding.h"
 
@@ -44,14 +46,29 @@ public:
             std::printf("%s%s\n", asText(item).c_str(), reason.c_str());
     }
 
+    // Nothing is wrong with the set, but its user may be surprised.
+    void warn(const Item& item, const std::string& reason)
+    {
+        warnings_++;
+        if (list_) {
+            auto warning = asJson(&item, reason);
+            warning["warning"] = true;
+            list_->add(warning);
+        } else {
+            std::printf("%swarning: %s\n", asText(&item).c_str(), reason.c_str());
+        }
+    }
+
     int end(std::uint64_t items)
     {
+        const std::string warned = warnings_ == 0 ? "" : ", " + counted(warnings_, "warning");
         if (list_)
-            list_->end({{"items", items}, {"sound", faults_ == 0}});
+            list_->end({{"warnings", warnings_}, {"items", items}, {"sound", faults_ == 0}});
         else if (faults_ == 0)
-            std::printf("Sound: %s.\n", counted(items, "item").c_str());
+            std::printf("Sound: %s%s.\n", counted(items, "item").c_str(), warned.c_str());
         else
-            std::printf("Unsound: %s in %s.\n", counted(faults_, "fault").c_str(), counted(items, "item").c_str());
+            std::printf("Unsound: %s in %s%s.\n", counted(faults_, "fault").c_str(), counted(items, "item").c_str(),
+                        warned.c_str());
         return faults_ == 0 ? exitGood : exitFaults;
     }
 
@@ -75,6 +92,7 @@ private:
 
     std::optional<JsonList> list_;
     std::uint64_t faults_ = 0;
+    std::uint64_t warnings_ = 0;
 };
 
 // What one verification knows of the items before the one that it looks at.
@@ -167,8 +185,28 @@ private:
             report_.tell(&item, "its end offset lies before its start offset");
         else if (data_.isOpen() && entry.endOffset > dataSize_)
             report_.tell(&item, "its end offset lies behind the data file's end");
+        else if (data_.isOpen() && item.isDatabase())
+            checkDatabase(item);
+        else if (data_.isOpen() && item.isRegistry())
+            tellIfAny(item, checkRegistry(data_, entry).fault);
         else if (data_.isOpen())
             decode(item);
+    }
+
+    void checkDatabase(const Item& item)
+    {
+        const ImageReport image = checkImage(data_, item.entry);
+        tellIfAny(item, image.fault);
+        if (item.entry.faults != 0)
+            return;  // there is no name to compare with
+        for (const std::string& warning : imageWarnings(image, item.name()))
+            report_.warn(item, warning);
+    }
+
+    void tellIfAny(const Item& item, const std::string& fault)
+    {
+        if (!fault.empty())
+            report_.tell(&item, fault);
     }
 
     void decode(const Item& item)

@@ -1,0 +1,253 @@
+#!/usr/bin/env python3
+"""What quillbox-set tells of databases and the registry inside of sets, and what it makes of them: good and damaged."""
+import json
+import pathlib
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+from independent_set import DATABASE, FILE, REGISTRY, image_bytes, pack_stream, registry_bytes
+import quillbox_set_test
+from quillbox_set_test import Set, ToolTest
+
+SORT = [(0x3001F, 2), (0x40040, 5)]
+RECORDS = [
+    [(0x1001F, "Grüße \"😀\""), (0x10002, -5), (0x20012, 65535), (0x30003, -7, 3), (0x40013, 4294967295)],
+    [(0x40040, 2**64 - 1), (0x50041, b"\x00\xff"), (0x60041, b""), (0x2001F, "")],
+    [(0x7000B, None), (0x80005, None)],
+]
+LINES = [
+    {"database": "Tasks", "type": 26, "sort": [{"property": number, "flags": flags} for number, flags in SORT]},
+    {"record": [{"id": "0001001f", "value": "Grüße \"😀\""}, {"id": "00010002", "value": -5},
+                {"id": "00020012", "value": 65535}, {"id": "00030003", "flags": 3, "value": -7},
+                {"id": "00040013", "value": 4294967295}]},
+    {"record": [{"id": "00040040", "value": 2**64 - 1}, {"id": "00050041", "value": "00ff"},
+                {"id": "00060041", "value": ""}, {"id": "0002001f", "value": ""}]},
+    {"record": [{"id": "0007000b", "value": 0}, {"id": "00080005", "value": 0.0}]},
+]
+WARNING = "is of a database named"
+KEYS = {"HKEY_CURRENT_USER\\ControlPanel": ['@="x"', '"Number"=dword:0000001f'], "HKEY_USERS\\a": []}
+IMAGE = image_bytes("Tasks", 26, SORT, RECORDS)
+REGISTRY_TEXT = registry_bytes(KEYS)
+
+
+def lines_of(path):
+    return [json.loads(line) for line in path.read_text(encoding="utf-8").splitlines()]
+
+
+class InsideTest(ToolTest):
+    def set_of(self, image=IMAGE, name="Tasks", registry=REGISTRY_TEXT):
+        made = Set().add(DATABASE, name, image)
+        return made.add(REGISTRY, "", registry).write(self.folder)
+
+    def verified(self, path):
+        """The exit code, and each fault or warning as (item, text)."""
+        done = self.run_tool("verify", path, "--json")
+        told = json.loads(done.text)
+        self.assertEqual(told["sound"], done.returncode == 0)
+        self.assertEqual(told["warnings"], sum("warning" in fault for fault in told["faults"]))
+        return done.returncode, [(fault["item"], fault["reason"]) for fault in told["faults"]]
+
+    def assert_fault(self, path, item, reason):
+        code, faults = self.verified(path)
+        faults = [fault for fault in faults if WARNING not in fault[1]]
+        self.assertEqual((code, len(faults)), (1, 1), faults)
+        self.assertEqual(faults[0][0], item)
+        self.assertIn(reason, faults[0][1])
+
+    def extracted(self, path, *options, code=0):
+        """The files by name."""
+        out = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+        done = self.run_tool("extract", *options, path, out)
+        self.assertEqual(done.returncode, code, done.text)
+        return {found.name: found for found in out.iterdir()}
+
+
+class GoodInsideTest(InsideTest):
+    def test_a_database_comes_out_in_the_devices_order_with_every_value_of_its_image(self):
+        found = self.extracted(self.set_of())
+        self.assertEqual(sorted(found), ["Tasks.jsonl", "registry.reg"])
+        self.assertEqual(lines_of(found["Tasks.jsonl"]), LINES)
+        self.assertEqual(found["registry.reg"].read_bytes(), REGISTRY_TEXT)
+        raw = self.extracted(self.set_of(), "--raw")
+        self.assertEqual({name: path.read_bytes() for name, path in raw.items()},
+                         {"Tasks.CDB": IMAGE, "registry.reg-image": REGISTRY_TEXT})
+
+    def test_values_and_records_across_the_blocks_of_a_stream_come_out_whole(self):
+        blob, text = bytes(range(256)) * 1200, "wide \u4e16 " * 60000
+        records = [[(0x10003, number)] for number in range(40000)] + [[(0x10041, blob), (0x1001F, text)], []]
+        found = lines_of(self.extracted(self.set_of(image_bytes("Tasks", 0, [], records)))["Tasks.jsonl"])
+        self.assertEqual([line["record"][0]["value"] for line in found[1:40001]], list(range(40000)))
+        self.assertEqual([value["value"] for value in found[40001]["record"]], [blob.hex(), text])
+        self.assertEqual(len(found), 40002, "a record without properties is none")
+
+    def test_list_tells_what_is_inside_only_when_asked(self):
+        path = self.set_of()
+        text = self.run_tool("list", path, "--inside").text
+        self.assertIn('"Tasks", 3 records, type 26, sorted by 0003001f without case; 00040040 descending unknown first',
+                      text)
+        self.assertIn("6 keys, 2 values", text)
+        items = json.loads(self.run_tool("list", path, "--inside", "--json").text)["items"]
+        self.assertEqual([item["inside"] for item in items],
+                         [{"name": "Tasks", "type": 26, "records": 3, "sort": LINES[0]["sort"]},
+                          {"keys": 6, "values": 2}])
+        path.with_suffix(".QDT").write_bytes(b"")
+        self.assertEqual(self.run_tool("list", path).returncode, 0, "a quick list unpacks nothing")
+        items = json.loads(self.run_tool("list", path, "--inside", "--json").text)["items"]
+        self.assertEqual([item["inside"] for item in items], [None, None])
+
+    def test_what_surprises_at_a_restore_is_a_warning_and_no_fault(self):
+        for image, reason in [(image_bytes("Other", 26), '"Other"'), (image_bytes("x" * 32), "31 characters"),
+                              (image_bytes("Tasks", 0, [], [[], [(0x10003, 1)], []]), "2 records")]:
+            name = "x" * 32 if "31" in reason else "Tasks"
+            code, told = self.verified(self.set_of(image, name))
+            self.assertEqual((code, len(told)), (0, 1), told)
+            self.assertIn(reason, told[0][1])
+        self.assertEqual(self.verified(self.set_of(image_bytes("TASKS")))[1], [], "the store finds it without case")
+        done = self.run_tool("verify", self.set_of(image_bytes("\x1b[2J")))
+        self.assertNotIn("\x1b", done.text)
+        self.assertIn("warning: ", done.text)
+        self.assertIn("Sound: 2 items, 1 warning.", done.text)
+
+    def test_a_form_that_cannot_hold_a_database_replaces_nothing(self):
+        path, out = self.set_of(), self.folder / "out"
+        out.mkdir()
+        (out / "Tasks.vcf").write_bytes(b"old")
+        done = self.run_tool("extract", "--form", "vcard", "--force", path, out)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("database Tasks: vCard holds contacts", done.text)
+        self.assertEqual((out / "Tasks.vcf").read_bytes(), b"old")
+        self.assertEqual(self.run_tool("extract", "--form", "csv", path, out, "Tasks").returncode, 0)
+        self.assertEqual(sorted(found.name for found in out.iterdir()), ["Tasks.csv", "Tasks.vcf", "registry.reg"])
+        self.assertEqual(self.run_tool("extract", "--form", "csv", "--raw", path, out).returncode, 2)
+        self.assertEqual(self.run_tool("extract", "--form", "none", path, out).returncode, 2)
+
+    def test_names_that_become_one_file_name_cost_no_database(self):
+        path = Set().add(DATABASE, "a/b", image_bytes("first")).add(DATABASE, "a\\b", image_bytes("second")).write(
+            self.folder)
+        out = self.folder / "out"
+        for _ in range(2):
+            self.assertEqual(self.run_tool("extract", "--force", path, out).returncode, 1)
+            self.assertEqual(lines_of(out / "a_b.jsonl")[0]["database"], "first")
+
+
+class DamagedInsideTest(InsideTest):
+    def test_each_fault_of_an_image_is_named(self):
+        text_at = IMAGE.index("Grüße".encode("utf-16-le"))
+        size_at = text_at - 4
+        units = struct.unpack_from("<I", IMAGE, size_at)[0]
+        count_at = 4 + 12 + 4
+
+        def changed(at, new):
+            return IMAGE[:at] + new + IMAGE[at + len(new):]
+
+        for image, reason in [(b"", "before its first record"), (IMAGE[:20], "before its first record"),
+                              (b"\0" * 20, "a name of 0 bytes"), (b"\5" + IMAGE[1:], "a name of 5 bytes"),
+                              (b"\xff" * 30, "a name of 4294967295 bytes"), (changed(14, b"x\0"), "no closing NUL"),
+                              (changed(6, b"\0\0"), "the name in its image has a NUL before"),
+                              (image_bytes("\0" * 4), "empty name"), (image_bytes("Tasks", 0, SORT * 3), "6 sort orders"),
+                              (IMAGE + b"abc", "3 bytes too many"), (IMAGE[:-1], "inside record 3 of 3"),
+                              (changed(count_at, b"\4\0"), "inside record 4 of 4"),
+                              (changed(count_at, b"\2\0"), "too many behind"),
+                              (changed(size_at, b"\xfe\xff\xff\xff"), "inside record 3 of 3"),
+                              (changed(size_at + units + 2, b"x\0"), "no closing NUL"),
+                              (changed(text_at, b"\0\0"), "has a NUL before its end")]:
+            with self.subTest(reason):
+                path = self.set_of(image)
+                self.assert_fault(path, 1, reason)
+                self.assertEqual(sorted(self.extracted(path, code=1)), ["registry.reg"], "half must not pass for all")
+
+    def test_each_fault_of_a_registry_is_named_and_nothing_is_written(self):
+        text = REGISTRY_TEXT.decode("utf-16-le")
+        for spoilt, reason in [("", "byte order mark"), ("REGEDIT4\r\n", "byte order mark"),
+                               (text[:-40], "its closing line is missing"), (text.replace("2 values", "3 values"), "numbers"),
+                               (text.replace("=dword", "=word"), "no known form"), (text.replace("_USERS\\", "_X\\"), "predefined"),
+                               (text + "x", "behind the closing line"), (text.replace("@=", "@ "), "line 8: an equals")]:
+            with self.subTest(reason):
+                path = self.set_of(registry=spoilt.encode("utf-16-le"))
+                self.assert_fault(path, 2, reason)
+                self.assertEqual(sorted(self.extracted(path, code=1)), ["Tasks.jsonl"])
+        self.assert_fault(self.set_of(registry=REGISTRY_TEXT[:-1]), 2, "middle of a character")
+
+    def test_a_damaged_stream_is_the_fault_and_not_what_follows_from_it(self):
+        for kind, raw, name in ((DATABASE, IMAGE, "Tasks"), (REGISTRY, REGISTRY_TEXT, "")):
+            path = Set().add(kind, name, stream=pack_stream(raw)[:-7]).write(self.folder)
+            self.assert_fault(path, 1, "closing block is missing")
+
+    def test_whole_records_before_the_damage_are_kept_when_asked(self):
+        found = self.extracted(self.set_of(IMAGE[:-1]), "--keep-damaged", code=1)
+        self.assertEqual(lines_of(found["Tasks.jsonl"]), [LINES[0], *LINES[2:]])
+        self.assertEqual(sorted(self.extracted(self.set_of(b"\0" * 20), "--keep-damaged", code=1)), ["registry.reg"])
+        cut = self.extracted(self.set_of(registry=REGISTRY_TEXT[:-40]), "--keep-damaged", code=1)["registry.reg"]
+        self.assertEqual(cut.read_bytes(), REGISTRY_TEXT[:-40])
+
+    def test_an_image_that_is_damaged_replaces_nothing(self):
+        out = self.folder / "out"
+        self.assertEqual(self.run_tool("extract", self.set_of(), out).returncode, 0)
+        self.assertEqual(self.run_tool("extract", "--force", self.set_of(IMAGE[:-1], registry=b"x"), out).returncode, 1)
+        self.assertEqual(lines_of(out / "Tasks.jsonl"), LINES)
+        self.assertEqual((out / "registry.reg").read_bytes(), REGISTRY_TEXT)
+        self.assertEqual(len(list(out.iterdir())), 2, "nothing else is left behind")
+
+    def test_cut_and_flipped_at_every_byte_both_are_judged_and_never_a_crash(self):
+        """All the damage in one set, an item each: one process judges it and one extracts it."""
+        spoilt = [IMAGE[:cut] for cut in range(len(IMAGE))]
+        spoilt += [IMAGE[:at] + bytes([IMAGE[at] ^ mask]) + IMAGE[at + 1:] for at in range(len(IMAGE)) for mask in (1, 255)]
+        made = Set()
+        for number, image in enumerate(spoilt):
+            made.add(DATABASE, f"d{number}", image)
+        path = made.write(self.folder)
+        code, told = self.verified(path)
+        faulty = {item for item, reason in told if WARNING not in reason}
+        self.assertLessEqual(set(range(1, len(IMAGE) + 1)), faulty, "a cut image is never sound")
+        found = self.extracted(path, code=1)
+        self.assertEqual({int(name[1:-6]) + 1 for name in found}, set(range(1, len(spoilt) + 1)) - faulty)
+        for name, extracted in found.items():
+            self.assertEqual(len(lines_of(extracted)), 4, name)
+
+    def test_a_registry_cut_and_flipped_at_every_byte_is_never_a_crash(self):
+        made = Set()
+        for cut in range(0, len(REGISTRY_TEXT)):
+            made.add(REGISTRY, "", REGISTRY_TEXT[:cut])
+        for at in range(0, len(REGISTRY_TEXT)):
+            made.add(REGISTRY, "", REGISTRY_TEXT[:at] + bytes([REGISTRY_TEXT[at] ^ 255]) + REGISTRY_TEXT[at + 1:])
+        told = self.verified(made.write(self.folder))[1]
+        faulty = {item for item, reason in told if "device accepts" in reason}
+        self.assertLessEqual(set(range(1, len(REGISTRY_TEXT) + 1)), faulty, "a cut registry is never sound")
+
+    def test_memory_stays_bounded_whatever_an_image_claims(self):
+        """Gigabytes of one value out of a few megabytes of set."""
+        zeros = pack_zeros()
+        head = image_bytes("Tasks", 0, [], [[]])[:-2] + b"\1\0" + struct.pack("<II", 0x10041, 0xFFFFFFF0)
+        stream = pack_stream(head)[:-7] + zeros * 2000 + pack_stream(b"")[5:]
+        path = Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
+        limited = [sys.executable, "-c", "import os, resource, sys\n"
+                   "resource.setrlimit(resource.RLIMIT_DATA, (64 << 20, 64 << 20))\nos.execv(sys.argv[1], sys.argv[1:])"]
+        if subprocess.run([*limited, quillbox_set_test.TOOL, "--version"], capture_output=True, check=False).returncode != 0:
+            self.skipTest("a sanitizer needs more memory than the limit")
+        done = subprocess.run([*limited, quillbox_set_test.TOOL, "verify", path], capture_output=True, text=True, check=False)
+        self.assertEqual(done.returncode, 1, done.stderr)
+        self.assertIn("inside record 1 of 1", done.stdout)
+        whole = head[:-4] + struct.pack("<I", 2000 * 131072)
+        stream = pack_stream(whole)[:-7] + zeros * 2000 + pack_stream(b"\0\0")[5:]
+        path = Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
+        done = subprocess.run([*limited, quillbox_set_test.TOOL, "extract", path, self.folder / "out"], capture_output=True,
+                              text=True, check=False)
+        self.assertEqual(done.returncode, 1, done.stderr)
+        self.assertIn("32 MiB", done.stdout)
+        self.assertEqual(list((self.folder / "out").iterdir()), [])
+
+
+def pack_zeros():
+    """A full block of zeros as a match that overlaps itself: a zero, and what is left at distance 1."""
+    left = 131072 - 4 - 33
+    packed = bytes([21, 0, 0, 0, 0, 32]) + bytes(left // 255) + bytes([left % 255]) + b"\0\0" + bytes.fromhex("110000")
+    return struct.pack("<I", len(packed)) + packed
+
+
+if __name__ == "__main__":
+    quillbox_set_test.TOOL = sys.argv[1]
+    unittest.main(argv=sys.argv[:1] + sys.argv[2:])

@@ -1,0 +1,148 @@
+// component.cpp - see component.h.
+
+#include "component.h"
+
+#include "form_fault.h"
+#include "line_decoding.h"
+#include "record_limit.h"
+
+namespace database_forms {
+
+namespace {
+
+constexpr std::size_t DeepestNesting = 8;
+constexpr std::size_t MostLines = 2 * 0xFFFF;  // a line for each property, and as many that say nothing to us
+
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
+
+void Component::add(std::string lineName, std::string value, std::vector<Parameter> parameters)
+{
+    lines.push_back({std::move(lineName), std::move(parameters), std::move(value), 0});
+}
+
+void append(std::string& text, const Component& component)
+{
+    append(text, {"BEGIN", {}, component.name, 0});
+    for (const ContentLine& line : component.lines)
+        append(text, line);
+    for (const Component& part : component.parts)
+        append(text, part);
+    append(text, {"END", {}, component.name, 0});
+}
+
+std::optional<Component> ComponentReader::next()
+{
+    for (;;) {
+        bytes_ = count_ = 0;
+        const auto line = nextLine();
+        if (!line) {
+            if (inContainer_)
+                refuse("the file ends within its calendar", lines_.number());
+            return std::nullopt;
+        }
+        const std::string name = inCapitals(line->value);
+        if (line->name == "BEGIN" && name == container_ && !inContainer_) {
+            inContainer_ = sawAny_ = true;
+        } else if (line->name == "END" && name == container_ && inContainer_) {
+            inContainer_ = false;
+        } else if (line->name == "BEGIN" && inContainer_ == !container_.empty()) {
+            sawAny_ = true;
+            Component component{name, {}, {}, line->number};
+            fill(component, 1);
+            return component;
+        } else if (!inContainer_ || line->name == "BEGIN" || line->name == "END") {
+            refuse(container_.empty() ? "this is no card: it doesn't begin with BEGIN:VCARD"
+                                      : "this is no calendar: it doesn't begin with BEGIN:VCALENDAR",
+                   line->number);
+        }
+    }
+}
+
+void ComponentReader::fill(Component& component, std::size_t depth)
+{
+    for (;;) {
+        auto line = nextLine();
+        if (!line)
+            refuse("the file ends before what begins here does", component.number);
+        if (line->name == "END") {
+            if (inCapitals(line->value) != component.name)
+                refuse("this END doesn't belong to the last BEGIN", line->number);
+            return;
+        }
+        if (++count_ > MostLines)
+            refuse("what begins here has too many lines", component.number);
+        if (line->name != "BEGIN") {
+            component.lines.push_back(std::move(*line));
+            continue;
+        }
+        if (depth == DeepestNesting)
+            refuse("BEGIN is nested too deep", line->number);
+        Component& part = component.parts.emplace_back(Component{inCapitals(line->value), {}, {}, line->number});
+        fill(part, depth + 1);
+    }
+}
+
+std::optional<ContentLine> ComponentReader::nextLine()
+{
+    while (readLogical()) {
+        if (logical_.empty())
+            continue;
+        try {
+            ContentLine line = contentLineFrom(logical_, logicalNumber_);
+            decode(line);
+            return line;
+        } catch (const FormFault& fault) {
+            refuse(fault.what(), logicalNumber_);
+        }
+    }
+    return std::nullopt;
+}
+
+// Puts the next line together: one that begins with a blank goes on with the one before.
+bool ComponentReader::readLogical()
+{
+    if (!readPhysical())
+        return false;
+    logical_ = std::move(physical_);
+    logicalNumber_ = lines_.number();
+    hasPhysical_ = false;
+    if (logicalNumber_ == 1 && logical_.starts_with(ByteOrderMark))
+        logical_.erase(0, ByteOrderMark.size());
+    const bool softBreaks = isQuotedPrintable(logical_);
+    while (readPhysical()) {
+        if (softBreaks && logical_.ends_with('='))
+            logical_.replace(logical_.size() - 1, 1, physical_);
+        else if (physical_.starts_with(' ') || physical_.starts_with('\t'))
+            logical_.append(physical_, 1);
+        else
+            break;
+        hasPhysical_ = false;
+    }
+    return true;
+}
+
+bool ComponentReader::readPhysical()
+{
+    if (hasPhysical_)
+        return true;
+    if (!lines_.next(physical_, LongestRecord - bytes_))
+        return false;
+    bytes_ += physical_.size();
+    if (physical_.ends_with('\r'))
+        physical_.pop_back();
+    if (physical_.find('\r') != std::string::npos || physical_.find('\0') != std::string::npos)
+        refuse("there is a NUL or a CR alone in the line", lines_.number());
+    hasPhysical_ = true;
+    return true;
+}
+
+void ComponentReader::refuse(const char* what, std::size_t line) const
+{
+    FormFault fault(what);
+    fault.line = line;
+    throw fault;
+}
+
+}  // namespace database_forms

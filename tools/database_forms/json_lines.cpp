@@ -1,0 +1,105 @@
+// json_lines.cpp - see json_lines.h.
+
+#include "json_lines.h"
+
+#include "property_json.h"
+#include "record.h"
+
+#include "host_name.h"
+
+#include <optional>
+
+namespace database_forms {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Half a gigabyte: a record of blobs may take what no device could hold.
+constexpr std::size_t LongestLine = std::size_t{512} * 1024 * 1024;
+
+// What a line's text may become in memory: no record is nested deeper, and none of a device has more values.
+constexpr int DeepestNesting = 4;
+constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;
+
+Json parsed(const std::string& line)
+{
+    std::size_t values = 0;
+    return Json::parse(line, [&values](int depth, Json::parse_event_t, const Json&) {
+        if (depth > DeepestNesting || ++values > MostValues)
+            throw FormFault("this is neither a database nor a record");
+        return true;
+    });
+}
+
+DWORD numberIn(const Json& object, const char* field)
+{
+    if (!object.is_object() || !object.contains(field) || !object[field].is_number_unsigned() ||
+        object[field].get<std::uint64_t>() > 0xFFFFFFFF)
+        throw FormFault(std::string("\"") + field + "\" isn't a number of 32 bits");
+    return object[field].get<DWORD>();
+}
+
+DatabaseHead headFrom(const Json& json)
+{
+    if (!json["database"].is_string() || !json.contains("sort") || !json["sort"].is_array())
+        throw FormFault("a database lacks its name or its \"sort\"");
+    DatabaseHead head{
+        platform::text::fromUtf8(json["database"].get_ref<const std::string&>()), numberIn(json, "type"), {}};
+    for (const Json& order : json["sort"])
+        head.sort.push_back({numberIn(order, "property"), numberIn(order, "flags")});
+    return head;
+}
+
+Record recordFrom(const Json& properties)
+{
+    if (properties.empty())
+        throw FormFault("a record has no properties");
+    Record record;
+    for (const Json& property : properties)
+        addTo(record, property);
+    return record;
+}
+
+}  // namespace
+
+void JsonLinesWriter::begin(const DatabaseHead& head)
+{
+    Json json{{"database", platform::text::toUtf8(head.name)}, {"type", head.type}};
+    Json& sort = json["sort"] = Json::array();
+    for (const SORTORDERSPEC& order : head.sort)
+        sort.push_back({{"property", order.propid}, {"flags", order.dwFlags}});
+    out_ << json.dump() << '\n';
+}
+
+void JsonLinesWriter::add(std::span<const CEPROPVAL> properties)
+{
+    Json record{{"record", Json::array()}};
+    for (const CEPROPVAL& property : properties)
+        record["record"].push_back(toJson(property));
+    out_ << record.dump() << '\n';
+}
+
+void readJsonLines(LineReader& lines, DatabaseTarget& target)
+{
+    std::optional<std::size_t> database;
+    for (std::string line; lines.next(line, LongestLine);) {
+        if (line.empty())
+            continue;
+        try {
+            const Json json = parsed(line);
+            if (json.is_object() && json.contains("database"))
+                database = target.begin(headFrom(json));
+            else if (!json.is_object() || !json.contains("record") || !json["record"].is_array())
+                throw FormFault("this is neither a database nor a record");
+            else if (!database)
+                throw FormFault("there is no database before the record");
+            else
+                target.add(*database, recordFrom(json["record"]).properties());
+        } catch (const nlohmann::json::exception&) {
+            throw FormFault("this is no JSON");
+        }
+    }
+}
+
+}  // namespace database_forms

@@ -1,0 +1,49 @@
+// left_out.cpp - see left_out.h.
+
+#include "left_out.h"
+
+#include "host_name.h"
+
+#include <algorithm>
+
+namespace database_forms {
+
+namespace {
+
+// A file of nothing but foreign names is not to fill memory or screen.
+constexpr std::size_t MostNames = 30;
+constexpr std::size_t LongestName = 40;
+
+}  // namespace
+
+std::string shownName(std::string_view name)
+{
+    std::string shown = platform::text::toUtf8(platform::text::fromUtf8(name.substr(0, LongestName)));
+    std::ranges::replace_if(
+        shown, [](char c) { return (static_cast<unsigned char>(c) < 0x20) || c == 0x7F; }, '?');
+    return shown;
+}
+
+void LeftOut::add(std::string_view name)
+{
+    ++count_;
+    const std::string shown = shownName(name);
+    const auto known = names_.find(shown);
+    if (known != names_.end())
+        ++known->second;
+    else if (names_.size() < MostNames)
+        names_.emplace(shown, 1);
+}
+
+std::string LeftOut::sentence() const
+{
+    std::string text = std::to_string(count_) + (count_ == 1 ? " field was left out: " : " fields were left out: ");
+    std::size_t named = 0;
+    for (const auto& [name, times] : names_) {
+        text += (named == 0 ? "" : ", ") + name + " " + std::to_string(times);
+        named += times;
+    }
+    return named == count_ ? text : text + ", others " + std::to_string(count_ - named);
+}
+
+}  // namespace database_forms

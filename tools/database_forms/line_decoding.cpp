@@ -1,0 +1,70 @@
+// line_decoding.cpp - see line_decoding.h.
+
+#include "line_decoding.h"
+
+#include "form_fault.h"
+#include "hex_digits.h"
+#include "left_out.h"
+#include "value_text.h"
+
+#include <iconv.h>
+
+#include <memory>
+
+namespace database_forms {
+
+namespace {
+
+std::string fromQuotedPrintable(std::string_view value)
+{
+    std::string bytes;
+    while (!value.empty()) {
+        const auto byte = value[0] == '=' && value.size() >= 3 ? fromHexadecimal(value.substr(1, 2)) : std::nullopt;
+        if (value[0] == '=' && !byte)
+            throw FormFault("\"=\" isn't followed by two hexadecimal digits");
+        bytes += byte ? static_cast<char>(*byte) : value[0];
+        value.remove_prefix(byte ? 3 : 1);
+    }
+    return bytes;
+}
+
+std::string toUtf8(std::string bytes, const std::string& characterSet)
+{
+    struct Closer {
+        using pointer = iconv_t;
+        void operator()(iconv_t converter) const { iconv_close(converter); }
+    };
+    const iconv_t opened = iconv_open("UTF-8", characterSet.c_str());
+    if (opened == reinterpret_cast<iconv_t>(-1))  // NOLINT: its documented failure
+        throw FormFault("the character set \"" + shownName(characterSet) + "\" isn't known");
+    const std::unique_ptr<iconv_t, Closer> converter(opened);
+    std::string utf8(bytes.size() * 4 + 16, '\0');
+    char* in = bytes.data();
+    char* out = utf8.data();
+    std::size_t inLeft = bytes.size();
+    std::size_t outLeft = utf8.size();
+    if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1))
+        throw FormFault("a value isn't of the character set that is told");
+    utf8.resize(utf8.size() - outLeft);
+    return utf8;
+}
+
+}  // namespace
+
+bool isQuotedPrintable(std::string_view line)
+{
+    return inCapitals(line.substr(0, line.find(':'))).find("QUOTED-PRINTABLE") != std::string::npos;
+}
+
+void decode(ContentLine& line)
+{
+    if (inCapitals(line.parameter("ENCODING")) == "QUOTED-PRINTABLE")
+        line.value = fromQuotedPrintable(line.value);
+    const std::string characterSet(line.parameter("CHARSET"));
+    if (!characterSet.empty() && inCapitals(characterSet) != "UTF-8")
+        line.value = toUtf8(std::move(line.value), characterSet);
+    if (!isValidUtf8(line.value) || line.value.find('\0') != std::string::npos)
+        throw FormFault("the line isn't UTF-8, or has a NUL in it");
+}
+
+}  // namespace database_forms

@@ -1,0 +1,43 @@
+// line_reader.cpp - see line_reader.h.
+
+#include "line_reader.h"
+
+#include "form_fault.h"
+
+namespace database_forms {
+
+namespace {
+
+constexpr std::size_t PieceBytes = 65536;
+
+}
+
+bool LineReader::next(std::string& line, std::size_t longest)
+{
+    line.clear();
+    if (rest_.empty() && !fill())
+        return false;
+    ++number_;
+    for (bool ended = false; !ended && (!rest_.empty() || fill());) {
+        const std::size_t end = rest_.find('\n');
+        ended = end != std::string_view::npos;
+        const std::string_view part = rest_.substr(0, end);
+        if (part.size() > longest - line.size())
+            throw FormFault("the record is longer than any of a device");
+        line += part;
+        rest_.remove_prefix(ended ? end + 1 : rest_.size());
+    }
+    return true;
+}
+
+bool LineReader::fill()
+{
+    buffer_.resize(PieceBytes);
+    in_.read(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
+    rest_ = {buffer_.data(), static_cast<std::size_t>(in_.gcount())};
+    if (in_.bad())
+        throw FormFault("the file can't be read further");
+    return !rest_.empty();
+}
+
+}  // namespace database_forms

@@ -1,0 +1,105 @@
+// database_import.cpp - see database_import.h.
+
+#include "database_import.h"
+
+#include "stored_databases.h"
+
+#include "host_name.h"
+
+#include <algorithm>
+
+namespace quillbox_device {
+
+using database_forms::DatabaseHead;
+using database_forms::FormFault;
+
+namespace {
+
+std::string inQuotes(const std::u16string& name)
+{
+    return "\"" + platform::text::toUtf8(name) + "\"";
+}
+
+void check(const DatabaseHead& head)
+{
+    if (head.name.size() >= CEDB_MAXDBASENAMELEN || head.name.find(u'\0') != std::u16string::npos)
+        throw FormFault("a database's name has more than 31 characters, or a NUL");
+    if (head.sort.size() > CEDB_MAXSORTORDER)
+        throw FormFault("a database has more than four sort orders");
+}
+
+CEOID made(DatabaseHead head)
+{
+    const CEOID oid =
+        CeCreateDatabase(head.name.c_str(), head.type, static_cast<WORD>(head.sort.size()), head.sort.data());
+    if (oid == 0)
+        throw FormFault("the database " + inQuotes(head.name) + " can't be made");
+    return oid;
+}
+
+}  // namespace
+
+DatabaseImport::DatabaseImport(const std::optional<std::string>& name, Existing existing, bool fileTellsHead)
+    : existing_(existing), fileTellsHead_(fileTellsHead)
+{
+    if (name)
+        name_ = platform::text::fromUtf8(*name);
+}
+
+std::size_t DatabaseImport::begin(const DatabaseHead& found)
+{
+    if (name_ && !databases_.empty())
+        throw FormFault("the file holds several databases, and --name is for one");
+    if (fileTellsHead_)  // one follows the other, and there may be many
+        finish();
+    DatabaseHead head = destination(found);
+    check(head);
+    const auto old = databaseNamed(head.name);
+    if (old && existing_ == Existing::Refused)
+        throw FormFault("the database " + inQuotes(head.name) + " exists; --replace replaces it, --add adds to it");
+    if (old && !fileTellsHead_ && found.type != 0 && old->info.dwDbaseType != found.type)
+        throw FormFault("the database " + inQuotes(head.name) + " is of type " + std::to_string(old->info.dwDbaseType) +
+                        ", what the file holds of type " + std::to_string(found.type));
+    CEOID oid = old ? old->oid : 0;
+    if (old && existing_ == Existing::Replaced) {
+        if (!fileTellsHead_)
+            head = headOf(old->info);
+        if (!CeDeleteDatabase(oid))
+            throw FormFault("the database " + inQuotes(head.name) + " can't be deleted");
+        oid = 0;
+    }
+    databases_.push_back(std::make_unique<OpenDatabase>(oid != 0 ? oid : made(std::move(head))));
+    return databases_.size() - 1;
+}
+
+void DatabaseImport::add(std::size_t database, std::span<const CEPROPVAL> properties)
+{
+    if (CeWriteRecordProps(databases_[database]->handle(), 0, static_cast<WORD>(properties.size()),
+                           properties.data()) == 0)
+        throw FormFault(GetLastError() == ERROR_DISK_FULL ? "there is no room for the record, or for one more of them"
+                                                          : "the record can't be stored");
+}
+
+void DatabaseImport::finish()
+{
+    for (auto& database : databases_) {
+        if (database && !database->close())
+            throw FormFault("the records can't be stored");
+        database.reset();
+    }
+}
+
+// Which database is meant. A device may know its contacts by another name than ours.
+DatabaseHead DatabaseImport::destination(DatabaseHead head) const
+{
+    if (name_) {
+        head.name = *name_;
+    } else if (!fileTellsHead_) {
+        for (const StoredDatabase& database : storedDatabases())
+            if (database.info.dwDbaseType == head.type)
+                head.name = database.info.szDbaseName;
+    }
+    return head;
+}
+
+}  // namespace quillbox_device

@@ -1,0 +1,38 @@
+// database_import.h - what a reader finds, put into the open store.
+#pragma once
+
+#include "commands.h"
+#include "open_database.h"
+
+#include "database_form.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillbox_device {
+
+class DatabaseImport : public database_forms::DatabaseTarget {
+public:
+    // `name`: the one database that the file may hold then. `fileTellsHead`: otherwise a database that is replaced
+    // keeps its own type and sort orders, and without a name the device's database of the type is meant.
+    DatabaseImport(const std::optional<std::string>& name, Existing existing, bool fileTellsHead);
+
+    // Both throw a FormFault.
+    std::size_t begin(const database_forms::DatabaseHead& head) override;
+    void add(std::size_t database, std::span<const CEPROPVAL> properties) override;
+
+    // Throws a FormFault if what was written isn't in the store.
+    void finish();
+
+private:
+    [[nodiscard]] database_forms::DatabaseHead destination(database_forms::DatabaseHead head) const;
+
+    std::optional<std::u16string> name_;
+    Existing existing_;
+    bool fileTellsHead_;
+    std::vector<std::unique_ptr<OpenDatabase>> databases_;
+};
+
+}  // namespace quillbox_device

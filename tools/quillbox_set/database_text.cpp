@@ -1,0 +1,95 @@
+// database_text.cpp - see database_text.h.
+
+#include "database_text.h"
+
+#include "fault_text.h"
+#include "target_stream.h"
+#include "unpacked_image.h"
+
+#include <ostream>
+
+namespace quillbox_set {
+
+namespace {
+
+// A record is in memory whole, several times over while it becomes text. Far above what anybody keeps in one.
+constexpr std::uint64_t recordBytesLimit = std::uint64_t{32} * 1024 * 1024;
+
+// Records that are read at once, so that going backwards costs few seeks.
+constexpr std::uint64_t groupBytes = std::uint64_t{256} * 1024;
+
+std::string tooLargeRecord(const ImageReport& image)
+{
+    for (std::size_t record = 1; record < image.ends.size(); record++) {
+        if (image.ends[record] - image.ends[record - 1] > recordBytesLimit)
+            return "record " + std::to_string(record) + " of its image has more than 32 MiB: --raw takes it out";
+    }
+    return "";
+}
+
+std::size_t groupBefore(const ImageReport& image, std::size_t behind)
+{
+    std::size_t first = behind - 1;
+    while (first > 0 && image.ends[behind] - image.ends[first - 1] <= groupBytes)
+        first--;
+    return first;
+}
+
+void addBackwards(database_forms::DatabaseWriter& writer, const ImageRecords& records)
+{
+    for (std::size_t place = records.size(); place > 0; place--) {
+        if (!records.record(place - 1).empty())
+            writer.add(records.record(place - 1));
+    }
+}
+
+// Into the file, or nowhere without one. Returns what hindered it.
+std::string write(UnpackedImage& unpacked, const ImageReport& image, database_forms::Form form, TargetFile* file)
+{
+    TargetBuffer buffer(file);
+    std::ostream out(&buffer);
+    try {
+        const auto writer = database_forms::makeWriter(form, out);
+        writer->begin({image.name, image.type, image.sortOrders});
+        for (std::size_t behind = image.ends.size() - 1; behind > 0 && out.good();) {
+            const std::size_t first = groupBefore(image, behind);
+            ImageRecords records;
+            if (!unpacked.read(first, behind, records))
+                return "its image can't be read again";
+            addBackwards(*writer, records);
+            behind = first;
+        }
+        writer->finish();
+    } catch (const database_forms::FormFault& fault) {
+        return fault.what();
+    }
+    out.flush();
+    return file == nullptr || file->error() == ERROR_SUCCESS ? "" : errorText(file->error());
+}
+
+}  // namespace
+
+std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
+                              const DatabaseText& text, std::uint64_t& bytes)
+{
+    if (std::string fault = tooLargeRecord(image); !fault.empty())
+        return fault;
+    UnpackedImage unpacked(data, entry, image);
+    if (unpacked.error() != ERROR_SUCCESS)
+        return errorText(unpacked.error());
+    // What is replaced is good perhaps, and not every form can hold every database.
+    if (text.replace) {
+        if (std::string fault = write(unpacked, image, text.form, nullptr); !fault.empty())
+            return fault;
+    }
+    TargetFile file(text.path, text.replace);
+    if (!file.isOpen())
+        return errorText(file.error());
+    std::string fault = write(unpacked, image, text.form, &file);
+    bytes = file.bytes();
+    if (fault.empty())
+        file.keep();
+    return fault;
+}
+
+}  // namespace quillbox_set

@@ -1,0 +1,73 @@
+// item_inside.cpp - see item_inside.h.
+
+#include "item_inside.h"
+
+#include "image_check.h"
+#include "registry_check.h"
+#include "screen_text.h"
+
+#include "host_name.h"
+
+#include <cstdio>
+
+namespace quillbox_set {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string sortText(const SORTORDERSPEC& order)
+{
+    char id[16];
+    (void)std::snprintf(id, sizeof id, "%08x", static_cast<unsigned>(order.propid));
+    std::string text = id;
+    if (order.dwFlags & CEDB_SORT_DESCENDING)
+        text += " descending";
+    if (order.dwFlags & CEDB_SORT_CASEINSENSITIVE)
+        text += " without case";
+    if (order.dwFlags & CEDB_SORT_UNKNOWNFIRST)
+        text += " unknown first";
+    return text;
+}
+
+ItemInside insideOf(const ImageReport& image)
+{
+    ItemInside inside{"", nullptr, image.fault};
+    if (!image.hasHead())
+        return inside;
+    inside.text = "\"" + onScreen(image.name) + "\", " + counted(image.records, "record") + ", type " +
+                  std::to_string(image.type);
+    Json sort = Json::array();
+    for (const SORTORDERSPEC& order : image.sortOrders) {
+        inside.text += (sort.empty() ? ", sorted by " : "; ") + sortText(order);
+        sort.push_back({{"property", order.propid}, {"flags", order.dwFlags}});
+    }
+    inside.json = {
+        {"name", platform::text::toUtf8(image.name)}, {"type", image.type}, {"records", image.records}, {"sort", sort}};
+    return inside;
+}
+
+ItemInside insideOf(const RegistryReport& registry)
+{
+    if (!registry.fault.empty())
+        return {"", nullptr, registry.fault};
+    return {counted(registry.keys, "key") + ", " + counted(registry.values, "value"),
+            {{"keys", registry.keys}, {"values", registry.values}},
+            ""};
+}
+
+}  // namespace
+
+ItemInside lookInside(const OpenFile& data, const Item& item)
+{
+    ItemInside inside{"", nullptr, ""};
+    if (item.isDatabase())
+        inside = insideOf(checkImage(data, item.entry));
+    else if (item.isRegistry())
+        inside = insideOf(checkRegistry(data, item.entry));
+    if (!inside.fault.empty())
+        inside.text += (inside.text.empty() ? "damaged: " : "; damaged: ") + inside.fault;
+    return inside;
+}
+
+}  // namespace quillbox_set

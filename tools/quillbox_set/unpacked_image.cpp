@@ -1,0 +1,73 @@
+// unpacked_image.cpp - see unpacked_image.h.
+
+#include "unpacked_image.h"
+
+#include "stream_decoding.h"
+
+#include "ce/file.h"
+
+namespace quillbox_set {
+
+namespace {
+
+BOOL writeRaw(const BYTE* raw, DWORD bytes, void* file)
+{
+    return static_cast<TargetFile*>(file)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
+}
+
+// The bytes up to `end` are all that the reader has then.
+bool seekTo(ImageReader& reader, std::uint64_t start, std::uint64_t end)
+{
+    auto high = static_cast<LONG>(start >> 32);
+    SetLastError(ERROR_SUCCESS);
+    if (SetFilePointer(reader.file, static_cast<LONG>(start), &high, FILE_BEGIN) == INVALID_SET_FILE_POINTER &&
+        GetLastError() != ERROR_SUCCESS)
+        return false;
+    reader.filled = 0;
+    reader.next = 0;
+    reader.unread = end - start;
+    return true;
+}
+
+}  // namespace
+
+ImageRecords::~ImageRecords()
+{
+    for (const CEPROPVAL& property : properties_)
+        FreeProperty(property);
+}
+
+bool ImageRecords::add(ImageReader& reader)
+{
+    WORD count = 0;
+    if (!ReadPropertyCount(reader, count))
+        return false;
+    for (; count > 0; count--) {
+        CEPROPVAL property{};
+        if (!ReadProperty(reader, property))
+            return false;
+        properties_.push_back(property);
+    }
+    ends_.push_back(properties_.size());
+    return true;
+}
+
+UnpackedImage::UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image)
+    : image_(image), file_(u"\\." + unguessableName() + u".part", false), reader_(std::make_unique<ImageReader>())
+{
+    if (!file_.isOpen())
+        return;
+    // A fault of the stream is in the report, and what stands before it is there.
+    (void)DecodeStream(data.handle(), entry.startOffset, entry.endOffset, writeRaw, &file_);
+    StartImageReader(*reader_, file_.handle());
+}
+
+bool UnpackedImage::read(std::size_t first, std::size_t behind, ImageRecords& records)
+{
+    bool good = seekTo(*reader_, image_.ends[first], image_.ends[behind]);
+    for (; good && first < behind; first++)
+        good = records.add(*reader_);
+    return good;
+}
+
+}  // namespace quillbox_set
