@@ -214,9 +214,20 @@ LRESULT answer(const Window& window, DatePickerState& picker, UINT message, WPAR
     return TRUE;
 }
 
+// A dialog that makes its picker at run time may name no tab stop; the keyboard has to reach it all the same.
+void becomeTabStop(HWND handle)
+{
+    const Lock lock = lockCore();
+    if (Window* window = findWindow(handle))
+        window->style |= WS_TABSTOP;
+}
+
 LRESULT datePickerProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
+    case WM_CREATE:
+        becomeTabStop(handle);
+        return 0;
     case WM_KEYDOWN:
     case WM_CHAR:
     case InputDate:

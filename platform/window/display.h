@@ -162,6 +162,7 @@ bool postText(HWND window, std::u16string text);        // as typed; an edit tak
 bool postNewText(HWND edit, std::u16string text);       // the user has edited: the whole text from now on
 bool postClose(HWND topLevel);                          // the close box
 bool postCaptionOk(HWND topLevel);                      // the OK button in the caption
+bool postFocus(HWND window);                            // a screen reader gives it the keyboard
 bool postCommand(HWND topLevel, WORD id);               // a menu item or toolbar button of its bands
 bool postResize(HWND topLevel, int width, int height);  // client area, virtual pixels
 

@@ -18,6 +18,7 @@ inline constexpr UINT InputCaptionOk = 0x10006;
 inline constexpr UINT InputCommand = 0x10007;  // wParam: id
 inline constexpr UINT InputResize = 0x10008;   // wParam: width, lParam: height
 inline constexpr UINT InputDate = 0x10009;     // wParam: month and year, lParam: day
+inline constexpr UINT InputFocus = 0x1000A;
 
 // Bits of a key message's lParam: the platform's own for Alt; the others lie where it reserves them.
 inline constexpr LPARAM KeyWithAlt = LPARAM{1} << 29;

@@ -103,6 +103,11 @@ bool postDoubleClick(HWND window, long row)
     return queue(window, InputDoubleClick, static_cast<WPARAM>(row));
 }
 
+bool postFocus(HWND window)
+{
+    return queue(window, InputFocus);
+}
+
 bool postKey(HWND handle, WORD virtualKey, bool shift, bool control, bool alt)
 {
     const LPARAM modifiers = (shift ? KeyWithShift : 0) | (control ? KeyWithControl : 0) | (alt ? KeyWithAlt : 0);
@@ -177,7 +182,7 @@ bool takesInput(HWND handle)
 namespace {
 
 // A click brings the keyboard along.
-void focusByClick(HWND handle)
+void bringKeyboard(HWND handle)
 {
     HWND top = nullptr;
     bool accepts = false;
@@ -242,8 +247,11 @@ LRESULT dispatchInput(const MSG& message)
     case InputClick:
     case InputDoubleClick:
     case InputDate:
-        focusByClick(message.hwnd);
+        bringKeyboard(message.hwnd);
         return SendMessageW(message.hwnd, message.message, message.wParam, message.lParam);
+    case InputFocus:
+        bringKeyboard(message.hwnd);
+        return 0;
     case InputText:
     case InputNewText:
         typeInto(message);

@@ -1,77 +1,45 @@
 #!/usr/bin/python3
-"""Lists what a screen reader is told of the main window and its dialogs, and fails for a control without a name.
+"""What a screen reader is told of the main window and every dialog: a control without a name, a mark or a focus that
+can't be heard is a fault.
 
-Runs itself under a fresh X server, window manager and session bus:  accessible_tree_test.py BIN-FOLDER
+    accessible_tree_test.py BIN-FOLDER
 Exit code 77: a tool is missing.
 """
-import os
-import pathlib
-import shutil
-import subprocess
 import sys
-import tempfile
-import time
 
-TOOLS = ["Xvfb", "xvfb-run", "openbox", "xdotool", "xprop", "dbus-run-session"]
+from desk import MAIN, Desk, Person, require_tools, wait_for
+from hands import Keyboard, Mouse
+
 # Containers that only hold others.
 SILENT = {"filler", "panel", "viewport", "scroll pane", "scroll bar", "application", "layered pane", "separator"}
-DIALOGS = [  # keys from the main window, title, what must be there: (role, name)
-    ("F10 Down Return", "File filter", [("check box", "Show files newer than :"), ("push button", "Add"),
-                                        ("check box", "Read-only"), ("push button", "OK"), ("push button", "Cancel")]),
-    ("F10 Down Down Return", "Options", [("radio button", "Ask"), ("check box", "Generate log file"),
-                                         ("text", "Maximum backup file size:"), ("push button", "OK")]),
-    ("F10 Down Down Down Return", "Quillbox", [("push button", "OK"), ("push button", "Cancel")]),
-    ("F10 Right Right Return", "Full Backup", [("check box", "All files"), ("text", "Backupset comments")]),
-]
-MAIN = [("push button", name) for name in ("Mark", "Unmark", "Full backup", "Filter", "Options")] + [
-    ("menu item", "File"), ("menu item", "Operations")] + [
+# What must be there: (role, name).
+MAIN_CONTROLS = [("push button", name) for name in ("Mark", "Unmark", "Full backup", "Filter", "Options")] + [
+    ("menu item", "File"), ("menu item", "Operations"), ("tree", "Tree View Control")] + [
     ("table cell", name) for name in ("Databases", "Files", "Registry")]
+CAPTION = [("push button", "OK"), ("push button", "Cancel")]
+FILE_DIALOGS = [
+    ("Filter...", "File filter", [("check box", "Show files newer than :"), ("push button", "Add"),
+                                  ("spin button", "Show files newer than :"), ("check box", "Read-only")]),
+    ("Options...", "Options", [("radio button", "Ask"), ("check box", "Generate log file"),
+                               ("text", "Maximum backup file size:")]),
+    ("About...", "Quillbox", [])]
+SELECTED = [("text", "Backupset comments"), ("list", "Items to backup:"), ("list item", "File:\\My Documents\\To do.txt")]
+CHOOSER = [("list", "Select your storage"), ("list item", "\\Storage Card"), ("list item", "Main device")]
+QUESTION = [("push button", "Yes"), ("push button", "No"),
+            ("label", "Override \\Storage Card\\QUILBOX\\QLBX0001.QLT file")]
+RESTORE = [("text", "Backupset comments"), ("list", "Select items to restore"), ("list item", "Registry")]
 
 
-def run_inside_a_session():
-    missing = [tool for tool in TOOLS if not shutil.which(tool)]
-    try:
-        import pyatspi  # noqa: F401
-    except ImportError:
-        missing.append("python3-pyatspi")
-    if missing:
-        print("missing:", *missing, file=sys.stderr)
-        return 77
-    return subprocess.run(["dbus-run-session", "--", "xvfb-run", "-a", sys.executable, __file__, sys.argv[1],
-                           "inside"]).returncode
-
-
-def keys(text):
-    subprocess.run(["xdotool", "key", "--delay", "60", *text.split()], check=True)
-
-
-def wait_for(what, condition, seconds=30):
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
-        found = condition()
-        if found:
-            return found
-        time.sleep(0.1)
-    raise SystemExit(f"no {what}")
-
-
-class Tree:
-    def __init__(self, program):
-        import pyatspi
-        self.showing = pyatspi.STATE_SHOWING
-        self.desktop = pyatspi.Registry.getDesktop(0)
+class Listener:
+    def __init__(self, person):
+        self.person = person
         self.faults = []
-        self.application = wait_for("application", lambda: next(
-            (a for a in self.desktop if a and a.get_process_id() == program), None))
-
-    def window(self, title):
-        return next((w for w in self.application if w and w.name == title), None)
 
     def walk(self, node, depth=0):
         """(role, name) of everything below that is on the screen, printed as a tree."""
         seen = []
         for child in node:
-            if not child or not child.getState().contains(self.showing):
+            if not child or not self.person.shows(child):
                 continue
             role, name = child.getRoleName(), child.name
             print("  " * depth + f"{role}: {name!r}")
@@ -82,55 +50,83 @@ class Tree:
         return seen
 
     def check(self, title, expected):
-        window = wait_for(f"window {title!r}", lambda: self.window(title))
+        window = self.person.window(title)
         print(f"{window.getRoleName()}: {window.name!r}")
         seen = self.walk(window, 1)
         self.faults += [f"{title}: no {role} {name!r}" for role, name in expected if (role, name) not in seen]
 
-    def find(self, node, name):
-        for child in node:
-            found = child and (child if child.name == name else self.find(child, name))
-            if found:
-                return found
-        return None
 
-    def check_mark(self):
-        """The caret lands on the last item and marks it: that has to be heard, not only seen."""
-        import pyatspi
-        cell = self.find(self.window("KORV Quillbox"), "Registry")
-        for said, checked in ("not marked", False), ("marked", True):
-            wait_for(f"Registry {said!r}", lambda said=said, checked=checked: cell.description == said and
-                     cell.getState().contains(pyatspi.STATE_CHECKED) == checked)
-            keys("End")
+def check_marks(person, mouse):
+    """The state and the words of an item, and what its folders make of it."""
+    def says(name, words, checked):
+        item = person.find(MAIN, name)
+        wait_for(f"{name!r}: {words!r}", lambda: item.description == words and
+                 person.has(item, "CHECKED") == checked)
+    says("Registry", "not marked", False)
+    mouse.mark(["Files", "My Documents"], "To do.txt")
+    says("Registry", "marked", True)
+    says("To do.txt", "file, marked", True)
+    says("My Documents", "folder, some marked", False)
+    says("Files", "some marked", False)
 
 
-def inside(program_file):
-    with tempfile.TemporaryDirectory() as folder:
-        base = pathlib.Path(folder)
-        (base / "runtime").mkdir(mode=0o700)
-        environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb",
-                           XDG_CONFIG_HOME=str(base / "config"), XDG_RUNTIME_DIR=str(base / "runtime"))
-        manager = subprocess.Popen(["openbox"], stderr=subprocess.DEVNULL)
-        wait_for("window manager", lambda: b"window id" in subprocess.run(
-            ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], capture_output=True).stdout)
-        program = subprocess.Popen([program_file, "--device", str(base / "device")], env=environment)
-        try:
-            tree = Tree(program.pid)
-            tree.check("KORV Quillbox", MAIN)
-            tree.check_mark()
-            for path, title, expected in DIALOGS:
-                keys(path)
-                tree.check(title, expected)
-                keys("Escape")
-                wait_for(f"end of {title!r}", lambda title=title: not tree.window(title))
-            keys("alt+F4")
-            program.wait(30)
-        finally:
-            program.kill()
-            manager.kill()
-    print("\n".join(tree.faults))
-    return 1 if tree.faults else 0
+def check_focus(person, keyboard):
+    """Where the program moves the keyboard, and where the screen reader wants it."""
+    title = "File filter"
+    keyboard.menu(title, "File", "Filter...")
+    keyboard.tick(title, "Show only files with these extentions :")
+    wait_for("the keyboard in the edit", lambda: person.focused(title).getRoleName() == "text")
+    person.find(title, "System").queryComponent().grabFocus()
+    wait_for("the keyboard at System", lambda: person.focused(title).name == "System")
+    person.keys("Tab")
+    wait_for("Tab from there", lambda: person.focused(title).name == "Read-only")
+    person.ends(title, lambda: person.keys("Escape"))
+
+
+def main(bin_folder):
+    require_tools()
+    desk = Desk()
+    process = desk.start(f"{bin_folder}/quillbox", "--device", str(desk.base / "device"), stderr=None)
+    person = Person(process)
+    keyboard, mouse = Keyboard(person), Mouse(person)
+    listener = Listener(person)
+    listener.check(MAIN, MAIN_CONTROLS)
+    for item, title, expected in FILE_DIALOGS:
+        keyboard.menu(title, "File", item)
+        listener.check(title, expected + CAPTION)
+        person.ends(title, lambda: person.keys("Escape"))
+    check_focus(person, keyboard)
+    check_marks(person, mouse)
+    keyboard.menu("Backup selected Item", "Operations", "Backup", "Selected items...")
+    listener.check("Backup selected Item", SELECTED + CAPTION)
+    keyboard.press("Backup selected Item", "OK")
+    listener.check("Select", CHOOSER + CAPTION)
+    person.keys("Return")
+    listener.check("Error", [("push button", "OK"), ("label", "You must select an item")])
+    keyboard.answer("Error", "OK")
+    keyboard.row("Select", "\\Storage Card")
+    keyboard.press("Select", "OK")
+    keyboard.tool("Full Backup", "Full backup")
+    listener.check("Full Backup", [("check box", "All files"), ("text", "Backupset comments")] + CAPTION)
+    keyboard.tick("Full Backup", "Registry")
+    keyboard.press("Full Backup", "OK")
+    keyboard.row("Select", "\\Storage Card")
+    keyboard.press("Select", "OK")
+    listener.check("Info?", QUESTION)
+    listener.faults += [f"progress: a {child.getRoleName()} without a name"
+                        for window in person.application if window and window.name == "Backuping Files"
+                        for child in window[0] if person.shows(child) and not child.name]
+    keyboard.answer("Info?", "No")
+    keyboard.menu("Select", "Operations", "Restore", "Partial...")
+    keyboard.row("Select", "\\Storage Card\\QUILBOX\\QLBX0002.QLT")
+    keyboard.press("Select", "OK")
+    listener.check("Restore selection", RESTORE + CAPTION)
+    person.ends("Restore selection", lambda: person.keys("Escape"))
+    keyboard.leave()
+    process.wait(30)
+    print("\n".join(listener.faults))
+    return 1 if listener.faults else 0
 
 
 if __name__ == "__main__":
-    sys.exit(inside(sys.argv[1] + "/quillbox") if sys.argv[2:] == ["inside"] else run_inside_a_session())
+    sys.exit(main(*sys.argv[1:]))

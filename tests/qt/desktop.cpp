@@ -165,7 +165,7 @@ void Desktop::choose(const QStringList& path)
     for (const QString& text : path) {
         QAction* wanted = nullptr;
         for (QAction* action : level->actions())
-            if (action->text() == text)
+            if (action->text().remove(u'&') == text)
                 wanted = action;
         ASSERT_TRUE(wanted) << text.toStdString();
         if (wanted->menu())

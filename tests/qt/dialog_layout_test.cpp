@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QtTest/QTest>
@@ -83,6 +84,31 @@ TEST_P(DialogLayoutTest, NoTextIsCutAndNoRowsOverlap)
         press(dialog, Qt::Key_Escape);
         awaitGone(title);
     }
+}
+
+TEST_P(DialogLayoutTest, TextsOfARowStandOnOneLine)
+{
+    const auto middleOf = [](QWidget& dialog, const QString& text) {
+        for (QWidget* child : controlsOf(dialog))
+            if (nameOf(*child) == text)
+                return child->y() +
+                       (qobject_cast<QLabel*>(child) ? child->fontMetrics().height() : child->height()) / 2;
+        return -1;
+    };
+    choose({"File", "Options..."});
+    QWidget& options = await("Options");
+    EXPECT_EQ(middleOf(options, "Maximum backup file size:"), middleOf(options, "MB"));
+    const auto* size = options.findChild<QLineEdit*>();
+    EXPECT_EQ(middleOf(options, "MB"), size->y() + size->height() / 2);
+    press(options, Qt::Key_Escape);
+    awaitGone("Options");
+    choose({"File", "Filter..."});
+    QWidget& filter = await("File filter");
+    EXPECT_EQ(middleOf(filter, "Archive"), middleOf(filter, "System"));
+    EXPECT_EQ(middleOf(filter, "Hidden"), middleOf(filter, "Read-only"));
+    EXPECT_LT(middleOf(filter, "Archive"), middleOf(filter, "Hidden"));
+    press(filter, Qt::Key_Escape);
+    awaitGone("File filter");
 }
 
 INSTANTIATE_TEST_SUITE_P(Fonts, DialogLayoutTest, testing::Values(7, 9, 11, 18, 24));

@@ -113,6 +113,19 @@ TEST_F(DialogTest, TabReachesEachControlThatTakesTheKeyboardAndNoOther)
     EXPECT_EQ(end(), IDCANCEL);
 }
 
+TEST_F(DialogTest, FocusThatAScreenReaderGivesIsTheDialogsToo)
+{
+    open(EditAndBoxes);
+    ASSERT_TRUE(postFocus(control(11)));
+    user.waitUntil([&] { return takesInput(dialog); });
+    EXPECT_TRUE(focused(11));
+    EXPECT_EQ(stateOf(control(11)).check, 0);  // no click
+    EXPECT_FALSE(postFocus(control(12)));      // disabled
+    keyUntilFocus(VK_TAB, 13);
+    ASSERT_TRUE(postCaptionOk(dialog));
+    EXPECT_EQ(end(), IDOK);
+}
+
 TEST_F(DialogTest, EnterPressesTheFocusedButtonThenTheDefaultOneThenOk)
 {
     open(EditAndBoxes);

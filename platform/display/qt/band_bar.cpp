@@ -24,15 +24,22 @@ using window::BandState;
 using window::BarButton;
 using window::MenuItem;
 
+// The first letter chooses an item whose text names none.
+QString withMnemonic(const std::u16string& text)
+{
+    const QString shown = toQt(text);
+    return shown.contains(u'&') ? shown : u'&' + shown;
+}
+
 void fill(QMenu& menu, const std::vector<MenuItem>& items, const std::function<void(WORD)>& command)
 {
     for (const MenuItem& item : items) {
         if (item.separator) {
             menu.addSeparator();
         } else if (!item.items.empty()) {
-            fill(*menu.addMenu(toQt(item.text)), item.items, command);
+            fill(*menu.addMenu(withMnemonic(item.text)), item.items, command);
         } else {
-            QAction* action = menu.addAction(toQt(item.text));
+            QAction* action = menu.addAction(withMnemonic(item.text));
             action->setEnabled(item.enabled);
             QObject::connect(action, &QAction::triggered, &menu, [command, id = item.id] { command(id); });
         }
@@ -49,7 +56,7 @@ protected:
     void paintEvent(QPaintEvent* event) override
     {
         QMenuBar::paintEvent(event);
-        QPainter(this).fillRect(0, height() - 1, width(), 1, palette().window());
+        QPainter(this).fillRect(0, height() - 2, width(), 2, palette().window());
     }
 };
 
@@ -131,7 +138,7 @@ void BandBar::addMenu(const std::vector<MenuItem>& items)
     menu_->setNativeMenuBar(false);
     menu_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     for (const MenuItem& item : items)
-        fill(*menu_->addMenu(toQt(item.text)), item.items, command_);
+        fill(*menu_->addMenu(withMnemonic(item.text)), item.items, command_);
     row_->addWidget(menu_, 0, Qt::AlignVCenter);
 }
 

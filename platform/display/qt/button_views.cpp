@@ -51,6 +51,7 @@ public:
                4 * style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this) +
                style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, this);
     }
+    [[nodiscard]] int rowMiddle() const override { return height() / 2; }
 };
 
 // A check box or a radio button.
@@ -86,6 +87,7 @@ public:
         whole.moveCenter({whole.center().x(), place.center().y()});
         return whole;
     }
+    [[nodiscard]] int rowMiddle() const override { return Button::height() / 2; }
     [[nodiscard]] QString label() const override { return Button::text(); }
 
 protected:

@@ -41,6 +41,7 @@ public:
     bool close(HWND top) const { return carry(top, window::postClose(top)); }
     bool captionOk(HWND top) const { return carry(top, window::postCaptionOk(top)); }
     bool command(HWND top, WORD id) const { return carry(top, window::postCommand(top, id)); }
+    bool focus(HWND window) const { return carry(window, window::postFocus(window)); }
     bool key(HWND window, WORD virtualKey, bool shift, bool control, bool alt) const
     {
         return carry(window, window::postKey(window, virtualKey, shift, control, alt));

@@ -5,6 +5,7 @@
 #include "date_display.h"
 
 #include <QDateEdit>
+#include <QFocusEvent>
 
 namespace platform::qt {
 
@@ -43,6 +44,7 @@ public:
         whole.setHeight(std::max(place.height(), sizeHint().height()));
         return whole;
     }
+    [[nodiscard]] int rowMiddle() const override { return height() / 2; }
 
 protected:
     void focusInEvent(QFocusEvent* event) override

@@ -2,6 +2,7 @@
 
 #include "dialog_view.h"
 
+#include "focus_outline.h"
 #include "header_bar.h"
 #include "keys.h"
 
@@ -26,7 +27,9 @@ using window::WindowKind;
 using window::WindowState;
 
 constexpr int FrameLine = 1;
-constexpr int BottomMargin = 6;  // virtual pixels
+// Virtual pixels.
+constexpr int BottomMargin = 6;
+constexpr int RowTolerance = 3;
 // A text that is set late may be of any length: beyond this it wraps or is cut.
 constexpr double MostStretch = 1.6;
 
@@ -146,6 +149,24 @@ void DialogView::placeControls(const DialogUnits& units)
 {
     for (const Control& control : controls_)
         control.view->widget().setGeometry(control.view->placeIn(units.scaled(control.state.place)));
+    alignRows(units.scaled({0, 0, 0, RowTolerance}).height());
+}
+
+// What the template means to stand in one row, but for a unit or so, gets its texts on one line.
+void DialogView::alignRows(int tolerance)
+{
+    std::vector<int> rows;
+    for (const Control& control : controls_) {
+        if (!control.state.visible || control.view->rowMiddle() < 0)
+            continue;
+        QWidget& widget = control.view->widget();
+        const int middle = widget.y() + control.view->rowMiddle();
+        const auto row = std::ranges::find_if(rows, [&](int other) { return std::abs(other - middle) <= tolerance; });
+        if (row == rows.end())
+            rows.push_back(middle);
+        else
+            widget.move(widget.x(), *row - control.view->rowMiddle());
+    }
 }
 
 // So that the widest text isn't cut.
@@ -213,6 +234,9 @@ const DialogView::Control* DialogView::focusedControl() const
 
 bool DialogView::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason)
+        if (const Control* control = controlOf(qobject_cast<QWidget*>(watched)))
+            passFocus(*control);
     if (event->type() != QEvent::KeyPress)
         return QDialog::eventFilter(watched, event);
     auto& key = static_cast<QKeyEvent&>(*event);
@@ -299,6 +323,19 @@ void DialogView::showFocus()
         focused->view->widget().setFocus(Qt::TabFocusReason);
 }
 
+// Neither the mouse nor Tab gave it the keyboard, nor did the core: a screen reader did, and the core has to hear
+// of it. Later: the toolkit is in the middle of its own change.
+void DialogView::passFocus(const Control& control)
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this, window = control.view->window()] {
+            if (!courier().focus(window))
+                showFocus();
+        },
+        Qt::QueuedConnection);
+}
+
 void DialogView::reject()
 {
     courier().close(window());
@@ -317,8 +354,7 @@ void DialogView::paintEvent(QPaintEvent* event)
         return;
     // Without the window manager's frame it would run into the window behind it.
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Dark));
-    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+    drawOutline(painter, rect(), palette().color(QPalette::Dark));
 }
 
 }  // namespace platform::qt

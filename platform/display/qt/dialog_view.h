@@ -43,9 +43,11 @@ private:
 
     void arrange();
     void placeControls(const DialogUnits& units);
+    void alignRows(int tolerance);
     [[nodiscard]] double stretchFor(const DialogUnits& units) const;
     void nameControls();
     void showFocus();
+    void passFocus(const Control& control);
     [[nodiscard]] QString nameFor(const Control& control) const;
 
     bool passKey(QKeyEvent& event);

@@ -84,6 +84,8 @@ public:
         connect(this, &QLineEdit::textChanged, this, [this] { report(); });
     }
 
+    [[nodiscard]] int rowMiddle() const override { return height() / 2; }
+
 protected:
     [[nodiscard]] QString wholeText() const override { return text(); }
     void setWholeText(const QString& text) override

@@ -7,6 +7,14 @@
 
 namespace platform::qt {
 
+void drawOutline(QPainter& painter, const QRect& rect, const QColor& color)
+{
+    painter.fillRect(rect.x(), rect.y(), rect.width(), 1, color);
+    painter.fillRect(rect.x(), rect.bottom(), rect.width(), 1, color);
+    painter.fillRect(rect.x(), rect.y(), 1, rect.height(), color);
+    painter.fillRect(rect.right(), rect.y(), 1, rect.height(), color);
+}
+
 FocusOutline::FocusOutline(QWidget* target) : QWidget(target)
 {
     setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -35,8 +43,7 @@ bool FocusOutline::eventFilter(QObject* watched, QEvent* event)
 void FocusOutline::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(QPalette::Highlight));
-    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+    drawOutline(painter, rect(), palette().color(QPalette::Highlight));
 }
 
 }  // namespace platform::qt

@@ -7,6 +7,7 @@
 #include <QCloseEvent>
 #include <QDialogButtonBox>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -61,7 +62,7 @@ std::optional<QMessageBox::StandardButton> desktopButton(int id)
     }
 }
 
-// A place in a path where a line may break; nothing of it is seen or read.
+// A place in a path where a line may break; nothing of it is seen.
 QString breakable(QString text)
 {
     return text.replace(u'\\', QStringLiteral("\\\u200B"));
@@ -145,13 +146,21 @@ private:
             else if (state.kind == WindowKind::Static)
                 texts += toQt(state.text);
         }
-        setText(breakable(texts.replace(QStringLiteral("\r\n"), QStringLiteral("\n"))));
+        texts.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        setText(breakable(texts));
+        if (auto* label = findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
+            label->setAccessibleName(texts);
+            // The toolkit keeps the place of an icon that isn't there.
+            if (icon() == NoIcon)
+                label->setContentsMargins({});
+        }
     }
 
     void addButtonOf(const WindowState& state)
     {
         const auto standard = desktopButton(state.id);
         QPushButton* button = standard ? addButton(*standard) : addButton(toQt(state.text), QMessageBox::ActionRole);
+        button->setIcon({});  // the caption's buttons have none either
         buttons_[button] = state.window;
         if (state.defaultButton) {
             setDefaultButton(button);

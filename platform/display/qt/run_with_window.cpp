@@ -3,6 +3,7 @@
 #include "qt_display.h"
 
 #include "farewell.h"
+#include "plain_style.h"
 #include "screen.h"
 
 #include <QApplication>
@@ -76,6 +77,7 @@ void hear(QtMsgType type, const QMessageLogContext&, const QString& text)
 
 bool isDesktopNamed()
 {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread yet
     return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM");
 }
 
@@ -88,8 +90,9 @@ int showProgram(QApplication& application, const std::function<int()>& program)
         result = program();
         running().programEnded = true;
         running().farewell.look();
+        // Not quit(): that asks the windows first, and one that the screen has not yet taken away would refuse.
         QMetaObject::invokeMethod(
-            &application, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+            &application, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
     });
     QApplication::exec();
     thread.join();
@@ -109,6 +112,7 @@ extern "C" int quillboxRunWithWindow(const std::function<int()>* program)
     char* arguments[] = {name, nullptr};
     QApplication application(count, arguments);
     QApplication::setDesktopFileName(QStringLiteral("quillbox"));
+    usePlainStyle();
     QApplication::setQuitOnLastWindowClosed(false);  // the program says when it ends
     running().windowsOpen = true;
     // If it goes without a word. After the application: what is registered last is called first.

@@ -58,6 +58,7 @@ public:
     {
         return {place.topLeft(), QSize(place.width(), std::max(place.height(), fontMetrics().height()))};
     }
+    [[nodiscard]] int rowMiddle() const override { return wraps_ ? -1 : fontMetrics().height() / 2; }
     [[nodiscard]] QString label() const override { return text(); }
 
 protected:

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] virtual int leastWidth() const { return 0; }
     // Where in the place that the template gives it the widget stands.
     [[nodiscard]] virtual QRect placeIn(const QRect& place) const { return place; }
+    // Where in its geometry its one row of text has its middle; -1 without such a row.
+    [[nodiscard]] virtual int rowMiddle() const { return -1; }
     // A text that may stand beside another control to say what that is for.
     [[nodiscard]] virtual QString label() const { return {}; }
 

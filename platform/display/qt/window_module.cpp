@@ -34,6 +34,7 @@ int runWithWindow(const std::function<int()>& program)
     void* module = dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     void* entry = module ? dlsym(module, EntryPoint) : nullptr;
     if (!entry) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): its message is this thread's
         std::cerr << "quillbox: its window can't be loaded: " << dlerror() << "\n"
                   << "With --script it works without one.\n";
         return WindowNoDesktop;

@@ -1,0 +1,123 @@
+// plain_style.cpp - the toolkit's own style, for desktops that bring none, made fit for dark colours and large fonts.
+
+#include "plain_style.h"
+
+#include "focus_outline.h"
+
+#include <QApplication>
+#include <QProxyStyle>
+#include <QStyleOption>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace platform::qt {
+
+namespace {
+
+// How far a line stands from its surface towards the colour of the texts: 3 to 1 at least, light or dark.
+constexpr double LineContrast = 0.42;
+// The style draws its lines in the window's colour, so many hundredths darker.
+constexpr int Darkening = 140;
+// Of the font's height, for the box of a check box.
+constexpr double BoxHeight = 0.75;
+
+QColor between(const QColor& from, const QColor& to, double part)
+{
+    const auto mixed = [part](int a, int b) { return qRound(a + (b - a) * part); };
+    return {mixed(from.red(), to.red()), mixed(from.green(), to.green()), mixed(from.blue(), to.blue())};
+}
+
+QColor lineOf(const QPalette& palette)
+{
+    return between(palette.color(QPalette::Window), palette.color(QPalette::WindowText), LineContrast);
+}
+
+template <class Option>
+Option withVisibleLines(const Option& option)
+{
+    Option visible(option);
+    visible.palette.setColor(QPalette::Window, lineOf(option.palette).lighter(Darkening));
+    return visible;
+}
+
+class PlainStyle final : public QProxyStyle {
+public:
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override
+    {
+        if (const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+            frame && element == PE_FrameLineEdit) {
+            const QStyleOptionFrame visible = withVisibleLines(*frame);
+            QProxyStyle::drawPrimitive(element, &visible, painter, widget);
+            return;
+        }
+        if (const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
+            button && (element == PE_IndicatorCheckBox || element == PE_IndicatorRadioButton)) {
+            const QStyleOptionButton visible = withVisibleLines(*button);
+            QProxyStyle::drawPrimitive(element, &visible, painter, widget);
+            return;
+        }
+        if (element == PE_Frame) {
+            drawOutline(*painter, option->rect, lineOf(option->palette));
+            return;
+        }
+        if (element == PE_PanelMenu) {
+            const QStyleOption visible = withVisibleLines(*option);
+            QProxyStyle::drawPrimitive(element, &visible, painter, widget);
+            return;
+        }
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override
+    {
+        if (const auto* bar = qstyleoption_cast<const QStyleOptionProgressBar*>(option);
+            bar && element == CE_ProgressBarGroove) {
+            const QStyleOptionProgressBar visible = withVisibleLines(*bar);
+            QProxyStyle::drawControl(element, &visible, painter, widget);
+            return;
+        }
+        QProxyStyle::drawControl(element, option, painter, widget);
+    }
+
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override
+    {
+        if (const auto* spin = qstyleoption_cast<const QStyleOptionSpinBox*>(option)) {
+            const QStyleOptionSpinBox visible = withVisibleLines(*spin);
+            QProxyStyle::drawComplexControl(control, &visible, painter, widget);
+        } else if (const auto* box = qstyleoption_cast<const QStyleOptionComboBox*>(option)) {
+            const QStyleOptionComboBox visible = withVisibleLines(*box);
+            QProxyStyle::drawComplexControl(control, &visible, painter, widget);
+        } else {
+            QProxyStyle::drawComplexControl(control, option, painter, widget);
+        }
+    }
+
+    // Boxes grow with the user's font.
+    [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override
+    {
+        const int usual = QProxyStyle::pixelMetric(metric, option, widget);
+        switch (metric) {
+        case PM_IndicatorWidth:
+        case PM_IndicatorHeight:
+        case PM_ExclusiveIndicatorWidth:
+        case PM_ExclusiveIndicatorHeight:
+            return widget ? std::max(usual, qRound(BoxHeight * widget->fontMetrics().height())) : usual;
+        default:
+            return usual;
+        }
+    }
+};
+
+}  // namespace
+
+void usePlainStyle()
+{
+    if (QApplication::style()->name() == QLatin1String("fusion"))
+        QApplication::setStyle(new PlainStyle);
+}
+
+}  // namespace platform::qt
