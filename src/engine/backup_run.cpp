@@ -2,6 +2,7 @@
 
 #include "backup_run.h"
 
+#include "block_pipeline.h"
 #include "database_items.h"
 #include "file_items.h"
 #include "questions.h"
@@ -110,9 +111,11 @@ void MakeSet(BackupRun& run)
     (void)CreateDirectoryW(folder, nullptr);  // exists already? The list file decides.
     if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
         gLastSetNumber = run.number;
+        StartPipelineThread();
         BackUpFiles(run);
         BackUpDatabases(run);
         BackUpRegistry(run);
+        StopPipelineThread();
     }
 }
 

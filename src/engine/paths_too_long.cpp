@@ -11,8 +11,9 @@ PathsTooLong gPathsTooLong;
 
 void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
 {
+    // A walk below a marked folder has its paths without the leading backslash.
     if (gPathsTooLong.count++ == 0)
-        wsprintfW(gPathsTooLong.first, u"%s%s", folder, name);
+        wsprintfW(gPathsTooLong.first, folder[0] == u'\\' ? u"%s%s" : u"\\%s%s", folder, name);
 }
 
 void TellPathsTooLong(const PathsTooLong& left)

@@ -2,6 +2,7 @@
 
 #include "restore_run.h"
 
+#include "block_pipeline.h"
 #include "compressed_stream.h"
 #include "options.h"
 #include "questions.h"
@@ -96,9 +97,11 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
         SetCursor(nullptr);
         return 1;
     }
+    StartPipelineThread();
     RestoreFiles(run);
     RestoreDatabases(run);
     RestoreRegistry(run);
+    StopPipelineThread();
     CloseHandle(run.dataFile);
     SetCursor(nullptr);
     CloseRunProgress(run.progress);

@@ -2,6 +2,7 @@
 
 #include "compressed_stream.h"
 
+#include "block_pipeline.h"
 #include "stream_block.h"
 
 #include "ce/file.h"
@@ -13,9 +14,6 @@
 #include <cstring>
 
 namespace {
-
-// The library's own constant: it grows with the size of a pointer.
-alignas(void*) BYTE gLzoWorkMemory[LZO1X_1_MEM_COMPRESS];
 
 HANDLE OpenSource(const WCHAR* path)
 {
@@ -32,15 +30,6 @@ void Write(HANDLE file, const void* bytes, DWORD count)
 {
     DWORD written = 0;
     (void)WriteFile(file, bytes, count, &written, nullptr);
-}
-
-bool PackBlock(DWORD rawBytes, DWORD& packedBytes)
-{
-    lzo_uint produced = 0;
-    if (lzo1x_1_compress(gRawBuffer, rawBytes, gPackedBuffer, &produced, gLzoWorkMemory) != LZO_E_OK)
-        return false;
-    packedBytes = static_cast<DWORD>(produced);
-    return true;
 }
 
 // Small pieces of a stream on their way to its file, so that a small stream costs one write.
@@ -69,25 +58,46 @@ void Put(StreamWriter& writer, const void* bytes, DWORD count)
     writer.waiting += count;
 }
 
-// Blocks, the last one of no raw bytes. Stops behind the last whole block when a read fails.
-BOOL PackBlocks(HANDLE source, StreamWriter& writer)
+// What is read of a source, block by block.
+struct SourceReader {
+    HANDLE file;
+    DWORD wanted;  // a short read sets the pace of those behind it: the source grows while it is read, or is a slow one
+    bool atEnd;    // the block of no raw bytes was the last one, or the read that met the end
+    bool failed;
+};
+
+// False, with no block, when a read fails.
+bool ReadBlockAhead(SourceReader& source)
 {
-    DWORD rawBytes = RawBlockBytes;
-    for (;;) {
-        // A short read sets the pace of those behind it: the source grows while it is read, or is a slow one.
-        DWORD error = ERROR_SUCCESS;
-        if (!ReadFile(source, gRawBuffer, rawBytes, &rawBytes, nullptr))
-            error = GetLastError();
-        if (error != ERROR_SUCCESS && error != ERROR_HANDLE_EOF)
+    PipelinedBlock& block = TakeBlock();
+    DWORD error = ERROR_SUCCESS;
+    if (!ReadFile(source.file, block.raw, source.wanted, &source.wanted, nullptr))
+        error = GetLastError();
+    source.failed = error != ERROR_SUCCESS && error != ERROR_HANDLE_EOF;
+    source.atEnd = error == ERROR_HANDLE_EOF || source.wanted == 0;
+    if (!source.failed)
+        OfferToPack(block, source.wanted);
+    return !source.failed;
+}
+
+// Blocks, the last one of no raw bytes. Stops behind the last whole block when a read fails.
+BOOL PackBlocks(HANDLE file, StreamWriter& writer)
+{
+    SourceReader source = {file, RawBlockBytes, false, false};
+    DWORD inFlight = 0;
+    do {
+        while (inFlight < PipelinedBlocks && !source.atEnd && !source.failed)
+            inFlight += ReadBlockAhead(source) ? 1 : 0;
+        if (inFlight == 0)
             return FALSE;
-        DWORD packedBytes = 0;
-        if (!PackBlock(rawBytes, packedBytes))
+        const PipelinedBlock& block = FinishBlock();
+        if (!block.good)
             return FALSE;
-        Put(writer, &packedBytes, sizeof packedBytes);
-        Put(writer, gPackedBuffer, packedBytes);
-        if (error == ERROR_HANDLE_EOF || rawBytes == 0)
-            return TRUE;
-    }
+        Put(writer, &block.packedBytes, sizeof block.packedBytes);
+        Put(writer, block.packed, block.packedBytes);
+        inFlight--;
+    } while (inFlight != 0 || !source.atEnd);
+    return TRUE;
 }
 
 BOOL PackAll(HANDLE source, HANDLE target)
@@ -97,6 +107,7 @@ BOOL PackAll(HANDLE source, HANDLE target)
     writer.waiting = 0;
     Put(writer, StreamMagic, StreamMagicBytes);
     const BOOL result = PackBlocks(source, writer);
+    EmptyPipeline();
     WriteWaiting(writer);
     return result;
 }
@@ -126,16 +137,28 @@ HANDLE OpenTargetWithFolders(const WCHAR* path)
 
 // The stream ends where the file ends: the closing block is one like any other, and one whose length counts too far is
 // taken as well if what is there unpacks.
-BOOL UnpackAll(StreamReader& reader, HANDLE target)
+BOOL UnpackBlocks(StreamReader& reader, HANDLE target)
 {
-    for (;;) {
-        const StreamBlock block = ReadBlock(reader);
-        if (block.atEnd)
-            return TRUE;
-        if (!block.unpacked)
+    bool more = true;
+    bool readable = true;
+    for (DWORD inFlight = 0;; inFlight--) {
+        while (more && inFlight < PipelinedBlocks) {
+            PipelinedBlock& block = TakeBlock();
+            const PackedBlock packed = ReadPackedBlock(reader, block.packed);
+            more = packed.bytes != 0;
+            readable = more || packed.atEnd;
+            if (more) {
+                OfferToUnpack(block, packed.bytes);
+                inFlight++;
+            }
+        }
+        if (inFlight == 0)
+            return readable;
+        const PipelinedBlock& block = FinishBlock();
+        if (!block.good)
             return FALSE;
         if (block.rawBytes != 0)
-            Write(target, gRawBuffer, block.rawBytes);
+            Write(target, block.raw, block.rawBytes);
     }
 }
 
@@ -146,7 +169,8 @@ BOOL UnpackTo(StreamReader& reader, const WCHAR* path)
     const HANDLE target = OpenTargetWithFolders(path);
     if (target == INVALID_HANDLE_VALUE)
         return FALSE;
-    const BOOL result = UnpackAll(reader, target);
+    const BOOL result = UnpackBlocks(reader, target);
+    EmptyPipeline();
     CloseHandle(target);
     return result;
 }

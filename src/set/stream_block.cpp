@@ -32,21 +32,6 @@ Delivered ReadFrom(StreamReader& reader, void* buffer, DWORD wanted)
     return delivered;
 }
 
-// The library's checked call: it stops at the end of either buffer, whatever the bytes say.
-bool Unpack(DWORD packedBytes, DWORD& rawBytes)
-{
-    lzo_uint produced = RawBlockBytes;
-    if (lzo1x_decompress_safe(gPackedBuffer, packedBytes, gRawBuffer, &produced, nullptr) != LZO_E_OK)
-        return false;
-    rawBytes = static_cast<DWORD>(produced);
-    return true;
-}
-
-StreamBlock FaultOf(StreamFault fault)
-{
-    return {fault, false, false, 0};
-}
-
 }  // namespace
 
 StreamFault ReadMagic(StreamReader& reader)
@@ -59,28 +44,41 @@ StreamFault ReadMagic(StreamReader& reader)
     return good ? StreamFault::None : StreamFault::NoMagic;
 }
 
-StreamBlock ReadBlock(StreamReader& reader)
+PackedBlock ReadPackedBlock(StreamReader& reader, BYTE* packed)
 {
     DWORD packedBytes = 0;
     const Delivered length = ReadFrom(reader, &packedBytes, sizeof packedBytes);
     if (length.bytes == 0)
-        return {length.failed ? StreamFault::ReadFailed : StreamFault::None, true, false, 0};
+        return {length.failed ? StreamFault::ReadFailed : StreamFault::None, true, 0};
     if (length.bytes < sizeof packedBytes)
-        return FaultOf(StreamFault::LengthCut);
+        return {StreamFault::LengthCut, false, 0};
     if (packedBytes == 0)
-        return FaultOf(StreamFault::EmptyBlock);
+        return {StreamFault::EmptyBlock, false, 0};
     if (packedBytes > PackedBlockBytes)
-        return FaultOf(StreamFault::BlockTooLong);
+        return {StreamFault::BlockTooLong, false, 0};
 
-    const Delivered packed = ReadFrom(reader, gPackedBuffer, packedBytes);
-    if (packed.failed)
-        return FaultOf(StreamFault::ReadFailed);
-    StreamBlock block;
-    const bool cut = packed.bytes < packedBytes;
-    block.unpacked = packed.bytes != 0 && Unpack(packed.bytes, block.rawBytes);
-    if (cut)
-        block.fault = StreamFault::BlockCut;
-    else if (!block.unpacked)
+    const Delivered delivered = ReadFrom(reader, packed, packedBytes);
+    if (delivered.failed)
+        return {StreamFault::ReadFailed, false, 0};
+    return {delivered.bytes < packedBytes ? StreamFault::BlockCut : StreamFault::None, false, delivered.bytes};
+}
+
+// The library's checked call: it stops at the end of either buffer, whatever the bytes say.
+bool UnpackBlock(const BYTE* packed, DWORD packedBytes, BYTE* raw, DWORD& rawBytes)
+{
+    lzo_uint produced = RawBlockBytes;
+    if (lzo1x_decompress_safe(packed, packedBytes, raw, &produced, nullptr) != LZO_E_OK)
+        return false;
+    rawBytes = static_cast<DWORD>(produced);
+    return true;
+}
+
+StreamBlock ReadBlock(StreamReader& reader)
+{
+    const PackedBlock packed = ReadPackedBlock(reader, gPackedBuffer);
+    StreamBlock block = {packed.fault, packed.atEnd, 0};
+    if (packed.fault == StreamFault::None && !packed.atEnd &&
+        !UnpackBlock(gPackedBuffer, packed.bytes, gRawBuffer, block.rawBytes))
         block.fault = StreamFault::BlockDamaged;
     return block;
 }

@@ -47,12 +47,25 @@ struct StreamReader {
 // Takes the magic. NoMagic also if fewer bytes are there.
 StreamFault ReadMagic(StreamReader& reader);
 
+// The bytes of a block as they lie in the stream, whole or, with BlockCut, as far as they are there. At the stream's
+// end, and with any other fault, there are none.
+struct PackedBlock {
+    StreamFault fault = StreamFault::None;
+    bool atEnd = false;
+    DWORD bytes = 0;
+};
+
+// Reads the next block into `packed`, which has room for PackedBlockBytes.
+PackedBlock ReadPackedBlock(StreamReader& reader, BYTE* packed);
+
+// Unpacks into `raw`, which has room for RawBlockBytes. False if the bytes are no block, or one of more.
+bool UnpackBlock(const BYTE* packed, DWORD packedBytes, BYTE* raw, DWORD& rawBytes);
+
 // What one block turned out to be. At the stream's end there is no fault and `atEnd` is true.
 struct StreamBlock {
     StreamFault fault = StreamFault::None;
     bool atEnd = false;
-    bool unpacked = false;  // rawBytes are in gRawBuffer; also with BlockCut, if what is there is a block all the same
-    DWORD rawBytes = 0;
+    DWORD rawBytes = 0;  // in gRawBuffer
 };
 
 // Reads the next block and unpacks it into gRawBuffer.

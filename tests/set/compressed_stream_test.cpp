@@ -1,5 +1,6 @@
 #include "compressed_stream.h"
 
+#include "block_pipeline.h"
 #include "set_fixture.h"
 #include "stream_block.h"
 
@@ -98,6 +99,43 @@ TEST_F(CompressedStreamTest, BlockThatGrowsWhenPackedFitsItsBuffer)
     EXPECT_TRUE(StreamIsWhole(u"\\stream"));
     ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
     EXPECT_EQ(read(u"\\back"), source);
+}
+
+// Blocks that take very different times, so that two threads finish them out of their order.
+Bytes mixedBlocks(unsigned count)
+{
+    Bytes bytes;
+    for (unsigned block = 0; block < count; block++)
+        bytes = bytes + (block % 3 == 0   ? repeated(RawBlockBytes, static_cast<BYTE>(block))
+                         : block % 3 == 1 ? randomBytes(RawBlockBytes, block)
+                                          : expandingBytes());
+    return bytes + randomBytes(4711, count);
+}
+
+TEST_F(CompressedStreamTest, SecondThreadNeverTurnsBlocksAroundOrLeavesOneOut)
+{
+    const Bytes raw = mixedBlocks(24);
+    write(u"\\raw", raw);
+    ASSERT_TRUE(CompressFile(u"\\raw", u"\\alone"));
+    const Bytes stream = read(u"\\alone");
+    Bytes damaged = stream;
+    const std::vector<DWORD> sizes = blockSizes(stream);
+    std::size_t end = magic.size();
+    for (std::size_t block = 0; block <= 10; block++)
+        end += 4 + sizes[block];
+    damaged[end - 1] = 1;  // in the mark that ends the eleventh block
+    write(u"\\damaged", damaged);
+
+    for (int run = 0; run < 5; run++) {
+        StartPipelineThread();
+        EXPECT_TRUE(CompressFile(u"\\raw", u"\\stream"));
+        EXPECT_FALSE(DecompressFile(u"\\damaged", u"\\part"));
+        EXPECT_TRUE(DecompressFile(u"\\stream", u"\\back"));
+        StopPipelineThread();
+        EXPECT_TRUE(read(u"\\stream") == stream);
+        EXPECT_TRUE(read(u"\\back") == raw);
+        EXPECT_TRUE(read(u"\\part") == Bytes(raw.begin(), raw.begin() + 10 * RawBlockBytes));
+    }
 }
 
 TEST_F(CompressedStreamTest, SourceThatIsMissingOrInUseLeavesTheTargetAlone)
