@@ -11,6 +11,7 @@ namespace {
 
 constexpr UINT CounterText = 130;
 constexpr DWORD PieceBytes = 260;
+constexpr DWORD NothingShown = 0xFFFFFFFF;
 
 // The running offset has 32 bits: an item that would pass them is refused whole, since its offsets would be lies.
 bool FitsOffsets(const BackupRun& run, HANDLE stream)
@@ -22,10 +23,15 @@ bool FitsOffsets(const BackupRun& run, HANDLE stream)
     return high == 0 && low <= 0xFFFFFFFF - run.dataBytes;
 }
 
-void ShowCount(BackupRun& run, const WCHAR* format)
+// Most pieces leave the number as it is; then its text stands there already.
+void ShowCount(BackupRun& run, const WCHAR* format, DWORD& shown)
 {
+    const DWORD thousands = run.dataBytes / 1000;
+    if (thousands == shown)
+        return;
+    shown = thousands;
     WCHAR counter[TextChars];
-    wsprintfW(counter, format, run.dataBytes / 1000);
+    wsprintfW(counter, format, thousands);
     ProgressSetCount(run.progress, counter);
 }
 
@@ -91,6 +97,7 @@ void CopyStream(BackupRun& run, StoredItem& item, HANDLE stream, bool showCount,
 {
     const WCHAR* format = LoadText(CounterText, gTextA);
     BYTE piece[PieceBytes];
+    DWORD shown = NothingShown;
     item.copied = TRUE;
     for (;;) {
         DWORD bytes = 0;
@@ -104,7 +111,7 @@ void CopyStream(BackupRun& run, StoredItem& item, HANDLE stream, bool showCount,
         item.copied &= stored;
         run.dataBytes += written;
         if (showCount)
-            ShowCount(run, format);
+            ShowCount(run, format, shown);
     }
 }
 

@@ -13,12 +13,18 @@ namespace {
 
 constexpr UINT CounterText = 116;
 constexpr DWORD PieceBytes = 260;
+constexpr DWORD NothingShown = 0xFFFFFFFF;
 
-void Count(RestoreRun& run, const WCHAR* format, DWORD bytes)
+// Most pieces leave the number as it is; then its text stands there already.
+void Count(RestoreRun& run, const WCHAR* format, DWORD bytes, DWORD& shown)
 {
     run.restoredBytes += bytes;
+    const DWORD thousands = run.restoredBytes / 1000;
+    if (thousands == shown)
+        return;
+    shown = thousands;
     WCHAR counter[TextChars];
-    wsprintfW(counter, format, run.restoredBytes / 1000);
+    wsprintfW(counter, format, thousands);
     ProgressSetCount(run.progress, counter);
 }
 
@@ -26,6 +32,7 @@ void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD position, DWORD end, bo
 {
     const WCHAR* format = LoadText(CounterText, gTextA);
     BYTE piece[PieceBytes];
+    DWORD shown = NothingShown;
     while (position <= end) {
         DWORD bytes = 0;
         (void)ReadFile(run.dataFile, piece, std::min(PieceBytes, end - position), &bytes, nullptr);
@@ -36,7 +43,7 @@ void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD position, DWORD end, bo
         DWORD written = 0;
         (void)WriteFile(temporary, piece, bytes, &written, nullptr);
         if (count)
-            Count(run, format, bytes);
+            Count(run, format, bytes, shown);
     }
 }
 
