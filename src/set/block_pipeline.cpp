@@ -6,13 +6,7 @@
 
 #include <lzo/lzo1x.h>
 
-#include <condition_variable>
-#include <mutex>
-#include <thread>
-
 namespace {
-
-using Lock = std::unique_lock<std::mutex>;
 
 // The library's own constant: it grows with the size of a pointer.
 struct WorkMemory {
@@ -21,23 +15,19 @@ struct WorkMemory {
 WorkMemory gRunsMemory;
 WorkMemory gSecondMemory;
 
-// All that the two threads share. The mutex guards each word; the bytes of a block, and its result, belong to whoever
-// set its state to Underway, and to the run in any other state.
-struct Shared {
-    std::mutex mutex;
-    std::condition_variable blockOffered;
-    std::condition_variable blockFinished;
-    bool threadRuns;
-    bool stopping;
-    PipelinedBlock blocks[PipelinedBlocks];
-    DWORD oldest;
-    DWORD count;
-};
-Shared gShared;
+// The run's alone, but for the blocks themselves.
+PipelinedBlock gBlocks[PipelinedBlocks];
+DWORD gOldest;
+DWORD gCount;
+
+// Shared: each offer that is worth a second thread, and each wish to stop, counts one up.
+std::atomic<DWORD> gCalls;
+std::atomic<bool> gStopping;
+std::atomic<bool> gThreadRuns;
 
 PipelinedBlock& BlockAt(DWORD place)
 {
-    return gShared.blocks[(gShared.oldest + place) % PipelinedBlocks];
+    return gBlocks[(gOldest + place) % PipelinedBlocks];
 }
 
 bool Pack(PipelinedBlock& block, WorkMemory& memory)
@@ -49,76 +39,81 @@ bool Pack(PipelinedBlock& block, WorkMemory& memory)
     return true;
 }
 
-void Work(Lock& lock, PipelinedBlock& block, WorkMemory& memory)
+// False if somebody else has it, or nobody offers it.
+bool Work(PipelinedBlock& block, WorkMemory& memory)
 {
-    block.state = BlockState::Underway;
-    lock.unlock();
+    BlockState offered = BlockState::Offered;
+    if (!block.state.compare_exchange_strong(offered, BlockState::Underway))
+        return false;
     block.good =
         block.unpacks ? UnpackBlock(block.packed, block.packedBytes, block.raw, block.rawBytes) : Pack(block, memory);
-    lock.lock();
     block.state = BlockState::Finished;
+    block.state.notify_one();
+    return true;
 }
 
-PipelinedBlock* OfferedBlock()
-{
-    for (DWORD i = 0; i < gShared.count; i++)
-        if (BlockAt(i).state == BlockState::Offered)
-            return &BlockAt(i);
-    return nullptr;
-}
-
+// A block that is offered behind the thread's back has called it again.
 DWORD RunSecondThread(void* /*unused*/)
 {
-    Lock lock(gShared.mutex);
-    while (!gShared.stopping) {
-        if (PipelinedBlock* block = OfferedBlock()) {
-            Work(lock, *block, gSecondMemory);
-            gShared.blockFinished.notify_one();
-        } else {
-            gShared.blockOffered.wait(lock);
-        }
+    while (!gStopping) {
+        const DWORD calls = gCalls;
+        bool worked = false;
+        for (PipelinedBlock& block : gBlocks)
+            worked |= Work(block, gSecondMemory);
+        if (!worked && !gStopping)
+            gCalls.wait(calls);
     }
-    gShared.threadRuns = false;
-    gShared.blockFinished.notify_one();
+    gThreadRuns = false;
+    gThreadRuns.notify_one();
     return 0;
+}
+
+void CallThread()
+{
+    gCalls++;
+    gCalls.notify_one();
 }
 
 // The run does a single block itself before another thread could begin, and a closing one costs next to nothing.
 void Offer(PipelinedBlock& block, bool worthAThread)
 {
-    const Lock lock(gShared.mutex);
     block.state = BlockState::Offered;
-    if (gShared.threadRuns && gShared.count > 1 && worthAThread)
-        gShared.blockOffered.notify_one();
+    if (gThreadRuns && gCount > 1 && worthAThread)
+        CallThread();
+}
+
+bool WorkOnAny()
+{
+    for (DWORD i = 0; i < gCount; i++)
+        if (Work(BlockAt(i), gRunsMemory))
+            return true;
+    return false;
 }
 
 }  // namespace
 
 void StartPipelineThread()
 {
-    if (std::thread::hardware_concurrency() < 2)
-        return;
-    const Lock lock(gShared.mutex);
-    gShared.stopping = false;
+    gStopping = false;
+    gThreadRuns = true;
     const HANDLE thread = CreateThread(nullptr, 0, RunSecondThread, nullptr, 0, nullptr);
-    gShared.threadRuns = thread != nullptr;
     if (thread)
         CloseHandle(thread);
+    else
+        gThreadRuns = false;
 }
 
 void StopPipelineThread()
 {
-    Lock lock(gShared.mutex);
-    gShared.stopping = true;
-    gShared.blockOffered.notify_one();
-    gShared.blockFinished.wait(lock, [] { return !gShared.threadRuns; });
+    gStopping = true;
+    CallThread();
+    gThreadRuns.wait(true);
 }
 
 PipelinedBlock& TakeBlock()
 {
-    const Lock lock(gShared.mutex);
-    PipelinedBlock& block = BlockAt(gShared.count++);
-    block.state = BlockState::Taken;
+    PipelinedBlock& block = BlockAt(gCount++);
+    block.state = BlockState::Idle;
     return block;
 }
 
@@ -138,23 +133,22 @@ void OfferToUnpack(PipelinedBlock& block, DWORD packedBytes)
 
 const PipelinedBlock& FinishBlock()
 {
-    Lock lock(gShared.mutex);
     PipelinedBlock& block = BlockAt(0);
-    while (block.state != BlockState::Finished) {
-        if (PipelinedBlock* offered = OfferedBlock())
-            Work(lock, *offered, gRunsMemory);
-        else
-            gShared.blockFinished.wait(lock);
-    }
-    gShared.oldest = (gShared.oldest + 1) % PipelinedBlocks;
-    gShared.count--;
+    while (block.state != BlockState::Finished)
+        if (!WorkOnAny())
+            block.state.wait(BlockState::Underway);
+    gOldest = (gOldest + 1) % PipelinedBlocks;
+    gCount--;
     return block;
 }
 
 void EmptyPipeline()
 {
-    Lock lock(gShared.mutex);
-    for (DWORD i = 0; i < gShared.count; i++)
-        gShared.blockFinished.wait(lock, [&] { return BlockAt(i).state != BlockState::Underway; });
-    gShared.count = 0;
+    for (DWORD i = 0; i < gCount; i++) {
+        PipelinedBlock& block = BlockAt(i);
+        BlockState offered = BlockState::Offered;
+        if (!block.state.compare_exchange_strong(offered, BlockState::Idle))
+            block.state.wait(BlockState::Underway);
+    }
+    gCount = 0;
 }

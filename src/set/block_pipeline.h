@@ -4,18 +4,21 @@
 // The run reads and writes by itself, in its own order, as if it were alone; only the packing and unpacking between is
 // shared. A block is read into the pipeline, offered, and comes out finished, the oldest first.
 //
-// One stream at a time. All calls are the run's thread's; what both threads share is guarded in block_pipeline.cpp.
+// One stream at a time. All calls are the run's thread's. What both threads share: the blocks, each of which belongs to
+// whoever set its state to Underway, and to the run in any other state; and the words at the top of block_pipeline.cpp.
 #pragma once
 
 #include "stream_block.h"
 
+#include <atomic>
+
 // At most so many blocks are in the pipeline.
 inline constexpr DWORD PipelinedBlocks = 4;
 
-enum class BlockState { Taken, Offered, Underway, Finished };
+enum class BlockState { Idle, Offered, Underway, Finished };
 
 struct PipelinedBlock {
-    BlockState state;
+    std::atomic<BlockState> state;
     bool unpacks;  // otherwise it is to be packed
     bool good;     // with Finished: the result is there
     DWORD rawBytes;
