@@ -18,26 +18,10 @@ import sqlite3
 import subprocess
 import sys
 
-from compare import LAUNCHER, QUILLBOX, Run, empty, medians, words
+from compare import BACKUP_SCRIPT, LAUNCHER, QUILLBOX, RESTORE_SCRIPT, Run, empty, medians, words
 
 DEVICE_TOOL = QUILLBOX.with_name("quillbox-device")
-BACKUP_SCRIPT = """command 40003
-wait "Full Backup"
-check 1006
-ok
-wait "Select"
-select 1003 "\\Card"
-ok
-idle
-"""
-RESTORE_SCRIPT = """command 40006
-wait "Select"
-select 1003 "\\Card\\QUILBOX\\QLBX0001.QLT"
-ok
-wait "Full Restore"
-ok
-idle
-"""
+ALL_FILES, ALL_DATABASES = "check 1005", "check 1006"
 # The most that the ratio to the peer may be.
 AIMS = {"backup": 3.0, "restore": 5.0}
 # Twice the records may take this much longer, or the time of one depends on their number.
@@ -94,7 +78,7 @@ class Corpus:
 
     def quillbox_backup(self):
         empty(self.card)
-        return self.quillbox(self.device, BACKUP_SCRIPT)
+        return self.quillbox(self.device, BACKUP_SCRIPT.replace(ALL_FILES, ALL_DATABASES))
 
     def quillbox_restore(self):
         empty(self.restored)

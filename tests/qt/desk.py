@@ -65,8 +65,10 @@ class Desk:
         os.environ.update(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb", NO_AT_BRIDGE="0",
                           XDG_CONFIG_HOME=str(self.base / "config"), XDG_RUNTIME_DIR=str(self.base / "runtime"))
         self.display = os.environ["DISPLAY"] = ":" + self.answer_of(
-            # A number of its own: two servers that look for a free one at the same time can find the same.
-            "Xvfb", f":{100 + os.getpid() % 50000}", "-screen", "0", f"{size}x24", "-nolisten", "tcp", "-displayfd", "{}")
+            # A number of its own: two servers that look for a free one at the same time can find the same. And no reset
+            # when its only client leaves: who is just coming would be thrown out.
+            "Xvfb", f":{100 + os.getpid() % 50000}", "-screen", "0", f"{size}x24", "-nolisten", "tcp", "-noreset",
+            "-displayfd", "{}")
         self.server = self.started[-1]
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.answer_of(
             "dbus-daemon", "--session", "--nofork", "--print-address={}")

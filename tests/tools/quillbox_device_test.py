@@ -5,6 +5,7 @@ import pathlib
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 TOOL = None
@@ -160,6 +161,50 @@ class DeviceToolTest(unittest.TestCase):
         self.run_tool("database", "import", self.device, self.folder / "missing", code=2)
         self.assertEqual([path.name for path in other.iterdir()], ["letter"])
         self.assertFalse((self.folder / "missing").exists())
+
+    def test_import_that_was_killed_leaves_nothing_to_later_ones(self):
+        killed = subprocess.Popen([TOOL, "database", "import", self.device, "-"], stdin=subprocess.PIPE)
+        half = lines({**HEAD, "database": "Half"}, RECORDS[:2]) + lines({**HEAD, "database": "Behind"}, [])
+        killed.stdin.write(half.encode() + b"\n" * 100_000)
+        killed.stdin.flush()
+        log = self.device / "device.db.changing-wal"
+        end = time.monotonic() + 30
+        while not (log.exists() and log.stat().st_size) and time.monotonic() < end:
+            time.sleep(0.01)
+        self.assertGreater(log.stat().st_size, 0)
+        killed.kill()
+        killed.communicate()
+        self.run_tool("database", "import", self.device, self.file("in.jsonl", lines()))
+        listed = self.run_tool("database", "list", self.device)
+        self.assertIn("All kinds", listed)
+        self.assertNotIn("Half", listed)
+        self.assertNotIn("Behind", listed)
+
+    def test_one_database_never_takes_the_place_of_another_unasked(self):
+        twice = self.file("twice.jsonl", lines({**HEAD, "database": "Same"}) + lines({**HEAD, "database": "same"}))
+        before = self.everything()
+        self.assertIn("twice", self.run_tool("database", "import", self.device, twice, "--replace", code=1))
+        self.assertEqual(self.everything(), before)
+        cards = self.file("one.vcf", "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:A B\r\nN:B;A;;;\r\nEND:VCARD\r\n")
+        contacts = [lines({"database": name, "type": 24, "sort": []}, []) for name in ("People", "Others")]
+        self.run_tool("database", "import", self.device, self.file("c.jsonl", "".join(contacts)))
+        self.assertIn("--name", self.run_tool("database", "import", self.device, cards, "--add", code=1))
+        self.run_tool("database", "import", self.device, cards, "--add", "--name", "People")
+        self.assertIn("People: type 24, 1 records", self.run_tool("database", "list", self.device))
+
+    def test_name_of_a_database_never_steers_the_terminal(self):
+        evil = lines({**HEAD, "database": "\x1b]0;x\x07\u202e\x9b"}, [])
+        self.run_tool("database", "import", self.device, self.file("evil.jsonl", evil))
+        said = self.run_tool("database", "list", self.device) + self.run_tool("show", self.device)
+        said += self.run_tool("database", "import", self.device, self.folder / "evil.jsonl", code=1)
+        for character in "\x1b\x07\u202e\x9b":
+            self.assertNotIn(character, said)
+
+    def test_export_leaves_a_neighbour_of_its_file_alone(self):
+        neighbour = self.file("out.jsonl.part", "mine")
+        self.run_tool("database", "export", self.device, self.folder / "out.jsonl")
+        self.assertEqual(neighbour.read_text(), "mine")
+        self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["device", "out.jsonl", "out.jsonl.part"])
 
 
 if __name__ == "__main__":

@@ -2,9 +2,9 @@
 
 #include "left_out.h"
 
-#include "host_name.h"
+#include "screen_text.h"
 
-#include <algorithm>
+#include "host_name.h"
 
 namespace database_forms {
 
@@ -18,10 +18,7 @@ constexpr std::size_t LongestName = 40;
 
 std::string shownName(std::string_view name)
 {
-    std::string shown = platform::text::toUtf8(platform::text::fromUtf8(name.substr(0, LongestName)));
-    std::ranges::replace_if(
-        shown, [](char c) { return (static_cast<unsigned char>(c) < 0x20) || c == 0x7F; }, '?');
-    return shown;
+    return screen_text::onScreen(platform::text::fromUtf8(name.substr(0, LongestName)));
 }
 
 void LeftOut::add(std::string_view name)

@@ -6,6 +6,7 @@
 #include "failure.h"
 #include "host_files.h"
 #include "open_database.h"
+#include "screen_text.h"
 #include "stored_databases.h"
 
 #include "database_form.h"
@@ -26,7 +27,7 @@ namespace {
 
 void exportOne(const StoredDatabase& database, database_forms::DatabaseWriter& writer)
 {
-    const std::string name = "\"" + platform::text::toUtf8(database.info.szDbaseName) + "\"";
+    const std::string name = "\"" + screen_text::onScreen(database.info.szDbaseName) + "\"";
     try {
         writer.begin(headOf(database.info));
         const OpenDatabase opened(database.oid);

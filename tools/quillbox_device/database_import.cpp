@@ -2,6 +2,7 @@
 
 #include "database_import.h"
 
+#include "screen_text.h"
 #include "stored_databases.h"
 
 #include "host_name.h"
@@ -17,7 +18,7 @@ namespace {
 
 std::string inQuotes(const std::u16string& name)
 {
-    return "\"" + platform::text::toUtf8(name) + "\"";
+    return "\"" + screen_text::onScreen(name) + "\"";
 }
 
 void check(const DatabaseHead& head)
@@ -35,6 +36,22 @@ CEOID made(DatabaseHead head)
     if (oid == 0)
         throw FormFault("the database " + inQuotes(head.name) + " can't be made");
     return oid;
+}
+
+// The database of the usual name, or else the only one of the type; if there is none, it gets the usual name.
+std::u16string onlyOneOfType(const DatabaseHead& head)
+{
+    std::u16string name;
+    for (const StoredDatabase& database : storedDatabases()) {
+        if (database.info.dwDbaseType != head.type)
+            continue;
+        if (database.info.szDbaseName == head.name)
+            return head.name;
+        if (!name.empty())
+            throw FormFault("the device has several databases of this kind; --name tells which one is meant");
+        name = database.info.szDbaseName;
+    }
+    return name.empty() ? head.name : name;
 }
 
 }  // namespace
@@ -55,6 +72,8 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
     DatabaseHead head = destination(found);
     check(head);
     const auto old = databaseNamed(head.name);
+    if (old && std::ranges::find(made_, old->oid) != made_.end())
+        throw FormFault("the database " + inQuotes(head.name) + " stands in the file twice");
     if (old && existing_ == Existing::Refused)
         throw FormFault("the database " + inQuotes(head.name) + " exists; --replace replaces it, --add adds to it");
     if (old && !fileTellsHead_ && found.type != 0 && old->info.dwDbaseType != found.type)
@@ -68,7 +87,9 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
             throw FormFault("the database " + inQuotes(head.name) + " can't be deleted");
         oid = 0;
     }
-    databases_.push_back(std::make_unique<OpenDatabase>(oid != 0 ? oid : made(std::move(head))));
+    if (oid == 0)
+        made_.push_back(oid = made(std::move(head)));
+    databases_.push_back(std::make_unique<OpenDatabase>(oid));
     return databases_.size() - 1;
 }
 
@@ -95,9 +116,7 @@ DatabaseHead DatabaseImport::destination(DatabaseHead head) const
     if (name_) {
         head.name = *name_;
     } else if (!fileTellsHead_) {
-        for (const StoredDatabase& database : storedDatabases())
-            if (database.info.dwDbaseType == head.type)
-                head.name = database.info.szDbaseName;
+        head.name = onlyOneOfType(head);
     }
     return head;
 }

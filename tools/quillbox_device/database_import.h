@@ -33,6 +33,7 @@ private:
     Existing existing_;
     bool fileTellsHead_;
     std::vector<std::unique_ptr<OpenDatabase>> databases_;
+    std::vector<CEOID> made_;  // by this import: another one of the name in the file would take its place
 };
 
 }  // namespace quillbox_device

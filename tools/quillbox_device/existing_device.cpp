@@ -33,12 +33,15 @@ void flush(const fs::path& path)
         throw Failure("\"" + path.string() + "\" can't be written: " + std::generic_category().message(errno) + ".");
 }
 
-// Removes the copy unless it has become the database.
+// Removes the copy unless it has become the database, and what a change that was killed has left: its log would be
+// taken for the new copy's.
 class Copy {
 public:
     Copy(const fs::path& database, const fs::path& copy) : copy_(copy)
     {
-        fs::copy_file(database, copy, fs::copy_options::overwrite_existing);
+        for (const char* part : parts)
+            fs::remove(copy_.string() + part);
+        fs::copy_file(database, copy);
     }
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
@@ -46,11 +49,13 @@ public:
     {
         closeDatabase();
         std::error_code ignored;
-        for (const char* part : {"", "-wal", "-shm"})
+        for (const char* part : parts)
             fs::remove(copy_.string() + part, ignored);
     }
 
 private:
+    static constexpr const char* parts[] = {"", "-wal", "-shm"};
+
     fs::path copy_;
 };
 

@@ -4,12 +4,48 @@
 
 #include "failure.h"
 
+#include "descriptor.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
+#include <random>
 #include <system_error>
+#include <unistd.h>
 
 namespace quillbox_device {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// A new file in the target's folder, under a name that nobody can have put a link in the place of. Empty if there can
+// be none.
+std::string madeBeside(const fs::path& target)
+{
+    std::random_device random;
+    for (int tries = 0; tries < 100; ++tries) {
+        char name[24];
+        (void)std::snprintf(name, sizeof name, ".%08x.part", static_cast<unsigned>(random()));
+        const fs::path path = target.parent_path() / name;
+        const platform::device::Descriptor made(
+            ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+        if (made)
+            return path.string();
+        if (errno != EEXIST)
+            break;
+    }
+    return {};
+}
+
+bool flushed(const std::string& path)
+{
+    const platform::device::Descriptor opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    return opened && ::fsync(opened.get()) == 0;
+}
+
+}  // namespace
 
 Input::Input(const std::string& file)
 {
@@ -26,9 +62,10 @@ Output::Output(const std::string& file, bool force) : target_(file)
         return;
     if (!force && fs::exists(fs::symlink_status(file)))
         throw Failure("\"" + file + "\" exists already; --force replaces it.");
-    growing_ = file + ".part";
-    file_.open(growing_, std::ios::binary | std::ios::trunc);
-    if (!file_)
+    growing_ = madeBeside(file);
+    if (!growing_.empty())
+        file_.open(growing_, std::ios::binary | std::ios::trunc);
+    if (!file_.is_open())
         throw Failure("\"" + file + "\" can't be written.");
 }
 
@@ -45,7 +82,7 @@ void Output::finish()
     bool good = stream().good();
     if (file_.is_open()) {
         file_.close();
-        good = good && file_.good();
+        good = good && file_.good() && flushed(growing_);
         if (good) {
             fs::rename(growing_, target_);
             growing_.clear();

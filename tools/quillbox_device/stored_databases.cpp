@@ -3,8 +3,7 @@
 #include "stored_databases.h"
 
 #include "failure.h"
-
-#include "host_name.h"
+#include "screen_text.h"
 
 #include <algorithm>
 #include <iostream>
@@ -49,7 +48,7 @@ database_forms::DatabaseHead headOf(const CEDBASEINFO& info)
 
 void print(const StoredDatabase& database)
 {
-    std::cout << "database " << platform::text::toUtf8(database.info.szDbaseName) << ": type "
+    std::cout << "database " << screen_text::onScreen(database.info.szDbaseName) << ": type "
               << database.info.dwDbaseType << ", " << database.info.wNumRecords << " records\n";
 }
 

@@ -25,6 +25,9 @@
 
 namespace quillbox_set {
 
+using screen_text::counted;
+using screen_text::onScreen;
+
 namespace {
 
 BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target)

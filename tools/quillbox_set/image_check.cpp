@@ -14,6 +14,9 @@
 
 namespace quillbox_set {
 
+using screen_text::counted;
+using screen_text::onScreen;
+
 namespace {
 
 constexpr std::size_t pieceUnits = 2048;

@@ -12,6 +12,9 @@
 
 namespace quillbox_set {
 
+using screen_text::counted;
+using screen_text::onScreen;
+
 namespace {
 
 using Json = nlohmann::ordered_json;

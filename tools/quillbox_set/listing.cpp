@@ -18,6 +18,9 @@
 
 namespace quillbox_set {
 
+using screen_text::linesOnScreen;
+using screen_text::onScreen;
+
 namespace {
 
 BOOL addUp(const BYTE*, DWORD bytes, void* total)

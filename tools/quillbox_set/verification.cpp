@@ -22,6 +22,9 @@
 
 namespace quillbox_set {
 
+using screen_text::counted;
+using screen_text::onScreen;
+
 namespace {
 
 // A database's image is the file \NAME.CDB.

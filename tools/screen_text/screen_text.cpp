@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace quillbox_set {
+namespace screen_text {
 
 namespace {
 
@@ -55,4 +55,4 @@ std::string counted(std::uint64_t number, std::string_view thing)
     return std::to_string(number) + " " + std::string(thing) + (number == 1 ? "" : "s");
 }
 
-}  // namespace quillbox_set
+}  // namespace screen_text
