@@ -58,16 +58,24 @@ class Listener:
 
 def check_marks(person, mouse):
     """The state and the words of an item, and what its folders make of it."""
-    def says(name, words, checked):
+    def says(name, words, *states):
         item = person.find(MAIN, name)
-        wait_for(f"{name!r}: {words!r}", lambda: item.description == words and
-                 person.has(item, "CHECKED") == checked)
-    says("Registry", "not marked", False)
+        wait_for(f"{name!r}: {words!r} {states}", lambda: item.description == words and
+                 [state for state in ("CHECKED", "INDETERMINATE") if person.has(item, state)] == list(states))
+        return item
+    says("Registry", "not marked")
+    says("Files", "nothing marked")
     mouse.mark(["Files", "My Documents"], "To do.txt")
-    says("Registry", "marked", True)
-    says("To do.txt", "file, marked", True)
-    says("My Documents", "folder, some marked", False)
-    says("Files", "some marked", False)
+    says("Registry", "marked", "CHECKED")
+    says("My Documents", "folder, some marked", "INDETERMINATE")
+    says("Files", "some marked", "INDETERMINATE")
+    says("To do.txt", "file, marked", "CHECKED").queryAction().doAction(0)
+    says("To do.txt", "file, not marked")
+    says("My Documents", "folder, nothing marked")
+    says("Files", "nothing marked")
+    says("To do.txt", "file, not marked").queryAction().doAction(0)
+    says("To do.txt", "file, marked", "CHECKED")
+    says("My Documents", "folder, some marked", "INDETERMINATE")
 
 
 def check_focus(person, keyboard):

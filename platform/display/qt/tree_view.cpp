@@ -4,6 +4,7 @@
 
 #include "focus_outline.h"
 #include "keys.h"
+#include "tree_accessible.h"
 #include "tree_items_model.h"
 
 #include "ce/window.h"
@@ -261,6 +262,7 @@ private:
             return;
         QAccessible::State changed;
         changed.checked = true;
+        changed.checkStateMixed = true;
         QAccessibleStateChangeEvent state(item, changed);
         QAccessible::updateAccessibility(&state);
         QAccessibleEvent description(item, QAccessible::DescriptionChanged);
@@ -280,6 +282,7 @@ private:
 
 View* makeTreeView(const WindowState& state, const Courier& courier, QWidget* parent)
 {
+    useTreeAccessible();
     return new ItemTreeView(state, courier, parent);
 }
 
