@@ -173,6 +173,11 @@ class OwnFilesTest(FormsTest):
                     return [sorted(map(str, json.loads(line).get("record", [line]))) for line in out.splitlines()]
                 self.assertEqual(unordered(after), unordered(before))
 
+    def test_the_largest_record_is_more_than_a_card_may_be(self):
+        self.tool("database", "import", self.device, "-", given=lines(CONTACTS, [[
+            {"id": f"{n:04x}0003", "flags": 1, "value": 1} for n in range(1, 0x10000)]]))
+        self.check_round_trip("own.vcf", "Contacts Database")
+
     def test_what_somebody_adds_to_our_file_gets_lost(self):
         self.tool("database", "import", self.device, "-", given=lines(APPOINTMENTS, [[
             {"id": NAMES["Notes"], "value": "00"}, {"id": NAMES["Start"], "value": MIDNIGHT + 5}]]))
@@ -241,6 +246,47 @@ END:VCARD
         self.assertEqual(said, "quillbox-device: 10 fields were left out: ADR 1, BDAY 2, EMAIL 1, FN 1, N 1, ORG 1, "
                          "PHOTO 1, TEL 1, VCARD 1.\n")
 
+    def test_a_birthday_moves_to_another_day_or_refuses_the_cards(self):
+        cards = "".join(CARD % line for line in (
+            "BDAY:1990-05-01T00:00:00Z", "BDAY:19900501T230000-1100", "BDAY;VALUE=TEXT:circa 1800", "BDAY;VALUE=text:19900501",
+            "BDAY:circa 1800", "BDAY:19851332", "BDAY:1990", "BDAY:--0501"))
+        for zone in ("America/New_York", "Asia/Tokyo"):
+            self.tool("database", "import", self.device, "-", "--form", "vcard", "--replace", given=cards, zone=zone)
+            self.assertEqual(self.said, "quillbox-device: 6 fields were left out: BDAY 6.\n")
+            self.assertEqual([contact.get("Birthday") for contact in self.named("Contacts Database")],
+                             [ticks("1990-05-01"), ticks("1990-05-01T23:00")] + [None] * 6)
+
+    def test_texts_of_older_cards_lose_or_gain_characters(self):
+        self.add("vcard", r"""BEGIN:VCARD
+N;CHARSET=WINDOWS-1258:Hanoi;Anna
+NOTE:C:\new\\names\; a\, \:b\
+ADR;HOME:;;;To\n\;;;;
+CATEGORIES:\now,b
+VERSION:2.1
+END:VCARD
+BEGIN:VCARD
+VERSION:2.1
+N:a
+NOTE;QUOTED-PRINTABLE:one=BLANKS
+ two=BLANKS
+=20three=3DBLANKS
+END:VCARD
+BEGIN:VCARD
+VERSION:3.0
+N:a
+NOTE:C:\new
+END:VCARD
+""".replace("BLANKS", " \t "))
+        self.assertEqual(self.named("Contacts Database"), [
+            {"LastName": "Hanoi", "FirstName": "Anna", "Notes": r"C:\new\names; a, \:b" "\\", "Town": r"To\n;",
+             "Categories": r"\now;b"},
+            {"LastName": "a", "Notes": "one two three= \t "}, {"LastName": "a", "Notes": "C:\r\new"}])
+
+    def test_an_empty_line_is_no_json(self):
+        made = lines(CONTACTS, [[{"id": NAMES["LastName"], "value": "a"}]]).replace("\n", "\r\n\r\n \t\n\n")
+        self.add("jsonl", made)
+        self.assertEqual(self.named("Contacts Database"), [{"LastName": "a"}])
+
     def test_calendars_of_other_programs_are_misread(self):
         def event(*lines):
             return "\r\n".join(["BEGIN:VEVENT", "UID:1", *lines, "END:VEVENT", ""])
@@ -292,13 +338,20 @@ END:VCALENDAR
         self.assertEqual(said, "quillbox-device: 8 fields were left out: COMPLETED 1, EXDATE 1, RRULE 2, STATUS 1, TZID 1, "
                          "VALARM 1, VJOURNAL 1.\n")
 
+    def test_what_separates_the_cells_is_taken_out_of_a_quoted_heading(self):
+        for head, row in (('"Foo;x",LastName', ",a"), ('"Foo,\tx";LastName', ";a"), ('"Foo\n"";x",LastName', ",a"),
+                          ('Foo\t"LastName"', "\ta")):
+            with self.subTest(head=head):
+                self.add("csv", f"{head}\n{row}\n", "--name", "New")
+                self.assertEqual(self.named("New"), [{"LastName": "a"}])
+
     def test_tables_of_other_programs_are_misread(self):
         said = self.add("csv", "\ufeffLastName;Shoe\033size;FirstName;Birthday;Notes;40150003\n"
                         "A;44;\"B;\"\"C\"\"\n2\";1985-04-12;hex:41;5\n\n;;;;;\n;45;D;1985-04-12 08:30;\"\";-1", "--name", "New")
         self.assertEqual(self.named("New"), [
             {"LastName": "A", "FirstName": 'B;"C"\n2', "Birthday": ticks("1985-04-12"), "Notes": "A", "Minutes": 5},
             {"FirstName": "D", "Birthday": ticks("1985-04-12T08:30"), "Notes": "", "Minutes": -1}])
-        self.assertEqual(said, "quillbox-device: 2 fields were left out: Shoe?size 2.\n")
+        self.assertEqual(said, "quillbox-device: 2 fields were left out: Shoe<U+001B>size 2.\n")
 
 
 CARD = "BEGIN:VCARD\nVERSION:4.0\nN:a;b;;;\n%s\nEND:VCARD\n"
@@ -315,12 +368,13 @@ class RefusedFilesTest(FormsTest):
         good = CARD % "NOTE:x"
         for form, content, line in (
                 ("vcard", good + "nonsense\n", 6), ("vcard", good + "BEGIN:VCARD\nN:a\n", 6), ("vcard", "", 0),
-                ("vcard", good + CARD % "BDAY:19851332", 9), ("vcard", good + CARD % "NOTE;X=\"y:z", 9),
+                ("vcard", good + CARD % "NOTE;X=\"y:z", 9),
                 ("vcard", good + CARD % "NOTE:a\rb", 9), ("vcard", good + CARD % "NOTE:a\0b", 9),
                 ("vcard", (good + CARD % "NOTE:x\udcff").encode("utf-8", "surrogateescape"), 9),
                 ("vcard", good + CARD % "NOTE;CHARSET=KLINGON:x", 9), ("vcard", good + CARD % "NOTE;QUOTED-PRINTABLE:=4", 9),
                 ("vcard", good + CARD % "NOTE;QUOTED-PRINTABLE:=00", 9), ("vcard", good + "BEGIN:VCARD\n" * 100_000, 14),
                 ("vcard", good + CARD % "END:VEVENT", 9), ("vcard", good + CARD % ("NOTE" + ";a=b" * 300_000 + ":x"), 9), ("vcard", good + CARD % ("A:\n" * 300_000), 6),
+                ("vcard", good + CARD % (("A" + ";a=b" * 255 + ":\n") * 1100), 6),
                 ("vcard", good + CARD % "X-QUILLBOX-PROPERTY;ID=00370040:x", 9),
                 ("vcard", good + CARD % "X-QUILLBOX-PROPERTY;ID=0037001f;FLAGS=99999:x", 9),
                 ("vcard", good + CARD % "X-QUILLBOX-ORDER:0037001f,1", 9), ("vcard", EVENT % "X:", 6),
@@ -328,6 +382,7 @@ class RefusedFilesTest(FormsTest):
                 ("ical", EVENT % "DTSTART:yesterday", 4), ("ical", EVENT % "DURATION:PT99999999999M", 4),
                 ("ical", EVENT % "DURATION:one hour", 4), ("ical", EVENT % "BEGIN:VALARM\nTRIGGER:x\nEND:VALARM", 5),
                 ("ical", (EVENT % "")[:38], 2), ("ical", (EVENT % "X:")[:-15], 5),
+                ("jsonl", lines(TASKS, []) + '{"record":[{%s}]}' % ",".join(f'"{n}":0' for n in range(17)), 2),
                 ("csv", "", 0), ("csv", "Nobody\n", 1), ("csv", "LastName,LastName\n", 1), ("csv", "LastName,Town flags\n", 1),
                 ("csv", "LastName,Done\na,1\nb\n", 3), ("csv", "LastName\na,b\n", 2), ("csv", "LastName\na\n\"b\nc\n", 3),
                 ("csv", "LastName\n\"a\"b\n", 2), ("csv", "LastName\na\"b\n", 2), ("csv", "LastName\na\rb\n", 2),

@@ -11,9 +11,17 @@ namespace database_forms {
 namespace {
 
 constexpr std::size_t DeepestNesting = 8;
-constexpr std::size_t MostLines = 2 * 0xFFFF;  // a line for each property, and as many that say nothing to us
+// Lines and their parameters: a line of ours with two parameters for each property, and what says nothing to us.
+constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
 
 constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+// Where a line of quoted-printable breaks off: an "=" at its end, perhaps with blanks behind that some mail put there.
+std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
+{
+    const std::size_t last = text.substr(lineBegin).find_last_not_of(" \t");
+    return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
+}
 
 }  // namespace
 
@@ -71,8 +79,9 @@ void ComponentReader::fill(Component& component, std::size_t depth)
                 refuse("this END doesn't belong to the last BEGIN", line->number);
             return;
         }
-        if (++count_ > MostLines)
-            refuse("what begins here has too many lines", component.number);
+        count_ += 1 + line->parameters.size();
+        if (count_ > MostLinesAndParameters)
+            refuse("what begins here has too many lines and parameters", component.number);
         if (line->name != "BEGIN") {
             component.lines.push_back(std::move(*line));
             continue;
@@ -111,13 +120,19 @@ bool ComponentReader::readLogical()
     if (logicalNumber_ == 1 && logical_.starts_with(ByteOrderMark))
         logical_.erase(0, ByteOrderMark.size());
     const bool softBreaks = isQuotedPrintable(logical_);
+    std::size_t begin = 0;  // of what the file's last line has added
     while (readPhysical()) {
-        if (softBreaks && logical_.ends_with('='))
-            logical_.replace(logical_.size() - 1, 1, physical_);
-        else if (physical_.starts_with(' ') || physical_.starts_with('\t'))
+        const std::size_t softBreak = softBreaks ? softBreakIn(logical_, begin) : std::string::npos;
+        if (softBreak != std::string::npos) {
+            logical_.erase(softBreak);
+            begin = softBreak;
+            logical_ += physical_;
+        } else if (physical_.starts_with(' ') || physical_.starts_with('\t')) {
+            begin = logical_.size();
             logical_.append(physical_, 1);
-        else
+        } else {
             break;
+        }
         hasPhysical_ = false;
     }
     return true;

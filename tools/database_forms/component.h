@@ -49,7 +49,7 @@ private:
     std::string logical_;
     std::size_t logicalNumber_ = 0;
     std::size_t bytes_ = 0;  // of the component that is being read
-    std::size_t count_ = 0;  // of its lines
+    std::size_t count_ = 0;  // of its lines and their parameters
     bool inContainer_ = false;
     bool sawAny_ = false;
 };

@@ -6,7 +6,6 @@
 #include "form_fault.h"
 #include "moment_text.h"
 #include "value_text.h"
-#include "zone_time.h"
 
 #include "ce/personal_databases.h"
 
@@ -112,20 +111,25 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
     addText(contact, FirstName, first);
 }
 
+// The date as it is written: a birthday is the same day in every zone. Nothing for a day without its year, a year
+// alone, words, a day that no calendar has: that is no reason to refuse all the cards.
+std::optional<FILETIME> birthdayIn(const ContentLine& line)
+{
+    if (inCapitals(line.parameter("VALUE")) == "TEXT")
+        return std::nullopt;
+    try {
+        return fileTimeOf(momentFrom(line.value));
+    } catch (const FormFault&) {
+        return std::nullopt;
+    }
+}
+
 void takeBirthday(ComponentFields& fields, Record& contact)
 {
     const ContentLine* line = fields.take("BDAY");
     if (line == nullptr)
         return;
-    // A day without its year, a year alone, words: no moment, and no mistake of the card.
-    const bool isWhole =
-        line->value.size() >= 8 && !line->value.starts_with("--") && line->parameter("VALUE") != "text";
-    std::optional<FILETIME> time;
-    if (isWhole) {
-        const Moment moment = atLine(*line, [&] { return momentFrom(line->value); });
-        time = moment.minutesEast ? localTimeOf(moment) : fileTimeOf(moment);
-    }
-    if (time)
+    if (const auto time = birthdayIn(*line))
         contact.add(Birthday, 0, {.filetime = *time});
     else
         fields.leaveOut("BDAY");

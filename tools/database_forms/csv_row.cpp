@@ -24,23 +24,31 @@ bool CsvRows::next(std::vector<CsvCell>& row, std::size_t mostCells)
             return false;
         line_ = lines_.number();
     } while (text_.empty());
-    if (separator_ == 0) {
-        if (text_.starts_with(ByteOrderMark))
-            text_.erase(0, ByteOrderMark.size());
-        const std::size_t first = text_.find_first_of(",;\t");
-        separator_ = first == std::string::npos ? ',' : text_[first];
-    }
+    if (separator_ == 0 && text_.starts_with(ByteOrderMark))
+        text_.erase(0, ByteOrderMark.size());
     row.clear();
     for (std::size_t at = 0;; ++at) {
         if (row.size() == mostCells)
             refuse("the row has more cells than the first one");
         CsvCell& cell = row.emplace_back();
-        at = at < text_.size() && text_[at] == '"' ? takeQuoted(at + 1, cell) : takePlain(at, cell);
+        const bool quoted = at < text_.size() && text_[at] == '"';
+        if (quoted)
+            at = takeQuoted(at + 1, cell);
+        if (separator_ == 0)  // only now: a quoted cell may have others in it
+            settleSeparator(at);
+        if (!quoted)
+            at = takePlain(at, cell);
         if (at == text_.size())
             return true;
         if (text_[at] != separator_)
             refuse("behind a closing quote stands something else than the next cell");
     }
+}
+
+void CsvRows::settleSeparator(std::size_t at)
+{
+    const std::size_t first = text_.find_first_of(",;\t", at);
+    separator_ = first == std::string::npos ? ',' : text_[first];
 }
 
 bool CsvRows::readLine()

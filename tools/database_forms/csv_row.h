@@ -25,6 +25,7 @@ public:
     [[nodiscard]] std::size_t line() const { return line_; }
 
 private:
+    void settleSeparator(std::size_t at);
     bool readLine();
     std::size_t takeQuoted(std::size_t at, CsvCell& cell);
     std::size_t takePlain(std::size_t at, CsvCell& cell) const;

@@ -7,6 +7,7 @@
 
 #include "host_name.h"
 
+#include <array>
 #include <optional>
 
 namespace database_forms {
@@ -20,14 +21,21 @@ constexpr std::size_t LongestLine = std::size_t{512} * 1024 * 1024;
 
 // What a line's text may become in memory: no record is nested deeper, and none of a device has more values.
 constexpr int DeepestNesting = 4;
+constexpr std::size_t MostKeys = 16;  // of an object, which looks for a key from its first on
 constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;
 
 Json parsed(const std::string& line)
 {
     std::size_t values = 0;
-    return Json::parse(line, [&values](int depth, Json::parse_event_t, const Json&) {
+    std::array<std::size_t, DeepestNesting + 2> keys{};  // of the object that is open at each depth
+    return Json::parse(line, [&](int depth, Json::parse_event_t event, const Json&) {
         if (depth > DeepestNesting || ++values > MostValues)
             throw FormFault("this is neither a database nor a record");
+        const auto level = static_cast<std::size_t>(depth);
+        if (event == Json::parse_event_t::object_start)
+            keys[level + 1] = 0;
+        else if (event == Json::parse_event_t::key && ++keys[level] > MostKeys)
+            throw FormFault("an object has more than 16 keys");
         return true;
     });
 }
@@ -84,7 +92,7 @@ void readJsonLines(LineReader& lines, DatabaseTarget& target)
 {
     std::optional<std::size_t> database;
     for (std::string line; lines.next(line, LongestLine);) {
-        if (line.empty())
+        if (line.find_first_not_of(" \t\r") == std::string::npos)
             continue;
         try {
             const Json json = parsed(line);

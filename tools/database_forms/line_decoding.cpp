@@ -43,7 +43,10 @@ std::string toUtf8(std::string bytes, const std::string& characterSet)
     char* out = utf8.data();
     std::size_t inLeft = bytes.size();
     std::size_t outLeft = utf8.size();
-    if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == static_cast<std::size_t>(-1))
+    constexpr auto Failed = static_cast<std::size_t>(-1);
+    // Without a text, it gives what it kept back for a letter that might still have joined.
+    if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == Failed ||
+        iconv(converter.get(), nullptr, nullptr, &out, &outLeft) == Failed)
         throw FormFault("a value isn't of the character set that is told");
     utf8.resize(utf8.size() - outLeft);
     return utf8;
@@ -54,6 +57,21 @@ std::string toUtf8(std::string bytes, const std::string& characterSet)
 bool isQuotedPrintable(std::string_view line)
 {
     return inCapitals(line.substr(0, line.find(':'))).find("QUOTED-PRINTABLE") != std::string::npos;
+}
+
+std::string withLaterEscapes(std::string_view value)
+{
+    std::string later;
+    for (std::size_t at = 0; at < value.size(); ++at) {
+        later += value[at];
+        if (value[at] != '\\')
+            continue;
+        const char next = at + 1 < value.size() ? value[at + 1] : '\0';
+        const bool escapes = next == '\\' || next == ',' || next == ';';
+        later += escapes ? next : '\\';
+        at += escapes ? 1 : 0;
+    }
+    return later;
 }
 
 void decode(ContentLine& line)

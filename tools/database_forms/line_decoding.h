@@ -1,4 +1,4 @@
-// line_decoding.h - what older cards do to a line's value: quoted-printable, character sets.
+// line_decoding.h - what older cards do to a line's value: quoted-printable, character sets, fewer escapes.
 #pragma once
 
 #include "content_line.h"
@@ -10,5 +10,8 @@ namespace database_forms {
 
 // Makes the value UTF-8 by what the parameters tell. Throws a FormFault if it isn't that then.
 void decode(ContentLine& line);
+
+// A value of vCard 2.1, where a backslash escapes but ";", "," and itself, as the later versions write it.
+[[nodiscard]] std::string withLaterEscapes(std::string_view value);
 
 }  // namespace database_forms

@@ -5,12 +5,28 @@
 #include "component.h"
 #include "contact_card.h"
 #include "exact_lines.h"
+#include "line_decoding.h"
 
 #include "ce/personal_databases.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace database_forms {
+
+namespace {
+
+// The version may stand behind the lines that it is about.
+void bringToLaterEscapes(Component& card)
+{
+    if (std::ranges::none_of(card.lines,
+                             [](const ContentLine& line) { return line.name == "VERSION" && line.value == "2.1"; }))
+        return;
+    for (ContentLine& line : card.lines)
+        line.value = withLaterEscapes(line.value);
+}
+
+}  // namespace
 
 void VCardWriter::begin(const DatabaseHead& head)
 {
@@ -27,7 +43,7 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
 {
     ComponentReader cards(lines, "");
     std::optional<std::size_t> database;
-    while (const auto card = cards.next()) {
+    while (auto card = cards.next()) {
         if (card->name != "VCARD") {
             leftOut.add(card->name);
             continue;
@@ -36,6 +52,7 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
             database = target.begin({personal::ContactsName,
                                      personal::ContactsType,
                                      {std::begin(personal::ContactsSort), std::end(personal::ContactsSort)}});
+        bringToLaterEscapes(*card);
         const Record contact = exactRecord(*card, contactFrom, leftOut);
         if (contact.properties().empty())
             leftOut.add("VCARD");
