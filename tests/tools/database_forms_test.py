@@ -79,7 +79,8 @@ def ticks(text):
 
 def is_sanitized(tool):
     """A sanitizer reserves more of the address space than any limit on it allows."""
-    return b"__asan_init" in pathlib.Path(tool).read_bytes()
+    program = pathlib.Path(tool).read_bytes()
+    return b"__asan_init" in program or b"__tsan_init" in program
 
 
 class FormsTest(unittest.TestCase):
