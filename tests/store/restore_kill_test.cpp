@@ -113,11 +113,15 @@ TEST_F(RestoreKillTest, AtEveryCallLeavesTheOldOneNoneOrTheFirstRecords)
             return;
     }
     EXPECT_EQ(seen.back(), whole());
-    // In this order: what was there, nothing, the new one while it grows.
-    for (const int state : {-1, -2, 0, whole()})
-        EXPECT_NE(std::find(seen.begin(), seen.end(), state), seen.end()) << state;
-    const auto rank = [](int state) { return state == -1 ? -3 : state; };
-    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end(), [&](int a, int b) { return rank(a) < rank(b); }));
+    // First seen in this order: what was there, nothing, the new one while it grows. Only first seen, since a restore
+    // that the host holds up flushes earlier, so a later kill may find fewer records.
+    std::vector<std::ptrdiff_t> firsts;
+    for (const int state : {-1, -2, 0, whole()}) {
+        const auto first = std::find(seen.begin(), seen.end(), state);
+        EXPECT_NE(first, seen.end()) << state;
+        firsts.push_back(first - seen.begin());
+    }
+    EXPECT_TRUE(std::is_sorted(firsts.begin(), firsts.end()));
 }
 
 TEST_F(RestoreKillTest, BetweenTwoFlushesLosesWholeRecordsAtTheEnd)
