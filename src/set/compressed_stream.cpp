@@ -74,7 +74,7 @@ bool ReadBlockAhead(SourceReader& source)
     if (!ReadFile(source.file, block.raw, source.wanted, &source.wanted, nullptr))
         error = GetLastError();
     source.failed = error != ERROR_SUCCESS && error != ERROR_HANDLE_EOF;
-    source.atEnd = error == ERROR_HANDLE_EOF || source.wanted == 0;
+    source.atEnd = !source.failed && (error == ERROR_HANDLE_EOF || source.wanted == 0);
     if (!source.failed)
         OfferToPack(block, source.wanted);
     return !source.failed;
@@ -162,13 +162,14 @@ BOOL UnpackBlocks(StreamReader& reader, HANDLE target)
     }
 }
 
-BOOL UnpackTo(StreamReader& reader, const WCHAR* path)
+BOOL UnpackTo(StreamReader& reader, const WCHAR* path, BOOL& made)
 {
     if (ReadMagic(reader) != StreamFault::None)
         return FALSE;
     const HANDLE target = OpenTargetWithFolders(path);
     if (target == INVALID_HANDLE_VALUE)
         return FALSE;
+    made = TRUE;
     const BOOL result = UnpackBlocks(reader, target);
     EmptyPipeline();
     CloseHandle(target);
@@ -227,8 +228,11 @@ BOOL OpenStreamIsWhole(HANDLE stream)
 
 }  // namespace
 
-BOOL CompressFile(const WCHAR* source, const WCHAR* target)
+BOOL CompressFile(const WCHAR* source, const WCHAR* target, BOOL* made)
 {
+    BOOL unasked = FALSE;
+    BOOL& targetMade = made ? *made : unasked;
+    targetMade = FALSE;
     if (lzo_init() != LZO_E_OK)
         return FALSE;
     const HANDLE from = OpenSource(source);
@@ -236,22 +240,26 @@ BOOL CompressFile(const WCHAR* source, const WCHAR* target)
         return FALSE;
     const HANDLE to = OpenTarget(target);
     BOOL result = FALSE;
-    if (to != INVALID_HANDLE_VALUE)
+    if (to != INVALID_HANDLE_VALUE) {
+        targetMade = TRUE;
         result = PackAll(from, to);
-    CloseHandle(from);
-    if (to != INVALID_HANDLE_VALUE)
         CloseHandle(to);
+    }
+    CloseHandle(from);
     return result;
 }
 
-BOOL DecompressFile(const WCHAR* source, const WCHAR* target)
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target, BOOL* made)
 {
+    BOOL unasked = FALSE;
+    BOOL& targetMade = made ? *made : unasked;
+    targetMade = FALSE;
     if (lzo_init() != LZO_E_OK)
         return FALSE;
     StreamReader reader = {OpenSource(source), WholeFile};
     if (reader.file == INVALID_HANDLE_VALUE)
         return FALSE;
-    const BOOL result = UnpackTo(reader, target);
+    const BOOL result = UnpackTo(reader, target, targetMade);
     CloseHandle(reader.file);
     return result;
 }

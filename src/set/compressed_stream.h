@@ -10,12 +10,14 @@
 // 1: the source was read to its end. That doesn't promise a whole stream, since a full card can cut it:
 //    StreamIsWhole tells.
 // 0: if the source couldn't be opened there is no new target, otherwise it holds the blocks so far.
-BOOL CompressFile(const WCHAR* source, const WCHAR* target);
+// `made`, if it isn't null: whether the target is a new one, so that what stands at its path is no other's.
+BOOL CompressFile(const WCHAR* source, const WCHAR* target, BOOL* made = nullptr);
 
 // Unpacks the stream `source` into a new file `target`, whose missing folders are made; an old target is replaced.
 // 1: the stream was read to its end and every block unpacked. Whether the target took all of it is not looked at.
 // 0: if the source isn't a stream the target is untouched, otherwise it holds the blocks before the fault.
-BOOL DecompressFile(const WCHAR* source, const WCHAR* target);
+// `made`, if it isn't null: whether the target is a new one, so that what stands at its path is no other's.
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target, BOOL* made = nullptr);
 
 // Whether a stream file has its magic, blocks that follow on one another, and the closing empty block as its last
 // bytes. Walks the lengths without unpacking, so it costs little beside the packing. 0 also if the file can't be read.

@@ -6,6 +6,7 @@
 
 #include "host_faults.h"
 
+#include <cerrno>
 #include <random>
 
 namespace {
@@ -215,6 +216,27 @@ TEST_F(CompressedStreamTest, FailureOfAnyHostCallNeverPassesForAWholeStream)
         }
         ASSERT_FALSE(survived && !packed);
     }
+}
+
+// A source that can't be read on, even at a block's end, is no source that ends there.
+TEST_F(CompressedStreamTest, EachReadThatFailsIsTold)
+{
+    const auto failures = [](std::size_t blocks) {
+        write(u"\\source", randomBytes(blocks * RawBlockBytes, 5));
+        int told = 0;
+        bool survived = false;
+        for (std::uint64_t nth = 1; !survived; nth++) {
+            DeleteFileW(u"\\stream");
+            platform::file::setFaultPlan({platform::file::FaultKind::Fail, nth, EIO});
+            told += CompressFile(u"\\source", u"\\stream") ? 0 : 1;
+            survived = platform::file::hostCallsMade() < nth;
+            platform::file::clearFaultPlan();
+        }
+        return told;
+    };
+    const int ofOne = failures(1);
+    EXPECT_EQ(failures(2), ofOne + 1);
+    EXPECT_EQ(failures(3), ofOne + 2);
 }
 
 }  // namespace
