@@ -22,15 +22,14 @@ void StoreDatabase(BackupRun& run, const WCHAR* name, HANDLE stream)
     EndEntry(run, item);
 }
 
-// 1 if the image that stands at the path is of this run. A dump that failed may have left a file of the user's that has
-// the image's name: that is neither stored nor deleted.
-bool MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* imagePath)
+// 1 if an image was begun. Otherwise what stands at its path is a file of the user's that has the image's name: that is
+// neither stored nor deleted.
+BOOL MakeImage(BackupRun& run, const WCHAR* name)
 {
-    const bool stoodThere = GetFileAttributesW(imagePath) != INVALID_FILE_ATTRIBUTES;
-    const BOOL dumped = DumpDatabase(name);
-    if (!dumped)
+    BOOL made = FALSE;
+    if (!DumpDatabase(name, &made))
         Log(run, u"ERR: Database backup: %s", name);
-    return dumped || !stoodThere;
+    return made;
 }
 
 void BackUpDatabase(BackupRun& run, const WCHAR* name)
@@ -42,11 +41,11 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
 
     WCHAR imagePath[MAX_PATH];
     wsprintfW(imagePath, u"\\%s.CDB", name);
-    // After a failed dump the image is still tried: with none, its packing fails and tells so once more.
-    const bool ours = MakeImage(run, name, imagePath);
-    if (!ours || !PackItem(run, imagePath))
+    // After a failed dump its image is still tried. None at all is told once more.
+    const BOOL made = MakeImage(run, name);
+    if (!made || !PackItem(run, imagePath))
         Log(run, u"ERR: Database backup: %s", name);
-    HANDLE stream = ours ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
+    HANDLE stream = made ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
     if (stream != INVALID_HANDLE_VALUE) {
         StoreDatabase(run, name, stream);
         DeleteFileW(imagePath);

@@ -6,6 +6,7 @@
 #include "directory_walker.h"
 #include "paths_too_long.h"
 #include "questions.h"
+#include "run_progress.h"
 #include "set_state.h"
 
 #include "ce/dialog.h"
@@ -142,11 +143,12 @@ DWORD RunFullBackup()
 
     const DWORD registryMarked = gRegistryMarked;
     gRegistryMarked = gFullRegistry ? 1 : 0;
+    const bool nothing = CountOf(gFileList) == 0 && CountOf(gDatabaseList) == 0 && !gRegistryMarked;
     RunBackup(BackupListedItems);
     gRegistryMarked = registryMarked;
     RenewLists();
-    // After the run, so that the set stands whatever becomes of the message; and only if there is one.
-    if (gLastSetNumber != 0)
+    // After the run, so that the set stands whatever becomes of the message; and not for one that was cancelled.
+    if (gLastSetNumber != 0 || nothing)
         TellPathsTooLong(left);
     return 1;
 }

@@ -56,18 +56,12 @@ void LogFailedWrite(void* context)
 
 void DeleteTemporaryStream(BackupRun& run)
 {
-    run.temporaryIsGone = DeleteFileW(run.temporaryPath) || GetLastError() == ERROR_FILE_NOT_FOUND;
+    (void)DeleteFileW(run.temporaryPath);
 }
 
 BOOL PackItem(BackupRun& run, const WCHAR* path)
 {
-    if (!run.temporaryIsGone)
-        DeleteTemporaryStream(run);
-    const bool wasGone = run.temporaryIsGone;
-    run.temporaryIsGone = false;
-    const BOOL packed = CompressFile(path, run.temporaryPath);
-    run.streamIsOfItem = packed || wasGone;
-    return packed;
+    return CompressFile(path, run.temporaryPath, &run.streamIsOfItem);
 }
 
 HANDLE OpenTemporaryStream(BackupRun& run)

@@ -18,8 +18,7 @@ struct BackupRun {
     DWORD dataBytes = 0;  // in the data file so far: where the next item starts
     WCHAR storageRoot[MAX_PATH] = {};
     WCHAR temporaryPath[MAX_PATH] = {};
-    bool streamIsOfItem = false;    // what stands at that path is the stream of the item at hand
-    bool temporaryIsGone = false;   // nothing stands at its path between two items, as it should be
+    BOOL streamIsOfItem = FALSE;    // what stands at that path is the stream of the item at hand
     WCHAR itemName[MAX_PATH] = {};  // of the last item that the lists gave; empty before the first
     SourceDeletion deletion = {};
 };

@@ -15,14 +15,13 @@ namespace {
 const WCHAR RegistryFilePath[] = u"TMVRegFile.QBR";  // in the root, since there is no current folder
 
 // The entry's name means nothing: it is that of the item before.
-void StoreRegistry(BackupRun& run, BOOL copied, HANDLE stream)
+void StoreRegistry(BackupRun& run, HANDLE stream)
 {
     StoredItem item = BeginEntry(run, ItemKindRegistry, run.itemName, nullptr);
     CopyStream(run, item, stream, false, nullptr);
     CloseHandle(stream);
     EndEntry(run, item);
-    if (copied)  // otherwise it may be the user's
-        DeleteFileW(RegistryFilePath);
+    DeleteFileW(RegistryFilePath);
     DeleteTemporaryStream(run);
     Log(run, u"INF: End registry backup");
 }
@@ -42,13 +41,16 @@ void BackUpRegistry(BackupRun& run)
     if (!gRegistryMarked)
         return;
     Log(run, u"INF: Start registry backup");
-    // Without the platform's call, or when it fails, the file is still tried: with none, that tells so once more.
+    // Without the platform's call, or when it fails, what there is of the file is still tried, and none is told once
+    // more. What stood there before is the user's, or an old state: that is neither stored nor deleted.
+    const bool stoodThere = GetFileAttributesW(RegistryFilePath) != INVALID_FILE_ATTRIBUTES;
     const BOOL copied = gRegCopyFile && gRegCopyFile(RegistryFilePath);
     if (!copied)
         Log(run, u"ERR: registry backup");
-    if (!PackItem(run, RegistryFilePath))
+    const bool ours = copied || !stoodThere;
+    if (!ours || !PackItem(run, RegistryFilePath))
         Log(run, u"ERR: registry backup");
-    HANDLE stream = OpenTemporaryStream(run);
+    HANDLE stream = ours ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
     if (stream != INVALID_HANDLE_VALUE)
-        StoreRegistry(run, copied, stream);
+        StoreRegistry(run, stream);
 }

@@ -21,12 +21,14 @@ constexpr UINT RegistryRestoredText = 120;
 constexpr UINT RestoreCaptionText = 121;
 const WCHAR RegistryFilePath[] = u"\\BKREG.TMP";
 
-// 1 if what stands at the path now comes from the stream, as far as it went. A stream that can't be read leaves a file
-// of the user's that has this name alone, and then that isn't to be used or deleted.
+// 1 if what stands at the path now comes from the stream, as far as it went. What is no stream at all leaves a file of
+// the user's that has this name alone, and then that isn't to be used or deleted.
 bool UnpackTo(const WCHAR* path)
 {
     const bool stoodThere = GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
-    return DecompressFile(TemporaryStreamPath, path) || !stoodThere;
+    BOOL made = FALSE;
+    (void)DecompressFile(TemporaryStreamPath, path, &made);
+    return made || !stoodThere;
 }
 
 void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)

@@ -141,7 +141,7 @@ bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
     return complete;
 }
 
-BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* name)
+BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* name, BOOL& made)
 {
     WCHAR path[MAX_PATH];
     wsprintfW(path, u"%s.CDB", name);
@@ -149,6 +149,7 @@ BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* nam
     writer.file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (writer.file == INVALID_HANDLE_VALUE)
         return FALSE;
+    made = TRUE;
     writer.filled = 0;
     writer.failed = false;
     PutHeader(writer, info);
@@ -162,8 +163,11 @@ BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* nam
 
 }  // namespace
 
-BOOL DumpDatabase(const WCHAR* name)
+BOOL DumpDatabase(const WCHAR* name, BOOL* made)
 {
+    BOOL unasked = FALSE;
+    BOOL& imageMade = made ? *made : unasked;
+    imageMade = FALSE;
     CEOID oid = 0;
     HANDLE database = CeOpenDatabase(&oid, name, 0, 0, nullptr);
     if (database == INVALID_HANDLE_VALUE)
@@ -171,7 +175,7 @@ BOOL DumpDatabase(const WCHAR* name)
     CEOIDINFO info = {};
     BOOL dumped = FALSE;
     if (CeOidGetInfo(oid, &info))
-        dumped = DumpOpenDatabase(database, info.infDatabase, name);
+        dumped = DumpOpenDatabase(database, info.infDatabase, name, imageMade);
     CloseHandle(database);
     return dumped;
 }

@@ -11,7 +11,8 @@
 //    storing less than the database holds.
 // 0: the database can't be opened or the image not be made, and what stands at its path is somebody else's; or a record
 //    can't be read, and an empty one stands in its place.
-BOOL DumpDatabase(const WCHAR* name);
+// `made`, if it isn't null: whether the image was begun, so that what stands at its path is no other's.
+BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);
 
 // Makes a database from an image, which stays. Its name is that in the image.
 //

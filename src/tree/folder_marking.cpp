@@ -21,11 +21,11 @@ constexpr WORD HighestAncestorCount = 65520;
 
 BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR mark)
 {
-    WCHAR path[MAX_PATH];
-    if (!FullPathOfEntry(path, folder, name) || !gFileList)
-        return TRUE;
     const DWORD attributes = gWalkedAttributes;
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) || IsRomFile(attributes) || FilterHidesFile(path, attributes))
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) || IsRomFile(attributes) || !gFileList)
+        return TRUE;
+    WCHAR path[MAX_PATH];
+    if (!FullPathOfEntry(path, folder, name) || FilterHidesFile(path, attributes))
         return TRUE;
     if (!mark)
         gFileList->Remove(path, NameBytes(path));
@@ -42,6 +42,7 @@ DWORD WalkFolder(HTREEITEM item, DWORD mark)
     if (!FolderPathOfItem(item, root))
         return 0;
     DWORD total = WalkDirectory(root, nullptr, TRUE, FALSE, MarkFileInFolder, mark);
+    const PathsTooLong left = gPathsTooLong;  // of all files; the others meet some of them again
     const WCHAR* end = gOptions.extensions + ExtensionsChars;
     const WCHAR* extension = gOptions.extensionFilterOn ? gOptions.extensions : end;
     for (; extension < end && *extension; extension += wcslen(extension) + 1) {
@@ -49,6 +50,7 @@ DWORD WalkFolder(HTREEITEM item, DWORD mark)
         wsprintfW(pattern, u"*.%s", extension);
         total += WalkDirectory(root, pattern, FALSE, FALSE, MarkFileInFolder, mark);
     }
+    gPathsTooLong = left;
     return total;
 }
 

@@ -84,6 +84,15 @@ TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackup)
     EXPECT_EQ(gUser.shown.back().substr(0, 3), u"box");
 }
 
+TEST_F(FullBackupTest, PathsThatDoNotFitAreToldWhenThereIsNothingElse)
+{
+    write(std::string(130, 'd') + "/" + std::string(130, 'n'), "too long");
+    EXPECT_EQ(RunFullBackup(), 1U);
+    const auto boxes = gUser.shownWith(u"box ");
+    ASSERT_EQ(boxes.size(), 2U);
+    EXPECT_TRUE(boxes[1].starts_with(u"Info|1 path is too long"));
+}
+
 TEST_F(FullBackupTest, CancelKeepsTheMarksAndNoBoxLosesThem)
 {
     mark(u"\\kept");

@@ -71,8 +71,9 @@ class TreeNamesTest(TreeTest):
         self.write(folder + "/" + "x" * 107, b"fits")
         self.write(folder + "/" + "y" * 108, b"too long")
         self.write(folder + "/" + "z" * 107 + "/deep", b"deep")
+        self.write(folder + "/" + "w" * 108 + "/deeper", b"the folder counts as one")
         tree, = self.trees(expand("Files") + click("Files\\" + folder) + MARK_FOLDER +
-                           'expect text "2 paths are too long and were left out. The first is:\\n*"\nok\n' +
+                           'expect text "3 paths are too long and were left out. The first is:\\n*"\nok\n' +
                            expand("Files\\" + folder) + "print tree\n" + BACK_UP_MARKED)
         self.assertIn((f"Files\\{folder}\\{'x' * 107}", 7), tree)
         self.assertEqual(self.files(), {f"\\{folder}\\{'x' * 107}": b"fits"})
