@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -79,6 +80,26 @@ public:
     }
 };
 
+// What readRegistryText tells of a file that stands at its beginning.
+std::optional<RegistryTextFault> faultOf(HostFile& file)
+{
+    Deaf deaf;
+    return readRegistryText([&](std::span<std::byte> buffer) { return file.read(buffer); }, Wholeness::Required, deaf);
+}
+
+struct Grown {
+    DWORD error = ERROR_SUCCESS;
+    bool whole = false;
+};
+
+Grown grow(HostFile& target, HANDLE file)
+{
+    if (const DWORD error = copyTo(target, file))
+        return {error, false};
+    const bool whole = target.rewind() && !faultOf(target);
+    return {errorOf(target.error()), whole};
+}
+
 bool keepAside(const fs::path& folder, std::string& error)
 {
     std::error_code failure;
@@ -117,23 +138,24 @@ DWORD stageRegistry(HANDLE file)
     const fs::path& folder = staging().folder;
     if (folder.empty())
         return ERROR_GEN_FAILURE;
-    DWORD error = ERROR_SUCCESS;
+    Grown grown;
     {
-        HostFile target(folder / GrowingName, O_WRONLY | O_CREAT | O_TRUNC);
-        error = target ? copyTo(target, file) : errorOf(target.error());
+        HostFile target(folder / GrowingName, O_RDWR | O_CREAT | O_TRUNC);
+        grown = target ? grow(target, file) : Grown{errorOf(target.error()), false};
     }
+    const fs::path place = folder / (grown.whole ? StagedName : RefusedName);
     std::error_code failure;
-    if (error == ERROR_SUCCESS) {
-        fs::rename(folder / GrowingName, folder / StagedName, failure);
-        error = errorOf(failure.value());
+    if (grown.error == ERROR_SUCCESS) {
+        fs::rename(folder / GrowingName, place, failure);
+        grown.error = errorOf(failure.value());
     }
-    if (error != ERROR_SUCCESS) {
+    if (grown.error != ERROR_SUCCESS) {
         fs::remove(folder / GrowingName, failure);
-        return error;
+        return grown.error;
     }
-    error = errorOf(flushFolder(folder));
+    const DWORD error = errorOf(flushFolder(folder));
     if (error != ERROR_SUCCESS)
-        fs::remove(folder / StagedName, failure);
+        fs::remove(place, failure);
     return error;
 }
 
@@ -160,13 +182,12 @@ bool enforceStagedRegistry(const fs::path& folder, std::string& error)
     if (!staged || !staged.isRegularFile())
         return keepAside(folder, error);
 
-    const auto source = [&](std::span<std::byte> buffer) { return staged.read(buffer); };
-    Deaf deaf;
-    const auto fault = readRegistryText(source, Wholeness::Required, deaf);
+    const auto fault = faultOf(staged);
     if (fault && staged.error() == 0)
         return keepAside(folder, error);
     Step step = Step::Failed;
     if (!fault && staged.rewind()) {
+        const auto source = [&](std::span<std::byte> buffer) { return staged.read(buffer); };
         const ContentRead read = readContent(source, Wholeness::Required, Unnamed::Removed);
         if (read.good())
             return takeAway(folder, error);

@@ -246,6 +246,20 @@ TEST_F(RegistryFileTest, FailureTellsItsErrorAndLeavesNoHalfFile)
     EXPECT_NE(GetFileAttributesW(u"\\a.reg"), INVALID_FILE_ATTRIBUTES);
 }
 
+TEST_F(RegistryFileTest, DamagedFileDoesNotTakeTheGoodOnesPlace)
+{
+    set(u"k", u"good", REG_BINARY, "good");
+    const std::string good = copied();
+    set(u"k", u"later", REG_BINARY, "later");
+    put(store() / "good.reg", good);
+    put(store() / "cut.reg", good.substr(0, good.size() - 2));
+    EXPECT_TRUE(RegRestoreFile(u"\\good.reg"));
+    EXPECT_TRUE(RegRestoreFile(u"\\cut.reg"));
+    EXPECT_EQ(contentOf(beside("registry.refused")), good.substr(0, good.size() - 2));
+    EXPECT_EQ(reopened(), "");
+    EXPECT_EQ(copied(), good);
+}
+
 TEST_F(RegistryFileTest, LinkInPlaceOfTheStagedFileIsNotFollowed)
 {
     set(u"stays", u"old", REG_BINARY, "old");
