@@ -33,20 +33,35 @@ DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result)
     return error == ERROR_FILE_NOT_FOUND && parent.number() < 0 && !place.isMount() ? ERROR_PATH_NOT_FOUND : error;
 }
 
-DWORD deleteFound(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
+// Why the file that stands at the place can't be deleted now; 0 if it can.
+DWORD deletionError(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
 {
     constexpr DWORD KeepsOut =
         FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
     const DWORD stored = table.wasMadeHere(status) ? 0 : storedAttributes(folder, place.name(), status);
     if ((attributesOf(status, stored, false) & KeepsOut) != 0)
         return ERROR_ACCESS_DENIED;
-    if (table.isOpen(keyOf(status)))
-        return ERROR_SHARING_VIOLATION;
+    return table.isOpen(keyOf(status)) ? ERROR_SHARING_VIOLATION : 0;
+}
+
+DWORD deleteFound(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
+{
+    if (const DWORD error = deletionError(place, folder, status, table))
+        return error;
     if (const int result = removeFile(folder, place.name()); result < 0)
         return platformError(result);
     if (status.stx_nlink == 1)
         place.mount->giveBackRoom(status.stx_size);
     return 0;
+}
+
+DWORD cannotBeAFile(const HostPlace& place)
+{
+    if (place.error != 0)
+        return place.error;
+    if (place.isMount())
+        return ERROR_ACCESS_DENIED;
+    return place.endsInBackslash ? ERROR_INVALID_NAME : 0;
 }
 
 }  // namespace
@@ -101,12 +116,8 @@ DWORD makeFolderAt(const HostPlace& place)
 
 DWORD deleteFileAt(const HostPlace& place)
 {
-    if (place.error != 0)
-        return place.error;
-    if (place.isMount())
-        return ERROR_ACCESS_DENIED;
-    if (place.endsInBackslash)
-        return ERROR_INVALID_NAME;
+    if (const DWORD error = cannotBeAFile(place))
+        return error;
     const auto table = OpenFiles::instance();
     const auto lock = table->lock();
     TemporaryFile& temporary = table->temporary();
@@ -125,6 +136,44 @@ DWORD deleteFileAt(const HostPlace& place)
     if (error == 0 && table->wasMadeHere(status))
         temporary.noteDeleted(place, std::move(parent));
     return error;
+}
+
+DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace)
+{
+    for (const HostPlace* place : {&from, &to}) {
+        if (const DWORD error = cannotBeAFile(*place))
+            return error;
+    }
+    if (from.mount != to.mount)
+        return ERROR_NOT_SAME_DEVICE;
+    const auto table = OpenFiles::instance();
+    const auto lock = table->lock();
+    table->temporary().letGo();
+    const ParentFolder folder(from);
+    const ParentFolder newFolder(to);
+    HostStatus status = {};
+    if (const int result = statusAt(folder, from, status); result < 0)
+        return errorAt(from, folder, result);
+    if (const DWORD error = deletionError(from, folder.number(), status, *table))
+        return error;
+    HostStatus replaced = {};
+    const int found = statusAt(newFolder, to, replaced);
+    if (newFolder.number() < 0 || (found < 0 && found != -ENOENT))
+        return errorAt(to, newFolder, found);
+    if (found == 0 && !replace)
+        return ERROR_ALREADY_EXISTS;
+    if (found == 0) {
+        if (const DWORD error = deletionError(to, newFolder.number(), replaced, *table))
+            return error;
+        const Descriptor moved(openBelow(folder.number(), from.name(), O_RDONLY));
+        if (const int result = moved.isOpen() ? takeRights(moved.number(), replaced) : -EACCES; result < 0)
+            return platformError(result);
+    }
+    if (const int result = moveFile(folder.number(), from.name(), newFolder.number(), to.name(), replace); result < 0)
+        return result == -EXDEV ? ERROR_NOT_SAME_DEVICE : platformError(result);
+    if (found == 0 && replaced.stx_nlink == 1)
+        to.mount->giveBackRoom(replaced.stx_size);
+    return 0;
 }
 
 DWORD missingError(const HostPlace& place)

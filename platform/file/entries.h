@@ -20,6 +20,11 @@ struct Attributes {
 // Deletes a file that isn't open in this process; 0 or the error.
 [[nodiscard]] DWORD deleteFileAt(const HostPlace& place);
 
+// Gives a file that isn't open in this process another place on the same mount; 0 or the error. What stands there
+// already is an error, or with `replace` a file that goes in the same moment, if it could be deleted, and whose
+// owner, group and mode the moved one takes.
+[[nodiscard]] DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace);
+
 // The error for a call that found nothing at `place`: 3 if a folder on the way is missing, otherwise 2.
 [[nodiscard]] DWORD missingError(const HostPlace& place);
 

@@ -179,6 +179,29 @@ int removeFile(int folder, const char* name)
     return unlessInterrupted([&] { return ::unlinkat(folder, name, 0); });
 }
 
+int takeRights(int file, const HostStatus& old)
+{
+    if (const int error = passGate())
+        return -error;
+    constexpr auto SameOwner = static_cast<uid_t>(-1);
+    const bool groupIsKept =
+        ::fchown(file, old.stx_uid, old.stx_gid) == 0 || ::fchown(file, SameOwner, old.stx_gid) == 0;
+    const mode_t rights = groupIsKept ? 0777 : 0707;
+    return unlessInterrupted([&] { return ::fchmod(file, old.stx_mode & rights); });
+}
+
+int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace)
+{
+    if (const int error = passGate())
+        return -error;
+    const auto move = [&](unsigned flags) {
+        return unlessInterrupted([&] { return ::renameat2(folder, name, newFolder, newName, flags); });
+    };
+    const int result = move(replace ? 0 : RENAME_NOREPLACE);
+    // Some file systems can't refuse by themselves. Whoever calls has looked a moment ago.
+    return result == -EINVAL && !replace ? move(0) : result;
+}
+
 ssize_t readEntries(int folder, std::span<std::byte> entries)
 {
     if (const int error = passGate())

@@ -63,6 +63,13 @@ using HostStatus = struct statx;
 [[nodiscard]] int makeFolder(int folder, const char* name);
 [[nodiscard]] int removeFile(int folder, const char* name);
 
+// Gives an open file the owner, the group and the mode of `old`. An owner or group that can't be given is left, and
+// nobody gets a right by that.
+[[nodiscard]] int takeRights(int file, const HostStatus& old);
+
+// -EEXIST if there is such an entry and it isn't to be replaced.
+[[nodiscard]] int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace);
+
 // As getdents64: bytes of entries, 0 at the end.
 [[nodiscard]] ssize_t readEntries(int folder, std::span<std::byte> entries);
 

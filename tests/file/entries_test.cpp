@@ -1,4 +1,5 @@
-// entries_test.cpp - attributes, folders made, files deleted.
+// entries_test.cpp - attributes, folders made, files moved and deleted.
+#include "entries.h"
 #include "file_fixture.h"
 
 #include <sys/stat.h>
@@ -94,6 +95,58 @@ TEST_F(FileTest, DeletionTakesTheFileAndNothingElse)
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
     EXPECT_FALSE(DeleteFileW(u"\\no\\f"));
     EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+}
+
+DWORD moved(const std::u16string& from, const std::u16string& to, bool replace)
+{
+    using platform::file::resolvePath;
+    return platform::file::moveFileAt(resolvePath(from), resolvePath(to), replace);
+}
+
+TEST_F(FileTest, MoveTakesTheFileWholeAndReplacesOnlyWhatMayGo)
+{
+    const auto card = addFolder(u"Card", true, 1000);
+    const auto used = [] { return platform::file::usedBytes(u"Card").value_or(0); };
+    const auto put = [](const std::u16string& path, const std::string& bytes) {
+        const HANDLE file = open(path, GENERIC_WRITE, CREATE_NEW);
+        EXPECT_EQ(write(file, bytes), bytes.size());
+        EXPECT_TRUE(CloseHandle(file));
+    };
+    put(u"\\Card\\new", "new");
+    put(u"\\Card\\old", "older");
+    EXPECT_TRUE(CreateDirectoryW(u"\\Card\\d", nullptr));
+    EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", false), ERROR_ALREADY_EXISTS);
+    EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\d", true), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\no\\f", true), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(moved(u"\\Card\\new", u"\\new", true), ERROR_NOT_SAME_DEVICE);
+    EXPECT_EQ(moved(u"\\Card\\d", u"\\Card\\e", true), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(moved(u"\\Card\\none", u"\\Card\\old", true), ERROR_FILE_NOT_FOUND);
+    for (const std::u16string name : {u"\\Card\\new", u"\\Card\\old"}) {
+        const HANDLE held = open(name, GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", true), ERROR_SHARING_VIOLATION);
+        EXPECT_TRUE(CloseHandle(held));
+    }
+    EXPECT_EQ(readAll(u"\\Card\\old"), "older");
+    EXPECT_EQ(used(), 8U);
+    ::chmod((card / "old").c_str(), 0600);
+    EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", true), 0U);
+    EXPECT_EQ(std::filesystem::status(card / "old").permissions(), std::filesystem::perms(0600));
+    EXPECT_EQ(moved(u"\\Card\\old", u"\\Card\\d\\f", false), 0U);
+    EXPECT_EQ(readAll(u"\\Card\\d\\f"), "new");
+    EXPECT_EQ(openError(u"\\Card\\old", GENERIC_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(used(), 3U);
+}
+
+TEST_F(FileTest, MoveReplacesNeitherAReadOnlyFileNorALink)
+{
+    hostWrite(root() / "new", "new");
+    hostWrite(root() / "kept", "kept");
+    ::chmod((root() / "kept").c_str(), 0444);
+    std::filesystem::create_symlink("kept", root() / "link");
+    EXPECT_EQ(moved(u"\\new", u"\\kept", true), ERROR_ACCESS_DENIED);
+    EXPECT_NE(moved(u"\\new", u"\\link", true), 0U);
+    EXPECT_EQ(hostRead(root() / "kept"), "kept");
+    EXPECT_TRUE(std::filesystem::is_symlink(root() / "link"));
 }
 
 TEST_F(FileTest, NewFileAtAnOldPathHasAnotherIdentity)

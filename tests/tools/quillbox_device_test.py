@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """quillbox-device as its users run it: what goes in comes out again, and a command that fails changes nothing."""
+import contextlib
 import json
+import os
 import pathlib
 import subprocess
 import sys
@@ -141,6 +143,11 @@ class DeviceToolTest(unittest.TestCase):
         self.run_tool("card", "add", self.device, "Docs", self.folder / "stick", code=1)  # one folder under two names
         for name in ("..", "a/b", ""):
             self.run_tool("card", "add", self.device, name, self.folder, code=1)
+        (self.device / "object-store" / "My Documents").mkdir()
+        said = self.run_tool("card", "add", self.device, "My Documents", self.folder, code=1)
+        self.assertIn("would be hidden", said)
+        self.run_tool("card", "add", self.device, "my documents", self.folder)
+        self.run_tool("card", "remove", self.device, "my documents")
         self.run_tool("card", "add", self.device, "Gone", self.folder / "none", code=1)
         self.assertEqual(self.run_tool("card", "list", self.device), f"card    Stick = {stick}, 5000 bytes\n")
         self.assertIn("card    Stick", self.run_tool("show", self.device))
@@ -192,19 +199,85 @@ class DeviceToolTest(unittest.TestCase):
         self.run_tool("database", "import", self.device, cards, "--add", "--name", "People")
         self.assertIn("People: type 24, 1 records", self.run_tool("database", "list", self.device))
 
-    def test_name_of_a_database_never_steers_the_terminal(self):
-        evil = lines({**HEAD, "database": "\x1b]0;x\x07\u202e\x9b"}, [])
-        self.run_tool("database", "import", self.device, self.file("evil.jsonl", evil))
-        said = self.run_tool("database", "list", self.device) + self.run_tool("show", self.device)
-        said += self.run_tool("database", "import", self.device, self.folder / "evil.jsonl", code=1)
-        for character in "\x1b\x07\u202e\x9b":
-            self.assertNotIn(character, said)
+    def test_no_name_from_outside_steers_the_terminal(self):
+        name = "\x1b]0;x\x07\u202e\x9b"
+        self.run_tool("database", "import", self.device, self.file("evil.jsonl", lines({**HEAD, "database": name}, [])))
+        (self.folder / name).mkdir()
+        (self.device / "cards" / (name + "x")).mkdir()
+        self.run_tool("card", "add", self.device, name, self.folder / name)
+        for command, code in ((["database", "list", self.device], 0), (["show", self.device], 0),
+                              (["card", "list", self.device], 0), (["show", self.folder / name], 2),
+                              (["card", "add", self.device, "x", name], 1), (["card", "remove", self.device, name + "y"], 1),
+                              (["card", "add", self.device, name + "x", self.folder], 1),
+                              (["database", "import", self.device, self.folder / "evil.jsonl"], 1),
+                              (["database", "import", self.device, name], 2),
+                              (["database", "export", self.device, "--name", name + "y"], 1),
+                              (["database", "export", self.device, self.folder / name], 1)):
+            with self.subTest(command=command):
+                said = self.run_tool(*command, code=code)
+                self.assertFalse(set("\x1b\x07\u202e\x9b") & set(said), said)
+        done = subprocess.run([TOOL, "show", self.device, name], capture_output=True, check=False)
+        self.assertNotIn(b"\x1b", done.stderr)
 
     def test_export_leaves_a_neighbour_of_its_file_alone(self):
         neighbour = self.file("out.jsonl.part", "mine")
         self.run_tool("database", "export", self.device, self.folder / "out.jsonl")
         self.assertEqual(neighbour.read_text(), "mine")
         self.assertEqual(sorted(path.name for path in self.folder.iterdir()), ["device", "out.jsonl", "out.jsonl.part"])
+
+    @contextlib.contextmanager
+    def keeps_rights(self, path):
+        """Of a file that is replaced inside, which nobody else may read."""
+        path.chmod(0o600)
+        if os.geteuid() == 0:
+            os.chown(path, 1234, 1234)
+        before = path.stat()
+        yield
+        after = path.stat()
+        self.assertNotEqual(after.st_ino, before.st_ino)
+        self.assertEqual((after.st_mode, after.st_uid, after.st_gid), (before.st_mode, before.st_uid, before.st_gid))
+
+    def test_what_an_export_or_import_replaces_keeps_its_rights_and_its_links(self):
+        out, link = self.file("out.jsonl", "old"), self.folder / "link"
+        link.symlink_to("out.jsonl")
+        self.run_tool("database", "export", self.device, link, code=1)
+        self.assertEqual(out.read_text(), "old")
+        with self.keeps_rights(out):
+            self.run_tool("database", "export", self.device, link, "--force")
+        self.assertEqual(out.read_text(), "")
+        database = self.device / "device.db"
+        with self.keeps_rights(database):
+            self.run_tool("database", "import", self.device, "-", given=lines())
+        real = database.rename(self.folder / "real.db")
+        database.symlink_to(real)
+        with self.keeps_rights(real):
+            self.run_tool("database", "import", self.device, "--replace", "-", given=lines(records=RECORDS[:1]))
+        self.assertTrue(database.is_symlink() and link.is_symlink())
+        self.assertEqual(self.run_tool("database", "export", self.device), lines(records=RECORDS[:1]))
+        out.unlink()
+        self.assertIn("leads nowhere", self.run_tool("database", "export", self.device, link, "--force", code=1))
+        self.assertTrue(link.is_symlink())
+        self.assertIn("is a folder", self.run_tool("database", "export", self.device, self.folder, "--force", code=1))
+
+    def test_an_export_writes_to_what_is_no_file_and_replaces_nothing_there(self):
+        self.run_tool("database", "import", self.device, "-", given=lines())
+        for force in ([], ["--force"]):
+            pipe = self.folder / ("pipe" + "".join(force))
+            os.mkfifo(pipe)
+            with open(os.open(pipe, os.O_RDONLY | os.O_NONBLOCK), "rb") as reader:
+                self.run_tool("database", "export", self.device, pipe, *force)
+                self.assertEqual(reader.read().decode(), lines())
+            self.assertTrue(pipe.is_fifo())
+            null = self.folder / "null"
+            null.unlink(missing_ok=True)
+            null.symlink_to("/dev/null")
+            self.run_tool("database", "export", self.device, null, *force)
+            self.assertTrue(null.is_symlink())
+        self.assertEqual(self.run_tool("database", "export", self.device, "/dev/stdout"), lines())
+        out = self.file("out", "before\n")
+        with out.open("a") as appended:
+            subprocess.run([TOOL, "database", "export", self.device, "/dev/stdout"], stdout=appended, check=True)
+        self.assertEqual(out.read_text(), "before\n" + lines())
 
 
 if __name__ == "__main__":

@@ -6,6 +6,8 @@ The sets come from independent_set.py and, where our own writers are on trial, f
 import json
 import os
 import pathlib
+import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -139,6 +141,23 @@ class GoodSetTest(ToolTest):
         self.assertEqual(self.run_tool("extract", cut, out, "--keep-damaged").returncode, 1)
         self.assertEqual((out / "a").read_bytes(), b"newer")
 
+    def test_a_kill_leaves_the_old_file_or_none_and_never_half(self):
+        path = Set().add(FILE, "\\deep\\a", os.urandom(300000)).write(self.folder)
+        target = self.folder / "out" / "deep" / "a"
+
+        def killed(*more):
+            limit = (200000, 200000)  # writing further is the end
+            done = subprocess.run([TOOL, "extract", path, self.folder / "out", *more], capture_output=True,
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, limit))
+            self.assertEqual(done.returncode, -signal.SIGXFSZ)
+
+        (self.folder / "out").mkdir()
+        killed()
+        self.assertFalse(target.exists())
+        target.write_bytes(b"old")
+        killed("--force")
+        self.assertEqual(target.read_bytes(), b"old")
+
     def test_usage_and_missing_files_give_2(self):
         self.assertEqual(self.run_tool().returncode, 2)
         self.assertEqual(self.run_tool("verify").returncode, 2)
@@ -154,6 +173,8 @@ class GoodSetTest(ToolTest):
         path.with_suffix(".QDT").unlink()
         for command in (["verify", path], ["list", path], ["extract", path, self.folder / "out"]):
             self.assertEqual(self.run_tool(*command).returncode, 1)
+        done = self.run_tool("extract", path, self.folder / "out", "\\a")
+        self.assertEqual((done.text, done.stderr.count(b"\n")), ("0 items written, 1 fault.\n", 1), done.stderr)
 
 
 class DamageTest(ToolTest):
@@ -181,7 +202,7 @@ class DamageTest(ToolTest):
                 ("name with a star", self.good().add(FILE, "\\a*", b""), 2, "can't be used"),
                 ("folder as a file", self.good().add(FILE, "\\a\\", b""), 2, "can't be used"),
                 ("no backslash first", self.good().add(FILE, "b", b""), 2, "can't be used"),
-                ("database that is a path", self.good().add(DATABASE, "..\\a"), 2, "can't be used"),
+                ("database that leads out", self.good().add(DATABASE, "..\\a"), 2, "can't be used"),
                 ("same name twice", self.good().add(FILE, "\\b", b"").add(FILE, "\\a", b""), 3, "same name"),
                 ("unknown kind", self.good().add(7, "\\b", b""), 2, "no such kind"),
                 ("database before file", Set().add(DATABASE, "d").add(FILE, "\\a", b""), 2, "files come before"),
@@ -189,8 +210,13 @@ class DamageTest(ToolTest):
         ]:
             with self.subTest(name):
                 self.assert_fault(damaged, item, reason)
-        case = Set().add(FILE, "\\a", b"").add(FILE, "\\A", b"").add(DATABASE, "\u00c4").write(self.folder)
-        self.assertEqual(self.run_tool("verify", case).returncode, 0, "names that differ by case are two")
+        good = Set().add(FILE, "\\a", b"").add(FILE, "\\A", b"")  # names that differ by case are two
+        for name in ("\u00c4", ".", "..", "x\\y\\plain"):
+            good.add(DATABASE, name)
+        self.assertEqual(self.run_tool("verify", good.write(self.folder)).returncode, 0)
+        for length, code in ((251, 0), (252, 1)):  # no file's name has room for .CDB behind the longer one
+            database = Set().add(DATABASE, "A" * length, image_bytes("A")).write(self.folder)
+            self.assertEqual(self.run_tool("verify", database).returncode, code)
 
     def test_each_fault_of_bytes_and_offsets_is_named(self):
         def changed(change):
@@ -290,6 +316,7 @@ class HarmTest(ToolTest):
             shown = (done.stdout + done.stderr).decode()
             self.assertFalse([c for c in shown if c != "\n" and (c < " " or "\x7f" <= c < "\xa0" or c == "\u202e")], shown)
         self.assertIn("<U+001B>", self.run_tool("list", path).text)
+        self.assertNotIn(b"\x1b", self.run_tool("list", "no \x1b[2J").stderr)
         self.assertEqual(json.loads(self.run_tool("list", path, "--json").text)["items"][0]["name"], name)
 
     def test_lengths_of_4_gigabytes_end_where_the_file_ends(self):

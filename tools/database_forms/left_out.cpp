@@ -18,7 +18,7 @@ constexpr std::size_t LongestName = 40;
 
 std::string shownName(std::string_view name)
 {
-    return screen_text::onScreen(platform::text::fromUtf8(name.substr(0, LongestName)));
+    return screen_text::onScreen(name.substr(0, LongestName));
 }
 
 void LeftOut::add(std::string_view name)

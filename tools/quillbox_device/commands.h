@@ -22,7 +22,8 @@ void addCard(const std::filesystem::path& device, const std::string& name, const
              std::optional<std::uint64_t> capacity, bool plainFolder);
 void removeCard(const std::filesystem::path& device, const std::string& name);
 
-// Files are paths of the host, or "-" for standard input and output. An export replaces no file unless `force`.
+// Files are paths of the host, or "-" for standard input and output. An export replaces no file unless `force`;
+// what is no file, such as a pipe, it writes to.
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force);
 
 // Sets what the file names; everything else stays.

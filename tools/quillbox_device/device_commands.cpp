@@ -3,8 +3,10 @@
 #include "commands.h"
 #include "existing_device.h"
 #include "failure.h"
+#include "screen_text.h"
 #include "stored_databases.h"
 
+#include "host_name.h"
 #include "remembered_folders.h"
 
 #include <iostream>
@@ -13,12 +15,14 @@ namespace quillbox_device {
 
 namespace fs = std::filesystem;
 using platform::device::ExtraFolder;
+using screen_text::onScreen;
 
 namespace {
 
 void print(const ExtraFolder& folder)
 {
-    std::cout << (folder.card ? "card    " : "folder  ") << folder.name << " = " << folder.folder.string();
+    std::cout << (folder.card ? "card    " : "folder  ") << onScreen(folder.name) << " = "
+              << onScreen(folder.folder.string());
     if (folder.capacity)
         std::cout << ", " << *folder.capacity << " bytes";
     std::error_code ignored;
@@ -47,7 +51,14 @@ Held heldIn(const fs::path& folder)
 void printHeld(const std::string& what, const fs::path& folder)
 {
     const Held held = heldIn(folder);
-    std::cout << what << ": " << held.files << " files, " << held.bytes << " bytes\n";
+    std::cout << onScreen(what) << ": " << held.files << " files, " << held.bytes << " bytes\n";
+}
+
+// What stands in the object store under the name of a card or folder is hidden by that.
+bool holdsName(const fs::path& objectStore, const std::string& name)
+{
+    const auto hostName = platform::text::toHostName(platform::text::fromUtf8(name));
+    return hostName && fs::exists(fs::symlink_status(objectStore / *hostName));
 }
 
 }  // namespace
@@ -94,6 +105,9 @@ void addCard(const fs::path& device, const std::string& name, const fs::path& fo
     const auto tried = platform::device::openDevice(device, {added}, false);
     if (!tried.device)
         throw Failure(tried.error.sentence);
+    if (holdsName(tried.device->folder() / "object-store", name))
+        throw Failure("The device's object store holds \"" + name +
+                      "\" already, which would be hidden and missing from every backup.");
     if (!platform::device::rememberFolder(added))
         throw Failure("\"" + name + "\" can't be remembered.");
 }

@@ -3,16 +3,14 @@
 #include "existing_device.h"
 
 #include "failure.h"
+#include "replacement.h"
 
-#include "descriptor.h"
 #include "device_database.h"
 #include "object_store.h"
 #include "registry_store.h"
 
 #include <cerrno>
-#include <fcntl.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace quillbox_device {
 
@@ -28,8 +26,7 @@ void closeDatabase()
 
 void flush(const fs::path& path)
 {
-    const platform::device::Descriptor opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!opened || ::fsync(opened.get()) != 0)
+    if (!flushed(path))
         throw Failure("\"" + path.string() + "\" can't be written: " + std::generic_category().message(errno) + ".");
 }
 
@@ -74,8 +71,9 @@ std::unique_ptr<platform::device::Device> openExisting(const fs::path& folder)
 
 void changeAsAWhole(const platform::device::Device& device, const std::function<void()>& change)
 {
-    const fs::path database = device.folder() / "device.db";
-    const fs::path changing = device.folder() / "device.db.changing";
+    // A link to it stays one: the copy grows beside what it leads to.
+    const fs::path database = fs::canonical(device.folder() / "device.db");
+    const fs::path changing = database.string() + ".changing";
     closeDatabase();  // puts all of it into the one file
     if (fs::exists(database.string() + "-wal"))
         throw Failure("The device's database \"" + database.string() + "\" can't be closed.");
@@ -89,9 +87,12 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
     closeDatabase();
     if (fs::exists(changing.string() + "-wal"))
         throw Failure("The change can't be written to the device's disk.");
+    struct stat old {};
+    if (::stat(database.c_str(), &old) != 0 || !takesRights(changing, old))
+        throw Failure("The change can't be kept from others as the device's database is.");
     flush(changing);
     fs::rename(changing, database);
-    flush(device.folder());
+    flush(database.parent_path());
 }
 
 }  // namespace quillbox_device

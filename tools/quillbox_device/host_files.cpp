@@ -3,6 +3,7 @@
 #include "host_files.h"
 
 #include "failure.h"
+#include "replacement.h"
 
 #include "descriptor.h"
 
@@ -22,7 +23,7 @@ namespace {
 
 // A new file in the target's folder, under a name that nobody can have put a link in the place of. Empty if there can
 // be none.
-std::string madeBeside(const fs::path& target)
+std::string madeBeside(const fs::path& target, mode_t mode)
 {
     std::random_device random;
     for (int tries = 0; tries < 100; ++tries) {
@@ -30,7 +31,7 @@ std::string madeBeside(const fs::path& target)
         (void)std::snprintf(name, sizeof name, ".%08x.part", static_cast<unsigned>(random()));
         const fs::path path = target.parent_path() / name;
         const platform::device::Descriptor made(
-            ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+            ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
         if (made)
             return path.string();
         if (errno != EEXIST)
@@ -39,10 +40,26 @@ std::string madeBeside(const fs::path& target)
     return {};
 }
 
-bool flushed(const std::string& path)
+// What stands at the target, behind links; nothing if a new file can be made there. Throws a Failure.
+std::optional<struct stat> foundAt(const std::string& target)
 {
-    const platform::device::Descriptor opened(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    return opened && ::fsync(opened.get()) == 0;
+    struct stat found {};
+    if (::stat(target.c_str(), &found) == 0)
+        return found;
+    const int error = errno;
+    std::error_code ignored;
+    if (error != ENOENT)
+        throw Failure("\"" + target + "\" can't be written: " + std::generic_category().message(error) + ".");
+    if (fs::is_symlink(fs::symlink_status(target, ignored)))
+        throw Failure("\"" + target + "\" is a link that leads nowhere.");
+    return std::nullopt;
+}
+
+// By another name, such as /dev/stdout. A file that the shell has opened for it isn't one to be replaced.
+bool isStandardOutput(const struct stat& found)
+{
+    struct stat output {};
+    return ::fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == found.st_dev && output.st_ino == found.st_ino;
 }
 
 }  // namespace
@@ -60,11 +77,22 @@ Output::Output(const std::string& file, bool force) : target_(file)
 {
     if (file == "-")
         return;
-    if (!force && fs::exists(fs::symlink_status(file)))
+    const std::optional<struct stat> found = foundAt(file);
+    if (found && isStandardOutput(*found))
+        return;
+    if (found && S_ISDIR(found->st_mode))
+        throw Failure("\"" + file + "\" is a folder.");
+    const bool isFile = found && S_ISREG(found->st_mode);
+    if (!force && found && (isFile || S_ISBLK(found->st_mode)))
         throw Failure("\"" + file + "\" exists already; --force replaces it.");
-    growing_ = madeBeside(file);
-    if (!growing_.empty())
-        file_.open(growing_, std::ios::binary | std::ios::trunc);
+    if (isFile) {
+        target_ = fs::canonical(file).string();
+        replaced_ = found;
+    }
+    if (!found || isFile)
+        growBesideTarget();
+    else
+        file_.open(file, std::ios::binary);
     if (!file_.is_open())
         throw Failure("\"" + file + "\" can't be written.");
 }
@@ -76,13 +104,24 @@ Output::~Output()
         fs::remove(growing_, ignored);
 }
 
+// Until it has the rights of the file that it replaces, nobody else may look into it.
+void Output::growBesideTarget()
+{
+    growing_ = madeBeside(target_, replaced_ ? 0600 : 0666);
+    if (!growing_.empty())
+        file_.open(growing_, std::ios::binary | std::ios::trunc);
+}
+
 void Output::finish()
 {
     stream().flush();
     bool good = stream().good();
     if (file_.is_open()) {
         file_.close();
-        good = good && file_.good() && flushed(growing_);
+        good = good && file_.good();
+    }
+    if (good && !growing_.empty()) {
+        good = (!replaced_ || takesRights(growing_, *replaced_)) && flushed(growing_);
         if (good) {
             fs::rename(growing_, target_);
             growing_.clear();

@@ -3,7 +3,10 @@
 
 #include <fstream>
 #include <iostream>
+#include <optional>
 #include <string>
+
+#include <sys/stat.h>
 
 namespace quillbox_device {
 
@@ -17,10 +20,12 @@ private:
     std::ifstream file_;
 };
 
-// A new file of the host, or standard output for "-". It is there when finish() returns, and not before.
+// A new file of the host, or standard output for "-". It is there when finish() returns, and not before. It takes the
+// place of what a link leads to, with the rights of the file that it replaces. What is no file, such as a pipe or a
+// device, is written to.
 class Output {
 public:
-    // Throws a Failure if the file exists, unless `force`, or can't be made.
+    // Throws a Failure if there is a file to be replaced (or a disk), unless `force`, or if it can't be made.
     Output(const std::string& file, bool force);
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -30,8 +35,11 @@ public:
     void finish();
 
 private:
+    void growBesideTarget();
+
     std::string target_;
-    std::string growing_;  // empty for standard output, and when it is finished
+    std::optional<struct stat> replaced_;
+    std::string growing_;  // empty if nothing grows, and when it is finished
     std::ofstream file_;
 };
 

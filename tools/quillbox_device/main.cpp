@@ -2,10 +2,14 @@
 
 #include "commands.h"
 #include "failure.h"
+#include "screen_text.h"
+
+#include "host_name.h"
 
 #include <CLI/CLI.hpp>
 
 #include <iostream>
+#include <sstream>
 
 namespace {
 
@@ -45,7 +49,7 @@ void addCards(CLI::App& app, CommandLine& line)
     CLI::App* list = addCommand(*card, line, "list", "prints them");
     list->callback([&line] { listCards(line.device); });
     CLI::App* add = addCommand(*card, line, "add", "adds one");
-    add->add_option("NAME", line.name, "its name on the device")->required();
+    add->add_option("NAME", line.name, "its name on the device, one that nothing in its root has")->required();
     add->add_option("DIR", line.folder, "the folder")->required();
     add->add_option("--capacity", line.capacity, "bytes that it may hold");
     add->add_flag("--folder", line.plainFolder, "a plain folder, not a card");
@@ -120,8 +124,18 @@ int run(int count, char** arguments)
         app.parse(count, arguments);
         return exitGood;
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? exitGood : exitBadUsage;
+        std::ostringstream said;
+        const int code = app.exit(error, std::cout, said);
+        std::cerr << screen_text::linesOnScreen(platform::text::fromUtf8(said.str()), "");
+        return code == 0 ? exitGood : exitBadUsage;
     }
+}
+
+// A sentence holds names of files, folders and databases, which may come from anywhere.
+int tell(const std::exception& error, int exitCode)
+{
+    std::cerr << "quillbox-device: " << screen_text::onScreen(std::string_view(error.what())) << '\n';
+    return exitCode;
 }
 
 }  // namespace
@@ -131,10 +145,8 @@ int main(int count, char** arguments)
     try {
         return run(count, arguments);
     } catch (const Failure& failure) {
-        std::cerr << "quillbox-device: " << failure.what() << '\n';
-        return failure.exitCode();
+        return tell(failure, failure.exitCode());
     } catch (const std::exception& error) {
-        std::cerr << "quillbox-device: " << error.what() << '\n';
-        return exitFailed;
+        return tell(error, exitFailed);
     }
 }

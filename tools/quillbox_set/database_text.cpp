@@ -43,8 +43,8 @@ void addBackwards(database_forms::DatabaseWriter& writer, const ImageRecords& re
     }
 }
 
-// Into the file, or nowhere without one. Returns what hindered it.
-std::string write(UnpackedImage& unpacked, const ImageReport& image, database_forms::Form form, TargetFile* file)
+// Returns what hindered it.
+std::string write(UnpackedImage& unpacked, const ImageReport& image, database_forms::Form form, GrowingFile& file)
 {
     TargetBuffer buffer(file);
     std::ostream out(&buffer);
@@ -64,7 +64,7 @@ std::string write(UnpackedImage& unpacked, const ImageReport& image, database_fo
         return fault.what();
     }
     out.flush();
-    return file == nullptr || file->error() == ERROR_SUCCESS ? "" : errorText(file->error());
+    return file.error() == ERROR_SUCCESS ? "" : errorText(file.error());
 }
 
 }  // namespace
@@ -77,19 +77,15 @@ std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, cons
     UnpackedImage unpacked(data, entry, image);
     if (unpacked.error() != ERROR_SUCCESS)
         return errorText(unpacked.error());
-    // What is replaced is good perhaps, and not every form can hold every database.
-    if (text.replace) {
-        if (std::string fault = write(unpacked, image, text.form, nullptr); !fault.empty())
-            return fault;
-    }
-    TargetFile file(text.path, text.replace);
+    GrowingFile file(text.path);
     if (!file.isOpen())
         return errorText(file.error());
-    std::string fault = write(unpacked, image, text.form, &file);
+    if (std::string fault = write(unpacked, image, text.form, file); !fault.empty())
+        return fault;
+    if (file.moveTo(text.path, text.replace) != ERROR_SUCCESS)
+        return errorText(file.error());
     bytes = file.bytes();
-    if (fault.empty())
-        file.keep();
-    return fault;
+    return "";
 }
 
 }  // namespace quillbox_set

@@ -5,6 +5,7 @@
 #include "database_text.h"
 #include "exit_code.h"
 #include "fault_text.h"
+#include "growing_file.h"
 #include "host_name.h"
 #include "image_check.h"
 #include "item_target.h"
@@ -14,7 +15,6 @@
 #include "registry_check.h"
 #include "screen_text.h"
 #include "stream_decoding.h"
-#include "target_file.h"
 
 #include "ce/file.h"
 
@@ -32,7 +32,7 @@ namespace {
 
 BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target)
 {
-    return static_cast<TargetFile*>(target)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
+    return static_cast<GrowingFile*>(target)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
 }
 
 class Extraction {
@@ -48,20 +48,10 @@ public:
 
     int run()
     {
-        if (!data_.isOpen()) {
-            std::cerr << "quillbox-set: the data file is missing or can't be opened\n";
-            faults_++;
-        }
-        Item item;
-        while (data_.isOpen() && set_.next(item)) {
-            if (isWanted(item))
-                extract(item);
-        }
-        if (set_.readFailed()) {
-            std::cerr << "quillbox-set: the list file couldn't be read to its end\n";
-            faults_++;
-        }
-        tellUnknownNames();
+        if (data_.isOpen())
+            extractWanted();
+        else
+            tellFault("the data file is missing or can't be opened");
         if (list_)
             list_->end({{"written", written_}, {"faults", faults_}});
         else
@@ -81,6 +71,27 @@ private:
         std::u16string path = platform::text::fromUtf8(name);
         std::ranges::replace(path, u'/', u'\\');
         return path;
+    }
+
+    void extractWanted()
+    {
+        Item item;
+        while (set_.next(item)) {
+            if (isWanted(item))
+                extract(item);
+        }
+        if (set_.readFailed())
+            tellFault("the list file couldn't be read to its end");
+        for (const Wanted& wanted : wanted_) {
+            if (!wanted.found)
+                tellFault("the set has no item " + onScreen(wanted.pattern));
+        }
+    }
+
+    void tellFault(const std::string& what)
+    {
+        faults_++;
+        std::cerr << "quillbox-set: " << what << "\n";
     }
 
     bool isWanted(const Item& item)
@@ -126,24 +137,17 @@ private:
             return errorText(ERROR_INVALID_NAME);
         if (targets_.has(0, target))
             return "an item before it was written to the same file";
+        if (!options_.force && GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES)
+            return errorText(ERROR_ALREADY_EXISTS);
         if (options_.form && item.isDatabase())
             return extractDatabase(target, item, bytes);
-        std::string damage = damageBefore(item);
+        // Half a registry passes for one.
+        std::string damage;
+        if (options_.form && item.isRegistry())
+            damage = checkRegistry(data_, item.entry).fault;
         if (!damage.empty() && !options_.keepDamaged)
             return damage;
         return copyTo(target, item, damage, bytes);
-    }
-
-    // Known before anything is written. What is replaced was good perhaps, and half a registry passes for one.
-    std::string damageBefore(const Item& item) const
-    {
-        if (options_.form && item.isRegistry())
-            return checkRegistry(data_, item.entry).fault;
-        if (!options_.force || options_.keepDamaged)
-            return "";
-        const StreamFault fault =
-            DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, nullptr, nullptr);
-        return fault == StreamFault::None ? "" : streamFaultText(fault);
     }
 
     std::string extractDatabase(const std::u16string& path, const Item& item, std::uint64_t& bytes) const
@@ -162,29 +166,20 @@ private:
     std::string copyTo(const std::u16string& path, const Item& item, const std::string& damage,
                        std::uint64_t& bytes) const
     {
-        TargetFile target(path, options_.force);
+        GrowingFile target(path);
         if (!target.isOpen())
             return errorText(target.error());
         const StreamFault fault =
             DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, writeRaw, &target);
-        bytes = target.bytes();
         if (fault == StreamFault::StoppedBySink)
             return errorText(target.error());
         std::string reason = fault == StreamFault::None ? damage : streamFaultText(fault);
         if (!reason.empty() && !options_.keepDamaged)
             return reason;
-        target.keep();
+        if (target.moveTo(path, options_.force) != ERROR_SUCCESS)
+            return errorText(target.error());
+        bytes = target.bytes();
         return reason.empty() ? "" : reason + "; " + counted(bytes, "byte") + " kept";
-    }
-
-    void tellUnknownNames()
-    {
-        for (const Wanted& wanted : wanted_) {
-            if (wanted.found)
-                continue;
-            faults_++;
-            std::cerr << "quillbox-set: the set has no item " << onScreen(wanted.pattern) << "\n";
-        }
     }
 
     ListedSet& set_;

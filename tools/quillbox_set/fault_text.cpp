@@ -65,11 +65,14 @@ std::string errorText(DWORD error)
     case ERROR_SHARING_VIOLATION:
         return "another program uses the file";
     case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
         return "exists already (--force replaces it)";
     case ERROR_DISK_FULL:
         return "the disk is full";
     case ERROR_INVALID_NAME:
         return "refused: not a name that a file may have here";
+    case ERROR_NOT_SAME_DEVICE:
+        return "that folder lies on another disk";
     case ERROR_FILENAME_EXCED_RANGE:
         return "refused: the name is too long";
     default:

@@ -3,6 +3,7 @@
 #include "exit_code.h"
 #include "extraction.h"
 #include "listing.h"
+#include "screen_text.h"
 #include "set_files.h"
 #include "verification.h"
 
@@ -38,12 +39,13 @@ int onSet(const std::string& argument, const std::string& root, const Action& ac
 {
     const std::optional<SetFiles> files = findSet(argument);
     if (!files) {
-        std::cerr << "quillbox-set: there is no list file for " << argument << "\n";
+        std::cerr << "quillbox-set: there is no list file for " << screen_text::onScreen(argument) << "\n";
         return exitNoSet;
     }
-    const std::optional<MountedSet> set = mountSet(*files, root.empty() ? files->folder : root);
+    const std::string& folder = root.empty() ? files->folder : root;
+    const std::optional<MountedSet> set = mountSet(*files, folder);
     if (!set) {
-        std::cerr << "quillbox-set: a folder can't be opened: " << (root.empty() ? files->folder : root) << "\n";
+        std::cerr << "quillbox-set: a folder can't be opened: " << screen_text::onScreen(folder) << "\n";
         return exitNoSet;
     }
     return action(*set);
@@ -116,7 +118,7 @@ int main(int count, char** arguments)
     try {
         return run(count, arguments);
     } catch (const std::exception& error) {
-        std::cerr << "quillbox-set: " << error.what() << "\n";
+        std::cerr << "quillbox-set: " << screen_text::onScreen(std::string_view(error.what())) << "\n";
         return exitFaults;
     }
 }

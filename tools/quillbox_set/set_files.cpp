@@ -96,7 +96,7 @@ OpenFile& OpenFile::operator=(OpenFile&& other) noexcept
 
 OpenFile::~OpenFile()
 {
-    close();
+    (void)close();
 }
 
 bool OpenFile::isOpen() const
@@ -112,10 +112,9 @@ std::uint64_t OpenFile::size() const
     return std::uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow;
 }
 
-void OpenFile::close()
+bool OpenFile::close()
 {
-    if (isOpen())
-        CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE));
+    return !isOpen() || CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE));
 }
 
 }  // namespace quillbox_set

@@ -43,7 +43,7 @@ public:
     [[nodiscard]] bool isOpen() const;
     [[nodiscard]] HANDLE handle() const { return handle_; }
     [[nodiscard]] std::uint64_t size() const;
-    void close();
+    bool close();  // false if bytes were lost that were reported as written
 
 private:
     HANDLE handle_;

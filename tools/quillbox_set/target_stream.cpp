@@ -10,7 +10,7 @@ constexpr std::size_t bufferBytes = 65536;
 
 }
 
-TargetBuffer::TargetBuffer(TargetFile* target) : target_(target), buffer_(bufferBytes)
+TargetBuffer::TargetBuffer(GrowingFile& target) : target_(target), buffer_(bufferBytes)
 {
     setp(buffer_.data(), buffer_.data() + buffer_.size());
 }
@@ -26,7 +26,7 @@ TargetBuffer::int_type TargetBuffer::overflow(int_type character)
 
 int TargetBuffer::sync()
 {
-    const bool good = target_ == nullptr || target_->write(std::as_bytes(std::span(pbase(), pptr())));
+    const bool good = target_.write(std::as_bytes(std::span(pbase(), pptr())));
     setp(buffer_.data(), buffer_.data() + buffer_.size());
     return good ? 0 : -1;
 }

@@ -12,7 +12,7 @@ namespace {
 
 BOOL writeRaw(const BYTE* raw, DWORD bytes, void* file)
 {
-    return static_cast<TargetFile*>(file)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
+    return static_cast<GrowingFile*>(file)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
 }
 
 // The bytes up to `end` are all that the reader has then.
@@ -53,7 +53,7 @@ bool ImageRecords::add(ImageReader& reader)
 }
 
 UnpackedImage::UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image)
-    : image_(image), file_(u"\\." + unguessableName() + u".part", false), reader_(std::make_unique<ImageReader>())
+    : image_(image), file_(u"\\"), reader_(std::make_unique<ImageReader>())
 {
     if (!file_.isOpen())
         return;

@@ -1,9 +1,9 @@
 // unpacked_image.h - a database's image as a file for as long as its records are taken out, in any order.
 #pragma once
 
+#include "growing_file.h"
 #include "image_check.h"
 #include "image_reader.h"
-#include "target_file.h"
 
 #include <memory>
 #include <span>
@@ -46,7 +46,7 @@ public:
 
 private:
     const ImageReport& image_;
-    TargetFile file_;
+    GrowingFile file_;
     std::unique_ptr<ImageReader> reader_;
 };
 

@@ -27,9 +27,6 @@ using screen_text::onScreen;
 
 namespace {
 
-// A database's image is the file \NAME.CDB.
-constexpr std::size_t databaseFrame = 5;
-
 // Where the faults go: lines or an array.
 class FaultReport {
 public:
@@ -159,13 +156,17 @@ private:
             report_.tell(&item, "an item before has the same name");
     }
 
-    // Whether a file of this host can have the name.
+    // A restore brings a database by way of its image, the file \NAME.CDB.
     static bool isUsable(const Item& item)
     {
-        if (item.isDatabase())
-            return item.name().size() + databaseFrame < MAX_PATH && platform::text::toHostName(item.name());
-        std::u16string_view path = item.name();
-        bool good = path.starts_with(u'\\');
+        return isUsablePath(item.isFile() ? std::u16string(item.name())
+                                          : u"\\" + std::u16string(item.name()) + u".CDB");
+    }
+
+    // Whether a file of this host can have the path.
+    static bool isUsablePath(std::u16string_view path)
+    {
+        bool good = path.starts_with(u'\\') && path.size() < MAX_PATH;
         while (good && !path.empty()) {
             path.remove_prefix(1);
             const std::size_t end = std::min(path.find(u'\\'), path.size());

@@ -36,6 +36,11 @@ std::string onScreen(std::u16string_view text)
     return platform::text::toUtf8(shown);
 }
 
+std::string onScreen(std::string_view text)
+{
+    return onScreen(platform::text::fromUtf8(text));
+}
+
 std::string linesOnScreen(std::u16string_view text, std::string_view indent)
 {
     std::string lines;

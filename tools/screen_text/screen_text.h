@@ -11,6 +11,9 @@ namespace screen_text {
 // holds < or >.
 [[nodiscard]] std::string onScreen(std::u16string_view text);
 
+// The same of bytes of the host, as a rule UTF-8; what is none becomes U+FFFD.
+[[nodiscard]] std::string onScreen(std::string_view text);
+
 // The same line by line: line breaks stay, each line gets `indent` before it.
 [[nodiscard]] std::string linesOnScreen(std::u16string_view text, std::string_view indent);
 

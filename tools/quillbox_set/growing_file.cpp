@@ -1,0 +1,85 @@
+// growing_file.cpp - see growing_file.h.
+
+#include "growing_file.h"
+
+#include "entries.h"
+
+#include "ce/file.h"
+
+namespace quillbox_set {
+
+namespace {
+
+// Each folder above the last part. One that exists is no failure: the open decides.
+void makeFoldersOf(const std::u16string& path)
+{
+    for (std::size_t end = path.find(u'\\', 1); end != std::u16string::npos; end = path.find(u'\\', end + 1))
+        (void)CreateDirectoryW(path.substr(0, end).c_str(), nullptr);
+}
+
+std::u16string pathBeside(const std::u16string& place)
+{
+    const std::u16string name = u"." + unguessableName() + u".part";
+    std::u16string beside = place.substr(0, place.rfind(u'\\') + 1) + name;
+    return beside.size() < MAX_PATH ? beside : u"\\" + name;
+}
+
+OpenFile openNew(const std::u16string& path)
+{
+    OpenFile file(path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
+    if (file.isOpen() || GetLastError() != ERROR_PATH_NOT_FOUND)
+        return file;
+    makeFoldersOf(path);
+    return {path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW};
+}
+
+DWORD move(const std::u16string& from, const std::u16string& to, bool replace)
+{
+    using platform::file::resolvePath;
+    return platform::file::moveFileAt(resolvePath(from), resolvePath(to), replace);
+}
+
+}  // namespace
+
+GrowingFile::GrowingFile(const std::u16string& place)
+    : path_(pathBeside(place)), file_(openNew(path_)), error_(file_.isOpen() ? ERROR_SUCCESS : GetLastError())
+{
+    if (!file_.isOpen())
+        path_.clear();
+}
+
+GrowingFile::~GrowingFile()
+{
+    (void)file_.close();
+    if (!path_.empty())
+        (void)DeleteFileW(path_.c_str());
+}
+
+bool GrowingFile::write(std::span<const std::byte> bytes)
+{
+    DWORD written = 0;
+    if (error_ == ERROR_SUCCESS &&
+        !WriteFile(file_.handle(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
+        error_ = GetLastError();
+    bytes_ += written;
+    if (error_ == ERROR_SUCCESS && written != bytes.size())
+        error_ = ERROR_DISK_FULL;
+    return error_ == ERROR_SUCCESS;
+}
+
+DWORD GrowingFile::moveTo(const std::u16string& path, bool replace)
+{
+    const bool replaces = replace && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (error_ == ERROR_SUCCESS && replaces && !FlushFileBuffers(file_.handle()))
+        error_ = GetLastError();
+    if (!file_.close() && error_ == ERROR_SUCCESS)
+        error_ = GetLastError();
+    if (error_ != ERROR_SUCCESS)
+        return error_;
+    error_ = move(path_, path, replace);
+    if (error_ == ERROR_SUCCESS)
+        path_.clear();
+    return error_;
+}
+
+}  // namespace quillbox_set
