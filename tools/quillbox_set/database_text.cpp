@@ -70,7 +70,7 @@ std::string write(UnpackedImage& unpacked, const ImageReport& image, database_fo
 }  // namespace
 
 std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
-                              const DatabaseText& text, std::uint64_t& bytes)
+                              const DatabaseText& text, std::optional<std::uint64_t>& bytes)
 {
     if (std::string fault = tooLargeRecord(image); !fault.empty())
         return fault;

@@ -5,6 +5,8 @@
 
 #include "database_form.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace quillbox_set {
@@ -21,6 +23,6 @@ struct DatabaseText {
 //
 // Returns what hindered it; no new file is left then. `bytes` is the file's size.
 [[nodiscard]] std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
-                                            const DatabaseText& text, std::uint64_t& bytes);
+                                            const DatabaseText& text, std::optional<std::uint64_t>& bytes);
 
 }  // namespace quillbox_set

@@ -106,10 +106,11 @@ private:
 
     void extract(const Item& item)
     {
-        std::uint64_t bytes = 0;
-        const std::string fault = tryToExtract(item, bytes);
+        std::optional<std::uint64_t> kept;  // bytes of the file; nothing if there is none
+        const std::string fault = tryToExtract(item, kept);
+        const std::uint64_t bytes = kept.value_or(0);
         (fault.empty() ? written_ : faults_)++;
-        if (fault.empty() || (options_.keepDamaged && bytes != 0))
+        if (kept)
             targets_.add(0, targetOf(item, options_.form));
         if (list_) {
             list_->add({{"kind", item.kindText()},
@@ -124,7 +125,7 @@ private:
     }
 
     // What hindered it; nothing if all of it was written.
-    std::string tryToExtract(const Item& item, std::uint64_t& bytes)
+    std::string tryToExtract(const Item& item, std::optional<std::uint64_t>& bytes)
     {
         const std::u16string target = targetOf(item, options_.form);
         if (item.entry.faults & CutByEndOfFile)
@@ -150,7 +151,7 @@ private:
         return copyTo(target, item, damage, bytes);
     }
 
-    std::string extractDatabase(const std::u16string& path, const Item& item, std::uint64_t& bytes) const
+    std::string extractDatabase(const std::u16string& path, const Item& item, std::optional<std::uint64_t>& bytes) const
     {
         const ImageReport image = checkImage(data_, item.entry);
         if (!image.fault.empty() && (!options_.keepDamaged || !image.hasHead()))
@@ -164,7 +165,7 @@ private:
 
     // As it lies in the set. `damage` is what is known already.
     std::string copyTo(const std::u16string& path, const Item& item, const std::string& damage,
-                       std::uint64_t& bytes) const
+                       std::optional<std::uint64_t>& bytes) const
     {
         GrowingFile target(path);
         if (!target.isOpen())
@@ -179,7 +180,7 @@ private:
         if (target.moveTo(path, options_.force) != ERROR_SUCCESS)
             return errorText(target.error());
         bytes = target.bytes();
-        return reason.empty() ? "" : reason + "; " + counted(bytes, "byte") + " kept";
+        return reason.empty() ? "" : reason + "; " + counted(*bytes, "byte") + " kept";
     }
 
     ListedSet& set_;
