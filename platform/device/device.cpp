@@ -52,10 +52,12 @@ public:
 
     [[nodiscard]] const fs::path& folder() const override { return folder_; }
 
-    void open(const std::vector<ExtraFolder>& extras, bool demonstration);
+    // Returns warnings.
+    [[nodiscard]] std::vector<std::string> open(const std::vector<ExtraFolder>& extras, bool demonstration);
 
 private:
     void mount(Place place);
+    [[nodiscard]] std::optional<std::string> whatIsHiddenBy(const Place& place) const;
 
     fs::path folder_;
     Descriptor lock_;
@@ -162,7 +164,21 @@ void refuseDoubles(const std::vector<Place>& places)
     }
 }
 
-void OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstration)
+// A folder in the root hides the device's own content of that name, which then gets into no backup.
+std::optional<std::string> OpenedDevice::whatIsHiddenBy(const Place& place) const
+{
+    const auto hostName = text::toHostName(place.name);
+    if (place.name.empty() || !hostName)
+        return std::nullopt;
+    const fs::path own = folder_ / "object-store" / *hostName;
+    std::error_code error;
+    if (!fs::exists(fs::symlink_status(own, error)) || fs::is_empty(own, error))
+        return std::nullopt;
+    return "\"\\" + text::toUtf8(place.name) + "\" is the folder " + quoted(place.folder) + ": " + quoted(own) +
+           " is hidden and gets into no backup.";
+}
+
+std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstration)
 {
     // Only now, under the lock, is it certain that no other process is making the device.
     if (kindOf(folder_) == FolderKind::Device)
@@ -186,8 +202,13 @@ void OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstrati
     for (const ExtraFolder& extra : extras)
         places.push_back(placeOf(extra));
     refuseDoubles(places);
-    for (Place& place : places)
+    std::vector<std::string> warnings;
+    for (Place& place : places) {
+        if (auto warning = whatIsHiddenBy(place))
+            warnings.push_back(std::move(*warning));
         mount(std::move(place));
+    }
+    return warnings;
 }
 
 void OpenedDevice::mount(Place place)
@@ -221,7 +242,7 @@ OpenResult openDevice(const fs::path& folder, const std::vector<ExtraFolder>& ex
         if (kind == FolderKind::Missing && !fs::create_directories(absolute, error) && error)
             refuse("The folder " + quoted(absolute) + " can't be made", error.value());
         auto device = std::make_unique<OpenedDevice>(absolute);
-        device->open(extras, demonstration);
+        result.warnings = device->open(extras, demonstration);
         result.device = std::move(device);
     } catch (const Refusal& refusal) {
         result.error = {refusal.what(), refusal.inUse()};

@@ -37,6 +37,7 @@ public:
 struct OpenResult {
     std::unique_ptr<Device> device;  // null on failure
     OpenError error;
+    std::vector<std::string> warnings;  // sentences for the user of a device that is open
 };
 
 // Opens the device in `folder` and puts its name space, registry and cards in force for the process. A

@@ -28,6 +28,12 @@ int tell(const std::string& sentence, int exitCode)
     return exitCode;
 }
 
+void tellWarnings(const platform::device::OpenResult& opened)
+{
+    for (const std::string& warning : opened.warnings)
+        (void)tell(warning, 0);
+}
+
 int startProgram()
 {
     WCHAR commandLine[] = u"";
@@ -47,6 +53,7 @@ int runInWindow(const CommandLine& options)
     }
     if (!opened.device)
         return tell(opened.error.sentence, Failed);
+    tellWarnings(opened);
     const auto firstStart = platform::display::answerSecondStarts(options.device);
     return platform::display::runWithWindow(startProgram);
 }
@@ -69,6 +76,7 @@ int runByScript(const CommandLine& options)
     const auto opened = platform::device::openDevice(options.device, options.extras, true);
     if (!opened.device)
         return tell(opened.error.sentence, Failed);
+    tellWarnings(opened);
 
     platform::headless::ScriptOptions run;
     run.timeout = options.timeout;

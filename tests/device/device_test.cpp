@@ -142,6 +142,21 @@ TEST_F(DeviceTest, ExtraFoldersAppearForThisStartAndACardKeepsItsCapacity)
     EXPECT_FALSE(fs::exists(at("device/object-store/Mine")));
 }
 
+TEST_F(DeviceTest, ContentThatAFolderHidesIsTold)
+{
+    for (const char* folder : {"device/object-store/Held", "device/object-store/Empty", "host"})
+        fs::create_directories(at(folder));
+    std::ofstream(at("device/object-store/Held/file")) << "x";
+    const auto warnings = [&](const char* name) {
+        auto result = openDevice(at("device"), {{name, at("host"), true, {}}}, false);
+        EXPECT_TRUE(result.device) << result.error.sentence;
+        return result.warnings;
+    };
+    EXPECT_THAT(warnings("Held"), testing::ElementsAre(HasSubstr("object-store/Held\" is hidden")));
+    EXPECT_THAT(warnings("Empty"), testing::IsEmpty());
+    EXPECT_THAT(warnings("Other"), testing::IsEmpty());
+}
+
 TEST_F(DeviceTest, ExtraFoldersThatCannotBeShownAreRefusedWithTheirName)
 {
     fs::create_directories(at("device/object-store"));
