@@ -21,7 +21,7 @@ enum class Change {
     Destroyed,  // the handle is dead
     Text,       // title or text
     Enabled,
-    Focus,       // this window has the focus now
+    Focus,       // this window has got or lost the focus
     Check,       // a button's check state
     Rows,        // a list box's rows
     Selection,   // a list box's selection or caret row; an edit's selection

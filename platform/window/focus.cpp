@@ -130,11 +130,12 @@ HWND SetFocus(HWND window)
         return nullptr;
     }
     const HWND before = std::exchange(self.focus, window);
-    if (wanted) {
+    if (wanted)
         topLevelOf(*wanted).lastFocus = window;
-        if (before != window)
-            announce(*wanted, Change::Focus);
-    }
+    if (before != window)
+        for (const Window* changed : {findWindow(before), wanted})
+            if (changed)
+                announce(*changed, Change::Focus);
     lock.unlock();
     if (before != window) {
         if (before)

@@ -35,7 +35,7 @@ bool NothingIsMarked()
 
 bool AskOverride(const WCHAR* listPath)
 {
-    WCHAR question[TextChars];
+    WCHAR question[TextChars + MAX_PATH];
     wsprintfW(question, LoadText(OverrideText, gTextA), listPath);
     return MessageBoxW(gMainWindow, question, u"Info?", MB_YESNO | MB_DEFBUTTON2) == IDYES;
 }

@@ -35,7 +35,7 @@ DWORD TellNothingToRestore()
 
 bool AskReplace(const WCHAR* name)
 {
-    WCHAR question[TextChars];
+    WCHAR question[TextChars + MAX_PATH];
     wsprintfW(question, LoadText(FileExistsText, gTextA), name);
     return MessageBoxW(gMainWindow, question, LoadText(WarningText, gTextB),
                        MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2) == IDYES;

@@ -217,6 +217,14 @@ TEST_F(ScriptRunTest, ProgramThatRefusesToCloseDoesNotHoldTheScriptForEver)
     small::letGo();
 }
 
+TEST_F(ScriptRunTest, RunThatAsksMuchIsWaitedForAtTheEnd)
+{
+    const Outcome outcome = run("command 40012\n");
+    EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_THAT(outcome.diary, ElementsAre("refused 300", "closed"));
+}
+
 TEST_F(ScriptRunTest, ProgressTextCanBeReadWhileAQuestionStandsBeforeIt)
 {
     const Outcome outcome = run("command 40003\n"

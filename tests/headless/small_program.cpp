@@ -165,6 +165,24 @@ void run()
     thread.join();
 }
 
+// Its progress window counts what it has done; one that it asks of says which.
+void askMuch()
+{
+    std::promise<HWND> made;
+    std::thread thread([&] { runProgressWindow(made); });
+    const HWND progress = made.get_future().get();
+    int refused = 0;
+    for (int file = 0; file < 300; ++file) {
+        const std::u16string name = platform::text::fromUtf8("file " + std::to_string(file));
+        refused += MessageBoxW(mainWindow, name.c_str(), u"Replace?", MB_YESNO | MB_DEFBUTTON2) == IDNO ? 1 : 0;
+        SetDlgItemTextW(progress, Counter, name.c_str());
+        MessageBoxW(mainWindow, u"A file wasn't replaced", u"Warning", MB_OK);
+    }
+    SendMessageW(progress, EndProgress, 0, 0);
+    thread.join();
+    diary().note("refused " + std::to_string(refused));
+}
+
 void askQuestions()
 {
     const int first = MessageBoxW(mainWindow, u"First question?", u"Ask", MB_YESNOCANCEL);
@@ -201,6 +219,9 @@ void onCommand(HWND window, WORD id)
     case StayOpen:
         stubborn = window;
         break;
+    case AskMuch:
+        askMuch();
+        break;
     default:
         break;
     }
@@ -217,6 +238,10 @@ LRESULT mainProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
         band.cx = 145;
         CommandBands_AddBands(bands, nullptr, 1, &band);
         CommandBar_InsertMenubar(CommandBands_GetCommandBar(bands, 0), nullptr, 104, 0);
+        TBBUTTON askMuchButton = {};
+        askMuchButton.idCommand = AskMuch;
+        askMuchButton.fsState = TBSTATE_ENABLED;
+        SendMessageW(CommandBands_GetCommandBar(bands, 0), TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&askMuchButton));
         CommandBands_Show(bands, TRUE);
         return 0;
     }
@@ -224,7 +249,10 @@ LRESULT mainProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
         onCommand(window, LOWORD(wParam));
         return 0;
     case WM_CLOSE:
-        return stubborn ? 0 : DefWindowProcW(window, message, wParam, lParam);
+        if (!stubborn)
+            return DefWindowProcW(window, message, wParam, lParam);
+        MessageBoxW(window, u"Stay?", u"Small program", MB_YESNOCANCEL);
+        return 0;
     case LetGo:
         DestroyWindow(window);
         return 0;

@@ -18,7 +18,8 @@ inline constexpr WORD Questions = 40006;  // three message boxes, one after the 
 inline constexpr WORD Choose = 40007;     // dialog 107 with two rows; refuses OK without a choice
 inline constexpr WORD Work = 40009;       // works for a while and answers nothing
 inline constexpr WORD Policy = 40010;     // dialog 111
-inline constexpr WORD StayOpen = 40011;   // from now on the main window refuses to be closed
+inline constexpr WORD StayOpen = 40011;   // from now on the main window asks when it is closed, and stays
+inline constexpr WORD AskMuch = 40012;    // a run with a question for each of 300 files, and the same warning each time
 
 // What the program has met, in order. Any thread.
 class Diary {

@@ -90,7 +90,8 @@ void Desktop::TearDown()
         return ended_.load();
     };
     EXPECT_TRUE(QTest::qWaitFor(closeAll, Patience));
-    program_.join();
+    if (program_.joinable())
+        program_.join();
     screen_.reset();
     device_.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -121,6 +122,13 @@ void Desktop::awaitRest()
     };
     EXPECT_TRUE(QTest::qWaitFor(rests, Patience));
     screen_->flush();
+}
+
+void Desktop::endBetweenFrames()
+{
+    ASSERT_TRUE(platform::window::postClose(platform::window::topLevelWindows().front()));
+    program_.join();
+    screen_.reset();
 }
 
 void Desktop::click(QWidget& window, const QString& name)

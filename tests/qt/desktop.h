@@ -37,6 +37,9 @@ protected:
     // Chooses a menu item by the keyboard: "Operations", "Backup", "Full...".
     void choose(const QStringList& path);
 
+    // Ends the program before the screen draws another frame, as a wish to close that was kept does.
+    void endBetweenFrames();
+
     // From the toolbar to the end of the run: all files, the comment as given, onto the storage card.
     void backUpAllFiles(const QString& comment);
 

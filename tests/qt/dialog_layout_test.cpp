@@ -2,14 +2,18 @@
 
 #include "desktop.h"
 
+#include "ce/dialog.h"
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QtTest/QTest>
 
+#include <thread>
 #include <vector>
 
 namespace {
@@ -111,6 +115,63 @@ TEST_P(DialogLayoutTest, TextsOfARowStandOnOneLine)
     awaitGone("File filter");
 }
 
+// Cuts a question off nobody could answer it: a name may be as long as a file system allows.
+TEST_P(DialogLayoutTest, EveryMessageIsReadWhole)
+{
+    const QStringList names{QString(250, u'w'), QString(85, QChar(0x6F22)), QString(120, QChar(0x05D0)),
+                            QStringLiteral("e\u0301").repeated(80), QString::fromUcs4(U"\U0001F600").repeated(60)};
+    for (const QString& name : names) {
+        SCOPED_TRACE(name.left(8).toStdString());
+        const QString text = QStringLiteral("File:\\M\\%1\nexists replace ?").arg(name);
+        std::thread asking(
+            [&] { MessageBoxW(nullptr, text.toStdU16String().c_str(), u"Warning", MB_YESNO | MB_ICONEXCLAMATION); });
+        QWidget& box = await("Warning");
+        const auto* label = box.findChild<QLabel*>("qt_msgbox_label");
+        EXPECT_EQ(label->accessibleName(), text);
+        EXPECT_GE(label->width(), label->minimumSizeHint().width());
+        EXPECT_GE(label->height(), label->heightForWidth(label->width()));
+        EXPECT_LE(box.width(), box.screen()->availableGeometry().width());
+        // No sign is torn apart.
+        EXPECT_EQ(QString::fromUtf8(label->text().toUtf8()), label->text());
+        EXPECT_FALSE(label->text().contains(QStringLiteral("\u200B\u0301")));
+        press(box, Qt::Key_Escape);
+        awaitGone("Warning");
+        asking.join();
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Fonts, DialogLayoutTest, testing::Values(7, 9, 11, 18, 24));
+
+using DialogFrameTest = Desktop;
+
+TEST_F(DialogFrameTest, DefaultFrameStandsAroundWhatEnterPresses)
+{
+    choose({"File", "Filter..."});
+    QWidget& dialog = await("File filter");
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    const auto defaults = [&] {
+        QStringList names;
+        for (const QPushButton* button : dialog.findChildren<QPushButton*>())
+            if (button->isDefault())
+                names += nameOf(*button);
+        return names;
+    };
+    EXPECT_EQ(defaults(), QStringList("OK"));
+    click(dialog, "Show only files with these extentions :");
+    type(dialog, "txt");
+    press(dialog, Qt::Key_Tab);
+    EXPECT_EQ(defaults(), QStringList("Add"));
+    press(dialog, Qt::Key_Space);
+    // The program gives the keyboard back to the edit.
+    ASSERT_TRUE(qobject_cast<QLineEdit*>(dialog.focusWidget()));
+    EXPECT_EQ(defaults(), QStringList("OK"));
+    // Enter on a button of the caption is its click.
+    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
+    while (nameOf(*dialog.focusWidget()) != "Cancel")
+        press(dialog, Qt::Key_Tab);
+    EXPECT_EQ(defaults(), QStringList("Cancel"));
+    press(dialog, Qt::Key_Return);
+    awaitGone("File filter");
+}
 
 }  // namespace

@@ -203,4 +203,19 @@ TEST_F(TreeTripTest, ScreenReaderHearsMarksAndItsWishesGoToTheProgram)
     QAccessible::setActive(false);
 }
 
+TEST_F(TreeTripTest, KeyboardComesBackFromTheMenuThatF10Opened)
+{
+    QWidget& main = await("KORV Quillbox");
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
+    tree_->setFocus();
+    for (int times = 0; times < 2; ++times) {
+        press(main, Qt::Key_F10);
+        ASSERT_TRUE(QApplication::activePopupWidget());
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_Escape);
+        EXPECT_FALSE(QApplication::activePopupWidget());
+        press(main, Qt::Key_Escape);
+        EXPECT_EQ(main.focusWidget(), tree_);
+    }
+}
+
 }  // namespace

@@ -2,12 +2,20 @@
 
 #include "desktop.h"
 
+#include "ce/dialog.h"
+#include "ce/resource.h"
+#include "ce/window.h"
+
 #include <QCheckBox>
 #include <QListView>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QSettings>
 #include <QtTest/QTest>
+
+#include <fstream>
+#include <future>
 
 namespace {
 
@@ -163,6 +171,22 @@ TEST_F(WindowTripTest, PartialRestoreBringsBackTheSelectedRowsOnly)
     EXPECT_EQ(files, 1);
 }
 
+TEST_F(WindowTripTest, NameWithALineBreakIsOneRowOfAList)
+{
+    std::ofstream(store() / "two\nlines.txt") << "content";
+    backUpAllFiles("all");
+    awaitRest();
+    choose({"Operations", "Restore", "Partial..."});
+    QWidget& chooser = await("Select");
+    clickRow(chooser, FirstSet);
+    press(chooser, Qt::Key_Return);
+    QWidget& dialog = await("Restore selection");
+    clickRow(dialog, QStringLiteral("File:\\two\u240Alines.txt"));
+    EXPECT_EQ(dialog.findChild<QListView*>()->selectionModel()->selectedIndexes().size(), 1);
+    press(dialog, Qt::Key_Escape);
+    awaitRest();
+}
+
 TEST_F(WindowTripTest, CancelLeavesEveryDialogAndChangesNothing)
 {
     const std::vector<std::pair<QStringList, QString>> dialogs{
@@ -221,6 +245,50 @@ TEST_F(WindowTripTest, CloseDuringARunIsKeptAndTheSetIsWhole)
     EXPECT_FALSE(isThere("Full Backup"));
     EXPECT_TRUE(std::filesystem::exists(sets() / "QLBX0001.QLT"));
     EXPECT_GT(std::filesystem::file_size(sets() / "QLBX0001.QDT"), 0U);
+}
+
+TEST_F(WindowTripTest, PlaceIsRememberedThoughTheProgramEndsBeforeTheNextFrame)
+{
+    const QSize chosen(613, 417);
+    await("KORV Quillbox").resize(chosen);
+    endBetweenFrames();
+    const QSettings settings(QSettings::IniFormat, QSettings::UserScope, "quillbox", "window");
+    QWidget next;
+    ASSERT_TRUE(next.restoreGeometry(settings.value("mainWindow/place").toByteArray()));
+    EXPECT_EQ(next.size(), chosen);
+}
+
+// Its thread gets to its end later than the main window is gone.
+TEST_F(WindowTripTest, ProgressWindowThatOutlivesTheMainWindowGoesWithIt)
+{
+    std::promise<void> shown;
+    std::promise<void> mainGone;
+    std::promise<void> changed;
+    std::promise<void> end;
+    const HWND owner = platform::window::topLevelWindows().front();
+    std::thread late([&] {
+        const HRSRC form = FindResourceW(nullptr, MAKEINTRESOURCEW(106), RT_DIALOG);
+        const auto procedure = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return 0; };
+        const HWND progress = CreateDialogIndirectParamW(nullptr, LoadResource(nullptr, form), owner, procedure, 0);
+        SetWindowTextW(progress, u"Late");
+        ShowWindow(progress, SW_SHOW);
+        shown.set_value();
+        mainGone.get_future().wait();
+        SetWindowTextW(progress, u"Later");
+        changed.set_value();
+        end.get_future().wait();
+    });
+    shown.get_future().wait();
+    EXPECT_EQ(await("Late").parentWidget(), &await("KORV Quillbox"));
+    await("KORV Quillbox").close();
+    awaitGone("KORV Quillbox");
+    EXPECT_FALSE(isThere("Late"));
+    mainGone.set_value();
+    changed.get_future().wait();
+    QTest::qWait(100);  // frames in which it could come back
+    EXPECT_FALSE(isThere("Later"));
+    end.set_value();
+    late.join();
 }
 
 }  // namespace

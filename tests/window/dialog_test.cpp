@@ -113,6 +113,22 @@ TEST_F(DialogTest, TabReachesEachControlThatTakesTheKeyboardAndNoOther)
     EXPECT_EQ(end(), IDCANCEL);
 }
 
+// A push button that has it is what Enter presses.
+TEST_F(DialogTest, ControlThatLosesTheKeyboardIsAnnouncedToo)
+{
+    open(EditAndBoxes);
+    keyUntilFocus(VK_TAB, 11);
+    (void)user.takeFocusChanges();
+    keyUntilFocus(VK_TAB, 13);
+    EXPECT_TRUE(stateOf(control(13)).defaultButton);
+    EXPECT_EQ(user.takeFocusChanges(), (std::set{control(11), control(13)}));
+    keyUntilFocus(VK_TAB, 10);
+    EXPECT_FALSE(stateOf(control(13)).defaultButton);
+    EXPECT_EQ(user.takeFocusChanges(), (std::set{control(13), control(10)}));
+    user.key(dialog, VK_ESCAPE);
+    EXPECT_EQ(end(), IDCANCEL);
+}
+
 TEST_F(DialogTest, FocusThatAScreenReaderGivesIsTheDialogsToo)
 {
     open(EditAndBoxes);

@@ -3,14 +3,23 @@
 #include "resource_file.h"
 
 #include <cstring>
+#include <utility>
 
 namespace platform::window::test {
 
-void TestUser::changed(HWND, Change)
+void TestUser::changed(HWND window, Change change)
 {
     const std::lock_guard lock(mutex_);
+    if (change == Change::Focus)
+        focusChanges_.insert(window);
     ++changes_;
     came_.notify_all();
+}
+
+std::set<HWND> TestUser::takeFocusChanges()
+{
+    const std::lock_guard lock(mutex_);
+    return std::exchange(focusChanges_, {});
 }
 
 void TestUser::textChanged(HWND window, std::u16string_view)

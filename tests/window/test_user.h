@@ -12,6 +12,7 @@
 #include <functional>
 #include <future>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -38,10 +39,14 @@ public:
     void key(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
     void type(HWND window, const std::u16string& text);
 
+    // Whose focus has changed since the last call.
+    std::set<HWND> takeFocusChanges();
+
     std::atomic<int> texts = 0;
 
 private:
     std::mutex mutex_;
+    std::set<HWND> focusChanges_;
     std::condition_variable came_;
     long changes_ = 0;
 };

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <unordered_set>
 #include <utility>
 
 namespace platform::headless {
@@ -20,8 +21,8 @@ using window::WindowState;
 
 namespace {
 
-// A program that answers each closed window with a new one is left alone after so many.
-constexpr int ClosedWindowsAtMost = 200;
+// A program that shows what it showed before, although that was closed, is left alone after so many times.
+constexpr int RepeatsAtMost = 200;
 
 }  // namespace
 
@@ -92,13 +93,20 @@ Failure ScriptUser::perform(const Action& action)
 
 bool ScriptUser::leave()
 {
-    int closedWindows = 0;
+    // A run may ask about each of its files, and gets on with each answer: that is another text, or another count in
+    // its progress window.
+    std::unordered_set<std::string> closed;
+    int repeats = 0;
+    const auto close = [&] {
+        const std::string shown = everythingOnTheScreen();
+        if (!window::postClose(top_.window) && !window::postKey(top_.window, VK_ESCAPE))
+            return false;
+        repeats += closed.insert(shown).second ? 0 : 1;
+        return true;
+    };
     // What the failure says doesn't matter here: the program's end is one, and the wished one.
-    (void)await("the program's end", [&] {
-        const bool asked = window::postClose(top_.window) || window::postKey(top_.window, VK_ESCAPE);
-        closedWindows += asked ? 1 : 0;
-        return closedWindows > ClosedWindowsAtMost;
-    });
+    while (repeats < RepeatsAtMost && !await("the program's end", close))
+        continue;
     return screen_.hasEnded();
 }
 
@@ -369,6 +377,15 @@ std::string ScriptUser::onTheScreen() const
         return "no window";
     const std::u16string texts = textsOf(*shown);
     return quoted(shown->window.text) + (texts.empty() ? "" : ": " + quoted(texts));
+}
+
+std::string ScriptUser::everythingOnTheScreen() const
+{
+    std::string everything = onTheScreen();
+    for (const WindowState& progress : screen_.progressWindows())
+        if (const std::optional<Snapshot> shown = snapshotOf(progress.window))
+            everything += quoted(textOf(*shown));
+    return everything;
 }
 
 }  // namespace platform::headless

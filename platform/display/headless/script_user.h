@@ -71,6 +71,7 @@ private:
     bool look();
     [[nodiscard]] std::optional<window::WindowState> findShownControl(int id) const;
     [[nodiscard]] std::string onTheScreen() const;
+    [[nodiscard]] std::string everythingOnTheScreen() const;  // the progress windows too
 
     Screen& screen_;
     Transcript& transcript_;

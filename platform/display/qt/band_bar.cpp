@@ -114,10 +114,9 @@ void BandBar::show(const std::vector<BandState>& bands)
 
 void BandBar::openMenu()
 {
-    if (menu_ && !menu_->actions().isEmpty()) {
-        menu_->setFocus(Qt::MenuBarFocusReason);
+    // The menu takes the keyboard itself, and remembers whom to give it back to.
+    if (menu_ && !menu_->actions().isEmpty())
         menu_->setActiveAction(menu_->actions().front());
-    }
 }
 
 void BandBar::clear()

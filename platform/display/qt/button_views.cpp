@@ -42,7 +42,6 @@ public:
     {
         if (changes.has(Change::Text))
             setText(toQt(state.text));
-        setDefault(state.defaultButton);
     }
 
     [[nodiscard]] int leastWidth() const override

@@ -14,6 +14,7 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPushButton>
 
 #include <algorithm>
 #include <cmath>
@@ -115,8 +116,24 @@ void DialogView::removeControl(View& control)
     std::erase_if(controls_, [&](const Control& each) { return each.view == &control; });
 }
 
+// The frame of the default button stands around what Enter presses now.
+void DialogView::followFocus()
+{
+    QAbstractButton* pressed = header_ ? header_->buttons().front() : nullptr;
+    for (const Control& control : controls_) {
+        WindowState state;
+        if (window::readWindow(control.view->window(), state) && state.defaultButton)
+            pressed = qobject_cast<QAbstractButton*>(&control.view->widget());
+    }
+    if (header_ && header_->isAncestorOf(focusWidget()))
+        pressed = qobject_cast<QAbstractButton*>(focusWidget());
+    for (QPushButton* button : findChildren<QPushButton*>())
+        button->setDefault(button == pressed);
+}
+
 void DialogView::present()
 {
+    followFocus();
     arrange();
     placeOverOwner(*this);
     show();
@@ -234,6 +251,8 @@ const DialogView::Control* DialogView::focusedControl() const
 
 bool DialogView::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::FocusIn)
+        followFocus();
     if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason)
         if (const Control* control = controlOf(qobject_cast<QWidget*>(watched)))
             passFocus(*control);

@@ -24,6 +24,7 @@ public:
     void follow(const window::WindowState& state, Changes changes) override;
     void addControl(View& control, const window::WindowState& state) override;
     void removeControl(View& control) override;
+    void followFocus() override;
     void present() override;
 
     void reject() override;

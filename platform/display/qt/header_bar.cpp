@@ -61,7 +61,6 @@ HeaderBar::HeaderBar(QWidget* parent, const std::function<void()>& ok, const std
     auto* closeButton = new CloseButton(this);
     setUp(*okButton, ok);
     setUp(*closeButton, close);
-    okButton->setDefault(true);
     buttons_ = {okButton, closeButton};
 
     QFont bold = font();

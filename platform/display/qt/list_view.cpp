@@ -35,7 +35,7 @@ public:
     {
         if (role != Qt::DisplayRole || !index.isValid())
             return {};
-        return toQt(rows_[static_cast<std::size_t>(index.row())].text);
+        return toQtLine(rows_[static_cast<std::size_t>(index.row())].text);
     }
 
     void replace(std::vector<ListRow> rows)

@@ -6,10 +6,15 @@
 
 #include <QCloseEvent>
 #include <QDialogButtonBox>
+#include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QShowEvent>
+#include <QTextBoundaryFinder>
 
 #include <map>
 #include <optional>
@@ -62,10 +67,48 @@ std::optional<QMessageBox::StandardButton> desktopButton(int id)
     }
 }
 
-// A place in a path where a line may break; nothing of it is seen.
-QString breakable(QString text)
+// A word that is wider than a fifth of the screen may be broken, at places a twentieth of it apart.
+constexpr int LongWords = 5;
+constexpr int Pieces = 20;
+
+constexpr QChar MayBreak(u'\u200B');  // nothing of it is seen
+
+// Between characters as a reader knows them.
+QString inPieces(const QString& word, const QFontMetrics& metrics, int widest)
 {
-    return text.replace(u'\\', QStringLiteral("\\\u200B"));
+    QTextBoundaryFinder boundaries(QTextBoundaryFinder::Grapheme, word);
+    QString broken;
+    int width = 0;
+    for (qsizetype begin = 0; begin < word.size(); begin = boundaries.position()) {
+        const QString character = word.mid(begin, boundaries.toNextBoundary() - begin);
+        const int more = metrics.horizontalAdvance(character);
+        if (width + more > widest) {
+            broken += MayBreak;
+            width = 0;
+        }
+        width += more;
+        broken += character;
+    }
+    return broken;
+}
+
+// A line may break behind a backslash, and a name may be one word of any length: the toolkit cuts off what it
+// can't break.
+QString breakable(const QString& text, const QFontMetrics& metrics, int screenWidth)
+{
+    static const QRegularExpression ends(QStringLiteral("[\\\\\\s]"));
+    QString broken;
+    for (qsizetype begin = 0, end = 0; begin < text.size(); begin = end) {
+        end = text.indexOf(ends, begin) + 1;
+        if (end == 0)
+            end = text.size();
+        const QString word = text.mid(begin, end - begin);
+        const bool isLong = metrics.horizontalAdvance(word) > screenWidth / LongWords;
+        broken += isLong ? inPieces(word, metrics, screenWidth / Pieces) : word;
+        if (word.endsWith(u'\\'))
+            broken += MayBreak;
+    }
+    return broken;
 }
 
 class MessageView final : public QMessageBox, public TopView {
@@ -93,16 +136,17 @@ public:
     void addControl(View&, const WindowState&) override {}
     void removeControl(View&) override {}
 
-    void present() override
-    {
-        adjustSize();
-        placeOverOwner(*this);
-        show();
-    }
+    void present() override { show(); }
 
     void reject() override { courier().close(window()); }
 
 protected:
+    // Only now the box knows its size.
+    void showEvent(QShowEvent* event) override
+    {
+        QMessageBox::showEvent(event);
+        placeOverOwner(*this);
+    }
     void closeEvent(QCloseEvent* event) override
     {
         event->ignore();
@@ -147,12 +191,17 @@ private:
                 texts += toQt(state.text);
         }
         texts.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-        setText(breakable(texts));
+        setText(breakable(texts, fontMetrics(), screen()->availableGeometry().width()));
         if (auto* label = findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
             label->setAccessibleName(texts);
-            // The toolkit keeps the place of an icon that isn't there.
             if (icon() == NoIcon)
                 label->setContentsMargins({});
+        }
+        // The toolkit keeps the place of an icon that isn't there.
+        auto* grid = qobject_cast<QGridLayout*>(layout());
+        if (QLayoutItem* first = grid ? grid->itemAtPosition(0, 0) : nullptr; first && icon() == NoIcon) {
+            if (QSpacerItem* indent = first->spacerItem())
+                indent->changeSize(0, 0);
         }
     }
 

@@ -33,6 +33,21 @@ bool isTopLevel(const WindowState& state)
     return (state.style & WS_CHILD) == 0;
 }
 
+// Is deleted with it. The toolkit's own isAncestorOf() ends at the window.
+bool belongsTo(const QWidget& widget, const QWidget& owner)
+{
+    const QWidget* above = widget.parentWidget();
+    while (above && above != &owner)
+        above = above->parentWidget();
+    return above != nullptr;
+}
+
+bool isAlive(HWND window)
+{
+    WindowState state;
+    return window::readWindow(window, state);
+}
+
 }  // namespace
 
 Screen::Screen()
@@ -55,8 +70,9 @@ Screen::Screen()
 Screen::~Screen()
 {
     window::setDisplay(nullptr);
-    for (const auto& [window, top] : tops_)
-        top->widget().deleteLater();
+    // What the program took away last stands here until now.
+    while (!tops_.empty())
+        retire(tops_.begin()->first);
 }
 
 void Screen::flush()
@@ -100,15 +116,20 @@ void Screen::apply(const Changed& changed)
             known->second->follow(state, changed.changes);
         else
             followControl(*known->second, state, changed.changes);
+        if (changed.changes.has(Change::Focus))
+            if (TopView* top = topOf(isTopLevel(state) ? state.window : state.parent))
+                top->followFocus();
         if (changed.changes.has(Change::Foreground))
             if (TopView* top = topOf(changed.window))
                 top->comeToFront();
         return;
     }
-    if (isTopLevel(state))
-        build(state);
-    else if (TopView* top = topOf(state.parent))
-        addControl(*top, state);
+    if (!isTopLevel(state)) {
+        if (TopView* top = topOf(state.parent))
+            addControl(*top, state);
+    } else if (!state.parent || isAlive(state.parent)) {
+        build(state);  // with a dead owner it goes as well, as soon as its thread gets to it
+    }
 }
 
 void Screen::applyGlobal(Changes changes)
@@ -199,12 +220,13 @@ void Screen::retire(HWND window)
         return;
     View* view = found->second;
     views_.erase(found);
-    if (const auto top = tops_.find(window); top != tops_.end()) {
-        tops_.erase(top);
-        // Its controls go with it, known to the core or not.
-        std::erase_if(views_, [view](const auto& each) {
-            return view->widget().isAncestorOf(&each.second->widget()) && !each.second->widget().isWindow();
-        });
+    if (tops_.erase(window) > 0) {
+        // All that belongs to its widget goes with it, known to the core or not: windows over it, controls in it.
+        const auto isOver = [view](const auto& top) { return belongsTo(top.second->widget(), view->widget()); };
+        for (auto over = std::ranges::find_if(tops_, isOver); over != tops_.end();
+             over = std::ranges::find_if(tops_, isOver))
+            retire(over->first);
+        std::erase_if(views_, [view](const auto& each) { return belongsTo(each.second->widget(), view->widget()); });
         if (window == main_)
             main_ = nullptr;
     } else {

@@ -16,6 +16,8 @@ public:
     // Its controls, in the order in which the core made them.
     virtual void addControl(View& control, const window::WindowState& state) = 0;
     virtual void removeControl(View& control) = 0;
+    // The keyboard has come to one of its controls or left one.
+    virtual void followFocus() {}
     virtual void followBands(HWND bands) { static_cast<void>(bands); }
 
     // The first time on the screen: laid out, over its owner.

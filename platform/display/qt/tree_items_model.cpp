@@ -14,15 +14,6 @@ namespace {
 
 using window::TreeItemState;
 
-// A line break in a name must not make a second line.
-QString onOneLine(QString text)
-{
-    for (QChar& character : text)
-        if (character < u' ')
-            character = QChar(static_cast<char16_t>(u'\u2400' + character.unicode()));
-    return text;
-}
-
 // The names of the pictures say what is marked; those of what can't be marked say nothing of the kind.
 std::optional<Qt::CheckState> markIn(const QString& picture)
 {
@@ -110,7 +101,7 @@ QVariant TreeItemsModel::data(const QModelIndex& index, int role) const
     const TreeItemState& state = read(nodeOf(index));
     switch (role) {
     case Qt::DisplayRole:
-        return onOneLine(toQt(state.text));
+        return toQtLine(state.text);
     case Qt::DecorationRole:
         return icon(state.image);
     case Qt::AccessibleDescriptionRole:

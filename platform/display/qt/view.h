@@ -49,6 +49,16 @@ private:
     return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+// For a row: a line break in a name must not make a second line.
+[[nodiscard]] inline QString toQtLine(const std::u16string& text)
+{
+    QString line = toQt(text);
+    for (QChar& character : line)
+        if (character < u' ')
+            character = QChar(static_cast<char16_t>(u'\u2400' + character.unicode()));
+    return line;
+}
+
 [[nodiscard]] inline std::u16string fromQt(const QString& text)
 {
     return text.toStdU16String();
