@@ -25,16 +25,23 @@ HANDLE OpenTarget(const WCHAR* path)
     return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
 }
 
-// A full card cuts the target short. That is not looked at here: who needs to know asks StreamIsWhole.
-void Write(HANDLE file, const void* bytes, DWORD count)
+// What is written of a target. A write that fails cuts it short: were what follows written all the same, a target could
+// lack bytes in its middle and look whole. That it is short is not told here: who needs to know asks StreamIsWhole.
+struct Target {
+    HANDLE file;
+    bool cut;
+};
+
+void Write(Target& target, const void* bytes, DWORD count)
 {
     DWORD written = 0;
-    (void)WriteFile(file, bytes, count, &written, nullptr);
+    if (!target.cut)
+        target.cut = !WriteFile(target.file, bytes, count, &written, nullptr) || written != count;
 }
 
 // Small pieces of a stream on their way to its file, so that a small stream costs one write.
 struct StreamWriter {
-    HANDLE target;
+    Target target;
     DWORD waiting;
     BYTE bytes[8192];
 };
@@ -103,7 +110,7 @@ BOOL PackBlocks(HANDLE file, StreamWriter& writer)
 BOOL PackAll(HANDLE source, HANDLE target)
 {
     StreamWriter writer;
-    writer.target = target;
+    writer.target = {target, false};
     writer.waiting = 0;
     Put(writer, StreamMagic, StreamMagicBytes);
     const BOOL result = PackBlocks(source, writer);
@@ -137,8 +144,9 @@ HANDLE OpenTargetWithFolders(const WCHAR* path)
 
 // The stream ends where the file ends: the closing block is one like any other, and one whose length counts too far is
 // taken as well if what is there unpacks.
-BOOL UnpackBlocks(StreamReader& reader, HANDLE target)
+BOOL UnpackBlocks(StreamReader& reader, HANDLE file)
 {
+    Target target = {file, false};
     bool more = true;
     bool readable = true;
     for (DWORD inFlight = 0;; inFlight--) {
