@@ -1,6 +1,7 @@
 // The host's main(): opens a device and starts the program on it.
 #include "command_line.h"
 #include "device.h"
+#include "trouble_sentences.h"
 
 #include "embedded_resources.h"
 #include "resource_file.h"
@@ -11,9 +12,12 @@
 #include "ce/window.h"
 #include "ce/winmain.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -21,9 +25,13 @@ using platform::device::CommandLine;
 
 constexpr int Failed = 1;
 constexpr int BadUsage = 2;
+constexpr int LeftOut = 4;  // 3 is the window's, where there is no display
 
-int tell(const std::string& sentence, int exitCode)
+// A name in it may hold anything, and must not steer a terminal.
+int tell(std::string sentence, int exitCode)
 {
+    std::ranges::replace_if(
+        sentence, [](unsigned char byte) { return byte < ' ' || byte == 0x7F; }, '?');
     std::cerr << "quillbox: " << sentence << '\n';
     return exitCode;
 }
@@ -32,6 +40,15 @@ void tellWarnings(const platform::device::OpenResult& opened)
 {
     for (const std::string& warning : opened.warnings)
         (void)tell(warning, 0);
+}
+
+// The run itself may have been silent about it.
+int tellLeftOut(int exitCode)
+{
+    const std::vector<std::string> sentences = platform::device::whatWasLeftOut();
+    for (const std::string& sentence : sentences)
+        (void)tell(sentence, exitCode);
+    return exitCode == 0 && !sentences.empty() ? LeftOut : exitCode;
 }
 
 int startProgram()
@@ -55,7 +72,9 @@ int runInWindow(const CommandLine& options)
         return tell(opened.error.sentence, Failed);
     tellWarnings(opened);
     const auto firstStart = platform::display::answerSecondStarts(options.device);
-    return platform::display::runWithWindow(startProgram);
+    const int exitCode = platform::display::runWithWindow(startProgram);
+    (void)tellLeftOut(exitCode);
+    return exitCode;
 }
 
 int runByScript(const CommandLine& options)
@@ -85,7 +104,7 @@ int runByScript(const CommandLine& options)
     if (options.transcript)
         run.transcript = transcriptFile.is_open() ? static_cast<std::ostream*>(&transcriptFile) : &std::cout;
     std::istream& script = scriptFile.is_open() ? static_cast<std::istream&>(scriptFile) : std::cin;
-    return platform::headless::runScript(startProgram, script, run);
+    return tellLeftOut(platform::headless::runScript(startProgram, script, run));
 }
 
 }  // namespace

@@ -52,6 +52,19 @@ std::u16string_view boundedPath(const WCHAR* path)
     return {path, length};
 }
 
+std::u16string devicePathOf(const HostPlace& place)
+{
+    std::u16string path;
+    if (!place.mount->name().empty())
+        path = u'\\' + place.mount->name();
+    for (std::size_t start = 0; start < place.path.size();) {
+        const std::size_t end = std::min(place.path.find('/', start), place.path.size());
+        path += u'\\' + text::toDeviceName(std::string_view(place.path).substr(start, end - start));
+        start = end + 1;
+    }
+    return path.empty() ? u"\\" : path;
+}
+
 HostPlace resolvePath(std::u16string_view devicePath)
 {
     if (devicePath.size() >= MAX_PATH)

@@ -27,6 +27,9 @@ struct HostPlace {
 // One trailing backslash is kept apart; more are an empty name.
 [[nodiscard]] HostPlace resolvePath(std::u16string_view devicePath);
 
+// The path as the device names it, from its root on.
+[[nodiscard]] std::u16string devicePathOf(const HostPlace& place);
+
 // The length of a path given by a caller: at most MAX_PATH are looked at.
 [[nodiscard]] std::u16string_view boundedPath(const WCHAR* path);
 

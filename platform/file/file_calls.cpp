@@ -4,6 +4,7 @@
 #include "entries.h"
 #include "folder_search.h"
 #include "opening.h"
+#include "troubles.h"
 
 #include "ce/error.h"
 
@@ -23,6 +24,19 @@ BOOL succeedUnless(DWORD error)
     return error == 0 ? TRUE : fail(error);
 }
 
+BOOL succeedUnless(DWORD error, Trouble kind, const OpenFile& file)
+{
+    if (error != 0)
+        noteTrouble(kind, file.path(), error);
+    return succeedUnless(error);
+}
+
+std::u16string_view folderOf(std::u16string_view pattern)
+{
+    const std::size_t end = pattern.rfind(u'\\');
+    return end == 0 || end == std::u16string_view::npos ? u"\\" : pattern.substr(0, end);
+}
+
 std::shared_ptr<OpenFile> findOpenFile(HANDLE file)
 {
     return kernel::findHandle<OpenFile>(file);
@@ -35,6 +49,8 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void*, DW
     const Sharing sharing{access & (GENERIC_READ | GENERIC_WRITE), share & (FILE_SHARE_READ | FILE_SHARE_WRITE)};
     Opened opened = openFile(resolvePath(boundedPath(path)), sharing, creation);
     if (opened.error != 0) {
+        noteTrouble((access & GENERIC_WRITE) != 0 ? Trouble::Writing : Trouble::Reading, boundedPath(path),
+                    opened.error);
         SetLastError(opened.error);
         return INVALID_HANDLE_VALUE;
     }
@@ -55,7 +71,7 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void*)
         return fail(ERROR_INVALID_HANDLE);
     const ReadResult result = open->read({static_cast<std::byte*>(buffer), bytes});
     *bytesRead = static_cast<DWORD>(result.bytes);
-    return succeedUnless(result.error);
+    return succeedUnless(result.error, Trouble::Reading, *open);
 }
 
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void*)
@@ -70,7 +86,7 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten,
         return fail(ERROR_INVALID_HANDLE);
     const Written written = open->write({static_cast<const std::byte*>(bytes), count});
     *bytesWritten = static_cast<DWORD>(written.bytes);  // a full card still takes the bytes that fit
-    return succeedUnless(written.error);
+    return succeedUnless(written.error, Trouble::Writing, *open);
 }
 
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method)
@@ -102,13 +118,13 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
 BOOL SetEndOfFile(HANDLE file)
 {
     const auto open = findOpenFile(file);
-    return open ? succeedUnless(open->endHere()) : fail(ERROR_INVALID_HANDLE);
+    return open ? succeedUnless(open->endHere(), Trouble::Writing, *open) : fail(ERROR_INVALID_HANDLE);
 }
 
 BOOL FlushFileBuffers(HANDLE file)
 {
     const auto open = findOpenFile(file);
-    return open ? succeedUnless(open->flush()) : fail(ERROR_INVALID_HANDLE);
+    return open ? succeedUnless(open->flush(), Trouble::Writing, *open) : fail(ERROR_INVALID_HANDLE);
 }
 
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information)
@@ -146,6 +162,7 @@ HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found)
         error = begun.search->next(*found);
     if (error == 0)
         return kernel::addHandle(std::move(begun.search));
+    noteTrouble(Trouble::Reading, folderOf(boundedPath(pattern)), error);
     SetLastError(error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error);
     return INVALID_HANDLE_VALUE;
 }
@@ -155,7 +172,11 @@ BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found)
     const auto open = kernel::findHandle<FolderSearch>(search);
     if (!open)
         return fail(ERROR_INVALID_HANDLE);
-    return found ? succeedUnless(open->next(*found)) : fail(ERROR_INVALID_PARAMETER);
+    if (!found)
+        return fail(ERROR_INVALID_PARAMETER);
+    const DWORD error = open->next(*found);
+    noteTrouble(Trouble::Reading, open->path(), error);
+    return succeedUnless(error);
 }
 
 BOOL FindClose(HANDLE search)

@@ -37,7 +37,7 @@ bool isPattern(std::u16string_view text)
 
 FolderSearch::FolderSearch(const HostPlace& folder, Descriptor opened, std::u16string pattern)
     : table_(OpenFiles::instance()), mount_(folder.mount), isRoot_(folder.isMount() && mount_->name().empty()),
-      pattern_(std::move(pattern)), reader_(std::move(opened))
+      path_(devicePathOf(folder)), pattern_(std::move(pattern)), reader_(std::move(opened))
 {
 }
 

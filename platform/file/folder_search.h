@@ -21,6 +21,9 @@ public:
 
     [[nodiscard]] bool takesCloseHandle() const override { return false; }
 
+    // As the device names the folder.
+    [[nodiscard]] const std::u16string& path() const { return path_; }
+
     // 0 with the next entry, ERROR_NO_MORE_FILES, or the error of the host's folder.
     [[nodiscard]] DWORD next(WIN32_FIND_DATAW& found);
 
@@ -32,6 +35,7 @@ private:
     const std::shared_ptr<OpenFiles> table_;
     const std::shared_ptr<MountedFolder> mount_;
     const bool isRoot_;
+    const std::u16string path_;
     const std::u16string pattern_;
     FolderReader reader_;
     std::size_t mountsSeen_ = 0;

@@ -3,6 +3,7 @@
 
 #include "attributes.h"
 #include "host_error.h"
+#include "troubles.h"
 
 #include <fcntl.h>
 
@@ -36,7 +37,10 @@ DWORD OpenFile::close()
     if (!mayWrite())
         return 0;
     const std::lock_guard lock(file_->mutex());
-    return file_->release(descriptor_.number());
+    const DWORD error = file_->release(descriptor_.number());
+    if (error != 0)
+        noteTrouble(Trouble::Writing, path(), error);
+    return error;
 }
 
 ReadResult OpenFile::read(std::span<std::byte> out)

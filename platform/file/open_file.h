@@ -27,6 +27,8 @@ public:
 
     [[nodiscard]] DWORD close() override;
 
+    [[nodiscard]] std::u16string path() const { return devicePathOf(hostPlace_); }
+
     [[nodiscard]] ReadResult read(std::span<std::byte> out);
     [[nodiscard]] Written write(std::span<const std::byte> bytes);
 

@@ -11,8 +11,8 @@ ONE = [[item(1, TEXT, "first")], [item(1, TEXT, "second")]]
 
 
 class LeftoversTest(ContentsTest):
-    def back_up(self):
-        done = self.quillbox(options_script(log=True) + BACKUP.format(storage="\\Card"))
+    def back_up(self, code=0):
+        done = self.quillbox(options_script(log=True) + BACKUP.format(storage="\\Card"), code=code)
         self.assertEqual(shown(done.transcript, "box"), [])
         return [path.read_text() for path in (self.card / "QUILBOX").glob("*.LOG")]
 
@@ -48,7 +48,7 @@ class LeftoversTest(ContentsTest):
     def test_a_file_that_is_not_the_runs_is_not_stored_as_the_registry(self):
         mine = self.write("TMVRegFile.QBR", b"mine")
         mine.chmod(0o444)
-        self.back_up()
+        self.back_up(code=4)
         self.assertEqual(mine.read_bytes(), b"mine")
         self.assertNotIn("registry", self.set_tool("list", self.card / "QUILBOX" / "QLBX0001.QLT"))
 

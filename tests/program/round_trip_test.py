@@ -91,7 +91,8 @@ class RoundTripTest(ContentsTest):
         self.write("folder/kept", b"kept")
         outside = {path: path.write_bytes(b"mine") for path in (self.device / "x.CDB", self.base / "x.CDB")}
         before = self.databases()
-        self.quillbox(options_script(log=True) + BACKUP.format(storage="\\Card"))
+        told = self.quillbox(options_script(log=True) + BACKUP.format(storage="\\Card"), code=4).stderr
+        self.assertIn("no file can have that name", told)
         log = (self.card / "QUILBOX" / "BACKUP0001.LOG").read_text()
         _, entries = independent_set.read_list((self.card / "QUILBOX" / "QLBX0001.QLT").read_bytes())
         stored = [name for kind, name, _, _ in entries if kind == 2]
@@ -104,7 +105,7 @@ class RoundTripTest(ContentsTest):
         write_set(self.card, [*(database(name, [[item(1, TEXT, "hostile")]]) for name in paths), reachable])
         for path in self.card.glob("QUILBOX/*.LOG"):
             path.unlink()
-        self.quillbox('answer "Database:*" no\n' + RESTORE_DATABASES)
+        self.quillbox('answer "Database:*" no\n' + RESTORE_DATABASES, code=4)
         self.assertEqual(self.databases(), before)
         self.assertEqual({path: path.read_bytes() for path in outside}, {path: b"mine" for path in outside})
         self.assertEqual(self.content(), {b"folder/kept": b"kept"})

@@ -55,8 +55,9 @@ class TroubleTest(ProgramTest):
         before = self.content()
         card = self.base / "stick"
         card.mkdir()
-        self.quillbox(options_script(log=True, delete=True) + FULL_BACKUP.format(comment="", storage="\\Stick"), "--card",
-                      f"Stick={card},capacity=40000")
+        told = self.quillbox(options_script(log=True, delete=True) + FULL_BACKUP.format(comment="", storage="\\Stick"),
+                             "--card", f"Stick={card},capacity=40000", code=4).stderr
+        self.assertIn("the disk is full", told)
         left = self.content()
         self.assertTrue(0 < len(left) < 50, "some fitted, some didn't")
         self.assertLessEqual(sum(p.stat().st_size for p in card.rglob("*") if p.is_file()), 40_000)
