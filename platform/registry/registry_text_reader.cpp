@@ -66,6 +66,8 @@ public:
     {
         if (at_ == count_ && !refill())
             return std::nullopt;
+        if (count_ - at_ < sizeof(char16_t))
+            throw Fault{"the file ends in the middle of a character"};
         char16_t unit = 0;
         std::memcpy(&unit, &piece_[at_], sizeof(unit));
         return unit;
@@ -97,8 +99,6 @@ private:
         at_ = 0;
         count_ = source_(piece_);
         ended_ = count_ < piece_.size();
-        if (count_ % sizeof(char16_t) != 0)
-            throw Fault{"the file ends in the middle of a character"};
         return count_ > 0;
     }
 
@@ -167,7 +167,7 @@ void Reader::read()
 void Reader::readHeadline()
 {
     if (!units_.takeIf(ByteOrderMark))
-        throw Fault{"the file is no UTF-16 text with a byte order mark"};
+        throw Fault{"the file is no UTF-16 text with a byte order mark; save it as a version 5.00 file"};
     for (const char16_t expected : Headline)
         if (!units_.takeIf(expected))
             throw Fault{"the first line isn't that of a registry file"};

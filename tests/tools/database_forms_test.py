@@ -250,12 +250,45 @@ END:VCARD
     def test_a_birthday_moves_to_another_day_or_refuses_the_cards(self):
         cards = "".join(CARD % line for line in (
             "BDAY:1990-05-01T00:00:00Z", "BDAY:19900501T230000-1100", "BDAY;VALUE=TEXT:circa 1800", "BDAY;VALUE=text:19900501",
-            "BDAY:circa 1800", "BDAY:19851332", "BDAY:1990", "BDAY:--0501"))
+            "BDAY:circa 1800", "BDAY:19851332", "BDAY:1990", "BDAY:--0501", "BDAY;X-APPLE-OMIT-YEAR=1604:1604-02-29",
+            "BDAY;X-APPLE-OMIT-YEAR=1604:1990-05-01"))
         for zone in ("America/New_York", "Asia/Tokyo"):
             self.tool("database", "import", self.device, "-", "--form", "vcard", "--replace", given=cards, zone=zone)
-            self.assertEqual(self.said, "quillbox-device: 6 fields were left out: BDAY 6.\n")
+            self.assertEqual(self.said, "quillbox-device: 7 fields were left out: BDAY 7.\n")
             self.assertEqual([contact.get("Birthday") for contact in self.named("Contacts Database")],
-                             [ticks("1990-05-01"), ticks("1990-05-01T23:00")] + [None] * 6)
+                             [ticks("1990-05-01"), ticks("1990-05-01T23:00")] + [None] * 7 + [ticks("1990-05-01")])
+
+    def test_a_machine_takes_the_telephones_place(self):
+        for number, lines in (
+                ("2", "TEL;TYPE=HOME,FAX:1 TEL;TYPE=CELL:2"), ("2", "TEL;WORK;FAX:1 TEL;PAGER:3 TEL:2 TEL;CELL:4"),
+                ("2", 'TEL;TYPE="home,fax":1 TEL;TYPE=work:3 TEL;TYPE=home,voice:2'), ("2", "TEL;MODEM:1 TEL;HOME;FAX:2")):
+            with self.subTest(lines):
+                said = self.add("vcard", CARD % lines.replace(" ", "\n"))
+                self.assertEqual(self.named("Contacts Database")[0]["HomeTelephone"], number)
+                self.assertIn(f"TEL {lines.count('TEL') - 1}.", said)
+
+    def test_a_text_of_an_unknown_character_set_is_guessed_in_silence_or_refuses_cards_that_do_not_need_it(self):
+        said = self.add("vcard", b"""BEGIN:VCARD
+VERSION:2.1
+N;ENCODING=QUOTED-PRINTABLE:M=FCller;J=F6rg
+NOTE;QUOTED-PRINTABLE:Gr=C3=BC=C3=9Fe
+ORG;QUOTED-PRINTABLE:80 =80
+LABEL;ENCODING=QUOTED-PRINTABLE:Stra=DFe
+LABEL;CHARSET=KLINGON:x
+X-A;QUOTED-PRINTABLE:=4
+X-B:raw \xfc
+TEL:1
+TEL;QUOTED-PRINTABLE:=81
+AGENT:
+BEGIN:VCARD
+N:\xfc
+END:VCARD
+END:VCARD
+""")
+        self.assertEqual(self.named("Contacts Database"), [
+            {"LastName": "Müller", "FirstName": "Jörg", "Company": "80 €", "HomeTelephone": "1", "Notes": "Grüße"}])
+        self.assertEqual(said, "quillbox-device: 6 fields were left out: LABEL 2, TEL 1, VCARD 1, X-A 1, X-B 1.\n"
+                         "quillbox-device: 2 fields name no character set and were read as Windows-1252: N 1, ORG 1.\n")
 
     def test_texts_of_older_cards_lose_or_gain_characters(self):
         self.add("vcard", r"""BEGIN:VCARD
@@ -301,6 +334,9 @@ END:VCARD
             event("SUMMARY:too much", "DTSTART:20250701T080000", "RRULE:FREQ=WEEKLY;COUNT=5", "EXDATE:20250708T080000"),
             event("SUMMARY:monthly", "DTSTART:20250701T080000", "RRULE:FREQ=MONTHLY", "BEGIN:VALARM", "TRIGGER:PT5M", "END:VALARM",
                   "BEGIN:VALARM", "ACTION:DISPLAY", "TRIGGER:-P1DT1H", "END:VALARM"),
+            event("SUMMARY:gaps", "DTSTART:20250701T080000", "RRULE:FREQ=DAILY", "EXDATE:20250708T080000"),
+            event("SUMMARY:off", "DTSTART:20250701T080000", "STATUS:cancelled"),
+            event("SUMMARY:gaps", "RECURRENCE-ID:20250709T080000", "DTSTART:20250709T100000"),
             event("SUMMARY:at", "DTSTART:20250701T080000", "BEGIN:VALARM", "TRIGGER;VALUE=DATE-TIME:20250701T055000Z", "END:VALARM"),
         )) + """BEGIN:VTODO
 SUMMARY:done
@@ -318,6 +354,10 @@ CATEGORIES:a
 CATEGORIES:b,c
 DESCRIPTION:text
 END:VTODO
+BEGIN:VTODO
+SUMMARY:off
+STATUS:CANCELLED
+END:VTODO
 BEGIN:VJOURNAL
 END:VJOURNAL
 END:VCALENDAR
@@ -332,12 +372,14 @@ END:VCALENDAR
             {"Subject": "days", "Start": ticks("2025-07-01"), **nothing, "Minutes": 4320, "RepetitionDays": 365},
             {"Subject": "too much", "Start": eight, **nothing},
             {"Subject": "monthly", "Start": eight, **nothing, "ReminderMinutes": 1500},
+            {"Subject": "gaps", "Start": eight, **nothing, "RepetitionDays": 1},
             {"Subject": "at", "Start": eight, **nothing, "ReminderMinutes": 10}])
         self.assertEqual(self.named("Tasks Database"), [
             {"Subject": "done", "Due": ticks("2025-07-01"), "Priority": 1, "Done": 1},
             {"Subject": "begun", "Categories": "a;b;c", "Due": ticks("2025-07-01T10:00"), "Done": 0, "Notes": "text"}])
-        self.assertEqual(said, "quillbox-device: 8 fields were left out: COMPLETED 1, EXDATE 1, RRULE 2, STATUS 1, TZID 1, "
-                         "VALARM 1, VJOURNAL 1.\n")
+        self.assertEqual(said, "quillbox-device: 12 fields were left out: COMPLETED 1, EXDATE 1, "
+                         "EXDATE (exception to a repetition) 1, RRULE 2, STATUS 1, TZID 1, VALARM 1, "
+                         "VEVENT (cancelled) 1, VEVENT (exception to a repetition) 1, VJOURNAL 1, VTODO (cancelled) 1.\n")
 
     def test_what_separates_the_cells_is_taken_out_of_a_quoted_heading(self):
         for head, row in (('"Foo;x",LastName', ",a"), ('"Foo,\tx";LastName', ";a"), ('"Foo\n"";x",LastName', ",a"),
@@ -373,7 +415,10 @@ class RefusedFilesTest(FormsTest):
                 ("vcard", good + CARD % "NOTE:a\rb", 9), ("vcard", good + CARD % "NOTE:a\0b", 9),
                 ("vcard", (good + CARD % "NOTE:x\udcff").encode("utf-8", "surrogateescape"), 9),
                 ("vcard", good + CARD % "NOTE;CHARSET=KLINGON:x", 9), ("vcard", good + CARD % "NOTE;QUOTED-PRINTABLE:=4", 9),
-                ("vcard", good + CARD % "NOTE;QUOTED-PRINTABLE:=00", 9), ("vcard", good + "BEGIN:VCARD\n" * 100_000, 14),
+                ("vcard", good + CARD % "NOTE;QUOTED-PRINTABLE:=00", 9),
+                ("vcard", good + CARD % "CATEGORIES;QUOTED-PRINTABLE;CHARSET=UTF-8:=FC", 9), ("vcard", good + CARD % "X-QUILLBOX-WITHOUT;QUOTED-PRINTABLE:=4", 9),
+                ("ical", EVENT % "BEGIN:VALARM\nTRIGGER;QUOTED-PRINTABLE:=4\nEND:VALARM", 5), ("ical", EVENT % "STATUS:CANCELLED", 6),
+                ("vcard", good + "BEGIN:VCARD\n" * 100_000, 14),
                 ("vcard", good + CARD % "END:VEVENT", 9), ("vcard", good + CARD % ("NOTE" + ";a=b" * 300_000 + ":x"), 9), ("vcard", good + CARD % ("A:\n" * 300_000), 6),
                 ("vcard", good + CARD % (("A" + ";a=b" * 255 + ":\n") * 1100), 6),
                 ("vcard", good + CARD % "X-QUILLBOX-PROPERTY;ID=00370040:x", 9),
@@ -396,6 +441,14 @@ class RefusedFilesTest(FormsTest):
                 said = self.refused(form, content, "--name", "New")
                 if line:
                     self.assertIn(f'"-", line {line}: ', said)
+
+    def test_a_refusal_does_not_tell_how_the_file_would_be_taken(self):
+        for mark in ("utf-16-le", "utf-16-be"):
+            for form, text in (("vcard", CARD % ""), ("ical", EVENT % ""), ("csv", "LastName\na\n"), ("jsonl", lines(TASKS, []))):
+                self.assertIn('"-": the file is UTF-16; save it as UTF-8.', self.refused(form, ("\ufeff" + text).encode(mark), "--name", "New"))
+        self.assertIn("quoted-printable is neither UTF-8 nor Windows-1252, and no CHARSET",
+                      self.refused("vcard", CARD % "NOTE;QUOTED-PRINTABLE:=81", "--name", "New"))
+        self.assertIn("save the file as UTF-8", self.refused("vcard", CARD.encode() % b"NOTE:\xfc", "--name", "New"))
 
     def test_a_huge_file_takes_the_memory_that_it_likes(self):
         big = self.folder / "big"

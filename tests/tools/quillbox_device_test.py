@@ -59,7 +59,8 @@ class DeviceToolTest(unittest.TestCase):
     def test_databases_come_back_as_they_were_put_in(self):
         second = lines({"database": "Пустая", "type": 4294967295, "sort": [{"property": 0, "flags": 0}]}, [])
         made = self.file("in.jsonl", lines() + second)
-        self.run_tool("database", "import", self.device, made)
+        self.assertEqual(self.run_tool("database", "import", self.device, made),
+                         "All kinds: made, 303 records added\nПустая: made, 0 records added\n")
         self.assertEqual(self.run_tool("database", "list", self.device),
                          "database All kinds: type 7, 303 records\ndatabase Пустая: type 4294967295, 0 records\n")
         out = self.folder / "out.jsonl"
@@ -125,7 +126,10 @@ class DeviceToolTest(unittest.TestCase):
             with self.subTest(name):
                 said = self.run_tool("registry", "import", self.device, self.file(name, REGISTRY + body, "utf-16-le"), code=1)
                 self.assertIn(f'{name}", line {line}: ', said)
-        self.run_tool("registry", "import", self.device, self.file("8 bit", REGISTRY[1:] + "[HKEY_USERS]\n"), code=1)
+        for text in ("REGEDIT4\n", REGISTRY[1:], REGISTRY):  # in 8 bits, with and without a mark, of odd and even size
+            for end in ("", "\n"):
+                said = self.run_tool("registry", "import", self.device, self.file("8 bit", text + "[HKEY_USERS]\n" + end), code=1)
+                self.assertIn("line 1: the file is no UTF-16 text with a byte order mark; save it as a version 5.00 file", said)
         self.assertEqual(self.everything(), before)
 
         other = self.folder / "other"
@@ -155,6 +159,13 @@ class DeviceToolTest(unittest.TestCase):
         self.run_tool("card", "remove", self.device, "Stick", code=1)
         self.assertEqual(self.run_tool("card", "list", self.device), "")
         self.assertEqual((stick / "a").read_text(), "abc")
+
+    def test_an_import_that_empties_a_database_says_nothing_of_it(self):
+        def imported(text, *more):
+            return self.run_tool("database", "import", self.device, "-", "--form", "csv", "--name", "people", *more, given=text)
+        self.run_tool("database", "import", self.device, "-", given=lines({"database": "People", "type": 24, "sort": []}, RECORDS[:3]))
+        self.assertEqual(imported("LastName\na\n", "--add"), "People: 1 record added\n")
+        self.assertEqual(imported("LastName,Town\n", "--replace"), "People: 4 records replaced by 0\n")
 
     def test_only_a_device_is_opened_and_only_an_empty_folder_becomes_one(self):
         other = self.folder / "other"

@@ -104,11 +104,13 @@ class GoodSetTest(ToolTest):
         image, registry = len(image_bytes("Contacts")), len(registry_bytes({}))
         lines = self.run_tool("list", path, "--sizes").text.splitlines()
         self.assertEqual(lines[0], "Hi")
-        self.assertEqual([line.split()[:1] + line.split()[2:] for line in lines[2:]],
-                         [["file", "1000", "\\a"], ["database", str(image), "Contacts"], ["registry", str(registry)]])
+        self.assertEqual(lines[2].split(), ["Kind", "Packed", "bytes", "Bytes", "Name"])
+        self.assertEqual([line.split()[:1] + line.split()[2:] for line in lines[3:]],
+                         [["file", "1000", "\\a"], ["database", str(image), "Contacts"], ["registry", str(registry), "registry"]])
         told = json.loads(self.run_tool("list", path, "--json", "--sizes").text)
         self.assertEqual(told["comment"], "Hi")
-        self.assertEqual([item["bytes"] for item in told["items"]], [1000, image, registry])
+        self.assertEqual([(item["name"], item["bytes"]) for item in told["items"]],
+                         [("\\a", 1000), ("Contacts", image), ("registry", registry)])
         self.assertEqual(json.loads(self.run_tool("verify", path, "--json").text),
                          {"faults": [], "warnings": 0, "items": 3, "sound": True})
 
@@ -158,12 +160,71 @@ class GoodSetTest(ToolTest):
         killed("--force")
         self.assertEqual(target.read_bytes(), b"old")
 
+    def test_names_in_small_letters_hide_a_set_or_a_file_of_another_case_passes_for_its_data(self):
+        path = Set().add(FILE, "\\a", b"1").write(self.folder)
+        for lists, data, named in (("qlbx0001.qlt", "qlbx0001.qdt", "QLBX0001"), ("qlbx0001.qlt", "qlbx0001.qdt", "qlbx0001.QDT"),
+                                   ("Qlbx0001.qlt", "QLBX0001.QDT", "qlbx0001.qlt"), ("QLBX0001.QLT", "qlbx0001.qdt", "QLBX0001.qlt")):
+            place = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+            (place / lists).write_bytes(path.read_bytes())
+            (place / data).write_bytes(path.with_suffix(".QDT").read_bytes())
+            self.assertEqual(self.run_tool("verify", place / named).text, "Sound: 1 item.\n", (lists, data, named))
+        for name in ("QLBX0001", "qlbx0001.QLT"):  # both are there now, each with its own
+            for made in ("QLBX0001.QLT", "qlbx0001.qlt", "QLBX0001.QDT", "qlbx0001.qdt"):
+                source = path if made.lower().endswith("qlt") else path.with_suffix(".QDT")
+                (place / made).write_bytes(source.read_bytes() if made.isupper() == name.isupper() else b"none")
+            self.assertEqual(self.run_tool("verify", place / name).returncode, 0 if name.isupper() else 1)
+
+    def test_a_folder_is_taken_for_no_set_though_sets_lie_in_it(self):
+        inner = self.folder / "QUILBOX"
+        inner.mkdir()
+        path = Set().add(FILE, "\\a", b"1").write(inner)
+        other = inner / "qlbx0002.qlt"
+        other.write_bytes(bytes.fromhex("07000000") + "one\r\na\0".encode("utf-16-le"))
+        (inner / "QLBX0001.log").write_bytes(b"")
+        for folder in (self.folder, inner, f"{inner}/"):
+            done = self.run_tool("list", folder)
+            self.assertEqual((done.returncode, done.text), (0, f"{path}  Hi\n{other}  one\n"))
+            for command in (["verify", folder], ["extract", folder, self.folder / "out"]):
+                done = self.run_tool(*command)
+                self.assertEqual(done.returncode, 2)
+                self.assertIn("QUILBOX is a folder; name one of its sets: QLBX0001.QLT, qlbx0002.qlt\n".encode(),
+                              done.stderr.replace(b"QUILBOX/ ", b"QUILBOX "))
+        self.assertEqual(json.loads(self.run_tool("list", inner, "--json").text),
+                         {"sets": [{"list": str(path), "comment": "Hi"}, {"list": str(other), "comment": "one"}], "count": 2})
+        self.assertFalse((self.folder / "out").exists())
+
+    def test_nothing_that_could_be_unpacked_becomes_an_empty_file(self):
+        damaged = Set().add(FILE, "\\empty", b"").add(FILE, "\\none", stream=b"")
+        damaged.add(FILE, "\\magic", stream=pack_stream(b"x")[:5]).add(FILE, "\\x", stream=pack_stream(b"x")[:-7])
+        damaged.add(DATABASE, "Tasks", image_bytes("Tasks", 26, [], [[(0x10003, 1)]])[:-1]).add(REGISTRY, "", b"")
+        for form in ([], ["--raw"]):
+            out = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
+            done = self.run_tool("extract", "--keep-damaged", *form, damaged.write(self.folder), out)
+            self.assertEqual(done.returncode, 1)
+            self.assertEqual({p.name: p.stat().st_size > 0 for p in out.iterdir()},
+                             {"empty": False, "x": True} if not form else {"empty": False, "x": True, "Tasks.CDB": True, "registry.reg-image": False})
+
+    def test_an_empty_set_passes_for_a_backup(self):
+        path = Set().write(self.folder)
+        done = self.run_tool("verify", path)
+        self.assertEqual((done.returncode, done.text), (0, "warning: the set is empty\nSound: 0 items, 1 warning.\n"))
+        self.assertEqual(json.loads(self.run_tool("verify", path, "--json").text)["faults"],
+                         [{"reason": "the set is empty", "warning": True}])
+
+    def test_the_registry_has_another_name_in_each_command(self):
+        path = Set().add(REGISTRY, "Tasks Database", stream=b"").write(self.folder)
+        self.assertIn("item 1, registry: no stream", self.run_tool("verify", path).text)
+        self.assertIn("\nregistry: no stream", "\n" + self.run_tool("extract", path, self.folder / "out", "registry").text)
+        self.assertEqual(self.run_tool("list", path).text.splitlines()[-1].split(), ["registry", "0", "registry"])
+        self.assertEqual(json.loads(self.run_tool("verify", path, "--json").text)["faults"][0]["name"], "registry")
+
     def test_usage_and_missing_files_give_2(self):
         self.assertEqual(self.run_tool().returncode, 2)
         self.assertEqual(self.run_tool("verify").returncode, 2)
         self.assertEqual(self.run_tool("list", self.folder / "none").returncode, 2)
         self.assertEqual(self.run_tool("extract", self.folder / "none", self.folder / "out").returncode, 2)
         self.assertFalse((self.folder / "out").exists())
+        self.assertIn(b"there is no set in the folder", self.run_tool("list", self.folder).stderr)
         self.assertEqual(self.run_tool("list", self.folder).returncode, 2)
         self.assertEqual(self.run_tool("--help").returncode, 0)
         self.assertIn(b"quillbox-set ", self.run_tool("--version").stdout)

@@ -111,8 +111,10 @@ USHORT takeReminder(const Component& event, ComponentFields& fields, const Calen
     for (const Component& part : event.parts) {
         std::optional<USHORT> minutes;
         for (const ContentLine& line : part.lines)
-            if (part.name == "VALARM" && line.name == "TRIGGER" && !reminder && !minutes)
+            if (part.name == "VALARM" && line.name == "TRIGGER" && !reminder && !minutes) {
+                demandText(line);
                 minutes = minutesBefore(line, start, fields);
+            }
         if (minutes)
             reminder = minutes;
         else
@@ -127,9 +129,13 @@ ULONG takeRepetition(ComponentFields& fields, const CalendarTime* start)
     if (rule == nullptr)
         return 0;
     const auto days = start != nullptr ? repetitionFrom(rule->value, start->said) : std::nullopt;
-    if (!days)
+    if (!days) {
         fields.leaveOut("RRULE");
-    return days.value_or(0);
+        return 0;
+    }
+    for (const std::string_view exception : {"EXDATE", "EXRULE"})
+        fields.leaveOut(exception, std::string(exception) + " (exception to a repetition)");
+    return *days;
 }
 
 std::optional<CalendarTime> takeTime(ComponentFields& fields, std::string_view name)

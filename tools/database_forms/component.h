@@ -28,7 +28,8 @@ public:
     // A component named `container` is only an envelope: those within are given one by one, its own lines are not.
     ComponentReader(LineReader& lines, std::string_view container) : lines_(lines), container_(container) {}
 
-    // Nothing at the end. Folded lines are put together, quoted-printable and other character sets than UTF-8 decoded.
+    // Nothing at the end. Folded lines are put together, quoted-printable and other character sets than UTF-8 decoded;
+    // a line where that fails has a fault, and nobody is hindered who doesn't want it.
     // Throws a FormFault, also for one that is nested too deep, or larger than a record can be.
     [[nodiscard]] std::optional<Component> next();
 

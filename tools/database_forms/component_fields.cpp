@@ -35,20 +35,27 @@ std::string withSemicolons(std::string_view categories)
 
 }  // namespace
 
-const ContentLine* ComponentFields::take(std::string_view name, std::string_view type)
+const ContentLine* ComponentFields::take(std::string_view name, std::string_view type,
+                                         std::span<const std::string_view> last)
 {
+    const auto rank = [&](const ContentLine& line) {
+        const bool isLast = std::ranges::any_of(last, [&](std::string_view late) { return line.hasType(late); });
+        return (isLast ? 0 : 2) + (!type.empty() && line.hasType(type) ? 1 : 0);
+    };
     const ContentLine* best = nullptr;
     std::size_t there = 0;
     for (const ContentLine& line : component_.lines) {
         if (line.name != name || isEmpty(line))
             continue;
         ++there;
-        if (best == nullptr || (!type.empty() && line.hasType(type) && !best->hasType(type)))
+        if (best == nullptr || rank(line) > rank(*best))
             best = &line;
     }
     for (; there > 1; --there)
         leftOut_.add(name);
     taken_.emplace_back(name);
+    if (best != nullptr)
+        use(*best);
     return best;
 }
 
@@ -62,8 +69,10 @@ void ComponentFields::takeCategories(Record& record)
 {
     std::string categories;
     for (const ContentLine& line : component_.lines)
-        if (line.name == "CATEGORIES" && !isEmpty(line))
+        if (line.name == "CATEGORIES" && !isEmpty(line)) {
+            use(line);
             categories += (categories.empty() ? "" : ";") + withSemicolons(line.value);
+        }
     taken_.emplace_back("CATEGORIES");
     if (!categories.empty())
         record.addText(personal::Categories, 0, validText(categories));
@@ -75,6 +84,14 @@ void ComponentFields::takeNotes(Record& record, std::string_view name)
         record.addBlob(personal::Notes, 0, unescaped(line->value));
 }
 
+void ComponentFields::leaveOut(std::string_view name, std::string_view told)
+{
+    for (const ContentLine& line : component_.lines)
+        if (line.name == name && !isEmpty(line))
+            leftOut_.add(told);
+    taken_.emplace_back(name);
+}
+
 void ComponentFields::leaveRest(std::span<const std::string_view> silent)
 {
     for (const ContentLine& line : component_.lines)
@@ -82,6 +99,13 @@ void ComponentFields::leaveRest(std::span<const std::string_view> silent)
             std::ranges::find(taken_, line.name) == taken_.end() &&
             std::ranges::find(silent, line.name) == silent.end())
             leftOut_.add(line.name);
+}
+
+void ComponentFields::use(const ContentLine& line)
+{
+    demandText(line);
+    if (line.guessed)
+        leftOut_.addGuess(line.name);
 }
 
 const CEPROPVAL* propertyIn(std::span<const CEPROPVAL> properties, CEPROPID id)

@@ -18,9 +18,11 @@ class ComponentFields {
 public:
     ComponentFields(const Component& component, LeftOut& leftOut) : component_(component), leftOut_(leftOut) {}
 
-    // The line of that name: the first of a type, otherwise the first. Null if there is none, or only empty ones. Those
-    // of the name that aren't taken are left out.
-    [[nodiscard]] const ContentLine* take(std::string_view name, std::string_view type = {});
+    // The line of that name: the first of a type, otherwise the first; one of the types in `last` only if there is no
+    // other. Null if there is none, or only empty ones. Those of the name that aren't taken are left out. Throws a
+    // FormFault if the line's value can't be read.
+    [[nodiscard]] const ContentLine* take(std::string_view name, std::string_view type = {},
+                                          std::span<const std::string_view> last = {});
 
     // A text as a property, if the line is there.
     void takeText(Record& record, std::string_view name, CEPROPID id);
@@ -30,10 +32,14 @@ public:
     void takeNotes(Record& record, std::string_view name);
 
     void leaveOut(std::string_view name) { leftOut_.add(name); }
+    // All lines of a name, told in other words than it.
+    void leaveOut(std::string_view name, std::string_view told);
     // All lines whose name wasn't taken and isn't one of those that say nothing about the thing itself.
     void leaveRest(std::span<const std::string_view> silent);
 
 private:
+    void use(const ContentLine& line);
+
     const Component& component_;
     LeftOut& leftOut_;
     std::vector<std::string> taken_;

@@ -23,6 +23,9 @@ constexpr std::size_t FirstNamePart = 1;
 constexpr std::size_t TownPart = 3;
 constexpr std::size_t MostParts = 8;
 
+// Numbers that nobody answers who is called: they are the contact's telephone only if there is no other.
+constexpr std::string_view Machines[] = {"FAX", "PAGER", "MODEM", "BBS"};
+
 // Lines that say nothing of the contact itself.
 constexpr std::string_view Silent[] = {"VERSION", "PRODID", "REV", "UID"};
 
@@ -115,7 +118,9 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
 // alone, words, a day that no calendar has: that is no reason to refuse all the cards.
 std::optional<FILETIME> birthdayIn(const ContentLine& line)
 {
-    if (inCapitals(line.parameter("VALUE")) == "TEXT")
+    // A card that must name a year writes one that it tells to be none.
+    const std::string_view noYear = line.parameter("X-APPLE-OMIT-YEAR");
+    if (inCapitals(line.parameter("VALUE")) == "TEXT" || (!noYear.empty() && line.value.starts_with(noYear)))
         return std::nullopt;
     try {
         return fileTimeOf(momentFrom(line.value));
@@ -167,7 +172,7 @@ Record contactFrom(const Component& card, LeftOut& leftOut)
     addText(contact, Company, organisation.take(0));
     if (organisation.hasMore())
         fields.leaveOut("ORG");
-    if (const ContentLine* telephone = fields.take("TEL", "HOME"))
+    if (const ContentLine* telephone = fields.take("TEL", "HOME", Machines))
         addText(contact, HomeTelephone, withoutScheme(unescaped(telephone->value)));
     if (const ContentLine* mail = fields.take("EMAIL"))
         addText(contact, Mail, withoutScheme(unescaped(mail->value)));

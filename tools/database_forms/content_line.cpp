@@ -154,6 +154,15 @@ std::vector<std::string_view> partsOf(std::string_view value, char separator, st
     return parts;
 }
 
+void demandText(const ContentLine& line)
+{
+    if (line.fault.empty())
+        return;
+    FormFault fault(line.fault);
+    fault.line = line.number;
+    throw fault;
+}
+
 std::string inCapitals(std::string_view text)
 {
     std::string capitals(text);

@@ -20,6 +20,8 @@ struct ContentLine {
     std::vector<Parameter> parameters;
     std::string value;       // as it stands: its commas, semicolons, line ends escaped
     std::size_t number = 0;  // of the file's line where it begins
+    std::string fault = {};  // why the value can't be read as text; no matter to who doesn't want it
+    bool guessed = false;    // the value's character set was
 
     // The first parameter of that name; empty if there is none.
     [[nodiscard]] std::string_view parameter(std::string_view parameterName) const;
@@ -53,6 +55,9 @@ auto atLine(const ContentLine& line, Work work)
         throw;
     }
 }
+
+// Throws a FormFault for a line whose value can't be read.
+void demandText(const ContentLine& line);
 
 [[nodiscard]] std::string inCapitals(std::string_view text);
 

@@ -54,6 +54,8 @@ OurLines ourLinesOf(const Component& component)
 {
     OurLines ours;
     for (const ContentLine& line : component.lines) {
+        if (line.name.starts_with(ExactPrefix))
+            demandText(line);
         atLine(line, [&] {
             if (line.name == PropertyLine)
                 addProperty(ours.properties, line);

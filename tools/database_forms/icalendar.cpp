@@ -4,6 +4,7 @@
 
 #include "calendar_item.h"
 #include "component.h"
+#include "content_line.h"
 #include "exact_lines.h"
 #include "hex_digits.h"
 #include "value_text.h"
@@ -29,6 +30,19 @@ DatabaseHead appointmentsHead()
 DatabaseHead tasksHead()
 {
     return {personal::TasksName, personal::TasksType, {std::begin(personal::TasksSort), std::end(personal::TasksSort)}};
+}
+
+// An item that is no record of its own, in the words in which it is left out; empty for any other. One that was called
+// off isn't to come back, and one that stands for a single day of a repetition would stand beside that day.
+std::string noRecord(const Component& item)
+{
+    for (const ContentLine& line : item.lines)
+        if (line.name == "RECURRENCE-ID")
+            return item.name + " (exception to a repetition)";
+    for (const ContentLine& line : item.lines)
+        if (line.name == "STATUS" && inCapitals(line.value) == "CANCELLED")
+            return item.name + " (cancelled)";
+    return {};
 }
 
 // One that our lines take everything from is no record.
@@ -82,7 +96,10 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
     std::optional<std::size_t> appointments;
     std::optional<std::size_t> tasks;
     while (const auto item = items.next()) {
-        if (item->name == "VEVENT") {
+        const bool known = item->name == "VEVENT" || item->name == "VTODO";
+        if (const std::string told = known ? noRecord(*item) : ""; !told.empty()) {
+            leftOut.add(told);
+        } else if (item->name == "VEVENT") {
             if (!appointments)
                 appointments = target.begin(appointmentsHead());
             addItem(target, *appointments, exactRecord(*item, appointmentFrom, leftOut));
@@ -95,7 +112,8 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
         }
     }
     if (!appointments && !tasks)
-        throw FormFault("there is no appointment and no task in the file");
+        throw FormFault(leftOut.count() == 0 ? "there is no appointment and no task in the file"
+                                             : "the file holds nothing to take; " + leftOut.sentence());
 }
 
 }  // namespace database_forms

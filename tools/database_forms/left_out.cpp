@@ -21,7 +21,7 @@ std::string shownName(std::string_view name)
     return screen_text::onScreen(name.substr(0, LongestName));
 }
 
-void LeftOut::add(std::string_view name)
+void NameCount::add(std::string_view name)
 {
     ++count_;
     const std::string shown = shownName(name);
@@ -32,15 +32,28 @@ void LeftOut::add(std::string_view name)
         names_.emplace(shown, 1);
 }
 
-std::string LeftOut::sentence() const
+std::string NameCount::text() const
 {
-    std::string text = std::to_string(count_) + (count_ == 1 ? " field was left out: " : " fields were left out: ");
+    std::string text;
     std::size_t named = 0;
     for (const auto& [name, times] : names_) {
         text += (named == 0 ? "" : ", ") + name + " " + std::to_string(times);
         named += times;
     }
     return named == count_ ? text : text + ", others " + std::to_string(count_ - named);
+}
+
+std::string LeftOut::sentence() const
+{
+    return std::to_string(count()) + (count() == 1 ? " field was left out: " : " fields were left out: ") +
+           names_.text();
+}
+
+std::string LeftOut::guessSentence() const
+{
+    const char* const words = guesses() == 1 ? " field names no character set and was read as Windows-1252: "
+                                             : " fields name no character set and were read as Windows-1252: ";
+    return std::to_string(guesses()) + words + guesses_.text();
 }
 
 }  // namespace database_forms

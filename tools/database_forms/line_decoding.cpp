@@ -52,6 +52,37 @@ std::string toUtf8(std::string bytes, const std::string& characterSet)
     return utf8;
 }
 
+std::string fromWindows1252(const std::string& bytes)
+{
+    try {
+        return toUtf8(bytes, "WINDOWS-1252");
+    } catch (const FormFault&) {
+        throw FormFault(
+            "the line's quoted-printable is neither UTF-8 nor Windows-1252, and no CHARSET tells what it is");
+    }
+}
+
+// Quoted-printable without CHARSET is to be ASCII. What isn't comes from the desktops of its time, and nobody can
+// save such a file otherwise: it looks like ASCII.
+void bringToUtf8(ContentLine& line)
+{
+    const bool quoted = inCapitals(line.parameter("ENCODING")) == "QUOTED-PRINTABLE";
+    if (quoted)
+        line.value = fromQuotedPrintable(line.value);
+    const std::string characterSet(line.parameter("CHARSET"));
+    if (!characterSet.empty() && inCapitals(characterSet) != "UTF-8") {
+        line.value = toUtf8(line.value, characterSet);
+    } else if (quoted && characterSet.empty() && !isValidUtf8(line.value)) {
+        line.value = fromWindows1252(line.value);
+        line.guessed = true;
+    }
+    if (!isValidUtf8(line.value))
+        throw FormFault(quoted ? "the line's quoted-printable isn't of the CHARSET that it names"
+                               : "the line isn't UTF-8; save the file as UTF-8");
+    if (line.value.find('\0') != std::string::npos)
+        throw FormFault("the line has a NUL in it");
+}
+
 }  // namespace
 
 bool isQuotedPrintable(std::string_view line)
@@ -76,13 +107,11 @@ std::string withLaterEscapes(std::string_view value)
 
 void decode(ContentLine& line)
 {
-    if (inCapitals(line.parameter("ENCODING")) == "QUOTED-PRINTABLE")
-        line.value = fromQuotedPrintable(line.value);
-    const std::string characterSet(line.parameter("CHARSET"));
-    if (!characterSet.empty() && inCapitals(characterSet) != "UTF-8")
-        line.value = toUtf8(std::move(line.value), characterSet);
-    if (!isValidUtf8(line.value) || line.value.find('\0') != std::string::npos)
-        throw FormFault("the line isn't UTF-8, or has a NUL in it");
+    try {
+        bringToUtf8(line);
+    } catch (const FormFault& fault) {
+        line.fault = fault.what();
+    }
 }
 
 }  // namespace database_forms

@@ -8,7 +8,8 @@ namespace database_forms {
 // Of a line that isn't taken apart yet.
 [[nodiscard]] bool isQuotedPrintable(std::string_view line);
 
-// Makes the value UTF-8 by what the parameters tell. Throws a FormFault if it isn't that then.
+// Makes the value UTF-8 by what the parameters tell. Where that isn't possible the line says so in `fault`; where they
+// don't tell, in `guessed`.
 void decode(ContentLine& line);
 
 // A value of vCard 2.1, where a backslash escapes but ";", "," and itself, as the later versions write it.

@@ -10,7 +10,13 @@ namespace {
 
 constexpr std::size_t PieceBytes = 65536;
 
+void refuseUtf16(std::string_view begin)
+{
+    if (begin.starts_with("\xFF\xFE") || begin.starts_with("\xFE\xFF"))
+        throw FormFault("the file is UTF-16; save it as UTF-8");
 }
+
+}  // namespace
 
 bool LineReader::next(std::string& line, std::size_t longest)
 {
@@ -37,6 +43,8 @@ bool LineReader::fill()
     rest_ = {buffer_.data(), static_cast<std::size_t>(in_.gcount())};
     if (in_.bad())
         throw FormFault("the file can't be read further");
+    if (number_ == 0)
+        refuseUtf16(rest_);
     return !rest_.empty();
 }
 

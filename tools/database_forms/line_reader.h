@@ -14,7 +14,7 @@ public:
     explicit LineReader(std::istream& in) : in_(in) {}
 
     // Gives the next line without its LF; a CR before it stays. False at the end. Throws a FormFault for a line of
-    // more than `longest` bytes, and if the file can't be read.
+    // more than `longest` bytes, for a file in UTF-16, and if the file can't be read.
     [[nodiscard]] bool next(std::string& line, std::size_t longest);
 
     // Of the line that was read last, from 1.

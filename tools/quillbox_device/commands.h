@@ -41,7 +41,7 @@ void exportDatabases(const std::filesystem::path& device, const std::optional<st
 enum class Existing { Refused, Replaced, AddedTo };
 
 // Makes the databases of a file. `name` is that of the one that it makes; without one the file tells, or the form.
-// Prints what no database can hold on standard error.
+// Prints what became of each database, and on standard error what none can hold.
 void importDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
                      std::optional<Form> form, const std::string& file, Existing existing);
 

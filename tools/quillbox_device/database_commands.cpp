@@ -109,18 +109,23 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
     Input input(file);
     const auto opened = openExisting(device);
     database_forms::LeftOut leftOut;
+    std::string summary;
     changeAsAWhole(*opened, [&] {
         DatabaseImport import(name, existing, wanted == Form::JsonLines);
         try {
             database_forms::read(wanted, input.stream(), import, leftOut);
             import.finish();
+            summary = import.summary();
         } catch (const FormFault& fault) {
             const std::string line = fault.line != 0 ? ", line " + std::to_string(fault.line) : "";
             throw Failure("\"" + file + "\"" + line + ": " + fault.what() + ". Nothing was imported.");
         }
     });
+    std::cout << summary;
     if (leftOut.count() != 0)
         std::cerr << "quillbox-device: " << leftOut.sentence() << ".\n";
+    if (leftOut.guesses() != 0)
+        std::cerr << "quillbox-device: " << leftOut.guessSentence() << ".\n";
 }
 
 }  // namespace quillbox_device

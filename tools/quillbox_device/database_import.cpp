@@ -13,12 +13,14 @@ namespace quillbox_device {
 
 using database_forms::DatabaseHead;
 using database_forms::FormFault;
+using screen_text::counted;
+using screen_text::onScreen;
 
 namespace {
 
 std::string inQuotes(const std::u16string& name)
 {
-    return "\"" + screen_text::onScreen(name) + "\"";
+    return "\"" + onScreen(name) + "\"";
 }
 
 void check(const DatabaseHead& head)
@@ -79,14 +81,17 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
     if (old && !fileTellsHead_ && found.type != 0 && old->info.dwDbaseType != found.type)
         throw FormFault("the database " + inQuotes(head.name) + " is of type " + std::to_string(old->info.dwDbaseType) +
                         ", what the file holds of type " + std::to_string(found.type));
+    std::optional<std::uint64_t> replaced;
     CEOID oid = old ? old->oid : 0;
     if (old && existing_ == Existing::Replaced) {
         if (!fileTellsHead_)
             head = headOf(old->info);
         if (!CeDeleteDatabase(oid))
             throw FormFault("the database " + inQuotes(head.name) + " can't be deleted");
+        replaced = old->info.wNumRecords;
         oid = 0;
     }
+    imported_.push_back({oid != 0 ? std::u16string(old->info.szDbaseName) : head.name, !old, replaced, 0});
     if (oid == 0)
         made_.push_back(oid = made(std::move(head)));
     databases_.push_back(std::make_unique<OpenDatabase>(oid));
@@ -99,6 +104,7 @@ void DatabaseImport::add(std::size_t database, std::span<const CEPROPVAL> proper
                            properties.data()) == 0)
         throw FormFault(GetLastError() == ERROR_DISK_FULL ? "there is no room for the record, or for one more of them"
                                                           : "the record can't be stored");
+    ++imported_[database].added;
 }
 
 void DatabaseImport::finish()
@@ -108,6 +114,20 @@ void DatabaseImport::finish()
             throw FormFault("the records can't be stored");
         database.reset();
     }
+}
+
+std::string DatabaseImport::summary() const
+{
+    std::string lines;
+    for (const Imported& database : imported_) {
+        lines += onScreen(database.name) + ": ";
+        if (database.replaced)
+            lines += counted(*database.replaced, "record") + " replaced by " + std::to_string(database.added);
+        else
+            lines += (database.isNew ? "made, " : "") + counted(database.added, "record") + " added";
+        lines += "\n";
+    }
+    return lines;
 }
 
 // Which database is meant. A device may know its contacts by another name than ours.

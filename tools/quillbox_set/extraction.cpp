@@ -98,7 +98,7 @@ private:
     {
         bool any = wanted_.empty();
         for (Wanted& wanted : wanted_) {
-            if (matches(wanted.pattern, askedName(item)))
+            if (matches(wanted.pattern, item.shownName()))
                 any = wanted.found = true;
         }
         return any;
@@ -114,13 +114,12 @@ private:
             targets_.add(0, targetOf(item, options_.form));
         if (list_) {
             list_->add({{"kind", item.kindText()},
-                        {"name", platform::text::toUtf8(askedName(item))},
+                        {"name", platform::text::toUtf8(item.shownName())},
                         {"target", platform::text::toUtf8(targetOf(item, options_.form))},
                         {"bytes", bytes},
                         {"fault", fault.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(fault)}});
         } else {
-            std::printf("%-8s %s: %s\n", item.kindText().c_str(), onScreen(askedName(item)).c_str(),
-                        (fault.empty() ? counted(bytes, "byte") : fault).c_str());
+            std::printf("%s: %s\n", item.text().c_str(), (fault.empty() ? counted(bytes, "byte") : fault).c_str());
         }
     }
 
@@ -154,13 +153,14 @@ private:
     std::string extractDatabase(const std::u16string& path, const Item& item, std::optional<std::uint64_t>& bytes) const
     {
         const ImageReport image = checkImage(data_, item.entry);
-        if (!image.fault.empty() && (!options_.keepDamaged || !image.hasHead()))
+        const std::size_t records = image.hasHead() ? image.ends.size() - 1 : 0;
+        if (!image.fault.empty() && (!options_.keepDamaged || records == 0))
             return image.fault;
         if (std::string fault =
                 writeDatabaseText(data_, item.entry, image, {*options_.form, path, options_.force}, bytes);
             !fault.empty())
             return fault;
-        return image.fault.empty() ? "" : image.fault + "; " + counted(image.ends.size() - 1, "record") + " kept";
+        return image.fault.empty() ? "" : image.fault + "; " + counted(records, "record") + " kept";
     }
 
     // As it lies in the set. `damage` is what is known already.
@@ -175,7 +175,8 @@ private:
         if (fault == StreamFault::StoppedBySink)
             return errorText(target.error());
         std::string reason = fault == StreamFault::None ? damage : streamFaultText(fault);
-        if (!reason.empty() && !options_.keepDamaged)
+        // A file of no bytes would pass for one that always was.
+        if (!reason.empty() && (!options_.keepDamaged || target.bytes() == 0))
             return reason;
         if (target.moveTo(path, options_.force) != ERROR_SUCCESS)
             return errorText(target.error());

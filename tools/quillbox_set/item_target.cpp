@@ -50,11 +50,6 @@ bool leadsInto(std::u16string_view path, std::u16string_view folder)
     return path.substr(0, path.find(u'\\')) == folder;
 }
 
-std::u16string_view askedName(const Item& item)
-{
-    return item.isFile() || item.isDatabase() ? item.name() : u"registry";
-}
-
 // Goes back to the last * only, so a crafted name costs no more than the product of both lengths.
 bool matches(std::u16string_view pattern, std::u16string_view name)
 {

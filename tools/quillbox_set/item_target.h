@@ -19,9 +19,6 @@ namespace quillbox_set {
 // Whether `path` leads into this folder of the root.
 [[nodiscard]] bool leadsInto(std::u16string_view path, std::u16string_view folder);
 
-// How the item is asked for: its name, or "registry".
-[[nodiscard]] std::u16string_view askedName(const Item& item);
-
 // * stands for any characters, backslashes too, and ? for one; case counts.
 [[nodiscard]] bool matches(std::u16string_view pattern, std::u16string_view name);
 

@@ -2,6 +2,8 @@
 
 #include "listed_set.h"
 
+#include "screen_text.h"
+
 #include "ce/file.h"
 
 namespace quillbox_set {
@@ -13,6 +15,11 @@ std::string Item::kindText() const
     if (isDatabase())
         return "database";
     return isRegistry() ? "registry" : "kind " + std::to_string(entry.kind);
+}
+
+std::string Item::text() const
+{
+    return isRegistry() ? kindText() : kindText() + " " + screen_text::onScreen(name());
 }
 
 DWORD Item::packedBytes() const

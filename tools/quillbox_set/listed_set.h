@@ -14,12 +14,17 @@ struct Item {
     ListEntry entry;
 
     [[nodiscard]] std::u16string_view name() const { return entry.blob.name; }
+    // How it is shown and asked for: its name; "registry" for the registry, whose own means nothing.
+    [[nodiscard]] std::u16string_view shownName() const { return isRegistry() ? u"registry" : name(); }
     [[nodiscard]] bool isFile() const { return entry.kind == ItemKindFile; }
     [[nodiscard]] bool isDatabase() const { return entry.kind == ItemKindDatabase; }
     [[nodiscard]] bool isRegistry() const { return entry.kind == ItemKindRegistry; }
 
     // "file", "database", "registry", or "kind 7".
     [[nodiscard]] std::string kindText() const;
+
+    // "file \a", "database Tasks", "registry", fit for the screen.
+    [[nodiscard]] std::string text() const;
 
     // Of the stream, as the offsets tell; 0 if they make no sense.
     [[nodiscard]] DWORD packedBytes() const;

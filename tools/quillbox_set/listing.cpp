@@ -38,23 +38,20 @@ std::optional<std::uint64_t> rawBytes(const OpenFile& data, const Item& item)
     return total;
 }
 
-// The name of the registry's entry means nothing.
-std::u16string_view shownName(const Item& item)
+// `raw`: the column of unpacked sizes, if there is one.
+void printLine(const std::string& kind, const std::string& packed, const std::optional<std::string>& raw,
+               const std::string& name)
 {
-    return item.isFile() || item.isDatabase() ? item.name() : std::u16string_view{};
-}
-
-void printLine(const Item& item, const std::optional<std::string>& raw)
-{
-    std::printf("%-8s %11u ", item.kindText().c_str(), item.packedBytes());
+    std::printf("%-8s %12s ", kind.c_str(), packed.c_str());
     if (raw)
-        std::printf("%11s ", raw->c_str());
-    std::printf("%s\n", onScreen(shownName(item)).c_str());
+        std::printf("%12s ", raw->c_str());
+    std::printf("%s\n", name.c_str());
 }
 
 void printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     std::printf("%s\n", linesOnScreen(set.comment(), "").c_str());
+    printLine("Kind", "Packed bytes", options.sizes ? std::optional("Bytes") : std::nullopt, "Name");
     Item item;
     while (set.next(item)) {
         std::optional<std::string> raw;
@@ -62,7 +59,7 @@ void printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& opt
             const auto bytes = rawBytes(data, item);
             raw = bytes ? std::to_string(*bytes) : "damaged";
         }
-        printLine(item, raw);
+        printLine(item.kindText(), std::to_string(item.packedBytes()), raw, onScreen(item.shownName()));
         if (const std::string inside = options.inside ? lookInside(data, item).text : ""; !inside.empty())
             std::printf("    %s\n", inside.c_str());
     }
@@ -85,7 +82,7 @@ void printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& opt
     std::uint64_t items = 0;
     while (set.next(item)) {
         nlohmann::ordered_json element = {{"kind", item.kindText()},
-                                          {"name", platform::text::toUtf8(shownName(item))},
+                                          {"name", platform::text::toUtf8(item.shownName())},
                                           {"packedBytes", item.packedBytes()}};
         if (options.sizes) {
             const auto bytes = rawBytes(data, item);

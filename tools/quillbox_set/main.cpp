@@ -5,6 +5,7 @@
 #include "listing.h"
 #include "screen_text.h"
 #include "set_files.h"
+#include "set_folder.h"
 #include "verification.h"
 
 #include <CLI/CLI.hpp>
@@ -39,7 +40,10 @@ int onSet(const std::string& argument, const std::string& root, const Action& ac
 {
     const std::optional<SetFiles> files = findSet(argument);
     if (!files) {
-        std::cerr << "quillbox-set: there is no list file for " << screen_text::onScreen(argument) << "\n";
+        const std::optional<SetFolder> folder = findSets(argument);
+        std::cerr << "quillbox-set: "
+                  << (folder ? setIsWanted(*folder) : "there is no list file for " + screen_text::onScreen(argument))
+                  << "\n";
         return exitNoSet;
     }
     const std::string& folder = root.empty() ? files->folder : root;
@@ -65,6 +69,16 @@ int extract(CommandLine& line)
     return onSet(line.set, line.folder, [&](const MountedSet& set) { return extractItems(set, line.extraction); });
 }
 
+int list(CommandLine& line)
+{
+    if (!findSet(line.set)) {
+        if (const std::optional<SetFolder> folder = findSets(line.set))
+            return listSets(*folder, line.json);
+    }
+    line.listing.json = line.json;
+    return onSet(line.set, "", [&](const MountedSet& set) { return listSet(set, line.listing); });
+}
+
 int run(int count, char** arguments)
 {
     CLI::App app("Looks into a backup set, checks it, takes things out of it.\n"
@@ -74,10 +88,12 @@ int run(int count, char** arguments)
     app.require_subcommand(1);
     CommandLine line;
 
-    CLI::App* list = app.add_subcommand("list", "prints the comment and every item");
-    addSet(*list, line);
-    list->add_flag("--sizes", line.listing.sizes, "unpacks each item to tell its size");
-    list->add_flag("--inside", line.listing.inside, "unpacks databases and the registry to tell what stands in them");
+    CLI::App* listing = app.add_subcommand(
+        "list", "prints the comment and every item; of a folder, such as a card's QUILBOX, which sets are there");
+    addSet(*listing, line);
+    listing->add_flag("--sizes", line.listing.sizes, "unpacks each item to tell its size");
+    listing->add_flag("--inside", line.listing.inside,
+                      "unpacks databases and the registry to tell what stands in them");
 
     CLI::App* verify = app.add_subcommand("verify", "checks everything that can be checked, and names each fault");
     addSet(*verify, line);
@@ -102,10 +118,8 @@ int run(int count, char** arguments)
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? exitGood : exitNoSet;
     }
-    if (list->parsed()) {
-        line.listing.json = line.json;
-        return onSet(line.set, "", [&](const MountedSet& set) { return listSet(set, line.listing); });
-    }
+    if (listing->parsed())
+        return list(line);
     if (verify->parsed())
         return onSet(line.set, "", [&](const MountedSet& set) { return verifySet(set, line.json); });
     return extract(line);

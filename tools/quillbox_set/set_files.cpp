@@ -2,6 +2,7 @@
 
 #include "set_files.h"
 
+#include "case_folding.h"
 #include "host_name.h"
 #include "name_space.h"
 
@@ -24,22 +25,51 @@ namespace fs = std::filesystem;
 constexpr std::string_view listEnding = "QLT";
 constexpr std::string_view dataEnding = "QDT";
 
-std::string withEnding(std::string name, std::string_view ending)
+bool endsIn(std::string_view name, std::string_view ending)
 {
-    return name.replace(name.size() - ending.size(), ending.size(), ending);
+    return name.size() >= ending.size() && isSameWithoutCase(name.substr(name.size() - ending.size()), ending);
+}
+
+// In small letters where the old ending was: a card's names come in either.
+std::string withEnding(const std::string& name, std::string_view ending)
+{
+    std::string other = name.substr(0, name.size() - ending.size());
+    const bool small = name.back() >= 'a' && name.back() <= 'z';
+    for (const char letter : ending)
+        other += small ? static_cast<char>(letter + ('a' - 'A')) : letter;
+    return other;
+}
+
+// A file's name in the folder: this very one, or else one that differs from it by case alone.
+std::optional<std::string> nameIn(const fs::path& folder, const std::string& wanted)
+{
+    std::error_code error;
+    if (fs::exists(folder / wanted, error))
+        return wanted;
+    std::optional<std::string> found;
+    for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (isSameWithoutCase(name, wanted) && (!found || name < *found))
+            found = name;
+    }
+    return found;
 }
 
 // A link to a list file is followed here, at the user's word; below the mounts none is.
 std::optional<SetFiles> filesOf(const fs::path& list)
 {
+    const fs::path folder = list.has_parent_path() ? list.parent_path() : fs::path(".");
+    const auto found = nameIn(folder, list.filename().string());
+    if (!found)
+        return std::nullopt;
     std::error_code error;
-    const fs::path real = fs::canonical(list, error);
-    if (error || !fs::is_regular_file(real, error))
+    const fs::path real = fs::canonical(folder / *found, error);
+    if (error || !fs::is_regular_file(real, error) || !isListFile(real.filename().string()))
         return std::nullopt;
     const std::string name = real.filename().string();
-    if (!name.ends_with(listEnding))
-        return std::nullopt;
-    return SetFiles{real.parent_path().string(), name, withEnding(name, dataEnding)};
+    const std::string data = withEnding(name, dataEnding);
+    return SetFiles{real.parent_path().string(), name, nameIn(real.parent_path(), data).value_or(data)};
 }
 
 int openFolder(const std::string& path)
@@ -49,9 +79,20 @@ int openFolder(const std::string& path)
 
 }  // namespace
 
+bool isSameWithoutCase(std::string_view left, std::string_view right)
+{
+    using namespace platform::text;
+    return compareWithoutCase(fromUtf8(left), fromUtf8(right)) == 0;
+}
+
+bool isListFile(std::string_view name)
+{
+    return endsIn(name, listEnding);
+}
+
 std::optional<SetFiles> findSet(const std::string& argument)
 {
-    if (argument.ends_with(listEnding) || argument.ends_with(dataEnding)) {
+    if (endsIn(argument, listEnding) || endsIn(argument, dataEnding)) {
         if (auto files = filesOf(withEnding(argument, listEnding)))
             return files;
     }

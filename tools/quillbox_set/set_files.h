@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace quillbox_set {
 
@@ -14,8 +15,14 @@ struct SetFiles {
     std::string dataName;
 };
 
-// `argument` is the path of a list file, of a data file, or of both without their ending. Nothing if there is no list
-// file.
+[[nodiscard]] bool isSameWithoutCase(std::string_view left, std::string_view right);
+
+// By its ending, in any case.
+[[nodiscard]] bool isListFile(std::string_view name);
+
+// `argument` is the path of a list file, of a data file, or of both without their ending. Where there is no file of
+// this very name, one that differs by case alone is taken: a card's names come in capitals or small letters as it is
+// mounted. Nothing if there is no list file.
 [[nodiscard]] std::optional<SetFiles> findSet(const std::string& argument);
 
 // Eight characters for a name in the root that nobody who wrote a set can know.

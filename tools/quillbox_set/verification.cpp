@@ -23,7 +23,6 @@
 namespace quillbox_set {
 
 using screen_text::counted;
-using screen_text::onScreen;
 
 namespace {
 
@@ -46,16 +45,16 @@ public:
             std::printf("%s%s\n", asText(item).c_str(), reason.c_str());
     }
 
-    // Nothing is wrong with the set, but its user may be surprised.
-    void warn(const Item& item, const std::string& reason)
+    // `item` as for tell. Nothing is wrong with the set, but its user may be surprised.
+    void warn(const Item* item, const std::string& reason)
     {
         warnings_++;
         if (list_) {
-            auto warning = asJson(&item, reason);
+            auto warning = asJson(item, reason);
             warning["warning"] = true;
             list_->add(warning);
         } else {
-            std::printf("%swarning: %s\n", asText(&item).c_str(), reason.c_str());
+            std::printf("%swarning: %s\n", asText(item).c_str(), reason.c_str());
         }
     }
 
@@ -77,15 +76,16 @@ private:
     {
         if (!item)
             return "";
-        return "item " + std::to_string(item->number) + ", " + item->kindText() + " " + onScreen(item->name()) + ": ";
+        return "item " + std::to_string(item->number) + ", " + item->text() + ": ";
     }
 
     static nlohmann::ordered_json asJson(const Item* item, const std::string& reason)
     {
         nlohmann::ordered_json fault = nlohmann::ordered_json::object();
         if (item)
-            fault = {
-                {"item", item->number}, {"kind", item->kindText()}, {"name", platform::text::toUtf8(item->name())}};
+            fault = {{"item", item->number},
+                     {"kind", item->kindText()},
+                     {"name", platform::text::toUtf8(item->shownName())}};
         fault["reason"] = reason;
         return fault;
     }
@@ -117,6 +117,8 @@ public:
             checkStream(item);
         }
         checkEnds();
+        if (items == 0)
+            report_.warn(nullptr, "the set is empty");
         return report_.end(items);
     }
 
@@ -204,7 +206,7 @@ private:
         if (item.entry.faults != 0)
             return;  // there is no name to compare with
         for (const std::string& warning : imageWarnings(image, item.name()))
-            report_.warn(item, warning);
+            report_.warn(&item, warning);
     }
 
     void tellIfAny(const Item& item, const std::string& fault)
