@@ -138,6 +138,9 @@ public:
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction();
 
+    // Done if it has begun. Nothing may be changed otherwise: each statement would be on the disk by itself.
+    [[nodiscard]] Step begun() const { return begun_; }
+
     // Done when all of it is on the disk.
     [[nodiscard]] Step commit();
 

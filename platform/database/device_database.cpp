@@ -177,8 +177,8 @@ std::string migrate(sqlite3* database, Connection& connection, const std::filesy
         Transaction transaction(connection);
         const std::string numbers = "PRAGMA application_id = " + std::to_string(applicationId) +
                                     "; PRAGMA user_version = " + std::to_string(next + 1);
-        if (connection.execute(migrations[next]) != Step::Done || connection.execute(numbers) != Step::Done ||
-            transaction.commit() != Step::Done)
+        if (transaction.begun() != Step::Done || connection.execute(migrations[next]) != Step::Done ||
+            connection.execute(numbers) != Step::Done || transaction.commit() != Step::Done)
             return failed();
     }
     return "";

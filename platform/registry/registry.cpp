@@ -101,6 +101,8 @@ LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR*
     if (!database)
         return error(ERROR_GEN_FAILURE);
     Transaction transaction(*database);
+    if (transaction.begun() != Step::Done)
+        return errorOf(transaction.begun());
     FoundKey found{parent->row, false};
     for (const std::u16string_view name : *names) {
         const Step step = platform::registry::openOrMakeKey(*database, found.row, name, found);

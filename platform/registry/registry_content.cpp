@@ -113,7 +113,8 @@ ContentRead readContent(const RegistryTextSource& source, Wholeness wholeness, U
     if (!database)
         return {Step::Failed, {}};
     Transaction transaction(*database);
-    if (unnamed == Unnamed::Removed)
+    result.step = transaction.begun();
+    if (result.step == Step::Done && unnamed == Unnamed::Removed)
         result.step = removeEverything(*database);
     if (result.step != Step::Done)
         return result;

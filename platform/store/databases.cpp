@@ -94,6 +94,8 @@ CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SOR
 
     constexpr SORTORDERSPEC DefaultOrder = {};
     Transaction transaction(*use);
+    if (transaction.begun() != platform::database::Step::Done)
+        return fail(errorOf(transaction.begun()), CEOID{0});
     const auto made = sortOrders > 0 ? addDatabase(*use, *used, type, {specs, sortOrders})
                                      : addDatabase(*use, *used, type, {&DefaultOrder, 1});
     if (!made.row)

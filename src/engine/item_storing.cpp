@@ -56,11 +56,15 @@ void LogFailedWrite(void* context)
 
 void DeleteTemporaryStream(BackupRun& run)
 {
-    (void)DeleteFileW(run.temporaryPath);
+    run.temporaryIsGone = DeleteFileW(run.temporaryPath) || GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
 BOOL PackItem(BackupRun& run, const WCHAR* path)
 {
+    // What a killed run left behind may look in use for a moment longer. A file made anew doesn't.
+    if (!run.temporaryIsGone)
+        DeleteTemporaryStream(run);
+    run.temporaryIsGone = false;
     return CompressFile(path, run.temporaryPath, &run.streamIsOfItem);
 }
 

@@ -19,6 +19,7 @@ struct BackupRun {
     WCHAR storageRoot[MAX_PATH] = {};
     WCHAR temporaryPath[MAX_PATH] = {};
     BOOL streamIsOfItem = FALSE;    // what stands at that path is the stream of the item at hand
+    bool temporaryIsGone = false;   // nothing stands at its path between two items, as it should be
     WCHAR itemName[MAX_PATH] = {};  // of the last item that the lists gave; empty before the first
     SourceDeletion deletion = {};
 };

@@ -31,6 +31,8 @@ void importRegistry(const std::filesystem::path& device, const std::string& file
     const auto read = platform::registry::readContent(
         [&](std::span<std::byte> buffer) {
             input.stream().read(reinterpret_cast<char*>(buffer.data()), static_cast<std::streamsize>(buffer.size()));
+            if (input.stream().bad())  // no end of the file: what came is undone
+                throw Failure("\"" + file + "\" can't be read. Nothing was imported.");
             return static_cast<std::size_t>(input.stream().gcount());
         },
         platform::registry::Wholeness::Free, platform::registry::Unnamed::Kept);
