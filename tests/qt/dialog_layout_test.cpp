@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -138,6 +139,17 @@ TEST_P(DialogLayoutTest, EveryMessageIsReadWhole)
         awaitGone("Warning");
         asking.join();
     }
+}
+
+TEST_P(DialogLayoutTest, MessageWithoutAnIconBeginsAtTheBoxesEdge)
+{
+    std::thread asking(
+        [&] { MessageBoxW(nullptr, u"Override \\Storage Card\\QUILBOX\\QLBX0001.QLT file", u"Info?", MB_YESNO); });
+    QWidget& box = await("Info?");
+    EXPECT_LT(box.findChild<QLabel*>("qt_msgbox_label")->x(), 2 * box.layout()->contentsMargins().left());
+    press(box, Qt::Key_Escape);
+    awaitGone("Info?");
+    asking.join();
 }
 
 INSTANTIATE_TEST_SUITE_P(Fonts, DialogLayoutTest, testing::Values(7, 9, 11, 18, 24));

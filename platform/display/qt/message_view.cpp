@@ -201,7 +201,7 @@ private:
         auto* grid = qobject_cast<QGridLayout*>(layout());
         if (QLayoutItem* first = grid ? grid->itemAtPosition(0, 0) : nullptr; first && icon() == NoIcon) {
             if (QSpacerItem* indent = first->spacerItem())
-                indent->changeSize(0, 0);
+                indent->changeSize(1, 1, QSizePolicy::Fixed, QSizePolicy::Fixed);  // a column of nothing would grow
         }
     }
 
