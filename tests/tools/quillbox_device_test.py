@@ -130,6 +130,8 @@ class DeviceToolTest(unittest.TestCase):
             for end in ("", "\n"):
                 said = self.run_tool("registry", "import", self.device, self.file("8 bit", text + "[HKEY_USERS]\n" + end), code=1)
                 self.assertIn("line 1: the file is no UTF-16 text with a byte order mark; save it as a version 5.00 file", said)
+        # No end of the file: a read that fails.
+        self.assertIn("can't be read", self.run_tool("registry", "import", self.device, "/proc/self/mem", code=1))
         self.assertEqual(self.everything(), before)
 
         other = self.folder / "other"
@@ -138,6 +140,14 @@ class DeviceToolTest(unittest.TestCase):
         self.run_tool("registry", "export", other, out)
         self.run_tool("registry", "import", self.device, out)
         self.assertIn("Robin Vähä", self.everything()[1].decode("utf-16"))
+
+    def test_what_cannot_be_printed_is_no_success(self):
+        with open("/dev/full", "wb") as full:
+            for command in (["show"], ["database", "list"], ["database", "export"]):
+                with self.subTest(command):
+                    self.run_tool("database", "import", self.device, "-", "--replace", given=lines())
+                    done = subprocess.run([TOOL, *command, self.device], stdout=full, stderr=subprocess.PIPE, check=False)
+                    self.assertEqual(done.returncode, 1, done.stderr)
 
     def test_cards_are_remembered_and_forgotten(self):
         stick = self.folder / "stick"

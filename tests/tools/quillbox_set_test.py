@@ -229,6 +229,13 @@ class GoodSetTest(ToolTest):
         self.assertEqual(self.run_tool("--help").returncode, 0)
         self.assertIn(b"quillbox-set ", self.run_tool("--version").stdout)
 
+    def test_what_cannot_be_printed_is_no_success(self):
+        path = Set().add(FILE, "\\a", b"1").write(self.folder)
+        with open("/dev/full", "wb") as full:
+            for command in (["list"], ["list", "--json"], ["verify"]):
+                done = subprocess.run([TOOL, *command, path], stdout=full, stderr=subprocess.PIPE, check=False)
+                self.assertEqual(done.returncode, 1, command)
+
     def test_data_file_that_is_missing_is_a_fault(self):
         path = Set().add(FILE, "\\a", b"1").write(self.folder)
         path.with_suffix(".QDT").unlink()

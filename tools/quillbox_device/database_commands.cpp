@@ -80,6 +80,7 @@ void listDatabases(const fs::path& device)
     const auto opened = openExisting(device);
     for (const StoredDatabase& database : storedDatabases())
         print(database);
+    finishPrinting();
 }
 
 void exportDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Form> form,

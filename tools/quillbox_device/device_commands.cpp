@@ -3,6 +3,7 @@
 #include "commands.h"
 #include "existing_device.h"
 #include "failure.h"
+#include "host_files.h"
 #include "screen_text.h"
 #include "stored_databases.h"
 
@@ -76,6 +77,7 @@ void show(const fs::path& device)
         print(database);
     if (fs::exists(fs::symlink_status(opened->folder() / "registry.refused")))
         std::cout << "registry.refused: a restored registry that was damaged and not put in force\n";
+    finishPrinting();
 }
 
 void init(const fs::path& device, bool demonstration)
@@ -92,6 +94,7 @@ void listCards(const fs::path& device)
     const auto opened = openExisting(device);
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
         print(folder);
+    finishPrinting();
 }
 
 void addCard(const fs::path& device, const std::string& name, const fs::path& folder,

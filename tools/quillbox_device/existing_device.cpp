@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace quillbox_device {
 
@@ -34,11 +35,10 @@ void flush(const fs::path& path)
 // taken for the new copy's.
 class Copy {
 public:
-    Copy(const fs::path& database, const fs::path& copy) : copy_(copy)
+    explicit Copy(fs::path copy) : copy_(std::move(copy))
     {
         for (const char* part : parts)
             fs::remove(copy_.string() + part);
-        fs::copy_file(database, copy);
     }
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
@@ -77,7 +77,8 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
     closeDatabase();  // puts all of it into the one file
     if (fs::exists(database.string() + "-wal"))
         throw Failure("The device's database \"" + database.string() + "\" can't be closed.");
-    const Copy copy(database, changing);
+    const Copy copy(changing);
+    fs::copy_file(database, changing);
     std::string sentence;
     if (!platform::registry::openRegistry(changing, sentence))
         throw Failure(sentence);

@@ -6,6 +6,7 @@
 #include "replacement.h"
 
 #include "descriptor.h"
+#include "screen_text.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -110,6 +111,9 @@ void Output::growBesideTarget()
     growing_ = madeBeside(target_, replaced_ ? 0600 : 0666);
     if (!growing_.empty())
         file_.open(growing_, std::ios::binary | std::ios::trunc);
+    std::error_code ignored;
+    if (!file_.is_open())
+        fs::remove(growing_, ignored);
 }
 
 void Output::finish()
@@ -129,6 +133,12 @@ void Output::finish()
     }
     if (!good)
         throw Failure("\"" + target_ + "\" can't be written.");
+}
+
+void finishPrinting()
+{
+    if (!screen_text::allShown())
+        throw Failure("Standard output can't be written.");
 }
 
 }  // namespace quillbox_device

@@ -43,4 +43,7 @@ private:
     std::ofstream file_;
 };
 
+// At the end of a command that only prints. Throws a Failure if not all of it got out.
+void finishPrinting();
+
 }  // namespace quillbox_device

@@ -12,6 +12,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
 
 namespace {
 
@@ -130,7 +131,10 @@ int run(int count, char** arguments)
 int main(int count, char** arguments)
 {
     try {
-        return run(count, arguments);
+        const int exitCode = run(count, arguments);
+        if (!screen_text::allShown())
+            throw std::runtime_error("standard output can't be written");
+        return exitCode;
     } catch (const std::exception& error) {
         std::cerr << "quillbox-set: " << screen_text::onScreen(std::string_view(error.what())) << "\n";
         return exitFaults;
