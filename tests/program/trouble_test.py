@@ -65,6 +65,14 @@ class TroubleTest(ProgramTest):
                       f"Stick={card}")
         self.assertEqual(self.content(), before)
 
+    def test_what_is_in_use_is_left_out_and_told(self):
+        for name in ("free", "busy", "busy too"):
+            self.write(name, b"content")
+        with open(self.store / "busy", "ab"), open(self.store / "busy too", "ab"):
+            told = self.quillbox(FULL_BACKUP.format(comment="", storage="\\Card"), code=4).stderr
+        self.assertRegex(told, r"2 files or folders couldn't be read\. The first is .*busy.* \(another program uses it\)")
+        self.assertEqual(self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001"), "Sound: 1 item.\n")
+
     def test_folder_of_the_user_is_backed_up_and_restored_in_place(self):
         documents = self.base / "documents"
         (documents / "deep").mkdir(parents=True)

@@ -1,11 +1,16 @@
 #include "device_database.h"
+#include "registry_content.h"
 #include "registry_fixture.h"
+
+#include "ce/registry.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <span>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -98,6 +103,30 @@ TEST_F(DeviceDatabaseTest, FolderThatIsMissingIsToldByItsName)
     std::string error;
     EXPECT_FALSE(platform::database::openDeviceDatabase(file().parent_path() / "nowhere" / "device.db", error));
     EXPECT_THAT(error, HasSubstr("nowhere/device.db\" can't be opened"));
+}
+
+// Each of its statements would be on the disk by itself.
+TEST_F(DeviceDatabaseTest, WithoutATransactionNothingIsChanged)
+{
+    ASSERT_EQ(open(), "");
+    ASSERT_EQ(DatabaseUse()->execute("BEGIN"), Step::Done);  // in which no other one can begin
+    HKEY key = nullptr;
+    EXPECT_NE(RegCreateKeyExW(HKEY_USERS, u"a\\b", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
+    const std::u16string text = u"\xFEFFWindows Registry Editor Version 5.00\r\n[HKEY_USERS\\c]\r\n";
+    auto unread = std::as_bytes(std::span(text));
+    const auto source = [&](std::span<std::byte> buffer) {
+        const auto piece = unread.first(std::min(buffer.size(), unread.size()));
+        std::ranges::copy(piece, buffer.begin());
+        unread = unread.subspan(piece.size());
+        return piece.size();
+    };
+    using namespace platform::registry;
+    EXPECT_FALSE(readContent(source, Wholeness::Free, Unnamed::Removed).good());
+    ASSERT_EQ(DatabaseUse()->execute("COMMIT"), Step::Done);
+    const DatabaseUse database;
+    auto keys = database->prepare("SELECT count(*) FROM registry_key");
+    ASSERT_EQ(keys.step(), Step::Row);
+    EXPECT_EQ(keys.integer(0), 4);
 }
 
 TEST_F(DeviceDatabaseTest, TransactionThatIsNotCommittedLeavesNothing)
