@@ -135,8 +135,10 @@ Step Connection::gather(std::function<void(Step)> ended)
 
 bool Connection::isGathering()
 {
-    if (gatheringEnded_ && sqlite3_get_autocommit(database_) != 0)
-        std::exchange(gatheringEnded_, nullptr)(Step::Failed);
+    if (gatheringEnded_ && sqlite3_get_autocommit(database_) != 0) {
+        const bool full = stepOf(sqlite3_errcode(database_)) == Step::Full;
+        std::exchange(gatheringEnded_, nullptr)(full ? Step::Full : Step::Failed);
+    }
     return gatheringEnded_ != nullptr;
 }
 

@@ -1,4 +1,5 @@
-// refusal.h - why a device isn't opened. Thrown inside this room only; openDevice turns it into its result.
+// refusal.h - why a device isn't opened. openDevice turns it into its result; other rooms know it as a
+// std::runtime_error at most.
 #pragma once
 
 #include <filesystem>

@@ -1,6 +1,8 @@
 // Folders of the host that a device shows in its root at every start.
 #include "remembered_folders.h"
 
+#include "refusal.h"
+
 #include "device_database.h"
 #include "host_name.h"
 
@@ -22,7 +24,8 @@ std::vector<ExtraFolder> rememberedFolders()
     if (!database)
         return folders;
     auto rows = database->prepare("SELECT name, folder, card, capacity FROM remembered_folder ORDER BY name");
-    while (rows.step() == Step::Row) {
+    Step step = rows.step();
+    for (; step == Step::Row; step = rows.step()) {
         const auto path = rows.bytes(1);
         ExtraFolder& folder = folders.emplace_back();
         folder.name = text::toUtf8(rows.text(0));
@@ -31,6 +34,8 @@ std::vector<ExtraFolder> rememberedFolders()
         if (!rows.isNull(3))
             folder.capacity = static_cast<std::uint64_t>(rows.integer(3));
     }
+    if (step != Step::Done)
+        throw Refusal("The folders that the device remembers can't be read (" + database->lastMessage() + ").");
     return folders;
 }
 

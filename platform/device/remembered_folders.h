@@ -10,7 +10,7 @@
 
 namespace platform::device {
 
-// In the order of their names.
+// In the order of their names. Throws a std::runtime_error with a sentence for the user if they can't be read.
 [[nodiscard]] std::vector<ExtraFolder> rememberedFolders();
 
 // Remembers a folder from the next start on, in place of one of the same name. False if the name can't be one of

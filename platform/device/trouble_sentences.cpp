@@ -10,9 +10,12 @@ namespace platform::device {
 
 namespace {
 
-using file::Trouble;
+using kernel::Trouble;
+using kernel::Troubled;
 
-std::string reasonOf(DWORD error)
+constexpr Troubled Kinds[] = {Troubled::File, Troubled::DatabaseList, Troubled::Database, Troubled::Registry};
+
+std::string reasonOf(Troubled what, DWORD error)
 {
     switch (error) {
     case ERROR_ACCESS_DENIED:
@@ -24,7 +27,9 @@ std::string reasonOf(DWORD error)
     case ERROR_DISK_FULL:
         return "the disk is full";
     case ERROR_GEN_FAILURE:
-        return "the disk failed";
+        return what == Troubled::File ? "the disk failed" : "it is damaged, or the disk failed";
+    case ERROR_PATH_NOT_FOUND:
+        return "its folder is missing";
     case ERROR_INVALID_NAME:
         return "no file can have that name";
     case ERROR_FILENAME_EXCED_RANGE:
@@ -34,16 +39,35 @@ std::string reasonOf(DWORD error)
     }
 }
 
-void tell(Trouble kind, const std::string& what, std::vector<std::string>& sentences)
+std::string nameOf(Troubled what, const std::u16string& name)
 {
-    const file::Troubles troubles = file::troublesSoFar(kind);
-    if (troubles.paths == 0)
+    switch (what) {
+    case Troubled::Database:
+        return "database \"" + text::toUtf8(name) + "\"";
+    case Troubled::DatabaseList:
+        return "the list of databases";
+    case Troubled::Registry:
+        return "the registry";
+    default:
+        return "\"" + text::toUtf8(name) + "\"";
+    }
+}
+
+// A sentence for each kind of thing: among many files a database would be overlooked.
+void tell(Trouble kind, Troubled what, std::vector<std::string>& sentences)
+{
+    const kernel::Troubles troubles = kernel::troublesSoFar(kind, what);
+    if (troubles.count == 0)
         return;
-    const std::string first = "\"" + text::toUtf8(troubles.first) + "\" (" + reasonOf(troubles.error) + ").";
-    if (troubles.paths == 1)
-        sentences.push_back("This couldn't be " + what + ": " + first);
+    const std::string first = nameOf(what, troubles.first) + " (" + reasonOf(what, troubles.error) + ").";
+    const std::string done = kind == Trouble::Reading && what == Troubled::File ? "read"
+                             : kind == Trouble::Reading                         ? "read whole"
+                                                                                : "written whole";
+    if (troubles.count == 1)
+        sentences.push_back("This couldn't be " + done + ": " + first);
     else
-        sentences.push_back(std::to_string(troubles.paths) + " files or folders couldn't be " + what +
+        sentences.push_back(std::to_string(troubles.count) +
+                            (what == Troubled::File ? " files or folders" : " databases") + " couldn't be " + done +
                             ". The first is " + first);
 }
 
@@ -52,8 +76,9 @@ void tell(Trouble kind, const std::string& what, std::vector<std::string>& sente
 std::vector<std::string> whatWasLeftOut()
 {
     std::vector<std::string> sentences;
-    tell(Trouble::Reading, "read", sentences);
-    tell(Trouble::Writing, "written whole", sentences);
+    for (const Trouble kind : {Trouble::Reading, Trouble::Writing})
+        for (const Troubled what : Kinds)
+            tell(kind, what, sentences);
     return sentences;
 }
 

@@ -2,9 +2,9 @@
 #include "ce/file.h"
 
 #include "entries.h"
+#include "file_trouble.h"
 #include "folder_search.h"
 #include "opening.h"
-#include "troubles.h"
 
 #include "ce/error.h"
 
@@ -27,7 +27,7 @@ BOOL succeedUnless(DWORD error)
 BOOL succeedUnless(DWORD error, Trouble kind, const OpenFile& file)
 {
     if (error != 0)
-        noteTrouble(kind, file.path(), error);
+        noteFileTrouble(kind, file.path(), error);
     return succeedUnless(error);
 }
 
@@ -47,13 +47,16 @@ std::shared_ptr<OpenFile> findOpenFile(HANDLE file)
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void*, DWORD creation, DWORD, HANDLE)
 {
     const Sharing sharing{access & (GENERIC_READ | GENERIC_WRITE), share & (FILE_SHARE_READ | FILE_SHARE_WRITE)};
+    const bool writes = (access & GENERIC_WRITE) != 0;
     Opened opened = openFile(resolvePath(boundedPath(path)), sharing, creation);
     if (opened.error != 0) {
-        noteTrouble((access & GENERIC_WRITE) != 0 ? Trouble::Writing : Trouble::Reading, boundedPath(path),
-                    opened.error);
+        if (writes || !opened.isRomModule)
+            noteFileTrouble(writes ? Trouble::Writing : Trouble::Reading, boundedPath(path), opened.error);
         SetLastError(opened.error);
         return INVALID_HANDLE_VALUE;
     }
+    if (writes)
+        noteFileMade(boundedPath(path));
     const bool tellsExistence = creation == CREATE_ALWAYS || creation == OPEN_ALWAYS;
     SetLastError(tellsExistence && opened.existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return kernel::addHandle(std::move(opened.file));
@@ -162,7 +165,7 @@ HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found)
         error = begun.search->next(*found);
     if (error == 0)
         return kernel::addHandle(std::move(begun.search));
-    noteTrouble(Trouble::Reading, folderOf(boundedPath(pattern)), error);
+    noteFileTrouble(Trouble::Reading, folderOf(boundedPath(pattern)), error);
     SetLastError(error == ERROR_NO_MORE_FILES ? ERROR_FILE_NOT_FOUND : error);
     return INVALID_HANDLE_VALUE;
 }
@@ -175,7 +178,7 @@ BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found)
     if (!found)
         return fail(ERROR_INVALID_PARAMETER);
     const DWORD error = open->next(*found);
-    noteTrouble(Trouble::Reading, open->path(), error);
+    noteFileTrouble(Trouble::Reading, open->path(), error);
     return succeedUnless(error);
 }
 

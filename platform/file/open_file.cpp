@@ -2,8 +2,8 @@
 #include "open_file.h"
 
 #include "attributes.h"
+#include "file_trouble.h"
 #include "host_error.h"
-#include "troubles.h"
 
 #include <fcntl.h>
 
@@ -39,7 +39,7 @@ DWORD OpenFile::close()
     const std::lock_guard lock(file_->mutex());
     const DWORD error = file_->release(descriptor_.number());
     if (error != 0)
-        noteTrouble(Trouble::Writing, path(), error);
+        noteFileTrouble(Trouble::Writing, path(), error);
     return error;
 }
 

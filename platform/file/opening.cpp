@@ -25,6 +25,7 @@ struct Request {
     Descriptor descriptor;
     HostStatus status = {};
     bool existed = false;
+    bool isRomModule = false;
     bool temporary = false;  // a new file is opened for reading too, and the descriptor kept when the handle is closed
 
     [[nodiscard]] bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
@@ -110,7 +111,7 @@ DWORD openError(const Request& request, int result)
 }
 
 // Rules of the name space that the host doesn't know or, for the administrator, doesn't apply.
-DWORD kindError(const Request& request, const OpenFiles& table)
+DWORD kindError(Request& request, const OpenFiles& table)
 {
     if (isFolder(request.status))
         return ERROR_ACCESS_DENIED;
@@ -120,7 +121,8 @@ DWORD kindError(const Request& request, const OpenFiles& table)
     const DWORD stored =
         table.wasMadeHere(request.status) ? 0 : storedAttributes(request.descriptor.number(), "", request.status);
     const DWORD attributes = attributesOf(request.status, stored, false);
-    if ((attributes & FILE_ATTRIBUTE_ROMMODULE) != 0)
+    request.isRomModule = (attributes & FILE_ATTRIBUTE_ROMMODULE) != 0;
+    if (request.isRomModule)
         return ERROR_ACCESS_DENIED;
     const bool keepsOut = (attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM)) != 0;
     return keepsOut && request.writes() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
@@ -168,7 +170,8 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
         return {*error, false, nullptr};
     const std::shared_ptr<OpenFiles> table = OpenFiles::instance();
     auto lock = table->lock();
-    Request request{place, sharing, creation, Descriptor(), {}, false, false};  // closes before the lock goes
+    Request request{
+        .place = place, .sharing = sharing, .creation = creation, .descriptor = {}};  // closes before the lock goes
 
     if (!openTemporary(request, table->temporary())) {
         table->temporary().letGo();
@@ -181,7 +184,7 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
     }
     if (request.existed) {
         if (const DWORD error = checkExisting(request, *table); error != 0)
-            return {error, true, nullptr};
+            return {error, true, nullptr, request.isRomModule};
     }
 
     const FileKey key = keyOf(request.status);

@@ -14,6 +14,7 @@ struct Opened {
     DWORD error = 0;
     bool existed = false;
     std::shared_ptr<OpenFile> file;  // null on error
+    bool isRomModule = false;        // then it is refused by design: nobody reads one
 };
 
 [[nodiscard]] Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation);

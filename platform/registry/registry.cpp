@@ -5,6 +5,7 @@
 #include "open_key.h"
 #include "registry_names.h"
 #include "registry_rows.h"
+#include "troubles.h"
 
 #include <cstring>
 #include <memory>
@@ -17,6 +18,7 @@ using platform::database::DatabaseUse;
 using platform::database::Statement;
 using platform::database::Step;
 using platform::database::Transaction;
+using platform::kernel::Trouble;
 using platform::registry::FoundKey;
 using platform::registry::isText;
 using platform::registry::LevelLimit;
@@ -34,9 +36,14 @@ LONG error(DWORD number)
     return static_cast<LONG>(number);
 }
 
-LONG errorOf(Step step)
+// Of a step that had to be done. A failure is told in the end, too.
+LONG errorOf(Step step, Trouble kind)
 {
-    return error(step == Step::Done ? ERROR_SUCCESS : step == Step::Full ? ERROR_DISK_FULL : ERROR_GEN_FAILURE);
+    if (step == Step::Done)
+        return ERROR_SUCCESS;
+    const DWORD number = step == Step::Full ? ERROR_DISK_FULL : ERROR_GEN_FAILURE;
+    platform::kernel::noteTrouble(kind, platform::kernel::Troubled::Registry, {}, number);
+    return error(number);
 }
 
 std::optional<std::int64_t> predefinedRow(HKEY key)
@@ -102,16 +109,16 @@ LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR*
         return error(ERROR_GEN_FAILURE);
     Transaction transaction(*database);
     if (transaction.begun() != Step::Done)
-        return errorOf(transaction.begun());
+        return errorOf(transaction.begun(), Trouble::Writing);
     FoundKey found{parent->row, false};
     for (const std::u16string_view name : *names) {
         const Step step = platform::registry::openOrMakeKey(*database, found.row, name, found);
         if (step != Step::Done)
-            return errorOf(step);
+            return errorOf(step, Trouble::Writing);
     }
     const Step committed = transaction.commit();
     if (committed != Step::Done)
-        return errorOf(committed);
+        return errorOf(committed, Trouble::Writing);
 
     const int level = parent->level + static_cast<int>(names->size());
     *result = static_cast<HKEY>(platform::kernel::addHandle(std::make_shared<OpenKey>(found.row, level)));
@@ -134,7 +141,7 @@ LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
     Statement value = platform::registry::valueOf(*database, place->row, valueName(name));
     const Step step = value.step();
     if (step != Step::Row)
-        return step == Step::Done ? error(ERROR_FILE_NOT_FOUND) : errorOf(step);
+        return step == Step::Done ? error(ERROR_FILE_NOT_FOUND) : errorOf(step, Trouble::Reading);
 
     const auto stored = value.bytes(1);
     const DWORD capacity = bytes == nullptr ? 0 : *bytes;
@@ -164,8 +171,8 @@ LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, con
     const DatabaseUse database;
     if (!database)
         return error(ERROR_GEN_FAILURE);
-    return errorOf(
-        platform::registry::writeValue(*database, place->row, valued, type, std::as_bytes(std::span(data, bytes))));
+    const auto content = std::as_bytes(std::span(data, bytes));
+    return errorOf(platform::registry::writeValue(*database, place->row, valued, type, content), Trouble::Writing);
 }
 
 LONG RegCloseKey(HKEY key)

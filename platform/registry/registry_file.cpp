@@ -3,11 +3,14 @@
 
 #include "registry_content.h"
 #include "staged_registry.h"
+#include "troubles.h"
 
 #include "ce/file.h"
 
 #include <cstddef>
 #include <span>
+
+using namespace platform::kernel;
 
 namespace {
 
@@ -24,8 +27,10 @@ DWORD writeRegistry(HANDLE file)
     return written || error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-BOOL fail(DWORD error)
+// The registry stands in no file, or isn't taken from one: what the file's own calls tell doesn't say that.
+BOOL fail(Trouble kind, DWORD error)
 {
+    noteTrouble(kind, Troubled::Registry, {}, error);
     SetLastError(error);
     return FALSE;
 }
@@ -36,13 +41,13 @@ BOOL RegCopyFile(const WCHAR* path)
 {
     const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
-        return FALSE;
+        return fail(Trouble::Reading, GetLastError());
     const DWORD error = writeRegistry(file);
     CloseHandle(file);
     if (error == ERROR_SUCCESS)
         return TRUE;
     (void)DeleteFileW(path);  // half a registry would be taken for one
-    return fail(error);
+    return fail(Trouble::Reading, error);
 }
 
 BOOL RegRestoreFile(const WCHAR* path)
@@ -54,10 +59,10 @@ BOOL RegRestoreFile(const WCHAR* path)
     const DWORD error = platform::registry::stageRegistry(file);
     CloseHandle(file);
     if (error != ERROR_SUCCESS)
-        return fail(error);
+        return fail(Trouble::Writing, error);
     if (DeleteFileW(path))  // only now: at no moment is the registry in neither place
         return TRUE;
     const DWORD notDeleted = GetLastError();
     platform::registry::unstageRegistry();
-    return fail(notDeleted);
+    return fail(Trouble::Writing, notDeleted);
 }

@@ -36,6 +36,20 @@ Found<CEOID> foundOid(Statement& statement)
     return {std::nullopt, step == Step::Done ? 0 : errorOf(step)};
 }
 
+// Of a name that wasn't found: an error if a row has it all the same.
+DWORD misplaced(Connection& connection, const std::u16string& written)
+{
+    Statement statement = connection.prepare("SELECT name FROM store_database");
+    Step step = statement.step();
+    for (; step == Step::Row; step = statement.step()) {
+        WCHAR cut[CEDB_MAXDBASENAMELEN];
+        CopyText(cut, statement.text(0).c_str());
+        if (written == cut)
+            return ERROR_GEN_FAILURE;
+    }
+    return step == Step::Done ? 0 : errorOf(step);
+}
+
 DWORD readSortOrders(Connection& connection, CEOID oid, CEDBASEINFO& info)
 {
     Statement statement =
@@ -73,7 +87,8 @@ Found<CEOID> databaseAfter(Connection& connection, CEOID after, DWORD type)
 Found<CEOID> databaseNamed(Connection& connection, const DatabaseName& name)
 {
     Statement statement = connection.prepare("SELECT oid FROM store_database WHERE folded = ?");
-    return foundOid(statement.bind(name.folded));
+    const auto found = foundOid(statement.bind(name.folded));
+    return found.row || found.error != 0 ? found : Found<CEOID>{std::nullopt, misplaced(connection, name.written)};
 }
 
 Found<CEDBASEINFO> databaseInfo(Connection& connection, CEOID oid)

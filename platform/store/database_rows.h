@@ -23,6 +23,7 @@ struct DatabaseName {
 
 // The database with the lowest oid above `after`, of that type; 0 is any.
 [[nodiscard]] Found<CEOID> databaseAfter(database::Connection& connection, CEOID after, DWORD type);
+// A row that stands under another folded name than its own can't be found: that is an error, not a missing database.
 [[nodiscard]] Found<CEOID> databaseNamed(database::Connection& connection, const DatabaseName& name);
 [[nodiscard]] Found<CEDBASEINFO> databaseInfo(database::Connection& connection, CEOID oid);
 [[nodiscard]] Found<CEOID> ownerOfRecord(database::Connection& connection, CEOID record);

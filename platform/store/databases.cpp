@@ -6,11 +6,14 @@
 #include "device_database.h"
 #include "object_store.h"
 #include "record_rows.h"
+#include "store_trouble.h"
 
 #include <memory>
 
+using platform::database::Connection;
 using platform::database::DatabaseUse;
 using platform::database::Gathered;
+using platform::database::Step;
 using platform::database::Transaction;
 using namespace platform::store;
 
@@ -28,6 +31,22 @@ template <class Row>
 DWORD faultOf(const Found<Row>& found, DWORD missing)
 {
     return found.row ? 0 : found.error != 0 ? found.error : missing;
+}
+
+Found<CEOID> makeDatabase(Connection& connection, const DatabaseName& name, DWORD type,
+                          std::span<const SORTORDERSPEC> sortOrders)
+{
+    const auto existing = databaseNamed(connection, name);
+    if (existing.row || existing.error != 0)
+        return {std::nullopt, existing.row ? ERROR_DUP_NAME : existing.error};
+    Transaction transaction(connection);
+    if (transaction.begun() != Step::Done)
+        return {std::nullopt, errorOf(transaction.begun())};
+    const auto made = addDatabase(connection, name, type, sortOrders);
+    if (!made.row)
+        return made;
+    const Step committed = transaction.commit();
+    return committed == Step::Done ? made : Found<CEOID>{std::nullopt, errorOf(committed)};
 }
 
 }  // namespace
@@ -54,6 +73,7 @@ CEOID CeFindNextDatabase(HANDLE enumeration)
     if (walk->databasesDeleted != storeState().databasesDeleted)
         return fail(ERROR_KEY_DELETED, CEOID{0});
     const auto next = databaseAfter(*use, walk->last, walk->type);
+    noteStoreTrouble(Trouble::Reading, Troubled::DatabaseList, {}, next.error);
     if (!next.row)
         return fail(faultOf(next, ERROR_NO_MORE_ITEMS), CEOID{0});
     return walk->last = *next.row;
@@ -67,6 +87,7 @@ BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info)
     if (!use)
         return fail(ERROR_GEN_FAILURE, FALSE);
     const auto database = databaseInfo(*use, oid);
+    noteStoreTrouble(Trouble::Reading, Troubled::DatabaseList, {}, database.error);
     if (database.error != 0)
         return fail(database.error, FALSE);
     if (database.row) {
@@ -88,20 +109,12 @@ CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SOR
     const DatabaseUse use;
     if (!use)
         return fail(ERROR_GEN_FAILURE, CEOID{0});
-    const auto existing = databaseNamed(*use, *used);
-    if (existing.row || existing.error != 0)
-        return fail(existing.row ? ERROR_DUP_NAME : existing.error, CEOID{0});
-
     constexpr SORTORDERSPEC DefaultOrder = {};
-    Transaction transaction(*use);
-    if (transaction.begun() != platform::database::Step::Done)
-        return fail(errorOf(transaction.begun()), CEOID{0});
-    const auto made = sortOrders > 0 ? addDatabase(*use, *used, type, {specs, sortOrders})
-                                     : addDatabase(*use, *used, type, {&DefaultOrder, 1});
+    const auto made = sortOrders > 0 ? makeDatabase(*use, *used, type, {specs, sortOrders})
+                                     : makeDatabase(*use, *used, type, {&DefaultOrder, 1});
+    noteStoreTrouble(Trouble::Writing, Troubled::Database, used->written, made.error);
     if (!made.row)
         return fail(made.error, CEOID{0});
-    if (const auto step = transaction.commit(); step != platform::database::Step::Done)
-        return fail(errorOf(step), CEOID{0});
     SetLastError(ERROR_SUCCESS);
     return *made.row;
 }
@@ -116,8 +129,10 @@ BOOL CeDeleteDatabase(CEOID oid)
         return fail(faultOf(existing, ERROR_INVALID_PARAMETER), FALSE);
     if (storeState().openHandles.contains(oid))
         return fail(ERROR_SHARING_VIOLATION, FALSE);
-    if (const DWORD error = removeDatabase(*use, oid))
+    if (const DWORD error = removeDatabase(*use, oid)) {
+        noteStoreTrouble(Trouble::Writing, Troubled::Database, existing.row->szDbaseName, error);
         return fail(error, FALSE);
+    }
     ++storeState().databasesDeleted;
     ++storeState().recordsRemoved;
     return TRUE;

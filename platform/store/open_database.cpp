@@ -5,6 +5,7 @@
 #include "object_store.h"
 #include "record_rows.h"
 #include "store_time.h"
+#include "store_trouble.h"
 
 #include <utility>
 
@@ -14,6 +15,7 @@ using database::Connection;
 using database::DatabaseUse;
 using database::Gathered;
 using database::Step;
+using database::Transaction;
 
 namespace {
 
@@ -21,6 +23,22 @@ namespace {
 constexpr unsigned GatheredChanges = 4096;
 constexpr std::size_t GatheredBytes = std::size_t{8} << 20;
 constexpr std::chrono::milliseconds GatheredTime(500);
+
+Step markModified(Connection& connection, CEOID database)
+{
+    return connection.prepare("UPDATE store_database SET modified = ? WHERE oid = ?").bind(ticksNow(), database).step();
+}
+
+Step changeAgain(Connection& connection, CEOID database, const GatheredChange& change)
+{
+    if (!change.bytes)
+        return connection.prepare("DELETE FROM store_record WHERE oid = ?").bind(change.record).step();
+    return connection
+        .prepare("INSERT INTO store_record (oid, database, properties) VALUES (?1, ?2, ?3) "
+                 "ON CONFLICT (oid) DO UPDATE SET properties = ?3")
+        .bind(change.record, database, RecordView(*change.bytes))
+        .step();
+}
 
 }  // namespace
 
@@ -31,26 +49,21 @@ DWORD OpenDatabase::beginChange(Connection& connection)
     // Another handle's changes come first.
     if (connection.isGathering() && (!owns_ || gatheredEnough()))
         connection.endGathering();
-    if (const DWORD loss = takeUntoldLoss())
-        return loss;
     if (connection.isGathering())
         return 0;
-    const Step begun = connection.gather([this](Step step) { gatheringEnded(step); });
+    const Step begun = connection.gather([this, &connection](Step step) { gatheringEnded(connection, step); });
     if (begun != Step::Done)
         return errorOf(begun);
     owns_ = true;
-    changes_ = 0;
-    bytes_ = 0;
     begun_ = std::chrono::steady_clock::now();
-    const Step marked =
-        connection.prepare("UPDATE store_database SET modified = ? WHERE oid = ?").bind(ticksNow(), database_).step();
+    const Step marked = markModified(connection, database_);
     return marked == Step::Done ? 0 : errorOf(marked);
 }
 
-void OpenDatabase::countChange(std::size_t bytes)
+void OpenDatabase::keepChange(GatheredChange change)
 {
-    ++changes_;
-    bytes_ += bytes;
+    bytes_ += change.bytes ? change.bytes->size() : 0;
+    changes_.push_back(std::move(change));
 }
 
 DWORD OpenDatabase::close()
@@ -69,23 +82,57 @@ DWORD OpenDatabase::close()
 
 bool OpenDatabase::gatheredEnough() const
 {
-    return changes_ >= GatheredChanges || bytes_ >= GatheredBytes ||
+    return changes_.size() >= GatheredChanges || bytes_ >= GatheredBytes ||
            std::chrono::steady_clock::now() - begun_ >= GatheredTime;
 }
 
-void OpenDatabase::gatheringEnded(Step step)
+void OpenDatabase::gatheringEnded(Connection& connection, Step step)
 {
     owns_ = false;
+    bytes_ = 0;
+    const auto changes = std::exchange(changes_, {});
     if (step == Step::Done)
         return;
-    loss_ = untoldLoss_ = errorOf(step);
     // Records that came are gone again, and removed ones are back.
     ++storeState().recordsRemoved;
+    if (step == Step::Full)
+        changeWhatFits(connection, changes);
+    else if (!changes.empty())
+        noteLoss(step);
 }
 
-DWORD OpenDatabase::takeUntoldLoss()
+// In one transaction: all of them or none.
+Step OpenDatabase::changeTogether(Connection& connection, std::span<const GatheredChange> changes) const
 {
-    return std::exchange(untoldLoss_, 0);
+    Transaction transaction(connection);
+    Step step = transaction.begun();
+    if (step == Step::Done)
+        step = markModified(connection, database_);
+    for (auto change = changes.begin(); step == Step::Done && change != changes.end(); ++change)
+        step = changeAgain(connection, database_, *change);
+    return step == Step::Done ? transaction.commit() : step;
+}
+
+// What finds no room together is tried by halves, until one change is too much. Nobody has changed anything since a
+// full disk undid them, so their oids are free.
+void OpenDatabase::changeWhatFits(Connection& connection, std::span<const GatheredChange> changes)
+{
+    if (changes.empty())
+        return;
+    const Step step = changeTogether(connection, changes);
+    if (step == Step::Full && changes.size() > 1) {
+        const std::size_t half = changes.size() / 2;
+        changeWhatFits(connection, changes.first(half));
+        changeWhatFits(connection, changes.subspan(half));
+    } else if (step != Step::Done) {
+        noteLoss(step);
+    }
+}
+
+void OpenDatabase::noteLoss(Step step)
+{
+    loss_ = errorOf(step);
+    noteStoreTrouble(Trouble::Writing, Troubled::Database, name_, loss_);
 }
 
 }  // namespace platform::store

@@ -6,12 +6,16 @@
 
 #include "connection.h"
 #include "handle_table.h"
+#include "record_bytes.h"
 
 #include "ce/store.h"
 
 #include <chrono>
 #include <cstdint>
 #include <optional>
+#include <span>
+#include <string>
+#include <vector>
 
 namespace platform::store {
 
@@ -32,18 +36,28 @@ struct KnownPosition {
     std::uint64_t recordsRemoved = 0;
 };
 
+// What one change left: of a record its new bytes, none if it was removed.
+struct GatheredChange {
+    CEOID record = 0;
+    std::optional<RecordBytes> bytes;
+};
+
 class OpenDatabase final : public kernel::Object {
 public:
-    OpenDatabase(CEOID database, bool autoIncrement) : database_(database), autoIncrement_(autoIncrement) {}
+    OpenDatabase(CEOID database, std::u16string name, bool autoIncrement)
+        : database_(database), name_(std::move(name)), autoIncrement_(autoIncrement)
+    {
+    }
 
     [[nodiscard]] CEOID database() const { return database_; }
+    [[nodiscard]] const std::u16string& name() const { return name_; }
     [[nodiscard]] bool autoIncrement() const { return autoIncrement_; }
 
     // Before each change: opens the gathering that it belongs to. 0, or the platform's number.
     [[nodiscard]] DWORD beginChange(database::Connection& connection);
 
-    // After it, with the bytes that it wrote.
-    void countChange(std::size_t bytes);
+    // After it.
+    void keepChange(GatheredChange change);
 
     // Puts the gathered changes on the disk; an error if any were lost since the handle was opened.
     [[nodiscard]] DWORD close() override;
@@ -53,18 +67,21 @@ public:
 
 private:
     [[nodiscard]] bool gatheredEnough() const;
-    void gatheringEnded(database::Step step);
-    [[nodiscard]] DWORD takeUntoldLoss();
+    void gatheringEnded(database::Connection& connection, database::Step step);
+    [[nodiscard]] database::Step changeTogether(database::Connection& connection,
+                                                std::span<const GatheredChange> changes) const;
+    void changeWhatFits(database::Connection& connection, std::span<const GatheredChange> changes);
+    void noteLoss(database::Step step);
 
     const CEOID database_;
+    const std::u16string name_;
     const bool autoIncrement_;
     bool closed_ = false;
     bool owns_ = false;  // the gathering that is open is this handle's
-    unsigned changes_ = 0;
+    std::vector<GatheredChange> changes_;
     std::size_t bytes_ = 0;
     std::chrono::steady_clock::time_point begun_;
-    DWORD loss_ = 0;        // why changes were lost
-    DWORD untoldLoss_ = 0;  // the same, until a change has told it
+    DWORD loss_ = 0;  // why changes were lost
 };
 
 }  // namespace platform::store

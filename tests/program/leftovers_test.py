@@ -22,7 +22,7 @@ class LeftoversTest(ContentsTest):
             opened.execute("UPDATE store_record SET properties = x'ff' WHERE oid = (SELECT max(oid) FROM store_record)")
             opened.commit()
         self.write("b.CDB", b"of a killed run")
-        self.back_up()
+        self.back_up(code=4)
         self.assertEqual(self.content(), {})
         self.restore(before='answer "Database:*" yes\n')
         self.assert_holds([database("b", ONE[:1])])

@@ -1,10 +1,14 @@
 """Trouble from outside: devices that can't be opened, full cards, sets from elsewhere, and how the process ends."""
+import contextlib
 import os
 import pathlib
+import sqlite3
 import subprocess
 import time
 import unittest
 
+from device_contents import (BACKUP, RESTORE, RESTORE_DATABASES, SET, TEXT, ContentsTest, after, database, independent_set, item,
+                             lines, write_set)
 from program import BIN, FULL_BACKUP, FULL_RESTORE, ProgramTest, options_script
 
 
@@ -115,6 +119,109 @@ class TroubleTest(ProgramTest):
         self.empty_store()
         self.quillbox(FULL_RESTORE.format(set=f"\\Card\\QUILBOX\\{newest}"))
         self.assertTrue(self.content() == before)
+
+
+DAMAGED = r"\(it is damaged, or the disk failed\)"
+KEYS = "INSERT INTO registry_key (id, parent, name, folded) VALUES "
+
+
+class DamagedStoreTest(ContentsTest):
+    """What of databases and the registry gets into no set, though the program passes over it."""
+
+    def setUp(self):
+        super().setUp()
+        self.fill([database("First", [[item(1, TEXT, "1")]]), database("Second", [[item(1, TEXT, "2")]])])
+        self.quillbox("idle\n")
+        self.sound = (self.device / "device.db").read_bytes()
+
+    def damage(self, sql):
+        (self.device / "device.db").write_bytes(self.sound)
+        with contextlib.closing(sqlite3.connect(self.device / "device.db", isolation_level=None)) as opened:
+            opened.execute("PRAGMA legacy_alter_table = ON")
+            opened.executescript(sql)
+
+    def test_what_the_store_cannot_give_is_told(self):
+        deep = ",".join(f"({100 + level}, {99 + level if level else 4}, 'k', 'k')" for level in range(17))
+        for sql, told, stored in (
+                ("UPDATE store_record SET properties = x'0102030405' WHERE database = 1", f'database "First" {DAMAGED}', 3),
+                ("UPDATE store_record SET properties = x'01'", rf'^quillbox: 2 databases .* is database ".*" {DAMAGED}', 3),
+                ("UPDATE store_database SET folded = 'else' WHERE name = 'First'", f'database "First" {DAMAGED}', 2),
+                ("DROP TABLE store_sort_order", f"the list of databases {DAMAGED}", 1),
+                ("ALTER TABLE store_database RENAME TO gone", f"the list of databases {DAMAGED}", 1),
+                (KEYS + deep, f"the registry {DAMAGED}", 2)):
+            with self.subTest(sql=sql):
+                self.damage(sql)
+                said = self.quillbox('answer "Override*" yes\n' + BACKUP.format(storage="\\Card"), code=4).stderr
+                self.assertRegex(said, told + r"\.\n$")
+                self.assertIn(f"Sound: {stored} item", self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001"))
+
+    def test_what_stands_in_the_tables_is_never_passed_over(self):
+        self.damage("DROP TABLE store_sort_order")
+        self.assertIn(b"can't be read", self.device_tool("database", "list", self.device, code=1))
+        self.damage("UPDATE store_database SET folded = 'else' WHERE name = 'First'")
+        self.assertIn(b'"First" can\'t be read', self.device_tool("database", "export", self.device, "--name", "First", code=1))
+        self.damage("DROP TABLE remembered_folder")
+        self.assertIn("device remembers can't be read", self.quillbox("idle\n", code=1).stderr)
+
+    def test_a_name_that_is_a_path_into_no_folder_is_told(self):
+        names = ["a\\b", "\\sys"]
+        imported = subprocess.run([BIN / "quillbox-device", "database", "import", self.device, "-"], capture_output=True,
+                                  input=lines([database(name, []) for name in [*names, "c"]]).encode(), check=True)
+        self.assertEqual([line.split(b'"')[1].decode() for line in imported.stderr.splitlines()], names)
+        told = self.quillbox(BACKUP.format(storage="\\Card"), code=4).stderr
+        self.assertRegex(told, r"^quillbox: This couldn't be written whole: .*a\\b\.CDB.* \(its folder is missing\)\.\n$")
+        # One that comes in time, as for a restored file, is no trouble; one that can't is.
+        write_set(self.card, [database("a\\b", [[item(1, TEXT, "came")]])])
+        self.damage("DELETE FROM store_database WHERE name = 'a\\b'")
+        self.quillbox(RESTORE_DATABASES)
+        self.assertIn("came", self.databases())
+        (self.store / "a").rmdir()
+        self.write("a")
+        self.assertIn("a\\b.CDB", self.quillbox(RESTORE_DATABASES, code=4).stderr)
+
+
+class FullDeviceTest(ContentsTest):
+    """The device's own disk has room for little. Its files lie on another one, as does the card with the set."""
+
+    def setUp(self):
+        super().setUp()
+        self.quillbox("idle\n")
+        kept = {path.name: path.read_bytes() for path in self.device.iterdir() if path.is_file()}
+        for folder, size in ((self.device, "4m"), (self.store, "64m")):
+            folder.mkdir(exist_ok=True)
+            if subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}", "none", folder], capture_output=True).returncode:
+                self.skipTest("mounting a file system needs the administrator")
+            self.addCleanup(subprocess.run, ["umount", folder], check=True)
+        for name, content in kept.items():
+            (self.device / name).write_bytes(content)
+        self.stick = self.base / "stick"
+        self.stick.mkdir()
+
+    def restore_with_room_for(self, left, script):
+        """What standard error says."""
+        status = os.statvfs(self.device)
+        (self.device / "filler").write_bytes(bytes(status.f_bavail * status.f_bsize - left))
+        told = self.quillbox(script.replace("\\Card", "\\Stick"), "--card", f"Stick={self.stick}", code=4).stderr
+        (self.device / "filler").unlink()
+        return told
+
+    def test_records_that_find_no_room_are_told_and_the_others_are_there(self):
+        big = database("Big", [[item(1, TEXT, f"{number:0300}")] for number in range(3000)])
+        write_set(self.stick, [big])
+        told = self.restore_with_room_for(400_000, RESTORE_DATABASES)
+        self.assertRegex(told, r'^quillbox: This couldn\'t be written whole: database "Big" \(the disk is full\)\.\n$')
+        found = self.databases().splitlines()
+        rest = iter(lines(after(1, [big])).splitlines())
+        self.assertTrue(all(line in rest for line in found), "a record is in the wrong place or another one")
+        self.assertTrue(200 < len(found) < 3001, len(found))
+
+    def test_a_registry_that_finds_no_room_is_told(self):
+        before = self.registry()
+        write_set(self.stick, [], registry=independent_set.registry_bytes({"HKEY_USERS\\new": [f'"v"="{"x" * 500_000}"']}))
+        told = self.restore_with_room_for(400_000, RESTORE.format(set=SET, answers=""))
+        self.assertRegex(told, r"written whole: the registry \(the disk is full\)\.\n$")
+        self.quillbox("idle\n")
+        self.assertEqual(self.registry(), before)
 
 
 if __name__ == "__main__":

@@ -152,6 +152,12 @@ TEST_F(DatabaseImageTest, ImageIsTheFormatByteForByteAndComesBack)
     EXPECT_EQ(DumpDatabase(u"nowhere"), 0);
     EXPECT_FALSE(fs::exists(root() / "nowhere.CDB"));
 
+    // Where the image can't be made its packing fails, and that is told once.
+    fs::create_directory(root() / "AB.CDB");
+    BOOL made = TRUE;
+    EXPECT_EQ(DumpDatabase(u"AB", &made), 1);
+    EXPECT_FALSE(made);
+
     close();
     fs::remove(folder_ / "device.db");
     open();

@@ -111,18 +111,23 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
     const auto opened = openExisting(device);
     database_forms::LeftOut leftOut;
     std::string summary;
+    std::vector<std::u16string> namesOfNoFile;
     changeAsAWhole(*opened, [&] {
         DatabaseImport import(name, existing, wanted == Form::JsonLines);
         try {
             database_forms::read(wanted, input.stream(), import, leftOut);
             import.finish();
             summary = import.summary();
+            namesOfNoFile = import.namesOfNoFile();
         } catch (const FormFault& fault) {
             const std::string line = fault.line != 0 ? ", line " + std::to_string(fault.line) : "";
             throw Failure("\"" + file + "\"" + line + ": " + fault.what() + ". Nothing was imported.");
         }
     });
     std::cout << summary;
+    for (const std::u16string& name : namesOfNoFile)
+        std::cerr << "quillbox-device: \"" << screen_text::onScreen(name)
+                  << "\" can't be the name of a file, so a backup may leave this database out.\n";
     if (leftOut.count() != 0)
         std::cerr << "quillbox-device: " << leftOut.sentence() << ".\n";
     if (leftOut.guesses() != 0)

@@ -130,6 +130,15 @@ std::string DatabaseImport::summary() const
     return lines;
 }
 
+std::vector<std::u16string> DatabaseImport::namesOfNoFile() const
+{
+    std::vector<std::u16string> names;
+    for (const Imported& database : imported_)
+        if (!platform::text::toHostName(database.name + u".CDB"))
+            names.push_back(database.name);
+    return names;
+}
+
 // Which database is meant. A device may know its contacts by another name than ours.
 DatabaseHead DatabaseImport::destination(DatabaseHead head) const
 {

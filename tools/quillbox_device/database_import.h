@@ -30,6 +30,9 @@ public:
     // What became of each database, a line each: "Contacts Database: 12 records replaced by 3".
     [[nodiscard]] std::string summary() const;
 
+    // Names that no file can have: a backup keeps a database in a file of its name for a moment.
+    [[nodiscard]] std::vector<std::u16string> namesOfNoFile() const;
+
 private:
     [[nodiscard]] database_forms::DatabaseHead destination(database_forms::DatabaseHead head) const;
 

@@ -15,12 +15,13 @@ std::vector<StoredDatabase> storedDatabases()
 {
     std::vector<StoredDatabase> databases;
     const HANDLE walk = CeFindFirstDatabase(0);
+    bool whole = walk != INVALID_HANDLE_VALUE;
     while (const CEOID oid = CeFindNextDatabase(walk)) {
         CEOIDINFO info{};
-        if (CeOidGetInfo(oid, &info) && info.wObjType == OBJTYPE_DATABASE)
-            databases.push_back({oid, info.infDatabase});
+        whole &= CeOidGetInfo(oid, &info) && info.wObjType == OBJTYPE_DATABASE;
+        databases.push_back({oid, info.infDatabase});
     }
-    const bool whole = walk != INVALID_HANDLE_VALUE && GetLastError() == ERROR_NO_MORE_ITEMS;
+    whole &= GetLastError() == ERROR_NO_MORE_ITEMS;
     CloseHandle(walk);
     if (!whole)
         throw Failure("The device's databases can't be read.");
@@ -32,6 +33,8 @@ std::optional<StoredDatabase> databaseNamed(const std::u16string& name)
     CEOID oid = 0;
     const HANDLE opened = CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr);
     CEOIDINFO info{};
+    if (opened == INVALID_HANDLE_VALUE && GetLastError() == ERROR_GEN_FAILURE)
+        throw Failure("The database \"" + screen_text::onScreen(name) + "\" can't be read.");
     if (opened == INVALID_HANDLE_VALUE)
         return std::nullopt;
     CloseHandle(opened);

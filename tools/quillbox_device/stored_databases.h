@@ -19,7 +19,7 @@ struct StoredDatabase {
 // The oldest first. Throws a Failure.
 [[nodiscard]] std::vector<StoredDatabase> storedDatabases();
 
-// Names are compared without case.
+// Names are compared without case. Throws a Failure.
 [[nodiscard]] std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
 
 [[nodiscard]] database_forms::DatabaseHead headOf(const CEDBASEINFO& info);

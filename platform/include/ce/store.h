@@ -12,8 +12,8 @@
 // the disk together when the handle is closed; before any other handle changes something, a database is made
 // or deleted, or the registry is used; and before a further change once there are 4096 of them, 8 MiB, or the
 // first is half a second old. A process that is killed loses at most the changes gathered last, whole records
-// as they were written; never half of one, and the database opens as before. If they can't be put on the disk
-// they are undone, and the next change through the handle, or CloseHandle, fails with 112 or 31.
+// as they were written; never half of one, and the database opens as before. If the disk has no room for all of
+// them, those for which it has some are put on it, in their order. What is lost makes CloseHandle fail with 112 or 31.
 //
 // A handle goes back with CloseHandle. One that is not open fails with 87, a call without an open device with
 // 31, as does anything that the host's disk refuses or a record that is damaged.
@@ -145,7 +145,8 @@ BOOL CeDeleteDatabase(CEOID oid);
 // Opens a database, by name if `*oid` is 0 (which is set then), otherwise by oid. The handle's pointer stands
 // at the first record. With CEDB_AUTOINCREMENT each read moves it on; without, it stays. `sortProperty` must
 // be 0; `notified` is not used, since nobody is told of changes.
-// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags or a sort property, 31.
+// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags or a sort property, 31, also for one that only
+// the walk finds, since it is stored under another name than its own.
 HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWORD flags, HWND notified);
 
 // Moves the pointer; the result is the record that it stands at, and `*index`, which may be null, its position
@@ -172,8 +173,9 @@ CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPI
 
 // Writes properties into a record; with oid 0 into a new one, behind all others, which leaves the pointer
 // where it is. A property whose id is there already is replaced, one with CEDB_PROPDELETE is taken away; the
-// others stay. 0 on failure, and nothing is changed: 87 no properties, a null text or blob, no such record;
-// 112 no room, or a record beyond CEDB_MAXRECORDS; 8, 31.
+// others stay. CEDB_PROPNOTFOUND, which a read may have left there, isn't stored. 0 on failure, and nothing is
+// changed: 87 no properties, a null text or blob, no such record; 112 no room, or a record beyond
+// CEDB_MAXRECORDS; 8, 31.
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
 // Nonzero on success. If the pointer stood there, it stands at the following record from then on.
