@@ -34,9 +34,16 @@ struct Place {
     std::optional<std::uint64_t> capacity;
 };
 
+bool isThere(const fs::path& path)
+{
+    std::error_code error;
+    return fs::exists(path, error);
+}
+
 class OpenedDevice final : public Device {
 public:
-    explicit OpenedDevice(fs::path folder) : folder_(std::move(folder)), lock_(lockDevice(folder_))
+    explicit OpenedDevice(fs::path folder)
+        : folder_(std::move(folder)), wasOpened_(isThere(folder_ / "device.lock")), lock_(lockDevice(folder_))
     {
         if (file::rootFolder() >= 0)
             throw Refusal("This process has another device open already.");
@@ -57,9 +64,11 @@ public:
 
 private:
     void mount(Place place);
+    [[nodiscard]] std::optional<std::string> whatIsLost() const;
     [[nodiscard]] std::optional<std::string> whatIsHiddenBy(const Place& place) const;
 
     fs::path folder_;
+    bool wasOpened_;  // by an earlier process
     Descriptor lock_;
     std::vector<Descriptor> cardLocks_;
 };
@@ -164,6 +173,19 @@ void refuseDoubles(const std::vector<Place>& places)
     }
 }
 
+// A device that was opened before had a database; one that was made by hand needs none.
+std::optional<std::string> OpenedDevice::whatIsLost() const
+{
+    std::error_code error;
+    const fs::path database = folder_ / "device.db";
+    const bool there = isThere(database);
+    const bool holdsSomething = there && fs::file_size(database, error) > 0;
+    if (!wasOpened_ || holdsSomething || fs::is_empty(folder_ / "object-store", error) || error)
+        return std::nullopt;
+    return quoted(database) + (there ? " is empty" : " is missing") +
+           ": the device starts without databases and with an empty registry.";
+}
+
 // A folder in the root hides the device's own content of that name, which then gets into no backup.
 std::optional<std::string> OpenedDevice::whatIsHiddenBy(const Place& place) const
 {
@@ -185,6 +207,9 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
         clearLeftovers(folder_);
     else
         makeDevice(folder_, demonstration);
+    std::vector<std::string> warnings;
+    if (auto warning = whatIsLost())
+        warnings.push_back(std::move(*warning));
     makeMissingFolder(folder_ / "cards");
 
     std::vector<Place> places;
@@ -202,7 +227,6 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
     for (const ExtraFolder& extra : extras)
         places.push_back(placeOf(extra));
     refuseDoubles(places);
-    std::vector<std::string> warnings;
     for (Place& place : places) {
         if (auto warning = whatIsHiddenBy(place))
             warnings.push_back(std::move(*warning));

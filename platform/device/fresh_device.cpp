@@ -1,6 +1,7 @@
 // What a folder is before it is opened as a device, and how an empty one becomes one.
 #include "fresh_device.h"
 
+#include "changing_copy.h"
 #include "demonstration.h"
 #include "demonstration_databases.h"
 #include "descriptor.h"
@@ -117,6 +118,9 @@ void clearLeftovers(const fs::path& folder)
     std::error_code error;
     fs::remove_all(folder / UnfinishedFolder, error);
     check(error, "An unfinished first start can't be cleared away in", folder);
+    const fs::path database = fs::weakly_canonical(folder / "device.db", error);
+    if (!error)
+        (void)removeChangingCopyOf(database);
 }
 
 }  // namespace platform::device

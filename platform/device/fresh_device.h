@@ -19,7 +19,8 @@ enum class FolderKind {
 // No device's database may be open. Throws a Refusal if it can't be written.
 void makeDevice(const std::filesystem::path& folder, bool demonstration);
 
-// Takes away what is left over when the kill came at the very end.
+// Takes away what killed processes have left in a device: a first start at its very end, a change of the database. The
+// caller has the device's lock. Throws a Refusal if the first can't be deleted; the second hinders nobody.
 void clearLeftovers(const std::filesystem::path& folder);
 
 }  // namespace platform::device

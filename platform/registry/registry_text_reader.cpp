@@ -266,9 +266,9 @@ void Reader::readKey()
         throw Fault{"the key's bracket isn't closed"};
     line.resize(end);
     if (line.starts_with(u'-'))
-        throw Fault{"a registry file deletes no keys"};
-    endLine();
+        throw Fault{"deleting a key isn't supported"};
     const KeyPath path = pathOf(line);
+    endLine();
     ++keys_;
     if (!sink_.key(path))
         throw SinkEnded{};
@@ -285,6 +285,8 @@ void Reader::readValue()
     skipBlanks();
     DWORD type = REG_SZ;
     data_.clear();
+    if (units_.next() == u'-')
+        throw Fault{"deleting a value isn't supported"};
     if (units_.takeIf(u'"'))
         readText();
     else
@@ -316,11 +318,14 @@ std::u16string Reader::readName()
 char16_t Reader::readQuotedUnit()
 {
     const bool escaped = units_.takeIf(u'\\');
-    const auto unit = units_.take();
-    if (!unit || *unit == u'\0')
+    const auto unit = units_.next();
+    if (!unit)
         throw Fault{"a text isn't closed"};
+    if (*unit == u'\0')
+        throw Fault{"a text can't hold a NUL"};
     if (escaped && *unit != u'"' && *unit != u'\\')
         throw Fault{"a text has a bad escape"};
+    (void)units_.take();
     return *unit;
 }
 

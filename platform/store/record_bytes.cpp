@@ -18,6 +18,12 @@ constexpr std::size_t HeadBytes = IdBytes + sizeof(WORD);
 constexpr std::size_t SizeBytes = sizeof(DWORD);
 constexpr std::size_t PropertyLimit = 0xFFFF;
 
+// What a call is told or tells by them is true for that call alone: kept, they would say it again and again.
+WORD withoutCallFlags(WORD flags)
+{
+    return static_cast<WORD>(flags & ~(CEDB_PROPNOTFOUND | CEDB_PROPDELETE));
+}
+
 WORD typeOf(CEPROPID id)
 {
     return LOWORD(id);
@@ -61,7 +67,7 @@ std::optional<PropertyView> propertyAt(RecordView bytes)
     if (bytes.size() < HeadBytes)
         return std::nullopt;
     PropertyView property{.id = valueAt<CEPROPID>(bytes, 0),
-                          .flags = valueAt<WORD>(bytes, IdBytes),
+                          .flags = withoutCallFlags(valueAt<WORD>(bytes, IdBytes)),
                           .value = {},
                           .whole = {},
                           .missing = false};
@@ -99,7 +105,7 @@ void appendSized(RecordBytes& bytes, DWORD count, const void* data, std::size_t 
 bool appendProperty(RecordBytes& bytes, const CEPROPVAL& property)
 {
     append(bytes, property.propid);
-    append(bytes, property.wFlags);
+    append(bytes, withoutCallFlags(property.wFlags));
     const WORD type = typeOf(property.propid);
     if (type == CEVT_LPWSTR) {
         if (property.val.lpwstr == nullptr)

@@ -2,7 +2,8 @@
 //
 // Property follows property: id (4 bytes), flags (2), value, the integers little-endian. The value takes 2, 4
 // or 8 bytes by its type; a text or blob is its size in characters or bytes (4), then that many, without a
-// NUL. Of a type that nobody knows it is the 16 bytes of CEVALUNION as they stood.
+// NUL. Of a type that nobody knows it is the 16 bytes of CEVALUNION as they stood. CEDB_PROPNOTFOUND and
+// CEDB_PROPDELETE are no flags of what is stored: older files may have the first, and it isn't read.
 #pragma once
 
 #include "ce/store.h"

@@ -157,6 +157,40 @@ TEST_F(DeviceTest, ContentThatAFolderHidesIsTold)
     EXPECT_THAT(warnings("Other"), testing::IsEmpty());
 }
 
+TEST_F(DeviceTest, DatabaseThatWasLostIsToldAndOneThatNeverWasIsNot)
+{
+    const auto warnings = [&] {
+        auto result = openDevice(at("device"), {}, false);
+        EXPECT_TRUE(result.device) << result.error.sentence;
+        return result.warnings;
+    };
+    write(at("device/object-store/a.txt"), "made by hand");
+    EXPECT_THAT(warnings(), testing::IsEmpty());
+    EXPECT_THAT(warnings(), testing::IsEmpty());
+    fs::remove(at("device/device.db"));
+    EXPECT_THAT(warnings(), testing::ElementsAre(HasSubstr("device.db\" is missing")));
+    EXPECT_THAT(warnings(), testing::IsEmpty());
+    fs::resize_file(at("device/device.db"), 0);
+    EXPECT_THAT(warnings(), testing::ElementsAre(HasSubstr("device.db\" is empty")));
+    fs::remove(at("device/device.db"));
+    fs::remove(at("device/object-store/a.txt"));
+    EXPECT_THAT(warnings(), testing::IsEmpty());  // nothing was ever in it, or a first start was broken off
+}
+
+TEST_F(DeviceTest, WhatAKilledChangeOfTheDatabaseHasLeftGoesAlsoBehindALink)
+{
+    ASSERT_TRUE(opened());
+    fs::create_directories(at("elsewhere"));
+    fs::rename(at("device/device.db"), at("elsewhere/real.db"));
+    fs::create_symlink(at("elsewhere/real.db"), at("device/device.db"));
+    write(at("device/device.db.changing"), "somebody else's");
+    for (const char* part : {"", "-wal", "-shm", "-journal"})
+        write(at(std::string("elsewhere/real.db.changing") + part), "left over");
+    ASSERT_TRUE(opened());
+    EXPECT_EQ(treeOf(at("elsewhere")).size(), 1U);
+    EXPECT_TRUE(fs::exists(at("device/device.db.changing")));
+}
+
 TEST_F(DeviceTest, ExtraFoldersThatCannotBeShownAreRefusedWithTheirName)
 {
     fs::create_directories(at("device/object-store"));

@@ -1,5 +1,6 @@
 // Records: values, the pointer, seeks, changes.
 
+#include "device_database.h"
 #include "store_fixture.h"
 
 #include <algorithm>
@@ -7,6 +8,9 @@
 #include <numeric>
 
 namespace {
+
+using platform::database::DatabaseUse;
+using platform::database::Step;
 
 class RecordsTest : public StoreTest {
 protected:
@@ -73,6 +77,22 @@ TEST_F(RecordsTest, WriteReplacesAddsAndTakesAwayAndKeepsTheRest)
     bad.val.blob = {1, nullptr};
     EXPECT_EQ(CeWriteRecordProps(database, 0, 1, &bad), 0U);
     EXPECT_EQ(recordsOf(u"A").size(), 1U);
+    CloseHandle(database);
+}
+
+TEST_F(RecordsTest, FlagOfAnAnswerIsNotStoredWithTheProperty)
+{
+    const HANDLE database = opened(u"A");
+    const CEOID oid = add(database, {text(1, u"one", CEDB_PROPNOTFOUND), text(2, u"two", CEDB_PROPNOTFOUND | 5)});
+    EXPECT_EQ(recordsOf(u"A"), (Records{{text(1, u"one"), text(2, u"two", 5)}}));
+    // As a file of an earlier version has it; a write to something else doesn't bring it back.
+    ASSERT_EQ(
+        DatabaseUse()->execute("UPDATE store_record SET properties = x'1F0001000001000000001F0002000502000000001F000300"
+                               "010000000000'"),
+        Step::Done);
+    EXPECT_EQ(recordsOf(u"A"), (Records{{text(1, u""), text(2, u"", 5), text(3, u"", 1)}}));
+    write(database, oid, {text(2, u"", CEDB_PROPDELETE)});
+    EXPECT_EQ(recordsOf(u"A"), (Records{{text(1, u""), text(3, u"", 1)}}));
     CloseHandle(database);
 }
 

@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
 """Databases as vCard, iCalendar and CSV: our own files come back record for record, those of others as far as they can,
 and a damaged file changes nothing."""
+import base64
+import contextlib
 import json
 import os
 import pathlib
 import random
 import re
 import resource
+import sqlite3
 import subprocess
 import sys
 import tempfile
@@ -174,6 +177,19 @@ class OwnFilesTest(FormsTest):
                     return [sorted(map(str, json.loads(line).get("record", [line]))) for line in out.splitlines()]
                 self.assertEqual(unordered(after), unordered(before))
 
+    def test_what_an_older_device_has_in_a_propertys_flags_can_not_be_imported(self):
+        number = NAMES["Minutes"]
+        self.tool("database", "import", self.device, "-", given=lines(APPOINTMENTS, [[{"id": number, "flags": 7, "value": 5}]]))
+        with contextlib.closing(sqlite3.connect(self.device / "device.db")) as store, store:
+            (record,) = store.execute("SELECT properties FROM store_record").fetchone()
+            self.assertEqual(record[4:6], b"\7\0")
+            store.execute("UPDATE store_record SET properties = ?", (record[:4] + b"\7\3" + record[6:],))
+        for file in ("own.jsonl", "own.csv", "own.ics"):
+            self.tool("database", "export", self.device, self.folder / file)
+            self.tool("database", "import", self.device, self.folder / file, "--replace", "--name", APPOINTMENTS["database"])
+            self.assertEqual([p for p in self.records(APPOINTMENTS["database"])[0] if p["id"] == number],
+                             [{"id": number, "flags": 7, "value": 5}])
+
     def test_the_largest_record_is_more_than_a_card_may_be(self):
         self.tool("database", "import", self.device, "-", given=lines(CONTACTS, [[
             {"id": f"{n:04x}0003", "flags": 1, "value": 1} for n in range(1, 0x10000)]]))
@@ -315,6 +331,54 @@ END:VCARD
             {"LastName": "Hanoi", "FirstName": "Anna", "Notes": r"C:\new\names; a, \:b" "\\", "Town": r"To\n;",
              "Categories": r"\now;b"},
             {"LastName": "a", "Notes": "one two three= \t "}, {"LastName": "a", "Notes": "C:\r\new"}])
+
+    def test_base64_is_taken_for_the_text_itself(self):
+        def coded(text, characters="utf-8"):
+            return base64.b64encode(text.encode(characters)).decode()
+        long = coded("a\\nb\\, c " * 12)
+        said = self.add("vcard", f"""BEGIN:VCARD
+VERSION:2.1
+N;CHARSET=ISO-8859-1;ENCODING=BASE64:{coded("Müller;Jörg", "latin-1")}
+ORG;Base64:{coded("Grüße")}
+NOTE;ENCODING=BASE64:
+    {coded("one")}
+\t {coded("two")}
+
+END:VCARD
+BEGIN:VCARD
+VERSION:3.0
+N:a
+NOTE;ENCODING=b:{long[:50]}
+ {long[50:]}
+CATEGORIES;ENCODING=b:{coded("A,B")}
+CATEGORIES;ENCODING=b:/w==
+CATEGORIES:C
+EMAIL;ENCODING=B:{coded("a@b.example").rstrip("=")}
+EMAIL;ENCODING=B:a
+END:VCARD
+BEGIN:VCARD
+VERSION:3.0
+N;ENCODING=B:{coded("Only").replace("=", "*")}*
+FN:b
+ORG;ENCODING=B://///w==
+TEL;ENCODING=B;CHARSET=KLINGON:AAAA
+ADR;ENCODING=B:QQ==QQ==
+NOTE;ENCODING=B:{coded("a" + chr(0))}
+PHOTO;ENCODING=B:/9j/4AAQSkZJRg==
+END:VCARD
+""")
+        self.assertEqual(self.named("Contacts Database"), [
+            {"LastName": "Müller", "FirstName": "Jörg", "Company": "Grüße", "Notes": "onetwo"},
+            {"LastName": "a", "Categories": "A;B;C", "Mail": "a@b.example", "Notes": "a\r\nb, c " * 12}, {"LastName": "b"}])
+        self.assertEqual(said, "quillbox-device: 8 fields were left out: ADR 1, CATEGORIES 1, EMAIL 1, N 1, NOTE 1, ORG 1, PHOTO 1, TEL 1.\n")
+
+    def test_blanks_at_the_end_of_a_line_hide_a_card_or_its_version(self):
+        said = self.add("vcard", "BEGIN:VCARD \r\nVERSION:2.1\t\r\nN:a\r\nNOTE:C:\\new\r\nAGENT:\r\nBEGIN: vcard\r\n"
+                        "END:VCARD\t \r\nend:vcard\r\n")
+        self.assertEqual(self.named("Contacts Database"), [{"LastName": "a", "Notes": "C:\\new"}])
+        self.assertIn("VCARD 1.", said)
+        self.add("ical", "BEGIN:VCALENDAR\t\nBEGIN:VTODO \nSUMMARY:b \nEND:VTODO  \nEND:VCALENDAR \n")
+        self.assertEqual(self.named("Tasks Database"), [{"Subject": "b ", "Done": 0}])
 
     def test_an_empty_line_is_no_json(self):
         made = lines(CONTACTS, [[{"id": NAMES["LastName"], "value": "a"}]]).replace("\n", "\r\n\r\n \t\n\n")

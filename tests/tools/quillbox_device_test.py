@@ -121,11 +121,16 @@ class DeviceToolTest(unittest.TestCase):
         before = self.everything()
         text = before[1].decode("utf-16")
         self.assertIn('[HKEY_USERS\\a]\r\n"changed"=dword:00000005\r\n"kept"="1"\r\n', text)
-        for name, body, line in (("cut", '[HKEY_USERS\\b]\n@="x"\n"y"="z', 5), ("root", "[HKEY_NONE]\n", 4),
-                                 ("deletion", "[HKEY_USERS\\c]\n@=\"\"\n[-HKEY_USERS\\a]\n", 5)):
+        for name, body, fault in (("cut", '[HKEY_USERS\\b]\n@="x"\n"y"="z', "line 5: a text isn't closed"),
+                                  ("root", "[HKEY_NONE]\n", "line 3: the key is below none of the predefined ones"),
+                                  ("level", "[HKEY_USERS\\a\\]\n", "line 3: a name in the key's path is empty"),
+                                  ("escape", "[HKEY_USERS]\n@=\"a\\\nb\"\n", "line 4: a text has a bad escape"),
+                                  ("NUL", "[HKEY_USERS]\n@=\"a\0b\"\n", "line 4: a text can't hold a NUL"),
+                                  ("value", "[HKEY_USERS]\n\"a\"=-\n", "line 4: deleting a value isn't supported"),
+                                  ("key", "[HKEY_USERS\\c]\n@=\"\"\n[-HKEY_USERS\\a]\n", "line 5: deleting a key isn't supported")):
             with self.subTest(name):
                 said = self.run_tool("registry", "import", self.device, self.file(name, REGISTRY + body, "utf-16-le"), code=1)
-                self.assertIn(f'{name}", line {line}: ', said)
+                self.assertIn(f'{name}", {fault}', said)
         for text in ("REGEDIT4\n", REGISTRY[1:], REGISTRY):  # in 8 bits, with and without a mark, of odd and even size
             for end in ("", "\n"):
                 said = self.run_tool("registry", "import", self.device, self.file("8 bit", text + "[HKEY_USERS]\n" + end), code=1)
@@ -200,8 +205,12 @@ class DeviceToolTest(unittest.TestCase):
         while not (log.exists() and log.stat().st_size) and time.monotonic() < end:
             time.sleep(0.01)
         self.assertGreater(log.stat().st_size, 0)
+        self.assertIn("open in another", self.run_tool("show", self.device, code=1))
+        self.assertTrue(log.exists(), "what a living import uses isn't cleared away")
         killed.kill()
         killed.communicate()
+        self.run_tool("show", self.device)
+        self.assertEqual([path.name for path in self.device.iterdir() if "changing" in path.name], [], "as large as the device")
         self.run_tool("database", "import", self.device, self.file("in.jsonl", lines()))
         listed = self.run_tool("database", "list", self.device)
         self.assertIn("All kinds", listed)

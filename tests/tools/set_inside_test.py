@@ -84,6 +84,19 @@ class GoodInsideTest(InsideTest):
         self.assertEqual([value["value"] for value in found[40001]["record"]], [blob.hex(), text])
         self.assertEqual(len(found), 40002, "a record without properties is none")
 
+    def test_what_a_restore_makes_of_a_propertys_flags_comes_out(self):
+        """0x100 is an answer's, 0x200 takes a property away; nothing that is stored has them, and no import takes them."""
+        image = image_bytes("Tasks", 7, [], [[(0x10003, 1, 0x100), (0x20003, 2, 0x101), (0x30003, 3, 0x200)],
+                                              [(0x10003, 4), (0x20003, 5), (0x10003, 6, 0x300), (0x20003, 7)],
+                                              [(0x10003, 8, 0x200)]])
+        path = self.set_of(image)
+        self.assertEqual(self.verified(path), (0, []))
+        self.assertEqual(lines_of(self.extracted(path)["Tasks.jsonl"])[1:],
+                         [{"record": [{"id": "00010003", "value": 1}, {"id": "00020003", "flags": 1, "value": 2}]},
+                          {"record": [{"id": "00020003", "value": 7}]}])
+        self.assertEqual(self.extracted(path, "--form", "csv")["Tasks.csv"].read_bytes().split(),
+                         [b"00010003,00020003,00020003", b"flags", b"1,2,1", b",7,"])
+
     def test_list_tells_what_is_inside_only_when_asked(self):
         path = self.set_of()
         text = self.run_tool("list", path, "--inside").text

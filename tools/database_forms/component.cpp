@@ -23,6 +23,13 @@ std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
     return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
 }
 
+// Around a word that isn't anybody's text.
+std::string withoutBlanks(const std::string& value)
+{
+    const std::size_t begin = value.find_first_not_of(" \t");
+    return begin == std::string::npos ? "" : value.substr(begin, value.find_last_not_of(" \t") + 1 - begin);
+}
+
 }  // namespace
 
 void Component::add(std::string lineName, std::string value, std::vector<Parameter> parameters)
@@ -101,6 +108,8 @@ std::optional<ContentLine> ComponentReader::nextLine()
         try {
             ContentLine line = contentLineFrom(logical_, logicalNumber_);
             decode(line);
+            if (line.name == "BEGIN" || line.name == "END" || line.name == "VERSION")
+                line.value = withoutBlanks(line.value);
             return line;
         } catch (const FormFault& fault) {
             refuse(fault.what(), logicalNumber_);

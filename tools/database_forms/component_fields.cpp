@@ -47,6 +47,10 @@ const ContentLine* ComponentFields::take(std::string_view name, std::string_view
     for (const ContentLine& line : component_.lines) {
         if (line.name != name || isEmpty(line))
             continue;
+        if (line.binary) {
+            leftOut_.add(name);
+            continue;
+        }
         ++there;
         if (best == nullptr || rank(line) > rank(*best))
             best = &line;
@@ -69,7 +73,9 @@ void ComponentFields::takeCategories(Record& record)
 {
     std::string categories;
     for (const ContentLine& line : component_.lines)
-        if (line.name == "CATEGORIES" && !isEmpty(line)) {
+        if (line.name == "CATEGORIES" && line.binary) {
+            leftOut_.add(line.name);
+        } else if (line.name == "CATEGORIES" && !isEmpty(line)) {
             use(line);
             categories += (categories.empty() ? "" : ";") + withSemicolons(line.value);
         }

@@ -19,8 +19,8 @@ public:
     ComponentFields(const Component& component, LeftOut& leftOut) : component_(component), leftOut_(leftOut) {}
 
     // The line of that name: the first of a type, otherwise the first; one of the types in `last` only if there is no
-    // other. Null if there is none, or only empty ones. Those of the name that aren't taken are left out. Throws a
-    // FormFault if the line's value can't be read.
+    // other. Null if there is none, or only empty ones and BASE64 that is no text. Those of the name that aren't taken
+    // are left out. Throws a FormFault if the line's value can't be read.
     [[nodiscard]] const ContentLine* take(std::string_view name, std::string_view type = {},
                                           std::span<const std::string_view> last = {});
 

@@ -22,6 +22,7 @@ struct ContentLine {
     std::size_t number = 0;  // of the file's line where it begins
     std::string fault = {};  // why the value can't be read as text; no matter to who doesn't want it
     bool guessed = false;    // the value's character set was
+    bool binary = false;     // BASE64 that is no text: left out where one is wanted
 
     // The first parameter of that name; empty if there is none.
     [[nodiscard]] std::string_view parameter(std::string_view parameterName) const;

@@ -10,10 +10,21 @@
 #include <iconv.h>
 
 #include <memory>
+#include <utility>
 
 namespace database_forms {
 
 namespace {
+
+enum class Encoding { None, QuotedPrintable, Base64 };
+
+Encoding encodingOf(const ContentLine& line)
+{
+    const std::string word = inCapitals(line.parameter("ENCODING"));
+    if (word == "QUOTED-PRINTABLE")
+        return Encoding::QuotedPrintable;
+    return word == "BASE64" || word == "B" ? Encoding::Base64 : Encoding::None;
+}
 
 std::string fromQuotedPrintable(std::string_view value)
 {
@@ -26,6 +37,61 @@ std::string fromQuotedPrintable(std::string_view value)
         value.remove_prefix(byte ? 3 : 1);
     }
     return bytes;
+}
+
+// Blanks stand there where a line was folded with several; some leave the padding away.
+std::string fromBase64(std::string_view value)
+{
+    constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    unsigned bits = 0;
+    unsigned waiting = 0;  // of them, for the rest of a byte
+    std::size_t characters = 0;
+    bool padded = false;
+    bool good = true;
+    for (const char c : value) {
+        if (c == ' ' || c == '\t')
+            continue;
+        ++characters;
+        const std::size_t digit = Digits.find(c);
+        padded = padded || c == '=';
+        good = good && (padded ? c == '=' : digit != std::string_view::npos);
+        if (padded || !good)
+            continue;
+        bits = (bits << 6) | static_cast<unsigned>(digit);
+        waiting += 6;
+        if (waiting >= 8) {
+            waiting -= 8;
+            bytes += static_cast<char>((bits >> waiting) & 0xFF);
+        }
+    }
+    if (!good || waiting == 6 || (padded && characters % 4 != 0))
+        throw FormFault("the line's BASE64 is damaged");
+    return bytes;
+}
+
+std::string decoded(const std::string& value, Encoding encoding)
+{
+    switch (encoding) {
+    case Encoding::QuotedPrintable:
+        return fromQuotedPrintable(value);
+    case Encoding::Base64:
+        return fromBase64(value);
+    default:
+        return value;
+    }
+}
+
+const char* whyNotUtf8(Encoding encoding)
+{
+    switch (encoding) {
+    case Encoding::QuotedPrintable:
+        return "the line's quoted-printable isn't of the CHARSET that it names";
+    case Encoding::Base64:
+        return "the line's BASE64 is no text";
+    default:
+        return "the line isn't UTF-8; save the file as UTF-8";
+    }
 }
 
 std::string toUtf8(std::string bytes, const std::string& characterSet)
@@ -66,21 +132,20 @@ std::string fromWindows1252(const std::string& bytes)
 // save such a file otherwise: it looks like ASCII.
 void bringToUtf8(ContentLine& line)
 {
-    const bool quoted = inCapitals(line.parameter("ENCODING")) == "QUOTED-PRINTABLE";
-    if (quoted)
-        line.value = fromQuotedPrintable(line.value);
+    const Encoding encoding = encodingOf(line);
+    std::string text = decoded(line.value, encoding);
     const std::string characterSet(line.parameter("CHARSET"));
     if (!characterSet.empty() && inCapitals(characterSet) != "UTF-8") {
-        line.value = toUtf8(line.value, characterSet);
-    } else if (quoted && characterSet.empty() && !isValidUtf8(line.value)) {
-        line.value = fromWindows1252(line.value);
+        text = toUtf8(text, characterSet);
+    } else if (encoding == Encoding::QuotedPrintable && characterSet.empty() && !isValidUtf8(text)) {
+        text = fromWindows1252(text);
         line.guessed = true;
     }
-    if (!isValidUtf8(line.value))
-        throw FormFault(quoted ? "the line's quoted-printable isn't of the CHARSET that it names"
-                               : "the line isn't UTF-8; save the file as UTF-8");
-    if (line.value.find('\0') != std::string::npos)
+    if (!isValidUtf8(text))
+        throw FormFault(whyNotUtf8(encoding));
+    if (text.find('\0') != std::string::npos)
         throw FormFault("the line has a NUL in it");
+    line.value = std::move(text);
 }
 
 }  // namespace
@@ -111,6 +176,7 @@ void decode(ContentLine& line)
         bringToUtf8(line);
     } catch (const FormFault& fault) {
         line.fault = fault.what();
+        line.binary = encodingOf(line) == Encoding::Base64;
     }
 }
 

@@ -4,12 +4,15 @@
 
 #include "failure.h"
 #include "replacement.h"
+#include "screen_text.h"
 
+#include "changing_copy.h"
 #include "device_database.h"
 #include "object_store.h"
 #include "registry_store.h"
 
 #include <cerrno>
+#include <iostream>
 #include <system_error>
 #include <utility>
 
@@ -35,25 +38,21 @@ void flush(const fs::path& path)
 // taken for the new copy's.
 class Copy {
 public:
-    explicit Copy(fs::path copy) : copy_(std::move(copy))
+    explicit Copy(fs::path database) : database_(std::move(database))
     {
-        for (const char* part : parts)
-            fs::remove(copy_.string() + part);
+        if (!platform::device::removeChangingCopyOf(database_))
+            throw Failure("What an earlier change has left beside \"" + database_.string() + "\" can't be deleted.");
     }
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
     ~Copy()
     {
         closeDatabase();
-        std::error_code ignored;
-        for (const char* part : parts)
-            fs::remove(copy_.string() + part, ignored);
+        (void)platform::device::removeChangingCopyOf(database_);
     }
 
 private:
-    static constexpr const char* parts[] = {"", "-wal", "-shm"};
-
-    fs::path copy_;
+    fs::path database_;
 };
 
 }  // namespace
@@ -66,6 +65,8 @@ std::unique_ptr<platform::device::Device> openExisting(const fs::path& folder)
     auto opened = platform::device::openDevice(folder, {}, false);
     if (!opened.device)
         throw Failure(opened.error.sentence);
+    for (const std::string& warning : opened.warnings)
+        std::cerr << "quillbox-device: " << screen_text::onScreen(warning) << '\n';
     return std::move(opened.device);
 }
 
@@ -73,11 +74,11 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
 {
     // A link to it stays one: the copy grows beside what it leads to.
     const fs::path database = fs::canonical(device.folder() / "device.db");
-    const fs::path changing = database.string() + ".changing";
+    const fs::path changing = platform::device::changingCopyOf(database);
     closeDatabase();  // puts all of it into the one file
     if (fs::exists(database.string() + "-wal"))
         throw Failure("The device's database \"" + database.string() + "\" can't be closed.");
-    const Copy copy(changing);
+    const Copy copy(database);
     fs::copy_file(database, changing);
     std::string sentence;
     if (!platform::registry::openRegistry(changing, sentence))

@@ -7,6 +7,7 @@
 #include "unpacked_image.h"
 
 #include <ostream>
+#include <unordered_map>
 
 namespace quillbox_set {
 
@@ -35,11 +36,30 @@ std::size_t groupBefore(const ImageReport& image, std::size_t behind)
     return first;
 }
 
+// What a device's store keeps of a record that a restore writes.
+std::vector<CEPROPVAL> restored(std::span<const CEPROPVAL> record)
+{
+    std::vector<CEPROPVAL> kept;
+    std::unordered_map<CEPROPID, std::size_t> places;
+    for (const CEPROPVAL& property : record) {
+        const auto [place, isNew] = places.emplace(property.propid, kept.size());
+        if (isNew)
+            kept.push_back(property);
+        else
+            kept[place->second] = property;
+    }
+    std::erase_if(kept, [](const CEPROPVAL& property) { return (property.wFlags & CEDB_PROPDELETE) != 0; });
+    for (CEPROPVAL& property : kept)
+        property.wFlags = static_cast<WORD>(property.wFlags & ~CEDB_PROPNOTFOUND);
+    return kept;
+}
+
 void addBackwards(database_forms::DatabaseWriter& writer, const ImageRecords& records)
 {
     for (std::size_t place = records.size(); place > 0; place--) {
-        if (!records.record(place - 1).empty())
-            writer.add(records.record(place - 1));
+        const std::vector<CEPROPVAL> record = restored(records.record(place - 1));
+        if (!record.empty())
+            writer.add(record);
     }
 }
 

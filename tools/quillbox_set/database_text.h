@@ -18,8 +18,8 @@ struct DatabaseText {
 };
 
 // Writes the records that `image` has whole in the database's own order, which its image turns around: so equal
-// databases give equal files, out of a device or out of a set. Records without properties are left out, as a restore
-// leaves them. Needs room beside the file for the image.
+// databases give equal files, out of a device or out of a set. Of a record comes what a restore would put
+// into a device of it; one without properties is left out. Needs room beside the file for the image.
 //
 // Returns what hindered it; no new file is left then. `bytes` is the file's size.
 [[nodiscard]] std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,

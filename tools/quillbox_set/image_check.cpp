@@ -189,7 +189,8 @@ std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_
         warnings.push_back("the name in its image has more than 31 characters: a device cuts it");
     if (image.emptyRecords != 0)
         warnings.push_back(counted(image.emptyRecords, "record") +
-                           " of its image without properties: a backup writes such for what it couldn't read");
+                           " of its image without properties, which a restore leaves out: empty on the device, or "
+                           "such that the backup couldn't read");
     return warnings;
 }
 
