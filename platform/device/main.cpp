@@ -65,16 +65,22 @@ int runInWindow(const CommandLine& options)
     const auto opened = platform::device::openDevice(options.device, options.extras, true);
     if (!opened.device && opened.error.inUse) {
         const auto other = platform::display::findFirstStart(options.device);
-        if (other && other->bringToFront())
+        if (other && other->bringToFront()) {
+            if (!options.extras.empty())
+                (void)tell("its window was open already; its cards and folders stay as they are.", 0);
             return 0;
+        }
     }
     if (!opened.device)
         return tell(opened.error.sentence, Failed);
     tellWarnings(opened);
     const auto firstStart = platform::display::answerSecondStarts(options.device);
-    const int exitCode = platform::display::runWithWindow(startProgram);
-    (void)tellLeftOut(exitCode);
-    return exitCode;
+    // Told on the program's own thread: without a desktop there is no way back from the other.
+    return platform::display::runWithWindow([] {
+        const int exitCode = startProgram();
+        (void)tellLeftOut(exitCode);
+        return exitCode;
+    });
 }
 
 int runByScript(const CommandLine& options)

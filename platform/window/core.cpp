@@ -98,6 +98,18 @@ bool takesInputOf(const Window& window)
     return true;
 }
 
+void condemn(Window& window)
+{
+    window.thread->condemned.push_back(window.handle);
+    announce(window, Change::Shown);
+    tell(*window.thread);
+}
+
+bool isCondemned(const Window& window)
+{
+    return std::ranges::find(window.thread->condemned, window.handle) != window.thread->condemned.end();
+}
+
 void announce(const Window& window, Change change)
 {
     if (Display* display = core().display)

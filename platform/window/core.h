@@ -185,6 +185,9 @@ struct Core {
 }
 
 [[nodiscard]] Window& addWindow();
+// It went with an owner of another thread: never shown from now on, and destroyed in its own thread's name.
+void condemn(Window& window);
+[[nodiscard]] bool isCondemned(const Window& window);
 // Takes it out of the table with its children, its timers and what was queued for it. Sends nothing.
 void removeWindow(Window& window);
 

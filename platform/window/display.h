@@ -99,6 +99,7 @@ struct WindowState {
     bool defaultButton = false;  // Enter would press it now
     UINT messageBoxType = 0;     // message box: the MB_ bits
     int caretRow = -1;           // list box
+    int extent = 0;              // list box: how wide its rows are at least, virtual pixels
     long selectionStart = 0;     // edit, in characters; the caret stands at the end
     long selectionEnd = 0;
     bool readOnly = false;

@@ -28,6 +28,7 @@ void readControl(Window& window, WindowState& state)
     }
     case WindowKind::ListBox:
         state.caretRow = static_cast<int>(stateOf<ListBoxState>(window).caret);
+        state.extent = stateOf<ListBoxState>(window).extent;
         break;
     case WindowKind::ProgressBar: {
         const auto& bar = stateOf<ProgressState>(window);
@@ -64,7 +65,7 @@ bool readWindow(HWND handle, WindowState& state)
     state.style = window->style;
     state.exStyle = window->exStyle;
     state.place = window->place;
-    state.visible = hasStyle(*window, WS_VISIBLE);
+    state.visible = hasStyle(*window, WS_VISIBLE) && !isCondemned(*window);
     state.enabled = !hasStyle(*window, WS_DISABLED);
     state.focused = window->thread->focus == handle;
     state.messageBoxType = window->dialog ? window->dialog->messageBoxType : 0;

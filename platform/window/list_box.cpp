@@ -121,6 +121,13 @@ LRESULT setCurrent(Window& box, ListBoxState& state, long index)
     return index;
 }
 
+LRESULT setExtent(Window& box, ListBoxState& state, int extent)
+{
+    state.extent = std::max(extent, 0);
+    announce(box, Change::Rows);
+    return 0;
+}
+
 LRESULT findRow(ListBoxState& state, long after, LPARAM text)
 {
     if (!text)
@@ -167,6 +174,8 @@ LRESULT answer(Window& box, ListBoxState& state, UINT message, WPARAM wParam, LP
         return static_cast<LRESULT>(state.rows.size());
     case LB_GETSELCOUNT:
         return state.multiple ? state.selectedCount : LB_ERR;
+    case LB_SETHORIZONTALEXTENT:
+        return setExtent(box, state, static_cast<int>(wParam));
     case LB_FINDSTRINGEXACT:
         return findRow(state, index, lParam);
     case WM_GETDLGCODE:

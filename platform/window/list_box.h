@@ -15,6 +15,7 @@ struct ListBoxState : ControlState {
     bool multiple;
     long caret = -1;  // single selection: the selected row or -1; multiple: the row with the focus frame
     long selectedCount = 0;
+    int extent = 0;  // virtual pixels that the program wants to be scrolled over sideways
 };
 
 }  // namespace platform::window

@@ -22,10 +22,8 @@ void endThread(Thread& thread)
     for (const HWND top : tops) {
         Window* window = findWindow(top);
         if (window && window->owner && !findWindow(window->owner) &&
-            std::ranges::find(tops, window->owner) != tops.end()) {
-            window->thread->condemned.push_back(top);
-            tell(*window->thread);
-        }
+            std::ranges::find(tops, window->owner) != tops.end())
+            condemn(*window);
     }
     if (thread.cursor && --all.waitCursors == 0)
         announceGlobal(Change::Cursor);

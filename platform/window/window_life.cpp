@@ -109,6 +109,8 @@ void destroyCondemned(Lock& lock, Thread& self)
     while (!self.condemned.empty()) {
         const HWND window = self.condemned.back();
         self.condemned.pop_back();
+        if (Window* condemned = findWindow(window))
+            condemned->style &= ~WS_VISIBLE;
         lock.unlock();
         DestroyWindow(window);
         lock.lock();
@@ -126,12 +128,10 @@ std::vector<HWND> releaseOwned(HWND owner)
         Window* owned = findWindow(top);
         if (owned->owner != owner)
             continue;
-        if (owned->thread == &currentThread()) {
+        if (owned->thread == &currentThread())
             own.push_back(top);
-        } else {
-            owned->thread->condemned.push_back(top);
-            tell(*owned->thread);
-        }
+        else
+            condemn(*owned);
     }
     return own;
 }

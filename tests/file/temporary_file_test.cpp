@@ -5,6 +5,8 @@
 #include "attributes.h"
 #include "known_attributes.h"
 
+#include <ctime>
+
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -99,14 +99,14 @@ std::uint64_t Screen::changes() const
     return changes_;
 }
 
-bool Screen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const
+void Screen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const
 {
     std::unique_lock lock(mutex_);
     const auto isMore = [&] { return changes_ != seen; };
     if (patience)
-        return more_.wait_for(lock, *patience, isMore);
-    more_.wait(lock, isMore);
-    return true;
+        more_.wait_for(lock, *patience, isMore);
+    else
+        more_.wait(lock, isMore);
 }
 
 std::optional<WindowState> Screen::top() const

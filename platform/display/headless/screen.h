@@ -31,8 +31,8 @@ public:
     [[nodiscard]] bool hasEnded() const;
     // How often something has changed that may make an action possible.
     [[nodiscard]] std::uint64_t changes() const;
-    // Returns when there are more than `seen`, or false when `patience` is over first. No patience: for ever.
-    bool waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const;
+    // Until there are more than `seen`, or `patience` is over. No patience: for ever.
+    void waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const;
 
     // The window in front of the program's main thread that takes a user's input: visible and enabled.
     [[nodiscard]] std::optional<window::WindowState> top() const;

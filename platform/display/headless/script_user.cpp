@@ -23,6 +23,8 @@ namespace {
 
 // A program that shows what it showed before, although that was closed, is left alone after so many times.
 constexpr int RepeatsAtMost = 200;
+// Of patience, before it looks again: a host that stood still costs the program no more than one of them.
+constexpr std::chrono::milliseconds LongestLook(50);
 
 }  // namespace
 
@@ -132,12 +134,16 @@ Failure ScriptUser::await(std::string_view expected, const Condition& isSo,
                 return std::nullopt;
         }
 
-        const auto begin = steady_clock::now();
-        const bool counts = screen_.programRests() && !forEver;
-        if (!screen_.waitForMore(seen, counts ? std::optional(patience) : std::nullopt))
+        if (forEver || !screen_.programRests()) {
+            screen_.waitForMore(seen, std::nullopt);
+        } else if (patience == steady_clock::duration::zero()) {
             return "expected " + std::string(expected) + ", on the screen: " + onTheScreen();
-        if (counts)
-            patience -= std::min(patience, steady_clock::now() - begin);
+        } else {
+            const steady_clock::duration slice = std::min<steady_clock::duration>(patience, LongestLook);
+            const auto begin = steady_clock::now();
+            screen_.waitForMore(seen, slice);
+            patience -= std::min(slice, steady_clock::now() - begin);
+        }
     }
 }
 

@@ -23,6 +23,9 @@ public:
         : QDateEdit(parent), View(state.window, courier)
     {
         setCalendarPopup(true);
+        // A year of two digits is read as one of this century, or of the last.
+        if (QString format = displayFormat(); !format.contains(QLatin1String("yyyy")))
+            setDisplayFormat(format.replace(QLatin1String("yy"), QLatin1String("yyyy")));
         setMinimumDate(FirstDate);
         connect(this, &QDateEdit::dateChanged, this, [this](QDate date) { post(date); });
     }
@@ -60,8 +63,12 @@ private:
         SYSTEMTIME date{};
         if (!window::readDate(window(), date))
             return;
+        const QDate wanted(date.wYear, date.wMonth, date.wDay);
+        // Setting what it shows already would take back the digits of a part that is half typed.
+        if (wanted == this->date())
+            return;
         following_ = true;
-        setDate(QDate(date.wYear, date.wMonth, date.wDay));
+        setDate(wanted);
         following_ = false;
     }
 

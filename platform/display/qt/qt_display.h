@@ -14,4 +14,4 @@
 extern "C" int quillboxRunWithWindow(const std::function<int()>* program);
 
 inline constexpr int WindowNoDesktop = 3;
-inline constexpr int WindowDesktopLost = 4;
+inline constexpr int WindowDesktopLost = 5;  // 4 is a script's, where something was left out
