@@ -99,6 +99,24 @@ std::optional<std::string> toHostName(std::u16string_view deviceName)
     return host;
 }
 
+std::u16string toShown(std::u16string_view text)
+{
+    constexpr char16_t SetMinus = 0x2216;
+    constexpr std::u16string_view Digits = u"0123456789ABCDEF";
+    std::u16string shown;
+    shown.reserve(text.size());
+    for (const char16_t unit : text) {
+        const auto byte = static_cast<char16_t>(unit - EscapeBase);
+        if (!isEscape(unit) || (byte < 0x80 && plainBytes[byte]))
+            shown.push_back(unit);  // escapes of what needs none are no names: they pass for nothing else
+        else if (byte < 0x80)
+            shown.push_back(byte == u'\\' ? SetMinus : byte);
+        else
+            shown.append({char16_t{ReplacementCharacter}, Digits[byte >> 4], Digits[byte & 0xF]});
+    }
+    return shown;
+}
+
 std::string toUtf8(std::u16string_view text)
 {
     std::string result;

@@ -20,6 +20,11 @@ namespace platform::text {
 // a lone surrogate, a private-use character in other than its one way, or more than 255 bytes on the host.
 [[nodiscard]] std::optional<std::string> toHostName(std::u16string_view deviceName);
 
+// A text with names in it, for eyes alone: what no font has a picture for stands as what the host calls it. A
+// backslash of a name becomes U+2216, since \ parts names; a byte that is no UTF-8 becomes U+FFFD and its two
+// hexadecimal digits, so that names which differ in it still look different. Nothing leads back.
+[[nodiscard]] std::u16string toShown(std::u16string_view text);
+
 // Plain text (not names): UTF-8 and UTF-16, what is invalid becoming U+FFFD.
 [[nodiscard]] std::string toUtf8(std::u16string_view text);
 [[nodiscard]] std::u16string fromUtf8(std::string_view text);

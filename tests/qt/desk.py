@@ -5,6 +5,7 @@ for what it needs to see.
 """
 import atexit
 import collections
+import contextlib
 import os
 import pathlib
 import re
@@ -19,6 +20,7 @@ TOOLS = ["Xvfb", "openbox", "xdotool", "xprop", "xwininfo", "dbus-daemon"]
 MISSING = 77  # exit code
 ROWS = {"list item", "table cell"}  # their list has the keyboard, not they
 MAIN = "KORV Quillbox"
+LOOKS = 50  # in a second
 
 
 def require_tools(*more):
@@ -33,18 +35,21 @@ def require_tools(*more):
         sys.exit(MISSING)
 
 
-def wait_for(what, condition, seconds=30):
-    """The condition's first true value."""
+class InVain(SystemExit):
+    pass
+
+
+def wait_for(what, condition, seconds=60):
+    """The condition's first true value. Looks are counted, not time: a host that stood still hasn't looked."""
     from gi.repository import GLib
-    end = time.monotonic() + seconds
-    while time.monotonic() < end:
+    for _ in range(seconds * LOOKS):
         while GLib.MainContext.default().iteration(False):
             pass
-        found = condition()
-        if found:
-            return found
-        time.sleep(0.02)
-    raise SystemExit(f"in vain: {what}")
+        with contextlib.suppress(GLib.Error, NotImplementedError):  # what it asks about has just gone
+            if found := condition():
+                return found
+        time.sleep(1 / LOOKS)
+    raise InVain(f"in vain: {what}")
 
 
 def xdotool(*words):
@@ -107,6 +112,9 @@ class Person:
 
     def __init__(self, process, scale=1):
         import pyatspi
+        from gi.repository import Atspi
+        # Else a program that doesn't answer for a second has no states and no names.
+        Atspi.set_timeout(60000, 60000)
         self.process = process
         self.scale = scale
         self.atspi = pyatspi
@@ -131,18 +139,13 @@ class Person:
                 return None
             told = subprocess.run(["xwininfo", "-id", active], capture_output=True, text=True).stdout
             seen = self.place(window)
-            x, y = map(int, re.findall(r"Absolute upper-left [XY]: +(-?\d+)", told))
-            return window if max(abs(x - seen.x), abs(y - seen.y)) < 2 * self.scale else None
+            place = [int(number) for number in re.findall(r"Absolute upper-left [XY]: +(-?\d+)", told)]
+            stands = len(place) == 2 and max(abs(place[0] - seen.x), abs(place[1] - seen.y)) < 2 * self.scale
+            return window if stands else None
         return wait_for(f"the window {title!r}", settled)
 
     def x_windows(self):
         return set(xdotool("search", "--onlyvisible", "--pid", self.process.pid).split())
-
-    def ends(self, title, act):
-        """Does what ends the window. Another one of that title may follow."""
-        window = self.window(title)
-        act()
-        wait_for(f"the end of {title!r}", lambda: not any(w == window and self.shows(w) for w in self.application if w))
 
     def search(self, node, name, role=None, starts=False):
         for child in node:
@@ -156,10 +159,10 @@ class Person:
                 return found
         return None
 
-    def find(self, title, name, role=None, starts=False):
+    def find(self, title, name, role=None, starts=False, seconds=60):
         """Something in the window, by what it is called or by the start of that."""
         return wait_for(f"{name!r} in {title!r}",
-                        lambda: self.search(self.is_there(title) or [], name, role, starts))
+                        lambda: self.search(self.is_there(title) or [], name, role, starts), seconds)
 
     def place(self, node):
         seen = node.queryComponent().getExtents(self.atspi.DESKTOP_COORDS)
@@ -179,6 +182,10 @@ class Person:
                     return found
             return None
         return search(self.window(title))
+
+    def any_focused(self, title):
+        """For a moment none has it, while it goes from one to another."""
+        return wait_for(f"the keyboard in {title!r}", lambda: self.focused(title))
 
     # What there is to do.
 
@@ -212,20 +219,36 @@ class Person:
             before = self.focused(title)
             if is_meant(before):
                 return
-            self.keys("Tab")
-            wait_for(f"Tab to leave {before and before.name!r}", lambda: self.focused(title) != before)
+            self.until(f"Tab to leave {before and before.name!r}", lambda: self.keys("Tab"),
+                       lambda: self.focused(title) != before)
         raise SystemExit(f"Tab never comes to {name or role!r} in {title!r}")
 
-    def await_state(self, title, name, state):
-        wait_for(f"{name!r} {state.lower()}", lambda: self.has(self.find(title, name), state))
+    def until(self, what, act, condition):
+        """While the program still works it drops what it is told: then once more."""
+        act()
+        for _ in range(5):
+            with contextlib.suppress(InVain):
+                return wait_for(what, condition, 10)
+            act()
+        return wait_for(what, condition)
+
+    def sets(self, title, name, state, act):
+        """Does what brings a control into a state."""
+        self.until(f"{name!r} {state.lower()}", act, lambda: self.has(self.find(title, name), state))
 
     def opens(self, title, act):
-        """Does what opens a window. While the program still works it drops what it is told: then once more."""
-        for _ in range(10):
-            act()
-            try:
-                wait_for(title, lambda: self.is_there(title), 3)
-                break
-            except SystemExit:
-                continue
+        """Does what opens a window."""
+        self.until(title, act, lambda: self.is_there(title))
         return self.window(title)
+
+    def ends(self, title, act):
+        """Does what ends the window. Another one of that title may follow."""
+        window = self.window(title)
+        self.until(f"the end of {title!r}", act,
+                   lambda: not any(w == window and self.shows(w) for w in self.application if w))
+
+    def leaves(self, act):
+        """Does what ends the program."""
+        self.window(MAIN)
+        self.until("the end of the program", lambda: self.process.poll() is None and act(),
+                   lambda: self.process.poll() is not None)

@@ -16,8 +16,10 @@
 #include <QMenuBar>
 #include <QtTest/QTest>
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 
 namespace {
 
@@ -29,6 +31,17 @@ QWidget* findWindow(const QString& title)
     for (QWidget* window : QApplication::topLevelWidgets())
         if (window->isVisible() && window->windowTitle() == title && !qobject_cast<QMenu*>(window))
             return window;
+    return nullptr;
+}
+
+// Of the core's windows that are shown; null if there is none.
+HWND frontWindow()
+{
+    for (const HWND window : platform::window::topLevelWindows()) {
+        platform::window::WindowState state;
+        if (platform::window::readWindow(window, state) && state.visible)
+            return window;
+    }
     return nullptr;
 }
 
@@ -76,7 +89,9 @@ void Desktop::SetUp()
         WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
         ended_ = true;
     });
-    await("KORV Quillbox");
+    // The desktop gives it the keyboard later than it shows it, and would take that from a dialog.
+    const QWidget& main = await("KORV Quillbox");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return main.isActiveWindow(); }, Patience));
 }
 
 void Desktop::TearDown()
@@ -114,12 +129,14 @@ void Desktop::awaitGone(const QString& title)
     EXPECT_TRUE(QTest::qWaitFor([&] { return !isThere(title); }, Patience)) << title.toStdString();
 }
 
+bool Desktop::rests()
+{
+    const auto windows = platform::window::topLevelWindows();
+    return windows.size() == 1 && platform::window::takesInput(windows.front());
+}
+
 void Desktop::awaitRest()
 {
-    const auto rests = [] {
-        const auto windows = platform::window::topLevelWindows();
-        return windows.size() == 1 && platform::window::takesInput(windows.front());
-    };
     EXPECT_TRUE(QTest::qWaitFor(rests, Patience));
     screen_->flush();
 }
@@ -131,56 +148,85 @@ void Desktop::endBetweenFrames()
     screen_.reset();
 }
 
+void Desktop::act(QWidget& window, const std::function<void()>& input)
+{
+    const QString title = window.windowTitle();
+    HWND front = nullptr;
+    const auto listens = [&] {
+        platform::window::WindowState state;
+        front = frontWindow();
+        if (!front || !platform::window::readWindow(front, state) || QString::fromStdU16String(state.text) != title ||
+            !platform::window::takesInput(front))
+            return false;
+        // No window manager does it here when the one in front has gone.
+        if (!window.isActiveWindow())
+            window.activateWindow();
+        return window.isActiveWindow();
+    };
+    const auto require = [&](const std::function<bool()>& isSo) {
+        if (!QTest::qWaitFor(isSo, Patience))
+            throw std::runtime_error("the program hears nothing in \"" + title.toStdString() + "\"");
+        screen_->flush();
+    };
+    require(listens);
+    input();
+    const auto answered = [&] { return frontWindow() != front || platform::window::takesInput(front); };
+    require(answered);
+}
+
 void Desktop::click(QWidget& window, const QString& name)
 {
-    QWidget* control = findControl(window, name);
-    ASSERT_TRUE(control) << name.toStdString();
-    // Check boxes are wider than their text: near the left edge is always inside.
-    QTest::mouseClick(control, Qt::LeftButton, {}, QPoint(8, control->height() / 2));
+    act(window, [&] {
+        QWidget* control = findControl(window, name);
+        ASSERT_TRUE(control) << name.toStdString();
+        // Check boxes are wider than their text: near the left edge is always inside.
+        QTest::mouseClick(control, Qt::LeftButton, {}, QPoint(8, control->height() / 2));
+    });
 }
 
 void Desktop::clickRow(QWidget& window, const QString& text)
 {
     auto* list = window.findChild<QListView*>();
     ASSERT_TRUE(list);
-    for (int row = 0; row < list->model()->rowCount(); ++row) {
-        const QModelIndex index = list->model()->index(row, 0);
-        if (index.data().toString() != text)
-            continue;
-        list->scrollTo(index);
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(index).center());
-        return;
-    }
-    FAIL() << "no row " << text.toStdString();
+    act(window, [&] {
+        const QModelIndexList found = list->model()->match(list->model()->index(0, 0), Qt::DisplayRole, text, 1,
+                                                           Qt::MatchExactly | Qt::MatchCaseSensitive);
+        ASSERT_FALSE(found.empty()) << "no row " << text.toStdString();
+        list->scrollTo(found.front());
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(found.front()).center());
+    });
 }
 
 void Desktop::type(QWidget& window, const QString& text)
 {
-    ASSERT_TRUE(window.focusWidget());
-    QTest::keyClicks(window.focusWidget(), text);
+    for (const QChar letter : text)
+        act(window, [&] {
+            ASSERT_TRUE(window.focusWidget());
+            QTest::keyClicks(window.focusWidget(), QString(letter));
+        });
 }
 
 void Desktop::press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
-    QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, key, modifiers);
+    act(window, [&] { QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, key, modifiers); });
 }
 
 void Desktop::choose(const QStringList& path)
 {
-    auto* bar = await("KORV Quillbox").findChild<QMenuBar*>();
-    ASSERT_TRUE(bar);
-    QWidget* level = bar;
-    for (const QString& text : path) {
+    QWidget& main = await("KORV Quillbox");
+    act(main, [&] {
+        QWidget* level = main.findChild<QMenuBar*>();
         QAction* wanted = nullptr;
-        for (QAction* action : level->actions())
-            if (action->text().remove(u'&') == text)
-                wanted = action;
-        ASSERT_TRUE(wanted) << text.toStdString();
-        if (wanted->menu())
+        for (const QString& text : path) {
+            const QList<QAction*> actions = level->actions();
+            const auto found = std::ranges::find_if(
+                actions, [&](const QAction* action) { return action->text().remove(u'&') == text; });
+            ASSERT_NE(found, actions.end()) << text.toStdString();
+            wanted = *found;
             level = wanted->menu();
-        else
-            wanted->trigger();
-    }
+        }
+        wanted->trigger();
+    });
 }
 
 void Desktop::backUpAllFiles(const QString& comment)

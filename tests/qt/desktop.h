@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -26,14 +27,18 @@ protected:
     QWidget& await(const QString& title);
     [[nodiscard]] bool isThere(const QString& title) const;
     void awaitGone(const QString& title);
-    // The program waits for its user, and no window stands over the main window.
+    // Does the program wait for its user, with no window over the main window?
+    [[nodiscard]] static bool rests();
     void awaitRest();
 
+    // What a user does once the window is in front and the program listens: what comes earlier would be dropped. Then
+    // waits until the program has answered, by listening again or with another window in front.
+    void act(QWidget& window, const std::function<void()>& input);
     // A mouse's click on the middle of the control of that name.
     void click(QWidget& window, const QString& name);
     void clickRow(QWidget& window, const QString& text);
     void type(QWidget& window, const QString& text);
-    static void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
+    void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
     // Chooses a menu item by the keyboard: "Operations", "Backup", "Full...".
     void choose(const QStringList& path);
 

@@ -2,16 +2,25 @@
 
 #include "desktop.h"
 
+#include "ce/controls.h"
 #include "ce/dialog.h"
+#include "ce/resource.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QDateEdit>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
+#include <QListView>
+#include <QLocale>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QScrollBar>
+#include <QTextDocument>
+#include <QToolTip>
 #include <QtTest/QTest>
 
 #include <thread>
@@ -160,7 +169,7 @@ TEST_F(DialogFrameTest, DefaultFrameStandsAroundWhatEnterPresses)
 {
     choose({"File", "Filter..."});
     QWidget& dialog = await("File filter");
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.isActiveWindow(); }, 60000));
     const auto defaults = [&] {
         QStringList names;
         for (const QPushButton* button : dialog.findChildren<QPushButton*>())
@@ -184,6 +193,156 @@ TEST_F(DialogFrameTest, DefaultFrameStandsAroundWhatEnterPresses)
     EXPECT_EQ(defaults(), QStringList("Cancel"));
     press(dialog, Qt::Key_Return);
     awaitGone("File filter");
+}
+
+TEST_F(DialogFrameTest, DateIsTheOneThatWasTypedAndItsYearIsShownWhole)
+{
+    const QLocale usual;
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    choose({"File", "Filter..."});
+    QWidget& dialog = await("File filter");
+    auto* date = dialog.findChild<QDateEdit*>();
+    EXPECT_TRUE(date->text().endsWith(QString::number(date->date().year()))) << date->text().toStdString();
+    click(dialog, "Show files newer than :");
+    while (dialog.focusWidget() != date)
+        press(dialog, Qt::Key_Tab);
+    type(dialog, "12251998");
+    EXPECT_EQ(date->date(), QDate(1998, 12, 25)) << date->text().toStdString();
+    QLocale::setDefault(usual);
+    press(dialog, Qt::Key_Escape);
+    awaitGone("File filter");
+}
+
+// A list box of the program's, with these rows and what it asks for as their width, in a dialog called "Rows".
+struct RowsDialog {
+    std::vector<std::u16string> rows;
+    int extent = 0;
+
+    void run()
+    {
+        const HRSRC form = FindResourceW(nullptr, MAKEINTRESOURCEW(109), RT_DIALOG);
+        DialogBoxIndirectParamW(nullptr, LoadResource(nullptr, form), nullptr, procedure,
+                                reinterpret_cast<LPARAM>(this));
+    }
+
+private:
+    static INT_PTR procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+    {
+        if (message == WM_INITDIALOG) {
+            auto& made = *reinterpret_cast<RowsDialog*>(lParam);
+            SetWindowTextW(dialog, u"Rows");
+            for (const std::u16string& row : made.rows)
+                SendDlgItemMessageW(dialog, 1006, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str()));
+            if (made.extent)
+                SendDlgItemMessageW(dialog, 1006, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(made.extent), 0);
+        } else if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) {
+            EndDialog(dialog, 0);
+        }
+        return FALSE;
+    }
+};
+
+int widestRow(const QListView& list)
+{
+    int widest = 0;
+    for (int row = 0; row < list.model()->rowCount(); ++row)
+        widest = std::max(widest, list.sizeHintForIndex(list.model()->index(row, 0)).width());
+    return widest;
+}
+
+// Pixels that can be seen, one after the other, by scrolling sideways.
+int reachableWidth(const QListView& list)
+{
+    return list.horizontalScrollBar()->maximum() + list.viewport()->width();
+}
+
+TEST_P(DialogLayoutTest, WidestRowIsReadToItsEndWhereverItStands)
+{
+    RowsDialog many;
+    for (int row = 0; row < 20000; ++row)
+        many.rows.push_back(u"File:\\" + QString::number(row).toStdU16String() + std::u16string(60, u'i'));
+    many.rows[12345] = u"File:\\5" + std::u16string(50, u'W');  // fewer letters than the others, and not the last
+    std::thread program([&] { many.run(); });
+    QWidget& dialog = await("Rows");
+    const auto& list = *dialog.findChild<QListView*>();
+    const int widest = widestRow(list);
+    EXPECT_GT(widest, list.viewport()->width());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return reachableWidth(list) == widest; }, 60000)) << reachableWidth(list);
+    EXPECT_TRUE(list.horizontalScrollBar()->isVisible());
+    press(dialog, Qt::Key_Escape);
+    awaitGone("Rows");
+    program.join();
+}
+
+TEST_P(DialogLayoutTest, WidthThatTheProgramAsksForCountsOnlyWhereARowIsCut)
+{
+    for (const bool isCut : {false, true}) {
+        RowsDialog wide{.rows = {u"Registry", std::u16string(isCut ? 60 : 1, u'W')}, .extent = 3000};
+        std::thread program([&] { wide.run(); });
+        QWidget& dialog = await("Rows");
+        const auto& list = *dialog.findChild<QListView*>();
+        EXPECT_EQ(list.horizontalScrollBar()->isVisible(), isCut);
+        if (isCut) {
+            EXPECT_GT(reachableWidth(list), widestRow(list));
+        }
+        press(dialog, Qt::Key_Escape);
+        awaitGone("Rows");
+        program.join();
+    }
+}
+
+TEST_F(DialogFrameTest, ArrowsWithControlScrollAListAndMoveNoSelection)
+{
+    RowsDialog wide{.rows = {u"a", u"b", std::u16string(80, u'W')}};
+    std::thread program([&] { wide.run(); });
+    QWidget& dialog = await("Rows");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.isActiveWindow(); }, 60000));
+    auto& list = *dialog.findChild<QListView*>();
+    while (dialog.focusWidget() != &list)
+        press(dialog, Qt::Key_Tab);
+    press(dialog, Qt::Key_Home);
+    const QScrollBar& bar = *list.horizontalScrollBar();
+    press(dialog, Qt::Key_Right, Qt::ControlModifier);
+    const int step = bar.value();
+    EXPECT_GT(step, 0);
+    EXPECT_LT(step, list.viewport()->width());
+    EXPECT_EQ(list.currentIndex().row(), 0);
+    press(dialog, Qt::Key_Right, Qt::ControlModifier);
+    press(dialog, Qt::Key_Left, Qt::ControlModifier);
+    EXPECT_EQ(bar.value(), step);
+    // Alone they lead to other rows as they always did, and what is being read stays.
+    press(dialog, Qt::Key_Right);
+    EXPECT_EQ(list.currentIndex().row(), 1);
+    EXPECT_EQ(bar.value(), step);
+    press(dialog, Qt::Key_Escape);
+    awaitGone("Rows");
+    program.join();
+}
+
+TEST_F(DialogFrameTest, TipShowsTheWholeOfARowThatIsCut)
+{
+    RowsDialog cut{.rows = {u"Registry", u"File:\\<b>%1</b>  & more\\" + std::u16string(200, u'w')}};
+    std::thread program([&] { cut.run(); });
+    QWidget& dialog = await("Rows");
+    auto& list = *dialog.findChild<QListView*>();
+    const auto tipOf = [&](const std::u16string& row) {
+        const QModelIndexList found =
+            list.model()->match(list.model()->index(0, 0), Qt::DisplayRole, QString::fromStdU16String(row), 1,
+                                Qt::MatchExactly | Qt::MatchCaseSensitive);
+        const QPoint place(20, list.visualRect(found.front()).center().y());
+        QHelpEvent asked(QEvent::ToolTip, place, list.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(list.viewport(), &asked);
+        QTextDocument text;
+        text.setHtml(QToolTip::text());
+        return text.toPlainText().remove(QChar(0x200B)).toStdU16String();
+    };
+    EXPECT_EQ(tipOf(cut.rows[1]), cut.rows[1]);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tipOf(cut.rows[0]).empty(); }, 60000));
+    list.horizontalScrollBar()->setValue(20);
+    EXPECT_EQ(tipOf(cut.rows[0]), cut.rows[0]);
+    press(dialog, Qt::Key_Escape);
+    awaitGone("Rows");
+    program.join();
 }
 
 }  // namespace

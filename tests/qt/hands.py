@@ -19,8 +19,10 @@ class Mouse:
         self.person.opens(title, lambda: self.person.click(MAIN, name, "push button"))
 
     def leave(self):
-        self.person.click_on(self.person.find(MAIN, "File", "menu item"))
-        self.person.click_on(self.person.find(MAIN, "Exit", "menu item"))
+        def walk():
+            self.person.click_on(self.person.find(MAIN, "File", "menu item"))
+            self.person.click_on(self.person.find(MAIN, "Exit", "menu item"))
+        self.person.leaves(walk)
 
     def mark(self, folders, name):
         """The registry, and an item in the innermost folder."""
@@ -32,11 +34,10 @@ class Mouse:
 
     def expand(self, name):
         if not self.person.has(self.person.find(MAIN, name, "table cell"), "EXPANDED"):
-            self.on_row(name, -8)
+            self.person.sets(MAIN, name, "EXPANDED", lambda: self.on_row(name, -8))
 
     def mark_row(self, name):
-        self.on_row(name, 20)
-        self.person.await_state(MAIN, name, "CHECKED")
+        self.person.sets(MAIN, name, "CHECKED", lambda: self.on_row(name, 20))
 
     def on_row(self, name, x):
         """A click so far right of where the row's picture begins, for a font of usual size."""
@@ -49,13 +50,11 @@ class Mouse:
     answer = press
 
     def row(self, title, text):
-        self.person.click(title, text)
-        self.person.await_state(title, text, "SELECTED")
+        self.person.sets(title, text, "SELECTED", lambda: self.person.click(title, text))
 
     def tick(self, title, *names):
         for name in names:
-            self.person.click(title, name)
-            self.person.await_state(title, name, "CHECKED")
+            self.person.sets(title, name, "CHECKED", lambda name=name: self.person.click(title, name))
 
     def date(self, title, label):
         """The calendar opens at the arrow; a day near its middle is a click. It tells screen readers nothing."""
@@ -87,26 +86,26 @@ class Keyboard:
         self.person.opens(title, walk)
 
     def leave(self):
-        self.person.keys("alt+f", "e")
+        self.person.leaves(lambda: self.person.keys("alt+f", "e"))
 
     def mark(self, folders, name):
         """The registry, and an item in the innermost folder."""
         self.person.window(MAIN)
         self.person.tab_to(MAIN, "Tree View Control")
-        self.person.keys("End")
-        self.person.await_state(MAIN, "Registry", "CHECKED")
+        self.person.sets(MAIN, "Registry", "CHECKED", lambda: self.person.keys("End"))
         # A caret that lands on a file marks it, so letters lead there: they pass nothing on the way.
         for folder in folders:
-            self.lead_to(folder)
-            self.person.await_state(MAIN, folder, "SELECTED")
-            self.person.keys("Right")
-        self.lead_to(name)
-        self.person.await_state(MAIN, name, "CHECKED")
+            self.lead_to(folder, "SELECTED")
+            self.person.sets(MAIN, folder, "EXPANDED", lambda: self.person.keys("Right"))
+        self.lead_to(name, "CHECKED")
 
-    def lead_to(self, name):
+    def lead_to(self, name, state):
+        """By its first letter alone: a host that stands still between two of them makes two searches of it."""
+        def type_on():
+            self.person.pause()
+            self.person.type(name[0].lower())
         self.person.find(MAIN, name)
-        self.person.pause()
-        self.person.type(name[:4].lower())
+        self.person.sets(MAIN, name, state, type_on)
 
     def press(self, title, name):
         self.person.window(title)
@@ -119,15 +118,15 @@ class Keyboard:
     def row(self, title, text):
         self.person.window(title)
         self.person.tab_to(title, role="list")
-        rows = self.person.focused(title)
+        rows = self.person.any_focused(title)
 
         def selected():
             return next((row.name for row in rows if self.person.has(row, "SELECTED")), None)
         key = "Home"
         while selected() != text:
             before = selected()
-            self.person.keys(key)
-            wait_for("another row", lambda: selected() != before)
+            self.person.until("another row", lambda key=key: self.person.keys(key),
+                              lambda before=before: selected() != before)
             key = "Down"
 
     def tick(self, title, *names):
@@ -138,17 +137,15 @@ class Keyboard:
                 continue
             self.person.tab_to(title, name)
             if not self.person.has(self.person.find(title, name), "CHECKED"):
-                self.person.keys("space")
-            self.person.await_state(title, name, "CHECKED")
+                self.person.sets(title, name, "CHECKED", lambda: self.person.keys("space"))
 
     def choose(self, title, name):
         """Tab leads to the group, arrows lead on in it."""
         self.person.tab_to(title, role="radio button")
-        while self.person.focused(title).name != name:
-            before = self.person.focused(title)
-            self.person.keys("Up")
-            wait_for("another radio button", lambda before=before: self.person.focused(title) != before)
-        self.person.await_state(title, name, "CHECKED")
+        while (before := self.person.any_focused(title)).name != name:
+            self.person.until("another radio button", lambda: self.person.keys("Up"),
+                              lambda before=before: self.person.focused(title) != before)
+        wait_for(f"{name!r} checked", lambda: self.person.has(self.person.find(title, name), "CHECKED"))
 
     def date(self, title, label):
         self.person.window(title)

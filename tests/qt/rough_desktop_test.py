@@ -15,7 +15,7 @@ from desk import MAIN, Desk, Person, require_tools, wait_for, xdotool
 from hands import Keyboard
 
 FILES = 3000
-NO_DESKTOP, DESKTOP_LOST = 3, 4  # exit codes
+NO_DESKTOP, DESKTOP_LOST = 3, 5  # exit codes
 
 
 def require(condition, fault):
@@ -32,18 +32,19 @@ class Case:
         self.said = desk.base / f"{name}-said"
         store = self.device / "object-store"
         store.mkdir(parents=True)
-        (self.device / "cards" / "Card").mkdir(parents=True)
+        self.card = self.device / "cards" / "Card"
+        self.card.mkdir(parents=True)
         for number in range(FILES):
             (store / f"file-{number}").write_bytes(os.urandom(20000))
 
-    def start(self):
-        self.process = self.desk.start(f"{self.bin}/quillbox", "--device", str(self.device),
+    def start(self, *options):
+        self.process = self.desk.start(f"{self.bin}/quillbox", "--device", str(self.device), *options,
                                        stderr=open(self.said, "w"))
         self.person = Person(self.process)
         self.hands = Keyboard(self.person)
 
     def set(self, number):
-        return self.device / "cards" / "Card" / "QUILBOX" / f"QLBX000{number}"
+        return self.card / "QUILBOX" / f"QLBX000{number}"
 
     def begin_backup(self):
         self.hands.menu("Full Backup", "Operations", "Backup", "Full...")
@@ -64,7 +65,7 @@ class Case:
 
     def lose_desktop(self):
         self.desk.server.kill()
-        code = self.process.wait(60)
+        code = self.process.wait(300)
         said = self.said.read_text()
         require(code == DESKTOP_LOST, f"with its desktop gone it ended with {code}: {said}")
         require("the desktop is gone" in said, f"it didn't say that the desktop is gone: {said}")
@@ -94,6 +95,16 @@ def lost_in_a_run(case):
     case.require_whole(1)
 
 
+def lost_with_a_full_card(case):
+    """What found no room is told all the same."""
+    case.card = case.card.rename(case.desk.base / "small")
+    case.start("--card", f"Card={case.card},capacity=2000000")
+    case.begin_backup()
+    case.await_data(1)
+    case.lose_desktop()
+    require("the disk is full" in case.said.read_text(), f"it said only: {case.said.read_text()}")
+
+
 def lost_under_a_question(case):
     """The question is refused, so the old set stays and the run goes on to its end."""
     case.start()
@@ -115,11 +126,11 @@ def minimised(case):
     xdotool("windowminimize", "--sync", xdotool("getactivewindow"))
     wait_for("the window to go", lambda: xdotool("getactivewindow") == "" or
              xdotool("getwindowname", xdotool("getactivewindow")) != MAIN)
-    second = subprocess.run([f"{case.bin}/quillbox", "--device", str(case.device)], timeout=30)
+    second = subprocess.run([f"{case.bin}/quillbox", "--device", str(case.device)], timeout=300)
     require(second.returncode == 0, f"the second start ended with {second.returncode}")
     case.person.window(MAIN)
     case.hands.leave()
-    require(case.process.wait(30) == 0, "the first one ended badly")
+    require(case.process.wait(300) == 0, "the first one ended badly")
 
 
 def impatient(case):
@@ -132,13 +143,14 @@ def impatient(case):
     case.person.click_at(again.x + 8, again.y + 8)
     case.person.window(MAIN)
     case.person.keys("alt+F4")
-    code = case.process.wait(60)
+    code = case.process.wait(300)
     require(code == 0, f"it ended with {code}")
     case.require_whole(1)
     require(not case.set(2).with_suffix(".QLT").exists(), "a second run began")
 
 
-CASES = {"run": lost_in_a_run, "question": lost_under_a_question, "minimised": minimised, "impatient": impatient}
+CASES = {"run": lost_in_a_run, "full": lost_with_a_full_card, "question": lost_under_a_question,
+         "minimised": minimised, "impatient": impatient}
 
 
 def main(bin_folder, *names):

@@ -3,7 +3,9 @@
 #include "desktop.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QListView>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QTreeView>
 #include <QtTest/QTest>
@@ -56,14 +58,12 @@ protected:
         const QRect row = tree_->visualRect(item(path));
         return {row.left() + x, row.center().y()};
     }
-    void clickLabel(const QStringList& path)
+    void clickOn(const QStringList& path, int x, Qt::MouseButton button = Qt::LeftButton)
     {
-        QTest::mouseClick(tree_->viewport(), Qt::LeftButton, {}, pointOn(path, tree_->iconSize().width() + 10));
+        act(*tree_->window(), [&] { QTest::mouseClick(tree_->viewport(), button, {}, pointOn(path, x)); });
     }
-    void clickButton(const QStringList& path)
-    {
-        QTest::mouseClick(tree_->viewport(), Qt::LeftButton, {}, pointOn(path, -tree_->indentation() / 2));
-    }
+    void clickLabel(const QStringList& path) { clickOn(path, tree_->iconSize().width() + 10); }
+    void clickButton(const QStringList& path) { clickOn(path, -tree_->indentation() / 2); }
 
     QTreeView* tree_ = nullptr;
 };
@@ -110,11 +110,10 @@ TEST_F(TreeTripTest, OnlyLabelAndPictureMarkAndTheExpanderOnlyFolds)
 {
     const QModelIndex registry = item({"Registry"});
     const int rightOfLabel = tree_->viewport()->width() - tree_->visualRect(registry).left() - 2;
-    QTest::mouseClick(tree_->viewport(), Qt::LeftButton, {}, pointOn({"Registry"}, rightOfLabel));
-    QTest::mouseClick(tree_->viewport(), Qt::RightButton, {}, pointOn({"Registry"}, 5));
-    awaitRest();
+    clickOn({"Registry"}, rightOfLabel);
+    clickOn({"Registry"}, 5, Qt::RightButton);
     EXPECT_EQ(mark({"Registry"}), Qt::Unchecked);
-    QTest::mouseClick(tree_->viewport(), Qt::LeftButton, {}, pointOn({"Registry"}, 5));
+    clickOn({"Registry"}, 5);
     awaitMark({"Registry"}, Qt::Checked);
     EXPECT_TRUE(tree_->selectionModel()->isSelected(registry));
 
@@ -128,7 +127,13 @@ TEST_F(TreeTripTest, OnlyLabelAndPictureMarkAndTheExpanderOnlyFolds)
     EXPECT_FALSE(tree_->isExpanded(item({"Files"})));
     EXPECT_TRUE(tree_->model()->hasChildren(item({"Files"})));
 
-    QTest::mouseDClick(tree_->viewport(), Qt::LeftButton, {}, pointOn({"Files"}, 5));
+    clickOn({"Files"}, 5);
+    act(*tree_->window(), [&] {
+        const QPoint point = pointOn({"Files"}, 5);
+        QMouseEvent second(QEvent::MouseButtonDblClick, point, tree_->viewport()->mapToGlobal(point), Qt::LeftButton,
+                           Qt::LeftButton, {});
+        QApplication::sendEvent(tree_->viewport(), &second);
+    });
     awaitItem(Documents);
     EXPECT_TRUE(tree_->isExpanded(item({"Files"})));
 }
@@ -147,13 +152,13 @@ TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
     for (int row = 0; row < item(Documents).row(); ++row)
         press(main, Qt::Key_Down);
     ASSERT_EQ(tree_->currentIndex(), item(Documents));
-    QTest::keyClick(tree_, Qt::Key_Plus, Qt::KeypadModifier);
+    press(main, Qt::Key_Plus, Qt::KeypadModifier);
     awaitItem(Welcome);
     press(main, Qt::Key_End);
     EXPECT_EQ(tree_->currentIndex(), item({"Registry"}));
     EXPECT_TRUE(tree_->viewport()->rect().contains(tree_->visualRect(item({"Registry"}))));
     EXPECT_EQ(mark({"Registry"}), Qt::Checked);  // a caret that lands on it marks it
-    type(main, "to d");
+    type(main, "t");
     EXPECT_EQ(tree_->currentIndex(), item(ToDo));
     EXPECT_EQ(mark(ToDo), Qt::Checked);
     press(main, Qt::Key_Down);
@@ -192,13 +197,15 @@ TEST_F(TreeTripTest, ScreenReaderHearsMarksAndItsWishesGoToTheProgram)
     EXPECT_EQ(find("Files")->text(QAccessible::Description), "nothing marked");
 
     // Selected by the reader: the program hears a click and marks.
-    tree_->selectionModel()->setCurrentIndex(item({"Registry"}), QItemSelectionModel::ClearAndSelect);
+    act(*tree_->window(),
+        [&] { tree_->selectionModel()->setCurrentIndex(item({"Registry"}), QItemSelectionModel::ClearAndSelect); });
     awaitMark({"Registry"}, Qt::Checked);
     EXPECT_EQ(tree_->currentIndex(), item({"Registry"}));
     EXPECT_TRUE(find("Registry")->state().checked);
     EXPECT_EQ(find("Registry")->text(QAccessible::Description), "marked");
     // Turned over by the reader.
-    EXPECT_FALSE(tree_->model()->setData(item({"Registry"}), Qt::Unchecked, Qt::CheckStateRole));
+    act(*tree_->window(),
+        [&] { EXPECT_FALSE(tree_->model()->setData(item({"Registry"}), Qt::Unchecked, Qt::CheckStateRole)); });
     awaitMark({"Registry"}, Qt::Unchecked);
     QAccessible::setActive(false);
 }

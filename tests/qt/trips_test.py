@@ -113,7 +113,7 @@ def main(bin_folder, kind):
     person.window(MAIN)
     require(device.content() == before, "what came back differs")
     hands.leave()
-    require(process.wait(30) == 0, "the program ended badly")
+    require(process.wait(300) == 0, "the program ended badly")
 
 
 if __name__ == "__main__":

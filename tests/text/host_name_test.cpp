@@ -138,6 +138,18 @@ TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveOneFormAtMost)
     }
 }
 
+TEST(HostNameTest, WhatIsShownHasThePlainSignAndTellsNamesApart)
+{
+    EXPECT_EQ(toShown(toDeviceName("What? \"a*b\" <1|2>.txt")), u"What? \"a*b\" <1|2>.txt");
+    // Its own backslash isn't taken for the one that parts names.
+    EXPECT_EQ(toShown(u"\\" + toDeviceName("a\\b") + u"\\c"), u"\\a\u2216b\\c");
+    EXPECT_EQ(toShown(toDeviceName("caf\xE9")), u"caf\uFFFDE9");
+    EXPECT_NE(toShown(toDeviceName("caf\xE9")), toShown(toDeviceName("caf\xE8")));
+    EXPECT_EQ(toShown(u"Grüße \xD83D\xDE00 \xE000"), u"Grüße \xD83D\xDE00 \xE000");
+    // Made up by a set: no separator, no point, no letter is to be seen that isn't there.
+    EXPECT_EQ(toShown(u"\xF72F\xF72E\xF741\xF700"), u"\xF72F\xF72E\xF741\xF700");
+}
+
 TEST(HostNameTest, PlainTextReplacesWhatIsInvalid)
 {
     EXPECT_EQ(toUtf8(u"a\xD83Dz\xD83D\xDE00\xDE00"), "a\xEF\xBF\xBDz\xF0\x9F\x98\x80\xEF\xBF\xBD");

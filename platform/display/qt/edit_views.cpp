@@ -50,7 +50,7 @@ protected:
         // Dropped: it never was changed.
         WindowState state;
         if (window::readWindow(this->window(), state))
-            setIfDifferent(toQt(state.text));
+            setIfDifferent(toQtUnchanged(state.text));
     }
 
     void focusInEvent(QFocusEvent* event) override
@@ -65,7 +65,7 @@ private:
     void followText(const WindowState& state)
     {
         if (!Widget::hasFocus() || window::takesInput(this->window()))
-            setIfDifferent(toQt(state.text));
+            setIfDifferent(toQtUnchanged(state.text));
     }
 
     void setIfDifferent(const QString& text)

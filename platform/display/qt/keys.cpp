@@ -4,6 +4,8 @@
 
 #include "ce/window.h"
 
+#include <QScrollBar>
+
 #include <array>
 #include <utility>
 
@@ -42,6 +44,24 @@ WORD virtualKeyOf(const QKeyEvent& event)
     // Letters and digits have the same numbers on both sides.
     const bool plain = (key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9);
     return plain ? static_cast<WORD>(key) : WORD{0};
+}
+
+bool scrollByArrow(QAbstractScrollArea& area, int key)
+{
+    switch (key) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        area.verticalScrollBar()->triggerAction(key == Qt::Key_Up ? QScrollBar::SliderSingleStepSub
+                                                                  : QScrollBar::SliderSingleStepAdd);
+        return true;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        area.horizontalScrollBar()->triggerAction(key == Qt::Key_Left ? QScrollBar::SliderSingleStepSub
+                                                                      : QScrollBar::SliderSingleStepAdd);
+        return true;
+    default:
+        return false;
+    }
 }
 
 }  // namespace platform::qt

@@ -3,15 +3,25 @@
 #include "list_view.h"
 
 #include "focus_outline.h"
+#include "keys.h"
+#include "long_words.h"
 
 #include "ce/controls.h"
 
 #include <QAbstractListModel>
+#include <QHelpEvent>
 #include <QItemSelectionModel>
 #include <QListView>
 #include <QMouseEvent>
+#include <QScreen>
+#include <QScrollBar>
+#include <QShortcut>
+#include <QToolTip>
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 namespace platform::qt {
@@ -21,6 +31,8 @@ namespace {
 using window::Change;
 using window::ListRow;
 using window::WindowState;
+
+constexpr int StepLetters = 8;  // of one step sideways
 
 class Rows final : public QAbstractListModel {
 public:
@@ -37,6 +49,8 @@ public:
             return {};
         return toQtLine(rows_[static_cast<std::size_t>(index.row())].text);
     }
+
+    [[nodiscard]] const std::vector<ListRow>& all() const { return rows_; }
 
     void replace(std::vector<ListRow> rows)
     {
@@ -88,6 +102,31 @@ private:
     std::function<void(int)> wish_;
 };
 
+// To lay out 100,000 texts takes seconds, to add up what their characters need alone a few milliseconds. That may be
+// off by a little, so the widest by it are only those that are worth a closer look.
+std::vector<int> likelyWidest(const std::vector<ListRow>& rows, const QFontMetrics& metrics)
+{
+    constexpr std::ptrdiff_t Few = 8;
+    std::vector<int> widthOf(0x10000, -1);
+    std::vector<std::pair<int, int>> widths;
+    widths.reserve(rows.size());
+    for (const ListRow& row : rows) {
+        int width = 0;
+        for (const char16_t character : row.text) {
+            int& known = widthOf[character];
+            if (known < 0)
+                known = metrics.horizontalAdvance(toQtLine(std::u16string(1, character)));
+            width += known;
+        }
+        widths.emplace_back(width, static_cast<int>(widths.size()));
+    }
+    const auto end = widths.begin() + std::min(Few, std::ssize(widths));
+    std::partial_sort(widths.begin(), end, widths.end(), std::greater());
+    std::vector<int> widest;
+    std::transform(widths.begin(), end, std::back_inserter(widest), [](const auto& each) { return each.second; });
+    return widest;
+}
+
 QItemSelection selectionOf(const Rows& model, const std::vector<ListRow>& rows)
 {
     QItemSelection selection;
@@ -116,6 +155,11 @@ public:
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
         setTextElideMode(Qt::ElideNone);
         setHorizontalScrollMode(ScrollPerPixel);
+        // The dialog hands all other keys to the core, to which Left and Right mean Up and Down.
+        for (const Qt::Key arrow : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right}) {
+            auto* scroll = new QShortcut(Qt::CTRL | arrow, this, nullptr, nullptr, Qt::WidgetShortcut);
+            connect(scroll, &QShortcut::activated, this, [this, arrow] { scrollByArrow(*this, arrow); });
+        }
     }
 
     using View::window;
@@ -125,6 +169,8 @@ public:
     {
         if (!changes.has(Change::Rows) && !changes.has(Change::Selection))
             return;
+        extent_ = state.extent;
+        placeWidth_ = state.place.right - state.place.left;
         std::vector<ListRow> rows = window::listRows(this->window());
         const bool sameRows = !changes.has(Change::Rows) && rows_.rowCount({}) == static_cast<int>(rows.size());
         if (!sameRows)
@@ -161,13 +207,74 @@ protected:
     // The dialog hands keys to the core.
     void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
 
+    bool viewportEvent(QEvent* event) override
+    {
+        if (event->type() != QEvent::ToolTip)
+            return QListView::viewportEvent(event);
+        showWhole(static_cast<const QHelpEvent&>(*event));
+        return true;
+    }
+
+    void doItemsLayout() override
+    {
+        widest_ = 0;
+        for (const int row : likelyWidest(rows_.all(), fontMetrics()))
+            widest_ = std::max(widest_, sizeHintForIndex(rows_.index(row)).width());
+        horizontalScrollBar()->setSingleStep(StepLetters * fontMetrics().averageCharWidth());
+        QListView::doItemsLayout();
+    }
+    // The toolkit takes all rows for as wide as the last.
+    void updateGeometries() override
+    {
+        const int asked = placeWidth_ > 0 ? extent_ * width() / placeWidth_ : 0;
+        const bool allFit = widest_ <= viewport()->width();
+        resizeContents(allFit ? widest_ : std::max(widest_, asked), contentsSize().height());
+        QListView::updateGeometries();
+    }
+
+    // The pointer is over another row now.
+    void scrollContentsBy(int dx, int dy) override
+    {
+        QListView::scrollContentsBy(dx, dy);
+        QToolTip::hideText();
+    }
+
 private:
     [[nodiscard]] int rowAt(QPointF point) const { return indexAt(point.toPoint()).row(); }
+
+    [[nodiscard]] bool isCut(const QModelIndex& index) const
+    {
+        const QRect row = visualRect(index);
+        const QSize needed(sizeHintForIndex(index).width(), row.height());
+        const QRect text = QStyle::alignedRect(layoutDirection(), Qt::AlignLeft | Qt::AlignTop, needed, row);
+        return text.left() < 0 || text.right() >= viewport()->width();
+    }
+
+    // A tip with the text of a row that is cut.
+    void showWhole(const QHelpEvent& event)
+    {
+        const QModelIndex index = indexAt(event.pos());
+        if (!index.isValid() || !isCut(index)) {
+            QToolTip::hideText();
+            return;
+        }
+        const QString row = index.data().toString();
+        const int screenWidth = screen()->availableGeometry().width();
+        const bool isOneLine = fontMetrics().horizontalAdvance(row) < screenWidth / 2;
+        const QString lines = isOneLine ? row : breakable(row, fontMetrics(), screenWidth);
+        // Marked as a text with marks: otherwise a name might be taken for one.
+        const QString tip = QStringLiteral("<p style='white-space:%1'>%2</p>")
+                                .arg(isOneLine ? "pre" : "pre-wrap", lines.toHtmlEscaped());
+        QToolTip::showText(event.globalPos(), tip, viewport(), visualRect(index));
+    }
 
     Rows rows_;
     FollowingSelection selection_;
     FocusOutline outline_;
     int pressed_ = -1;
+    int widest_ = 0;      // pixels
+    int extent_ = 0;      // virtual pixels, as is
+    int placeWidth_ = 0;  // the box's own width
 };
 
 }  // namespace

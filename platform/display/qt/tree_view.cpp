@@ -13,7 +13,6 @@
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QMouseEvent>
-#include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QTreeView>
 
@@ -153,7 +152,7 @@ protected:
         const WORD key = virtualKeyOf(*event);
         const bool isSign =
             modifiers.testFlag(Qt::KeypadModifier) && (key == VK_ADD || key == VK_SUBTRACT || key == VK_MULTIPLY);
-        if (modifiers.testFlag(Qt::AltModifier) || (control && scrollByKey(event->key()))) {
+        if (modifiers.testFlag(Qt::AltModifier) || (control && scrollByArrow(*this, event->key()))) {
             event->setAccepted(!modifiers.testFlag(Qt::AltModifier));
         } else if (!control && !isSign && !event->text().isEmpty() && event->text().front().isPrint()) {
             courier().typedText(window(), fromQt(event->text()));
@@ -224,24 +223,6 @@ private:
         else if (x < start + sizeHintForIndex(index).width())
             part = TreePart::Label;
         return {items_.itemAt(index), part};
-    }
-
-    bool scrollByKey(int key)
-    {
-        switch (key) {
-        case Qt::Key_Up:
-        case Qt::Key_Down:
-            verticalScrollBar()->triggerAction(key == Qt::Key_Up ? QScrollBar::SliderSingleStepSub
-                                                                 : QScrollBar::SliderSingleStepAdd);
-            return true;
-        case Qt::Key_Left:
-        case Qt::Key_Right:
-            horizontalScrollBar()->triggerAction(key == Qt::Key_Left ? QScrollBar::SliderSingleStepSub
-                                                                     : QScrollBar::SliderSingleStepAdd);
-            return true;
-        default:
-            return false;
-        }
     }
 
     void widenColumn(int least)

@@ -7,6 +7,7 @@
 #include "change_batch.h"
 #include "courier.h"
 #include "display.h"
+#include "host_name.h"
 
 #include <QRect>
 #include <QString>
@@ -44,9 +45,16 @@ private:
     const Courier& courier_;
 };
 
-[[nodiscard]] inline QString toQt(const std::u16string& text)
+// As it is: for what the user can change and send back.
+[[nodiscard]] inline QString toQtUnchanged(const std::u16string& text)
 {
     return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// For eyes: names as the host has them.
+[[nodiscard]] inline QString toQt(const std::u16string& text)
+{
+    return toQtUnchanged(platform::text::toShown(text));
 }
 
 // For a row: a line break in a name must not make a second line.
