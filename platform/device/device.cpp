@@ -34,16 +34,9 @@ struct Place {
     std::optional<std::uint64_t> capacity;
 };
 
-bool isThere(const fs::path& path)
-{
-    std::error_code error;
-    return fs::exists(path, error);
-}
-
 class OpenedDevice final : public Device {
 public:
-    explicit OpenedDevice(fs::path folder)
-        : folder_(std::move(folder)), wasOpened_(isThere(folder_ / "device.lock")), lock_(lockDevice(folder_))
+    explicit OpenedDevice(fs::path folder) : folder_(std::move(folder)), lock_(lockDevice(folder_))
     {
         if (file::rootFolder() >= 0)
             throw Refusal("This process has another device open already.");
@@ -68,7 +61,6 @@ private:
     [[nodiscard]] std::optional<std::string> whatIsHiddenBy(const Place& place) const;
 
     fs::path folder_;
-    bool wasOpened_;  // by an earlier process
     Descriptor lock_;
     std::vector<Descriptor> cardLocks_;
 };
@@ -173,14 +165,14 @@ void refuseDoubles(const std::vector<Place>& places)
     }
 }
 
-// A device that was opened before had a database; one that was made by hand needs none.
+// A device that had a database has lost it; one that was made by hand needs none.
 std::optional<std::string> OpenedDevice::whatIsLost() const
 {
     std::error_code error;
     const fs::path database = folder_ / "device.db";
-    const bool there = isThere(database);
+    const bool there = fs::exists(database, error);
     const bool holdsSomething = there && fs::file_size(database, error) > 0;
-    if (!wasOpened_ || holdsSomething || fs::is_empty(folder_ / "object-store", error) || error)
+    if (holdsSomething || !hadDatabase(lock_))
         return std::nullopt;
     return quoted(database) + (there ? " is empty" : " is missing") +
            ": the device starts without databases and with an empty registry.";
@@ -223,6 +215,7 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
     std::string sentence;
     if (!registry::openRegistry(folder_ / "device.db", sentence))
         throw Refusal(sentence);
+    noteDatabase(lock_);
     std::ranges::move(rememberedPlaces(extras), std::back_inserter(places));
     for (const ExtraFolder& extra : extras)
         places.push_back(placeOf(extra));

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace platform::device {
 
@@ -19,6 +21,18 @@ Descriptor lockDevice(const std::filesystem::path& folder)
     if (errno == EWOULDBLOCK)
         throw Refusal("The device " + quoted(folder) + " is open in another Quillbox.", true);
     refuse("The device " + quoted(folder) + " can't be locked", errno);
+}
+
+bool hadDatabase(const Descriptor& deviceLock)
+{
+    struct stat status = {};
+    return ::fstat(deviceLock.get(), &status) == 0 && status.st_size > 0;
+}
+
+void noteDatabase(const Descriptor& deviceLock)
+{
+    if (!hadDatabase(deviceLock))
+        (void)!::write(deviceLock.get(), "database\n", 9);  // without it only a warning is missing
 }
 
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder)

@@ -29,7 +29,7 @@ std::string reasonOf(Troubled what, DWORD error)
     case ERROR_GEN_FAILURE:
         return what == Troubled::File ? "the disk failed" : "it is damaged, or the disk failed";
     case ERROR_PATH_NOT_FOUND:
-        return "its folder is missing";
+        return "there is no folder for it";
     case ERROR_INVALID_NAME:
         return "no file can have that name";
     case ERROR_FILENAME_EXCED_RANGE:

@@ -145,7 +145,10 @@ BOOL DeleteFileW(const WCHAR* path)
 
 BOOL CreateDirectoryW(const WCHAR* path, const void*)
 {
-    return succeedUnless(makeFolderAt(resolvePath(boundedPath(path))));
+    const DWORD error = makeFolderAt(resolvePath(boundedPath(path)));
+    if (error != ERROR_PATH_NOT_FOUND)  // the folder that it wants has been noted
+        noteFileTrouble(Trouble::Writing, boundedPath(path), error);
+    return succeedUnless(error);
 }
 
 DWORD GetFileAttributesW(const WCHAR* path)

@@ -1,6 +1,8 @@
 // troubles.cpp - see troubles.h.
 #include "troubles.h"
 
+#include "ce/error.h"
+
 #include <algorithm>
 #include <map>
 #include <mutex>
@@ -36,7 +38,9 @@ void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD er
 {
     State& all = state();
     const std::lock_guard lock(all.mutex);
-    all.names[{kind, what}].try_emplace(std::u16string(name), Noted{all.noted++, error});
+    const auto [known, isNew] = all.names[{kind, what}].try_emplace(std::u16string(name), Noted{all.noted++, error});
+    if (!isNew && known->second.error == ERROR_PATH_NOT_FOUND)
+        known->second.error = error;
 }
 
 void forgetTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error)
@@ -55,7 +59,9 @@ Troubles troublesSoFar(Trouble kind, Troubled what)
     State& all = state();
     const std::lock_guard lock(all.mutex);
     const ByName& names = all.names[{kind, what}];
-    const auto first = std::ranges::min_element(names, {}, [](const auto& each) { return each.second.order; });
+    const auto first = std::ranges::min_element(names, {}, [](const auto& each) {
+        return std::pair(each.second.error == ERROR_PATH_NOT_FOUND, each.second.order);
+    });
     if (first == names.end())
         return {};
     return {names.size(), first->first, first->second.error};

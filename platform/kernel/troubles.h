@@ -28,7 +28,7 @@ void forgetTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD 
 struct Troubles {
     std::size_t count = 0;  // each name once
     std::u16string first;
-    DWORD error = 0;  // that the first one had first
+    DWORD error = 0;  // that the first one had first; a missing folder says less than whatever else there was
 };
 
 [[nodiscard]] Troubles troublesSoFar(Trouble kind, Troubled what);

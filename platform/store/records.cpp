@@ -43,11 +43,11 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
         outcome = !open ? failed(ERROR_INVALID_PARAMETER) : !use ? failed(ERROR_GEN_FAILURE) : call(*use, *open);
         if (use && outcome.error != 0)
             (void)use->isGathering();  // a full disk may have undone all: now it is known that it was that
+        if (open)
+            noteStoreTrouble(kind, Troubled::Database, open->name(), outcome.error);
     } catch (const std::bad_alloc&) {
         outcome = failed(ERROR_NOT_ENOUGH_MEMORY);
     }
-    if (open)
-        noteStoreTrouble(kind, Troubled::Database, open->name(), outcome.error);
     if (outcome.error != 0)
         SetLastError(outcome.error);
     return outcome.oid;

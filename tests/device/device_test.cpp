@@ -164,7 +164,12 @@ TEST_F(DeviceTest, DatabaseThatWasLostIsToldAndOneThatNeverWasIsNot)
         EXPECT_TRUE(result.device) << result.error.sentence;
         return result.warnings;
     };
-    write(at("device/object-store/a.txt"), "made by hand");
+    // Made by hand, and refused at first.
+    write(at("device/object-store/a.txt"), "");
+    write(at("device/cards"), "");
+    EXPECT_FALSE(openDevice(at("device"), {}, false).device);
+    fs::remove(at("device/cards"));
+    fs::remove(at("device/object-store/a.txt"));
     EXPECT_THAT(warnings(), testing::IsEmpty());
     EXPECT_THAT(warnings(), testing::IsEmpty());
     fs::remove(at("device/device.db"));
@@ -172,9 +177,6 @@ TEST_F(DeviceTest, DatabaseThatWasLostIsToldAndOneThatNeverWasIsNot)
     EXPECT_THAT(warnings(), testing::IsEmpty());
     fs::resize_file(at("device/device.db"), 0);
     EXPECT_THAT(warnings(), testing::ElementsAre(HasSubstr("device.db\" is empty")));
-    fs::remove(at("device/device.db"));
-    fs::remove(at("device/object-store/a.txt"));
-    EXPECT_THAT(warnings(), testing::IsEmpty());  // nothing was ever in it, or a first start was broken off
 }
 
 TEST_F(DeviceTest, WhatAKilledChangeOfTheDatabaseHasLeftGoesAlsoBehindALink)

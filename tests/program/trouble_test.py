@@ -169,7 +169,7 @@ class DamagedStoreTest(ContentsTest):
                                   input=lines([database(name, []) for name in [*names, "c"]]).encode(), check=True)
         self.assertEqual([line.split(b'"')[1].decode() for line in imported.stderr.splitlines()], names)
         told = self.quillbox(BACKUP.format(storage="\\Card"), code=4).stderr
-        self.assertRegex(told, r"^quillbox: This couldn't be written whole: .*a\\b\.CDB.* \(its folder is missing\)\.\n$")
+        self.assertRegex(told, r"^quillbox: This couldn't be written whole: .*a\\b\.CDB.* \(there is no folder for it\)\.\n$")
         # One that comes in time, as for a restored file, is no trouble; one that can't is.
         write_set(self.card, [database("a\\b", [[item(1, TEXT, "came")]])])
         self.damage("DELETE FROM store_database WHERE name = 'a\\b'")
@@ -187,15 +187,18 @@ class FullDeviceTest(ContentsTest):
         super().setUp()
         self.quillbox("idle\n")
         kept = {path.name: path.read_bytes() for path in self.device.iterdir() if path.is_file()}
-        for folder, size in ((self.device, "4m"), (self.store, "64m")):
-            folder.mkdir(exist_ok=True)
-            if subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}", "none", folder], capture_output=True).returncode:
-                self.skipTest("mounting a file system needs the administrator")
-            self.addCleanup(subprocess.run, ["umount", folder], check=True)
+        self.mount(self.device, "size=4m")
+        self.mount(self.store, "size=64m")
         for name, content in kept.items():
             (self.device / name).write_bytes(content)
         self.stick = self.base / "stick"
         self.stick.mkdir()
+
+    def mount(self, folder, options):
+        folder.mkdir(exist_ok=True)
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", options, "none", folder], capture_output=True).returncode:
+            self.skipTest("mounting a file system needs the administrator")
+        self.addCleanup(subprocess.run, ["umount", folder], check=True)
 
     def restore_with_room_for(self, left, script):
         """What standard error says."""
@@ -222,6 +225,13 @@ class FullDeviceTest(ContentsTest):
         self.assertRegex(told, r"written whole: the registry \(the disk is full\)\.\n$")
         self.quillbox("idle\n")
         self.assertEqual(self.registry(), before)
+
+    def test_what_keeps_a_folder_from_being_made_is_the_reason_that_is_told(self):
+        self.write("a", b"a")
+        self.mount(self.stick, "ro")
+        script = 'answer "Override*" no\n' + FULL_BACKUP.format(comment="", storage="\\Stick")
+        told = self.quillbox(script, "--card", f"Stick={self.stick}", code=4).stderr
+        self.assertIn('The first is "\\Stick\\QUILBOX" (the disk can\'t be written).', told)
 
 
 if __name__ == "__main__":

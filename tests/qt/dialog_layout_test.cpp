@@ -208,8 +208,21 @@ TEST_F(DialogFrameTest, DateIsTheOneThatWasTypedAndItsYearIsShownWhole)
         press(dialog, Qt::Key_Tab);
     type(dialog, "12251998");
     EXPECT_EQ(date->date(), QDate(1998, 12, 25)) << date->text().toStdString();
+    // A year of two digits is the near one.
+    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
+    press(dialog, Qt::Key_Tab);
+    type(dialog, "030599");
+    press(dialog, Qt::Key_Tab);
+    EXPECT_EQ(date->date(), QDate(1999, 3, 5)) << date->text().toStdString();
+    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
+    type(dialog, "040698");
+    press(dialog, Qt::Key_Return);
+    awaitGone("File filter");
+    choose({"File", "Filter..."});
+    QWidget& again = await("File filter");
+    EXPECT_EQ(again.findChild<QDateEdit*>()->date(), QDate(1998, 4, 6));
     QLocale::setDefault(usual);
-    press(dialog, Qt::Key_Escape);
+    press(again, Qt::Key_Escape);
     awaitGone("File filter");
 }
 

@@ -152,7 +152,10 @@ void bringToUtf8(ContentLine& line)
 
 bool isQuotedPrintable(std::string_view line)
 {
-    return inCapitals(line.substr(0, line.find(':'))).find("QUOTED-PRINTABLE") != std::string::npos;
+    const std::string head = inCapitals(line.substr(0, line.find(':')));
+    const std::size_t at = head.find("QUOTED-PRINTABLE");
+    // Of two encodings the first one counts.
+    return at != std::string::npos && head.find("BASE64") > at && head.find("ENCODING=B") > at;
 }
 
 std::string withLaterEscapes(std::string_view value)

@@ -136,7 +136,7 @@ Failure ScriptUser::await(std::string_view expected, const Condition& isSo,
 
         if (forEver || !screen_.programRests()) {
             screen_.waitForMore(seen, std::nullopt);
-        } else if (patience == steady_clock::duration::zero()) {
+        } else if (patience == steady_clock::duration::zero() && screen_.changes() == seen) {
             return "expected " + std::string(expected) + ", on the screen: " + onTheScreen();
         } else {
             const steady_clock::duration slice = std::min<steady_clock::duration>(patience, LongestLook);

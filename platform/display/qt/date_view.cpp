@@ -3,6 +3,9 @@
 #include "date_view.h"
 
 #include "date_display.h"
+#include "keys.h"
+
+#include "ce/window.h"
 
 #include <QDateEdit>
 #include <QFocusEvent>
@@ -16,6 +19,8 @@ using window::WindowState;
 
 // The platform's dates begin here.
 const QDate FirstDate(1601, 1, 1);
+constexpr int Century = 100;
+constexpr int YearsAhead = 20;
 
 class PickerView final : public QDateEdit, public View {
 public:
@@ -50,6 +55,21 @@ public:
     [[nodiscard]] int rowMiddle() const override { return height() / 2; }
 
 protected:
+    bool event(QEvent* event) override
+    {
+        // It comes before the key, which goes to the dialog.
+        if (event->type() == QEvent::ShortcutOverride &&
+            virtualKeyOf(static_cast<const QKeyEvent&>(*event)) == VK_RETURN)
+            completeYear();
+        return QDateEdit::event(event);
+    }
+
+    void focusOutEvent(QFocusEvent* event) override
+    {
+        completeYear();
+        QDateEdit::focusOutEvent(event);
+    }
+
     void focusInEvent(QFocusEvent* event) override
     {
         QDateEdit::focusInEvent(event);
@@ -58,6 +78,21 @@ protected:
     }
 
 private:
+    // A year of two digits, which the toolkit would drop, is the one that is near.
+    void completeYear()
+    {
+        QString shortFormat = displayFormat();
+        shortFormat.replace(QLatin1String("yyyy"), QLatin1String("yy"));
+        const QDate read = locale().toDate(text(), shortFormat);
+        if (!read.isValid())
+            return;
+        const int thisYear = QDate::currentDate().year();
+        int year = thisYear / Century * Century + read.year() % Century;
+        if (year > thisYear + YearsAhead)
+            year -= Century;
+        setDate(QDate(year, read.month(), read.day()));
+    }
+
     void followDate()
     {
         SYSTEMTIME date{};
