@@ -332,7 +332,7 @@ END:VCARD
              "Categories": r"\now;b"},
             {"LastName": "a", "Notes": "one two three= \t "}, {"LastName": "a", "Notes": "C:\r\new"}])
 
-    def test_base64_is_taken_for_the_text_itself(self):
+    def test_base64_is_decoded_and_what_is_no_text_left_out(self):
         def coded(text, characters="utf-8"):
             return base64.b64encode(text.encode(characters)).decode()
         long = coded("a\\nb\\, c " * 12)
@@ -372,7 +372,12 @@ END:VCARD
             {"LastName": "a", "Categories": "A;B;C", "Mail": "a@b.example", "Notes": "a\r\nb, c " * 12}, {"LastName": "b"}])
         self.assertEqual(said, "quillbox-device: 8 fields were left out: ADR 1, CATEGORIES 1, EMAIL 1, N 1, NOTE 1, ORG 1, PHOTO 1, TEL 1.\n")
 
-    def test_blanks_at_the_end_of_a_line_hide_a_card_or_its_version(self):
+    def test_of_two_encodings_the_first_decides_where_the_line_ends_too(self):
+        self.add("vcard", "BEGIN:VCARD\r\nVERSION:2.1\r\nN:a\r\nNOTE;ENCODING=BASE64;ENCODING=QUOTED-PRINTABLE:QUI=\r\n"
+                 "EMAIL:a@b.example\r\nEND:VCARD\r\n")
+        self.assertEqual(self.named("Contacts Database"), [{"LastName": "a", "Mail": "a@b.example", "Notes": "AB"}])
+
+    def test_blanks_at_the_end_of_a_line_hide_no_card_and_no_version(self):
         said = self.add("vcard", "BEGIN:VCARD \r\nVERSION:2.1\t\r\nN:a\r\nNOTE:C:\\new\r\nAGENT:\r\nBEGIN: vcard\r\n"
                         "END:VCARD\t \r\nend:vcard\r\n")
         self.assertEqual(self.named("Contacts Database"), [{"LastName": "a", "Notes": "C:\\new"}])
