@@ -17,7 +17,39 @@ namespace platform::file {
 
 namespace {
 
-// What stands at the place; a negative errno if nothing does that belongs to the name space.
+DWORD deleteFound(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
+{
+    if (const DWORD error = deletionError(place, folder, status, table))
+        return error;
+    place.mount->expectChange(deviceOf(status), place.parent());
+    if (const int result = removeFile(folder, place.name()); result < 0)
+        return platformError(result);
+    place.mount->noteChange(deviceOf(status));
+    if (status.stx_nlink == 1)
+        place.mount->giveBackRoom(status.stx_size);
+    return 0;
+}
+
+}  // namespace
+
+ParentFolder::ParentFolder(const HostPlace& place) : number_(place.mount->folder())
+{
+    if (place.nameStart == 0)
+        return;
+    number_ = openBelow(place.mount->folder(), place.parent().c_str(), O_PATH | O_DIRECTORY);
+    if (number_ >= 0)
+        opened_ = Descriptor(number_);
+}
+
+DWORD cannotBeAFile(const HostPlace& place)
+{
+    if (place.error != 0)
+        return place.error;
+    if (place.isMount())
+        return ERROR_ACCESS_DENIED;
+    return place.endsInBackslash ? ERROR_INVALID_NAME : 0;
+}
+
 int statusAt(const ParentFolder& parent, const HostPlace& place, HostStatus& status)
 {
     if (parent.number() < 0)
@@ -33,7 +65,6 @@ DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result)
     return error == ERROR_FILE_NOT_FOUND && parent.number() < 0 && !place.isMount() ? ERROR_PATH_NOT_FOUND : error;
 }
 
-// Why the file that stands at the place can't be deleted now; 0 if it can.
 DWORD deletionError(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
 {
     constexpr DWORD KeepsOut =
@@ -42,37 +73,6 @@ DWORD deletionError(const HostPlace& place, int folder, const HostStatus& status
     if ((attributesOf(status, stored, false) & KeepsOut) != 0)
         return ERROR_ACCESS_DENIED;
     return table.isOpen(keyOf(status)) ? ERROR_SHARING_VIOLATION : 0;
-}
-
-DWORD deleteFound(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
-{
-    if (const DWORD error = deletionError(place, folder, status, table))
-        return error;
-    if (const int result = removeFile(folder, place.name()); result < 0)
-        return platformError(result);
-    if (status.stx_nlink == 1)
-        place.mount->giveBackRoom(status.stx_size);
-    return 0;
-}
-
-DWORD cannotBeAFile(const HostPlace& place)
-{
-    if (place.error != 0)
-        return place.error;
-    if (place.isMount())
-        return ERROR_ACCESS_DENIED;
-    return place.endsInBackslash ? ERROR_INVALID_NAME : 0;
-}
-
-}  // namespace
-
-ParentFolder::ParentFolder(const HostPlace& place) : number_(place.mount->folder())
-{
-    if (place.nameStart == 0)
-        return;
-    number_ = openBelow(place.mount->folder(), place.parent().c_str(), O_PATH | O_DIRECTORY);
-    if (number_ >= 0)
-        opened_ = Descriptor(number_);
 }
 
 Attributes attributesAt(const HostPlace& place)
@@ -106,10 +106,16 @@ DWORD makeFolderAt(const HostPlace& place)
     const ParentFolder parent(place);
     if (parent.number() < 0)
         return errorAt(place, parent, parent.number());
+    HostStatus status = {};
+    if (const int result = readStatus(parent.number(), "", status); result < 0)
+        return platformError(result);
+    place.mount->expectChange(deviceOf(status), place.parent());
     const int result = makeFolder(parent.number(), place.name());
+    if (result == 0)
+        place.mount->noteChange(deviceOf(status));
     if (result == -EEXIST) {
-        HostStatus status = {};
-        return statusAt(parent, place, status) == 0 ? ERROR_ALREADY_EXISTS : ERROR_ACCESS_DENIED;
+        const int found = statusAt(parent, place, status);
+        return found == 0 ? ERROR_ALREADY_EXISTS : found == -ELOOP ? ERROR_ACCESS_DENIED : platformError(found);
     }
     return result == -ENOENT ? ERROR_PATH_NOT_FOUND : platformError(result);
 }
@@ -169,8 +175,13 @@ DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace)
         if (const int result = moved.isOpen() ? takeRights(moved.number(), replaced) : -EACCES; result < 0)
             return platformError(result);
     }
-    if (const int result = moveFile(folder.number(), from.name(), newFolder.number(), to.name(), replace); result < 0)
+    to.mount->expectChange(deviceOf(status), to.parent());
+    int result = moveFile(folder.number(), from.name(), newFolder.number(), to.name(), replace);
+    if (result == -EINVAL && !replace)  // where the host can't refuse: nothing stood there a moment ago
+        result = moveFile(folder.number(), from.name(), newFolder.number(), to.name(), true);
+    if (result < 0)
         return result == -EXDEV ? ERROR_NOT_SAME_DEVICE : platformError(result);
+    to.mount->noteChange(deviceOf(status));
     if (found == 0 && replaced.stx_nlink == 1)
         to.mount->giveBackRoom(replaced.stx_size);
     return 0;

@@ -7,6 +7,8 @@
 
 namespace platform::file {
 
+class OpenFiles;
+
 struct Attributes {
     DWORD error = 0;
     DWORD bits = 0;
@@ -43,5 +45,18 @@ private:
     Descriptor opened_;
     int number_ = -1;
 };
+
+// 0 for a path that a file may have.
+[[nodiscard]] DWORD cannotBeAFile(const HostPlace& place);
+
+// What stands at the place; a negative errno if nothing does that belongs to the name space.
+[[nodiscard]] int statusAt(const ParentFolder& parent, const HostPlace& place, HostStatus& status);
+
+// The error for a negative errno of statusAt or of another call at the place.
+[[nodiscard]] DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result);
+
+// Why the file that stands at the place can't be deleted now by the rules of the name space; 0 if it can. `folder`
+// holds it. Needs the table's lock.
+[[nodiscard]] DWORD deletionError(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table);
 
 }  // namespace platform::file

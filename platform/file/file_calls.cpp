@@ -5,8 +5,11 @@
 #include "file_trouble.h"
 #include "folder_search.h"
 #include "opening.h"
+#include "unchanged_deletion.h"
+#include "volume_flush.h"
 
 #include "ce/error.h"
+#include "ce/file_deletion.h"
 
 using namespace platform;
 using namespace platform::file;
@@ -130,6 +133,28 @@ BOOL FlushFileBuffers(HANDLE file)
     return open ? succeedUnless(open->flush(), Trouble::Writing, *open) : fail(ERROR_INVALID_HANDLE);
 }
 
+BOOL HandOverFileBuffers(HANDLE file)
+{
+    const auto open = findOpenFile(file);
+    return open ? succeedUnless(open->handOver(), Trouble::Writing, *open) : fail(ERROR_INVALID_HANDLE);
+}
+
+BOOL FlushChangedVolumes(void)
+{
+    const std::vector<FailedFlush> failed = flushChangedVolumes();
+    for (const FailedFlush& each : failed)
+        kernel::noteTrouble(Trouble::Writing, kernel::Troubled::File, u'\\' + each.mount->name(), each.error);
+    return succeedUnless(failed.empty() ? ERROR_SUCCESS : failed.front().error);
+}
+
+BOOL GetFileStamp(HANDLE file, FileStamp* stamp)
+{
+    const auto open = findOpenFile(file);
+    if (!open)
+        return fail(ERROR_INVALID_HANDLE);
+    return stamp ? succeedUnless(open->stamp(*stamp), Trouble::Reading, *open) : fail(ERROR_INVALID_PARAMETER);
+}
+
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information)
 {
     const auto open = findOpenFile(file);
@@ -141,6 +166,12 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* informa
 BOOL DeleteFileW(const WCHAR* path)
 {
     return succeedUnless(deleteFileAt(resolvePath(boundedPath(path))));
+}
+
+BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp)
+{
+    return stamp ? succeedUnless(deleteUnchangedAt(resolvePath(boundedPath(path)), *stamp))
+                 : fail(ERROR_INVALID_PARAMETER);
 }
 
 BOOL CreateDirectoryW(const WCHAR* path, const void*)

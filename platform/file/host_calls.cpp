@@ -162,6 +162,16 @@ int flushToDisk(int fileOrFolder)
     return result;
 }
 
+int flushFileSystem(int fileOrFolder)
+{
+    if (const int error = passGate())
+        return -error;
+    const int result = unlessInterrupted([&] { return ::syncfs(fileOrFolder); });
+    if (result == 0 && watchesForPowerCut())
+        noteAllFlushed(fileOrFolder);
+    return result;
+}
+
 int makeFolder(int folder, const char* name)
 {
     if (const int error = passGate())
@@ -194,12 +204,21 @@ int moveFile(int folder, const char* name, int newFolder, const char* newName, b
 {
     if (const int error = passGate())
         return -error;
-    const auto move = [&](unsigned flags) {
-        return unlessInterrupted([&] { return ::renameat2(folder, name, newFolder, newName, flags); });
-    };
-    const int result = move(replace ? 0 : RENAME_NOREPLACE);
-    // Some file systems can't refuse by themselves. Whoever calls has looked a moment ago.
-    return result == -EINVAL && !replace ? move(0) : result;
+    const int result = unlessInterrupted(
+        [&] { return ::renameat2(folder, name, newFolder, newName, replace ? 0 : RENAME_NOREPLACE); });
+    if (result == 0 && watchesForPowerCut())
+        noteMoved(folder, name, newFolder, newName);
+    return result;
+}
+
+int linkFile(int folder, const char* name, const char* newName)
+{
+    if (const int error = passGate())
+        return -error;
+    const int result = unlessInterrupted([&] { return ::linkat(folder, name, folder, newName, 0); });
+    if (result == 0 && watchesForPowerCut())
+        noteMade(folder, newName);
+    return result;
 }
 
 ssize_t readEntries(int folder, std::span<std::byte> entries)
@@ -225,6 +244,13 @@ int setLease(int file, int type)
     if (const int error = type == F_UNLCK ? 0 : passGate())
         return -error;
     return unlessInterrupted([&] { return ::fcntl(file, F_SETLEASE, type); });
+}
+
+int leaseOf(int file)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::fcntl(file, F_GETLEASE); });
 }
 
 }  // namespace platform::file

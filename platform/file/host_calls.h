@@ -60,6 +60,11 @@ using HostStatus = struct statx;
 [[nodiscard]] int reserve(int file, std::uint64_t place, std::uint64_t bytes);
 
 [[nodiscard]] int flushToDisk(int fileOrFolder);
+
+// All of the file system that holds the file or folder. Tells of bytes that the host couldn't write since the
+// descriptor was opened.
+[[nodiscard]] int flushFileSystem(int fileOrFolder);
+
 [[nodiscard]] int makeFolder(int folder, const char* name);
 [[nodiscard]] int removeFile(int folder, const char* name);
 
@@ -67,8 +72,11 @@ using HostStatus = struct statx;
 // nobody gets a right by that.
 [[nodiscard]] int takeRights(int file, const HostStatus& old);
 
-// -EEXIST if there is such an entry and it isn't to be replaced.
+// -EEXIST if there is such an entry and it isn't to be replaced; -EINVAL where the file system can't refuse that.
 [[nodiscard]] int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace);
+
+// Gives the file a second name; -EEXIST if there is such an entry.
+[[nodiscard]] int linkFile(int folder, const char* name, const char* newName);
 
 // As getdents64: bytes of entries, 0 at the end.
 [[nodiscard]] ssize_t readEntries(int folder, std::span<std::byte> entries);
@@ -83,5 +91,8 @@ struct FileSystem {
 
 // Takes or drops a lease (F_RDLCK, F_WRLCK, F_UNLCK).
 [[nodiscard]] int setLease(int file, int type);
+
+// The lease that is held, and if somebody waits for the file the one that he leaves.
+[[nodiscard]] int leaseOf(int file);
 
 }  // namespace platform::file

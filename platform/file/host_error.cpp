@@ -41,6 +41,8 @@ DWORD platformError(long error)
         return ERROR_FILE_EXISTS;
     case EINVAL:
         return ERROR_INVALID_PARAMETER;
+    case EOPNOTSUPP:
+        return ERROR_NOT_SUPPORTED;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:  // a card's file system takes no longer file: no room for it either

@@ -1,16 +1,19 @@
 // mounted_folder.cpp - a card's room: what its files hold now, what a write may still take.
 #include "mounted_folder.h"
 
+#include "attributes.h"
 #include "host_name.h"
+
+#include <fcntl.h>
 
 #include <algorithm>
 
 namespace platform::file {
 
-MountedFolder::MountedFolder(std::u16string name, Descriptor folder, bool card, std::optional<std::uint64_t> capacity,
-                             std::uint64_t used)
+MountedFolder::MountedFolder(std::u16string name, Descriptor folder, std::unique_ptr<Volume> own, bool card,
+                             std::optional<std::uint64_t> capacity, std::uint64_t used)
     : name_(std::move(name)), hostName_(text::toHostName(name_).value_or("")), folder_(std::move(folder)), card_(card),
-      capacity_(capacity), used_(used)
+      capacity_(capacity), used_(used), own_(std::move(own))
 {
 }
 
@@ -34,6 +37,45 @@ void MountedFolder::giveBackRoom(std::uint64_t bytes)
     // Another process may have made a file longer unseen: never below nothing.
     while (!used_.compare_exchange_weak(used, used - std::min(used, bytes))) {
     }
+}
+
+void MountedFolder::expectChange(std::uint64_t device, const std::string& path)
+{
+    if (findVolume(device))
+        return;
+    auto volume = std::make_unique<Volume>();
+    volume->device = device;
+    volume->readable = Descriptor(openBelow(folder_.number(), path.c_str(), O_RDONLY | O_DIRECTORY));
+    const std::lock_guard lock(volumesMutex_);
+    furtherVolumes_.push_back(std::move(volume));
+}
+
+void MountedFolder::noteChange(std::uint64_t device)
+{
+    if (Volume* const volume = findVolume(device); volume && !volume->changed)
+        volume->changed = true;
+}
+
+std::vector<Volume*> MountedFolder::changedVolumes()
+{
+    std::vector<Volume*> changed;
+    if (own_->changed)
+        changed.push_back(own_.get());
+    const std::lock_guard lock(volumesMutex_);
+    for (const auto& volume : furtherVolumes_) {
+        if (volume->changed)
+            changed.push_back(volume.get());
+    }
+    return changed;
+}
+
+Volume* MountedFolder::findVolume(std::uint64_t device)
+{
+    if (device == own_->device)
+        return own_.get();
+    const std::lock_guard lock(volumesMutex_);
+    const auto found = std::ranges::find(furtherVolumes_, device, &Volume::device);
+    return found == furtherVolumes_.end() ? nullptr : found->get();
 }
 
 }  // namespace platform::file

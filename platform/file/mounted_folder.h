@@ -3,19 +3,32 @@
 
 #include "host_calls.h"
 
+#include "ce/types.h"
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform::file {
 
+// A file system of the host that holds files of a mounted folder.
+struct Volume {
+    std::uint64_t device = 0;
+    // A folder on it, opened before the first change: the host tells of what it couldn't write since.
+    Descriptor readable;
+    std::atomic<bool> changed = false;
+};
+
 class MountedFolder {
 public:
-    MountedFolder(std::u16string name, Descriptor folder, bool card, std::optional<std::uint64_t> capacity,
-                  std::uint64_t used);
+    // `own` is the volume of the folder itself.
+    MountedFolder(std::u16string name, Descriptor folder, std::unique_ptr<Volume> own, bool card,
+                  std::optional<std::uint64_t> capacity, std::uint64_t used);
 
     [[nodiscard]] const std::u16string& name() const { return name_; }
     [[nodiscard]] const std::string& hostName() const { return hostName_; }
@@ -28,13 +41,29 @@ public:
     [[nodiscard]] std::uint64_t takeRoom(std::uint64_t bytes);
     void giveBackRoom(std::uint64_t bytes);
 
+    // Before something is changed on the host's device of that number: one below the folder may be another file
+    // system's. `path` is that of a folder on it.
+    void expectChange(std::uint64_t device, const std::string& path);
+
+    // After that, so that a flush at the same time finds it either on the host or noted.
+    void noteChange(std::uint64_t device);
+
+    // They stay as long as the folder.
+    [[nodiscard]] std::vector<Volume*> changedVolumes();
+
 private:
+    [[nodiscard]] Volume* findVolume(std::uint64_t device);
+
     std::u16string name_;
     std::string hostName_;
     Descriptor folder_;
     bool card_;
     std::optional<std::uint64_t> capacity_;
     std::atomic<std::uint64_t> used_;
+
+    const std::unique_ptr<Volume> own_;
+    std::mutex volumesMutex_;  // guards the list, not the volumes in it
+    std::vector<std::unique_ptr<Volume>> furtherVolumes_;
 };
 
 // The mounts do not change while the program runs, so reading them takes no lock.

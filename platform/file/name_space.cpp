@@ -1,6 +1,7 @@
 // name_space.cpp - the list of mounted folders.
 #include "name_space.h"
 
+#include "attributes.h"
 #include "folder_reader.h"
 #include "folder_search.h"
 #include "handle_table.h"
@@ -55,6 +56,13 @@ std::uint64_t measure(Descriptor folder, std::set<Inode>& counted)
     return bytes;
 }
 
+std::uint64_t measure(int folder)
+{
+    std::set<Inode> counted;
+    Descriptor readable(openBelow(folder, ".", O_RDONLY | O_DIRECTORY));
+    return readable.isOpen() ? measure(std::move(readable), counted) : 0;
+}
+
 // A lease that another process breaks in the moment that we hold it is told by SIGIO, which ends a process
 // that has said nothing about it.
 void ignoreLeaseSignals()
@@ -74,14 +82,16 @@ bool addMount(Mount mount)
     const bool isRoot = mount.name.empty();
     if (isRoot ? mounts().root != nullptr : findMount(mount.name) || !text::toHostName(mount.name))
         return false;
-    Descriptor readable(openBelow(folder.number(), ".", O_RDONLY | O_DIRECTORY));
-    if (!readable.isOpen())
+    auto volume = std::make_unique<Volume>();
+    volume->readable = Descriptor(openBelow(folder.number(), ".", O_RDONLY | O_DIRECTORY));
+    HostStatus status = {};
+    if (!volume->readable.isOpen() || readStatus(volume->readable.number(), "", status) != 0)
         return false;
+    volume->device = deviceOf(status);
     ignoreLeaseSignals();
-    std::set<Inode> counted;
-    const std::uint64_t used = mount.capacity ? measure(std::move(readable), counted) : 0;
-    auto added =
-        std::make_shared<MountedFolder>(std::move(mount.name), std::move(folder), mount.card, mount.capacity, used);
+    const std::uint64_t used = mount.capacity ? measure(folder.number()) : 0;
+    auto added = std::make_shared<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
+                                                 mount.card, mount.capacity, used);
     if (isRoot)
         mounts().root = std::move(added);
     else

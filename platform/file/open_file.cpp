@@ -2,6 +2,7 @@
 #include "open_file.h"
 
 #include "attributes.h"
+#include "file_stamp.h"
 #include "file_trouble.h"
 #include "host_error.h"
 
@@ -138,6 +139,29 @@ DWORD OpenFile::flush()
             return error;
         entriesFlushed_ = true;
     }
+    return 0;
+}
+
+DWORD OpenFile::handOver()
+{
+    if (!mayWrite())
+        return ERROR_ACCESS_DENIED;
+    const std::lock_guard lock(file_->mutex());
+    return file_->writeOut();
+}
+
+DWORD OpenFile::stamp(FileStamp& stamp)
+{
+    const std::lock_guard lock(file_->mutex());
+    if (const DWORD error = file_->writeOut(); error != 0)
+        return error;
+    timespec now = {};
+    HostStatus status = {};
+    if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
+        return ERROR_GEN_FAILURE;
+    if (const int result = readStatus(descriptor_.number(), "", status); result < 0)
+        return platformError(result);
+    stamp = stampOf(status, now);
     return 0;
 }
 

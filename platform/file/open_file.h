@@ -9,6 +9,7 @@
 #include "shared_file.h"
 
 #include "ce/file.h"
+#include "ce/file_deletion.h"
 
 #include <cstdint>
 #include <memory>
@@ -42,6 +43,8 @@ public:
     [[nodiscard]] DWORD endHere();
 
     [[nodiscard]] DWORD flush();
+    [[nodiscard]] DWORD handOver();
+    [[nodiscard]] DWORD stamp(FileStamp& stamp);
     [[nodiscard]] DWORD tell(BY_HANDLE_FILE_INFORMATION& information);
 
 private:

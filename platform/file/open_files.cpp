@@ -84,16 +84,32 @@ std::optional<std::uint64_t> OpenFiles::sizeOfWritten(const FileKey& key)
 
 void OpenFiles::releaseReserves()
 {
-    std::vector<std::shared_ptr<SharedFile>> open;
-    {
-        const std::lock_guard lock(mutex_);
-        for (const auto& [key, entry] : files_)
-            open.push_back(entry.file);
-    }
-    for (const auto& file : open) {
+    for (const auto& file : everyFile()) {
         const std::lock_guard lock(file->mutex());
         (void)file->release();  // an error stays with the file, for its own next call
     }
+}
+
+DWORD OpenFiles::writeOutAll(const MountedFolder& mount)
+{
+    DWORD first = 0;
+    for (const auto& file : everyFile()) {
+        if (&file->mount() != &mount)
+            continue;
+        const std::lock_guard lock(file->mutex());
+        const DWORD error = file->writeOut();
+        first = first != 0 ? first : error;
+    }
+    return first;
+}
+
+std::vector<std::shared_ptr<SharedFile>> OpenFiles::everyFile()
+{
+    const std::lock_guard lock(mutex_);
+    std::vector<std::shared_ptr<SharedFile>> all;
+    for (const auto& [key, entry] : files_)
+        all.push_back(entry.file);
+    return all;
 }
 
 void OpenFiles::Entry::count(const Sharing& sharing, int step)

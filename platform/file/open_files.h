@@ -61,6 +61,9 @@ public:
     // held.
     void releaseReserves();
 
+    // Writes out what is gathered of a mounted folder's files; 0 or the first error. The same goes for the locks.
+    [[nodiscard]] DWORD writeOutAll(const MountedFolder& mount);
+
 private:
     struct KeyHash {
         std::size_t operator()(const FileKey& key) const noexcept
@@ -79,6 +82,8 @@ private:
 
         void count(const Sharing& sharing, int step);
     };
+
+    [[nodiscard]] std::vector<std::shared_ptr<SharedFile>> everyFile();
 
     std::mutex mutex_;
     std::unordered_map<FileKey, Entry, KeyHash> files_;

@@ -188,8 +188,12 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
     }
 
     const FileKey key = keyOf(request.status);
-    if (!request.existed)
+    if (request.writes() || !request.existed)
+        place.mount->expectChange(key.device, place.parent());
+    if (!request.existed) {
         table->noteMade(request.status);
+        place.mount->noteChange(key.device);
+    }
     const auto shared = table->enter(key, sharing, place.mount, request.status.stx_size);
     const int descriptor = request.descriptor.number();
     auto file = std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), place,

@@ -6,9 +6,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <optional>
+#include <ranges>
 #include <string>
 #include <utility>
 #include <vector>
@@ -24,16 +27,24 @@ struct TouchedFile {
     std::uint64_t flushedSize = 0;
 };
 
-struct MadeEntry {
+struct Name {
     Inode folder;
-    std::string path;  // by the descriptor kept open
-    int keptOpen = -1;
+    std::string name;
+    int keptOpen = -1;  // the folder
+
+    [[nodiscard]] std::string path() const { return "/proc/self/fd/" + std::to_string(keptOpen) + "/" + name; }
+    [[nodiscard]] bool operator==(const Name& other) const { return folder == other.folder && name == other.name; }
+};
+
+struct ChangedEntry {
+    Name now;
+    std::optional<Name> before;  // on the disk; nothing for an entry that was made
 };
 
 struct Unflushed {
     std::mutex mutex;
     std::map<Inode, TouchedFile> files;
-    std::vector<MadeEntry> entries;
+    std::vector<ChangedEntry> entries;  // in the order of the calls
 };
 
 Unflushed& unflushed()
@@ -59,6 +70,45 @@ void remember(Unflushed& known, int file, std::uint64_t flushedSize, const struc
         place->second.keptOpen = ::open(pathOf(file).c_str(), O_PATH | O_CLOEXEC);
         place->second.flushedSize = flushedSize;
     }
+}
+
+Name nameOf(int folder, const char* path)
+{
+    const std::filesystem::path whole(path);
+    const std::string parent = whole.has_parent_path() ? whole.parent_path().string() : ".";
+    Name name{{}, whole.filename().string(), ::openat(folder, parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)};
+    struct stat status = {};
+    if (name.keptOpen >= 0 && ::fstat(name.keptOpen, &status) == 0)
+        name.folder = inodeOf(status);
+    return name;
+}
+
+void letGo(const ChangedEntry& entry)
+{
+    ::close(entry.now.keptOpen);
+    if (entry.before)
+        ::close(entry.before->keptOpen);
+}
+
+template <class Chosen>
+void forgetEntries(Unflushed& known, const Chosen& chosen)
+{
+    std::erase_if(known.entries, [&](const ChangedEntry& entry) {
+        const bool goes = chosen(entry);
+        if (goes)
+            letGo(entry);
+        return goes;
+    });
+}
+
+void takeBack(const ChangedEntry& entry)
+{
+    std::error_code ignored;  // deleted since: then there is nothing to take back
+    if (!entry.before)
+        std::filesystem::remove_all(entry.now.path(), ignored);
+    else
+        (void)::renameat2(entry.now.keptOpen, entry.now.name.c_str(), entry.before->keptOpen,
+                          entry.before->name.c_str(), RENAME_NOREPLACE);
 }
 
 }  // namespace
@@ -88,12 +138,23 @@ void noteMade(int folder, const char* path)
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
-    const std::filesystem::path whole(path);
-    const std::string parent = whole.has_parent_path() ? whole.parent_path().string() : ".";
-    const int keptOpen = ::openat(folder, parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    struct stat status = {};
-    if (keptOpen >= 0 && ::fstat(keptOpen, &status) == 0)
-        known.entries.push_back({inodeOf(status), whole.filename().string(), keptOpen});
+    known.entries.push_back({nameOf(folder, path), std::nullopt});
+}
+
+void noteMoved(int folder, const char* name, int newFolder, const char* newName)
+{
+    Unflushed& known = unflushed();
+    const std::lock_guard lock(known.mutex);
+    ChangedEntry moved{nameOf(newFolder, newName), nameOf(folder, name)};
+    const auto earlier = std::ranges::find(known.entries, *moved.before, &ChangedEntry::now);
+    if (earlier == known.entries.end()) {
+        known.entries.push_back(std::move(moved));
+        return;
+    }
+    std::swap(earlier->now, moved.now);
+    letGo(moved);
+    if (earlier->before == earlier->now)  // back where it was
+        forgetEntries(known, [](const ChangedEntry& entry) { return entry.before == entry.now; });
 }
 
 void noteFlushed(int fileOrFolder)
@@ -104,15 +165,25 @@ void noteFlushed(int fileOrFolder)
     if (::fstat(fileOrFolder, &status) != 0)
         return;
     if (S_ISDIR(status.st_mode)) {
-        std::erase_if(known.entries, [&](const MadeEntry& entry) {
-            const bool flushed = entry.folder == inodeOf(status);
-            if (flushed)
-                ::close(entry.keptOpen);
-            return flushed;
-        });
+        forgetEntries(known, [&](const ChangedEntry& entry) { return entry.now.folder == inodeOf(status); });
     } else if (const auto touched = known.files.find(inodeOf(status)); touched != known.files.end()) {
         touched->second.flushedSize = static_cast<std::uint64_t>(status.st_size);
     }
+}
+
+void noteAllFlushed(int fileOrFolder)
+{
+    Unflushed& known = unflushed();
+    const std::lock_guard lock(known.mutex);
+    struct stat flushed = {};
+    if (::fstat(fileOrFolder, &flushed) != 0)
+        return;
+    for (auto& [inode, file] : known.files) {
+        struct stat status = {};
+        if (inode.first == flushed.st_dev && ::fstat(file.keptOpen, &status) == 0)
+            file.flushedSize = static_cast<std::uint64_t>(status.st_size);
+    }
+    forgetEntries(known, [&](const ChangedEntry& entry) { return entry.now.folder.first == flushed.st_dev; });
 }
 
 void takeBackUnflushed()
@@ -125,10 +196,8 @@ void takeBackUnflushed()
         if (::stat(path.c_str(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) > file.flushedSize)
             (void)::truncate(path.c_str(), static_cast<off_t>(file.flushedSize));
     }
-    for (const MadeEntry& entry : known.entries) {
-        std::error_code ignored;  // deleted since: then there is nothing to take back
-        std::filesystem::remove_all(pathOf(entry.keptOpen) + "/" + entry.path, ignored);
-    }
+    for (const ChangedEntry& entry : known.entries | std::views::reverse)
+        takeBack(entry);
 }
 
 void forgetUnflushed()
@@ -137,10 +206,8 @@ void forgetUnflushed()
     const std::lock_guard lock(known.mutex);
     for (const auto& [inode, file] : known.files)
         ::close(file.keptOpen);
-    for (const MadeEntry& entry : known.entries)
-        ::close(entry.keptOpen);
+    forgetEntries(known, [](const ChangedEntry&) { return true; });
     known.files.clear();
-    known.entries.clear();
 }
 
 }  // namespace platform::file

@@ -15,8 +15,14 @@ void noteCut(int file, std::uint64_t size);
 // After a file or folder `path` below `folder` was made.
 void noteMade(int folder, const char* path);
 
+// After an entry got another name or folder.
+void noteMoved(int folder, const char* name, int newFolder, const char* newName);
+
 // After a flush of a file or a folder.
 void noteFlushed(int fileOrFolder);
+
+// After a flush of the whole file system that holds it.
+void noteAllFlushed(int fileOrFolder);
 
 // Takes all that off the disk which was not flushed.
 void takeBackUnflushed();

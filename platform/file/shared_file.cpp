@@ -122,6 +122,7 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     const std::uint64_t growth = size > size_ ? size - size_ : 0;
     const std::uint64_t room = mount_->takeRoom(growth);
     const int result = room < growth ? -ENOSPC : file::setSize(descriptor, size);
+    noteChange();
     if (result < 0) {
         mount_->giveBackRoom(room);
         return platformError(result);
@@ -139,6 +140,7 @@ DWORD SharedFile::writeOut()
         return lost_;
     const std::uint64_t place = size_ - gathered_;
     const HostWrite done = writeBoth(gatherer_, place, {gather_.get(), gathered_}, {});
+    noteChange();
     if (done.bytes != 0)
         writtenTo_ = place + done.bytes;
     if (done.error != 0) {
@@ -203,6 +205,7 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t place, std::span<c
     }
     const std::size_t before = gathered_;
     const HostWrite done = writeBoth(descriptor, place - before, {gather_.get(), before}, bytes);
+    noteChange();
     if (done.bytes != 0)
         writtenTo_ = place - before + done.bytes;
     if (done.bytes < before) {

@@ -32,6 +32,8 @@ public:
     // The file's lock. The functions below need it; it also guards what its handles hold.
     [[nodiscard]] std::mutex& mutex() { return mutex_; }
 
+    [[nodiscard]] const MountedFolder& mount() const { return *mount_; }
+
     // The length, gathered bytes included.
     [[nodiscard]] std::uint64_t size() const { return size_; }
 
@@ -72,6 +74,7 @@ private:
     [[nodiscard]] bool fitsLastBlock(int descriptor, std::uint64_t end) const;
     [[nodiscard]] bool makeReserve(int descriptor, std::uint64_t end);
     void startGathering(int descriptor);
+    void noteChange() { mount_->noteChange(device_); }
 
     std::mutex mutex_;
     std::shared_ptr<MountedFolder> mount_;

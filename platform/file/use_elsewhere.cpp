@@ -3,6 +3,7 @@
 
 #include "file_system.h"
 #include "host_calls.h"
+#include "host_error.h"
 
 #include "ce/file.h"
 
@@ -51,6 +52,24 @@ bool isUsedElsewhere(int file, const Sharing& sharing, std::uint64_t device)
     if (result == 0)
         (void)setLease(file, F_UNLCK);  // it would fail only if the lease were gone already
     return result == -EAGAIN;
+}
+
+LeaseTaken takeLease(int file, std::uint64_t device)
+{
+    switch (const int result = setLease(file, F_WRLCK)) {
+    case 0:
+        return {Lease::Held};
+    case -EAGAIN:
+        return {leasesCanBeTrusted(file, device) ? Lease::InUse : Lease::NotGiven};
+    case -EACCES:  // another user's file
+    case -EPERM:
+    case -EINVAL:  // a file system without leases
+    case -EOPNOTSUPP:
+    case -ENOLCK:
+        return {Lease::NotGiven};
+    default:
+        return {Lease::NotGiven, platformError(result)};
+    }
 }
 
 }  // namespace platform::file

@@ -1,8 +1,12 @@
 #include "file_fixture.h"
 
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -99,6 +103,32 @@ std::string FileTest::readAll(const std::u16string& path, DWORD piece)
         all += part;
     CloseHandle(file);
     return all;
+}
+
+OtherProcess::OtherProcess(const std::filesystem::path& path, int flags)
+{
+    std::array<int, 2> ready{};
+    if (::pipe2(ready.data(), O_CLOEXEC) != 0)
+        return;
+    child_ = ::fork();
+    if (child_ == 0) {
+        const bool isOpen = ::open(path.c_str(), flags) >= 0;
+        (void)!::write(ready[1], isOpen ? "y" : "n", 1);
+        for (;;)
+            ::pause();
+    }
+    char answer = 'n';
+    opened_ = ::read(ready[0], &answer, 1) == 1 && answer == 'y';
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+OtherProcess::~OtherProcess()
+{
+    if (child_ <= 0)
+        return;
+    ::kill(child_, SIGKILL);
+    ::waitpid(child_, nullptr, 0);
 }
 
 std::string patternBytes(std::size_t count)

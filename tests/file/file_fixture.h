@@ -8,6 +8,7 @@
 #include "ce/handle.h"
 
 #include <gtest/gtest.h>
+#include <sys/types.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -39,6 +40,21 @@ protected:
 private:
     std::filesystem::path base_;
     std::filesystem::path root_;
+};
+
+// A process of its own that has a file open until it goes out of scope.
+class OtherProcess {
+public:
+    OtherProcess(const std::filesystem::path& path, int flags);
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+    ~OtherProcess();
+
+    [[nodiscard]] bool opened() const { return opened_; }
+
+private:
+    pid_t child_ = -1;
+    bool opened_ = false;
 };
 
 // Bytes that repeat with no short period, so that a piece at a wrong place shows.

@@ -2,10 +2,7 @@
 #include "file_fixture.h"
 
 #include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <thread>
 #include <vector>
@@ -16,43 +13,6 @@ constexpr DWORD Read = GENERIC_READ;
 constexpr DWORD Write = GENERIC_WRITE;
 constexpr DWORD ShareRead = FILE_SHARE_READ;
 constexpr DWORD ShareBoth = FILE_SHARE_READ | FILE_SHARE_WRITE;
-
-// A process of its own that has a file open until it goes out of scope.
-class OtherProcess {
-public:
-    OtherProcess(const std::filesystem::path& path, int flags)
-    {
-        std::array<int, 2> ready{};
-        if (::pipe2(ready.data(), O_CLOEXEC) != 0)
-            return;
-        child_ = ::fork();
-        if (child_ == 0) {
-            const bool isOpen = ::open(path.c_str(), flags) >= 0;
-            (void)!::write(ready[1], isOpen ? "y" : "n", 1);
-            for (;;)
-                ::pause();
-        }
-        char answer = 'n';
-        opened_ = ::read(ready[0], &answer, 1) == 1 && answer == 'y';
-        ::close(ready[0]);
-        ::close(ready[1]);
-    }
-    OtherProcess(const OtherProcess&) = delete;
-    OtherProcess& operator=(const OtherProcess&) = delete;
-    ~OtherProcess()
-    {
-        if (child_ <= 0)
-            return;
-        ::kill(child_, SIGKILL);
-        ::waitpid(child_, nullptr, 0);
-    }
-
-    [[nodiscard]] bool opened() const { return opened_; }
-
-private:
-    pid_t child_ = -1;
-    bool opened_ = false;
-};
 
 TEST_F(FileTest, SecondOpenNeedsBothSidesToAllowIt)
 {

@@ -113,6 +113,17 @@ BOOL SetEndOfFile(HANDLE file);
 // its folder too. Fails with 6, 5 without write access, 31, 112.
 BOOL FlushFileBuffers(HANDLE file);
 
+// Hands what was written to the file, and is gathered here, to the host: from then on it survives the end of this
+// process, though not a power cut. Costs nothing where nothing is gathered. Fails with the errors of WriteFile; a
+// failure means that bytes which were reported as written are missing.
+BOOL HandOverFileBuffers(HANDLE file);
+
+// Nonzero when all that this process made, wrote, renamed or deleted on the device, in its own folder and in each card
+// and further folder, is on the disk. Covers what was done since the start or the last call; costs nothing for a folder
+// where nothing changed. All are tried, whatever fails. On failure the last error is that of the first folder that
+// failed (31, 112), and a later call tries that folder again.
+BOOL FlushChangedVolumes(void);
+
 // Nonzero on success, 0 with 6 for a handle that is no open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 

@@ -1,0 +1,63 @@
+// file_stamp.cpp - see file_stamp.h
+#include "file_stamp.h"
+
+#include "attributes.h"
+
+#include <algorithm>
+#include <tuple>
+
+namespace platform::file {
+
+namespace {
+
+constexpr std::int64_t Second = 1'000'000'000;
+
+// The host's clock for files steps by up to 10 ms, and exFAT keeps no finer times.
+constexpr std::int64_t FineStep = 50'000'000;
+
+// FAT counts in steps of two seconds, others in whole ones.
+constexpr std::int64_t CoarseStep = 4 * Second;
+
+// Saturates: a time so far away isn't near to any.
+std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
+{
+    const std::int64_t seconds = std::clamp<std::int64_t>(to.tv_sec - from.tv_sec, -1'000'000, 1'000'000);
+    return seconds * Second + to.tv_nsec - from.tv_nsec;
+}
+
+bool provesWrites(const HostStatus& status, const timespec& asked)
+{
+    const bool isCoarse = status.stx_mtime.tv_nsec == 0 || status.stx_ctime.tv_nsec == 0;
+    const std::int64_t age =
+        std::min(nanosecondsBetween(status.stx_mtime, asked), nanosecondsBetween(status.stx_ctime, asked));
+    return age > (isCoarse ? CoarseStep : FineStep);
+}
+
+}  // namespace
+
+FileStamp stampOf(const HostStatus& status, const timespec& asked)
+{
+    return {.device = deviceOf(status),
+            .inode = status.stx_ino,
+            .length = status.stx_size,
+            .writeSeconds = status.stx_mtime.tv_sec,
+            .writeNanoseconds = status.stx_mtime.tv_nsec,
+            .changeNanoseconds = status.stx_ctime.tv_nsec,
+            .changeSeconds = status.stx_ctime.tv_sec,
+            .provesWrites = provesWrites(status, asked) ? TRUE : FALSE};
+}
+
+bool hasSameContent(const FileStamp& stamp, const HostStatus& status)
+{
+    return std::tuple(stamp.device, stamp.inode, stamp.length, stamp.writeSeconds, stamp.writeNanoseconds) ==
+           std::tuple(deviceOf(status), status.stx_ino, status.stx_size, status.stx_mtime.tv_sec,
+                      status.stx_mtime.tv_nsec);
+}
+
+bool isUnchanged(const FileStamp& stamp, const HostStatus& status)
+{
+    return hasSameContent(stamp, status) && stamp.changeSeconds == status.stx_ctime.tv_sec &&
+           stamp.changeNanoseconds == status.stx_ctime.tv_nsec;
+}
+
+}  // namespace platform::file

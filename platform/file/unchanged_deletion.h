@@ -1,0 +1,13 @@
+// unchanged_deletion.h - deleting a file by its stamp (ce/file_deletion.h).
+#pragma once
+
+#include "device_path.h"
+
+#include "ce/file_deletion.h"
+
+namespace platform::file {
+
+// 0 or the error of DeleteUnchangedFile.
+[[nodiscard]] DWORD deleteUnchangedAt(const HostPlace& place, const FileStamp& stamp);
+
+}  // namespace platform::file

@@ -1,0 +1,69 @@
+// volume_flush.cpp - see volume_flush.h
+#include "volume_flush.h"
+
+#include "host_error.h"
+#include "open_files.h"
+
+#include <cerrno>
+
+namespace platform::file {
+
+namespace {
+
+struct Changed {
+    std::shared_ptr<MountedFolder> mount;
+    Volume* volume = nullptr;
+};
+
+std::vector<std::shared_ptr<MountedFolder>> allMounts()
+{
+    std::vector<std::shared_ptr<MountedFolder>> all;
+    if (auto root = rootMount())
+        all.push_back(std::move(root));
+    for (std::size_t i = 0; auto mount = mountAt(i); ++i)
+        all.push_back(std::move(mount));
+    return all;
+}
+
+// Several folders may lie on one file system, which is flushed once for all. Marks go before the flush, so that what
+// is changed while it lasts is marked anew.
+std::vector<Volume*> takeMarks(const std::vector<Changed>& changed, std::uint64_t device)
+{
+    std::vector<Volume*> taken;
+    for (const Changed& each : changed) {
+        if (each.volume->device == device && each.volume->changed.exchange(false))
+            taken.push_back(each.volume);
+    }
+    return taken;
+}
+
+}  // namespace
+
+std::vector<FailedFlush> flushChangedVolumes()
+{
+    std::vector<FailedFlush> failed;
+    std::vector<Changed> changed;
+    for (const auto& mount : allMounts()) {
+        if (const DWORD error = OpenFiles::instance()->writeOutAll(*mount); error != 0)
+            failed.push_back({mount, error});
+        for (Volume* const volume : mount->changedVolumes())
+            changed.push_back({mount, volume});
+    }
+    std::vector<Volume*> stillChanged;
+    for (const Changed& each : changed) {
+        const std::vector<Volume*> taken = takeMarks(changed, each.volume->device);
+        if (taken.empty())
+            continue;
+        const Descriptor& readable = each.volume->readable;
+        const int result = readable.isOpen() ? flushFileSystem(readable.number()) : -EOPNOTSUPP;
+        if (result == 0)
+            continue;
+        failed.push_back({each.mount, platformError(result)});
+        stillChanged.insert(stillChanged.end(), taken.begin(), taken.end());
+    }
+    for (Volume* const volume : stillChanged)
+        volume->changed = true;
+    return failed;
+}
+
+}  // namespace platform::file
