@@ -4,11 +4,13 @@
 #include "trouble_sentences.h"
 
 #include "embedded_resources.h"
+#include "host_name.h"
 #include "resource_file.h"
 #include "script_run.h"
 #include "second_start.h"
 #include "window_module.h"
 
+#include "ce/dialog.h"
 #include "ce/window.h"
 #include "ce/winmain.h"
 
@@ -22,6 +24,7 @@
 namespace {
 
 using platform::device::CommandLine;
+using platform::kernel::Since;
 
 constexpr int Failed = 1;
 constexpr int BadUsage = 2;
@@ -45,10 +48,25 @@ void tellWarnings(const platform::device::OpenResult& opened)
 // The run itself may have been silent about it.
 int tellLeftOut(int exitCode)
 {
-    const std::vector<std::string> sentences = platform::device::whatWasLeftOut();
-    for (const std::string& sentence : sentences)
-        (void)tell(sentence, exitCode);
-    return exitCode == 0 && !sentences.empty() ? LeftOut : exitCode;
+    const auto all = platform::device::whatWasLeftOut(Since::Start);
+    for (const platform::device::LeftOut& leftOut : all) {
+        (void)tell(leftOut.sentence, exitCode);
+        for (const std::string& name : leftOut.furtherOnes)
+            (void)tell("    " + name, exitCode);
+        if (leftOut.unnamed != 0)
+            (void)tell("    and " + std::to_string(leftOut.unnamed) + " more", exitCode);
+    }
+    return exitCode == 0 && !all.empty() ? LeftOut : exitCode;
+}
+
+// Whoever started Quillbox from the desktop sees no standard error.
+void showLeftOut(HWND owner)
+{
+    std::string text;
+    for (const platform::device::LeftOut& leftOut : platform::device::whatWasLeftOut(Since::Job))
+        text += (text.empty() ? "" : "\n\n") + leftOut.sentence;
+    if (!text.empty())
+        MessageBoxW(owner, platform::text::fromUtf8(text).c_str(), u"Warning", MB_OK | MB_ICONEXCLAMATION);
 }
 
 int startProgram()
@@ -76,6 +94,7 @@ int runInWindow(const CommandLine& options)
     tellWarnings(opened);
     const auto firstStart = platform::display::answerSecondStarts(options.device);
     // Told on the program's own thread: without a desktop there is no way back from the other.
+    platform::kernel::setJobEndHandler(showLeftOut);
     return platform::display::runWithWindow([] {
         const int exitCode = startProgram();
         (void)tellLeftOut(exitCode);

@@ -2,21 +2,65 @@
 #include "trouble_sentences.h"
 
 #include "host_name.h"
-#include "troubles.h"
 
 #include "ce/error.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <utility>
 
 namespace platform::device {
 
 namespace {
 
+using kernel::NamedTrouble;
+using kernel::Since;
 using kernel::Trouble;
 using kernel::Troubled;
 
-constexpr Troubled Kinds[] = {Troubled::File, Troubled::DatabaseList, Troubled::Database, Troubled::Registry};
+constexpr std::size_t MostNamed = 20;
 
-std::string reasonOf(Troubled what, DWORD error)
+constexpr std::array Kinds = {Troubled::File, Troubled::DatabaseList, Troubled::Database, Troubled::Registry};
+
+// What the program itself reported of items comes first. Items that are named there aren't named again for the call
+// that failed.
+constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing, Trouble::Restoring, Trouble::Deleting,
+                                 Trouble::Replacing};
+constexpr std::array Noted = {Trouble::Reading, Trouble::Writing};
+
+// Why an item of a set couldn't be stored, restored or deleted, where that isn't the failure of a single call.
+const char* reasonOfItem(Trouble kind, Troubled what, DWORD error)
 {
+    switch (error) {
+    case ERROR_FILE_NOT_FOUND:
+        return kind == Trouble::Restoring ? "the set's data file is missing" : "it is gone";
+    case ERROR_PATH_NOT_FOUND:
+        return kind == Trouble::Storing && what == Troubled::File ? "it is gone" : nullptr;
+    case ERROR_NO_DATA:
+        return "nothing is in the set";
+    case ERROR_HANDLE_EOF:
+        return "less of it could be read than it is long";
+    case ERROR_FILE_TOO_LARGE:
+        return "the set's data file would pass 4 GiB";
+    case ERROR_FILE_CORRUPT:
+        return "the set is damaged";
+    case ERROR_FILE_INVALID:
+        return "it has changed since it was read";
+    case ERROR_RETRY:
+        return "it was written just before it was read, so a later change might not show";
+    case ERROR_WRITE_FAULT:
+        return "the set isn't safely on the disk";
+    default:
+        return nullptr;
+    }
+}
+
+std::string reasonOf(Trouble kind, Troubled what, DWORD error)
+{
+    if (const char* reason = reasonOfItem(kind, what, error))
+        return reason;
     switch (error) {
     case ERROR_ACCESS_DENIED:
         return "no permission, or it is read-only";
@@ -26,6 +70,8 @@ std::string reasonOf(Troubled what, DWORD error)
         return "another program uses it";
     case ERROR_DISK_FULL:
         return "the disk is full";
+    case ERROR_INVALID_DATA:
+        return "it is damaged";
     case ERROR_GEN_FAILURE:
         return what == Troubled::File ? "the disk failed" : "it is damaged, or the disk failed";
     case ERROR_PATH_NOT_FOUND:
@@ -34,8 +80,11 @@ std::string reasonOf(Troubled what, DWORD error)
         return "no file can have that name";
     case ERROR_FILENAME_EXCED_RANGE:
         return "the name is too long";
-    default:
+    case ERROR_NOT_ENOUGH_MEMORY:
+    case ERROR_TOO_MANY_OPEN_FILES:
         return "the system had no more room for it";
+    default:
+        return what == Troubled::File ? "error " + std::to_string(error) : "it is damaged, or the disk failed";
     }
 }
 
@@ -53,33 +102,142 @@ std::string nameOf(Troubled what, const std::u16string& name)
     }
 }
 
-// A sentence for each kind of thing: among many files a database would be overlooked.
-void tell(Trouble kind, Troubled what, std::vector<std::string>& sentences)
+std::string manyOf(Trouble kind, Troubled what)
 {
-    const kernel::Troubles troubles = kernel::troublesSoFar(kind, what);
-    if (troubles.count == 0)
-        return;
-    const std::string first = nameOf(what, troubles.first) + " (" + reasonOf(what, troubles.error) + ").";
-    const std::string done = kind == Trouble::Reading && what == Troubled::File ? "read"
-                             : kind == Trouble::Reading                         ? "read whole"
-                                                                                : "written whole";
-    if (troubles.count == 1)
-        sentences.push_back("This couldn't be " + done + ": " + first);
-    else
-        sentences.push_back(std::to_string(troubles.count) +
-                            (what == Troubled::File ? " files or folders" : " databases") + " couldn't be " + done +
-                            ". The first is " + first);
+    const bool mayBeFolders = kind == Trouble::Reading || kind == Trouble::Writing;
+    if (what == Troubled::File)
+        return mayBeFolders ? " files or folders " : " files ";
+    return what == Troubled::Registry ? " registries " : " databases ";
 }
+
+// What is said of one, before its name, and of several, before the name of the first.
+struct Wording {
+    const char* one;
+    const char* many;
+};
+
+Wording wordingOf(Trouble kind, Troubled what)
+{
+    switch (kind) {
+    case Trouble::Storing:
+        return {"This isn't in the set, or not whole: ", "aren't in the set, or not whole. The first is "};
+    case Trouble::Restoring:
+        return {"This couldn't be restored whole: ", "couldn't be restored whole. The first is "};
+    case Trouble::Deleting:
+        return {"This is in the set and wasn't deleted: ", "are in the set and weren't deleted. The first is "};
+    case Trouble::Replacing:
+        return {"This had the name of a temporary file of Quillbox and was replaced: ",
+                "had names of temporary files of Quillbox and were replaced. The first is "};
+    case Trouble::Writing:
+        return {"This couldn't be written whole: ", "couldn't be written whole. The first is "};
+    default:
+        if (what == Troubled::File)
+            return {"This couldn't be read: ", "couldn't be read. The first is "};
+        return {"This couldn't be read whole: ", "couldn't be read whole. The first is "};
+    }
+}
+
+std::string withReason(Trouble kind, Troubled what, const NamedTrouble& trouble)
+{
+    const std::string name = nameOf(what, trouble.name);
+    return trouble.error == 0 ? name : name + " (" + reasonOf(kind, what, trouble.error) + ")";
+}
+
+std::string noSet(const NamedTrouble& trouble)
+{
+    const std::string failed = "No set was made in \"" + text::toUtf8(trouble.name) + "\": ";
+    if (trouble.error == ERROR_FILE_EXISTS)
+        return failed + "the numbers 1 to 99 are all taken. To free a number, move both files of its set (.QLT and "
+                        ".QDT) to another folder, or delete them.";
+    return failed + reasonOf(Trouble::Numbering, Troubled::File, trouble.error) + ".";
+}
+
+// A sentence for each kind of thing: among many files a database would be overlooked.
+void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles, std::vector<LeftOut>& all)
+{
+    if (troubles.empty())
+        return;
+    if (kind == Trouble::Numbering) {
+        for (const NamedTrouble& trouble : troubles)
+            all.push_back({noSet(trouble), {}, 0});
+        return;
+    }
+    const Wording wording = wordingOf(kind, what);
+    const std::string first = withReason(kind, what, troubles.front()) + ".";
+    LeftOut leftOut;
+    leftOut.sentence = troubles.size() == 1
+                           ? wording.one + first
+                           : std::to_string(troubles.size()) + manyOf(kind, what) + wording.many + first;
+    const std::size_t named = std::min(troubles.size(), MostNamed);
+    for (std::size_t i = 1; i < named; i++)
+        leftOut.furtherOnes.push_back(withReason(kind, what, troubles[i]));
+    leftOut.unnamed = troubles.size() - named;
+    all.push_back(std::move(leftOut));
+}
+
+// What the program reported, and what the calls noted of other things. A call knows better than the program why a
+// database or the registry failed.
+class Report {
+public:
+    explicit Report(Since since) : since_(since)
+    {
+        for (const Trouble kind : Noted) {
+            for (const Troubled what : Kinds) {
+                for (const NamedTrouble& trouble : kernel::troublesOf(kind, what, since))
+                    noted_.insert({{what, trouble.name}, trouble.error});
+            }
+        }
+    }
+
+    std::vector<NamedTrouble> reported(Trouble kind, Troubled what)
+    {
+        std::vector<NamedTrouble> troubles = kernel::troublesOf(kind, what, since_);
+        for (NamedTrouble& trouble : troubles) {
+            told_.insert({what, trouble.name});
+            const auto noted = noted_.find({what, trouble.name});
+            if (noted != noted_.end() && (what != Troubled::File || trouble.error == ERROR_GEN_FAILURE))
+                trouble.error = noted->second;
+            if (kind == Trouble::Numbering)
+                foldersWithoutSet_.push_back(trouble.name + u"\\");
+        }
+        return troubles;
+    }
+
+    [[nodiscard]] std::vector<NamedTrouble> notedOfOthers(Trouble kind, Troubled what) const
+    {
+        std::vector<NamedTrouble> troubles = kernel::troublesOf(kind, what, since_);
+        std::erase_if(troubles, [&](const NamedTrouble& each) {
+            return told_.contains({what, each.name}) ||
+                   std::ranges::any_of(foldersWithoutSet_,
+                                       [&](const auto& folder) { return each.name.starts_with(folder); });
+        });
+        return troubles;
+    }
+
+private:
+    using Name = std::pair<Troubled, std::u16string>;
+
+    Since since_;
+    std::map<Name, DWORD> noted_;
+    std::set<Name> told_;
+    std::vector<std::u16string> foldersWithoutSet_;  // each file of a set that couldn't be made failed there
+};
 
 }  // namespace
 
-std::vector<std::string> whatWasLeftOut()
+std::vector<LeftOut> whatWasLeftOut(Since since)
 {
-    std::vector<std::string> sentences;
-    for (const Trouble kind : {Trouble::Reading, Trouble::Writing})
+    std::vector<LeftOut> all;
+    Report report(since);
+    for (const Trouble kind : Reported) {
         for (const Troubled what : Kinds)
-            tell(kind, what, sentences);
-    return sentences;
+            tell(kind, what, report.reported(kind, what), all);
+    }
+    for (const Trouble kind : Noted) {
+        for (const Troubled what : Kinds)
+            tell(kind, what, report.notedOfOthers(kind, what), all);
+    }
+    return all;
 }
 
 }  // namespace platform::device

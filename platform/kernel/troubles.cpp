@@ -1,9 +1,11 @@
-// troubles.cpp - see troubles.h.
+// troubles.cpp - see troubles.h; the calls of ce/outcome.h.
 #include "troubles.h"
 
 #include "ce/error.h"
+#include "ce/outcome.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <mutex>
 #include <unordered_map>
@@ -23,7 +25,9 @@ using ByName = std::unordered_map<std::u16string, Noted>;
 struct State {
     std::mutex mutex;
     std::size_t noted = 0;
+    std::size_t jobStart = 0;  // the order of the first trouble of the job at hand
     std::map<std::pair<Trouble, Troubled>, ByName> names;
+    std::function<void(HWND)> jobEnds;
 };
 
 State& state()
@@ -32,14 +36,25 @@ State& state()
     return all;
 }
 
+bool saysLittle(DWORD error)
+{
+    return error == ERROR_PATH_NOT_FOUND;
+}
+
 }  // namespace
 
 void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error)
 {
     State& all = state();
     const std::lock_guard lock(all.mutex);
-    const auto [known, isNew] = all.names[{kind, what}].try_emplace(std::u16string(name), Noted{all.noted++, error});
-    if (!isNew && known->second.error == ERROR_PATH_NOT_FOUND)
+    const Noted noted{all.noted++, error};
+    const auto [known, isNew] = all.names[{kind, what}].try_emplace(std::u16string(name), noted);
+    if (isNew)
+        return;
+    // What an earlier job had is this job's trouble now, with this job's reason.
+    if (known->second.order < all.jobStart)
+        known->second = noted;
+    else if (saysLittle(known->second.error))
         known->second.error = error;
 }
 
@@ -54,17 +69,65 @@ void forgetTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD 
         names.erase(found);
 }
 
-Troubles troublesSoFar(Trouble kind, Troubled what)
+std::vector<NamedTrouble> troublesOf(Trouble kind, Troubled what, Since since)
 {
     State& all = state();
     const std::lock_guard lock(all.mutex);
-    const ByName& names = all.names[{kind, what}];
-    const auto first = std::ranges::min_element(names, {}, [](const auto& each) {
-        return std::pair(each.second.error == ERROR_PATH_NOT_FOUND, each.second.order);
-    });
-    if (first == names.end())
-        return {};
-    return {names.size(), first->first, first->second.error};
+    const std::size_t from = since == Since::Job ? all.jobStart : 0;
+    std::vector<std::pair<std::size_t, NamedTrouble>> found;
+    for (const auto& [name, noted] : all.names[{kind, what}]) {
+        if (noted.order >= from)
+            found.push_back({noted.order, {name, noted.error}});
+    }
+    std::ranges::sort(found, {}, [](const auto& each) { return std::pair(saysLittle(each.second.error), each.first); });
+    std::vector<NamedTrouble> troubles;
+    troubles.reserve(found.size());
+    for (auto& [order, trouble] : found)
+        troubles.push_back(std::move(trouble));
+    return troubles;
+}
+
+void setJobEndHandler(std::function<void(HWND owner)> handler)
+{
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    all.jobEnds = std::move(handler);
 }
 
 }  // namespace platform::kernel
+
+using namespace platform::kernel;
+
+void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error)
+{
+    constexpr std::array Outcomes = {Trouble::Storing, Trouble::Restoring, Trouble::Deleting, Trouble::Replacing};
+    constexpr std::array Kinds = {Troubled::File, Troubled::Database, Troubled::Registry};
+    if (outcome < OutcomeNotStored || outcome > Outcomes.size() || kind < OutcomeFile || kind > Kinds.size())
+        return;
+    const Troubled what = Kinds[kind - 1];
+    noteTrouble(Outcomes[outcome - 1], what, what == Troubled::Registry ? u"" : name, error);
+}
+
+void ReportNoSet(const WCHAR* folder, DWORD error)
+{
+    noteTrouble(Trouble::Numbering, Troubled::File, folder, error);
+}
+
+void BeginJob()
+{
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    all.jobStart = all.noted;
+}
+
+void EndJob(HWND owner)
+{
+    std::function<void(HWND)> handler;
+    {
+        State& all = state();
+        const std::lock_guard lock(all.mutex);
+        handler = all.jobEnds;
+    }
+    if (handler)
+        handler(owner);
+}

@@ -12,6 +12,7 @@
 #include "tree_events.h"
 
 #include "ce/command_bands.h"
+#include "ce/outcome.h"
 #include "ce/resource.h"
 #include "ce/winmain.h"
 
@@ -139,6 +140,28 @@ void DestroyContent()
 }
 
 // Whatever the outcome of a run or of the filter dialog was, what is listed below "Files" may be stale after it.
+// One backup or restore.
+void RunJob(HWND window, WORD command)
+{
+    BeginJob();
+    switch (command) {
+    case CommandBackupSelected:
+        RunBackup(BackupSelectedItems);
+        break;
+    case CommandFullRestore:
+        RunRestore(RestoreFull);
+        break;
+    case CommandPartialRestore:
+        RunRestore(RestorePartial);
+        break;
+    default:
+        RunFullBackup();
+        break;
+    }
+    ResetFilesRoot();
+    EndJob(window);
+}
+
 void RunCommand(HWND window, WORD command)
 {
     switch (command) {
@@ -150,20 +173,10 @@ void RunCommand(HWND window, WORD command)
         break;
     case CommandToolFullBackup:
     case CommandFullBackup:
-        RunFullBackup();
-        ResetFilesRoot();
-        break;
     case CommandBackupSelected:
-        RunBackup(BackupSelectedItems);
-        ResetFilesRoot();
-        break;
     case CommandFullRestore:
-        RunRestore(RestoreFull);
-        ResetFilesRoot();
-        break;
     case CommandPartialRestore:
-        RunRestore(RestorePartial);
-        ResetFilesRoot();
+        RunJob(window, command);
         break;
     case CommandToolFilter:
     case CommandFilter:

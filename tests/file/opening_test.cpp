@@ -72,7 +72,7 @@ TEST_F(FileTest, FolderIsNeitherOpenedNorReplaced)
 // The administrator may write anything: the rules hold for him all the same.
 std::size_t troubles(platform::kernel::Trouble kind)
 {
-    return platform::kernel::troublesSoFar(kind, platform::kernel::Troubled::File).count;
+    return platform::kernel::troublesOf(kind, platform::kernel::Troubled::File).size();
 }
 
 TEST_F(FileTest, OnlyWhatIsMissingInTheEndIsTroubleToTell)

@@ -182,9 +182,10 @@ TEST_F(GatheringTest, ARecordThatFindsNoRoomCostsNoOther)
     EXPECT_EQ(records.front(), Record{text(1, u"kept")});
     EXPECT_EQ(records.size(), 1 + taken);
     EXPECT_LT(taken, 1000U);
-    const auto told = troublesSoFar(Trouble::Writing, Troubled::Database);
-    EXPECT_EQ(told.first, u"A");
-    EXPECT_EQ(told.error, ERROR_DISK_FULL);
+    const auto noted = troublesOf(Trouble::Writing, Troubled::Database);
+    ASSERT_FALSE(noted.empty());
+    EXPECT_EQ(noted.front().name, u"A");
+    EXPECT_EQ(noted.front().error, ERROR_DISK_FULL);
 
     sql("PRAGMA max_page_count = 100000");
     const HANDLE again = opened(u"B");
