@@ -25,12 +25,13 @@ std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
     return seconds * Second + to.tv_nsec - from.tv_nsec;
 }
 
+// A write sets the time of writing to the present, so only a file whose time is near to the present can be written
+// again and keep it. (A program that sets the time back afterwards changes the time of change, which the stamp has
+// too.)
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
-    const bool isCoarse = status.stx_mtime.tv_nsec == 0 || status.stx_ctime.tv_nsec == 0;
-    const std::int64_t age =
-        std::min(nanosecondsBetween(status.stx_mtime, asked), nanosecondsBetween(status.stx_ctime, asked));
-    return age > (isCoarse ? CoarseStep : FineStep);
+    const bool isCoarse = status.stx_mtime.tv_nsec == 0;
+    return nanosecondsBetween(status.stx_mtime, asked) > (isCoarse ? CoarseStep : FineStep);
 }
 
 }  // namespace

@@ -15,9 +15,9 @@ struct FileStamp {
     std::uint32_t writeNanoseconds;
     std::uint32_t changeNanoseconds;  // when anything of it changed last, its names and rights too
     std::int64_t changeSeconds;
-    // Would each later write show in the times? Not if the file changed a moment before the stamp was taken: a second
-    // write could leave the same times. A moment is 50 ms, and 4 seconds for a time without a fraction of a second,
-    // since some file systems count in steps of one or two seconds. A time in the future proves nothing either.
+    // Would each later write show in the times? Not if the file was written a moment before the stamp was taken: a
+    // second write could leave the same time. A moment is 50 ms, and 4 seconds for a time without a fraction of a
+    // second, since some file systems count in steps of one or two seconds. A time in the future proves nothing either.
     BOOL provesWrites;
 };
 
