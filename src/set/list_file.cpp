@@ -7,6 +7,7 @@
 #include "set_state.h"
 
 #include "ce/file.h"
+#include "ce/outcome.h"
 #include "ce/text.h"
 
 namespace {
@@ -41,11 +42,12 @@ void WriteField(EntryWriter& writer, const void* bytes, DWORD count)
         writer.failed(writer.context);
 }
 
-// What a load is told to keep, and the faults of the registry's entry that it has taken.
+// What a load is told to keep, and whether the list is damaged in a way that costs an entry.
 struct ListLoad {
     EntryFilter keep;
     void* context;
-    bool hasWholeRegistry;
+    bool lacksEntries;
+    bool hasRegistry;  // an entry whose offsets name a stream
 };
 
 bool Keeps(const ListLoad& load, BYTE kind, const ListEntry& entry)
@@ -55,20 +57,22 @@ bool Keeps(const ListLoad& load, BYTE kind, const ListEntry& entry)
 
 void AddTo(ItemList* list, const ListEntry& entry)
 {
-    if (list)
-        list->Add(entry.blob.bytes, entry.blobBytes);
+    if (!list || !list->Add(entry.blob.bytes, entry.blobBytes))
+        ReportItem(OutcomeNotRestored, entry.kind, entry.blob.name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
-// The last one counts, but a damaged one never in place of a whole one.
+// The last one counts, whatever its name looks like, but none without a stream in place of one with a stream: the zeros
+// or the cut entry behind a damaged list are no registry.
 void TakeRegistry(ListLoad& load, const ListEntry& entry)
 {
-    if (load.hasWholeRegistry && entry.faults != 0)
+    const bool namesStream = entry.endOffset > entry.startOffset;
+    if (load.hasRegistry && !namesStream)
         return;
     if (!Keeps(load, ItemKindRegistry, entry)) {
         gRegistryMarked = 0;
         return;
     }
-    load.hasWholeRegistry = entry.faults == 0;
+    load.hasRegistry = namesStream;
     gRegistryMarked = 1;
     gRegistryEntry = entry.blob;
 }
@@ -77,7 +81,9 @@ void TakeEntry(ListLoad& load, const ListEntry& entry)
 {
     if (entry.kind != ItemKindFile && entry.kind != ItemKindDatabase)
         TakeRegistry(load, entry);
-    else if (NameIsUsable(entry) && Keeps(load, entry.kind, entry))
+    else if (!NameIsUsable(entry))
+        load.lacksEntries = true;
+    else if (Keeps(load, entry.kind, entry))
         AddTo(entry.kind == ItemKindFile ? gFileList : gDatabaseList, entry);
 }
 
@@ -117,11 +123,13 @@ BOOL LoadList(const WCHAR* listPath, EntryFilter keep, void* context)
     ListReader reader;
     StartListReader(reader, list);
     (void)ReadListHead(reader, gComment);  // a damaged comment is shown as far as it goes
-    ListLoad load = {keep, context, false};
+    ListLoad load = {keep, context, false, false};
     ListEntry entry;
     while (ReadListEntry(reader, entry))
         TakeEntry(load, entry);
     CloseHandle(list);
+    if (load.lacksEntries || reader.readFailed || reader.bytesBehindEntries != 0)
+        ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_FILE_CORRUPT);
     return TRUE;
 }
 

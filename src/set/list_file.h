@@ -27,7 +27,7 @@ using EntryFilter = bool (*)(BYTE kind, const WCHAR* name, void* context);
 // gRegistryMarked is left alone.
 //
 // A damaged entry costs only itself: one whose name can't be used is left out, one that the end of the file cuts comes
-// with the offsets 0 and 0, which name no stream. No damage is told.
+// with the offsets 0 and 0, which name no stream. A list that lacks entries by its damage is reported as not restored.
 // 0 if the file can't be opened, and then nothing is changed.
 BOOL LoadList(const WCHAR* listPath, EntryFilter keep = nullptr, void* context = nullptr);
 

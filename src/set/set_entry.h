@@ -2,6 +2,8 @@
 // (docs/format.md, "Entries in memory").
 #pragma once
 
+#include "item_list.h"
+
 #include "ce/text.h"
 #include "ce/types.h"
 
@@ -62,4 +64,15 @@ inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOff
     std::memcpy(entry.bytes + nameSize, &startOffset, sizeof startOffset);
     std::memcpy(entry.bytes + nameSize + sizeof startOffset, &endOffset, sizeof endOffset);
     return nameSize + OffsetsBytes;
+}
+
+// Calls visit(const EntryBuffer&) for each blob of a list, in its order; nothing for a list that couldn't be made. The
+// rules of a walk hold (item_list.h).
+template <class Visit>
+void ForEachEntry(ItemList* list, const Visit& visit)
+{
+    EntryBuffer entry;
+    DWORD length = 0;
+    for (BOOL more = list && list->First(entry.bytes, &length); more; more = list->Next(entry.bytes, &length))
+        visit(entry);
 }
