@@ -33,6 +33,13 @@ bool NothingIsMarked()
     return CountOf(gFileList) == 0 && CountOf(gDatabaseList) == 0 && !gRegistryMarked;
 }
 
+void ReportRunWithoutSet(const BackupRun& run, DWORD error)
+{
+    WCHAR folder[MAX_PATH];
+    FormatSetFolder(folder, run.storageRoot);
+    ReportNoSet(folder, error);
+}
+
 bool AskOverride(const WCHAR* listPath)
 {
     WCHAR question[TextChars + MAX_PATH];
@@ -40,15 +47,22 @@ bool AskOverride(const WCHAR* listPath)
     return MessageBoxW(gMainWindow, question, u"Info?", MB_YESNO | MB_DEFBUTTON2) == IDYES;
 }
 
-// The file of this number, new or, after a Yes, in place of the old one.
-HANDLE OpenList(const WCHAR* path)
+HANDLE CreateList(const WCHAR* path, DWORD creation, DWORD& error)
 {
-    HANDLE list = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
+    const HANDLE list = CreateFileW(path, GENERIC_WRITE, 0, nullptr, creation, 0, nullptr);
+    error = list != INVALID_HANDLE_VALUE ? DWORD{ERROR_SUCCESS} : GetLastError();
+    return list;
+}
+
+// The file of this number, new or, after a Yes, in place of the old one. `error`: why it can't be had.
+HANDLE OpenList(const WCHAR* path, DWORD& error)
+{
+    HANDLE list = CreateList(path, CREATE_NEW, error);
     if (list != INVALID_HANDLE_VALUE)
         return list;
     SetCursor(nullptr);
     if (AskOverride(path))
-        list = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        list = CreateList(path, CREATE_ALWAYS, error);
     SetWaitCursor();
     return list;
 }
@@ -56,12 +70,19 @@ HANDLE OpenList(const WCHAR* path)
 bool SettleNumber(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
+    DWORD reason = ERROR_FILE_EXISTS;  // every number is taken, unless a list can't be made for another reason
+    if (run.folderError != ERROR_SUCCESS)
+        reason = run.folderError;
     for (run.number = FirstSetNumber; run.number <= LastSetNumber; run.number++) {
         FormatListPath(path, run.storageRoot, run.number);
-        run.listFile = OpenList(path);
+        DWORD error = ERROR_SUCCESS;
+        run.listFile = OpenList(path, error);
         if (run.listFile != INVALID_HANDLE_VALUE)
             return true;
+        if (reason == ERROR_FILE_EXISTS)
+            reason = error;
     }
+    ReportRunWithoutSet(run, reason);
     return false;
 }
 
@@ -73,22 +94,38 @@ bool OpenLogAndData(BackupRun& run)
     run.log = new (std::nothrow) BackupLog(path);
     FormatDataPath(path, run.storageRoot, run.number);
     run.dataFile = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    if (run.dataFile == INVALID_HANDLE_VALUE)
-        Log(run, u"ERR: Backup File create(%08x)", GetLastError());
-    return run.dataFile != INVALID_HANDLE_VALUE;
+    if (run.dataFile != INVALID_HANDLE_VALUE)
+        return true;
+    const DWORD error = GetLastError();
+    Log(run, u"ERR: Backup File create(%08x)", error);
+    ReportRunWithoutSet(run, error);
+    return false;
 }
 
 bool WriteHead(BackupRun& run)
 {
     if (WriteListHead(run.listFile, gComment))
         return true;
-    Log(run, u"ERR: Backup List Write(%08x)", GetLastError());
+    const DWORD error = GetLastError();
+    Log(run, u"ERR: Backup List Write(%08x)", error);
+    ReportRunWithoutSet(run, error);
     return false;
+}
+
+// All of the set is on the disk before the run ends, so that the card may be taken out then. The data goes first: a
+// list on the disk never names bytes that aren't. The platform reports a failure by the name of the file.
+void FlushSet(BackupRun& run)
+{
+    for (HANDLE file : {run.dataFile, run.listFile}) {
+        if (file != INVALID_HANDLE_VALUE)
+            (void)FlushFileBuffers(file);
+    }
 }
 
 void CloseRun(BackupRun& run)
 {
     gRegistryMarked = gSavedRegistryMarked;
+    FlushSet(run);
     if (run.log) {
         run.log->Close();
         delete run.log;
@@ -108,7 +145,9 @@ void MakeSet(BackupRun& run)
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
-    (void)CreateDirectoryW(folder, nullptr);  // exists already? The list file decides.
+    // Whatever becomes of it, the list file decides.
+    if (!CreateDirectoryW(folder, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
+        run.folderError = GetLastError();
     if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
         gLastSetNumber = run.number;
         StartPipelineThread();

@@ -16,20 +16,37 @@ constexpr UINT DatabasesText = 131;
 
 void StoreDatabase(BackupRun& run, const WCHAR* name, HANDLE stream)
 {
-    StoredItem item = BeginEntry(run, ItemKindDatabase, name, nullptr);
-    CopyStream(run, item, stream, true, nullptr);
+    StoredItem item = BeginEntry(run, ItemKindDatabase, name, NoteFailedWrite);
+    CopyStream(run, stream, true, NoteFailedWrite);
     CloseHandle(stream);
     EndEntry(run, item);
 }
 
 // 1 if an image was begun. Otherwise what stands at its path is a file of the user's that has the image's name: that is
 // neither stored nor deleted.
-BOOL MakeImage(BackupRun& run, const WCHAR* name)
+BOOL MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* path)
 {
+    const bool stoodThere = GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
     BOOL made = FALSE;
-    if (!DumpDatabase(name, &made))
+    SetLastError(ERROR_SUCCESS);
+    if (!DumpDatabase(name, &made)) {
+        NoteFailure(run.item, GetLastError());
         Log(run, u"ERR: Database backup: %s", name);
+    }
+    if (made && stoodThere)
+        ReportReplacedFile(path);
     return made;
+}
+
+// After a failed dump its image is still tried. That there is none is logged too.
+HANDLE PackDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath)
+{
+    const BOOL made = MakeImage(run, name, imagePath);
+    if (!made)
+        NoteFailure(run.item, GetLastError());
+    if (!made || !PackItem(run, imagePath))
+        Log(run, u"ERR: Database backup: %s", name);
+    return made ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
 }
 
 void BackUpDatabase(BackupRun& run, const WCHAR* name)
@@ -41,17 +58,15 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
 
     WCHAR imagePath[MAX_PATH];
     wsprintfW(imagePath, u"\\%s.CDB", name);
-    // After a failed dump its image is still tried. That there is none is told too.
-    const BOOL made = MakeImage(run, name);
-    if (!made || !PackItem(run, imagePath))
-        Log(run, u"ERR: Database backup: %s", name);
-    HANDLE stream = made ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
+    BeginItem(run);
+    HANDLE stream = PackDatabase(run, name, imagePath);
     if (stream != INVALID_HANDLE_VALUE) {
         StoreDatabase(run, name, stream);
         DeleteFileW(imagePath);
         DeleteTemporaryStream(run);
         Log(run, u"INF: End Database backup: %s", name);
     }
+    EndItem(run, ItemKindDatabase, name);
     ProgressStep(run.progress, 0);
 }
 
@@ -61,11 +76,8 @@ void BackUpDatabases(BackupRun& run)
 {
     run.progress = OpenRunProgress(DatabasesText, CountOf(gDatabaseList));
     SetWaitCursor();
-    EntryBuffer entry;
-    DWORD length = 0;
-    for (BOOL more = gDatabaseList && gDatabaseList->First(entry.bytes, &length); more;
-         more = gDatabaseList->Next(entry.bytes, &length)) {
+    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) {
         CopyText(run.itemName, entry.name);
         BackUpDatabase(run, entry.name);
-    }
+    });
 }

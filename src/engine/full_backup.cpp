@@ -11,6 +11,7 @@
 
 #include "ce/dialog.h"
 #include "ce/file.h"
+#include "ce/outcome.h"
 #include "ce/store.h"
 #include "ce/text.h"
 
@@ -56,14 +57,29 @@ bool LiesDirectlyInCard(const WCHAR* folder)
     return HasAttribute(gAskedFolder.attributes, FILE_ATTRIBUTE_TEMPORARY);
 }
 
+void AddItem(ItemList* list, BYTE kind, const WCHAR* name)
+{
+    if (!list || !list->Add(name, NameBytes(name)))
+        ReportItem(OutcomeNotStored, kind, name, ERROR_NOT_ENOUGH_MEMORY);
+}
+
+// What went away since the folder was read is no part of the backup, nor is a module in ROM, which nobody can read.
+void ReportUnreadable(const WCHAR* path, DWORD error)
+{
+    const bool gone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    if (!gone && !HasAttribute(gWalkedAttributes, FILE_ATTRIBUTE_ROMMODULE))
+        ReportItem(OutcomeNotStored, OutcomeFile, path, error);
+}
+
 // Opening it is the only test whether a file can be read at all; one in use stays out.
 void AddIfReadable(const WCHAR* path)
 {
     HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
+    if (file == INVALID_HANDLE_VALUE) {
+        ReportUnreadable(path, GetLastError());
         return;
-    if (gFileList)
-        gFileList->Add(path, NameBytes(path));
+    }
+    AddItem(gFileList, ItemKindFile, path);
     CloseHandle(file);
 }
 
@@ -105,8 +121,8 @@ void AddDatabase(CEOID oid)
     if (!CeOidGetInfo(oid, &info) || info.wObjType != OBJTYPE_DATABASE)
         return;  // deleted since the enumeration gave it
     const WCHAR* name = info.infDatabase.szDbaseName;
-    if (name[0] != u'\\' && gDatabaseList)
-        gDatabaseList->Add(name, NameBytes(name));
+    if (name[0] != u'\\')
+        AddItem(gDatabaseList, ItemKindDatabase, name);
 }
 
 void ListAllDatabases()

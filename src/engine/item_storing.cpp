@@ -2,8 +2,10 @@
 
 #include "item_storing.h"
 
-#include "compressed_stream.h"
+#include "options.h"
 #include "questions.h"
+#include "set_entry.h"
+#include "set_paths.h"
 
 #include "ce/text.h"
 
@@ -14,13 +16,9 @@ constexpr DWORD PieceBytes = 260;
 constexpr DWORD NothingShown = 0xFFFFFFFF;
 
 // The running offset has 32 bits: an item that would pass them is refused whole, since its offsets would be lies.
-bool FitsOffsets(const BackupRun& run, HANDLE stream)
+bool FitsOffsets(const BackupRun& run)
 {
-    LONG high = 0;
-    const DWORD low = SetFilePointer(stream, 0, &high, FILE_END);
-    if (low == INVALID_SET_FILE_POINTER || SetFilePointer(stream, 0, nullptr, FILE_BEGIN) != 0)
-        return false;
-    return high == 0 && low <= 0xFFFFFFFF - run.dataBytes;
+    return run.packed.bytes <= 0xFFFFFFFF - run.dataBytes;
 }
 
 // Most pieces leave the number as it is; then its text stands there already.
@@ -35,7 +33,8 @@ void ShowCount(BackupRun& run, const WCHAR* format, DWORD& shown)
     ProgressSetCount(run.progress, counter);
 }
 
-// What waits for its deletion is whole and may go, if the list is whole again; after that, none does.
+// Takes an entry that isn't whole off the list. The sources that wait for their deletion are listed before it: they go
+// if the list could be cut back to a whole one. No later source of this run is deleted.
 void CutEntryOff(BackupRun& run, const StoredItem& item)
 {
     const bool cut =
@@ -46,12 +45,39 @@ void CutEntryOff(BackupRun& run, const StoredItem& item)
     ForbidDeletion(run.deletion);
 }
 
+// The run's own log has replaced the earlier one of this number, so there is nothing left of it to store.
+bool IsOwnLog(const BackupRun& run, const WCHAR* path)
+{
+    WCHAR logPath[MAX_PATH];
+    FormatLogPath(logPath, run.storageRoot, run.number);
+    return gOptions.generateLog && lstrcmpW(path, logPath) == 0;
+}
+
 }  // namespace
+
+void NoteFailedWrite(void* context)
+{
+    NoteFailure(static_cast<BackupRun*>(context)->item, GetLastError());
+}
 
 void LogFailedWrite(void* context)
 {
     BackupRun& run = *static_cast<BackupRun*>(context);
-    Log(run, u"ERR: Backup File write (%08x)", GetLastError());
+    const DWORD error = GetLastError();
+    NoteFailure(run.item, error);
+    Log(run, u"ERR: Backup File write (%08x)", error);
+}
+
+void BeginItem(BackupRun& run)
+{
+    run.item = {};
+}
+
+bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name)
+{
+    if (!IsWhole(run.item) && !(kind == ItemKindFile && IsOwnLog(run, name)))
+        ReportItem(OutcomeNotStored, kind, name, run.item.error);
+    return IsWhole(run.item);
 }
 
 void DeleteTemporaryStream(BackupRun& run)
@@ -65,21 +91,27 @@ BOOL PackItem(BackupRun& run, const WCHAR* path)
     if (!run.temporaryIsGone)
         DeleteTemporaryStream(run);
     run.temporaryIsGone = false;
-    return CompressFile(path, run.temporaryPath, &run.streamIsOfItem);
+    const BOOL result = CompressFile(path, run.temporaryPath, &run.packed);
+    if (!run.packed.whole)
+        NoteFailure(run.item, run.packed.error);
+    return result;
 }
 
 HANDLE OpenTemporaryStream(BackupRun& run)
 {
-    if (!run.streamIsOfItem)
+    if (!run.packed.made)
         return INVALID_HANDLE_VALUE;
+    if (!FitsOffsets(run)) {
+        DeleteTemporaryStream(run);
+        NoteFailure(run.item, ERROR_FILE_TOO_LARGE);
+        SetLastError(ERROR_DISK_FULL);
+        LogFailedWrite(&run);
+        return INVALID_HANDLE_VALUE;
+    }
     HANDLE stream = CreateFileW(run.temporaryPath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (stream == INVALID_HANDLE_VALUE || FitsOffsets(run, stream))
-        return stream;
-    CloseHandle(stream);
-    DeleteTemporaryStream(run);
-    SetLastError(ERROR_DISK_FULL);
-    LogFailedWrite(&run);
-    return INVALID_HANDLE_VALUE;
+    if (stream == INVALID_HANDLE_VALUE)
+        NoteFailure(run.item, GetLastError());
+    return stream;
 }
 
 StoredItem BeginEntry(BackupRun& run, BYTE kind, const WCHAR* name, WriteFailed failed)
@@ -90,32 +122,40 @@ StoredItem BeginEntry(BackupRun& run, BYTE kind, const WCHAR* name, WriteFailed 
     return item;
 }
 
-// Counts what WriteFile reports: after a full card the next item still starts where its bytes do.
-void CopyStream(BackupRun& run, StoredItem& item, HANDLE stream, bool showCount, WriteFailed failed)
+// Counts what WriteFile reports: after a full card the next item still starts where its bytes do. What is read is held
+// against what was packed, since a failing disk may end the stream early.
+void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
 {
     const WCHAR* format = LoadText(CounterText, gTextA);
     BYTE piece[PieceBytes];
     DWORD shown = NothingShown;
-    item.copied = TRUE;
+    std::uint64_t read = 0;
     for (;;) {
         DWORD bytes = 0;
-        item.copied &= ReadFile(stream, piece, PieceBytes, &bytes, nullptr) != 0;
+        if (!ReadFile(stream, piece, PieceBytes, &bytes, nullptr))
+            NoteFailure(run.item, GetLastError());
         if (bytes == 0)
-            return;
+            break;
+        read += bytes;
         DWORD written = 0;
-        const BOOL stored = WriteFile(run.dataFile, piece, bytes, &written, nullptr) && written == bytes;
-        if (!stored && failed)
+        if (!WriteFile(run.dataFile, piece, bytes, &written, nullptr) || written != bytes)
             failed(&run);
-        item.copied &= stored;
         run.dataBytes += written;
         if (showCount)
             ShowCount(run, format, shown);
     }
+    if (read != run.packed.bytes)
+        NoteFailure(run.item, ERROR_HANDLE_EOF);
 }
 
 void EndEntry(BackupRun& run, StoredItem& item)
 {
-    item.listed &= WriteEntryEnd(run.listFile, run.dataBytes) != 0;
+    if (!HandOverFileBuffers(run.dataFile))
+        NoteFailure(run.item, GetLastError());
+    if (!WriteEntryEnd(run.listFile, run.dataBytes) || !HandOverFileBuffers(run.listFile)) {
+        NoteFailure(run.item, GetLastError());
+        item.listed = FALSE;
+    }
     if (!item.listed)
         CutEntryOff(run, item);
 }

@@ -1,6 +1,8 @@
 // item_storing.h - how any item of a backup gets into the set: its entry in the list, its stream in the data file.
 #pragma once
 
+#include "compressed_stream.h"
+#include "item_outcome.h"
 #include "list_file.h"
 #include "run_log.h"
 #include "source_deletion.h"
@@ -15,10 +17,12 @@ struct BackupRun {
     HWND progress = nullptr;
     BackupLog* log = nullptr;  // absent until the set has its number, or if there is no memory for it
     DWORD number = 0;
-    DWORD dataBytes = 0;  // in the data file so far: where the next item starts
+    DWORD folderError = ERROR_SUCCESS;  // why the folder of the sets couldn't be made
+    DWORD dataBytes = 0;                // in the data file so far: where the next item starts
     WCHAR storageRoot[MAX_PATH] = {};
     WCHAR temporaryPath[MAX_PATH] = {};
-    BOOL streamIsOfItem = FALSE;    // what stands at that path is the stream of the item at hand
+    ItemOutcome item;               // of the item at hand
+    PackedStream packed = {};       // of the item at hand, at that path
     bool temporaryIsGone = false;   // nothing stands at its path between two items, as it should be
     WCHAR itemName[MAX_PATH] = {};  // of the last item that the lists gave; empty before the first
     SourceDeletion deletion = {};
@@ -32,9 +36,14 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
         run.log->Write(format, arguments...);
 }
 
-// A failed write of a file item is told in the log, right behind the write, while the last error is its own. `context`
-// is the run.
+// A failed write of an item's entry or data, right behind the write, while the last error is its own. LogFailedWrite
+// writes a line to the log as well, as file items do. `context` is the run.
+void NoteFailedWrite(void* context);
 void LogFailedWrite(void* context);
+
+// Around each item. EndItem reports an item that isn't in the set whole; true if it is.
+void BeginItem(BackupRun& run);
+bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name);
 
 // Packs a file into the temporary stream: the result of CompressFile. Where that fails, a stream that an earlier run or
 // item left behind is never taken for this one's.
@@ -51,12 +60,12 @@ void DeleteTemporaryStream(BackupRun& run);
 struct StoredItem {
     DWORD entryStart;  // in the list file
     BOOL listed;       // every write of the entry succeeded
-    BOOL copied;       // every byte of the stream is in the data file
 };
 
 // The three steps, in this order. A fault of one is noted and the next one is made all the same; `failed` is told each
-// failed write and may be null. EndEntry cuts an entry that isn't whole off the list again: it would make all behind it
+// failed write. EndEntry hands the data to the host before the list names it, so that a killed run leaves no entry
+// whose data isn't in the data file, and cuts an entry that isn't whole off the list again: it would make all behind it
 // unreadable.
 StoredItem BeginEntry(BackupRun& run, BYTE kind, const WCHAR* name, WriteFailed failed);
-void CopyStream(BackupRun& run, StoredItem& item, HANDLE stream, bool showCount, WriteFailed failed);
+void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed);
 void EndEntry(BackupRun& run, StoredItem& item);

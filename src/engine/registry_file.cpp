@@ -17,8 +17,8 @@ const WCHAR RegistryFilePath[] = u"TMVRegFile.QBR";  // in the root, since there
 // The entry's name means nothing: it is that of the item before.
 void StoreRegistry(BackupRun& run, HANDLE stream)
 {
-    StoredItem item = BeginEntry(run, ItemKindRegistry, run.itemName, nullptr);
-    CopyStream(run, item, stream, false, nullptr);
+    StoredItem item = BeginEntry(run, ItemKindRegistry, run.itemName, NoteFailedWrite);
+    CopyStream(run, stream, false, NoteFailedWrite);
     CloseHandle(stream);
     EndEntry(run, item);
     DeleteFileW(RegistryFilePath);
@@ -44,13 +44,20 @@ void BackUpRegistry(BackupRun& run)
     // Without the platform's call, or when it fails, what there is of the file is still tried, and none is told once
     // more. What stood there before is the user's, or an old state: that is neither stored nor deleted.
     const bool stoodThere = GetFileAttributesW(RegistryFilePath) != INVALID_FILE_ATTRIBUTES;
+    BeginItem(run);
+    SetLastError(ERROR_SUCCESS);
     const BOOL copied = gRegCopyFile && gRegCopyFile(RegistryFilePath);
-    if (!copied)
+    if (!copied) {
+        NoteFailure(run.item, GetLastError());
         Log(run, u"ERR: registry backup");
+    }
+    if (copied && stoodThere)
+        ReportReplacedFile(u"\\TMVRegFile.QBR");
     const bool ours = copied || !stoodThere;
     if (!ours || !PackItem(run, RegistryFilePath))
         Log(run, u"ERR: registry backup");
     HANDLE stream = ours ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
     if (stream != INVALID_HANDLE_VALUE)
         StoreRegistry(run, stream);
+    EndItem(run, ItemKindRegistry, u"");
 }

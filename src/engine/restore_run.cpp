@@ -14,6 +14,8 @@
 #include "ce/file.h"
 #include "ce/text.h"
 
+#include <utility>
+
 namespace {
 
 constexpr UINT FileMessageText = 114;
@@ -27,8 +29,11 @@ bool NothingIsListed()
     return CountOf(gFileList) == 0 && CountOf(gDatabaseList) == 0 && !gRegistryMarked;
 }
 
-DWORD TellNothingToRestore()
+// A full restore of a list that has nothing in it brings nothing back, though that was asked for.
+DWORD TellNothingToRestore(const WCHAR* listPath, WORD mode)
 {
+    if (mode == RestoreFull)
+        ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_NO_DATA);
     MessageBoxW(gMainWindow, LoadText(NothingToRestoreText, gTextA), u"Info", MB_OK);
     return 0;
 }
@@ -41,18 +46,42 @@ bool AskReplace(const WCHAR* name)
                        MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2) == IDYES;
 }
 
+// Whether no file of that name exists. A failed call with any other reason may hide one, so the file counts as there.
+bool IsMissing(const WCHAR* name, DWORD& error)
+{
+    error = ERROR_SUCCESS;
+    if (GetFileAttributesW(name) != INVALID_FILE_ATTRIBUTES)
+        return false;
+    error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+}
+
 // Any mode but ask and skip replaces.
-bool PolicyAllows(const WCHAR* name)
+bool PolicyAllows(RestoreRun& run, const WCHAR* name)
 {
     const WORD mode = gOptions.restoreMode;
     if (mode != RestoreModeAsk && mode != RestoreModeSkip)
         return true;
-    if (GetFileAttributesW(name) == INVALID_FILE_ATTRIBUTES)
+    DWORD error = ERROR_SUCCESS;
+    if (IsMissing(name, error))
         return true;
-    return mode == RestoreModeAsk && AskReplace(name);
+    if (mode == RestoreModeAsk)
+        return AskReplace(name);
+    if (error != ERROR_SUCCESS)
+        NoteFailure(run.item, error);  // skipped for a file that nobody knows to be there
+    return false;
 }
 
-// One file. Its failure is its own: nothing is told, and the run goes on.
+void UnpackFile(RestoreRun& run, const WCHAR* name)
+{
+    StreamOutcome unpacked;
+    (void)DecompressFile(TemporaryStreamPath, name, &unpacked);
+    if (!unpacked.whole)
+        NoteFailure(run.item, unpacked.error);
+    (void)DeleteFileW(TemporaryStreamPath);
+}
+
+// One file. Its failure is its own: it is reported, and the run goes on.
 void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
     WCHAR message[TextChars];
@@ -60,24 +89,29 @@ void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
     ProgressSetMessage(run.progress, message);
 
     SetCursor(nullptr);
-    const bool wanted = PolicyAllows(entry.name);
+    BeginItem(run);
+    const bool wanted = PolicyAllows(run, entry.name);
     SetWaitCursor();
-    if (wanted && TakeStreamOut(run, entry.bytes, true)) {
-        (void)DecompressFile(TemporaryStreamPath, entry.name);
-        (void)DeleteFileW(TemporaryStreamPath);
-    }
+    if (wanted && TakeStreamOut(run, entry.bytes, true))
+        UnpackFile(run, entry.name);
+    EndItem(run, ItemKindFile, entry.name);
     ProgressStep(run.progress, 0);
+}
+
+// Without a data file.
+void ReportNothingRestored(DWORD error)
+{
+    for (const auto& [list, kind] : {std::pair(gFileList, ItemKindFile), std::pair(gDatabaseList, ItemKindDatabase)})
+        ForEachEntry(list, [&](const EntryBuffer& entry) { ReportItem(OutcomeNotRestored, kind, entry.name, error); });
+    if (gRegistryMarked)
+        ReportItem(OutcomeNotRestored, OutcomeRegistry, u"", error);
 }
 
 void RestoreFiles(RestoreRun& run)
 {
     run.progress = OpenRunProgress(RestoringFilesText, CountOf(gFileList));
     SetWaitCursor();
-    EntryBuffer entry;
-    DWORD length = 0;
-    for (BOOL more = gFileList && gFileList->First(entry.bytes, &length); more;
-         more = gFileList->Next(entry.bytes, &length))
-        RestoreFile(run, entry);
+    ForEachEntry(gFileList, [&](const EntryBuffer& entry) { RestoreFile(run, entry); });
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
 }
@@ -89,11 +123,12 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
     if (!ShowRestoreDialog(LOWORD(mode), listPath))
         return 0;
     if (NothingIsListed())
-        return TellNothingToRestore();
+        return TellNothingToRestore(listPath, LOWORD(mode));
 
     RestoreRun run;
     run.dataFile = CreateFileW(dataPath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (run.dataFile == INVALID_HANDLE_VALUE) {
+        ReportNothingRestored(GetLastError());
         SetCursor(nullptr);
         return 1;
     }
@@ -103,6 +138,7 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
     RestoreRegistry(run);
     StopPipelineThread();
     CloseHandle(run.dataFile);
+    (void)FlushChangedVolumes();  // all of it is on the disk before the run ends; the platform reports a failure
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
     return 1;

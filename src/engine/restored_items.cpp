@@ -23,12 +23,25 @@ const WCHAR RegistryFilePath[] = u"\\BKREG.TMP";
 
 // 1 if what stands at the path now comes from the stream, as far as it went. What is no stream at all leaves a file of
 // the user's that has this name alone, and then that isn't to be used or deleted.
-bool UnpackTo(const WCHAR* path)
+bool UnpackTo(RestoreRun& run, const WCHAR* path)
 {
     const bool stoodThere = GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
-    BOOL made = FALSE;
-    (void)DecompressFile(TemporaryStreamPath, path, &made);
-    return made || !stoodThere;
+    StreamOutcome unpacked;
+    (void)DecompressFile(TemporaryStreamPath, path, &unpacked);
+    if (!unpacked.whole)
+        NoteFailure(run.item, unpacked.error);
+    if (unpacked.made && stoodThere)
+        ReportReplacedFile(path);
+    return unpacked.made || !stoodThere;
+}
+
+// From the image that stands at the path. That the user declines the replacement of a database is no failure.
+void RebuildFrom(RestoreRun& run, const WCHAR* imagePath)
+{
+    SetLastError(ERROR_SUCCESS);
+    if (RestoreDatabase(imagePath) == RestoreFailed)
+        NoteFailure(run.item, GetLastError());
+    (void)DeleteFileW(imagePath);
 }
 
 void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
@@ -36,16 +49,27 @@ void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
     WCHAR message[TextChars];
     wsprintfW(message, LoadText(DatabaseMessageText, gTextA), entry.name);
     ProgressSetMessage(run.progress, message);
+    BeginItem(run);
     if (TakeStreamOut(run, entry.bytes, true)) {
         WCHAR imagePath[MAX_PATH];
         wsprintfW(imagePath, u"\\%s.CDB", entry.name);
-        if (UnpackTo(imagePath)) {
-            (void)RestoreDatabase(imagePath);
-            (void)DeleteFileW(imagePath);
-        }
+        if (UnpackTo(run, imagePath))
+            RebuildFrom(run, imagePath);
         (void)DeleteFileW(TemporaryStreamPath);
     }
+    EndItem(run, ItemKindDatabase, entry.name);
     ProgressStep(run.progress, 0);
+}
+
+void HandOverRegistry(RestoreRun& run)
+{
+    if (UnpackTo(run, RegistryFilePath)) {
+        SetLastError(ERROR_SUCCESS);
+        if (!gRegRestoreFile || !gRegRestoreFile(RegistryFilePath))
+            NoteFailure(run.item, GetLastError());
+        (void)DeleteFileW(RegistryFilePath);  // as a rule the platform has taken it over already
+    }
+    (void)DeleteFileW(TemporaryStreamPath);
 }
 
 }  // namespace
@@ -54,11 +78,7 @@ void RestoreDatabases(RestoreRun& run)
 {
     run.progress = OpenRunProgress(RestoringDatabasesText, CountOf(gDatabaseList));
     SetWaitCursor();
-    EntryBuffer entry;
-    DWORD length = 0;
-    for (BOOL more = gDatabaseList && gDatabaseList->First(entry.bytes, &length); more;
-         more = gDatabaseList->Next(entry.bytes, &length))
-        RebuildDatabase(run, entry);
+    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) { RebuildDatabase(run, entry); });
 }
 
 void RestoreRegistry(RestoreRun& run)
@@ -66,14 +86,13 @@ void RestoreRegistry(RestoreRun& run)
     if (!gRegistryMarked)
         return;
     ProgressSetMessage(run.progress, LoadText(RegistryText, gTextA));
-    if (!TakeStreamOut(run, gRegistryEntry.bytes, false))
+    BeginItem(run);
+    const bool taken = TakeStreamOut(run, gRegistryEntry.bytes, false);
+    if (taken)
+        HandOverRegistry(run);
+    EndItem(run, ItemKindRegistry, u"");
+    if (!taken)
         return;
-    if (UnpackTo(RegistryFilePath)) {
-        if (gRegRestoreFile)
-            gRegRestoreFile(RegistryFilePath);
-        (void)DeleteFileW(RegistryFilePath);  // as a rule the platform has taken it over already
-    }
-    (void)DeleteFileW(TemporaryStreamPath);
     SetCursor(nullptr);
     MessageBoxW(gMainWindow, LoadText(RegistryRestoredText, gTextA), LoadText(RestoreCaptionText, gTextB), MB_OK);
 }

@@ -23,6 +23,27 @@ DWORD WholeBytes(const char* text, DWORD bytes, DWORD room)
     return room;
 }
 
+// The picture of a control character (U+2400 and on), in the place of the character: a file's name may hold line
+// breaks, and must not look like further lines of the log.
+WCHAR PictureOf(WCHAR character)
+{
+    constexpr WCHAR Pictures = 0x2400;
+    constexpr WCHAR DeletePicture = 0x2421;
+    constexpr WCHAR NewlinePicture = 0x2424;
+    if (character < 0x20)
+        return static_cast<WCHAR>(Pictures + character);
+    if (character == 0x7F)
+        return DeletePicture;
+    const bool breaksLines = character == 0x85 || character == 0x2028 || character == 0x2029;
+    return breaksLines ? NewlinePicture : character;
+}
+
+void ShowControlCharacters(WCHAR* text)
+{
+    for (; *text; text++)
+        *text = PictureOf(*text);
+}
+
 }  // namespace
 
 BackupLog::BackupLog(const WCHAR* path)
@@ -43,6 +64,7 @@ BOOL BackupLog::WriteLine(const WCHAR* message)
     WCHAR line[LogChars];
     // Cut before its end, so that the end always fits.
     wnsprintfW(line, LogChars - LineEndBytes, u"LOG(%02d:%02d:%02d): %s", now.wHour, now.wMinute, now.wSecond, message);
+    ShowControlCharacters(line);
 
     // A character takes up to 3 bytes, so the whole line is converted first and then cut.
     char bytes[LogChars * 3];
@@ -54,12 +76,15 @@ BOOL BackupLog::WriteLine(const WCHAR* message)
     count += LineEndBytes;
 
     DWORD written = 0;
-    return WriteFile(handle, bytes, count, &written, nullptr);
+    // A line is in the file as soon as the call returns, whatever becomes of the process.
+    return WriteFile(handle, bytes, count, &written, nullptr) && HandOverFileBuffers(handle);
 }
 
 void BackupLog::Close()
 {
-    if (IsOn())
+    if (IsOn()) {
+        (void)FlushFileBuffers(handle);
         CloseHandle(handle);
+    }
     handle = INVALID_HANDLE_VALUE;
 }

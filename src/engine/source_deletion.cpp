@@ -2,42 +2,27 @@
 
 #include "source_deletion.h"
 
+#include "ce/outcome.h"
 #include "ce/text.h"
-#include "ce/time.h"
 
 namespace {
 
-bool SameFile(const SourceStamp& before, const SourceStamp& now)
+void ReportNotDeleted(const WCHAR* path, DWORD error)
 {
-    return before.known && now.known && before.indexHigh == now.indexHigh && before.indexLow == now.indexLow &&
-           before.sizeHigh == now.sizeHigh && before.sizeLow == now.sizeLow &&
-           CompareFileTime(&before.lastWrite, &now.lastWrite) == 0;
+    // What is gone already needs no deletion.
+    if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
+        ReportItem(OutcomeNotDeleted, OutcomeFile, path, error);
 }
 
 }  // namespace
 
-SourceStamp StampOf(const WCHAR* path)
-{
-    SourceStamp stamp = {};
-    HANDLE file = CreateFileW(path, 0, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return stamp;
-    BY_HANDLE_FILE_INFORMATION information = {};
-    stamp.known = GetFileInformationByHandle(file, &information);
-    stamp.indexHigh = information.nFileIndexHigh;
-    stamp.indexLow = information.nFileIndexLow;
-    stamp.sizeHigh = information.nFileSizeHigh;
-    stamp.sizeLow = information.nFileSizeLow;
-    stamp.lastWrite = information.ftLastWriteTime;
-    CloseHandle(file);
-    return stamp;
-}
-
-void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const SourceStamp& stamp, HANDLE listFile,
+void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileStamp& stamp, HANDLE listFile,
                       HANDLE dataFile)
 {
-    if (deletion.forbidden || !stamp.known)
+    if (deletion.forbidden) {
+        ReportNotDeleted(path, ERROR_WRITE_FAULT);
         return;
+    }
     StoredSource& source = deletion.sources[deletion.waiting++];
     CopyText(source.path, path);
     source.stamp = stamp;
@@ -56,15 +41,16 @@ void DeleteWaiting(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile)
     }
     for (DWORD i = 0; i < deletion.waiting; i++) {
         const StoredSource& source = deletion.sources[i];
-        // Changed since it was read: the set has the old content, so the new one stays.
-        if (SameFile(source.stamp, StampOf(source.path)))
-            (void)DeleteFileW(source.path);  // it stays if it can't go, and nothing is lost
+        if (!DeleteUnchangedFile(source.path, &source.stamp))
+            ReportNotDeleted(source.path, GetLastError());
     }
     deletion.waiting = 0;
 }
 
 void ForbidDeletion(SourceDeletion& deletion)
 {
+    for (DWORD i = 0; i < deletion.waiting; i++)
+        ReportNotDeleted(deletion.sources[i].path, ERROR_WRITE_FAULT);
     deletion.forbidden = TRUE;
     deletion.waiting = 0;
 }

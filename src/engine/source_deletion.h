@@ -2,28 +2,18 @@
 //
 // A source is deleted when its stream is whole and in the data file, the list names it, both are on the disk, and the
 // source is still what was read. Putting a file on the disk takes a card tens of milliseconds, so sources wait here and
-// go in groups. After a fault of the list or of a flush none goes any more in that run.
+// go in groups. After a fault of the list or of a flush none goes any more in that run. A source that was to be deleted
+// and stays is reported.
 #pragma once
 
 #include "ce/file.h"
-
-// What a file looked like before it was read.
-struct SourceStamp {
-    BOOL known;  // 0: it couldn't be asked, and then it is never deleted
-    DWORD indexHigh;
-    DWORD indexLow;
-    DWORD sizeHigh;
-    DWORD sizeLow;
-    FILETIME lastWrite;
-};
-
-SourceStamp StampOf(const WCHAR* path);
+#include "ce/file_deletion.h"
 
 inline constexpr DWORD DeletionGroup = 64;
 
 struct StoredSource {
     WCHAR path[MAX_PATH];
-    SourceStamp stamp;
+    FileStamp stamp;
 };
 
 struct SourceDeletion {
@@ -32,8 +22,8 @@ struct SourceDeletion {
     StoredSource sources[DeletionGroup];
 };
 
-// Adds a source that is stored whole; when the group is full, it goes.
-void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const SourceStamp& stamp, HANDLE listFile,
+// Adds a source that is stored whole; when the group is full, it goes. `stamp` is what the source was when it was read.
+void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileStamp& stamp, HANDLE listFile,
                       HANDLE dataFile);
 
 // Brings both files to the disk and then deletes what waits. If that fails, what waits stays, and all that follows.

@@ -35,30 +35,57 @@ void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD position, DWORD end, bo
     DWORD shown = NothingShown;
     while (position <= end) {
         DWORD bytes = 0;
-        (void)ReadFile(run.dataFile, piece, std::min(PieceBytes, end - position), &bytes, nullptr);
+        if (!ReadFile(run.dataFile, piece, std::min(PieceBytes, end - position), &bytes, nullptr))
+            NoteFailure(run.item, GetLastError());
         if (bytes == 0)
-            return;
+            break;
         position += bytes;
-        // A write that fails leaves a stream that ends early, which its unpacking finds.
         DWORD written = 0;
-        (void)WriteFile(temporary, piece, bytes, &written, nullptr);
+        if (!WriteFile(temporary, piece, bytes, &written, nullptr))
+            NoteFailure(run.item, GetLastError());
         if (count)
             Count(run, format, bytes, shown);
     }
+    if (position != end)
+        NoteFailure(run.item, ERROR_FILE_CORRUPT);
+}
+
+HANDLE CreateTemporaryStream()
+{
+    const HANDLE temporary = CreateFileW(TemporaryStreamPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (temporary != INVALID_HANDLE_VALUE && GetLastError() == ERROR_ALREADY_EXISTS)
+        ReportReplacedFile(TemporaryStreamPath);
+    return temporary;
 }
 
 }  // namespace
 
+void BeginItem(RestoreRun& run)
+{
+    run.item = {};
+}
+
+void EndItem(RestoreRun& run, BYTE kind, const WCHAR* name)
+{
+    if (!IsWhole(run.item))
+        ReportItem(OutcomeNotRestored, kind, name, run.item.error);
+}
+
 bool TakeStreamOut(RestoreRun& run, const BYTE* blob, bool count)
 {
     const DWORD start = EntryStartOffset(blob);
-    if (SetFilePointer(run.dataFile, static_cast<LONG>(start), nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER)
+    if (SetFilePointer(run.dataFile, static_cast<LONG>(start), nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
+        NoteFailure(run.item, GetLastError());
         return false;
-    HANDLE temporary = CreateFileW(TemporaryStreamPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    if (temporary == INVALID_HANDLE_VALUE)
+    }
+    const HANDLE temporary = CreateTemporaryStream();
+    if (temporary == INVALID_HANDLE_VALUE) {
+        NoteFailure(run.item, GetLastError());
         return false;
+    }
     ProgressStep(run.progress, 0);
     CopyPieces(run, temporary, start, EntryEndOffset(blob), count);
-    CloseHandle(temporary);
+    if (!CloseHandle(temporary))
+        NoteFailure(run.item, GetLastError());
     return true;
 }

@@ -25,18 +25,46 @@ HANDLE OpenTarget(const WCHAR* path)
     return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
 }
 
+// Keeps the reason of the first failure, which the last error tells right behind the call.
+void NoteFailure(StreamOutcome& outcome)
+{
+    const DWORD error = GetLastError();
+    if (outcome.error == ERROR_SUCCESS)
+        outcome.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+}
+
+void NoteFailure(StreamOutcome& outcome, DWORD error)
+{
+    SetLastError(error);
+    NoteFailure(outcome);
+}
+
 // What is written of a target. A write that fails cuts it short: were what follows written all the same, a target could
-// lack bytes in its middle and look whole. That it is short is not told here: who needs to know asks StreamIsWhole.
+// lack bytes in its middle and look whole.
 struct Target {
     HANDLE file;
+    StreamOutcome& outcome;
     bool cut;
+    std::uint64_t bytes;
 };
 
 void Write(Target& target, const void* bytes, DWORD count)
 {
+    if (target.cut)
+        return;
     DWORD written = 0;
-    if (!target.cut)
-        target.cut = !WriteFile(target.file, bytes, count, &written, nullptr) || written != count;
+    SetLastError(ERROR_SUCCESS);
+    target.cut = !WriteFile(target.file, bytes, count, &written, nullptr) || written != count;
+    target.bytes += written;
+    if (target.cut)
+        NoteFailure(target.outcome);
+}
+
+void CloseTarget(Target& target)
+{
+    target.cut |= !CloseHandle(target.file);  // the last bytes may not have found room
+    if (target.cut)
+        NoteFailure(target.outcome);
 }
 
 // Small pieces of a stream on their way to its file, so that a small stream costs one write.
@@ -68,9 +96,10 @@ void Put(StreamWriter& writer, const void* bytes, DWORD count)
 // What is read of a source, block by block.
 struct SourceReader {
     HANDLE file;
-    DWORD wanted;  // a short read sets the pace of those behind it: the source grows while it is read, or is a slow one
+    DWORD wanted;  // after a short read, later reads ask for no more than it returned
     bool atEnd;    // the block of no raw bytes was the last one, or the read that met the end
     bool failed;
+    std::uint64_t bytes;  // that were read
 };
 
 // False, with no block, when a read fails.
@@ -82,19 +111,23 @@ bool ReadBlockAhead(SourceReader& source)
         error = GetLastError();
     source.failed = error != ERROR_SUCCESS && error != ERROR_HANDLE_EOF;
     source.atEnd = !source.failed && (error == ERROR_HANDLE_EOF || source.wanted == 0);
+    source.bytes += source.wanted;
     if (!source.failed)
         OfferToPack(block, source.wanted);
     return !source.failed;
 }
 
 // Blocks, the last one of no raw bytes. Stops behind the last whole block when a read fails.
-BOOL PackBlocks(HANDLE file, StreamWriter& writer)
+BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
 {
-    SourceReader source = {file, RawBlockBytes, false, false};
     DWORD inFlight = 0;
     do {
-        while (inFlight < PipelinedBlocks && !source.atEnd && !source.failed)
-            inFlight += ReadBlockAhead(source) ? 1 : 0;
+        while (inFlight < PipelinedBlocks && !source.atEnd && !source.failed) {
+            if (ReadBlockAhead(source))
+                inFlight++;
+            else
+                NoteFailure(writer.target.outcome);
+        }
         if (inFlight == 0)
             return FALSE;
         const PipelinedBlock& block = FinishBlock();
@@ -107,15 +140,37 @@ BOOL PackBlocks(HANDLE file, StreamWriter& writer)
     return TRUE;
 }
 
-BOOL PackAll(HANDLE source, HANDLE target)
+BOOL PackAll(SourceReader& source, StreamWriter& writer)
 {
-    StreamWriter writer;
-    writer.target = {target, false};
-    writer.waiting = 0;
     Put(writer, StreamMagic, StreamMagicBytes);
     const BOOL result = PackBlocks(source, writer);
     EmptyPipeline();
     WriteWaiting(writer);
+    return result;
+}
+
+// A read of 0 bytes counts as the end of the source, but a failing disk may give one before it. A source that grew
+// meanwhile gives more than its length.
+void HoldAgainstLength(const SourceReader& source, PackedStream& packed)
+{
+    if (source.bytes < packed.source.length)
+        NoteFailure(packed, ERROR_HANDLE_EOF);
+}
+
+BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
+{
+    if (!GetFileStamp(from, &packed.source))
+        NoteFailure(packed);
+    StreamWriter writer = {{to, packed, false, 0}, 0, {}};
+    SourceReader source = {from, RawBlockBytes, false, false, 0};
+    const BOOL result = PackAll(source, writer);
+    CloseTarget(writer.target);
+    packed.bytes = writer.target.bytes;
+    if (result)
+        HoldAgainstLength(source, packed);
+    else
+        NoteFailure(packed);
+    packed.whole = packed.error == ERROR_SUCCESS;
     return result;
 }
 
@@ -142,17 +197,36 @@ HANDLE OpenTargetWithFolders(const WCHAR* path)
     return OpenTarget(path);
 }
 
-// The stream ends where the file ends: the closing block is one like any other, and one whose length counts too far is
-// taken as well if what is there unpacks.
-BOOL UnpackBlocks(StreamReader& reader, HANDLE file)
+// The blocks of a stream as they come out of the pipeline.
+struct BlockSink {
+    Target target;
+    bool closed;    // the closing block of no raw bytes was there
+    bool overlong;  // and another block behind it
+};
+
+void TakeUnpacked(BlockSink& sink, const PipelinedBlock& block)
 {
-    Target target = {file, false};
+    sink.overlong |= sink.closed;
+    sink.closed = block.rawBytes == 0;
+    if (block.rawBytes != 0)
+        Write(sink.target, block.raw, block.rawBytes);
+}
+
+// The stream ends where the file ends: the closing block is one like any other, and one whose length counts too far is
+// taken as well if what is there unpacks. Such a stream gives 1, but its outcome isn't whole.
+BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
+{
+    StreamOutcome& outcome = sink.target.outcome;
     bool more = true;
     bool readable = true;
     for (DWORD inFlight = 0;; inFlight--) {
         while (more && inFlight < PipelinedBlocks) {
             PipelinedBlock& block = TakeBlock();
             const PackedBlock packed = ReadPackedBlock(reader, block.packed);
+            if (packed.fault == StreamFault::ReadFailed)
+                NoteFailure(outcome);
+            else if (packed.fault != StreamFault::None)
+                NoteFailure(outcome, ERROR_FILE_CORRUPT);
             more = packed.bytes != 0;
             readable = more || packed.atEnd;
             if (more) {
@@ -165,119 +239,74 @@ BOOL UnpackBlocks(StreamReader& reader, HANDLE file)
         const PipelinedBlock& block = FinishBlock();
         if (!block.good)
             return FALSE;
-        if (block.rawBytes != 0)
-            Write(target, block.raw, block.rawBytes);
+        TakeUnpacked(sink, block);
     }
 }
 
-BOOL UnpackTo(StreamReader& reader, const WCHAR* path, BOOL& made)
+BOOL UnpackTo(StreamReader& reader, const WCHAR* path, StreamOutcome& unpacked)
 {
-    if (ReadMagic(reader) != StreamFault::None)
+    if (ReadMagic(reader) != StreamFault::None) {
+        NoteFailure(unpacked, ERROR_FILE_CORRUPT);
         return FALSE;
-    const HANDLE target = OpenTargetWithFolders(path);
-    if (target == INVALID_HANDLE_VALUE)
+    }
+    const HANDLE file = OpenTargetWithFolders(path);
+    if (file == INVALID_HANDLE_VALUE) {
+        NoteFailure(unpacked);
         return FALSE;
-    made = TRUE;
-    const BOOL result = UnpackBlocks(reader, target);
+    }
+    unpacked.made = TRUE;
+    BlockSink sink = {{file, unpacked, false, 0}, false, false};
+    const BOOL result = UnpackBlocks(reader, sink);
     EmptyPipeline();
-    CloseHandle(target);
+    CloseTarget(sink.target);
+    if (!result || !sink.closed || sink.overlong)
+        NoteFailure(unpacked, ERROR_FILE_CORRUPT);
+    unpacked.whole = unpacked.error == ERROR_SUCCESS;
     return result;
-}
-
-// The length of the next block and the first bytes behind it: no block is shorter than the closing one.
-struct BlockHead {
-    DWORD packedBytes;
-    BYTE first[ClosingBlockBytes];
-};
-static_assert(sizeof(BlockHead) == 8 && offsetof(BlockHead, first) == 4);
-constexpr DWORD BlockHeadBytes = 4 + ClosingBlockBytes;
-
-bool ReadWhole(HANDLE file, void* buffer, DWORD bytes)
-{
-    DWORD delivered = 0;
-    return ReadFile(file, buffer, bytes, &delivered, nullptr) && delivered == bytes;
-}
-
-bool Skip(HANDLE file, DWORD bytes)
-{
-    SetLastError(ERROR_SUCCESS);
-    return SetFilePointer(file, static_cast<LONG>(bytes), nullptr, FILE_CURRENT) != INVALID_SET_FILE_POINTER ||
-           GetLastError() == ERROR_SUCCESS;
-}
-
-// Each length is held against what is left of the file, so that a block that was cut is never stepped over.
-BOOL BlocksAreWhole(HANDLE stream, std::uint64_t bytesLeft)
-{
-    BlockHead head;
-    while (bytesLeft >= BlockHeadBytes && ReadWhole(stream, &head, BlockHeadBytes)) {
-        bytesLeft -= BlockHeadBytes;
-        if (head.packedBytes < ClosingBlockBytes || head.packedBytes > PackedBlockBytes)
-            return FALSE;
-        const DWORD rest = head.packedBytes - ClosingBlockBytes;
-        if (rest == 0)
-            return bytesLeft == 0 && std::memcmp(head.first, ClosingBlock, ClosingBlockBytes) == 0;
-        if (rest > bytesLeft || !Skip(stream, rest))
-            return FALSE;
-        bytesLeft -= rest;
-    }
-    return FALSE;
-}
-
-BOOL OpenStreamIsWhole(HANDLE stream)
-{
-    BY_HANDLE_FILE_INFORMATION information = {};
-    BYTE magic[StreamMagicBytes];
-    if (!GetFileInformationByHandle(stream, &information) || !ReadWhole(stream, magic, StreamMagicBytes) ||
-        std::memcmp(magic, StreamMagic, StreamMagicBytes) != 0)
-        return FALSE;
-    const std::uint64_t size = std::uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow;
-    return BlocksAreWhole(stream, size - StreamMagicBytes);
 }
 
 }  // namespace
 
-BOOL CompressFile(const WCHAR* source, const WCHAR* target, BOOL* made)
+BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* told)
 {
-    BOOL unasked = FALSE;
-    BOOL& targetMade = made ? *made : unasked;
-    targetMade = FALSE;
-    if (lzo_init() != LZO_E_OK)
+    PackedStream unasked;
+    PackedStream& packed = told ? *told : unasked;
+    packed = {};
+    if (lzo_init() != LZO_E_OK) {
+        NoteFailure(packed, ERROR_GEN_FAILURE);
         return FALSE;
-    const HANDLE from = OpenSource(source);
-    if (from == INVALID_HANDLE_VALUE)
-        return FALSE;
-    const HANDLE to = OpenTarget(target);
-    BOOL result = FALSE;
-    if (to != INVALID_HANDLE_VALUE) {
-        targetMade = TRUE;
-        result = PackAll(from, to);
-        CloseHandle(to);
     }
+    const HANDLE from = OpenSource(source);
+    if (from == INVALID_HANDLE_VALUE) {
+        NoteFailure(packed);
+        return FALSE;
+    }
+    const HANDLE to = OpenTarget(target);
+    packed.made = to != INVALID_HANDLE_VALUE;
+    BOOL result = FALSE;
+    if (packed.made)
+        result = PackInto(from, to, packed);
+    else
+        NoteFailure(packed);
     CloseHandle(from);
     return result;
 }
 
-BOOL DecompressFile(const WCHAR* source, const WCHAR* target, BOOL* made)
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* told)
 {
-    BOOL unasked = FALSE;
-    BOOL& targetMade = made ? *made : unasked;
-    targetMade = FALSE;
-    if (lzo_init() != LZO_E_OK)
+    StreamOutcome unasked;
+    StreamOutcome& unpacked = told ? *told : unasked;
+    unpacked = {};
+    if (lzo_init() != LZO_E_OK) {
+        NoteFailure(unpacked, ERROR_GEN_FAILURE);
         return FALSE;
+    }
     StreamReader reader = {OpenSource(source), WholeFile};
-    if (reader.file == INVALID_HANDLE_VALUE)
+    if (reader.file == INVALID_HANDLE_VALUE) {
+        NoteFailure(unpacked);
         return FALSE;
-    const BOOL result = UnpackTo(reader, target, targetMade);
+    }
+    const BOOL result = UnpackTo(reader, target, unpacked);
     CloseHandle(reader.file);
-    return result;
-}
-
-BOOL StreamIsWhole(const WCHAR* path)
-{
-    const HANDLE stream = OpenSource(path);
-    if (stream == INVALID_HANDLE_VALUE)
-        return FALSE;
-    const BOOL result = OpenStreamIsWhole(stream);
-    CloseHandle(stream);
     return result;
 }

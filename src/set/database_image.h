@@ -21,4 +21,5 @@ BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);
 // a name that no database can have.
 //
 // 1: all records are in the database, on the disk. 0: nothing was changed, or a failure left the records so far.
+enum RestoreResult { RestoreFailed = 0, RestoreDone = 1, RestoreDeclined = 2 };
 BOOL RestoreDatabase(const WCHAR* imagePath);

@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -77,6 +78,8 @@ void EngineTest::write(const std::string& name, const std::string& content)
 {
     fs::create_directories((store_ / name).parent_path());
     std::ofstream(store_ / name, std::ios::binary) << content;
+    // A file that was written a moment ago isn't deleted.
+    fs::last_write_time(store_ / name, fs::file_time_type::clock::now() - std::chrono::seconds(10));
 }
 
 std::string EngineTest::read(const std::string& name) const

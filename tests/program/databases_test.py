@@ -130,7 +130,8 @@ class DatabasesTest(ProgramTest):
         _, before = self.back_up_again()
         content = data.read_bytes()
         data.write_bytes(content[:-60])  # the registry is the last item: its last block is cut
-        self.quillbox(RESTORE)
+        told = self.quillbox(RESTORE, code=4).stderr
+        self.assertIn("couldn't be restored whole: the registry (the set is damaged)", told)
         self.assertEqual(self.back_up_again()[1], before)
         self.assertTrue((self.device / "registry.refused").exists())
 

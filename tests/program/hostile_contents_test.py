@@ -24,7 +24,9 @@ class HostileSetTest(ContentsTest):
         self.fill(existing)
         last = database("z", [[item(1, TEXT, "whole")]])
         write_set(self.card, [*existing[:-1], last], images)
-        self.quillbox('answer "Database:*" yes\n' + RESTORE_DATABASES)
+        told = self.quillbox('answer "Database:*" yes\n' + RESTORE_DATABASES, code=4).stderr
+        self.assertIn("7 databases couldn't be restored whole.", told)
+        self.assertEqual({name for name in images if f'database "{name}"' in told}, set(images))
         self.assert_holds([*existing, last])
         self.assertEqual(self.content(), {})
 

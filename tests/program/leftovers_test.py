@@ -38,7 +38,9 @@ class LeftoversTest(ContentsTest):
                 data.write_bytes(stream[:-20])
                 if stale:
                     self.write("Big.CDB", b"of a killed run")
-                self.quillbox('answer "Database:*" yes\n' + RESTORE_DATABASES)
+                told = self.quillbox('answer "Database:*" yes\n' + RESTORE_DATABASES, code=4).stderr
+                self.assertIn('couldn\'t be restored whole: database "Big" (the set is damaged)', told)
+                self.assertEqual("and was replaced: \"\\Big.CDB\"" in told, stale)
                 self.assertEqual(self.content(), {})
                 found = self.databases().splitlines()[1:]
                 self.assertGreater(len(found), 100)

@@ -4,6 +4,7 @@ import pathlib
 import shutil
 import subprocess
 import tempfile
+import time
 import unittest
 
 BIN = pathlib.Path(os.environ["QUILLBOX_BIN"])
@@ -75,6 +76,8 @@ class ProgramTest(unittest.TestCase):
         path = self.store / name
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
+        # A file that was written a moment ago isn't deleted after its backup.
+        os.utime(path, (time.time() - 10,) * 2)
         return path
 
     def content(self, folder=None):

@@ -161,7 +161,9 @@ class TreeMarkingTest(TreeTest):
         shutil.rmtree(self.store / "gone")
         self.fill("F/came", "F/new/came")
         _, errors = process.communicate(timeout=600)
-        self.assertEqual(process.returncode, 0, errors)
+        self.assertEqual(process.returncode, 4, errors)
+        self.assertIn(b"3 files aren't in the set, or not whole.", errors)
+        self.assertEqual(errors.count(b"(it is gone)"), 3, errors)
         self.assertEqual(self.files(), self.content_of("F/stays", "other"))
         log = (self.card / "QUILBOX" / "BACKUP0001.LOG").read_text()
         for name in ("\\F\\goes", "\\gone\\x", "\\gone\\deep\\y"):

@@ -74,7 +74,8 @@ class TroubleTest(ProgramTest):
             self.write(name, b"content")
         with open(self.store / "busy", "ab"), open(self.store / "busy too", "ab"):
             told = self.quillbox(FULL_BACKUP.format(comment="", storage="\\Card"), code=4).stderr
-        self.assertRegex(told, r"2 files or folders couldn't be read\. The first is .*busy.* \(another program uses it\)")
+        self.assertRegex(told, r"^quillbox: 2 files aren't in the set, or not whole\. The first is .*busy.* "
+                               r"\(another program uses it\)\.\nquillbox: .*busy.*\n$")
         self.assertEqual(self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001"), "Sound: 1 item.\n")
 
     def test_folder_of_the_user_is_backed_up_and_restored_in_place(self):
@@ -98,7 +99,8 @@ class TroubleTest(ProgramTest):
                 (sets / f"QLBX{number:04d}.{ending}").write_bytes((sets / f"QLBX0001.{ending}").read_bytes())
         before = {p.name: p.read_bytes() for p in sets.iterdir()}
         finished = self.quillbox('answer "Override*" no\n' + FULL_BACKUP.format(comment="", storage="\\Card") +
-                                 'command 40006\nwait "Select"\nprint 1003\ncancel\nidle\n')
+                                 'command 40006\nwait "Select"\nprint 1003\ncancel\nidle\n', code=4)
+        self.assertIn('No set was made in "\\Card\\QUILBOX": the numbers 1 to 99 are all taken.', finished.stderr)
         self.assertEqual(len(finished.stdout.split()), 99)
         self.assertEqual({p.name: p.read_bytes() for p in sets.iterdir()}, before)
 
@@ -152,7 +154,7 @@ class DamagedStoreTest(ContentsTest):
             with self.subTest(sql=sql):
                 self.damage(sql)
                 said = self.quillbox('answer "Override*" yes\n' + BACKUP.format(storage="\\Card"), code=4).stderr
-                self.assertRegex(said, told + r"\.\n$")
+                self.assertRegex(said, told + r"\.\n")
                 self.assertIn(f"Sound: {stored} item", self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001"))
 
     def test_what_stands_in_the_tables_is_never_passed_over(self):
@@ -169,7 +171,7 @@ class DamagedStoreTest(ContentsTest):
                                   input=lines([database(name, []) for name in [*names, "c"]]).encode(), check=True)
         self.assertEqual([line.split(b'"')[1].decode() for line in imported.stderr.splitlines()], names)
         told = self.quillbox(BACKUP.format(storage="\\Card"), code=4).stderr
-        self.assertRegex(told, r"^quillbox: This couldn't be written whole: .*a\\b\.CDB.* \(there is no folder for it\)\.\n$")
+        self.assertRegex(told, r'^quillbox: This isn\'t in the set, or not whole: database "a\\b" \(there is no folder for it\)\.\n')
         # One that comes in time, as for a restored file, is no trouble; one that can't is.
         write_set(self.card, [database("a\\b", [[item(1, TEXT, "came")]])])
         self.damage("DELETE FROM store_database WHERE name = 'a\\b'")
@@ -212,7 +214,7 @@ class FullDeviceTest(ContentsTest):
         big = database("Big", [[item(1, TEXT, f"{number:0300}")] for number in range(3000)])
         write_set(self.stick, [big])
         told = self.restore_with_room_for(400_000, RESTORE_DATABASES)
-        self.assertRegex(told, r'^quillbox: This couldn\'t be written whole: database "Big" \(the disk is full\)\.\n$')
+        self.assertRegex(told, r'^quillbox: This couldn\'t be restored whole: database "Big" \(the disk is full\)\.\n$')
         found = self.databases().splitlines()
         rest = iter(lines(after(1, [big])).splitlines())
         self.assertTrue(all(line in rest for line in found), "a record is in the wrong place or another one")
@@ -222,7 +224,7 @@ class FullDeviceTest(ContentsTest):
         before = self.registry()
         write_set(self.stick, [], registry=independent_set.registry_bytes({"HKEY_USERS\\new": [f'"v"="{"x" * 500_000}"']}))
         told = self.restore_with_room_for(400_000, RESTORE.format(set=SET, answers=""))
-        self.assertRegex(told, r"written whole: the registry \(the disk is full\)\.\n$")
+        self.assertRegex(told, r"restored whole: the registry \(the disk is full\)\.\n$")
         self.quillbox("idle\n")
         self.assertEqual(self.registry(), before)
 
@@ -231,7 +233,7 @@ class FullDeviceTest(ContentsTest):
         self.mount(self.stick, "ro")
         script = 'answer "Override*" no\n' + FULL_BACKUP.format(comment="", storage="\\Stick")
         told = self.quillbox(script, "--card", f"Stick={self.stick}", code=4).stderr
-        self.assertIn('The first is "\\Stick\\QUILBOX" (the disk can\'t be written).', told)
+        self.assertEqual(told, 'quillbox: No set was made in "\\Stick\\QUILBOX": the disk can\'t be written.\n')
 
 
 if __name__ == "__main__":

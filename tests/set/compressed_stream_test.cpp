@@ -16,6 +16,13 @@ const Bytes closing = hex("03 00 00 00  11 00 00");
 
 class CompressedStreamTest : public SetTest {};
 
+// Whether the packing of `\\source` promises a whole stream.
+bool packsWhole(const WCHAR* target)
+{
+    PackedStream packed;
+    return CompressFile(u"\\source", target, &packed) && packed.whole;
+}
+
 Bytes randomBytes(std::size_t count, unsigned seed)
 {
     std::mt19937 random(seed);
@@ -67,7 +74,6 @@ TEST_F(CompressedStreamTest, EmptyFileIsTheClosingBlockAlone)
 TEST_F(CompressedStreamTest, StreamWrittenByHandUnpacks)
 {
     write(u"\\stream", magic + hex("06 00 00 00  13 48 69 11 00 00") + closing);
-    EXPECT_TRUE(StreamIsWhole(u"\\stream"));
     ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
     EXPECT_EQ(read(u"\\back"), hex("48 69"));
 }
@@ -78,12 +84,13 @@ TEST_F(CompressedStreamTest, EverySizeAroundABlockComesBack)
         SCOPED_TRACE(size);
         const Bytes source = randomBytes(size, static_cast<unsigned>(size));
         write(u"\\source", source);
-        ASSERT_TRUE(CompressFile(u"\\source", u"\\stream"));
+        ASSERT_TRUE(packsWhole(u"\\stream"));
         const Bytes stream = read(u"\\stream");
         EXPECT_EQ(blockSizes(stream).size(), (size + RawBlockBytes - 1) / RawBlockBytes + 1);
         EXPECT_EQ(blockSizes(stream).back(), 3U);
-        EXPECT_TRUE(StreamIsWhole(u"\\stream"));
-        ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
+        StreamOutcome unpacked;
+        ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back", &unpacked));
+        EXPECT_TRUE(unpacked.whole);
         EXPECT_EQ(read(u"\\back"), source);
     }
 }
@@ -97,7 +104,6 @@ TEST_F(CompressedStreamTest, BlockThatGrowsWhenPackedFitsItsBuffer)
     const DWORD packed = blockSizes(read(u"\\stream")).front();
     EXPECT_GT(packed, 133139U);
     EXPECT_LE(packed, PackedBlockBytes);
-    EXPECT_TRUE(StreamIsWhole(u"\\stream"));
     ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
     EXPECT_EQ(read(u"\\back"), source);
 }
@@ -144,7 +150,6 @@ TEST_F(CompressedStreamTest, SourceThatIsMissingOrInUseLeavesTheTargetAlone)
     write(u"\\stream", hex("AA"));
     EXPECT_FALSE(CompressFile(u"\\none", u"\\stream"));
     EXPECT_FALSE(DecompressFile(u"\\none", u"\\stream"));
-    EXPECT_FALSE(StreamIsWhole(u"\\none"));
     write(u"\\used", hex("BB"));
     const HANDLE used = CreateFileW(u"\\used", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_FALSE(CompressFile(u"\\used", u"\\stream"));
@@ -178,13 +183,12 @@ TEST_F(CompressedStreamTest, WhatIsNoStreamNeverTouchesTheTarget)
         write(u"\\stream", stream);
         EXPECT_FALSE(DecompressFile(u"\\stream", u"\\back"));
         EXPECT_FALSE(DecompressFile(u"\\stream", u"\\new"));
-        EXPECT_FALSE(StreamIsWhole(u"\\stream"));
     }
     EXPECT_EQ(read(u"\\back"), hex("AA"));
     EXPECT_FALSE(exists(u"\\new"));
 }
 
-// A source may be deleted on StreamIsWhole's word: it must never be given for a stream that a full card cut.
+// A source may be deleted when its packing was whole: that must never be said of a stream that a full card cut.
 TEST_F(CompressedStreamTest, StreamThatAFullCardCutIsNeverWhole)
 {
     write(u"\\source", randomBytes(60, 3));
@@ -193,8 +197,11 @@ TEST_F(CompressedStreamTest, StreamThatAFullCardCutIsNeverWhole)
     for (std::size_t capacity = 0; capacity <= size; capacity++) {
         SCOPED_TRACE(capacity);
         addCard(capacity);
-        EXPECT_TRUE(CompressFile(u"\\source", u"\\Card\\stream")) << "the source was read to its end";
-        EXPECT_EQ(StreamIsWhole(u"\\Card\\stream") != 0, capacity == size);
+        PackedStream packed;
+        EXPECT_TRUE(CompressFile(u"\\source", u"\\Card\\stream", &packed)) << "the source was read to its end";
+        EXPECT_EQ(packed.whole != 0, capacity == size);
+        EXPECT_EQ(packed.error, capacity == size ? ERROR_SUCCESS : ERROR_DISK_FULL);
+        EXPECT_EQ(packed.bytes, capacity);
     }
 }
 
@@ -232,8 +239,7 @@ TEST_F(CompressedStreamTest, FailureOfAnyHostCallNeverPassesForAWholeStream)
         write(u"\\source", source);
         withEachFailure([&](const auto& faulted) {
             DeleteFileW(u"\\stream");
-            const BOOL packed = faulted([] { return CompressFile(u"\\source", u"\\stream"); });
-            if (packed && StreamIsWhole(u"\\stream")) {
+            if (faulted([] { return BOOL{packsWhole(u"\\stream")}; })) {
                 ASSERT_TRUE(DecompressFile(u"\\stream", u"\\back"));
                 ASSERT_TRUE(read(u"\\back") == source);
             }
@@ -248,9 +254,11 @@ TEST_F(CompressedStreamTest, FailureOfAnyHostCallLeavesNoTargetWithoutItsMiddle)
         ASSERT_TRUE(CompressFile(u"\\source", u"\\stream"));
         withEachFailure([&](const auto& faulted) {
             DeleteFileW(u"\\back");
-            (void)faulted([] { return DecompressFile(u"\\stream", u"\\back"); });
+            StreamOutcome unpacked;
+            (void)faulted([&] { return DecompressFile(u"\\stream", u"\\back", &unpacked); });
             const Bytes back = exists(u"\\back") ? read(u"\\back") : Bytes();
             ASSERT_TRUE(back.size() <= source.size() && std::equal(back.begin(), back.end(), source.begin()));
+            ASSERT_TRUE(!unpacked.whole || back.size() == source.size());
         });
     }
 }

@@ -1,0 +1,266 @@
+// outcome_sweep_test.cpp - whatever call on the host fails, and however: no source and no content is lost, no file is
+// replaced against the policy, and each item that isn't in the set, or isn't restored, or wasn't deleted, is reported.
+//
+// Each round runs with other errors, so that the normal suite tries every call with some of them.
+// QUILLBOX_EVERY_ERROR=1 tries every call with all of them: some 30,000 faults.
+
+#include "engine_fixture.h"
+
+#include "backup_run.h"
+#include "full_backup.h"
+#include "host_faults.h"
+#include "list_file.h"
+#include "options.h"
+#include "questions.h"
+#include "set_state.h"
+#include "stream_decoding.h"
+#include "troubles.h"
+
+#include "ce/dialog.h"
+#include "ce/file.h"
+#include "ce/outcome.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <map>
+#include <optional>
+
+using namespace platform::file;
+using platform::kernel::Since;
+using platform::kernel::Trouble;
+using platform::kernel::Troubled;
+using platform::kernel::troublesOf;
+
+namespace {
+
+using Contents = std::map<std::string, std::string>;
+
+const Contents Sources = {
+    {"a.txt", "The first of the files."},
+    {"empty", ""},
+    {"noise", "\x91\x03\xe7\x5a\xc4\x18\xfe\x27\xb0\x6d\x99\x42"},
+    {"sub/run.txt", std::string(3000, 'x') + "end"},
+};
+
+// What stands on the device before a restore.
+const Contents Present = {{"a.txt", "Written after the backup."}, {"empty", "Not empty any more."}};
+
+// What the calls that the file layer makes are documented to fail with, less ENOENT: of a file that is there that is a
+// lie which nobody can see through. The others of this kind, ELOOP and EXDEV, only name what is no part of the device.
+constexpr int Errors[] = {EIO,        ENOSPC,       EACCES, ENOMEM,  EROFS,  EMFILE, EBADF,   EINVAL,
+                          EPERM,      ESTALE,       ENODEV, ENXIO,   EDQUOT, EFBIG,  ENFILE,  EBUSY,
+                          EOPNOTSUPP, EOVERFLOW,    EFAULT, ETXTBSY, EAGAIN, EISDIR, ENOTDIR, EMLINK,
+                          ENOSYS,     ENAMETOOLONG, ESPIPE, EPIPE,   E2BIG,  EEXIST, ENODATA, ENOTEMPTY};
+
+bool everyError()
+{
+    return std::getenv("QUILLBOX_EVERY_ERROR") != nullptr;
+}
+
+std::u16string devicePath(const std::string& name)
+{
+    std::u16string path = u"\\" + std::u16string(name.begin(), name.end());
+    std::ranges::replace(path, u'/', u'\\');
+    return path;
+}
+
+bool isReported(Trouble kind, const std::u16string& path)
+{
+    return std::ranges::any_of(troublesOf(kind, Troubled::File, Since::Job),
+                               [&](const auto& each) { return each.name == path; });
+}
+
+// The path or a folder above it couldn't be read: what was asked for can't be known then.
+bool isHidden(const std::u16string& path)
+{
+    return std::ranges::any_of(troublesOf(Trouble::Reading, Troubled::File, Since::Job),
+                               [&](const auto& each) { return path.starts_with(each.name) || each.name == u"\\"; });
+}
+
+BOOL collect(const BYTE* raw, DWORD bytes, void* context)
+{
+    static_cast<std::string*>(context)->append(reinterpret_cast<const char*>(raw), bytes);
+    return TRUE;
+}
+
+class OutcomeSweepTest : public EngineTest {
+protected:
+    struct Way {
+        bool full;
+        bool deletes;
+    };
+
+    void startOver(const Contents& contents)
+    {
+        clearFaultPlan();
+        std::filesystem::remove_all(store_);
+        std::filesystem::create_directories(store_);
+        RenewLists();
+        for (const auto& [name, content] : contents)
+            write(name, content);
+        gUser = {};
+        gUser.choice = u"\\Card";
+        gFullFiles = 1;
+        gFullDatabases = gFullRegistry = 0;
+        mount();
+        BeginJob();
+    }
+
+    void startBackup(const Way& way)
+    {
+        std::filesystem::remove_all(card_);
+        std::filesystem::create_directories(card_);
+        startOver(Sources);
+        for (const auto& [name, content] : Sources) {
+            if (!way.full)
+                mark(devicePath(name));
+        }
+        gOptions.deleteBackedUp = way.deletes ? 1 : 0;
+        gOptions.generateLog = 1;
+    }
+
+    static void run(const Way& way)
+    {
+        if (way.full)
+            RunFullBackup();
+        else
+            backUp();
+    }
+
+    // The whole content of an item in any set of the card, decoded where it lies.
+    std::optional<std::string> inSets(const std::string& name)
+    {
+        std::optional<std::string> found;
+        for (const auto& file : std::filesystem::directory_iterator(card_ / "QUILBOX")) {
+            const std::string stem = file.path().stem();
+            const std::u16string path = u"\\Card\\QUILBOX\\" + std::u16string(stem.begin(), stem.end());
+            if (file.path().extension() == ".QLT" && LoadList((path + u".QLT").c_str()))
+                found = found ? found : decode(path + u".QDT", devicePath(name));
+        }
+        return found;
+    }
+
+    static std::optional<std::string> decode(const std::u16string& dataPath, const std::u16string& name)
+    {
+        const HANDLE data = CreateFileW(dataPath.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        std::optional<std::string> found;
+        ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
+            std::string raw;
+            if (name == entry.name && DecodeStream(data, EntryStartOffset(entry.bytes), EntryEndOffset(entry.bytes),
+                                                   collect, &raw) == StreamFault::None)
+                found = raw;
+        });
+        CloseHandle(data);
+        return found;
+    }
+
+    void expectEachSourceKeptAndReported(const Way& way)
+    {
+        clearFaultPlan();
+        mount();
+        const bool noSet = !troublesOf(Trouble::Numbering, Troubled::File, Since::Job).empty();
+        for (const auto& [name, content] : Sources) {
+            SCOPED_TRACE(name);
+            const std::u16string path = devicePath(name);
+            const bool hidden = way.full && isHidden(path);
+            const bool there = exists(name) && read(name) == content;
+            const bool stored = std::filesystem::exists(card_ / "QUILBOX") && inSets(name) == content;
+            ASSERT_TRUE(there || stored) << "lost";
+            ASSERT_TRUE(stored || noSet || hidden || isReported(Trouble::Storing, path)) << "left out in silence";
+            if (way.deletes && there && stored) {
+                ASSERT_TRUE(isReported(Trouble::Deleting, path) || isReported(Trouble::Storing, path))
+                    << "kept in silence";
+            }
+        }
+    }
+
+    void expectEachItemRestoredOrReported(WORD mode)
+    {
+        clearFaultPlan();
+        const bool noList = isHidden(u"\\Card\\QUILBOX\\QLBX0001.QLT") ||
+                            isReported(Trouble::Restoring, u"\\Card\\QUILBOX\\QLBX0001.QLT");
+        for (const auto& [name, content] : Sources) {
+            SCOPED_TRACE(name);
+            const bool kept = mode != RestoreModeReplace && Present.contains(name);
+            if (kept) {
+                ASSERT_EQ(read(name), Present.at(name)) << "replaced against the policy";
+                continue;
+            }
+            const bool restored = exists(name) && read(name) == content;
+            ASSERT_TRUE(restored || noList || isReported(Trouble::Restoring, devicePath(name)))
+                << "not restored in silence";
+        }
+    }
+
+    // Calls `round` with the nth call failing, for each n until one isn't reached.
+    template <class Round>
+    static void sweep(const Round& round)
+    {
+        for (std::uint64_t n = 1;; n++) {
+            std::size_t tried = 0;
+            bool reached = true;
+            for (const int error : Errors) {
+                // Three errors a call, others at the next one.
+                if (!everyError() && (tried++ + n * 3) % std::size(Errors) >= 3)
+                    continue;
+                SCOPED_TRACE(testing::Message() << "call " << n << ", " << strerrorname_np(error));
+                reached = round(FaultPlan{.kind = FaultKind::Fail, .nthCall = n, .error = error});
+                if (HasFatalFailure())
+                    return;
+            }
+            if (!reached)
+                return;
+        }
+    }
+};
+
+}  // namespace
+
+TEST_F(OutcomeSweepTest, BackupLosesNothingAndReportsWhatIsLeftOutWhicheverCallFails)
+{
+    for (const Way way : {Way{false, false}, Way{false, true}, Way{true, false}, Way{true, true}}) {
+        SCOPED_TRACE(testing::Message() << (way.full ? "full" : "selected") << (way.deletes ? ", deleting" : ""));
+        sweep([&](const FaultPlan& plan) {
+            startBackup(way);
+            setFaultPlan(plan);
+            run(way);
+            const bool reached = hostCallsMade() >= plan.nthCall;
+            expectEachSourceKeptAndReported(way);
+            return reached;
+        });
+    }
+}
+
+TEST_F(OutcomeSweepTest, BackupReportsWhatAFullCardLeavesOut)
+{
+    for (const Way way : {Way{false, false}, Way{false, true}}) {
+        for (std::uint64_t capacity = 0; capacity < 800; capacity++) {
+            SCOPED_TRACE(capacity);
+            startBackup(way);
+            mount(capacity);
+            run(way);
+            expectEachSourceKeptAndReported(way);
+            ASSERT_FALSE(HasFatalFailure());
+        }
+    }
+}
+
+TEST_F(OutcomeSweepTest, RestoreKeepsThePolicyAndReportsWhatIsMissingWhicheverCallFails)
+{
+    startBackup({false, false});
+    backUp();
+    for (const WORD mode : {RestoreModeReplace, RestoreModeSkip, RestoreModeAsk}) {
+        SCOPED_TRACE(mode);
+        gOptions.restoreMode = mode;
+        sweep([&](const FaultPlan& plan) {
+            startOver(Present);
+            gOptions.restoreMode = mode;
+            setFaultPlan(plan);
+            restore();
+            const bool reached = hostCallsMade() >= plan.nthCall;
+            expectEachItemRestoredOrReported(mode);
+            return reached;
+        });
+    }
+}
