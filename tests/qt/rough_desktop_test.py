@@ -105,6 +105,19 @@ def lost_with_a_full_card(case):
     require("the disk is full" in case.said.read_text(), f"it said only: {case.said.read_text()}")
 
 
+def full_card(case):
+    """The window says at the end of the run what found no room, and goes on."""
+    case.card = case.card.rename(case.desk.base / "stick")
+    case.start("--card", f"Card={case.card},capacity=2000000")
+    case.begin_backup()
+    warning = case.person.window("Warning")
+    said = [node.name for node in warning if node and "aren't in the set, or not whole. The first is" in node.name]
+    require(len(said) == 1 and "the disk is full" in said[0], f"the warning says {[node.name for node in warning]}")
+    case.person.ends("Warning", lambda: case.person.keys("Return"))
+    case.hands.leave()
+    require(case.process.wait(300) == 0, "it ended badly")
+
+
 def lost_under_a_question(case):
     """The question is refused, so the old set stays and the run goes on to its end."""
     case.start()
@@ -149,7 +162,8 @@ def impatient(case):
     require(not case.set(2).with_suffix(".QLT").exists(), "a second run began")
 
 
-CASES = {"run": lost_in_a_run, "full": lost_with_a_full_card, "question": lost_under_a_question,
+CASES = {"run": lost_in_a_run, "full": lost_with_a_full_card, "warned": full_card,
+         "question": lost_under_a_question,
          "minimised": minimised, "impatient": impatient}
 
 
