@@ -1,5 +1,5 @@
-// filter_dialog.cpp - dialog 110: which files the tree shows. It works on gOptions control by control; Cancel puts a
-// saved copy back.
+// filter_dialog.cpp - dialog 110: which files the tree shows. It works on gOptions control by control; Cancel puts the
+// filter back from a saved copy.
 
 #include "options.h"
 #include "program.h"
@@ -166,6 +166,18 @@ void ClickAttribute(HWND dialog, const AttributeBox& box)
     DeriveHideByAttribute();
 }
 
+// The filter's own fields alone. The copy is as old as the first opening: what else the user has set since, such as
+// that files are deleted once they are stored, must not come back with it.
+void PutFilterBack()
+{
+    std::memcpy(gOptions.extensions, gFilterSnapshot.extensions, sizeof gOptions.extensions);
+    gOptions.newerThan = gFilterSnapshot.newerThan;
+    gOptions.newerThanOn = gFilterSnapshot.newerThanOn;
+    gOptions.extensionFilterOn = gFilterSnapshot.extensionFilterOn;
+    gOptions.hideByAttribute = gFilterSnapshot.hideByAttribute;
+    gOptions.hiddenAttributes = gFilterSnapshot.hiddenAttributes;
+}
+
 void Command(HWND dialog, int id)
 {
     switch (id) {
@@ -174,7 +186,7 @@ void Command(HWND dialog, int id)
         EndDialog(dialog, 1);
         return;
     case IDCANCEL:
-        gOptions = gFilterSnapshot;
+        PutFilterBack();
         EndDialog(dialog, 0);
         return;
     case ExtensionFilterId:

@@ -5,11 +5,12 @@ import struct
 import time
 import unittest
 
+from program import options_script
 from tree import BACK_UP_MARKED, MARK_FOLDER, TreeTest, click, collapse, expand, images, quoted
 
 SHOW = expand("Files") + "print tree\n" + collapse("Files")
 ATTRIBUTE_BOXES = {0x20: 1021, 0x02: 1026, 0x04: 1027, 0x01: 1028}
-EXTENSIONS_OFFSET, NEWER_THAN_OFFSET, SWITCHES_OFFSET = 16, 536, 544
+DELETE_OFFSET, EXTENSIONS_OFFSET, NEWER_THAN_OFFSET, SWITCHES_OFFSET = 4, 16, 536, 544
 SECONDS_TO_1970 = 11_644_473_600
 
 
@@ -95,16 +96,25 @@ class TreeFilterTest(TreeTest):
         self.quillbox(filter_dialog("check 1026\n"))
         first, second, third = self.listed(
             SHOW + filter_dialog("uncheck 1026\ncheck 1014\n" + add("txt")) + SHOW +
-            'command 504\nwait "Options"\ncheck 1026\nok\n' + filter_dialog("check 1027\n" + add("doc"), "cancel") + SHOW +
-            'command 504\nwait "Options"\nexpect 1026 "[ ] *"\ncancel\n' + filter_dialog("expect 1015 \"txt\"\n", "close"))
+            filter_dialog("check 1027\n" + add("doc"), "cancel") + SHOW + filter_dialog("expect 1015 \"txt\"\n", "close"))
         self.assertEqual((first, second, third), (["a.txt", "b.doc"], ["a.txt"], ["a.txt", "b.doc"]))
         self.assertEqual(self.option(SWITCHES_OFFSET, "4I"), (0, 0, 1, 2))
         # The start is another one, and with it what Cancel goes back to.
         self.assertEqual(self.listed(filter_dialog("uncheck 1026\n") + filter_dialog() + SHOW)[0], [".h", "a.txt", "b.doc"])
         self.assertEqual(self.listed(filter_dialog("check 1026\n", "cancel") + SHOW)[0], [".h", "a.txt", "b.doc"])
 
+    def test_cancelled_filter_never_turns_deletion_on_again(self):
+        self.fill("kept")
+        self.quillbox(
+            options_script(delete=True, log=False) + filter_dialog("check 1027\n") +
+            options_script(delete=False, log=True) + filter_dialog("uncheck 1027\n", "cancel") +
+            'command 504\nwait "Options"\nexpect 1022 "[ ] *"\nexpect 1026 "[x] *"\ncancel\n' +
+            expand("Files") + click("Files\\kept") + BACK_UP_MARKED)
+        self.assertEqual(self.content(), {b"kept": b"kept"})
+        self.assertEqual(self.option(DELETE_OFFSET, "3I"), (0, 0, 1))
+        self.assertEqual(self.option(SWITCHES_OFFSET, "4I"), (0, 0, 0, 0))
+
     def test_file_of_exactly_that_time_is_shown(self):
-        self.fill("before", "exact", "after", "F/old")
         os.environ["TZ"] = "XST-9"
         self.addCleanup(os.environ.pop, "TZ")
         begin = time.time()
@@ -116,13 +126,14 @@ class TreeFilterTest(TreeTest):
         self.assertEqual(time.strftime("%Y-%m-%d", time.gmtime(seconds)), "2026-03-15")
         self.assertLessEqual((seconds - int(begin + 9 * 3600)) % 86400, passed + 1)
         nanoseconds = (ticks - SECONDS_TO_1970 * 10_000_000) * 100
-        for name, moved in (("before", -100), ("exact", 0), ("after", 100), ("F/old", -100)):
-            os.utime(self.store / name, ns=(nanoseconds + moved, nanoseconds + moved))
-        listed, marked = self.listed(SHOW + expand("Files") + click("Files\\F") + MARK_FOLDER + collapse("Files") +
-                                     filter_dialog("uncheck 1024\n") + SHOW)
+        for name, moved in (("before", -100), ("exact", 0), ("after", 100)):
+            for path in (self.write(name), self.write("F/" + name)):
+                os.utime(path, ns=(nanoseconds + moved, nanoseconds + moved))
+        listed, unfiltered = self.listed(SHOW + expand("Files") + click("Files\\F") + MARK_FOLDER + BACK_UP_MARKED +
+                                         filter_dialog("uncheck 1024\n") + SHOW)
         self.assertEqual(listed, ["F", "after", "exact"])
-        self.assertEqual(marked, ["F", "after", "before", "exact"])
-        self.quillbox(expand("Files") + "command 40005\nexpect text \"No item to backup!\"\nok\n")
+        self.assertEqual(unfiltered, ["F", "after", "before", "exact"])
+        self.assertEqual(set(self.files()), {"\\F\\exact", "\\F\\after"})
 
     def test_date_that_was_never_touched_is_set_by_ok_alone(self):
         self.quillbox(filter_dialog("check 1024\nuncheck 1024\n", "cancel"))

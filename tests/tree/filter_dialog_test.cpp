@@ -187,14 +187,19 @@ TEST_F(FilterDialogTest, PickerStandsWhereTheTemplateKeepsItsPlace)
     EXPECT_EQ(state.place.bottom - state.place.top, 20);
 }
 
-TEST_F(FilterDialogTest, CancelGoesBackToTheFirstOpeningButForTheList)
+TEST_F(FilterDialogTest, CancelGoesBackToTheFirstOpeningButForTheListAndWhatIsNoFilter)
 {
     press(1026);
     press(1014);
+    press(1024);
+    chooseDate(2020, 2, 29);
     add(u"txt");
     command(IDCANCEL);
     EXPECT_EQ(gOptions.hiddenAttributes, 0U);
+    EXPECT_EQ(gOptions.hideByAttribute, 0U);
     EXPECT_EQ(gOptions.extensionFilterOn, 0U);
+    EXPECT_EQ(gOptions.newerThanOn, 0U);
+    EXPECT_EQ(newerThan(), "never");
     EXPECT_EQ(extensions(), "");
 
     open();
@@ -202,15 +207,21 @@ TEST_F(FilterDialogTest, CancelGoesBackToTheFirstOpeningButForTheList)
     press(1014);
     add(u"txt");
     command(IDOK);
-    gOptions.generateLog = 1;
+    Options others = gOptions;
+    others.restoreMode = RestoreModeSkip;
+    others.deleteBackedUp = others.verifyBackup = others.generateLog = 1;
+    others.maxBackupSizeMb = 9;
+    others.showRomFiles = 0;
+    gOptions = others;
     open();
     EXPECT_TRUE(isChecked(1014));
     EXPECT_EQ(rows(), "txt");
     add(u"doc");
     command(IDCANCEL);
     EXPECT_EQ(extensions(), "txt");  // as at this opening
-    EXPECT_EQ(gOptions.hiddenAttributes, 0U);
-    EXPECT_EQ(gOptions.generateLog, 0U);
+    others.hiddenAttributes = others.hideByAttribute = others.extensionFilterOn = 0;
+    others.newerThan = {};
+    EXPECT_EQ(std::memcmp(&gOptions, &others, sizeof others), 0);
 }
 
 }  // namespace
