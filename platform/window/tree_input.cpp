@@ -35,23 +35,32 @@ bool placePointer(HWND handle, HTREEITEM item, TreePart part)
     return true;
 }
 
-void click(HWND handle, HTREEITEM item, TreePart part)
+bool isOnItem(TreePart part)
+{
+    return part == TreePart::Label || part == TreePart::Icon;
+}
+
+// False if the parent wants nothing to follow.
+bool click(HWND handle, HTREEITEM item, TreePart part)
 {
     NMHDR header = {};
     header.code = NM_CLICK;
-    if (notifyParent(handle, header) != 0 || !item)
-        return;
-    if (part == TreePart::Button)
+    if (notifyParent(handle, header) != 0)
+        return false;
+    if (item && part == TreePart::Button)
         foldByUser(handle, item, TVE_TOGGLE);
-    else if (part == TreePart::Label || part == TreePart::Icon)
+    else if (item && isOnItem(part))
         selectTreeItem(handle, item, TVC_BYMOUSE, Refusal::Possible);
+    return true;
 }
 
-// The second click of two: the first one has moved the selection.
+// The second click of two. It is a click like any other, also where it meets another item than the first one.
 void doubleClick(HWND handle, HTREEITEM item, TreePart part)
 {
+    if (!click(handle, item, part))
+        return;
     notify(handle, NM_DBLCLK);
-    if (part == TreePart::Label || part == TreePart::Icon || part == TreePart::Button)
+    if (isOnItem(part))
         foldByUser(handle, item, TVE_TOGGLE);
 }
 
@@ -268,8 +277,12 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     if (message == InputClick || message == InputDoubleClick) {
         const auto item = wParam == ~WPARAM{0} ? nullptr : reinterpret_cast<HTREEITEM>(wParam);
         const auto part = static_cast<TreePart>(lParam);
-        if (placePointer(handle, item, part))
-            message == InputClick ? click(handle, item, part) : doubleClick(handle, item, part);
+        if (!placePointer(handle, item, part))
+            return 0;
+        if (message == InputClick)
+            (void)click(handle, item, part);
+        else
+            doubleClick(handle, item, part);
         return 0;
     }
     if (!takesInputNow(handle))

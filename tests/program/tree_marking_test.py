@@ -47,6 +47,17 @@ class TreeMarkingTest(TreeTest):
         self.assertIn("Sand the rudder".encode("utf-16-le"), items[DATABASE, "Tasks"])
         self.assertFalse((self.card / "QUILBOX" / "QLBX0002.QLT").exists())
 
+    def test_two_quick_clicks_are_two_toggles(self):
+        self.fill("F/a", "F/b")
+        double = "doubleclick {}\n".format
+        self.quillbox(
+            expand("Files", "Databases") + double('"Files\\F"') +  # opens it
+            double('"Files\\F\\a"') + click("Files\\F\\b") + double('"Files\\F\\b"') + double('"Registry"') +
+            double('"Databases\\Tasks"') +
+            images({"Files\\F\\a": 6, "Files\\F\\b": 7, "Files\\F": 10, "Databases\\Tasks": 11, "Registry": 15}) +
+            BACK_UP_MARKED)
+        self.assertEqual(self.files(), self.content_of("F/b"))
+
     def test_folder_is_marked_with_all_below_it_at_that_moment(self):
         self.fill("A/B/C/deep", "A/B/b", "A/a", "A/rom", "A/.point/x", "AB/other", "Ax")
         (self.store / "A" / "none").mkdir()

@@ -172,8 +172,13 @@ TEST_F(TreeViewTest, ClickIsToldBeforeTheSelectionMoves)
     EXPECT_EQ(told(), (Lines{"click a", "changing b>a"}));
     answer = [](const NMTREEVIEWW& change) { return change.hdr.code == NM_CLICK ? 1 : 0; };
     click(a);
-    EXPECT_EQ(told(), Lines{"click a"});
+    click(a, TreePart::Label, InputDoubleClick);
+    EXPECT_EQ(told(), (Lines{"click a", "click a"}));
     EXPECT_EQ(selected(), "b");
+
+    answer = [](const NMTREEVIEWW&) { return 0; };
+    click(a, TreePart::Label, InputDoubleClick);  // two quick clicks, of which the first one met b
+    EXPECT_EQ(told(), (Lines{"click a", "changing b>a", "changed b>a mouse", "double click"}));
 }
 
 TEST_F(TreeViewTest, PointOfAClickFindsTheItemHoweverFarItIsScrolledOrIndented)
@@ -220,10 +225,10 @@ TEST_F(TreeViewTest, UserFoldsWithTheParentToldEachTime)
     EXPECT_EQ(told(), (Lines{"click a", "expanding a open", "expanded a open"}));
     click(a);
     click(a, TreePart::Label, InputDoubleClick);
-    EXPECT_EQ(told(), (Lines{"click a", "changing ->a", "changed ->a mouse", "double click", "expanding a shut",
-                             "expanded a shut"}));
-    click(a, TreePart::Button);
-    EXPECT_EQ(told(), (Lines{"click a", "expanding a open", "expanded a open"}));
+    EXPECT_EQ(told(), (Lines{"click a", "changing ->a", "changed ->a mouse", "click a", "double click",
+                             "expanding a shut", "expanded a shut"}));
+    click(a, TreePart::Button, InputDoubleClick);
+    EXPECT_EQ(told(), (Lines{"click a", "expanding a open", "expanded a open", "double click"}));
 
     click(empty, TreePart::Button);  // nothing came: it stays collapsed
     EXPECT_EQ(told(), (Lines{"click e", "expanding e open"}));

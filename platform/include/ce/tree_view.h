@@ -2,7 +2,8 @@
 //
 // It tells its parent by WM_NOTIFY, in this order: NM_CLICK before the selection moves, TVN_SELCHANGINGW (nonzero
 // refuses), TVN_SELCHANGEDW; TVN_ITEMEXPANDINGW (nonzero refuses) before and TVN_ITEMEXPANDEDW after an item expands or
-// collapses; TVN_DELETEITEMW for each item that goes. Handles of deleted items are dead: a message with one gives 0.
+// collapses; TVN_DELETEITEMW for each item that goes. Both clicks of a double click are told so; NM_DBLCLK follows the
+// second one. Handles of deleted items are dead: a message with one gives 0.
 #pragma once
 
 #include "ce/controls.h"
