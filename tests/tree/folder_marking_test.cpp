@@ -98,13 +98,45 @@ TEST_F(FolderMarkingTest, FilterByAttributeHoldsAndThatByExtensionOnlyCounts)
         write(name);
     setAttributes("A/s.txt", 4);
     gOptions.hiddenAttributes = 4;
-    gOptions.hideByAttribute = 1;
     useFilter(u"txt");
     open("Files");
     click("Files\\A");
     MarkFolder(1);
-    EXPECT_EQ(markedFiles(), "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc");
+    EXPECT_EQ(markedFiles(), "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc \\A\\s.txt");
     EXPECT_EQ(count("Files\\A"), 5 + 2);
+    gOptions.hideByAttribute = 1;
+    MarkFolder(0);  // what is hidden keeps its mark
+    EXPECT_EQ(markedFiles(), "\\A\\s.txt");
+    MarkFolder(1);
+    EXPECT_EQ(markedFiles(), "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc \\A\\s.txt");
+}
+
+TEST_F(FolderMarkingTest, FilterByDateHoldsAndAFileThatCannotBeOpenedIsOlderThanAnyDate)
+{
+    for (const char* name : {"A/B/old", "A/B/new", "A/open"})
+        write(name);
+    setTime("A/B/old", 1000);
+    setTime("A/B/new", 2000);
+    HANDLE user = CreateFileW(u"\\A\\open", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    ASSERT_NE(user, INVALID_HANDLE_VALUE);
+    gOptions.newerThanOn = 1;
+    gOptions.newerThan = {1, 0};
+    open("Files\\A");
+    EXPECT_EQ(listed("Files\\A"), "B:9");
+    click("Files\\A");
+    MarkFolder(1);
+    EXPECT_EQ(markedFiles(), "\\A\\B\\new \\A\\B\\old");
+    useDate(2000);
+    MarkFolder(0);
+    EXPECT_EQ(markedFiles(), "\\A\\B\\old");
+
+    gOptions.newerThanOn = 0;
+    MarkFolder(1);
+    EXPECT_EQ(markedFiles(), "\\A\\B\\new \\A\\B\\old \\A\\open");
+    gOptions.newerThanOn = 1;
+    MarkFolder(0);
+    EXPECT_EQ(markedFiles(), "\\A\\B\\old \\A\\open");
+    CloseHandle(user);
 }
 
 }  // namespace

@@ -10,6 +10,8 @@
 
 #include "host_name.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include <cstdio>
@@ -93,6 +95,12 @@ void TreeTest::setAttributes(const std::string& name, DWORD attributes) const
     const int length = std::snprintf(text, sizeof text, "0x%x", attributes);
     const fs::path path = folder_ / "object-store" / name;
     ASSERT_EQ(setxattr(path.c_str(), "user.DOSATTRIB", text, static_cast<std::size_t>(length), 0), 0);
+}
+
+void TreeTest::setTime(const std::string& name, std::int64_t seconds) const
+{
+    const timespec times[] = {{seconds, 0}, {seconds, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, (folder_ / "object-store" / name).c_str(), times, 0), 0);
 }
 
 HTREEITEM TreeTest::item(const std::string& path)
@@ -218,4 +226,13 @@ void TreeTest::useFilter(const std::u16string& extensions)
     gOptions.extensionFilterOn = 1;
     for (std::size_t i = 0; i < extensions.size(); i++)
         gOptions.extensions[i] = extensions[i] == u',' ? u'\0' : extensions[i];
+}
+
+void TreeTest::useDate(std::int64_t seconds)
+{
+    constexpr std::int64_t TicksASecond = 10'000'000;
+    constexpr std::int64_t SecondsTo1970 = 11'644'473'600;
+    const std::int64_t ticks = (seconds + SecondsTo1970) * TicksASecond;
+    gOptions.newerThanOn = 1;
+    gOptions.newerThan = {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }

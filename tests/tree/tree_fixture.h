@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -23,6 +24,8 @@ protected:
     void makeFolder(const std::string& name) const;
     // The bits of the platform's attributes beside those that the host knows.
     void setAttributes(const std::string& name, DWORD attributes) const;
+    // When it was written, in seconds since 1970.
+    void setTime(const std::string& name, std::int64_t seconds) const;
 
     // An item by the texts from a top item on: "Files\\A\\b.txt". Null if it isn't listed.
     static HTREEITEM item(const std::string& path);
@@ -47,6 +50,7 @@ protected:
     static std::string markedFiles();
 
     static void useFilter(const std::u16string& extensions);  // "txt,doc"
+    static void useDate(std::int64_t seconds);                // nothing older, in seconds since 1970
 
     std::filesystem::path folder_;
     HWND window_ = nullptr;

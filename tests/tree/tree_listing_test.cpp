@@ -1,3 +1,4 @@
+#include "display.h"
 #include "options.h"
 #include "set_state.h"
 #include "tree_events.h"
@@ -5,9 +6,6 @@
 
 #include "ce/command_bands.h"
 #include "ce/file.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 
@@ -30,11 +28,6 @@ protected:
             sorted += (sorted.empty() ? "" : " ") + each;
         return sorted;
     }
-    void setTime(const std::string& name, time_t seconds) const
-    {
-        const timespec times[] = {{seconds, 0}, {seconds, 0}};
-        ASSERT_EQ(utimensat(AT_FDCWD, (folder_ / "object-store" / name).c_str(), times, 0), 0);
-    }
 };
 
 TEST_F(TreeListingTest, FoldersStandAboveFilesWithAButtonForWhatTheyHold)
@@ -47,6 +40,28 @@ TEST_F(TreeListingTest, FoldersStandAboveFilesWithAButtonForWhatTheyHold)
     EXPECT_FALSE(hasButton("Files\\empty"));
     EXPECT_TRUE(hasButton("Files\\full"));
     EXPECT_FALSE(hasButton("Files\\file"));
+}
+
+TEST_F(TreeListingTest, WaitCursorStandsWhileALevelIsListedAndNoLonger)
+{
+    struct CursorCounter final : platform::window::Display {
+        CursorCounter() { platform::window::setDisplay(this); }
+        ~CursorCounter() override { platform::window::setDisplay(nullptr); }
+        void changed(HWND, platform::window::Change change) override
+        {
+            changes += change == platform::window::Change::Cursor ? 1 : 0;
+        }
+        void textChanged(HWND, std::u16string_view) override {}
+        int changes = 0;
+    };
+    makeFolder("A");
+    CursorCounter cursor;
+    open("Files");
+    EXPECT_EQ(cursor.changes, 2);  // it came and went
+    EXPECT_FALSE(platform::window::showsWaitCursor());
+    clickButton("Files");
+    click("Files");
+    EXPECT_EQ(cursor.changes, 2);
 }
 
 TEST_F(TreeListingTest, FolderShowsAMarkOfWhateverBeginsLikeIt)
@@ -110,9 +125,7 @@ TEST_F(TreeListingTest, AttributesAndDateHideFilesAndNoFolders)
     gOptions.hideByAttribute = 1;
     EXPECT_EQ(names("Files"), "F exact new old");
     gOptions.hideByAttribute = 0;
-    gOptions.newerThanOn = 1;
-    const std::uint64_t ticks = 2000ULL * 10'000'000 + 116'444'736'000'000'000ULL;
-    gOptions.newerThan = {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    useDate(2000);
     EXPECT_EQ(names("Files"), "F exact new system");
     clickButton("Files");
     EXPECT_TRUE(hasButton("Files\\F"));  // though all below is hidden

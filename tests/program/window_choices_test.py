@@ -1,0 +1,57 @@
+"""What the user chooses in the dialogs of a run, and what happens where the user leaves one without a choice."""
+import unittest
+
+from device_contents import TEXT, ContentsTest, database, item
+from program import FULL_BACKUP, shown
+
+SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
+EVERYTHING = FULL_BACKUP.format(comment="", storage="\\Card").replace("check 1005", "check 1005\ncheck 1006\ncheck 1007")
+SELECTION = f'command 40007\nwait "Select"\nselect 1003 "{SET}"\nok\nwait "Restore selection"\n'
+
+
+class WindowChoicesTest(ContentsTest):
+    def test_partial_restore_brings_back_the_selected_database_or_the_registry_alone(self):
+        def fill(age):
+            self.fill([database(name, [[item(1, TEXT, f"{age} {name}")]]) for name in ("Tasks", "Contacts")],
+                      f'[HKEY_USERS\\a]\r\n"age"="{age}"\r\n')
+
+        def ages():
+            """Of the two databases and of the registry, once a restored one has come into force."""
+            self.quillbox("idle\n")
+            found = self.databases() + self.registry().decode("utf-16")
+            return ["old" if sign.format("old") in found else "new" if sign.format("new") in found else None
+                    for sign in ('"{} Tasks"', '"{} Contacts"', '"age"="{}"')]
+
+        fill("old")
+        self.write("Tasks", b"a file of the database's name")
+        self.quillbox(EVERYTHING)
+        fill("new")
+        (self.store / "Tasks").unlink()
+        self.assertEqual(ages(), ["new", "new", "new"])
+        finished = self.quillbox(SELECTION + 'print 1006\nselect 1006 "Database:Tasks"\nanswer "*replace ?" yes\nok\nidle\n')
+        self.assertEqual(finished.stdout.splitlines(), ["Database:Contacts", "Database:Tasks", "File:\\Tasks", "Registry"])
+        self.assertEqual(ages(), ["old", "new", "new"])
+        self.quillbox(SELECTION + 'select 1006 "Registry"\nok\nwait "Restore"\nok\nidle\n')
+        self.assertEqual(ages(), ["old", "new", "old"])
+        self.assertEqual(self.content(), {})
+
+    def test_dialog_left_by_its_close_box_is_left_without_a_choice(self):
+        self.write("a", b"old")
+        self.quillbox(EVERYTHING)
+        stored = self.content(self.card)
+        self.write("a", b"new")
+        full_backup = 'command 40003\nwait "Full Backup"\nexpect 1005 "[ ] *"\nexpect 1006 "[ ] *"\nexpect 1007 "[ ] *"\n' \
+                      'expect 1004 ""\ntype 1004 "no"\ncheck 1005\n'
+        choose_set = f'command 40006\nwait "Select"\nselect 1003 "{SET}"\n'
+        left = 'answer "*" yes\n' + "close\nidle\n".join([
+            full_backup, full_backup + 'ok\nwait "Select"\nselect 1003 "Main device"\n',
+            'expand "Files"\nclick "Files\\a"\ncommand 40005\nwait "Backup selected Item"\n', choose_set,
+            choose_set + 'ok\nwait "Full Restore"\n', SELECTION + 'select 1006 "File:\\a"\n', ""])
+        finished = self.quillbox(left)
+        self.assertEqual(shown(finished.transcript, "answer"), [])
+        self.assertEqual(self.content(self.card), stored)
+        self.assertEqual(self.content(), {b"a": b"new"})
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,66 @@
+// The program's entry point on a thread of its own, without a script and without a display.
+#include "core.h"
+#include "display.h"
+#include "set_state.h"
+#include "tree_fixture.h"
+#include "tree_model.h"
+
+#include "embedded_resources.h"
+#include "resource_file.h"
+
+#include "ce/winmain.h"
+
+#include <chrono>
+#include <future>
+#include <thread>
+#include <utility>
+
+namespace {
+
+using namespace platform::window;
+
+class MainWindowTest : public TreeTest {
+protected:
+    MainWindowTest()
+    {
+        EXPECT_TRUE(platform::resource::setResources(quillbox::embeddedResources()));
+        // The program makes its own.
+        delete std::exchange(gFileList, nullptr);
+        delete std::exchange(gDatabaseList, nullptr);
+        program = std::async(std::launch::async, [] { return WinMain(nullptr, nullptr, nullptr, 0); });
+        while (!window || !takesInput(window)) {
+            window = FindWindowW(u"Quillbox", u"KORV Quillbox");
+            std::this_thread::yield();
+        }
+    }
+    ~MainWindowTest() override
+    {
+        EXPECT_TRUE(postClose(window));
+        EXPECT_EQ(program.get(), 0);
+    }
+
+    HWND window = nullptr;
+    std::future<int> program;
+};
+
+TEST_F(MainWindowTest, ImagesOfTheTopItemsFollowTwiceASecond)
+{
+    const Lock lock = lockCore();
+    const std::vector<Timer>& timers = findWindow(window)->thread->timers;
+    ASSERT_EQ(timers.size(), 1U);
+    EXPECT_EQ(timers[0].window, window);
+    EXPECT_EQ(timers[0].id, 1U);
+    EXPECT_EQ(timers[0].period, std::chrono::milliseconds(500));
+}
+
+TEST_F(MainWindowTest, SecondStartBringsTheFirstWindowToTheFrontAndTouchesNothing)
+{
+    const ItemList* const files = gFileList;
+    const HWND tree = gTreeView;
+    EXPECT_EQ(WinMain(nullptr, nullptr, nullptr, 0), 0);
+    EXPECT_EQ(gFileList, files);
+    EXPECT_EQ(gTreeView, tree);
+    EXPECT_EQ(FindWindowW(u"QUILLBOX", nullptr), window);
+}
+
+}  // namespace
