@@ -5,6 +5,7 @@
 
 #include <sqlite3.h>
 
+#include <new>
 #include <utility>
 
 namespace platform::database {
@@ -21,6 +22,8 @@ Step stepOf(int result)
         return Step::Done;
     case SQLITE_FULL:
         return Step::Full;
+    case SQLITE_NOMEM:
+        return Step::NoMemory;
     default:
         return Step::Failed;
     }
@@ -39,7 +42,11 @@ Statement::~Statement()
         return;
     sqlite3_reset(statement_);
     sqlite3_clear_bindings(statement_);
-    home_->push_back(statement_);
+    try {
+        home_->push_back(statement_);
+    } catch (const std::bad_alloc&) {
+        sqlite3_finalize(statement_);
+    }
 }
 
 Step Statement::step()
@@ -119,7 +126,15 @@ Statement Connection::prepare(Sql sql)
 
 Step Connection::execute(const std::string& sql)
 {
-    return stepOf(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr));
+    return run(sql.c_str());
+}
+
+std::optional<std::int64_t> Connection::readNumber(Sql sql)
+{
+    Statement statement = prepare(sql);
+    if (statement.step() != Step::Row)
+        return std::nullopt;
+    return statement.integer(0);
 }
 
 Step Connection::gather(std::function<void(Step)> ended)
@@ -136,8 +151,9 @@ Step Connection::gather(std::function<void(Step)> ended)
 bool Connection::isGathering()
 {
     if (gatheringEnded_ && sqlite3_get_autocommit(database_) != 0) {
-        const bool full = stepOf(sqlite3_errcode(database_)) == Step::Full;
-        std::exchange(gatheringEnded_, nullptr)(full ? Step::Full : Step::Failed);
+        const Step step = stepOf(sqlite3_errcode(database_));
+        held_ = false;
+        std::exchange(gatheringEnded_, nullptr)(step == Step::Full || step == Step::NoMemory ? step : Step::Failed);
     }
     return gatheringEnded_ != nullptr;
 }
@@ -145,12 +161,43 @@ bool Connection::isGathering()
 void Connection::endGathering()
 {
     endReading();
-    if (!isGathering())
+    if (isGathering() && !held_)
+        std::exchange(gatheringEnded_, nullptr)(commit());
+}
+
+void Connection::releaseGathering(bool kept)
+{
+    if (!isGathering() || !std::exchange(held_, false))
         return;
-    const Step committed = prepare("COMMIT").step();
-    if (committed != Step::Done && sqlite3_get_autocommit(database_) == 0)
-        (void)prepare("ROLLBACK").step();
-    std::exchange(gatheringEnded_, nullptr)(committed);
+    if (kept)
+        return endGathering();
+    undo();
+    std::exchange(gatheringEnded_, nullptr)(Step::Failed);
+}
+
+// Where only the flush has failed, the whole commit stands in the log, and the next start would find it there. So
+// another one is written over its beginning, which changes nothing.
+Step Connection::commit()
+{
+    const Step committed = run("COMMIT");
+    if (committed == Step::Done)
+        return committed;
+    undo();
+    const auto version = readNumber("PRAGMA user_version");
+    if (version)
+        (void)execute("PRAGMA user_version = " + std::to_string(*version));
+    return committed;
+}
+
+void Connection::undo()
+{
+    if (sqlite3_get_autocommit(database_) == 0)
+        (void)run("ROLLBACK");
+}
+
+Step Connection::run(const char* sql)
+{
+    return stepOf(sqlite3_exec(database_, sql, nullptr, nullptr, nullptr));
 }
 
 void Connection::keepReading()
@@ -162,7 +209,7 @@ void Connection::keepReading()
 void Connection::endReading()
 {
     if (std::exchange(reading_, false))
-        (void)prepare("COMMIT").step();
+        (void)run("COMMIT");
 }
 
 std::int64_t Connection::lastInsertId() const
@@ -176,22 +223,27 @@ std::string Connection::lastMessage() const
 }
 
 Transaction::Transaction(Connection& connection)
-    : connection_(connection), begun_(connection.prepare("BEGIN IMMEDIATE").step())
+    : connection_(connection), isPart_(connection.isGathering()),
+      begun_(isPart_ ? connection.prepare("SAVEPOINT part").step() : connection.prepare("BEGIN IMMEDIATE").step())
 {
 }
 
 Transaction::~Transaction()
 {
-    if (begun_ == Step::Done)
-        (void)connection_.prepare("ROLLBACK").step();
+    if (begun_ != Step::Done)
+        return;
+    if (isPart_)
+        (void)connection_.run("ROLLBACK TO part; RELEASE part");
+    else
+        connection_.undo();
 }
 
 Step Transaction::commit()
 {
     if (begun_ != Step::Done)
         return begun_;
-    const Step committed = connection_.prepare("COMMIT").step();
-    if (committed == Step::Done)
+    const Step committed = isPart_ ? connection_.prepare("RELEASE part").step() : connection_.commit();
+    if (committed == Step::Done || !isPart_)
         begun_ = Step::Failed;  // over: nothing is left to undo
     return committed;
 }

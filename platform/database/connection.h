@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,9 +22,10 @@ namespace platform::database {
 
 // How a statement got on. What is not done leaves the database as it was.
 enum class Step {
-    Row,     // a row is there to be read
-    Done,    // no more rows; the change is made
-    Full,    // no room on the host's disk
+    Row,   // a row is there to be read
+    Done,  // no more rows; the change is made
+    Full,  // no room on the host's disk
+    NoMemory,
     Failed,  // the database can't be read or written, or a constraint forbids it
 };
 
@@ -102,6 +104,9 @@ public:
     // One statement or several, without parameters or rows.
     [[nodiscard]] Step execute(const std::string& sql);
 
+    // The first column of the first row, of a statement without parameters.
+    [[nodiscard]] std::optional<std::int64_t> readNumber(Sql sql);
+
     // Gathers the changes of several calls in one transaction, so that they share one flush: begins it unless
     // it is open. `ended` hears once how it ended: Done, all of it is on the disk; otherwise all is undone.
     [[nodiscard]] Step gather(std::function<void(Step)> ended);
@@ -109,8 +114,12 @@ public:
     // False also when a failed statement has undone the transaction, which `ended` then has heard.
     [[nodiscard]] bool isGathering();
 
-    // Puts what was gathered on the disk; nothing if nothing was. Ends a reading, too.
+    // Puts what was gathered on the disk; nothing if nothing was, or if it is held. Ends a reading, too.
     void endGathering();
+
+    // What is gathered from now on stays open until it is released: then all of it is on the disk, or nothing.
+    void holdGathering() { held_ = isGathering(); }
+    void releaseGathering(bool kept);
 
     // Lets the reads that follow share one transaction, since each that begins its own asks the host for the file's
     // size. Nobody else changes the file meanwhile. It ends before the next change.
@@ -122,15 +131,21 @@ public:
     [[nodiscard]] std::string lastMessage() const;
 
 private:
+    friend class Transaction;
+
     void endReading();
+    [[nodiscard]] Step commit();
+    void undo();
+    [[nodiscard]] Step run(const char* sql);  // takes no memory of ours, so that what was begun always comes to an end
 
     sqlite3* database_;
     bool reading_ = false;                      // a transaction is open for reads alone
     std::function<void(Step)> gatheringEnded_;  // empty while nothing is gathered
+    bool held_ = false;
     std::unordered_map<const char*, Prepared> prepared_;
 };
 
-// All or nothing: what isn't committed when it ends is undone.
+// All or nothing: what isn't committed when it ends is undone. Amid a gathering it is a part of that one.
 class Transaction {
 public:
     explicit Transaction(Connection& connection);
@@ -141,11 +156,12 @@ public:
     // Done if it has begun. Nothing may be changed otherwise: each statement would be on the disk by itself.
     [[nodiscard]] Step begun() const { return begun_; }
 
-    // Done when all of it is on the disk.
+    // Done when all of it is on the disk, or gathered. Otherwise nothing of it is there, at the next start either.
     [[nodiscard]] Step commit();
 
 private:
     Connection& connection_;
+    bool isPart_;
     Step begun_;
 };
 

@@ -1,7 +1,11 @@
 // The device's one database file: how it is opened and what its tables are.
 #include "device_database.h"
 
+#include "host_name.h"
+
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <iterator>
 #include <memory>
@@ -86,7 +90,11 @@ CREATE TRIGGER store_record_removed AFTER DELETE ON store_record BEGIN
 END;
 )sql",
 };
+// SQLite takes a shorter one for a new one.
+constexpr std::uintmax_t smallestFile = 512;
 constexpr auto schemaVersion = static_cast<std::int64_t>(std::size(migrations));
+
+namespace fs = std::filesystem;
 
 struct OpenDatabase {
     std::mutex mutex;
@@ -99,29 +107,64 @@ OpenDatabase& openDatabase()
     return database;
 }
 
-std::string quoted(const std::filesystem::path& file)
+std::string quoted(const fs::path& file)
 {
     return "\"" + file.string() + "\"";
 }
 
-std::optional<std::int64_t> readNumber(Connection& connection, Sql sql)
+// Of a file that is there.
+std::optional<std::uintmax_t> sizeOf(const fs::path& file)
 {
-    Statement statement = connection.prepare(sql);
-    if (statement.step() != Step::Row)
-        return std::nullopt;
-    return statement.integer(0);
+    std::error_code error;
+    const auto bytes = fs::file_size(file, error);
+    return error ? std::nullopt : std::optional(bytes);
 }
 
-// Whether changes stand beside the file that aren't in it.
-bool logWaits(const std::filesystem::path& file)
+// What SQLite writes beside the file, which may be a link: changes that aren't in it yet.
+fs::path logOf(const fs::path& file)
 {
-    std::error_code none;
-    const auto bytes = std::filesystem::file_size(file.string() + "-wal", none);
-    return !none && bytes > 0;
+    std::error_code error;
+    const fs::path target = fs::weakly_canonical(file, error);
+    return (error ? file : target).string() + "-wal";
+}
+
+bool logWaits(const fs::path& file)
+{
+    return sizeOf(logOf(file)).value_or(0) > 0;
+}
+
+bool flushFolderOf(const fs::path& file)
+{
+    const int folder = ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool flushed = folder >= 0 && ::fsync(folder) == 0;
+    if (folder >= 0)
+        ::close(folder);
+    return flushed;
+}
+
+// SQLite deletes a log beside a file that holds nothing, and with it what stood nowhere else. False if it can't be put
+// aside; `sentence` tells either.
+bool keepOrphanedLog(const fs::path& file, std::string& sentence)
+{
+    if (sizeOf(file).value_or(0) > 0 || !logWaits(file))
+        return true;
+    const fs::path log = logOf(file);
+    fs::path kept = log.string() + ".kept";
+    for (int number = 2; fs::exists(fs::symlink_status(kept)); ++number)
+        kept = log.string() + ".kept" + std::to_string(number);
+    std::error_code error;
+    fs::rename(log, kept, error);
+    if (error || !flushFolderOf(log)) {
+        sentence = "The changes in " + quoted(log) + ", whose database is missing or empty, can't be put aside.";
+        return false;
+    }
+    sentence =
+        quoted(log) + " holds changes of a database that is missing or empty. It was kept as " + quoted(kept) + ".";
+    return true;
 }
 
 // What is wrong, from the code of the first access that failed.
-std::string sentenceOf(const std::filesystem::path& file, int code, const std::string& message)
+std::string sentenceOf(const fs::path& file, int code, const std::string& message)
 {
     switch (code & 0xFF) {
     case SQLITE_BUSY:
@@ -140,15 +183,15 @@ std::string sentenceOf(const std::filesystem::path& file, int code, const std::s
 }
 
 // Nothing here writes to the file: a database that isn't ours to change is found out before.
-std::string faultOf(sqlite3* database, Connection& connection, const std::filesystem::path& file)
+std::string faultOf(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
     // Before the first access, so that the write-ahead log needs no shared memory and nobody else gets in.
     if (connection.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA foreign_keys = ON") != Step::Done)
         return failed();
-    const auto version = readNumber(connection, "PRAGMA user_version");
-    const auto id = readNumber(connection, "PRAGMA application_id");
-    const auto tables = readNumber(connection, "SELECT count(*) FROM sqlite_schema");
+    const auto version = connection.readNumber("PRAGMA user_version");
+    const auto id = connection.readNumber("PRAGMA application_id");
+    const auto tables = connection.readNumber("SELECT count(*) FROM sqlite_schema");
     if (!version || !id || !tables)
         return failed();
     if (sqlite3_db_readonly(database, "main") != 0)
@@ -158,22 +201,27 @@ std::string faultOf(sqlite3* database, Connection& connection, const std::filesy
     if (*version > schemaVersion)
         return "The device's database " + quoted(file) + " was written by a newer version of Quillbox (schema " +
                std::to_string(*version) + ", this one knows " + std::to_string(schemaVersion) + ").";
-    Statement check = connection.prepare("PRAGMA quick_check(1)");
+    if (*version < 0 || (*version > 0) != (*tables > 0))
+        return sentenceOf(file, SQLITE_CORRUPT,
+                          "schema " + std::to_string(*version) + " with " + std::to_string(*tables) +
+                              " tables and indexes");
+    // It compares indexes with tables, too: a record that an index lacks would be missing in silence.
+    Statement check = connection.prepare("PRAGMA integrity_check(1)");
     if (check.step() != Step::Row)
         return failed();
-    return check.text(0) == u"ok" ? "" : sentenceOf(file, SQLITE_CORRUPT, "its pages contradict each other");
+    return check.text(0) == u"ok" ? "" : sentenceOf(file, SQLITE_CORRUPT, text::toUtf8(check.text(0)));
 }
 
 // Brings the file to this version, each step whole or not at all.
-std::string migrate(sqlite3* database, Connection& connection, const std::filesystem::path& file)
+std::string migrate(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
     if (connection.execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL") != Step::Done)
         return failed();
-    const auto version = readNumber(connection, "PRAGMA user_version");
+    const auto version = connection.readNumber("PRAGMA user_version");
     if (!version)
         return failed();
-    for (std::int64_t next = *version; next < schemaVersion; ++next) {
+    for (auto next = static_cast<std::size_t>(*version); next < std::size(migrations); ++next) {
         Transaction transaction(connection);
         const std::string numbers = "PRAGMA application_id = " + std::to_string(applicationId) +
                                     "; PRAGMA user_version = " + std::to_string(next + 1);
@@ -186,33 +234,37 @@ std::string migrate(sqlite3* database, Connection& connection, const std::filesy
 
 }  // namespace
 
-bool openDeviceDatabase(const std::filesystem::path& file, std::string& error)
+bool openDeviceDatabase(const fs::path& file, std::string& sentence)
 {
-    const std::scoped_lock lock(openDatabase().mutex);
-    if (openDatabase().connection != nullptr) {
-        error = "A device's database is open already.";
+    const auto refuse = [&](std::string why) {
+        sentence = std::move(why);
         return false;
-    }
+    };
+    const std::scoped_lock lock(openDatabase().mutex);
+    if (openDatabase().connection != nullptr)
+        return refuse("A device's database is open already.");
     // Absolute, so that no name is taken for one of SQLite's special ones.
-    const std::filesystem::path path = std::filesystem::absolute(file);
+    const fs::path path = fs::absolute(file);
+    if (const auto bytes = sizeOf(path).value_or(0); bytes > 0 && bytes < smallestFile)
+        return refuse(sentenceOf(path, SQLITE_NOTADB, "it has " + std::to_string(bytes) + " bytes"));
+    std::string warning;
+    if (!keepOrphanedLog(path, warning))
+        return refuse(warning);
     sqlite3* database = nullptr;
     const int opened = sqlite3_open_v2(path.c_str(), &database,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
     auto connection = std::make_unique<Connection>(database);
-    if (opened != SQLITE_OK) {
-        error = sentenceOf(path, opened, connection->lastMessage());
-        return false;
-    }
-    error = faultOf(database, *connection, path);
-    if (!error.empty()) {
+    if (opened != SQLITE_OK)
+        return refuse(sentenceOf(path, opened, connection->lastMessage()));
+    if (std::string fault = faultOf(database, *connection, path); !fault.empty()) {
         // Closing would bring what a kill left in the log into the file.
         sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, logWaits(path) ? 1 : 0, nullptr);
-        return false;
+        return refuse(std::move(fault));
     }
-    error = migrate(database, *connection, path);
-    if (!error.empty())
-        return false;
+    if (std::string fault = migrate(database, *connection, path); !fault.empty())
+        return refuse(std::move(fault));
     openDatabase().connection = std::move(connection);
+    sentence = std::move(warning);
     return true;
 }
 

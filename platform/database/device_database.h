@@ -13,7 +13,9 @@ namespace platform::database {
 // Opens the file, makes it if it is missing, and brings it to this version's schema. False with a sentence
 // for the user if it is damaged, open elsewhere, newer than this version or not a device's database; the
 // file is left as it is then. Fails also while one is open.
-[[nodiscard]] bool openDeviceDatabase(const std::filesystem::path& file, std::string& error);
+// With success `sentence` is empty, or a warning: changes that stand beside a file that is missing or empty were put
+// aside.
+[[nodiscard]] bool openDeviceDatabase(const std::filesystem::path& file, std::string& sentence);
 
 // Closes it, with what was gathered on the disk; harmless if none is open.
 void closeDeviceDatabase();

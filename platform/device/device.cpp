@@ -215,6 +215,8 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
     std::string sentence;
     if (!registry::openRegistry(folder_ / "device.db", sentence))
         throw Refusal(sentence);
+    if (!sentence.empty())
+        warnings.push_back(sentence);
     noteDatabase(lock_);
     std::ranges::move(rememberedPlaces(extras), std::back_inserter(places));
     for (const ExtraFolder& extra : extras)

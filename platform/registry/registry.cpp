@@ -41,7 +41,9 @@ LONG errorOf(Step step, Trouble kind)
 {
     if (step == Step::Done)
         return ERROR_SUCCESS;
-    const DWORD number = step == Step::Full ? ERROR_DISK_FULL : ERROR_GEN_FAILURE;
+    const DWORD number = step == Step::Full       ? ERROR_DISK_FULL
+                         : step == Step::NoMemory ? ERROR_NOT_ENOUGH_MEMORY
+                                                  : ERROR_GEN_FAILURE;
     platform::kernel::noteTrouble(kind, platform::kernel::Troubled::Registry, {}, number);
     return error(number);
 }
@@ -172,7 +174,11 @@ LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, con
     if (!database)
         return error(ERROR_GEN_FAILURE);
     const auto content = std::as_bytes(std::span(data, bytes));
-    return errorOf(platform::registry::writeValue(*database, place->row, valued, type, content), Trouble::Writing);
+    Transaction transaction(*database);
+    Step step = transaction.begun();
+    if (step == Step::Done)
+        step = platform::registry::writeValue(*database, place->row, valued, type, content);
+    return errorOf(step == Step::Done ? transaction.commit() : step, Trouble::Writing);
 }
 
 LONG RegCloseKey(HKEY key)

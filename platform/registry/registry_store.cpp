@@ -10,12 +10,16 @@
 
 namespace platform::registry {
 
-bool openRegistry(const std::filesystem::path& database, std::string& error)
+bool openRegistry(const std::filesystem::path& database, std::string& sentence)
 {
-    if (!database::openDeviceDatabase(database, error))
+    if (!database::openDeviceDatabase(database, sentence))
         return false;
     const std::filesystem::path folder = std::filesystem::absolute(database).parent_path();
-    if (!enforceStagedRegistry(folder, error)) {
+    std::string ofStaged;
+    const bool enforced = enforceStagedRegistry(folder, ofStaged);
+    if (!ofStaged.empty())
+        sentence += (sentence.empty() ? "" : " ") + ofStaged;
+    if (!enforced) {
         database::closeDeviceDatabase();
         return false;
     }

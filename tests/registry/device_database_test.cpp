@@ -1,4 +1,5 @@
 #include "device_database.h"
+#include "failing_flush.h"
 #include "registry_content.h"
 #include "registry_fixture.h"
 
@@ -11,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <span>
+#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -34,6 +36,19 @@ protected:
         std::ifstream stream(file(), std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
+    [[nodiscard]] static bool import(const std::u16string& keys)
+    {
+        const std::u16string text = u"\xFEFFWindows Registry Editor Version 5.00\r\n" + keys;
+        auto unread = std::as_bytes(std::span(text));
+        const auto source = [&](std::span<std::byte> buffer) {
+            const auto piece = unread.first(std::min(buffer.size(), unread.size()));
+            std::ranges::copy(piece, buffer.begin());
+            unread = unread.subspan(piece.size());
+            return piece.size();
+        };
+        using namespace platform::registry;
+        return readContent(source, Wholeness::Free, Unnamed::Removed).good();
+    }
     // The sentence, after making sure that the refused file is left as it was.
     [[nodiscard]] std::string refusal() const
     {
@@ -51,6 +66,62 @@ TEST_F(DeviceDatabaseTest, DatabaseOfANewerVersionIsNotTouched)
     EXPECT_THAT(refusal(), HasSubstr("newer version of Quillbox (schema 9999"));
 }
 
+TEST_F(DeviceDatabaseTest, SchemaNumberThatNoVersionWroteIsDamage)
+{
+    for (const char* const number : {"-1", "-2147483648", "0"}) {
+        changeAndClose(std::string("PRAGMA user_version = ") + number);
+        EXPECT_THAT(refusal(), HasSubstr("is damaged"));
+        std::filesystem::remove(file());
+    }
+}
+
+// A walk follows the index alone.
+TEST_F(DeviceDatabaseTest, BitThatFellOverInAnIndexIsDamage)
+{
+    changeAndClose("INSERT INTO store_database (oid, name, folded, type, modified) VALUES (5, 'a', 'a', 0, 0); "
+                   "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 200) "
+                   "INSERT INTO store_record (database, properties) SELECT 5, X'' FROM n");
+    ASSERT_EQ(open(), "");
+    const auto root =
+        DatabaseUse()->readNumber("SELECT rootpage FROM sqlite_schema WHERE name = 'store_record_database'");
+    platform::registry::closeRegistry();
+    std::string damaged = content();
+    const std::size_t page = (static_cast<std::size_t>(root.value()) - 1) * 4096;
+    ASSERT_EQ(damaged[page], 0x0A);  // a leaf
+    const std::size_t pointer = page + 8 + 2 * std::size_t{100};
+    const std::size_t cell = page + static_cast<unsigned char>(damaged[pointer]) * std::size_t{256} +
+                             static_cast<unsigned char>(damaged[pointer + 1]);
+    ASSERT_EQ(damaged[cell + 4], 5);  // behind the sizes of cell and head and two types
+    damaged[cell + 4] ^= 2;
+    std::ofstream(file(), std::ios::binary | std::ios::trunc) << damaged;
+    EXPECT_THAT(refusal(), HasSubstr("is damaged"));
+}
+
+// SQLite would take the file for a new one and delete what it finds beside it.
+TEST_F(DeviceDatabaseTest, ChangesWhoseDatabaseIsGoneAreKeptAside)
+{
+    const std::filesystem::path log = file().string() + "-wal";
+    for (const bool empty : {false, true}) {
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(open().empty() && DatabaseUse()->execute("PRAGMA user_version = 2") == Step::Done ? 0 : 1);
+        waitpid(child, nullptr, 0);
+        std::filesystem::remove(file());
+        if (empty)
+            std::ofstream(file()).flush();
+        std::stringstream changes;
+        changes << std::ifstream(log, std::ios::binary).rdbuf();
+        ASSERT_FALSE(changes.str().empty());
+        const std::string kept = log.string() + (empty ? ".kept2" : ".kept");
+        EXPECT_THAT(open(), HasSubstr("kept as \"" + kept));
+        std::stringstream found;
+        found << std::ifstream(kept, std::ios::binary).rdbuf();
+        EXPECT_TRUE(found.str() == changes.str());
+        platform::registry::closeRegistry();
+        std::filesystem::remove(file());
+    }
+}
+
 TEST_F(DeviceDatabaseTest, DatabaseOfAnotherProgramIsNotTouched)
 {
     changeAndClose("PRAGMA application_id = 5");
@@ -64,8 +135,9 @@ TEST_F(DeviceDatabaseTest, DamageIsFoundBeforeAnythingIsWritten)
     ASSERT_GT(whole.size(), 8192U);
     std::string scrambled = whole;
     scrambled.replace(4096, 4096, 4096, '\xA5');
-    for (const std::string& damaged : {std::string("no database at all, but long enough to look at").append(600, '.'),
-                                       whole.substr(0, 4096), scrambled}) {
+    for (const std::string& damaged :
+         {std::string("no database at all, but long enough to look at").append(600, '.'), whole.substr(0, 4096),
+          scrambled, std::string("x"), whole.substr(0, 99), whole.substr(0, 511), std::string(4096, '\0')}) {
         std::ofstream(file(), std::ios::binary | std::ios::trunc) << damaged;
         EXPECT_THAT(refusal(), HasSubstr("is damaged"));
     }
@@ -105,6 +177,23 @@ TEST_F(DeviceDatabaseTest, FolderThatIsMissingIsToldByItsName)
     EXPECT_THAT(error, HasSubstr("nowhere/device.db\" can't be opened"));
 }
 
+// What only couldn't be flushed stands in the log, from which the next start takes it.
+TEST_F(DeviceDatabaseTest, ChangeThatHasFailedIsNotThereAtTheNextStart)
+{
+    ASSERT_EQ(open(), "");
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_USERS, u"kept", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
+    failFlushes(true);
+    EXPECT_FALSE(import(u"[HKEY_USERS\\a]\r\n[HKEY_USERS\\b]\r\n"));
+    EXPECT_NE(RegSetValueExW(key, u"c", 0, REG_DWORD, nullptr, 0), 0);
+    EXPECT_NE(RegCreateKeyExW(HKEY_USERS, u"d", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
+    platform::registry::closeRegistry();
+    failFlushes(false);
+    ASSERT_EQ(open(), "");
+    EXPECT_EQ(DatabaseUse()->readNumber("SELECT count(*) FROM registry_key"), 5);
+    EXPECT_EQ(DatabaseUse()->readNumber("SELECT count(*) FROM registry_value"), 0);
+}
+
 // Each of its statements would be on the disk by itself.
 TEST_F(DeviceDatabaseTest, WithoutATransactionNothingIsChanged)
 {
@@ -112,16 +201,7 @@ TEST_F(DeviceDatabaseTest, WithoutATransactionNothingIsChanged)
     ASSERT_EQ(DatabaseUse()->execute("BEGIN"), Step::Done);  // in which no other one can begin
     HKEY key = nullptr;
     EXPECT_NE(RegCreateKeyExW(HKEY_USERS, u"a\\b", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
-    const std::u16string text = u"\xFEFFWindows Registry Editor Version 5.00\r\n[HKEY_USERS\\c]\r\n";
-    auto unread = std::as_bytes(std::span(text));
-    const auto source = [&](std::span<std::byte> buffer) {
-        const auto piece = unread.first(std::min(buffer.size(), unread.size()));
-        std::ranges::copy(piece, buffer.begin());
-        unread = unread.subspan(piece.size());
-        return piece.size();
-    };
-    using namespace platform::registry;
-    EXPECT_FALSE(readContent(source, Wholeness::Free, Unnamed::Removed).good());
+    EXPECT_FALSE(import(u"[HKEY_USERS\\c]\r\n"));
     ASSERT_EQ(DatabaseUse()->execute("COMMIT"), Step::Done);
     const DatabaseUse database;
     auto keys = database->prepare("SELECT count(*) FROM registry_key");

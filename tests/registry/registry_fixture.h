@@ -25,11 +25,12 @@ protected:
 
     [[nodiscard]] std::filesystem::path file() const { return folder_ / "device.db"; }
 
-    // Empty when it opened.
+    // What it says; nothing when it opened without a word.
     [[nodiscard]] std::string open() const
     {
-        std::string error;
-        return platform::registry::openRegistry(file(), error) ? "" : error;
+        std::string sentence;
+        EXPECT_TRUE(platform::registry::openRegistry(file(), sentence) || !sentence.empty());
+        return sentence;
     }
 
 private:
