@@ -55,7 +55,7 @@ BOOL RegRestoreFile(const WCHAR* path)
     // Opened for writing too: whoever may not write it may not delete it either, and is told before anything changes.
     const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
-        return FALSE;
+        return GetLastError() == ERROR_FILE_NOT_FOUND ? FALSE : fail(Trouble::Writing, GetLastError());
     const DWORD error = platform::registry::stageRegistry(file);
     CloseHandle(file);
     if (error != ERROR_SUCCESS)

@@ -100,27 +100,26 @@ Grown grow(HostFile& target, HANDLE file)
     return {errorOf(target.error()), whole};
 }
 
-bool keepAside(const fs::path& folder, std::string& error)
+bool keepAside(const fs::path& folder, std::string& sentence)
 {
     std::error_code failure;
     fs::rename(folder / StagedName, folder / RefusedName, failure);
-    if (!failure)
-        return true;
-    error = "The damaged registry file \"" + (folder / StagedName).string() +
-            "\" can't be put aside: " + failure.message() + ".";
-    return false;
+    const std::string name = "The damaged registry file \"" + (folder / StagedName).string() + "\" ";
+    sentence = failure ? name + "can't be put aside: " + failure.message() + "."
+                       : name + "was not put in force. It was kept as \"" + (folder / RefusedName).string() + "\".";
+    return !failure;
 }
 
 // Once in force, it must not come again: it would undo what changes from here on.
-bool takeAway(const fs::path& folder, std::string& error)
+bool takeAway(const fs::path& folder, std::string& sentence)
 {
     std::error_code failure;
     fs::remove(folder / StagedName, failure);
     if (!failure)
         failure.assign(flushFolder(folder), std::generic_category());
     if (failure)
-        error = "The registry file \"" + (folder / StagedName).string() +
-                "\" is in force but can't be deleted: " + failure.message() + ".";
+        sentence = "The registry file \"" + (folder / StagedName).string() +
+                   "\" is in force but can't be deleted: " + failure.message() + ".";
     return !failure;
 }
 
@@ -156,7 +155,7 @@ DWORD stageRegistry(HANDLE file)
     const DWORD error = errorOf(flushFolder(folder));
     if (error != ERROR_SUCCESS)
         fs::remove(place, failure);
-    return error;
+    return error == ERROR_SUCCESS && !grown.whole ? ERROR_GEN_FAILURE : error;
 }
 
 void unstageRegistry()
@@ -166,7 +165,7 @@ void unstageRegistry()
     fs::remove(staging().folder / StagedName, ignored);
 }
 
-bool enforceStagedRegistry(const fs::path& folder, std::string& error)
+bool enforceStagedRegistry(const fs::path& folder, std::string& sentence)
 {
     std::error_code ignored;
     fs::remove(folder / GrowingName, ignored);  // left by a kill: never whole
@@ -176,25 +175,25 @@ bool enforceStagedRegistry(const fs::path& folder, std::string& error)
     const std::string what =
         "The registry file \"" + (folder / StagedName).string() + "\", which is to come into force, ";
     if (staged.error() != 0 && staged.error() != ELOOP) {
-        error = what + "can't be opened: " + std::generic_category().message(staged.error()) + ".";
+        sentence = what + "can't be opened: " + std::generic_category().message(staged.error()) + ".";
         return false;
     }
     if (!staged || !staged.isRegularFile())
-        return keepAside(folder, error);
+        return keepAside(folder, sentence);
 
     const auto fault = faultOf(staged);
     if (fault && staged.error() == 0)
-        return keepAside(folder, error);
+        return keepAside(folder, sentence);
     Step step = Step::Failed;
     if (!fault && staged.rewind()) {
         const auto source = [&](std::span<std::byte> buffer) { return staged.read(buffer); };
         const ContentRead read = readContent(source, Wholeness::Required, Unnamed::Removed);
         if (read.good())
-            return takeAway(folder, error);
+            return takeAway(folder, sentence);
         step = read.step;
     }
-    error = what + (step == Step::Full ? "finds no room on the disk. Make some room and start again."
-                                       : "can't be read or written to the device's database.");
+    sentence = what + (step == Step::Full ? "finds no room on the disk. Make some room and start again."
+                                          : "can't be read or written to the device's database.");
     return false;
 }
 

@@ -5,7 +5,7 @@ import subprocess
 import sys
 import unittest
 
-from device_contents import (I2, RESTORE_DATABASES, TEXT, ContentsTest, after, database, image, independent_set, item,
+from device_contents import (I2, RESTORE, RESTORE_DATABASES, SET, TEXT, ContentsTest, after, database, image, independent_set, item,
                              write_set)
 
 OLD = [[item(1, TEXT, "old")]]
@@ -62,7 +62,7 @@ class HostileSetTest(ContentsTest):
         for number, registry in enumerate(hostile):
             with self.subTest(number=number):
                 write_set(self.card, [], registry=registry)
-                self.restore()
+                self.assertIn("the registry", self.quillbox(RESTORE.format(set=SET, answers=""), code=4).stderr)
                 self.assertEqual(self.registry(), before)
                 self.quillbox("idle\n")
                 self.assertEqual(self.registry(), before)

@@ -5,6 +5,7 @@
 #include "killed_process.h"
 #include "name_space.h"
 #include "registry_fixture.h"
+#include "troubles.h"
 
 #include <gtest/gtest.h>
 
@@ -86,9 +87,10 @@ protected:
         platform::registry::closeRegistry();
         fs::remove(beside("registry.refused"));
         put(beside("registry.staged"), bytes);
-        EXPECT_EQ(open(), "");
+        const std::string told = open();
         EXPECT_FALSE(fs::exists(beside("registry.staged")));
         const bool refused = fs::exists(beside("registry.refused"));
+        EXPECT_EQ(told.find("registry.refused") != std::string::npos, refused) << told;
         EXPECT_TRUE(!refused || contentOf(beside("registry.refused")) == bytes);
         return !refused;
     }
@@ -246,7 +248,7 @@ TEST_F(RegistryFileTest, FailureTellsItsErrorAndLeavesNoHalfFile)
     EXPECT_NE(GetFileAttributesW(u"\\a.reg"), INVALID_FILE_ATTRIBUTES);
 }
 
-TEST_F(RegistryFileTest, DamagedFileDoesNotTakeTheGoodOnesPlace)
+TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotTakeTheGoodOnesPlace)
 {
     set(u"k", u"good", REG_BINARY, "good");
     const std::string good = copied();
@@ -254,8 +256,12 @@ TEST_F(RegistryFileTest, DamagedFileDoesNotTakeTheGoodOnesPlace)
     put(store() / "good.reg", good);
     put(store() / "cut.reg", good.substr(0, good.size() - 2));
     EXPECT_TRUE(RegRestoreFile(u"\\good.reg"));
-    EXPECT_TRUE(RegRestoreFile(u"\\cut.reg"));
+    EXPECT_FALSE(RegRestoreFile(u"\\cut.reg"));
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    using namespace platform::kernel;
+    EXPECT_EQ(troublesSoFar(Trouble::Writing, Troubled::Registry).count, 1U);
     EXPECT_EQ(contentOf(beside("registry.refused")), good.substr(0, good.size() - 2));
+    EXPECT_TRUE(fs::exists(store() / "cut.reg"));
     EXPECT_EQ(reopened(), "");
     EXPECT_EQ(copied(), good);
 }
@@ -267,7 +273,7 @@ TEST_F(RegistryFileTest, LinkInPlaceOfTheStagedFileIsNotFollowed)
     platform::registry::closeRegistry();
     put(beside("elsewhere"), utf16(EmptyRegistry));
     fs::create_symlink(beside("elsewhere"), beside("registry.staged"));
-    ASSERT_EQ(open(), "");
+    EXPECT_NE(open().find("was not put in force"), std::string::npos);
     EXPECT_EQ(copied(), old);
     EXPECT_TRUE(fs::is_symlink(beside("registry.refused")));
 }

@@ -12,8 +12,8 @@
 BOOL RegCopyFile(const WCHAR* path);
 
 // Takes such a file over: it is gone from its place, and its content comes into force in place of the registry at the
-// next start of the device, whole or not at all. A file that is no whole registry is kept aside instead,
-// and one that was taken over before it still waits.
+// next start of the device, whole or not at all.
 // Nonzero on success, otherwise 0 with the last error of the file call that failed (5 for a file that may not be
-// deleted, 112 if the device's disk has no room), 31 without a device; the file stays where it is then.
+// deleted, 112 if the device's disk has no room), 31 without a device or for a file that is no whole registry: a copy
+// of that one is kept aside. The file stays where it is then, and one that was taken over before still waits.
 BOOL RegRestoreFile(const WCHAR* path);
