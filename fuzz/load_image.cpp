@@ -36,7 +36,7 @@ bool readRecords(ImageReader& reader, WORD records, std::size_t fileBytes)
         for (; properties > 0; --properties) {
             CEPROPVAL property;
             if (!ReadProperty(reader, property)) {
-                require(!ReadPropertyCount(reader, properties));  // nothing is read behind the fault
+                require(!ReadPropertyCount(reader, properties));  // nothing is read behind an end
                 return false;
             }
             content += contentOf(property);
@@ -45,6 +45,16 @@ bool readRecords(ImageReader& reader, WORD records, std::size_t fileBytes)
     }
     require(content <= fileBytes);
     return true;
+}
+
+bool stepOverRecords(ImageReader& reader, WORD records)
+{
+    WORD properties = 0;
+    for (; records > 0 && ReadPropertyCount(reader, properties); --records)
+        for (; properties > 0; --properties)
+            if (!StepOverProperty(reader))
+                return false;
+    return records == 0;
 }
 
 }  // namespace
@@ -64,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const bool whole = readRecords(reader, header.recordCount, size);
         StartImageReader(reader, image);
         require(ReadImageHeader(reader, header) != 0);
-        require((StepOverRecords(reader, header.recordCount) != 0) == whole);
+        require(stepOverRecords(reader, header.recordCount) == whole);
     }
     CloseHandle(image);
     return 0;

@@ -2,6 +2,7 @@
 #include "database_rows.h"
 
 #include "case_folding.h"
+#include "object_store.h"
 #include "store_time.h"
 #include "utf.h"
 
@@ -36,18 +37,40 @@ Found<CEOID> foundOid(Statement& statement)
     return {std::nullopt, step == Step::Done ? 0 : errorOf(step)};
 }
 
+std::u16string cutName(const WCHAR* name)
+{
+    WCHAR cut[CEDB_MAXDBASENAMELEN];
+    CopyText(cut, name);
+    return cut;
+}
+
+// 0, or why they aren't known.
+DWORD findMisplaced(Connection& connection)
+{
+    std::unordered_map<CEOID, std::u16string> found;
+    Statement statement = connection.prepare("SELECT oid, name, folded FROM store_database");
+    Step step = statement.step();
+    for (; step == Step::Row; step = statement.step()) {
+        const std::u16string name = statement.text(1);
+        const auto own = DatabaseName::of(name.c_str());
+        if (!own || own->folded != statement.text(2))
+            found.emplace(static_cast<CEOID>(statement.integer(0)), cutName(name.c_str()));
+    }
+    if (step != Step::Done)
+        return errorOf(step);
+    storeState().misplaced = std::move(found);
+    return 0;
+}
+
 // Of a name that wasn't found: an error if a row has it all the same.
 DWORD misplaced(Connection& connection, const std::u16string& written)
 {
-    Statement statement = connection.prepare("SELECT name FROM store_database");
-    Step step = statement.step();
-    for (; step == Step::Row; step = statement.step()) {
-        WCHAR cut[CEDB_MAXDBASENAMELEN];
-        CopyText(cut, statement.text(0).c_str());
-        if (written == cut)
-            return ERROR_GEN_FAILURE;
-    }
-    return step == Step::Done ? 0 : errorOf(step);
+    if (!storeState().misplaced)
+        if (const DWORD error = findMisplaced(connection))
+            return error;
+    const bool isThere =
+        std::ranges::any_of(*storeState().misplaced, [&](const auto& each) { return each.second == written; });
+    return isThere ? ERROR_GEN_FAILURE : 0;
 }
 
 DWORD readSortOrders(Connection& connection, CEOID oid, CEDBASEINFO& info)
@@ -68,9 +91,8 @@ std::optional<DatabaseName> DatabaseName::of(const WCHAR* name)
 {
     if (name == nullptr)
         return std::nullopt;
-    WCHAR cut[CEDB_MAXDBASENAMELEN];
-    CopyText(cut, name);
-    DatabaseName result{.written = cut, .folded = cut};
+    DatabaseName result{.written = cutName(name), .folded = {}};
+    result.folded = result.written;
     if (result.written.empty() || !isText(result.written))
         return std::nullopt;
     std::ranges::transform(result.written, result.folded.begin(), text::foldCase);
@@ -137,6 +159,8 @@ Found<CEOID> addDatabase(Connection& connection, const DatabaseName& name, DWORD
 DWORD removeDatabase(Connection& connection, CEOID oid)
 {
     const Step step = connection.prepare("DELETE FROM store_database WHERE oid = ?").bind(oid).step();
+    if (step == Step::Done && storeState().misplaced)
+        storeState().misplaced->erase(oid);
     return step == Step::Done ? 0 : errorOf(step);
 }
 

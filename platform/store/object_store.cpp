@@ -18,6 +18,9 @@ void closeStore()
         return dynamic_cast<const OpenDatabase*>(&object) != nullptr ||
                dynamic_cast<const DatabaseWalk*>(&object) != nullptr;
     });
+    if (storeState().changeIsOpen)
+        (void)EndStoreChange(FALSE);
+    storeState().misplaced.reset();
 }
 
 }  // namespace platform::store

@@ -7,6 +7,7 @@
 #include "store_time.h"
 #include "store_trouble.h"
 
+#include <new>
 #include <utility>
 
 namespace platform::store {
@@ -46,9 +47,13 @@ DWORD OpenDatabase::beginChange(Connection& connection)
 {
     if (closed_)
         return ERROR_INVALID_PARAMETER;
+    if (storeState().changeIsOpen)
+        return joinChange(connection);
     // Another handle's changes come first.
     if (connection.isGathering() && (!owns_ || gatheredEnough()))
         connection.endGathering();
+    if (changes_.size() == changes_.capacity())  // so that a change that is made can be kept
+        changes_.reserve(2 * changes_.size() + 16);
     if (connection.isGathering())
         return 0;
     const Step begun = connection.gather([this, &connection](Step step) { gatheringEnded(connection, step); });
@@ -60,8 +65,23 @@ DWORD OpenDatabase::beginChange(Connection& connection)
     return marked == Step::Done ? 0 : errorOf(marked);
 }
 
+DWORD OpenDatabase::joinChange(Connection& connection)
+{
+    if (!connection.isGathering())
+        return storeState().changeFault;
+    if (joined_ == storeState().changes)
+        return 0;
+    const Step marked = markModified(connection, database_);
+    if (marked != Step::Done)
+        return errorOf(marked);
+    joined_ = storeState().changes;
+    return 0;
+}
+
 void OpenDatabase::keepChange(GatheredChange change)
 {
+    if (!owns_)
+        return;
     bytes_ += change.bytes ? change.bytes->size() : 0;
     changes_.push_back(std::move(change));
 }
@@ -95,10 +115,14 @@ void OpenDatabase::gatheringEnded(Connection& connection, Step step)
         return;
     // Records that came are gone again, and removed ones are back.
     ++storeState().recordsRemoved;
-    if (step == Step::Full)
-        changeWhatFits(connection, changes);
-    else if (!changes.empty())
-        noteLoss(step);
+    try {
+        if (step == Step::Full)
+            changeWhatFits(connection, changes);
+        else if (!changes.empty())
+            noteLoss(step);
+    } catch (const std::bad_alloc&) {
+        loss_ = ERROR_NOT_ENOUGH_MEMORY;
+    }
 }
 
 // In one transaction: all of them or none.

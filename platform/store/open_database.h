@@ -56,7 +56,7 @@ public:
     // Before each change: opens the gathering that it belongs to. 0, or the platform's number.
     [[nodiscard]] DWORD beginChange(database::Connection& connection);
 
-    // After it.
+    // After it. Kept is what may have to be tried again.
     void keepChange(GatheredChange change);
 
     // Puts the gathered changes on the disk; an error if any were lost since the handle was opened.
@@ -66,6 +66,7 @@ public:
     std::optional<KnownPosition> known;
 
 private:
+    [[nodiscard]] DWORD joinChange(database::Connection& connection);
     [[nodiscard]] bool gatheredEnough() const;
     void gatheringEnded(database::Connection& connection, database::Step step);
     [[nodiscard]] database::Step changeTogether(database::Connection& connection,
@@ -77,7 +78,8 @@ private:
     const std::u16string name_;
     const bool autoIncrement_;
     bool closed_ = false;
-    bool owns_ = false;  // the gathering that is open is this handle's
+    bool owns_ = false;         // the gathering that is open is this handle's
+    std::uint64_t joined_ = 0;  // the last change of several calls that it had a part in
     std::vector<GatheredChange> changes_;
     std::size_t bytes_ = 0;
     std::chrono::steady_clock::time_point begun_;

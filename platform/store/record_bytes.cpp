@@ -94,37 +94,38 @@ void append(RecordBytes& bytes, const Value& value)
     bytes.insert(bytes.end(), start, start + sizeof value);
 }
 
-void appendSized(RecordBytes& bytes, DWORD count, const void* data, std::size_t size)
+void append(RecordBytes& bytes, RecordView piece)
 {
-    append(bytes, count);
-    const auto* const start = static_cast<const std::byte*>(data);
-    bytes.insert(bytes.end(), start, start + size);
+    bytes.insert(bytes.end(), piece.begin(), piece.end());
 }
 
-// False if a text or blob is null, or longer than its size can tell.
-bool appendProperty(RecordBytes& bytes, const CEPROPVAL& property)
+// The value of a property where it lies; nothing for a text or blob that is null.
+std::optional<RecordView> valueOf(const CEPROPVAL& property)
 {
-    append(bytes, property.propid);
-    append(bytes, withoutCallFlags(property.wFlags));
     const WORD type = typeOf(property.propid);
     if (type == CEVT_LPWSTR) {
-        if (property.val.lpwstr == nullptr)
-            return false;
-        const std::size_t characters = std::char_traits<WCHAR>::length(property.val.lpwstr);
-        if (characters > 0xFFFFFFFF)
-            return false;
-        appendSized(bytes, static_cast<DWORD>(characters), property.val.lpwstr, characters * sizeof(WCHAR));
-    } else if (type == CEVT_BLOB) {
-        const CEBLOB& blob = property.val.blob;
-        if (blob.dwCount > 0 && blob.lpb == nullptr)
-            return false;
-        appendSized(bytes, blob.dwCount, blob.lpb, blob.dwCount);
-    } else {
-        // All members begin where the union does.
-        const auto* const start = reinterpret_cast<const std::byte*>(&property.val);
-        bytes.insert(bytes.end(), start, start + fixedBytes(type));
+        const WCHAR* const text = property.val.lpwstr;
+        return text == nullptr ? std::nullopt
+                               : std::optional(std::as_bytes(std::span(text, std::char_traits<WCHAR>::length(text))));
     }
-    return true;
+    if (type == CEVT_BLOB) {
+        const CEBLOB& blob = property.val.blob;
+        return blob.dwCount > 0 && blob.lpb == nullptr
+                   ? std::nullopt
+                   : std::optional(std::as_bytes(std::span(blob.lpb, blob.dwCount)));
+    }
+    // All members begin where the union does.
+    return std::as_bytes(std::span(&property.val, 1)).first(fixedBytes(type));
+}
+
+void appendProperty(RecordBytes& bytes, const CEPROPVAL& property, RecordView value)
+{
+    const WORD type = typeOf(property.propid);
+    append(bytes, property.propid);
+    append(bytes, withoutCallFlags(property.wFlags));
+    if (hasSize(type))
+        append(bytes, static_cast<DWORD>(type == CEVT_LPWSTR ? value.size() / sizeof(WCHAR) : value.size()));
+    append(bytes, value);
 }
 
 std::size_t dataBytes(const PropertyView& property)
@@ -153,9 +154,13 @@ std::optional<PropertyViews> propertiesOf(RecordView record)
 {
     PropertyViews properties;
     properties.reserve(16);  // most records have fewer
+    std::size_t content = 0;
     while (!record.empty()) {
         const auto property = propertyAt(record);
         if (!property || properties.size() == PropertyLimit)
+            return std::nullopt;
+        content += hasSize(typeOf(property->id)) ? property->value.size() : 0;
+        if (content > MaxRecordContent)
             return std::nullopt;
         properties.push_back(*property);
         record = record.subspan(property->whole.size());
@@ -186,12 +191,13 @@ std::optional<RecordBytes> withChanges(const PropertyViews& properties, std::spa
     struct Slot {
         const PropertyView* old = nullptr;
         const CEPROPVAL* changed = nullptr;
+        RecordView value = {};
     };
     std::vector<Slot> slots;
     std::unordered_map<CEPROPID, std::size_t> places;
     for (const PropertyView& property : properties) {
         places.emplace(property.id, slots.size());
-        slots.push_back({&property, nullptr});
+        slots.push_back({&property});
     }
     for (const CEPROPVAL& change : changes) {
         const auto [place, added] = places.emplace(change.propid, slots.size());
@@ -201,18 +207,33 @@ std::optional<RecordBytes> withChanges(const PropertyViews& properties, std::spa
             slots[place->second].changed = &change;
     }
 
-    RecordBytes record;
-    std::size_t count = 0;
-    for (const Slot& slot : slots) {
-        if (slot.changed != nullptr && (slot.changed->wFlags & CEDB_PROPDELETE) != 0)
-            continue;
-        if (slot.changed == nullptr)
-            record.insert(record.end(), slot.old->whole.begin(), slot.old->whole.end());
-        else if (!appendProperty(record, *slot.changed))
+    std::erase_if(slots, [](const Slot& slot) {
+        return slot.changed != nullptr && (slot.changed->wFlags & CEDB_PROPDELETE) != 0;
+    });
+
+    std::size_t bytes = 0;
+    std::size_t content = 0;
+    for (Slot& slot : slots) {
+        const auto value = slot.changed != nullptr ? valueOf(*slot.changed) : slot.old->value;
+        if (!value)
             return std::nullopt;
-        ++count;
+        slot.value = *value;
+        bytes += HeadBytes + SizeBytes + value->size();
+        const CEPROPID id = slot.changed != nullptr ? slot.changed->propid : slot.old->id;
+        content += hasSize(typeOf(id)) ? value->size() : 0;
     }
-    return count <= PropertyLimit ? std::optional(std::move(record)) : std::nullopt;
+    if (slots.size() > PropertyLimit || content > MaxRecordContent)
+        return std::nullopt;
+
+    RecordBytes record;
+    record.reserve(bytes);  // a large one isn't copied while it grows
+    for (const Slot& slot : slots) {
+        if (slot.changed == nullptr)
+            append(record, slot.old->whole);
+        else
+            appendProperty(record, *slot.changed, slot.value);
+    }
+    return record;
 }
 
 std::size_t blockBytes(const PropertyViews& properties)

@@ -28,14 +28,14 @@ struct PropertyView {
 };
 using PropertyViews = std::vector<PropertyView>;
 
-// The properties of a record, none of them twice. Nothing if the bytes are damaged.
+// The properties of a record, none of them twice. Nothing if the bytes are damaged, or have more than MaxRecordContent.
 [[nodiscard]] std::optional<PropertyViews> propertiesOf(RecordView record);
 
 // The asked ones in their order, the missing ones marked; nothing if none is there.
 [[nodiscard]] std::optional<PropertyViews> pick(const PropertyViews& properties, std::span<const CEPROPID> ids);
 
 // A record with properties replaced, added behind the others and taken away (CEDB_PROPDELETE). Nothing if a
-// text or blob is null, or for more properties than a WORD counts.
+// text or blob is null, for more properties than a WORD counts or for more than MaxRecordContent.
 [[nodiscard]] std::optional<RecordBytes> withChanges(const PropertyViews& properties,
                                                      std::span<const CEPROPVAL> changes);
 

@@ -43,7 +43,14 @@ Found<RecordRow> foundRecord(Statement&& statement)
 
 DWORD errorOf(Step step)
 {
-    return step == Step::Full ? ERROR_DISK_FULL : ERROR_GEN_FAILURE;
+    switch (step) {
+    case Step::Full:
+        return ERROR_DISK_FULL;
+    case Step::NoMemory:
+        return ERROR_NOT_ENOUGH_MEMORY;
+    default:
+        return ERROR_GEN_FAILURE;
+    }
 }
 
 Found<RecordRow> recordAt(Connection& connection, CEOID owner, std::int64_t oid)
@@ -90,6 +97,15 @@ Found<DWORD> countOf(Connection& connection, CEOID owner)
     Statement statement = connection.prepare("SELECT records FROM store_database WHERE oid = ?");
     statement.bind(owner);
     return found<DWORD>(statement, numberOf);
+}
+
+DWORD faultOfCount(Connection& connection, CEOID owner)
+{
+    Statement statement = connection.prepare("SELECT records = (SELECT count(*) FROM store_record WHERE database = ?1) "
+                                             "FROM store_database WHERE oid = ?1");
+    statement.bind(owner);
+    const auto agrees = found<DWORD>(statement, numberOf);
+    return agrees.error != 0 ? agrees.error : agrees.row == 1U ? 0 : ERROR_GEN_FAILURE;
 }
 
 }  // namespace platform::store

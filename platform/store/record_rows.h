@@ -44,4 +44,7 @@ struct RecordRow {
 // How many records there are: known without counting.
 [[nodiscard]] Found<DWORD> countOf(database::Connection& connection, CEOID owner);
 
+// 31 if a walk over the records doesn't deliver as many: then some are missing, or aren't its own. Otherwise 0.
+[[nodiscard]] DWORD faultOfCount(database::Connection& connection, CEOID owner);
+
 }  // namespace platform::store

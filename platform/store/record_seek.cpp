@@ -43,11 +43,11 @@ public:
         return found.row ? stand(*found.row) : refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
+    // Where a walk back begins: whether it will find all records is known now.
     CEOID behindLast()
     {
         standBehind();
-        SetLastError(ERROR_SUCCESS);
-        return 0;
+        return refuse(faultOfCount(connection_, open_.database()));
     }
 
     CEOID refuse(DWORD error)
@@ -127,20 +127,22 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index)
         SetLastError(ERROR_INVALID_PARAMETER);
         return 0;
     }
-    const DatabaseUse use(Gathered::GoOn);
-    if (!use) {
-        SetLastError(ERROR_GEN_FAILURE);
-        return 0;
-    }
-    use->keepReading();
-    const RecordPointer before = open->pointer;
-    Seek seek(*use, *open);
-    const CEOID found = go(seek, *open, how, value);
-    noteStoreTrouble(Trouble::Reading, Troubled::Database, open->name(), seek.error());
-    if (index != nullptr && (found != 0 || open->pointer.from == RecordPointer::Behind)) {
-        *index = positionAfter(*use, *open, before, how, value);
-        if (found != 0)
-            open->known = {found, *index, storeState().recordsRemoved};
-    }
-    return found;
+    return withinMemory(Trouble::Reading, Troubled::Database, open->name(), CEOID{0}, [&] {
+        const DatabaseUse use(Gathered::GoOn);
+        if (!use) {
+            SetLastError(ERROR_GEN_FAILURE);
+            return CEOID{0};
+        }
+        use->keepReading();
+        const RecordPointer before = open->pointer;
+        Seek seek(*use, *open);
+        const CEOID found = go(seek, *open, how, value);
+        noteStoreTrouble(Trouble::Reading, Troubled::Database, open->name(), seek.error());
+        if (index != nullptr && (found != 0 || open->pointer.from == RecordPointer::Behind)) {
+            *index = positionAfter(*use, *open, before, how, value);
+            if (found != 0)
+                open->known = {found, *index, storeState().recordsRemoved};
+        }
+        return found;
+    });
 }

@@ -10,7 +10,6 @@
 #include "store_trouble.h"
 
 #include <memory>
-#include <new>
 
 using platform::database::Connection;
 using platform::database::DatabaseUse;
@@ -37,20 +36,20 @@ template <class Call>
 CEOID onHandle(HANDLE database, Trouble kind, Call call)
 {
     const auto open = platform::kernel::findHandle<OpenDatabase>(database);
-    const DatabaseUse use(Gathered::GoOn);
-    Outcome outcome;
-    try {
-        outcome = !open ? failed(ERROR_INVALID_PARAMETER) : !use ? failed(ERROR_GEN_FAILURE) : call(*use, *open);
+    const std::u16string_view name = open ? std::u16string_view(open->name()) : std::u16string_view();
+    return withinMemory(kind, Troubled::Database, name, CEOID{0}, [&] {
+        const DatabaseUse use(Gathered::GoOn);
+        const Outcome outcome = !open  ? failed(ERROR_INVALID_PARAMETER)
+                                : !use ? failed(ERROR_GEN_FAILURE)
+                                       : call(*use, *open);
         if (use && outcome.error != 0)
             (void)use->isGathering();  // a full disk may have undone all: now it is known that it was that
         if (open)
-            noteStoreTrouble(kind, Troubled::Database, open->name(), outcome.error);
-    } catch (const std::bad_alloc&) {
-        outcome = failed(ERROR_NOT_ENOUGH_MEMORY);
-    }
-    if (outcome.error != 0)
-        SetLastError(outcome.error);
-    return outcome.oid;
+            noteStoreTrouble(kind, Troubled::Database, name, outcome.error);
+        if (outcome.error != 0)
+            SetLastError(outcome.error);
+        return outcome.oid;
+    });
 }
 
 // The record at the pointer.
@@ -62,6 +61,8 @@ Found<RecordRow> currentRecord(Connection& connection, const OpenDatabase& open)
             return exact;
     }
     auto next = recordFrom(connection, open.database(), open.pointer.from);
+    if (!next.row && next.error == 0)
+        next.error = faultOfCount(connection, open.database());
     if (!next.row && next.error == 0)
         next.error = ERROR_NO_MORE_ITEMS;
     if (next.row && open.pointer.exact && !open.autoIncrement())
@@ -181,25 +182,30 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
     };
     if (oid == nullptr || sortProperty != 0 || (flags & ~CEDB_AUTOINCREMENT) != 0)
         return refuse(ERROR_INVALID_PARAMETER);
-    const auto used = DatabaseName::of(name);
     const bool byName = *oid == 0;
-    if (byName && !used)
-        return refuse(ERROR_INVALID_PARAMETER);
-    const DatabaseUse use(Gathered::GoOn);
-    if (!use)
-        return refuse(ERROR_GEN_FAILURE);
-    const auto found = byName ? databaseNamed(*use, *used) : databaseAfter(*use, *oid - 1, 0);
-    Opening opening{nullptr, found.error != 0 ? found.error : ERROR_FILE_NOT_FOUND};
-    if (found.row && (byName || *found.row == *oid))
-        opening = openDatabase(*use, *found.row, (flags & CEDB_AUTOINCREMENT) != 0);
-    if (!opening.database) {
-        noteStoreTrouble(Trouble::Reading, byName ? Troubled::Database : Troubled::DatabaseList,
-                         byName ? used->written : std::u16string(), opening.error);
-        return refuse(opening.error);
-    }
-    *oid = *found.row;
-    ++storeState().openHandles[*found.row];
-    return platform::kernel::addHandle(std::move(opening.database));
+    const auto written = byName && name != nullptr ? std::u16string_view(name) : std::u16string_view();
+    const Troubled what = byName ? Troubled::Database : Troubled::DatabaseList;
+    return withinMemory(Trouble::Reading, what, written, INVALID_HANDLE_VALUE, [&] {
+        const auto used = DatabaseName::of(name);
+        if (byName && !used)
+            return refuse(ERROR_INVALID_PARAMETER);
+        const DatabaseUse use(Gathered::GoOn);
+        if (!use)
+            return refuse(ERROR_GEN_FAILURE);
+        const auto found = byName ? databaseNamed(*use, *used) : databaseAfter(*use, *oid - 1, 0);
+        Opening opening{nullptr, found.error != 0 ? found.error : ERROR_FILE_NOT_FOUND};
+        if (found.row && (byName || *found.row == *oid))
+            opening = openDatabase(*use, *found.row, (flags & CEDB_AUTOINCREMENT) != 0);
+        if (!opening.database) {
+            noteStoreTrouble(Trouble::Reading, what, byName ? used->written : std::u16string(), opening.error);
+            return refuse(opening.error);
+        }
+        unsigned& handles = storeState().openHandles[*found.row];
+        const HANDLE handle = platform::kernel::addHandle(std::move(opening.database));
+        ++handles;
+        *oid = *found.row;
+        return handle;
+    });
 }
 
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes)

@@ -5,6 +5,7 @@
 
 #include "ce/error.h"
 
+#include <new>
 #include <string_view>
 
 namespace platform::store {
@@ -17,6 +18,22 @@ inline void noteStoreTrouble(Trouble kind, Troubled what, std::u16string_view na
 {
     if (error == ERROR_GEN_FAILURE || error == ERROR_DISK_FULL || error == ERROR_NOT_ENOUGH_MEMORY)
         kernel::noteTrouble(kind, what, name, error);
+}
+
+// The result of a call for which there may be too little memory: then `failed`, with 8.
+template <class Result, class Call>
+Result withinMemory(Trouble kind, Troubled what, std::u16string_view name, Result failed, Call call)
+{
+    try {
+        return call();
+    } catch (const std::bad_alloc&) {
+        try {
+            noteStoreTrouble(kind, what, name, ERROR_NOT_ENOUGH_MEMORY);
+        } catch (const std::bad_alloc&) {  // the caller is told all the same
+        }
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return failed;
+    }
 }
 
 }  // namespace platform::store

@@ -25,20 +25,16 @@ struct GivenUp {
     DWORD count;
 };
 
+// The path is the database's name between the root and the extension. A folder belongs to the name, so that
+// "sub\Target" is never taken for "Target".
 void NameOfPath(WCHAR (&name)[NameChars], const WCHAR* imagePath)
 {
-    CopyText(name, imagePath);
+    CopyText(name, *imagePath == u'\\' ? imagePath + 1 : imagePath);
     const std::size_t length = wcslen(name);
     name[length - std::min<std::size_t>(length, ExtensionChars)] = 0;
-    const WCHAR* start = name;
-    for (const WCHAR* at = name; *at; at++) {
-        if (*at == u'\\')
-            start = at + 1;
-    }
-    std::memmove(name, start, NameBytes(start));
 }
 
-// 0 if there is none of that name.
+// 0 with the last error if it can't be opened.
 CEOID FindDatabase(const WCHAR* name)
 {
     CEOID oid = 0;
@@ -47,12 +43,6 @@ CEOID FindDatabase(const WCHAR* name)
         return 0;
     CloseHandle(database);
     return oid;
-}
-
-// Whether a database can have that name.
-bool Serves(const WCHAR* name)
-{
-    return FindDatabase(name) != 0 || GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
 bool MayReplace(const WCHAR* name)
@@ -66,16 +56,19 @@ bool MayReplace(const WCHAR* name)
     return answer == IDYES;
 }
 
-// False if there is a database of that name and the user keeps it. None is asked for twice.
-bool GiveUp(GivenUp& givenUp, const WCHAR* name)
+// RestoreDone if nothing of that name is in the way any more. None is asked for twice.
+RestoreResult GiveUp(GivenUp& givenUp, const WCHAR* name)
 {
     const CEOID oid = FindDatabase(name);
+    // No database has a name that is refused.
+    if (oid == 0 && GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_INVALID_PARAMETER)
+        return RestoreFailed;
     if (oid == 0 || std::find(givenUp.oids, givenUp.oids + givenUp.count, oid) != givenUp.oids + givenUp.count)
-        return true;
+        return RestoreDone;
     if (!MayReplace(name))
-        return false;
+        return RestoreDeclined;
     givenUp.oids[givenUp.count++] = oid;
-    return true;
+    return RestoreDone;
 }
 
 // Made anew, or the one that couldn't be deleted. The store keeps no more than its own number of sort orders.
@@ -88,108 +81,137 @@ HANDLE MakeDatabase(const ImageHeader& header)
     return CeOpenDatabase(&oid, header.name, 0, CEDB_AUTOINCREMENT, nullptr);
 }
 
-void EmptyDatabase(HANDLE database)
+// From here on each step gives 0, or the error of what isn't restored.
+
+DWORD EmptyDatabase(HANDLE database)
 {
     for (;;) {
         WORD count = 1;
         BYTE* buffer = nullptr;
         DWORD bytes = 0;
         const CEOID oid = CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &buffer, &bytes);
-        if (oid != 0)
-            (void)CeDeleteRecord(database, oid);
         LocalFree(buffer);
         if (oid == 0)
-            return;
+            return GetLastError() == ERROR_NO_MORE_ITEMS ? 0 : GetLastError();
+        if (!CeDeleteRecord(database, oid))
+            return GetLastError();
     }
 }
 
-// Reads so many properties and makes a record of them, in one write: no kill leaves a part of it. False if the image
-// ends within them or they couldn't be written.
-bool RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* properties, WORD count)
+void StepOverProperties(ImageReader& reader, WORD count)
+{
+    while (count > 0 && StepOverProperty(reader))
+        count--;
+}
+
+// Reads so many properties and makes a record of them, in one write: no kill leaves a part of it.
+DWORD RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* properties, WORD count)
 {
     WORD read = 0;
     while (read < count && ReadProperty(reader, properties[read]))
         read++;
-    const bool written = read == count && CeWriteRecordProps(database, 0, count, properties) != 0;
+    DWORD error = 0;
+    if (read < count) {
+        error = reader.error;
+        StepOverProperties(reader, static_cast<WORD>(count - read - 1));
+    } else if (CeWriteRecordProps(database, 0, count, properties) == 0) {
+        error = GetLastError();
+    }
     std::for_each(properties, properties + read, FreeProperty);
-    return written;
+    return error;
 }
 
-// False if the record isn't there. Of one that has no properties nothing is made.
-bool RestoreRecord(ImageReader& reader, HANDLE database)
+// Of a record that has no properties nothing is made.
+DWORD RestoreRecord(ImageReader& reader, HANDLE database)
 {
     WORD count = 0;
     if (!ReadPropertyCount(reader, count))
-        return false;
+        return reader.error;
     if (count == 0)
-        return true;
+        return 0;
     if (count <= ImageProperties) {
         CEPROPVAL properties[ImageProperties];
         return RestoreProperties(reader, database, properties, count);
     }
     auto* properties = static_cast<CEPROPVAL*>(LocalAlloc(LMEM_FIXED, count * sizeof(CEPROPVAL)));
     if (!properties) {
-        while (count > 0 && StepOverProperty(reader))
-            count--;
-        return false;
+        StepOverProperties(reader, count);
+        return ERROR_NOT_ENOUGH_MEMORY;
     }
-    const bool restored = RestoreProperties(reader, database, properties, count);
+    const DWORD error = RestoreProperties(reader, database, properties, count);
     LocalFree(properties);
-    return restored;
+    return error;
 }
 
-// One record that can't be written costs only itself; the end of the image gives none any more.
-bool RestoreRecords(ImageReader& reader, HANDLE database, WORD records)
+// All of them, or all that can be: one that can't costs only itself.
+DWORD RestoreRecords(ImageReader& reader, HANDLE database, WORD records, bool allOrNone)
 {
-    bool all = true;
-    for (; records > 0; records--)
-        all &= RestoreRecord(reader, database);
-    return all;
+    DWORD first = 0;
+    for (; records > 0 && (first == 0 || !allOrNone); records--) {
+        const DWORD error = RestoreRecord(reader, database);
+        if (first == 0)
+            first = error;
+    }
+    return first;
 }
 
-BOOL FillDatabase(ImageReader& reader, const ImageHeader& header)
+DWORD FillDatabase(ImageReader& reader, const ImageHeader& header, bool allOrNone)
 {
     HANDLE database = MakeDatabase(header);
     if (database == INVALID_HANDLE_VALUE)
-        return FALSE;
-    EmptyDatabase(database);
-    const bool restored = RestoreRecords(reader, database, header.recordCount);
-    // What was written is on the disk only now.
-    return CloseHandle(database) && restored ? TRUE : FALSE;
+        return GetLastError();
+    DWORD error = EmptyDatabase(database);
+    if (error == 0)
+        error = RestoreRecords(reader, database, header.recordCount, allOrNone);
+    // What was written without an open change is on the disk only now.
+    if (!CloseHandle(database) && error == 0)
+        error = GetLastError();
+    return error;
 }
 
-BOOL RestoreFrom(HANDLE image, const WCHAR* bareName)
+// The old ones go only together with the coming of a whole new one.
+DWORD Replace(const GivenUp& givenUp, ImageReader& reader, const ImageHeader& header)
+{
+    if (!BeginStoreChange())
+        return GetLastError();
+    for (DWORD i = 0; i < givenUp.count; i++)
+        (void)CeDeleteDatabase(givenUp.oids[i]);
+    const DWORD error = FillDatabase(reader, header, true);
+    const BOOL ended = EndStoreChange(error == 0);
+    return error == 0 && !ended ? GetLastError() : error;
+}
+
+RestoreResult RestoreFrom(HANDLE image, const WCHAR* ownName)
 {
     GivenUp givenUp = {};
-    if (!GiveUp(givenUp, bareName))
-        return FALSE;
+    RestoreResult result = GiveUp(givenUp, ownName);
+    if (result != RestoreDone)
+        return result;
     ImageReader reader;
     ImageHeader header;
     StartImageReader(reader, image);
-    if (!ReadImageHeader(reader, header) || !GiveUp(givenUp, header.name))
-        return FALSE;
-    if (givenUp.count > 0) {
-        if (!Serves(header.name) || !StepOverRecords(reader, header.recordCount))
-            return FALSE;
-        StartImageReader(reader, image);
-        if (!ReadImageHeader(reader, header))
-            return FALSE;
+    if (!ReadImageHeader(reader, header)) {
+        SetLastError(reader.error);
+        return RestoreFailed;
     }
-    for (DWORD i = 0; i < givenUp.count; i++)
-        (void)CeDeleteDatabase(givenUp.oids[i]);
-    return FillDatabase(reader, header);
+    result = GiveUp(givenUp, header.name);
+    if (result != RestoreDone)
+        return result;
+    const DWORD error = givenUp.count > 0 ? Replace(givenUp, reader, header) : FillDatabase(reader, header, false);
+    SetLastError(error);
+    return error == 0 ? RestoreDone : RestoreFailed;
 }
 
 }  // namespace
 
-BOOL RestoreDatabase(const WCHAR* imagePath)
+RestoreResult RestoreDatabase(const WCHAR* imagePath)
 {
     HANDLE image = CreateFileW(imagePath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (image == INVALID_HANDLE_VALUE)
-        return FALSE;
-    WCHAR bareName[NameChars];
-    NameOfPath(bareName, imagePath);
-    const BOOL restored = RestoreFrom(image, bareName);
+        return RestoreFailed;
+    WCHAR ownName[NameChars];
+    NameOfPath(ownName, imagePath);
+    const RestoreResult result = RestoreFrom(image, ownName);
     CloseHandle(image);
-    return restored;
+    return result;
 }

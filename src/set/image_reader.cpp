@@ -43,6 +43,21 @@ std::uint64_t BytesLeft(const ImageReader& reader)
     return reader.filled - reader.next + reader.unread;
 }
 
+BOOL Fail(ImageReader& reader, DWORD error)
+{
+    if (reader.error == 0)
+        reader.error = error;
+    return FALSE;
+}
+
+// Where a value's place isn't known, nothing that follows may be taken for one.
+BOOL End(ImageReader& reader)
+{
+    reader.next = reader.filled;
+    reader.unread = 0;
+    return Fail(reader, ERROR_HANDLE_EOF);
+}
+
 // Fills the buffer anew once all of it is taken.
 void Refill(ImageReader& reader)
 {
@@ -51,9 +66,12 @@ void Refill(ImageReader& reader)
     const auto wanted = static_cast<DWORD>(std::min<std::uint64_t>(ImageBufferBytes, reader.unread));
     if (wanted == 0)
         return;
-    const BOOL read = ReadFile(reader.file, reader.buffer, wanted, &reader.filled, nullptr);
+    if (!ReadFile(reader.file, reader.buffer, wanted, &reader.filled, nullptr)) {
+        (void)Fail(reader, GetLastError());
+        reader.filled = 0;
+    }
     // What can't be read, and a file that has shrunk since it was measured, end here.
-    reader.unread = !read || reader.filled < wanted ? 0 : reader.unread - reader.filled;
+    reader.unread = reader.filled < wanted ? 0 : reader.unread - reader.filled;
 }
 
 // Takes `bytes` bytes, or as many as the file has; `target` null steps over them. Returns whether it had them all.
@@ -74,12 +92,6 @@ bool Take(ImageReader& reader, void* target, std::uint64_t bytes)
         bytes -= piece;
     }
     return true;
-}
-
-void EndReading(ImageReader& reader)
-{
-    reader.next = reader.filled;
-    reader.unread = 0;
 }
 
 template <class Value>
@@ -109,27 +121,53 @@ bool TakeSortSpecs(ImageReader& reader, ImageHeader& header)
     return true;
 }
 
-// The value of a text or blob: its size is in the file already.
-bool TakeSizedValue(ImageReader& reader, CEPROPVAL& property)
+// What a text or blob adds to a record's content.
+DWORD ContentOf(CEPROPID property, DWORD bytes)
 {
-    DWORD bytes = 0;
-    if (!TakeValue(reader, bytes) || bytes > BytesLeft(reader))
-        return false;
+    return IsText(property) ? std::max<DWORD>(bytes, sizeof(WCHAR)) - DWORD{sizeof(WCHAR)} : bytes;
+}
+
+// The value of a text or blob whose bytes the file has. 0, or why it isn't there: where that is no fault of the file,
+// nothing of it is taken.
+DWORD TakeSizedValue(ImageReader& reader, DWORD bytes, CEPROPVAL& property)
+{
+    const DWORD content = ContentOf(property.propid, bytes);
+    if (content > MaxRecordContent - reader.content)
+        return ERROR_GEN_FAILURE;
+    reader.content += content;
     const DWORD whole = IsText(property.propid) ? bytes & ~DWORD{1} : bytes;
     // Room for a NUL, whether or not the text brings its own.
     auto* block = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, std::size_t{whole} + sizeof(WCHAR)));
     if (!block)
-        return false;
+        return ERROR_NOT_ENOUGH_MEMORY;
     if (!Take(reader, block, whole) || !Take(reader, nullptr, bytes - whole)) {
         LocalFree(block);
-        return false;
+        return ERROR_HANDLE_EOF;
     }
     std::memset(block + whole, 0, sizeof(WCHAR));
     if (IsText(property.propid))
         property.val.lpwstr = reinterpret_cast<WCHAR*>(block);
     else
         property.val.blob = {whole, block};
-    return true;
+    return 0;
+}
+
+BOOL ReadSizedProperty(ImageReader& reader, CEPROPVAL& property)
+{
+    DWORD bytes = 0;
+    if (!TakeValue(reader, bytes) || bytes > BytesLeft(reader))
+        return End(reader);
+    const DWORD error = TakeSizedValue(reader, bytes, property);
+    if (error == ERROR_HANDLE_EOF)
+        return End(reader);
+    if (error == 0 && TakeValue(reader, property.wFlags))
+        return TRUE;
+    if (error == 0) {
+        FreeProperty(property);
+        return End(reader);
+    }
+    (void)Fail(reader, error);
+    return Take(reader, nullptr, std::uint64_t{bytes} + sizeof(WORD)) ? FALSE : End(reader);
 }
 
 }  // namespace
@@ -141,49 +179,50 @@ void StartImageReader(ImageReader& reader, HANDLE file)
     reader.filled = 0;
     reader.next = 0;
     reader.unread = 0;
-    if (GetFileInformationByHandle(file, &information) && SetFilePointer(file, 0, nullptr, FILE_BEGIN) == 0)
+    reader.content = 0;
+    reader.error = 0;
+    if (!GetFileInformationByHandle(file, &information) || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0)
+        (void)Fail(reader, GetLastError());
+    else
         reader.unread = (std::uint64_t{information.nFileSizeHigh} << 32) | information.nFileSizeLow;
 }
 
 BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header)
 {
     header = {};
-    const bool whole = TakeName(reader, header.name) && TakeValue(reader, header.type) &&
-                       TakeValue(reader, header.recordCount) && TakeValue(reader, header.sortCount) &&
-                       TakeSortSpecs(reader, header);
-    return whole ? TRUE : FALSE;
+    if (TakeName(reader, header.name) && TakeValue(reader, header.type) && TakeValue(reader, header.recordCount) &&
+        TakeValue(reader, header.sortCount) && TakeSortSpecs(reader, header))
+        return TRUE;
+    return BytesLeft(reader) > 0 ? Fail(reader, ERROR_GEN_FAILURE) : End(reader);
 }
 
 BOOL ReadPropertyCount(ImageReader& reader, WORD& count)
 {
-    return TakeValue(reader, count) ? TRUE : FALSE;
+    reader.content = 0;
+    return TakeValue(reader, count) ? TRUE : End(reader);
 }
 
 BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property)
 {
     std::memset(&property, 0, sizeof property);
+    if (!TakeValue(reader, property.propid))
+        return End(reader);
+    if (HasSize(property.propid))
+        return ReadSizedProperty(reader, property);
     // Every member of the union begins where it does, with the bytes of the file.
-    const bool value = TakeValue(reader, property.propid) &&
-                       (HasSize(property.propid) ? TakeSizedValue(reader, property)
-                                                 : Take(reader, &property.val, FixedBytes(property.propid)));
-    if (value && TakeValue(reader, property.wFlags))
-        return TRUE;
-    if (value)
-        FreeProperty(property);
-    // Where a value's place isn't known, nothing that follows may be taken for one.
-    EndReading(reader);
-    return FALSE;
+    const bool whole = Take(reader, &property.val, FixedBytes(property.propid)) && TakeValue(reader, property.wFlags);
+    return whole ? TRUE : End(reader);
 }
 
 BOOL StepOverProperty(ImageReader& reader)
 {
     CEPROPID property = 0;
     if (!TakeValue(reader, property))
-        return FALSE;
+        return End(reader);
     DWORD bytes = FixedBytes(property);
     if (HasSize(property) && !TakeValue(reader, bytes))
-        return FALSE;
-    return Take(reader, nullptr, std::uint64_t{bytes} + sizeof(WORD)) ? TRUE : FALSE;
+        return End(reader);
+    return Take(reader, nullptr, std::uint64_t{bytes} + sizeof(WORD)) ? TRUE : End(reader);
 }
 
 void FreeProperty(const CEPROPVAL& property)
@@ -192,18 +231,4 @@ void FreeProperty(const CEPROPVAL& property)
         LocalFree(property.val.lpwstr);
     else if (HasSize(property.propid))
         LocalFree(property.val.blob.lpb);
-}
-
-BOOL StepOverRecords(ImageReader& reader, WORD records)
-{
-    for (; records > 0; records--) {
-        WORD properties = 0;
-        if (!ReadPropertyCount(reader, properties))
-            return FALSE;
-        for (; properties > 0; properties--) {
-            if (!StepOverProperty(reader))
-                return FALSE;
-        }
-    }
-    return TRUE;
 }

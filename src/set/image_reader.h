@@ -23,6 +23,8 @@ struct ImageReader {
     DWORD filled;          // bytes in the buffer
     DWORD next;            // the first of them that isn't taken
     std::uint64_t unread;  // bytes of the file behind the buffer
+    DWORD content;         // bytes of texts and blobs that the record at hand has so far
+    DWORD error;           // of the first call that gave 0
 };
 
 struct ImageHeader {
@@ -36,19 +38,19 @@ struct ImageHeader {
 // Begins at the start of a file that is open for reading.
 void StartImageReader(ImageReader& reader, HANDLE file);
 
-// The fields before the first record. 0 if the file ends within them, for a name that is empty, longer than 260
-// characters, of half a character or without its NUL, and for more than ImageSortOrders: no record can be read then.
+// The fields before the first record. 0 if the file ends within them (38), and with 31 for a name that is empty, longer
+// than 260 characters, of half a character or without its NUL, and for more than ImageSortOrders: no record can be read
+// then.
 BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header);
 
-// A record is its number of properties, then the properties. Each call gives 0 where the file ends too early, and so
-// does every one that follows.
+// A record is its number of properties, then the properties. Each call gives 0 where the file ends too early (38) or
+// can't be read (the file call's error), and so does every one that follows.
 BOOL ReadPropertyCount(ImageReader& reader, WORD& count);
 
 // A text or blob comes in a block of LocalAlloc, for FreeProperty. A text always ends in a NUL; half a character at its
 // end is left out. Of a type that has no value in an image, `val` is all zeros. On 0 there is no block.
+// 0 also for a value for which there is no memory (8), and where the record's texts and blobs are more than a database
+// takes (31): that one is stepped over, and reading goes on behind it.
 BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property);
 BOOL StepOverProperty(ImageReader& reader);
 void FreeProperty(const CEPROPVAL& property);
-
-// Whether the file has all of that many records. Takes them all.
-BOOL StepOverRecords(ImageReader& reader, WORD records);

@@ -150,6 +150,7 @@ class DamagedStoreTest(ContentsTest):
                 ("UPDATE store_database SET folded = 'else' WHERE name = 'First'", f'database "First" {DAMAGED}', 2),
                 ("DROP TABLE store_sort_order", f"the list of databases {DAMAGED}", 1),
                 ("ALTER TABLE store_database RENAME TO gone", f"the list of databases {DAMAGED}", 1),
+                ("UPDATE store_database SET records = 2 WHERE name = 'First'", f'database "First" {DAMAGED}', 3),
                 (KEYS + deep, f"the registry {DAMAGED}", 2)):
             with self.subTest(sql=sql):
                 self.damage(sql)
@@ -162,6 +163,8 @@ class DamagedStoreTest(ContentsTest):
         self.assertIn(b"can't be read", self.device_tool("database", "list", self.device, code=1))
         self.damage("UPDATE store_database SET folded = 'else' WHERE name = 'First'")
         self.assertIn(b'"First" can\'t be read', self.device_tool("database", "export", self.device, "--name", "First", code=1))
+        self.damage("UPDATE store_database SET records = 2 WHERE name = 'First'")
+        self.assertIn(b'"First" can\'t be read', self.device_tool("database", "export", self.device, code=1))
         self.damage("DROP TABLE remembered_folder")
         self.assertIn("device remembers can't be read", self.quillbox("idle\n", code=1).stderr)
 
@@ -219,6 +222,14 @@ class FullDeviceTest(ContentsTest):
         rest = iter(lines(after(1, [big])).splitlines())
         self.assertTrue(all(line in rest for line in found), "a record is in the wrong place or another one")
         self.assertTrue(200 < len(found) < 3001, len(found))
+
+    def test_a_database_that_finds_no_room_leaves_the_one_that_it_would_replace(self):
+        old = database("Big", [[item(1, TEXT, "old")]])
+        self.fill([old])
+        write_set(self.stick, [database("Big", [[item(1, TEXT, f"{number:0300}")] for number in range(3000)])])
+        told = self.restore_with_room_for(400_000, 'answer "Database:*" yes\n' + RESTORE_DATABASES)
+        self.assertIn('database "Big" (the disk is full)', told)
+        self.assert_holds([old])
 
     def test_a_registry_that_finds_no_room_is_told(self):
         before = self.registry()

@@ -1,144 +1,13 @@
 // Databases into images and back: the format byte by byte, the questions, images in any state.
 
-#include "database_image.h"
+#include "image_fixture.h"
+#include "troubles.h"
 
-#include "name_space.h"
-#include "scripted_questions.h"
-#include "store_fixture.h"
+#include "device_database.h"
 
 #include "ce/dialog.h"
-#include "ce/file.h"
-
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <fstream>
-#include <sstream>
 
 namespace {
-
-namespace fs = std::filesystem;
-
-// "58 00" and the like.
-std::string hex(const std::string& digits)
-{
-    std::istringstream words(digits);
-    std::string bytes;
-    for (std::string word; words >> word;)
-        bytes += static_cast<char>(std::stoi(word, nullptr, 16));
-    return bytes;
-}
-
-std::string repeated(const std::string& piece, int times)
-{
-    std::string all;
-    for (; times > 0; --times)
-        all += piece;
-    return all;
-}
-
-// A database "Ab" of type 0x01020304 with one sort order and two records, of every type that has a value and one that
-// has none; the record that was made last comes first.
-const std::string goldenImage = hex("06 00 00 00  41 00 62 00 00 00"
-                                    " 04 03 02 01  02 00  01 00"
-                                    " 1F 00 02 00  01 00 00 00"
-                                    " 01 00  0B 00 09 00  07 00"
-                                    " 07 00"
-                                    " 02 00 01 00  FE FF  00 00"
-                                    " 12 00 02 00  FF FF  00 00"
-                                    " 03 00 03 00  00 00 00 80  01 00"
-                                    " 13 00 04 00  04 03 02 01  00 00"
-                                    " 1F 00 05 00  04 00 00 00  42 00 00 00  00 00"
-                                    " 40 00 06 00  01 00 00 00 02 00 00 00  00 00"
-                                    " 41 00 07 00  03 00 00 00  0A 00 0D  02 00");
-
-Records goldenRecords()
-{
-    return {{number(1, CEVT_I2, SHORT{-2}), number(2, CEVT_UI2, USHORT{0xFFFF}),
-             number(3, CEVT_I4, LONG{-2147483647 - 1}, 1), number(4, CEVT_UI4, ULONG{0x01020304}), text(5, u"B"),
-             number(6, CEVT_FILETIME, FILETIME{1, 2}), blob(7, std::string("\n\0\r", 3), 2)},
-            {number(9, CEVT_BOOL, BOOL{1}, 7)}};
-}
-
-Records reversed(Records records)
-{
-    std::reverse(records.begin(), records.end());
-    return records;
-}
-
-class DatabaseImageTest : public StoreTest {
-protected:
-    DatabaseImageTest()
-    {
-        gQuestions = {};
-        fs::create_directory(root());
-        EXPECT_TRUE(platform::file::addMount({.name = u"",
-                                              .folder = ::open(root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC),
-                                              .card = false,
-                                              .capacity = {}}));
-    }
-    ~DatabaseImageTest() override { platform::file::removeAllMounts(); }
-
-    [[nodiscard]] fs::path root() const { return folder_ / "object-store"; }
-
-    [[nodiscard]] std::string image(const std::string& name) const
-    {
-        std::stringstream content;
-        content << std::ifstream(root() / (name + ".CDB"), std::ios::binary).rdbuf();
-        return content.str();
-    }
-
-    // 1 or 0, as RestoreDatabase says.
-    [[nodiscard]] BOOL restore(const std::string& bytes, const std::string& name = "Ab") const
-    {
-        std::ofstream(root() / (name + ".CDB"), std::ios::binary) << bytes;
-        const std::u16string path = u"\\" + std::u16string(name.begin(), name.end()) + u".CDB";
-        const BOOL restored = RestoreDatabase(path.c_str());
-        EXPECT_EQ(image(name), bytes);
-        return restored;
-    }
-
-    static void makeGolden()
-    {
-        const SORTORDERSPEC order = {0x0002001F, 1};
-        ASSERT_NE(CeCreateDatabase(u"Ab", 0x01020304, 1, &order), 0U);
-        const HANDLE database = opened(u"Ab");
-        for (const Record& record : goldenRecords())
-            add(database, record);
-        CloseHandle(database);
-    }
-
-    // What is lost in an image: the values of types that have none there.
-    static Records goldenRestored()
-    {
-        Records records = reversed(goldenRecords());
-        records[0][0].value = std::string(4, '\0');
-        return records;
-    }
-
-    // Everything about a database but its oid and times.
-    static void expectGolden(const Records& records)
-    {
-        const CEDBASEINFO info = infoOf(u"Ab");
-        EXPECT_EQ(info.dwDbaseType, 0x01020304U);
-        EXPECT_EQ(info.wNumSortOrder, 1);
-        EXPECT_EQ(info.rgSortSpecs[0].propid, 0x0002001FU);
-        EXPECT_EQ(info.rgSortSpecs[0].dwFlags, 1U);
-        EXPECT_EQ(recordsOf(u"Ab"), records);
-    }
-
-    static void makeOld(const std::u16string& name)
-    {
-        create(name, 9);
-        const HANDLE database = opened(name);
-        add(database, {text(1, u"old")});
-        CloseHandle(database);
-    }
-    static bool isOld(const std::u16string& name)
-    {
-        return exists(name) && infoOf(name).dwDbaseType == 9 && recordsOf(name) == Records{{text(1, u"old")}};
-    }
-};
 
 TEST_F(DatabaseImageTest, ImageIsTheFormatByteForByteAndComesBack)
 {
@@ -161,7 +30,7 @@ TEST_F(DatabaseImageTest, ImageIsTheFormatByteForByteAndComesBack)
     close();
     fs::remove(folder_ / "device.db");
     open();
-    EXPECT_EQ(restore(goldenImage), 1);
+    EXPECT_EQ(restore(goldenImage), RestoreDone);
     EXPECT_TRUE(gQuestions.asked.empty());
     expectGolden(goldenRestored());
 }
@@ -182,14 +51,14 @@ TEST_F(DatabaseImageTest, EmptyOnesStayEmptyAndARecordWithoutPropertiesIsMadeOfN
                                     " 41 00 02 00  00 00 00 00  00 00");
     EXPECT_EQ(image("Ab"), head + hex("02 00  01 00  00 00 00 00 00 00 00 00") + records);
     gQuestions.yes = true;
-    EXPECT_EQ(restore(image("Ab")), 1);
+    EXPECT_EQ(restore(image("Ab")), RestoreDone);
     EXPECT_EQ(recordsOf(u"Ab"), (Records{{text(1, u""), blob(2, "")}}));
 }
 
 TEST_F(DatabaseImageTest, ExistingDatabaseGoesOnlyWithAYes)
 {
     makeOld(u"aB");
-    EXPECT_EQ(restore(goldenImage), 0);
+    EXPECT_EQ(restore(goldenImage), RestoreDeclined);
     EXPECT_TRUE(isOld(u"Ab"));
     EXPECT_EQ(gQuestions.asked, std::vector<std::u16string>{u"Database:Ab exists replace ?"});
     EXPECT_EQ(gQuestions.captionOfLast, u"Warning");
@@ -198,7 +67,7 @@ TEST_F(DatabaseImageTest, ExistingDatabaseGoesOnlyWithAYes)
     EXPECT_TRUE(gQuestions.waitCursor);
 
     gQuestions.yes = true;
-    EXPECT_EQ(restore(goldenImage), 1);
+    EXPECT_EQ(restore(goldenImage), RestoreDone);
     EXPECT_EQ(gQuestions.asked.size(), 2U);
     expectGolden(goldenRestored());
 
@@ -206,12 +75,12 @@ TEST_F(DatabaseImageTest, ExistingDatabaseGoesOnlyWithAYes)
     CeDeleteDatabase(CeFindNextDatabase(CeFindFirstDatabase(0)));
     makeOld(u"Ab");
     const HANDLE inUse = opened(u"Ab");
-    EXPECT_EQ(restore(goldenImage), 1);
+    EXPECT_EQ(restore(goldenImage), RestoreDone);
     CloseHandle(inUse);
     EXPECT_EQ(infoOf(u"Ab").dwDbaseType, 9U);
     EXPECT_EQ(recordsOf(u"Ab"), goldenRestored());
 
-    EXPECT_EQ(RestoreDatabase(u"\\nowhere.CDB"), 0);
+    EXPECT_EQ(RestoreDatabase(u"\\nowhere.CDB"), RestoreFailed);
     EXPECT_EQ(gQuestions.asked.size(), 3U);
 }
 
@@ -219,20 +88,34 @@ TEST_F(DatabaseImageTest, NameInTheImageEmptiesNoOtherDatabaseUnasked)
 {
     makeOld(u"Ab");
     makeOld(u"Path");
-    EXPECT_EQ(restore(goldenImage, "Free"), 0);
+    EXPECT_EQ(restore(goldenImage, "Free"), RestoreDeclined);
     EXPECT_EQ(gQuestions.asked, std::vector<std::u16string>{u"Database:Ab exists replace ?"});
     EXPECT_TRUE(isOld(u"Ab"));
     EXPECT_FALSE(exists(u"Free"));
 
     gQuestions = {};
     gQuestions.yes = true;
-    EXPECT_EQ(restore(goldenImage.substr(0, goldenImage.size() - 1), "Path"), 0);
+    EXPECT_EQ(restore(goldenImage.substr(0, goldenImage.size() - 1), "Path"), RestoreFailed);
     EXPECT_EQ(gQuestions.asked.size(), 2U);
     EXPECT_TRUE(isOld(u"Ab"));
     EXPECT_TRUE(isOld(u"Path"));
-    EXPECT_EQ(restore(goldenImage, "Path"), 1);
+    EXPECT_EQ(restore(goldenImage, "Path"), RestoreDone);
     EXPECT_FALSE(exists(u"Path"));
     expectGolden(goldenRestored());
+}
+
+// Both images are in one set where the device has the folder.
+TEST_F(DatabaseImageTest, NameWithAFolderIsNeverTakenForTheOneBehindIt)
+{
+    fs::create_directory(root() / "sub");
+    makeOld(u"Ab");
+    makeOld(u"sub\\Ab");
+    ASSERT_EQ(DumpDatabase(u"sub\\Ab"), 1);
+    gQuestions.yes = true;
+    EXPECT_EQ(RestoreDatabase(u"\\sub\\Ab.CDB"), RestoreDone);
+    EXPECT_EQ(gQuestions.asked, std::vector<std::u16string>{u"Database:sub\\Ab exists replace ?"});
+    EXPECT_TRUE(isOld(u"Ab"));
+    EXPECT_TRUE(isOld(u"sub\\Ab"));
 }
 
 TEST_F(DatabaseImageTest, ImageCutAtEveryByteLosesNoOldDatabaseAndMakesNoRecordOfIts)
@@ -242,7 +125,8 @@ TEST_F(DatabaseImageTest, ImageCutAtEveryByteLosesNoOldDatabaseAndMakesNoRecordO
     gQuestions.yes = true;
     for (std::size_t size = 0; size < goldenImage.size(); ++size) {
         SCOPED_TRACE(size);
-        ASSERT_EQ(restore(goldenImage.substr(0, size)), 0);
+        ASSERT_EQ(restore(goldenImage.substr(0, size)), RestoreFailed);
+        ASSERT_EQ(GetLastError(), ERROR_HANDLE_EOF);
         ASSERT_EQ(exists(u"Ab"), size >= headBytes);
         if (size >= headBytes) {
             const Records whole = {goldenRestored()[0]};
@@ -252,14 +136,14 @@ TEST_F(DatabaseImageTest, ImageCutAtEveryByteLosesNoOldDatabaseAndMakesNoRecordO
             ASSERT_TRUE(CeDeleteDatabase(oid));
         }
         makeOld(u"Ab");
-        ASSERT_EQ(restore(goldenImage.substr(0, size)), 0);
+        ASSERT_EQ(restore(goldenImage.substr(0, size)), RestoreFailed);
         ASSERT_TRUE(isOld(u"Ab"));
         CEOID oid = 0;
         CloseHandle(CeOpenDatabase(&oid, u"Ab", 0, 0, nullptr));
         ASSERT_TRUE(CeDeleteDatabase(oid));
     }
     // What stands behind the last record is no part of it.
-    EXPECT_EQ(restore(goldenImage + "more"), 1);
+    EXPECT_EQ(restore(goldenImage + "more"), RestoreDone);
     expectGolden(goldenRestored());
 }
 
@@ -275,7 +159,7 @@ class DamagedImageTest : public DatabaseImageTest, public testing::WithParamInte
 TEST_P(DamagedImageTest, CostsNoDatabaseAndNoMemory)
 {
     const Damage& damage = GetParam();
-    EXPECT_EQ(restore(damage.bytes), damage.usable ? 1 : 0);
+    EXPECT_EQ(restore(damage.bytes), damage.usable ? RestoreDone : RestoreFailed);
     if (damage.usable) {
         EXPECT_EQ(recordsOf(u"Ab"), damage.records);
         return;
@@ -288,7 +172,7 @@ TEST_P(DamagedImageTest, CostsNoDatabaseAndNoMemory)
     }
     makeOld(u"Ab");
     gQuestions.yes = true;
-    EXPECT_EQ(restore(damage.bytes), 0);
+    EXPECT_EQ(restore(damage.bytes), RestoreFailed);
     EXPECT_TRUE(isOld(u"Ab"));
 }
 
@@ -352,13 +236,13 @@ TEST_F(DatabaseImageTest, RecordOfMoreThan255PropertiesComesBackWholeOrNotAtAll)
     ASSERT_EQ(DumpDatabase(u"Ab"), 1);
     const std::string bytes = image("Ab");
     gQuestions.yes = true;
-    ASSERT_EQ(restore(bytes), 1);
+    ASSERT_EQ(restore(bytes), RestoreDone);
     EXPECT_EQ(recordsOf(u"Ab"), (Records{large, five[0]}));
 
     CEOID oid = 0;
     CloseHandle(CeOpenDatabase(&oid, u"Ab", 0, 0, nullptr));
     ASSERT_TRUE(CeDeleteDatabase(oid));
-    EXPECT_EQ(restore(bytes.substr(0, 34 + 2 + 8 * 300)), 0);
+    EXPECT_EQ(restore(bytes.substr(0, 34 + 2 + 8 * 300)), RestoreFailed);
     EXPECT_TRUE(recordsOf(u"Ab").empty());
 }
 
@@ -374,7 +258,7 @@ TEST_F(DatabaseImageTest, FortyThousandRecordsComeBackInImageOrder)
     CloseHandle(database);
     ASSERT_EQ(DumpDatabase(u"Ab"), 1);
     gQuestions.yes = true;
-    ASSERT_EQ(restore(image("Ab")), 1);
+    ASSERT_EQ(restore(image("Ab")), RestoreDone);
     EXPECT_EQ(infoOf(u"Ab").wNumRecords, 40000);
     EXPECT_EQ(recordsOf(u"Ab"), reversed(std::move(expected)));
 }
@@ -384,11 +268,41 @@ TEST_F(DatabaseImageTest, LongNameIsCutAlikeByQuestionAndStore)
     const std::string longName(200, 'n');
     std::string bytes = std::string("\x92\x01\0\0", 4) + repeated(std::string("n\0", 2), 200) + std::string(2, '\0') +
                         type + oneRecord + hex("01 00") + property;
-    EXPECT_EQ(restore(bytes, longName), 1);
+    EXPECT_EQ(restore(bytes, longName), RestoreDone);
     EXPECT_EQ(recordsOf(std::u16string(31, u'n')), five);
-    EXPECT_EQ(restore(bytes, longName), 0);
+    EXPECT_EQ(restore(bytes, longName), RestoreDeclined);
     ASSERT_EQ(gQuestions.asked.size(), 1U);
     EXPECT_NE(gQuestions.asked[0].find(std::u16string(200, u'n') + u" exists replace ?"), std::u16string::npos);
+}
+
+// What a bit that fell over in the database's own row makes of it.
+TEST_F(DatabaseImageTest, DatabaseThatCountsOtherRecordsThanItHasIsNoWholeOne)
+{
+    using namespace platform::kernel;
+    for (const std::string count : {"1", "3"}) {
+        SCOPED_TRACE(count);
+        const std::u16string name = u"counts " + std::u16string(count.begin(), count.end());
+        makeOld(name);
+        const HANDLE database = opened(name);
+        add(database, {text(1, u"second")});
+        CloseHandle(database);
+        {
+            const platform::database::DatabaseUse use;
+            ASSERT_EQ(
+                use->execute("UPDATE store_database SET records = " + count + " WHERE name = 'counts " + count + "'"),
+                platform::database::Step::Done);
+        }
+        const std::size_t before = troublesSoFar(Trouble::Reading, Troubled::Database).count;
+        EXPECT_EQ(DumpDatabase(name.c_str()), 0);
+        EXPECT_EQ(troublesSoFar(Trouble::Reading, Troubled::Database).count, before + 1);
+
+        const HANDLE reader = opened(name, CEDB_AUTOINCREMENT);
+        EXPECT_FALSE(read(reader).empty());
+        EXPECT_FALSE(read(reader).empty());
+        EXPECT_TRUE(read(reader).empty());
+        EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+        CloseHandle(reader);
+    }
 }
 
 TEST_F(DatabaseImageTest, ImageThatCanNotBeWrittenWholeIsNotThere)

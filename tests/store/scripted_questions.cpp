@@ -22,6 +22,8 @@ int MessageBoxW(HWND, const WCHAR* text, const WCHAR* caption, UINT type)
     gQuestions.captionOfLast = caption;
     gQuestions.typeOfLast = type;
     gQuestions.waitCursorAsked |= gQuestions.waitCursor;
+    if (gQuestions.answered)
+        gQuestions.answered();
     return gQuestions.yes ? IDYES : IDNO;
 }
 

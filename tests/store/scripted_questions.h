@@ -13,5 +13,6 @@ struct ScriptedQuestions {
     UINT typeOfLast = 0;
     bool waitCursor = true;        // now
     bool waitCursorAsked = false;  // it showed while a question stood
+    void (*answered)() = nullptr;  // called right behind each answer
 };
 extern ScriptedQuestions gQuestions;

@@ -63,6 +63,10 @@ inline constexpr DWORD CEDB_MAXDBASENAMELEN = 32;  // characters with the NUL
 inline constexpr WORD CEDB_MAXSORTORDER = 4;
 inline constexpr DWORD CEDB_MAXRECORDS = 0xFFFF;  // wNumRecords counts no further
 
+// Bytes that the texts, without their NULs, and the blobs of one record may have together. A device's own store holds a
+// hundredth of that in a record. It bounds the memory that a record from anywhere can ask for.
+inline constexpr DWORD MaxRecordContent = 16 * 1024 * 1024;
+
 // CEDBASEINFO.dwFlags: which fields are filled.
 inline constexpr DWORD CEDB_VALIDNAME = 1;
 inline constexpr DWORD CEDB_VALIDTYPE = 2;
@@ -157,7 +161,8 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 //   CEDB_SEEK_CURRENT    `value`, as a signed number, records on from where it stands
 // A step costs the same wherever the pointer stands; a far jump costs by its distance, and a position is
 // counted anew after a deletion.
-// 0 if no record is there: with 0 behind the last, where END 0 leads. With 25 past an end: towards the end it
+// 0 if no record is there: with 0 behind the last, where END 0 leads (with 31 if the database counts more or fewer
+// records than there are; it stands there all the same). With 25 past an end: towards the end it
 // stands behind the last, towards the beginning it stays. 87 another way, a handle that isn't open, an oid
 // that is no record of the database. 31.
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
@@ -168,16 +173,26 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 // The block `*buffer` of `*bytes` bytes gets the CEPROPVALs first, then their texts and blobs. With
 // CEDB_ALLOWREALLOC a block that is null or too small is replaced by one of LocalAlloc; free with LocalFree.
 // Returns the record's oid. 0 on failure, and the pointer stays: 259 behind the last, 1018 the record was
-// deleted (with CEDB_AUTOINCREMENT the following one is read instead), 232, 122 too small, 8, 87, 31.
+// deleted (with CEDB_AUTOINCREMENT the following one is read instead), 232, 122 too small, 8, 87, 31. Behind the last
+// it is 31 if the database counts more or fewer records than there are.
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes);
 
 // Writes properties into a record; with oid 0 into a new one, behind all others, which leaves the pointer
 // where it is. A property whose id is there already is replaced, one with CEDB_PROPDELETE is taken away; the
 // others stay. CEDB_PROPNOTFOUND, which a read may have left there, isn't stored. 0 on failure, and nothing is
-// changed: 87 no properties, a null text or blob, no such record; 112 no room, or a record beyond
-// CEDB_MAXRECORDS; 8, 31.
+// changed: 87 no properties, a null text or blob, more than MaxRecordContent, no such record; 112 no room, or a record
+// beyond CEDB_MAXRECORDS; 8, 31.
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
 // Nonzero on success. If the pointer stood there, it stands at the following record from then on.
 // 87 no such record in this database, 112, 31.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
+
+// No calls of a device's own store: the changes between them are one. Databases that are made or deleted and records
+// that are changed, through any handle, are on the disk when EndStoreChange(TRUE) has succeeded. Before, a kill leaves
+// all as it was; so does EndStoreChange(FALSE), and a failure, a full disk among them. What was opened meanwhile is
+// closed before the end, and nothing else of the device is changed.
+// Nonzero on success, for EndStoreChange(FALSE) always when a change is open. 87 one is open already, or none is; 112,
+// 8, 31.
+BOOL BeginStoreChange();
+BOOL EndStoreChange(BOOL kept);

@@ -1,0 +1,139 @@
+// image_fixture.h - an object store whose device has a root for images, and an image written by hand.
+#pragma once
+
+#include "database_image.h"
+
+#include "name_space.h"
+#include "scripted_questions.h"
+#include "store_fixture.h"
+
+#include "ce/file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+namespace fs = std::filesystem;
+
+// "58 00" and the like.
+inline std::string hex(const std::string& digits)
+{
+    std::istringstream words(digits);
+    std::string bytes;
+    for (std::string word; words >> word;)
+        bytes += static_cast<char>(std::stoi(word, nullptr, 16));
+    return bytes;
+}
+
+inline std::string repeated(const std::string& piece, int times)
+{
+    std::string all;
+    for (; times > 0; --times)
+        all += piece;
+    return all;
+}
+
+// A database "Ab" of type 0x01020304 with one sort order and two records, of every type that has a value and one that
+// has none; the record that was made last comes first.
+inline const std::string goldenImage = hex("06 00 00 00  41 00 62 00 00 00"
+                                           " 04 03 02 01  02 00  01 00"
+                                           " 1F 00 02 00  01 00 00 00"
+                                           " 01 00  0B 00 09 00  07 00"
+                                           " 07 00"
+                                           " 02 00 01 00  FE FF  00 00"
+                                           " 12 00 02 00  FF FF  00 00"
+                                           " 03 00 03 00  00 00 00 80  01 00"
+                                           " 13 00 04 00  04 03 02 01  00 00"
+                                           " 1F 00 05 00  04 00 00 00  42 00 00 00  00 00"
+                                           " 40 00 06 00  01 00 00 00 02 00 00 00  00 00"
+                                           " 41 00 07 00  03 00 00 00  0A 00 0D  02 00");
+
+inline Records goldenRecords()
+{
+    return {{number(1, CEVT_I2, SHORT{-2}), number(2, CEVT_UI2, USHORT{0xFFFF}),
+             number(3, CEVT_I4, LONG{-2147483647 - 1}, 1), number(4, CEVT_UI4, ULONG{0x01020304}), text(5, u"B"),
+             number(6, CEVT_FILETIME, FILETIME{1, 2}), blob(7, std::string("\n\0\r", 3), 2)},
+            {number(9, CEVT_BOOL, BOOL{1}, 7)}};
+}
+
+inline Records reversed(Records records)
+{
+    std::reverse(records.begin(), records.end());
+    return records;
+}
+
+class DatabaseImageTest : public StoreTest {
+protected:
+    DatabaseImageTest()
+    {
+        gQuestions = {};
+        fs::create_directory(root());
+        EXPECT_TRUE(platform::file::addMount({.name = u"",
+                                              .folder = ::open(root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC),
+                                              .card = false,
+                                              .capacity = {}}));
+    }
+    ~DatabaseImageTest() override { platform::file::removeAllMounts(); }
+
+    [[nodiscard]] fs::path root() const { return folder_ / "object-store"; }
+
+    [[nodiscard]] std::string image(const std::string& name) const
+    {
+        std::stringstream content;
+        content << std::ifstream(root() / (name + ".CDB"), std::ios::binary).rdbuf();
+        return content.str();
+    }
+
+    [[nodiscard]] RestoreResult restore(const std::string& bytes, const std::string& name = "Ab") const
+    {
+        std::ofstream(root() / (name + ".CDB"), std::ios::binary) << bytes;
+        const std::u16string path = u"\\" + std::u16string(name.begin(), name.end()) + u".CDB";
+        const RestoreResult restored = RestoreDatabase(path.c_str());
+        EXPECT_EQ(image(name), bytes);
+        return restored;
+    }
+
+    static void makeGolden()
+    {
+        const SORTORDERSPEC order = {0x0002001F, 1};
+        ASSERT_NE(CeCreateDatabase(u"Ab", 0x01020304, 1, &order), 0U);
+        const HANDLE database = opened(u"Ab");
+        for (const Record& record : goldenRecords())
+            add(database, record);
+        CloseHandle(database);
+    }
+
+    // What is lost in an image: the values of types that have none there.
+    static Records goldenRestored()
+    {
+        Records records = reversed(goldenRecords());
+        records[0][0].value = std::string(4, '\0');
+        return records;
+    }
+
+    // Everything about a database but its oid and times.
+    static void expectGolden(const Records& records)
+    {
+        const CEDBASEINFO info = infoOf(u"Ab");
+        EXPECT_EQ(info.dwDbaseType, 0x01020304U);
+        EXPECT_EQ(info.wNumSortOrder, 1);
+        EXPECT_EQ(info.rgSortSpecs[0].propid, 0x0002001FU);
+        EXPECT_EQ(info.rgSortSpecs[0].dwFlags, 1U);
+        EXPECT_EQ(recordsOf(u"Ab"), records);
+    }
+
+    static void makeOld(const std::u16string& name)
+    {
+        create(name, 9);
+        const HANDLE database = opened(name);
+        add(database, {text(1, u"old")});
+        CloseHandle(database);
+    }
+    static bool isOld(const std::u16string& name)
+    {
+        return exists(name) && infoOf(name).dwDbaseType == 9 && recordsOf(name) == Records{{text(1, u"old")}};
+    }
+};
