@@ -250,7 +250,7 @@ class DamagedInsideTest(InsideTest):
         done = subprocess.run([*limited, quillbox_set_test.TOOL, "extract", path, self.folder / "out"], capture_output=True,
                               text=True, check=False)
         self.assertEqual(done.returncode, 1, done.stderr)
-        self.assertIn("32 MiB", done.stdout)
+        self.assertIn("16 MiB", done.stdout)
         self.assertEqual(list((self.folder / "out").iterdir()), [])
 
 

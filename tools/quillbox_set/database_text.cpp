@@ -13,19 +13,15 @@ namespace quillbox_set {
 
 namespace {
 
-// A record is in memory whole, several times over while it becomes text. Far above what anybody keeps in one.
-constexpr std::uint64_t recordBytesLimit = std::uint64_t{32} * 1024 * 1024;
-
 // Records that are read at once, so that going backwards costs few seeks.
 constexpr std::uint64_t groupBytes = std::uint64_t{256} * 1024;
 
+// A record is in memory whole, several times over while it becomes text.
 std::string tooLargeRecord(const ImageReport& image)
 {
-    for (std::size_t record = 1; record < image.ends.size(); record++) {
-        if (image.ends[record] - image.ends[record - 1] > recordBytesLimit)
-            return "record " + std::to_string(record) + " of its image has more than 32 MiB: --raw takes it out";
-    }
-    return "";
+    return image.tooLarge == 0
+               ? ""
+               : "record " + std::to_string(image.tooLarge) + " of its image has more than 16 MiB: --raw takes it out";
 }
 
 std::size_t groupBefore(const ImageReport& image, std::size_t behind)

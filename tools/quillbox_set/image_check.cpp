@@ -108,10 +108,15 @@ private:
         if (!take(properties))
             return false;
         report_.emptyRecords = static_cast<WORD>(report_.emptyRecords + (properties == 0 ? 1 : 0));
+        content_ = 0;
         for (; properties > 0; properties--) {
             CEPROPID id = 0;
             if (!take(id) || !takeValue(LOWORD(id)) || !stream_.skip(sizeof(WORD)))
                 return false;
+        }
+        if (content_ > MaxRecordContent && report_.tooLarge == 0) {
+            report_.tooLarge = record_;
+            tell("record " + std::to_string(record_) + " of its image has more than 16 MiB, which no restore takes");
         }
         return true;
     }
@@ -129,12 +134,18 @@ private:
         case CEVT_FILETIME:
             return stream_.skip(sizeof(FILETIME));
         case CEVT_BLOB:
-            return take(bytes) && stream_.skip(bytes);
         case CEVT_LPWSTR:
-            return take(bytes) && takeText(bytes);
+            return take(bytes) && takeSizedValue(type, bytes);
         default:
             return true;
         }
+    }
+
+    bool takeSizedValue(WORD type, DWORD bytes)
+    {
+        const bool isText = type == CEVT_LPWSTR;
+        content_ += isText ? std::max<DWORD>(bytes, sizeof(WCHAR)) - sizeof(WCHAR) : bytes;
+        return isText ? takeText(bytes) : stream_.skip(bytes);
     }
 
     bool takeText(DWORD bytes)
@@ -161,6 +172,7 @@ private:
     UnpackedStream& stream_;
     ImageReport& report_;
     unsigned record_ = 0;
+    std::uint64_t content_ = 0;  // of the record's texts and blobs
 };
 
 }  // namespace

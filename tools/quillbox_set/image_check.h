@@ -22,6 +22,7 @@ struct ImageReport {
     // Where the head ends, and then each record that is there whole: offsets in the image.
     std::vector<std::uint64_t> ends;
     WORD emptyRecords = 0;
+    unsigned tooLarge = 0;  // the first record that no restore takes (MaxRecordContent), from 1; 0: none
 
     // The first thing that is wrong, the stream included; empty for a sound image.
     std::string fault;
