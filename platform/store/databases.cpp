@@ -36,6 +36,8 @@ DWORD faultOf(const Found<Row>& found, DWORD missing)
 Found<CEOID> makeDatabase(Connection& connection, const DatabaseName& name, DWORD type,
                           std::span<const SORTORDERSPEC> sortOrders)
 {
+    if (const DWORD error = faultOfChange(connection))
+        return {std::nullopt, error};
     const auto existing = databaseNamed(connection, name);
     if (existing.row || existing.error != 0)
         return {std::nullopt, existing.row ? ERROR_DUP_NAME : existing.error};
@@ -51,6 +53,8 @@ Found<CEOID> makeDatabase(Connection& connection, const DatabaseName& name, DWOR
 
 DWORD deleteDatabase(Connection& connection, CEOID oid)
 {
+    if (const DWORD error = faultOfChange(connection))
+        return error;
     Transaction transaction(connection);
     if (transaction.begun() != Step::Done)
         return errorOf(transaction.begun());

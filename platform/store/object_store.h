@@ -1,6 +1,8 @@
 // object_store.h - what the object store knows of itself while the process runs, and its end.
 #pragma once
 
+#include "connection.h"
+
 #include "ce/store.h"
 
 #include <cstdint>
@@ -23,6 +25,9 @@ struct StoreState {
     std::optional<std::unordered_map<CEOID, std::u16string>> misplaced;
 };
 [[nodiscard]] StoreState& storeState();
+
+// Before each change: 0, or why the change of several calls that it would be a part of has come to nothing already.
+[[nodiscard]] DWORD faultOfChange(database::Connection& connection);
 
 // Closes all handles on databases and walks, with what they gathered on the disk, and undoes a change that is open.
 // Before the device's database is closed.

@@ -67,8 +67,8 @@ DWORD OpenDatabase::beginChange(Connection& connection)
 
 DWORD OpenDatabase::joinChange(Connection& connection)
 {
-    if (!connection.isGathering())
-        return storeState().changeFault;
+    if (const DWORD error = faultOfChange(connection))
+        return error;
     if (joined_ == storeState().changes)
         return 0;
     const Step marked = markModified(connection, database_);

@@ -6,6 +6,7 @@
 #include "record_rows.h"
 #include "store_trouble.h"
 
+using platform::database::Connection;
 using platform::database::DatabaseUse;
 using platform::database::Gathered;
 using platform::database::Step;
@@ -32,6 +33,11 @@ BOOL fail(DWORD error)
 }
 
 }  // namespace
+
+DWORD platform::store::faultOfChange(Connection& connection)
+{
+    return storeState().changeIsOpen && !connection.isGathering() ? storeState().changeFault : 0;
+}
 
 BOOL BeginStoreChange()
 {

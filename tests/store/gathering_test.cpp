@@ -193,6 +193,45 @@ TEST_F(GatheringTest, ARecordThatFindsNoRoomCostsNoOther)
     EXPECT_TRUE(CloseHandle(again));
 }
 
+TEST_F(GatheringTest, ChangeOfSeveralCallsIsThereAsAWholeOrNotAtAll)
+{
+    create(u"A");
+    const auto change = [](bool lost) {
+        EXPECT_TRUE(BeginStoreChange());
+        EXPECT_FALSE(BeginStoreChange());
+        CEOID oid = 0;
+        CloseHandle(CeOpenDatabase(&oid, u"A", 0, 0, nullptr));
+        EXPECT_TRUE(CeDeleteDatabase(oid));
+        if (lost)  // as a full disk may do it
+            sql("ROLLBACK");
+        EXPECT_EQ(create(u"B") != 0, !lost);
+        if (lost)
+            return;
+        const HANDLE database = opened(u"B");
+        EXPECT_NE(add(database, {text(1, u"b")}), 0U);
+        EXPECT_TRUE(CloseHandle(database));
+    };
+    const auto left = [](const std::u16string& here, const std::u16string& gone) {
+        EXPECT_TRUE(exists(here));
+        EXPECT_FALSE(exists(gone));
+    };
+    inKilledProcess([&] { change(false); });
+    left(u"A", u"B");
+    change(false);
+    EXPECT_TRUE(EndStoreChange(FALSE));
+    left(u"A", u"B");
+    change(true);
+    EXPECT_FALSE(EndStoreChange(TRUE));
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    left(u"A", u"B");
+    change(false);
+    EXPECT_TRUE(EndStoreChange(TRUE));
+    inKilledProcess([] {});
+    left(u"B", u"A");
+    EXPECT_EQ(recordsOf(u"B"), Records{{text(1, u"b")}});
+    EXPECT_FALSE(EndStoreChange(TRUE));
+}
+
 TEST_F(GatheringTest, ThreadsWithHandlesOfTheirOwnLoseNoChange)
 {
     const std::u16string names[] = {u"A", u"B", u"A"};
