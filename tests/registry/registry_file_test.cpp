@@ -259,7 +259,7 @@ TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotTakeTheGoodOnesPlac
     EXPECT_FALSE(RegRestoreFile(u"\\cut.reg"));
     EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
     using namespace platform::kernel;
-    EXPECT_EQ(troublesSoFar(Trouble::Writing, Troubled::Registry).count, 1U);
+    EXPECT_EQ(troublesOf(Trouble::Writing, Troubled::Registry).size(), 1U);
     EXPECT_EQ(contentOf(beside("registry.refused")), good.substr(0, good.size() - 2));
     EXPECT_TRUE(fs::exists(store() / "cut.reg"));
     EXPECT_EQ(reopened(), "");

@@ -292,9 +292,9 @@ TEST_F(DatabaseImageTest, DatabaseThatCountsOtherRecordsThanItHasIsNoWholeOne)
                 use->execute("UPDATE store_database SET records = " + count + " WHERE name = 'counts " + count + "'"),
                 platform::database::Step::Done);
         }
-        const std::size_t before = troublesSoFar(Trouble::Reading, Troubled::Database).count;
+        const std::size_t before = troublesOf(Trouble::Reading, Troubled::Database).size();
         EXPECT_EQ(DumpDatabase(name.c_str()), 0);
-        EXPECT_EQ(troublesSoFar(Trouble::Reading, Troubled::Database).count, before + 1);
+        EXPECT_EQ(troublesOf(Trouble::Reading, Troubled::Database).size(), before + 1);
 
         const HANDLE reader = opened(name, CEDB_AUTOINCREMENT);
         EXPECT_FALSE(read(reader).empty());

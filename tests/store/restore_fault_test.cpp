@@ -59,9 +59,10 @@ TEST_F(RestoreFaultTest, FullDiskLeavesTheOldDatabaseWholeAndIsTold)
     }
     EXPECT_EQ(result, RestoreDone);
     EXPECT_GT(refused, 5);
-    const auto told = troublesSoFar(Trouble::Writing, Troubled::Database);
-    EXPECT_EQ(told.first, u"Ab");
-    EXPECT_EQ(told.error, ERROR_DISK_FULL);
+    const auto noted = troublesOf(Trouble::Writing, Troubled::Database);
+    ASSERT_FALSE(noted.empty());
+    EXPECT_EQ(noted.front().name, u"Ab");
+    EXPECT_EQ(noted.front().error, ERROR_DISK_FULL);
     EXPECT_EQ(recordsOf(u"Ab").size(), 3U);
 }
 
