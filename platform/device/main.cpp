@@ -8,6 +8,7 @@
 #include "resource_file.h"
 #include "script_run.h"
 #include "second_start.h"
+#include "standard_streams.h"
 #include "window_module.h"
 
 #include "ce/dialog.h"
@@ -129,12 +130,14 @@ int runByScript(const CommandLine& options)
     if (options.transcript)
         run.transcript = transcriptFile.is_open() ? static_cast<std::ostream*>(&transcriptFile) : &std::cout;
     std::istream& script = scriptFile.is_open() ? static_cast<std::istream&>(scriptFile) : std::cin;
-    return tellLeftOut(platform::headless::runScript(startProgram, script, run));
+    const int exitCode = tellLeftOut(platform::headless::runScript(startProgram, script, run));
+    if (transcriptFile.is_open() && !transcriptFile.flush())
+        return tell("the transcript \"" + *options.transcript + "\" can't be written.",
+                    exitCode == 0 ? Failed : exitCode);
+    return exitCode;
 }
 
-}  // namespace
-
-int main(int count, char** words)
+int run(int count, const char* const* words)
 {
     const auto parsed = platform::device::parseCommandLine(count, words);
     if (!parsed.options) {
@@ -144,4 +147,15 @@ int main(int count, char** words)
     if (!platform::resource::setResources(quillbox::embeddedResources()))
         return tell("the resources that are built in are damaged.", Failed);
     return parsed.options->script ? runByScript(*parsed.options) : runInWindow(*parsed.options);
+}
+
+}  // namespace
+
+int main(int count, char** words)
+{
+    platform::kernel::secureStandardStreams();
+    const int exitCode = run(count, words);
+    if (!platform::kernel::standardOutputIsWritten())
+        return tell("standard output can't be written.", exitCode == 0 ? Failed : exitCode);
+    return exitCode;
 }

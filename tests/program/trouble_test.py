@@ -9,6 +9,7 @@ import unittest
 
 from device_contents import (BACKUP, RESTORE, RESTORE_DATABASES, SET, TEXT, ContentsTest, after, database, independent_set, item,
                              lines, write_set)
+from host_trouble import unwritable_outputs
 from program import BIN, FULL_BACKUP, FULL_RESTORE, ProgramTest, options_script
 
 
@@ -52,6 +53,30 @@ class TroubleTest(ProgramTest):
         failed = self.quillbox('idle\ncommand 40009\nexpect text "nothing like it"\n', code=1)
         self.assertIn("line 3", failed.stderr)
         self.assertIn("Quillbox v1.0", failed.stderr)
+
+    def test_standard_streams_that_are_closed_or_full_are_told_and_never_a_file_of_the_device(self):
+        start = [BIN / "quillbox", "--device", self.device, "--script"]
+        script = self.base / "script"
+        script.write_text("idle\n")
+        self.quillbox("idle\n")
+        for name, output in unwritable_outputs():
+            for command in ([*start, script, "--transcript", "-"], [BIN / "quillbox", "--help"], [BIN / "quillbox", "--version"]):
+                with self.subTest(output=name, command=command):
+                    done = subprocess.run(command, stderr=subprocess.PIPE, **output)
+                    self.assertEqual((done.returncode, done.stderr), (1, b"quillbox: standard output can't be written.\n"))
+            self.assertEqual(subprocess.run([*start, script], **output).returncode, 0, "nothing was to be shown")
+        done = subprocess.run([*start, script, "--transcript", "/dev/full"], capture_output=True)
+        self.assertEqual((done.returncode, done.stderr), (1, b"quillbox: the transcript \"/dev/full\" can't be written.\n"))
+        done = subprocess.run([*start, "-"], capture_output=True, preexec_fn=lambda: os.close(0))
+        self.assertEqual((done.returncode, done.stderr), (2, b"the script can't be read\n"))
+        self.assertEqual((self.device / "device.lock").read_text(), "database\n")
+
+    def test_without_a_home_the_device_needs_a_name(self):
+        for places in ({}, {"HOME": ""}, {"HOME": "home", "XDG_DATA_HOME": "data"}):
+            done = subprocess.run([BIN / "quillbox", "--script", "-"], input=b"idle\n", capture_output=True, cwd=self.base, env=places)
+            self.assertEqual(done.returncode, 2, places)
+            self.assertIn(b"--device DIR names one", done.stderr)
+        self.assertEqual(os.listdir(self.base), ["device"])
 
     def test_full_card_keeps_every_source(self):
         for number in range(50):

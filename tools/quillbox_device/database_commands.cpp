@@ -14,6 +14,7 @@
 #include "ce/personal_databases.h"
 
 #include "host_name.h"
+#include "standard_streams.h"
 
 #include <algorithm>
 #include <iostream>
@@ -80,7 +81,6 @@ void listDatabases(const fs::path& device)
     const auto opened = openExisting(device);
     for (const StoredDatabase& database : storedDatabases())
         print(database);
-    finishPrinting();
 }
 
 void exportDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Form> form,
@@ -132,6 +132,8 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
         std::cerr << "quillbox-device: " << leftOut.sentence() << ".\n";
     if (leftOut.guesses() != 0)
         std::cerr << "quillbox-device: " << leftOut.guessSentence() << ".\n";
+    if (!platform::kernel::standardOutputIsWritten())
+        throw Failure("All of the file was imported, but standard output can't be written.");
 }
 
 }  // namespace quillbox_device

@@ -77,7 +77,6 @@ void show(const fs::path& device)
         print(database);
     if (fs::exists(fs::symlink_status(opened->folder() / "registry.refused")))
         std::cout << "registry.refused: a restored registry that was damaged and not put in force\n";
-    finishPrinting();
 }
 
 void init(const fs::path& device, bool demonstration)
@@ -94,7 +93,6 @@ void listCards(const fs::path& device)
     const auto opened = openExisting(device);
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
         print(folder);
-    finishPrinting();
 }
 
 void addCard(const fs::path& device, const std::string& name, const fs::path& folder,

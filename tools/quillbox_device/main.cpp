@@ -5,6 +5,7 @@
 #include "screen_text.h"
 
 #include "host_name.h"
+#include "standard_streams.h"
 
 #include <CLI/CLI.hpp>
 
@@ -108,7 +109,8 @@ void addDatabases(CLI::App& app, CommandLine& line)
 int run(int count, char** arguments)
 {
     CLI::App app("Looks into a device's folder and changes it. No Quillbox may have it open.\n"
-                 "Exit code: 0 done; 1 not done, and nothing was changed; 2 bad usage, or no such device or file.",
+                 "Exit code: 0 done; 1 not done, and nothing was changed (unless it says so); 2 bad usage, or no such "
+                 "device or file.",
                  "quillbox-device");
     app.set_version_flag("--version", "quillbox-device " QUILLBOX_VERSION);
     app.require_subcommand(1);
@@ -142,8 +144,12 @@ int tell(const std::exception& error, int exitCode)
 
 int main(int count, char** arguments)
 {
+    platform::kernel::secureStandardStreams();
     try {
-        return run(count, arguments);
+        const int exitCode = run(count, arguments);
+        if (!platform::kernel::standardOutputIsWritten())
+            throw Failure("Standard output can't be written.");
+        return exitCode;
     } catch (const Failure& failure) {
         return tell(failure, failure.exitCode());
     } catch (const std::exception& error) {

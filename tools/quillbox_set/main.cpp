@@ -8,6 +8,8 @@
 #include "set_folder.h"
 #include "verification.h"
 
+#include "standard_streams.h"
+
 #include <CLI/CLI.hpp>
 
 #include <filesystem>
@@ -130,9 +132,10 @@ int run(int count, char** arguments)
 
 int main(int count, char** arguments)
 {
+    platform::kernel::secureStandardStreams();
     try {
         const int exitCode = run(count, arguments);
-        if (!screen_text::allShown())
+        if (!platform::kernel::standardOutputIsWritten())
             throw std::runtime_error("standard output can't be written");
         return exitCode;
     } catch (const std::exception& error) {

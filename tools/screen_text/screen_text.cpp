@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iostream>
 
 namespace screen_text {
 
@@ -59,11 +58,6 @@ std::string linesOnScreen(std::u16string_view text, std::string_view indent)
 std::string counted(std::uint64_t number, std::string_view thing)
 {
     return std::to_string(number) + " " + std::string(thing) + (number == 1 ? "" : "s");
-}
-
-bool allShown()
-{
-    return std::cout.flush().good() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
 }
 
 }  // namespace screen_text

@@ -20,7 +20,4 @@ namespace screen_text {
 // "1 item", "2 items".
 [[nodiscard]] std::string counted(std::uint64_t number, std::string_view thing);
 
-// Whether all that was printed on standard output got there.
-[[nodiscard]] bool allShown();
-
 }  // namespace screen_text

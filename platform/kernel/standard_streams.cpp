@@ -1,0 +1,32 @@
+// standard_streams.cpp - see standard_streams.h.
+#include "standard_streams.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <iostream>
+
+namespace platform::kernel {
+
+void secureStandardStreams()
+{
+    for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free number is given, which is this one. A folder by its path alone is always there, and can
+        // neither be read nor written.
+        if (::fcntl(number, F_GETFD) < 0)
+            (void)::open("/", O_PATH | O_DIRECTORY);
+    }
+    // Without it a failed read is the end of std::cin.
+    std::ios::sync_with_stdio(false);
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        (void)std::signal(signal, SIG_IGN);
+}
+
+bool standardOutputIsWritten()
+{
+    return std::cout.flush().good() && std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+}
+
+}  // namespace platform::kernel
