@@ -70,6 +70,15 @@ std::chrono::milliseconds parseTimeout(const std::string& value)
     return std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
 }
 
+std::filesystem::path deviceFolder(const std::string& named)
+{
+    if (!named.empty())
+        return named;
+    if (auto usual = defaultDeviceFolder())
+        return *usual;
+    throw CLI::ValidationError("HOME names no folder, so the device has no usual place: --device DIR names one");
+}
+
 void refuseNameTwice(const std::vector<ExtraFolder>& extras)
 {
     for (auto extra = extras.begin(); extra != extras.end(); ++extra)
@@ -118,13 +127,13 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
         options.timeout = parseTimeout(timeout);
         if (device.empty() && named->count() > 0)
             refuseOption("--device", device, "names no folder");
+        options.device = deviceFolder(device);
     } catch (const CLI::ParseError& error) {
         std::ostringstream out;
         std::ostringstream errors;
         const bool fine = app.exit(error, out, errors) == 0;
         return {std::nullopt, fine ? out.str() : errors.str(), fine ? 0 : BadUsage};
     }
-    options.device = device.empty() ? defaultDeviceFolder() : std::filesystem::path(device);
     if (scripted->count() > 0)
         options.script = script;
     if (recorded->count() > 0)

@@ -271,15 +271,17 @@ OpenResult openDevice(const fs::path& folder, const std::vector<ExtraFolder>& ex
     return result;
 }
 
-fs::path defaultDeviceFolder()
+std::optional<fs::path> defaultDeviceFolder()
 {
     // The environment is read before any thread of the program starts.
     const char* data = std::getenv("XDG_DATA_HOME");  // NOLINT(concurrency-mt-unsafe)
     const char* home = std::getenv("HOME");           // NOLINT(concurrency-mt-unsafe)
-    // A relative path doesn't count, by the rules of that variable.
-    const fs::path base =
-        data != nullptr && *data == '/' ? fs::path(data) : fs::path(home ? home : "/") / ".local/share";
-    return base / "quillbox" / "device";
+    const fs::path device = fs::path("quillbox") / "device";
+    if (data != nullptr && *data == '/')
+        return fs::path(data) / device;
+    if (home != nullptr && *home == '/')
+        return fs::path(home) / ".local/share" / device;
+    return std::nullopt;
 }
 
 }  // namespace platform::device

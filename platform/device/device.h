@@ -47,7 +47,8 @@ struct OpenResult {
 [[nodiscard]] OpenResult openDevice(const std::filesystem::path& folder, const std::vector<ExtraFolder>& extras,
                                     bool demonstration);
 
-// $XDG_DATA_HOME/quillbox/device, or ~/.local/share/quillbox/device.
-[[nodiscard]] std::filesystem::path defaultDeviceFolder();
+// $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device. A variable whose path isn't absolute doesn't
+// count, by the rules of the first; nothing if neither does.
+[[nodiscard]] std::optional<std::filesystem::path> defaultDeviceFolder();
 
 }  // namespace platform::device

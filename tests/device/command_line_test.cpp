@@ -36,7 +36,7 @@ std::string refused(const std::vector<const char*>& words)
 TEST(CommandLineTest, NothingGivenMeansTheDefaultDeviceAndAWindow)
 {
     const CommandLine options = accepted({});
-    EXPECT_EQ(options.device, platform::device::defaultDeviceFolder());
+    EXPECT_EQ(options.device, platform::device::defaultDeviceFolder().value());
     EXPECT_TRUE(options.extras.empty());
     EXPECT_FALSE(options.script);
     EXPECT_FALSE(options.transcript);

@@ -122,15 +122,23 @@ TEST_F(FirstStartTest, WhatTheUserPutInMeanwhileIsNotTakenAway)
     EXPECT_TRUE(fs::exists(at("device/mine.txt")));
 }
 
-TEST_F(FirstStartTest, DefaultFolderFollowsTheDataHomeIfItIsAbsolute)
+TEST_F(FirstStartTest, DefaultFolderFollowsTheDataHomeAndElseTheHomeThatIsAbsolute)
 {
     setenv("HOME", "/home/someone", 1);
     setenv("XDG_DATA_HOME", "/data", 1);
     EXPECT_EQ(platform::device::defaultDeviceFolder(), "/data/quillbox/device");
     for (const char* useless : {"", "relative"}) {
         setenv("XDG_DATA_HOME", useless, 1);
+        setenv("HOME", "/home/someone", 1);
         EXPECT_EQ(platform::device::defaultDeviceFolder(), "/home/someone/.local/share/quillbox/device");
+        for (const char* home : {"", "relative"}) {
+            setenv("HOME", home, 1);
+            EXPECT_EQ(platform::device::defaultDeviceFolder(), std::nullopt);
+        }
     }
+    unsetenv("XDG_DATA_HOME");
+    unsetenv("HOME");
+    EXPECT_EQ(platform::device::defaultDeviceFolder(), std::nullopt);
 }
 
 }  // namespace

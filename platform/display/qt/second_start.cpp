@@ -69,7 +69,7 @@ bool isOwnFolder(const std::string& folder)
 std::optional<std::string> runtimeFolder()
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment
-    if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder && isOwnFolder(folder))
+    if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder && *folder == '/' && isOwnFolder(folder))
         return folder;
     std::string own = "/tmp/quillbox-" + std::to_string(::getuid());
     (void)::mkdir(own.c_str(), S_IRWXU);  // exists already? The check decides.
