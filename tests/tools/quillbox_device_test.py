@@ -10,6 +10,9 @@ import tempfile
 import time
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+from host_trouble import needs_strace, traced, unwritable_outputs
+
 TOOL = None
 HEAD = {"database": "All kinds", "type": 7, "sort": [{"property": 0x1001F, "flags": 2}, {"property": 0x20003, "flags": 0}]}
 RECORDS = [
@@ -147,12 +150,62 @@ class DeviceToolTest(unittest.TestCase):
         self.assertIn("Robin Vähä", self.everything()[1].decode("utf-16"))
 
     def test_what_cannot_be_printed_is_no_success(self):
-        with open("/dev/full", "wb") as full:
-            for command in (["show"], ["database", "list"], ["database", "export"]):
-                with self.subTest(command):
-                    self.run_tool("database", "import", self.device, "-", "--replace", given=lines())
-                    done = subprocess.run([TOOL, *command, self.device], stdout=full, stderr=subprocess.PIPE, check=False)
-                    self.assertEqual(done.returncode, 1, done.stderr)
+        made = self.file("in.jsonl", lines())
+        self.run_tool("card", "add", self.device, "Stick", self.folder)
+        for name, output in unwritable_outputs():
+            for command in (["database", "import", "--replace", self.device, made], ["show", self.device], ["--help"],
+                            ["database", "list", self.device], ["database", "export", self.device], ["card", "list", self.device],
+                            ["registry", "export", self.device], ["database", "export", self.device, "/dev/stdout"]):
+                with self.subTest(output=name, command=command):
+                    done = subprocess.run([TOOL, *command], stderr=subprocess.PIPE, check=False, **output)
+                    self.assertEqual(done.returncode, 1)
+                    self.assertRegex(done.stderr, rb"^quillbox-device: .*tandard output.* can't be written\.\n$")
+        self.assertEqual((self.device / "device.lock").read_text(), "database\n", "what was meant for the user")
+
+    def test_input_that_cannot_be_read_is_no_empty_file(self):
+        folder = os.open(self.folder, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        for command in (["database", "import", self.device, "-"], ["registry", "import", self.device, "-"]):
+            for stdin in ({"preexec_fn": lambda: os.close(0)}, {"stdin": folder}):
+                with self.subTest(command=command, stdin=stdin):
+                    done = subprocess.run([TOOL, *command], capture_output=True, check=False, **stdin)
+                    self.assertEqual(done.returncode, 1)
+                    self.assertRegex(done.stderr, rb'^quillbox-device: "-".* can\'t be read.*\. Nothing was imported\.\n$')
+
+    @needs_strace
+    def test_an_export_is_on_the_disk_and_a_flush_that_fails_leaves_the_old_file_or_none(self):
+        self.run_tool("database", "import", self.device, "-", given=lines())
+        out = self.folder / "out"
+        for command in (["database", "export"], ["registry", "export"]):
+            done = traced([TOOL, *command, self.device, out], "fsync,rename")
+            self.assertEqual((done.returncode, done.calls), (0, ["fsync", "rename", "fsync"]))
+            out.unlink()
+            with out.open("wb") as printed:
+                done = traced([TOOL, *command, self.device], "fsync", "fsync:error=EIO", capture_output=False, stdout=printed,
+                              stderr=subprocess.PIPE)
+                self.assertEqual(done.returncode, 1, done.stderr)
+            out.write_text("old")
+            for target, force in ((out, "--force"), (self.folder / "new", "--force")):
+                done = traced([TOOL, *command, self.device, target, force], "fsync", "fsync:error=EIO")
+                self.assertEqual((done.returncode, done.stderr.decode()), (1, f'quillbox-device: "{target}" can\'t be written.\n'))
+            self.assertEqual((out.read_text(), sorted(path.name for path in self.folder.iterdir())), ("old", ["device", "out"]))
+            done = traced([TOOL, *command, self.device, out, "--force"], "fsync", "fsync:error=EIO:when=2")
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(b"a power cut may lose it", done.stderr)
+            out.unlink()
+
+    @needs_strace
+    def test_an_import_that_cannot_be_put_on_the_disk_changes_nothing_also_not_at_the_next_start(self):
+        before = self.everything()
+        registry = self.file("in.reg", REGISTRY + "[HKEY_USERS\\new]\r\n", "utf-16-le")
+        for command in (["database", "import", self.device, self.file("in.jsonl", lines())], ["registry", "import", self.device, registry]):
+            # The second: a commit that fails, and a log of it that stays.
+            for injected in (["fsync,fdatasync:error=EIO"], ["fdatasync:error=EIO:when=2+", "unlink:error=EIO"]):
+                with self.subTest(command=command, injected=injected):
+                    done = traced([TOOL, *command], "fsync,fdatasync,unlink", *injected)
+                    self.assertEqual(done.returncode, 1)
+                    self.assertRegex(done.stderr, rb"^quillbox-device: .* can't be (written|closed)")
+                    self.assertEqual(self.everything(), before)
 
     def test_cards_are_remembered_and_forgotten(self):
         stick = self.folder / "stick"

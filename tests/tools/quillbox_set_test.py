@@ -15,6 +15,7 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 import independent_set
+from host_trouble import needs_strace, traced, unwritable_outputs
 from independent_set import DATABASE, FILE, REGISTRY, entry_bytes, image_bytes, pack_stream, registry_bytes
 
 TOOL = WRITER = None
@@ -143,22 +144,44 @@ class GoodSetTest(ToolTest):
         self.assertEqual(self.run_tool("extract", cut, out, "--keep-damaged").returncode, 1)
         self.assertEqual((out / "a").read_bytes(), b"newer")
 
+    @needs_strace
     def test_a_kill_leaves_the_old_file_or_none_and_never_half(self):
         path = Set().add(FILE, "\\deep\\a", os.urandom(300000)).write(self.folder)
-        target = self.folder / "out" / "deep" / "a"
+        out, target = self.folder / "out", self.folder / "out" / "deep" / "a"
 
         def killed(*more):
-            limit = (200000, 200000)  # writing further is the end
-            done = subprocess.run([TOOL, "extract", path, self.folder / "out", *more], capture_output=True,
-                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, limit))
-            self.assertEqual(done.returncode, -signal.SIGXFSZ)
+            done = traced([TOOL, "extract", path, out, *more], "pwrite64", "pwrite64:signal=KILL:when=2")
+            self.assertEqual(done.returncode, -signal.SIGKILL)
 
-        (self.folder / "out").mkdir()
         killed()
         self.assertFalse(target.exists())
         target.write_bytes(b"old")
         killed("--force")
         self.assertEqual(target.read_bytes(), b"old")
+
+    def test_a_limit_of_a_files_size_is_told_and_leaves_nothing_new(self):
+        path = Set().add(FILE, "\\sub\\deep\\a", os.urandom(300000)).add(FILE, "\\b", b"1").write(self.folder)
+        limit = (200000, 200000)
+        done = subprocess.run([TOOL, "extract", path, self.folder / "out"], capture_output=True, check=False,
+                              preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, limit))
+        self.assertEqual((done.returncode, done.stdout.decode().splitlines()[0]), (1, "file \\sub\\deep\\a: the disk is full"))
+        self.assertEqual([p.name for p in (self.folder / "out").iterdir()], ["b"])
+
+    def test_an_item_that_is_not_written_leaves_no_folders_behind(self):
+        damaged = Set().add(FILE, "\\sub\\deep\\a", stream=b"").add(FILE, "\\old\\new\\a", stream=pack_stream(b"x")[:-7])
+        (self.folder / "out" / "old").mkdir(parents=True)
+        self.assertEqual(self.run_tool("extract", damaged.write(self.folder), self.folder / "out").returncode, 1)
+        self.assertEqual([str(p.relative_to(self.folder)) for p in (self.folder / "out").rglob("*")], ["out/old"])
+
+    @needs_strace
+    def test_what_was_extracted_is_on_the_disk_and_a_flush_that_fails_is_told(self):
+        path = Set().add(FILE, "\\deep\\a", b"1").add(FILE, "\\b", b"2").add(DATABASE, "c").write(self.folder)
+        done = traced([TOOL, "extract", path, self.folder / "out"], "renameat2,syncfs")
+        self.assertEqual((done.returncode, done.calls), (0, ["renameat2"] * 3 + ["syncfs"]))
+        for form in ([], ["--json"]):
+            done = traced([TOOL, "extract", "--force", path, self.folder / "out", *form], "syncfs", "syncfs:error=EIO")
+            self.assertEqual((done.returncode, done.stderr.decode()),
+                             (1, "quillbox-set: what was written may be missing from the disk: Input/output error\n"))
 
     def test_names_in_small_letters_hide_a_set_or_a_file_of_another_case_passes_for_its_data(self):
         path = Set().add(FILE, "\\a", b"1").write(self.folder)
@@ -231,10 +254,13 @@ class GoodSetTest(ToolTest):
 
     def test_what_cannot_be_printed_is_no_success(self):
         path = Set().add(FILE, "\\a", b"1").write(self.folder)
-        with open("/dev/full", "wb") as full:
-            for command in (["list"], ["list", "--json"], ["verify"]):
-                done = subprocess.run([TOOL, *command, path], stdout=full, stderr=subprocess.PIPE, check=False)
-                self.assertEqual(done.returncode, 1, command)
+        for name, output in unwritable_outputs():
+            for command in (["list", path], ["list", "--json", path], ["list", self.folder], ["verify", path], ["--help"],
+                            ["extract", "--force", path, self.folder]):
+                with self.subTest(output=name, command=command):
+                    done = subprocess.run([TOOL, *command], stderr=subprocess.PIPE, check=False, **output)
+                    self.assertEqual((done.returncode, done.stderr), (1, b"quillbox-set: standard output can't be written\n"))
+        self.assertEqual((self.folder / "a").read_bytes(), b"1")
 
     def test_data_file_that_is_missing_is_a_fault(self):
         path = Set().add(FILE, "\\a", b"1").write(self.folder)

@@ -5,9 +5,6 @@
 #include "failure.h"
 #include "replacement.h"
 
-#include "descriptor.h"
-#include "screen_text.h"
-
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -22,19 +19,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A new file in the target's folder, under a name that nobody can have put a link in the place of. Empty if there can
-// be none.
-std::string madeBeside(const fs::path& target, mode_t mode)
+struct GrowingFile {
+    std::string path;
+    platform::device::Descriptor opened;
+};
+
+// A new file in the target's folder, under a name that nobody can have put a link in the place of. Not open if there
+// can be none.
+GrowingFile madeBeside(const fs::path& target, mode_t mode)
 {
     std::random_device random;
     for (int tries = 0; tries < 100; ++tries) {
         char name[24];
         (void)std::snprintf(name, sizeof name, ".%08x.part", static_cast<unsigned>(random()));
         const fs::path path = target.parent_path() / name;
-        const platform::device::Descriptor made(
+        platform::device::Descriptor made(
             ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
         if (made)
-            return path.string();
+            return {path.string(), std::move(made)};
         if (errno != EEXIST)
             break;
     }
@@ -90,10 +92,13 @@ Output::Output(const std::string& file, bool force) : target_(file)
         target_ = fs::canonical(file).string();
         replaced_ = found;
     }
-    if (!found || isFile)
+    if (!found || isFile) {
         growBesideTarget();
-    else
+    } else {
+        if (S_ISBLK(found->st_mode))
+            disk_ = platform::device::Descriptor(::open(file.c_str(), O_WRONLY | O_CLOEXEC));
         file_.open(file, std::ios::binary);
+    }
     if (!file_.is_open())
         throw Failure("\"" + file + "\" can't be written.");
 }
@@ -108,8 +113,10 @@ Output::~Output()
 // Until it has the rights of the file that it replaces, nobody else may look into it.
 void Output::growBesideTarget()
 {
-    growing_ = madeBeside(target_, replaced_ ? 0600 : 0666);
-    if (!growing_.empty())
+    GrowingFile growing = madeBeside(target_, replaced_ ? 0600 : 0666);
+    growing_ = growing.path;
+    disk_ = std::move(growing.opened);
+    if (disk_)
         file_.open(growing_, std::ios::binary | std::ios::trunc);
     std::error_code ignored;
     if (!file_.is_open())
@@ -118,27 +125,23 @@ void Output::growBesideTarget()
 
 void Output::finish()
 {
-    stream().flush();
-    bool good = stream().good();
-    if (file_.is_open()) {
+    const bool printed = !file_.is_open();
+    bool good = stream().flush().good();
+    if (!printed) {
         file_.close();
         good = good && file_.good();
     }
-    if (good && !growing_.empty()) {
-        good = (!replaced_ || takesRights(growing_, *replaced_)) && flushed(growing_);
-        if (good) {
-            fs::rename(growing_, target_);
-            growing_.clear();
-        }
-    }
-    if (!good)
-        throw Failure("\"" + target_ + "\" can't be written.");
-}
-
-void finishPrinting()
-{
-    if (!screen_text::allShown())
-        throw Failure("Standard output can't be written.");
+    good = good && (growing_.empty() || !replaced_ || takesRights(growing_, *replaced_));
+    const int disk = printed ? STDOUT_FILENO : disk_.get();
+    if (!good || (disk >= 0 && !flushed(disk)))
+        throw Failure((printed ? "Standard output" : "\"" + target_ + "\"") + " can't be written.");
+    if (growing_.empty())
+        return;
+    fs::rename(growing_, target_);
+    growing_.clear();
+    const fs::path folder = fs::path(target_).parent_path();
+    if (!flushed(folder.empty() ? fs::path(".") : folder))
+        throw Failure("\"" + target_ + "\" is written, but its folder can't be: a power cut may lose it.");
 }
 
 }  // namespace quillbox_device

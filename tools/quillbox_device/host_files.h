@@ -1,6 +1,8 @@
 // host_files.h - what a command reads from and writes to.
 #pragma once
 
+#include "descriptor.h"
+
 #include <fstream>
 #include <iostream>
 #include <optional>
@@ -20,9 +22,9 @@ private:
     std::ifstream file_;
 };
 
-// A new file of the host, or standard output for "-". It is there when finish() returns, and not before. It takes the
-// place of what a link leads to, with the rights of the file that it replaces. What is no file, such as a pipe or a
-// device, is written to.
+// A new file of the host, or standard output for "-". It is there, and on the disk, when finish() returns, and not
+// before. It takes the place of what a link leads to, with the rights of the file that it replaces. What is no file,
+// such as a pipe or a device, is written to.
 class Output {
 public:
     // Throws a Failure if there is a file to be replaced (or a disk), unless `force`, or if it can't be made.
@@ -32,6 +34,7 @@ public:
     ~Output();
 
     std::ostream& stream() { return file_.is_open() ? static_cast<std::ostream&>(file_) : std::cout; }
+    // Throws a Failure.
     void finish();
 
 private:
@@ -39,11 +42,9 @@ private:
 
     std::string target_;
     std::optional<struct stat> replaced_;
-    std::string growing_;  // empty if nothing grows, and when it is finished
+    std::string growing_;                // empty if nothing grows, and when it is finished
+    platform::device::Descriptor disk_;  // of the file that is written to, for its flush
     std::ofstream file_;
 };
-
-// At the end of a command that only prints. Throws a Failure if not all of it got out.
-void finishPrinting();
 
 }  // namespace quillbox_device

@@ -4,6 +4,7 @@
 
 #include "descriptor.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -35,6 +36,11 @@ bool flushed(const std::filesystem::path& path)
 {
     const auto flushed = opened(path);
     return flushed && ::fsync(flushed.get()) == 0;
+}
+
+bool flushed(int opened)
+{
+    return ::fsync(opened) == 0 || errno == EINVAL || errno == EROFS;
 }
 
 }  // namespace quillbox_device

@@ -14,4 +14,8 @@ namespace quillbox_device {
 // Puts a file or folder on the disk. False, and errno, if that fails.
 [[nodiscard]] bool flushed(const std::filesystem::path& path);
 
+// The same of what is open; a pipe and whatever else has no disk is no failure. Of a descriptor that was there before
+// the first write, so that the host tells of each write that failed.
+[[nodiscard]] bool flushed(int opened);
+
 }  // namespace quillbox_device

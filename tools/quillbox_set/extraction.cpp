@@ -15,6 +15,7 @@
 #include "registry_check.h"
 #include "screen_text.h"
 #include "stream_decoding.h"
+#include "written_disks.h"
 
 #include "ce/file.h"
 
@@ -22,6 +23,7 @@
 #include <cstdio>
 #include <iostream>
 #include <optional>
+#include <system_error>
 
 namespace quillbox_set {
 
@@ -44,6 +46,7 @@ public:
             wanted_.push_back({devicePath(name), false});
         if (options.json)
             list_.emplace(nlohmann::ordered_json::object(), "items");
+        disks_.note(u"\\");
     }
 
     int run()
@@ -52,6 +55,7 @@ public:
             extractWanted();
         else
             tellFault("the data file is missing or can't be opened");
+        flush();
         if (list_)
             list_->end({{"written", written_}, {"faults", faults_}});
         else
@@ -86,6 +90,12 @@ private:
             if (!wanted.found)
                 tellFault("the set has no item " + onScreen(wanted.pattern));
         }
+    }
+
+    void flush()
+    {
+        if (const int error = disks_.flush(); error != 0)
+            tellFault("what was written may be missing from the disk: " + std::generic_category().message(error));
     }
 
     void tellFault(const std::string& what)
@@ -165,11 +175,12 @@ private:
 
     // As it lies in the set. `damage` is what is known already.
     std::string copyTo(const std::u16string& path, const Item& item, const std::string& damage,
-                       std::optional<std::uint64_t>& bytes) const
+                       std::optional<std::uint64_t>& bytes)
     {
         GrowingFile target(path);
         if (!target.isOpen())
             return errorText(target.error());
+        disks_.note(path);
         const StreamFault fault =
             DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, writeRaw, &target);
         if (fault == StreamFault::StoppedBySink)
@@ -190,6 +201,7 @@ private:
     OpenFile data_;
     std::vector<Wanted> wanted_;
     NameSet targets_;  // written so far: names of databases that differ can have the same one
+    WrittenDisks disks_;
     std::optional<JsonList> list_;
     std::uint64_t written_ = 0;
     std::uint64_t faults_ = 0;

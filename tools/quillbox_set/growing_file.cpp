@@ -6,15 +6,32 @@
 
 #include "ce/file.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace quillbox_set {
 
 namespace {
 
-// Each folder above the last part. One that exists is no failure: the open decides.
-void makeFoldersOf(const std::u16string& path)
+// Each folder above the last part that is missing. One that can't be made is no failure: the open decides.
+std::vector<std::u16string> makeFoldersOf(const std::u16string& path)
 {
-    for (std::size_t end = path.find(u'\\', 1); end != std::u16string::npos; end = path.find(u'\\', end + 1))
-        (void)CreateDirectoryW(path.substr(0, end).c_str(), nullptr);
+    std::vector<std::u16string> made;
+    for (std::size_t end = path.find(u'\\', 1); end != std::u16string::npos; end = path.find(u'\\', end + 1)) {
+        if (CreateDirectoryW(path.substr(0, end).c_str(), nullptr))
+            made.push_back(path.substr(0, end));
+    }
+    return made;
+}
+
+void removeIfEmpty(const std::u16string& folder)
+{
+    const platform::file::HostPlace place = platform::file::resolvePath(folder);
+    if (place.error != 0 || place.isMount())
+        return;
+    const platform::file::ParentFolder parent(place);
+    if (parent.number() >= 0)
+        (void)::unlinkat(parent.number(), place.name(), AT_REMOVEDIR);
 }
 
 std::u16string pathBeside(const std::u16string& place)
@@ -24,12 +41,12 @@ std::u16string pathBeside(const std::u16string& place)
     return beside.size() < MAX_PATH ? beside : u"\\" + name;
 }
 
-OpenFile openNew(const std::u16string& path)
+OpenFile openNew(const std::u16string& path, std::vector<std::u16string>& madeFolders)
 {
     OpenFile file(path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
     if (file.isOpen() || GetLastError() != ERROR_PATH_NOT_FOUND)
         return file;
-    makeFoldersOf(path);
+    madeFolders = makeFoldersOf(path);
     return {path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW};
 }
 
@@ -42,7 +59,8 @@ DWORD move(const std::u16string& from, const std::u16string& to, bool replace)
 }  // namespace
 
 GrowingFile::GrowingFile(const std::u16string& place)
-    : path_(pathBeside(place)), file_(openNew(path_)), error_(file_.isOpen() ? ERROR_SUCCESS : GetLastError())
+    : path_(pathBeside(place)), file_(openNew(path_, madeFolders_)),
+      error_(file_.isOpen() ? ERROR_SUCCESS : GetLastError())
 {
     if (!file_.isOpen())
         path_.clear();
@@ -53,6 +71,8 @@ GrowingFile::~GrowingFile()
     (void)file_.close();
     if (!path_.empty())
         (void)DeleteFileW(path_.c_str());
+    for (; !madeFolders_.empty(); madeFolders_.pop_back())
+        removeIfEmpty(madeFolders_.back());
 }
 
 bool GrowingFile::write(std::span<const std::byte> bytes)
@@ -77,8 +97,10 @@ DWORD GrowingFile::moveTo(const std::u16string& path, bool replace)
     if (error_ != ERROR_SUCCESS)
         return error_;
     error_ = move(path_, path, replace);
-    if (error_ == ERROR_SUCCESS)
+    if (error_ == ERROR_SUCCESS) {
         path_.clear();
+        madeFolders_.clear();
+    }
     return error_;
 }
 

@@ -1,5 +1,6 @@
-// growing_file.h - a file that is written under a name that nobody knows, beside its place. It goes again unless it is
-// moved there when it is whole: neither half of an item nor a kill may cost what stood there.
+// growing_file.h - a file that is written under a name that nobody knows, beside its place. It goes again, with the
+// folders that were made for it, unless it is moved there when it is whole: neither half of an item nor a kill may cost
+// what stood there.
 #pragma once
 
 #include "set_files.h"
@@ -7,6 +8,7 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace quillbox_set {
 
@@ -32,6 +34,7 @@ public:
 
 private:
     std::u16string path_;  // empty without a file, and when that has its place
+    std::vector<std::u16string> madeFolders_;
     OpenFile file_;
     DWORD error_;
     std::uint64_t bytes_ = 0;
