@@ -94,7 +94,8 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
         throw Failure("The change can't be kept from others as the device's database is.");
     flush(changing);
     fs::rename(changing, database);
-    flush(database.parent_path());
+    if (!flushed(database.parent_path()))
+        throw Failure("The change is made, but the device's folder can't be written: a power cut may undo it.");
 }
 
 }  // namespace quillbox_device

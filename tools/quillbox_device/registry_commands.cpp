@@ -11,6 +11,18 @@ namespace quillbox_device {
 
 using platform::database::Step;
 
+namespace {
+
+std::size_t readFrom(Input& input, const std::string& file, std::span<std::byte> buffer)
+{
+    input.stream().read(reinterpret_cast<char*>(buffer.data()), static_cast<std::streamsize>(buffer.size()));
+    if (input.stream().bad())  // no end of the file: what came is undone
+        throw Failure("\"" + file + "\" can't be read. Nothing was imported.");
+    return static_cast<std::size_t>(input.stream().gcount());
+}
+
+}  // namespace
+
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force)
 {
     const auto opened = openExisting(device);
@@ -28,20 +40,17 @@ void importRegistry(const std::filesystem::path& device, const std::string& file
 {
     Input input(file);
     const auto opened = openExisting(device);
-    const auto read = platform::registry::readContent(
-        [&](std::span<std::byte> buffer) {
-            input.stream().read(reinterpret_cast<char*>(buffer.data()), static_cast<std::streamsize>(buffer.size()));
-            if (input.stream().bad())  // no end of the file: what came is undone
-                throw Failure("\"" + file + "\" can't be read. Nothing was imported.");
-            return static_cast<std::size_t>(input.stream().gcount());
-        },
-        platform::registry::Wholeness::Free, platform::registry::Unnamed::Kept);
-    if (read.step != Step::Done)
-        throw Failure(read.step == Step::Full ? "There is no room on the device's disk."
-                                              : "The device's registry can't be written.");
-    if (read.fault)
-        throw Failure("\"" + file + "\", line " + std::to_string(read.fault->line) + ": " + read.fault->what +
-                      ". Nothing was imported.");
+    changeAsAWhole(*opened, [&] {
+        const auto read =
+            platform::registry::readContent([&](std::span<std::byte> buffer) { return readFrom(input, file, buffer); },
+                                            platform::registry::Wholeness::Free, platform::registry::Unnamed::Kept);
+        if (read.step != Step::Done)
+            throw Failure(read.step == Step::Full ? "There is no room on the device's disk."
+                                                  : "The device's registry can't be written.");
+        if (read.fault)
+            throw Failure("\"" + file + "\", line " + std::to_string(read.fault->line) + ": " + read.fault->what +
+                          ". Nothing was imported.");
+    });
 }
 
 }  // namespace quillbox_device
