@@ -250,6 +250,7 @@ class GoodSetTest(ToolTest):
         self.assertIn(b"there is no set in the folder", self.run_tool("list", self.folder).stderr)
         self.assertEqual(self.run_tool("list", self.folder).returncode, 2)
         self.assertEqual(self.run_tool("--help").returncode, 0)
+        self.assertIn("no checksums", self.run_tool("verify", "--help").text, "what sound doesn't mean")
         self.assertIn(b"quillbox-set ", self.run_tool("--version").stdout)
 
     def test_what_cannot_be_printed_is_no_success(self):

@@ -109,8 +109,10 @@ class GoodInsideTest(InsideTest):
                           {"keys": 6, "values": 2}])
         path.with_suffix(".QDT").write_bytes(b"")
         self.assertEqual(self.run_tool("list", path).returncode, 0, "a quick list unpacks nothing")
-        items = json.loads(self.run_tool("list", path, "--inside", "--json").text)["items"]
-        self.assertEqual([item["inside"] for item in items], [None, None])
+        done = self.run_tool("list", path, "--inside", "--json")
+        self.assertEqual([item["inside"] for item in json.loads(done.text)["items"]], [None, None])
+        for options in (["--inside", "--json"], ["--inside"], ["--sizes", "--json"], ["--sizes"]):
+            self.assertEqual(self.run_tool("list", path, *options).returncode, 1, "what is damaged isn't listed in silence")
 
     def test_what_surprises_at_a_restore_is_a_warning_and_no_fault(self):
         for image, reason in [(image_bytes("Other", 26), '"Other"'), (image_bytes("x" * 32), "31 characters"),

@@ -48,37 +48,48 @@ void printLine(const std::string& kind, const std::string& packed, const std::op
     std::printf("%s\n", name.c_str());
 }
 
-void printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& options)
+// Both return whether everything that was unpacked is whole.
+bool printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     std::printf("%s\n", linesOnScreen(set.comment(), "").c_str());
     printLine("Kind", "Packed bytes", options.sizes ? std::optional("Bytes") : std::nullopt, "Name");
+    bool whole = true;
     Item item;
     while (set.next(item)) {
         std::optional<std::string> raw;
         if (options.sizes) {
             const auto bytes = rawBytes(data, item);
             raw = bytes ? std::to_string(*bytes) : "damaged";
+            whole &= bytes.has_value();
         }
         printLine(item.kindText(), std::to_string(item.packedBytes()), raw, onScreen(item.shownName()));
-        if (const std::string inside = options.inside ? lookInside(data, item).text : ""; !inside.empty())
-            std::printf("    %s\n", inside.c_str());
+        if (!options.inside)
+            continue;
+        const ItemInside inside = lookInside(data, item);
+        whole &= inside.fault.empty();
+        if (!inside.text.empty())
+            std::printf("    %s\n", inside.text.c_str());
     }
+    return whole;
 }
 
-void addInside(nlohmann::ordered_json& element, const OpenFile& data, const Item& item)
+// Returns whether it is whole.
+bool addInside(nlohmann::ordered_json& element, const OpenFile& data, const Item& item)
 {
     if (!item.isDatabase() && !item.isRegistry())
-        return;
+        return true;
     const ItemInside inside = lookInside(data, item);
     element["inside"] = inside.json;
     if (!inside.fault.empty())
         element["fault"] = inside.fault;
+    return inside.fault.empty();
 }
 
-void printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& options)
+bool printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     JsonList list({{"comment", platform::text::toUtf8(set.comment())}}, "items");
     Item item;
+    bool whole = true;
     std::uint64_t items = 0;
     while (set.next(item)) {
         nlohmann::ordered_json element = {{"kind", item.kindText()},
@@ -86,14 +97,16 @@ void printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& opt
                                           {"packedBytes", item.packedBytes()}};
         if (options.sizes) {
             const auto bytes = rawBytes(data, item);
+            whole &= bytes.has_value();
             element["bytes"] = bytes ? nlohmann::ordered_json(*bytes) : nlohmann::ordered_json(nullptr);
         }
         if (options.inside)
-            addInside(element, data, item);
+            whole &= addInside(element, data, item);
         list.add(element);
         items++;
     }
     list.end({{"count", items}});
+    return whole;
 }
 
 }  // namespace
@@ -108,10 +121,10 @@ int listSet(const MountedSet& files, const ListingOptions& options)
     const OpenFile data(files.dataPath, GENERIC_READ, OPEN_EXISTING);
     if (!data.isOpen())
         std::cerr << "quillbox-set: the data file is missing\n";
-    (options.json ? printAsJson : printAsText)(set, data, options);
+    const bool whole = (options.json ? printAsJson : printAsText)(set, data, options);
     if (set.readFailed())
         std::cerr << "quillbox-set: the list file couldn't be read to its end\n";
-    return data.isOpen() && !set.readFailed() ? exitGood : exitFaults;
+    return data.isOpen() && !set.readFailed() && whole ? exitGood : exitFaults;
 }
 
 }  // namespace quillbox_set

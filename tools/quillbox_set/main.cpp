@@ -100,6 +100,11 @@ int run(int count, char** arguments)
 
     CLI::App* verify = app.add_subcommand("verify", "checks everything that can be checked, and names each fault");
     addSet(*verify, line);
+    verify->footer(
+        "A set has no checksums. Sound means: every item unpacks to its end, and each database and the registry\n"
+        "can be read whole. A byte that has changed inside an item's content is found only where it breaks that,\n"
+        "which most changes of single bits don't. Only the source, or a checksum of the two files taken right after\n"
+        "the backup, tells whether the content is still the same.");
 
     CLI::App* take = app.add_subcommand("extract", "unpacks items into a folder");
     addSet(*take, line);
