@@ -221,12 +221,24 @@ class DeviceToolTest(unittest.TestCase):
         self.run_tool("card", "add", self.device, "my documents", self.folder)
         self.run_tool("card", "remove", self.device, "my documents")
         self.run_tool("card", "add", self.device, "Gone", self.folder / "none", code=1)
+        for capacity in ("-5", "9223372036854775808", "5k", ""):
+            done = subprocess.run([TOOL, "card", "add", self.device, "Full", self.folder, "--capacity=" + capacity],
+                                  capture_output=True, check=False)
+            self.assertEqual((done.returncode, done.stderr[:10]), (2, b"--capacity"))
         self.assertEqual(self.run_tool("card", "list", self.device), f"card    Stick = {stick}, 5000 bytes\n")
         self.assertIn("card    Stick", self.run_tool("show", self.device))
         self.run_tool("card", "remove", self.device, "Stick")
         self.run_tool("card", "remove", self.device, "Stick", code=1)
         self.assertEqual(self.run_tool("card", "list", self.device), "")
         self.assertEqual((stick / "a").read_text(), "abc")
+
+    @needs_strace
+    def test_what_stands_in_a_folder_that_cannot_be_read_is_not_taken_for_nothing(self):
+        (self.device / "object-store" / "closed").mkdir()
+        self.run_tool("show", self.device)
+        done = traced([TOOL, "show", self.device], "?access,?faccessat", "?access,?faccessat:error=EACCES")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"1 folder can't be read", done.stderr)
 
     def test_an_import_that_empties_a_database_says_nothing_of_it(self):
         def imported(text, *more):

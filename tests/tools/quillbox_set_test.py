@@ -216,6 +216,13 @@ class GoodSetTest(ToolTest):
                          {"sets": [{"list": str(path), "comment": "Hi"}, {"list": str(other), "comment": "one"}], "count": 2})
         self.assertFalse((self.folder / "out").exists())
 
+    @needs_strace
+    def test_a_folder_that_cannot_be_read_is_taken_for_one_without_sets(self):
+        Set().write(self.folder)
+        done = traced([TOOL, "list", self.folder], "getdents64", "getdents64:error=EIO")
+        self.assertEqual((done.returncode, done.stderr.decode()),
+                         (2, f"quillbox-set: this folder couldn't be read to its end: {self.folder}\n"))
+
     def test_nothing_that_could_be_unpacked_becomes_an_empty_file(self):
         damaged = Set().add(FILE, "\\empty", b"").add(FILE, "\\none", stream=b"")
         damaged.add(FILE, "\\magic", stream=pack_stream(b"x")[:5]).add(FILE, "\\x", stream=pack_stream(b"x")[:-7])

@@ -12,6 +12,8 @@
 
 #include <iostream>
 
+#include <unistd.h>
+
 namespace quillbox_device {
 
 namespace fs = std::filesystem;
@@ -33,13 +35,17 @@ void print(const ExtraFolder& folder)
 struct Held {
     std::uintmax_t files = 0;
     std::uintmax_t bytes = 0;
+    std::uintmax_t closedFolders = 0;  // that can't be looked into
 };
 
 Held heldIn(const fs::path& folder)
 {
     Held held;
     for (const auto& entry : fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
-        if (entry.symlink_status().type() != fs::file_type::regular)
+        const fs::file_type type = entry.symlink_status().type();
+        if (type == fs::file_type::directory && ::access(entry.path().c_str(), R_OK | X_OK) != 0)
+            ++held.closedFolders;
+        if (type != fs::file_type::regular)
             continue;
         ++held.files;
         std::error_code gone;
@@ -49,10 +55,12 @@ Held heldIn(const fs::path& folder)
     return held;
 }
 
-void printHeld(const std::string& what, const fs::path& folder)
+// Returns how many folders it couldn't look into.
+std::uintmax_t printHeld(const std::string& what, const fs::path& folder)
 {
     const Held held = heldIn(folder);
     std::cout << onScreen(what) << ": " << held.files << " files, " << held.bytes << " bytes\n";
+    return held.closedFolders;
 }
 
 // What stands in the object store under the name of a card or folder is hidden by that.
@@ -67,16 +75,19 @@ bool holdsName(const fs::path& objectStore, const std::string& name)
 void show(const fs::path& device)
 {
     const auto opened = openExisting(device);
-    printHeld("object store", opened->folder() / "object-store");
+    std::uintmax_t closedFolders = printHeld("object store", opened->folder() / "object-store");
     for (const auto& entry : fs::directory_iterator(opened->folder() / "cards"))
         if (entry.symlink_status().type() == fs::file_type::directory)
-            printHeld("card " + entry.path().filename().string(), entry.path());
+            closedFolders += printHeld("card " + entry.path().filename().string(), entry.path());
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
         print(folder);
     for (const StoredDatabase& database : storedDatabases())
         print(database);
     if (fs::exists(fs::symlink_status(opened->folder() / "registry.refused")))
         std::cout << "registry.refused: a restored registry that was damaged and not put in force\n";
+    if (closedFolders != 0)
+        throw Failure(screen_text::counted(closedFolders, "folder") +
+                      " can't be read: what is in there isn't counted.");
 }
 
 void init(const fs::path& device, bool demonstration)

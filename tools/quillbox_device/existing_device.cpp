@@ -79,7 +79,9 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
     if (fs::exists(database.string() + "-wal"))
         throw Failure("The device's database \"" + database.string() + "\" can't be closed.");
     const Copy copy(database);
-    fs::copy_file(database, changing);
+    std::error_code error;
+    if (!fs::copy_file(database, changing, error))
+        throw Failure("A copy of the device's database can't be written: " + error.message() + ".");
     std::string sentence;
     if (!platform::registry::openRegistry(changing, sentence))
         throw Failure(sentence);

@@ -9,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <iostream>
 #include <sstream>
 
@@ -36,6 +37,15 @@ std::optional<Form> formOf(const CommandLine& line)
     return line.form.empty() ? std::nullopt : database_forms::formNamed(line.form);
 }
 
+// The library would take a number below 0 for a large one. Nothing if it is a number that a device can remember.
+std::string capacityFault(const std::string& text)
+{
+    std::int64_t bytes = -1;
+    const char* const end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, bytes);
+    return error == std::errc() && stopped == end && bytes >= 0 ? "" : "\"" + text + "\" is not a number of bytes";
+}
+
 CLI::App* addCommand(CLI::App& parent, CommandLine& line, const char* name, const char* what)
 {
     CLI::App* command = parent.add_subcommand(name, what);
@@ -52,7 +62,7 @@ void addCards(CLI::App& app, CommandLine& line)
     CLI::App* add = addCommand(*card, line, "add", "adds one");
     add->add_option("NAME", line.name, "its name on the device, one that nothing in its root has")->required();
     add->add_option("DIR", line.folder, "the folder")->required();
-    add->add_option("--capacity", line.capacity, "bytes that it may hold");
+    add->add_option("--capacity", line.capacity, "bytes that it may hold")->check(capacityFault);
     add->add_flag("--folder", line.plainFolder, "a plain folder, not a card");
     add->callback([&line] { addCard(line.device, line.name, line.folder, line.capacity, line.plainFolder); });
     CLI::App* remove = addCommand(*card, line, "remove", "forgets one; what is in the folder stays");

@@ -26,27 +26,30 @@ namespace fs = std::filesystem;
 constexpr std::string_view FolderOfSets = "QUILBOX";
 constexpr std::size_t MostNamed = 10;  // in a sentence
 
-std::vector<std::string> namesIn(const fs::path& folder)
+std::vector<std::string> namesIn(const fs::path& folder, bool& readFailed)
 {
     std::vector<std::string> names;
     std::error_code error;
     for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator();
          entry.increment(error))
         names.push_back(entry->path().filename().string());
+    readFailed = static_cast<bool>(error);
     std::ranges::sort(names);
     return names;
 }
 
 SetFolder setsOf(const fs::path& folder)
 {
-    SetFolder found{folder.string(), namesIn(folder)};
+    SetFolder found{folder.string(), {}};
+    found.lists = namesIn(folder, found.readFailed);
     std::erase_if(found.lists, [](const std::string& name) { return !isListFile(name); });
     return found;
 }
 
 std::string noSet(const SetFolder& folder)
 {
-    return "there is no set in the folder " + onScreen(folder.path);
+    return (folder.readFailed ? "this folder couldn't be read to its end: " : "there is no set in the folder ") +
+           onScreen(folder.path);
 }
 
 std::u16string firstLine(std::u16string_view comment)
@@ -64,9 +67,10 @@ std::optional<SetFolder> findSets(const std::string& argument)
     SetFolder own = setsOf(argument);
     if (!own.lists.empty())
         return own;
-    for (const std::string& name : namesIn(argument)) {
-        if (SetFolder inner = setsOf(fs::path(argument) / name);
-            isSameWithoutCase(name, FolderOfSets) && !inner.lists.empty())
+    for (const std::string& name : namesIn(argument, own.readFailed)) {
+        if (!isSameWithoutCase(name, FolderOfSets))
+            continue;
+        if (SetFolder inner = setsOf(fs::path(argument) / name); inner.readFailed || !inner.lists.empty())
             return inner;
     }
     return own;
@@ -86,13 +90,15 @@ int listSets(const SetFolder& folder, bool json)
     std::optional<JsonList> list;
     if (json)
         list.emplace(nlohmann::ordered_json::object(), "sets");
-    int code = exitGood;
+    int code = folder.readFailed ? exitFaults : exitGood;
+    if (folder.readFailed)
+        std::cerr << "quillbox-set: this folder couldn't be read to its end: " << onScreen(folder.path) << "\n";
     for (const std::string& name : folder.lists) {
         const std::string path = (fs::path(folder.path) / name).string();
         mounted->listPath = u"\\" + mounted->folder + u"\\" + platform::text::toDeviceName(name);
         const ListedSet set(*mounted);
-        if (!set.isOpen()) {
-            std::cerr << "quillbox-set: the list file can't be opened: " << onScreen(path) << "\n";
+        if (!set.isOpen() || set.readFailed()) {
+            std::cerr << "quillbox-set: the list file can't be read: " << onScreen(path) << "\n";
             code = exitFaults;
             continue;
         }

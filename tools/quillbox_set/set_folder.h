@@ -10,6 +10,7 @@ namespace quillbox_set {
 struct SetFolder {
     std::string path;
     std::vector<std::string> lists;  // names of list files, sorted
+    bool readFailed = false;         // there may be more
 };
 
 // The sets of the folder itself; if it has none, those of the folder QUILBOX in it. Nothing if `argument` is no folder.
