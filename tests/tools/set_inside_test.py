@@ -77,7 +77,8 @@ class GoodInsideTest(InsideTest):
                          {"Tasks.CDB": IMAGE, "registry.reg-image": REGISTRY_TEXT})
 
     def test_values_and_records_across_the_blocks_of_a_stream_come_out_whole(self):
-        blob, text = bytes(range(256)) * 1200, "wide \u4e16 " * 60000
+        # Characters of two units lie across each even place.
+        blob, text = bytes(range(256)) * 1200, "\u4e16\"" + "wide \U0001F600" * 60000
         records = [[(0x10003, number)] for number in range(40000)] + [[(0x10041, blob), (0x1001F, text)], []]
         found = lines_of(self.extracted(self.set_of(image_bytes("Tasks", 0, [], records)))["Tasks.jsonl"])
         self.assertEqual([line["record"][0]["value"] for line in found[1:40001]], list(range(40000)))
@@ -254,6 +255,16 @@ class DamagedInsideTest(InsideTest):
         self.assertEqual(done.returncode, 1, done.stderr)
         self.assertIn("16 MiB", done.stdout)
         self.assertEqual(list((self.folder / "out").iterdir()), [])
+        # As text a value takes up to nine times the room; in memory it is there once.
+        whole = head[:-4] + struct.pack("<I", 200 * 131072)
+        blob = pack_stream(whole)[:-7] + zeros * 200 + pack_stream(b"\0\0")[5:]
+        text = pack_stream(image_bytes("Tasks", 0, [], [[(0x1001F, "\ud800" * 4_000_000)]]))
+        for stream, size in ((blob, 2 * 200 * 131072), (text, 6 * 4_000_000)):
+            path = Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
+            done = subprocess.run([*limited, quillbox_set_test.TOOL, "extract", "--force", path, self.folder / "out"],
+                                  capture_output=True, text=True, check=False)
+            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+            self.assertGreater((self.folder / "out" / "Tasks.jsonl").stat().st_size, size - 100)
 
 
 def pack_zeros():

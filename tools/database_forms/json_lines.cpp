@@ -9,6 +9,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 
 namespace database_forms {
 
@@ -82,10 +83,13 @@ void JsonLinesWriter::begin(const DatabaseHead& head)
 
 void JsonLinesWriter::add(std::span<const CEPROPVAL> properties)
 {
-    Json record{{"record", Json::array()}};
-    for (const CEPROPVAL& property : properties)
-        record["record"].push_back(toJson(property));
-    out_ << record.dump() << '\n';
+    out_ << R"({"record":[)";
+    const char* comma = "";
+    for (const CEPROPVAL& property : properties) {
+        out_ << std::exchange(comma, ",");
+        writeJson(out_, property);
+    }
+    out_ << "]}\n";
 }
 
 void readJsonLines(LineReader& lines, DatabaseTarget& target)

@@ -8,9 +8,12 @@
 
 #include "host_name.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <optional>
+#include <ostream>
 #include <string_view>
 
 namespace database_forms {
@@ -27,14 +30,79 @@ const std::string& textIn(const Json& json, const char* what)
     return *text;
 }
 
-void putText(Json& json, const WCHAR* text)
+// Takes a piece off the front that is no half of a character where the text is none. So a text that fills the memory is
+// in it once.
+std::u16string_view takePiece(std::u16string_view& text)
 {
-    const std::u16string_view units(text);
-    std::string utf8 = platform::text::toUtf8(units);
-    if (platform::text::fromUtf8(utf8) == units)
-        json["value"] = std::move(utf8);
-    else
-        json["units"] = std::vector<std::uint16_t>(units.begin(), units.end());
+    constexpr std::size_t PieceUnits = 4096;
+    std::size_t units = std::min(PieceUnits, text.size());
+    if (units < text.size() && (text[units - 1] & 0xFC00) == 0xD800)
+        units--;
+    const std::u16string_view piece = text.substr(0, units);
+    text.remove_prefix(units);
+    return piece;
+}
+
+bool isUnicode(std::u16string_view text)
+{
+    while (!text.empty()) {
+        const std::u16string_view piece = takePiece(text);
+        if (platform::text::fromUtf8(platform::text::toUtf8(piece)) != piece)
+            return false;
+    }
+    return true;
+}
+
+void writeText(std::ostream& out, std::u16string_view text)
+{
+    const bool unicode = isUnicode(text);
+    out << (unicode ? R"(,"value":")" : R"(,"units":[)");
+    for (const char* comma = ""; !unicode && !text.empty(); comma = ",") {
+        out << comma << static_cast<unsigned>(text.front());
+        text.remove_prefix(1);
+    }
+    while (!text.empty()) {
+        const std::string quoted = Json(platform::text::toUtf8(takePiece(text))).dump();
+        out << std::string_view(quoted).substr(1, quoted.size() - 2);
+    }
+    out << (unicode ? '"' : ']');
+}
+
+void writeBytes(std::ostream& out, CEBLOB bytes)
+{
+    constexpr DWORD PieceBytes = 4096;
+    out << R"(,"value":")";
+    while (bytes.dwCount > 0) {
+        const DWORD piece = std::min(PieceBytes, bytes.dwCount);
+        out << digitsOf({piece, bytes.lpb});
+        bytes = {bytes.dwCount - piece, bytes.lpb + piece};
+    }
+    out << '"';
+}
+
+// Nothing of what JSON has no number for.
+std::optional<Json> numberIn(const CEPROPVAL& property)
+{
+    switch (LOWORD(property.propid)) {
+    case CEVT_I2:
+        return property.val.iVal;
+    case CEVT_UI2:
+        return property.val.uiVal;
+    case CEVT_I4:
+        return property.val.lVal;
+    case CEVT_UI4:
+        return property.val.ulVal;
+    case CEVT_BOOL:
+        return property.val.boolVal;
+    case CEVT_FILETIME:
+        return stepsOf(property.val.filetime);
+    case CEVT_R8:
+        if (std::isfinite(property.val.dblVal))
+            return property.val.dblVal;
+        [[fallthrough]];
+    default:
+        return std::nullopt;
+    }
 }
 
 template <class Number>
@@ -98,47 +166,20 @@ CEVALUNION numberFor(WORD type, const Json& value)
 
 }  // namespace
 
-Json toJson(const CEPROPVAL& property)
+void writeJson(std::ostream& out, const CEPROPVAL& property)
 {
-    Json json;
-    json["id"] = hexadecimal(property.propid, 8);
+    out << R"({"id":")" << hexadecimal(property.propid, 8) << '"';
     if (property.wFlags != 0)
-        json["flags"] = property.wFlags;
-    switch (LOWORD(property.propid)) {
-    case CEVT_I2:
-        json["value"] = property.val.iVal;
-        break;
-    case CEVT_UI2:
-        json["value"] = property.val.uiVal;
-        break;
-    case CEVT_I4:
-        json["value"] = property.val.lVal;
-        break;
-    case CEVT_UI4:
-        json["value"] = property.val.ulVal;
-        break;
-    case CEVT_BOOL:
-        json["value"] = property.val.boolVal;
-        break;
-    case CEVT_FILETIME:
-        json["value"] = stepsOf(property.val.filetime);
-        break;
-    case CEVT_LPWSTR:
-        putText(json, property.val.lpwstr);
-        break;
-    case CEVT_BLOB:
-        json["value"] = digitsOf(property.val.blob);
-        break;
-    case CEVT_R8:
-        if (std::isfinite(property.val.dblVal)) {
-            json["value"] = property.val.dblVal;
-            break;
-        }
-        [[fallthrough]];
-    default:
-        json["bits"] = bitsOf(property.val);
-    }
-    return json;
+        out << R"(,"flags":)" << property.wFlags;
+    if (LOWORD(property.propid) == CEVT_LPWSTR)
+        writeText(out, property.val.lpwstr);
+    else if (LOWORD(property.propid) == CEVT_BLOB)
+        writeBytes(out, property.val.blob);
+    else if (const auto number = numberIn(property))
+        out << R"(,"value":)" << *number;
+    else
+        out << R"(,"bits":")" << bitsOf(property.val) << '"';
+    out << '}';
 }
 
 void addTo(Record& record, const Json& json)
