@@ -1,4 +1,5 @@
-// commands.h - what the program does, a function a command. Each throws a Failure, and has changed nothing then.
+// commands.h - what the program does, a function a command. Each throws a Failure, and has changed nothing then unless
+// the sentence says so.
 #pragma once
 
 #include "database_form.h"

@@ -7,7 +7,7 @@
 namespace quillbox_device {
 
 inline constexpr int exitGood = 0;
-inline constexpr int exitFailed = 1;    // nothing was changed
+inline constexpr int exitFailed = 1;    // nothing was changed, unless the sentence says so
 inline constexpr int exitBadUsage = 2;  // or no such device
 
 // Its text is a sentence for the user.
