@@ -129,7 +129,8 @@ int runByScript(const CommandLine& options)
     run.errors = &std::cerr;
     if (options.transcript)
         run.transcript = transcriptFile.is_open() ? static_cast<std::ostream*>(&transcriptFile) : &std::cout;
-    std::istream& script = scriptFile.is_open() ? static_cast<std::istream&>(scriptFile) : std::cin;
+    std::istream& script =
+        scriptFile.is_open() ? static_cast<std::istream&>(scriptFile) : platform::kernel::standardInput();
     const int exitCode = tellLeftOut(platform::headless::runScript(startProgram, script, run));
     if (transcriptFile.is_open() && !transcriptFile.flush())
         return tell("the transcript \"" + *options.transcript + "\" can't be written.",

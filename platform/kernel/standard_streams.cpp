@@ -6,7 +6,9 @@
 
 #include <csignal>
 #include <cstdio>
+#include <ext/stdio_filebuf.h>
 #include <iostream>
+#include <istream>
 
 namespace platform::kernel {
 
@@ -18,10 +20,15 @@ void secureStandardStreams()
         if (::fcntl(number, F_GETFD) < 0)
             (void)::open("/", O_PATH | O_DIRECTORY);
     }
-    // Without it a failed read is the end of std::cin.
-    std::ios::sync_with_stdio(false);
     for (const int signal : {SIGPIPE, SIGXFSZ})
         (void)std::signal(signal, SIG_IGN);
+}
+
+std::istream& standardInput()
+{
+    static __gnu_cxx::stdio_filebuf<char> buffer(STDIN_FILENO, std::ios::in | std::ios::binary);
+    static std::istream stream(&buffer);
+    return stream;
 }
 
 bool standardOutputIsWritten()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "descriptor.h"
+#include "standard_streams.h"
 
 #include <fstream>
 #include <iostream>
@@ -16,7 +17,10 @@ namespace quillbox_device {
 class Input {
 public:
     explicit Input(const std::string& file);
-    std::istream& stream() { return file_.is_open() ? static_cast<std::istream&>(file_) : std::cin; }
+    std::istream& stream()
+    {
+        return file_.is_open() ? static_cast<std::istream&>(file_) : platform::kernel::standardInput();
+    }
 
 private:
     std::ifstream file_;
