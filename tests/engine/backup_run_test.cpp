@@ -40,6 +40,24 @@ protected:
         snprintf(name, sizeof name, "QLBX%04d.QLT", number);
         std::ofstream(card_ / "QUILBOX" / name) << content;
     }
+
+    // Backs one file up again and again, each time with the next host call failing, until the log has the line.
+    void backUpUntilLogged(const std::string& line)
+    {
+        using namespace platform::file;
+        mark(u"\\a");
+        gOptions.generateLog = 1;
+        for (std::uint64_t n = 1; cardFile("BACKUP0001.LOG").find(line + " \r\n") == std::string::npos; n++) {
+            write("a", "content");
+            std::filesystem::remove_all(card_ / "QUILBOX");
+            mount();
+            gUser.shown.clear();
+            setFaultPlan({.kind = FaultKind::Fail, .nthCall = n, .error = EIO});
+            backUp();
+            ASSERT_GE(hostCallsMade(), n) << "no failing call was ever logged";
+            clearFaultPlan();
+        }
+    }
 };
 
 }  // namespace
@@ -54,53 +72,21 @@ TEST_F(BackupRunTest, NothingMarkedTellsAndMakesNothing)
     EXPECT_TRUE(std::filesystem::is_empty(card_));
 }
 
-TEST_F(BackupRunTest, ShowsAndWritesEverythingInItsOrder)
-{
-    write("a.txt", "x");
-    write("b.txt", "y");
-    mark(u"\\a.txt");
-    mark(u"\\b.txt");
-    gOptions.generateLog = 1;
-    gUser.comment = u"mine";
-    gUser.notesCounts = true;
-    RunBackup(BackupSelectedItems);
-    const Lines expected = {u"choose Select your storage|\\Card|Main device",
-                            u"open Backuping Files|Backuping Files|1000|500",
-                            u"message File: \\a.txt",
-                            u"count Backuped: 0",
-                            u"step",
-                            u"message File: \\b.txt",
-                            u"count Backuped: 0",
-                            u"step",
-                            u"close"};
-    EXPECT_EQ(gUser.shown, expected);
-    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): INF: Start file backup: \\a.txt \r\n"
-                                          "LOG(09:07:03): INF: End file backup\\a.txt \r\n"
-                                          "LOG(09:07:03): INF: Start file backup: \\b.txt \r\n"
-                                          "LOG(09:07:03): INF: End file backup\\b.txt \r\n");
-    EXPECT_FALSE(std::filesystem::exists(card_ / "QUILBOX" / "BKTMP.000"));
-    EXPECT_EQ(std::u16string(gComment), u"Backup date:05/03/2000 (09:07)\r\nComments:\r\nmine");
-    EXPECT_EQ(gFileList->Count(), 2U) << "the marks stay";
-}
-
-TEST_F(BackupRunTest, MonthComesFirstUnlessTheShortDateBeginsWithTheDay)
+TEST_F(BackupRunTest, CommentHasTheDayFirstOnlyWhereTheShortDateHasItAndIsCutToFit)
 {
     write("a", "");
     mark(u"\\a");
-    for (const WCHAR* format : {u"M/d/yy", u"yyyy-MM-dd"}) {
+    platform::time::stopClockAt({2023, 11, 0, 24, 19, 30, 0, 0});
+    gUser.comment = std::u16string(259, u'c');
+    for (const WCHAR* format : {u"d.M.yyyy", u"dd/MM/yyyy", u"M/d/yy", u"yyyy-MM-dd", u"Dd"}) {
         platform::time::setShortDateFormat(format);
         RunBackup(BackupSelectedItems);
-        EXPECT_EQ(std::u16string(gComment).substr(0, 30), u"Backup date:03/05/2000 (09:07)");
+        const std::u16string date = format[0] == u'd' ? u"24/11/2023" : u"11/24/2023";
+        EXPECT_EQ(gComment, u"Backup date:" + date + u" (19:30)\r\nComments:\r\n" + std::u16string(216, u'c'));
     }
-}
-
-TEST_F(BackupRunTest, LongCommentIsCutAndTerminated)
-{
-    write("a", "");
-    mark(u"\\a");
-    gUser.comment = std::u16string(259, u'c');
-    RunBackup(BackupSelectedItems);
-    EXPECT_EQ(std::u16string(gComment).size(), 259U);
+    const std::string list = cardFile("QLBX0001.QLT");
+    EXPECT_EQ(list.substr(0, 4), std::string("\x04\x01\0\0", 4)) << "260 with the terminator";
+    EXPECT_EQ(list.substr(4 + 2 * 258, 4), std::string("c\0\0\0", 4));
 }
 
 TEST_F(BackupRunTest, TakenNumbersAreAskedAboutAndNoKeepsThem)
@@ -118,21 +104,6 @@ TEST_F(BackupRunTest, TakenNumbersAreAskedAboutAndNoKeepsThem)
     EXPECT_EQ(cardFile("QLBX0003.QLT"), "three");
     EXPECT_EQ(cardFile("QLBX0002.QLT"), cardFile("QLBX0004.QLT"));
     EXPECT_FALSE(cardFile("QLBX0004.QDT").empty());
-}
-
-TEST_F(BackupRunTest, YesReplacesListDataAndLog)
-{
-    write("a", "new");
-    mark(u"\\a");
-    makeList(1, std::string(5000, 'o'));
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT") << std::string(5000, 'o');
-    std::ofstream(card_ / "QUILBOX" / "BACKUP0001.LOG") << "old";
-    gOptions.generateLog = 1;
-    gUser.answers = {IDYES};
-    backUp();
-    EXPECT_EQ(cardFile("QLBX0001.QDT").substr(0, 5), "QBXPK");
-    EXPECT_LT(cardFile("QLBX0001.QLT").size(), 500U);
-    EXPECT_EQ(cardFile("BACKUP0001.LOG").substr(0, 4), "LOG(");
 }
 
 TEST_F(BackupRunTest, NinetyNineRefusalsChangeNothing)
@@ -170,24 +141,31 @@ TEST_F(BackupRunTest, UnreadableSourceHasNoEntryAndStays)
 
 TEST_F(BackupRunTest, FailedWriteIsLoggedAndTheRunGoesToItsEnd)
 {
-    using namespace platform::file;
-    mark(u"\\a");
-    gOptions.generateLog = 1;
     gOptions.deleteBackedUp = 1;
-    bool logged = false;
-    for (std::uint64_t n = 1; !logged; n++) {
-        write("a", "content");
-        std::filesystem::remove_all(card_ / "QUILBOX");
-        mount();
-        gUser.shown.clear();
-        setFaultPlan({.kind = FaultKind::Fail, .nthCall = n, .error = EIO});
-        backUp();
-        ASSERT_GE(hostCallsMade(), n) << "no failing call was ever logged";
-        clearFaultPlan();
-        logged = cardFile("BACKUP0001.LOG").find("ERR: Backup File write (0000001f) \r\n") != std::string::npos;
-    }
+    backUpUntilLogged("ERR: Backup File write (0000001f)");
     EXPECT_TRUE(exists("a"));
     EXPECT_EQ(gUser.shown.back(), u"close");
+}
+
+TEST_F(BackupRunTest, SetThatCannotBeBegunEndsTheRunWithOneLogLine)
+{
+    const auto expectEnded = [this](const std::string& line) {
+        EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): " + line + " \r\n");
+        EXPECT_EQ(cardFile("QLBX0001.QDT"), "");
+        EXPECT_EQ(gUser.shownWith(u"message").size(), 0U);
+        EXPECT_EQ(gUser.shown.back(), u"close");
+    };
+    backUpUntilLogged("ERR: Backup List Write(0000001f)");
+    expectEnded("ERR: Backup List Write(0000001f)");
+
+    std::filesystem::remove_all(card_ / "QUILBOX");
+    std::filesystem::create_directories(card_ / "QUILBOX" / "QLBX0001.QDT");
+    gUser.shown.clear();
+    mount();
+    backUp();
+    expectEnded("ERR: Backup File create(00000005)");
+    EXPECT_TRUE(std::filesystem::exists(card_ / "QUILBOX" / "QLBX0001.QLT"));
+    EXPECT_EQ(cardFile("QLBX0001.QLT"), "");
 }
 
 TEST_F(BackupRunTest, FullCardKeepsTheSourcesAndTheRunGoesToItsEnd)
@@ -199,17 +177,6 @@ TEST_F(BackupRunTest, FullCardKeepsTheSourcesAndTheRunGoesToItsEnd)
     backUp();
     EXPECT_TRUE(exists("big"));
     EXPECT_EQ(gUser.shown.back(), u"close");
-}
-
-TEST_F(BackupRunTest, DataFileThatCannotBeMadeEndsTheRunWithOneLogLine)
-{
-    write("a", "");
-    mark(u"\\a");
-    std::filesystem::create_directories(card_ / "QUILBOX" / "QLBX0001.QDT");
-    gOptions.generateLog = 1;
-    backUp();
-    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): ERR: Backup File create(00000005) \r\n");
-    EXPECT_EQ(cardFile("QLBX0001.QLT"), "");
 }
 
 TEST_F(BackupRunTest, ChooserLeftWithoutAChoiceMakesNothing)

@@ -3,11 +3,14 @@
 #include "engine_fixture.h"
 
 #include "backup_run.h"
+#include "device_database.h"
 #include "name_space.h"
+#include "object_store.h"
 #include "options.h"
 #include "restore_command.h"
 #include "set_state.h"
 
+#include "ce/store.h"
 #include "ce/text.h"
 
 #include <fcntl.h>
@@ -37,7 +40,34 @@ int folderDescriptor(const fs::path& path)
     return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
+BOOL add(ItemList* list, const std::u16string& name)
+{
+    return list->Add(name.c_str(), static_cast<DWORD>((name.size() + 1) * sizeof(WCHAR)));
+}
+
 }  // namespace
+
+std::string numberBytes(std::uint32_t value)
+{
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8)
+        bytes += static_cast<char>(value >> shift);
+    return bytes;
+}
+
+std::string textBytes(const std::string& text)
+{
+    std::string bytes;
+    for (const char c : text + '\0')
+        bytes += std::string{c, '\0'};
+    return bytes;
+}
+
+std::string entryBytes(char kind, const std::string& name, std::uint32_t start, std::uint32_t end)
+{
+    return std::string{kind, 1} + numberBytes(static_cast<std::uint32_t>(name.size()) + 1) + textBytes(name) +
+           numberBytes(start) + numberBytes(end);
+}
 
 EngineTest::EngineTest()
 {
@@ -61,8 +91,11 @@ EngineTest::EngineTest()
 
 EngineTest::~EngineTest()
 {
+    platform::store::closeStore();
+    platform::database::closeDeviceDatabase();
     platform::file::removeAllMounts();
     RenewLists();
+    gRegistryMarked = 0;
     fs::remove_all(base_);
 }
 
@@ -97,9 +130,37 @@ void EngineTest::removeAll(const std::string& name)
     fs::remove_all(store_ / name);
 }
 
+void EngineTest::openStore() const
+{
+    std::string error;
+    ASSERT_TRUE(platform::database::openDeviceDatabase(base_ / "device.db", error)) << error;
+}
+
+void EngineTest::makeDatabase(const std::u16string& name, DWORD type)
+{
+    SORTORDERSPEC order = {0x20002, CEDB_SORT_DESCENDING};
+    ASSERT_NE(CeCreateDatabase(name.c_str(), type, 1, &order), 0U);
+}
+
+DWORD EngineTest::typeOfDatabase(const std::u16string& name)
+{
+    CEOID oid = 0;
+    const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr);
+    if (database == INVALID_HANDLE_VALUE)
+        return 0;
+    CloseHandle(database);
+    CEOIDINFO info = {};
+    return CeOidGetInfo(oid, &info) ? info.infDatabase.dwDbaseType : 0;
+}
+
 void EngineTest::mark(const std::u16string& path)
 {
-    ASSERT_EQ(gFileList->Add(path.c_str(), static_cast<DWORD>((path.size() + 1) * sizeof(WCHAR))), 1);
+    ASSERT_TRUE(add(gFileList, path));
+}
+
+void EngineTest::markDatabase(const std::u16string& name)
+{
+    ASSERT_TRUE(add(gDatabaseList, name));
 }
 
 void EngineTest::backUp()

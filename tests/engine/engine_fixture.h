@@ -12,6 +12,11 @@
 #include <optional>
 #include <string>
 
+// Formats by hand: 4 bytes of a number, characters of an ASCII text with its terminator, one entry of a list file.
+std::string numberBytes(std::uint32_t value);
+std::string textBytes(const std::string& text);
+std::string entryBytes(char kind, const std::string& name, std::uint32_t start, std::uint32_t end);
+
 class EngineTest : public ::testing::Test {
 protected:
     EngineTest();
@@ -26,7 +31,14 @@ protected:
     bool exists(const std::string& name) const;
     void removeAll(const std::string& name);
 
+    // Gives the device its databases, which most tests need none of.
+    void openStore() const;
+    static void makeDatabase(const std::u16string& name, DWORD type);
+    // 0 if there is none of that name.
+    static DWORD typeOfDatabase(const std::u16string& name);
+
     static void mark(const std::u16string& path);
+    static void markDatabase(const std::u16string& name);
     // One backup of what is marked onto the card, with a fresh user who agrees to it; a card's set numbers go on.
     static void backUp();
     // Restores set 1 of the card, everything replaced.

@@ -5,6 +5,7 @@
 #include "full_backup.h"
 #include "options.h"
 #include "questions.h"
+#include "registry_file.h"
 #include "set_state.h"
 
 #include <sys/stat.h>
@@ -109,12 +110,42 @@ TEST_F(FullBackupTest, CancelKeepsTheMarksAndNoBoxLosesThem)
     gRegistryMarked = 0;
 }
 
-TEST_F(FullBackupTest, ListingShowsAWindowThatRunsOutByItself)
+TEST_F(FullBackupTest, ListingStepsForWhatItTriesInAWindowThatRunsOutByItself)
 {
+    openStore();
+    for (const WCHAR* name : {u"\\system's", u"D"})
+        makeDatabase(name, 1);
     write("a", "");
+    write("busy", "");
+    write("old.QLT", "");
+    std::ofstream(card_ / "on card.txt");
+    const std::ofstream holder(store_ / "busy", std::ios::app);
+    gFullDatabases = 1;
+    gUser.notesAll = true;
     RunFullBackup();
-    const std::vector<std::u16string> expected = {u"open Construct File List|Computing list to backup|1500|10", u"step",
-                                                  u"animate"};
-    ASSERT_GE(gUser.shown.size(), 3U);
-    EXPECT_EQ((std::vector<std::u16string>{gUser.shown.begin(), gUser.shown.begin() + 3}), expected);
+    EXPECT_EQ(gUser.transcript(),
+              "dialog backup 1; "
+              "open Construct File List|Computing list to backup|1500|10; wait; step; step; no wait; animate; "
+              "open Construct Database List|Computing list to backup|1500|10; wait; step; step; no wait; animate; "
+              "choose Select your storage|\\Card|Main device; "
+              "open Backuping Files|Backuping Files|1000|1000; wait; "
+              "message File: \\a; count Backuped: 0; step; no wait; close; "
+              "open Databases |Databases |1000|1000; wait; "
+              "message Database: D; count Backuped: 0; step; no wait; close");
+    EXPECT_EQ(gDatabaseList->Count(), 0U) << "the lists end empty";
+}
+
+TEST_F(FullBackupTest, RegistryGoesByItsBoxAndItsMarkIsGivenBack)
+{
+    static int copies;
+    gRegCopyFile = [](const WCHAR*) { return static_cast<BOOL>(++copies); };
+    write("a", "");
+    for (const DWORD mark : {0, 1}) {
+        gRegistryMarked = mark;
+        gFullRegistry = 1 - mark;
+        RunFullBackup();
+        EXPECT_EQ(copies, 1) << "by the first of the two alone";
+        EXPECT_EQ(gRegistryMarked, mark);
+    }
+    gRegCopyFile = nullptr;
 }

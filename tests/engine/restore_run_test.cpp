@@ -31,24 +31,6 @@ protected:
     }
 };
 
-void append(std::string& bytes, std::uint32_t value)
-{
-    for (int shift = 0; shift < 32; shift += 8)
-        bytes += static_cast<char>(value >> shift);
-}
-
-// One entry of a list file by its format, its name in ASCII.
-std::string entry(char kind, const std::string& name, std::uint32_t start, std::uint32_t end)
-{
-    std::string bytes = {kind, 1};
-    append(bytes, static_cast<std::uint32_t>(name.size()) + 1);
-    for (const char c : name + '\0')
-        bytes += std::string{c, '\0'};
-    append(bytes, start);
-    append(bytes, end);
-    return bytes;
-}
-
 // An empty comment: its length in characters, its terminator.
 const std::string Head = {1, 0, 0, 0, 0, 0};
 // Stream of the five bytes "hello": magic, a block of one literal run with LZO's end mark, the closing block.
@@ -83,26 +65,6 @@ TEST_F(RestoreRunTest, PolicyDecidesAboutWhatExistsOnly)
             EXPECT_EQ(boxes[0], u"Warning|File:\\a exists replace ?|308");
         }
     }
-}
-
-TEST_F(RestoreRunTest, ShowsEverythingInItsOrder)
-{
-    makeSet();
-    gUser.notesCounts = true;
-    gOptions.restoreMode = RestoreModeSkip;
-    restore();
-    const Lines expected = {u"choose Select backup file|\\Card\\QUILBOX\\QLBX0001.QLT",
-                            u"open Restoring Files|Restoring Files|1000|500",
-                            u"message File: \\a",
-                            u"step",
-                            u"message File: \\folder\\b",
-                            u"step",
-                            u"count Restored: 0 ",
-                            u"step",
-                            u"close"};
-    EXPECT_EQ(gUser.shown, expected);
-    EXPECT_FALSE(exists("BK000.TMP"));
-    EXPECT_EQ(gFileList->Count(), 0U);
 }
 
 TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreToldAndKeepTheMarks)
@@ -151,7 +113,7 @@ TEST_F(RestoreRunTest, CraftedNamesStayInsideTheDevice)
     std::string list = Head;
     for (const char* name :
          {"\\..\\escaped", "\\link\\escaped", "..\\escaped", "\\a\\..\\..\\escaped", "\\", "", "\\con*", "\\good"})
-        list += entry(1, name, 0, size);
+        list += entryBytes(1, name, 0, size);
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << list;
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;
     restore();
@@ -164,9 +126,9 @@ TEST_F(RestoreRunTest, OffsetsThatMeanNothingRestoreNothing)
 {
     std::filesystem::create_directories(card_ / "QUILBOX");
     const auto size = static_cast<std::uint32_t>(Hello.size());
-    const std::string list = Head + entry(1, "\\behind", 5000, 6000) + entry(1, "\\swapped", size, 0) +
-                             entry(1, "\\empty", 3, 3) + entry(1, "\\huge", 1, 0xFFFFFFFF) +
-                             entry(1, "\\whole", 0, 0xFFFFFFFF);
+    const std::string list = Head + entryBytes(1, "\\behind", 5000, 6000) + entryBytes(1, "\\swapped", size, 0) +
+                             entryBytes(1, "\\empty", 3, 3) + entryBytes(1, "\\huge", 1, 0xFFFFFFFF) +
+                             entryBytes(1, "\\whole", 0, 0xFFFFFFFF);
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << list;
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;
     restore();
@@ -179,7 +141,7 @@ TEST_F(RestoreRunTest, DamagedDatabaseItemCostsNoFileOfItsImagesName)
 {
     write("X.CDB", "the user's own");
     std::filesystem::create_directories(card_ / "QUILBOX");
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << Head + entry(2, "X", 3, 9);
+    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << Head + entryBytes(2, "X", 3, 9);
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;
     restore();
     EXPECT_EQ(read("X.CDB"), "the user's own");

@@ -26,6 +26,9 @@ const std::map<UINT, std::u16string> Texts = {
     {116, u"Restored: %d "},
     {117, u"Restoring Database(s)"},
     {118, u"Database: %s"},
+    {119, u"Registry"},
+    {120, u"I have restored the registry"},
+    {121, u"Restore"},
     {122, u"No Backup File found"},
     {123, u"Select backup file"},
     {124, u"No item to backup!"},
@@ -35,9 +38,11 @@ const std::map<UINT, std::u16string> Texts = {
     {128, u"Backuping Files"},
     {129, u"Override %s file"},
     {130, u"Backuped: %d"},
+    {131, u"Databases "},
     {132, u"Construct File List"},
     {133, u"Construct Database List"},
     {134, u"Computing list to backup"},
+    {135, u"Database:%s exists replace ?"},
     {141, u"Restoring Files"},
     {142, u"Warning"},
     {144, u"No Item to restore !"},
@@ -69,21 +74,31 @@ std::vector<std::u16string> ScriptedUser::shownWith(const std::u16string& prefix
     return found;
 }
 
+std::string ScriptedUser::transcript() const
+{
+    std::string all;
+    for (const std::u16string& line : shown)
+        all += (all.empty() ? "" : "; ") + std::string(line.begin(), line.end());
+    return all;
+}
+
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars])
 {
     CopyText(scratch, Texts.at(id).c_str());
     return scratch;
 }
 
-INT_PTR ShowBackupDialog(WORD, WCHAR* comment)
+INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment)
 {
+    note(u"dialog backup " + number(kind));
     if (gUser.confirms)
         CopyText(comment, TextChars, gUser.comment.c_str());
     return gUser.confirms;
 }
 
-INT_PTR ShowRestoreDialog(WORD, const WCHAR*)
+INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath)
 {
+    note(u"dialog restore " + number(mode) + u"|" + listPath);
     return gUser.confirms;
 }
 
@@ -107,36 +122,42 @@ HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD s
     return Window;
 }
 
-DWORD ProgressStep(HWND, DWORD)
+// Without a window the calls do nothing.
+DWORD ProgressStep(HWND progress, DWORD)
 {
-    note(u"step");
+    if (progress == Window)
+        note(u"step");
     return 1;
 }
 
-DWORD ProgressSetMessage(HWND, const WCHAR* text)
+DWORD ProgressSetMessage(HWND progress, const WCHAR* text)
 {
-    note(u"message " + std::u16string(text));
+    if (progress == Window)
+        note(u"message " + std::u16string(text));
     if (gUser.seesMessage)
         gUser.seesMessage(text);
     return 1;
 }
 
-DWORD ProgressSetCount(HWND, const WCHAR* text)
+DWORD ProgressSetCount(HWND progress, const WCHAR* text)
 {
-    if (gUser.notesCounts)
-        note(u"count " + std::u16string(text));
+    const std::u16string line = u"count " + std::u16string(text);
+    if (progress == Window && gUser.notesAll && gUser.shown.back() != line)
+        note(line);
     return 1;
 }
 
-DWORD ProgressAnimate(HWND)
+DWORD ProgressAnimate(HWND progress)
 {
-    note(u"animate");
+    if (progress == Window)
+        note(u"animate");
     return 1;
 }
 
-DWORD ProgressClose(HWND)
+DWORD ProgressClose(HWND progress)
 {
-    note(u"close");
+    if (progress == Window)
+        note(u"close");
     return 1;
 }
 
@@ -150,12 +171,16 @@ int MessageBoxW(HWND, const WCHAR* text, const WCHAR* caption, UINT type)
     return answer;
 }
 
-HCURSOR SetCursor(HCURSOR)
+HCURSOR SetCursor(HCURSOR cursor)
 {
+    const bool waits = cursor != nullptr;
+    if (gUser.notesAll && waits != gUser.waitCursor)
+        note(waits ? u"wait" : u"no wait");
+    gUser.waitCursor = waits;
     return nullptr;
 }
 
-HCURSOR LoadCursorW(HINSTANCE, const WCHAR*)
+HCURSOR LoadCursorW(HINSTANCE, const WCHAR* name)
 {
-    return nullptr;
+    return name == reinterpret_cast<const WCHAR*>(IDC_WAIT) ? reinterpret_cast<HCURSOR>(1) : nullptr;
 }

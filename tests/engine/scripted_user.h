@@ -17,10 +17,13 @@ struct ScriptedUser {
     std::function<void(const std::u16string&)> seesMessage;  // called with each progress message
 
     std::vector<std::u16string> shown;  // "box caption|text|type", "choose prompt|row|row", "open title|range|step",
-                                        // "message ...", "count ...", "step", "animate", "close"
-    bool notesCounts = false;           // counters come in great numbers
+                                        // "dialog kind", "message ...", "step", "animate", "close"
+    // Too much for most tests: also "count ...", each text once, and a cursor that changes, "wait" or "no wait".
+    bool notesAll = false;
+    bool waitCursor = false;  // now
 
     [[nodiscard]] std::vector<std::u16string> shownWith(const std::u16string& prefix) const;
+    [[nodiscard]] std::string transcript() const;  // all of it in one line, parted by "; "
 };
 
 extern ScriptedUser gUser;

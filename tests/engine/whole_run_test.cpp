@@ -1,0 +1,351 @@
+// whole_run_test.cpp - a whole backup and its restore, byte by byte and step by step; what each kind of trouble leaves.
+//
+// What must come out is worked out by hand from docs/format.md. Its streams are those of raw bytes that don't pack.
+
+#include "engine_fixture.h"
+
+#include "backup_run.h"
+#include "clock.h"
+#include "file_items.h"
+#include "options.h"
+#include "registry_file.h"
+#include "restore_command.h"
+#include "set_paths.h"
+#include "set_state.h"
+
+#include "ce/dialog.h"
+#include "ce/store.h"
+
+#include <fstream>
+#include <random>
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+// 5 March 2000, 09:07:03.
+constexpr SYSTEMTIME Then = {2000, 3, 0, 5, 9, 7, 3, 0};
+const std::string Registry = "keys and values";
+
+std::string noise(unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::string bytes(1000, 0);
+    for (char& byte : bytes)
+        byte = static_cast<char>(random());
+    return bytes;
+}
+
+// Magic, one block of a single run of literals, the closing block.
+std::string streamOf(const std::string& raw)
+{
+    const std::size_t count = raw.size();
+    const std::size_t zeros = count > 238 ? (count - 19) / 255 : 0;
+    const std::string run = count > 238 ? std::string(1 + zeros, 0) + static_cast<char>(count - 18 - 255 * zeros)
+                                        : std::string(1, static_cast<char>(17 + count));
+    const std::string end("\x11\0\0", 3);
+    return "QBXPK" + numberBytes(static_cast<std::uint32_t>(run.size() + count + 3)) + run + raw + end +
+           numberBytes(3) + end;
+}
+
+// A database with one sort order and without records.
+std::string imageOf(const std::string& name, std::uint32_t type)
+{
+    const std::string text = textBytes(name);
+    return numberBytes(static_cast<std::uint32_t>(text.size())) + text + numberBytes(type) +
+           std::string("\0\0\1\0", 4) + numberBytes(0x20002) + numberBytes(1);
+}
+
+std::string logOf(const Names& messages)
+{
+    std::string log;
+    for (const std::string& message : messages)
+        log += "LOG(09:07:03): " + message + " \r\n";
+    return log;
+}
+
+// Without megabytes of escapes.
+void expectBytes(const std::string& found, const std::string& wanted)
+{
+    const auto place = std::mismatch(found.begin(), found.end(), wanted.begin(), wanted.end()).first - found.begin();
+    EXPECT_TRUE(found == wanted) << "differs at " << place << ", has " << found.size() << " bytes, should have "
+                                 << wanted.size();
+}
+
+Names namesIn(const std::filesystem::path& folder)
+{
+    Names names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// The platform's two calls. The first one writes what it is to write and gives what it is to give.
+struct {
+    bool writes;
+    BOOL result;
+    std::filesystem::path root;
+} gRegistry;
+
+BOOL copyRegistry(const WCHAR* path)
+{
+    gUser.shown.push_back(u"registry to " + std::u16string(path));
+    if (gRegistry.writes)
+        std::ofstream(gRegistry.root / path) << Registry;
+    return gRegistry.result;
+}
+
+BOOL takeRegistry(const WCHAR* path)
+{
+    std::ifstream file(gRegistry.root / std::u16string(path + 1));
+    std::string content;
+    std::getline(file, content);
+    gUser.shown.push_back(u"registry from " + std::u16string(path) + u"|" +
+                          std::u16string(content.begin(), content.end()));
+    return FALSE;
+}
+
+class WholeRunTest : public EngineTest {
+protected:
+    WholeRunTest()
+    {
+        platform::time::stopClockAt(Then);
+        platform::time::setShortDateFormat(u"dd/MM/yyyy");
+        openStore();
+        gRegistry = {true, TRUE, store_};
+        gRegCopyFile = copyRegistry;
+        gRegRestoreFile = takeRegistry;
+        gOptions.generateLog = 1;
+    }
+    ~WholeRunTest() override
+    {
+        platform::time::resumeClock();
+        platform::time::setShortDateFormat(u"");
+        gRegCopyFile = gRegRestoreFile = nullptr;
+    }
+
+    void markAll()
+    {
+        write("a.bin", noise(1));
+        write("b.bin", noise(2));
+        mark(u"\\b.bin");
+        mark(u"\\a.bin");
+        for (const WCHAR* name : {u"E", u"D"}) {
+            makeDatabase(name, 7);
+            markDatabase(name);
+        }
+        gRegistryMarked = 1;
+    }
+
+    void put(const std::string& name, const std::string& content) const
+    {
+        std::filesystem::create_directories(card_ / "QUILBOX");
+        std::ofstream(card_ / "QUILBOX" / name, std::ios::binary) << content;
+    }
+};
+
+}  // namespace
+
+TEST_F(WholeRunTest, BackupIsWhatTheFormatsSayInItsOrderAndReplacesAnOldSet)
+{
+    markAll();
+    for (const char* name : {"QLBX0001.QLT", "QLBX0001.QDT", "BACKUP0001.LOG"})
+        put(name, std::string(9000, 'o'));
+    gUser.comment = u"mine";
+    gUser.answers = {IDYES};
+    gUser.notesAll = true;
+    RunBackup(BackupSelectedItems);
+
+    EXPECT_EQ(gUser.transcript(), "dialog backup 2; choose Select your storage|\\Card|Main device; "
+                                  "open Backuping Files|Backuping Files|1000|500; wait; "
+                                  "no wait; box Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260; wait; "
+                                  "message File: \\b.bin; count Backuped: 0; count Backuped: 1; step; "
+                                  "message File: \\a.bin; count Backuped: 1; count Backuped: 2; step; no wait; close; "
+                                  "open Databases |Databases |1000|500; wait; "
+                                  "message Database: E; count Backuped: 2; step; "
+                                  "message Database: D; count Backuped: 2; step; "
+                                  "registry to TMVRegFile.QBR; no wait; close");
+    EXPECT_EQ(cardFile("BACKUP0001.LOG"),
+              logOf({"INF: Start file backup: \\b.bin", "INF: End file backup\\b.bin",
+                     "INF: Start file backup: \\a.bin", "INF: End file backup\\a.bin", "INF: Start Database backup: E",
+                     "INF: End Database backup: E", "INF: Start Database backup: D", "INF: End Database backup: D",
+                     "INF: Start registry backup", "INF: End registry backup"}));
+    expectBytes(cardFile("QLBX0001.QDT"), streamOf(noise(2)) + streamOf(noise(1)) + streamOf(imageOf("E", 7)) +
+                                              streamOf(imageOf("D", 7)) + streamOf(Registry));
+    // 43 characters of its own, 4 of the user, the terminator. The registry's entry has the name before it.
+    expectBytes(cardFile("QLBX0001.QLT"),
+                numberBytes(48) + textBytes("Backup date:05/03/2000 (09:07)\r\nComments:\r\nmine") +
+                    entryBytes(1, "\\b.bin", 0, 1024) + entryBytes(1, "\\a.bin", 1024, 2048) +
+                    entryBytes(2, "E", 2048, 2092) + entryBytes(2, "D", 2092, 2136) + entryBytes(3, "D", 2136, 2171));
+    EXPECT_EQ(namesIn(card_ / "QUILBOX"), (Names{"BACKUP0001.LOG", "QLBX0001.QDT", "QLBX0001.QLT"}));
+    EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
+    EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 5U) << "the marks stay";
+}
+
+TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
+{
+    markAll();
+    RunBackup(BackupSelectedItems);
+    for (const WORD mode : {RestoreModeAsk, RestoreModeSkip, RestoreModeReplace}) {
+        SCOPED_TRACE(mode);
+        write("b.bin", "another");
+        removeAll("a.bin");
+        for (const WCHAR* name : {u"E", u"D"}) {
+            CEOID oid = 0;
+            CloseHandle(CeOpenDatabase(&oid, name, 0, 0, nullptr));
+            CeDeleteDatabase(oid);
+            makeDatabase(name, 9);
+        }
+        gOptions.restoreMode = mode;
+        gRegistryMarked = 0;
+        gUser.shown.clear();
+        gUser.answers = {IDYES, IDNO};
+        if (mode == RestoreModeAsk)
+            gUser.answers.insert(gUser.answers.begin(), IDNO);
+        gUser.notesAll = true;
+        restore();
+
+        const bool replaced = mode == RestoreModeReplace;
+        const std::string question = mode == RestoreModeAsk ? "box Warning|File:\\b.bin exists replace ?|308; " : "";
+        const std::string first = replaced ? "step; count Restored: 0 ; count Restored: 1 ; " : "";
+        const std::string second =
+            replaced ? "count Restored: 1 ; count Restored: 2 ; " : "count Restored: 0 ; count Restored: 1 ; ";
+        const std::string total = replaced ? "count Restored: 2 ; " : "count Restored: 1 ; ";
+        EXPECT_EQ(gUser.transcript(), "choose Select backup file|\\Card\\QUILBOX\\QLBX0001.QLT; "
+                                      "dialog restore 1|\\Card\\QUILBOX\\QLBX0001.QLT; "
+                                      "open Restoring Files|Restoring Files|1000|500; wait; "
+                                      "message File: \\b.bin; no wait; " +
+                                          question + "wait; " + first +
+                                          "step; message File: \\a.bin; no wait; wait; step; " + second +
+                                          "step; no wait; close; "
+                                          "open Restoring Database(s)|Restoring Database(s)|1000|500; wait; "
+                                          "message Database: E; step; " +
+                                          total +
+                                          "no wait; box Warning|Database:E exists replace ?|308; wait; step; "
+                                          "message Database: D; step; " +
+                                          total +
+                                          "no wait; box Warning|Database:D exists replace ?|308; wait; step; "
+                                          "message Registry; step; registry from \\BKREG.TMP|keys and values; no wait; "
+                                          "box Restore|I have restored the registry|0; close");
+        expectBytes(read("a.bin"), noise(1));
+        expectBytes(read("b.bin"), replaced ? noise(2) : "another");
+        EXPECT_EQ(typeOfDatabase(u"E"), 7U);
+        EXPECT_EQ(typeOfDatabase(u"D"), 9U);
+        EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
+        EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 0U);
+    }
+}
+
+TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndItsMarkIsTheUsers)
+{
+    gRegistryMarked = 1;
+    gUser.choice = u"Main device";
+    backUp();
+    EXPECT_EQ(gUser.shownWith(u"open").size() + gUser.shownWith(u"close").size(), 0U);
+    EXPECT_EQ(read("QUILBOX/BACKUP0001.LOG"), logOf({"INF: Start registry backup", "INF: End registry backup"}));
+    const std::string list = read("QUILBOX/QLBX0001.QLT");
+    EXPECT_TRUE(list.ends_with(entryBytes(3, "", 0, 35)));
+    gUser.choice = u"\\QUILBOX\\QLBX0001.QLT";
+    for (const DWORD mark : {0, 1}) {
+        for (const bool inSet : {true, false}) {
+            write("QUILBOX/QLBX0001.QLT", inSet ? list : list.substr(0, list.size() - entryBytes(3, "", 0, 0).size()));
+            gRegistryMarked = mark;
+            gUser.shown.clear();
+            RunRestore(RestoreFull);
+            EXPECT_EQ(gUser.shown.back(),
+                      inSet ? u"box Restore|I have restored the registry|0" : u"box Info|No Item to restore !|0");
+            EXPECT_EQ(gUser.shownWith(u"registry from").size(), inSet ? 1U : 0U);
+            EXPECT_EQ(gRegistryMarked, mark);
+        }
+    }
+}
+
+TEST_F(WholeRunTest, EachTroubleHasItsLinesAndItsItemHasNoEntry)
+{
+    struct Case {
+        const char* name;
+        std::function<void()> prepare;
+        Names log;
+        std::string entries;
+        const char* kept = "own";  // a file of the user's, also of a name that the program uses
+    };
+    const std::string users = "the user's";
+    const Names noDatabase = {"INF: Start Database backup: N", "ERR: Database backup: N", "ERR: Database backup: N"};
+    const Names noRegistry = {"INF: Start registry backup", "ERR: registry backup", "ERR: registry backup"};
+    const auto failRegistry = [](bool writes) {
+        gRegistryMarked = 1;
+        gRegistry.writes = writes;
+        gRegistry.result = FALSE;
+    };
+    const Case cases[] = {
+        {"database", [] { markDatabase(u"N"); }, noDatabase, ""},
+        {"database, its image's name taken", [] { markDatabase(u"N"); }, noDatabase, "", "N.CDB"},
+        {"registry", [&] { failRegistry(false); }, noRegistry, ""},
+        {"registry, its file's name taken", [&] { failRegistry(false); }, noRegistry, "", "TMVRegFile.QBR"},
+        {"part of the registry",
+         [&] { failRegistry(true); },
+         {"INF: Start registry backup", "ERR: registry backup", "INF: End registry backup"},
+         entryBytes(3, "", 0, 35)},
+        {"no call for the registry",
+         [] {
+             gRegistryMarked = 1;
+             gRegCopyFile = nullptr;
+         },
+         noRegistry, ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::filesystem::remove_all(card_ / "QUILBOX");
+        RenewLists();
+        gRegistryMarked = 0;
+        write(c.kept, users);
+        c.prepare();
+        backUp();
+        EXPECT_EQ(cardFile("BACKUP0001.LOG"), logOf(c.log));
+        expectBytes(cardFile("QLBX0001.QLT"),
+                    numberBytes(44) + textBytes("Backup date:05/03/2000 (09:07)\r\nComments:\r\n") + c.entries);
+        EXPECT_EQ(namesIn(store_), Names{c.kept});
+        EXPECT_EQ(read(c.kept), users);
+        removeAll(c.kept);
+    }
+}
+
+// As if nearly 4 GiB had been stored already: just so much is free as the stream of one byte takes.
+TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsStored)
+{
+    const std::string stream = streamOf("1");
+    write("two", "12");
+    write("one", "1");
+    write("empty", "");
+    for (const WCHAR* path : {u"\\two", u"\\one", u"\\empty"})
+        mark(path);
+    const auto make = [](const WCHAR* path) {
+        return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    };
+    std::filesystem::create_directories(card_ / "QUILBOX");
+    BackupLog log(u"\\Card\\QUILBOX\\log");
+    BackupRun run;
+    run.listFile = make(u"\\Card\\QUILBOX\\list");
+    run.dataFile = make(u"\\Card\\QUILBOX\\data");
+    run.log = &log;
+    run.dataBytes = 0xFFFFFFFF - static_cast<DWORD>(stream.size());
+    FormatTemporaryPath(run.temporaryPath, u"\\Card");
+    BackUpFiles(run);
+
+    // One of 4 GiB and few bytes more.
+    std::ofstream(card_ / "QUILBOX" / "BKTMP.000");
+    std::filesystem::resize_file(card_ / "QUILBOX" / "BKTMP.000", (std::uintmax_t{1} << 32) + 12);
+    run.dataBytes = 0;
+    run.streamIsOfItem = TRUE;
+    EXPECT_EQ(OpenTemporaryStream(run), INVALID_HANDLE_VALUE);
+    for (const HANDLE file : {run.listFile, run.dataFile})
+        CloseHandle(file);
+    log.Close();
+    const char* const full = "ERR: Backup File write (00000070)";
+    EXPECT_EQ(cardFile("log"), logOf({"INF: Start file backup: \\two", full, "INF: Start file backup: \\one",
+                                      "INF: End file backup\\one", "INF: Start file backup: \\empty", full, full}));
+    expectBytes(cardFile("list"), entryBytes(1, "\\one", 0xFFFFFFEA, 0xFFFFFFFF));
+    expectBytes(cardFile("data"), stream);
+    EXPECT_EQ(namesIn(card_ / "QUILBOX"), (Names{"data", "list", "log"}));
+}
