@@ -7,7 +7,43 @@
 #include "host_faults.h"
 
 #include <cerrno>
+#include <deque>
+#include <numeric>
 #include <random>
+
+namespace {
+
+// What a device may do and no file of the host does: give less than it is asked for, or its last bytes together with
+// the word that they are the last. Null: each read is the platform's own.
+struct ScriptedReads {
+    std::deque<DWORD> bytes;  // that each read delivers, then as many as it asks for
+    DWORD errorOfLast;
+    std::vector<DWORD> asked;
+};
+ScriptedReads* gScriptedReads;
+
+}  // namespace
+
+BOOL platformRead(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void*) asm("__real__Z8ReadFilePvS_jPjS_");
+BOOL scriptedRead(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void*) asm("__wrap__Z8ReadFilePvS_jPjS_");
+
+BOOL scriptedRead(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped)
+{
+    if (!gScriptedReads)
+        return platformRead(file, buffer, bytes, bytesRead, overlapped);
+    auto& [script, errorOfLast, asked] = *gScriptedReads;
+    asked.push_back(bytes);
+    const bool last = script.size() == 1;
+    if (!script.empty()) {
+        bytes = std::min(bytes, script.front());
+        script.pop_front();
+    }
+    const BOOL result = platformRead(file, buffer, bytes, bytesRead, overlapped);
+    if (!last || errorOfLast == 0)
+        return result;
+    SetLastError(errorOfLast);
+    return FALSE;
+}
 
 namespace {
 
@@ -142,6 +178,40 @@ TEST_F(CompressedStreamTest, SecondThreadNeverTurnsBlocksAroundOrLeavesOneOut)
         EXPECT_TRUE(read(u"\\stream") == stream);
         EXPECT_TRUE(read(u"\\back") == raw);
         EXPECT_TRUE(read(u"\\part") == Bytes(raw.begin(), raw.begin() + 10 * RawBlockBytes));
+    }
+}
+
+TEST_F(CompressedStreamTest, ShortReadSetsTheSizeOfTheNextOnesAndTheWordOfTheEndIsTaken)
+{
+    struct Case {
+        std::deque<DWORD> delivered;
+        DWORD errorOfLast;
+        std::vector<DWORD> asked;
+        std::vector<DWORD> blocks;  // raw bytes
+        BOOL result;
+    };
+    const DWORD full = RawBlockBytes;
+    for (const Case& c : {Case{{10, 10, 4, 0}, 0, {full, 10, 10, 4}, {10, 10, 4, 0}, TRUE},
+                          Case{{10, 7}, 0, {full, 10, 7, 7}, {10, 7, 7, 0}, TRUE},
+                          Case{{full, 5}, ERROR_HANDLE_EOF, {full, full}, {full, 5}, TRUE},
+                          Case{{10, 0}, ERROR_HANDLE_EOF, {full, 10}, {10, 0}, TRUE},
+                          Case{{10, 10, 4}, ERROR_GEN_FAILURE, {full, 10, 10}, {10, 10}, FALSE}}) {
+        const Bytes source = randomBytes(std::accumulate(c.blocks.begin(), c.blocks.end(), std::size_t{0}), 7);
+        write(u"\\source", source);
+        ScriptedReads reads = {c.delivered, c.errorOfLast, {}};
+        gScriptedReads = &reads;
+        EXPECT_EQ(CompressFile(u"\\source", u"\\stream"), c.result);
+        gScriptedReads = nullptr;
+        EXPECT_EQ(reads.asked, c.asked);
+        std::vector<DWORD> blocks;
+        const Bytes stream = read(u"\\stream");
+        std::size_t at = magic.size();
+        for (const DWORD packed : blockSizes(stream)) {
+            blocks.push_back(0);
+            ASSERT_TRUE(UnpackBlock(stream.data() + at + 4, packed, gRawBuffer, blocks.back()));
+            at += 4 + packed;
+        }
+        EXPECT_EQ(blocks, c.blocks);
     }
 }
 
