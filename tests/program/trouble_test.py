@@ -183,6 +183,14 @@ class DamagedStoreTest(ContentsTest):
                 self.assertRegex(said, told + r"\.\n")
                 self.assertIn(f"Sound: {stored} item", self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001"))
 
+    def test_what_of_a_damaged_database_is_stored_has_its_error_line_between_start_and_end(self):
+        self.damage("UPDATE store_record SET properties = x'01' WHERE database = 1")
+        self.quillbox(options_script(log=True) + BACKUP.format(storage="\\Card"), code=4)
+        log = (self.card / "QUILBOX" / "BACKUP0001.LOG").read_text()
+        self.assertEqual([line.split(": ", 1)[1] for line in log.splitlines() if "First" in line],
+                         ["INF: Start Database backup: First ", "ERR: Database backup: First ",
+                          "INF: End Database backup: First "])
+
     def test_what_stands_in_the_tables_is_never_passed_over(self):
         self.damage("DROP TABLE store_sort_order")
         self.assertIn(b"can't be read", self.device_tool("database", "list", self.device, code=1))
