@@ -5,10 +5,13 @@
 #include "backup_run.h"
 #include "clock.h"
 #include "host_faults.h"
+#include "name_space.h"
 #include "options.h"
 #include "set_state.h"
 
 #include "ce/dialog.h"
+
+#include <fcntl.h>
 
 #include <cerrno>
 #include <fstream>
@@ -188,6 +191,28 @@ TEST_F(BackupRunTest, ChooserLeftWithoutAChoiceMakesNothing)
     backUp();
     EXPECT_TRUE(std::filesystem::is_empty(card_));
     EXPECT_EQ(gUser.shownWith(u"open").size(), 0U);
+}
+
+TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitBehindIt)
+{
+    // They take 23 characters, and 259 is all.
+    const std::u16string fits(235, u'f');
+    for (const std::u16string& name :
+         {std::u16string(u"Other"), fits, std::u16string(236, u'l'), std::u16string(u"folder")})
+        ASSERT_TRUE(platform::file::addMount({.name = name,
+                                              .folder = open(card_.c_str(), O_RDONLY | O_DIRECTORY),
+                                              .card = name != u"folder",
+                                              .capacity = {}}));
+    for (const char* file : {"a/b/file", "z/file"})
+        write(file, "");
+    mark(u"\\z\\file");
+    gUser.choice.clear();
+    backUp();
+    const std::u16string choices = gUser.shown.at(0);
+    for (const std::u16string& card : {std::u16string(u"Card"), std::u16string(u"Other"), fits})
+        EXPECT_NE(choices.find(u"|\\" + card + u"|"), std::u16string::npos) << card.size();
+    EXPECT_TRUE(choices.ends_with(u"|Main device"));
+    EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 4);
 }
 
 TEST_F(BackupRunTest, MainDeviceHoldsItsSetInTheRoot)

@@ -145,15 +145,34 @@ TEST_F(DeletionSweepTest, SourceIsNeverLostWhereverThePowerIsCut)
 
 TEST_F(DeletionSweepTest, SourceThatChangesAfterItWasReadStays)
 {
-    startOver();
-    gUser.seesMessage = [this](const std::u16string& message) {
-        // The first one has been read and waits for its deletion while the last one begins.
-        if (message == u"File: \\run.txt")
-            write("a.txt", "Another text now, unlike what the set has.");
+    namespace fs = std::filesystem;
+    const std::string sameSize = "Unlike what the set has.";
+    const auto putTimeBack = [this](fs::file_time_type time) { fs::last_write_time(store_ / "a.txt", time); };
+    const std::function<void(fs::file_time_type)> changes[] = {
+        [&](auto) { write("a.txt", sameSize.substr(1)); },
+        [&](auto time) {
+            write("a.txt", sameSize);
+            putTimeBack(time);
+        },
+        [&](auto time) {
+            write("new", sameSize.substr(1));
+            fs::rename(store_ / "new", store_ / "a.txt");
+            putTimeBack(time);
+        },
     };
-    backUp();
-    EXPECT_EQ(read("a.txt"), "Another text now, unlike what the set has.");
-    EXPECT_FALSE(exists("run.txt"));
+    for (const auto& change : changes) {
+        startOver();
+        const auto time = fs::last_write_time(store_ / "a.txt") - std::chrono::hours(1);
+        putTimeBack(time);
+        gUser.seesMessage = [&](const std::u16string& message) {
+            // The first one has been read and waits for its deletion while the last one begins.
+            if (message == u"File: \\run.txt")
+                change(time);
+        };
+        backUp();
+        EXPECT_TRUE(read("a.txt").starts_with("nlike") || read("a.txt") == sameSize);
+        EXPECT_FALSE(exists("run.txt"));
+    }
 }
 
 TEST_F(DeletionSweepTest, MoreSourcesThanOneGroupAllGo)

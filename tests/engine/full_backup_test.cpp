@@ -43,6 +43,7 @@ TEST_F(FullBackupTest, TakesFilesAndLeavesOutCardsTopLevelSetsAndRom)
     write("deep/er/b.txt", "b");
     write("x.QDT", "");
     write("x.QLT", "");
+    write(".QDT", "");
     write("y.qdt", "");
     write("QDT", "");
     write("rom.dll", "r");
@@ -83,6 +84,9 @@ TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackup)
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_TRUE(boxes[0].starts_with(u"Info|1 path is too long and was left out:\n\\ddd"));
     EXPECT_EQ(gUser.shown.back().substr(0, 3), u"box");
+    gUser.choice.clear();
+    backedUp();
+    EXPECT_EQ(gUser.shownWith(u"box ").size(), 0U) << "not after a backup that was left";
 }
 
 TEST_F(FullBackupTest, PathsThatDoNotFitAreToldWhenThereIsNothingElse)

@@ -81,6 +81,19 @@ Names namesIn(const std::filesystem::path& folder)
     return names;
 }
 
+// Those that can be read and written by somebody who lets others do both.
+Names namesThatOpen(const std::filesystem::path& folder, const std::u16string& path)
+{
+    Names names = namesIn(folder);
+    std::erase_if(names, [&](const std::string& name) {
+        const HANDLE file =
+            CreateFileW((path + std::u16string(name.begin(), name.end())).c_str(), GENERIC_READ | GENERIC_WRITE,
+                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+        return file == INVALID_HANDLE_VALUE || !CloseHandle(file);
+    });
+    return names;
+}
+
 // The platform's two calls. The first one writes what it is to write and gives what it is to give.
 struct {
     bool writes;
@@ -91,6 +104,8 @@ struct {
 BOOL copyRegistry(const WCHAR* path)
 {
     gUser.shown.push_back(u"registry to " + std::u16string(path));
+    if (gUser.seesMessage)
+        gUser.seesMessage(path);
     if (gRegistry.writes)
         std::ofstream(gRegistry.root / path) << Registry;
     return gRegistry.result;
@@ -155,8 +170,15 @@ TEST_F(WholeRunTest, BackupIsWhatTheFormatsSayInItsOrderAndReplacesAnOldSet)
     gUser.comment = u"mine";
     gUser.answers = {IDYES};
     gUser.notesAll = true;
-    RunBackup(BackupSelectedItems);
-
+    const Names set = {"BACKUP0001.LOG", "QLBX0001.QDT", "QLBX0001.QLT"};
+    gUser.seesMessage = [&](const std::u16string&) {
+        EXPECT_EQ(namesThatOpen(card_ / "QUILBOX", u"\\Card\\QUILBOX\\"), Names{}) << "a run shares nothing";
+        EXPECT_EQ(namesIn(card_ / "QUILBOX"), set) << "nothing of one item is left when the next one begins";
+        EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
+    };
+    EXPECT_EQ(RunBackup(BackupSelectedItems), 0U);
+    EXPECT_EQ(namesThatOpen(card_ / "QUILBOX", u"\\Card\\QUILBOX\\"), set);
+    EXPECT_EQ(namesIn(card_ / "QUILBOX"), set);
     EXPECT_EQ(gUser.transcript(), "dialog backup 2; choose Select your storage|\\Card|Main device; "
                                   "open Backuping Files|Backuping Files|1000|500; wait; "
                                   "no wait; box Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260; wait; "
@@ -178,7 +200,6 @@ TEST_F(WholeRunTest, BackupIsWhatTheFormatsSayInItsOrderAndReplacesAnOldSet)
                 numberBytes(48) + textBytes("Backup date:05/03/2000 (09:07)\r\nComments:\r\nmine") +
                     entryBytes(1, "\\b.bin", 0, 1024) + entryBytes(1, "\\a.bin", 1024, 2048) +
                     entryBytes(2, "E", 2048, 2092) + entryBytes(2, "D", 2092, 2136) + entryBytes(3, "D", 2136, 2171));
-    EXPECT_EQ(namesIn(card_ / "QUILBOX"), (Names{"BACKUP0001.LOG", "QLBX0001.QDT", "QLBX0001.QLT"}));
     EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
     EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 5U) << "the marks stay";
 }
@@ -204,6 +225,10 @@ TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
         if (mode == RestoreModeAsk)
             gUser.answers.insert(gUser.answers.begin(), IDNO);
         gUser.notesAll = true;
+        gUser.seesMessage = [this](const std::u16string&) {
+            for (const std::string& name : namesIn(store_))
+                EXPECT_TRUE(name.ends_with(".bin")) << name << " is left when the next item begins";
+        };
         restore();
 
         const bool replaced = mode == RestoreModeReplace;
@@ -233,6 +258,8 @@ TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
         EXPECT_EQ(typeOfDatabase(u"E"), 7U);
         EXPECT_EQ(typeOfDatabase(u"D"), 9U);
         EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
+        EXPECT_EQ(namesThatOpen(store_, u"\\"), namesIn(store_));
+        EXPECT_EQ(namesThatOpen(card_ / "QUILBOX", u"\\Card\\QUILBOX\\"), namesIn(card_ / "QUILBOX"));
         EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 0U);
     }
 }
