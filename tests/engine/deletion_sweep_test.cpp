@@ -5,8 +5,11 @@
 
 #include "backup_run.h"
 #include "host_faults.h"
+#include "list_reader.h"
 #include "options.h"
 #include "set_state.h"
+
+#include "ce/file.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -64,6 +67,24 @@ protected:
         }
     }
 
+    // An entry that couldn't be written whole was cut off again.
+    static void expectWholeEntries()
+    {
+        const HANDLE list =
+            CreateFileW(u"\\Card\\QUILBOX\\QLBX0001.QLT", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        if (list == INVALID_HANDLE_VALUE)
+            return;
+        ListReader reader;
+        ListEntry entry;
+        StartListReader(reader, list);
+        if (ReadListHead(reader, gComment) == 0) {
+            while (ReadListEntry(reader, entry))
+                EXPECT_EQ(entry.faults, 0U);
+            EXPECT_EQ(reader.bytesBehindEntries, 0U);
+        }
+        CloseHandle(list);
+    }
+
     // A number that couldn't be had was passed over, so the set needn't be the first.
     void restoreEverySet()
     {
@@ -109,6 +130,7 @@ TEST_F(DeletionSweepTest, SourceIsNeverLostWhereverTheCardFillsUp)
         startOver();
         mount(capacity);
         backUp();
+        expectWholeEntries();
         std::size_t deleted = 0;
         for (const auto& [name, content] : Sources)
             deleted += exists(name) ? 0 : 1;

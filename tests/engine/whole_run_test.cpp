@@ -27,10 +27,14 @@ using Names = std::vector<std::string>;
 constexpr SYSTEMTIME Then = {2000, 3, 0, 5, 9, 7, 3, 0};
 const std::string Registry = "keys and values";
 
-std::string noise(unsigned seed)
+// Their streams take 2001 and 999 bytes: with both the counter comes to 3 just so, and with the second alone to no 1.
+constexpr std::size_t SizeOfA = 1973;
+constexpr std::size_t SizeOfB = 975;
+
+std::string noise(std::size_t size)
 {
-    std::mt19937 random(seed);
-    std::string bytes(1000, 0);
+    std::mt19937 random;
+    std::string bytes(size, 0);
     for (char& byte : bytes)
         byte = static_cast<char>(random());
     return bytes;
@@ -142,8 +146,8 @@ protected:
 
     void markAll()
     {
-        write("a.bin", noise(1));
-        write("b.bin", noise(2));
+        write("a.bin", noise(SizeOfA));
+        write("b.bin", noise(SizeOfB));
         mark(u"\\b.bin");
         mark(u"\\a.bin");
         for (const WCHAR* name : {u"E", u"D"}) {
@@ -179,27 +183,29 @@ TEST_F(WholeRunTest, BackupIsWhatTheFormatsSayInItsOrderAndReplacesAnOldSet)
     EXPECT_EQ(RunBackup(BackupSelectedItems), 0U);
     EXPECT_EQ(namesThatOpen(card_ / "QUILBOX", u"\\Card\\QUILBOX\\"), set);
     EXPECT_EQ(namesIn(card_ / "QUILBOX"), set);
-    EXPECT_EQ(gUser.transcript(), "dialog backup 2; choose Select your storage|\\Card|Main device; "
-                                  "open Backuping Files|Backuping Files|1000|500; wait; "
-                                  "no wait; box Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260; wait; "
-                                  "message File: \\b.bin; count Backuped: 0; count Backuped: 1; step; "
-                                  "message File: \\a.bin; count Backuped: 1; count Backuped: 2; step; no wait; close; "
-                                  "open Databases |Databases |1000|500; wait; "
-                                  "message Database: E; count Backuped: 2; step; "
-                                  "message Database: D; count Backuped: 2; step; "
-                                  "registry to TMVRegFile.QBR; no wait; close");
+    EXPECT_EQ(gUser.transcript(),
+              "dialog backup 2; choose Select your storage|\\Card|Main device; "
+              "open Backuping Files|Backuping Files|1000|500; wait; "
+              "no wait; box Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260; wait; "
+              "message File: \\b.bin; count Backuped: 0; step; "
+              "message File: \\a.bin; count Backuped: 1; count Backuped: 2; count Backuped: 3; step; no wait; close; "
+              "open Databases |Databases |1000|500; wait; "
+              "message Database: E; count Backuped: 3; step; "
+              "message Database: D; count Backuped: 3; step; "
+              "registry to TMVRegFile.QBR; no wait; close");
     EXPECT_EQ(cardFile("BACKUP0001.LOG"),
               logOf({"INF: Start file backup: \\b.bin", "INF: End file backup\\b.bin",
                      "INF: Start file backup: \\a.bin", "INF: End file backup\\a.bin", "INF: Start Database backup: E",
                      "INF: End Database backup: E", "INF: Start Database backup: D", "INF: End Database backup: D",
                      "INF: Start registry backup", "INF: End registry backup"}));
-    expectBytes(cardFile("QLBX0001.QDT"), streamOf(noise(2)) + streamOf(noise(1)) + streamOf(imageOf("E", 7)) +
-                                              streamOf(imageOf("D", 7)) + streamOf(Registry));
+    expectBytes(cardFile("QLBX0001.QDT"), streamOf(noise(SizeOfB)) + streamOf(noise(SizeOfA)) +
+                                              streamOf(imageOf("E", 7)) + streamOf(imageOf("D", 7)) +
+                                              streamOf(Registry));
     // 43 characters of its own, 4 of the user, the terminator. The registry's entry has the name before it.
     expectBytes(cardFile("QLBX0001.QLT"),
                 numberBytes(48) + textBytes("Backup date:05/03/2000 (09:07)\r\nComments:\r\nmine") +
-                    entryBytes(1, "\\b.bin", 0, 1024) + entryBytes(1, "\\a.bin", 1024, 2048) +
-                    entryBytes(2, "E", 2048, 2092) + entryBytes(2, "D", 2092, 2136) + entryBytes(3, "D", 2136, 2171));
+                    entryBytes(1, "\\b.bin", 0, 999) + entryBytes(1, "\\a.bin", 999, 3000) +
+                    entryBytes(2, "E", 3000, 3044) + entryBytes(2, "D", 3044, 3088) + entryBytes(3, "D", 3088, 3123));
     EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
     EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 5U) << "the marks stay";
 }
@@ -233,10 +239,10 @@ TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
 
         const bool replaced = mode == RestoreModeReplace;
         const std::string question = mode == RestoreModeAsk ? "box Warning|File:\\b.bin exists replace ?|308; " : "";
-        const std::string first = replaced ? "step; count Restored: 0 ; count Restored: 1 ; " : "";
-        const std::string second =
-            replaced ? "count Restored: 1 ; count Restored: 2 ; " : "count Restored: 0 ; count Restored: 1 ; ";
-        const std::string total = replaced ? "count Restored: 2 ; " : "count Restored: 1 ; ";
+        const std::string first = replaced ? "step; count Restored: 0 ; " : "";
+        const std::string second = replaced ? "count Restored: 1 ; count Restored: 2 ; count Restored: 3 ; "
+                                            : "count Restored: 0 ; count Restored: 1 ; count Restored: 2 ; ";
+        const std::string total = replaced ? "count Restored: 3 ; " : "count Restored: 2 ; ";
         EXPECT_EQ(gUser.transcript(), "choose Select backup file|\\Card\\QUILBOX\\QLBX0001.QLT; "
                                       "dialog restore 1|\\Card\\QUILBOX\\QLBX0001.QLT; "
                                       "open Restoring Files|Restoring Files|1000|500; wait; "
@@ -253,8 +259,8 @@ TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
                                           "no wait; box Warning|Database:D exists replace ?|308; wait; step; "
                                           "message Registry; step; registry from \\BKREG.TMP|keys and values; no wait; "
                                           "box Restore|I have restored the registry|0; close");
-        expectBytes(read("a.bin"), noise(1));
-        expectBytes(read("b.bin"), replaced ? noise(2) : "another");
+        expectBytes(read("a.bin"), noise(SizeOfA));
+        expectBytes(read("b.bin"), replaced ? noise(SizeOfB) : "another");
         EXPECT_EQ(typeOfDatabase(u"E"), 7U);
         EXPECT_EQ(typeOfDatabase(u"D"), 9U);
         EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
