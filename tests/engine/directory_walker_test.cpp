@@ -92,7 +92,8 @@ TEST_F(WalkerTest, PathThatDoesNotFitIsCountedAndNamedNotLost)
     write(level + "/" + std::string(255, 'n'), "long");
     gPathsTooLong = {};
     Seen seen;
-    walk(seen, u"\\", TRUE, FALSE);
+    const DWORD walked = walk(seen, u"\\", TRUE, FALSE);
+    EXPECT_EQ(walked, seen.paths.size());
     WCHAR path[MAX_PATH];
     DWORD fit = 0;
     for (const std::u16string& entry : seen.paths)

@@ -74,15 +74,30 @@ TEST_F(FullBackupTest, LinksAndFifosAreNoPartOfTheDevice)
     EXPECT_EQ(backedUp(), std::vector<std::u16string>{u"\\real"});
 }
 
-TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackup)
+TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackupAndCostNoOthers)
 {
-    const std::string folder = std::string(120, 'd') + "/" + std::string(120, 'd') + "/";
-    for (const std::string& name : {std::string("a"), std::string(30, 'n'), std::string("z")})
+    const std::string folder = std::string(200, 'd') + "/";
+    std::vector<std::u16string> fit;
+    for (const std::string& name :
+         {std::string("a"), std::string(55, 'e') + "/x", std::string(57, 'n'), std::string("z")}) {
         write(folder + name, "");
-    EXPECT_EQ(backedUp().size(), 2U) << "those beside it fit";
+        std::u16string path =
+            u"\\" + std::u16string(folder.begin(), folder.end()) + std::u16string(name.begin(), name.end());
+        std::replace(path.begin(), path.end(), u'/', u'\\');
+        fit.push_back(path);
+        // One character more.
+        if (name.size() > 1)
+            write(folder + name[0] + name, "");
+    }
+    const std::vector<std::u16string> names = backedUp();
+    ASSERT_EQ(names.size(), fit.size());
+    for (std::size_t i = 0; i < names.size(); i++)
+        EXPECT_TRUE(fit[i].starts_with(names[i])) << "a message cuts what is longest";
     const auto boxes = gUser.shownWith(u"box ");
     ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_TRUE(boxes[0].starts_with(u"Info|1 path is too long and was left out:\n\\ddd"));
+    EXPECT_TRUE(boxes[0].starts_with(u"Info|2 paths are too long and were left out. The first is:\n\\ddd"));
+    EXPECT_TRUE(boxes[0].ends_with(u"|48"));
+    EXPECT_EQ(boxes[0].find(u'*'), std::u16string::npos) << "a name, not what it is searched by";
     EXPECT_EQ(gUser.shown.back().substr(0, 3), u"box");
     gUser.choice.clear();
     backedUp();

@@ -90,7 +90,7 @@ TEST_F(RestoreRunTest, EverySetIsOfferedByTheEndOfItsName)
 {
     std::filesystem::create_directories(card_ / "QUILBOX" / "folderQLT");
     std::filesystem::create_directories(store_ / ".hidden");
-    for (const char* name : {"QLBX0001.QLT", "xQLT", "lower.qlt", "QL"})
+    for (const char* name : {"QLBX0001.QLT", "xQLT", "QLT", "lower.qlt", "QL"})
         std::ofstream(card_ / "QUILBOX" / name) << Head;
     std::ofstream(store_ / ".hidden" / "no.QLT") << Head;
     std::ofstream(store_ / ".seen.QLT") << Head;
@@ -99,7 +99,7 @@ TEST_F(RestoreRunTest, EverySetIsOfferedByTheEndOfItsName)
     gUser.choice.clear();
     RunRestore(RestoreFull);
     const std::u16string choices = gUser.shown.at(0);
-    EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 99 + 3) << "99 sets, one folder, two odd names";
+    EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 99 + 4) << "99 sets, one folder, three odd names";
     EXPECT_EQ(choices.find(u"lower"), std::u16string::npos);
     EXPECT_EQ(choices.find(u"hidden"), std::u16string::npos);
 }

@@ -125,6 +125,29 @@ BOOL takeRegistry(const WCHAR* path)
     return FALSE;
 }
 
+// A run whose files are open already.
+struct OpenRun : BackupRun {
+    BackupLog lines;
+
+    OpenRun(DWORD listAccess, DWORD dataAccess) : lines(u"\\Card\\QUILBOX\\log")
+    {
+        const auto opened = [](const WCHAR* path, DWORD access) {
+            return CreateFileW(path, access, 0, nullptr, access == GENERIC_WRITE ? CREATE_ALWAYS : OPEN_EXISTING, 0,
+                               nullptr);
+        };
+        listFile = opened(u"\\Card\\QUILBOX\\list", listAccess);
+        dataFile = opened(u"\\Card\\QUILBOX\\data", dataAccess);
+        log = &lines;
+        FormatTemporaryPath(temporaryPath, u"\\Card");
+    }
+    void close()
+    {
+        CloseHandle(listFile);
+        CloseHandle(dataFile);
+        lines.Close();
+    }
+};
+
 class WholeRunTest : public EngineTest {
 protected:
     WholeRunTest()
@@ -136,6 +159,7 @@ protected:
         gRegCopyFile = copyRegistry;
         gRegRestoreFile = takeRegistry;
         gOptions.generateLog = 1;
+        std::filesystem::create_directories(card_ / "QUILBOX");
     }
     ~WholeRunTest() override
     {
@@ -159,7 +183,6 @@ protected:
 
     void put(const std::string& name, const std::string& content) const
     {
-        std::filesystem::create_directories(card_ / "QUILBOX");
         std::ofstream(card_ / "QUILBOX" / name, std::ios::binary) << content;
     }
 };
@@ -353,32 +376,44 @@ TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsSto
     write("empty", "");
     for (const WCHAR* path : {u"\\two", u"\\one", u"\\empty"})
         mark(path);
-    const auto make = [](const WCHAR* path) {
-        return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    };
-    std::filesystem::create_directories(card_ / "QUILBOX");
-    BackupLog log(u"\\Card\\QUILBOX\\log");
-    BackupRun run;
-    run.listFile = make(u"\\Card\\QUILBOX\\list");
-    run.dataFile = make(u"\\Card\\QUILBOX\\data");
-    run.log = &log;
+    OpenRun run(GENERIC_WRITE, GENERIC_WRITE);
     run.dataBytes = 0xFFFFFFFF - static_cast<DWORD>(stream.size());
-    FormatTemporaryPath(run.temporaryPath, u"\\Card");
     BackUpFiles(run);
 
     // One of 4 GiB and few bytes more.
-    std::ofstream(card_ / "QUILBOX" / "BKTMP.000");
+    put("BKTMP.000", "");
     std::filesystem::resize_file(card_ / "QUILBOX" / "BKTMP.000", (std::uintmax_t{1} << 32) + 12);
     run.dataBytes = 0;
     run.streamIsOfItem = TRUE;
     EXPECT_EQ(OpenTemporaryStream(run), INVALID_HANDLE_VALUE);
-    for (const HANDLE file : {run.listFile, run.dataFile})
-        CloseHandle(file);
-    log.Close();
+    run.close();
     const char* const full = "ERR: Backup File write (00000070)";
     EXPECT_EQ(cardFile("log"), logOf({"INF: Start file backup: \\two", full, "INF: Start file backup: \\one",
                                       "INF: End file backup\\one", "INF: Start file backup: \\empty", full, full}));
     expectBytes(cardFile("list"), entryBytes(1, "\\one", 0xFFFFFFEA, 0xFFFFFFFF));
     expectBytes(cardFile("data"), stream);
     EXPECT_EQ(namesIn(card_ / "QUILBOX"), (Names{"data", "list", "log"}));
+}
+
+// Each write of a file that may only be read fails.
+TEST_F(WholeRunTest, EachFailedWriteHasItsLineAndKeepsTheSource)
+{
+    put("list", "");
+    put("data", "");
+    write("a.bin", noise(SizeOfA));
+    mark(u"\\a.bin");
+    gOptions.deleteBackedUp = 1;
+    // Kind, flag, length, name and start of the entry; 7 pieces of 260 bytes and one of 181.
+    for (const auto& [list, data, writes] :
+         {std::tuple{GENERIC_READ, GENERIC_WRITE, 5}, {GENERIC_WRITE, GENERIC_READ, 8}}) {
+        OpenRun run(list, data);
+        BackUpFiles(run);
+        run.close();
+        Names log(static_cast<std::size_t>(writes) + 2, "ERR: Backup File write (00000005)");
+        log.front() = "INF: Start file backup: \\a.bin";
+        log.back() = "INF: End file backup\\a.bin";
+        EXPECT_EQ(cardFile("log"), logOf(log));
+        EXPECT_TRUE(exists("a.bin"));
+    }
+    expectBytes(cardFile("list"), entryBytes(1, "\\a.bin", 0, 0));
 }
