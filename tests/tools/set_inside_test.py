@@ -256,10 +256,10 @@ class DamagedInsideTest(InsideTest):
         self.assertIn("16 MiB", done.stdout)
         self.assertEqual(list((self.folder / "out").iterdir()), [])
         # As text a value takes up to nine times the room; in memory it is there once.
-        whole = head[:-4] + struct.pack("<I", 200 * 131072)
-        blob = pack_stream(whole)[:-7] + zeros * 200 + pack_stream(b"\0\0")[5:]
+        whole = head[:-4] + struct.pack("<I", 120 * 131072)
+        blob = pack_stream(whole)[:-7] + zeros * 120 + pack_stream(b"\0\0")[5:]
         text = pack_stream(image_bytes("Tasks", 0, [], [[(0x1001F, "\ud800" * 4_000_000)]]))
-        for stream, size in ((blob, 2 * 200 * 131072), (text, 6 * 4_000_000)):
+        for stream, size in ((blob, 2 * 120 * 131072), (text, 6 * 4_000_000)):
             path = Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
             done = subprocess.run([*limited, quillbox_set_test.TOOL, "extract", "--force", path, self.folder / "out"],
                                   capture_output=True, text=True, check=False)
