@@ -382,9 +382,9 @@ TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsSto
 
     // One of 4 GiB and few bytes more.
     put("BKTMP.000", "");
-    std::filesystem::resize_file(card_ / "QUILBOX" / "BKTMP.000", (std::uintmax_t{1} << 32) + 12);
     run.dataBytes = 0;
-    run.streamIsOfItem = TRUE;
+    run.packed.made = TRUE;
+    run.packed.bytes = (std::uint64_t{1} << 32) + 12;
     EXPECT_EQ(OpenTemporaryStream(run), INVALID_HANDLE_VALUE);
     run.close();
     const char* const full = "ERR: Backup File write (00000070)";
