@@ -70,15 +70,20 @@ TEST_F(RestoreRunTest, PolicyDecidesAboutWhatExistsOnly)
 TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreToldAndKeepTheMarks)
 {
     mark(u"\\marked");
-    RunRestore(RestoreFull);
+    EXPECT_EQ(RunRestore(RestoreFull), 0U);
     EXPECT_EQ(gUser.shown, Lines{u"box (none)|No Backup File found|0"});
     EXPECT_EQ(gFileList->Count(), 1U);
 
     std::filesystem::create_directories(card_ / "QUILBOX");
     std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT") << Head;
-    gUser.choice.clear();
-    RunRestore(RestoreFull);
-    EXPECT_EQ(gFileList->Count(), 1U);
+    std::filesystem::create_directories(card_ / "QUILBOX" / "folder.QLT");
+    for (const WCHAR* choice : {u"", u"\\Card\\QUILBOX\\folder.QLT"}) {
+        gUser.choice = choice;
+        gUser.shown.clear();
+        EXPECT_EQ(RunRestore(RestoreFull), 1U);
+        EXPECT_EQ(gFileList->Count(), 1U);
+        EXPECT_EQ(gUser.shown.size(), 1U) << "the choice and nothing else";
+    }
 
     gUser.shown.clear();
     restore();
