@@ -157,6 +157,7 @@ TEST_F(FullBackupTest, ListingStepsForWhatItTriesInAWindowThatRunsOutByItself)
 TEST_F(FullBackupTest, RegistryGoesByItsBoxAndItsMarkIsGivenBack)
 {
     static int copies;
+    copies = 0;
     gRegCopyFile = [](const WCHAR*) { return static_cast<BOOL>(++copies); };
     write("a", "");
     for (const DWORD mark : {0, 1}) {
