@@ -91,6 +91,7 @@ EngineTest::EngineTest()
 
 EngineTest::~EngineTest()
 {
+    EXPECT_FALSE(gUser.waitCursor) << "no run is left";
     platform::store::closeStore();
     platform::database::closeDeviceDatabase();
     platform::file::removeAllMounts();
