@@ -113,8 +113,8 @@ ssize_t readExtended(int folder, const char* name, const char* attribute, std::s
 
 ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t place)
 {
-    if (const int error = passGate())
-        return -error;
+    if (const int error = passGate(HostCall::Read))
+        return error == GivesNothing ? 0 : -error;
     return unlessInterrupted([&] { return ::pread(file, bytes.data(), bytes.size(), static_cast<off_t>(place)); });
 }
 

@@ -47,19 +47,32 @@ std::uint64_t hostCallsMade()
     return current.calls;
 }
 
-int detail::countHostCall()
+int detail::countHostCall(HostCall call)
 {
-    const std::lock_guard lock(current.mutex);
-    ++current.calls;
-    if (current.plan.kind == FaultKind::Fail) {
+    FaultPlan plan;
+    {
+        const std::lock_guard lock(current.mutex);
+        ++current.calls;
+        plan = current.plan;
         const bool due =
-            current.calls >= current.plan.nthCall && current.calls - current.plan.nthCall < current.plan.calls;
-        return due && current.plan.nthCall != 0 ? current.plan.error : 0;
+            plan.nthCall != 0 && current.calls >= plan.nthCall && current.calls - plan.nthCall < plan.calls;
+        if (!due)
+            return 0;
     }
-    if (current.calls != current.plan.nthCall)
+    switch (plan.kind) {
+    case FaultKind::Fail:
+        return plan.error;
+    case FaultKind::ShortRead:
+        return call == HostCall::Read ? GivesNothing : 0;
+    case FaultKind::Meanwhile:
+        plan.meanwhile();
         return 0;
-    if (current.plan.kind == FaultKind::PowerCut)
+    case FaultKind::PowerCut:
         takeBackUnflushed();
+        break;
+    case FaultKind::Kill:
+        break;
+    }
     (void)std::raise(SIGKILL);
     return 0;
 }

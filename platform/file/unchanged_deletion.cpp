@@ -153,8 +153,6 @@ DWORD deleteUnchangedAt(const HostPlace& place, const FileStamp& stamp)
         return errorAt(place, parent, result);
     if (const DWORD error = deletionError(place, parent.number(), status, *table))
         return error;
-    if (!isUnchanged(stamp, status))
-        return ERROR_FILE_INVALID;
     Held held;
     if (const DWORD error = hold(place, parent, stamp, held))
         return error;

@@ -2,19 +2,30 @@
 #include "file_fixture.h"
 #include "file_stamp.h"
 
+#include "host_faults.h"
+
 #include "ce/file_deletion.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <fstream>
 #include <functional>
+#include <set>
 #include <thread>
 
 namespace fs = std::filesystem;
 
 namespace {
+
+using platform::file::FaultKind;
+using platform::file::FaultPlan;
+
+constexpr const char16_t* Path = u"\\d\\letter.txt";
 
 class UnchangedDeletionTest : public FileTest {
 protected:
@@ -45,6 +56,27 @@ protected:
         return stamp;
     }
 
+    // For tests in which no second write could leave the same times: nothing has to be waited for.
+    FileStamp writeAndStampNow(const std::string& bytes)
+    {
+        fs::remove_all(file().parent_path());
+        fs::create_directory(file().parent_path());
+        hostWrite(file(), bytes);
+        FileStamp stamp = stampNow();
+        stamp.provesWrites = TRUE;
+        return stamp;
+    }
+
+    // 0 or the error, while the plan holds. `calls` are those that were made.
+    static DWORD deletionUnder(const FaultPlan& plan, const FileStamp& stamp, std::uint64_t& calls)
+    {
+        platform::file::setFaultPlan(plan);
+        const DWORD error = deletion(stamp);
+        calls = platform::file::hostCallsMade();
+        platform::file::clearFaultPlan();
+        return error;
+    }
+
     // 0 or the error.
     static DWORD deletion(const FileStamp& stamp)
     {
@@ -52,7 +84,14 @@ protected:
         return DeleteUnchangedFile(Path, &stamp) ? 0 : GetLastError();
     }
 
-    static constexpr const char16_t* Path = u"\\d\\letter.txt";
+    // What the files of the folder hold, whatever their names.
+    [[nodiscard]] std::multiset<std::string> contents() const
+    {
+        std::multiset<std::string> all;
+        for (const auto& entry : fs::directory_iterator(root() / "d"))
+            all.insert(hostRead(entry.path()));
+        return all;
+    }
 };
 
 TEST_F(UnchangedDeletionTest, OnlyTheFileOfTheStampGoes)
@@ -137,6 +176,112 @@ TEST_F(UnchangedDeletionTest, StampThatComesTooSoonProvesNothing)
     stamp.provesWrites = FALSE;
     EXPECT_EQ(deletion(stamp), ERROR_RETRY);
     EXPECT_EQ(hostRead(file()), "bytes");
+}
+
+// EINVAL stands for a file system that can't refuse to replace, EACCES for a file that gets no lease.
+TEST_F(UnchangedDeletionTest, FileThatIsNotDeletedKeepsItsNameWhicheverCallFails)
+{
+    const std::pair<int, std::uint64_t> faults[] = {{EIO, 1},    {EIO, 2},    {EINVAL, 1}, {EACCES, 1},
+                                                    {ENOMEM, 1}, {EEXIST, 1}, {EAGAIN, 1}};
+    for (const auto& [hostError, times] : faults) {
+        std::uint64_t calls = 0;
+        for (std::uint64_t nth = 1; nth == 1 || calls >= nth - 1; ++nth) {
+            SCOPED_TRACE(std::to_string(hostError) + " at " + std::to_string(nth));
+            const FileStamp stamp = writeAndStampNow("bytes");
+            const DWORD error = deletionUnder(
+                {.kind = FaultKind::Fail, .nthCall = nth, .error = hostError, .calls = times}, stamp, calls);
+            EXPECT_EQ(hostRead(file()), error == 0 ? "" : "bytes");
+            EXPECT_EQ(contents().size(), error == 0 ? 0U : 1U);
+            EXPECT_TRUE(error == 0 || calls >= nth) << "this one met no fault";
+        }
+    }
+}
+
+TEST_F(UnchangedDeletionTest, KillLeavesTheFileUnderANameThatTellsWhy)
+{
+    std::set<std::string> names;
+    for (const FaultKind kind : {FaultKind::Kill, FaultKind::PowerCut}) {
+        for (std::uint64_t nth = 1; nth == 1 || !contents().empty(); ++nth) {
+            const FileStamp stamp = writeAndStampNow("bytes");
+            const pid_t child = ::fork();
+            if (child == 0) {
+                platform::file::setFaultPlan({.kind = kind, .nthCall = nth});
+                (void)DeleteUnchangedFile(Path, &stamp);
+                ::_exit(0);
+            }
+            ::waitpid(child, nullptr, 0);
+            for (const auto& entry : fs::directory_iterator(root() / "d")) {
+                EXPECT_EQ(hostRead(entry.path()), "bytes");
+                names.insert(entry.path().filename().string().substr(0, 37));
+            }
+        }
+    }
+    EXPECT_EQ(names, (std::set<std::string>{"letter.txt", "letter.txt (being deleted by Quillbox"}));
+}
+
+// What other programs might do between any two calls. Each does it once or twice.
+struct Intruder {
+    fs::path file;
+    int times = 0;
+    std::multiset<std::string> survive;  // what nobody but the deletion could have taken away
+};
+Intruder intruder;
+
+void replaceFile()
+{
+    const std::string bytes = "replaced " + std::to_string(++intruder.times);
+    const fs::path beside = intruder.file.parent_path() / "beside";
+    std::ofstream(beside) << bytes;
+    fs::rename(beside, intruder.file);
+    intruder.survive = {bytes};
+}
+
+void writeTo(int flags)
+{
+    const int descriptor = ::open(intruder.file.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags, 0666);
+    if (descriptor < 0) {
+        if (errno == EAGAIN)  // it would wait for the lease, and then write to this file
+            intruder.survive.insert("bytes");
+        return;
+    }
+    struct stat before = {};
+    ::fstat(descriptor, &before);
+    const std::string bytes = "more " + std::to_string(++intruder.times);
+    EXPECT_EQ(::write(descriptor, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    ::close(descriptor);
+    intruder.survive.insert((before.st_size != 0 ? "bytes" : "") + bytes);
+}
+
+TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
+{
+    struct Case {
+        const char* name;
+        void (*act)();
+        std::uint64_t times;
+    };
+    const Case cases[] = {
+        {"replace", replaceFile, 1},
+        {"replace twice", replaceFile, 2},
+        {"append", [] { writeTo(O_APPEND); }, 1},
+        {"make", [] { writeTo(O_CREAT | O_EXCL); }, 1},
+        {"replace and make", [] { intruder.times == 0 ? replaceFile() : writeTo(O_CREAT | O_EXCL); }, 3},
+    };
+    for (const Case& each : cases) {
+        std::uint64_t calls = 0;
+        for (std::uint64_t nth = 1; nth == 1 || calls >= nth - 1; ++nth) {
+            SCOPED_TRACE(std::string(each.name) + " at " + std::to_string(nth));
+            const FileStamp stamp = writeAndStampNow("bytes");
+            intruder = {file(), 0, {}};
+            const FaultPlan plan{
+                .kind = FaultKind::Meanwhile, .nthCall = nth, .error = 0, .calls = each.times, .meanwhile = each.act};
+            const DWORD error = deletionUnder(plan, stamp, calls);
+            const std::multiset<std::string> found = contents();
+            for (const std::string& bytes : intruder.survive)
+                EXPECT_EQ(found.count(bytes), 1U) << bytes;
+            EXPECT_EQ(fs::exists(file()), !found.empty());
+            EXPECT_TRUE(error == 0 || intruder.times != 0 || !intruder.survive.empty());
+        }
+    }
 }
 
 }  // namespace
