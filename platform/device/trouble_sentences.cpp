@@ -195,7 +195,7 @@ public:
         for (NamedTrouble& trouble : troubles) {
             told_.insert({what, trouble.name});
             const auto noted = noted_.find({what, trouble.name});
-            if (noted != noted_.end() && (what != Troubled::File || trouble.error == ERROR_GEN_FAILURE))
+            if (noted != noted_.end() && knowsBetter(what, trouble.error))
                 trouble.error = noted->second;
             if (kind == Trouble::Numbering)
                 foldersWithoutSet_.push_back(trouble.name + u"\\");
@@ -216,6 +216,12 @@ public:
 
 private:
     using Name = std::pair<Troubled, std::u16string>;
+
+    // That the set is damaged is the program's own finding.
+    static bool knowsBetter(Troubled what, DWORD reported)
+    {
+        return what == Troubled::File ? reported == ERROR_GEN_FAILURE : reported != ERROR_FILE_CORRUPT;
+    }
 
     Since since_;
     std::map<Name, DWORD> noted_;
