@@ -252,6 +252,7 @@ OpenResult openDevice(const fs::path& folder, const std::vector<ExtraFolder>& ex
 {
     OpenResult result;
     try {
+        file::prepareProcess();
         const fs::path absolute = fs::absolute(folder).lexically_normal();
         const FolderKind kind = kindOf(absolute);
         if (kind == FolderKind::Other)

@@ -11,6 +11,7 @@
 #include "open_files.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <csignal>
@@ -63,18 +64,19 @@ std::uint64_t measure(int folder)
     return readable.isOpen() ? measure(std::move(readable), counted) : 0;
 }
 
-// A lease that another process breaks in the moment that we hold it is told by SIGIO, which ends a process
-// that has said nothing about it.
-void ignoreLeaseSignals()
-{
-    struct sigaction action = {};
-    if (::sigaction(SIGIO, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
-        return;
-    action.sa_handler = SIG_IGN;
-    (void)::sigaction(SIGIO, &action, nullptr);
-}
-
 }  // namespace
+
+void prepareProcess()
+{
+    // A lease that another process breaks in the moment that we hold it is told by SIGIO, which ends a process that has
+    // said nothing about it.
+    struct sigaction action = {};
+    if (::sigaction(SIGIO, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
+        action.sa_handler = SIG_IGN;
+        (void)::sigaction(SIGIO, &action, nullptr);
+    }
+    ::umask(::umask(0) & ~static_cast<mode_t>(S_IRWXU));
+}
 
 bool addMount(Mount mount)
 {
@@ -88,7 +90,7 @@ bool addMount(Mount mount)
     if (!volume->readable.isOpen() || readStatus(volume->readable.number(), "", status) != 0)
         return false;
     volume->device = deviceOf(status);
-    ignoreLeaseSignals();
+    prepareProcess();
     const std::uint64_t used = mount.capacity ? measure(folder.number()) : 0;
     auto added = std::make_shared<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
                                                  mount.card, mount.capacity, used);

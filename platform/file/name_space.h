@@ -11,6 +11,10 @@
 
 namespace platform::file {
 
+// What files need of the process: whatever mask the user has, what is made is its owner's to read and write, and a lease
+// that is broken doesn't end it. addMount does it; for what is made before. No other thread may make files meanwhile.
+void prepareProcess();
+
 // One host folder in the name space.
 struct Mount {
     std::u16string name;                    // of its folder in the root; empty for the root itself

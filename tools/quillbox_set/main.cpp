@@ -3,6 +3,7 @@
 #include "exit_code.h"
 #include "extraction.h"
 #include "listing.h"
+#include "name_space.h"
 #include "screen_text.h"
 #include "set_files.h"
 #include "set_folder.h"
@@ -63,6 +64,7 @@ int extract(CommandLine& line)
     if (!findSet(line.set))
         return onSet(line.set, "", [](const MountedSet&) { return exitNoSet; });  // before a folder is made for it
     std::error_code error;
+    platform::file::prepareProcess();
     std::filesystem::create_directories(line.folder, error);
     line.extraction.json = line.json;
     if (line.raw)
