@@ -42,9 +42,9 @@ FileStamp stampOf(const HostStatus& status, const timespec& asked)
             .inode = status.stx_ino,
             .length = status.stx_size,
             .writeSeconds = status.stx_mtime.tv_sec,
+            .changeSeconds = status.stx_ctime.tv_sec,
             .writeNanoseconds = status.stx_mtime.tv_nsec,
             .changeNanoseconds = status.stx_ctime.tv_nsec,
-            .changeSeconds = status.stx_ctime.tv_sec,
             .provesWrites = provesWrites(status, asked) ? TRUE : FALSE};
 }
 

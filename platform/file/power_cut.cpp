@@ -11,7 +11,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <ranges>
 #include <string>
 #include <utility>
 #include <vector>
@@ -196,8 +195,7 @@ void takeBackUnflushed()
         if (::stat(path.c_str(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) > file.flushedSize)
             (void)::truncate(path.c_str(), static_cast<off_t>(file.flushedSize));
     }
-    for (const ChangedEntry& entry : known.entries | std::views::reverse)
-        takeBack(entry);
+    std::for_each(known.entries.rbegin(), known.entries.rend(), takeBack);
 }
 
 void forgetUnflushed()

@@ -7,12 +7,14 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <fstream>
 #include <random>
 #include <set>
@@ -196,6 +198,7 @@ protected:
         auto* const common = new (page) Common();
         const pid_t writer = ::fork();
         if (writer == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
             Writer churning(hostFolder);
             churning.work(*common);
             std::ofstream required(outside() / "required");

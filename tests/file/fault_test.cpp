@@ -1,11 +1,13 @@
 // fault_test.cpp - the host fails, the process is killed, the power goes.
 #include "file_fixture.h"
 
+#include "entries.h"
 #include "host_faults.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <functional>
@@ -160,6 +162,111 @@ TEST_F(FaultTest, KilledProcessLeavesWhatTheHostWasGiven)
         EXPECT_TRUE(hostRead(root() / "f") == "given" || std::filesystem::exists(root() / "old"));
     }
     EXPECT_EQ(hostRead(root() / "f"), "given");
+}
+
+TEST_F(FaultTest, WholeFlushPutsAllThatWasDoneOnTheDisk)
+{
+    addFolder(u"Card", true);
+    const std::string bytes = patternBytes(90'000);
+    const auto action = [&] {
+        std::array<HANDLE, 2> files{};
+        CreateDirectoryW(u"\\d", nullptr);
+        CreateDirectoryW(u"\\Card\\d", nullptr);
+        for (const std::size_t i : {0U, 1U}) {
+            files[i] = open(i == 0 ? u"\\d\\f" : u"\\Card\\d\\f", GENERIC_WRITE, CREATE_NEW);
+            for (std::size_t place = 0; place < 50'000; place += 250)  // gathered, the last of them
+                (void)write(files[i], bytes.substr(place, 250));
+        }
+        EXPECT_TRUE(FlushChangedVolumes());
+        for (const HANDLE file : files) {
+            (void)write(file, bytes.substr(50'000));
+            CloseHandle(file);
+        }
+        (void)openError(u"\\late", GENERIC_WRITE, CREATE_NEW);
+    };
+    setFaultPlan({});
+    action();
+    const std::uint64_t calls = hostCallsMade();
+    clearFaultPlan();
+    for (const auto& folder : {root(), outside() / "mounted Card"})
+        std::filesystem::remove_all(folder / "d");
+    std::filesystem::remove(root() / "late");
+
+    EXPECT_TRUE(diesUnder({FaultKind::PowerCut, calls, 0}, action));
+    EXPECT_EQ(hostRead(root() / "d" / "f"), bytes.substr(0, 50'000));
+    EXPECT_EQ(hostRead(outside() / "mounted Card" / "d" / "f"), bytes.substr(0, 50'000));
+    EXPECT_FALSE(std::filesystem::exists(root() / "late"));
+}
+
+TEST_F(FaultTest, WholeFlushIsOneCallForEachFileSystemThatChanged)
+{
+    addFolder(u"Card", true);
+    const auto callsOfFlush = [](BOOL succeeds = TRUE, const FaultPlan& plan = {}) {
+        setFaultPlan(plan);
+        EXPECT_EQ(FlushChangedVolumes(), succeeds);
+        const std::uint64_t calls = hostCallsMade();
+        clearFaultPlan();
+        return calls;
+    };
+    (void)callsOfFlush();
+    EXPECT_EQ(callsOfFlush(), 0U);
+    const std::pair<const char*, std::function<bool()>> changes[] = {
+        {"make", [] { return openError(u"\\Card\\f", GENERIC_WRITE, CREATE_NEW) == 0; }},
+        {"write",
+         [] {
+             const HANDLE file = open(u"\\Card\\f", GENERIC_WRITE, OPEN_EXISTING);
+             return write(file, "x") == 1 && CloseHandle(file) != FALSE;
+         }},
+        {"cut", [] { return openError(u"\\Card\\f", GENERIC_WRITE, CREATE_ALWAYS) == 0; }},
+        {"move", [] { return moveFileAt(resolvePath(u"\\Card\\f"), resolvePath(u"\\Card\\g"), false) == 0; }},
+        {"delete", [] { return DeleteFileW(u"\\Card\\g") != FALSE; }},
+        {"folder", [] { return CreateDirectoryW(u"\\Card\\d", nullptr) != FALSE; }},
+        {"both", [] { return CreateDirectoryW(u"\\Card\\e", nullptr) && CreateDirectoryW(u"\\e", nullptr); }},
+    };
+    for (const auto& [name, change] : changes) {
+        EXPECT_TRUE(change()) << name;
+        EXPECT_EQ(callsOfFlush(), 1U) << name;
+        EXPECT_EQ(callsOfFlush(), 0U) << name;
+    }
+    EXPECT_EQ(openError(u"\\none", GENERIC_WRITE, OPEN_EXISTING), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(callsOfFlush(), 0U);
+
+    (void)takeTold();
+    EXPECT_TRUE(CreateDirectoryW(u"\\Card\\h", nullptr));
+    EXPECT_EQ(callsOfFlush(FALSE, {FaultKind::Fail, 1, EIO}), 1U);
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(takeTold(), std::set<std::u16string>{u"write \\Card"});
+    EXPECT_EQ(callsOfFlush(), 1U) << "it has still to be flushed";
+}
+
+TEST_F(FaultTest, BytesHandedOverSurviveTheProcess)
+{
+    const auto action = [] {
+        const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_NEW);
+        for (int i = 0; i < 500; ++i)
+            (void)write(file, std::string(100, 'x'));
+        (void)HandOverFileBuffers(file);
+        setFaultPlan({FaultKind::Kill, 1, 0});
+        (void)HandOverFileBuffers(file);  // nothing is left to do, so it isn't killed here
+        (void)write(file, "y");
+        (void)GetFileAttributesW(u"\\f");
+    };
+    EXPECT_TRUE(diesUnder({}, action));
+    EXPECT_EQ(hostRead(root() / "f"), std::string(50'000, 'x'));
+    const HANDLE reader = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
+    EXPECT_FALSE(HandOverFileBuffers(reader));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    CloseHandle(reader);
+}
+
+TEST_F(FaultTest, ReadThatGivesNothingIsMadeOnDemand)
+{
+    hostWrite(root() / "f", patternBytes(10'000));
+    const HANDLE file = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
+    setFaultPlan({FaultKind::ShortRead, 1, 0});
+    EXPECT_EQ(read(file, 20'000), "");
+    EXPECT_EQ(read(file, 20'000).size(), 10'000U);
+    CloseHandle(file);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "file_fixture.h"
 
+#include "troubles.h"
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
@@ -13,9 +15,9 @@
 
 using namespace platform::file;
 
-FileTest::FileTest()
+FileTest::FileTest(const std::filesystem::path& parent)
 {
-    std::string pattern = (std::filesystem::temp_directory_path() / "quillbox-file-XXXXXX").string();
+    std::string pattern = (parent / "quillbox-file-XXXXXX").string();
     if (!::mkdtemp(pattern.data()))
         std::abort();
     base_ = pattern;
@@ -129,6 +131,21 @@ OtherProcess::~OtherProcess()
         return;
     ::kill(child_, SIGKILL);
     ::waitpid(child_, nullptr, 0);
+}
+
+std::set<std::u16string> FileTest::takeTold()
+{
+    using platform::kernel::Trouble;
+    using platform::kernel::Troubled;
+    std::set<std::u16string> told;
+    for (const Trouble kind : {Trouble::Reading, Trouble::Writing}) {
+        for (auto next = platform::kernel::troublesSoFar(kind, Troubled::File); next.count != 0;
+             next = platform::kernel::troublesSoFar(kind, Troubled::File)) {
+            told.insert((kind == Trouble::Reading ? u"read " : u"write ") + next.first);
+            platform::kernel::forgetTrouble(kind, Troubled::File, next.first, next.error);
+        }
+    }
+    return told;
 }
 
 std::string patternBytes(std::size_t count)

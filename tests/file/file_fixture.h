@@ -13,11 +13,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 
 class FileTest : public testing::Test {
 protected:
-    FileTest();
+    explicit FileTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path());
     ~FileTest() override;
 
     // Host side.
@@ -36,6 +37,9 @@ protected:
     [[nodiscard]] static DWORD write(HANDLE file, const std::string& bytes);  // bytes written
     [[nodiscard]] static std::string read(HANDLE file, DWORD bytes);
     [[nodiscard]] static std::string readAll(const std::u16string& path, DWORD piece = 260);
+
+    // The files that had trouble since the last time, as "read \\path" or "write \\path". They are forgotten by that.
+    static std::set<std::u16string> takeTold();
 
 private:
     std::filesystem::path base_;

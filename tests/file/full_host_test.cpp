@@ -1,6 +1,9 @@
 // full_host_test.cpp - a host file system that is really full: 1 MiB of memory, mounted for the test.
 #include "file_fixture.h"
 
+#include "host_faults.h"
+
+#include <fcntl.h>
 #include <sys/mount.h>
 
 namespace {
@@ -64,6 +67,26 @@ TEST_F(FullHostTest, RoomThatAnotherFileOnlyReservesIsNotMissing)
     EXPECT_TRUE(CloseHandle(large));
     EXPECT_EQ(hostRead(small_ / "small"), bytes);
     EXPECT_EQ(hostRead(small_ / "large"), std::string(inLarge + 260, 'l'));
+}
+
+// The folder of the user has another file system below it.
+TEST_F(FullHostTest, EachFileSystemBelowAFolderIsFlushed)
+{
+    ASSERT_TRUE(platform::file::addMount({u"Outside", ::open(outside().c_str(), O_RDONLY | O_DIRECTORY), false, {}}));
+    const auto callsOfFlush = [] {
+        platform::file::setFaultPlan({});
+        EXPECT_TRUE(FlushChangedVolumes());
+        const std::uint64_t calls = platform::file::hostCallsMade();
+        platform::file::clearFaultPlan();
+        return calls;
+    };
+    (void)callsOfFlush();
+    EXPECT_EQ(openError(u"\\Outside\\mounted Small\\f", GENERIC_WRITE, CREATE_NEW), 0U);
+    EXPECT_EQ(callsOfFlush(), 1U);
+    EXPECT_EQ(openError(u"\\f", GENERIC_WRITE, CREATE_NEW), 0U);
+    EXPECT_EQ(openError(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS), 0U);
+    EXPECT_TRUE(CreateDirectoryW(u"\\Outside\\mounted Small\\d", nullptr));
+    EXPECT_EQ(callsOfFlush(), 2U) << "the one that two folders share, once";
 }
 
 }  // namespace

@@ -10,11 +10,11 @@
 struct FileStamp {
     std::uint64_t device;  // which file
     std::uint64_t inode;
-    std::uint64_t length;       // in bytes
-    std::int64_t writeSeconds;  // when its content was written last
+    std::uint64_t length;        // in bytes
+    std::int64_t writeSeconds;   // when its content was written last
+    std::int64_t changeSeconds;  // when anything of it changed last, its names and rights too
     std::uint32_t writeNanoseconds;
-    std::uint32_t changeNanoseconds;  // when anything of it changed last, its names and rights too
-    std::int64_t changeSeconds;
+    std::uint32_t changeNanoseconds;
     // Would each later write show in the times? Not if the file was written a moment before the stamp was taken: a
     // second write could leave the same time. A moment is 50 ms, and 4 seconds for a time without a fraction of a
     // second, since some file systems count in steps of one or two seconds. A time in the future proves nothing either.
@@ -38,6 +38,8 @@ BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 //   1006     it isn't the file of the stamp any more, or has changed since;
 //   1237     the stamp doesn't prove anything (provesWrites): try again with a new copy in some seconds;
 //   31       the host failed.
+// All but 2, 3, 32, 1006 and 1237 count as trouble of the device, as those of DeleteFileW do; these are for the caller.
+//
 // After a failure the file is there, under its own name, with its content. One case is different: another program
 // replaced the file in the very moment of the deletion and made a third one at the path microseconds later. Then the
 // third one keeps the path, and the second stays beside it under the name below.
