@@ -5,6 +5,7 @@
 
 #include "ce/file.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -32,6 +33,13 @@ DWORD parseStored(std::string_view text)
     return error == std::errc() && end == text.data() + text.size() ? bits & StoredBits : 0;
 }
 
+// The entry has none, or none of that form, or can't have one: on its file system, for this user, or since it is gone.
+bool meansNoAttribute(long error)
+{
+    constexpr std::array<long, 9> Reasons = {ENODATA, ERANGE, EOPNOTSUPP, ENOSYS, EINVAL, EACCES, EPERM, ENOENT, EBADF};
+    return std::ranges::find(Reasons, -error) != Reasons.end();
+}
+
 std::uint64_t ticks(const statx_timestamp& time)
 {
     // From 1601 to 1970. Times before 1601 have no form here.
@@ -42,18 +50,18 @@ std::uint64_t ticks(const statx_timestamp& time)
 
 }  // namespace
 
-DWORD storedAttributes(int folder, const char* name, const HostStatus& status)
+StoredAttributes storedAttributes(int folder, const char* name, const HostStatus& status)
 {
     KnownAttributes& known = KnownAttributes::instance();
     if (const auto bits = known.find(status))
-        return *bits;
+        return {*bits};
     const bool settled = KnownAttributes::isSettled(folder, status);
     std::array<char, 32> value{};  // a longer value is no such text
     const ssize_t length = readExtended(folder, name, AttributeName, value);
     const DWORD bits = length > 0 ? parseStored({value.data(), static_cast<std::size_t>(length)}) : 0;
     if (settled && (length >= 0 || length == -ENODATA))
         known.note(status, bits);
-    return bits;
+    return {bits, length < 0 && !meansNoAttribute(length) ? static_cast<int>(length) : 0};
 }
 
 DWORD attributesOf(const HostStatus& status, DWORD stored, bool leadingPoint)

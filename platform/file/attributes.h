@@ -13,7 +13,11 @@ namespace platform::file {
 // descriptor): hexadecimal text as "0x22"; whatever else stands there counts as no bits. Bits that say
 // what the host itself knows (folder, normal, card) are left out. `status` is the entry's own, just read: the host is
 // asked only if the answer isn't known from before.
-[[nodiscard]] DWORD storedAttributes(int folder, const char* name, const HostStatus& status);
+struct StoredAttributes {
+    DWORD bits = 0;
+    int error = 0;  // a negative errno if there may be bits and the host failed to tell them
+};
+[[nodiscard]] StoredAttributes storedAttributes(int folder, const char* name, const HostStatus& status);
 
 // All attributes of what the host describes by `status`; FILE_ATTRIBUTE_NORMAL if there is none.
 [[nodiscard]] DWORD attributesOf(const HostStatus& status, DWORD stored, bool leadingPoint);

@@ -17,17 +17,17 @@ namespace platform::file {
 
 namespace {
 
-DWORD deleteFound(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
+Deleted deleteFound(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table)
 {
     if (const DWORD error = deletionError(place, folder, status, table))
-        return error;
+        return {error, error == ERROR_SHARING_VIOLATION};
     place.mount->expectChange(deviceOf(status), place.parent());
     if (const int result = removeFile(folder, place.name()); result < 0)
-        return platformError(result);
+        return {platformError(result)};
     place.mount->noteChange(deviceOf(status));
     if (status.stx_nlink == 1)
         place.mount->giveBackRoom(status.stx_size);
-    return 0;
+    return {};
 }
 
 }  // namespace
@@ -69,8 +69,11 @@ DWORD deletionError(const HostPlace& place, int folder, const HostStatus& status
 {
     constexpr DWORD KeepsOut =
         FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
-    const DWORD stored = table.wasMadeHere(status) ? 0 : storedAttributes(folder, place.name(), status);
-    if ((attributesOf(status, stored, false) & KeepsOut) != 0)
+    const StoredAttributes stored =
+        table.wasMadeHere(status) ? StoredAttributes{} : storedAttributes(folder, place.name(), status);
+    if (stored.error != 0)
+        return ioError(stored.error);
+    if ((attributesOf(status, stored.bits, false) & KeepsOut) != 0)
         return ERROR_ACCESS_DENIED;
     return table.isOpen(keyOf(status)) ? ERROR_SHARING_VIOLATION : 0;
 }
@@ -89,7 +92,10 @@ Attributes attributesAt(const HostPlace& place)
     const bool isRoot = place.isMount() && place.mount->name().empty();
     // The host folder behind a mount may have any name: what counts is the name that it has here.
     const bool leadingPoint = place.isMount() ? place.mount->name().starts_with(u'.') : *place.name() == '.';
-    DWORD bits = attributesOf(status, storedAttributes(parent.number(), place.name(), status), leadingPoint);
+    const StoredAttributes stored = storedAttributes(parent.number(), place.name(), status);
+    if (stored.error != 0)
+        return {ioError(stored.error), 0};
+    DWORD bits = attributesOf(status, stored.bits, leadingPoint);
     if (place.isMount() && !isRoot && place.mount->isCard())
         bits |= FILE_ATTRIBUTE_TEMPORARY;
     return {0, bits};
@@ -120,28 +126,28 @@ DWORD makeFolderAt(const HostPlace& place)
     return result == -ENOENT ? ERROR_PATH_NOT_FOUND : platformError(result);
 }
 
-DWORD deleteFileAt(const HostPlace& place)
+Deleted deleteFileAt(const HostPlace& place)
 {
     if (const DWORD error = cannotBeAFile(place))
-        return error;
+        return {error};
     const auto table = OpenFiles::instance();
     const auto lock = table->lock();
     TemporaryFile& temporary = table->temporary();
     if (temporary.isAt(place)) {
         if (const auto found = temporary.find()) {
-            const DWORD error = deleteFound(place, found->folder, found->status, *table);
+            const Deleted deleted = deleteFound(place, found->folder, found->status, *table);
             temporary.letGo();
-            return error;
+            return deleted;
         }
     }
     ParentFolder parent(place);
     HostStatus status = {};
     if (const int result = statusAt(parent, place, status); result < 0)
-        return errorAt(place, parent, result);
-    const DWORD error = deleteFound(place, parent.number(), status, *table);
-    if (error == 0 && table->wasMadeHere(status))
+        return {errorAt(place, parent, result)};
+    const Deleted deleted = deleteFound(place, parent.number(), status, *table);
+    if (deleted.error == 0 && table->wasMadeHere(status))
         temporary.noteDeleted(place, std::move(parent));
-    return error;
+    return deleted;
 }
 
 DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace)
@@ -190,7 +196,7 @@ DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace)
 DWORD missingError(const HostPlace& place)
 {
     const ParentFolder parent(place);
-    return parent.number() < 0 ? ERROR_PATH_NOT_FOUND : ERROR_FILE_NOT_FOUND;
+    return parent.number() < 0 ? errorAt(place, parent, parent.number()) : ERROR_FILE_NOT_FOUND;
 }
 
 bool somethingInvisibleStands(const HostPlace& place)

@@ -19,15 +19,21 @@ struct Attributes {
 // 0 or the error.
 [[nodiscard]] DWORD makeFolderAt(const HostPlace& place);
 
-// Deletes a file that isn't open in this process; 0 or the error.
-[[nodiscard]] DWORD deleteFileAt(const HostPlace& place);
+struct Deleted {
+    DWORD error = 0;
+    bool isOpenHere = false;  // then it is a handle of this process that forbids it
+};
+
+// Deletes a file that isn't open in this process.
+[[nodiscard]] Deleted deleteFileAt(const HostPlace& place);
 
 // Gives a file that isn't open in this process another place on the same mount; 0 or the error. What stands there
 // already is an error, or with `replace` a file that goes in the same moment, if it could be deleted, and whose
 // owner, group and mode the moved one takes.
 [[nodiscard]] DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace);
 
-// The error for a call that found nothing at `place`: 3 if a folder on the way is missing, otherwise 2.
+// The error for a call that found nothing at `place`: 3 if a folder on the way is missing, the host's if that one can't
+// be looked into, otherwise 2.
 [[nodiscard]] DWORD missingError(const HostPlace& place);
 
 // Does something stand there that is no part of the name space: a link, a fifo, a socket, a device?

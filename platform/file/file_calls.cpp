@@ -30,7 +30,7 @@ BOOL succeedUnless(DWORD error)
 BOOL succeedUnless(DWORD error, Trouble kind, const OpenFile& file)
 {
     if (error != 0)
-        noteFileTrouble(kind, file.path(), error);
+        kernel::noteTrouble(kind, kernel::Troubled::File, file.path(), error);
     return succeedUnless(error);
 }
 
@@ -53,7 +53,8 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void*, DW
     const bool writes = (access & GENERIC_WRITE) != 0;
     Opened opened = openFile(resolvePath(boundedPath(path)), sharing, creation);
     if (opened.error != 0) {
-        if (writes || !opened.isRomModule)
+        // What handles of this process forbid each other is its own affair, and it hears of it.
+        if (!opened.isOpenHere && (writes || !opened.isRomModule))
             noteFileTrouble(writes ? Trouble::Writing : Trouble::Reading, boundedPath(path), opened.error);
         SetLastError(opened.error);
         return INVALID_HANDLE_VALUE;
@@ -110,6 +111,8 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
         whole = static_cast<DWORD>(distance);
     const OpenFile::Sought sought = open->seek(whole, method);
     if (sought.error != 0) {
+        if (sought.error != ERROR_INVALID_PARAMETER && sought.error != ERROR_NEGATIVE_SEEK)  // asked for by the program
+            kernel::noteTrouble(Trouble::Reading, kernel::Troubled::File, open->path(), sought.error);
         SetLastError(sought.error);
         return INVALID_SET_FILE_POINTER;
     }
@@ -160,18 +163,28 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* informa
     const auto open = findOpenFile(file);
     if (!open)
         return fail(ERROR_INVALID_HANDLE);
-    return information ? succeedUnless(open->tell(*information)) : fail(ERROR_INVALID_PARAMETER);
+    return information ? succeedUnless(open->tell(*information), Trouble::Reading, *open)
+                       : fail(ERROR_INVALID_PARAMETER);
 }
 
 BOOL DeleteFileW(const WCHAR* path)
 {
-    return succeedUnless(deleteFileAt(resolvePath(boundedPath(path))));
+    const Deleted deleted = deleteFileAt(resolvePath(boundedPath(path)));
+    if (!deleted.isOpenHere && deleted.error != ERROR_PATH_NOT_FOUND)
+        noteFileTrouble(Trouble::Writing, boundedPath(path), deleted.error);
+    return succeedUnless(deleted.error);
 }
 
 BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp)
 {
-    return stamp ? succeedUnless(deleteUnchangedAt(resolvePath(boundedPath(path)), *stamp))
-                 : fail(ERROR_INVALID_PARAMETER);
+    if (!stamp)
+        return fail(ERROR_INVALID_PARAMETER);
+    const DWORD error = deleteUnchangedAt(resolvePath(boundedPath(path)), *stamp);
+    const bool isForTheCaller = error == ERROR_PATH_NOT_FOUND || error == ERROR_SHARING_VIOLATION ||
+                                error == ERROR_FILE_INVALID || error == ERROR_RETRY;
+    if (!isForTheCaller)
+        noteFileTrouble(Trouble::Writing, boundedPath(path), error);
+    return succeedUnless(error);
 }
 
 BOOL CreateDirectoryW(const WCHAR* path, const void*)
@@ -187,6 +200,7 @@ DWORD GetFileAttributesW(const WCHAR* path)
     const Attributes attributes = attributesAt(resolvePath(boundedPath(path)));
     if (attributes.error == 0)
         return attributes.bits;
+    noteFileTrouble(Trouble::Reading, boundedPath(path), attributes.error);
     SetLastError(attributes.error);
     return INVALID_FILE_ATTRIBUTES;
 }

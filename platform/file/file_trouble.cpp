@@ -7,21 +7,20 @@ namespace platform::file {
 
 namespace {
 
-bool standsInTheWay(Trouble kind, DWORD error)
+// What a program asks for in order to hear that it isn't there, or is there already.
+bool isNormal(Trouble kind, DWORD error)
 {
     switch (error) {
-    case ERROR_PATH_NOT_FOUND:
-    case ERROR_INVALID_NAME:
-    case ERROR_FILENAME_EXCED_RANGE:
-        return kind == Trouble::Writing;  // something that has no place
-    case ERROR_TOO_MANY_OPEN_FILES:
-    case ERROR_ACCESS_DENIED:
-    case ERROR_NOT_ENOUGH_MEMORY:
-    case ERROR_WRITE_PROTECT:
-    case ERROR_GEN_FAILURE:
-    case ERROR_SHARING_VIOLATION:
-    case ERROR_DISK_FULL:
+    case ERROR_SUCCESS:
+    case ERROR_FILE_NOT_FOUND:
         return true;
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_NAME:  // nothing can be there
+    case ERROR_NO_MORE_FILES:
+        return kind == Trouble::Reading;
+    case ERROR_FILE_EXISTS:
+    case ERROR_ALREADY_EXISTS:
+        return kind == Trouble::Writing;
     default:
         return false;
     }
@@ -31,7 +30,7 @@ bool standsInTheWay(Trouble kind, DWORD error)
 
 void noteFileTrouble(Trouble kind, std::u16string_view path, DWORD error)
 {
-    if (standsInTheWay(kind, error))
+    if (!isNormal(kind, error))
         kernel::noteTrouble(kind, kernel::Troubled::File, path, error);
 }
 

@@ -11,7 +11,8 @@ namespace platform::file {
 
 using kernel::Trouble;
 
-// Counts only what stands in the way of a file or folder that is there or is to be made: no missing one.
+// Of a call that names a file or folder. All but a few errors count, which tell a program what it asked for: nothing is
+// there, or something is there already. A place that is missing for something that is to be made counts.
 void noteFileTrouble(Trouble kind, std::u16string_view path, DWORD error);
 
 // A file was made or replaced: when it wanted its folder before, that has come meanwhile.

@@ -5,12 +5,14 @@
 #include "host_error.h"
 #include "host_name.h"
 #include "name_pattern.h"
+#include "troubles.h"
 
 #include "ce/error.h"
 
 #include <fcntl.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace platform::file {
 
@@ -53,36 +55,58 @@ DWORD FolderSearch::next(WIN32_FIND_DATAW& found)
         if (name.size() < MAX_PATH && matchesPattern(name, pattern_) && describe(*hostName, name, found))
             return 0;
     }
-    return reader_.error() == 0 ? ERROR_NO_MORE_FILES : platformError(reader_.error());
+    return reader_.error() == 0 || reader_.error() == -ENOENT ? ERROR_NO_MORE_FILES : ioError(reader_.error());
 }
 
 bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
 {
     while (const auto mount = mountAt(mountsSeen_)) {
         ++mountsSeen_;
-        HostStatus status = {};
-        if (!matchesPattern(mount->name(), pattern_) || readStatus(mount->folder(), "", status) != 0)
+        if (!matchesPattern(mount->name(), pattern_))
             continue;
+        HostStatus status = {};
+        if (const int result = readStatus(mount->folder(), "", status); result != 0) {
+            noteUnread(mount->name(), result);
+            continue;
+        }
         describeStatus(status, 0, mount->name(), found);
         found.dwFileAttributes =
-            attributesOf(status, storedAttributes(mount->folder(), "", status), mount->name().starts_with(u'.')) |
-            (mount->isCard() ? FILE_ATTRIBUTE_TEMPORARY : 0);
+            attributes(mount->folder(), "", mount->name(), status) | (mount->isCard() ? FILE_ATTRIBUTE_TEMPORARY : 0);
         return true;
     }
     return false;
 }
 
-// False if it is no part of the name space, or gone since the folder was read.
+// False if it is no part of the name space, gone since the folder was read, or can't be looked at, which is told.
 bool FolderSearch::describe(std::string_view hostName, std::u16string_view name, WIN32_FIND_DATAW& found)
 {
     HostStatus status = {};
-    if (readStatus(reader_.folder(), hostName.data(), status) != 0 || !(isFile(status) || isFolder(status)))
+    if (const int result = readStatus(reader_.folder(), hostName.data(), status); result != 0) {
+        if (result != -ENOENT)
+            noteUnread(name, result);
+        return false;
+    }
+    if (!isFile(status) && !isFolder(status))
         return false;
     const std::uint64_t size = isFile(status) ? table_->sizeOfWritten(keyOf(status)).value_or(status.stx_size) : 0;
     describeStatus(status, size, name, found);
-    found.dwFileAttributes =
-        attributesOf(status, storedAttributes(reader_.folder(), hostName.data(), status), hostName.front() == '.');
+    found.dwFileAttributes = attributes(reader_.folder(), hostName.data(), name, status);
     return true;
+}
+
+DWORD FolderSearch::attributes(int folder, const char* hostName, std::u16string_view name,
+                               const HostStatus& status) const
+{
+    const StoredAttributes stored = storedAttributes(folder, hostName, status);
+    if (stored.error != 0)
+        noteUnread(name, stored.error);
+    return attributesOf(status, stored.bits, name.starts_with(u'.'));
+}
+
+void FolderSearch::noteUnread(std::u16string_view name, int error) const
+{
+    std::u16string path = path_ == u"\\" ? path_ : path_ + u'\\';
+    kernel::noteTrouble(kernel::Trouble::Reading, kernel::Troubled::File, path.append(name), ioError(error));
 }
 
 SearchBegun beginSearch(std::u16string_view pathWithPattern)

@@ -31,6 +31,10 @@ private:
     [[nodiscard]] bool nextMount(WIN32_FIND_DATAW& found);
     [[nodiscard]] bool describe(std::string_view hostName, std::u16string_view name, WIN32_FIND_DATAW& found);
 
+    [[nodiscard]] DWORD attributes(int folder, const char* hostName, std::u16string_view name,
+                                   const HostStatus& status) const;
+    void noteUnread(std::u16string_view name, int error) const;
+
     std::mutex mutex_;
     const std::shared_ptr<OpenFiles> table_;
     const std::shared_ptr<MountedFolder> mount_;

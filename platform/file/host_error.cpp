@@ -13,10 +13,8 @@ DWORD platformError(long error)
     case 0:
         return ERROR_SUCCESS;
     case ENOENT:
-    case ELOOP:  // a link, a path that leads out, a device without a driver, a socket:
-    case EXDEV:  // no part of the name space, so as if they weren't there
-    case ENXIO:
-    case ENODEV:
+    case ELOOP:  // a link, a path that leads out: no part of the name space, so as if they weren't there
+    case EXDEV:
         return ERROR_FILE_NOT_FOUND;
     case ENOTDIR:
         return ERROR_PATH_NOT_FOUND;
@@ -51,6 +49,20 @@ DWORD platformError(long error)
         return ERROR_FILENAME_EXCED_RANGE;
     default:
         return ERROR_GEN_FAILURE;
+    }
+}
+
+DWORD ioError(long error)
+{
+    switch (const DWORD number = platformError(error)) {
+    case ERROR_FILE_NOT_FOUND:
+    case ERROR_PATH_NOT_FOUND:
+    case ERROR_INVALID_HANDLE:
+    case ERROR_INVALID_PARAMETER:
+    case ERROR_SHARING_VIOLATION:
+        return ERROR_GEN_FAILURE;
+    default:
+        return number;
     }
 }
 

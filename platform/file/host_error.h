@@ -8,4 +8,8 @@ namespace platform::file {
 // `error` is an errno, of either sign.
 [[nodiscard]] DWORD platformError(long error);
 
+// The same for a call on a file or folder that is open: that one is neither missing nor badly asked for nor kept by
+// others, so what would say so is a host that fails.
+[[nodiscard]] DWORD ioError(long error);
+
 }  // namespace platform::file

@@ -3,8 +3,8 @@
 
 #include "attributes.h"
 #include "file_stamp.h"
-#include "file_trouble.h"
 #include "host_error.h"
+#include "troubles.h"
 
 #include <fcntl.h>
 
@@ -40,7 +40,7 @@ DWORD OpenFile::close()
     const std::lock_guard lock(file_->mutex());
     const DWORD error = file_->release(descriptor_.number());
     if (error != 0)
-        noteFileTrouble(Trouble::Writing, path(), error);
+        kernel::noteTrouble(kernel::Trouble::Writing, kernel::Troubled::File, path(), error);
     return error;
 }
 
@@ -50,7 +50,7 @@ ReadResult OpenFile::read(std::span<std::byte> out)
         return {0, ERROR_ACCESS_DENIED};
     const std::lock_guard lock(file_->mutex());
     if (file_->hasGathered()) {
-        if (const DWORD error = file_->writeOut(); error != 0)
+        if (const DWORD error = writeOut(); error != 0)
             return {0, error};
     }
     if (aheadVersion_ != file_->version()) {
@@ -110,7 +110,7 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
     const std::uint64_t place = from + static_cast<std::uint64_t>(distance);
     if (place > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    if (const DWORD error = file_->writeOut(); error != 0)
+    if (const DWORD error = writeOut(); error != 0)
         return {0, error};
     place_ = place;
     return {place, 0};
@@ -132,7 +132,7 @@ DWORD OpenFile::flush()
     if (const DWORD error = file_->writeOut(); error != 0)
         return error;
     if (const int result = flushToDisk(descriptor_.number()); result < 0)
-        return platformError(result);
+        return ioError(result);
     // Nothing here renames or deletes an open file, so its entry needs that once.
     if (!entriesFlushed_) {
         if (const DWORD error = flushEntries(); error != 0)
@@ -153,14 +153,14 @@ DWORD OpenFile::handOver()
 DWORD OpenFile::stamp(FileStamp& stamp)
 {
     const std::lock_guard lock(file_->mutex());
-    if (const DWORD error = file_->writeOut(); error != 0)
+    if (const DWORD error = writeOut(); error != 0)
         return error;
     timespec now = {};
     HostStatus status = {};
     if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
         return ERROR_GEN_FAILURE;
     if (const int result = readStatus(descriptor_.number(), "", status); result < 0)
-        return platformError(result);
+        return ioError(result);
     stamp = stampOf(status, now);
     return 0;
 }
@@ -174,8 +174,10 @@ DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
             return error;
     }
     const bool leadingPoint = *hostPlace_.name() == '.';
-    information.dwFileAttributes =
-        attributesOf(status, storedAttributes(descriptor_.number(), "", status), leadingPoint);
+    const StoredAttributes stored = storedAttributes(descriptor_.number(), "", status);
+    if (stored.error != 0)
+        return ioError(stored.error);
+    information.dwFileAttributes = attributesOf(status, stored.bits, leadingPoint);
     information.ftCreationTime = creationTime(status);
     information.ftLastAccessTime = fileTime(status.stx_atime);
     information.ftLastWriteTime = fileTime(status.stx_mtime);
@@ -189,13 +191,22 @@ DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
     return 0;
 }
 
+// Before a call that isn't a writing one itself, and whose failure would be told as one of reading.
+DWORD OpenFile::writeOut()
+{
+    const DWORD error = file_->writeOut();
+    if (error != 0)
+        kernel::noteTrouble(kernel::Trouble::Writing, kernel::Troubled::File, path(), error);
+    return error;
+}
+
 // Writes out what is gathered, then asks the host, which may know of another process's writes.
 DWORD OpenFile::refreshSize(HostStatus& status)
 {
-    if (const DWORD error = file_->writeOut(); error != 0)
+    if (const DWORD error = writeOut(); error != 0)
         return error;
     if (const int result = readStatus(descriptor_.number(), "", status); result < 0)
-        return platformError(result);
+        return ioError(result);
     file_->setSize(status.stx_size);
     return 0;
 }
@@ -210,9 +221,9 @@ DWORD OpenFile::flushEntries() const
         folder = end == std::string::npos ? "." : folder.substr(0, end);
         const Descriptor open(openBelow(hostPlace_.mount->folder(), folder.c_str(), O_RDONLY | O_DIRECTORY));
         if (!open.isOpen())
-            return platformError(open.number());
+            return ioError(open.number());
         if (const int result = flushToDisk(open.number()); result < 0)
-            return platformError(result);
+            return ioError(result);
     } while (folder != ".");
     return 0;
 }

@@ -54,6 +54,7 @@ private:
     {
         return sharing_.access == 0 || (sharing_.share & FILE_SHARE_WRITE) != 0;
     }
+    [[nodiscard]] DWORD writeOut();
     [[nodiscard]] DWORD refreshSize(HostStatus& status);
     [[nodiscard]] DWORD flushEntries() const;
 

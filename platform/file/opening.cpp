@@ -26,6 +26,7 @@ struct Request {
     HostStatus status = {};
     bool existed = false;
     bool isRomModule = false;
+    bool isOpenHere = false;
     bool temporary = false;  // a new file is opened for reading too, and the descriptor kept when the handle is closed
 
     [[nodiscard]] bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
@@ -102,12 +103,17 @@ int openEither(Request& request)
 
 DWORD openError(const Request& request, int result)
 {
-    const DWORD error = platformError(result);
-    // Something that is no part of the name space stands in the way of what is to be made.
-    if (request.makes() && (error == ERROR_FILE_EXISTS || error == ERROR_FILE_NOT_FOUND) &&
-        somethingInvisibleStands(request.place))
+    DWORD error = platformError(result);
+    // What a device or a socket says when it is opened, and otherwise a disk that fails.
+    if ((result == -ENXIO || result == -ENODEV) && somethingInvisibleStands(request.place))
+        error = ERROR_FILE_NOT_FOUND;
+    if (error == ERROR_FILE_EXISTS && somethingInvisibleStands(request.place))
         return ERROR_ACCESS_DENIED;
-    return error == ERROR_FILE_NOT_FOUND ? missingError(request.place) : error;
+    if (error != ERROR_FILE_NOT_FOUND)
+        return error;
+    const DWORD missing = missingError(request.place);
+    // Something that is no part of the name space stands in the way of what is to be made.
+    return missing == ERROR_FILE_NOT_FOUND && request.makes() ? ERROR_ACCESS_DENIED : missing;
 }
 
 // Rules of the name space that the host doesn't know or, for the administrator, doesn't apply.
@@ -118,9 +124,12 @@ DWORD kindError(Request& request, const OpenFiles& table)
     if (!isFile(request.status))
         return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
     // A file that was made here a moment ago has no attributes of its own yet.
-    const DWORD stored =
-        table.wasMadeHere(request.status) ? 0 : storedAttributes(request.descriptor.number(), "", request.status);
-    const DWORD attributes = attributesOf(request.status, stored, false);
+    const StoredAttributes stored = table.wasMadeHere(request.status)
+                                        ? StoredAttributes{}
+                                        : storedAttributes(request.descriptor.number(), "", request.status);
+    if (stored.error != 0)
+        return ioError(stored.error);
+    const DWORD attributes = attributesOf(request.status, stored.bits, false);
     request.isRomModule = (attributes & FILE_ATTRIBUTE_ROMMODULE) != 0;
     if (request.isRomModule)
         return ERROR_ACCESS_DENIED;
@@ -128,12 +137,13 @@ DWORD kindError(Request& request, const OpenFiles& table)
     return keepsOut && request.writes() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
-DWORD sharingError(const Request& request, const OpenFiles& table, const FileKey& key)
+DWORD sharingError(Request& request, const OpenFiles& table, const FileKey& key)
 {
     Sharing effective = request.sharing;
     if (request.truncates())
         effective.access |= GENERIC_WRITE;  // to those who have it open, that is a write
-    if (table.conflicts(key, effective))
+    request.isOpenHere = table.conflicts(key, effective);
+    if (request.isOpenHere)
         return ERROR_SHARING_VIOLATION;
     // Our own further descriptors would look like another process's.
     if (effective.access != 0 && !request.temporary && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
@@ -179,12 +189,12 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
         if (const int result = openEither(request); result < 0)
             return {openError(request, result), false, nullptr};
         if (const int result = readStatus(request.descriptor.number(), "", request.status); result < 0)
-            return {platformError(result), false, nullptr};
+            return {ioError(result), false, nullptr};
         request.temporary = request.temporary && !request.existed;
     }
     if (request.existed) {
         if (const DWORD error = checkExisting(request, *table); error != 0)
-            return {error, true, nullptr, request.isRomModule};
+            return {error, true, nullptr, request.isRomModule, request.isOpenHere};
     }
 
     const FileKey key = keyOf(request.status);

@@ -15,6 +15,7 @@ struct Opened {
     bool existed = false;
     std::shared_ptr<OpenFile> file;  // null on error
     bool isRomModule = false;        // then it is refused by design: nobody reads one
+    bool isOpenHere = false;         // then it is a handle of this process that refuses it
 };
 
 [[nodiscard]] Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation);

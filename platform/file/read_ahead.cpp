@@ -38,7 +38,7 @@ ReadResult ReadAhead::read(int file, std::uint64_t place, std::span<std::byte> o
             break;
         const Fetched fetched = fetch(file, at, out.subspan(result.bytes), knownSize);
         if (fetched.error != 0) {
-            result.error = platformError(fetched.error);
+            result.error = ioError(fetched.error);
             break;
         }
         if (fetched.came < fetched.asked && at + fetched.came >= knownSize)

@@ -125,7 +125,7 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     noteChange();
     if (result < 0) {
         mount_->giveBackRoom(room);
-        return platformError(result);
+        return ioError(result);
     }
     mount_->giveBackRoom(size_ > size ? size_ - size : 0);
     size_ = size;
@@ -144,7 +144,7 @@ DWORD SharedFile::writeOut()
     if (done.bytes != 0)
         writtenTo_ = place + done.bytes;
     if (done.error != 0) {
-        lost_ = platformError(done.error);
+        lost_ = ioError(done.error);
         mount_->giveBackRoom(gathered_ - done.bytes);
         size_ = place + done.bytes;
         ++version_;
@@ -209,14 +209,14 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t place, std::span<c
     if (done.bytes != 0)
         writtenTo_ = place - before + done.bytes;
     if (done.bytes < before) {
-        lost_ = platformError(done.error);
+        lost_ = ioError(done.error);
         mount_->giveBackRoom(before - done.bytes);
         size_ -= before - done.bytes;
         gathered_ = 0;
         return {0, lost_};
     }
     gathered_ = 0;
-    const DWORD error = platformError(done.error);
+    const DWORD error = ioError(done.error);
     return {done.bytes - before, error, error == ERROR_DISK_FULL};
 }
 
@@ -263,7 +263,7 @@ bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
     const std::uint64_t from = std::max(reservedTo_, hostEnd);
     const int result = reserve(descriptor, from, end - from + step);
     reservesNothing_ = result < 0;
-    if (result < 0 && platformError(result) != ERROR_DISK_FULL)
+    if (result < 0 && ioError(result) != ERROR_DISK_FULL)
         return false;
     // A host that became full on the way may have reserved a part: that has to be given back too.
     if (reservedTo_ == 0)

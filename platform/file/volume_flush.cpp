@@ -58,7 +58,7 @@ std::vector<FailedFlush> flushChangedVolumes()
         const int result = readable.isOpen() ? flushFileSystem(readable.number()) : -EOPNOTSUPP;
         if (result == 0)
             continue;
-        failed.push_back({each.mount, platformError(result)});
+        failed.push_back({each.mount, ioError(result)});
         stillChanged.insert(stillChanged.end(), taken.begin(), taken.end());
     }
     for (Volume* const volume : stillChanged)

@@ -56,13 +56,13 @@ class ProgramTest(unittest.TestCase):
         self.store.mkdir(parents=True)
         self.card.mkdir(parents=True)
 
-    def quillbox(self, script, *arguments, device=None, code=0):
-        """Runs a script; the finished process, its transcript's lines in .transcript."""
+    def quillbox(self, script, *arguments, device=None, code=0, **start):
+        """Runs a script; the finished process, its transcript's lines in .transcript. `start` goes to subprocess."""
         transcript = self.base / "transcript"
         finished = subprocess.run(
             [BIN / "quillbox", "--device", device or self.device, "--script", "-", "--transcript", transcript,
              "--timeout", "20", *arguments],
-            input=script, capture_output=True, text=True, timeout=600, env={**os.environ, "LC_ALL": "C.UTF-8"})
+            input=script, capture_output=True, text=True, timeout=600, env={**os.environ, "LC_ALL": "C.UTF-8"}, **start)
         self.assertEqual(finished.returncode, code, finished.stderr + finished.stdout)
         finished.transcript = transcript.read_text().splitlines() if transcript.exists() else []
         return finished

@@ -103,6 +103,29 @@ class TroubleTest(ProgramTest):
                                r"\(another program uses it\)\.\nquillbox: .*busy.*\n$")
         self.assertEqual(self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001"), "Sound: 1 item.\n")
 
+    def test_folder_that_cannot_be_entered_is_told(self):
+        self.write("shut/a", b"a")
+        self.write("b", b"b")
+        (self.store / "shut").chmod(0o444)
+        self.addCleanup((self.store / "shut").chmod, 0o755)
+        if os.geteuid() == 0:
+            for folder in (self.base, *self.base.rglob("*")):
+                os.chown(folder, 65534, 65534)
+            user = {"user": 65534, "group": 65534, "extra_groups": []}
+        else:
+            user = {}
+        told = self.quillbox(FULL_BACKUP.format(comment="", storage="\\Card"), code=4, **user).stderr
+        self.assertIn('"\\shut\\a" (no permission, or it is read-only)', told)
+
+    def test_what_is_made_is_its_owners_whatever_the_mask(self):
+        self.write("small", b"small")
+        self.addCleanup(os.umask, os.umask(0o777))
+        self.quillbox(FULL_BACKUP.format(comment="", storage="\\Card"))
+        for made in [*(self.card / "QUILBOX").iterdir(), self.device / "device.db"]:
+            self.assertEqual(made.stat().st_mode & 0o777, 0o600, made)
+        self.set_tool("extract", self.card / "QUILBOX" / "QLBX0001", self.base / "out")
+        self.assertEqual([path.stat().st_mode & 0o777 for path in (self.base / "out", self.base / "out" / "small")], [0o700, 0o600])
+
     def test_folder_of_the_user_is_backed_up_and_restored_in_place(self):
         documents = self.base / "documents"
         (documents / "deep").mkdir(parents=True)

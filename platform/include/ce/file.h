@@ -93,7 +93,8 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* sec
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);
 
 // Writes at the handle's place and moves it on by what was written. A write that succeeds is in the
-// file: no later call fails for it. Fails with 112 on a full card, 5 without write access, 6, 31.
+// file: no later call fails for it, unless the disk itself fails: then the next call on the file tells it with 31, the
+// file ends before the bytes that are missing, and each later write fails. Fails with 112 on a full card, 5 without write access, 6, 31.
 // `bytesWritten` may not be null; it always tells what is in the file, on failure too: a full card
 // still takes the bytes that fit.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
