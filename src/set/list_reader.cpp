@@ -20,10 +20,10 @@ void Refill(ListReader& reader)
     const auto wanted = static_cast<DWORD>(std::min<std::uint64_t>(ListBufferBytes, reader.unread));
     if (wanted == 0)
         return;
-    if (!ReadFile(reader.file, reader.buffer, wanted, &reader.filled, nullptr))
+    // The file can have shrunk since it was measured, or the disk gives less than it holds: then this is the end.
+    if (!ReadFile(reader.file, reader.buffer, wanted, &reader.filled, nullptr) || reader.filled < wanted)
         reader.readFailed = true;
-    // The file can have shrunk since it was measured: then this is its end.
-    reader.unread = reader.readFailed || reader.filled < wanted ? 0 : reader.unread - reader.filled;
+    reader.unread = reader.readFailed ? 0 : reader.unread - reader.filled;
 }
 
 // Takes up to `bytes` bytes; fewer only at the end of the file. Returns how many.

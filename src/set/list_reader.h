@@ -28,7 +28,7 @@ struct ListReader {
     DWORD next;                // the first of them that isn't taken
     std::uint64_t unread;      // bytes of the file behind the buffer
     DWORD bytesBehindEntries;  // 1 or 2 at the end, if the file ends in less than an entry's first fields
-    bool readFailed;           // the platform gave an error: what follows counts as the file's end
+    bool readFailed;           // a read gave an error or too few bytes: what follows counts as the file's end
 };
 
 struct ListEntry {

@@ -139,10 +139,9 @@ std::set<std::u16string> FileTest::takeTold()
     using platform::kernel::Troubled;
     std::set<std::u16string> told;
     for (const Trouble kind : {Trouble::Reading, Trouble::Writing}) {
-        for (auto next = platform::kernel::troublesSoFar(kind, Troubled::File); next.count != 0;
-             next = platform::kernel::troublesSoFar(kind, Troubled::File)) {
-            told.insert((kind == Trouble::Reading ? u"read " : u"write ") + next.first);
-            platform::kernel::forgetTrouble(kind, Troubled::File, next.first, next.error);
+        for (const auto& each : platform::kernel::troublesOf(kind, Troubled::File)) {
+            told.insert((kind == Trouble::Reading ? u"read " : u"write ") + each.name);
+            platform::kernel::forgetTrouble(kind, Troubled::File, each.name, each.error);
         }
     }
     return told;
