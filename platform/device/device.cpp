@@ -227,6 +227,7 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
             warnings.push_back(std::move(*warning));
         mount(std::move(place));
     }
+    file::removeLeftTemporaries();
     return warnings;
 }
 

@@ -167,6 +167,17 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* informa
                        : fail(ERROR_INVALID_PARAMETER);
 }
 
+BOOL DeclareTemporaryFile(const WCHAR* path)
+{
+    const HostPlace place = resolvePath(boundedPath(path));
+    if (place.error != 0)
+        return fail(place.error);
+    const auto table = OpenFiles::instance();
+    const auto lock = table->lock();
+    table->declaredTemporaries().declare(place);
+    return TRUE;
+}
+
 BOOL DeleteFileW(const WCHAR* path)
 {
     const Deleted deleted = deleteFileAt(resolvePath(boundedPath(path)));

@@ -111,6 +111,13 @@ ssize_t readExtended(int folder, const char* name, const char* attribute, std::s
     return readExtendedByProc(folder, name, attribute, value);
 }
 
+int writeExtended(int file, const char* attribute, std::span<const char> value)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::fsetxattr(file, attribute, value.data(), value.size(), 0); });
+}
+
 ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t place)
 {
     if (const int error = passGate(HostCall::Read))

@@ -52,6 +52,9 @@ using HostStatus = struct statx;
 // -ENODATA without one, -ERANGE if it doesn't fit.
 [[nodiscard]] ssize_t readExtended(int folder, const char* name, const char* attribute, std::span<char> value);
 
+// Sets the extended attribute of an open file.
+[[nodiscard]] int writeExtended(int file, const char* attribute, std::span<const char> value);
+
 [[nodiscard]] ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t place);
 [[nodiscard]] ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t place);
 [[nodiscard]] int setSize(int file, std::uint64_t size);

@@ -11,8 +11,9 @@
 
 namespace platform::file {
 
-// What files need of the process: whatever mask the user has, what is made is its owner's to read and write, and a lease
-// that is broken doesn't end it. addMount does it; for what is made before. No other thread may make files meanwhile.
+// What files need of the process: whatever mask the user has, what is made is its owner's to read and write, and a
+// lease that is broken doesn't end it. addMount does it; for what is made before. No other thread may make files
+// meanwhile.
 void prepareProcess();
 
 // One host folder in the name space.
@@ -32,6 +33,10 @@ void removeAllMounts();
 
 // Bytes that the files of a mounted folder with a capacity hold now; nothing for one without.
 [[nodiscard]] std::optional<std::uint64_t> usedBytes(const std::u16string& mountName);
+
+// Removes the temporary files that a killed process left in the root folder (DeclareTemporaryFile). For the time before
+// the program starts, while this process has the device to itself.
+void removeLeftTemporaries();
 
 // The descriptor of the root folder; -1 before there is one.
 [[nodiscard]] int rootFolder();

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "attributes.h"
+#include "declared_temporary.h"
 #include "host_calls.h"
 #include "shared_file.h"
 #include "temporary_file.h"
@@ -48,6 +49,7 @@ public:
 
     // Needs the lock.
     [[nodiscard]] TemporaryFile& temporary() { return temporary_; }
+    [[nodiscard]] DeclaredTemporaries& declaredTemporaries() { return declared_; }
 
     // These take it.
     void keepTemporary(const HostPlace& place, const FileKey& key, Descriptor descriptor);
@@ -98,6 +100,7 @@ private:
     std::array<MadeFile, 8> made_;
     std::size_t nextMade_ = 0;
     TemporaryFile temporary_;
+    DeclaredTemporaries declared_;
 };
 
 }  // namespace platform::file

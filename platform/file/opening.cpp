@@ -57,12 +57,15 @@ bool openTemporary(Request& request, TemporaryFile& temporary)
     return true;
 }
 
-int openNew(Request& request)
+int openNew(Request& request, OpenFiles& table)
 {
     const int result = openBelow(request.place.mount->folder(), request.place.path.c_str(),
                                  openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
-    if (result >= 0)
+    if (result >= 0) {
         request.descriptor = Descriptor(result);
+        if (table.declaredTemporaries().contains(request.place))
+            markTemporary(result);
+    }
     return result;
 }
 
@@ -86,7 +89,7 @@ int openOld(Request& request)
 }
 
 // The order is that of the likelier case: a file to be replaced is mostly not there yet.
-int openEither(Request& request)
+int openEither(Request& request, OpenFiles& table)
 {
     if (!request.makes())
         return openOld(request);
@@ -95,7 +98,7 @@ int openEither(Request& request)
         if (result != -ENOENT)
             return result;
     }
-    const int result = openNew(request);
+    const int result = openNew(request, table);
     if (request.creation == CREATE_NEW || (result != -EEXIST && result != -ELOOP && result != -EISDIR))
         return result;
     return openOld(request);
@@ -186,7 +189,7 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
     if (!openTemporary(request, table->temporary())) {
         table->temporary().letGo();
         request.temporary = request.makes() && table->temporary().isAt(place);
-        if (const int result = openEither(request); result < 0)
+        if (const int result = openEither(request, *table); result < 0)
             return {openError(request, result), false, nullptr};
         if (const int result = readStatus(request.descriptor.number(), "", request.status); result < 0)
             return {ioError(result), false, nullptr};

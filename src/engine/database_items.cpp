@@ -27,6 +27,7 @@ void StoreDatabase(BackupRun& run, const WCHAR* name, HANDLE stream)
 BOOL MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* path)
 {
     const bool stoodThere = GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+    (void)DeclareTemporaryFile(path);
     BOOL made = FALSE;
     SetLastError(ERROR_SUCCESS);
     if (!DumpDatabase(name, &made)) {

@@ -45,12 +45,13 @@ void CutEntryOff(BackupRun& run, const StoredItem& item)
     ForbidDeletion(run.deletion);
 }
 
-// The run's own log has replaced the earlier one of this number, so there is nothing left of it to store.
-bool IsOwnLog(const BackupRun& run, const WCHAR* path)
+// The run's own log has replaced the earlier one of this number, and its own temporary stream the one that a killed run
+// left: nothing of theirs is left to store.
+bool IsOwnFile(const BackupRun& run, const WCHAR* path)
 {
     WCHAR logPath[MAX_PATH];
     FormatLogPath(logPath, run.storageRoot, run.number);
-    return gOptions.generateLog && lstrcmpW(path, logPath) == 0;
+    return lstrcmpW(path, run.temporaryPath) == 0 || (gOptions.generateLog && lstrcmpW(path, logPath) == 0);
 }
 
 }  // namespace
@@ -75,7 +76,7 @@ void BeginItem(BackupRun& run)
 
 bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name)
 {
-    if (!IsWhole(run.item) && !(kind == ItemKindFile && IsOwnLog(run, name)))
+    if (!IsWhole(run.item) && !(kind == ItemKindFile && IsOwnFile(run, name)))
         ReportItem(OutcomeNotStored, kind, name, run.item.error);
     return IsWhole(run.item);
 }

@@ -44,6 +44,7 @@ void BackUpRegistry(BackupRun& run)
     // Without the platform's call, or when it fails, what there is of the file is still tried, and none is told once
     // more. What stood there before is the user's, or an old state: that is neither stored nor deleted.
     const bool stoodThere = GetFileAttributesW(RegistryFilePath) != INVALID_FILE_ATTRIBUTES;
+    (void)DeclareTemporaryFile(RegistryFilePath);
     BeginItem(run);
     SetLastError(ERROR_SUCCESS);
     const BOOL copied = gRegCopyFile && gRegCopyFile(RegistryFilePath);

@@ -132,6 +132,7 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
         SetCursor(nullptr);
         return 1;
     }
+    (void)DeclareTemporaryFile(TemporaryStreamPath);
     StartPipelineThread();
     RestoreFiles(run);
     RestoreDatabases(run);

@@ -26,6 +26,7 @@ const WCHAR RegistryFilePath[] = u"\\BKREG.TMP";
 bool UnpackTo(RestoreRun& run, const WCHAR* path)
 {
     const bool stoodThere = GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+    (void)DeclareTemporaryFile(path);
     StreamOutcome unpacked;
     (void)DecompressFile(TemporaryStreamPath, path, &unpacked);
     if (!unpacked.whole)
