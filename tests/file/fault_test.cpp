@@ -109,6 +109,19 @@ TEST_F(FaultTest, HostErrorsBecomeThePlatformsNumbers)
     }
 }
 
+TEST_F(FaultTest, FileWhoseAttributesAreNotToldIsNeitherReplacedNorDeleted)
+{
+    hostWrite(root() / "rom", "bytes");
+    hostMark(root() / "rom", "0x40");
+    for (std::uint64_t nth = 1; nth < 15; ++nth) {
+        setFaultPlan({FaultKind::Fail, nth, EIO});
+        EXPECT_NE(openError(u"\\rom", GENERIC_WRITE, CREATE_ALWAYS), 0U);
+        setFaultPlan({FaultKind::Fail, nth, EIO});
+        EXPECT_FALSE(DeleteFileW(u"\\rom"));
+        EXPECT_EQ(hostRead(root() / "rom"), "bytes");
+    }
+}
+
 TEST_F(FaultTest, LeaseRefusedForAnotherReasonIsNoFileInUse)
 {
     hostWrite(root() / "f", "x");

@@ -84,6 +84,9 @@ TEST_F(FullHostTest, EachFileSystemBelowAFolderIsFlushed)
     EXPECT_EQ(openError(u"\\Outside\\mounted Small\\f", GENERIC_WRITE, CREATE_NEW), 0U);
     EXPECT_EQ(callsOfFlush(), 1U);
     EXPECT_EQ(openError(u"\\f", GENERIC_WRITE, CREATE_NEW), 0U);
+    EXPECT_TRUE(DeleteFileW(u"\\Outside\\mounted Small\\f"));
+    EXPECT_EQ(callsOfFlush(), 2U);
+    EXPECT_EQ(openError(u"\\g", GENERIC_WRITE, CREATE_NEW), 0U);
     EXPECT_EQ(openError(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS), 0U);
     EXPECT_TRUE(CreateDirectoryW(u"\\Outside\\mounted Small\\d", nullptr));
     EXPECT_EQ(callsOfFlush(), 2U) << "the one that two folders share, once";

@@ -129,6 +129,10 @@ TEST_F(FileTest, ThreadsThatWriteThroughOneHandleLoseNoBytes)
                 (void)write(file, std::string(100, letter));
         });
     }
+    threads.emplace_back([file] {
+        for (int i = 0; i < 10; ++i)
+            EXPECT_TRUE(HandOverFileBuffers(file) && FlushChangedVolumes());
+    });
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_TRUE(CloseHandle(file));

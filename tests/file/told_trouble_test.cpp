@@ -50,6 +50,7 @@ protected:
                 seen += name + ' ';
         }
         add(GetFileAttributesW(u"\\d\\b"));
+        add(openError(u"\\d\\none", GENERIC_READ, OPEN_EXISTING));
         const HANDLE reader = open(u"\\d\\a", GENERIC_READ, OPEN_EXISTING);
         BY_HANDLE_FILE_INFORMATION information = {};
         (void)GetFileInformationByHandle(reader, &information);
