@@ -198,7 +198,7 @@ TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitBehindIt)
     // They take 23 characters, and 259 is all.
     const std::u16string fits(235, u'f');
     for (const std::u16string& name :
-         {std::u16string(u"Other"), fits, std::u16string(236, u'l'), std::u16string(u"folder")})
+         {std::u16string(u"folder"), std::u16string(u"Other"), fits, std::u16string(236, u'l')})
         ASSERT_TRUE(platform::file::addMount({.name = name,
                                               .folder = open(card_.c_str(), O_RDONLY | O_DIRECTORY),
                                               .card = name != u"folder",

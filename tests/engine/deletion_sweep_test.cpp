@@ -14,7 +14,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <fstream>
 #include <map>
+#include <random>
 
 using namespace platform::file;
 
@@ -139,6 +142,32 @@ TEST_F(DeletionSweepTest, SourceIsNeverLostWhereverTheCardFillsUp)
             return;
         ASSERT_LT(capacity, 10'000U) << "never got through";
     }
+}
+
+TEST_F(DeletionSweepTest, SourceIsNeverLostToAStreamWithAHoleWhereACardHadNoRoomForAMoment)
+{
+    startOver();
+    RenewLists();
+    std::string noise(2000, 0);
+    std::generate(noise.begin(), noise.end(),
+                  [random = std::mt19937()]() mutable { return static_cast<char>(random()); });
+    mark(u"\\noise");
+    std::size_t kept = 0;
+    for (std::uint64_t room = 2000; room < 4400; room += 100) {
+        std::filesystem::remove_all(card_ / "QUILBOX");
+        write("noise", noise);
+        std::ofstream(card_ / "filler") << std::string(5000, 'f');
+        mount(5000 + room);
+        gUser.seesCount = [] { DeleteFileW(u"\\Card\\filler"); };
+        backUp();
+        mount();
+        if (exists("noise"))
+            kept++;
+        else
+            restore();
+        EXPECT_TRUE(read("noise") == noise) << room;
+    }
+    EXPECT_GT(kept, 0U);
 }
 
 TEST_F(DeletionSweepTest, SourceIsNeverLostWhicheverFileCallFails)

@@ -144,6 +144,8 @@ DWORD ProgressSetCount(HWND progress, const WCHAR* text)
     const std::u16string line = u"count " + std::u16string(text);
     if (progress == Window && gUser.notesAll && gUser.shown.back() != line)
         note(line);
+    if (gUser.seesCount)
+        gUser.seesCount();
     return 1;
 }
 

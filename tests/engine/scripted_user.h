@@ -15,6 +15,7 @@ struct ScriptedUser {
     std::u16string choice;                                   // row taken in a chooser; empty: left without one
     std::vector<int> answers;                                // of message boxes, one each; then IDNO
     std::function<void(const std::u16string&)> seesMessage;  // called with each progress message
+    std::function<void()> seesCount;                         // called with each counter
 
     std::vector<std::u16string> shown;  // "box caption|text|type", "choose prompt|row|row", "open title|range|step",
                                         // "dialog kind", "message ...", "step", "animate", "close"

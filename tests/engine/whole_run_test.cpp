@@ -315,6 +315,11 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndItsMarkIsTheUsers)
             EXPECT_EQ(gRegistryMarked, mark);
         }
     }
+    write("QUILBOX/QLBX0001.QLT", list);
+    std::filesystem::create_directories(store_ / "BK000.TMP");
+    gUser.shown.clear();
+    RunRestore(RestoreFull);
+    EXPECT_EQ(gUser.shown.back(), u"dialog restore 1|\\QUILBOX\\QLBX0001.QLT") << "no word of what wasn't tried";
 }
 
 TEST_F(WholeRunTest, EachTroubleHasItsLinesAndItsItemHasNoEntry)
