@@ -306,16 +306,22 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndItsMarkIsTheUsers)
     for (const DWORD mark : {0, 1}) {
         for (const bool inSet : {true, false}) {
             write("QUILBOX/QLBX0001.QLT", inSet ? list : list.substr(0, list.size() - entryBytes(3, "", 0, 0).size()));
+            write("BKREG.TMP", "in the way");
             gRegistryMarked = mark;
             gUser.shown.clear();
             RunRestore(RestoreFull);
             EXPECT_EQ(gUser.shown.back(),
                       inSet ? u"box Restore|I have restored the registry|0" : u"box Info|No Item to restore !|0");
-            EXPECT_EQ(gUser.shownWith(u"registry from").size(), inSet ? 1U : 0U);
+            EXPECT_EQ(gUser.shownWith(u"registry from ").size(), inSet ? 1U : 0U);
+            EXPECT_EQ(gUser.shownWith(u"registry from \\BKREG.TMP|keys and values").size(), inSet ? 1U : 0U);
+            EXPECT_EQ(exists("BKREG.TMP"), !inSet);
             EXPECT_EQ(gRegistryMarked, mark);
         }
     }
     write("QUILBOX/QLBX0001.QLT", list);
+    gRegRestoreFile = nullptr;
+    RunRestore(RestoreFull);
+    EXPECT_EQ(gUser.shown.back(), u"box Restore|I have restored the registry|0");
     std::filesystem::create_directories(store_ / "BK000.TMP");
     gUser.shown.clear();
     RunRestore(RestoreFull);
