@@ -82,13 +82,10 @@ int startProgram()
 int runInWindow(const CommandLine& options)
 {
     const auto opened = platform::device::openDevice(options.device, options.extras, true);
-    if (!opened.device && opened.error.inUse) {
-        const auto other = platform::display::findFirstStart(options.device);
-        if (other && other->bringToFront()) {
-            if (!options.extras.empty())
-                (void)tell("its window was open already; its cards and folders stay as they are.", 0);
-            return 0;
-        }
+    if (!opened.device && opened.error.inUse && platform::display::bringFirstStartToFront(options.device)) {
+        if (!options.extras.empty())
+            (void)tell("its window was open already; its cards and folders stay as they are.", 0);
+        return 0;
     }
     if (!opened.device)
         return tell(opened.error.sentence, Failed);

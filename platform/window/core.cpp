@@ -155,10 +155,4 @@ void setDisplay(Display* display)
     core().display = display;
 }
 
-void setOtherProcess(OtherProcess* process)
-{
-    const Lock lock = lockCore();
-    core().otherProcess = process;
-}
-
 }  // namespace platform::window

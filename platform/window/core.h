@@ -57,9 +57,6 @@ struct WindowClass {
     WORD iconId = 0;
 };
 
-// What FindWindowW gives for a window of another process. No slot has the number 0.
-inline const HWND OtherProcessWindow = reinterpret_cast<HWND>(std::uintptr_t{1} << 32);
-
 struct Window;
 
 // What a window has if the dialog manager made it.
@@ -156,7 +153,6 @@ struct Core {
     std::vector<HWND> waitingSends;  // the windows that sends wait for
 
     Display* display = nullptr;
-    OtherProcess* otherProcess = nullptr;
     int waitCursors = 0;
 };
 

@@ -50,19 +50,6 @@ public:
 // One display at a time; null takes it away. The core works without one.
 void setDisplay(Display* display);
 
-// Another process that has this device open. FindWindowW and SetForegroundWindow reach it through this.
-class OtherProcess {
-public:
-    virtual ~OtherProcess() = default;
-    // Texts without case, empty is any.
-    [[nodiscard]] virtual bool hasWindow(std::u16string_view className, std::u16string_view title) = 0;
-    // False if the process is gone.
-    virtual bool bringToFront() = 0;
-};
-
-// Null: there is none.
-void setOtherProcess(OtherProcess* process);
-
 // What a window is to a display.
 enum class WindowKind {
     Main,  // a top-level window that the program made by class

@@ -155,11 +155,6 @@ HWND GetFocus()
 BOOL SetForegroundWindow(HWND window)
 {
     Lock lock = lockCore();
-    if (window == OtherProcessWindow) {
-        OtherProcess* other = core().otherProcess;
-        lock.unlock();
-        return other && other->bringToFront() ? TRUE : fail(ERROR_INVALID_WINDOW_HANDLE);
-    }
     Window* found = findWindow(window);
     if (!found)
         return fail(ERROR_INVALID_WINDOW_HANDLE);

@@ -106,7 +106,7 @@ HWND GetParent(HWND handle)
 
 HWND FindWindowW(const WCHAR* className, const WCHAR* title)
 {
-    Lock lock = lockCore();
+    const Lock lock = lockCore();
     const auto fits = [](const WCHAR* wanted, const std::u16string& text) {
         return !wanted || platform::text::compareWithoutCase(wanted, text) == 0;
     };
@@ -115,9 +115,7 @@ HWND FindWindowW(const WCHAR* className, const WCHAR* title)
         if (fits(className, window->windowClass->name) && fits(title, window->text) && !window->dying)
             return top;
     }
-    OtherProcess* other = core().otherProcess;
-    lock.unlock();
-    return other && other->hasWindow(className ? className : u"", title ? title : u"") ? OtherProcessWindow : nullptr;
+    return nullptr;
 }
 
 BOOL SetWindowTextW(HWND window, const WCHAR* text)

@@ -25,14 +25,8 @@ namespace platform::display {
 
 namespace {
 
-// One request and one answer a connection. The texts are UTF-16 as they lie in memory: both ends are this program.
-struct Request {
-    enum class Wish : std::uint32_t { HasWindow = 1, Front = 2 };
-    Wish wish = Wish::Front;
-    std::array<char16_t, 64> className{};  // with a NUL
-    std::array<char16_t, 64> title{};
-};
-using Answer = std::uint8_t;
+// A connection is the wish for the front; the answer is one byte.
+constexpr std::uint8_t Granted = 1;
 
 constexpr timeval Patience{.tv_sec = 5, .tv_usec = 0};
 
@@ -123,28 +117,11 @@ const sockaddr* generic(const sockaddr_un& address)
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
-template <std::size_t Size>
-void copyText(std::array<char16_t, Size>& to, std::u16string_view from)
+// Not there yet? Then it is about to come to the front by itself.
+void comeToFront()
 {
-    to[from.copy(to.data(), Size - 1)] = 0;
-}
-
-template <std::size_t Size>
-const char16_t* textOrAny(std::array<char16_t, Size>& text)
-{
-    text.back() = 0;
-    return text.front() ? text.data() : nullptr;
-}
-
-bool grant(Request& request)
-{
-    const HWND window = ::FindWindowW(textOrAny(request.className), textOrAny(request.title));
-    if (request.wish == Request::Wish::HasWindow)
-        return window != nullptr;
-    // Not there yet? Then it is about to come to the front by itself.
-    if (window)
+    if (const HWND window = ::FindWindowW(nullptr, nullptr))
         ::SetForegroundWindow(window);
-    return true;
 }
 
 class Listener final : public FirstStart {
@@ -180,64 +157,14 @@ private:
     static void answer(const Descriptor& peer)
     {
         limitPatience(peer);
-        Request request;
-        if (::recv(peer.get(), &request, sizeof request, 0) != static_cast<ssize_t>(sizeof request))
-            return;
-        const Answer granted = grant(request) ? 1 : 0;
-        (void)::send(peer.get(), &granted, sizeof granted, MSG_NOSIGNAL);
+        comeToFront();
+        (void)::send(peer.get(), &Granted, sizeof Granted, MSG_NOSIGNAL);
     }
 
     Descriptor socket_;
     Descriptor end_;
     std::string path_;
     std::thread thread_;
-};
-
-class Found final : public window::OtherProcess {
-public:
-    explicit Found(const sockaddr_un& address) : address_(address) {}
-
-    [[nodiscard]] bool hasWindow(std::u16string_view className, std::u16string_view title) override
-    {
-        Request request{.wish = Request::Wish::HasWindow};
-        copyText(request.className, className);
-        copyText(request.title, title);
-        lastClass_ = request.className;
-        lastTitle_ = request.title;
-        return ask(request);
-    }
-
-    bool bringToFront() override
-    {
-        return ask({.wish = Request::Wish::Front, .className = lastClass_, .title = lastTitle_});
-    }
-
-    [[nodiscard]] bool answers() const { return connect().isOpen(); }
-
-private:
-    [[nodiscard]] Descriptor connect() const
-    {
-        Descriptor socket = openSocket();
-        if (!socket.isOpen() || ::connect(socket.get(), generic(address_), sizeof address_) != 0)
-            return Descriptor();
-        return socket;
-    }
-
-    [[nodiscard]] bool ask(const Request& request) const
-    {
-        const Descriptor socket = connect();
-        if (!socket.isOpen())
-            return false;
-        limitPatience(socket);
-        Answer granted = 0;
-        return ::send(socket.get(), &request, sizeof request, MSG_NOSIGNAL) == static_cast<ssize_t>(sizeof request) &&
-               ::recv(socket.get(), &granted, sizeof granted, 0) == static_cast<ssize_t>(sizeof granted) &&
-               granted == 1;
-    }
-
-    sockaddr_un address_;
-    std::array<char16_t, 64> lastClass_{};
-    std::array<char16_t, 64> lastTitle_{};
 };
 
 }  // namespace
@@ -256,13 +183,15 @@ std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& devi
     return std::make_unique<Listener>(std::move(socket), std::move(end), address->sun_path);
 }
 
-std::unique_ptr<window::OtherProcess> findFirstStart(const std::filesystem::path& deviceFolder)
+bool bringFirstStartToFront(const std::filesystem::path& deviceFolder)
 {
     const std::optional<sockaddr_un> address = addressOf(deviceFolder);
-    if (!address)
-        return nullptr;
-    auto found = std::make_unique<Found>(*address);
-    return found->answers() ? std::move(found) : nullptr;
+    const Descriptor socket = openSocket();
+    if (!address || !socket.isOpen() || ::connect(socket.get(), generic(*address), sizeof *address) != 0)
+        return false;
+    limitPatience(socket);
+    std::uint8_t answer = 0;
+    return ::recv(socket.get(), &answer, sizeof answer, 0) == static_cast<ssize_t>(sizeof answer) && answer == Granted;
 }
 
 }  // namespace platform::display

@@ -4,8 +4,6 @@
 // device's folder; a start that finds the device in use asks there. Knows nothing of the toolkit.
 #pragma once
 
-#include "display.h"
-
 #include <filesystem>
 #include <memory>
 
@@ -21,7 +19,7 @@ public:
 // Null if there is no folder for the socket; then a second start just finds the device in use.
 [[nodiscard]] std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& deviceFolder);
 
-// Null if no process answers for the device.
-[[nodiscard]] std::unique_ptr<window::OtherProcess> findFirstStart(const std::filesystem::path& deviceFolder);
+// Brings the window of the process that has the device open to the front. False if no process answers for the device.
+[[nodiscard]] bool bringFirstStartToFront(const std::filesystem::path& deviceFolder);
 
 }  // namespace platform::display

@@ -201,8 +201,8 @@ HWND GetFocus();
 HWND GetParent(HWND window);
 BOOL SetForegroundWindow(HWND window);
 
-// Top-level windows only, texts without case, null is any. Null if there is none. Also finds the window
-// of another process that has this device open, if the host provides for that.
+// Top-level windows only, texts without case, null is any. Null if there is none. All windows of a device are this
+// process's: one process at a time has a device open, and a second start is answered before its program begins.
 HWND FindWindowW(const WCHAR* className, const WCHAR* title);
 
 BOOL SetWindowTextW(HWND window, const WCHAR* text);
