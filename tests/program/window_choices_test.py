@@ -2,7 +2,8 @@
 import unittest
 
 from device_contents import TEXT, ContentsTest, database, item
-from program import FULL_BACKUP, shown
+from independent_set import DATABASE, FILE, REGISTRY, read_list
+from program import FULL_BACKUP, options_script, shown
 
 SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
 EVERYTHING = FULL_BACKUP.format(comment="", storage="\\Card").replace("check 1005", "check 1005\ncheck 1006\ncheck 1007")
@@ -34,6 +35,28 @@ class WindowChoicesTest(ContentsTest):
         self.quillbox(SELECTION + 'select 1006 "Registry"\nok\nwait "Restore"\nok\nidle\n')
         self.assertEqual(ages(), ["old", "new", "old"])
         self.assertEqual(self.content(), {})
+
+    def test_each_full_backup_takes_what_is_checked_this_time(self):
+        self.fill([database("Tasks", [])])
+        self.write("a", b"a")
+        self.quillbox('answer "Override*" no\n' + EVERYTHING + EVERYTHING.replace("check 1005\ncheck 1006\n", ""))
+        kinds = [{kind for kind, *_ in read_list((self.card / "QUILBOX" / f"QLBX000{number}.QLT").read_bytes())[1]}
+                 for number in (1, 2)]
+        self.assertEqual(kinds, [{FILE, DATABASE, REGISTRY}, {REGISTRY}])
+
+    def test_keyboard_begins_where_the_user_types_and_a_sets_comment_stays(self):
+        self.write("a", b"a")
+        self.quillbox(
+            'command 503\nwait "File filter"\ncheck 1014\nkey "T"\nkey "X"\nexpect 1016 "tx"\npress 1017\nkey "C"\n'
+            'expect 1016 "c"\ncancel\nexpand "Files"\nclick "Files\\a"\ncommand 40005\nwait "Backup selected Item"\n'
+            'key "H"\nexpect 1004 "h"\nok\nwait "Select"\nselect 1003 "\\Card"\nok\nidle\n'
+            f'command 40006\nwait "Select"\nselect 1003 "{SET}"\nok\nwait "Full Restore"\nkey "X"\n'
+            'expect 1004 "*Comments:\\nh"\ncancel\nidle\n')
+
+    def test_exit_ends_the_program_and_keeps_the_settings(self):
+        ended = self.quillbox(options_script(log=True) + "command 40002\nidle\n", code=1)
+        self.assertIn("the program has ended", ended.stderr)
+        self.quillbox('command 504\nwait "Options"\nexpect 1026 "[x] *"\ncancel\n')
 
     def test_dialog_left_by_its_close_box_is_left_without_a_choice(self):
         self.write("a", b"old")

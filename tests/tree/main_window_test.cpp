@@ -8,6 +8,7 @@
 #include "embedded_resources.h"
 #include "resource_file.h"
 
+#include "ce/command_bands.h"
 #include "ce/winmain.h"
 
 #include <chrono>
@@ -51,6 +52,22 @@ TEST_F(MainWindowTest, ImagesOfTheTopItemsFollowTwiceASecond)
     EXPECT_EQ(timers[0].window, window);
     EXPECT_EQ(timers[0].id, 1U);
     EXPECT_EQ(timers[0].period, std::chrono::milliseconds(500));
+}
+
+TEST_F(MainWindowTest, TreeFillsTheWindowBelowItsBands)
+{
+    NMHDR header = {};
+    header.code = RBN_HEIGHTCHANGE;
+    SendMessageW(window, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&header));
+    const auto height = static_cast<int>(SendMessageW(gCommandBands, RB_GETBARHEIGHT, 0, 0));
+    EXPECT_GT(height, 0);
+    RECT client = {};
+    ASSERT_TRUE(GetClientRect(window, &client));
+    WindowState tree;
+    ASSERT_TRUE(readWindow(gTreeView, tree));
+    EXPECT_EQ(tree.place.left, 1);
+    EXPECT_EQ(tree.place.top, height + 1);
+    EXPECT_EQ(tree.place.bottom, client.bottom);
 }
 
 TEST_F(MainWindowTest, SecondStartBringsTheFirstWindowToTheFrontAndTouchesNothing)

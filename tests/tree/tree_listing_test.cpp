@@ -87,6 +87,10 @@ TEST_F(TreeListingTest, RomFilesAreShownAndNeverMarked)
     EXPECT_EQ(listed("Files"), "rom:8");
     EXPECT_EQ(count("Files\\rom"), 0);
     EXPECT_EQ(markedFiles(), "");
+    clickButton("Files");
+    gOptions.showRomFiles = 0;  // from elsewhere
+    open("Files");
+    EXPECT_EQ(listed("Files"), "");
 }
 
 TEST_F(TreeListingTest, ExtensionFilterListsFoldersWithSomethingToShow)
