@@ -94,11 +94,12 @@ class KilledRestoreTest(ContentsTest):
 
     def test_each_database_is_the_old_one_or_the_new_one_whole_and_one_without_an_old_one_has_its_first_records(self):
         script = 'answer "Database:*" yes\n' + RESTORE.format(set=SET, answers="")
-        states = set()
+        states, left = set(), set()
         for call in self.places(script):
             with self.subTest(call=call):
                 self.fresh()
                 self.run_to(call, script)
+                left.update(os.listdir(self.store))
                 self.check_file()
                 found, registry = by_name(self.databases()), self.registry()
                 self.assertLessEqual(found.keys(), self.new.keys())
@@ -116,6 +117,8 @@ class KilledRestoreTest(ContentsTest):
                     self.assertEqual(registry.decode("utf-16"), independent_set.registry_bytes(NEW_KEYS).decode("utf-16"))
                     states.add("new registry")
                 self.quillbox("idle\n")
+                self.assertEqual(os.listdir(self.store), [])
+        self.assertTrue({"BK000.TMP", "First.CDB"} & left, "no kill left a temporary file")
         self.assertLessEqual({("First", "old"), ("First", "whole"), ("Second", "old")}, states)
 
     def test_a_registry_whose_start_is_killed_is_in_force_at_the_next_one(self):
