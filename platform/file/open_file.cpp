@@ -110,8 +110,11 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
     const std::uint64_t place = from + static_cast<std::uint64_t>(distance);
     if (place > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    if (const DWORD error = writeOut(); error != 0)
-        return {0, error};
+    // Bytes that are lost already don't keep a program from going back to where the file is whole, and cutting it there.
+    if (file_->hasGathered()) {
+        if (const DWORD error = writeOut(); error != 0)
+            return {0, error};
+    }
     place_ = place;
     return {place, 0};
 }

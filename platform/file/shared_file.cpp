@@ -117,7 +117,8 @@ Written SharedFile::write(int descriptor, std::uint64_t place, std::span<const s
 
 DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
 {
-    if (const DWORD error = release(); error != 0)
+    // What was lost lay behind the present end, so a file that ends there or before lacks nothing.
+    if (const DWORD error = release(); error != 0 && size > size_)
         return error;
     const std::uint64_t growth = size > size_ ? size - size_ : 0;
     const std::uint64_t room = mount_->takeRoom(growth);
@@ -129,6 +130,7 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     }
     mount_->giveBackRoom(size_ > size ? size_ - size : 0);
     size_ = size;
+    lost_ = 0;
     writtenTo_ = 0;  // the end may lie in a hole now
     ++version_;
     return 0;

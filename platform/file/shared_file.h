@@ -52,7 +52,7 @@ public:
     [[nodiscard]] DWORD endAt(int descriptor, std::uint64_t size);
 
     // Hands what is gathered to the host. An error, once there is one, is also what each later write and
-    // writeOut give: bytes that were reported as written are missing.
+    // writeOut give, until the file is cut to what it has: bytes that were reported as written are missing.
     [[nodiscard]] DWORD writeOut();
 
     // Writes out and gives the reserved room behind the end back.
