@@ -101,6 +101,24 @@ Attributes attributesAt(const HostPlace& place)
     return {0, bits};
 }
 
+DWORD removeFolderAt(const HostPlace& place)
+{
+    if (place.error != 0)
+        return place.error;
+    if (place.isMount())
+        return ERROR_ACCESS_DENIED;
+    const ParentFolder parent(place);
+    HostStatus status = {};
+    if (const int result = statusAt(parent, place, status); result < 0)
+        return errorAt(place, parent, result);
+    if (!isFolder(status))
+        return ERROR_PATH_NOT_FOUND;
+    place.mount->expectChange(deviceOf(status), place.parent());
+    const int result = removeEmptyFolder(parent.number(), place.name());
+    place.mount->noteChange(deviceOf(status));
+    return result == -ENOTEMPTY || result == -EEXIST ? ERROR_DIR_NOT_EMPTY : platformError(result);
+}
+
 DWORD makeFolderAt(const HostPlace& place)
 {
     if (place.error != 0)

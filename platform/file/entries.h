@@ -18,6 +18,7 @@ struct Attributes {
 
 // 0 or the error.
 [[nodiscard]] DWORD makeFolderAt(const HostPlace& place);
+[[nodiscard]] DWORD removeFolderAt(const HostPlace& place);
 
 struct Deleted {
     DWORD error = 0;

@@ -206,6 +206,14 @@ BOOL CreateDirectoryW(const WCHAR* path, const void*)
     return succeedUnless(error);
 }
 
+BOOL RemoveDirectoryW(const WCHAR* path)
+{
+    const DWORD error = removeFolderAt(resolvePath(boundedPath(path)));
+    if (error != ERROR_DIR_NOT_EMPTY)  // which is how a program finds that others use the folder
+        noteFileTrouble(Trouble::Writing, boundedPath(path), error);
+    return succeedUnless(error);
+}
+
 DWORD GetFileAttributesW(const WCHAR* path)
 {
     const Attributes attributes = attributesAt(resolvePath(boundedPath(path)));

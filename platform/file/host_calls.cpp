@@ -196,6 +196,13 @@ int removeFile(int folder, const char* name)
     return unlessInterrupted([&] { return ::unlinkat(folder, name, 0); });
 }
 
+int removeEmptyFolder(int folder, const char* name)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::unlinkat(folder, name, AT_REMOVEDIR); });
+}
+
 int takeRights(int file, const HostStatus& old)
 {
     if (const int error = passGate())

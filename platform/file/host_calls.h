@@ -70,6 +70,7 @@ using HostStatus = struct statx;
 
 [[nodiscard]] int makeFolder(int folder, const char* name);
 [[nodiscard]] int removeFile(int folder, const char* name);
+[[nodiscard]] int removeEmptyFolder(int folder, const char* name);
 
 // Gives an open file the owner, the group and the mode of `old`. An owner or group that can't be given is left, and
 // nobody gets a right by that.

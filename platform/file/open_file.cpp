@@ -110,7 +110,8 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
     const std::uint64_t place = from + static_cast<std::uint64_t>(distance);
     if (place > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    // Bytes that are lost already don't keep a program from going back to where the file is whole, and cutting it there.
+    // Bytes that are lost already don't keep a program from going back to where the file is whole, and cutting it
+    // there.
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};

@@ -45,6 +45,33 @@ void RebuildFrom(RestoreRun& run, const WCHAR* imagePath)
     (void)DeleteFileW(imagePath);
 }
 
+// Characters of the longest folder on the way to a file that is there; 0 for the root.
+std::size_t ExistingFolderChars(const WCHAR* path)
+{
+    WCHAR folder[MAX_PATH];
+    for (std::size_t end = CopyText(folder, path); end > 0; end--) {
+        if (folder[end] != u'\\')
+            continue;
+        folder[end] = 0;
+        if (GetFileAttributesW(folder) != INVALID_FILE_ATTRIBUTES)
+            return end;
+    }
+    return 0;
+}
+
+// The folders that were made for an image of a database with a backslash in its name go with it, unless something else
+// has come into them.
+void RemoveFoldersBehind(const WCHAR* path, std::size_t existing)
+{
+    WCHAR folder[MAX_PATH];
+    for (std::size_t end = CopyText(folder, path); end > existing && end > 0; end--) {
+        if (folder[end] != u'\\')
+            continue;
+        folder[end] = 0;
+        (void)RemoveDirectoryW(folder);
+    }
+}
+
 void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
 {
     WCHAR message[TextChars];
@@ -54,8 +81,10 @@ void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
     if (TakeStreamOut(run, entry.bytes, true)) {
         WCHAR imagePath[MAX_PATH];
         wsprintfW(imagePath, u"\\%s.CDB", entry.name);
+        const std::size_t existing = ExistingFolderChars(imagePath);
         if (UnpackTo(run, imagePath))
             RebuildFrom(run, imagePath);
+        RemoveFoldersBehind(imagePath, existing);
         (void)DeleteFileW(TemporaryStreamPath);
     }
     EndItem(run, ItemKindDatabase, entry.name);

@@ -170,4 +170,22 @@ TEST_F(FileTest, NewFileAtAnOldPathHasAnotherIdentity)
     EXPECT_NE(identity(), first);
 }
 
+TEST_F(FileTest, OnlyAnEmptyFolderOfTheDeviceIsRemoved)
+{
+    addFolder(u"Card", true);
+    std::filesystem::create_directories(root() / "full" / "empty");
+    hostWrite(root() / "file", "");
+    std::filesystem::create_directory_symlink(root() / "full", root() / "link");
+    const std::pair<const WCHAR*, DWORD> refused[] = {
+        {u"\\full", ERROR_DIR_NOT_EMPTY},  {u"\\file", ERROR_PATH_NOT_FOUND}, {u"\\none", ERROR_FILE_NOT_FOUND},
+        {u"\\link", ERROR_FILE_NOT_FOUND}, {u"\\Card", ERROR_ACCESS_DENIED},  {u"\\", ERROR_ACCESS_DENIED}};
+    for (const auto& [path, error] : refused) {
+        EXPECT_FALSE(RemoveDirectoryW(path));
+        EXPECT_EQ(GetLastError(), error);
+    }
+    EXPECT_TRUE(RemoveDirectoryW(u"\\full\\empty"));
+    EXPECT_TRUE(RemoveDirectoryW(u"\\full"));
+    EXPECT_FALSE(std::filesystem::exists(root() / "full"));
+}
+
 }  // namespace

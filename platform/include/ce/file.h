@@ -94,8 +94,8 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* ov
 
 // Writes at the handle's place and moves it on by what was written. A write that succeeds is in the
 // file: no later call fails for it, unless the disk itself fails: then the next call on the file tells it with 31, the
-// file ends before the bytes that are missing, and each later write fails. Fails with 112 on a full card, 5 without write access, 6, 31.
-// `bytesWritten` may not be null; it always tells what is in the file, on failure too: a full card
+// file ends before the bytes that are missing, and each later write fails. Fails with 112 on a full card, 5 without
+// write access, 6, 31. `bytesWritten` may not be null; it always tells what is in the file, on failure too: a full card
 // still takes the bytes that fit.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
@@ -139,6 +139,10 @@ BOOL DeleteFileW(const WCHAR* path);
 // Fails with 183 if a file or folder of that name exists, 3 if the parent is missing, 5, 19, 112, 123,
 // 206. `security` is not used.
 BOOL CreateDirectoryW(const WCHAR* path, const void* security);
+
+// Removes an empty folder. Fails with 145 if something is in it, 2, 3 also for a file, 5 for a card and the root, 19,
+// 123, 206.
+BOOL RemoveDirectoryW(const WCHAR* path);
 
 // The attributes, FILE_ATTRIBUTE_NORMAL if none is set; needs no open and works on files in use. A
 // trailing backslash is allowed behind a folder, and "\" is the root. A card's own folder carries
