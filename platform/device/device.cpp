@@ -227,7 +227,10 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
             warnings.push_back(std::move(*warning));
         mount(std::move(place));
     }
-    file::removeLeftTemporaries();
+    const Descriptor own = openFolder(folder_);
+    for (const std::u16string& name : file::setLeftTemporariesAside(own.get()))
+        warnings.push_back("A run that was killed left the temporary file \"\\" + text::toUtf8(name) +
+                           "\" on the device; it was moved to " + quoted(folder_ / "left-behind") + ".");
     return warnings;
 }
 

@@ -1,27 +1,25 @@
-// declared_temporary.h - files that the program declared to be temporary (DeclareTemporaryFile). Each one that is made
+// declared_temporary.h - the file that the program declared to be temporary (DeclareTemporaryFile). When it is made it
 // gets a mark that stays with it, so that one which a killed process left is known, whatever its name.
 #pragma once
 
 #include "device_path.h"
 
-#include <set>
-#include <string>
-#include <utility>
+#include <optional>
 
 namespace platform::file {
 
-// The declared paths of this process. Guarded by the lock of the table of open files.
-class DeclaredTemporaries {
+// The path at which the next file that is made is temporary. A declaration is for one file, so that a file of the same
+// name which the user brings later is no temporary one. Guarded by the lock of the table of open files.
+class DeclaredTemporary {
 public:
-    void declare(const HostPlace& place) { places_.insert(keyOf(place)); }
-    [[nodiscard]] bool contains(const HostPlace& place) const { return places_.contains(keyOf(place)); }
-    void forget() { places_.clear(); }
+    void declare(const HostPlace& place) { place_ = place; }
+    void withdraw() { place_.reset(); }
+
+    // Whether a file that was just made at the place is the declared one. If it is, the declaration is used up.
+    [[nodiscard]] bool take(const HostPlace& place);
 
 private:
-    using Key = std::pair<const MountedFolder*, std::string>;
-    static Key keyOf(const HostPlace& place) { return {place.mount.get(), place.path}; }
-
-    std::set<Key> places_;
+    std::optional<HostPlace> place_;
 };
 
 // Marks a file that was just made. A file system without extended attributes takes no mark: such a file stays after a

@@ -169,12 +169,15 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* informa
 
 BOOL DeclareTemporaryFile(const WCHAR* path)
 {
+    const auto table = OpenFiles::instance();
+    const auto lock = table->lock();
+    table->declaredTemporary().withdraw();
+    if (!path)
+        return TRUE;
     const HostPlace place = resolvePath(boundedPath(path));
     if (place.error != 0)
         return fail(place.error);
-    const auto table = OpenFiles::instance();
-    const auto lock = table->lock();
-    table->declaredTemporaries().declare(place);
+    table->declaredTemporary().declare(place);
     return TRUE;
 }
 

@@ -26,12 +26,13 @@ std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
 }
 
 // A write sets the time of writing to the present, so only a file whose time is near to the present can be written
-// again and keep it. (A program that sets the time back afterwards changes the time of change, which the stamp has
-// too.)
+// again and keep it. A program that sets the time back afterwards changes the time of change, which the stamp has too.
+// That helps only where the time of change is fine: where it has no fraction, it must lie as far back.
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
-    const bool isCoarse = status.stx_mtime.tv_nsec == 0;
-    return nanosecondsBetween(status.stx_mtime, asked) > (isCoarse ? CoarseStep : FineStep);
+    const std::int64_t age = nanosecondsBetween(status.stx_mtime, asked);
+    const bool isCoarse = status.stx_ctime.tv_nsec == 0;
+    return isCoarse ? std::min(age, nanosecondsBetween(status.stx_ctime, asked)) > CoarseStep : age > FineStep;
 }
 
 }  // namespace

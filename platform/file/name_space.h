@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace platform::file {
 
@@ -34,9 +35,11 @@ void removeAllMounts();
 // Bytes that the files of a mounted folder with a capacity hold now; nothing for one without.
 [[nodiscard]] std::optional<std::uint64_t> usedBytes(const std::u16string& mountName);
 
-// Removes the temporary files that a killed process left in the root folder (DeclareTemporaryFile). For the time before
-// the program starts, while this process has the device to itself.
-void removeLeftTemporaries();
+// Moves the temporary files that a killed process left in the root folder (DeclareTemporaryFile) to "left-behind" in
+// the device's own folder, an open descriptor; a file of the same name that was left earlier is replaced there. Gives
+// their names. They aren't deleted, since somebody may have written to them meanwhile. For the time before the program
+// starts, while this process has the device to itself.
+[[nodiscard]] std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder);
 
 // The descriptor of the root folder; -1 before there is one.
 [[nodiscard]] int rootFolder();

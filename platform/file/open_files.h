@@ -49,7 +49,7 @@ public:
 
     // Needs the lock.
     [[nodiscard]] TemporaryFile& temporary() { return temporary_; }
-    [[nodiscard]] DeclaredTemporaries& declaredTemporaries() { return declared_; }
+    [[nodiscard]] DeclaredTemporary& declaredTemporary() { return declared_; }
 
     // These take it.
     void keepTemporary(const HostPlace& place, const FileKey& key, Descriptor descriptor);
@@ -100,7 +100,7 @@ private:
     std::array<MadeFile, 8> made_;
     std::size_t nextMade_ = 0;
     TemporaryFile temporary_;
-    DeclaredTemporaries declared_;
+    DeclaredTemporary declared_;
 };
 
 }  // namespace platform::file

@@ -63,7 +63,7 @@ int openNew(Request& request, OpenFiles& table)
                                  openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
     if (result >= 0) {
         request.descriptor = Descriptor(result);
-        if (table.declaredTemporaries().contains(request.place))
+        if (table.declaredTemporary().take(request.place))
             markTemporary(result);
     }
     return result;

@@ -105,13 +105,13 @@ DWORD reasonToStay(int folder, const char* aside, const Held& held, const FileSt
 {
     HostStatus status = {};
     if (const int result = readStatus(folder, aside, status); result < 0)
-        return platformError(result);
+        return ioError(result);
     if (!hasSameContent(stamp, status))  // the moving itself changed the time of change
         return ERROR_FILE_INVALID;
     if (held.lease != Lease::Held)
         return 0;
     const int lease = leaseOf(held.file.number());
-    return lease < 0 ? platformError(lease) : lease == F_WRLCK ? 0 : ERROR_SHARING_VIOLATION;
+    return lease < 0 ? ioError(lease) : lease == F_WRLCK ? 0 : ERROR_SHARING_VIOLATION;
 }
 
 void tellOfAside(HostPlace place, const std::string& aside, int error)
@@ -124,10 +124,10 @@ DWORD deleteHeld(const HostPlace& place, int folder, const Held& held, const Fil
 {
     const std::string aside = asideNameOf(place.name());
     if (const int result = moveAside(folder, place.name(), aside.c_str()); result < 0)
-        return platformError(result);
+        return result == -ENOENT ? DWORD{ERROR_FILE_NOT_FOUND} : ioError(result);
     DWORD error = reasonToStay(folder, aside.c_str(), held, stamp);
     if (error == 0)
-        error = platformError(removeFile(folder, aside.c_str()));
+        error = ioError(removeFile(folder, aside.c_str()));
     if (error == 0)
         return 0;
     // -EEXIST: somebody made a new file at the path. Both stay, and which of them is wanted isn't decided here.

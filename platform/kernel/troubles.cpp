@@ -25,6 +25,7 @@ using ByName = std::unordered_map<std::u16string, Noted>;
 struct State {
     std::mutex mutex;
     std::size_t noted = 0;
+    bool searches = false;     // for choices: a folder that may not be read is no trouble
     std::size_t jobStart = 0;  // the order of the first trouble of the job at hand
     std::map<std::pair<Trouble, Troubled>, ByName> names;
     std::function<void(HWND)> jobEnds;
@@ -47,6 +48,8 @@ void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD er
 {
     State& all = state();
     const std::lock_guard lock(all.mutex);
+    if (all.searches && kind == Trouble::Reading && error == ERROR_ACCESS_DENIED)
+        return;
     const Noted noted{all.noted++, error};
     const auto [known, isNew] = all.names[{kind, what}].try_emplace(std::u16string(name), noted);
     if (isNew)
@@ -111,6 +114,13 @@ void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error)
 void ReportNoSet(const WCHAR* folder, DWORD error)
 {
     noteTrouble(Trouble::Numbering, Troubled::File, folder, error);
+}
+
+void SearchForChoices(BOOL on)
+{
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    all.searches = on != FALSE;
 }
 
 void BeginJob()

@@ -154,6 +154,7 @@ void MakeSet(BackupRun& run)
         BackUpFiles(run);
         BackUpDatabases(run);
         BackUpRegistry(run);
+        (void)DeclareTemporaryFile(nullptr);
         StopPipelineThread();
     }
 }
@@ -175,6 +176,7 @@ DWORD RunBackup(DWORD mode)
     ComposeComment();
     static BackupRun run;  // large, and one run at a time
     run = {};
+    run.ofWholeDevice = LOWORD(mode) != BackupSelectedItems;
     if (ChooseStorage(run.storageRoot))
         MakeSet(run);
     CloseRun(run);

@@ -110,7 +110,9 @@ void ListAllFiles()
     SetWaitCursor();
     gAskedFolder = {};
     gPathsTooLong = {};
+    gPathsTooLong.areItems = TRUE;
     WalkDirectory(u"\\", nullptr, TRUE, FALSE, AddFullBackupFile, reinterpret_cast<UINT_PTR>(progress));
+    gPathsTooLong.areItems = FALSE;
     SetCursor(nullptr);
     ProgressAnimate(progress);
 }

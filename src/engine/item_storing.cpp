@@ -54,6 +54,14 @@ bool IsOwnFile(const BackupRun& run, const WCHAR* path)
     return lstrcmpW(path, run.temporaryPath) == 0 || (gOptions.generateLog && lstrcmpW(path, logPath) == 0);
 }
 
+// A file that comes and goes was there when the device was listed, and isn't any more. Of what the user marked that is
+// reported.
+bool WentAway(const BackupRun& run)
+{
+    return run.ofWholeDevice && !run.packed.opened &&
+           (run.item.error == ERROR_FILE_NOT_FOUND || run.item.error == ERROR_PATH_NOT_FOUND);
+}
+
 }  // namespace
 
 void NoteFailedWrite(void* context)
@@ -76,7 +84,8 @@ void BeginItem(BackupRun& run)
 
 bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name)
 {
-    if (!IsWhole(run.item) && !(kind == ItemKindFile && IsOwnFile(run, name)))
+    const bool nothingToStore = kind == ItemKindFile && (IsOwnFile(run, name) || WentAway(run));
+    if (!IsWhole(run.item) && !nothingToStore)
         ReportItem(OutcomeNotStored, kind, name, run.item.error);
     return IsWhole(run.item);
 }

@@ -15,7 +15,8 @@ struct BackupRun {
     HANDLE listFile = INVALID_HANDLE_VALUE;
     HANDLE dataFile = INVALID_HANDLE_VALUE;
     HWND progress = nullptr;
-    BackupLog* log = nullptr;  // absent until the set has its number, or if there is no memory for it
+    BackupLog* log = nullptr;    // absent until the set has its number, or if there is no memory for it
+    BOOL ofWholeDevice = FALSE;  // the items were listed by the run itself, not by the user
     DWORD number = 0;
     DWORD folderError = ERROR_SUCCESS;  // why the folder of the sets couldn't be made
     DWORD dataBytes = 0;                // in the data file so far: where the next item starts

@@ -5,6 +5,8 @@
 #include "questions.h"
 
 #include "ce/dialog.h"
+#include "ce/error.h"
+#include "ce/outcome.h"
 #include "ce/text.h"
 
 PathsTooLong gPathsTooLong;
@@ -12,8 +14,13 @@ PathsTooLong gPathsTooLong;
 void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
 {
     // A walk below a marked folder has its paths without the leading backslash.
+    const WCHAR* format = folder[0] == u'\\' ? u"%s%s" : u"\\%s%s";
     if (gPathsTooLong.count++ == 0)
-        wsprintfW(gPathsTooLong.first, folder[0] == u'\\' ? u"%s%s" : u"\\%s%s", folder, name);
+        wsprintfW(gPathsTooLong.first, format, folder, name);
+    WCHAR path[2 * MAX_PATH];
+    wsprintfW(path, format, folder, name);
+    if (gPathsTooLong.areItems)
+        ReportItem(OutcomeNotStored, OutcomeFile, path, ERROR_FILENAME_EXCED_RANGE);
 }
 
 void TellPathsTooLong(const PathsTooLong& left)

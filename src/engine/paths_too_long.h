@@ -6,6 +6,7 @@
 
 struct PathsTooLong {
     DWORD count;
+    BOOL areItems;          // of a backup: each is reported as one that isn't in the set
     WCHAR first[MAX_PATH];  // as far as it fits
 };
 

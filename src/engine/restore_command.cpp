@@ -10,6 +10,7 @@
 
 #include "ce/dialog.h"
 #include "ce/file.h"
+#include "ce/outcome.h"
 #include "ce/text.h"
 
 namespace {
@@ -48,7 +49,9 @@ DWORD TellNoSetFound()
 DWORD ChooseSet(DWORD mode)
 {
     ChoiceList sets;
+    SearchForChoices(TRUE);
     WalkDirectory(u"\\", nullptr, TRUE, FALSE, CollectSetFile, reinterpret_cast<UINT_PTR>(&sets));
+    SearchForChoices(FALSE);
     if (IsEmpty(sets))
         return TellNoSetFound();
     WCHAR listPath[MAX_PATH];

@@ -14,7 +14,7 @@
 #include "ce/file.h"
 #include "ce/text.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace {
 
@@ -101,10 +101,24 @@ void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 // Without a data file.
 void ReportNothingRestored(DWORD error)
 {
-    for (const auto& [list, kind] : {std::pair(gFileList, ItemKindFile), std::pair(gDatabaseList, ItemKindDatabase)})
+    const auto report = [error](ItemList* list, DWORD kind) {
         ForEachEntry(list, [&](const EntryBuffer& entry) { ReportItem(OutcomeNotRestored, kind, entry.name, error); });
+    };
+    report(gFileList, OutcomeFile);
+    report(gDatabaseList, OutcomeDatabase);
     if (gRegistryMarked)
         ReportItem(OutcomeNotRestored, OutcomeRegistry, u"", error);
+}
+
+// The set has data that no entry names: entries are missing at the list's end.
+void ReportDataWithoutEntry(HANDLE dataFile, const WCHAR* listPath)
+{
+    DWORD end = gRegistryMarked ? EntryEndOffset(gRegistryEntry.bytes) : 0;
+    for (ItemList* list : {gFileList, gDatabaseList})
+        ForEachEntry(list, [&](const EntryBuffer& entry) { end = std::max(end, EntryEndOffset(entry.bytes)); });
+    const DWORD bytes = SetFilePointer(dataFile, 0, nullptr, FILE_END);
+    if (bytes != INVALID_SET_FILE_POINTER && bytes > end)
+        ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_FILE_CORRUPT);
 }
 
 void RestoreFiles(RestoreRun& run)
@@ -132,13 +146,15 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
         SetCursor(nullptr);
         return 1;
     }
-    (void)DeclareTemporaryFile(TemporaryStreamPath);
+    if (LOWORD(mode) == RestoreFull)
+        ReportDataWithoutEntry(run.dataFile, listPath);
     StartPipelineThread();
     RestoreFiles(run);
     RestoreDatabases(run);
     RestoreRegistry(run);
     StopPipelineThread();
     CloseHandle(run.dataFile);
+    (void)DeclareTemporaryFile(nullptr);
     (void)FlushChangedVolumes();  // all of it is on the disk before the run ends; the platform reports a failure
     SetCursor(nullptr);
     CloseRunProgress(run.progress);

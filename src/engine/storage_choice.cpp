@@ -8,6 +8,7 @@
 #include "set_paths.h"
 
 #include "ce/file.h"
+#include "ce/outcome.h"
 #include "ce/text.h"
 
 namespace {
@@ -32,7 +33,9 @@ BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR conte
 BOOL ChooseStorage(WCHAR* storageRoot)
 {
     ChoiceList storages;
+    SearchForChoices(TRUE);
     WalkDirectory(u"\\", nullptr, TRUE, TRUE, CollectStorageFolder, reinterpret_cast<UINT_PTR>(&storages));
+    SearchForChoices(FALSE);
     AddChoice(storages, LoadText(MainDeviceText, gTextA));
     if (!ChooseFromList(gMainWindow, LoadText(SelectStorageText, gTextA), storages.characters.data(), storageRoot))
         return FALSE;

@@ -52,6 +52,7 @@ void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD position, DWORD end, bo
 
 HANDLE CreateTemporaryStream()
 {
+    (void)DeclareTemporaryFile(TemporaryStreamPath);
     const HANDLE temporary = CreateFileW(TemporaryStreamPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (temporary != INVALID_HANDLE_VALUE && GetLastError() == ERROR_ALREADY_EXISTS)
         ReportReplacedFile(TemporaryStreamPath);

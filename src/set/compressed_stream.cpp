@@ -281,6 +281,7 @@ BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* told)
         NoteFailure(packed);
         return FALSE;
     }
+    packed.opened = TRUE;
     const HANDLE to = OpenTarget(target);
     packed.made = to != INVALID_HANDLE_VALUE;
     BOOL result = FALSE;

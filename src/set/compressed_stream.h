@@ -16,6 +16,7 @@ struct StreamOutcome {
 };
 
 struct PackedStream : StreamOutcome {
+    BOOL opened;          // the source could be opened
     std::uint64_t bytes;  // of the stream, as far as it was written
     FileStamp source;     // what the source was before the first read
 };

@@ -66,6 +66,8 @@ void AddTo(ItemList* list, const ListEntry& entry)
 void TakeRegistry(ListLoad& load, const ListEntry& entry)
 {
     const bool namesStream = entry.endOffset > entry.startOffset;
+    // Of another kind than a backup writes, or one of several: an entry of a file or database may have stood here.
+    load.lacksEntries |= load.hasRegistry || entry.kind != ItemKindRegistry;
     if (load.hasRegistry && !namesStream)
         return;
     if (!Keeps(load, ItemKindRegistry, entry)) {
@@ -83,7 +85,7 @@ void TakeEntry(ListLoad& load, const ListEntry& entry)
         TakeRegistry(load, entry);
     else if (!NameIsUsable(entry))
         load.lacksEntries = true;
-    else if (Keeps(load, entry.kind, entry))
+    else if (load.lacksEntries |= (entry.faults & TextEndsEarly) != 0; Keeps(load, entry.kind, entry))
         AddTo(entry.kind == ItemKindFile ? gFileList : gDatabaseList, entry);
 }
 

@@ -9,6 +9,7 @@
 #include "tree_filter.h"
 
 #include "ce/file.h"
+#include "ce/outcome.h"
 #include "ce/store.h"
 #include "ce/text.h"
 
@@ -149,9 +150,12 @@ void ListDatabases(HTREEITEM item)
 
 DWORD ListChildren(HTREEITEM item, WORD code)
 {
-    if (code == TreeCodeDatabasesRoot)
+    if (code == TreeCodeDatabasesRoot) {
         ListDatabases(item);
-    else if (code == TreeCodeFilesRoot || code == TreeCodeFolder)
+    } else if (code == TreeCodeFilesRoot || code == TreeCodeFolder) {
+        SearchForChoices(TRUE);
         ListFolder(item);
+        SearchForChoices(FALSE);
+    }
     return 1;
 }

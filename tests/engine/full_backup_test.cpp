@@ -2,11 +2,15 @@
 
 #include "engine_fixture.h"
 
+#include "backup_run.h"
 #include "full_backup.h"
 #include "options.h"
 #include "questions.h"
 #include "registry_file.h"
 #include "set_state.h"
+#include "troubles.h"
+
+#include "ce/outcome.h"
 
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -89,10 +93,13 @@ TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackupAndCostNoOthers)
         if (name.size() > 1)
             write(folder + name[0] + name, "");
     }
+    BeginJob();
     const std::vector<std::u16string> names = backedUp();
     ASSERT_EQ(names.size(), fit.size());
     for (std::size_t i = 0; i < names.size(); i++)
         EXPECT_TRUE(fit[i].starts_with(names[i])) << "a message cuts what is longest";
+    using namespace platform::kernel;
+    EXPECT_EQ(troublesOf(Trouble::Storing, Troubled::File, Since::Job).size(), 2U);
     const auto boxes = gUser.shownWith(u"box ");
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_TRUE(boxes[0].starts_with(u"Info|2 paths are too long and were left out. The first is:\n\\ddd"));
@@ -102,6 +109,27 @@ TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackupAndCostNoOthers)
     gUser.choice.clear();
     backedUp();
     EXPECT_EQ(gUser.shownWith(u"box ").size(), 0U) << "not after a backup that was left";
+}
+
+TEST_F(FullBackupTest, FileThatGoesAwayBeforeItsTurnIsReportedOnlyIfItWasMarked)
+{
+    using namespace platform::kernel;
+    const auto reported = [&](const auto& run) {
+        write("one", "");
+        write("two", "");
+        // Whichever comes first takes the other one along.
+        gUser.seesMessage = [this](const std::u16string& message) {
+            removeAll(message == u"File: \\one" ? "two" : "one");
+            gUser.seesMessage = nullptr;
+        };
+        BeginJob();
+        run();
+        return troublesOf(Trouble::Storing, Troubled::File, Since::Job).size();
+    };
+    EXPECT_EQ(reported([] { RunFullBackup(); }), 0U);
+    mark(u"\\one");
+    mark(u"\\two");
+    EXPECT_EQ(reported([] { RunBackup(BackupSelectedItems); }), 1U);
 }
 
 TEST_F(FullBackupTest, PathsThatDoNotFitAreToldWhenThereIsNothingElse)

@@ -180,9 +180,8 @@ protected:
     {
         clearFaultPlan();
         mount();
-        // Without its card in the list of storages the user has nothing to choose.
         const bool noSet =
-            !troublesOf(Trouble::Numbering, Troubled::File, Since::Job).empty() || isHidden(u"\\Card\\QUILBOX");
+            !troublesOf(Trouble::Numbering, Troubled::File, Since::Job).empty() || !wasOffered(u"\\Card");
         for (const auto& [name, content] : sources_) {
             SCOPED_TRACE(name);
             const std::u16string path = devicePath(name);
@@ -196,6 +195,14 @@ protected:
                     << "kept in silence";
             }
         }
+    }
+
+    // Whether the user could choose what he wanted. Otherwise he sees that it isn't there, and no run begins.
+    static bool wasOffered(const std::u16string& wanted)
+    {
+        return std::ranges::any_of(gUser.shownWith(u"choose "), [&](const std::u16string& choices) {
+            return choices.find(u"|" + wanted) != std::u16string::npos;
+        });
     }
 
     // What couldn't be written of an entry was cut off again.
@@ -218,6 +225,8 @@ protected:
     void expectEachItemRestoredOrReported(WORD mode)
     {
         clearFaultPlan();
+        if (!wasOffered(u"\\Card\\QUILBOX\\QLBX0001.QLT"))
+            return;
         const bool noList = isHidden(u"\\Card\\QUILBOX\\QLBX0001.QLT") ||
                             isReported(Trouble::Restoring, u"\\Card\\QUILBOX\\QLBX0001.QLT");
         for (const auto& [name, content] : sources_) {

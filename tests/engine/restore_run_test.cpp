@@ -6,9 +6,12 @@
 #include "options.h"
 #include "restore_command.h"
 #include "set_state.h"
+#include "troubles.h"
 
 #include "ce/dialog.h"
+#include "ce/outcome.h"
 
+#include <algorithm>
 #include <fstream>
 
 namespace {
@@ -175,4 +178,29 @@ TEST_F(RestoreRunTest, MissingDataFileRestoresNothingAndClearsTheLists)
     EXPECT_EQ(read("a"), "new a");
     EXPECT_EQ(gFileList->Count(), 0U);
     EXPECT_EQ(gUser.shownWith(u"open").size(), 0U);
+}
+
+// The list says nothing of what it lacks, so each sign of damage counts.
+TEST_F(RestoreRunTest, DamagedListIsReported)
+{
+    using namespace platform::kernel;
+    const std::string a = entryBytes(1, "\\a", 0, 25), registry = entryBytes(3, "", 25, 50);
+    const std::string otherKind = char{5} + a.substr(1);
+    std::string nameCut = a;
+    nameCut[8] = 0;  // the second character of the name
+    std::filesystem::create_directories(card_ / "QUILBOX");
+    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello << Hello;
+    ASSERT_EQ(Hello.size(), 25U);
+    for (const auto& [list, damaged] : {std::pair(a + registry, false),
+                                        {otherKind + registry, true},
+                                        {a, true},
+                                        {nameCut + registry, true},
+                                        {a + registry + registry, true}}) {
+        std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << Head << list;
+        BeginJob();
+        restore();
+        const auto reported = troublesOf(Trouble::Restoring, Troubled::File, Since::Job);
+        EXPECT_EQ(std::ranges::any_of(reported, [](const auto& each) { return each.name.ends_with(u".QLT"); }),
+                  damaged);
+    }
 }

@@ -154,21 +154,24 @@ TEST_F(UnchangedDeletionTest, FileInUseHereOrElsewhereStays)
 TEST_F(UnchangedDeletionTest, StampThatComesTooSoonProvesNothing)
 {
     struct Case {
-        statx_timestamp write;
+        statx_timestamp write, change;
         timespec asked;
         BOOL proves;
     };
     const Case cases[] = {
-        {{100, 1, {}}, {100, 40'000'000}, FALSE},
-        {{100, 1, {}}, {100, 60'000'000}, TRUE},
-        {{200, 1, {}}, {150, 0}, FALSE},            // of the future
-        {{100, 0, {}}, {103, 900'000'000}, FALSE},  // whole seconds
-        {{100, 0, {}}, {104, 1}, TRUE},
-        {{-9'000'000'000'000, 1, {}}, {101, 0}, TRUE},
+        {{100, 1, {}}, {100, 1, {}}, {100, 40'000'000}, FALSE},
+        {{100, 1, {}}, {100, 1, {}}, {100, 60'000'000}, TRUE},
+        {{90, 0, {}}, {100, 1, {}}, {100, 40'000'000}, TRUE},     // set back: a write would show in the fine one
+        {{200, 1, {}}, {100, 1, {}}, {150, 0}, FALSE},            // of the future
+        {{100, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},  // whole seconds
+        {{90, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},   // set back
+        {{100, 0, {}}, {100, 0, {}}, {104, 1}, TRUE},
+        {{-9'000'000'000'000, 1, {}}, {100, 1, {}}, {101, 0}, TRUE},
     };
     for (const Case& each : cases) {
         platform::file::HostStatus status = {};
         status.stx_mtime = each.write;
+        status.stx_ctime = each.change;
         EXPECT_EQ(platform::file::stampOf(status, each.asked).provesWrites, each.proves) << &each - cases;
     }
 

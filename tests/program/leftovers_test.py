@@ -3,9 +3,9 @@ import contextlib
 import sqlite3
 import unittest
 
-from device_contents import (BACKUP, RESTORE_DATABASES, TEXT, ContentsTest, after, database, image, independent_set, item, lines,
+from device_contents import (BACKUP, RESTORE_DATABASES, SET, TEXT, ContentsTest, after, database, image, independent_set, item, lines,
                              write_set)
-from program import options_script, shown
+from program import FULL_RESTORE, options_script, shown
 
 ONE = [[item(1, TEXT, "first")], [item(1, TEXT, "second")]]
 
@@ -46,6 +46,18 @@ class LeftoversTest(ContentsTest):
                 self.assertGreater(len(found), 100)
                 self.assertEqual(found, lines(after(1, [many])).splitlines()[1:len(found) + 1])
                 (self.device / "device.db").unlink()
+
+    def test_a_restored_file_with_the_name_of_an_image_stays(self):
+        self.fill([database("Target", ONE)])
+        self.write("Target.CDB", b"the user's")
+        # The set of the files first, then one of the databases, whose image takes the file's place; then it comes back.
+        files = BACKUP.replace("check 1006", "check 1005").replace("check 1007\n", "").format(storage="\\Card")
+        databases = BACKUP.replace("check 1007\n", "").format(storage="\\Card")
+        told = self.quillbox('answer "Override*" no\n' + files + databases + FULL_RESTORE.format(set=SET), code=4).stderr
+        self.assertIn('was replaced: "\\Target.CDB"', told)
+        for _ in range(2):
+            self.assertEqual(self.content(), {b"Target.CDB": b"the user's"})
+            self.quillbox("idle\n")
 
     def test_a_file_that_is_not_the_runs_is_not_stored_as_the_registry(self):
         mine = self.write("TMVRegFile.QBR", b"mine")

@@ -116,6 +116,8 @@ class TroubleTest(ProgramTest):
             user = {}
         told = self.quillbox(FULL_BACKUP.format(comment="", storage="\\Card"), code=4, **user).stderr
         self.assertIn('"\\shut\\a" (no permission, or it is read-only)', told)
+        # A search for sets meets the folder too, and what is restored doesn't lie in it.
+        self.quillbox(options_script(policy=1023) + FULL_RESTORE.format(set="\\Card\\QUILBOX\\QLBX0001.QLT"), **user)
 
     def test_what_is_made_is_its_owners_whatever_the_mask(self):
         self.write("small", b"small")

@@ -128,9 +128,10 @@ BOOL FlushChangedVolumes(void);
 // Nonzero on success, 0 with 6 for a handle that is no open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// Says that a file which the program makes at `path` from now on is temporary: if the process is killed before the file
-// is deleted, it is removed when the device is opened next. A file of another kind that stands there is left alone, and
-// so is everything on a file system without extended attributes. Fails with 3, 123, 206.
+// Says that the next file which the program makes at `path` is temporary: if the process is killed before the file is
+// deleted, and it lies in the root, the next opening of the device takes it out of the name space. A file that stands
+// there already is left alone, and so is everything on a file system without extended attributes. One declaration is in
+// force at a time, until its file is made; null withdraws it. Fails with 3, 123, 206.
 BOOL DeclareTemporaryFile(const WCHAR* path);
 
 // Fails with 2, 3, 5 for a folder, a read-only or a ROM file, 19, 32 while open in this process, 123, 206.

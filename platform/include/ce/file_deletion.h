@@ -16,8 +16,9 @@ struct FileStamp {
     std::uint32_t writeNanoseconds;
     std::uint32_t changeNanoseconds;
     // Would each later write show in the times? Not if the file was written a moment before the stamp was taken: a
-    // second write could leave the same time. A moment is 50 ms, and 4 seconds for a time without a fraction of a
-    // second, since some file systems count in steps of one or two seconds. A time in the future proves nothing either.
+    // second write could leave the same time. A moment is 50 ms. Where the time of change has no fraction of a second,
+    // since some file systems count in steps of one or two seconds, both times must lie 4 seconds back. A time in the
+    // future proves nothing either.
     BOOL provesWrites;
 };
 

@@ -26,6 +26,10 @@ void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 // No set could be made in `folder`. ERROR_FILE_EXISTS: every number is taken.
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
+// While on, a folder that the user may not enter or read isn't reported: the program only looks for what there is to
+// choose from, and such a folder offers nothing.
+void SearchForChoices(BOOL on);
+
 // Around each job. After EndJob the host tells what was reported and what failed since BeginJob, in a message box over
 // `owner` where it has a window.
 void BeginJob();
