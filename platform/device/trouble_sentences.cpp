@@ -39,9 +39,9 @@ const char* reasonOfItem(Trouble kind, Troubled what, DWORD error)
     case ERROR_PATH_NOT_FOUND:
         return kind == Trouble::Storing && what == Troubled::File ? "it is gone" : nullptr;
     case ERROR_NO_DATA:
-        return "nothing is in the set";
+        return what == Troubled::File ? "nothing is in the set" : nullptr;
     case ERROR_HANDLE_EOF:
-        return "less of it could be read than it is long";
+        return kind == Trouble::Restoring ? "the set is damaged" : "less of it could be read than it is long";
     case ERROR_FILE_TOO_LARGE:
         return "the set's data file would pass 4 GiB";
     case ERROR_FILE_CORRUPT:
@@ -70,8 +70,6 @@ std::string reasonOf(Trouble kind, Troubled what, DWORD error)
         return "another program uses it";
     case ERROR_DISK_FULL:
         return "the disk is full";
-    case ERROR_INVALID_DATA:
-        return "it is damaged";
     case ERROR_GEN_FAILURE:
         return what == Troubled::File ? "the disk failed" : "it is damaged, or the disk failed";
     case ERROR_PATH_NOT_FOUND:
