@@ -6,9 +6,9 @@
 // marks all of it and collapses it again. Prints a line for each: a name and its figure.
 //
 // A time runs from the user's click until the first picture that shows the outcome has been painted.
-#include "device.h"
-#include "embedded_resources.h"
-#include "resource_file.h"
+#include "device/device.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
 #include "screen.h"
 
 #include "ce/window.h"

@@ -1,5 +1,6 @@
-# A room is one layer with one purpose: a target of its own that sees its own headers and those of the
-# rooms that it names under USES, and nothing else. An include against the arrows doesn't compile.
+# A room is a target with one purpose. Its public headers lie in include/<room>/, and others include them as
+# "<room>/x.h". Its other headers lie beside the sources and can be included only from there. A room sees the public
+# headers of the rooms that it names under USES. Any other include doesn't compile.
 
 add_library(quillbox_flags INTERFACE)
 target_compile_options(quillbox_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
@@ -17,7 +18,7 @@ add_library(ce_api INTERFACE)
 target_include_directories(ce_api INTERFACE ${PROJECT_SOURCE_DIR}/platform/include)
 
 # quillbox_room(NAME [OBJECT] SOURCES file... [USES target...] [PRIVATE_USES target...])
-# Sources are relative to the room's folder, which is also its include folder.
+# Sources are relative to the room's folder. Rooms of one folder share its include folder.
 function(quillbox_room name)
   cmake_parse_arguments(room "OBJECT" "" "SOURCES;USES;PRIVATE_USES" ${ARGN})
   if(room_OBJECT)
@@ -25,15 +26,18 @@ function(quillbox_room name)
   else()
     add_library(${name} STATIC ${room_SOURCES})
   endif()
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
   target_link_libraries(${name} PUBLIC ce_api ${room_USES} PRIVATE quillbox_flags ${room_PRIVATE_USES})
 endfunction()
 
-# quillbox_test(NAME SOURCES file... USES target...)
+# quillbox_test(NAME SOURCES file... USES target... [INSIDE folder...])
+# A test of a room's parts sees its private headers: INSIDE names the room's folder.
 function(quillbox_test name)
-  cmake_parse_arguments(test "" "" "SOURCES;USES" ${ARGN})
+  cmake_parse_arguments(test "" "" "SOURCES;USES;INSIDE" ${ARGN})
   add_executable(${name} ${test_SOURCES})
   target_link_libraries(${name} PRIVATE quillbox_flags ${test_USES} GTest::gtest GTest::gmock GTest::gtest_main)
+  list(TRANSFORM test_INSIDE PREPEND ${PROJECT_SOURCE_DIR}/)
+  target_include_directories(${name} PRIVATE ${test_INSIDE})
   # A test's own code need not be fast, and its headers make it the slowest to compile.
   target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1;-g1>)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)

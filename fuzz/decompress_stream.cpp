@@ -1,8 +1,8 @@
 // decompress_stream.cpp - any bytes as a stream: unpacked to a file and decoded in place. Neither may contradict the
 // other.
 
-#include "compressed_stream.h"
-#include "stream_decoding.h"
+#include "set/compressed_stream.h"
+#include "set/stream_decoding.h"
 #include "temporary_root.h"
 
 namespace {

@@ -1,7 +1,7 @@
 // load_image.cpp - any bytes as a database image. Whatever they are, what is read must be texts that end and no more
 // than the file holds, and stepping over must agree with reading.
 
-#include "image_reader.h"
+#include "set/image_reader.h"
 #include "temporary_root.h"
 
 namespace {

@@ -1,8 +1,8 @@
 // load_list.cpp - any bytes as a list file. Whatever they are, what is loaded must be names and offsets that the runs
 // can use.
 
-#include "list_file.h"
-#include "set_state.h"
+#include "set/list_file.h"
+#include "set/set_state.h"
 #include "temporary_root.h"
 
 namespace {

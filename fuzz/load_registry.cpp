@@ -1,8 +1,8 @@
 // load_registry.cpp - any bytes as a registry file. Whatever they are, what is heard must be within the registry's
 // limits, and a text that was good must come back the same once it is written anew.
 
-#include "registry_text_reader.h"
-#include "registry_text_writer.h"
+#include "registry/registry_text_reader.h"
+#include "registry/registry_text_writer.h"
 
 #include <algorithm>
 #include <cstdlib>

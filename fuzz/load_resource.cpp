@@ -1,6 +1,6 @@
 // load_resource.cpp - any bytes as the process's resource file, then every call upon it.
 
-#include "resource_file.h"
+#include "resource/resource_file.h"
 
 #include "ce/resource.h"
 

@@ -1,8 +1,8 @@
 // read_form.cpp - any bytes as a file of databases; the first one chooses the form. Each record that is read must be
 // written by our own writer, unless a property comes twice in it, and come back the same with nothing left out.
 
-#include "database_form.h"
-#include "value_text.h"
+#include "database_forms/database_form.h"
+#include "database_forms/value_text.h"
 
 #include <cstdint>
 #include <cstdlib>

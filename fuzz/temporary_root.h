@@ -1,7 +1,7 @@
 // temporary_root.h - an empty folder as the root of the name space, for targets that read files.
 #pragma once
 
-#include "name_space.h"
+#include "file/name_space.h"
 
 #include "ce/file.h"
 #include "ce/handle.h"

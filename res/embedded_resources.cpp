@@ -1,6 +1,6 @@
 // embedded_resources.cpp - the program's compiled resource file, built in.
 
-#include "embedded_resources.h"
+#include "resources/embedded_resources.h"
 
 extern "C" {
 extern const std::byte quillboxResourceFile[];

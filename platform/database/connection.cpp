@@ -1,7 +1,7 @@
 // One SQLite database file: its statements, its transactions.
-#include "connection.h"
+#include "database/connection.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <sqlite3.h>
 

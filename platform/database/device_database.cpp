@@ -1,7 +1,7 @@
 // The device's one database file: how it is opened and what its tables are.
-#include "device_database.h"
+#include "database/device_database.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <fcntl.h>
 #include <sqlite3.h>

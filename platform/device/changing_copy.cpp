@@ -1,5 +1,5 @@
 // The copy of a device's database that is being changed.
-#include "changing_copy.h"
+#include "device/changing_copy.h"
 
 #include <system_error>
 

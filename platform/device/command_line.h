@@ -1,7 +1,7 @@
 // command_line.h - the host's command line.
 #pragma once
 
-#include "device.h"
+#include "device/device.h"
 
 #include <chrono>
 #include <filesystem>

@@ -2,7 +2,7 @@
 #include "demonstration.h"
 
 #include "demonstration_text.h"
-#include "descriptor.h"
+#include "device/descriptor.h"
 #include "refusal.h"
 
 #include "ce/registry.h"

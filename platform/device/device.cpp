@@ -1,16 +1,16 @@
 // Opening a device: its lock, its registry, the folders of its name space.
-#include "device.h"
+#include "device/device.h"
 
-#include "descriptor.h"
+#include "device/descriptor.h"
+#include "device/remembered_folders.h"
 #include "fresh_device.h"
 #include "locks.h"
 #include "refusal.h"
-#include "remembered_folders.h"
 
-#include "host_name.h"
-#include "name_space.h"
-#include "object_store.h"
-#include "registry_store.h"
+#include "file/name_space.h"
+#include "registry/registry_store.h"
+#include "store/object_store.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <cerrno>

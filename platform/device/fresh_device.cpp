@@ -1,15 +1,15 @@
 // What a folder is before it is opened as a device, and how an empty one becomes one.
 #include "fresh_device.h"
 
-#include "changing_copy.h"
 #include "demonstration.h"
 #include "demonstration_databases.h"
-#include "descriptor.h"
+#include "device/changing_copy.h"
+#include "device/descriptor.h"
 #include "refusal.h"
 
-#include "device_database.h"
-#include "object_store.h"
-#include "registry_store.h"
+#include "database/device_database.h"
+#include "registry/registry_store.h"
+#include "store/object_store.h"
 
 #include <cerrno>
 #include <fcntl.h>

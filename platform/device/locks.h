@@ -1,7 +1,7 @@
 // locks.h - what keeps two processes off one device and two devices off one card, and what a device's lock remembers.
 #pragma once
 
-#include "descriptor.h"
+#include "device/descriptor.h"
 
 #include <filesystem>
 

@@ -1,15 +1,15 @@
 // The host's main(): opens a device and starts the program on it.
 #include "command_line.h"
-#include "device.h"
+#include "device/device.h"
 #include "trouble_sentences.h"
 
-#include "embedded_resources.h"
-#include "host_name.h"
-#include "resource_file.h"
-#include "script_run.h"
-#include "second_start.h"
-#include "standard_streams.h"
-#include "window_module.h"
+#include "headless/script_run.h"
+#include "kernel/standard_streams.h"
+#include "qt/second_start.h"
+#include "qt/window_module.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
+#include "text/host_name.h"
 
 #include "ce/dialog.h"
 #include "ce/window.h"

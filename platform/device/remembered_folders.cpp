@@ -1,10 +1,10 @@
 // Folders of the host that a device shows in its root at every start.
-#include "remembered_folders.h"
+#include "device/remembered_folders.h"
 
 #include "refusal.h"
 
-#include "device_database.h"
-#include "host_name.h"
+#include "database/device_database.h"
+#include "text/host_name.h"
 
 #include <span>
 

@@ -1,7 +1,7 @@
 // trouble_sentences.cpp - see trouble_sentences.h.
 #include "trouble_sentences.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include "ce/error.h"
 

@@ -1,7 +1,7 @@
 // trouble_sentences.h - what a run of the program couldn't read, write, store or restore, in sentences for its user.
 #pragma once
 
-#include "troubles.h"
+#include "kernel/troubles.h"
 
 #include <string>
 #include <vector>

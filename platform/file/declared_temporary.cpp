@@ -2,10 +2,10 @@
 #include "declared_temporary.h"
 
 #include "attributes.h"
+#include "file/host_calls.h"
+#include "file/name_space.h"
 #include "folder_reader.h"
-#include "host_calls.h"
-#include "host_name.h"
-#include "name_space.h"
+#include "text/host_name.h"
 
 #include <fcntl.h>
 

@@ -1,7 +1,7 @@
 // device_path.cpp - see device_path.h
-#include "device_path.h"
+#include "file/device_path.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include "ce/error.h"
 

@@ -1,5 +1,5 @@
 // entries.cpp - see entries.h
-#include "entries.h"
+#include "file/entries.h"
 
 #include "attributes.h"
 #include "host_error.h"

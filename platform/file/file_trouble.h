@@ -1,7 +1,7 @@
 // file_trouble.h - which failures of this room's calls are told in the end (kernel's troubles.h).
 #pragma once
 
-#include "troubles.h"
+#include "kernel/troubles.h"
 
 #include "ce/types.h"
 

@@ -1,7 +1,7 @@
 // folder_reader.h - the entries of a host folder, one after the other, read in large blocks.
 #pragma once
 
-#include "host_calls.h"
+#include "file/host_calls.h"
 
 #include <cstddef>
 #include <memory>

@@ -3,9 +3,9 @@
 
 #include "attributes.h"
 #include "host_error.h"
-#include "host_name.h"
+#include "kernel/troubles.h"
 #include "name_pattern.h"
-#include "troubles.h"
+#include "text/host_name.h"
 
 #include "ce/error.h"
 

@@ -1,10 +1,10 @@
 // folder_search.h - what a search handle stands for.
 #pragma once
 
-#include "device_path.h"
+#include "file/device_path.h"
+#include "file/mounted_folder.h"
 #include "folder_reader.h"
-#include "handle_table.h"
-#include "mounted_folder.h"
+#include "kernel/handle_table.h"
 #include "open_files.h"
 
 #include "ce/file.h"

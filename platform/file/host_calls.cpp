@@ -1,5 +1,5 @@
 // host_calls.cpp - thin wrappers around the system calls, each behind the gate.
-#include "host_calls.h"
+#include "file/host_calls.h"
 
 #include "host_gate.h"
 #include "power_cut.h"

@@ -1,5 +1,5 @@
 // host_faults.cpp - counts the host calls while a plan is set, and carries the plan out.
-#include "host_faults.h"
+#include "file/host_faults.h"
 
 #include "host_gate.h"
 #include "power_cut.h"

@@ -1,8 +1,8 @@
 // mounted_folder.cpp - a card's room: what its files hold now, what a write may still take.
-#include "mounted_folder.h"
+#include "file/mounted_folder.h"
 
 #include "attributes.h"
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <fcntl.h>
 

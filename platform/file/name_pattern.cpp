@@ -1,7 +1,7 @@
 // name_pattern.cpp - see name_pattern.h
 #include "name_pattern.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <cstddef>
 

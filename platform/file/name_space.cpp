@@ -1,14 +1,14 @@
 // name_space.cpp - the list of mounted folders.
-#include "name_space.h"
+#include "file/name_space.h"
 
 #include "attributes.h"
+#include "file/mounted_folder.h"
 #include "folder_reader.h"
 #include "folder_search.h"
-#include "handle_table.h"
-#include "host_name.h"
-#include "mounted_folder.h"
+#include "kernel/handle_table.h"
 #include "open_file.h"
 #include "open_files.h"
+#include "text/host_name.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

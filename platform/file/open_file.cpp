@@ -4,7 +4,7 @@
 #include "attributes.h"
 #include "file_stamp.h"
 #include "host_error.h"
-#include "troubles.h"
+#include "kernel/troubles.h"
 
 #include <fcntl.h>
 

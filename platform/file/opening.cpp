@@ -2,7 +2,7 @@
 #include "opening.h"
 
 #include "attributes.h"
-#include "entries.h"
+#include "file/entries.h"
 #include "host_error.h"
 #include "use_elsewhere.h"
 

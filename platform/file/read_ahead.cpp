@@ -1,7 +1,7 @@
 // read_ahead.cpp - see read_ahead.h
 #include "read_ahead.h"
 
-#include "host_calls.h"
+#include "file/host_calls.h"
 #include "host_error.h"
 
 #include <algorithm>

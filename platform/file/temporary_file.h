@@ -7,9 +7,9 @@
 #pragma once
 
 #include "attributes.h"
-#include "device_path.h"
-#include "entries.h"
-#include "host_calls.h"
+#include "file/device_path.h"
+#include "file/entries.h"
+#include "file/host_calls.h"
 
 #include <optional>
 

@@ -2,11 +2,11 @@
 #include "unchanged_deletion.h"
 
 #include "attributes.h"
-#include "entries.h"
+#include "file/entries.h"
 #include "file_stamp.h"
 #include "host_error.h"
+#include "kernel/troubles.h"
 #include "open_files.h"
-#include "troubles.h"
 #include "use_elsewhere.h"
 
 #include "ce/error.h"

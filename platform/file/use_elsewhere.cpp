@@ -1,8 +1,8 @@
 // use_elsewhere.cpp - see use_elsewhere.h
 #include "use_elsewhere.h"
 
+#include "file/host_calls.h"
 #include "file_system.h"
-#include "host_calls.h"
 #include "host_error.h"
 
 #include "ce/file.h"

@@ -1,5 +1,5 @@
 // handle_table.cpp - slots for objects, and CloseHandle.
-#include "handle_table.h"
+#include "kernel/handle_table.h"
 
 #include "ce/error.h"
 #include "ce/handle.h"

@@ -1,7 +1,7 @@
 // module.cpp - the one library there is, and the entry points registered for it.
 #include "ce/module.h"
 
-#include "entry_points.h"
+#include "kernel/entry_points.h"
 
 #include "ce/error.h"
 

@@ -1,5 +1,5 @@
 // standard_streams.cpp - see standard_streams.h.
-#include "standard_streams.h"
+#include "kernel/standard_streams.h"
 
 #include <fcntl.h>
 #include <unistd.h>

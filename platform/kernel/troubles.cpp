@@ -1,5 +1,5 @@
 // troubles.cpp - see troubles.h; the calls of ce/outcome.h.
-#include "troubles.h"
+#include "kernel/troubles.h"
 
 #include "ce/error.h"
 #include "ce/outcome.h"

@@ -1,7 +1,7 @@
 // open_key.h - what an HKEY of RegCreateKeyExW stands for.
 #pragma once
 
-#include "handle_table.h"
+#include "kernel/handle_table.h"
 
 #include <cstdint>
 

@@ -1,11 +1,11 @@
 // The registry's calls.
 #include "ce/registry.h"
 
-#include "device_database.h"
+#include "database/device_database.h"
+#include "kernel/troubles.h"
 #include "open_key.h"
-#include "registry_names.h"
+#include "registry/registry_names.h"
 #include "registry_rows.h"
-#include "troubles.h"
 
 #include <cstring>
 #include <memory>

@@ -1,7 +1,7 @@
 // The registry's tables as the text of a registry file, and back.
-#include "registry_content.h"
+#include "registry/registry_content.h"
 
-#include "device_database.h"
+#include "database/device_database.h"
 #include "registry_rows.h"
 
 #include <algorithm>

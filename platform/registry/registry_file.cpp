@@ -1,9 +1,9 @@
 // The whole registry as one file, and back.
 #include "ce/registry_file.h"
 
-#include "registry_content.h"
+#include "kernel/troubles.h"
+#include "registry/registry_content.h"
 #include "staged_registry.h"
-#include "troubles.h"
 
 #include "ce/file.h"
 

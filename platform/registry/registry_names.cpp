@@ -1,7 +1,7 @@
 // What may stand in the registry.
-#include "registry_names.h"
+#include "registry/registry_names.h"
 
-#include "utf.h"
+#include "text/utf.h"
 
 namespace platform::registry {
 

@@ -1,7 +1,7 @@
 // The registry's tables.
 #include "registry_rows.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // registry_rows.h - the registry's tables: keys by number, values by key and name, names without case.
 #pragma once
 
-#include "connection.h"
+#include "database/connection.h"
 
 #include "ce/types.h"
 

@@ -1,8 +1,8 @@
 // Opening and closing the registry.
-#include "registry_store.h"
+#include "registry/registry_store.h"
 
-#include "device_database.h"
-#include "entry_points.h"
+#include "database/device_database.h"
+#include "kernel/entry_points.h"
 #include "open_key.h"
 #include "staged_registry.h"
 

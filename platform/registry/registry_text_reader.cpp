@@ -1,7 +1,7 @@
 // Keys and values out of the text of a registry file.
-#include "registry_text_reader.h"
+#include "registry/registry_text_reader.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include "ce/registry.h"
 

@@ -1,5 +1,5 @@
 // Keys and values as the text of a registry file.
-#include "registry_text_writer.h"
+#include "registry/registry_text_writer.h"
 
 #include "ce/registry.h"
 

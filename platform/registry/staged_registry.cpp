@@ -2,7 +2,7 @@
 #include "staged_registry.h"
 
 #include "host_file.h"
-#include "registry_content.h"
+#include "registry/registry_content.h"
 
 #include "ce/error.h"
 #include "ce/file.h"

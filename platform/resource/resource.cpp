@@ -2,7 +2,7 @@
 
 #include "ce/resource.h"
 
-#include "resource_file.h"
+#include "resource/resource_file.h"
 
 #include <algorithm>
 #include <cstring>

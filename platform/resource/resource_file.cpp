@@ -1,6 +1,6 @@
 // resource_file.cpp - the compiled resource file: finding an entry in its bytes.
 
-#include "resource_file.h"
+#include "resource/resource_file.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
 // The rows of databases.
 #include "database_rows.h"
 
-#include "case_folding.h"
-#include "object_store.h"
+#include "store/object_store.h"
 #include "store_time.h"
-#include "utf.h"
+#include "text/case_folding.h"
+#include "text/utf.h"
 
 #include "ce/text.h"
 

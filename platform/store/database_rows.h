@@ -1,7 +1,7 @@
 // database_rows.h - the rows of the databases themselves: name, type, sort orders, counts.
 #pragma once
 
-#include "connection.h"
+#include "database/connection.h"
 #include "record_rows.h"
 
 #include "ce/store.h"

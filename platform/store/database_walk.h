@@ -1,7 +1,7 @@
 // database_walk.h - what a handle of CeFindFirstDatabase stands for.
 #pragma once
 
-#include "handle_table.h"
+#include "kernel/handle_table.h"
 
 #include "ce/store.h"
 

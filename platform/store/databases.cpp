@@ -1,11 +1,11 @@
 // The object store's calls on databases as a whole.
 #include "ce/store.h"
 
+#include "database/device_database.h"
 #include "database_rows.h"
 #include "database_walk.h"
-#include "device_database.h"
-#include "object_store.h"
 #include "record_rows.h"
+#include "store/object_store.h"
 #include "store_trouble.h"
 
 #include <memory>

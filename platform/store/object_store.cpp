@@ -1,5 +1,5 @@
 // The object store's own state.
-#include "object_store.h"
+#include "store/object_store.h"
 
 #include "database_walk.h"
 #include "open_database.h"

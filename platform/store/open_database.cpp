@@ -1,9 +1,9 @@
 // A database's handle.
 #include "open_database.h"
 
-#include "device_database.h"
-#include "object_store.h"
+#include "database/device_database.h"
 #include "record_rows.h"
+#include "store/object_store.h"
 #include "store_time.h"
 #include "store_trouble.h"
 

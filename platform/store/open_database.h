@@ -4,8 +4,8 @@
 // All of it is touched only while the device's database is in use (database::DatabaseUse).
 #pragma once
 
-#include "connection.h"
-#include "handle_table.h"
+#include "database/connection.h"
+#include "kernel/handle_table.h"
 #include "record_bytes.h"
 
 #include "ce/store.h"

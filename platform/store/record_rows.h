@@ -1,7 +1,7 @@
 // record_rows.h - the rows of one database's records, in their order, which is that of their oids.
 #pragma once
 
-#include "connection.h"
+#include "database/connection.h"
 #include "record_bytes.h"
 
 #include "ce/store.h"

@@ -1,10 +1,10 @@
 // Moving a handle's pointer through its records.
 #include "ce/store.h"
 
-#include "device_database.h"
-#include "object_store.h"
+#include "database/device_database.h"
 #include "open_database.h"
 #include "record_rows.h"
+#include "store/object_store.h"
 #include "store_trouble.h"
 
 using platform::database::Connection;

@@ -1,12 +1,12 @@
 // The object store's calls on records, and on the handle through which they go.
 #include "ce/store.h"
 
+#include "database/device_database.h"
 #include "database_rows.h"
-#include "device_database.h"
-#include "object_store.h"
 #include "open_database.h"
 #include "record_bytes.h"
 #include "record_rows.h"
+#include "store/object_store.h"
 #include "store_trouble.h"
 
 #include <memory>

@@ -1,9 +1,9 @@
 // Several changes of the store as one.
 #include "ce/store.h"
 
-#include "device_database.h"
-#include "object_store.h"
+#include "database/device_database.h"
 #include "record_rows.h"
+#include "store/object_store.h"
 #include "store_trouble.h"
 
 using platform::database::Connection;

@@ -1,5 +1,5 @@
 // Letters without their case: the simple folding of the scripts with capitals that file names are written in.
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,7 +1,7 @@
 // The device's code page, which is UTF-8, and the way into it.
 #include "ce/text.h"
 
-#include "utf.h"
+#include "text/utf.h"
 
 #include <algorithm>
 #include <cstring>

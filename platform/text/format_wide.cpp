@@ -1,7 +1,7 @@
 // Bounded formatting of wide texts.
 #include "ce/text.h"
 
-#include "utf.h"
+#include "text/utf.h"
 
 #include <algorithm>
 #include <string>

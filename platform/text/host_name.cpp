@@ -1,7 +1,7 @@
 // Names of the device and names of the host, without loss in either direction.
-#include "host_name.h"
+#include "text/host_name.h"
 
-#include "utf.h"
+#include "text/utf.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 // One character at a time out of UTF-8 and UTF-16, and into them.
-#include "utf.h"
+#include "text/utf.h"
 
 namespace platform::text {
 

@@ -1,8 +1,8 @@
 // The plain calls on wide texts: length, copy, comparison, number.
 #include "ce/text.h"
 
-#include "case_folding.h"
-#include "utf.h"
+#include "text/case_folding.h"
+#include "text/utf.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Threads of the program.
 #include "ce/thread.h"
 
-#include "handle_table.h"
+#include "kernel/handle_table.h"
 
 #include <atomic>
 #include <chrono>

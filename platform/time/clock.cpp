@@ -1,5 +1,5 @@
 // The local time, as the host tells it or as a test has set it.
-#include "clock.h"
+#include "time/clock.h"
 
 #include <algorithm>
 #include <ctime>

@@ -1,7 +1,7 @@
 // The short date format, from the host's LC_TIME.
-#include "clock.h"
+#include "time/clock.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <langinfo.h>

@@ -1,7 +1,7 @@
 // bands.h - what command bands and their bars hold.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

@@ -3,8 +3,8 @@
 
 #include "control_classes.h"
 #include "focus.h"
-#include "input.h"
 #include "notify.h"
+#include "window/input.h"
 
 #include "ce/controls.h"
 

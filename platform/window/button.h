@@ -1,7 +1,7 @@
 // button.h - what the dialog manager and the display need to know of a button.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

@@ -1,7 +1,7 @@
 // control_classes.h - the core's own window classes, each made in the file of its control.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

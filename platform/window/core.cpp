@@ -1,8 +1,8 @@
 // The table of windows, and what the other files of the core share.
-#include "core.h"
+#include "window/core.h"
 
-#include "input.h"
 #include "turn.h"
+#include "window/input.h"
 
 #include <algorithm>
 

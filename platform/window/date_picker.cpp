@@ -2,9 +2,9 @@
 #include "date_picker.h"
 
 #include "control_classes.h"
-#include "date_display.h"
-#include "input.h"
 #include "notify.h"
+#include "window/date_display.h"
+#include "window/input.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 // date_picker.h - what a date picker holds.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 #include "ce/date_picker.h"
 

@@ -1,8 +1,8 @@
 // What a window does with a message that its own procedure doesn't want.
-#include "core.h"
 #include "images.h"
+#include "window/core.h"
 
-#include "utf.h"
+#include "text/utf.h"
 
 #include <algorithm>
 

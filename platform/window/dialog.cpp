@@ -6,7 +6,7 @@
 #include "focus.h"
 #include "window_life.h"
 
-#include "resource_file.h"
+#include "resource/resource_file.h"
 
 #include "ce/controls.h"
 

@@ -2,10 +2,10 @@
 #include "button.h"
 #include "dialog_launch.h"
 #include "focus.h"
-#include "input.h"
 #include "notify.h"
+#include "window/input.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include "ce/controls.h"
 

@@ -1,8 +1,8 @@
 // dialog_launch.h - opening dialogs from a template that is read already.
 #pragma once
 
-#include "core.h"
 #include "dialog_template.h"
+#include "window/core.h"
 
 namespace platform::window {
 

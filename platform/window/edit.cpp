@@ -2,8 +2,8 @@
 #include "edit.h"
 
 #include "control_classes.h"
-#include "input.h"
 #include "notify.h"
+#include "window/input.h"
 
 #include "ce/controls.h"
 

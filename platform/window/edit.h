@@ -1,8 +1,8 @@
 // edit.h - what an edit control holds beside its text.
 #pragma once
 
-#include "core.h"
 #include "edit_text.h"
+#include "window/core.h"
 
 namespace platform::window {
 

@@ -1,7 +1,7 @@
 // The text of an edit control.
 #include "edit_text.h"
 
-#include "utf.h"
+#include "text/utf.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // focus.h - which window has the keyboard, and which comes next.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

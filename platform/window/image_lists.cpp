@@ -1,10 +1,10 @@
 // Image lists that the program makes cell by cell.
 #include "image_lists.h"
 
-#include "core.h"
 #include "images.h"
+#include "window/core.h"
 
-#include "handle_table.h"
+#include "kernel/handle_table.h"
 
 #include "ce/error.h"
 #include "ce/image_list.h"

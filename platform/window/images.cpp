@@ -1,7 +1,7 @@
 // Icons, bitmaps, cursors, image lists and brushes.
 #include "images.h"
 
-#include "core.h"
+#include "window/core.h"
 
 #include "ce/controls.h"
 #include "ce/resource.h"

@@ -2,10 +2,10 @@
 #include "list_box.h"
 
 #include "control_classes.h"
-#include "input.h"
 #include "notify.h"
+#include "window/input.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // list_box.h - what a list box holds.
 #pragma once
 
-#include "core.h"
 #include "list_rows.h"
+#include "window/core.h"
 
 #include "ce/controls.h"
 

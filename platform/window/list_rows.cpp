@@ -1,7 +1,7 @@
 // The rows of a list box.
 #include "list_rows.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,7 +1,7 @@
 // menu_resource.h - a menu as the resource compiler writes it.
 #pragma once
 
-#include "display.h"
+#include "window/display.h"
 
 #include <optional>
 #include <span>

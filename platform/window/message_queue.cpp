@@ -1,7 +1,7 @@
 // Each thread's queue: what is posted to its windows, their input, their timers, the wish to quit.
-#include "core.h"
-#include "input.h"
 #include "turn.h"
+#include "window/core.h"
+#include "window/input.h"
 #include "window_life.h"
 
 #include <algorithm>

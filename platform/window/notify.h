@@ -1,7 +1,7 @@
 // notify.h - what controls tell their parents. Without the lock.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

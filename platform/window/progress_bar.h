@@ -1,7 +1,7 @@
 // progress_bar.h - what a progress bar holds.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

@@ -1,5 +1,5 @@
 // Raw input: from the display into the owner thread's queue, and from there to the control.
-#include "input.h"
+#include "window/input.h"
 
 #include "focus.h"
 #include "turn.h"

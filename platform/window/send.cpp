@@ -1,7 +1,7 @@
 // Messages that are answered before the call returns.
-#include "core.h"
-#include "input.h"
 #include "turn.h"
+#include "window/core.h"
+#include "window/input.h"
 
 #include <optional>
 

@@ -1,9 +1,9 @@
 // Trees as displays see them.
-#include "tree_display.h"
+#include "window/tree_display.h"
 
 #include "image_lists.h"
-#include "input.h"
 #include "tree_view.h"
+#include "window/input.h"
 
 namespace platform::window {
 

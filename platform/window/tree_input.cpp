@@ -1,9 +1,9 @@
 // What the user does to a tree view: clicks and keys.
-#include "input.h"
 #include "notify.h"
 #include "tree_view.h"
+#include "window/input.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The items of one tree view.
 #include "tree_items.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <algorithm>
 

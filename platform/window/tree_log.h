@@ -5,8 +5,8 @@
 // item.
 #pragma once
 
-#include "tree_display.h"
 #include "tree_items.h"
+#include "window/tree_display.h"
 
 #include <vector>
 

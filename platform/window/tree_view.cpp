@@ -2,10 +2,10 @@
 #include "tree_view.h"
 
 #include "control_classes.h"
-#include "input.h"
 #include "notify.h"
+#include "window/input.h"
 
-#include "utf.h"
+#include "text/utf.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,9 +3,9 @@
 // an item stands, tree_input.cpp takes clicks and keys.
 #pragma once
 
-#include "core.h"
 #include "tree_items.h"
 #include "tree_log.h"
+#include "window/core.h"
 
 #include "ce/tree_view.h"
 

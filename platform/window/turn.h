@@ -1,7 +1,7 @@
 // turn.h - who runs in which thread's name; core.h tells how.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

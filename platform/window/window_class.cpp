@@ -1,10 +1,10 @@
 // Window classes: those of the program, and the controls', which stand from the start.
 #include "control_classes.h"
-#include "core.h"
 #include "images.h"
+#include "window/core.h"
 #include "window_life.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include "ce/controls.h"
 

@@ -1,7 +1,7 @@
 // window_geometry.h - windows on the screen, for the core's other files.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

@@ -1,7 +1,7 @@
 // window_life.h - how windows come and go, for the core's other files.
 #pragma once
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::window {
 

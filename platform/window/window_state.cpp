@@ -1,10 +1,10 @@
 // What a window shows of itself: visible, enabled, text, place; and finding it.
 #include "bands.h"
-#include "core.h"
 #include "focus.h"
+#include "window/core.h"
 #include "window_life.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <algorithm>
 

@@ -1,16 +1,16 @@
 // backup_run.cpp - see backup_run.h.
 
-#include "backup_run.h"
+#include "engine/backup_run.h"
 
-#include "block_pipeline.h"
 #include "database_items.h"
+#include "engine/questions.h"
 #include "file_items.h"
-#include "questions.h"
 #include "registry_file.h"
 #include "run_progress.h"
+#include "set/block_pipeline.h"
+#include "set/set_state.h"
 #include "set_comment.h"
 #include "set_paths.h"
-#include "set_state.h"
 #include "storage_choice.h"
 
 #include "ce/dialog.h"

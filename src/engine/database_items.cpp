@@ -2,10 +2,10 @@
 
 #include "database_items.h"
 
-#include "database_image.h"
-#include "questions.h"
+#include "engine/questions.h"
 #include "run_progress.h"
-#include "set_state.h"
+#include "set/database_image.h"
+#include "set/set_state.h"
 
 #include "ce/text.h"
 

@@ -1,8 +1,8 @@
 // directory_walker.cpp - see directory_walker.h.
 
-#include "directory_walker.h"
+#include "engine/directory_walker.h"
 
-#include "paths_too_long.h"
+#include "engine/paths_too_long.h"
 
 #include "ce/file.h"
 #include "ce/text.h"

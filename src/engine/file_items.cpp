@@ -2,10 +2,10 @@
 
 #include "file_items.h"
 
-#include "options.h"
-#include "questions.h"
+#include "engine/options.h"
+#include "engine/questions.h"
 #include "run_progress.h"
-#include "set_state.h"
+#include "set/set_state.h"
 
 #include "ce/text.h"
 

@@ -1,13 +1,13 @@
 // full_backup.cpp - see full_backup.h.
 
-#include "full_backup.h"
+#include "engine/full_backup.h"
 
-#include "backup_run.h"
-#include "directory_walker.h"
-#include "paths_too_long.h"
-#include "questions.h"
+#include "engine/backup_run.h"
+#include "engine/directory_walker.h"
+#include "engine/paths_too_long.h"
+#include "engine/questions.h"
 #include "run_progress.h"
-#include "set_state.h"
+#include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"

@@ -2,9 +2,9 @@
 
 #include "item_storing.h"
 
-#include "options.h"
-#include "questions.h"
-#include "set_entry.h"
+#include "engine/options.h"
+#include "engine/questions.h"
+#include "set/set_entry.h"
 #include "set_paths.h"
 
 #include "ce/text.h"

@@ -1,10 +1,10 @@
 // item_storing.h - how any item of a backup gets into the set: its entry in the list, its stream in the data file.
 #pragma once
 
-#include "compressed_stream.h"
 #include "item_outcome.h"
-#include "list_file.h"
 #include "run_log.h"
+#include "set/compressed_stream.h"
+#include "set/list_file.h"
 #include "source_deletion.h"
 
 #include "ce/file.h"

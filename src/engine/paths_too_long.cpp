@@ -1,8 +1,8 @@
 // paths_too_long.cpp - see paths_too_long.h.
 
-#include "paths_too_long.h"
+#include "engine/paths_too_long.h"
 
-#include "questions.h"
+#include "engine/questions.h"
 
 #include "ce/dialog.h"
 #include "ce/error.h"

@@ -2,8 +2,10 @@
 
 #include "registry_file.h"
 
-#include "set_entry.h"
-#include "set_state.h"
+#include "engine/registry_calls.h"
+
+#include "set/set_entry.h"
+#include "set/set_state.h"
 
 #include "ce/module.h"
 

@@ -1,12 +1,12 @@
 // restore_command.cpp - see restore_command.h.
 
-#include "restore_command.h"
+#include "engine/restore_command.h"
 
 #include "choice_list.h"
-#include "directory_walker.h"
-#include "list_file.h"
-#include "questions.h"
-#include "set_state.h"
+#include "engine/directory_walker.h"
+#include "engine/questions.h"
+#include "set/list_file.h"
+#include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"

@@ -1,14 +1,14 @@
 // restore_run.cpp - see restore_run.h.
 
-#include "restore_run.h"
+#include "engine/restore_run.h"
 
-#include "block_pipeline.h"
-#include "compressed_stream.h"
-#include "options.h"
-#include "questions.h"
+#include "engine/options.h"
+#include "engine/questions.h"
 #include "restored_items.h"
 #include "run_progress.h"
-#include "set_state.h"
+#include "set/block_pipeline.h"
+#include "set/compressed_stream.h"
+#include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"

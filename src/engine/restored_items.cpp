@@ -2,12 +2,12 @@
 
 #include "restored_items.h"
 
-#include "compressed_stream.h"
-#include "database_image.h"
-#include "questions.h"
-#include "registry_file.h"
+#include "engine/questions.h"
+#include "engine/registry_calls.h"
 #include "run_progress.h"
-#include "set_state.h"
+#include "set/compressed_stream.h"
+#include "set/database_image.h"
+#include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/text.h"

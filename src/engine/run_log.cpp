@@ -3,7 +3,7 @@
 #include "run_log.h"
 
 #include "ce/time.h"
-#include "options.h"
+#include "engine/options.h"
 
 #include <cstring>
 

@@ -2,8 +2,8 @@
 
 #include "run_progress.h"
 
-#include "item_list.h"
-#include "questions.h"
+#include "engine/questions.h"
+#include "set/item_list.h"
 
 namespace {
 

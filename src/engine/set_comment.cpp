@@ -2,8 +2,8 @@
 
 #include "set_comment.h"
 
-#include "questions.h"
-#include "set_state.h"
+#include "engine/questions.h"
+#include "set/set_state.h"
 
 #include "ce/text.h"
 #include "ce/time.h"

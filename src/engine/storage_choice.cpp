@@ -3,8 +3,8 @@
 #include "storage_choice.h"
 
 #include "choice_list.h"
-#include "directory_walker.h"
-#include "questions.h"
+#include "engine/directory_walker.h"
+#include "engine/questions.h"
 #include "set_paths.h"
 
 #include "ce/file.h"

@@ -2,8 +2,8 @@
 
 #include "stream_taking.h"
 
-#include "questions.h"
-#include "set_entry.h"
+#include "engine/questions.h"
+#include "set/set_entry.h"
 
 #include "ce/text.h"
 

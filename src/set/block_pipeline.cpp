@@ -1,6 +1,6 @@
 // block_pipeline.cpp - see block_pipeline.h.
 
-#include "block_pipeline.h"
+#include "set/block_pipeline.h"
 
 #include "ce/thread.h"
 

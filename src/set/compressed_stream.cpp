@@ -1,9 +1,9 @@
 // compressed_stream.cpp - see compressed_stream.h.
 
-#include "compressed_stream.h"
+#include "set/compressed_stream.h"
 
-#include "block_pipeline.h"
-#include "stream_block.h"
+#include "set/block_pipeline.h"
+#include "set/stream_block.h"
 
 #include "ce/file.h"
 #include "ce/text.h"

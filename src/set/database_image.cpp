@@ -1,8 +1,8 @@
 // database_image.cpp - writing an image; see database_image.h.
 
-#include "database_image.h"
+#include "set/database_image.h"
 
-#include "set_entry.h"
+#include "set/set_entry.h"
 
 #include "ce/file.h"
 #include "ce/memory.h"

@@ -1,8 +1,8 @@
 // database_restore.cpp - making a database from an image; see database_image.h.
 
-#include "database_image.h"
-#include "image_reader.h"
-#include "set_questions.h"
+#include "set/database_image.h"
+#include "set/image_reader.h"
+#include "set/set_questions.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"

@@ -1,6 +1,6 @@
 // image_reader.cpp - see image_reader.h.
 
-#include "image_reader.h"
+#include "set/image_reader.h"
 
 #include "ce/file.h"
 #include "ce/memory.h"

@@ -1,6 +1,6 @@
 // item_list.cpp - see item_list.h.
 
-#include "item_list.h"
+#include "set/item_list.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,10 +1,10 @@
 // list_file.cpp - see list_file.h.
 
-#include "list_file.h"
+#include "set/list_file.h"
 
-#include "list_reader.h"
-#include "set_entry.h"
-#include "set_state.h"
+#include "set/list_reader.h"
+#include "set/set_entry.h"
+#include "set/set_state.h"
 
 #include "ce/file.h"
 #include "ce/outcome.h"

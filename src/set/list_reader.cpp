@@ -1,6 +1,6 @@
 // list_reader.cpp - see list_reader.h.
 
-#include "list_reader.h"
+#include "set/list_reader.h"
 
 #include "ce/file.h"
 

@@ -1,6 +1,6 @@
 // set_state.cpp - see set_state.h.
 
-#include "set_state.h"
+#include "set/set_state.h"
 
 #include <new>
 

@@ -1,6 +1,6 @@
 // stream_block.cpp - see stream_block.h.
 
-#include "stream_block.h"
+#include "set/stream_block.h"
 
 #include "ce/file.h"
 

@@ -1,6 +1,6 @@
 // stream_decoding.cpp - see stream_decoding.h.
 
-#include "stream_decoding.h"
+#include "set/stream_decoding.h"
 
 #include "ce/file.h"
 

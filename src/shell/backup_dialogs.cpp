@@ -1,8 +1,8 @@
 // backup_dialogs.cpp - dialogs 108 and 109: the comment of a new set, and what it will hold.
 
+#include "engine/questions.h"
 #include "item_rows.h"
 #include "program.h"
-#include "questions.h"
 
 #include "ce/controls.h"
 

@@ -1,7 +1,7 @@
 // chooser_dialog.cpp - dialog 107: a prompt over a list of texts, of which the user picks one.
 
+#include "engine/questions.h"
 #include "program.h"
-#include "questions.h"
 
 #include "ce/controls.h"
 #include "ce/text.h"

@@ -1,7 +1,7 @@
 // dialog_launch.cpp - the one way in which a modal dialog of the program is opened.
 
+#include "engine/questions.h"
 #include "program.h"
-#include "questions.h"
 
 #include "ce/resource.h"
 

@@ -1,7 +1,7 @@
 // filter_dialog.cpp - dialog 110: which files the tree shows. It works on gOptions control by control; Cancel puts the
 // filter back from a saved copy.
 
-#include "options.h"
+#include "engine/options.h"
 #include "program.h"
 
 #include "ce/controls.h"

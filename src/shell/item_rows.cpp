@@ -2,10 +2,10 @@
 
 #include "item_rows.h"
 
+#include "engine/questions.h"
 #include "program.h"
-#include "questions.h"
-#include "set_entry.h"
-#include "set_state.h"
+#include "set/set_entry.h"
+#include "set/set_state.h"
 
 #include "ce/controls.h"
 #include "ce/text.h"

@@ -1,6 +1,6 @@
 // options_dialog.cpp - dialog 111: the settings that have nothing to do with the tree.
 
-#include "options.h"
+#include "engine/options.h"
 #include "program.h"
 
 #include "ce/controls.h"

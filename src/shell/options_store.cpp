@@ -1,6 +1,6 @@
 // options_store.cpp - the settings between two runs of the program: two values of one registry key.
 
-#include "options.h"
+#include "engine/options.h"
 #include "program.h"
 
 #include "ce/registry.h"

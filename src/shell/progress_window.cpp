@@ -3,8 +3,8 @@
 // Two threads meet here. They share gProgressRange and, while a window is being opened, ProgressStart.dialog: both are
 // atomics. All else crosses as messages to the window.
 
+#include "engine/questions.h"
 #include "program.h"
-#include "questions.h"
 
 #include "ce/controls.h"
 #include "ce/resource.h"

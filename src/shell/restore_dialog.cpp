@@ -1,12 +1,12 @@
 // restore_dialog.cpp - dialog 109 as the last question before a restore: the set's comment and, in a partial restore,
 // its items to pick from.
 
+#include "engine/questions.h"
+#include "engine/restore_run.h"
 #include "item_rows.h"
-#include "list_file.h"
 #include "program.h"
-#include "questions.h"
-#include "restore_run.h"
-#include "set_state.h"
+#include "set/list_file.h"
+#include "set/set_state.h"
 
 #include "ce/controls.h"
 #include "ce/text.h"

@@ -1,7 +1,7 @@
 // string_table.cpp - the program's texts by number.
 
+#include "engine/questions.h"
 #include "program.h"
-#include "questions.h"
 
 #include "ce/resource.h"
 #include "ce/text.h"

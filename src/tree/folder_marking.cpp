@@ -1,13 +1,13 @@
 // folder_marking.cpp - see folder_marking.h.
 
-#include "folder_marking.h"
+#include "tree/folder_marking.h"
 
-#include "directory_walker.h"
+#include "engine/directory_walker.h"
+#include "engine/options.h"
+#include "engine/paths_too_long.h"
 #include "item_marking.h"
 #include "item_path.h"
-#include "options.h"
-#include "paths_too_long.h"
-#include "set_state.h"
+#include "set/set_state.h"
 #include "tree_filter.h"
 
 #include "ce/file.h"

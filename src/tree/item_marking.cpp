@@ -3,7 +3,7 @@
 #include "item_marking.h"
 
 #include "item_path.h"
-#include "set_state.h"
+#include "set/set_state.h"
 
 #include "ce/text.h"
 

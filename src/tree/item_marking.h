@@ -1,7 +1,7 @@
 // item_marking.h - the mark of a single item, in its list and on the screen.
 #pragma once
 
-#include "tree_model.h"
+#include "tree/tree_model.h"
 
 // Marks a file, a database or the registry, or takes its mark away; folders, top items and ROM files stay as they are.
 // The folders above a file count along. Always 1; a null handle changes nothing.

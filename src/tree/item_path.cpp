@@ -2,8 +2,8 @@
 
 #include "item_path.h"
 
-#include "directory_walker.h"
-#include "paths_too_long.h"
+#include "engine/directory_walker.h"
+#include "engine/paths_too_long.h"
 
 #include "ce/text.h"
 

@@ -1,7 +1,7 @@
 // item_path.h - from an item of the tree to the path that it stands for.
 #pragma once
 
-#include "tree_model.h"
+#include "tree/tree_model.h"
 
 // A folder as the walker takes it, for `item` and all items above it: no leading backslash, one at the end ("A\B\"),
 // and "\" for "Files". 0 if an item can't be read or the path doesn't fit; `path` is empty then.

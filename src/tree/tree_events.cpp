@@ -1,11 +1,11 @@
 // tree_events.cpp - see tree_events.h.
 
-#include "tree_events.h"
+#include "tree/tree_events.h"
 
-#include "item_list.h"
+#include "engine/questions.h"
 #include "item_marking.h"
-#include "questions.h"
-#include "set_state.h"
+#include "set/item_list.h"
+#include "set/set_state.h"
 #include "tree_listing.h"
 
 #include "ce/command_bands.h"

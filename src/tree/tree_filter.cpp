@@ -2,7 +2,7 @@
 
 #include "tree_filter.h"
 
-#include "options.h"
+#include "engine/options.h"
 
 #include "ce/file.h"
 #include "ce/time.h"

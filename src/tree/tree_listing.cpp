@@ -2,10 +2,10 @@
 
 #include "tree_listing.h"
 
-#include "directory_walker.h"
+#include "engine/directory_walker.h"
+#include "engine/options.h"
 #include "item_path.h"
-#include "options.h"
-#include "set_state.h"
+#include "set/set_state.h"
 #include "tree_filter.h"
 
 #include "ce/file.h"

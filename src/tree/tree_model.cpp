@@ -1,8 +1,8 @@
 // tree_model.cpp - see tree_model.h.
 
-#include "tree_model.h"
+#include "tree/tree_model.h"
 
-#include "questions.h"
+#include "engine/questions.h"
 
 #include "ce/image_list.h"
 #include "ce/resource.h"

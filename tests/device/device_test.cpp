@@ -1,6 +1,6 @@
-#include "device.h"
+#include "device/device.h"
+#include "device/remembered_folders.h"
 #include "host_folder.h"
-#include "remembered_folders.h"
 
 #include "ce/file.h"
 #include "ce/registry.h"

@@ -1,4 +1,4 @@
-#include "device.h"
+#include "device/device.h"
 #include "host_folder.h"
 
 #include "ce/file.h"

@@ -2,12 +2,12 @@
 
 #include "engine_fixture.h"
 
-#include "backup_run.h"
-#include "clock.h"
-#include "host_faults.h"
-#include "name_space.h"
-#include "options.h"
-#include "set_state.h"
+#include "engine/backup_run.h"
+#include "engine/options.h"
+#include "file/host_faults.h"
+#include "file/name_space.h"
+#include "set/set_state.h"
+#include "time/clock.h"
 
 #include "ce/dialog.h"
 

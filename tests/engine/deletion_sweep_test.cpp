@@ -3,11 +3,11 @@
 
 #include "engine_fixture.h"
 
-#include "backup_run.h"
-#include "host_faults.h"
-#include "list_reader.h"
-#include "options.h"
-#include "set_state.h"
+#include "engine/backup_run.h"
+#include "engine/options.h"
+#include "file/host_faults.h"
+#include "set/list_reader.h"
+#include "set/set_state.h"
 
 #include "ce/file.h"
 

@@ -2,8 +2,8 @@
 
 #include "engine_fixture.h"
 
-#include "directory_walker.h"
-#include "paths_too_long.h"
+#include "engine/directory_walker.h"
+#include "engine/paths_too_long.h"
 
 #include "ce/file.h"
 

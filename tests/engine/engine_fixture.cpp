@@ -2,13 +2,13 @@
 
 #include "engine_fixture.h"
 
-#include "backup_run.h"
-#include "device_database.h"
-#include "name_space.h"
-#include "object_store.h"
-#include "options.h"
-#include "restore_command.h"
-#include "set_state.h"
+#include "database/device_database.h"
+#include "engine/backup_run.h"
+#include "engine/options.h"
+#include "engine/restore_command.h"
+#include "file/name_space.h"
+#include "set/set_state.h"
+#include "store/object_store.h"
 
 #include "ce/store.h"
 #include "ce/text.h"

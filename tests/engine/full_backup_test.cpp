@@ -2,13 +2,13 @@
 
 #include "engine_fixture.h"
 
-#include "backup_run.h"
-#include "full_backup.h"
-#include "options.h"
-#include "questions.h"
-#include "registry_file.h"
-#include "set_state.h"
-#include "troubles.h"
+#include "engine/backup_run.h"
+#include "engine/full_backup.h"
+#include "engine/options.h"
+#include "engine/questions.h"
+#include "engine/registry_calls.h"
+#include "kernel/troubles.h"
+#include "set/set_state.h"
 
 #include "ce/outcome.h"
 

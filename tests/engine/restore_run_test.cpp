@@ -2,11 +2,11 @@
 
 #include "engine_fixture.h"
 
-#include "backup_run.h"
-#include "options.h"
-#include "restore_command.h"
-#include "set_state.h"
-#include "troubles.h"
+#include "engine/backup_run.h"
+#include "engine/options.h"
+#include "engine/restore_command.h"
+#include "kernel/troubles.h"
+#include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/outcome.h"

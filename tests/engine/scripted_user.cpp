@@ -2,7 +2,7 @@
 
 #include "scripted_user.h"
 
-#include "questions.h"
+#include "engine/questions.h"
 
 #include "ce/dialog.h"
 #include "ce/text.h"

@@ -4,14 +4,14 @@
 
 #include "engine_fixture.h"
 
-#include "backup_run.h"
-#include "clock.h"
+#include "engine/backup_run.h"
+#include "engine/options.h"
+#include "engine/registry_calls.h"
+#include "engine/restore_command.h"
 #include "file_items.h"
-#include "options.h"
-#include "registry_file.h"
-#include "restore_command.h"
+#include "set/set_state.h"
 #include "set_paths.h"
-#include "set_state.h"
+#include "time/clock.h"
 
 #include "ce/dialog.h"
 #include "ce/store.h"

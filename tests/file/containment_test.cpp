@@ -1,7 +1,7 @@
 // containment_test.cpp - nothing leads out of the device, and what isn't a file or folder isn't there.
 #include "file_fixture.h"
 
-#include "name_space.h"
+#include "file/name_space.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,5 +1,5 @@
 // entries_test.cpp - attributes, folders made, files moved and deleted.
-#include "entries.h"
+#include "file/entries.h"
 #include "file_fixture.h"
 
 #include <sys/stat.h>

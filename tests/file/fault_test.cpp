@@ -1,8 +1,8 @@
 // fault_test.cpp - the host fails, the process is killed, the power goes.
 #include "file_fixture.h"
 
-#include "entries.h"
-#include "host_faults.h"
+#include "file/entries.h"
+#include "file/host_faults.h"
 
 #include <sys/wait.h>
 #include <unistd.h>

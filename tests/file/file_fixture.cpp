@@ -1,6 +1,6 @@
 #include "file_fixture.h"
 
-#include "troubles.h"
+#include "kernel/troubles.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>

@@ -1,7 +1,7 @@
 // file_fixture.h - a root folder and a card in a temporary folder of the host, both real.
 #pragma once
 
-#include "name_space.h"
+#include "file/name_space.h"
 
 #include "ce/error.h"
 #include "ce/file.h"

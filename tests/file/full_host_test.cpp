@@ -1,7 +1,7 @@
 // full_host_test.cpp - a host file system that is really full: 1 MiB of memory, mounted for the test.
 #include "file_fixture.h"
 
-#include "host_faults.h"
+#include "file/host_faults.h"
 
 #include <fcntl.h>
 #include <sys/mount.h>

@@ -1,7 +1,7 @@
 // told_trouble_test.cpp - whatever the host fails at shows in a call's result or in what is told in the end.
 #include "file_fixture.h"
 
-#include "host_faults.h"
+#include "file/host_faults.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

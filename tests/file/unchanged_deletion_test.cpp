@@ -2,7 +2,7 @@
 #include "file_fixture.h"
 #include "file_stamp.h"
 
-#include "host_faults.h"
+#include "file/host_faults.h"
 
 #include "ce/file_deletion.h"
 

@@ -1,8 +1,8 @@
 // Scripts that drive a real program through the real window core: what its user would do, see and be told.
 
-#include "embedded_resources.h"
-#include "resource_file.h"
-#include "script_run.h"
+#include "headless/script_run.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
 #include "small_program.h"
 
 #include <gmock/gmock.h>

@@ -2,7 +2,7 @@
 
 #include "small_program.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include "ce/command_bands.h"
 #include "ce/controls.h"

@@ -1,5 +1,5 @@
 // handle_table_test.cpp - handles that are gone, made up, or of another kind.
-#include "handle_table.h"
+#include "kernel/handle_table.h"
 
 #include "ce/error.h"
 #include "ce/handle.h"

@@ -1,7 +1,7 @@
 // module_test.cpp - the library, its entry points, and the heap.
 #include "ce/module.h"
 
-#include "entry_points.h"
+#include "kernel/entry_points.h"
 
 #include "ce/error.h"
 #include "ce/memory.h"

@@ -2,8 +2,8 @@
 
 #include "desktop.h"
 
-#include "embedded_resources.h"
-#include "resource_file.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
 
 #include "ce/window.h"
 #include "ce/winmain.h"

@@ -1,7 +1,7 @@
 // desktop.h - the real program in its real windows, without a screen, and a user's hands and eyes for it.
 #pragma once
 
-#include "device.h"
+#include "device/device.h"
 #include "screen.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // second_start_test.cpp - a second start finds the first one's window and nobody else's.
 
-#include "display.h"
-#include "second_start.h"
+#include "qt/second_start.h"
+#include "window/display.h"
 
 #include "ce/window.h"
 

@@ -1,6 +1,6 @@
-#include "device_database.h"
+#include "database/device_database.h"
 #include "failing_flush.h"
-#include "registry_content.h"
+#include "registry/registry_content.h"
 #include "registry_fixture.h"
 
 #include "ce/registry.h"

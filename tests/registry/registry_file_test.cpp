@@ -2,10 +2,10 @@
 #include "ce/module.h"
 #include "ce/registry.h"
 #include "ce/registry_file.h"
+#include "file/name_space.h"
+#include "kernel/troubles.h"
 #include "killed_process.h"
-#include "name_space.h"
 #include "registry_fixture.h"
-#include "troubles.h"
 
 #include <gtest/gtest.h>
 

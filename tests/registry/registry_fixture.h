@@ -1,7 +1,7 @@
 // registry_fixture.h - a registry in a temporary folder.
 #pragma once
 
-#include "registry_store.h"
+#include "registry/registry_store.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "ce/handle.h"
 #include "ce/registry.h"
-#include "device_database.h"
+#include "database/device_database.h"
 #include "registry_fixture.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // The embedded resources against what the program and its users rely on: texts, menu, dialogs, pictures. Read
 // with a small reader of its own, so that the compiler's output is tested, not the platform's reading of it.
 
-#include "accessible_names.h"
-#include "embedded_resources.h"
-#include "resource_file.h"
+#include "resource/resource_file.h"
+#include "resources/accessible_names.h"
+#include "resources/embedded_resources.h"
 
 #include "ce/resource.h"
 

@@ -1,7 +1,7 @@
 // The resource file and the calls upon it, with bytes written by hand: whatever they say, nothing outside of
 // them is read, and what is whole can be found.
 
-#include "resource_file.h"
+#include "resource/resource_file.h"
 
 #include "ce/resource.h"
 

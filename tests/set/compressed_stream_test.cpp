@@ -1,10 +1,10 @@
-#include "compressed_stream.h"
+#include "set/compressed_stream.h"
 
-#include "block_pipeline.h"
+#include "set/block_pipeline.h"
+#include "set/stream_block.h"
 #include "set_fixture.h"
-#include "stream_block.h"
 
-#include "host_faults.h"
+#include "file/host_faults.h"
 
 #include <cerrno>
 #include <deque>

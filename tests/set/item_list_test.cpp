@@ -1,4 +1,4 @@
-#include "item_list.h"
+#include "set/item_list.h"
 
 #include "failing_memory.h"
 #include "set_fixture.h"

@@ -1,4 +1,4 @@
-#include "list_file.h"
+#include "set/list_file.h"
 
 #include "set_fixture.h"
 

@@ -1,6 +1,6 @@
 #include "set_fixture.h"
 
-#include "name_space.h"
+#include "file/name_space.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

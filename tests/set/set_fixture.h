@@ -1,7 +1,7 @@
 // set_fixture.h - a root folder and a small card in a temporary place, and the bytes of files in them.
 #pragma once
 
-#include "set_state.h"
+#include "set/set_state.h"
 
 #include "ce/file.h"
 

@@ -1,7 +1,7 @@
-#include "compressed_stream.h"
+#include "set/compressed_stream.h"
 
+#include "set/stream_decoding.h"
 #include "set_fixture.h"
-#include "stream_decoding.h"
 
 namespace {
 

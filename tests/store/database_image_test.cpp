@@ -1,9 +1,9 @@
 // Databases into images and back: the format byte by byte, the questions, images in any state.
 
 #include "image_fixture.h"
-#include "troubles.h"
+#include "kernel/troubles.h"
 
-#include "device_database.h"
+#include "database/device_database.h"
 
 #include "ce/dialog.h"
 

@@ -1,9 +1,9 @@
 // What is on the disk when: gathered changes, kills, a disk that gets full, a damaged record.
 
-#include "connection.h"
-#include "device_database.h"
+#include "database/connection.h"
+#include "database/device_database.h"
+#include "kernel/troubles.h"
 #include "store_fixture.h"
-#include "troubles.h"
 
 #include <csignal>
 #include <random>

@@ -1,9 +1,9 @@
 // image_fixture.h - an object store whose device has a root for images, and an image written by hand.
 #pragma once
 
-#include "database_image.h"
+#include "set/database_image.h"
 
-#include "name_space.h"
+#include "file/name_space.h"
 #include "scripted_questions.h"
 #include "store_fixture.h"
 

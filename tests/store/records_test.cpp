@@ -1,6 +1,6 @@
 // Records: values, the pointer, seeks, changes.
 
-#include "device_database.h"
+#include "database/device_database.h"
 #include "store_fixture.h"
 
 #include <algorithm>

@@ -4,10 +4,10 @@
 #include "failing_blocks.h"
 #include "failing_memory.h"
 #include "image_fixture.h"
-#include "troubles.h"
+#include "kernel/troubles.h"
 
-#include "connection.h"
-#include "device_database.h"
+#include "database/connection.h"
+#include "database/device_database.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 // A kill at any call of a restore: the old database or the new one, and nothing else. Where there is no old one, the
 // first records of the new one.
 
-#include "database_image.h"
+#include "file/name_space.h"
 #include "killed_process.h"
-#include "name_space.h"
 #include "scripted_questions.h"
+#include "set/database_image.h"
 #include "store_fixture.h"
 
 #include "ce/file.h"

@@ -1,7 +1,7 @@
 // scripted_questions.h - the shell and the user in one: what restoring a database asks, and what it is answered.
 #pragma once
 
-#include "set_questions.h"
+#include "set/set_questions.h"
 
 #include <string>
 #include <vector>

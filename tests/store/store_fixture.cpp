@@ -2,8 +2,8 @@
 
 #include "store_fixture.h"
 
-#include "device_database.h"
-#include "object_store.h"
+#include "database/device_database.h"
+#include "store/object_store.h"
 
 #include <cstdlib>
 #include <cstring>

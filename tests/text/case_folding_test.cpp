@@ -1,4 +1,4 @@
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <gtest/gtest.h>
 

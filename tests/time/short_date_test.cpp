@@ -1,4 +1,4 @@
-#include "clock.h"
+#include "time/clock.h"
 
 #include <gtest/gtest.h>
 

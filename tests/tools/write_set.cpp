@@ -1,12 +1,12 @@
 // write_set.cpp - a set by the program's own writers, without the program: write_set FOLDER NAME... packs the files
 // FOLDER/NAME into FOLDER/S.QLT and FOLDER/S.QDT: as files, behind "--" as databases, or the registry by that name.
 
-#include "compressed_stream.h"
-#include "list_file.h"
-#include "set_entry.h"
+#include "set/compressed_stream.h"
+#include "set/list_file.h"
+#include "set/set_entry.h"
 
-#include "host_name.h"
-#include "name_space.h"
+#include "file/name_space.h"
+#include "text/host_name.h"
 
 #include "ce/file.h"
 #include "ce/handle.h"

@@ -1,5 +1,5 @@
-#include "folder_marking.h"
-#include "options.h"
+#include "engine/options.h"
+#include "tree/folder_marking.h"
 #include "tree_fixture.h"
 
 #include "ce/file.h"

@@ -1,6 +1,6 @@
 #include "item_marking.h"
-#include "set_state.h"
-#include "tree_events.h"
+#include "set/set_state.h"
+#include "tree/tree_events.h"
 #include "tree_fixture.h"
 
 #include "ce/store.h"

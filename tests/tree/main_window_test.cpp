@@ -1,12 +1,12 @@
 // The program's entry point on a thread of its own, without a script and without a display.
-#include "core.h"
-#include "display.h"
-#include "set_state.h"
+#include "set/set_state.h"
+#include "tree/tree_model.h"
 #include "tree_fixture.h"
-#include "tree_model.h"
+#include "window/core.h"
+#include "window/display.h"
 
-#include "embedded_resources.h"
-#include "resource_file.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
 
 #include "ce/command_bands.h"
 #include "ce/winmain.h"

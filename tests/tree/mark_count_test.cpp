@@ -1,8 +1,8 @@
 // Where a MarkCount that something was taken from is below zero: each operation has a limit of its own.
-#include "folder_marking.h"
 #include "item_marking.h"
-#include "set_state.h"
-#include "tree_events.h"
+#include "set/set_state.h"
+#include "tree/folder_marking.h"
+#include "tree/tree_events.h"
 #include "tree_fixture.h"
 
 #include "ce/store.h"

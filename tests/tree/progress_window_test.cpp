@@ -1,8 +1,8 @@
 // The progress window on the template that the program has, while this thread is the run that drives it.
-#include "display.h"
-#include "embedded_resources.h"
-#include "questions.h"
-#include "resource_file.h"
+#include "engine/questions.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
+#include "window/display.h"
 
 #include "ce/dialog.h"
 

@@ -2,13 +2,13 @@
 
 #include "tree_fixture.h"
 
-#include "input.h"
-#include "options.h"
+#include "engine/options.h"
 #include "program.h"
-#include "set_state.h"
-#include "tree_events.h"
+#include "set/set_state.h"
+#include "tree/tree_events.h"
+#include "window/input.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,8 +1,8 @@
 // tree_fixture.h - a real device in a temporary folder, and the tree of the window core over it, without a display.
 #pragma once
 
-#include "device.h"
-#include "tree_display.h"
+#include "device/device.h"
+#include "window/tree_display.h"
 
 #include "ce/tree_view.h"
 

@@ -1,8 +1,8 @@
-#include "display.h"
-#include "options.h"
-#include "set_state.h"
-#include "tree_events.h"
+#include "engine/options.h"
+#include "set/set_state.h"
+#include "tree/tree_events.h"
 #include "tree_fixture.h"
+#include "window/display.h"
 
 #include "ce/command_bands.h"
 #include "ce/file.h"

@@ -1,10 +1,10 @@
 // The whole program without a screen: its tree and its filter as a script uses them.
 #include "tree_fixture.h"
 
-#include "embedded_resources.h"
-#include "resource_file.h"
-#include "script_run.h"
-#include "set_state.h"
+#include "headless/script_run.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
+#include "set/set_state.h"
 
 #include "ce/winmain.h"
 

@@ -1,8 +1,8 @@
-#include "date_display.h"
-#include "input.h"
 #include "test_user.h"
+#include "window/date_display.h"
+#include "window/input.h"
 
-#include "clock.h"
+#include "time/clock.h"
 
 #include "ce/date_picker.h"
 

@@ -1,6 +1,6 @@
 #include "test_user.h"
 
-#include "resource_file.h"
+#include "resource/resource_file.h"
 
 #include <cstring>
 #include <utility>

@@ -1,7 +1,7 @@
 // test_user.h - the user of the tests, threads with windows, and templates to make dialogs from.
 #pragma once
 
-#include "display.h"
+#include "window/display.h"
 
 #include "ce/controls.h"
 #include "ce/dialog.h"

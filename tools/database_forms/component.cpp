@@ -2,7 +2,7 @@
 
 #include "component.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 #include "line_decoding.h"
 #include "record_limit.h"
 

@@ -2,12 +2,12 @@
 
 #include "component_fields.h"
 
+#include "database_forms/value_text.h"
 #include "exact_lines.h"
-#include "value_text.h"
 
 #include "ce/personal_databases.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 

@@ -3,9 +3,9 @@
 #include "contact_card.h"
 
 #include "component_fields.h"
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
+#include "database_forms/value_text.h"
 #include "moment_text.h"
-#include "value_text.h"
 
 #include "ce/personal_databases.h"
 

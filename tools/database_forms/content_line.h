@@ -1,7 +1,7 @@
 // content_line.h - one line of vCard or iCalendar: NAME;PARAMETER=VALUE:VALUE.
 #pragma once
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 
 #include <cstddef>
 #include <string>

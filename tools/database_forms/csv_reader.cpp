@@ -3,9 +3,9 @@
 #include "csv_reader.h"
 
 #include "csv_row.h"
+#include "database_forms/record.h"
+#include "database_forms/value_text.h"
 #include "property_names.h"
-#include "record.h"
-#include "value_text.h"
 
 #include <optional>
 #include <string_view>

@@ -1,8 +1,8 @@
 // csv_reader.h - a CSV file as the records of a database; csv_writer.h tells how it stands there.
 #pragma once
 
-#include "database_form.h"
-#include "left_out.h"
+#include "database_forms/database_form.h"
+#include "database_forms/left_out.h"
 #include "line_reader.h"
 
 namespace database_forms {

@@ -2,7 +2,7 @@
 
 #include "csv_row.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 #include "record_limit.h"
 
 #include <algorithm>

@@ -2,9 +2,9 @@
 
 #include "csv_writer.h"
 
+#include "database_forms/value_text.h"
 #include "hex_digits.h"
 #include "property_names.h"
-#include "value_text.h"
 
 #include <algorithm>
 

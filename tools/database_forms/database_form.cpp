@@ -1,6 +1,6 @@
 // database_form.cpp - see database_form.h.
 
-#include "database_form.h"
+#include "database_forms/database_form.h"
 
 #include "csv_reader.h"
 #include "csv_writer.h"

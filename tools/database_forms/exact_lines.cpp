@@ -3,9 +3,9 @@
 #include "exact_lines.h"
 
 #include "component_fields.h"
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
+#include "database_forms/value_text.h"
 #include "hex_digits.h"
-#include "value_text.h"
 
 #include <algorithm>
 #include <sstream>

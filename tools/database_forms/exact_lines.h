@@ -6,8 +6,8 @@
 #pragma once
 
 #include "component.h"
-#include "left_out.h"
-#include "record.h"
+#include "database_forms/left_out.h"
+#include "database_forms/record.h"
 
 #include "ce/store.h"
 

@@ -2,7 +2,7 @@
 
 #include "hex_digits.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 
 #include <charconv>
 #include <cstring>

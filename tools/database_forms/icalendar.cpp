@@ -5,9 +5,9 @@
 #include "calendar_item.h"
 #include "component.h"
 #include "content_line.h"
+#include "database_forms/value_text.h"
 #include "exact_lines.h"
 #include "hex_digits.h"
-#include "value_text.h"
 
 #include "ce/personal_databases.h"
 

@@ -1,8 +1,8 @@
 // icalendar.h - databases of appointments and tasks as a calendar.
 #pragma once
 
-#include "database_form.h"
-#include "left_out.h"
+#include "database_forms/database_form.h"
+#include "database_forms/left_out.h"
 #include "line_reader.h"
 
 #include <cstdint>

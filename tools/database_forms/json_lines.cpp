@@ -2,10 +2,10 @@
 
 #include "json_lines.h"
 
+#include "database_forms/record.h"
 #include "property_json.h"
-#include "record.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <array>
 #include <optional>

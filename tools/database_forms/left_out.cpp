@@ -1,10 +1,10 @@
 // left_out.cpp - see left_out.h.
 
-#include "left_out.h"
+#include "database_forms/left_out.h"
 
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 namespace database_forms {
 

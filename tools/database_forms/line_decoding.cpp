@@ -2,10 +2,10 @@
 
 #include "line_decoding.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
+#include "database_forms/left_out.h"
+#include "database_forms/value_text.h"
 #include "hex_digits.h"
-#include "left_out.h"
-#include "value_text.h"
 
 #include <iconv.h>
 

@@ -2,7 +2,7 @@
 
 #include "line_reader.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 
 namespace database_forms {
 

@@ -2,7 +2,7 @@
 
 #include "moment_text.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 
 #include "ce/time.h"
 

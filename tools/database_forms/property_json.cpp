@@ -2,11 +2,11 @@
 
 #include "property_json.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 #include "hex_digits.h"
 #include "moment_text.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // property_json.h - a property of a record as JSON and back, without loss.
 #pragma once
 
-#include "record.h"
+#include "database_forms/record.h"
 
 #include "ce/store.h"
 

@@ -1,8 +1,8 @@
 // record.cpp - see record.h.
 
-#include "record.h"
+#include "database_forms/record.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,7 +3,7 @@
 #include "repetition.h"
 
 #include "content_line.h"
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 
 #include <charconv>
 #include <chrono>

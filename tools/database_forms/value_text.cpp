@@ -1,12 +1,12 @@
 // value_text.cpp - see value_text.h.
 
-#include "value_text.h"
+#include "database_forms/value_text.h"
 
-#include "form_fault.h"
+#include "database_forms/form_fault.h"
 #include "hex_digits.h"
 #include "moment_text.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <charconv>

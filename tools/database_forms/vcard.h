@@ -1,8 +1,8 @@
 // vcard.h - databases of contacts as a file of cards.
 #pragma once
 
-#include "database_form.h"
-#include "left_out.h"
+#include "database_forms/database_form.h"
+#include "database_forms/left_out.h"
 #include "line_reader.h"
 
 namespace database_forms {

@@ -2,7 +2,7 @@
 // the sentence says so.
 #pragma once
 
-#include "database_form.h"
+#include "database_forms/database_form.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -6,15 +6,15 @@
 #include "failure.h"
 #include "host_files.h"
 #include "open_database.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
-#include "database_form.h"
+#include "database_forms/database_form.h"
 
 #include "ce/personal_databases.h"
 
-#include "host_name.h"
-#include "standard_streams.h"
+#include "kernel/standard_streams.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <iostream>

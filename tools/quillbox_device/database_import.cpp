@@ -2,10 +2,10 @@
 
 #include "database_import.h"
 
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include "commands.h"
 #include "open_database.h"
 
-#include "database_form.h"
+#include "database_forms/database_form.h"
 
 #include <cstdint>
 #include <memory>

@@ -4,11 +4,11 @@
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
-#include "host_name.h"
-#include "remembered_folders.h"
+#include "device/remembered_folders.h"
+#include "text/host_name.h"
 
 #include <iostream>
 

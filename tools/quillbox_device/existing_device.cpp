@@ -4,12 +4,12 @@
 
 #include "failure.h"
 #include "replacement.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
-#include "changing_copy.h"
-#include "device_database.h"
-#include "object_store.h"
-#include "registry_store.h"
+#include "database/device_database.h"
+#include "device/changing_copy.h"
+#include "registry/registry_store.h"
+#include "store/object_store.h"
 
 #include <cerrno>
 #include <iostream>

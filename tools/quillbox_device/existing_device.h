@@ -1,7 +1,7 @@
 // existing_device.h - the device that a command works on, opened for as long as the command runs.
 #pragma once
 
-#include "device.h"
+#include "device/device.h"
 
 #include <filesystem>
 #include <functional>

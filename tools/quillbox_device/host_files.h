@@ -1,8 +1,8 @@
 // host_files.h - what a command reads from and writes to.
 #pragma once
 
-#include "descriptor.h"
-#include "standard_streams.h"
+#include "device/descriptor.h"
+#include "kernel/standard_streams.h"
 
 #include <fstream>
 #include <iostream>

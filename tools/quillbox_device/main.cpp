@@ -2,10 +2,10 @@
 
 #include "commands.h"
 #include "failure.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
-#include "host_name.h"
-#include "standard_streams.h"
+#include "kernel/standard_streams.h"
+#include "text/host_name.h"
 
 #include <CLI/CLI.hpp>
 

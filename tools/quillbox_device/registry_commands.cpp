@@ -5,7 +5,7 @@
 #include "failure.h"
 #include "host_files.h"
 
-#include "registry_content.h"
+#include "registry/registry_content.h"
 
 namespace quillbox_device {
 

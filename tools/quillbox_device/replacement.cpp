@@ -2,7 +2,7 @@
 
 #include "replacement.h"
 
-#include "descriptor.h"
+#include "device/descriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -3,7 +3,7 @@
 #include "stored_databases.h"
 
 #include "failure.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
 #include <algorithm>
 #include <iostream>

@@ -1,7 +1,7 @@
 // stored_databases.h - the databases of the open device.
 #pragma once
 
-#include "database_form.h"
+#include "database_forms/database_form.h"
 
 #include "ce/store.h"
 

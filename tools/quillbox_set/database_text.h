@@ -3,7 +3,7 @@
 
 #include "image_check.h"
 
-#include "database_form.h"
+#include "database_forms/database_form.h"
 
 #include <cstdint>
 #include <optional>

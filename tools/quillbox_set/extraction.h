@@ -3,7 +3,7 @@
 
 #include "set_files.h"
 
-#include "database_form.h"
+#include "database_forms/database_form.h"
 
 #include <optional>
 #include <string>

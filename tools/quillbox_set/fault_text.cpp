@@ -2,7 +2,7 @@
 
 #include "fault_text.h"
 
-#include "list_reader.h"
+#include "set/list_reader.h"
 
 #include "ce/error.h"
 

@@ -2,7 +2,7 @@
 
 #include "growing_file.h"
 
-#include "entries.h"
+#include "file/entries.h"
 
 #include "ce/file.h"
 

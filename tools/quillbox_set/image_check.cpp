@@ -3,9 +3,9 @@
 #include "image_check.h"
 
 #include "fault_text.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
-#include "case_folding.h"
+#include "text/case_folding.h"
 
 #include "ce/text.h"
 

@@ -4,9 +4,9 @@
 
 #include "image_check.h"
 #include "registry_check.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <cstdio>
 

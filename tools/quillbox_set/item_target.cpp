@@ -2,7 +2,7 @@
 
 #include "item_target.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 namespace quillbox_set {
 

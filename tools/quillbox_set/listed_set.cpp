@@ -2,7 +2,7 @@
 
 #include "listed_set.h"
 
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
 #include "ce/file.h"
 

@@ -1,7 +1,7 @@
 // listed_set.h - a set as its list tells it, item after item; memory doesn't grow with it.
 #pragma once
 
-#include "list_reader.h"
+#include "set/list_reader.h"
 #include "set_files.h"
 
 #include <memory>

@@ -3,12 +3,12 @@
 #include "listing.h"
 
 #include "exit_code.h"
-#include "host_name.h"
 #include "item_inside.h"
 #include "json_list.h"
 #include "listed_set.h"
-#include "screen_text.h"
-#include "stream_decoding.h"
+#include "screen_text/screen_text.h"
+#include "set/stream_decoding.h"
+#include "text/host_name.h"
 
 #include "ce/file.h"
 

@@ -2,14 +2,14 @@
 
 #include "exit_code.h"
 #include "extraction.h"
+#include "file/name_space.h"
 #include "listing.h"
-#include "name_space.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 #include "set_files.h"
 #include "set_folder.h"
 #include "verification.h"
 
-#include "standard_streams.h"
+#include "kernel/standard_streams.h"
 
 #include <CLI/CLI.hpp>
 

@@ -4,7 +4,7 @@
 
 #include "fault_text.h"
 
-#include "registry_text_reader.h"
+#include "registry/registry_text_reader.h"
 
 namespace quillbox_set {
 

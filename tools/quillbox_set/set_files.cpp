@@ -2,9 +2,9 @@
 
 #include "set_files.h"
 
-#include "case_folding.h"
-#include "host_name.h"
-#include "name_space.h"
+#include "file/name_space.h"
+#include "text/case_folding.h"
+#include "text/host_name.h"
 
 #include "ce/file.h"
 #include "ce/handle.h"

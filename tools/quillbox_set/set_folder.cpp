@@ -5,10 +5,10 @@
 #include "exit_code.h"
 #include "json_list.h"
 #include "listed_set.h"
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 #include "set_files.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 #include "unpacked_image.h"
 
-#include "stream_decoding.h"
+#include "set/stream_decoding.h"
 
 #include "ce/file.h"
 

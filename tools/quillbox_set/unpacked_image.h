@@ -3,7 +3,7 @@
 
 #include "growing_file.h"
 #include "image_check.h"
-#include "image_reader.h"
+#include "set/image_reader.h"
 
 #include <memory>
 #include <span>

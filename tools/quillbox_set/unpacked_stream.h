@@ -5,7 +5,7 @@
 #pragma once
 
 #include "listed_set.h"
-#include "stream_block.h"
+#include "set/stream_block.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -4,14 +4,14 @@
 
 #include "exit_code.h"
 #include "fault_text.h"
-#include "host_name.h"
 #include "image_check.h"
 #include "json_list.h"
 #include "listed_set.h"
 #include "name_set.h"
 #include "registry_check.h"
-#include "screen_text.h"
-#include "stream_decoding.h"
+#include "screen_text/screen_text.h"
+#include "set/stream_decoding.h"
+#include "text/host_name.h"
 
 #include "ce/file.h"
 

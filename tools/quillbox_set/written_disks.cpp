@@ -2,7 +2,7 @@
 
 #include "written_disks.h"
 
-#include "device_path.h"
+#include "file/device_path.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

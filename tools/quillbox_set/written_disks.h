@@ -2,7 +2,7 @@
 // 20,000 small files would take longer than all the rest.
 #pragma once
 
-#include "host_calls.h"
+#include "file/host_calls.h"
 
 #include <string>
 #include <vector>

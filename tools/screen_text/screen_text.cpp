@@ -1,8 +1,8 @@
 // screen_text.cpp - see screen_text.h.
 
-#include "screen_text.h"
+#include "screen_text/screen_text.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,8 +3,8 @@
 // What takes a handle reads the core anew; a window that is gone has nothing.
 #pragma once
 
-#include "display.h"
 #include "snapshot.h"
+#include "window/display.h"
 
 #include <optional>
 #include <string>

@@ -4,8 +4,8 @@
 // make an action possible wakes the waiting thread.
 #pragma once
 
-#include "display.h"
 #include "transcript.h"
+#include "window/display.h"
 
 #include <chrono>
 #include <condition_variable>

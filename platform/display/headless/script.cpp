@@ -2,7 +2,7 @@
 
 #include "script.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include "ce/dialog.h"
 

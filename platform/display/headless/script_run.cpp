@@ -1,6 +1,6 @@
 // script_run.cpp - the program without a screen, its user's actions read from a script.
 
-#include "script_run.h"
+#include "headless/script_run.h"
 
 #include "screen.h"
 #include "script.h"

@@ -2,9 +2,9 @@
 
 #include "script_user.h"
 
-#include "host_name.h"
 #include "pattern.h"
 #include "reading.h"
+#include "text/host_name.h"
 
 #include "ce/dialog.h"
 

@@ -1,10 +1,10 @@
 // script_user.h - the user that a script describes: does one action after the other on the screen.
 #pragma once
 
+#include "headless/script_run.h"
 #include "screen.h"
 #include "script.h"
-#include "script_run.h"
-#include "tree_display.h"
+#include "window/tree_display.h"
 
 #include <chrono>
 #include <functional>

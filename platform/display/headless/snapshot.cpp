@@ -2,7 +2,7 @@
 
 #include "snapshot.h"
 
-#include "core.h"
+#include "window/core.h"
 
 namespace platform::headless {
 

@@ -1,7 +1,7 @@
 // snapshot.h - a window and its controls as they are at one moment.
 #pragma once
 
-#include "display.h"
+#include "window/display.h"
 
 #include <optional>
 #include <vector>

@@ -2,8 +2,8 @@
 
 #include "transcript.h"
 
-#include "host_name.h"
 #include "pattern.h"
+#include "text/host_name.h"
 
 #include <ostream>
 

@@ -2,9 +2,9 @@
 
 #include "tree_reading.h"
 
-#include "display.h"
+#include "window/display.h"
 
-#include "host_name.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 // lies below a collapsed item isn't.
 #pragma once
 
-#include "tree_display.h"
+#include "window/tree_display.h"
 
 #include "ce/types.h"
 

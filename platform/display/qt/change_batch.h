@@ -4,7 +4,7 @@
 // run that sets its counter 100,000 times a second costs the screen nothing. Knows nothing of the toolkit.
 #pragma once
 
-#include "display.h"
+#include "window/display.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -3,7 +3,7 @@
 // Knows nothing of the toolkit.
 #pragma once
 
-#include "display.h"
+#include "window/display.h"
 
 #include <condition_variable>
 #include <functional>

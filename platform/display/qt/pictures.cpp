@@ -2,7 +2,7 @@
 
 #include "pictures.h"
 
-#include "accessible_names.h"
+#include "resources/accessible_names.h"
 
 #include <QBitmap>
 #include <QFile>

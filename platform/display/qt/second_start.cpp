@@ -1,6 +1,6 @@
 // second_start.cpp - one device, one window: a second start brings the first one's window to the front.
 
-#include "second_start.h"
+#include "qt/second_start.h"
 
 #include "ce/window.h"
 

@@ -4,7 +4,7 @@
 // 100,000 items that nobody scrolls to cost their handles.
 #pragma once
 
-#include "tree_display.h"
+#include "window/tree_display.h"
 
 #include <QAbstractItemModel>
 #include <QIcon>

@@ -6,8 +6,8 @@
 
 #include "change_batch.h"
 #include "courier.h"
-#include "display.h"
-#include "host_name.h"
+#include "text/host_name.h"
+#include "window/display.h"
 
 #include <QRect>
 #include <QString>

@@ -1,6 +1,6 @@
 // window_module.cpp - loads the window module beside the program.
 
-#include "window_module.h"
+#include "qt/window_module.h"
 
 #include "qt_display.h"
 

@@ -1,0 +1,23 @@
+// remembered_folders.h - folders of the host that a device shows in its root at every start.
+//
+// They stand in the open device's database.
+#pragma once
+
+#include "device/device.h"
+
+#include <string>
+#include <vector>
+
+namespace platform::device {
+
+// In the order of their names. Throws a std::runtime_error with a sentence for the user if they can't be read.
+[[nodiscard]] std::vector<ExtraFolder> rememberedFolders();
+
+// Remembers a folder from the next start on, in place of one of the same name. False if the name can't be one of
+// the device or the database can't be written.
+[[nodiscard]] bool rememberFolder(const ExtraFolder& folder);
+
+// False if no folder of that name is remembered.
+[[nodiscard]] bool forgetFolder(const std::string& name);
+
+}  // namespace platform::device

@@ -1,0 +1,30 @@
+// registry_content.h - the registry's tables as the text of a registry file, and back.
+#pragma once
+
+#include "registry/registry_text_reader.h"
+#include "registry/registry_text_writer.h"
+
+#include "database/connection.h"
+
+#include <optional>
+
+namespace platform::registry {
+
+// Writes all of the open registry, as it is at one moment. False if the output refused bytes or the tables can't be
+// read.
+[[nodiscard]] bool writeContent(const RegistryTextWriter::Output& output);
+
+// What becomes of keys and values that the text doesn't name.
+enum class Unnamed { Removed, Kept };
+
+struct ContentRead {
+    database::Step step = database::Step::Done;  // of the tables; Done unless they failed
+    std::optional<RegistryTextFault> fault;      // of the text
+
+    [[nodiscard]] bool good() const { return step == database::Step::Done && !fault; }
+};
+
+// Reads a text into the open registry, in one transaction: all of it, or nothing.
+[[nodiscard]] ContentRead readContent(const RegistryTextSource& source, Wholeness wholeness, Unnamed unnamed);
+
+}  // namespace platform::registry

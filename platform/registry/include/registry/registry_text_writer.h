@@ -1,0 +1,50 @@
+// registry_text_writer.h - keys and values as the text of a registry file (docs/format.md, "Registry file").
+// Knows nothing of tables or files.
+#pragma once
+
+#include "registry/registry_names.h"
+
+#include "ce/types.h"
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace platform::registry {
+
+// Memory stays at one piece of text, however much is written.
+class RegistryTextWriter {
+public:
+    // Takes the next bytes of the file; false ends the writing.
+    using Output = std::function<bool(std::span<const std::byte>)>;
+
+    explicit RegistryTextWriter(Output output);
+
+    // Each is false once the output has refused bytes. A key's values follow it.
+    [[nodiscard]] bool key(const KeyPath& path);
+    [[nodiscard]] bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data);
+
+    // The closing line, which tells a whole file from a cut one. Nothing is written behind it.
+    [[nodiscard]] bool finish();
+
+private:
+    void put(char16_t unit);
+    void put(std::u16string_view text);
+    void putNumber(std::size_t number);
+    void putHexadecimal(std::uint32_t number, unsigned digits);
+    void putQuoted(std::u16string_view text);
+    void putData(DWORD type, std::span<const std::byte> data);
+    void endLine();
+    void flush();
+
+    Output output_;
+    std::u16string pending_;
+    std::size_t column_ = 0;  // of the line, in code units
+    std::size_t keys_ = 0;
+    std::size_t values_ = 0;
+    bool good_ = true;
+};
+
+}  // namespace platform::registry
