@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Measures whole backups and restores against what a user would pick instead: tar and lzop.
+"""Measures whole backups and restores. The peer is what a user could use instead: tar and lzop.
 
     bench/compare.py                     every corpus, medians of five rounds
-    bench/compare.py small tiny          these corpora only
+    bench/compare.py small tiny          only these corpora
     bench/compare.py --rounds 3 --folder /dev/shm/bench
 
-Both sides run in one go, interleaved, the order rotated from round to round; the figures are medians and their
-ratios. The corpora are made once in the folder (a tmpfs by default, some 3 GB) and kept with --keep.
+Quillbox and the peer run in turn, and their order changes from round to round. The figures are medians and the ratios
+of the medians. The script makes the corpora in the folder (a tmpfs by default, some 3 GB). With --keep they stay there.
 """
 import argparse
 import os
@@ -40,7 +40,7 @@ ok
 idle
 """
 
-# The most that the ratio to the peer may be.
+# Largest allowed ratio of the time to that of the peer.
 AIMS = {
     ("documents", "backup"): 1.0, ("small", "backup"): 1.15, ("large", "backup"): 0.9,
     ("documents", "restore"): 1.4, ("small", "restore"): 1.5, ("large", "restore"): 0.9,
@@ -52,7 +52,7 @@ MEMORY_AIM_ITEM_BYTES = 300
 
 
 def words(source, count):
-    """Text that packs about as prose does."""
+    """Text that compresses about as well as prose."""
     lexicon = [("".join(source.choice("etaoinshrdlucmfwypvbgkjqxz") for _ in range(source.randint(2, 9))))
                for _ in range(3000)]
     return " ".join(source.choices(lexicon, k=count))
@@ -62,10 +62,10 @@ def make_small(folder):
     source = random.Random(1)
     text = words(source, 200_000)
     for number in range(20_000):
-        place = folder / f"folder{number // 100:03d}"
-        place.mkdir(exist_ok=True)
+        subfolder = folder / f"folder{number // 100:03d}"
+        subfolder.mkdir(exist_ok=True)
         start = source.randrange(len(text) - 9000)
-        (place / f"note {number:05d}.txt").write_text(text[start:start + source.randint(200, 8000)])
+        (subfolder / f"note {number:05d}.txt").write_text(text[start:start + source.randint(200, 8000)])
 
 
 def make_large(folder):
@@ -82,9 +82,9 @@ def make_large(folder):
 def make_documents(folder):
     total = 0
     for base in DOCUMENT_FOLDERS:
-        for place, _, names in os.walk(base):
+        for walked, _, names in os.walk(base):
             for name in sorted(names):
-                path = pathlib.Path(place, name)
+                path = pathlib.Path(walked, name)
                 if path.is_symlink() or not path.is_file():
                     continue
                 target = folder / path.relative_to("/")
@@ -99,10 +99,10 @@ def make_documents(folder):
 
 def make_tiny(folder, files=100_000):
     for number in range(files):
-        place = folder / f"{number // 1000:03d}" / f"{number // 50:05d}"
+        subfolder = folder / f"{number // 1000:03d}" / f"{number // 50:05d}"
         if number % 50 == 0:
-            place.mkdir(parents=True, exist_ok=True)
-        (place / f"{number:06d}.txt").write_text(f"tiny file {number}\n")
+            subfolder.mkdir(parents=True, exist_ok=True)
+        (subfolder / f"{number:06d}.txt").write_text(f"tiny file {number}\n")
 
 
 CORPORA = {
@@ -114,7 +114,7 @@ CORPORA = {
     "one-gigabyte": lambda folder: make_file(folder, 1 << 30),
     "one-megabyte": lambda folder: make_file(folder, 1 << 20),
 }
-PEERLESS = ("tiny-half", "one-gigabyte", "one-megabyte")
+WITHOUT_PEER = ("tiny-half", "one-gigabyte", "one-megabyte")
 
 
 def make_file(folder, size):
@@ -128,7 +128,7 @@ class Run:
     """Wall and processor seconds of one command, and its largest resident memory in kilobytes."""
 
     def __init__(self, command, stdin=None):
-        # By a small launcher: the largest memory of this interpreter would be inherited.
+        # The command is started by a small launcher: otherwise it would inherit the memory maximum of this interpreter.
         reader, writer = os.pipe()
         process = subprocess.run([LAUNCHER, str(writer), *command], input=stdin, text=True, pass_fds=[writer])
         os.close(writer)
@@ -178,7 +178,7 @@ class Corpus:
         return Run(["bash", "-c", f"set -o pipefail; lzop -d -c '{self.archive}' | tar -C '{self.untarred}' -xf -"])
 
     def compare(self):
-        """Every byte and name is back, or the figures mean nothing."""
+        """Ends the script unless every name and byte was restored: otherwise the figures mean nothing."""
         if subprocess.run(["diff", "-r", self.store, self.restored / "object-store"]).returncode != 0:
             sys.exit(f"bench: {self.name}: the restored files differ")
 
@@ -189,7 +189,7 @@ def medians(runs):
 
 def measure(corpus, rounds):
     sides = [("quillbox", corpus.quillbox_backup, corpus.quillbox_restore)]
-    if corpus.name not in PEERLESS:
+    if corpus.name not in WITHOUT_PEER:
         sides.append(("peer", corpus.peer_backup, corpus.peer_restore))
     results = {}
     for round_number in range(rounds):

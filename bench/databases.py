@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Measures databases into a set and back against sqlite3, which dumps and loads the same rows of an ordinary table.
+"""Measures the backup and restore of databases. The peer is sqlite3, which dumps and loads a table with the same rows.
 
     bench/databases.py                     medians of five rounds
     bench/databases.py --rounds 9 --records 10000
 
-Both sides run in one go, interleaved, the order rotated from round to round. The start-up of the program, a run of no
-actions on the same device, has a line of its own; the ratios are of whole runs, start-up included. The files stand in a
-tmpfs by default.
+Quillbox and the peer run in turn, and their order changes from round to round. The ratios are those of whole runs,
+including the start of the program. The start alone, a run without actions on the same device, is printed separately.
+The files are in a tmpfs by default.
 """
 import argparse
 import json
@@ -22,14 +22,15 @@ from compare import BACKUP_SCRIPT, LAUNCHER, QUILLBOX, RESTORE_SCRIPT, Run, empt
 
 DEVICE_TOOL = QUILLBOX.with_name("quillbox-device")
 ALL_FILES, ALL_DATABASES = "check 1005", "check 1006"
-# The most that the ratio to the peer may be.
+# Largest allowed ratio of the time to that of the peer.
 AIMS = {"backup": 3.0, "restore": 5.0}
-# Twice the records may take this much longer, or the time of one depends on their number.
+# Twice the records may take at most this many times as long. More would mean that the time of a record grows with their
+# number.
 TWICE_AIM = 2.2
 
 
 def rows(count):
-    """A value of each type: three texts, four numbers, a flag, a time, bytes."""
+    """Rows with a value of each type: three texts, four numbers, a flag, a time, bytes."""
     source = random.Random(1)
     text = words(source, 50_000).split(" ")
 
@@ -96,7 +97,10 @@ class Corpus:
         return Run(["bash", "-c", f"sqlite3 '{self.loaded}' <'{self.dump}'"])
 
     def compare(self):
-        """Every record is back, last one first, without the flag, or the figures mean nothing."""
+        """Ends the script unless every record was restored: otherwise the figures mean nothing.
+
+        A restore reverses the order of the records and sets the flag to 0.
+        """
         def exported(device):
             found = subprocess.run([DEVICE_TOOL, "database", "export", device], check=True, capture_output=True, text=True)
             return [json.loads(line) for line in found.stdout.splitlines()]

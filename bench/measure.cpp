@@ -1,10 +1,12 @@
-// measure.cpp - runs one command and tells what it cost.
+// measure.cpp - runs one command and reports its time and memory.
 //
 //     quillbox-bench-launcher DESCRIPTOR COMMAND [ARGUMENT...]
 //
-// Prints one line on that open descriptor, which the command doesn't get: wall seconds, processor seconds, largest
-// resident memory in kilobytes. The largest memory of a process goes on counting through the start of another program
-// in it, so whoever starts the command must be small: a script's interpreter would count as the command's own.
+// Prints one line to the open descriptor: wall seconds, processor seconds, largest resident memory in kilobytes. The
+// command doesn't inherit the descriptor.
+//
+// The kernel keeps the memory maximum of a process when the process executes another program. So the process that
+// starts the command must be small: the maximum of a script's interpreter would count as that of the command.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

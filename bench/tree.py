@@ -4,9 +4,10 @@
     bench/tree.py                        medians of five rounds
     bench/tree.py --rounds 3 --folder /dev/shm/bench --bin build/bin
 
-What an action costs is the difference of two runs, one script with it and one without, so that the start of the program
-doesn't count. The peers are what a user would type: `ls -lU` lists a folder, `find -printf '%p %T@'` walks one. All
-sides of an operation run in each round, the order rotated; the figures are medians and their ratios.
+The cost of an action is the difference of two runs, one script with the action and one without. So the start of the
+program doesn't count. The peers are what a user would type: `ls -lU` lists a folder, and `find -printf '%p %T@'` walks
+through one. Each round runs the two scripts and the peer of an operation, in an order that changes from round to round.
+The figures are medians and the ratios of the medians.
 """
 import argparse
 import os
@@ -30,14 +31,15 @@ UNMARK = "command 501\n"
 COLLAPSE = 'collapse "Files\\big"\n'
 REPEATS = 5
 
-# Corpus, script without the action, script with it, how often it is done there, peer.
+# Corpus, script without the action, script with it, how often that script does it, peer.
 OPERATIONS = {
     "expand": ("flat", LIST, EXPAND, 1, "ls -lU '{}'"),
     "mark": ("deep", SELECT, MARK, 1, "find '{}' -printf '%p %T@\\n'"),
     "mark again": ("deep", MARK, MARK + "command 500\n" * REPEATS, REPEATS, "find '{}' -printf '%p %T@\\n'"),
     "unmark": ("deep", MARK, MARK + UNMARK, 1, "find '{}' -printf '%p %T@\\n'"),
 }
-# With the whole and with half of the files. There and back, so that what is little alone isn't lost in the noise.
+# Measured with all files and with half of them. Each script also undoes its action and repeats both, because one action
+# alone takes too little time to compare.
 GROWING = {
     "expand and collapse": ("flat", LIST, LIST + ('expand "Files\\big"\n' + COLLAPSE) * REPEATS),
     "mark and unmark": ("deep", SELECT, SELECT + ("command 500\n" + UNMARK) * REPEATS),
@@ -72,7 +74,7 @@ class Corpus:
 
 
 class Figures:
-    """Of one action on one corpus: medians over the rounds, in seconds."""
+    """Times of one action on one corpus, in seconds: medians over the rounds."""
 
     def __init__(self, corpus, without, action, rounds, repeats=1, peer=None):
         sides = {"without": lambda: corpus.run(without), "with": lambda: corpus.run(action)}
@@ -115,7 +117,7 @@ def report_growth(name, whole, half, verdicts):
 
 
 def report_memory(corpus, verdicts):
-    """Both halves of what the core keeps of a file: its item in the tree and its entry in the list."""
+    """Memory that the core needs for a file: its item in the tree and its entry in the list of marks."""
     both = corpus.run(EXPAND + 'click "Files\\big"\ncommand 500\n').memory - corpus.run(LIST).memory
     each = both * 1024 / corpus.files
     print(f"memory      {each:.0f} bytes for a file that is listed and marked" + verdicts.add(each, CORE_AIM_BYTES))

@@ -1,11 +1,11 @@
-// tree_window.cpp - what the tree in the window costs its user.
+// tree_window.cpp - measures the time and memory of the tree in the window.
 //
 //     quillbox-bench-tree-window DEVICE TOP-FOLDER
 //
-// Opens the real window on that device, expands "Files" and the folder in the device's root, scrolls through what came,
-// marks all of it and collapses it again. Prints a line for each: a name and its figure.
+// Opens the real window on the device. Expands "Files" and the folder TOP-FOLDER in the device's root, scrolls through
+// its items, marks all of them, and collapses the folder. Prints one line for each figure: its name and its value.
 //
-// A time runs from the user's click until the first picture that shows the outcome has been painted.
+// A time is measured from the click until the first picture with the result has been painted.
 #include "device/device.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
@@ -46,7 +46,7 @@ void waitFor(const std::function<bool()>& holds)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
-// Input to a program that is busy is dropped.
+// Waits until the program accepts input: it drops input while it is busy.
 void awaitRest()
 {
     const auto rests = [] {
@@ -59,7 +59,7 @@ void awaitRest()
     }
 }
 
-// Resident now, in kilobytes.
+// Current resident memory in kilobytes.
 long residentKilobytes()
 {
     std::ifstream status("/proc/self/status");
@@ -69,7 +69,7 @@ long residentKilobytes()
     return 0;
 }
 
-// Sees what the tree paints.
+// The tree view as the user sees it: clicks on items, and waits until a state has been painted.
 class TreeOnScreen final : public QObject {
 public:
     explicit TreeOnScreen(QTreeView& view) : view_(view) { view.viewport()->installEventFilter(this); }
@@ -104,7 +104,7 @@ public:
     {
         if (event->type() == QEvent::Paint && !painted_ && wanted_ && wanted_()) {
             wanted_ = nullptr;
-            // Behind the painting.
+            // Queued, so that it runs after the painting.
             QMetaObject::invokeMethod(
                 this, [this] { painted_ = true; }, Qt::QueuedConnection);
         }
@@ -206,7 +206,7 @@ int main(int count, char** words)
         WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
         ended = true;
         QMetaObject::invokeMethod(
-            &application, [] {}, Qt::QueuedConnection);  // wakes who waits
+            &application, [] {}, Qt::QueuedConnection);  // wakes waitFor()
     });
     waitFor([] { return mainWindow() != nullptr; });
     measure(*mainWindow(), QString::fromUtf8(words[2]));

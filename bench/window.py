@@ -1,13 +1,13 @@
 #!/usr/bin/python3
-"""Measures the window: a backup of 20,000 small files in it against the same backup by script, how long the window
-takes to answer meanwhile, and how soon it is there.
+"""Measures the window: a backup of 20,000 small files compared with the same backup by script, how fast the window
+answers during the backup, and how soon it appears.
 
     bench/window.py                      medians of five rounds
     bench/window.py --rounds 3 --folder /dev/shm/bench --bin build/bin
 
-Both sides run in each round, the order rotated. A backup counts from the making of its data file to the last write to
-its list, by the file system's own clock, so that neither dialogs nor the program's start count. An answer is the round
-trip of a question that a screen reader asks, which the thread that draws the window replies to.
+Script and window run in each round, in an order that changes from round to round. A backup is measured from the creation
+of its data file to the last write to its list, by the times of the file system. So neither dialogs nor the start of the
+program count. An answer is the round trip of a request from a screen reader. The thread that draws the window answers it.
 """
 import argparse
 import pathlib
@@ -27,7 +27,7 @@ from hands import Keyboard  # noqa: E402
 RATIO_AIM = 1.15
 ANSWER_AIM_SECONDS = 0.1
 START_AIM_SECONDS = 2.0
-STEP = 7  # pixels that the window is moved at a time
+STEP = 7  # pixels by which the window is moved at a time
 
 
 def seconds_of(stamp):
@@ -72,7 +72,7 @@ class Bench:
         return process, time.perf_counter() - begun
 
     def in_window(self, desk, meanwhile=lambda person, main: time.sleep(0.01)):
-        """The seconds of its backup, and until it was there."""
+        """Seconds of a backup in the window, and seconds until the window appeared."""
         self.clear()
         process, start = self.start_window(desk)
         person = Person(process)
@@ -87,8 +87,8 @@ class Bench:
         xdotool("key", "Return")
         data = self.sets / "QLBX0001.QDT"
         while not data.exists():
-            time.sleep(0.002)  # a processor that is kept busy here is missing there
-        # Kept until the run is over, and then the program ends.
+            time.sleep(0.002)  # a busy loop would take processor time from the backup
+        # The program keeps the request to close, and ends when the run is over.
         person.window(MAIN)
         xdotool("key", "alt+F4")
         while process.poll() is None:
@@ -97,7 +97,7 @@ class Bench:
 
 
 class Questions:
-    """Asks for the window's place again and again while that changes."""
+    """Asks for the position of the window again and again, while it is being moved."""
 
     def __init__(self):
         self.answers = []
@@ -111,7 +111,7 @@ class Questions:
             begun = time.perf_counter()
             person.application[0].queryComponent().getExtents(0)
             self.answers.append(time.perf_counter() - begun)
-        except Exception:  # the window has gone meanwhile
+        except Exception:  # the window has closed
             time.sleep(0.001)
 
 

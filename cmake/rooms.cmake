@@ -13,7 +13,7 @@ if(QUILLBOX_SANITIZE)
   target_link_options(quillbox_flags INTERFACE -fsanitize=${QUILLBOX_SANITIZE})
 endif()
 
-# The platform's calls, for whoever uses them.
+# The headers of the platform interface (ce/*.h).
 add_library(ce_api INTERFACE)
 target_include_directories(ce_api INTERFACE ${PROJECT_SOURCE_DIR}/platform/include)
 
@@ -38,7 +38,7 @@ function(quillbox_test name)
   target_link_libraries(${name} PRIVATE quillbox_flags ${test_USES} GTest::gtest GTest::gmock GTest::gtest_main)
   list(TRANSFORM test_INSIDE PREPEND ${PROJECT_SOURCE_DIR}/)
   target_include_directories(${name} PRIVATE ${test_INSIDE})
-  # A test's own code need not be fast, and its headers make it the slowest to compile.
+  # The code of a test need not be fast, but its headers make it the slowest code to compile.
   target_compile_options(${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O1;-g1>)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   add_test(NAME ${name} COMMAND ${name})

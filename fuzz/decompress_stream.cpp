@@ -1,5 +1,5 @@
-// decompress_stream.cpp - any bytes as a stream: unpacked to a file and decoded in place. Neither may contradict the
-// other.
+// decompress_stream.cpp - reads any bytes as a stream in two ways: unpacked to a file, and decoded in place. Both must
+// agree on whether the stream is whole.
 
 #include "set/compressed_stream.h"
 #include "set/stream_decoding.h"
@@ -37,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require((fault == StreamFault::None) == (outcome.whole != 0));
     require(unpacked || !outcome.whole);
 
-    // What was unpacked comes back from a stream of our own.
+    // The unpacked bytes can be packed again.
     PackedStream packed;
     if (unpacked)
         require(CompressFile(u"\\raw", u"\\stream", &packed) && packed.whole);

@@ -1,5 +1,5 @@
-// load_image.cpp - any bytes as a database image. Whatever they are, what is read must be texts that end and no more
-// than the file holds, and stepping over must agree with reading.
+// load_image.cpp - reads any bytes as a database image. All texts that are read must be terminated, their content must
+// not exceed the size of the file, and skipping the records must give the same result as reading them.
 
 #include "set/image_reader.h"
 #include "temporary_root.h"
@@ -12,7 +12,7 @@ void require(bool holds)
         std::abort();
 }
 
-// The bytes of a text or blob, each of which is touched.
+// Number of bytes in a text or blob. Reads each of them, so that a sanitizer notices bytes outside of a buffer.
 std::size_t contentOf(const CEPROPVAL& property)
 {
     if (LOWORD(property.propid) == CEVT_LPWSTR)
@@ -25,7 +25,7 @@ std::size_t contentOf(const CEPROPVAL& property)
     return property.val.blob.dwCount;
 }
 
-// Whether all records are there.
+// True if all records can be read.
 bool readRecords(ImageReader& reader, WORD records, std::size_t fileBytes)
 {
     std::size_t content = 0;
@@ -36,7 +36,7 @@ bool readRecords(ImageReader& reader, WORD records, std::size_t fileBytes)
         for (; properties > 0; --properties) {
             CEPROPVAL property;
             if (!ReadProperty(reader, property)) {
-                require(!ReadPropertyCount(reader, properties));  // nothing is read behind an end
+                require(!ReadPropertyCount(reader, properties));  // after a failure nothing more is read
                 return false;
             }
             content += contentOf(property);

@@ -1,5 +1,5 @@
-// load_list.cpp - any bytes as a list file. Whatever they are, what is loaded must be names and offsets that the runs
-// can use.
+// load_list.cpp - loads any bytes as a list file. The loaded names and offsets must be within the limits that the runs
+// rely on.
 
 #include "set/list_file.h"
 #include "set/set_state.h"
@@ -27,7 +27,7 @@ void checkEntries(ItemList* list, std::size_t fileBytes)
         (void)EntryEndOffset(entry.bytes);
     }
     require(count == list->Count());
-    require(count <= fileBytes / 3);  // an entry has three bytes at least
+    require(count <= fileBytes / 3);  // an entry has at least three bytes
 }
 
 }  // namespace

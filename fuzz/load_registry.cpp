@@ -1,5 +1,5 @@
-// load_registry.cpp - any bytes as a registry file. Whatever they are, what is heard must be within the registry's
-// limits, and a text that was good must come back the same once it is written anew.
+// load_registry.cpp - reads any bytes as a registry file. The keys and values that are read must be within the limits
+// of the registry. If the text is good, it is written again, and reading and writing that copy must not change it.
 
 #include "registry/registry_text_reader.h"
 #include "registry/registry_text_writer.h"
@@ -18,7 +18,7 @@ void require(bool holds)
         std::abort();
 }
 
-// Writes what it hears as a whole registry.
+// Writes the keys and values that it receives as a whole registry.
 class Copy final : public RegistryTextSink {
 public:
     bool key(const KeyPath& path) override
@@ -48,7 +48,7 @@ private:
     }};
 };
 
-// The copy of a good text.
+// The text, read and written again. Nothing if the text isn't good.
 std::optional<std::string> copied(std::string_view text, Wholeness wholeness)
 {
     const auto source = [&](std::span<std::byte> buffer) {
@@ -70,7 +70,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const auto whole = copied(text, Wholeness::Required);
     const auto free = copied(text, Wholeness::Free);
-    require(!whole || free == whole);  // whole is the narrower of the two
+    require(!whole ||
+            free == whole);  // a text that is good as a whole registry is good as a free one, with the same content
     if (free)
         require(copied(*free, Wholeness::Required) == free);
     return 0;

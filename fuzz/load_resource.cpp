@@ -1,4 +1,4 @@
-// load_resource.cpp - any bytes as the process's resource file, then every call upon it.
+// load_resource.cpp - sets any bytes as the resource file of the process, and then makes every call that reads it.
 
 #include "resource/resource_file.h"
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Touches each byte, so that a span that points outside is caught.
+// Reads each byte, so that a sanitizer notices a span that points outside of the file.
 unsigned sum(std::span<const std::byte> bytes)
 {
     unsigned total = 0;
@@ -29,7 +29,8 @@ const WCHAR* nameOf(const platform::resource::ResourceKey& key)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    // A block of exactly that size, on the boundary that resources stand on.
+    // A block of exactly this size, so that a sanitizer notices each byte that is read after its end. operator new
+    // gives it the alignment that resources need.
     const std::unique_ptr<std::byte[]> file(new std::byte[size]);
     if (size)
         std::memcpy(file.get(), data, size);
@@ -43,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             seen = SizeofResource(nullptr, found);
             seen = sum(platform::resource::resourceAt(LoadResource(nullptr, found)));
         }
-        // Enough to meet every text of the blocks that a small input holds.
+        // Enough ids for all texts of the blocks that a small input contains.
         for (UINT id = 0; id < 512; ++id) {
             WCHAR text[8];
             seen = static_cast<unsigned>(LoadStringW(nullptr, id, text, 8));

@@ -1,5 +1,6 @@
-// read_form.cpp - any bytes as a file of databases; the first one chooses the form. Each record that is read must be
-// written by our own writer, unless a property comes twice in it, and come back the same with nothing left out.
+// read_form.cpp - reads any bytes as an exported file of databases. The first byte selects the format. Our writer must
+// be able to write each record that is read, unless a property occurs twice in it. Reading the written record must give
+// the same record, with nothing left out.
 
 #include "database_forms/database_form.h"
 #include "database_forms/value_text.h"
@@ -23,7 +24,7 @@ std::vector<std::string> textsOf(std::span<const CEPROPVAL> record)
     return texts;
 }
 
-// What comes back of one record.
+// Receives the record that was written and read again.
 class Returned final : public DatabaseTarget {
 public:
     std::size_t begin(const DatabaseHead& /*head*/) override { return 0; }
@@ -51,7 +52,7 @@ public:
         try {
             read(form_, file, returned, leftOut);
         } catch (const FormFault&) {
-            std::abort();  // our own writer's text
+            std::abort();  // the text is from our own writer
         }
         if (returned.texts != textsOf(record) || leftOut.count() != 0)
             std::abort();
@@ -90,7 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         read(form, file, kept, leftOut);
     } catch (const FormFault&) {
-        // Most bytes are no such file.
+        // Most inputs aren't such a file.
     }
     (void)leftOut.sentence();
     return 0;

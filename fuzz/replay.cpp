@@ -1,4 +1,5 @@
-// replay.cpp - gives each file of a folder to a fuzz target, so that what a fuzzer once found stays found without one.
+// replay.cpp - runs a fuzz target on each file of a folder, so that the normal suite tests all inputs that a fuzzer
+// found.
 
 #include <algorithm>
 #include <cstdint>

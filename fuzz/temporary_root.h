@@ -1,4 +1,4 @@
-// temporary_root.h - an empty folder as the root of the name space, for targets that read files.
+// temporary_root.h - an empty folder as the root of the device, for targets that read files.
 #pragma once
 
 #include "file/name_space.h"
@@ -14,7 +14,7 @@
 #include <filesystem>
 #include <string>
 
-// Lives as long as the process; the folder goes with it.
+// Exists as long as the process. Its destructor removes the folder.
 class TemporaryRoot {
 public:
     TemporaryRoot()
@@ -29,7 +29,7 @@ public:
     TemporaryRoot& operator=(const TemporaryRoot&) = delete;
     ~TemporaryRoot()
     {
-        std::error_code ignored;  // what a killed process leaves behind lies in memory and is small
+        std::error_code ignored;  // a folder that remains is small
         std::filesystem::remove_all(folder_, ignored);
     }
 
