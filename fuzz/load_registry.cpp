@@ -70,8 +70,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     const auto whole = copied(text, Wholeness::Required);
     const auto free = copied(text, Wholeness::Free);
-    require(!whole ||
-            free == whole);  // a text that is good as a whole registry is good as a free one, with the same content
+    // What is good as a whole registry is also good as a free one, with the same content.
+    require(!whole || free == whole);
     if (free)
         require(copied(*free, Wholeness::Required) == free);
     return 0;
