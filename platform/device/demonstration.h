@@ -1,15 +1,15 @@
-// demonstration.h - content for a fresh device that is worth a backup: the same on every device.
+// demonstration.h - fills a fresh device with the content of res/demonstration, so that there is something to back up.
 #pragma once
 
 #include <filesystem>
 
 namespace platform::device {
 
-// Fills an empty object store and makes a card in `cards`, about 1 MB in all. Nothing is flushed.
-// Where the host keeps no extended attributes there are no files in ROM. Throws a Refusal on failure.
-void writeDemonstrationFiles(const std::filesystem::path& objectStore, const std::filesystem::path& cards);
+// Writes the files below the empty `folder`, in "object-store" and in a card in "cards": about 1 MB in all. Flushes
+// nothing. Where the host keeps no extended attributes there are no files in ROM. Throws a Refusal on failure.
+void writeDemonstrationFiles(const std::filesystem::path& folder);
 
-// Fills the open registry. False if it can't be written.
-[[nodiscard]] bool fillDemonstrationRegistry();
+// Sets the values of the open registry and makes the databases of the open store. False if one can't be written.
+[[nodiscard]] bool fillDemonstrationStore();
 
 }  // namespace platform::device

@@ -2,8 +2,6 @@
 #include "fresh_device.h"
 
 #include "demonstration.h"
-#include "demonstration_databases.h"
-#include "device/changing_copy.h"
 #include "device/descriptor.h"
 #include "refusal.h"
 
@@ -95,13 +93,13 @@ void makeDevice(const fs::path& folder, bool demonstration)
         check(error, "The device can't be made in", folder);
     }
     if (demonstration) {
-        writeDemonstrationFiles(unfinished / "object-store", unfinished / "cards");
+        writeDemonstrationFiles(unfinished);
         std::string sentence;
         if (!registry::openRegistry(unfinished / "device.db", sentence))
             throw Refusal(sentence);
         // Here alone: the whole device is flushed before it counts.
         (void)database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
-        const bool filled = fillDemonstrationRegistry() && fillDemonstrationDatabases();
+        const bool filled = fillDemonstrationStore();
         store::closeStore();
         registry::closeRegistry();
         if (!filled)
