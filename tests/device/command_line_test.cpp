@@ -6,17 +6,17 @@
 namespace {
 
 using platform::device::CommandLine;
-using platform::device::parseCommandLine;
 using platform::device::ParsedCommandLine;
 using testing::HasSubstr;
+using Words = std::vector<const char*>;
 
-ParsedCommandLine parse(std::vector<const char*> words)
+ParsedCommandLine parse(Words words)
 {
     words.insert(words.begin(), "quillbox");
-    return parseCommandLine(static_cast<int>(words.size()), words.data());
+    return platform::device::parseCommandLine(static_cast<int>(words.size()), words.data());
 }
 
-CommandLine accepted(const std::vector<const char*>& words)
+CommandLine accepted(const Words& words)
 {
     const ParsedCommandLine parsed = parse(words);
     EXPECT_EQ(parsed.message, "");
@@ -24,86 +24,74 @@ CommandLine accepted(const std::vector<const char*>& words)
     return parsed.options.value_or(CommandLine{});
 }
 
-std::string refused(const std::vector<const char*>& words)
+TEST(CommandLineTest, OptionsThatAreNotGivenHaveTheirDefaults)
 {
-    const ParsedCommandLine parsed = parse(words);
-    EXPECT_FALSE(parsed.options);
-    EXPECT_EQ(parsed.exitCode, 2);
-    EXPECT_NE(parsed.message, "");
-    return parsed.message;
-}
-
-TEST(CommandLineTest, NothingGivenMeansTheDefaultDeviceAndAWindow)
-{
-    const CommandLine options = accepted({});
-    EXPECT_EQ(options.device, platform::device::defaultDeviceFolder().value());
-    EXPECT_TRUE(options.extras.empty());
-    EXPECT_FALSE(options.script);
-    EXPECT_FALSE(options.transcript);
-    EXPECT_EQ(options.timeout, std::chrono::seconds(60));
-}
-
-TEST(CommandLineTest, CardsAndFoldersKeepTheirPathsWhateverTheyHold)
-{
+    const CommandLine defaults = accepted({});
+    EXPECT_EQ(defaults.device, platform::device::defaultDeviceFolder().value());
+    EXPECT_TRUE(defaults.extras.empty() && !defaults.script && !defaults.transcript);
+    EXPECT_EQ(accepted({"--script", "s"}).timeout, std::chrono::seconds(60));
+    EXPECT_EQ(accepted({"--script", "s", "--timeout", "0"}).timeout.count(), 0);
     const CommandLine options =
-        accepted({"--device", "/my, device", "--card", "Stick=/media/a,b=c,capacity=1000", "--card=Full=/x,capacity=0",
-                  "--folder", "Docs=/home/[me],capacity=5", "--card", "Odd=/a,capacity=x/b,capacity=7", "--card",
-                  "Max=/m,capacity=9223372036854775807", "--card", "P=/p"});
+        accepted({"--device", "/my, device", "--script", "-", "--timeout=0.25", "--transcript=t"});
     EXPECT_EQ(options.device, "/my, device");
-    ASSERT_EQ(options.extras.size(), 6U);
-    const auto find = [&](const std::string& name) {
-        for (const auto& extra : options.extras)
-            if (extra.name == name)
-                return extra;
-        return platform::device::ExtraFolder{};
-    };
-    EXPECT_EQ(find("Stick").folder, "/media/a,b=c");
-    EXPECT_EQ(find("Stick").capacity, 1000U);
-    EXPECT_TRUE(find("Stick").card);
-    EXPECT_EQ(find("Full").capacity, 0U);
-    EXPECT_EQ(find("Docs").folder, "/home/[me],capacity=5");  // a folder has no capacity: it is part of the path
-    EXPECT_FALSE(find("Docs").card);
-    EXPECT_EQ(find("Odd").folder, "/a,capacity=x/b");
-    EXPECT_EQ(find("Max").capacity, 9223372036854775807U);
-    EXPECT_FALSE(find("P").capacity);
-}
-
-TEST(CommandLineTest, CardsThatMakeNoSenseAreRefusedBeforeAnythingIsOpened)
-{
-    for (const char* card : {"Stick", "=/x", "Stick=", "", "S=,capacity=5"})
-        EXPECT_NE(refused({"--card", card}), "") << card;
-    for (const char* capacity : {"S=/x,capacity=", "S=/x,capacity=5k", "S=/x,capacity=-1", "S=/x,capacity= 5",
-                                 "S=/x,capacity=9223372036854775808", "S=/x,capacity=99999999999999999999"})
-        EXPECT_THAT(refused({"--card", capacity}), HasSubstr("not a number of bytes")) << capacity;
-    EXPECT_THAT(refused({"--card", "A=/x", "--folder", "A=/y"}), HasSubstr("\"A\" is given twice"));
-    EXPECT_THAT(refused({"--card", "A=/x", "--card", "A=/x"}), HasSubstr("\"A\" is given twice"));
-    EXPECT_EQ(accepted({"--card", "A=/x", "--card", "a=/y"}).extras.size(), 2U);  // case counts
-}
-
-TEST(CommandLineTest, ScriptOptionsBelongToAScript)
-{
-    const CommandLine options = accepted({"--script", "-", "--timeout", "0", "--transcript", "-"});
     EXPECT_EQ(options.script, "-");
-    EXPECT_EQ(options.transcript, "-");
-    EXPECT_EQ(options.timeout.count(), 0);
-    EXPECT_EQ(accepted({"--script", "s", "--timeout", "0.25"}).timeout.count(), 250);
-    (void)refused({"--timeout", "5"});
-    (void)refused({"--transcript", "t"});
-    for (const char* timeout : {"-1", "soon", "nan", "inf", "1e300", ""})
-        EXPECT_NE(refused({"--script", "s", "--timeout", timeout}), "") << timeout;
+    EXPECT_EQ(options.transcript, "t");
+    EXPECT_EQ(options.timeout.count(), 250);
 }
 
-TEST(CommandLineTest, UnknownWordsAreBadUsageAndHelpIsNot)
+TEST(CommandLineTest, PathOfACardOrFolderIsKeptWhateverItHolds)
 {
-    const std::vector<const char*> lines[] = {{"--frobnicate"},
-                                              {"backup"},
-                                              {"--card", "A=/x", "B=/y"},
-                                              {"--device"},
-                                              {"--device", ""},
-                                              {"--script", "a", "--script", "b"},
-                                              {"--device", "a", "--device", "b"}};
-    for (const auto& line : lines)
-        EXPECT_NE(refused(line), "") << testing::PrintToString(line);
+    const std::tuple<const char*, const char*, const char*, std::optional<std::uint64_t>> extras[] = {
+        {"--card", "X=/p", "/p", {}},
+        {"--card", "X=/media/a,b=c,capacity=1000", "/media/a,b=c", 1000},
+        {"--card", "X=/x,capacity=0", "/x", 0},
+        {"--card", "X=/a,capacity=x/b,capacity=7", "/a,capacity=x/b", 7},
+        {"--card", "X=/m,capacity=9223372036854775807", "/m", 9223372036854775807U},
+        {"--folder", "X=/home/[me],capacity=5", "/home/[me],capacity=5", {}},  // a folder has no capacity
+    };
+    for (const auto& [option, word, folder, capacity] : extras) {
+        SCOPED_TRACE(word);
+        const auto found = accepted({option, word}).extras;
+        ASSERT_EQ(found.size(), 1U);
+        EXPECT_EQ(found[0].name, "X");
+        EXPECT_EQ(found[0].folder, folder);
+        EXPECT_EQ(found[0].capacity, capacity);
+        EXPECT_EQ(found[0].card, option == std::string("--card"));
+    }
+    EXPECT_EQ(accepted({"--card", "A=/x", "--card", "a=/y"}).extras.size(), 2U) << "case counts";
+}
+
+TEST(CommandLineTest, WordsThatMakeNoSenseAreBadUsage)
+{
+    const auto refused = [](const Words& words, const char* message) {
+        SCOPED_TRACE(testing::PrintToString(words));
+        const ParsedCommandLine parsed = parse(words);
+        EXPECT_FALSE(parsed.options);
+        EXPECT_EQ(parsed.exitCode, 2);
+        EXPECT_NE(parsed.message, "");
+        EXPECT_THAT(parsed.message, HasSubstr(message));
+    };
+    for (const char* word : {"--frobnicate", "backup", "--device"})
+        refused({word}, "");
+    for (const char* option : {"--device", "--script"})
+        refused({option, "a", option, "b"}, "");
+    for (const char* option : {"--timeout", "--transcript"})
+        refused({option, "5"}, "");  // without a script
+    refused({"--device", ""}, "");
+    refused({"--card", "A=/x", "B=/y"}, "");
+    for (const char* option : {"--card", "--folder"})
+        refused({"--card", "A=/x", option, "A=/x"}, "\"A\" is given twice");
+    for (const char* timeout : {"-1", "soon", "nan", "inf", "1e300", ""})
+        refused({"--script", "s", "--timeout", timeout}, "");
+    for (const char* card : {"Stick", "=/x", "Stick=", "", "S=,capacity=5"})
+        refused({"--card", card}, "");
+    for (const char* card : {"S=/x,capacity=", "S=/x,capacity=5k", "S=/x,capacity=-1", "S=/x,capacity= 5",
+                             "S=/x,capacity=9223372036854775808", "S=/x,capacity=99999999999999999999"})
+        refused({"--card", card}, "not a number of bytes");
+}
+
+TEST(CommandLineTest, HelpAndVersionStartNothingAndSucceed)
+{
     for (const char* option : {"--help", "--version"}) {
         const ParsedCommandLine parsed = parse({option});
         EXPECT_FALSE(parsed.options);

@@ -18,22 +18,36 @@ namespace fs = std::filesystem;
 using platform::device::Device;
 using platform::device::ExtraFolder;
 using platform::device::openDevice;
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
 
 class DeviceTest : public HostFolder {
 protected:
+    [[nodiscard]] platform::device::OpenResult open(const std::vector<ExtraFolder>& extras = {}) const
+    {
+        return openDevice(at("device"), extras, false);
+    }
     [[nodiscard]] std::unique_ptr<Device> opened(const std::vector<ExtraFolder>& extras = {}) const
     {
-        auto result = openDevice(at("device"), extras, false);
+        auto result = open(extras);
         EXPECT_EQ(result.error.sentence, "");
         return std::move(result.device);
     }
-    [[nodiscard]] std::string refusal(const std::vector<ExtraFolder>& extras = {}, bool inUse = false) const
+    [[nodiscard]] std::vector<std::string> warnings(const std::vector<ExtraFolder>& extras = {}) const
     {
-        const auto result = openDevice(at("device"), extras, false);
+        auto result = open(extras);
+        EXPECT_EQ(result.error.sentence, "");
+        return result.warnings;
+    }
+    void expectRefusal(const std::string& sentence, const std::vector<ExtraFolder>& extras = {},
+                       bool inUse = false) const
+    {
+        const auto result = open(extras);
         EXPECT_EQ(result.device, nullptr);
         EXPECT_EQ(result.error.inUse, inUse) << result.error.sentence;
-        return result.error.sentence;
+        EXPECT_THAT(result.error.sentence, HasSubstr(sentence));
     }
     static DWORD attributes(const WCHAR* path) { return GetFileAttributesW(path); }
     static DWORD writeFile(const WCHAR* path, DWORD bytes)
@@ -51,11 +65,11 @@ TEST_F(DeviceTest, SecondStartIsRefusedWhileTheFirstLivesAndLeavesItAlone)
 {
     auto first = opened();
     ASSERT_TRUE(first);
-    EXPECT_THAT(refusal({}, true), HasSubstr("is open in another Quillbox"));
+    expectRefusal("is open in another Quillbox", {}, true);
     EXPECT_EQ(writeFile(u"\\still there.txt", 5), 5U);
     EXPECT_EQ(RegSetValueExW(HKEY_USERS, u"v", 0, REG_NONE, nullptr, 0), 0);
     EXPECT_THAT(openDevice(at("other device"), {}, false).error.sentence, HasSubstr("another device open"));
-    EXPECT_EQ(attributes(u"\\still there.txt") & FILE_ATTRIBUTE_DIRECTORY, 0U);
+    EXPECT_NE(attributes(u"\\still there.txt"), INVALID_FILE_ATTRIBUTES);
     first.reset();
     EXPECT_EQ(attributes(u"\\still there.txt"), INVALID_FILE_ATTRIBUTES);
     EXPECT_TRUE(opened());
@@ -75,111 +89,73 @@ TEST_F(DeviceTest, FoldersInCardsAreCardsAndLinksAndFilesAreNot)
     EXPECT_NE(attributes(u"\\a.txt"), INVALID_FILE_ATTRIBUTES);
 }
 
-TEST_F(DeviceTest, WhatIsMissingInADeviceIsMadeWithoutDemonstrationContent)
+TEST_F(DeviceTest, PartsThatADeviceLacksAreMadeEmpty)
 {
     write(at("device/object-store/a.txt"), "a");
     ASSERT_TRUE(openDevice(at("device"), {}, true).device);
-    EXPECT_TRUE(fs::is_directory(at("device/cards")));
-    EXPECT_TRUE(fs::exists(at("device/device.db")));
-    EXPECT_EQ(treeOf(at("device/object-store")).size(), 1U);
+    EXPECT_THAT(treeOf(at("device")),
+                testing::UnorderedElementsAre(Pair("cards", ""), Pair("device.db", ""), Pair("device.lock", ""),
+                                              Pair("object-store", ""), Pair("object-store/a.txt", "a")));
 }
 
-TEST_F(DeviceTest, FolderWithOtherFilesIsRefusedAndNothingIsPutIntoIt)
+TEST_F(DeviceTest, WhatIsNoDeviceIsRefusedWithTheReasonAndLeftAlone)
 {
     write(at("device/letter.txt"), "mine");
-    EXPECT_THAT(refusal(), HasSubstr("is not a device"));
+    expectRefusal("is not a device");
     EXPECT_EQ(treeOf(at("device")).size(), 1U);
-}
-
-TEST_F(DeviceTest, PartsThatAreNoFoldersAreNamed)
-{
+    fs::remove_all(at("device"));
     write(at("device"), "a file");
-    EXPECT_THAT(refusal(), HasSubstr("is not a folder"));
+    expectRefusal("is not a folder");
     fs::remove(at("device"));
-    write(at("device/object-store"), "a file");
-    EXPECT_THAT(refusal(), HasSubstr("object-store\" must be a folder"));
-    fs::remove(at("device/object-store"));
+
+    fs::create_directory(at("device"));
     fs::create_directory_symlink(at("."), at("device/object-store"));
-    EXPECT_THAT(refusal(), HasSubstr("object-store\" must be a folder"));
-    fs::remove(at("device/object-store"));
-    fs::create_directory(at("device/object-store"));
-    fs::remove(at("device/cards"));
-    write(at("device/cards"), "a file");
-    EXPECT_THAT(refusal(), HasSubstr("cards\" must be a folder"));
-}
-
-TEST_F(DeviceTest, DamagedDatabaseIsToldAndTheDeviceIsGivenBack)
-{
-    write(at("device/object-store/a.txt"), "a");
-    write(at("device/device.db"), std::string(5000, '?'));
-    EXPECT_THAT(refusal(), HasSubstr("device.db\" is damaged"));
-    fs::remove(at("device/device.db"));
-    EXPECT_TRUE(opened());
-}
-
-TEST_F(DeviceTest, FolderWithoutWritePermissionIsToldByTheSystemsReason)
-{
+    expectRefusal("object-store\" must be a folder");
+    for (const auto& [part, reason] : {std::pair("device/object-store", "object-store\" must be a folder"),
+                                       std::pair("device/cards", "cards\" must be a folder"),
+                                       std::pair("device/device.db", "device.db\" is damaged")}) {
+        fs::remove_all(at(part));
+        write(at(part), std::string(5000, '?'));
+        expectRefusal(reason);
+        fs::remove(at(part));
+        fs::create_directories(at("device/object-store"));
+    }
+    EXPECT_TRUE(opened()) << "a refused device is still locked";
     if (geteuid() == 0)
-        GTEST_SKIP() << "the superuser may write anywhere";
-    fs::create_directories(at("device/object-store"));
+        return;  // the superuser may write anywhere
     fs::permissions(at("device"), fs::perms::owner_read | fs::perms::owner_exec);
-    EXPECT_THAT(refusal(), HasSubstr("can't be written to: Permission denied"));
+    expectRefusal("can't be written to: Permission denied");
     fs::permissions(at("device"), fs::perms::owner_all);
 }
 
-TEST_F(DeviceTest, ExtraFoldersAppearForThisStartAndACardKeepsItsCapacity)
+TEST_F(DeviceTest, ContentThatAFolderHidesIsReported)
 {
-    write(at("documents/a.txt"), "a");
-    write(at("stick/full.txt"), "1234567890");
-    {
-        const auto device = opened({{"Mine", at("documents"), false, {}}, {"Stick", at("stick"), true, 25}});
-        ASSERT_TRUE(device);
-        EXPECT_EQ(attributes(u"\\Mine"), FILE_ATTRIBUTE_DIRECTORY);
-        EXPECT_EQ(attributes(u"\\Stick"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
-        EXPECT_EQ(writeFile(u"\\Stick\\more.txt", 20), 15U);
-    }
-    ASSERT_TRUE(opened());
-    EXPECT_FALSE(fs::exists(at("device/object-store/Mine")));
-}
-
-TEST_F(DeviceTest, ContentThatAFolderHidesIsTold)
-{
-    for (const char* folder : {"device/object-store/Held", "device/object-store/Empty", "host"})
+    for (const char* folder : {"device/object-store/Empty", "host"})
         fs::create_directories(at(folder));
-    std::ofstream(at("device/object-store/Held/file")) << "x";
-    const auto warnings = [&](const char* name) {
-        auto result = openDevice(at("device"), {{name, at("host"), true, {}}}, false);
-        EXPECT_TRUE(result.device) << result.error.sentence;
-        return result.warnings;
-    };
-    EXPECT_THAT(warnings("Held"), testing::ElementsAre(HasSubstr("object-store/Held\" is hidden")));
-    EXPECT_THAT(warnings("Empty"), testing::IsEmpty());
-    EXPECT_THAT(warnings("Other"), testing::IsEmpty());
+    write(at("device/object-store/Held/file"), "x");
+    EXPECT_THAT(warnings({{"Held", at("host"), true, {}}}), ElementsAre(HasSubstr("object-store/Held\" is hidden")));
+    EXPECT_THAT(warnings({{"Empty", at("host"), true, {}}}), IsEmpty());
+    EXPECT_THAT(warnings({{"Other", at("host"), true, {}}}), IsEmpty());
 }
 
-TEST_F(DeviceTest, DatabaseThatWasLostIsToldAndOneThatNeverWasIsNot)
+TEST_F(DeviceTest, OnlyADatabaseThatWasThereIsReportedAsLost)
 {
-    const auto warnings = [&] {
-        auto result = openDevice(at("device"), {}, false);
-        EXPECT_TRUE(result.device) << result.error.sentence;
-        return result.warnings;
-    };
     // Made by hand, and refused at first.
     write(at("device/object-store/a.txt"), "");
     write(at("device/cards"), "");
-    EXPECT_FALSE(openDevice(at("device"), {}, false).device);
+    EXPECT_FALSE(open().device);
     fs::remove(at("device/cards"));
     fs::remove(at("device/object-store/a.txt"));
-    EXPECT_THAT(warnings(), testing::IsEmpty());
-    EXPECT_THAT(warnings(), testing::IsEmpty());
+    EXPECT_THAT(warnings(), IsEmpty());
+    EXPECT_THAT(warnings(), IsEmpty());
     fs::remove(at("device/device.db"));
-    EXPECT_THAT(warnings(), testing::ElementsAre(HasSubstr("device.db\" is missing")));
-    EXPECT_THAT(warnings(), testing::IsEmpty());
+    EXPECT_THAT(warnings(), ElementsAre(HasSubstr("device.db\" is missing")));
+    EXPECT_THAT(warnings(), IsEmpty());
     fs::resize_file(at("device/device.db"), 0);
-    EXPECT_THAT(warnings(), testing::ElementsAre(HasSubstr("device.db\" is empty")));
+    EXPECT_THAT(warnings(), ElementsAre(HasSubstr("device.db\" is empty")));
 }
 
-TEST_F(DeviceTest, WhatAKilledChangeOfTheDatabaseHasLeftGoesAlsoBehindALink)
+TEST_F(DeviceTest, LeftoversOfAKilledChangeOfTheDatabaseAreDeletedWhereALinkLeads)
 {
     ASSERT_TRUE(opened());
     fs::create_directories(at("elsewhere"));
@@ -195,61 +171,62 @@ TEST_F(DeviceTest, WhatAKilledChangeOfTheDatabaseHasLeftGoesAlsoBehindALink)
 
 TEST_F(DeviceTest, ExtraFoldersThatCannotBeShownAreRefusedWithTheirName)
 {
-    fs::create_directories(at("device/object-store"));
-    fs::create_directories(at("device/cards/Card"));
-    fs::create_directories(at("x"));
+    for (const char* folder : {"device/object-store", "device/cards/Card", "x"})
+        fs::create_directories(at(folder));
     write(at("file"), "");
     for (const char* name : {"", ".", "..", "a/b", "a\\b", "a*", "\xFF", "\xEF\x9C\xAF"})
-        EXPECT_THAT(refusal({{name, at("x"), false, {}}}), HasSubstr("can't be the name")) << name;
-    EXPECT_THAT(refusal({{"X", at("missing"), true, {}}}), HasSubstr("missing\" for \"X\" can't be opened: No such"));
-    EXPECT_THAT(refusal({{"X", at("file"), true, {}}}), HasSubstr("is not a folder"));
-    EXPECT_THAT(refusal({{"Card", at("x"), true, {}}}), HasSubstr("two folders named \"Card\""));
-    EXPECT_THAT(refusal({{"X", at("x"), true, {}}, {"Y", at("device/../x"), false, {}}}),
-                HasSubstr("is on the device already, as \"\\X\""));
-    EXPECT_THAT(refusal({{"X", at("device/object-store"), false, {}}}), HasSubstr("is on the device already"));
+        expectRefusal("can't be the name", {{name, at("x"), false, {}}});
+    expectRefusal("missing\" for \"X\" can't be opened: No such", {{"X", at("missing"), true, {}}});
+    expectRefusal("is not a folder", {{"X", at("file"), true, {}}});
+    expectRefusal("two folders named \"Card\"", {{"Card", at("x"), true, {}}});
+    expectRefusal("is on the device already, as \"\\X\"",
+                  {{"X", at("x"), true, {}}, {"Y", at("device/../x"), false, {}}});
+    expectRefusal("is on the device already", {{"X", at("device/object-store"), false, {}}});
     EXPECT_TRUE(opened({{"X", at("x"), true, {}}}));
 }
 
-TEST_F(DeviceTest, CardOfAnotherDeviceIsRefusedAndAPlainFolderIsNot)
+TEST_F(DeviceTest, OneDeviceAtATimeHasACardButAPlainFolderIsShared)
 {
     fs::create_directories(at("stick"));
+    const ExtraFolder card{"Stick", at("stick"), true, {}};
     const int other = ::open(at("stick").c_str(), O_RDONLY | O_DIRECTORY);
     ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
-    const std::string sentence = refusal({{"Stick", at("stick"), true, {}}}, true);
-    EXPECT_THAT(sentence, HasSubstr("stick\" is in use by another Quillbox device"));
+    expectRefusal("stick\" is in use by another Quillbox device", {card}, true);
     EXPECT_TRUE(opened({{"Stick", at("stick"), false, {}}}));
+    ASSERT_EQ(flock(other, LOCK_UN), 0);
+    const auto device = opened({card});
+    EXPECT_NE(flock(other, LOCK_EX | LOCK_NB), 0);
     close(other);
-
-    const auto device = opened({{"Stick", at("stick"), true, {}}});
-    const int late = ::open(at("stick").c_str(), O_RDONLY | O_DIRECTORY);
-    EXPECT_NE(flock(late, LOCK_EX | LOCK_NB), 0);
-    close(late);
 }
 
-TEST_F(DeviceTest, RememberedCardsComeBackAndMissingOnesAreEmptySlots)
+TEST_F(DeviceTest, FoldersAppearForTheirStartOrAreRememberedAndACardKeepsItsCapacity)
 {
     using namespace platform::device;
-    fs::create_directories(at("stick"));
-    fs::create_directories(at("other stick"));
+    constexpr DWORD Folder = FILE_ATTRIBUTE_DIRECTORY;
+    constexpr DWORD Card = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
+    write(at("stick/full.txt"), "1234567890");
+    write(at("documents/a.txt"), "a");
     {
-        const auto device = opened();
+        const auto device = opened({{"Mine", at("documents"), false, {}}, {"Today", at("stick"), true, 25}});
+        EXPECT_EQ(attributes(u"\\Mine"), Folder);
+        EXPECT_EQ(attributes(u"\\Today"), Card);
+        EXPECT_EQ(writeFile(u"\\Today\\more.txt", 20), 15U);
         ASSERT_TRUE(rememberFolder({"Stick", at("stick"), true, 100}));
         ASSERT_TRUE(rememberFolder({"Away", at("missing"), true, {}}));
-        ASSERT_TRUE(rememberFolder({"Gone", at("other stick"), false, {}}));
+        ASSERT_TRUE(rememberFolder({"Gone", at("documents"), false, {}}));
         EXPECT_FALSE(rememberFolder({"a/b", at("stick"), true, {}}));
         EXPECT_TRUE(forgetFolder("Gone"));
         EXPECT_FALSE(forgetFolder("Gone"));
     }
     {
         const auto device = opened();
-        ASSERT_TRUE(device);
-        EXPECT_EQ(attributes(u"\\Stick"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
-        EXPECT_EQ(writeFile(u"\\Stick\\a", 200), 100U);
-        EXPECT_EQ(attributes(u"\\Away"), INVALID_FILE_ATTRIBUTES);
+        EXPECT_EQ(attributes(u"\\Stick"), Card);
+        EXPECT_EQ(writeFile(u"\\Stick\\a", 200), 75U);
+        for (const WCHAR* absent : {u"\\Mine", u"\\Today", u"\\Away", u"\\Gone"})
+            EXPECT_EQ(attributes(absent), INVALID_FILE_ATTRIBUTES);
     }
-    const auto device = opened({{"Stick", at("other stick"), false, {}}});
-    ASSERT_TRUE(device);
-    EXPECT_EQ(attributes(u"\\Stick"), FILE_ATTRIBUTE_DIRECTORY);
+    const auto device = opened({{"Stick", at("documents"), false, {}}});
+    EXPECT_EQ(attributes(u"\\Stick"), Folder) << "what is given for this start counts";
 }
 
 }  // namespace
