@@ -1,5 +1,5 @@
-// The resource file and the calls upon it, with bytes written by hand: whatever they say, nothing outside of
-// them is read, and what is whole can be found.
+// The resource file and its calls, with bytes written by hand: whatever they say, nothing outside of them is read, and
+// whole entries are found.
 
 #include "resource/resource_file.h"
 
@@ -36,7 +36,7 @@ constexpr std::uint8_t SmallFile[] = {
 constexpr std::size_t TextsAt = 32;
 constexpr std::size_t LogoAt = TextsAt + 76;
 
-// A copy in a block of exactly that size, so that a read behind it is caught.
+// A copy in a block of exactly that size, so that a sanitizer catches a read beyond its end.
 class Copy {
 public:
     explicit Copy(std::size_t size = sizeof SmallFile) : bytes_(new std::byte[size]), size_(size)
@@ -44,7 +44,6 @@ public:
         std::memcpy(bytes_.get(), SmallFile, size);
     }
     void put(std::size_t offset, std::uint32_t value) { std::memcpy(bytes_.get() + offset, &value, sizeof value); }
-    void putWord(std::size_t offset, WORD value) { std::memcpy(bytes_.get() + offset, &value, sizeof value); }
     [[nodiscard]] std::span<const std::byte> bytes() const { return {bytes_.get(), size_}; }
 
 private:
@@ -77,57 +76,45 @@ TEST(ResourceFileTest, FileCutAtAnyByteKeepsTheWholeEntriesBefore)
         ASSERT_EQ(file.has_value(), size >= TextsAt);
         if (!file)
             continue;
-        // The last entry's own padding may be missing: nothing of it is lost then.
+        // The padding after the last entry may be missing.
         const bool textsWhole = size >= TextsAt + 32 + 42;
-        const bool logoWhole = size >= LogoAt + 44 + 1;
         EXPECT_EQ(file->find(WORD{6}, WORD{2}) != nullptr, textsWhole);
-        EXPECT_EQ(file->find(u"kind", u"Logo") != nullptr, logoWhole);
+        EXPECT_EQ(file->find(u"kind", u"Logo") != nullptr, size >= LogoAt + 44 + 1);
         EXPECT_EQ(file->findText(17).has_value(), textsWhole);
         EXPECT_EQ(file->findText(19).has_value(), textsWhole);
     }
 }
 
-TEST(ResourceFileTest, SizesAndTextsThatPointOutsideAreRefused)
+TEST(ResourceFileTest, DamagedEntryEndsTheFileAndADamagedTextItsBlock)
 {
     struct Damage {
         const char* what;
         std::size_t offset;
         std::uint32_t value;
-        bool textsStay;
+        bool whole;
+        bool text17;
+        bool text19;
+        std::size_t size = sizeof SmallFile;
     };
     const Damage damages[] = {
-        {"data behind the end", LogoAt, 0xFFFFFFFF, true},
-        {"data one byte too long", LogoAt, 0x25, true},
-        {"header behind the end", LogoAt + 4, 0xFFFFFFF0, true},
-        {"header shorter than its names", LogoAt + 4, 0x10, true},
-        {"header of nothing", TextsAt + 4, 0, false},
-        {"first entry is none", 4, 0x21, false},
+        {"data beyond the end", LogoAt, 0xFFFFFFFF, false, true, true},
+        {"data one byte too long", LogoAt, 0x25, false, true, true},
+        {"header beyond the end", LogoAt + 4, 0xFFFFFFF0, false, true, true},
+        {"header shorter than its names", LogoAt + 4, 0x10, false, true, true},
+        {"header of nothing", TextsAt + 4, 0, false, false, false},
+        {"no empty entry at the start", 4, 0x21, false, false, false},
+        {"name without an end", LogoAt + 24, 0x0041006F, false, true, true, LogoAt + 28},
+        {"text longer than its block", TextsAt + 32 + 10, 0xD83DFFFF, true, true, false},
     };
     for (const Damage& damage : damages) {
         SCOPED_TRACE(damage.what);
-        Copy copy;
+        Copy copy(damage.size);
         copy.put(damage.offset, damage.value);
         const auto file = ResourceFile::parse(copy.bytes());
-        EXPECT_FALSE(file && file->isWhole());
-        EXPECT_EQ(file && file->findText(17), damage.textsStay);
-    }
-    {
-        SCOPED_TRACE("name without an end");
-        Copy copy(LogoAt + 28);
-        copy.putWord(LogoAt + 26, 0x41);
-        const auto file = ResourceFile::parse(copy.bytes());
-        ASSERT_TRUE(file);
-        EXPECT_EQ(file->entries().size(), 1u);
-    }
-    {
-        SCOPED_TRACE("text longer than its block: it and those behind it are lost, not those before");
-        Copy copy;
-        copy.putWord(TextsAt + 32 + 10, 0xFFFF);
-        const auto file = ResourceFile::parse(copy.bytes());
-        ASSERT_TRUE(file);
-        EXPECT_TRUE(file->findText(17));
-        EXPECT_FALSE(file->findText(19));
-        EXPECT_FALSE(file->findText(20));
+        EXPECT_EQ(file && file->isWhole(), damage.whole);
+        EXPECT_EQ(file && file->findText(17), damage.text17);
+        EXPECT_EQ(file && file->findText(19), damage.text19);
+        EXPECT_FALSE(file && file->findText(20));
     }
 }
 
@@ -176,18 +163,14 @@ TEST_F(ResourceCallsTest, TextIsCutToItsBufferAtAWholeCharacter)
         EXPECT_EQ(LoadStringW(nullptr, absent, buffer, 5), 0) << absent;
         EXPECT_EQ(LoadStringW(nullptr, absent, nullptr, 0), 0) << absent;
     }
-}
-
-TEST_F(ResourceCallsTest, TextWithoutBufferIsTheResourceItselfWithItsLengthBefore)
-{
-    const LONG_PTR address = LoadStringW(nullptr, 17, nullptr, 0);
-    ASSERT_NE(address, 0);
-    const auto* text = reinterpret_cast<const WCHAR*>(address);
+    // Without a buffer the result is the address of the text, whose length is before it.
+    const auto* text = reinterpret_cast<const WCHAR*>(LoadStringW(nullptr, 17, nullptr, 0));
+    ASSERT_NE(text, nullptr);
     EXPECT_EQ(text[-1], 2);
     EXPECT_EQ(std::u16string(text, 2), u"ab");
 }
 
-TEST_F(ResourceCallsTest, AddressIsBoundByItsOwnResource)
+TEST_F(ResourceCallsTest, ReadFromAnAddressEndsWithItsResource)
 {
     const std::byte* first = copy_.bytes().data();
     EXPECT_EQ(resourceAt(first + TextsAt + 32).size(), 42u);
