@@ -82,6 +82,8 @@ def registry_entries(path):
             else:
                 kind, data = "REG_SZ", (json.loads(value[3]) + "\0").encode("utf-16-le")
             yield f"{{{key}, {name}, {kind}, {bytes_literal(data)}}}"
+        elif line and not line.startswith("Windows Registry Editor"):
+            raise ValueError(f"{path}: {line}")
 
 
 def property_entry(column, value):

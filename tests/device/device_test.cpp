@@ -15,9 +15,9 @@
 namespace {
 
 namespace fs = std::filesystem;
-using platform::device::Device;
 using platform::device::ExtraFolder;
 using platform::device::openDevice;
+using platform::device::OpenResult;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -25,26 +25,17 @@ using testing::Pair;
 
 class DeviceTest : public HostFolder {
 protected:
-    [[nodiscard]] platform::device::OpenResult open(const std::vector<ExtraFolder>& extras = {}) const
+    [[nodiscard]] OpenResult opened(const std::vector<ExtraFolder>& extras = {}) const
     {
-        return openDevice(at("device"), extras, false);
-    }
-    [[nodiscard]] std::unique_ptr<Device> opened(const std::vector<ExtraFolder>& extras = {}) const
-    {
-        auto result = open(extras);
+        auto result = openDevice(at("device"), extras, false);
         EXPECT_EQ(result.error.sentence, "");
-        return std::move(result.device);
-    }
-    [[nodiscard]] std::vector<std::string> warnings(const std::vector<ExtraFolder>& extras = {}) const
-    {
-        auto result = open(extras);
-        EXPECT_EQ(result.error.sentence, "");
-        return result.warnings;
+        EXPECT_TRUE(result.device);
+        return result;
     }
     void expectRefusal(const std::string& sentence, const std::vector<ExtraFolder>& extras = {},
                        bool inUse = false) const
     {
-        const auto result = open(extras);
+        const auto result = openDevice(at("device"), extras, false);
         EXPECT_EQ(result.device, nullptr);
         EXPECT_EQ(result.error.inUse, inUse) << result.error.sentence;
         EXPECT_THAT(result.error.sentence, HasSubstr(sentence));
@@ -64,15 +55,14 @@ protected:
 TEST_F(DeviceTest, SecondStartIsRefusedWhileTheFirstLivesAndLeavesItAlone)
 {
     auto first = opened();
-    ASSERT_TRUE(first);
     expectRefusal("is open in another Quillbox", {}, true);
     EXPECT_EQ(writeFile(u"\\still there.txt", 5), 5U);
     EXPECT_EQ(RegSetValueExW(HKEY_USERS, u"v", 0, REG_NONE, nullptr, 0), 0);
     EXPECT_THAT(openDevice(at("other device"), {}, false).error.sentence, HasSubstr("another device open"));
     EXPECT_NE(attributes(u"\\still there.txt"), INVALID_FILE_ATTRIBUTES);
-    first.reset();
+    first.device.reset();
     EXPECT_EQ(attributes(u"\\still there.txt"), INVALID_FILE_ATTRIBUTES);
-    EXPECT_TRUE(opened());
+    EXPECT_TRUE(opened().device);
 }
 
 TEST_F(DeviceTest, FoldersInCardsAreCardsAndLinksAndFilesAreNot)
@@ -82,7 +72,6 @@ TEST_F(DeviceTest, FoldersInCardsAreCardsAndLinksAndFilesAreNot)
     fs::create_directory_symlink(at("device/object-store"), at("device/cards/Link"));
     write(at("device/cards/readme"), "no card");
     const auto device = opened();
-    ASSERT_TRUE(device);
     EXPECT_EQ(attributes(u"\\Störage \xF7FF"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
     EXPECT_EQ(attributes(u"\\Link"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(attributes(u"\\readme"), INVALID_FILE_ATTRIBUTES);
@@ -120,7 +109,7 @@ TEST_F(DeviceTest, WhatIsNoDeviceIsRefusedWithTheReasonAndLeftAlone)
         fs::remove(at(part));
         fs::create_directories(at("device/object-store"));
     }
-    EXPECT_TRUE(opened()) << "a refused device is still locked";
+    EXPECT_TRUE(opened().device) << "a refused device is still locked";
     if (geteuid() == 0)
         return;  // the superuser may write anywhere
     fs::permissions(at("device"), fs::perms::owner_read | fs::perms::owner_exec);
@@ -133,9 +122,10 @@ TEST_F(DeviceTest, ContentThatAFolderHidesIsReported)
     for (const char* folder : {"device/object-store/Empty", "host"})
         fs::create_directories(at(folder));
     write(at("device/object-store/Held/file"), "x");
-    EXPECT_THAT(warnings({{"Held", at("host"), true, {}}}), ElementsAre(HasSubstr("object-store/Held\" is hidden")));
-    EXPECT_THAT(warnings({{"Empty", at("host"), true, {}}}), IsEmpty());
-    EXPECT_THAT(warnings({{"Other", at("host"), true, {}}}), IsEmpty());
+    EXPECT_THAT(opened({{"Held", at("host"), true, {}}}).warnings,
+                ElementsAre(HasSubstr("object-store/Held\" is hidden")));
+    EXPECT_THAT(opened({{"Empty", at("host"), true, {}}}).warnings, IsEmpty());
+    EXPECT_THAT(opened({{"Other", at("host"), true, {}}}).warnings, IsEmpty());
 }
 
 TEST_F(DeviceTest, OnlyADatabaseThatWasThereIsReportedAsLost)
@@ -143,28 +133,28 @@ TEST_F(DeviceTest, OnlyADatabaseThatWasThereIsReportedAsLost)
     // Made by hand, and refused at first.
     write(at("device/object-store/a.txt"), "");
     write(at("device/cards"), "");
-    EXPECT_FALSE(open().device);
+    expectRefusal("cards\" must be a folder");
     fs::remove(at("device/cards"));
     fs::remove(at("device/object-store/a.txt"));
-    EXPECT_THAT(warnings(), IsEmpty());
-    EXPECT_THAT(warnings(), IsEmpty());
+    EXPECT_THAT(opened().warnings, IsEmpty());
+    EXPECT_THAT(opened().warnings, IsEmpty());
     fs::remove(at("device/device.db"));
-    EXPECT_THAT(warnings(), ElementsAre(HasSubstr("device.db\" is missing")));
-    EXPECT_THAT(warnings(), IsEmpty());
+    EXPECT_THAT(opened().warnings, ElementsAre(HasSubstr("device.db\" is missing")));
+    EXPECT_THAT(opened().warnings, IsEmpty());
     fs::resize_file(at("device/device.db"), 0);
-    EXPECT_THAT(warnings(), ElementsAre(HasSubstr("device.db\" is empty")));
+    EXPECT_THAT(opened().warnings, ElementsAre(HasSubstr("device.db\" is empty")));
 }
 
 TEST_F(DeviceTest, LeftoversOfAKilledChangeOfTheDatabaseAreDeletedWhereALinkLeads)
 {
-    ASSERT_TRUE(opened());
+    ASSERT_TRUE(opened().device);
     fs::create_directories(at("elsewhere"));
     fs::rename(at("device/device.db"), at("elsewhere/real.db"));
     fs::create_symlink(at("elsewhere/real.db"), at("device/device.db"));
     write(at("device/device.db.changing"), "somebody else's");
     for (const char* part : {"", "-wal", "-shm", "-journal"})
         write(at(std::string("elsewhere/real.db.changing") + part), "left over");
-    ASSERT_TRUE(opened());
+    ASSERT_TRUE(opened().device);
     EXPECT_EQ(treeOf(at("elsewhere")).size(), 1U);
     EXPECT_TRUE(fs::exists(at("device/device.db.changing")));
 }
@@ -182,7 +172,7 @@ TEST_F(DeviceTest, ExtraFoldersThatCannotBeShownAreRefusedWithTheirName)
     expectRefusal("is on the device already, as \"\\X\"",
                   {{"X", at("x"), true, {}}, {"Y", at("device/../x"), false, {}}});
     expectRefusal("is on the device already", {{"X", at("device/object-store"), false, {}}});
-    EXPECT_TRUE(opened({{"X", at("x"), true, {}}}));
+    EXPECT_TRUE(opened({{"X", at("x"), true, {}}}).device);
 }
 
 TEST_F(DeviceTest, OneDeviceAtATimeHasACardButAPlainFolderIsShared)
@@ -192,7 +182,7 @@ TEST_F(DeviceTest, OneDeviceAtATimeHasACardButAPlainFolderIsShared)
     const int other = ::open(at("stick").c_str(), O_RDONLY | O_DIRECTORY);
     ASSERT_EQ(flock(other, LOCK_EX | LOCK_NB), 0);
     expectRefusal("stick\" is in use by another Quillbox device", {card}, true);
-    EXPECT_TRUE(opened({{"Stick", at("stick"), false, {}}}));
+    EXPECT_TRUE(opened({{"Stick", at("stick"), false, {}}}).device);
     ASSERT_EQ(flock(other, LOCK_UN), 0);
     const auto device = opened({card});
     EXPECT_NE(flock(other, LOCK_EX | LOCK_NB), 0);
