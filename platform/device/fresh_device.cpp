@@ -2,6 +2,7 @@
 #include "fresh_device.h"
 
 #include "demonstration.h"
+#include "device/changing_copy.h"
 #include "device/descriptor.h"
 #include "refusal.h"
 
