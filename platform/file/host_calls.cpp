@@ -2,7 +2,6 @@
 #include "file/host_calls.h"
 
 #include "host_gate.h"
-#include "power_cut.h"
 
 #include <fcntl.h>
 #include <linux/openat2.h>
@@ -75,10 +74,11 @@ int openBelow(int folder, const char* path, int flags, unsigned mode)
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
     const auto opened =
         static_cast<int>(unlessInterrupted([&] { return ::syscall(SYS_openat2, folder, path, &how, sizeof how); }));
-    if (opened >= 0 && (flags & O_CREAT) != 0 && watchesForPowerCut()) {
-        noteMade(folder, path);
-        noteTouched(opened);
-    }
+    if (opened >= 0 && (flags & O_CREAT) != 0)
+        reportToWatcher([&](HostCallWatcher& watcher) {
+            watcher.afterMaking(folder, path);
+            watcher.beforeChange(opened);
+        });
     return opened;
 }
 
@@ -129,8 +129,7 @@ ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t place)
 {
     if (const int error = passGate())
         return -error;
-    if (watchesForPowerCut())
-        noteTouched(file);
+    reportToWatcher([&](HostCallWatcher& watcher) { watcher.beforeChange(file); });
     return unlessInterrupted([&] {
         const auto start = static_cast<off_t>(place);
         return bytes.size() == 1 ? ::pwrite(file, bytes[0].iov_base, bytes[0].iov_len, start)
@@ -142,12 +141,10 @@ int setSize(int file, std::uint64_t size)
 {
     if (const int error = passGate())
         return -error;
-    const bool watches = watchesForPowerCut();
-    if (watches)
-        noteTouched(file);
+    reportToWatcher([&](HostCallWatcher& watcher) { watcher.beforeChange(file); });
     const int result = unlessInterrupted([&] { return ::ftruncate(file, static_cast<off_t>(size)); });
-    if (result == 0 && watches)
-        noteCut(file, size);
+    if (result == 0)
+        reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterResize(file, size); });
     return result;
 }
 
@@ -164,8 +161,8 @@ int flushToDisk(int fileOrFolder)
     if (const int error = passGate())
         return -error;
     const int result = unlessInterrupted([&] { return ::fsync(fileOrFolder); });
-    if (result == 0 && watchesForPowerCut())
-        noteFlushed(fileOrFolder);
+    if (result == 0)
+        reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterFlush(fileOrFolder); });
     return result;
 }
 
@@ -174,8 +171,8 @@ int flushFileSystem(int fileOrFolder)
     if (const int error = passGate())
         return -error;
     const int result = unlessInterrupted([&] { return ::syncfs(fileOrFolder); });
-    if (result == 0 && watchesForPowerCut())
-        noteAllFlushed(fileOrFolder);
+    if (result == 0)
+        reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterFileSystemFlush(fileOrFolder); });
     return result;
 }
 
@@ -184,8 +181,8 @@ int makeFolder(int folder, const char* name)
     if (const int error = passGate())
         return -error;
     const int result = unlessInterrupted([&] { return ::mkdirat(folder, name, 0777); });
-    if (result == 0 && watchesForPowerCut())
-        noteMade(folder, name);
+    if (result == 0)
+        reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterMaking(folder, name); });
     return result;
 }
 
@@ -220,8 +217,8 @@ int moveFile(int folder, const char* name, int newFolder, const char* newName, b
         return -error;
     const int result = unlessInterrupted(
         [&] { return ::renameat2(folder, name, newFolder, newName, replace ? 0 : RENAME_NOREPLACE); });
-    if (result == 0 && watchesForPowerCut())
-        noteMoved(folder, name, newFolder, newName);
+    if (result == 0)
+        reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterMove(folder, name, newFolder, newName); });
     return result;
 }
 
@@ -230,8 +227,8 @@ int linkFile(int folder, const char* name, const char* newName)
     if (const int error = passGate())
         return -error;
     const int result = unlessInterrupted([&] { return ::linkat(folder, name, folder, newName, 0); });
-    if (result == 0 && watchesForPowerCut())
-        noteMade(folder, newName);
+    if (result == 0)
+        reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterMaking(folder, newName); });
     return result;
 }
 

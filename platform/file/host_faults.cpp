@@ -1,4 +1,3 @@
-// host_faults.cpp - counts the host calls while a plan is set, and carries the plan out.
 #include "file/host_faults.h"
 
 #include "host_gate.h"
@@ -6,69 +5,97 @@
 
 #include <csignal>
 #include <mutex>
+#include <optional>
 
 namespace platform::file {
 
-namespace detail {
-constinit std::atomic<bool> faultPlanSet = false;
-}
-
 namespace {
 
-struct Plan {
-    std::mutex mutex;
-    FaultPlan plan;
-    std::uint64_t calls = 0;
+class FaultPlanWatcher final : public HostCallWatcher {
+public:
+    void set(const FaultPlan& plan)
+    {
+        const std::lock_guard lock(mutex_);
+        plan_ = plan;
+        calls_ = 0;
+    }
+
+    [[nodiscard]] std::uint64_t calls()
+    {
+        const std::lock_guard lock(mutex_);
+        return calls_;
+    }
+
+    int beforeCall(HostCall call) override;
+
+    void beforeChange(int file) override
+    {
+        if (recordsChanges())
+            noteChange(file);
+    }
+    void afterResize(int file, std::uint64_t size) override
+    {
+        if (recordsChanges())
+            noteResize(file, size);
+    }
+    void afterMaking(int folder, const char* path) override
+    {
+        if (recordsChanges())
+            noteMaking(folder, path);
+    }
+    void afterMove(int folder, const char* name, int newFolder, const char* newName) override
+    {
+        if (recordsChanges())
+            noteMove(folder, name, newFolder, newName);
+    }
+    void afterFlush(int fileOrFolder) override
+    {
+        if (recordsChanges())
+            noteFlush(fileOrFolder);
+    }
+    void afterFileSystemFlush(int fileOrFolder) override
+    {
+        if (recordsChanges())
+            noteFileSystemFlush(fileOrFolder);
+    }
+
+private:
+    // The plan, if the call that is counted now is one of those that it is for.
+    [[nodiscard]] std::optional<FaultPlan> countCall()
+    {
+        const std::lock_guard lock(mutex_);
+        ++calls_;
+        const bool isDue = plan_.nthCall != 0 && calls_ >= plan_.nthCall && calls_ - plan_.nthCall < plan_.calls;
+        return isDue ? std::optional(plan_) : std::nullopt;
+    }
+
+    // Only a power cut needs the records, and they cost time.
+    [[nodiscard]] bool recordsChanges()
+    {
+        const std::lock_guard lock(mutex_);
+        return plan_.kind == FaultKind::PowerCut;
+    }
+
+    std::mutex mutex_;
+    FaultPlan plan_;
+    std::uint64_t calls_ = 0;
 };
 
-constinit Plan current;
-
-}  // namespace
-
-void setFaultPlan(const FaultPlan& plan)
+int FaultPlanWatcher::beforeCall(HostCall call)
 {
-    const std::lock_guard lock(current.mutex);
-    current.plan = plan;
-    current.calls = 0;
-    forgetUnflushed();
-    detail::faultPlanSet.store(true, std::memory_order_relaxed);
-}
-
-void clearFaultPlan()
-{
-    const std::lock_guard lock(current.mutex);
-    detail::faultPlanSet.store(false, std::memory_order_relaxed);
-    forgetUnflushed();
-}
-
-std::uint64_t hostCallsMade()
-{
-    const std::lock_guard lock(current.mutex);
-    return current.calls;
-}
-
-int detail::countHostCall(HostCall call)
-{
-    FaultPlan plan;
-    {
-        const std::lock_guard lock(current.mutex);
-        ++current.calls;
-        plan = current.plan;
-        const bool due =
-            plan.nthCall != 0 && current.calls >= plan.nthCall && current.calls - plan.nthCall < plan.calls;
-        if (!due)
-            return 0;
-    }
-    switch (plan.kind) {
+    const std::optional<FaultPlan> plan = countCall();
+    if (!plan)
+        return 0;
+    switch (plan->kind) {
     case FaultKind::Fail:
-        return plan.error;
+        return plan->error;
     case FaultKind::ShortRead:
         return call == HostCall::Read ? GivesNothing : 0;
     case FaultKind::Meanwhile:
-        plan.meanwhile();
+        plan->meanwhile();
         return 0;
     case FaultKind::PowerCut:
-        takeBackUnflushed();
+        undoUnflushed();
         break;
     case FaultKind::Kill:
         break;
@@ -77,12 +104,26 @@ int detail::countHostCall(HostCall call)
     return 0;
 }
 
-bool watchesForPowerCut()
+constinit FaultPlanWatcher theWatcher;
+
+}  // namespace
+
+void setFaultPlan(const FaultPlan& plan)
 {
-    if (!detail::faultPlanSet.load(std::memory_order_relaxed))
-        return false;
-    const std::lock_guard lock(current.mutex);
-    return current.plan.kind == FaultKind::PowerCut;
+    theWatcher.set(plan);
+    forgetUnflushed();
+    hostCallWatcher.store(&theWatcher, std::memory_order_release);
+}
+
+void clearFaultPlan()
+{
+    hostCallWatcher.store(nullptr, std::memory_order_release);
+    forgetUnflushed();
+}
+
+std::uint64_t hostCallsMade()
+{
+    return theWatcher.calls();
 }
 
 }  // namespace platform::file

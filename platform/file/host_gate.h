@@ -1,27 +1,57 @@
-// host_gate.h - what stands before each host call: the plan of faults.
+// host_gate.h - lets a watcher see each system call of host_calls.h, and make it fail. The program has no watcher: only
+// tests link one (file/host_faults.h).
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 
 namespace platform::file {
 
 enum class HostCall { Read, Other };
 
-// In an errno's place: the call isn't made and gives no bytes.
+// In place of an errno: the call isn't made and delivers no bytes.
 inline constexpr int GivesNothing = -1;
 
-namespace detail {
-extern std::atomic<bool> faultPlanSet;
-[[nodiscard]] int countHostCall(HostCall call);
-}  // namespace detail
+// Any thread calls these. Descriptors are open during the call.
+class HostCallWatcher {
+public:
+    HostCallWatcher() = default;
+    HostCallWatcher(const HostCallWatcher&) = delete;
+    HostCallWatcher& operator=(const HostCallWatcher&) = delete;
 
-// 0, or the errno that the next host call has to fail with; for one that reads GivesNothing, too.
+    // 0 to let the call be made, or the errno that it fails with. A reading call can also get GivesNothing.
+    [[nodiscard]] virtual int beforeCall(HostCall call) = 0;
+
+    // Bytes of the file, or its size, are about to change.
+    virtual void beforeChange(int file) = 0;
+
+    // These report calls that succeeded. Paths are below the folder before them.
+    virtual void afterResize(int file, std::uint64_t size) = 0;
+    virtual void afterMaking(int folder, const char* path) = 0;
+    virtual void afterMove(int folder, const char* name, int newFolder, const char* newName) = 0;
+    virtual void afterFlush(int fileOrFolder) = 0;
+    virtual void afterFileSystemFlush(int fileOrFolder) = 0;
+
+protected:
+    ~HostCallWatcher() = default;
+};
+
+// Null, or a watcher that lives as long as the process.
+inline constinit std::atomic<HostCallWatcher*> hostCallWatcher = nullptr;
+
+// 0, or what beforeCall returned.
 [[nodiscard]] inline int passGate(HostCall call = HostCall::Other)
 {
-    return detail::faultPlanSet.load(std::memory_order_relaxed) ? detail::countHostCall(call) : 0;
+    HostCallWatcher* const watcher = hostCallWatcher.load(std::memory_order_acquire);
+    return watcher ? watcher->beforeCall(call) : 0;
 }
 
-// Is a plan set that cuts the power, so that what isn't flushed must be known?
-[[nodiscard]] bool watchesForPowerCut();
+// Calls `report` with the watcher, if there is one.
+template <class Report>
+void reportToWatcher(const Report& report)
+{
+    if (HostCallWatcher* const watcher = hostCallWatcher.load(std::memory_order_acquire))
+        report(*watcher);
+}
 
 }  // namespace platform::file

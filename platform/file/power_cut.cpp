@@ -1,4 +1,3 @@
-// power_cut.cpp - a list of what isn't on the disk yet, and its removal.
 #include "power_cut.h"
 
 #include <fcntl.h>
@@ -21,8 +20,8 @@ namespace {
 
 using Inode = std::pair<dev_t, ino_t>;
 
-struct TouchedFile {
-    int keptOpen = -1;  // by O_PATH, so that it stands in the way of no lease
+struct ChangedFile {
+    int keptOpen = -1;  // with O_PATH, since such a descriptor prevents no lease
     std::uint64_t flushedSize = 0;
 };
 
@@ -37,12 +36,12 @@ struct Name {
 
 struct ChangedEntry {
     Name now;
-    std::optional<Name> before;  // on the disk; nothing for an entry that was made
+    std::optional<Name> before;  // on the disk; empty for an entry that was made
 };
 
 struct Unflushed {
     std::mutex mutex;
-    std::map<Inode, TouchedFile> files;
+    std::map<Inode, ChangedFile> files;
     std::vector<ChangedEntry> entries;  // in the order of the calls
 };
 
@@ -64,10 +63,10 @@ Inode inodeOf(const struct stat& status)
 
 void remember(Unflushed& known, int file, std::uint64_t flushedSize, const struct stat& status)
 {
-    const auto [place, isNew] = known.files.try_emplace(inodeOf(status));
+    const auto [entry, isNew] = known.files.try_emplace(inodeOf(status));
     if (isNew) {
-        place->second.keptOpen = ::open(pathOf(file).c_str(), O_PATH | O_CLOEXEC);
-        place->second.flushedSize = flushedSize;
+        entry->second.keptOpen = ::open(pathOf(file).c_str(), O_PATH | O_CLOEXEC);
+        entry->second.flushedSize = flushedSize;
     }
 }
 
@@ -82,7 +81,7 @@ Name nameOf(int folder, const char* path)
     return name;
 }
 
-void letGo(const ChangedEntry& entry)
+void closeFolders(const ChangedEntry& entry)
 {
     ::close(entry.now.keptOpen);
     if (entry.before)
@@ -93,16 +92,16 @@ template <class Chosen>
 void forgetEntries(Unflushed& known, const Chosen& chosen)
 {
     std::erase_if(known.entries, [&](const ChangedEntry& entry) {
-        const bool goes = chosen(entry);
-        if (goes)
-            letGo(entry);
-        return goes;
+        const bool isForgotten = chosen(entry);
+        if (isForgotten)
+            closeFolders(entry);
+        return isForgotten;
     });
 }
 
-void takeBack(const ChangedEntry& entry)
+void undo(const ChangedEntry& entry)
 {
-    std::error_code ignored;  // deleted since: then there is nothing to take back
+    std::error_code ignored;  // the entry may have been deleted since
     if (!entry.before)
         std::filesystem::remove_all(entry.now.path(), ignored);
     else
@@ -112,7 +111,7 @@ void takeBack(const ChangedEntry& entry)
 
 }  // namespace
 
-void noteTouched(int file)
+void noteChange(int file)
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
@@ -121,26 +120,26 @@ void noteTouched(int file)
         remember(known, file, static_cast<std::uint64_t>(status.st_size), status);
 }
 
-void noteCut(int file, std::uint64_t size)
+void noteResize(int file, std::uint64_t size)
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
     struct stat status = {};
     if (::fstat(file, &status) != 0)
         return;
-    const auto touched = known.files.find(inodeOf(status));
-    if (touched != known.files.end())
-        touched->second.flushedSize = std::min(touched->second.flushedSize, size);
+    const auto changed = known.files.find(inodeOf(status));
+    if (changed != known.files.end())
+        changed->second.flushedSize = std::min(changed->second.flushedSize, size);
 }
 
-void noteMade(int folder, const char* path)
+void noteMaking(int folder, const char* path)
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
     known.entries.push_back({nameOf(folder, path), std::nullopt});
 }
 
-void noteMoved(int folder, const char* name, int newFolder, const char* newName)
+void noteMove(int folder, const char* name, int newFolder, const char* newName)
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
@@ -151,12 +150,12 @@ void noteMoved(int folder, const char* name, int newFolder, const char* newName)
         return;
     }
     std::swap(earlier->now, moved.now);
-    letGo(moved);
-    if (earlier->before == earlier->now)  // back where it was
+    closeFolders(moved);
+    if (earlier->before == earlier->now)  // moved back
         forgetEntries(known, [](const ChangedEntry& entry) { return entry.before == entry.now; });
 }
 
-void noteFlushed(int fileOrFolder)
+void noteFlush(int fileOrFolder)
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
@@ -165,12 +164,12 @@ void noteFlushed(int fileOrFolder)
         return;
     if (S_ISDIR(status.st_mode)) {
         forgetEntries(known, [&](const ChangedEntry& entry) { return entry.now.folder == inodeOf(status); });
-    } else if (const auto touched = known.files.find(inodeOf(status)); touched != known.files.end()) {
-        touched->second.flushedSize = static_cast<std::uint64_t>(status.st_size);
+    } else if (const auto changed = known.files.find(inodeOf(status)); changed != known.files.end()) {
+        changed->second.flushedSize = static_cast<std::uint64_t>(status.st_size);
     }
 }
 
-void noteAllFlushed(int fileOrFolder)
+void noteFileSystemFlush(int fileOrFolder)
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
@@ -185,7 +184,7 @@ void noteAllFlushed(int fileOrFolder)
     forgetEntries(known, [&](const ChangedEntry& entry) { return entry.now.folder.first == flushed.st_dev; });
 }
 
-void takeBackUnflushed()
+void undoUnflushed()
 {
     Unflushed& known = unflushed();
     const std::lock_guard lock(known.mutex);
@@ -195,7 +194,7 @@ void takeBackUnflushed()
         if (::stat(path.c_str(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) > file.flushedSize)
             (void)::truncate(path.c_str(), static_cast<off_t>(file.flushedSize));
     }
-    std::for_each(known.entries.rbegin(), known.entries.rend(), takeBack);
+    std::for_each(known.entries.rbegin(), known.entries.rend(), undo);
 }
 
 void forgetUnflushed()

@@ -1,32 +1,34 @@
-// power_cut.h - knows what a disk would lose at a power cut: bytes and entries that were never flushed.
-// Told by the host calls while a fault plan asks for it; a tool of tests, so clarity goes before speed.
+// power_cut.h - records what a disk would lose at a power cut: bytes and folder entries that were never flushed.
+//
+// Only tests link this room. Each function can be called from any thread.
 #pragma once
 
 #include <cstdint>
 
 namespace platform::file {
 
-// Before a write or cut: how much of it was on the disk before it was first touched.
-void noteTouched(int file);
+// Before a write or a change of size. The size that the file has at its first change counts as flushed.
+void noteChange(int file);
 
-// After a cut to `size`.
-void noteCut(int file, std::uint64_t size);
+// After the file's size was set to `size`.
+void noteResize(int file, std::uint64_t size);
 
-// After a file or folder `path` below `folder` was made.
-void noteMade(int folder, const char* path);
+// After a file or folder was made at `path` below `folder`.
+void noteMaking(int folder, const char* path);
 
 // After an entry got another name or folder.
-void noteMoved(int folder, const char* name, int newFolder, const char* newName);
+void noteMove(int folder, const char* name, int newFolder, const char* newName);
 
 // After a flush of a file or a folder.
-void noteFlushed(int fileOrFolder);
+void noteFlush(int fileOrFolder);
 
-// After a flush of the whole file system that holds it.
-void noteAllFlushed(int fileOrFolder);
+// After a flush of the whole file system that holds the file or folder.
+void noteFileSystemFlush(int fileOrFolder);
 
-// Takes all that off the disk which was not flushed.
-void takeBackUnflushed();
+// Removes from the disk everything that was not flushed.
+void undoUnflushed();
 
+// Forgets all that was recorded.
 void forgetUnflushed();
 
 }  // namespace platform::file

@@ -1,6 +1,5 @@
-// host_faults.h - lets a test make the nth call on the host's files fail, kill the process there, cut the power, or do
-// in that moment what another program might do. Every system call that the file layer makes on files and folders passes
-// here; without a plan that costs one relaxed load.
+// host_faults.h - lets a test make the nth system call of the file room fail, kill the process there, simulate a power
+// cut, or do at that moment what another program might do. Only tests link this (target platform_file_faults).
 #pragma once
 
 #include <cstdint>
@@ -8,27 +7,28 @@
 namespace platform::file {
 
 enum class FaultKind {
-    Fail,       // the call isn't made and gives `error` (an errno)
+    Fail,       // the call isn't made and fails with `error` (an errno)
     Kill,       // the process is killed before the call is made
-    PowerCut,   // the same, but what was never flushed is taken off the disk first: bytes of files behind
-                // their last flush, entries of folders made since the last flush of the folder. Deleted
+    PowerCut,   // as Kill, but first all that was never flushed is removed from the disk: bytes after the size that
+                // a file had at its last flush, and entries made since the last flush of their folder. Deleted
                 // entries stay deleted: that is the worst that a disk can do.
-    ShortRead,  // if the call reads bytes of a file, it gives none, as at the end
-    Meanwhile,  // `meanwhile` runs before the call is made; it may not call this room
+    ShortRead,  // if the call reads bytes of a file, it delivers none, as at the end of the file
+    Meanwhile,  // `meanwhile` runs before the call is made; it must not call the file room
 };
 
 struct FaultPlan {
     FaultKind kind = FaultKind::Fail;
-    std::uint64_t nthCall = 0;  // counted from 1 since the plan was set
+    std::uint64_t nthCall = 0;  // counted from 1 since the plan was set; 0: the plan only counts
     int error = 0;
-    std::uint64_t calls = 1;  // how many calls one after the other this happens to; a kill comes at the first
+    std::uint64_t calls = 1;  // how many successive calls this happens to; a kill comes at the first
     void (*meanwhile)() = nullptr;
 };
 
+// Any thread.
 void setFaultPlan(const FaultPlan& plan);
 void clearFaultPlan();
 
-// Calls made since the plan was set; with nthCall 0 a plan only counts.
+// Calls made since the plan was set.
 [[nodiscard]] std::uint64_t hostCallsMade();
 
 }  // namespace platform::file
