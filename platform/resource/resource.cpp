@@ -3,6 +3,7 @@
 #include "ce/resource.h"
 
 #include "resource/resource_file.h"
+#include "text/utf.h"
 
 #include <algorithm>
 #include <cstring>
@@ -54,8 +55,7 @@ std::size_t fitting(std::span<const std::byte> text, std::size_t characters)
         return all;
     WCHAR next = 0;
     std::memcpy(&next, text.data() + characters * sizeof next, sizeof next);
-    const bool secondHalf = next >= 0xDC00 && next <= 0xDFFF;
-    return secondHalf && characters > 0 ? characters - 1 : characters;
+    return platform::text::isLowSurrogate(next) && characters > 0 ? characters - 1 : characters;
 }
 
 }  // namespace

@@ -30,8 +30,7 @@ std::size_t CopyText(WCHAR* out, std::size_t capacity, const WCHAR* text)
     std::size_t length = 0;
     while (length + 1 < capacity && text[length] != 0)
         ++length;
-    if (length > 0 && platform::text::isHighSurrogate(text[length - 1]) && platform::text::isLowSurrogate(text[length]))
-        --length;
+    length = platform::text::wholeUnits({text, length + 1}, length);
     std::memmove(out, text, length * sizeof(WCHAR));
     out[length] = 0;
     return length;

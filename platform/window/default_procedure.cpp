@@ -14,12 +14,7 @@ LRESULT giveText(const Window& window, WPARAM capacity, WCHAR* out)
 {
     if (!out || capacity == 0)
         return 0;
-    std::size_t count = std::min(window.text.size(), static_cast<std::size_t>(capacity) - 1);
-    const bool cutsPair = count > 0 && count < window.text.size() &&
-                          platform::text::isHighSurrogate(window.text[count - 1]) &&
-                          platform::text::isLowSurrogate(window.text[count]);
-    if (cutsPair)
-        --count;
+    const std::size_t count = platform::text::wholeUnits(window.text, static_cast<std::size_t>(capacity) - 1);
     std::copy_n(window.text.data(), count, out);
     out[count] = 0;
     return static_cast<LRESULT>(count);

@@ -86,14 +86,11 @@ LRESULT insertItem(const Window& window, TreeViewState& tree, const TVINSERTSTRU
     return answerWith(tree.items.handleOf(index));
 }
 
-// A pair of surrogates is cut as a whole.
 void copyText(std::u16string_view text, WCHAR* out, int capacity)
 {
     if (!out || capacity <= 0)
         return;
-    std::size_t count = std::min(text.size(), static_cast<std::size_t>(capacity) - 1);
-    if (count > 0 && count < text.size() && text::isHighSurrogate(text[count - 1]) && text::isLowSurrogate(text[count]))
-        --count;
+    const std::size_t count = text::wholeUnits(text, static_cast<std::size_t>(capacity) - 1);
     std::copy_n(text.data(), count, out);
     out[count] = 0;
 }

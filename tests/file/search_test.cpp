@@ -72,7 +72,7 @@ TEST_F(FileTest, LargeFolderIsListedWholeAndTrue)
     std::size_t marked = 0;
     std::size_t count = 0;
     WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(u"\\d\\*", &found);
+    const HANDLE search = FindFirstFileW(u"\\d\\*.*", &found);
     do {
         ++count;
         bytes += found.nFileSizeLow;

@@ -7,6 +7,7 @@
 #include "moment_text.h"
 
 #include "text/host_name.h"
+#include "text/utf.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,11 +36,8 @@ const std::string& textIn(const Json& json, const char* what)
 std::u16string_view takePiece(std::u16string_view& text)
 {
     constexpr std::size_t PieceUnits = 4096;
-    std::size_t units = std::min(PieceUnits, text.size());
-    if (units < text.size() && (text[units - 1] & 0xFC00) == 0xD800)
-        units--;
-    const std::u16string_view piece = text.substr(0, units);
-    text.remove_prefix(units);
+    const std::u16string_view piece = text.substr(0, platform::text::wholeUnits(text, PieceUnits));
+    text.remove_prefix(piece.size());
     return piece;
 }
 

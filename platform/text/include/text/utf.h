@@ -1,6 +1,7 @@
 // utf.h - one character at a time out of UTF-8 and UTF-16, and into them.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace platform::text {
@@ -20,6 +21,20 @@ inline constexpr bool isLowSurrogate(char16_t unit)
 inline constexpr bool isSurrogate(char16_t unit)
 {
     return (unit & 0xF800) == 0xD800;
+}
+
+// Code units of the character at `at`: 2 for a surrogate pair, otherwise 1.
+inline constexpr std::size_t characterUnits(std::u16string_view text, std::size_t at)
+{
+    return isHighSurrogate(text[at]) && at + 1 < text.size() && isLowSurrogate(text[at + 1]) ? 2 : 1;
+}
+
+// The length of the longest beginning of `text` that has at most `units` code units and cuts no surrogate pair in two.
+inline constexpr std::size_t wholeUnits(std::u16string_view text, std::size_t units)
+{
+    if (units >= text.size())
+        return text.size();
+    return units > 0 && isHighSurrogate(text[units - 1]) && isLowSurrogate(text[units]) ? units - 1 : units;
 }
 
 struct Decoded {

