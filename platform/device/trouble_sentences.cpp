@@ -1,6 +1,7 @@
 // trouble_sentences.cpp - see trouble_sentences.h.
 #include "trouble_sentences.h"
 
+#include "kernel/error_reason.h"
 #include "text/host_name.h"
 
 #include "ce/error.h"
@@ -61,29 +62,10 @@ std::string reasonOf(Trouble kind, Troubled what, DWORD error)
 {
     if (const char* reason = reasonOfItem(kind, what, error))
         return reason;
-    switch (error) {
-    case ERROR_ACCESS_DENIED:
-        return "no permission, or it is read-only";
-    case ERROR_WRITE_PROTECT:
-        return "the disk can't be written";
-    case ERROR_SHARING_VIOLATION:
-        return "another program uses it";
-    case ERROR_DISK_FULL:
-        return "the disk is full";
-    case ERROR_GEN_FAILURE:
-        return what == Troubled::File ? "the disk failed" : "it is damaged, or the disk failed";
-    case ERROR_PATH_NOT_FOUND:
-        return "there is no folder for it";
-    case ERROR_INVALID_NAME:
-        return "no file can have that name";
-    case ERROR_FILENAME_EXCED_RANGE:
-        return "the name is too long";
-    case ERROR_NOT_ENOUGH_MEMORY:
-    case ERROR_TOO_MANY_OPEN_FILES:
-        return "the system had no more room for it";
-    default:
-        return what == Troubled::File ? "error " + std::to_string(error) : "it is damaged, or the disk failed";
-    }
+    const bool isFile = what == Troubled::File;
+    if (const char* reason = kernel::errorReason(error); reason && (isFile || error != ERROR_GEN_FAILURE))
+        return reason;
+    return isFile ? "error " + std::to_string(error) : "it is damaged, or the disk failed";
 }
 
 std::string nameOf(Troubled what, const std::u16string& name)

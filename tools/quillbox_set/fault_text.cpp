@@ -2,6 +2,7 @@
 
 #include "fault_text.h"
 
+#include "kernel/error_reason.h"
 #include "set/list_reader.h"
 
 #include "ce/error.h"
@@ -60,15 +61,9 @@ std::string errorText(DWORD error)
         return "a folder on the way is missing or is none";
     case ERROR_ACCESS_DENIED:
         return "no permission, or a folder has that name";
-    case ERROR_WRITE_PROTECT:
-        return "the disk can't be written";
-    case ERROR_SHARING_VIOLATION:
-        return "another program uses the file";
     case ERROR_FILE_EXISTS:
     case ERROR_ALREADY_EXISTS:
         return "exists already (--force replaces it)";
-    case ERROR_DISK_FULL:
-        return "the disk is full";
     case ERROR_INVALID_NAME:
         return "refused: not a name that a file may have here";
     case ERROR_NOT_SAME_DEVICE:
@@ -76,7 +71,8 @@ std::string errorText(DWORD error)
     case ERROR_FILENAME_EXCED_RANGE:
         return "refused: the name is too long";
     default:
-        return "error " + std::to_string(error);
+        const char* const reason = platform::kernel::errorReason(error);
+        return reason ? reason : "error " + std::to_string(error);
     }
 }
 
