@@ -1,11 +1,10 @@
 // The device's one database file: how it is opened and what its tables are.
 #include "database/device_database.h"
 
+#include "host/files.h"
 #include "text/host_name.h"
 
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <iterator>
 #include <memory>
@@ -133,15 +132,6 @@ bool logWaits(const fs::path& file)
     return sizeOf(logOf(file)).value_or(0) > 0;
 }
 
-bool flushFolderOf(const fs::path& file)
-{
-    const int folder = ::open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool flushed = folder >= 0 && ::fsync(folder) == 0;
-    if (folder >= 0)
-        ::close(folder);
-    return flushed;
-}
-
 // SQLite deletes a log beside a file that holds nothing, and with it what stood nowhere else. False if it can't be put
 // aside; `sentence` tells either.
 bool keepOrphanedLog(const fs::path& file, std::string& sentence)
@@ -154,7 +144,7 @@ bool keepOrphanedLog(const fs::path& file, std::string& sentence)
         kept = log.string() + ".kept" + std::to_string(number);
     std::error_code error;
     fs::rename(log, kept, error);
-    if (error || !flushFolderOf(log)) {
+    if (error || host::flush(log.parent_path()) != 0) {
         sentence = "The changes in " + quoted(log) + ", whose database is missing or empty, can't be put aside.";
         return false;
     }

@@ -2,7 +2,7 @@
 #include "demonstration.h"
 
 #include "demonstration_content.h"
-#include "device/descriptor.h"
+#include "host/descriptor.h"
 #include "refusal.h"
 
 #include <algorithm>
@@ -17,6 +17,7 @@ namespace platform::device {
 namespace {
 
 namespace fs = std::filesystem;
+using host::Descriptor;
 
 // Read-only, system, in ROM.
 constexpr std::string_view RomAttributes = "0x45";

@@ -1,9 +1,9 @@
 // Opening a device: its lock, its registry, the folders of its name space.
 #include "device/device.h"
 
-#include "device/descriptor.h"
 #include "device/remembered_folders.h"
 #include "fresh_device.h"
+#include "host/descriptor.h"
 #include "locks.h"
 #include "refusal.h"
 

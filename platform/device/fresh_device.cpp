@@ -3,7 +3,7 @@
 
 #include "demonstration.h"
 #include "device/changing_copy.h"
-#include "device/descriptor.h"
+#include "host/descriptor.h"
 #include "refusal.h"
 
 #include "database/device_database.h"
@@ -21,6 +21,7 @@ namespace platform::device {
 namespace {
 
 namespace fs = std::filesystem;
+using host::Descriptor;
 
 // A fresh device grows here. Its object store moves out last, which makes the folder a device.
 constexpr const char* UnfinishedFolder = ".quillbox-unfinished";

@@ -1,11 +1,13 @@
 // locks.h - what keeps two processes off one device and two devices off one card, and what a device's lock remembers.
 #pragma once
 
-#include "device/descriptor.h"
+#include "host/descriptor.h"
 
 #include <filesystem>
 
 namespace platform::device {
+
+using host::Descriptor;
 
 // Takes the device for as long as the descriptor lives. Throws a Refusal if another process has it, or if the
 // folder can't be written to.

@@ -1,7 +1,7 @@
 // attributes.h - what the name space tells about a file or folder: attributes, times, identity.
 #pragma once
 
-#include "file/host_calls.h"
+#include "host_calls.h"
 
 #include "ce/types.h"
 

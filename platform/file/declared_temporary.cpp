@@ -2,9 +2,9 @@
 #include "declared_temporary.h"
 
 #include "attributes.h"
-#include "file/host_calls.h"
 #include "file/name_space.h"
 #include "folder_reader.h"
+#include "host_calls.h"
 #include "text/host_name.h"
 
 #include <fcntl.h>
@@ -61,7 +61,7 @@ std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
     (void)makeFolder(deviceFolder, Aside);  // exists already? The opening decides.
     const Descriptor aside(openBelow(deviceFolder, Aside, O_RDONLY | O_DIRECTORY));
     for (const std::string& name : names) {
-        if (moveFile(reader.folder(), name.c_str(), aside.number(), name.c_str(), true) == 0)
+        if (moveFile(reader.folder(), name.c_str(), aside.get(), name.c_str(), true) == 0)
             moved.push_back(text::toDeviceName(name));
     }
     return moved;

@@ -2,7 +2,7 @@
 // gets a mark that stays with it, so that one which a killed process left is known, whatever its name.
 #pragma once
 
-#include "file/device_path.h"
+#include "device_path.h"
 
 #include <optional>
 

@@ -1,5 +1,5 @@
 // device_path.cpp - see device_path.h
-#include "file/device_path.h"
+#include "device_path.h"
 
 #include "text/host_name.h"
 

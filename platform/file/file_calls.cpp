@@ -1,7 +1,7 @@
 // file_calls.cpp - the edge: the calls of ce/file.h, where the last error is set.
 #include "ce/file.h"
 
-#include "file/entries.h"
+#include "entries.h"
 #include "file_trouble.h"
 #include "folder_search.h"
 #include "opening.h"

@@ -1,7 +1,7 @@
 // file_stamp.h - telling whether a file is still the one that was stamped (ce/file_deletion.h).
 #pragma once
 
-#include "file/host_calls.h"
+#include "host_calls.h"
 
 #include "ce/file_deletion.h"
 

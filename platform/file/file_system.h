@@ -1,7 +1,7 @@
 // file_system.h - what the host tells about the file system that holds a file, asked once for each device.
 #pragma once
 
-#include "file/host_calls.h"
+#include "host_calls.h"
 
 #include <cstdint>
 #include <optional>

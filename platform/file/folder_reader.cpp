@@ -36,7 +36,7 @@ std::optional<std::string_view> FolderReader::next()
 
 bool FolderReader::readBlock()
 {
-    const ssize_t bytes = readEntries(folder_.number(), {block_.get(), BlockBytes});
+    const ssize_t bytes = readEntries(folder_.get(), {block_.get(), BlockBytes});
     place_ = 0;
     filled_ = bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
     error_ = bytes < 0 ? static_cast<int>(bytes) : 0;

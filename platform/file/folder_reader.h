@@ -1,7 +1,7 @@
 // folder_reader.h - the entries of a host folder, one after the other, read in large blocks.
 #pragma once
 
-#include "file/host_calls.h"
+#include "host_calls.h"
 
 #include <cstddef>
 #include <memory>
@@ -15,7 +15,7 @@ public:
     // `folder` is open for reading.
     explicit FolderReader(Descriptor folder);
 
-    [[nodiscard]] int folder() const { return folder_.number(); }
+    [[nodiscard]] int folder() const { return folder_.get(); }
 
     // The next name, NUL-terminated, good until the next call. What can't be a file or folder is passed over
     // as far as the folder itself tells kinds. Nothing at the end or on a failure, which error() tells.

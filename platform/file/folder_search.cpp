@@ -2,10 +2,10 @@
 #include "folder_search.h"
 
 #include "attributes.h"
-#include "host_error.h"
+#include "host/error.h"
 #include "kernel/troubles.h"
-#include "name_pattern.h"
 #include "text/host_name.h"
+#include "text/wildcard.h"
 
 #include "ce/error.h"
 
@@ -15,6 +15,9 @@
 #include <cerrno>
 
 namespace platform::file {
+
+using host::ioError;
+using host::platformError;
 
 namespace {
 
@@ -33,6 +36,12 @@ bool isPattern(std::u16string_view text)
 {
     return !text.empty() && text != u"." && text != u".." &&
            text.find_first_of(std::u16string_view(u"/\"<>|")) == std::u16string_view::npos;
+}
+
+// "*.*" matches every name, also one without a point. Walks ask for "*" alone.
+bool matchesPattern(std::u16string_view name, std::u16string_view pattern)
+{
+    return pattern == u"*" || pattern == u"*.*" || text::matchesWildcards(name, pattern, text::Case::Ignored);
 }
 
 }  // namespace
@@ -122,8 +131,8 @@ SearchBegun beginSearch(std::u16string_view pathWithPattern)
         return {folder.error, nullptr};
     Descriptor opened(
         openBelow(folder.mount->folder(), folder.isMount() ? "." : folder.path.c_str(), O_RDONLY | O_DIRECTORY));
-    if (!opened.isOpen()) {
-        const DWORD error = platformError(opened.number());
+    if (!opened) {
+        const DWORD error = platformError(opened.get());
         return {error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, nullptr};
     }
     return {0, std::make_shared<FolderSearch>(folder, std::move(opened), std::u16string(pattern))};

@@ -1,10 +1,10 @@
 // folder_search.h - what a search handle stands for.
 #pragma once
 
-#include "file/device_path.h"
-#include "file/mounted_folder.h"
+#include "device_path.h"
 #include "folder_reader.h"
 #include "kernel/handle_table.h"
+#include "mounted_folder.h"
 #include "open_files.h"
 
 #include "ce/file.h"

@@ -1,6 +1,7 @@
 // host_calls.cpp - thin wrappers around the system calls, each behind the gate.
-#include "file/host_calls.h"
+#include "host_calls.h"
 
+#include "host/files.h"
 #include "host_gate.h"
 
 #include <fcntl.h>
@@ -53,14 +54,6 @@ ssize_t readExtendedByProc(int folder, const char* name, const char* attribute, 
 }
 
 }  // namespace
-
-Descriptor::~Descriptor()
-{
-    if (number_ < 0)
-        return;
-    (void)passGate();  // counted, and a place to be killed at; a close that isn't made would only leak
-    ::close(number_);
-}
 
 int openBelow(int folder, const char* path, int flags, unsigned mode)
 {
@@ -204,11 +197,7 @@ int takeRights(int file, const HostStatus& old)
 {
     if (const int error = passGate())
         return -error;
-    constexpr auto SameOwner = static_cast<uid_t>(-1);
-    const bool groupIsKept =
-        ::fchown(file, old.stx_uid, old.stx_gid) == 0 || ::fchown(file, SameOwner, old.stx_gid) == 0;
-    const mode_t rights = groupIsKept ? 0777 : 0707;
-    return unlessInterrupted([&] { return ::fchmod(file, old.stx_mode & rights); });
+    return -host::setRights(file, {old.stx_uid, old.stx_gid, old.stx_mode});
 }
 
 int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace)

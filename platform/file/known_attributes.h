@@ -5,7 +5,7 @@
 // this machine's clock makes the times. Of other files nothing is kept.
 #pragma once
 
-#include "file/host_calls.h"
+#include "host_calls.h"
 
 #include "ce/types.h"
 

@@ -1,5 +1,5 @@
 // mounted_folder.cpp - a card's room: what its files hold now, what a write may still take.
-#include "file/mounted_folder.h"
+#include "mounted_folder.h"
 
 #include "attributes.h"
 #include "text/host_name.h"
@@ -45,7 +45,7 @@ void MountedFolder::expectChange(std::uint64_t device, const std::string& path)
         return;
     auto volume = std::make_unique<Volume>();
     volume->device = device;
-    volume->readable = Descriptor(openBelow(folder_.number(), path.c_str(), O_RDONLY | O_DIRECTORY));
+    volume->readable = Descriptor(openBelow(folder_.get(), path.c_str(), O_RDONLY | O_DIRECTORY));
     const std::lock_guard lock(volumesMutex_);
     furtherVolumes_.push_back(std::move(volume));
 }

@@ -2,10 +2,10 @@
 #include "file/name_space.h"
 
 #include "attributes.h"
-#include "file/mounted_folder.h"
 #include "folder_reader.h"
 #include "folder_search.h"
 #include "kernel/handle_table.h"
+#include "mounted_folder.h"
 #include "open_file.h"
 #include "open_files.h"
 #include "text/host_name.h"
@@ -48,7 +48,7 @@ std::uint64_t measure(Descriptor folder, std::set<Inode>& counted)
         const Inode inode{(std::uint64_t{status.stx_dev_major} << 32) | status.stx_dev_minor, status.stx_ino};
         if (S_ISDIR(status.stx_mode)) {
             Descriptor below(openBelow(reader.folder(), name->data(), O_RDONLY | O_DIRECTORY));
-            if (below.isOpen())
+            if (below)
                 bytes += measure(std::move(below), counted);
         } else if (S_ISREG(status.stx_mode) && (status.stx_nlink == 1 || counted.insert(inode).second)) {
             bytes += status.stx_size;
@@ -61,7 +61,7 @@ std::uint64_t measure(int folder)
 {
     std::set<Inode> counted;
     Descriptor readable(openBelow(folder, ".", O_RDONLY | O_DIRECTORY));
-    return readable.isOpen() ? measure(std::move(readable), counted) : 0;
+    return readable ? measure(std::move(readable), counted) : 0;
 }
 
 }  // namespace
@@ -85,13 +85,13 @@ bool addMount(Mount mount)
     if (isRoot ? mounts().root != nullptr : findMount(mount.name) || !text::toHostName(mount.name))
         return false;
     auto volume = std::make_unique<Volume>();
-    volume->readable = Descriptor(openBelow(folder.number(), ".", O_RDONLY | O_DIRECTORY));
+    volume->readable = Descriptor(openBelow(folder.get(), ".", O_RDONLY | O_DIRECTORY));
     HostStatus status = {};
-    if (!volume->readable.isOpen() || readStatus(volume->readable.number(), "", status) != 0)
+    if (!volume->readable || readStatus(volume->readable.get(), "", status) != 0)
         return false;
     volume->device = deviceOf(status);
     prepareProcess();
-    const std::uint64_t used = mount.capacity ? measure(folder.number()) : 0;
+    const std::uint64_t used = mount.capacity ? measure(folder.get()) : 0;
     auto added = std::make_shared<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
                                                  mount.card, mount.capacity, used);
     if (isRoot)

@@ -3,7 +3,7 @@
 
 #include "attributes.h"
 #include "file_stamp.h"
-#include "host_error.h"
+#include "host/error.h"
 #include "kernel/troubles.h"
 
 #include <fcntl.h>
@@ -12,6 +12,8 @@
 #include <utility>
 
 namespace platform::file {
+
+using host::ioError;
 
 namespace {
 constexpr auto MostBytes = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
@@ -38,7 +40,7 @@ DWORD OpenFile::close()
     if (!mayWrite())
         return 0;
     const std::lock_guard lock(file_->mutex());
-    const DWORD error = file_->release(descriptor_.number());
+    const DWORD error = file_->release(descriptor_.get());
     if (error != 0)
         kernel::noteTrouble(kernel::Trouble::Writing, kernel::Troubled::File, path(), error);
     return error;
@@ -57,7 +59,7 @@ ReadResult OpenFile::read(std::span<std::byte> out)
         ahead_.forget();
         aheadVersion_ = file_->version();
     }
-    const ReadResult result = ahead_.read(descriptor_.number(), place_, out, file_->size(), !othersMayWrite());
+    const ReadResult result = ahead_.read(descriptor_.get(), place_, out, file_->size(), !othersMayWrite());
     place_ += result.bytes;
     return result;
 }
@@ -71,7 +73,7 @@ Written OpenFile::write(std::span<const std::byte> bytes)
     std::unique_lock lock(file_->mutex());
     if (bytes.size() > MostBytes - place_)
         return {0, ERROR_DISK_FULL};
-    Written written = file_->write(descriptor_.number(), place_, bytes);
+    Written written = file_->write(descriptor_.get(), place_, bytes);
     place_ += written.bytes;
     if (written.hostIsFull && SharedFile::anyReserves()) {
         // What other files have reserved and not used is no reason to refuse.
@@ -79,7 +81,7 @@ Written OpenFile::write(std::span<const std::byte> bytes)
         table_->releaseReserves();
         lock.lock();
         const std::size_t before = written.bytes;
-        written = file_->write(descriptor_.number(), place_, bytes.subspan(before));
+        written = file_->write(descriptor_.get(), place_, bytes.subspan(before));
         place_ += written.bytes;
         written.bytes += before;
     }
@@ -125,7 +127,7 @@ DWORD OpenFile::endHere()
     if (!mayWrite())
         return ERROR_ACCESS_DENIED;
     const std::lock_guard lock(file_->mutex());
-    return file_->endAt(descriptor_.number(), place_);
+    return file_->endAt(descriptor_.get(), place_);
 }
 
 DWORD OpenFile::flush()
@@ -135,7 +137,7 @@ DWORD OpenFile::flush()
     const std::lock_guard lock(file_->mutex());
     if (const DWORD error = file_->writeOut(); error != 0)
         return error;
-    if (const int result = flushToDisk(descriptor_.number()); result < 0)
+    if (const int result = flushToDisk(descriptor_.get()); result < 0)
         return ioError(result);
     // Nothing here renames or deletes an open file, so its entry needs that once.
     if (!entriesFlushed_) {
@@ -163,7 +165,7 @@ DWORD OpenFile::stamp(FileStamp& stamp)
     HostStatus status = {};
     if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
         return ERROR_GEN_FAILURE;
-    if (const int result = readStatus(descriptor_.number(), "", status); result < 0)
+    if (const int result = readStatus(descriptor_.get(), "", status); result < 0)
         return ioError(result);
     stamp = stampOf(status, now);
     return 0;
@@ -178,7 +180,7 @@ DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
             return error;
     }
     const bool leadingPoint = *hostPlace_.name() == '.';
-    const StoredAttributes stored = storedAttributes(descriptor_.number(), "", status);
+    const StoredAttributes stored = storedAttributes(descriptor_.get(), "", status);
     if (stored.error != 0)
         return ioError(stored.error);
     information.dwFileAttributes = attributesOf(status, stored.bits, leadingPoint);
@@ -209,7 +211,7 @@ DWORD OpenFile::refreshSize(HostStatus& status)
 {
     if (const DWORD error = writeOut(); error != 0)
         return error;
-    if (const int result = readStatus(descriptor_.number(), "", status); result < 0)
+    if (const int result = readStatus(descriptor_.get(), "", status); result < 0)
         return ioError(result);
     file_->setSize(status.stx_size);
     return 0;
@@ -224,9 +226,9 @@ DWORD OpenFile::flushEntries() const
         const std::size_t end = folder.rfind('/');
         folder = end == std::string::npos ? "." : folder.substr(0, end);
         const Descriptor open(openBelow(hostPlace_.mount->folder(), folder.c_str(), O_RDONLY | O_DIRECTORY));
-        if (!open.isOpen())
-            return ioError(open.number());
-        if (const int result = flushToDisk(open.number()); result < 0)
+        if (!open)
+            return ioError(open.get());
+        if (const int result = flushToDisk(open.get()); result < 0)
             return ioError(result);
     } while (folder != ".");
     return 0;

@@ -1,8 +1,8 @@
 // open_file.h - what a file handle stands for: a place in a file, and what the handle may do there.
 #pragma once
 
-#include "file/device_path.h"
-#include "file/host_calls.h"
+#include "device_path.h"
+#include "host_calls.h"
 #include "kernel/handle_table.h"
 #include "open_files.h"
 #include "read_ahead.h"

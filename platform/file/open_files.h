@@ -4,7 +4,7 @@
 
 #include "attributes.h"
 #include "declared_temporary.h"
-#include "file/host_calls.h"
+#include "host_calls.h"
 #include "shared_file.h"
 #include "temporary_file.h"
 

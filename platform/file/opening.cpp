@@ -2,8 +2,8 @@
 #include "opening.h"
 
 #include "attributes.h"
-#include "file/entries.h"
-#include "host_error.h"
+#include "host/error.h"
+#include "parent_folder.h"
 #include "use_elsewhere.h"
 
 #include <fcntl.h>
@@ -12,6 +12,9 @@
 #include <optional>
 
 namespace platform::file {
+
+using host::ioError;
+using host::platformError;
 
 namespace {
 
@@ -74,7 +77,7 @@ bool isFileForWriting(const HostPlace& place)
 {
     const Descriptor entry(openBelow(place.mount->folder(), place.path.c_str(), O_PATH));
     HostStatus status = {};
-    return !entry.isOpen() || readStatus(entry.number(), "", status) != 0 || isFile(status) || isFolder(status);
+    return !entry || readStatus(entry.get(), "", status) != 0 || isFile(status) || isFolder(status);
 }
 
 int openOld(Request& request)
@@ -129,7 +132,7 @@ DWORD kindError(Request& request, const OpenFiles& table)
     // A file that was made here a moment ago has no attributes of its own yet.
     const StoredAttributes stored = table.wasMadeHere(request.status)
                                         ? StoredAttributes{}
-                                        : storedAttributes(request.descriptor.number(), "", request.status);
+                                        : storedAttributes(request.descriptor.get(), "", request.status);
     if (stored.error != 0)
         return ioError(stored.error);
     const DWORD attributes = attributesOf(request.status, stored.bits, false);
@@ -150,7 +153,7 @@ DWORD sharingError(Request& request, const OpenFiles& table, const FileKey& key)
         return ERROR_SHARING_VIOLATION;
     // Our own further descriptors would look like another process's.
     if (effective.access != 0 && !request.temporary && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
-        isUsedElsewhere(request.descriptor.number(), effective, key.device))
+        isUsedElsewhere(request.descriptor.get(), effective, key.device))
         return ERROR_SHARING_VIOLATION;
     return ERROR_SUCCESS;
 }
@@ -191,7 +194,7 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
         request.temporary = request.makes() && table->temporary().isAt(place);
         if (const int result = openEither(request, *table); result < 0)
             return {openError(request, result), false, nullptr};
-        if (const int result = readStatus(request.descriptor.number(), "", request.status); result < 0)
+        if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0)
             return {ioError(result), false, nullptr};
         request.temporary = request.temporary && !request.existed;
     }
@@ -208,7 +211,7 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
         place.mount->noteChange(key.device);
     }
     const auto shared = table->enter(key, sharing, place.mount, request.status.stx_size);
-    const int descriptor = request.descriptor.number();
+    const int descriptor = request.descriptor.get();
     auto file = std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), place,
                                            request.temporary);
     if (request.existed && request.truncates()) {

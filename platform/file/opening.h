@@ -1,7 +1,7 @@
 // opening.h - from a path to an open file: making, replacing, the rules of sharing.
 #pragma once
 
-#include "file/device_path.h"
+#include "device_path.h"
 #include "open_file.h"
 
 #include "ce/types.h"

@@ -1,13 +1,15 @@
 // read_ahead.cpp - see read_ahead.h
 #include "read_ahead.h"
 
-#include "file/host_calls.h"
-#include "host_error.h"
+#include "host/error.h"
+#include "host_calls.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace platform::file {
+
+using host::ioError;
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include "shared_file.h"
 
 #include "file_system.h"
-#include "host_error.h"
+#include "host/error.h"
 
 #include "ce/error.h"
 
@@ -16,6 +16,8 @@
 #include <optional>
 
 namespace platform::file {
+
+using host::ioError;
 
 namespace {
 

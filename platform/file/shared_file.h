@@ -6,7 +6,7 @@
 // that was reported as done can't fail for lack of room later. On other hosts each write goes straight through.
 #pragma once
 
-#include "file/mounted_folder.h"
+#include "mounted_folder.h"
 
 #include "ce/types.h"
 

@@ -27,9 +27,9 @@ void TemporaryFile::keep(const HostPlace& place, const FileKey& key, Descriptor 
 
 std::optional<TemporaryFile::Found> TemporaryFile::find()
 {
-    if (!kept_.isOpen())
+    if (!kept_)
         return std::nullopt;
-    Found found{parent_->number(), {}};
+    Found found{parent_->get(), {}};
     if (readStatus(found.folder, place_.name(), found.status) == 0 && isFile(found.status) &&
         keyOf(found.status) == key_)
         return found;

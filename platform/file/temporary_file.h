@@ -7,9 +7,9 @@
 #pragma once
 
 #include "attributes.h"
-#include "file/device_path.h"
-#include "file/entries.h"
-#include "file/host_calls.h"
+#include "device_path.h"
+#include "host_calls.h"
+#include "parent_folder.h"
 
 #include <optional>
 

@@ -2,24 +2,26 @@
 #include "unchanged_deletion.h"
 
 #include "attributes.h"
-#include "file/entries.h"
+#include "entries.h"
 #include "file_stamp.h"
-#include "host_error.h"
+#include "host/error.h"
+#include "host/files.h"
 #include "kernel/troubles.h"
 #include "open_files.h"
+#include "parent_folder.h"
 #include "use_elsewhere.h"
 
 #include "ce/error.h"
 
 #include <fcntl.h>
 
-#include <array>
 #include <cerrno>
-#include <cstdio>
-#include <random>
 #include <string>
 
 namespace platform::file {
+
+using host::ioError;
+using host::platformError;
 
 namespace {
 
@@ -34,30 +36,27 @@ struct Held {
 std::string asideNameOf(std::string name)
 {
     constexpr std::size_t MostBytes = 255;
-    std::random_device random;
-    std::array<char, 64> end{};
-    const int bytes =
-        std::snprintf(end.data(), end.size(), " (being deleted by Quillbox %08x%08x)", random(), random());
-    const std::size_t room = MostBytes - static_cast<std::size_t>(bytes);
+    const std::string end = " (being deleted by Quillbox " + host::unguessableName() + ")";
+    const std::size_t room = MostBytes - end.size();
     if (name.size() > room) {
         std::size_t cut = room;
         while (cut > 0 && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80)  // not inside a character
             --cut;
         name.resize(cut);
     }
-    return name + end.data();
+    return name + end;
 }
 
 DWORD hold(const HostPlace& place, const ParentFolder& parent, const FileStamp& stamp, Held& held)
 {
-    held.file = Descriptor(openBelow(parent.number(), place.name(), O_RDONLY));
-    if (!held.file.isOpen())
-        return errorAt(place, parent, held.file.number());
-    const LeaseTaken taken = takeLease(held.file.number(), stamp.device);
+    held.file = Descriptor(openBelow(parent.get(), place.name(), O_RDONLY));
+    if (!held.file)
+        return errorAt(place, parent, held.file.get());
+    const LeaseTaken taken = takeLease(held.file.get(), stamp.device);
     if (taken.error != 0 || taken.lease == Lease::InUse)
         return taken.error != 0 ? taken.error : ERROR_SHARING_VIOLATION;
     held.lease = taken.lease;
-    if (const int result = readStatus(held.file.number(), "", held.status); result < 0)
+    if (const int result = readStatus(held.file.get(), "", held.status); result < 0)
         return platformError(result);
     if (!isUnchanged(stamp, held.status))
         return ERROR_FILE_INVALID;
@@ -110,7 +109,7 @@ DWORD reasonToStay(int folder, const char* aside, const Held& held, const FileSt
         return ERROR_FILE_INVALID;
     if (held.lease != Lease::Held)
         return 0;
-    const int lease = leaseOf(held.file.number());
+    const int lease = leaseOf(held.file.get());
     return lease < 0 ? ioError(lease) : lease == F_WRLCK ? 0 : ERROR_SHARING_VIOLATION;
 }
 
@@ -151,13 +150,13 @@ DWORD deleteUnchangedAt(const HostPlace& place, const FileStamp& stamp)
     HostStatus status = {};
     if (const int result = statusAt(parent, place, status); result < 0)
         return errorAt(place, parent, result);
-    if (const DWORD error = deletionError(place, parent.number(), status, *table))
+    if (const DWORD error = deletionError(place, parent.get(), status, *table))
         return error;
     Held held;
     if (const DWORD error = hold(place, parent, stamp, held))
         return error;
     place.mount->expectChange(stamp.device, place.parent());
-    const DWORD error = deleteHeld(place, parent.number(), held, stamp);
+    const DWORD error = deleteHeld(place, parent.get(), held, stamp);
     place.mount->noteChange(stamp.device);
     if (error == 0 && held.status.stx_nlink == 1)
         place.mount->giveBackRoom(held.status.stx_size);

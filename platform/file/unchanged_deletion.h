@@ -1,7 +1,7 @@
 // unchanged_deletion.h - deleting a file by its stamp (ce/file_deletion.h).
 #pragma once
 
-#include "file/device_path.h"
+#include "device_path.h"
 
 #include "ce/file_deletion.h"
 

@@ -1,9 +1,9 @@
 // use_elsewhere.cpp - see use_elsewhere.h
 #include "use_elsewhere.h"
 
-#include "file/host_calls.h"
 #include "file_system.h"
-#include "host_error.h"
+#include "host/error.h"
+#include "host_calls.h"
 
 #include "ce/file.h"
 
@@ -16,6 +16,8 @@
 #include <optional>
 
 namespace platform::file {
+
+using host::platformError;
 
 namespace {
 

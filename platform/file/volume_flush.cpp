@@ -1,12 +1,14 @@
 // volume_flush.cpp - see volume_flush.h
 #include "volume_flush.h"
 
-#include "host_error.h"
+#include "host/error.h"
 #include "open_files.h"
 
 #include <cerrno>
 
 namespace platform::file {
+
+using host::ioError;
 
 namespace {
 
@@ -55,7 +57,7 @@ std::vector<FailedFlush> flushChangedVolumes()
         if (taken.empty())
             continue;
         const Descriptor& readable = each.volume->readable;
-        const int result = readable.isOpen() ? flushFileSystem(readable.number()) : -EOPNOTSUPP;
+        const int result = readable ? flushFileSystem(readable.get()) : -EOPNOTSUPP;
         if (result == 0)
             continue;
         failed.push_back({each.mount, ioError(result)});

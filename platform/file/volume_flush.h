@@ -1,7 +1,7 @@
 // volume_flush.h - all that this process changed on the device, brought to the disk.
 #pragma once
 
-#include "file/mounted_folder.h"
+#include "mounted_folder.h"
 
 #include "ce/types.h"
 

@@ -9,28 +9,22 @@
 namespace platform::registry {
 
 HostFile::HostFile(const std::filesystem::path& path, int flags)
-    : number_(::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666))
+    : file_(::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666))
 {
-    note(number_ >= 0);
-}
-
-HostFile::~HostFile()
-{
-    if (number_ >= 0)
-        ::close(number_);
+    note(static_cast<bool>(file_));
 }
 
 bool HostFile::isRegularFile() const
 {
     struct stat status {};
-    return ::fstat(number_, &status) == 0 && S_ISREG(status.st_mode);
+    return ::fstat(file_.get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 std::size_t HostFile::read(std::span<std::byte> buffer)
 {
     std::size_t done = 0;
     while (done < buffer.size()) {
-        const ssize_t count = ::read(number_, buffer.data() + done, buffer.size() - done);
+        const ssize_t count = ::read(file_.get(), buffer.data() + done, buffer.size() - done);
         if (count < 0 && errno == EINTR)
             continue;
         if (!note(count >= 0) || count == 0)
@@ -42,13 +36,13 @@ std::size_t HostFile::read(std::span<std::byte> buffer)
 
 bool HostFile::rewind()
 {
-    return note(::lseek(number_, 0, SEEK_SET) == 0);
+    return note(::lseek(file_.get(), 0, SEEK_SET) == 0);
 }
 
 bool HostFile::write(std::span<const std::byte> bytes)
 {
     while (!bytes.empty()) {
-        const ssize_t count = ::write(number_, bytes.data(), bytes.size());
+        const ssize_t count = ::write(file_.get(), bytes.data(), bytes.size());
         if (count < 0 && errno == EINTR)
             continue;
         if (!note(count >= 0))
@@ -60,7 +54,7 @@ bool HostFile::write(std::span<const std::byte> bytes)
 
 bool HostFile::flush()
 {
-    return note(::fsync(number_) == 0);
+    return note(::fsync(file_.get()) == 0);
 }
 
 bool HostFile::note(bool good)
@@ -68,12 +62,6 @@ bool HostFile::note(bool good)
     if (!good)
         error_ = errno;
     return good;
-}
-
-int flushFolder(const std::filesystem::path& folder)
-{
-    HostFile opened(folder, O_RDONLY | O_DIRECTORY);
-    return opened && opened.flush() ? 0 : opened.error();
 }
 
 }  // namespace platform::registry

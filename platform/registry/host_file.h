@@ -1,6 +1,8 @@
 // host_file.h - a file of the host beside the device's database, closed when it goes.
 #pragma once
 
+#include "host/descriptor.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <span>
@@ -11,11 +13,8 @@ class HostFile {
 public:
     // `flags` of the host's open; links are not followed. `error()` tells the errno of a failure.
     HostFile(const std::filesystem::path& path, int flags);
-    HostFile(const HostFile&) = delete;
-    HostFile& operator=(const HostFile&) = delete;
-    ~HostFile();
 
-    explicit operator bool() const { return number_ >= 0; }
+    explicit operator bool() const { return static_cast<bool>(file_); }
     [[nodiscard]] int error() const { return error_; }
     [[nodiscard]] bool isRegularFile() const;
 
@@ -28,11 +27,8 @@ public:
 private:
     bool note(bool good);
 
-    int number_;
+    host::Descriptor file_;
     int error_ = 0;
 };
-
-// Makes the entries of a folder last: what was renamed or removed in it stays so. 0 or the errno.
-[[nodiscard]] int flushFolder(const std::filesystem::path& folder);
 
 }  // namespace platform::registry

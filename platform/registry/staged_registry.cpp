@@ -1,6 +1,8 @@
 // A registry file that waits for the next start.
 #include "staged_registry.h"
 
+#include "host/error.h"
+#include "host/files.h"
 #include "host_file.h"
 #include "registry/registry_content.h"
 
@@ -37,25 +39,6 @@ Staging& staging()
     return state;
 }
 
-DWORD errorOf(int hostError)
-{
-    switch (hostError) {
-    case 0:
-        return ERROR_SUCCESS;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-        return ERROR_DISK_FULL;
-    case EACCES:
-    case EPERM:
-        return ERROR_ACCESS_DENIED;
-    case EROFS:
-        return ERROR_WRITE_PROTECT;
-    default:
-        return ERROR_GEN_FAILURE;
-    }
-}
-
 DWORD copyTo(HostFile& target, HANDLE file)
 {
     std::vector<std::byte> piece(PieceBytes);
@@ -64,9 +47,9 @@ DWORD copyTo(HostFile& target, HANDLE file)
         if (!ReadFile(file, piece.data(), PieceBytes, &count, nullptr))
             return GetLastError();
         if (count == 0)
-            return target.flush() ? ERROR_SUCCESS : errorOf(target.error());
+            return target.flush() ? ERROR_SUCCESS : host::ioError(target.error());
         if (!target.write({piece.data(), count}))
-            return errorOf(target.error());
+            return host::ioError(target.error());
     }
 }
 
@@ -97,7 +80,7 @@ Grown grow(HostFile& target, HANDLE file)
     if (const DWORD error = copyTo(target, file))
         return {error, false};
     const bool whole = target.rewind() && !faultOf(target);
-    return {errorOf(target.error()), whole};
+    return {host::ioError(target.error()), whole};
 }
 
 bool keepAside(const fs::path& folder, std::string& sentence)
@@ -116,7 +99,7 @@ bool takeAway(const fs::path& folder, std::string& sentence)
     std::error_code failure;
     fs::remove(folder / StagedName, failure);
     if (!failure)
-        failure.assign(flushFolder(folder), std::generic_category());
+        failure.assign(host::flush(folder), std::generic_category());
     if (failure)
         sentence = "The registry file \"" + (folder / StagedName).string() +
                    "\" is in force but can't be deleted: " + failure.message() + ".";
@@ -140,19 +123,19 @@ DWORD stageRegistry(HANDLE file)
     Grown grown;
     {
         HostFile target(folder / GrowingName, O_RDWR | O_CREAT | O_TRUNC);
-        grown = target ? grow(target, file) : Grown{errorOf(target.error()), false};
+        grown = target ? grow(target, file) : Grown{host::ioError(target.error()), false};
     }
     const fs::path place = folder / (grown.whole ? StagedName : RefusedName);
     std::error_code failure;
     if (grown.error == ERROR_SUCCESS) {
         fs::rename(folder / GrowingName, place, failure);
-        grown.error = errorOf(failure.value());
+        grown.error = host::ioError(failure.value());
     }
     if (grown.error != ERROR_SUCCESS) {
         fs::remove(folder / GrowingName, failure);
         return grown.error;
     }
-    const DWORD error = errorOf(flushFolder(folder));
+    const DWORD error = host::ioError(host::flush(folder));
     if (error != ERROR_SUCCESS)
         fs::remove(place, failure);
     return error == ERROR_SUCCESS && !grown.whole ? ERROR_GEN_FAILURE : error;

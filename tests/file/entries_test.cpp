@@ -1,5 +1,5 @@
 // entries_test.cpp - attributes, folders made, files moved and deleted.
-#include "file/entries.h"
+#include "file/file_move.h"
 #include "file_fixture.h"
 
 #include <sys/stat.h>
@@ -99,8 +99,7 @@ TEST_F(FileTest, DeletionTakesTheFileAndNothingElse)
 
 DWORD moved(const std::u16string& from, const std::u16string& to, bool replace)
 {
-    using platform::file::resolvePath;
-    return platform::file::moveFileAt(resolvePath(from), resolvePath(to), replace);
+    return platform::file::moveFile(from, to, replace);
 }
 
 TEST_F(FileTest, MoveTakesTheFileWholeAndReplacesOnlyWhatMayGo)

@@ -1,7 +1,7 @@
 // fault_test.cpp - the host fails, the process is killed, the power goes.
 #include "file_fixture.h"
 
-#include "file/entries.h"
+#include "file/file_move.h"
 #include "file/host_faults.h"
 
 #include <sys/wait.h>
@@ -231,7 +231,7 @@ TEST_F(FaultTest, WholeFlushIsOneCallForEachFileSystemThatChanged)
              return write(file, "x") == 1 && CloseHandle(file) != FALSE;
          }},
         {"cut", [] { return openError(u"\\Card\\f", GENERIC_WRITE, CREATE_ALWAYS) == 0; }},
-        {"move", [] { return moveFileAt(resolvePath(u"\\Card\\f"), resolvePath(u"\\Card\\g"), false) == 0; }},
+        {"move", [] { return moveFile(u"\\Card\\f", u"\\Card\\g", false) == 0; }},
         {"delete", [] { return DeleteFileW(u"\\Card\\g") != FALSE; }},
         {"folder", [] { return CreateDirectoryW(u"\\Card\\d", nullptr) != FALSE; }},
         {"both", [] { return CreateDirectoryW(u"\\Card\\e", nullptr) && CreateDirectoryW(u"\\e", nullptr); }},

@@ -181,7 +181,7 @@ class GoodSetTest(ToolTest):
         for form in ([], ["--json"]):
             done = traced([TOOL, "extract", "--force", path, self.folder / "out", *form], "syncfs", "syncfs:error=EIO")
             self.assertEqual((done.returncode, done.stderr.decode()),
-                             (1, "quillbox-set: what was written may be missing from the disk: Input/output error\n"))
+                             (1, "quillbox-set: what was written may be missing from the disk: the disk failed\n"))
 
     def test_names_in_small_letters_hide_a_set_or_a_file_of_another_case_passes_for_its_data(self):
         path = Set().add(FILE, "\\a", b"1").write(self.folder)

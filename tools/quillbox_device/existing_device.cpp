@@ -3,15 +3,17 @@
 #include "existing_device.h"
 
 #include "failure.h"
-#include "replacement.h"
 #include "screen_text/screen_text.h"
 
 #include "database/device_database.h"
 #include "device/changing_copy.h"
+#include "host/files.h"
 #include "registry/registry_store.h"
 #include "store/object_store.h"
 
-#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <iostream>
 #include <system_error>
 #include <utility>
@@ -30,8 +32,16 @@ void closeDatabase()
 
 void flush(const fs::path& path)
 {
-    if (!flushed(path))
-        throw Failure("\"" + path.string() + "\" can't be written: " + std::generic_category().message(errno) + ".");
+    if (const int error = platform::host::flush(path))
+        throw Failure("\"" + path.string() + "\" can't be written: " + std::generic_category().message(error) + ".");
+}
+
+bool copyRights(const fs::path& from, const fs::path& to)
+{
+    struct stat status {};
+    const platform::host::Descriptor opened(::open(to.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    return opened && ::stat(from.c_str(), &status) == 0 &&
+           platform::host::setRights(opened.get(), {status.st_uid, status.st_gid, status.st_mode}) == 0;
 }
 
 // Removes the copy unless it has become the database, and what a change that was killed has left: its log would be
@@ -91,12 +101,11 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
     closeDatabase();
     if (fs::exists(changing.string() + "-wal"))
         throw Failure("The change can't be written to the device's disk.");
-    struct stat old {};
-    if (::stat(database.c_str(), &old) != 0 || !takesRights(changing, old))
+    if (!copyRights(database, changing))
         throw Failure("The change can't be kept from others as the device's database is.");
     flush(changing);
     fs::rename(changing, database);
-    if (!flushed(database.parent_path()))
+    if (platform::host::flush(database.parent_path()) != 0)
         throw Failure("The change is made, but the device's folder can't be written: a power cut may undo it.");
 }
 

@@ -3,44 +3,35 @@
 #include "host_files.h"
 
 #include "failure.h"
-#include "replacement.h"
+
+#include "host/files.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
-#include <random>
 #include <system_error>
 #include <unistd.h>
 
 namespace quillbox_device {
 
 namespace fs = std::filesystem;
+namespace host = platform::host;
+
+using platform::host::Descriptor;
 
 namespace {
 
 struct GrowingFile {
     std::string path;
-    platform::device::Descriptor opened;
+    Descriptor opened;
 };
 
-// A new file in the target's folder, under a name that nobody can have put a link in the place of. Not open if there
-// can be none.
+// A new file in the target's folder. Nobody can know its name and put a link there before. Not open on failure.
 GrowingFile madeBeside(const fs::path& target, mode_t mode)
 {
-    std::random_device random;
-    for (int tries = 0; tries < 100; ++tries) {
-        char name[24];
-        (void)std::snprintf(name, sizeof name, ".%08x.part", static_cast<unsigned>(random()));
-        const fs::path path = target.parent_path() / name;
-        platform::device::Descriptor made(
-            ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
-        if (made)
-            return {path.string(), std::move(made)};
-        if (errno != EEXIST)
-            break;
-    }
-    return {};
+    const fs::path path = target.parent_path() / ("." + host::unguessableName() + ".part");
+    Descriptor made(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+    return made ? GrowingFile{path.string(), std::move(made)} : GrowingFile{};
 }
 
 // What stands at the target, behind links; nothing if a new file can be made there. Throws a Failure.
@@ -63,6 +54,13 @@ bool isStandardOutput(const struct stat& found)
 {
     struct stat output {};
     return ::fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == found.st_dev && output.st_ino == found.st_ino;
+}
+
+// A pipe, and whatever else has no disk, needs no flush. The descriptor was opened before the first write, so the host
+// reports each write that failed since.
+bool isFlushed(int file)
+{
+    return ::fsync(file) == 0 || errno == EINVAL || errno == EROFS;
 }
 
 }  // namespace
@@ -96,7 +94,7 @@ Output::Output(const std::string& file, bool force) : target_(file)
         growBesideTarget();
     } else {
         if (S_ISBLK(found->st_mode))
-            disk_ = platform::device::Descriptor(::open(file.c_str(), O_WRONLY | O_CLOEXEC));
+            disk_ = Descriptor(::open(file.c_str(), O_WRONLY | O_CLOEXEC));
         file_.open(file, std::ios::binary);
     }
     if (!file_.is_open())
@@ -131,16 +129,17 @@ void Output::finish()
         file_.close();
         good = good && file_.good();
     }
-    good = good && (growing_.empty() || !replaced_ || takesRights(growing_, *replaced_));
+    good = good && (growing_.empty() || !replaced_ ||
+                    host::setRights(disk_.get(), {replaced_->st_uid, replaced_->st_gid, replaced_->st_mode}) == 0);
     const int disk = printed ? STDOUT_FILENO : disk_.get();
-    if (!good || (disk >= 0 && !flushed(disk)))
+    if (!good || (disk >= 0 && !isFlushed(disk)))
         throw Failure((printed ? "Standard output" : "\"" + target_ + "\"") + " can't be written.");
     if (growing_.empty())
         return;
     fs::rename(growing_, target_);
     growing_.clear();
     const fs::path folder = fs::path(target_).parent_path();
-    if (!flushed(folder.empty() ? fs::path(".") : folder))
+    if (host::flush(folder / ".") != 0)
         throw Failure("\"" + target_ + "\" is written, but its folder can't be: a power cut may lose it.");
 }
 

@@ -1,7 +1,7 @@
 // host_files.h - what a command reads from and writes to.
 #pragma once
 
-#include "device/descriptor.h"
+#include "host/descriptor.h"
 #include "kernel/standard_streams.h"
 
 #include <fstream>
@@ -46,8 +46,8 @@ private:
 
     std::string target_;
     std::optional<struct stat> replaced_;
-    std::string growing_;                // empty if nothing grows, and when it is finished
-    platform::device::Descriptor disk_;  // of the file that is written to, for its flush
+    std::string growing_;              // empty if nothing grows, and when it is finished
+    platform::host::Descriptor disk_;  // of the file that is written to, for its flush
     std::ofstream file_;
 };
 

@@ -15,7 +15,7 @@
 #include "screen_text/screen_text.h"
 #include "set/stream_decoding.h"
 #include "text/host_name.h"
-#include "written_disks.h"
+#include "text/wildcard.h"
 
 #include "ce/file.h"
 
@@ -23,10 +23,10 @@
 #include <cstdio>
 #include <iostream>
 #include <optional>
-#include <system_error>
 
 namespace quillbox_set {
 
+using platform::text::matchesWildcards;
 using screen_text::counted;
 using screen_text::onScreen;
 
@@ -46,7 +46,6 @@ public:
             wanted_.push_back({devicePath(name), false});
         if (options.json)
             list_.emplace(nlohmann::ordered_json::object(), "items");
-        disks_.note(u"\\");
     }
 
     int run()
@@ -94,8 +93,8 @@ private:
 
     void flush()
     {
-        if (const int error = disks_.flush(); error != 0)
-            tellFault("what was written may be missing from the disk: " + std::generic_category().message(error));
+        if (!FlushChangedVolumes())
+            tellFault("what was written may be missing from the disk: " + errorText(GetLastError()));
     }
 
     void tellFault(const std::string& what)
@@ -108,7 +107,7 @@ private:
     {
         bool any = wanted_.empty();
         for (Wanted& wanted : wanted_) {
-            if (matches(wanted.pattern, item.shownName()))
+            if (matchesWildcards(item.shownName(), wanted.pattern, platform::text::Case::Counts))
                 any = wanted.found = true;
         }
         return any;
@@ -180,7 +179,6 @@ private:
         GrowingFile target(path);
         if (!target.isOpen())
             return errorText(target.error());
-        disks_.note(path);
         const StreamFault fault =
             DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, writeRaw, &target);
         if (fault == StreamFault::StoppedBySink)
@@ -201,7 +199,6 @@ private:
     OpenFile data_;
     std::vector<Wanted> wanted_;
     NameSet targets_;  // written so far: names of databases that differ can have the same one
-    WrittenDisks disks_;
     std::optional<JsonList> list_;
     std::uint64_t written_ = 0;
     std::uint64_t faults_ = 0;

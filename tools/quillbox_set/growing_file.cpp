@@ -1,13 +1,8 @@
-// growing_file.cpp - see growing_file.h.
-
 #include "growing_file.h"
 
-#include "file/entries.h"
+#include "file/file_move.h"
 
 #include "ce/file.h"
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace quillbox_set {
 
@@ -22,16 +17,6 @@ std::vector<std::u16string> makeFoldersOf(const std::u16string& path)
             made.push_back(path.substr(0, end));
     }
     return made;
-}
-
-void removeIfEmpty(const std::u16string& folder)
-{
-    const platform::file::HostPlace place = platform::file::resolvePath(folder);
-    if (place.error != 0 || place.isMount())
-        return;
-    const platform::file::ParentFolder parent(place);
-    if (parent.number() >= 0)
-        (void)::unlinkat(parent.number(), place.name(), AT_REMOVEDIR);
 }
 
 std::u16string pathBeside(const std::u16string& place)
@@ -50,12 +35,6 @@ OpenFile openNew(const std::u16string& path, std::vector<std::u16string>& madeFo
     return {path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW};
 }
 
-DWORD move(const std::u16string& from, const std::u16string& to, bool replace)
-{
-    using platform::file::resolvePath;
-    return platform::file::moveFileAt(resolvePath(from), resolvePath(to), replace);
-}
-
 }  // namespace
 
 GrowingFile::GrowingFile(const std::u16string& place)
@@ -72,7 +51,7 @@ GrowingFile::~GrowingFile()
     if (!path_.empty())
         (void)DeleteFileW(path_.c_str());
     for (; !madeFolders_.empty(); madeFolders_.pop_back())
-        removeIfEmpty(madeFolders_.back());
+        (void)RemoveDirectoryW(madeFolders_.back().c_str());  // fails if it is in use by now
 }
 
 bool GrowingFile::write(std::span<const std::byte> bytes)
@@ -96,7 +75,7 @@ DWORD GrowingFile::moveTo(const std::u16string& path, bool replace)
         error_ = GetLastError();
     if (error_ != ERROR_SUCCESS)
         return error_;
-    error_ = move(path_, path, replace);
+    error_ = platform::file::moveFile(path_, path, replace);
     if (error_ == ERROR_SUCCESS) {
         path_.clear();
         madeFolders_.clear();

@@ -50,25 +50,4 @@ bool leadsInto(std::u16string_view path, std::u16string_view folder)
     return path.substr(0, path.find(u'\\')) == folder;
 }
 
-// Goes back to the last * only, so a crafted name costs no more than the product of both lengths.
-bool matches(std::u16string_view pattern, std::u16string_view name)
-{
-    std::size_t p = 0, n = 0, star = std::u16string_view::npos, starName = 0;
-    while (n < name.size()) {
-        if (p < pattern.size() && pattern[p] == u'*') {
-            star = p++;
-            starName = n;
-        } else if (p < pattern.size() && (pattern[p] == u'?' || pattern[p] == name[n])) {
-            p++;
-            n++;
-        } else if (star != std::u16string_view::npos) {
-            p = star + 1;
-            n = ++starName;
-        } else {
-            return false;
-        }
-    }
-    return pattern.find_first_not_of(u'*', p) == std::u16string_view::npos;
-}
-
 }  // namespace quillbox_set

@@ -19,7 +19,4 @@ namespace quillbox_set {
 // Whether `path` leads into this folder of the root.
 [[nodiscard]] bool leadsInto(std::u16string_view path, std::u16string_view folder);
 
-// * stands for any characters, backslashes too, and ? for one; case counts.
-[[nodiscard]] bool matches(std::u16string_view pattern, std::u16string_view name);
-
 }  // namespace quillbox_set

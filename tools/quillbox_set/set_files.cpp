@@ -3,6 +3,7 @@
 #include "set_files.h"
 
 #include "file/name_space.h"
+#include "host/files.h"
 #include "text/case_folding.h"
 #include "text/host_name.h"
 
@@ -11,9 +12,7 @@
 
 #include <fcntl.h>
 
-#include <cstdio>
 #include <filesystem>
-#include <random>
 #include <utility>
 
 namespace quillbox_set {
@@ -101,10 +100,7 @@ std::optional<SetFiles> findSet(const std::string& argument)
 
 std::u16string unguessableName()
 {
-    std::random_device random;
-    char digits[9];
-    (void)std::snprintf(digits, sizeof digits, "%08x", static_cast<unsigned>(random()));
-    return platform::text::fromUtf8(digits);
+    return platform::text::fromUtf8(platform::host::unguessableName());
 }
 
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root)

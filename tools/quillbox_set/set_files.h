@@ -25,7 +25,7 @@ struct SetFiles {
 // mounted. Nothing if there is no list file.
 [[nodiscard]] std::optional<SetFiles> findSet(const std::string& argument);
 
-// Eight characters for a name in the root that nobody who wrote a set can know.
+// A name for the root that nobody who wrote a set can know.
 [[nodiscard]] std::u16string unguessableName();
 
 // Where the set's files are in the name space.

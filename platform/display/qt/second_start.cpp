@@ -2,6 +2,8 @@
 
 #include "qt/second_start.h"
 
+#include "host/descriptor.h"
+
 #include "ce/window.h"
 
 #include <poll.h>
@@ -25,32 +27,12 @@ namespace platform::display {
 
 namespace {
 
+using host::Descriptor;
+
 // A connection is the wish for the front; the answer is one byte.
 constexpr std::uint8_t Granted = 1;
 
 constexpr timeval Patience{.tv_sec = 5, .tv_usec = 0};
-
-class Descriptor {
-public:
-    explicit Descriptor(int number = -1) : number_(number) {}
-    ~Descriptor()
-    {
-        if (number_ >= 0)
-            ::close(number_);
-    }
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-
-    [[nodiscard]] int get() const { return number_; }
-    [[nodiscard]] bool isOpen() const { return number_ >= 0; }
-
-private:
-    int number_;
-};
 
 // Nobody but the user may stand in it.
 bool isOwnFolder(const std::string& folder)
@@ -149,7 +131,7 @@ private:
             if (ready[1].revents)
                 return;
             const Descriptor peer(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
-            if (peer.isOpen())
+            if (peer)
                 answer(peer);
         }
     }
@@ -177,7 +159,7 @@ std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& devi
     (void)::unlink(address->sun_path);  // left by a process that was killed
     Descriptor socket = openSocket();
     Descriptor end(::eventfd(0, EFD_CLOEXEC));
-    if (!socket.isOpen() || !end.isOpen() || ::bind(socket.get(), generic(*address), sizeof *address) != 0 ||
+    if (!socket || !end || ::bind(socket.get(), generic(*address), sizeof *address) != 0 ||
         ::listen(socket.get(), 8) != 0)
         return nullptr;
     return std::make_unique<Listener>(std::move(socket), std::move(end), address->sun_path);
@@ -187,7 +169,7 @@ bool bringFirstStartToFront(const std::filesystem::path& deviceFolder)
 {
     const std::optional<sockaddr_un> address = addressOf(deviceFolder);
     const Descriptor socket = openSocket();
-    if (!address || !socket.isOpen() || ::connect(socket.get(), generic(*address), sizeof *address) != 0)
+    if (!address || !socket || ::connect(socket.get(), generic(*address), sizeof *address) != 0)
         return false;
     limitPatience(socket);
     std::uint8_t answer = 0;

@@ -1,7 +1,7 @@
 // device_path.h - from a path of the device to a place below a mounted host folder. Asks the host nothing.
 #pragma once
 
-#include "file/mounted_folder.h"
+#include "mounted_folder.h"
 
 #include "ce/types.h"
 

@@ -1,11 +1,10 @@
-// host_error.cpp - see host_error.h
-#include "host_error.h"
+#include "host/error.h"
 
 #include "ce/error.h"
 
 #include <cerrno>
 
-namespace platform::file {
+namespace platform::host {
 
 DWORD platformError(long error)
 {
@@ -66,4 +65,4 @@ DWORD ioError(long error)
     }
 }
 
-}  // namespace platform::file
+}  // namespace platform::host

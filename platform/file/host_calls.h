@@ -4,6 +4,8 @@
 // negative errno; errno itself is not used. Interrupted calls are made again.
 #pragma once
 
+#include "host/descriptor.h"
+
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/uio.h>
@@ -12,31 +14,10 @@
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <utility>
 
 namespace platform::file {
 
-// Owns an open descriptor.
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number) : number_(number) {}
-    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept
-    {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor();
-
-    [[nodiscard]] int number() const { return number_; }
-    [[nodiscard]] bool isOpen() const { return number_ >= 0; }
-
-private:
-    int number_ = -1;
-};
+using host::Descriptor;
 
 // What the host tells about a file or folder.
 using HostStatus = struct statx;

@@ -1,12 +1,13 @@
-// descriptor.h - an open file or folder of the host, closed when it goes.
+// descriptor.h - owns an open descriptor of the host: a file, a folder, a socket.
 #pragma once
 
 #include <unistd.h>
 
 #include <utility>
 
-namespace platform::device {
+namespace platform::host {
 
+// A negative number is not open. It can be a negative errno, which get() then returns.
 class Descriptor {
 public:
     Descriptor() = default;
@@ -31,4 +32,4 @@ private:
     int number_ = -1;
 };
 
-}  // namespace platform::device
+}  // namespace platform::host

@@ -1,7 +1,7 @@
 // mounted_folder.h - one host folder of the name space, and how much its files may hold.
 #pragma once
 
-#include "file/host_calls.h"
+#include "host_calls.h"
 
 #include "ce/types.h"
 
@@ -32,7 +32,7 @@ public:
 
     [[nodiscard]] const std::u16string& name() const { return name_; }
     [[nodiscard]] const std::string& hostName() const { return hostName_; }
-    [[nodiscard]] int folder() const { return folder_.number(); }
+    [[nodiscard]] int folder() const { return folder_.get(); }
     [[nodiscard]] bool isCard() const { return card_; }
     [[nodiscard]] bool hasCapacity() const { return capacity_.has_value(); }
     [[nodiscard]] std::uint64_t used() const { return used_.load(); }

@@ -1,0 +1,92 @@
+#include "file/file_move.h"
+
+#include "attributes.h"
+#include "device_path.h"
+#include "entries.h"
+#include "host/error.h"
+#include "open_files.h"
+#include "parent_folder.h"
+
+#include "ce/error.h"
+#include "ce/file.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+
+namespace platform::file {
+
+using host::platformError;
+
+namespace {
+
+// An entry that moveFile looked up. `result` is that of statusAt.
+struct Entry {
+    explicit Entry(const HostPlace& place) : folder(place), result(statusAt(folder, place, status)) {}
+
+    ParentFolder folder;
+    HostStatus status = {};
+    int result;
+};
+
+// The moved file takes the rights first: once it has replaced the other file, nobody may get new permissions.
+DWORD takeRightsOf(const HostStatus& replaced, int folder, const char* name)
+{
+    const Descriptor moved(openBelow(folder, name, O_RDONLY));
+    return platformError(moved ? takeRights(moved.get(), replaced) : -EACCES);
+}
+
+DWORD moveEntry(const Entry& from, const char* name, const Entry& to, const char* newName, bool replace)
+{
+    int result = moveFile(from.folder.get(), name, to.folder.get(), newName, replace);
+    // The file system has no renaming that refuses to replace. A moment ago no file had the new name.
+    if (result == -EINVAL && !replace)
+        result = moveFile(from.folder.get(), name, to.folder.get(), newName, true);
+    return result == -EXDEV ? DWORD{ERROR_NOT_SAME_DEVICE} : platformError(result);
+}
+
+DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace)
+{
+    for (const HostPlace* place : {&from, &to}) {
+        if (const DWORD error = cannotBeAFile(*place))
+            return error;
+    }
+    if (from.mount != to.mount)
+        return ERROR_NOT_SAME_DEVICE;
+    const auto table = OpenFiles::instance();
+    const auto lock = table->lock();
+    table->temporary().letGo();
+    const Entry moved(from);
+    if (moved.result < 0)
+        return errorAt(from, moved.folder, moved.result);
+    if (const DWORD error = deletionError(from, moved.folder.get(), moved.status, *table))
+        return error;
+    const Entry replaced(to);
+    if (replaced.folder.get() < 0 || (replaced.result < 0 && replaced.result != -ENOENT))
+        return errorAt(to, replaced.folder, replaced.result);
+    const bool exists = replaced.result == 0;
+    if (exists && !replace)
+        return ERROR_ALREADY_EXISTS;
+    if (exists) {
+        if (const DWORD error = deletionError(to, replaced.folder.get(), replaced.status, *table))
+            return error;
+        if (const DWORD error = takeRightsOf(replaced.status, moved.folder.get(), from.name()))
+            return error;
+    }
+    to.mount->expectChange(deviceOf(moved.status), to.parent());
+    if (const DWORD error = moveEntry(moved, from.name(), replaced, to.name(), replace))
+        return error;
+    to.mount->noteChange(deviceOf(moved.status));
+    if (exists && replaced.status.stx_nlink == 1)
+        to.mount->giveBackRoom(replaced.status.stx_size);
+    return 0;
+}
+
+}  // namespace
+
+DWORD moveFile(std::u16string_view from, std::u16string_view to, bool replace)
+{
+    return moveFileAt(resolvePath(from), resolvePath(to), replace);
+}
+
+}  // namespace platform::file

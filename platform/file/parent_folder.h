@@ -1,0 +1,41 @@
+// parent_folder.h - looks up the entry of a folder that a path of the device names.
+#pragma once
+
+#include "device_path.h"
+#include "host_calls.h"
+
+#include "ce/types.h"
+
+namespace platform::file {
+
+// The folder that holds the entry, opened for reaching entries. Of an entry of a mounted folder itself the mount's
+// descriptor is used, and none is opened.
+class ParentFolder {
+public:
+    explicit ParentFolder(const HostPlace& place);
+
+    // A descriptor, or a negative errno.
+    [[nodiscard]] int get() const { return number_; }
+
+private:
+    Descriptor opened_;
+    int number_ = -1;
+};
+
+// 0 for a path that a file may have.
+[[nodiscard]] DWORD cannotBeAFile(const HostPlace& place);
+
+// Reads the status of the entry. A negative errno if there is no entry, or one that is not part of the name space.
+[[nodiscard]] int statusAt(const ParentFolder& parent, const HostPlace& place, HostStatus& status);
+
+// The error for a negative errno of statusAt, or of another call on the entry.
+[[nodiscard]] DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result);
+
+// The error for a call that found no entry: 3 if a folder on the way is missing, the host's error if that folder can't
+// be searched, otherwise 2.
+[[nodiscard]] DWORD missingError(const HostPlace& place);
+
+// Is the entry a link, a fifo, a socket or a device? They are not part of the name space.
+[[nodiscard]] bool somethingInvisibleStands(const HostPlace& place);
+
+}  // namespace platform::file

@@ -1,0 +1,50 @@
+#include "host/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <random>
+
+namespace platform::host {
+
+namespace {
+
+template <class Call>
+int unlessInterrupted(const Call& call)
+{
+    while (call() != 0) {
+        if (errno != EINTR)
+            return errno;
+    }
+    return 0;
+}
+
+}  // namespace
+
+int setRights(int file, const Rights& rights)
+{
+    constexpr auto SameOwner = static_cast<uid_t>(-1);
+    const bool hasGroup =
+        ::fchown(file, rights.owner, rights.group) == 0 || ::fchown(file, SameOwner, rights.group) == 0;
+    const mode_t kept = hasGroup ? S_IRWXU | S_IRWXG | S_IRWXO : S_IRWXU | S_IRWXO;
+    return unlessInterrupted([&] { return ::fchmod(file, rights.mode & kept); });
+}
+
+int flush(const std::filesystem::path& path)
+{
+    const Descriptor opened(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    return opened ? unlessInterrupted([&] { return ::fsync(opened.get()); }) : errno;
+}
+
+std::string unguessableName()
+{
+    std::random_device random;
+    std::array<char, 17> digits{};
+    (void)std::snprintf(digits.data(), digits.size(), "%08x%08x", random(), random());
+    return digits.data();
+}
+
+}  // namespace platform::host
