@@ -4,6 +4,10 @@
 
 add_library(quillbox_flags INTERFACE)
 target_compile_options(quillbox_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+# Clang proves the annotations of kernel/thread_safety.h; a mutex that isn't held is an error whatever QUILLBOX_WERROR says.
+if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+  target_compile_options(quillbox_flags INTERFACE -Wthread-safety -Werror=thread-safety)
+endif()
 if(QUILLBOX_WERROR)
   target_compile_options(quillbox_flags INTERFACE -Werror)
 endif()

@@ -1,0 +1,79 @@
+// mutex.h - the standard mutex, its lock and its condition variable, with the annotations of kernel/thread_safety.h.
+#pragma once
+
+#include "kernel/thread_safety.h"
+
+#include <condition_variable>
+#include <mutex>
+
+namespace platform::kernel {
+
+class CAPABILITY("mutex") Mutex {
+public:
+    constexpr Mutex() = default;
+    Mutex(const Mutex&) = delete;
+    Mutex& operator=(const Mutex&) = delete;
+
+    void lock() ACQUIRE() { mutex_.lock(); }
+    void unlock() RELEASE() { mutex_.unlock(); }
+
+private:
+    friend class Condition;
+
+    std::mutex mutex_;
+};
+
+// Holds the mutex from construction to destruction, except between unlock() and lock().
+class SCOPED_CAPABILITY MutexLock {
+public:
+    explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : lock_(mutex) {}
+    MutexLock(const MutexLock&) = delete;
+    MutexLock& operator=(const MutexLock&) = delete;
+    ~MutexLock() RELEASE() {}
+
+    void lock() ACQUIRE() { lock_.lock(); }
+    void unlock() RELEASE() { lock_.unlock(); }
+
+private:
+    std::unique_lock<Mutex> lock_;
+};
+
+// The reverse: releases a mutex that the caller holds, and takes it again at the end of the block.
+class SCOPED_CAPABILITY MutexUnlock {
+public:
+    explicit MutexUnlock(Mutex& mutex) RELEASE(mutex) : mutex_(mutex) { mutex.unlock(); }
+    MutexUnlock(const MutexUnlock&) = delete;
+    MutexUnlock& operator=(const MutexUnlock&) = delete;
+    // RELEASE ends what the constructor did, here by locking.
+    ~MutexUnlock() RELEASE() { mutex_.lock(); }
+
+private:
+    Mutex& mutex_;
+};
+
+// Waits release the mutex and hold it again when they return. They can return without a notification.
+class Condition {
+public:
+    void wait(Mutex& mutex) REQUIRES(mutex)
+    {
+        std::unique_lock<std::mutex> held(mutex.mutex_, std::adopt_lock);
+        variable_.wait(held);
+        held.release();
+    }
+
+    template <class Clock, class Duration>
+    void waitUntil(Mutex& mutex, const std::chrono::time_point<Clock, Duration>& due) REQUIRES(mutex)
+    {
+        std::unique_lock<std::mutex> held(mutex.mutex_, std::adopt_lock);
+        variable_.wait_until(held, due);
+        held.release();
+    }
+
+    void notifyOne() { variable_.notify_one(); }
+    void notifyAll() { variable_.notify_all(); }
+
+private:
+    std::condition_variable variable_;
+};
+
+}  // namespace platform::kernel

@@ -1,0 +1,36 @@
+// thread_safety.h - annotations that say which mutex guards what. Clang proves them (-Wthread-safety): guarded data is
+// touched, and an annotated function called, only while the mutex is held. Other compilers ignore them.
+//
+// The mutexes to use with them are in kernel/mutex.h. Put an annotation after the declaration that it describes:
+//
+//     int count_ GUARDED_BY(mutex_) = 0;
+//     void add(int more) REQUIRES(mutex_);
+#pragma once
+
+#if defined(__clang__)
+#define THREAD_SAFETY_ATTRIBUTE(attribute) __attribute__((attribute))
+#else
+#define THREAD_SAFETY_ATTRIBUTE(attribute)
+#endif
+
+// On a class: its objects are mutexes; `name` appears in warnings.
+#define CAPABILITY(name) THREAD_SAFETY_ATTRIBUTE(capability(name))
+// On a class: its constructor locks a mutex and its destructor unlocks it.
+#define SCOPED_CAPABILITY THREAD_SAFETY_ATTRIBUTE(scoped_lockable)
+
+// On data: only under the mutex. PT_GUARDED_BY guards what the pointer points to, not the pointer.
+#define GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(guarded_by(mutex))
+#define PT_GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(pt_guarded_by(mutex))
+
+// On a function: the caller holds the mutex (REQUIRES) or doesn't (EXCLUDES); the function locks it (ACQUIRE), unlocks
+// it (RELEASE), or locks it if the result is the first argument (TRY_ACQUIRE). RETURN_CAPABILITY: the result is the
+// mutex.
+#define REQUIRES(...) THREAD_SAFETY_ATTRIBUTE(requires_capability(__VA_ARGS__))
+#define EXCLUDES(...) THREAD_SAFETY_ATTRIBUTE(locks_excluded(__VA_ARGS__))
+#define ACQUIRE(...) THREAD_SAFETY_ATTRIBUTE(acquire_capability(__VA_ARGS__))
+#define RELEASE(...) THREAD_SAFETY_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define TRY_ACQUIRE(...) THREAD_SAFETY_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
+#define RETURN_CAPABILITY(mutex) THREAD_SAFETY_ATTRIBUTE(lock_returned(mutex))
+
+// On a function: not checked. The comment beside it says why it is right all the same.
+#define NO_THREAD_SAFETY_ANALYSIS THREAD_SAFETY_ATTRIBUTE(no_thread_safety_analysis)
