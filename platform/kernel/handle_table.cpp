@@ -1,5 +1,6 @@
-// handle_table.cpp - slots for objects, and CloseHandle.
 #include "kernel/handle_table.h"
+
+#include "kernel/slot_table.h"
 
 #include "ce/error.h"
 #include "ce/handle.h"
@@ -11,19 +12,10 @@ namespace platform::kernel {
 
 namespace {
 
-struct Slot {
-    std::shared_ptr<Object> object;
-    std::uint32_t use = 0;  // raised when the slot is emptied, so that old handles don't match
-};
-
 struct Table {
     std::mutex mutex;  // guards the slots and nothing else: no object is called or destroyed under it
-    std::vector<Slot> slots;
-    std::vector<std::uint32_t> freeSlots;
+    SlotTable<std::shared_ptr<Object>> slots;
 };
-
-// 31 bits, so that no handle is INVALID_HANDLE_VALUE.
-constexpr std::uint32_t UseMask = 0x7FFFFFFF;
 
 Table& table()
 {
@@ -31,28 +23,9 @@ Table& table()
     return only;
 }
 
-HANDLE handleOf(std::size_t slot, std::uint32_t use)
+UINT_PTR keyOf(HANDLE handle)
 {
-    // Slot 0 is handle 1: null stands for no handle.
-    return reinterpret_cast<HANDLE>((UINT_PTR{use} << 32) | (slot + 1));
-}
-
-// The slot of an open handle; null otherwise. Under the table's lock.
-Slot* openSlot(Table& handles, HANDLE handle)
-{
-    const auto number = reinterpret_cast<UINT_PTR>(handle);
-    const std::size_t slot = (number & 0xFFFFFFFF) - 1;  // handle 0 wraps and fails the test below
-    if (slot >= handles.slots.size())
-        return nullptr;
-    Slot& found = handles.slots[slot];
-    return found.object && found.use == number >> 32 ? &found : nullptr;
-}
-
-std::shared_ptr<Object> empty(Table& handles, Slot& slot)
-{
-    handles.freeSlots.push_back(static_cast<std::uint32_t>(&slot - handles.slots.data()));
-    slot.use = (slot.use + 1) & UseMask;
-    return std::move(slot.object);
+    return reinterpret_cast<UINT_PTR>(handle);
 }
 
 }  // namespace
@@ -61,31 +34,22 @@ HANDLE addHandle(std::shared_ptr<Object> object)
 {
     Table& handles = table();
     const std::lock_guard lock(handles.mutex);
-    if (handles.freeSlots.empty()) {
-        handles.slots.emplace_back();
-        handles.freeSlots.push_back(static_cast<std::uint32_t>(handles.slots.size() - 1));
-    }
-    const std::uint32_t index = handles.freeSlots.back();
-    handles.freeSlots.pop_back();
-    Slot& slot = handles.slots[index];
-    slot.object = std::move(object);
-    return handleOf(index, slot.use);
+    return reinterpret_cast<HANDLE>(handles.slots.keyOf(handles.slots.add(std::move(object))));
 }
 
 std::shared_ptr<Object> findObject(HANDLE handle)
 {
     Table& handles = table();
     const std::lock_guard lock(handles.mutex);
-    const Slot* const slot = openSlot(handles, handle);
-    return slot ? slot->object : nullptr;
+    return handles.slots[handles.slots.find(keyOf(handle))];  // null at number 0
 }
 
 std::shared_ptr<Object> removeHandle(HANDLE handle)
 {
     Table& handles = table();
     const std::lock_guard lock(handles.mutex);
-    Slot* const slot = openSlot(handles, handle);
-    return slot ? empty(handles, *slot) : nullptr;
+    const auto number = handles.slots.find(keyOf(handle));
+    return number != 0 ? handles.slots.remove(number) : nullptr;
 }
 
 void removeHandlesIf(const std::function<bool(const Object&)>& chosen)
@@ -94,13 +58,13 @@ void removeHandlesIf(const std::function<bool(const Object&)>& chosen)
     {
         Table& handles = table();
         const std::lock_guard lock(handles.mutex);
-        for (Slot& slot : handles.slots) {
-            if (slot.object && chosen(*slot.object))
-                removed.push_back(empty(handles, slot));
+        for (SlotTable<std::shared_ptr<Object>>::Number number = 1; number < handles.slots.end(); ++number) {
+            if (handles.slots.isFilled(number) && chosen(*handles.slots[number]))
+                removed.push_back(handles.slots.remove(number));
         }
     }
     for (const auto& object : removed)
-        (void)object->close();  // nobody is left to hear of it
+        (void)object->close();  // nobody can receive the error any more
 }
 
 }  // namespace platform::kernel

@@ -11,32 +11,23 @@ using text::compareWithoutCase;
 
 TreeItems::TreeItems()
 {
-    places_.emplace_back();
     places_[0].expanded = true;
 }
 
 ItemIndex TreeItems::find(HTREEITEM handle) const
 {
-    const auto number = reinterpret_cast<std::uintptr_t>(handle);
-    const std::uintptr_t index = number & 0xFFFFFFFF;
-    if (index == 0 || index >= places_.size())
-        return 0;
-    const Item& found = places_[index];
-    return found.alive && found.generation == number >> 32 ? static_cast<ItemIndex>(index) : 0;
+    return places_.find(reinterpret_cast<std::uintptr_t>(handle));
 }
 
 HTREEITEM TreeItems::handleOf(ItemIndex index) const
 {
-    if (index == 0)
-        return nullptr;
-    return reinterpret_cast<HTREEITEM>((static_cast<std::uintptr_t>(places_[index].generation) << 32) | index);
+    return index == 0 ? nullptr : reinterpret_cast<HTREEITEM>(places_.keyOf(index));
 }
 
 ItemIndex TreeItems::insertBehind(ItemIndex parent, ItemIndex after, std::u16string_view text)
 {
     orders_.erase(parent);
-    const ItemIndex index = takePlace();
-    places_[index].text = text;
+    const ItemIndex index = add(text);
     link(index, parent, after);
     return index;
 }
@@ -48,8 +39,7 @@ ItemIndex TreeItems::insertByText(ItemIndex parent, std::u16string_view text)
         return insertBehind(parent, behindBySearch(parent, text), text);
     const auto greater = order->upper_bound(text);
     const ItemIndex after = greater == order->end() ? places_[parent].lastChild : places_[*greater].previous;
-    const ItemIndex index = takePlace();
-    places_[index].text = text;
+    const ItemIndex index = add(text);
     link(index, parent, after);
     order->emplace_hint(greater, index);
     return index;
@@ -72,7 +62,7 @@ void TreeItems::erase(ItemIndex index)
         const ItemIndex parent = places_[at].parent;
         dropFromOrder(at);
         unlink(at);
-        freePlace(at);
+        remove(at);
         if (at == index)
             return;
         at = parent;
@@ -152,29 +142,18 @@ bool TreeItems::ByText::operator()(ItemIndex left, std::u16string_view right) co
     return compareWithoutCase((*items)[left].text, right) < 0;
 }
 
-ItemIndex TreeItems::takePlace()
+ItemIndex TreeItems::add(std::u16string_view text)
 {
-    ItemIndex index = firstFree_;
-    if (index != 0) {
-        firstFree_ = places_[index].next;
-        places_[index].next = 0;
-    } else {
-        index = static_cast<ItemIndex>(places_.size());
-        places_.emplace_back();
-    }
-    places_[index].alive = true;
+    const ItemIndex index = places_.add({});
+    places_[index].text = text;
     ++count_;
     return index;
 }
 
-void TreeItems::freePlace(ItemIndex index)
+void TreeItems::remove(ItemIndex index)
 {
     orders_.erase(index);
-    const std::uint32_t generation = places_[index].generation + 1;
-    places_[index] = Item{};
-    places_[index].generation = generation == 0 ? 1 : generation;
-    places_[index].next = firstFree_;
-    firstFree_ = index;
+    (void)places_.remove(index);
     --count_;
 }
 

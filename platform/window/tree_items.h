@@ -1,9 +1,11 @@
 // tree_items.h - the items of one tree view: who stands below and beside whom. Knows no window, no message.
 //
-// Items live in numbered places, linked by those numbers; a handle is a place and how often it has been used, so a
-// dead one is refused whatever stands there now. Inserting first, last or behind a sibling, and erasing, take constant
-// time whatever the number of siblings; inserting by text takes logarithmic time among siblings that stand by text.
+// Items live in the slots of a table, linked by their numbers. Inserting first, last or behind a sibling, and erasing,
+// take constant time whatever the number of siblings; inserting by text takes logarithmic time among siblings that
+// stand by text.
 #pragma once
+
+#include "kernel/slot_table.h"
 
 #include "ce/types.h"
 
@@ -18,7 +20,7 @@
 
 namespace platform::window {
 
-// A place. 0 is the invisible parent of the top items, and stands for "none" everywhere else.
+// A slot's number. 0 is the invisible parent of the top items, and stands for "none" everywhere else.
 using ItemIndex = std::uint32_t;
 
 struct Item {
@@ -26,7 +28,6 @@ struct Item {
 
     std::u16string text;
     LPARAM parameter = 0;
-    std::uint32_t generation = 1;
     ItemIndex parent = 0;
     ItemIndex previous = 0;
     ItemIndex next = 0;
@@ -35,7 +36,6 @@ struct Item {
     int image = 0;
     int selectedImage = 0;
     std::int8_t button = ButtonByChildren;  // otherwise 0 or 1
-    bool alive = false;
     bool expanded = false;
     bool expandedOnce = false;
     // What the display knows of it: see tree_log.h.
@@ -91,8 +91,8 @@ private:
     };
     using Order = std::multiset<ItemIndex, ByText>;
 
-    [[nodiscard]] ItemIndex takePlace();
-    void freePlace(ItemIndex index);
+    [[nodiscard]] ItemIndex add(std::u16string_view text);
+    void remove(ItemIndex index);
     void link(ItemIndex index, ItemIndex parent, ItemIndex after);
     void unlink(ItemIndex index);
     [[nodiscard]] ItemIndex lastVisibleBelow(ItemIndex index) const;
@@ -100,8 +100,7 @@ private:
     [[nodiscard]] Order* orderOf(ItemIndex parent);
     void dropFromOrder(ItemIndex index);
 
-    std::deque<Item> places_;
-    ItemIndex firstFree_ = 0;  // linked by `next`
+    kernel::SlotTable<Item, std::deque> places_;
     std::size_t count_ = 0;
     std::unordered_map<ItemIndex, Order> orders_;  // of parents whose children stand by text and were put in so
 };

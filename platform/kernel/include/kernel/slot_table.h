@@ -1,0 +1,79 @@
+// slot_table.h - numbered slots for objects, and keys that stay wrong once their object is gone.
+//
+// A key holds a slot's number and how often the slot has been used. So the key of a removed object is refused also when
+// another object has its slot, and no made-up key leads to memory. The caller locks where several threads use a table.
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace platform::kernel {
+
+// Slots are numbered from 1. Number 0 means "none"; its content is never added, found or removed, and is the user's.
+// With std::deque as Sequence, references to contents stay valid when others are added.
+template <class Content, template <class...> class Sequence = std::vector>
+class SlotTable {
+public:
+    using Number = std::uint32_t;
+    using Key = std::uintptr_t;
+
+    SlotTable() { slots_.emplace_back(); }
+
+    // The slot emptied last is used again first.
+    Number add(Content content)
+    {
+        if (free_.empty()) {
+            slots_.emplace_back();
+            free_.push_back(static_cast<Number>(slots_.size() - 1));
+        }
+        const Number number = free_.back();
+        free_.pop_back();
+        slots_[number].content = std::move(content);
+        slots_[number].isFilled = true;
+        return number;
+    }
+
+    // `number` is that of a filled slot. Its content is left as Content().
+    Content remove(Number number)
+    {
+        Slot& slot = slots_[number];
+        slot.use = slot.use == LastUse ? 1 : slot.use + 1;
+        slot.isFilled = false;
+        free_.push_back(number);
+        return std::exchange(slot.content, Content());
+    }
+
+    // 0 for a key of no object. Neither null nor a key of all ones is ever a key of an object.
+    [[nodiscard]] Number find(Key key) const
+    {
+        const Key number = key & 0xFFFFFFFF;
+        if (number >= slots_.size() || !slots_[number].isFilled || slots_[number].use != key >> 32)
+            return 0;
+        return static_cast<Number>(number);
+    }
+
+    [[nodiscard]] Key keyOf(Number number) const { return (Key{slots_[number].use} << 32) | number; }
+
+    [[nodiscard]] Content& operator[](Number number) { return slots_[number].content; }
+    [[nodiscard]] const Content& operator[](Number number) const { return slots_[number].content; }
+
+    [[nodiscard]] bool isFilled(Number number) const { return slots_[number].isFilled; }
+
+    // All numbers are below.
+    [[nodiscard]] Number end() const { return static_cast<Number>(slots_.size()); }
+
+private:
+    static constexpr std::uint32_t LastUse = 0x7FFFFFFF;  // so that no key consists of ones alone
+
+    struct Slot {
+        Content content{};
+        std::uint32_t use = 1;  // raised when the slot is emptied
+        bool isFilled = false;
+    };
+
+    Sequence<Slot> slots_;
+    std::vector<Number> free_;
+};
+
+}  // namespace platform::kernel
