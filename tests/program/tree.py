@@ -12,7 +12,7 @@ sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "tools"))
 from independent_set import data_path, read_list, unpack_stream  # noqa: E402
 
 FILE, DATABASE, REGISTRY = 1, 2, 3
-MARK_FOLDER, UNMARK_FOLDER = "command 500\n", "command 501\n"
+MARK_FOLDER = "command 500\n"
 
 BACK_UP_MARKED = """answer "Override*" no
 command 40005
@@ -49,10 +49,6 @@ def collapse(*paths):
 
 def click(*paths):
     return lines("click", *paths)
-
-
-def keys(*names):
-    return lines("key", *names)
 
 
 def images(expected):

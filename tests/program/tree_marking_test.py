@@ -4,8 +4,7 @@ import subprocess
 import unittest
 
 from program import BIN, FULL_BACKUP, FULL_RESTORE, options_script
-from tree import (BACK_UP_MARKED, DATABASE, FILE, MARK_FOLDER, REGISTRY, UNMARK_FOLDER, TreeTest, click, collapse, expand,
-                  images, keys)
+from tree import BACK_UP_MARKED, DATABASE, FILE, MARK_FOLDER, REGISTRY, TreeTest, click, collapse, expand, images
 
 SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
 
@@ -57,54 +56,6 @@ class TreeMarkingTest(TreeTest):
             images({"Files\\F\\a": 6, "Files\\F\\b": 7, "Files\\F": 10, "Databases\\Tasks": 11, "Registry": 15}) +
             BACK_UP_MARKED)
         self.assertEqual(self.files(), self.content_of("F/b"))
-
-    def test_folder_is_marked_with_all_below_it_at_that_moment(self):
-        self.fill("A/B/C/deep", "A/B/b", "A/a", "A/rom", "A/.point/x", "AB/other", "Ax")
-        (self.store / "A" / "none").mkdir()
-        self.set_attributes("A/rom", 0x2000)
-        self.quillbox(
-            expand("Files") + click("Files\\A") + MARK_FOLDER + images({"Files\\A": 10, "Files\\AB": 9, "Files": 3}) +
-            expand("Files\\A") +
-            images({"Files\\A\\a": 7, "Files\\A\\B": 10, "Files\\A\\none": 9, "Files\\A\\rom": 8}) +
-            expand("Files\\A\\B") + click("Files\\A\\B") + UNMARK_FOLDER +
-            # What stands above keeps its tick.
-            images({"Files\\A\\B": 9, "Files\\A\\B\\b": 6, "Files\\A": 10}) + BACK_UP_MARKED +
-            expand("Files", "Files\\A") + click("Files\\A") + UNMARK_FOLDER + images({"Files\\A": 9, "Files\\A\\a": 6}) +
-            MARK_FOLDER + MARK_FOLDER +
-            # A folder with a leading point isn't looked into; the tick that it gets is gone when it is listed again.
-            images({"Files\\A\\.point": 10}) + collapse("Files\\A") + expand("Files\\A") +
-            images({"Files\\A\\.point": 9, "Files\\A\\B": 10}) + BACK_UP_MARKED +
-            expand("Files") + click("Files\\A") + UNMARK_FOLDER + images({"Files\\A": 9, "Files": 2}))
-        self.assertEqual(self.files(1), self.content_of("A/a"))
-        self.assertEqual(self.files(2), self.content_of("A/a", "A/B/b", "A/B/C/deep"))
-
-    def test_counts_and_ticks_that_are_no_exact_tally(self):
-        self.fill("A/one", "A/two", "B/x", "Bc")
-        (self.store / "empty").mkdir()
-        self.quillbox(
-            expand("Files", "Files\\A") + click("Files\\A\\one", "Files\\A\\two") + collapse("Files") +
-            # Listed anew the folder counts one mark, so the first that goes takes its tick along.
-            expand("Files", "Files\\A") + click("Files\\A\\one") + images({"Files\\A": 9, "Files\\A\\two": 7}) +
-            click("Files\\A\\two") + images({"Files\\A": 9, "Files\\A\\two": 6, "Files": 2}) +
-            click("Files\\A\\two") + images({"Files\\A": 10}) + click("Files\\A\\two") + images({"Files\\A": 9}) +
-            # A folder beside the marked file, with a name that the file's begins with.
-            click("Files\\Bc") + images({"Files\\B": 9}) + collapse("Files") + expand("Files", "Files\\B") +
-            images({"Files\\B": 10, "Files\\B\\x": 6, "Files\\A": 9}) +
-            # Nothing lies below it, and the tick goes when it is listed again.
-            click("Files\\empty") + MARK_FOLDER + images({"Files\\empty": 10}) + collapse("Files") + expand("Files") +
-            images({"Files\\empty": 9}) + BACK_UP_MARKED)
-        self.assertEqual(self.files(), self.content_of("Bc"))
-
-    def test_each_set_holds_the_marks_of_its_time(self):
-        self.fill("a", "b", "F/c")
-        self.quillbox(
-            expand("Files") + click("Files\\a") + BACK_UP_MARKED +
-            expand("Files", "Databases") + click("Files\\b", "Databases\\Contacts") + BACK_UP_MARKED +
-            expand("Files") + click("Files\\a", "Databases\\Contacts", "Registry", "Files\\F") + MARK_FOLDER +
-            BACK_UP_MARKED)
-        self.assertEqual(set(self.items(1)), {(FILE, "\\a")})
-        self.assertEqual(set(self.items(2)), {(FILE, "\\a"), (FILE, "\\b"), (DATABASE, "Contacts")})
-        self.assertEqual(set(self.items(3)), {(FILE, "\\b"), (FILE, "\\F\\c"), (REGISTRY, "")})
 
     def test_commands_that_make_the_listing_stale_reset_it_and_no_others(self):
         self.fill("a", "b", "F/c")
@@ -180,36 +131,6 @@ class TreeMarkingTest(TreeTest):
         for name in ("\\F\\goes", "\\gone\\x", "\\gone\\deep\\y"):
             self.assertIn("ERR: File access file: " + name, log)
         self.assertEqual(log.count("ERR:"), 3)
-
-    def test_keys_toggle_what_they_land_on(self):
-        """The files alpha, beta and delta, gamma behind folder; their order is the host's."""
-        self.fill("F/alpha", "F/beta", "F/delta", "F/gamma", "F/sub/below")
-        listed = [path for path, _ in self.trees(expand("Files", "Files\\F") + "print tree\n")[0]]
-        files = [path for path in listed if path.startswith("Files\\F\\")][1:]
-        self.assertEqual(len(files), 4)
-        start = expand("Files", "Files\\F") + click("Files\\F\\sub")
-        for pressed, marked in ((keys("Down", "Down"), files[:2]),
-                                (keys("Down", "Down", "Up"), files[1:2]),  # twice on the first
-                                (keys("Down", "Ctrl+Down", "Down"), files[:2]),
-                                (keys("Right", "Right", "Left", "Left"), []),  # below, and to the folder
-                                (keys("Right", "Right"), ["Files\\F\\sub\\below"]),
-                                (keys("Right", "Right", "Backspace"), ["Files\\F\\sub\\below"]),
-                                (keys("B"), ["Files\\F\\beta"]),
-                                (keys("End"), ["Registry"]), (keys("End", "Home"), ["Registry"]),
-                                (keys("PageDown"), ["Registry"]), (keys("PageUp", "PageDown"), ["Registry"]),
-                                (keys("Space", "Enter", "+", "*"), [])):
-            with self.subTest(pressed=pressed):
-                tree = self.trees(start + pressed + "print tree\n")[0]
-                self.assertEqual(sorted(path for path, image in tree if image in (7, 16)), sorted(marked))
-
-    def test_letters_typed_within_a_second_are_one_search(self):
-        self.fill("F/alpha", "F/gamma", "F/sub/below")
-        typed = expand("Files", "Files\\F") + click("Files\\F\\sub") + keys("G", "A") + "print tree\n"
-
-        def marked():
-            return [path for path, image in self.trees(typed)[0] if image in (7, 16)]
-        # A host that stands still for a second in between makes two of it.
-        self.assertIn(["Files\\F\\gamma"], (marked() for _ in range(5)))
 
 
 if __name__ == "__main__":

@@ -3,7 +3,7 @@ import os
 import unittest
 
 from program import FULL_RESTORE
-from tree import BACK_UP_MARKED, FILE, MARK_FOLDER, TreeTest, click, collapse, expand, images
+from tree import BACK_UP_MARKED, MARK_FOLDER, TreeTest, click, expand, images
 
 # As the host has them, and as the tree shows them: what can't be shown stands as U+F700 and the byte.
 NAMES = {
@@ -45,20 +45,6 @@ class TreeNamesTest(TreeTest):
         self.quillbox(FULL_RESTORE.format(set=SET))
         self.assertEqual(self.content(), before)
 
-    def test_folders_of_such_names_are_opened_and_marked(self):
-        names = [(name, shown) for name, shown in NAMES.items() if len(shown) < 100]
-        for number, (name, _) in enumerate(names):
-            self.write_bytes(name + b"/inside", b"content %d" % number)
-            self.write_bytes(name + b"/below/it", b"below %d" % number)
-        script = expand("Files")
-        for name, shown in names:
-            folder = "Files\\" + shown
-            script += expand(folder) + click(folder) + MARK_FOLDER + click(folder + "\\inside")
-            script += images({folder: 10, folder + "\\inside": 6}) + collapse(folder)
-        self.quillbox(script + BACK_UP_MARKED)
-        self.assertEqual(self.files(), {f"\\{shown}\\below\\it": b"below %d" % number
-                                        for number, (_, shown) in enumerate(names)})
-
     def test_line_break_in_a_name_is_printed_on_one_line_and_marked_by_its_folder(self):
         self.write_bytes(b"F/new\nline", b"content")
         tree, = self.trees(expand("Files") + click("Files\\F") + MARK_FOLDER + expand("Files\\F") + "print tree\n" +
@@ -77,27 +63,6 @@ class TreeNamesTest(TreeTest):
                            expand("Files\\" + folder) + "print tree\n" + BACK_UP_MARKED)
         self.assertIn((f"Files\\{folder}\\{'x' * 107}", 7), tree)
         self.assertEqual(self.files(), {f"\\{folder}\\{'x' * 107}": b"fits"})
-
-    def test_links_and_other_nodes_are_not_there(self):
-        self.write("real/file", b"content")
-        os.symlink("..", self.store / "real" / "loop")
-        os.symlink("/etc", self.store / "out")
-        os.symlink("nowhere", self.store / "dead")
-        os.mkfifo(self.store / "fifo")
-        tree, = self.trees(expand("Files", "Files\\real") + click("Files\\real") + MARK_FOLDER + "print tree\n" +
-                           BACK_UP_MARKED)
-        self.assertEqual(sorted(path for path, _ in tree if path.startswith("Files\\")),
-                         ["Files\\Card", "Files\\real", "Files\\real\\file"])
-        self.assertEqual(set(self.items()), {(FILE, "\\real\\file")})
-
-    def test_device_with_nothing_in_it(self):
-        for settings in self.device.glob("device.db*"):
-            settings.unlink()
-        self.card.rmdir()
-        tree, = self.trees(expand("Files", "Databases") + "command 500\ncommand 501\ncommand 40005\nok\n" +
-                           click("Files") + "command 500\n"
-                           'command 503\nwait "File filter"\ncheck 1014\nok\nkey "Down"\nkey "Right"\nprint tree\n')
-        self.assertEqual(tree, [("Databases", 0), ("Files", 2), ("Registry", 16)])
 
 
 if __name__ == "__main__":
