@@ -5,7 +5,7 @@ import subprocess
 import sys
 import unittest
 
-from device_contents import (I2, RESTORE, RESTORE_DATABASES, SET, TEXT, ContentsTest, after, database, image, independent_set, item,
+from device_contents import (I2, RESTORE, RESTORE_DATABASES, SET, TEXT, ContentsTest, database, image, independent_set, item,
                              write_set)
 
 OLD = [[item(1, TEXT, "old")]]
@@ -30,23 +30,6 @@ class HostileSetTest(ContentsTest):
         self.assert_holds([*existing, last])
         self.assertEqual(self.content(), {})
 
-    def test_what_an_image_may_hold_beyond_the_usual_comes_back_within_the_limits(self):
-        many = [database("Names of 40 characters " + "n" * 17, [[item(1, TEXT, "cut")]]),
-                database("Properties", [[item(number, I2, number % 1000) for number in range(3000)]]),
-                database("Sort orders", OLD, 7, [(number, number) for number in range(90)])]
-        unknown = database("Types", [[{"id": "00010063", "value": None}, item(2, TEXT, "behind")]])
-        write_set(self.card, [*many, unknown])
-        self.quillbox(RESTORE_DATABASES)
-        wanted = after(1, many)
-        wanted[0]["name"] = wanted[0]["name"][:31]
-        wanted[2]["sort"] = wanted[2]["sort"][:4]
-        found = self.databases().splitlines(True)
-        self.assertIn('"id":"00010063","bits":"0000', found[-1])
-        self.assertIn("behind", found[-1])
-        self.device_tool("database", "import", "--replace", self.device, "-", given="".join(found[:-2]).encode())
-        self.fill([database("Types", [])])
-        self.assert_holds([*wanted, database("Types", [])])
-
     def test_a_hostile_registry_leaves_the_old_one_in_force(self):
         good = independent_set.registry_bytes({"HKEY_USERS\\new": ['"v"="x"']})
         text = good.decode("utf-16")
@@ -66,6 +49,11 @@ class HostileSetTest(ContentsTest):
                 self.assertEqual(self.registry(), before)
                 self.quillbox("idle\n")
                 self.assertEqual(self.registry(), before)
+        write_set(self.card, [], registry=good)
+        data = self.card / "QUILBOX" / "QLBX0001.QDT"
+        data.write_bytes(data.read_bytes()[:-60])
+        self.assertIn("the registry (the set is damaged)", self.quillbox(RESTORE.format(set=SET, answers=""), code=4).stderr)
+        self.assertEqual(self.registry(), before)
         write_set(self.card, [], registry=good)
         self.restore()
         self.assertEqual(self.registry().decode("utf-16"), text)

@@ -121,19 +121,6 @@ class KilledRestoreTest(ContentsTest):
         self.assertTrue({"BK000.TMP", "First.CDB"} & left, "no kill left a temporary file")
         self.assertLessEqual({("First", "old"), ("First", "whole"), ("Second", "old")}, states)
 
-    def test_a_registry_whose_start_is_killed_is_in_force_at_the_next_one(self):
-        (self.template / "registry.staged").write_bytes(independent_set.registry_bytes(NEW_KEYS))
-        for call in self.places("idle\n"):
-            with self.subTest(call=call):
-                self.fresh()
-                self.run_to(call, "idle\n")
-                self.check_file()
-                registry = self.registry().decode("utf-16")
-                self.assertNotIn("old", registry)
-                self.assertEqual([key for key in NEW_KEYS if f'[{key}]\r\n"value"="new"\r\n' not in registry], [])
-                self.assertEqual(by_name(self.databases()), self.old)
-                self.assertEqual([path.name for path in self.device.glob("registry*")], [])
-
 
 if __name__ == "__main__":
     unittest.main()

@@ -60,28 +60,6 @@ class TextsTest(ProgramTest):
         lines = self.seen(FULL_RESTORE.format(set=SET))
         self.assertIn('text "Restoring Files" 1029 "Restored: 0 "', lines)
 
-    def test_partial_restore_takes_the_selected_rows(self):
-        for name in ("a.txt", "b.txt", "B.TXT", "c.txt"):
-            self.write(name, name.encode())
-        self.seen(FULL_BACKUP.format(comment="", storage="\\Card"))
-        self.empty_store()
-        finished = self.quillbox(f"""command 40007
-wait "Select"
-select 1003 "{SET}"
-ok
-wait "Restore selection"
-expect 1007 "Select items to restore"
-print 1006
-select 1006 "File:\\B.TXT"
-select 1006 "File:\\c.txt"
-ok
-idle
-""")
-        self.assertEqual(sorted(finished.stdout.split()), sorted(f"File:\\{n}" for n in ("a.txt", "B.TXT", "b.txt", "c.txt")))
-        self.assertEqual(self.content(), {b"B.TXT": b"B.TXT", b"c.txt": b"c.txt"})
-        lines = self.seen(f'command 40007\nselect 1003 "{SET}"\nok\nwait "Restore selection"\nok\nok\nidle\n')
-        self.assertEqual(self.boxes(lines), ['window message "Info" text "No Item to restore !" buttons ok default ok'])
-
     def test_messages_for_what_cannot_begin(self):
         lines = self.seen("command 40005\nok\nidle\ncommand 40006\nok\nidle\ncommand 40003\nwait \"Full Backup\"\nok\nok\nidle\n")
         self.assertEqual(self.boxes(lines), ['window message "Info" text "No item to backup!" buttons ok default ok',
@@ -117,33 +95,6 @@ idle
         self.assertTrue((self.card / "QUILBOX" / "QLBX0002.QDT").exists())
         lines = self.seen('answer "Override*" no\n' + backup)
         self.assertEqual(len(self.boxes(lines)), 2)
-
-    def test_options_last_and_cancel_keeps_them(self):
-        self.quillbox("""command 40011
-expect 1025 "[x] Ask"
-expect 1022 "[ ] Delete backuped files"
-expect 1027 "4"
-check 1023
-check 1026
-cancel
-command 504
-expect 1025 "[x] Ask"
-check 1024
-check 1022
-ok
-idle
-""")
-        self.quillbox("""command 40011
-expect 1024 "[x] Skip existing files"
-expect 1023 "[ ] *"
-expect 1022 "[x] *"
-expect 1026 "[ ] *"
-cancel
-command 40009
-expect text "Quillbox*Quillbox v1.0*"
-ok
-idle
-""")
 
 
 if __name__ == "__main__":

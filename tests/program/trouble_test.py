@@ -1,10 +1,8 @@
 """Trouble from outside: devices that can't be opened, full cards, sets from elsewhere, and how the process ends."""
 import contextlib
 import os
-import pathlib
 import sqlite3
 import subprocess
-import time
 import unittest
 
 from device_contents import (BACKUP, RESTORE, RESTORE_DATABASES, SET, TEXT, ContentsTest, after, database, independent_set, item,
@@ -153,24 +151,6 @@ class TroubleTest(ProgramTest):
         self.assertIn('No set was made in "\\Card\\QUILBOX": the numbers 1 to 99 are all taken.', finished.stderr)
         self.assertEqual(len(finished.stdout.split()), 99)
         self.assertEqual({p.name: p.read_bytes() for p in sets.iterdir()}, before)
-
-    def test_killed_backup_leaves_a_device_that_opens(self):
-        for number in range(3000):
-            self.write(f"{number // 100}/{number}", os.urandom(300))
-        for wait in (0.05, 0.1, 0.2, 0.3):
-            process = subprocess.Popen([BIN / "quillbox", "--device", self.device, "--script", "-"],
-                                       stdin=subprocess.PIPE, text=True)
-            process.stdin.write('answer "Override*" no\n' + FULL_BACKUP.format(comment="", storage="\\Card"))
-            process.stdin.close()
-            time.sleep(wait)
-            process.kill()
-            process.wait()
-        before = self.content()
-        self.quillbox('answer "Override*" no\n' + FULL_BACKUP.format(comment="", storage="\\Card"))
-        newest = sorted((self.card / "QUILBOX").glob("*.QLT"))[-1].name
-        self.empty_store()
-        self.quillbox(FULL_RESTORE.format(set=f"\\Card\\QUILBOX\\{newest}"))
-        self.assertTrue(self.content() == before)
 
 
 DAMAGED = r"\(it is damaged, or the disk failed\)"

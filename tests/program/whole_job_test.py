@@ -5,7 +5,7 @@ import subprocess
 import sys
 import unittest
 
-from program import ASK, FULL_BACKUP, FULL_RESTORE, REPLACE, SKIP, ProgramTest, options_script
+from program import FULL_BACKUP, FULL_RESTORE, ProgramTest
 
 INDEPENDENT = pathlib.Path(__file__).resolve().parents[1] / "tools" / "independent_set.py"
 FILES = 20_000
@@ -71,28 +71,6 @@ class WholeJobTest(ProgramTest):
         self.empty_store()
         self.quillbox(FULL_RESTORE.format(set=SET))
         self.assertTrue(self.content() == before)
-
-    def test_each_policy_decides_about_what_exists(self):
-        before = self.content()
-        self.back_up()
-        changed = sorted(before)[::2]
-        removed = sorted(before)[1::2]
-        for policy, answer, replaced in ((REPLACE, "no", True), (SKIP, "yes", False), (ASK, "yes", True),
-                                         (ASK, "no", False)):
-            with self.subTest(policy=policy, answer=answer):
-                for name in changed:
-                    with open(os.path.join(os.fsencode(self.store), name), "wb") as file:
-                        file.write(b"changed")
-                for name in removed:
-                    os.unlink(os.path.join(os.fsencode(self.store), name))
-                finished = self.quillbox(f'answer "File:*exists replace ?" {answer}\n' + options_script(policy) +
-                                         FULL_RESTORE.format(set=SET))
-                asked = [line for line in finished.transcript if "exists replace ?" in line and line.startswith("window")]
-                self.assertEqual(len(asked), len(changed) if policy == ASK else 0)
-                expected = dict(before)
-                if not replaced:
-                    expected.update({name: b"changed" for name in changed})
-                self.assertTrue(self.content() == expected)
 
     def test_other_hands_read_what_quillbox_writes(self):
         before = self.content()
