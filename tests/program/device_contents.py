@@ -1,44 +1,9 @@
-"""Devices filled with databases and a registry, what quillbox-device says of them, and how their items are made by hand."""
-import json
-import os
-import pathlib
-import subprocess
-import sys
-
-from program import BIN, FULL_RESTORE, ProgramTest
-
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "tools"))
-import independent_set  # noqa: E402
-
-# A sanitized program takes several times as long: what is many for the others is few for it.
-SANITIZED = bool(os.environ.get("QUILLBOX_SANITIZE"))
+"""Devices filled with databases and a registry, and what a restore makes of them."""
+import independent_set
+from companions import REGISTRY_HEAD, lines
+from program import CONFIRM_REGISTRY, SET, ProgramTest, full_restore
 
 I2, I4, R8, BOOL, UI2, UI4, TEXT, TIME, BYTES = 2, 3, 5, 11, 18, 19, 31, 64, 65
-REGISTRY_HEAD = "\ufeffWindows Registry Editor Version 5.00\r\n\r\n"
-
-BACKUP = """command 40003
-wait "Full Backup"
-check 1006
-check 1007
-ok
-wait "Select"
-select 1003 "{storage}"
-ok
-idle
-"""
-RESTORE = """command 40006
-wait "Select"
-select 1003 "{set}"
-ok
-wait "Full Restore"
-ok
-{answers}wait "Restore"
-ok
-idle
-"""
-SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
-# Of a set without a registry, which ends without its notice.
-RESTORE_DATABASES = FULL_RESTORE.format(set=SET)
 
 
 def item(number, kind, value, flags=0):
@@ -50,26 +15,17 @@ def item(number, kind, value, flags=0):
     return found
 
 
-def database(name, records, kind=0, sort=((0, 0),)):
-    return {"name": name, "type": kind, "sort": list(sort), "records": records}
-
-
 def every_type(number):
-    """A record of all types, which tells its number."""
+    """A record of all types, which names its number."""
     return [item(1, TEXT, f"Name {number}"), item(2, I2, number % 65536 - 32768), item(3, UI2, number % 65536),
             item(4, I4, -number), item(5, UI4, 2 ** 32 - 1 - number), item(6, BOOL, number % 2), item(7, R8, number / 8),
             item(8, TIME, number << 32 | number, 0x40), item(9, BYTES, number.to_bytes(4, "little") * (number % 5)),
             item(10, TEXT, "a longer text, as notes are" if number % 3 else "")]
 
 
-def lines(databases):
-    """What an import takes and an export gives."""
-    made = []
-    for one in databases:
-        sort = [{"property": identifier, "flags": flags} for identifier, flags in one["sort"]]
-        made.append({"database": one["name"], "type": one["type"], "sort": sort})
-        made += [{"record": record} for record in one["records"]]
-    return "".join(json.dumps(line, ensure_ascii=False, separators=(",", ":")) + "\n" for line in made)
+def texts(*values):
+    """A record with one text for each value."""
+    return [[item(1, TEXT, value)] for value in values]
 
 
 def stored(record):
@@ -79,7 +35,7 @@ def stored(record):
 
 
 def after(rounds, databases):
-    """The databases after so many backups and restores: each turns the order of the records around."""
+    """The databases after so many backups and restores: each reverses the order of the records."""
     return [{**one, "records": [stored(record) for record in one["records"][::-1 if rounds % 2 else 1]]}
             for one in databases]
 
@@ -96,51 +52,33 @@ def image(one):
                                         for record in one["records"]])
 
 
-def write_set(folder, databases, images=None, registry=None):
-    """Set 1 in a card's folder, by the independent writer. `images` takes the place of images by a database's name."""
-    images = {**{one["name"]: image(one) for one in databases}, **(images or {})}
-    items = [(independent_set.DATABASE, one["name"], images[one["name"]]) for one in databases]
-    items += [(independent_set.REGISTRY, "", registry)] if registry is not None else []
-    comment = "by hand\0".encode("utf-16-le")
-    listed = (len(comment) // 2).to_bytes(4, "little") + comment
-    data = b""
-    for kind, name, content in items:
-        stream = independent_set.pack_stream(content)
-        listed += independent_set.entry_bytes(kind, name, len(data), len(data) + len(stream))
-        data += stream
-    (folder / "QUILBOX").mkdir(parents=True, exist_ok=True)
-    (folder / "QUILBOX" / "QLBX0001.QLT").write_bytes(listed)
-    (folder / "QUILBOX" / "QLBX0001.QDT").write_bytes(data)
-
-
 class ContentsTest(ProgramTest):
-    def device_tool(self, *arguments, given=b"", code=0):
-        finished = subprocess.run([BIN / "quillbox-device", *arguments], input=given, capture_output=True, timeout=600)
-        self.assertEqual(finished.returncode, code, finished.stderr)
-        return finished.stderr if code else finished.stdout
-
-    def fill(self, databases, registry="", device=None):
+    def fill(self, *databases, registry="", device=None):
         device = device or self.device
         (device / "object-store").mkdir(parents=True, exist_ok=True)
-        self.device_tool("database", "import", "--replace", device, "-", given=lines(databases).encode())
+        self.device_tool("database", "import", "--replace", device, "-", given=lines(*databases))
         if registry:
             self.device_tool("registry", "import", device, "-", given=(REGISTRY_HEAD + registry).encode("utf-16-le"))
 
-    def databases(self, device=None):
-        return self.device_tool("database", "export", device or self.device).decode()
+    def write_set(self, *databases, registry=None, folder=None):
+        """Set 1 on the card, by the independent writer. A database may also be a name and the bytes of its image."""
+        made = independent_set.Set()
+        for one in databases:
+            name, content = (one["name"], image(one)) if isinstance(one, dict) else one
+            made.add(independent_set.DATABASE, name, content)
+        if registry is not None:
+            made.add(independent_set.REGISTRY, "", registry)
+        return made.write(folder or self.sets)
 
-    def registry(self, device=None):
-        return self.device_tool("registry", "export", device or self.device)
-
-    def assert_holds(self, databases, device=None):
+    def assert_holds(self, *databases, device=None):
         """Not by assertEqual, which would compare megabytes for a picture of the difference."""
-        found, wanted = self.databases(device).splitlines(), lines(databases).splitlines()
+        found, wanted = self.exported(device).splitlines(), lines(*databases).splitlines()
         for number, (have, want) in enumerate(zip(found, wanted)):
             self.assertEqual(have[:2000], want[:2000], f"line {number + 1}")
             self.assertTrue(have == want, f"line {number + 1} differs further on")
         self.assertEqual(len(found), len(wanted))
 
-    def restore(self, answers="", before="", device=None, set=SET):
-        """The device takes the set of the first device's card."""
-        return self.quillbox(before + RESTORE.format(set=set, answers=answers), "--card", f"Card={self.card}",
-                             device=device) if device else self.quillbox(before + RESTORE.format(set=set, answers=answers))
+    def restore(self, *arguments, before="", answers="", registry=True, set=SET, **more):
+        """Restores a set; `before` and `answers` are lines of the script before the restore and after its start."""
+        script = before + full_restore(answers + (CONFIRM_REGISTRY if registry else ""), set)
+        return self.quillbox(script, *arguments, **more)

@@ -1,103 +1,86 @@
-"""A power cut right behind exit code 0: what a run reported as done is on the disk, whole."""
+"""A power cut after exit code 0: what a run reported as done is on the disk, whole."""
+import contextlib
 import os
-import pathlib
 import shutil
 import subprocess
 import unittest
 
-from program import FULL_BACKUP, FULL_RESTORE, ProgramTest, options_script
+from program import ProgramTest, full_backup, full_restore, options_script
 
-FILE_SYSTEMS = {"ext4": (["mkfs.ext4", "-q", "-F"], 64), "xfs": (["mkfs.xfs", "-q", "-f"], 320)}
-FILES = 300
+# How each is made, its size in MiB, and what lets a copy be mounted beside it.
+FILE_SYSTEMS = {"ext4": (["mkfs.ext4", "-q", "-F"], 64, "loop"), "xfs": (["mkfs.xfs", "-q", "-f"], 320, "loop,nouuid")}
+FILE_COUNT = 300
 
 
 class PowerCutTest(ProgramTest):
     """A disk is an image in a file. What the file holds at one moment is what the kernel has sent to the disk by then:
     a copy of it, mounted, is the disk after a power cut."""
 
-    def setUp(self):
-        super().setUp()
-        self.mounted = []
-        self.addCleanup(lambda: [subprocess.run(["umount", place], check=True) for place in reversed(self.mounted)])
-
-    def mount(self, image, place):
+    @contextlib.contextmanager
+    def mounted(self, image, options):
+        place = image.with_name(image.name + " mounted")
         place.mkdir()
-        if subprocess.run(["mount", "-o", "loop", image, place], capture_output=True).returncode:
+        if subprocess.run(["mount", "-o", options, image, place], capture_output=True, check=False).returncode:
             self.skipTest("mounting a file system needs the administrator and loop devices")
-        self.mounted.append(place)
-        return place
+        try:
+            yield place
+        finally:
+            subprocess.run(["umount", place], check=True)
+            place.rmdir()
+            image.unlink()
 
+    @contextlib.contextmanager
     def disk(self, kind):
-        """A new file system, mounted; and what a power cut makes of it, by a call."""
-        make, megabytes = FILE_SYSTEMS[kind]
+        """A new file system, mounted, and a call that mounts what a power cut would leave of it now."""
+        make, megabytes, options_of_copy = FILE_SYSTEMS[kind]
         if not shutil.which(make[0]):
             self.skipTest(make[0] + " is missing")
-        image = self.base / f"{kind}.disk"
+        image = self.folder / f"{kind}.disk"
         with open(image, "wb") as file:
             file.truncate(megabytes << 20)
         subprocess.run([*make, image], check=True, capture_output=True)
-        place = self.mount(image, self.base / kind)
-        subprocess.run(["sync"], check=True)  # the file system itself is there before the test begins
+        with contextlib.ExitStack() as mounts:
+            place = mounts.enter_context(self.mounted(image, "loop"))
+            subprocess.run(["sync"], check=True)  # the file system itself is there before the test begins
 
-        def cut():
-            after = self.base / f"{kind}.after"
-            subprocess.run(["cp", "--sparse=always", image, after], check=True)
-            if kind == "xfs":  # mounted a second time beside itself
-                return self.mount_copy(after, ["-o", "loop,nouuid"], self.base / f"{kind} after")
-            return self.mount_copy(after, ["-o", "loop"], self.base / f"{kind} after")
+            def cut():
+                after = self.folder / f"{kind}.after"
+                subprocess.run(["cp", "--sparse=always", image, after], check=True)
+                return mounts.enter_context(self.mounted(after, options_of_copy))
 
-        return place, cut
-
-    def mount_copy(self, image, options, place):
-        place.mkdir()
-        subprocess.run(["mount", *options, image, place], check=True)
-        self.mounted.append(place)
-        return place
+            yield place, cut
 
     def fill(self):
-        for number in range(FILES):
+        for number in range(FILE_COUNT):
             self.write(f"{number // 50}/{number}", os.urandom(number * 7 % 5000))
         return self.content()
 
     def test_set_is_whole_after_exit_code_0(self):
         for kind in FILE_SYSTEMS:
             for delete in (False, True):
-                with self.subTest(kind=kind, delete=delete):
-                    before = self.fill()
-                    place, cut = self.disk(kind)
-                    self.quillbox(options_script(delete=delete, log=True) + FULL_BACKUP.format(comment="", storage="\\Stick"),
+                before = self.fill()
+                with self.subTest(kind=kind, delete=delete), self.disk(kind) as (place, cut):
+                    self.quillbox(options_script(delete=delete, log=True) + full_backup(storage="\\Stick"),
                                   "--card", f"Stick={place}")
-                    after = cut()
-                    sets = after / "QUILBOX"
-                    self.assertIn(f"Sound: {FILES} items", self.set_tool("verify", sets / "QLBX0001"))
-                    self.assertEqual((sets / "BACKUP0001.LOG").read_bytes(), (place / "QUILBOX" / "BACKUP0001.LOG").read_bytes())
-                    self.set_tool("extract", sets / "QLBX0001", self.base / "out")
-                    self.assertTrue(self.content(self.base / "out") == before)
+                    sets = cut() / "QUILBOX"
+                    self.assertIn(f"Sound: {FILE_COUNT} items", self.set_tool("verify", sets / "QLBX0001").text)
+                    log = place / "QUILBOX" / "BACKUP0001.LOG"
+                    self.assertEqual((sets / log.name).read_bytes(), log.read_bytes())
+                    out = self.output_folder()
+                    self.set_tool("extract", sets / "QLBX0001", out)
+                    self.assertTrue(self.content(out) == before)
                     self.assertEqual(self.content(), {} if delete else before)
-                    shutil.rmtree(self.base / "out")
-                    self.forget_disks(kind)
 
     def test_restored_files_are_whole_after_exit_code_0(self):
         before = self.fill()
-        self.quillbox(FULL_BACKUP.format(comment="", storage="\\Card"))
+        self.quillbox(full_backup())
         self.empty_store()
         for kind in FILE_SYSTEMS:
-            with self.subTest(kind=kind):
-                place, cut = self.disk(kind)
+            with self.subTest(kind=kind), self.disk(kind) as (place, cut):
                 device = place / "device"
                 (device / "object-store").mkdir(parents=True)
-                self.quillbox(FULL_RESTORE.format(set="\\Stick\\QUILBOX\\QLBX0001.QLT"), "--card", f"Stick={self.card}",
-                              device=device)
+                self.quillbox(full_restore(set="\\Stick\\QUILBOX\\QLBX0001.QLT"), "--card", f"Stick={self.card}", device=device)
                 self.assertTrue(self.content(cut() / "device" / "object-store") == before)
-                self.forget_disks(kind)
-
-    def forget_disks(self, kind):
-        while self.mounted:
-            place = self.mounted.pop()
-            subprocess.run(["umount", place], check=True)
-            place.rmdir()
-        for image in self.base.glob(f"{kind}.*"):
-            image.unlink()
 
 
 if __name__ == "__main__":

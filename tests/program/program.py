@@ -1,18 +1,23 @@
 """Starts Quillbox on a device in a temporary folder, as a user's script does."""
 import os
-import pathlib
 import shutil
-import subprocess
-import tempfile
 import time
-import unittest
 
-BIN = pathlib.Path(os.environ["QUILLBOX_BIN"])
+from companions import CompanionTest
+from independent_set import read_set
 
-FULL_BACKUP = """command 40003
+SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
+# Check boxes of "Full Backup".
+FILES, DATABASES, REGISTRY = 1005, 1006, 1007
+CONFIRM_REGISTRY = 'wait "Restore"\nok\n'
+
+
+def full_backup(*boxes, storage="\\Card", comment=""):
+    """Without `boxes` a backup of all files."""
+    checks = "".join(f"check {box}\n" for box in boxes or [FILES])
+    return f"""command 40003
 wait "Full Backup"
-check 1005
-type 1004 "{comment}"
+{checks}type 1004 "{comment}"
 ok
 wait "Select"
 select 1003 "{storage}"
@@ -20,20 +25,21 @@ ok
 idle
 """
 
-FULL_RESTORE = """command 40006
+
+def full_restore(then="", set=SET):
+    """`then` answers what the restore asks: CONFIRM_REGISTRY if the set has a registry."""
+    return f"""command 40006
 wait "Select"
 select 1003 "{set}"
 ok
 wait "Full Restore"
 ok
-idle
+{then}idle
 """
-
-# Restore options of dialog 111.
-REPLACE, SKIP, ASK = 1023, 1024, 1025
 
 
 def options_script(policy=None, log=None, delete=None):
+    """`policy` is the restore option's control: 1023 to replace files, 1024 to skip them, 1025 to ask."""
     lines = ["command 40011", 'wait "Options"']
     if policy:
         lines.append(f"check {policy}")
@@ -43,37 +49,33 @@ def options_script(policy=None, log=None, delete=None):
     return "\n".join(lines + ["ok", ""])
 
 
-class ProgramTest(unittest.TestCase):
+def shown(transcript, *kinds):
+    """The transcript's lines of these kinds: what the user saw."""
+    return [line for line in transcript if line.split(" ", 1)[0] in kinds]
+
+
+class ProgramTest(CompanionTest):
     """A device with an empty object store and one card named Card."""
 
     def setUp(self):
-        base = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
-        self.base = pathlib.Path(tempfile.mkdtemp(prefix="quillbox-test-", dir=base))
-        self.addCleanup(shutil.rmtree, self.base, ignore_errors=True)
-        self.device = self.base / "device"
+        super().setUp()
         self.store = self.device / "object-store"
         self.card = self.device / "cards" / "Card"
+        self.sets = self.card / "QUILBOX"
+        self.set = self.sets / "QLBX0001.QLT"
         self.store.mkdir(parents=True)
         self.card.mkdir(parents=True)
 
-    def quillbox(self, script, *arguments, device=None, code=0, **start):
-        """Runs a script; the finished process, its transcript's lines in .transcript. `start` goes to subprocess."""
-        transcript = self.base / "transcript"
-        finished = subprocess.run(
-            [BIN / "quillbox", "--device", device or self.device, "--script", "-", "--transcript", transcript,
-             "--timeout", "20", *arguments],
-            input=script, capture_output=True, text=True, timeout=600, env={**os.environ, "LC_ALL": "C.UTF-8"}, **start)
-        self.assertEqual(finished.returncode, code, finished.stderr + finished.stdout)
-        finished.transcript = transcript.read_text().splitlines() if transcript.exists() else []
-        return finished
-
-    def set_tool(self, *arguments, code=0):
-        finished = subprocess.run([BIN / "quillbox-set", *arguments], capture_output=True, timeout=600)
-        self.assertEqual(finished.returncode, code, finished.stderr + finished.stdout)
-        return finished.stdout.decode()
+    def quillbox(self, script, *arguments, device=None, **more):
+        """Runs a script. The finished process also has the lines of its transcript: .transcript."""
+        transcript = self.folder / "transcript"
+        done = self.run_program("quillbox", "--device", device or self.device, "--script", "-", "--transcript", transcript,
+                                "--timeout", "20", *arguments, given=script, env={**os.environ, "LC_ALL": "C.UTF-8"}, **more)
+        done.transcript = transcript.read_text().splitlines() if transcript.exists() else []
+        return done
 
     def write(self, name, content=b""):
-        path = self.store / name
+        path = self.store / os.fsdecode(name)
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
         # A file that was written a moment ago isn't deleted after its backup.
@@ -95,7 +97,15 @@ class ProgramTest(unittest.TestCase):
         shutil.rmtree(self.store)
         self.store.mkdir()
 
+    def log(self):
+        """The lines of the first set's log, which have a blank at their end."""
+        lines = (self.sets / "BACKUP0001.LOG").read_bytes().decode().split("\r\n")
+        self.assertEqual(lines.pop(), "")
+        return lines
 
-def shown(transcript, *kinds):
-    """The transcript's lines of these kinds: what the user saw."""
-    return [line for line in transcript if line.split(" ", 1)[0] in kinds]
+    def items(self, number=1):
+        """A set's items with their bytes, by kind and name. Each is there once. The registry's name means nothing."""
+        items = read_set(self.sets / f"QLBX{number:04d}.QLT")
+        found = {(kind, name if kind in (1, 2) else ""): content for kind, name, content in items}
+        self.assertEqual(len(found), len(items), [name for _, name, _ in items])
+        return found

@@ -2,73 +2,54 @@
 import re
 import unittest
 
-from program import FULL_BACKUP, FULL_RESTORE, ProgramTest, options_script, shown
-
-SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
+from program import ProgramTest, full_backup, full_restore, options_script, shown
 
 
 class TextsTest(ProgramTest):
-    def seen(self, script, *arguments):
-        """What the user sees, without the main window and what the script does."""
-        transcript = self.quillbox(script, *arguments).transcript
-        return [line for line in shown(transcript, "window", "text", "answer") if not line.startswith("window main")]
-
-    def progress(self, lines):
-        return [line for line in lines if line.startswith(("window progress", "text"))]
-
-    def boxes(self, lines):
-        return [line for line in lines if line.startswith("window message")]
+    def seen(self, script, *kinds):
+        """What the user sees, without the main window. `kinds` names how the lines begin that are wanted."""
+        lines = shown(self.quillbox(script).transcript, "window", "text", "answer")
+        return [line for line in lines if not line.startswith("window main") and (not kinds or line.startswith(kinds))]
 
     def test_full_backup_and_its_log(self):
         self.write("a.txt", b"a" * 3000)
-        self.write("folder/b.txt", b"")
-        script = options_script(log=True) + FULL_BACKUP.format(comment="mine", storage="\\Card")
-        lines = self.seen(script)
-        self.assertEqual(lines[0].split(" text ")[0], 'window dialog "Options"')
-        self.assertEqual(lines[1].split(" text ")[0], 'window dialog "Full Backup"')
-        self.assertEqual(self.progress(lines)[:1],
-                         ['window progress "Construct File List" text "Computing list to backup"'])
-        self.assertIn('window progress "Backuping Files" text "Backuping Files"', lines)
-        texts = [line for line in lines if line.startswith('text "Backuping Files"')]
-        self.assertIn('text "Backuping Files" 1002 "File: \\a.txt"', texts)
-        self.assertIn('text "Backuping Files" 1002 "File: \\folder\\b.txt"', texts)
-        self.assertIn('text "Backuping Files" 1029 "Backuped: 0"', texts)
-        self.assertEqual(self.boxes(lines), [], "a good backup ends without a message")
-        log = (self.card / "QUILBOX" / "BACKUP0001.LOG").read_bytes().decode()
-        messages = [re.fullmatch(r"LOG\(\d\d:\d\d:\d\d\): (.*) ", line) for line in log.split("\r\n")[:-1]]
-        self.assertTrue(all(messages), log)
-        self.assertEqual(sorted(match[1] for match in messages),
-                         ["INF: End file backup\\a.txt", "INF: End file backup\\folder\\b.txt",
-                          "INF: Start file backup: \\a.txt", "INF: Start file backup: \\folder\\b.txt"])
+        self.write("folder/b.txt")
+        lines = self.seen(options_script(log=True) + full_backup(comment="mine"))
+        self.assertEqual([line.split(" text ")[0] for line in lines[:2]],
+                         ['window dialog "Options"', 'window dialog "Full Backup"'])
+        self.assertEqual(next(line for line in lines if line.startswith("window progress")),
+                         'window progress "Construct File List" text "Computing list to backup"')
+        self.assertLessEqual({'window progress "Backuping Files" text "Backuping Files"',
+                              'text "Backuping Files" 1002 "File: \\a.txt"',
+                              'text "Backuping Files" 1002 "File: \\folder\\b.txt"',
+                              'text "Backuping Files" 1029 "Backuped: 0"'}, set(lines))
+        self.assertFalse(any(line.startswith("window message") for line in lines), "a good backup ends without a message")
+        messages = [re.fullmatch(r"LOG\(\d\d:\d\d:\d\d\): (.*) ", line)[1] for line in self.log()]
+        self.assertEqual(sorted(messages), ["INF: End file backup\\a.txt", "INF: End file backup\\folder\\b.txt",
+                                            "INF: Start file backup: \\a.txt", "INF: Start file backup: \\folder\\b.txt"])
 
     def test_restore_and_its_question(self):
         self.write("a.txt", b"a" * 3000)
-        self.seen(FULL_BACKUP.format(comment="two\nlines".replace("\n", " "), storage="\\Card"))
-        lines = self.seen('answer "File:*" no\n' + FULL_RESTORE.format(set=SET))
-        self.assertEqual(lines[0].split(" text ")[0], 'window dialog "Select"')
-        self.assertIn("Select backup file", lines[0])
-        self.assertTrue(lines[1].startswith('window dialog "Full Restore" text '))
-        self.assertIn("Backup date:", lines[1])
-        self.assertIn("(", lines[1])
-        self.assertIn("\\nComments:\\ntwo lines", lines[1])
-        self.assertNotIn("Items to backup", lines[1], "the list and its label are hidden")
-        self.assertEqual(self.boxes(lines), ['window message "Warning" text "File:\\a.txt exists replace ?" '
-                                             'buttons yes,no default no'])
-        self.assertEqual(self.progress(lines), ['window progress "Restoring Files" text "Restoring Files"',
-                                                'text "Restoring Files" 1002 "File: \\a.txt"'])
+        self.seen(full_backup(comment="two lines"))
+        chooser, dialog, *progress = self.seen('answer "File:*" no\n' + full_restore(), "window", "text")
+        self.assertRegex(chooser, '^window dialog "Select" text .*Select backup file')
+        self.assertRegex(dialog, r'^window dialog "Full Restore" text .*Backup date:.*\(.*\\nComments:\\ntwo lines')
+        self.assertNotIn("Items to backup", dialog, "the list and its label are hidden")
+        self.assertEqual(progress, ['window progress "Restoring Files" text "Restoring Files"',
+                                    'text "Restoring Files" 1002 "File: \\a.txt"',
+                                    'window message "Warning" text "File:\\a.txt exists replace ?" buttons yes,no default no'])
         (self.store / "a.txt").unlink()
-        lines = self.seen(FULL_RESTORE.format(set=SET))
-        self.assertIn('text "Restoring Files" 1029 "Restored: 0 "', lines)
+        self.assertIn('text "Restoring Files" 1029 "Restored: 0 "', self.seen(full_restore()))
 
     def test_messages_for_what_cannot_begin(self):
-        lines = self.seen("command 40005\nok\nidle\ncommand 40006\nok\nidle\ncommand 40003\nwait \"Full Backup\"\nok\nok\nidle\n")
-        self.assertEqual(self.boxes(lines), ['window message "Info" text "No item to backup!" buttons ok default ok',
-                                             'window message "Error" text "No Backup File found" buttons ok default ok',
-                                             'window message "Info" text "No item to backup!" buttons ok default ok'])
+        nothing = 'window message "Info" text "No item to backup!" buttons ok default ok'
+        script = 'command 40005\nok\nidle\ncommand 40006\nok\nidle\ncommand 40003\nwait "Full Backup"\nok\nok\nidle\n'
+        self.assertEqual(self.seen(script, "window message"), [
+            nothing, 'window message "Error" text "No Backup File found" buttons ok default ok', nothing])
 
     def test_chooser_wants_a_row(self):
-        self.write("a", b"")
-        lines = self.seen("""command 40003
+        self.write("a")
+        script = """command 40003
 check 1005
 ok
 wait "Select"
@@ -80,21 +61,22 @@ ok
 wait "Select"
 cancel
 idle
-""")
-        self.assertEqual(self.boxes(lines), ['window message "Error" text "You must select an item" buttons ok default ok'])
-        self.assertFalse((self.card / "QUILBOX").exists())
+"""
+        self.assertEqual(self.seen(script, "window message"),
+                         ['window message "Error" text "You must select an item" buttons ok default ok'])
+        self.assertFalse(self.sets.exists())
 
     def test_override_is_asked_for_each_taken_number_and_no_is_the_default(self):
         self.write("a", b"1")
-        backup = FULL_BACKUP.format(comment="", storage="\\Card")
-        self.seen(backup)
-        first = (self.card / "QUILBOX" / "QLBX0001.QLT").read_bytes()
-        lines = self.seen(backup.replace("ok\nidle", 'ok\nexpect text "Override*"\nkey "Enter"\nidle'))
-        self.assertEqual(self.boxes(lines), [f'window message "Info?" text "Override {SET} file" buttons yes,no default no'])
-        self.assertEqual((self.card / "QUILBOX" / "QLBX0001.QLT").read_bytes(), first)
-        self.assertTrue((self.card / "QUILBOX" / "QLBX0002.QDT").exists())
-        lines = self.seen('answer "Override*" no\n' + backup)
-        self.assertEqual(len(self.boxes(lines)), 2)
+        self.seen(full_backup())
+        first = self.set.read_bytes()
+        question = 'window message "Info?" text "Override \\Card\\QUILBOX\\QLBX000{}.QLT file" buttons yes,no default no'
+        pressed = full_backup().replace("ok\nidle", 'ok\nexpect text "Override*"\nkey "Enter"\nidle')
+        self.assertEqual(self.seen(pressed, "window message"), [question.format(1)])
+        self.assertEqual(self.set.read_bytes(), first)
+        self.assertTrue((self.sets / "QLBX0002.QDT").exists())
+        self.assertEqual(self.seen('answer "Override*" no\n' + full_backup(), "window message"),
+                         [question.format(1), question.format(2)])
 
 
 if __name__ == "__main__":

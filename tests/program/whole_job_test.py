@@ -1,15 +1,12 @@
-"""Whole jobs on many real files: every byte and every name comes back, under each policy, and through other hands."""
+"""Whole jobs on many real files: every byte and every name comes back, also through other programs."""
 import os
 import pathlib
-import subprocess
-import sys
 import unittest
 
-from program import FULL_BACKUP, FULL_RESTORE, ProgramTest
+import independent_set
+from program import ProgramTest, full_backup, full_restore
 
-INDEPENDENT = pathlib.Path(__file__).resolve().parents[1] / "tools" / "independent_set.py"
-FILES = 20_000
-SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
+FILE_COUNT = 20_000
 BLOCK = 131_072
 
 # Names that are hard to carry: bytes that are no UTF-8, twins by case, blanks, every reserved character, private use.
@@ -21,7 +18,7 @@ EDGES = [0, 1, 2, 259, 260, 261, BLOCK - 1, BLOCK, BLOCK + 1, 2 * BLOCK, 2 * BLO
 
 
 def fill(store):
-    """FILES files: real ones of this machine, as far as it has them, then made ones; and the difficult ones."""
+    """FILE_COUNT files: real ones of this machine, as far as it has them, then made ones."""
     count = 0
     for base in ("/usr/include", "/usr/share/doc", "/usr/share/man", "/usr/lib/python3", "/usr/share"):
         for place, _, names in os.walk(base):
@@ -32,73 +29,55 @@ def fill(store):
                 source = os.path.join(place, name)
                 if os.path.islink(source) or not os.path.isfile(source) or os.path.getsize(source) > 50_000:
                     continue
-                if count >= FILES:
+                if count >= FILE_COUNT:
                     return
                 target.mkdir(parents=True, exist_ok=True)
                 with open(source, "rb") as file:
                     (target / name).write_bytes(file.read())
                 count += 1
-    for number in range(count, FILES):
+    for number in range(count, FILE_COUNT):
         folder = store / "made" / str(number // 100)
         folder.mkdir(parents=True, exist_ok=True)
         (folder / str(number)).write_bytes(str(number).encode() * (number % 50))
 
 
-def fill_difficult(store):
-    (store / "difficult").mkdir()
-    for number, name in enumerate(DIFFICULT):
-        with open(os.path.join(os.fsencode(store), b"difficult", name), "wb") as file:
-            file.write(b"content %d" % number)
-    for size in EDGES:
-        (store / "difficult" / f"edge {size}").write_bytes(os.urandom(size))
-        (store / "difficult" / f"even {size}").write_bytes(bytes(size))
-
-
 class WholeJobTest(ProgramTest):
-    def setUp(self):
-        super().setUp()
-        fill_difficult(self.store)
+    def fill_difficult(self):
+        for number, name in enumerate(DIFFICULT):
+            self.write(b"difficult/" + name, b"content %d" % number)
+        for size in EDGES:
+            self.write(f"difficult/edge {size}", os.urandom(size))
+            self.write(f"difficult/even {size}", bytes(size))
 
-    def back_up(self):
-        self.quillbox(FULL_BACKUP.format(comment="all of it", storage="\\Card"))
-        self.assertIn("Sound", self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001"))
-
-    def test_twenty_thousand_files_come_back(self):
+    def test_twenty_thousand_files_and_difficult_names_come_back(self):
+        self.fill_difficult()
         fill(self.store)
         before = self.content()
-        self.assertGreaterEqual(len(before), FILES)
-        self.back_up()
+        self.assertGreaterEqual(len(before), FILE_COUNT)
+        self.quillbox(full_backup(comment="all of it"))
+        self.assertIn("Sound", self.set_tool("verify", self.set).text)
         self.empty_store()
-        self.quillbox(FULL_RESTORE.format(set=SET))
+        self.quillbox(full_restore())
         self.assertTrue(self.content() == before)
 
-    def test_other_hands_read_what_quillbox_writes(self):
+    def test_other_readers_take_out_what_quillbox_stored(self):
+        self.fill_difficult()
         before = self.content()
-        self.back_up()
-        out = self.base / "read"
-        subprocess.run([sys.executable, INDEPENDENT, "read", self.card / "QUILBOX" / "QLBX0001.QLT", out], check=True, stdout=subprocess.DEVNULL)
-        # The independent reader writes device names as UTF-8; compare by content, which is different in every file.
-        self.assertEqual(sorted(self.content(out).values()), sorted(before.values()))
-
-    def test_quillbox_reads_what_other_hands_write(self):
-        source = self.base / "source"
-        (source / "deep" / "er").mkdir(parents=True)
-        for size in EDGES:
-            (source / "deep" / "er" / f"file {size}").write_bytes(os.urandom(size))
-        (self.card / "QUILBOX").mkdir()
-        subprocess.run([sys.executable, INDEPENDENT, "write", self.card / "QUILBOX" / "QLBX0001.QLT", source], check=True,
-                       stdout=subprocess.DEVNULL)
-        self.assertIn("Sound", self.set_tool("verify", self.card / "QUILBOX" / "QLBX0001.QLT"))
-        self.empty_store()
-        self.quillbox(FULL_RESTORE.format(set=SET))
-        self.assertEqual(sorted(self.content().values()), sorted(self.content(source).values()))
-
-    def test_the_tool_extracts_what_quillbox_stored(self):
-        before = self.content()
-        self.back_up()
-        out = self.base / "extracted"
-        self.set_tool("extract", self.card / "QUILBOX" / "QLBX0001.QLT", out)
+        self.quillbox(full_backup())
+        out = self.output_folder()
+        self.set_tool("extract", self.set, out)
         self.assertTrue(self.content(out) == before)
+        # The independent reader gives the device's names; the content is different in nearly every file.
+        self.assertEqual(sorted(self.items().values()), sorted(before.values()))
+
+    def test_quillbox_restores_what_another_writer_made(self):
+        made = independent_set.Set()
+        contents = {f"deep/er/file {size}".encode(): os.urandom(size) for size in EDGES}
+        for name, content in contents.items():
+            made.add(independent_set.FILE, "\\" + name.decode().replace("/", "\\"), content)
+        self.assertIn("Sound", self.set_tool("verify", made.write(self.sets)).text)
+        self.quillbox(full_restore())
+        self.assertEqual(self.content(), contents)
 
 
 if __name__ == "__main__":

@@ -21,10 +21,16 @@ def unwritable_outputs():
 
 
 def traced(command, calls, *injected, **more):
-    """Runs it, with what `injected` says done to one or some of the calls; .calls has those that came, in their order."""
+    """Runs a program and records those calls, of which strace makes some fail or kill as `injected` says.
+
+    The finished process has the recorded calls in their order: .by_thread as thread and name, .calls as names alone.
+    """
     what = [word for each in ("trace=" + calls, *("inject=" + each for each in injected)) for word in ("-e", each)]
     with tempfile.NamedTemporaryFile("r") as trace:
         done = subprocess.run(["strace", "-f", "-qq", "-o", trace.name, *what, *map(str, command)], check=False,
                               **{"capture_output": True, "env": {**os.environ, "ASAN_OPTIONS": "detect_leaks=0"}, **more})
-        done.calls = [name for name in re.findall(r"^\d+ +(\w+)\(", trace.read(), re.M) if name in calls.split(",")]
+        # A call that was resumed, or that strace has no name for, isn't counted.
+        done.by_thread = [(thread, name) for thread, name in re.findall(r"^(\d+) +(\w+)\(", trace.read(), re.M)
+                          if name in calls.split(",")]
+    done.calls = [name for _, name in done.by_thread]
     return done

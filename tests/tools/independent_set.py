@@ -1,17 +1,7 @@
-#!/usr/bin/env python3
-"""Reads and writes sets without any of Quillbox's code: made from docs/format.md alone, with an LZO1X decoder of its own.
-
-  independent_set.py read LISTFILE OUTDIR      unpacks a set into OUTDIR/files, OUTDIR/databases/NAME.CDB and
-                                               OUTDIR/registry; prints one line an item; exit code 1 with the reason for
-                                               the first thing that isn't as the format has it
-  independent_set.py write LISTFILE FOLDER...  makes a set of all files below the folders, each under its path from there
-      [--comment TEXT] [--database FILE.CDB]... [--registry FILE]
-"""
-import argparse
+"""Reads and writes sets without any of Quillbox's code: made from docs/format.md alone, with an LZO1X decoder of its own."""
 import os
 import pathlib
 import struct
-import sys
 
 MAGIC = b"QBXPK"
 RAW_BLOCK = 131072
@@ -197,36 +187,23 @@ def read_list(raw):
     return comment, entries
 
 
-def target_of(folder, kind, name):
-    parts = [part for part in name.split("\\") if part]
-    if any(part in (".", "..") or "/" in part for part in parts):
-        raise Damaged(f"{name} leads out of the folder")
-    if kind == REGISTRY:
-        return folder / "registry"
-    if kind == DATABASE:
-        return folder / "databases" / (name + ".CDB")
-    return (folder / "files").joinpath(*parts)
-
-
-def read_set(list_path, folder):
-    comment, entries = read_list(list_path.read_bytes())
-    data = data_path(list_path).read_bytes()
-    print("comment", repr(comment))
+def read_set(list_path):
+    """The items of a set as (kind, name, content), in their order. Raises Damaged at the first deviation from the format."""
+    _, entries = read_list(list_path.read_bytes())
+    data = list_path.with_suffix(".QDT").read_bytes()
+    items = []
     expected = 0
     for kind, name, start, end in entries:
         if start != expected or end < start or end > len(data):
             raise Damaged(f"{name}: its stream lies from {start} to {end}")
         expected = end
         try:
-            raw = unpack_stream(data[start:end])
+            items.append((kind, name, unpack_stream(data[start:end])))
         except Damaged as fault:
             raise Damaged(f"{name}: {fault}") from fault
-        target = target_of(folder, kind, name)
-        target.parent.mkdir(parents=True, exist_ok=True)
-        target.write_bytes(raw)
-        print(("file", "database", "registry")[kind - 1], len(raw), name)
     if expected != len(data):
         raise Damaged(f"the data file has {len(data)} bytes, the entries {expected}")
+    return items
 
 
 def entry_bytes(kind, name, start, end):
@@ -298,30 +275,27 @@ def write_set(list_path, folders, comment, databases, registry):
     list_path.write_bytes(listed)
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    modes = parser.add_subparsers(dest="mode", required=True)
-    reading = modes.add_parser("read")
-    reading.add_argument("list", type=pathlib.Path)
-    reading.add_argument("folder", type=pathlib.Path)
-    writing = modes.add_parser("write")
-    writing.add_argument("list", type=pathlib.Path)
-    writing.add_argument("folders", type=pathlib.Path, nargs="*")
-    writing.add_argument("--comment", default="Backup date:24/11/2026 (21:33)\r\nComments:\r\nWritten by hand")
-    writing.add_argument("--database", type=pathlib.Path, action="append", default=[])
-    writing.add_argument("--registry", type=pathlib.Path)
-    arguments = parser.parse_args()
-    if arguments.mode == "write":
-        registry = [arguments.registry] if arguments.registry else []
-        write_set(arguments.list, arguments.folders, arguments.comment, arguments.database, registry)
-        return 0
-    try:
-        read_set(arguments.list, arguments.folder)
-    except Damaged as fault:
-        print(f"{arguments.list}: {fault}", file=sys.stderr)
-        return 1
-    return 0
+class Set:
+    """A set that is being made. What add() puts in is good; a test may damage `listed` and `data`."""
 
+    def __init__(self, comment="Hi"):
+        packed_comment = (comment + "\0").encode("utf-16-le")
+        self.listed = struct.pack("<I", len(packed_comment) // 2) + packed_comment
+        self.data = b""
 
-if __name__ == "__main__":
-    sys.exit(main())
+    def add(self, kind, name, raw=None, stream=None):
+        """Without `raw` a database without records, or a registry without keys of its own."""
+        if raw is None:
+            raw = image_bytes(name) if kind == DATABASE else registry_bytes({})
+        stream = pack_stream(raw) if stream is None else stream
+        self.listed += entry_bytes(kind, name, len(self.data), len(self.data) + len(stream))
+        self.data += stream
+        return self
+
+    def write(self, folder, number=1):
+        """The path of the list file. The folder is made if it is missing."""
+        path = pathlib.Path(folder, f"QLBX{number:04d}.QLT")
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(self.listed)
+        path.with_suffix(".QDT").write_bytes(self.data)
+        return path

@@ -1,0 +1,83 @@
+"""Runs quillbox-set, quillbox-device and quillbox on a temporary folder, and makes the JSON lines of databases."""
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+BIN = pathlib.Path(os.environ["QUILLBOX_BIN"])
+# A sanitized program takes several times as long and reserves more memory than any limit allows.
+SANITIZED = bool(os.environ.get("QUILLBOX_SANITIZE"))
+
+REGISTRY_HEAD = "\ufeffWindows Registry Editor Version 5.00\r\n\r\n"
+
+
+def database(name, records=(), kind=0, sort=((0, 0),)):
+    """A database. A record is a list of properties as an export has them, a sort order a property and its flags."""
+    return {"name": name, "type": kind, "sort": list(sort), "records": list(records)}
+
+
+def lines(*databases):
+    """The databases as an import takes them and an export gives them."""
+    made = []
+    for one in databases:
+        sort = [{"property": identifier, "flags": flags} for identifier, flags in one["sort"]]
+        made.append({"database": one["name"], "type": one["type"], "sort": sort})
+        made += [{"record": record} for record in one["records"]]
+    return "".join(json.dumps(line, ensure_ascii=False, separators=(",", ":")) + "\n" for line in made)
+
+
+class CompanionTest(unittest.TestCase):
+    """Has an empty folder and, below it, the path of a device that doesn't exist yet."""
+
+    def setUp(self):
+        base = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="quillbox-test-", dir=base))
+        self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
+        self.device = self.folder / "device"
+
+    def run_program(self, program, *arguments, code=0, given="", **start):
+        """Runs a program to its end, which must have this exit code. `start` goes to subprocess.run.
+
+        Returns the finished process, with its output and its errors also decoded: .text and .said.
+        """
+        if "stdin" not in start:
+            start["input"] = given if isinstance(given, bytes) else given.encode()
+        start = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "timeout": 600, **start}
+        done = subprocess.run([BIN / program, *map(str, arguments)], check=False, **start)
+        done.text = (done.stdout or b"").decode(errors="replace")
+        done.said = (done.stderr or b"").decode(errors="replace")
+        self.assertEqual(done.returncode, code, done.said + done.text)
+        return done
+
+    def set_tool(self, *arguments, **more):
+        return self.run_program("quillbox-set", *arguments, **more)
+
+    def device_tool(self, *arguments, **more):
+        return self.run_program("quillbox-device", *arguments, **more)
+
+    def exported(self, device=None):
+        """All databases of a device as JSON lines."""
+        return self.device_tool("database", "export", device or self.device).text
+
+    def registry(self, device=None):
+        """The registry file that a device exports."""
+        return self.device_tool("registry", "export", device or self.device).stdout
+
+    def file(self, name, content=b""):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    def registry_file(self, name, text):
+        return self.file(name, (REGISTRY_HEAD + text).encode("utf-16-le"))
+
+    def output_folder(self):
+        """A new, empty folder."""
+        return pathlib.Path(tempfile.mkdtemp(prefix="out", dir=self.folder))
+
+
+def names_in(folder):
+    return sorted(path.name for path in folder.iterdir())
