@@ -45,7 +45,7 @@ def image(one):
     def value(found):
         if "units" in found:
             return b"".join(unit.to_bytes(2, "little") for unit in found["units"]).decode("utf-16-le", "surrogatepass")
-        return bytes.fromhex(found["value"]) if found["id"].endswith(f"{BYTES:04x}") else found["value"]
+        return bytes.fromhex(found["value"]) if found["id"].endswith(f"{BYTES:04x}") else found.get("value")
 
     return independent_set.image_bytes(one["name"], one["type"], one["sort"],
                                        [[(int(found["id"], 16), value(found), found.get("flags", 0)) for found in record]

@@ -2,7 +2,7 @@
 import unittest
 
 import independent_set
-from companions import SANITIZED, database
+from companions import SANITIZED, database, lines
 from device_contents import BYTES, I2, I4, TEXT, UI2, ContentsTest, after, every_type, image, item, texts
 from independent_set import DATABASE
 from program import DATABASES, REGISTRY, full_backup, full_restore, options_script, shown
@@ -76,14 +76,33 @@ class RoundTripTest(ContentsTest):
         self.assert_holds(*after(1, databases))
         self.assertIn("by hand", self.registry().decode("utf-16"))
 
-    def test_images_are_those_of_another_writer_byte_for_byte(self):
-        databases = [after(0, [one])[0] for one in all_kinds(50)[:3]]
-        self.fill(*databases)
-        self.quillbox(full_backup(DATABASES))
+    def test_another_reader_and_quillbox_set_find_in_a_set_what_the_device_held(self):
+        unknown = {"id": "00030063", "bits": "0123456789abcdef"}
+        databases = all_kinds(50)
+        self.fill(*databases, database("Unknown type", [[unknown]]), registry=KEYS)
+        self.quillbox("idle\n")
+        registry = self.registry()
+        self.quillbox(full_backup(DATABASES, REGISTRY))
+        databases = [*after(0, databases), database("Unknown type", [[{**unknown, "bits": "0" * 16}]])]
         found = self.items()
-        self.assertEqual(set(found), {(DATABASE, one["name"]) for one in databases})
         for one in databases:
             self.assertTrue(found[DATABASE, one["name"]] == image(one), one["name"])
+        out = self.output_folder()
+        self.set_tool("extract", self.set, out)
+        extracted = {path.name: path.read_bytes() for path in out.iterdir()}
+        self.assertEqual(extracted.pop("registry.reg"), registry)
+        self.assertEqual(sorted(content.decode() for content in extracted.values()), sorted(map(lines, databases)))
+
+    def test_quillbox_set_gives_each_form_of_a_new_devices_databases_as_quillbox_device_exports_it(self):
+        device, out = self.folder / "new", self.output_folder()
+        self.quillbox(full_backup(DATABASES, storage="Main device"), device=device)
+        names = ["Appointments Database", "Contacts Database", "Tasks Database"]
+        for form, ending, names_of_form in (("jsonl", ".jsonl", names), ("csv", ".csv", names), ("vcard", ".vcf", names[1:2]),
+                                            ("ical", ".ics", names[::2])):
+            self.set_tool("extract", "--form", form, device / "object-store" / "QUILBOX" / "QLBX0001", out, *names_of_form)
+            for name in names_of_form:
+                exported = self.device_tool("database", "export", device, "--name", name, "--form", form).stdout
+                self.assertEqual((out / (name + ending)).read_bytes(), exported)
 
     def test_names_that_are_paths_reach_nothing_outside_and_are_reported(self):
         paths = ["..\\x", "..\\..\\x", "none\\x", "folder\\..\\..\\x", "a/b", "../x", "a:b", "what?"]

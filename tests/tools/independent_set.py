@@ -1,5 +1,4 @@
 """Reads and writes sets without any of Quillbox's code: made from docs/format.md alone, with an LZO1X decoder of its own."""
-import os
 import pathlib
 import struct
 
@@ -146,10 +145,6 @@ def pack_stream(raw):
 
 # Sets
 
-def data_path(list_path):
-    return list_path.with_name(list_path.name[:-3] + "QDT")
-
-
 def text(raw, what):
     decoded = raw.decode("utf-16-le", "surrogatepass")
     if decoded[-1:] != "\0" or "\0" in decoded[:-1]:
@@ -249,30 +244,6 @@ def registry_bytes(keys):
         lines += [f"[{key}]", *values, ""]
     lines.append(f"; End of registry: {len(every)} keys, {sum(len(values) for _, values in every)} values")
     return ("\ufeff" + "".join(line + "\r\n" for line in lines)).encode("utf-16-le", "surrogatepass")
-
-
-def files_below(folder):
-    for root, folders, names in os.walk(folder):
-        folders.sort()
-        for name in sorted(names):
-            path = pathlib.Path(root, name)
-            yield "\\" + "\\".join(path.relative_to(folder).parts), path
-
-
-def write_set(list_path, folders, comment, databases, registry):
-    items = [(FILE, name, path) for folder in folders for name, path in files_below(folder)]
-    items += [(DATABASE, path.stem, path) for path in databases]
-    items += [(REGISTRY, "", path) for path in registry]
-    packed_comment = (comment + "\0").encode("utf-16-le")
-    listed = struct.pack("<I", len(packed_comment) // 2) + packed_comment
-    at = 0
-    with data_path(list_path).open("wb") as data:
-        for kind, name, path in items:
-            stream = pack_stream(path.read_bytes())
-            data.write(stream)
-            listed += entry_bytes(kind, name, at, at + len(stream))
-            at += len(stream)
-    list_path.write_bytes(listed)
 
 
 class Set:

@@ -1,17 +1,11 @@
-#!/usr/bin/env python3
-"""What quillbox-set tells of databases and the registry inside of sets, and what it makes of them: good and damaged."""
+"""What quillbox-set says of databases and the registry inside of sets, and what it makes of them: good and damaged."""
 import json
-import pathlib
+import resource
 import struct
-import subprocess
-import sys
-import tempfile
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
-from independent_set import DATABASE, FILE, REGISTRY, image_bytes, pack_stream, registry_bytes
-import quillbox_set_test
-from quillbox_set_test import Set, ToolTest
+from companions import SANITIZED, CompanionTest
+from independent_set import DATABASE, REGISTRY, Set, image_bytes, pack_stream, registry_bytes
 
 SORT = [(0x3001F, 2), (0x40040, 5)]
 RECORDS = [
@@ -29,55 +23,46 @@ LINES = [
     {"record": [{"id": "0007000b", "value": 0}, {"id": "00080005", "value": 0.0}]},
 ]
 WARNING = "is of a database named"
-KEYS = {"HKEY_CURRENT_USER\\ControlPanel": ['@="x"', '"Number"=dword:0000001f'], "HKEY_USERS\\a": []}
 IMAGE = image_bytes("Tasks", 26, SORT, RECORDS)
-REGISTRY_TEXT = registry_bytes(KEYS)
+REGISTRY_BYTES = registry_bytes({"HKEY_CURRENT_USER\\ControlPanel": ['@="x"', '"Number"=dword:0000001f'], "HKEY_USERS\\a": []})
 
 
 def lines_of(path):
     return [json.loads(line) for line in path.read_text(encoding="utf-8").splitlines()]
 
 
-class InsideTest(ToolTest):
-    def set_of(self, image=IMAGE, name="Tasks", registry=REGISTRY_TEXT):
-        made = Set().add(DATABASE, name, image)
-        return made.add(REGISTRY, "", registry).write(self.folder)
+class InsideTest(CompanionTest):
+    def set_of(self, image=IMAGE, name="Tasks", registry=REGISTRY_BYTES):
+        return Set().add(DATABASE, name, image).add(REGISTRY, "", registry).write(self.folder)
 
-    def verified(self, path):
-        """The exit code, and each fault or warning as (item, text)."""
-        done = self.run_tool("verify", path, "--json")
-        told = json.loads(done.text)
-        self.assertEqual(told["sound"], done.returncode == 0)
-        self.assertEqual(told["warnings"], sum("warning" in fault for fault in told["faults"]))
-        return done.returncode, [(fault["item"], fault["reason"]) for fault in told["faults"]]
+    def verified(self, path, code):
+        """Each fault or warning as (item, text)."""
+        found = json.loads(self.set_tool("verify", path, "--json", code=code).text)
+        self.assertEqual(found["sound"], code == 0)
+        self.assertEqual(found["warnings"], sum("warning" in fault for fault in found["faults"]))
+        return [(fault["item"], fault["reason"]) for fault in found["faults"]]
 
     def assert_fault(self, path, item, reason):
-        code, faults = self.verified(path)
-        faults = [fault for fault in faults if WARNING not in fault[1]]
-        self.assertEqual((code, len(faults)), (1, 1), faults)
-        self.assertEqual(faults[0][0], item)
+        faults = [fault for fault in self.verified(path, 1) if WARNING not in fault[1]]
+        self.assertEqual([fault[0] for fault in faults], [item], faults)
         self.assertIn(reason, faults[0][1])
 
     def extracted(self, path, *options, code=0):
         """The files by name."""
-        out = pathlib.Path(tempfile.mkdtemp(dir=self.folder))
-        done = self.run_tool("extract", *options, path, out)
-        self.assertEqual(done.returncode, code, done.text)
+        out = self.output_folder()
+        self.set_tool("extract", *options, path, out, code=code)
         return {found.name: found for found in out.iterdir()}
 
 
 class GoodInsideTest(InsideTest):
     def test_a_database_comes_out_in_the_devices_order_with_every_value_of_its_image(self):
         found = self.extracted(self.set_of())
-        self.assertEqual(sorted(found), ["Tasks.jsonl", "registry.reg"])
+        self.assertEqual(set(found), {"Tasks.jsonl", "registry.reg"})
         self.assertEqual(lines_of(found["Tasks.jsonl"]), LINES)
-        self.assertEqual(found["registry.reg"].read_bytes(), REGISTRY_TEXT)
-        raw = self.extracted(self.set_of(), "--raw")
-        self.assertEqual({name: path.read_bytes() for name, path in raw.items()},
-                         {"Tasks.CDB": IMAGE, "registry.reg-image": REGISTRY_TEXT})
+        self.assertEqual(found["registry.reg"].read_bytes(), REGISTRY_BYTES)
 
     def test_values_and_records_across_the_blocks_of_a_stream_come_out_whole(self):
-        # Characters of two units lie across each even place.
+        # Characters of two units lie across each even offset.
         blob, text = bytes(range(256)) * 1200, "\u4e16\"" + "wide \U0001F600" * 60000
         records = [[(0x10003, number)] for number in range(40000)] + [[(0x10041, blob), (0x1001F, text)], []]
         found = lines_of(self.extracted(self.set_of(image_bytes("Tasks", 0, [], records)))["Tasks.jsonl"])
@@ -85,73 +70,69 @@ class GoodInsideTest(InsideTest):
         self.assertEqual([value["value"] for value in found[40001]["record"]], [blob.hex(), text])
         self.assertEqual(len(found), 40002, "a record without properties is none")
 
-    def test_what_a_restore_makes_of_a_propertys_flags_comes_out(self):
+    def test_flags_of_a_property_come_out_as_a_restore_takes_them(self):
         """0x100 is an answer's, 0x200 takes a property away; nothing that is stored has them, and no import takes them."""
-        image = image_bytes("Tasks", 7, [], [[(0x10003, 1, 0x100), (0x20003, 2, 0x101), (0x30003, 3, 0x200)],
-                                              [(0x10003, 4), (0x20003, 5), (0x10003, 6, 0x300), (0x20003, 7)],
-                                              [(0x10003, 8, 0x200)]])
-        path = self.set_of(image)
-        self.assertEqual(self.verified(path), (0, []))
+        path = self.set_of(image_bytes("Tasks", 7, [], [
+            [(0x10003, 1, 0x100), (0x20003, 2, 0x101), (0x30003, 3, 0x200)],
+            [(0x10003, 4), (0x20003, 5), (0x10003, 6, 0x300), (0x20003, 7)], [(0x10003, 8, 0x200)]]))
+        self.assertEqual(self.verified(path, 0), [])
         self.assertEqual(lines_of(self.extracted(path)["Tasks.jsonl"])[1:],
                          [{"record": [{"id": "00010003", "value": 1}, {"id": "00020003", "flags": 1, "value": 2}]},
                           {"record": [{"id": "00020003", "value": 7}]}])
         self.assertEqual(self.extracted(path, "--form", "csv")["Tasks.csv"].read_bytes().split(),
                          [b"00010003,00020003,00020003", b"flags", b"1,2,1", b",7,"])
 
-    def test_list_tells_what_is_inside_only_when_asked(self):
+    def test_list_says_what_is_inside_only_when_asked(self):
         path = self.set_of()
-        text = self.run_tool("list", path, "--inside").text
+        text = self.set_tool("list", path, "--inside").text
         self.assertIn('"Tasks", 3 records, type 26, sorted by 0003001f without case; 00040040 descending unknown first',
                       text)
         self.assertIn("6 keys, 2 values", text)
-        items = json.loads(self.run_tool("list", path, "--inside", "--json").text)["items"]
+        items = json.loads(self.set_tool("list", path, "--inside", "--json").text)["items"]
         self.assertEqual([item["inside"] for item in items],
-                         [{"name": "Tasks", "type": 26, "records": 3, "sort": LINES[0]["sort"]},
-                          {"keys": 6, "values": 2}])
+                         [{"name": "Tasks", "type": 26, "records": 3, "sort": LINES[0]["sort"]}, {"keys": 6, "values": 2}])
         path.with_suffix(".QDT").write_bytes(b"")
-        self.assertEqual(self.run_tool("list", path).returncode, 0, "a quick list unpacks nothing")
-        done = self.run_tool("list", path, "--inside", "--json")
-        self.assertEqual([item["inside"] for item in json.loads(done.text)["items"]], [None, None])
-        for options in (["--inside", "--json"], ["--inside"], ["--sizes", "--json"], ["--sizes"]):
-            self.assertEqual(self.run_tool("list", path, *options).returncode, 1, "what is damaged isn't listed in silence")
+        self.set_tool("list", path)  # unpacks nothing
+        for options in (["--inside"], ["--sizes", "--json"], ["--sizes"]):
+            self.set_tool("list", path, *options, code=1)
+        damaged = self.set_tool("list", path, "--inside", "--json", code=1)
+        self.assertEqual([item["inside"] for item in json.loads(damaged.text)["items"]], [None, None])
 
     def test_what_surprises_at_a_restore_is_a_warning_and_no_fault(self):
-        for image, reason in [(image_bytes("Other", 26), '"Other"'), (image_bytes("x" * 32), "31 characters"),
-                              (image_bytes("Tasks", 0, [], [[], [(0x10003, 1)], []]), "2 records")]:
-            name = "x" * 32 if "31" in reason else "Tasks"
-            code, told = self.verified(self.set_of(image, name))
-            self.assertEqual((code, len(told)), (0, 1), told)
-            self.assertIn(reason, told[0][1])
-        self.assertEqual(self.verified(self.set_of(image_bytes("TASKS")))[1], [], "the store finds it without case")
-        done = self.run_tool("verify", self.set_of(image_bytes("\x1b[2J")))
-        self.assertNotIn("\x1b", done.text)
-        self.assertIn("warning: ", done.text)
-        self.assertIn("Sound: 2 items, 1 warning.", done.text)
+        for image, name, reason in [(image_bytes("Other", 26), "Tasks", '"Other"'),
+                                    (image_bytes("x" * 32), "x" * 32, "31 characters"),
+                                    (image_bytes("Tasks", 0, [], [[], [(0x10003, 1)], []]), "Tasks", "2 records")]:
+            warnings = self.verified(self.set_of(image, name), 0)
+            self.assertEqual(len(warnings), 1, warnings)
+            self.assertIn(reason, warnings[0][1])
+        self.assertEqual(self.verified(self.set_of(image_bytes("TASKS")), 0), [], "the store finds it without case")
+        said = self.set_tool("verify", self.set_of(image_bytes("\x1b[2J"))).text
+        self.assertNotIn("\x1b", said)
+        self.assertIn("warning: ", said)
+        self.assertIn("Sound: 2 items, 1 warning.", said)
 
     def test_a_form_that_cannot_hold_a_database_replaces_nothing(self):
-        path, out = self.set_of(), self.folder / "out"
-        out.mkdir()
-        (out / "Tasks.vcf").write_bytes(b"old")
-        done = self.run_tool("extract", "--form", "vcard", "--force", path, out)
-        self.assertEqual(done.returncode, 1)
+        path, out = self.set_of(), self.output_folder()
+        old = out / "Tasks.vcf"
+        old.write_bytes(b"old")
+        done = self.set_tool("extract", "--form", "vcard", "--force", path, out, code=1)
         self.assertIn("database Tasks: vCard holds contacts", done.text)
-        self.assertEqual((out / "Tasks.vcf").read_bytes(), b"old")
-        self.assertEqual(self.run_tool("extract", "--form", "csv", path, out, "Tasks").returncode, 0)
-        self.assertEqual(sorted(found.name for found in out.iterdir()), ["Tasks.csv", "Tasks.vcf", "registry.reg"])
-        self.assertEqual(self.run_tool("extract", "--form", "csv", "--raw", path, out).returncode, 2)
-        self.assertEqual(self.run_tool("extract", "--form", "none", path, out).returncode, 2)
+        self.assertEqual(old.read_bytes(), b"old")
+        self.set_tool("extract", "--form", "csv", path, out, "Tasks")
+        self.assertEqual({found.name for found in out.iterdir()}, {"Tasks.csv", "Tasks.vcf", "registry.reg"})
+        for form in (["csv", "--raw"], ["none"]):
+            self.set_tool("extract", "--form", *form, path, out, code=2)
 
-    def test_names_that_become_one_file_name_cost_no_database(self):
-        path = Set().add(DATABASE, "a/b", image_bytes("first")).add(DATABASE, "a\\b", image_bytes("second")).write(
-            self.folder)
-        out = self.folder / "out"
+    def test_of_names_that_become_one_file_name_the_first_database_is_kept(self):
+        path = Set().add(DATABASE, "a/b", image_bytes("first")).add(DATABASE, "a\\b", image_bytes("second")).write(self.folder)
+        out = self.output_folder()
         for _ in range(2):
-            self.assertEqual(self.run_tool("extract", "--force", path, out).returncode, 1)
+            self.set_tool("extract", "--force", path, out, code=1)
             self.assertEqual(lines_of(out / "a_b.jsonl")[0]["database"], "first")
 
 
 class DamagedInsideTest(InsideTest):
-    def test_each_fault_of_an_image_is_named(self):
+    def test_each_fault_of_an_image_is_named_and_nothing_of_it_is_written(self):
         text_at = IMAGE.index("Grüße".encode("utf-16-le"))
         size_at = text_at - 4
         units = struct.unpack_from("<I", IMAGE, size_at)[0]
@@ -174,100 +155,91 @@ class DamagedInsideTest(InsideTest):
             with self.subTest(reason):
                 path = self.set_of(image)
                 self.assert_fault(path, 1, reason)
-                self.assertEqual(sorted(self.extracted(path, code=1)), ["registry.reg"], "half must not pass for all")
+                self.assertEqual(set(self.extracted(path, code=1)), {"registry.reg"}, "half must not pass for all")
 
     def test_each_fault_of_a_registry_is_named_and_nothing_is_written(self):
-        text = REGISTRY_TEXT.decode("utf-16-le")
-        for spoilt, reason in [("", "byte order mark"), ("REGEDIT4\r\n", "byte order mark"),
-                               (text[:-40], "its closing line is missing"), (text.replace("2 values", "3 values"), "numbers"),
-                               (text.replace("=dword", "=word"), "no known form"), (text.replace("_USERS\\", "_X\\"), "predefined"),
-                               (text + "x", "behind the closing line"), (text.replace("@=", "@ "), "line 8: an equals")]:
+        text = REGISTRY_BYTES.decode("utf-16-le")
+        for damaged, reason in [("", "byte order mark"), ("REGEDIT4\r\n", "byte order mark"),
+                                (text[:-40], "its closing line is missing"), (text.replace("2 values", "3 values"), "numbers"),
+                                (text.replace("=dword", "=word"), "no known form"),
+                                (text.replace("_USERS\\", "_X\\"), "predefined"), (text + "x", "behind the closing line"),
+                                (text.replace("@=", "@ "), "line 8: an equals")]:
             with self.subTest(reason):
-                path = self.set_of(registry=spoilt.encode("utf-16-le"))
+                path = self.set_of(registry=damaged.encode("utf-16-le"))
                 self.assert_fault(path, 2, reason)
-                self.assertEqual(sorted(self.extracted(path, code=1)), ["Tasks.jsonl"])
-        self.assert_fault(self.set_of(registry=REGISTRY_TEXT[:-1]), 2, "middle of a character")
+                self.assertEqual(set(self.extracted(path, code=1)), {"Tasks.jsonl"})
+        self.assert_fault(self.set_of(registry=REGISTRY_BYTES[:-1]), 2, "middle of a character")
 
     def test_a_damaged_stream_is_the_fault_and_not_what_follows_from_it(self):
-        for kind, raw, name in ((DATABASE, IMAGE, "Tasks"), (REGISTRY, REGISTRY_TEXT, "")):
+        for kind, raw, name in ((DATABASE, IMAGE, "Tasks"), (REGISTRY, REGISTRY_BYTES, "")):
             path = Set().add(kind, name, stream=pack_stream(raw)[:-7]).write(self.folder)
             self.assert_fault(path, 1, "closing block is missing")
 
     def test_whole_records_before_the_damage_are_kept_when_asked(self):
         found = self.extracted(self.set_of(IMAGE[:-1]), "--keep-damaged", code=1)
         self.assertEqual(lines_of(found["Tasks.jsonl"]), [LINES[0], *LINES[2:]])
-        self.assertEqual(sorted(self.extracted(self.set_of(b"\0" * 20), "--keep-damaged", code=1)), ["registry.reg"])
-        cut = self.extracted(self.set_of(registry=REGISTRY_TEXT[:-40]), "--keep-damaged", code=1)["registry.reg"]
-        self.assertEqual(cut.read_bytes(), REGISTRY_TEXT[:-40])
+        self.assertEqual(set(self.extracted(self.set_of(b"\0" * 20), "--keep-damaged", code=1)), {"registry.reg"})
+        cut = self.extracted(self.set_of(registry=REGISTRY_BYTES[:-40]), "--keep-damaged", code=1)["registry.reg"]
+        self.assertEqual(cut.read_bytes(), REGISTRY_BYTES[:-40])
 
-    def test_an_image_that_is_damaged_replaces_nothing(self):
-        out = self.folder / "out"
-        self.assertEqual(self.run_tool("extract", self.set_of(), out).returncode, 0)
-        self.assertEqual(self.run_tool("extract", "--force", self.set_of(IMAGE[:-1], registry=b"x"), out).returncode, 1)
+    def test_what_is_damaged_replaces_nothing(self):
+        out = self.output_folder()
+        self.set_tool("extract", self.set_of(), out)
+        self.set_tool("extract", "--force", self.set_of(IMAGE[:-1], registry=b"x"), out, code=1)
         self.assertEqual(lines_of(out / "Tasks.jsonl"), LINES)
-        self.assertEqual((out / "registry.reg").read_bytes(), REGISTRY_TEXT)
+        self.assertEqual((out / "registry.reg").read_bytes(), REGISTRY_BYTES)
         self.assertEqual(len(list(out.iterdir())), 2, "nothing else is left behind")
 
-    def test_cut_and_flipped_at_every_byte_both_are_judged_and_never_a_crash(self):
+    def test_verify_and_extract_agree_on_a_database_and_a_registry_cut_and_changed_at_every_byte(self):
         """All the damage in one set, an item each: one process judges it and one extracts it."""
-        spoilt = [IMAGE[:cut] for cut in range(len(IMAGE))]
-        spoilt += [IMAGE[:at] + bytes([IMAGE[at] ^ mask]) + IMAGE[at + 1:] for at in range(len(IMAGE)) for mask in (1, 255)]
+        def damaged(raw):
+            return [raw[:cut] for cut in range(len(raw))] + [
+                raw[:at] + bytes([raw[at] ^ mask]) + raw[at + 1:] for at in range(len(raw)) for mask in (1, 255)]
+
         made = Set()
-        for number, image in enumerate(spoilt):
+        for number, image in enumerate(damaged(IMAGE)):
             made.add(DATABASE, f"d{number}", image)
         path = made.write(self.folder)
-        code, told = self.verified(path)
-        faulty = {item for item, reason in told if WARNING not in reason}
+        faulty = {item for item, reason in self.verified(path, 1) if WARNING not in reason}
         self.assertLessEqual(set(range(1, len(IMAGE) + 1)), faulty, "a cut image is never sound")
         found = self.extracted(path, code=1)
-        self.assertEqual({int(name[1:-6]) + 1 for name in found}, set(range(1, len(spoilt) + 1)) - faulty)
+        self.assertEqual({int(name[1:-6]) + 1 for name in found}, set(range(1, 3 * len(IMAGE) + 1)) - faulty)
         for name, extracted in found.items():
             self.assertEqual(len(lines_of(extracted)), 4, name)
 
-    def test_a_registry_cut_and_flipped_at_every_byte_is_never_a_crash(self):
         made = Set()
-        for cut in range(0, len(REGISTRY_TEXT)):
-            made.add(REGISTRY, "", REGISTRY_TEXT[:cut])
-        for at in range(0, len(REGISTRY_TEXT)):
-            made.add(REGISTRY, "", REGISTRY_TEXT[:at] + bytes([REGISTRY_TEXT[at] ^ 255]) + REGISTRY_TEXT[at + 1:])
-        told = self.verified(made.write(self.folder))[1]
-        faulty = {item for item, reason in told if "device accepts" in reason}
-        self.assertLessEqual(set(range(1, len(REGISTRY_TEXT) + 1)), faulty, "a cut registry is never sound")
+        for content in damaged(REGISTRY_BYTES):
+            made.add(REGISTRY, "", content)
+        faulty = {item for item, reason in self.verified(made.write(self.folder), 1) if "device accepts" in reason}
+        self.assertLessEqual(set(range(1, len(REGISTRY_BYTES) + 1)), faulty, "a cut registry is never sound")
 
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more memory than the limit")
     def test_memory_stays_bounded_whatever_an_image_claims(self):
         """Gigabytes of one value out of a few megabytes of set."""
-        zeros = pack_zeros()
-        head = image_bytes("Tasks", 0, [], [[]])[:-2] + b"\1\0" + struct.pack("<II", 0x10041, 0xFFFFFFF0)
-        stream = pack_stream(head)[:-7] + zeros * 2000 + pack_stream(b"")[5:]
-        path = Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
-        limited = [sys.executable, "-c", "import os, resource, sys\n"
-                   "resource.setrlimit(resource.RLIMIT_DATA, (64 << 20, 64 << 20))\nos.execv(sys.argv[1], sys.argv[1:])"]
-        if subprocess.run([*limited, quillbox_set_test.TOOL, "--version"], capture_output=True, check=False).returncode != 0:
-            self.skipTest("a sanitizer needs more memory than the limit")
-        done = subprocess.run([*limited, quillbox_set_test.TOOL, "verify", path], capture_output=True, text=True, check=False)
-        self.assertEqual(done.returncode, 1, done.stderr)
-        self.assertIn("inside record 1 of 1", done.stdout)
-        whole = head[:-4] + struct.pack("<I", 2000 * 131072)
-        stream = pack_stream(whole)[:-7] + zeros * 2000 + pack_stream(b"\0\0")[5:]
-        path = Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
-        done = subprocess.run([*limited, quillbox_set_test.TOOL, "extract", path, self.folder / "out"], capture_output=True,
-                              text=True, check=False)
-        self.assertEqual(done.returncode, 1, done.stderr)
-        self.assertIn("16 MiB", done.stdout)
-        self.assertEqual(list((self.folder / "out").iterdir()), [])
-        # As text a value takes up to nine times the room; in memory it is there once.
-        whole = head[:-4] + struct.pack("<I", 120 * 131072)
-        blob = pack_stream(whole)[:-7] + zeros * 120 + pack_stream(b"\0\0")[5:]
-        text = pack_stream(image_bytes("Tasks", 0, [], [[(0x1001F, "\ud800" * 4_000_000)]]))
-        for stream, size in ((blob, 2 * 120 * 131072), (text, 6 * 4_000_000)):
-            path = Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
-            done = subprocess.run([*limited, quillbox_set_test.TOOL, "extract", "--force", path, self.folder / "out"],
-                                  capture_output=True, text=True, check=False)
-            self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
-            self.assertGreater((self.folder / "out" / "Tasks.jsonl").stat().st_size, size - 100)
+        limit = (64 << 20, 64 << 20)
+        limited = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_DATA, limit)}
+        head = image_bytes("Tasks", 0, [], [[]])[:-2] + b"\1\0" + struct.pack("<I", 0x10041)
+        out = self.output_folder()
+
+        def blob(claimed, blocks, rest):
+            """A set with one blob that claims a size and has so many full blocks of zeros."""
+            stream = pack_stream(head + struct.pack("<I", claimed))[:-7] + packed_zeros() * blocks + pack_stream(rest)[5:]
+            return Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
+
+        done = self.set_tool("verify", blob(0xFFFFFFF0, 2000, b""), code=1, **limited)
+        self.assertIn("inside record 1 of 1", done.text)
+        done = self.set_tool("extract", blob(2000 * 131072, 2000, b"\0\0"), out, code=1, **limited)
+        self.assertIn("16 MiB", done.text)
+        self.assertEqual(list(out.iterdir()), [])
+        # As text a value takes up to nine times as much; in memory it is there once.
+        self.set_tool("extract", blob(120 * 131072, 120, b"\0\0"), out, **limited)
+        self.assertGreater((out / "Tasks.jsonl").stat().st_size, 2 * 120 * 131072)
+        text = image_bytes("Tasks", 0, [], [[(0x1001F, "\ud800" * 4_000_000)]])
+        self.set_tool("extract", "--force", Set().add(DATABASE, "Tasks", text).write(self.folder), out, **limited)
+        self.assertGreater((out / "Tasks.jsonl").stat().st_size, 6 * 4_000_000)
 
 
-def pack_zeros():
+def packed_zeros():
     """A full block of zeros as a match that overlaps itself: a zero, and what is left at distance 1."""
     left = 131072 - 4 - 33
     packed = bytes([21, 0, 0, 0, 0, 32]) + bytes(left // 255) + bytes([left % 255]) + b"\0\0" + bytes.fromhex("110000")
@@ -275,5 +247,4 @@ def pack_zeros():
 
 
 if __name__ == "__main__":
-    quillbox_set_test.TOOL = sys.argv[1]
-    unittest.main(argv=sys.argv[:1] + sys.argv[2:])
+    unittest.main()
