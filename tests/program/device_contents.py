@@ -3,6 +3,20 @@ import independent_set
 from companions import REGISTRY_HEAD, lines
 from program import CONFIRM_REGISTRY, SET, ProgramTest, full_restore
 
+# Difficult names as the host has them, and as the device shows them: what can't be shown stands as U+F700 and the byte.
+NAMES = {
+    b"caf\xe9": "caf\uf7e9", b"\xff\xfe": "\uf7ff\uf7fe", b"\xed\xa0\x80": "\uf7ed\uf7a0\uf780",
+    b"x" * 255: "x" * 255, ("\u20ac" * 85).encode(): "\u20ac" * 85, b"\xe9" * 200: "\uf7e9" * 200,
+    "\u05e2\u05d1\u05e8\u05d9\u05ea\u200f.txt".encode(): "\u05e2\u05d1\u05e8\u05d9\u05ea\u200f.txt",
+    "\U0001F600\U0001F469\u200d\U0001F467".encode(): "\U0001F600\U0001F469\u200d\U0001F467",
+    b" ": " ", b"   ": "   ", b"  leading": "  leading", b"trailing ": "trailing ", b"point.": "point.", b"...": "...",
+    b"..x": "..x", b"a\\b": "a\uf75cb", b"\\": "\uf75c", b'"': "\uf722", b'say "hi"': "say \uf722hi\uf722", b"'": "'",
+    b"*": "\uf72a", b"wh?t": "wh\uf73ft", b"<|>": "\uf73c\uf77c\uf73e", b"#no comment": "#no comment",
+    b"[7]": "[7]", b"a&b": "a&b", b"%s%n": "%s%n", b"\x01\x1f": "\x01\x1f", b"tab\there": "tab\there",
+    b"twin": "twin", b"Twin": "Twin", b"TWIN": "TWIN", "\ue000\uf75c".encode(): "\ue000\uf7ef\uf79d\uf79c",
+    "e\u0301".encode(): "e\u0301", "\u00e9".encode(): "\u00e9",
+}
+
 I2, I4, R8, BOOL, UI2, UI4, TEXT, TIME, BYTES = 2, 3, 5, 11, 18, 19, 31, 64, 65
 
 

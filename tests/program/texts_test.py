@@ -47,37 +47,6 @@ class TextsTest(ProgramTest):
         self.assertEqual(self.seen(script, "window message"), [
             nothing, 'window message "Error" text "No Backup File found" buttons ok default ok', nothing])
 
-    def test_chooser_wants_a_row(self):
-        self.write("a")
-        script = """command 40003
-check 1005
-ok
-wait "Select"
-expect 1002 "Select your storage"
-expect 1003 "Main device"
-ok
-expect text "You must select an item"
-ok
-wait "Select"
-cancel
-idle
-"""
-        self.assertEqual(self.seen(script, "window message"),
-                         ['window message "Error" text "You must select an item" buttons ok default ok'])
-        self.assertFalse(self.sets.exists())
-
-    def test_override_is_asked_for_each_taken_number_and_no_is_the_default(self):
-        self.write("a", b"1")
-        self.seen(full_backup())
-        first = self.set.read_bytes()
-        question = 'window message "Info?" text "Override \\Card\\QUILBOX\\QLBX000{}.QLT file" buttons yes,no default no'
-        pressed = full_backup().replace("ok\nidle", 'ok\nexpect text "Override*"\nkey "Enter"\nidle')
-        self.assertEqual(self.seen(pressed, "window message"), [question.format(1)])
-        self.assertEqual(self.set.read_bytes(), first)
-        self.assertTrue((self.sets / "QLBX0002.QDT").exists())
-        self.assertEqual(self.seen('answer "Override*" no\n' + full_backup(), "window message"),
-                         [question.format(1), question.format(2)])
-
 
 if __name__ == "__main__":
     unittest.main()

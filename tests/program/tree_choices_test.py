@@ -10,7 +10,7 @@ import time
 import unittest
 
 from companions import BIN, database
-from device_contents import ContentsTest, texts
+from device_contents import NAMES, ContentsTest, texts
 from independent_set import DATABASE, FILE, REGISTRY
 from program import full_backup, full_restore, options_script
 
@@ -28,20 +28,6 @@ select 1003 "\\Card"
 ok
 idle
 """
-
-# Names as the host has them, and as the tree shows them: what can't be shown stands as U+F700 and the byte.
-NAMES = {
-    b"caf\xe9": "caf\uf7e9", b"\xff\xfe": "\uf7ff\uf7fe", b"\xed\xa0\x80": "\uf7ed\uf7a0\uf780",
-    b"x" * 255: "x" * 255, ("\u20ac" * 85).encode(): "\u20ac" * 85, b"\xe9" * 200: "\uf7e9" * 200,
-    "\u05e2\u05d1\u05e8\u05d9\u05ea\u200f.txt".encode(): "\u05e2\u05d1\u05e8\u05d9\u05ea\u200f.txt",
-    "\U0001F600\U0001F469\u200d\U0001F467".encode(): "\U0001F600\U0001F469\u200d\U0001F467",
-    b" ": " ", b"   ": "   ", b"  leading": "  leading", b"trailing ": "trailing ", b"point.": "point.", b"...": "...",
-    b"..x": "..x", b"a\\b": "a\uf75cb", b"\\": "\uf75c", b'"': "\uf722", b'say "hi"': "say \uf722hi\uf722", b"'": "'",
-    b"*": "\uf72a", b"wh?t": "wh\uf73ft", b"<|>": "\uf73c\uf77c\uf73e", b"#no comment": "#no comment",
-    b"[7]": "[7]", b"a&b": "a&b", b"%s%n": "%s%n", b"\x01\x1f": "\x01\x1f", b"tab\there": "tab\there",
-    b"twin": "twin", b"Twin": "Twin", b"TWIN": "TWIN", "\ue000\uf75c".encode(): "\ue000\uf7ef\uf79d\uf79c",
-    "e\u0301".encode(): "e\u0301", "\u00e9".encode(): "\u00e9",
-}
 
 
 def quoted(text):
@@ -250,6 +236,20 @@ class FilterTest(TreeTest):
         self.assertEqual(cancelled, kept)
         self.assertEqual(self.option(SWITCHES_OFFSET, "6I"), (0, 1, 1, 2, 4, 1))
 
+    def test_what_has_one_of_the_checked_attributes_is_hidden_but_no_folder(self):
+        attributes = {f"x{bits:02x}": bits for bits in (0, 1, 2, 4, 6, 0x20, 0x21, 0x46)}
+        self.write_files(*attributes, ".dot", "mode", "F/x")
+        for name, bits in {**attributes, "F": 0x27}.items():
+            os.setxattr(self.store / name, "user.DOSATTRIB", b"0x%x" % bits)
+        os.chmod(self.store / "mode", 0o444)
+        attributes |= {".dot": 2, "mode": 1, "F": 0}
+        script, expected, mask = "", [], 0
+        for box, bit in ((1028, 1), (1027, 4), (1026, 2), (1021, 0x20)):
+            mask |= bit
+            script += filter_dialog(f"check {box}\n") + SHOW
+            expected.append(sorted(name for name, bits in attributes.items() if not bits & mask))
+        self.assertEqual(self.listed(script), expected)
+
     def test_file_of_exactly_the_chosen_time_is_shown(self):
         os.environ["TZ"] = "XST-9"
         self.addCleanup(os.environ.pop, "TZ")
@@ -272,7 +272,7 @@ class FilterTest(TreeTest):
         self.assertEqual(set(self.files()), {"\\F\\exact", "\\F\\after"})
 
     def test_what_is_typed_as_an_extension_leads_nowhere(self):
-        self.write_files("a.xxx", "b.b", "B.TXT", "none", "d.text", ".txt", "é.é", "F/below.xxx", "G/x", ".é")
+        self.write_files("a.xxx", "b.b", "B.TXT", "c.Txt.bak", "none", "d.text", ".txt", "é.é", "F/below.xxx", "G/x", ".é")
         folders = ["F", "G"]
         all_files = sorted(set(os.listdir(self.store)) - {"Card"})
         for typed, files in (("txt", ["B.TXT", ".txt"]), ("x" * 5000, ["a.xxx"]), ("\\", []), ("..\\", []), ("\\x\\", []),

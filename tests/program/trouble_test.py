@@ -26,14 +26,16 @@ class StartTest(ProgramTest):
         self.assertIn(str(self.device), said)
         self.quillbox("idle\n")
 
-    def test_folders_that_are_no_device_are_left_alone(self):
+    def test_what_is_no_device_is_refused_and_left_alone(self):
         documents = self.folder / "documents"
         documents.mkdir()
         letter = self.file("documents/letter", "mine")
-        self.assertIn(str(documents), self.quillbox("idle\n", device=documents, code=1).said)
+        for no_device in (documents, letter, letter / "below"):
+            self.assertIn(str(no_device), self.quillbox("idle\n", device=no_device, code=1).said)
+        for places in ({}, {"HOME": ""}, {"HOME": "home", "XDG_DATA_HOME": "data"}):
+            done = self.run_program("quillbox", "--script", "-", given="idle\n", cwd=documents, env=places, code=2)
+            self.assertIn("--device DIR names one", done.said)
         self.assertEqual(names_in(documents), ["letter"])
-        for no_folder in (letter, letter / "below"):
-            self.quillbox("idle\n", device=no_folder, code=1)
 
     def test_bad_usage_is_reported(self):
         for code, arguments in ((2, ["--card", "nothing"]), (1, ["--card", "C=/nowhere"]), (2, ["--unknown"]),
@@ -44,12 +46,6 @@ class StartTest(ProgramTest):
         failed = self.quillbox('idle\ncommand 40009\nexpect text "nothing like it"\n', code=1)
         self.assertIn("line 3", failed.said)
         self.assertIn("Quillbox v1.0", failed.said)
-
-    def test_without_a_home_the_device_needs_a_name(self):
-        for places in ({}, {"HOME": ""}, {"HOME": "home", "XDG_DATA_HOME": "data"}):
-            done = self.run_program("quillbox", "--script", "-", given="idle\n", cwd=self.folder, env=places, code=2)
-            self.assertIn("--device DIR names one", done.said)
-        self.assertEqual(names_in(self.folder), ["device"])
 
     def test_standard_streams_that_are_closed_or_full_are_reported_and_never_a_file_of_the_device(self):
         start = ["--device", self.device, "--script"]

@@ -55,6 +55,19 @@ class CompanionTest(unittest.TestCase):
     def set_tool(self, *arguments, **more):
         return self.run_program("quillbox-set", *arguments, **more)
 
+    def verified(self, path, code=0):
+        """What `quillbox-set verify --json` says."""
+        found = json.loads(self.set_tool("verify", path, "--json", code=code).text)
+        self.assertEqual(found["sound"], code == 0)
+        self.assertEqual(found["warnings"], sum("warning" in fault for fault in found["faults"]))
+        return found
+
+    def assert_fault(self, path, item, reason):
+        """Exactly one fault besides warnings, so that none hides another item after it."""
+        faults = [fault for fault in self.verified(path, 1)["faults"] if "warning" not in fault]
+        self.assertEqual([fault.get("item") for fault in faults], [item], faults)
+        self.assertIn(reason, faults[0]["reason"])
+
     def device_tool(self, *arguments, **more):
         return self.run_program("quillbox-device", *arguments, **more)
 

@@ -35,17 +35,9 @@ class InsideTest(CompanionTest):
     def set_of(self, image=IMAGE, name="Tasks", registry=REGISTRY_BYTES):
         return Set().add(DATABASE, name, image).add(REGISTRY, "", registry).write(self.folder)
 
-    def verified(self, path, code):
+    def faults_of(self, path, code):
         """Each fault or warning as (item, text)."""
-        found = json.loads(self.set_tool("verify", path, "--json", code=code).text)
-        self.assertEqual(found["sound"], code == 0)
-        self.assertEqual(found["warnings"], sum("warning" in fault for fault in found["faults"]))
-        return [(fault["item"], fault["reason"]) for fault in found["faults"]]
-
-    def assert_fault(self, path, item, reason):
-        faults = [fault for fault in self.verified(path, 1) if WARNING not in fault[1]]
-        self.assertEqual([fault[0] for fault in faults], [item], faults)
-        self.assertIn(reason, faults[0][1])
+        return [(fault["item"], fault["reason"]) for fault in self.verified(path, code)["faults"]]
 
     def extracted(self, path, *options, code=0):
         """The files by name."""
@@ -75,7 +67,7 @@ class GoodInsideTest(InsideTest):
         path = self.set_of(image_bytes("Tasks", 7, [], [
             [(0x10003, 1, 0x100), (0x20003, 2, 0x101), (0x30003, 3, 0x200)],
             [(0x10003, 4), (0x20003, 5), (0x10003, 6, 0x300), (0x20003, 7)], [(0x10003, 8, 0x200)]]))
-        self.assertEqual(self.verified(path, 0), [])
+        self.assertEqual(self.faults_of(path, 0), [])
         self.assertEqual(lines_of(self.extracted(path)["Tasks.jsonl"])[1:],
                          [{"record": [{"id": "00010003", "value": 1}, {"id": "00020003", "flags": 1, "value": 2}]},
                           {"record": [{"id": "00020003", "value": 7}]}])
@@ -102,10 +94,10 @@ class GoodInsideTest(InsideTest):
         for image, name, reason in [(image_bytes("Other", 26), "Tasks", '"Other"'),
                                     (image_bytes("x" * 32), "x" * 32, "31 characters"),
                                     (image_bytes("Tasks", 0, [], [[], [(0x10003, 1)], []]), "Tasks", "2 records")]:
-            warnings = self.verified(self.set_of(image, name), 0)
+            warnings = self.faults_of(self.set_of(image, name), 0)
             self.assertEqual(len(warnings), 1, warnings)
             self.assertIn(reason, warnings[0][1])
-        self.assertEqual(self.verified(self.set_of(image_bytes("TASKS")), 0), [], "the store finds it without case")
+        self.assertEqual(self.faults_of(self.set_of(image_bytes("TASKS")), 0), [], "the store finds it without case")
         said = self.set_tool("verify", self.set_of(image_bytes("\x1b[2J"))).text
         self.assertNotIn("\x1b", said)
         self.assertIn("warning: ", said)
@@ -200,7 +192,7 @@ class DamagedInsideTest(InsideTest):
         for number, image in enumerate(damaged(IMAGE)):
             made.add(DATABASE, f"d{number}", image)
         path = made.write(self.folder)
-        faulty = {item for item, reason in self.verified(path, 1) if WARNING not in reason}
+        faulty = {item for item, reason in self.faults_of(path, 1) if WARNING not in reason}
         self.assertLessEqual(set(range(1, len(IMAGE) + 1)), faulty, "a cut image is never sound")
         found = self.extracted(path, code=1)
         self.assertEqual({int(name[1:-6]) + 1 for name in found}, set(range(1, 3 * len(IMAGE) + 1)) - faulty)
@@ -210,7 +202,7 @@ class DamagedInsideTest(InsideTest):
         made = Set()
         for content in damaged(REGISTRY_BYTES):
             made.add(REGISTRY, "", content)
-        faulty = {item for item, reason in self.verified(made.write(self.folder), 1) if "device accepts" in reason}
+        faulty = {item for item, reason in self.faults_of(made.write(self.folder), 1) if "device accepts" in reason}
         self.assertLessEqual(set(range(1, len(REGISTRY_BYTES) + 1)), faulty, "a cut registry is never sound")
 
     @unittest.skipIf(SANITIZED, "a sanitizer needs more memory than the limit")
