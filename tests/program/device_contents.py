@@ -3,7 +3,7 @@ import independent_set
 from companions import REGISTRY_HEAD, lines
 from program import CONFIRM_REGISTRY, SET, ProgramTest, full_restore
 
-# Difficult names as the host has them, and as the device shows them: what can't be shown stands as U+F700 and the byte.
+# Difficult names as the host has them, and as the device shows them: a byte that can't be shown is U+F700 and the byte.
 NAMES = {
     b"caf\xe9": "caf\uf7e9", b"\xff\xfe": "\uf7ff\uf7fe", b"\xed\xa0\x80": "\uf7ed\uf7a0\uf780",
     b"x" * 255: "x" * 255, ("\u20ac" * 85).encode(): "\u20ac" * 85, b"\xe9" * 200: "\uf7e9" * 200,

@@ -146,7 +146,7 @@ class RefusedDeviceTest(ContentsTest):
                 self.assert_refused(sentence)
 
     def test_a_database_that_another_program_holds_is_refused_until_it_lets_go(self):
-        # In a process of its own: this one drops the lock whenever it looks into the file.
+        # In another process: this one drops the lock whenever it reads the file.
         hold = (f"import sqlite3; held = sqlite3.connect({str(self.file)!r}, isolation_level=None); "
                 "held.execute('PRAGMA locking_mode = EXCLUSIVE'); held.execute('BEGIN IMMEDIATE'); "
                 "print('held', flush=True); input()")

@@ -1,5 +1,6 @@
 """Items that the user marks in the tree and backs up: what the set then holds, and what the next start remembers."""
 import contextlib
+import functools
 import os
 import re
 import shutil
@@ -38,16 +39,7 @@ def act(verb, *paths):
     return "".join(f"{verb} {quoted(path)}\n" for path in paths)
 
 
-def expand(*paths):
-    return act("expand", *paths)
-
-
-def collapse(*paths):
-    return act("collapse", *paths)
-
-
-def click(*paths):
-    return act("click", *paths)
+expand, collapse, click = (functools.partial(act, verb) for verb in ("expand", "collapse", "click"))
 
 
 def images(expected):
@@ -171,7 +163,7 @@ class MarkingTest(TreeTest):
             expand("Files") + click("Files\\F") + MARK_FOLDER + click("Files\\gone") + MARK_FOLDER +
             click("Files\\other") + expand("Files\\long") + "print tree\n" + BACK_UP_MARKED + expand("Files", "Files\\F") +
             images({"Files\\F\\came": 6, "Files\\F\\stays": 7, "Files\\other": 7}))
-        # The tree that it prints doesn't fit the pipe, so it stands still until the rest of it is read.
+        # The tree that it prints doesn't fit the pipe, so the program stops here until the rest of it is read.
         with subprocess.Popen([BIN / "quillbox", "--device", self.device, "--script", self.file("script", script)],
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, pipesize=4096) as process:
             process.stdout.read(1)
@@ -228,7 +220,7 @@ class FilterTest(TreeTest):
         kept = sorted("f." + name for name in [*names[:32], names[32][:2]])
         all_that_fit, = self.listed(filter_dialog("check 1014\ncheck 1026\n" + add(*names)) + SHOW)
         self.assertEqual(all_that_fit, sorted("f." + name for name in names[:64]))
-        # 32 entries, and of the next what stands in that half.
+        # 32 entries, and the part of the next one that lies in that half.
         again, = self.listed(filter_dialog(end="cancel") + SHOW)
         self.assertEqual(again, kept)
         more, cancelled = self.listed(filter_dialog(add(names[40])) + SHOW + filter_dialog(add(names[41]), "cancel") + SHOW)

@@ -51,11 +51,9 @@ class StartTest(ProgramTest):
         start = ["--device", self.device, "--script"]
         script = self.file("script", "idle\n")
         self.quillbox("idle\n")
-        for name, output in unwritable_outputs():
-            for arguments in ([*start, script, "--transcript", "-"], ["--help"], ["--version"]):
-                with self.subTest(output=name, arguments=arguments):
-                    done = self.run_program("quillbox", *arguments, code=1, **output)
-                    self.assertEqual(done.said, "quillbox: standard output can't be written.\n")
+        commands = ([*start, script, "--transcript", "-"], ["--help"], ["--version"])
+        self.assert_fails_where_output_takes_nothing("quillbox", commands, r"quillbox: standard output can't be written\.")
+        for _, output in unwritable_outputs():
             self.run_program("quillbox", *start, script, **output)  # has nothing to print
         done = self.run_program("quillbox", *start, script, "--transcript", "/dev/full", code=1)
         self.assertEqual(done.said, "quillbox: the transcript \"/dev/full\" can't be written.\n")

@@ -7,6 +7,8 @@ import subprocess
 import tempfile
 import unittest
 
+from host_trouble import unwritable_outputs
+
 BIN = pathlib.Path(os.environ["QUILLBOX_BIN"])
 # A sanitized program takes several times as long and reserves more memory than any limit allows.
 SANITIZED = bool(os.environ.get("QUILLBOX_SANITIZE"))
@@ -51,6 +53,13 @@ class CompanionTest(unittest.TestCase):
         done.said = (done.stderr or b"").decode(errors="replace")
         self.assertEqual(done.returncode, code, done.said + done.text)
         return done
+
+    def assert_fails_where_output_takes_nothing(self, program, commands, reported):
+        """`reported` is a pattern for the errors."""
+        for name, output in unwritable_outputs():
+            for command in commands:
+                with self.subTest(output=name, command=command):
+                    self.assertRegex(self.run_program(program, *command, code=1, **output).said, f"^{reported}\n$")
 
     def set_tool(self, *arguments, **more):
         return self.run_program("quillbox-set", *arguments, **more)

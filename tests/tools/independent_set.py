@@ -1,4 +1,4 @@
-"""Reads and writes sets without any of Quillbox's code: made from docs/format.md alone, with an LZO1X decoder of its own."""
+"""Reads and writes sets without any of Quillbox's code: made from docs/format.md alone, with its LZO1X decoder."""
 import pathlib
 import struct
 
@@ -13,49 +13,57 @@ class Damaged(Exception):
     pass
 
 
-# LZO1X
+class Reader:
+    """Bytes that are taken from the beginning to the end."""
 
-class Block:
-    """One packed block that is being read."""
-
-    def __init__(self, packed):
-        self.packed = packed
+    def __init__(self, raw, what):
+        self.raw = raw
+        self.what = what
         self.at = 0
-        self.raw = bytearray()
 
     def take(self, count):
-        if self.at + count > len(self.packed):
-            raise Damaged("a block's instructions end early")
-        piece = self.packed[self.at:self.at + count]
+        if self.at + count > len(self.raw):
+            raise Damaged(f"{self.what} ends early")
+        piece = self.raw[self.at:self.at + count]
         self.at += count
         return piece
 
-    def byte(self):
-        return self.take(1)[0]
+    def number(self, size=4):
+        return int.from_bytes(self.take(size), "little")
 
-    def word(self):
-        return int.from_bytes(self.take(2), "little")
+    def ended(self):
+        return self.at == len(self.raw)
+
+
+# LZO1X
+
+class Block(Reader):
+    """One packed block that is being read, and what it has given so far."""
+
+    def __init__(self, packed):
+        super().__init__(packed, "a block")
+        self.unpacked = bytearray()
 
     def long_length(self, base):
         zeros = 0
-        while (last := self.byte()) == 0:
+        while (last := self.number(1)) == 0:
             zeros += 1
         return base + 255 * zeros + last
 
     def literals(self, count):
-        self.raw += self.take(count)
+        self.unpacked += self.take(count)
         self.check_room()
 
     def match(self, length, distance):
-        start = len(self.raw) - distance
+        start = len(self.unpacked) - distance
         if start < 0:
             raise Damaged("a match reaches before the block's begin")
         for position in range(start, start + length):
-            self.raw.append(self.raw[position])
+            self.unpacked.append(self.unpacked[position])
         self.check_room()
 
     def check_room(self):
-        if len(self.raw) > RAW_BLOCK:
+        if len(self.unpacked) > RAW_BLOCK:
             raise Damaged("a block unpacks to more than it may")
 
 
@@ -63,24 +71,24 @@ def unpack(packed):
     block = Block(packed)
     state = 0
     if packed and packed[0] > 17:
-        count = block.byte() - 17
+        count = block.number(1) - 17
         block.literals(count)
         state = min(count, 4)
     while True:
-        b = block.byte()
+        b = block.number(1)
         if b < 16 and state == 0:
             block.literals(3 + b if b else block.long_length(18))
             state = 4
             continue
         if b < 16 and state == 4:
-            block.match(3, 4 * block.byte() + (b >> 2) + 2049)
+            block.match(3, 4 * block.number(1) + (b >> 2) + 2049)
             state = b & 3
         elif b < 16:
-            block.match(2, 4 * block.byte() + (b >> 2) + 1)
+            block.match(2, 4 * block.number(1) + (b >> 2) + 1)
             state = b & 3
         elif b < 32:
             length = 2 + (b & 7) if b & 7 else block.long_length(9)
-            word = block.word()
+            word = block.number(2)
             distance = 16384 + 2048 * (b & 8) + (word >> 2)
             if distance == 16384:
                 break
@@ -88,17 +96,17 @@ def unpack(packed):
             state = word & 3
         elif b < 64:
             length = 2 + (b & 31) if b & 31 else block.long_length(33)
-            word = block.word()
+            word = block.number(2)
             block.match(length, (word >> 2) + 1)
             state = word & 3
         else:
             length = 3 + ((b >> 5) & 1) if b < 128 else 5 + ((b >> 5) & 3)
-            block.match(length, 8 * block.byte() + ((b >> 2) & 7) + 1)
+            block.match(length, 8 * block.number(1) + ((b >> 2) & 7) + 1)
             state = b & 3
         block.literals(state)
-    if block.at != len(packed):
-        raise Damaged("bytes stand behind a block's end mark")
-    return bytes(block.raw)
+    if not block.ended():
+        raise Damaged("bytes follow the end of a block")
+    return bytes(block.unpacked)
 
 
 def pack(raw):
@@ -117,25 +125,21 @@ def pack(raw):
 # Streams
 
 def unpack_stream(stream):
-    if stream[:len(MAGIC)] != MAGIC:
+    reader = Reader(stream, "the stream")
+    if reader.take(len(MAGIC)) != MAGIC:
         raise Damaged("no stream begins at the start offset")
-    at = len(MAGIC)
     pieces = []
-    while at < len(stream):
-        if at + 4 > len(stream):
-            raise Damaged("the stream ends inside a block's length")
-        (size,) = struct.unpack_from("<I", stream, at)
-        at += 4
-        if size == 0 or size > PACKED_BLOCK or at + size > len(stream):
-            raise Damaged("a block's length is none")
-        piece = unpack(stream[at:at + size])
-        at += size
+    while True:
+        size = reader.number()
+        if size == 0 or size > PACKED_BLOCK:
+            raise Damaged(f"a block has a length of {size}")
+        piece = unpack(reader.take(size))
         if not piece:
-            if at != len(stream):
-                raise Damaged("bytes stand behind the closing block")
-            return b"".join(pieces)
+            break
         pieces.append(piece)
-    raise Damaged("the closing block is missing")
+    if not reader.ended():
+        raise Damaged("bytes follow the closing block")
+    return b"".join(pieces)
 
 
 def pack_stream(raw):
@@ -152,33 +156,17 @@ def text(raw, what):
     return decoded[:-1]
 
 
-class Cursor:
-    def __init__(self, raw):
-        self.raw = raw
-        self.at = 0
-
-    def take(self, count):
-        if self.at + count > len(self.raw):
-            raise Damaged("the list ends inside an entry")
-        piece = self.raw[self.at:self.at + count]
-        self.at += count
-        return piece
-
-    def number(self):
-        return int.from_bytes(self.take(4), "little")
-
-
 def read_list(raw):
     """The comment and (kind, name, start, end) of each entry."""
-    cursor = Cursor(raw)
-    comment = text(cursor.take(2 * cursor.number()), "the comment")
+    reader = Reader(raw, "the list")
+    comment = text(reader.take(2 * reader.number()), "the comment")
     entries = []
-    while cursor.at < len(raw):
-        kind, flag = cursor.take(2)
+    while not reader.ended():
+        kind, flag = reader.take(2)
         if kind not in (FILE, DATABASE, REGISTRY) or flag != 1:
             raise Damaged(f"an entry of kind {kind} with a second byte of {flag}")
-        name = text(cursor.take(2 * cursor.number()), "a name")
-        entries.append((kind, name, cursor.number(), cursor.number()))
+        name = text(reader.take(2 * reader.number()), "a name")
+        entries.append((kind, name, reader.number(), reader.number()))
     return comment, entries
 
 
@@ -255,7 +243,7 @@ class Set:
         self.data = b""
 
     def add(self, kind, name, raw=None, stream=None):
-        """Without `raw` a database without records, or a registry without keys of its own."""
+        """Without `raw` a database without records, or a registry of the top keys alone."""
         if raw is None:
             raw = image_bytes(name) if kind == DATABASE else registry_bytes({})
         stream = pack_stream(raw) if stream is None else stream

@@ -180,7 +180,7 @@ class DamagedInsideTest(InsideTest):
         self.set_tool("extract", "--force", self.set_of(IMAGE[:-1], registry=b"x"), out, code=1)
         self.assertEqual(lines_of(out / "Tasks.jsonl"), LINES)
         self.assertEqual((out / "registry.reg").read_bytes(), REGISTRY_BYTES)
-        self.assertEqual(len(list(out.iterdir())), 2, "nothing else is left behind")
+        self.assertEqual(len(list(out.iterdir())), 2, "no temporary file is left")
 
     def test_verify_and_extract_agree_on_a_database_and_a_registry_cut_and_changed_at_every_byte(self):
         """All the damage in one set, an item each: one process judges it and one extracts it."""
