@@ -9,7 +9,7 @@ import unittest
 import independent_set
 from companions import database, lines
 from device_contents import I2, TEXT, ContentsTest, after, image, item, texts
-from program import CONFIRM_REGISTRY, DATABASES, FILES, REGISTRY, full_backup, full_restore, options_script, shown
+from program import CONFIRM_REGISTRY, DATABASES, FILES, REGISTRY, full_backup, full_restore
 
 YES = 'answer "Database:*" yes\n'
 
@@ -95,8 +95,7 @@ class FilesInTheWayTest(ContentsTest):
     def test_a_file_of_the_user_is_not_stored_as_the_registry(self):
         mine = self.write("TMVRegFile.QBR", b"mine")
         mine.chmod(0o444)
-        done = self.quillbox(options_script(log=True) + full_backup(REGISTRY), code=4)
-        self.assertEqual(shown(done.transcript, "box"), [])
+        self.quillbox(full_backup(REGISTRY), code=4)
         self.assertEqual(mine.read_bytes(), b"mine")
         self.assertEqual(self.items(), {})
 

@@ -19,9 +19,11 @@ class StartTest(ProgramTest):
         # It reads its whole script before it starts, so what it prints shows that it has the device.
         script = self.file("script", 'command 40011\nwait "Options"\nprint text\nwait "never"\n')
         with subprocess.Popen([BIN / "quillbox", "--device", self.device, "--script", script], stdout=subprocess.PIPE) as first:
-            self.assertIn(b"Options", first.stdout.readline())
-            said = self.quillbox("idle\n", code=1).said
-            first.kill()
+            try:
+                self.assertIn(b"Options", first.stdout.readline())
+                said = self.quillbox("idle\n", code=1).said
+            finally:
+                first.kill()
         self.assertIn("open in another Quillbox", said)
         self.assertIn(str(self.device), said)
         self.quillbox("idle\n")
