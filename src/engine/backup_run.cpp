@@ -24,9 +24,6 @@ DWORD gLastSetNumber;
 namespace {
 
 constexpr WORD SelectedItemsKind = 2;
-constexpr UINT NothingToBackUpText = 124;
-constexpr UINT BackingUpFilesText = 128;
-constexpr UINT OverrideText = 129;
 
 bool NothingIsMarked()
 {
@@ -43,7 +40,7 @@ void ReportRunWithoutSet(const BackupRun& run, DWORD error)
 bool AskOverride(const WCHAR* listPath)
 {
     WCHAR question[TextChars + MAX_PATH];
-    wsprintfW(question, LoadText(OverrideText, gTextA), listPath);
+    wsprintfW(question, LoadText(TextOverrideFormat, gTextA), listPath);
     return MessageBoxW(gMainWindow, question, u"Info?", MB_YESNO | MB_DEFBUTTON2) == IDYES;
 }
 
@@ -140,7 +137,7 @@ void CloseRun(BackupRun& run)
 
 void MakeSet(BackupRun& run)
 {
-    run.progress = OpenRunProgress(BackingUpFilesText, CountOf(gFileList));
+    run.progress = OpenRunProgress(TextBackingUpFiles, CountOf(gFileList));
     SetWaitCursor();
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
@@ -165,7 +162,7 @@ DWORD RunBackup(DWORD mode)
 {
     gLastSetNumber = 0;
     if (NothingIsMarked()) {
-        MessageBoxW(gMainWindow, LoadText(NothingToBackUpText, gTextA), u"Info", MB_OK);
+        MessageBoxW(gMainWindow, LoadText(TextNothingToBackUp, gTextA), u"Info", MB_OK);
         return 0;
     }
     gSavedRegistryMarked = gRegistryMarked;

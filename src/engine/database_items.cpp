@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr UINT DatabaseMessageText = 118;
-constexpr UINT DatabasesText = 131;
 
 void StoreDatabase(BackupRun& run, const WCHAR* name, HANDLE stream)
 {
@@ -53,7 +51,7 @@ HANDLE PackDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath)
 void BackUpDatabase(BackupRun& run, const WCHAR* name)
 {
     WCHAR message[TextChars];
-    wsprintfW(message, LoadText(DatabaseMessageText, gTextA), name);
+    wsprintfW(message, LoadText(TextDatabaseFormat, gTextA), name);
     ProgressSetMessage(run.progress, message);
     Log(run, u"INF: Start Database backup: %s", name);
 
@@ -75,7 +73,7 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
 
 void BackUpDatabases(BackupRun& run)
 {
-    run.progress = OpenRunProgress(DatabasesText, CountOf(gDatabaseList));
+    run.progress = OpenRunProgress(TextDatabases, CountOf(gDatabaseList));
     SetWaitCursor();
     ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) {
         CopyText(run.itemName, entry.name);

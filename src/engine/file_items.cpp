@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr UINT FileMessageText = 114;
 
 void StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
 {
@@ -26,7 +25,7 @@ void StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
 void BackUpFile(BackupRun& run, const WCHAR* name)
 {
     WCHAR message[TextChars];
-    wsprintfW(message, LoadText(FileMessageText, gTextA), name);
+    wsprintfW(message, LoadText(TextFileFormat, gTextA), name);
     ProgressSetMessage(run.progress, message);
     Log(run, u"INF: Start file backup: %s", name);
 

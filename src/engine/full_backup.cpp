@@ -18,9 +18,6 @@
 namespace {
 
 constexpr WORD FullBackupKind = 1;
-constexpr UINT ConstructFileListText = 132;
-constexpr UINT ConstructDatabaseListText = 133;
-constexpr UINT ComputingListText = 134;
 // The number of files isn't known beforehand: past its top the bar starts over.
 constexpr DWORD ListingRange = 1500;
 constexpr DWORD ListingStep = 10;
@@ -101,12 +98,12 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
 
 HWND OpenListingProgress(UINT title)
 {
-    return ProgressOpen(LoadText(title, gTextA), LoadText(ComputingListText, gTextB), ListingRange, ListingStep);
+    return ProgressOpen(LoadText(title, gTextA), LoadText(TextComputingList, gTextB), ListingRange, ListingStep);
 }
 
 void ListAllFiles()
 {
-    HWND progress = OpenListingProgress(ConstructFileListText);
+    HWND progress = OpenListingProgress(TextConstructFileList);
     SetWaitCursor();
     gAskedFolder = {};
     gPathsTooLong = {};
@@ -129,7 +126,7 @@ void AddDatabase(CEOID oid)
 
 void ListAllDatabases()
 {
-    HWND progress = OpenListingProgress(ConstructDatabaseListText);
+    HWND progress = OpenListingProgress(TextConstructDatabaseList);
     SetWaitCursor();
     HANDLE enumeration = CeFindFirstDatabase(0);
     if (enumeration != INVALID_HANDLE_VALUE) {

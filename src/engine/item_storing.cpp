@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr UINT CounterText = 130;
 constexpr DWORD PieceBytes = 260;
 constexpr DWORD NothingShown = 0xFFFFFFFF;
 
@@ -136,7 +135,7 @@ StoredItem BeginEntry(BackupRun& run, BYTE kind, const WCHAR* name, WriteFailed 
 // against what was packed, since a failing disk may end the stream early.
 void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
 {
-    const WCHAR* format = LoadText(CounterText, gTextA);
+    const WCHAR* format = LoadText(TextBackedUpCountFormat, gTextA);
     BYTE piece[PieceBytes];
     DWORD shown = NothingShown;
     std::uint64_t read = 0;

@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr UINT NoSetFoundText = 122;
-constexpr UINT SelectSetText = 123;
 constexpr std::size_t EndingChars = 3;
 
 BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
@@ -42,7 +40,7 @@ void RestoreChosen(const WCHAR* listPath, DWORD mode)
 
 DWORD TellNoSetFound()
 {
-    MessageBoxW(gMainWindow, LoadText(NoSetFoundText, gTextA), nullptr, MB_OK);
+    MessageBoxW(gMainWindow, LoadText(TextNoSetFound, gTextA), nullptr, MB_OK);
     return 0;
 }
 
@@ -55,7 +53,7 @@ DWORD ChooseSet(DWORD mode)
     if (IsEmpty(sets))
         return TellNoSetFound();
     WCHAR listPath[MAX_PATH];
-    if (ChooseFromList(gMainWindow, LoadText(SelectSetText, gTextA), sets.characters.data(), listPath))
+    if (ChooseFromList(gMainWindow, LoadText(TextSelectSet, gTextA), sets.characters.data(), listPath))
         RestoreChosen(listPath, mode);
     return 1;
 }

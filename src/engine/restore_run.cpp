@@ -18,11 +18,6 @@
 
 namespace {
 
-constexpr UINT FileMessageText = 114;
-constexpr UINT FileExistsText = 115;
-constexpr UINT RestoringFilesText = 141;
-constexpr UINT WarningText = 142;
-constexpr UINT NothingToRestoreText = 144;
 
 bool NothingIsListed()
 {
@@ -34,15 +29,15 @@ DWORD TellNothingToRestore(const WCHAR* listPath, WORD mode)
 {
     if (mode == RestoreFull)
         ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_NO_DATA);
-    MessageBoxW(gMainWindow, LoadText(NothingToRestoreText, gTextA), u"Info", MB_OK);
+    MessageBoxW(gMainWindow, LoadText(TextNothingToRestore, gTextA), u"Info", MB_OK);
     return 0;
 }
 
 bool AskReplace(const WCHAR* name)
 {
     WCHAR question[TextChars + MAX_PATH];
-    wsprintfW(question, LoadText(FileExistsText, gTextA), name);
-    return MessageBoxW(gMainWindow, question, LoadText(WarningText, gTextB),
+    wsprintfW(question, LoadText(TextFileExistsFormat, gTextA), name);
+    return MessageBoxW(gMainWindow, question, LoadText(TextWarning, gTextB),
                        MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2) == IDYES;
 }
 
@@ -85,7 +80,7 @@ void UnpackFile(RestoreRun& run, const WCHAR* name)
 void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
     WCHAR message[TextChars];
-    wsprintfW(message, LoadText(FileMessageText, gTextA), entry.name);
+    wsprintfW(message, LoadText(TextFileFormat, gTextA), entry.name);
     ProgressSetMessage(run.progress, message);
 
     SetCursor(nullptr);
@@ -123,7 +118,7 @@ void ReportDataWithoutEntry(HANDLE dataFile, const WCHAR* listPath)
 
 void RestoreFiles(RestoreRun& run)
 {
-    run.progress = OpenRunProgress(RestoringFilesText, CountOf(gFileList));
+    run.progress = OpenRunProgress(TextRestoringFiles, CountOf(gFileList));
     SetWaitCursor();
     ForEachEntry(gFileList, [&](const EntryBuffer& entry) { RestoreFile(run, entry); });
     SetCursor(nullptr);

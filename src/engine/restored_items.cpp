@@ -14,11 +14,6 @@
 
 namespace {
 
-constexpr UINT RestoringDatabasesText = 117;
-constexpr UINT DatabaseMessageText = 118;
-constexpr UINT RegistryText = 119;
-constexpr UINT RegistryRestoredText = 120;
-constexpr UINT RestoreCaptionText = 121;
 const WCHAR RegistryFilePath[] = u"\\BKREG.TMP";
 
 // 1 if what stands at the path now comes from the stream, as far as it went. What is no stream at all leaves a file of
@@ -75,7 +70,7 @@ void RemoveFoldersBehind(const WCHAR* path, std::size_t existing)
 void RebuildDatabase(RestoreRun& run, const EntryBuffer& entry)
 {
     WCHAR message[TextChars];
-    wsprintfW(message, LoadText(DatabaseMessageText, gTextA), entry.name);
+    wsprintfW(message, LoadText(TextDatabaseFormat, gTextA), entry.name);
     ProgressSetMessage(run.progress, message);
     BeginItem(run);
     if (TakeStreamOut(run, entry.bytes, true)) {
@@ -106,7 +101,7 @@ void HandOverRegistry(RestoreRun& run)
 
 void RestoreDatabases(RestoreRun& run)
 {
-    run.progress = OpenRunProgress(RestoringDatabasesText, CountOf(gDatabaseList));
+    run.progress = OpenRunProgress(TextRestoringDatabases, CountOf(gDatabaseList));
     SetWaitCursor();
     ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) { RebuildDatabase(run, entry); });
 }
@@ -115,7 +110,7 @@ void RestoreRegistry(RestoreRun& run)
 {
     if (!gRegistryMarked)
         return;
-    ProgressSetMessage(run.progress, LoadText(RegistryText, gTextA));
+    ProgressSetMessage(run.progress, LoadText(TextRegistry, gTextA));
     BeginItem(run);
     const bool taken = TakeStreamOut(run, gRegistryEntry.bytes, false);
     if (taken)
@@ -124,5 +119,5 @@ void RestoreRegistry(RestoreRun& run)
     if (!taken)
         return;
     SetCursor(nullptr);
-    MessageBoxW(gMainWindow, LoadText(RegistryRestoredText, gTextA), LoadText(RestoreCaptionText, gTextB), MB_OK);
+    MessageBoxW(gMainWindow, LoadText(TextRegistryRestored, gTextA), LoadText(TextRestore, gTextB), MB_OK);
 }

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr UINT CommentText = 125;
 
 // Day first where the user's short date begins with the day; month first everywhere else.
 bool DayComesFirst()
@@ -28,7 +27,7 @@ void ComposeComment()
     GetLocalTime(&now);
     const bool dayFirst = DayComesFirst();
     WCHAR composed[TextChars];
-    wsprintfW(composed, LoadText(CommentText, gTextA), dayFirst ? now.wDay : now.wMonth,
+    wsprintfW(composed, LoadText(TextCommentFormat, gTextA), dayFirst ? now.wDay : now.wMonth,
               dayFirst ? now.wMonth : now.wDay, now.wYear, now.wHour, now.wMinute, gComment);
     CopyText(gComment, composed);
 }

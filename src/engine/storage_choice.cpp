@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr UINT MainDeviceText = 126;
-constexpr UINT SelectStorageText = 127;
 constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
 
 BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
@@ -36,10 +34,10 @@ BOOL ChooseStorage(WCHAR* storageRoot)
     SearchForChoices(TRUE);
     WalkDirectory(u"\\", nullptr, TRUE, TRUE, CollectStorageFolder, reinterpret_cast<UINT_PTR>(&storages));
     SearchForChoices(FALSE);
-    AddChoice(storages, LoadText(MainDeviceText, gTextA));
-    if (!ChooseFromList(gMainWindow, LoadText(SelectStorageText, gTextA), storages.characters.data(), storageRoot))
+    AddChoice(storages, LoadText(TextMainDevice, gTextA));
+    if (!ChooseFromList(gMainWindow, LoadText(TextSelectStorage, gTextA), storages.characters.data(), storageRoot))
         return FALSE;
-    if (lstrcmpW(storageRoot, LoadText(MainDeviceText, gTextA)) == 0)
+    if (lstrcmpW(storageRoot, LoadText(TextMainDevice, gTextA)) == 0)
         storageRoot[0] = 0;
     return TRUE;
 }

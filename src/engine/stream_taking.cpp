@@ -11,7 +11,6 @@
 
 namespace {
 
-constexpr UINT CounterText = 116;
 constexpr DWORD PieceBytes = 260;
 constexpr DWORD NothingShown = 0xFFFFFFFF;
 
@@ -30,7 +29,7 @@ void Count(RestoreRun& run, const WCHAR* format, DWORD bytes, DWORD& shown)
 
 void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD position, DWORD end, bool count)
 {
-    const WCHAR* format = LoadText(CounterText, gTextA);
+    const WCHAR* format = LoadText(TextRestoredCountFormat, gTextA);
     BYTE piece[PieceBytes];
     DWORD shown = NothingShown;
     while (position <= end) {

@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr UINT ReplaceDatabaseText = 135;
-constexpr UINT WarningText = 142;
 constexpr DWORD ExtensionChars = 4;  // ".CDB"
 
 // Databases that the user gives up for the image's: that of the path's name, and that of the image's.
@@ -49,8 +47,8 @@ bool MayReplace(const WCHAR* name)
 {
     SetCursor(nullptr);
     WCHAR question[TextChars + NameChars];
-    wsprintfW(question, LoadText(ReplaceDatabaseText, gTextA), name);
-    const int answer = MessageBoxW(gMainWindow, question, LoadText(WarningText, gTextB),
+    wsprintfW(question, LoadText(TextDatabaseExistsFormat, gTextA), name);
+    const int answer = MessageBoxW(gMainWindow, question, LoadText(TextWarning, gTextB),
                                    MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2);
     SetWaitCursor();
     return answer == IDYES;

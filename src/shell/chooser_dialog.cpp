@@ -13,7 +13,6 @@ namespace {
 constexpr WORD ChooserDialog = 107;
 constexpr int PromptId = 1002;
 constexpr int ChoicesId = 1003;
-constexpr UINT NothingSelectedText = 136;
 constexpr WPARAM HorizontalExtent = 300;  // pixels; paths are longer than the box is wide
 
 struct ChooserParams {
@@ -36,7 +35,7 @@ void TakeChoice(HWND dialog)
 {
     const LRESULT row = SendDlgItemMessageW(dialog, ChoicesId, LB_GETCURSEL, 0, 0);
     if (row == LB_ERR) {
-        MessageBoxW(dialog, LoadText(NothingSelectedText, gTextA), nullptr, MB_OK);
+        MessageBoxW(dialog, LoadText(TextNothingSelected, gTextA), nullptr, MB_OK);
         return;
     }
     const auto index = static_cast<WPARAM>(row);

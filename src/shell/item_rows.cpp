@@ -12,9 +12,6 @@
 
 namespace {
 
-constexpr UINT RegistryText = 119;
-constexpr UINT FileRowText = 137;
-constexpr UINT DatabaseRowText = 138;
 constexpr WPARAM HorizontalExtent = 300;  // pixels; paths are longer than the box is wide
 
 void AddRow(HWND listBox, BYTE kind, const WCHAR* name)
@@ -38,13 +35,13 @@ void FormatItemRow(WCHAR (&row)[RowChars], BYTE kind, const WCHAR* name)
 {
     switch (kind) {
     case ItemKindFile:
-        wsprintfW(row, LoadText(FileRowText, gTextB), name);
+        wsprintfW(row, LoadText(TextFileRowFormat, gTextB), name);
         break;
     case ItemKindDatabase:
-        wsprintfW(row, LoadText(DatabaseRowText, gTextB), name);
+        wsprintfW(row, LoadText(TextDatabaseRowFormat, gTextB), name);
         break;
     default:
-        CopyText(row, LoadText(RegistryText, gTextB));
+        CopyText(row, LoadText(TextRegistry, gTextB));
         break;
     }
 }

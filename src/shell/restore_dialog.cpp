@@ -16,9 +16,6 @@ namespace {
 constexpr WORD ItemsDialog = 109;
 constexpr int CommentId = 1004;
 constexpr int LabelId = 1007;
-constexpr UINT SelectItemsText = 139;
-constexpr UINT FullRestoreText = 140;
-constexpr UINT RestoreSelectionText = 143;
 
 struct RestoreParams {
     const WCHAR* listPath;
@@ -36,9 +33,9 @@ bool IsFull()
 void ShowSet(HWND dialog)
 {
     if (!IsFull())
-        SetDlgItemTextW(dialog, LabelId, LoadText(SelectItemsText, gTextA));
+        SetDlgItemTextW(dialog, LabelId, LoadText(TextSelectItems, gTextA));
     SendDlgItemMessageW(dialog, CommentId, EM_SETREADONLY, TRUE, 0);
-    SetWindowTextW(dialog, LoadText(IsFull() ? FullRestoreText : RestoreSelectionText, gTextA));
+    SetWindowTextW(dialog, LoadText(IsFull() ? TextFullRestore : TextRestoreSelection, gTextA));
     HWND listBox = GetDlgItem(dialog, ItemListBoxId);
     if (IsFull()) {
         ShowWindow(listBox, SW_HIDE);

@@ -1,21 +1,14 @@
-// set_questions.h - what restoring a database asks of the shell, which defines it all: texts, the owner of a question.
+// set_questions.h - what restoring a database needs from the shell to ask the user.
 #pragma once
+
+#include "set/texts.h"
 
 #include "ce/window.h"
 
-inline constexpr DWORD TextChars = 260;
-
-// Owner of every question. Null until the main window exists.
+// Owner of every question. Null until the main window exists (main_window.cpp of the shell).
 extern HWND gMainWindow;
 
-// Two scratch buffers, so that two texts of the string table can be held at once.
-extern WCHAR gTextA[TextChars];
-extern WCHAR gTextB[TextChars];
-
-// Text `id` (114 to 144) into one of the two buffers, which is the result. Good until the next LoadText on it.
-WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars]);
-
-// The wait cursor, while a run works; SetCursor(nullptr) takes it away.
+// Shows the wait cursor while a run works. SetCursor(nullptr) removes it.
 inline void SetWaitCursor()
 {
     SetCursor(LoadCursorW(nullptr, reinterpret_cast<const WCHAR*>(IDC_WAIT)));
