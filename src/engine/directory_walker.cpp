@@ -9,8 +9,6 @@
 
 #include <algorithm>
 
-DWORD gWalkedAttributes;
-
 namespace {
 
 // The frame of one level lies on the stack, and the path's length bounds how many there can be.
@@ -32,10 +30,8 @@ BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name)
 {
     const std::size_t folderChars = wcslen(folder);
     const std::size_t nameChars = wcslen(name);
-    if (folderChars + nameChars >= MAX_PATH) {
-        NotePathTooLong(folder, name);
+    if (folderChars + nameChars >= MAX_PATH)
         return FALSE;
-    }
     std::copy_n(folder, folderChars, path);
     std::copy_n(name, nameChars + 1, path + folderChars);
     return TRUE;
@@ -45,8 +41,11 @@ DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL 
                     UINT_PTR context)
 {
     WCHAR searchPath[MAX_PATH];
-    if (!JoinPath(searchPath, root, pattern ? pattern : u"*"))
+    const WCHAR* searched = pattern ? pattern : u"*";
+    if (!JoinPath(searchPath, root, searched)) {
+        NotePathTooLong(root, searched);
         return 0;
+    }
 
     WIN32_FIND_DATAW found = {};
     HANDLE search = FindFirstFileW(searchPath, &found);
@@ -61,8 +60,7 @@ DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL 
         if (foldersOnly && !folder)
             continue;
         count++;
-        gWalkedAttributes = found.dwFileAttributes;
-        if (callback && !callback(found.cFileName, root, context))
+        if (callback && !callback(found.cFileName, root, found.dwFileAttributes, context))
             break;
     } while (FindNextFileW(search, &found));
     FindClose(search);

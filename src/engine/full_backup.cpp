@@ -61,37 +61,39 @@ void AddItem(ItemList* list, BYTE kind, const WCHAR* name)
 }
 
 // What went away since the folder was read is no part of the backup, nor is a module in ROM, which nobody can read.
-void ReportUnreadable(const WCHAR* path, DWORD error)
+void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
 {
     const bool gone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-    if (!gone && !HasAttribute(gWalkedAttributes, FILE_ATTRIBUTE_ROMMODULE))
+    if (!gone && !HasAttribute(attributes, FILE_ATTRIBUTE_ROMMODULE))
         ReportItem(OutcomeNotStored, OutcomeFile, path, error);
 }
 
 // Opening it is the only test whether a file can be read at all; one in use stays out.
-void AddIfReadable(const WCHAR* path)
+void AddIfReadable(const WCHAR* path, DWORD attributes)
 {
     HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
-        ReportUnreadable(path, GetLastError());
+        ReportUnreadable(path, attributes, GetLastError());
         return;
     }
     AddItem(gFileList, ItemKindFile, path);
     CloseHandle(file);
 }
 
-BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
+BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
 {
     // Folders are walked, not listed; files in ROM stay out.
-    if (HasAttribute(gWalkedAttributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
+    if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
         return TRUE;
     // What lies directly in a card stays out, what lies in its folders doesn't.
     if (LiesDirectlyInCard(folder) || IsSetFile(name))
         return TRUE;
     WCHAR path[MAX_PATH];
-    if (!JoinPath(path, folder, name))
+    if (!JoinPath(path, folder, name)) {
+        NotePathTooLong(folder, name);
         return TRUE;
-    AddIfReadable(path);
+    }
+    AddIfReadable(path, attributes);
     ProgressStep(reinterpret_cast<HWND>(context), 0);
     return TRUE;
 }

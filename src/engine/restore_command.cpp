@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t EndingChars = 3;
 
-BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
+BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, DWORD /*attributes*/, UINT_PTR context)
 {
     const std::size_t characters = wcslen(name);
     if (characters < EndingChars || lstrcmpW(name + characters - EndingChars, u"QLT") != 0)

@@ -15,9 +15,9 @@ namespace {
 
 constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
 
-BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
+BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
 {
-    if ((gWalkedAttributes & StorageAttributes) != StorageAttributes)
+    if ((attributes & StorageAttributes) != StorageAttributes)
         return TRUE;
     WCHAR path[MAX_PATH];
     // A set's own paths must fit behind it.

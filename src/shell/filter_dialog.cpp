@@ -77,10 +77,10 @@ void TakeDate()
 void ShowExtensions(HWND dialog)
 {
     SendDlgItemMessageW(dialog, ExtensionsId, LB_RESETCONTENT, 0, 0);
-    const WCHAR* end = gOptions.extensions + ExtensionsChars;
-    for (const WCHAR* extension = gOptions.extensions; extension < end && *extension;
-         extension += wcslen(extension) + 1)
+    ForEachExtension([dialog](const WCHAR* extension) {
         SendDlgItemMessageW(dialog, ExtensionsId, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(extension));
+        return true;
+    });
 }
 
 // Brings the controls in line with gOptions.
@@ -120,8 +120,10 @@ void CreateDatePicker(HWND dialog)
 void AppendExtension(HWND dialog, const WCHAR* extension)
 {
     std::size_t end = 0;
-    while (end < ExtensionsChars && gOptions.extensions[end])
-        end += wcslen(gOptions.extensions + end) + 1;
+    ForEachExtension([&end](const WCHAR* each) {
+        end += wcslen(each) + 1;
+        return true;
+    });
     const std::size_t behind = end + wcslen(extension) + 1;
     if (behind + 1 > ExtensionsChars)
         return;

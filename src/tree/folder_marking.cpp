@@ -19,13 +19,16 @@ namespace {
 constexpr WORD HighestChildCount = 65280;
 constexpr WORD HighestAncestorCount = 65520;
 
-BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, UINT_PTR mark)
+BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR mark)
 {
-    const DWORD attributes = gWalkedAttributes;
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) || IsRomFile(attributes) || !gFileList)
         return TRUE;
     WCHAR path[MAX_PATH];
-    if (!FullPathOfEntry(path, folder, name) || FilterHidesFile(path, attributes))
+    if (!FullPathOfEntry(path, folder, name)) {
+        NotePathTooLong(folder, name);
+        return TRUE;
+    }
+    if (FilterHidesFile(path, attributes))
         return TRUE;
     if (!mark)
         gFileList->Remove(path, NameBytes(path));
@@ -43,13 +46,11 @@ DWORD WalkFolder(HTREEITEM item, DWORD mark)
         return 0;
     DWORD total = WalkDirectory(root, nullptr, TRUE, FALSE, MarkFileInFolder, mark);
     const PathsTooLong left = gPathsTooLong;  // of all files; the others meet some of them again
-    const WCHAR* end = gOptions.extensions + ExtensionsChars;
-    const WCHAR* extension = gOptions.extensionFilterOn ? gOptions.extensions : end;
-    for (; extension < end && *extension; extension += wcslen(extension) + 1) {
-        WCHAR pattern[ExtensionsChars + 2];
-        wsprintfW(pattern, u"*.%s", extension);
-        total += WalkDirectory(root, pattern, FALSE, FALSE, MarkFileInFolder, mark);
-    }
+    if (gOptions.extensionFilterOn)
+        ForEachExtensionPattern([&](const WCHAR* pattern) {
+            total += WalkDirectory(root, pattern, FALSE, FALSE, MarkFileInFolder, mark);
+            return true;
+        });
     gPathsTooLong = left;
     return total;
 }

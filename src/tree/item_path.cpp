@@ -3,7 +3,6 @@
 #include "item_path.h"
 
 #include "engine/directory_walker.h"
-#include "engine/paths_too_long.h"
 
 #include "ce/text.h"
 
@@ -74,10 +73,8 @@ BOOL FullPathOfEntry(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* 
         return JoinPath(path, folder, name);
     const std::size_t folderChars = wcslen(folder);
     const std::size_t nameChars = wcslen(name);
-    if (1 + folderChars + nameChars >= MAX_PATH) {
-        NotePathTooLong(folder, name);
+    if (1 + folderChars + nameChars >= MAX_PATH)
         return FALSE;
-    }
     path[0] = u'\\';
     std::memcpy(path + 1, folder, folderChars * sizeof(WCHAR));
     std::memcpy(path + 1 + folderChars, name, (nameChars + 1) * sizeof(WCHAR));

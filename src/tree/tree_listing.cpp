@@ -15,9 +15,6 @@
 
 namespace {
 
-// Entries of gOptions.extensions have at most 3 characters, but the record comes from outside.
-constexpr DWORD PatternChars = ExtensionsChars + 2;
-
 bool IsListed(ItemList* list, const WCHAR* name)
 {
     return list && list->Contains(name, NameBytes(name));
@@ -27,20 +24,6 @@ bool IsListed(ItemList* list, const WCHAR* name)
 bool HoldsMarks(const WCHAR* folderPath)
 {
     return gFileList && gFileList->Contains(folderPath, NameBytes(folderPath) - DWORD{sizeof(WCHAR)});
-}
-
-// Calls `visit(pattern)` with "*.txt" and so on, until it gives false.
-template <class Visit>
-void ForEachExtension(Visit visit)
-{
-    const WCHAR* end = gOptions.extensions + ExtensionsChars;
-    for (const WCHAR* extension = gOptions.extensions; extension < end && *extension;
-         extension += wcslen(extension) + 1) {
-        WCHAR pattern[PatternChars];
-        wsprintfW(pattern, u"*.%s", extension);
-        if (!visit(pattern))
-            return;
-    }
 }
 
 bool HasAnyEntry(const WCHAR* folderPath)
@@ -63,7 +46,7 @@ bool HasFilteredEntry(const WCHAR* folderPath)
     if (!JoinPath(root, folderPath, u"\\"))
         return false;
     bool found = false;
-    ForEachExtension([&](const WCHAR* pattern) {
+    ForEachExtensionPattern([&](const WCHAR* pattern) {
         found = WalkDirectory(root, pattern, TRUE, FALSE, nullptr, 0) != 0;
         return !found;
     });
@@ -92,13 +75,12 @@ void InsertFile(HTREEITEM parent, const WCHAR* name, const WCHAR* path, DWORD at
                    count ? MarkedImage(TreeCodeFile) : UnmarkedImage(TreeCodeFile));
 }
 
-BOOL InsertListedItem(const WCHAR* name, const WCHAR* folder, UINT_PTR context)
+BOOL InsertListedItem(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
 {
     auto* parent = reinterpret_cast<HTREEITEM>(context);
     WCHAR path[MAX_PATH];
     if (!FullPathOfEntry(path, folder, name))
         return TRUE;
-    const DWORD attributes = gWalkedAttributes;
     if (attributes & FILE_ATTRIBUTE_DIRECTORY)
         InsertFolder(parent, name, path);
     else if (!FilterHidesFile(path, attributes))
@@ -117,7 +99,7 @@ void ListFolder(HTREEITEM item)
         return;
     }
     WalkDirectory(root, nullptr, FALSE, TRUE, InsertListedItem, context);
-    ForEachExtension([&](const WCHAR* pattern) {
+    ForEachExtensionPattern([&](const WCHAR* pattern) {
         WalkDirectory(root, pattern, FALSE, FALSE, InsertListedItem, context);
         return true;
     });

@@ -3,22 +3,19 @@
 
 #include "ce/types.h"
 
-// Gets each entry's name and the folder that holds it, which ends in a backslash: one behind the other they are the
-// full path, which may have more than 259 characters. 0 ends the listing of this folder; the walk goes on in its
-// parent.
-using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, UINT_PTR context);
+// Called for each entry. `folder` is the folder that holds it and ends in a backslash, so that `folder` followed by
+// `name` is the full path. That can have more than 259 characters. `attributes` are those that the search returned: a
+// call of GetFileAttributesW for each file would take a full backup much of its time, and the marking of a folder half
+// of it. A result of 0 ends the listing of this folder, and the walk continues in its parent.
+using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context);
 
-// When a callback begins: the attributes of its entry as the search gave them, which GetFileAttributesW would only tell
-// once more. Asking again for each file costs a full backup a good part of its time, and marking a folder half of it.
-// A walk inside of the callback changes them.
-extern DWORD gWalkedAttributes;
-
-// Lists `root` (with its trailing backslash): all of it with a null pattern, otherwise what matches, and only at this
-// level. A folder's contents come before the folder itself; one whose name begins with a point is not looked into.
-// Returns the entries counted, here and below; a null callback counts alike.
-// The main window's thread only.
+// Lists `root`, which ends in a backslash. With a pattern it lists the entries that match, at this level only; with
+// null all entries. `recurse` walks into the folders among them, except those whose names begin with a point, and calls
+// the callback for a folder's content before the folder itself. `foldersOnly` skips files. Returns the number of
+// entries, those of the subfolders included. A null callback only counts. A folder whose path is too long to be
+// searched is noted (paths_too_long.h). The main window's thread only.
 DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL foldersOnly, WalkCallback callback,
                     UINT_PTR context);
 
-// Full path of an entry into `path`. 0 if it doesn't fit: then it is noted (paths_too_long.h).
+// Writes `folder` followed by `name` into `path`. 0 if they don't fit: then `path` is unchanged.
 BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name);

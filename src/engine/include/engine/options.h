@@ -2,6 +2,7 @@
 // the shell loads it at the start and saves it at the end (docs/format.md, "Options").
 #pragma once
 
+#include "ce/text.h"
 #include "ce/types.h"
 
 inline constexpr DWORD ExtensionsChars = 260;
@@ -35,3 +36,13 @@ static_assert(offsetof(Options, maxBackupSizeMb) == 560 && offsetof(Options, sho
 
 // The main window's thread only.
 extern Options gOptions;
+
+// Calls visit(extension) for each entry of gOptions.extensions, in its order, until it returns false.
+template <class Visit>
+void ForEachExtension(const Visit& visit)
+{
+    const WCHAR* end = gOptions.extensions + ExtensionsChars;
+    const WCHAR* extension = gOptions.extensions;
+    while (extension < end && *extension && visit(extension))
+        extension += wcslen(extension) + 1;
+}
