@@ -38,11 +38,6 @@ DWORD FixedBytes(CEPROPID property)
     }
 }
 
-std::uint64_t BytesLeft(const ImageReader& reader)
-{
-    return reader.filled - reader.next + reader.unread;
-}
-
 BOOL Fail(ImageReader& reader, DWORD error)
 {
     if (reader.error == 0)
@@ -50,54 +45,12 @@ BOOL Fail(ImageReader& reader, DWORD error)
     return FALSE;
 }
 
-// Where a value's place isn't known, nothing that follows may be taken for one.
+// After a value whose size isn't known nothing can be read.
 BOOL End(ImageReader& reader)
 {
     reader.next = reader.filled;
     reader.unread = 0;
-    return Fail(reader, ERROR_HANDLE_EOF);
-}
-
-// Fills the buffer anew once all of it is taken.
-void Refill(ImageReader& reader)
-{
-    reader.next = 0;
-    reader.filled = 0;
-    const auto wanted = static_cast<DWORD>(std::min<std::uint64_t>(ImageBufferBytes, reader.unread));
-    if (wanted == 0)
-        return;
-    if (!ReadFile(reader.file, reader.buffer, wanted, &reader.filled, nullptr)) {
-        (void)Fail(reader, GetLastError());
-        reader.filled = 0;
-    }
-    // What can't be read, and a file that has shrunk since it was measured, end here.
-    reader.unread = reader.filled < wanted ? 0 : reader.unread - reader.filled;
-}
-
-// Takes `bytes` bytes, or as many as the file has; `target` null steps over them. Returns whether it had them all.
-bool Take(ImageReader& reader, void* target, std::uint64_t bytes)
-{
-    auto* out = static_cast<BYTE*>(target);
-    while (bytes > 0) {
-        if (reader.next == reader.filled)
-            Refill(reader);
-        const auto piece = static_cast<DWORD>(std::min<std::uint64_t>(bytes, reader.filled - reader.next));
-        if (piece == 0)
-            return false;
-        if (out) {
-            std::memcpy(out, reader.buffer + reader.next, piece);
-            out += piece;
-        }
-        reader.next += piece;
-        bytes -= piece;
-    }
-    return true;
-}
-
-template <class Value>
-bool TakeValue(ImageReader& reader, Value& value)
-{
-    return Take(reader, &value, sizeof value);
+    return Fail(reader, reader.readError != ERROR_SUCCESS ? reader.readError : ERROR_HANDLE_EOF);
 }
 
 // A name that ends before its last character is its first part.
@@ -105,7 +58,7 @@ bool TakeName(ImageReader& reader, WCHAR (&name)[NameChars])
 {
     DWORD bytes = 0;
     if (!TakeValue(reader, bytes) || bytes < sizeof(WCHAR) || bytes > sizeof name || bytes % sizeof(WCHAR) != 0 ||
-        !Take(reader, name, bytes))
+        TakeBytes(reader, name, bytes) < bytes)
         return false;
     return name[bytes / sizeof(WCHAR) - 1] == 0 && name[0] != 0;
 }
@@ -140,7 +93,7 @@ DWORD TakeSizedValue(ImageReader& reader, DWORD bytes, CEPROPVAL& property)
     auto* block = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, std::size_t{whole} + sizeof(WCHAR)));
     if (!block)
         return ERROR_NOT_ENOUGH_MEMORY;
-    if (!Take(reader, block, whole) || !Take(reader, nullptr, bytes - whole)) {
+    if (TakeBytes(reader, block, whole) < whole || !SkipBytes(reader, bytes - whole)) {
         LocalFree(block);
         return ERROR_HANDLE_EOF;
     }
@@ -167,24 +120,20 @@ BOOL ReadSizedProperty(ImageReader& reader, CEPROPVAL& property)
         return End(reader);
     }
     (void)Fail(reader, error);
-    return Take(reader, nullptr, std::uint64_t{bytes} + sizeof(WORD)) ? FALSE : End(reader);
+    return SkipBytes(reader, std::uint64_t{bytes} + sizeof(WORD)) ? FALSE : End(reader);
 }
 
 }  // namespace
 
 void StartImageReader(ImageReader& reader, HANDLE file)
 {
-    BY_HANDLE_FILE_INFORMATION information = {};
-    reader.file = file;
-    reader.filled = 0;
-    reader.next = 0;
-    reader.unread = 0;
+    StartReader(reader, file);
     reader.content = 0;
-    reader.error = 0;
-    if (!GetFileInformationByHandle(file, &information) || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0)
+    reader.error = reader.readError;
+    if (SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0) {
         (void)Fail(reader, GetLastError());
-    else
-        reader.unread = (std::uint64_t{information.nFileSizeHigh} << 32) | information.nFileSizeLow;
+        reader.unread = 0;
+    }
 }
 
 BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header)
@@ -210,7 +159,8 @@ BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property)
     if (HasSize(property.propid))
         return ReadSizedProperty(reader, property);
     // Every member of the union begins where it does, with the bytes of the file.
-    const bool whole = Take(reader, &property.val, FixedBytes(property.propid)) && TakeValue(reader, property.wFlags);
+    const DWORD bytes = FixedBytes(property.propid);
+    const bool whole = TakeBytes(reader, &property.val, bytes) == bytes && TakeValue(reader, property.wFlags);
     return whole ? TRUE : End(reader);
 }
 
@@ -222,7 +172,7 @@ BOOL StepOverProperty(ImageReader& reader)
     DWORD bytes = FixedBytes(property);
     if (HasSize(property) && !TakeValue(reader, bytes))
         return End(reader);
-    return Take(reader, nullptr, std::uint64_t{bytes} + sizeof(WORD)) ? TRUE : End(reader);
+    return SkipBytes(reader, std::uint64_t{bytes} + sizeof(WORD)) ? TRUE : End(reader);
 }
 
 void FreeProperty(const CEPROPVAL& property)

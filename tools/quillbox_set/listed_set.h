@@ -43,7 +43,7 @@ public:
 
     // Known at the end only.
     [[nodiscard]] DWORD bytesBehindItems() const { return reader_->bytesBehindEntries; }
-    [[nodiscard]] bool readFailed() const { return reader_->readFailed; }
+    [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }
 
 private:
     OpenFile list_;

@@ -4,6 +4,7 @@
 // No count or size is believed before the file is known to have the bytes, so memory follows what is really there.
 #pragma once
 
+#include "set/buffered_reader.h"
 #include "set/set_entry.h"
 
 #include "ce/store.h"
@@ -14,17 +15,9 @@ inline constexpr DWORD ImageSortOrders = 90;
 // What a record may have to be read without a block of its own.
 inline constexpr DWORD ImageProperties = 255;
 
-inline constexpr DWORD ImageBufferBytes = 16384;
-
-// Large for a stack frame that recurses, small enough for any other.
-struct ImageReader {
-    HANDLE file;
-    BYTE buffer[ImageBufferBytes];
-    DWORD filled;          // bytes in the buffer
-    DWORD next;            // the first of them that isn't taken
-    std::uint64_t unread;  // bytes of the file behind the buffer
-    DWORD content;         // bytes of texts and blobs that the record at hand has so far
-    DWORD error;           // of the first call that gave 0
+struct ImageReader : BufferedReader {
+    DWORD content;  // bytes of texts and blobs in the current record so far
+    DWORD error;    // of the first call that returned 0
 };
 
 struct ImageHeader {

@@ -4,6 +4,7 @@
 // stepped over by the bytes that the file really has, and reading goes on behind it.
 #pragma once
 
+#include "set/buffered_reader.h"
 #include "set/set_entry.h"
 #include "set/set_state.h"
 
@@ -18,17 +19,9 @@ enum ListFault : DWORD {
     CutByEndOfFile = 16,
 };
 
-inline constexpr DWORD ListBufferBytes = 16384;
-
-// Large for a stack frame that recurses, small enough for any other.
-struct ListReader {
-    HANDLE file;
-    BYTE buffer[ListBufferBytes];
-    DWORD filled;              // bytes in the buffer
-    DWORD next;                // the first of them that isn't taken
-    std::uint64_t unread;      // bytes of the file behind the buffer
-    DWORD bytesBehindEntries;  // 1 or 2 at the end, if the file ends in less than an entry's first fields
-    bool readFailed;           // a read gave an error or too few bytes: what follows counts as the file's end
+// After a failed read (readError) the list counts as ended.
+struct ListReader : BufferedReader {
+    DWORD bytesBehindEntries;  // at the end: 1 or 2 bytes that are too few to begin another entry, otherwise 0
 };
 
 struct ListEntry {

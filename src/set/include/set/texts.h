@@ -46,6 +46,6 @@ enum TextId : UINT {
 extern WCHAR gTextA[TextChars];
 extern WCHAR gTextB[TextChars];
 
-// Copies text `id` into `scratch`, which is gTextA or gTextB, and returns it: empty if there is no such text. Good until
-// the next LoadText on the same buffer.
+// Copies text `id` into `scratch`, which is gTextA or gTextB, and returns it: empty if there is no such text. Good
+// until the next LoadText on the same buffer.
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars]);
