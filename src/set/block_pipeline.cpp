@@ -1,65 +1,63 @@
-// block_pipeline.cpp - see block_pipeline.h.
-
+// Who may touch a block:
+//
+//   Idle       the run's thread, which reads into it
+//   Offered    nobody, until a thread changes the state to Underway
+//   Underway   the thread that made that change: one compare-and-exchange decides between the two
+//   Finished   the run's thread, which writes the result to a file
+//
+// `state` is the only field that both threads access at the same time. It is sequentially consistent, so whoever reads
+// a new state also sees what the other thread wrote into the block before it.
+//
+// The blocks are a ring. gOldest and gCount say which of them are in use, and only the run's thread reads or writes
+// those two. The second thread looks at all blocks instead: one that isn't in use is never Offered.
+//
+// The second thread sleeps on gCalls. It reads gCalls before it looks for work, and every offer that it should notice
+// changes gCalls after the block is Offered. So an offer that it has overlooked makes its wait return at once.
+//
+// No call waits for a block that nobody works on. FinishBlock packs what is offered by itself, the oldest block first,
+// and waits only when the oldest block is Underway, which is then on the second thread.
 #include "set/block_pipeline.h"
 
 #include "ce/thread.h"
 
-#include <lzo/lzo1x.h>
-
 namespace {
 
-// The library's own constant: it grows with the size of a pointer.
-struct WorkMemory {
-    alignas(void*) BYTE bytes[LZO1X_1_MEM_COMPRESS];
-};
-WorkMemory gRunsMemory;
-WorkMemory gSecondMemory;
-
-// The run's alone, but for the blocks themselves.
 PipelinedBlock gBlocks[PipelinedBlocks];
 DWORD gOldest;
 DWORD gCount;
 
-// Shared: each offer that is worth a second thread, and each wish to stop, counts one up.
+PackingMemory gRunMemory;
+PackingMemory gSecondMemory;
+
 std::atomic<DWORD> gCalls;
 std::atomic<bool> gStopping;
 std::atomic<bool> gThreadRuns;
 
-PipelinedBlock& BlockAt(DWORD place)
+PipelinedBlock& BlockAt(DWORD index)
 {
-    return gBlocks[(gOldest + place) % PipelinedBlocks];
+    return gBlocks[(gOldest + index) % PipelinedBlocks];
 }
 
-bool Pack(PipelinedBlock& block, WorkMemory& memory)
+// False if the block isn't offered, or the other thread was faster.
+bool WorkOn(PipelinedBlock& block, PackingMemory& memory)
 {
-    lzo_uint produced = 0;
-    if (lzo1x_1_compress(block.raw, block.rawBytes, block.packed, &produced, memory.bytes) != LZO_E_OK)
+    BlockState expected = BlockState::Offered;
+    if (!block.state.compare_exchange_strong(expected, BlockState::Underway))
         return false;
-    block.packedBytes = static_cast<DWORD>(produced);
-    return true;
-}
-
-// False if somebody else has it, or nobody offers it.
-bool Work(PipelinedBlock& block, WorkMemory& memory)
-{
-    BlockState offered = BlockState::Offered;
-    if (!block.state.compare_exchange_strong(offered, BlockState::Underway))
-        return false;
-    block.good =
-        block.unpacks ? UnpackBlock(block.packed, block.packedBytes, block.raw, block.rawBytes) : Pack(block, memory);
+    block.good = block.unpacks ? UnpackBlock(block.packed, block.packedBytes, block.raw, block.rawBytes)
+                               : PackBlock(block.raw, block.rawBytes, block.packed, block.packedBytes, memory);
     block.state = BlockState::Finished;
     block.state.notify_one();
     return true;
 }
 
-// A block that is offered behind the thread's back has called it again.
 DWORD RunSecondThread(void* /*unused*/)
 {
     while (!gStopping) {
         const DWORD calls = gCalls;
         bool worked = false;
         for (PipelinedBlock& block : gBlocks)
-            worked |= Work(block, gSecondMemory);
+            worked |= WorkOn(block, gSecondMemory);
         if (!worked && !gStopping)
             gCalls.wait(calls);
     }
@@ -68,25 +66,27 @@ DWORD RunSecondThread(void* /*unused*/)
     return 0;
 }
 
-void CallThread()
+void WakeSecondThread()
 {
     gCalls++;
     gCalls.notify_one();
 }
 
-// The run does a single block itself before another thread could begin, and a closing one costs next to nothing.
-void Offer(PipelinedBlock& block, bool worthAThread)
+// The second thread isn't woken for a single block, which the run's thread finishes before another could begin, nor for
+// one that takes less time than waking.
+void Offer(PipelinedBlock& block, bool takesTime)
 {
     block.state = BlockState::Offered;
-    if (gThreadRuns && gCount > 1 && worthAThread)
-        CallThread();
+    if (gThreadRuns && gCount > 1 && takesTime)
+        WakeSecondThread();
 }
 
-bool WorkOnAny()
+bool WorkOnAnyBlock()
 {
-    for (DWORD i = 0; i < gCount; i++)
-        if (Work(BlockAt(i), gRunsMemory))
+    for (DWORD i = 0; i < gCount; i++) {
+        if (WorkOn(BlockAt(i), gRunMemory))
             return true;
+    }
     return false;
 }
 
@@ -106,7 +106,7 @@ void StartPipelineThread()
 void StopPipelineThread()
 {
     gStopping = true;
-    CallThread();
+    WakeSecondThread();
     gThreadRuns.wait(true);
 }
 
@@ -134,20 +134,23 @@ void OfferToUnpack(PipelinedBlock& block, DWORD packedBytes)
 const PipelinedBlock& FinishBlock()
 {
     PipelinedBlock& block = BlockAt(0);
-    while (block.state != BlockState::Finished)
-        if (!WorkOnAny())
+    while (block.state != BlockState::Finished) {
+        if (!WorkOnAnyBlock())
             block.state.wait(BlockState::Underway);
+    }
     gOldest = (gOldest + 1) % PipelinedBlocks;
     gCount--;
     return block;
 }
 
+// A block that is still Offered is taken back. For one that is Underway there is nothing to do but wait, since the
+// second thread writes into it.
 void EmptyPipeline()
 {
     for (DWORD i = 0; i < gCount; i++) {
         PipelinedBlock& block = BlockAt(i);
-        BlockState offered = BlockState::Offered;
-        if (!block.state.compare_exchange_strong(offered, BlockState::Idle))
+        BlockState expected = BlockState::Offered;
+        if (!block.state.compare_exchange_strong(expected, BlockState::Idle))
             block.state.wait(BlockState::Underway);
     }
     gCount = 0;

@@ -3,12 +3,10 @@
 #include "set/compressed_stream.h"
 
 #include "set/block_pipeline.h"
-#include "set/stream_block.h"
+#include "set/stream_decoding.h"
 
 #include "ce/file.h"
 #include "ce/text.h"
-
-#include <lzo/lzo1x.h>
 
 #include <cstddef>
 #include <cstring>
@@ -272,7 +270,7 @@ BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* told)
     PackedStream unasked;
     PackedStream& packed = told ? *told : unasked;
     packed = {};
-    if (lzo_init() != LZO_E_OK) {
+    if (!CodecWorks()) {
         NoteFailure(packed, ERROR_GEN_FAILURE);
         return FALSE;
     }
@@ -298,7 +296,7 @@ BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* tol
     StreamOutcome unasked;
     StreamOutcome& unpacked = told ? *told : unasked;
     unpacked = {};
-    if (lzo_init() != LZO_E_OK) {
+    if (!CodecWorks()) {
         NoteFailure(unpacked, ERROR_GEN_FAILURE);
         return FALSE;
     }

@@ -1,7 +1,7 @@
 #include "set/compressed_stream.h"
 
 #include "set/block_pipeline.h"
-#include "set/stream_block.h"
+#include "set/stream_decoding.h"
 #include "set_fixture.h"
 
 #include "file/host_faults.h"

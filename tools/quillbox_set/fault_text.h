@@ -1,7 +1,7 @@
 // fault_text.h - what is wrong with a set, in words.
 #pragma once
 
-#include "set/stream_block.h"
+#include "set/stream_decoding.h"
 
 #include "ce/types.h"
 

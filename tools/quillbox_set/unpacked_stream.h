@@ -5,7 +5,7 @@
 #pragma once
 
 #include "listed_set.h"
-#include "set/stream_block.h"
+#include "set/stream_decoding.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,46 +1,45 @@
-// block_pipeline.h - the blocks of one stream on their way through LZO, on the run's thread and, during a run, on a
-// second one.
+// block_pipeline.h - packs and unpacks the blocks of one stream on the run's thread and, during a run, on a second one.
 //
-// The run reads and writes by itself, in its own order, as if it were alone; only the packing and unpacking between is
-// shared. A block is read into the pipeline, offered, and comes out finished, the oldest first.
+// The run reads and writes its files by itself and in their order, as it would without a second thread. Only the work
+// of the codec is shared. The run takes a block, reads into it and offers it, up to PipelinedBlocks of them, and gets
+// them back finished in the order in which it offered them.
 //
-// One stream at a time. All calls are the run's thread's. What both threads share: the blocks, each of which belongs to
-// whoever set its state to Underway, and to the run in any other state; and the words at the top of block_pipeline.cpp.
+// One stream at a time, and all calls on the run's thread. block_pipeline.cpp explains what the two threads share.
 #pragma once
 
-#include "set/stream_block.h"
+#include "set/block_codec.h"
 
 #include <atomic>
 
-// At most so many blocks are in the pipeline.
+// At most this many blocks are between TakeBlock and FinishBlock.
 inline constexpr DWORD PipelinedBlocks = 4;
 
 enum class BlockState { Idle, Offered, Underway, Finished };
 
 struct PipelinedBlock {
     std::atomic<BlockState> state;
-    bool unpacks;  // otherwise it is to be packed
-    bool good;     // with Finished: the result is there
+    bool unpacks;  // the block is to be unpacked, otherwise packed
+    bool good;     // once it is finished: the codec succeeded
     DWORD rawBytes;
     DWORD packedBytes;
     BYTE raw[RawBlockBytes];
     BYTE packed[PackedBlockBytes];
 };
 
-// Starts and ends the second thread; the end waits for it. Without one, on a machine with one processor or where none
-// can be made, the run's own thread does all.
+// Start the second thread, and stop it and wait until it has ended. Where no thread can be made, the run's thread does
+// all the work.
 void StartPipelineThread();
 void StopPipelineThread();
 
-// A block to read into.
+// An idle block to read into. At most PipelinedBlocks at a time.
 PipelinedBlock& TakeBlock();
 
-// Its bytes are there: `rawBytes` of `raw`, or `packedBytes` of `packed`.
+// Offers the block that was taken last, with `rawBytes` bytes in `raw` or `packedBytes` bytes in `packed`.
 void OfferToPack(PipelinedBlock& block, DWORD rawBytes);
 void OfferToUnpack(PipelinedBlock& block, DWORD packedBytes);
 
-// The oldest block that was offered. Its bytes stay until the next call of TakeBlock.
+// Waits for the oldest offered block and returns it. Its bytes are valid until the next TakeBlock.
 const PipelinedBlock& FinishBlock();
 
-// Forgets what was offered and not finished.
+// Drops all blocks that were taken or offered and not finished.
 void EmptyPipeline();
