@@ -1,21 +1,19 @@
-// backup_run.cpp - see backup_run.h.
-
 #include "engine/backup_run.h"
 
-#include "database_items.h"
+#include "backup_items.h"
+#include "choice_list.h"
+#include "engine/directory_walker.h"
 #include "engine/questions.h"
-#include "file_items.h"
-#include "registry_file.h"
 #include "run_progress.h"
 #include "set/block_pipeline.h"
 #include "set/set_state.h"
-#include "set_comment.h"
 #include "set_paths.h"
-#include "storage_choice.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"
+#include "ce/outcome.h"
 #include "ce/text.h"
+#include "ce/time.h"
 
 #include <new>
 
@@ -24,10 +22,52 @@ DWORD gLastSetNumber;
 namespace {
 
 constexpr WORD SelectedItemsKind = 2;
+constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
 
-bool NothingIsMarked()
+// Day first where the user's short date begins with the day, otherwise month first.
+bool DayComesFirst()
 {
-    return CountOf(gFileList) == 0 && CountOf(gDatabaseList) == 0 && !gRegistryMarked;
+    WCHAR format[TextChars] = {};
+    GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_SSHORTDATE, format, TextChars);
+    return format[0] == u'd';
+}
+
+// Puts the date in front of the user's text in gComment, which is cut if it no longer fits.
+void ComposeComment()
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    const bool dayFirst = DayComesFirst();
+    WCHAR composed[TextChars];
+    wsprintfW(composed, LoadText(TextCommentFormat, gTextA), dayFirst ? now.wDay : now.wMonth,
+              dayFirst ? now.wMonth : now.wDay, now.wYear, now.wHour, now.wMinute, gComment);
+    CopyText(gComment, composed);
+}
+
+BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
+{
+    if ((attributes & StorageAttributes) != StorageAttributes)
+        return TRUE;
+    WCHAR path[MAX_PATH];
+    if (JoinPath(path, folder, name) && SetPathsFit(path))
+        AddChoice(*reinterpret_cast<ChoiceList*>(context), path);
+    return TRUE;
+}
+
+// Lets the user choose a card or the device itself. On TRUE `storageRoot` is the card's path without a trailing
+// backslash, or empty for the device.
+BOOL ChooseStorage(WCHAR (&storageRoot)[MAX_PATH])
+{
+    ChoiceList storages;
+    SearchForChoices(TRUE);
+    WalkDirectory(u"\\", nullptr, TRUE, TRUE, CollectStorageFolder, reinterpret_cast<UINT_PTR>(&storages));
+    SearchForChoices(FALSE);
+    AddChoice(storages, LoadText(TextMainDevice, gTextA));
+    if (!ChooseFromList(gMainWindow, LoadText(TextSelectStorage, gTextA), storages.characters.data(), storageRoot))
+        return FALSE;
+    if (lstrcmpW(storageRoot, LoadText(TextMainDevice, gTextA)) == 0)
+        storageRoot[0] = 0;
+    return TRUE;
 }
 
 void ReportRunWithoutSet(const BackupRun& run, DWORD error)
@@ -51,7 +91,7 @@ HANDLE CreateList(const WCHAR* path, DWORD creation, DWORD& error)
     return list;
 }
 
-// The file of this number, new or, after a Yes, in place of the old one. `error`: why it can't be had.
+// Creates the list file. If there is one, the user is asked whether it is replaced. `error` is why there is no file.
 HANDLE OpenList(const WCHAR* path, DWORD& error)
 {
     HANDLE list = CreateList(path, CREATE_NEW, error);
@@ -64,12 +104,12 @@ HANDLE OpenList(const WCHAR* path, DWORD& error)
     return list;
 }
 
+// Finds the first number whose list file can be created. Reports "all numbers are taken" only if that is the only
+// reason why there is none; otherwise the first other reason.
 bool SettleNumber(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
-    DWORD reason = ERROR_FILE_EXISTS;  // every number is taken, unless a list can't be made for another reason
-    if (run.folderError != ERROR_SUCCESS)
-        reason = run.folderError;
+    DWORD reason = run.folderError != ERROR_SUCCESS ? run.folderError : DWORD{ERROR_FILE_EXISTS};
     for (run.number = FirstSetNumber; run.number <= LastSetNumber; run.number++) {
         FormatListPath(path, run.storageRoot, run.number);
         DWORD error = ERROR_SUCCESS;
@@ -83,7 +123,7 @@ bool SettleNumber(BackupRun& run)
     return false;
 }
 
-// A data file of that number is replaced, also when the list file is new.
+// A data file of this number is replaced, also if the list file is new.
 bool OpenLogAndData(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -109,8 +149,8 @@ bool WriteHead(BackupRun& run)
     return false;
 }
 
-// All of the set is on the disk before the run ends, so that the card may be taken out then. The data goes first: a
-// list on the disk never names bytes that aren't. The platform reports a failure by the name of the file.
+// After the run the card can be taken out, so the set must be on the disk. The data goes first: a list on the disk
+// never names bytes that aren't. The platform reports a failure by the name of the file.
 void FlushSet(BackupRun& run)
 {
     for (HANDLE file : {run.dataFile, run.listFile}) {
@@ -142,15 +182,13 @@ void MakeSet(BackupRun& run)
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
-    // Whatever becomes of it, the list file decides.
+    // A failure isn't the end: whether the list file can be created decides.
     if (!CreateDirectoryW(folder, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
         run.folderError = GetLastError();
     if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
         gLastSetNumber = run.number;
         StartPipelineThread();
-        BackUpFiles(run);
-        BackUpDatabases(run);
-        BackUpRegistry(run);
+        BackUpItems(run);
         (void)DeclareTemporaryFile(nullptr);
         StopPipelineThread();
     }
@@ -171,7 +209,7 @@ DWORD RunBackup(DWORD mode)
         return 0;
     }
     ComposeComment();
-    static BackupRun run;  // large, and one run at a time
+    static BackupRun run;  // too large for the stack, and there is one run at a time
     run = {};
     run.ofWholeDevice = LOWORD(mode) != BackupSelectedItems;
     if (ChooseStorage(run.storageRoot))

@@ -1,28 +1,24 @@
-// full_backup.cpp - see full_backup.h.
-
-#include "engine/full_backup.h"
-
 #include "engine/backup_run.h"
+
 #include "engine/directory_walker.h"
+#include "engine/item_names.h"
 #include "engine/paths_too_long.h"
 #include "engine/questions.h"
-#include "run_progress.h"
 #include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"
 #include "ce/outcome.h"
-#include "ce/store.h"
 #include "ce/text.h"
 
 namespace {
 
 constexpr WORD FullBackupKind = 1;
-// The number of files isn't known beforehand: past its top the bar starts over.
+// The number of files isn't known beforehand. After its end the bar starts again.
 constexpr DWORD ListingRange = 1500;
 constexpr DWORD ListingStep = 10;
 
-// The files of earlier sets, by the end of their names, in any folder.
+// Whether the name ends like that of a file of a set, which a full backup leaves out in any folder.
 bool IsSetFile(const WCHAR* name)
 {
     const std::size_t characters = wcslen(name);
@@ -37,30 +33,31 @@ bool HasAttribute(DWORD attributes, DWORD wanted)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
 
-// The folder that was asked about last in this walk: files come folder by folder, so the answer serves nearly all of
-// them.
-struct AskedFolder {
+// The attributes of the folder of the last file. A walk lists a folder's files one after the other, so nearly all of
+// them need no call of the platform.
+struct KnownFolder {
     WCHAR path[MAX_PATH];
     DWORD attributes;
 };
-AskedFolder gAskedFolder;
+KnownFolder gKnownFolder;
 
 bool LiesDirectlyInCard(const WCHAR* folder)
 {
-    if (lstrcmpW(gAskedFolder.path, folder) != 0) {
-        CopyText(gAskedFolder.path, folder);
-        gAskedFolder.attributes = GetFileAttributesW(folder);
+    if (lstrcmpW(gKnownFolder.path, folder) != 0) {
+        CopyText(gKnownFolder.path, folder);
+        gKnownFolder.attributes = GetFileAttributesW(folder);
     }
-    return HasAttribute(gAskedFolder.attributes, FILE_ATTRIBUTE_TEMPORARY);
+    return HasAttribute(gKnownFolder.attributes, FILE_ATTRIBUTE_TEMPORARY);
 }
 
-void AddItem(ItemList* list, BYTE kind, const WCHAR* name)
+void AddItem(const ItemKind& kind, const WCHAR* name)
 {
+    ItemList* list = *kind.list;
     if (!list || !list->Add(name, NameBytes(name)))
-        ReportItem(OutcomeNotStored, kind, name, ERROR_NOT_ENOUGH_MEMORY);
+        ReportItem(OutcomeNotStored, kind.reportedAs, name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
-// What went away since the folder was read is no part of the backup, nor is a module in ROM, which nobody can read.
+// A file that was deleted since the folder was read isn't part of the backup. A module in ROM can't be read by anybody.
 void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
 {
     const bool gone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
@@ -68,7 +65,7 @@ void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
         ReportItem(OutcomeNotStored, OutcomeFile, path, error);
 }
 
-// Opening it is the only test whether a file can be read at all; one in use stays out.
+// Only opening a file shows whether it can be read. A file that is in use is left out.
 void AddIfReadable(const WCHAR* path, DWORD attributes)
 {
     HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -76,16 +73,16 @@ void AddIfReadable(const WCHAR* path, DWORD attributes)
         ReportUnreadable(path, attributes, GetLastError());
         return;
     }
-    AddItem(gFileList, ItemKindFile, path);
+    AddItem(KindOf(ItemKindFile), path);
     CloseHandle(file);
 }
 
 BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
 {
-    // Folders are walked, not listed; files in ROM stay out.
+    // A folder is no item, and files in ROM are left out.
     if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
         return TRUE;
-    // What lies directly in a card stays out, what lies in its folders doesn't.
+    // Files directly in a card's folder are left out, those in its subfolders aren't.
     if (LiesDirectlyInCard(folder) || IsSetFile(name))
         return TRUE;
     WCHAR path[MAX_PATH];
@@ -98,46 +95,33 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes,
     return TRUE;
 }
 
-HWND OpenListingProgress(UINT title)
+void ListAllFiles(HWND progress)
 {
-    return ProgressOpen(LoadText(title, gTextA), LoadText(TextComputingList, gTextB), ListingRange, ListingStep);
-}
-
-void ListAllFiles()
-{
-    HWND progress = OpenListingProgress(TextConstructFileList);
-    SetWaitCursor();
-    gAskedFolder = {};
+    gKnownFolder = {};
     gPathsTooLong = {};
     gPathsTooLong.areItems = TRUE;
     WalkDirectory(u"\\", nullptr, TRUE, FALSE, AddFullBackupFile, reinterpret_cast<UINT_PTR>(progress));
     gPathsTooLong.areItems = FALSE;
-    SetCursor(nullptr);
-    ProgressAnimate(progress);
 }
 
-void AddDatabase(CEOID oid)
+void ListAllNames(const ItemKind& kind, HWND progress)
 {
-    CEOIDINFO info = {};
-    if (!CeOidGetInfo(oid, &info) || info.wObjType != OBJTYPE_DATABASE)
-        return;  // deleted since the enumeration gave it
-    const WCHAR* name = info.infDatabase.szDbaseName;
-    if (name[0] != u'\\')
-        AddItem(gDatabaseList, ItemKindDatabase, name);
+    ForEachName(kind.number, [&](const WCHAR* name) {
+        if (name)
+            AddItem(kind, name);
+        ProgressStep(progress, 0);
+    });
 }
 
-void ListAllDatabases()
+void ListAll(const ItemKind& kind)
 {
-    HWND progress = OpenListingProgress(TextConstructDatabaseList);
+    HWND progress =
+        ProgressOpen(LoadText(kind.listing, gTextA), LoadText(TextComputingList, gTextB), ListingRange, ListingStep);
     SetWaitCursor();
-    HANDLE enumeration = CeFindFirstDatabase(0);
-    if (enumeration != INVALID_HANDLE_VALUE) {
-        while (const CEOID oid = CeFindNextDatabase(enumeration)) {
-            AddDatabase(oid);
-            ProgressStep(progress, 0);
-        }
-        CloseHandle(enumeration);
-    }
+    if (kind.number == ItemKindFile)
+        ListAllFiles(progress);
+    else
+        ListAllNames(kind, progress);
     SetCursor(nullptr);
     ProgressAnimate(progress);
 }
@@ -150,21 +134,20 @@ DWORD RunFullBackup()
         return 0;
 
     RenewLists();
-    PathsTooLong left = {};
-    if (gFullFiles) {
-        ListAllFiles();
-        left = gPathsTooLong;
+    gPathsTooLong = {};
+    for (const ItemKind& kind : ItemKinds) {
+        if (kind.list && *kind.inFullBackup)
+            ListAll(kind);
     }
-    if (gFullDatabases)
-        ListAllDatabases();
+    const PathsTooLong left = gPathsTooLong;  // the run's own walk can note further ones
 
     const DWORD registryMarked = gRegistryMarked;
     gRegistryMarked = gFullRegistry ? 1 : 0;
-    const bool nothing = CountOf(gFileList) == 0 && CountOf(gDatabaseList) == 0 && !gRegistryMarked;
+    const bool nothing = NothingIsMarked();
     RunBackup(BackupListedItems);
     gRegistryMarked = registryMarked;
     RenewLists();
-    // After the run, so that the set stands whatever becomes of the message; and not for one that was cancelled.
+    // After the run, so that the set is complete while the message is open, and not if the user cancelled the run.
     if (gLastSetNumber != 0 || nothing)
         TellPathsTooLong(left);
     return 1;

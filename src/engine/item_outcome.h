@@ -1,8 +1,9 @@
-// item_outcome.h - what became of the item at hand: the first failure, for the report of items that aren't whole.
+// item_outcome.h - the outcome of the item that a run is working on, and the program's temporary files, for the report
+// of items that aren't whole (ce/outcome.h).
 #pragma once
 
 #include "ce/error.h"
-#include "ce/outcome.h"
+#include "ce/types.h"
 
 struct ItemOutcome {
     DWORD error = ERROR_SUCCESS;  // of the first call that failed
@@ -13,15 +14,25 @@ inline bool IsWhole(const ItemOutcome& item)
     return item.error == ERROR_SUCCESS;
 }
 
-// A file of the user's had the name of one of the program's temporary files, which took its place.
-inline void ReportReplacedFile(const WCHAR* path)
-{
-    ReportItem(OutcomeReplaced, OutcomeFile, path, ERROR_SUCCESS);
-}
-
 // A failure without a number counts too.
 inline void NoteFailure(ItemOutcome& item, DWORD error)
 {
     if (IsWhole(item))
         item.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
+
+// Reports that a temporary file of the program has replaced a file of the user's of the same name.
+void ReportReplacedFile(const WCHAR* path);
+
+// A temporary file that a call of the platform or of the set's room is about to make. The user can have a file of the
+// same name, which must not be taken for the program's.
+struct TemporaryFile {
+    const WCHAR* path;
+    bool existed;  // before the call
+};
+
+TemporaryFile ExpectTemporaryFile(const WCHAR* path);
+
+// After the call, with `made` if it has begun a new file. True if a file at the path is the program's, to be used and
+// deleted. Reports a file that was replaced.
+bool IsOwnFile(const TemporaryFile& file, bool made);

@@ -1,37 +1,125 @@
-// restore_run.cpp - see restore_run.h.
-
 #include "engine/restore_run.h"
 
+#include "choice_list.h"
+#include "engine/directory_walker.h"
 #include "engine/options.h"
 #include "engine/questions.h"
-#include "restored_items.h"
+#include "engine/registry_calls.h"
+#include "item_outcome.h"
 #include "run_progress.h"
 #include "set/block_pipeline.h"
 #include "set/compressed_stream.h"
+#include "set/database_image.h"
+#include "set/list_file.h"
 #include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"
+#include "ce/outcome.h"
 #include "ce/text.h"
 
 #include <algorithm>
 
 namespace {
 
+// Both in the device's root, wherever the set is. They exist during one item only.
+const WCHAR TemporaryStreamPath[] = u"\\BK000.TMP";
+const WCHAR RegistryPath[] = u"\\BKREG.TMP";
 
-bool NothingIsListed()
+constexpr DWORD PieceBytes = 260;
+
+// Exists during one restore only.
+struct RestoreRun {
+    HANDLE dataFile = INVALID_HANDLE_VALUE;
+    HWND progress = nullptr;
+    DWORD restoredBytes = 0;  // of files and databases, copied out of the data file so far
+    ItemOutcome item;         // of the current item
+};
+
+// One item: its stream is copied out of the data file to the temporary stream, which is then unpacked.
+
+// Calls restore() between the beginning and the end of an item, and reports an item that isn't whole.
+template <class Restore>
+void RestoreItem(RestoreRun& run, const ItemKind& kind, const WCHAR* name, const Restore& restore)
 {
-    return CountOf(gFileList) == 0 && CountOf(gDatabaseList) == 0 && !gRegistryMarked;
+    ShowItem(run.progress, kind, name);
+    run.item = {};
+    restore();
+    if (!IsWhole(run.item))
+        ReportItem(OutcomeNotRestored, kind.reportedAs, name, run.item.error);
 }
 
-// A full restore of a list that has nothing in it brings nothing back, though that was asked for.
-DWORD TellNothingToRestore(const WCHAR* listPath, WORD mode)
+void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, bool showCount)
 {
-    if (mode == RestoreFull)
-        ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_NO_DATA);
-    MessageBoxW(gMainWindow, LoadText(TextNothingToRestore, gTextA), u"Info", MB_OK);
-    return 0;
+    ByteCounter counter = StartByteCounter(run.progress, TextRestoredCountFormat);
+    BYTE piece[PieceBytes];
+    while (offset <= end) {
+        DWORD bytes = 0;
+        if (!ReadFile(run.dataFile, piece, std::min(PieceBytes, end - offset), &bytes, nullptr))
+            NoteFailure(run.item, GetLastError());
+        if (bytes == 0)
+            break;
+        offset += bytes;
+        DWORD written = 0;
+        if (!WriteFile(temporary, piece, bytes, &written, nullptr))
+            NoteFailure(run.item, GetLastError());
+        if (showCount) {
+            run.restoredBytes += bytes;
+            ShowBytes(counter, run.restoredBytes);
+        }
+    }
+    if (offset != end)
+        NoteFailure(run.item, ERROR_FILE_CORRUPT);
 }
+
+HANDLE CreateTemporaryStream()
+{
+    (void)DeclareTemporaryFile(TemporaryStreamPath);
+    const HANDLE temporary = CreateFileW(TemporaryStreamPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    if (temporary != INVALID_HANDLE_VALUE && GetLastError() == ERROR_ALREADY_EXISTS)
+        ReportReplacedFile(TemporaryStreamPath);
+    return temporary;
+}
+
+// Copies the bytes of `entry` to the temporary stream, fewer if the data file ends before. False if there is no
+// temporary stream; otherwise the caller deletes it.
+bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, bool showCount)
+{
+    const DWORD start = EntryStartOffset(entry.bytes);
+    if (SetFilePointer(run.dataFile, static_cast<LONG>(start), nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
+        NoteFailure(run.item, GetLastError());
+        return false;
+    }
+    const HANDLE temporary = CreateTemporaryStream();
+    if (temporary == INVALID_HANDLE_VALUE) {
+        NoteFailure(run.item, GetLastError());
+        return false;
+    }
+    StepRunProgress(run.progress);
+    CopyPieces(run, temporary, start, EntryEndOffset(entry.bytes), showCount);
+    if (!CloseHandle(temporary))
+        NoteFailure(run.item, GetLastError());
+    return true;
+}
+
+// Unpacks the temporary stream into a file. Whether the file was made; it isn't if the stream has no magic.
+bool Unpack(RestoreRun& run, const WCHAR* path)
+{
+    StreamOutcome unpacked;
+    (void)DecompressFile(TemporaryStreamPath, path, &unpacked);
+    if (!unpacked.whole)
+        NoteFailure(run.item, unpacked.error);
+    return unpacked.made != FALSE;
+}
+
+// Unpacks into a temporary file. False if a file at the path is the user's, which is neither used nor deleted.
+bool UnpackToTemporaryFile(RestoreRun& run, const WCHAR* path)
+{
+    const TemporaryFile file = ExpectTemporaryFile(path);
+    return IsOwnFile(file, Unpack(run, path));
+}
+
+// Files.
 
 bool AskReplace(const WCHAR* name)
 {
@@ -41,7 +129,8 @@ bool AskReplace(const WCHAR* name)
                        MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2) == IDYES;
 }
 
-// Whether no file of that name exists. A failed call with any other reason may hide one, so the file counts as there.
+// Whether no file of that name exists. If the call fails for another reason, given in `error`, the file counts as
+// existing.
 bool IsMissing(const WCHAR* name, DWORD& error)
 {
     error = ERROR_SUCCESS;
@@ -52,7 +141,7 @@ bool IsMissing(const WCHAR* name, DWORD& error)
 }
 
 // Any mode but ask and skip replaces.
-bool PolicyAllows(RestoreRun& run, const WCHAR* name)
+bool OptionsAllow(RestoreRun& run, const WCHAR* name)
 {
     const WORD mode = gOptions.restoreMode;
     if (mode != RestoreModeAsk && mode != RestoreModeSkip)
@@ -63,57 +152,22 @@ bool PolicyAllows(RestoreRun& run, const WCHAR* name)
     if (mode == RestoreModeAsk)
         return AskReplace(name);
     if (error != ERROR_SUCCESS)
-        NoteFailure(run.item, error);  // skipped for a file that nobody knows to be there
+        NoteFailure(run.item, error);  // skipped, although it isn't known whether the file exists
     return false;
 }
 
-void UnpackFile(RestoreRun& run, const WCHAR* name)
-{
-    StreamOutcome unpacked;
-    (void)DecompressFile(TemporaryStreamPath, name, &unpacked);
-    if (!unpacked.whole)
-        NoteFailure(run.item, unpacked.error);
-    (void)DeleteFileW(TemporaryStreamPath);
-}
-
-// One file. Its failure is its own: it is reported, and the run goes on.
 void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
-    WCHAR message[TextChars];
-    wsprintfW(message, LoadText(TextFileFormat, gTextA), entry.name);
-    ProgressSetMessage(run.progress, message);
-
-    SetCursor(nullptr);
-    BeginItem(run);
-    const bool wanted = PolicyAllows(run, entry.name);
-    SetWaitCursor();
-    if (wanted && TakeStreamOut(run, entry.bytes, true))
-        UnpackFile(run, entry.name);
-    EndItem(run, ItemKindFile, entry.name);
-    ProgressStep(run.progress, 0);
-}
-
-// Without a data file.
-void ReportNothingRestored(DWORD error)
-{
-    const auto report = [error](ItemList* list, DWORD kind) {
-        ForEachEntry(list, [&](const EntryBuffer& entry) { ReportItem(OutcomeNotRestored, kind, entry.name, error); });
-    };
-    report(gFileList, OutcomeFile);
-    report(gDatabaseList, OutcomeDatabase);
-    if (gRegistryMarked)
-        ReportItem(OutcomeNotRestored, OutcomeRegistry, u"", error);
-}
-
-// The set has data that no entry names: entries are missing at the list's end.
-void ReportDataWithoutEntry(HANDLE dataFile, const WCHAR* listPath)
-{
-    DWORD end = gRegistryMarked ? EntryEndOffset(gRegistryEntry.bytes) : 0;
-    for (ItemList* list : {gFileList, gDatabaseList})
-        ForEachEntry(list, [&](const EntryBuffer& entry) { end = std::max(end, EntryEndOffset(entry.bytes)); });
-    const DWORD bytes = SetFilePointer(dataFile, 0, nullptr, FILE_END);
-    if (bytes != INVALID_SET_FILE_POINTER && bytes > end)
-        ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_FILE_CORRUPT);
+    RestoreItem(run, KindOf(ItemKindFile), entry.name, [&] {
+        SetCursor(nullptr);
+        const bool wanted = OptionsAllow(run, entry.name);
+        SetWaitCursor();
+        if (!wanted || !CopyStreamOut(run, entry, true))
+            return;
+        (void)Unpack(run, entry.name);
+        (void)DeleteFileW(TemporaryStreamPath);
+    });
+    StepRunProgress(run.progress);
 }
 
 void RestoreFiles(RestoreRun& run)
@@ -125,14 +179,193 @@ void RestoreFiles(RestoreRun& run)
     CloseRunProgress(run.progress);
 }
 
+// Databases. The stream is unpacked to an image file in the root, from which the database is made. RestoreDatabase asks
+// the user whether it replaces a database that exists.
+
+// The length of the longest folder of the path that exists, in characters; 0 for the root.
+std::size_t ExistingFolderChars(const WCHAR* path)
+{
+    WCHAR folder[MAX_PATH];
+    for (std::size_t end = CopyText(folder, path); end > 0; end--) {
+        if (folder[end] != u'\\')
+            continue;
+        folder[end] = 0;
+        if (GetFileAttributesW(folder) != INVALID_FILE_ATTRIBUTES)
+            return end;
+    }
+    return 0;
+}
+
+// Removes the folders of the path that are longer than `existing` characters and empty.
+void RemoveNewFolders(const WCHAR* path, std::size_t existing)
+{
+    WCHAR folder[MAX_PATH];
+    for (std::size_t end = CopyText(folder, path); end > existing && end > 0; end--) {
+        if (folder[end] != u'\\')
+            continue;
+        folder[end] = 0;
+        (void)RemoveDirectoryW(folder);
+    }
+}
+
+// Makes the database from its image and deletes the image. The user's No to a replacement is no failure.
+void MakeDatabase(RestoreRun& run, const WCHAR* imagePath)
+{
+    SetLastError(ERROR_SUCCESS);
+    if (RestoreDatabase(imagePath) == RestoreFailed)
+        NoteFailure(run.item, GetLastError());
+    (void)DeleteFileW(imagePath);
+}
+
+void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
+{
+    RestoreItem(run, KindOf(ItemKindDatabase), entry.name, [&] {
+        if (!CopyStreamOut(run, entry, true))
+            return;
+        WCHAR imagePath[MAX_PATH];
+        wsprintfW(imagePath, u"\\%s.CDB", entry.name);
+        // A backslash in the database's name makes folders.
+        const std::size_t existing = ExistingFolderChars(imagePath);
+        if (UnpackToTemporaryFile(run, imagePath))
+            MakeDatabase(run, imagePath);
+        RemoveNewFolders(imagePath, existing);
+        (void)DeleteFileW(TemporaryStreamPath);
+    });
+    StepRunProgress(run.progress);
+}
+
+// Its window stays open for the registry.
+void RestoreDatabases(RestoreRun& run)
+{
+    run.progress = OpenRunProgress(TextRestoringDatabases, CountOf(gDatabaseList));
+    SetWaitCursor();
+    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) { RestoreDatabaseItem(run, entry); });
+}
+
+// The registry. The stream is unpacked to a file, which the platform takes over.
+
+void PassRegistryOn(RestoreRun& run)
+{
+    if (UnpackToTemporaryFile(run, RegistryPath)) {
+        SetLastError(ERROR_SUCCESS);
+        if (!gRegRestoreFile || !gRegRestoreFile(RegistryPath))
+            NoteFailure(run.item, GetLastError());
+        (void)DeleteFileW(RegistryPath);  // fails after a success, when the platform has moved the file
+    }
+    (void)DeleteFileW(TemporaryStreamPath);
+}
+
+// Whatever the platform answered, the user is asked to restart the device. A failure is in the report.
+void RestoreRegistry(RestoreRun& run)
+{
+    if (!gRegistryMarked)
+        return;
+    bool copied = false;
+    RestoreItem(run, KindOf(ItemKindRegistry), u"", [&] {
+        copied = CopyStreamOut(run, gRegistryEntry, false);
+        if (copied)
+            PassRegistryOn(run);
+    });
+    if (!copied)
+        return;
+    SetCursor(nullptr);
+    MessageBoxW(gMainWindow, LoadText(TextRegistryRestored, gTextA), LoadText(TextRestore, gTextB), MB_OK);
+}
+
+// The run.
+
+DWORD ShowNothingToRestore(const WCHAR* listPath, WORD mode)
+{
+    // The user wanted all of the set, and nothing comes back.
+    if (mode == RestoreFull)
+        ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_NO_DATA);
+    MessageBoxW(gMainWindow, LoadText(TextNothingToRestore, gTextA), u"Info", MB_OK);
+    return 0;
+}
+
+void ReportNothingRestored(DWORD error)
+{
+    const auto report = [error](const ItemKind& kind, const WCHAR* name) {
+        ReportItem(OutcomeNotRestored, kind.reportedAs, name, error);
+    };
+    for (const ItemKind& kind : ItemKinds) {
+        if (kind.list)
+            ForEachEntry(*kind.list, [&](const EntryBuffer& entry) { report(kind, entry.name); });
+        else if (gRegistryMarked)
+            report(kind, u"");
+    }
+}
+
+// Reports the list as damaged if the data file goes on after the last stream that an entry names: then entries are
+// missing at the end of the list.
+void ReportDataWithoutEntry(HANDLE dataFile, const WCHAR* listPath)
+{
+    DWORD end = gRegistryMarked ? EntryEndOffset(gRegistryEntry.bytes) : 0;
+    for (const ItemKind& kind : ItemKinds) {
+        if (kind.list)
+            ForEachEntry(*kind.list,
+                         [&](const EntryBuffer& entry) { end = std::max(end, EntryEndOffset(entry.bytes)); });
+    }
+    const DWORD bytes = SetFilePointer(dataFile, 0, nullptr, FILE_END);
+    if (bytes != INVALID_SET_FILE_POINTER && bytes > end)
+        ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_FILE_CORRUPT);
+}
+
+void RestoreItems(RestoreRun& run)
+{
+    RestoreFiles(run);
+    RestoreDatabases(run);
+    RestoreRegistry(run);
+}
+
+// The choice of a set. It is found by the name of its list file, in any folder.
+
+BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, DWORD /*attributes*/, UINT_PTR context)
+{
+    constexpr std::size_t EndingChars = 3;
+    const std::size_t characters = wcslen(name);
+    if (characters < EndingChars || lstrcmpW(name + characters - EndingChars, u"QLT") != 0)
+        return TRUE;
+    WCHAR path[MAX_PATH];
+    if (JoinPath(path, folder, name))
+        AddChoice(*reinterpret_cast<ChoiceList*>(context), path);
+    return TRUE;
+}
+
+void RestoreChosen(const WCHAR* listPath, DWORD mode)
+{
+    if (!LoadList(listPath))
+        return;
+    WCHAR dataPath[MAX_PATH];
+    DataPathOfList(dataPath, listPath);
+    RestoreSet(dataPath, listPath, mode);
+    RenewLists();
+}
+
+DWORD ChooseAndRestore(DWORD mode)
+{
+    ChoiceList sets;
+    SearchForChoices(TRUE);
+    WalkDirectory(u"\\", nullptr, TRUE, FALSE, CollectSetFile, reinterpret_cast<UINT_PTR>(&sets));
+    SearchForChoices(FALSE);
+    if (IsEmpty(sets)) {
+        MessageBoxW(gMainWindow, LoadText(TextNoSetFound, gTextA), nullptr, MB_OK);
+        return 0;
+    }
+    WCHAR listPath[MAX_PATH];
+    if (ChooseFromList(gMainWindow, LoadText(TextSelectSet, gTextA), sets.characters.data(), listPath))
+        RestoreChosen(listPath, mode);
+    return 1;
+}
+
 }  // namespace
 
 DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
 {
     if (!ShowRestoreDialog(LOWORD(mode), listPath))
         return 0;
-    if (NothingIsListed())
-        return TellNothingToRestore(listPath, LOWORD(mode));
+    if (NothingIsMarked())
+        return ShowNothingToRestore(listPath, LOWORD(mode));
 
     RestoreRun run;
     run.dataFile = CreateFileW(dataPath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -144,14 +377,21 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
     if (LOWORD(mode) == RestoreFull)
         ReportDataWithoutEntry(run.dataFile, listPath);
     StartPipelineThread();
-    RestoreFiles(run);
-    RestoreDatabases(run);
-    RestoreRegistry(run);
+    RestoreItems(run);
     StopPipelineThread();
     CloseHandle(run.dataFile);
     (void)DeclareTemporaryFile(nullptr);
-    (void)FlushChangedVolumes();  // all of it is on the disk before the run ends; the platform reports a failure
+    (void)FlushChangedVolumes();  // the run ends when all is on the disk; the platform reports a failure
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
     return 1;
+}
+
+DWORD RunRestore(DWORD mode)
+{
+    gSavedRegistryMarked = gRegistryMarked;
+    gRegistryMarked = 0;
+    const DWORD result = ChooseAndRestore(mode);
+    gRegistryMarked = gSavedRegistryMarked;
+    return result;
 }

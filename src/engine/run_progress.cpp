@@ -1,20 +1,15 @@
-// run_progress.cpp - see run_progress.h.
-
 #include "run_progress.h"
 
 #include "engine/questions.h"
-#include "set/item_list.h"
+
+#include "ce/text.h"
 
 namespace {
 
 constexpr DWORD RunRange = 1000;
+constexpr DWORD NothingShown = 0xFFFFFFFF;
 
 }  // namespace
-
-DWORD CountOf(ItemList* list)
-{
-    return list ? list->Count() : 0;
-}
 
 HWND OpenRunProgress(UINT id, DWORD items)
 {
@@ -29,4 +24,32 @@ void CloseRunProgress(HWND& progress)
     if (progress)
         ProgressClose(progress);
     progress = nullptr;
+}
+
+void ShowItem(HWND progress, const ItemKind& kind, const WCHAR* name)
+{
+    WCHAR message[TextChars];
+    wsprintfW(message, LoadText(kind.message, gTextA), name);
+    ProgressSetMessage(progress, message);
+}
+
+void StepRunProgress(HWND progress)
+{
+    ProgressStep(progress, 0);
+}
+
+ByteCounter StartByteCounter(HWND progress, UINT id)
+{
+    return {progress, LoadText(id, gTextA), NothingShown};
+}
+
+void ShowBytes(ByteCounter& counter, DWORD bytes)
+{
+    const DWORD thousands = bytes / 1000;
+    if (thousands == counter.shownThousands)
+        return;
+    counter.shownThousands = thousands;
+    WCHAR text[TextChars];
+    wsprintfW(text, counter.format, thousands);
+    ProgressSetCount(counter.progress, text);
 }

@@ -1,16 +1,34 @@
-// run_progress.h - the progress window of a run, and what both kinds of run count for it.
+// run_progress.h - the progress window of a backup or restore. A null window, for a run without items or if none could
+// be made, is fine everywhere.
 #pragma once
+
+#include "set/item_kinds.h"
 
 #include "ce/window.h"
 
-class ItemList;
-
-// Entries of a list; 0 for one that couldn't be made.
-DWORD CountOf(ItemList* list);
-
-// A window for `items` items, title and message being text `id`; null with no item. Above 1000 items the step is 0: the
-// bar stands still, message and counter move on.
+// Opens a window for `items` items, with text `id` as its title and message; null if there are no items. Above 1000
+// items the bar has no step left and doesn't move, but message and counter do.
 HWND OpenRunProgress(UINT id, DWORD items);
 
-// Closes the window if there is one.
+// Closes the window and sets `progress` to null.
 void CloseRunProgress(HWND& progress);
+
+// Shows the item that the run begins.
+void ShowItem(HWND progress, const ItemKind& kind, const WCHAR* name);
+
+// Moves the bar by the step of one item.
+void StepRunProgress(HWND progress);
+
+// The counter of thousands of bytes, for one stream.
+struct ByteCounter {
+    HWND progress;
+    const WCHAR* format;
+    DWORD shownThousands;
+};
+
+// `id` is the counter's format. Its text is in gTextA as long as the counter is used.
+ByteCounter StartByteCounter(HWND progress, UINT id);
+
+// Shows a number of bytes. Nothing is sent to the window while the thousands stay the same, as they do for most pieces
+// of a stream.
+void ShowBytes(ByteCounter& counter, DWORD bytes);

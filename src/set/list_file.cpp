@@ -55,10 +55,11 @@ bool Keeps(const ListLoad& load, BYTE kind, const ListEntry& entry)
     return !load.keep || load.keep(kind, entry.blob.name, load.context);
 }
 
-void AddTo(ItemList* list, const ListEntry& entry)
+void AddToList(const ItemKind& kind, const ListEntry& entry)
 {
+    ItemList* list = *kind.list;
     if (!list || !list->Add(entry.blob.bytes, entry.blobBytes))
-        ReportItem(OutcomeNotRestored, entry.kind, entry.blob.name, ERROR_NOT_ENOUGH_MEMORY);
+        ReportItem(OutcomeNotRestored, kind.reportedAs, entry.blob.name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
 // The last one counts, whatever its name looks like, but none without a stream in place of one with a stream: the zeros
@@ -81,12 +82,14 @@ void TakeRegistry(ListLoad& load, const ListEntry& entry)
 
 void TakeEntry(ListLoad& load, const ListEntry& entry)
 {
-    if (entry.kind != ItemKindFile && entry.kind != ItemKindDatabase)
+    const ItemKind& kind = KindOf(entry.kind);
+    if (!kind.list) {
         TakeRegistry(load, entry);
-    else if (!NameIsUsable(entry))
-        load.lacksEntries = true;
-    else if (load.lacksEntries |= (entry.faults & TextEndsEarly) != 0; Keeps(load, entry.kind, entry))
-        AddTo(entry.kind == ItemKindFile ? gFileList : gDatabaseList, entry);
+        return;
+    }
+    load.lacksEntries |= !NameIsUsable(entry) || (entry.faults & TextEndsEarly) != 0;
+    if (NameIsUsable(entry) && Keeps(load, entry.kind, entry))
+        AddToList(kind, entry);
 }
 
 }  // namespace

@@ -89,7 +89,5 @@ bool ReadListEntry(ListReader& reader, ListEntry& entry)
 
 bool NameIsUsable(const ListEntry& entry)
 {
-    if (entry.kind != ItemKindFile && entry.kind != ItemKindDatabase)
-        return true;
-    return (entry.faults & (TextEmpty | TextTooLong | TextNotTerminated)) == 0;
+    return !KindOf(entry.kind).list || (entry.faults & (TextEmpty | TextTooLong | TextNotTerminated)) == 0;
 }

@@ -1,20 +1,15 @@
-// set_state.cpp - see set_state.h.
-
 #include "set/set_state.h"
 
-#include <new>
-
-ItemList* gFileList = nullptr;
-ItemList* gDatabaseList = nullptr;
 EntryBuffer gRegistryEntry;
 DWORD gRegistryMarked = 0;
 DWORD gSavedRegistryMarked = 0;
 WCHAR gComment[CommentChars] = {};
 
-void RenewLists()
+bool NothingIsMarked()
 {
-    delete gFileList;
-    gFileList = new (std::nothrow) ItemList(FileListId);
-    delete gDatabaseList;
-    gDatabaseList = new (std::nothrow) ItemList(DatabaseListId);
+    for (const ItemKind& kind : ItemKinds) {
+        if (kind.list && CountOf(*kind.list) != 0)
+            return false;
+    }
+    return !gRegistryMarked;
 }

@@ -3,12 +3,9 @@
 #include "engine/questions.h"
 #include "item_rows.h"
 #include "program.h"
+#include "set/item_kinds.h"
 
 #include "ce/controls.h"
-
-DWORD gFullFiles;
-DWORD gFullDatabases;
-DWORD gFullRegistry;
 
 namespace {
 
@@ -17,10 +14,6 @@ constexpr WORD FullBackupDialog = 108;
 constexpr WORD SelectedItemsDialog = 109;
 
 constexpr int CommentId = 1004;
-// In dialog 108 alone; dialog 109 has its list box and a label under the last two ids.
-constexpr int AllFilesId = 1005;
-constexpr int AllDatabasesId = 1006;
-constexpr int RegistryId = 1007;
 
 WCHAR* gBackupComment;
 
@@ -35,7 +28,8 @@ void ShowItems(HWND dialog)
     SetFocus(GetDlgItem(dialog, CommentId));
 }
 
-// A control that isn't there leaves the flag; one that is no check box gives 0, and then nobody reads the flag.
+// Without the control the flag stays. In dialog 109 two of the ids are a list box and a label: they give 0, and only a
+// full backup reads the flags.
 void TakeFlag(HWND dialog, int id, DWORD& flag)
 {
     if (HWND box = GetDlgItem(dialog, id))
@@ -44,9 +38,8 @@ void TakeFlag(HWND dialog, int id, DWORD& flag)
 
 void TakeAnswers(HWND dialog)
 {
-    TakeFlag(dialog, AllFilesId, gFullFiles);
-    TakeFlag(dialog, AllDatabasesId, gFullDatabases);
-    TakeFlag(dialog, RegistryId, gFullRegistry);
+    for (const ItemKind& kind : ItemKinds)
+        TakeFlag(dialog, kind.fullBackupBox, *kind.inFullBackup);
     GetDlgItemTextW(dialog, CommentId, gBackupComment, TextChars);
     EndDialog(dialog, 1);
 }

@@ -4,7 +4,6 @@
 
 #include "engine/questions.h"
 #include "program.h"
-#include "set/set_entry.h"
 #include "set/set_state.h"
 
 #include "ce/controls.h"
@@ -21,36 +20,20 @@ void AddRow(HWND listBox, BYTE kind, const WCHAR* name)
     SendMessageW(listBox, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row));
 }
 
-void AddListRows(HWND listBox, ItemList* list, BYTE kind)
-{
-    EntryBuffer entry;
-    DWORD length = 0;
-    for (BOOL more = list && list->First(entry.bytes, &length); more; more = list->Next(entry.bytes, &length))
-        AddRow(listBox, kind, entry.name);
-}
-
 }  // namespace
 
 void FormatItemRow(WCHAR (&row)[RowChars], BYTE kind, const WCHAR* name)
 {
-    switch (kind) {
-    case ItemKindFile:
-        wsprintfW(row, LoadText(TextFileRowFormat, gTextB), name);
-        break;
-    case ItemKindDatabase:
-        wsprintfW(row, LoadText(TextDatabaseRowFormat, gTextB), name);
-        break;
-    default:
-        CopyText(row, LoadText(TextRegistry, gTextB));
-        break;
-    }
+    wsprintfW(row, LoadText(KindOf(kind).row, gTextB), name);
 }
 
 void AddItemRows(HWND listBox)
 {
     SendMessageW(listBox, LB_SETHORIZONTALEXTENT, HorizontalExtent, 0);
-    AddListRows(listBox, gFileList, ItemKindFile);
-    AddListRows(listBox, gDatabaseList, ItemKindDatabase);
-    if (gRegistryMarked)
-        AddRow(listBox, ItemKindRegistry, u"");
+    for (const ItemKind& kind : ItemKinds) {
+        if (kind.list)
+            ForEachEntry(*kind.list, [&](const EntryBuffer& entry) { AddRow(listBox, kind.number, entry.name); });
+        else if (gRegistryMarked)
+            AddRow(listBox, kind.number, u"");
+    }
 }

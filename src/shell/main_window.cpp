@@ -1,11 +1,10 @@
 // main_window.cpp - the entry point and the one top-level window: its bands, its tree, its commands.
 
 #include "engine/backup_run.h"
-#include "engine/full_backup.h"
 #include "engine/options.h"
 #include "engine/questions.h"
 #include "engine/registry_calls.h"
-#include "engine/restore_command.h"
+#include "engine/restore_run.h"
 #include "program.h"
 #include "set/set_state.h"
 #include "tree/folder_marking.h"
@@ -15,8 +14,6 @@
 #include "ce/outcome.h"
 #include "ce/resource.h"
 #include "ce/winmain.h"
-
-#include <new>
 
 HINSTANCE gInstance;
 HWND gMainWindow;
@@ -132,15 +129,11 @@ void CreateContent(HWND window)
 void DestroyContent()
 {
     SaveOptions();
-    delete gFileList;
-    gFileList = nullptr;
-    delete gDatabaseList;
-    gDatabaseList = nullptr;
+    DeleteLists();
     PostQuitMessage(0);
 }
 
-// Whatever the outcome of a run or of the filter dialog was, what is listed below "Files" may be stale after it.
-// One backup or restore.
+// One backup or restore. It can change files, so the tree lists them anew.
 void RunJob(HWND window, WORD command)
 {
     BeginJob();
@@ -243,8 +236,7 @@ int WinMain(HINSTANCE instance, HINSTANCE, WCHAR*, int)
         SetForegroundWindow(running);
         return 0;
     }
-    gFileList = new (std::nothrow) ItemList(FileListId);
-    gDatabaseList = new (std::nothrow) ItemList(DatabaseListId);
+    RenewLists();
     SetDefaultOptions();
     RegisterMainClass(instance);
     LookUpRegistryFileCalls();

@@ -5,7 +5,7 @@
 #include "database/device_database.h"
 #include "engine/backup_run.h"
 #include "engine/options.h"
-#include "engine/restore_command.h"
+#include "engine/restore_run.h"
 #include "file/name_space.h"
 #include "set/set_state.h"
 #include "store/object_store.h"

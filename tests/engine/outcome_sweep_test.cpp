@@ -7,7 +7,6 @@
 #include "engine_fixture.h"
 
 #include "engine/backup_run.h"
-#include "engine/full_backup.h"
 #include "engine/options.h"
 #include "engine/questions.h"
 #include "file/host_faults.h"

@@ -4,7 +4,7 @@
 
 #include "engine/backup_run.h"
 #include "engine/options.h"
-#include "engine/restore_command.h"
+#include "engine/restore_run.h"
 #include "kernel/troubles.h"
 #include "set/set_state.h"
 

@@ -14,9 +14,6 @@ ScriptedUser gUser;
 HWND gMainWindow;
 WCHAR gTextA[TextChars];
 WCHAR gTextB[TextChars];
-DWORD gFullFiles;
-DWORD gFullDatabases;
-DWORD gFullRegistry;
 
 namespace {
 

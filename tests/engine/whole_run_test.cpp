@@ -4,11 +4,11 @@
 
 #include "engine_fixture.h"
 
+#include "backup_items.h"
 #include "engine/backup_run.h"
 #include "engine/options.h"
 #include "engine/registry_calls.h"
-#include "engine/restore_command.h"
-#include "file_items.h"
+#include "engine/restore_run.h"
 #include "set/set_state.h"
 #include "set_paths.h"
 #include "time/clock.h"
@@ -142,6 +142,7 @@ struct OpenRun : BackupRun {
     }
     void close()
     {
+        SetCursor(nullptr);
         CloseHandle(listFile);
         CloseHandle(dataFile);
         lines.Close();
@@ -389,7 +390,7 @@ TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsSto
         mark(path);
     OpenRun run(GENERIC_WRITE, GENERIC_WRITE);
     run.dataBytes = 0xFFFFFFFF - static_cast<DWORD>(stream.size());
-    BackUpFiles(run);
+    BackUpItems(run);
 
     // One of 4 GiB and few bytes more.
     put("BKTMP.000", "");
@@ -418,7 +419,7 @@ TEST_F(WholeRunTest, EachFailedWriteHasItsLineAndKeepsTheSource)
     for (const auto& [list, data, writes] :
          {std::tuple{GENERIC_READ, GENERIC_WRITE, 5}, {GENERIC_WRITE, GENERIC_READ, 8}}) {
         OpenRun run(list, data);
-        BackUpFiles(run);
+        BackUpItems(run);
         run.close();
         Names log(static_cast<std::size_t>(writes) + 2, "ERR: Backup File write (00000005)");
         log.front() = "INF: Start file backup: \\a.bin";

@@ -140,7 +140,7 @@ private:
             return "the list file ends inside it";
         if (!NameIsUsable(item.entry))
             return listFaultTexts(item.entry.faults, "its name").front();
-        if (!item.isFile() && !item.isDatabase() && !item.isRegistry())
+        if (!IsItemKind(item.entry.kind))
             return "there is no such kind";
         if (leadsInto(target, files_.folder))
             return errorText(ERROR_INVALID_NAME);

@@ -10,11 +10,7 @@ namespace quillbox_set {
 
 std::string Item::kindText() const
 {
-    if (isFile())
-        return "file";
-    if (isDatabase())
-        return "database";
-    return isRegistry() ? "registry" : "kind " + std::to_string(entry.kind);
+    return IsItemKind(entry.kind) ? KindOf(entry.kind).word : "kind " + std::to_string(entry.kind);
 }
 
 std::string Item::text() const

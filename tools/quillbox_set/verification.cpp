@@ -132,7 +132,7 @@ private:
     void checkKind(const Item& item)
     {
         const BYTE kind = item.entry.kind;
-        if (kind < ItemKindFile || kind > ItemKindRegistry)
+        if (!IsItemKind(kind))
             report_.tell(&item, "there is no such kind");
         else if (kind < lastKind_)
             report_.tell(&item, "files come before databases, and the registry last");

@@ -1,16 +1,21 @@
-// backup_run.h - turns what the lists hold into a new numbered set.
+// backup_run.h - makes a new numbered set from what is marked, or from everything on the device.
 #pragma once
 
 #include "ce/types.h"
 
-// Who calls: with selected items the run asks for the comment itself.
+// `mode` of RunBackup. With selected items the run asks for the comment itself.
 inline constexpr DWORD BackupListedItems = 1;
 inline constexpr DWORD BackupSelectedItems = 2;
 
-// Number of the set that the last run made; 0 if it ended before it had one.
+// Number of the set that the last run made. 0 if it ended before it had one.
 extern DWORD gLastSetNumber;
 
-// One run, from its first check to its closing, on the main window's thread, which it blocks. Only the low 16 bits of
-// `mode` count. The lists and gRegistryMarked are left as they were; gComment holds the set's composed comment.
-// Always 0: a failed item is told in the log alone, and a good run ends in silence.
+// Backs up what the lists and gRegistryMarked say, and leaves them unchanged. Only the low 16 bits of `mode` count.
+// Afterwards gComment is the comment that was written to the set, with its date.
+// The result is always 0. An item that failed is in the log and in the report of the host; the run itself ends without
+// a message. On the main window's thread, which it blocks.
 DWORD RunBackup(DWORD mode);
+
+// Asks what to include, replaces the lists by what the whole device has of it, runs the backup and leaves the lists
+// empty. 0 if the dialog was cancelled, which changes nothing; otherwise 1. Defined in full_backup.cpp.
+DWORD RunFullBackup();

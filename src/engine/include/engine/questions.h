@@ -9,11 +9,6 @@
 // The program's instance; set just before the main window is made.
 extern HINSTANCE gInstance;
 
-// The three check boxes of the full backup, 1 when checked; set when ShowBackupDialog(1, ...) gives 1.
-extern DWORD gFullFiles;
-extern DWORD gFullDatabases;
-extern DWORD gFullRegistry;
-
 // Asks for the comment (260 characters) and, with kind 1, for what a full backup covers; kind 2 lists the marked items.
 // 1 for OK, 0 for Cancel, which changes nothing.
 INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment);

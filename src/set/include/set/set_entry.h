@@ -9,11 +9,6 @@
 
 #include <cstring>
 
-// First byte of an entry of a list file. Readers take any other value for the registry.
-inline constexpr BYTE ItemKindFile = 1;
-inline constexpr BYTE ItemKindDatabase = 2;
-inline constexpr BYTE ItemKindRegistry = 3;
-
 // A name with its terminator, in characters.
 inline constexpr DWORD NameChars = MAX_PATH;
 

@@ -1,0 +1,154 @@
+#include "backup_entry.h"
+
+#include "engine/options.h"
+#include "engine/questions.h"
+#include "run_progress.h"
+#include "set_paths.h"
+
+#include "ce/text.h"
+
+namespace {
+
+constexpr DWORD PieceBytes = 260;
+
+// Offsets have 32 bits.
+bool FitsOffsets(const BackupRun& run)
+{
+    return run.packed.bytes <= 0xFFFFFFFF - run.dataBytes;
+}
+
+// Cuts the list back to the entries before this one. The sources that are still to be deleted have such entries, so
+// they are deleted if the list could be cut. No later source of this run is deleted.
+void CutEntryOff(BackupRun& run, const BackupEntry& entry)
+{
+    const bool cut = SetFilePointer(run.listFile, static_cast<LONG>(entry.start), nullptr, FILE_BEGIN) == entry.start &&
+                     SetEndOfFile(run.listFile);
+    if (cut)
+        DeleteWaiting(run.deletion, run.listFile, run.dataFile);
+    ForbidDeletion(run.deletion);
+}
+
+// Whether the path is that of the run's log or temporary stream. If such a file existed before the run, the run has
+// replaced it, and nothing of it is left to store.
+bool IsFileOfRun(const BackupRun& run, const WCHAR* path)
+{
+    WCHAR logPath[MAX_PATH];
+    FormatLogPath(logPath, run.storageRoot, run.number);
+    return lstrcmpW(path, run.temporaryPath) == 0 || (gOptions.generateLog && lstrcmpW(path, logPath) == 0);
+}
+
+// Whether a file that a full backup found was deleted before its turn. That is no failure, unless the user marked it.
+bool WasDeletedMeanwhile(const BackupRun& run)
+{
+    return run.ofWholeDevice && !run.packed.opened &&
+           (run.item.error == ERROR_FILE_NOT_FOUND || run.item.error == ERROR_PATH_NOT_FOUND);
+}
+
+// dataBytes grows by what WriteFile reports, so that on a full card the next item's offset is still right. The number
+// of bytes read is compared with the number packed, because a failing disk can end the stream early.
+void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
+{
+    ByteCounter counter = StartByteCounter(run.progress, TextBackedUpCountFormat);
+    BYTE piece[PieceBytes];
+    std::uint64_t read = 0;
+    for (;;) {
+        DWORD bytes = 0;
+        if (!ReadFile(stream, piece, PieceBytes, &bytes, nullptr))
+            NoteFailure(run.item, GetLastError());
+        if (bytes == 0)
+            break;
+        read += bytes;
+        DWORD written = 0;
+        if (!WriteFile(run.dataFile, piece, bytes, &written, nullptr) || written != bytes)
+            failed(&run);
+        run.dataBytes += written;
+        if (showCount)
+            ShowBytes(counter, run.dataBytes);
+    }
+    if (read != run.packed.bytes)
+        NoteFailure(run.item, ERROR_HANDLE_EOF);
+}
+
+}  // namespace
+
+void NoteFailedWrite(void* context)
+{
+    NoteFailure(static_cast<BackupRun*>(context)->item, GetLastError());
+}
+
+void LogFailedWrite(void* context)
+{
+    BackupRun& run = *static_cast<BackupRun*>(context);
+    const DWORD error = GetLastError();
+    NoteFailure(run.item, error);
+    Log(run, u"ERR: Backup File write (%08x)", error);
+}
+
+void BeginItem(BackupRun& run)
+{
+    run.item = {};
+}
+
+bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name)
+{
+    const bool nothingToStore = kind == ItemKindFile && (IsFileOfRun(run, name) || WasDeletedMeanwhile(run));
+    if (!IsWhole(run.item) && !nothingToStore)
+        ReportItem(OutcomeNotStored, KindOf(kind).reportedAs, name, run.item.error);
+    return IsWhole(run.item);
+}
+
+void DeleteTemporaryStream(BackupRun& run)
+{
+    run.temporaryIsDeleted = DeleteFileW(run.temporaryPath) || GetLastError() == ERROR_FILE_NOT_FOUND;
+}
+
+BOOL PackItem(BackupRun& run, const WCHAR* path)
+{
+    // The stream of a killed run can still be locked for a moment, and opening it would fail. A new file isn't.
+    if (!run.temporaryIsDeleted)
+        DeleteTemporaryStream(run);
+    run.temporaryIsDeleted = false;
+    const BOOL result = CompressFile(path, run.temporaryPath, &run.packed);
+    if (!run.packed.whole)
+        NoteFailure(run.item, run.packed.error);
+    return result;
+}
+
+HANDLE OpenTemporaryStream(BackupRun& run)
+{
+    if (!run.packed.made)
+        return INVALID_HANDLE_VALUE;
+    if (!FitsOffsets(run)) {
+        DeleteTemporaryStream(run);
+        NoteFailure(run.item, ERROR_FILE_TOO_LARGE);
+        SetLastError(ERROR_DISK_FULL);
+        LogFailedWrite(&run);
+        return INVALID_HANDLE_VALUE;
+    }
+    HANDLE stream = CreateFileW(run.temporaryPath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (stream == INVALID_HANDLE_VALUE)
+        NoteFailure(run.item, GetLastError());
+    return stream;
+}
+
+BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE stream, bool showCount, WriteFailed failed)
+{
+    BackupEntry entry = {};
+    entry.start = SetFilePointer(run.listFile, 0, nullptr, FILE_CURRENT);
+    entry.listed = WriteEntryHead(run.listFile, kind, name, run.dataBytes, failed, &run) == 0;
+    CopyStream(run, stream, showCount, failed);
+    CloseHandle(stream);
+    return entry;
+}
+
+void EndEntry(BackupRun& run, BackupEntry& entry)
+{
+    if (!HandOverFileBuffers(run.dataFile))
+        NoteFailure(run.item, GetLastError());
+    if (!WriteEntryEnd(run.listFile, run.dataBytes) || !HandOverFileBuffers(run.listFile)) {
+        NoteFailure(run.item, GetLastError());
+        entry.listed = FALSE;
+    }
+    if (!entry.listed)
+        CutEntryOff(run, entry);
+}

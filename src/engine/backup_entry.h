@@ -1,0 +1,73 @@
+// backup_entry.h - what a backup run holds, and how one item gets into its set: packed to the temporary stream, then an
+// entry in the list file and the stream's bytes in the data file.
+#pragma once
+
+#include "item_outcome.h"
+#include "run_log.h"
+#include "set/compressed_stream.h"
+#include "set/item_kinds.h"
+#include "set/list_file.h"
+#include "source_deletion.h"
+
+#include "ce/file.h"
+#include "ce/window.h"
+
+// Exists during one backup only.
+struct BackupRun {
+    HANDLE listFile = INVALID_HANDLE_VALUE;
+    HANDLE dataFile = INVALID_HANDLE_VALUE;
+    HWND progress = nullptr;
+    BackupLog* log = nullptr;    // null before the set has its number, or if there is no memory for it
+    BOOL ofWholeDevice = FALSE;  // the items were found by a full backup, not marked by the user
+    DWORD number = 0;
+    DWORD folderError = ERROR_SUCCESS;  // of making the folder of the sets
+    DWORD dataBytes = 0;                // in the data file so far: the start offset of the next item
+    WCHAR storageRoot[MAX_PATH] = {};
+    WCHAR temporaryPath[MAX_PATH] = {};
+    ItemOutcome item;                 // of the current item
+    PackedStream packed = {};         // the current item's stream at temporaryPath
+    bool temporaryIsDeleted = false;  // there is no file at temporaryPath
+    WCHAR itemName[MAX_PATH] = {};    // the last name that the lists returned; empty before the first
+    SourceDeletion deletion = {};
+};
+
+// Without a log the line is dropped.
+template <class... Arguments>
+void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
+{
+    if (run.log)
+        run.log->Write(format, arguments...);
+}
+
+// Called after a failed write of an item's entry or data, while the last error is still that of the write. `context` is
+// the run. LogFailedWrite also writes a line to the log, which only files get.
+void NoteFailedWrite(void* context);
+void LogFailedWrite(void* context);
+
+// Begin and end an item. EndItem reports one that isn't in the set whole, and returns whether it is.
+void BeginItem(BackupRun& run);
+bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name);
+
+// Packs the file at `path` into the temporary stream and returns the result of CompressFile. A temporary stream that an
+// earlier run or item left is deleted first, so that it is never taken for this item's.
+BOOL PackItem(BackupRun& run, const WCHAR* path);
+
+// Opens the temporary stream. INVALID_HANDLE_VALUE if there is none. Also if the data file would grow beyond the 32
+// bits of the offsets: then the failure is logged and the stream deleted. Such an item gets no entry.
+HANDLE OpenTemporaryStream(BackupRun& run);
+void DeleteTemporaryStream(BackupRun& run);
+
+// An entry that is being written.
+struct BackupEntry {
+    DWORD start;  // its offset in the list file
+    BOOL listed;  // every write of it has succeeded so far
+};
+
+// Writes the entry's first fields, copies `stream` into the data file and closes it. `failed` is called after each
+// write that fails, and the next one is made all the same.
+BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE stream, bool showCount,
+                        WriteFailed failed);
+
+// Completes the entry. The data is handed to the host before the list names it, so that a killed run leaves no entry
+// without its data. An entry that isn't whole is cut off the list: a reader couldn't find the entries after it.
+void EndEntry(BackupRun& run, BackupEntry& entry);

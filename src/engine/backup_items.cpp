@@ -1,0 +1,158 @@
+#include "backup_items.h"
+
+#include "engine/options.h"
+#include "engine/questions.h"
+#include "engine/registry_calls.h"
+#include "run_progress.h"
+#include "set/database_image.h"
+#include "set/set_state.h"
+
+#include "ce/text.h"
+
+namespace {
+
+// Files. Each is packed as it is.
+
+void StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
+{
+    BackupEntry entry = StoreStream(run, ItemKindFile, name, stream, true, LogFailedWrite);
+    DeleteTemporaryStream(run);
+    Log(run, u"INF: End file backup%s", name);
+    EndEntry(run, entry);
+}
+
+void BackUpFile(BackupRun& run, const WCHAR* name)
+{
+    ShowItem(run.progress, KindOf(ItemKindFile), name);
+    Log(run, u"INF: Start file backup: %s", name);
+    BeginItem(run);
+    if (!PackItem(run, name))
+        Log(run, u"ERR: File access file: %s", name);
+    HANDLE stream = OpenTemporaryStream(run);
+    if (stream != INVALID_HANDLE_VALUE)
+        StoreFile(run, name, stream);
+    if (EndItem(run, ItemKindFile, name) && gOptions.deleteBackedUp)
+        DeleteWhenOnDisk(run.deletion, name, run.packed.source, run.listFile, run.dataFile);
+    StepRunProgress(run.progress);
+}
+
+void BackUpFiles(BackupRun& run)
+{
+    ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
+        CopyText(run.itemName, entry.name);
+        BackUpFile(run, entry.name);
+    });
+    DeleteWaiting(run.deletion, run.listFile, run.dataFile);
+    SetCursor(nullptr);
+    CloseRunProgress(run.progress);
+}
+
+// Databases. Each is written to an image file in the root, which is packed and deleted.
+
+// Whether the image was begun. Otherwise a file at its path is the user's, and is neither stored nor deleted.
+BOOL MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* path)
+{
+    const TemporaryFile image = ExpectTemporaryFile(path);
+    BOOL made = FALSE;
+    SetLastError(ERROR_SUCCESS);
+    if (!DumpDatabase(name, &made)) {
+        NoteFailure(run.item, GetLastError());
+        Log(run, u"ERR: Database backup: %s", name);
+    }
+    (void)IsOwnFile(image, made != FALSE);
+    return made;
+}
+
+// The image of a failed dump is stored too, as far as it goes. Without an image there is a second line in the log.
+HANDLE PackDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath)
+{
+    const BOOL made = MakeImage(run, name, imagePath);
+    if (!made)
+        NoteFailure(run.item, GetLastError());
+    if (!made || !PackItem(run, imagePath))
+        Log(run, u"ERR: Database backup: %s", name);
+    return made ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
+}
+
+void BackUpDatabase(BackupRun& run, const WCHAR* name)
+{
+    ShowItem(run.progress, KindOf(ItemKindDatabase), name);
+    Log(run, u"INF: Start Database backup: %s", name);
+    BeginItem(run);
+    WCHAR imagePath[MAX_PATH];
+    wsprintfW(imagePath, u"\\%s.CDB", name);
+    HANDLE stream = PackDatabase(run, name, imagePath);
+    if (stream != INVALID_HANDLE_VALUE) {
+        BackupEntry entry = StoreStream(run, ItemKindDatabase, name, stream, true, NoteFailedWrite);
+        EndEntry(run, entry);
+        DeleteFileW(imagePath);
+        DeleteTemporaryStream(run);
+        Log(run, u"INF: End Database backup: %s", name);
+    }
+    EndItem(run, ItemKindDatabase, name);
+    StepRunProgress(run.progress);
+}
+
+void BackUpDatabases(BackupRun& run)
+{
+    run.progress = OpenRunProgress(TextDatabases, CountOf(gDatabaseList));
+    SetWaitCursor();
+    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) {
+        CopyText(run.itemName, entry.name);
+        BackUpDatabase(run, entry.name);
+    });
+}
+
+// The registry. The platform writes it to one file, which is packed and deleted.
+
+const WCHAR RegistryPath[] = u"\\TMVRegFile.QBR";
+// The same file, since the platform has no current folder.
+const WCHAR* const RegistryName = RegistryPath + 1;
+
+// False if what is at the path is a file of the user's or an old registry, which is neither stored nor deleted. After a
+// failed call the file is stored as far as the call wrote it.
+bool CopyRegistry(BackupRun& run)
+{
+    const TemporaryFile file = ExpectTemporaryFile(RegistryPath);
+    SetLastError(ERROR_SUCCESS);
+    const bool copied = gRegCopyFile && gRegCopyFile(RegistryName);
+    if (!copied) {
+        NoteFailure(run.item, GetLastError());
+        Log(run, u"ERR: registry backup");
+    }
+    return IsOwnFile(file, copied);
+}
+
+// Readers ignore the name of the entry, which is that of the item before.
+void StoreRegistry(BackupRun& run, HANDLE stream)
+{
+    BackupEntry entry = StoreStream(run, ItemKindRegistry, run.itemName, stream, false, NoteFailedWrite);
+    EndEntry(run, entry);
+    DeleteFileW(RegistryName);
+    DeleteTemporaryStream(run);
+    Log(run, u"INF: End registry backup");
+}
+
+void BackUpRegistry(BackupRun& run)
+{
+    if (!gRegistryMarked)
+        return;
+    Log(run, u"INF: Start registry backup");
+    BeginItem(run);
+    const bool own = CopyRegistry(run);
+    if (!own || !PackItem(run, RegistryName))
+        Log(run, u"ERR: registry backup");
+    HANDLE stream = own ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
+    if (stream != INVALID_HANDLE_VALUE)
+        StoreRegistry(run, stream);
+    EndItem(run, ItemKindRegistry, u"");
+}
+
+}  // namespace
+
+void BackUpItems(BackupRun& run)
+{
+    BackUpFiles(run);
+    BackUpDatabases(run);
+    BackUpRegistry(run);
+}

@@ -1,0 +1,31 @@
+#include "engine/item_names.h"
+
+#include "set/item_kinds.h"
+
+#include "ce/handle.h"
+#include "ce/store.h"
+
+namespace {
+
+void ForEachDatabase(const std::function<void(const WCHAR*)>& visit)
+{
+    HANDLE enumeration = CeFindFirstDatabase(0);
+    if (enumeration == INVALID_HANDLE_VALUE)
+        return;
+    while (const CEOID oid = CeFindNextDatabase(enumeration)) {
+        CEOIDINFO info = {};
+        // One that isn't there was deleted since the enumeration returned it. A leading backslash marks the system's.
+        const bool there = CeOidGetInfo(oid, &info) && info.wObjType == OBJTYPE_DATABASE;
+        const WCHAR* name = info.infDatabase.szDbaseName;
+        visit(there && name[0] != u'\\' ? name : nullptr);
+    }
+    CloseHandle(enumeration);
+}
+
+}  // namespace
+
+void ForEachName(BYTE kind, const std::function<void(const WCHAR*)>& visit)
+{
+    if (kind == ItemKindDatabase)
+        ForEachDatabase(visit);
+}
