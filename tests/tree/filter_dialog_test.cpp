@@ -1,10 +1,11 @@
 // The filter dialog on the template that the program has. Every test opens it first with the options that a start
 // brings, so that what Cancel goes back to is the same whichever test came before.
+#include "controls/date_display.h"
+#include "controls/list_display.h"
 #include "engine/options.h"
 #include "program.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
-#include "window/date_display.h"
 #include "window/display.h"
 #include "window/input.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "device/device.h"
-#include "window/tree_display.h"
+#include "tree_control/tree_display.h"
 
 #include "ce/tree_view.h"
 

@@ -1,4 +1,5 @@
 // Buttons, edits, list boxes and progress bars by their messages and by the user's hand.
+#include "controls/list_display.h"
 #include "test_user.h"
 
 #include <gtest/gtest.h>

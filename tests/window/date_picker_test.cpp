@@ -1,5 +1,5 @@
+#include "controls/date_display.h"
 #include "test_user.h"
-#include "window/date_display.h"
 #include "window/input.h"
 
 #include "time/clock.h"

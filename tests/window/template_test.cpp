@@ -6,6 +6,7 @@
 
 #include "ce/command_bands.h"
 #include "ce/resource.h"
+#include "controls/bands_display.h"
 
 #include <gtest/gtest.h>
 

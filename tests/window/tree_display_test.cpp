@@ -1,6 +1,6 @@
 // A display's mirror of a tree, kept up by changes alone.
 #include "test_user.h"
-#include "window/tree_display.h"
+#include "tree_control/tree_display.h"
 
 #include "ce/tree_view.h"
 

@@ -1,6 +1,6 @@
 #include "test_user.h"
+#include "tree_control/tree_display.h"
 #include "window/input.h"
-#include "window/tree_display.h"
 
 #include "ce/tree_view.h"
 

@@ -6,6 +6,8 @@
 
 #include "ce/controls.h"
 #include "ce/dialog.h"
+#include "controls/bands_display.h"
+#include "controls/list_display.h"
 
 #include <algorithm>
 

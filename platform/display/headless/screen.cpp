@@ -155,7 +155,7 @@ void Screen::noteShown(HWND window)
     const std::optional<Snapshot> snapshot = snapshotUnderLock(window);
     if (!snapshot || (snapshot->window.style & WS_CHILD) != 0)
         return;
-    if (!snapshot->window.visible) {
+    if ((snapshot->window.style & WS_VISIBLE) == 0) {
         noteGone(window);
         return;
     }

@@ -2,6 +2,7 @@
 
 #include "script_user.h"
 
+#include "controls/list_display.h"
 #include "pattern.h"
 #include "reading.h"
 #include "text/host_name.h"

@@ -4,7 +4,7 @@
 #include "headless/script_run.h"
 #include "screen.h"
 #include "script.h"
-#include "window/tree_display.h"
+#include "tree_control/tree_display.h"
 
 #include <chrono>
 #include <functional>

@@ -1,30 +1,8 @@
-// snapshot.cpp - a window and its controls as they are at one moment.
-
 #include "snapshot.h"
-
-#include "window/core.h"
 
 namespace platform::headless {
 
-using window::WindowKind;
 using window::WindowState;
-
-namespace {
-
-WindowState stateUnderLock(const window::Window& window)
-{
-    WindowState state;
-    state.window = window.handle;
-    state.thread = window.thread->id;
-    state.kind = window.dialog && window.dialog->messageBox ? WindowKind::MessageBox : window.windowClass->kind;
-    state.text = window.text;
-    state.id = window.id;
-    state.style = window.style;
-    state.visible = window::hasStyle(window, WS_VISIBLE);
-    return state;
-}
-
-}  // namespace
 
 std::optional<Snapshot> snapshotOf(HWND window)
 {
@@ -40,13 +18,11 @@ std::optional<Snapshot> snapshotOf(HWND window)
 
 std::optional<Snapshot> snapshotUnderLock(HWND window)
 {
-    const window::Window* found = window::findWindow(window);
-    if (!found)
-        return std::nullopt;
     Snapshot snapshot;
-    snapshot.window = stateUnderLock(*found);
-    for (const window::Window* child : found->children)
-        snapshot.controls.push_back(stateUnderLock(*child));
+    if (!window::readWindowLocked(window, snapshot.window))
+        return std::nullopt;
+    for (const HWND child : window::childrenOfLocked(window))
+        (void)window::readWindowLocked(child, snapshot.controls.emplace_back());
     return snapshot;
 }
 

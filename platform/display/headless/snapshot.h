@@ -16,9 +16,8 @@ struct Snapshot {
 // Nothing for a dead window.
 [[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
 
-// The same for a caller inside Display::changed, where the core's lock is held and the reads of display.h
-// would wait for it. A window that comes and goes within a run is seen then or never. Of each window only
-// handle, thread, kind, text, id, style and whether it is visible.
+// The same for a caller inside Display::changed, where the core's lock is held. A window that comes and goes within a
+// run is seen then or never.
 [[nodiscard]] std::optional<Snapshot> snapshotUnderLock(HWND window);
 
 }  // namespace platform::headless

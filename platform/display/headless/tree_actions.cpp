@@ -2,10 +2,10 @@
 
 #include "script_user.h"
 
+#include "controls/date_display.h"
 #include "pattern.h"
 #include "text/host_name.h"
 #include "tree_reading.h"
-#include "window/date_display.h"
 
 #include <algorithm>
 #include <charconv>

@@ -4,7 +4,7 @@
 // lies below a collapsed item isn't.
 #pragma once
 
-#include "window/tree_display.h"
+#include "tree_control/tree_display.h"
 
 #include "ce/types.h"
 

@@ -1,6 +1,7 @@
 // band_bar.h - the bar across the top of the main window: the menu at the left, the toolbar beside it.
 #pragma once
 
+#include "controls/bands_display.h"
 #include "window/display.h"
 
 #include <QString>

@@ -4,9 +4,9 @@
 // of it: the next key then meets the window that has the focus by now, however fast the user types.
 #pragma once
 
-#include "window/date_display.h"
+#include "controls/date_display.h"
+#include "tree_control/tree_display.h"
 #include "window/display.h"
-#include "window/tree_display.h"
 
 #include <functional>
 #include <string>

@@ -2,8 +2,8 @@
 
 #include "date_view.h"
 
+#include "controls/date_display.h"
 #include "keys.h"
-#include "window/date_display.h"
 
 #include "ce/window.h"
 

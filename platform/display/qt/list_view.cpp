@@ -7,6 +7,7 @@
 #include "long_words.h"
 
 #include "ce/controls.h"
+#include "controls/list_display.h"
 
 #include <QAbstractListModel>
 #include <QHelpEvent>

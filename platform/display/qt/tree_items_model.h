@@ -4,7 +4,7 @@
 // 100,000 items that nobody scrolls to cost their handles.
 #pragma once
 
-#include "window/tree_display.h"
+#include "tree_control/tree_display.h"
 
 #include <QAbstractItemModel>
 #include <QIcon>

@@ -1,0 +1,332 @@
+// The edit control, with one line or many.
+#include "controls/control_classes.h"
+#include "edit_text.h"
+#include "window/input.h"
+#include "window/notify.h"
+
+#include "ce/controls.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace platform::window {
+
+namespace {
+
+constexpr std::size_t FirstLimit = 32767;
+constexpr int CharacterWidth = 6;
+
+struct EditState : ClassState {
+    explicit EditState(DWORD style) : readOnly((style & ES_READONLY) != 0) {}
+
+    EditSelection selection;
+    std::size_t limit = FirstLimit;  // characters that the user may bring it to
+    bool readOnly;
+
+    [[nodiscard]] bool editsText() const override { return true; }
+    void describe(const Window&, WindowState& state) const override
+    {
+        state.selectionStart = static_cast<long>(selection.anchor);
+        state.selectionEnd = static_cast<long>(selection.caret);
+        state.readOnly = readOnly;
+    }
+};
+
+bool isMultiLine(const Window& edit)
+{
+    return edit.style & ES_MULTILINE;
+}
+
+void setSelection(Window& edit, EditState& state, EditSelection selection)
+{
+    if (state.selection == selection)
+        return;
+    state.selection = selection;
+    announce(edit, Change::Selection);
+}
+
+// What the user's change led to.
+struct Outcome {
+    bool changed = false;
+    bool full = false;
+};
+
+void report(HWND handle, Outcome outcome)
+{
+    if (outcome.full)
+        notifyCommand(handle, EN_MAXTEXT);
+    if (!outcome.changed)
+        return;
+    notifyCommand(handle, EN_UPDATE);
+    notifyCommand(handle, EN_CHANGE);
+}
+
+// A single line that doesn't scroll holds what fits its width.
+std::size_t limitOf(const Window& edit, const EditState& state)
+{
+    if (isMultiLine(edit) || (edit.style & ES_AUTOHSCROLL))
+        return state.limit;
+    const int width = std::max(edit.place.right - edit.place.left, 0);
+    return std::min(state.limit, static_cast<std::size_t>(width / CharacterWidth));
+}
+
+Outcome replaceSelection(Window& edit, EditState& state, std::u16string_view text, std::size_t limit)
+{
+    const std::size_t start = state.selection.start();
+    const std::size_t count = state.selection.end() - start;
+    const std::size_t kept = edit.text.size() - count;
+    const std::u16string_view added = cutToRoom(text, limit > kept ? limit - kept : 0);
+    const bool full = added.size() < text.size();
+    if (count == 0 && added.empty())
+        return {.changed = false, .full = full};
+    edit.text.replace(start, count, added);
+    state.selection = {start + added.size(), start + added.size()};
+    announceText(edit);
+    announce(edit, Change::Selection);
+    return {.changed = true, .full = full};
+}
+
+Outcome typeText(Window& edit, EditState& state, std::u16string_view typed)
+{
+    return replaceSelection(edit, state, fitToEdit(typed, isMultiLine(edit)), limitOf(edit, state));
+}
+
+Outcome takeNewText(Window& edit, EditState& state, std::u16string_view text)
+{
+    const std::u16string fitted = fitToEdit(text, isMultiLine(edit));
+    const std::u16string_view whole = cutToRoom(fitted, limitOf(edit, state));
+    state.selection = {whole.size(), whole.size()};
+    const bool changed = edit.text != whole;
+    setText(edit, whole);
+    return {.changed = changed, .full = whole.size() < fitted.size()};
+}
+
+// Takes the selection, or the character that `neighbour` names, out of the text.
+Outcome erase(Window& edit, EditState& state, std::size_t (*neighbour)(std::u16string_view, std::size_t))
+{
+    if (state.selection.anchor == state.selection.caret)
+        state.selection.caret = neighbour(edit.text, state.selection.caret);
+    return replaceSelection(edit, state, {}, std::numeric_limits<std::size_t>::max());
+}
+
+std::size_t caretAfter(const Window& edit, std::size_t caret, WPARAM key, bool control)
+{
+    const std::u16string_view text = edit.text;
+    switch (key) {
+    case VK_LEFT:
+        return previousCharacter(text, caret);
+    case VK_RIGHT:
+        return nextCharacter(text, caret);
+    case VK_UP:
+        return lineAbove(text, caret);
+    case VK_DOWN:
+        return lineBelow(text, caret);
+    case VK_HOME:
+        return control ? 0 : lineStart(text, caret);
+    case VK_END:
+        return control ? text.size() : lineEnd(text, caret);
+    case VK_PRIOR:
+        return 0;
+    case VK_NEXT:
+        return text.size();
+    default:
+        return caret;
+    }
+}
+
+Outcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers)
+{
+    const bool control = modifiers & KeyWithControl;
+    if (control && key == u'A') {
+        setSelection(edit, state, {0, edit.text.size()});
+        return {};
+    }
+    if (key == VK_DELETE)
+        return state.readOnly ? Outcome{} : erase(edit, state, nextCharacter);
+    if (key == VK_TAB && control)
+        return state.readOnly ? Outcome{} : typeText(edit, state, u"\t");
+    const std::size_t caret = caretAfter(edit, state.selection.caret, key, control);
+    const bool moves = key >= VK_PRIOR && key <= VK_DOWN;
+    if (moves)
+        setSelection(edit, state, {(modifiers & KeyWithShift) ? state.selection.anchor : caret, caret});
+    return {};
+}
+
+Outcome typeCharacter(Window& edit, EditState& state, char16_t character)
+{
+    if (state.readOnly)
+        return {};
+    if (character == VK_BACK)
+        return erase(edit, state, previousCharacter);
+    return typeText(edit, state, std::u16string_view(&character, 1));
+}
+
+LRESULT takeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    Outcome outcome;
+    {
+        const Lock lock = lockCore();
+        Window* edit = findWindow(handle);
+        if (!edit || !takesInputOf(*edit))
+            return 0;
+        auto& state = stateOf<EditState>(*edit);
+        const std::u16string arrived =
+            message == InputText || message == InputNewText ? std::move(currentThread().arrivedText) : u"";
+        if (message == WM_KEYDOWN)
+            outcome = pressKey(*edit, state, wParam, lParam);
+        else if (message == WM_CHAR)
+            outcome = typeCharacter(*edit, state, static_cast<char16_t>(wParam));
+        else if (!state.readOnly && message == InputText)
+            outcome = typeText(*edit, state, arrived);
+        else if (!state.readOnly)
+            outcome = takeNewText(*edit, state, arrived);
+    }
+    report(handle, outcome);
+    return 0;
+}
+
+LRESULT setWholeText(HWND handle, LPARAM lParam)
+{
+    bool multiLine = false;
+    {
+        const Lock lock = lockCore();
+        Window* edit = findWindow(handle);
+        if (!edit)
+            return 0;
+        const auto* text = reinterpret_cast<const WCHAR*>(lParam);
+        setSelection(*edit, stateOf<EditState>(*edit), {});
+        setText(*edit, text ? std::u16string_view(text) : std::u16string_view());
+        multiLine = isMultiLine(*edit);
+    }
+    if (!multiLine)
+        report(handle, {.changed = true});
+    return TRUE;
+}
+
+LRESULT replaceByProgram(HWND handle, LPARAM lParam)
+{
+    Outcome outcome;
+    {
+        const Lock lock = lockCore();
+        Window* edit = findWindow(handle);
+        const auto* text = reinterpret_cast<const WCHAR*>(lParam);
+        if (edit && text)
+            outcome = replaceSelection(*edit, stateOf<EditState>(*edit), text, stateOf<EditState>(*edit).limit);
+    }
+    report(handle, outcome);
+    return 0;
+}
+
+LRESULT giveSelection(const EditState& state, WPARAM start, LPARAM end)
+{
+    const auto first = static_cast<DWORD>(state.selection.start());
+    const auto last = static_cast<DWORD>(state.selection.end());
+    if (start)
+        *reinterpret_cast<DWORD*>(start) = first;
+    if (end)
+        *reinterpret_cast<DWORD*>(end) = last;
+    if (first > 0xFFFF || last > 0xFFFF)
+        return -1;
+    return static_cast<LRESULT>(MAKELONG(static_cast<WORD>(first), static_cast<WORD>(last)));
+}
+
+void selectByProgram(Window& edit, EditState& state, int start, int end)
+{
+    const std::size_t size = edit.text.size();
+    const auto at = [size](int wanted) { return wanted < 0 ? size : std::min(static_cast<std::size_t>(wanted), size); };
+    if (start < 0)
+        setSelection(edit, state, {state.selection.caret, state.selection.caret});
+    else
+        setSelection(edit, state, {at(start), at(end)});
+}
+
+// Tab leaves the edit, and Enter is the dialog's unless it makes a line break.
+LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message)
+{
+    LRESULT code = HasSelection | WantsCharacters | WantsArrows;
+    if (!isMultiLine(edit))
+        return code;
+    const bool control = message && (message->lParam & KeyWithControl);
+    const bool dialogs = !control && (key == VK_TAB || (key == VK_RETURN && !(edit.style & ES_WANTRETURN)));
+    return dialogs ? code : code | WantsAllKeys;
+}
+
+LRESULT answer(Window& edit, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    auto& state = stateOf<EditState>(edit);
+    switch (message) {
+    case EM_GETSEL:
+        return giveSelection(state, wParam, lParam);
+    case EM_SETSEL:
+        selectByProgram(edit, state, static_cast<int>(wParam), static_cast<int>(lParam));
+        return 0;
+    case EM_LIMITTEXT:
+        state.limit = wParam ? wParam : std::numeric_limits<std::int32_t>::max();
+        return 0;
+    case EM_SETREADONLY:
+        state.readOnly = wParam != 0;
+        announce(edit, Change::ReadOnly);
+        return TRUE;
+    case WM_GETDLGCODE:
+        return dialogCode(edit, wParam, reinterpret_cast<const MSG*>(lParam));
+    default:
+        return 0;
+    }
+}
+
+// Esc in a multi-line edit closes its dialog: the dialog manager doesn't see the key.
+void closeDialog(HWND handle)
+{
+    HWND dialog = nullptr;
+    {
+        const Lock lock = lockCore();
+        const Window* edit = findWindow(handle);
+        if (edit && edit->parent && edit->parent->state->isDialog() && isMultiLine(*edit))
+            dialog = edit->parent->handle;
+    }
+    if (dialog)
+        PostMessageW(dialog, WM_CLOSE, 0, 0);
+}
+
+LRESULT editProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    switch (message) {
+    case WM_SETTEXT:
+        return setWholeText(handle, lParam);
+    case EM_REPLACESEL:
+        return replaceByProgram(handle, lParam);
+    case WM_KEYDOWN:
+        if (wParam == VK_ESCAPE)
+            closeDialog(handle);
+        return takeInput(handle, message, wParam, lParam);
+    case WM_CHAR:
+    case InputText:
+    case InputNewText:
+        return takeInput(handle, message, wParam, lParam);
+    case EM_GETSEL:
+    case EM_SETSEL:
+    case EM_LIMITTEXT:
+    case EM_SETREADONLY:
+    case WM_GETDLGCODE:
+        break;
+    default:
+        return DefWindowProcW(handle, message, wParam, lParam);
+    }
+    const Lock lock = lockCore();
+    Window* edit = findWindow(handle);
+    return edit ? answer(*edit, message, wParam, lParam) : 0;
+}
+
+std::unique_ptr<ClassState> makeEditState(DWORD style)
+{
+    return std::make_unique<EditState>(style);
+}
+
+}  // namespace
+
+WindowClass editClass()
+{
+    return {u"Edit", editProcedure, WindowKind::Edit, true, makeEditState, 0};
+}
+
+}  // namespace platform::window

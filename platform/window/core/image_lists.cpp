@@ -1,0 +1,117 @@
+// Image lists that the program makes cell by cell.
+#include "window/image_lists.h"
+
+#include "window/core.h"
+#include "window/images.h"
+
+#include "kernel/handle_table.h"
+
+#include "ce/error.h"
+#include "ce/image_list.h"
+#include "ce/resource.h"
+
+#include <cstring>
+#include <mutex>
+
+namespace platform::window {
+
+namespace {
+
+class ImageList final : public kernel::Object {
+public:
+    explicit ImageList(ImageSize size) : size_(size) {}
+
+    [[nodiscard]] bool takesCloseHandle() const override { return false; }
+
+    [[nodiscard]] ImageSize size() const { return size_; }
+
+    [[nodiscard]] WORD firstBitmap() const
+    {
+        const std::lock_guard guard(mutex_);
+        return firstBitmap_;
+    }
+
+    // The index of the first of them.
+    [[nodiscard]] int add(WORD bitmap, int images)
+    {
+        const std::lock_guard guard(mutex_);
+        if (count_ == 0)
+            firstBitmap_ = bitmap;
+        const int first = count_;
+        count_ += images;
+        return first;
+    }
+
+private:
+    ImageSize size_;
+    mutable std::mutex mutex_;
+    WORD firstBitmap_ = 0;
+    int count_ = 0;
+};
+
+std::shared_ptr<ImageList> findList(HIMAGELIST list)
+{
+    return kernel::findHandle<ImageList>(list);
+}
+
+// 0 if it is no bitmap that can be read.
+int widthOfBitmap(WORD id)
+{
+    constexpr std::size_t WidthAt = 4;
+    const HRSRC found = FindResourceW(nullptr, MAKEINTRESOURCEW(id), MAKEINTRESOURCEW(RT_BITMAP_ID));
+    if (!found || SizeofResource(nullptr, found) < WidthAt + sizeof(LONG))
+        return 0;
+    LONG width = 0;
+    std::memcpy(&width, static_cast<const char*>(LoadResource(nullptr, found)) + WidthAt, sizeof width);
+    return width;
+}
+
+}  // namespace
+
+ImageSize imageSizeOf(HIMAGELIST list)
+{
+    const auto found = findList(list);
+    return found ? found->size() : ImageSize{};
+}
+
+WORD firstBitmapOf(HIMAGELIST list)
+{
+    const auto found = findList(list);
+    return found ? found->firstBitmap() : WORD{0};
+}
+
+}  // namespace platform::window
+
+using namespace platform::window;
+
+HIMAGELIST ImageList_Create(int width, int height, UINT, int, int)
+{
+    if (width < 1 || height < 1) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return nullptr;
+    }
+    return static_cast<HIMAGELIST>(platform::kernel::addHandle(std::make_shared<ImageList>(ImageSize{width, height})));
+}
+
+int ImageList_AddMasked(HIMAGELIST handle, HBITMAP bitmap, COLORREF)
+{
+    const auto list = findList(handle);
+    const WORD id = resourceIdOf(bitmap);
+    const int width = id != 0 ? widthOfBitmap(id) : 0;
+    if (!list || width <= 0) {
+        SetLastError(ERROR_INVALID_HANDLE);
+        return -1;
+    }
+    return list->add(id, width / list->size().width);
+}
+
+HBITMAP LoadBitmapW(HINSTANCE instance, const WCHAR* name)
+{
+    return static_cast<HBITMAP>(LoadImageW(instance, name, IMAGE_BITMAP, 0, 0, 0));
+}
+
+// A bitmap is its number in the resources, so there is nothing to free.
+BOOL DeleteObject(HBITMAP bitmap)
+{
+    return resourceIdOf(bitmap) != 0 ? TRUE : fail(ERROR_INVALID_HANDLE);
+}

@@ -1,0 +1,48 @@
+// Windows on the screen, and where the pointer was.
+#include "window/window_geometry.h"
+
+namespace platform::window {
+
+POINT originOf(const Window& window)
+{
+    POINT origin{0, 0};
+    for (const Window* at = &window; at; at = at->parent) {
+        origin.x += at->place.left;
+        origin.y += at->place.top;
+    }
+    return origin;
+}
+
+}  // namespace platform::window
+
+using namespace platform::window;
+
+BOOL GetWindowRect(HWND handle, RECT* rectangle)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    if (!window)
+        return fail(ERROR_INVALID_WINDOW_HANDLE);
+    const POINT origin = originOf(*window);
+    *rectangle = {origin.x, origin.y, origin.x + window->place.right - window->place.left,
+                  origin.y + window->place.bottom - window->place.top};
+    return TRUE;
+}
+
+BOOL ScreenToClient(HWND handle, POINT* point)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    if (!window)
+        return fail(ERROR_INVALID_WINDOW_HANDLE);
+    const POINT origin = originOf(*window);
+    *point = {point->x - origin.x, point->y - origin.y};
+    return TRUE;
+}
+
+DWORD GetMessagePos()
+{
+    const Lock lock = lockCore();
+    const POINT& pointer = currentThread().pointer;
+    return MAKELONG(static_cast<WORD>(pointer.x), static_cast<WORD>(pointer.y));
+}

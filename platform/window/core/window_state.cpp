@@ -1,0 +1,209 @@
+// What a window shows of itself: visible, enabled, text, place; and finding it.
+#include "window/core.h"
+#include "window/focus.h"
+#include "window/input.h"
+
+#include "text/case_folding.h"
+
+#include <algorithm>
+
+using namespace platform::window;
+
+namespace {
+
+bool isOwn(const Window& window)
+{
+    return window.thread == &currentThread();
+}
+
+// Such a child is the command bands, of which a window has one set.
+void layOutFollower(HWND parent)
+{
+    HWND follower = nullptr;
+    {
+        const Lock lock = lockCore();
+        const Window* window = findWindow(parent);
+        if (!window)
+            return;
+        for (const Window* child : window->children)
+            if (child->state->followsParentSize())
+                follower = child->handle;
+    }
+    if (follower)
+        SendMessageW(follower, ParentSized, 0, 0);
+}
+
+}  // namespace
+
+BOOL ShowWindow(HWND handle, int show)
+{
+    Lock lock = lockCore();
+    Window* window = findWindow(handle);
+    if (!window)
+        return fail(ERROR_INVALID_WINDOW_HANDLE);
+    const bool wasVisible = hasStyle(*window, WS_VISIBLE);
+    const bool visible = show != SW_HIDE;
+    const bool own = isOwn(*window);
+    const bool topLevel = !window->parent;
+    const HWND owner = window->owner;
+    const bool wasActive = own && currentThread().active == handle;
+    if (wasVisible != visible) {
+        window->style = visible ? window->style | WS_VISIBLE : window->style & ~WS_VISIBLE;
+        announce(*window, Change::Shown);
+    }
+    lock.unlock();
+    if (!own)
+        return wasVisible;  // the other thread's loop isn't waited for
+
+    if (wasVisible != visible)
+        SendMessageW(handle, WM_SHOWWINDOW, visible ? 1 : 0, 0);
+    if (!visible)
+        moveFocusOff(handle);
+    if (topLevel && visible)
+        activate(handle);
+    else if (wasActive && IsWindowVisible(owner))
+        activate(owner);
+    return wasVisible;
+}
+
+BOOL UpdateWindow(HWND window)
+{
+    return IsWindow(window) ? TRUE : fail(ERROR_INVALID_WINDOW_HANDLE);
+}
+
+BOOL IsWindowVisible(HWND handle)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    return window && isVisible(*window);
+}
+
+BOOL IsWindowEnabled(HWND handle)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    return window && !hasStyle(*window, WS_DISABLED);
+}
+
+BOOL EnableWindow(HWND handle, BOOL enable)
+{
+    Lock lock = lockCore();
+    Window* window = findWindow(handle);
+    if (!window)
+        return fail(ERROR_INVALID_WINDOW_HANDLE);
+    const bool wasDisabled = hasStyle(*window, WS_DISABLED);
+    if (wasDisabled != (enable == FALSE)) {
+        window->style = enable ? window->style & ~WS_DISABLED : window->style | WS_DISABLED;
+        announce(*window, Change::Enabled);
+        tell(*window->thread);  // a kept wish to close may be due now
+        const bool own = isOwn(*window);
+        lock.unlock();
+        if (!own) {
+            PostMessageW(handle, WM_ENABLE, enable ? 1 : 0, 0);
+        } else {
+            SendMessageW(handle, WM_ENABLE, enable ? 1 : 0, 0);
+            if (!enable)
+                moveFocusOff(handle);
+        }
+    }
+    return wasDisabled;
+}
+
+HWND GetParent(HWND handle)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    if (!window) {
+        SetLastError(ERROR_INVALID_WINDOW_HANDLE);
+        return nullptr;
+    }
+    return window->parent ? window->parent->handle : window->owner;
+}
+
+HWND FindWindowW(const WCHAR* className, const WCHAR* title)
+{
+    const Lock lock = lockCore();
+    const auto fits = [](const WCHAR* wanted, const std::u16string& text) {
+        return !wanted || platform::text::compareWithoutCase(wanted, text) == 0;
+    };
+    for (const HWND top : core().topLevel) {
+        const Window* window = findWindow(top);
+        if (fits(className, window->windowClass->name) && fits(title, window->text) && !window->dying)
+            return top;
+    }
+    return nullptr;
+}
+
+BOOL SetWindowTextW(HWND window, const WCHAR* text)
+{
+    if (!text)
+        text = u"";
+    return static_cast<BOOL>(SendMessageW(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text)));
+}
+
+int GetWindowTextW(HWND window, WCHAR* text, int capacity)
+{
+    if (!text || capacity <= 0)
+        return fail(ERROR_INVALID_PARAMETER);
+    text[0] = 0;
+    return static_cast<int>(
+        SendMessageW(window, WM_GETTEXT, static_cast<WPARAM>(capacity), reinterpret_cast<LPARAM>(text)));
+}
+
+int GetWindowTextLengthW(HWND window)
+{
+    return static_cast<int>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0));
+}
+
+BOOL GetClientRect(HWND handle, RECT* rectangle)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    if (!window)
+        return fail(ERROR_INVALID_WINDOW_HANDLE);
+    *rectangle = {0, 0, window->place.right - window->place.left, window->place.bottom - window->place.top};
+    return TRUE;
+}
+
+BOOL SetWindowPos(HWND handle, HWND, int x, int y, int width, int height, UINT flags)
+{
+    Lock lock = lockCore();
+    Window* window = findWindow(handle);
+    if (!window)
+        return fail(ERROR_INVALID_WINDOW_HANDLE);
+    const RECT before = window->place;
+    RECT& place = window->place;
+    if (flags & SWP_NOMOVE) {
+        x = before.left;
+        y = before.top;
+    }
+    if (flags & SWP_NOSIZE) {
+        width = before.right - before.left;
+        height = before.bottom - before.top;
+    }
+    // Both ends stay inside the numbers that a place can hold.
+    constexpr int Far = 1 << 20;
+    x = std::clamp(x, -Far, Far);
+    y = std::clamp(y, -Far, Far);
+    width = std::clamp(width, 0, Far);
+    height = std::clamp(height, 0, Far);
+    place = {x, y, x + width, y + height};
+    const bool sized = width != before.right - before.left || height != before.bottom - before.top;
+    if (sized || x != before.left || y != before.top)
+        announce(*window, Change::Placed);
+    const bool own = isOwn(*window);
+    lock.unlock();
+    if (sized && own) {
+        const DWORD size = MAKELONG(static_cast<WORD>(width), static_cast<WORD>(height));
+        SendMessageW(handle, WM_SIZE, 0, static_cast<LPARAM>(size));
+        layOutFollower(handle);
+    }
+    if (flags & SWP_SHOWWINDOW)
+        ShowWindow(handle, SW_SHOW);
+    return TRUE;
+}
+
+BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL)
+{
+    return SetWindowPos(window, nullptr, x, y, width, height, SWP_NOZORDER);
+}

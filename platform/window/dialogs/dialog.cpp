@@ -1,0 +1,288 @@
+// Dialogs: made from a template, run until EndDialog.
+#include "dialog.h"
+
+#include "controls/button.h"
+#include "dialog_state.h"
+#include "window/focus.h"
+#include "window/window_class.h"
+#include "window/window_life.h"
+
+#include "resource/resource_file.h"
+
+#include "ce/controls.h"
+
+#include <algorithm>
+
+namespace platform::window {
+
+namespace {
+
+struct Size {
+    int width;
+    int height;
+};
+
+Size sizeOf(const DialogLaunch& launch)
+{
+    const DialogTemplate& form = launch.form;
+    if (launch.inPixels)
+        return {form.width, form.height};
+    return {horizontalPixels(form.width), verticalPixels(form.height)};
+}
+
+// On the middle of the owner, or of the screen; otherwise at its place in the owner's client area.
+POINT placeFor(const DialogLaunch& launch, Size size)
+{
+    const Lock lock = lockCore();
+    Window* owner = findWindow(launch.owner);
+    const RECT area = owner ? topLevelOf(*owner).place : RECT{0, 0, ScreenWidth, ScreenHeight};
+    if (launch.form.style & DS_CENTER)
+        return {std::max((area.left + area.right - size.width) / 2, 0),
+                std::max((area.top + area.bottom - size.height) / 2, 0)};
+    return {area.left + horizontalPixels(launch.form.x), area.top + verticalPixels(launch.form.y)};
+}
+
+// A control of an unknown class makes the whole dialog fail: half a dialog asks half a question.
+bool knowsClasses(const DialogTemplate& form)
+{
+    const Lock lock = lockCore();
+    return std::ranges::all_of(form.controls,
+                               [](const ControlTemplate& control) { return findClass(control.className) != nullptr; });
+}
+
+HWND makeDialogWindow(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
+{
+    const Size size = sizeOf(launch);
+    const POINT place = placeFor(launch, size);
+    Creation creation;
+    creation.className = DialogClassName;
+    creation.title = launch.form.title;
+    creation.style = (launch.form.style & ~(WS_VISIBLE | WS_CHILD)) | WS_POPUP;
+    creation.exStyle = launch.form.exStyle;
+    creation.x = place.x;
+    creation.y = place.y;
+    creation.width = size.width;
+    creation.height = size.height;
+    creation.parent = launch.owner;
+    creation.instance = launch.instance;
+    auto state = std::make_unique<DialogState>();
+    state->modal = modal;
+    state->ownerToEnable = ownerToEnable;
+    state->messageBox = launch.messageBox;
+    state->messageBoxType = launch.messageBoxType;
+    creation.state = std::move(state);
+    return createWindow(std::move(creation));
+}
+
+bool makeControl(const DialogLaunch& launch, const ControlTemplate& control, HWND dialog)
+{
+    Creation creation;
+    creation.className = control.className;
+    creation.title = control.text;
+    creation.style = control.style | WS_CHILD;
+    creation.exStyle = control.exStyle;
+    creation.x = launch.inPixels ? control.x : horizontalPixels(control.x);
+    creation.y = launch.inPixels ? control.y : verticalPixels(control.y);
+    creation.width = launch.inPixels ? control.width : horizontalPixels(control.width);
+    creation.height = launch.inPixels ? control.height : verticalPixels(control.height);
+    creation.parent = dialog;
+    creation.id = control.id;
+    creation.iconId = control.iconId;
+    creation.instance = launch.instance;
+    return createWindow(std::move(creation)) != nullptr;
+}
+
+// From here on the program's procedure gets the dialog's messages. Gives the control that gets the focus.
+HWND handOver(HWND handle, DLGPROC procedure)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    DialogState* dialog = findDialog(window);
+    if (!dialog)
+        return nullptr;
+    dialog->procedure = procedure;
+    for (const Window* control : window->children)
+        if (isDefaultPushButton(*control) && dialog->defaultId == 0)
+            dialog->defaultId = control->id;
+    const Window* first = nextTabStop(*window, nullptr, false);
+    return first ? first->handle : nullptr;
+}
+
+bool hasFocusWithin(HWND handle)
+{
+    const Lock lock = lockCore();
+    const Window* dialog = findWindow(handle);
+    const Window* focused = findWindow(currentThread().focus);
+    return dialog && focused && isWithin(*focused, *dialog);
+}
+
+bool isOver(HWND handle)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    return !window || window->dying || findDialog(window)->ended;
+}
+
+// A procedure that gives 0 has set the focus itself; if it forgot to, the keyboard would reach nothing.
+void initialize(const DialogLaunch& launch, HWND dialog)
+{
+    const HWND first = handOver(dialog, launch.procedure);
+    const LRESULT wantsFocus = SendMessageW(dialog, WM_INITDIALOG, reinterpret_cast<WPARAM>(first), launch.parameter);
+    if (isOver(dialog) || !first || (!wantsFocus && hasFocusWithin(dialog)))
+        return;
+    SetFocus(first);
+    SendMessageW(first, EM_SETSEL, 0, -1);
+}
+
+// Hidden and initialized. Null with the last error.
+HWND openHidden(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
+{
+    if (!knowsClasses(launch.form)) {
+        SetLastError(ERROR_CANNOT_FIND_WND_CLASS);
+        return nullptr;
+    }
+    const HWND dialog = makeDialogWindow(launch, modal, ownerToEnable);
+    if (!dialog)
+        return nullptr;
+    for (const ControlTemplate& control : launch.form.controls) {
+        if (!makeControl(launch, control, dialog)) {
+            DestroyWindow(dialog);
+            return nullptr;
+        }
+    }
+    initialize(launch, dialog);
+    return dialog;
+}
+
+// The owner's top-level window if it was enabled and no longer is; null otherwise.
+HWND disableOwner(HWND handle)
+{
+    HWND top = nullptr;
+    {
+        const Lock lock = lockCore();
+        Window* owner = findWindow(handle);
+        if (!owner || hasStyle(topLevelOf(*owner), WS_DISABLED))
+            return nullptr;
+        top = topLevelOf(*owner).handle;
+    }
+    EnableWindow(top, FALSE);
+    return top;
+}
+
+// Serves all windows of the thread until the dialog is over. A wish to quit goes on to the loop outside.
+void serve(HWND dialog)
+{
+    while (!isOver(dialog)) {
+        MSG message = {};
+        const BOOL got = GetMessageW(&message, nullptr, 0, 0);
+        if (got == 0)
+            PostQuitMessage(static_cast<int>(message.wParam));
+        if (got <= 0)
+            return;
+        if (IsDialogMessage(dialog, &message))
+            continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
+}
+
+INT_PTR resultOf(HWND handle)
+{
+    const Lock lock = lockCore();
+    const DialogState* dialog = findDialog(findWindow(handle));
+    return dialog && dialog->ended ? dialog->result : 0;
+}
+
+}  // namespace
+
+INT_PTR runModal(const DialogLaunch& launch)
+{
+    // Before WM_INITDIALOG: whatever that shows, the owner takes no command meanwhile.
+    const HWND ownerToEnable = disableOwner(launch.owner);
+    const HWND dialog = openHidden(launch, true, ownerToEnable);
+    if (!dialog) {
+        if (ownerToEnable)
+            EnableWindow(ownerToEnable, TRUE);
+        return -1;
+    }
+    if (!isOver(dialog))
+        ShowWindow(dialog, SW_SHOW);
+    serve(dialog);
+    const INT_PTR result = resultOf(dialog);
+    DestroyWindow(dialog);
+    return result;
+}
+
+HWND openModeless(const DialogLaunch& launch)
+{
+    const HWND dialog = openHidden(launch, false, nullptr);
+    if (dialog && (launch.form.style & WS_VISIBLE))
+        ShowWindow(dialog, SW_SHOW);
+    return IsWindow(dialog) ? dialog : nullptr;
+}
+
+namespace {
+
+// The address of a template says nothing of its end, so only one of the resources is read. Nothing, with
+// the last error, for another address, a damaged template or a bad procedure.
+std::optional<DialogLaunch> launchFrom(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
+                                       LPARAM parameter)
+{
+    const std::span<const std::byte> bytes = resource::resourceAt(dialogTemplate);
+    auto form = readDialogTemplate(bytes);
+    if (!form || !procedure) {
+        SetLastError(bytes.empty() ? ERROR_RESOURCE_DATA_NOT_FOUND : ERROR_INVALID_PARAMETER);
+        return std::nullopt;
+    }
+    DialogLaunch launch;
+    launch.form = std::move(*form);
+    launch.instance = instance;
+    launch.owner = owner;
+    launch.procedure = procedure;
+    launch.parameter = parameter;
+    return launch;
+}
+
+}  // namespace
+
+}  // namespace platform::window
+
+using namespace platform::window;
+
+INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
+                                LPARAM parameter)
+{
+    if (owner && !IsWindow(owner))
+        return fail(ERROR_INVALID_WINDOW_HANDLE);
+    const auto launch = launchFrom(instance, dialogTemplate, owner, procedure, parameter);
+    return launch ? runModal(*launch) : -1;
+}
+
+HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
+                                LPARAM parameter)
+{
+    const auto launch = launchFrom(instance, dialogTemplate, owner, procedure, parameter);
+    return launch ? openModeless(*launch) : nullptr;
+}
+
+BOOL EndDialog(HWND handle, INT_PTR result)
+{
+    HWND ownerToEnable = nullptr;
+    {
+        const Lock lock = lockCore();
+        const Window* window = findWindow(handle);
+        if (!window)
+            return fail(ERROR_INVALID_WINDOW_HANDLE);
+        DialogState* dialog = findDialog(window);
+        if (!dialog || !dialog->modal)
+            return fail(ERROR_ACCESS_DENIED);
+        dialog->ended = true;
+        dialog->result = result;
+        ownerToEnable = dialog->takeOwnerToEnable();
+    }
+    if (ownerToEnable)
+        EnableWindow(ownerToEnable, TRUE);
+    ShowWindow(handle, SW_HIDE);
+    PostMessageW(handle, WM_NULL, 0, 0);  // its loop looks whether it is over
+    return TRUE;
+}

@@ -1,0 +1,26 @@
+// dialog.h - opening a dialog whose template is read already. Without the lock.
+#pragma once
+
+#include "dialog_template.h"
+
+#include "ce/dialog.h"
+
+namespace platform::window {
+
+struct DialogLaunch {
+    DialogTemplate form;  // positions and sizes in dialog units, unless inPixels
+    bool inPixels = false;
+    HINSTANCE instance = nullptr;
+    HWND owner = nullptr;
+    DLGPROC procedure = nullptr;
+    LPARAM parameter = 0;
+    bool messageBox = false;
+    UINT messageBoxType = 0;
+};
+
+// Runs the dialog until EndDialog and gives its value. -1 if the dialog couldn't be made, 0 if it ended otherwise.
+INT_PTR runModal(const DialogLaunch& launch);
+// Null, with the last error, if the dialog couldn't be made.
+[[nodiscard]] HWND openModeless(const DialogLaunch& launch);
+
+}  // namespace platform::window

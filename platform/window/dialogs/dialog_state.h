@@ -1,0 +1,31 @@
+// dialog_state.h - what the dialog manager keeps of each dialog.
+#pragma once
+
+#include "window/core.h"
+
+#include "ce/dialog.h"
+
+namespace platform::window {
+
+inline constexpr std::u16string_view DialogClassName = u"Dialog";
+
+struct DialogState : ClassState {
+    DLGPROC procedure = nullptr;  // of the program; null until all controls exist
+    bool modal = false;
+    bool ended = false;
+    INT_PTR result = 0;
+    int defaultId = 0;        // of the default button; 0: none
+    bool messageBox = false;  // made by MessageBoxW, with these MB_ bits:
+    UINT messageBoxType = 0;
+    HWND ownerToEnable = nullptr;  // disabled until this dialog ends
+
+    void describe(const Window& window, WindowState& state) const override;
+    [[nodiscard]] bool isDialog() const override { return true; }
+    [[nodiscard]] const Window* buttonForEnter(const Window& window) const override;
+    [[nodiscard]] HWND takeOwnerToEnable() override { return std::exchange(ownerToEnable, nullptr); }
+};
+
+// Needs the lock. Null for a window that the dialog manager didn't make.
+[[nodiscard]] DialogState* findDialog(const Window* window);
+
+}  // namespace platform::window

@@ -1,0 +1,287 @@
+// How a tree view moves its selection, folds and deletes, and what it tells its parent on the way.
+//
+// The parent may do anything while it is told: delete the item, fill it, move the selection. So each step looks up the
+// window and its items anew, and goes on only as far as they are still there.
+#include "tree_control.h"
+#include "window/notify.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace platform::window {
+
+namespace {
+
+// A tree under the lock; false if it is gone.
+class Look {
+public:
+    explicit Look(HWND handle) : window_(findWindow(handle)), tree_(findTree(handle)) {}
+
+    explicit operator bool() const { return tree_ != nullptr; }
+    TreeViewState* operator->() const { return tree_; }
+    [[nodiscard]] TreeViewState& state() const { return *tree_; }
+    [[nodiscard]] TreeItems& items() const { return tree_->items; }
+    [[nodiscard]] Window& window() const { return *window_; }
+    void announce() const { announceTree(*window_, *tree_); }
+
+private:
+    Lock lock_ = lockCore();
+    Window* window_;
+    TreeViewState* tree_;
+};
+
+// What a notification says of an item; no text.
+TVITEMW recordOf(const TreeViewState& tree, HTREEITEM handle)
+{
+    TVITEMW record = {};
+    const ItemIndex index = tree.items.find(handle);
+    if (index == 0)
+        return record;
+    const Item& item = tree.items[index];
+    record.mask = TVIF_HANDLE | TVIF_STATE | TVIF_PARAM;
+    record.hItem = handle;
+    record.state = (handle == tree.selected ? TVIS_SELECTED : 0) | (item.expanded ? TVIS_EXPANDED : 0) |
+                   (item.expandedOnce ? TVIS_EXPANDEDONCE : 0);
+    record.stateMask = TVIS_SELECTED | TVIS_EXPANDED | TVIS_EXPANDEDONCE;
+    record.lParam = item.parameter;
+    return record;
+}
+
+LRESULT tell(HWND tree, UINT code, NMTREEVIEWW& change)
+{
+    change.hdr.code = code;
+    return notifyParent(tree, change.hdr);
+}
+
+void markUpdated(TreeViewState& tree, HTREEITEM handle)
+{
+    if (const ItemIndex index = tree.items.find(handle); index != 0)
+        tree.log.updated(tree.items, index);
+}
+
+}  // namespace
+
+bool selectTreeItem(HWND handle, HTREEITEM item, UINT cause, Refusal refusal)
+{
+    NMTREEVIEWW change = {};
+    change.action = cause;
+    {
+        const Look tree(handle);
+        if (!tree || (item && !tree.items().find(item)))
+            return false;
+        if (tree->selected == item)
+            return true;
+        change.itemOld = recordOf(tree.state(), tree->selected);
+        change.itemNew = recordOf(tree.state(), item);
+    }
+    if (tell(handle, TVN_SELCHANGINGW, change) != 0 && refusal == Refusal::Possible)
+        return false;
+    {
+        const Look tree(handle);
+        if (!tree || (item && !tree.items().find(item)))
+            return false;
+        const HTREEITEM before = std::exchange(tree->selected, item);
+        if (item)
+            bringIntoView(tree.window(), tree.state(), tree.items().find(item));
+        markUpdated(tree.state(), before);
+        markUpdated(tree.state(), item);
+        tree->log.show(item);
+        tree.announce();
+        change.itemOld = recordOf(tree.state(), before);
+        change.itemNew = recordOf(tree.state(), item);
+    }
+    tell(handle, TVN_SELCHANGEDW, change);
+    return true;
+}
+
+namespace {
+
+// The selection must not stay where nobody sees it.
+void takeSelectionOut(HWND handle, HTREEITEM item)
+{
+    bool below = false;
+    {
+        const Look tree(handle);
+        if (!tree)
+            return;
+        const ItemIndex index = tree.items().find(item);
+        const ItemIndex selected = tree.items().find(tree->selected);
+        below = index != 0 && selected != index && tree.items().isWithin(selected, index);
+    }
+    if (below)
+        selectTreeItem(handle, item, TVC_UNKNOWN, Refusal::Ignored);
+}
+
+// False if it has no child, and so nothing to show.
+bool setExpanded(const Look& tree, ItemIndex index, bool expanded)
+{
+    Item& item = tree.items()[index];
+    if (expanded && item.firstChild == 0)
+        return false;
+    item.expanded = expanded;
+    item.expandedOnce = item.expandedOnce || expanded;
+    tree->log.folded(tree.items(), index);
+    tree.announce();
+    return true;
+}
+
+enum class Told { Yes, No };
+
+// True if the item is expanded, or collapsed, afterwards and wasn't before.
+bool fold(HWND handle, HTREEITEM item, bool expand, Told told)
+{
+    NMTREEVIEWW change = {};
+    change.action = static_cast<UINT>(expand ? TVE_EXPAND : TVE_COLLAPSE);
+    if (told == Told::Yes) {
+        {
+            const Look tree(handle);
+            if (!tree)
+                return false;
+            change.itemNew = recordOf(tree.state(), item);
+        }
+        if (tell(handle, TVN_ITEMEXPANDINGW, change) != 0)
+            return false;
+    }
+    if (!expand)
+        takeSelectionOut(handle, item);
+    {
+        const Look tree(handle);
+        const ItemIndex index = tree ? tree.items().find(item) : 0;
+        if (index == 0 || tree.items()[index].expanded == expand || !setExpanded(tree, index, expand))
+            return false;
+        change.itemNew = recordOf(tree.state(), item);
+    }
+    if (told == Told::Yes)
+        tell(handle, TVN_ITEMEXPANDEDW, change);
+    return true;
+}
+
+// The item itself, and all below it from the last to the first: none before what lies below it.
+std::vector<HTREEITEM> fromTheLeavesUp(const TreeItems& items, ItemIndex top)
+{
+    std::vector<HTREEITEM> handles;
+    for (ItemIndex at = top == 0 ? items.nextWithin(0, 0) : top; at != 0; at = items.nextWithin(at, top))
+        handles.push_back(items.handleOf(at));
+    std::ranges::reverse(handles);
+    return handles;
+}
+
+void remove(const Look& tree, ItemIndex index)
+{
+    TreeItems& items = tree.items();
+    if (items.isWithin(items.find(tree->selected), index))
+        tree->selected = nullptr;
+    tree->log.removing(items, index);
+    const ItemIndex parent = items[index].parent;
+    items.erase(index);
+    if (parent != 0 && items[parent].firstChild == 0) {
+        tree->log.updated(items, parent);
+        if (std::exchange(items[parent].expanded, false))
+            tree->log.folded(items, parent);
+    }
+    tree.announce();
+}
+
+// Each is told of while it is still there, then it goes.
+void removeTelling(HWND handle, const std::vector<HTREEITEM>& items)
+{
+    for (const HTREEITEM item : items) {
+        NMTREEVIEWW change = {};
+        {
+            const Look tree(handle);
+            if (!tree)
+                return;
+            if (tree.items().find(item) == 0)
+                continue;
+            change.itemOld = recordOf(tree.state(), item);
+        }
+        tell(handle, TVN_DELETEITEMW, change);
+        const Look tree(handle);
+        const ItemIndex index = tree ? tree.items().find(item) : 0;
+        if (index != 0)
+            remove(tree, index);
+    }
+}
+
+void removeChildren(HWND handle, HTREEITEM item)
+{
+    std::vector<HTREEITEM> below;
+    {
+        const Look tree(handle);
+        const ItemIndex index = tree ? tree.items().find(item) : 0;
+        if (index == 0)
+            return;
+        below = fromTheLeavesUp(tree.items(), index);
+        below.pop_back();
+        tree.items()[index].expandedOnce = false;
+    }
+    removeTelling(handle, below);
+}
+
+}  // namespace
+
+LRESULT foldByProgram(HWND handle, HTREEITEM item, WPARAM action)
+{
+    bool expanded = false;
+    Told told = Told::No;
+    {
+        const Look tree(handle);
+        const ItemIndex index = tree ? tree.items().find(item) : 0;
+        if (index == 0)
+            return FALSE;
+        expanded = tree.items()[index].expanded;
+        told = tree.items()[index].expandedOnce ? Told::No : Told::Yes;
+    }
+    const WPARAM direction = action & TVE_TOGGLE;
+    const bool expand = direction == TVE_EXPAND || (direction == TVE_TOGGLE && !expanded);
+    if (direction == 0)
+        return FALSE;
+    if (expand)
+        return expanded || fold(handle, item, true, told) ? TRUE : FALSE;
+    if (!expanded || !fold(handle, item, false, told))
+        return FALSE;
+    if (action & TVE_COLLAPSERESET)
+        removeChildren(handle, item);
+    return TRUE;
+}
+
+void foldByUser(HWND handle, HTREEITEM item, WPARAM action)
+{
+    bool expanded = false;
+    {
+        const Look tree(handle);
+        const ItemIndex index = tree ? tree.items().find(item) : 0;
+        if (index == 0 || !tree.items()[index].hasButton())
+            return;
+        expanded = tree.items()[index].expanded;
+    }
+    const bool expand = action == TVE_TOGGLE ? !expanded : action == TVE_EXPAND;
+    if (expand != expanded)
+        fold(handle, item, expand, Told::Yes);
+}
+
+BOOL deleteTreeItem(HWND handle, HTREEITEM item)
+{
+    const bool all = !item || item == TVI_ROOT;
+    HTREEITEM refuge = nullptr;
+    bool selectionGoes = false;
+    std::vector<HTREEITEM> going;
+    {
+        const Look tree(handle);
+        const ItemIndex index = tree && !all ? tree.items().find(item) : 0;
+        if (!tree || (!all && index == 0))
+            return FALSE;
+        const ItemIndex selected = tree.items().find(tree->selected);
+        selectionGoes = selected != 0 && tree.items().isWithin(selected, index);
+        const Item& top = tree.items()[index];
+        refuge = tree.items().handleOf(top.next != 0 ? top.next : top.previous != 0 ? top.previous : top.parent);
+        going = fromTheLeavesUp(tree.items(), index);
+    }
+    if (selectionGoes)
+        selectTreeItem(handle, refuge, TVC_UNKNOWN, Refusal::Ignored);
+    removeTelling(handle, going);
+    return TRUE;
+}
+
+}  // namespace platform::window

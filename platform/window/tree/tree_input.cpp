@@ -1,0 +1,301 @@
+// What the user does to a tree view: clicks and keys.
+#include "tree_control.h"
+#include "window/input.h"
+#include "window/notify.h"
+
+#include "text/case_folding.h"
+
+#include <algorithm>
+
+namespace platform::window {
+
+namespace {
+
+constexpr Clock::duration TypingPause = std::chrono::seconds(1);
+
+void notify(HWND handle, UINT code)
+{
+    NMHDR header = {};
+    header.code = code;
+    notifyParent(handle, header);
+}
+
+// The pointer stands where the user clicked, as far as a program can ask. False for what the user can't have seen.
+bool placePointer(HWND handle, HTREEITEM item, TreePart part)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    TreeViewState* tree = findTree(handle);
+    if (!tree || !takesInputOf(*window))
+        return false;
+    const ItemIndex index = tree->items.find(item);
+    if ((item && index == 0) || tree->items.nearestVisible(index) != index)
+        return false;
+    currentThread().pointer = pointOn(*window, *tree, index, part);
+    return true;
+}
+
+bool isOnItem(TreePart part)
+{
+    return part == TreePart::Label || part == TreePart::Icon;
+}
+
+// False if the parent wants nothing to follow.
+bool click(HWND handle, HTREEITEM item, TreePart part)
+{
+    NMHDR header = {};
+    header.code = NM_CLICK;
+    if (notifyParent(handle, header) != 0)
+        return false;
+    if (item && part == TreePart::Button)
+        foldByUser(handle, item, TVE_TOGGLE);
+    else if (item && isOnItem(part))
+        selectTreeItem(handle, item, TVC_BYMOUSE, Refusal::Possible);
+    return true;
+}
+
+// The second click of two. It is a click like any other, also where it meets another item than the first one.
+void doubleClick(HWND handle, HTREEITEM item, TreePart part)
+{
+    if (!click(handle, item, part))
+        return;
+    notify(handle, NM_DBLCLK);
+    if (isOnItem(part))
+        foldByUser(handle, item, TVE_TOGGLE);
+}
+
+HTREEITEM selectedIn(HWND handle)
+{
+    const Lock lock = lockCore();
+    const TreeViewState* tree = findTree(handle);
+    return tree ? tree->selected : nullptr;
+}
+
+HTREEITEM nextWithin(HWND handle, HTREEITEM item, HTREEITEM top)
+{
+    const Lock lock = lockCore();
+    const TreeViewState* tree = findTree(handle);
+    if (!tree)
+        return nullptr;
+    const ItemIndex index = tree->items.find(item);
+    const ItemIndex within = tree->items.find(top);
+    return index == 0 || within == 0 ? nullptr : tree->items.handleOf(tree->items.nextWithin(index, within));
+}
+
+// Items that come with an expansion are expanded in their turn.
+void expandAllBelow(HWND handle, HTREEITEM top)
+{
+    for (HTREEITEM at = top; at; at = nextWithin(handle, at, top))
+        foldByUser(handle, at, TVE_EXPAND);
+}
+
+ItemIndex manyRows(const TreeItems& items, ItemIndex from, int rows)
+{
+    for (; rows != 0; rows += rows > 0 ? -1 : 1) {
+        const ItemIndex next = rows > 0 ? items.nextVisible(from) : items.previousVisible(from);
+        if (next == 0)
+            break;
+        from = next;
+    }
+    return from;
+}
+
+// Where a key takes the selection; the item itself if nowhere.
+ItemIndex targetOf(const Window& window, const TreeViewState& tree, ItemIndex from, WPARAM key)
+{
+    const TreeItems& items = tree.items;
+    const int page = std::max(rowsInView(window) - 1, 1);
+    switch (key) {
+    case VK_HOME:
+        return items.firstVisible();
+    case VK_END:
+        return items.lastVisible();
+    case VK_UP:
+        return manyRows(items, from, -1);
+    case VK_DOWN:
+        return manyRows(items, from, 1);
+    case VK_PRIOR:
+        return manyRows(items, from, -page);
+    case VK_NEXT:
+        return manyRows(items, from, page);
+    case VK_BACK:
+    case VK_LEFT:
+        return items[from].parent != 0 ? items[from].parent : from;
+    case VK_RIGHT:
+        return items[from].expanded ? items[from].firstChild : from;
+    default:
+        return from;
+    }
+}
+
+void moveByKey(HWND handle, WPARAM key)
+{
+    HTREEITEM target = nullptr;
+    {
+        const Lock lock = lockCore();
+        const Window* window = findWindow(handle);
+        const TreeViewState* tree = findTree(handle);
+        if (!tree)
+            return;
+        const ItemIndex from = tree->items.find(tree->selected);
+        target = tree->items.handleOf(from != 0 ? targetOf(*window, *tree, from, key) : tree->items.firstVisible());
+    }
+    if (target)
+        selectTreeItem(handle, target, TVC_BYKEYBOARD, Refusal::Possible);
+}
+
+// True if the item is there to be folded in the key's direction.
+bool foldsByKey(HWND handle, HTREEITEM item, bool expand)
+{
+    const Lock lock = lockCore();
+    const TreeViewState* tree = findTree(handle);
+    const ItemIndex index = tree ? tree->items.find(item) : 0;
+    return index != 0 && tree->items[index].hasButton() && tree->items[index].expanded != expand;
+}
+
+void pressKey(HWND handle, WPARAM key)
+{
+    const HTREEITEM selected = selectedIn(handle);
+    switch (key) {
+    case VK_RETURN:
+        notify(handle, NM_RETURN);
+        return;
+    case VK_ADD:
+        foldByUser(handle, selected, TVE_EXPAND);
+        return;
+    case VK_SUBTRACT:
+        foldByUser(handle, selected, TVE_COLLAPSE);
+        return;
+    case VK_MULTIPLY:
+        expandAllBelow(handle, selected);
+        return;
+    case VK_LEFT:
+    case VK_RIGHT:
+        if (foldsByKey(handle, selected, key == VK_RIGHT)) {
+            foldByUser(handle, selected, TVE_TOGGLE);
+            return;
+        }
+        break;
+    case VK_HOME:
+    case VK_END:
+    case VK_UP:
+    case VK_DOWN:
+    case VK_PRIOR:
+    case VK_NEXT:
+    case VK_BACK:
+        break;
+    default:
+        return;
+    }
+    moveByKey(handle, key);
+}
+
+bool beginsWith(std::u16string_view text, std::u16string_view start)
+{
+    return text::compareWithoutCase(text.substr(0, start.size()), start) == 0;
+}
+
+// The next item that begins with what was typed, going round. One letter again and again goes from one to the next.
+HTREEITEM search(TreeViewState& tree)
+{
+    const TreeItems& items = tree.items;
+    const ItemIndex selected = items.find(tree.selected);
+    const bool oneLetter = tree.typed.find_first_not_of(tree.typed.front()) == std::u16string::npos;
+    const std::u16string_view start = oneLetter ? std::u16string_view(tree.typed).substr(0, 1) : tree.typed;
+    const ItemIndex first = selected == 0 ? items.firstVisible() : selected;
+    ItemIndex at = oneLetter && selected != 0 ? items.nextVisible(first) : first;
+    for (std::size_t step = 0; step <= items.count(); ++step) {
+        if (at == 0)
+            at = items.firstVisible();
+        if (at == 0 || beginsWith(items[at].text, start))
+            break;
+        at = items.nextVisible(at);
+    }
+    return at != 0 && beginsWith(items[at].text, start) ? items.handleOf(at) : nullptr;
+}
+
+// The key that a character stands for where no search is under way; 0 for a letter.
+WORD keyOf(char16_t character)
+{
+    switch (character) {
+    case u'+':
+        return VK_ADD;
+    case u'-':
+        return VK_SUBTRACT;
+    case u'*':
+        return VK_MULTIPLY;
+    default:
+        return 0;
+    }
+}
+
+void typeCharacter(HWND handle, char16_t character)
+{
+    HTREEITEM found = nullptr;
+    WORD key = 0;
+    {
+        const Lock lock = lockCore();
+        TreeViewState* tree = findTree(handle);
+        if (!tree || character < u' ')
+            return;
+        const Clock::time_point now = Clock::now();
+        if (now - tree->typedAt > TypingPause)
+            tree->typed.clear();
+        const bool searching = !tree->typed.empty();
+        key = searching ? WORD{0} : keyOf(character);
+        if (!key && (searching || character != u' ')) {
+            tree->typed += character;
+            tree->typedAt = now;
+            found = search(*tree);
+        }
+    }
+    if (key)
+        pressKey(handle, key);
+    else if (found)
+        selectTreeItem(handle, found, TVC_BYKEYBOARD, Refusal::Possible);
+}
+
+void tellKey(HWND handle, WPARAM key)
+{
+    NMTVKEYDOWN report = {};
+    report.hdr.code = TVN_KEYDOWN;
+    report.wVKey = static_cast<WORD>(key);
+    notifyParent(handle, report.hdr);
+}
+
+bool takesInputNow(HWND handle)
+{
+    const Lock lock = lockCore();
+    const Window* window = findWindow(handle);
+    return window && takesInputOf(*window);
+}
+
+}  // namespace
+
+LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == InputClick || message == InputDoubleClick) {
+        const auto item = wParam == ~WPARAM{0} ? nullptr : reinterpret_cast<HTREEITEM>(wParam);
+        const auto part = static_cast<TreePart>(lParam);
+        if (!placePointer(handle, item, part))
+            return 0;
+        if (message == InputClick)
+            (void)click(handle, item, part);
+        else
+            doubleClick(handle, item, part);
+        return 0;
+    }
+    if (!takesInputNow(handle))
+        return 0;
+    if (message == WM_CHAR) {
+        typeCharacter(handle, static_cast<char16_t>(wParam));
+        return 0;
+    }
+    tellKey(handle, wParam);
+    // With Ctrl the arrow keys scroll, which is the display's.
+    if (!(lParam & KeyWithControl))
+        pressKey(handle, wParam);
+    return 0;
+}
+
+}  // namespace platform::window

@@ -1,0 +1,135 @@
+// Where on the screen a tree's items stand.
+//
+// Rows have one height and begin at the item that is scrolled to the top. A display has rows of its own: these serve a
+// program that asks for the item at a point. They are looked at within one view alone, so nothing here costs more than
+// a view's rows, however many items there are.
+#include "tree_control.h"
+#include "window/image_lists.h"
+#include "window/window_geometry.h"
+
+#include <algorithm>
+
+namespace platform::window {
+
+namespace {
+
+constexpr int RowHeight = 16;
+constexpr int LevelWidth = 19;  // an indent, and the button in front of each item
+constexpr int CharacterWidth = 6;
+
+ItemIndex topOf(const TreeViewState& tree)
+{
+    const ItemIndex top = tree.items.nearestVisible(tree.items.find(tree.top));
+    return top != 0 ? top : tree.items.firstVisible();
+}
+
+// The item that many rows below the topmost; 0 below the last.
+ItemIndex itemInRow(const TreeViewState& tree, int row)
+{
+    ItemIndex at = topOf(tree);
+    for (; row > 0 && at != 0; --row)
+        at = tree.items.nextVisible(at);
+    return at;
+}
+
+// -1 if it isn't in view.
+int rowOf(const Window& window, const TreeViewState& tree, ItemIndex index)
+{
+    ItemIndex at = topOf(tree);
+    for (int row = 0; row < rowsInView(window) && at != 0; ++row, at = tree.items.nextVisible(at))
+        if (at == index)
+            return row;
+    return -1;
+}
+
+// Where the parts of an item begin and end, from the left.
+struct Parts {
+    int button;
+    int icon;
+    int label;
+    int right;
+};
+
+Parts partsOf(const TreeViewState& tree, ItemIndex index)
+{
+    Parts parts{};
+    parts.button = tree.items.levelOf(index) * LevelWidth;
+    parts.icon = parts.button + LevelWidth;
+    parts.label = parts.icon + imageSizeOf(tree.images).width;
+    parts.right = parts.label + std::max(static_cast<int>(tree.items[index].text.size()), 1) * CharacterWidth;
+    return parts;
+}
+
+UINT flagsAt(const Parts& parts, int x, bool hasButton)
+{
+    if (x < parts.button || (x < parts.icon && !hasButton))
+        return TVHT_ONITEMINDENT;
+    if (x < parts.icon)
+        return TVHT_ONITEMBUTTON;
+    if (x < parts.label)
+        return TVHT_ONITEMICON;
+    return x < parts.right ? TVHT_ONITEMLABEL : TVHT_ONITEMRIGHT;
+}
+
+int xOn(const Parts& parts, TreePart part)
+{
+    switch (part) {
+    case TreePart::Indent:
+        return parts.button / 2;
+    case TreePart::Button:
+        return parts.button + LevelWidth / 2;
+    case TreePart::Icon:
+        return parts.icon;
+    case TreePart::Right:
+        return parts.right + CharacterWidth;
+    default:
+        return parts.label;
+    }
+}
+
+}  // namespace
+
+int rowsInView(const Window& window)
+{
+    return std::max(static_cast<int>(window.place.bottom - window.place.top) / RowHeight, 1);
+}
+
+void bringIntoView(const Window& window, TreeViewState& tree, ItemIndex index)
+{
+    if (rowOf(window, tree, index) < 0)
+        tree.top = tree.items.handleOf(index);
+}
+
+POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePart part)
+{
+    POINT point{0, 0};
+    int row = 0;
+    if (index != 0) {
+        bringIntoView(window, tree, index);
+        row = rowOf(window, tree, index);
+        point.x = xOn(partsOf(tree, index), part);
+    } else {
+        while (row < rowsInView(window) && itemInRow(tree, row) != 0)
+            ++row;
+    }
+    point.y = row * RowHeight + RowHeight / 2;
+    const POINT origin = originOf(window);
+    return {point.x + origin.x, point.y + origin.y};
+}
+
+// A label may stand behind the right edge: it is hit there too, since the display shows it in its own way.
+ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit)
+{
+    hit.hItem = nullptr;
+    const int height = std::max(static_cast<int>(window.place.bottom - window.place.top), RowHeight);
+    hit.flags =
+        (hit.pt.y < 0 ? TVHT_ABOVE : 0) | (hit.pt.y >= height ? TVHT_BELOW : 0) | (hit.pt.x < 0 ? TVHT_TOLEFT : 0);
+    if (hit.flags != 0)
+        return 0;
+    const ItemIndex index = itemInRow(tree, hit.pt.y / RowHeight);
+    hit.hItem = tree.items.handleOf(index);
+    hit.flags = index == 0 ? TVHT_NOWHERE : flagsAt(partsOf(tree, index), hit.pt.x, tree.items[index].hasButton());
+    return index;
+}
+
+}  // namespace platform::window
