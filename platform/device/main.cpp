@@ -5,10 +5,10 @@
 
 #include "headless/script_run.h"
 #include "kernel/standard_streams.h"
-#include "qt/second_start.h"
-#include "qt/window_module.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
+#include "start/second_start.h"
+#include "start/window_module.h"
 #include "text/host_name.h"
 
 #include "ce/dialog.h"

@@ -1,10 +1,9 @@
 // run_with_window.cpp - the entry point of the window module.
 
-#include "qt_display.h"
-
 #include "farewell.h"
 #include "plain_style.h"
 #include "screen.h"
+#include "start/window_module.h"
 
 #include <QApplication>
 
@@ -19,6 +18,8 @@
 namespace {
 
 using namespace platform::qt;
+using platform::display::WindowDesktopLost;
+using platform::display::WindowNoDesktop;
 
 // The toolkit ends the process by itself, without a way back, if it can't open the desktop or loses it. What
 // is to be done then needs to know how far the start has come.

@@ -1,6 +1,4 @@
-// second_start.cpp - one device, one window: a second start brings the first one's window to the front.
-
-#include "qt/second_start.h"
+#include "start/second_start.h"
 
 #include "host/descriptor.h"
 
@@ -29,13 +27,14 @@ namespace {
 
 using host::Descriptor;
 
-// A connection is the wish for the front; the answer is one byte.
+// A request has no content: the connection is the request. The answer is this byte.
 constexpr std::uint8_t Granted = 1;
 
-constexpr timeval Patience{.tv_sec = 5, .tv_usec = 0};
+// For each send and receive, so that a stopped process can't block another one for ever.
+constexpr timeval SocketTimeout{.tv_sec = 5, .tv_usec = 0};
 
-// Nobody but the user may stand in it.
-bool isOwnFolder(const std::string& folder)
+// Only this user may have access to it: otherwise another user could create the socket.
+bool isPrivateFolder(const std::string& folder)
 {
     struct stat status {};
     return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::getuid() &&
@@ -45,23 +44,23 @@ bool isOwnFolder(const std::string& folder)
 std::optional<std::string> runtimeFolder()
 {
     // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment
-    if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder && *folder == '/' && isOwnFolder(folder))
+    if (const char* folder = std::getenv("XDG_RUNTIME_DIR"); folder && *folder == '/' && isPrivateFolder(folder))
         return folder;
     std::string own = "/tmp/quillbox-" + std::to_string(::getuid());
-    (void)::mkdir(own.c_str(), S_IRWXU);  // exists already? The check decides.
-    if (!isOwnFolder(own))
+    (void)::mkdir(own.c_str(), S_IRWXU);  // It may exist already. The check below decides.
+    if (!isPrivateFolder(own))
         return std::nullopt;
     return own;
 }
 
-// The same for every way to write the folder's name, on every start.
+// FNV-1a over the canonical path, so that each spelling of the folder's name gives the same result.
 std::string hashOf(const std::filesystem::path& folder)
 {
     std::error_code error;
     std::filesystem::path whole = std::filesystem::canonical(folder, error);
     if (error)
         whole = folder;
-    std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
+    std::uint64_t hash = 0xCBF29CE484222325;
     for (const char byte : whole.native())
         hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
     std::array<char, 17> text{};
@@ -88,10 +87,10 @@ Descriptor openSocket()
     return Descriptor(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
 }
 
-void limitPatience(const Descriptor& socket)
+void setTimeouts(const Descriptor& socket)
 {
-    (void)::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &Patience, sizeof Patience);
-    (void)::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &Patience, sizeof Patience);
+    (void)::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &SocketTimeout, sizeof SocketTimeout);
+    (void)::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &SocketTimeout, sizeof SocketTimeout);
 }
 
 const sockaddr* generic(const sockaddr_un& address)
@@ -99,8 +98,8 @@ const sockaddr* generic(const sockaddr_un& address)
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
-// Not there yet? Then it is about to come to the front by itself.
-void comeToFront()
+// A window that doesn't exist yet will be in front when it is created.
+void bringWindowToFront()
 {
     if (const HWND window = ::FindWindowW(nullptr, nullptr))
         ::SetForegroundWindow(window);
@@ -138,8 +137,8 @@ private:
 
     static void answer(const Descriptor& peer)
     {
-        limitPatience(peer);
-        comeToFront();
+        setTimeouts(peer);
+        bringWindowToFront();
         (void)::send(peer.get(), &Granted, sizeof Granted, MSG_NOSIGNAL);
     }
 
@@ -171,7 +170,7 @@ bool bringFirstStartToFront(const std::filesystem::path& deviceFolder)
     const Descriptor socket = openSocket();
     if (!address || !socket || ::connect(socket.get(), generic(*address), sizeof *address) != 0)
         return false;
-    limitPatience(socket);
+    setTimeouts(socket);
     std::uint8_t answer = 0;
     return ::recv(socket.get(), &answer, sizeof answer, 0) == static_cast<ssize_t>(sizeof answer) && answer == Granted;
 }

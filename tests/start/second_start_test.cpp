@@ -1,6 +1,6 @@
 // second_start_test.cpp - a second start finds the first one's window and nobody else's.
 
-#include "qt/second_start.h"
+#include "start/second_start.h"
 #include "window/display.h"
 
 #include "ce/window.h"

@@ -1,8 +1,4 @@
-// window_module.cpp - loads the window module beside the program.
-
-#include "qt/window_module.h"
-
-#include "qt_display.h"
+#include "start/window_module.h"
 
 #include <dlfcn.h>
 
@@ -18,7 +14,7 @@ namespace {
 constexpr const char* ModuleFile = "quillbox/quillbox-window.so";
 constexpr const char* EntryPoint = "quillboxRunWithWindow";
 
-// bin/ and lib/ stand side by side where it is installed and where it is built.
+// bin/ and lib/ have the same parent folder, both in a build and in an installation.
 std::filesystem::path modulePath()
 {
     std::error_code error;
@@ -30,11 +26,11 @@ std::filesystem::path modulePath()
 
 int runWithWindow(const std::function<int()>& program)
 {
-    // Never unloaded: the toolkit's threads and exit handlers lie in it.
+    // Never unloaded, because the toolkit's threads and exit handlers are in it.
     void* module = dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     void* entry = module ? dlsym(module, EntryPoint) : nullptr;
     if (!entry) {
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): its message is this thread's
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): dlerror() keeps its message per thread
         std::cerr << "quillbox: its window can't be loaded: " << dlerror() << "\n"
                   << "With --script it works without one.\n";
         return WindowNoDesktop;
