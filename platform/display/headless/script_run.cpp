@@ -2,8 +2,8 @@
 
 #include "headless/script_run.h"
 
-#include "screen.h"
 #include "script.h"
+#include "script_screen.h"
 #include "script_user.h"
 #include "transcript.h"
 
@@ -47,7 +47,7 @@ int runScript(const std::function<int()>& program, std::istream& in, const Scrip
 
     Transcript transcript(options.transcript);
     // Shared with the program's thread, which outlives this call if it can't be made to end.
-    const auto screen = std::make_shared<Screen>(transcript);
+    const auto screen = std::make_shared<ScriptScreen>(transcript);
     window::setDisplay(screen.get());
     std::thread thread([screen, program] {
         screen->programBegins();

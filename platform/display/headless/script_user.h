@@ -2,8 +2,8 @@
 #pragma once
 
 #include "headless/script_run.h"
-#include "screen.h"
 #include "script.h"
+#include "script_screen.h"
 #include "tree_control/tree_display.h"
 
 #include <chrono>
@@ -20,7 +20,7 @@ using Failure = std::optional<std::string>;
 
 class ScriptUser {
 public:
-    ScriptUser(Screen& screen, Transcript& transcript, const ScriptOptions& options)
+    ScriptUser(ScriptScreen& screen, Transcript& transcript, const ScriptOptions& options)
         : screen_(screen), transcript_(transcript), options_(options)
     {
     }
@@ -73,7 +73,7 @@ private:
     [[nodiscard]] std::string onTheScreen() const;
     [[nodiscard]] std::string everythingOnTheScreen() const;  // the progress windows too
 
-    Screen& screen_;
+    ScriptScreen& screen_;
     Transcript& transcript_;
     const ScriptOptions& options_;
     std::vector<Action> standingAnswers_;

@@ -1,8 +1,7 @@
 // button_views.cpp - push buttons, check boxes, radio buttons, group boxes.
 
-#include "button_views.h"
-
 #include "ce/controls.h"
+#include "view_makers.h"
 
 #include <QCheckBox>
 #include <QGroupBox>

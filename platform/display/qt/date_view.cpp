@@ -1,9 +1,8 @@
 // date_view.cpp - a date picker: the desktop's date edit with its calendar.
 
-#include "date_view.h"
-
 #include "controls/date_display.h"
 #include "keys.h"
+#include "view_makers.h"
 
 #include "ce/window.h"
 

@@ -2,9 +2,9 @@
 
 #include "dialog_view.h"
 
-#include "focus_outline.h"
 #include "header_bar.h"
 #include "keys.h"
+#include "plain_style.h"
 
 #include "ce/controls.h"
 #include "ce/dialog.h"

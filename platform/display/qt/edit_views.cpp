@@ -1,8 +1,7 @@
 // edit_views.cpp - edit controls, with one line or many.
 
-#include "edit_views.h"
-
 #include "focus_outline.h"
+#include "view_makers.h"
 
 #include "ce/controls.h"
 

@@ -1,19 +1,11 @@
-// focus_outline.cpp - a line around the widget that has the keyboard.
-
 #include "focus_outline.h"
+
+#include "plain_style.h"
 
 #include <QEvent>
 #include <QPainter>
 
 namespace platform::qt {
-
-void drawOutline(QPainter& painter, const QRect& rect, const QColor& color)
-{
-    painter.fillRect(rect.x(), rect.y(), rect.width(), 1, color);
-    painter.fillRect(rect.x(), rect.bottom(), rect.width(), 1, color);
-    painter.fillRect(rect.x(), rect.y(), 1, rect.height(), color);
-    painter.fillRect(rect.right(), rect.y(), 1, rect.height(), color);
-}
 
 FocusOutline::FocusOutline(QWidget* target) : QWidget(target)
 {

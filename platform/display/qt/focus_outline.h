@@ -1,14 +1,11 @@
-// focus_outline.h - a line around the widget that has the keyboard, for those whose style draws none.
+// focus_outline.h - a line around the widget that has the focus, for widgets whose style draws none.
 #pragma once
 
 #include <QWidget>
 
 namespace platform::qt {
 
-// Shows itself around `target`, its parent, while that has the focus.
-// Inside of the rectangle, one pixel wide; whole on a screen with half pixels too, where a pen's line can vanish.
-void drawOutline(QPainter& painter, const QRect& rect, const QColor& color);
-
+// Covers its parent, `target`, and is visible while that has the focus.
 class FocusOutline final : public QWidget {
 public:
     explicit FocusOutline(QWidget* target);

@@ -1,10 +1,8 @@
 // list_view.cpp - a list box. The rows, the selection and the row that has the keyboard are the core's.
 
-#include "list_view.h"
-
 #include "focus_outline.h"
 #include "keys.h"
-#include "long_words.h"
+#include "view_makers.h"
 
 #include "ce/controls.h"
 #include "controls/list_display.h"

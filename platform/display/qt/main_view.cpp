@@ -1,10 +1,9 @@
 // main_view.cpp - the program's main window: its bands, and below them its one other child.
 
-#include "main_view.h"
-
 #include "band_bar.h"
 #include "dialog_units.h"
 #include "pictures.h"
+#include "view_makers.h"
 
 #include <QCloseEvent>
 #include <QMainWindow>

@@ -1,8 +1,6 @@
 // message_view.cpp - a message box of the core as the desktop's own.
 
-#include "message_view.h"
-
-#include "long_words.h"
+#include "view_makers.h"
 
 #include "ce/dialog.h"
 

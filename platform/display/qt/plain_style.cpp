@@ -1,10 +1,7 @@
-// plain_style.cpp - the toolkit's own style, for desktops that bring none, made fit for dark colours and large fonts.
-
 #include "plain_style.h"
 
-#include "focus_outline.h"
-
 #include <QApplication>
+#include <QPainter>
 #include <QProxyStyle>
 #include <QStyleOption>
 #include <QWidget>
@@ -113,6 +110,14 @@ public:
 };
 
 }  // namespace
+
+void drawOutline(QPainter& painter, const QRect& rect, const QColor& color)
+{
+    painter.fillRect(rect.x(), rect.y(), rect.width(), 1, color);
+    painter.fillRect(rect.x(), rect.bottom(), rect.width(), 1, color);
+    painter.fillRect(rect.x(), rect.y(), 1, rect.height(), color);
+    painter.fillRect(rect.right(), rect.y(), 1, rect.height(), color);
+}
 
 void usePlainStyle()
 {

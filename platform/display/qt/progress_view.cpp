@@ -1,7 +1,6 @@
 // progress_view.cpp - a progress bar.
 
-#include "progress_view.h"
-
+#include "view_makers.h"
 #include <QProgressBar>
 
 namespace platform::qt {

@@ -2,10 +2,8 @@
 
 #include "screen.h"
 
-#include "control_views.h"
 #include "dialog_view.h"
-#include "main_view.h"
-#include "message_view.h"
+#include "view_makers.h"
 
 #include "ce/window.h"
 
@@ -46,6 +44,14 @@ bool isAlive(HWND window)
 {
     WindowState state;
     return window::readWindow(window, state);
+}
+
+// Applies the states that every kind of control has, then those of its kind.
+void followControl(View& view, const window::WindowState& state, Changes changes)
+{
+    view.widget().setEnabled(state.enabled);
+    view.follow(state, changes);
+    view.widget().setVisible(state.visible);
 }
 
 }  // namespace

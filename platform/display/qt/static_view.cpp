@@ -1,8 +1,7 @@
 // static_view.cpp - a text or an icon that takes no input.
 
-#include "static_view.h"
-
 #include "pictures.h"
+#include "view_makers.h"
 
 #include "ce/controls.h"
 

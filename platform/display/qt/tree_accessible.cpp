@@ -1,8 +1,7 @@
 // tree_accessible.cpp - the tree of the main window as a screen reader meets it.
 
-#include "tree_accessible.h"
-
 #include "tree_items_model.h"
+#include "view_makers.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>

@@ -1,11 +1,9 @@
 // tree_view.cpp - the tree of the main window. What is selected, marked and expanded is the core's.
 
-#include "tree_view.h"
-
 #include "focus_outline.h"
 #include "keys.h"
-#include "tree_accessible.h"
 #include "tree_items_model.h"
+#include "view_makers.h"
 
 #include "ce/window.h"
 

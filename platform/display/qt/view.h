@@ -6,7 +6,7 @@
 
 #include "change_batch.h"
 #include "courier.h"
-#include "text/host_name.h"
+#include "shown_text.h"
 #include "window/display.h"
 
 #include <QRect>
@@ -44,32 +44,5 @@ private:
     HWND window_;
     const Courier& courier_;
 };
-
-// As it is: for what the user can change and send back.
-[[nodiscard]] inline QString toQtUnchanged(const std::u16string& text)
-{
-    return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-// For eyes: names as the host has them.
-[[nodiscard]] inline QString toQt(const std::u16string& text)
-{
-    return toQtUnchanged(platform::text::toShown(text));
-}
-
-// For a row: a line break in a name must not make a second line.
-[[nodiscard]] inline QString toQtLine(const std::u16string& text)
-{
-    QString line = toQt(text);
-    for (QChar& character : line)
-        if (character < u' ')
-            character = QChar(static_cast<char16_t>(u'\u2400' + character.unicode()));
-    return line;
-}
-
-[[nodiscard]] inline std::u16string fromQt(const QString& text)
-{
-    return text.toStdU16String();
-}
 
 }  // namespace platform::qt

@@ -19,7 +19,6 @@
 #include <string>
 #include <system_error>
 #include <thread>
-#include <utility>
 
 namespace platform::display {
 

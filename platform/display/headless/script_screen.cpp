@@ -1,6 +1,4 @@
-// screen.cpp - the display without a screen: notes what changes, and answers what a user would see.
-
-#include "screen.h"
+#include "script_screen.h"
 
 #include "reading.h"
 #include "snapshot.h"
@@ -36,7 +34,7 @@ bool wakes(Change change)
 
 }  // namespace
 
-void Screen::changed(HWND window, Change change)
+void ScriptScreen::changed(HWND window, Change change)
 {
     if (change == Change::Created)
         noteCreated(window);
@@ -55,7 +53,7 @@ void Screen::changed(HWND window, Change change)
     more_.notify_all();
 }
 
-void Screen::textChanged(HWND window, std::u16string_view text)
+void ScriptScreen::textChanged(HWND window, std::u16string_view text)
 {
     if (!transcript_.isWanted())
         return;
@@ -72,12 +70,12 @@ void Screen::textChanged(HWND window, std::u16string_view text)
     }
 }
 
-void Screen::programBegins()
+void ScriptScreen::programBegins()
 {
     isProgramThread = true;
 }
 
-void Screen::programEnded()
+void ScriptScreen::programEnded()
 {
     {
         const std::lock_guard guard(mutex_);
@@ -87,19 +85,19 @@ void Screen::programEnded()
     more_.notify_all();
 }
 
-bool Screen::hasEnded() const
+bool ScriptScreen::hasEnded() const
 {
     const std::lock_guard guard(mutex_);
     return ended_;
 }
 
-std::uint64_t Screen::changes() const
+std::uint64_t ScriptScreen::changes() const
 {
     const std::lock_guard guard(mutex_);
     return changes_;
 }
 
-void Screen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const
+void ScriptScreen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const
 {
     std::unique_lock lock(mutex_);
     const auto isMore = [&] { return changes_ != seen; };
@@ -109,7 +107,7 @@ void Screen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_c
         more_.wait(lock, isMore);
 }
 
-std::optional<WindowState> Screen::top() const
+std::optional<WindowState> ScriptScreen::top() const
 {
     for (const HWND window : window::topLevelWindows()) {
         WindowState state;
@@ -119,7 +117,7 @@ std::optional<WindowState> Screen::top() const
     return std::nullopt;
 }
 
-std::vector<WindowState> Screen::progressWindows() const
+std::vector<WindowState> ScriptScreen::progressWindows() const
 {
     std::vector<WindowState> windows;
     for (const HWND window : window::topLevelWindows()) {
@@ -130,7 +128,7 @@ std::vector<WindowState> Screen::progressWindows() const
     return windows;
 }
 
-bool Screen::programRests() const
+bool ScriptScreen::programRests() const
 {
     HWND any = nullptr;
     {
@@ -140,7 +138,7 @@ bool Screen::programRests() const
     return any && window::takesInput(any);
 }
 
-void Screen::noteCreated(HWND window)
+void ScriptScreen::noteCreated(HWND window)
 {
     const std::optional<Snapshot> snapshot = isProgramThread ? snapshotUnderLock(window) : std::nullopt;
     const std::lock_guard guard(mutex_);
@@ -150,7 +148,7 @@ void Screen::noteCreated(HWND window)
     programThread_ = snapshot->window.thread;
 }
 
-void Screen::noteShown(HWND window)
+void ScriptScreen::noteShown(HWND window)
 {
     const std::optional<Snapshot> snapshot = snapshotUnderLock(window);
     if (!snapshot || (snapshot->window.style & WS_CHILD) != 0)
@@ -184,7 +182,7 @@ void Screen::noteShown(HWND window)
     shown_[window] = std::move(shown);
 }
 
-void Screen::noteGone(HWND window)
+void ScriptScreen::noteGone(HWND window)
 {
     const auto found = shown_.find(window);
     if (found == shown_.end())
@@ -193,7 +191,7 @@ void Screen::noteGone(HWND window)
     shown_.erase(found);
 }
 
-bool Screen::isOfProgram(const WindowState& state) const
+bool ScriptScreen::isOfProgram(const WindowState& state) const
 {
     const std::lock_guard guard(mutex_);
     return state.thread == programThread_;

@@ -1,4 +1,4 @@
-// screen.h - the display without a screen: notes what changes, and answers what a user would see.
+// script_screen.h - the display without a screen: notes what changes, and answers what a user would see.
 //
 // The core calls it under its lock; the script's thread asks and waits. No polling: each change that may
 // make an action possible wakes the waiting thread.
@@ -17,9 +17,9 @@
 
 namespace platform::headless {
 
-class Screen final : public window::Display {
+class ScriptScreen final : public window::Display {
 public:
-    explicit Screen(Transcript& transcript) : transcript_(transcript) {}
+    explicit ScriptScreen(Transcript& transcript) : transcript_(transcript) {}
 
     void changed(HWND window, window::Change change) override;
     void textChanged(HWND window, std::u16string_view text) override;

@@ -1,6 +1,6 @@
-// long_words.cpp - texts with words that are wider than a line.
+#include "shown_text.h"
 
-#include "long_words.h"
+#include "text/host_name.h"
 
 #include <QRegularExpression>
 #include <QTextBoundaryFinder>
@@ -9,13 +9,13 @@ namespace platform::qt {
 
 namespace {
 
-// A word that is wider than a fifth of the screen may be broken, at places a twentieth of it apart.
+// A word that is wider than a fifth of the screen may break, after each twentieth of the screen's width.
 constexpr int LongWords = 5;
 constexpr int Pieces = 20;
 
-constexpr QChar MayBreak(u'\u200B');  // nothing of it is seen
+constexpr QChar MayBreak(u'\u200B');  // zero width space
 
-// Between characters as a reader knows them.
+// Breaks only between grapheme clusters, so that a letter keeps its accents.
 QString inPieces(const QString& word, const QFontMetrics& metrics, int widest)
 {
     QTextBoundaryFinder boundaries(QTextBoundaryFinder::Grapheme, word);
@@ -35,6 +35,32 @@ QString inPieces(const QString& word, const QFontMetrics& metrics, int widest)
 }
 
 }  // namespace
+
+QString toQtUnchanged(const std::u16string& text)
+{
+    return QString::fromStdU16String(text);
+}
+
+std::u16string fromQt(const QString& text)
+{
+    return text.toStdU16String();
+}
+
+QString toQt(const std::u16string& text)
+{
+    return toQtUnchanged(platform::text::toShown(text));
+}
+
+QString toQtLine(const std::u16string& text)
+{
+    constexpr char16_t ControlPictures = 0x2400;
+    QString line = toQt(text);
+    for (QChar& character : line) {
+        if (character < u' ')
+            character = QChar(static_cast<char16_t>(ControlPictures + character.unicode()));
+    }
+    return line;
+}
 
 QString breakable(const QString& text, const QFontMetrics& metrics, int screenWidth)
 {

@@ -1,14 +1,4 @@
-// control_views.cpp - a widget for each kind of control.
-
-#include "control_views.h"
-
-#include "button_views.h"
-#include "date_view.h"
-#include "edit_views.h"
-#include "list_view.h"
-#include "progress_view.h"
-#include "static_view.h"
-#include "tree_view.h"
+#include "view_makers.h"
 
 namespace platform::qt {
 
@@ -32,13 +22,6 @@ View* makeControlView(const window::WindowState& state, const Courier& courier, 
     default:
         return nullptr;
     }
-}
-
-void followControl(View& view, const window::WindowState& state, Changes changes)
-{
-    view.widget().setEnabled(state.enabled);
-    view.follow(state, changes);
-    view.widget().setVisible(state.visible);
 }
 
 }  // namespace platform::qt

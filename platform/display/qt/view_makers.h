@@ -1,0 +1,32 @@
+// view_makers.h - makes the view of each kind of window. The source of each kind defines its maker.
+//
+// `parent` and `owner` delete the widget of the view together with their own.
+#pragma once
+
+#include "top_view.h"
+#include "view.h"
+
+namespace platform::qt {
+
+// By the kind of the control. Null for a kind that isn't shown.
+View* makeControlView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+
+// Push buttons, check boxes, radio buttons and group boxes, by the window's style.
+View* makeButtonView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeDateView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+// One line or many, by the window's style.
+View* makeEditView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeListView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeProgressView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+// A text or an icon.
+View* makeStaticView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeTreeView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+
+TopView* makeMainView(const window::WindowState& state, const Courier& courier);
+TopView* makeMessageView(const window::WindowState& state, const Courier& courier, QWidget* owner);
+
+// tree_accessible.cpp: shows screen readers each tree view with a TreeItemsModel as a tree whose items can be
+// partly marked. Repeated calls change nothing.
+void useTreeAccessible();
+
+}  // namespace platform::qt
