@@ -3,7 +3,8 @@
 #include "tree_items_model.h"
 
 #include "pictures.h"
-#include "view.h"
+#include "resources/accessible_names.h"
+#include "shown_text.h"
 
 #include <algorithm>
 #include <iterator>
@@ -14,16 +15,20 @@ namespace {
 
 using window::TreeItemState;
 
-// The names of the pictures say what is marked; those of what can't be marked say nothing of the kind.
-std::optional<Qt::CheckState> markIn(const QString& picture)
+// Invalid for an item that can't be marked.
+QVariant checkStateOf(quillbox::ShownMark mark)
 {
-    if (picture.endsWith(u"not marked") || picture.endsWith(u"nothing marked"))
+    switch (mark) {
+    case quillbox::ShownMark::Unmarked:
         return Qt::Unchecked;
-    if (picture.endsWith(u"some marked"))
+    case quillbox::ShownMark::PartlyMarked:
         return Qt::PartiallyChecked;
-    if (picture == u"marked" || picture.endsWith(u", marked"))
+    case quillbox::ShownMark::Marked:
         return Qt::Checked;
-    return std::nullopt;
+    case quillbox::ShownMark::None:
+        break;
+    }
+    return {};
 }
 
 }  // namespace
@@ -107,10 +112,8 @@ QVariant TreeItemsModel::data(const QModelIndex& index, int role) const
     case Qt::AccessibleDescriptionRole:
         return pictureName(pictures_.bitmapId, state.image);
     default:
-        break;
+        return checkStateOf(quillbox::shownMark(pictures_.bitmapId, state.image));
     }
-    const auto mark = markIn(pictureName(pictures_.bitmapId, state.image));
-    return mark ? QVariant(*mark) : QVariant();
 }
 
 Qt::ItemFlags TreeItemsModel::flags(const QModelIndex& index) const

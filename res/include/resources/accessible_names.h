@@ -1,5 +1,6 @@
-// accessible_names.h - what a screen reader says of pictures that carry a meaning: the toolbar's buttons and
-// the tree's images, by the number of their bitmap and their cell in it. The program's own texts have none.
+// accessible_names.h - the meaning of the pictures, for screen readers: the buttons of the toolbar and the images of
+// the tree. A picture is named by the number of its bitmap and its cell in that. The program itself has no texts for
+// them.
 #pragma once
 
 #include <array>
@@ -8,30 +9,39 @@
 
 namespace quillbox {
 
+// The check state that an image of the tree shows.
+enum class ShownMark {
+    None,  // a toolbar button, or an item that can't be marked
+    Unmarked,
+    PartlyMarked,
+    Marked,
+};
+
 struct AccessibleName {
     std::uint16_t bitmap;
     int cell;
     std::u16string_view text;
+    ShownMark mark = ShownMark::None;
 };
 
 inline constexpr std::array<AccessibleName, 23> AccessibleNames = {{
-    {101, 0, u"nothing marked"},
-    {101, 1, u"some marked"},
-    {101, 2, u"nothing marked"},
-    {101, 3, u"some marked"},
-    {101, 4, u"nothing marked"},
-    {101, 5, u"some marked"},
-    {101, 6, u"file, not marked"},
-    {101, 7, u"file, marked"},
+    {101, 0, u"nothing marked", ShownMark::Unmarked},
+    {101, 1, u"some marked", ShownMark::PartlyMarked},
+    {101, 2, u"nothing marked", ShownMark::Unmarked},
+    {101, 3, u"some marked", ShownMark::PartlyMarked},
+    {101, 4, u"nothing marked", ShownMark::Unmarked},
+    {101, 5, u"some marked", ShownMark::PartlyMarked},
+    {101, 6, u"file, not marked", ShownMark::Unmarked},
+    {101, 7, u"file, marked", ShownMark::Marked},
     {101, 8, u"file in ROM, can't be marked"},
-    {101, 9, u"folder, nothing marked"},
-    {101, 10, u"folder, some marked"},
-    {101, 11, u"database, not marked"},
-    {101, 12, u"database, marked"},
-    {101, 13, u"folder, not marked"},
-    {101, 14, u"folder, marked"},
-    {101, 15, u"not marked"},
-    {101, 16, u"marked"},
+    {101, 9, u"folder, nothing marked", ShownMark::Unmarked},
+    {101, 10, u"folder, some marked", ShownMark::PartlyMarked},
+    {101, 11, u"database, not marked", ShownMark::Unmarked},
+    {101, 12, u"database, marked", ShownMark::Marked},
+    {101, 13, u"folder, not marked", ShownMark::Unmarked},
+    {101, 14, u"folder, marked", ShownMark::Marked},
+    {101, 15, u"not marked", ShownMark::Unmarked},
+    {101, 16, u"marked", ShownMark::Marked},
     {101, 17, u"device"},
     {106, 0, u"Mark"},
     {106, 1, u"Unmark"},
@@ -40,14 +50,24 @@ inline constexpr std::array<AccessibleName, 23> AccessibleNames = {{
     {106, 4, u"Options"},
 }};
 
-// Empty if the cell has no name.
-[[nodiscard]] constexpr std::u16string_view accessibleName(std::uint16_t bitmap, int cell)
+// An empty name without a mark if the cell has none.
+[[nodiscard]] constexpr AccessibleName findAccessibleName(std::uint16_t bitmap, int cell)
 {
     for (const AccessibleName& name : AccessibleNames) {
         if (name.bitmap == bitmap && name.cell == cell)
-            return name.text;
+            return name;
     }
-    return {};
+    return {bitmap, cell, {}};
+}
+
+[[nodiscard]] constexpr std::u16string_view accessibleName(std::uint16_t bitmap, int cell)
+{
+    return findAccessibleName(bitmap, cell).text;
+}
+
+[[nodiscard]] constexpr ShownMark shownMark(std::uint16_t bitmap, int cell)
+{
+    return findAccessibleName(bitmap, cell).mark;
 }
 
 }  // namespace quillbox
