@@ -55,7 +55,7 @@ int runScript(const std::function<int()>& program, std::istream& in, const Scrip
         screen->programEnded();
     });
 
-    ScriptUser user(*screen, transcript, options);
+    ScriptUser user(*screen, transcript, options.timeout, options.output);
     const std::string failure = performAll(user, script);
     if (!failure.empty())
         complain(options, failure);

@@ -118,8 +118,8 @@ bool ScriptUser::leave()
 Failure ScriptUser::await(std::string_view expected, const Condition& isSo,
                           std::optional<steady_clock::duration> atMost)
 {
-    const bool forEver = !atMost && options_.timeout == std::chrono::milliseconds::zero();
-    steady_clock::duration patience = options_.timeout;
+    const bool forEver = !atMost && timeout_ == std::chrono::milliseconds::zero();
+    steady_clock::duration patience = timeout_;
     if (atMost && (patience == steady_clock::duration::zero() || *atMost < patience))
         patience = *atMost;
     for (;;) {
@@ -314,11 +314,11 @@ Failure ScriptUser::print(const Action& action)
         control = findShownControl(action.id);
         return control.has_value();
     });
-    if (failure || !options_.output)
+    if (failure || !output_)
         return failure;
     for (const std::u16string& line : linesOf(*control))
-        *options_.output << text::toUtf8(line) << '\n';
-    options_.output->flush();
+        *output_ << text::toUtf8(line) << '\n';
+    output_->flush();
     return std::nullopt;
 }
 
@@ -326,8 +326,8 @@ Failure ScriptUser::printText()
 {
     Failure failure = await("a window", [] { return true; });
     const std::optional<Snapshot> shown = snapshotOf(top_.window);
-    if (!failure && shown && options_.output)
-        *options_.output << text::toUtf8(textOf(*shown)) << std::endl;
+    if (!failure && shown && output_)
+        *output_ << text::toUtf8(textOf(*shown)) << std::endl;
     return failure;
 }
 

@@ -1,7 +1,6 @@
 // script_user.h - the user that a script describes: does one action after the other on the screen.
 #pragma once
 
-#include "headless/script_run.h"
 #include "script.h"
 #include "script_screen.h"
 #include "tree_control/tree_display.h"
@@ -9,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <initializer_list>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,8 +20,10 @@ using Failure = std::optional<std::string>;
 
 class ScriptUser {
 public:
-    ScriptUser(ScriptScreen& screen, Transcript& transcript, const ScriptOptions& options)
-        : screen_(screen), transcript_(transcript), options_(options)
+    // `timeout`: how long an action may wait until it can be done, zero for no limit.
+    // `output`: for what `print` writes, or null.
+    ScriptUser(ScriptScreen& screen, Transcript& transcript, std::chrono::milliseconds timeout, std::ostream* output)
+        : screen_(screen), transcript_(transcript), timeout_(timeout), output_(output)
     {
     }
 
@@ -75,7 +77,8 @@ private:
 
     ScriptScreen& screen_;
     Transcript& transcript_;
-    const ScriptOptions& options_;
+    std::chrono::milliseconds timeout_;
+    std::ostream* output_;
     std::vector<Action> standingAnswers_;
     std::string waitingLine_;  // for the transcript, until the program rests
     HWND answered_ = nullptr;  // the message box that got the last standing answer

@@ -124,11 +124,11 @@ Failure ScriptUser::printTree()
         tree = findTree(top_.window);
         return tree != nullptr;
     });
-    if (failure || !options_.output)
+    if (failure || !output_)
         return failure;
     for (const std::u16string& line : linesOfTree(tree))
-        *options_.output << text::toUtf8(onOneLine(line)) << '\n';
-    options_.output->flush();
+        *output_ << text::toUtf8(onOneLine(line)) << '\n';
+    output_->flush();
     return std::nullopt;
 }
 
