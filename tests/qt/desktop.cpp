@@ -1,17 +1,17 @@
-// desktop.cpp - the real program in its real windows, and a user's hands and eyes for it.
-
 #include "desktop.h"
 
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
 
+#include "ce/controls.h"
+#include "ce/dialog.h"
+#include "ce/resource.h"
 #include "ce/window.h"
 #include "ce/winmain.h"
 
 #include <QAbstractButton>
 #include <QApplication>
 #include <QLabel>
-#include <QListView>
 #include <QMenu>
 #include <QMenuBar>
 #include <QtTest/QTest>
@@ -21,28 +21,53 @@
 #include <iterator>
 #include <stdexcept>
 
-namespace {
+namespace window = platform::window;
 
-// Long enough for a run under a sanitizer on a busy machine; nothing waits for it when all is well.
-constexpr int Patience = 60000;
+namespace {
 
 QWidget* findWindow(const QString& title)
 {
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (window->isVisible() && window->windowTitle() == title && !qobject_cast<QMenu*>(window))
-            return window;
+    for (QWidget* each : QApplication::topLevelWidgets()) {
+        if (each->isVisible() && each->windowTitle() == title && !qobject_cast<QMenu*>(each))
+            return each;
+    }
     return nullptr;
 }
 
-// Of the core's windows that are shown; null if there is none.
+// Of the core's visible windows; null if there is none.
 HWND frontWindow()
 {
-    for (const HWND window : platform::window::topLevelWindows()) {
-        platform::window::WindowState state;
-        if (platform::window::readWindow(window, state) && state.visible)
-            return window;
+    for (const HWND each : window::topLevelWindows()) {
+        if (window::WindowState state; window::readWindow(each, state) && state.visible)
+            return each;
     }
     return nullptr;
+}
+
+bool isInFront(const QString& title)
+{
+    window::WindowState state;
+    return window::readWindow(frontWindow(), state) && QString::fromStdU16String(state.text) == title;
+}
+
+struct Rows {
+    std::vector<std::u16string> texts;
+    int extent = 0;
+};
+
+INT_PTR rowsProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_INITDIALOG) {
+        const auto& rows = *reinterpret_cast<const Rows*>(lParam);
+        SetWindowTextW(dialog, u"Rows");
+        for (const std::u16string& text : rows.texts)
+            SendDlgItemMessageW(dialog, 1006, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+        if (rows.extent)
+            SendDlgItemMessageW(dialog, 1006, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(rows.extent), 0);
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) {
+        EndDialog(dialog, 0);
+    }
+    return FALSE;
 }
 
 }  // namespace
@@ -59,6 +84,15 @@ int main(int count, char** words)
     return RUN_ALL_TESTS();
 }
 
+const std::vector<DialogOfMenu>& dialogsOfMenu()
+{
+    static const std::vector<DialogOfMenu> all{{{"File", "Filter..."}, "File filter"},
+                                               {{"File", "Options..."}, "Options"},
+                                               {{"File", "About..."}, "Quillbox"},
+                                               {{"Operations", "Backup", "Full..."}, "Full Backup"}};
+    return all;
+}
+
 QString nameOf(const QWidget& widget)
 {
     if (!widget.accessibleName().isEmpty())
@@ -71,10 +105,25 @@ QString nameOf(const QWidget& widget)
 
 QWidget* findControl(QWidget& window, const QString& name)
 {
-    for (QWidget* child : window.findChildren<QWidget*>())
+    for (QWidget* child : window.findChildren<QWidget*>()) {
         if (child->isVisible() && !qobject_cast<QLabel*>(child) && nameOf(*child) == name)
             return child;
+    }
     return nullptr;
+}
+
+QModelIndex findRow(const QAbstractItemModel& model, const QString& text)
+{
+    return model.match(model.index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly | Qt::MatchCaseSensitive).value(0);
+}
+
+void Desktop::start(const std::function<void()>& program)
+{
+    ++running_;
+    programs_.emplace_back([this, program] {
+        program();
+        --running_;
+    });
 }
 
 void Desktop::SetUp()
@@ -84,94 +133,98 @@ void Desktop::SetUp()
     ASSERT_TRUE(opened.device) << opened.error.sentence;
     device_ = std::move(opened.device);
     screen_.emplace();
-    program_ = std::thread([this] {
+    start([] {
         WCHAR none[] = u"";
         WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
-        ended_ = true;
     });
-    // The desktop gives it the keyboard later than it shows it, and would take that from a dialog.
-    const QWidget& main = await("KORV Quillbox");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return main.isActiveWindow(); }, Patience));
+    // A window becomes active later than it appears, and would take that from a dialog.
+    const QWidget& main = await(MainTitle);
+    ASSERT_TRUE(eventually([&] { return main.isActiveWindow(); }));
 }
 
 void Desktop::TearDown()
 {
-    // What a failed test has left open goes first.
     const auto closeAll = [this] {
+        const QWidgetList all = QApplication::topLevelWidgets();
+        const auto isOpen = [](const QWidget* each) { return each->isVisible() && each->windowTitle() != MainTitle; };
+        const auto other = std::ranges::find_if(all, isOpen);
+        QWidget* foremost = other == all.end() ? findWindow(MainTitle) : *other;
         if (QWidget* modal = QApplication::activeModalWidget())
-            modal->close();
-        else if (QWidget* main = findWindow("KORV Quillbox"))
-            main->close();
-        return ended_.load();
+            foremost = modal;
+        if (foremost)
+            foremost->close();
+        return running_ == 0;
     };
-    EXPECT_TRUE(QTest::qWaitFor(closeAll, Patience));
-    if (program_.joinable())
-        program_.join();
+    EXPECT_TRUE(eventually(closeAll));
+    for (std::thread& program : programs_) {
+        if (program.joinable())
+            program.join();
+    }
     screen_.reset();
     device_.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+bool Desktop::eventually(const std::function<bool()>& holds)
+{
+    return QTest::qWaitFor(holds, 60000);
+}
+
 QWidget& Desktop::await(const QString& title)
 {
-    if (!QTest::qWaitFor([&] { return findWindow(title) != nullptr; }, Patience))
+    if (!eventually([&] { return isThere(title); }))
         throw std::runtime_error("no window \"" + title.toStdString() + "\"");
     return *findWindow(title);
 }
 
-bool Desktop::isThere(const QString& title) const
+bool Desktop::isThere(const QString& title)
 {
     return findWindow(title) != nullptr;
 }
 
 void Desktop::awaitGone(const QString& title)
 {
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !isThere(title); }, Patience)) << title.toStdString();
+    EXPECT_TRUE(eventually([&] { return !isThere(title); })) << title.toStdString();
 }
 
 bool Desktop::rests()
 {
-    const auto windows = platform::window::topLevelWindows();
-    return windows.size() == 1 && platform::window::takesInput(windows.front());
+    const auto windows = window::topLevelWindows();
+    return windows.size() == 1 && window::takesInput(windows.front());
 }
 
 void Desktop::awaitRest()
 {
-    EXPECT_TRUE(QTest::qWaitFor(rests, Patience));
-    screen_->flush();
+    EXPECT_TRUE(eventually(rests));
+    drawFrame();
 }
 
 void Desktop::endBetweenFrames()
 {
-    ASSERT_TRUE(platform::window::postClose(platform::window::topLevelWindows().front()));
-    program_.join();
+    ASSERT_TRUE(window::postClose(window::topLevelWindows().front()));
+    programs_.front().join();
     screen_.reset();
 }
 
-void Desktop::act(QWidget& window, const std::function<void()>& input)
+void Desktop::act(QWidget& target, const std::function<void()>& input)
 {
-    const QString title = window.windowTitle();
-    HWND front = nullptr;
-    const auto listens = [&] {
-        platform::window::WindowState state;
-        front = frontWindow();
-        if (!front || !platform::window::readWindow(front, state) || QString::fromStdU16String(state.text) != title ||
-            !platform::window::takesInput(front))
+    const QString title = target.windowTitle();
+    const auto require = [&](const std::function<bool()>& holds) {
+        if (!eventually(holds))
+            throw std::runtime_error("the program takes no input in \"" + title.toStdString() + "\"");
+        drawFrame();
+    };
+    require([&] {
+        if (!isInFront(title) || !window::takesInput(frontWindow()))
             return false;
-        // No window manager does it here when the one in front has gone.
-        if (!window.isActiveWindow())
-            window.activateWindow();
-        return window.isActiveWindow();
-    };
-    const auto require = [&](const std::function<bool()>& isSo) {
-        if (!QTest::qWaitFor(isSo, Patience))
-            throw std::runtime_error("the program hears nothing in \"" + title.toStdString() + "\"");
-        screen_->flush();
-    };
-    require(listens);
+        // Without a window manager nothing activates a window when the one over it disappears.
+        if (!target.isActiveWindow())
+            target.activateWindow();
+        return target.isActiveWindow();
+    });
+    const HWND front = frontWindow();
     input();
-    const auto answered = [&] { return frontWindow() != front || platform::window::takesInput(front); };
-    require(answered);
+    require([&] { return frontWindow() != front || window::takesInput(front); });
 }
 
 void Desktop::click(QWidget& window, const QString& name)
@@ -179,7 +232,7 @@ void Desktop::click(QWidget& window, const QString& name)
     act(window, [&] {
         QWidget* control = findControl(window, name);
         ASSERT_TRUE(control) << name.toStdString();
-        // Check boxes are wider than their text: near the left edge is always inside.
+        // Check boxes are wider than their text: a point near the left edge is always inside.
         QTest::mouseClick(control, Qt::LeftButton, {}, QPoint(8, control->height() / 2));
     });
 }
@@ -187,23 +240,18 @@ void Desktop::click(QWidget& window, const QString& name)
 void Desktop::clickRow(QWidget& window, const QString& text)
 {
     auto* list = window.findChild<QListView*>();
-    ASSERT_TRUE(list);
     act(window, [&] {
-        const QModelIndexList found = list->model()->match(list->model()->index(0, 0), Qt::DisplayRole, text, 1,
-                                                           Qt::MatchExactly | Qt::MatchCaseSensitive);
-        ASSERT_FALSE(found.empty()) << "no row " << text.toStdString();
-        list->scrollTo(found.front());
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(found.front()).center());
+        const QModelIndex row = findRow(*list->model(), text);
+        ASSERT_TRUE(row.isValid()) << "no row " << text.toStdString();
+        list->scrollTo(row);
+        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(row).center());
     });
 }
 
 void Desktop::type(QWidget& window, const QString& text)
 {
     for (const QChar letter : text)
-        act(window, [&] {
-            ASSERT_TRUE(window.focusWidget());
-            QTest::keyClicks(window.focusWidget(), QString(letter));
-        });
+        act(window, [&] { QTest::keyClicks(window.focusWidget(), QString(letter)); });
 }
 
 void Desktop::press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers)
@@ -211,13 +259,20 @@ void Desktop::press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifier
     act(window, [&] { QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, key, modifiers); });
 }
 
-void Desktop::choose(const QStringList& path)
+void Desktop::tabTo(QWidget& window, const std::function<bool(QWidget&)>& isMeant)
 {
-    QWidget& main = await("KORV Quillbox");
+    for (int times = 0; times < 30 && !isMeant(*window.focusWidget()); ++times)
+        press(window, Qt::Key_Tab);
+    ASSERT_TRUE(isMeant(*window.focusWidget()));
+}
+
+QWidget& Desktop::open(const DialogOfMenu& dialog)
+{
+    QWidget& main = await(MainTitle);
     act(main, [&] {
         QWidget* level = main.findChild<QMenuBar*>();
         QAction* wanted = nullptr;
-        for (const QString& text : path) {
+        for (const QString& text : dialog.path) {
             const QList<QAction*> actions = level->actions();
             const auto found = std::ranges::find_if(
                 actions, [&](const QAction* action) { return action->text().remove(u'&') == text; });
@@ -227,18 +282,68 @@ void Desktop::choose(const QStringList& path)
         }
         wanted->trigger();
     });
+    return await(dialog.title);
+}
+
+QWidget& Desktop::openRestore(const QString& item, const QString& title)
+{
+    QWidget& chooser = open({{"Operations", "Restore", item}, "Select"});
+    clickRow(chooser, "\\Storage Card\\QUILBOX\\QLBX0001.QLT");
+    click(chooser, "OK");
+    return await(title);
+}
+
+void Desktop::leave(QWidget& dialog)
+{
+    const QString title = dialog.windowTitle();
+    press(dialog, Qt::Key_Escape);
+    awaitGone(title);
+}
+
+void Desktop::chooseStorage()
+{
+    QWidget& chooser = await("Select");
+    clickRow(chooser, "\\Storage Card");
+    click(chooser, "OK");
+}
+
+QWidget& Desktop::ask(const QString& text, const QString& title, UINT type, std::atomic<int>* answer)
+{
+    start([=, text = text.toStdU16String(), caption = title.toStdU16String()] {
+        const int chosen = MessageBoxW(nullptr, text.c_str(), caption.c_str(), type);
+        if (answer)
+            *answer = chosen;
+    });
+    return await(title);
+}
+
+QListView& Desktop::showRows(const std::vector<std::u16string>& rows, int extent)
+{
+    start([made = Rows{rows, extent}] {
+        const HRSRC resource = FindResourceW(nullptr, MAKEINTRESOURCEW(109), RT_DIALOG);
+        DialogBoxIndirectParamW(nullptr, LoadResource(nullptr, resource), nullptr, rowsProcedure,
+                                reinterpret_cast<LPARAM>(&made));
+    });
+    QWidget& dialog = await("Rows");
+    EXPECT_TRUE(eventually([&] { return dialog.isActiveWindow(); }));
+    return *dialog.findChild<QListView*>();
 }
 
 void Desktop::backUpAllFiles(const QString& comment)
 {
-    click(await("KORV Quillbox"), "Full backup");
+    click(await(MainTitle), "Full backup");
     QWidget& dialog = await("Full Backup");
     type(dialog, comment);
     click(dialog, "All files");
     click(dialog, "OK");
-    QWidget& chooser = await("Select");
-    clickRow(chooser, "\\Storage Card");
-    click(chooser, "OK");
+    chooseStorage();
+    awaitRest();
+}
+
+bool Desktop::listContains(const std::u16string& text) const
+{
+    const std::string bytes(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t));
+    return contentOf(sets() / "QLBX0001.QLT").find(bytes) != std::string::npos;
 }
 
 std::string Desktop::contentOf(const std::filesystem::path& file)

@@ -1,11 +1,14 @@
-// desktop.h - the real program in its real windows, without a screen, and a user's hands and eyes for it.
+// desktop.h - the real program in its real windows, without a screen, operated as a user would.
 #pragma once
 
 #include "device/device.h"
 #include "screen.h"
 
+#include "ce/types.h"
+
 #include <gtest/gtest.h>
 
+#include <QListView>
 #include <QTemporaryDir>
 #include <QWidget>
 
@@ -14,58 +17,83 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <thread>
+#include <vector>
+
+inline const QString MainTitle = "KORV Quillbox";
+
+// Every dialog that a menu item opens, as the menu item's path and the dialog's title.
+struct DialogOfMenu {
+    QStringList path;
+    QString title;
+};
+const std::vector<DialogOfMenu>& dialogsOfMenu();
 
 // A fresh device with the content of a first start, and the program running on it.
 class Desktop : public testing::Test {
 protected:
     void SetUp() override;
-    // Closes the program as a user would.
+    // Closes what is open, the main window last.
     void TearDown() override;
 
-    // The window of that title, once it is there; a test that waits in vain fails.
-    QWidget& await(const QString& title);
-    [[nodiscard]] bool isThere(const QString& title) const;
-    void awaitGone(const QString& title);
-    // Does the program wait for its user, with no window over the main window?
-    [[nodiscard]] static bool rests();
+    // Handles events until the condition holds. False after a minute: nothing waits that long when all is well.
+    static bool eventually(const std::function<bool()>& holds);
+    // Throws if the window doesn't appear.
+    static QWidget& await(const QString& title);
+    static bool isThere(const QString& title);
+    static void awaitGone(const QString& title);
+    // Does the program wait for input, with no window over the main window?
+    static bool rests();
     void awaitRest();
 
-    // What a user does once the window is in front and the program listens: what comes earlier would be dropped. Then
-    // waits until the program has answered, by listening again or with another window in front.
+    // Does the input when the window is in front and takes input: the program would drop earlier input. Then waits
+    // until the program takes input again or another window is in front.
     void act(QWidget& window, const std::function<void()>& input);
-    // A mouse's click on the middle of the control of that name.
     void click(QWidget& window, const QString& name);
     void clickRow(QWidget& window, const QString& text);
     void type(QWidget& window, const QString& text);
     void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
-    // Chooses a menu item by the keyboard: "Operations", "Backup", "Full...".
-    void choose(const QStringList& path);
+    // Tab, until the control has the focus.
+    void tabTo(QWidget& window, const std::function<bool(QWidget&)>& isMeant);
 
-    // Ends the program before the screen draws another frame, as a wish to close that was kept does.
+    QWidget& open(const DialogOfMenu& dialog);
+    QWidget& openRestore(const QString& item, const QString& title);  // of the first set on the card
+    void leave(QWidget& dialog);                                      // by Escape
+    void chooseStorage();
+
+    // These run on threads of their own, which end when the window is closed.
+    QWidget& ask(const QString& text, const QString& title, UINT type, std::atomic<int>* answer = nullptr);
+    // A list box with these rows, which asks for the width `extent`, in a dialog called "Rows".
+    QListView& showRows(const std::vector<std::u16string>& rows, int extent = 0);
+
+    // From the toolbar to the end of the run: all files, onto the storage card.
+    void backUpAllFiles(const QString& comment);
+    std::filesystem::path store() const { return folder() / "object-store"; }
+    std::filesystem::path sets() const { return folder() / "cards" / "Storage Card" / "QUILBOX"; }
+    // Is it a name or comment in the list of the first set?
+    bool listContains(const std::u16string& text) const;
+    static std::string contentOf(const std::filesystem::path& file);
+
+    // Shows the latest changes now, as the next frame would.
+    void drawFrame() { screen_->flush(); }
+    // Ends the program before the next frame, as a delayed request to close does.
     void endBetweenFrames();
 
-    // From the toolbar to the end of the run: all files, the comment as given, onto the storage card.
-    void backUpAllFiles(const QString& comment);
-
-    [[nodiscard]] std::filesystem::path store() const { return folder() / "object-store"; }
-    [[nodiscard]] std::filesystem::path sets() const { return folder() / "cards" / "Storage Card" / "QUILBOX"; }
-    [[nodiscard]] static std::string contentOf(const std::filesystem::path& file);
-
 private:
-    [[nodiscard]] std::filesystem::path folder() const
-    {
-        return std::filesystem::path(folder_.path().toStdString()) / "device";
-    }
+    std::filesystem::path folder() const { return std::filesystem::path(folder_.path().toStdString()) / "device"; }
+    void start(const std::function<void()>& program);
 
     QTemporaryDir folder_;
     std::unique_ptr<platform::device::Device> device_;
     std::optional<platform::qt::Screen> screen_;
-    std::thread program_;
-    std::atomic<bool> ended_ = false;
+    std::vector<std::thread> programs_;  // the main program, then others
+    std::atomic<int> running_ = 0;
 };
 
-// What a person or a screen reader calls it.
-[[nodiscard]] QString nameOf(const QWidget& widget);
-// Null if the window shows no control of that name.
-[[nodiscard]] QWidget* findControl(QWidget& window, const QString& name);
+// The name that a screen reader reads.
+QString nameOf(const QWidget& widget);
+// Null if the window shows no such control.
+QWidget* findControl(QWidget& window, const QString& name);
+// A row of the model by its text; invalid if there is none.
+QModelIndex findRow(const QAbstractItemModel& model, const QString& text);

@@ -1,11 +1,9 @@
-// dialog_layout_test.cpp - dialogs as their templates and the user's font make them.
-
+// dialog_layout_test.cpp - dialogs, messages and lists at several font sizes.
 #include "desktop.h"
 
-#include "ce/controls.h"
 #include "ce/dialog.h"
-#include "ce/resource.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDateEdit>
@@ -13,7 +11,6 @@
 #include <QLabel>
 #include <QLayout>
 #include <QLineEdit>
-#include <QListView>
 #include <QLocale>
 #include <QPushButton>
 #include <QRadioButton>
@@ -21,14 +18,14 @@
 #include <QScrollBar>
 #include <QTextDocument>
 #include <QToolTip>
-#include <QtTest/QTest>
 
-#include <thread>
-#include <vector>
+#include <map>
 
 namespace {
 
-// Every dialog that a menu item opens, at a font of the given size in points.
+const DialogOfMenu& Filter = dialogsOfMenu()[0];
+
+// At a font of the given size in points.
 class DialogLayoutTest : public Desktop, public testing::WithParamInterface<int> {
 protected:
     void SetUp() override
@@ -52,8 +49,8 @@ std::vector<QWidget*> controlsOf(QWidget& dialog)
 {
     std::vector<QWidget*> controls;
     for (QWidget* child : dialog.findChildren<QWidget*>()) {
-        const bool shown = qobject_cast<QAbstractButton*>(child) || qobject_cast<QLabel*>(child);
-        if (shown && child->isVisible() && !nameOf(*child).isEmpty())
+        const bool isText = qobject_cast<QAbstractButton*>(child) || qobject_cast<QLabel*>(child);
+        if (isText && child->isVisible() && !nameOf(*child).isEmpty())
             controls.push_back(child);
     }
     return controls;
@@ -70,190 +67,72 @@ int widthOfText(const QWidget& control)
     return widest;
 }
 
-TEST_P(DialogLayoutTest, NoTextIsCutAndNoRowsOverlap)
+// Of the one row of text.
+int middleOf(const QWidget& control)
 {
-    const std::vector<std::pair<QStringList, QString>> dialogs{
-        {{"File", "Filter..."}, "File filter"},
-        {{"File", "Options..."}, "Options"},
-        {{"File", "About..."}, "Quillbox"},
-        {{"Operations", "Backup", "Full..."}, "Full Backup"},
-    };
-    for (const auto& [path, title] : dialogs) {
-        choose(path);
-        QWidget& dialog = await(title);
-        const std::vector<QWidget*> controls = controlsOf(dialog);
-        for (const QWidget* control : controls) {
-            SCOPED_TRACE((title + ": " + nameOf(*control)).toStdString());
-            const QRect there(control->mapTo(&dialog, QPoint()), control->size());
-            EXPECT_TRUE(dialog.rect().contains(there));
-            EXPECT_GE(control->width(), widthOfText(*control));
-            EXPECT_GE(control->height(), control->fontMetrics().height());
-            for (const QWidget* other : controls) {
-                if (other == control || other->parent() != control->parent())
-                    continue;
-                const QRect both = control->geometry().intersected(other->geometry());
-                EXPECT_LE(both.height(), control->height() / 4) << nameOf(*other).toStdString();
-            }
-        }
-        press(dialog, Qt::Key_Escape);
-        awaitGone(title);
+    return control.y() +
+           (qobject_cast<const QLabel*>(&control) ? control.fontMetrics().height() : control.height()) / 2;
+}
+
+void expectWhole(QWidget& dialog, const QWidget& control, const std::vector<QWidget*>& all)
+{
+    SCOPED_TRACE((dialog.windowTitle() + ": " + nameOf(control)).toStdString());
+    EXPECT_TRUE(dialog.rect().contains(QRect(control.mapTo(&dialog, QPoint()), control.size())));
+    EXPECT_GE(control.width(), widthOfText(control));
+    EXPECT_GE(control.height(), control.fontMetrics().height());
+    for (const QWidget* other : all) {
+        if (other == &control || other->parent() != control.parent())
+            continue;
+        const QRect both = control.geometry().intersected(other->geometry());
+        EXPECT_LE(both.height(), control.height() / 4) << nameOf(*other).toStdString();
     }
 }
 
-TEST_P(DialogLayoutTest, TextsOfARowStandOnOneLine)
+TEST_P(DialogLayoutTest, NoTextIsCutAndRowsAreStraightAndApart)
 {
-    const auto middleOf = [](QWidget& dialog, const QString& text) {
-        for (QWidget* child : controlsOf(dialog))
-            if (nameOf(*child) == text)
-                return child->y() +
-                       (qobject_cast<QLabel*>(child) ? child->fontMetrics().height() : child->height()) / 2;
-        return -1;
-    };
-    choose({"File", "Options..."});
-    QWidget& options = await("Options");
-    EXPECT_EQ(middleOf(options, "Maximum backup file size:"), middleOf(options, "MB"));
-    const auto* size = options.findChild<QLineEdit*>();
-    EXPECT_EQ(middleOf(options, "MB"), size->y() + size->height() / 2);
-    press(options, Qt::Key_Escape);
-    awaitGone("Options");
-    choose({"File", "Filter..."});
-    QWidget& filter = await("File filter");
-    EXPECT_EQ(middleOf(filter, "Archive"), middleOf(filter, "System"));
-    EXPECT_EQ(middleOf(filter, "Hidden"), middleOf(filter, "Read-only"));
-    EXPECT_LT(middleOf(filter, "Archive"), middleOf(filter, "Hidden"));
-    press(filter, Qt::Key_Escape);
-    awaitGone("File filter");
+    const std::vector<QStringList> rows{
+        {"Maximum backup file size:", "MB"}, {"Archive", "System"}, {"Hidden", "Read-only"}};
+    for (const DialogOfMenu& each : dialogsOfMenu()) {
+        QWidget& dialog = open(each);
+        const std::vector<QWidget*> controls = controlsOf(dialog);
+        std::map<QString, int> middles;
+        for (const QWidget* control : controls) {
+            expectWhole(dialog, *control, controls);
+            middles[nameOf(*control)] = middleOf(*control);
+        }
+        for (const QStringList& row : rows)
+            EXPECT_EQ(middles[row.front()], middles[row.back()]) << row.front().toStdString();
+        if (each.title == "Options") {
+            EXPECT_EQ(middles["MB"], middleOf(*dialog.findChild<QLineEdit*>()));
+        }
+        leave(dialog);
+    }
 }
 
-// Cuts a question off nobody could answer it: a name may be as long as a file system allows.
-TEST_P(DialogLayoutTest, EveryMessageIsReadWhole)
+// Nobody can answer a question without its end, and a name can be as long as the file system allows.
+TEST_P(DialogLayoutTest, EveryMessageIsShownWhole)
 {
-    const QStringList names{QString(250, u'w'), QString(85, QChar(0x6F22)), QString(120, QChar(0x05D0)),
-                            QStringLiteral("e\u0301").repeated(80), QString::fromUcs4(U"\U0001F600").repeated(60)};
-    for (const QString& name : names) {
+    for (const QString& name :
+         {QString(250, u'w'), QString(85, QChar(0x6F22)), QString(120, QChar(0x05D0)),
+          QStringLiteral("e\u0301").repeated(80), QString::fromUcs4(U"\U0001F600").repeated(60)}) {
         SCOPED_TRACE(name.left(8).toStdString());
         const QString text = QStringLiteral("File:\\M\\%1\nexists replace ?").arg(name);
-        std::thread asking(
-            [&] { MessageBoxW(nullptr, text.toStdU16String().c_str(), u"Warning", MB_YESNO | MB_ICONEXCLAMATION); });
-        QWidget& box = await("Warning");
+        QWidget& box = ask(text, "Warning", MB_YESNO | MB_ICONEXCLAMATION);
         const auto* label = box.findChild<QLabel*>("qt_msgbox_label");
         EXPECT_EQ(label->accessibleName(), text);
         EXPECT_GE(label->width(), label->minimumSizeHint().width());
         EXPECT_GE(label->height(), label->heightForWidth(label->width()));
         EXPECT_LE(box.width(), box.screen()->availableGeometry().width());
-        // No sign is torn apart.
+        // No surrogate pair and no accent is separated.
         EXPECT_EQ(QString::fromUtf8(label->text().toUtf8()), label->text());
         EXPECT_FALSE(label->text().contains(QStringLiteral("\u200B\u0301")));
-        press(box, Qt::Key_Escape);
-        awaitGone("Warning");
-        asking.join();
+        leave(box);
     }
-}
-
-TEST_P(DialogLayoutTest, MessageWithoutAnIconBeginsAtTheBoxesEdge)
-{
-    std::thread asking(
-        [&] { MessageBoxW(nullptr, u"Override \\Storage Card\\QUILBOX\\QLBX0001.QLT file", u"Info?", MB_YESNO); });
-    QWidget& box = await("Info?");
+    QWidget& box = ask("Override \\Storage Card\\QUILBOX\\QLBX0001.QLT file", "Info?", MB_YESNO);
+    // Without an icon the text begins at the edge.
     EXPECT_LT(box.findChild<QLabel*>("qt_msgbox_label")->x(), 2 * box.layout()->contentsMargins().left());
-    press(box, Qt::Key_Escape);
-    awaitGone("Info?");
-    asking.join();
+    leave(box);
 }
-
-INSTANTIATE_TEST_SUITE_P(Fonts, DialogLayoutTest, testing::Values(7, 9, 11, 18, 24));
-
-using DialogFrameTest = Desktop;
-
-TEST_F(DialogFrameTest, DefaultFrameStandsAroundWhatEnterPresses)
-{
-    choose({"File", "Filter..."});
-    QWidget& dialog = await("File filter");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.isActiveWindow(); }, 60000));
-    const auto defaults = [&] {
-        QStringList names;
-        for (const QPushButton* button : dialog.findChildren<QPushButton*>())
-            if (button->isDefault())
-                names += nameOf(*button);
-        return names;
-    };
-    EXPECT_EQ(defaults(), QStringList("OK"));
-    click(dialog, "Show only files with these extentions :");
-    type(dialog, "txt");
-    press(dialog, Qt::Key_Tab);
-    EXPECT_EQ(defaults(), QStringList("Add"));
-    press(dialog, Qt::Key_Space);
-    // The program gives the keyboard back to the edit.
-    ASSERT_TRUE(qobject_cast<QLineEdit*>(dialog.focusWidget()));
-    EXPECT_EQ(defaults(), QStringList("OK"));
-    // Enter on a button of the caption is its click.
-    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
-    while (nameOf(*dialog.focusWidget()) != "Cancel")
-        press(dialog, Qt::Key_Tab);
-    EXPECT_EQ(defaults(), QStringList("Cancel"));
-    press(dialog, Qt::Key_Return);
-    awaitGone("File filter");
-}
-
-TEST_F(DialogFrameTest, DateIsTheOneThatWasTypedAndItsYearIsShownWhole)
-{
-    const QLocale usual;
-    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    choose({"File", "Filter..."});
-    QWidget& dialog = await("File filter");
-    auto* date = dialog.findChild<QDateEdit*>();
-    EXPECT_TRUE(date->text().endsWith(QString::number(date->date().year()))) << date->text().toStdString();
-    click(dialog, "Show files newer than :");
-    while (dialog.focusWidget() != date)
-        press(dialog, Qt::Key_Tab);
-    type(dialog, "12251998");
-    EXPECT_EQ(date->date(), QDate(1998, 12, 25)) << date->text().toStdString();
-    // A year of two digits is the near one.
-    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
-    press(dialog, Qt::Key_Tab);
-    type(dialog, "030599");
-    press(dialog, Qt::Key_Tab);
-    EXPECT_EQ(date->date(), QDate(1999, 3, 5)) << date->text().toStdString();
-    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
-    type(dialog, "040698");
-    press(dialog, Qt::Key_Return);
-    awaitGone("File filter");
-    choose({"File", "Filter..."});
-    QWidget& again = await("File filter");
-    EXPECT_EQ(again.findChild<QDateEdit*>()->date(), QDate(1998, 4, 6));
-    QLocale::setDefault(usual);
-    press(again, Qt::Key_Escape);
-    awaitGone("File filter");
-}
-
-// A list box of the program's, with these rows and what it asks for as their width, in a dialog called "Rows".
-struct RowsDialog {
-    std::vector<std::u16string> rows;
-    int extent = 0;
-
-    void run()
-    {
-        const HRSRC form = FindResourceW(nullptr, MAKEINTRESOURCEW(109), RT_DIALOG);
-        DialogBoxIndirectParamW(nullptr, LoadResource(nullptr, form), nullptr, procedure,
-                                reinterpret_cast<LPARAM>(this));
-    }
-
-private:
-    static INT_PTR procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
-    {
-        if (message == WM_INITDIALOG) {
-            auto& made = *reinterpret_cast<RowsDialog*>(lParam);
-            SetWindowTextW(dialog, u"Rows");
-            for (const std::u16string& row : made.rows)
-                SendDlgItemMessageW(dialog, 1006, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.c_str()));
-            if (made.extent)
-                SendDlgItemMessageW(dialog, 1006, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(made.extent), 0);
-        } else if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) {
-            EndDialog(dialog, 0);
-        }
-        return FALSE;
-    }
-};
 
 int widestRow(const QListView& list)
 {
@@ -263,56 +142,101 @@ int widestRow(const QListView& list)
     return widest;
 }
 
-// Pixels that can be seen, one after the other, by scrolling sideways.
+// Pixels that can be seen by scrolling sideways.
 int reachableWidth(const QListView& list)
 {
     return list.horizontalScrollBar()->maximum() + list.viewport()->width();
 }
 
-TEST_P(DialogLayoutTest, WidestRowIsReadToItsEndWhereverItStands)
+TEST_P(DialogLayoutTest, ListScrollsToTheEndOfItsWidestRowWhereverThatIs)
 {
-    RowsDialog many;
+    std::vector<std::u16string> rows;
     for (int row = 0; row < 20000; ++row)
-        many.rows.push_back(u"File:\\" + QString::number(row).toStdU16String() + std::u16string(60, u'i'));
-    many.rows[12345] = u"File:\\5" + std::u16string(50, u'W');  // fewer letters than the others, and not the last
-    std::thread program([&] { many.run(); });
-    QWidget& dialog = await("Rows");
-    const auto& list = *dialog.findChild<QListView*>();
+        rows.push_back(u"File:\\" + QString::number(row).toStdU16String() + std::u16string(60, u'i'));
+    rows[12345] = u"File:\\5" + std::u16string(50, u'W');  // fewer letters than the others, and not the last
+    const QListView& list = showRows(rows);
     const int widest = widestRow(list);
     EXPECT_GT(widest, list.viewport()->width());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return reachableWidth(list) == widest; }, 60000)) << reachableWidth(list);
+    EXPECT_TRUE(eventually([&] { return reachableWidth(list) == widest; })) << reachableWidth(list);
     EXPECT_TRUE(list.horizontalScrollBar()->isVisible());
-    press(dialog, Qt::Key_Escape);
-    awaitGone("Rows");
-    program.join();
+    leave(*list.window());
 }
 
 TEST_P(DialogLayoutTest, WidthThatTheProgramAsksForCountsOnlyWhereARowIsCut)
 {
     for (const bool isCut : {false, true}) {
-        RowsDialog wide{.rows = {u"Registry", std::u16string(isCut ? 60 : 1, u'W')}, .extent = 3000};
-        std::thread program([&] { wide.run(); });
-        QWidget& dialog = await("Rows");
-        const auto& list = *dialog.findChild<QListView*>();
+        const QListView& list = showRows({u"Registry", std::u16string(isCut ? 60 : 1, u'W')}, 3000);
         EXPECT_EQ(list.horizontalScrollBar()->isVisible(), isCut);
-        if (isCut) {
-            EXPECT_GT(reachableWidth(list), widestRow(list));
-        }
-        press(dialog, Qt::Key_Escape);
-        awaitGone("Rows");
-        program.join();
+        EXPECT_EQ(reachableWidth(list) > std::max(widestRow(list), list.viewport()->width()), isCut);
+        leave(*list.window());
     }
 }
 
-TEST_F(DialogFrameTest, ArrowsWithControlScrollAListAndMoveNoSelection)
+INSTANTIATE_TEST_SUITE_P(Fonts, DialogLayoutTest, testing::Values(7, 9, 11, 18, 24));
+
+using DialogInputTest = Desktop;
+
+TEST_F(DialogInputTest, DefaultButtonIsTheOneThatEnterPresses)
 {
-    RowsDialog wide{.rows = {u"a", u"b", std::u16string(80, u'W')}};
-    std::thread program([&] { wide.run(); });
-    QWidget& dialog = await("Rows");
-    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog.isActiveWindow(); }, 60000));
-    auto& list = *dialog.findChild<QListView*>();
-    while (dialog.focusWidget() != &list)
-        press(dialog, Qt::Key_Tab);
+    QWidget& dialog = open(Filter);
+    EXPECT_TRUE(eventually([&] { return dialog.isActiveWindow(); }));
+    const auto defaults = [&] {
+        QStringList names;
+        for (const QPushButton* button : dialog.findChildren<QPushButton*>()) {
+            if (button->isDefault())
+                names += nameOf(*button);
+        }
+        return names;
+    };
+    EXPECT_EQ(defaults(), QStringList("OK"));
+    click(dialog, "Show only files with these extentions :");
+    type(dialog, "txt");
+    press(dialog, Qt::Key_Tab);
+    EXPECT_EQ(defaults(), QStringList("Add"));
+    press(dialog, Qt::Key_Space);
+    // The program gives the focus back to the edit.
+    ASSERT_TRUE(qobject_cast<QLineEdit*>(dialog.focusWidget()));
+    EXPECT_EQ(defaults(), QStringList("OK"));
+    // Enter presses a button of the caption that has the focus.
+    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
+    tabTo(dialog, [](QWidget& widget) { return nameOf(widget) == "Cancel"; });
+    EXPECT_EQ(defaults(), QStringList("Cancel"));
+    press(dialog, Qt::Key_Return);
+    awaitGone(Filter.title);
+}
+
+TEST_F(DialogInputTest, DateIsTheOneThatWasTypedAndItsYearIsShownWhole)
+{
+    const QLocale usual;
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+    QWidget& dialog = open(Filter);
+    auto* date = dialog.findChild<QDateEdit*>();
+    EXPECT_TRUE(date->text().endsWith(QString::number(date->date().year()))) << date->text().toStdString();
+    click(dialog, "Show files newer than :");
+    tabTo(dialog, [&](QWidget& widget) { return &widget == date; });
+    type(dialog, "12251998");
+    EXPECT_EQ(date->date(), QDate(1998, 12, 25)) << date->text().toStdString();
+    // Two digits of a year mean the nearest such year, both when Tab leaves and when Enter presses OK.
+    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
+    press(dialog, Qt::Key_Tab);
+    type(dialog, "030599");
+    press(dialog, Qt::Key_Tab);
+    EXPECT_EQ(date->date(), QDate(1999, 3, 5)) << date->text().toStdString();
+    press(dialog, Qt::Key_Backtab, Qt::ShiftModifier);
+    type(dialog, "040698");
+    press(dialog, Qt::Key_Return);
+    awaitGone(Filter.title);
+    QWidget& again = open(Filter);
+    EXPECT_EQ(again.findChild<QDateEdit*>()->date(), QDate(1998, 4, 6));
+    QLocale::setDefault(usual);
+    leave(again);
+}
+
+TEST_F(DialogInputTest, ArrowsWithControlScrollAListAndMoveNoSelection)
+{
+    QListView& list = showRows({u"a", u"b", std::u16string(80, u'W')});
+    QWidget& dialog = *list.window();
+    tabTo(dialog, [&](QWidget& widget) { return &widget == &list; });
     press(dialog, Qt::Key_Home);
     const QScrollBar& bar = *list.horizontalScrollBar();
     press(dialog, Qt::Key_Right, Qt::ControlModifier);
@@ -323,39 +247,31 @@ TEST_F(DialogFrameTest, ArrowsWithControlScrollAListAndMoveNoSelection)
     press(dialog, Qt::Key_Right, Qt::ControlModifier);
     press(dialog, Qt::Key_Left, Qt::ControlModifier);
     EXPECT_EQ(bar.value(), step);
-    // Alone they lead to other rows as they always did, and what is being read stays.
+    // Without Ctrl they move to other rows, and the list stays scrolled.
     press(dialog, Qt::Key_Right);
     EXPECT_EQ(list.currentIndex().row(), 1);
     EXPECT_EQ(bar.value(), step);
-    press(dialog, Qt::Key_Escape);
-    awaitGone("Rows");
-    program.join();
+    leave(dialog);
 }
 
-TEST_F(DialogFrameTest, TipShowsTheWholeOfARowThatIsCut)
+TEST_F(DialogInputTest, TipShowsTheWholeTextOfARowThatIsCut)
 {
-    RowsDialog cut{.rows = {u"Registry", u"File:\\<b>%1</b>  & more\\" + std::u16string(200, u'w')}};
-    std::thread program([&] { cut.run(); });
-    QWidget& dialog = await("Rows");
-    auto& list = *dialog.findChild<QListView*>();
-    const auto tipOf = [&](const std::u16string& row) {
-        const QModelIndexList found =
-            list.model()->match(list.model()->index(0, 0), Qt::DisplayRole, QString::fromStdU16String(row), 1,
-                                Qt::MatchExactly | Qt::MatchCaseSensitive);
-        const QPoint place(20, list.visualRect(found.front()).center().y());
-        QHelpEvent asked(QEvent::ToolTip, place, list.viewport()->mapToGlobal(place));
+    const QString shortRow = "Registry";
+    const QString longRow = "File:\\<b>%1</b>  & more\\" + QString(200, u'w');
+    QListView& list = showRows({shortRow.toStdU16String(), longRow.toStdU16String()});
+    const auto tipOf = [&](const QString& row) {
+        const QPoint point(20, list.visualRect(findRow(*list.model(), row)).center().y());
+        QHelpEvent asked(QEvent::ToolTip, point, list.viewport()->mapToGlobal(point));
         QApplication::sendEvent(list.viewport(), &asked);
         QTextDocument text;
         text.setHtml(QToolTip::text());
-        return text.toPlainText().remove(QChar(0x200B)).toStdU16String();
+        return text.toPlainText().remove(QChar(0x200B));
     };
-    EXPECT_EQ(tipOf(cut.rows[1]), cut.rows[1]);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return tipOf(cut.rows[0]).empty(); }, 60000));
+    EXPECT_EQ(tipOf(longRow), longRow);
+    EXPECT_TRUE(eventually([&] { return tipOf(shortRow).isEmpty(); }));
     list.horizontalScrollBar()->setValue(20);
-    EXPECT_EQ(tipOf(cut.rows[0]), cut.rows[0]);
-    press(dialog, Qt::Key_Escape);
-    awaitGone("Rows");
-    program.join();
+    EXPECT_EQ(tipOf(shortRow), shortRow);
+    leave(*list.window());
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
-// second_start_test.cpp - a second start finds the first one's window and nobody else's.
-
+// second_start_test.cpp - a second start finds the window of the first start, and no other.
 #include "start/second_start.h"
 #include "window/display.h"
 
@@ -102,7 +101,7 @@ TEST_F(SecondStartTest, WindowOfTheSameDeviceComesToTheFront)
     EXPECT_FALSE(display::bringFirstStartToFront(device_));
     const auto first = display::answerSecondStarts(device_);
     ASSERT_NE(first, nullptr);
-    // Not there yet: nothing to bring, but that is no failure.
+    // The first start answers even before its window exists.
     EXPECT_TRUE(display::bringFirstStartToFront(device_));
 
     const SmallProgram program;
@@ -114,7 +113,7 @@ TEST_F(SecondStartTest, WindowOfTheSameDeviceComesToTheFront)
     EXPECT_FALSE(display::bringFirstStartToFront(folder_ / "other"));
 }
 
-TEST_F(SecondStartTest, SocketLeftByAKilledProcessIsReplacedAndALiveOneRemoved)
+TEST_F(SecondStartTest, SocketOfAKilledProcessIsReplacedAndRemovedAtTheEnd)
 {
     const auto count = [this] {
         const std::filesystem::directory_iterator entries(folder_);
@@ -123,7 +122,7 @@ TEST_F(SecondStartTest, SocketLeftByAKilledProcessIsReplacedAndALiveOneRemoved)
     {
         const auto first = display::answerSecondStarts(device_);
         EXPECT_EQ(count(), 1);
-        // As after a crash: the name stays when the next owner begins.
+        // As after a kill: the socket still exists when the next owner starts.
         const auto second = display::answerSecondStarts(device_);
         EXPECT_NE(second, nullptr);
         EXPECT_TRUE(display::bringFirstStartToFront(device_));
