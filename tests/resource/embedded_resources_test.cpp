@@ -33,10 +33,11 @@ TEST(EmbeddedResourcesTest, EachPictureOfTheTreeAndTheToolbarHasOneName)
         unnamed.emplace(101, cell);
     for (int cell = 0; cell < 5; ++cell)
         unnamed.emplace(106, cell);
-    for (const auto& [bitmap, cell, text] : quillbox::AccessibleNames) {
+    for (const auto& [bitmap, cell, text, mark] : quillbox::AccessibleNames) {
         EXPECT_EQ(unnamed.erase({bitmap, cell}), 1U) << bitmap << ' ' << cell;
         EXPECT_FALSE(text.empty());
         EXPECT_EQ(quillbox::accessibleName(bitmap, cell), text);
+        EXPECT_EQ(quillbox::shownMark(bitmap, cell), mark);
     }
     EXPECT_TRUE(unnamed.empty());
 }
