@@ -1,0 +1,80 @@
+#!/usr/bin/env python3
+"""Runs the suites of a build that could end otherwise than when they last passed.
+
+    suites.py BUILD-FOLDER [CTEST OPTION...]      the options choose among the suites, as -L and -E do
+Exit code: that of ctest.
+
+A suite that passed is run again when its command or its settings in the environment, one of the programs that it uses, or one
+of the files of the repository that it reads has changed. A compiled suite uses itself. A script uses the programs that its command names, or all of the build if
+it names none, and reads every script below tests/. A folder of the repository in the command is read whole.
+"""
+import functools
+import hashlib
+import json
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import xml.etree.ElementTree
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SCRIPTS = sorted((ROOT / "tests").rglob("*.py"))
+
+
+@functools.cache
+def digest(path):
+    return hashlib.sha256(path.read_bytes()).digest()
+
+
+def files_in(folder):
+    return sorted(path for path in folder.rglob("*") if path.is_file())
+
+
+def inputs(build, words):
+    paths = [pathlib.Path(word) for word in words if word.startswith("/")]
+    programs = [path for path in paths if build in path.parents and path.is_file()]
+    if not programs:
+        programs = files_in(build / "bin") + files_in(build / "lib")
+    scripts = SCRIPTS if any(path.suffix == ".py" for path in paths) else []
+    read = [file for path in paths if path.is_dir() and ROOT in path.parents and build not in path.parents
+            for file in files_in(path)]
+    return programs + scripts + read
+
+
+def state(build, suite):
+    properties = [p for p in suite["properties"] if p["name"] in ("ENVIRONMENT", "SKIP_RETURN_CODE", "WILL_FAIL")]
+    settings = sorted(pair for pair in os.environ.items() if pair[0].startswith("QUILLBOX_") or pair[0].endswith("SAN_OPTIONS"))
+    known = hashlib.sha256(json.dumps([suite["command"], properties, settings]).encode())
+    for path in inputs(build, suite["command"]):
+        known.update(str(path).encode() + b"\0" + digest(path))
+    return known.hexdigest()
+
+
+def main(folder, *options):
+    build = pathlib.Path(folder).resolve()
+    ctest = ["ctest", "--test-dir", str(build), *options]
+    listed = json.loads(subprocess.run([*ctest, "--show-only=json-v1"], capture_output=True, check=True).stdout)
+    states = {suite["name"]: state(build, suite) for suite in listed["tests"]}
+    record = build / "passed-suites.json"
+    passed = json.loads(record.read_text()) if record.exists() else {}
+    due = [name for name, now in states.items() if passed.get(name) != now]
+    print(f"{len(due)} of {len(states)} suites to run: the others passed and nothing that they use has changed", flush=True)
+    if not due:
+        return 0
+
+    # Many suites wait for windows and disks: a few more at once than there are processors.
+    report = build / "suites.xml"
+    report.unlink(missing_ok=True)
+    chosen = "^(" + "|".join(map(re.escape, due)) + ")$"
+    ended = subprocess.run([*ctest, "-R", chosen, "--output-on-failure", f"-j{os.cpu_count() + 2}", "--output-junit", report])
+    for case in xml.etree.ElementTree.parse(report).iter("testcase"):
+        passed.pop(case.get("name"), None)
+        if case.get("status") == "run":
+            passed[case.get("name")] = states[case.get("name")]
+    record.write_text(json.dumps(passed, indent=1))
+    return ended.returncode
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
