@@ -46,7 +46,7 @@ protected:
 
 TEST_F(MainWindowTest, ImagesOfTheTopItemsFollowTwiceASecond)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const std::vector<Timer>& timers = findWindow(window)->thread->timers;
     ASSERT_EQ(timers.size(), 1U);
     EXPECT_EQ(timers[0].window, window);

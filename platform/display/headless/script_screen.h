@@ -21,8 +21,8 @@ class ScriptScreen final : public window::Display {
 public:
     explicit ScriptScreen(Transcript& transcript) : transcript_(transcript) {}
 
-    void changed(HWND window, window::Change change) override;
-    void textChanged(HWND window, std::u16string_view text) override;
+    void changed(HWND window, window::Change change) REQUIRES(window::coreMutex) override;
+    void textChanged(HWND window, std::u16string_view text) REQUIRES(window::coreMutex) override;
 
     // On the program's thread, before its first and after its last step.
     void programBegins();
@@ -48,9 +48,9 @@ private:
         std::map<HWND, int> controls = {};  // of a progress window: their ids
     };
 
-    void noteCreated(HWND window);
-    void noteShown(HWND window);
-    void noteGone(HWND window);
+    void noteCreated(HWND window) REQUIRES(window::coreMutex);
+    void noteShown(HWND window) REQUIRES(window::coreMutex);
+    void noteGone(HWND window) REQUIRES(window::coreMutex);
     [[nodiscard]] bool isOfProgram(const window::WindowState& state) const;
 
     Transcript& transcript_;
@@ -62,8 +62,7 @@ private:
     HWND firstWindow_ = nullptr;  // of the program's thread
     std::uint64_t programThread_ = 0;
 
-    // Under the core's lock alone.
-    std::map<HWND, Shown> shown_;
+    std::map<HWND, Shown> shown_ GUARDED_BY(window::coreMutex);
 };
 
 }  // namespace platform::headless

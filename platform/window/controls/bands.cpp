@@ -50,10 +50,10 @@ struct BandsState : ClassState {
     int height = 0;
     WORD imagesId = 0;  // bitmap of the image list
 
-    [[nodiscard]] bool followsParentSize() const override { return true; }
-    [[nodiscard]] bool disablesCommand(const Window& window, WORD id) const override
+    [[nodiscard]] bool followsParentSize() const REQUIRES(coreMutex) override { return true; }
+    [[nodiscard]] bool disablesCommand(const Window& window, WORD id) const REQUIRES(coreMutex) override
     {
-        return std::ranges::any_of(window.children, [id](Window* child) {
+        return std::ranges::any_of(window.children, [id](Window* child) REQUIRES(coreMutex) {
             return child->windowClass->kind == WindowKind::CommandBar &&
                    stateOf<CommandBarState>(*child).hasDisabled(id);
         });
@@ -61,8 +61,8 @@ struct BandsState : ClassState {
 };
 
 // Puts the bands side by side, as many as the parent's width holds, and the rest below. Gives whether the
-// height is another one now. Needs the lock.
-bool layOut(Window& bands)
+// height is another one now.
+bool layOut(Window& bands) REQUIRES(coreMutex)
 {
     auto& state = stateOf<BandsState>(bands);
     const RECT& area = bands.parent->place;
@@ -88,7 +88,7 @@ bool layOut(Window& bands)
 void layOutAndTell(HWND handle, bool always)
 {
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* bands = findWindow(handle);
         if (!bands || (!layOut(*bands) && !always))
             return;
@@ -134,7 +134,7 @@ LRESULT commandBarProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lPa
 {
     if (message != TB_ADDBUTTONSW && message != TB_ENABLEBUTTON && message != TB_BUTTONCOUNT)
         return DefWindowProcW(handle, message, wParam, lParam);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* bar = findWindow(handle);
     if (!bar)
         return 0;
@@ -163,7 +163,7 @@ bool addBand(HWND handle, HINSTANCE instance, const REBARBANDINFOW& info)
     if (info.cbSize != sizeof info)
         return fail(ERROR_INVALID_PARAMETER);
     const HWND bar = (info.fMask & RBBIM_CHILD) ? info.hwndChild : makeBar(handle, instance);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     auto* state = findState<BandsState>(handle, WindowKind::CommandBands);
     if (!state || !findWindow(bar))
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -180,7 +180,7 @@ bool addBand(HWND handle, HINSTANCE instance, const REBARBANDINFOW& info)
 
 std::vector<BandState> bandsOf(HWND commandBands)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     std::vector<BandState> result;
     const auto* state = findState<BandsState>(commandBands, WindowKind::CommandBands);
     if (!state)
@@ -231,7 +231,7 @@ HWND CommandBands_Create(HINSTANCE instance, HWND parent, UINT id, DWORD styles,
     creation.id = static_cast<int>(id);
     creation.instance = instance;
     const HWND bands = createWindow(std::move(creation));
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     if (auto* state = findState<BandsState>(bands, WindowKind::CommandBands))
         state->imagesId = resourceIdOf(images);
     return bands;
@@ -240,7 +240,7 @@ HWND CommandBands_Create(HINSTANCE instance, HWND parent, UINT id, DWORD styles,
 BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REBARBANDINFOW* infos)
 {
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         if (!findState<BandsState>(bands, WindowKind::CommandBands))
             return fail(ERROR_INVALID_WINDOW_HANDLE);
     }
@@ -255,7 +255,7 @@ BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REB
 
 HWND CommandBands_GetCommandBar(HWND bands, UINT index)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const auto* state = findState<BandsState>(bands, WindowKind::CommandBands);
     if (!state || index >= state->bands.size()) {
         SetLastError(ERROR_INVALID_WINDOW_HANDLE);
@@ -268,7 +268,7 @@ HWND CommandBands_GetCommandBar(HWND bands, UINT index)
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE, DWORD flags, REBARBANDINFOW*)
 {
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         auto* state = findState<BandsState>(bands, WindowKind::CommandBands);
         if (!state)
             return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -288,14 +288,14 @@ BOOL CommandBands_Show(HWND bands, BOOL show)
 
 UINT CommandBands_Height(HWND bands)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const auto* state = findState<BandsState>(bands, WindowKind::CommandBands);
     return state ? static_cast<UINT>(state->height) : 0;
 }
 
 int CommandBar_Height(HWND bar)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     return findState<CommandBarState>(bar, WindowKind::CommandBar) ? BarHeight : 0;
 }
 
@@ -308,7 +308,7 @@ BOOL CommandBar_InsertMenubar(HWND bar, HINSTANCE instance, WORD menuId, WORD)
     auto menu = readMenu({bytes, SizeofResource(instance, found)});
     if (!menu)
         return fail(ERROR_RESOURCE_DATA_NOT_FOUND);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     auto* state = findState<CommandBarState>(bar, WindowKind::CommandBar);
     if (!state)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -321,7 +321,7 @@ int CommandBar_AddBitmap(HWND bar, HINSTANCE instance, int bitmapId, int, int, i
 {
     if (!LoadImageW(instance, MAKEINTRESOURCEW(static_cast<UINT_PTR>(bitmapId)), IMAGE_BITMAP, 0, 0, 0))
         return -1;
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     auto* state = findState<CommandBarState>(bar, WindowKind::CommandBar);
     if (!state) {
         SetLastError(ERROR_INVALID_WINDOW_HANDLE);

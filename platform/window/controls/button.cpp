@@ -14,7 +14,7 @@ namespace platform::window {
 
 namespace {
 
-DWORD kindOf(const Window& window)
+DWORD kindOf(const Window& window) REQUIRES(coreMutex)
 {
     return window.style & 0xF;
 }
@@ -22,13 +22,16 @@ DWORD kindOf(const Window& window)
 struct ButtonState : ClassState {
     int check = 0;
 
-    void describe(const Window& window, WindowState& state) const override
+    void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex) override
     {
         state.check = check;
         state.defaultButton = window.parent && window.parent->state->buttonForEnter(*window.parent) == &window;
     }
 
-    [[nodiscard]] bool acceptsFocus(const Window& window) const override { return kindOf(window) != BS_GROUPBOX; }
+    [[nodiscard]] bool acceptsFocus(const Window& window) const REQUIRES(coreMutex) override
+    {
+        return kindOf(window) != BS_GROUPBOX;
+    }
 };
 
 bool isRadio(DWORD kind)
@@ -52,7 +55,7 @@ int highestCheck(DWORD kind)
     }
 }
 
-void setCheck(Window& button, WPARAM wanted)
+void setCheck(Window& button, WPARAM wanted) REQUIRES(coreMutex)
 {
     const DWORD kind = kindOf(button);
     const int check = static_cast<int>(std::min<WPARAM>(wanted, static_cast<WPARAM>(highestCheck(kind))));
@@ -66,7 +69,7 @@ void setCheck(Window& button, WPARAM wanted)
     announce(button, Change::Check);
 }
 
-void checkAloneInGroup(Window& button)
+void checkAloneInGroup(Window& button) REQUIRES(coreMutex)
 {
     setCheck(button, BST_CHECKED);
     for (Window* other : groupOf(button))
@@ -78,7 +81,7 @@ void checkAloneInGroup(Window& button)
 void press(HWND handle)
 {
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* button = findWindow(handle);
         if (!button || !takesInputOf(*button) || kindOf(*button) == BS_GROUPBOX)
             return;
@@ -128,7 +131,7 @@ LRESULT buttonProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     default:
         return DefWindowProcW(handle, message, wParam, lParam);
     }
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* button = findWindow(handle);
     if (!button)
         return 0;

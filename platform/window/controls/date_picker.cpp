@@ -93,7 +93,7 @@ SYSTEMTIME withField(SYSTEMTIME date, DateField field, int value)
 }
 
 // True if it is another day than before.
-bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& date)
+bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& date) REQUIRES(coreMutex)
 {
     const auto complete = completed(date);
     if (!complete)
@@ -107,7 +107,7 @@ bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& da
 }
 
 // One step goes round within the field, and no other field follows.
-bool step(const Window& window, DatePickerState& picker, int by)
+bool step(const Window& window, DatePickerState& picker, int by) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];
     const Range range = rangeOf(picker.date, field);
@@ -119,7 +119,7 @@ bool step(const Window& window, DatePickerState& picker, int by)
     return setDate(window, picker, withField(picker.date, field, value));
 }
 
-bool goToEnd(const Window& window, DatePickerState& picker, bool low)
+bool goToEnd(const Window& window, DatePickerState& picker, bool low) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];
     const Range range = rangeOf(picker.date, field);
@@ -134,7 +134,7 @@ void moveField(DatePickerState& picker, bool right)
 }
 
 // What is typed counts as soon as it is in the field's range: "1" and then "15" for a day, four digits for a year.
-bool typeDigit(const Window& window, DatePickerState& picker, int digit)
+bool typeDigit(const Window& window, DatePickerState& picker, int digit) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];
     const int digits = field == DateField::Year ? 4 : 2;
@@ -147,7 +147,7 @@ bool typeDigit(const Window& window, DatePickerState& picker, int digit)
     return fits && setDate(window, picker, withField(picker.date, field, picker.typed));
 }
 
-bool pressKey(const Window& window, DatePickerState& picker, WPARAM key)
+bool pressKey(const Window& window, DatePickerState& picker, WPARAM key) REQUIRES(coreMutex)
 {
     switch (key) {
     case VK_LEFT:
@@ -169,7 +169,7 @@ bool pressKey(const Window& window, DatePickerState& picker, WPARAM key)
     }
 }
 
-bool typeCharacter(const Window& window, DatePickerState& picker, WPARAM character)
+bool typeCharacter(const Window& window, DatePickerState& picker, WPARAM character) REQUIRES(coreMutex)
 {
     if (character >= u'0' && character <= u'9')
         return typeDigit(window, picker, static_cast<int>(character - u'0'));
@@ -179,7 +179,7 @@ bool typeCharacter(const Window& window, DatePickerState& picker, WPARAM charact
 }
 
 // The user's choice of a day keeps the time of day.
-bool chooseDay(const Window& window, DatePickerState& picker, WPARAM yearAndMonth, LPARAM day)
+bool chooseDay(const Window& window, DatePickerState& picker, WPARAM yearAndMonth, LPARAM day) REQUIRES(coreMutex)
 {
     SYSTEMTIME date = picker.date;
     date.wYear = HIWORD(yearAndMonth);
@@ -192,7 +192,7 @@ LRESULT takeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     NMDATETIMECHANGE change = {};
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(handle);
         auto* picker = findState<DatePickerState>(handle, WindowKind::DatePicker);
         if (!picker || !takesInputOf(*window))
@@ -211,6 +211,7 @@ LRESULT takeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 }
 
 LRESULT answer(const Window& window, DatePickerState& picker, UINT message, WPARAM wParam, LPARAM lParam)
+    REQUIRES(coreMutex)
 {
     if (message == WM_GETDLGCODE)
         return WantsArrows | WantsCharacters;
@@ -230,7 +231,7 @@ LRESULT answer(const Window& window, DatePickerState& picker, UINT message, WPAR
 // A dialog that makes its picker at run time may name no tab stop; the keyboard has to reach it all the same.
 void becomeTabStop(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     if (Window* window = findWindow(handle))
         window->style |= WS_TABSTOP;
 }
@@ -252,7 +253,7 @@ LRESULT datePickerProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lPa
     default:
         return DefWindowProcW(handle, message, wParam, lParam);
     }
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     auto* picker = findState<DatePickerState>(handle, WindowKind::DatePicker);
     return picker ? answer(*window, *picker, message, wParam, lParam) : 0;
@@ -267,7 +268,7 @@ WindowClass datePickerClass()
 
 bool readDate(HWND handle, SYSTEMTIME& date)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const auto* picker = findState<DatePickerState>(handle, WindowKind::DatePicker);
     if (picker)
         date = picker->date;

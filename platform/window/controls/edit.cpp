@@ -23,8 +23,8 @@ struct EditState : ClassState {
     std::size_t limit = FirstLimit;  // characters that the user may bring it to
     bool readOnly;
 
-    [[nodiscard]] bool editsText() const override { return true; }
-    void describe(const Window&, WindowState& state) const override
+    [[nodiscard]] bool editsText() const REQUIRES(coreMutex) override { return true; }
+    void describe(const Window&, WindowState& state) const REQUIRES(coreMutex) override
     {
         state.selectionStart = static_cast<long>(selection.anchor);
         state.selectionEnd = static_cast<long>(selection.caret);
@@ -32,12 +32,12 @@ struct EditState : ClassState {
     }
 };
 
-bool isMultiLine(const Window& edit)
+bool isMultiLine(const Window& edit) REQUIRES(coreMutex)
 {
     return edit.style & ES_MULTILINE;
 }
 
-void setSelection(Window& edit, EditState& state, EditSelection selection)
+void setSelection(Window& edit, EditState& state, EditSelection selection) REQUIRES(coreMutex)
 {
     if (state.selection == selection)
         return;
@@ -62,7 +62,7 @@ void report(HWND handle, Outcome outcome)
 }
 
 // A single line that doesn't scroll holds what fits its width.
-std::size_t limitOf(const Window& edit, const EditState& state)
+std::size_t limitOf(const Window& edit, const EditState& state) REQUIRES(coreMutex)
 {
     if (isMultiLine(edit) || (edit.style & ES_AUTOHSCROLL))
         return state.limit;
@@ -71,6 +71,7 @@ std::size_t limitOf(const Window& edit, const EditState& state)
 }
 
 Outcome replaceSelection(Window& edit, EditState& state, std::u16string_view text, std::size_t limit)
+    REQUIRES(coreMutex)
 {
     const std::size_t start = state.selection.start();
     const std::size_t count = state.selection.end() - start;
@@ -86,12 +87,12 @@ Outcome replaceSelection(Window& edit, EditState& state, std::u16string_view tex
     return {.changed = true, .full = full};
 }
 
-Outcome typeText(Window& edit, EditState& state, std::u16string_view typed)
+Outcome typeText(Window& edit, EditState& state, std::u16string_view typed) REQUIRES(coreMutex)
 {
     return replaceSelection(edit, state, fitToEdit(typed, isMultiLine(edit)), limitOf(edit, state));
 }
 
-Outcome takeNewText(Window& edit, EditState& state, std::u16string_view text)
+Outcome takeNewText(Window& edit, EditState& state, std::u16string_view text) REQUIRES(coreMutex)
 {
     const std::u16string fitted = fitToEdit(text, isMultiLine(edit));
     const std::u16string_view whole = cutToRoom(fitted, limitOf(edit, state));
@@ -103,13 +104,14 @@ Outcome takeNewText(Window& edit, EditState& state, std::u16string_view text)
 
 // Takes the selection, or the character that `neighbour` names, out of the text.
 Outcome erase(Window& edit, EditState& state, std::size_t (*neighbour)(std::u16string_view, std::size_t))
+    REQUIRES(coreMutex)
 {
     if (state.selection.anchor == state.selection.caret)
         state.selection.caret = neighbour(edit.text, state.selection.caret);
     return replaceSelection(edit, state, {}, std::numeric_limits<std::size_t>::max());
 }
 
-std::size_t caretAfter(const Window& edit, std::size_t caret, WPARAM key, bool control)
+std::size_t caretAfter(const Window& edit, std::size_t caret, WPARAM key, bool control) REQUIRES(coreMutex)
 {
     const std::u16string_view text = edit.text;
     switch (key) {
@@ -134,7 +136,7 @@ std::size_t caretAfter(const Window& edit, std::size_t caret, WPARAM key, bool c
     }
 }
 
-Outcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers)
+Outcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers) REQUIRES(coreMutex)
 {
     const bool control = modifiers & KeyWithControl;
     if (control && key == u'A') {
@@ -152,7 +154,7 @@ Outcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers)
     return {};
 }
 
-Outcome typeCharacter(Window& edit, EditState& state, char16_t character)
+Outcome typeCharacter(Window& edit, EditState& state, char16_t character) REQUIRES(coreMutex)
 {
     if (state.readOnly)
         return {};
@@ -165,7 +167,7 @@ LRESULT takeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     Outcome outcome;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* edit = findWindow(handle);
         if (!edit || !takesInputOf(*edit))
             return 0;
@@ -189,7 +191,7 @@ LRESULT setWholeText(HWND handle, LPARAM lParam)
 {
     bool multiLine = false;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* edit = findWindow(handle);
         if (!edit)
             return 0;
@@ -207,7 +209,7 @@ LRESULT replaceByProgram(HWND handle, LPARAM lParam)
 {
     Outcome outcome;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* edit = findWindow(handle);
         const auto* text = reinterpret_cast<const WCHAR*>(lParam);
         if (edit && text)
@@ -230,7 +232,7 @@ LRESULT giveSelection(const EditState& state, WPARAM start, LPARAM end)
     return static_cast<LRESULT>(MAKELONG(static_cast<WORD>(first), static_cast<WORD>(last)));
 }
 
-void selectByProgram(Window& edit, EditState& state, int start, int end)
+void selectByProgram(Window& edit, EditState& state, int start, int end) REQUIRES(coreMutex)
 {
     const std::size_t size = edit.text.size();
     const auto at = [size](int wanted) { return wanted < 0 ? size : std::min(static_cast<std::size_t>(wanted), size); };
@@ -241,7 +243,7 @@ void selectByProgram(Window& edit, EditState& state, int start, int end)
 }
 
 // Tab leaves the edit, and Enter is the dialog's unless it makes a line break.
-LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message)
+LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message) REQUIRES(coreMutex)
 {
     LRESULT code = HasSelection | WantsCharacters | WantsArrows;
     if (!isMultiLine(edit))
@@ -251,7 +253,7 @@ LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message)
     return dialogs ? code : code | WantsAllKeys;
 }
 
-LRESULT answer(Window& edit, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT answer(Window& edit, UINT message, WPARAM wParam, LPARAM lParam) REQUIRES(coreMutex)
 {
     auto& state = stateOf<EditState>(edit);
     switch (message) {
@@ -279,7 +281,7 @@ void closeDialog(HWND handle)
 {
     HWND dialog = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* edit = findWindow(handle);
         if (edit && edit->parent && edit->parent->state->isDialog() && isMultiLine(*edit))
             dialog = edit->parent->handle;
@@ -312,7 +314,7 @@ LRESULT editProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     default:
         return DefWindowProcW(handle, message, wParam, lParam);
     }
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* edit = findWindow(handle);
     return edit ? answer(*edit, message, wParam, lParam) : 0;
 }

@@ -26,7 +26,7 @@ struct ListBoxState : ClassState {
     long selectedCount = 0;
     int extent = 0;  // virtual pixels that the program wants to be scrolled over sideways
 
-    void describe(const Window&, WindowState& state) const override
+    void describe(const Window&, WindowState& state) const REQUIRES(coreMutex) override
     {
         state.caretRow = static_cast<int>(caret);
         state.extent = extent;
@@ -64,7 +64,7 @@ void moveSelection(ListBoxState& state, long index)
 
 // What the program asks for. All run under the lock; none notifies.
 
-LRESULT addRow(Window& box, ListBoxState& state, LPARAM text, std::optional<long> at)
+LRESULT addRow(Window& box, ListBoxState& state, LPARAM text, std::optional<long> at) REQUIRES(coreMutex)
 {
     if (!text)
         return LB_ERR;
@@ -84,7 +84,7 @@ LRESULT addRow(Window& box, ListBoxState& state, LPARAM text, std::optional<long
     return index;
 }
 
-LRESULT deleteRow(Window& box, ListBoxState& state, long index)
+LRESULT deleteRow(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
 {
     if (!isRow(state, index))
         return LB_ERR;
@@ -98,7 +98,7 @@ LRESULT deleteRow(Window& box, ListBoxState& state, long index)
     return static_cast<LRESULT>(state.rows.size());
 }
 
-LRESULT resetRows(Window& box, ListBoxState& state)
+LRESULT resetRows(Window& box, ListBoxState& state) REQUIRES(coreMutex)
 {
     state.rows.clear();
     state.caret = -1;
@@ -117,7 +117,7 @@ LRESULT giveRow(ListBoxState& state, long index, LPARAM out)
     return static_cast<LRESULT>(text.size());
 }
 
-LRESULT setSelected(Window& box, ListBoxState& state, bool selected, long index)
+LRESULT setSelected(Window& box, ListBoxState& state, bool selected, long index) REQUIRES(coreMutex)
 {
     if (!state.multiple || (index != -1 && !isRow(state, index)))
         return LB_ERR;
@@ -130,7 +130,7 @@ LRESULT setSelected(Window& box, ListBoxState& state, bool selected, long index)
     return 0;
 }
 
-LRESULT setCurrent(Window& box, ListBoxState& state, long index)
+LRESULT setCurrent(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
 {
     if (state.multiple || (index != -1 && !isRow(state, index)))
         return LB_ERR;
@@ -139,7 +139,7 @@ LRESULT setCurrent(Window& box, ListBoxState& state, long index)
     return index;
 }
 
-LRESULT setExtent(Window& box, ListBoxState& state, int extent)
+LRESULT setExtent(Window& box, ListBoxState& state, int extent) REQUIRES(coreMutex)
 {
     state.extent = std::max(extent, 0);
     announce(box, Change::Rows);
@@ -163,7 +163,7 @@ LRESULT isSelected(ListBoxState& state, long index)
     return rowAt(state, index).selected ? 1 : 0;
 }
 
-LRESULT answer(Window& box, ListBoxState& state, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT answer(Window& box, ListBoxState& state, UINT message, WPARAM wParam, LPARAM lParam) REQUIRES(coreMutex)
 {
     const long index = static_cast<int>(wParam);
     switch (message) {
@@ -210,7 +210,7 @@ struct Outcome {
     bool doubleClick = false;
 };
 
-Outcome clickRow(Window& box, ListBoxState& state, long index, bool doubleClick)
+Outcome clickRow(Window& box, ListBoxState& state, long index, bool doubleClick) REQUIRES(coreMutex)
 {
     if (!isRow(state, index))
         return {};
@@ -224,7 +224,7 @@ Outcome clickRow(Window& box, ListBoxState& state, long index, bool doubleClick)
     return {.notify = state.multiple || !doubleClick, .doubleClick = doubleClick};
 }
 
-Outcome moveCaret(Window& box, ListBoxState& state, long index)
+Outcome moveCaret(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
 {
     const long last = static_cast<long>(state.rows.size()) - 1;
     if (last < 0)
@@ -240,7 +240,7 @@ Outcome moveCaret(Window& box, ListBoxState& state, long index)
     return {.notify = moved || state.multiple};
 }
 
-Outcome pressKey(Window& box, ListBoxState& state, WPARAM key)
+Outcome pressKey(Window& box, ListBoxState& state, WPARAM key) REQUIRES(coreMutex)
 {
     const long page = std::max<long>((box.place.bottom - box.place.top) / RowHeight, 1);
     switch (key) {
@@ -264,7 +264,7 @@ Outcome pressKey(Window& box, ListBoxState& state, WPARAM key)
 }
 
 // Space turns a row on or off; any other character goes to the next row that begins with it.
-Outcome typeCharacter(Window& box, ListBoxState& state, char16_t character)
+Outcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQUIRES(coreMutex)
 {
     if (character == u' ')
         return state.multiple ? clickRow(box, state, std::max(state.caret, 0L), false) : Outcome{};
@@ -282,7 +282,7 @@ LRESULT takeInput(HWND handle, UINT message, WPARAM wParam)
 {
     Outcome outcome;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* box = findWindow(handle);
         if (!box || !takesInputOf(*box))
             return 0;
@@ -317,7 +317,7 @@ LRESULT listBoxProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam
     const bool own = (message >= LB_ADDSTRING && message <= LB_FINDSTRINGEXACT) || message == WM_GETDLGCODE;
     if (!own)
         return DefWindowProcW(handle, message, wParam, lParam);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* box = findWindow(handle);
     return box ? answer(*box, stateOf<ListBoxState>(*box), message, wParam, lParam) : 0;
 }
@@ -336,7 +336,7 @@ WindowClass listBoxClass()
 
 std::vector<ListRow> listRows(HWND listBox)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     std::vector<ListRow> rows;
     if (const auto* state = findState<ListBoxState>(listBox, WindowKind::ListBox)) {
         rows.reserve(state->rows.size());
@@ -347,7 +347,7 @@ std::vector<ListRow> listRows(HWND listBox)
 
 long findListRow(HWND listBox, const std::u16string& text)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     auto* state = findState<ListBoxState>(listBox, WindowKind::ListBox);
     if (!state)
         return -1;

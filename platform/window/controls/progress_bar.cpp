@@ -17,7 +17,7 @@ struct ProgressState : ClassState {
     int step = 10;
     int position = 0;
 
-    void describe(const Window&, WindowState& state) const override
+    void describe(const Window&, WindowState& state) const REQUIRES(coreMutex) override
     {
         state.progressLow = low;
         state.progressHigh = high;
@@ -25,7 +25,7 @@ struct ProgressState : ClassState {
     }
 };
 
-int moveTo(Window& bar, std::int64_t position)
+int moveTo(Window& bar, std::int64_t position) REQUIRES(coreMutex)
 {
     auto& state = stateOf<ProgressState>(bar);
     const int before = state.position;
@@ -36,14 +36,14 @@ int moveTo(Window& bar, std::int64_t position)
 }
 
 // Exactly the top is still a place of its own; only a sum above it starts over.
-int step(Window& bar)
+int step(Window& bar) REQUIRES(coreMutex)
 {
     const auto& state = stateOf<ProgressState>(bar);
     const std::int64_t sum = std::int64_t{state.position} + state.step;
     return moveTo(bar, sum > state.high ? state.low : sum);
 }
 
-LRESULT setRange(Window& bar, LPARAM ends)
+LRESULT setRange(Window& bar, LPARAM ends) REQUIRES(coreMutex)
 {
     auto& state = stateOf<ProgressState>(bar);
     const DWORD before = MAKELONG(static_cast<WORD>(state.low), static_cast<WORD>(state.high));
@@ -58,7 +58,7 @@ LRESULT progressProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lPara
 {
     if (message < PBM_SETRANGE || message > PBM_GETPOS)
         return DefWindowProcW(handle, message, wParam, lParam);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* bar = findWindow(handle);
     if (!bar)
         return 0;

@@ -1,9 +1,10 @@
-// The table of windows, and what the other files of the core share.
 #include "window/core.h"
 
 #include <algorithm>
 
 namespace platform::window {
+
+kernel::Mutex coreMutex;
 
 void ClassState::describe(const Window&, WindowState&) const {}
 
@@ -28,6 +29,17 @@ Core& core()
     return theCore;
 }
 
+Window* findWindow(HWND handle)
+{
+    Core& all = core();
+    const auto number = reinterpret_cast<std::uintptr_t>(handle);
+    const std::size_t slot = number & 0xFFFFFFFF;
+    if (slot == 0 || slot > all.slots.size())
+        return nullptr;
+    const WindowSlot& found = all.slots[slot - 1];
+    return found.generation == number >> 32 ? found.window.get() : nullptr;
+}
+
 Window& addWindow()
 {
     Core& all = core();
@@ -37,21 +49,21 @@ Window& addWindow()
     }
     const std::uint32_t slot = all.freeSlots.back();
     all.freeSlots.pop_back();
-    WindowSlot& place = all.slots[slot - 1];
-    place.window = std::make_unique<Window>();
-    const std::uintptr_t number = (static_cast<std::uintptr_t>(++place.generation) << 32) | slot;
-    place.window->handle = reinterpret_cast<HWND>(number);
-    return *place.window;
+    WindowSlot& free = all.slots[slot - 1];
+    free.window = std::make_unique<Window>();
+    const std::uintptr_t number = (static_cast<std::uintptr_t>(++free.generation) << 32) | slot;
+    free.window->handle = reinterpret_cast<HWND>(number);
+    return *free.window;
 }
 
 namespace {
 
-void forgetQueued(Thread& thread, HWND window)
+void forgetQueued(Thread& thread, HWND window) REQUIRES(coreMutex)
 {
     std::erase_if(thread.posted, [window](const MSG& message) { return message.hwnd == window; });
     std::erase_if(thread.input, [window](const Input& input) { return input.message.hwnd == window; });
     std::erase_if(thread.timers, [window](const Timer& timer) { return timer.window == window; });
-    std::erase(thread.condemned, window);
+    std::erase(thread.toDestroy, window);
     if (thread.focus == window)
         thread.focus = nullptr;
     if (thread.active == window)
@@ -72,8 +84,9 @@ void removeWindow(Window& window)
     else
         std::erase(all.topLevel, handle);
     announce(window, Change::Destroyed);
-    tell(*window.thread);  // a frame that waits for this window's messages has to see that it is gone
-    wakeTurnWaiters();     // so has a send
+    // Both a frame that retrieves messages of this window alone and a send to it have to see that it is gone.
+    noteArrival(*window.thread);
+    wakeTurnWaiters();
 
     const auto slot = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle) & 0xFFFFFFFF);
     all.slots[slot - 1].window.reset();
@@ -118,16 +131,16 @@ bool takesInputOf(const Window& window)
     return true;
 }
 
-void condemn(Window& window)
+void destroyLater(Window& window)
 {
-    window.thread->condemned.push_back(window.handle);
+    window.thread->toDestroy.push_back(window.handle);
     announce(window, Change::Shown);
-    tell(*window.thread);
+    noteArrival(*window.thread);
 }
 
-bool isCondemned(const Window& window)
+bool isToBeDestroyed(const Window& window)
 {
-    return std::ranges::find(window.thread->condemned, window.handle) != window.thread->condemned.end();
+    return std::ranges::find(window.thread->toDestroy, window.handle) != window.thread->toDestroy.end();
 }
 
 void announce(const Window& window, Change change)
@@ -142,17 +155,17 @@ void announceGlobal(Change change)
         display->changed(nullptr, change);
 }
 
-void tell(Thread& thread)
+void noteArrival(Thread& thread)
 {
-    ++thread.news;
+    ++thread.arrivals;
     if (thread.retrieving > 0)
-        thread.newsCame.notify_all();
+        thread.arrived.notifyAll();
 }
 
 void wakeTurnWaiters()
 {
     if (core().turnWaiters > 0)
-        core().turnFreed.notify_all();
+        core().turnFreed.notifyAll();
 }
 
 void setText(Window& window, std::u16string_view text)
@@ -177,7 +190,7 @@ int fail(DWORD error)
 
 void setDisplay(Display* display)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     core().display = display;
 }
 

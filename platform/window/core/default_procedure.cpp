@@ -10,7 +10,7 @@ using namespace platform::window;
 
 namespace {
 
-LRESULT giveText(const Window& window, WPARAM capacity, WCHAR* out)
+LRESULT giveText(const Window& window, WPARAM capacity, WCHAR* out) REQUIRES(coreMutex)
 {
     if (!out || capacity == 0)
         return 0;
@@ -20,7 +20,7 @@ LRESULT giveText(const Window& window, WPARAM capacity, WCHAR* out)
     return static_cast<LRESULT>(count);
 }
 
-LRESULT takeIcon(Window& window, WPARAM size, LPARAM icon)
+LRESULT takeIcon(Window& window, WPARAM size, LPARAM icon) REQUIRES(coreMutex)
 {
     if (size == ICON_SMALL) {
         window.iconId = resourceIdOf(reinterpret_cast<const void*>(icon));
@@ -37,7 +37,7 @@ LRESULT DefWindowProcW(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
         DestroyWindow(handle);
         return 0;
     }
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* window = findWindow(handle);
     if (!window)
         return 0;

@@ -32,7 +32,7 @@ std::vector<Window*> groupOf(Window& control)
     if (!control.parent)
         return {&control};
     const std::vector<Window*>& all = control.parent->children;
-    const auto startsGroup = [](const Window* window) { return hasStyle(*window, WS_GROUP); };
+    const auto startsGroup = [](const Window* window) REQUIRES(coreMutex) { return hasStyle(*window, WS_GROUP); };
     const auto self = std::ranges::find(all, &control);
     auto first = self;
     while (first != all.begin() && !startsGroup(*first))
@@ -55,7 +55,7 @@ namespace {
 
 // Where the keyboard goes in a window that becomes active. A window that isn't a dialog gets it itself only
 // if none of its controls takes it: the program's main loop knows no Tab, so its tree would never be reached.
-HWND focusFor(Window& top)
+HWND focusFor(Window& top) REQUIRES(coreMutex)
 {
     Window* last = findWindow(top.lastFocus);
     if (last && isWithin(*last, top) && acceptsFocus(*last))
@@ -73,7 +73,7 @@ HWND focusFor(Window& top)
 
 void activate(HWND topLevel)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     Thread& self = currentThread();
     Window* top = findWindow(topLevel);
     if (!top || top->thread != &self || top->dying)
@@ -96,7 +96,7 @@ void activate(HWND topLevel)
 
 void moveFocusOff(HWND window)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     const Thread& self = currentThread();
     Window* left = findWindow(window);
     const Window* focused = findWindow(self.focus);
@@ -115,7 +115,7 @@ using namespace platform::window;
 
 HWND SetFocus(HWND window)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     Thread& self = currentThread();
     Window* wanted = window ? findWindow(window) : nullptr;
     if (window && !wanted) {
@@ -146,13 +146,13 @@ HWND SetFocus(HWND window)
 
 HWND GetFocus()
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     return currentThread().focus;
 }
 
 BOOL SetForegroundWindow(HWND window)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     Window* found = findWindow(window);
     if (!found)
         return fail(ERROR_INVALID_WINDOW_HANDLE);

@@ -58,7 +58,7 @@ WORD resourceIdOf(const void* handle)
 
 bool showsWaitCursor()
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     return core().waitCursors > 0;
 }
 
@@ -99,7 +99,7 @@ HCURSOR LoadCursorW(HINSTANCE instance, const WCHAR* name)
 
 HCURSOR SetCursor(HCURSOR cursor)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Thread& self = currentThread();
     const HCURSOR before = std::exchange(self.cursor, cursor);
     int& shown = core().waitCursors;

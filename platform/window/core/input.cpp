@@ -16,12 +16,12 @@ bool isKept(UINT message)
     return message == InputClose || message == InputResize;
 }
 
-bool isBusy(const Thread& thread)
+bool isBusy(const Thread& thread) REQUIRES(coreMutex)
 {
     return thread.retrieving == 0 && thread.inCommand;
 }
 
-bool queue(Window& window, Input input)
+bool queue(Window& window, Input input) REQUIRES(coreMutex)
 {
     const UINT message = input.message.message;
     if (window.dying || (message != InputResize && !takesInputOf(window)))
@@ -32,39 +32,40 @@ bool queue(Window& window, Input input)
     input.message.hwnd = window.handle;
     // Of two wishes of a kind the later one stands for both.
     if (isKept(message))
-        std::erase_if(thread.input, [&](const Input& earlier) {
+        std::erase_if(thread.input, [&](const Input& earlier) REQUIRES(coreMutex) {
             return earlier.message.hwnd == window.handle && earlier.message.message == message;
         });
     thread.input.push_back(std::move(input));
-    tell(thread);
+    noteArrival(thread);
     return true;
 }
 
 bool queue(HWND handle, UINT message, WPARAM wParam = 0, LPARAM lParam = 0)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* window = findWindow(handle);
     return window && queue(*window, {MSG{nullptr, message, wParam, lParam, 0, {}}, {}});
 }
 
 bool queueText(HWND handle, UINT message, std::u16string text)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* window = findWindow(handle);
     return window && queue(*window, {MSG{nullptr, message, 0, 0, 0, {}}, std::move(text)});
 }
 
 // Keys for a top-level window mean the control in it that has the focus.
-Window& keyTarget(Window& window)
+Window& keyTarget(Window& window) REQUIRES(coreMutex)
 {
     Window* focused = findWindow(window.thread->focus);
     return !window.parent && focused && isWithin(*focused, window) ? *focused : window;
 }
 
-bool isDisabledCommand(const Window& window, WORD id)
+bool isDisabledCommand(const Window& window, WORD id) REQUIRES(coreMutex)
 {
-    return std::ranges::any_of(window.children,
-                               [id](const Window* child) { return child->state->disablesCommand(*child, id); });
+    return std::ranges::any_of(window.children, [id](const Window* child) REQUIRES(coreMutex) {
+        return child->state->disablesCommand(*child, id);
+    });
 }
 
 }  // namespace
@@ -103,7 +104,7 @@ bool postFocus(HWND window)
 bool postKey(HWND handle, WORD virtualKey, bool shift, bool control, bool alt)
 {
     const LPARAM modifiers = (shift ? KeyWithShift : 0) | (control ? KeyWithControl : 0) | (alt ? KeyWithAlt : 0);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* window = findWindow(handle);
     return window && queue(keyTarget(*window),
                            {MSG{nullptr, alt ? WM_SYSKEYDOWN : WM_KEYDOWN, virtualKey, modifiers, 0, {}}, {}});
@@ -111,7 +112,7 @@ bool postKey(HWND handle, WORD virtualKey, bool shift, bool control, bool alt)
 
 bool postText(HWND handle, std::u16string text)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* window = findWindow(handle);
     return window && queue(keyTarget(*window), {MSG{nullptr, InputText, 0, 0, 0, {}}, std::move(text)});
 }
@@ -125,7 +126,7 @@ bool postNewText(HWND edit, std::u16string text)
 bool postClose(HWND handle)
 {
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(handle);
         if (!window || (window->state->isDialog() && !hasStyle(*window, WS_SYSMENU)))
             return false;
@@ -136,7 +137,7 @@ bool postClose(HWND handle)
 bool postCaptionOk(HWND handle)
 {
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(handle);
         if (!window || !(window->exStyle & WS_EX_CAPTIONOKBTN))
             return false;
@@ -147,7 +148,7 @@ bool postCaptionOk(HWND handle)
 bool postCommand(HWND handle, WORD id)
 {
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(handle);
         if (!window || isDisabledCommand(*window, id))
             return false;
@@ -162,12 +163,12 @@ bool postResize(HWND topLevel, int width, int height)
 
 bool takesInput(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     if (!window)
         return false;
     const Thread& thread = *window->thread;
-    return thread.retrieving > 0 && thread.posted.empty() && thread.condemned.empty() && !thread.quit &&
+    return thread.retrieving > 0 && thread.posted.empty() && thread.toDestroy.empty() && !thread.quit &&
            std::ranges::none_of(thread.input, isDeliverable);
 }
 
@@ -179,7 +180,7 @@ void bringKeyboard(HWND handle)
     HWND top = nullptr;
     bool accepts = false;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* window = findWindow(handle);
         if (!window)
             return;
@@ -197,7 +198,7 @@ void captionOk(HWND handle)
 {
     HWND control = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* window = findWindow(handle);
         const Window* ok = window ? findChild(*window, IDOK) : nullptr;
         if (ok && hasStyle(*ok, WS_DISABLED))
@@ -209,7 +210,7 @@ void captionOk(HWND handle)
 
 bool isEdit(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     return window && window->state->editsText();
 }
@@ -223,7 +224,7 @@ void typeInto(const MSG& message)
     }
     std::u16string text;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         text = std::exchange(currentThread().arrivedText, {});
     }
     if (message.message == InputText)

@@ -23,7 +23,7 @@ bool readWindowLocked(HWND handle, WindowState& state)
     state.style = window->style;
     state.exStyle = window->exStyle;
     state.place = window->place;
-    state.visible = hasStyle(*window, WS_VISIBLE) && !isCondemned(*window);
+    state.visible = hasStyle(*window, WS_VISIBLE) && !isToBeDestroyed(*window);
     state.enabled = !hasStyle(*window, WS_DISABLED);
     state.focused = window->thread->focus == handle;
     state.iconId = window->iconId;
@@ -33,7 +33,7 @@ bool readWindowLocked(HWND handle, WindowState& state)
 
 bool readWindow(HWND window, WindowState& state)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     return readWindowLocked(window, state);
 }
 
@@ -47,13 +47,13 @@ std::vector<HWND> childrenOfLocked(HWND handle)
 
 std::vector<HWND> childrenOf(HWND window)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     return childrenOfLocked(window);
 }
 
 std::vector<HWND> topLevelWindows()
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     return core().topLevel;
 }
 

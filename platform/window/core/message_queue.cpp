@@ -1,11 +1,22 @@
-// Each thread's queue: what is posted to its windows, their input, their timers, the wish to quit.
+// What a thread retrieves, in this order: posted messages, input, the wish to quit, timers that are due. Only the
+// thread in whose name the caller runs is served; any thread may add to the queues.
+//
+// GetMessageW holds the mutex except while it waits or destroys windows. Its loop relies on this:
+//
+// - Whatever may make a message retrievable calls noteArrival, which counts it and wakes the frames that wait: a posted
+//   message, input, the wish to quit, a new timer, a window that was enabled or removed. A frame reads the counter
+//   before it gives its turn up, so nothing that comes afterwards is missed.
+// - Several frames of one thread can wait at a time, one for each visit with a message loop. All wake; the frame of the
+//   current level takes its turn back first, and those below it when the visits above them have ended.
+// - The turn is free during the wait, so sends to the thread's windows run then. After the wait the frame needs the
+// turn
+//   again before it touches a queue.
 #include "turn.h"
 #include "window/core.h"
 #include "window/input.h"
 #include "window/window_life.h"
 
 #include <algorithm>
-#include <limits>
 
 using namespace platform::window;
 
@@ -17,7 +28,7 @@ struct Filter {
     UINT low;
     UINT high;
 
-    [[nodiscard]] bool takes(HWND target, UINT message) const
+    [[nodiscard]] bool takes(HWND target, UINT message) const REQUIRES(coreMutex)
     {
         if ((low != 0 || high != 0) && (message < low || message > high))
             return false;
@@ -36,10 +47,11 @@ DWORD ticks()
     return static_cast<DWORD>(duration_cast<milliseconds>(Clock::now().time_since_epoch()).count());
 }
 
-bool takePosted(Thread& self, const Filter& filter, MSG& message)
+bool takePosted(Thread& self, const Filter& filter, MSG& message) REQUIRES(coreMutex)
 {
-    const auto found = std::ranges::find_if(
-        self.posted, [&filter](const MSG& posted) { return filter.takes(posted.hwnd, posted.message); });
+    const auto found = std::ranges::find_if(self.posted, [&filter](const MSG& posted) REQUIRES(coreMutex) {
+        return filter.takes(posted.hwnd, posted.message);
+    });
     if (found == self.posted.end())
         return false;
     message = *found;
@@ -47,10 +59,10 @@ bool takePosted(Thread& self, const Filter& filter, MSG& message)
     return true;
 }
 
-bool takeInput(Thread& self, const Filter& filter, MSG& message)
+bool takeInput(Thread& self, const Filter& filter, MSG& message) REQUIRES(coreMutex)
 {
     std::erase_if(self.input, isToBeDropped);
-    const auto found = std::ranges::find_if(self.input, [&filter](const Input& input) {
+    const auto found = std::ranges::find_if(self.input, [&filter](const Input& input) REQUIRES(coreMutex) {
         return isDeliverable(input) && filter.takes(input.message.hwnd, input.message.message);
     });
     if (found == self.input.end())
@@ -61,7 +73,7 @@ bool takeInput(Thread& self, const Filter& filter, MSG& message)
     return true;
 }
 
-bool takeQuit(Thread& self, MSG& message)
+bool takeQuit(Thread& self, MSG& message) REQUIRES(coreMutex)
 {
     if (!self.quit)
         return false;
@@ -75,17 +87,18 @@ bool takeQuit(Thread& self, MSG& message)
     return true;
 }
 
-Timer* nextTimer(Thread& self, const Filter& filter)
+Timer* nextTimer(Thread& self, const Filter& filter) REQUIRES(coreMutex)
 {
     Timer* next = nullptr;
-    for (Timer& timer : self.timers)
+    for (Timer& timer : self.timers) {
         if (filter.takes(timer.window, WM_TIMER) && (!next || timer.due < next->due))
             next = &timer;
+    }
     return next;
 }
 
-// Made on demand: however long the thread was busy, the ticks that it missed are one.
-bool takeTimer(Thread& self, const Filter& filter, MSG& message)
+// WM_TIMER is made when it is retrieved: a thread that was busy for several periods gets one message.
+bool takeTimer(Thread& self, const Filter& filter, MSG& message) REQUIRES(coreMutex)
 {
     Timer* timer = nextTimer(self, filter);
     const Clock::time_point now = Clock::now();
@@ -96,15 +109,15 @@ bool takeTimer(Thread& self, const Filter& filter, MSG& message)
     return true;
 }
 
-bool isForEdit(const MSG& message)
+bool isForEdit(const MSG& message) REQUIRES(coreMutex)
 {
     const Window* target = findWindow(message.hwnd);
     return target && target->state->editsText();
 }
 
-// A character typed into an edit and a tick are over soon; what else is handled may be a run. The same
-// letter on a button presses it.
-bool mayTakeLong(const MSG& message)
+// A timer's message and a character typed into an edit are handled quickly. Anything else may start a run, such as the
+// same character on a button, which presses it.
+bool mayTakeLong(const MSG& message) REQUIRES(coreMutex)
 {
     switch (message.message) {
     case WM_TIMER:
@@ -120,7 +133,7 @@ bool mayTakeLong(const MSG& message)
     }
 }
 
-bool takeNext(Thread& self, const Filter& filter, MSG& message)
+bool takeNext(Thread& self, const Filter& filter, MSG& message) REQUIRES(coreMutex)
 {
     if (!takePosted(self, filter, message) && !takeInput(self, filter, message) && !takeQuit(self, message) &&
         !takeTimer(self, filter, message))
@@ -129,33 +142,33 @@ bool takeNext(Thread& self, const Filter& filter, MSG& message)
     return true;
 }
 
-// Waits for news or a timer that is due, without looking at whose turn it is.
-void waitWithoutTurn(Lock& lock, Thread& self, const Filter& filter, std::uint64_t seen)
+// Waits for an arrival or until a timer is due. The turn need not be free at the end.
+void waitWithoutTurn(Thread& self, const Filter& filter, std::uint64_t seen) REQUIRES(coreMutex)
 {
-    while (self.news == seen) {
+    while (self.arrivals == seen) {
         const Timer* timer = nextTimer(self, filter);
         if (!timer) {
-            self.newsCame.wait(lock);
+            self.arrived.wait(coreMutex);
         } else if (timer->due <= Clock::now()) {
             return;
         } else {
-            // A copy: the timer may be killed, or its vector move, while nobody holds the lock.
+            // A copy: while the mutex is free the timer may be killed, or its vector may move.
             const Clock::time_point due = timer->due;
-            self.newsCame.wait_until(lock, due);
+            self.arrived.waitUntil(coreMutex, due);
         }
     }
 }
 
-// Gives the turn up until there is news or a timer is due, and holds it again at the end.
-void waitForNews(Lock& lock, Thread& self, const Filter& filter)
+// Gives the turn up until something arrives or a timer is due, and holds it again at the end.
+void waitForArrival(Thread& self, const Filter& filter) REQUIRES(coreMutex)
 {
     const unsigned level = self.level;
-    const std::uint64_t seen = self.news;
+    const std::uint64_t seen = self.arrivals;
     giveUpTurn(self);
     ++self.retrieving;
     announceGlobal(Change::Idle);
-    waitWithoutTurn(lock, self, filter, seen);
-    takeTurnBack(lock, self, level);
+    waitWithoutTurn(self, filter, seen);
+    takeTurnBack(self, level);
     --self.retrieving;
     announceGlobal(Change::Busy);
 }
@@ -168,47 +181,47 @@ BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high)
         SetLastError(ERROR_INVALID_PARAMETER);
         return -1;
     }
-    Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Thread& self = currentThread();
     const Filter filter{window, low, high};
-    letSendersIn(lock, self);
+    letSendersIn(self);
     for (;;) {
-        destroyCondemned(lock, self);
+        destroyPending(self);
         if (window && !findWindow(window)) {
             SetLastError(ERROR_INVALID_WINDOW_HANDLE);
             return -1;
         }
         if (takeNext(self, filter, *message))
             return message->message != WM_QUIT;
-        waitForNews(lock, self, filter);
+        waitForArrival(self, filter);
     }
 }
 
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* receiver = findWindow(window);
     if (!receiver)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
     receiver->thread->posted.push_back({window, message, wParam, lParam, ticks(), {}});
-    tell(*receiver->thread);
+    noteArrival(*receiver->thread);
     return TRUE;
 }
 
 void PostQuitMessage(int exitCode)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Thread& self = currentThread();
     self.quit = true;
     self.exitCode = exitCode;
-    tell(self);
+    noteArrival(self);
 }
 
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure)
 {
     if (procedure)
         return static_cast<UINT_PTR>(fail(ERROR_INVALID_PARAMETER));
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* owner = findWindow(window);
     if (!owner)
         return static_cast<UINT_PTR>(fail(ERROR_INVALID_WINDOW_HANDLE));
@@ -216,13 +229,13 @@ UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure)
     std::vector<Timer>& timers = owner->thread->timers;
     std::erase_if(timers, [&](const Timer& timer) { return timer.window == window && timer.id == id; });
     timers.push_back({window, id, period, Clock::now() + period});
-    tell(*owner->thread);
+    noteArrival(*owner->thread);
     return id != 0 ? id : 1;
 }
 
 BOOL KillTimer(HWND window, UINT_PTR id)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* owner = findWindow(window);
     if (!owner)
         return fail(ERROR_INVALID_WINDOW_HANDLE);

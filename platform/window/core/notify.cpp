@@ -8,7 +8,7 @@ namespace {
 // The parent, and the control's id; null for a window without one.
 HWND parentOf(HWND control, int& id)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(control);
     if (!window || !window->parent)
         return nullptr;

@@ -6,40 +6,39 @@
 #include <optional>
 
 using namespace platform::window;
+namespace kernel = platform::kernel;
 
 namespace {
 
-// The receiver's own last error isn't the sender's: a visit leaves the sender's as it was.
-LRESULT runAsReceiver(Lock& lock, WNDPROC procedure, HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+// The last error is the calling system thread's, so what the receiver sets must not reach the sender.
+LRESULT runAsReceiver(WNDPROC procedure, HWND window, UINT message, WPARAM wParam, LPARAM lParam) REQUIRES(coreMutex)
 {
     const DWORD error = GetLastError();
-    lock.unlock();
+    const kernel::MutexUnlock unlocked(coreMutex);
     const LRESULT result = procedure(window, message, wParam, lParam);
     SetLastError(error);
-    lock.lock();
     return result;
 }
 
-LRESULT sendAcross(Lock& lock, Thread& self, HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT sendAcross(Thread& self, HWND window, UINT message, WPARAM wParam, LPARAM lParam) REQUIRES(coreMutex)
 {
-    const Visit visit(lock, self, window);
+    const Visit visit(self, window);
     if (!visit.receiver())
         return fail(ERROR_INVALID_WINDOW_HANDLE);
-    const WNDPROC procedure = visit.receiver()->windowClass->procedure;
-    return runAsReceiver(lock, procedure, window, message, wParam, lParam);
+    return runAsReceiver(visit.receiver()->windowClass->procedure, window, message, wParam, lParam);
 }
 
 }  // namespace
 
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     const Window* receiver = findWindow(window);
     if (!receiver)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
     Thread& self = currentThread();
     if (receiver->thread != &self)
-        return sendAcross(lock, self, window, message, wParam, lParam);
+        return sendAcross(self, window, message, wParam, lParam);
     const WNDPROC procedure = receiver->windowClass->procedure;
     lock.unlock();
     return procedure(window, message, wParam, lParam);
@@ -56,7 +55,7 @@ LRESULT DispatchMessageW(const MSG* message)
 
 namespace {
 
-// The character of a key, as far as the core makes any: typed text comes as text, not as keys.
+// The character that a key types, if the core makes one. Other typed text comes as InputText, not as keys.
 std::optional<WPARAM> characterOf(WPARAM key, LPARAM modifiers)
 {
     const bool shift = modifiers & KeyWithShift;

@@ -1,4 +1,15 @@
-// Turns, and the record that each thread has as long as it lives.
+// Who waits for what, and who wakes whom:
+//
+// - All waits for a turn are on Core::turnFreed. Whatever can end such a wait notifies all waiters: a turn is given up,
+// a
+//   send no longer waits, or a window is removed. Each waiter then looks at its own condition again.
+// - A frame that takes its turn back needs the turn free and no visit above it. Its visits above end in the reverse
+//   order of their beginning, so exactly one frame of a thread can have the current level.
+// - A send needs the turn free and no frame of the receiver that is ready to continue (Thread::waitingLevel). So a
+// frame
+//   goes before new sends, and letSendersIn, which every retrieval of a message calls, lets the sends go before the
+//   next message. Neither can keep the other waiting for ever.
+// - No wait holds a turn: a frame gives its turn up before it waits for another one. So no ring of waits arises.
 #include "turn.h"
 
 #include <algorithm>
@@ -7,10 +18,10 @@ namespace platform::window {
 
 namespace {
 
-// Takes the thread's windows down when the system thread ends. No procedure runs any more.
+// Removes the thread's windows when the system thread ends. No procedure runs any more.
 void endThread(Thread& thread)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Core& all = core();
     const std::vector<HWND> tops = all.topLevel;
     for (const HWND top : tops) {
@@ -18,19 +29,19 @@ void endThread(Thread& thread)
         if (window && window->thread == &thread)
             removeWindow(*window);
     }
-    // What these windows owned on other threads goes too, in those threads' name.
+    // Other threads destroy what these windows owned on them.
     for (const HWND top : tops) {
         Window* window = findWindow(top);
         if (window && window->owner && !findWindow(window->owner) &&
             std::ranges::find(tops, window->owner) != tops.end())
-            condemn(*window);
+            destroyLater(*window);
     }
     if (thread.cursor && --all.waitCursors == 0)
         announceGlobal(Change::Cursor);
 }
 
 struct ThreadRecord {
-    ThreadRecord() { own.id = ++core().threadsSoFar; }
+    ThreadRecord() REQUIRES(coreMutex) { own.id = ++core().threadsSoFar; }
     ThreadRecord(const ThreadRecord&) = delete;
     ThreadRecord& operator=(const ThreadRecord&) = delete;
     ~ThreadRecord() { endThread(own); }
@@ -39,11 +50,48 @@ struct ThreadRecord {
     Thread* current = &own;
 };
 
-// Made at the thread's first call, under the lock.
-ThreadRecord& threadRecord()
+// Made at the thread's first call.
+ThreadRecord& threadRecord() REQUIRES(coreMutex)
 {
     thread_local ThreadRecord record;
     return record;
+}
+
+void waitForTurns() REQUIRES(coreMutex)
+{
+    ++core().turnWaiters;
+    core().turnFreed.wait(coreMutex);
+    --core().turnWaiters;
+}
+
+bool isFreeForSends(const Thread& thread) REQUIRES(coreMutex)
+{
+    return !thread.turnTaken && thread.waitingLevel != thread.level;
+}
+
+// Waits for the turn of the window's thread. Null if the window is destroyed meanwhile.
+Window* waitForReceiver(HWND window) REQUIRES(coreMutex)
+{
+    Window* found = findWindow(window);
+    if (found && !isFreeForSends(*found->thread)) {
+        std::vector<HWND>& waiting = core().waitingSends;
+        waiting.push_back(window);
+        while (found && !isFreeForSends(*found->thread)) {
+            waitForTurns();
+            found = findWindow(window);
+        }
+        waiting.erase(std::ranges::find(waiting, window));
+        wakeTurnWaiters();  // letSendersIn waits until no send for its thread is left
+    }
+    return found;
+}
+
+bool hasWaitingSend(const Thread& thread) REQUIRES(coreMutex)
+{
+    return std::ranges::any_of(core().waitingSends, [&thread](HWND window) REQUIRES(coreMutex) {
+        const Window* found = findWindow(window);
+        return found && found->thread == &thread;
+    });
 }
 
 }  // namespace
@@ -53,73 +101,48 @@ Thread& currentThread()
     return *threadRecord().current;
 }
 
-void waitForTurns(Lock& lock)
-{
-    ++core().turnWaiters;
-    core().turnFreed.wait(lock);
-    --core().turnWaiters;
-}
-
 void giveUpTurn(Thread& thread)
 {
     thread.turnTaken = false;
     wakeTurnWaiters();
 }
 
-void takeTurnBack(Lock& lock, Thread& thread, unsigned level)
+void takeTurnBack(Thread& thread, unsigned level)
 {
     while (thread.turnTaken || thread.level != level) {
-        thread.owedTo = level;
-        waitForTurns(lock);
+        thread.waitingLevel = level;
+        waitForTurns();
     }
     thread.turnTaken = true;
-    thread.owedTo.reset();
+    thread.waitingLevel.reset();
 }
 
-namespace {
-
-bool isFree(const Thread& thread)
+void letSendersIn(Thread& self)
 {
-    return !thread.turnTaken && thread.owedTo != thread.level;
-}
-
-}  // namespace
-
-Window* waitForReceiver(Lock& lock, HWND window)
-{
-    Window* found = findWindow(window);
-    if (found && !isFree(*found->thread)) {
-        Core& all = core();
-        all.waitingSends.push_back(window);
-        while (found && !isFree(*found->thread)) {
-            waitForTurns(lock);
-            found = findWindow(window);
-        }
-        all.waitingSends.erase(std::ranges::find(all.waitingSends, window));
-        wakeTurnWaiters();  // letSendersIn counts
-    }
-    return found;
-}
-
-void letSendersIn(Lock& lock, Thread& self)
-{
-    const auto forSelf = [&self](HWND window) {
-        const Window* found = findWindow(window);
-        return found && found->thread == &self;
-    };
-    if (std::ranges::none_of(core().waitingSends, forSelf))
+    if (!hasWaitingSend(self))
         return;
     const unsigned level = self.level;
     giveUpTurn(self);
-    while (std::ranges::any_of(core().waitingSends, forSelf))
-        waitForTurns(lock);
-    takeTurnBack(lock, self, level);
+    while (hasWaitingSend(self))
+        waitForTurns();
+    takeTurnBack(self, level);
 }
 
-Visit::Visit(Lock& lock, Thread& self, HWND window) : lock_(lock), self_(self), level_(self.level)
+Visit::Visit(Thread& self, HWND window) : self_(self)
 {
-    giveUpTurn(self);
-    receiver_ = waitForReceiver(lock, window);
+    begin(window);
+}
+
+Visit::~Visit()
+{
+    end();
+}
+
+void Visit::begin(HWND window)
+{
+    level_ = self_.level;
+    giveUpTurn(self_);
+    receiver_ = waitForReceiver(window);
     if (!receiver_)
         return;
     visited_ = receiver_->thread;
@@ -128,14 +151,14 @@ Visit::Visit(Lock& lock, Thread& self, HWND window) : lock_(lock), self_(self), 
     threadRecord().current = visited_;
 }
 
-Visit::~Visit()
+void Visit::end()
 {
     if (visited_) {
         threadRecord().current = &self_;
         --visited_->level;
         giveUpTurn(*visited_);
     }
-    takeTurnBack(lock_, self_, level_);
+    takeTurnBack(self_, level_);
 }
 
 }  // namespace platform::window

@@ -1,43 +1,37 @@
-// turn.h - who runs in which thread's name; core.h tells how.
+// turn.h - who runs in which thread's name. core.h explains turns.
 #pragma once
 
 #include "window/core.h"
 
 namespace platform::window {
 
-// All need the lock.
-
 // Lets others run in the thread's name.
-void giveUpTurn(Thread& thread);
+void giveUpTurn(Thread& thread) REQUIRES(coreMutex);
 
-// Waits until the thread's turn is free and the visits above `level` are over, and takes it.
-void takeTurnBack(Lock& lock, Thread& thread, unsigned level);
+// Waits until the turn is free and all visits above `level` have ended, and takes it.
+void takeTurnBack(Thread& thread, unsigned level) REQUIRES(coreMutex);
 
-// Waits for the turn of the window's thread, without holding it. Null if the window dies meanwhile.
-[[nodiscard]] Window* waitForReceiver(Lock& lock, HWND window);
+// Lets every send that waits for the thread run. The caller holds the turn before and after.
+void letSendersIn(Thread& self) REQUIRES(coreMutex);
 
-// Sends that wait for the thread go first; the caller holds its turn before and after.
-void letSendersIn(Lock& lock, Thread& self);
-
-// Waits on Core::turnFreed once.
-void waitForTurns(Lock& lock);
-
-// The calling system thread under another thread's name, from construction to destruction; the own
-// turn is given up meanwhile. The lock is held at both ends.
+// Puts the calling system thread under the name of the thread that owns a window, from construction to destruction.
+// `self`, the thread in whose name it ran before, is without its turn meanwhile.
 class Visit {
 public:
-    Visit(Lock& lock, Thread& self, HWND window);
+    Visit(Thread& self, HWND window) REQUIRES(coreMutex);
     Visit(const Visit&) = delete;
     Visit& operator=(const Visit&) = delete;
-    ~Visit();
+    ~Visit() REQUIRES(coreMutex);
 
-    // The window to run; null if it died before its turn came.
+    // The window whose procedure is to run. Null if it was destroyed before its thread's turn was free.
     [[nodiscard]] const Window* receiver() const { return receiver_; }
 
 private:
-    Lock& lock_;
+    void begin(HWND window) REQUIRES(coreMutex);
+    void end() REQUIRES(coreMutex);
+
     Thread& self_;
-    unsigned level_;
+    unsigned level_ = 0;  // of the frame that makes the visit
     Thread* visited_ = nullptr;
     const Window* receiver_ = nullptr;
 };

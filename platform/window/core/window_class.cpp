@@ -17,7 +17,7 @@ namespace {
 // The classes of the program begin behind those of the core, as their atoms do.
 constexpr ATOM FirstAtom = 0xC000;
 
-void registerBuiltIn(Core& all)
+void registerBuiltIn(Core& all) REQUIRES(coreMutex)
 {
     if (all.classes.empty())
         for (WindowClass& builtIn : builtInClasses())
@@ -44,7 +44,7 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass)
 {
     if (!windowClass || !windowClass->lpfnWndProc || !windowClass->lpszClassName || !*windowClass->lpszClassName)
         return static_cast<ATOM>(fail(ERROR_INVALID_PARAMETER));
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     if (findClass(windowClass->lpszClassName))
         return static_cast<ATOM>(fail(ERROR_CLASS_ALREADY_EXISTS));
     WindowClass added;

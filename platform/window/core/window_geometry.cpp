@@ -19,7 +19,7 @@ using namespace platform::window;
 
 BOOL GetWindowRect(HWND handle, RECT* rectangle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -31,7 +31,7 @@ BOOL GetWindowRect(HWND handle, RECT* rectangle)
 
 BOOL ScreenToClient(HWND handle, POINT* point)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -42,7 +42,7 @@ BOOL ScreenToClient(HWND handle, POINT* point)
 
 DWORD GetMessagePos()
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const POINT& pointer = currentThread().pointer;
     return MAKELONG(static_cast<WORD>(pointer.x), static_cast<WORD>(pointer.y));
 }

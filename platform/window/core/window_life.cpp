@@ -10,7 +10,7 @@ namespace platform::window {
 
 namespace {
 
-void placeWindow(Window& window, const Creation& creation)
+void placeWindow(Window& window, const Creation& creation) REQUIRES(coreMutex)
 {
     const bool wholeArea = creation.x == CW_USEDEFAULT || creation.width == CW_USEDEFAULT;
     if (wholeArea && !hasStyle(window, WS_CHILD))
@@ -25,8 +25,8 @@ std::unique_ptr<ClassState> makeState(const WindowClass& windowClass, DWORD styl
     return windowClass.makeState ? windowClass.makeState(style) : std::make_unique<ClassState>();
 }
 
-// Null, with the last error, if the class or the parent is missing. Needs the lock.
-Window* makeWindow(Creation& creation)
+// Null, with the last error, if the class or the parent is missing.
+Window* makeWindow(Creation& creation) REQUIRES(coreMutex)
 {
     const WindowClass* windowClass = findClass(creation.className);
     Window* parent = findWindow(creation.parent);
@@ -83,7 +83,7 @@ LRESULT tellOfCreation(HWND window, const Creation& creation, const RECT& place)
 
 void forgetWindow(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     if (Window* window = findWindow(handle))
         removeWindow(*window);
 }
@@ -92,7 +92,7 @@ void forgetWindow(HWND handle)
 
 HWND createWindow(Creation creation)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     const Window* made = makeWindow(creation);
     if (!made)
         return nullptr;
@@ -108,16 +108,15 @@ HWND createWindow(Creation creation)
     return IsWindow(window) ? window : nullptr;
 }
 
-void destroyCondemned(Lock& lock, Thread& self)
+void destroyPending(Thread& self)
 {
-    while (!self.condemned.empty()) {
-        const HWND window = self.condemned.back();
-        self.condemned.pop_back();
-        if (Window* condemned = findWindow(window))
-            condemned->style &= ~WS_VISIBLE;
-        lock.unlock();
+    while (!self.toDestroy.empty()) {
+        const HWND window = self.toDestroy.back();
+        self.toDestroy.pop_back();
+        if (Window* found = findWindow(window))
+            found->style &= ~WS_VISIBLE;
+        const kernel::MutexUnlock unlocked(coreMutex);
         DestroyWindow(window);
-        lock.lock();
     }
 }
 
@@ -125,7 +124,7 @@ namespace {
 
 // What the window owns: in the own name at once, on another thread when it next retrieves messages, so
 // that nobody waits for it.
-std::vector<HWND> releaseOwned(HWND owner)
+std::vector<HWND> releaseOwned(HWND owner) REQUIRES(coreMutex)
 {
     std::vector<HWND> own;
     for (const HWND top : core().topLevel) {
@@ -135,12 +134,12 @@ std::vector<HWND> releaseOwned(HWND owner)
         if (owned->thread == &currentThread())
             own.push_back(top);
         else
-            condemn(*owned);
+            destroyLater(*owned);
     }
     return own;
 }
 
-void collectBelow(const Window& window, std::vector<HWND>& found)
+void collectBelow(const Window& window, std::vector<HWND>& found) REQUIRES(coreMutex)
 {
     for (const Window* child : window.children) {
         found.push_back(child->handle);
@@ -154,7 +153,7 @@ void tellOfEnd(HWND window)
     SendMessageW(window, WM_DESTROY, 0, 0);
     std::vector<HWND> below;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         if (const Window* found = findWindow(window))
             collectBelow(*found, below);
     }
@@ -168,7 +167,7 @@ void removeAndActivateOwner(HWND handle)
 {
     HWND next = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* window = findWindow(handle);
         if (!window)
             return;
@@ -215,7 +214,7 @@ HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, 
 
 BOOL DestroyWindow(HWND handle)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -248,6 +247,6 @@ BOOL DestroyWindow(HWND handle)
 
 BOOL IsWindow(HWND window)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     return findWindow(window) != nullptr;
 }

@@ -11,7 +11,7 @@ using namespace platform::window;
 
 namespace {
 
-bool isOwn(const Window& window)
+bool isOwn(const Window& window) REQUIRES(coreMutex)
 {
     return window.thread == &currentThread();
 }
@@ -21,7 +21,7 @@ void layOutFollower(HWND parent)
 {
     HWND follower = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(parent);
         if (!window)
             return;
@@ -37,7 +37,7 @@ void layOutFollower(HWND parent)
 
 BOOL ShowWindow(HWND handle, int show)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -73,21 +73,21 @@ BOOL UpdateWindow(HWND window)
 
 BOOL IsWindowVisible(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     return window && isVisible(*window);
 }
 
 BOOL IsWindowEnabled(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     return window && !hasStyle(*window, WS_DISABLED);
 }
 
 BOOL EnableWindow(HWND handle, BOOL enable)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -95,7 +95,7 @@ BOOL EnableWindow(HWND handle, BOOL enable)
     if (wasDisabled != (enable == FALSE)) {
         window->style = enable ? window->style & ~WS_DISABLED : window->style | WS_DISABLED;
         announce(*window, Change::Enabled);
-        tell(*window->thread);  // a kept wish to close may be due now
+        noteArrival(*window->thread);  // a kept wish to close may be due now
         const bool own = isOwn(*window);
         lock.unlock();
         if (!own) {
@@ -111,7 +111,7 @@ BOOL EnableWindow(HWND handle, BOOL enable)
 
 HWND GetParent(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     if (!window) {
         SetLastError(ERROR_INVALID_WINDOW_HANDLE);
@@ -122,7 +122,7 @@ HWND GetParent(HWND handle)
 
 HWND FindWindowW(const WCHAR* className, const WCHAR* title)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const auto fits = [](const WCHAR* wanted, const std::u16string& text) {
         return !wanted || platform::text::compareWithoutCase(wanted, text) == 0;
     };
@@ -157,7 +157,7 @@ int GetWindowTextLengthW(HWND window)
 
 BOOL GetClientRect(HWND handle, RECT* rectangle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
@@ -167,7 +167,7 @@ BOOL GetClientRect(HWND handle, RECT* rectangle)
 
 BOOL SetWindowPos(HWND handle, HWND, int x, int y, int width, int height, UINT flags)
 {
-    Lock lock = lockCore();
+    Lock lock(coreMutex);
     Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);

@@ -33,7 +33,7 @@ Size sizeOf(const DialogLaunch& launch)
 // On the middle of the owner, or of the screen; otherwise at its place in the owner's client area.
 POINT placeFor(const DialogLaunch& launch, Size size)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* owner = findWindow(launch.owner);
     const RECT area = owner ? topLevelOf(*owner).place : RECT{0, 0, ScreenWidth, ScreenHeight};
     if (launch.form.style & DS_CENTER)
@@ -45,9 +45,10 @@ POINT placeFor(const DialogLaunch& launch, Size size)
 // A control of an unknown class makes the whole dialog fail: half a dialog asks half a question.
 bool knowsClasses(const DialogTemplate& form)
 {
-    const Lock lock = lockCore();
-    return std::ranges::all_of(form.controls,
-                               [](const ControlTemplate& control) { return findClass(control.className) != nullptr; });
+    const Lock lock(coreMutex);
+    return std::ranges::all_of(form.controls, [](const ControlTemplate& control) REQUIRES(coreMutex) {
+        return findClass(control.className) != nullptr;
+    });
 }
 
 HWND makeDialogWindow(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
@@ -95,7 +96,7 @@ bool makeControl(const DialogLaunch& launch, const ControlTemplate& control, HWN
 // From here on the program's procedure gets the dialog's messages. Gives the control that gets the focus.
 HWND handOver(HWND handle, DLGPROC procedure)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     DialogState* dialog = findDialog(window);
     if (!dialog)
@@ -110,7 +111,7 @@ HWND handOver(HWND handle, DLGPROC procedure)
 
 bool hasFocusWithin(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* dialog = findWindow(handle);
     const Window* focused = findWindow(currentThread().focus);
     return dialog && focused && isWithin(*focused, *dialog);
@@ -118,7 +119,7 @@ bool hasFocusWithin(HWND handle)
 
 bool isOver(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     return !window || window->dying || findDialog(window)->ended;
 }
@@ -159,7 +160,7 @@ HWND disableOwner(HWND handle)
 {
     HWND top = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* owner = findWindow(handle);
         if (!owner || hasStyle(topLevelOf(*owner), WS_DISABLED))
             return nullptr;
@@ -188,7 +189,7 @@ void serve(HWND dialog)
 
 INT_PTR resultOf(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const DialogState* dialog = findDialog(findWindow(handle));
     return dialog && dialog->ended ? dialog->result : 0;
 }
@@ -269,7 +270,7 @@ BOOL EndDialog(HWND handle, INT_PTR result)
 {
     HWND ownerToEnable = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(handle);
         if (!window)
             return fail(ERROR_INVALID_WINDOW_HANDLE);

@@ -1,7 +1,8 @@
-// dialog.h - opening a dialog whose template is read already. Without the lock.
+// dialog.h - opening a dialog whose template is read already.
 #pragma once
 
 #include "dialog_template.h"
+#include "window/core_mutex.h"
 
 #include "ce/dialog.h"
 
@@ -19,8 +20,8 @@ struct DialogLaunch {
 };
 
 // Runs the dialog until EndDialog and gives its value. -1 if the dialog couldn't be made, 0 if it ended otherwise.
-INT_PTR runModal(const DialogLaunch& launch);
+INT_PTR runModal(const DialogLaunch& launch) EXCLUDES(coreMutex);
 // Null, with the last error, if the dialog couldn't be made.
-[[nodiscard]] HWND openModeless(const DialogLaunch& launch);
+[[nodiscard]] HWND openModeless(const DialogLaunch& launch) EXCLUDES(coreMutex);
 
 }  // namespace platform::window

@@ -25,7 +25,7 @@ void commandOf(HWND handle, int id)
 {
     HWND control = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* dialog = findWindow(handle);
         const Window* button = dialog ? findChild(*dialog, id) : nullptr;
         if (!dialog || (button && hasStyle(*button, WS_DISABLED)))
@@ -40,7 +40,7 @@ void enter(HWND handle, HWND at)
 {
     int id = IDOK;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(handle);
         const DialogState* dialog = findDialog(window);
         if (!dialog)
@@ -62,7 +62,7 @@ void moveInGroup(HWND from, bool backward)
     HWND target = nullptr;
     bool radio = false;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* control = findWindow(from);
         if (!control || !control->parent)
             return;
@@ -78,7 +78,7 @@ void moveInGroup(HWND from, bool backward)
 }
 
 // The letter behind the mark &; in a message box, whose texts have none, the first one.
-char16_t mnemonicOf(const Window& control)
+char16_t mnemonicOf(const Window& control) REQUIRES(coreMutex)
 {
     const bool isText = control.windowClass->kind == WindowKind::Static && !(control.style & SS_NOPREFIX);
     if (!isText && control.windowClass->kind != WindowKind::Button)
@@ -97,7 +97,7 @@ char16_t mnemonicOf(const Window& control)
 }
 
 // The control that the letter means, the first behind `from`; a label or group box means the one after it.
-Window* controlOf(Window& dialog, const Window* from, char16_t letter)
+Window* controlOf(Window& dialog, const Window* from, char16_t letter) REQUIRES(coreMutex)
 {
     const std::vector<Window*>& all = dialog.children;
     const std::size_t count = all.size();
@@ -120,7 +120,7 @@ bool pressMnemonic(HWND handle, HWND from, char16_t character)
     HWND target = nullptr;
     bool button = false;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* dialog = findWindow(handle);
         const char16_t letter = platform::text::foldCase(character);
         const Window* found = dialog && letter ? controlOf(*dialog, findWindow(from), letter) : nullptr;
@@ -180,7 +180,7 @@ bool takeText(HWND dialog, const MSG& message)
         return false;
     std::u16string text;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         text = std::exchange(currentThread().arrivedText, {});
     }
     for (const char16_t character : text)
@@ -195,7 +195,7 @@ BOOL IsDialogMessage(HWND handle, MSG* message)
     if (!message)
         return FALSE;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* dialog = findWindow(handle);
         const Window* target = findWindow(message->hwnd);
         if (!dialog || !dialog->state->isDialog() || !target || !isWithin(*target, *dialog))

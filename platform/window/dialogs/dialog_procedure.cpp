@@ -14,7 +14,7 @@ namespace {
 
 DLGPROC procedureOf(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const DialogState* dialog = findDialog(findWindow(handle));
     return dialog ? dialog->procedure : nullptr;
 }
@@ -24,7 +24,7 @@ void closeAsCancel(HWND handle)
 {
     HWND control = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* dialog = findWindow(handle);
         const Window* cancel = dialog ? findChild(*dialog, IDCANCEL) : nullptr;
         if (!dialog || (cancel && hasStyle(*cancel, WS_DISABLED)))
@@ -36,7 +36,7 @@ void closeAsCancel(HWND handle)
 
 // The dialog manager's own messages have the numbers of a program's first private ones: whatever comes
 // with them is harmless. An id that no control has is no default button.
-LRESULT setDefaultButton(const Window& window, DialogState& dialog, int id)
+LRESULT setDefaultButton(const Window& window, DialogState& dialog, int id) REQUIRES(coreMutex)
 {
     dialog.defaultId = findChild(window, id) ? id : 0;
     announce(window, Change::Focus);
@@ -50,7 +50,7 @@ LRESULT defaultButton(const DialogState& dialog)
     return id ? static_cast<LRESULT>(MAKELONG(static_cast<WORD>(id), HasDefault)) : 0;
 }
 
-LRESULT moveIntoScreen(Window& dialog)
+LRESULT moveIntoScreen(Window& dialog) REQUIRES(coreMutex)
 {
     const RECT before = dialog.place;
     const LONG x = std::max(std::min(before.left, ScreenWidth - (before.right - before.left)), 0);
@@ -65,7 +65,7 @@ LRESULT moveFocus(HWND handle, WPARAM wParam, LPARAM lParam)
 {
     HWND target = reinterpret_cast<HWND>(wParam);
     if (LOWORD(static_cast<std::uint64_t>(lParam)) == 0) {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         Window* dialog = findWindow(handle);
         const Window* next = dialog ? nextTabStop(*dialog, findWindow(currentThread().focus), wParam != 0) : nullptr;
         target = next ? next->handle : nullptr;
@@ -92,7 +92,7 @@ LRESULT defaultDialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM 
     default:
         return DefWindowProcW(handle, message, wParam, lParam);
     }
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* window = findWindow(handle);
     DialogState* dialog = findDialog(window);
     if (!dialog)
@@ -131,7 +131,7 @@ using namespace platform::window;
 
 HWND GetDlgItem(HWND handle, int id)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* dialog = findWindow(handle);
     const Window* control = dialog ? findChild(*dialog, id) : nullptr;
     if (!control)

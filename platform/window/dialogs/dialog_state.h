@@ -19,13 +19,16 @@ struct DialogState : ClassState {
     UINT messageBoxType = 0;
     HWND ownerToEnable = nullptr;  // disabled until this dialog ends
 
-    void describe(const Window& window, WindowState& state) const override;
-    [[nodiscard]] bool isDialog() const override { return true; }
-    [[nodiscard]] const Window* buttonForEnter(const Window& window) const override;
-    [[nodiscard]] HWND takeOwnerToEnable() override { return std::exchange(ownerToEnable, nullptr); }
+    void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex) override;
+    [[nodiscard]] bool isDialog() const REQUIRES(coreMutex) override { return true; }
+    [[nodiscard]] const Window* buttonForEnter(const Window& window) const REQUIRES(coreMutex) override;
+    [[nodiscard]] HWND takeOwnerToEnable() REQUIRES(coreMutex) override
+    {
+        return std::exchange(ownerToEnable, nullptr);
+    }
 };
 
-// Needs the lock. Null for a window that the dialog manager didn't make.
-[[nodiscard]] DialogState* findDialog(const Window* window);
+// Null for a window that the dialog manager didn't make.
+[[nodiscard]] DialogState* findDialog(const Window* window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

@@ -89,7 +89,7 @@ int defaultOf(UINT type)
 
 UINT typeOf(HWND box)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const DialogState* dialog = findDialog(findWindow(box));
     return dialog ? dialog->messageBoxType : 0;
 }

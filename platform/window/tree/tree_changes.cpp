@@ -13,20 +13,23 @@ namespace platform::window {
 
 namespace {
 
-// A tree under the lock; false if it is gone.
-class Look {
+// A tree with the core's mutex held. False if the tree is gone.
+class SCOPED_CAPABILITY Look {
 public:
-    explicit Look(HWND handle) : window_(findWindow(handle)), tree_(findTree(handle)) {}
+    explicit Look(HWND handle) ACQUIRE(coreMutex) : window_(findWindow(handle)), tree_(findTree(handle)) {}
+    Look(const Look&) = delete;
+    Look& operator=(const Look&) = delete;
+    ~Look() RELEASE() {}
 
     explicit operator bool() const { return tree_ != nullptr; }
     TreeViewState* operator->() const { return tree_; }
     [[nodiscard]] TreeViewState& state() const { return *tree_; }
     [[nodiscard]] TreeItems& items() const { return tree_->items; }
     [[nodiscard]] Window& window() const { return *window_; }
-    void announce() const { announceTree(*window_, *tree_); }
+    void announce() const REQUIRES(coreMutex) { announceTree(*window_, *tree_); }
 
 private:
-    Lock lock_ = lockCore();
+    Lock lock_{coreMutex};
     Window* window_;
     TreeViewState* tree_;
 };
@@ -48,7 +51,7 @@ TVITEMW recordOf(const TreeViewState& tree, HTREEITEM handle)
     return record;
 }
 
-LRESULT tell(HWND tree, UINT code, NMTREEVIEWW& change)
+LRESULT notify(HWND tree, UINT code, NMTREEVIEWW& change)
 {
     change.hdr.code = code;
     return notifyParent(tree, change.hdr);
@@ -75,7 +78,7 @@ bool selectTreeItem(HWND handle, HTREEITEM item, UINT cause, Refusal refusal)
         change.itemOld = recordOf(tree.state(), tree->selected);
         change.itemNew = recordOf(tree.state(), item);
     }
-    if (tell(handle, TVN_SELCHANGINGW, change) != 0 && refusal == Refusal::Possible)
+    if (notify(handle, TVN_SELCHANGINGW, change) != 0 && refusal == Refusal::Possible)
         return false;
     {
         const Look tree(handle);
@@ -91,7 +94,7 @@ bool selectTreeItem(HWND handle, HTREEITEM item, UINT cause, Refusal refusal)
         change.itemOld = recordOf(tree.state(), before);
         change.itemNew = recordOf(tree.state(), item);
     }
-    tell(handle, TVN_SELCHANGEDW, change);
+    notify(handle, TVN_SELCHANGEDW, change);
     return true;
 }
 
@@ -114,7 +117,7 @@ void takeSelectionOut(HWND handle, HTREEITEM item)
 }
 
 // False if it has no child, and so nothing to show.
-bool setExpanded(const Look& tree, ItemIndex index, bool expanded)
+bool setExpanded(const Look& tree, ItemIndex index, bool expanded) REQUIRES(coreMutex)
 {
     Item& item = tree.items()[index];
     if (expanded && item.firstChild == 0)
@@ -140,7 +143,7 @@ bool fold(HWND handle, HTREEITEM item, bool expand, Told told)
                 return false;
             change.itemNew = recordOf(tree.state(), item);
         }
-        if (tell(handle, TVN_ITEMEXPANDINGW, change) != 0)
+        if (notify(handle, TVN_ITEMEXPANDINGW, change) != 0)
             return false;
     }
     if (!expand)
@@ -153,7 +156,7 @@ bool fold(HWND handle, HTREEITEM item, bool expand, Told told)
         change.itemNew = recordOf(tree.state(), item);
     }
     if (told == Told::Yes)
-        tell(handle, TVN_ITEMEXPANDEDW, change);
+        notify(handle, TVN_ITEMEXPANDEDW, change);
     return true;
 }
 
@@ -167,7 +170,7 @@ std::vector<HTREEITEM> fromTheLeavesUp(const TreeItems& items, ItemIndex top)
     return handles;
 }
 
-void remove(const Look& tree, ItemIndex index)
+void remove(const Look& tree, ItemIndex index) REQUIRES(coreMutex)
 {
     TreeItems& items = tree.items();
     if (items.isWithin(items.find(tree->selected), index))
@@ -196,7 +199,7 @@ void removeTelling(HWND handle, const std::vector<HTREEITEM>& items)
                 continue;
             change.itemOld = recordOf(tree.state(), item);
         }
-        tell(handle, TVN_DELETEITEMW, change);
+        notify(handle, TVN_DELETEITEMW, change);
         const Look tree(handle);
         const ItemIndex index = tree ? tree.items().find(item) : 0;
         if (index != 0)

@@ -67,7 +67,7 @@ ItemIndex insertAt(TreeItems& items, ItemIndex parent, HTREEITEM after, std::u16
     return items.insertBehind(parent, isSibling ? sibling : items[parent].lastChild, text);
 }
 
-LRESULT insertItem(const Window& window, TreeViewState& tree, const TVINSERTSTRUCTW* insert)
+LRESULT insertItem(const Window& window, TreeViewState& tree, const TVINSERTSTRUCTW* insert) REQUIRES(coreMutex)
 {
     if (!insert)
         return 0;
@@ -125,7 +125,7 @@ bool looksDifferent(const Item& item, const TVITEMW& record, bool selected)
            (record.mask & TVIF_CHILDREN);
 }
 
-LRESULT setItem(const Window& window, TreeViewState& tree, const TVITEMW* record)
+LRESULT setItem(const Window& window, TreeViewState& tree, const TVITEMW* record) REQUIRES(coreMutex)
 {
     const ItemIndex index = record ? tree.items.find(record->hItem) : 0;
     if (index == 0)
@@ -176,19 +176,19 @@ LRESULT giveRelative(const TreeViewState& tree, WPARAM relation, HTREEITEM item)
     return index == 0 ? 0 : answerWith(tree.items.handleOf(relative(tree.items, relation, index)));
 }
 
-LRESULT setPictures(const Window& window, TreeViewState& tree, LPARAM images)
+LRESULT setPictures(const Window& window, TreeViewState& tree, LPARAM images) REQUIRES(coreMutex)
 {
     const HIMAGELIST before = std::exchange(tree.images, reinterpret_cast<HIMAGELIST>(images));
     announceTree(window, tree);
     return reinterpret_cast<LRESULT>(before);
 }
 
-LRESULT hit(const Window& window, const TreeViewState& tree, TVHITTESTINFO* info)
+LRESULT hit(const Window& window, const TreeViewState& tree, TVHITTESTINFO* info) REQUIRES(coreMutex)
 {
     return info ? answerWith(tree.items.handleOf(hitTest(window, tree, *info))) : 0;
 }
 
-LRESULT answer(Window& window, TreeViewState& tree, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT answer(Window& window, TreeViewState& tree, UINT message, WPARAM wParam, LPARAM lParam) REQUIRES(coreMutex)
 {
     switch (message) {
     case TVM_INSERTITEMW:
@@ -215,7 +215,7 @@ LRESULT answer(Window& window, TreeViewState& tree, UINT message, WPARAM wParam,
 // What lies above an item, the top item first.
 std::vector<HTREEITEM> ancestorsOf(HWND handle, HTREEITEM item)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     std::vector<HTREEITEM> ancestors;
     const TreeViewState* tree = findTree(handle);
     const ItemIndex index = tree ? tree->items.find(item) : 0;
@@ -229,7 +229,7 @@ LRESULT ensureVisible(HWND handle, HTREEITEM item)
 {
     for (const HTREEITEM ancestor : ancestorsOf(handle, item))
         foldByProgram(handle, ancestor, TVE_EXPAND);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     TreeViewState* tree = findTree(handle);
     const ItemIndex index = tree ? tree->items.find(item) : 0;
@@ -259,7 +259,7 @@ LRESULT takeFocus(HWND handle)
 {
     HTREEITEM first = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const TreeViewState* tree = findTree(handle);
         if (tree && !tree->selected)
             first = tree->items.handleOf(tree->items.firstVisible());
@@ -294,7 +294,7 @@ LRESULT treeProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     }
     if (message < TVM_DELETEITEM || message > TVM_SETITEMW)
         return DefWindowProcW(handle, message, wParam, lParam);
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     Window* window = findWindow(handle);
     return window ? answer(*window, stateOf<TreeViewState>(*window), message, wParam, lParam) : 0;
 }

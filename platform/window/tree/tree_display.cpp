@@ -31,7 +31,7 @@ bool read(const TreeViewState& tree, HTREEITEM handle, TreeItemState& state)
 
 TreeChanges takeTreeChanges(HWND handle, bool fromTheStart)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     TreeViewState* tree = findTree(handle);
     if (!tree)
         return {};
@@ -45,14 +45,14 @@ TreeChanges takeTreeChanges(HWND handle, bool fromTheStart)
 
 bool readTreeItem(HWND handle, HTREEITEM item, TreeItemState& state)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const TreeViewState* tree = findTree(handle);
     return tree && read(*tree, item, state);
 }
 
 std::vector<TreeItemState> readTreeItems(HWND handle, std::span<const HTREEITEM> items)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     std::vector<TreeItemState> states;
     const TreeViewState* tree = findTree(handle);
     if (!tree)
@@ -66,7 +66,7 @@ std::vector<TreeItemState> readTreeItems(HWND handle, std::span<const HTREEITEM>
 
 TreePictures treePictures(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const TreeViewState* tree = findTree(handle);
     if (!tree)
         return {};
@@ -76,14 +76,14 @@ TreePictures treePictures(HWND handle)
 
 HTREEITEM selectedTreeItem(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const TreeViewState* tree = findTree(handle);
     return tree ? tree->selected : nullptr;
 }
 
 std::vector<HTREEITEM> treeItemsBelow(HWND handle, HTREEITEM parent)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     std::vector<HTREEITEM> children;
     const TreeViewState* tree = findTree(handle);
     const ItemIndex above = tree ? tree->items.find(parent) : 0;

@@ -23,7 +23,7 @@ void notify(HWND handle, UINT code)
 // The pointer stands where the user clicked, as far as a program can ask. False for what the user can't have seen.
 bool placePointer(HWND handle, HTREEITEM item, TreePart part)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     TreeViewState* tree = findTree(handle);
     if (!tree || !takesInputOf(*window))
@@ -66,14 +66,14 @@ void doubleClick(HWND handle, HTREEITEM item, TreePart part)
 
 HTREEITEM selectedIn(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const TreeViewState* tree = findTree(handle);
     return tree ? tree->selected : nullptr;
 }
 
 HTREEITEM nextWithin(HWND handle, HTREEITEM item, HTREEITEM top)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const TreeViewState* tree = findTree(handle);
     if (!tree)
         return nullptr;
@@ -101,7 +101,7 @@ ItemIndex manyRows(const TreeItems& items, ItemIndex from, int rows)
 }
 
 // Where a key takes the selection; the item itself if nowhere.
-ItemIndex targetOf(const Window& window, const TreeViewState& tree, ItemIndex from, WPARAM key)
+ItemIndex targetOf(const Window& window, const TreeViewState& tree, ItemIndex from, WPARAM key) REQUIRES(coreMutex)
 {
     const TreeItems& items = tree.items;
     const int page = std::max(rowsInView(window) - 1, 1);
@@ -132,7 +132,7 @@ void moveByKey(HWND handle, WPARAM key)
 {
     HTREEITEM target = nullptr;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         const Window* window = findWindow(handle);
         const TreeViewState* tree = findTree(handle);
         if (!tree)
@@ -147,7 +147,7 @@ void moveByKey(HWND handle, WPARAM key)
 // True if the item is there to be folded in the key's direction.
 bool foldsByKey(HWND handle, HTREEITEM item, bool expand)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const TreeViewState* tree = findTree(handle);
     const ItemIndex index = tree ? tree->items.find(item) : 0;
     return index != 0 && tree->items[index].hasButton() && tree->items[index].expanded != expand;
@@ -234,7 +234,7 @@ void typeCharacter(HWND handle, char16_t character)
     HTREEITEM found = nullptr;
     WORD key = 0;
     {
-        const Lock lock = lockCore();
+        const Lock lock(coreMutex);
         TreeViewState* tree = findTree(handle);
         if (!tree || character < u' ')
             return;
@@ -265,7 +265,7 @@ void tellKey(HWND handle, WPARAM key)
 
 bool takesInputNow(HWND handle)
 {
-    const Lock lock = lockCore();
+    const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     return window && takesInputOf(*window);
 }

@@ -33,7 +33,7 @@ ItemIndex itemInRow(const TreeViewState& tree, int row)
 }
 
 // -1 if it isn't in view.
-int rowOf(const Window& window, const TreeViewState& tree, ItemIndex index)
+int rowOf(const Window& window, const TreeViewState& tree, ItemIndex index) REQUIRES(coreMutex)
 {
     ItemIndex at = topOf(tree);
     for (int row = 0; row < rowsInView(window) && at != 0; ++row, at = tree.items.nextVisible(at))

@@ -5,9 +5,9 @@
 
 namespace platform::window {
 
-// Need the lock. False for a window that is no button.
-[[nodiscard]] bool isPushButton(const Window& window);
-[[nodiscard]] bool isDefaultPushButton(const Window& window);  // by its style
-[[nodiscard]] bool isAutoRadioButton(const Window& window);
+// False for a window that is no button.
+[[nodiscard]] bool isPushButton(const Window& window) REQUIRES(coreMutex);
+[[nodiscard]] bool isDefaultPushButton(const Window& window) REQUIRES(coreMutex);  // by its style
+[[nodiscard]] bool isAutoRadioButton(const Window& window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

@@ -15,8 +15,8 @@ namespace platform::window {
 
 struct Window;
 
-// What a window holds because of its class. Each control derives its own; a window of the program has this one. The
-// functions are called with the core's mutex held, and `window` is the window that the state is of.
+// What a window holds because of its class. Each control derives its own; a window of the program has this one.
+// `window` is always the window that the state is of.
 struct ClassState {
     ClassState() = default;
     ClassState(const ClassState&) = delete;
@@ -24,22 +24,22 @@ struct ClassState {
     virtual ~ClassState() = default;
 
     // Fills in those fields of `state` that not every window has.
-    virtual void describe(const Window& window, WindowState& state) const;
+    virtual void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex);
     // Can the keyboard focus be on it, if its class takes the focus at all?
-    [[nodiscard]] virtual bool acceptsFocus(const Window& window) const;
+    [[nodiscard]] virtual bool acceptsFocus(const Window& window) const REQUIRES(coreMutex);
     // Does it edit text? Typed text then arrives as a whole, and handling it never takes long.
-    [[nodiscard]] virtual bool editsText() const { return false; }
+    [[nodiscard]] virtual bool editsText() const REQUIRES(coreMutex) { return false; }
     // Is it laid out anew when its parent has a new size? It is sent ParentSized (window/input.h) then.
-    [[nodiscard]] virtual bool followsParentSize() const { return false; }
+    [[nodiscard]] virtual bool followsParentSize() const REQUIRES(coreMutex) { return false; }
     // Has it a button for the command that is disabled?
-    [[nodiscard]] virtual bool disablesCommand(const Window& window, WORD id) const;
+    [[nodiscard]] virtual bool disablesCommand(const Window& window, WORD id) const REQUIRES(coreMutex);
 
     // Did the dialog manager make it?
-    [[nodiscard]] virtual bool isDialog() const { return false; }
+    [[nodiscard]] virtual bool isDialog() const REQUIRES(coreMutex) { return false; }
     // Of a dialog: the push button that Enter would press now. Null if there is none.
-    [[nodiscard]] virtual const Window* buttonForEnter(const Window& window) const;
+    [[nodiscard]] virtual const Window* buttonForEnter(const Window& window) const REQUIRES(coreMutex);
     // Of a modal dialog: the window that it disabled, on the first call. Null if there is none.
-    [[nodiscard]] virtual HWND takeOwnerToEnable() { return nullptr; }
+    [[nodiscard]] virtual HWND takeOwnerToEnable() REQUIRES(coreMutex) { return nullptr; }
 };
 
 struct WindowClass {

@@ -1,34 +1,31 @@
-// core.h - what the window core holds, and the one lock over it.
+// core.h - the windows and threads that the window core keeps.
 //
-// One mutex, Core::mutex, guards everything here: the windows, the queues, the timers, the state of each
-// control. It is held for the length of a look-up or a change and never across a window procedure, so no
-// program code and no display ever runs inside it but Display::changed, which only notes.
+// coreMutex (core_mutex.h) guards all of it. It is not held while a window procedure runs, so a pointer to a Window is
+// dead after each unlock: keep the handle and look the window up again.
 //
-// A thread's *turn* says who runs in that thread's name: its own system thread, or one that sends to its
-// windows. It is no lock of its own but a word of the thread's record under the core's mutex:
+// A window procedure runs in the name of the thread that owns the window, and only one system thread at a time may run
+// in a thread's name. That right is the thread's *turn*. It is no lock, but fields of Thread:
 //
-// - A thread holds its turn from its first call on, and gives it up while it waits in GetMessageW and for
-//   the length of each send to another thread.
-// - A send takes the receiver's turn as soon as nobody holds it, runs the procedure on the sender's system
-//   thread under the receiver's name, and gives it back. No thread switches: that is what makes a send to
-//   a waiting thread cheap.
-// - So a system thread holds one turn at a time and none while it waits: two threads that send to each
-//   other can't block each other, and a receiver can send back to its sender.
-// - Visits nest as calls do: `level` counts them, and a frame goes on only when the visits above it are
-//   over. A message loop inside of a visit thereby serves the receiver's queue until it ends.
+// - A thread holds its turn from its first call on. It gives the turn up while it waits in GetMessageW, and for the
+//   length of each send to a window of another thread.
+// - A send takes the receiver's turn as soon as it is free, runs the procedure on the sender's system thread under the
+//   receiver's name, and gives the turn back. So a send needs no switch between system threads.
+// - A system thread holds at most one turn, and none while it waits. So two threads that send to each other don't
+//   block each other, and a receiver can send back to its sender.
+// - Such visits nest as the calls do. `level` counts them, and a call frame continues only after the visits above it
+//   have ended. A message loop inside a visit serves the receiver's queue.
 #pragma once
 
 #include "window/class_state.h"
+#include "window/core_mutex.h"
 #include "window/display.h"
 
 #include "ce/window.h"
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,9 +35,8 @@
 namespace platform::window {
 
 using Clock = std::chrono::steady_clock;
-using Lock = std::unique_lock<std::mutex>;
 
-// A key, a click, a text on its way to the owner thread.
+// A key, a click or a text that the owner thread hasn't retrieved yet.
 struct Input {
     MSG message{};
     std::u16string text;  // with InputText and InputNewText
@@ -55,50 +51,52 @@ struct Timer {
 
 // One thread as its windows see it. Lives as long as the system thread.
 struct Thread {
-    std::uint64_t id = 0;
+    std::uint64_t id GUARDED_BY(coreMutex) = 0;
 
-    bool turnTaken = true;
-    unsigned level = 0;  // visits in progress
-    // The level of a frame that could go on if only the turn were free. Senders let it go first: a thread
-    // that is sent to without a pause would otherwise never get to what was posted to it.
-    std::optional<unsigned> owedTo;
+    bool turnTaken GUARDED_BY(coreMutex) = true;
+    unsigned level GUARDED_BY(coreMutex) = 0;  // visits in progress
+    // Set while the call frame of this level waits only for the turn. New senders let it take the turn first. Otherwise
+    // a thread that is sent to without a pause would never handle what was posted to it.
+    std::optional<unsigned> waitingLevel GUARDED_BY(coreMutex);
 
-    std::deque<MSG> posted;
-    std::deque<Input> input;
-    std::vector<Timer> timers;
-    std::vector<HWND> condemned;  // went with an owner of another thread; to be destroyed in this one's name
-    bool quit = false;
-    int exitCode = 0;
-    std::u16string arrivedText;  // of the input message retrieved last
+    std::deque<MSG> posted GUARDED_BY(coreMutex);
+    std::deque<Input> input GUARDED_BY(coreMutex);
+    std::vector<Timer> timers GUARDED_BY(coreMutex);
+    // Windows whose owner, of another thread, is gone. GetMessageW destroys them.
+    std::vector<HWND> toDestroy GUARDED_BY(coreMutex);
+    bool quit GUARDED_BY(coreMutex) = false;
+    int exitCode GUARDED_BY(coreMutex) = 0;
+    std::u16string arrivedText GUARDED_BY(coreMutex);  // of the input message retrieved last
 
-    // Counts what came into the queues, so that a waiting frame knows whether to look again.
-    std::uint64_t news = 0;
-    std::condition_variable newsCame;
-    int retrieving = 0;     // frames that wait in GetMessageW
-    bool inCommand = true;  // what was retrieved last may take long: input meanwhile is dropped
+    // How often something came into the queues. A waiting frame looks at its queues again when this has changed.
+    std::uint64_t arrivals GUARDED_BY(coreMutex) = 0;
+    kernel::Condition arrived GUARDED_BY(coreMutex);
+    int retrieving GUARDED_BY(coreMutex) = 0;  // frames that wait in GetMessageW
+    // The message retrieved last may take long to handle: input that comes meanwhile is dropped.
+    bool inCommand GUARDED_BY(coreMutex) = true;
 
-    HWND focus = nullptr;
-    HWND active = nullptr;  // top-level window
-    HCURSOR cursor = nullptr;
-    POINT pointer{};  // where the user clicked last, on the screen
+    HWND focus GUARDED_BY(coreMutex) = nullptr;
+    HWND active GUARDED_BY(coreMutex) = nullptr;  // top-level window
+    HCURSOR cursor GUARDED_BY(coreMutex) = nullptr;
+    POINT pointer GUARDED_BY(coreMutex){};  // where the user clicked last, on the screen
 };
 
 struct Window {
-    HWND handle = nullptr;
-    Thread* thread = nullptr;
-    const WindowClass* windowClass = nullptr;
-    Window* parent = nullptr;  // of a child
-    HWND owner = nullptr;      // of a top-level window; may be of another thread, may be gone
-    std::vector<Window*> children;
-    int id = 0;
-    DWORD style = 0;
-    DWORD exStyle = 0;
-    RECT place{};
-    std::u16string text;
-    WORD iconId = 0;
-    HWND lastFocus = nullptr;  // top-level: where the keyboard stood when another window got it
-    bool dying = false;
-    std::unique_ptr<ClassState> state;  // never null
+    HWND handle GUARDED_BY(coreMutex) = nullptr;
+    Thread* thread GUARDED_BY(coreMutex) = nullptr;
+    const WindowClass* windowClass GUARDED_BY(coreMutex) = nullptr;
+    Window* parent GUARDED_BY(coreMutex) = nullptr;  // of a child
+    HWND owner GUARDED_BY(coreMutex) = nullptr;      // of a top-level window; may be of another thread, may be gone
+    std::vector<Window*> children GUARDED_BY(coreMutex);
+    int id GUARDED_BY(coreMutex) = 0;
+    DWORD style GUARDED_BY(coreMutex) = 0;
+    DWORD exStyle GUARDED_BY(coreMutex) = 0;
+    RECT place GUARDED_BY(coreMutex){};
+    std::u16string text GUARDED_BY(coreMutex);
+    WORD iconId GUARDED_BY(coreMutex) = 0;
+    HWND lastFocus GUARDED_BY(coreMutex) = nullptr;  // top-level: the focus when another window became active
+    bool dying GUARDED_BY(coreMutex) = false;
+    std::unique_ptr<ClassState> state GUARDED_BY(coreMutex) PT_GUARDED_BY(coreMutex);  // never null
 };
 
 struct WindowSlot {
@@ -107,91 +105,75 @@ struct WindowSlot {
 };
 
 struct Core {
-    std::mutex mutex;
+    std::vector<WindowSlot> slots GUARDED_BY(coreMutex);
+    std::vector<std::uint32_t> freeSlots GUARDED_BY(coreMutex);
+    std::vector<HWND> topLevel GUARDED_BY(coreMutex);  // the one in front first
+    std::deque<WindowClass> classes GUARDED_BY(coreMutex);
+    std::uint64_t threadsSoFar GUARDED_BY(coreMutex) = 0;
 
-    std::vector<WindowSlot> slots;
-    std::vector<std::uint32_t> freeSlots;
-    std::vector<HWND> topLevel;  // the one in front first
-    std::deque<WindowClass> classes;
-    std::uint64_t threadsSoFar = 0;
+    // Notified when a turn becomes free or a window is gone. Without waiters the system call is saved.
+    kernel::Condition turnFreed GUARDED_BY(coreMutex);
+    int turnWaiters GUARDED_BY(coreMutex) = 0;
+    std::vector<HWND> waitingSends GUARDED_BY(coreMutex);  // the receivers of the sends that wait for a turn
 
-    // Whoever waits for a turn waits here; the count spares the others the system call.
-    std::condition_variable turnFreed;
-    int turnWaiters = 0;
-    std::vector<HWND> waitingSends;  // the windows that sends wait for
-
-    Display* display = nullptr;
-    int waitCursors = 0;
+    Display* display GUARDED_BY(coreMutex) = nullptr;
+    int waitCursors GUARDED_BY(coreMutex) = 0;
 };
 
 // Never destroyed: a detached thread may outlive main().
 [[nodiscard]] Core& core();
-[[nodiscard]] inline Lock lockCore()
-{
-    return Lock(core().mutex);
-}
-
-// The functions below need the lock.
 
 // In whose name the calling system thread runs.
-[[nodiscard]] Thread& currentThread();
+[[nodiscard]] Thread& currentThread() REQUIRES(coreMutex);
 
 // Null for a dead handle.
-[[nodiscard]] inline Window* findWindow(HWND handle)
-{
-    Core& all = core();
-    const auto number = reinterpret_cast<std::uintptr_t>(handle);
-    const std::size_t slot = number & 0xFFFFFFFF;
-    if (slot == 0 || slot > all.slots.size())
-        return nullptr;
-    const WindowSlot& found = all.slots[slot - 1];
-    return found.generation == number >> 32 ? found.window.get() : nullptr;
-}
+[[nodiscard]] Window* findWindow(HWND handle) REQUIRES(coreMutex);
 
-[[nodiscard]] Window& addWindow();
-// It went with an owner of another thread: never shown from now on, and destroyed in its own thread's name.
-void condemn(Window& window);
-[[nodiscard]] bool isCondemned(const Window& window);
-// Takes it out of the table with its children, its timers and what was queued for it. Sends nothing.
-void removeWindow(Window& window);
+[[nodiscard]] Window& addWindow() REQUIRES(coreMutex);
+// Hides the window from displays, and has its own thread destroy it when it next retrieves messages.
+void destroyLater(Window& window) REQUIRES(coreMutex);
+[[nodiscard]] bool isToBeDestroyed(const Window& window) REQUIRES(coreMutex);
+// Removes the window and its children from the table, with their timers and whatever is queued for them. Sends nothing.
+void removeWindow(Window& window) REQUIRES(coreMutex);
 
 template <class State>
-[[nodiscard]] State& stateOf(Window& window)
+[[nodiscard]] State& stateOf(const Window& window) REQUIRES(coreMutex)
 {
     return static_cast<State&>(*window.state);
 }
 
 // The control's state if the window is of that kind, otherwise null.
 template <class State>
-[[nodiscard]] State* findState(HWND handle, WindowKind kind)
+[[nodiscard]] State* findState(HWND handle, WindowKind kind) REQUIRES(coreMutex)
 {
-    Window* window = findWindow(handle);
+    const Window* window = findWindow(handle);
     return window && window->windowClass->kind == kind ? &stateOf<State>(*window) : nullptr;
 }
 
 // The child with that id, the first if there are several. Null if there is none.
-[[nodiscard]] Window* findChild(const Window& parent, int id);
-[[nodiscard]] bool isWithin(const Window& window, const Window& ancestor);
-[[nodiscard]] Window& topLevelOf(Window& window);
-[[nodiscard]] bool isVisible(const Window& window);     // its ancestors as well
-[[nodiscard]] bool takesInputOf(const Window& window);  // neither it nor an ancestor is disabled
-[[nodiscard]] inline bool hasStyle(const Window& window, DWORD bits)
+[[nodiscard]] Window* findChild(const Window& parent, int id) REQUIRES(coreMutex);
+[[nodiscard]] bool isWithin(const Window& window, const Window& ancestor) REQUIRES(coreMutex);
+[[nodiscard]] Window& topLevelOf(Window& window) REQUIRES(coreMutex);
+[[nodiscard]] bool isVisible(const Window& window) REQUIRES(coreMutex);     // its ancestors as well
+[[nodiscard]] bool takesInputOf(const Window& window) REQUIRES(coreMutex);  // neither it nor an ancestor is disabled
+[[nodiscard]] inline bool hasStyle(const Window& window, DWORD bits) REQUIRES(coreMutex)
 {
     return (window.style & bits) == bits;
 }
 
-void announce(const Window& window, Change change);
-void announceGlobal(Change change);
+void announce(const Window& window, Change change) REQUIRES(coreMutex);
+void announceGlobal(Change change) REQUIRES(coreMutex);
 
-// Something came into the thread's queues.
-void tell(Thread& thread);
+// Something came into the thread's queues, or its frames have to look at their windows again.
+void noteArrival(Thread& thread) REQUIRES(coreMutex);
 
-void wakeTurnWaiters();
+// A turn became free, or a window that a send waits for is gone.
+void wakeTurnWaiters() REQUIRES(coreMutex);
 
-// Keeps the text's old room where it fits: a counter that changes a million times allocates nothing.
-void setText(Window& window, std::u16string_view text);
+// Keeps the text's capacity where the new text fits, so a counter that changes a million times allocates nothing.
+void setText(Window& window, std::u16string_view text) REQUIRES(coreMutex);
 // For a text that was changed in place.
-void announceText(const Window& window);
+void announceText(const Window& window) REQUIRES(coreMutex);
 
 // Sets the last error and gives null, zero or false.
 int fail(DWORD error);

@@ -5,6 +5,8 @@
 // core's lock is held, and the thread may be a run that changes a text 100,000 times a second.
 #pragma once
 
+#include "window/core_mutex.h"
+
 #include "ce/types.h"
 
 #include <cstdint>
@@ -41,10 +43,10 @@ enum class Change {
 class Display {
 public:
     virtual ~Display() = default;
-    // Under the core's lock. `window` is null for Idle, Busy and Cursor.
-    virtual void changed(HWND window, Change change) = 0;
-    // In place of changed(Text): what the window shows from now on. Under the core's lock.
-    virtual void textChanged(HWND window, std::u16string_view text) = 0;
+    // `window` is null for Idle, Busy and Cursor.
+    virtual void changed(HWND window, Change change) REQUIRES(coreMutex) = 0;
+    // In place of changed(Text): what the window shows from now on.
+    virtual void textChanged(HWND window, std::u16string_view text) REQUIRES(coreMutex) = 0;
 };
 
 // One display at a time; null takes it away. The core works without one.
@@ -105,9 +107,9 @@ struct WindowState {
 // Does any thread show the wait cursor?
 [[nodiscard]] bool showsWaitCursor();
 
-// For a caller inside Display::changed, where the lock is held and readWindow and childrenOf would wait for it.
-[[nodiscard]] bool readWindowLocked(HWND window, WindowState& state);
-[[nodiscard]] std::vector<HWND> childrenOfLocked(HWND window);
+// For a caller inside Display::changed, where readWindow and childrenOf would wait for the mutex for ever.
+[[nodiscard]] bool readWindowLocked(HWND window, WindowState& state) REQUIRES(coreMutex);
+[[nodiscard]] std::vector<HWND> childrenOfLocked(HWND window) REQUIRES(coreMutex);
 
 // Raw input, queued for the owner thread and handled when it retrieves messages. What comes while the
 // thread works, or for a window that is disabled or has a disabled ancestor, is dropped: the result is

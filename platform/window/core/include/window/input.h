@@ -30,10 +30,10 @@ inline constexpr LPARAM KeyWithControl = LPARAM{1} << 26;
 // Raw input for the window, by the rules of display.h. False if it is dropped.
 bool queueInput(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Can it be handed to its window as things stand? Needs the lock.
-[[nodiscard]] bool isDeliverable(const Input& input);
-// Is it to be thrown away, since its window was disabled meanwhile? Needs the lock.
-[[nodiscard]] bool isToBeDropped(const Input& input);
+// Can it be handed to its window as things stand?
+[[nodiscard]] bool isDeliverable(const Input& input) REQUIRES(coreMutex);
+// Is it to be thrown away, since its window was disabled meanwhile?
+[[nodiscard]] bool isToBeDropped(const Input& input) REQUIRES(coreMutex);
 
 // What DispatchMessageW does with a message of this file.
 LRESULT dispatchInput(const MSG& message);

@@ -1,4 +1,4 @@
-// notify.h - what controls tell their parents. Without the lock.
+// notify.h - what controls tell their parents.
 #pragma once
 
 #include "window/core.h"
@@ -6,10 +6,10 @@
 namespace platform::window {
 
 // WM_COMMAND with the control's id and the code.
-void notifyCommand(HWND control, WORD code);
+void notifyCommand(HWND control, WORD code) EXCLUDES(coreMutex);
 // WM_NOTIFY. `header` is the first field of whatever the notification carries; its window and id are
 // filled in here.
-LRESULT notifyParent(HWND control, NMHDR& header);
+LRESULT notifyParent(HWND control, NMHDR& header) EXCLUDES(coreMutex);
 
 // What WM_GETDLGCODE answers.
 inline constexpr LRESULT WantsArrows = 1;       // DLGC_WANTARROWS

@@ -8,8 +8,8 @@
 
 namespace platform::window {
 
-// Needs the lock. Null if there is none. Case doesn't count.
-[[nodiscard]] const WindowClass* findClass(std::u16string_view name);
+// Null if there is none. Case doesn't count.
+[[nodiscard]] const WindowClass* findClass(std::u16string_view name) REQUIRES(coreMutex);
 
 // The classes that exist without RegisterClassW: the controls and dialogs. Defined above the rooms of the controls.
 [[nodiscard]] std::vector<WindowClass> builtInClasses();

@@ -5,7 +5,7 @@
 
 namespace platform::window {
 
-// Where the window's client area begins on the screen. Needs the lock.
-[[nodiscard]] POINT originOf(const Window& window);
+// Where the window's client area begins on the screen.
+[[nodiscard]] POINT originOf(const Window& window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

@@ -27,10 +27,10 @@ struct Creation {
 inline constexpr int ScreenWidth = 640;
 inline constexpr int ScreenHeight = 480;
 
-// Without the lock. Null with 1407, 1400 or what WM_CREATE refused.
-[[nodiscard]] HWND createWindow(Creation creation);
+// Null with 1407, 1400 or what WM_CREATE refused.
+[[nodiscard]] HWND createWindow(Creation creation) EXCLUDES(coreMutex);
 
-// Destroys the windows whose owner on another thread has gone. The lock is open while procedures run.
-void destroyCondemned(Lock& lock, Thread& self);
+// Destroys the windows in Thread::toDestroy. The mutex is free while their procedures run.
+void destroyPending(Thread& self) REQUIRES(coreMutex);
 
 }  // namespace platform::window
