@@ -1,4 +1,3 @@
-// Command bands and their command bars.
 #include "controls/bands_display.h"
 #include "controls/control_classes.h"
 #include "menu_resource.h"
@@ -60,8 +59,8 @@ struct BandsState : ClassState {
     }
 };
 
-// Puts the bands side by side, as many as the parent's width holds, and the rest below. Gives whether the
-// height is another one now.
+// Puts the bands side by side, as many as fit into the parent's width, and the others below. True if the height has
+// changed.
 bool layOut(Window& bands) REQUIRES(coreMutex)
 {
     auto& state = stateOf<BandsState>(bands);
@@ -85,7 +84,7 @@ bool layOut(Window& bands) REQUIRES(coreMutex)
     return std::exchange(state.height, height) != height;
 }
 
-void layOutAndTell(HWND handle, bool always)
+void layOutAndNotify(HWND handle, bool always)
 {
     {
         const Lock lock(coreMutex);
@@ -101,7 +100,7 @@ void layOutAndTell(HWND handle, bool always)
 LRESULT bandsProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == ParentSized) {
-        layOutAndTell(handle, true);
+        layOutAndNotify(handle, true);
         return 0;
     }
     if (message == RB_GETBARHEIGHT)
@@ -249,7 +248,7 @@ BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REB
     for (const REBARBANDINFOW& info : std::span(infos, count))
         if (!addBand(bands, instance, info))
             return FALSE;
-    layOutAndTell(bands, false);
+    layOutAndNotify(bands, false);
     return TRUE;
 }
 
@@ -264,7 +263,7 @@ HWND CommandBands_GetCommandBar(HWND bands, UINT index)
     return state->bands[index].bar;
 }
 
-// The display has a close box and, if it likes, a help button of its own; here they only take their width.
+// The display draws the close box and the help button. Here they only need their width.
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE, DWORD flags, REBARBANDINFOW*)
 {
     {
@@ -274,7 +273,7 @@ BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE, DWORD flags, REBARBANDINF
             return fail(ERROR_INVALID_WINDOW_HANDLE);
         state->adornmentWidth = (flags & CMDBAR_HELP) ? 2 * AdornmentWidth : AdornmentWidth;
     }
-    layOutAndTell(bands, false);
+    layOutAndNotify(bands, false);
     return TRUE;
 }
 

@@ -1,4 +1,3 @@
-// Push buttons, check boxes, radio buttons, group boxes.
 #include "controls/button.h"
 
 #include "controls/control_classes.h"
@@ -59,7 +58,7 @@ void setCheck(Window& button, WPARAM wanted) REQUIRES(coreMutex)
 {
     const DWORD kind = kindOf(button);
     const int check = static_cast<int>(std::min<WPARAM>(wanted, static_cast<WPARAM>(highestCheck(kind))));
-    // Tab reaches a group of radio buttons at the one that is checked.
+    // Tab moves to the checked one of a group of radio buttons.
     if (isRadio(kind))
         button.style = check ? button.style | WS_TABSTOP : button.style & ~WS_TABSTOP;
     auto& state = stateOf<ButtonState>(button);
@@ -77,7 +76,7 @@ void checkAloneInGroup(Window& button) REQUIRES(coreMutex)
             setCheck(*other, BST_UNCHECKED);
 }
 
-// The state changes first, so that the handler of the click reads the new one.
+// The state changes before the notification, so the parent reads the new one.
 void press(HWND handle)
 {
     {

@@ -1,4 +1,4 @@
-// The date picker: day, month and year in the order of the user's short dates, with the keyboard in one of them.
+// A date picker has the fields day, month and year, in the order of the user's short dates. Keys change one of them.
 #include "controls/control_classes.h"
 #include "controls/date_display.h"
 #include "window/input.h"
@@ -28,10 +28,10 @@ std::array<DateField, 3> orderOfFields()
     if (GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_SSHORTDATE, format, FormatChars) == 0)
         return order;
     const std::u16string_view text(format);
-    const auto placeOf = [text](DateField field) {
+    const auto offsetOf = [text](DateField field) {
         return text.find(field == DateField::Day ? u'd' : field == DateField::Month ? u'M' : u'y');
     };
-    std::ranges::stable_sort(order, {}, placeOf);
+    std::ranges::stable_sort(order, {}, offsetOf);
     return order;
 }
 
@@ -40,12 +40,12 @@ struct DatePickerState : ClassState {
 
     SYSTEMTIME date{};
     std::array<DateField, 3> order = orderOfFields();  // from left to right, as the user's short dates have them
-    std::size_t field = 0;                             // in which the keyboard stands
+    std::size_t field = 0;                             // the index in `order` that keys change
     int typed = 0;                                     // digits typed into it so far
     int typedDigits = 0;
 };
 
-// With the day of the week that belongs to it; nothing for a date that doesn't exist.
+// The date with its day of the week. Nothing for a date that doesn't exist.
 std::optional<SYSTEMTIME> completed(const SYSTEMTIME& date)
 {
     FILETIME time;
@@ -84,7 +84,7 @@ WORD& fieldOf(SYSTEMTIME& date, DateField field)
     return field == DateField::Day ? date.wDay : field == DateField::Month ? date.wMonth : date.wYear;
 }
 
-// The 31st of a shorter month is its last day.
+// A day past the end of the month becomes its last day.
 SYSTEMTIME withField(SYSTEMTIME date, DateField field, int value)
 {
     fieldOf(date, field) = static_cast<WORD>(value);
@@ -92,7 +92,7 @@ SYSTEMTIME withField(SYSTEMTIME date, DateField field, int value)
     return date;
 }
 
-// True if it is another day than before.
+// True if the day has changed.
 bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& date) REQUIRES(coreMutex)
 {
     const auto complete = completed(date);
@@ -106,7 +106,7 @@ bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& da
     return changed;
 }
 
-// One step goes round within the field, and no other field follows.
+// After the last value of the field comes the first, and no other field changes.
 bool step(const Window& window, DatePickerState& picker, int by) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];
@@ -133,7 +133,8 @@ void moveField(DatePickerState& picker, bool right)
     picker.typedDigits = 0;
 }
 
-// What is typed counts as soon as it is in the field's range: "1" and then "15" for a day, four digits for a year.
+// A typed number is set as soon as it is in the field's range: a day as "1" and again as "15", a year after four
+// digits.
 bool typeDigit(const Window& window, DatePickerState& picker, int digit) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];
@@ -178,7 +179,7 @@ bool typeCharacter(const Window& window, DatePickerState& picker, WPARAM charact
     return false;
 }
 
-// The user's choice of a day keeps the time of day.
+// The time of day stays.
 bool chooseDay(const Window& window, DatePickerState& picker, WPARAM yearAndMonth, LPARAM day) REQUIRES(coreMutex)
 {
     SYSTEMTIME date = picker.date;
@@ -228,7 +229,7 @@ LRESULT answer(const Window& window, DatePickerState& picker, UINT message, WPAR
     return TRUE;
 }
 
-// A dialog that makes its picker at run time may name no tab stop; the keyboard has to reach it all the same.
+// A program that makes its picker at run time may forget WS_TABSTOP. Without it Tab would never reach the picker.
 void becomeTabStop(HWND handle)
 {
     const Lock lock(coreMutex);

@@ -1,4 +1,3 @@
-// The edit control, with one line or many.
 #include "controls/control_classes.h"
 #include "edit_text.h"
 #include "window/input.h"
@@ -20,7 +19,7 @@ struct EditState : ClassState {
     explicit EditState(DWORD style) : readOnly((style & ES_READONLY) != 0) {}
 
     EditSelection selection;
-    std::size_t limit = FirstLimit;  // characters that the user may bring it to
+    std::size_t limit = FirstLimit;  // characters that the user can make it hold
     bool readOnly;
 
     [[nodiscard]] bool editsText() const REQUIRES(coreMutex) override { return true; }
@@ -45,7 +44,7 @@ void setSelection(Window& edit, EditState& state, EditSelection selection) REQUI
     announce(edit, Change::Selection);
 }
 
-// What the user's change led to.
+// What the parent is notified of after a change.
 struct Outcome {
     bool changed = false;
     bool full = false;
@@ -61,7 +60,7 @@ void report(HWND handle, Outcome outcome)
     notifyCommand(handle, EN_CHANGE);
 }
 
-// A single line that doesn't scroll holds what fits its width.
+// A single line that doesn't scroll holds only as many characters as fit its width.
 std::size_t limitOf(const Window& edit, const EditState& state) REQUIRES(coreMutex)
 {
     if (isMultiLine(edit) || (edit.style & ES_AUTOHSCROLL))
@@ -102,7 +101,7 @@ Outcome takeNewText(Window& edit, EditState& state, std::u16string_view text) RE
     return {.changed = changed, .full = whole.size() < fitted.size()};
 }
 
-// Takes the selection, or the character that `neighbour` names, out of the text.
+// Deletes the selection. If it is empty, deletes from the caret to where `neighbour` moves it.
 Outcome erase(Window& edit, EditState& state, std::size_t (*neighbour)(std::u16string_view, std::size_t))
     REQUIRES(coreMutex)
 {
@@ -242,7 +241,7 @@ void selectByProgram(Window& edit, EditState& state, int start, int end) REQUIRE
         setSelection(edit, state, {at(start), at(end)});
 }
 
-// Tab leaves the edit, and Enter is the dialog's unless it makes a line break.
+// A multi-line edit leaves Tab to the dialog, and Enter too unless it makes a line break.
 LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message) REQUIRES(coreMutex)
 {
     LRESULT code = HasSelection | WantsCharacters | WantsArrows;
@@ -276,7 +275,7 @@ LRESULT answer(Window& edit, UINT message, WPARAM wParam, LPARAM lParam) REQUIRE
     }
 }
 
-// Esc in a multi-line edit closes its dialog: the dialog manager doesn't see the key.
+// A multi-line edit takes all keys, so the dialog manager doesn't see Esc and the edit has to close the dialog.
 void closeDialog(HWND handle)
 {
     HWND dialog = nullptr;

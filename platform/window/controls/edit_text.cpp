@@ -1,4 +1,3 @@
-// The text of an edit control.
 #include "edit_text.h"
 
 #include "text/utf.h"
@@ -9,7 +8,7 @@ namespace platform::window {
 
 namespace {
 
-// Would a caret at `at` stand inside a pair or a line break?
+// Is `at` inside a surrogate pair or a line break?
 bool isInside(std::u16string_view text, std::size_t at)
 {
     if (at == 0 || at >= text.size())

@@ -1,6 +1,6 @@
 // edit_text.h - the text of an edit control and its selection, without window or messages.
 //
-// A surrogate pair and a \r\n are one character to the caret: it never stands inside.
+// A surrogate pair and a \r\n count as one character: the caret is never inside.
 #pragma once
 
 #include <cstddef>
@@ -22,15 +22,15 @@ struct EditSelection {
 [[nodiscard]] std::size_t nextCharacter(std::u16string_view text, std::size_t at);
 [[nodiscard]] std::size_t lineStart(std::u16string_view text, std::size_t at);
 [[nodiscard]] std::size_t lineEnd(std::u16string_view text, std::size_t at);
-// The same column one line up or down, or the line's end; `at` itself on the first or last line.
+// The same column one line up or down, or the end of that line if it is shorter. `at` itself on the first or last line.
 [[nodiscard]] std::size_t lineAbove(std::u16string_view text, std::size_t at);
 [[nodiscard]] std::size_t lineBelow(std::u16string_view text, std::size_t at);
 
-// What of a typed text an edit holds: every kind of line break becomes \r\n, or nothing in a single line;
-// other control characters but the tab of a multi-line edit go.
+// Typed text as an edit holds it. Every kind of line break becomes \r\n, or is removed for a single line. Other control
+// characters are removed, except tabs in a multi-line edit.
 [[nodiscard]] std::u16string fitToEdit(std::u16string_view typed, bool multiLine);
 
-// At most `room` characters, cut at a whole one.
+// At most `room` UTF-16 units, cut before a character that doesn't fit as a whole.
 [[nodiscard]] std::u16string_view cutToRoom(std::u16string_view text, std::size_t room);
 
 }  // namespace platform::window

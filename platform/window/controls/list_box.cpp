@@ -1,4 +1,4 @@
-// The list box: one row selected, or any number of them (LBS_MULTIPLESEL).
+// A list box has at most one selected row, or any number of them with LBS_MULTIPLESEL.
 #include "controls/control_classes.h"
 #include "controls/list_display.h"
 #include "list_rows.h"
@@ -24,7 +24,7 @@ struct ListBoxState : ClassState {
     bool multiple;
     long caret = -1;  // single selection: the selected row or -1; multiple: the row with the focus frame
     long selectedCount = 0;
-    int extent = 0;  // virtual pixels that the program wants to be scrolled over sideways
+    int extent = 0;  // scrollable width, in virtual pixels
 
     void describe(const Window&, WindowState& state) const REQUIRES(coreMutex) override
     {
@@ -52,7 +52,7 @@ void select(ListBoxState& state, long index, bool selected)
     state.selectedCount += selected ? 1 : -1;
 }
 
-// Of a single selection: this row alone, or none for -1.
+// For a single selection. -1: no row.
 void moveSelection(ListBoxState& state, long index)
 {
     if (isRow(state, state.caret))
@@ -62,7 +62,7 @@ void moveSelection(ListBoxState& state, long index)
         select(state, index, true);
 }
 
-// What the program asks for. All run under the lock; none notifies.
+// Messages of the program. They change rows and selection without notifying the parent.
 
 LRESULT addRow(Window& box, ListBoxState& state, LPARAM text, std::optional<long> at) REQUIRES(coreMutex)
 {
@@ -121,11 +121,12 @@ LRESULT setSelected(Window& box, ListBoxState& state, bool selected, long index)
 {
     if (!state.multiple || (index != -1 && !isRow(state, index)))
         return LB_ERR;
-    if (index != -1)
+    if (index != -1) {
         select(state, index, selected);
-    else
+    } else {
         for (long each = 0; isRow(state, each); ++each)
             select(state, each, selected);
+    }
     announce(box, Change::Selection);
     return 0;
 }
@@ -155,7 +156,7 @@ LRESULT findRow(ListBoxState& state, long after, LPARAM text)
     return found ? static_cast<LRESULT>(*found) : LB_ERR;
 }
 
-// An index that a caller hands on unlooked at, such as LB_ERR, is no row: 0 would say "not selected".
+// LB_ERR, not 0, for an index that isn't a row, such as an LB_ERR that the caller passes on: 0 means "not selected".
 LRESULT isSelected(ListBoxState& state, long index)
 {
     if (!isRow(state, index))
@@ -203,7 +204,7 @@ LRESULT answer(Window& box, ListBoxState& state, UINT message, WPARAM wParam, LP
     }
 }
 
-// What the user does. The state changes first, then the parent hears of it.
+// Input of the user. The state changes first, then the parent is notified.
 
 struct Outcome {
     bool notify = false;
@@ -263,7 +264,7 @@ Outcome pressKey(Window& box, ListBoxState& state, WPARAM key) REQUIRES(coreMute
     }
 }
 
-// Space turns a row on or off; any other character goes to the next row that begins with it.
+// Space selects or deselects the caret row. Any other character moves to the next row that begins with it.
 Outcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQUIRES(coreMutex)
 {
     if (character == u' ')
@@ -351,7 +352,7 @@ long findListRow(HWND listBox, const std::u16string& text)
     auto* state = findState<ListBoxState>(listBox, WindowKind::ListBox);
     if (!state)
         return -1;
-    // Among the rows that differ by case alone, the one that is meant.
+    // The rows' own search ignores case, so look through all of its results for the exact text.
     const auto first = state->rows.find(text, std::nullopt);
     for (auto found = first; found; found = state->rows.find(text, found)) {
         if (state->rows.row(*found).text == text)

@@ -1,4 +1,3 @@
-// The rows of a list box.
 #include "list_rows.h"
 
 #include "text/case_folding.h"
@@ -138,13 +137,13 @@ std::optional<std::size_t> ListRows::find(std::u16string_view text, std::optiona
 {
     orderByText();
     const auto indexAt = [this](std::size_t position) { return inOrder_ ? position : byText_[position]; };
-    // Positions in the order by text; those of the equal rows ascend with their indices.
-    const auto partition = [&](auto belongsBefore) {
+    // Positions are in the order by text. Rows with equal texts are in the order of their indices.
+    const auto partition = [&](auto isBeforeTarget) {
         std::size_t low = 0;
         std::size_t high = size_;
         while (low < high) {
             const std::size_t middle = (low + high) / 2;
-            if (belongsBefore(indexAt(middle)))
+            if (isBeforeTarget(indexAt(middle)))
                 low = middle + 1;
             else
                 high = middle;
@@ -162,7 +161,7 @@ std::optional<std::size_t> ListRows::find(std::u16string_view text, std::optiona
     });
     if (next < size_ && platform::text::compareWithoutCase(row(indexAt(next)).text, text) == 0)
         return indexAt(next);
-    return indexAt(first);  // round the end
+    return indexAt(first);  // continues with the first row
 }
 
 }  // namespace platform::window

@@ -1,8 +1,7 @@
-// list_rows.h - the rows of a list box: sorted on the way in, found by their text.
+// list_rows.h - the rows of a list box, sorted as they are added, and found by their text. Case doesn't count.
 //
-// Rows lie in blocks of a few hundred, so that a hundred thousand insertions in any order cost no more than
-// their comparisons. A row is found by halving: over the rows themselves where they are sorted, otherwise
-// over an order by text that is made when it is first asked for. No letter's case counts.
+// Rows are kept in blocks of a few hundred, so an insertion in the middle of 100,000 rows moves few of them. find()
+// uses a binary search: over the rows if they are sorted, otherwise over an index by text that it makes on demand.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +25,7 @@ public:
     [[nodiscard]] std::size_t size() const { return size_; }
     // `index` below size().
     [[nodiscard]] Row& row(std::size_t index);
-    // In the order of the box.
+    // Calls `action` for each row, in the order of the box.
     template <class Action>
     void forEach(Action action) const
     {
@@ -35,14 +34,14 @@ public:
                 action(*each);
     }
 
-    // At its sorted place, behind its equals, or at the end of an unsorted box. Gives the index.
+    // Adds in sorted order, after equal texts, or at the end of an unsorted box. Gives the index.
     std::size_t add(std::u16string_view text);
-    // `index` at most size(). The box may be out of order from here on.
+    // `index` at most size(). The rows count as unsorted from then on.
     void insert(std::size_t index, std::u16string_view text);
     void erase(std::size_t index);
     void clear();
 
-    // The first row behind `after` whose whole text is that, going round; nothing if there is none.
+    // The first row after `after` with that whole text. After the last row the search continues with the first.
     [[nodiscard]] std::optional<std::size_t> find(std::u16string_view text, std::optional<std::size_t> after);
 
 private:
@@ -60,11 +59,11 @@ private:
     void orderByText();
     void forgetOrders();
 
-    std::vector<Block> blocks_;  // none is empty
+    std::vector<Block> blocks_;  // no block is empty
     std::size_t size_ = 0;
     bool keepSorted_;
     bool inOrder_;
-    // Made when they are needed, empty if the rows changed since.
+    // Made on demand. Empty if the rows have changed since.
     std::vector<std::size_t> starts_;  // index of each block's first row
     std::vector<std::size_t> byText_;  // the rows' indices in the order of their texts
 };

@@ -1,4 +1,3 @@
-// Reading menus.
 #include "menu_resource.h"
 
 #include "window/byte_reader.h"
@@ -13,7 +12,7 @@ constexpr WORD FlagPopup = 0x10;
 constexpr WORD FlagEnd = 0x80;
 constexpr int MostLevels = 16;
 
-// One level, up to the item that is marked as its last. A popup's own items follow it at once.
+// Reads one level, up to the item marked as its last. The items of a popup follow the popup directly.
 std::vector<MenuItem> readLevel(ByteReader& reader, int levels)
 {
     std::vector<MenuItem> items;

@@ -8,8 +8,8 @@
 
 namespace platform::window {
 
-// The items of the menu's top level. Nothing if the bytes end before the menu does, if it is of the extended
-// form, or if its popups lie deeper than any menu that people can use.
+// The items of the menu's top level. Nothing if the bytes end before the menu does, if it has the extended format, or
+// if its popups are nested more than 16 levels deep.
 [[nodiscard]] std::optional<std::vector<MenuItem>> readMenu(std::span<const std::byte> bytes);
 
 }  // namespace platform::window

@@ -1,4 +1,3 @@
-// The progress bar.
 #include "controls/control_classes.h"
 #include "window/core.h"
 
@@ -35,7 +34,7 @@ int moveTo(Window& bar, std::int64_t position) REQUIRES(coreMutex)
     return before;
 }
 
-// Exactly the top is still a place of its own; only a sum above it starts over.
+// A step that ends exactly at the upper limit stays there. Only one beyond it starts again at the lower limit.
 int step(Window& bar) REQUIRES(coreMutex)
 {
     const auto& state = stateOf<ProgressState>(bar);

@@ -1,4 +1,3 @@
-// Static texts and icons: their text is all that they have.
 #include "controls/control_classes.h"
 #include "window/notify.h"
 

@@ -1,4 +1,3 @@
-// What a window does with a message that its own procedure doesn't want.
 #include "window/core.h"
 #include "window/images.h"
 

@@ -1,5 +1,4 @@
-// The focus and the active window. Both are the thread's own: what a window of one thread does never waits
-// for another thread.
+// Each thread has a focus and an active window, so changing them never waits for another thread.
 #include "window/focus.h"
 
 #include <algorithm>
@@ -53,8 +52,8 @@ Window* nextInGroup(Window& control, bool backward)
 
 namespace {
 
-// Where the keyboard goes in a window that becomes active. A window that isn't a dialog gets it itself only
-// if none of its controls takes it: the program's main loop knows no Tab, so its tree would never be reached.
+// The window that gets the focus when `top` becomes active. In a window that isn't a dialog, controls without
+// WS_TABSTOP count too: the program's main loop doesn't handle Tab, so the keyboard couldn't reach its tree otherwise.
 HWND focusFor(Window& top) REQUIRES(coreMutex)
 {
     Window* last = findWindow(top.lastFocus);
@@ -62,10 +61,12 @@ HWND focusFor(Window& top) REQUIRES(coreMutex)
         return last->handle;
     if (Window* first = nextTabStop(top, nullptr, false))
         return first->handle;
-    if (!top.state->isDialog())
-        for (const Window* child : top.children)
+    if (!top.state->isDialog()) {
+        for (const Window* child : top.children) {
             if (acceptsFocus(*child))
                 return child->handle;
+        }
+    }
     return top.handle;
 }
 
@@ -122,7 +123,7 @@ HWND SetFocus(HWND window)
         SetLastError(ERROR_INVALID_WINDOW_HANDLE);
         return nullptr;
     }
-    // A disabled window would swallow the keyboard.
+    // A disabled window drops input, so with the focus it would make the keyboard useless.
     if (wanted && (wanted->thread != &self || wanted->dying || !takesInputOf(*wanted))) {
         SetLastError(ERROR_ACCESS_DENIED);
         return nullptr;
@@ -130,10 +131,12 @@ HWND SetFocus(HWND window)
     const HWND before = std::exchange(self.focus, window);
     if (wanted)
         topLevelOf(*wanted).lastFocus = window;
-    if (before != window)
-        for (const Window* changed : {findWindow(before), wanted})
+    if (before != window) {
+        for (const Window* changed : {findWindow(before), wanted}) {
             if (changed)
                 announce(*changed, Change::Focus);
+        }
+    }
     lock.unlock();
     if (before != window) {
         if (before)

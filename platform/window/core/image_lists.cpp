@@ -1,4 +1,3 @@
-// Image lists that the program makes cell by cell.
 #include "window/image_lists.h"
 
 #include "window/core.h"
@@ -31,7 +30,7 @@ public:
         return firstBitmap_;
     }
 
-    // The index of the first of them.
+    // Gives the index of the first added image.
     [[nodiscard]] int add(WORD bitmap, int images)
     {
         const std::lock_guard guard(mutex_);
@@ -54,7 +53,7 @@ std::shared_ptr<ImageList> findList(HIMAGELIST list)
     return kernel::findHandle<ImageList>(list);
 }
 
-// 0 if it is no bitmap that can be read.
+// In pixels. 0 if the bitmap is missing or too short.
 int widthOfBitmap(WORD id)
 {
     constexpr std::size_t WidthAt = 4;
@@ -110,7 +109,7 @@ HBITMAP LoadBitmapW(HINSTANCE instance, const WCHAR* name)
     return static_cast<HBITMAP>(LoadImageW(instance, name, IMAGE_BITMAP, 0, 0, 0));
 }
 
-// A bitmap is its number in the resources, so there is nothing to free.
+// A bitmap's handle only carries its number in the resources, so there is nothing to free.
 BOOL DeleteObject(HBITMAP bitmap)
 {
     return resourceIdOf(bitmap) != 0 ? TRUE : fail(ERROR_INVALID_HANDLE);

@@ -1,4 +1,3 @@
-// Icons, bitmaps, cursors, image lists and brushes.
 #include "window/images.h"
 
 #include "window/core.h"
@@ -12,7 +11,8 @@ using namespace platform::window;
 
 namespace {
 
-// A handle: the kind above the number. Null stays free, since a brush may have the number 0.
+// A handle holds its kind in the upper bits and a number in the lower 16. Kinds begin with 1, so no handle is null even
+// if its number is 0.
 enum class Kind : std::uintptr_t { Icon = 1, Bitmap = 2, ImageList = 3, Cursor = 4, Brush = 5 };
 
 template <class Handle>
@@ -21,7 +21,7 @@ Handle makeHandle(Kind kind, std::uintptr_t number)
     return reinterpret_cast<Handle>((static_cast<std::uintptr_t>(kind) << 16) | number);
 }
 
-// The number that a name stands for; the pictures of the resources have numbers alone.
+// The number in a name made by MAKEINTRESOURCEW. Images in the resources have no other names.
 std::optional<WORD> numberOf(const WCHAR* name)
 {
     const auto number = reinterpret_cast<std::uintptr_t>(name);

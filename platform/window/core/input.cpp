@@ -1,4 +1,3 @@
-// Raw input: from the display into the owner thread's queue, and from there to the control.
 #include "window/input.h"
 
 #include "window/focus.h"
@@ -30,7 +29,7 @@ bool queue(Window& window, Input input) REQUIRES(coreMutex)
     if (!isKept(message) && isBusy(thread))
         return false;
     input.message.hwnd = window.handle;
-    // Of two wishes of a kind the later one stands for both.
+    // A later close or size replaces an earlier one that is still queued.
     if (isKept(message))
         std::erase_if(thread.input, [&](const Input& earlier) REQUIRES(coreMutex) {
             return earlier.message.hwnd == window.handle && earlier.message.message == message;
@@ -54,7 +53,7 @@ bool queueText(HWND handle, UINT message, std::u16string text)
     return window && queue(*window, {MSG{nullptr, message, 0, 0, 0, {}}, std::move(text)});
 }
 
-// Keys for a top-level window mean the control in it that has the focus.
+// A key for a top-level window goes to the control in it that has the focus.
 Window& keyTarget(Window& window) REQUIRES(coreMutex)
 {
     Window* focused = findWindow(window.thread->focus);
@@ -174,8 +173,8 @@ bool takesInput(HWND handle)
 
 namespace {
 
-// A click brings the keyboard along.
-void bringKeyboard(HWND handle)
+// A click activates the top-level window and sets the focus to the control.
+void activateAndFocus(HWND handle)
 {
     HWND top = nullptr;
     bool accepts = false;
@@ -215,7 +214,7 @@ bool isEdit(HWND handle)
     return window && window->state->editsText();
 }
 
-// An edit takes a text as a whole, every other window a character at a time.
+// An edit gets a text as a whole, every other window one WM_CHAR for each character.
 void typeInto(const MSG& message)
 {
     if (isEdit(message.hwnd)) {
@@ -240,10 +239,10 @@ LRESULT dispatchInput(const MSG& message)
     case InputClick:
     case InputDoubleClick:
     case InputDate:
-        bringKeyboard(message.hwnd);
+        activateAndFocus(message.hwnd);
         return SendMessageW(message.hwnd, message.message, message.wParam, message.lParam);
     case InputFocus:
-        bringKeyboard(message.hwnd);
+        activateAndFocus(message.hwnd);
         return 0;
     case InputText:
     case InputNewText:

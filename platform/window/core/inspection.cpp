@@ -1,4 +1,3 @@
-// Copies of what the core holds, for displays.
 #include "window/core.h"
 
 #include <algorithm>

@@ -1,16 +1,15 @@
-// What a thread retrieves, in this order: posted messages, input, the wish to quit, timers that are due. Only the
-// thread in whose name the caller runs is served; any thread may add to the queues.
+// What a thread retrieves, in this order: posted messages, input, WM_QUIT, timers that are due. Only the thread in
+// whose name the caller runs is served. Any thread may add to the queues.
 //
 // GetMessageW holds the mutex except while it waits or destroys windows. Its loop relies on this:
 //
-// - Whatever may make a message retrievable calls noteArrival, which counts it and wakes the frames that wait: a posted
-//   message, input, the wish to quit, a new timer, a window that was enabled or removed. A frame reads the counter
-//   before it gives its turn up, so nothing that comes afterwards is missed.
-// - Several frames of one thread can wait at a time, one for each visit with a message loop. All wake; the frame of the
+// - Whatever can make a message retrievable calls noteArrival: a post, input, PostQuitMessage, SetTimer, a window that
+//   is enabled, removed or to be destroyed. It adds to Thread::arrivals and wakes the frames that wait. A frame reads
+//   the counter before it gives its turn up, so it misses nothing that comes afterwards.
+// - Several frames of one thread can wait at a time, one for each visit with a message loop. All wake. The frame of the
 //   current level takes its turn back first, and those below it when the visits above them have ended.
-// - The turn is free during the wait, so sends to the thread's windows run then. After the wait the frame needs the
-// turn
-//   again before it touches a queue.
+// - The turn is free during the wait, so sends to the thread's windows run then. After the wait the frame takes the
+//   turn back before it touches a queue.
 #include "turn.h"
 #include "window/core.h"
 #include "window/input.h"
@@ -22,7 +21,7 @@ using namespace platform::window;
 
 namespace {
 
-// Which messages a caller of GetMessageW wants.
+// Which messages a caller of GetMessageW accepts.
 struct Filter {
     HWND window;
     UINT low;

@@ -1,11 +1,10 @@
-// What controls tell their parents.
 #include "window/notify.h"
 
 namespace platform::window {
 
 namespace {
 
-// The parent, and the control's id; null for a window without one.
+// The parent; null for a window without one. Sets the control's id.
 HWND parentOf(HWND control, int& id)
 {
     const Lock lock(coreMutex);

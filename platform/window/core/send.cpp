@@ -1,4 +1,4 @@
-// Messages that are answered before the call returns.
+// A send to a window of the own thread is a call of its procedure. A send to another thread runs there as a Visit.
 #include "turn.h"
 #include "window/core.h"
 #include "window/input.h"

@@ -1,4 +1,3 @@
-// Window classes: those of the program, and the controls', which stand from the start.
 #include "window/window_class.h"
 
 #include "window/core.h"
@@ -14,14 +13,15 @@ namespace platform::window {
 
 namespace {
 
-// The classes of the program begin behind those of the core, as their atoms do.
+// Atoms count all classes; the built-in ones have the lowest.
 constexpr ATOM FirstAtom = 0xC000;
 
 void registerBuiltIn(Core& all) REQUIRES(coreMutex)
 {
-    if (all.classes.empty())
-        for (WindowClass& builtIn : builtInClasses())
-            all.classes.push_back(std::move(builtIn));
+    if (!all.classes.empty())
+        return;
+    for (WindowClass& builtIn : builtInClasses())
+        all.classes.push_back(std::move(builtIn));
 }
 
 }  // namespace
@@ -55,7 +55,7 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass)
     return static_cast<ATOM>(FirstAtom + core().classes.size());
 }
 
-// All classes stand from the start, so that a dialog with a control that nobody announced comes up too.
+// All classes exist from the start, so a dialog opens even if its program didn't register the classes of its controls.
 BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes)
 {
     return classes && classes->dwSize == sizeof *classes ? TRUE : fail(ERROR_INVALID_PARAMETER);

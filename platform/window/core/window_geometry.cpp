@@ -1,4 +1,3 @@
-// Windows on the screen, and where the pointer was.
 #include "window/window_geometry.h"
 
 namespace platform::window {

@@ -1,4 +1,3 @@
-// How windows come and go.
 #include "window/window_life.h"
 
 #include "window/focus.h"
@@ -43,7 +42,7 @@ Window* makeWindow(Creation& creation) REQUIRES(coreMutex)
     Window& window = addWindow();
     window.thread = &self;
     window.windowClass = windowClass;
-    window.style = child ? creation.style : creation.style & ~WS_VISIBLE;  // shown once it is whole
+    window.style = child ? creation.style : creation.style & ~WS_VISIBLE;  // shown after WM_CREATE
     window.exStyle = creation.exStyle;
     window.id = creation.id;
     window.text = creation.title;
@@ -61,7 +60,7 @@ Window* makeWindow(Creation& creation) REQUIRES(coreMutex)
     return &window;
 }
 
-LRESULT tellOfCreation(HWND window, const Creation& creation, const RECT& place)
+LRESULT sendCreate(HWND window, const Creation& creation, const RECT& place)
 {
     const std::u16string title(creation.title);
     const std::u16string className(creation.className);
@@ -99,7 +98,7 @@ HWND createWindow(Creation creation)
     const HWND window = made->handle;
     const RECT place = made->place;
     lock.unlock();
-    if (tellOfCreation(window, creation, place) == -1) {
+    if (sendCreate(window, creation, place) == -1) {
         forgetWindow(window);
         return nullptr;
     }
@@ -122,8 +121,8 @@ void destroyPending(Thread& self)
 
 namespace {
 
-// What the window owns: in the own name at once, on another thread when it next retrieves messages, so
-// that nobody waits for it.
+// Gives the owned windows of the calling thread, which the caller destroys at once. Those of other threads are marked:
+// each thread destroys its own when it next retrieves messages, so the caller waits for no thread.
 std::vector<HWND> releaseOwned(HWND owner) REQUIRES(coreMutex)
 {
     std::vector<HWND> own;
@@ -147,8 +146,8 @@ void collectBelow(const Window& window, std::vector<HWND>& found) REQUIRES(coreM
     }
 }
 
-// The window first, then what lies below it.
-void tellOfEnd(HWND window)
+// WM_DESTROY for the window, then for its descendants, each parent before its children.
+void sendDestroy(HWND window)
 {
     SendMessageW(window, WM_DESTROY, 0, 0);
     std::vector<HWND> below;
@@ -162,7 +161,7 @@ void tellOfEnd(HWND window)
             SendMessageW(child, WM_DESTROY, 0, 0);
 }
 
-// The owner gets the keyboard back when what it owned was the active window.
+// If the window was the active one, its visible owner becomes active.
 void removeAndActivateOwner(HWND handle)
 {
     HWND next = nullptr;
@@ -191,7 +190,7 @@ using namespace platform::window;
 HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, DWORD style, int x, int y, int width,
                      int height, HWND parent, HMENU menu, HINSTANCE instance, void* parameter)
 {
-    // Small numbers would be the atoms of classes; nobody keeps those.
+    // An atom in place of a name: not supported.
     if (reinterpret_cast<std::uintptr_t>(className) <= 0xFFFF) {
         SetLastError(ERROR_CANNOT_FIND_WND_CLASS);
         return nullptr;
@@ -221,7 +220,7 @@ BOOL DestroyWindow(HWND handle)
     if (window->thread != &currentThread())
         return fail(ERROR_ACCESS_DENIED);
     if (window->dying)
-        return TRUE;  // its own WM_DESTROY asks for it again
+        return TRUE;  // called again while it handles WM_DESTROY
     const HWND ownerToEnable = window->state->takeOwnerToEnable();
     const std::vector<HWND> owned = releaseOwned(handle);
     lock.unlock();
@@ -240,7 +239,7 @@ BOOL DestroyWindow(HWND handle)
     announce(*window, Change::Shown);
     lock.unlock();
     moveFocusOff(handle);
-    tellOfEnd(handle);
+    sendDestroy(handle);
     removeAndActivateOwner(handle);
     return TRUE;
 }

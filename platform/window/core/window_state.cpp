@@ -1,4 +1,3 @@
-// What a window shows of itself: visible, enabled, text, place; and finding it.
 #include "window/core.h"
 #include "window/focus.h"
 #include "window/input.h"
@@ -16,7 +15,7 @@ bool isOwn(const Window& window) REQUIRES(coreMutex)
     return window.thread == &currentThread();
 }
 
-// Such a child is the command bands, of which a window has one set.
+// The child is a set of command bands, and a window has at most one.
 void layOutFollower(HWND parent)
 {
     HWND follower = nullptr;
@@ -53,7 +52,7 @@ BOOL ShowWindow(HWND handle, int show)
     }
     lock.unlock();
     if (!own)
-        return wasVisible;  // the other thread's loop isn't waited for
+        return wasVisible;  // don't wait for the other thread
 
     if (wasVisible != visible)
         SendMessageW(handle, WM_SHOWWINDOW, visible ? 1 : 0, 0);
@@ -95,7 +94,7 @@ BOOL EnableWindow(HWND handle, BOOL enable)
     if (wasDisabled != (enable == FALSE)) {
         window->style = enable ? window->style & ~WS_DISABLED : window->style | WS_DISABLED;
         announce(*window, Change::Enabled);
-        noteArrival(*window->thread);  // a kept wish to close may be due now
+        noteArrival(*window->thread);  // a close that was kept may be deliverable now
         const bool own = isOwn(*window);
         lock.unlock();
         if (!own) {
@@ -181,7 +180,7 @@ BOOL SetWindowPos(HWND handle, HWND, int x, int y, int width, int height, UINT f
         width = before.right - before.left;
         height = before.bottom - before.top;
     }
-    // Both ends stay inside the numbers that a place can hold.
+    // Keeps the sums below inside LONG.
     constexpr int Far = 1 << 20;
     x = std::clamp(x, -Far, Far);
     y = std::clamp(y, -Far, Far);

@@ -1,4 +1,3 @@
-// Dialogs: made from a template, run until EndDialog.
 #include "dialog.h"
 
 #include "controls/button.h"
@@ -30,7 +29,8 @@ Size sizeOf(const DialogLaunch& launch)
     return {horizontalPixels(form.width), verticalPixels(form.height)};
 }
 
-// On the middle of the owner, or of the screen; otherwise at its place in the owner's client area.
+// With DS_CENTER in the middle of the owner or the screen, otherwise at the template's position in the owner's client
+// area.
 POINT placeFor(const DialogLaunch& launch, Size size)
 {
     const Lock lock(coreMutex);
@@ -42,7 +42,8 @@ POINT placeFor(const DialogLaunch& launch, Size size)
     return {area.left + horizontalPixels(launch.form.x), area.top + verticalPixels(launch.form.y)};
 }
 
-// A control of an unknown class makes the whole dialog fail: half a dialog asks half a question.
+// A dialog with a control of an unknown class isn't opened at all: without the control its question would be
+// incomplete.
 bool knowsClasses(const DialogTemplate& form)
 {
     const Lock lock(coreMutex);
@@ -93,8 +94,8 @@ bool makeControl(const DialogLaunch& launch, const ControlTemplate& control, HWN
     return createWindow(std::move(creation)) != nullptr;
 }
 
-// From here on the program's procedure gets the dialog's messages. Gives the control that gets the focus.
-HWND handOver(HWND handle, DLGPROC procedure)
+// From here on the program's procedure gets the dialog's messages. Gives the first control that takes the focus.
+HWND attachProcedure(HWND handle, DLGPROC procedure)
 {
     const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
@@ -117,25 +118,25 @@ bool hasFocusWithin(HWND handle)
     return dialog && focused && isWithin(*focused, *dialog);
 }
 
-bool isOver(HWND handle)
+bool hasEnded(HWND handle)
 {
     const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
     return !window || window->dying || findDialog(window)->ended;
 }
 
-// A procedure that gives 0 has set the focus itself; if it forgot to, the keyboard would reach nothing.
+// A procedure that returns 0 has set the focus. If it forgot to, no control would have it, so it is set here then.
 void initialize(const DialogLaunch& launch, HWND dialog)
 {
-    const HWND first = handOver(dialog, launch.procedure);
+    const HWND first = attachProcedure(dialog, launch.procedure);
     const LRESULT wantsFocus = SendMessageW(dialog, WM_INITDIALOG, reinterpret_cast<WPARAM>(first), launch.parameter);
-    if (isOver(dialog) || !first || (!wantsFocus && hasFocusWithin(dialog)))
+    if (hasEnded(dialog) || !first || (!wantsFocus && hasFocusWithin(dialog)))
         return;
     SetFocus(first);
     SendMessageW(first, EM_SETSEL, 0, -1);
 }
 
-// Hidden and initialized. Null with the last error.
+// Makes the dialog and sends WM_INITDIALOG, without showing it. Null with the last error.
 HWND openHidden(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
 {
     if (!knowsClasses(launch.form)) {
@@ -155,7 +156,7 @@ HWND openHidden(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
     return dialog;
 }
 
-// The owner's top-level window if it was enabled and no longer is; null otherwise.
+// Gives the owner's top-level window if this call disabled it, otherwise null.
 HWND disableOwner(HWND handle)
 {
     HWND top = nullptr;
@@ -170,10 +171,11 @@ HWND disableOwner(HWND handle)
     return top;
 }
 
-// Serves all windows of the thread until the dialog is over. A wish to quit goes on to the loop outside.
+// Handles messages for all windows of the thread until the dialog has ended. WM_QUIT ends the loop and is posted again
+// for the loop around it.
 void serve(HWND dialog)
 {
-    while (!isOver(dialog)) {
+    while (!hasEnded(dialog)) {
         MSG message = {};
         const BOOL got = GetMessageW(&message, nullptr, 0, 0);
         if (got == 0)
@@ -198,7 +200,7 @@ INT_PTR resultOf(HWND handle)
 
 INT_PTR runModal(const DialogLaunch& launch)
 {
-    // Before WM_INITDIALOG: whatever that shows, the owner takes no command meanwhile.
+    // Before WM_INITDIALOG, whose handler may show windows: the owner must take no command meanwhile.
     const HWND ownerToEnable = disableOwner(launch.owner);
     const HWND dialog = openHidden(launch, true, ownerToEnable);
     if (!dialog) {
@@ -206,7 +208,7 @@ INT_PTR runModal(const DialogLaunch& launch)
             EnableWindow(ownerToEnable, TRUE);
         return -1;
     }
-    if (!isOver(dialog))
+    if (!hasEnded(dialog))
         ShowWindow(dialog, SW_SHOW);
     serve(dialog);
     const INT_PTR result = resultOf(dialog);
@@ -224,8 +226,8 @@ HWND openModeless(const DialogLaunch& launch)
 
 namespace {
 
-// The address of a template says nothing of its end, so only one of the resources is read. Nothing, with
-// the last error, for another address, a damaged template or a bad procedure.
+// Only templates in the resources are accepted, since the size of others isn't known. Nothing, with the last error, for
+// another address, a damaged template or a null procedure.
 std::optional<DialogLaunch> launchFrom(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                        LPARAM parameter)
 {
@@ -284,6 +286,6 @@ BOOL EndDialog(HWND handle, INT_PTR result)
     if (ownerToEnable)
         EnableWindow(ownerToEnable, TRUE);
     ShowWindow(handle, SW_HIDE);
-    PostMessageW(handle, WM_NULL, 0, 0);  // its loop looks whether it is over
+    PostMessageW(handle, WM_NULL, 0, 0);  // wakes its loop, which then ends
     return TRUE;
 }

@@ -1,4 +1,3 @@
-// The keyboard in a dialog: Tab, arrows, Enter, Esc, mnemonics.
 #include "controls/button.h"
 #include "dialog_state.h"
 #include "window/focus.h"
@@ -20,7 +19,7 @@ void command(HWND dialog, int id, HWND control)
     SendMessageW(dialog, WM_COMMAND, MAKELONG(static_cast<WORD>(id), BN_CLICKED), reinterpret_cast<LPARAM>(control));
 }
 
-// As if the button had been pressed; also without a button of that id, but not where it is disabled.
+// Sends the command of a button. Does nothing if the button is disabled, but sends it if no button has the id.
 void commandOf(HWND handle, int id)
 {
     HWND control = nullptr;
@@ -35,7 +34,7 @@ void commandOf(HWND handle, int id)
     command(handle, id, control);
 }
 
-// `at` is where the key arrived: the focused button goes before the default one.
+// Presses the push button `at`, at which the key arrived, or else the default button.
 void enter(HWND handle, HWND at)
 {
     int id = IDOK;
@@ -56,7 +55,7 @@ void enter(HWND handle, HWND at)
     commandOf(handle, id);
 }
 
-// A radio button that the arrows reach is checked as by a click.
+// Arrow keys move the focus, and click the radio button that gets it.
 void moveInGroup(HWND from, bool backward)
 {
     HWND target = nullptr;
@@ -77,7 +76,7 @@ void moveInGroup(HWND from, bool backward)
         SendMessageW(target, BM_CLICK, 0, 0);
 }
 
-// The letter behind the mark &; in a message box, whose texts have none, the first one.
+// The letter after &, folded. For the buttons of a message box, which have no &, the first letter. 0 if there is none.
 char16_t mnemonicOf(const Window& control) REQUIRES(coreMutex)
 {
     const bool isText = control.windowClass->kind == WindowKind::Static && !(control.style & SS_NOPREFIX);
@@ -96,7 +95,7 @@ char16_t mnemonicOf(const Window& control) REQUIRES(coreMutex)
     return firstLetter && !text.empty() ? platform::text::foldCase(text[0]) : char16_t{0};
 }
 
-// The control that the letter means, the first behind `from`; a label or group box means the one after it.
+// The first control after `from` with that mnemonic. The mnemonic of a label selects the control after the label.
 Window* controlOf(Window& dialog, const Window* from, char16_t letter) REQUIRES(coreMutex)
 {
     const std::vector<Window*>& all = dialog.children;
@@ -135,8 +134,8 @@ bool pressMnemonic(HWND handle, HWND from, char16_t character)
     return true;
 }
 
-// Which keys the control keeps for itself.
-LRESULT wishesOf(const MSG& message)
+// Which keys the control handles without the dialog manager.
+LRESULT dialogCodeOf(const MSG& message)
 {
     return SendMessageW(message.hwnd, WM_GETDLGCODE, message.wParam, reinterpret_cast<LPARAM>(&message));
 }
@@ -146,7 +145,7 @@ bool takeKey(HWND dialog, const MSG& message)
     const WPARAM key = message.wParam;
     switch (key) {
     case VK_TAB:
-        if ((message.lParam & KeyWithControl) || (wishesOf(message) & (WantsTab | WantsAllKeys)))
+        if ((message.lParam & KeyWithControl) || (dialogCodeOf(message) & (WantsTab | WantsAllKeys)))
             return false;
         SetFocus(message.hwnd);
         SendMessageW(dialog, WM_NEXTDLGCTL, (message.lParam & KeyWithShift) ? 1 : 0, 0);
@@ -155,17 +154,17 @@ bool takeKey(HWND dialog, const MSG& message)
     case VK_UP:
     case VK_RIGHT:
     case VK_DOWN:
-        if (wishesOf(message) & (WantsArrows | WantsAllKeys))
+        if (dialogCodeOf(message) & (WantsArrows | WantsAllKeys))
             return false;
         moveInGroup(message.hwnd, key == VK_LEFT || key == VK_UP);
         return true;
     case VK_RETURN:
-        if (wishesOf(message) & WantsAllKeys)
+        if (dialogCodeOf(message) & WantsAllKeys)
             return false;
         enter(dialog, message.hwnd);
         return true;
     case VK_ESCAPE:
-        if (wishesOf(message) & WantsAllKeys)
+        if (dialogCodeOf(message) & WantsAllKeys)
             return false;
         commandOf(dialog, IDCANCEL);
         return true;
@@ -176,7 +175,7 @@ bool takeKey(HWND dialog, const MSG& message)
 
 bool takeText(HWND dialog, const MSG& message)
 {
-    if (wishesOf(message) & (WantsCharacters | WantsAllKeys))
+    if (dialogCodeOf(message) & (WantsCharacters | WantsAllKeys))
         return false;
     std::u16string text;
     {
@@ -205,7 +204,7 @@ BOOL IsDialogMessage(HWND handle, MSG* message)
     case WM_KEYDOWN:
         return takeKey(handle, *message);
     case WM_CHAR:
-        return message->wParam > u' ' && !(wishesOf(*message) & (WantsCharacters | WantsAllKeys)) &&
+        return message->wParam > u' ' && !(dialogCodeOf(*message) & (WantsCharacters | WantsAllKeys)) &&
                pressMnemonic(handle, message->hwnd, static_cast<char16_t>(message->wParam));
     case WM_SYSCHAR:
         return pressMnemonic(handle, message->hwnd, static_cast<char16_t>(message->wParam));

@@ -1,4 +1,3 @@
-// What a dialog does with the messages that its program doesn't want, and its controls by id.
 #include "dialog_state.h"
 #include "dialogs/dialog_class.h"
 #include "window/focus.h"
@@ -19,7 +18,7 @@ DLGPROC procedureOf(HWND handle)
     return dialog ? dialog->procedure : nullptr;
 }
 
-// As if the user had chosen Cancel; where Cancel is disabled, closing is too.
+// Closing a dialog is choosing Cancel. Where Cancel is disabled, the dialog doesn't close.
 void closeAsCancel(HWND handle)
 {
     HWND control = nullptr;
@@ -34,8 +33,8 @@ void closeAsCancel(HWND handle)
     PostMessageW(handle, WM_COMMAND, MAKELONG(IDCANCEL, BN_CLICKED), reinterpret_cast<LPARAM>(control));
 }
 
-// The dialog manager's own messages have the numbers of a program's first private ones: whatever comes
-// with them is harmless. An id that no control has is no default button.
+// DM_SETDEFID has the number of a program's private message, so the id may be anything. An id that no control has means
+// no default button.
 LRESULT setDefaultButton(const Window& window, DialogState& dialog, int id) REQUIRES(coreMutex)
 {
     dialog.defaultId = findChild(window, id) ? id : 0;
@@ -104,8 +103,8 @@ LRESULT defaultDialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM 
     return moveIntoScreen(*window);
 }
 
-// What a dialog procedure gives says whether it has handled the message; only that of WM_INITDIALOG is a
-// value of its own.
+// A dialog procedure's result says whether it has handled the message. Only for WM_INITDIALOG is it the message's
+// result.
 LRESULT dialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (const DLGPROC procedure = procedureOf(handle)) {

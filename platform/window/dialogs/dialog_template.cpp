@@ -1,4 +1,3 @@
-// Reading dialog templates.
 #include "dialog_template.h"
 
 #include "window/byte_reader.h"
@@ -17,7 +16,7 @@ constexpr WORD FirstClassAtom = 0x80;
 constexpr std::array<std::u16string_view, 6> StandardClasses = {u"Button",  u"Edit",      u"Static",
                                                                 u"ListBox", u"ScrollBar", u"ComboBox"};
 
-// A menu, class or text: nothing, a number, or characters.
+// The menu, class or text field: empty, a number, or characters.
 struct NameField {
     std::optional<WORD> ordinal;
     std::u16string text;
@@ -36,8 +35,8 @@ NameField readName(ByteReader& reader)
     return field;
 }
 
-template <class Placed>
-void readPlace(ByteReader& reader, Placed& placed)
+template <class Template>
+void readRectangle(ByteReader& reader, Template& placed)
 {
     placed.x = reader.signedWord();
     placed.y = reader.signedWord();
@@ -58,7 +57,7 @@ bool takeClass(const NameField& field, ControlTemplate& control)
     return true;
 }
 
-// The plain form's 0xFFFF is what the extended form writes as 0xFFFFFFFF: no id.
+// No id is 0xFFFF in the plain format and 0xFFFFFFFF, which is -1, in the extended one.
 int plainId(WORD id)
 {
     return id == 0xFFFF ? -1 : int{id};
@@ -76,7 +75,7 @@ std::optional<ControlTemplate> readControl(ByteReader& reader, bool extended)
         control.style = reader.dword();
         control.exStyle = reader.dword();
     }
-    readPlace(reader, control);
+    readRectangle(reader, control);
     control.id = extended ? static_cast<int>(reader.dword()) : plainId(reader.word());
     if (!takeClass(readName(reader), control))
         return std::nullopt;
@@ -112,7 +111,7 @@ std::optional<DialogTemplate> readDialogTemplate(std::span<const std::byte> byte
         dialog.exStyle = reader.dword();
     }
     const WORD count = reader.word();
-    readPlace(reader, dialog);
+    readRectangle(reader, dialog);
     const NameField menu = readName(reader);
     const NameField className = readName(reader);
     const NameField title = readName(reader);

@@ -1,4 +1,4 @@
-// dialog_template.h - a dialog as the resource compiler writes it, in its plain and its extended form.
+// dialog_template.h - reads a dialog from the resources, in the plain and the extended format.
 #pragma once
 
 #include "ce/types.h"
@@ -10,7 +10,7 @@
 
 namespace platform::window {
 
-// Places and sizes in dialog units.
+// Positions and sizes are in dialog units.
 struct ControlTemplate {
     DWORD style = 0;
     DWORD exStyle = 0;
@@ -21,7 +21,7 @@ struct ControlTemplate {
     int id = 0;
     std::u16string className;
     std::u16string text;
-    WORD iconId = 0;  // the text was a number: an icon's
+    WORD iconId = 0;  // if the template has a number in place of the text
 };
 
 struct DialogTemplate {
@@ -35,13 +35,12 @@ struct DialogTemplate {
     std::vector<ControlTemplate> controls;
 };
 
-// Nothing if the bytes end too early, or name a menu, a class of the program or a control's class that
-// isn't among the standard ones by a number. Reads nothing outside of the bytes, and takes memory for what
-// is really there, whatever the count of controls says.
+// Nothing if the bytes end too early, if the dialog has a menu or a class, or if a control has the number of an unknown
+// class. Reads nothing outside the bytes. Allocates only for controls that are there, whatever the count says.
 [[nodiscard]] std::optional<DialogTemplate> readDialogTemplate(std::span<const std::byte> bytes);
 
-// Dialog units to virtual pixels: a quarter of the base width of 6, an eighth of the base height of 13, to
-// the nearest pixel, halves away from zero.
+// Dialog units to virtual pixels. A horizontal unit is 6/4 pixels, a vertical one 13/8. Rounds to the nearest pixel,
+// halves away from zero.
 [[nodiscard]] int horizontalPixels(int units);
 [[nodiscard]] int verticalPixels(int units);
 

@@ -1,4 +1,3 @@
-// Message boxes: dialogs of the core's own making.
 #include "dialog.h"
 #include "dialog_state.h"
 
@@ -38,7 +37,7 @@ constexpr int IconSize = 32;
 constexpr int ButtonWidth = 60;
 constexpr int ButtonHeight = 18;
 
-// In the order in which they stand; empty for a kind that doesn't exist.
+// From left to right. Empty for a type that doesn't exist.
 std::span<const Answer> answersOf(UINT type)
 {
     static constexpr Answer JustOk[] = {Ok};
@@ -65,7 +64,7 @@ std::span<const Answer> answersOf(UINT type)
     }
 }
 
-// What Esc and the close box answer: whoever doesn't choose must not have agreed.
+// The answer of Esc and the close box, which must never mean consent.
 int refusalOf(UINT type)
 {
     switch (type & KindBits) {

@@ -1,7 +1,5 @@
-// How a tree view moves its selection, folds and deletes, and what it tells its parent on the way.
-//
-// The parent may do anything while it is told: delete the item, fill it, move the selection. So each step looks up the
-// window and its items anew, and goes on only as far as they are still there.
+// The parent can do anything while it handles a notification: delete the item, add children to it, move the selection.
+// So each step looks up the window and its items again, and stops if they are gone.
 #include "tree_control.h"
 #include "window/notify.h"
 
@@ -34,7 +32,7 @@ private:
     TreeViewState* tree_;
 };
 
-// What a notification says of an item; no text.
+// An item as notifications describe it, without its text.
 TVITEMW recordOf(const TreeViewState& tree, HTREEITEM handle)
 {
     TVITEMW record = {};
@@ -100,8 +98,8 @@ bool selectTreeItem(HWND handle, HTREEITEM item, UINT cause, Refusal refusal)
 
 namespace {
 
-// The selection must not stay where nobody sees it.
-void takeSelectionOut(HWND handle, HTREEITEM item)
+// Moves the selection from a descendant to the item, which is about to collapse and hide the descendant.
+void moveSelectionTo(HWND handle, HTREEITEM item)
 {
     bool below = false;
     {
@@ -116,7 +114,7 @@ void takeSelectionOut(HWND handle, HTREEITEM item)
         selectTreeItem(handle, item, TVC_UNKNOWN, Refusal::Ignored);
 }
 
-// False if it has no child, and so nothing to show.
+// False for an item without children, which can't be expanded.
 bool setExpanded(const Look& tree, ItemIndex index, bool expanded) REQUIRES(coreMutex)
 {
     Item& item = tree.items()[index];
@@ -129,14 +127,14 @@ bool setExpanded(const Look& tree, ItemIndex index, bool expanded) REQUIRES(core
     return true;
 }
 
-enum class Told { Yes, No };
+enum class Notification { Send, Omit };
 
-// True if the item is expanded, or collapsed, afterwards and wasn't before.
-bool fold(HWND handle, HTREEITEM item, bool expand, Told told)
+// True if this call expanded, or collapsed, the item.
+bool fold(HWND handle, HTREEITEM item, bool expand, Notification notification)
 {
     NMTREEVIEWW change = {};
     change.action = static_cast<UINT>(expand ? TVE_EXPAND : TVE_COLLAPSE);
-    if (told == Told::Yes) {
+    if (notification == Notification::Send) {
         {
             const Look tree(handle);
             if (!tree)
@@ -147,7 +145,7 @@ bool fold(HWND handle, HTREEITEM item, bool expand, Told told)
             return false;
     }
     if (!expand)
-        takeSelectionOut(handle, item);
+        moveSelectionTo(handle, item);
     {
         const Look tree(handle);
         const ItemIndex index = tree ? tree.items().find(item) : 0;
@@ -155,12 +153,12 @@ bool fold(HWND handle, HTREEITEM item, bool expand, Told told)
             return false;
         change.itemNew = recordOf(tree.state(), item);
     }
-    if (told == Told::Yes)
+    if (notification == Notification::Send)
         notify(handle, TVN_ITEMEXPANDEDW, change);
     return true;
 }
 
-// The item itself, and all below it from the last to the first: none before what lies below it.
+// The item and its descendants, each after all of its own descendants.
 std::vector<HTREEITEM> fromTheLeavesUp(const TreeItems& items, ItemIndex top)
 {
     std::vector<HTREEITEM> handles;
@@ -186,8 +184,8 @@ void remove(const Look& tree, ItemIndex index) REQUIRES(coreMutex)
     tree.announce();
 }
 
-// Each is told of while it is still there, then it goes.
-void removeTelling(HWND handle, const std::vector<HTREEITEM>& items)
+// Notifies the parent of each item before it is removed.
+void removeAndNotify(HWND handle, const std::vector<HTREEITEM>& items)
 {
     for (const HTREEITEM item : items) {
         NMTREEVIEWW change = {};
@@ -219,7 +217,7 @@ void removeChildren(HWND handle, HTREEITEM item)
         below.pop_back();
         tree.items()[index].expandedOnce = false;
     }
-    removeTelling(handle, below);
+    removeAndNotify(handle, below);
 }
 
 }  // namespace
@@ -227,22 +225,22 @@ void removeChildren(HWND handle, HTREEITEM item)
 LRESULT foldByProgram(HWND handle, HTREEITEM item, WPARAM action)
 {
     bool expanded = false;
-    Told told = Told::No;
+    Notification notification = Notification::Omit;
     {
         const Look tree(handle);
         const ItemIndex index = tree ? tree.items().find(item) : 0;
         if (index == 0)
             return FALSE;
         expanded = tree.items()[index].expanded;
-        told = tree.items()[index].expandedOnce ? Told::No : Told::Yes;
+        notification = tree.items()[index].expandedOnce ? Notification::Omit : Notification::Send;
     }
     const WPARAM direction = action & TVE_TOGGLE;
     const bool expand = direction == TVE_EXPAND || (direction == TVE_TOGGLE && !expanded);
     if (direction == 0)
         return FALSE;
     if (expand)
-        return expanded || fold(handle, item, true, told) ? TRUE : FALSE;
-    if (!expanded || !fold(handle, item, false, told))
+        return expanded || fold(handle, item, true, notification) ? TRUE : FALSE;
+    if (!expanded || !fold(handle, item, false, notification))
         return FALSE;
     if (action & TVE_COLLAPSERESET)
         removeChildren(handle, item);
@@ -261,7 +259,7 @@ void foldByUser(HWND handle, HTREEITEM item, WPARAM action)
     }
     const bool expand = action == TVE_TOGGLE ? !expanded : action == TVE_EXPAND;
     if (expand != expanded)
-        fold(handle, item, expand, Told::Yes);
+        fold(handle, item, expand, Notification::Send);
 }
 
 BOOL deleteTreeItem(HWND handle, HTREEITEM item)
@@ -283,7 +281,7 @@ BOOL deleteTreeItem(HWND handle, HTREEITEM item)
     }
     if (selectionGoes)
         selectTreeItem(handle, refuge, TVC_UNKNOWN, Refusal::Ignored);
-    removeTelling(handle, going);
+    removeAndNotify(handle, going);
     return TRUE;
 }
 

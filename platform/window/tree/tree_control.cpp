@@ -1,4 +1,3 @@
-// The tree view: what it answers to messages.
 #include "tree_control.h"
 
 #include "tree_control/tree_class.h"
@@ -35,11 +34,11 @@ bool isTop(HTREEITEM parent)
     return !parent || parent == TVI_ROOT;
 }
 
-// Texts that the parent would be asked for are none.
+// Empty for LPSTR_TEXTCALLBACK (-1): texts that the parent would supply on demand aren't supported.
 std::u16string_view textOf(const TVITEMW& record)
 {
-    const auto place = reinterpret_cast<std::intptr_t>(record.pszText);
-    return place == 0 || place == -1 ? std::u16string_view() : std::u16string_view(record.pszText);
+    const auto address = reinterpret_cast<std::intptr_t>(record.pszText);
+    return address == 0 || address == -1 ? std::u16string_view() : std::u16string_view(record.pszText);
 }
 
 void setFields(Item& item, const TVITEMW& record)
@@ -61,10 +60,10 @@ ItemIndex insertAt(TreeItems& items, ItemIndex parent, HTREEITEM after, std::u16
     if (after == TVI_SORT)
         return items.insertByText(parent, text);
     if (after == TVI_FIRST)
-        return items.insertBehind(parent, 0, text);
+        return items.insertAfter(parent, 0, text);
     const ItemIndex sibling = items.find(after);
     const bool isSibling = sibling != 0 && items[sibling].parent == parent;
-    return items.insertBehind(parent, isSibling ? sibling : items[parent].lastChild, text);
+    return items.insertAfter(parent, isSibling ? sibling : items[parent].lastChild, text);
 }
 
 LRESULT insertItem(const Window& window, TreeViewState& tree, const TVINSERTSTRUCTW* insert) REQUIRES(coreMutex)
@@ -86,6 +85,7 @@ LRESULT insertItem(const Window& window, TreeViewState& tree, const TVINSERTSTRU
     return answerWith(tree.items.handleOf(index));
 }
 
+// Never leaves half of a surrogate pair.
 void copyText(std::u16string_view text, WCHAR* out, int capacity)
 {
     if (!out || capacity <= 0)
@@ -212,7 +212,7 @@ LRESULT answer(Window& window, TreeViewState& tree, UINT message, WPARAM wParam,
     }
 }
 
-// What lies above an item, the top item first.
+// The ancestors of an item, the top item first.
 std::vector<HTREEITEM> ancestorsOf(HWND handle, HTREEITEM item)
 {
     const Lock lock(coreMutex);
@@ -254,7 +254,7 @@ LRESULT selectByProgram(HWND handle, WPARAM relation, HTREEITEM item)
     return TRUE;
 }
 
-// The keyboard needs an item to start from.
+// Without a selection the arrow keys would have no item to start from.
 LRESULT takeFocus(HWND handle)
 {
     HTREEITEM first = nullptr;

@@ -1,6 +1,6 @@
-// tree_control.h - what a tree view holds, and how its files share the work: tree_control.cpp answers messages,
-// tree_changes.cpp moves the selection, folds and deletes and tells the parent, tree_rows.cpp knows where on the screen
-// an item stands, tree_input.cpp takes clicks and keys.
+// tree_control.h - what a tree view holds, and the functions that its sources share. tree_control.cpp answers messages,
+// tree_input.cpp handles clicks and keys, tree_changes.cpp moves the selection, expands, collapses, deletes and
+// notifies the parent, and tree_rows.cpp computes positions.
 #pragma once
 
 #include "tree_items.h"
@@ -14,11 +14,11 @@ namespace platform::window {
 struct TreeViewState : ClassState {
     TreeItems items;
     TreeLog log;
-    bool announced = false;  // the display knows that there is something to take
+    bool announced = false;  // Change::Tree was reported and the changes aren't taken yet
     HTREEITEM selected = nullptr;
-    HTREEITEM top = nullptr;  // of the rows in view; null or dead: the first item
+    HTREEITEM top = nullptr;  // the item in the first row in view; null or dead: the first item
     HIMAGELIST images = nullptr;
-    std::u16string typed;  // letters typed in quick succession
+    std::u16string typed;  // characters typed in quick succession
     Clock::time_point typedAt;
 };
 
@@ -28,33 +28,34 @@ struct TreeViewState : ClassState {
     return findState<TreeViewState>(tree, WindowKind::TreeView);
 }
 
-// To be called after every change of what the display shows.
+// Reports Change::Tree. To be called after each change that the display shows.
 void announceTree(const Window& window, TreeViewState& tree) REQUIRES(coreMutex);
 
-// Where rows stand (tree_rows.cpp).
+// Positions (tree_rows.cpp).
 [[nodiscard]] int rowsInView(const Window& window) REQUIRES(coreMutex);
-// Brings the item's row into view.
+// Scrolls the item into view.
 void bringIntoView(const Window& window, TreeViewState& tree, ItemIndex index) REQUIRES(coreMutex);
-// A point on the screen inside that part of the item, brought into view first. 0: below the rows.
+// Scrolls the item into view and gives a screen point in that part of it. Index 0: a point below the rows.
 [[nodiscard]] POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePart part)
     REQUIRES(coreMutex);
-// What stands at that client point; fills flags and hItem.
+// The item at hit.pt, in client coordinates. Fills in flags and hItem.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit) REQUIRES(coreMutex);
 
-// ---- Without the lock, in the owner's name (tree_changes.cpp). All handles may die while the parent is told.
+// ---- In the owner's name (tree_changes.cpp). They notify the parent, which may destroy the tree or the item.
 
 enum class Refusal { Possible, Ignored };
 
-// Null: nothing is selected from then on. False if the parent refused or the item is dead; true also if it
-// is selected already, which is not told.
+// Selects the item, or nothing for null. False if the parent refused or the item is dead. If the item is selected
+// already the result is true and the parent isn't notified.
 bool selectTreeItem(HWND tree, HTREEITEM item, UINT cause, Refusal refusal) EXCLUDES(coreMutex);
-// TVM_EXPAND: the parent is told only while the item was never expanded.
+// TVM_EXPAND. Notifies the parent only if the item was never expanded.
 LRESULT foldByProgram(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
-// The parent is always told. TVE_EXPAND, TVE_COLLAPSE or TVE_TOGGLE; nothing for an item without a button.
+// Always notifies the parent. `action` is TVE_EXPAND, TVE_COLLAPSE or TVE_TOGGLE. An item without a
+// button stays as it is.
 void foldByUser(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
 BOOL deleteTreeItem(HWND tree, HTREEITEM item) EXCLUDES(coreMutex);
 
-// WM_KEYDOWN, WM_CHAR, a click (tree_input.cpp).
+// Handles WM_KEYDOWN, WM_CHAR, InputClick and InputDoubleClick (tree_input.cpp).
 LRESULT takeTreeInput(HWND tree, UINT message, WPARAM wParam, LPARAM lParam) EXCLUDES(coreMutex);
 
 }  // namespace platform::window

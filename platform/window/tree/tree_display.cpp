@@ -1,4 +1,3 @@
-// Trees as displays see them.
 #include "tree_control/tree_display.h"
 
 #include "tree_control.h"

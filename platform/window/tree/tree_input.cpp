@@ -1,4 +1,3 @@
-// What the user does to a tree view: clicks and keys.
 #include "tree_control.h"
 #include "window/input.h"
 #include "window/notify.h"
@@ -20,8 +19,8 @@ void notify(HWND handle, UINT code)
     notifyParent(handle, header);
 }
 
-// The pointer stands where the user clicked, as far as a program can ask. False for what the user can't have seen.
-bool placePointer(HWND handle, HTREEITEM item, TreePart part)
+// Sets the pointer, for GetMessagePos, to where the user clicked. False for an item that no row shows.
+bool setPointer(HWND handle, HTREEITEM item, TreePart part)
 {
     const Lock lock(coreMutex);
     const Window* window = findWindow(handle);
@@ -40,7 +39,7 @@ bool isOnItem(TreePart part)
     return part == TreePart::Label || part == TreePart::Icon;
 }
 
-// False if the parent wants nothing to follow.
+// False if the parent has handled the click itself.
 bool click(HWND handle, HTREEITEM item, TreePart part)
 {
     NMHDR header = {};
@@ -54,7 +53,7 @@ bool click(HWND handle, HTREEITEM item, TreePart part)
     return true;
 }
 
-// The second click of two. It is a click like any other, also where it meets another item than the first one.
+// The second click of a double click. It acts as a click first, even if it hits another item than the first click did.
 void doubleClick(HWND handle, HTREEITEM item, TreePart part)
 {
     if (!click(handle, item, part))
@@ -82,7 +81,7 @@ HTREEITEM nextWithin(HWND handle, HTREEITEM item, HTREEITEM top)
     return index == 0 || within == 0 ? nullptr : tree->items.handleOf(tree->items.nextWithin(index, within));
 }
 
-// Items that come with an expansion are expanded in their turn.
+// Expands the items below `top`, including those that the parent adds during an expansion.
 void expandAllBelow(HWND handle, HTREEITEM top)
 {
     for (HTREEITEM at = top; at; at = nextWithin(handle, at, top))
@@ -100,7 +99,7 @@ ItemIndex manyRows(const TreeItems& items, ItemIndex from, int rows)
     return from;
 }
 
-// Where a key takes the selection; the item itself if nowhere.
+// The item to which a key moves the selection; `from` itself if it doesn't move.
 ItemIndex targetOf(const Window& window, const TreeViewState& tree, ItemIndex from, WPARAM key) REQUIRES(coreMutex)
 {
     const TreeItems& items = tree.items;
@@ -144,7 +143,7 @@ void moveByKey(HWND handle, WPARAM key)
         selectTreeItem(handle, target, TVC_BYKEYBOARD, Refusal::Possible);
 }
 
-// True if the item is there to be folded in the key's direction.
+// Can the item be expanded, or collapsed?
 bool foldsByKey(HWND handle, HTREEITEM item, bool expand)
 {
     const Lock lock(coreMutex);
@@ -195,7 +194,8 @@ bool beginsWith(std::u16string_view text, std::u16string_view start)
     return text::compareWithoutCase(text.substr(0, start.size()), start) == 0;
 }
 
-// The next item that begins with what was typed, going round. One letter again and again goes from one to the next.
+// The next item that begins with what was typed. After the last item the search continues with the first. Typing the
+// same letter again moves to the next item with that letter.
 HTREEITEM search(TreeViewState& tree)
 {
     const TreeItems& items = tree.items;
@@ -214,7 +214,7 @@ HTREEITEM search(TreeViewState& tree)
     return at != 0 && beginsWith(items[at].text, start) ? items.handleOf(at) : nullptr;
 }
 
-// The key that a character stands for where no search is under way; 0 for a letter.
+// The key that a character means while no search is in progress. 0 for any other character.
 WORD keyOf(char16_t character)
 {
     switch (character) {
@@ -255,7 +255,7 @@ void typeCharacter(HWND handle, char16_t character)
         selectTreeItem(handle, found, TVC_BYKEYBOARD, Refusal::Possible);
 }
 
-void tellKey(HWND handle, WPARAM key)
+void notifyKey(HWND handle, WPARAM key)
 {
     NMTVKEYDOWN report = {};
     report.hdr.code = TVN_KEYDOWN;
@@ -277,7 +277,7 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     if (message == InputClick || message == InputDoubleClick) {
         const auto item = wParam == ~WPARAM{0} ? nullptr : reinterpret_cast<HTREEITEM>(wParam);
         const auto part = static_cast<TreePart>(lParam);
-        if (!placePointer(handle, item, part))
+        if (!setPointer(handle, item, part))
             return 0;
         if (message == InputClick)
             (void)click(handle, item, part);
@@ -291,8 +291,8 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
         typeCharacter(handle, static_cast<char16_t>(wParam));
         return 0;
     }
-    tellKey(handle, wParam);
-    // With Ctrl the arrow keys scroll, which is the display's.
+    notifyKey(handle, wParam);
+    // With Ctrl the arrow keys scroll, which the display does.
     if (!(lParam & KeyWithControl))
         pressKey(handle, wParam);
     return 0;

@@ -1,8 +1,9 @@
-// tree_items.h - the items of one tree view: who stands below and beside whom. Knows no window, no message.
+// tree_items.h - the items of one tree view, as parents, children and siblings.
 //
-// Items live in the slots of a table, linked by their numbers. Inserting first, last or behind a sibling, and erasing,
-// take constant time whatever the number of siblings; inserting by text takes logarithmic time among siblings that
-// stand by text.
+// Items are in numbered slots and refer to each other by slot numbers. A handle is a slot number and the number of
+// times that the slot has been used, so the handle of an erased item stays invalid when its slot is used again.
+// Inserting first, last or after a sibling, and erasing, take constant time. Inserting by text takes logarithmic time
+// while the siblings are sorted.
 #pragma once
 
 #include "kernel/slot_table.h"
@@ -20,11 +21,11 @@
 
 namespace platform::window {
 
-// A slot's number. 0 is the invisible parent of the top items, and stands for "none" everywhere else.
+// A slot number. Slot 0 is the invisible parent of the top items. Elsewhere 0 means "no item".
 using ItemIndex = std::uint32_t;
 
 struct Item {
-    static constexpr std::int8_t ButtonByChildren = -1;  // never told: a button while there are children
+    static constexpr std::int8_t ButtonByChildren = -1;  // not set: a button while there are children
 
     std::u16string text;
     LPARAM parameter = 0;
@@ -38,7 +39,7 @@ struct Item {
     std::int8_t button = ButtonByChildren;  // otherwise 0 or 1
     bool expanded = false;
     bool expandedOnce = false;
-    // What the display knows of it: see tree_log.h.
+    // What the display has received: see tree_log.h.
     bool shown = false;
     bool updateNoted = false;
     bool foldNoted = false;
@@ -50,35 +51,35 @@ class TreeItems {
 public:
     TreeItems();
 
-    [[nodiscard]] Item& operator[](ItemIndex index) { return places_[index]; }
-    [[nodiscard]] const Item& operator[](ItemIndex index) const { return places_[index]; }
+    [[nodiscard]] Item& operator[](ItemIndex index) { return slots_[index]; }
+    [[nodiscard]] const Item& operator[](ItemIndex index) const { return slots_[index]; }
     [[nodiscard]] std::size_t count() const { return count_; }
 
-    // 0 for null and for a handle that is no item (any more).
+    // 0 for null and for the handle of an erased item.
     [[nodiscard]] ItemIndex find(HTREEITEM handle) const;
     // Null for 0.
     [[nodiscard]] HTREEITEM handleOf(ItemIndex index) const;
 
-    // `after`: a child of `parent`, 0: in front of all.
-    ItemIndex insertBehind(ItemIndex parent, ItemIndex after, std::u16string_view text);
-    // Without case, behind its equals; in front of the first that is greater if the siblings stand in no order.
+    // `after`: a child of `parent`, or 0 to insert before all others.
+    ItemIndex insertAfter(ItemIndex parent, ItemIndex after, std::u16string_view text);
+    // Ignores case. Inserts after equal texts. If the siblings aren't sorted, inserts before the first greater one.
     ItemIndex insertByText(ItemIndex parent, std::u16string_view text);
     void setText(ItemIndex index, std::u16string_view text);
-    // With all below it; 0 takes everything.
+    // Erases the item and its descendants; 0 erases all items.
     void erase(ItemIndex index);
 
     [[nodiscard]] int levelOf(ItemIndex index) const;  // 0: a top item
     [[nodiscard]] bool isWithin(ItemIndex index, ItemIndex ancestor) const;
-    // Itself, or what it disappeared into when an item above it collapsed.
+    // The item itself, or its topmost collapsed ancestor.
     [[nodiscard]] ItemIndex nearestVisible(ItemIndex index) const;
 
-    // In the order of the rows, over what is expanded; 0 behind the last and before the first.
-    [[nodiscard]] ItemIndex firstVisible() const { return places_[0].firstChild; }
+    // Walk the visible items in the order of the rows. 0 after the last and before the first.
+    [[nodiscard]] ItemIndex firstVisible() const { return slots_[0].firstChild; }
     [[nodiscard]] ItemIndex nextVisible(ItemIndex index) const;
     [[nodiscard]] ItemIndex previousVisible(ItemIndex index) const;
     [[nodiscard]] ItemIndex lastVisible() const { return lastVisibleBelow(0); }
 
-    // The next one of all that lie below `top`, expanded or not; 0 behind the last. Begins with `top`.
+    // Walks all descendants of `top`, visible or not, beginning with nextWithin(top, top). 0 after the last.
     [[nodiscard]] ItemIndex nextWithin(ItemIndex index, ItemIndex top) const;
 
 private:
@@ -96,13 +97,13 @@ private:
     void link(ItemIndex index, ItemIndex parent, ItemIndex after);
     void unlink(ItemIndex index);
     [[nodiscard]] ItemIndex lastVisibleBelow(ItemIndex index) const;
-    [[nodiscard]] ItemIndex behindBySearch(ItemIndex parent, std::u16string_view text) const;
+    [[nodiscard]] ItemIndex precedingByText(ItemIndex parent, std::u16string_view text) const;
     [[nodiscard]] Order* orderOf(ItemIndex parent);
     void dropFromOrder(ItemIndex index);
 
-    kernel::SlotTable<Item, std::deque> places_;
+    kernel::SlotTable<Item, std::deque> slots_;
     std::size_t count_ = 0;
-    std::unordered_map<ItemIndex, Order> orders_;  // of parents whose children stand by text and were put in so
+    std::unordered_map<ItemIndex, Order> orders_;  // of the parents whose children insertByText keeps sorted
 };
 
 }  // namespace platform::window

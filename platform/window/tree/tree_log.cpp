@@ -1,4 +1,3 @@
-// What has changed in a tree since its display last asked.
 #include "tree_log.h"
 
 #include <utility>
@@ -12,8 +11,7 @@ bool isNew(const TreeItems& items, ItemIndex index)
     return index != 0 && !items[index].shown;
 }
 
-// The siblings side by side that the display doesn't know yet, `index` among them, as one range; and before it the one
-// that its parent belongs to.
+// Adds the range of adjacent new siblings that `index` is in. If their parent is new too, adds its range first.
 void deliver(TreeItems& items, ItemIndex index, TreeChanges& changes)
 {
     const ItemIndex parent = items[index].parent;
@@ -35,7 +33,7 @@ void deliver(TreeItems& items, ItemIndex index, TreeChanges& changes)
 
 void TreeLog::inserted(TreeItems& items, ItemIndex index)
 {
-    // A neighbour that is new as well stands for both.
+    // A new neighbour is in the log already and represents this item too.
     if (asked_ && !isNew(items, items[index].previous) && !isNew(items, items[index].next))
         inserted_.push_back(items.handleOf(index));
 }
@@ -46,25 +44,26 @@ void TreeLog::removing(TreeItems& items, ItemIndex index)
         return;
     const Item& item = items[index];
     if (!item.shown) {
-        // It may have stood for its neighbours.
-        for (const ItemIndex neighbour : {item.previous, item.next})
+        // The log may have had this item as the representative of its neighbours.
+        for (const ItemIndex neighbour : {item.previous, item.next}) {
             if (isNew(items, neighbour))
                 inserted_.push_back(items.handleOf(neighbour));
+        }
         return;
     }
     const HTREEITEM handle = items.handleOf(index);
     const HTREEITEM parent = items.handleOf(item.parent);
     const bool goesOn = !removed_.empty() && removed_.back().parent == parent;
-    if (goesOn && handle == behindRemoved_) {
+    if (goesOn && handle == afterRemoved_) {
         ++removed_.back().count;
-        behindRemoved_ = items.handleOf(item.next);
+        afterRemoved_ = items.handleOf(item.next);
     } else if (goesOn && handle == beforeRemoved_) {
         ++removed_.back().count;
         removed_.back().first = handle;
         beforeRemoved_ = items.handleOf(item.previous);
     } else {
         removed_.push_back({parent, handle, 1});
-        behindRemoved_ = items.handleOf(item.next);
+        afterRemoved_ = items.handleOf(item.next);
         beforeRemoved_ = items.handleOf(item.previous);
     }
 }
@@ -92,10 +91,11 @@ TreeChanges TreeLog::take(TreeItems& items)
         return changes;
     }
     changes.removed = std::exchange(removed_, {});
-    behindRemoved_ = beforeRemoved_ = nullptr;
-    for (const HTREEITEM handle : std::exchange(inserted_, {}))
+    afterRemoved_ = beforeRemoved_ = nullptr;
+    for (const HTREEITEM handle : std::exchange(inserted_, {})) {
         if (const ItemIndex index = items.find(handle); isNew(items, index))
             deliver(items, index, changes);
+    }
     for (const HTREEITEM handle : std::exchange(updated_, {})) {
         if (const ItemIndex index = items.find(handle); index != 0) {
             items[index].updateNoted = false;
@@ -118,7 +118,7 @@ void TreeLog::startOver(TreeItems& items)
         items[index].shown = items[index].updateNoted = items[index].foldNoted = false;
 }
 
-// Parents come before their children in this order.
+// This order visits parents before their children.
 void TreeLog::takeEverything(TreeItems& items, TreeChanges& changes)
 {
     for (ItemIndex index = items.nextWithin(0, 0); index != 0; index = items.nextWithin(index, 0))

@@ -1,8 +1,8 @@
 // tree_log.h - what has changed in a tree since its display last asked.
 //
-// Only handles are noted, and of side-by-side insertions one for all, so that a log stays small however long the
-// display takes. While no display has ever asked, nothing is noted at all. `Item::shown` says that the display knows an
-// item.
+// The log holds handles only, and one handle for a range of adjacent insertions, so it stays small however long the
+// display takes. Until a display asks for the first time it holds nothing. Item::shown is true for items that the
+// display has received.
 #pragma once
 
 #include "tree_control/tree_state.h"
@@ -15,15 +15,15 @@ namespace platform::window {
 class TreeLog {
 public:
     void inserted(TreeItems& items, ItemIndex index);
-    // Before it is erased, with all below it.
+    // To be called before the item and its descendants are erased.
     void removing(TreeItems& items, ItemIndex index);
     void updated(TreeItems& items, ItemIndex index);
     void folded(TreeItems& items, ItemIndex index);
     void show(HTREEITEM item) { toShow_ = item; }
 
-    // All but `selected`.
+    // Gives all fields but `selected`, and empties the log.
     [[nodiscard]] TreeChanges take(TreeItems& items);
-    // The next take delivers all items anew.
+    // Makes the next take() deliver all items as inserted.
     void startOver(TreeItems& items);
 
 private:
@@ -31,7 +31,7 @@ private:
 
     bool asked_ = false;
     std::vector<TreeRemoval> removed_;
-    HTREEITEM behindRemoved_ = nullptr;  // the neighbours of the last removal, when it happened
+    HTREEITEM afterRemoved_ = nullptr;  // the neighbours of the last removal, when it happened
     HTREEITEM beforeRemoved_ = nullptr;
     std::vector<HTREEITEM> inserted_;
     std::vector<HTREEITEM> updated_;

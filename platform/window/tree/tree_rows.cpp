@@ -1,8 +1,7 @@
-// Where on the screen a tree's items stand.
+// The rows of a tree, for programs that ask which item is at a point. The display lays its rows out by itself.
 //
-// Rows have one height and begin at the item that is scrolled to the top. A display has rows of its own: these serve a
-// program that asks for the item at a point. They are looked at within one view alone, so nothing here costs more than
-// a view's rows, however many items there are.
+// All rows have the same height, and the first row in view shows TreeViewState::top. Only rows in view are looked at,
+// so the cost doesn't depend on the number of items.
 #include "tree_control.h"
 #include "window/image_lists.h"
 #include "window/window_geometry.h"
@@ -14,7 +13,7 @@ namespace platform::window {
 namespace {
 
 constexpr int RowHeight = 16;
-constexpr int LevelWidth = 19;  // an indent, and the button in front of each item
+constexpr int LevelWidth = 19;  // of one indentation, and of the button before an item
 constexpr int CharacterWidth = 6;
 
 ItemIndex topOf(const TreeViewState& tree)
@@ -23,7 +22,7 @@ ItemIndex topOf(const TreeViewState& tree)
     return top != 0 ? top : tree.items.firstVisible();
 }
 
-// The item that many rows below the topmost; 0 below the last.
+// The item `row` rows below the first row in view. 0 if there are fewer.
 ItemIndex itemInRow(const TreeViewState& tree, int row)
 {
     ItemIndex at = topOf(tree);
@@ -32,7 +31,7 @@ ItemIndex itemInRow(const TreeViewState& tree, int row)
     return at;
 }
 
-// -1 if it isn't in view.
+// Counted from the first row in view. -1 if it isn't in view.
 int rowOf(const Window& window, const TreeViewState& tree, ItemIndex index) REQUIRES(coreMutex)
 {
     ItemIndex at = topOf(tree);
@@ -42,7 +41,7 @@ int rowOf(const Window& window, const TreeViewState& tree, ItemIndex index) REQU
     return -1;
 }
 
-// Where the parts of an item begin and end, from the left.
+// The x coordinates at which the parts of an item begin, and the end of the label.
 struct Parts {
     int button;
     int icon;
@@ -117,7 +116,7 @@ POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePa
     return {point.x + origin.x, point.y + origin.y};
 }
 
-// A label may stand behind the right edge: it is hit there too, since the display shows it in its own way.
+// A point right of the view still hits a label, since the display may scroll sideways.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit)
 {
     hit.hItem = nullptr;

@@ -33,7 +33,7 @@ struct BandState {
     bool gripper = true;
 };
 
-// A copy under the core's lock. Empty for a dead window.
+// Locks the core's mutex while it copies. Empty for a dead window.
 [[nodiscard]] std::vector<BandState> bandsOf(HWND commandBands);
 
 }  // namespace platform::window

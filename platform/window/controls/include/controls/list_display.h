@@ -13,7 +13,7 @@ struct ListRow {
     bool selected = false;
 };
 
-// Each takes the core's lock for the length of the copy.
+// Each locks the core's mutex while it runs.
 [[nodiscard]] std::vector<ListRow> listRows(HWND listBox);  // empty for a dead window
 // The index of the row with that whole text, where case counts. -1 if there is none.
 [[nodiscard]] long findListRow(HWND listBox, const std::u16string& text);

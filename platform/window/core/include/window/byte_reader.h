@@ -1,5 +1,5 @@
-// byte_reader.h - little-endian fields out of bytes that may say anything. A read past the end gives zero
-// and marks the reader as failed for good.
+// byte_reader.h - reads little-endian fields from untrusted bytes. A read past the end gives zero, and from then on
+// failed() is true.
 #pragma once
 
 #include "ce/types.h"
@@ -34,7 +34,7 @@ public:
 
     SHORT signedWord() { return static_cast<SHORT>(word()); }
 
-    // UTF-16 up to its NUL, which is taken too.
+    // UTF-16 up to its NUL, which is consumed too.
     std::u16string text()
     {
         std::u16string result;
@@ -49,7 +49,7 @@ public:
             at_ += count;
     }
 
-    // To the next multiple of 4 from the start; past the end counts as the end.
+    // Skips to the next offset that is a multiple of 4. Only a later read notices that this is past the end.
     void alignToDword() { at_ = (at_ + 3) & ~std::size_t{3}; }
 
 private:

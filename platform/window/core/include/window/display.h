@@ -1,8 +1,8 @@
-// display.h - what stands between the window core and whatever shows it.
+// display.h - the interface between the window core and whatever shows the windows.
 //
-// A display mirrors the windows that the core holds and posts raw input to them; it decides nothing. The
-// core tells it of every change as it happens, so a display must only note the change and return: the
-// core's lock is held, and the thread may be a run that changes a text 100,000 times a second.
+// A display mirrors the core's windows and posts raw input to them. It decides nothing. The core reports each change as
+// it happens, with the mutex held, and some runs change a text 100,000 times a second. So a display only notes the
+// change and returns.
 #pragma once
 
 #include "window/core_mutex.h"
@@ -18,7 +18,7 @@
 namespace platform::window {
 
 enum class Change {
-    Created,    // a window exists; it is not yet shown
+    Created,    // a window exists but isn't shown yet
     Shown,      // shown or hidden
     Destroyed,  // the handle is dead
     Text,       // title or text
@@ -32,11 +32,11 @@ enum class Change {
     Placed,      // moved or sized
     Foreground,  // asks to be in front
     Cursor,      // the wait cursor came or went
-    Idle,        // the owner thread has begun to wait for messages: its windows take input now
-    Busy,        // the owner thread has stopped waiting
+    Idle,        // a thread has begun to wait for messages: its windows take input now
+    Busy,        // a thread has stopped waiting
     ReadOnly,    // an edit's read-only state
     Icon,        // a window's small icon
-    Tree,        // a tree view; see tree_display.h
+    Tree,        // a tree view's items; see tree_control/tree_display.h
     Date,        // a date picker's date
 };
 
@@ -49,12 +49,12 @@ public:
     virtual void textChanged(HWND window, std::u16string_view text) REQUIRES(coreMutex) = 0;
 };
 
-// One display at a time; null takes it away. The core works without one.
+// Sets the one display of the process, or null. The core works without one.
 void setDisplay(Display* display);
 
 // What a window is to a display.
 enum class WindowKind {
-    Main,  // a top-level window that the program made by class
+    Main,  // a top-level window of a class of the program
     Dialog,
     MessageBox,  // a dialog whose children are its texts and buttons
     Button,
@@ -89,7 +89,7 @@ struct WindowState {
     UINT messageBoxType = 0;     // message box: the MB_ bits
     int caretRow = -1;           // list box
     int extent = 0;              // list box: how wide its rows are at least, virtual pixels
-    long selectionStart = 0;     // edit, in characters; the caret stands at the end
+    long selectionStart = 0;     // edit, in characters; the caret is at selectionEnd
     long selectionEnd = 0;
     bool readOnly = false;
     int progressLow = 0;
@@ -98,7 +98,7 @@ struct WindowState {
     WORD iconId = 0;  // a static that shows an icon; a top-level window's small icon
 };
 
-// Each takes the core's lock for the length of the copy. False or empty for a dead window.
+// Each locks the core's mutex while it copies. False or empty for a dead window.
 [[nodiscard]] bool readWindow(HWND window, WindowState& state);
 [[nodiscard]] std::vector<HWND> childrenOf(HWND window);  // in creation order
 [[nodiscard]] std::vector<HWND> topLevelWindows();        // the one in front first, hidden ones too
@@ -111,19 +111,19 @@ struct WindowState {
 [[nodiscard]] bool readWindowLocked(HWND window, WindowState& state) REQUIRES(coreMutex);
 [[nodiscard]] std::vector<HWND> childrenOfLocked(HWND window) REQUIRES(coreMutex);
 
-// Raw input, queued for the owner thread and handled when it retrieves messages. What comes while the
-// thread works, or for a window that is disabled or has a disabled ancestor, is dropped: the result is
-// false. A thread that handles a character in an edit, or a timer, doesn't count as working: fast typing
-// loses nothing. A wish to close that comes while the thread works is kept for afterwards, and while a modal
-// dialog that came meanwhile keeps the window disabled. A new size is always kept.
+// Raw input. Each call queues it for the owner thread, which handles it when it retrieves messages. Input is dropped,
+// and the result is false, while the thread works and for a window that is disabled or has a disabled ancestor.
+// Handling a timer or a character in an edit doesn't count as work, so fast typing loses nothing. A close that comes
+// while the thread works stays queued until it has finished, and as long as a modal dialog that opened meanwhile
+// disables the window. A new size is always queued.
 bool postClick(HWND window, long row = -1);  // a button, an edit; a list box's row (-1: empty space)
 bool postDoubleClick(HWND window, long row);
 bool postKey(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
 bool postText(HWND window, std::u16string text);        // as typed; an edit takes it at its selection
-bool postNewText(HWND edit, std::u16string text);       // the user has edited: the whole text from now on
+bool postNewText(HWND edit, std::u16string text);       // the whole text after the user has edited it
 bool postClose(HWND topLevel);                          // the close box
 bool postCaptionOk(HWND topLevel);                      // the OK button in the caption
-bool postFocus(HWND window);                            // a screen reader gives it the keyboard
+bool postFocus(HWND window);                            // a screen reader sets the focus
 bool postCommand(HWND topLevel, WORD id);               // a menu item or toolbar button of its bands
 bool postResize(HWND topLevel, int width, int height);  // client area, virtual pixels
 

@@ -1,7 +1,7 @@
-// image_lists.h - what the handles of image lists stand for, for the core and its displays.
+// image_lists.h - image lists that a program makes with ImageList_Create.
 //
-// A list knows the size of its cells and the bitmaps of the resources that they are cut from. It holds no
-// pixels: the display has the pictures.
+// A list has the size of its images and the number of the bitmap that they are cut from, but no pixels. The display
+// draws from the resource.
 #pragma once
 
 #include "ce/types.h"
@@ -13,7 +13,7 @@ struct ImageSize {
     int height = 0;
 };
 
-// For a list of ImageList_Create. 0 by 0, or 0, for null and any other handle. Any thread may call.
+// Zero for null or a handle of anything else. Any thread may call both.
 [[nodiscard]] ImageSize imageSizeOf(HIMAGELIST list);
 [[nodiscard]] WORD firstBitmapOf(HIMAGELIST list);
 

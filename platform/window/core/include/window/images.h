@@ -1,13 +1,13 @@
 // images.h - handles of icons, bitmaps, cursors and image lists.
 //
-// They carry the number of their resource and no pixels: the display has the pictures.
+// A handle carries the number of its resource and no pixels. The display draws from the resource.
 #pragma once
 
 #include "ce/types.h"
 
 namespace platform::window {
 
-// The resource's number; 0 for null, or a handle that is no image of the resources.
+// The number of the resource. 0 for null or a handle of anything else.
 [[nodiscard]] WORD resourceIdOf(const void* handle);
 
 }  // namespace platform::window

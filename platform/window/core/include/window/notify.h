@@ -1,14 +1,14 @@
-// notify.h - what controls tell their parents.
+// notify.h - messages from a control to its parent, and the answers to WM_GETDLGCODE.
 #pragma once
 
 #include "window/core.h"
 
 namespace platform::window {
 
-// WM_COMMAND with the control's id and the code.
+// Sends WM_COMMAND with the control's id and the code.
 void notifyCommand(HWND control, WORD code) EXCLUDES(coreMutex);
-// WM_NOTIFY. `header` is the first field of whatever the notification carries; its window and id are
-// filled in here.
+// Sends WM_NOTIFY and gives the parent's answer, 0 without a parent. `header` is the first field of the notification's
+// structure. This sets its window and id, the caller its code.
 LRESULT notifyParent(HWND control, NMHDR& header) EXCLUDES(coreMutex);
 
 // What WM_GETDLGCODE answers.

@@ -1,11 +1,11 @@
-// window_geometry.h - windows on the screen, for the core's other files.
+// window_geometry.h - from client coordinates to the screen.
 #pragma once
 
 #include "window/core.h"
 
 namespace platform::window {
 
-// Where the window's client area begins on the screen.
+// The upper left corner of the window's client area, in screen coordinates.
 [[nodiscard]] POINT originOf(const Window& window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

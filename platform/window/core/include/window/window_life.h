@@ -1,11 +1,11 @@
-// window_life.h - how windows come and go, for the core's other files.
+// window_life.h - creating and destroying windows.
 #pragma once
 
 #include "window/core.h"
 
 namespace platform::window {
 
-// What CreateWindowExW takes, with texts that are bounded and a class by name.
+// The arguments of CreateWindowExW, with texts that need no NUL.
 struct Creation {
     std::u16string_view className;
     std::u16string_view title;
@@ -23,11 +23,12 @@ struct Creation {
     std::unique_ptr<ClassState> state;  // null: as the class makes it
 };
 
-// Where windows of their own size stand: virtual pixels.
+// The screen of the device, in virtual pixels.
 inline constexpr int ScreenWidth = 640;
 inline constexpr int ScreenHeight = 480;
 
-// Null with 1407, 1400 or what WM_CREATE refused.
+// Null with the last error: 1407 no such class, 1400 no such parent or one of another thread. Null as well if WM_CREATE
+// answered -1 or the window was destroyed meanwhile.
 [[nodiscard]] HWND createWindow(Creation creation) EXCLUDES(coreMutex);
 
 // Destroys the windows in Thread::toDestroy. The mutex is free while their procedures run.

@@ -1,15 +1,15 @@
-// tree_display.h - what a display asks of a tree view and posts to it; window/display.h has the rest.
+// tree_display.h - what a display reads from a tree view and posts to it; window/display.h has the rest.
 //
-// A tree of 100,000 items reaches a display as a few ranges of handles. What an item looks like is asked for where
-// it shows, so a display needs no copy of a text that nobody scrolls to.
+// A display receives a tree of 100,000 items as a few ranges of handles. It reads texts and images only of the items
+// that it shows.
 //
-// changed(tree, Change::Tree) comes at most once until takeTreeChanges is called. The display then brings its mirror of
-// the tree up to date in this order: removed, inserted, updated, folded, selected. A mirror begins empty; the first
-// call for a tree delivers all items as inserted.
+// The core reports changed(tree, Change::Tree) once, and again only after takeTreeChanges. The display applies the
+// changes to its mirror of the tree in this order: removed, inserted, updated, folded, selected. A mirror begins empty,
+// and the first takeTreeChanges delivers all items as inserted.
 //
-// The rows are the display's: it scrolls by itself, and Ctrl with an arrow key is its business. Every other key goes
-// to postKey, typed letters to postText; clicks come back as the item and its part, not as a point. The core moves
-// the selection and folds; the display follows and never does so by itself.
+// The display scrolls its rows by itself, also for Ctrl with an arrow key. It posts every other key with postKey, typed
+// letters with postText, and clicks as the item and its part, not as a point. Only the core moves the selection,
+// expands and collapses.
 #pragma once
 
 #include "tree_control/tree_state.h"
@@ -18,17 +18,17 @@
 
 namespace platform::window {
 
-// Each takes the core's lock for the length of the copy. Empty or false for a dead window or item.
-// `fromTheStart`: the display's mirror is empty, whatever was taken before.
+// Each locks the core's mutex while it copies. Empty or false for a dead window or item.
+// `fromTheStart`: delivers all items as inserted, whatever was taken before.
 [[nodiscard]] TreeChanges takeTreeChanges(HWND tree, bool fromTheStart = false);
 [[nodiscard]] bool readTreeItem(HWND tree, HTREEITEM item, TreeItemState& state);
-// One for each handle that is alive, in the same order, under one lock.
+// The items that are alive, in the given order, all as of one moment.
 [[nodiscard]] std::vector<TreeItemState> readTreeItems(HWND tree, std::span<const HTREEITEM> items);
 [[nodiscard]] TreePictures treePictures(HWND tree);
 
-// Without takeTreeChanges: for who only looks.
+// For a caller that has no mirror.
 [[nodiscard]] HTREEITEM selectedTreeItem(HWND tree);
-[[nodiscard]] std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // children; null: the top items
+[[nodiscard]] std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // the children; null: the top items
 
 // Raw input, dropped and queued by the rules of window/display.h. A null item is the empty space below the rows. A
 // double click is a postTreeClick for the first and a postTreeDoubleClick for the second click.

@@ -1,4 +1,4 @@
-// tree_state.h - what of a tree view passes between the core and a display; tree_display.h has the calls.
+// tree_state.h - the structures of tree_display.h.
 #pragma once
 
 #include "ce/types.h"
@@ -21,14 +21,14 @@ struct TreeItemState {
     int level = 0;  // 0: a top item
 };
 
-// Siblings that stand side by side.
+// Adjacent siblings.
 struct TreeRange {
     HTREEITEM parent = nullptr;  // null: top items
     HTREEITEM after = nullptr;   // the sibling above the first one; null: it is the first child
     std::vector<HTREEITEM> items;
 };
 
-// Siblings that stood side by side, with all that lay below them.
+// Adjacent siblings that are gone, with their descendants.
 struct TreeRemoval {
     HTREEITEM parent = nullptr;
     HTREEITEM first = nullptr;
@@ -41,12 +41,12 @@ struct TreeFold {
 };
 
 struct TreeChanges {
-    std::vector<TreeRemoval> removed;  // to be applied one after the other
-    std::vector<TreeRange> inserted;   // likewise; a parent comes before its children
+    std::vector<TreeRemoval> removed;  // apply them in this order
+    std::vector<TreeRange> inserted;   // likewise; parents before their children
     std::vector<HTREEITEM> updated;    // text, image or button; each once, none of the inserted ones
     std::vector<TreeFold> folded;      // expanded or collapsed, inserted ones too
-    HTREEITEM selected = nullptr;      // as it is now; null: nothing
-    HTREEITEM toShow = nullptr;        // to be scrolled into view; null: stay
+    HTREEITEM selected = nullptr;      // now; null: no item
+    HTREEITEM toShow = nullptr;        // scroll it into view; null: don't scroll
 };
 
 // The bitmap of the resources that the pictures are cut from, and a cell's size in its pixels.
@@ -56,7 +56,7 @@ struct TreePictures {
     int height = 0;
 };
 
-// Where in its row an item was hit.
+// The part of an item's row that was hit.
 enum class TreePart {
     Label,
     Icon,
