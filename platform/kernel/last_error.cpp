@@ -1,4 +1,3 @@
-// last_error.cpp - the calling thread's last error.
 #include "ce/error.h"
 
 namespace {

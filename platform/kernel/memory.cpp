@@ -1,4 +1,3 @@
-// memory.cpp - the process heap is the host's.
 #include "ce/memory.h"
 
 #include "ce/error.h"
@@ -8,7 +7,7 @@
 
 HLOCAL LocalAlloc(UINT flags, std::size_t bytes)
 {
-    // The host may give null for 0 bytes, which would look like a failure.
+    // For 0 bytes the host can return null, which callers take for a failure.
     const std::size_t size = std::max<std::size_t>(bytes, 1);
     void* const block = (flags & LMEM_ZEROINIT) != 0 ? std::calloc(1, size) : std::malloc(size);
     if (!block)

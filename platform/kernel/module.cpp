@@ -1,4 +1,4 @@
-// module.cpp - the one library there is, and the entry points registered for it.
+// The calls of ce/module.h for the only library that exists.
 #include "ce/module.h"
 
 #include "kernel/entry_points.h"
@@ -27,11 +27,11 @@ EntryPoints& entryPoints()
     return only;
 }
 
-// It can't be unloaded, so it needs no number in the handle table: its address tells it apart.
+// The library can't be unloaded, so an address serves as its handle and the handle table isn't needed.
 HMODULE theModule()
 {
-    static constexpr char place = 0;
-    return reinterpret_cast<HMODULE>(const_cast<char*>(&place));
+    static constexpr char only = 0;
+    return reinterpret_cast<HMODULE>(const_cast<char*>(&only));
 }
 
 // The library's name is ASCII, so folding ASCII is enough.

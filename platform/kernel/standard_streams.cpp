@@ -1,4 +1,3 @@
-// standard_streams.cpp - see standard_streams.h.
 #include "kernel/standard_streams.h"
 
 #include <fcntl.h>
@@ -15,8 +14,8 @@ namespace platform::kernel {
 void secureStandardStreams()
 {
     for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The lowest free number is given, which is this one. A folder by its path alone is always there, and can
-        // neither be read nor written.
+        // The host gives the lowest free number, which is this one. A descriptor of a folder with O_PATH can always be
+        // opened, and can't be read or written.
         if (::fcntl(number, F_GETFD) < 0)
             (void)::open("/", O_PATH | O_DIRECTORY);
     }

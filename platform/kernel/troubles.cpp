@@ -1,4 +1,3 @@
-// troubles.cpp - see troubles.h; the calls of ce/outcome.h.
 #include "kernel/troubles.h"
 
 #include "ce/error.h"
@@ -25,8 +24,8 @@ using ByName = std::unordered_map<std::u16string, Noted>;
 struct State {
     std::mutex mutex;
     std::size_t noted = 0;
-    bool searches = false;     // for choices: a folder that may not be read is no trouble
-    std::size_t jobStart = 0;  // the order of the first trouble of the job at hand
+    bool searches = false;     // SearchForChoices is on: a folder that the user may not read is no trouble
+    std::size_t jobStart = 0;  // the order of the first trouble of the present job
     std::map<std::pair<Trouble, Troubled>, ByName> names;
     std::function<void(HWND)> jobEnds;
 };
@@ -54,7 +53,7 @@ void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD er
     const auto [known, isNew] = all.names[{kind, what}].try_emplace(std::u16string(name), noted);
     if (isNew)
         return;
-    // What an earlier job had is this job's trouble now, with this job's reason.
+    // A trouble that an earlier job had counts for this job, with the reason of this time.
     if (known->second.order < all.jobStart)
         known->second = noted;
     else if (saysLittle(known->second.error))

@@ -1,5 +1,4 @@
-// entry_points.h - the platform's calls that a program can look up by name, filled by the rooms that have
-// them.
+// entry_points.h - the platform's calls that a program can look up by name. Their rooms register them.
 #pragma once
 
 #include "ce/module.h"
@@ -8,7 +7,7 @@
 
 namespace platform::kernel {
 
-// Makes `entryPoint` known under that exact name; an earlier one of the name is replaced. Any thread.
+// Registers `entryPoint` under exactly that name and replaces an earlier one. Any thread.
 void registerEntryPoint(std::u16string name, FARPROC entryPoint);
 
 }  // namespace platform::kernel

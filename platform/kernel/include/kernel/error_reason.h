@@ -6,6 +6,6 @@
 namespace platform::kernel {
 
 // Part of a sentence: "the disk is full". Null for a number that needs words of the caller's.
-[[nodiscard]] const char* errorReason(DWORD error);
+const char* errorReason(DWORD error);
 
 }  // namespace platform::kernel

@@ -1,7 +1,7 @@
-// handle_table.h - what handles stand for: files, searches, threads, databases.
+// handle_table.h - finds the object of a handle: a file, a search, a thread, a database.
 //
-// A handle is a number: a slot and how often that slot has been used. A closed handle is refused even when
-// its slot serves again. Any thread may use the table; an object lives until the last call on it is over.
+// A handle is a key of slot_table.h, so a closed handle is refused for good. Any thread may use the table. An object
+// lives until the last call on it returns.
 #pragma once
 
 #include "ce/types.h"
@@ -14,7 +14,7 @@
 
 namespace platform::kernel {
 
-// Base of everything that a handle can stand for.
+// Base of all objects that have handles.
 class Object {
 public:
     Object() = default;
@@ -22,11 +22,11 @@ public:
     Object& operator=(const Object&) = delete;
     virtual ~Object() = default;
 
-    // Does CloseHandle take it? A search goes back with FindClose alone.
+    // Whether CloseHandle closes it. Only FindClose closes a search.
     [[nodiscard]] virtual bool takesCloseHandle() const { return true; }
 
-    // Called by CloseHandle when the handle is out of the table, for what may fail at the end. An error
-    // that isn't 0 is what CloseHandle reports; the handle is gone all the same.
+    // Called by CloseHandle after the handle was removed, for work that can fail. CloseHandle reports the error; the
+    // handle is closed all the same.
     [[nodiscard]] virtual DWORD close() { return 0; }
 };
 
@@ -34,12 +34,12 @@ public:
 [[nodiscard]] HANDLE addHandle(std::shared_ptr<Object> object);
 
 // Null for a handle that is not open.
-[[nodiscard]] std::shared_ptr<Object> findObject(HANDLE handle);
+std::shared_ptr<Object> findObject(HANDLE handle);
 
-// The object, if it is of that kind; otherwise null. Cheapest for a final class: comparing types costs
-// two loads, a dynamic cast a walk through the class's bases.
+// The object, if it has that class; otherwise null. Fastest for a final class, where a comparison of types replaces the
+// dynamic cast.
 template <class Kind>
-[[nodiscard]] std::shared_ptr<Kind> findHandle(HANDLE handle)
+std::shared_ptr<Kind> findHandle(HANDLE handle)
 {
     std::shared_ptr<Object> object = findObject(handle);
     if constexpr (std::is_final_v<Kind>) {
@@ -52,11 +52,10 @@ template <class Kind>
     }
 }
 
-// Takes a handle out of the table and gives its object; null if it is not open.
+// Removes a handle and returns its object; null if the handle is not open.
 std::shared_ptr<Object> removeHandle(HANDLE handle);
 
-// Takes out every handle whose object `chosen` accepts, and closes the objects. `chosen` may not use the
-// table.
+// Removes every handle whose object `chosen` accepts, and closes the objects. `chosen` must not use the table.
 void removeHandlesIf(const std::function<bool(const Object&)>& chosen);
 
 }  // namespace platform::kernel

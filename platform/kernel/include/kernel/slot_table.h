@@ -45,7 +45,7 @@ public:
     }
 
     // 0 for a key of no object. Neither null nor a key of all ones is ever a key of an object.
-    [[nodiscard]] Number find(Key key) const
+    Number find(Key key) const
     {
         const Key number = key & 0xFFFFFFFF;
         if (number >= slots_.size() || !slots_[number].isFilled || slots_[number].use != key >> 32)
@@ -53,15 +53,15 @@ public:
         return static_cast<Number>(number);
     }
 
-    [[nodiscard]] Key keyOf(Number number) const { return (Key{slots_[number].use} << 32) | number; }
+    Key keyOf(Number number) const { return (Key{slots_[number].use} << 32) | number; }
 
-    [[nodiscard]] Content& operator[](Number number) { return slots_[number].content; }
-    [[nodiscard]] const Content& operator[](Number number) const { return slots_[number].content; }
+    Content& operator[](Number number) { return slots_[number].content; }
+    const Content& operator[](Number number) const { return slots_[number].content; }
 
-    [[nodiscard]] bool isFilled(Number number) const { return slots_[number].isFilled; }
+    bool isFilled(Number number) const { return slots_[number].isFilled; }
 
     // All numbers are below.
-    [[nodiscard]] Number end() const { return static_cast<Number>(slots_.size()); }
+    Number end() const { return static_cast<Number>(slots_.size()); }
 
 private:
     static constexpr std::uint32_t LastUse = 0x7FFFFFFF;  // so that no key consists of ones alone

@@ -1,19 +1,19 @@
-// standard_streams.h - descriptors 0, 1 and 2, whatever the process's starter has left of them.
+// standard_streams.h - standard input, output and error, some of which can be closed when the process starts.
 #pragma once
 
 #include <iosfwd>
 
 namespace platform::kernel {
 
-// For the very start of main(). Each of the three that is closed is taken, so that no file that is opened later gets
-// its number and with it what was meant for the user; reading and writing it fail. A pipe that nobody reads and a file
-// at its size limit become errors of the write, no longer the process's end.
+// Call it first in main(). A closed one of the three descriptors is opened to something that can't be read or written,
+// so that no file opened later gets its number and, with that, the messages for the user. A write to a pipe that nobody
+// reads, or beyond a limit of file size, becomes an error and no longer ends the process.
 void secureStandardStreams();
 
-// Standard input. A read that fails makes it bad; std::cin takes that for the end.
-[[nodiscard]] std::istream& standardInput();
+// Standard input. Unlike std::cin, it becomes bad when a read fails, and doesn't take that for the end.
+std::istream& standardInput();
 
-// Whether all that was printed on standard output got there.
+// Flushes standard output. False if anything that was printed didn't get there.
 [[nodiscard]] bool standardOutputIsWritten();
 
 }  // namespace platform::kernel
