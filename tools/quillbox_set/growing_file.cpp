@@ -8,7 +8,8 @@ namespace quillbox_set {
 
 namespace {
 
-// Each folder above the last part that is missing. One that can't be made is no failure: the open decides.
+// Makes the missing folders of the path and returns them. A folder that can't be made is no error here: the opening of
+// the file fails then.
 std::vector<std::u16string> makeFoldersOf(const std::u16string& path)
 {
     std::vector<std::u16string> made;
@@ -19,10 +20,10 @@ std::vector<std::u16string> makeFoldersOf(const std::u16string& path)
     return made;
 }
 
-std::u16string pathBeside(const std::u16string& place)
+std::u16string pathBeside(const std::u16string& target)
 {
     const std::u16string name = u"." + unguessableName() + u".part";
-    std::u16string beside = place.substr(0, place.rfind(u'\\') + 1) + name;
+    std::u16string beside = target.substr(0, target.rfind(u'\\') + 1) + name;
     return beside.size() < MAX_PATH ? beside : u"\\" + name;
 }
 
@@ -37,8 +38,8 @@ OpenFile openNew(const std::u16string& path, std::vector<std::u16string>& madeFo
 
 }  // namespace
 
-GrowingFile::GrowingFile(const std::u16string& place)
-    : path_(pathBeside(place)), file_(openNew(path_, madeFolders_)),
+GrowingFile::GrowingFile(const std::u16string& target)
+    : path_(pathBeside(target)), file_(openNew(path_, madeFolders_)),
       error_(file_.isOpen() ? ERROR_SUCCESS : GetLastError())
 {
     if (!file_.isOpen())

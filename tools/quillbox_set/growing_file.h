@@ -1,6 +1,9 @@
-// growing_file.h - a file that is written under a name that nobody knows, beside its place. It goes again, with the
-// folders that were made for it, unless it is moved there when it is whole: neither half of an item nor a kill may cost
-// what stood there.
+// growing_file.h - a file that is written under an unguessable name in the target's folder, and moved to its target
+// once it is complete. So neither an incomplete item nor a kill costs a file that exists there. Without the move, the
+// file and the folders that were made for it are deleted.
+//
+// It uses the calls of the name space, which confine a set's paths to the folder of the extraction. The Output of
+// quillbox-device writes to paths that the user gives, so it uses the host's calls and follows links.
 #pragma once
 
 #include "set_files.h"
@@ -14,26 +17,26 @@ namespace quillbox_set {
 
 class GrowingFile {
 public:
-    // A new file in the folder of `place`, whose missing folders are made; in the root if the path would be too long.
-    explicit GrowingFile(const std::u16string& place);
+    // Makes a new file in the folder of `target`, and the missing folders on the way. If the path would be too long,
+    // the file is in the root.
+    explicit GrowingFile(const std::u16string& target);
     GrowingFile(const GrowingFile&) = delete;
     GrowingFile& operator=(const GrowingFile&) = delete;
     ~GrowingFile();
 
-    [[nodiscard]] bool isOpen() const { return file_.isOpen(); }
-    [[nodiscard]] HANDLE handle() const { return file_.handle(); }
-    [[nodiscard]] DWORD error() const { return error_; }  // of the first call that failed
-    [[nodiscard]] std::uint64_t bytes() const { return bytes_; }
+    bool isOpen() const { return file_.isOpen(); }
+    DWORD error() const { return error_; }  // of the first call that failed
+    std::uint64_t bytes() const { return bytes_; }
 
     // False once a write has failed.
     bool write(std::span<const std::byte> bytes);
 
-    // Closes it and gives it its place. With `replace` a file that stands there goes in the same moment, once this one
-    // is on the disk, and this one takes its rights; otherwise it is an error. Returns error().
+    // Closes the file and moves it to `path`. With `replace`, an existing file is replaced atomically, after this one
+    // was flushed to the disk, and this one takes its rights. Otherwise an existing file is an error. Returns error().
     DWORD moveTo(const std::u16string& path, bool replace);
 
 private:
-    std::u16string path_;  // empty without a file, and when that has its place
+    std::u16string path_;  // empty without a file, and after moveTo
     std::vector<std::u16string> madeFolders_;
     OpenFile file_;
     DWORD error_;
