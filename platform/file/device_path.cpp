@@ -1,6 +1,6 @@
-// device_path.cpp - see device_path.h
 #include "device_path.h"
 
+#include "mounts.h"
 #include "text/host_name.h"
 
 #include "ce/error.h"
@@ -12,19 +12,19 @@ namespace platform::file {
 
 namespace {
 
-// Characters that stand for themselves on the host. The usual name consists of these alone.
-constexpr bool standsForItself(char16_t character)
+// Characters that are the same byte in the name on the host. Most names consist of these alone.
+constexpr bool isSameOnHost(char16_t character)
 {
     return character > 0x1F && character < 0x7F && character != u'/' && character != u'*' && character != u'?' &&
            character != u'"' && character != u'<' && character != u'>' && character != u'|';
 }
 
-// Adds one part of the path; false if no host name maps to it.
+// Adds one part to a path of the host. False if no host name maps to it.
 bool appendName(std::string& path, std::u16string_view name)
 {
     if (!path.empty())
         path.push_back('/');
-    if (name.size() <= 255 && !name.empty() && name.front() != u'.' && std::ranges::all_of(name, standsForItself)) {
+    if (name.size() <= 255 && !name.empty() && name.front() != u'.' && std::ranges::all_of(name, isSameOnHost)) {
         std::ranges::transform(name, std::back_inserter(path), [](char16_t unit) { return static_cast<char>(unit); });
         return true;
     }
@@ -33,11 +33,11 @@ bool appendName(std::string& path, std::u16string_view name)
     return hostName.has_value();
 }
 
-HostPlace failed(DWORD error)
+HostPath failed(DWORD error)
 {
-    HostPlace place;
-    place.error = error;
-    return place;
+    HostPath path;
+    path.error = error;
+    return path;
 }
 
 }  // namespace
@@ -52,20 +52,20 @@ std::u16string_view boundedPath(const WCHAR* path)
     return {path, length};
 }
 
-std::u16string devicePathOf(const HostPlace& place)
+std::u16string devicePathOf(const HostPath& hostPath)
 {
     std::u16string path;
-    if (!place.mount->name().empty())
-        path = u'\\' + place.mount->name();
-    for (std::size_t start = 0; start < place.path.size();) {
-        const std::size_t end = std::min(place.path.find('/', start), place.path.size());
-        path += u'\\' + text::toDeviceName(std::string_view(place.path).substr(start, end - start));
+    if (!hostPath.mount->name().empty())
+        path = u'\\' + hostPath.mount->name();
+    for (std::size_t start = 0; start < hostPath.below.size();) {
+        const std::size_t end = std::min(hostPath.below.find('/', start), hostPath.below.size());
+        path += u'\\' + text::toDeviceName(std::string_view(hostPath.below).substr(start, end - start));
         start = end + 1;
     }
     return path.empty() ? u"\\" : path;
 }
 
-HostPlace resolvePath(std::u16string_view devicePath)
+HostPath resolvePath(std::u16string_view devicePath)
 {
     if (devicePath.size() >= MAX_PATH)
         return failed(ERROR_FILENAME_EXCED_RANGE);
@@ -74,12 +74,12 @@ HostPlace resolvePath(std::u16string_view devicePath)
     if (devicePath.front() == u'\\')
         devicePath.remove_prefix(1);
 
-    HostPlace place;
-    place.mount = rootMount();
-    if (!place.mount)
+    HostPath path;
+    path.mount = rootMount();
+    if (!path.mount)
         return failed(ERROR_PATH_NOT_FOUND);
     if (devicePath.ends_with(u'\\')) {
-        place.endsInBackslash = true;
+        path.endsInBackslash = true;
         devicePath.remove_suffix(1);
         if (devicePath.empty() || devicePath.ends_with(u'\\'))
             return failed(ERROR_INVALID_NAME);
@@ -91,15 +91,15 @@ HostPlace resolvePath(std::u16string_view devicePath)
         devicePath.remove_prefix(std::min(end + 1, devicePath.size()));
         if (first) {
             if (auto mounted = findMount(name)) {
-                place.mount = std::move(mounted);
+                path.mount = std::move(mounted);
                 continue;
             }
         }
-        place.nameStart = place.path.empty() ? 0 : place.path.size() + 1;
-        if (!appendName(place.path, name))
+        path.nameStart = path.below.empty() ? 0 : path.below.size() + 1;
+        if (!appendName(path.below, name))
             return failed(ERROR_INVALID_NAME);
     }
-    return place;
+    return path;
 }
 
 }  // namespace platform::file

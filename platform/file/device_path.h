@@ -1,4 +1,4 @@
-// device_path.h - from a path of the device to a place below a mounted host folder. Asks the host nothing.
+// device_path.h - translates a path of the device to a path below a mounted host folder. Makes no call on the host.
 #pragma once
 
 #include "mounted_folder.h"
@@ -7,30 +7,33 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 namespace platform::file {
 
-struct HostPlace {
-    DWORD error = 0;  // 123 or 206 if the path is none, 3 if there is no root folder; the rest is empty then
+struct HostPath {
+    DWORD error = 0;  // 123 or 206 for an invalid path, 3 without a root folder; the other fields are empty then
     std::shared_ptr<MountedFolder> mount;
-    std::string path;              // below the mount, parts joined by '/'; empty: the mounted folder itself
-    std::size_t nameStart = 0;     // of the last part in `path`
+    std::string below;             // the path below the mount, parts joined by '/'; empty for the mounted folder itself
+    std::size_t nameStart = 0;     // offset of the last part in `below`
     bool endsInBackslash = false;  // and is not the root alone
 
-    [[nodiscard]] bool isMount() const { return path.empty(); }
-    [[nodiscard]] const char* name() const { return path.c_str() + nameStart; }
+    bool isMount() const { return below.empty(); }
+    const char* name() const { return below.c_str() + nameStart; }
+
+    bool isSame(const HostPath& other) const { return mount == other.mount && below == other.below; }
 
     // The folder that holds the entry, as openBelow takes it.
-    [[nodiscard]] std::string parent() const { return nameStart == 0 ? "." : path.substr(0, nameStart - 1); }
+    std::string parent() const { return nameStart == 0 ? "." : below.substr(0, nameStart - 1); }
 };
 
-// One trailing backslash is kept apart; more are an empty name.
-[[nodiscard]] HostPlace resolvePath(std::u16string_view devicePath);
+// One trailing backslash is accepted and noted; two make an empty name, which is an error.
+HostPath resolvePath(std::u16string_view devicePath);
 
-// The path as the device names it, from its root on.
-[[nodiscard]] std::u16string devicePathOf(const HostPlace& place);
+// The path on the device, from its root on.
+std::u16string devicePathOf(const HostPath& hostPath);
 
-// The length of a path given by a caller: at most MAX_PATH are looked at.
-[[nodiscard]] std::u16string_view boundedPath(const WCHAR* path);
+// A path given by a caller, of which at most MAX_PATH characters are read. Empty for null.
+std::u16string_view boundedPath(const WCHAR* path);
 
 }  // namespace platform::file

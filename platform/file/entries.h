@@ -3,23 +3,22 @@
 
 #include "device_path.h"
 #include "host_calls.h"
+#include "open_files.h"
 
 #include "ce/types.h"
 
 namespace platform::file {
-
-class OpenFiles;
 
 struct Attributes {
     DWORD error = 0;
     DWORD bits = 0;
 };
 
-[[nodiscard]] Attributes attributesAt(const HostPlace& place);
+[[nodiscard]] Attributes attributesAt(const HostPath& path);
 
 // 0 or the error.
-[[nodiscard]] DWORD makeFolderAt(const HostPlace& place);
-[[nodiscard]] DWORD removeFolderAt(const HostPlace& place);
+[[nodiscard]] DWORD makeFolderAt(const HostPath& path);
+[[nodiscard]] DWORD removeFolderAt(const HostPath& path);
 
 struct Deleted {
     DWORD error = 0;
@@ -27,10 +26,10 @@ struct Deleted {
 };
 
 // Deletes a file that isn't open in this process.
-[[nodiscard]] Deleted deleteFileAt(const HostPlace& place);
+[[nodiscard]] Deleted deleteFileAt(const HostPath& path);
 
-// Why the rules of the name space forbid the deletion of the entry; 0 if they don't. `folder` holds the entry. Needs
-// the table's lock.
-[[nodiscard]] DWORD deletionError(const HostPlace& place, int folder, const HostStatus& status, const OpenFiles& table);
+// Why the rules of the name space forbid the deletion of the entry; 0 if they don't. `folder` holds the entry.
+[[nodiscard]] DWORD deletionError(const HostPath& path, int folder, const HostStatus& status, const OpenFiles& table)
+    REQUIRES(table.mutex());
 
 }  // namespace platform::file

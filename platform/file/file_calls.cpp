@@ -1,4 +1,4 @@
-// file_calls.cpp - the edge: the calls of ce/file.h, where the last error is set.
+// The calls of ce/file.h and ce/file_deletion.h. The last error is set here and nowhere else in this room.
 #include "ce/file.h"
 
 #include "entries.h"
@@ -53,7 +53,7 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void*, DW
     const bool writes = (access & GENERIC_WRITE) != 0;
     Opened opened = openFile(resolvePath(boundedPath(path)), sharing, creation);
     if (opened.error != 0) {
-        // What handles of this process forbid each other is its own affair, and it hears of it.
+        // A conflict between handles of this process is no trouble with the device.
         if (!opened.isOpenHere && (writes || !opened.isRomModule))
             noteFileTrouble(writes ? Trouble::Writing : Trouble::Reading, boundedPath(path), opened.error);
         SetLastError(opened.error);
@@ -61,8 +61,8 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void*, DW
     }
     if (writes)
         noteFileMade(boundedPath(path));
-    const bool tellsExistence = creation == CREATE_ALWAYS || creation == OPEN_ALWAYS;
-    SetLastError(tellsExistence && opened.existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    const bool reportsExistence = creation == CREATE_ALWAYS || creation == OPEN_ALWAYS;
+    SetLastError(reportsExistence && opened.existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     return kernel::addHandle(std::move(opened.file));
 }
 
@@ -92,7 +92,7 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten,
     if (!open)
         return fail(ERROR_INVALID_HANDLE);
     const Written written = open->write({static_cast<const std::byte*>(bytes), count});
-    *bytesWritten = static_cast<DWORD>(written.bytes);  // a full card still takes the bytes that fit
+    *bytesWritten = static_cast<DWORD>(written.bytes);  // on a full card, those that fit
     return succeedUnless(written.error, Trouble::Writing, *open);
 }
 
@@ -111,14 +111,15 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
         whole = static_cast<DWORD>(distance);
     const OpenFile::Sought sought = open->seek(whole, method);
     if (sought.error != 0) {
-        if (sought.error != ERROR_INVALID_PARAMETER && sought.error != ERROR_NEGATIVE_SEEK)  // asked for by the program
+        if (sought.error != ERROR_INVALID_PARAMETER &&
+            sought.error != ERROR_NEGATIVE_SEEK)  // the program's own mistake
             kernel::noteTrouble(Trouble::Reading, kernel::Troubled::File, open->path(), sought.error);
         SetLastError(sought.error);
         return INVALID_SET_FILE_POINTER;
     }
     if (distanceHigh)
-        *distanceHigh = static_cast<LONG>(sought.place >> 32);
-    const auto low = static_cast<DWORD>(sought.place);
+        *distanceHigh = static_cast<LONG>(sought.position >> 32);
+    const auto low = static_cast<DWORD>(sought.position);
     if (low == INVALID_SET_FILE_POINTER)
         SetLastError(ERROR_SUCCESS);
     return low;
@@ -163,21 +164,21 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* informa
     const auto open = findOpenFile(file);
     if (!open)
         return fail(ERROR_INVALID_HANDLE);
-    return information ? succeedUnless(open->tell(*information), Trouble::Reading, *open)
+    return information ? succeedUnless(open->describe(*information), Trouble::Reading, *open)
                        : fail(ERROR_INVALID_PARAMETER);
 }
 
 BOOL DeclareTemporaryFile(const WCHAR* path)
 {
     const auto table = OpenFiles::instance();
-    const auto lock = table->lock();
+    const kernel::MutexLock lock(table->mutex());
     table->declaredTemporary().withdraw();
     if (!path)
         return TRUE;
-    const HostPlace place = resolvePath(boundedPath(path));
-    if (place.error != 0)
-        return fail(place.error);
-    table->declaredTemporary().declare(place);
+    const HostPath hostPath = resolvePath(boundedPath(path));
+    if (hostPath.error != 0)
+        return fail(hostPath.error);
+    table->declaredTemporary().declare(hostPath);
     return TRUE;
 }
 
@@ -204,7 +205,7 @@ BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp)
 BOOL CreateDirectoryW(const WCHAR* path, const void*)
 {
     const DWORD error = makeFolderAt(resolvePath(boundedPath(path)));
-    if (error != ERROR_PATH_NOT_FOUND)  // the folder that it wants has been noted
+    if (error != ERROR_PATH_NOT_FOUND)  // the failure to make that folder was noted already
         noteFileTrouble(Trouble::Writing, boundedPath(path), error);
     return succeedUnless(error);
 }
@@ -212,7 +213,7 @@ BOOL CreateDirectoryW(const WCHAR* path, const void*)
 BOOL RemoveDirectoryW(const WCHAR* path)
 {
     const DWORD error = removeFolderAt(resolvePath(boundedPath(path)));
-    if (error != ERROR_DIR_NOT_EMPTY)  // which is how a program finds that others use the folder
+    if (error != ERROR_DIR_NOT_EMPTY)  // expected: programs try it to find out whether the folder is used
         noteFileTrouble(Trouble::Writing, boundedPath(path), error);
     return succeedUnless(error);
 }

@@ -22,7 +22,7 @@ namespace {
 
 // An entry that moveFile looked up. `result` is that of statusAt.
 struct Entry {
-    explicit Entry(const HostPlace& place) : folder(place), result(statusAt(folder, place, status)) {}
+    explicit Entry(const HostPath& path) : folder(path), result(statusAt(folder, path, status)) {}
 
     ParentFolder folder;
     HostStatus status = {};
@@ -39,23 +39,23 @@ DWORD takeRightsOf(const HostStatus& replaced, int folder, const char* name)
 DWORD moveEntry(const Entry& from, const char* name, const Entry& to, const char* newName, bool replace)
 {
     int result = moveFile(from.folder.get(), name, to.folder.get(), newName, replace);
-    // The file system has no renaming that refuses to replace. A moment ago no file had the new name.
+    // The file system has no renaming that refuses to replace. moveFileAt found no entry of the new name just before.
     if (result == -EINVAL && !replace)
         result = moveFile(from.folder.get(), name, to.folder.get(), newName, true);
     return result == -EXDEV ? DWORD{ERROR_NOT_SAME_DEVICE} : platformError(result);
 }
 
-DWORD moveFileAt(const HostPlace& from, const HostPlace& to, bool replace)
+DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
 {
-    for (const HostPlace* place : {&from, &to}) {
-        if (const DWORD error = cannotBeAFile(*place))
+    for (const HostPath* path : {&from, &to}) {
+        if (const DWORD error = cannotBeAFile(*path))
             return error;
     }
     if (from.mount != to.mount)
         return ERROR_NOT_SAME_DEVICE;
     const auto table = OpenFiles::instance();
-    const auto lock = table->lock();
-    table->temporary().letGo();
+    const kernel::MutexLock lock(table->mutex());
+    table->temporary().closeKept();
     const Entry moved(from);
     if (moved.result < 0)
         return errorAt(from, moved.folder, moved.result);

@@ -1,4 +1,3 @@
-// file_stamp.cpp - see file_stamp.h
 #include "file_stamp.h"
 
 #include "attributes.h"
@@ -12,22 +11,22 @@ namespace {
 
 constexpr std::int64_t Second = 1'000'000'000;
 
-// The host's clock for files steps by up to 10 ms, and exFAT keeps no finer times.
+// The host's clock for file times advances in steps of up to 10 ms, and exFAT stores times in such steps.
 constexpr std::int64_t FineStep = 50'000'000;
 
-// FAT counts in steps of two seconds, others in whole ones.
+// FAT stores times in steps of two seconds, some file systems in whole seconds.
 constexpr std::int64_t CoarseStep = 4 * Second;
 
-// Saturates: a time so far away isn't near to any.
+// The result is limited to some days, which is enough to compare it with a step.
 std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
 {
     const std::int64_t seconds = std::clamp<std::int64_t>(to.tv_sec - from.tv_sec, -1'000'000, 1'000'000);
     return seconds * Second + to.tv_nsec - from.tv_nsec;
 }
 
-// A write sets the time of writing to the present, so only a file whose time is near to the present can be written
-// again and keep it. A program that sets the time back afterwards changes the time of change, which the stamp has too.
-// That helps only where the time of change is fine: where it has no fraction, it must lie as far back.
+// Whether any later write changes the stamp. A write sets the time of writing to the present, so the time stays the
+// same only if it is less than a step of the clock ago. A program that sets it back afterwards changes the time of
+// change, which the stamp has, too. If that time is coarse, it must be as long ago, too.
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
     const std::int64_t age = nanosecondsBetween(status.stx_mtime, asked);

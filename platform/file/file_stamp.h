@@ -1,4 +1,4 @@
-// file_stamp.h - telling whether a file is still the one that was stamped (ce/file_deletion.h).
+// file_stamp.h - makes the stamp of a file, and compares a file with its stamp (ce/file_deletion.h).
 #pragma once
 
 #include "host_calls.h"
@@ -9,13 +9,13 @@
 
 namespace platform::file {
 
-// `asked` is from this machine's clock, from before the host was asked for `status`.
-[[nodiscard]] FileStamp stampOf(const HostStatus& status, const timespec& asked);
+// `asked` is the time on this machine's clock just before the host was asked for `status`.
+FileStamp stampOf(const HostStatus& status, const timespec& asked);
 
-// The same file with the same content, as far as its length and its time of writing tell.
-[[nodiscard]] bool hasSameContent(const FileStamp& stamp, const HostStatus& status);
+// Whether it is the same file with the same length and time of writing.
+bool hasSameContent(const FileStamp& stamp, const HostStatus& status);
 
-// And nothing of it changed at all: a time of writing can be set back, this one can't.
-[[nodiscard]] bool isUnchanged(const FileStamp& stamp, const HostStatus& status);
+// Whether the time of change is the same, too. A program can set back the time of writing, but not this one.
+bool isUnchanged(const FileStamp& stamp, const HostStatus& status);
 
 }  // namespace platform::file

@@ -1,4 +1,3 @@
-// file_system.cpp - see file_system.h
 #include "file_system.h"
 
 #include <algorithm>
@@ -15,7 +14,7 @@ struct Known {
     FileSystem system;
 };
 
-// A run goes to and fro between few devices.
+// A run alternates between few devices.
 struct Memory {
     std::mutex mutex;
     std::array<Known, 4> known;
@@ -39,13 +38,13 @@ std::optional<FileSystem> fileSystemOf(int file, std::uint64_t device)
     if (const auto found = std::find_if(kept.known.begin(), end, [&](const Known& k) { return k.device == device; });
         found != end)
         return found->system;
-    const std::optional<FileSystem> told = readFileSystem(file);
-    if (!told)
+    const std::optional<FileSystem> answer = readFileSystem(file);
+    if (!answer)
         return std::nullopt;
-    kept.known[kept.next] = {device, *told};
+    kept.known[kept.next] = {device, *answer};
     kept.next = (kept.next + 1) % kept.known.size();
     kept.filled = std::min(kept.filled + 1, kept.known.size());
-    return told;
+    return answer;
 }
 
 }  // namespace platform::file

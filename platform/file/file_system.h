@@ -1,4 +1,4 @@
-// file_system.h - what the host tells about the file system that holds a file, asked once for each device.
+// file_system.h - the kind and block size of the file system that holds a file. Asks the host once for each device.
 #pragma once
 
 #include "host_calls.h"
@@ -8,7 +8,7 @@
 
 namespace platform::file {
 
-// `file` is a descriptor on the device of that number. Nothing if the host doesn't tell. Any thread.
-[[nodiscard]] std::optional<FileSystem> fileSystemOf(int file, std::uint64_t device);
+// `file` is a descriptor on the device of that number. Empty if the host doesn't say. Any thread.
+std::optional<FileSystem> fileSystemOf(int file, std::uint64_t device);
 
 }  // namespace platform::file

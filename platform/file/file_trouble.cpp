@@ -1,4 +1,3 @@
-// file_trouble.cpp - see file_trouble.h
 #include "file_trouble.h"
 
 #include "ce/error.h"
@@ -7,7 +6,7 @@ namespace platform::file {
 
 namespace {
 
-// What a program asks for in order to hear that it isn't there, or is there already.
+// Errors by which a program learns that something doesn't exist, or exists already.
 bool isNormal(Trouble kind, DWORD error)
 {
     switch (error) {
@@ -15,7 +14,7 @@ bool isNormal(Trouble kind, DWORD error)
     case ERROR_FILE_NOT_FOUND:
         return true;
     case ERROR_PATH_NOT_FOUND:
-    case ERROR_INVALID_NAME:  // nothing can be there
+    case ERROR_INVALID_NAME:  // no file can have the name
     case ERROR_NO_MORE_FILES:
         return kind == Trouble::Reading;
     case ERROR_FILE_EXISTS:

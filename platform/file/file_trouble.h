@@ -1,4 +1,4 @@
-// file_trouble.h - which failures of this room's calls are told in the end (kernel's troubles.h).
+// file_trouble.h - chooses the failed calls of this room that are reported at the end (kernel/troubles.h).
 #pragma once
 
 #include "kernel/troubles.h"
@@ -11,11 +11,11 @@ namespace platform::file {
 
 using kernel::Trouble;
 
-// Of a call that names a file or folder. All but a few errors count, which tell a program what it asked for: nothing is
-// there, or something is there already. A place that is missing for something that is to be made counts.
+// Notes the failure of a call that names a file or folder, unless the error only says that it doesn't exist, or exists
+// already. For something that was to be made, a missing folder counts as a failure.
 void noteFileTrouble(Trouble kind, std::u16string_view path, DWORD error);
 
-// A file was made or replaced: when it wanted its folder before, that has come meanwhile.
+// Call it after a file was made or replaced: an earlier failure because its folder was missing is forgotten.
 void noteFileMade(std::u16string_view path);
 
 }  // namespace platform::file

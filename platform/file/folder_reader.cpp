@@ -1,4 +1,3 @@
-// folder_reader.cpp - see folder_reader.h
 #include "folder_reader.h"
 
 #include <dirent.h>
@@ -24,10 +23,10 @@ FolderReader::FolderReader(Descriptor folder)
 std::optional<std::string_view> FolderReader::next()
 {
     for (;;) {
-        if (place_ == filled_ && !readBlock())
+        if (next_ == filled_ && !readBlock())
             return std::nullopt;
-        const auto* const entry = reinterpret_cast<const dirent64*>(block_.get() + place_);
-        place_ += entry->d_reclen;
+        const auto* const entry = reinterpret_cast<const dirent64*>(block_.get() + next_);
+        next_ += entry->d_reclen;
         const std::string_view name = entry->d_name;
         if (name != "." && name != ".." && mayBeFileOrFolder(*entry))
             return name;
@@ -37,7 +36,7 @@ std::optional<std::string_view> FolderReader::next()
 bool FolderReader::readBlock()
 {
     const ssize_t bytes = readEntries(folder_.get(), {block_.get(), BlockBytes});
-    place_ = 0;
+    next_ = 0;
     filled_ = bytes > 0 ? static_cast<std::size_t>(bytes) : 0;
     error_ = bytes < 0 ? static_cast<int>(bytes) : 0;
     return filled_ > 0;

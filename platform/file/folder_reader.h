@@ -1,4 +1,4 @@
-// folder_reader.h - the entries of a host folder, one after the other, read in large blocks.
+// folder_reader.h - reads the names in a host folder one by one, in large blocks.
 #pragma once
 
 #include "host_calls.h"
@@ -15,21 +15,21 @@ public:
     // `folder` is open for reading.
     explicit FolderReader(Descriptor folder);
 
-    [[nodiscard]] int folder() const { return folder_.get(); }
+    int folder() const { return folder_.get(); }
 
-    // The next name, NUL-terminated, good until the next call. What can't be a file or folder is passed over
-    // as far as the folder itself tells kinds. Nothing at the end or on a failure, which error() tells.
+    // The next name, NUL-terminated and valid until the next call. Entries that are neither files nor folders are
+    // skipped if the file system says so in the folder. Empty at the end and on failure; then error() is set.
     [[nodiscard]] std::optional<std::string_view> next();
 
     // 0 or a negative errno.
-    [[nodiscard]] int error() const { return error_; }
+    int error() const { return error_; }
 
 private:
     [[nodiscard]] bool readBlock();
 
     Descriptor folder_;
     std::unique_ptr<std::byte[]> block_;
-    std::size_t place_ = 0;
+    std::size_t next_ = 0;
     std::size_t filled_ = 0;
     int error_ = 0;
 };

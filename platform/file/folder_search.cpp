@@ -1,9 +1,10 @@
-// folder_search.cpp - see folder_search.h
 #include "folder_search.h"
 
 #include "attributes.h"
 #include "host/error.h"
 #include "kernel/troubles.h"
+#include "mounts.h"
+#include "stored_attributes.h"
 #include "text/host_name.h"
 #include "text/wildcard.h"
 
@@ -46,7 +47,7 @@ bool matchesPattern(std::u16string_view name, std::u16string_view pattern)
 
 }  // namespace
 
-FolderSearch::FolderSearch(const HostPlace& folder, Descriptor opened, std::u16string pattern)
+FolderSearch::FolderSearch(const HostPath& folder, Descriptor opened, std::u16string pattern)
     : table_(OpenFiles::instance()), mount_(folder.mount), isRoot_(folder.isMount() && mount_->name().empty()),
       path_(devicePathOf(folder)), pattern_(std::move(pattern)), reader_(std::move(opened))
 {
@@ -86,7 +87,8 @@ bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
     return false;
 }
 
-// False if it is no part of the name space, gone since the folder was read, or can't be looked at, which is told.
+// False if the entry isn't part of the name space, was deleted since the folder was read, or can't be read, which is
+// noted as a trouble.
 bool FolderSearch::describe(std::string_view hostName, std::u16string_view name, WIN32_FIND_DATAW& found)
 {
     HostStatus status = {};
@@ -126,11 +128,11 @@ SearchBegun beginSearch(std::u16string_view pathWithPattern)
     const std::u16string_view pattern = pathWithPattern.substr(nameStart);
     if (!isPattern(pattern))
         return {ERROR_INVALID_NAME, nullptr};
-    const HostPlace folder = resolvePath(nameStart == 0 ? u"\\" : pathWithPattern.substr(0, nameStart));
+    const HostPath folder = resolvePath(nameStart == 0 ? u"\\" : pathWithPattern.substr(0, nameStart));
     if (folder.error != 0)
         return {folder.error, nullptr};
     Descriptor opened(
-        openBelow(folder.mount->folder(), folder.isMount() ? "." : folder.path.c_str(), O_RDONLY | O_DIRECTORY));
+        openBelow(folder.mount->folder(), folder.isMount() ? "." : folder.below.c_str(), O_RDONLY | O_DIRECTORY));
     if (!opened) {
         const DWORD error = platformError(opened.get());
         return {error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, nullptr};

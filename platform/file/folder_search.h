@@ -1,4 +1,4 @@
-// folder_search.h - what a search handle stands for.
+// folder_search.h - the object of a search handle.
 #pragma once
 
 #include "device_path.h"
@@ -17,14 +17,14 @@ namespace platform::file {
 
 class FolderSearch final : public kernel::Object {
 public:
-    FolderSearch(const HostPlace& folder, Descriptor opened, std::u16string pattern);
+    FolderSearch(const HostPath& folder, Descriptor opened, std::u16string pattern);
 
     [[nodiscard]] bool takesCloseHandle() const override { return false; }
 
-    // As the device names the folder.
-    [[nodiscard]] const std::u16string& path() const { return path_; }
+    // The folder's path on the device.
+    const std::u16string& path() const { return path_; }
 
-    // 0 with the next entry, ERROR_NO_MORE_FILES, or the error of the host's folder.
+    // Fills `found` with the next entry. 0, ERROR_NO_MORE_FILES, or the error of reading the folder.
     [[nodiscard]] DWORD next(WIN32_FIND_DATAW& found);
 
 private:
@@ -45,7 +45,7 @@ private:
     std::size_t mountsSeen_ = 0;
 };
 
-// Opens a folder for a search; the errors of FindFirstFileW but "nothing matches".
+// Opens the folder for a search. The errors are those of FindFirstFileW, except that no entry matches.
 struct SearchBegun {
     DWORD error = 0;
     std::shared_ptr<FolderSearch> search;

@@ -1,4 +1,3 @@
-// host_calls.cpp - thin wrappers around the system calls, each behind the gate.
 #include "host_calls.h"
 
 #include "host/files.h"
@@ -20,7 +19,7 @@ namespace platform::file {
 
 namespace {
 
-// Younger than the C library's headers.
+// The C library's headers don't have this call yet.
 constexpr long NumberOfGetxattrat = 464;
 struct ExtendedArguments {
     std::uint64_t value;
@@ -40,7 +39,7 @@ auto unlessInterrupted(const Call& call) -> decltype(call())
     }
 }
 
-// Before Linux 6.13 the attribute of an entry is reached through the folder's name in /proc.
+// For Linux before 6.13: reaches the attribute of an entry by the folder's path in /proc.
 ssize_t readExtendedByProc(int folder, const char* name, const char* attribute, std::span<char> value)
 {
     std::array<char, 320> path{};  // a name has at most 255 bytes
@@ -111,20 +110,20 @@ int writeExtended(int file, const char* attribute, std::span<const char> value)
     return unlessInterrupted([&] { return ::fsetxattr(file, attribute, value.data(), value.size(), 0); });
 }
 
-ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t place)
+ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t offset)
 {
     if (const int error = passGate(HostCall::Read))
         return error == GivesNothing ? 0 : -error;
-    return unlessInterrupted([&] { return ::pread(file, bytes.data(), bytes.size(), static_cast<off_t>(place)); });
+    return unlessInterrupted([&] { return ::pread(file, bytes.data(), bytes.size(), static_cast<off_t>(offset)); });
 }
 
-ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t place)
+ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t offset)
 {
     if (const int error = passGate())
         return -error;
     reportToWatcher([&](HostCallWatcher& watcher) { watcher.beforeChange(file); });
     return unlessInterrupted([&] {
-        const auto start = static_cast<off_t>(place);
+        const auto start = static_cast<off_t>(offset);
         return bytes.size() == 1 ? ::pwrite(file, bytes[0].iov_base, bytes[0].iov_len, start)
                                  : ::pwritev(file, bytes.data(), static_cast<int>(bytes.size()), start);
     });
@@ -141,12 +140,12 @@ int setSize(int file, std::uint64_t size)
     return result;
 }
 
-int reserve(int file, std::uint64_t place, std::uint64_t bytes)
+int reserve(int file, std::uint64_t offset, std::uint64_t bytes)
 {
     if (const int error = passGate())
         return -error;
     return unlessInterrupted(
-        [&] { return ::fallocate(file, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(place), static_cast<off_t>(bytes)); });
+        [&] { return ::fallocate(file, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset), static_cast<off_t>(bytes)); });
 }
 
 int flushToDisk(int fileOrFolder)
@@ -240,7 +239,7 @@ std::optional<FileSystem> readFileSystem(int file)
 
 int setLease(int file, int type)
 {
-    // Giving a lease back is part of the call that took it: nothing can come between that would have to wait for it.
+    // Giving a lease back is no call that can be made to fail: otherwise a test that fails it would wait for the lease.
     if (const int error = type == F_UNLCK ? 0 : passGate())
         return -error;
     return unlessInterrupted([&] { return ::fcntl(file, F_SETLEASE, type); });

@@ -1,7 +1,7 @@
 // host_calls.h - every system call that the file layer makes on the host's files and folders.
 //
-// The one choke point: each call is counted and can be made to fail (host_faults.h). A result below 0 is a
-// negative errno; errno itself is not used. Interrupted calls are made again.
+// No other source of this room makes such calls, so that a test can count them and make each one fail (host_gate.h). A
+// negative result is a negative errno; errno itself isn't used. Interrupted calls are made again.
 #pragma once
 
 #include "host/descriptor.h"
@@ -19,33 +19,33 @@ namespace platform::file {
 
 using host::Descriptor;
 
-// What the host tells about a file or folder.
+// What the host reports about a file or folder.
 using HostStatus = struct statx;
 
-// Opens `path` below `folder`; "." is the folder itself. Neither "..", an absolute path nor any link leads
-// out of it: links are not followed at all. Never waits for the other end of a fifo.
+// Opens `path` below `folder`; "." is the folder itself. The path can't lead out of the folder by "..", an absolute
+// path or a link: no link is followed. Doesn't wait for the other end of a fifo.
 [[nodiscard]] int openBelow(int folder, const char* path, int flags, unsigned mode = 0);
 
-// Of the entry `name` of `folder`, not following a link; with an empty name of the descriptor itself.
+// Reads the status of the entry `name` of `folder`, or with an empty name of the descriptor itself. Follows no link.
 [[nodiscard]] int readStatus(int folder, const char* name, HostStatus& status);
 
-// The value of the extended attribute `attribute`, of what readStatus would tell about: its bytes.
-// -ENODATA without one, -ERANGE if it doesn't fit.
+// Reads the extended attribute `attribute` of the entry that readStatus would report about. The number of its bytes;
+// -ENODATA if there is none, -ERANGE if `value` is too small.
 [[nodiscard]] ssize_t readExtended(int folder, const char* name, const char* attribute, std::span<char> value);
 
 // Sets the extended attribute of an open file.
 [[nodiscard]] int writeExtended(int file, const char* attribute, std::span<const char> value);
 
-[[nodiscard]] ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t place);
-[[nodiscard]] ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t place);
+[[nodiscard]] ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t offset);
+[[nodiscard]] ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t offset);
 [[nodiscard]] int setSize(int file, std::uint64_t size);
 
-// Reserves room behind the end, which stays where it is.
-[[nodiscard]] int reserve(int file, std::uint64_t place, std::uint64_t bytes);
+// Reserves room, also after the end of the file, which stays the same.
+[[nodiscard]] int reserve(int file, std::uint64_t offset, std::uint64_t bytes);
 
 [[nodiscard]] int flushToDisk(int fileOrFolder);
 
-// All of the file system that holds the file or folder. Tells of bytes that the host couldn't write since the
+// Flushes the whole file system that holds the file or folder. Fails if the host couldn't write some bytes since the
 // descriptor was opened.
 [[nodiscard]] int flushFileSystem(int fileOrFolder);
 
@@ -53,11 +53,10 @@ using HostStatus = struct statx;
 [[nodiscard]] int removeFile(int folder, const char* name);
 [[nodiscard]] int removeEmptyFolder(int folder, const char* name);
 
-// Gives an open file the owner, the group and the mode of `old`. An owner or group that can't be given is left, and
-// nobody gets a right by that.
+// Gives an open file the owner, group and mode of `old` (host::setRights).
 [[nodiscard]] int takeRights(int file, const HostStatus& old);
 
-// -EEXIST if there is such an entry and it isn't to be replaced; -EINVAL where the file system can't refuse that.
+// Without `replace`: -EEXIST if `newName` exists, -EINVAL if the file system has no renaming that refuses to replace.
 [[nodiscard]] int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace);
 
 // Gives the file a second name; -EEXIST if there is such an entry.
@@ -71,13 +70,13 @@ struct FileSystem {
     std::uint64_t blockBytes = 0;
 };
 
-// The file system that holds the file; nothing if the host doesn't tell. fileSystemOf asks less often.
+// The file system that holds the file; empty if the host doesn't say. fileSystemOf asks the host less often.
 [[nodiscard]] std::optional<FileSystem> readFileSystem(int file);
 
 // Takes or drops a lease (F_RDLCK, F_WRLCK, F_UNLCK).
 [[nodiscard]] int setLease(int file, int type);
 
-// The lease that is held, and if somebody waits for the file the one that he leaves.
+// The lease that this process holds on the file. If another process waits for the file, the lease that remains.
 [[nodiscard]] int leaseOf(int file);
 
 }  // namespace platform::file

@@ -20,7 +20,7 @@ public:
         calls_ = 0;
     }
 
-    [[nodiscard]] std::uint64_t calls()
+    std::uint64_t calls()
     {
         const std::lock_guard lock(mutex_);
         return calls_;
@@ -70,7 +70,7 @@ private:
     }
 
     // Only a power cut needs the records, and they cost time.
-    [[nodiscard]] bool recordsChanges()
+    bool recordsChanges()
     {
         const std::lock_guard lock(mutex_);
         return plan_.kind == FaultKind::PowerCut;

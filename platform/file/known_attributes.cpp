@@ -1,4 +1,3 @@
-// known_attributes.cpp - see known_attributes.h
 #include "known_attributes.h"
 
 #include "attributes.h"
@@ -13,10 +12,10 @@ namespace platform::file {
 
 namespace {
 
-// More than the coarsest times that file systems keep.
+// Longer than the coarsest step of a file system's times.
 constexpr std::int64_t SettledSeconds = 3;
 
-// Their change times come from this machine's clock and follow each change of an attribute.
+// Each change of an attribute sets the change time on these, from this machine's clock.
 constexpr std::array<std::uint64_t, 5> TimingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC,
                                                             TMPFS_MAGIC, F2FS_SUPER_MAGIC};
 

@@ -1,8 +1,8 @@
-// known_attributes.h - the stored attributes of files seen lately, so that a run asks the host once for each.
+// known_attributes.h - remembers the stored attributes of recent files, so that a run asks the host once for each file.
 //
-// A host's file changes its change time with its attributes: an answer holds as long as that time is the same. That is
-// sure only for a file whose last change lies so far back that a further one can't get the same time, and only where
-// this machine's clock makes the times. Of other files nothing is kept.
+// The host updates a file's change time whenever its attributes change, so an answer holds while that time is the same.
+// That is certain only if the last change is so long ago that another one can't get the same time, and only on file
+// systems whose times come from this machine's clock. Answers about other files aren't remembered.
 #pragma once
 
 #include "host_calls.h"
@@ -20,15 +20,16 @@ namespace platform::file {
 // Any thread may use it.
 class KnownAttributes {
 public:
-    [[nodiscard]] static KnownAttributes& instance();
+    static KnownAttributes& instance();
 
-    [[nodiscard]] std::optional<DWORD> find(const HostStatus& status);
+    // Empty if the answer isn't known.
+    std::optional<DWORD> find(const HostStatus& status);
 
-    // What the host answered, for a file that isSettled said yes to before the question; `status` is from before, too.
+    // Remembers the host's answer. isSettled was true before the host was asked, and `status` is from before, too.
     void note(const HostStatus& status, DWORD bits);
 
-    // Can an answer about this file be kept? `folder` lies on the file's file system.
-    [[nodiscard]] static bool isSettled(int folder, const HostStatus& status);
+    // Whether an answer about this file can be remembered. `folder` is on the file's file system.
+    static bool isSettled(int folder, const HostStatus& status);
 
 private:
     struct Slot {
@@ -39,7 +40,7 @@ private:
         DWORD bits = 0;
     };
 
-    // Inodes of one folder mostly follow one another, so that memory follows the number of files.
+    // Inode numbers in a folder are mostly consecutive, so the memory used is in proportion to the number of files.
     static constexpr std::size_t ChunkSlots = 64;
     static constexpr std::size_t Chunks = 8192;
     using Chunk = std::array<Slot, ChunkSlots>;

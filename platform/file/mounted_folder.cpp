@@ -1,4 +1,3 @@
-// mounted_folder.cpp - a card's room: what its files hold now, what a write may still take.
 #include "mounted_folder.h"
 
 #include "attributes.h"
@@ -34,7 +33,7 @@ void MountedFolder::giveBackRoom(std::uint64_t bytes)
     if (!capacity_)
         return;
     std::uint64_t used = used_.load();
-    // Another process may have made a file longer unseen: never below nothing.
+    // Another process can have made a deleted file longer, so this can be more than was taken.
     while (!used_.compare_exchange_weak(used, used - std::min(used, bytes))) {
     }
 }

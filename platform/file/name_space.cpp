@@ -1,11 +1,11 @@
-// name_space.cpp - the list of mounted folders.
 #include "file/name_space.h"
 
 #include "attributes.h"
+#include "declared_temporary.h"
 #include "folder_reader.h"
 #include "folder_search.h"
 #include "kernel/handle_table.h"
-#include "mounted_folder.h"
+#include "mounts.h"
 #include "open_file.h"
 #include "open_files.h"
 #include "text/host_name.h"
@@ -23,21 +23,8 @@ namespace platform::file {
 
 namespace {
 
-struct Mounts {
-    std::shared_ptr<MountedFolder> root;
-    std::vector<std::shared_ptr<MountedFolder>> inRoot;
-};
-
-Mounts& mounts()
-{
-    static Mounts only;
-    return only;
-}
-
-using Inode = std::pair<std::uint64_t, std::uint64_t>;
-
-// Bytes of the files below; a file of several names counts once. What can't be read counts nothing.
-std::uint64_t measure(Descriptor folder, std::set<Inode>& counted)
+// The bytes of all files below. A file with several names counts once; what can't be read isn't counted.
+std::uint64_t measure(Descriptor folder, std::set<FileKey>& counted)
 {
     std::uint64_t bytes = 0;
     FolderReader reader(std::move(folder));
@@ -45,12 +32,11 @@ std::uint64_t measure(Descriptor folder, std::set<Inode>& counted)
         HostStatus status = {};
         if (readStatus(reader.folder(), name->data(), status) != 0)
             continue;
-        const Inode inode{(std::uint64_t{status.stx_dev_major} << 32) | status.stx_dev_minor, status.stx_ino};
-        if (S_ISDIR(status.stx_mode)) {
+        if (isFolder(status)) {
             Descriptor below(openBelow(reader.folder(), name->data(), O_RDONLY | O_DIRECTORY));
             if (below)
                 bytes += measure(std::move(below), counted);
-        } else if (S_ISREG(status.stx_mode) && (status.stx_nlink == 1 || counted.insert(inode).second)) {
+        } else if (isFile(status) && (status.stx_nlink == 1 || counted.insert(keyOf(status)).second)) {
             bytes += status.stx_size;
         }
     }
@@ -59,17 +45,26 @@ std::uint64_t measure(Descriptor folder, std::set<Inode>& counted)
 
 std::uint64_t measure(int folder)
 {
-    std::set<Inode> counted;
+    std::set<FileKey> counted;
     Descriptor readable(openBelow(folder, ".", O_RDONLY | O_DIRECTORY));
     return readable ? measure(std::move(readable), counted) : 0;
+}
+
+std::vector<std::string> markedFilesIn(FolderReader& reader)
+{
+    std::vector<std::string> names;
+    while (const auto name = reader.next()) {
+        if (isMarkedTemporary(reader.folder(), name->data()))
+            names.emplace_back(*name);
+    }
+    return names;
 }
 
 }  // namespace
 
 void prepareProcess()
 {
-    // A lease that another process breaks in the moment that we hold it is told by SIGIO, which ends a process that has
-    // said nothing about it.
+    // When another process breaks a lease that this one holds, the host sends SIGIO, which ends a process by default.
     struct sigaction action = {};
     if (::sigaction(SIGIO, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
         action.sa_handler = SIG_IGN;
@@ -82,7 +77,7 @@ bool addMount(Mount mount)
 {
     Descriptor folder(mount.folder);
     const bool isRoot = mount.name.empty();
-    if (isRoot ? mounts().root != nullptr : findMount(mount.name) || !text::toHostName(mount.name))
+    if (isRoot ? rootMount() != nullptr : findMount(mount.name) || !text::toHostName(mount.name))
         return false;
     auto volume = std::make_unique<Volume>();
     volume->readable = Descriptor(openBelow(folder.get(), ".", O_RDONLY | O_DIRECTORY));
@@ -94,10 +89,7 @@ bool addMount(Mount mount)
     const std::uint64_t used = mount.capacity ? measure(folder.get()) : 0;
     auto added = std::make_shared<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
                                                  mount.card, mount.capacity, used);
-    if (isRoot)
-        mounts().root = std::move(added);
-    else
-        mounts().inRoot.push_back(std::move(added));
+    insertMount(std::move(added));
     return true;
 }
 
@@ -107,7 +99,7 @@ void removeAllMounts()
         return typeid(object) == typeid(OpenFile) || typeid(object) == typeid(FolderSearch);
     });
     OpenFiles::instance()->forgetTemporary();
-    mounts() = {};
+    forgetMounts();
 }
 
 std::optional<std::uint64_t> usedBytes(const std::u16string& mountName)
@@ -116,30 +108,27 @@ std::optional<std::uint64_t> usedBytes(const std::u16string& mountName)
     return mount && mount->hasCapacity() ? std::optional(mount->used()) : std::nullopt;
 }
 
+std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
+{
+    constexpr const char* Aside = "left-behind";
+    FolderReader reader(Descriptor(openBelow(rootFolder(), ".", O_RDONLY | O_DIRECTORY)));
+    const std::vector<std::string> names = markedFilesIn(reader);
+    std::vector<std::u16string> moved;
+    if (names.empty())
+        return moved;
+    (void)makeFolder(deviceFolder, Aside);  // it may exist; the opening below decides
+    const Descriptor aside(openBelow(deviceFolder, Aside, O_RDONLY | O_DIRECTORY));
+    for (const std::string& name : names) {
+        if (moveFile(reader.folder(), name.c_str(), aside.get(), name.c_str(), true) == 0)
+            moved.push_back(text::toDeviceName(name));
+    }
+    return moved;
+}
+
 int rootFolder()
 {
-    return mounts().root ? mounts().root->folder() : -1;
-}
-
-std::shared_ptr<MountedFolder> rootMount()
-{
-    return mounts().root;
-}
-
-std::shared_ptr<MountedFolder> findMount(std::u16string_view name)
-{
-    const auto found = std::ranges::find(mounts().inRoot, name, &MountedFolder::name);
-    return found == mounts().inRoot.end() ? nullptr : *found;
-}
-
-std::shared_ptr<MountedFolder> mountAt(std::size_t index)
-{
-    return index < mounts().inRoot.size() ? mounts().inRoot[index] : nullptr;
-}
-
-bool hiddenByMount(std::string_view hostName)
-{
-    return std::ranges::any_of(mounts().inRoot, [&](const auto& mount) { return mount->hostName() == hostName; });
+    const auto root = rootMount();
+    return root ? root->folder() : -1;
 }
 
 }  // namespace platform::file

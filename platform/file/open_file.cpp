@@ -1,10 +1,10 @@
-// open_file.cpp - see open_file.h
 #include "open_file.h"
 
 #include "attributes.h"
 #include "file_stamp.h"
 #include "host/error.h"
 #include "kernel/troubles.h"
+#include "stored_attributes.h"
 
 #include <fcntl.h>
 
@@ -20,18 +20,20 @@ constexpr auto MostBytes = static_cast<std::uint64_t>(std::numeric_limits<std::i
 }
 
 OpenFile::OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const FileKey& key,
-                   const Sharing& sharing, Descriptor descriptor, HostPlace place, bool temporary)
+                   const Sharing& sharing, Descriptor descriptor, HostPath hostPath, bool temporary)
     : table_(std::move(table)), file_(std::move(file)), key_(key), sharing_(sharing),
-      descriptor_(std::move(descriptor)), hostPlace_(std::move(place)), temporary_(temporary)
+      descriptor_(std::move(descriptor)), hostPath_(std::move(hostPath)), temporary_(temporary)
 {
 }
 
 OpenFile::~OpenFile()
 {
-    (void)close();  // again, if a call on another thread outlived CloseHandle and gathered more
+    (void)close();  // once more: a write on another thread can end, and gather bytes, after CloseHandle
     if (temporary_)
-        table_->keepTemporary(hostPlace_, key_, std::move(descriptor_));
-    descriptor_ = Descriptor();  // first: out of the table it would look like another process's
+        table_->keepTemporary(hostPath_, key_, std::move(descriptor_));
+    // Closed before the file leaves the table: otherwise the next opening would take this descriptor for another
+    // process's.
+    descriptor_ = Descriptor();
     table_->leave(key_, sharing_);
 }
 
@@ -39,7 +41,7 @@ DWORD OpenFile::close()
 {
     if (!mayWrite())
         return 0;
-    const std::lock_guard lock(file_->mutex());
+    const kernel::MutexLock lock(file_->mutex());
     const DWORD error = file_->release(descriptor_.get());
     if (error != 0)
         kernel::noteTrouble(kernel::Trouble::Writing, kernel::Troubled::File, path(), error);
@@ -50,7 +52,7 @@ ReadResult OpenFile::read(std::span<std::byte> out)
 {
     if (!mayRead())
         return {0, ERROR_ACCESS_DENIED};
-    const std::lock_guard lock(file_->mutex());
+    const kernel::MutexLock lock(file_->mutex());
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
@@ -59,8 +61,8 @@ ReadResult OpenFile::read(std::span<std::byte> out)
         ahead_.forget();
         aheadVersion_ = file_->version();
     }
-    const ReadResult result = ahead_.read(descriptor_.get(), place_, out, file_->size(), !othersMayWrite());
-    place_ += result.bytes;
+    const ReadResult result = ahead_.read(descriptor_.get(), position_, out, file_->size(), !othersMayWrite());
+    position_ += result.bytes;
     return result;
 }
 
@@ -70,19 +72,20 @@ Written OpenFile::write(std::span<const std::byte> bytes)
         return {0, ERROR_ACCESS_DENIED};
     if (bytes.empty())
         return {};
-    std::unique_lock lock(file_->mutex());
-    if (bytes.size() > MostBytes - place_)
+    kernel::MutexLock lock(file_->mutex());
+    if (bytes.size() > MostBytes - position_)
         return {0, ERROR_DISK_FULL};
-    Written written = file_->write(descriptor_.get(), place_, bytes);
-    place_ += written.bytes;
+    Written written = file_->write(descriptor_.get(), position_, bytes);
+    position_ += written.bytes;
     if (written.hostIsFull && SharedFile::anyReserves()) {
-        // What other files have reserved and not used is no reason to refuse.
+        // Room that other files have reserved but don't use must not make this write fail. releaseReserves locks each
+        // file in turn, so this one is unlocked: a thread never holds the locks of two files.
         lock.unlock();
         table_->releaseReserves();
         lock.lock();
         const std::size_t before = written.bytes;
-        written = file_->write(descriptor_.get(), place_, bytes.subspan(before));
-        place_ += written.bytes;
+        written = file_->write(descriptor_.get(), position_, bytes.subspan(before));
+        position_ += written.bytes;
         written.bytes += before;
     }
     return written;
@@ -90,56 +93,50 @@ Written OpenFile::write(std::span<const std::byte> bytes)
 
 OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
 {
-    const std::lock_guard lock(file_->mutex());
+    const kernel::MutexLock lock(file_->mutex());
     if (method == FILE_CURRENT && distance == 0 && file_->hasGathered())
-        return {place_, 0};  // only asked where it stands: what is gathered needn't be written out for that
+        return {position_, 0};  // a mere query: no reason to write out what is gathered
     std::uint64_t from = 0;
     if (method == FILE_CURRENT) {
-        from = place_;
+        from = position_;
     } else if (method == FILE_END) {
-        // A reader that lets nobody write knows the length since it was opened.
-        if (mayWrite() || othersMayWrite()) {
-            HostStatus status = {};
-            if (const DWORD error = refreshSize(status); error != 0)
-                return {0, error};
-        }
-        from = file_->size();
+        if (const DWORD error = endOfFile(from); error != 0)
+            return {0, error};
     } else if (method != FILE_BEGIN) {
         return {0, ERROR_INVALID_PARAMETER};
     }
     if (distance < 0 && static_cast<std::uint64_t>(-(distance + 1)) + 1 > from)
         return {0, ERROR_NEGATIVE_SEEK};
-    const std::uint64_t place = from + static_cast<std::uint64_t>(distance);
-    if (place > MostBytes)
+    const std::uint64_t position = from + static_cast<std::uint64_t>(distance);
+    if (position > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    // Bytes that are lost already don't keep a program from going back to where the file is whole, and cutting it
-    // there.
+    // Not if bytes were lost before: a program must be able to go back to where the file is whole and cut it there.
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
     }
-    place_ = place;
-    return {place, 0};
+    position_ = position;
+    return {position, 0};
 }
 
 DWORD OpenFile::endHere()
 {
     if (!mayWrite())
         return ERROR_ACCESS_DENIED;
-    const std::lock_guard lock(file_->mutex());
-    return file_->endAt(descriptor_.get(), place_);
+    const kernel::MutexLock lock(file_->mutex());
+    return file_->endAt(descriptor_.get(), position_);
 }
 
 DWORD OpenFile::flush()
 {
     if (!mayWrite())
         return ERROR_ACCESS_DENIED;
-    const std::lock_guard lock(file_->mutex());
+    const kernel::MutexLock lock(file_->mutex());
     if (const DWORD error = file_->writeOut(); error != 0)
         return error;
     if (const int result = flushToDisk(descriptor_.get()); result < 0)
         return ioError(result);
-    // Nothing here renames or deletes an open file, so its entry needs that once.
+    // No call renames or deletes an open file, so its entry needs to be flushed only once.
     if (!entriesFlushed_) {
         if (const DWORD error = flushEntries(); error != 0)
             return error;
@@ -152,13 +149,13 @@ DWORD OpenFile::handOver()
 {
     if (!mayWrite())
         return ERROR_ACCESS_DENIED;
-    const std::lock_guard lock(file_->mutex());
+    const kernel::MutexLock lock(file_->mutex());
     return file_->writeOut();
 }
 
 DWORD OpenFile::stamp(FileStamp& stamp)
 {
-    const std::lock_guard lock(file_->mutex());
+    const kernel::MutexLock lock(file_->mutex());
     if (const DWORD error = writeOut(); error != 0)
         return error;
     timespec now = {};
@@ -171,15 +168,15 @@ DWORD OpenFile::stamp(FileStamp& stamp)
     return 0;
 }
 
-DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
+DWORD OpenFile::describe(BY_HANDLE_FILE_INFORMATION& information)
 {
     HostStatus status = {};
     {
-        const std::lock_guard lock(file_->mutex());
+        const kernel::MutexLock lock(file_->mutex());
         if (const DWORD error = refreshSize(status); error != 0)
             return error;
     }
-    const bool leadingPoint = *hostPlace_.name() == '.';
+    const bool leadingPoint = *hostPath_.name() == '.';
     const StoredAttributes stored = storedAttributes(descriptor_.get(), "", status);
     if (stored.error != 0)
         return ioError(stored.error);
@@ -197,7 +194,7 @@ DWORD OpenFile::tell(BY_HANDLE_FILE_INFORMATION& information)
     return 0;
 }
 
-// Before a call that isn't a writing one itself, and whose failure would be told as one of reading.
+// For calls whose failure is noted as one of reading: a failure to write out is noted as one of writing.
 DWORD OpenFile::writeOut()
 {
     const DWORD error = file_->writeOut();
@@ -206,7 +203,7 @@ DWORD OpenFile::writeOut()
     return error;
 }
 
-// Writes out what is gathered, then asks the host, which may know of another process's writes.
+// Writes out what is gathered, then asks the host for the length: another process may have changed it.
 DWORD OpenFile::refreshSize(HostStatus& status)
 {
     if (const DWORD error = writeOut(); error != 0)
@@ -217,15 +214,24 @@ DWORD OpenFile::refreshSize(HostStatus& status)
     return 0;
 }
 
-// The entry in its folder, that folder's in its own, and so on: a folder that was made a moment ago may be
-// on no disk yet either.
+// A reader that lets nobody write has the right length since it was opened, so the host isn't asked.
+DWORD OpenFile::endOfFile(std::uint64_t& end)
+{
+    HostStatus status = {};
+    const DWORD error = mayWrite() || othersMayWrite() ? refreshSize(status) : 0;
+    end = file_->size();
+    return error;
+}
+
+// Flushes the folder of the file, then the folder of that one, and so on: a folder that was made just before may not be
+// on the disk yet either.
 DWORD OpenFile::flushEntries() const
 {
-    std::string folder = hostPlace_.path;
+    std::string folder = hostPath_.below;
     do {
         const std::size_t end = folder.rfind('/');
         folder = end == std::string::npos ? "." : folder.substr(0, end);
-        const Descriptor open(openBelow(hostPlace_.mount->folder(), folder.c_str(), O_RDONLY | O_DIRECTORY));
+        const Descriptor open(openBelow(hostPath_.mount->folder(), folder.c_str(), O_RDONLY | O_DIRECTORY));
         if (!open)
             return ioError(open.get());
         if (const int result = flushToDisk(open.get()); result < 0)

@@ -1,4 +1,4 @@
-// open_file.h - what a file handle stands for: a place in a file, and what the handle may do there.
+// open_file.h - the object of a file handle: a position in a file, and what the handle may do there.
 #pragma once
 
 #include "device_path.h"
@@ -17,45 +17,43 @@
 
 namespace platform::file {
 
-// Any thread may use it; one call at a time per file.
+// Any thread may use it. The lock of the file serialises the calls of all its handles.
 class OpenFile final : public kernel::Object {
 public:
-    // `file` was entered into `table` under `key` and `sharing`; the destructor takes it out. The descriptor of a
-    // temporary file isn't closed then but kept (temporary_file.h).
+    // `file` was entered into `table` under `key` and `sharing`, and leaves it in the destructor. The descriptor of a
+    // temporary file isn't closed then but given to `table` (temporary_file.h).
     OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const FileKey& key,
-             const Sharing& sharing, Descriptor descriptor, HostPlace place, bool temporary);
+             const Sharing& sharing, Descriptor descriptor, HostPath hostPath, bool temporary);
     ~OpenFile() override;
 
     [[nodiscard]] DWORD close() override;
 
-    [[nodiscard]] std::u16string path() const { return devicePathOf(hostPlace_); }
+    std::u16string path() const { return devicePathOf(hostPath_); }
 
     [[nodiscard]] ReadResult read(std::span<std::byte> out);
     [[nodiscard]] Written write(std::span<const std::byte> bytes);
 
     struct Sought {
-        std::uint64_t place = 0;
+        std::uint64_t position = 0;
         DWORD error = 0;
     };
     [[nodiscard]] Sought seek(std::int64_t distance, DWORD method);
 
-    // Makes the handle's place the file's end.
+    // Makes the file end at the handle's position.
     [[nodiscard]] DWORD endHere();
 
     [[nodiscard]] DWORD flush();
     [[nodiscard]] DWORD handOver();
     [[nodiscard]] DWORD stamp(FileStamp& stamp);
-    [[nodiscard]] DWORD tell(BY_HANDLE_FILE_INFORMATION& information);
+    [[nodiscard]] DWORD describe(BY_HANDLE_FILE_INFORMATION& information);
 
 private:
-    [[nodiscard]] bool mayRead() const { return (sharing_.access & GENERIC_READ) != 0; }
-    [[nodiscard]] bool mayWrite() const { return (sharing_.access & GENERIC_WRITE) != 0; }
-    [[nodiscard]] bool othersMayWrite() const
-    {
-        return sharing_.access == 0 || (sharing_.share & FILE_SHARE_WRITE) != 0;
-    }
-    [[nodiscard]] DWORD writeOut();
-    [[nodiscard]] DWORD refreshSize(HostStatus& status);
+    bool mayRead() const { return (sharing_.access & GENERIC_READ) != 0; }
+    bool mayWrite() const { return (sharing_.access & GENERIC_WRITE) != 0; }
+    bool othersMayWrite() const { return sharing_.access == 0 || (sharing_.share & FILE_SHARE_WRITE) != 0; }
+    [[nodiscard]] DWORD writeOut() REQUIRES(file_->mutex());
+    [[nodiscard]] DWORD refreshSize(HostStatus& status) REQUIRES(file_->mutex());
+    [[nodiscard]] DWORD endOfFile(std::uint64_t& end) REQUIRES(file_->mutex());
     [[nodiscard]] DWORD flushEntries() const;
 
     const std::shared_ptr<OpenFiles> table_;
@@ -63,14 +61,13 @@ private:
     const FileKey key_;
     const Sharing sharing_;
     Descriptor descriptor_;
-    const HostPlace hostPlace_;
+    const HostPath hostPath_;
     const bool temporary_;
 
-    // Guarded by the file's lock.
-    std::uint64_t place_ = 0;
-    ReadAhead ahead_;
-    std::uint64_t aheadVersion_ = 0;
-    bool entriesFlushed_ = false;
+    std::uint64_t position_ GUARDED_BY(file_->mutex()) = 0;
+    ReadAhead ahead_ GUARDED_BY(file_->mutex());
+    std::uint64_t aheadVersion_ GUARDED_BY(file_->mutex()) = 0;  // of the file's bytes in ahead_
+    bool entriesFlushed_ GUARDED_BY(file_->mutex()) = false;
 };
 
 }  // namespace platform::file

@@ -1,4 +1,3 @@
-// open_files.cpp - see open_files.h
 #include "open_files.h"
 
 #include "ce/file.h"
@@ -47,21 +46,21 @@ bool OpenFiles::wasMadeHere(const HostStatus& status) const
     return std::ranges::find(made_, MadeFile{keyOf(status), objectId(status)}) != made_.end();
 }
 
-void OpenFiles::keepTemporary(const HostPlace& place, const FileKey& key, Descriptor descriptor)
+void OpenFiles::keepTemporary(const HostPath& path, const FileKey& key, Descriptor descriptor)
 {
-    const std::lock_guard lock(mutex_);
-    temporary_.keep(place, key, std::move(descriptor));
+    const kernel::MutexLock lock(mutex_);
+    temporary_.keep(path, key, std::move(descriptor));
 }
 
 void OpenFiles::forgetTemporary()
 {
-    const std::lock_guard lock(mutex_);
+    const kernel::MutexLock lock(mutex_);
     temporary_.forget();
 }
 
 void OpenFiles::leave(const FileKey& key, const Sharing& sharing)
 {
-    const std::lock_guard lock(mutex_);
+    const kernel::MutexLock lock(mutex_);
     const auto found = files_.find(key);
     if (found == files_.end())
         return;
@@ -74,19 +73,20 @@ std::optional<std::uint64_t> OpenFiles::sizeOfWritten(const FileKey& key)
 {
     if (!SharedFile::anyGathers())
         return std::nullopt;
-    const std::lock_guard lock(mutex_);
+    const kernel::MutexLock lock(mutex_);
     const auto found = files_.find(key);
     if (found == files_.end() || found->second.writers == 0)
         return std::nullopt;
-    const std::lock_guard fileLock(found->second.file->mutex());
-    return found->second.file->size();
+    const SharedFile& file = *found->second.file;
+    const kernel::MutexLock fileLock(file.mutex());
+    return file.size();
 }
 
 void OpenFiles::releaseReserves()
 {
     for (const auto& file : everyFile()) {
-        const std::lock_guard lock(file->mutex());
-        (void)file->release();  // an error stays with the file, for its own next call
+        const kernel::MutexLock lock(file->mutex());
+        (void)file->release();  // the file keeps an error for its next call
     }
 }
 
@@ -96,7 +96,7 @@ DWORD OpenFiles::writeOutAll(const MountedFolder& mount)
     for (const auto& file : everyFile()) {
         if (&file->mount() != &mount)
             continue;
-        const std::lock_guard lock(file->mutex());
+        const kernel::MutexLock lock(file->mutex());
         const DWORD error = file->writeOut();
         first = first != 0 ? first : error;
     }
@@ -105,7 +105,7 @@ DWORD OpenFiles::writeOutAll(const MountedFolder& mount)
 
 std::vector<std::shared_ptr<SharedFile>> OpenFiles::everyFile()
 {
-    const std::lock_guard lock(mutex_);
+    const kernel::MutexLock lock(mutex_);
     std::vector<std::shared_ptr<SharedFile>> all;
     for (const auto& [key, entry] : files_)
         all.push_back(entry.file);

@@ -1,10 +1,13 @@
-// open_files.h - which files are open here, and in which sharing. The one lock for both is in this table;
-// whoever needs it together with a file's own lock takes the table's first.
+// open_files.h - the table of the files that this process has open, with what their handles allow each other.
+//
+// Clang proves that the table is used under its lock. A thread that needs the table's lock and a file's takes the
+// table's first.
 #pragma once
 
 #include "attributes.h"
 #include "declared_temporary.h"
 #include "host_calls.h"
+#include "kernel/mutex.h"
 #include "shared_file.h"
 #include "temporary_file.h"
 
@@ -13,15 +16,14 @@
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <unordered_map>
 #include <vector>
 
 namespace platform::file {
 
-// What a handle asks for and what it allows others; GENERIC_* and FILE_SHARE_* bits. Access 0 asks for
-// nothing and forbids nothing.
+// What a handle asks for and what it allows others; GENERIC_* and FILE_SHARE_* bits. Access 0 asks for nothing and
+// forbids nothing.
 struct Sharing {
     DWORD access = 0;
     DWORD share = 0;
@@ -29,42 +31,45 @@ struct Sharing {
 
 class OpenFiles {
 public:
-    // The table of this process. Whoever holds open files keeps it alive.
-    [[nodiscard]] static std::shared_ptr<OpenFiles> instance();
+    // The table of this process. An open file holds a reference, so that the table outlives it.
+    static std::shared_ptr<OpenFiles> instance();
 
-    // Held from opening a file until it is entered: otherwise two threads could each find the other's
-    // descriptor and take it for another process.
-    [[nodiscard]] std::unique_lock<std::mutex> lock() { return std::unique_lock(mutex_); }
+    // Held from the host's opening of a file until the file is entered: otherwise two threads could each find the
+    // other's descriptor and take it for another process's.
+    kernel::Mutex& mutex() const RETURN_CAPABILITY(mutex_) { return mutex_; }
 
-    // These three need the lock.
-    [[nodiscard]] bool isOpen(const FileKey& key) const { return files_.contains(key); }
-    [[nodiscard]] bool conflicts(const FileKey& key, const Sharing& sharing) const;
+    bool isOpen(const FileKey& key) const REQUIRES(mutex_) { return files_.contains(key); }
+    bool conflicts(const FileKey& key, const Sharing& sharing) const REQUIRES(mutex_);
+
+    // Counts a handle. `size` is used if the file wasn't open.
     [[nodiscard]] std::shared_ptr<SharedFile> enter(const FileKey& key, const Sharing& sharing,
-                                                    const std::shared_ptr<MountedFolder>& mount, std::uint64_t size);
+                                                    const std::shared_ptr<MountedFolder>& mount, std::uint64_t size)
+        REQUIRES(mutex_);
 
-    // Files that were made here lately count as nobody else's: programs that look into each new file for a
-    // moment (indexers, scanners) must not make it look in use when it is opened again. Both need the lock.
-    void noteMade(const HostStatus& status);
-    [[nodiscard]] bool wasMadeHere(const HostStatus& status) const;
+    // Remembers a file that was just made. Only this process is expected to use it: programs that open each new file
+    // for a moment (indexers, scanners) must not make it look in use when it is opened again.
+    void noteMade(const HostStatus& status) REQUIRES(mutex_);
+    bool wasMadeHere(const HostStatus& status) const REQUIRES(mutex_);
 
-    // Needs the lock.
-    [[nodiscard]] TemporaryFile& temporary() { return temporary_; }
-    [[nodiscard]] DeclaredTemporary& declaredTemporary() { return declared_; }
+    TemporaryFile& temporary() REQUIRES(mutex_) { return temporary_; }
+    DeclaredTemporary& declaredTemporary() REQUIRES(mutex_) { return declared_; }
 
-    // These take it.
-    void keepTemporary(const HostPlace& place, const FileKey& key, Descriptor descriptor);
-    void forgetTemporary();
-    void leave(const FileKey& key, const Sharing& sharing);
+    void keepTemporary(const HostPath& path, const FileKey& key, Descriptor descriptor) EXCLUDES(mutex_);
+    void forgetTemporary() EXCLUDES(mutex_);
 
-    // The length of a file that is open for writing here, where the host may not know of the last bytes.
-    [[nodiscard]] std::optional<std::uint64_t> sizeOfWritten(const FileKey& key);
+    // Takes back what enter() counted.
+    void leave(const FileKey& key, const Sharing& sharing) EXCLUDES(mutex_);
 
-    // Writes out and gives back what any file has reserved, for a host that is full. No file's lock may be
-    // held.
-    void releaseReserves();
+    // The length of a file that is open for writing here; the host may not have its last bytes yet. Otherwise empty.
+    std::optional<std::uint64_t> sizeOfWritten(const FileKey& key) EXCLUDES(mutex_);
 
-    // Writes out what is gathered of a mounted folder's files; 0 or the first error. The same goes for the locks.
-    [[nodiscard]] DWORD writeOutAll(const MountedFolder& mount);
+    // Writes out and gives back what all files have reserved, because the host is full. The caller holds no file's
+    // lock.
+    void releaseReserves() EXCLUDES(mutex_);
+
+    // Writes out what is gathered for the files of a mounted folder; 0 or the first error. The caller holds no file's
+    // lock.
+    [[nodiscard]] DWORD writeOutAll(const MountedFolder& mount) EXCLUDES(mutex_);
 
 private:
     struct KeyHash {
@@ -85,11 +90,7 @@ private:
         void count(const Sharing& sharing, int step);
     };
 
-    [[nodiscard]] std::vector<std::shared_ptr<SharedFile>> everyFile();
-
-    std::mutex mutex_;
-    std::unordered_map<FileKey, Entry, KeyHash> files_;
-    // With its object id, since an inode soon serves again.
+    // With its object id, since a later file can get the inode number.
     struct MadeFile {
         FileKey key;
         DWORD objectId = 0;
@@ -97,10 +98,14 @@ private:
         bool operator==(const MadeFile&) const = default;
     };
 
-    std::array<MadeFile, 8> made_;
-    std::size_t nextMade_ = 0;
-    TemporaryFile temporary_;
-    DeclaredTemporary declared_;
+    std::vector<std::shared_ptr<SharedFile>> everyFile() EXCLUDES(mutex_);
+
+    mutable kernel::Mutex mutex_;
+    std::unordered_map<FileKey, Entry, KeyHash> files_ GUARDED_BY(mutex_);
+    std::array<MadeFile, 8> made_ GUARDED_BY(mutex_);
+    std::size_t nextMade_ GUARDED_BY(mutex_) = 0;
+    TemporaryFile temporary_ GUARDED_BY(mutex_);
+    DeclaredTemporary declared_ GUARDED_BY(mutex_);
 };
 
 }  // namespace platform::file

@@ -1,9 +1,9 @@
-// opening.cpp - see opening.h
 #include "opening.h"
 
 #include "attributes.h"
 #include "host/error.h"
 #include "parent_folder.h"
+#include "stored_attributes.h"
 #include "use_elsewhere.h"
 
 #include <fcntl.h>
@@ -18,11 +18,11 @@ using host::platformError;
 
 namespace {
 
-constexpr unsigned NewFileMode = 0666;  // less the user's mask
+constexpr unsigned NewFileMode = 0666;  // the host takes the bits of the user's mask off
 
-// One CreateFileW on its way.
+// A call of CreateFileW, and what is known about its file so far.
 struct Request {
-    const HostPlace& place;
+    const HostPath& path;
     Sharing sharing;
     DWORD creation;
     Descriptor descriptor;
@@ -30,11 +30,11 @@ struct Request {
     bool existed = false;
     bool isRomModule = false;
     bool isOpenHere = false;
-    bool temporary = false;  // a new file is opened for reading too, and the descriptor kept when the handle is closed
+    bool temporary = false;  // opened for reading, too; the descriptor is kept when the handle is closed
 
-    [[nodiscard]] bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
-    [[nodiscard]] bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
-    [[nodiscard]] bool makes() const { return creation != OPEN_EXISTING && creation != TRUNCATE_EXISTING; }
+    bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
+    bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
+    bool makes() const { return creation != OPEN_EXISTING && creation != TRUNCATE_EXISTING; }
 };
 
 int openFlags(const Request& request, bool isNew)
@@ -42,14 +42,14 @@ int openFlags(const Request& request, bool isNew)
     const bool reads = (isNew && request.temporary) || (request.sharing.access & GENERIC_READ) != 0;
     if (isNew ? (request.sharing.access & GENERIC_WRITE) != 0 : request.writes())
         return reads ? O_RDWR : O_WRONLY;
-    // A query needs no more than the entry, and a descriptor of that kind is no use of the file.
+    // A query needs only the entry. A descriptor with O_PATH doesn't count as a use of the file.
     return reads || isNew ? O_RDONLY : O_PATH;
 }
 
-// By the descriptor that was kept of it, if the path still stands for the file.
+// Takes the kept descriptor of the temporary file, if the path still names that file.
 bool openTemporary(Request& request, TemporaryFile& temporary)
 {
-    if (request.creation != OPEN_EXISTING || request.sharing.access != GENERIC_READ || !temporary.isAt(request.place))
+    if (request.creation != OPEN_EXISTING || request.sharing.access != GENERIC_READ || !temporary.isAt(request.path))
         return false;
     const auto found = temporary.find();
     if (!found)
@@ -60,39 +60,39 @@ bool openTemporary(Request& request, TemporaryFile& temporary)
     return true;
 }
 
-int openNew(Request& request, OpenFiles& table)
+int openNew(Request& request, OpenFiles& table) REQUIRES(table.mutex())
 {
-    const int result = openBelow(request.place.mount->folder(), request.place.path.c_str(),
+    const int result = openBelow(request.path.mount->folder(), request.path.below.c_str(),
                                  openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
     if (result >= 0) {
         request.descriptor = Descriptor(result);
-        if (table.declaredTemporary().take(request.place))
+        if (table.declaredTemporary().take(request.path))
             markTemporary(result);
     }
     return result;
 }
 
-// Opening a fifo for writing would be seen by its reader, so what is to be written is looked at first.
-bool isFileForWriting(const HostPlace& place)
+// The reader of a fifo would notice its opening for writing, so an entry that is to be written is looked at first.
+bool isFileForWriting(const HostPath& path)
 {
-    const Descriptor entry(openBelow(place.mount->folder(), place.path.c_str(), O_PATH));
+    const Descriptor entry(openBelow(path.mount->folder(), path.below.c_str(), O_PATH));
     HostStatus status = {};
     return !entry || readStatus(entry.get(), "", status) != 0 || isFile(status) || isFolder(status);
 }
 
 int openOld(Request& request)
 {
-    if (request.writes() && !isFileForWriting(request.place))
+    if (request.writes() && !isFileForWriting(request.path))
         return -ELOOP;
-    const int result = openBelow(request.place.mount->folder(), request.place.path.c_str(), openFlags(request, false));
+    const int result = openBelow(request.path.mount->folder(), request.path.below.c_str(), openFlags(request, false));
     if (result >= 0)
         request.descriptor = Descriptor(result);
     request.existed = result >= 0;
     return result;
 }
 
-// The order is that of the likelier case: a file to be replaced is mostly not there yet.
-int openEither(Request& request, OpenFiles& table)
+// The likelier case is tried first: a file that may be replaced mostly doesn't exist yet.
+int openEither(Request& request, OpenFiles& table) REQUIRES(table.mutex())
 {
     if (!request.makes())
         return openOld(request);
@@ -110,26 +110,26 @@ int openEither(Request& request, OpenFiles& table)
 DWORD openError(const Request& request, int result)
 {
     DWORD error = platformError(result);
-    // What a device or a socket says when it is opened, and otherwise a disk that fails.
-    if ((result == -ENXIO || result == -ENODEV) && somethingInvisibleStands(request.place))
+    // A device or a socket gives these when it is opened, but so does a disk that fails.
+    if ((result == -ENXIO || result == -ENODEV) && isOutsideNameSpace(request.path))
         error = ERROR_FILE_NOT_FOUND;
-    if (error == ERROR_FILE_EXISTS && somethingInvisibleStands(request.place))
+    if (error == ERROR_FILE_EXISTS && isOutsideNameSpace(request.path))
         return ERROR_ACCESS_DENIED;
     if (error != ERROR_FILE_NOT_FOUND)
         return error;
-    const DWORD missing = missingError(request.place);
-    // Something that is no part of the name space stands in the way of what is to be made.
+    const DWORD missing = missingError(request.path);
+    // The path is taken by something that isn't part of the name space.
     return missing == ERROR_FILE_NOT_FOUND && request.makes() ? ERROR_ACCESS_DENIED : missing;
 }
 
-// Rules of the name space that the host doesn't know or, for the administrator, doesn't apply.
-DWORD kindError(Request& request, const OpenFiles& table)
+// Rules of the name space that the host doesn't have, or doesn't apply for the administrator.
+DWORD kindError(Request& request, const OpenFiles& table) REQUIRES(table.mutex())
 {
     if (isFolder(request.status))
         return ERROR_ACCESS_DENIED;
     if (!isFile(request.status))
         return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
-    // A file that was made here a moment ago has no attributes of its own yet.
+    // A file that this process made just before has no stored attributes yet.
     const StoredAttributes stored = table.wasMadeHere(request.status)
                                         ? StoredAttributes{}
                                         : storedAttributes(request.descriptor.get(), "", request.status);
@@ -143,55 +143,57 @@ DWORD kindError(Request& request, const OpenFiles& table)
     return keepsOut && request.writes() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
-DWORD sharingError(Request& request, const OpenFiles& table, const FileKey& key)
+DWORD sharingError(Request& request, const OpenFiles& table, const FileKey& key) REQUIRES(table.mutex())
 {
     Sharing effective = request.sharing;
     if (request.truncates())
-        effective.access |= GENERIC_WRITE;  // to those who have it open, that is a write
+        effective.access |= GENERIC_WRITE;  // for the other handles, a truncation is a write
     request.isOpenHere = table.conflicts(key, effective);
     if (request.isOpenHere)
         return ERROR_SHARING_VIOLATION;
-    // Our own further descriptors would look like another process's.
+    // With a further descriptor of this process on the file, the host would report a use elsewhere.
     if (effective.access != 0 && !request.temporary && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
         isUsedElsewhere(request.descriptor.get(), effective, key.device))
         return ERROR_SHARING_VIOLATION;
     return ERROR_SUCCESS;
 }
 
-DWORD checkExisting(Request& request, const OpenFiles& table)
+DWORD checkExisting(Request& request, const OpenFiles& table) REQUIRES(table.mutex())
 {
     if (const DWORD error = kindError(request, table); error != 0)
         return error;
     return sharingError(request, table, keyOf(request.status));
 }
 
-std::optional<DWORD> badRequest(const HostPlace& place, DWORD creation)
+std::optional<DWORD> badRequest(const HostPath& path, DWORD creation)
 {
-    if (place.error != 0)
-        return place.error;
+    if (path.error != 0)
+        return path.error;
     if (creation < CREATE_NEW || creation > TRUNCATE_EXISTING)
         return ERROR_INVALID_PARAMETER;
-    if (place.isMount())
+    if (path.isMount())
         return creation == CREATE_NEW ? ERROR_FILE_EXISTS : ERROR_ACCESS_DENIED;
-    if (place.endsInBackslash)
+    if (path.endsInBackslash)
         return ERROR_INVALID_NAME;
     return std::nullopt;
 }
 
 }  // namespace
 
-Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
+Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation)
 {
-    if (const auto error = badRequest(place, creation))
+    if (const auto error = badRequest(path, creation))
         return {*error, false, nullptr};
     const std::shared_ptr<OpenFiles> table = OpenFiles::instance();
-    auto lock = table->lock();
-    Request request{
-        .place = place, .sharing = sharing, .creation = creation, .descriptor = {}};  // closes before the lock goes
+    kernel::MutexLock lock(table->mutex());
+    Request request{.path = path,
+                    .sharing = sharing,
+                    .creation = creation,
+                    .descriptor = {}};  // closed before the table is unlocked
 
     if (!openTemporary(request, table->temporary())) {
-        table->temporary().letGo();
-        request.temporary = request.makes() && table->temporary().isAt(place);
+        table->temporary().closeKept();
+        request.temporary = request.makes() && table->temporary().isAt(path);
         if (const int result = openEither(request, *table); result < 0)
             return {openError(request, result), false, nullptr};
         if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0)
@@ -205,20 +207,20 @@ Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation)
 
     const FileKey key = keyOf(request.status);
     if (request.writes() || !request.existed)
-        place.mount->expectChange(key.device, place.parent());
+        path.mount->expectChange(key.device, path.parent());
     if (!request.existed) {
         table->noteMade(request.status);
-        place.mount->noteChange(key.device);
+        path.mount->noteChange(key.device);
     }
-    const auto shared = table->enter(key, sharing, place.mount, request.status.stx_size);
+    const auto shared = table->enter(key, sharing, path.mount, request.status.stx_size);
     const int descriptor = request.descriptor.get();
-    auto file = std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), place,
-                                           request.temporary);
+    auto file =
+        std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), path, request.temporary);
     if (request.existed && request.truncates()) {
-        std::unique_lock fileLock(shared->mutex());
+        kernel::MutexLock fileLock(shared->mutex());
         const DWORD error = shared->endAt(descriptor, 0);
         fileLock.unlock();
-        lock.unlock();  // a file that isn't handed out leaves the table as it goes
+        lock.unlock();  // on failure the destructor of `file` takes the file out of the table, which locks it
         if (error != 0)
             return {error, true, nullptr};
     }

@@ -1,4 +1,4 @@
-// opening.h - from a path to an open file: making, replacing, the rules of sharing.
+// opening.h - opens, makes and replaces files by their path, under the rules of sharing.
 #pragma once
 
 #include "device_path.h"
@@ -14,10 +14,10 @@ struct Opened {
     DWORD error = 0;
     bool existed = false;
     std::shared_ptr<OpenFile> file;  // null on error
-    bool isRomModule = false;        // then it is refused by design: nobody reads one
-    bool isOpenHere = false;         // then it is a handle of this process that refuses it
+    bool isRomModule = false;        // the error is that nobody may read a module in ROM
+    bool isOpenHere = false;         // the error is that a handle of this process forbids it
 };
 
-[[nodiscard]] Opened openFile(const HostPlace& place, const Sharing& sharing, DWORD creation);
+[[nodiscard]] Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation);
 
 }  // namespace platform::file

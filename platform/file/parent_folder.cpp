@@ -13,50 +13,50 @@ namespace platform::file {
 
 using host::platformError;
 
-ParentFolder::ParentFolder(const HostPlace& place) : number_(place.mount->folder())
+ParentFolder::ParentFolder(const HostPath& path) : number_(path.mount->folder())
 {
-    if (place.nameStart == 0)
+    if (path.nameStart == 0)
         return;
-    number_ = openBelow(place.mount->folder(), place.parent().c_str(), O_PATH | O_DIRECTORY);
+    number_ = openBelow(path.mount->folder(), path.parent().c_str(), O_PATH | O_DIRECTORY);
     if (number_ >= 0)
         opened_ = Descriptor(number_);
 }
 
-DWORD cannotBeAFile(const HostPlace& place)
+DWORD cannotBeAFile(const HostPath& path)
 {
-    if (place.error != 0)
-        return place.error;
-    if (place.isMount())
+    if (path.error != 0)
+        return path.error;
+    if (path.isMount())
         return ERROR_ACCESS_DENIED;
-    return place.endsInBackslash ? ERROR_INVALID_NAME : 0;
+    return path.endsInBackslash ? ERROR_INVALID_NAME : 0;
 }
 
-int statusAt(const ParentFolder& parent, const HostPlace& place, HostStatus& status)
+int statusAt(const ParentFolder& parent, const HostPath& path, HostStatus& status)
 {
     if (parent.get() < 0)
         return parent.get();
-    if (const int result = readStatus(parent.get(), place.name(), status); result < 0)
+    if (const int result = readStatus(parent.get(), path.name(), status); result < 0)
         return result;
     return isFile(status) || isFolder(status) ? 0 : -ELOOP;
 }
 
-DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result)
+DWORD errorAt(const HostPath& path, const ParentFolder& parent, int result)
 {
     const DWORD error = platformError(result);
-    return error == ERROR_FILE_NOT_FOUND && parent.get() < 0 && !place.isMount() ? ERROR_PATH_NOT_FOUND : error;
+    return error == ERROR_FILE_NOT_FOUND && parent.get() < 0 && !path.isMount() ? ERROR_PATH_NOT_FOUND : error;
 }
 
-DWORD missingError(const HostPlace& place)
+DWORD missingError(const HostPath& path)
 {
-    const ParentFolder parent(place);
-    return parent.get() < 0 ? errorAt(place, parent, parent.get()) : ERROR_FILE_NOT_FOUND;
+    const ParentFolder parent(path);
+    return parent.get() < 0 ? errorAt(path, parent, parent.get()) : ERROR_FILE_NOT_FOUND;
 }
 
-bool somethingInvisibleStands(const HostPlace& place)
+bool isOutsideNameSpace(const HostPath& path)
 {
-    const ParentFolder parent(place);
+    const ParentFolder parent(path);
     HostStatus status = {};
-    return parent.get() >= 0 && readStatus(parent.get(), place.name(), status) == 0 && !isFile(status) &&
+    return parent.get() >= 0 && readStatus(parent.get(), path.name(), status) == 0 && !isFile(status) &&
            !isFolder(status);
 }
 

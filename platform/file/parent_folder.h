@@ -12,10 +12,10 @@ namespace platform::file {
 // descriptor is used, and none is opened.
 class ParentFolder {
 public:
-    explicit ParentFolder(const HostPlace& place);
+    explicit ParentFolder(const HostPath& path);
 
     // A descriptor, or a negative errno.
-    [[nodiscard]] int get() const { return number_; }
+    int get() const { return number_; }
 
 private:
     Descriptor opened_;
@@ -23,19 +23,19 @@ private:
 };
 
 // 0 for a path that a file may have.
-[[nodiscard]] DWORD cannotBeAFile(const HostPlace& place);
+[[nodiscard]] DWORD cannotBeAFile(const HostPath& path);
 
 // Reads the status of the entry. A negative errno if there is no entry, or one that is not part of the name space.
-[[nodiscard]] int statusAt(const ParentFolder& parent, const HostPlace& place, HostStatus& status);
+[[nodiscard]] int statusAt(const ParentFolder& parent, const HostPath& path, HostStatus& status);
 
 // The error for a negative errno of statusAt, or of another call on the entry.
-[[nodiscard]] DWORD errorAt(const HostPlace& place, const ParentFolder& parent, int result);
+[[nodiscard]] DWORD errorAt(const HostPath& path, const ParentFolder& parent, int result);
 
 // The error for a call that found no entry: 3 if a folder on the way is missing, the host's error if that folder can't
 // be searched, otherwise 2.
-[[nodiscard]] DWORD missingError(const HostPlace& place);
+[[nodiscard]] DWORD missingError(const HostPath& path);
 
 // Is the entry a link, a fifo, a socket or a device? They are not part of the name space.
-[[nodiscard]] bool somethingInvisibleStands(const HostPlace& place);
+bool isOutsideNameSpace(const HostPath& path);
 
 }  // namespace platform::file

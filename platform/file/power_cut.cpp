@@ -30,8 +30,8 @@ struct Name {
     std::string name;
     int keptOpen = -1;  // the folder
 
-    [[nodiscard]] std::string path() const { return "/proc/self/fd/" + std::to_string(keptOpen) + "/" + name; }
-    [[nodiscard]] bool operator==(const Name& other) const { return folder == other.folder && name == other.name; }
+    std::string path() const { return "/proc/self/fd/" + std::to_string(keptOpen) + "/" + name; }
+    bool operator==(const Name& other) const { return folder == other.folder && name == other.name; }
 };
 
 struct ChangedEntry {

@@ -1,4 +1,3 @@
-// shared_file.cpp - gathering writes, and the card's capacity.
 #include "shared_file.h"
 
 #include "file_system.h"
@@ -23,28 +22,30 @@ namespace {
 
 constexpr std::size_t GatherBytes = 65536;
 
-// A longer write gains nothing from being copied first.
+// Longer writes aren't gathered: copying them costs more than the calls on the host that it saves.
 constexpr std::size_t GatheredPiece = 8192;
 
-// Up to here each write goes straight to the host: so few bytes may lie in the inode, and have no block yet.
+// Gathering begins at this offset. A file system may keep the first bytes of a file in its inode, without a block, and
+// then nothing guarantees room for the bytes after them.
 constexpr std::uint64_t GatherFrom = 1024;
 
-// Up to here only the last block is filled: reserving would cost a small file more than it saves.
+// Below this offset only the rest of the last block is used: reserving costs a small file more than it saves.
 constexpr std::uint64_t ReserveFrom = 32768;
 
-// The reserve grows with the file, so that what has to be given back stays in proportion.
+// Room is reserved for a quarter of the file's length, within these limits, so that what is given back at the end stays
+// in proportion.
 constexpr std::uint64_t ReserveLeast = 131072;
 constexpr std::uint64_t ReserveMost = 4194304;
 
-// Where a block that was written takes further bytes without asking for room again, where reserved room is really
-// there for the writes to come, and is freed by cutting the file to its own size. btrfs writes each block anew and
-// keeps what was reserved, ZFS only checks that there is room.
+// File systems that guarantee the room: a block that was written takes more bytes without new room, reserved room can't
+// be used up by others, and setting a file to its present size frees it. btrfs writes each block to a new location and
+// keeps the reservation; ZFS only checks that there is room.
 constexpr std::array<std::uint64_t, 3> ReservingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, TMPFS_MAGIC};
 
 std::atomic<int> reserves = 0;
 std::atomic<int> gatherers = 0;
 
-// The block size of a host that keeps room as told above.
+// The block size, if the file system guarantees room.
 std::optional<std::uint64_t> blocksOf(int file, std::uint64_t device)
 {
     const std::optional<FileSystem> system = fileSystemOf(file, device);
@@ -59,13 +60,14 @@ iovec vectorOf(std::span<const std::byte> bytes)
     return {const_cast<std::byte*>(bytes.data()), bytes.size()};
 }
 
-// Both spans one after the other; as much as the host takes.
+// What writeBoth wrote. The error is a negative errno; 0 if all was written.
 struct HostWrite {
     std::size_t bytes = 0;
     long error = 0;
 };
 
-HostWrite writeBoth(int descriptor, std::uint64_t place, std::span<const std::byte> first,
+// Writes both spans one after the other, until the host refuses.
+HostWrite writeBoth(int descriptor, std::uint64_t offset, std::span<const std::byte> first,
                     std::span<const std::byte> second)
 {
     HostWrite done;
@@ -73,10 +75,10 @@ HostWrite writeBoth(int descriptor, std::uint64_t place, std::span<const std::by
         const std::size_t ofFirst = std::min(done.bytes, first.size());
         const std::array<iovec, 2> rest = {vectorOf(first.subspan(ofFirst)),
                                            vectorOf(second.subspan(done.bytes - ofFirst))};
-        // One alone costs the host less.
+        // A vector of one span costs the host less than one of two.
         const std::size_t skipped = rest[0].iov_len == 0 ? 1 : 0;
         const std::size_t used = rest[1].iov_len == 0 || skipped != 0 ? 1 : 2;
-        const ssize_t taken = writeAt(descriptor, std::span(rest).subspan(skipped, used), place + done.bytes);
+        const ssize_t taken = writeAt(descriptor, std::span(rest).subspan(skipped, used), offset + done.bytes);
         if (taken <= 0) {
             done.error = taken < 0 ? taken : -ENOSPC;
             break;
@@ -93,21 +95,21 @@ SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t devic
 {
 }
 
-Written SharedFile::write(int descriptor, std::uint64_t place, std::span<const std::byte> bytes)
+Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
 {
     if (lost_ != 0)
         return {0, lost_};
-    const std::uint64_t end = place + bytes.size();
+    const std::uint64_t end = offset + bytes.size();
     const std::uint64_t growth = end > size_ ? end - size_ : 0;
     const std::uint64_t room = mount_->takeRoom(growth);
     std::span<const std::byte> fitting = bytes;
     if (room < growth) {
         const std::uint64_t fullAt = size_ + room;
-        fitting = bytes.first(fullAt > place ? static_cast<std::size_t>(fullAt - place) : 0);
+        fitting = bytes.first(fullAt > offset ? static_cast<std::size_t>(fullAt - offset) : 0);
     }
-    Written written = put(descriptor, place, fitting);
+    Written written = put(descriptor, offset, fitting);
 
-    const std::uint64_t newSize = written.bytes != 0 ? std::max(size_, place + written.bytes) : size_;
+    const std::uint64_t newSize = written.bytes != 0 ? std::max(size_, offset + written.bytes) : size_;
     if (newSize - size_ < room)
         mount_->giveBackRoom(room - (newSize - size_));
     size_ = newSize;
@@ -119,7 +121,7 @@ Written SharedFile::write(int descriptor, std::uint64_t place, std::span<const s
 
 DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
 {
-    // What was lost lay behind the present end, so a file that ends there or before lacks nothing.
+    // Lost bytes came after size_. A file that is cut there or before is whole again, so its error no longer counts.
     if (const DWORD error = release(); error != 0 && size > size_)
         return error;
     const std::uint64_t growth = size > size_ ? size - size_ : 0;
@@ -133,7 +135,7 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     mount_->giveBackRoom(size_ > size ? size_ - size : 0);
     size_ = size;
     lost_ = 0;
-    writtenTo_ = 0;  // the end may lie in a hole now
+    writtenTo_ = 0;  // the new end can be in a hole, where the host has no block
     ++version_;
     return 0;
 }
@@ -142,17 +144,13 @@ DWORD SharedFile::writeOut()
 {
     if (gathered_ == 0)
         return lost_;
-    const std::uint64_t place = size_ - gathered_;
-    const HostWrite done = writeBoth(gatherer_, place, {gather_.get(), gathered_}, {});
+    const std::uint64_t offset = size_ - gathered_;
+    const HostWrite done = writeBoth(gatherer_, offset, {gather_.get(), gathered_}, {});
     noteChange();
     if (done.bytes != 0)
-        writtenTo_ = place + done.bytes;
-    if (done.error != 0) {
-        lost_ = ioError(done.error);
-        mount_->giveBackRoom(gathered_ - done.bytes);
-        size_ = place + done.bytes;
-        ++version_;
-    }
+        writtenTo_ = offset + done.bytes;
+    if (done.error != 0)
+        loseGathered(done.bytes, done.error);
     gathered_ = 0;
     return lost_;
 }
@@ -161,8 +159,7 @@ DWORD SharedFile::release()
 {
     const DWORD error = writeOut();
     if (reservedTo_ != 0) {
-        // Cutting a file to its own size frees what is reserved behind. If the host won't, nothing is wrong
-        // but the room.
+        // Setting a file to its present size frees the reserved room after it. If that fails, only the room is lost.
         if (reservedTo_ > size_ || reservesNothing_)
             (void)file::setSize(gatherer_, size_);
         reservedTo_ = 0;
@@ -184,12 +181,12 @@ bool SharedFile::anyGathers()
     return gatherers.load() != 0;
 }
 
-Written SharedFile::put(int descriptor, std::uint64_t place, std::span<const std::byte> bytes)
+Written SharedFile::put(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
 {
     if (bytes.empty())
         return {};
-    if (!canGather(descriptor, place, bytes.size()))
-        return putStraight(descriptor, place, bytes);
+    if (!canGather(descriptor, offset, bytes.size()))
+        return putStraight(descriptor, offset, bytes);
     if (gathered_ + bytes.size() > GatherBytes) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
@@ -199,24 +196,21 @@ Written SharedFile::put(int descriptor, std::uint64_t place, std::span<const std
     return {bytes.size(), 0};
 }
 
-Written SharedFile::putStraight(int descriptor, std::uint64_t place, std::span<const std::byte> bytes)
+Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
 {
-    // What is gathered goes before it, in the same call if it may.
-    const bool together = gathered_ != 0 && descriptor == gatherer_ && place == size_;
+    // The gathered bytes must reach the host first. If they come right before these, one call writes both.
+    const bool together = gathered_ != 0 && descriptor == gatherer_ && offset == size_;
     if (!together) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
     }
     const std::size_t before = gathered_;
-    const HostWrite done = writeBoth(descriptor, place - before, {gather_.get(), before}, bytes);
+    const HostWrite done = writeBoth(descriptor, offset - before, {gather_.get(), before}, bytes);
     noteChange();
     if (done.bytes != 0)
-        writtenTo_ = place - before + done.bytes;
+        writtenTo_ = offset - before + done.bytes;
     if (done.bytes < before) {
-        lost_ = ioError(done.error);
-        mount_->giveBackRoom(before - done.bytes);
-        size_ -= before - done.bytes;
-        gathered_ = 0;
+        loseGathered(done.bytes, done.error);
         return {0, lost_};
     }
     gathered_ = 0;
@@ -224,15 +218,27 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t place, std::span<c
     return {done.bytes - before, error, error == ERROR_DISK_FULL};
 }
 
-bool SharedFile::canGather(int descriptor, std::uint64_t place, std::size_t bytes)
+// The host has taken only the first `kept` of the gathered bytes. The file ends after them: the others were reported as
+// written, so the error stays until the file is cut.
+void SharedFile::loseGathered(std::size_t kept, long hostError)
 {
-    if (bytes > GatheredPiece || place != size_ || place < GatherFrom)
+    const std::size_t missing = gathered_ - kept;
+    lost_ = ioError(hostError);
+    mount_->giveBackRoom(missing);
+    size_ -= missing;
+    gathered_ = 0;
+    ++version_;
+}
+
+bool SharedFile::canGather(int descriptor, std::uint64_t offset, std::size_t bytes)
+{
+    if (bytes > GatheredPiece || offset != size_ || offset < GatherFrom)
         return false;
     if (gatherer_ != -1 && gatherer_ != descriptor)
         return false;
-    const std::uint64_t end = place + bytes;
+    const std::uint64_t end = offset + bytes;
     const bool roomIsThere =
-        end <= reservedTo_ || (place < ReserveFrom ? fitsLastBlock(descriptor, end) : makeReserve(descriptor, end));
+        end <= reservedTo_ || (offset < ReserveFrom ? fitsLastBlock(descriptor, end) : makeReserve(descriptor, end));
     if (roomIsThere)
         startGathering(descriptor);
     return roomIsThere;
@@ -247,6 +253,8 @@ void SharedFile::startGathering(int descriptor)
         gather_ = std::make_unique_for_overwrite<std::byte[]>(GatherBytes);
 }
 
+// Whether the bytes up to `end` fit into the block that holds the last byte on the host. It was written by this
+// process, so the host has given the whole block.
 bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
 {
     const std::uint64_t hostEnd = size_ - gathered_;
@@ -256,6 +264,7 @@ bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
     return block && hostEnd % *block != 0 && (end - 1) / *block == hostEnd / *block;
 }
 
+// Reserves room up to `end` and beyond. False if the file system can't or the host is full.
 bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
 {
     if (reservedTo_ == 0 && !reservesNothing_)
@@ -269,7 +278,7 @@ bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
     reservesNothing_ = result < 0;
     if (result < 0 && ioError(result) != ERROR_DISK_FULL)
         return false;
-    // A host that became full on the way may have reserved a part: that has to be given back too.
+    // A host that became full may have reserved a part of the room. release() has to give that back, too.
     if (reservedTo_ == 0)
         ++reserves;
     startGathering(descriptor);

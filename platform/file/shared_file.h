@@ -1,11 +1,20 @@
-// shared_file.h - one file of the host that is open here, shared by all handles that stand for it: how long
-// it is, who may use it, and the writes that are gathered for it.
+// shared_file.h - one file of the host, shared by all handles that have it open: its length, and the writes that are
+// gathered for it.
 //
-// Small writes at the end are gathered and handed to the host together, but only in room that the host has already
-// given: in a small file the rest of its last block, in a larger one what the host was asked to reserve. So a write
-// that was reported as done can't fail for lack of room later. On other hosts each write goes straight through.
+// Gathering: small writes at the end of the file are collected in memory and written to the host together. The host
+// must already have given room for them, so that a write that was reported as done can't fail later for lack of room.
+// The room is the rest of the last block of a small file, or space reserved after the end of a larger one. On file
+// systems that can't guarantee the room, each write goes to the host at once.
+//
+// Invariants, whenever the lock is free:
+// - The host has the first size_ - gathered_ bytes, and the gathered bytes come right after them.
+// - Gathered bytes lie below reservedTo_ or in a block that the host has already.
+// - The card's capacity is charged for each byte that this process added, gathered ones included.
+// - gatherer_ is an open descriptor for writing, from the first gathered write until release().
+// - Once gathered bytes are lost, lost_ has the error, and size_ ends before the first lost byte.
 #pragma once
 
+#include "kernel/mutex.h"
 #include "mounted_folder.h"
 
 #include "ce/types.h"
@@ -13,15 +22,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <span>
 
 namespace platform::file {
 
 struct Written {
-    std::size_t bytes = 0;  // in the file now, on failure too
+    std::size_t bytes = 0;  // that are part of the file now, on failure too
     DWORD error = 0;
-    bool hostIsFull = false;  // the host, not the card's capacity, refused the rest
+    bool hostIsFull = false;  // the host refused the rest, not the card's capacity
 };
 
 class SharedFile {
@@ -29,66 +37,74 @@ public:
     // `device` is the number of the host's device that holds the file.
     SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t device, std::uint64_t size);
 
-    // The file's lock. The functions below need it; it also guards what its handles hold.
-    [[nodiscard]] std::mutex& mutex() { return mutex_; }
+    // Guards this object and what the file's handles hold.
+    kernel::Mutex& mutex() const RETURN_CAPABILITY(mutex_) { return mutex_; }
 
-    [[nodiscard]] const MountedFolder& mount() const { return *mount_; }
+    const MountedFolder& mount() const { return *mount_; }
 
     // The length, gathered bytes included.
-    [[nodiscard]] std::uint64_t size() const { return size_; }
+    std::uint64_t size() const REQUIRES(mutex_) { return size_; }
 
-    // What the host says, once everything is written out.
-    void setSize(std::uint64_t size) { size_ = size; }
+    // Sets the length to what the host says. Nothing is gathered.
+    void setSize(std::uint64_t size) REQUIRES(mutex_) { size_ = size; }
 
     // Changes whenever bytes of the file change.
-    [[nodiscard]] std::uint64_t version() const { return version_; }
+    std::uint64_t version() const REQUIRES(mutex_) { return version_; }
 
-    [[nodiscard]] bool hasGathered() const { return gathered_ != 0; }
+    bool hasGathered() const REQUIRES(mutex_) { return gathered_ != 0; }
 
     // Writes through `descriptor`, within the card's capacity.
-    [[nodiscard]] Written write(int descriptor, std::uint64_t place, std::span<const std::byte> bytes);
+    [[nodiscard]] Written write(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
+        REQUIRES(mutex_);
 
-    // Makes the file end at `size`, within the card's capacity; 0 or the error.
-    [[nodiscard]] DWORD endAt(int descriptor, std::uint64_t size);
+    // Makes the file `size` bytes long, within the card's capacity; 0 or the error.
+    [[nodiscard]] DWORD endAt(int descriptor, std::uint64_t size) REQUIRES(mutex_);
 
-    // Hands what is gathered to the host. An error, once there is one, is also what each later write and
-    // writeOut give, until the file is cut to what it has: bytes that were reported as written are missing.
-    [[nodiscard]] DWORD writeOut();
+    // Writes the gathered bytes to the host. After a failure, bytes that were reported as written are missing: each
+    // later write and writeOut fails with that error, until endAt cuts the file where it is whole.
+    [[nodiscard]] DWORD writeOut() REQUIRES(mutex_);
 
-    // Writes out and gives the reserved room behind the end back.
-    [[nodiscard]] DWORD release();
+    // Writes out, ends gathering and gives the reserved room after the end back to the host.
+    [[nodiscard]] DWORD release() REQUIRES(mutex_);
 
-    // The same if it is `descriptor` through which bytes are gathered.
-    [[nodiscard]] DWORD release(int descriptor) { return descriptor == gatherer_ ? release() : writeOut(); }
+    // As release() if `descriptor` gathers, otherwise as writeOut(). For a descriptor that is about to be closed.
+    [[nodiscard]] DWORD release(int descriptor) REQUIRES(mutex_)
+    {
+        return descriptor == gatherer_ ? release() : writeOut();
+    }
 
-    // Has any file reserved room behind its end? Taking it back may make room on a full host.
-    [[nodiscard]] static bool anyReserves();
+    // Whether any file has reserved room. Giving it back can make room on a full host.
+    static bool anyReserves();
 
-    // Is any file gathering, so that the host may not know of its last bytes?
-    [[nodiscard]] static bool anyGathers();
+    // Whether any file is gathering, so that the host may not have its last bytes.
+    static bool anyGathers();
 
 private:
-    [[nodiscard]] Written put(int descriptor, std::uint64_t place, std::span<const std::byte> bytes);
-    [[nodiscard]] Written putStraight(int descriptor, std::uint64_t place, std::span<const std::byte> bytes);
-    [[nodiscard]] bool canGather(int descriptor, std::uint64_t place, std::size_t bytes);
-    [[nodiscard]] bool fitsLastBlock(int descriptor, std::uint64_t end) const;
-    [[nodiscard]] bool makeReserve(int descriptor, std::uint64_t end);
-    void startGathering(int descriptor);
+    [[nodiscard]] Written put(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes) REQUIRES(mutex_);
+    [[nodiscard]] Written putStraight(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
+        REQUIRES(mutex_);
+    void loseGathered(std::size_t kept, long hostError) REQUIRES(mutex_);
+    [[nodiscard]] bool canGather(int descriptor, std::uint64_t offset, std::size_t bytes) REQUIRES(mutex_);
+    bool fitsLastBlock(int descriptor, std::uint64_t end) const REQUIRES(mutex_);
+    [[nodiscard]] bool makeReserve(int descriptor, std::uint64_t end) REQUIRES(mutex_);
+    void startGathering(int descriptor) REQUIRES(mutex_);
     void noteChange() { mount_->noteChange(device_); }
 
-    std::mutex mutex_;
-    std::shared_ptr<MountedFolder> mount_;
+    mutable kernel::Mutex mutex_;
+    const std::shared_ptr<MountedFolder> mount_;
     const std::uint64_t device_;
-    std::uint64_t size_;
-    std::uint64_t writtenTo_ = 0;  // the host has a block for the byte before; 0: not known
-    std::uint64_t version_ = 0;
-    DWORD lost_ = 0;  // the error that cost gathered bytes
+    std::uint64_t size_ GUARDED_BY(mutex_);
+    std::uint64_t version_ GUARDED_BY(mutex_) = 0;
+    DWORD lost_ GUARDED_BY(mutex_) = 0;  // the error that lost gathered bytes
 
-    std::unique_ptr<std::byte[]> gather_;
-    std::size_t gathered_ = 0;      // bytes; they end at size_
-    int gatherer_ = -1;             // the descriptor that gathers
-    std::uint64_t reservedTo_ = 0;  // end of the room that is reserved; 0: none
-    bool reservesNothing_ = false;  // the host refused once
+    // The end of the latest write to the host, so that the host has a block for the byte before; 0 if not known.
+    std::uint64_t writtenTo_ GUARDED_BY(mutex_) = 0;
+
+    std::unique_ptr<std::byte[]> gather_ GUARDED_BY(mutex_);
+    std::size_t gathered_ GUARDED_BY(mutex_) = 0;      // bytes in gather_; they end at size_
+    int gatherer_ GUARDED_BY(mutex_) = -1;             // the descriptor to write them with; -1: not gathering
+    std::uint64_t reservedTo_ GUARDED_BY(mutex_) = 0;  // end of the reserved room; 0 if there is none
+    bool reservesNothing_ GUARDED_BY(mutex_) = false;  // the host has refused to reserve
 };
 
 }  // namespace platform::file

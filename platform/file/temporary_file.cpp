@@ -1,25 +1,24 @@
-// temporary_file.cpp - see temporary_file.h
 #include "temporary_file.h"
 
 #include <utility>
 
 namespace platform::file {
 
-void TemporaryFile::noteDeleted(const HostPlace& place, ParentFolder parent)
+void TemporaryFile::noteDeleted(const HostPath& path, ParentFolder parent)
 {
-    letGo();
+    closeKept();
     parent_ = std::move(parent);
-    place_ = place;
+    path_ = path;
 }
 
-bool TemporaryFile::isAt(const HostPlace& place) const
+bool TemporaryFile::isAt(const HostPath& path) const
 {
-    return parent_ && place.mount == place_.mount && place.path == place_.path;
+    return parent_ && path.isSame(path_);
 }
 
-void TemporaryFile::keep(const HostPlace& place, const FileKey& key, Descriptor descriptor)
+void TemporaryFile::keep(const HostPath& path, const FileKey& key, Descriptor descriptor)
 {
-    if (!isAt(place))
+    if (!isAt(path))
         return;
     key_ = key;
     kept_ = std::move(descriptor);
@@ -30,10 +29,10 @@ std::optional<TemporaryFile::Found> TemporaryFile::find()
     if (!kept_)
         return std::nullopt;
     Found found{parent_->get(), {}};
-    if (readStatus(found.folder, place_.name(), found.status) == 0 && isFile(found.status) &&
+    if (readStatus(found.folder, path_.name(), found.status) == 0 && isFile(found.status) &&
         keyOf(found.status) == key_)
         return found;
-    letGo();
+    closeKept();
     return std::nullopt;
 }
 

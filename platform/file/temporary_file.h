@@ -1,9 +1,10 @@
-// temporary_file.h - the file that a program makes, reads and deletes again and again under one path.
+// temporary_file.h - spares the host work for a file that a program makes, reads and deletes again and again at one
+// path.
 //
-// Such a file is opened twice and deleted once within microseconds. Its descriptor is kept between these calls, and
-// that of its folder for good, which spares the host half of its work. Nothing is believed of what was kept: each time
-// the folder is asked whether the name still stands for the very file that the kept descriptor holds. A held inode
-// can't serve a second file, so the answer is exact, and only a file that was made here is ever touched that way.
+// Such a file is opened twice and deleted once within microseconds. Its descriptor is kept open between these calls,
+// and that of its folder for good, which halves the calls on the host. Before each use the host is asked whether the
+// name still belongs to the file that the kept descriptor has open. An inode that is open isn't given to another file,
+// so the answer is exact.
 #pragma once
 
 #include "attributes.h"
@@ -15,38 +16,37 @@
 
 namespace platform::file {
 
-// Under the lock of the table of open files.
+// The lock of the table of open files guards it.
 class TemporaryFile {
 public:
-    // A file that was made here was deleted here: the next one made at that place will be temporary, too.
-    void noteDeleted(const HostPlace& place, ParentFolder parent);
+    // After a file that this process made was deleted at `path`: the next file made there is treated as temporary.
+    void noteDeleted(const HostPath& path, ParentFolder parent);
 
-    // Is it the place of the temporary file?
-    [[nodiscard]] bool isAt(const HostPlace& place) const;
+    // Whether `path` is that of the temporary file.
+    bool isAt(const HostPath& path) const;
 
-    // A handle to the temporary file at `place` is being closed; `descriptor` reads and writes it.
-    void keep(const HostPlace& place, const FileKey& key, Descriptor descriptor);
+    // Called when a handle to the temporary file at `path` is closed; `descriptor` reads and writes the file.
+    void keep(const HostPath& path, const FileKey& key, Descriptor descriptor);
 
-    // Closes what is kept: whatever the program does instead of opening or deleting the file again, nothing of it may
-    // look in use.
-    void letGo() { kept_ = Descriptor(); }
+    // Closes the kept descriptor. Any other call on files does so first, so that the file doesn't look in use.
+    void closeKept() { kept_ = Descriptor(); }
 
-    // The folder in which the name stands for the kept file still, and what the host told about it; nothing, and
-    // nothing kept any longer, if it doesn't.
+    // The folder in which the name still belongs to the kept file, and the file's status. Otherwise empty, and the
+    // descriptor is closed.
     struct Found {
         int folder = -1;
         HostStatus status = {};
     };
     [[nodiscard]] std::optional<Found> find();
 
-    // The descriptor that is kept.
+    // Hands the kept descriptor over.
     [[nodiscard]] Descriptor take() { return std::move(kept_); }
 
-    // Forgets the place too.
+    // Closes the descriptor and forgets the path.
     void forget();
 
 private:
-    HostPlace place_;
+    HostPath path_;
     std::optional<ParentFolder> parent_;
     FileKey key_;
     Descriptor kept_;

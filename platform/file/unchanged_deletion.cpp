@@ -1,4 +1,3 @@
-// unchanged_deletion.cpp - see unchanged_deletion.h
 #include "unchanged_deletion.h"
 
 #include "attributes.h"
@@ -25,14 +24,14 @@ using host::platformError;
 
 namespace {
 
-// The file that is to go, held open and as a rule by a lease.
+// The file to delete, open, and under a lease if the file system has leases.
 struct Held {
     Descriptor file;
     HostStatus status = {};
     Lease lease = Lease::NotGiven;
 };
 
-// Nobody guesses it, so nobody makes such a file by chance or in bad faith.
+// The name that the file gets before it is deleted. Nobody can predict it, so no other file has it.
 std::string asideNameOf(std::string name)
 {
     constexpr std::size_t MostBytes = 255;
@@ -40,18 +39,18 @@ std::string asideNameOf(std::string name)
     const std::size_t room = MostBytes - end.size();
     if (name.size() > room) {
         std::size_t cut = room;
-        while (cut > 0 && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80)  // not inside a character
+        while (cut > 0 && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80)  // not inside a character of UTF-8
             --cut;
         name.resize(cut);
     }
     return name + end;
 }
 
-DWORD hold(const HostPlace& place, const ParentFolder& parent, const FileStamp& stamp, Held& held)
+DWORD hold(const HostPath& path, const ParentFolder& parent, const FileStamp& stamp, Held& held)
 {
-    held.file = Descriptor(openBelow(parent.get(), place.name(), O_RDONLY));
+    held.file = Descriptor(openBelow(parent.get(), path.name(), O_RDONLY));
     if (!held.file)
-        return errorAt(place, parent, held.file.get());
+        return errorAt(path, parent, held.file.get());
     const LeaseTaken taken = takeLease(held.file.get(), stamp.device);
     if (taken.error != 0 || taken.lease == Lease::InUse)
         return taken.error != 0 ? taken.error : ERROR_SHARING_VIOLATION;
@@ -63,8 +62,8 @@ DWORD hold(const HostPlace& place, const ParentFolder& parent, const FileStamp& 
     return stamp.provesWrites ? 0 : ERROR_RETRY;
 }
 
-// On file systems that can't refuse to replace, a file goes back by a link, which never replaces. One that can't link
-// either has no safe way.
+// For file systems where a renaming can't refuse to replace. Moving back needs a hard link then, which never replaces,
+// so this checks first that the file system can make one. Otherwise there is no safe way to delete the file.
 int moveAsideByLinks(int folder, const char* name, const char* aside)
 {
     if (const int result = linkFile(folder, name, aside); result < 0)
@@ -89,7 +88,7 @@ int moveBackOnce(int folder, const char* aside, const char* name)
     return linked == 0 ? removeFile(folder, aside) : linked;
 }
 
-// A host that fails for a moment must not leave a file under a name that nobody looks for.
+// Tried several times: after a failure that passes, the file must not keep a name under which nobody looks for it.
 int moveBack(int folder, const char* aside, const char* name)
 {
     int result = -EIO;
@@ -98,14 +97,14 @@ int moveBack(int folder, const char* aside, const char* name)
     return result;
 }
 
-// Why what was moved aside must not go; 0 if it may. The lease is asked for last: who opened the file by its old name
-// waits for the lease, and would write to a file that is gone.
+// Why the file that was moved aside must not be deleted; 0 if it may be. The lease is checked last: a process that has
+// found the file by its old name waits in its opening for the lease, and would write to a deleted file.
 DWORD reasonToStay(int folder, const char* aside, const Held& held, const FileStamp& stamp)
 {
     HostStatus status = {};
     if (const int result = readStatus(folder, aside, status); result < 0)
         return ioError(result);
-    if (!hasSameContent(stamp, status))  // the moving itself changed the time of change
+    if (!hasSameContent(stamp, status))  // not isUnchanged: the renaming set the time of change
         return ERROR_FILE_INVALID;
     if (held.lease != Lease::Held)
         return 0;
@@ -113,53 +112,53 @@ DWORD reasonToStay(int folder, const char* aside, const Held& held, const FileSt
     return lease < 0 ? ioError(lease) : lease == F_WRLCK ? 0 : ERROR_SHARING_VIOLATION;
 }
 
-void tellOfAside(HostPlace place, const std::string& aside, int error)
+void noteLeftAside(HostPath path, const std::string& aside, int error)
 {
-    place.path = place.path.substr(0, place.nameStart) + aside;
-    kernel::noteTrouble(kernel::Trouble::Writing, kernel::Troubled::File, devicePathOf(place), platformError(error));
+    path.below = path.below.substr(0, path.nameStart) + aside;
+    kernel::noteTrouble(kernel::Trouble::Writing, kernel::Troubled::File, devicePathOf(path), platformError(error));
 }
 
-DWORD deleteHeld(const HostPlace& place, int folder, const Held& held, const FileStamp& stamp)
+DWORD deleteHeld(const HostPath& path, int folder, const Held& held, const FileStamp& stamp)
 {
-    const std::string aside = asideNameOf(place.name());
-    if (const int result = moveAside(folder, place.name(), aside.c_str()); result < 0)
+    const std::string aside = asideNameOf(path.name());
+    if (const int result = moveAside(folder, path.name(), aside.c_str()); result < 0)
         return result == -ENOENT ? DWORD{ERROR_FILE_NOT_FOUND} : ioError(result);
     DWORD error = reasonToStay(folder, aside.c_str(), held, stamp);
     if (error == 0)
         error = ioError(removeFile(folder, aside.c_str()));
     if (error == 0)
         return 0;
-    // -EEXIST: somebody made a new file at the path. Both stay, and which of them is wanted isn't decided here.
-    const int result = moveBack(folder, aside.c_str(), place.name());
+    // -EEXIST: another process made a new file at the path. Both stay, since only the user knows which one is wanted.
+    const int result = moveBack(folder, aside.c_str(), path.name());
     if (result < 0 && result != -ENOENT)
-        tellOfAside(place, aside, result);
+        noteLeftAside(path, aside, result);
     return error;
 }
 
 }  // namespace
 
-DWORD deleteUnchangedAt(const HostPlace& place, const FileStamp& stamp)
+DWORD deleteUnchangedAt(const HostPath& path, const FileStamp& stamp)
 {
-    if (const DWORD error = cannotBeAFile(place))
+    if (const DWORD error = cannotBeAFile(path))
         return error;
-    // Nobody here opens the file meanwhile: he would wait for the lease.
+    // The table stays locked, so that no thread of this process opens the file: its opening would wait for the lease.
     const auto table = OpenFiles::instance();
-    const auto lock = table->lock();
-    table->temporary().letGo();
-    const ParentFolder parent(place);
+    const kernel::MutexLock lock(table->mutex());
+    table->temporary().closeKept();
+    const ParentFolder parent(path);
     HostStatus status = {};
-    if (const int result = statusAt(parent, place, status); result < 0)
-        return errorAt(place, parent, result);
-    if (const DWORD error = deletionError(place, parent.get(), status, *table))
+    if (const int result = statusAt(parent, path, status); result < 0)
+        return errorAt(path, parent, result);
+    if (const DWORD error = deletionError(path, parent.get(), status, *table))
         return error;
     Held held;
-    if (const DWORD error = hold(place, parent, stamp, held))
+    if (const DWORD error = hold(path, parent, stamp, held))
         return error;
-    place.mount->expectChange(stamp.device, place.parent());
-    const DWORD error = deleteHeld(place, parent.get(), held, stamp);
-    place.mount->noteChange(stamp.device);
+    path.mount->expectChange(stamp.device, path.parent());
+    const DWORD error = deleteHeld(path, parent.get(), held, stamp);
+    path.mount->noteChange(stamp.device);
     if (error == 0 && held.status.stx_nlink == 1)
-        place.mount->giveBackRoom(held.status.stx_size);
+        path.mount->giveBackRoom(held.status.stx_size);
     return error;
 }
 

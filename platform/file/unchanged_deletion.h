@@ -1,4 +1,4 @@
-// unchanged_deletion.h - deleting a file by its stamp (ce/file_deletion.h).
+// unchanged_deletion.h - deletes a file if it still has its stamp (ce/file_deletion.h).
 #pragma once
 
 #include "device_path.h"
@@ -8,6 +8,6 @@
 namespace platform::file {
 
 // 0 or the error of DeleteUnchangedFile.
-[[nodiscard]] DWORD deleteUnchangedAt(const HostPlace& place, const FileStamp& stamp);
+[[nodiscard]] DWORD deleteUnchangedAt(const HostPath& path, const FileStamp& stamp);
 
 }  // namespace platform::file

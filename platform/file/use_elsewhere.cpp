@@ -1,4 +1,3 @@
-// use_elsewhere.cpp - see use_elsewhere.h
 #include "use_elsewhere.h"
 
 #include "file_system.h"
@@ -21,7 +20,7 @@ using host::platformError;
 
 namespace {
 
-// These refuse leases, in the very words of a file in use, for reasons of their own.
+// These can refuse a lease with EAGAIN, as for a file in use, though no process uses the file.
 constexpr std::array<std::uint64_t, 11> NetworkFileSystems = {
     NFS_SUPER_MAGIC, SMB_SUPER_MAGIC,  CIFS_SUPER_MAGIC,        SMB2_SUPER_MAGIC,      CEPH_SUPER_MAGIC, AFS_FS_MAGIC,
     V9FS_MAGIC,      CODA_SUPER_MAGIC, 0x0BD00BD0 /* Lustre */, 0x01161970 /* GFS2 */, OCFS2_SUPER_MAGIC};
@@ -32,12 +31,12 @@ bool leasesCanBeTrusted(int file, std::uint64_t device)
     return system && std::ranges::find(NetworkFileSystems, system->kind) == NetworkFileSystems.end();
 }
 
-// The lease that nobody gets while another process is in the way; nothing where there is none.
-std::optional<int> tellingLease(const Sharing& sharing)
+// The lease that the host refuses while another process uses the file in a forbidden way; empty if there is none.
+std::optional<int> probingLease(const Sharing& sharing)
 {
     if ((sharing.share & (FILE_SHARE_READ | FILE_SHARE_WRITE)) == 0)
         return F_WRLCK;
-    // Our own writing would stand in the way of this one.
+    // The host gives no read lease on a file that this process writes.
     if ((sharing.share & FILE_SHARE_WRITE) == 0 && (sharing.access & GENERIC_WRITE) == 0)
         return F_RDLCK;
     return std::nullopt;
@@ -47,12 +46,12 @@ std::optional<int> tellingLease(const Sharing& sharing)
 
 bool isUsedElsewhere(int file, const Sharing& sharing, std::uint64_t device)
 {
-    const std::optional<int> lease = tellingLease(sharing);
+    const std::optional<int> lease = probingLease(sharing);
     if (!lease || !leasesCanBeTrusted(file, device))
         return false;
     const int result = setLease(file, *lease);
     if (result == 0)
-        (void)setLease(file, F_UNLCK);  // it would fail only if the lease were gone already
+        (void)setLease(file, F_UNLCK);  // fails only if the lease is gone already
     return result == -EAGAIN;
 }
 

@@ -1,4 +1,4 @@
-// use_elsewhere.h - does another process use a file in a way that the sharing asked for forbids?
+// use_elsewhere.h - finds out by leases whether another process uses a file.
 #pragma once
 
 #include "open_files.h"
@@ -7,18 +7,18 @@
 
 namespace platform::file {
 
-// `file` is the only descriptor of this process on the file. Told by a lease that is taken and dropped at
-// once: the host grants it only if nobody else has the file open. True only if the host says so for sure:
-// a file of another user, a network folder or sharing that leases can't express give false.
+// Whether another process uses the file in a way that `sharing` forbids. `file` is the only descriptor of this process
+// on it. A lease is taken and dropped at once: the host gives it only if no other process has the file open. False if
+// the host can't say: for a file of another user, on a network file system, and for sharing that no lease expresses.
 [[nodiscard]] bool isUsedElsewhere(int file, const Sharing& sharing, std::uint64_t device);
 
 enum class Lease {
-    Held,     // until `file` is closed nobody else has the file open, and who opens it waits
-    InUse,    // another process has it open
-    NotGiven  // for another reason
+    Held,     // until `file` is closed no other process has the file open; one that opens it waits
+    InUse,    // another process has the file open
+    NotGiven  // the host gives none for another reason
 };
 
-// The same for a lease that is kept. `error` tells of a failure of the host.
+// Takes a write lease and keeps it. `error` is set if the host failed.
 struct LeaseTaken {
     Lease lease = Lease::NotGiven;
     DWORD error = 0;

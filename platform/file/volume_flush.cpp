@@ -1,7 +1,7 @@
-// volume_flush.cpp - see volume_flush.h
 #include "volume_flush.h"
 
 #include "host/error.h"
+#include "mounts.h"
 #include "open_files.h"
 
 #include <cerrno>
@@ -27,8 +27,8 @@ std::vector<std::shared_ptr<MountedFolder>> allMounts()
     return all;
 }
 
-// Several folders may lie on one file system, which is flushed once for all. Marks go before the flush, so that what
-// is changed while it lasts is marked anew.
+// Clears the marks of all folders on one file system, which needs one flush for all of them. This comes before the
+// flush, so that a change during the flush sets the mark again.
 std::vector<Volume*> takeMarks(const std::vector<Changed>& changed, std::uint64_t device)
 {
     std::vector<Volume*> taken;

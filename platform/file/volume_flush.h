@@ -1,4 +1,4 @@
-// volume_flush.h - all that this process changed on the device, brought to the disk.
+// volume_flush.h - writes all that this process changed on the device to the disk.
 #pragma once
 
 #include "mounted_folder.h"
@@ -15,8 +15,8 @@ struct FailedFlush {
     DWORD error = 0;
 };
 
-// Writes out what is gathered of open files, then flushes each file system that has changed since its last flush. All
-// are tried; those that failed count as changed still. Any thread.
+// Writes out what is gathered for open files, then flushes each file system that was changed since its last flush. All
+// are tried; a file system that failed still counts as changed. Any thread.
 [[nodiscard]] std::vector<FailedFlush> flushChangedVolumes();
 
 }  // namespace platform::file

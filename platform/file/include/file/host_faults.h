@@ -29,6 +29,6 @@ void setFaultPlan(const FaultPlan& plan);
 void clearFaultPlan();
 
 // Calls made since the plan was set.
-[[nodiscard]] std::uint64_t hostCallsMade();
+std::uint64_t hostCallsMade();
 
 }  // namespace platform::file

@@ -25,7 +25,7 @@ public:
     }
 
     explicit operator bool() const { return number_ >= 0; }
-    [[nodiscard]] int get() const { return number_; }
+    int get() const { return number_; }
     [[nodiscard]] int release() { return std::exchange(number_, -1); }
 
 private:

@@ -6,10 +6,10 @@
 namespace platform::host {
 
 // `error` is an errno, of either sign; 0 gives 0.
-[[nodiscard]] DWORD platformError(long error);
+DWORD platformError(long error);
 
 // The same for a call on a file or folder that is open already. Numbers which say that it is missing, in use or named
 // wrongly can't be true then, so they become ERROR_GEN_FAILURE.
-[[nodiscard]] DWORD ioError(long error);
+DWORD ioError(long error);
 
 }  // namespace platform::host

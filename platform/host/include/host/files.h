@@ -25,6 +25,6 @@ struct Rights {
 [[nodiscard]] int flush(const std::filesystem::path& path);
 
 // 16 hexadecimal digits that nobody can predict, for the name of a file that must be no one else's.
-[[nodiscard]] std::string unguessableName();
+std::string unguessableName();
 
 }  // namespace platform::host

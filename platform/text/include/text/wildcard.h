@@ -9,6 +9,6 @@ enum class Case { Counts, Ignored };
 
 // Does the pattern match all of `text`? `*` matches any run of characters, also an empty one, and `?` one character, be
 // it a surrogate pair. The time is at most proportional to the product of both lengths.
-[[nodiscard]] bool matchesWildcards(std::u16string_view text, std::u16string_view pattern, Case rule);
+bool matchesWildcards(std::u16string_view text, std::u16string_view pattern, Case rule);
 
 }  // namespace platform::text
