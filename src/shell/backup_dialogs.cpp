@@ -1,8 +1,8 @@
 // backup_dialogs.cpp - dialogs 108 and 109: the comment of a new set, and what it will hold.
 
+#include "dialogs.h"
 #include "engine/questions.h"
 #include "item_rows.h"
-#include "program.h"
 #include "set/item_kinds.h"
 
 #include "ce/controls.h"
@@ -49,11 +49,8 @@ INT_PTR BackupDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam
     if (message == WM_INITDIALOG) {
         gBackupComment = reinterpret_cast<WCHAR*>(lParam);
         ShowItems(dialog);
-    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
-        TakeAnswers(dialog);
-    } else if ((message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) || message == WM_CLOSE) {
-        EndDialog(dialog, 0);
     }
+    HandleAnswer(dialog, message, wParam, TakeAnswers);
     return FALSE;
 }
 

@@ -1,7 +1,7 @@
 // chooser_dialog.cpp - dialog 107: a prompt over a list of texts, of which the user picks one.
 
+#include "dialogs.h"
 #include "engine/questions.h"
-#include "program.h"
 
 #include "ce/controls.h"
 #include "ce/text.h"
@@ -51,11 +51,8 @@ INT_PTR ChooserDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPara
     if (message == WM_INITDIALOG) {
         gChooserParams = reinterpret_cast<ChooserParams*>(lParam);
         ShowChoices(dialog);
-    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
-        TakeChoice(dialog);
-    } else if ((message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) || message == WM_CLOSE) {
-        EndDialog(dialog, 0);
     }
+    HandleAnswer(dialog, message, wParam, TakeChoice);
     return FALSE;
 }
 

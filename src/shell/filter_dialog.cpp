@@ -1,8 +1,8 @@
 // filter_dialog.cpp - dialog 110: which files the tree shows. It works on gOptions control by control; Cancel puts the
 // filter back from a saved copy.
 
+#include "dialogs.h"
 #include "engine/options.h"
-#include "program.h"
 
 #include "ce/controls.h"
 #include "ce/date_picker.h"
@@ -42,16 +42,6 @@ Options gFilterSnapshot;
 bool gFilterSnapshotTaken;
 
 HWND gDatePicker;
-
-bool IsChecked(HWND dialog, int id)
-{
-    return SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == BST_CHECKED;
-}
-
-void SetCheck(HWND dialog, int id, bool checked)
-{
-    SendDlgItemMessageW(dialog, id, BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED, 0);
-}
 
 void DeriveHideByAttribute()
 {

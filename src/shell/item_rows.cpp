@@ -1,9 +1,6 @@
-// item_rows.cpp - see item_rows.h.
-
 #include "item_rows.h"
 
 #include "engine/questions.h"
-#include "program.h"
 #include "set/set_state.h"
 
 #include "ce/controls.h"

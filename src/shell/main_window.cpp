@@ -1,13 +1,13 @@
 // main_window.cpp - the entry point and the one top-level window: its bands, its tree, its commands.
 
+#include "dialogs.h"
 #include "engine/backup_run.h"
-#include "engine/options.h"
 #include "engine/questions.h"
 #include "engine/registry_calls.h"
 #include "engine/restore_run.h"
-#include "program.h"
+#include "options_store.h"
 #include "set/set_state.h"
-#include "tree/folder_marking.h"
+#include "tree/marking.h"
 #include "tree/tree_events.h"
 
 #include "ce/command_bands.h"
@@ -17,8 +17,6 @@
 
 HINSTANCE gInstance;
 HWND gMainWindow;
-HWND gMenuBand;
-HWND gToolBand;
 
 namespace {
 
@@ -41,6 +39,7 @@ constexpr UINT MenuBandWidth = 145;
 constexpr UINT ToolBandWidth = 110;
 constexpr int ToolbarButtons = 5;
 constexpr int FirstToolbarCommand = 500;
+HWND gToolBand;
 constexpr int ToolbarImages = 7;  // as many as the bar makes room for; the bitmap holds five
 
 constexpr UINT_PTR RootImagesTimer = 1;
@@ -91,8 +90,7 @@ void CreateBands(HWND window)
     gCommandBands = CommandBands_Create(gInstance, window, CommandBandsId, RBS_BANDBORDERS, images);
     AddBand(RBBIM_STYLE | RBBIM_SIZE, RBBS_CHILDEDGE | RBBS_NOGRIPPER, MenuBandWidth);
     AddBand(RBBIM_STYLE | RBBIM_IMAGE | RBBIM_SIZE, RBBS_CHILDEDGE, ToolBandWidth);
-    gMenuBand = CommandBands_GetCommandBar(gCommandBands, 0);
-    CommandBar_InsertMenubar(gMenuBand, gInstance, MainMenu, 0);
+    CommandBar_InsertMenubar(CommandBands_GetCommandBar(gCommandBands, 0), gInstance, MainMenu, 0);
     gToolBand = CommandBands_GetCommandBar(gCommandBands, 1);
     AddToolbarButtons();
 }

@@ -1,7 +1,7 @@
 // options_dialog.cpp - dialog 111: the settings that have nothing to do with the tree.
 
+#include "dialogs.h"
 #include "engine/options.h"
-#include "program.h"
 
 #include "ce/controls.h"
 #include "ce/text.h"
@@ -15,31 +15,21 @@ constexpr int VerifyBackupId = 1028;
 // The radio buttons' ids are the values of restoreMode.
 constexpr WORD RestoreModes[] = {RestoreModeReplace, RestoreModeSkip, RestoreModeAsk};
 
-bool IsChecked(HWND dialog, int id)
-{
-    return SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == BST_CHECKED;
-}
-
-void Check(HWND dialog, int id)
-{
-    SendDlgItemMessageW(dialog, id, BM_SETCHECK, BST_CHECKED, 0);
-}
-
 void ShowOptions(HWND dialog)
 {
     if (gOptions.deleteBackedUp)
-        Check(dialog, DeleteBackedUpId);
+        SetCheck(dialog, DeleteBackedUpId, true);
     if (gOptions.generateLog)
-        Check(dialog, GenerateLogId);
+        SetCheck(dialog, GenerateLogId, true);
     if (gOptions.verifyBackup)
-        Check(dialog, VerifyBackupId);
+        SetCheck(dialog, VerifyBackupId, true);
     WCHAR size[MAX_PATH];
     wsprintfW(size, u"%d", gOptions.maxBackupSizeMb);
     SetDlgItemTextW(dialog, MaxBackupSizeId, size);
     // A value from elsewhere may be the id of one of the check boxes.
     for (const WORD mode : RestoreModes) {
         if (mode == gOptions.restoreMode)
-            Check(dialog, mode);
+            SetCheck(dialog, mode, true);
     }
 }
 

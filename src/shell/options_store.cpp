@@ -1,7 +1,4 @@
-// options_store.cpp - the settings between two runs of the program: two values of one registry key.
-
-#include "engine/options.h"
-#include "program.h"
+#include "options_store.h"
 
 #include "ce/registry.h"
 
@@ -15,7 +12,7 @@ const WCHAR OptionsKey[] = u"software\\KORV\\QUILLBOX";
 const WCHAR OptionValue[] = u"Option";
 const WCHAR ExtValue[] = u"Ext";
 
-// Half of the field: a longer list of extensions doesn't outlive the program.
+// Half of the field. The rest of a longer list of extensions isn't saved.
 constexpr DWORD ExtBytes = 260;
 
 HKEY OpenOptionsKey()
@@ -42,7 +39,7 @@ DWORD LoadOptions()
     if (!key)
         return 0;
 
-    // A value that isn't there, or is larger than the field, leaves the defaults.
+    // A value that is missing or larger than the field changes nothing.
     DWORD bytes = sizeof gOptions;
     (void)RegQueryValueExW(key, OptionValue, nullptr, nullptr, reinterpret_cast<BYTE*>(&gOptions), &bytes);
     std::memset(gOptions.extensions, 0, sizeof gOptions.extensions);

@@ -4,9 +4,9 @@
 // atomics. All else crosses as messages to the window.
 
 #include "engine/questions.h"
-#include "program.h"
 
 #include "ce/controls.h"
+#include "ce/dialog.h"
 #include "ce/resource.h"
 #include "ce/thread.h"
 

@@ -1,10 +1,10 @@
 // restore_dialog.cpp - dialog 109 as the last question before a restore: the set's comment and, in a partial restore,
 // its items to pick from.
 
+#include "dialogs.h"
 #include "engine/questions.h"
 #include "engine/restore_run.h"
 #include "item_rows.h"
-#include "program.h"
 #include "set/list_file.h"
 #include "set/set_state.h"
 
@@ -95,11 +95,8 @@ INT_PTR RestoreDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPara
         gRestoreParams = reinterpret_cast<RestoreParams*>(lParam);
         gRestoreMode = gRestoreParams->mode;
         ShowSet(dialog);
-    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK) {
-        TakeSelection(dialog);
-    } else if ((message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) || message == WM_CLOSE) {
-        EndDialog(dialog, 0);
     }
+    HandleAnswer(dialog, message, wParam, TakeSelection);
     return FALSE;
 }
 

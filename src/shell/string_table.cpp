@@ -1,7 +1,4 @@
-// string_table.cpp - the program's texts by number.
-
 #include "engine/questions.h"
-#include "program.h"
 
 #include "ce/resource.h"
 #include "ce/text.h"
@@ -15,7 +12,7 @@ WCHAR gTextB[TextChars];
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars])
 {
     std::memset(scratch, 0, sizeof scratch);
-    // With no buffer the text stays in the resource: unterminated, its length in the word before it.
+    // Without a buffer the call returns the text in the resource: not terminated, its length in the word before it.
     const auto* text = reinterpret_cast<const WCHAR*>(LoadStringW(gInstance, id, nullptr, 0));
     if (!text)
         return scratch;

@@ -1,5 +1,3 @@
-// item_path.cpp - see item_path.h.
-
 #include "item_path.h"
 
 #include "engine/directory_walker.h"
@@ -10,9 +8,9 @@
 
 namespace {
 
-// Puts an item's text, and a backslash if something follows, in front of what stands at `start`. Null if it doesn't
-// fit.
-WCHAR* PutInFront(WCHAR* start, const WCHAR* first, const WCHAR* text)
+// Puts `text`, and a backslash if something follows, before the characters at `start`. `first` is the beginning of the
+// buffer. Returns the new start, null if the text doesn't fit.
+WCHAR* Prepend(WCHAR* start, const WCHAR* first, const WCHAR* text)
 {
     const std::size_t characters = wcslen(text);
     const std::size_t needed = characters + (*start ? 1 : 0);
@@ -25,8 +23,8 @@ WCHAR* PutInFront(WCHAR* start, const WCHAR* first, const WCHAR* text)
     return start;
 }
 
-// The texts from below "Files" down to the item, joined by backslashes, built from the end of the buffer. Null if an
-// item can't be read or it doesn't fit.
+// The texts of the items from below "Files" to this one, joined by backslashes. They are put into `names` from its end
+// on, since the walk goes upwards. Null if an item can't be read or the texts don't fit.
 const WCHAR* NamesOfItem(HTREEITEM handle, WCHAR (&names)[MAX_PATH])
 {
     WCHAR* start = &names[MAX_PATH - 1];
@@ -37,7 +35,7 @@ const WCHAR* NamesOfItem(HTREEITEM handle, WCHAR (&names)[MAX_PATH])
             return nullptr;
         if (TreeCodeOf(item.parameter) == TreeCodeFilesRoot)
             continue;
-        start = PutInFront(start, names, item.text);
+        start = Prepend(start, names, item.text);
         if (!start)
             return nullptr;
     }

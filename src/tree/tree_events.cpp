@@ -1,19 +1,17 @@
-// tree_events.cpp - see tree_events.h.
-
 #include "tree/tree_events.h"
 
 #include "engine/questions.h"
-#include "item_marking.h"
 #include "set/item_list.h"
 #include "set/set_state.h"
+#include "tree/marking.h"
 #include "tree_listing.h"
 
 #include "ce/command_bands.h"
 
 namespace {
 
-// So one click is one toggle: a click on another item toggles through the change of the selection that follows, a click
-// on the selected one changes no selection and toggles here.
+// A click on the selected item toggles it. A click on another item changes the selection, and that notification toggles
+// it. So each click is one toggle.
 void Click()
 {
     const DWORD position = GetMessagePos();
@@ -55,7 +53,7 @@ void PlaceTree(HWND window)
                  SWP_NOZORDER | SWP_SHOWWINDOW);
 }
 
-// `image` is that of the empty list, the next one that of a list with something in it.
+// `image` is for an empty list, and the next one for a list with entries.
 void UpdateRootImage(HTREEITEM root, const ItemList* list, WORD code, int image)
 {
     TreeItem item;
@@ -99,7 +97,8 @@ LRESULT TreeNotify(HWND window, WPARAM, LPARAM header)
 
 DWORD UpdateRootImages()
 {
-    UpdateRootImage(gRootDatabases, gDatabaseList, TreeCodeDatabasesRoot, ImageDatabasesRoot);
+    for (const NamedKind& kind : NamedKinds)
+        UpdateRootImage(*kind.root, *KindOf(kind.kind).list, kind.rootCode, kind.rootImage);
     UpdateRootImage(gRootFiles, gFileList, TreeCodeFilesRoot, ImageFilesRoot);
     return 1;
 }

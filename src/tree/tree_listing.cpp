@@ -1,26 +1,37 @@
-// tree_listing.cpp - see tree_listing.h.
-
 #include "tree_listing.h"
 
 #include "engine/directory_walker.h"
+#include "engine/item_names.h"
 #include "engine/options.h"
 #include "item_path.h"
 #include "set/set_state.h"
-#include "tree_filter.h"
 
 #include "ce/file.h"
 #include "ce/outcome.h"
-#include "ce/store.h"
 #include "ce/text.h"
+#include "ce/time.h"
 
 namespace {
+
+FILETIME WriteTimeOf(const WCHAR* path)
+{
+    BY_HANDLE_FILE_INFORMATION information = {};
+    HANDLE file =
+        CreateFileW(path, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file != INVALID_HANDLE_VALUE) {
+        GetFileInformationByHandle(file, &information);
+        CloseHandle(file);
+    }
+    return information.ftLastWriteTime;
+}
 
 bool IsListed(ItemList* list, const WCHAR* name)
 {
     return list && list->Contains(name, NameBytes(name));
 }
 
-// Without the terminator in the key: something below the folder, or beside it with a name that begins alike.
+// Without its NUL the key matches each entry that begins with it. That is one below the folder, or one beside it whose
+// name begins like the folder's.
 bool HoldsMarks(const WCHAR* folderPath)
 {
     return gFileList && gFileList->Contains(folderPath, NameBytes(folderPath) - DWORD{sizeof(WCHAR)});
@@ -64,7 +75,7 @@ void InsertFolder(HTREEITEM parent, const WCHAR* name, const WCHAR* path)
 void InsertFile(HTREEITEM parent, const WCHAR* name, const WCHAR* path, DWORD attributes)
 {
     if (IsRomFile(attributes)) {
-        // Only a settings record from elsewhere has ROM files off: then they are no items.
+        // No dialog of the program turns this off, but options from elsewhere can.
         if (gOptions.showRomFiles)
             InsertTreeItem(parent, TVI_LAST, name, false, TreeParameter(TreeCodeRomFile, 0),
                            UnmarkedImage(TreeCodeRomFile));
@@ -105,35 +116,44 @@ void ListFolder(HTREEITEM item)
     });
 }
 
-void InsertDatabase(HTREEITEM parent, const WCHAR* name)
+void InsertNamedItem(HTREEITEM parent, const NamedKind& kind, const WCHAR* name)
 {
-    const WORD count = IsListed(gDatabaseList, name) ? 1 : 0;
-    InsertTreeItem(parent, TVI_SORT, name, false, TreeParameter(TreeCodeDatabase, count),
-                   count ? MarkedImage(TreeCodeDatabase) : UnmarkedImage(TreeCodeDatabase));
+    const WORD code = kind.itemCode;
+    const WORD count = IsListed(*KindOf(kind.kind).list, name) ? 1 : 0;
+    InsertTreeItem(parent, TVI_SORT, name, false, TreeParameter(code, count),
+                   count ? MarkedImage(code) : UnmarkedImage(code));
 }
 
-void ListDatabases(HTREEITEM item)
+void ListNames(HTREEITEM item, const NamedKind& kind)
 {
-    HANDLE enumeration = CeFindFirstDatabase(0);
-    if (enumeration == INVALID_HANDLE_VALUE)
-        return;
-    while (const CEOID oid = CeFindNextDatabase(enumeration)) {
-        CEOIDINFO info = {};
-        if (!CeOidGetInfo(oid, &info) || info.wObjType != OBJTYPE_DATABASE)
-            continue;  // gone since the enumeration saw it
-        const WCHAR* name = info.infDatabase.szDbaseName;
-        if (name[0] != u'\\')
-            InsertDatabase(item, name);
-    }
-    CloseHandle(enumeration);
+    ForEachName(kind.kind, [&](const WCHAR* name) {
+        if (name)
+            InsertNamedItem(item, kind, name);
+    });
 }
 
 }  // namespace
 
+bool FilterHidesFile(const WCHAR* path, DWORD attributes)
+{
+    if (gOptions.hideByAttribute && (attributes & gOptions.hiddenAttributes) != 0)
+        return true;
+    // To read the time the file must be opened, so this is done only if the date counts.
+    if (!gOptions.newerThanOn)
+        return false;
+    const FILETIME written = WriteTimeOf(path);
+    return CompareFileTime(&written, &gOptions.newerThan) < 0;
+}
+
+bool IsRomFile(DWORD attributes)
+{
+    return (attributes & (FILE_ATTRIBUTE_ROMMODULE | FILE_ATTRIBUTE_INROM)) != 0;
+}
+
 DWORD ListChildren(HTREEITEM item, WORD code)
 {
-    if (code == TreeCodeDatabasesRoot) {
-        ListDatabases(item);
+    if (const NamedKind* kind = NamedKindOfRoot(code)) {
+        ListNames(item, *kind);
     } else if (code == TreeCodeFilesRoot || code == TreeCodeFolder) {
         SearchForChoices(TRUE);
         ListFolder(item);

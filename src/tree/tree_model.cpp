@@ -1,5 +1,3 @@
-// tree_model.cpp - see tree_model.h.
-
 #include "tree/tree_model.h"
 
 #include "engine/questions.h"
@@ -7,6 +5,9 @@
 #include "ce/image_list.h"
 #include "ce/resource.h"
 #include "ce/text.h"
+
+#include <algorithm>
+#include <iterator>
 
 HWND gTreeView;
 HWND gCommandBands;
@@ -27,6 +28,18 @@ constexpr UINT InsertMask = TVIF_TEXT | TVIF_IMAGE | TVIF_PARAM | TVIF_SELECTEDI
 constexpr UINT RecordMask = TVIF_IMAGE | TVIF_PARAM | TVIF_HANDLE | TVIF_SELECTEDIMAGE;
 
 }  // namespace
+
+const NamedKind* NamedKindOfRoot(WORD code)
+{
+    const auto* kind = std::ranges::find(NamedKinds, code, &NamedKind::rootCode);
+    return kind != std::end(NamedKinds) ? kind : nullptr;
+}
+
+const NamedKind* NamedKindOfItem(WORD code)
+{
+    const auto* kind = std::ranges::find(NamedKinds, code, &NamedKind::itemCode);
+    return kind != std::end(NamedKinds) ? kind : nullptr;
+}
 
 BOOL ReadTreeItem(HTREEITEM handle, TreeItem& item, bool withText)
 {
@@ -97,8 +110,9 @@ DWORD CreateTreeImages()
 
 DWORD InsertRootItems(HWND)
 {
-    gRootDatabases = InsertTreeItem(TVI_ROOT, TVI_SORT, u"Databases", true, TreeParameter(TreeCodeDatabasesRoot, 0),
-                                    ImageDatabasesRoot);
+    for (const NamedKind& kind : NamedKinds)
+        *kind.root =
+            InsertTreeItem(TVI_ROOT, TVI_SORT, kind.rootText, true, TreeParameter(kind.rootCode, 0), kind.rootImage);
     gRootFiles =
         InsertTreeItem(TVI_ROOT, TVI_SORT, u"Files", true, TreeParameter(TreeCodeFilesRoot, 0), ImageFilesRoot);
     gRootRegistry = InsertTreeItem(TVI_ROOT, TVI_SORT, u"Registry", false, TreeParameter(TreeCodeRegistry, 0),

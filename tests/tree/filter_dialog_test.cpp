@@ -1,9 +1,8 @@
 // The filter dialog on the template that the program has. Every test opens it first with the options that a start
 // brings, so that what Cancel goes back to is the same whichever test came before.
-#include "controls/date_display.h"
-#include "controls/list_display.h"
+#include "dialogs.h"
 #include "engine/options.h"
-#include "program.h"
+#include "options_store.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
 #include "window/display.h"

@@ -1,5 +1,5 @@
 #include "engine/options.h"
-#include "tree/folder_marking.h"
+#include "tree/marking.h"
 #include "tree_fixture.h"
 
 #include "ce/file.h"

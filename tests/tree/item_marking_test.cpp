@@ -1,5 +1,5 @@
-#include "item_marking.h"
 #include "set/set_state.h"
+#include "tree/marking.h"
 #include "tree/tree_events.h"
 #include "tree_fixture.h"
 

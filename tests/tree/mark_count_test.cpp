@@ -1,7 +1,6 @@
 // Where a MarkCount that something was taken from is below zero: each operation has a limit of its own.
-#include "item_marking.h"
 #include "set/set_state.h"
-#include "tree/folder_marking.h"
+#include "tree/marking.h"
 #include "tree/tree_events.h"
 #include "tree_fixture.h"
 

@@ -3,7 +3,7 @@
 #include "tree_fixture.h"
 
 #include "engine/options.h"
-#include "program.h"
+#include "options_store.h"
 #include "set/set_state.h"
 #include "tree/tree_events.h"
 #include "window/input.h"

@@ -1,30 +1,33 @@
-// questions.h - what the runs ask of the shell: texts, dialogs, progress windows. The shell defines it all, so that
-// the runs know nothing of templates and controls.
+// questions.h - the dialogs and progress windows that the runs need. The shell defines them, in the sources that are
+// named below, so that the engine doesn't depend on templates and controls.
 #pragma once
 
 #include "set/set_questions.h"
 
 #include "ce/window.h"
 
-// The program's instance; set just before the main window is made.
+// The program's instance. Set just before the main window is made (main_window.cpp).
 extern HINSTANCE gInstance;
 
-// Asks for the comment (260 characters) and, with kind 1, for what a full backup covers; kind 2 lists the marked items.
-// 1 for OK, 0 for Cancel, which changes nothing.
+// Asks for the comment (260 characters). Kind 1 also asks what a full backup includes (gFullFiles and so on); kind 2
+// shows the marked items. 1 for OK, 0 for Cancel, which changes nothing. backup_dialogs.cpp
 INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment);
 
-// Shows the loaded set's comment. Mode 1: all of the set; any other: on OK the lists, gRegistryMarked and
-// gRegistryEntry hold only what the user picked. 1 for OK, 0 for Cancel, which changes nothing.
+// Shows the comment of the loaded set and, unless `mode` is 1, its items to choose from: after OK the lists,
+// gRegistryMarked and gRegistryEntry are reduced to those chosen. 1 for OK, 0 for Cancel, which changes nothing.
+// restore_dialog.cpp
 INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath);
 
-// A modal list over a double-NUL list. 1 with the chosen row's text in `result` (260 characters; a longer text is cut),
-// 0 when it was left without a choice: `result` is untouched.
+// Lets the user choose from a double-NUL list. 1 with the chosen text in `result` (260 characters; a longer text is
+// cut). 0 if the dialog was left without a choice, and then `result` is unchanged. chooser_dialog.cpp
 INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result);
 
-// A progress window on a thread of its own. Open returns when the window has taken its texts; null if none could be
-// made: every other call then does nothing, so that a run goes on without one.
-// Step, SetMessage and SetCount return when the window has taken the value. Animate and Close return at once; the
-// handle is dead after Close, and after Animate the window closes itself when its bar has run out.
+// A progress window, which runs on a thread of its own. progress_window.cpp
+// ProgressOpen returns when the window shows its texts. It returns null if no window could be made: with null the other
+// calls do nothing, so that a run needs no window.
+// ProgressStep, ProgressSetMessage and ProgressSetCount return when the window shows the value. ProgressAnimate and
+// ProgressClose return at once. The handle is invalid after ProgressClose. After ProgressAnimate the bar runs to its
+// end, and then the window closes.
 HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step);
 DWORD ProgressStep(HWND progress, DWORD unused);
 DWORD ProgressSetMessage(HWND progress, const WCHAR* text);

@@ -1,14 +1,15 @@
-// tree_events.h - what ties the tree to the user: clicks and keys toggle items, expanding lists, collapsing empties.
+// tree_events.h - the tree's answers to the user: a click or a key toggles an item, an item that expands is filled, one
+// that collapses is emptied.
 #pragma once
 
 #include "tree/tree_model.h"
 
-// Every WM_NOTIFY of the main window; goes by the notification's code alone. Always 0: nothing is refused.
+// Handles each WM_NOTIFY of the main window by the code of its header. Always 0.
 LRESULT TreeNotify(HWND window, WPARAM id, LPARAM header);
 
-// Lets the images of "Databases" and "Files" follow their lists. On the main window's timer.
+// Sets the images of the top items by their lists. Called by the main window's timer.
 DWORD UpdateRootImages();
 
-// Drops what is listed below "Files", so that it is listed anew at its next expansion: after a command that makes it
-// stale.
+// Collapses "Files" and removes its items, so that they are listed anew when it expands. Called after a command that
+// may have changed them.
 void ResetFilesRoot();

@@ -1,8 +1,10 @@
-// tree_model.h - what a tree item is: its parameter, its images, and the three top items.
+// tree_model.h - the items of the tree: their parameters, their images and the top items.
 //
-// There is no model beside the control, which keeps each item's text, images and parameter. What a run takes stands in
-// the lists, and the look of an item is a second record of it. The main window's thread only.
+// There is no model beside the control, which keeps the text, images and parameter of each item. A run takes what is in
+// the lists (item_kinds.h); the image of an item shows the same. The main window's thread only.
 #pragma once
+
+#include "set/item_kinds.h"
 
 #include "ce/tree_view.h"
 
@@ -13,7 +15,7 @@ extern HTREEITEM gRootDatabases;
 extern HTREEITEM gRootFiles;
 extern HTREEITEM gRootRegistry;
 
-// Low half of an item's parameter: what it is. There are no others.
+// Low half of an item's parameter: what the item is. There are no other values.
 inline constexpr WORD TreeCodeFile = 10006;
 inline constexpr WORD TreeCodeRomFile = 10008;  // shown, never marked
 inline constexpr WORD TreeCodeFolder = 10009;
@@ -23,11 +25,33 @@ inline constexpr WORD TreeCodeRegistryMarked = 10016;
 inline constexpr WORD TreeCodeDatabasesRoot = 10100;
 inline constexpr WORD TreeCodeFilesRoot = 10200;
 
-inline constexpr int ImageDatabasesRoot = 0;  // while nothing is marked; the next one when something is
+// The image of a top item while nothing is marked. The next one is for marks.
+inline constexpr int ImageDatabasesRoot = 0;
 inline constexpr int ImageFilesRoot = 2;
 
-// The high half is the MarkCount: how many marks the item holds or has below it. No exact tally, only whether it is 0
-// shows. It counts modulo 65536, so a count just below 65536 is one below zero.
+// A kind whose items the tree lists by name below a top item (engine/item_names.h).
+struct NamedKind {
+    BYTE kind;
+    const WCHAR* rootText;
+    HTREEITEM* root;
+    WORD rootCode;
+    WORD itemCode;
+    int rootImage;
+};
+
+inline constexpr NamedKind NamedKinds[] = {{.kind = ItemKindDatabase,
+                                            .rootText = u"Databases",
+                                            .root = &gRootDatabases,
+                                            .rootCode = TreeCodeDatabasesRoot,
+                                            .itemCode = TreeCodeDatabase,
+                                            .rootImage = ImageDatabasesRoot}};
+
+// The kind that has this TreeCode for its top item, or for its items; otherwise null.
+const NamedKind* NamedKindOfRoot(WORD code);
+const NamedKind* NamedKindOfItem(WORD code);
+
+// High half: the MarkCount, the number of marks on the item or below it. It isn't exact, and only whether it is 0
+// shows. It counts modulo 65536, so a count just below 65536 is negative.
 inline WORD TreeCodeOf(LPARAM parameter)
 {
     return LOWORD(static_cast<DWORD>(parameter));
@@ -54,7 +78,7 @@ inline int MarkedImage(WORD code)
     return code - 9999;
 }
 
-// An item as it is read from the control and written back.
+// An item, read from the control to be changed and written back.
 struct TreeItem {
     HTREEITEM handle;
     LPARAM parameter;
@@ -62,14 +86,14 @@ struct TreeItem {
     WCHAR text[MAX_PATH];
 };
 
-// 0 for a handle that is no item (any more), null included. The text is read too if `withText`.
+// 0 if the handle isn't that of an item, or null. The text is read too if `withText`.
 BOOL ReadTreeItem(HTREEITEM handle, TreeItem& item, bool withText);
-// Parameter and image together, so that no reader sees one without the other.
+// Writes parameter and image in one call, so that no reader sees one without the other.
 BOOL WriteTreeItem(const TreeItem& item);
-// Sets an item's code and count, and the image that goes with them: marked unless the count is 0.
+// Sets the code and the count of `item` and the image for them: the marked one unless the count is 0.
 void SetMark(TreeItem& item, WORD code, WORD markCount);
 
-// Adds an item; its handle, or null. `after` is TVI_FIRST, TVI_LAST or TVI_SORT.
+// Adds an item and returns its handle, or null. `after` is TVI_FIRST, TVI_LAST or TVI_SORT.
 HTREEITEM InsertTreeItem(HTREEITEM parent, HTREEITEM after, const WCHAR* text, bool withButton, LPARAM parameter,
                          int image);
 
