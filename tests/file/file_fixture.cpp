@@ -33,14 +33,21 @@ FileTest::~FileTest()
     std::filesystem::remove_all(base_, ignored);
 }
 
-void FileTest::remount()
+std::filesystem::path FileTest::memoryFolder()
+{
+    const bool useMemory = !std::getenv("TMPDIR") && std::filesystem::is_directory("/dev/shm");
+    return useMemory ? "/dev/shm" : std::filesystem::temp_directory_path();
+}
+
+void FileTest::remount() const
 {
     removeAllMounts();
     if (!addMount({u"", ::open(root_.c_str(), O_RDONLY | O_DIRECTORY), false, std::nullopt}))
         std::abort();
 }
 
-std::filesystem::path FileTest::addFolder(const std::u16string& name, bool card, std::optional<std::uint64_t> capacity)
+std::filesystem::path FileTest::addFolder(const std::u16string& name, bool card,
+                                          std::optional<std::uint64_t> capacity) const
 {
     const std::filesystem::path folder = base_ / ("mounted " + std::filesystem::path(name).string());
     std::filesystem::create_directory(folder);

@@ -19,6 +19,9 @@
 class FileTest : public testing::Test {
 protected:
     explicit FileTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path());
+    // For tests that don't need a real disk: in memory, where a flush costs nothing, unless TMPDIR names another
+    // folder.
+    static std::filesystem::path memoryFolder();
     ~FileTest() override;
 
     // Host side.
@@ -27,9 +30,11 @@ protected:
     void hostWrite(const std::filesystem::path& path, const std::string& bytes) const;
     [[nodiscard]] std::string hostRead(const std::filesystem::path& path) const;
     void hostMark(const std::filesystem::path& path, const std::string& attribute) const;
+    // Mounts a folder "mounted NAME" of outside(), which can exist already.
     std::filesystem::path addFolder(const std::u16string& name, bool card,
-                                    std::optional<std::uint64_t> capacity = std::nullopt);
-    void remount();
+                                    std::optional<std::uint64_t> capacity = std::nullopt) const;
+    // Leaves the root alone mounted.
+    void remount() const;
 
     // Device side.
     [[nodiscard]] static HANDLE open(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0);

@@ -1,50 +1,37 @@
-// set_fixture.h - a root folder and a small card in a temporary place, and the bytes of files in them.
+// set_fixture.h - the device of the set's tests, and what its files and lists contain.
 #pragma once
+
+#include "file_fixture.h"
 
 #include "set/set_state.h"
 
-#include "ce/file.h"
-
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 using Bytes = std::vector<BYTE>;
 using Blobs = std::vector<Bytes>;
+// Name, start offset and end offset.
+using LoadedItem = std::tuple<std::u16string, DWORD, DWORD>;
 
-// "51 42 58" and the like, blanks and line ends at will.
+// "51 42 58": pairs of digits between blanks.
 Bytes hex(std::string_view text);
 Bytes operator+(Bytes left, const Bytes& right);
-Bytes repeated(std::size_t count, BYTE value);
+Bytes repeated(std::size_t count, const Bytes& part);
 
-class SetTest : public testing::Test {
+class SetTest : public FileTest {
 protected:
     SetTest();
     ~SetTest() override;
 
-    // A folder `\Card` whose files may hold this many bytes together.
-    void addCard(std::uint64_t capacity);
+    // Mounts an empty card `\Card` whose files can contain this many bytes together.
+    void addCard(std::uint64_t capacity) const;
 
-    static void write(const WCHAR* path, const Bytes& bytes);
-    static Bytes read(const WCHAR* path);
+    static void write(const std::u16string& path, const Bytes& bytes);
+    static Bytes read(const std::u16string& path);
     static bool exists(const WCHAR* path);
-
-private:
-    std::string folder;
 };
 
-// What stands in a list, in its order: the whole blobs.
+// The entries of a list in its order: the whole blobs, and those of a loaded set by their fields.
 Blobs blobsOf(ItemList& list);
-
-// The same, for lists of a loaded set.
-struct LoadedItem {
-    std::u16string name;
-    DWORD startOffset;
-    DWORD endOffset;
-    bool operator==(const LoadedItem&) const = default;
-};
 std::vector<LoadedItem> itemsOf(ItemList* list);
-void PrintTo(const LoadedItem& item, std::ostream* out);

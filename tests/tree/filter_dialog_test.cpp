@@ -1,5 +1,7 @@
 // The filter dialog on the template that the program has. Every test opens it first with the options that a start
 // brings, so that what Cancel goes back to is the same whichever test came before.
+#include "controls/date_display.h"
+#include "controls/list_display.h"
 #include "dialogs.h"
 #include "engine/options.h"
 #include "options_store.h"
