@@ -1,0 +1,43 @@
+// chosen_mutant.h - included into each source of a mutation run, which asks at each mutant whether it is switched on.
+// QUILLBOX_MUTANT: number of the mutant that is. QUILLBOX_REACHED: descriptor of a file with one byte for each mutant,
+// set to 1 when the mutant is asked for. A mapped file, so that processes that are killed leave their bytes too.
+#pragma once
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <cstdlib>
+
+namespace mutation {
+
+inline std::atomic<int> chosen = -1;  // not read yet
+inline std::atomic<unsigned char*> reached = nullptr;
+
+inline int readChosen()
+{
+    if (const char* file = std::getenv("QUILLBOX_REACHED")) {
+        const int descriptor = std::atoi(file);
+        struct stat status = {};
+        void* map = MAP_FAILED;
+        if (::fstat(descriptor, &status) == 0)
+            map = ::mmap(nullptr, static_cast<std::size_t>(status.st_size), PROT_WRITE, MAP_SHARED, descriptor, 0);
+        if (map == MAP_FAILED)
+            std::abort();
+        reached = static_cast<unsigned char*>(map);
+    }
+    const char* number = std::getenv("QUILLBOX_MUTANT");
+    return chosen = number ? std::atoi(number) : 0;
+}
+
+// Not constexpr: a mutant of a constant expression must fail to compile, so that it is left out.
+inline bool isChosen(int mutant)
+{
+    const int known = chosen.load(std::memory_order_relaxed);
+    const int number = known < 0 ? readChosen() : known;
+    if (unsigned char* flags = reached.load(std::memory_order_relaxed))
+        flags[mutant] = 1;
+    return number == mutant;
+}
+
+}  // namespace mutation
