@@ -25,6 +25,7 @@ public:
     ~GrowingFile();
 
     bool isOpen() const { return file_.isOpen(); }
+    HANDLE handle() const { return file_.handle(); }
     DWORD error() const { return error_; }  // of the first call that failed
     std::uint64_t bytes() const { return bytes_; }
 
