@@ -36,7 +36,7 @@ struct CommandBarState : ClassState {
     std::vector<BarButton> buttons;
     WORD bitmapId = 0;
 
-    [[nodiscard]] bool hasDisabled(WORD id) const
+    bool hasDisabled(WORD id) const
     {
         return std::ranges::any_of(buttons,
                                    [id](const BarButton& button) { return button.id == id && !button.enabled; });
@@ -49,8 +49,8 @@ struct BandsState : ClassState {
     int height = 0;
     WORD imagesId = 0;  // bitmap of the image list
 
-    [[nodiscard]] bool followsParentSize() const REQUIRES(coreMutex) override { return true; }
-    [[nodiscard]] bool disablesCommand(const Window& window, WORD id) const REQUIRES(coreMutex) override
+    bool followsParentSize() const REQUIRES(coreMutex) override { return true; }
+    bool disablesCommand(const Window& window, WORD id) const REQUIRES(coreMutex) override
     {
         return std::ranges::any_of(window.children, [id](Window* child) REQUIRES(coreMutex) {
             return child->windowClass->kind == WindowKind::CommandBar &&

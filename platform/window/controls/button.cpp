@@ -27,10 +27,7 @@ struct ButtonState : ClassState {
         state.defaultButton = window.parent && window.parent->state->buttonForEnter(*window.parent) == &window;
     }
 
-    [[nodiscard]] bool acceptsFocus(const Window& window) const REQUIRES(coreMutex) override
-    {
-        return kindOf(window) != BS_GROUPBOX;
-    }
+    bool acceptsFocus(const Window& window) const REQUIRES(coreMutex) override { return kindOf(window) != BS_GROUPBOX; }
 };
 
 bool isRadio(DWORD kind)

@@ -22,7 +22,7 @@ struct EditState : ClassState {
     std::size_t limit = FirstLimit;  // characters that the user can make it hold
     bool readOnly;
 
-    [[nodiscard]] bool editsText() const REQUIRES(coreMutex) override { return true; }
+    bool editsText() const REQUIRES(coreMutex) override { return true; }
     void describe(const Window&, WindowState& state) const REQUIRES(coreMutex) override
     {
         state.selectionStart = static_cast<long>(selection.anchor);

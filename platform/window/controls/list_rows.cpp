@@ -20,11 +20,11 @@ bool isBefore(std::u16string_view left, std::u16string_view right)
 
 Row& ListRows::row(std::size_t index)
 {
-    const Place place = placeOf(index);
-    return *blocks_[place.block][place.offset];
+    const Position position = positionOf(index);
+    return *blocks_[position.block][position.offset];
 }
 
-ListRows::Place ListRows::placeOf(std::size_t index)
+ListRows::Position ListRows::positionOf(std::size_t index)
 {
     if (starts_.empty()) {
         std::size_t start = 0;
@@ -43,21 +43,21 @@ void ListRows::forgetOrders()
     byText_.clear();
 }
 
-std::size_t ListRows::indexOf(Place place) const
+std::size_t ListRows::indexOf(Position position) const
 {
-    std::size_t index = place.offset;
-    for (std::size_t block = 0; block < place.block; ++block)
+    std::size_t index = position.offset;
+    for (std::size_t block = 0; block < position.block; ++block)
         index += blocks_[block].size();
     return index;
 }
 
-ListRows::Place ListRows::sortedPlace(std::u16string_view text) const
+ListRows::Position ListRows::sortedPosition(std::u16string_view text) const
 {
     const auto block =
         std::upper_bound(blocks_.begin(), blocks_.end(), text,
                          [](std::u16string_view wanted, const Block& at) { return isBefore(wanted, at.back()->text); });
     if (block == blocks_.end())
-        return blocks_.empty() ? Place{0, 0} : Place{blocks_.size() - 1, blocks_.back().size()};
+        return blocks_.empty() ? Position{0, 0} : Position{blocks_.size() - 1, blocks_.back().size()};
     const auto row = std::upper_bound(
         block->begin(), block->end(), text,
         [](std::u16string_view wanted, const std::unique_ptr<Row>& at) { return isBefore(wanted, at->text); });
@@ -66,10 +66,10 @@ ListRows::Place ListRows::sortedPlace(std::u16string_view text) const
 
 std::size_t ListRows::add(std::u16string_view text)
 {
-    const Place end = blocks_.empty() ? Place{0, 0} : Place{blocks_.size() - 1, blocks_.back().size()};
-    const Place place = keepSorted_ ? sortedPlace(text) : end;
-    const std::size_t index = indexOf(place);
-    put(place, text);
+    const Position end = blocks_.empty() ? Position{0, 0} : Position{blocks_.size() - 1, blocks_.back().size()};
+    const Position position = keepSorted_ ? sortedPosition(text) : end;
+    const std::size_t index = indexOf(position);
+    put(position, text);
     return index;
 }
 
@@ -77,37 +77,37 @@ void ListRows::insert(std::size_t index, std::u16string_view text)
 {
     inOrder_ = false;
     if (index < size_)
-        put(placeOf(index), text);
+        put(positionOf(index), text);
     else
-        put(blocks_.empty() ? Place{0, 0} : Place{blocks_.size() - 1, blocks_.back().size()}, text);
+        put(blocks_.empty() ? Position{0, 0} : Position{blocks_.size() - 1, blocks_.back().size()}, text);
 }
 
-void ListRows::put(Place place, std::u16string_view text)
+void ListRows::put(Position position, std::u16string_view text)
 {
     forgetOrders();
     if (blocks_.empty())
         blocks_.emplace_back();
-    Block& block = blocks_[place.block];
+    Block& block = blocks_[position.block];
     auto row = std::make_unique<Row>();
     row->text = text;
-    block.insert(block.begin() + static_cast<std::ptrdiff_t>(place.offset), std::move(row));
+    block.insert(block.begin() + static_cast<std::ptrdiff_t>(position.offset), std::move(row));
     ++size_;
     if (block.size() < MostRowsInBlock)
         return;
     const auto middle = block.begin() + MostRowsInBlock / 2;
     Block upper(std::make_move_iterator(middle), std::make_move_iterator(block.end()));
     block.erase(middle, block.end());
-    blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(place.block) + 1, std::move(upper));
+    blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(position.block) + 1, std::move(upper));
 }
 
 void ListRows::erase(std::size_t index)
 {
-    const Place place = placeOf(index);
+    const Position position = positionOf(index);
     forgetOrders();
-    Block& block = blocks_[place.block];
-    block.erase(block.begin() + static_cast<std::ptrdiff_t>(place.offset));
+    Block& block = blocks_[position.block];
+    block.erase(block.begin() + static_cast<std::ptrdiff_t>(position.offset));
     if (block.empty())
-        blocks_.erase(blocks_.begin() + static_cast<std::ptrdiff_t>(place.block));
+        blocks_.erase(blocks_.begin() + static_cast<std::ptrdiff_t>(position.block));
     --size_;
 }
 

@@ -22,9 +22,9 @@ class ListRows {
 public:
     explicit ListRows(bool sorted) : keepSorted_(sorted), inOrder_(sorted) {}
 
-    [[nodiscard]] std::size_t size() const { return size_; }
+    std::size_t size() const { return size_; }
     // `index` below size().
-    [[nodiscard]] Row& row(std::size_t index);
+    Row& row(std::size_t index);
     // Calls `action` for each row, in the order of the box.
     template <class Action>
     void forEach(Action action) const
@@ -42,20 +42,20 @@ public:
     void clear();
 
     // The first row after `after` with that whole text. After the last row the search continues with the first.
-    [[nodiscard]] std::optional<std::size_t> find(std::u16string_view text, std::optional<std::size_t> after);
+    std::optional<std::size_t> find(std::u16string_view text, std::optional<std::size_t> after);
 
 private:
     using Block = std::vector<std::unique_ptr<Row>>;
 
-    struct Place {
+    struct Position {
         std::size_t block;
         std::size_t offset;
     };
 
-    [[nodiscard]] Place placeOf(std::size_t index);
-    [[nodiscard]] Place sortedPlace(std::u16string_view text) const;
-    [[nodiscard]] std::size_t indexOf(Place place) const;
-    void put(Place place, std::u16string_view text);
+    Position positionOf(std::size_t index);
+    Position sortedPosition(std::u16string_view text) const;
+    std::size_t indexOf(Position position) const;
+    void put(Position position, std::u16string_view text);
     void orderByText();
     void forgetOrders();
 

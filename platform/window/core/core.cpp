@@ -6,23 +6,6 @@ namespace platform::window {
 
 kernel::Mutex coreMutex;
 
-void ClassState::describe(const Window&, WindowState&) const {}
-
-bool ClassState::acceptsFocus(const Window&) const
-{
-    return true;
-}
-
-bool ClassState::disablesCommand(const Window&, WORD) const
-{
-    return false;
-}
-
-const Window* ClassState::buttonForEnter(const Window&) const
-{
-    return nullptr;
-}
-
 Core& core()
 {
     static Core& theCore = *std::make_unique<Core>().release();

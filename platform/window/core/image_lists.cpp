@@ -4,13 +4,13 @@
 #include "window/images.h"
 
 #include "kernel/handle_table.h"
+#include "kernel/mutex.h"
 
 #include "ce/error.h"
 #include "ce/image_list.h"
 #include "ce/resource.h"
 
 #include <cstring>
-#include <mutex>
 
 namespace platform::window {
 
@@ -20,20 +20,20 @@ class ImageList final : public kernel::Object {
 public:
     explicit ImageList(ImageSize size) : size_(size) {}
 
-    [[nodiscard]] bool takesCloseHandle() const override { return false; }
+    bool takesCloseHandle() const override { return false; }
 
-    [[nodiscard]] ImageSize size() const { return size_; }
+    ImageSize size() const { return size_; }
 
-    [[nodiscard]] WORD firstBitmap() const
+    WORD firstBitmap() const
     {
-        const std::lock_guard guard(mutex_);
+        const kernel::MutexLock lock(mutex_);
         return firstBitmap_;
     }
 
     // Gives the index of the first added image.
     [[nodiscard]] int add(WORD bitmap, int images)
     {
-        const std::lock_guard guard(mutex_);
+        const kernel::MutexLock lock(mutex_);
         if (count_ == 0)
             firstBitmap_ = bitmap;
         const int first = count_;
@@ -43,9 +43,9 @@ public:
 
 private:
     ImageSize size_;
-    mutable std::mutex mutex_;
-    WORD firstBitmap_ = 0;
-    int count_ = 0;
+    mutable kernel::Mutex mutex_;
+    WORD firstBitmap_ GUARDED_BY(mutex_) = 0;
+    int count_ GUARDED_BY(mutex_) = 0;
 };
 
 std::shared_ptr<ImageList> findList(HIMAGELIST list)

@@ -27,7 +27,7 @@ struct Filter {
     UINT low;
     UINT high;
 
-    [[nodiscard]] bool takes(HWND target, UINT message) const REQUIRES(coreMutex)
+    bool takes(HWND target, UINT message) const REQUIRES(coreMutex)
     {
         if ((low != 0 || high != 0) && (message < low || message > high))
             return false;

@@ -24,7 +24,7 @@ public:
     ~Visit() REQUIRES(coreMutex);
 
     // The window whose procedure is to run. Null if it was destroyed before its thread's turn was free.
-    [[nodiscard]] const Window* receiver() const { return receiver_; }
+    const Window* receiver() const { return receiver_; }
 
 private:
     void begin(HWND window) REQUIRES(coreMutex);

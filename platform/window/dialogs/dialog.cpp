@@ -23,31 +23,31 @@ struct Size {
 
 Size sizeOf(const DialogLaunch& launch)
 {
-    const DialogTemplate& form = launch.form;
+    const DialogTemplate& layout = launch.layout;
     if (launch.inPixels)
-        return {form.width, form.height};
-    return {horizontalPixels(form.width), verticalPixels(form.height)};
+        return {layout.width, layout.height};
+    return {horizontalPixels(layout.width), verticalPixels(layout.height)};
 }
 
 // With DS_CENTER in the middle of the owner or the screen, otherwise at the template's position in the owner's client
 // area.
-POINT placeFor(const DialogLaunch& launch, Size size)
+POINT positionFor(const DialogLaunch& launch, Size size)
 {
     const Lock lock(coreMutex);
     Window* owner = findWindow(launch.owner);
     const RECT area = owner ? topLevelOf(*owner).place : RECT{0, 0, ScreenWidth, ScreenHeight};
-    if (launch.form.style & DS_CENTER)
+    if (launch.layout.style & DS_CENTER)
         return {std::max((area.left + area.right - size.width) / 2, 0),
                 std::max((area.top + area.bottom - size.height) / 2, 0)};
-    return {area.left + horizontalPixels(launch.form.x), area.top + verticalPixels(launch.form.y)};
+    return {area.left + horizontalPixels(launch.layout.x), area.top + verticalPixels(launch.layout.y)};
 }
 
 // A dialog with a control of an unknown class isn't opened at all: without the control its question would be
 // incomplete.
-bool knowsClasses(const DialogTemplate& form)
+bool knowsClasses(const DialogTemplate& layout)
 {
     const Lock lock(coreMutex);
-    return std::ranges::all_of(form.controls, [](const ControlTemplate& control) REQUIRES(coreMutex) {
+    return std::ranges::all_of(layout.controls, [](const ControlTemplate& control) REQUIRES(coreMutex) {
         return findClass(control.className) != nullptr;
     });
 }
@@ -55,14 +55,14 @@ bool knowsClasses(const DialogTemplate& form)
 HWND makeDialogWindow(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
 {
     const Size size = sizeOf(launch);
-    const POINT place = placeFor(launch, size);
+    const POINT position = positionFor(launch, size);
     Creation creation;
     creation.className = DialogClassName;
-    creation.title = launch.form.title;
-    creation.style = (launch.form.style & ~(WS_VISIBLE | WS_CHILD)) | WS_POPUP;
-    creation.exStyle = launch.form.exStyle;
-    creation.x = place.x;
-    creation.y = place.y;
+    creation.title = launch.layout.title;
+    creation.style = (launch.layout.style & ~(WS_VISIBLE | WS_CHILD)) | WS_POPUP;
+    creation.exStyle = launch.layout.exStyle;
+    creation.x = position.x;
+    creation.y = position.y;
     creation.width = size.width;
     creation.height = size.height;
     creation.parent = launch.owner;
@@ -139,14 +139,14 @@ void initialize(const DialogLaunch& launch, HWND dialog)
 // Makes the dialog and sends WM_INITDIALOG, without showing it. Null with the last error.
 HWND openHidden(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
 {
-    if (!knowsClasses(launch.form)) {
+    if (!knowsClasses(launch.layout)) {
         SetLastError(ERROR_CANNOT_FIND_WND_CLASS);
         return nullptr;
     }
     const HWND dialog = makeDialogWindow(launch, modal, ownerToEnable);
     if (!dialog)
         return nullptr;
-    for (const ControlTemplate& control : launch.form.controls) {
+    for (const ControlTemplate& control : launch.layout.controls) {
         if (!makeControl(launch, control, dialog)) {
             DestroyWindow(dialog);
             return nullptr;
@@ -219,7 +219,7 @@ INT_PTR runModal(const DialogLaunch& launch)
 HWND openModeless(const DialogLaunch& launch)
 {
     const HWND dialog = openHidden(launch, false, nullptr);
-    if (dialog && (launch.form.style & WS_VISIBLE))
+    if (dialog && (launch.layout.style & WS_VISIBLE))
         ShowWindow(dialog, SW_SHOW);
     return IsWindow(dialog) ? dialog : nullptr;
 }
@@ -232,13 +232,13 @@ std::optional<DialogLaunch> launchFrom(HINSTANCE instance, const void* dialogTem
                                        LPARAM parameter)
 {
     const std::span<const std::byte> bytes = resource::resourceAt(dialogTemplate);
-    auto form = readDialogTemplate(bytes);
-    if (!form || !procedure) {
+    auto layout = readDialogTemplate(bytes);
+    if (!layout || !procedure) {
         SetLastError(bytes.empty() ? ERROR_RESOURCE_DATA_NOT_FOUND : ERROR_INVALID_PARAMETER);
         return std::nullopt;
     }
     DialogLaunch launch;
-    launch.form = std::move(*form);
+    launch.layout = std::move(*layout);
     launch.instance = instance;
     launch.owner = owner;
     launch.procedure = procedure;

@@ -9,7 +9,7 @@
 namespace platform::window {
 
 struct DialogLaunch {
-    DialogTemplate form;  // positions and sizes in dialog units, unless inPixels
+    DialogTemplate layout;  // positions and sizes in dialog units, unless inPixels
     bool inPixels = false;
     HINSTANCE instance = nullptr;
     HWND owner = nullptr;

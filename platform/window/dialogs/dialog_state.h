@@ -20,8 +20,8 @@ struct DialogState : ClassState {
     HWND ownerToEnable = nullptr;  // disabled until this dialog ends
 
     void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex) override;
-    [[nodiscard]] bool isDialog() const REQUIRES(coreMutex) override { return true; }
-    [[nodiscard]] const Window* buttonForEnter(const Window& window) const REQUIRES(coreMutex) override;
+    bool isDialog() const REQUIRES(coreMutex) override { return true; }
+    const Window* buttonForEnter(const Window& window) const REQUIRES(coreMutex) override;
     [[nodiscard]] HWND takeOwnerToEnable() REQUIRES(coreMutex) override
     {
         return std::exchange(ownerToEnable, nullptr);
@@ -29,6 +29,6 @@ struct DialogState : ClassState {
 };
 
 // Null for a window that the dialog manager didn't make.
-[[nodiscard]] DialogState* findDialog(const Window* window) REQUIRES(coreMutex);
+DialogState* findDialog(const Window* window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

@@ -21,7 +21,7 @@ struct NameField {
     std::optional<WORD> ordinal;
     std::u16string text;
 
-    [[nodiscard]] bool isEmpty() const { return !ordinal && text.empty(); }
+    bool isEmpty() const { return !ordinal && text.empty(); }
 };
 
 NameField readName(ByteReader& reader)

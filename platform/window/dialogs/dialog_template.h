@@ -41,7 +41,7 @@ struct DialogTemplate {
 
 // Dialog units to virtual pixels. A horizontal unit is 6/4 pixels, a vertical one 13/8. Rounds to the nearest pixel,
 // halves away from zero.
-[[nodiscard]] int horizontalPixels(int units);
-[[nodiscard]] int verticalPixels(int units);
+int horizontalPixels(int units);
+int verticalPixels(int units);
 
 }  // namespace platform::window

@@ -142,18 +142,18 @@ ControlTemplate controlAt(int x, int y, int width, int height)
     return control;
 }
 
-void addButtons(DialogTemplate& form, UINT type, int top)
+void addButtons(DialogTemplate& layout, UINT type, int top)
 {
     const std::span<const Answer> answers = answersOf(type);
     const int count = static_cast<int>(answers.size());
-    int x = (form.width - count * ButtonWidth - (count - 1) * Margin) / 2;
+    int x = (layout.width - count * ButtonWidth - (count - 1) * Margin) / 2;
     for (const Answer& answer : answers) {
         ControlTemplate button = controlAt(x, top, ButtonWidth, ButtonHeight);
         button.style |= WS_TABSTOP | (answer.id == defaultOf(type) ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON);
         button.id = answer.id;
         button.className = u"Button";
         button.text = answer.text;
-        form.controls.push_back(std::move(button));
+        layout.controls.push_back(std::move(button));
         x += ButtonWidth + Margin;
     }
 }
@@ -167,24 +167,24 @@ DialogTemplate layOut(std::u16string_view text, std::u16string_view caption, UIN
     const int buttons = static_cast<int>(answersOf(type).size());
     const int textWidth = extent.columns * CharacterWidth;
 
-    DialogTemplate form;
-    form.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_CENTER | DS_MODALFRAME;
-    form.title = caption;
-    form.width = static_cast<SHORT>(std::max(textX + textWidth + Margin, buttons * (ButtonWidth + Margin) + Margin));
-    form.height = static_cast<SHORT>(3 * Margin + textHeight + ButtonHeight);
+    DialogTemplate layout;
+    layout.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_CENTER | DS_MODALFRAME;
+    layout.title = caption;
+    layout.width = static_cast<SHORT>(std::max(textX + textWidth + Margin, buttons * (ButtonWidth + Margin) + Margin));
+    layout.height = static_cast<SHORT>(3 * Margin + textHeight + ButtonHeight);
     if (hasIcon) {
         ControlTemplate icon = controlAt(Margin, Margin, IconSize, IconSize);
         icon.style |= SS_ICON;
         icon.className = u"Static";
-        form.controls.push_back(std::move(icon));
+        layout.controls.push_back(std::move(icon));
     }
-    ControlTemplate label = controlAt(textX, Margin, form.width - textX - Margin, textHeight);
+    ControlTemplate label = controlAt(textX, Margin, layout.width - textX - Margin, textHeight);
     label.style |= SS_LEFT | SS_NOPREFIX;
     label.className = u"Static";
     label.text = text;
-    form.controls.push_back(std::move(label));
-    addButtons(form, type, 2 * Margin + textHeight);
-    return form;
+    layout.controls.push_back(std::move(label));
+    addButtons(layout, type, 2 * Margin + textHeight);
+    return layout;
 }
 
 }  // namespace
@@ -196,7 +196,7 @@ int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type)
     if (answersOf(type).empty())
         return fail(ERROR_INVALID_PARAMETER);
     DialogLaunch launch;
-    launch.form = layOut(text ? text : u"", caption ? caption : u"Error", type);
+    launch.layout = layOut(text ? text : u"", caption ? caption : u"Error", type);
     launch.inPixels = true;
     launch.owner = owner;
     launch.procedure = messageBoxProcedure;

@@ -21,9 +21,9 @@ public:
 
     explicit operator bool() const { return tree_ != nullptr; }
     TreeViewState* operator->() const { return tree_; }
-    [[nodiscard]] TreeViewState& state() const { return *tree_; }
-    [[nodiscard]] TreeItems& items() const { return tree_->items; }
-    [[nodiscard]] Window& window() const { return *window_; }
+    TreeViewState& state() const { return *tree_; }
+    TreeItems& items() const { return tree_->items; }
+    Window& window() const { return *window_; }
     void announce() const REQUIRES(coreMutex) { announceTree(*window_, *tree_); }
 
 private:

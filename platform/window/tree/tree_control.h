@@ -23,7 +23,7 @@ struct TreeViewState : ClassState {
 };
 
 // Null for a window that is no tree view.
-[[nodiscard]] inline TreeViewState* findTree(HWND tree) REQUIRES(coreMutex)
+inline TreeViewState* findTree(HWND tree) REQUIRES(coreMutex)
 {
     return findState<TreeViewState>(tree, WindowKind::TreeView);
 }
@@ -32,12 +32,11 @@ struct TreeViewState : ClassState {
 void announceTree(const Window& window, TreeViewState& tree) REQUIRES(coreMutex);
 
 // Positions (tree_rows.cpp).
-[[nodiscard]] int rowsInView(const Window& window) REQUIRES(coreMutex);
+int rowsInView(const Window& window) REQUIRES(coreMutex);
 // Scrolls the item into view.
 void bringIntoView(const Window& window, TreeViewState& tree, ItemIndex index) REQUIRES(coreMutex);
 // Scrolls the item into view and gives a screen point in that part of it. Index 0: a point below the rows.
-[[nodiscard]] POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePart part)
-    REQUIRES(coreMutex);
+POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePart part) REQUIRES(coreMutex);
 // The item at hit.pt, in client coordinates. Fills in flags and hItem.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit) REQUIRES(coreMutex);
 

@@ -44,21 +44,21 @@ struct Item {
     bool updateNoted = false;
     bool foldNoted = false;
 
-    [[nodiscard]] bool hasButton() const { return button == ButtonByChildren ? firstChild != 0 : button != 0; }
+    bool hasButton() const { return button == ButtonByChildren ? firstChild != 0 : button != 0; }
 };
 
 class TreeItems {
 public:
     TreeItems();
 
-    [[nodiscard]] Item& operator[](ItemIndex index) { return slots_[index]; }
-    [[nodiscard]] const Item& operator[](ItemIndex index) const { return slots_[index]; }
-    [[nodiscard]] std::size_t count() const { return count_; }
+    Item& operator[](ItemIndex index) { return slots_[index]; }
+    const Item& operator[](ItemIndex index) const { return slots_[index]; }
+    std::size_t count() const { return count_; }
 
     // 0 for null and for the handle of an erased item.
-    [[nodiscard]] ItemIndex find(HTREEITEM handle) const;
+    ItemIndex find(HTREEITEM handle) const;
     // Null for 0.
-    [[nodiscard]] HTREEITEM handleOf(ItemIndex index) const;
+    HTREEITEM handleOf(ItemIndex index) const;
 
     // `after`: a child of `parent`, or 0 to insert before all others.
     ItemIndex insertAfter(ItemIndex parent, ItemIndex after, std::u16string_view text);
@@ -68,19 +68,19 @@ public:
     // Erases the item and its descendants; 0 erases all items.
     void erase(ItemIndex index);
 
-    [[nodiscard]] int levelOf(ItemIndex index) const;  // 0: a top item
-    [[nodiscard]] bool isWithin(ItemIndex index, ItemIndex ancestor) const;
+    int levelOf(ItemIndex index) const;  // 0: a top item
+    bool isWithin(ItemIndex index, ItemIndex ancestor) const;
     // The item itself, or its topmost collapsed ancestor.
-    [[nodiscard]] ItemIndex nearestVisible(ItemIndex index) const;
+    ItemIndex nearestVisible(ItemIndex index) const;
 
     // Walk the visible items in the order of the rows. 0 after the last and before the first.
-    [[nodiscard]] ItemIndex firstVisible() const { return slots_[0].firstChild; }
-    [[nodiscard]] ItemIndex nextVisible(ItemIndex index) const;
-    [[nodiscard]] ItemIndex previousVisible(ItemIndex index) const;
-    [[nodiscard]] ItemIndex lastVisible() const { return lastVisibleBelow(0); }
+    ItemIndex firstVisible() const { return slots_[0].firstChild; }
+    ItemIndex nextVisible(ItemIndex index) const;
+    ItemIndex previousVisible(ItemIndex index) const;
+    ItemIndex lastVisible() const { return lastVisibleBelow(0); }
 
     // Walks all descendants of `top`, visible or not, beginning with nextWithin(top, top). 0 after the last.
-    [[nodiscard]] ItemIndex nextWithin(ItemIndex index, ItemIndex top) const;
+    ItemIndex nextWithin(ItemIndex index, ItemIndex top) const;
 
 private:
     struct ByText {
@@ -92,13 +92,13 @@ private:
     };
     using Order = std::multiset<ItemIndex, ByText>;
 
-    [[nodiscard]] ItemIndex add(std::u16string_view text);
+    ItemIndex add(std::u16string_view text);
     void remove(ItemIndex index);
     void link(ItemIndex index, ItemIndex parent, ItemIndex after);
     void unlink(ItemIndex index);
-    [[nodiscard]] ItemIndex lastVisibleBelow(ItemIndex index) const;
-    [[nodiscard]] ItemIndex precedingByText(ItemIndex parent, std::u16string_view text) const;
-    [[nodiscard]] Order* orderOf(ItemIndex parent);
+    ItemIndex lastVisibleBelow(ItemIndex index) const;
+    ItemIndex precedingByText(ItemIndex parent, std::u16string_view text) const;
+    Order* orderOf(ItemIndex parent);
     void dropFromOrder(ItemIndex index);
 
     kernel::SlotTable<Item, std::deque> slots_;

@@ -34,6 +34,6 @@ struct BandState {
 };
 
 // Locks the core's mutex while it copies. Empty for a dead window.
-[[nodiscard]] std::vector<BandState> bandsOf(HWND commandBands);
+std::vector<BandState> bandsOf(HWND commandBands);
 
 }  // namespace platform::window

@@ -6,8 +6,8 @@
 namespace platform::window {
 
 // False for a window that is no button.
-[[nodiscard]] bool isPushButton(const Window& window) REQUIRES(coreMutex);
-[[nodiscard]] bool isDefaultPushButton(const Window& window) REQUIRES(coreMutex);  // by its style
-[[nodiscard]] bool isAutoRadioButton(const Window& window) REQUIRES(coreMutex);
+bool isPushButton(const Window& window) REQUIRES(coreMutex);
+bool isDefaultPushButton(const Window& window) REQUIRES(coreMutex);  // by its style
+bool isAutoRadioButton(const Window& window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

@@ -5,13 +5,13 @@
 
 namespace platform::window {
 
-[[nodiscard]] WindowClass buttonClass();
-[[nodiscard]] WindowClass staticClass();
-[[nodiscard]] WindowClass editClass();
-[[nodiscard]] WindowClass listBoxClass();
-[[nodiscard]] WindowClass progressClass();
-[[nodiscard]] WindowClass datePickerClass();
-[[nodiscard]] WindowClass bandsClass();
-[[nodiscard]] WindowClass commandBarClass();
+WindowClass buttonClass();
+WindowClass staticClass();
+WindowClass editClass();
+WindowClass listBoxClass();
+WindowClass progressClass();
+WindowClass datePickerClass();
+WindowClass bandsClass();
+WindowClass commandBarClass();
 
 }  // namespace platform::window

@@ -14,8 +14,8 @@ struct ListRow {
 };
 
 // Each locks the core's mutex while it runs.
-[[nodiscard]] std::vector<ListRow> listRows(HWND listBox);  // empty for a dead window
+std::vector<ListRow> listRows(HWND listBox);  // empty for a dead window
 // The index of the row with that whole text, where case counts. -1 if there is none.
-[[nodiscard]] long findListRow(HWND listBox, const std::u16string& text);
+long findListRow(HWND listBox, const std::u16string& text);
 
 }  // namespace platform::window

@@ -14,7 +14,7 @@ class ByteReader {
 public:
     explicit ByteReader(std::span<const std::byte> bytes) : bytes_(bytes) {}
 
-    [[nodiscard]] bool failed() const { return failed_; }
+    bool failed() const { return failed_; }
 
     WORD word()
     {

@@ -24,20 +24,20 @@ struct ClassState {
     virtual ~ClassState() = default;
 
     // Fills in those fields of `state` that not every window has.
-    virtual void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex);
+    virtual void describe(const Window& /*window*/, WindowState& /*state*/) const REQUIRES(coreMutex) {}
     // Can the keyboard focus be on it, if its class takes the focus at all?
-    [[nodiscard]] virtual bool acceptsFocus(const Window& window) const REQUIRES(coreMutex);
+    virtual bool acceptsFocus(const Window& /*window*/) const REQUIRES(coreMutex) { return true; }
     // Does it edit text? Typed text then arrives as a whole, and handling it never takes long.
-    [[nodiscard]] virtual bool editsText() const REQUIRES(coreMutex) { return false; }
+    virtual bool editsText() const REQUIRES(coreMutex) { return false; }
     // Is it laid out anew when its parent has a new size? It is sent ParentSized (window/input.h) then.
-    [[nodiscard]] virtual bool followsParentSize() const REQUIRES(coreMutex) { return false; }
+    virtual bool followsParentSize() const REQUIRES(coreMutex) { return false; }
     // Has it a button for the command that is disabled?
-    [[nodiscard]] virtual bool disablesCommand(const Window& window, WORD id) const REQUIRES(coreMutex);
+    virtual bool disablesCommand(const Window& /*window*/, WORD /*id*/) const REQUIRES(coreMutex) { return false; }
 
     // Did the dialog manager make it?
-    [[nodiscard]] virtual bool isDialog() const REQUIRES(coreMutex) { return false; }
+    virtual bool isDialog() const REQUIRES(coreMutex) { return false; }
     // Of a dialog: the push button that Enter would press now. Null if there is none.
-    [[nodiscard]] virtual const Window* buttonForEnter(const Window& window) const REQUIRES(coreMutex);
+    virtual const Window* buttonForEnter(const Window& /*window*/) const REQUIRES(coreMutex) { return nullptr; }
     // Of a modal dialog: the window that it disabled, on the first call. Null if there is none.
     [[nodiscard]] virtual HWND takeOwnerToEnable() REQUIRES(coreMutex) { return nullptr; }
 };
@@ -52,7 +52,7 @@ struct WindowClass {
 };
 
 template <class State>
-[[nodiscard]] std::unique_ptr<ClassState> makeStateOf(DWORD)
+std::unique_ptr<ClassState> makeStateOf(DWORD)
 {
     return std::make_unique<State>();
 }

@@ -121,42 +121,42 @@ struct Core {
 };
 
 // Never destroyed: a detached thread may outlive main().
-[[nodiscard]] Core& core();
+Core& core();
 
 // In whose name the calling system thread runs.
-[[nodiscard]] Thread& currentThread() REQUIRES(coreMutex);
+Thread& currentThread() REQUIRES(coreMutex);
 
 // Null for a dead handle.
-[[nodiscard]] Window* findWindow(HWND handle) REQUIRES(coreMutex);
+Window* findWindow(HWND handle) REQUIRES(coreMutex);
 
 [[nodiscard]] Window& addWindow() REQUIRES(coreMutex);
 // Hides the window from displays, and has its own thread destroy it when it next retrieves messages.
 void destroyLater(Window& window) REQUIRES(coreMutex);
-[[nodiscard]] bool isToBeDestroyed(const Window& window) REQUIRES(coreMutex);
+bool isToBeDestroyed(const Window& window) REQUIRES(coreMutex);
 // Removes the window and its children from the table, with their timers and whatever is queued for them. Sends nothing.
 void removeWindow(Window& window) REQUIRES(coreMutex);
 
 template <class State>
-[[nodiscard]] State& stateOf(const Window& window) REQUIRES(coreMutex)
+State& stateOf(const Window& window) REQUIRES(coreMutex)
 {
     return static_cast<State&>(*window.state);
 }
 
 // The control's state if the window is of that kind, otherwise null.
 template <class State>
-[[nodiscard]] State* findState(HWND handle, WindowKind kind) REQUIRES(coreMutex)
+State* findState(HWND handle, WindowKind kind) REQUIRES(coreMutex)
 {
     const Window* window = findWindow(handle);
     return window && window->windowClass->kind == kind ? &stateOf<State>(*window) : nullptr;
 }
 
 // The child with that id, the first if there are several. Null if there is none.
-[[nodiscard]] Window* findChild(const Window& parent, int id) REQUIRES(coreMutex);
-[[nodiscard]] bool isWithin(const Window& window, const Window& ancestor) REQUIRES(coreMutex);
-[[nodiscard]] Window& topLevelOf(Window& window) REQUIRES(coreMutex);
-[[nodiscard]] bool isVisible(const Window& window) REQUIRES(coreMutex);     // its ancestors as well
-[[nodiscard]] bool takesInputOf(const Window& window) REQUIRES(coreMutex);  // neither it nor an ancestor is disabled
-[[nodiscard]] inline bool hasStyle(const Window& window, DWORD bits) REQUIRES(coreMutex)
+Window* findChild(const Window& parent, int id) REQUIRES(coreMutex);
+bool isWithin(const Window& window, const Window& ancestor) REQUIRES(coreMutex);
+Window& topLevelOf(Window& window) REQUIRES(coreMutex);
+bool isVisible(const Window& window) REQUIRES(coreMutex);     // its ancestors as well
+bool takesInputOf(const Window& window) REQUIRES(coreMutex);  // neither it nor an ancestor is disabled
+inline bool hasStyle(const Window& window, DWORD bits) REQUIRES(coreMutex)
 {
     return (window.style & bits) == bits;
 }

@@ -100,16 +100,16 @@ struct WindowState {
 
 // Each locks the core's mutex while it copies. False or empty for a dead window.
 [[nodiscard]] bool readWindow(HWND window, WindowState& state);
-[[nodiscard]] std::vector<HWND> childrenOf(HWND window);  // in creation order
-[[nodiscard]] std::vector<HWND> topLevelWindows();        // the one in front first, hidden ones too
+std::vector<HWND> childrenOf(HWND window);  // in creation order
+std::vector<HWND> topLevelWindows();        // the one in front first, hidden ones too
 // Does the owner thread wait for messages, with nothing posted or due as input before it?
-[[nodiscard]] bool takesInput(HWND window);
+bool takesInput(HWND window);
 // Does any thread show the wait cursor?
-[[nodiscard]] bool showsWaitCursor();
+bool showsWaitCursor();
 
 // For a caller inside Display::changed, where readWindow and childrenOf would wait for the mutex for ever.
 [[nodiscard]] bool readWindowLocked(HWND window, WindowState& state) REQUIRES(coreMutex);
-[[nodiscard]] std::vector<HWND> childrenOfLocked(HWND window) REQUIRES(coreMutex);
+std::vector<HWND> childrenOfLocked(HWND window) REQUIRES(coreMutex);
 
 // Raw input. Each call queues it for the owner thread, which handles it when it retrieves messages. Input is dropped,
 // and the result is false, while the thread works and for a window that is disabled or has a disabled ancestor.

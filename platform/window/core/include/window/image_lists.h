@@ -14,7 +14,7 @@ struct ImageSize {
 };
 
 // Zero for null or a handle of anything else. Any thread may call both.
-[[nodiscard]] ImageSize imageSizeOf(HIMAGELIST list);
-[[nodiscard]] WORD firstBitmapOf(HIMAGELIST list);
+ImageSize imageSizeOf(HIMAGELIST list);
+WORD firstBitmapOf(HIMAGELIST list);
 
 }  // namespace platform::window

@@ -8,6 +8,6 @@
 namespace platform::window {
 
 // The number of the resource. 0 for null or a handle of anything else.
-[[nodiscard]] WORD resourceIdOf(const void* handle);
+WORD resourceIdOf(const void* handle);
 
 }  // namespace platform::window

@@ -31,9 +31,9 @@ inline constexpr LPARAM KeyWithControl = LPARAM{1} << 26;
 bool queueInput(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Can the window take it now?
-[[nodiscard]] bool isDeliverable(const Input& input) REQUIRES(coreMutex);
+bool isDeliverable(const Input& input) REQUIRES(coreMutex);
 // Must it be dropped because its window was disabled after it was queued?
-[[nodiscard]] bool isToBeDropped(const Input& input) REQUIRES(coreMutex);
+bool isToBeDropped(const Input& input) REQUIRES(coreMutex);
 
 // Delivers a message of this header, for DispatchMessageW.
 LRESULT dispatchInput(const MSG& message);

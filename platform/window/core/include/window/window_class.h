@@ -9,9 +9,9 @@
 namespace platform::window {
 
 // Null if there is none. Case doesn't count.
-[[nodiscard]] const WindowClass* findClass(std::u16string_view name) REQUIRES(coreMutex);
+const WindowClass* findClass(std::u16string_view name) REQUIRES(coreMutex);
 
 // The classes that exist without RegisterClassW: the controls and dialogs. Defined above the rooms of the controls.
-[[nodiscard]] std::vector<WindowClass> builtInClasses();
+std::vector<WindowClass> builtInClasses();
 
 }  // namespace platform::window

@@ -6,6 +6,6 @@
 namespace platform::window {
 
 // The upper left corner of the window's client area, in screen coordinates.
-[[nodiscard]] POINT originOf(const Window& window) REQUIRES(coreMutex);
+POINT originOf(const Window& window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

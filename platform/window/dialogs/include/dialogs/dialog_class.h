@@ -5,6 +5,6 @@
 
 namespace platform::window {
 
-[[nodiscard]] WindowClass dialogClass();
+WindowClass dialogClass();
 
 }  // namespace platform::window

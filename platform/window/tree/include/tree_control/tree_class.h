@@ -5,6 +5,6 @@
 
 namespace platform::window {
 
-[[nodiscard]] WindowClass treeViewClass();
+WindowClass treeViewClass();
 
 }  // namespace platform::window

@@ -23,12 +23,12 @@ namespace platform::window {
 [[nodiscard]] TreeChanges takeTreeChanges(HWND tree, bool fromTheStart = false);
 [[nodiscard]] bool readTreeItem(HWND tree, HTREEITEM item, TreeItemState& state);
 // The items that are alive, in the given order, all as of one moment.
-[[nodiscard]] std::vector<TreeItemState> readTreeItems(HWND tree, std::span<const HTREEITEM> items);
-[[nodiscard]] TreePictures treePictures(HWND tree);
+std::vector<TreeItemState> readTreeItems(HWND tree, std::span<const HTREEITEM> items);
+TreePictures treePictures(HWND tree);
 
 // For a caller that has no mirror.
-[[nodiscard]] HTREEITEM selectedTreeItem(HWND tree);
-[[nodiscard]] std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // the children; null: the top items
+HTREEITEM selectedTreeItem(HWND tree);
+std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // the children; null: the top items
 
 // Raw input, dropped and queued by the rules of window/display.h. A null item is the empty space below the rows. A
 // double click is a postTreeClick for the first and a postTreeDoubleClick for the second click.
