@@ -183,10 +183,10 @@ TEST_F(FilterDialogTest, PickerStandsWhereTheTemplateKeepsItsPlace)
     WindowState state;
     ASSERT_TRUE(readWindow(GetDlgItem(dialog, 1020), place) && readWindow(picker, state));
     EXPECT_FALSE(place.visible);
-    EXPECT_EQ(state.place.left, place.place.left);
-    EXPECT_EQ(state.place.top, place.place.top);
-    EXPECT_EQ(state.place.right, place.place.right);
-    EXPECT_EQ(state.place.bottom - state.place.top, 20);
+    EXPECT_EQ(state.rectangle.left, place.rectangle.left);
+    EXPECT_EQ(state.rectangle.top, place.rectangle.top);
+    EXPECT_EQ(state.rectangle.right, place.rectangle.right);
+    EXPECT_EQ(state.rectangle.bottom - state.rectangle.top, 20);
 }
 
 TEST_F(FilterDialogTest, CancelGoesBackToTheFirstOpeningButForTheListAndWhatIsNoFilter)

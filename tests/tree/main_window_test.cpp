@@ -65,9 +65,9 @@ TEST_F(MainWindowTest, TreeFillsTheWindowBelowItsBands)
     ASSERT_TRUE(GetClientRect(window, &client));
     WindowState tree;
     ASSERT_TRUE(readWindow(gTreeView, tree));
-    EXPECT_EQ(tree.place.left, 1);
-    EXPECT_EQ(tree.place.top, height + 1);
-    EXPECT_EQ(tree.place.bottom, client.bottom);
+    EXPECT_EQ(tree.rectangle.left, 1);
+    EXPECT_EQ(tree.rectangle.top, height + 1);
+    EXPECT_EQ(tree.rectangle.bottom, client.bottom);
 }
 
 TEST_F(MainWindowTest, SecondStartBringsTheFirstWindowToTheFrontAndTouchesNothing)

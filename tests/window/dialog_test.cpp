@@ -92,8 +92,8 @@ TEST_F(DialogTest, OwnerIsDisabledMeanwhileAndBackBeforeTheDialogGoes)
     open(EditAndBoxes);
     EXPECT_FALSE(IsWindowEnabled(owner));
     EXPECT_FALSE(postCommand(owner, 40003));
-    EXPECT_EQ(stateOf(dialog).place.right - stateOf(dialog).place.left, 150);  // 100 units
-    EXPECT_EQ(stateOf(control(10)).place.top, 29);                             // 18 units
+    EXPECT_EQ(stateOf(dialog).rectangle.right - stateOf(dialog).rectangle.left, 150);  // 100 units
+    EXPECT_EQ(stateOf(control(10)).rectangle.top, 29);                                 // 18 units
     ASSERT_TRUE(postCaptionOk(dialog));
     EXPECT_EQ(end(), IDOK);
     EXPECT_TRUE(ownerEnabledAfter);

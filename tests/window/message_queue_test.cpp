@@ -168,7 +168,7 @@ TEST(MessageQueueTest, DisabledWindowTakesNoInputAndNoWishToClose)
     EXPECT_FALSE(postCommand(window, 1));
     EXPECT_FALSE(postClose(window));
     EXPECT_TRUE(postResize(window, 500, 400));
-    user.waitUntil([&] { return stateOf(window).place.right == 500; });
+    user.waitUntil([&] { return stateOf(window).rectangle.right == 500; });
     EXPECT_FALSE(postClick(reinterpret_cast<HWND>(3)));
     EXPECT_FALSE(takesInput(reinterpret_cast<HWND>(3)));
 }

@@ -171,7 +171,7 @@ TEST(BandsTest, BandsTellTheirHeightWhenBuiltAndWheneverTheWindowIsSized)
     ASSERT_EQ(state.size(), 2U);
     EXPECT_EQ(state[0].menu.size(), 2U);
     EXPECT_EQ(state[1].bitmapId, 106);
-    EXPECT_EQ(state[1].place.left, 145);
+    EXPECT_EQ(state[1].rectangle.left, 145);
     EXPECT_FALSE(postCommand(window, 501));  // that button is disabled
     DestroyWindow(window);
     EXPECT_TRUE(bandsOf(bands).empty());

@@ -95,7 +95,7 @@ DialogView::DialogView(const WindowState& state, const Courier& courier, QWidget
 
 void DialogView::follow(const WindowState& state, Changes changes)
 {
-    place_ = state.place;
+    place_ = state.rectangle;
     if (!changes.has(Change::Text))
         return;
     setWindowTitle(toQt(state.text));
@@ -165,7 +165,7 @@ void DialogView::arrange()
 void DialogView::placeControls(const DialogUnits& units)
 {
     for (const Control& control : controls_)
-        control.view->widget().setGeometry(control.view->placeIn(units.scaled(control.state.place)));
+        control.view->widget().setGeometry(control.view->placeIn(units.scaled(control.state.rectangle)));
     alignRows(units.scaled({0, 0, 0, RowTolerance}).height());
 }
 
@@ -191,7 +191,7 @@ double DialogView::stretchFor(const DialogUnits& units) const
 {
     double stretch = 1;
     for (const Control& control : controls_) {
-        const double width = units.x * (control.state.place.right - control.state.place.left);
+        const double width = units.x * (control.state.rectangle.right - control.state.rectangle.left);
         if (width > 0)
             stretch = std::max(stretch, control.view->leastWidth() / width);
     }

@@ -195,7 +195,7 @@ public:
         if (!changes.has(Change::Rows) && !changes.has(Change::Selection))
             return;
         extent_ = state.extent;
-        placeWidth_ = state.place.right - state.place.left;
+        placeWidth_ = state.rectangle.right - state.rectangle.left;
         std::vector<ListRow> rows = window::listRows(this->window());
         const bool sameRows = !changes.has(Change::Rows) && rows_.rowCount({}) == static_cast<int>(rows.size());
         if (!sameRows)

@@ -29,7 +29,7 @@ public:
         : QLabel(parent), View(state.window, courier)
     {
         setTextFormat(Qt::PlainText);
-        wraps_ = state.place.bottom - state.place.top >= TwoRows;
+        wraps_ = state.rectangle.bottom - state.rectangle.top >= TwoRows;
         const DWORD kind = state.style & 0xF;
         setAlignment(Qt::AlignTop | (kind == SS_CENTER  ? Qt::AlignHCenter
                                      : kind == SS_RIGHT ? Qt::AlignRight

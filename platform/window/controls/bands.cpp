@@ -64,7 +64,7 @@ struct BandsState : ClassState {
 bool layOut(Window& bands) REQUIRES(coreMutex)
 {
     auto& state = stateOf<BandsState>(bands);
-    const RECT& area = bands.parent->place;
+    const RECT& area = bands.parent->rectangle;
     const int width = area.right - area.left;
     int x = 0;
     int y = 0;
@@ -75,11 +75,11 @@ bool layOut(Window& bands) REQUIRES(coreMutex)
             y += BarHeight;
         }
         if (Window* bar = findWindow(band.bar))
-            bar->place = {x, y, x + band.width, y + BarHeight};
+            bar->rectangle = {x, y, x + band.width, y + BarHeight};
         x += band.width;
     }
     const int height = state.bands.empty() ? 0 : y + BarHeight;
-    bands.place = {0, 0, width, height};
+    bands.rectangle = {0, 0, width, height};
     announce(bands, Change::Bands);
     return std::exchange(state.height, height) != height;
 }
@@ -193,7 +193,7 @@ std::vector<BandState> bandsOf(HWND commandBands)
             copy.bitmapId = bar->bitmapId;
         }
         if (const Window* window = findWindow(band.bar))
-            copy.place = window->place;
+            copy.rectangle = window->rectangle;
         copy.imageId = band.hasImage ? state->imagesId : WORD{0};
         copy.gripper = !(band.style & RBBS_NOGRIPPER);
         result.push_back(std::move(copy));

@@ -65,7 +65,7 @@ std::size_t limitOf(const Window& edit, const EditState& state) REQUIRES(coreMut
 {
     if (isMultiLine(edit) || (edit.style & ES_AUTOHSCROLL))
         return state.limit;
-    const int width = std::max(edit.place.right - edit.place.left, 0);
+    const int width = std::max(edit.rectangle.right - edit.rectangle.left, 0);
     return std::min(state.limit, static_cast<std::size_t>(width / CharacterWidth));
 }
 

@@ -243,7 +243,7 @@ Outcome moveCaret(Window& box, ListBoxState& state, long index) REQUIRES(coreMut
 
 Outcome pressKey(Window& box, ListBoxState& state, WPARAM key) REQUIRES(coreMutex)
 {
-    const long page = std::max<long>((box.place.bottom - box.place.top) / RowHeight, 1);
+    const long page = std::max<long>((box.rectangle.bottom - box.rectangle.top) / RowHeight, 1);
     switch (key) {
     case VK_UP:
     case VK_LEFT:

@@ -21,7 +21,7 @@ bool readWindowLocked(HWND handle, WindowState& state)
     state.id = window->id;
     state.style = window->style;
     state.exStyle = window->exStyle;
-    state.place = window->place;
+    state.rectangle = window->rectangle;
     state.visible = hasStyle(*window, WS_VISIBLE) && !isToBeDestroyed(*window);
     state.enabled = !hasStyle(*window, WS_DISABLED);
     state.focused = window->thread->focus == handle;

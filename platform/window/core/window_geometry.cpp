@@ -6,8 +6,8 @@ POINT originOf(const Window& window)
 {
     POINT origin{0, 0};
     for (const Window* at = &window; at; at = at->parent) {
-        origin.x += at->place.left;
-        origin.y += at->place.top;
+        origin.x += at->rectangle.left;
+        origin.y += at->rectangle.top;
     }
     return origin;
 }
@@ -23,8 +23,8 @@ BOOL GetWindowRect(HWND handle, RECT* rectangle)
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
     const POINT origin = originOf(*window);
-    *rectangle = {origin.x, origin.y, origin.x + window->place.right - window->place.left,
-                  origin.y + window->place.bottom - window->place.top};
+    *rectangle = {origin.x, origin.y, origin.x + window->rectangle.right - window->rectangle.left,
+                  origin.y + window->rectangle.bottom - window->rectangle.top};
     return TRUE;
 }
 

@@ -9,14 +9,14 @@ namespace platform::window {
 
 namespace {
 
-void placeWindow(Window& window, const Creation& creation) REQUIRES(coreMutex)
+void setFirstRectangle(Window& window, const Creation& creation) REQUIRES(coreMutex)
 {
     const bool wholeArea = creation.x == CW_USEDEFAULT || creation.width == CW_USEDEFAULT;
     if (wholeArea && !hasStyle(window, WS_CHILD))
-        window.place = {0, 0, ScreenWidth, ScreenHeight};
+        window.rectangle = {0, 0, ScreenWidth, ScreenHeight};
     else
-        window.place = {creation.x, creation.y, creation.x + std::max(creation.width, 0),
-                        creation.y + std::max(creation.height, 0)};
+        window.rectangle = {creation.x, creation.y, creation.x + std::max(creation.width, 0),
+                            creation.y + std::max(creation.height, 0)};
 }
 
 std::unique_ptr<ClassState> makeState(const WindowClass& windowClass, DWORD style)
@@ -48,7 +48,7 @@ Window* makeWindow(Creation& creation) REQUIRES(coreMutex)
     window.text = creation.title;
     window.iconId = creation.iconId ? creation.iconId : windowClass->iconId;
     window.state = creation.state ? std::move(creation.state) : makeState(*windowClass, creation.style);
-    placeWindow(window, creation);
+    setFirstRectangle(window, creation);
     if (child) {
         window.parent = parent;
         parent->children.push_back(&window);
@@ -60,7 +60,7 @@ Window* makeWindow(Creation& creation) REQUIRES(coreMutex)
     return &window;
 }
 
-LRESULT sendCreate(HWND window, const Creation& creation, const RECT& place)
+LRESULT sendCreate(HWND window, const Creation& creation, const RECT& rectangle)
 {
     const std::u16string title(creation.title);
     const std::u16string className(creation.className);
@@ -69,10 +69,10 @@ LRESULT sendCreate(HWND window, const Creation& creation, const RECT& place)
     report.hInstance = creation.instance;
     report.hMenu = reinterpret_cast<HMENU>(static_cast<std::intptr_t>(creation.id));
     report.hwndParent = creation.parent;
-    report.cx = place.right - place.left;
-    report.cy = place.bottom - place.top;
-    report.x = place.left;
-    report.y = place.top;
+    report.cx = rectangle.right - rectangle.left;
+    report.cy = rectangle.bottom - rectangle.top;
+    report.x = rectangle.left;
+    report.y = rectangle.top;
     report.style = static_cast<LONG>(creation.style);
     report.lpszName = title.c_str();
     report.lpszClass = className.c_str();
@@ -96,9 +96,9 @@ HWND createWindow(Creation creation)
     if (!made)
         return nullptr;
     const HWND window = made->handle;
-    const RECT place = made->place;
+    const RECT rectangle = made->rectangle;
     lock.unlock();
-    if (sendCreate(window, creation, place) == -1) {
+    if (sendCreate(window, creation, rectangle) == -1) {
         forgetWindow(window);
         return nullptr;
     }

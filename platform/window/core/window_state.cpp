@@ -160,9 +160,26 @@ BOOL GetClientRect(HWND handle, RECT* rectangle)
     const Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
-    *rectangle = {0, 0, window->place.right - window->place.left, window->place.bottom - window->place.top};
+    *rectangle = {0, 0, window->rectangle.right - window->rectangle.left,
+                  window->rectangle.bottom - window->rectangle.top};
     return TRUE;
 }
+
+namespace {
+
+// The rectangle that SetWindowPos asks for, within limits that keep sums of coordinates inside LONG.
+RECT wantedRectangle(const RECT& before, int x, int y, int width, int height, UINT flags)
+{
+    constexpr int Far = 1 << 20;
+    const bool moves = !(flags & SWP_NOMOVE);
+    const bool sizes = !(flags & SWP_NOSIZE);
+    const int left = std::clamp<int>(moves ? x : before.left, -Far, Far);
+    const int top = std::clamp<int>(moves ? y : before.top, -Far, Far);
+    return {left, top, left + std::clamp<int>(sizes ? width : before.right - before.left, 0, Far),
+            top + std::clamp<int>(sizes ? height : before.bottom - before.top, 0, Far)};
+}
+
+}  // namespace
 
 BOOL SetWindowPos(HWND handle, HWND, int x, int y, int width, int height, UINT flags)
 {
@@ -170,25 +187,13 @@ BOOL SetWindowPos(HWND handle, HWND, int x, int y, int width, int height, UINT f
     Window* window = findWindow(handle);
     if (!window)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
-    const RECT before = window->place;
-    RECT& place = window->place;
-    if (flags & SWP_NOMOVE) {
-        x = before.left;
-        y = before.top;
-    }
-    if (flags & SWP_NOSIZE) {
-        width = before.right - before.left;
-        height = before.bottom - before.top;
-    }
-    // Keeps the sums below inside LONG.
-    constexpr int Far = 1 << 20;
-    x = std::clamp(x, -Far, Far);
-    y = std::clamp(y, -Far, Far);
-    width = std::clamp(width, 0, Far);
-    height = std::clamp(height, 0, Far);
-    place = {x, y, x + width, y + height};
+    const RECT before = window->rectangle;
+    const RECT after = wantedRectangle(before, x, y, width, height, flags);
+    window->rectangle = after;
+    width = after.right - after.left;
+    height = after.bottom - after.top;
     const bool sized = width != before.right - before.left || height != before.bottom - before.top;
-    if (sized || x != before.left || y != before.top)
+    if (sized || after.left != before.left || after.top != before.top)
         announce(*window, Change::Placed);
     const bool own = isOwn(*window);
     lock.unlock();

@@ -35,7 +35,7 @@ POINT positionFor(const DialogLaunch& launch, Size size)
 {
     const Lock lock(coreMutex);
     Window* owner = findWindow(launch.owner);
-    const RECT area = owner ? topLevelOf(*owner).place : RECT{0, 0, ScreenWidth, ScreenHeight};
+    const RECT area = owner ? topLevelOf(*owner).rectangle : RECT{0, 0, ScreenWidth, ScreenHeight};
     if (launch.layout.style & DS_CENTER)
         return {std::max((area.left + area.right - size.width) / 2, 0),
                 std::max((area.top + area.bottom - size.height) / 2, 0)};

@@ -51,10 +51,10 @@ LRESULT defaultButton(const DialogState& dialog)
 
 LRESULT moveIntoScreen(Window& dialog) REQUIRES(coreMutex)
 {
-    const RECT before = dialog.place;
+    const RECT before = dialog.rectangle;
     const LONG x = std::max(std::min(before.left, ScreenWidth - (before.right - before.left)), 0);
     const LONG y = std::max(std::min(before.top, ScreenHeight - (before.bottom - before.top)), 0);
-    dialog.place = {x, y, x + before.right - before.left, y + before.bottom - before.top};
+    dialog.rectangle = {x, y, x + before.right - before.left, y + before.bottom - before.top};
     if (x != before.left || y != before.top)
         announce(dialog, Change::Placed);
     return TRUE;

@@ -90,7 +90,7 @@ int xOn(const Parts& parts, TreePart part)
 
 int rowsInView(const Window& window)
 {
-    return std::max(static_cast<int>(window.place.bottom - window.place.top) / RowHeight, 1);
+    return std::max(static_cast<int>(window.rectangle.bottom - window.rectangle.top) / RowHeight, 1);
 }
 
 void bringIntoView(const Window& window, TreeViewState& tree, ItemIndex index)
@@ -120,7 +120,7 @@ POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePa
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit)
 {
     hit.hItem = nullptr;
-    const int height = std::max(static_cast<int>(window.place.bottom - window.place.top), RowHeight);
+    const int height = std::max(static_cast<int>(window.rectangle.bottom - window.rectangle.top), RowHeight);
     hit.flags =
         (hit.pt.y < 0 ? TVHT_ABOVE : 0) | (hit.pt.y >= height ? TVHT_BELOW : 0) | (hit.pt.x < 0 ? TVHT_TOLEFT : 0);
     if (hit.flags != 0)

@@ -29,7 +29,7 @@ struct BandState {
     std::vector<BarButton> buttons;
     WORD bitmapId = 0;  // of the buttons' cells
     WORD imageId = 0;   // the bitmap beside the band's gripper; 0: none
-    RECT place{};       // in the bands, virtual pixels
+    RECT rectangle{};   // in the bands, virtual pixels
     bool gripper = true;
 };
 

@@ -91,7 +91,7 @@ struct Window {
     int id GUARDED_BY(coreMutex) = 0;
     DWORD style GUARDED_BY(coreMutex) = 0;
     DWORD exStyle GUARDED_BY(coreMutex) = 0;
-    RECT place GUARDED_BY(coreMutex){};
+    RECT rectangle GUARDED_BY(coreMutex){};
     std::u16string text GUARDED_BY(coreMutex);
     WORD iconId GUARDED_BY(coreMutex) = 0;
     HWND lastFocus GUARDED_BY(coreMutex) = nullptr;  // top-level: the focus when another window became active

@@ -80,7 +80,7 @@ struct WindowState {
     int id = 0;
     DWORD style = 0;
     DWORD exStyle = 0;
-    RECT place{};          // of the client area: virtual pixels, in the parent's client area or on the screen
+    RECT rectangle{};      // of the client area: virtual pixels, in the parent's client area or on the screen
     bool visible = false;  // this and the next are the window's own: an ancestor may be hidden or disabled
     bool enabled = false;
     bool focused = false;
