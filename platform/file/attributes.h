@@ -5,7 +5,6 @@
 
 #include "ce/types.h"
 
-#include <compare>
 #include <cstdint>
 
 namespace platform::file {
@@ -34,7 +33,11 @@ struct FileKey {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
 
-    auto operator<=>(const FileKey&) const = default;
+    bool operator==(const FileKey&) const = default;
+    bool operator<(const FileKey& other) const
+    {
+        return device != other.device ? device < other.device : inode < other.inode;
+    }
 };
 
 FileKey keyOf(const HostStatus& status);
