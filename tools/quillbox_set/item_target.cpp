@@ -36,11 +36,13 @@ std::string endingOf(database_forms::Form form)
 
 std::u16string targetOf(const Item& item, std::optional<database_forms::Form> form)
 {
+    const ItemKind& kind = KindOf(item.entry.kind);
     if (item.isFile())
         return std::u16string(item.name());
-    if (item.isDatabase())
-        return u"\\" + safeName(item.name()) + platform::text::fromUtf8(form ? endingOf(*form) : ".CDB");
-    return form ? u"\\registry.reg" : u"\\registry.reg-image";
+    if (!kind.list)
+        return form ? u"\\registry.reg" : u"\\registry.reg-image";
+    return u"\\" + safeName(item.name()) +
+           (form && item.isDatabase() ? platform::text::fromUtf8(endingOf(*form)) : kind.ending);
 }
 
 bool leadsInto(std::u16string_view path, std::u16string_view folder)

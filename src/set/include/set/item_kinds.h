@@ -1,6 +1,6 @@
 // item_kinds.h - the kinds of items: a row for each, with all that the rest of the program treats alike in all kinds.
-// How an item is stored is in backup_items.cpp of the engine, how it is restored in restore_run.cpp, what the device
-// has of it in item_names.cpp, and how the tree shows it in tree_model.h.
+// The rest is in the engine, where backup_items.cpp stores an item, restore_run.cpp restores it and item_names.cpp
+// enumerates what the device has, and in tree_model.h of the tree.
 //
 // The main window's thread only.
 #pragma once
@@ -34,6 +34,7 @@ inline DWORD gFullRegistry;
 struct ItemKind {
     BYTE number;          // first byte of its entries
     const char* word;     // what quillbox-set calls it
+    const WCHAR* ending;  // of the file to which quillbox-set extracts one; none for the registry
     DWORD reportedAs;     // what the report of an item that failed calls it (ce/outcome.h)
     ItemList** list;      // null for the registry, a single item (gRegistryMarked)
     DWORD listId;         // tag of the list
@@ -47,6 +48,7 @@ struct ItemKind {
 inline constexpr ItemKind ItemKinds[] = {
     {.number = ItemKindFile,
      .word = "file",
+     .ending = u"",
      .reportedAs = OutcomeFile,
      .list = &gFileList,
      .listId = FileListId,
@@ -57,6 +59,7 @@ inline constexpr ItemKind ItemKinds[] = {
      .message = TextFileFormat},
     {.number = ItemKindDatabase,
      .word = "database",
+     .ending = u".CDB",
      .reportedAs = OutcomeDatabase,
      .list = &gDatabaseList,
      .listId = DatabaseListId,
@@ -67,6 +70,7 @@ inline constexpr ItemKind ItemKinds[] = {
      .message = TextDatabaseFormat},
     {.number = ItemKindRegistry,
      .word = "registry",
+     .ending = nullptr,
      .reportedAs = OutcomeRegistry,
      .list = nullptr,
      .listId = 0,
