@@ -52,7 +52,7 @@ bool stepOverRecords(ImageReader& reader, WORD records)
     WORD properties = 0;
     for (; records > 0 && ReadPropertyCount(reader, properties); --records)
         for (; properties > 0; --properties)
-            if (!StepOverProperty(reader))
+            if (!SkipProperty(reader))
                 return false;
     return records == 0;
 }

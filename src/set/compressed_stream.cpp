@@ -1,5 +1,9 @@
-// compressed_stream.cpp - see compressed_stream.h.
-
+// Both directions work alike: as many blocks as the pipeline takes are read and offered, then the oldest one is awaited
+// and written. So the run's thread reads and writes in the order of the file while the blocks between are packed.
+//
+// The result of a call and its outcome differ on purpose. The result says whether the source could be processed to its
+// end, which decides what a run does next and logs. The outcome says whether nothing is missing from the target, which
+// decides whether an item is reported and its source deleted. A write that fails therefore changes only the outcome.
 #include "set/compressed_stream.h"
 
 #include "set/block_pipeline.h"
@@ -23,7 +27,7 @@ HANDLE OpenTarget(const WCHAR* path)
     return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
 }
 
-// Keeps the reason of the first failure, which the last error tells right behind the call.
+// Called right after a call that failed. Keeps the error of the first one.
 void NoteFailure(StreamOutcome& outcome)
 {
     const DWORD error = GetLastError();
@@ -37,13 +41,11 @@ void NoteFailure(StreamOutcome& outcome, DWORD error)
     NoteFailure(outcome);
 }
 
-// What is written of a target. A write that fails cuts it short: were what follows written all the same, a target could
-// lack bytes in its middle and look whole.
 struct Target {
     HANDLE file;
     StreamOutcome& outcome;
-    bool cut;
-    std::uint64_t bytes;
+    bool cut;             // a write failed, and nothing more is written: a gap in the middle could go unnoticed
+    std::uint64_t bytes;  // written so far
 };
 
 void Write(Target& target, const void* bytes, DWORD count)
@@ -60,48 +62,48 @@ void Write(Target& target, const void* bytes, DWORD count)
 
 void CloseTarget(Target& target)
 {
-    target.cut |= !CloseHandle(target.file);  // the last bytes may not have found room
+    target.cut |= !CloseHandle(target.file);  // writes the last bytes, for which there may be no room
     if (target.cut)
         NoteFailure(target.outcome);
 }
 
-// Small pieces of a stream on their way to its file, so that a small stream costs one write.
+// Gathers the small pieces of a stream, so that a small stream takes one write.
 struct StreamWriter {
     Target target;
-    DWORD waiting;
+    DWORD filled;
     BYTE bytes[8192];
 };
 
-void WriteWaiting(StreamWriter& writer)
+void WriteGathered(StreamWriter& writer)
 {
-    if (writer.waiting != 0)
-        Write(writer.target, writer.bytes, writer.waiting);
-    writer.waiting = 0;
+    if (writer.filled != 0)
+        Write(writer.target, writer.bytes, writer.filled);
+    writer.filled = 0;
 }
 
+// A piece that is larger than the buffer is written directly, after those before it.
 void Put(StreamWriter& writer, const void* bytes, DWORD count)
 {
-    if (count > sizeof writer.bytes - writer.waiting)
-        WriteWaiting(writer);
+    if (count > sizeof writer.bytes - writer.filled)
+        WriteGathered(writer);
     if (count > sizeof writer.bytes) {
         Write(writer.target, bytes, count);
         return;
     }
-    std::memcpy(writer.bytes + writer.waiting, bytes, count);
-    writer.waiting += count;
+    std::memcpy(writer.bytes + writer.filled, bytes, count);
+    writer.filled += count;
 }
 
-// What is read of a source, block by block.
 struct SourceReader {
     HANDLE file;
     DWORD wanted;  // after a short read, later reads ask for no more than it returned
-    bool atEnd;    // the block of no raw bytes was the last one, or the read that met the end
+    bool atEnd;    // the last read met the end: its block, usually one of no raw bytes, closes the stream
     bool failed;
-    std::uint64_t bytes;  // that were read
+    std::uint64_t bytes;  // read so far
 };
 
-// False, with no block, when a read fails.
-bool ReadBlockAhead(SourceReader& source)
+// Reads the next block and offers it to the pipeline. False if the read fails: then no block is offered.
+bool OfferNextBlock(SourceReader& source)
 {
     PipelinedBlock& block = TakeBlock();
     DWORD error = ERROR_SUCCESS;
@@ -115,46 +117,50 @@ bool ReadBlockAhead(SourceReader& source)
     return !source.failed;
 }
 
-// Blocks, the last one of no raw bytes. Stops behind the last whole block when a read fails.
+// Keeps the pipeline full while there is something to read, and writes the blocks in their order. After a failed read
+// the blocks before it are still written.
 BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
 {
-    DWORD inFlight = 0;
+    DWORD offered = 0;
     do {
-        while (inFlight < PipelinedBlocks && !source.atEnd && !source.failed) {
-            if (ReadBlockAhead(source))
-                inFlight++;
+        while (offered < PipelinedBlocks && !source.atEnd && !source.failed) {
+            if (OfferNextBlock(source))
+                offered++;
             else
                 NoteFailure(writer.target.outcome);
         }
-        if (inFlight == 0)
+        if (offered == 0)
             return FALSE;
         const PipelinedBlock& block = FinishBlock();
         if (!block.good)
             return FALSE;
         Put(writer, &block.packedBytes, sizeof block.packedBytes);
         Put(writer, block.packed, block.packedBytes);
-        inFlight--;
-    } while (inFlight != 0 || !source.atEnd);
+        offered--;
+    } while (offered != 0 || !source.atEnd);
     return TRUE;
 }
 
+// After a failure blocks can still be in the pipeline. They must be dropped, since the next stream uses it too.
 BOOL PackAll(SourceReader& source, StreamWriter& writer)
 {
     Put(writer, StreamMagic, StreamMagicBytes);
     const BOOL result = PackBlocks(source, writer);
     EmptyPipeline();
-    WriteWaiting(writer);
+    WriteGathered(writer);
     return result;
 }
 
-// A read of 0 bytes counts as the end of the source, but a failing disk may give one before it. A source that grew
-// meanwhile gives more than its length.
-void HoldAgainstLength(const SourceReader& source, PackedStream& packed)
+// A read of 0 bytes counts as the end of the source, but a failing disk can return one before it. More bytes than the
+// length are fine: the source has grown meanwhile.
+void CheckLength(const SourceReader& source, PackedStream& packed)
 {
     if (source.bytes < packed.source.length)
         NoteFailure(packed, ERROR_HANDLE_EOF);
 }
 
+// The stamp is taken before the first read: a source that changes while it is read no longer matches it, and isn't
+// deleted.
 BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
 {
     if (!GetFileStamp(from, &packed.source))
@@ -165,14 +171,14 @@ BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
     CloseTarget(writer.target);
     packed.bytes = writer.target.bytes;
     if (result)
-        HoldAgainstLength(source, packed);
+        CheckLength(source, packed);
     else
         NoteFailure(packed);
     packed.whole = packed.error == ERROR_SUCCESS;
     return result;
 }
 
-// Each folder above the path's last part, from the root on. One that exists already is no failure: the open decides.
+// Makes each folder on the path, from the root on. A failure needs no check: the target can't be opened then.
 void MakeFoldersOf(const WCHAR* path)
 {
     WCHAR prefix[MAX_PATH];
@@ -195,13 +201,14 @@ HANDLE OpenTargetWithFolders(const WCHAR* path)
     return OpenTarget(path);
 }
 
-// The blocks of a stream as they come out of the pipeline.
+// The unpacked blocks of a stream, in their order.
 struct BlockSink {
     Target target;
-    bool closed;    // the closing block of no raw bytes was there
-    bool overlong;  // and another block behind it
+    bool closed;    // the last block had no raw bytes
+    bool overlong;  // a block followed one of no raw bytes
 };
 
+// A stream that is closed more than once is damaged, but its blocks are written all the same.
 void TakeUnpacked(BlockSink& sink, const PipelinedBlock& block)
 {
     sink.overlong |= sink.closed;
@@ -210,31 +217,40 @@ void TakeUnpacked(BlockSink& sink, const PipelinedBlock& block)
         Write(sink.target, block.raw, block.rawBytes);
 }
 
-// The stream ends where the file ends: the closing block is one like any other, and one whose length counts too far is
-// taken as well if what is there unpacks. Such a stream gives 1, but its outcome isn't whole.
+// Reads the next block and offers it. False if there is none, because the stream has ended or can't be read any
+// further.
+bool OfferNextPackedBlock(StreamReader& reader, StreamOutcome& outcome, bool& readable)
+{
+    PipelinedBlock& block = TakeBlock();
+    const PackedBlock packed = ReadPackedBlock(reader, block.packed);
+    if (packed.fault == StreamFault::ReadFailed)
+        NoteFailure(outcome);
+    else if (packed.fault != StreamFault::None)
+        NoteFailure(outcome, ERROR_FILE_CORRUPT);
+    if (packed.bytes == 0) {
+        readable = packed.atEnd;
+        return false;
+    }
+    OfferToUnpack(block, packed.bytes);
+    return true;
+}
+
+// The stream ends where the file ends. The closing block is unpacked like any other. A last block that is shorter than
+// its length says is unpacked too, if that succeeds: then the result is TRUE, but the outcome isn't whole.
 BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
 {
-    StreamOutcome& outcome = sink.target.outcome;
     bool more = true;
     bool readable = true;
-    for (DWORD inFlight = 0;; inFlight--) {
-        while (more && inFlight < PipelinedBlocks) {
-            PipelinedBlock& block = TakeBlock();
-            const PackedBlock packed = ReadPackedBlock(reader, block.packed);
-            if (packed.fault == StreamFault::ReadFailed)
-                NoteFailure(outcome);
-            else if (packed.fault != StreamFault::None)
-                NoteFailure(outcome, ERROR_FILE_CORRUPT);
-            more = packed.bytes != 0;
-            readable = more || packed.atEnd;
-            if (more) {
-                OfferToUnpack(block, packed.bytes);
-                inFlight++;
-            }
+    DWORD offered = 0;
+    for (;;) {
+        while (more && offered < PipelinedBlocks) {
+            more = OfferNextPackedBlock(reader, sink.target.outcome, readable);
+            offered += more ? 1 : 0;
         }
-        if (inFlight == 0)
+        if (offered == 0)
             return readable;
         const PipelinedBlock& block = FinishBlock();
+        offered--;
         if (!block.good)
             return FALSE;
         TakeUnpacked(sink, block);
@@ -265,10 +281,10 @@ BOOL UnpackTo(StreamReader& reader, const WCHAR* path, StreamOutcome& unpacked)
 
 }  // namespace
 
-BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* told)
+BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* outcome)
 {
-    PackedStream unasked;
-    PackedStream& packed = told ? *told : unasked;
+    PackedStream unused;
+    PackedStream& packed = outcome ? *outcome : unused;
     packed = {};
     if (!CodecWorks()) {
         NoteFailure(packed, ERROR_GEN_FAILURE);
@@ -291,10 +307,10 @@ BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* told)
     return result;
 }
 
-BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* told)
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* outcome)
 {
-    StreamOutcome unasked;
-    StreamOutcome& unpacked = told ? *told : unasked;
+    StreamOutcome unused;
+    StreamOutcome& unpacked = outcome ? *outcome : unused;
     unpacked = {};
     if (!CodecWorks()) {
         NoteFailure(unpacked, ERROR_GEN_FAILURE);

@@ -1,5 +1,3 @@
-// database_image.cpp - writing an image; see database_image.h.
-
 #include "set/database_image.h"
 
 #include "set/set_entry.h"
@@ -20,7 +18,7 @@ struct ImageWriter {
     HANDLE file;
     BYTE buffer[WriterBytes];
     DWORD filled;
-    bool failed;  // a byte of the image isn't in its file
+    bool failed;  // the file lacks bytes of the image
 };
 
 void Flush(ImageWriter& writer)
@@ -32,7 +30,7 @@ void Flush(ImageWriter& writer)
     writer.filled = 0;
 }
 
-// Bytes as they stand; an image is little-endian, as the device is.
+// Writes the bytes unchanged, since both the image and the device are little-endian.
 void Put(ImageWriter& writer, const void* bytes, DWORD count)
 {
     if (count > WriterBytes - writer.filled)
@@ -73,7 +71,7 @@ void PutHeader(ImageWriter& writer, const CEDBASEINFO& info)
     }
 }
 
-// Types that the format has no value for are an id and flags alone.
+// A type without a value in the format has only its id and flags.
 void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
 {
     PutValue(writer, property.propid);
@@ -102,10 +100,10 @@ void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
     PutValue(writer, property.wFlags);
 }
 
-// False if the record can't be read: it is an empty one then, since the header's count has been written.
+// False if the record can't be read. An empty record is written instead, because the header already has their number.
 bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
 {
-    // Each record starts small, whatever the one before it needed.
+    // The call enlarges the buffer for a large record. The next record begins with a small one again.
     auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, RecordBufferBytes));
     DWORD bytes = buffer ? RecordBufferBytes : 0;
     WORD count = 0;
@@ -122,7 +120,8 @@ bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
     return read;
 }
 
-// From the last record to the first. False if the image lacks one that the database has, or that the header counts.
+// Writes the records from the last to the first, exactly `expected` of them. False if the database has more or fewer,
+// or one can't be read.
 bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
 {
     bool complete = true;
@@ -141,7 +140,7 @@ bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
     return complete;
 }
 
-// Whether the walk went well. Where no image can be made there is nothing to walk for: its packing fails.
+// Whether all records were read. TRUE also if the image can't be created: then there is no file, and packing it fails.
 BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* name, BOOL& made)
 {
     WCHAR path[MAX_PATH];
@@ -166,8 +165,8 @@ BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* nam
 
 BOOL DumpDatabase(const WCHAR* name, BOOL* made)
 {
-    BOOL unasked = FALSE;
-    BOOL& imageMade = made ? *made : unasked;
+    BOOL unused = FALSE;
+    BOOL& imageMade = made ? *made : unused;
     imageMade = FALSE;
     CEOID oid = 0;
     HANDLE database = CeOpenDatabase(&oid, name, 0, 0, nullptr);

@@ -1,5 +1,11 @@
-// database_restore.cpp - making a database from an image; see database_image.h.
-
+// A restore first settles which databases it replaces, then reads the image into the store.
+//
+// If it replaces any, the deletion of the old ones and all records of the new one are one change of the store, which is
+// undone when a record can't be restored. If it replaces none, there is nothing to protect: the records that can be
+// restored are kept.
+//
+// The reader continues after a record that is damaged but whose length is known. A record whose length isn't known is
+// the last one that is read.
 #include "set/database_image.h"
 #include "set/image_reader.h"
 #include "set/set_questions.h"
@@ -17,14 +23,14 @@ namespace {
 
 constexpr DWORD ExtensionChars = 4;  // ".CDB"
 
-// Databases that the user gives up for the image's: that of the path's name, and that of the image's.
-struct GivenUp {
+// Databases that the user has agreed to replace: that with the name in the path, and that with the name in the image.
+struct ReplacedDatabases {
     CEOID oids[2];
     DWORD count;
 };
 
-// The path is the database's name between the root and the extension. A folder belongs to the name, so that
-// "sub\Target" is never taken for "Target".
+// The name is the path between the root and the extension. A folder is part of it, so that "sub\Target" is another
+// database than "Target".
 void NameOfPath(WCHAR (&name)[NameChars], const WCHAR* imagePath)
 {
     CopyText(name, *imagePath == u'\\' ? imagePath + 1 : imagePath);
@@ -54,22 +60,23 @@ bool MayReplace(const WCHAR* name)
     return answer == IDYES;
 }
 
-// RestoreDone if nothing of that name is in the way any more. None is asked for twice.
-RestoreResult GiveUp(GivenUp& givenUp, const WCHAR* name)
+// Asks the user if there is a database of this name that hasn't been asked for yet. RestoreDone if it may be replaced
+// or there is none.
+RestoreResult AskToReplace(ReplacedDatabases& replaced, const WCHAR* name)
 {
     const CEOID oid = FindDatabase(name);
-    // No database has a name that is refused.
+    // A name that the store refuses is that of no database.
     if (oid == 0 && GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_INVALID_PARAMETER)
         return RestoreFailed;
-    if (oid == 0 || std::find(givenUp.oids, givenUp.oids + givenUp.count, oid) != givenUp.oids + givenUp.count)
+    if (oid == 0 || std::find(replaced.oids, replaced.oids + replaced.count, oid) != replaced.oids + replaced.count)
         return RestoreDone;
     if (!MayReplace(name))
         return RestoreDeclined;
-    givenUp.oids[givenUp.count++] = oid;
+    replaced.oids[replaced.count++] = oid;
     return RestoreDone;
 }
 
-// Made anew, or the one that couldn't be deleted. The store keeps no more than its own number of sort orders.
+// Opens a new database, or the old one if that couldn't be deleted. The store takes at most CEDB_MAXSORTORDER orders.
 HANDLE MakeDatabase(const ImageHeader& header)
 {
     CEOID oid =
@@ -79,7 +86,7 @@ HANDLE MakeDatabase(const ImageHeader& header)
     return CeOpenDatabase(&oid, header.name, 0, CEDB_AUTOINCREMENT, nullptr);
 }
 
-// From here on each step gives 0, or the error of what isn't restored.
+// Each function from here on returns 0, or the error of the first thing that isn't restored.
 
 DWORD EmptyDatabase(HANDLE database)
 {
@@ -96,13 +103,13 @@ DWORD EmptyDatabase(HANDLE database)
     }
 }
 
-void StepOverProperties(ImageReader& reader, WORD count)
+void SkipProperties(ImageReader& reader, WORD count)
 {
-    while (count > 0 && StepOverProperty(reader))
+    while (count > 0 && SkipProperty(reader))
         count--;
 }
 
-// Reads so many properties and makes a record of them, in one write: no kill leaves a part of it.
+// Reads `count` properties and writes them as one record in one call, so that a killed restore leaves no part of one.
 DWORD RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* properties, WORD count)
 {
     WORD read = 0;
@@ -111,7 +118,7 @@ DWORD RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* propert
     DWORD error = 0;
     if (read < count) {
         error = reader.error;
-        StepOverProperties(reader, static_cast<WORD>(count - read - 1));
+        SkipProperties(reader, static_cast<WORD>(count - read - 1));
     } else if (CeWriteRecordProps(database, 0, count, properties) == 0) {
         error = GetLastError();
     }
@@ -119,7 +126,7 @@ DWORD RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* propert
     return error;
 }
 
-// Of a record that has no properties nothing is made.
+// A record without properties is left out.
 DWORD RestoreRecord(ImageReader& reader, HANDLE database)
 {
     WORD count = 0;
@@ -133,7 +140,7 @@ DWORD RestoreRecord(ImageReader& reader, HANDLE database)
     }
     auto* properties = static_cast<CEPROPVAL*>(LocalAlloc(LMEM_FIXED, count * sizeof(CEPROPVAL)));
     if (!properties) {
-        StepOverProperties(reader, count);
+        SkipProperties(reader, count);
         return ERROR_NOT_ENOUGH_MEMORY;
     }
     const DWORD error = RestoreProperties(reader, database, properties, count);
@@ -141,7 +148,7 @@ DWORD RestoreRecord(ImageReader& reader, HANDLE database)
     return error;
 }
 
-// All of them, or all that can be: one that can't costs only itself.
+// Stops at the first record that can't be restored if `allOrNone`; otherwise it restores the others.
 DWORD RestoreRecords(ImageReader& reader, HANDLE database, WORD records, bool allOrNone)
 {
     DWORD first = 0;
@@ -161,28 +168,28 @@ DWORD FillDatabase(ImageReader& reader, const ImageHeader& header, bool allOrNon
     DWORD error = EmptyDatabase(database);
     if (error == 0)
         error = RestoreRecords(reader, database, header.recordCount, allOrNone);
-    // What was written without an open change is on the disk only now.
+    // Outside of a store change the close writes the records to the disk.
     if (!CloseHandle(database) && error == 0)
         error = GetLastError();
     return error;
 }
 
-// The old ones go only together with the coming of a whole new one.
-DWORD Replace(const GivenUp& givenUp, ImageReader& reader, const ImageHeader& header)
+// Deletes the old databases and fills the new one in one change of the store.
+DWORD Replace(const ReplacedDatabases& replaced, ImageReader& reader, const ImageHeader& header)
 {
     if (!BeginStoreChange())
         return GetLastError();
-    for (DWORD i = 0; i < givenUp.count; i++)
-        (void)CeDeleteDatabase(givenUp.oids[i]);
+    for (DWORD i = 0; i < replaced.count; i++)
+        (void)CeDeleteDatabase(replaced.oids[i]);
     const DWORD error = FillDatabase(reader, header, true);
     const BOOL ended = EndStoreChange(error == 0);
     return error == 0 && !ended ? GetLastError() : error;
 }
 
-RestoreResult RestoreFrom(HANDLE image, const WCHAR* ownName)
+RestoreResult RestoreFrom(HANDLE image, const WCHAR* pathName)
 {
-    GivenUp givenUp = {};
-    RestoreResult result = GiveUp(givenUp, ownName);
+    ReplacedDatabases replaced = {};
+    RestoreResult result = AskToReplace(replaced, pathName);
     if (result != RestoreDone)
         return result;
     ImageReader reader;
@@ -192,10 +199,10 @@ RestoreResult RestoreFrom(HANDLE image, const WCHAR* ownName)
         SetLastError(reader.error);
         return RestoreFailed;
     }
-    result = GiveUp(givenUp, header.name);
+    result = AskToReplace(replaced, header.name);
     if (result != RestoreDone)
         return result;
-    const DWORD error = givenUp.count > 0 ? Replace(givenUp, reader, header) : FillDatabase(reader, header, false);
+    const DWORD error = replaced.count > 0 ? Replace(replaced, reader, header) : FillDatabase(reader, header, false);
     SetLastError(error);
     return error == 0 ? RestoreDone : RestoreFailed;
 }
@@ -207,9 +214,9 @@ RestoreResult RestoreDatabase(const WCHAR* imagePath)
     HANDLE image = CreateFileW(imagePath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (image == INVALID_HANDLE_VALUE)
         return RestoreFailed;
-    WCHAR ownName[NameChars];
-    NameOfPath(ownName, imagePath);
-    const RestoreResult result = RestoreFrom(image, ownName);
+    WCHAR pathName[NameChars];
+    NameOfPath(pathName, imagePath);
+    const RestoreResult result = RestoreFrom(image, pathName);
     CloseHandle(image);
     return result;
 }

@@ -1,5 +1,3 @@
-// image_reader.cpp - see image_reader.h.
-
 #include "set/image_reader.h"
 
 #include "ce/file.h"
@@ -21,7 +19,7 @@ bool HasSize(CEPROPID property)
     return IsText(property) || LOWORD(property) == CEVT_BLOB;
 }
 
-// Bytes of a value that has no size of its own.
+// The size of a value whose type determines it.
 DWORD FixedBytes(CEPROPID property)
 {
     switch (LOWORD(property)) {
@@ -53,7 +51,7 @@ BOOL End(ImageReader& reader)
     return Fail(reader, reader.readError != ERROR_SUCCESS ? reader.readError : ERROR_HANDLE_EOF);
 }
 
-// A name that ends before its last character is its first part.
+// A NUL before the last character ends the name there.
 bool TakeName(ImageReader& reader, WCHAR (&name)[NameChars])
 {
     DWORD bytes = 0;
@@ -74,14 +72,14 @@ bool TakeSortSpecs(ImageReader& reader, ImageHeader& header)
     return true;
 }
 
-// What a text or blob adds to a record's content.
+// The bytes that count towards MaxRecordContent: those of a text without its NUL.
 DWORD ContentOf(CEPROPID property, DWORD bytes)
 {
     return IsText(property) ? std::max<DWORD>(bytes, sizeof(WCHAR)) - DWORD{sizeof(WCHAR)} : bytes;
 }
 
-// The value of a text or blob whose bytes the file has. 0, or why it isn't there: where that is no fault of the file,
-// nothing of it is taken.
+// Reads the value of a text or blob, `bytes` of which the file has. Returns 0 or an error. Unless that is
+// ERROR_HANDLE_EOF, nothing of the value has been read.
 DWORD TakeSizedValue(ImageReader& reader, DWORD bytes, CEPROPVAL& property)
 {
     const DWORD content = ContentOf(property.propid, bytes);
@@ -89,7 +87,7 @@ DWORD TakeSizedValue(ImageReader& reader, DWORD bytes, CEPROPVAL& property)
         return ERROR_GEN_FAILURE;
     reader.content += content;
     const DWORD whole = IsText(property.propid) ? bytes & ~DWORD{1} : bytes;
-    // Room for a NUL, whether or not the text brings its own.
+    // With a NUL, since the text may lack its own.
     auto* block = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, std::size_t{whole} + sizeof(WCHAR)));
     if (!block)
         return ERROR_NOT_ENOUGH_MEMORY;
@@ -158,13 +156,13 @@ BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property)
         return End(reader);
     if (HasSize(property.propid))
         return ReadSizedProperty(reader, property);
-    // Every member of the union begins where it does, with the bytes of the file.
+    // All members of the union have the same address, so the bytes of the file can be read into any of them.
     const DWORD bytes = FixedBytes(property.propid);
     const bool whole = TakeBytes(reader, &property.val, bytes) == bytes && TakeValue(reader, property.wFlags);
     return whole ? TRUE : End(reader);
 }
 
-BOOL StepOverProperty(ImageReader& reader)
+BOOL SkipProperty(ImageReader& reader)
 {
     CEPROPID property = 0;
     if (!TakeValue(reader, property))

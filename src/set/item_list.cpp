@@ -1,5 +1,6 @@
-// item_list.cpp - see item_list.h.
-
+// The list is doubly linked and ends with a sentinel, an empty node that the next Add fills. While the user marks a
+// folder each file is searched before it is added, so there is an index beside the links. It is made by the first
+// search and kept up to date from then on. If there is no memory for it, searches walk the list.
 #include "set/item_list.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ struct Key {
     DWORD length;
 };
 
-// A key of no bytes may have no address either.
+// memcmp must not get a null pointer, which a key of no bytes may have.
 int Compare(const BYTE* left, const BYTE* right, DWORD bytes)
 {
     return bytes == 0 ? 0 : std::memcmp(left, right, bytes);
@@ -43,35 +44,37 @@ bool BeginsWith(const ItemNode* node, Key key)
 
 }  // namespace
 
-// The nodes in byte order of their blobs, a shorter blob before what it begins; equal ones stay in the order in which
-// they were added. So the first node that isn't below a key is the first-added equal one, or else one that begins with
-// the key, or there is none.
+// The nodes, sorted by the bytes of their blobs. A blob comes before the longer ones that begin with it, and equal ones
+// are in the order in which they were added. So the first node that isn't below a key equals it, or begins with it, or
+// no node does. If several are equal to it, it is the one that was added first.
 //
-// Blocks of pointers: a tree's nodes would take five times the memory, and more of it is touched on the way to a blob.
+// The pointers are in blocks of a few hundred. A balanced tree would take five times the memory, and a search would
+// touch more of it.
 struct ItemList::Index {
     using Block = std::vector<ItemNode*>;
     static constexpr std::size_t BlockNodes = 512;
 
-    struct Place {
+    struct Position {
         std::vector<Block>::iterator block;
-        Block::iterator node;  // only where there is a block
+        Block::iterator node;  // valid if there is a block
     };
 
     std::vector<Block> blocks;  // none of them empty
 
-    Place FirstNotBelow(Key key);
+    Position FirstNotBelow(Key key);
     void Insert(ItemNode* added);
-    void Erase(Place place);
+    void Erase(Position position);
 };
 
-ItemList::Index::Place ItemList::Index::FirstNotBelow(Key key)
+// Finds the block by its last node, then the node in the block.
+ItemList::Index::Position ItemList::Index::FirstNotBelow(Key key)
 {
     const auto below = [key](const ItemNode* node) { return BlobLess(KeyOf(node), key); };
     const auto block = std::ranges::partition_point(blocks, [&](const Block& each) { return below(each.back()); });
     return {block, block == blocks.end() ? Block::iterator() : std::ranges::partition_point(*block, below)};
 }
 
-// Behind its equals.
+// Inserts after equal nodes. A full block is split in two halves.
 void ItemList::Index::Insert(ItemNode* added)
 {
     if (blocks.empty()) {
@@ -94,11 +97,11 @@ void ItemList::Index::Insert(ItemNode* added)
     block->insert(std::ranges::partition_point(*block, notAbove), added);
 }
 
-void ItemList::Index::Erase(Place place)
+void ItemList::Index::Erase(Position position)
 {
-    place.block->erase(place.node);
-    if (place.block->empty())
-        blocks.erase(place.block);
+    position.block->erase(position.node);
+    if (position.block->empty())
+        blocks.erase(position.block);
 }
 
 ItemList::ItemList(DWORD tag) : id(tag)
@@ -116,6 +119,7 @@ ItemList::~ItemList()
     }
 }
 
+// Both allocations are made before the list changes, so that it is unchanged if one fails.
 BOOL ItemList::Add(const void* blob, DWORD bytes)
 {
     if (!tail)
@@ -143,8 +147,8 @@ BOOL ItemList::Contains(const void* key, DWORD bytes)
 {
     const Key wanted = {static_cast<const BYTE*>(key), bytes};
     if (Index* sorted = GetIndex()) {
-        const Index::Place place = sorted->FirstNotBelow(wanted);
-        return place.block != sorted->blocks.end() && BeginsWith(*place.node, wanted);
+        const Index::Position position = sorted->FirstNotBelow(wanted);
+        return position.block != sorted->blocks.end() && BeginsWith(*position.node, wanted);
     }
     const ItemNode* node = head;
     while (node && node->data && !BeginsWith(node, wanted))
@@ -157,10 +161,10 @@ BOOL ItemList::Remove(const void* key, DWORD bytes)
     ItemNode* node = TakeFirstEqual(key, bytes);
     if (!node)
         return FALSE;
-    node->next->prev = node->prev;  // every entry has a next: the sentinel at least
+    node->next->prev = node->prev;  // each entry has a next node, at least the sentinel
     (node->prev ? node->prev->next : head) = node->next;
     if (cursor == node)
-        cursor = nullptr;  // a walk that was broken off must not go on from a dead node
+        cursor = nullptr;  // a walk that was ended early must not continue from a deleted node
     delete[] node->data;
     delete node;
     count--;
@@ -199,7 +203,7 @@ BOOL ItemList::DeliverCursor(void* buffer, DWORD* length) const
     return TRUE;
 }
 
-// Null without memory for it: then a search walks the list.
+// Null if there is no memory for the index: then a search walks the list.
 ItemList::Index* ItemList::GetIndex()
 {
     if (index)
@@ -222,20 +226,20 @@ void ItemList::PutIntoIndex(ItemNode* added)
     try {
         index->Insert(added);
     } catch (const std::bad_alloc&) {
-        index.reset();  // an index that lacks an entry would be worse than none
+        index.reset();  // an index that lacks an entry would give wrong answers
     }
 }
 
-// The first-added node that equals the key, no longer in the index.
+// Finds the node that equals the key and removes it from the index. Null if there is none.
 ItemNode* ItemList::TakeFirstEqual(const void* key, DWORD bytes)
 {
     const Key wanted = {static_cast<const BYTE*>(key), bytes};
     if (Index* sorted = GetIndex()) {
-        const Index::Place place = sorted->FirstNotBelow(wanted);
-        if (place.block == sorted->blocks.end() || !Equals(*place.node, wanted))
+        const Index::Position position = sorted->FirstNotBelow(wanted);
+        if (position.block == sorted->blocks.end() || !Equals(*position.node, wanted))
             return nullptr;
-        ItemNode* node = *place.node;
-        sorted->Erase(place);
+        ItemNode* node = *position.node;
+        sorted->Erase(position);
         return node;
     }
     ItemNode* node = head;

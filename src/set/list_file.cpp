@@ -1,5 +1,3 @@
-// list_file.cpp - see list_file.h.
-
 #include "set/list_file.h"
 
 #include "set/list_reader.h"
@@ -12,20 +10,20 @@
 
 namespace {
 
-// Readers take it and do nothing with it.
+// Readers ignore it.
 constexpr BYTE EntryFlag = 1;
 
 constexpr WCHAR DataEnding[] = u"QDT";
 constexpr std::size_t EndingChars = 3;
 
-// A count short of what was asked is a failure, whatever the call says.
+// A short write is a failure, also if the call reports success.
 bool Write(HANDLE file, const void* bytes, DWORD count)
 {
     DWORD written = 0;
     return WriteFile(file, bytes, count, &written, nullptr) && written == count;
 }
 
-// The writes of one entry's head: each is tried, each failure told.
+// Writes the fields of an entry. Each is tried, also after a failure.
 struct EntryWriter {
     HANDLE list;
     WriteFailed failed;
@@ -42,12 +40,11 @@ void WriteField(EntryWriter& writer, const void* bytes, DWORD count)
         writer.failed(writer.context);
 }
 
-// What a load is told to keep, and whether the list is damaged in a way that costs an entry.
 struct ListLoad {
     EntryFilter keep;
     void* context;
-    bool lacksEntries;
-    bool hasRegistry;  // an entry whose offsets name a stream
+    bool lacksEntries;  // the damage of the list has cost entries
+    bool hasRegistry;   // gRegistryEntry is an entry with a stream
 };
 
 bool Keeps(const ListLoad& load, BYTE kind, const ListEntry& entry)
@@ -62,12 +59,12 @@ void AddToList(const ItemKind& kind, const ListEntry& entry)
         ReportItem(OutcomeNotRestored, kind.reportedAs, entry.blob.name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
-// The last one counts, whatever its name looks like, but none without a stream in place of one with a stream: the zeros
-// or the cut entry behind a damaged list are no registry.
+// Of several entries the last one counts, except that one without a stream doesn't replace one with a stream: it comes
+// from zeros or a cut entry at the end of a damaged list.
 void TakeRegistry(ListLoad& load, const ListEntry& entry)
 {
     const bool namesStream = entry.endOffset > entry.startOffset;
-    // Of another kind than a backup writes, or one of several: an entry of a file or database may have stood here.
+    // A backup writes one such entry and no unknown kind, so this one may have been a file's or database's.
     load.lacksEntries |= load.hasRegistry || entry.kind != ItemKindRegistry;
     if (load.hasRegistry && !namesStream)
         return;

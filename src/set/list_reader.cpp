@@ -1,15 +1,13 @@
-// list_reader.cpp - see list_reader.h.
-
 #include "set/list_reader.h"
 
 #include <algorithm>
 
 namespace {
 
-// Fewer bytes than these open no entry: kind and flag alone say nothing.
+// Kind and flag. If the file ends right after them, they are no entry.
 constexpr DWORD KindBytes = 2;
 
-// What is wrong with a text of `length` characters, of which `characters` stand in a buffer for `room`.
+// The faults of a text of `length` characters, of which `characters` are in a buffer for `room`.
 DWORD FaultsOfText(const WCHAR* text, DWORD characters, DWORD length, DWORD room)
 {
     if (length == 0)
@@ -22,8 +20,8 @@ DWORD FaultsOfText(const WCHAR* text, DWORD characters, DWORD length, DWORD room
     return end + 1 == text + length ? 0 : DWORD{TextEndsEarly};
 }
 
-// Takes a text of which the file says that it has `length` characters with its terminator. As much as fits `room`
-// stays, and a NUL always ends it.
+// Reads a text of `length` characters with its NUL. What doesn't fit `room` is skipped, and the result is always
+// terminated.
 DWORD TakeText(ListReader& reader, DWORD length, WCHAR* text, DWORD room)
 {
     const DWORD kept = std::min(length, room);
@@ -56,7 +54,7 @@ DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars])
     const DWORD faults = TakeText(reader, length, comment, CommentChars);
     const std::size_t characters = wcslen(comment);
     if (length >= CommentChars && characters == CommentChars - 1 && IsHighSurrogate(comment[characters - 1]))
-        comment[characters - 1] = 0;  // half a character is none
+        comment[characters - 1] = 0;  // no half of a surrogate pair
     return faults;
 }
 

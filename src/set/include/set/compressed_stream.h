@@ -1,18 +1,18 @@
-// compressed_stream.h - one file as one LZO1X stream and back, path to path (docs/format.md, "Compressed stream").
-// Knows nothing of sets.
+// compressed_stream.h - packs a file into a stream and unpacks a stream into a file, by their paths (docs/format.md,
+// "Compressed stream"). Independent of sets.
 //
-// One operation at a time, those of stream_decoding.h included: all use the same static buffers. The run's thread only.
+// One operation at a time, since there is one pipeline of blocks (block_pipeline.h). The run's thread only. A second
+// thread takes part in the packing during a run; the files are read and written in the same order without it.
 #pragma once
 
 #include "ce/file_deletion.h"
 #include "ce/types.h"
 
-// What became of a target beside the result of the call.
 struct StreamOutcome {
-    BOOL made;    // the target is a new file, so that what stands at its path is no other's
+    BOOL made;    // the target was created: the file at its path isn't an older one
     BOOL whole;   // all of the source is in the target
-    DWORD error;  // unless whole: of the first call that failed, ERROR_HANDLE_EOF for a source that gave fewer bytes
-                  // than it is long, ERROR_FILE_CORRUPT for a stream that is damaged or not closed
+    DWORD error;  // if it isn't whole: of the first call that failed; ERROR_HANDLE_EOF if fewer bytes were read than
+                  // the source is long; ERROR_FILE_CORRUPT if the stream is damaged or not closed
 };
 
 struct PackedStream : StreamOutcome {
@@ -21,16 +21,17 @@ struct PackedStream : StreamOutcome {
     FileStamp source;     // what the source was before the first read
 };
 
-// Packs `source` into a new file `target`; an old target is replaced, one that can't be is left.
-// 1: the source was read to its end. That doesn't promise a whole stream, since a full card can cut it, and a failing
-//    disk can end a source early.
-// 0: if the source couldn't be opened there is no new target, otherwise it holds the blocks so far.
+// Packs `source` into the new file `target`. An old target is replaced, or left if it can't be.
+// 1: the source was read to its end. The stream can still lack bytes, if the card is full or a failing disk ended the
+//    source early: `packed` says whether it is whole.
+// 0: otherwise. If the source couldn't be opened there is no new target, else it has the blocks so far.
 // `packed` may be null.
 BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* packed = nullptr);
 
-// Unpacks the stream `source` into a new file `target`, whose missing folders are made; an old target is replaced.
-// 1: the stream was read to its end and every block unpacked. Whether the target took all of it is not looked at, nor
-//    whether the stream has its closing block.
-// 0: if the source isn't a stream the target is untouched, otherwise it holds the blocks before the fault.
+// Unpacks the stream `source` into the new file `target` and makes the folders that are missing on its path. An old
+// target is replaced.
+// 1: the stream was read to its end and each block was unpacked. The target can still lack bytes, and the stream its
+//    closing block: `unpacked` says whether it is whole.
+// 0: otherwise. If the source isn't a stream the target is unchanged, else it has the blocks before the fault.
 // `unpacked` may be null.
 BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* unpacked = nullptr);

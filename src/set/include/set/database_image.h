@@ -1,32 +1,33 @@
-// database_image.h - a database of the object store as a file and back (docs/format.md, "Database image"). Knows
-// nothing of sets.
+// database_image.h - writes a database of the object store to an image file and makes a database from one
+// (docs/format.md, "Database image"). Independent of sets. RestoreDatabase is defined in database_restore.cpp.
 //
 // The run's thread only.
 #pragma once
 
 #include "ce/types.h"
 
-// Writes the image of a database into "%s.CDB" in the root of the device, over an old one.
-// 1: the walk has ended, or no image can be made. One that couldn't be written whole is deleted again, so that its
-//    packing fails instead of storing less than the database holds.
-// 0: the database can't be opened; or it isn't whole: a record can't be read, and an empty one stands in its place, or
-//    it has more or fewer records than it counts. The store tells its host of each.
-// `made`, if it isn't null: whether the image was begun. Otherwise what stands at its path is somebody else's.
+// Writes the image of a database into "%s.CDB" in the root of the device. An old file is replaced.
+// 1: all records were read, or the image can't be created. An image that couldn't be written whole is deleted, so that
+//    packing it fails instead of storing less than the database has.
+// 0: the database can't be opened or isn't whole. A record that can't be read is empty in the image. It also isn't
+// whole
+//    if it has more or fewer records than it says. The store reports each of these to its host.
+// `made`, if it isn't null, is whether a new file was created. If it is false, a file at the path is the user's.
 BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);
 
 enum RestoreResult {
-    RestoreFailed = 0,    // something of the image isn't in the store; GetLastError() tells why
-    RestoreDone = 1,      // all records are in the database, on the disk
-    RestoreDeclined = 2,  // the user keeps a database that would have to go; nothing was changed
+    RestoreFailed = 0,    // the database lacks something of the image; GetLastError() is the reason
+    RestoreDone = 1,      // all records are in the database and on the disk
+    RestoreDeclined = 2,  // the user didn't allow a replacement; nothing was changed
 };
 
-// Makes a database from an image, which stays. Its name is that in the image.
+// Makes a database from an image, whose file is left. The database gets the name in the image.
 //
-// Each database that must go for it is asked for first: that of the path's name, "sub\Name" for "\sub\Name.CDB", and
-// that of the name in the image, if it is another one. After a Yes the old one goes and the new one comes as one change
-// of the store: on RestoreFailed, or if the process is killed, the old one is still there, whole. With nothing to
-// replace, RestoreFailed leaves all the records that could be had.
+// The user is asked before a database is replaced: the one with the name in the path, "sub\Name" for "\sub\Name.CDB",
+// and the one with the name in the image, if that is another one. The replacement is one change of the store: after
+// RestoreFailed, or if the process is killed, the old database is still whole. If there is nothing to replace,
+// RestoreFailed leaves all records that could be restored.
 //
-// Errors: 38 the image ends too early, 31 it is damaged, or the store is, 87 its name is for no database, 112 no room,
-// 8 no memory, and those of the file calls.
+// Errors: 38 the image ends too early, 31 the image or the store is damaged, 87 no database can have its name, 112 no
+// room, 8 no memory, and those of the file calls.
 RestoreResult RestoreDatabase(const WCHAR* imagePath);

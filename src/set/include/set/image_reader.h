@@ -1,7 +1,7 @@
-// image_reader.h - the bytes of a database image, in their order, whatever state they are in (docs/format.md, "Database
-// image").
+// image_reader.h - reads a database image, whole or damaged (docs/format.md, "Database image").
 //
-// No count or size is believed before the file is known to have the bytes, so memory follows what is really there.
+// Each count and size is compared with the bytes that the file has before it is used, so a damaged image can't make the
+// reader allocate more than that.
 #pragma once
 
 #include "set/buffered_reader.h"
@@ -10,9 +10,9 @@
 #include "ce/store.h"
 #include "ce/types.h"
 
-// What one image may have for its reader's array. No device makes more than 4 sort orders.
+// An image with more sort orders is refused. No device makes more than 4.
 inline constexpr DWORD ImageSortOrders = 90;
-// What a record may have to be read without a block of its own.
+// A record with more properties is read into allocated memory.
 inline constexpr DWORD ImageProperties = 255;
 
 struct ImageReader : BufferedReader {
@@ -28,22 +28,22 @@ struct ImageHeader {
     SORTORDERSPEC sortSpecs[ImageSortOrders];
 };
 
-// Begins at the start of a file that is open for reading.
+// Begins to read `file`, which is open for reading, at its start.
 void StartImageReader(ImageReader& reader, HANDLE file);
 
-// The fields before the first record. 0 if the file ends within them (38), and with 31 for a name that is empty, longer
-// than 260 characters, of half a character or without its NUL, and for more than ImageSortOrders: no record can be read
-// then.
+// Reads the fields before the first record. 0 if the file ends within them (error 38). Also 0, with error 31, if the
+// name is empty, longer than 260 characters, has an odd number of bytes or no NUL, or if there are more than
+// ImageSortOrders. No record can be read then.
 BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header);
 
-// A record is its number of properties, then the properties. Each call gives 0 where the file ends too early (38) or
-// can't be read (the file call's error), and so does every one that follows.
+// A record is the number of its properties, then the properties. Each call returns 0 if the file ends too early (38) or
+// can't be read (the error of the read), and so do all calls after that.
 BOOL ReadPropertyCount(ImageReader& reader, WORD& count);
 
-// A text or blob comes in a block of LocalAlloc, for FreeProperty. A text always ends in a NUL; half a character at its
-// end is left out. Of a type that has no value in an image, `val` is all zeros. On 0 there is no block.
-// 0 also for a value for which there is no memory (8), and where the record's texts and blobs are more than a database
-// takes (31): that one is stepped over, and reading goes on behind it.
+// A text or blob is allocated by LocalAlloc, to be freed by FreeProperty. A text always ends in a NUL; an odd byte at
+// its end is dropped. For a type that has no value in an image `val` is all zeros. On 0 nothing is allocated. 0 also if
+// there is no memory for the value (8), or if the texts and blobs of the record are more than a database takes (31):
+// then the property is skipped, and the next call reads the one after it.
 BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property);
-BOOL StepOverProperty(ImageReader& reader);
+BOOL SkipProperty(ImageReader& reader);
 void FreeProperty(const CEPROPVAL& property);

@@ -1,5 +1,5 @@
-// item_list.h - an ordered list of byte blobs: what the user marked, or what a loaded set holds. Knows nothing of what
-// stands in a blob; every caller's blob begins with a terminated name.
+// item_list.h - an ordered list of byte blobs, for what the user marked or what a loaded set has. The list doesn't
+// interpret the blobs; those of its callers begin with a terminated name.
 //
 // The main window's thread only.
 #pragma once
@@ -8,7 +8,7 @@
 
 #include <memory>
 
-// One link. It owns its blob; nothing else points into it. The last node of a list, the sentinel, has no blob.
+// A node owns its blob. The last node of a list, the sentinel, has none.
 struct ItemNode {
     BYTE* data = nullptr;
     DWORD length = 0;  // bytes; no meaning in the sentinel
@@ -18,36 +18,36 @@ struct ItemNode {
 
 class ItemList {
 public:
-    // Without memory for the sentinel the list stays empty for good: head and tail are null.
+    // If there is no memory for the sentinel, head and tail are null and the list stays empty.
     explicit ItemList(DWORD tag);
     ItemList(const ItemList&) = delete;
     ItemList& operator=(const ItemList&) = delete;
     ~ItemList();
 
-    // Copies `bytes` bytes behind all others, equal ones too. Constant time as long as nobody has searched.
-    // 0 without memory, and then the list is as it was.
+    // Appends a copy of `bytes` bytes, also if there is an equal blob. Constant time before the first search.
+    // 0 if there is no memory, and then the list is unchanged.
     BOOL Add(const void* blob, DWORD bytes);
 
-    // 1 if some blob begins with these bytes: with a name's terminator in the key the test is for that name, without it
-    // for all that begins like it. 0 bytes match any entry.
+    // 1 if a blob begins with these bytes. A key with the NUL of a name matches that name, a key without it all names
+    // that begin with it. 0 bytes match any blob.
     BOOL Contains(const void* key, DWORD bytes);
 
-    // Takes the first-added blob out that equals the key, in length too. 0 if there is none.
+    // Removes the blob that equals the key, the one added first if there are several. 0 if there is none.
     BOOL Remove(const void* key, DWORD bytes);
 
     [[nodiscard]] BOOL IsEmpty() const;
     [[nodiscard]] DWORD Count() const;
 
-    // A walk is First, then Next until it gives 0: each copies one blob into the buffer, which has room for the largest
-    // one, and tells its length in bytes. One walk at a time, and no Add or Remove meanwhile. Next is harmless also
-    // after a First that gave 0 and without one.
+    // A walk is First, then Next until it returns 0. Each copies a blob into `buffer`, which has room for the largest
+    // one, and its length in bytes into `length`. One walk at a time, and no Add or Remove meanwhile. Next returns 0 if
+    // First did, or wasn't called.
     BOOL First(void* buffer, DWORD* length);
     BOOL Next(void* buffer, DWORD* length);
 
     ItemNode* head = nullptr;
     ItemNode* tail = nullptr;    // the sentinel
-    ItemNode* cursor = nullptr;  // of the running walk
-    DWORD id;                    // a tag; nothing here reads it
+    ItemNode* cursor = nullptr;  // of the current walk
+    DWORD id;                    // a tag, which the list doesn't use
 
 private:
     struct Index;
@@ -58,5 +58,5 @@ private:
     ItemNode* TakeFirstEqual(const void* key, DWORD bytes);
 
     DWORD count = 0;
-    std::unique_ptr<Index> index;  // made by the first search, so that a list that is only filled stays small
+    std::unique_ptr<Index> index;  // made by the first search, so that a list without searches stays small
 };

@@ -1,7 +1,7 @@
-// list_reader.h - the bytes of a list file, entry by entry, whatever state they are in (docs/format.md, "List file").
+// list_reader.h - reads a list file entry by entry, whole or damaged (docs/format.md, "List file").
 //
-// Memory doesn't grow with the file, and lengths in it are never trusted: a text that is longer than its buffer is
-// stepped over by the bytes that the file really has, and reading goes on behind it.
+// The memory doesn't grow with the file. A text that is longer than its buffer is skipped, as far as the file has its
+// bytes, and reading continues after it.
 #pragma once
 
 #include "set/buffered_reader.h"
@@ -10,12 +10,12 @@
 
 #include "ce/types.h"
 
-// What is wrong with the head or an entry; several can be.
+// Faults of the head or an entry, to be combined.
 enum ListFault : DWORD {
-    TextEmpty = 1,          // a length of 0: not even a terminator
+    TextEmpty = 1,          // a length of 0: there is not even a NUL
     TextTooLong = 2,        // a length above 260
-    TextNotTerminated = 4,  // its last character is no NUL, and none stands before
-    TextEndsEarly = 8,      // a NUL stands before its last character
+    TextNotTerminated = 4,  // there is no NUL
+    TextEndsEarly = 8,      // there is a NUL before the last character
     CutByEndOfFile = 16,
 };
 
@@ -27,7 +27,7 @@ struct ListReader : BufferedReader {
 struct ListEntry {
     BYTE kind;
     BYTE flag;
-    DWORD nameLength;  // characters, as the file tells
+    DWORD nameLength;  // characters, as it is in the file
     DWORD faults;      // ListFault bits
     DWORD startOffset;
     DWORD endOffset;   // both 0 if the end of the file cuts the entry
@@ -35,15 +35,15 @@ struct ListEntry {
     DWORD blobBytes;
 };
 
-// Begins with a file that is open for reading and stands at its start.
+// Begins to read `file`, which is open for reading and at its start.
 void StartListReader(ListReader& reader, HANDLE file);
 
-// Takes the comment: cut to 259 characters if it is longer, always terminated. Returns ListFault bits.
+// Reads the comment. It is cut to 259 characters if it is longer, and always terminated. Returns ListFault bits.
 DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars]);
 
-// Takes the next entry, whole or not. False at the end.
+// Reads the next entry, also a damaged one. False at the end.
 bool ReadListEntry(ListReader& reader, ListEntry& entry);
 
-// Whether the entry's name can be used: for a file or a database it must be there, terminated and within 260
-// characters, unless the end of the file is what is missing. The registry's name means nothing.
+// Whether the entry's name can be used. The registry's always can, since it has no meaning. Any other must have a NUL
+// and at most 260 characters, unless it is cut by the end of the file.
 bool NameIsUsable(const ListEntry& entry);

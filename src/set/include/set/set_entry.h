@@ -1,5 +1,5 @@
-// set_entry.h - what one item of a set is in memory: its name and, once a set is loaded, where its stream lies
-// (docs/format.md, "Entries in memory").
+// set_entry.h - an item in memory: its name and, in a loaded set, the offsets of its stream (docs/format.md, "Entries
+// in memory").
 #pragma once
 
 #include "set/item_list.h"
@@ -12,11 +12,11 @@
 // A name with its terminator, in characters.
 inline constexpr DWORD NameChars = MAX_PATH;
 
-// The two offsets behind a name, and the largest blob, in bytes.
+// The two offsets after a name, and the largest blob, in bytes.
 inline constexpr DWORD OffsetsBytes = 8;
 inline constexpr DWORD LargestEntryBytes = NameChars * sizeof(WCHAR) + OffsetsBytes;
 
-// Room for any blob of a list. The name comes first in both forms of a blob.
+// Has room for any blob of a list. Each begins with the name; those of a loaded set have the offsets after it.
 union EntryBuffer {
     BYTE bytes[LargestEntryBytes] = {};
     WCHAR name[LargestEntryBytes / sizeof(WCHAR)];
@@ -24,20 +24,20 @@ union EntryBuffer {
 };
 static_assert(sizeof(EntryBuffer) == 528);
 
-// Bytes of a blob that is a name and nothing else.
+// Bytes of a blob without offsets.
 inline DWORD NameBytes(const WCHAR* name)
 {
     return static_cast<DWORD>((wcslen(name) + 1) * sizeof(WCHAR));
 }
 
-// Bytes of the name in a blob with offsets: what the name takes, up to a multiple of 4.
+// Bytes of the name in a blob with offsets, rounded up to a multiple of 4.
 inline DWORD SetEntryNameSize(const WCHAR* name)
 {
     return (NameBytes(name) + 3) & ~DWORD{3};
 }
 
-// Where the item's stream begins in the data file, and one behind its last byte. `blob` is an EntryBuffer's bytes with
-// an entry of a loaded set.
+// The offsets of the stream in the data file: its first byte, and the byte after its last. `blob` is that of an entry
+// of a loaded set.
 inline DWORD EntryStartOffset(const BYTE* blob)
 {
     DWORD offset = 0;
@@ -52,7 +52,7 @@ inline DWORD EntryEndOffset(const BYTE* blob)
     return offset;
 }
 
-// Puts offsets behind the name that stands in `entry`. Returns the bytes of the blob.
+// Appends the offsets to the name in `entry`. Returns the bytes of the blob.
 inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOffset)
 {
     const DWORD nameSize = SetEntryNameSize(entry.name);
@@ -61,8 +61,8 @@ inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOff
     return nameSize + OffsetsBytes;
 }
 
-// Calls visit(const EntryBuffer&) for each blob of a list, in its order; nothing for a list that couldn't be made. The
-// rules of a walk hold (item_list.h).
+// Calls visit(const EntryBuffer&) for each blob of a list, in its order; for none if `list` is null. The list must not
+// change meanwhile (item_list.h).
 template <class Visit>
 void ForEachEntry(ItemList* list, const Visit& visit)
 {
