@@ -1,3 +1,13 @@
+// What holds at any moment of a run, also if the process is killed or the card is full:
+//
+// - An entry of the list is whole or is the last one. A cut entry would hide all entries after it from a reader.
+// - The bytes of a whole entry are in the data file. They are handed to the host before the entry's end offset is
+// written.
+// - run.dataBytes is the length of the data file, so that the next item's start offset is right whatever failed before.
+// - A source is deleted only if its entry is whole, and after a damaged entry none is (source_deletion.h).
+//
+// A failure of an item is noted in run.item and the remaining steps are made all the same, because the log has a line
+// for each failed write.
 #include "backup_entry.h"
 
 #include "engine/options.h"
@@ -24,7 +34,7 @@ void CutEntryOff(BackupRun& run, const BackupEntry& entry)
     const bool cut = SetFilePointer(run.listFile, static_cast<LONG>(entry.start), nullptr, FILE_BEGIN) == entry.start &&
                      SetEndOfFile(run.listFile);
     if (cut)
-        DeleteWaiting(run.deletion, run.listFile, run.dataFile);
+        DeleteCollected(run.deletion, run.listFile, run.dataFile);
     ForbidDeletion(run.deletion);
 }
 

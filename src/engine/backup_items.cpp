@@ -42,7 +42,7 @@ void BackUpFiles(BackupRun& run)
         CopyText(run.itemName, entry.name);
         BackUpFile(run, entry.name);
     });
-    DeleteWaiting(run.deletion, run.listFile, run.dataFile);
+    DeleteCollected(run.deletion, run.listFile, run.dataFile);
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
 }

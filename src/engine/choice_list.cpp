@@ -1,5 +1,3 @@
-// choice_list.cpp - see choice_list.h.
-
 #include "choice_list.h"
 
 #include "ce/text.h"
@@ -13,7 +11,7 @@ void AddChoice(ChoiceList& list, const WCHAR* text)
 {
     if (*text == 0)
         return;
-    list.characters.pop_back();  // the empty text that closes the list
+    list.characters.pop_back();  // the empty text at the end
     list.characters.insert(list.characters.end(), text, text + wcslen(text) + 1);
     list.characters.push_back(0);
 }

@@ -1,5 +1,3 @@
-// directory_walker.cpp - see directory_walker.h.
-
 #include "engine/directory_walker.h"
 
 #include "engine/paths_too_long.h"
@@ -11,11 +9,11 @@
 
 namespace {
 
-// The frame of one level lies on the stack, and the path's length bounds how many there can be.
+// Recursion: each level makes the path longer, so the length of a path limits the depth.
 DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, WalkCallback callback, UINT_PTR context)
 {
     WCHAR subfolder[MAX_PATH];
-    // Its own search path takes one character more.
+    // With room for the pattern of its search.
     if (wcslen(root) + wcslen(name) + 2 >= MAX_PATH) {
         NotePathTooLong(root, name);
         return 0;

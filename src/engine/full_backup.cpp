@@ -149,6 +149,6 @@ DWORD RunFullBackup()
     RenewLists();
     // After the run, so that the set is complete while the message is open, and not if the user cancelled the run.
     if (gLastSetNumber != 0 || nothing)
-        TellPathsTooLong(left);
+        ShowPathsTooLong(left);
     return 1;
 }

@@ -1,5 +1,3 @@
-// paths_too_long.cpp - see paths_too_long.h.
-
 #include "engine/paths_too_long.h"
 
 #include "engine/questions.h"
@@ -13,7 +11,7 @@ PathsTooLong gPathsTooLong;
 
 void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
 {
-    // A walk below a marked folder has its paths without the leading backslash.
+    // The paths of a walk below a marked folder have no leading backslash.
     const WCHAR* format = folder[0] == u'\\' ? u"%s%s" : u"\\%s%s";
     if (gPathsTooLong.count++ == 0)
         wsprintfW(gPathsTooLong.first, format, folder, name);
@@ -23,7 +21,7 @@ void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
         ReportItem(OutcomeNotStored, OutcomeFile, path, ERROR_FILENAME_EXCED_RANGE);
 }
 
-void TellPathsTooLong(const PathsTooLong& left)
+void ShowPathsTooLong(const PathsTooLong& left)
 {
     if (left.count == 0)
         return;

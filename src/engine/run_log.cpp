@@ -1,5 +1,3 @@
-// run_log.cpp - see run_log.h.
-
 #include "run_log.h"
 
 #include "ce/time.h"
@@ -12,8 +10,8 @@ namespace {
 const char LineEnd[] = " \r\n";
 constexpr DWORD LineEndBytes = sizeof LineEnd - 1;
 
-// Bytes of `text` that fit into `room`, whole characters only. The device's code page is UTF-8, where the bytes that
-// go on within a character have the form 10xxxxxx.
+// The number of bytes of `text` that fit into `room`, in whole characters. The device's code page is UTF-8, where each
+// byte of a character after its first is 10xxxxxx.
 DWORD WholeBytes(const char* text, DWORD bytes, DWORD room)
 {
     if (bytes <= room)
@@ -23,8 +21,8 @@ DWORD WholeBytes(const char* text, DWORD bytes, DWORD room)
     return room;
 }
 
-// The picture of a control character (U+2400 and on), in the place of the character: a file's name may hold line
-// breaks, and must not look like further lines of the log.
+// A control character becomes its picture (U+2400 and on). A file's name can have line breaks, which would look like
+// further lines of the log.
 WCHAR PictureOf(WCHAR character)
 {
     constexpr WCHAR Pictures = 0x2400;
@@ -62,11 +60,11 @@ BOOL BackupLog::WriteLine(const WCHAR* message)
     SYSTEMTIME now;
     GetLocalTime(&now);
     WCHAR line[LogChars];
-    // Cut before its end, so that the end always fits.
+    // Leaves room for the line end.
     wnsprintfW(line, LogChars - LineEndBytes, u"LOG(%02d:%02d:%02d): %s", now.wHour, now.wMinute, now.wSecond, message);
     ShowControlCharacters(line);
 
-    // A character takes up to 3 bytes, so the whole line is converted first and then cut.
+    // A character takes up to 3 bytes. So the line is cut after it was converted.
     char bytes[LogChars * 3];
     const int converted = WideCharToMultiByte(GetACP(), 0, line, -1, bytes, sizeof bytes, nullptr, nullptr);
     if (converted == 0)
@@ -76,7 +74,7 @@ BOOL BackupLog::WriteLine(const WCHAR* message)
     count += LineEndBytes;
 
     DWORD written = 0;
-    // A line is in the file as soon as the call returns, whatever becomes of the process.
+    // Handed over, the line is in the file also if the process is killed.
     return WriteFile(handle, bytes, count, &written, nullptr) && HandOverFileBuffers(handle);
 }
 

@@ -1,24 +1,24 @@
-// run_log.h - the plain-text log that a backup can leave beside its set: one line a step or failure.
+// run_log.h - the log that a backup can write beside its set: a text file with one line for each step or failure.
 #pragma once
 
 #include "ce/file.h"
 #include "ce/text.h"
 
-// Longest message and longest line, in characters, and longest line in bytes, each with its NUL. What is longer is cut
-// at a whole character; the line's own end always stands.
+// The longest message and line in characters, and the longest line in bytes, each with its NUL. A longer one is cut at
+// a whole character, before the line end.
 inline constexpr DWORD LogChars = 260;
 inline constexpr DWORD LogBytes = 260;
 
-// Nothing of it ever stops a run: a log that can't be made or written loses its lines and no more.
+// A log that can't be created or written loses its lines. It never ends the run.
 class BackupLog {
 public:
-    // Makes the file anew if gOptions.generateLog is on, otherwise touches nothing.
+    // Creates the file, or replaces an old one, if gOptions.generateLog is on.
     explicit BackupLog(const WCHAR* path);
     BackupLog(const BackupLog&) = delete;
     BackupLog& operator=(const BackupLog&) = delete;
     ~BackupLog() = default;
 
-    // Writes one line at once. 0 when nothing was written.
+    // Writes one line, which is in the file when the call returns. 0 if nothing was written.
     template <class... Arguments>
     BOOL Write(const WCHAR* format, const Arguments&... arguments)
     {

@@ -1,5 +1,3 @@
-// set_paths.cpp - see set_paths.h.
-
 #include "set_paths.h"
 
 #include "ce/text.h"

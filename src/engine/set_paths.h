@@ -7,11 +7,11 @@
 inline constexpr DWORD FirstSetNumber = 1;
 inline constexpr DWORD LastSetNumber = 99;
 
-// `root` is a folder without a trailing backslash, empty for the main device. Each path gets 260 characters.
+// `root` is a folder without a trailing backslash, or empty for the main device.
 bool SetPathsFit(const WCHAR* root);
 void FormatSetFolder(WCHAR (&path)[MAX_PATH], const WCHAR* root);
 void FormatListPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatDataPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatLogPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
-// The stream of the item that is being stored.
+// Of the stream of the current item.
 void FormatTemporaryPath(WCHAR (&path)[MAX_PATH], const WCHAR* root);

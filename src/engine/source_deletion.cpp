@@ -1,5 +1,3 @@
-// source_deletion.cpp - see source_deletion.h.
-
 #include "source_deletion.h"
 
 #include "ce/outcome.h"
@@ -9,7 +7,7 @@ namespace {
 
 void ReportNotDeleted(const WCHAR* path, DWORD error)
 {
-    // What is gone already needs no deletion.
+    // A file that doesn't exist any more is as good as deleted.
     if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
         ReportItem(OutcomeNotDeleted, OutcomeFile, path, error);
 }
@@ -23,34 +21,34 @@ void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileSta
         ReportNotDeleted(path, ERROR_WRITE_FAULT);
         return;
     }
-    StoredSource& source = deletion.sources[deletion.waiting++];
+    StoredSource& source = deletion.sources[deletion.collected++];
     CopyText(source.path, path);
     source.stamp = stamp;
-    if (deletion.waiting == DeletionGroup)
-        DeleteWaiting(deletion, listFile, dataFile);
+    if (deletion.collected == DeletionGroup)
+        DeleteCollected(deletion, listFile, dataFile);
 }
 
-void DeleteWaiting(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile)
+void DeleteCollected(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile)
 {
-    if (deletion.waiting == 0)
+    if (deletion.collected == 0)
         return;
-    // The data first: a list on the disk never names bytes that aren't.
+    // The data first, so that a list on the disk never names data that isn't.
     if (!FlushFileBuffers(dataFile) || !FlushFileBuffers(listFile)) {
         ForbidDeletion(deletion);
         return;
     }
-    for (DWORD i = 0; i < deletion.waiting; i++) {
+    for (DWORD i = 0; i < deletion.collected; i++) {
         const StoredSource& source = deletion.sources[i];
         if (!DeleteUnchangedFile(source.path, &source.stamp))
             ReportNotDeleted(source.path, GetLastError());
     }
-    deletion.waiting = 0;
+    deletion.collected = 0;
 }
 
 void ForbidDeletion(SourceDeletion& deletion)
 {
-    for (DWORD i = 0; i < deletion.waiting; i++)
+    for (DWORD i = 0; i < deletion.collected; i++)
         ReportNotDeleted(deletion.sources[i].path, ERROR_WRITE_FAULT);
     deletion.forbidden = TRUE;
-    deletion.waiting = 0;
+    deletion.collected = 0;
 }

@@ -1,9 +1,9 @@
-// source_deletion.h - "Delete backuped files": a source goes only when nothing can be lost by it.
+// source_deletion.h - the option "Delete backuped files".
 //
-// A source is deleted when its stream is whole and in the data file, the list names it, both are on the disk, and the
-// source is still what was read. Putting a file on the disk takes a card tens of milliseconds, so sources wait here and
-// go in groups. After a fault of the list or of a flush none goes any more in that run. A source that was to be deleted
-// and stays is reported.
+// A source is deleted when its stream is whole and in the data file, the list names it, both files are on the disk, and
+// the source hasn't changed since it was read. A flush of a file takes a card tens of milliseconds, so sources are
+// collected and deleted in groups. After a failed flush or a damaged list no more sources of the run are deleted. A
+// source that should be deleted and isn't is reported.
 #pragma once
 
 #include "ce/file.h"
@@ -18,16 +18,16 @@ struct StoredSource {
 
 struct SourceDeletion {
     BOOL forbidden;
-    DWORD waiting;
+    DWORD collected;  // in `sources`
     StoredSource sources[DeletionGroup];
 };
 
-// Adds a source that is stored whole; when the group is full, it goes. `stamp` is what the source was when it was read.
+// Adds a source that is stored whole. A full group is deleted. `stamp` is that of the source when it was read.
 void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileStamp& stamp, HANDLE listFile,
                       HANDLE dataFile);
 
-// Brings both files to the disk and then deletes what waits. If that fails, what waits stays, and all that follows.
-void DeleteWaiting(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile);
+// Flushes both files and then deletes the collected sources. If a flush fails, these and all later ones are kept.
+void DeleteCollected(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile);
 
-// From here on no source of this run is deleted, those that wait included.
+// Keeps the collected sources and all later ones of the run.
 void ForbidDeletion(SourceDeletion& deletion);

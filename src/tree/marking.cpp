@@ -1,3 +1,7 @@
+// A mark is recorded twice. The lists have the names, and a run takes only those. The items of the tree have a
+// MarkCount, which chooses their images. The two can differ: a folder that isn't expanded has no items for the files
+// that are marked below it, and MarkFolder adds the number of all visited entries to the counts, not that of the marked
+// files. So the counts serve as images alone, and whatever would bring one below zero sets it to 0.
 #include "tree/marking.h"
 
 #include "engine/directory_walker.h"
@@ -252,6 +256,6 @@ DWORD MarkFolder(DWORD mark)
     MarkAncestors(item.handle, mark, total);
     RefreshMarks(gRootFiles);
     if (mark)
-        TellPathsTooLong(left);
+        ShowPathsTooLong(left);
     return 1;
 }

@@ -1,5 +1,5 @@
-// options.h - the one settings record. The runs and the tree read it directly; the dialogs change it in memory;
-// the shell loads it at the start and saves it at the end (docs/format.md, "Options").
+// options.h - the settings (docs/format.md, "Options"). The runs and the tree read them and the dialogs change them.
+// The shell loads them at the start and saves them at the end (options_store.cpp).
 #pragma once
 
 #include "ce/text.h"
@@ -7,17 +7,17 @@
 
 inline constexpr DWORD ExtensionsChars = 260;
 
-// What a restore does with a file that exists. The values are the ids of the dialog's radio buttons.
+// What a restore does with a file that exists. The values are the ids of radio buttons of the options dialog.
 inline constexpr WORD RestoreModeReplace = 1023;
 inline constexpr WORD RestoreModeSkip = 1024;
 inline constexpr WORD RestoreModeAsk = 1025;
 
-// Stored byte for byte in the registry, so its layout is a format: little-endian, 568 bytes.
+// Stored unchanged in the registry, so the layout is a format: little-endian, 568 bytes.
 struct Options {
     WORD restoreMode;
     WORD reserved1;
     DWORD deleteBackedUp;
-    DWORD verifyBackup;  // stored and shown; no run reads it
+    DWORD verifyBackup;  // stored and shown, but without effect
     DWORD generateLog;
     WCHAR extensions[ExtensionsChars];  // NUL-terminated entries of at most 3 characters, closed by an empty one
     FILETIME newerThan;                 // 0: never set
@@ -25,7 +25,7 @@ struct Options {
     DWORD extensionFilterOn;
     DWORD hideByAttribute;  // 1 exactly when hiddenAttributes isn't 0
     DWORD hiddenAttributes;
-    WORD maxBackupSizeMb;  // stored and shown; no run reads it
+    WORD maxBackupSizeMb;  // stored and shown, but without effect
     WORD reserved2;
     DWORD showRomFiles;
 };

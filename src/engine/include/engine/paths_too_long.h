@@ -1,19 +1,19 @@
-// paths_too_long.h - what a walk couldn't take along because its path has more than 259 characters: a backup tool must
-// not be silent about that.
+// paths_too_long.h - the entries that a walk leaves out because their paths have more than 259 characters. The user is
+// told about them at the end of a full backup, or after a folder was marked.
 #pragma once
 
 #include "ce/types.h"
 
 struct PathsTooLong {
     DWORD count;
-    BOOL areItems;          // of a backup: each is reported as one that isn't in the set
-    WCHAR first[MAX_PATH];  // as far as it fits
+    BOOL areItems;          // each is an item of a backup and reported as not stored
+    WCHAR first[MAX_PATH];  // cut to 259 characters
 };
 
-// Of the walk that runs, or ran last. Whoever begins a walk that counts clears it.
+// Result of the latest walk. Cleared before a walk whose result is used.
 extern PathsTooLong gPathsTooLong;
 
 void NotePathTooLong(const WCHAR* folder, const WCHAR* name);
 
-// A message box with how many and the first of them; nothing if there are none.
-void TellPathsTooLong(const PathsTooLong& left);
+// Shows a message box with their number and the first of them; none if there are none.
+void ShowPathsTooLong(const PathsTooLong& left);
