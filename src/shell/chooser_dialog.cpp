@@ -1,4 +1,4 @@
-// chooser_dialog.cpp - dialog 107: a prompt over a list of texts, of which the user picks one.
+// chooser_dialog.cpp - dialog 107: a list of texts, from which the user chooses one.
 
 #include "dialogs.h"
 #include "engine/questions.h"
@@ -13,7 +13,7 @@ namespace {
 constexpr WORD ChooserDialog = 107;
 constexpr int PromptId = 1002;
 constexpr int ChoicesId = 1003;
-constexpr WPARAM HorizontalExtent = 300;  // pixels; paths are longer than the box is wide
+constexpr WPARAM HorizontalExtent = 300;  // pixels, since a path can be wider than the box
 
 struct ChooserParams {
     const WCHAR* choices;  // double-NUL list

@@ -1,5 +1,5 @@
-// filter_dialog.cpp - dialog 110: which files the tree shows. It works on gOptions control by control; Cancel puts the
-// filter back from a saved copy.
+// filter_dialog.cpp - dialog 110: which files the tree shows. Each control changes gOptions at once, and Cancel
+// restores the filter from a saved copy.
 
 #include "dialogs.h"
 #include "engine/options.h"
@@ -18,15 +18,15 @@ constexpr int ExtensionsId = 1015;
 constexpr int NewExtensionId = 1016;
 constexpr int AddId = 1017;
 constexpr int RemoveId = 1018;
-constexpr int DatePlaceId = 1020;
+constexpr int DateFrameId = 1020;
 constexpr int ArchiveId = 1021;
-constexpr int NewerThanId = 1024;  // the date picker's id too: it is reached by its handle alone
+constexpr int NewerThanId = 1024;  // of the date picker too, which is addressed only by its handle
 constexpr int HiddenId = 1026;
 constexpr int SystemId = 1027;
 constexpr int ReadOnlyId = 1028;
 
 constexpr int DatePickerHeight = 20;
-constexpr int ExtensionChars = 4;  // with the NUL: the rest of what was typed is cut off
+constexpr int ExtensionChars = 4;  // with the NUL; a longer input is cut
 
 struct AttributeBox {
     int id;
@@ -34,10 +34,10 @@ struct AttributeBox {
 };
 constexpr AttributeBox AttributeBoxes[] = {{ArchiveId, 0x20}, {HiddenId, 0x02}, {SystemId, 0x04}, {ReadOnlyId, 0x01}};
 
-// Half of the list is what outlives the program, and what an opening of the dialog saves of it.
+// Half of the list: only so much is in the registry, and only so much is copied when the dialog opens.
 constexpr std::size_t SavedExtensionBytes = 260;
 
-// As gOptions stood at the dialog's first opening, but for the list, which is as it stood at this one.
+// gOptions at the first opening of the dialog. Only the list of extensions is copied at each opening.
 Options gFilterSnapshot;
 bool gFilterSnapshotTaken;
 
@@ -73,7 +73,7 @@ void ShowExtensions(HWND dialog)
     });
 }
 
-// Brings the controls in line with gOptions.
+// Shows gOptions in the controls.
 void FilterDialogRefresh(HWND dialog, HWND picker)
 {
     if (gOptions.extensionFilterOn)
@@ -90,23 +90,23 @@ void FilterDialogRefresh(HWND dialog, HWND picker)
         SetCheck(dialog, box.id, (gOptions.hiddenAttributes & box.bit) != 0);
 }
 
+// The dialog template has an edit control where the picker goes.
 void CreateDatePicker(HWND dialog)
 {
-    HWND place = GetDlgItem(dialog, DatePlaceId);
+    HWND frame = GetDlgItem(dialog, DateFrameId);
     RECT rectangle = {};
-    GetWindowRect(place, &rectangle);
+    GetWindowRect(frame, &rectangle);
     POINT topLeft = {rectangle.left, rectangle.top};
     POINT bottomRight = {rectangle.right, rectangle.bottom};
     ScreenToClient(dialog, &topLeft);
     ScreenToClient(dialog, &bottomRight);
-    ShowWindow(place, SW_HIDE);
+    ShowWindow(frame, SW_HIDE);
     gDatePicker = CreateWindowExW(0, u"SysDateTimePick32", nullptr, WS_CHILD | WS_VISIBLE, topLeft.x, topLeft.y,
                                   bottomRight.x - topLeft.x, DatePickerHeight, dialog,
                                   reinterpret_cast<HMENU>(static_cast<INT_PTR>(NewerThanId)), nullptr, nullptr);
 }
 
-// Appends, so that the list stands in the order in which it was typed. A list with no room left takes no more: the new
-// text, its NUL and the NUL that closes the list must fit.
+// Adds the extension at the end of the list, if there is room for its text, its NUL and the NUL that closes the list.
 void AppendExtension(HWND dialog, const WCHAR* extension)
 {
     std::size_t end = 0;
@@ -114,11 +114,11 @@ void AppendExtension(HWND dialog, const WCHAR* extension)
         end += wcslen(each) + 1;
         return true;
     });
-    const std::size_t behind = end + wcslen(extension) + 1;
-    if (behind + 1 > ExtensionsChars)
+    const std::size_t newEnd = end + wcslen(extension) + 1;
+    if (newEnd + 1 > ExtensionsChars)
         return;
     CopyText(gOptions.extensions + end, ExtensionsChars - end, extension);
-    gOptions.extensions[behind] = 0;  // whatever stood behind the list as it was saved
+    gOptions.extensions[newEnd] = 0;  // the saved options can have other characters there
     SetFocus(GetDlgItem(dialog, NewExtensionId));
     FilterDialogRefresh(dialog, gDatePicker);
 }
@@ -134,14 +134,14 @@ void AddExtension(HWND dialog)
     SetDlgItemTextW(dialog, NewExtensionId, u"");
 }
 
-// What remains is written back from the rows, so in their order.
+// Writes the list anew from the rows that are left.
 void RemoveExtension(HWND dialog)
 {
     const LRESULT row = SendDlgItemMessageW(dialog, ExtensionsId, LB_GETCURSEL, 0, 0);
     SendDlgItemMessageW(dialog, ExtensionsId, LB_DELETESTRING, static_cast<WPARAM>(row), 0);
     const LRESULT count = SendDlgItemMessageW(dialog, ExtensionsId, LB_GETCOUNT, 0, 0);
     std::memset(gOptions.extensions, 0, sizeof gOptions.extensions);
-    WCHAR* next = gOptions.extensions;  // the rows fit, since they came from here
+    WCHAR* next = gOptions.extensions;  // the rows fit, since they were read from this list
     for (LRESULT i = 0; i < count; i++)
         next += SendDlgItemMessageW(dialog, ExtensionsId, LB_GETTEXT, static_cast<WPARAM>(i),
                                     reinterpret_cast<LPARAM>(next)) +
@@ -158,9 +158,9 @@ void ClickAttribute(HWND dialog, const AttributeBox& box)
     DeriveHideByAttribute();
 }
 
-// The filter's own fields alone. The copy is as old as the first opening: what else the user has set since, such as
-// that files are deleted once they are stored, must not come back with it.
-void PutFilterBack()
+// Restores only the fields of the filter. The copy is from the first opening, and the other fields can have changed
+// since then: an old value could turn the deletion of stored files on again.
+void RestoreFilter()
 {
     std::memcpy(gOptions.extensions, gFilterSnapshot.extensions, sizeof gOptions.extensions);
     gOptions.newerThan = gFilterSnapshot.newerThan;
@@ -178,7 +178,7 @@ void Command(HWND dialog, int id)
         EndDialog(dialog, 1);
         return;
     case IDCANCEL:
-        PutFilterBack();
+        RestoreFilter();
         EndDialog(dialog, 0);
         return;
     case ExtensionFilterId:

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr WPARAM HorizontalExtent = 300;  // pixels; paths are longer than the box is wide
+constexpr WPARAM HorizontalExtent = 300;  // pixels, since a path can be wider than the box
 
 void AddRow(HWND listBox, BYTE kind, const WCHAR* name)
 {

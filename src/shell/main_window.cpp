@@ -1,4 +1,4 @@
-// main_window.cpp - the entry point and the one top-level window: its bands, its tree, its commands.
+// main_window.cpp - the entry point and the main window with its bands, its tree and its commands.
 
 #include "dialogs.h"
 #include "engine/backup_run.h"
@@ -40,7 +40,7 @@ constexpr UINT ToolBandWidth = 110;
 constexpr int ToolbarButtons = 5;
 constexpr int FirstToolbarCommand = 500;
 HWND gToolBand;
-constexpr int ToolbarImages = 7;  // as many as the bar makes room for; the bitmap holds five
+constexpr int ToolbarImages = 7;  // the bar has room for these; the bitmap has five
 
 constexpr UINT_PTR RootImagesTimer = 1;
 constexpr UINT RootImagesMilliseconds = 500;
@@ -107,7 +107,7 @@ void CreateTree(HWND window)
         SetTimer(window, RootImagesTimer, RootImagesMilliseconds, nullptr);
         return;
     }
-    // The window stays, with its bars and without a tree.
+    // The window remains without a tree.
     DestroyWindow(gTreeView);
     gTreeView = nullptr;
 }

@@ -1,4 +1,4 @@
-// options_dialog.cpp - dialog 111: the settings that have nothing to do with the tree.
+// options_dialog.cpp - dialog 111: all settings but those of the filter.
 
 #include "dialogs.h"
 #include "engine/options.h"
@@ -12,7 +12,7 @@ constexpr int DeleteBackedUpId = 1022;
 constexpr int GenerateLogId = 1026;
 constexpr int MaxBackupSizeId = 1027;
 constexpr int VerifyBackupId = 1028;
-// The radio buttons' ids are the values of restoreMode.
+// The ids of the radio buttons are the values of restoreMode.
 constexpr WORD RestoreModes[] = {RestoreModeReplace, RestoreModeSkip, RestoreModeAsk};
 
 void ShowOptions(HWND dialog)
@@ -26,7 +26,7 @@ void ShowOptions(HWND dialog)
     WCHAR size[MAX_PATH];
     wsprintfW(size, u"%d", gOptions.maxBackupSizeMb);
     SetDlgItemTextW(dialog, MaxBackupSizeId, size);
-    // A value from elsewhere may be the id of one of the check boxes.
+    // Options from elsewhere can have another value, such as the id of a check box.
     for (const WORD mode : RestoreModes) {
         if (mode == gOptions.restoreMode)
             SetCheck(dialog, mode, true);

@@ -1,7 +1,7 @@
-// progress_window.cpp - dialog 106 on a thread of its own, so that it lives while a run blocks the main thread.
+// progress_window.cpp - dialog 106. It has a thread of its own, so that it is drawn while a run blocks the main thread.
 //
-// Two threads meet here. They share gProgressRange and, while a window is being opened, ProgressStart.dialog: both are
-// atomics. All else crosses as messages to the window.
+// The two threads share gProgressRange and, while a window is being opened, ProgressStart.dialog. Both are atomic.
+// Texts and steps are sent as messages to the window.
 
 #include "engine/questions.h"
 
@@ -19,8 +19,8 @@ constexpr int BarId = 1001;
 constexpr int MessageId = 1002;
 constexpr int CountId = 1029;
 
-// Private messages of the dialog. The first two have the numbers of the dialog manager's own DM_SETDEFID and
-// DM_REPOSITION, which do nothing with the values that are sent here.
+// Private messages of the dialog. The first two have the numbers of DM_SETDEFID and DM_REPOSITION, which have no effect
+// with the parameters that are sent here.
 constexpr UINT StepMessage = 1025;
 constexpr UINT AnimateMessage = 1026;
 constexpr UINT CloseMessage = 1027;
@@ -38,10 +38,10 @@ struct ProgressInit {
     const WCHAR* message;
 };
 
-// Lies on the stack of ProgressOpen; the thread leaves it alone once it has written `dialog`.
+// On the stack of ProgressOpen. The thread doesn't use it after it has written `dialog`.
 struct ProgressStart {
     ProgressInit* init;
-    std::atomic<HWND> dialog;  // null until the window stands, NoDialog if it can't be made
+    std::atomic<HWND> dialog;  // null until the window is made; NoDialog if it can't be
     HWND owner;
     HINSTANCE instance;
     DWORD resource;
@@ -50,7 +50,7 @@ struct ProgressStart {
 
 const HWND NoDialog = reinterpret_cast<HWND>(INVALID_HANDLE_VALUE);
 
-// Top of the bar of the window opened last: one for all, also when one of them is still running out.
+// The end of the bar of the window that was opened last. An older window whose bar still runs uses it too.
 std::atomic<LONG> gProgressRange;
 
 void InitProgress(HWND dialog, const ProgressInit& init)
@@ -112,12 +112,12 @@ DWORD ProgressThreadProc(void* parameter)
     const void* dialogTemplate = LoadResource(start->instance, found);
     HWND dialog = CreateDialogIndirectParamW(start->instance, dialogTemplate, start->owner, start->procedure,
                                              reinterpret_cast<LPARAM>(start->init));
-    start->dialog = dialog ? dialog : NoDialog;  // `start` and `init` are gone from here on
+    start->dialog = dialog ? dialog : NoDialog;  // from here on `start` and `init` are invalid
     if (!dialog)
         return 0;
 
-    // The window takes no keyboard input, so nothing is translated. Only its own message ends it; a window that went
-    // with its owner ends the loop too.
+    // The window has no keyboard input to translate. The loop ends with CloseMessage, or if the window was destroyed
+    // with its owner.
     MSG message = {};
     while (message.message != CloseMessage) {
         if (GetMessageW(&message, dialog, 0, 0) <= 0)
@@ -137,8 +137,8 @@ HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD s
     if (!thread)
         return nullptr;
     CloseHandle(thread);
-    // Polled, since the thread may touch nothing of this stack any more once the word is written: a short wait, because
-    // every progress window costs it.
+    // Polled, because the thread can't notify after it has written `dialog`: `start` may be gone by then. The interval
+    // is short, because each progress window of a run waits for it.
     HWND dialog = start.dialog;
     for (; !dialog; dialog = start.dialog)
         Sleep(PollMilliseconds);

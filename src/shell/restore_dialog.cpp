@@ -1,5 +1,5 @@
-// restore_dialog.cpp - dialog 109 as the last question before a restore: the set's comment and, in a partial restore,
-// its items to pick from.
+// restore_dialog.cpp - dialog 109 before a restore. It shows the comment of the set and, for a partial restore, its
+// items to choose from.
 
 #include "dialogs.h"
 #include "engine/questions.h"
@@ -55,8 +55,8 @@ bool RowIs(HWND listBox, LRESULT row, const WCHAR* text)
            lstrcmpW(rowText, text) == 0;
 }
 
-// The list box searches without case, but two files that differ by case alone are two choices: among the rows that it
-// finds, the one that is equal with case; the first one found if none is.
+// The list box searches without regard to case, but two names that differ only in case are two items. Of the rows that
+// it finds this is the one that is equal, or the first one if none is.
 LRESULT FindRow(HWND listBox, const WCHAR* text)
 {
     const auto search = [&](LRESULT before) {
@@ -81,7 +81,8 @@ bool IsSelected(BYTE kind, const WCHAR* name, void* context)
     return row != LB_ERR && SendMessageW(listBox, LB_GETSEL, static_cast<WPARAM>(row), 0) > 0;
 }
 
-// The lists are built anew from the list file, in its order. If it can't be opened any more they stay whole.
+// Loads the lists again, with the selected entries only. If the file can no longer be opened, the lists keep all
+// entries.
 void TakeSelection(HWND dialog)
 {
     if (!IsFull())
