@@ -21,7 +21,6 @@ DWORD gLastSetNumber;
 
 namespace {
 
-constexpr WORD SelectedItemsKind = 2;
 constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
 
 // Day first where the user's short date begins with the day, otherwise month first.

@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr WORD FullBackupKind = 1;
 // The number of files isn't known beforehand. After its end the bar starts again.
 constexpr DWORD ListingRange = 1500;
 constexpr DWORD ListingStep = 10;

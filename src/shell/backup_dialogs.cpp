@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr WORD FullBackupKind = 1;
 constexpr WORD FullBackupDialog = 108;
 constexpr WORD SelectedItemsDialog = 109;
 

@@ -13,7 +13,6 @@ namespace {
 constexpr WORD ChooserDialog = 107;
 constexpr int PromptId = 1002;
 constexpr int ChoicesId = 1003;
-constexpr WPARAM HorizontalExtent = 300;  // pixels, since a path can be wider than the box
 
 struct ChooserParams {
     const WCHAR* choices;  // double-NUL list
@@ -25,7 +24,7 @@ ChooserParams* gChooserParams;
 
 void ShowChoices(HWND dialog)
 {
-    SendDlgItemMessageW(dialog, ChoicesId, LB_SETHORIZONTALEXTENT, HorizontalExtent, 0);
+    SendDlgItemMessageW(dialog, ChoicesId, LB_SETHORIZONTALEXTENT, PathListExtent, 0);
     for (const WCHAR* choice = gChooserParams->choices; *choice; choice += wcslen(choice) + 1)
         SendDlgItemMessageW(dialog, ChoicesId, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(choice));
     SetDlgItemTextW(dialog, PromptId, gChooserParams->prompt);

@@ -11,6 +11,9 @@ INT_PTR RunDialog(WORD id, HWND owner, DLGPROC procedure, LPARAM parameter);
 // box end it with 0.
 void HandleAnswer(HWND dialog, UINT message, WPARAM wParam, void (*take)(HWND dialog));
 
+// Width to which a list box of paths scrolls, in pixels: a path can be wider than the box.
+inline constexpr WPARAM PathListExtent = 300;
+
 bool IsChecked(HWND dialog, int id);
 void SetCheck(HWND dialog, int id, bool checked);
 

@@ -1,5 +1,6 @@
 #include "item_rows.h"
 
+#include "dialogs.h"
 #include "engine/questions.h"
 #include "set/set_state.h"
 
@@ -7,8 +8,6 @@
 #include "ce/text.h"
 
 namespace {
-
-constexpr WPARAM HorizontalExtent = 300;  // pixels, since a path can be wider than the box
 
 void AddRow(HWND listBox, BYTE kind, const WCHAR* name)
 {
@@ -26,7 +25,7 @@ void FormatItemRow(WCHAR (&row)[RowChars], BYTE kind, const WCHAR* name)
 
 void AddItemRows(HWND listBox)
 {
-    SendMessageW(listBox, LB_SETHORIZONTALEXTENT, HorizontalExtent, 0);
+    SendMessageW(listBox, LB_SETHORIZONTALEXTENT, PathListExtent, 0);
     for (const ItemKind& kind : ItemKinds) {
         if (kind.list)
             ForEachEntry(*kind.list, [&](const EntryBuffer& entry) { AddRow(listBox, kind.number, entry.name); });

@@ -16,8 +16,8 @@
 
 namespace {
 
-// The MarkCount of an item is modulo 65536. A count above these has been taken below zero, and becomes 0. The bounds
-// differ because folders count in larger steps.
+// The MarkCount of an item is modulo 65536. A count above these has been taken below zero, and becomes 0. The first is
+// for single items, the other two for the items below a folder that is unmarked and the folders above it.
 constexpr WORD HighestItemCount = 65530;
 constexpr WORD HighestChildCount = 65280;
 constexpr WORD HighestAncestorCount = 65520;

@@ -9,8 +9,12 @@
 // The program's instance. Set just before the main window is made (main_window.cpp).
 extern HINSTANCE gInstance;
 
-// Asks for the comment (260 characters). Kind 1 also asks what a full backup includes (gFullFiles and so on); kind 2
-// shows the marked items. 1 for OK, 0 for Cancel, which changes nothing. backup_dialogs.cpp
+// `kind` of ShowBackupDialog.
+inline constexpr WORD FullBackupKind = 1;
+inline constexpr WORD SelectedItemsKind = 2;
+
+// Asks for the comment (260 characters). For a full backup it also asks what to include (gFullFiles and so on), for
+// selected items it shows them. 1 for OK, 0 for Cancel, which changes nothing. backup_dialogs.cpp
 INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment);
 
 // Shows the comment of the loaded set and, unless `mode` is 1, its items to choose from: after OK the lists,
