@@ -30,7 +30,7 @@ protected:
         return reinterpret_cast<HTREEITEM>(SendMessageW(tree_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
     }
     void remove(HTREEITEM item) const { SendMessageW(tree_, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item)); }
-    void take() { model_.take(window::takeTreeChanges(tree_, !std::exchange(begun_, true))); }
+    void take() { model_.apply(window::takeTreeChanges(tree_, !std::exchange(begun_, true))); }
 
     // Adds all items below `above` to `all`, in the order of their rows.
     void compare(const QModelIndex& above, std::vector<HTREEITEM>& all) const

@@ -1,5 +1,3 @@
-// band_bar.cpp - the bar across the top of the main window: the menu at the left, the toolbar beside it.
-
 #include "band_bar.h"
 
 #include "pictures.h"
@@ -24,7 +22,7 @@ using window::BandState;
 using window::BarButton;
 using window::MenuItem;
 
-// The first letter chooses an item whose text names none.
+// If the text has no mnemonic, its first letter becomes one.
 QString withMnemonic(const std::u16string& text)
 {
     const QString shown = toQt(text);
@@ -46,8 +44,8 @@ void fill(QMenu& menu, const std::vector<MenuItem>& items, const std::function<v
     }
 }
 
-// Without the line that some styles draw below a menu bar: here the toolbar stands beside it, and the line
-// would end in the middle of the window.
+// A menu bar without the line that some styles draw below it. The toolbar is to the right, so the line would end in the
+// middle of the window.
 class BandMenu final : public QMenuBar {
 public:
     using QMenuBar::QMenuBar;
@@ -70,7 +68,7 @@ QString contentOf(const std::vector<MenuItem>& items)
     return content;
 }
 
-// Everything about them that is shown.
+// Everything of the bands that is visible, as one text to compare.
 QString contentOf(const std::vector<BandState>& bands)
 {
     QString content;
@@ -97,7 +95,7 @@ BandBar::BandBar(QWidget* parent, std::function<void(WORD)> command)
 
 void BandBar::show(const std::vector<BandState>& bands)
 {
-    // The core lays its bands out anew with each size of the window; nothing of that is seen here.
+    // The core also reports a change whenever the window's size changes. Nothing visible here depends on that.
     const QString content = contentOf(bands);
     if (content == shown_)
         return;
@@ -114,7 +112,7 @@ void BandBar::show(const std::vector<BandState>& bands)
 
 void BandBar::openMenu()
 {
-    // The menu takes the keyboard itself, and remembers whom to give it back to.
+    // The menu takes the focus, and gives it back when it closes.
     if (menu_ && !menu_->actions().isEmpty())
         menu_->setActiveAction(menu_->actions().front());
 }
@@ -133,7 +131,7 @@ void BandBar::addMenu(const std::vector<MenuItem>& items)
 {
     menu_ = new BandMenu(this);
     menu_->setAccessibleName(tr("Menu"));
-    // Its place is in this bar, on every desktop.
+    // Some desktops would move it out of the window.
     menu_->setNativeMenuBar(false);
     menu_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     for (const MenuItem& item : items)
@@ -163,7 +161,7 @@ void BandBar::addButtons(const BandState& band)
             bar->addAction(pictureOf(band.bitmapId, button.image), pictureName(band.bitmapId, button.image));
         action->setEnabled(button.enabled);
         connect(action, &QAction::triggered, this, [this, id = button.id] { command_(static_cast<WORD>(id)); });
-        // Some of them stand in no menu: Tab has to reach them.
+        // Tab must reach the buttons, because some have no menu item.
         bar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);
     }
     row_->addWidget(bar, 0, Qt::AlignVCenter);

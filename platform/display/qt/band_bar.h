@@ -1,4 +1,4 @@
-// band_bar.h - the bar across the top of the main window: the menu at the left, the toolbar beside it.
+// band_bar.h - the bar at the top of the main window: the menu, and the toolbar to the right of it.
 #pragma once
 
 #include "controls/bands_display.h"
@@ -18,11 +18,11 @@ namespace platform::qt {
 
 class BandBar final : public QWidget {
 public:
-    // `command` gets the id of the menu item or button that the user chose.
+    // `command` is called with the id of the menu item or button that the user chose.
     BandBar(QWidget* parent, std::function<void(WORD)> command);
 
     void show(const std::vector<window::BandState>& bands);
-    // Opens the first menu for the keyboard.
+    // Opens the first menu.
     void openMenu();
 
 private:
@@ -33,7 +33,7 @@ private:
     std::function<void(WORD)> command_;
     QHBoxLayout* row_;
     QMenuBar* menu_ = nullptr;
-    QString shown_;
+    QString shown_;  // contentOf() the bands
 };
 
 }  // namespace platform::qt

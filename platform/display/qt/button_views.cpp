@@ -1,5 +1,3 @@
-// button_views.cpp - push buttons, check boxes, radio buttons, group boxes.
-
 #include "ce/controls.h"
 #include "view_makers.h"
 
@@ -18,20 +16,20 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// The focus comes from the core alone, so a press that slips off the button takes it from nobody. Tab is the
-// core's as well; the policy tells a screen reader that the button can have it.
-void takeFocusFromCore(QWidget& button)
+// A mouse press doesn't move the focus: the core does that after the click. Tab goes to the core too, but without this
+// policy a screen reader would take the button for one that can't have the focus.
+void acceptFocus(QWidget& button)
 {
     button.setFocusPolicy(Qt::TabFocus);
 }
 
 class PushView final : public QPushButton, public View {
 public:
-    PushView(HWND window, const Courier& courier, QWidget* parent) : QPushButton(parent), View(window, courier)
+    PushView(HWND window, const UserInput& input, QWidget* parent) : QPushButton(parent), View(window, input)
     {
         setAutoDefault(false);
-        takeFocusFromCore(*this);
-        connect(this, &QPushButton::clicked, this, [this] { this->courier().click(this->window()); });
+        acceptFocus(*this);
+        connect(this, &QPushButton::clicked, this, [this] { this->input().click(this->window()); });
     }
 
     using View::window;
@@ -43,24 +41,24 @@ public:
             setText(toQt(state.text));
     }
 
-    [[nodiscard]] int leastWidth() const override
+    int leastWidth() const override
     {
         return fontMetrics().size(Qt::TextShowMnemonic, text()).width() +
                4 * style()->pixelMetric(QStyle::PM_DefaultFrameWidth, nullptr, this) +
                style()->pixelMetric(QStyle::PM_ButtonMargin, nullptr, this);
     }
-    [[nodiscard]] int rowMiddle() const override { return height() / 2; }
+    int rowMiddle() const override { return height() / 2; }
 };
 
-// A check box or a radio button.
+// A check box or a radio button. A click doesn't change its state: the core decides, and then follow() shows the state.
 template <class Button>
 class CheckView final : public Button, public View {
 public:
-    CheckView(HWND window, const Courier& courier, QWidget* parent) : Button(parent), View(window, courier)
+    CheckView(HWND window, const UserInput& input, QWidget* parent) : Button(parent), View(window, input)
     {
         Button::setAutoExclusive(isRadio);
-        takeFocusFromCore(*this);
-        QObject::connect(this, &Button::clicked, this, [this] { this->courier().click(this->window()); });
+        acceptFocus(*this);
+        QObject::connect(this, &Button::clicked, this, [this] { this->input().click(this->window()); });
         QObject::connect(this, &Button::toggled, this, [this] { refuseToggle(); });
     }
 
@@ -75,37 +73,37 @@ public:
         showChecked();
     }
 
-    [[nodiscard]] int leastWidth() const override { return Button::sizeHint().width(); }
-    // Rows of check boxes stand closer in the template than some styles draw them: the whole hint, on the
-    // row's middle.
-    [[nodiscard]] QRect placeIn(const QRect& place) const override
+    int leastWidth() const override { return Button::sizeHint().width(); }
+    // Some styles draw check boxes higher than the rows of the template. The widget gets its full height around the
+    // middle of the row.
+    QRect geometryIn(const QRect& rect) const override
     {
-        QRect whole = place;
-        whole.setHeight(std::max(place.height(), Button::sizeHint().height()));
-        whole.moveCenter({whole.center().x(), place.center().y()});
+        QRect whole = rect;
+        whole.setHeight(std::max(rect.height(), Button::sizeHint().height()));
+        whole.moveCenter({whole.center().x(), rect.center().y()});
         return whole;
     }
-    [[nodiscard]] int rowMiddle() const override { return Button::height() / 2; }
-    [[nodiscard]] QString label() const override { return Button::text(); }
+    int rowMiddle() const override { return Button::height() / 2; }
+    QString label() const override { return Button::text(); }
 
 protected:
     void nextCheckState() override {}
 
 private:
-    // A screen reader toggles without a click. To the core it was one.
+    // A screen reader toggles the widget without a click. The core gets a click instead.
     void refuseToggle()
     {
         if (following_)
             return;
         const bool wanted = Button::isChecked();
         showChecked();
-        // The neighbour that the toolkit has cleared on the way wasn't meant.
+        // When a radio button was checked, the toolkit has unchecked another one. That isn't an input.
         if (!isRadio || wanted)
-            courier().click(this->window());
+            input().click(this->window());
     }
 
-    // Exclusive buttons are what makes a radio button to a screen reader, but which ones belong together is
-    // known to the core alone.
+    // Screen readers recognise radio buttons by their exclusiveness. But only the core knows their groups, so the
+    // toolkit must not uncheck the others here.
     void showChecked()
     {
         following_ = true;
@@ -123,9 +121,9 @@ private:
 
 class GroupView final : public QGroupBox, public View {
 public:
-    GroupView(HWND window, const Courier& courier, QWidget* parent) : QGroupBox(parent), View(window, courier)
+    GroupView(HWND window, const UserInput& input, QWidget* parent) : QGroupBox(parent), View(window, input)
     {
-        // Its buttons are its neighbours, not its children: they must get the mouse.
+        // The buttons inside are its siblings, and must get the mouse.
         setAttribute(Qt::WA_TransparentForMouseEvents);
         lower();
     }
@@ -139,26 +137,26 @@ public:
             setTitle(toQt(state.text));
     }
 
-    [[nodiscard]] int leastWidth() const override { return minimumSizeHint().width(); }
+    int leastWidth() const override { return minimumSizeHint().width(); }
 };
 
 }  // namespace
 
-View* makeButtonView(const WindowState& state, const Courier& courier, QWidget* parent)
+View* makeButtonView(const WindowState& state, const UserInput& input, QWidget* parent)
 {
     switch (state.style & 0xF) {
     case BS_CHECKBOX:
     case BS_AUTOCHECKBOX:
     case BS_3STATE:
     case BS_AUTO3STATE:
-        return new CheckView<QCheckBox>(state.window, courier, parent);
+        return new CheckView<QCheckBox>(state.window, input, parent);
     case BS_RADIOBUTTON:
     case BS_AUTORADIOBUTTON:
-        return new CheckView<QRadioButton>(state.window, courier, parent);
+        return new CheckView<QRadioButton>(state.window, input, parent);
     case BS_GROUPBOX:
-        return new GroupView(state.window, courier, parent);
+        return new GroupView(state.window, input, parent);
     default:
-        return new PushView(state.window, courier, parent);
+        return new PushView(state.window, input, parent);
     }
 }
 

@@ -1,5 +1,3 @@
-// change_batch.cpp - what the core has changed since the screen last looked.
-
 #include "change_batch.h"
 
 #include <algorithm>
@@ -12,44 +10,43 @@ void ChangeBatch::changed(HWND window, window::Change change)
     const std::lock_guard guard(mutex_);
     if (change == window::Change::Idle) {
         ++idles_;
-        idleCame_.notify_all();
+        idlesGrew_.notify_all();
     }
-    const bool first = noted_.empty();
-    if (last_ >= noted_.size() || noted_[last_].window != window) {
-        const auto known =
-            std::find_if(noted_.begin(), noted_.end(), [&](const Changed& noted) { return noted.window == window; });
-        last_ = static_cast<std::size_t>(known - noted_.begin());
-        if (known == noted_.end())
-            noted_.push_back({.window = window, .changes = {}});
+    const bool isFirst = entries_.empty();
+    if (last_ >= entries_.size() || entries_[last_].window != window) {
+        const auto known = std::ranges::find_if(entries_, [&](const Changed& entry) { return entry.window == window; });
+        last_ = static_cast<std::size_t>(known - entries_.begin());
+        if (known == entries_.end())
+            entries_.push_back({.window = window, .changes = {}});
     }
-    noted_[last_].changes.add(change);
-    if (first)
+    entries_[last_].changes.add(change);
+    if (isFirst)
         begun_();
 }
 
 void ChangeBatch::textChanged(HWND window, std::u16string_view)
 {
-    changed(window, window::Change::Text);  // the text itself is read when it is shown
+    changed(window, window::Change::Text);  // the screen reads the text when it shows it
 }
 
 std::vector<Changed> ChangeBatch::take()
 {
     const std::lock_guard guard(mutex_);
-    return std::exchange(noted_, {});
+    return std::exchange(entries_, {});
 }
 
-void ChangeBatch::waitUntil(const std::function<bool()>& rests, std::chrono::milliseconds patience)
+void ChangeBatch::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout)
 {
-    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto end = std::chrono::steady_clock::now() + timeout;
     std::unique_lock lock(mutex_);
     while (true) {
+        // An Idle that comes while the condition is checked changes the count, so the wait below returns at once.
         const unsigned seen = idles_;
-        // The core's lock comes before this one: it can't be asked with this one held.
         lock.unlock();
-        if (rests())
+        if (condition())
             return;
         lock.lock();
-        if (!idleCame_.wait_until(lock, end, [&] { return idles_ != seen; }))
+        if (!idlesGrew_.wait_until(lock, end, [&] { return idles_ != seen; }))
             return;
     }
 }

@@ -1,7 +1,8 @@
-// change_batch.h - what the core has changed since the screen last looked, the last value of each property.
+// change_batch.h - the changes in the window core since the screen was last updated.
 //
-// The core's threads note, the desktop's thread takes. Noting is a short search in a short list, so that a
-// run that sets its counter 100,000 times a second costs the screen nothing. Knows nothing of the toolkit.
+// Any thread of the program adds changes. The display's thread takes them once per frame, and then reads the windows'
+// current state. So a run that sets its counter 100,000 times a second updates the screen only once per frame: a
+// further change of the same window only sets a bit. Uses no toolkit.
 #pragma once
 
 #include "window/display.h"
@@ -22,7 +23,7 @@ public:
 
     constexpr void add(window::Change change) { bits_ |= bit(change); }
     constexpr void add(Changes changes) { bits_ |= changes.bits_; }
-    [[nodiscard]] constexpr bool has(window::Change change) const { return (bits_ & bit(change)) != 0; }
+    constexpr bool has(window::Change change) const { return (bits_ & bit(change)) != 0; }
 
 private:
     explicit constexpr Changes(unsigned bits) : bits_(bits) {}
@@ -32,31 +33,33 @@ private:
 };
 
 struct Changed {
-    HWND window = nullptr;  // null for what concerns no single window
+    HWND window = nullptr;  // null for changes that concern all windows: Idle, Busy, Cursor
     Changes changes;
 };
 
 class ChangeBatch final : public window::Display {
 public:
-    // `begun` is called at a batch's first change, on the core's side and under its lock: it may only post.
+    // `begun` is called at the first change of each batch, on the thread that made the change and under the core's
+    // lock. It must return at once and call nothing of the core.
     explicit ChangeBatch(std::function<void()> begun) : begun_(std::move(begun)) {}
 
     void changed(HWND window, window::Change change) override;
     void textChanged(HWND window, std::u16string_view text) override;
 
-    // What has come so far, in the order in which each window was first touched. Begins the next batch.
+    // Returns the batch, ordered by the first change of each window, and begins the next one.
     [[nodiscard]] std::vector<Changed> take();
 
-    // Returns when `rests` holds, asked anew whenever a thread has begun to wait for messages; at the latest
-    // after `patience`.
-    void waitUntil(const std::function<bool()>& rests, std::chrono::milliseconds patience);
+    // Returns when `condition` holds, or after `timeout`. Checks it first, and again each time that a thread of the
+    // program begins to wait for messages. `condition` may call the core.
+    void waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 
 private:
     std::function<void()> begun_;
-    std::mutex mutex_;
-    std::condition_variable idleCame_;
-    std::vector<Changed> noted_;
-    std::size_t last_ = 0;  // where the last change was noted: the next one is often the same window's
+    std::mutex
+        mutex_;  // of all below. Never locked around a call of the core, which holds its lock when it calls changed().
+    std::condition_variable idlesGrew_;
+    std::vector<Changed> entries_;
+    std::size_t last_ = 0;  // the entry of the last change, which the next change often repeats
     unsigned idles_ = 0;
 };
 

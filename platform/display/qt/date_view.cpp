@@ -1,5 +1,3 @@
-// date_view.cpp - a date picker: the desktop's date edit with its calendar.
-
 #include "controls/date_display.h"
 #include "keys.h"
 #include "view_makers.h"
@@ -16,18 +14,18 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// The platform's dates begin here.
+// The first date of a FILETIME.
 const QDate FirstDate(1601, 1, 1);
 constexpr int Century = 100;
 constexpr int YearsAhead = 20;
 
 class PickerView final : public QDateEdit, public View {
 public:
-    PickerView(const WindowState& state, const Courier& courier, QWidget* parent)
-        : QDateEdit(parent), View(state.window, courier)
+    PickerView(const WindowState& state, const UserInput& input, QWidget* parent)
+        : QDateEdit(parent), View(state.window, input)
     {
         setCalendarPopup(true);
-        // A year of two digits is read as one of this century, or of the last.
+        // A year of two digits could mean two centuries.
         if (QString format = displayFormat(); !format.contains(QLatin1String("yyyy")))
             setDisplayFormat(format.replace(QLatin1String("yy"), QLatin1String("yyyy")));
         setMinimumDate(FirstDate);
@@ -43,20 +41,20 @@ public:
             followDate();
     }
 
-    [[nodiscard]] int leastWidth() const override { return sizeHint().width(); }
-    // The program gives it a height in pixels of another age.
-    [[nodiscard]] QRect placeIn(const QRect& place) const override
+    int leastWidth() const override { return sizeHint().width(); }
+    // The program's height is too small for the fonts of today.
+    QRect geometryIn(const QRect& rect) const override
     {
-        QRect whole = place;
-        whole.setHeight(std::max(place.height(), sizeHint().height()));
+        QRect whole = rect;
+        whole.setHeight(std::max(rect.height(), sizeHint().height()));
         return whole;
     }
-    [[nodiscard]] int rowMiddle() const override { return height() / 2; }
+    int rowMiddle() const override { return height() / 2; }
 
 protected:
     bool event(QEvent* event) override
     {
-        // It comes before the key, which goes to the dialog.
+        // This event comes before the key press, which the dialog handles.
         if (event->type() == QEvent::ShortcutOverride &&
             virtualKeyOf(static_cast<const QKeyEvent&>(*event)) == VK_RETURN)
             completeYear();
@@ -73,11 +71,12 @@ protected:
     {
         QDateEdit::focusInEvent(event);
         if (event->reason() == Qt::MouseFocusReason)
-            courier().click(window());
+            input().click(window());
     }
 
 private:
-    // A year of two digits, which the toolkit would drop, is the one that is near.
+    // Completes a year of two digits, which the toolkit would drop: the result is at most YearsAhead years in the
+    // future.
     void completeYear()
     {
         QString shortFormat = displayFormat();
@@ -98,7 +97,7 @@ private:
         if (!window::readDate(window(), date))
             return;
         const QDate wanted(date.wYear, date.wMonth, date.wDay);
-        // Setting what it shows already would take back the digits of a part that is half typed.
+        // Setting the same date again would remove the digits of a field that is being typed.
         if (wanted == this->date())
             return;
         following_ = true;
@@ -114,7 +113,7 @@ private:
         chosen.wYear = static_cast<WORD>(date.year());
         chosen.wMonth = static_cast<WORD>(date.month());
         chosen.wDay = static_cast<WORD>(date.day());
-        if (!courier().date(window(), chosen))
+        if (!input().date(window(), chosen))
             followDate();
     }
 
@@ -123,9 +122,9 @@ private:
 
 }  // namespace
 
-View* makeDateView(const WindowState& state, const Courier& courier, QWidget* parent)
+View* makeDateView(const WindowState& state, const UserInput& input, QWidget* parent)
 {
-    return new PickerView(state, courier, parent);
+    return new PickerView(state, input, parent);
 }
 
 }  // namespace platform::qt

@@ -1,5 +1,3 @@
-// dialog_units.cpp - from the core's virtual pixels to the desktop's, by the dialog's font and style.
-
 #include "dialog_units.h"
 
 #include <QCheckBox>
@@ -18,7 +16,7 @@ namespace {
 constexpr double VirtualBaseX = 6;
 constexpr double VirtualBaseY = 13;
 
-// Template units that a row of the kind usually has.
+// Usual heights in template units.
 constexpr double TextRow = 8;
 constexpr double CheckRow = 10;
 constexpr double EditRow = 12;
@@ -35,11 +33,11 @@ double hintHeight(const QWidget& dialog)
 
 }  // namespace
 
-QRect DialogUnits::scaled(const RECT& place) const
+QRect DialogUnits::scaled(const RECT& rect) const
 {
-    // The corners are rounded, not the sizes: what touches in the template touches on the screen.
-    const QPoint topLeft(static_cast<int>(std::lround(place.left * x)), static_cast<int>(std::lround(place.top * y)));
-    const QPoint end(static_cast<int>(std::lround(place.right * x)), static_cast<int>(std::lround(place.bottom * y)));
+    // Rounds the corners and not the sizes, so that controls that touch in the template touch on the screen.
+    const QPoint topLeft(static_cast<int>(std::lround(rect.left * x)), static_cast<int>(std::lround(rect.top * y)));
+    const QPoint end(static_cast<int>(std::lround(rect.right * x)), static_cast<int>(std::lround(rect.bottom * y)));
     return {topLeft, QSize(end.x() - topLeft.x(), end.y() - topLeft.y())};
 }
 

@@ -1,6 +1,6 @@
-// dialog_units.h - from the core's virtual pixels to the desktop's, by the dialog's font and style.
+// dialog_units.h - converts the core's virtual pixels to pixels of the desktop, by the dialog's font and style.
 //
-// The core lays dialogs out with a base unit of 6 x 13 pixels for 4 x 8 units of a template.
+// In the core's layout of dialogs, 4 x 8 units of a template are 6 x 13 virtual pixels.
 #pragma once
 
 #include "ce/types.h"
@@ -15,11 +15,10 @@ struct DialogUnits {
     double x = 1;  // pixels of the desktop for one virtual pixel
     double y = 1;
 
-    [[nodiscard]] QRect scaled(const RECT& place) const;
+    QRect scaled(const RECT& rect) const;
 };
 
-// x by the width of letters; y so that each kind of control has at least its native height in the rows that
-// templates give it.
-[[nodiscard]] DialogUnits dialogUnitsOf(const QWidget& dialog);
+// x comes from the width of letters. y is large enough for the height that the style gives each kind of control.
+DialogUnits dialogUnitsOf(const QWidget& dialog);
 
 }  // namespace platform::qt

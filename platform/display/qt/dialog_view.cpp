@@ -1,5 +1,3 @@
-// dialog_view.cpp - a dialog of the core: its controls where its template puts them.
-
 #include "dialog_view.h"
 
 #include "header_bar.h"
@@ -31,7 +29,7 @@ constexpr int FrameLine = 1;
 // Virtual pixels.
 constexpr int BottomMargin = 6;
 constexpr int RowTolerance = 3;
-// A text that is set late may be of any length: beyond this it wraps or is cut.
+// A text can have any length. If it needs a wider dialog than this, it wraps or is cut.
 constexpr double MostStretch = 1.6;
 
 bool isTabStop(const WindowState& state)
@@ -52,7 +50,7 @@ std::vector<HWND> tabStopsOf(HWND dialog)
     return stops;
 }
 
-// Which keys an edit or a date leaves to its dialog.
+// Which keys an edit or a date picker does not handle itself.
 bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifiers)
 {
     if (key == VK_ESCAPE || (key == VK_TAB && !(modifiers & Qt::ControlModifier)) || (modifiers & Qt::AltModifier))
@@ -68,14 +66,14 @@ bool isForCore(const WindowState& state, WORD key, Qt::KeyboardModifiers modifie
         return false;
     if (state.kind == WindowKind::Edit || state.kind == WindowKind::DatePicker)
         return isForDialog(state, key, modifiers);
-    // The desktop's button goes down with the key and clicks when it comes up.
+    // The toolkit's button handles the space bar: it is pressed with the key, and clicked when the key is released.
     return state.kind != WindowKind::Button || key != VK_SPACE;
 }
 
 }  // namespace
 
-DialogView::DialogView(const WindowState& state, const Courier& courier, QWidget* owner, bool modal)
-    : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), TopView(state.window, courier),
+DialogView::DialogView(const WindowState& state, const UserInput& input, QWidget* owner, bool modal)
+    : QDialog(owner, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint), TopView(state.window, input),
       content_(this)
 {
     setWindowModality(modal ? Qt::WindowModal : Qt::NonModal);
@@ -83,8 +81,7 @@ DialogView::DialogView(const WindowState& state, const Courier& courier, QWidget
     setAttribute(Qt::WA_KeyboardFocusChange);
     if (state.exStyle & WS_EX_CAPTIONOKBTN) {
         header_ = makeHeaderBar(
-            this, [this] { this->courier().captionOk(this->window()); },
-            [this] { this->courier().close(this->window()); });
+            this, [this] { this->input().captionOk(this->window()); }, [this] { this->input().close(this->window()); });
         for (QAbstractButton* button : header_->buttons())
             button->installEventFilter(this);
     } else if (state.style & WS_SYSMENU) {
@@ -95,7 +92,7 @@ DialogView::DialogView(const WindowState& state, const Courier& courier, QWidget
 
 void DialogView::follow(const WindowState& state, Changes changes)
 {
-    place_ = state.rectangle;
+    rect_ = state.rectangle;
     if (!changes.has(Change::Text))
         return;
     setWindowTitle(toQt(state.text));
@@ -116,7 +113,7 @@ void DialogView::removeControl(View& control)
     std::erase_if(controls_, [&](const Control& each) { return each.view == &control; });
 }
 
-// The frame of the default button stands around what Enter presses now.
+// Marks the button that Enter presses now as the default button.
 void DialogView::followFocus()
 {
     QAbstractButton* pressed = header_ ? header_->buttons().front() : nullptr;
@@ -146,12 +143,13 @@ void DialogView::arrange()
     units.x *= stretchFor(units);
     placeControls(units);
 
-    // Some templates end where their last control does.
+    // Some templates have no margin below their last control.
     const int margin = units.scaled({0, 0, 0, BottomMargin}).height();
-    QRect client = units.scaled({0, 0, place_.right - place_.left, place_.bottom - place_.top});
-    for (const Control& control : controls_)
+    QRect client = units.scaled({0, 0, rect_.right - rect_.left, rect_.bottom - rect_.top});
+    for (const Control& control : controls_) {
         if (control.state.visible)
             client.setBottom(std::max(client.bottom(), control.view->widget().geometry().bottom() + margin));
+    }
     const int line = header_ ? FrameLine : 0;
     const int headerHeight = header_ ? header_->sizeHint().height() : 0;
     const int width = std::max(client.width(), header_ ? header_->sizeHint().width() : 0);
@@ -165,11 +163,12 @@ void DialogView::arrange()
 void DialogView::placeControls(const DialogUnits& units)
 {
     for (const Control& control : controls_)
-        control.view->widget().setGeometry(control.view->placeIn(units.scaled(control.state.rectangle)));
+        control.view->widget().setGeometry(control.view->geometryIn(units.scaled(control.state.rectangle)));
     alignRows(units.scaled({0, 0, 0, RowTolerance}).height());
 }
 
-// What the template means to stand in one row, but for a unit or so, gets its texts on one line.
+// Controls whose rows differ by at most `tolerance` pixels get their texts on one line. Templates place them a unit or
+// so apart.
 void DialogView::alignRows(int tolerance)
 {
     std::vector<int> rows;
@@ -186,7 +185,7 @@ void DialogView::alignRows(int tolerance)
     }
 }
 
-// So that the widest text isn't cut.
+// The factor for the width that the widest text needs.
 double DialogView::stretchFor(const DialogUnits& units) const
 {
     double stretch = 1;
@@ -209,8 +208,8 @@ void DialogView::nameControls()
     }
 }
 
-// A control that shows no text of its own is called by the text that stands before it in its row, otherwise
-// by the nearest above it.
+// Names a control without a text by the nearest text before it in its row, or else by the nearest text above it. A
+// distance above counts the dialog's width more, so a text in the row always wins.
 QString DialogView::nameFor(const Control& control) const
 {
     const QRect own = control.view->widget().geometry();
@@ -239,7 +238,7 @@ const DialogView::Control* DialogView::controlOf(const QWidget* widget) const
     return found == controls_.end() ? nullptr : &*found;
 }
 
-// By the core's word.
+// The control that has the focus in the core. The toolkit's focus can differ for a moment, or be in the header.
 const DialogView::Control* DialogView::focusedControl() const
 {
     const auto found = std::find_if(controls_.begin(), controls_.end(), [](const Control& control) {
@@ -253,9 +252,10 @@ bool DialogView::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::FocusIn)
         followFocus();
-    if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason)
+    if (event->type() == QEvent::FocusIn && static_cast<QFocusEvent*>(event)->reason() == Qt::OtherFocusReason) {
         if (const Control* control = controlOf(qobject_cast<QWidget*>(watched)))
-            passFocus(*control);
+            postFocus(*control);
+    }
     if (event->type() != QEvent::KeyPress)
         return QDialog::eventFilter(watched, event);
     auto& key = static_cast<QKeyEvent&>(*event);
@@ -267,11 +267,11 @@ bool DialogView::eventFilter(QObject* watched, QEvent* event)
     }
     if (inHeader && key.key() == Qt::Key_Space)
         return false;
-    return passKey(key);
+    return postKey(key);
 }
 
-// True: the key was the dialog's.
-bool DialogView::passKey(QKeyEvent& event)
+// True if the dialog has handled the key.
+bool DialogView::postKey(QKeyEvent& event)
 {
     const WORD key = virtualKeyOf(event);
     const Qt::KeyboardModifiers modifiers = event.modifiers();
@@ -283,12 +283,12 @@ bool DialogView::passKey(QKeyEvent& event)
         return false;
     if (key == VK_TAB && !modifiers.testFlag(Qt::ControlModifier) && tabThroughHeader(shift))
         return true;
-    courier().key(target, key, shift, modifiers.testFlag(Qt::ControlModifier), modifiers.testFlag(Qt::AltModifier));
+    input().key(target, key, shift, modifiers.testFlag(Qt::ControlModifier), modifiers.testFlag(Qt::AltModifier));
     return true;
 }
 
-// The caption's buttons are no windows of the core: they stand between its last tab stop and its first. While
-// one of them has the keyboard, the core's focus waits at the stop that it came from.
+// The core has no windows for the header's buttons. Tab reaches them after the core's last tab stop and before its
+// first. While one of them has the focus of the toolkit, the core's focus stays at the tab stop that had it before.
 bool DialogView::tabThroughHeader(bool backward)
 {
     if (!header_)
@@ -310,18 +310,18 @@ bool DialogView::tabThroughHeader(bool backward)
         moveTo(stays ? (backward ? *(at - 1) : *(at + 1)) : (backward ? buttons.back() : buttons.front()));
         return true;
     }
-    // Out of the caption again: to the stop on that side, where the core may stand already.
+    // From the header to the tab stop on that side, which may still have the core's focus.
     const Control* focused = focusedControl();
     if (focused && focused->view->window() == (backward ? stops.back() : stops.front()))
         moveTo(&focused->view->widget());
     else
-        courier().key(focused ? focused->view->window() : window(), VK_TAB, backward, false, false);
+        input().key(focused ? focused->view->window() : window(), VK_TAB, backward, false, false);
     return true;
 }
 
 void DialogView::keyPressEvent(QKeyEvent* event)
 {
-    passKey(*event);
+    postKey(*event);
 }
 
 void DialogView::changeEvent(QEvent* event)
@@ -334,7 +334,7 @@ void DialogView::changeEvent(QEvent* event)
         showFocus();
 }
 
-// The toolkit gives a window that becomes active a focus of its own choice, and hides it from mouse users.
+// Corrects the focus: the toolkit chooses one when a window becomes active, and doesn't show it to mouse users.
 void DialogView::showFocus()
 {
     setAttribute(Qt::WA_KeyboardFocusChange);
@@ -342,14 +342,14 @@ void DialogView::showFocus()
         focused->view->widget().setFocus(Qt::TabFocusReason);
 }
 
-// Neither the mouse nor Tab gave it the keyboard, nor did the core: a screen reader did, and the core has to hear
-// of it. Later: the toolkit is in the middle of its own change.
-void DialogView::passFocus(const Control& control)
+// A screen reader has given the control the focus: the mouse, Tab and this program give other reasons. The core must
+// get the focus too. The post is queued, because the toolkit is still changing the focus.
+void DialogView::postFocus(const Control& control)
 {
     QMetaObject::invokeMethod(
         this,
         [this, window = control.view->window()] {
-            if (!courier().focus(window))
+            if (!input().focus(window))
                 showFocus();
         },
         Qt::QueuedConnection);
@@ -357,13 +357,13 @@ void DialogView::passFocus(const Control& control)
 
 void DialogView::reject()
 {
-    courier().close(window());
+    input().close(window());
 }
 
 void DialogView::closeEvent(QCloseEvent* event)
 {
     event->ignore();
-    courier().close(window());
+    input().close(window());
 }
 
 void DialogView::paintEvent(QPaintEvent* event)
@@ -371,7 +371,7 @@ void DialogView::paintEvent(QPaintEvent* event)
     QDialog::paintEvent(event);
     if (!header_)
         return;
-    // Without the window manager's frame it would run into the window behind it.
+    // The window has no frame of the window manager, so nothing would separate it from the window below.
     QPainter painter(this);
     drawOutline(painter, rect(), palette().color(QPalette::Dark));
 }

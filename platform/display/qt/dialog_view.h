@@ -1,4 +1,7 @@
-// dialog_view.h - a dialog of the core: its controls where its template puts them.
+// dialog_view.h - a dialog of the core, with the layout of its template.
+//
+// The template is in units of an old font. arrange() scales it to the font and style of the desktop, widens it until
+// the longest text fits, and aligns the texts of a row.
 #pragma once
 
 #include "dialog_units.h"
@@ -14,8 +17,8 @@ class HeaderBar;
 
 class DialogView final : public QDialog, public TopView {
 public:
-    // `modal`: its owner takes no input until it is gone.
-    DialogView(const window::WindowState& state, const Courier& courier, QWidget* owner, bool modal);
+    // `modal`: its owner takes no input until the dialog is closed.
+    DialogView(const window::WindowState& state, const UserInput& input, QWidget* owner, bool modal);
 
     using View::window;
     QWidget& widget() override { return *this; }
@@ -39,27 +42,27 @@ protected:
 private:
     struct Control {
         View* view;
-        window::WindowState state;
+        window::WindowState state;  // when the control was added
     };
 
     void arrange();
     void placeControls(const DialogUnits& units);
     void alignRows(int tolerance);
-    [[nodiscard]] double stretchFor(const DialogUnits& units) const;
+    double stretchFor(const DialogUnits& units) const;
     void nameControls();
     void showFocus();
-    void passFocus(const Control& control);
-    [[nodiscard]] QString nameFor(const Control& control) const;
+    void postFocus(const Control& control);
+    QString nameFor(const Control& control) const;
 
-    bool passKey(QKeyEvent& event);
+    bool postKey(QKeyEvent& event);
     bool tabThroughHeader(bool backward);
-    [[nodiscard]] const Control* focusedControl() const;
-    [[nodiscard]] const Control* controlOf(const QWidget* widget) const;
+    const Control* focusedControl() const;
+    const Control* controlOf(const QWidget* widget) const;
 
     QWidget content_;
     HeaderBar* header_ = nullptr;
     std::vector<Control> controls_;
-    RECT place_{};
+    RECT rect_{};  // of the client area, virtual pixels
 };
 
 }  // namespace platform::qt

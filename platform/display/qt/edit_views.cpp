@@ -1,5 +1,3 @@
-// edit_views.cpp - edit controls, with one line or many.
-
 #include "focus_outline.h"
 #include "view_makers.h"
 
@@ -21,11 +19,12 @@ QString withBreaks(QString text, const char* from, const char* to)
     return text.replace(QLatin1String(from), QLatin1String(to));
 }
 
-// What both kinds share. Derived gives text(), setWholeText() and the widget's own signals.
+// What both kinds have in common. The toolkit does the editing. At each change the whole text goes to the core, which
+// can limit it. Derived classes connect the widget's signal to report().
 template <class Widget>
 class EditBase : public Widget, public View {
 public:
-    EditBase(HWND window, const Courier& courier, QWidget* parent) : Widget(parent), View(window, courier) {}
+    EditBase(HWND window, const UserInput& input, QWidget* parent) : Widget(parent), View(window, input) {}
 
     using View::window;
     QWidget& widget() override { return *this; }
@@ -38,15 +37,15 @@ public:
     }
 
 protected:
-    [[nodiscard]] virtual QString wholeText() const = 0;
+    virtual QString wholeText() const = 0;
     virtual void setWholeText(const QString& text) = 0;
 
-    // The user has changed it.
+    // Posts a change by the user.
     void report()
     {
-        if (courier().newText(this->window(), fromQt(wholeText())))
+        if (input().newText(this->window(), fromQt(wholeText())))
             return;
-        // Dropped: it never was changed.
+        // The core dropped the change, so it is undone.
         WindowState state;
         if (window::readWindow(this->window(), state))
             setIfDifferent(toQtUnchanged(state.text));
@@ -56,11 +55,11 @@ protected:
     {
         Widget::focusInEvent(event);
         if (event->reason() == Qt::MouseFocusReason)
-            courier().click(this->window());
+            input().click(this->window());
     }
 
 private:
-    // While typed text is still on its way to the program, what the core holds is older than the widget.
+    // While the program hasn't handled the typed text, the core's text is older than that of the widget.
     void followText(const WindowState& state)
     {
         if (!Widget::hasFocus() || window::takesInput(this->window()))
@@ -78,15 +77,15 @@ private:
 
 class LineView final : public EditBase<QLineEdit> {
 public:
-    LineView(HWND window, const Courier& courier, QWidget* parent) : EditBase(window, courier, parent)
+    LineView(HWND window, const UserInput& input, QWidget* parent) : EditBase(window, input, parent)
     {
         connect(this, &QLineEdit::textChanged, this, [this] { report(); });
     }
 
-    [[nodiscard]] int rowMiddle() const override { return height() / 2; }
+    int rowMiddle() const override { return height() / 2; }
 
 protected:
-    [[nodiscard]] QString wholeText() const override { return text(); }
+    QString wholeText() const override { return text(); }
     void setWholeText(const QString& text) override
     {
         const int cursor = cursorPosition();
@@ -97,8 +96,8 @@ protected:
 
 class LinesView final : public EditBase<QPlainTextEdit> {
 public:
-    LinesView(const WindowState& state, const Courier& courier, QWidget* parent)
-        : EditBase(state.window, courier, parent), outline_(this)
+    LinesView(const WindowState& state, const UserInput& input, QWidget* parent)
+        : EditBase(state.window, input, parent), outline_(this)
     {
         setTabChangesFocus(true);
         if (state.style & ES_AUTOHSCROLL)
@@ -109,7 +108,7 @@ public:
     void follow(const WindowState& state, Changes changes) override
     {
         EditBase::follow(state, changes);
-        // A text that can't be changed is still read and copied by keyboard, and long lines aren't cut.
+        // A text that can't be changed can be selected by keyboard, and long lines wrap.
         if (!isReadOnly())
             return;
         setLineWrapMode(QPlainTextEdit::WidgetWidth);
@@ -117,7 +116,7 @@ public:
     }
 
 protected:
-    [[nodiscard]] QString wholeText() const override { return withBreaks(toPlainText(), "\n", "\r\n"); }
+    QString wholeText() const override { return withBreaks(toPlainText(), "\n", "\r\n"); }
     void setWholeText(const QString& text) override
     {
         const int position = textCursor().position();
@@ -133,11 +132,11 @@ private:
 
 }  // namespace
 
-View* makeEditView(const WindowState& state, const Courier& courier, QWidget* parent)
+View* makeEditView(const WindowState& state, const UserInput& input, QWidget* parent)
 {
     if (state.style & ES_MULTILINE)
-        return new LinesView(state, courier, parent);
-    return new LineView(state.window, courier, parent);
+        return new LinesView(state, input, parent);
+    return new LineView(state.window, input, parent);
 }
 
 }  // namespace platform::qt

@@ -1,5 +1,3 @@
-// header_bar.cpp - the caption of a dialog with an OK button in it: title, OK, close.
-
 #include "header_bar.h"
 
 #include <QHBoxLayout>
@@ -15,7 +13,7 @@ namespace platform::qt {
 
 namespace {
 
-// A cross in the text's colour: the style's own picture for it is a small bitmap.
+// Draws a cross in the colour of texts. The picture of the style is a small bitmap.
 class CloseButton final : public QPushButton {
 public:
     explicit CloseButton(QWidget* parent) : QPushButton(parent)
@@ -24,7 +22,7 @@ public:
         setToolTip(tr("Cancel"));
     }
 
-    [[nodiscard]] QSize sizeHint() const override
+    QSize sizeHint() const override
     {
         const int side = QPushButton::sizeHint().height();
         return {side, side};

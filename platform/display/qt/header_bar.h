@@ -1,7 +1,5 @@
-// header_bar.h - the caption of a dialog with an OK button in it: title, OK, close.
-//
-// The only place that knows how such a caption looks: a native title bar with a row of buttons below it would
-// be another makeHeaderBar().
+// header_bar.h - the caption of a dialog with an OK button in it: title, OK, close. It replaces the frame of the window
+// manager, which can't have such a button.
 #pragma once
 
 #include <QString>
@@ -20,8 +18,8 @@ public:
     HeaderBar(QWidget* parent, const std::function<void()>& ok, const std::function<void()>& close);
 
     void setTitle(const QString& title);
-    // In the order in which Tab reaches them.
-    [[nodiscard]] const std::vector<QAbstractButton*>& buttons() const { return buttons_; }
+    // In the order of Tab: OK, close.
+    const std::vector<QAbstractButton*>& buttons() const { return buttons_; }
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
@@ -32,8 +30,7 @@ private:
     std::vector<QAbstractButton*> buttons_;
 };
 
-// Takes the native frame off the dialog.
-[[nodiscard]] HeaderBar* makeHeaderBar(QWidget* dialog, const std::function<void()>& ok,
-                                       const std::function<void()>& close);
+// Also removes the window manager's frame from the dialog.
+HeaderBar* makeHeaderBar(QWidget* dialog, const std::function<void()>& ok, const std::function<void()>& close);
 
 }  // namespace platform::qt

@@ -1,5 +1,3 @@
-// keys.cpp - the desktop's keys by the platform's numbers.
-
 #include "keys.h"
 
 #include "ce/window.h"
@@ -37,11 +35,11 @@ WORD virtualKeyOf(const QKeyEvent& event)
         {Qt::Key_multiply, VK_MULTIPLY},
     }};
     const int key = event.key();
-    for (const auto& [desktop, platform] : Named) {
-        if (key == desktop)
-            return platform;
+    for (const auto& [ofToolkit, virtualKey] : Named) {
+        if (key == ofToolkit)
+            return virtualKey;
     }
-    // Letters and digits have the same numbers on both sides.
+    // Letters and digits have the same numbers in both.
     const bool plain = (key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9);
     return plain ? static_cast<WORD>(key) : WORD{0};
 }

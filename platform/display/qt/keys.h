@@ -1,4 +1,4 @@
-// keys.h - the desktop's keys by the platform's numbers.
+// keys.h - the toolkit's keys as virtual keys of the platform.
 #pragma once
 
 #include "ce/types.h"
@@ -8,10 +8,10 @@
 
 namespace platform::qt {
 
-// 0 for a key that the platform's windows have no use for.
-[[nodiscard]] WORD virtualKeyOf(const QKeyEvent& event);
+// 0 for a key that the platform's windows don't use.
+WORD virtualKeyOf(const QKeyEvent& event);
 
-// An arrow that, with Ctrl, scrolls and moves nothing else; false for any other key.
+// Scrolls by one step if `key` is an arrow key. False for any other key.
 bool scrollByArrow(QAbstractScrollArea& area, int key);
 
 }  // namespace platform::qt

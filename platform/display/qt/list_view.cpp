@@ -1,5 +1,3 @@
-// list_view.cpp - a list box. The rows, the selection and the row that has the keyboard are the core's.
-
 #include "focus_outline.h"
 #include "keys.h"
 #include "view_makers.h"
@@ -31,25 +29,25 @@ using window::Change;
 using window::ListRow;
 using window::WindowState;
 
-constexpr int StepLetters = 8;  // of one step sideways
+constexpr int StepLetters = 8;  // for one step of the horizontal scroll bar, in average letters
 
 class Rows final : public QAbstractListModel {
 public:
     using QAbstractListModel::QAbstractListModel;
 
-    [[nodiscard]] int rowCount(const QModelIndex& parent) const override
+    int rowCount(const QModelIndex& parent) const override
     {
         return parent.isValid() ? 0 : static_cast<int>(rows_.size());
     }
 
-    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override
+    QVariant data(const QModelIndex& index, int role) const override
     {
         if (role != Qt::DisplayRole || !index.isValid())
             return {};
         return toQtLine(rows_[static_cast<std::size_t>(index.row())].text);
     }
 
-    [[nodiscard]] const std::vector<ListRow>& all() const { return rows_; }
+    const std::vector<ListRow>& all() const { return rows_; }
 
     void replace(std::vector<ListRow> rows)
     {
@@ -62,19 +60,19 @@ private:
     std::vector<ListRow> rows_;
 };
 
-// The one hook for "a click does not select by itself": mouse, keys and screen reader all end here. What is
-// asked for goes to the core as a click on the row; only what the core says is taken over.
-class FollowingSelection final : public QItemSelectionModel {
+// A selection that only the core changes. The toolkit and screen readers call select() and setCurrentIndex(). Each such
+// request goes to the core as a click on the row, and follow() shows the result.
+class ListSelection final : public QItemSelectionModel {
 public:
-    FollowingSelection(QAbstractItemModel* model, std::function<void(int)> wish)
-        : QItemSelectionModel(model, model), wish_(std::move(wish))
+    ListSelection(QAbstractItemModel* model, std::function<void(int)> request)
+        : QItemSelectionModel(model, model), request_(std::move(request))
     {
     }
 
     void select(const QModelIndex& index, SelectionFlags flags) override
     {
-        if (index.isValid() && flags != NoUpdate && isSelected(index) != wantsSelected(index, flags))
-            wish_(index.row());
+        if (index.isValid() && flags != NoUpdate && isSelected(index) != isToBeSelected(index, flags))
+            request_(index.row());
     }
     void select(const QItemSelection& selection, SelectionFlags flags) override
     {
@@ -84,28 +82,28 @@ public:
     }
     void setCurrentIndex(const QModelIndex&, SelectionFlags) override {}
 
-    void take(const QItemSelection& selection, const QModelIndex& current)
+    void follow(const QItemSelection& selection, const QModelIndex& current)
     {
         QItemSelectionModel::select(selection, ClearAndSelect);
         QItemSelectionModel::setCurrentIndex(current, NoUpdate);
     }
 
 private:
-    [[nodiscard]] bool wantsSelected(const QModelIndex& index, SelectionFlags flags) const
+    bool isToBeSelected(const QModelIndex& index, SelectionFlags flags) const
     {
         if (flags & Toggle)
             return !isSelected(index);
         return (flags & Select) != 0;
     }
 
-    std::function<void(int)> wish_;
+    std::function<void(int)> request_;
 };
 
-// What its characters need alone, added up. Off by little, but for scripts whose characters join or stack and for those
-// of two units: there it is more than the text needs.
-class RoughWidth {
+// The sum of the widths of a text's UTF-16 units, each measured alone. It is nearly exact for most scripts. It is too
+// large where characters join or combine, and for characters of two units.
+class SummedWidth {
 public:
-    explicit RoughWidth(const QFontMetrics& metrics) : metrics_(metrics) {}
+    explicit SummedWidth(const QFontMetrics& metrics) : metrics_(metrics) {}
 
     int operator()(const std::u16string& text)
     {
@@ -130,17 +128,18 @@ bool isPlain(const std::u16string& text)
     return std::ranges::all_of(text, [](char16_t unit) { return unit < FirstMark; });
 }
 
-// To lay out 100,000 texts takes seconds, to add up their characters a few milliseconds: the widest by that are worth
-// a closer look. Those that aren't plain seem wider than they are, and must not stand before all others.
+// The rows among which the widest one is. The layout of 100,000 texts takes seconds, and the sums take some
+// milliseconds. So the sums choose the rows, and the caller lays out only those. Texts that aren't plain have sums that
+// are too large, and would take all the places of plain ones, so both kinds are chosen separately.
 std::vector<int> likelyWidest(const std::vector<ListRow>& rows, const QFontMetrics& metrics)
 {
     constexpr std::ptrdiff_t FewPlain = 8;
     constexpr std::ptrdiff_t FewOthers = 500;
-    RoughWidth roughWidth(metrics);
+    SummedWidth summedWidth(metrics);
     std::vector<std::pair<int, int>> plain;
     std::vector<std::pair<int, int>> others;
     for (int at = 0; const ListRow& row : rows)
-        (isPlain(row.text) ? plain : others).emplace_back(roughWidth(row.text), at++);
+        (isPlain(row.text) ? plain : others).emplace_back(summedWidth(row.text), at++);
     std::vector<int> widest;
     const auto takeWidest = [&widest](auto& widths, std::ptrdiff_t most) {
         const auto end = widths.begin() + std::min(most, std::ssize(widths));
@@ -169,9 +168,9 @@ QItemSelection selectionOf(const Rows& model, const std::vector<ListRow>& rows)
 
 class ListBoxView final : public QListView, public View {
 public:
-    ListBoxView(const WindowState& state, const Courier& courier, QWidget* parent)
-        : QListView(parent), View(state.window, courier), rows_(this),
-          selection_(&rows_, [this](int row) { this->courier().click(this->window(), row); }), outline_(this)
+    ListBoxView(const WindowState& state, const UserInput& input, QWidget* parent)
+        : QListView(parent), View(state.window, input), rows_(this),
+          selection_(&rows_, [this](int row) { this->input().click(this->window(), row); }), outline_(this)
     {
         setModel(&rows_);
         setSelectionModel(&selection_);
@@ -180,7 +179,7 @@ public:
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
         setTextElideMode(Qt::ElideNone);
         setHorizontalScrollMode(ScrollPerPixel);
-        // The dialog hands all other keys to the core, to which Left and Right mean Up and Down.
+        // The dialog sends all other keys to the core, for which Left and Right mean Up and Down.
         for (const Qt::Key arrow : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right}) {
             auto* scroll = new QShortcut(Qt::CTRL | arrow, this, nullptr, nullptr, Qt::WidgetShortcut);
             connect(scroll, &QShortcut::activated, this, [this, arrow] { scrollByArrow(*this, arrow); });
@@ -195,13 +194,13 @@ public:
         if (!changes.has(Change::Rows) && !changes.has(Change::Selection))
             return;
         extent_ = state.extent;
-        placeWidth_ = state.rectangle.right - state.rectangle.left;
+        virtualWidth_ = state.rectangle.right - state.rectangle.left;
         std::vector<ListRow> rows = window::listRows(this->window());
         const bool sameRows = !changes.has(Change::Rows) && rows_.rowCount({}) == static_cast<int>(rows.size());
         if (!sameRows)
             rows_.replace(rows);
         const QModelIndex caret = rows_.index(state.caretRow);
-        selection_.take(selectionOf(rows_, rows), caret);
+        selection_.follow(selectionOf(rows_, rows), caret);
         if (caret.isValid())
             scrollTo(caret);
     }
@@ -212,24 +211,24 @@ protected:
         if (event->button() != Qt::LeftButton)
             return;
         pressed_ = rowAt(event->position());
-        courier().click(this->window(), pressed_);
+        input().click(this->window(), pressed_);
     }
     void mouseDoubleClickEvent(QMouseEvent* event) override
     {
         if (event->button() == Qt::LeftButton)
-            courier().doubleClick(this->window(), rowAt(event->position()));
+            input().doubleClick(this->window(), rowAt(event->position()));
     }
-    // A single selection goes along with a pointer that is dragged over the rows.
+    // A single selection follows the pointer while the button is pressed.
     void mouseMoveEvent(QMouseEvent* event) override
     {
         const int row = rowAt(event->position());
         if (!(event->buttons() & Qt::LeftButton) || selectionMode() != SingleSelection || row < 0 || row == pressed_)
             return;
         pressed_ = row;
-        courier().click(this->window(), row);
+        input().click(this->window(), row);
     }
     void mouseReleaseEvent(QMouseEvent*) override {}
-    // The dialog hands keys to the core.
+    // The dialog sends keys to the core.
     void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
 
     bool viewportEvent(QEvent* event) override
@@ -248,16 +247,16 @@ protected:
         horizontalScrollBar()->setSingleStep(StepLetters * fontMetrics().averageCharWidth());
         QListView::doItemsLayout();
     }
-    // The toolkit takes all rows for as wide as the last.
+    // The toolkit would take the last row's width as that of all rows.
     void updateGeometries() override
     {
-        const int asked = placeWidth_ > 0 ? extent_ * width() / placeWidth_ : 0;
+        const int requested = virtualWidth_ > 0 ? extent_ * width() / virtualWidth_ : 0;
         const bool allFit = widest_ <= viewport()->width();
-        resizeContents(allFit ? widest_ : std::max(widest_, asked), contentsSize().height());
+        resizeContents(allFit ? widest_ : std::max(widest_, requested), contentsSize().height());
         QListView::updateGeometries();
     }
 
-    // The pointer is over another row now.
+    // After scrolling, the pointer is over another row.
     void scrollContentsBy(int dx, int dy) override
     {
         QListView::scrollContentsBy(dx, dy);
@@ -265,9 +264,9 @@ protected:
     }
 
 private:
-    [[nodiscard]] int rowAt(QPointF point) const { return indexAt(point.toPoint()).row(); }
+    int rowAt(QPointF point) const { return indexAt(point.toPoint()).row(); }
 
-    [[nodiscard]] bool isCut(const QModelIndex& index) const
+    bool isCut(const QModelIndex& index) const
     {
         const QRect row = visualRect(index);
         const QSize needed(sizeHintForIndex(index).width(), row.height());
@@ -275,7 +274,7 @@ private:
         return text.left() < 0 || text.right() >= viewport()->width();
     }
 
-    // A tip with the text of a row that is cut.
+    // Shows a tip with the whole text of a row that is cut.
     void showWhole(const QHelpEvent& event)
     {
         const QModelIndex index = indexAt(event.pos());
@@ -287,26 +286,26 @@ private:
         const int screenWidth = screen()->availableGeometry().width();
         const bool isOneLine = fontMetrics().horizontalAdvance(row) < screenWidth / 2;
         const QString lines = isOneLine ? row : breakable(row, fontMetrics(), screenWidth);
-        // Marked as a text with marks: otherwise a name might be taken for one.
+        // The tip is marked as rich text. Otherwise the toolkit could take a name with angle brackets as rich text.
         const QString tip = QStringLiteral("<p style='white-space:%1'>%2</p>")
                                 .arg(isOneLine ? "pre" : "pre-wrap", lines.toHtmlEscaped());
         QToolTip::showText(event.globalPos(), tip, viewport(), visualRect(index));
     }
 
     Rows rows_;
-    FollowingSelection selection_;
+    ListSelection selection_;
     FocusOutline outline_;
     int pressed_ = -1;
-    int widest_ = 0;      // pixels
-    int extent_ = 0;      // virtual pixels, as is
-    int placeWidth_ = 0;  // the box's own width
+    int widest_ = 0;        // row, pixels
+    int extent_ = 0;        // width that the program requests for the rows, virtual pixels
+    int virtualWidth_ = 0;  // of the list box, virtual pixels
 };
 
 }  // namespace
 
-View* makeListView(const WindowState& state, const Courier& courier, QWidget* parent)
+View* makeListView(const WindowState& state, const UserInput& input, QWidget* parent)
 {
-    return new ListBoxView(state, courier, parent);
+    return new ListBoxView(state, input, parent);
 }
 
 }  // namespace platform::qt

@@ -1,5 +1,3 @@
-// main_view.cpp - the program's main window: its bands, and below them its one other child.
-
 #include "band_bar.h"
 #include "dialog_units.h"
 #include "pictures.h"
@@ -19,21 +17,22 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// Size and place are the desktop's to remember, beside the user's other settings: the program has no option
-// for them, and its device may lie on a stick that moves between screens.
-constexpr const char* PlaceKey = "mainWindow/place";
-constexpr QSize FirstLetters(60, 24);  // columns and rows
+// The size and position are stored with the user's settings of the desktop and not on the device: the program has no
+// option for them, and the device can move between computers.
+constexpr const char* GeometryKey = "mainWindow/place";
+constexpr QSize FirstSize(60, 24);  // in average letters and rows
 
 QSettings settings()
 {
     return {QSettings::IniFormat, QSettings::UserScope, QStringLiteral("quillbox"), QStringLiteral("window")};
 }
 
+// Has the command bands, and the tree below them as its only control.
 class MainView final : public QMainWindow, public TopView {
 public:
-    MainView(const WindowState& state, const Courier& courier)
-        : TopView(state.window, courier),
-          bands_(new BandBar(this, [this](WORD id) { this->courier().command(this->window(), id); }))
+    MainView(const WindowState& state, const UserInput& input)
+        : TopView(state.window, input),
+          bands_(new BandBar(this, [this](WORD id) { this->input().command(this->window(), id); }))
     {
         setMenuWidget(bands_);
         setContextMenuPolicy(Qt::NoContextMenu);
@@ -64,10 +63,9 @@ public:
 
     void present() override
     {
-        const QByteArray place = settings().value(QLatin1String(PlaceKey)).toByteArray();
-        if (!restoreGeometry(place)) {
-            resize(FirstLetters.width() * fontMetrics().averageCharWidth(),
-                   FirstLetters.height() * fontMetrics().height());
+        const QByteArray geometry = settings().value(QLatin1String(GeometryKey)).toByteArray();
+        if (!restoreGeometry(geometry)) {
+            resize(FirstSize.width() * fontMetrics().averageCharWidth(), FirstSize.height() * fontMetrics().height());
             placeOverOwner(*this);
         }
         show();
@@ -77,7 +75,7 @@ protected:
     void closeEvent(QCloseEvent* event) override
     {
         event->ignore();
-        courier().close(window());
+        input().close(window());
     }
 
     void resizeEvent(QResizeEvent* event) override
@@ -91,7 +89,7 @@ protected:
     void hideEvent(QHideEvent* event) override
     {
         if (!event->spontaneous())
-            settings().setValue(QLatin1String(PlaceKey), saveGeometry());
+            settings().setValue(QLatin1String(GeometryKey), saveGeometry());
         QMainWindow::hideEvent(event);
     }
 
@@ -101,9 +99,9 @@ private:
 
 }  // namespace
 
-TopView* makeMainView(const WindowState& state, const Courier& courier)
+TopView* makeMainView(const WindowState& state, const UserInput& input)
 {
-    return new MainView(state, courier);
+    return new MainView(state, input);
 }
 
 }  // namespace platform::qt

@@ -1,5 +1,3 @@
-// message_view.cpp - a message box of the core as the desktop's own.
-
 #include "view_makers.h"
 
 #include "ce/dialog.h"
@@ -42,7 +40,7 @@ QMessageBox::Icon iconOf(UINT type)
     }
 }
 
-// The desktop's own button, with its words in the user's language and its mnemonic.
+// The toolkit's button, with a text and a mnemonic in the user's language.
 std::optional<QMessageBox::StandardButton> desktopButton(int id)
 {
     switch (id) {
@@ -65,10 +63,11 @@ std::optional<QMessageBox::StandardButton> desktopButton(int id)
     }
 }
 
+// A message box of the toolkit. It makes its own text and buttons from those of the core.
 class MessageView final : public QMessageBox, public TopView {
 public:
-    MessageView(const WindowState& state, const Courier& courier, QWidget* owner)
-        : QMessageBox(owner), TopView(state.window, courier)
+    MessageView(const WindowState& state, const UserInput& input, QWidget* owner)
+        : QMessageBox(owner), TopView(state.window, input)
     {
         setWindowModality(Qt::WindowModal);
         setAttribute(Qt::WA_KeyboardFocusChange);
@@ -76,7 +75,7 @@ public:
         setIcon(iconOf(state.messageBoxType));
         setWindowTitle(toQt(state.text));
         setUp();
-        // A box closes itself when a button is pressed; this one stays until the core takes it away.
+        // The toolkit would close the box when a button is clicked. It must stay until the core destroys the window.
         auto* row = findChild<QDialogButtonBox*>();
         disconnect(row, nullptr, this, nullptr);
         connect(row, &QDialogButtonBox::clicked, this, [this](QAbstractButton* button) { press(button); });
@@ -86,16 +85,16 @@ public:
     QWidget& widget() override { return *this; }
 
     void follow(const WindowState& state, Changes) override { setWindowTitle(toQt(state.text)); }
-    [[nodiscard]] bool bringsItsControls() const override { return true; }
+    bool makesOwnControls() const override { return true; }
     void addControl(View&, const WindowState&) override {}
     void removeControl(View&) override {}
 
     void present() override { show(); }
 
-    void reject() override { courier().close(window()); }
+    void reject() override { input().close(window()); }
 
 protected:
-    // Only now the box knows its size.
+    // Before this event the box has no size.
     void showEvent(QShowEvent* event) override
     {
         QMessageBox::showEvent(event);
@@ -104,12 +103,12 @@ protected:
     void closeEvent(QCloseEvent* event) override
     {
         event->ignore();
-        courier().close(window());
+        input().close(window());
     }
     void keyPressEvent(QKeyEvent* event) override
     {
         if (event->key() == Qt::Key_Escape)
-            courier().close(window());
+            input().close(window());
         else if (QAbstractButton* meant = buttonFor(event->text()))
             press(meant);
         else
@@ -117,19 +116,20 @@ protected:
     }
 
 private:
-    // The first letter of an answer chooses it, with or without Alt.
-    [[nodiscard]] QAbstractButton* buttonFor(const QString& typed) const
+    // The first letter of a button's text presses it, with or without Alt.
+    QAbstractButton* buttonFor(const QString& typed) const
     {
-        for (const auto& [button, window] : buttons_)
+        for (const auto& [button, window] : buttons_) {
             if (typed.size() == 1 && button->text().remove(u'&').startsWith(typed, Qt::CaseInsensitive))
                 return button;
+        }
         return nullptr;
     }
 
     void press(QAbstractButton* button)
     {
         if (const auto found = buttons_.find(button); found != buttons_.end())
-            courier().click(found->second);
+            input().click(found->second);
     }
 
     void setUp()
@@ -151,11 +151,11 @@ private:
             if (icon() == NoIcon)
                 label->setContentsMargins({});
         }
-        // The toolkit keeps the place of an icon that isn't there.
+        // Without an icon the toolkit leaves its column of the grid empty.
         auto* grid = qobject_cast<QGridLayout*>(layout());
         if (QLayoutItem* first = grid ? grid->itemAtPosition(0, 0) : nullptr; first && icon() == NoIcon) {
             if (QSpacerItem* indent = first->spacerItem())
-                indent->changeSize(1, 1, QSizePolicy::Fixed, QSizePolicy::Fixed);  // a column of nothing would grow
+                indent->changeSize(1, 1, QSizePolicy::Fixed, QSizePolicy::Fixed);  // a column of width 0 would grow
         }
     }
 
@@ -163,7 +163,7 @@ private:
     {
         const auto standard = desktopButton(state.id);
         QPushButton* button = standard ? addButton(*standard) : addButton(toQt(state.text), QMessageBox::ActionRole);
-        button->setIcon({});  // the caption's buttons have none either
+        button->setIcon({});  // as the buttons of a dialog's header
         buttons_[button] = state.window;
         if (state.defaultButton) {
             setDefaultButton(button);
@@ -176,9 +176,9 @@ private:
 
 }  // namespace
 
-TopView* makeMessageView(const WindowState& state, const Courier& courier, QWidget* owner)
+TopView* makeMessageView(const WindowState& state, const UserInput& input, QWidget* owner)
 {
-    return new MessageView(state, courier, owner);
+    return new MessageView(state, input, owner);
 }
 
 }  // namespace platform::qt

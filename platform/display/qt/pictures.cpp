@@ -1,5 +1,3 @@
-// pictures.cpp - the program's pictures by the number of their resource and their cell in it.
-
 #include "pictures.h"
 
 #include "resources/accessible_names.h"
@@ -35,7 +33,7 @@ bool canDrawSvg()
     return can;
 }
 
-// The top left pixel has the colour that is no part of the pictures.
+// The colour of the top left pixel is transparent.
 QIcon cutFromStrip(const Strip& strip, int cell)
 {
     if (strip.cell.isEmpty())
@@ -52,9 +50,9 @@ QIcon cutFromStrip(const Strip& strip, int cell)
 
 QIcon pictureOf(WORD resource, int cell)
 {
-    const QString twin = QStringLiteral(":/pictures/svg/%1-%2.svg").arg(resource).arg(cell);
-    if (canDrawSvg() && QFile::exists(twin))
-        return QIcon(twin);
+    const QString svg = QStringLiteral(":/pictures/svg/%1-%2.svg").arg(resource).arg(cell);
+    if (canDrawSvg() && QFile::exists(svg))
+        return QIcon(svg);
     const auto* const strip =
         std::find_if(Strips.begin(), Strips.end(), [&](const Strip& each) { return each.resource == resource; });
     return strip == Strips.end() ? QIcon() : cutFromStrip(*strip, cell);

@@ -1,4 +1,4 @@
-// pictures.h - the program's pictures by the number of their resource and their cell in it.
+// pictures.h - the program's pictures, by the number of the resource and the cell in it.
 #pragma once
 
 #include "ce/types.h"
@@ -8,11 +8,11 @@
 
 namespace platform::qt {
 
-// Crisp at every scale where the desktop can draw the SVG twin, otherwise the resource's own bitmap. Empty if
+// The SVG picture, which is sharp at every scale. If the toolkit can't draw SVG, the bitmap of the resource. Empty if
 // there is no such picture.
-[[nodiscard]] QIcon pictureOf(WORD resource, int cell);
+QIcon pictureOf(WORD resource, int cell);
 
-// What a screen reader says of it; empty if it has no name.
-[[nodiscard]] QString pictureName(WORD resource, int cell);
+// The text that a screen reader reads. Empty if the picture has none.
+QString pictureName(WORD resource, int cell);
 
 }  // namespace platform::qt

@@ -12,11 +12,12 @@ namespace platform::qt {
 
 namespace {
 
-// How far a line stands from its surface towards the colour of the texts: 3 to 1 at least, light or dark.
+// A line's colour between that of its surface (0) and that of the text (1). Gives a contrast of at least 3 to 1 in
+// light and dark colours.
 constexpr double LineContrast = 0.42;
-// The style draws its lines in the window's colour, so many hundredths darker.
+// The toolkit's style draws lines in the window's colour, darker by this factor in hundredths.
 constexpr int Darkening = 140;
-// Of the font's height, for the box of a check box.
+// The side of a check box, as a part of the font's height.
 constexpr double BoxHeight = 0.75;
 
 QColor between(const QColor& from, const QColor& to, double part)
@@ -93,8 +94,7 @@ public:
         }
     }
 
-    // Boxes grow with the user's font.
-    [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override
     {
         const int usual = QProxyStyle::pixelMetric(metric, option, widget);
         switch (metric) {

@@ -1,5 +1,3 @@
-// progress_view.cpp - a progress bar.
-
 #include "view_makers.h"
 #include <QProgressBar>
 
@@ -11,10 +9,10 @@ using window::WindowState;
 
 class BarView final : public QProgressBar, public View {
 public:
-    BarView(const WindowState& state, const Courier& courier, QWidget* parent)
-        : QProgressBar(parent), View(state.window, courier)
+    BarView(const WindowState& state, const UserInput& input, QWidget* parent)
+        : QProgressBar(parent), View(state.window, input)
     {
-        setTextVisible(false);  // how far a bar that starts over has come is nothing to read
+        setTextVisible(false);  // the bar starts again and again, so its percentage means nothing
     }
 
     using View::window;
@@ -26,20 +24,20 @@ public:
         setValue(state.progressPosition);
     }
 
-    [[nodiscard]] QRect placeIn(const QRect& place) const override
+    QRect geometryIn(const QRect& rect) const override
     {
-        const int height = std::min(place.height(), sizeHint().height());
-        QRect bar(place.x(), 0, place.width(), height);
-        bar.moveCenter({bar.center().x(), place.center().y()});
+        const int height = std::min(rect.height(), sizeHint().height());
+        QRect bar(rect.x(), 0, rect.width(), height);
+        bar.moveCenter({bar.center().x(), rect.center().y()});
         return bar;
     }
 };
 
 }  // namespace
 
-View* makeProgressView(const WindowState& state, const Courier& courier, QWidget* parent)
+View* makeProgressView(const WindowState& state, const UserInput& input, QWidget* parent)
 {
-    return new BarView(state, courier, parent);
+    return new BarView(state, input, parent);
 }
 
 }  // namespace platform::qt

@@ -1,6 +1,4 @@
-// run_with_window.cpp - the entry point of the window module.
-
-#include "farewell.h"
+#include "closing_display.h"
 #include "plain_style.h"
 #include "screen.h"
 #include "start/window_module.h"
@@ -21,64 +19,66 @@ using namespace platform::qt;
 using platform::display::WindowDesktopLost;
 using platform::display::WindowNoDesktop;
 
-// The toolkit ends the process by itself, without a way back, if it can't open the desktop or loses it. What
-// is to be done then needs to know how far the start has come.
-struct Running {
+// If the toolkit can't open the desktop or loses it, it ends the process and doesn't return to its caller. It only
+// writes a message first, so the message handler below does what is left to do. It needs to know how far the start has
+// come.
+struct RunState {
     std::atomic<bool> windowsOpen = false;
     std::atomic<bool> programEnded = true;
-    Farewell farewell;
+    ClosingDisplay closingDisplay;
 };
 
-// Never destroyed: the program's thread may outlive main().
-Running& running()
+// Never destroyed, because the program's thread can run longer than main().
+RunState& runState()
 {
-    static auto& all = *new Running;
-    return all;
+    static auto& state = *new RunState;
+    return state;
 }
 
-void say(std::string_view sentence)
+void report(std::string_view sentence)
 {
     std::cerr << "quillbox: " << sentence << std::endl;
 }
 
 [[noreturn]] void endWithoutDesktop(const QString& reason)
 {
-    say("no window can be opened here: " + reason.simplified().toStdString());
+    report("no window can be opened here: " + reason.simplified().toStdString());
     std::cerr << "It needs a desktop (DISPLAY or WAYLAND_DISPLAY). With --script it works without one." << std::endl;
     std::_Exit(WindowNoDesktop);
 }
 
-// Runs on the desktop's thread, wherever the toolkit gave up.
+// On the toolkit's thread, inside the call in which the toolkit gave up. That thread now closes windows instead of
+// showing them, until the program's thread has ended.
 void endWithLostDesktop()
 {
-    if (running().programEnded)
+    if (runState().programEnded)
         return;
-    say("the desktop is gone. What is being done is brought to its end.");
-    running().farewell.closeEverything([] { return running().programEnded.load(); });
+    report("the desktop is gone. What is being done is brought to its end.");
+    runState().closingDisplay.closeUntil([] { return runState().programEnded.load(); });
     std::_Exit(WindowDesktopLost);
 }
 
-void hear(QtMsgType type, const QMessageLogContext&, const QString& text)
+void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
     if (type == QtFatalMsg) {
-        if (!running().windowsOpen)
+        if (!runState().windowsOpen)
             endWithoutDesktop(text);
         endWithLostDesktop();
         std::_Exit(WindowDesktopLost);
     }
-    // Its last words before it ends the process. Whoever waits for the exit handlers comes too late: some of
-    // what the program's thread still works with is taken apart before them.
+    // After one of these messages the toolkit ends the process. The exit handlers would be too late: before them,
+    // objects are destroyed that the program's thread still uses.
     if (text.startsWith(QLatin1String("The X11 connection broke")) ||
         text.startsWith(QLatin1String("The Wayland connection broke")))
         endWithLostDesktop();
-    // How the toolkit failed to open the desktop is said once, by the fatal message.
-    if (running().windowsOpen && type != QtDebugMsg && type != QtInfoMsg)
+    // If the desktop can't be opened, the fatal message is enough.
+    if (runState().windowsOpen && type != QtDebugMsg && type != QtInfoMsg)
         std::cerr << text.toStdString() << std::endl;
 }
 
 bool isDesktopNamed()
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread yet
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread exists yet
     return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM");
 }
 
@@ -86,12 +86,12 @@ int showProgram(QApplication& application, const std::function<int()>& program)
 {
     Screen screen;
     int result = 0;
-    running().programEnded = false;
+    runState().programEnded = false;
     std::thread thread([&] {
         result = program();
-        running().programEnded = true;
-        running().farewell.look();
-        // Not quit(): that asks the windows first, and one that the screen has not yet taken away would refuse.
+        runState().programEnded = true;
+        runState().closingDisplay.wake();
+        // Not quit(): it first asks the windows, and a window that is still on the screen would refuse.
         QMetaObject::invokeMethod(
             &application, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
     });
@@ -104,7 +104,7 @@ int showProgram(QApplication& application, const std::function<int()>& program)
 
 extern "C" int quillboxRunWithWindow(const std::function<int()>* program)
 {
-    qInstallMessageHandler(hear);
+    qInstallMessageHandler(handleMessage);
     if (!isDesktopNamed())
         endWithoutDesktop(QStringLiteral("neither DISPLAY nor WAYLAND_DISPLAY is set."));
 
@@ -114,9 +114,9 @@ extern "C" int quillboxRunWithWindow(const std::function<int()>* program)
     QApplication application(count, arguments);
     QApplication::setDesktopFileName(QStringLiteral("quillbox"));
     usePlainStyle();
-    QApplication::setQuitOnLastWindowClosed(false);  // the program says when it ends
-    running().windowsOpen = true;
-    // If it goes without a word. After the application: what is registered last is called first.
+    QApplication::setQuitOnLastWindowClosed(false);  // the program decides when it ends
+    runState().windowsOpen = true;
+    // For an end without a message. Registered after the application was made, so that it is called first.
     std::atexit(endWithLostDesktop);
     return showProgram(application, *program);
 }

@@ -1,5 +1,3 @@
-// screen.cpp - all windows of the core on the desktop.
-
 #include "screen.h"
 
 #include "dialog_view.h"
@@ -10,6 +8,7 @@
 #include <QApplication>
 
 #include <algorithm>
+#include <chrono>
 
 namespace platform::qt {
 
@@ -21,9 +20,10 @@ using window::WindowState;
 using namespace std::chrono_literals;
 
 constexpr auto FrameTime = 16ms;
-// As long as a user's input waits for its outcome. A run that begins with it takes longer and isn't waited for.
-constexpr auto AnswerTime = 50ms;
-// A program that is busy for less shows no wait cursor: it would only flicker.
+// How long the toolkit's thread waits for the program's reaction to an input. A run takes longer, and goes on
+// meanwhile.
+constexpr auto ReactionTime = 50ms;
+// A shorter wait cursor would only flicker.
 constexpr auto CursorTime = 150ms;
 
 bool isTopLevel(const WindowState& state)
@@ -31,8 +31,8 @@ bool isTopLevel(const WindowState& state)
     return (state.style & WS_CHILD) == 0;
 }
 
-// Is deleted with it. The toolkit's own isAncestorOf() ends at the window.
-bool belongsTo(const QWidget& widget, const QWidget& owner)
+// At any depth, also in a window owned by it. The toolkit's isAncestorOf() ends at windows.
+bool isInside(const QWidget& widget, const QWidget& owner)
 {
     const QWidget* above = widget.parentWidget();
     while (above && above != &owner)
@@ -46,8 +46,8 @@ bool isAlive(HWND window)
     return window::readWindow(window, state);
 }
 
-// Applies the states that every kind of control has, then those of its kind.
-void followControl(View& view, const window::WindowState& state, Changes changes)
+// Shows the states that every kind of control has, then those of its kind.
+void followControl(View& view, const WindowState& state, Changes changes)
 {
     view.widget().setEnabled(state.enabled);
     view.follow(state, changes);
@@ -56,34 +56,35 @@ void followControl(View& view, const window::WindowState& state, Changes changes
 
 }  // namespace
 
+// The batch calls back on a thread of the program and under the core's lock, so the call is only queued here.
 Screen::Screen()
     : batch_([this] {
           QMetaObject::invokeMethod(
-              this, [this] { frame_.start(); }, Qt::QueuedConnection);
+              this, [this] { frameTimer_.start(); }, Qt::QueuedConnection);
       }),
-      courier_([this](HWND) { settle(); })
+      input_([this] { showReaction(); })
 {
-    frame_.setSingleShot(true);
-    frame_.setTimerType(Qt::PreciseTimer);
-    frame_.setInterval(FrameTime);
-    connect(&frame_, &QTimer::timeout, this, [this] { flush(); });
-    patience_.setSingleShot(true);
-    patience_.setInterval(CursorTime);
-    connect(&patience_, &QTimer::timeout, this, [this] { showWaiting(); });
+    frameTimer_.setSingleShot(true);
+    frameTimer_.setTimerType(Qt::PreciseTimer);
+    frameTimer_.setInterval(FrameTime);
+    connect(&frameTimer_, &QTimer::timeout, this, [this] { flush(); });
+    cursorTimer_.setSingleShot(true);
+    cursorTimer_.setInterval(CursorTime);
+    connect(&cursorTimer_, &QTimer::timeout, this, [this] { showCursor(); });
     window::setDisplay(&batch_);
 }
 
 Screen::~Screen()
 {
     window::setDisplay(nullptr);
-    // What the program took away last stands here until now.
+    // Windows that the program destroyed after the last frame.
     while (!tops_.empty())
-        retire(tops_.begin()->first);
+        remove(tops_.begin()->first);
 }
 
 void Screen::flush()
 {
-    frame_.stop();
+    frameTimer_.stop();
     focus_ = nullptr;
     for (const Changed& changed : batch_.take())
         apply(changed);
@@ -92,14 +93,14 @@ void Screen::flush()
         focused->second->widget().setFocus(Qt::TabFocusReason);
 }
 
-void Screen::settle()
+void Screen::showReaction()
 {
-    batch_.waitUntil([this] { return programRests(); }, AnswerTime);
+    batch_.waitUntil([this] { return programIsIdle(); }, ReactionTime);
     flush();
 }
 
-// Does the thread of the main window wait for its user, whatever window stands in front?
-bool Screen::programRests() const
+// True if the thread of the main window waits for messages, even if another window is in front.
+bool Screen::programIsIdle() const
 {
     return !main_ || window::takesInput(main_) || window::topLevelWindows().empty();
 }
@@ -112,58 +113,62 @@ void Screen::apply(const Changed& changed)
     }
     WindowState state;
     if (!window::readWindow(changed.window, state) || (isTopLevel(state) && !state.visible)) {
-        retire(changed.window);
+        remove(changed.window);
         return;
     }
     if (changed.changes.has(Change::Focus) && state.focused)
         focus_ = changed.window;
     if (const auto known = views_.find(changed.window); known != views_.end()) {
-        if (isTopLevel(state))
-            known->second->follow(state, changed.changes);
-        else
-            followControl(*known->second, state, changed.changes);
-        if (changed.changes.has(Change::Focus))
-            if (TopView* top = topOf(isTopLevel(state) ? state.window : state.parent))
-                top->followFocus();
-        if (changed.changes.has(Change::Foreground))
-            if (TopView* top = topOf(changed.window))
-                top->comeToFront();
-        return;
-    }
-    if (!isTopLevel(state)) {
+        follow(*known->second, state, changed.changes);
+    } else if (!isTopLevel(state)) {
         if (TopView* top = topOf(state.parent))
             addControl(*top, state);
     } else if (!state.parent || isAlive(state.parent)) {
-        build(state);  // with a dead owner it goes as well, as soon as its thread gets to it
+        build(state);  // If the owner is dead, its windows are about to be destroyed too.
     }
+}
+
+void Screen::follow(View& view, const WindowState& state, Changes changes)
+{
+    if (isTopLevel(state))
+        view.follow(state, changes);
+    else
+        followControl(view, state, changes);
+    if (TopView* top = topOf(isTopLevel(state) ? state.window : state.parent); top && changes.has(Change::Focus))
+        top->followFocus();
+    if (TopView* top = topOf(state.window); top && changes.has(Change::Foreground))
+        top->comeToFront();
 }
 
 void Screen::applyGlobal(Changes changes)
 {
     if (changes.has(Change::Idle) || changes.has(Change::Busy) || changes.has(Change::Cursor)) {
-        if (programRests())
-            showWaiting();
-        else if (!patience_.isActive())
-            patience_.start();
+        if (programIsIdle())
+            showCursor();
+        else if (!cursorTimer_.isActive())
+            cursorTimer_.start();
     }
-    // An edit that was ahead of a program at work is brought in line now.
-    if (const auto focused = std::find_if(views_.begin(), views_.end(),
-                                          [](const auto& each) { return each.second->widget().hasFocus(); });
-        changes.has(Change::Idle) && focused != views_.end()) {
-        WindowState state;
-        Changes text;
-        text.add(Change::Text);
-        if (window::readWindow(focused->first, state) && state.kind == WindowKind::Edit)
-            focused->second->follow(state, text);
-    }
+    if (changes.has(Change::Idle))
+        followFocusedEdit();
 }
 
-void Screen::showWaiting()
+// While the program was busy, an edit with the focus ignored its changes of the text.
+void Screen::followFocusedEdit()
 {
-    const bool waiting = window::showsWaitCursor() || !programRests();
-    for (const auto& [window, top] : tops_)
-        if (window == main_)
-            top->setWaiting(waiting);
+    const auto focused =
+        std::ranges::find_if(views_, [](const auto& each) { return each.second->widget().hasFocus(); });
+    WindowState state;
+    if (focused == views_.end() || !window::readWindow(focused->first, state) || state.kind != WindowKind::Edit)
+        return;
+    Changes text;
+    text.add(Change::Text);
+    focused->second->follow(state, text);
+}
+
+void Screen::showCursor()
+{
+    if (TopView* main = topOf(main_))
+        main->setWaiting(window::showsWaitCursor() || !programIsIdle());
 }
 
 TopView* Screen::makeTop(const WindowState& state)
@@ -172,18 +177,18 @@ TopView* Screen::makeTop(const WindowState& state)
     QWidget* ownerWidget = nullptr;
     bool modal = false;
     if (window::readWindow(state.parent, owner)) {
-        if (const TopView* top = topOf(state.parent))
-            ownerWidget = &const_cast<TopView*>(top)->widget();
-        // A window of the owner's own thread keeps that from going on; a run's window has a thread of its own.
+        if (TopView* top = topOf(state.parent))
+            ownerWidget = &top->widget();
+        // A window on the owner's thread blocks the owner. The window of a run has another thread.
         modal = owner.thread == state.thread;
     }
     switch (state.kind) {
     case WindowKind::MessageBox:
-        return makeMessageView(state, courier_, ownerWidget);
+        return makeMessageView(state, input_, ownerWidget);
     case WindowKind::Dialog:
-        return new DialogView(state, courier_, ownerWidget, modal);
+        return new DialogView(state, input_, ownerWidget, modal);
     default:
-        return makeMainView(state, courier_);
+        return makeMainView(state, input_);
     }
 }
 
@@ -208,7 +213,7 @@ void Screen::addControl(TopView& top, const WindowState& state)
         top.followBands(state.window);
         return;
     }
-    View* view = top.bringsItsControls() ? nullptr : makeControlView(state, courier_, &top.content());
+    View* view = top.makesOwnControls() ? nullptr : makeControlView(state, input_, &top.content());
     if (!view)
         return;
     views_[state.window] = view;
@@ -218,8 +223,8 @@ void Screen::addControl(TopView& top, const WindowState& state)
         focus_ = state.window;
 }
 
-// Gone from the screen at once; the widget itself only later, since the click that ends it may come from it.
-void Screen::retire(HWND window)
+// Hides the widget now and deletes it later, because the click that destroys the window may come from the widget.
+void Screen::remove(HWND window)
 {
     const auto found = views_.find(window);
     if (found == views_.end())
@@ -227,20 +232,25 @@ void Screen::retire(HWND window)
     View* view = found->second;
     views_.erase(found);
     if (tops_.erase(window) > 0) {
-        // All that belongs to its widget goes with it, known to the core or not: windows over it, controls in it.
-        const auto isOver = [view](const auto& top) { return belongsTo(top.second->widget(), view->widget()); };
-        for (auto over = std::ranges::find_if(tops_, isOver); over != tops_.end();
-             over = std::ranges::find_if(tops_, isOver))
-            retire(over->first);
-        std::erase_if(views_, [view](const auto& each) { return belongsTo(each.second->widget(), view->widget()); });
+        removeInside(view->widget());
         if (window == main_)
             main_ = nullptr;
     } else {
-        for (const auto& [handle, each] : tops_)
-            each->removeControl(*view);
+        for (const auto& [handle, top] : tops_)
+            top->removeControl(*view);
     }
     view->widget().hide();
     view->widget().deleteLater();
+}
+
+// The widget of a top-level window deletes its controls and the windows that it owns, even if the core still has them.
+void Screen::removeInside(const QWidget& top)
+{
+    const auto isOwned = [&top](const auto& other) { return isInside(other.second->widget(), top); };
+    for (auto owned = std::ranges::find_if(tops_, isOwned); owned != tops_.end();
+         owned = std::ranges::find_if(tops_, isOwned))
+        remove(owned->first);
+    std::erase_if(views_, isOwned);
 }
 
 TopView* Screen::topOf(HWND window) const

@@ -1,50 +1,52 @@
-// screen.h - all windows of the core on the desktop.
+// screen.h - shows all windows of the core on the desktop.
 //
-// The core's threads note changes in a batch; this side takes the batch at the screen's rate, reads what the
-// core holds by then and brings the widgets in line. Lives on the desktop's thread.
+// The program's threads add changes to a batch. The toolkit's thread takes the batch once per frame, reads the current
+// state of the changed windows, and updates their views. All calls are made on the toolkit's thread.
 #pragma once
 
 #include "change_batch.h"
-#include "courier.h"
 #include "top_view.h"
+#include "user_input.h"
 
 #include <QObject>
 #include <QTimer>
 
-#include <chrono>
 #include <unordered_map>
 
 namespace platform::qt {
 
 class Screen final : public QObject {
 public:
-    // Becomes the core's display, until it goes.
+    // The core's display until it is destroyed.
     Screen();
     ~Screen() override;
 
-    // Shows what has changed so far.
+    // Shows all changes so far, without waiting for the next frame.
     void flush();
 
 private:
-    void settle();
+    void showReaction();
     void apply(const Changed& changed);
+    void follow(View& view, const window::WindowState& state, Changes changes);
     void applyGlobal(Changes changes);
+    void followFocusedEdit();
     void build(const window::WindowState& state);
     TopView* makeTop(const window::WindowState& state);
     void addControl(TopView& top, const window::WindowState& state);
-    void retire(HWND window);
-    void showWaiting();
-    [[nodiscard]] bool programRests() const;
-    [[nodiscard]] TopView* topOf(HWND window) const;
+    void remove(HWND window);
+    void removeInside(const QWidget& top);
+    void showCursor();
+    bool programIsIdle() const;
+    TopView* topOf(HWND window) const;
 
     ChangeBatch batch_;
-    Courier courier_;
-    QTimer frame_;
-    QTimer patience_;
-    std::unordered_map<HWND, View*> views_;  // tops and controls alike; the widgets own each other
+    UserInput input_;
+    QTimer frameTimer_;                      // runs while there are changes to show
+    QTimer cursorTimer_;                     // runs while the program has been busy for a short time
+    std::unordered_map<HWND, View*> views_;  // top-level windows and controls. Each widget owns those inside it.
     std::unordered_map<HWND, TopView*> tops_;
     HWND main_ = nullptr;
-    HWND focus_ = nullptr;  // gets the keyboard at the end of the flush
+    HWND focus_ = nullptr;  // gets the focus at the end of flush()
 };
 
 }  // namespace platform::qt

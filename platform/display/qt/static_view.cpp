@@ -1,5 +1,3 @@
-// static_view.cpp - a text or an icon that takes no input.
-
 #include "pictures.h"
 #include "view_makers.h"
 
@@ -16,17 +14,17 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// A line needs a little more than its letters' widths: bearings, fractions.
+// A line needs a few pixels more than the sum of its letters' widths.
 constexpr int Slack = 3;
-// Virtual pixels: a template gives a text that may wrap room for two rows at least.
+// Virtual pixels. A text wraps if the template gives it at least this height.
 constexpr int TwoRows = 26;
 
-// A path has no blanks to wrap at, so words are broken where they have to be; what still doesn't fit ends
-// in three points. QLabel itself can do neither.
+// A path has no blanks, so a line breaks inside a word if necessary. If the rows aren't enough, three points replace a
+// part of the last one. QLabel can do neither.
 class TextView final : public QLabel, public View {
 public:
-    TextView(const WindowState& state, const Courier& courier, QWidget* parent)
-        : QLabel(parent), View(state.window, courier)
+    TextView(const WindowState& state, const UserInput& input, QWidget* parent)
+        : QLabel(parent), View(state.window, input)
     {
         setTextFormat(Qt::PlainText);
         wraps_ = state.rectangle.bottom - state.rectangle.top >= TwoRows;
@@ -45,7 +43,7 @@ public:
             setText(toQt(state.text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")));
     }
 
-    [[nodiscard]] int leastWidth() const override
+    int leastWidth() const override
     {
         int widest = 0;
         const QStringList lines = text().split(u'\n');
@@ -53,12 +51,12 @@ public:
             widest = std::max(widest, fontMetrics().horizontalAdvance(line));
         return wraps_ && lines.size() == 1 ? 0 : widest + Slack;
     }
-    [[nodiscard]] QRect placeIn(const QRect& place) const override
+    QRect geometryIn(const QRect& rect) const override
     {
-        return {place.topLeft(), QSize(place.width(), std::max(place.height(), fontMetrics().height()))};
+        return {rect.topLeft(), QSize(rect.width(), std::max(rect.height(), fontMetrics().height()))};
     }
-    [[nodiscard]] int rowMiddle() const override { return wraps_ ? -1 : fontMetrics().height() / 2; }
-    [[nodiscard]] QString label() const override { return text(); }
+    int rowMiddle() const override { return wraps_ ? -1 : fontMetrics().height() / 2; }
+    QString label() const override { return text(); }
 
 protected:
     void paintEvent(QPaintEvent*) override
@@ -91,7 +89,7 @@ protected:
 private:
     bool wraps_ = false;
 
-    // The end of a path says more than its middle.
+    // The points replace the middle, because the end of a path is more important.
     void drawCut(QPainter& painter, const QString& rest, int y) const
     {
         const QString cut = fontMetrics().elidedText(rest, Qt::ElideMiddle, width());
@@ -101,8 +99,8 @@ private:
 
 class IconView final : public QLabel, public View {
 public:
-    IconView(const WindowState& state, const Courier& courier, QWidget* parent)
-        : QLabel(parent), View(state.window, courier)
+    IconView(const WindowState& state, const UserInput& input, QWidget* parent)
+        : QLabel(parent), View(state.window, input)
     {
         setAlignment(Qt::AlignCenter);
         setAccessibleName(parent->window()->windowTitle());
@@ -126,11 +124,11 @@ private:
 
 }  // namespace
 
-View* makeStaticView(const WindowState& state, const Courier& courier, QWidget* parent)
+View* makeStaticView(const WindowState& state, const UserInput& input, QWidget* parent)
 {
     if ((state.style & 0xF) == SS_ICON)
-        return new IconView(state, courier, parent);
-    return new TextView(state, courier, parent);
+        return new IconView(state, input, parent);
+    return new TextView(state, input, parent);
 }
 
 }  // namespace platform::qt

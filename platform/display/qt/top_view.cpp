@@ -1,5 +1,3 @@
-// top_view.cpp - a top-level window of the core on the desktop.
-
 #include "top_view.h"
 
 #include <QApplication>
@@ -23,7 +21,7 @@ void TopView::comeToFront()
     if (own.isMinimized())
         own.setWindowState(own.windowState() & ~Qt::WindowMinimized);
     own.raise();
-    // A question that stands over it is what the user has to answer first.
+    // If a question blocks the window, the user must answer that first.
     QWidget* question = QApplication::activeModalWidget();
     QWidget& front = question && question->parentWidget() == &own ? *question : own;
     front.raise();

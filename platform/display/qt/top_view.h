@@ -9,25 +9,25 @@ class TopView : public View {
 public:
     using View::View;
 
-    // The widget that the controls stand in.
-    [[nodiscard]] virtual QWidget& content() { return widget(); }
-    // Made of its own widgets, whatever controls the core has for it.
-    [[nodiscard]] virtual bool bringsItsControls() const { return false; }
-    // Its controls, in the order in which the core made them.
+    // The parent widget of the controls.
+    virtual QWidget& content() { return widget(); }
+    // True if the view makes its widgets itself, and no views of its controls.
+    virtual bool makesOwnControls() const { return false; }
+    // Called in the order in which the core created the controls.
     virtual void addControl(View& control, const window::WindowState& state) = 0;
     virtual void removeControl(View& control) = 0;
-    // The keyboard has come to one of its controls or left one.
+    // One of its controls got or lost the focus.
     virtual void followFocus() {}
     virtual void followBands(HWND bands) { static_cast<void>(bands); }
 
-    // The first time on the screen: laid out, over its owner.
+    // Called once, when its controls exist: lays the window out and shows it over its owner.
     virtual void present() = 0;
-    // Shows that it takes no input for a while.
+    // Shows or removes the wait cursor.
     void setWaiting(bool waiting);
     void comeToFront();
 };
 
-// Over the middle of its owner, inside of the screen.
+// Moves the window to the middle of its owner, but inside the screen.
 void placeOverOwner(QWidget& window);
 
 }  // namespace platform::qt

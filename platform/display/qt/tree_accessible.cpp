@@ -1,4 +1,7 @@
-// tree_accessible.cpp - the tree of the main window as a screen reader meets it.
+// tree_accessible.cpp - the tree of the main window for screen readers.
+//
+// The toolkit's accessible interface of a tree has no state for partly marked items. Its rows are numbered in the order
+// of display, without those below collapsed items, as in a table with one column.
 
 #include "tree_items_model.h"
 #include "view_makers.h"
@@ -18,17 +21,17 @@ namespace platform::qt {
 
 namespace {
 
-// The events that the view sends number its items behind the header, which is a child even where it is hidden.
+// The view's events count the header as child 0, even if it is hidden.
 constexpr int HeaderChildren = 1;
 
-// Rows are counted by where they lie, which takes no walk over them: they are all equally high.
+// All rows have the same height. So a row's number follows from its position, without counting the rows above.
 int scrolledPixels(const QTreeView& view, int rowHeight)
 {
     const int value = view.verticalScrollBar()->value();
     return view.verticalScrollMode() == QAbstractItemView::ScrollPerItem ? value * rowHeight : value;
 }
 
-// -1 below an item that is collapsed.
+// -1 for an item below a collapsed one.
 int rowOf(const QTreeView& view, const QModelIndex& index)
 {
     const QRect rect = view.visualRect(index);
@@ -61,7 +64,7 @@ class TreeItemAccessible final : public QAccessibleInterface,
 public:
     TreeItemAccessible(QTreeView* view, const QModelIndex& index) : view_(view), index_(index) {}
 
-    [[nodiscard]] QModelIndex index() const { return index_; }
+    QModelIndex index() const { return index_; }
 
     bool isValid() const override { return view_ && index_.isValid(); }
     QObject* object() const override { return nullptr; }
@@ -204,7 +207,7 @@ public:
     bool unselectRow(int) override { return false; }
     bool unselectColumn(int) override { return false; }
 
-    // What rows an event names says little in a tree; an item that is gone knows it.
+    // The event names rows within a parent item. Instead, each known item is asked whether it still exists.
     void modelChange(QAccessibleTableModelChangeEvent* event) override
     {
         using Event = QAccessibleTableModelChangeEvent;
@@ -225,7 +228,7 @@ private:
             QAccessible::deleteAccessibleInterface(known.second);
     }
 
-    [[nodiscard]] QModelIndexList selected() const { return view_.selectionModel()->selectedIndexes(); }
+    QModelIndexList selected() const { return view_.selectionModel()->selectedIndexes(); }
 
     QAccessibleInterface* item(const QModelIndex& index) const
     {
@@ -235,14 +238,14 @@ private:
         auto* known = static_cast<TreeItemAccessible*>(QAccessible::accessibleInterface(id));
         if (known && known->index() == index)
             return known;
-        if (known)  // of an item that went while nobody listened
+        if (known)  // of a deleted item, whose handle is in use again
             QAccessible::deleteAccessibleInterface(id);
         id = QAccessible::registerAccessibleInterface(new TreeItemAccessible(&view_, index));
         return QAccessible::accessibleInterface(id);
     }
 
     QTreeView& view_;
-    mutable std::unordered_map<HTREEITEM, QAccessible::Id> items_;  // those that somebody has asked for
+    mutable std::unordered_map<HTREEITEM, QAccessible::Id> items_;  // only items that were asked for
 };
 
 QAccessibleInterface* makeAccessible(const QString& className, QObject* object)

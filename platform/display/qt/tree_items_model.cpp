@@ -1,5 +1,3 @@
-// tree_items_model.cpp - the items of a tree as the toolkit's views ask for them.
-
 #include "tree_items_model.h"
 
 #include "pictures.h"
@@ -38,7 +36,7 @@ TreeItemsModel::TreeItemsModel(HWND tree, std::function<void(HTREEITEM)> toggle,
 {
 }
 
-bool TreeItemsModel::take(const window::TreeChanges& changes)
+bool TreeItemsModel::apply(const window::TreeChanges& changes)
 {
     last_ = {};
     for (const window::TreeRemoval& removal : changes.removed)
@@ -51,7 +49,7 @@ bool TreeItemsModel::take(const window::TreeChanges& changes)
     return buttonChanged;
 }
 
-void TreeItemsModel::show(const window::TreePictures& pictures)
+void TreeItemsModel::setPictures(const window::TreePictures& pictures)
 {
     pictures_ = pictures;
     icons_.clear();
@@ -125,13 +123,13 @@ bool TreeItemsModel::setData(const QModelIndex& index, const QVariant&, int role
 {
     if (role == Qt::CheckStateRole && index.isValid())
         toggle_(itemAt(index));
-    return false;  // the core decides; what comes of it comes as a change
+    return false;  // the core decides, and reports the new state as a change
 }
 
 TreeItemsModel::Node* TreeItemsModel::find(HTREEITEM item) const
 {
-    const auto found = known_.find(item);
-    return found == known_.end() ? nullptr : found->second;
+    const auto found = nodes_.find(item);
+    return found == nodes_.end() ? nullptr : found->second;
 }
 
 const TreeItemsModel::Node& TreeItemsModel::nodeOf(const QModelIndex& index) const
@@ -152,8 +150,8 @@ void TreeItemsModel::remove(const window::TreeRemoval& removal)
     const int row = first->row;
     beginRemoveRows(indexOf(above.item), row, row + static_cast<int>(count) - 1);
     std::for_each(from, to, [this](const auto& node) { forget(*node); });
-    const auto behind = above.children.erase(from, to);
-    for (auto at = behind; at != above.children.end(); ++at)
+    const auto after = above.children.erase(from, to);
+    for (auto at = after; at != above.children.end(); ++at)
         (*at)->row -= static_cast<int>(count);
     endRemoveRows();
 }
@@ -176,11 +174,11 @@ void TreeItemsModel::insert(const window::TreeRange& range)
     }
     beginInsertRows(indexOf(above->item), row, row + count - 1);
     for (const auto& node : nodes)
-        known_[node->item] = node.get();
-    const auto behind = above->children.insert(above->children.begin() + row, std::move_iterator(nodes.begin()),
-                                               std::move_iterator(nodes.end())) +
-                        count;
-    for (auto at = behind; at != above->children.end(); ++at)
+        nodes_[node->item] = node.get();
+    const auto after = above->children.insert(above->children.begin() + row, std::move_iterator(nodes.begin()),
+                                              std::move_iterator(nodes.end())) +
+                       count;
+    for (auto at = after; at != above->children.end(); ++at)
         (*at)->row += count;
     endInsertRows();
 }
@@ -202,10 +200,10 @@ void TreeItemsModel::forget(const Node& node)
 {
     for (const auto& child : node.children)
         forget(*child);
-    known_.erase(node.item);
+    nodes_.erase(node.item);
 }
 
-// Dead in the core already: it looks like nothing until the change that takes it away.
+// An item that the core has already deleted has no text and no image. The change that removes it comes next.
 const TreeItemState& TreeItemsModel::read(const Node& node) const
 {
     if (last_.item != node.item && !window::readTreeItem(tree_, node.item, last_)) {

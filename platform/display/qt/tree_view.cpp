@@ -1,5 +1,3 @@
-// tree_view.cpp - the tree of the main window. What is selected, marked and expanded is the core's.
-
 #include "focus_outline.h"
 #include "keys.h"
 #include "tree_items_model.h"
@@ -26,18 +24,19 @@ using window::TreeChanges;
 using window::TreePart;
 using window::WindowState;
 
-// A selection that follows the core. What the toolkit or a screen reader wants selected is only a wish.
-class FollowingSelection final : public QItemSelectionModel {
+// A selection that only the core changes. A request of the toolkit or of a screen reader goes to the core as a click,
+// and follow() shows the result.
+class TreeSelection final : public QItemSelectionModel {
 public:
-    FollowingSelection(QAbstractItemModel* model, std::function<void(const QModelIndex&)> wish)
-        : QItemSelectionModel(model, model), wish_(std::move(wish))
+    TreeSelection(QAbstractItemModel* model, std::function<void(const QModelIndex&)> request)
+        : QItemSelectionModel(model, model), request_(std::move(request))
     {
     }
 
     void select(const QModelIndex& index, SelectionFlags flags) override
     {
         if (index.isValid() && (flags & Select) && !isSelected(index))
-            wish_(index);
+            request_(index);
     }
     void select(const QItemSelection& selection, SelectionFlags flags) override
     {
@@ -46,7 +45,7 @@ public:
     }
     void setCurrentIndex(const QModelIndex& index, SelectionFlags flags) override { select(index, flags); }
 
-    void take(const QModelIndex& index)
+    void follow(const QModelIndex& index)
     {
         if (index == currentIndex() && isSelected(index))
             return;
@@ -55,10 +54,11 @@ public:
     }
 
 private:
-    std::function<void(const QModelIndex&)> wish_;
+    std::function<void(const QModelIndex&)> request_;
 };
 
-// The picture shows the mark already: no second box beside it, and in the selected row no tint over it.
+// The item's picture contains the check box, so the delegate draws no other one. It also draws the picture without the
+// colour of the selection.
 class ItemDelegate final : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -80,8 +80,8 @@ protected:
 
 class ItemTreeView final : public QTreeView, public View {
 public:
-    ItemTreeView(const WindowState& state, const Courier& courier, QWidget* parent)
-        : QTreeView(parent), View(state.window, courier),
+    ItemTreeView(const WindowState& state, const UserInput& input, QWidget* parent)
+        : QTreeView(parent), View(state.window, input),
           items_(
               state.window, [this](HTREEITEM item) { clickOn(item); }, this),
           selection_(&items_, [this](const QModelIndex& index) { clickOn(items_.itemAt(index)); }), delegate_(this),
@@ -92,7 +92,7 @@ public:
         setItemDelegate(&delegate_);
         setHeaderHidden(true);
         header()->setStretchLastSection(false);
-        header()->setResizeContentsPrecision(0);  // as wide as what is on the screen
+        header()->setResizeContentsPrecision(0);  // measures only visible rows
         setUniformRowHeights(true);
         setItemsExpandable(false);
         setExpandsOnDoubleClick(false);
@@ -112,17 +112,17 @@ public:
             return;
         followPictures();
         const TreeChanges tree = window::takeTreeChanges(this->window(), !std::exchange(begun_, true));
-        if (items_.take(tree))
+        if (items_.apply(tree))
             scheduleDelayedItemsLayout();
         for (const window::TreeFold& fold : tree.folded)
             setExpanded(items_.indexOf(fold.item), fold.expanded);
         const QModelIndex before = selection_.currentIndex();
-        selection_.take(items_.indexOf(tree.selected));
+        selection_.follow(items_.indexOf(tree.selected));
         if (const QModelIndex toShow = items_.indexOf(tree.toShow); isOnARow(toShow))
             scrollTo(toShow);
-        // A screen reader reads an item that becomes the current one by itself.
+        // If another item has become the current one, a screen reader reads it without this.
         if (before == selection_.currentIndex() && std::ranges::count(tree.updated, tree.selected) != 0)
-            sayMarkChanged();
+            reportMarkChange();
     }
 
 protected:
@@ -131,14 +131,14 @@ protected:
         if (event->button() != Qt::LeftButton)
             return;
         const auto [item, part] = hit(event->position().toPoint());
-        courier().treeClick(window(), item, part);
+        input().treeClick(window(), item, part);
     }
     void mouseDoubleClickEvent(QMouseEvent* event) override
     {
         if (event->button() != Qt::LeftButton)
             return;
         const auto [item, part] = hit(event->position().toPoint());
-        courier().treeDoubleClick(window(), item, part);
+        input().treeDoubleClick(window(), item, part);
     }
     void mouseMoveEvent(QMouseEvent*) override {}
     void mouseReleaseEvent(QMouseEvent*) override {}
@@ -153,9 +153,9 @@ protected:
         if (modifiers.testFlag(Qt::AltModifier) || (control && scrollByArrow(*this, event->key()))) {
             event->setAccepted(!modifiers.testFlag(Qt::AltModifier));
         } else if (!control && !isSign && !event->text().isEmpty() && event->text().front().isPrint()) {
-            courier().typedText(window(), fromQt(event->text()));
+            input().typedText(window(), fromQt(event->text()));
         } else if (key) {
-            courier().key(window(), key, modifiers.testFlag(Qt::ShiftModifier), control, false);
+            input().key(window(), key, modifiers.testFlag(Qt::ShiftModifier), control, false);
         } else {
             event->ignore();
         }
@@ -170,7 +170,7 @@ protected:
     {
         QTreeView::scrollContentsBy(dx, dy);
         if (dy != 0)
-            widenColumn(header()->sectionSize(0));  // narrower again only when the rows change
+            widenColumn(header()->sectionSize(0));  // never narrower while the user scrolls
     }
 
 private:
@@ -179,7 +179,7 @@ private:
         TreePart part = TreePart::Label;
     };
 
-    void clickOn(HTREEITEM item) { courier().treeClick(window(), item, TreePart::Label); }
+    void clickOn(HTREEITEM item) { input().treeClick(window(), item, TreePart::Label); }
 
     void followPictures()
     {
@@ -187,14 +187,14 @@ private:
         if (pictures.bitmapId == pictures_.bitmapId)
             return;
         pictures_ = pictures;
-        items_.show(pictures);
-        // At the size that they were drawn for, larger only where the user's font is.
+        items_.setPictures(pictures);
+        // The size of the bitmaps, enlarged if the user's font is larger than they were drawn for.
         const qreal larger = std::max(1.0, fontMetrics().height() / (1.25 * pictures.height));
         setIconSize(QSize(qRound(pictures.width * larger), qRound(pictures.height * larger)));
     }
 
-    // Is every item above it expanded? To scroll to any other would expand them.
-    [[nodiscard]] bool isOnARow(const QModelIndex& index) const
+    // True if every item above it is expanded. Otherwise scrollTo() would expand them.
+    bool isOnARow(const QModelIndex& index) const
     {
         QModelIndex above = index.parent();
         while (above.isValid() && isExpanded(above))
@@ -202,7 +202,7 @@ private:
         return index.isValid() && !above.isValid();
     }
 
-    [[nodiscard]] Hit hit(QPoint point) const
+    Hit hit(QPoint point) const
     {
         const QModelIndex index = indexAt(point);
         if (!index.isValid())
@@ -233,7 +233,7 @@ private:
         widening_ = false;
     }
 
-    void sayMarkChanged()
+    void reportMarkChange()
     {
         QAccessibleInterface* tree = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(this) : nullptr;
         QAccessibleInterface* item = tree ? tree->focusChild() : nullptr;
@@ -249,7 +249,7 @@ private:
     }
 
     TreeItemsModel items_;
-    FollowingSelection selection_;
+    TreeSelection selection_;
     ItemDelegate delegate_;
     FocusOutline outline_;
     window::TreePictures pictures_;
@@ -259,10 +259,10 @@ private:
 
 }  // namespace
 
-View* makeTreeView(const WindowState& state, const Courier& courier, QWidget* parent)
+View* makeTreeView(const WindowState& state, const UserInput& input, QWidget* parent)
 {
     useTreeAccessible();
-    return new ItemTreeView(state, courier, parent);
+    return new ItemTreeView(state, input, parent);
 }
 
 }  // namespace platform::qt

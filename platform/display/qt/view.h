@@ -1,12 +1,12 @@
-// view.h - what a window of the core is on the desktop: a widget that follows it.
+// view.h - a widget that shows a window of the core.
 //
-// A view decides nothing. What the user does to it goes to the core, and the widget changes when the core says
-// so. The desktop's thread only.
+// A view decides nothing. It posts the user's input to the core, and changes only when the core reports a change. Used
+// only on the toolkit's thread.
 #pragma once
 
 #include "change_batch.h"
-#include "courier.h"
 #include "shown_text.h"
+#include "user_input.h"
 #include "window/display.h"
 
 #include <QRect>
@@ -17,32 +17,32 @@ namespace platform::qt {
 
 class View {
 public:
-    View(HWND window, const Courier& courier) : window_(window), courier_(courier) {}
+    View(HWND window, const UserInput& input) : window_(window), input_(input) {}
     virtual ~View() = default;
     View(const View&) = delete;
     View& operator=(const View&) = delete;
 
-    [[nodiscard]] HWND window() const { return window_; }
-    [[nodiscard]] virtual QWidget& widget() = 0;
+    HWND window() const { return window_; }
+    virtual QWidget& widget() = 0;
 
-    // Brings the widget in line; `changes` says what may differ from the last time.
+    // Shows `state`. `changes`: what may have changed since the last call.
     virtual void follow(const window::WindowState& state, Changes changes) = 0;
 
-    // Pixels that its text needs in one row; 0 if it gets along with any width.
-    [[nodiscard]] virtual int leastWidth() const { return 0; }
-    // Where in the place that the template gives it the widget stands.
-    [[nodiscard]] virtual QRect placeIn(const QRect& place) const { return place; }
-    // Where in its geometry its one row of text has its middle; -1 without such a row.
-    [[nodiscard]] virtual int rowMiddle() const { return -1; }
-    // A text that may stand beside another control to say what that is for.
-    [[nodiscard]] virtual QString label() const { return {}; }
+    // The width in pixels that the text needs in one row; 0 if any width is enough.
+    virtual int leastWidth() const { return 0; }
+    // The widget's geometry in the rectangle that the dialog template gives it, both in pixels of the dialog's content.
+    virtual QRect geometryIn(const QRect& rect) const { return rect; }
+    // The distance in pixels from the widget's top to the middle of its one row of text; -1 if it has no such row.
+    virtual int rowMiddle() const { return -1; }
+    // A text that can name a control beside or below it.
+    virtual QString label() const { return {}; }
 
 protected:
-    [[nodiscard]] const Courier& courier() const { return courier_; }
+    const UserInput& input() const { return input_; }
 
 private:
     HWND window_;
-    const Courier& courier_;
+    const UserInput& input_;
 };
 
 }  // namespace platform::qt

@@ -2,23 +2,23 @@
 
 namespace platform::qt {
 
-View* makeControlView(const window::WindowState& state, const Courier& courier, QWidget* parent)
+View* makeControlView(const window::WindowState& state, const UserInput& input, QWidget* parent)
 {
     switch (state.kind) {
     case window::WindowKind::Button:
-        return makeButtonView(state, courier, parent);
+        return makeButtonView(state, input, parent);
     case window::WindowKind::Static:
-        return makeStaticView(state, courier, parent);
+        return makeStaticView(state, input, parent);
     case window::WindowKind::Edit:
-        return makeEditView(state, courier, parent);
+        return makeEditView(state, input, parent);
     case window::WindowKind::ListBox:
-        return makeListView(state, courier, parent);
+        return makeListView(state, input, parent);
     case window::WindowKind::ProgressBar:
-        return makeProgressView(state, courier, parent);
+        return makeProgressView(state, input, parent);
     case window::WindowKind::TreeView:
-        return makeTreeView(state, courier, parent);
+        return makeTreeView(state, input, parent);
     case window::WindowKind::DatePicker:
-        return makeDateView(state, courier, parent);
+        return makeDateView(state, input, parent);
     default:
         return nullptr;
     }

@@ -9,21 +9,21 @@
 namespace platform::qt {
 
 // By the kind of the control. Null for a kind that isn't shown.
-View* makeControlView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeControlView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 
 // Push buttons, check boxes, radio buttons and group boxes, by the window's style.
-View* makeButtonView(const window::WindowState& state, const Courier& courier, QWidget* parent);
-View* makeDateView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeButtonView(const window::WindowState& state, const UserInput& input, QWidget* parent);
+View* makeDateView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 // One line or many, by the window's style.
-View* makeEditView(const window::WindowState& state, const Courier& courier, QWidget* parent);
-View* makeListView(const window::WindowState& state, const Courier& courier, QWidget* parent);
-View* makeProgressView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeEditView(const window::WindowState& state, const UserInput& input, QWidget* parent);
+View* makeListView(const window::WindowState& state, const UserInput& input, QWidget* parent);
+View* makeProgressView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 // A text or an icon.
-View* makeStaticView(const window::WindowState& state, const Courier& courier, QWidget* parent);
-View* makeTreeView(const window::WindowState& state, const Courier& courier, QWidget* parent);
+View* makeStaticView(const window::WindowState& state, const UserInput& input, QWidget* parent);
+View* makeTreeView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 
-TopView* makeMainView(const window::WindowState& state, const Courier& courier);
-TopView* makeMessageView(const window::WindowState& state, const Courier& courier, QWidget* owner);
+TopView* makeMainView(const window::WindowState& state, const UserInput& input);
+TopView* makeMessageView(const window::WindowState& state, const UserInput& input, QWidget* owner);
 
 // tree_accessible.cpp: shows screen readers each tree view with a TreeItemsModel as a tree whose items can be
 // partly marked. Repeated calls change nothing.

@@ -1,0 +1,35 @@
+// closing_display.h - the display of a program that has lost its desktop: closes the windows until the program ends.
+//
+// Uses no toolkit.
+#pragma once
+
+#include "window/display.h"
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <set>
+
+namespace platform::qt {
+
+class ClosingDisplay final : public window::Display {
+public:
+    // Replaces the current display, and returns when `hasEnded` holds. A run is completed. Each window that waits for
+    // the user is closed, which refuses a question.
+    void closeUntil(const std::function<bool()>& hasEnded);
+    // From any thread: `hasEnded` may hold now.
+    void wake();
+
+    void changed(HWND window, window::Change change) override;
+    void textChanged(HWND window, std::u16string_view text) override;
+
+private:
+    void closeInputWindows();
+
+    std::mutex mutex_;  // of changes_
+    std::condition_variable changesGrew_;
+    unsigned changes_ = 0;
+    std::set<HWND> closed_;  // only the thread in closeUntil() uses it
+};
+
+}  // namespace platform::qt
