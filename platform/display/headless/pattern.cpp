@@ -1,5 +1,3 @@
-// pattern.cpp - how a script sees a text, and the patterns that it holds against texts.
-
 #include "pattern.h"
 
 #include "text/wildcard.h"

@@ -1,5 +1,3 @@
-// reading.cpp - what a user reads in a window and finds to press in it.
-
 #include "reading.h"
 
 #include "pattern.h"
@@ -137,7 +135,7 @@ Buttons buttonsOf(const Snapshot& messageBox)
         buttons.all += buttons.all.empty() ? "" : ",";
         buttons.all += answerName(control.id);
         if ((control.style & ButtonKind) == BS_DEFPUSHBUTTON)
-            buttons.standard = answerName(control.id);
+            buttons.defaultButton = answerName(control.id);
     }
     return buttons;
 }

@@ -1,6 +1,6 @@
-// reading.h - what a user reads in a window and finds to press in it.
+// reading.h - the texts, controls and commands of a window that a user can see.
 //
-// What takes a handle reads the core anew; a window that is gone has nothing.
+// A function with a handle reads the core's current state. It finds nothing in a window that is destroyed.
 #pragma once
 
 #include "snapshot.h"
@@ -13,36 +13,35 @@
 
 namespace platform::headless {
 
-// The control of that id, if it is visible; of several the first.
-[[nodiscard]] std::optional<window::WindowState> findControl(HWND top, int id);
+// The first visible control with that id.
+std::optional<window::WindowState> findControl(HWND top, int id);
 
-// The visible labels and edits of a window, in order, with line breaks between them. Without its caption.
-[[nodiscard]] std::u16string textsOf(const Snapshot& snapshot);
+// The texts of the visible labels and edits, in creation order, with line breaks between them.
+std::u16string textsOf(const Snapshot& snapshot);
 
-// On one line: a message box's message; of any other window the caption, then its texts.
-[[nodiscard]] std::u16string textOf(const Snapshot& snapshot);
+// On one line: the message of a message box; the caption and the texts of another window.
+std::u16string textOf(const Snapshot& snapshot);
 
-// A check box or radio button?
-[[nodiscard]] bool isCheckable(const window::WindowState& control);
+// True for a check box or radio button.
+bool isCheckable(const window::WindowState& control);
 
-// What a control shows, each on one line: a list's rows; "[x] " or "[ ] " and the text of what is checkable;
-// the text of anything else.
-[[nodiscard]] std::vector<std::u16string> linesOf(const window::WindowState& control);
+// What a control shows, one line each: the rows of a list; "[x] " or "[ ] " and the text of a check box or radio
+// button; the text of another control.
+std::vector<std::u16string> linesOf(const window::WindowState& control);
 
-// Is there an enabled menu item or toolbar button of that id in the window's bands?
-[[nodiscard]] bool hasCommand(HWND top, int id);
+// True if the window's bands have an enabled menu item or toolbar button with that id.
+bool hasCommand(HWND top, int id);
 
-// The control that has the focus, otherwise the window itself.
-[[nodiscard]] HWND focusIn(HWND top);
+// The control with the focus, or else the window.
+HWND focusIn(HWND top);
 
-// "ok", "cancel", ... of a message box's button; empty for another id.
-[[nodiscard]] std::string_view answerName(int id);
+// The name of a message box's button in scripts: "ok", "cancel", ... Empty for another id.
+std::string_view answerName(int id);
 
-// "yes,no" and "no": the buttons of a message box and the default one.
 struct Buttons {
-    std::string all;
-    std::string standard;
+    std::string all;            // "yes,no"
+    std::string defaultButton;  // "no"
 };
-[[nodiscard]] Buttons buttonsOf(const Snapshot& messageBox);
+Buttons buttonsOf(const Snapshot& messageBox);
 
 }  // namespace platform::headless

@@ -1,5 +1,3 @@
-// script.cpp - the script as text: its lines become actions.
-
 #include "script.h"
 
 #include "text/host_name.h"
@@ -20,17 +18,17 @@ constexpr std::string_view Blanks = " \t";
 
 enum class Argument { Id, Text, Answer, Key, Image };
 
-struct Form {
+struct Syntax {
     std::string_view word;
     Verb verb;
     std::vector<Argument> arguments;
     std::string_view example;
 };
 
-const std::vector<Form>& forms()
+const std::vector<Syntax>& syntaxes()
 {
     using enum Argument;
-    static const std::vector<Form> all = {
+    static const std::vector<Syntax> all = {
         {"command", Verb::Command, {Id}, "command 40003"},
         {"wait", Verb::Wait, {Text}, "wait \"Select\""},
         {"check", Verb::Check, {Id}, "check 1005"},
@@ -73,7 +71,7 @@ struct Line {
     std::string error;
 };
 
-// Splits a line at its blanks; a text in double quotes is one token, a quote inside of it is doubled.
+// Splits a line at its blanks, up to a comment. A text in double quotes is one token, in which quotes are doubled.
 Line split(std::string_view line)
 {
     Line result;
@@ -132,7 +130,7 @@ std::optional<int> parseAnswer(std::string_view word)
     return std::nullopt;
 }
 
-// "Ctrl+Shift+End": modifiers, then a named key, a letter or a digit.
+// Modifiers, then a named key, a letter or a digit, as in "Ctrl+Shift+End".
 std::optional<KeyStroke> parseKey(std::string_view name)
 {
     constexpr std::pair<std::string_view, bool KeyStroke::*> modifiers[] = {
@@ -168,7 +166,7 @@ std::optional<KeyStroke> parseKey(std::string_view name)
     return stroke.virtualKey ? std::optional(stroke) : std::nullopt;
 }
 
-// Puts one argument into the action; the result says what is wrong with it, or nothing.
+// Sets one argument of the action. Returns an error, or nothing.
 std::string takeArgument(Argument kind, const Token& token, Action& action)
 {
     if (kind == Argument::Text || kind == Argument::Key) {
@@ -203,34 +201,34 @@ std::string takeArgument(Argument kind, const Token& token, Action& action)
     return {};
 }
 
-// The form that the line's first words name, and how many words those are.
-std::pair<const Form*, std::size_t> formOf(const std::vector<Token>& tokens)
+// The syntax that the first one or two words of the line name, and the number of these words.
+std::pair<const Syntax*, std::size_t> findSyntax(const std::vector<Token>& tokens)
 {
-    for (const Form& form : forms()) {
+    for (const Syntax& syntax : syntaxes()) {
         std::string words = tokens[0].text;
         std::size_t used = 1;
-        if (form.word.find(' ') != std::string_view::npos && tokens.size() > 1 && !tokens[1].quoted) {
+        if (syntax.word.find(' ') != std::string_view::npos && tokens.size() > 1 && !tokens[1].quoted) {
             words += ' ' + tokens[1].text;
             used = 2;
         }
-        if (!tokens[0].quoted && words == form.word)
-            return {&form, used};
+        if (!tokens[0].quoted && words == syntax.word)
+            return {&syntax, used};
     }
     return {nullptr, 0};
 }
 
-// The result says what is wrong with the line, or nothing.
+// Returns an error, or nothing.
 std::string parseLine(const std::vector<Token>& tokens, Action& action)
 {
-    const auto [form, used] = formOf(tokens);
-    if (!form)
+    const auto [syntax, used] = findSyntax(tokens);
+    if (!syntax)
         return "\"" + tokens[0].text + "\" is not known";
-    action.verb = form->verb;
-    if (tokens.size() - used != form->arguments.size())
-        return "it should look like: " + std::string(form->example);
-    for (std::size_t i = 0; i < form->arguments.size(); ++i) {
-        if (std::string error = takeArgument(form->arguments[i], tokens[used + i], action); !error.empty())
-            return error + "; it should look like: " + std::string(form->example);
+    action.verb = syntax->verb;
+    if (tokens.size() - used != syntax->arguments.size())
+        return "it should look like: " + std::string(syntax->example);
+    for (std::size_t i = 0; i < syntax->arguments.size(); ++i) {
+        if (std::string error = takeArgument(syntax->arguments[i], tokens[used + i], action); !error.empty())
+            return error + "; it should look like: " + std::string(syntax->example);
     }
     return {};
 }

@@ -1,4 +1,4 @@
-// script.h - the script as text: its lines become actions. Knows nothing of windows.
+// script.h - reads a script as a list of actions.
 #pragma once
 
 #include "ce/types.h"
@@ -48,20 +48,20 @@ struct KeyStroke {
 
 struct Action {
     int line = 0;
-    std::string words;  // the line as written, without blanks around it and without its comment
+    std::string words;  // the line, without blanks around it and without its comment
     Verb verb = Verb::Idle;
     int id = 0;           // of a control or command; the number of an image
-    std::u16string text;  // caption, row, typed text or pattern; a tree item's path; a date
+    std::u16string text;  // caption, row, typed text or pattern; path of a tree item; date
     int answer = 0;       // IDOK ... IDNO
     KeyStroke key;
 };
 
 struct Script {
     std::vector<Action> actions;
-    std::string error;  // "line N: ..." for the first line that is no action; empty if all are
+    std::string error;  // "line N: ..." for the first line with an error; empty if there is none
 };
 
-// UTF-8, one action a line; reads to the end or the first error.
-[[nodiscard]] Script parseScript(std::istream& in);
+// Reads UTF-8 with one action per line, to the end or the first error.
+Script parseScript(std::istream& in);
 
 }  // namespace platform::headless

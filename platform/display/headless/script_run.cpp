@@ -1,5 +1,3 @@
-// script_run.cpp - the program without a screen, its user's actions read from a script.
-
 #include "headless/script_run.h"
 
 #include "script.h"
@@ -25,7 +23,7 @@ void complain(const ScriptOptions& options, const std::string& sentence)
         *options.errors << sentence << std::endl;
 }
 
-// The first line that can't be done, with its number; empty if all were.
+// The first line that fails, with its number and the reason. Empty if all were done.
 std::string performAll(ScriptUser& user, const Script& script)
 {
     for (const Action& action : script.actions) {
@@ -46,7 +44,7 @@ int runScript(const std::function<int()>& program, std::istream& in, const Scrip
     }
 
     Transcript transcript(options.transcript);
-    // Shared with the program's thread, which outlives this call if it can't be made to end.
+    // Shared with the program's thread, which goes on after this call if the program can't be closed.
     const auto screen = std::make_shared<ScriptScreen>(transcript);
     window::setDisplay(screen.get());
     std::thread thread([screen, program] {
@@ -59,16 +57,16 @@ int runScript(const std::function<int()>& program, std::istream& in, const Scrip
     const std::string failure = performAll(user, script);
     if (!failure.empty())
         complain(options, failure);
-    const bool left = user.leave();
-    if (left)
+    const bool closed = user.closeProgram();
+    if (closed)
         thread.join();
     window::setDisplay(nullptr);
     transcript.writeOut();
-    if (!left) {
+    if (!closed) {
         thread.detach();
         complain(options, "the program can't be closed");
     }
-    return failure.empty() && left ? AllDone : LineFailed;
+    return failure.empty() && closed ? AllDone : LineFailed;
 }
 
 }  // namespace platform::headless

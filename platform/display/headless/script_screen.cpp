@@ -13,10 +13,10 @@ using window::WindowState;
 
 namespace {
 
-// Set on the one thread that runs the program.
+// True on the thread that runs the program.
 thread_local bool isProgramThread = false;
 
-// Can this change make an action possible, or begin or end the time that counts against it?
+// True if the change can make an action possible, or begins or ends the time that counts for the timeout.
 bool wakes(Change change)
 {
     switch (change) {
@@ -37,11 +37,11 @@ bool wakes(Change change)
 void ScriptScreen::changed(HWND window, Change change)
 {
     if (change == Change::Created)
-        noteCreated(window);
-    if (change == Change::Shown && transcript_.isWanted())
-        noteShown(window);
+        addCreated(window);
+    if (change == Change::Shown && transcript_.isEnabled())
+        addShown(window);
     if (change == Change::Destroyed)
-        noteGone(window);
+        addGone(window);
     if (!wakes(change))
         return;
     {
@@ -55,7 +55,7 @@ void ScriptScreen::changed(HWND window, Change change)
 
 void ScriptScreen::textChanged(HWND window, std::u16string_view text)
 {
-    if (!transcript_.isWanted())
+    if (!transcript_.isEnabled())
         return;
     for (auto& [top, shown] : shown_) {
         if (top == window) {
@@ -97,12 +97,12 @@ std::uint64_t ScriptScreen::changes() const
     return changes_;
 }
 
-void ScriptScreen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const
+void ScriptScreen::waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> timeout) const
 {
     std::unique_lock lock(mutex_);
     const auto isMore = [&] { return changes_ != seen; };
-    if (patience)
-        more_.wait_for(lock, *patience, isMore);
+    if (timeout)
+        more_.wait_for(lock, *timeout, isMore);
     else
         more_.wait(lock, isMore);
 }
@@ -128,17 +128,17 @@ std::vector<WindowState> ScriptScreen::progressWindows() const
     return windows;
 }
 
-bool ScriptScreen::programRests() const
+bool ScriptScreen::programIsIdle() const
 {
-    HWND any = nullptr;
+    HWND first = nullptr;
     {
         const std::lock_guard guard(mutex_);
-        any = firstWindow_;
+        first = firstWindow_;
     }
-    return any && window::takesInput(any);
+    return first && window::takesInput(first);
 }
 
-void ScriptScreen::noteCreated(HWND window)
+void ScriptScreen::addCreated(HWND window)
 {
     const std::optional<Snapshot> snapshot = isProgramThread ? snapshotUnderLock(window) : std::nullopt;
     const std::lock_guard guard(mutex_);
@@ -148,13 +148,13 @@ void ScriptScreen::noteCreated(HWND window)
     programThread_ = snapshot->window.thread;
 }
 
-void ScriptScreen::noteShown(HWND window)
+void ScriptScreen::addShown(HWND window)
 {
     const std::optional<Snapshot> snapshot = snapshotUnderLock(window);
     if (!snapshot || (snapshot->window.style & WS_CHILD) != 0)
         return;
     if ((snapshot->window.style & WS_VISIBLE) == 0) {
-        noteGone(window);
+        addGone(window);
         return;
     }
     if (shown_.contains(window))
@@ -176,13 +176,13 @@ void ScriptScreen::noteShown(HWND window)
         line += " text " + quoted(textsOf(*snapshot));
     if (shown.kind == "message") {
         const Buttons buttons = buttonsOf(*snapshot);
-        line += " buttons " + buttons.all + " default " + buttons.standard;
+        line += " buttons " + buttons.all + " default " + buttons.defaultButton;
     }
     transcript_.add(line);
     shown_[window] = std::move(shown);
 }
 
-void ScriptScreen::noteGone(HWND window)
+void ScriptScreen::addGone(HWND window)
 {
     const auto found = shown_.find(window);
     if (found == shown_.end())

@@ -1,7 +1,7 @@
-// script_screen.h - the display without a screen: notes what changes, and answers what a user would see.
+// script_screen.h - the display of a script: what a user would see, and a wait for changes of that.
 //
-// The core calls it under its lock; the script's thread asks and waits. No polling: each change that may
-// make an action possible wakes the waiting thread.
+// The core reports changes on the program's threads and under its lock. The script's thread reads and waits. It doesn't
+// poll: each change that can make an action possible wakes it.
 #pragma once
 
 #include "transcript.h"
@@ -24,38 +24,38 @@ public:
     void changed(HWND window, window::Change change) REQUIRES(window::coreMutex) override;
     void textChanged(HWND window, std::u16string_view text) REQUIRES(window::coreMutex) override;
 
-    // On the program's thread, before its first and after its last step.
+    // Call these on the program's thread, before and after the program runs.
     void programBegins();
     void programEnded();
 
-    [[nodiscard]] bool hasEnded() const;
-    // How often something has changed that may make an action possible.
-    [[nodiscard]] std::uint64_t changes() const;
-    // Until there are more than `seen`, or `patience` is over. No patience: for ever.
-    void waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> patience) const;
+    bool hasEnded() const;
+    // The number of changes so far that can make an action possible.
+    std::uint64_t changes() const;
+    // Returns when changes() isn't `seen` any more, or after `timeout`. Without one, it waits for any time.
+    void waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> timeout) const;
 
-    // The window in front of the program's main thread that takes a user's input: visible and enabled.
-    [[nodiscard]] std::optional<window::WindowState> top() const;
-    // Visible top-level windows of other threads: they show how far a run is. Foremost first.
-    [[nodiscard]] std::vector<window::WindowState> progressWindows() const;
-    // Does the program's main thread wait for its user?
-    [[nodiscard]] bool programRests() const;
+    // The foremost window of the program's main thread that is visible and enabled.
+    std::optional<window::WindowState> top() const;
+    // The visible top-level windows of other threads, foremost first. They show the progress of a run.
+    std::vector<window::WindowState> progressWindows() const;
+    // True if the program's main thread waits for input.
+    bool programIsIdle() const;
 
 private:
     struct Shown {
         std::string kind;
         std::string caption;                // quoted
-        std::map<HWND, int> controls = {};  // of a progress window: their ids
+        std::map<HWND, int> controls = {};  // the ids of the controls of a progress window
     };
 
-    void noteCreated(HWND window) REQUIRES(window::coreMutex);
-    void noteShown(HWND window) REQUIRES(window::coreMutex);
-    void noteGone(HWND window) REQUIRES(window::coreMutex);
-    [[nodiscard]] bool isOfProgram(const window::WindowState& state) const;
+    void addCreated(HWND window) REQUIRES(window::coreMutex);
+    void addShown(HWND window) REQUIRES(window::coreMutex);
+    void addGone(HWND window) REQUIRES(window::coreMutex);
+    bool isOfProgram(const window::WindowState& state) const;
 
     Transcript& transcript_;
 
-    mutable std::mutex mutex_;
+    mutable std::mutex mutex_;  // of the next five
     mutable std::condition_variable more_;
     std::uint64_t changes_ = 0;
     bool ended_ = false;

@@ -1,5 +1,3 @@
-// script_user.cpp - the user that a script describes: does one action after the other on the screen.
-
 #include "script_user.h"
 
 #include "controls/list_display.h"
@@ -22,10 +20,11 @@ using window::WindowState;
 
 namespace {
 
-// A program that shows what it showed before, although that was closed, is left alone after so many times.
+// After so many windows that were closed and appeared again unchanged, closeProgram() gives up.
 constexpr int RepeatsAtMost = 200;
-// Of patience, before it looks again: a host that stood still costs the program no more than one of them.
-constexpr std::chrono::milliseconds LongestLook(50);
+// The longest wait that counts for the timeout at once. If the host stops the process for a minute, only this much
+// counts.
+constexpr std::chrono::milliseconds LongestWait(50);
 
 }  // namespace
 
@@ -94,61 +93,61 @@ Failure ScriptUser::perform(const Action& action)
     return "an action that is not known";
 }
 
-bool ScriptUser::leave()
+bool ScriptUser::closeProgram()
 {
-    // A run may ask about each of its files, and gets on with each answer: that is another text, or another count in
-    // its progress window.
+    // A run can ask about each of its files. Each answer changes the question's text or the count in the progress
+    // window, so such a run isn't taken for a program that can't be closed.
     std::unordered_set<std::string> closed;
     int repeats = 0;
     const auto close = [&] {
-        const std::string shown = everythingOnTheScreen();
+        const std::string shown = screenTextWithProgress();
         if (!window::postClose(top_.window) && !window::postKey(top_.window, VK_ESCAPE))
             return false;
         repeats += closed.insert(shown).second ? 0 : 1;
         return true;
     };
-    // What the failure says doesn't matter here: the program's end is one, and the wished one.
+    // await() also fails when the program has ended, which is the goal here.
     while (repeats < RepeatsAtMost && !await("the program's end", close))
         continue;
     return screen_.hasEnded();
 }
 
-// Waits until the program rests with a window in front and `isSo` holds of it, or the patience is over. Only
-// time in which the program waits for its user counts: a run may take as long as it takes.
-Failure ScriptUser::await(std::string_view expected, const Condition& isSo,
+// Only time in which the program waits for input counts for the timeout, so a run can take any time. changes() is read
+// before the check: a change during the check makes waitForMore() return at once.
+Failure ScriptUser::await(std::string_view expected, const Condition& holds,
                           std::optional<steady_clock::duration> atMost)
 {
     const bool forEver = !atMost && timeout_ == std::chrono::milliseconds::zero();
-    steady_clock::duration patience = timeout_;
-    if (atMost && (patience == steady_clock::duration::zero() || *atMost < patience))
-        patience = *atMost;
+    steady_clock::duration timeLeft = timeout_;
+    if (atMost && (timeLeft == steady_clock::duration::zero() || *atMost < timeLeft))
+        timeLeft = *atMost;
     for (;;) {
         const std::uint64_t seen = screen_.changes();
         transcript_.writeOut();
         if (screen_.hasEnded())
             return "expected " + std::string(expected) + ", but the program has ended";
-        if (look() && !giveStandingAnswer()) {
-            // Not before: so the lines stand where they take effect, however fast the machine is.
+        if (findTop() && !giveStandingAnswer()) {
+            // Only here, so that the transcript has the same order on every machine.
             if (!waitingLine_.empty())
                 transcript_.add(std::exchange(waitingLine_, {}));
-            if (isSo())
+            if (holds())
                 return std::nullopt;
         }
 
-        if (forEver || !screen_.programRests()) {
+        if (forEver || !screen_.programIsIdle()) {
             screen_.waitForMore(seen, std::nullopt);
-        } else if (patience == steady_clock::duration::zero() && screen_.changes() == seen) {
-            return "expected " + std::string(expected) + ", on the screen: " + onTheScreen();
+        } else if (timeLeft == steady_clock::duration::zero() && screen_.changes() == seen) {
+            return "expected " + std::string(expected) + ", on the screen: " + screenText();
         } else {
-            const steady_clock::duration slice = std::min<steady_clock::duration>(patience, LongestLook);
+            const steady_clock::duration slice = std::min<steady_clock::duration>(timeLeft, LongestWait);
             const auto begin = steady_clock::now();
             screen_.waitForMore(seen, slice);
-            patience -= std::min(slice, steady_clock::now() - begin);
+            timeLeft -= std::min(slice, steady_clock::now() - begin);
         }
     }
 }
 
-// As await(), for a control of the window in front: it is there, it is enabled, and it `fits`.
+// As await(), for an enabled control of the window in front that `fits`.
 Failure ScriptUser::awaitControl(const Action& action, std::string_view what, const Condition& fits)
 {
     return await(std::string(what) + " " + std::to_string(action.id) + " that takes input", [&] {
@@ -190,15 +189,15 @@ Failure ScriptUser::setCheck(const Action& action, bool on)
     if (failure || !clicked)
         return failure;
 
-    // A radio button is not cleared by a click, and a program may undo one.
+    // A click doesn't uncheck a radio button, and a program can undo a click.
     failure = await("a window", [] { return true; });
     if (!failure && window::readWindow(control_.window, control_) && !isAsWanted())
         return "a click doesn't " + std::string(on ? "check " : "uncheck ") + std::to_string(action.id) +
-               ", on the screen: " + onTheScreen();
+               ", on the screen: " + screenText();
     return failure;
 }
 
-// Each input waits until the one before has been handled: what comes earlier would be dropped.
+// Each input waits until the program has handled the one before. Otherwise it would be dropped.
 Failure ScriptUser::editBy(const Action& action, std::initializer_list<Condition> inputs)
 {
     for (const Condition& input : inputs) {
@@ -294,7 +293,7 @@ Failure ScriptUser::expect(const Action& action)
         shown += (shown.empty() ? "" : ", ") + quoted(line);
     }
     return "expected " + quoted(action.text) + " in " + std::to_string(action.id) + ", which shows " +
-           (shown.empty() ? "nothing" : shown) + ", on the screen: " + onTheScreen();
+           (shown.empty() ? "nothing" : shown) + ", on the screen: " + screenText();
 }
 
 Failure ScriptUser::expectText(const Action& action)
@@ -304,7 +303,7 @@ Failure ScriptUser::expectText(const Action& action)
     const std::optional<Snapshot> shown = snapshotOf(top_.window);
     if (shown && matches(action.text, textOf(*shown)))
         return std::nullopt;
-    return "expected the text " + quoted(action.text) + ", on the screen: " + onTheScreen();
+    return "expected the text " + quoted(action.text) + ", on the screen: " + screenText();
 }
 
 Failure ScriptUser::print(const Action& action)
@@ -331,8 +330,7 @@ Failure ScriptUser::printText()
     return failure;
 }
 
-// Answers the message box in front if a standing answer is meant for it. True if it did: then nobody else
-// sees that box any more.
+// Answers the message box in front if a standing answer fits. True if it did. The script's actions don't get that box.
 bool ScriptUser::giveStandingAnswer()
 {
     if (top_.kind != WindowKind::MessageBox)
@@ -353,10 +351,10 @@ bool ScriptUser::giveStandingAnswer()
     return false;
 }
 
-// True if the program rests with a window in front, which is then in top_.
-bool ScriptUser::look()
+// True if the program waits for input with a window in front, which is then in top_.
+bool ScriptUser::findTop()
 {
-    if (!screen_.programRests())
+    if (!screen_.programIsIdle())
         return false;
     std::optional<WindowState> top = screen_.top();
     if (!top)
@@ -376,7 +374,7 @@ std::optional<WindowState> ScriptUser::findShownControl(int id) const
     return std::nullopt;
 }
 
-std::string ScriptUser::onTheScreen() const
+std::string ScriptUser::screenText() const
 {
     const std::optional<WindowState> top = screen_.top();
     const std::optional<Snapshot> shown = top ? snapshotOf(top->window) : std::nullopt;
@@ -386,13 +384,14 @@ std::string ScriptUser::onTheScreen() const
     return quoted(shown->window.text) + (texts.empty() ? "" : ": " + quoted(texts));
 }
 
-std::string ScriptUser::everythingOnTheScreen() const
+std::string ScriptUser::screenTextWithProgress() const
 {
-    std::string everything = onTheScreen();
-    for (const WindowState& progress : screen_.progressWindows())
+    std::string all = screenText();
+    for (const WindowState& progress : screen_.progressWindows()) {
         if (const std::optional<Snapshot> shown = snapshotOf(progress.window))
-            everything += quoted(textOf(*shown));
-    return everything;
+            all += quoted(textOf(*shown));
+    }
+    return all;
 }
 
 }  // namespace platform::headless

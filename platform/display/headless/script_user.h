@@ -1,4 +1,6 @@
-// script_user.h - the user that a script describes: does one action after the other on the screen.
+// script_user.h - does the actions of a script on the screen.
+//
+// Each action waits until the program takes input and the action is possible. The script's thread only.
 #pragma once
 
 #include "script.h"
@@ -15,7 +17,7 @@
 
 namespace platform::headless {
 
-// Why an action could not be done, a sentence without its line number; nothing if it was.
+// Why an action failed, without its line number. Nothing if it was done.
 using Failure = std::optional<std::string>;
 
 class ScriptUser {
@@ -29,17 +31,18 @@ public:
 
     [[nodiscard]] Failure perform(const Action& action);
 
-    // Closes whatever stands on the screen, the main window last, and waits for the program's end. Standing
-    // answers hold on. False if the program can't be closed.
-    [[nodiscard]] bool leave();
+    // Closes all windows, the main window last, and waits for the program's end. Standing answers stay in force. False
+    // if the program can't be closed.
+    [[nodiscard]] bool closeProgram();
 
 private:
     using Condition = std::function<bool()>;
 
     using TreeInput = std::function<bool(HWND, const window::TreeItemState&)>;
 
-    // `atMost`: give up sooner than the options say.
-    [[nodiscard]] Failure await(std::string_view expected, const Condition& isSo,
+    // Waits until the program waits for input with a window in front, and `holds` is true. `holds` can post input: it
+    // is called only then, and again only if it was false. `atMost`: a shorter timeout for this call.
+    [[nodiscard]] Failure await(std::string_view expected, const Condition& holds,
                                 std::optional<std::chrono::steady_clock::duration> atMost = std::nullopt);
     [[nodiscard]] Failure awaitControl(const Action& action, std::string_view what, const Condition& fits);
     [[nodiscard]] Failure pressTopButton(int id, bool messageBoxOnly);
@@ -55,7 +58,7 @@ private:
     [[nodiscard]] Failure cancel();
     [[nodiscard]] Failure close();
     [[nodiscard]] Failure key(const Action& action);
-    // Of the tree view and the date picker: tree_actions.cpp.
+    // On the tree view and the date picker. Defined in tree_actions.cpp.
     [[nodiscard]] Failure atTreeItem(const Action& action, const TreeInput& input);
     [[nodiscard]] Failure foldTreeItem(const Action& action, bool expand);
     [[nodiscard]] Failure clickTreeItem(const Action& action);
@@ -70,20 +73,20 @@ private:
     [[nodiscard]] Failure printText();
 
     bool giveStandingAnswer();
-    bool look();
-    [[nodiscard]] std::optional<window::WindowState> findShownControl(int id) const;
-    [[nodiscard]] std::string onTheScreen() const;
-    [[nodiscard]] std::string everythingOnTheScreen() const;  // the progress windows too
+    bool findTop();
+    std::optional<window::WindowState> findShownControl(int id) const;
+    std::string screenText() const;
+    std::string screenTextWithProgress() const;
 
     ScriptScreen& screen_;
     Transcript& transcript_;
     std::chrono::milliseconds timeout_;
     std::ostream* output_;
     std::vector<Action> standingAnswers_;
-    std::string waitingLine_;  // for the transcript, until the program rests
+    std::string waitingLine_;  // for the transcript, until the action takes effect
     HWND answered_ = nullptr;  // the message box that got the last standing answer
 
-    // What the program showed when it was last looked at, at rest.
+    // As await() and awaitControl() found them last.
     window::WindowState top_;
     window::WindowState control_;
 };

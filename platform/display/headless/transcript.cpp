@@ -1,5 +1,3 @@
-// transcript.cpp - what happened on the screen, a line each, in order.
-
 #include "transcript.h"
 
 #include "pattern.h"
@@ -14,8 +12,8 @@ void Transcript::add(std::string_view line)
     if (!out_)
         return;
     const std::lock_guard guard(mutex_);
-    waiting_ += line;
-    waiting_ += '\n';
+    pending_ += line;
+    pending_ += '\n';
 }
 
 void Transcript::writeOut()
@@ -25,7 +23,7 @@ void Transcript::writeOut()
     std::string lines;
     {
         const std::lock_guard guard(mutex_);
-        lines.swap(waiting_);
+        lines.swap(pending_);
     }
     if (!lines.empty())
         *out_ << lines << std::flush;

@@ -1,7 +1,7 @@
-// transcript.h - what happened on the screen, a line each, in order. docs/script.md has the lines' form.
+// transcript.h - a line about each event on the screen, in order. docs/script.md describes the lines.
 //
-// Any thread adds; the script's thread writes them out, since a line may be added under the window core's
-// lock, where nobody should wait for a file.
+// Any thread adds lines, also under the window core's lock. Only the script's thread writes them to the file, so that
+// no thread waits for the file while it holds that lock.
 #pragma once
 
 #include <iosfwd>
@@ -13,20 +13,20 @@ namespace platform::headless {
 
 class Transcript {
 public:
-    // Null: nothing is kept.
+    // If `out` is null, add() does nothing.
     explicit Transcript(std::ostream* out) : out_(out) {}
 
-    [[nodiscard]] bool isWanted() const { return out_ != nullptr; }
+    bool isEnabled() const { return out_ != nullptr; }
     void add(std::string_view line);
     void writeOut();
 
 private:
     std::ostream* out_;
     std::mutex mutex_;
-    std::string waiting_;
+    std::string pending_;
 };
 
-// In double quotes, on one line, as UTF-8; a quote inside is doubled.
-[[nodiscard]] std::string quoted(std::u16string_view text);
+// The text on one line, in double quotes, as UTF-8. Quotes in the text are doubled.
+std::string quoted(std::u16string_view text);
 
 }  // namespace platform::headless

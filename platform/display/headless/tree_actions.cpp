@@ -1,4 +1,4 @@
-// tree_actions.cpp - what the user of a script does to a tree view and a date picker.
+// tree_actions.cpp - the actions of ScriptUser on a tree view and a date picker.
 
 #include "script_user.h"
 
@@ -21,7 +21,7 @@ using window::WindowState;
 
 namespace {
 
-// Some images follow a timer of the program: so long an image may take to become the one that is expected.
+// How long an image can take to become the expected one. Some images change on a timer of the program.
 constexpr std::chrono::seconds ImagesSettleWithin(2);
 
 HWND findDatePicker(HWND top, int id)
@@ -55,7 +55,7 @@ std::optional<SYSTEMTIME> parseDate(const std::string& text)
 
 }  // namespace
 
-// Until the item is in sight, then `input` is given to it once.
+// Waits until the item is visible, then posts `input` to it once.
 Failure ScriptUser::atTreeItem(const Action& action, const TreeInput& input)
 {
     return await("the tree item " + quoted(action.text), [&] {
@@ -73,7 +73,7 @@ Failure ScriptUser::foldTreeItem(const Action& action, bool expand)
         return item.expanded == expand || !hasButton || window::postTreeClick(tree, item.item, TreePart::Button);
     });
     if (!failure && expand && !hasButton)
-        return "the tree item " + quoted(action.text) + " can't be expanded, on the screen: " + onTheScreen();
+        return "the tree item " + quoted(action.text) + " can't be expanded, on the screen: " + screenText();
     return failure;
 }
 
@@ -84,7 +84,7 @@ Failure ScriptUser::clickTreeItem(const Action& action)
     });
 }
 
-// The second click meets the item as the first one has left it.
+// The second click waits until the program has handled the first.
 Failure ScriptUser::doubleClickTreeItem(const Action& action)
 {
     Failure failure = clickTreeItem(action);
@@ -114,7 +114,7 @@ Failure ScriptUser::expectImage(const Action& action)
     if (!late)
         return std::nullopt;
     return "expected image " + std::to_string(action.id) + " of " + quoted(action.text) + ", which has " +
-           (seen ? std::to_string(seen->image) : "gone") + ", on the screen: " + onTheScreen();
+           (seen ? std::to_string(seen->image) : "gone") + ", on the screen: " + screenText();
 }
 
 Failure ScriptUser::printTree()

@@ -1,5 +1,3 @@
-// tree_reading.cpp - what a user reads in a tree view.
-
 #include "tree_reading.h"
 
 #include "window/display.h"

@@ -1,7 +1,7 @@
-// tree_reading.h - what a user reads in a tree view.
+// tree_reading.h - the items of a tree view that a user can see.
 //
-// An item is named by the texts from a top item on, joined by backslashes. Only what is in sight is found: what
-// lies below a collapsed item isn't.
+// The path of an item consists of the texts from the top item to it, separated by backslashes. Items below a collapsed
+// item aren't found.
 #pragma once
 
 #include "tree_control/tree_display.h"
@@ -16,12 +16,12 @@
 namespace platform::headless {
 
 // The visible tree view of a window; null if it has none.
-[[nodiscard]] HWND findTree(HWND top);
+HWND findTree(HWND top);
 
-// Case counts; of several the first.
-[[nodiscard]] std::optional<window::TreeItemState> findTreeItem(HWND tree, std::u16string_view path);
+// The first item with this path, with regard to case.
+std::optional<window::TreeItemState> findTreeItem(HWND tree, std::u16string_view path);
 
-// "Files [3]" and so on, two blanks for each level: each item in sight with its image.
-[[nodiscard]] std::vector<std::u16string> linesOfTree(HWND tree);
+// Each visible item with its image, as in "Files [3]", indented by two blanks for each level.
+std::vector<std::u16string> linesOfTree(HWND tree);
 
 }  // namespace platform::headless
