@@ -1,185 +1,163 @@
 #!/usr/bin/python3
-"""A desktop that isn't there, goes away in the middle of a backup, or is full of impatience: it is said in a sentence,
-what is being done comes to its end, and its set is whole.
+"""A desktop that is missing or disappears during a backup, and a user who doesn't wait. The program reports it, the run
+is completed, and its set is complete.
 
-    rough_desktop_test.py BIN-FOLDER
+    rough_desktop_test.py BIN-FOLDER [CASE]
 Exit code 77: a tool is missing.
 """
 import os
-import pathlib
 import shutil
 import subprocess
 import sys
 
-from desk import MAIN, Desk, Person, require_tools, wait_for, xdotool
-from hands import Keyboard
+from desktop import MAIN, Desktop, output_of, require, require_tools, succeeds, wait_for, xdotool
+from steps import Keyboard
 
 FILES = 3000
 NO_DESKTOP, DESKTOP_LOST = 3, 5  # exit codes
 
 
-def require(condition, fault):
-    if not condition:
-        raise SystemExit(fault)
-
-
 class Case:
-    """A device of its own on a desktop, and the program on it."""
+    """A device, and the program on it."""
 
-    def __init__(self, desk, bin_folder, name):
-        self.desk, self.bin = desk, bin_folder
-        self.device = desk.base / name
-        self.said = desk.base / f"{name}-said"
+    def __init__(self, desktop, *options, card="device/cards/Card"):
+        self.desktop = desktop
+        self.device, self.card, self.errors = desktop.base / "device", desktop.base / card, desktop.base / "errors"
         store = self.device / "object-store"
         store.mkdir(parents=True)
-        self.card = self.device / "cards" / "Card"
         self.card.mkdir(parents=True)
         for number in range(FILES):
             (store / f"file-{number}").write_bytes(os.urandom(20000))
+        self.user = desktop.start_program(self.device, *options, stderr=open(self.errors, "w"))
+        self.steps = Keyboard(self.user)
 
-    def start(self, *options):
-        self.process = self.desk.start(f"{self.bin}/quillbox", "--device", str(self.device), *options,
-                                       stderr=open(self.said, "w"))
-        self.person = Person(self.process)
-        self.hands = Keyboard(self.person)
+    def path_of(self, number, extension=""):
+        return self.card / "QUILBOX" / f"QLBX000{number}{extension}"
 
-    def set(self, number):
-        return self.card / "QUILBOX" / f"QLBX000{number}"
-
-    def begin_backup(self):
-        self.hands.menu("Full Backup", "Operations", "Backup", "Full...")
-        self.hands.tick("Full Backup", "All files")
-        self.hands.press("Full Backup", "OK")
-        self.hands.row("Select", "\\Card")
-        self.hands.press("Select", "OK")
+    def back_up(self):
+        self.steps.full_backup("\\Card", "All files")
 
     def await_data(self, number):
-        data = self.set(number).with_suffix(".QDT")
+        data = self.path_of(number, ".QDT")
         wait_for("the run", lambda: data.exists() and data.stat().st_size > 0)
 
-    def require_whole(self, number):
-        tool = f"{self.bin}/quillbox-set"
-        require(subprocess.run([tool, "verify", self.set(number)]).returncode == 0, f"set {number} isn't whole")
-        listed = subprocess.run([tool, "list", self.set(number)], capture_output=True, text=True).stdout
-        require(listed.count("file-") == FILES, f"{listed.count('file-')} of {FILES} files are in set {number}")
+    def is_sound(self, number):
+        return succeeds(self.desktop.bin / "quillbox-set", "verify", self.path_of(number))
+
+    def require_complete(self, number):
+        require(self.is_sound(number), f"set {number} isn't complete")
+        listed = output_of(self.desktop.bin / "quillbox-set", "list", self.path_of(number))
+        count = listed.count("file-")
+        require(count == FILES, f"{count} of {FILES} files are in set {number}")
 
     def lose_desktop(self):
-        self.desk.server.kill()
-        code = self.process.wait(300)
-        said = self.said.read_text()
-        require(code == DESKTOP_LOST, f"with its desktop gone it ended with {code}: {said}")
-        require("the desktop is gone" in said, f"it didn't say that the desktop is gone: {said}")
+        """Returns what the program wrote to standard error."""
+        self.desktop.server.kill()
+        code, errors = self.user.process.wait(300), self.errors.read_text()
+        require(code == DESKTOP_LOST, f"without its desktop it ended with {code}: {errors}")
+        require("the desktop is gone" in errors, f"it doesn't report the desktop: {errors}")
+        return errors
 
 
-def no_desktop(desk, bin_folder):
-    """None named, one that isn't there, a toolkit without its plugin, a program without its window."""
+def no_desktop(desktop):
+    """None is named, the named one doesn't exist, the toolkit has no such plugin, the program has no window module."""
     bare = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "QT_QPA_PLATFORM")}
-    alone = desk.base / "alone" / "bin"
+    alone = desktop.base / "alone" / "bin"
     alone.mkdir(parents=True)
-    shutil.copy(f"{bin_folder}/quillbox", alone)
-    for program, more, sentence in (
-            (bin_folder, {}, "no window can be opened"), (bin_folder, {"DISPLAY": ":4711"}, "no window can be opened"),
-            (bin_folder, {"DISPLAY": desk.display, "QT_QPA_PLATFORM": "nothing"}, "no window can be opened"),
-            (alone, {"DISPLAY": desk.display}, "its window can't be loaded")):
-        done = subprocess.run([f"{program}/quillbox", "--device", desk.base / "none"], env={**bare, **more},
+    shutil.copy(desktop.bin / "quillbox", alone)
+    for folder, more, sentence in (
+            (desktop.bin, {}, "no window can be opened"),
+            (desktop.bin, {"DISPLAY": ":4711"}, "no window can be opened"),
+            (desktop.bin, {"DISPLAY": desktop.display, "QT_QPA_PLATFORM": "nothing"}, "no window can be opened"),
+            (alone, {"DISPLAY": desktop.display}, "its window can't be loaded")):
+        done = subprocess.run([folder / "quillbox", "--device", desktop.base / "none"], env={**bare, **more},
                               capture_output=True, text=True)
         require(done.returncode == NO_DESKTOP and sentence in done.stderr and "--script" in done.stderr,
                 f"{more}: {done.returncode}, {done.stderr}")
 
 
-def lost_in_a_run(case):
-    case.start()
-    case.begin_backup()
+def lost_in_a_run(desktop):
+    case = Case(desktop)
+    case.back_up()
     case.await_data(1)
     case.lose_desktop()
-    case.require_whole(1)
+    case.require_complete(1)
 
 
-def lost_with_a_full_card(case):
-    """What found no room is told all the same."""
-    case.card = case.card.rename(case.desk.base / "small")
-    case.start("--card", f"Card={case.card},capacity=2000000")
-    case.begin_backup()
+def lost_with_a_full_card(desktop):
+    """The files that didn't fit are reported."""
+    case = Case(desktop, "--card", f"Card={desktop.base / 'small'},capacity=2000000", card="small")
+    case.back_up()
     case.await_data(1)
+    errors = case.lose_desktop()
+    require("the disk is full" in errors, f"it reports only: {errors}")
+
+
+def lost_under_a_question(desktop):
+    """The question is refused. So the old set stays, and the run makes another one."""
+    case = Case(desktop)
+    case.back_up()
+    wait_for("set 1", lambda: case.is_sound(1))
+    old = case.path_of(1, ".QLT").read_bytes()
+    case.back_up()
+    case.user.window("Info?")
     case.lose_desktop()
-    require("the disk is full" in case.said.read_text(), f"it said only: {case.said.read_text()}")
+    require(case.path_of(1, ".QLT").read_bytes() == old, "the old set was overwritten")
+    case.require_complete(2)
 
 
-def full_card(case):
-    """The window says at the end of the run what found no room, and goes on."""
-    case.card = case.card.rename(case.desk.base / "stick")
-    case.start("--card", f"Card={case.card},capacity=2000000")
-    case.begin_backup()
-    warning = case.person.window("Warning")
-    said = [node.name for node in warning if node and "aren't in the set, or not whole. The first is" in node.name]
-    require(len(said) == 1 and "the disk is full" in said[0], f"the warning says {[node.name for node in warning]}")
-    case.person.ends("Warning", lambda: case.person.keys("Return"))
-    case.hands.leave()
-    require(case.process.wait(300) == 0, "it ended badly")
+def full_card(desktop):
+    """After the run a message says what didn't fit, and the program goes on."""
+    case = Case(desktop, "--card", f"Card={desktop.base / 'small'},capacity=2000000", card="small")
+    case.back_up()
+    texts = [node.name for node in case.user.window("Warning") if node and node.name]
+    warnings = [text for text in texts if "aren't in the set, or not whole. The first is" in text]
+    require(len(warnings) == 1 and "the disk is full" in warnings[0], f"the warning says {texts}")
+    case.user.ends("Warning", lambda: case.user.keys("Return"))
+    case.steps.leave()
 
 
-def lost_under_a_question(case):
-    """The question is refused, so the old set stays and the run goes on to its end."""
-    case.start()
-    case.begin_backup()
-    wait_for("set 1", lambda: subprocess.run([f"{case.bin}/quillbox-set", "verify", case.set(1)],
-                                             capture_output=True).returncode == 0)
-    old = case.set(1).with_suffix(".QLT").read_bytes()
-    case.begin_backup()
-    case.person.window("Info?")
-    case.lose_desktop()
-    require(case.set(1).with_suffix(".QLT").read_bytes() == old, "the old set was written over")
-    case.require_whole(2)
-
-
-def minimised(case):
+def minimised(desktop):
     """A second start brings the window back, and ends."""
-    case.start()
-    case.person.window(MAIN)
+    case = Case(desktop)
+    case.user.window(MAIN)
     xdotool("windowminimize", "--sync", xdotool("getactivewindow"))
     wait_for("the window to go", lambda: xdotool("getactivewindow") == "" or
              xdotool("getwindowname", xdotool("getactivewindow")) != MAIN)
-    second = subprocess.run([f"{case.bin}/quillbox", "--device", str(case.device)], timeout=300)
+    second = subprocess.run([desktop.bin / "quillbox", "--device", case.device], timeout=300)
     require(second.returncode == 0, f"the second start ended with {second.returncode}")
-    case.person.window(MAIN)
-    case.hands.leave()
-    require(case.process.wait(300) == 0, "the first one ended badly")
+    case.user.window(MAIN)
+    case.steps.leave()
 
 
-def impatient(case):
-    """What is clicked while a run works is dropped; the wish to close is kept until it is done."""
-    case.start()
-    case.person.window(MAIN)
-    again = case.person.place(case.person.find(MAIN, "Full backup", "push button"))
-    case.begin_backup()
+def impatient(desktop):
+    """Clicks during a run are dropped. A request to close takes effect after the run."""
+    case = Case(desktop)
+    case.user.window(MAIN)
+    button = case.user.rectangle(case.user.find(MAIN, "Full backup", "push button"))
+    case.back_up()
     case.await_data(1)
-    case.person.click_at(again.x + 8, again.y + 8)
-    case.person.window(MAIN)
-    case.person.keys("alt+F4")
-    code = case.process.wait(300)
+    case.user.click_at(button.x + 8, button.y + 8)
+    case.user.window(MAIN)
+    case.user.keys("alt+F4")
+    code = case.user.process.wait(300)
     require(code == 0, f"it ended with {code}")
-    case.require_whole(1)
-    require(not case.set(2).with_suffix(".QLT").exists(), "a second run began")
+    case.require_complete(1)
+    require(not case.path_of(2, ".QLT").exists(), "a second run began")
 
 
-CASES = {"run": lost_in_a_run, "full": lost_with_a_full_card, "warned": full_card,
-         "question": lost_under_a_question,
-         "minimised": minimised, "impatient": impatient}
+CASES = [no_desktop, lost_in_a_run, lost_with_a_full_card, lost_under_a_question, full_card, minimised, impatient]
 
 
-def main(bin_folder, *names):
+def main(bin_folder, name=None):
     require_tools()
-    if not names:
-        # Each on a desktop of its own, since some of them end it.
-        started = [subprocess.Popen([sys.executable, __file__, bin_folder, name]) for name in ["none", *CASES]]
-        return max(process.wait() for process in started)
-    desk = Desk()
-    if names[0] == "none":
-        no_desktop(desk, bin_folder)
-    else:
-        CASES[names[0]](Case(desk, bin_folder, names[0]))
-    print(f"{names[0]}: as it should be")
-    return 0
+    if name:
+        next(case for case in CASES if case.__name__ == name)(Desktop(bin_folder))
+        print(f"{name}: passed")
+        return 0
+    # Each needs a desktop of its own, since some of them end it.
+    started = [subprocess.Popen([sys.executable, __file__, bin_folder, case.__name__]) for case in CASES]
+    return max(process.wait() for process in started)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,112 @@
+#!/usr/bin/python3
+"""What a screen reader gets of the main window and every dialog: each control has a name, and marks and the focus are
+reported.
+
+    screen_reader_test.py BIN-FOLDER
+Exit code 77: a tool is missing.
+"""
+import sys
+
+from desktop import MAIN, Desktop, require, require_tools, wait_for
+from steps import Keyboard
+from tour import tour
+
+# Containers without a meaning.
+SILENT = {"filler", "panel", "viewport", "scroll pane", "scroll bar", "application", "layered pane", "separator"}
+CAPTION = [("push button", "OK"), ("push button", "Cancel")]
+COMMENTS = ("text", "Backupset comments")
+# What must be there, by the name of the tour's step: (role, name).
+EXPECTED = {
+    "1-main": [("push button", name) for name in ("Mark", "Unmark", "Full backup", "Filter", "Options")] + [
+        ("menu item", "File"), ("menu item", "Operations"), ("tree", "Tree View Control")] + [
+        ("table cell", name) for name in ("Databases", "Files", "Registry")],
+    "3-about": CAPTION,
+    "4-options": CAPTION + [("radio button", "Ask"), ("check box", "Generate log file"),
+                            ("text", "Maximum backup file size:")],
+    "5-filter": CAPTION + [("check box", "Show files newer than :"), ("push button", "Add"),
+                           ("spin button", "Show files newer than :"), ("check box", "Read-only")],
+    "6-selected-backup": CAPTION + [COMMENTS, ("list", "Items to backup:"),
+                                    ("list item", "File:\\My Documents\\Household 2025.csv")],
+    "6-full-backup": CAPTION + [COMMENTS, ("check box", "All files")],
+    "7-chooser": CAPTION + [("list", "Select your storage"), ("list item", "\\Storage Card"),
+                            ("list item", "Main device")],
+    "8-message": [("push button", "OK"), ("label", "You must select an item")],
+    "11-question": [("push button", "Yes"), ("push button", "No"),
+                    ("label", "Override \\Storage Card\\QUILBOX\\QLBX0001.QLT file")],
+    "12-partial-restore": CAPTION + [COMMENTS, ("list", "Select items to restore"),
+                                     ("list item", "File:\\My Documents\\Household 2025.csv")],
+    "13-full-restore": CAPTION + [COMMENTS],
+}
+
+
+class Reader:
+    def __init__(self, user):
+        self.user = user
+        self.faults = []
+
+    def read(self, node, depth=0):
+        """(role, name) of each visible object below, also printed as a tree."""
+        seen = []
+        for child in node:
+            if not child or not self.user.shows(child):
+                continue
+            role, name = child.getRoleName(), child.name
+            print("  " * depth + f"{role}: {name!r}")
+            if role not in SILENT and not name:
+                self.faults.append(f"a {role} without a name in {node.name!r}")
+            seen.append((role, name))
+            seen += self.read(child, depth + 1)
+        return seen
+
+    def visit(self, name, title):
+        if name in EXPECTED:
+            seen = self.read(self.user.window(title))
+            self.faults += [f"{name}: no {role} {text!r}" for role, text in EXPECTED[name] if (role, text) not in seen]
+        if name == "1-main":
+            self.check_mark("Files", "nothing marked")
+            self.check_toggles("Registry", ("marked", ["CHECKED"]), ("not marked", []))
+        if name == "1-tree":
+            self.check_mark("Files", "some marked", "INDETERMINATE")
+            self.check_mark("My Documents", "folder, some marked", "INDETERMINATE")
+            self.check_toggles("To do.txt", ("file, not marked", []), ("file, marked", ["CHECKED"]))
+        if name == "11-question":  # over a progress window
+            self.faults += [f"progress: a {child.getRoleName()} without a name"
+                            for window in self.user.application if window and window.name == "Backuping Files"
+                            for child in window[0] if self.user.shows(child) and not child.name]
+
+    def check_mark(self, name, words, *states):
+        item = self.user.find(MAIN, name)
+        wait_for(f"{name!r}: {words!r} {states}", lambda: item.description == words and
+                 [state for state in ("CHECKED", "INDETERMINATE") if self.user.has(item, state)] == list(states))
+
+    def check_toggles(self, name, *results):
+        for words, states in results:
+            self.user.find(MAIN, name).queryAction().doAction(0)
+            self.check_mark(name, words, *states)
+
+
+def check_focus(user):
+    """Focus that the program moves, that the screen reader moves, and that Tab moves from there."""
+    title, keyboard = "File filter", Keyboard(user)
+    keyboard.menu(title, "File", "Filter...")
+    keyboard.tick(title, "Show only files with these extentions :")
+    wait_for("the focus in the edit", lambda: user.await_focus(title).getRoleName() == "text")
+    user.find(title, "System").queryComponent().grabFocus()
+    wait_for("the focus at System", lambda: user.await_focus(title).name == "System")
+    user.keys("Tab")
+    wait_for("the focus after System", lambda: user.await_focus(title).name == "Read-only")
+    user.escape(title)
+
+
+def main(bin_folder):
+    require_tools()
+    desktop = Desktop(bin_folder)
+    user = desktop.start_program(desktop.base / "device")
+    reader = Reader(user)
+    check_focus(user)
+    tour(user, reader.visit)
+    require(not reader.faults, "\n".join(reader.faults))
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])
