@@ -1,4 +1,4 @@
-// capacity_test.cpp - a card that is full takes the bytes that fit, and what is taken away makes room.
+// capacity_test.cpp - a full card takes the bytes that fit, and deleted or cut files make room.
 #include "file_fixture.h"
 
 namespace {
@@ -26,7 +26,7 @@ TEST_F(CardTest, WritePastTheCapacityTakesTheBytesThatFit)
         EXPECT_EQ(total, capacity);
         EXPECT_EQ(write(file, "x"), 0U);
         EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
-        SetFilePointer(file, 0, nullptr, FILE_BEGIN);  // bytes that are there may be written over
+        SetFilePointer(file, 0, nullptr, FILE_BEGIN);  // existing bytes can be replaced
         EXPECT_EQ(write(file, bytes.substr(0, capacity)), capacity);
         EXPECT_TRUE(CloseHandle(file));
         EXPECT_EQ(hostRead(card / "f"), bytes.substr(0, capacity));
@@ -35,9 +35,9 @@ TEST_F(CardTest, WritePastTheCapacityTakesTheBytesThatFit)
     }
 }
 
-TEST_F(CardTest, WhatIsDeletedOrCutMakesRoomAgain)
+TEST_F(CardTest, DeletedAndCutFilesMakeRoom)
 {
-    const auto card = addFolder(u"Card", true, 1000);
+    addFolder(u"Card", true, 1000);
     EXPECT_TRUE(CreateDirectoryW(u"\\Card\\d", nullptr));
     for (int round = 0; round < 5; ++round) {
         HANDLE file = open(u"\\Card\\d\\f", Write, CREATE_ALWAYS);
@@ -52,7 +52,7 @@ TEST_F(CardTest, WhatIsDeletedOrCutMakesRoomAgain)
     }
 }
 
-TEST_F(CardTest, WhatTheCardHoldsAlreadyCounts)
+TEST_F(CardTest, FilesThatTheCardHasAlreadyCount)
 {
     const auto folder = outside() / "mounted Card";
     std::filesystem::create_directories(folder / "a" / "b");
@@ -69,7 +69,7 @@ TEST_F(CardTest, WhatTheCardHoldsAlreadyCounts)
     EXPECT_EQ(platform::file::usedBytes(u""), std::nullopt);
 }
 
-TEST_F(CardTest, HoleBeforeAWriteBehindTheEndNeedsRoomToo)
+TEST_F(CardTest, HoleBeforeAWriteAfterTheEndNeedsRoom)
 {
     const auto card = addFolder(u"Card", true, 1000);
     const HANDLE file = open(u"\\Card\\f", Write, CREATE_ALWAYS);

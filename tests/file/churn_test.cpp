@@ -1,4 +1,4 @@
-// churn_test.cpp - a process that changes files in every way beside one that copies and deletes them: whatever is gone
+// churn_test.cpp - one process changes files in every way while another copies and deletes them. Each deleted content
 // is in a copy.
 #include "file_fixture.h"
 
@@ -15,9 +15,8 @@
 #include <algorithm>
 #include <atomic>
 #include <csignal>
-#include <fstream>
+#include <cstdlib>
 #include <random>
-#include <set>
 #include <sstream>
 #include <vector>
 
@@ -26,7 +25,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int Files = 64;
-constexpr std::size_t TokenBytes = 8;  // digits and a line's end
+constexpr std::size_t TokenBytes = 8;  // digits and a line end
 
 std::vector<std::string> tokensOf(const std::string& content)
 {
@@ -37,13 +36,13 @@ std::vector<std::string> tokensOf(const std::string& content)
     return tokens;
 }
 
-// What the two processes share.
+// Shared by the two processes.
 struct Common {
     std::atomic<bool> stop = false;
-    std::atomic<int> next = 0;  // the file that is about to be deleted, the worst moment to change it
+    std::atomic<int> next = 0;  // the file that is deleted next
 };
 
-// The process that churns. Each token that it writes is unique, and required until the writer itself takes it away.
+// The process that changes files. Each token that it writes is unique, and required until the writer itself removes it.
 class Writer {
 public:
     explicit Writer(fs::path folder) : folder_(std::move(folder)) {}
@@ -52,7 +51,7 @@ public:
     {
         while (!common.stop) {
             if (++steps_ % 100 == 1)
-                hot_ = pick(Files - 8);  // others rest meanwhile, and may be deleted
+                hot_ = pick(Files - 8);  // the other files rest and can be deleted
             step(folder_ / std::to_string(pick(2) == 0 ? common.next.load() : hot_ + pick(8)));
         }
         while (!held_.empty())
@@ -64,16 +63,14 @@ public:
 private:
     void step(const fs::path& path)
     {
-        switch (pick(6)) {
+        switch (pick(5)) {
         case 0:
             return append(openFile(path));
         case 1:
             return overwrite(openFile(path));
         case 2:
-            return rewrite(openFile(path));
-        case 3:
             return replace(path);
-        case 4:
+        case 3:
             if (held_.size() < 4)
                 held_.push_back(openFile(path));
             return;
@@ -83,14 +80,19 @@ private:
         }
     }
 
-    // The file may have been found before a deletion and opened after it. Then it has no name, as a careful program
-    // sees.
+    [[nodiscard]] static struct stat statusOf(int file)
+    {
+        struct stat status = {};
+        ::fstat(file, &status);
+        return status;
+    }
+
+    // A deletion between finding and opening a file leaves a descriptor without a name. Careful programs check that.
     [[nodiscard]] static int openFile(const fs::path& path)
     {
         for (;;) {
             const int opened = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
-            struct stat status = {};
-            if (opened >= 0 && ::fstat(opened, &status) == 0 && status.st_nlink != 0)
+            if (opened >= 0 && statusOf(opened).st_nlink != 0)
                 return opened;
             ::close(opened);
         }
@@ -104,25 +106,11 @@ private:
         return content;
     }
 
-    [[nodiscard]] static ino_t inodeOf(int file)
-    {
-        struct stat status = {};
-        ::fstat(file, &status);
-        return status.st_ino;
-    }
-
-    void put(int file, off_t place)
+    void put(int file, off_t offset)
     {
         const std::string token = std::to_string(++tokens_);
-        (void)!::pwrite(file, (token + '\n').data(), TokenBytes, place);
+        (void)!::pwrite(file, (token + '\n').data(), TokenBytes, offset);
         required_.insert(token);
-    }
-
-    void putAtEnd(int file)
-    {
-        struct stat status = {};
-        ::fstat(file, &status);
-        put(file, status.st_size);
     }
 
     void takeAway(const std::string& content)
@@ -133,22 +121,14 @@ private:
 
     void append(int file)
     {
-        putAtEnd(file);
+        put(file, statusOf(file).st_size);
         ::close(file);
     }
 
-    // The length stays.
+    // Keeps the length.
     void overwrite(int file)
     {
         takeAway(readFrom(file).substr(0, TokenBytes));
-        put(file, 0);
-        ::close(file);
-    }
-
-    void rewrite(int file)
-    {
-        takeAway(readFrom(file));
-        (void)!::ftruncate(file, 0);
         put(file, 0);
         ::close(file);
     }
@@ -162,12 +142,8 @@ private:
         const int old = openFile(path);
         takeAway(readFrom(old));
         fs::rename(beside, path);
-        std::erase_if(held_, [&](int file) {
-            const bool lostItsName = inodeOf(file) == inodeOf(old);
-            if (lostItsName)
-                ::close(file);
-            return lostItsName;
-        });
+        const ino_t replaced = statusOf(old).st_ino;
+        std::erase_if(held_, [&](int file) { return statusOf(file).st_ino == replaced && ::close(file) == 0; });
         ::close(old);
     }
 
@@ -190,7 +166,7 @@ private:
 
 class ChurnTest : public FileTest {
 protected:
-    // Copies and deletes files of `\folder` as a run does, in groups, and checks in the end that nothing is lost.
+    // Copies and deletes files of a folder in groups, as a run does, and checks that nothing is lost.
     void churn(const std::u16string& folder, const fs::path& hostFolder, int leastDeletions)
     {
         void* const page = ::mmap(nullptr, sizeof(Common), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -201,10 +177,10 @@ protected:
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
             Writer churning(hostFolder);
             churning.work(*common);
-            std::ofstream required(outside() / "required");
+            std::string required;
             for (const std::string& token : churning.required())
-                required << token << '\n';
-            required.close();
+                required += token + '\n';
+            hostWrite(outside() / "required", required);
             ::_exit(0);
         }
         int attempts = 0;
@@ -216,10 +192,10 @@ protected:
             for (const Copy& each : group) {
                 ++attempts;
                 common->next = each.number;
-                if (!DeleteUnchangedFile(each.path.c_str(), &each.stamp))
-                    continue;
-                ++deletions;
-                keep(each.content);
+                if (DeleteUnchangedFile(each.path.c_str(), &each.stamp)) {
+                    ++deletions;
+                    keep(each.content);
+                }
             }
         }
         common->stop = true;
@@ -274,29 +250,17 @@ TEST_F(ChurnTest, NothingIsLostBesideAWriterThatNeverRests)
     churn(u"\\d", root() / "d", 200);
 }
 
-bool runs(std::vector<const char*> words)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        words.push_back(nullptr);
-        ::execvp(words[0], const_cast<char* const*>(words.data()));
-        ::_exit(127);
-    }
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    return status == 0;
-}
-
 TEST_F(ChurnTest, NothingIsLostWhereTimesAreWholeSeconds)
 {
     const fs::path image = outside() / "image";
     const fs::path folder = outside() / "coarse";
     fs::create_directory(folder);
-    std::ofstream(image).close();
+    hostWrite(image, "");
     fs::resize_file(image, 16'000'000);
     // Inodes of 128 bytes have no room for a fraction of a second.
-    if (!runs({"mkfs.ext4", "-q", "-I", "128", image.c_str()}) ||
-        !runs({"mount", "-o", "loop", image.c_str(), folder.c_str()}))
+    const std::string commands =
+        "mkfs.ext4 -q -I 128 " + image.string() + " && mount -o loop " + image.string() + " " + folder.string();
+    if (std::system(commands.c_str()) != 0)
         GTEST_SKIP() << "needs mkfs.ext4, and the administrator to mount an image";
     ASSERT_TRUE(platform::file::addMount({u"Coarse", ::open(folder.c_str(), O_RDONLY | O_DIRECTORY), false, {}}));
     churn(u"\\Coarse", folder, 0);

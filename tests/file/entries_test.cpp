@@ -1,4 +1,4 @@
-// entries_test.cpp - attributes, folders made, files moved and deleted.
+// entries_test.cpp - attributes of entries, new and removed folders, moved and deleted files.
 #include "file/file_move.h"
 #include "file_fixture.h"
 
@@ -25,7 +25,7 @@ TEST_F(FileTest, AttributesComeFromModeNameAndStoredBits)
         {"0x26", FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE},
         {"0x22\0"s, FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE},
         {"0x2040", FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE},
-        {"0x110", FILE_ATTRIBUTE_NORMAL},  // neither a folder nor a card by saying so
+        {"0x110", FILE_ATTRIBUTE_NORMAL},  // an attribute makes neither a folder nor a card
         {"22", FILE_ATTRIBUTE_NORMAL},
         {"0x", FILE_ATTRIBUTE_NORMAL},
         {"0x2G", FILE_ATTRIBUTE_NORMAL},
@@ -40,7 +40,7 @@ TEST_F(FileTest, AttributesComeFromModeNameAndStoredBits)
     }
 }
 
-TEST_F(FileTest, OnlyTheCardsOwnFolderLooksLikeACard)
+TEST_F(FileTest, OnlyTheFolderOfACardHasTheAttributeOfACard)
 {
     const auto card = addFolder(u"Card", true);
     addFolder(u"Folder", false);
@@ -55,46 +55,37 @@ TEST_F(FileTest, OnlyTheCardsOwnFolderLooksLikeACard)
     }
     EXPECT_EQ(GetFileAttributesW(u"\\Card\\f"), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(GetFileAttributesW(u"\\"), Folder);
-    const auto fails = [](const char16_t* path, DWORD error) {
-        return GetFileAttributesW(path) == INVALID_FILE_ATTRIBUTES && GetLastError() == error;
-    };
-    EXPECT_TRUE(fails(u"\\Card\\f\\", ERROR_PATH_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\Card\\missing", ERROR_FILE_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\Card\\d\\missing", ERROR_FILE_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\missing\\missing", ERROR_PATH_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\Card\\\\", ERROR_INVALID_NAME));
+    const std::pair<const WCHAR*, DWORD> failures[] = {{u"\\Card\\f\\", ERROR_PATH_NOT_FOUND},
+                                                       {u"\\Card\\missing", ERROR_FILE_NOT_FOUND},
+                                                       {u"\\Card\\d\\missing", ERROR_FILE_NOT_FOUND},
+                                                       {u"\\missing\\missing", ERROR_PATH_NOT_FOUND},
+                                                       {u"\\Card\\\\", ERROR_INVALID_NAME}};
+    for (const auto& [path, error] : failures)
+        EXPECT_EQ(errorOf(GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES), error);
 }
 
-TEST_F(FileTest, FolderIsMadeOnceAndOnlyInAFolder)
+TEST_F(FileTest, FoldersAreMadeOnceAndRemovedOnlyIfEmpty)
 {
-    const auto fails = [](const char16_t* path, DWORD error) {
-        return !CreateDirectoryW(path, nullptr) && GetLastError() == error;
-    };
     addFolder(u"Card", true);
     hostWrite(root() / "file", "");
+    std::filesystem::create_directory_symlink(root(), root() / "link");
     EXPECT_TRUE(CreateDirectoryW(u"\\d", nullptr));
     EXPECT_TRUE(CreateDirectoryW(u"\\d\\e", nullptr));
     EXPECT_TRUE(std::filesystem::is_directory(root() / "d" / "e"));
-    EXPECT_TRUE(fails(u"\\d\\e", ERROR_ALREADY_EXISTS));
-    EXPECT_TRUE(fails(u"\\file", ERROR_ALREADY_EXISTS));
-    EXPECT_TRUE(fails(u"\\Card", ERROR_ALREADY_EXISTS));
-    EXPECT_TRUE(fails(u"\\", ERROR_ALREADY_EXISTS));
-    EXPECT_TRUE(fails(u"\\missing\\d", ERROR_PATH_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\file\\d", ERROR_PATH_NOT_FOUND));
-}
-
-TEST_F(FileTest, DeletionTakesTheFileAndNothingElse)
-{
-    std::filesystem::create_directory(root() / "d");
-    hostWrite(root() / "d" / "f", "x");
-    hostWrite(root() / "d" / "g", "x");
-    EXPECT_TRUE(DeleteFileW(u"\\d\\f"));
-    EXPECT_FALSE(std::filesystem::exists(root() / "d" / "f"));
-    EXPECT_TRUE(std::filesystem::exists(root() / "d" / "g"));
-    EXPECT_FALSE(DeleteFileW(u"\\d\\f"));
-    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
-    EXPECT_FALSE(DeleteFileW(u"\\no\\f"));
-    EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
+    const std::pair<const WCHAR*, DWORD> notMade[] = {
+        {u"\\d\\e", ERROR_ALREADY_EXISTS},    {u"\\file", ERROR_ALREADY_EXISTS},
+        {u"\\Card", ERROR_ALREADY_EXISTS},    {u"\\missing\\d", ERROR_PATH_NOT_FOUND},
+        {u"\\file\\d", ERROR_PATH_NOT_FOUND}, {u"\\", ERROR_ALREADY_EXISTS}};
+    for (const auto& [path, error] : notMade)
+        EXPECT_EQ(errorOf(CreateDirectoryW(path, nullptr)), error);
+    const std::pair<const WCHAR*, DWORD> notRemoved[] = {
+        {u"\\d", ERROR_DIR_NOT_EMPTY},     {u"\\file", ERROR_PATH_NOT_FOUND}, {u"\\none", ERROR_FILE_NOT_FOUND},
+        {u"\\link", ERROR_FILE_NOT_FOUND}, {u"\\Card", ERROR_ACCESS_DENIED},  {u"\\", ERROR_ACCESS_DENIED}};
+    for (const auto& [path, error] : notRemoved)
+        EXPECT_EQ(errorOf(RemoveDirectoryW(path)), error);
+    EXPECT_TRUE(RemoveDirectoryW(u"\\d\\e"));
+    EXPECT_TRUE(RemoveDirectoryW(u"\\d"));
+    EXPECT_FALSE(std::filesystem::exists(root() / "d"));
 }
 
 DWORD moved(const std::u16string& from, const std::u16string& to, bool replace)
@@ -102,22 +93,22 @@ DWORD moved(const std::u16string& from, const std::u16string& to, bool replace)
     return platform::file::moveFile(from, to, replace);
 }
 
-TEST_F(FileTest, MoveTakesTheFileWholeAndReplacesOnlyWhatMayGo)
+TEST_F(FileTest, MoveKeepsTheContentAndReplacesOnlyAFileThatMayBeReplaced)
 {
     const auto card = addFolder(u"Card", true, 1000);
     const auto used = [] { return platform::file::usedBytes(u"Card").value_or(0); };
-    const auto put = [](const std::u16string& path, const std::string& bytes) {
+    for (const auto& [path, bytes] : {std::pair(u"\\Card\\new", "new"), {u"\\Card\\old", "older"}}) {
         const HANDLE file = open(path, GENERIC_WRITE, CREATE_NEW);
-        EXPECT_EQ(write(file, bytes), bytes.size());
+        EXPECT_NE(write(file, bytes), 0U);
         EXPECT_TRUE(CloseHandle(file));
-    };
-    put(u"\\Card\\new", "new");
-    put(u"\\Card\\old", "older");
+    }
     EXPECT_TRUE(CreateDirectoryW(u"\\Card\\d", nullptr));
+    std::filesystem::create_symlink("old", card / "link");
     EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", false), ERROR_ALREADY_EXISTS);
     EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\d", true), ERROR_ACCESS_DENIED);
     EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\no\\f", true), ERROR_PATH_NOT_FOUND);
     EXPECT_EQ(moved(u"\\Card\\new", u"\\new", true), ERROR_NOT_SAME_DEVICE);
+    EXPECT_NE(moved(u"\\Card\\new", u"\\Card\\link", true), 0U);
     EXPECT_EQ(moved(u"\\Card\\d", u"\\Card\\e", true), ERROR_ACCESS_DENIED);
     EXPECT_EQ(moved(u"\\Card\\none", u"\\Card\\old", true), ERROR_FILE_NOT_FOUND);
     for (const std::u16string name : {u"\\Card\\new", u"\\Card\\old"}) {
@@ -125,7 +116,10 @@ TEST_F(FileTest, MoveTakesTheFileWholeAndReplacesOnlyWhatMayGo)
         EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", true), ERROR_SHARING_VIOLATION);
         EXPECT_TRUE(CloseHandle(held));
     }
+    ::chmod((card / "old").c_str(), 0444);
+    EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", true), ERROR_ACCESS_DENIED) << "a read-only file";
     EXPECT_EQ(readAll(u"\\Card\\old"), "older");
+    EXPECT_TRUE(std::filesystem::is_symlink(card / "link"));
     EXPECT_EQ(used(), 8U);
     ::chmod((card / "old").c_str(), 0600);
     EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", true), 0U);
@@ -136,27 +130,18 @@ TEST_F(FileTest, MoveTakesTheFileWholeAndReplacesOnlyWhatMayGo)
     EXPECT_EQ(used(), 3U);
 }
 
-TEST_F(FileTest, MoveReplacesNeitherAReadOnlyFileNorALink)
-{
-    hostWrite(root() / "new", "new");
-    hostWrite(root() / "kept", "kept");
-    ::chmod((root() / "kept").c_str(), 0444);
-    std::filesystem::create_symlink("kept", root() / "link");
-    EXPECT_EQ(moved(u"\\new", u"\\kept", true), ERROR_ACCESS_DENIED);
-    EXPECT_NE(moved(u"\\new", u"\\link", true), 0U);
-    EXPECT_EQ(hostRead(root() / "kept"), "kept");
-    EXPECT_TRUE(std::filesystem::is_symlink(root() / "link"));
-}
-
 TEST_F(FileTest, NewFileAtAnOldPathHasAnotherIdentity)
 {
-    const auto identity = [] {
+    const auto identity = [this] {
         WIN32_FIND_DATAW found = {};
         EXPECT_TRUE(FindClose(FindFirstFileW(u"\\f", &found)));
         const HANDLE file = open(u"\\f", 0, OPEN_EXISTING);
         BY_HANDLE_FILE_INFORMATION information = {};
         EXPECT_TRUE(GetFileInformationByHandle(file, &information));
         EXPECT_EQ(information.dwOID, found.dwOID);
+        struct stat status = {};
+        ::stat((root() / "f").c_str(), &status);
+        EXPECT_EQ(information.nFileIndexLow, static_cast<DWORD>(status.st_ino));
         CloseHandle(file);
         return found.dwOID;
     };
@@ -167,24 +152,6 @@ TEST_F(FileTest, NewFileAtAnOldPathHasAnotherIdentity)
     hostWrite(root() / "new", "two");
     std::filesystem::rename(root() / "new", root() / "f");
     EXPECT_NE(identity(), first);
-}
-
-TEST_F(FileTest, OnlyAnEmptyFolderOfTheDeviceIsRemoved)
-{
-    addFolder(u"Card", true);
-    std::filesystem::create_directories(root() / "full" / "empty");
-    hostWrite(root() / "file", "");
-    std::filesystem::create_directory_symlink(root() / "full", root() / "link");
-    const std::pair<const WCHAR*, DWORD> refused[] = {
-        {u"\\full", ERROR_DIR_NOT_EMPTY},  {u"\\file", ERROR_PATH_NOT_FOUND}, {u"\\none", ERROR_FILE_NOT_FOUND},
-        {u"\\link", ERROR_FILE_NOT_FOUND}, {u"\\Card", ERROR_ACCESS_DENIED},  {u"\\", ERROR_ACCESS_DENIED}};
-    for (const auto& [path, error] : refused) {
-        EXPECT_FALSE(RemoveDirectoryW(path));
-        EXPECT_EQ(GetLastError(), error);
-    }
-    EXPECT_TRUE(RemoveDirectoryW(u"\\full\\empty"));
-    EXPECT_TRUE(RemoveDirectoryW(u"\\full"));
-    EXPECT_FALSE(std::filesystem::exists(root() / "full"));
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 
 using namespace platform::file;
 
@@ -63,8 +63,9 @@ void FileTest::hostWrite(const std::filesystem::path& path, const std::string& b
 
 std::string FileTest::hostRead(const std::filesystem::path& path) const
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream content;
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    return content.str();
 }
 
 void FileTest::hostMark(const std::filesystem::path& path, const std::string& attribute) const
@@ -114,6 +115,52 @@ std::string FileTest::readAll(const std::u16string& path, DWORD piece)
     return all;
 }
 
+std::set<std::u16string> FileTest::list(const std::u16string& pattern)
+{
+    std::set<std::u16string> names;
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do
+        EXPECT_TRUE(names.insert(found.cFileName).second) << "listed twice";
+    while (FindNextFileW(search, &found));
+    EXPECT_TRUE(FindClose(search));
+    return names;
+}
+
+std::set<std::u16string> FileTest::takeNoted()
+{
+    using namespace platform::kernel;
+    std::set<std::u16string> noted;
+    for (const Trouble kind : {Trouble::Reading, Trouble::Writing}) {
+        for (const auto& each : troublesOf(kind, Troubled::File)) {
+            noted.insert((kind == Trouble::Reading ? u"read " : u"write ") + each.name);
+            forgetTrouble(kind, Troubled::File, each.name, each.error);
+        }
+    }
+    return noted;
+}
+
+std::uint64_t FileTest::hostCallsOf(const std::function<void()>& action, const FaultPlan& plan)
+{
+    setFaultPlan(plan);
+    action();
+    const std::uint64_t calls = hostCallsMade();
+    clearFaultPlan();
+    return calls;
+}
+
+int FileTest::statusOfChild(const std::function<bool()>& action)
+{
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(action() ? 0 : 1);
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
 OtherProcess::OtherProcess(const std::filesystem::path& path, int flags)
 {
     std::array<int, 2> ready{};
@@ -138,20 +185,6 @@ OtherProcess::~OtherProcess()
         return;
     ::kill(child_, SIGKILL);
     ::waitpid(child_, nullptr, 0);
-}
-
-std::set<std::u16string> FileTest::takeTold()
-{
-    using platform::kernel::Trouble;
-    using platform::kernel::Troubled;
-    std::set<std::u16string> told;
-    for (const Trouble kind : {Trouble::Reading, Trouble::Writing}) {
-        for (const auto& each : platform::kernel::troublesOf(kind, Troubled::File)) {
-            told.insert((kind == Trouble::Reading ? u"read " : u"write ") + each.name);
-            platform::kernel::forgetTrouble(kind, Troubled::File, each.name, each.error);
-        }
-    }
-    return told;
 }
 
 std::string patternBytes(std::size_t count)

@@ -1,6 +1,7 @@
-// file_fixture.h - a root folder and a card in a temporary folder of the host, both real.
+// file_fixture.h - a device in a temporary folder of the host: a root folder, and cards.
 #pragma once
 
+#include "file/host_faults.h"
 #include "file/name_space.h"
 
 #include "ce/error.h"
@@ -12,6 +13,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -43,15 +45,24 @@ protected:
     [[nodiscard]] static std::string read(HANDLE file, DWORD bytes);
     [[nodiscard]] static std::string readAll(const std::u16string& path, DWORD piece = 260);
 
-    // The files that had trouble since the last time, as "read \\path" or "write \\path". They are forgotten by that.
-    static std::set<std::u16string> takeTold();
+    // 0 if the call succeeded, else the last error.
+    [[nodiscard]] static DWORD errorOf(BOOL result) { return result ? 0 : GetLastError(); }
+    [[nodiscard]] static std::set<std::u16string> list(const std::u16string& pattern);
+
+    // Takes the failures that were noted since the last time, as "read \\path" or "write \\path".
+    static std::set<std::u16string> takeNoted();
+
+    // Runs `action` under the plan and returns the number of its host calls.
+    static std::uint64_t hostCallsOf(const std::function<void()>& action, const platform::file::FaultPlan& plan = {});
+    // Returns the wait status of a child process that runs `action`: 0 if the action ended, returning true.
+    static int statusOfChild(const std::function<bool()>& action);
 
 private:
     std::filesystem::path base_;
     std::filesystem::path root_;
 };
 
-// A process of its own that has a file open until it goes out of scope.
+// Another process that has a file open for the lifetime of this object.
 class OtherProcess {
 public:
     OtherProcess(const std::filesystem::path& path, int flags);
@@ -66,5 +77,5 @@ private:
     bool opened_ = false;
 };
 
-// Bytes that repeat with no short period, so that a piece at a wrong place shows.
+// Bytes without a short period, so that a part at a wrong offset differs.
 [[nodiscard]] std::string patternBytes(std::size_t count);

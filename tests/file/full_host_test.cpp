@@ -1,7 +1,5 @@
-// full_host_test.cpp - a host file system that is really full: 1 MiB of memory, mounted for the test.
+// full_host_test.cpp - a full file system of the host: 1 MiB of memory, mounted for the test.
 #include "file_fixture.h"
-
-#include "file/host_faults.h"
 
 #include <fcntl.h>
 #include <sys/mount.h>
@@ -38,27 +36,23 @@ TEST_F(FullHostTest, EveryByteReportedIsInTheFileAndNoMore)
         SCOPED_TRACE(piece);
         const HANDLE file = open(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS);
         std::size_t total = 0;
-        for (;;) {
-            const DWORD written = write(file, bytes.substr(total, piece));
-            total += written;
-            if (written < piece)
-                break;
-        }
+        for (DWORD written = static_cast<DWORD>(piece); written == piece; total += written)
+            written = write(file, bytes.substr(total, piece));
         EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
         EXPECT_GT(total, 900'000U);
-        EXPECT_TRUE(CloseHandle(file)) << "the error belongs to the write, not to the close";
+        EXPECT_TRUE(CloseHandle(file)) << "the write has reported the error";
         EXPECT_EQ(hostRead(small_ / "f"), bytes.substr(0, total));
     }
 }
 
-TEST_F(FullHostTest, RoomThatAnotherFileOnlyReservesIsNotMissing)
+TEST_F(FullHostTest, RoomThatIsOnlyReservedForAnotherFileCanBeUsed)
 {
     const HANDLE large = open(u"\\Small\\large", GENERIC_WRITE, CREATE_ALWAYS);
     const std::string piece(260, 'l');
     std::size_t inLarge = 0;
     while (inLarge < 800'000)
         inLarge += write(large, piece);
-    // What the first file has reserved ahead is needed to make this one whole.
+    // This file needs room that is reserved for the first one.
     const std::string bytes = patternBytes(200'000);
     const HANDLE small = open(u"\\Small\\small", GENERIC_WRITE, CREATE_ALWAYS);
     EXPECT_EQ(write(small, bytes), bytes.size());
@@ -69,17 +63,10 @@ TEST_F(FullHostTest, RoomThatAnotherFileOnlyReservesIsNotMissing)
     EXPECT_EQ(hostRead(small_ / "large"), std::string(inLarge + 260, 'l'));
 }
 
-// The folder of the user has another file system below it.
-TEST_F(FullHostTest, EachFileSystemBelowAFolderIsFlushed)
+TEST_F(FullHostTest, OtherFileSystemsInAMountedFolderAreFlushed)
 {
     ASSERT_TRUE(platform::file::addMount({u"Outside", ::open(outside().c_str(), O_RDONLY | O_DIRECTORY), false, {}}));
-    const auto callsOfFlush = [] {
-        platform::file::setFaultPlan({});
-        EXPECT_TRUE(FlushChangedVolumes());
-        const std::uint64_t calls = platform::file::hostCallsMade();
-        platform::file::clearFaultPlan();
-        return calls;
-    };
+    const auto callsOfFlush = [] { return hostCallsOf([] { EXPECT_TRUE(FlushChangedVolumes()); }); };
     (void)callsOfFlush();
     EXPECT_EQ(openError(u"\\Outside\\mounted Small\\f", GENERIC_WRITE, CREATE_NEW), 0U);
     EXPECT_EQ(callsOfFlush(), 1U);
@@ -89,7 +76,7 @@ TEST_F(FullHostTest, EachFileSystemBelowAFolderIsFlushed)
     EXPECT_EQ(openError(u"\\g", GENERIC_WRITE, CREATE_NEW), 0U);
     EXPECT_EQ(openError(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS), 0U);
     EXPECT_TRUE(CreateDirectoryW(u"\\Outside\\mounted Small\\d", nullptr));
-    EXPECT_EQ(callsOfFlush(), 2U) << "the one that two folders share, once";
+    EXPECT_EQ(callsOfFlush(), 2U) << "one flush of the file system that two folders share";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// reading_writing_test.cpp - bytes in and out in all sizes, places, and several handles on one file.
+// reading_writing_test.cpp - reads and writes of all sizes, at all offsets, and with several handles on one file.
 #include "file_fixture.h"
 
 #include <sys/stat.h>
@@ -8,53 +8,53 @@
 
 namespace {
 
-TEST_F(FileTest, BytesComeBackWhateverThePieces)
+TEST_F(FileTest, BytesComeBackWhateverTheSizeOfTheCalls)
 {
     const std::string bytes = patternBytes(300'001);
     for (const std::size_t piece : {7U, 260U, 4096U, 8193U, 70'000U, 400'000U}) {
         SCOPED_TRACE(piece);
         const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_ALWAYS);
-        for (std::size_t place = 0; place < bytes.size(); place += piece)
-            ASSERT_EQ(write(file, bytes.substr(place, piece)), std::min(piece, bytes.size() - place));
+        for (std::size_t offset = 0; offset < bytes.size(); offset += piece)
+            ASSERT_EQ(write(file, bytes.substr(offset, piece)), std::min(piece, bytes.size() - offset));
         EXPECT_TRUE(CloseHandle(file));
         EXPECT_EQ(hostRead(root() / "f"), bytes);
         EXPECT_EQ(readAll(u"\\f", static_cast<DWORD>(piece)), bytes);
     }
 }
 
-// Against a plain string, which has no buffers to go wrong.
+// Compares with a string, which has no buffers.
 TEST_F(FileTest, MixedReadsWritesAndSeeksAgreeWithAPlainString)
 {
     std::mt19937 random(4711);
     std::string model;
-    std::size_t place = 0;
+    std::size_t offset = 0;
     const HANDLE file = open(u"\\f", GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
     const std::string source = patternBytes(200'000);
     for (int step = 0; step < 4000; ++step) {
         const std::size_t size = random() % 20 == 0 ? random() % 90'000 : random() % 600;
         switch (random() % 8) {
         case 0:
-            place = random() % (model.size() + 100);
-            ASSERT_EQ(SetFilePointer(file, static_cast<LONG>(place), nullptr, FILE_BEGIN), place);
+            offset = random() % (model.size() + 100);
+            ASSERT_EQ(SetFilePointer(file, static_cast<LONG>(offset), nullptr, FILE_BEGIN), offset);
             break;
         case 1:
-            place = model.size();
-            ASSERT_EQ(SetFilePointer(file, 0, nullptr, FILE_END), place);
+            offset = model.size();
+            ASSERT_EQ(SetFilePointer(file, 0, nullptr, FILE_END), offset);
             break;
         case 2:
         case 3: {
-            const std::string expected = place < model.size() ? model.substr(place, size) : "";
+            const std::string expected = offset < model.size() ? model.substr(offset, size) : "";
             ASSERT_EQ(read(file, static_cast<DWORD>(size)), expected) << step;
-            place += expected.size();
+            offset += expected.size();
             break;
         }
         default: {
             const std::string piece = source.substr(random() % 1000, size);
             ASSERT_EQ(write(file, piece), piece.size());
-            if (!piece.empty() && model.size() < place + piece.size())
-                model.resize(place + piece.size());
-            model.replace(place, piece.size(), piece);
-            place += piece.size();
+            if (!piece.empty() && model.size() < offset + piece.size())
+                model.resize(offset + piece.size());
+            model.replace(offset, piece.size(), piece);
+            offset += piece.size();
         }
         }
     }
@@ -62,29 +62,37 @@ TEST_F(FileTest, MixedReadsWritesAndSeeksAgreeWithAPlainString)
     EXPECT_EQ(hostRead(root() / "f"), model);
 }
 
-TEST_F(FileTest, GatheredBytesAreSeenByEveryOtherCall)
+TEST_F(FileTest, GatheredBytesAreVisibleToEveryOtherCall)
 {
-    const std::string bytes = patternBytes(100'000);
-    const HANDLE writer = open(u"\\f", GENERIC_WRITE, CREATE_NEW, FILE_SHARE_READ);
-    const HANDLE reader = open(u"\\f", GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ | FILE_SHARE_WRITE);
-    ASSERT_NE(reader, INVALID_HANDLE_VALUE);
-    std::size_t length = 0;
-    for (; length < bytes.size(); length += 250)
-        ASSERT_EQ(write(writer, bytes.substr(length, 250)), 250U);
+    for (const std::size_t size : {6'000U, 100'000U}) {
+        SCOPED_TRACE(size);
+        const std::string bytes = patternBytes(size);
+        const HANDLE writer = open(u"\\f", GENERIC_WRITE, CREATE_ALWAYS, FILE_SHARE_READ);
+        const HANDLE reader = open(u"\\f", GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        ASSERT_NE(reader, INVALID_HANDLE_VALUE);
+        for (std::size_t offset = 0; offset < size; offset += 100)
+            ASSERT_EQ(write(writer, bytes.substr(offset, 100)), 100U);
+        WIN32_FIND_DATAW found = {};
+        EXPECT_TRUE(FindClose(FindFirstFileW(u"\\f", &found)));
+        EXPECT_EQ(found.nFileSizeLow, size);
+        EXPECT_EQ(read(reader, 200'000), bytes);
+        BY_HANDLE_FILE_INFORMATION information = {};
+        ASSERT_EQ(write(writer, "tail"), 4U);
+        ASSERT_TRUE(GetFileInformationByHandle(writer, &information));
+        EXPECT_EQ(information.nFileSizeLow, size + 4);
+        ASSERT_EQ(write(writer, "more"), 4U);
+        EXPECT_EQ(SetFilePointer(reader, 0, nullptr, FILE_END), size + 8);
+        CloseHandle(reader);
 
-    WIN32_FIND_DATAW found = {};
-    EXPECT_TRUE(FindClose(FindFirstFileW(u"\\f", &found)));
-    EXPECT_EQ(found.nFileSizeLow, length);
-    EXPECT_EQ(read(reader, 200'000), bytes);
-    BY_HANDLE_FILE_INFORMATION information = {};
-    ASSERT_EQ(write(writer, "tail"), 4U);
-    ASSERT_TRUE(GetFileInformationByHandle(writer, &information));
-    EXPECT_EQ(information.nFileSizeLow, length + 4);
-    ASSERT_EQ(write(writer, "more"), 4U);
-    EXPECT_EQ(SetFilePointer(reader, 0, nullptr, FILE_END), length + 8);
-    CloseHandle(reader);
-    CloseHandle(writer);
-    EXPECT_EQ(hostRead(root() / "f"), bytes + "tailmore");
+        SetFilePointer(writer, 1000, nullptr, FILE_CURRENT);
+        EXPECT_TRUE(SetEndOfFile(writer));
+        EXPECT_EQ(write(writer, "end"), 3U);
+        const std::string all = bytes + "tailmore" + std::string(1000, '\0') + "end";
+        // Small files are gathered only in the rest of a block, and a hole has no block.
+        EXPECT_TRUE(hostRead(root() / "f") == all || size == 100'000);
+        CloseHandle(writer);
+        EXPECT_TRUE(hostRead(root() / "f") == all);
+    }
 }
 
 TEST_F(FileTest, BytesReadAheadAreNotServedAfterAWrite)
@@ -105,7 +113,7 @@ TEST_F(FileTest, BytesReadAheadAreNotServedAfterAWrite)
     CloseHandle(writer);
 }
 
-TEST_F(FileTest, RoomReservedForGatheringIsGivenBack)
+TEST_F(FileTest, RoomReservedForGatheringIsReleased)
 {
     const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_NEW);
     const std::string piece(260, 'x');
@@ -118,10 +126,10 @@ TEST_F(FileTest, RoomReservedForGatheringIsGivenBack)
     EXPECT_LE(status.st_blocks * 512, 780'000 + 65'536);
 }
 
-TEST_F(FileTest, PlacesBeyondTwoAndFourGigabytesAreReached)
+TEST_F(FileTest, OffsetsAboveTwoAndFourGigabytesAreReached)
 {
     const HANDLE file = open(u"\\f", GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
-    // With FILE_BEGIN alone the place is unsigned.
+    // Only with FILE_BEGIN the offset is unsigned.
     const auto threeGigabytes = static_cast<LONG>(3'000'000'000U);
     EXPECT_EQ(SetFilePointer(file, threeGigabytes, nullptr, FILE_BEGIN), 3'000'000'000U);
     EXPECT_EQ(write(file, "three"), 5U);
@@ -142,7 +150,7 @@ TEST_F(FileTest, PlacesBeyondTwoAndFourGigabytesAreReached)
     CloseHandle(file);
 }
 
-TEST_F(FileTest, SeekOutOfRangeLeavesThePlaceAlone)
+TEST_F(FileTest, SeekOutOfRangeKeepsTheOffset)
 {
     hostWrite(root() / "f", "0123456789");
     const HANDLE file = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
@@ -162,19 +170,19 @@ TEST_F(FileTest, SeekOutOfRangeLeavesThePlaceAlone)
     EXPECT_EQ(read(file, 2), "34");
     EXPECT_EQ(SetFilePointer(file, 100, nullptr, FILE_CURRENT), 105U);
     EXPECT_EQ(read(file, 2), "");
-    // This place looks like the failure, and isn't one.
+    // This offset has the value that reports a failure.
     SetLastError(77);
     EXPECT_EQ(SetFilePointer(file, -1, nullptr, FILE_BEGIN), INVALID_SET_FILE_POINTER);
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
     CloseHandle(file);
 }
 
-TEST_F(FileTest, FileOpenAtTheEndOfTheNameSpaceKeepsItsBytes)
+TEST_F(FileTest, FileThatIsOpenWhenItsMountEndsKeepsItsBytes)
 {
     const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_NEW);
     const std::string bytes = patternBytes(50'000);
-    for (std::size_t place = 0; place < bytes.size(); place += 100)
-        (void)write(file, bytes.substr(place, 100));
+    for (std::size_t offset = 0; offset < bytes.size(); offset += 100)
+        (void)write(file, bytes.substr(offset, 100));
     remount();
     EXPECT_EQ(hostRead(root() / "f"), bytes);
     EXPECT_EQ(write(file, "late"), 0U);

@@ -1,29 +1,11 @@
 // search_test.cpp - listings.
 #include "file_fixture.h"
 
-#include <set>
-#include <string>
-
 namespace {
-
-std::set<std::u16string> list(const std::u16string& pattern)
-{
-    std::set<std::u16string> names;
-    WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return names;
-    do
-        EXPECT_TRUE(names.insert(found.cFileName).second) << "listed twice";
-    while (FindNextFileW(search, &found));
-    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_FILES);
-    EXPECT_TRUE(FindClose(search));
-    return names;
-}
 
 using Names = std::set<std::u16string>;
 
-TEST_F(FileTest, CardHidesAnEntryOfItsNameAndIsListedOnce)
+TEST_F(FileTest, CardIsListedOnceAndHidesAnEntryOfItsName)
 {
     const auto card = addFolder(u"Card", true);
     std::filesystem::create_directory(root() / "Card");
@@ -38,30 +20,32 @@ TEST_F(FileTest, CardHidesAnEntryOfItsNameAndIsListedOnce)
     WIN32_FIND_DATAW found = {};
     EXPECT_TRUE(FindClose(FindFirstFileW(u"\\card", &found)));
     EXPECT_EQ(found.dwFileAttributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
+    EXPECT_EQ(found.nFileSizeLow, 0U);
     EXPECT_TRUE(FindClose(FindFirstFileW(u"\\Card\\card", &found)));
     EXPECT_EQ(found.dwFileAttributes, FILE_ATTRIBUTE_DIRECTORY);
 }
 
-TEST_F(FileTest, SearchTellsWhyItFindsNothing)
+TEST_F(FileTest, SearchThatFindsNothingReportsWhy)
 {
     std::filesystem::create_directory(root() / "empty");
     hostWrite(root() / "file", "");
-    WIN32_FIND_DATAW found = {};
-    const auto fails = [&](const std::u16string& pattern, DWORD error) {
-        return FindFirstFileW(pattern.c_str(), &found) == INVALID_HANDLE_VALUE && GetLastError() == error;
+    const std::pair<std::u16string, DWORD> cases[] = {
+        {u"\\empty\\*", ERROR_FILE_NOT_FOUND},
+        {u"\\*.zip", ERROR_FILE_NOT_FOUND},
+        {u"\\missing\\*", ERROR_PATH_NOT_FOUND},
+        {u"\\file\\*", ERROR_PATH_NOT_FOUND},
+        {u"\\empty\\", ERROR_INVALID_NAME},
+        {u"\\..", ERROR_INVALID_NAME},
+        {u"\\..\\*", ERROR_INVALID_NAME},
+        {u"\\e*\\*", ERROR_INVALID_NAME},
+        {u"\\" + std::u16string(259, u'*'), ERROR_FILENAME_EXCED_RANGE},
     };
-    EXPECT_TRUE(fails(u"\\empty\\*", ERROR_FILE_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\*.zip", ERROR_FILE_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\missing\\*", ERROR_PATH_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\file\\*", ERROR_PATH_NOT_FOUND));
-    EXPECT_TRUE(fails(u"\\empty\\", ERROR_INVALID_NAME));
-    EXPECT_TRUE(fails(u"\\..", ERROR_INVALID_NAME));
-    EXPECT_TRUE(fails(u"\\..\\*", ERROR_INVALID_NAME));
-    EXPECT_TRUE(fails(u"\\e*\\*", ERROR_INVALID_NAME));
-    EXPECT_TRUE(fails(u"\\" + std::u16string(259, u'*'), ERROR_FILENAME_EXCED_RANGE));
+    WIN32_FIND_DATAW found = {};
+    for (const auto& [pattern, error] : cases)
+        EXPECT_EQ(errorOf(FindFirstFileW(pattern.c_str(), &found) != INVALID_HANDLE_VALUE), error);
 }
 
-TEST_F(FileTest, LargeFolderIsListedWholeAndTrue)
+TEST_F(FileTest, LargeFolderIsListedCompletelyWhileItsFilesAreDeleted)
 {
     std::filesystem::create_directory(root() / "d");
     for (int i = 0; i < 3000; ++i)
@@ -77,9 +61,10 @@ TEST_F(FileTest, LargeFolderIsListedWholeAndTrue)
         ++count;
         bytes += found.nFileSizeLow;
         marked += found.dwFileAttributes == FILE_ATTRIBUTE_SYSTEM ? 1 : 0;
-        EXPECT_GT(found.ftLastWriteTime.dwHighDateTime, 0x01D00000U);       // after 2014, from 1601 on
+        EXPECT_GT(found.ftLastWriteTime.dwHighDateTime, 0x01D00000U);       // after 2014
         DeleteFileW((u"\\d\\" + std::u16string(found.cFileName)).c_str());  // must not disturb the search
     } while (FindNextFileW(search, &found));
+    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_FILES);
     FindClose(search);
     EXPECT_EQ(count, 3000U);
     EXPECT_EQ(bytes, 8994U);

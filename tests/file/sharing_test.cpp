@@ -1,4 +1,4 @@
-// sharing_test.cpp - who may open a file beside whom, in this process and against another.
+// sharing_test.cpp - which opens of one file exclude each other, in this process and in others.
 #include "file_fixture.h"
 
 #include <fcntl.h>
@@ -43,7 +43,7 @@ TEST_F(FileTest, SecondOpenNeedsBothSidesToAllowIt)
         EXPECT_EQ(openError(u"\\f", each.secondAccess, OPEN_EXISTING, each.secondShare),
                   each.allowed ? 0U : ERROR_SHARING_VIOLATION);
         CloseHandle(first);
-        EXPECT_EQ(openError(u"\\f", Read | Write, OPEN_EXISTING), 0U);  // nothing is left behind
+        EXPECT_EQ(openError(u"\\f", Read | Write, OPEN_EXISTING), 0U);
     }
 }
 
@@ -52,11 +52,10 @@ TEST_F(FileTest, FileInUseIsNeitherEmptiedNorDeleted)
     hostWrite(root() / "f", "bytes");
     std::filesystem::create_hard_link(root() / "f", root() / "other name");
     const HANDLE first = open(u"\\f", Read, OPEN_EXISTING, ShareRead);
-    for (const std::u16string path : {u"\\f", u"\\other name"}) {
+    for (const WCHAR* path : {u"\\f", u"\\other name"}) {
         EXPECT_EQ(openError(path, Write, CREATE_ALWAYS), ERROR_SHARING_VIOLATION);
         EXPECT_EQ(openError(path, Read, CREATE_ALWAYS, ShareBoth), ERROR_SHARING_VIOLATION);
-        EXPECT_FALSE(DeleteFileW(path.c_str()));
-        EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+        EXPECT_EQ(errorOf(DeleteFileW(path)), ERROR_SHARING_VIOLATION);
     }
     EXPECT_NE(GetFileAttributesW(u"\\f"), INVALID_FILE_ATTRIBUTES);
     CloseHandle(first);
@@ -64,29 +63,32 @@ TEST_F(FileTest, FileInUseIsNeitherEmptiedNorDeleted)
     EXPECT_TRUE(DeleteFileW(u"\\f"));
 }
 
-TEST_F(FileTest, FileThatAnotherProcessWritesIsInUse)
+TEST_F(FileTest, FileThatAnotherProcessHasOpenIsSharedOnlyIfBothMayReadOrAllIsShared)
 {
+    struct Case {
+        int otherFlags;
+        DWORD access, share, error;
+    };
+    const Case cases[] = {
+        {O_WRONLY, Read, 0, ERROR_SHARING_VIOLATION},
+        {O_WRONLY, Read, ShareRead, ERROR_SHARING_VIOLATION},
+        {O_WRONLY, Read, ShareBoth, 0},
+        {O_RDONLY, Read, ShareRead, 0},
+        {O_RDONLY, Write, 0, ERROR_SHARING_VIOLATION},
+    };
     hostWrite(root() / "f", "bytes");
-    const OtherProcess writer(root() / "f", O_WRONLY);
-    ASSERT_TRUE(writer.opened());
-    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING, ShareRead), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING, ShareBoth), 0U);
-    EXPECT_EQ(openError(u"\\f", Write, CREATE_ALWAYS), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(hostRead(root() / "f"), "bytes");
-}
-
-TEST_F(FileTest, FileThatAnotherProcessReadsMayBeReadBesideIt)
-{
-    hostWrite(root() / "f", "bytes");
-    const OtherProcess reader(root() / "f", O_RDONLY);
-    ASSERT_TRUE(reader.opened());
-    EXPECT_EQ(openError(u"\\f", Read, OPEN_EXISTING, ShareRead), 0U);
-    EXPECT_EQ(openError(u"\\f", Write, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+    for (const Case& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        const OtherProcess other(root() / "f", each.otherFlags);
+        ASSERT_TRUE(other.opened());
+        EXPECT_EQ(openError(u"\\f", each.access, OPEN_EXISTING, each.share), each.error);
+        EXPECT_EQ(openError(u"\\f", Write, CREATE_ALWAYS), ERROR_SHARING_VIOLATION);
+        EXPECT_EQ(hostRead(root() / "f"), "bytes");
+    }
 }
 
 // Indexers open every new file for a moment.
-TEST_F(FileTest, FileMadeAMomentAgoIsNotTakenForInUse)
+TEST_F(FileTest, NewFileThatAnotherProcessReadsIsNotInUse)
 {
     const HANDLE made = open(u"\\f", Write, CREATE_ALWAYS);
     (void)write(made, "bytes");
@@ -96,8 +98,8 @@ TEST_F(FileTest, FileMadeAMomentAgoIsNotTakenForInUse)
     EXPECT_EQ(readAll(u"\\f"), "bytes");
 }
 
-// Each thread's descriptor would look like another process's to the other.
-TEST_F(FileTest, ThreadsThatShareAFileAreNotTakenForAnotherProcess)
+// A lease can't tell a descriptor of another thread from one of another process.
+TEST_F(FileTest, ThreadsThatReadOneFileDoNotExcludeEachOther)
 {
     hostWrite(root() / "f", patternBytes(5000));
     std::atomic<int> refused = 0;
@@ -119,7 +121,7 @@ TEST_F(FileTest, ThreadsThatShareAFileAreNotTakenForAnotherProcess)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_F(FileTest, ThreadsThatWriteThroughOneHandleLoseNoBytes)
+TEST_F(FileTest, ThreadsThatWriteWithOneHandleLoseNoBytes)
 {
     const HANDLE file = open(u"\\f", Write, CREATE_NEW);
     std::vector<std::thread> threads;
@@ -138,8 +140,8 @@ TEST_F(FileTest, ThreadsThatWriteThroughOneHandleLoseNoBytes)
     EXPECT_TRUE(CloseHandle(file));
     const std::string bytes = hostRead(root() / "f");
     ASSERT_EQ(bytes.size(), 400'000U);
-    for (std::size_t place = 0; place < bytes.size(); place += 100)
-        ASSERT_EQ(bytes.substr(place, 100), std::string(100, bytes[place]));
+    for (std::size_t offset = 0; offset < bytes.size(); offset += 100)
+        ASSERT_EQ(bytes.substr(offset, 100), std::string(100, bytes[offset]));
 }
 
 }  // namespace

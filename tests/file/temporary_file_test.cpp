@@ -1,11 +1,9 @@
-// temporary_file_test.cpp - a file that is made, read and deleted under one path again and again, and what is kept of
+// temporary_file_test.cpp - a file that is made, read and deleted at one path again and again, and what is cached of
 // it.
 #include "file_fixture.h"
 
 #include "attributes.h"
 #include "known_attributes.h"
-
-#include <ctime>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,7 +25,7 @@ protected:
         EXPECT_TRUE(CloseHandle(file));
     }
 
-    // So that the path counts as a temporary file's from here on.
+    // After this, a new file at the path counts as temporary.
     static void makeAndDelete(const std::u16string& path)
     {
         make(path, "earlier");
@@ -35,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(TemporaryFileTest, EachOneHasItsOwnBytesAndGoesForGood)
+TEST_F(TemporaryFileTest, EachHasItsContentAndIsGoneAfterItsDeletion)
 {
     for (const std::u16string path : {u"\\d\\t", u"\\t"}) {
         for (int round = 0; round < 4; ++round) {
@@ -50,7 +48,7 @@ TEST_F(TemporaryFileTest, EachOneHasItsOwnBytesAndGoesForGood)
     EXPECT_TRUE(fs::is_empty(root() / "d"));
 }
 
-TEST_F(TemporaryFileTest, AnothersFileUnderItsNameIsNotTakenForIt)
+TEST_F(TemporaryFileTest, FileOfAnotherProgramAtItsPathIsNotTakenForIt)
 {
     makeAndDelete(u"\\d\\t");
     make(u"\\d\\t", "ours");
@@ -68,7 +66,7 @@ TEST_F(TemporaryFileTest, AnothersFileUnderItsNameIsNotTakenForIt)
     EXPECT_EQ(hostRead(root() / "kept"), "kept");
 }
 
-TEST_F(TemporaryFileTest, NewOneNeverLandsOutsideWhenItsFolderWasMoved)
+TEST_F(TemporaryFileTest, IsNeverMadeOutsideTheDeviceAfterItsFolderWasMoved)
 {
     makeAndDelete(u"\\d\\t");
     fs::rename(root() / "d", outside() / "moved");
@@ -80,36 +78,33 @@ TEST_F(TemporaryFileTest, NewOneNeverLandsOutsideWhenItsFolderWasMoved)
     EXPECT_EQ(hostRead(outside() / "moved" / "t"), "elsewhere");
 }
 
-TEST_F(TemporaryFileTest, SharingAndReadOnlyHoldForItToo)
+TEST_F(TemporaryFileTest, FollowsTheRulesOfSharingAndReadOnlyFiles)
 {
     makeAndDelete(u"\\d\\t");
     make(u"\\d\\t", "ours");
     const HANDLE reader = open(u"\\d\\t", GENERIC_READ, OPEN_EXISTING);
     EXPECT_EQ(openError(u"\\d\\t", GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ), ERROR_SHARING_VIOLATION);
-    EXPECT_FALSE(DeleteFileW(u"\\d\\t"));
-    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(write(reader, "x"), 0U) << "its descriptor could, the handle may not";
+    EXPECT_EQ(errorOf(DeleteFileW(u"\\d\\t")), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(write(reader, "x"), 0U) << "the descriptor could write, but the handle may only read";
     EXPECT_TRUE(CloseHandle(reader));
     fs::permissions(root() / "d" / "t", fs::perms::owner_read);
-    EXPECT_FALSE(DeleteFileW(u"\\d\\t"));
-    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(errorOf(DeleteFileW(u"\\d\\t")), ERROR_ACCESS_DENIED);
     EXPECT_EQ(openError(u"\\d\\t", GENERIC_WRITE, OPEN_EXISTING), ERROR_ACCESS_DENIED);
 }
 
-TEST_F(TemporaryFileTest, OneThatStaysIsNotHeldOpenBehindTheNextFile)
+TEST_F(TemporaryFileTest, IsNoLongerHeldOpenWhenTheNextFileIsMade)
 {
     makeAndDelete(u"\\d\\t");
     make(u"\\d\\t", "stays");
     make(u"\\d\\next", "next");
-    // Nobody gets this lease while any other descriptor on the file is open.
+    // The kernel grants this lease only if no other descriptor of the file is open.
     const int host = ::open((root() / "d" / "t").c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_GE(host, 0);
     EXPECT_EQ(::fcntl(host, F_SETLEASE, F_WRLCK), 0);
     ::close(host);
 }
 
-// What was known of a file is of no use once it has changed.
-TEST_F(TemporaryFileTest, AttributesAreAskedForAgainAfterAChange)
+TEST_F(TemporaryFileTest, AttributesAreReadAgainAfterAChange)
 {
     hostWrite(root() / "f", "x");
     EXPECT_EQ(openError(u"\\f", GENERIC_READ, OPEN_EXISTING), ERROR_SUCCESS);
@@ -119,7 +114,8 @@ TEST_F(TemporaryFileTest, AttributesAreAskedForAgainAfterAChange)
     HostStatus status = {};
     ASSERT_EQ(platform::file::readStatus(platform::file::rootFolder(), "f", status), 0);
     KnownAttributes& known = KnownAttributes::instance();
-    EXPECT_FALSE(KnownAttributes::isSettled(platform::file::rootFolder(), status)) << "a change could go unseen";
+    EXPECT_FALSE(KnownAttributes::isSettled(platform::file::rootFolder(), status))
+        << "a second change could leave the same time";
     known.note(status, FILE_ATTRIBUTE_INROM);
     EXPECT_EQ(known.find(status), FILE_ATTRIBUTE_INROM);
     HostStatus changed = status;
@@ -128,28 +124,6 @@ TEST_F(TemporaryFileTest, AttributesAreAskedForAgainAfterAChange)
     HostStatus elsewhere = status;
     elsewhere.stx_dev_minor ^= 1;
     EXPECT_FALSE(known.find(elsewhere));
-}
-
-// Small pieces of a small file wait for one another; nobody on the device may see that.
-TEST_F(TemporaryFileTest, SmallFileTellsOfBytesThatTheHostHasNotSeenYet)
-{
-    const std::string bytes = patternBytes(6000);
-    const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_ALWAYS, FILE_SHARE_READ);
-    for (std::size_t place = 0; place < bytes.size(); place += 100)
-        ASSERT_EQ(write(file, bytes.substr(place, 100)), 100U);
-    WIN32_FIND_DATAW found = {};
-    FindClose(FindFirstFileW(u"\\f", &found));
-    EXPECT_EQ(found.nFileSizeLow, 6000U);
-    const HANDLE reader = open(u"\\f", GENERIC_READ, OPEN_EXISTING, FILE_SHARE_WRITE | FILE_SHARE_READ);
-    EXPECT_EQ(read(reader, 7000), bytes);
-    CloseHandle(reader);
-
-    // A hole has no block whose rest could be filled.
-    EXPECT_EQ(SetFilePointer(file, 9000, nullptr, FILE_BEGIN), 9000U);
-    EXPECT_TRUE(SetEndOfFile(file));
-    EXPECT_EQ(write(file, "end"), 3U);
-    EXPECT_EQ(hostRead(root() / "f"), bytes + std::string(3000, '\0') + "end");
-    EXPECT_TRUE(CloseHandle(file));
 }
 
 }  // namespace

@@ -1,22 +1,16 @@
-// unchanged_deletion_test.cpp - a file is deleted only if it is the one that was stamped, whatever others do meanwhile.
+// unchanged_deletion_test.cpp - a file is deleted only if it is still as it was stamped, whatever others do meanwhile.
 #include "file_fixture.h"
 #include "file_stamp.h"
-
-#include "file/host_faults.h"
 
 #include "ce/file_deletion.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <fstream>
 #include <functional>
-#include <set>
-#include <thread>
 
 namespace fs = std::filesystem;
 
@@ -42,22 +36,18 @@ protected:
         return stamp;
     }
 
-    // Writes the file, and stamps it when its time of writing lies far enough back.
-    FileStamp writeAndStamp(const std::string& bytes)
+    // Writes the file and stamps it until the stamp proves that it was the last write.
+    FileStamp writeAndStamp(const std::string& bytes) const
     {
-        ::chmod(file().c_str(), 0644);
-        fs::remove(file());
-        hostWrite(file(), bytes);
-        FileStamp stamp = stampNow();
-        while (!stamp.provesWrites) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        FileStamp stamp = writeAndStampNow(bytes);
+        do
             stamp = stampNow();
-        }
+        while (!stamp.provesWrites);
         return stamp;
     }
 
-    // For tests in which no second write could leave the same times: nothing has to be waited for.
-    FileStamp writeAndStampNow(const std::string& bytes)
+    // For tests without a second write that could leave the same times.
+    FileStamp writeAndStampNow(const std::string& bytes) const
     {
         fs::remove_all(file().parent_path());
         fs::create_directory(file().parent_path());
@@ -67,57 +57,46 @@ protected:
         return stamp;
     }
 
-    // 0 or the error, while the plan holds. `calls` are those that were made.
-    static DWORD deletionUnder(const FaultPlan& plan, const FileStamp& stamp, std::uint64_t& calls)
-    {
-        platform::file::setFaultPlan(plan);
-        const DWORD error = deletion(stamp);
-        calls = platform::file::hostCallsMade();
-        platform::file::clearFaultPlan();
-        return error;
-    }
-
     // 0 or the error.
     static DWORD deletion(const FileStamp& stamp)
     {
         SetLastError(0);
-        return DeleteUnchangedFile(Path, &stamp) ? 0 : GetLastError();
+        return errorOf(DeleteUnchangedFile(Path, &stamp));
     }
 
-    // What the files of the folder hold, whatever their names.
+    // The contents of the files in the folder, whatever their names.
     [[nodiscard]] std::multiset<std::string> contents() const
     {
         std::multiset<std::string> all;
-        for (const auto& entry : fs::directory_iterator(root() / "d"))
+        std::error_code noFolder;
+        for (const auto& entry : fs::directory_iterator(root() / "d", noFolder))
             all.insert(hostRead(entry.path()));
         return all;
     }
 };
 
-TEST_F(UnchangedDeletionTest, OnlyTheFileOfTheStampGoes)
+TEST_F(UnchangedDeletionTest, OnlyTheUnchangedFileIsDeleted)
 {
-    const fs::path other = root() / "d" / "other";
-    const auto append = [](const fs::path& path) { (void)!::truncate(path.c_str(), 7); };
-    const auto rewriteKeepingTimes = [&](const fs::path& path) {
-        struct stat before = {};
-        ::stat(path.c_str(), &before);
+    using Path = const fs::path&;
+    const auto rewriteKeepingTimes = [this](Path path) {
+        const auto time = fs::last_write_time(path);
         hostWrite(path, "news!");
-        const timespec times[] = {before.st_atim, before.st_mtim};
-        ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+        fs::last_write_time(path, time);
     };
-    const auto replaceKeepingTimes = [&](const fs::path& path) {
+    const auto replaceKeepingTimes = [this](Path path) {
+        const fs::path other = root() / "d" / "other";
         hostWrite(other, "news!");
         fs::last_write_time(other, fs::last_write_time(path));
         fs::rename(other, path);
     };
-    const std::pair<std::function<void(const fs::path&)>, DWORD> cases[] = {
-        {[](const fs::path&) {}, 0},
-        {append, ERROR_FILE_INVALID},
+    const std::pair<std::function<void(Path)>, DWORD> cases[] = {
+        {[](Path) {}, 0},
+        {[](Path path) { fs::resize_file(path, 7); }, ERROR_FILE_INVALID},
         {rewriteKeepingTimes, ERROR_FILE_INVALID},
         {replaceKeepingTimes, ERROR_FILE_INVALID},
-        {[](const fs::path& path) { ::chmod(path.c_str(), 0444); }, ERROR_ACCESS_DENIED},
-        {[](const fs::path& path) { fs::remove(path); }, ERROR_FILE_NOT_FOUND},
-        {[](const fs::path& path) { fs::remove_all(path.parent_path()); }, ERROR_PATH_NOT_FOUND},
+        {[](Path path) { ::chmod(path.c_str(), 0444); }, ERROR_ACCESS_DENIED},
+        {[](Path path) { fs::remove(path); }, ERROR_FILE_NOT_FOUND},
+        {[](Path path) { fs::remove_all(path.parent_path()); }, ERROR_PATH_NOT_FOUND},
     };
     for (const auto& [change, error] : cases) {
         SCOPED_TRACE(&change - &cases[0].first);
@@ -125,12 +104,9 @@ TEST_F(UnchangedDeletionTest, OnlyTheFileOfTheStampGoes)
         change(file());
         const std::string content = hostRead(file());
         EXPECT_EQ(deletion(stamp), error);
-        EXPECT_EQ(hostRead(file()), error == 0 ? "" : content);
-        EXPECT_EQ(fs::exists(file()), error == ERROR_FILE_INVALID || error == ERROR_ACCESS_DENIED);
-        if (fs::exists(root() / "d")) {
-            EXPECT_EQ(std::distance(fs::directory_iterator(root() / "d"), {}), fs::exists(file()) ? 1 : 0);
-        }
-        fs::create_directory(root() / "d");
+        const bool kept = error == ERROR_FILE_INVALID || error == ERROR_ACCESS_DENIED;
+        EXPECT_EQ(fs::exists(file()), kept);
+        EXPECT_EQ(contents(), kept ? std::multiset{content} : std::multiset<std::string>());
     }
 }
 
@@ -151,7 +127,7 @@ TEST_F(UnchangedDeletionTest, FileInUseHereOrElsewhereStays)
 }
 
 // A second write could leave the same time as the first.
-TEST_F(UnchangedDeletionTest, StampThatComesTooSoonProvesNothing)
+TEST_F(UnchangedDeletionTest, StampSoonAfterAWriteProvesNothing)
 {
     struct Case {
         statx_timestamp write, change;
@@ -161,8 +137,8 @@ TEST_F(UnchangedDeletionTest, StampThatComesTooSoonProvesNothing)
     const Case cases[] = {
         {{100, 1, {}}, {100, 1, {}}, {100, 40'000'000}, FALSE},
         {{100, 1, {}}, {100, 1, {}}, {100, 60'000'000}, TRUE},
-        {{90, 0, {}}, {100, 1, {}}, {100, 40'000'000}, TRUE},     // set back: a write would show in the fine one
-        {{200, 1, {}}, {100, 1, {}}, {150, 0}, FALSE},            // of the future
+        {{90, 0, {}}, {100, 1, {}}, {100, 40'000'000}, TRUE},     // set back: the change time shows a write
+        {{200, 1, {}}, {100, 1, {}}, {150, 0}, FALSE},            // in the future
         {{100, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},  // whole seconds
         {{90, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},   // set back
         {{100, 0, {}}, {100, 0, {}}, {104, 1}, TRUE},
@@ -181,7 +157,7 @@ TEST_F(UnchangedDeletionTest, StampThatComesTooSoonProvesNothing)
     EXPECT_EQ(hostRead(file()), "bytes");
 }
 
-// EINVAL stands for a file system that can't refuse to replace, EACCES for a file that gets no lease.
+// EINVAL comes from a file system that can't refuse to replace, EACCES for a file that gets no lease.
 TEST_F(UnchangedDeletionTest, FileThatIsNotDeletedKeepsItsNameWhicheverCallFails)
 {
     const std::pair<int, std::uint64_t> faults[] = {{EIO, 1},    {EIO, 2},    {EINVAL, 1}, {EACCES, 1},
@@ -191,28 +167,26 @@ TEST_F(UnchangedDeletionTest, FileThatIsNotDeletedKeepsItsNameWhicheverCallFails
         for (std::uint64_t nth = 1; nth == 1 || calls >= nth - 1; ++nth) {
             SCOPED_TRACE(std::to_string(hostError) + " at " + std::to_string(nth));
             const FileStamp stamp = writeAndStampNow("bytes");
-            const DWORD error = deletionUnder(
-                {.kind = FaultKind::Fail, .nthCall = nth, .error = hostError, .calls = times}, stamp, calls);
+            DWORD error = 0;
+            const FaultPlan plan = {.kind = FaultKind::Fail, .nthCall = nth, .error = hostError, .calls = times};
+            calls = hostCallsOf([&] { error = deletion(stamp); }, plan);
             EXPECT_EQ(hostRead(file()), error == 0 ? "" : "bytes");
             EXPECT_EQ(contents().size(), error == 0 ? 0U : 1U);
-            EXPECT_TRUE(error == 0 || calls >= nth) << "this one met no fault";
+            EXPECT_TRUE(error == 0 || calls >= nth) << "no call failed";
         }
     }
 }
 
-TEST_F(UnchangedDeletionTest, KillLeavesTheFileUnderANameThatTellsWhy)
+TEST_F(UnchangedDeletionTest, KillLeavesTheFileUnderANameThatSaysWhy)
 {
     std::set<std::string> names;
     for (const FaultKind kind : {FaultKind::Kill, FaultKind::PowerCut}) {
         for (std::uint64_t nth = 1; nth == 1 || !contents().empty(); ++nth) {
             const FileStamp stamp = writeAndStampNow("bytes");
-            const pid_t child = ::fork();
-            if (child == 0) {
+            statusOfChild([&] {
                 platform::file::setFaultPlan({.kind = kind, .nthCall = nth});
-                (void)DeleteUnchangedFile(Path, &stamp);
-                ::_exit(0);
-            }
-            ::waitpid(child, nullptr, 0);
+                return DeleteUnchangedFile(Path, &stamp) != FALSE;
+            });
             for (const auto& entry : fs::directory_iterator(root() / "d")) {
                 EXPECT_EQ(hostRead(entry.path()), "bytes");
                 names.insert(entry.path().filename().string().substr(0, 37));
@@ -222,11 +196,11 @@ TEST_F(UnchangedDeletionTest, KillLeavesTheFileUnderANameThatTellsWhy)
     EXPECT_EQ(names, (std::set<std::string>{"letter.txt", "letter.txt (being deleted by Quillbox"}));
 }
 
-// What other programs might do between any two calls. Each does it once or twice.
+// What another program can do between two calls, once or several times.
 struct Intruder {
     fs::path file;
     int times = 0;
-    std::multiset<std::string> survive;  // what nobody but the deletion could have taken away
+    std::multiset<std::string> survive;  // contents that only the deletion could have removed
 };
 Intruder intruder;
 
@@ -243,7 +217,7 @@ void writeTo(int flags)
 {
     const int descriptor = ::open(intruder.file.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags, 0666);
     if (descriptor < 0) {
-        if (errno == EAGAIN)  // it would wait for the lease, and then write to this file
+        if (errno == EAGAIN)  // a blocking open would wait for the lease
             intruder.survive.insert("bytes");
         return;
     }
@@ -275,9 +249,10 @@ TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
             SCOPED_TRACE(std::string(each.name) + " at " + std::to_string(nth));
             const FileStamp stamp = writeAndStampNow("bytes");
             intruder = {file(), 0, {}};
-            const FaultPlan plan{
+            DWORD error = 0;
+            const FaultPlan plan = {
                 .kind = FaultKind::Meanwhile, .nthCall = nth, .error = 0, .calls = each.times, .meanwhile = each.act};
-            const DWORD error = deletionUnder(plan, stamp, calls);
+            calls = hostCallsOf([&] { error = deletion(stamp); }, plan);
             const std::multiset<std::string> found = contents();
             for (const std::string& bytes : intruder.survive)
                 EXPECT_EQ(found.count(bytes), 1U) << bytes;

@@ -1,54 +1,32 @@
-// told_trouble_test.cpp - whatever the host fails at shows in a call's result or in what is told in the end.
+// noted_failures_test.cpp - each failure of the host changes the result of a call or is noted for the report at the
+// end.
 #include "file_fixture.h"
-
-#include "file/host_faults.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <functional>
-#include <set>
 
 using namespace platform::file;
 
 namespace {
 
-class ToldTroubleTest : public FileTest {
+using Noted = std::set<std::u16string>;
+
+class NotedFailuresTest : public FileTest {
 protected:
-    // In memory, where a flush costs nothing.
-    ToldTroubleTest() : FileTest(std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp") { (void)takeTold(); }
-    ~ToldTroubleTest() override { clearFaultPlan(); }
+    NotedFailuresTest() : FileTest(memoryFolder()) { (void)takeNoted(); }
+    ~NotedFailuresTest() override { clearFaultPlan(); }
 
-    // In a process of its own: 0 if it held.
-    static int inChild(const std::function<bool()>& holds)
-    {
-        const pid_t child = ::fork();
-        if (child == 0)
-            ::_exit(holds() ? 0 : 1);
-        int status = -1;
-        ::waitpid(child, &status, 0);
-        return status;
-    }
-
-    // All that can be seen of the host through the calls, as a text.
+    // Makes each kind of call and returns all that is visible of the host, as a text.
     [[nodiscard]] std::string everything() const
     {
         std::string seen;
         const auto add = [&](auto value) { seen += std::to_string(value) + ' '; };
-        WIN32_FIND_DATAW found = {};
-        const HANDLE search = FindFirstFileW(u"\\d\\*", &found);
-        if (search != INVALID_HANDLE_VALUE) {
-            std::set<std::string> names;
-            do
-                names.insert(std::filesystem::path(found.cFileName).string());
-            while (FindNextFileW(search, &found));
-            FindClose(search);
-            for (const std::string& name : names)
-                seen += name + ' ';
-        }
+        for (const std::u16string& name : list(u"\\d\\*"))
+            seen += std::filesystem::path(name).string() + ' ';
         add(GetFileAttributesW(u"\\d\\b"));
         add(openError(u"\\d\\none", GENERIC_READ, OPEN_EXISTING));
         const HANDLE reader = open(u"\\d\\a", GENERIC_READ, OPEN_EXISTING);
@@ -56,7 +34,7 @@ protected:
         (void)GetFileInformationByHandle(reader, &information);
         add(information.nFileSizeLow);
         add(SetFilePointer(reader, 1000, nullptr, FILE_BEGIN));
-        seen += std::to_string(std::hash<std::string>()(read(reader, 50'000))) + ' ';
+        add(std::hash<std::string>()(read(reader, 50'000)));
         CloseHandle(reader);
 
         CreateDirectoryW(u"\\d\\made", nullptr);
@@ -86,83 +64,71 @@ protected:
     }
 };
 
-// Not among them: what says that nothing is there, or something already.
-TEST_F(ToldTroubleTest, NoFailureOfTheHostIsPassedOverInSilence)
+// Without the errors that say that something doesn't exist, or exists already.
+TEST_F(NotedFailuresTest, EachFailureOfTheHostChangesAResultOrIsNoted)
 {
     prepare();
-    setFaultPlan({});
-    const std::string whole = everything();
-    const std::uint64_t calls = hostCallsMade();
-    clearFaultPlan();
-    EXPECT_EQ(takeTold(), std::set<std::u16string>());
+    std::string whole;
+    const std::uint64_t calls = hostCallsOf([&] { whole = everything(); });
+    EXPECT_EQ(takeNoted(), Noted());
     for (const int error : {EACCES, EAGAIN, EBADF,  EBUSY,      EDQUOT,       EFAULT, EFBIG,  EINVAL, EIO,
                             EISDIR, EMFILE, EMLINK, ENFILE,     ENAMETOOLONG, ENODEV, ENOMEM, ENOSPC, ENOSYS,
                             ENXIO,  EPERM,  EROFS,  EOPNOTSUPP, EOVERFLOW,    ESTALE, ETXTBSY}) {
         for (std::uint64_t nth = 1; nth <= calls; ++nth) {
             prepare();
-            setFaultPlan({.kind = FaultKind::Fail, .nthCall = nth, .error = error});
-            const std::string seen = everything();
-            clearFaultPlan();
-            const bool told = !takeTold().empty();
-            EXPECT_TRUE(told || seen == whole) << "error " << error << " of call " << nth;
+            std::string seen;
+            hostCallsOf([&] { seen = everything(); }, {.kind = FaultKind::Fail, .nthCall = nth, .error = error});
+            const bool noted = !takeNoted().empty();
+            EXPECT_TRUE(noted || seen == whole) << "error " << error << " of call " << nth;
         }
     }
 }
 
-TEST_F(ToldTroubleTest, EntryThatCannotBeLookedAtIsNamed)
+TEST_F(NotedFailuresTest, EntryWhoseAttributesCannotBeReadIsNoted)
 {
     prepare();
     addFolder(u"Card", true);
-    const auto search = [](const std::u16string& pattern) {
-        WIN32_FIND_DATAW found = {};
-        const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
-        while (FindNextFileW(search, &found)) {
-        }
-        FindClose(search);
+    // The first two calls open and read the folder. The others read the attributes of its entries.
+    const auto notedUnder = [](const WCHAR* pattern, const FaultPlan& plan) {
+        hostCallsOf([&] { (void)list(pattern); }, plan);
+        return takeNoted();
     };
-    // The folder's opening, its reading, and the first of two entries.
-    setFaultPlan({.kind = FaultKind::Fail, .nthCall = 3, .error = EIO, .calls = 2});
-    search(u"\\d\\*");
-    clearFaultPlan();
-    EXPECT_EQ(takeTold().size(), 2U);
-    setFaultPlan({.kind = FaultKind::Fail, .nthCall = 3, .error = ENOENT, .calls = 2});
-    search(u"\\d\\*");
-    EXPECT_EQ(takeTold(), std::set<std::u16string>()) << "gone since the folder was read";
-    setFaultPlan({.kind = FaultKind::Fail, .nthCall = 2, .error = ESTALE});
-    search(u"\\*");
-    EXPECT_EQ(takeTold(), std::set<std::u16string>{u"read \\Card"});
-    clearFaultPlan();
+    const FaultPlan bothEntries = {.kind = FaultKind::Fail, .nthCall = 3, .error = EIO, .calls = 2};
+    EXPECT_EQ(notedUnder(u"\\d\\*", bothEntries).size(), 2U);
+    const FaultPlan bothGone = {.kind = FaultKind::Fail, .nthCall = 3, .error = ENOENT, .calls = 2};
+    EXPECT_EQ(notedUnder(u"\\d\\*", bothGone), Noted());
+    const FaultPlan card = {.kind = FaultKind::Fail, .nthCall = 2, .error = ESTALE};
+    EXPECT_EQ(notedUnder(u"\\*", card), Noted{u"read \\Card"});
 
-    // A folder that can be listed and not entered.
-    ::chmod((root() / "d").c_str(), 0444);
-    EXPECT_EQ(inChild([&] {
+    ::chmod((root() / "d").c_str(), 0444);  // the names can be listed, and nothing else
+    EXPECT_EQ(statusOfChild([&] {
                   if (::geteuid() == 0 && ::setuid(65534) != 0)
                       return false;
-                  search(u"\\d\\*");
-                  return takeTold() == std::set<std::u16string>{u"read \\d\\a", u"read \\d\\b"};
+                  (void)list(u"\\d\\*");
+                  return takeNoted() == Noted{u"read \\d\\a", u"read \\d\\b"};
               }),
               0);
     ::chmod((root() / "d").c_str(), 0755);
 }
 
-TEST_F(ToldTroubleTest, HandleOfThisProcessInTheWayIsNoTrouble)
+TEST_F(NotedFailuresTest, FileInUseIsNotedOnlyIfAnotherProcessUsesIt)
 {
     prepare();
     const HANDLE held = open(u"\\d\\b", GENERIC_WRITE, OPEN_EXISTING);
     EXPECT_EQ(openError(u"\\d\\b", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
     EXPECT_FALSE(DeleteFileW(u"\\d\\b"));
     CloseHandle(held);
-    EXPECT_EQ(takeTold(), std::set<std::u16string>());
+    EXPECT_EQ(takeNoted(), Noted());
     const OtherProcess elsewhere(root() / "d" / "b", O_WRONLY);
     EXPECT_EQ(openError(u"\\d\\b", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(takeTold(), std::set<std::u16string>{u"read \\d\\b"});
+    EXPECT_EQ(takeNoted(), Noted{u"read \\d\\b"});
 }
 
-// The room was reserved, so only a disk that fails can cost them.
-TEST_F(ToldTroubleTest, GatheredBytesThatTheDiskRefusesAreNoLongerInTheFile)
+// Their room was reserved, so a full disk can't refuse them, but a failing one can.
+TEST_F(NotedFailuresTest, GatheredBytesThatTheDiskRefusesAreNoLongerInTheFile)
 {
     const auto card = addFolder(u"Card", true, 200'000);
-    const std::pair<const char*, std::function<BOOL(HANDLE)>> losers[] = {
+    const std::pair<const char*, std::function<BOOL(HANDLE)>> calls[] = {
         {"HandOver", [](HANDLE file) { return HandOverFileBuffers(file); }},
         {"Flush", [](HANDLE file) { return FlushFileBuffers(file); }},
         {"Seek", [](HANDLE file) { return SetFilePointer(file, 5, nullptr, FILE_BEGIN) == 5 ? TRUE : FALSE; }},
@@ -170,32 +136,31 @@ TEST_F(ToldTroubleTest, GatheredBytesThatTheDiskRefusesAreNoLongerInTheFile)
         {"FlushAll", [](HANDLE) { return FlushChangedVolumes(); }},
         {"Close", [](HANDLE file) { return CloseHandle(file); }},
     };
-    for (const auto& [name, call] : losers) {
+    for (const auto& [name, call] : calls) {
         SCOPED_TRACE(name);
         const HANDLE file = open(u"\\Card\\f", GENERIC_WRITE, CREATE_ALWAYS);
         for (int i = 0; i < 200; ++i)
             EXPECT_EQ(write(file, std::string(300, 's')), 300U);
         const auto onHost = std::filesystem::file_size(card / "f");
-        ASSERT_LT(onHost, 60'000U) << "nothing is gathered on this file system";
+        ASSERT_LT(onHost, 60'000U) << "this file system has no gathered bytes";
         setFaultPlan({.kind = FaultKind::Fail, .nthCall = 1, .error = EIO});
-        EXPECT_FALSE(call(file));
-        EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+        EXPECT_EQ(errorOf(call(file)), ERROR_GEN_FAILURE);
         clearFaultPlan();
         if (std::string(name) != "Close") {
-            EXPECT_EQ(write(file, "more"), 0U) << "bytes before it are missing";
+            EXPECT_EQ(write(file, "more"), 0U) << "the bytes before them are missing";
             EXPECT_FALSE(HandOverFileBuffers(file));
             EXPECT_FALSE(CloseHandle(file));
         }
-        EXPECT_TRUE(takeTold().contains(u"write \\Card\\f"));
+        EXPECT_TRUE(takeNoted().contains(u"write \\Card\\f"));
         EXPECT_EQ(std::filesystem::file_size(card / "f"), onHost);
         EXPECT_EQ(usedBytes(u"Card"), onHost);
     }
 }
 
-TEST_F(ToldTroubleTest, WhatIsMadeIsItsOwnersWhateverTheMask)
+TEST_F(NotedFailuresTest, OwnerMayUseNewFilesAndFoldersWhateverTheMask)
 {
     for (const mode_t mask : {0777U, 0400U, 0027U}) {
-        EXPECT_EQ(inChild([&] {
+        EXPECT_EQ(statusOfChild([&] {
                       ::umask(mask);
                       prepareProcess();
                       return CreateDirectoryW(u"\\d", nullptr) && openError(u"\\d\\f", GENERIC_WRITE, CREATE_NEW) == 0;
