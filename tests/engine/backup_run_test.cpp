@@ -1,11 +1,9 @@
-// backup_run_test.cpp - a backup's questions, its order, its files, its log.
+// backup_run_test.cpp - the questions, the files and the log of a backup.
 
 #include "engine_fixture.h"
 
 #include "engine/backup_run.h"
 #include "engine/options.h"
-#include "file/host_faults.h"
-#include "file/name_space.h"
 #include "set/set_state.h"
 #include "time/clock.h"
 
@@ -18,54 +16,27 @@
 
 namespace {
 
+using namespace platform::file;
 using Lines = std::vector<std::u16string>;
-
-// 5 March 2000, 09:07:03.
-constexpr SYSTEMTIME Then = {2000, 3, 0, 5, 9, 7, 3, 0};
 
 class BackupRunTest : public EngineTest {
 protected:
-    BackupRunTest()
-    {
-        platform::time::stopClockAt(Then);
-        platform::time::setShortDateFormat(u"dd/MM/yyyy");
-    }
-    ~BackupRunTest() override
-    {
-        platform::time::resumeClock();
-        platform::time::setShortDateFormat(u"");
-    }
-
-    void makeList(int number, const std::string& content)
-    {
-        std::filesystem::create_directories(card_ / "QUILBOX");
-        char name[32];
-        snprintf(name, sizeof name, "QLBX%04d.QLT", number);
-        std::ofstream(card_ / "QUILBOX" / name) << content;
-    }
-
     // Backs one file up again and again, each time with the next host call failing, until the log has the line.
-    void backUpUntilLogged(const std::string& line)
+    void backUpUntilLogged(const std::string& line) const
     {
-        using namespace platform::file;
-        mark(u"\\a");
-        gOptions.generateLog = 1;
-        for (std::uint64_t n = 1; cardFile("BACKUP0001.LOG").find(line + " \r\n") == std::string::npos; n++) {
-            write("a", "content");
-            std::filesystem::remove_all(card_ / "QUILBOX");
+        for (std::uint64_t n = 1; readOnCard("BACKUP0001.LOG").find(line) == std::string::npos; n++) {
+            std::filesystem::remove_all(set_);
             mount();
             gUser.shown.clear();
-            setFaultPlan({.kind = FaultKind::Fail, .nthCall = n, .error = EIO});
-            backUp();
-            ASSERT_GE(hostCallsMade(), n) << "no failing call was ever logged";
-            clearFaultPlan();
+            const FaultPlan plan = {.kind = FaultKind::Fail, .nthCall = n, .error = EIO};
+            ASSERT_GE(hostCallsOf(backUp, plan), n) << "no failing call was ever logged";
         }
     }
 };
 
 }  // namespace
 
-TEST_F(BackupRunTest, NothingMarkedTellsAndMakesNothing)
+TEST_F(BackupRunTest, NothingMarkedIsReportedAndMakesNothing)
 {
     for (const DWORD mode : {BackupListedItems, BackupSelectedItems}) {
         gUser.shown.clear();
@@ -87,7 +58,7 @@ TEST_F(BackupRunTest, CommentHasTheDayFirstOnlyWhereTheShortDateHasItAndIsCutToF
         const std::u16string date = format[0] == u'd' ? u"24/11/2023" : u"11/24/2023";
         EXPECT_EQ(gComment, u"Backup date:" + date + u" (19:30)\r\nComments:\r\n" + std::u16string(216, u'c'));
     }
-    const std::string list = cardFile("QLBX0001.QLT");
+    const std::string list = readOnCard("QLBX0001.QLT");
     EXPECT_EQ(list.substr(0, 4), std::string("\x04\x01\0\0", 4)) << "260 with the terminator";
     EXPECT_EQ(list.substr(4 + 2 * 258, 4), std::string("c\0\0\0", 4));
 }
@@ -96,17 +67,19 @@ TEST_F(BackupRunTest, TakenNumbersAreAskedAboutAndNoKeepsThem)
 {
     write("a", "new");
     mark(u"\\a");
-    makeList(1, "one");
-    makeList(3, "three");
+    writeOnCard("QLBX0001.QLT", "one");
+    writeOnCard("QLBX0003.QLT", "three");
+    writeOnCard("BACKUP0002.LOG", "old");
     backUp();
     EXPECT_EQ(gUser.shownWith(u"box "), Lines{u"Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260"});
     gUser.shown.clear();
     backUp();
     EXPECT_EQ(gUser.shownWith(u"box ").size(), 3U);
-    EXPECT_EQ(cardFile("QLBX0001.QLT"), "one");
-    EXPECT_EQ(cardFile("QLBX0003.QLT"), "three");
-    EXPECT_EQ(cardFile("QLBX0002.QLT"), cardFile("QLBX0004.QLT"));
-    EXPECT_FALSE(cardFile("QLBX0004.QDT").empty());
+    EXPECT_EQ(readOnCard("QLBX0001.QLT"), "one");
+    EXPECT_EQ(readOnCard("QLBX0003.QLT"), "three");
+    EXPECT_EQ(readOnCard("QLBX0002.QLT"), readOnCard("QLBX0004.QLT"));
+    EXPECT_FALSE(readOnCard("QLBX0004.QDT").empty());
+    EXPECT_EQ(readOnCard("BACKUP0002.LOG"), "old") << "this run writes no log";
 }
 
 TEST_F(BackupRunTest, NinetyNineRefusalsChangeNothing)
@@ -114,98 +87,52 @@ TEST_F(BackupRunTest, NinetyNineRefusalsChangeNothing)
     write("a", "new");
     mark(u"\\a");
     for (int number = 1; number <= 99; number++)
-        makeList(number, "kept");
+        writeOnCard((number < 10 ? "QLBX000" : "QLBX00") + std::to_string(number) + ".QLT", "kept");
     gOptions.generateLog = 1;
     backUp();
     EXPECT_EQ(gUser.shownWith(u"box ").size(), 99U);
-    EXPECT_EQ(cardFile("QLBX0099.QLT"), "kept");
-    for (const auto& entry : std::filesystem::directory_iterator(card_ / "QUILBOX"))
+    EXPECT_EQ(readOnCard("QLBX0099.QLT"), "kept");
+    for (const auto& entry : std::filesystem::directory_iterator(set_))
         EXPECT_EQ(entry.path().extension(), ".QLT");
-}
-
-TEST_F(BackupRunTest, UnreadableSourceHasNoEntryAndStays)
-{
-    write("good", "g");
-    mark(u"\\gone");
-    mark(u"\\good");
-    gOptions.generateLog = 1;
-    gOptions.deleteBackedUp = 1;
-    backUp();
-    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): INF: Start file backup: \\gone \r\n"
-                                          "LOG(09:07:03): ERR: File access file: \\gone \r\n"
-                                          "LOG(09:07:03): INF: Start file backup: \\good \r\n"
-                                          "LOG(09:07:03): INF: End file backup\\good \r\n");
-    EXPECT_EQ(gUser.shownWith(u"step").size(), 2U);
-    EXPECT_FALSE(exists("good"));
-    restore();
-    EXPECT_EQ(read("good"), "g");
-    EXPECT_FALSE(exists("gone"));
-}
-
-TEST_F(BackupRunTest, FailedWriteIsLoggedAndTheRunGoesToItsEnd)
-{
-    gOptions.deleteBackedUp = 1;
-    backUpUntilLogged("ERR: Backup File write (0000001f)");
-    EXPECT_TRUE(exists("a"));
-    EXPECT_EQ(gUser.shown.back(), u"close");
 }
 
 TEST_F(BackupRunTest, SetThatCannotBeBegunEndsTheRunWithOneLogLine)
 {
     const auto expectEnded = [this](const std::string& line) {
-        EXPECT_EQ(cardFile("BACKUP0001.LOG"), "LOG(09:07:03): " + line + " \r\n");
-        EXPECT_EQ(cardFile("QLBX0001.QDT"), "");
+        EXPECT_EQ(readOnCard("BACKUP0001.LOG"), "LOG(09:07:03): " + line);
+        EXPECT_EQ(readOnCard("QLBX0001.QDT"), "");
         EXPECT_EQ(gUser.shownWith(u"message").size(), 0U);
         EXPECT_EQ(gUser.shown.back(), u"close");
     };
-    backUpUntilLogged("ERR: Backup List Write(0000001f)");
-    expectEnded("ERR: Backup List Write(0000001f)");
+    write("a", "content");
+    mark(u"\\a");
+    gOptions.generateLog = 1;
+    const std::string listNotWritten = "ERR: Backup List Write(0000001f) \r\n";
+    backUpUntilLogged(listNotWritten);
+    expectEnded(listNotWritten);
 
-    std::filesystem::remove_all(card_ / "QUILBOX");
-    std::filesystem::create_directories(card_ / "QUILBOX" / "QLBX0001.QDT");
+    std::filesystem::remove_all(set_);
+    std::filesystem::create_directories(set_ / "QLBX0001.QDT");
     gUser.shown.clear();
     mount();
     backUp();
-    expectEnded("ERR: Backup File create(00000005)");
-    EXPECT_TRUE(std::filesystem::exists(card_ / "QUILBOX" / "QLBX0001.QLT"));
-    EXPECT_EQ(cardFile("QLBX0001.QLT"), "");
+    expectEnded("ERR: Backup File create(00000005) \r\n");
+    EXPECT_TRUE(std::filesystem::exists(set_ / "QLBX0001.QLT"));
+    EXPECT_EQ(readOnCard("QLBX0001.QLT"), "");
 }
 
-TEST_F(BackupRunTest, FullCardKeepsTheSourcesAndTheRunGoesToItsEnd)
+TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitAfterItsPath)
 {
-    write("big", std::string(200'000, 'z'));
-    mark(u"\\big");
-    gOptions.deleteBackedUp = 1;
-    mount(700);
-    backUp();
-    EXPECT_TRUE(exists("big"));
-    EXPECT_EQ(gUser.shown.back(), u"close");
-}
-
-TEST_F(BackupRunTest, ChooserLeftWithoutAChoiceMakesNothing)
-{
-    write("a", "");
-    mark(u"\\a");
-    gUser.choice.clear();
-    gRegistryMarked = 0;
-    backUp();
-    EXPECT_TRUE(std::filesystem::is_empty(card_));
-    EXPECT_EQ(gUser.shownWith(u"open").size(), 0U);
-}
-
-TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitBehindIt)
-{
-    // They take 23 characters, and 259 is all.
+    // They take 23 of 259 characters.
     const std::u16string fits(235, u'f');
     for (const std::u16string& name :
          {std::u16string(u"folder"), std::u16string(u"Other"), fits, std::u16string(236, u'l')})
-        ASSERT_TRUE(platform::file::addMount({.name = name,
-                                              .folder = open(card_.c_str(), O_RDONLY | O_DIRECTORY),
-                                              .card = name != u"folder",
-                                              .capacity = {}}));
-    for (const char* file : {"a/b/file", "z/file"})
-        write(file, "");
-    mark(u"\\z\\file");
+        ASSERT_TRUE(addMount({.name = name,
+                              .folder = ::open(card_.c_str(), O_RDONLY | O_DIRECTORY),
+                              .card = name != u"folder",
+                              .capacity = {}}));
+    write("a/b/file", "");
+    mark(u"\\a\\b\\file");
     gUser.choice.clear();
     backUp();
     const std::u16string choices = gUser.shown.at(0);
@@ -213,15 +140,9 @@ TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitBehindIt)
         EXPECT_NE(choices.find(u"|\\" + card + u"|"), std::u16string::npos) << card.size();
     EXPECT_TRUE(choices.ends_with(u"|Main device"));
     EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 4);
-}
 
-TEST_F(BackupRunTest, MainDeviceHoldsItsSetInTheRoot)
-{
-    write("a", "content");
-    mark(u"\\a");
-    gUser.choice = u"Main device";
-    backUp();
-    EXPECT_EQ(read("QUILBOX/QLBX0001.QDT").substr(0, 5), "QBXPK");
+    EXPECT_EQ(gUser.shown.size(), 1U) << "without a choice no run begins";
+    EXPECT_TRUE(std::filesystem::is_empty(card_));
 }
 
 TEST_F(BackupRunTest, MoreThanAThousandItemsLeaveTheBarStill)
@@ -239,7 +160,7 @@ TEST_F(BackupRunTest, LogLineIsCutAtAWholeCharacterAndKeepsItsEnd)
     mark(name);
     gOptions.generateLog = 1;
     backUp();
-    const std::string log = cardFile("BACKUP0001.LOG");
+    const std::string log = readOnCard("BACKUP0001.LOG");
     const std::string line = log.substr(0, log.find('\n') + 1);
     EXPECT_LE(line.size(), 259U);
     EXPECT_TRUE(line.ends_with("\xE2\x82\xAC \r\n")) << line;
@@ -250,27 +171,17 @@ TEST_F(BackupRunTest, StreamThatAnEarlierRunLeftIsNeverTakenForAnItem)
     write("other", "what the killed run was at");
     mark(u"\\other");
     backUp();
-    const std::string stream = cardFile("QLBX0001.QDT");
+    const std::string stream = readOnCard("QLBX0001.QDT");
     write("busy", "mine");
     RenewLists();
     mark(u"\\busy");
-    const std::ofstream holder(store_ / "busy", std::ios::app);
+    const std::ofstream holder(root() / "busy", std::ios::app);
     for (const auto permissions : {0644, 0444}) {
-        std::filesystem::remove(card_ / "QUILBOX" / "BKTMP.000");
-        std::ofstream(card_ / "QUILBOX" / "BKTMP.000", std::ios::binary) << stream;
-        std::filesystem::permissions(card_ / "QUILBOX" / "BKTMP.000", static_cast<std::filesystem::perms>(permissions));
+        std::filesystem::remove(set_ / "BKTMP.000");
+        writeOnCard("BKTMP.000", stream);
+        std::filesystem::permissions(set_ / "BKTMP.000", static_cast<std::filesystem::perms>(permissions));
         gUser.answers = {IDYES};
         backUp();
-        EXPECT_EQ(cardFile("QLBX0001.QDT"), "") << permissions;
+        EXPECT_EQ(readOnCard("QLBX0001.QDT"), "") << permissions;
     }
-}
-
-TEST_F(BackupRunTest, LogThatIsOffLeavesAnEarlierOne)
-{
-    write("a", "");
-    mark(u"\\a");
-    std::filesystem::create_directories(card_ / "QUILBOX");
-    std::ofstream(card_ / "QUILBOX" / "BACKUP0001.LOG") << "old";
-    backUp();
-    EXPECT_EQ(cardFile("BACKUP0001.LOG"), "old");
 }

@@ -1,11 +1,8 @@
-// directory_walker_test.cpp - what a walk sees, in which order, and what stops it.
+// directory_walker_test.cpp - what a walk visits, in which order, and what stops it.
 
 #include "engine_fixture.h"
 
 #include "engine/directory_walker.h"
-#include "engine/paths_too_long.h"
-
-#include "ce/file.h"
 
 #include <algorithm>
 
@@ -39,39 +36,39 @@ protected:
 
 }  // namespace
 
-TEST_F(WalkerTest, CountsAndContentsBeforeTheFolder)
-{
-    Seen all;
-    EXPECT_EQ(walk(all, u"\\w\\", TRUE, FALSE), 6U);
-    const auto at = [&](const WCHAR* path) { return std::find(all.paths.begin(), all.paths.end(), path); };
-    EXPECT_LT(at(u"\\w\\sub\\four"), at(u"\\w\\sub"));
-    EXPECT_NE(at(u"\\w\\sub"), all.paths.end());
-
-    Seen folders;
-    EXPECT_EQ(walk(folders, u"\\w\\", TRUE, TRUE), 1U);
-    Seen level;
-    EXPECT_EQ(walk(level, u"\\w\\", FALSE, FALSE), 4U);
-    EXPECT_EQ(WalkDirectory(u"\\w\\", nullptr, TRUE, FALSE, nullptr, 0), 6U);
-    Seen nothing;
-    EXPECT_EQ(walk(nothing, u"\\w\\sub\\none\\", TRUE, FALSE), 0U);
-}
-
-TEST_F(WalkerTest, PatternHoldsForTheFirstLevelAndItsFolders)
-{
-    Seen texts;
-    EXPECT_EQ(walk(texts, u"\\w\\", TRUE, FALSE, u"*.TXT"), 1U) << "a folder that doesn't match isn't looked into";
-    Seen subfolder;
-    EXPECT_EQ(walk(subfolder, u"\\w\\", TRUE, FALSE, u"s*"), 3U) << "below it the pattern is over";
-}
-
-TEST_F(WalkerTest, FolderWithALeadingPointIsSeenButNotEntered)
+TEST_F(WalkerTest, EachEntryIsSeenOnceAndContentsBeforeTheirFolder)
 {
     write("w/.hidden/inside", "");
-    Seen seen;
-    EXPECT_EQ(walk(seen, u"\\w\\", TRUE, FALSE), 7U);
+    struct Case {
+        const WCHAR* root;
+        BOOL recurse;
+        BOOL foldersOnly;
+        const WCHAR* pattern;
+        DWORD count;
+    };
+    const Case cases[] = {
+        {u"\\w\\", TRUE, FALSE, nullptr, 7},  // a folder whose name begins with a point isn't entered
+        {u"\\w\\", TRUE, TRUE, nullptr, 2},
+        {u"\\w\\", FALSE, FALSE, nullptr, 5},
+        {u"\\w\\none\\", TRUE, FALSE, nullptr, 0},
+        {u"\\w\\", TRUE, FALSE, u"*.TXT", 1},  // a folder that doesn't match isn't entered
+        {u"\\w\\", TRUE, FALSE, u"s*", 3},     // in a folder that does, the pattern no longer applies
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(&each - cases);
+        Seen seen;
+        EXPECT_EQ(walk(seen, each.root, each.recurse, each.foldersOnly, each.pattern), each.count);
+        EXPECT_EQ(seen.paths.size(), each.count);
+        EXPECT_EQ(WalkDirectory(each.root, each.pattern, each.recurse, each.foldersOnly, nullptr, 0), each.count);
+    }
+    Seen all;
+    walk(all, u"\\w\\", TRUE, FALSE);
+    const auto at = [&](const WCHAR* path) { return std::ranges::find(all.paths, path); };
+    EXPECT_LT(at(u"\\w\\sub\\four"), at(u"\\w\\sub"));
+    EXPECT_NE(at(u"\\w\\sub"), all.paths.end());
 }
 
-TEST_F(WalkerTest, StopEndsItsLevelAlone)
+TEST_F(WalkerTest, StopEndsOnlyItsLevel)
 {
     write("w/sub/deep/a", "");
     write("w/sub/deep/b", "");
@@ -81,24 +78,6 @@ TEST_F(WalkerTest, StopEndsItsLevelAlone)
     other.stopAt = u"\\w\\sub\\deep\\b";
     const DWORD one = walk(seen, u"\\w\\", TRUE, FALSE);
     const DWORD two = walk(other, u"\\w\\", TRUE, FALSE);
-    // Whichever of the two came first ended that level of two; everything above went on.
+    // The walk that stopped at the first of the two missed the second. The other walk missed nothing.
     EXPECT_EQ(one + two, 8U + 9U);
-}
-
-TEST_F(WalkerTest, PathThatDoesNotFitIsCountedAndNamedNotLost)
-{
-    const std::string level(100, 'd');
-    write(level + "/" + level + "/" + level + "/file", "deep");
-    write(level + "/" + std::string(255, 'n'), "long");
-    gPathsTooLong = {};
-    Seen seen;
-    const DWORD walked = walk(seen, u"\\", TRUE, FALSE);
-    EXPECT_EQ(walked, seen.paths.size());
-    WCHAR path[MAX_PATH];
-    DWORD fit = 0;
-    for (const std::u16string& entry : seen.paths)
-        fit += JoinPath(path, u"", entry.c_str()) ? 1 : 0;
-    EXPECT_EQ(seen.paths.size() - fit, 2U);
-    EXPECT_EQ(gPathsTooLong.count, 1U) << "the folder that couldn't be entered";
-    EXPECT_EQ(std::u16string(gPathsTooLong.first).substr(0, 101), u"\\" + std::u16string(100, 'd'));
 }

@@ -1,44 +1,22 @@
-// engine_fixture.cpp - see engine_fixture.h.
-
 #include "engine_fixture.h"
 
 #include "database/device_database.h"
 #include "engine/backup_run.h"
 #include "engine/options.h"
 #include "engine/restore_run.h"
-#include "file/name_space.h"
 #include "set/set_state.h"
 #include "store/object_store.h"
+#include "time/clock.h"
 
 #include "ce/store.h"
-#include "ce/text.h"
-
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
 
 Options gOptions;
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string contentOf(const fs::path& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
-int folderDescriptor(const fs::path& path)
-{
-    return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-}
 
 BOOL add(ItemList* list, const std::u16string& name)
 {
@@ -69,72 +47,64 @@ std::string entryBytes(char kind, const std::string& name, std::uint32_t start, 
            numberBytes(start) + numberBytes(end);
 }
 
-EngineTest::EngineTest()
+EngineTest::EngineTest() : FileTest(memoryFolder())
 {
-    const char* folder = std::getenv("TMPDIR");
-    std::string pattern = std::string(folder                   ? folder
-                                      : fs::exists("/dev/shm") ? "/dev/shm"
-                                                               : "/tmp") +
-                          "/engine.XXXXXX";
-    base_ = mkdtemp(pattern.data());
-    store_ = base_ / "object-store";
-    card_ = base_ / "Card";
-    fs::create_directories(store_);
-    fs::create_directories(card_);
+    platform::time::stopClockAt({2000, 3, 0, 5, 9, 7, 3, 0});
+    platform::time::setShortDateFormat(u"dd/MM/yyyy");
     gOptions = {};
     gOptions.restoreMode = RestoreModeReplace;
     gUser = {};
     gUser.choice = u"\\Card";
     RenewLists();
-    mount();
+    card_ = addFolder(u"Card", true);
+    set_ = card_ / "QUILBOX";
 }
 
 EngineTest::~EngineTest()
 {
-    EXPECT_FALSE(gUser.waitCursor) << "no run is left";
+    EXPECT_FALSE(gUser.waitCursor) << "each run has ended";
     platform::store::closeStore();
     platform::database::closeDeviceDatabase();
-    platform::file::removeAllMounts();
+    platform::time::resumeClock();
+    platform::time::setShortDateFormat(u"");
     RenewLists();
     gRegistryMarked = 0;
-    fs::remove_all(base_);
 }
 
-void EngineTest::mount(std::optional<std::uint64_t> cardCapacity)
+void EngineTest::mount(std::optional<std::uint64_t> cardCapacity) const
 {
-    using platform::file::addMount;
-    platform::file::removeAllMounts();
-    ASSERT_TRUE(addMount({.name = u"", .folder = folderDescriptor(store_), .card = false, .capacity = {}}));
-    ASSERT_TRUE(addMount({.name = u"Card", .folder = folderDescriptor(card_), .card = true, .capacity = cardCapacity}));
+    remount();
+    addFolder(u"Card", true, cardCapacity);
 }
 
-void EngineTest::write(const std::string& name, const std::string& content)
+void EngineTest::write(const std::string& name, const std::string& content) const
 {
-    fs::create_directories((store_ / name).parent_path());
-    std::ofstream(store_ / name, std::ios::binary) << content;
+    fs::create_directories((root() / name).parent_path());
+    hostWrite(root() / name, content);
     // A file that was written a moment ago isn't deleted.
-    fs::last_write_time(store_ / name, fs::file_time_type::clock::now() - std::chrono::seconds(10));
-}
-
-std::string EngineTest::read(const std::string& name) const
-{
-    return contentOf(store_ / name);
+    fs::last_write_time(root() / name, fs::file_time_type::clock::now() - std::chrono::seconds(10));
 }
 
 bool EngineTest::exists(const std::string& name) const
 {
-    return fs::exists(fs::symlink_status(store_ / name));
+    return fs::exists(fs::symlink_status(root() / name));
 }
 
-void EngineTest::removeAll(const std::string& name)
+void EngineTest::removeAll(const std::string& name) const
 {
-    fs::remove_all(store_ / name);
+    fs::remove_all(root() / name);
+}
+
+void EngineTest::writeOnCard(const std::string& name, const std::string& content) const
+{
+    fs::create_directories(set_);
+    hostWrite(set_ / name, content);
 }
 
 void EngineTest::openStore() const
 {
     std::string error;
-    ASSERT_TRUE(platform::database::openDeviceDatabase(base_ / "device.db", error)) << error;
+    ASSERT_TRUE(platform::database::openDeviceDatabase(outside() / "device.db", error)) << error;
 }
 
 void EngineTest::makeDatabase(const std::u16string& name, DWORD type)
@@ -170,14 +140,9 @@ void EngineTest::backUp()
     RunBackup(BackupListedItems);
 }
 
-void EngineTest::restore(const std::string& list)
+void EngineTest::restore()
 {
-    gUser.choice = u"\\Card\\QUILBOX\\" + std::u16string(list.begin(), list.end()) + u".QLT";
+    gUser.choice = u"\\Card\\QUILBOX\\QLBX0001.QLT";
     RunRestore(RestoreFull);
     gUser.choice = u"\\Card";
-}
-
-std::string EngineTest::cardFile(const std::string& name) const
-{
-    return contentOf(card_ / "QUILBOX" / name);
 }

@@ -1,52 +1,47 @@
-// engine_fixture.h - a real device in a temporary folder, with a card, for the tests of the runs.
+// engine_fixture.h - a device with a card, for the tests of the runs. Its clock stands at 5 March 2000, 09:07:03.
 #pragma once
 
+#include "file_fixture.h"
 #include "scripted_user.h"
 
-#include "ce/types.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <filesystem>
-#include <optional>
-#include <string>
+#include <vector>
 
 // Formats by hand: 4 bytes of a number, characters of an ASCII text with its terminator, one entry of a list file.
 std::string numberBytes(std::uint32_t value);
 std::string textBytes(const std::string& text);
 std::string entryBytes(char kind, const std::string& name, std::uint32_t start, std::uint32_t end);
 
-class EngineTest : public ::testing::Test {
+class EngineTest : public FileTest {
 protected:
     EngineTest();
     ~EngineTest() override;
 
-    // Takes the device's folders in force; the card with a capacity if one is given.
-    void mount(std::optional<std::uint64_t> cardCapacity = std::nullopt);
+    // Mounts the device's folders, the card with a capacity if one is given.
+    void mount(std::optional<std::uint64_t> cardCapacity = std::nullopt) const;
 
     // Files of the object store, by host path below it.
-    void write(const std::string& name, const std::string& content);
-    std::string read(const std::string& name) const;
+    void write(const std::string& name, const std::string& content) const;
+    std::string read(const std::string& name) const { return hostRead(root() / name); }
     bool exists(const std::string& name) const;
-    void removeAll(const std::string& name);
+    void removeAll(const std::string& name) const;
 
-    // Gives the device its databases, which most tests need none of.
+    // Files of QUILBOX on the card.
+    void writeOnCard(const std::string& name, const std::string& content) const;
+    std::string readOnCard(const std::string& name) const { return hostRead(set_ / name); }
+
+    // Opens the databases of the device. Few tests need them.
     void openStore() const;
     static void makeDatabase(const std::u16string& name, DWORD type);
-    // 0 if there is none of that name.
+    // 0 if no database has this name.
     static DWORD typeOfDatabase(const std::u16string& name);
 
     static void mark(const std::u16string& path);
     static void markDatabase(const std::u16string& name);
-    // One backup of what is marked onto the card, with a fresh user who agrees to it; a card's set numbers go on.
+    // Backs the marked items up to the card.
     static void backUp();
-    // Restores set 1 of the card, everything replaced.
-    void restore(const std::string& list = "QLBX0001");
+    // Restores set 1 of the card. All files are replaced unless the test sets another policy.
+    static void restore();
 
-    std::string cardFile(const std::string& name) const;  // of QUILBOX on the card
-
-    std::filesystem::path base_;
-    std::filesystem::path store_;
     std::filesystem::path card_;
+    std::filesystem::path set_;
 };

@@ -12,7 +12,6 @@
 #include "ce/outcome.h"
 
 #include <sys/stat.h>
-#include <sys/xattr.h>
 
 #include <fstream>
 
@@ -40,83 +39,60 @@ protected:
 
 }  // namespace
 
-TEST_F(FullBackupTest, TakesFilesAndLeavesOutCardsTopLevelSetsAndRom)
+TEST_F(FullBackupTest, TakesFilesButNotThoseThatAreInUseInRomSetsLinksOrDirectlyOnACard)
 {
-    write("a.txt", "a");
-    write("deep/er/b.txt", "b");
-    write("x.QDT", "");
-    write("x.QLT", "");
-    write(".QDT", "");
-    write("y.qdt", "");
-    write("QDT", "");
-    write("rom.dll", "r");
-    ASSERT_EQ(setxattr((store_ / "rom.dll").c_str(), "user.DOSATTRIB", "0x40", 4, 0), 0);
+    for (const char* name : {"a.txt", "deep/er/b.txt", "x.QDT", "x.QLT", ".QDT", "y.qdt", "QDT", "rom.dll", "busy"})
+        write(name, "");
+    hostMark(root() / "rom.dll", "0x40");
+    const std::ofstream holder(root() / "busy", std::ios::app);
+    std::filesystem::create_symlink("/etc/passwd", root() / "link");
+    std::filesystem::create_directory_symlink("/etc", root() / "folder-link");
+    ASSERT_EQ(mkfifo((root() / "fifo").c_str(), 0600), 0);
     std::filesystem::create_directories(card_ / "photos");
-    std::ofstream(card_ / "on card.txt") << "c";
-    std::ofstream(card_ / "photos" / "p.jpg") << "p";
+    hostWrite(card_ / "on card.txt", "c");
+    hostWrite(card_ / "photos" / "p.jpg", "p");
     const std::vector<std::u16string> expected = {u"\\Card\\photos\\p.jpg", u"\\QDT", u"\\a.txt", u"\\deep\\er\\b.txt",
                                                   u"\\y.qdt"};
     EXPECT_EQ(backedUp(), expected);
-    EXPECT_EQ(gFileList->Count(), 0U) << "the lists end empty";
+    EXPECT_EQ(gFileList->Count(), 0U) << "a full backup leaves no marks";
 }
 
-TEST_F(FullBackupTest, FileInUseStaysOut)
+TEST_F(FullBackupTest, PathsThatDoNotFitAreReportedAfterTheBackupAndNoOthersAreMissing)
 {
-    write("free", "");
-    write("busy", "");
-    std::ofstream holder(store_ / "busy", std::ios::app);
-    EXPECT_EQ(backedUp(), std::vector<std::u16string>{u"\\free"});
-}
-
-TEST_F(FullBackupTest, LinksAndFifosAreNoPartOfTheDevice)
-{
-    write("real", "r");
-    std::filesystem::create_symlink("/etc/passwd", store_ / "link");
-    std::filesystem::create_directory_symlink("/etc", store_ / "folder-link");
-    ASSERT_EQ(mkfifo((store_ / "fifo").c_str(), 0600), 0);
-    EXPECT_EQ(backedUp(), std::vector<std::u16string>{u"\\real"});
-}
-
-TEST_F(FullBackupTest, PathsThatDoNotFitAreToldAfterTheBackupAndCostNoOthers)
-{
-    const std::string folder = std::string(200, 'd') + "/";
-    std::vector<std::u16string> fit;
-    for (const std::string& name :
-         {std::string("a"), std::string(55, 'e') + "/x", std::string(57, 'n'), std::string("z")}) {
-        write(folder + name, "");
-        std::u16string path =
-            u"\\" + std::u16string(folder.begin(), folder.end()) + std::u16string(name.begin(), name.end());
-        std::replace(path.begin(), path.end(), u'/', u'\\');
-        fit.push_back(path);
-        // One character more.
-        if (name.size() > 1)
-            write(folder + name[0] + name, "");
-    }
-    BeginJob();
-    const std::vector<std::u16string> names = backedUp();
-    ASSERT_EQ(names.size(), fit.size());
-    for (std::size_t i = 0; i < names.size(); i++)
-        EXPECT_TRUE(fit[i].starts_with(names[i])) << "a message cuts what is longest";
     using namespace platform::kernel;
+    const std::string folder(200, 'd');
+    const std::string fit[] = {"a", std::string(55, 'e') + "/x", std::string(57, 'n')};
+    for (const std::string& name : fit)
+        write(folder + "/" + name, "");
+    for (const std::size_t level : {1U, 2U})  // one character more than fits
+        write(folder + "/" + fit[level][0] + fit[level], "");
+    BeginJob();
+    EXPECT_EQ(backedUp().size(), std::size(fit));
     EXPECT_EQ(troublesOf(Trouble::Storing, Troubled::File, Since::Job).size(), 2U);
-    const auto boxes = gUser.shownWith(u"box ");
-    ASSERT_EQ(boxes.size(), 1U);
-    EXPECT_TRUE(boxes[0].starts_with(u"Info|2 paths are too long and were left out. The first is:\n\\ddd"));
-    EXPECT_TRUE(boxes[0].ends_with(u"|48"));
-    EXPECT_EQ(boxes[0].find(u'*'), std::u16string::npos) << "a name, not what it is searched by";
-    EXPECT_EQ(gUser.shown.back().substr(0, 3), u"box");
+    const std::u16string& box = gUser.shown.back();
+    EXPECT_TRUE(box.starts_with(u"box Info|2 paths are too long and were left out. The first is:\n\\ddd"));
+    EXPECT_TRUE(box.ends_with(u"|48"));
+    EXPECT_EQ(box.find(u'*'), std::u16string::npos) << "a name, not a search pattern";
+    EXPECT_EQ(gUser.shownWith(u"box ").size(), 1U);
     gUser.choice.clear();
     backedUp();
-    EXPECT_EQ(gUser.shownWith(u"box ").size(), 0U) << "not after a backup that was left";
+    EXPECT_EQ(gUser.shownWith(u"box ").size(), 0U) << "not after a backup that was cancelled";
+
+    removeAll(folder);
+    write(std::string(130, 'd') + "/" + std::string(130, 'n') + "/in a folder that can't be entered", "");
+    EXPECT_EQ(RunFullBackup(), 1U);
+    const auto boxes = gUser.shownWith(u"box ");
+    ASSERT_EQ(boxes.size(), 2U) << "also if there is nothing to back up";
+    EXPECT_TRUE(boxes[1].starts_with(u"Info|1 path is too long"));
 }
 
-TEST_F(FullBackupTest, FileThatGoesAwayBeforeItsTurnIsReportedOnlyIfItWasMarked)
+TEST_F(FullBackupTest, FileThatDisappearsBeforeItIsReadIsReportedOnlyIfItWasMarked)
 {
     using namespace platform::kernel;
     const auto reported = [&](const auto& run) {
         write("one", "");
         write("two", "");
-        // Whichever comes first takes the other one along.
+        // The first file that is read deletes the other one.
         gUser.seesMessage = [this](const std::u16string& message) {
             removeAll(message == u"File: \\one" ? "two" : "one");
             gUser.seesMessage = nullptr;
@@ -131,16 +107,7 @@ TEST_F(FullBackupTest, FileThatGoesAwayBeforeItsTurnIsReportedOnlyIfItWasMarked)
     EXPECT_EQ(reported([] { RunBackup(BackupSelectedItems); }), 1U);
 }
 
-TEST_F(FullBackupTest, PathsThatDoNotFitAreToldWhenThereIsNothingElse)
-{
-    write(std::string(130, 'd') + "/" + std::string(130, 'n'), "too long");
-    EXPECT_EQ(RunFullBackup(), 1U);
-    const auto boxes = gUser.shownWith(u"box ");
-    ASSERT_EQ(boxes.size(), 2U);
-    EXPECT_TRUE(boxes[1].starts_with(u"Info|1 path is too long"));
-}
-
-TEST_F(FullBackupTest, CancelKeepsTheMarksAndNoBoxLosesThem)
+TEST_F(FullBackupTest, CancelKeepsTheMarksAndABackupOfNothingClearsThem)
 {
     mark(u"\\kept");
     gRegistryMarked = 1;
@@ -152,11 +119,11 @@ TEST_F(FullBackupTest, CancelKeepsTheMarksAndNoBoxLosesThem)
     EXPECT_EQ(RunFullBackup(), 1U);
     EXPECT_EQ(gUser.shown.back(), u"box Info|No item to backup!|0");
     EXPECT_EQ(gFileList->Count(), 0U);
-    EXPECT_EQ(gRegistryMarked, 1U) << "the mark of the registry is given back";
+    EXPECT_EQ(gRegistryMarked, 1U) << "the mark of the registry is restored";
     gRegistryMarked = 0;
 }
 
-TEST_F(FullBackupTest, ListingStepsForWhatItTriesInAWindowThatRunsOutByItself)
+TEST_F(FullBackupTest, ProgressStepsForEachFileThatTheListingTries)
 {
     openStore();
     for (const WCHAR* name : {u"\\system's", u"D"})
@@ -164,8 +131,8 @@ TEST_F(FullBackupTest, ListingStepsForWhatItTriesInAWindowThatRunsOutByItself)
     write("a", "");
     write("busy", "");
     write("old.QLT", "");
-    std::ofstream(card_ / "on card.txt");
-    const std::ofstream holder(store_ / "busy", std::ios::app);
+    hostWrite(card_ / "on card.txt", "");
+    const std::ofstream holder(root() / "busy", std::ios::app);
     gFullDatabases = 1;
     gUser.notesAll = true;
     RunFullBackup();
@@ -178,10 +145,10 @@ TEST_F(FullBackupTest, ListingStepsForWhatItTriesInAWindowThatRunsOutByItself)
               "message File: \\a; count Backuped: 0; step; no wait; close; "
               "open Databases |Databases |1000|1000; wait; "
               "message Database: D; count Backuped: 0; step; no wait; close");
-    EXPECT_EQ(gDatabaseList->Count(), 0U) << "the lists end empty";
+    EXPECT_EQ(gDatabaseList->Count(), 0U) << "a full backup leaves no marks";
 }
 
-TEST_F(FullBackupTest, RegistryGoesByItsBoxAndItsMarkIsGivenBack)
+TEST_F(FullBackupTest, RegistryIsBackedUpIfItsBoxIsTickedAndItsMarkIsRestored)
 {
     static int copies;
     copies = 0;
@@ -191,7 +158,7 @@ TEST_F(FullBackupTest, RegistryGoesByItsBoxAndItsMarkIsGivenBack)
         gRegistryMarked = mark;
         gFullRegistry = 1 - mark;
         RunFullBackup();
-        EXPECT_EQ(copies, 1) << "by the first of the two alone";
+        EXPECT_EQ(copies, 1) << "only the first of the two runs has the box ticked";
         EXPECT_EQ(gRegistryMarked, mark);
     }
     gRegCopyFile = nullptr;

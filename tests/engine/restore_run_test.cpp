@@ -2,7 +2,6 @@
 
 #include "engine_fixture.h"
 
-#include "engine/backup_run.h"
 #include "engine/options.h"
 #include "engine/restore_run.h"
 #include "kernel/troubles.h"
@@ -12,37 +11,31 @@
 #include "ce/outcome.h"
 
 #include <algorithm>
-#include <fstream>
 
 namespace {
 
 using Lines = std::vector<std::u16string>;
-
-class RestoreRunTest : public EngineTest {
-protected:
-    // A set of these files, and then other content in their places.
-    void makeSet()
-    {
-        write("a", "old a");
-        write("folder/b", "old b");
-        mark(u"\\a");
-        mark(u"\\folder\\b");
-        backUp();
-        write("a", "new a");
-        removeAll("folder");
-        gUser.shown.clear();
-    }
-};
 
 // An empty comment: its length in characters, its terminator.
 const std::string Head = {1, 0, 0, 0, 0, 0};
 // Stream of the five bytes "hello": magic, a block of one literal run with LZO's end mark, the closing block.
 const std::string Hello =
     std::string("QBXPK") + std::string("\x09\0\0\0\x16hello\x11\0\0", 13) + std::string("\x03\0\0\0\x11\0\0", 7);
+constexpr std::uint32_t HelloBytes = 25;
+
+class RestoreRunTest : public EngineTest {
+protected:
+    // Set 1 of the card, with the data of two streams.
+    void writeSet(const std::string& entries) const
+    {
+        writeOnCard("QLBX0001.QLT", Head + entries);
+        writeOnCard("QLBX0001.QDT", Hello + Hello);
+    }
+};
 
 }  // namespace
 
-TEST_F(RestoreRunTest, PolicyDecidesAboutWhatExistsOnly)
+TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
 {
     struct Case {
         WORD mode;
@@ -50,42 +43,45 @@ TEST_F(RestoreRunTest, PolicyDecidesAboutWhatExistsOnly)
         const char* a;
         std::size_t questions;
     };
+    writeSet(entryBytes(1, "\\a", 0, HelloBytes) + entryBytes(1, "\\folder\\b", 0, HelloBytes));
     for (const Case& c :
-         {Case{RestoreModeReplace, IDNO, "old a", 0}, Case{RestoreModeSkip, IDYES, "new a", 0},
-          Case{RestoreModeAsk, IDYES, "old a", 1}, Case{RestoreModeAsk, IDNO, "new a", 1}, Case{7, IDNO, "old a", 0}}) {
+         {Case{RestoreModeReplace, IDNO, "hello", 0}, Case{RestoreModeSkip, IDYES, "new", 0},
+          Case{RestoreModeAsk, IDYES, "hello", 1}, Case{RestoreModeAsk, IDNO, "new", 1}, Case{7, IDNO, "hello", 0}}) {
         SCOPED_TRACE(c.mode);
-        std::filesystem::remove_all(card_ / "QUILBOX");
-        RenewLists();
-        makeSet();
+        write("a", "new");
+        removeAll("folder");
         gOptions.restoreMode = c.mode;
+        gUser.shown.clear();
         gUser.answers = {c.answer};
         restore();
         EXPECT_EQ(read("a"), c.a);
-        EXPECT_EQ(read("folder/b"), "old b");
-        const auto boxes = gUser.shownWith(u"box ");
-        EXPECT_EQ(boxes.size(), c.questions);
-        if (c.questions == 1) {
-            EXPECT_EQ(boxes[0], u"Warning|File:\\a exists replace ?|308");
-        }
+        EXPECT_EQ(read("folder/b"), "hello");
+        EXPECT_EQ(gUser.shownWith(u"box "), Lines(c.questions, u"Warning|File:\\a exists replace ?|308"));
     }
+    std::filesystem::remove(set_ / "QLBX0001.QDT");
+    write("a", "new");
+    gUser.shown.clear();
+    restore();
+    EXPECT_EQ(read("a"), "new");
+    EXPECT_EQ(gFileList->Count(), 0U);
+    EXPECT_EQ(gUser.shownWith(u"open").size(), 0U) << "without a data file no restore begins";
 }
 
-TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreToldAndKeepTheMarks)
+TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreReportedAndNoRestoreKeepsTheMarks)
 {
     mark(u"\\marked");
     EXPECT_EQ(RunRestore(RestoreFull), 0U);
     EXPECT_EQ(gUser.shown, Lines{u"box (none)|No Backup File found|0"});
     EXPECT_EQ(gFileList->Count(), 1U);
 
-    std::filesystem::create_directories(card_ / "QUILBOX");
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT") << Head;
-    std::filesystem::create_directories(card_ / "QUILBOX" / "folder.QLT");
+    writeSet("");
+    std::filesystem::create_directories(set_ / "folder.QLT");
     for (const WCHAR* choice : {u"", u"\\Card\\QUILBOX\\folder.QLT"}) {
         gUser.choice = choice;
         gUser.shown.clear();
         EXPECT_EQ(RunRestore(RestoreFull), 1U);
         EXPECT_EQ(gFileList->Count(), 1U);
-        EXPECT_EQ(gUser.shown.size(), 1U) << "the choice and nothing else";
+        EXPECT_EQ(gUser.shown.size(), 1U) << "only the choice";
     }
 
     gUser.shown.clear();
@@ -96,107 +92,64 @@ TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreToldAndKeepTheMarks)
 
 TEST_F(RestoreRunTest, EverySetIsOfferedByTheEndOfItsName)
 {
-    std::filesystem::create_directories(card_ / "QUILBOX" / "folderQLT");
-    std::filesystem::create_directories(store_ / ".hidden");
-    for (const char* name : {"QLBX0001.QLT", "xQLT", "QLT", "lower.qlt", "QL"})
-        std::ofstream(card_ / "QUILBOX" / name) << Head;
-    std::ofstream(store_ / ".hidden" / "no.QLT") << Head;
-    std::ofstream(store_ / ".seen.QLT") << Head;
-    for (int number = 2; number <= 99; number++)
-        std::ofstream(card_ / "QUILBOX" / ("QLBX00" + std::to_string(number) + ".QLT")) << Head;
+    std::filesystem::create_directories(set_ / "folderQLT");
+    for (const char* name : {"xQLT", "QLT", "lower.qlt", "QL"})
+        writeOnCard(name, Head);
+    for (int number = 10; number <= 99; number++)
+        writeOnCard("QLBX00" + std::to_string(number) + ".QLT", Head);
+    write(".hidden/no.QLT", Head);
+    write(".seen.QLT", Head);
     gUser.choice.clear();
     RunRestore(RestoreFull);
     const std::u16string choices = gUser.shown.at(0);
-    EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 99 + 4) << "99 sets, one folder, three odd names";
+    EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 90 + 4) << "90 sets, one folder, three other names";
     EXPECT_EQ(choices.find(u"lower"), std::u16string::npos);
     EXPECT_EQ(choices.find(u"hidden"), std::u16string::npos);
 }
 
-TEST_F(RestoreRunTest, CraftedNamesStayInsideTheDevice)
+TEST_F(RestoreRunTest, CraftedNamesStayInsideTheDeviceAndNamesWithAnotherCaseAreOtherFiles)
 {
-    std::filesystem::create_directories(card_ / "QUILBOX");
-    std::filesystem::create_directories(base_ / "outside");
-    std::filesystem::create_directory_symlink(base_ / "outside", store_ / "link");
-    const auto size = static_cast<std::uint32_t>(Hello.size());
-    std::string list = Head;
-    for (const char* name :
-         {"\\..\\escaped", "\\link\\escaped", "..\\escaped", "\\a\\..\\..\\escaped", "\\", "", "\\con*", "\\good"})
-        list += entryBytes(1, name, 0, size);
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << list;
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;
+    std::filesystem::create_directories(outside() / "elsewhere");
+    std::filesystem::create_directory_symlink(outside() / "elsewhere", root() / "link");
+    std::string entries;
+    for (const char* name : {"\\..\\escaped", "\\link\\escaped", "..\\escaped", "\\a\\..\\..\\escaped", "\\", "",
+                             "\\con*", "\\good", "\\Good"})
+        entries += entryBytes(1, name, 0, HelloBytes);
+    writeSet(entries);
     restore();
     EXPECT_EQ(read("good"), "hello");
-    for (const auto& found : std::filesystem::recursive_directory_iterator(base_))
+    EXPECT_EQ(read("Good"), "hello");
+    for (const auto& found : std::filesystem::recursive_directory_iterator(outside()))
         EXPECT_EQ(found.path().filename().string().find("escaped"), std::string::npos) << found.path();
 }
 
-TEST_F(RestoreRunTest, OffsetsThatMeanNothingRestoreNothing)
-{
-    std::filesystem::create_directories(card_ / "QUILBOX");
-    const auto size = static_cast<std::uint32_t>(Hello.size());
-    const std::string list = Head + entryBytes(1, "\\behind", 5000, 6000) + entryBytes(1, "\\swapped", size, 0) +
-                             entryBytes(1, "\\empty", 3, 3) + entryBytes(1, "\\huge", 1, 0xFFFFFFFF) +
-                             entryBytes(1, "\\whole", 0, 0xFFFFFFFF);
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << list;
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;
-    restore();
-    for (const char* name : {"behind", "swapped", "empty", "huge"})
-        EXPECT_FALSE(exists(name)) << name;
-    EXPECT_EQ(read("whole"), "hello");
-}
-
-TEST_F(RestoreRunTest, DamagedDatabaseItemCostsNoFileOfItsImagesName)
+TEST_F(RestoreRunTest, OffsetsThatMakeNoSenseRestoreNothingAndCostNoFileOfAnImagesName)
 {
     write("X.CDB", "the user's own");
-    std::filesystem::create_directories(card_ / "QUILBOX");
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << Head + entryBytes(2, "X", 3, 9);
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello;
+    writeSet(entryBytes(1, "\\beyond", 5000, 6000) + entryBytes(1, "\\swapped", HelloBytes, 0) +
+             entryBytes(1, "\\empty", 3, 3) + entryBytes(1, "\\huge", 1, 0xFFFFFFFF) + entryBytes(2, "X", 3, 9) +
+             entryBytes(1, "\\whole", HelloBytes, 0xFFFFFFFF));
     restore();
+    for (const char* name : {"beyond", "swapped", "empty", "huge", "BK000.TMP"})
+        EXPECT_FALSE(exists(name)) << name;
+    EXPECT_EQ(read("whole"), "hello");
     EXPECT_EQ(read("X.CDB"), "the user's own");
-    EXPECT_FALSE(exists("BK000.TMP"));
 }
 
-TEST_F(RestoreRunTest, NamesThatDifferByCaseAloneStayTwo)
-{
-    write("Same", "upper");
-    write("same", "lower");
-    mark(u"\\Same");
-    mark(u"\\same");
-    backUp();
-    removeAll("Same");
-    removeAll("same");
-    restore();
-    EXPECT_EQ(read("Same"), "upper");
-    EXPECT_EQ(read("same"), "lower");
-}
-
-TEST_F(RestoreRunTest, MissingDataFileRestoresNothingAndClearsTheLists)
-{
-    makeSet();
-    std::filesystem::remove(card_ / "QUILBOX" / "QLBX0001.QDT");
-    restore();
-    EXPECT_EQ(read("a"), "new a");
-    EXPECT_EQ(gFileList->Count(), 0U);
-    EXPECT_EQ(gUser.shownWith(u"open").size(), 0U);
-}
-
-// The list says nothing of what it lacks, so each sign of damage counts.
+// A list doesn't say how many items it had, so each sign of damage counts.
 TEST_F(RestoreRunTest, DamagedListIsReported)
 {
     using namespace platform::kernel;
-    const std::string a = entryBytes(1, "\\a", 0, 25), registry = entryBytes(3, "", 25, 50);
+    const std::string a = entryBytes(1, "\\a", 0, HelloBytes), registry = entryBytes(3, "", HelloBytes, 2 * HelloBytes);
     const std::string otherKind = char{5} + a.substr(1);
     std::string nameCut = a;
     nameCut[8] = 0;  // the second character of the name
-    std::filesystem::create_directories(card_ / "QUILBOX");
-    std::ofstream(card_ / "QUILBOX" / "QLBX0001.QDT", std::ios::binary) << Hello << Hello;
-    ASSERT_EQ(Hello.size(), 25U);
-    for (const auto& [list, damaged] : {std::pair(a + registry, false),
-                                        {otherKind + registry, true},
-                                        {a, true},
-                                        {nameCut + registry, true},
-                                        {a + registry + registry, true}}) {
-        std::ofstream(card_ / "QUILBOX" / "QLBX0001.QLT", std::ios::binary) << Head << list;
+    for (const auto& [entries, damaged] : {std::pair(a + registry, false),
+                                           {otherKind + registry, true},
+                                           {a, true},
+                                           {nameCut + registry, true},
+                                           {a + registry + registry, true}}) {
+        writeSet(entries);
         BeginJob();
         restore();
         const auto reported = troublesOf(Trouble::Restoring, Troubled::File, Since::Job);

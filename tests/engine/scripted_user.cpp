@@ -1,5 +1,3 @@
-// scripted_user.cpp - see scripted_user.h.
-
 #include "scripted_user.h"
 
 #include "engine/questions.h"
@@ -52,6 +50,14 @@ void note(std::u16string line)
     gUser.shown.push_back(std::move(line));
 }
 
+// Calls without a window do nothing.
+DWORD noteIn(HWND progress, std::u16string line)
+{
+    if (progress == Window)
+        note(std::move(line));
+    return 1;
+}
+
 std::u16string number(unsigned value)
 {
     WCHAR text[16];
@@ -102,15 +108,15 @@ INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath)
 INT_PTR ChooseFromList(HWND, const WCHAR* prompt, const WCHAR* choices, WCHAR* result)
 {
     std::u16string line = u"choose " + std::u16string(prompt);
-    bool there = false;
+    bool offered = false;
     for (; *choices; choices += wcslen(choices) + 1) {
         line += u"|" + std::u16string(choices);
-        there |= gUser.choice == choices;
+        offered |= gUser.choice == choices;
     }
     note(line);
-    if (there)
+    if (offered)
         CopyText(result, MAX_PATH, gUser.choice.c_str());
-    return there;
+    return offered;
 }
 
 HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step)
@@ -119,18 +125,14 @@ HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD s
     return Window;
 }
 
-// Without a window the calls do nothing.
 DWORD ProgressStep(HWND progress, DWORD)
 {
-    if (progress == Window)
-        note(u"step");
-    return 1;
+    return noteIn(progress, u"step");
 }
 
 DWORD ProgressSetMessage(HWND progress, const WCHAR* text)
 {
-    if (progress == Window)
-        note(u"message " + std::u16string(text));
+    noteIn(progress, u"message " + std::u16string(text));
     if (gUser.seesMessage)
         gUser.seesMessage(text);
     return 1;
@@ -148,16 +150,12 @@ DWORD ProgressSetCount(HWND progress, const WCHAR* text)
 
 DWORD ProgressAnimate(HWND progress)
 {
-    if (progress == Window)
-        note(u"animate");
-    return 1;
+    return noteIn(progress, u"animate");
 }
 
 DWORD ProgressClose(HWND progress)
 {
-    if (progress == Window)
-        note(u"close");
-    return 1;
+    return noteIn(progress, u"close");
 }
 
 int MessageBoxW(HWND, const WCHAR* text, const WCHAR* caption, UINT type)

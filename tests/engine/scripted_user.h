@@ -1,6 +1,5 @@
-// scripted_user.h - the user and the screen of the engine's tests: answers what a run asks, notes what it shows.
-//
-// It stands in for the shell and the windows; files, folders and time are the real ones.
+// scripted_user.h - the user and the screen of the engine's tests: answers what a run asks, and records what it shows.
+// It replaces the shell and the windows. Files, folders and databases are real.
 #pragma once
 
 #include "ce/types.h"
@@ -12,19 +11,19 @@
 struct ScriptedUser {
     std::u16string comment;                                  // typed into the backup dialogs
     bool confirms = true;                                    // OK in the backup and restore dialogs
-    std::u16string choice;                                   // row taken in a chooser; empty: left without one
-    std::vector<int> answers;                                // of message boxes, one each; then IDNO
+    std::u16string choice;                                   // row of a chooser; empty: none is chosen
+    std::vector<int> answers;                                // to message boxes; later ones get IDNO
     std::function<void(const std::u16string&)> seesMessage;  // called with each progress message
     std::function<void()> seesCount;                         // called with each counter
 
     std::vector<std::u16string> shown;  // "box caption|text|type", "choose prompt|row|row", "open title|range|step",
                                         // "dialog kind", "message ...", "step", "animate", "close"
-    // Too much for most tests: also "count ...", each text once, and a cursor that changes, "wait" or "no wait".
+    // Whether `shown` also has "count ...", without repetitions, and changes of the cursor, "wait" and "no wait".
     bool notesAll = false;
-    bool waitCursor = false;  // now
+    bool waitCursor = false;  // the cursor that is shown now
 
     [[nodiscard]] std::vector<std::u16string> shownWith(const std::u16string& prefix) const;
-    [[nodiscard]] std::string transcript() const;  // all of it in one line, parted by "; "
+    [[nodiscard]] std::string transcript() const;  // all of `shown`, separated by "; "
 };
 
 extern ScriptedUser gUser;

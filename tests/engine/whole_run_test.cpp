@@ -1,6 +1,6 @@
-// whole_run_test.cpp - a whole backup and its restore, byte by byte and step by step; what each kind of trouble leaves.
+// whole_run_test.cpp - a whole backup and its restore, byte by byte and step by step, and what each failure leaves.
 //
-// What must come out is worked out by hand from docs/format.md. Its streams are those of raw bytes that don't pack.
+// The expected bytes were worked out by hand from docs/format.md. Their streams contain raw bytes that don't pack.
 
 #include "engine_fixture.h"
 
@@ -11,7 +11,6 @@
 #include "engine/restore_run.h"
 #include "set/set_state.h"
 #include "set_paths.h"
-#include "time/clock.h"
 
 #include "ce/dialog.h"
 #include "ce/store.h"
@@ -23,8 +22,6 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-// 5 March 2000, 09:07:03.
-constexpr SYSTEMTIME Then = {2000, 3, 0, 5, 9, 7, 3, 0};
 const std::string Registry = "keys and values";
 
 // Their streams take 2001 and 999 bytes: with both the counter comes to 3 just so, and with the second alone to no 1.
@@ -68,11 +65,11 @@ std::string logOf(const Names& messages)
     return log;
 }
 
-// Without megabytes of escapes.
+// Shows no megabytes of escapes.
 void expectBytes(const std::string& found, const std::string& wanted)
 {
-    const auto place = std::mismatch(found.begin(), found.end(), wanted.begin(), wanted.end()).first - found.begin();
-    EXPECT_TRUE(found == wanted) << "differs at " << place << ", has " << found.size() << " bytes, should have "
+    const auto offset = std::mismatch(found.begin(), found.end(), wanted.begin(), wanted.end()).first - found.begin();
+    EXPECT_TRUE(found == wanted) << "differs at " << offset << ", has " << found.size() << " bytes, should have "
                                  << wanted.size();
 }
 
@@ -85,7 +82,7 @@ Names namesIn(const std::filesystem::path& folder)
     return names;
 }
 
-// Those that can be read and written by somebody who lets others do both.
+// Those that no handle keeps from being opened for reading and writing.
 Names namesThatOpen(const std::filesystem::path& folder, const std::u16string& path)
 {
     Names names = namesIn(folder);
@@ -98,7 +95,7 @@ Names namesThatOpen(const std::filesystem::path& folder, const std::u16string& p
     return names;
 }
 
-// The platform's two calls. The first one writes what it is to write and gives what it is to give.
+// The platform's two calls. The first one writes a file and fails as the test wants.
 struct {
     bool writes;
     BOOL result;
@@ -153,21 +150,14 @@ class WholeRunTest : public EngineTest {
 protected:
     WholeRunTest()
     {
-        platform::time::stopClockAt(Then);
-        platform::time::setShortDateFormat(u"dd/MM/yyyy");
         openStore();
-        gRegistry = {true, TRUE, store_};
+        gRegistry = {true, TRUE, root()};
         gRegCopyFile = copyRegistry;
         gRegRestoreFile = takeRegistry;
         gOptions.generateLog = 1;
-        std::filesystem::create_directories(card_ / "QUILBOX");
+        std::filesystem::create_directories(set_);
     }
-    ~WholeRunTest() override
-    {
-        platform::time::resumeClock();
-        platform::time::setShortDateFormat(u"");
-        gRegCopyFile = gRegRestoreFile = nullptr;
-    }
+    ~WholeRunTest() override { gRegCopyFile = gRegRestoreFile = nullptr; }
 
     void markAll()
     {
@@ -181,32 +171,27 @@ protected:
         }
         gRegistryMarked = 1;
     }
-
-    void put(const std::string& name, const std::string& content) const
-    {
-        std::ofstream(card_ / "QUILBOX" / name, std::ios::binary) << content;
-    }
 };
 
 }  // namespace
 
-TEST_F(WholeRunTest, BackupIsWhatTheFormatsSayInItsOrderAndReplacesAnOldSet)
+TEST_F(WholeRunTest, BackupHasTheFormatsAndTheOrderAndReplacesAnOldSet)
 {
     markAll();
     for (const char* name : {"QLBX0001.QLT", "QLBX0001.QDT", "BACKUP0001.LOG"})
-        put(name, std::string(9000, 'o'));
+        writeOnCard(name, std::string(9000, 'o'));
     gUser.comment = u"mine";
     gUser.answers = {IDYES};
     gUser.notesAll = true;
     const Names set = {"BACKUP0001.LOG", "QLBX0001.QDT", "QLBX0001.QLT"};
     gUser.seesMessage = [&](const std::u16string&) {
-        EXPECT_EQ(namesThatOpen(card_ / "QUILBOX", u"\\Card\\QUILBOX\\"), Names{}) << "a run shares nothing";
-        EXPECT_EQ(namesIn(card_ / "QUILBOX"), set) << "nothing of one item is left when the next one begins";
-        EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
+        EXPECT_EQ(namesThatOpen(set_, u"\\Card\\QUILBOX\\"), Names{}) << "a run shares no file";
+        EXPECT_EQ(namesIn(set_), set) << "temporary files are deleted before the next item begins";
+        EXPECT_EQ(namesIn(root()), (Names{"a.bin", "b.bin"}));
     };
     EXPECT_EQ(RunBackup(BackupSelectedItems), 0U);
-    EXPECT_EQ(namesThatOpen(card_ / "QUILBOX", u"\\Card\\QUILBOX\\"), set);
-    EXPECT_EQ(namesIn(card_ / "QUILBOX"), set);
+    EXPECT_EQ(namesThatOpen(set_, u"\\Card\\QUILBOX\\"), set);
+    EXPECT_EQ(namesIn(set_), set);
     EXPECT_EQ(gUser.transcript(),
               "dialog backup 2; choose Select your storage|\\Card|Main device; "
               "open Backuping Files|Backuping Files|1000|500; wait; "
@@ -217,24 +202,25 @@ TEST_F(WholeRunTest, BackupIsWhatTheFormatsSayInItsOrderAndReplacesAnOldSet)
               "message Database: E; count Backuped: 3; step; "
               "message Database: D; count Backuped: 3; step; "
               "registry to TMVRegFile.QBR; no wait; close");
-    EXPECT_EQ(cardFile("BACKUP0001.LOG"),
+    EXPECT_EQ(readOnCard("BACKUP0001.LOG"),
               logOf({"INF: Start file backup: \\b.bin", "INF: End file backup\\b.bin",
                      "INF: Start file backup: \\a.bin", "INF: End file backup\\a.bin", "INF: Start Database backup: E",
                      "INF: End Database backup: E", "INF: Start Database backup: D", "INF: End Database backup: D",
                      "INF: Start registry backup", "INF: End registry backup"}));
-    expectBytes(cardFile("QLBX0001.QDT"), streamOf(noise(SizeOfB)) + streamOf(noise(SizeOfA)) +
-                                              streamOf(imageOf("E", 7)) + streamOf(imageOf("D", 7)) +
-                                              streamOf(Registry));
-    // 43 characters of its own, 4 of the user, the terminator. The registry's entry has the name before it.
-    expectBytes(cardFile("QLBX0001.QLT"),
+    expectBytes(readOnCard("QLBX0001.QDT"), streamOf(noise(SizeOfB)) + streamOf(noise(SizeOfA)) +
+                                                streamOf(imageOf("E", 7)) + streamOf(imageOf("D", 7)) +
+                                                streamOf(Registry));
+    // 43 characters of the program, 4 of the user, the terminator. The registry's entry has the name of the entry
+    // before.
+    expectBytes(readOnCard("QLBX0001.QLT"),
                 numberBytes(48) + textBytes("Backup date:05/03/2000 (09:07)\r\nComments:\r\nmine") +
                     entryBytes(1, "\\b.bin", 0, 999) + entryBytes(1, "\\a.bin", 999, 3000) +
                     entryBytes(2, "E", 3000, 3044) + entryBytes(2, "D", 3044, 3088) + entryBytes(3, "D", 3088, 3123));
-    EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
+    EXPECT_EQ(namesIn(root()), (Names{"a.bin", "b.bin"}));
     EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 5U) << "the marks stay";
 }
 
-TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
+TEST_F(WholeRunTest, RestoreHasItsOrderAndThePolicyAppliesToFilesOnly)
 {
     markAll();
     RunBackup(BackupSelectedItems);
@@ -256,10 +242,11 @@ TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
             gUser.answers.insert(gUser.answers.begin(), IDNO);
         gUser.notesAll = true;
         gUser.seesMessage = [this](const std::u16string&) {
-            for (const std::string& name : namesIn(store_))
-                EXPECT_TRUE(name.ends_with(".bin")) << name << " is left when the next item begins";
+            for (const std::string& name : namesIn(root()))
+                EXPECT_TRUE(name.ends_with(".bin")) << name << " still exists when the next item begins";
         };
         restore();
+        EXPECT_EQ(hostCallsOf([] { EXPECT_TRUE(FlushChangedVolumes()); }), 0U) << "all of it is on the disk already";
 
         const bool replaced = mode == RestoreModeReplace;
         const std::string question = mode == RestoreModeAsk ? "box Warning|File:\\b.bin exists replace ?|308; " : "";
@@ -287,14 +274,14 @@ TEST_F(WholeRunTest, RestoreGoesInItsOrderAndThePolicyIsForFilesAlone)
         expectBytes(read("b.bin"), replaced ? noise(SizeOfB) : "another");
         EXPECT_EQ(typeOfDatabase(u"E"), 7U);
         EXPECT_EQ(typeOfDatabase(u"D"), 9U);
-        EXPECT_EQ(namesIn(store_), (Names{"a.bin", "b.bin"}));
-        EXPECT_EQ(namesThatOpen(store_, u"\\"), namesIn(store_));
-        EXPECT_EQ(namesThatOpen(card_ / "QUILBOX", u"\\Card\\QUILBOX\\"), namesIn(card_ / "QUILBOX"));
+        EXPECT_EQ(namesIn(root()), (Names{"a.bin", "b.bin"}));
+        EXPECT_EQ(namesThatOpen(root(), u"\\"), namesIn(root()));
+        EXPECT_EQ(namesThatOpen(set_, u"\\Card\\QUILBOX\\"), namesIn(set_));
         EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 0U);
     }
 }
 
-TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndItsMarkIsTheUsers)
+TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
 {
     gRegistryMarked = 1;
     gUser.choice = u"Main device";
@@ -323,20 +310,21 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndItsMarkIsTheUsers)
     gRegRestoreFile = nullptr;
     RunRestore(RestoreFull);
     EXPECT_EQ(gUser.shown.back(), u"box Restore|I have restored the registry|0");
-    std::filesystem::create_directories(store_ / "BK000.TMP");
+    std::filesystem::create_directories(root() / "BK000.TMP");
     gUser.shown.clear();
     RunRestore(RestoreFull);
-    EXPECT_EQ(gUser.shown.back(), u"dialog restore 1|\\QUILBOX\\QLBX0001.QLT") << "no word of what wasn't tried";
+    EXPECT_EQ(gUser.shown.back(), u"dialog restore 1|\\QUILBOX\\QLBX0001.QLT")
+        << "a restore that wasn't tried isn't reported";
 }
 
-TEST_F(WholeRunTest, EachTroubleHasItsLinesAndItsItemHasNoEntry)
+TEST_F(WholeRunTest, EachFailureHasItsLogLinesAndItsItemNoEntry)
 {
     struct Case {
         const char* name;
         std::function<void()> prepare;
         Names log;
         std::string entries;
-        const char* kept = "own";  // a file of the user's, also of a name that the program uses
+        const char* kept = "own";  // a file of the user, in some cases with a name that the program uses
     };
     const std::string users = "the user's";
     const Names noDatabase = {"INF: Start Database backup: N", "ERR: Database backup: N", "ERR: Database backup: N"};
@@ -347,6 +335,7 @@ TEST_F(WholeRunTest, EachTroubleHasItsLinesAndItsItemHasNoEntry)
         gRegistry.result = FALSE;
     };
     const Case cases[] = {
+        {"file", [] { mark(u"\\N"); }, {"INF: Start file backup: \\N", "ERR: File access file: \\N"}, ""},
         {"database", [] { markDatabase(u"N"); }, noDatabase, ""},
         {"database, its image's name taken", [] { markDatabase(u"N"); }, noDatabase, "", "N.CDB"},
         {"registry", [&] { failRegistry(false); }, noRegistry, ""},
@@ -364,22 +353,22 @@ TEST_F(WholeRunTest, EachTroubleHasItsLinesAndItsItemHasNoEntry)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        std::filesystem::remove_all(card_ / "QUILBOX");
+        std::filesystem::remove_all(set_);
         RenewLists();
         gRegistryMarked = 0;
         write(c.kept, users);
         c.prepare();
         backUp();
-        EXPECT_EQ(cardFile("BACKUP0001.LOG"), logOf(c.log));
-        expectBytes(cardFile("QLBX0001.QLT"),
+        EXPECT_EQ(readOnCard("BACKUP0001.LOG"), logOf(c.log));
+        expectBytes(readOnCard("QLBX0001.QLT"),
                     numberBytes(44) + textBytes("Backup date:05/03/2000 (09:07)\r\nComments:\r\n") + c.entries);
-        EXPECT_EQ(namesIn(store_), Names{c.kept});
+        EXPECT_EQ(namesIn(root()), Names{c.kept});
         EXPECT_EQ(read(c.kept), users);
         removeAll(c.kept);
     }
 }
 
-// As if nearly 4 GiB had been stored already: just so much is free as the stream of one byte takes.
+// As if so much had been stored that only the stream of one byte fits below 4 GiB.
 TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsStored)
 {
     const std::string stream = streamOf("1");
@@ -392,26 +381,26 @@ TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsSto
     run.dataBytes = 0xFFFFFFFF - static_cast<DWORD>(stream.size());
     BackUpItems(run);
 
-    // One of 4 GiB and few bytes more.
-    put("BKTMP.000", "");
+    // A stream of a little more than 4 GiB.
+    writeOnCard("BKTMP.000", "");
     run.dataBytes = 0;
     run.packed.made = TRUE;
     run.packed.bytes = (std::uint64_t{1} << 32) + 12;
     EXPECT_EQ(OpenTemporaryStream(run), INVALID_HANDLE_VALUE);
     run.close();
     const char* const full = "ERR: Backup File write (00000070)";
-    EXPECT_EQ(cardFile("log"), logOf({"INF: Start file backup: \\two", full, "INF: Start file backup: \\one",
-                                      "INF: End file backup\\one", "INF: Start file backup: \\empty", full, full}));
-    expectBytes(cardFile("list"), entryBytes(1, "\\one", 0xFFFFFFEA, 0xFFFFFFFF));
-    expectBytes(cardFile("data"), stream);
-    EXPECT_EQ(namesIn(card_ / "QUILBOX"), (Names{"data", "list", "log"}));
+    EXPECT_EQ(readOnCard("log"), logOf({"INF: Start file backup: \\two", full, "INF: Start file backup: \\one",
+                                        "INF: End file backup\\one", "INF: Start file backup: \\empty", full, full}));
+    expectBytes(readOnCard("list"), entryBytes(1, "\\one", 0xFFFFFFEA, 0xFFFFFFFF));
+    expectBytes(readOnCard("data"), stream);
+    EXPECT_EQ(namesIn(set_), (Names{"data", "list", "log"}));
 }
 
-// Each write of a file that may only be read fails.
+// Each write to a file that is open for reading fails.
 TEST_F(WholeRunTest, EachFailedWriteHasItsLineAndKeepsTheSource)
 {
-    put("list", "");
-    put("data", "");
+    writeOnCard("list", "");
+    writeOnCard("data", "");
     write("a.bin", noise(SizeOfA));
     mark(u"\\a.bin");
     gOptions.deleteBackedUp = 1;
@@ -424,8 +413,8 @@ TEST_F(WholeRunTest, EachFailedWriteHasItsLineAndKeepsTheSource)
         Names log(static_cast<std::size_t>(writes) + 2, "ERR: Backup File write (00000005)");
         log.front() = "INF: Start file backup: \\a.bin";
         log.back() = "INF: End file backup\\a.bin";
-        EXPECT_EQ(cardFile("log"), logOf(log));
+        EXPECT_EQ(readOnCard("log"), logOf(log));
         EXPECT_TRUE(exists("a.bin"));
     }
-    expectBytes(cardFile("list"), entryBytes(1, "\\a.bin", 0, 0));
+    expectBytes(readOnCard("list"), entryBytes(1, "\\a.bin", 0, 0));
 }

@@ -4,8 +4,6 @@
 #include "set/stream_decoding.h"
 #include "set_fixture.h"
 
-#include "file/host_faults.h"
-
 #include <cerrno>
 #include <deque>
 #include <numeric>
@@ -49,7 +47,27 @@ namespace {
 const Bytes magic = hex("51 42 58 50 4B");
 const Bytes closing = hex("03 00 00 00  11 00 00");
 
-class CompressedStreamTest : public SetTest {};
+class CompressedStreamTest : public SetTest {
+protected:
+    // Runs `round` with the nth host call failing, or it and the next one, for each n up to the first that isn't
+    // reached.
+    template <class Round>
+    static void withEachFailure(const Round& round)
+    {
+        for (const std::uint64_t calls : {1, 2}) {
+            bool reached = true;
+            for (std::uint64_t nth = 1; reached && !HasFatalFailure(); nth++) {
+                SCOPED_TRACE(testing::Message() << calls << " from " << nth);
+                round([&](const auto& call) {
+                    BOOL result = FALSE;
+                    const platform::file::FaultPlan plan = {platform::file::FaultKind::Fail, nth, ENOSPC, calls};
+                    reached = hostCallsOf([&] { result = call(); }, plan) >= nth;
+                    return result;
+                });
+            }
+        }
+    }
+};
 
 bool packsWhole(const WCHAR* target)
 {
@@ -246,25 +264,6 @@ TEST_F(CompressedStreamTest, StreamThatAFullCardCutIsNeverWhole)
         EXPECT_EQ(packed.whole != 0, capacity == size);
         EXPECT_EQ(packed.error, capacity == size ? ERROR_SUCCESS : ERROR_DISK_FULL);
         EXPECT_EQ(packed.bytes, capacity);
-    }
-}
-
-// Runs `round` with the nth host call failing, or it and the next one, for each n up to the first that isn't reached.
-template <class Round>
-void withEachFailure(const Round& round)
-{
-    for (const std::uint64_t calls : {1, 2}) {
-        bool reached = true;
-        for (std::uint64_t nth = 1; reached && !testing::Test::HasFatalFailure(); nth++) {
-            SCOPED_TRACE(testing::Message() << calls << " from " << nth);
-            round([&](const auto& call) {
-                platform::file::setFaultPlan({platform::file::FaultKind::Fail, nth, ENOSPC, calls});
-                const BOOL result = call();
-                reached = platform::file::hostCallsMade() >= nth;
-                platform::file::clearFaultPlan();
-                return result;
-            });
-        }
     }
 }
 
