@@ -37,7 +37,8 @@ protected:
         add(std::hash<std::string>()(read(reader, 50'000)));
         CloseHandle(reader);
 
-        CreateDirectoryW(u"\\d\\made", nullptr);
+        const auto made = root() / "d" / "made";
+        EXPECT_TRUE(!CreateDirectoryW(u"\\d\\made", nullptr) || std::filesystem::exists(made));
         for (const DWORD creation : {CREATE_NEW, CREATE_ALWAYS}) {
             const HANDLE writer = open(u"\\d\\made\\f", GENERIC_WRITE, creation);
             for (int i = 0; i < 200; ++i)
@@ -48,9 +49,9 @@ protected:
             FlushFileBuffers(writer);
             CloseHandle(writer);
         }
-        seen += hostRead(root() / "d" / "made" / "f");
-        DeleteFileW(u"\\d\\made\\f");
-        add(std::filesystem::exists(root() / "d" / "made" / "f") ? 1 : 0);
+        seen += hostRead(made / "f");
+        EXPECT_TRUE(!DeleteFileW(u"\\d\\made\\f") || !std::filesystem::exists(made / "f"));
+        add(std::filesystem::exists(made / "f") ? 1 : 0);
         FlushChangedVolumes();
         return seen;
     }
