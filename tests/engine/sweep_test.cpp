@@ -24,7 +24,6 @@
 #include <cstdlib>
 #include <map>
 #include <optional>
-#include <random>
 
 using namespace platform::file;
 using platform::kernel::Since;
@@ -79,20 +78,12 @@ BOOL collect(const BYTE* raw, DWORD bytes, void* context)
     return TRUE;
 }
 
-std::string noise(std::size_t bytes, unsigned seed)
-{
-    std::mt19937 random(seed);
-    std::string text(bytes, 0);
-    std::ranges::generate(text, [&] { return static_cast<char>(random()); });
-    return text;
-}
-
 // So many that log, list and data are longer than what the file layer gathers before it writes.
 Contents manySources()
 {
     Contents sources;
     for (char letter = 'a'; letter < 'm'; letter++)
-        sources[std::string(80, letter)] = noise(400, static_cast<unsigned>(letter));
+        sources[std::string(80, letter)] = patternBytes(5000).substr(static_cast<std::size_t>(letter), 400);
     return sources;
 }
 
@@ -379,7 +370,7 @@ TEST_F(SweepTest, SourceIsNotLostToAGapInAStreamOnACardThatWasFullForAMoment)
     std::size_t kept = 0;
     for (std::uint64_t room = 2000; room < 4400; room += 100) {
         SCOPED_TRACE(room);
-        sources_ = {{"noise", noise(2000, 1)}};
+        sources_ = {{"noise", patternBytes(2000)}};
         startBackup({false, true});
         gOptions.generateLog = 0;
         hostWrite(card_ / "filler", std::string(5000, 'f'));

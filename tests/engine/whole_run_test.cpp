@@ -16,7 +16,6 @@
 #include "ce/store.h"
 
 #include <fstream>
-#include <random>
 
 namespace {
 
@@ -24,18 +23,9 @@ using Names = std::vector<std::string>;
 
 const std::string Registry = "keys and values";
 
-// Their streams take 2001 and 999 bytes: with both the counter comes to 3 just so, and with the second alone to no 1.
+// Their streams take 2001 and 999 bytes, for a counter that shows full thousands: 0 after the second, 3 after both.
 constexpr std::size_t SizeOfA = 1973;
 constexpr std::size_t SizeOfB = 975;
-
-std::string noise(std::size_t size)
-{
-    std::mt19937 random;
-    std::string bytes(size, 0);
-    for (char& byte : bytes)
-        byte = static_cast<char>(random());
-    return bytes;
-}
 
 // Magic, one block of a single run of literals, the closing block.
 std::string streamOf(const std::string& raw)
@@ -82,19 +72,6 @@ Names namesIn(const std::filesystem::path& folder)
     return names;
 }
 
-// Those that no handle keeps from being opened for reading and writing.
-Names namesThatOpen(const std::filesystem::path& folder, const std::u16string& path)
-{
-    Names names = namesIn(folder);
-    std::erase_if(names, [&](const std::string& name) {
-        const HANDLE file =
-            CreateFileW((path + std::u16string(name.begin(), name.end())).c_str(), GENERIC_READ | GENERIC_WRITE,
-                        FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0, nullptr);
-        return file == INVALID_HANDLE_VALUE || !CloseHandle(file);
-    });
-    return names;
-}
-
 // The platform's two calls. The first one writes a file and fails as the test wants.
 struct {
     bool writes;
@@ -122,30 +99,6 @@ BOOL takeRegistry(const WCHAR* path)
     return FALSE;
 }
 
-// A run whose files are open already.
-struct OpenRun : BackupRun {
-    BackupLog lines;
-
-    OpenRun(DWORD listAccess, DWORD dataAccess) : lines(u"\\Card\\QUILBOX\\log")
-    {
-        const auto opened = [](const WCHAR* path, DWORD access) {
-            return CreateFileW(path, access, 0, nullptr, access == GENERIC_WRITE ? CREATE_ALWAYS : OPEN_EXISTING, 0,
-                               nullptr);
-        };
-        listFile = opened(u"\\Card\\QUILBOX\\list", listAccess);
-        dataFile = opened(u"\\Card\\QUILBOX\\data", dataAccess);
-        log = &lines;
-        FormatTemporaryPath(temporaryPath, u"\\Card");
-    }
-    void close()
-    {
-        SetCursor(nullptr);
-        CloseHandle(listFile);
-        CloseHandle(dataFile);
-        lines.Close();
-    }
-};
-
 class WholeRunTest : public EngineTest {
 protected:
     WholeRunTest()
@@ -159,10 +112,43 @@ protected:
     }
     ~WholeRunTest() override { gRegCopyFile = gRegRestoreFile = nullptr; }
 
+    // A run whose files are open already.
+    struct OpenRun : BackupRun {
+        BackupLog lines;
+
+        OpenRun(DWORD listAccess, DWORD dataAccess) : lines(u"\\Card\\QUILBOX\\log")
+        {
+            const auto opened = [](const WCHAR* path, DWORD access) {
+                return open(path, access, access == GENERIC_WRITE ? CREATE_ALWAYS : OPEN_EXISTING);
+            };
+            listFile = opened(u"\\Card\\QUILBOX\\list", listAccess);
+            dataFile = opened(u"\\Card\\QUILBOX\\data", dataAccess);
+            log = &lines;
+            FormatTemporaryPath(temporaryPath, u"\\Card");
+        }
+        void close()
+        {
+            CloseHandle(listFile);
+            CloseHandle(dataFile);
+            lines.Close();
+        }
+    };
+
+    // Those that no handle keeps from being opened for reading and writing.
+    static Names namesThatOpen(const std::filesystem::path& folder, const std::u16string& path)
+    {
+        Names names = namesIn(folder);
+        std::erase_if(names, [&](const std::string& name) {
+            return openError(path + std::u16string(name.begin(), name.end()), GENERIC_READ | GENERIC_WRITE,
+                             OPEN_EXISTING, FILE_SHARE_READ | FILE_SHARE_WRITE) != 0;
+        });
+        return names;
+    }
+
     void markAll()
     {
-        write("a.bin", noise(SizeOfA));
-        write("b.bin", noise(SizeOfB));
+        write("a.bin", patternBytes(SizeOfA));
+        write("b.bin", patternBytes(SizeOfB));
         mark(u"\\b.bin");
         mark(u"\\a.bin");
         for (const WCHAR* name : {u"E", u"D"}) {
@@ -207,7 +193,7 @@ TEST_F(WholeRunTest, BackupHasTheFormatsAndTheOrderAndReplacesAnOldSet)
                      "INF: Start file backup: \\a.bin", "INF: End file backup\\a.bin", "INF: Start Database backup: E",
                      "INF: End Database backup: E", "INF: Start Database backup: D", "INF: End Database backup: D",
                      "INF: Start registry backup", "INF: End registry backup"}));
-    expectBytes(readOnCard("QLBX0001.QDT"), streamOf(noise(SizeOfB)) + streamOf(noise(SizeOfA)) +
+    expectBytes(readOnCard("QLBX0001.QDT"), streamOf(patternBytes(SizeOfB)) + streamOf(patternBytes(SizeOfA)) +
                                                 streamOf(imageOf("E", 7)) + streamOf(imageOf("D", 7)) +
                                                 streamOf(Registry));
     // 43 characters of the program, 4 of the user, the terminator. The registry's entry has the name of the entry
@@ -270,8 +256,8 @@ TEST_F(WholeRunTest, RestoreHasItsOrderAndThePolicyAppliesToFilesOnly)
                                           "no wait; box Warning|Database:D exists replace ?|308; wait; step; "
                                           "message Registry; step; registry from \\BKREG.TMP|keys and values; no wait; "
                                           "box Restore|I have restored the registry|0; close");
-        expectBytes(read("a.bin"), noise(SizeOfA));
-        expectBytes(read("b.bin"), replaced ? noise(SizeOfB) : "another");
+        expectBytes(read("a.bin"), patternBytes(SizeOfA));
+        expectBytes(read("b.bin"), replaced ? patternBytes(SizeOfB) : "another");
         EXPECT_EQ(typeOfDatabase(u"E"), 7U);
         EXPECT_EQ(typeOfDatabase(u"D"), 9U);
         EXPECT_EQ(namesIn(root()), (Names{"a.bin", "b.bin"}));
@@ -401,7 +387,7 @@ TEST_F(WholeRunTest, EachFailedWriteHasItsLineAndKeepsTheSource)
 {
     writeOnCard("list", "");
     writeOnCard("data", "");
-    write("a.bin", noise(SizeOfA));
+    write("a.bin", patternBytes(SizeOfA));
     mark(u"\\a.bin");
     gOptions.deleteBackedUp = 1;
     // Kind, flag, length, name and start of the entry; 7 pieces of 260 bytes and one of 181.
