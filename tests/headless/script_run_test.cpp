@@ -1,4 +1,4 @@
-// Scripts that drive a real program through the real window core: what its user would do, see and be told.
+// Scripts that drive a real program through the real window core.
 
 #include "headless/script_run.h"
 #include "resource/resource_file.h"
@@ -25,8 +25,9 @@ struct Outcome {
     std::vector<std::string> diary;
 };
 
-// So short that any wait at rest is over at once, and so long that none is over by chance.
+// Ends any wait of a program at rest at once.
 constexpr std::chrono::milliseconds Impatient(1);
+// Longer than any host delays a program.
 constexpr std::chrono::milliseconds Patient = std::chrono::minutes(5);
 
 class ScriptRunTest : public testing::Test {
@@ -97,7 +98,7 @@ TEST_F(ScriptRunTest, DialogGetsWhatTheScriptTypesAndChecks)
                               "Full Backup\\nBackupset comments\\nc:\\new\\n\xE2\x82\xAC\n");
 }
 
-TEST_F(ScriptRunTest, RowsAreSelectedAsTheListDoes)
+TEST_F(ScriptRunTest, RowsAreSelectedByTheRulesOfTheList)
 {
     const Outcome outcome = run("command 40005\n"
                                 "select 1006 \"Registry\"\n"
@@ -127,7 +128,7 @@ TEST_F(ScriptRunTest, RowsAreSelectedAsTheListDoes)
 
 TEST_F(ScriptRunTest, FirstStandingAnswerThatFitsTheBoxAnswersIt)
 {
-    // The first line comes too late for no box, the second has no button in the third box.
+    // The third box has no button "no", so the second answer doesn't fit it.
     const Outcome outcome = run("answer \"First*\" cancel\n"
                                 "answer \"*question?\" no\n"
                                 "answer \"Third*\" ignore\n"
@@ -148,18 +149,16 @@ TEST_F(ScriptRunTest, FirstStandingAnswerThatFitsTheBoxAnswersIt)
     EXPECT_THAT(afterTheEnd.diary, ElementsAre("6 1 4", "closed"));
 }
 
-TEST_F(ScriptRunTest, WhatIsLeftOpenIsClosed)
+TEST_F(ScriptRunTest, WindowsThatAreOpenAtTheEndOfTheScriptAreClosed)
 {
-    const Outcome boxes = run("command 40006\n");
-    EXPECT_EQ(boxes.code, 0) << boxes.errors;
-    EXPECT_THAT(boxes.diary, ElementsAre("2 1 3", "closed"));
-
-    const Outcome dialog = run("command 40007\nok\n");
-    EXPECT_EQ(dialog.code, 0) << dialog.errors;
-    EXPECT_THAT(dialog.diary, ElementsAre("cancelled", "closed"));
+    for (const auto& [script, noted] : {std::pair{"command 40006\n", "2 1 3"}, {"command 40007\nok\n", "cancelled"}}) {
+        const Outcome outcome = run(script);
+        EXPECT_EQ(outcome.code, 0) << outcome.errors;
+        EXPECT_THAT(outcome.diary, ElementsAre(noted, "closed"));
+    }
 }
 
-TEST_F(ScriptRunTest, WorkOfTheProgramNeverCountsAsWaiting)
+TEST_F(ScriptRunTest, TimeoutDoesntCountWhileTheProgramWorks)
 {
     const Outcome outcome = run("command 40009\n"
                                 "command 40009\n"
@@ -172,22 +171,21 @@ TEST_F(ScriptRunTest, WorkOfTheProgramNeverCountsAsWaiting)
 
 TEST_F(ScriptRunTest, FailureNamesTheLineAndWhatIsOnTheScreen)
 {
-    struct Case {
+    const struct {
         const char* script;
         const char* errors;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"\npress 1005\n", "line 2: expected a button 1005 that takes input, on the screen: \"Small program\"\n"},
         {"command 40001\n",
          "line 1: expected the main window with the command 40001, on the screen: \"Small program\"\n"},
         {"command 40010\ncommand 40003\n", "line 2: expected the main window with the command 40003, on the screen: "
-                                           "\"Options\": \"Maximum backup file size:\\n4\\nMB\"\n"},
+                                           "\"Options\": \"Maximum backup file size:\\nMB\"\n"},
         {"command 40010\ntype 1027 \"5\"\n", "line 2: expected an edit 1027 that takes input, on the screen: "
-                                             "\"Options\": \"Maximum backup file size:\\n4\\nMB\"\n"},
-        {"command 40010\nuncheck 1025\n", "line 2: a click doesn't uncheck 1025, on the screen: "
-                                          "\"Options\": \"Maximum backup file size:\\n4\\nMB\"\n"},
+                                             "\"Options\": \"Maximum backup file size:\\nMB\"\n"},
+        {"command 40010\ncheck 1025\nuncheck 1025\n", "line 3: a click doesn't uncheck 1025, on the screen: "
+                                                      "\"Options\": \"Maximum backup file size:\\nMB\"\n"},
         {"command 40010\nwait \"options\"\n", "line 2: expected a window \"options\", on the screen: "
-                                              "\"Options\": \"Maximum backup file size:\\n4\\nMB\"\n"},
+                                              "\"Options\": \"Maximum backup file size:\\nMB\"\n"},
         {"command 40007\nselect 1003 \"\\card\"\n", "line 2: expected a row \"\\card\" in a list 1003 that takes "
                                                     "input, on the screen: \"Select\": \"Info\"\n"},
         {"command 40007\nexpect 1003 \"M*x\"\n", "line 2: expected \"M*x\" in 1003, which shows \"\\Card\", "
@@ -199,17 +197,17 @@ TEST_F(ScriptRunTest, FailureNamesTheLineAndWhatIsOnTheScreen)
         {"cancel\n", "line 1: expected a dialog or message box, on the screen: \"Small program\"\n"},
         {"command 40002\nidle\n", "line 2: expected the main window at rest, but the program has ended\n"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.script);
-        const Outcome outcome = run(c.script, Impatient);
+    for (const auto& [script, errors] : cases) {
+        SCOPED_TRACE(script);
+        const Outcome outcome = run(script, Impatient);
         EXPECT_EQ(outcome.code, 1);
-        EXPECT_EQ(outcome.errors, c.errors);
+        EXPECT_EQ(outcome.errors, errors);
         ASSERT_FALSE(outcome.diary.empty());
         EXPECT_EQ(outcome.diary.back(), "closed");
     }
 }
 
-TEST_F(ScriptRunTest, ProgramThatRefusesToCloseDoesNotHoldTheScriptForEver)
+TEST_F(ScriptRunTest, ScriptEndsAlthoughTheProgramRefusesToClose)
 {
     const Outcome outcome = run("command 40011\nidle\n");
     EXPECT_EQ(outcome.code, 1);
@@ -217,7 +215,7 @@ TEST_F(ScriptRunTest, ProgramThatRefusesToCloseDoesNotHoldTheScriptForEver)
     small::letGo();
 }
 
-TEST_F(ScriptRunTest, RunThatAsksMuchIsWaitedForAtTheEnd)
+TEST_F(ScriptRunTest, EndOfTheScriptAnswersEachQuestionOfALongRun)
 {
     const Outcome outcome = run("command 40012\n");
     EXPECT_EQ(outcome.errors, "");
@@ -225,41 +223,36 @@ TEST_F(ScriptRunTest, RunThatAsksMuchIsWaitedForAtTheEnd)
     EXPECT_THAT(outcome.diary, ElementsAre("refused 300", "closed"));
 }
 
-TEST_F(ScriptRunTest, ProgressTextCanBeReadWhileAQuestionStandsBeforeIt)
-{
-    const Outcome outcome = run("command 40003\n"
-                                "ok\n"
-                                "expect 1002 \"File: \\a \"\"b\"\".txt\"\n"
-                                "print 1029\n"
-                                "expect text \"Override\\n\\a file\"\n"
-                                "no\n");
-    EXPECT_EQ(outcome.errors, "");
-    EXPECT_EQ(outcome.output, "Backuped: 1\n");
-    EXPECT_THAT(outcome.diary, ElementsAre(" 000", "override 7", "closed"));
-}
-
 TEST_F(ScriptRunTest, TranscriptHasEveryWindowTextAndAnswerInOrder)
 {
-    const Outcome outcome = run("answer \"Override*\" no # never\n"
-                                "command 40003\n"
+    const Outcome outcome = run("command 40003\n"
                                 "  ok  # go\n"
+                                "expect text \"Override\\n\\a file\"\n"
+                                "expect 1002 \"File: \\a \"\"b\"\".txt\"\n"  // of the window below the question
+                                "print 1029\n"
+                                "answer \"Override*\" no # never\n"
                                 "idle\n");
     EXPECT_EQ(outcome.errors, "");
+    EXPECT_EQ(outcome.output, "Backuped: 1\n");
+    EXPECT_THAT(outcome.diary, ElementsAre("000", "override 7", "closed"));
     EXPECT_EQ(outcome.transcript, "window main \"Small program\"\n"
-                                  "line 1 answer \"Override*\" no\n"
-                                  "line 2 command 40003\n"
+                                  "line 1 command 40003\n"
                                   "window dialog \"Full Backup\" text \"Backupset comments\"\n"
-                                  "line 3 ok\n"
+                                  "line 2 ok\n"
                                   "gone dialog \"Full Backup\"\n"
                                   "window progress \"Backuping Files\" text \"Backuping Files\"\n"
                                   "text \"Backuping Files\" 1002 \"File: \\a \"\"b\"\".txt\"\n"
                                   "text \"Backuping Files\" 1029 \"Backuped: 1\"\n"
                                   "window message \"Info?\" text \"Override\\n\\a file\" buttons yes,no default no\n"
-                                  "answer no line 1 to \"Info?\" \"Override\\n\\a file\"\n"
+                                  "line 3 expect text \"Override\\n\\a file\"\n"
+                                  "line 4 expect 1002 \"File: \\a \"\"b\"\".txt\"\n"
+                                  "line 5 print 1029\n"
+                                  "line 6 answer \"Override*\" no\n"
+                                  "answer no line 6 to \"Info?\" \"Override\\n\\a file\"\n"
                                   "gone message \"Info?\"\n"
                                   "text \"Backuping Files\" 1029 \"Backuped: 2\"\n"
                                   "gone progress \"Backuping Files\"\n"
-                                  "line 4 idle\n"
+                                  "line 7 idle\n"
                                   "gone main \"Small program\"\n");
 }
 

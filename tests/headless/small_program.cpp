@@ -1,5 +1,3 @@
-// small_program.cpp - a program of a few commands for scripts to drive.
-
 #include "small_program.h"
 
 #include "text/host_name.h"
@@ -14,15 +12,14 @@
 #include <chrono>
 #include <future>
 #include <thread>
+#include <vector>
 
 namespace small {
 
 namespace {
 
-constexpr int MessageText = 1002;
+constexpr int Message = 1002;
 constexpr int Counter = 1029;
-constexpr int List107 = 1003;
-constexpr int List109 = 1006;
 constexpr UINT EndProgress = WM_APP;
 constexpr UINT LetGo = WM_APP + 1;
 
@@ -30,108 +27,76 @@ HWND mainWindow = nullptr;
 std::atomic<HWND> stubborn = nullptr;
 std::atomic<bool> running = false;
 
-INT_PTR showDialog(UINT_PTR id, HWND owner, DLGPROC procedure)
+const void* dialogTemplate(UINT_PTR id)
 {
-    const HRSRC found = FindResourceW(nullptr, MAKEINTRESOURCEW(id), RT_DIALOG);
-    return DialogBoxIndirectParamW(nullptr, LoadResource(nullptr, found), owner, procedure, 0);
+    return LoadResource(nullptr, FindResourceW(nullptr, MAKEINTRESOURCEW(id), RT_DIALOG));
 }
 
-std::string textOf(HWND dialog, int id)
-{
-    WCHAR text[260];
-    GetDlgItemTextW(dialog, id, text, 260);
-    return platform::text::toUtf8(text);
-}
+// What the program reads from one of the dialogs of the resources, by the ids of its controls.
+struct DialogKind {
+    WORD id;
+    int edit = 0;
+    std::vector<int> boxes = {};
+    int list = 0;
+    std::vector<const WCHAR*> rows = {};
+    bool needsARow = false;
+};
 
-std::string rowOf(HWND dialog, int list, LRESULT row)
+const DialogKind RunDialog = {.id = 108, .edit = 1004, .boxes = {1005, 1006, 1007}};
+const DialogKind ItemsDialog = {.id = 109, .list = 1006, .rows = {u"File:\\a", u"Database:b", u"Registry"}};
+const DialogKind ChooseDialog = {.id = 107, .list = 1003, .rows = {u"\\Card", u"Main device"}, .needsARow = true};
+const DialogKind PolicyDialog = {.id = 111, .boxes = {1023, 1024, 1025}};
+
+// Notes what the dialog contains. False after the refusal of a dialog that needs a selected row and has none.
+bool accept(HWND dialog, const DialogKind& kind)
 {
     WCHAR text[260] = {};
-    SendDlgItemMessageW(dialog, list, LB_GETTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text));
-    return platform::text::toUtf8(text);
+    std::string line;
+    if (kind.edit != 0 && GetDlgItemTextW(dialog, kind.edit, text, 260) != 0)
+        line = platform::text::toUtf8(text) + " ";
+    for (const int id : kind.boxes)
+        line += SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == 1 ? '1' : '0';
+    for (WPARAM row = 0; row < kind.rows.size(); ++row) {
+        if (SendDlgItemMessageW(dialog, kind.list, LB_GETSEL, row, 0) > 0) {
+            SendDlgItemMessageW(dialog, kind.list, LB_GETTEXT, row, reinterpret_cast<LPARAM>(text));
+            line += platform::text::toUtf8(text);
+        }
+    }
+    if (kind.needsARow && line.empty()) {
+        MessageBoxW(dialog, u"You must select an item", nullptr, MB_OK);
+        return false;
+    }
+    diary().note(line);
+    return true;
 }
 
-std::string checksOf(HWND dialog, int first, int last)
+INT_PTR dialogProcedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    std::string checks;
-    for (int id = first; id <= last; ++id)
-        checks += SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == 1 ? '1' : '0';
-    return checks;
-}
-
-void addRows(HWND dialog, int list, std::initializer_list<const char16_t*> rows)
-{
-    for (const char16_t* row : rows)
-        SendDlgItemMessageW(dialog, list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row));
-}
-
-// Ends the dialog on OK and Cancel; on OK `atOk` notes what it holds, and may refuse.
-template <class AtOk>
-INT_PTR endOnButtons(HWND dialog, UINT message, WPARAM wParam, AtOk atOk)
-{
-    if (message == WM_COMMAND && LOWORD(wParam) == IDOK && atOk())
+    static const DialogKind* kind;  // one is open at a time
+    if (message == WM_INITDIALOG) {
+        kind = reinterpret_cast<const DialogKind*>(lParam);
+        for (const WCHAR* row : kind->rows)
+            SendDlgItemMessageW(dialog, kind->list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row));
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDOK && accept(dialog, *kind)) {
         EndDialog(dialog, 1);
-    if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) {
+    } else if (message == WM_COMMAND && LOWORD(wParam) == IDCANCEL) {
         diary().note("cancelled");
         EndDialog(dialog, 0);
     }
     return 0;
 }
 
-INT_PTR runDialog(HWND dialog, UINT message, WPARAM wParam, LPARAM)
+INT_PTR showDialog(const DialogKind& kind)
 {
-    return endOnButtons(dialog, message, wParam, [&] {
-        diary().note(textOf(dialog, 1004) + " " + checksOf(dialog, 1005, 1007));
-        return true;
-    });
+    return DialogBoxIndirectParamW(nullptr, dialogTemplate(kind.id), mainWindow, dialogProcedure,
+                                   reinterpret_cast<LPARAM>(&kind));
 }
 
-INT_PTR itemsDialog(HWND dialog, UINT message, WPARAM wParam, LPARAM)
-{
-    if (message == WM_INITDIALOG) {
-        addRows(dialog, List109, {u"File:\\a", u"Database:b", u"Registry"});
-        SetDlgItemTextW(dialog, 1004, u"two\r\nlines");
-    }
-    return endOnButtons(dialog, message, wParam, [&] {
-        for (LRESULT row = 0; row < 3; ++row) {
-            if (SendDlgItemMessageW(dialog, List109, LB_GETSEL, static_cast<WPARAM>(row), 0) > 0)
-                diary().note(rowOf(dialog, List109, row));
-        }
-        return true;
-    });
-}
-
-INT_PTR chooseDialog(HWND dialog, UINT message, WPARAM wParam, LPARAM)
-{
-    if (message == WM_INITDIALOG)
-        addRows(dialog, List107, {u"\\Card", u"Main device"});
-    return endOnButtons(dialog, message, wParam, [&] {
-        const LRESULT row = SendDlgItemMessageW(dialog, List107, LB_GETCURSEL, 0, 0);
-        if (row == LB_ERR) {
-            MessageBoxW(dialog, u"You must select an item", nullptr, MB_OK);
-            return false;
-        }
-        diary().note(rowOf(dialog, List107, row));
-        return true;
-    });
-}
-
-INT_PTR policyDialog(HWND dialog, UINT message, WPARAM wParam, LPARAM)
-{
-    if (message == WM_INITDIALOG) {
-        SendDlgItemMessageW(dialog, 1025, BM_SETCHECK, 1, 0);
-        SetDlgItemTextW(dialog, 1027, u"4");
-    }
-    return endOnButtons(dialog, message, wParam, [&] {
-        diary().note(checksOf(dialog, 1023, 1025));
-        return true;
-    });
-}
-
-INT_PTR progressDialog(HWND dialog, UINT message, WPARAM, LPARAM)
+INT_PTR progressProcedure(HWND dialog, UINT message, WPARAM, LPARAM)
 {
     if (message == WM_INITDIALOG) {
         SetWindowTextW(dialog, u"Backuping Files");
-        SetDlgItemTextW(dialog, MessageText, u"Backuping Files");
+        SetDlgItemTextW(dialog, Message, u"Backuping Files");
     }
     if (message == EndProgress) {
         DestroyWindow(dialog);
@@ -140,46 +105,61 @@ INT_PTR progressDialog(HWND dialog, UINT message, WPARAM, LPARAM)
     return 0;
 }
 
-void runProgressWindow(std::promise<HWND>& made)
-{
-    const HRSRC found = FindResourceW(nullptr, MAKEINTRESOURCEW(106), RT_DIALOG);
-    made.set_value(CreateDialogIndirectParamW(nullptr, LoadResource(nullptr, found), mainWindow, progressDialog, 0));
-    MSG message;
-    while (GetMessageW(&message, nullptr, 0, 0) > 0)
-        DispatchMessageW(&message);
-}
+// A progress window on a thread of its own.
+class Progress {
+public:
+    Progress()
+    {
+        std::promise<HWND> made;
+        thread_ = std::thread([&made] {
+            made.set_value(CreateDialogIndirectParamW(nullptr, dialogTemplate(106), mainWindow, progressProcedure, 0));
+            MSG message;
+            while (GetMessageW(&message, nullptr, 0, 0) > 0)
+                DispatchMessageW(&message);
+        });
+        window_ = made.get_future().get();
+    }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+    ~Progress()
+    {
+        SendMessageW(window_, EndProgress, 0, 0);
+        thread_.join();
+    }
+
+    void show(int id, const WCHAR* text) const { SetDlgItemTextW(window_, id, text); }
+
+private:
+    std::thread thread_;
+    HWND window_ = nullptr;
+};
 
 void run()
 {
-    if (showDialog(108, mainWindow, runDialog) != 1)
+    if (showDialog(RunDialog) != 1)
         return;
-    std::promise<HWND> made;
-    std::thread thread([&] { runProgressWindow(made); });
-    const HWND progress = made.get_future().get();
-    SetDlgItemTextW(progress, MessageText, u"File: \\a \"b\".txt");
-    SetDlgItemTextW(progress, Counter, u"Backuped: 1");
+    const Progress progress;
+    progress.show(Message, u"File: \\a \"b\".txt");
+    progress.show(Counter, u"Backuped: 1");
     const int answer = MessageBoxW(mainWindow, u"Override\r\n\\a file", u"Info?", MB_YESNO | MB_DEFBUTTON2);
     diary().note("override " + std::to_string(answer));
-    SetDlgItemTextW(progress, Counter, u"Backuped: 2");
-    SendMessageW(progress, EndProgress, 0, 0);
-    thread.join();
+    progress.show(Counter, u"Backuped: 2");
 }
 
-// Its progress window counts what it has done; one that it asks of says which.
+// Each question names a file, and the progress window counts it.
 void askMuch()
 {
-    std::promise<HWND> made;
-    std::thread thread([&] { runProgressWindow(made); });
-    const HWND progress = made.get_future().get();
     int refused = 0;
-    for (int file = 0; file < 300; ++file) {
-        const std::u16string name = platform::text::fromUtf8("file " + std::to_string(file));
-        refused += MessageBoxW(mainWindow, name.c_str(), u"Replace?", MB_YESNO | MB_DEFBUTTON2) == IDNO ? 1 : 0;
-        SetDlgItemTextW(progress, Counter, name.c_str());
-        MessageBoxW(mainWindow, u"A file wasn't replaced", u"Warning", MB_OK);
+    {
+        const Progress progress;
+        for (int file = 0; file < 300; ++file) {
+            const std::u16string name = platform::text::fromUtf8("file " + std::to_string(file));
+            const int answer = MessageBoxW(mainWindow, name.c_str(), u"Replace?", MB_YESNO | MB_DEFBUTTON2);
+            refused += answer == IDNO ? 1 : 0;
+            progress.show(Counter, name.c_str());
+            MessageBoxW(mainWindow, u"A file wasn't replaced", u"Warning", MB_OK);
+        }
     }
-    SendMessageW(progress, EndProgress, 0, 0);
-    thread.join();
     diary().note("refused " + std::to_string(refused));
 }
 
@@ -201,20 +181,20 @@ void onCommand(HWND window, WORD id)
         run();
         break;
     case Items:
-        showDialog(109, window, itemsDialog);
+        showDialog(ItemsDialog);
         break;
     case Questions:
         askQuestions();
         break;
     case Choose:
-        showDialog(107, window, chooseDialog);
+        showDialog(ChooseDialog);
         break;
     case Work:
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         diary().note("worked");
         break;
     case Policy:
-        showDialog(111, window, policyDialog);
+        showDialog(PolicyDialog);
         break;
     case StayOpen:
         stubborn = window;
@@ -227,24 +207,25 @@ void onCommand(HWND window, WORD id)
     }
 }
 
+void createBands(HWND window)
+{
+    const HWND bands = CommandBands_Create(nullptr, window, 1, RBS_BANDBORDERS, nullptr);
+    REBARBANDINFOW band = {};
+    band.cbSize = sizeof band;
+    CommandBands_AddBands(bands, nullptr, 1, &band);
+    const HWND bar = CommandBands_GetCommandBar(bands, 0);
+    CommandBar_InsertMenubar(bar, nullptr, 104, 0);
+    const TBBUTTON askMuchButton = {0, AskMuch, TBSTATE_ENABLED, 0, 0, 0};
+    SendMessageW(bar, TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&askMuchButton));
+    CommandBands_Show(bands, TRUE);
+}
+
 LRESULT mainProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
-    case WM_CREATE: {
-        const HWND bands = CommandBands_Create(nullptr, window, 1, RBS_BANDBORDERS, nullptr);
-        REBARBANDINFOW band = {};
-        band.cbSize = sizeof band;
-        band.fMask = RBBIM_STYLE | RBBIM_SIZE;
-        band.cx = 145;
-        CommandBands_AddBands(bands, nullptr, 1, &band);
-        CommandBar_InsertMenubar(CommandBands_GetCommandBar(bands, 0), nullptr, 104, 0);
-        TBBUTTON askMuchButton = {};
-        askMuchButton.idCommand = AskMuch;
-        askMuchButton.fsState = TBSTATE_ENABLED;
-        SendMessageW(CommandBands_GetCommandBar(bands, 0), TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&askMuchButton));
-        CommandBands_Show(bands, TRUE);
+    case WM_CREATE:
+        createBands(window);
         return 0;
-    }
     case WM_COMMAND:
         onCommand(window, LOWORD(wParam));
         return 0;

@@ -1,5 +1,5 @@
-// small_program.h - a program of a few commands for scripts to drive. Its dialogs are those of the embedded
-// resources, what they do is its own.
+// small_program.h - a program of a few commands for scripts to drive. It shows dialogs of the embedded resources and
+// notes what the user does in them.
 #pragma once
 
 #include "ce/types.h"
