@@ -1,5 +1,5 @@
-// The filter dialog on the template that the program has. Every test opens it first with the options that a start
-// brings, so that what Cancel goes back to is the same whichever test came before.
+// The filter dialog from the program's own template. Cancel restores what the first opening in a process showed, so
+// every test opens the dialog with the default options first.
 #include "controls/date_display.h"
 #include "controls/list_display.h"
 #include "dialogs.h"
@@ -16,13 +16,29 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <string>
 
 namespace {
 
 using namespace platform::window;
 
-constexpr SYSTEMTIME Christmas = {2025, 12, 0, 24, 18, 0, 0, 0};
+enum Control : int {
+    ExtensionFilter = 1014,
+    Extensions = 1015,
+    NewExtension = 1016,
+    Add = 1017,
+    Remove = 1018,
+    DatePlace = 1020,
+    NewerThan = 1024,
+    Hidden = 1026,
+};
+
+std::string textOf(const SYSTEMTIME& date)
+{
+    return std::to_string(date.wYear) + "-" + std::to_string(date.wMonth) + "-" + std::to_string(date.wDay);
+}
 
 class FilterDialogTest : public testing::Test {
 protected:
@@ -52,28 +68,25 @@ protected:
     void command(WORD id) const { SendMessageW(dialog, WM_COMMAND, id, 0); }
     void press(int id) const { SendDlgItemMessageW(dialog, id, BM_CLICK, 0, 0); }
     bool isChecked(int id) const { return SendDlgItemMessageW(dialog, id, BM_GETCHECK, 0, 0) == 1; }
-    bool isEnabled(int id) const { return IsWindowEnabled(GetDlgItem(dialog, id)); }
     void add(const WCHAR* extension) const
     {
-        SetDlgItemTextW(dialog, 1016, extension);
-        press(1017);
+        SetDlgItemTextW(dialog, NewExtension, extension);
+        press(Add);
     }
-    std::string rows() const
+    std::u16string rows() const
     {
-        std::string all;
-        for (const ListRow& row : listRows(GetDlgItem(dialog, 1015)))
-            all += (all.empty() ? "" : " ") + std::string(row.text.begin(), row.text.end());
+        std::u16string all;
+        for (const ListRow& row : listRows(GetDlgItem(dialog, Extensions)))
+            all += row.text + u" ";
         return all;
     }
-    static std::string extensions()
+    // As the options have them, each ended by a blank.
+    static std::u16string extensions()
     {
-        std::string all;
-        for (const WCHAR* at = gOptions.extensions; *at; at++) {
-            all += all.empty() ? "" : " ";
-            for (; *at; at++)
-                all += static_cast<char>(*at);
-        }
-        return all;
+        const std::u16string_view field(gOptions.extensions, ExtensionsChars);
+        std::u16string all(field.substr(0, field.find(std::u16string_view(u"\0", 2)) + 1));
+        std::ranges::replace(all, u'\0', u' ');
+        return all == u" " ? u"" : all;
     }
     void chooseDate(WORD year, WORD month, WORD day) const
     {
@@ -82,106 +95,101 @@ protected:
     static std::string newerThan()
     {
         SYSTEMTIME date = {};
-        if (!gOptions.newerThan.dwHighDateTime || !FileTimeToSystemTime(&gOptions.newerThan, &date))
-            return "never";
-        return std::to_string(date.wYear) + "-" + std::to_string(date.wMonth) + "-" + std::to_string(date.wDay);
+        const bool isSet = gOptions.newerThan.dwHighDateTime && FileTimeToSystemTime(&gOptions.newerThan, &date);
+        return isSet ? textOf(date) : "never";
     }
     std::string shownDate() const
     {
         SYSTEMTIME date = {};
         EXPECT_TRUE(readDate(picker, date));
-        return std::to_string(date.wYear) + "-" + std::to_string(date.wMonth) + "-" + std::to_string(date.wDay);
+        return textOf(date);
     }
 
     HWND dialog = nullptr;
     HWND picker = nullptr;
 };
 
-TEST_F(FilterDialogTest, EachControlChangesTheOptionsAtOnce)
+TEST_F(FilterDialogTest, EachBoxChangesTheOptionsAtOnceAndIsShownAtTheNextOpening)
 {
-    EXPECT_FALSE(isEnabled(1015) || isEnabled(1016) || isEnabled(1017) || isEnabled(1018));
-    press(1014);
-    EXPECT_EQ(gOptions.extensionFilterOn, 1U);
-    EXPECT_TRUE(isEnabled(1015) && isEnabled(1016) && isEnabled(1017) && isEnabled(1018));
-    press(1014);
-    EXPECT_EQ(gOptions.extensionFilterOn, 0U);
-    EXPECT_FALSE(isEnabled(1016));
-
+    for (const DWORD on : {1U, 0U, 1U}) {
+        press(ExtensionFilter);
+        EXPECT_EQ(gOptions.extensionFilterOn, on);
+        for (const int id : {Extensions, NewExtension, Add, Remove})
+            EXPECT_EQ(IsWindowEnabled(GetDlgItem(dialog, id)), static_cast<BOOL>(on)) << id;
+    }
     for (const auto& [id, bit] : {std::pair{1021, 0x20U}, {1026, 2U}, {1027, 4U}, {1028, 1U}}) {
         press(id);
         EXPECT_EQ(gOptions.hiddenAttributes, bit);
         EXPECT_EQ(gOptions.hideByAttribute, 1U);
+        open();
+        EXPECT_TRUE(isChecked(ExtensionFilter) && isChecked(id)) << id;
         press(id);
         EXPECT_EQ(gOptions.hiddenAttributes, 0U);
         EXPECT_EQ(gOptions.hideByAttribute, 0U);
     }
 }
 
-TEST_F(FilterDialogTest, ExtensionsAreAppendedAndSortedByARemoval)
+TEST_F(FilterDialogTest, ExtensionsAreAppendedUntilTheFieldIsFullAndSortedByARemoval)
 {
-    press(1014);
+    press(ExtensionFilter);
     for (const WCHAR* each : {u"txt", u"TXT", u"jpeg", u"c", u""})
         add(each);
-    EXPECT_EQ(extensions(), "txt jpe c");
-    EXPECT_EQ(rows(), "c jpe txt");
-    WCHAR text[10];
-    EXPECT_EQ(GetDlgItemTextW(dialog, 1016, text, 10), 0);
-    press(1018);  // no row is selected: nothing goes
-    EXPECT_EQ(extensions(), "c jpe txt");
-    SendDlgItemMessageW(dialog, 1015, LB_SETCURSEL, 1, 0);
-    press(1018);
-    EXPECT_EQ(extensions(), "c txt");
-    EXPECT_EQ(rows(), "c txt");
-}
+    EXPECT_EQ(extensions(), u"txt jpe c ");
+    EXPECT_EQ(rows(), u"c jpe txt ");
+    EXPECT_EQ(GetWindowTextLengthW(GetDlgItem(dialog, NewExtension)), 0);
+    press(Remove);  // removes nothing, since no row is selected
+    EXPECT_EQ(extensions(), u"c jpe txt ");
+    for (int rows = 3; rows > 0; rows--) {
+        SendDlgItemMessageW(dialog, Extensions, LB_SETCURSEL, 0, 0);
+        press(Remove);
+    }
+    EXPECT_EQ(extensions(), u"");
 
-TEST_F(FilterDialogTest, ListThatIsFullTakesNoMore)
-{
-    press(1014);
-    FILETIME guard = gOptions.newerThan;
+    const FILETIME behindTheField = gOptions.newerThan;
     for (WCHAR first = u'a'; first <= u'z'; first++) {
-        for (const WCHAR* rest : {u"aa", u"bb", u"cc"}) {
-            const WCHAR extension[] = {first, rest[0], rest[1], 0};
+        for (const WCHAR rest : {u'a', u'b', u'c'}) {
+            const WCHAR extension[] = {first, rest, rest, 0};
             add(extension);
         }
     }
-    EXPECT_EQ(extensions().size(), 64U * 4 - 1);
-    EXPECT_EQ(std::memcmp(&guard, &gOptions.newerThan, sizeof guard), 0);
-    EXPECT_EQ(gOptions.extensions[ExtensionsChars - 1], 0);
+    EXPECT_EQ(extensions().size(), 64U * 4);
     add(u"z");  // one letter still fits
-    EXPECT_EQ(extensions().size(), 64U * 4 + 1);
     add(u"y");
-    EXPECT_EQ(extensions().size(), 64U * 4 + 1);
+    EXPECT_EQ(extensions().size(), 64U * 4 + 2);
+    EXPECT_EQ(gOptions.extensions[ExtensionsChars - 1], 0);
+    EXPECT_EQ(std::memcmp(&behindTheField, &gOptions.newerThan, sizeof behindTheField), 0);
 }
 
 TEST_F(FilterDialogTest, DateFollowsThePickerAndStaysUnsetUntilItIsTouched)
 {
     EXPECT_FALSE(IsWindowEnabled(picker));
     EXPECT_EQ(newerThan(), "never");
-    press(1024);
+    press(NewerThan);
     EXPECT_EQ(gOptions.newerThanOn, 1U);
     EXPECT_TRUE(IsWindowEnabled(picker));
     EXPECT_EQ(newerThan(), "never");
     chooseDate(2020, 2, 29);
     EXPECT_EQ(newerThan(), "2020-2-29");
-    press(1024);  // doesn't touch the date
-    EXPECT_EQ(shownDate(), "2020-2-29");
-    press(1014);
-    EXPECT_EQ(shownDate(), "2020-2-29");
+    for (const int id : {NewerThan, ExtensionFilter}) {  // neither touches the date
+        press(id);
+        EXPECT_EQ(shownDate(), "2020-2-29");
+    }
 
+    constexpr SYSTEMTIME Christmas = {2025, 12, 0, 24, 18, 0, 0, 0};
     SystemTimeToFileTime(&Christmas, &gOptions.newerThan);
     open();
     EXPECT_EQ(shownDate(), "2025-12-24");
-    EXPECT_FALSE(isChecked(1024));
+    EXPECT_FALSE(isChecked(NewerThan));
     gOptions.newerThan = {};
-    command(IDOK);  // with the filter off
+    command(IDOK);  // stores the date even with the filter off
     EXPECT_EQ(newerThan(), "2025-12-24");
 }
 
-TEST_F(FilterDialogTest, PickerStandsWhereTheTemplateKeepsItsPlace)
+TEST_F(FilterDialogTest, PickerLiesWhereTheTemplateHasTheHiddenControlForIt)
 {
     WindowState place;
     WindowState state;
-    ASSERT_TRUE(readWindow(GetDlgItem(dialog, 1020), place) && readWindow(picker, state));
+    ASSERT_TRUE(readWindow(GetDlgItem(dialog, DatePlace), place) && readWindow(picker, state));
     EXPECT_FALSE(place.visible);
     EXPECT_EQ(state.rectangle.left, place.rectangle.left);
     EXPECT_EQ(state.rectangle.top, place.rectangle.top);
@@ -189,41 +197,36 @@ TEST_F(FilterDialogTest, PickerStandsWhereTheTemplateKeepsItsPlace)
     EXPECT_EQ(state.rectangle.bottom - state.rectangle.top, 20);
 }
 
-TEST_F(FilterDialogTest, CancelGoesBackToTheFirstOpeningButForTheListAndWhatIsNoFilter)
+TEST_F(FilterDialogTest, CancelRestoresTheFilterOfTheFirstOpeningTheListOfThisOneAndNothingElse)
 {
-    press(1026);
-    press(1014);
-    press(1024);
+    press(Hidden);
+    press(ExtensionFilter);
+    press(NewerThan);
     chooseDate(2020, 2, 29);
     add(u"txt");
     command(IDCANCEL);
-    EXPECT_EQ(gOptions.hiddenAttributes, 0U);
-    EXPECT_EQ(gOptions.hideByAttribute, 0U);
-    EXPECT_EQ(gOptions.extensionFilterOn, 0U);
     EXPECT_EQ(gOptions.newerThanOn, 0U);
     EXPECT_EQ(newerThan(), "never");
-    EXPECT_EQ(extensions(), "");
+    EXPECT_EQ(extensions(), u"");
 
     open();
-    press(1026);
-    press(1014);
+    press(Hidden);
+    press(ExtensionFilter);
     add(u"txt");
     command(IDOK);
-    Options others = gOptions;
-    others.restoreMode = RestoreModeSkip;
-    others.deleteBackedUp = others.verifyBackup = others.generateLog = 1;
-    others.maxBackupSizeMb = 9;
-    others.showRomFiles = 0;
-    gOptions = others;
+    gOptions.restoreMode = RestoreModeSkip;
+    gOptions.deleteBackedUp = gOptions.verifyBackup = gOptions.generateLog = 1;
+    gOptions.maxBackupSizeMb = 9;
+    gOptions.showRomFiles = 0;
+    Options expected = gOptions;
     open();
-    EXPECT_TRUE(isChecked(1014));
-    EXPECT_EQ(rows(), "txt");
+    EXPECT_EQ(rows(), u"txt ");
     add(u"doc");
     command(IDCANCEL);
-    EXPECT_EQ(extensions(), "txt");  // as at this opening
-    others.hiddenAttributes = others.hideByAttribute = others.extensionFilterOn = 0;
-    others.newerThan = {};
-    EXPECT_EQ(std::memcmp(&gOptions, &others, sizeof others), 0);
+    EXPECT_EQ(extensions(), u"txt ");
+    expected.hiddenAttributes = expected.hideByAttribute = expected.extensionFilterOn = 0;
+    expected.newerThan = {};
+    EXPECT_EQ(std::memcmp(&gOptions, &expected, sizeof expected), 0);
 }
 
 }  // namespace

@@ -4,41 +4,34 @@
 
 #include "ce/file.h"
 
+#include <gmock/gmock.h>
+
 namespace {
 
 class FolderMarkingTest : public TreeTest {};
 
 TEST_F(FolderMarkingTest, EverythingBelowIsMarkedListedOrNot)
 {
-    for (const char* name : {"A/a", "A/B/b", "A/B/C/c", "A/rom", "Ax", "other/o"})
-        write(name);
-    setAttributes("A/rom", FILE_ATTRIBUTE_INROM);
+    write({"A/a", "A/B/b", "A/B/C/c", "A/rom", "Ax", "other/o"});
+    setAttributes("A/rom", "0x40");
     open("Files\\A");
     click("Files\\A");
     EXPECT_EQ(MarkFolder(1), 1U);
     EXPECT_EQ(markedFiles(), "\\A\\B\\C\\c \\A\\B\\b \\A\\a");
-    EXPECT_EQ(image("Files\\A"), 10);
-    EXPECT_EQ(count("Files\\A"), 6);  // four files and two folders were looked at
-    EXPECT_EQ(count("Files\\A\\B"), 1);
-    EXPECT_EQ(image("Files\\A\\a"), 7);
-    EXPECT_EQ(image("Files\\A\\rom"), 8);
-    EXPECT_EQ(count("Files"), 0);
+    // A counts the four files and two folders below it.
+    EXPECT_EQ(marks("Files"), "Files:2:0 A:10:6 B:10:1 a:7:1 rom:8:0 Ax:6:0 other:9:0");
     MarkFolder(1);
     EXPECT_EQ(markedFiles(), "\\A\\B\\C\\c \\A\\B\\b \\A\\a");
-    EXPECT_EQ(count("Files\\A"), 12);
+    EXPECT_THAT(marks("Files\\A"), testing::StartsWith("A:10:12 "));
 
     MarkFolder(0);
     EXPECT_EQ(markedFiles(), "");
-    EXPECT_EQ(count("Files\\A"), 0);
-    EXPECT_EQ(image("Files\\A"), 9);
-    EXPECT_EQ(image("Files\\A\\B"), 9);
-    EXPECT_EQ(image("Files\\A\\a"), 6);
-    EXPECT_EQ(image("Files\\A\\rom"), 8);
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 a:6:0 rom:8:0");
 }
 
 TEST_F(FolderMarkingTest, OnlyAFolderIsMarkedThisWay)
 {
-    write("a");
+    write({"a"});
     EXPECT_EQ(MarkFolder(1), 0U);  // nothing selected
     open("Files");
     for (const char* each : {"Files", "Databases", "Registry", "Files\\a"}) {
@@ -48,73 +41,58 @@ TEST_F(FolderMarkingTest, OnlyAFolderIsMarkedThisWay)
     EXPECT_EQ(markedFiles(), "\\a");  // by the click
 }
 
-TEST_F(FolderMarkingTest, AncestorsKeepTheirTickUntilTheyAreListedAnew)
+TEST_F(FolderMarkingTest, FoldersAboveKeepTheirTickUntilTheyAreListedAgain)
 {
-    write("A/B/b");
-    write("A/a");
+    write({"A/B/b", "A/empty/"});
     open("Files\\A\\B");
     click("Files\\A\\B");
     MarkFolder(1);
-    EXPECT_EQ(count("Files\\A"), 1);
+    EXPECT_EQ(marks("Files\\A"), "A:10:1 B:10:1 b:7:1 empty:9:0");
     MarkFolder(0);
-    EXPECT_EQ(count("Files\\A"), 1);
-    EXPECT_EQ(image("Files\\A"), 10);
-    clickButton("Files");
-    open("Files");
-    EXPECT_EQ(image("Files\\A"), 9);
-}
+    EXPECT_EQ(marks("Files\\A"), "A:10:1 B:9:0 b:6:0 empty:9:0");
+    listAgain("Files\\A");
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 empty:9:0");
 
-TEST_F(FolderMarkingTest, EmptyFolderShowsATickThatNoListHolds)
-{
-    makeFolder("A/empty");
-    open("Files\\A");
     click("Files\\A\\empty");
     MarkFolder(1);
-    EXPECT_EQ(image("Files\\A\\empty"), 10);
-    EXPECT_EQ(image("Files\\A"), 10);
-    EXPECT_EQ(count("Files\\A"), 0);
+    EXPECT_EQ(marks("Files\\A"), "A:10:0 B:9:0 empty:10:0");
     EXPECT_EQ(markedFiles(), "");
-    clickButton("Files");
-    open("Files");
-    EXPECT_EQ(image("Files\\A"), 9);
+    listAgain("Files\\A");
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 empty:9:0");
 }
 
-TEST_F(FolderMarkingTest, ListedChildrenLoseWhatTheyNeverHad)
+TEST_F(FolderMarkingTest, UnmarkingTakesMoreFromListedChildrenThanTheyCount)
 {
-    for (const char* name : {"A/B/x", "A/B/y", "A/B/z", "A/a"})
-        write(name);
+    write({"A/B/x", "A/B/y", "A/B/z", "A/a"});
     open("Files\\A\\B");
     click("Files\\A\\B\\x");
     click("Files\\A");
-    MarkFolder(0);  // B stood at 1 and loses 3, a stood at 0
-    EXPECT_EQ(listed("Files\\A"), "B:9 a:6");
-    EXPECT_EQ(count("Files\\A\\B"), 0);
-    EXPECT_EQ(count("Files\\A\\a"), 0);
+    MarkFolder(0);  // takes 3 from B, which counts 1, and 1 from a, which counts 0
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 x:6:0 y:6:0 z:6:0 a:6:0");
 }
 
-TEST_F(FolderMarkingTest, FilterByAttributeHoldsAndThatByExtensionOnlyCounts)
+TEST_F(FolderMarkingTest, AttributesKeepAFileFromBeingMarkedAndExtensionsDont)
 {
-    for (const char* name : {"A/a.txt", "A/b.doc", "A/s.txt", "A/B/c.doc"})
-        write(name);
-    setAttributes("A/s.txt", 4);
+    write({"A/a.txt", "A/b.doc", "A/s.txt", "A/B/c.doc"});
+    setAttributes("A/s.txt", "0x4");
     gOptions.hiddenAttributes = 4;
     useFilter(u"txt");
     open("Files");
     click("Files\\A");
     MarkFolder(1);
-    EXPECT_EQ(markedFiles(), "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc \\A\\s.txt");
-    EXPECT_EQ(count("Files\\A"), 5 + 2);
+    const std::string all = "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc \\A\\s.txt";
+    EXPECT_EQ(markedFiles(), all);
+    EXPECT_EQ(marks("Files\\A"), "A:10:7");  // five entries, and the two that the extension fits once more
     gOptions.hideByAttribute = 1;
     MarkFolder(0);  // what is hidden keeps its mark
     EXPECT_EQ(markedFiles(), "\\A\\s.txt");
     MarkFolder(1);
-    EXPECT_EQ(markedFiles(), "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc \\A\\s.txt");
+    EXPECT_EQ(markedFiles(), all);
 }
 
-TEST_F(FolderMarkingTest, FilterByDateHoldsAndAFileThatCannotBeOpenedIsOlderThanAnyDate)
+TEST_F(FolderMarkingTest, DateHidesOlderFilesAndThoseThatCannotBeOpened)
 {
-    for (const char* name : {"A/B/old", "A/B/new", "A/open"})
-        write(name);
+    write({"A/B/old", "A/B/new", "A/open"});
     setTime("A/B/old", 1000);
     setTime("A/B/new", 2000);
     HANDLE user = CreateFileW(u"\\A\\open", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -122,7 +100,7 @@ TEST_F(FolderMarkingTest, FilterByDateHoldsAndAFileThatCannotBeOpenedIsOlderThan
     gOptions.newerThanOn = 1;
     gOptions.newerThan = {1, 0};
     open("Files\\A");
-    EXPECT_EQ(listed("Files\\A"), "B:9");
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0");
     click("Files\\A");
     MarkFolder(1);
     EXPECT_EQ(markedFiles(), "\\A\\B\\new \\A\\B\\old");

@@ -5,193 +5,161 @@
 
 #include "ce/store.h"
 
+#include <gmock/gmock.h>
+
 namespace {
+
+using platform::window::TreePart;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 class ItemMarkingTest : public TreeTest {};
 
 TEST_F(ItemMarkingTest, TreeBeginsWithThreeCollapsedItems)
 {
-    EXPECT_EQ(listed(""), "Databases:0 Files:2 Registry:15");
+    EXPECT_THAT(listed(""), ElementsAre("Databases", "Files", "Registry"));
     EXPECT_TRUE(hasButton("Databases") && hasButton("Files") && !hasButton("Registry"));
-    EXPECT_EQ(listed("Files"), "");
+    EXPECT_EQ(marks("Databases") + " " + marks("Files") + " " + marks("Registry"),
+              "Databases:0:0 Files:2:0 Registry:15:0");
     EXPECT_EQ(ToggleItem(nullptr), 1U);
     EXPECT_EQ(RefreshMarks(nullptr), 1U);
 }
 
 TEST_F(ItemMarkingTest, OneClickIsOneToggleWhateverIsSelected)
 {
-    write("a.txt");
-    write("b.txt");
+    write({"a", "ab"});
     open("Files");
-    click("Files\\a.txt");
-    EXPECT_EQ(image("Files\\a.txt"), 7);
-    click("Files\\b.txt");
-    EXPECT_EQ(markedFiles(), "\\a.txt \\b.txt");
-    click("Files\\a.txt");  // marked, and not selected
-    click("Files\\b.txt");
-    click("Files\\b.txt");  // selected already
-    EXPECT_EQ(markedFiles(), "\\b.txt");
-    EXPECT_EQ(image("Files\\a.txt"), 6);
-    EXPECT_EQ(count("Files"), 0);
+    click("Files\\ab");
+    EXPECT_EQ(marks("Files"), "Files:2:0 a:6:0 ab:7:1");
+    click("Files\\a");
+    EXPECT_EQ(markedFiles(), "\\a \\ab");
+    click("Files\\ab");  // marked, and not selected
+    click("Files\\a");
+    click("Files\\a");  // selected already
+    EXPECT_EQ(markedFiles(), "\\a");
+    EXPECT_EQ(marks("Files"), "Files:2:0 a:7:1 ab:6:0");
 
     UpdateRootImages();
-    EXPECT_EQ(image("Files"), 3);
+    EXPECT_EQ(marks("Files"), "Files:3:0 a:7:1 ab:6:0");
     click("Files");
-    click("Files\\b.txt");
+    click("Files\\a");
     UpdateRootImages();
-    EXPECT_EQ(image("Files"), 2);
+    EXPECT_EQ(marks("Files"), "Files:2:0 a:6:0 ab:6:0");
 }
 
-TEST_F(ItemMarkingTest, PictureMarksLikeTheTextAndTheRowBesideItOnlyWhatIsSelected)
+TEST_F(ItemMarkingTest, ClickOnTheIconMarksLikeOneOnTheLabelAndOneBesideThemOnlyTheSelectedItem)
 {
-    using platform::window::TreePart;
-    write("a");
-    write("F/b");
+    write({"a", "F/b"});
     open("Files\\F");
-    clickOn("Files\\a", TreePart::Icon);
+    click("Files\\a", TreePart::Icon);
     EXPECT_EQ(markedFiles(), "\\a");
-    clickOn("Files\\F\\b", TreePart::Icon);
-    clickOn("Files\\F\\b", TreePart::Icon);
+    click("Files\\F\\b", TreePart::Icon);
+    click("Files\\F\\b", TreePart::Icon);
     EXPECT_EQ(markedFiles(), "\\a");
     for (const TreePart part : {TreePart::Right, TreePart::Indent}) {
-        clickOn("Files\\a", part);  // another one is selected, and stays so
+        click("Files\\a", part);  // the other one stays selected
         EXPECT_EQ(markedFiles(), "\\a");
         EXPECT_EQ(selected(), "b");
-        clickOn("Files\\F\\b", part);
+        click("Files\\F\\b", part);
         EXPECT_EQ(markedFiles(), "\\F\\b \\a");
-        clickOn("Files\\F\\b", part);
+        click("Files\\F\\b", part);
     }
-    clickOn("Files\\F", TreePart::Button);  // takes the selection along
+    clickButton("Files\\F");  // collapsing it selects it
     EXPECT_EQ(selected(), "F");
-    clickOn("Files\\F", TreePart::Button);
+    clickButton("Files\\F");
     EXPECT_EQ(markedFiles(), "\\a");
 }
 
-TEST_F(ItemMarkingTest, ArrowKeysToggleWhatTheyLandOn)
+TEST_F(ItemMarkingTest, ArrowKeysToggleTheItemThatTheySelect)
 {
-    for (const char* name : {"a", "b", "c"})
-        write(name);
+    write({"a", "b", "c"});
     open("Files");
     click("Files");
-    const std::string order = listed("Files");  // the host's
     for (int i = 0; i < 3; i++)
         press(VK_DOWN);
     EXPECT_EQ(markedFiles(), "\\a \\b \\c");
     press(VK_UP);
     press(VK_UP);
     press(VK_LEFT);  // to "Files", which is not toggled
-    EXPECT_EQ(markedFiles(), std::string("\\") + order.substr(order.rfind(' ') + 1, 1));
+    EXPECT_EQ(markedFiles(), "\\" + listed("Files").back());
     EXPECT_EQ(selected(), "Files");
 }
 
 TEST_F(ItemMarkingTest, FoldersAboveCountTheirFiles)
 {
-    write("A/B/C/one");
-    write("A/B/C/two");
-    open("Files\\A\\B\\C");
-    click("Files\\A\\B\\C\\one");
-    click("Files\\A\\B\\C\\two");
-    for (const char* folder : {"Files\\A", "Files\\A\\B", "Files\\A\\B\\C"}) {
-        EXPECT_EQ(count(folder), 2) << folder;
-        EXPECT_EQ(image(folder), 10);
-    }
-    click("Files\\A\\B\\C\\one");
-    EXPECT_EQ(count("Files\\A"), 1);
-    EXPECT_EQ(image("Files\\A"), 10);
-    click("Files\\A\\B\\C\\two");
-    EXPECT_EQ(count("Files\\A"), 0);
-    EXPECT_EQ(image("Files\\A"), 9);
-}
+    write({"A/B/one", "A/B/two"});
+    open("Files\\A\\B");
+    click("Files\\A\\B\\one");
+    click("Files\\A\\B\\two");
+    EXPECT_EQ(marks("Files"), "Files:2:0 A:10:2 B:10:2 one:7:1 two:7:1");
+    click("Files\\A\\B\\one");
+    EXPECT_EQ(marks("Files\\A"), "A:10:1 B:10:1 one:6:0 two:7:1");
+    click("Files\\A\\B\\two");
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 one:6:0 two:6:0");
 
-// Listed anew, a folder counts 1 whatever lies below; going below zero is zero.
-TEST_F(ItemMarkingTest, CountNeverGoesBelowZero)
-{
-    write("A/one");
-    write("A/two");
-    open("Files\\A");
-    click("Files\\A\\one");
-    click("Files\\A\\two");
-    clickButton("Files");
-    open("Files\\A");
-    EXPECT_EQ(count("Files\\A"), 1);
-    click("Files\\A\\one");
-    EXPECT_EQ(count("Files\\A"), 0);
-    EXPECT_EQ(image("Files\\A"), 9);
-    click("Files\\A\\two");
-    EXPECT_EQ(count("Files\\A"), 0);
-    EXPECT_EQ(image("Files\\A"), 9);
+    click("Files\\A\\B\\one");
+    click("Files\\A\\B\\two");
+    listAgain("Files\\A\\B");  // a folder that is listed again counts 1, however many marks lie below it
+    EXPECT_EQ(marks("Files\\A"), "A:10:1 B:10:1 one:7:1 two:7:1");
+    click("Files\\A\\B\\one");
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 one:6:0 two:7:1");
+    click("Files\\A\\B\\two");  // a count never goes below zero
+    EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 one:6:0 two:6:0");
     EXPECT_EQ(markedFiles(), "");
 }
 
 TEST_F(ItemMarkingTest, CollapsingKeepsMarksAndTogglesNothing)
 {
-    for (const char* name : {"A/a", "A/b", "A/c"})
-        write(name);
+    write({"A/a", "A/b"});
     open("Files\\A");
     click("Files\\A\\b");
-    clickButton("Files\\A");  // the selected file goes with the others
+    clickButton("Files\\A");  // its files leave the tree, the selected one too
     EXPECT_EQ(markedFiles(), "\\A\\b");
     EXPECT_EQ(selected(), "A");
-    EXPECT_EQ(count("Files\\A"), 1);
-    EXPECT_EQ(listed("Files\\A"), "");
+    EXPECT_EQ(marks("Files\\A"), "A:10:1");
     EXPECT_TRUE(hasButton("Files\\A"));
     open("Files\\A");
-    EXPECT_EQ(image("Files\\A\\b"), 7);
+    EXPECT_EQ(marks("Files\\A"), "A:10:1 a:6:0 b:7:1");
     click("Files\\A\\b");
     click("Files\\A\\b");
 
     ResetFilesRoot();
-    EXPECT_EQ(listed("Files"), "");
+    EXPECT_THAT(listed("Files"), IsEmpty());
     EXPECT_EQ(markedFiles(), "\\A\\b");
     EXPECT_EQ(selected(), "Files");
     RenewLists();  // as a run does
     open("Files\\A");
-    EXPECT_EQ(image("Files\\A\\b"), 6);
+    EXPECT_EQ(marks("Files"), "Files:2:0 A:9:0 a:6:0 b:6:0");
     ResetFilesRoot();
     clickButton("Files");
-    EXPECT_EQ(listed("Files"), "A:9");
+    EXPECT_EQ(marks("Files"), "Files:2:0 A:9:0");
 }
 
-TEST_F(ItemMarkingTest, RegistryAndDatabasesAreMarkedByThemselves)
+TEST_F(ItemMarkingTest, DatabasesAndTheRegistryAreMarkedInTheirOwnLists)
 {
     for (const WCHAR* name : {u"Tasks", u"appointments", u"\\hidden", u"Contacts"})
         ASSERT_NE(CeCreateDatabase(name, 0, 0, nullptr), 0U);
     clickButton("Databases");
-    EXPECT_EQ(listed("Databases"), "appointments:11 Contacts:11 Tasks:11");
+    EXPECT_THAT(listed("Databases"), ElementsAre("appointments", "Contacts", "Tasks"));
     click("Databases\\Contacts");
     click("Databases\\Tasks");
-    EXPECT_EQ(listed("Databases"), "appointments:11 Contacts:12 Tasks:12");
     UpdateRootImages();
-    EXPECT_EQ(image("Databases"), 1);
+    EXPECT_EQ(marks("Databases"), "Databases:1:0 Contacts:12:1 Tasks:12:1 appointments:11:0");
     RenewLists();
-    click("Databases\\Contacts");  // what it shows is old: it is added
-    EXPECT_EQ(count("Databases\\Contacts"), 2);
+    click("Databases\\Contacts");  // its image is out of date: the click adds it to the list
+    EXPECT_EQ(marks("Databases\\Contacts"), "Contacts:12:2");
     EXPECT_EQ(gDatabaseList->Count(), 1U);
     click("Databases\\Contacts");
-    EXPECT_EQ(count("Databases\\Contacts"), 1);
-    EXPECT_EQ(image("Databases\\Contacts"), 12);
+    EXPECT_EQ(marks("Databases\\Contacts"), "Contacts:12:1");
     clickButton("Databases");
     clickButton("Databases");
-    EXPECT_EQ(listed("Databases"), "appointments:11 Contacts:11 Tasks:11");
+    EXPECT_EQ(marks("Databases"), "Databases:1:0 Contacts:11:0 Tasks:11:0 appointments:11:0");
 
-    click("Registry");
-    EXPECT_EQ(image("Registry"), 16);
-    EXPECT_EQ(gRegistryMarked, 1U);
-    click("Registry");
-    EXPECT_EQ(image("Registry"), 15);
-    EXPECT_EQ(gRegistryMarked, 0U);
-}
-
-TEST_F(ItemMarkingTest, FileWhosePathBeginsAnotherIsItsOwn)
-{
-    write("a");
-    write("ab");
-    open("Files");
-    click("Files\\ab");
-    EXPECT_EQ(image("Files\\a"), 6);
-    click("Files\\a");
-    click("Files\\ab");
-    EXPECT_EQ(markedFiles(), "\\a");
+    for (const DWORD marked : {1U, 0U}) {
+        click("Registry");
+        EXPECT_EQ(gRegistryMarked, marked);
+        EXPECT_EQ(marks("Registry"), marked ? "Registry:16:1" : "Registry:15:0");
+    }
 }
 
 }  // namespace

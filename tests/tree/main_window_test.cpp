@@ -1,4 +1,5 @@
 // The program's entry point on a thread of its own, without a script and without a display.
+#include "controls/bands_display.h"
 #include "set/set_state.h"
 #include "tree/tree_model.h"
 #include "tree_fixture.h"
@@ -61,6 +62,9 @@ TEST_F(MainWindowTest, TreeFillsTheWindowBelowItsBands)
     SendMessageW(window, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&header));
     const auto height = static_cast<int>(SendMessageW(gCommandBands, RB_GETBARHEIGHT, 0, 0));
     EXPECT_GT(height, 0);
+    const std::vector<BandState> bands = bandsOf(gCommandBands);
+    ASSERT_EQ(bands.size(), 2U);
+    EXPECT_EQ(bands[1].place.left, 145);  // the first band has the width that the program gave it
     RECT client = {};
     ASSERT_TRUE(GetClientRect(window, &client));
     WindowState tree;

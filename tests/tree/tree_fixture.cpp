@@ -1,5 +1,3 @@
-// tree_fixture.cpp - see tree_fixture.h.
-
 #include "tree_fixture.h"
 
 #include "engine/options.h"
@@ -10,17 +8,19 @@
 
 #include "text/host_name.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/xattr.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <set>
 #include <sstream>
 
 using namespace platform::window;
+
+using platform::text::toUtf8;
 
 namespace fs = std::filesystem;
 
@@ -33,15 +33,24 @@ LRESULT windowProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-std::string asHost(const std::u16string& text)
+TreeItemState stateOf(HTREEITEM item)
 {
-    const auto name = platform::text::toHostName(text);
-    return name ? *name : "?";
+    TreeItemState state;
+    (void)readTreeItem(gTreeView, item, state);
+    return state;
 }
 
-void send(HTREEITEM item, TreePart part)
+std::vector<TreeItemState> childrenOf(HTREEITEM item)
 {
-    SendMessageW(gTreeView, InputClick, reinterpret_cast<WPARAM>(item), static_cast<LPARAM>(part));
+    return readTreeItems(gTreeView, treeItemsBelow(gTreeView, item));
+}
+
+std::string joined(const auto& parts)
+{
+    std::string all;
+    for (const std::string& part : parts)
+        all += (all.empty() ? "" : " ") + part;
+    return all;
 }
 
 }  // namespace
@@ -77,30 +86,26 @@ TreeTest::~TreeTest()
     fs::remove_all(folder_);
 }
 
-void TreeTest::write(const std::string& name) const
+void TreeTest::write(std::initializer_list<const char*> names) const
 {
-    const fs::path path = folder_ / "object-store" / name;
-    fs::create_directories(path.parent_path());
-    std::ofstream(path) << "content";
+    for (const char* name : names) {
+        const fs::path path = folder_ / "object-store" / name;
+        fs::create_directories(path.parent_path());
+        if (path.has_filename())
+            std::ofstream(path) << "content";
+    }
 }
 
-void TreeTest::makeFolder(const std::string& name) const
+void TreeTest::setAttributes(const std::string& name, const std::string& attributes) const
 {
-    fs::create_directories(folder_ / "object-store" / name);
-}
-
-void TreeTest::setAttributes(const std::string& name, DWORD attributes) const
-{
-    char text[16];
-    const int length = std::snprintf(text, sizeof text, "0x%x", attributes);
     const fs::path path = folder_ / "object-store" / name;
-    ASSERT_EQ(setxattr(path.c_str(), "user.DOSATTRIB", text, static_cast<std::size_t>(length), 0), 0);
+    ASSERT_EQ(setxattr(path.c_str(), "user.DOSATTRIB", attributes.data(), attributes.size(), 0), 0);
 }
 
 void TreeTest::setTime(const std::string& name, std::int64_t seconds) const
 {
-    const timespec times[] = {{seconds, 0}, {seconds, 0}};
-    ASSERT_EQ(utimensat(AT_FDCWD, (folder_ / "object-store" / name).c_str(), times, 0), 0);
+    const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
+    fs::last_write_time(folder_ / "object-store" / name, std::chrono::file_clock::from_sys(time));
 }
 
 HTREEITEM TreeTest::item(const std::string& path)
@@ -109,46 +114,21 @@ HTREEITEM TreeTest::item(const std::string& path)
     std::string part;
     HTREEITEM found = nullptr;
     while (std::getline(parts, part, '\\')) {
-        HTREEITEM next = nullptr;
-        for (const TreeItemState& state : readTreeItems(gTreeView, treeItemsBelow(gTreeView, found))) {
-            if (asHost(state.text) == part) {
-                next = state.item;
-                break;
-            }
-        }
-        if (!next)
+        const std::vector<TreeItemState> children = childrenOf(found);
+        const auto next =
+            std::ranges::find(children, part, [](const TreeItemState& child) { return toUtf8(child.text); });
+        if (next == children.end())
             return nullptr;
-        found = next;
+        found = next->item;
     }
     return found;
 }
 
-namespace {
-
-TreeItemState stateOf(HTREEITEM item)
+void TreeTest::click(const std::string& path, TreePart part)
 {
-    TreeItemState state;
-    state.image = -1;
-    (void)readTreeItem(gTreeView, item, state);
-    return state;
-}
-
-}  // namespace
-
-void TreeTest::click(const std::string& path)
-{
-    clickOn(path, TreePart::Label);
-}
-
-void TreeTest::clickButton(const std::string& path)
-{
-    clickOn(path, TreePart::Button);
-}
-
-void TreeTest::clickOn(const std::string& path, TreePart part)
-{
-    ASSERT_NE(item(path), nullptr) << path;
-    send(item(path), part);
+    HTREEITEM clicked = item(path);
+    ASSERT_NE(clicked, nullptr) << path;
+    SendMessageW(gTreeView, InputClick, reinterpret_cast<WPARAM>(clicked), static_cast<LPARAM>(part));
 }
 
 void TreeTest::press(WORD key)
@@ -166,15 +146,10 @@ void TreeTest::open(const std::string& path)
     }
 }
 
-int TreeTest::image(const std::string& path)
+void TreeTest::listAgain(const std::string& path)
 {
-    return stateOf(item(path)).image;
-}
-
-int TreeTest::count(const std::string& path)
-{
-    ::TreeItem found;
-    return ReadTreeItem(item(path), found, false) ? MarkCountOf(found.parameter) : -1;
+    clickButton("Files");
+    open(path);
 }
 
 void TreeTest::setCount(const std::string& path, WORD count)
@@ -185,6 +160,30 @@ void TreeTest::setCount(const std::string& path, WORD count)
     WriteTreeItem(found);
 }
 
+std::string TreeTest::marksFrom(HTREEITEM item)
+{
+    ::TreeItem found;
+    if (!ReadTreeItem(item, found, false))
+        return "";
+    const TreeItemState state = stateOf(item);
+    std::vector<std::string> all = {toUtf8(state.text) + ":" + std::to_string(state.image) + ":" +
+                                    std::to_string(MarkCountOf(found.parameter))};
+    std::map<std::string, HTREEITEM> children;
+    for (const TreeItemState& child : childrenOf(item))
+        children.emplace(toUtf8(child.text), child.item);
+    for (const auto& [name, child] : children)
+        all.push_back(marksFrom(child));
+    return joined(all);
+}
+
+std::vector<std::string> TreeTest::listed(const std::string& path)
+{
+    std::vector<std::string> names;
+    for (const TreeItemState& state : childrenOf(item(path)))
+        names.push_back(toUtf8(state.text));
+    return names;
+}
+
 bool TreeTest::hasButton(const std::string& path)
 {
     return stateOf(item(path)).hasButton;
@@ -192,15 +191,7 @@ bool TreeTest::hasButton(const std::string& path)
 
 std::string TreeTest::selected()
 {
-    return asHost(stateOf(NextTreeItem(TVGN_CARET, nullptr)).text);
-}
-
-std::string TreeTest::listed(const std::string& path)
-{
-    std::string children;
-    for (const TreeItemState& state : readTreeItems(gTreeView, treeItemsBelow(gTreeView, item(path))))
-        children += (children.empty() ? "" : " ") + asHost(state.text) + ":" + std::to_string(state.image);
-    return children;
+    return toUtf8(stateOf(NextTreeItem(TVGN_CARET, nullptr)).text);
 }
 
 std::string TreeTest::markedFiles()
@@ -208,17 +199,9 @@ std::string TreeTest::markedFiles()
     std::multiset<std::string> names;
     WCHAR name[MAX_PATH] = {};
     DWORD bytes = 0;
-    for (BOOL more = gFileList->First(name, &bytes); more; more = gFileList->Next(name, &bytes)) {
-        const std::u16string text(name);
-        std::string host;
-        for (std::size_t at = 0; at < text.size(); at = std::min(text.find(u'\\', at + 1), text.size()))
-            host += "\\" + asHost(text.substr(at + 1, std::min(text.find(u'\\', at + 1), text.size()) - at - 1));
-        names.insert(host);
-    }
-    std::string all;
-    for (const std::string& each : names)
-        all += (all.empty() ? "" : " ") + each;
-    return all;
+    for (BOOL more = gFileList->First(name, &bytes); more; more = gFileList->Next(name, &bytes))
+        names.insert(toUtf8(name));
+    return joined(names);
 }
 
 void TreeTest::useFilter(const std::u16string& extensions)
