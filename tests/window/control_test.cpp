@@ -1,16 +1,16 @@
-// Buttons, edits, list boxes and progress bars by their messages and by the user's hand.
+// Buttons, edits, list boxes and progress bars, driven by messages and by the user.
 #include "controls/list_display.h"
 #include "test_user.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numeric>
+#include <climits>
 
 namespace platform::window::test {
 namespace {
 
-// A parent that notes what its controls notify, on the test's own thread.
+// The notification codes that the parent received from its controls.
 std::vector<int>* gCodes;
 
 LRESULT noting(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
@@ -47,14 +47,10 @@ protected:
         }
     }
 
-    LRESULT add(HWND box, const std::u16string& text)
-    {
-        return SendMessageW(box, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
-    }
+    LRESULT add(HWND box, const std::u16string& text) { return send(box, LB_ADDSTRING, 0, text.c_str()); }
     LRESULT find(HWND box, const std::u16string& text, long after = -1)
     {
-        return SendMessageW(box, LB_FINDSTRINGEXACT, static_cast<WPARAM>(after),
-                            reinterpret_cast<LPARAM>(text.c_str()));
+        return send(box, LB_FINDSTRINGEXACT, static_cast<WPARAM>(after), text.c_str());
     }
     std::u16string rows(HWND box)
     {
@@ -64,11 +60,13 @@ protected:
         return all;
     }
 
+    LRESULT check(HWND button) { return send(button, BM_GETCHECK); }
+
     std::vector<int> codes;
     HWND parent;
 };
 
-TEST_F(ControlTest, MessageThatAControlDoesntKnowIsAnsweredWithZeroAndChangesNothing)
+TEST_F(ControlTest, MessageForAnotherControlIsAnsweredWithZeroAndChangesNothing)
 {
     for (const WCHAR* name :
          {u"Button", u"sTATIC", u"Edit", u"ListBox", u"msctls_progress32", u"SysTreeView32", u"SysDateTimePick32"}) {
@@ -77,95 +75,90 @@ TEST_F(ControlTest, MessageThatAControlDoesntKnowIsAnsweredWithZeroAndChangesNot
         SetWindowTextW(control, u"text");
         codes.clear();
         for (const UINT message : {BM_GETCHECK, LB_RESETCONTENT, PBM_SETSTEP + 400})
-            EXPECT_EQ(SendMessageW(control, message, 0, 0), 0);
+            EXPECT_EQ(send(control, message), 0);
         EXPECT_EQ(textOf(control), u"text");
         EXPECT_TRUE(codes.empty());
     }
-    EXPECT_EQ(SendMessageW(make(u"Button", BS_AUTOCHECKBOX), LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(u"row")), 0);
+    EXPECT_EQ(add(make(u"Button", BS_AUTOCHECKBOX), u"row"), 0);
 }
 
-TEST_F(ControlTest, CheckIsAlreadyNewWhenTheClickIsNotifiedAndMessagesNotifyNothing)
+TEST_F(ControlTest, ClickIsNotifiedAfterTheCheckHasChangedAndMessagesAreNotNotified)
 {
     const HWND box = make(u"Button", BS_AUTOCHECKBOX);
-    SendMessageW(box, BM_SETCHECK, BST_CHECKED, 0);
-    EXPECT_EQ(SendMessageW(box, BM_GETCHECK, 0, 0), 1);
+    send(box, BM_SETCHECK, BST_CHECKED);
+    EXPECT_EQ(check(box), 1);
     EXPECT_TRUE(codes.empty());
-    SendMessageW(box, BM_CLICK, 0, 0);
-    EXPECT_EQ(SendMessageW(box, BM_GETCHECK, 0, 0), 0);
+    send(box, BM_CLICK);
+    EXPECT_EQ(check(box), 0);
     EXPECT_EQ(codes, std::vector<int>{BN_CLICKED});
-    SendMessageW(box, BM_SETCHECK, 5, 0);
-    EXPECT_EQ(SendMessageW(box, BM_GETCHECK, 0, 0), 1);
+    send(box, BM_SETCHECK, 5);
+    EXPECT_EQ(check(box), 1);
     EnableWindow(box, FALSE);
-    SendMessageW(box, BM_CLICK, 0, 0);
-    EXPECT_EQ(SendMessageW(box, BM_GETCHECK, 0, 0), 1);
+    send(box, BM_CLICK);
+    EXPECT_EQ(check(box), 1);
     const HWND frame = make(u"Button", BS_GROUPBOX);
-    SendMessageW(frame, BM_SETCHECK, BST_CHECKED, 0);
-    EXPECT_EQ(SendMessageW(frame, BM_GETCHECK, 0, 0), 0);
+    send(frame, BM_SETCHECK, BST_CHECKED);
+    EXPECT_EQ(check(frame), 0);
 }
 
-TEST_F(ControlTest, ProgressBarStandsAtItsTopAndStartsOverAboveIt)
+TEST_F(ControlTest, ProgressBarStopsAtItsTopAndStartsOverWithTheNextStep)
 {
     const HWND bar = make(u"msctls_progress32", 0);
-    const auto send = [bar](UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
-        return SendMessageW(bar, message, wParam, lParam);
+    EXPECT_EQ(SendMessageW(bar, PBM_SETRANGE, 0, static_cast<LPARAM>(MAKELONG(0, 1500))),
+              static_cast<LRESULT>(MAKELONG(0, 100)));
+    const struct {
+        UINT message;
+        WPARAM value;
+        LRESULT answer;
+        LRESULT position;
+    } steps[] = {
+        {PBM_SETSTEP, 10, 10, 0},       {PBM_SETPOS, 1490, 0, 1490},
+        {PBM_STEPIT, 0, 1490, 1500},    {PBM_STEPIT, 0, 1500, 0},
+        {PBM_SETSTEP, 0, 10, 0},        {PBM_STEPIT, 0, 0, 0},
+        {PBM_SETPOS, INT_MAX, 0, 1500}, {PBM_SETSTEP, INT_MAX, 0, 1500},
+        {PBM_STEPIT, 0, 1500, 0},       {PBM_DELTAPOS, static_cast<WPARAM>(-5), 0, 0},
     };
-    EXPECT_EQ(send(PBM_SETRANGE, 0, static_cast<LPARAM>(MAKELONG(0, 1500))), static_cast<LRESULT>(MAKELONG(0, 100)));
-    EXPECT_EQ(send(PBM_SETSTEP, 10), 10);
-    EXPECT_EQ(send(PBM_SETPOS, 1490), 0);
-    EXPECT_EQ(send(PBM_STEPIT), 1490);
-    EXPECT_EQ(send(PBM_GETPOS), 1500);
-    EXPECT_EQ(send(PBM_STEPIT), 1500);
-    EXPECT_EQ(send(PBM_GETPOS), 0);
-    send(PBM_SETSTEP, 0);
-    send(PBM_STEPIT);
-    EXPECT_EQ(send(PBM_GETPOS), 0);
-    send(PBM_SETPOS, 0x7FFFFFFF);
-    EXPECT_EQ(send(PBM_GETPOS), 1500);
-    send(PBM_SETSTEP, 0x7FFFFFFF);
-    send(PBM_STEPIT);
-    EXPECT_EQ(send(PBM_GETPOS), 0);
-    send(PBM_DELTAPOS, static_cast<WPARAM>(-5));
-    EXPECT_EQ(send(PBM_GETPOS), 0);
+    for (const auto& [message, value, answer, position] : steps) {
+        EXPECT_EQ(send(bar, message, value), answer) << message << " " << value;
+        EXPECT_EQ(send(bar, PBM_GETPOS), position) << message << " " << value;
+    }
 }
 
 TEST_F(ControlTest, BadIndexIsNeverTakenForARow)
 {
     const HWND box = make(u"ListBox", LBS_SORT | LBS_NOTIFY);
-    EXPECT_EQ(SendMessageW(box, LB_GETCURSEL, 0, 0), LB_ERR);
+    EXPECT_EQ(send(box, LB_GETCURSEL), LB_ERR);
     add(box, u"only");
     for (const WPARAM bad : {static_cast<WPARAM>(LB_ERR), WPARAM{1}, WPARAM{0xFFFFFFFF}}) {
         WCHAR text[8] = u"kept";
-        EXPECT_EQ(SendMessageW(box, LB_GETSEL, bad, 0), LB_ERR);
-        EXPECT_EQ(SendMessageW(box, LB_DELETESTRING, bad, 0), LB_ERR);
-        EXPECT_EQ(SendMessageW(box, LB_GETTEXT, bad, reinterpret_cast<LPARAM>(text)), LB_ERR);
+        EXPECT_EQ(send(box, LB_GETSEL, bad), LB_ERR);
+        EXPECT_EQ(send(box, LB_DELETESTRING, bad), LB_ERR);
+        EXPECT_EQ(send(box, LB_GETTEXT, bad, text), LB_ERR);
         EXPECT_EQ(std::u16string(text), u"kept");
     }
-    EXPECT_EQ(SendMessageW(box, LB_GETSEL, 0, 0), 0);
-    EXPECT_EQ(SendMessageW(box, LB_SETCURSEL, 0, 0), 0);
-    EXPECT_EQ(SendMessageW(box, LB_GETSEL, 0, 0), 1);
-    EXPECT_EQ(SendMessageW(box, LB_DELETESTRING, 0, 0), 0);
-    EXPECT_EQ(SendMessageW(box, LB_GETCURSEL, 0, 0), LB_ERR);
+    EXPECT_EQ(send(box, LB_GETSEL, 0), 0);
+    EXPECT_EQ(send(box, LB_SETCURSEL, 0), 0);
+    EXPECT_EQ(send(box, LB_GETSEL, 0), 1);
+    EXPECT_EQ(send(box, LB_DELETESTRING, 0), 0);
+    EXPECT_EQ(send(box, LB_GETCURSEL), LB_ERR);
     EXPECT_TRUE(codes.empty());
 }
 
-TEST_F(ControlTest, SortedBoxSaysWhereARowWentAndFindsItWithoutCase)
+TEST_F(ControlTest, SortedBoxReturnsWhereARowWentAndFindsItWithoutCase)
 {
     const HWND box = make(u"ListBox", LBS_SORT);
-    EXPECT_EQ(add(box, u"Registry"), 0);
-    EXPECT_EQ(add(box, u"File:b"), 0);
-    EXPECT_EQ(add(box, u"database:x"), 0);
-    EXPECT_EQ(add(box, u"FILE:A"), 1);
-    EXPECT_EQ(add(box, u"file:a"), 2);
+    for (const auto& [text, row] :
+         {std::pair{u"Registry", 0}, {u"File:b", 0}, {u"database:x", 0}, {u"FILE:A", 1}, {u"file:a", 2}})
+        EXPECT_EQ(add(box, text), row);
     EXPECT_EQ(rows(box), u"database:x FILE:A file:a File:b Registry ");
     EXPECT_EQ(find(box, u"File:a"), 1);
     EXPECT_EQ(find(box, u"File:a", 1), 2);
-    EXPECT_EQ(find(box, u"File:a", 2), 1);  // round the end
+    EXPECT_EQ(find(box, u"File:a", 2), 1);  // the search goes on from the top
     EXPECT_EQ(find(box, u"registry"), 4);
-    EXPECT_EQ(find(box, u"File:"), LB_ERR);  // the whole text
+    EXPECT_EQ(find(box, u"File:"), LB_ERR);  // it compares the whole text
     EXPECT_EQ(findListRow(box, u"file:a"), 2);
     EXPECT_EQ(findListRow(box, u"File:a"), -1);
-    const std::u16string inserted = u"zzz";
-    EXPECT_EQ(SendMessageW(box, LB_INSERTSTRING, 0, reinterpret_cast<LPARAM>(inserted.c_str())), 0);
+    EXPECT_EQ(send(box, LB_INSERTSTRING, 0, u"zzz"), 0);
     EXPECT_EQ(find(box, u"ZZZ"), 0);
     EXPECT_EQ(find(box, u"registry"), 5);
     EXPECT_EQ(find(box, u"File:a", 2), 3);
@@ -177,31 +170,29 @@ TEST_F(ControlTest, HundredThousandRowsInAnyOrderAreSortedAndFound)
     const HWND box = make(u"ListBox", LBS_SORT | LBS_MULTIPLESEL);
     const HWND unsorted = make(u"ListBox", 0);
     const auto text = [](long number) {
-        std::u16string digits = u"File:\\Documents and pictures\\000000";
-        for (std::size_t at = digits.size() - 1; number != 0; number /= 10, --at)
-            digits[at] = static_cast<char16_t>(u'0' + number % 10);
-        return digits;
+        const std::string digits = std::to_string(Count + number);
+        return u"File:\\Documents and pictures\\" + std::u16string(digits.begin(), digits.end());
     };
     for (long step = 0; step < Count; ++step) {
         const std::u16string row = text(step * 7919 % Count);  // a prime: each number once
         add(box, row);
         add(unsorted, row);
     }
-    SendMessageW(box, LB_SETSEL, TRUE, Count - 1);
+    send(box, LB_SETSEL, TRUE, reinterpret_cast<void*>(Count - 1));
     for (long number = 9; number < Count; number += 10) {
         ASSERT_EQ(find(box, text(number)), number);
-        ASSERT_EQ(SendMessageW(box, LB_GETSEL, static_cast<WPARAM>(number), 0), number == Count - 1);
+        ASSERT_EQ(send(box, LB_GETSEL, static_cast<WPARAM>(number)), number == Count - 1);
         ASSERT_GE(find(unsorted, text(number)), 0);
     }
-    EXPECT_EQ(SendMessageW(box, LB_GETSELCOUNT, 0, 0), 1);
+    EXPECT_EQ(send(box, LB_GETSELCOUNT), 1);
 }
 
-TEST_F(ControlTest, EachClickTurnsARowOfAMultipleBoxAndMovesThatOfASingleOne)
+TEST_F(ControlTest, EachClickTogglesARowOfAMultipleBoxAndMovesTheSelectionOfASingleOne)
 {
     TestUser user;
     const auto act = [](HWND control, auto post) {
         MSG message = {};
-        // The test is both user and owner thread: a timer's end makes the thread take input.
+        // This thread is both the user and the owner of the window, and takes input once it waits for a message.
         SetTimer(control, 99, 1, nullptr);
         GetMessageW(&message, control, WM_TIMER, WM_TIMER);
         KillTimer(control, 99);
@@ -214,18 +205,16 @@ TEST_F(ControlTest, EachClickTurnsARowOfAMultipleBoxAndMovesThatOfASingleOne)
     for (const HWND box : {multiple, single})
         for (const std::u16string name : {u"a", u"b", u"c"})
             add(box, name);
-    act(multiple, [&] { return postClick(multiple, 1); });
-    act(multiple, [&] { return postClick(multiple, 0); });
-    EXPECT_EQ(rows(multiple), u"a* b* c ");
-    act(multiple, [&] { return postClick(multiple, 1); });
-    act(multiple, [&] { return postClick(multiple, -1); });
-    EXPECT_EQ(rows(multiple), u"a* b c ");
+    for (const auto& [row, after] : {std::pair{1, u"a b* c "}, {0, u"a* b* c "}, {1, u"a* b c "}, {-1, u"a* b c "}}) {
+        act(multiple, [&] { return postClick(multiple, row); });
+        EXPECT_EQ(rows(multiple), after);
+    }
     press(multiple, VK_DOWN);
     press(multiple, VK_SPACE);
     press(multiple, VK_DOWN);
     EXPECT_EQ(rows(multiple), u"a* b c* ");
     EXPECT_EQ(codes, std::vector<int>(6, LBN_SELCHANGE));
-    EXPECT_EQ(SendMessageW(multiple, LB_GETCURSEL, 0, 0), 2);
+    EXPECT_EQ(send(multiple, LB_GETCURSEL), 2);
 
     codes.clear();
     act(single, [&] { return postClick(single, 1); });
@@ -236,19 +225,18 @@ TEST_F(ControlTest, EachClickTurnsARowOfAMultipleBoxAndMovesThatOfASingleOne)
     EXPECT_EQ(codes, (std::vector<int>{LBN_SELCHANGE, LBN_SELCHANGE, LBN_DBLCLK}));
     press(single, u'B');
     EXPECT_EQ(rows(single), u"a b* c ");
-    const std::u16string first = u"0";
-    SendMessageW(single, LB_INSERTSTRING, 0, reinterpret_cast<LPARAM>(first.c_str()));
-    EXPECT_EQ(SendMessageW(single, LB_GETCURSEL, 0, 0), 2);
+    send(single, LB_INSERTSTRING, 0, u"0");
+    EXPECT_EQ(send(single, LB_GETCURSEL), 2);
 }
 
-TEST_F(ControlTest, EditTakesWhatItMayAndNeverCutsACharacter)
+TEST_F(ControlTest, EditKeepsItsLimitAndNeverCutsACharacter)
 {
     const HWND edit = make(u"Edit", ES_AUTOHSCROLL);
     const auto type = [edit](const std::u16string& text) {
         for (const char16_t character : text)
             SendMessageW(edit, WM_CHAR, character, 0);
     };
-    SendMessageW(edit, EM_LIMITTEXT, 4, 0);
+    send(edit, EM_LIMITTEXT, 4);
     type(u"a\rb\u0007cde");
     EXPECT_EQ(textOf(edit), u"abcd");
     EXPECT_EQ(std::ranges::count(codes, EN_MAXTEXT), 1);
@@ -261,10 +249,9 @@ TEST_F(ControlTest, EditTakesWhatItMayAndNeverCutsACharacter)
     SendMessageW(edit, EM_SETSEL, 0, -1);
     press(edit, u'X');
     EXPECT_EQ(textOf(edit), u"x");
-    SendMessageW(edit, EM_SETREADONLY, 1, 0);
-    press(edit, u'Y');
-    press(edit, VK_BACK);
-    press(edit, VK_DELETE);
+    send(edit, EM_SETREADONLY, 1);
+    for (const WPARAM key : {WPARAM{u'Y'}, WPARAM{VK_BACK}, WPARAM{VK_DELETE}})
+        press(edit, key);
     EXPECT_EQ(textOf(edit), u"x");
     WCHAR text[4] = u"???";
     SetWindowTextW(edit, u"ab\U0001F600");
@@ -272,11 +259,11 @@ TEST_F(ControlTest, EditTakesWhatItMayAndNeverCutsACharacter)
     EXPECT_EQ(std::u16string(text), u"ab");
 }
 
-TEST_F(ControlTest, CaretOfAMultiLineEditNeverStandsInsideALineBreak)
+TEST_F(ControlTest, CaretOfAMultiLineEditIsNeverInsideALineBreak)
 {
     const HWND edit = make(u"Edit", ES_MULTILINE);
     SetWindowTextW(edit, u"ab\r\nc");
-    EXPECT_TRUE(codes.empty());  // set by the program, many lines: no notice
+    EXPECT_TRUE(codes.empty());  // a text of many lines that the program sets is not notified
     SendMessageW(edit, EM_SETSEL, 4, 4);
     press(edit, VK_LEFT);
     EXPECT_EQ(stateOf(edit).selectionEnd, 2);
@@ -295,7 +282,7 @@ TEST_F(ControlTest, CounterThatChangesALotReachesTheDisplayAsText)
     TestUser user;
     const HWND label = make(u"Static", 0);
     SetWindowTextW(label, u"1");
-    SetWindowTextW(label, u"1");  // the same: nothing to show
+    SetWindowTextW(label, u"1");  // the display has nothing to show
     SetWindowTextW(label, u"2");
     SetWindowTextW(label, nullptr);
     EXPECT_EQ(user.texts, 3);

@@ -38,12 +38,12 @@ protected:
 
     LRESULT set(SYSTEMTIME date, WPARAM valid = GDT_VALID) const
     {
-        return SendMessageW(picker, DTM_SETSYSTEMTIME, valid, reinterpret_cast<LPARAM>(&date));
+        return send(picker, DTM_SETSYSTEMTIME, valid, &date);
     }
     SYSTEMTIME get() const
     {
         SYSTEMTIME date = {};
-        EXPECT_EQ(SendMessageW(picker, DTM_GETSYSTEMTIME, 0, reinterpret_cast<LPARAM>(&date)), 0);
+        EXPECT_EQ(send(picker, DTM_GETSYSTEMTIME, 0, &date), 0);
         return date;
     }
     std::string shown() const
@@ -54,19 +54,24 @@ protected:
     std::string after(std::initializer_list<WORD> keys) const
     {
         for (const WORD key : keys)
-            SendMessageW(picker, WM_KEYDOWN, key, 0);
+            send(picker, WM_KEYDOWN, key);
         return shown();
     }
     std::string typed(std::u16string_view digits) const
     {
         for (const char16_t digit : digits)
-            SendMessageW(picker, WM_CHAR, digit, 0);
+            send(picker, WM_CHAR, digit);
+        return shown();
+    }
+    std::string choose(WORD year, WORD month, WORD day) const
+    {
+        SendMessageW(picker, InputDate, MAKELONG(month, year), day);
         return shown();
     }
 
     HWND parent = nullptr;
     HWND picker = nullptr;
-    int told = 0;
+    int changes = 0;
 
 private:
     static LRESULT procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
@@ -75,7 +80,7 @@ private:
             const auto& change = *reinterpret_cast<const NMDATETIMECHANGE*>(lParam);
             EXPECT_EQ(change.nmhdr.code, DTN_DATETIMECHANGE);
             EXPECT_EQ(change.st.wDay, running->get().wDay);
-            running->told++;
+            running->changes++;
         }
         return DefWindowProcW(window, message, wParam, lParam);
     }
@@ -83,7 +88,7 @@ private:
 };
 DatePickerTest* DatePickerTest::running = nullptr;
 
-TEST_F(DatePickerTest, ProgramSetsADateInSilenceAndAnImpossibleOneNotAtAll)
+TEST_F(DatePickerTest, DateThatTheProgramSetsIsNotNotifiedAndAnImpossibleOneIsRefused)
 {
     EXPECT_EQ(shown(), "2026-3-5");
     EXPECT_NE(set(dateOf(2024, 2, 29)), 0);
@@ -94,53 +99,48 @@ TEST_F(DatePickerTest, ProgramSetsADateInSilenceAndAnImpossibleOneNotAtAll)
     EXPECT_EQ(set(dateOf(2023, 1, 1), 1), 0);
     EXPECT_EQ(shown(), "2024-2-29");
     SetFocus(picker);
-    EXPECT_EQ(told, 0);
+    EXPECT_EQ(changes, 0);
 }
 
-TEST_F(DatePickerTest, KeysStepWithinTheFieldThatTheyStandIn)
+TEST_F(DatePickerTest, KeysStepWithinTheCurrentField)
 {
     set(dateOf(2024, 1, 31));
     EXPECT_EQ(after({VK_UP}), "2024-1-1");  // goes round
     EXPECT_EQ(after({VK_DOWN}), "2024-1-31");
     EXPECT_EQ(after({VK_RIGHT, VK_UP}), "2024-2-29");  // the day stays in the month
     EXPECT_EQ(after({VK_RIGHT, VK_SUBTRACT}), "2023-2-28");
-    EXPECT_EQ(told, 4);
+    EXPECT_EQ(changes, 4);
     EXPECT_EQ(after({VK_RIGHT, VK_HOME}), "2023-2-1");
     EXPECT_EQ(after({VK_LEFT, VK_LEFT, VK_END}), "2023-12-1");
-    EXPECT_EQ(told, 6);
+    EXPECT_EQ(changes, 6);
     after({VK_END, VK_RETURN, VK_F4});  // nothing changes
-    EXPECT_EQ(told, 6);
+    EXPECT_EQ(changes, 6);
 }
 
 TEST_F(DatePickerTest, DigitsAreTypedIntoTheField)
 {
     set(dateOf(2024, 5, 9));
-    EXPECT_EQ(typed(u"1"), "2024-5-1");
-    EXPECT_EQ(typed(u"5"), "2024-5-15");
-    EXPECT_EQ(typed(u"07"), "2024-5-7");
-    EXPECT_EQ(typed(u"99"), "2024-5-9");  // no such day: the last digit doesn't count
+    for (const auto& [digits, expected] : {std::pair{u"1", "2024-5-1"}, {u"5", "2024-5-15"}, {u"07", "2024-5-7"}})
+        EXPECT_EQ(typed(digits), expected);
+    EXPECT_EQ(typed(u"99"), "2024-5-9");  // there is no such day, so the last digit begins a new one
     after({VK_RIGHT});
     EXPECT_EQ(typed(u"12"), "2024-12-9");
     after({VK_RIGHT});
-    told = 0;
+    changes = 0;
     EXPECT_EQ(typed(u"199"), "2024-12-9");
     EXPECT_EQ(typed(u"8"), "1998-12-9");
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(changes, 1);
     typed(u"x");
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(changes, 1);
 }
 
 TEST_F(DatePickerTest, ChosenDayKeepsTheTimeOfDayAndADisabledPickerItsDate)
 {
     set(dateOf(2024, 5, 9));
-    const auto choose = [this](WORD year, WORD month, WORD day) {
-        SendMessageW(picker, InputDate, MAKELONG(month, year), day);
-        return shown();
-    };
     EXPECT_EQ(choose(2026, 11, 24), "2026-11-24");
     EXPECT_EQ(get().wMinute, 20);
     EXPECT_EQ(choose(2026, 11, 31), "2026-11-24");
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(changes, 1);
     EnableWindow(picker, FALSE);
     EXPECT_EQ(choose(2020, 1, 1), "2026-11-24");
     EXPECT_FALSE(postDate(picker, dateOf(2020, 1, 1)));
@@ -148,7 +148,7 @@ TEST_F(DatePickerTest, ChosenDayKeepsTheTimeOfDayAndADisabledPickerItsDate)
     SYSTEMTIME date = {};
     EXPECT_TRUE(readDate(picker, date));
     EXPECT_EQ(date.wDay, 24);
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(changes, 1);
 }
 
 }  // namespace

@@ -6,9 +6,7 @@
 namespace platform::window::test {
 namespace {
 
-constexpr DWORD Popup = 0x80c808c0;  // caption, system menu, centred, font
-
-// The last command that a test dialog got, and what its procedure does beside.
+// What a test dialog received, and what its procedure does when it is initialized.
 struct Seen {
     std::vector<int> commands;
     HWND dialog = nullptr;
@@ -34,37 +32,70 @@ INT_PTR dialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM)
     return FALSE;
 }
 
-// Runs a modal dialog on a thread of its own, over a main window of that thread.
+const std::vector<TestControl> EditAndBoxes = {
+    {u"Static", u"&Label", -1, 0},
+    {u"EDIT", u"", 10, WS_TABSTOP | ES_AUTOHSCROLL},
+    {u"BUTTON", u"&Box", 11, WS_TABSTOP | BS_AUTOCHECKBOX},
+    {u"BUTTON", u"Disabled", 12, WS_TABSTOP | WS_DISABLED},
+    {u"BUTTON", u"&Push", 13, WS_TABSTOP},
+};
+
 class DialogTest : public testing::Test {
 protected:
-    void open(const std::vector<TestControl>& controls, DWORD style = Popup)
+    DialogTest() { gSeen = &seen; }
+
+    // Runs a modal dialog on a thread of its own, over a main window of that thread.
+    void open(const std::vector<TestControl>& controls = EditAndBoxes)
     {
-        gSeen = &seen;
-        const void* form = makeTemplate(u"Test", controls, style);
-        thread_ = std::thread([this, form] {
-            const HWND main = makeWindow(windowClass(u"Plain", DefWindowProcW));
-            owner = main;
-            result = DialogBoxIndirectParamW(nullptr, form, main, dialogProc, 0);
-            ownerEnabledAfter = IsWindowEnabled(main);
+        const void* dialogTemplate = makeTemplate(u"Test", controls);
+        thread_ = std::thread([this, dialogTemplate] {
+            owner = makeWindow(windowClass(u"Plain", DefWindowProcW));
+            result = DialogBoxIndirectParamW(nullptr, dialogTemplate, owner, dialogProc, 0);
+            ownerEnabledAfter = IsWindowEnabled(owner);
             focusAfter = GetFocus();
-            DestroyWindow(main);
+            DestroyWindow(owner);
         });
         dialog = user.window(u"Test");
     }
-
+    // Runs one on this thread.
+    static INT_PTR run(const std::vector<TestControl>& controls, HWND owner)
+    {
+        return DialogBoxIndirectParamW(nullptr, makeTemplate(u"Test", controls), owner, dialogProc, 0);
+    }
     INT_PTR end()
     {
         thread_.join();
         return result;
     }
+    INT_PTR pressOk()
+    {
+        EXPECT_TRUE(postCaptionOk(dialog));
+        return end();
+    }
+    INT_PTR pressEscape()
+    {
+        user.key(dialog, VK_ESCAPE);
+        return end();
+    }
 
     HWND control(int id) { return GetDlgItem(dialog, id); }
     bool focused(int id) { return stateOf(control(id)).focused; }
-    void keyUntilFocus(WORD key, int id, bool shift = false)
+    void rest()
     {
-        user.key(dialog, key, shift);
         user.waitUntil([&] { return takesInput(dialog); });
-        EXPECT_TRUE(focused(id)) << id;
+    }
+    struct Move {
+        WORD key;
+        int id;  // has the focus then
+        bool shift = false;
+    };
+    void keysMoveTheFocus(const std::vector<Move>& moves)
+    {
+        for (const auto& [key, id, shift] : moves) {
+            user.key(dialog, key, shift);
+            rest();
+            EXPECT_TRUE(focused(id)) << id;
+        }
     }
 
     TestUser user;
@@ -79,83 +110,54 @@ private:
     std::thread thread_;
 };
 
-const std::vector<TestControl> EditAndBoxes = {
-    {u"Static", u"&Label", -1, 0},
-    {u"EDIT", u"", 10, WS_TABSTOP | ES_AUTOHSCROLL},
-    {u"BUTTON", u"&Box", 11, WS_TABSTOP | BS_AUTOCHECKBOX},
-    {u"BUTTON", u"Hidden by rule", 12, WS_TABSTOP | WS_DISABLED},
-    {u"BUTTON", u"&Push", 13, WS_TABSTOP},
-};
-
-TEST_F(DialogTest, OwnerIsDisabledMeanwhileAndBackBeforeTheDialogGoes)
+TEST_F(DialogTest, OwnerIsDisabledWhileTheDialogIsOpenAndGetsTheFocusBack)
 {
-    open(EditAndBoxes);
+    open();
     EXPECT_FALSE(IsWindowEnabled(owner));
     EXPECT_FALSE(postCommand(owner, 40003));
     EXPECT_EQ(stateOf(dialog).rectangle.right - stateOf(dialog).rectangle.left, 150);  // 100 units
     EXPECT_EQ(stateOf(control(10)).rectangle.top, 29);                                 // 18 units
-    ASSERT_TRUE(postCaptionOk(dialog));
-    EXPECT_EQ(end(), IDOK);
+    EXPECT_EQ(pressOk(), IDOK);
     EXPECT_TRUE(ownerEnabledAfter);
     EXPECT_EQ(focusAfter, owner);
 }
 
-TEST_F(DialogTest, TabReachesEachControlThatTakesTheKeyboardAndNoOther)
+TEST_F(DialogTest, FocusReachesEachControlThatTakesTheKeyboardAndIsAnnouncedForBoth)
 {
-    open(EditAndBoxes);
+    open();
     EXPECT_TRUE(focused(10));
-    keyUntilFocus(VK_TAB, 11);
-    keyUntilFocus(VK_TAB, 13);
-    keyUntilFocus(VK_TAB, 10);
-    keyUntilFocus(VK_TAB, 13, true);
-    keyUntilFocus(u'L', 10);  // the label's letter means what follows it
-    user.key(dialog, VK_ESCAPE);
-    EXPECT_EQ(end(), IDCANCEL);
-}
-
-// A push button that has it is what Enter presses.
-TEST_F(DialogTest, ControlThatLosesTheKeyboardIsAnnouncedToo)
-{
-    open(EditAndBoxes);
-    keyUntilFocus(VK_TAB, 11);
+    // A label's letter moves the focus to the control after the label.
+    keysMoveTheFocus({{VK_TAB, 11}, {VK_TAB, 13}, {VK_TAB, 10}, {VK_TAB, 13, true}, {u'L', 10}, {VK_TAB, 11}});
     (void)user.takeFocusChanges();
-    keyUntilFocus(VK_TAB, 13);
+    keysMoveTheFocus({{VK_TAB, 13}});
     EXPECT_TRUE(stateOf(control(13)).defaultButton);
     EXPECT_EQ(user.takeFocusChanges(), (std::set{control(11), control(13)}));
-    keyUntilFocus(VK_TAB, 10);
+    keysMoveTheFocus({{VK_TAB, 10}});
     EXPECT_FALSE(stateOf(control(13)).defaultButton);
     EXPECT_EQ(user.takeFocusChanges(), (std::set{control(13), control(10)}));
-    user.key(dialog, VK_ESCAPE);
-    EXPECT_EQ(end(), IDCANCEL);
-}
 
-TEST_F(DialogTest, FocusThatAScreenReaderGivesIsTheDialogsToo)
-{
-    open(EditAndBoxes);
+    // A screen reader sets the focus without a click.
     ASSERT_TRUE(postFocus(control(11)));
-    user.waitUntil([&] { return takesInput(dialog); });
+    rest();
     EXPECT_TRUE(focused(11));
-    EXPECT_EQ(stateOf(control(11)).check, 0);  // no click
-    EXPECT_FALSE(postFocus(control(12)));      // disabled
-    keyUntilFocus(VK_TAB, 13);
-    ASSERT_TRUE(postCaptionOk(dialog));
-    EXPECT_EQ(end(), IDOK);
+    EXPECT_EQ(stateOf(control(11)).check, 0);
+    EXPECT_FALSE(postFocus(control(12)));  // disabled
+    EXPECT_EQ(pressEscape(), IDCANCEL);
 }
 
-TEST_F(DialogTest, EnterPressesTheFocusedButtonThenTheDefaultOneThenOk)
+TEST_F(DialogTest, EnterPressesTheFocusedButtonOrElseOk)
 {
-    open(EditAndBoxes);
-    keyUntilFocus(VK_TAB, 11);
-    keyUntilFocus(VK_TAB, 13);
+    open();
+    keysMoveTheFocus({{VK_TAB, 11}, {VK_TAB, 13}});
     user.key(dialog, VK_RETURN);
     user.key(dialog, VK_SPACE);
-    keyUntilFocus(VK_TAB, 10);
-    user.key(dialog, VK_RETURN);  // no default button, none with the id: OK all the same
+    keysMoveTheFocus({{VK_TAB, 10}});
+    user.key(dialog, VK_RETURN);  // the dialog has neither a default button nor one with the id of OK
     EXPECT_EQ(end(), IDOK);
     EXPECT_EQ(seen.commands, (std::vector<int>{13, 13, IDOK}));
 }
 
-TEST_F(DialogTest, DefaultButtonIsPressedFromAnEditAndNotWhileItIsDisabled)
+TEST_F(DialogTest, DefaultButtonIsPressedFromAnEditUnlessItIsDisabled)
 {
     open({{u"EDIT", u"", 10, WS_TABSTOP | ES_AUTOHSCROLL},
           {u"BUTTON", u"Go", 20, WS_TABSTOP | BS_DEFPUSHBUTTON},
@@ -163,16 +165,15 @@ TEST_F(DialogTest, DefaultButtonIsPressedFromAnEditAndNotWhileItIsDisabled)
     EXPECT_TRUE(stateOf(control(20)).defaultButton);
     user.key(dialog, VK_RETURN);
     user.key(dialog, VK_ESCAPE);  // Cancel is disabled
-    user.waitUntil([&] { return takesInput(dialog); });
+    rest();
     EnableWindow(control(20), FALSE);
     user.key(dialog, VK_RETURN);
-    user.waitUntil([&] { return takesInput(dialog); });
+    rest();
     EXPECT_EQ(seen.commands, (std::vector<int>{20}));
-    ASSERT_TRUE(postCaptionOk(dialog));
-    EXPECT_EQ(end(), IDOK);
+    EXPECT_EQ(pressOk(), IDOK);
 }
 
-TEST_F(DialogTest, MultiLineEditKeepsEnterAndLetsTabGo)
+TEST_F(DialogTest, MultiLineEditTakesEnterAndNotTab)
 {
     open({{u"EDIT", u"", 10, WS_TABSTOP | ES_MULTILINE | ES_WANTRETURN},
           {u"BUTTON", u"Box", 11, WS_TABSTOP | BS_AUTOCHECKBOX}});
@@ -180,27 +181,25 @@ TEST_F(DialogTest, MultiLineEditKeepsEnterAndLetsTabGo)
     user.key(control(10), VK_RETURN);
     user.type(control(10), u"\u00e9");
     user.waitUntil([&] { return textOf(control(10)) == u"one\r\ntwo\r\n\u00e9"; });
-    keyUntilFocus(VK_TAB, 11);
-    keyUntilFocus(VK_TAB, 10);
-    user.key(dialog, VK_ESCAPE);
-    EXPECT_EQ(end(), IDCANCEL);
+    keysMoveTheFocus({{VK_TAB, 11}, {VK_TAB, 10}});
+    EXPECT_EQ(pressEscape(), IDCANCEL);
 }
 
-TEST_F(DialogTest, DisablingTheFocusedControlHandsTheKeyboardOn)
+TEST_F(DialogTest, DisablingTheFocusedControlMovesTheFocusOn)
 {
     seen.onInit = [](HWND dialog) {
         SetFocus(GetDlgItem(dialog, 11));
         EnableWindow(GetDlgItem(dialog, 11), FALSE);
-        SetFocus(GetDlgItem(dialog, 12));  // disabled: would swallow the keyboard
+        SetFocus(GetDlgItem(dialog, 12));  // refused, since the control is disabled
     };
     seen.initResult = 0;
-    open(EditAndBoxes);
+    open();
     EXPECT_TRUE(focused(13));
     ASSERT_TRUE(postClose(dialog));
     EXPECT_EQ(end(), IDCANCEL);
 }
 
-TEST_F(DialogTest, ArrowsMoveAndCheckInTheGroupAndTabFindsTheCheckedOne)
+TEST_F(DialogTest, ArrowsMoveAndCheckInTheGroupAndTabFindsTheCheckedButton)
 {
     seen.onInit = [](HWND dialog) { SendDlgItemMessageW(dialog, 22, BM_SETCHECK, BST_CHECKED, 0); };
     seen.initResult = 0;
@@ -211,85 +210,69 @@ TEST_F(DialogTest, ArrowsMoveAndCheckInTheGroupAndTabFindsTheCheckedOne)
           {u"BUTTON", u"Frame", -1, BS_GROUPBOX},
           {u"BUTTON", u"Next", 24, WS_GROUP | WS_TABSTOP}});
     EXPECT_TRUE(focused(20));
-    keyUntilFocus(VK_TAB, 22);
-    keyUntilFocus(VK_DOWN, 21);  // over the disabled one and the frame, round the end of the group
+    // Down skips the disabled button and the frame, and goes on at the top of the group.
+    keysMoveTheFocus({{VK_TAB, 22}, {VK_DOWN, 21}});
     EXPECT_EQ(stateOf(control(21)).check, 1);
     EXPECT_EQ(stateOf(control(22)).check, 0);
-    keyUntilFocus(VK_TAB, 24);
-    keyUntilFocus(VK_TAB, 20);
-    keyUntilFocus(VK_TAB, 21);             // the tab stop went with the check
+    keysMoveTheFocus({{VK_TAB, 24}, {VK_TAB, 20}, {VK_TAB, 21}});
     EXPECT_FALSE(postClick(control(23)));  // disabled
-    ASSERT_TRUE(postCaptionOk(dialog));
-    EXPECT_EQ(end(), IDOK);
+    EXPECT_EQ(pressOk(), IDOK);
 }
 
-TEST_F(DialogTest, QuitEndsTheDialogAndReachesTheLoopOutside)
+TEST_F(DialogTest, DialogThatEndsWhileItIsInitializedIsNeverShown)
 {
-    gSeen = &seen;
-    const void* form = makeTemplate(u"Quitting", EditAndBoxes, Popup);
-    seen.onInit = [](HWND) { PostQuitMessage(4); };
     const HWND main = makeWindow(windowClass(u"Plain", DefWindowProcW));
-    EXPECT_EQ(DialogBoxIndirectParamW(nullptr, form, main, dialogProc, 0), 0);
+    seen.onInit = [](HWND dialog) { EndDialog(dialog, 77); };
+    EXPECT_EQ(run(EditAndBoxes, nullptr), 77);
+    EXPECT_FALSE(IsWindow(seen.dialog));
+
+    seen.onInit = [](HWND) { PostQuitMessage(4); };
+    EXPECT_EQ(run(EditAndBoxes, main), 0);
     EXPECT_FALSE(IsWindow(seen.dialog));
     EXPECT_TRUE(IsWindowEnabled(main));
     MSG message = {};
-    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);
+    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);  // the loop outside receives it, too
     EXPECT_EQ(message.wParam, 4U);
     DestroyWindow(main);
 }
 
-TEST_F(DialogTest, EndingWhileItIsInitializedNeverShowsIt)
+// A program's private messages have the numbers of the dialog manager's.
+TEST_F(DialogTest, PrivateMessagesWithTheNumbersOfTheDialogManagersChangeNothing)
 {
-    gSeen = &seen;
-    const void* form = makeTemplate(u"Ended", EditAndBoxes, Popup);
-    seen.onInit = [](HWND dialog) { EndDialog(dialog, 77); };
-    EXPECT_EQ(DialogBoxIndirectParamW(nullptr, form, nullptr, dialogProc, 0), 77);
-    EXPECT_FALSE(IsWindow(seen.dialog));
+    const HWND modeless =
+        CreateDialogIndirectParamW(nullptr, makeTemplate(u"Test", EditAndBoxes), nullptr, dialogProc, 0);
+    ASSERT_TRUE(modeless);
+    EXPECT_FALSE(IsWindowVisible(modeless));  // no WS_VISIBLE
+    send(modeless, DM_SETDEFID);
+    EXPECT_EQ(send(modeless, DM_GETDEFID), 0);
+    send(modeless, DM_REPOSITION);
+    EXPECT_FALSE(EndDialog(modeless, 1));  // not modal
+    EXPECT_TRUE(DestroyWindow(modeless));
 }
 
-// Private messages of a program have the numbers of the dialog manager's own.
-TEST_F(DialogTest, PrivateMessagesThatLookLikeTheManagersDoNoHarm)
+TEST_F(DialogTest, DialogThatCannotBeMadeLeavesNoWindowAndEnablesItsOwner)
 {
-    gSeen = &seen;
-    const void* form = makeTemplate(u"Private", EditAndBoxes, Popup);
-    const HWND dialog = CreateDialogIndirectParamW(nullptr, form, nullptr, dialogProc, 0);
-    ASSERT_TRUE(dialog);
-    EXPECT_FALSE(IsWindowVisible(dialog));  // no WS_VISIBLE
-    SendMessageW(dialog, DM_SETDEFID, 0, 0);
-    EXPECT_EQ(SendMessageW(dialog, DM_GETDEFID, 0, 0), 0);
-    SendMessageW(dialog, DM_REPOSITION, 0, 0);
-    EXPECT_FALSE(EndDialog(dialog, 1));  // not modal
-    EXPECT_TRUE(DestroyWindow(dialog));
-}
-
-TEST_F(DialogTest, WhatCantBeMadeFailsWholeAndGivesTheOwnerBack)
-{
-    gSeen = &seen;
     const HWND main = makeWindow(windowClass(u"Plain", DefWindowProcW));
-    const void* unknown = makeTemplate(u"Unknown", {{u"NoSuchControl", u"", 1, 0}}, Popup);
-    EXPECT_EQ(DialogBoxIndirectParamW(nullptr, unknown, main, dialogProc, 0), -1);
+    const std::vector<TestControl> unknown = {{u"NoSuchControl", u"", 1, 0}};
+    EXPECT_EQ(run(unknown, main), -1);
     EXPECT_TRUE(IsWindowEnabled(main));
     const int notATemplate = 0;
     EXPECT_EQ(DialogBoxIndirectParamW(nullptr, &notATemplate, main, dialogProc, 0), -1);
-    EXPECT_EQ(DialogBoxIndirectParamW(nullptr, unknown, reinterpret_cast<HWND>(9), dialogProc, 0), 0);
-    EXPECT_TRUE(topLevelWindows().size() == 1);
+    EXPECT_EQ(run(unknown, reinterpret_cast<HWND>(9)), 0);
+    EXPECT_EQ(topLevelWindows(), std::vector{main});
     DestroyWindow(main);
 }
 
-struct BoxCase {
-    UINT type;
-    std::function<void(TestUser&, HWND)> action;
-    int answer;
-};
-
-TEST_F(DialogTest, MessageBoxAnswersWhatWasChosenAndRefusesWhenItIsClosed)
+TEST_F(DialogTest, MessageBoxReturnsTheButtonPressedAndTheRefusingOneWhenItIsClosed)
 {
-    const auto key = [](WORD virtualKey) {
-        return [virtualKey](TestUser& user, HWND box) { user.key(box, virtualKey); };
-    };
-    const auto close = [](TestUser&, HWND box) { ASSERT_TRUE(postClose(box)); };
-    const auto press = [](int id) { return [id](TestUser& user, HWND box) { user.click(GetDlgItem(box, id)); }; };
-    const std::vector<BoxCase> cases = {
+    using Action = std::function<void(HWND)>;
+    const auto key = [this](WORD virtualKey) -> Action { return [=, this](HWND box) { user.key(box, virtualKey); }; };
+    const Action close = [](HWND box) { ASSERT_TRUE(postClose(box)); };
+    const struct {
+        UINT type;
+        Action action;
+        int answer;
+    } cases[] = {
         {MB_OK, key(VK_RETURN), IDOK},
         {MB_OK, key(VK_ESCAPE), IDOK},
         {MB_OK, close, IDOK},
@@ -298,21 +281,20 @@ TEST_F(DialogTest, MessageBoxAnswersWhatWasChosenAndRefusesWhenItIsClosed)
         {MB_YESNO, key(VK_ESCAPE), IDNO},
         {MB_YESNO, close, IDNO},
         {MB_YESNO, key(u'N'), IDNO},
-        {MB_YESNO | MB_ICONQUESTION, press(IDYES), IDYES},
+        {MB_YESNO | MB_ICONQUESTION, [this](HWND box) { user.click(GetDlgItem(box, IDYES)); }, IDYES},
         {MB_YESNOCANCEL, close, IDCANCEL},
         {MB_ABORTRETRYIGNORE, key(VK_ESCAPE), IDABORT},
         {MB_RETRYCANCEL, key(VK_ESCAPE), IDCANCEL},
     };
-    for (const BoxCase& each : cases) {
-        SCOPED_TRACE(each.type);
-        int answer = -1;
-        std::thread asker([&] { answer = MessageBoxW(nullptr, u"File a&b exists ?", nullptr, each.type); });
+    for (const auto& [type, action, expected] : cases) {
+        SCOPED_TRACE(type);
+        std::future<int> answer = std::async(
+            std::launch::async, [type = type] { return MessageBoxW(nullptr, u"File a&b exists ?", nullptr, type); });
         const HWND box = user.window(u"Error");
         EXPECT_EQ(stateOf(box).kind, WindowKind::MessageBox);
-        EXPECT_EQ(stateOf(box).messageBoxType, each.type);
-        each.action(user, box);
-        asker.join();
-        EXPECT_EQ(answer, each.answer);
+        EXPECT_EQ(stateOf(box).messageBoxType, type);
+        action(box);
+        EXPECT_EQ(answer.get(), expected);
     }
     EXPECT_EQ(MessageBoxW(reinterpret_cast<HWND>(5), u"", u"", MB_OK), 0);
 }

@@ -27,7 +27,7 @@ void spinPast(std::chrono::milliseconds time)
     }
 }
 
-TEST(MessageQueueTest, PostedGoBeforeQuitAndQuitBeforeTimers)
+TEST(MessageQueueTest, PostedMessagesComeBeforeQuitAndQuitBeforeTimers)
 {
     const HWND window = makePlain();
     SetTimer(window, 5, 1, nullptr);
@@ -44,41 +44,36 @@ TEST(MessageQueueTest, PostedGoBeforeQuitAndQuitBeforeTimers)
     DestroyWindow(window);
 }
 
-TEST(MessageQueueTest, FilterLeavesOtherWindowsAndNumbersQueued)
+TEST(MessageQueueTest, FilterLeavesMessagesOfOtherWindowsAndNumbersQueued)
 {
     const HWND first = makePlain();
     const HWND second = makePlain();
     PostMessageW(first, Marker, 0, 0);
     PostMessageW(second, Marker, 0, 0);
+    PostMessageW(first, Marker + 5, 0, 0);
     MSG message = {};
     ASSERT_EQ(GetMessageW(&message, second, 0, 0), 1);
     EXPECT_EQ(message.hwnd, second);
-    PostMessageW(first, Marker + 5, 0, 0);
     ASSERT_EQ(GetMessageW(&message, nullptr, Marker + 5, Marker + 5), 1);
     EXPECT_EQ(message.message, Marker + 5);
+
     ASSERT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
     EXPECT_EQ(message.hwnd, first);
-    DestroyWindow(first);
-    DestroyWindow(second);
-    EXPECT_EQ(GetMessageW(&message, second, 0, 0), -1);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
-}
 
-TEST(MessageQueueTest, WhatWasPostedToADeadWindowNeverComes)
-{
-    const HWND first = makePlain();
-    const HWND second = makePlain();
-    SetTimer(first, 1, 1, nullptr);
+    // Messages and timers of a window are dropped with it.
     PostMessageW(first, Marker, 0, 0);
     PostMessageW(second, Marker + 1, 0, 0);
+    SetTimer(first, 1, 1, nullptr);
     DestroyWindow(first);
     EXPECT_EQ(nextMessage(), Marker + 1);
     PostQuitMessage(0);
     EXPECT_EQ(nextMessage(), WM_QUIT);
     DestroyWindow(second);
+    EXPECT_EQ(GetMessageW(&message, second, 0, 0), -1);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
 }
 
-TEST(MessageQueueTest, TicksMissedWhileBusyAreOne)
+TEST(MessageQueueTest, TimerTicksMissedWhileBusyComeAsOne)
 {
     const HWND window = makePlain();
     constexpr auto Period = std::chrono::milliseconds(40);
@@ -101,8 +96,7 @@ TEST(MessageQueueTest, KeysBecomeCharactersOnlyByTranslation)
     const MSG key = {window, WM_KEYDOWN, 'A', 0, 0, {}};
     EXPECT_TRUE(TranslateMessage(&key));
     MSG message = {};
-    GetMessageW(&message, nullptr, 0, 0);
-    EXPECT_EQ(message.message, WM_CHAR);
+    GetMessageW(&message, window, WM_CHAR, WM_CHAR);
     EXPECT_EQ(message.wParam, static_cast<WPARAM>(u'a'));
     const MSG arrow = {window, WM_KEYDOWN, VK_LEFT, 0, 0, {}};
     EXPECT_FALSE(TranslateMessage(&arrow));
@@ -134,7 +128,7 @@ LRESULT working(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-TEST(MessageQueueTest, InputDuringACommandIsDroppedButTheWishToCloseIsKept)
+TEST(MessageQueueTest, InputDuringACommandIsDroppedExceptForARequestToClose)
 {
     TestUser user;
     WorkingWindow state;
@@ -157,7 +151,7 @@ TEST(MessageQueueTest, InputDuringACommandIsDroppedButTheWishToCloseIsKept)
     EXPECT_GE(state.closes, 1);
 }
 
-TEST(MessageQueueTest, DisabledWindowTakesNoInputAndNoWishToClose)
+TEST(MessageQueueTest, DisabledWindowTakesNoInputAndNoRequestToClose)
 {
     TestUser user;
     WindowThread thread(makePlain);

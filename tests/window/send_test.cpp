@@ -13,7 +13,7 @@ constexpr UINT AskBack = WM_APP + 2;
 constexpr UINT Die = WM_APP + 3;
 constexpr UINT Block = WM_APP + 4;
 
-// Ask gives wParam + 1. AskBack sends Ask to the window in lParam first.
+// Ask returns wParam + 1. AskBack sends Ask to the window in lParam and returns what that returns.
 LRESULT answering(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
@@ -38,46 +38,41 @@ HWND makeAnswering()
     return makeWindow(windowClass(u"Answering", answering));
 }
 
-// A window thread whose handler stands still until released.
+// A window thread whose handler blocks until released.
 struct BusyThread {
     BusyThread() : windows(makeAnswering)
     {
-        released = release.get_future();
-        std::future<void> stands = begun.get_future();
         PostMessageW(windows.window(), Block, reinterpret_cast<WPARAM>(&begun), reinterpret_cast<LPARAM>(&released));
-        stands.wait();
+        begun.get_future().wait();
     }
 
     std::promise<void> begun;
     std::promise<void> release;
-    std::future<void> released;
+    std::future<void> released = release.get_future();
     WindowThread windows;
 };
 
 TEST(SendTest, TwoThreadsThatSendToEachOtherDontBlock)
 {
     constexpr int Rounds = 2000;
-    std::promise<HWND> first;
-    std::promise<HWND> second;
-    std::shared_future<HWND> firstWindow = first.get_future().share();
-    std::shared_future<HWND> secondWindow = second.get_future().share();
-    const auto play = [](std::promise<HWND>& own, std::shared_future<HWND> other) {
-        const HWND self = makeAnswering();
-        own.set_value(self);
-        const HWND peer = other.get();
+    std::promise<HWND> windows[2];
+    const std::shared_future<HWND> made[] = {windows[0].get_future(), windows[1].get_future()};
+    const auto play = [&](std::size_t self) {
+        const HWND own = makeAnswering();
+        windows[self].set_value(own);
+        const HWND peer = made[1 - self].get();
         for (int round = 0; round < Rounds; ++round)
-            ASSERT_EQ(SendMessageW(peer, AskBack, static_cast<WPARAM>(round), reinterpret_cast<LPARAM>(self)),
+            ASSERT_EQ(SendMessageW(peer, AskBack, static_cast<WPARAM>(round), reinterpret_cast<LPARAM>(own)),
                       round + 2);
-        // Serves the other one until it is through too.
+        // Answers the other thread until that has finished, too.
         PostMessageW(peer, WM_CLOSE, 0, 0);
         MSG message;
-        while (GetMessageW(&message, self, 0, 0) > 0)
+        while (GetMessageW(&message, own, 0, 0) > 0)
             DispatchMessageW(&message);
     };
-    std::thread one(play, std::ref(first), secondWindow);
-    std::thread two(play, std::ref(second), firstWindow);
-    one.join();
-    two.join();
+    std::thread other(play, 1);
+    play(0);
+    other.join();
 }
 
 TEST(SendTest, ManySendersAtOnceAreEachAnswered)
@@ -93,7 +88,7 @@ TEST(SendTest, ManySendersAtOnceAreEachAnswered)
         sender.join();
 }
 
-TEST(SendTest, DeadHandleIsRefusedThoughItsPlaceServesAgain)
+TEST(SendTest, DeadHandleIsRefusedAfterItsSlotIsUsedAgain)
 {
     const HWND first = makeAnswering();
     ASSERT_TRUE(DestroyWindow(first));
@@ -109,21 +104,20 @@ TEST(SendTest, DeadHandleIsRefusedThoughItsPlaceServesAgain)
     DestroyWindow(second);
 }
 
-TEST(SendTest, WindowThatDiesInItsOwnHandlerStillAnswers)
+TEST(SendTest, WindowThatDestroysItselfInAHandlerStillAnswers)
 {
     WindowThread receiver(makeAnswering);
     EXPECT_EQ(SendMessageW(receiver.window(), Die, 0, 0), 7);
     EXPECT_FALSE(IsWindow(receiver.window()));
 }
 
-TEST(SendTest, ThreadThatEndsFreesWhoWaitsForIt)
+TEST(SendTest, SendEndsWithAnErrorWhenTheReceivingThreadEnds)
 {
     std::promise<HWND> made;
     std::promise<void> asked;
-    std::future<void> go = asked.get_future();
     std::thread owner([&] {
         made.set_value(makeAnswering());
-        go.wait();  // never serves a message
+        asked.get_future().wait();  // ends without having served a message
     });
     const HWND window = made.get_future().get();
     std::thread sender([&] {
@@ -136,7 +130,7 @@ TEST(SendTest, ThreadThatEndsFreesWhoWaitsForIt)
     EXPECT_FALSE(IsWindow(window));
 }
 
-TEST(SendTest, SenderThatWaitsAnswersMeanwhile)
+TEST(SendTest, SenderAnswersOthersWhileItWaits)
 {
     BusyThread busy;
     std::promise<HWND> made;
@@ -146,37 +140,38 @@ TEST(SendTest, SenderThatWaitsAnswersMeanwhile)
         EXPECT_EQ(SendMessageW(busy.windows.window(), Ask, 1, 0), 2);
         DestroyWindow(own);
     });
-    // The sender serves no messages but waits in its send: that is enough to be answered.
+    // The sender runs no message loop, but a thread that waits in a send can be sent to.
     EXPECT_EQ(SendMessageW(made.get_future().get(), Ask, 5, 0), 6);
     busy.release.set_value();
     sender.join();
 }
 
-TEST(SendTest, DialogOverABusyThreadsWindowWaitsForNobody)
+TEST(SendTest, DialogOverABusyThreadsWindowIsMadeAndDestroyedWithoutWaitingForThatThread)
 {
     BusyThread busy;
-    const void* form = makeTemplate(u"Progress", {{u"Static", u"Message", 1002, 0}}, 0x90c008c0);
+    const HWND owner = busy.windows.window();
     const HWND dialog = CreateDialogIndirectParamW(
-        nullptr, form, busy.windows.window(), [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
+        nullptr, makeTemplate(u"Progress", {{u"Static", u"Message", 1002, 0}}, 0x90c008c0), owner,
+        [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
     ASSERT_TRUE(dialog);
     EXPECT_TRUE(IsWindowVisible(dialog));
-    EXPECT_TRUE(EnableWindow(busy.windows.window(), FALSE) == FALSE);
-    EXPECT_TRUE(EnableWindow(busy.windows.window(), TRUE));
+    EXPECT_FALSE(EnableWindow(owner, FALSE));
+    EXPECT_TRUE(EnableWindow(owner, TRUE));
     EXPECT_TRUE(SetForegroundWindow(dialog));
     EXPECT_TRUE(DestroyWindow(dialog));
     busy.release.set_value();
 }
 
-TEST(SendTest, OwnedWindowOfAnotherThreadGoesWithItsOwnerAndEndsItsLoop)
+TEST(SendTest, OwnedWindowOfAnotherThreadIsDestroyedWithItsOwner)
 {
     const HWND owner = makeAnswering();
     WindowThread other([owner] { return makeWindow(u"Answering", owner); });
     DestroyWindow(owner);
-    other.join();  // ends only if its window went
+    other.join();  // its loop ends with its window
     EXPECT_FALSE(IsWindow(other.window()));
 }
 
-TEST(SendTest, SendsWithoutAPauseDontKeepAThreadFromWhatWasPostedToIt)
+TEST(SendTest, PostedMessagesAreServedBetweenSendsWithoutAPause)
 {
     WindowThread receiver(makeAnswering);
     std::atomic<bool> stop = false;
@@ -193,7 +188,7 @@ TEST(SendTest, SendsWithoutAPauseDontKeepAThreadFromWhatWasPostedToIt)
         release.set_value();
         PostMessageW(receiver.window(), Block, reinterpret_cast<WPARAM>(&reached), reinterpret_cast<LPARAM>(&released));
         reached.get_future().wait();
-        // The handler is through with its promise and future once an answer comes.
+        // The handler has finished with its promise and future once an answer comes.
         EXPECT_EQ(SendMessageW(receiver.window(), Ask, 1, 0), 2);
     }
     stop = true;
@@ -201,10 +196,10 @@ TEST(SendTest, SendsWithoutAPauseDontKeepAThreadFromWhatWasPostedToIt)
         sender.join();
 }
 
-// A handler that runs on the sender's side and opens a loop of its own serves its own thread's messages.
-TEST(SendTest, LoopInsideASentMessageServesTheReceiver)
+// The handler runs on the sender's system thread.
+TEST(SendTest, LoopInsideASentMessageServesTheReceiversMessages)
 {
-    static std::thread::id timerRanOn;
+    static std::thread::id loopRanOn;
     WindowThread receiver([] {
         return makeWindow(windowClass(u"Looping", [](HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
             if (message == Ask) {
@@ -212,14 +207,14 @@ TEST(SendTest, LoopInsideASentMessageServesTheReceiver)
                 MSG inner;
                 while (GetMessageW(&inner, window, 0, 0) > 0 && inner.message != AskBack)
                     DispatchMessageW(&inner);
-                timerRanOn = std::this_thread::get_id();
+                loopRanOn = std::this_thread::get_id();
                 return static_cast<LRESULT>(inner.wParam);
             }
             return DefWindowProcW(window, message, wParam, lParam);
         }));
     });
     EXPECT_EQ(SendMessageW(receiver.window(), Ask, 41, 0), 41);
-    EXPECT_EQ(timerRanOn, std::this_thread::get_id());
+    EXPECT_EQ(loopRanOn, std::this_thread::get_id());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Damaged templates and menus, and the command bands that a menu goes to.
+// Damaged templates and menus, and the command bands that show a menu.
 #include "test_user.h"
 
 #include "dialog_template.h"
@@ -10,8 +10,15 @@
 
 #include <gtest/gtest.h>
 
+#include <span>
+
 namespace platform::window::test {
 namespace {
+
+using namespace std::string_literals;
+
+constexpr DWORD WithFont = 0x80c808c0;
+constexpr DWORD WithoutFont = 0x80c80880;
 
 const std::vector<TestControl> Controls = {
     {u"Static", u"Label", -1, 0},
@@ -19,13 +26,18 @@ const std::vector<TestControl> Controls = {
     {u"LISTBOX", u"", 40003, LBS_SORT},
 };
 
-TEST(DialogTemplateTest, BothFormsGiveTheSameDialog)
+auto readTemplate(const std::u16string& words)
+{
+    return readDialogTemplate(std::as_bytes(std::span(words)));
+}
+
+TEST(DialogTemplateTest, BothFormatsGiveTheSameDialog)
 {
     for (const bool extended : {false, true}) {
-        const auto dialog = readDialogTemplate(templateBytes(u"Title", Controls, extended, 0x80c808c0));
+        const auto dialog = readTemplate(templateWords(u"Title", Controls, extended, WithFont));
         ASSERT_TRUE(dialog);
         EXPECT_EQ(dialog->title, u"Title");
-        EXPECT_EQ(dialog->style, 0x80c808c0);
+        EXPECT_EQ(dialog->style, WithFont);
         EXPECT_EQ(dialog->exStyle, WS_EX_CAPTIONOKBTN);
         ASSERT_EQ(dialog->controls.size(), 3U);
         EXPECT_EQ(dialog->controls[0].id, -1);
@@ -41,29 +53,30 @@ TEST(DialogTemplateTest, BothFormsGiveTheSameDialog)
 TEST(DialogTemplateTest, TemplateCutAtAnyByteIsRefused)
 {
     for (const bool extended : {false, true})
-        for (const DWORD style : {0x80c808c0U, 0x80c80880U}) {
-            const std::vector<std::byte> whole = templateBytes(u"T", Controls, extended, style);
+        for (const DWORD style : {WithFont, WithoutFont}) {
+            const std::u16string words = templateWords(u"T", Controls, extended, style);
+            const auto whole = std::as_bytes(std::span(words));
             for (std::size_t size = 0; size < whole.size(); ++size) {
+                // A copy of that size, so that a sanitizer sees a read past its end.
                 const std::vector<std::byte> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
                 ASSERT_FALSE(readDialogTemplate(cut)) << size;
             }
         }
 }
 
-TEST(DialogTemplateTest, AnyWordOfATemplateMayHoldAnything)
+TEST(DialogTemplateTest, AnyWordOfATemplateMayHaveAnyValue)
 {
     for (const bool extended : {false, true}) {
-        const std::vector<std::byte> whole = templateBytes(u"T", Controls, extended, 0x80c808c0);
-        for (std::size_t at = 0; at + 1 < whole.size(); at += 2)
+        const std::u16string whole = templateWords(u"T", Controls, extended, WithFont);
+        for (std::size_t at = 0; at < whole.size(); ++at)
             for (const unsigned value : {0U, 1U, 0x7FFFU, 0x8000U, 0xFFFFU}) {
-                std::vector<std::byte> damaged = whole;
-                damaged[at] = static_cast<std::byte>(value & 0xFF);
-                damaged[at + 1] = static_cast<std::byte>(value >> 8);
-                const auto dialog = readDialogTemplate(damaged);
+                std::u16string damaged = whole;
+                damaged[at] = static_cast<char16_t>(value);
+                const auto dialog = readTemplate(damaged);
                 ASSERT_TRUE(!dialog || dialog->controls.size() <= Controls.size());
                 // What can be read can be opened, or is refused as a whole.
                 const HWND window = CreateDialogIndirectParamW(
-                    nullptr, at % 8 == 0 ? addResource(5, 9999, damaged) : nullptr, nullptr,
+                    nullptr, at % 4 == 0 ? addResource(5, 9999, damaged) : nullptr, nullptr,
                     [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
                 if (window)
                     DestroyWindow(window);
@@ -71,32 +84,27 @@ TEST(DialogTemplateTest, AnyWordOfATemplateMayHoldAnything)
     }
 }
 
-std::vector<std::byte> menuBytes()
+// Each entry has its flags, its command unless it is a popup, and its text.
+constexpr char16_t Popup = 0x10;
+constexpr char16_t Last = 0x80;
+
+std::u16string popup(const char16_t* text, char16_t flags = 0)
 {
-    std::vector<std::byte> bytes;
-    const auto word = [&bytes](unsigned value) {
-        bytes.push_back(static_cast<std::byte>(value & 0xFF));
-        bytes.push_back(static_cast<std::byte>(value >> 8));
-    };
-    const auto text = [&word](const char16_t* characters) {
-        for (; *characters; ++characters)
-            word(*characters);
-        word(0);
-    };
-    word(0), word(0);
-    word(0x10), text(u"File");
-    word(0x1), word(40010), text(u"Filter...");
-    word(0), word(0), text(u"");
-    word(0x80), word(40002), text(u"Exit");
-    word(0x90), text(u"Operations");
-    word(0x90), text(u"Backup");
-    word(0x80), word(40003), text(u"Full...");
-    return bytes;
+    return std::u16string{static_cast<char16_t>(Popup | flags)} + text + u'\0';
 }
+
+std::u16string command(char16_t id, const char16_t* text, char16_t flags = 0)
+{
+    return std::u16string{flags, id} + text + u'\0';
+}
+
+const std::u16string Menu = u"\0\0"s + popup(u"File") + command(40010, u"Filter...", 1) + command(0, u"") +
+                            command(40002, u"Exit", Last) + popup(u"Operations", Last) + popup(u"Backup", Last) +
+                            command(40003, u"Full...", Last);
 
 TEST(MenuTest, NestedMenuIsReadWholeOrNotAtAll)
 {
-    const std::vector<std::byte> whole = menuBytes();
+    const auto whole = std::as_bytes(std::span(Menu));
     const auto menu = readMenu(whole);
     ASSERT_TRUE(menu);
     ASSERT_EQ(menu->size(), 2U);
@@ -104,41 +112,32 @@ TEST(MenuTest, NestedMenuIsReadWholeOrNotAtAll)
     EXPECT_TRUE((*menu)[0].items[1].separator);
     EXPECT_EQ((*menu)[1].items[0].items[0].id, 40003);
     for (std::size_t size = 0; size < whole.size(); ++size)
-        ASSERT_FALSE(readMenu(std::span(whole).first(size))) << size;
-    // Popups without end: refused before the stack is.
-    std::vector<std::byte> deep(4, std::byte{0});
+        ASSERT_FALSE(readMenu(whole.first(size))) << size;
+    // So many levels that reading them by recursion would overflow the stack.
+    std::u16string deep = u"\0\0"s;
     for (int level = 0; level < 100000; ++level)
-        for (const int byte : {0x10, 0, 0, 0})
-            deep.push_back(static_cast<std::byte>(byte));
-    EXPECT_FALSE(readMenu(deep));
+        deep += u"\x10\0"s;
+    EXPECT_FALSE(readMenu(std::as_bytes(std::span(deep))));
 }
 
-struct Bars {
-    HWND bands = nullptr;
-    std::vector<UINT> heights;
-    std::vector<int> commands;
-};
-
-Bars* gBars;
+std::vector<UINT>* gHeights;
 
 LRESULT barsProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == WM_NOTIFY) {
         const auto* header = reinterpret_cast<const NMHDR*>(lParam);
         EXPECT_EQ(header->code, RBN_HEIGHTCHANGE);
-        gBars->heights.push_back(CommandBands_Height(header->hwndFrom));
+        gHeights->push_back(CommandBands_Height(header->hwndFrom));
     }
-    if (message == WM_COMMAND)
-        gBars->commands.push_back(static_cast<int>(wParam));
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
-TEST(BandsTest, BandsTellTheirHeightWhenBuiltAndWheneverTheWindowIsSized)
+TEST(BandsTest, BandsNotifyTheirHeightWhenBuiltAndWheneverTheWindowIsSized)
 {
-    addResource(4, 104, menuBytes());
-    addResource(2, 106, std::vector<std::byte>(40));
-    Bars bars;
-    gBars = &bars;
+    addResource(4, 104, Menu);
+    addResource(2, 106, std::u16string(20, u'\0'));
+    std::vector<UINT> heights;
+    gHeights = &heights;
     const HWND window = makeWindow(windowClass(u"Bars", barsProc));
     const HIMAGELIST images = ImageList_LoadImage(nullptr, MAKEINTRESOURCEW(106), 16, 0, CLR_DEFAULT, IMAGE_BITMAP, 0);
     const HWND bands = CommandBands_Create(nullptr, window, 1, RBS_BANDBORDERS, images);
@@ -148,10 +147,10 @@ TEST(BandsTest, BandsTellTheirHeightWhenBuiltAndWheneverTheWindowIsSized)
     band.cbSize = sizeof band;
     band.fMask = RBBIM_STYLE | RBBIM_SIZE | RBBIM_IMAGE;
     band.fStyle = RBBS_NOGRIPPER;
-    band.cx = 145;
-    ASSERT_TRUE(CommandBands_AddBands(bands, nullptr, 1, &band));
-    band.cx = 110;
-    ASSERT_TRUE(CommandBands_AddBands(bands, nullptr, 1, &band));
+    for (const UINT width : {145U, 110U}) {
+        band.cx = width;
+        ASSERT_TRUE(CommandBands_AddBands(bands, nullptr, 1, &band));
+    }
     EXPECT_EQ(CommandBands_GetCommandBar(bands, 2), nullptr);
     const HWND toolbar = CommandBands_GetCommandBar(bands, 1);
     ASSERT_TRUE(CommandBar_InsertMenubar(CommandBands_GetCommandBar(bands, 0), nullptr, 104, 0));
@@ -159,14 +158,14 @@ TEST(BandsTest, BandsTellTheirHeightWhenBuiltAndWheneverTheWindowIsSized)
     EXPECT_EQ(CommandBar_AddBitmap(toolbar, nullptr, 106, 7, 0, 0), 0);
     EXPECT_EQ(CommandBar_AddBitmap(toolbar, nullptr, 107, 7, 0, 0), -1);
     const TBBUTTON buttons[] = {{0, 500, TBSTATE_ENABLED, 0, 0, 0}, {1, 501, 0, 0, 0, 0}};
-    EXPECT_EQ(SendMessageW(toolbar, TB_ADDBUTTONSW, 2, reinterpret_cast<LPARAM>(buttons)), TRUE);
-    EXPECT_FALSE(SendMessageW(toolbar, TB_ADDBUTTONSW, 5000, reinterpret_cast<LPARAM>(buttons)));
+    EXPECT_EQ(send(toolbar, TB_ADDBUTTONSW, 2, buttons), TRUE);
+    EXPECT_FALSE(send(toolbar, TB_ADDBUTTONSW, 5000, buttons));
     CommandBands_Show(bands, TRUE);
 
     MoveWindow(window, 0, 0, 200, 100, TRUE);  // both bands no longer fit side by side
     MoveWindow(window, 0, 0, 640, 100, TRUE);
-    EXPECT_EQ(bars.heights, (std::vector<UINT>{26, 52, 26}));
-    EXPECT_EQ(SendMessageW(bands, RB_GETBARHEIGHT, 0, 0), 26);
+    EXPECT_EQ(heights, (std::vector<UINT>{26, 52, 26}));
+    EXPECT_EQ(send(bands, RB_GETBARHEIGHT), 26);
     const std::vector<BandState> state = bandsOf(bands);
     ASSERT_EQ(state.size(), 2U);
     EXPECT_EQ(state[0].menu.size(), 2U);

@@ -2,7 +2,8 @@
 
 #include "resource/resource_file.h"
 
-#include <cstring>
+#include <list>
+#include <span>
 #include <utility>
 
 namespace platform::window::test {
@@ -122,136 +123,67 @@ std::u16string textOf(HWND window)
     return stateOf(window).text;
 }
 
+LRESULT send(HWND window, UINT message, WPARAM wParam, const void* lParam)
+{
+    return SendMessageW(window, message, wParam, reinterpret_cast<LPARAM>(lParam));
+}
+
 namespace {
 
-class Bytes {
-public:
-    void word(unsigned value)
-    {
-        bytes_.push_back(static_cast<std::byte>(value & 0xFF));
-        bytes_.push_back(static_cast<std::byte>(value >> 8 & 0xFF));
-    }
-    void dword(DWORD value)
-    {
-        word(value & 0xFFFF);
-        word(value >> 16);
-    }
-    void text(const std::u16string& text)
-    {
-        for (const char16_t unit : text)
-            word(unit);
-        word(0);
-    }
-    void align()
-    {
-        while (bytes_.size() % 4 != 0)
-            bytes_.push_back(std::byte{0});
-    }
-    void append(const std::vector<std::byte>& more) { bytes_.insert(bytes_.end(), more.begin(), more.end()); }
-    std::vector<std::byte> take() { return std::move(bytes_); }
-
-private:
-    std::vector<std::byte> bytes_;
-};
-
-void place(Bytes& out, unsigned y, unsigned height)
+std::u16string words(std::initializer_list<DWORD> values)
 {
-    out.word(7);
-    out.word(y);
-    out.word(100);
-    out.word(height);
+    return {values.begin(), values.end()};
+}
+
+std::u16string dword(DWORD value)
+{
+    return words({value & 0xFFFF, value >> 16});
 }
 
 }  // namespace
 
-std::vector<std::byte> templateBytes(const std::u16string& title, const std::vector<TestControl>& controls,
-                                     bool extended, DWORD style, DWORD exStyle)
+std::u16string templateWords(const std::u16string& title, const std::vector<TestControl>& controls, bool extended,
+                             DWORD style, DWORD exStyle)
 {
-    Bytes out;
-    if (extended) {
-        out.word(1);
-        out.word(0xFFFF);
-        out.dword(0);
-        out.dword(exStyle);
-        out.dword(style);
-    } else {
-        out.dword(style);
-        out.dword(exStyle);
-    }
-    out.word(static_cast<unsigned>(controls.size()));
-    place(out, 0, 118);
-    out.word(0);
-    out.word(0);
-    out.text(title);
-    if (style & DS_SETFONT) {
-        out.word(8);
-        if (extended)
-            out.dword(0x01000000);
-        out.text(u"MS Sans Serif");
-    }
-    unsigned y = 7;
+    std::u16string out =
+        extended ? words({1, 0xFFFF}) + dword(0) + dword(exStyle) + dword(style) : dword(style) + dword(exStyle);
+    out += words({static_cast<DWORD>(controls.size()), 7, 0, 100, 118, 0, 0}) + title + u'\0';
+    if (style & DS_SETFONT)
+        out += words({8}) + (extended ? dword(0x01000000) : u"") + u"MS Sans Serif" + u'\0';
+    DWORD y = 7;
     for (const TestControl& control : controls) {
-        out.align();
-        if (extended) {
-            out.dword(0);
-            out.dword(0);
-        }
-        out.dword(WS_CHILD | WS_VISIBLE | control.style);
-        if (!extended)
-            out.dword(0);
-        place(out, y, 10);
+        if (out.size() % 2 != 0)
+            out += u'\0';
+        const std::u16string styles = dword(WS_CHILD | WS_VISIBLE | control.style);
+        const std::u16string id = dword(static_cast<DWORD>(control.id));
+        out += extended ? dword(0) + dword(0) + styles : styles + dword(0);
+        out += words({7, y, 100, 10}) + (extended ? id : id.substr(0, 1));
+        out += control.className == u"Static" ? words({0xFFFF, 0x82}) : control.className + u'\0';
+        out += control.text + words({0, 0});
         y += 11;
-        if (extended)
-            out.dword(static_cast<DWORD>(control.id));
-        else
-            out.word(static_cast<unsigned>(control.id));
-        if (control.className == u"Static") {
-            out.word(0xFFFF);
-            out.word(0x82);
-        } else {
-            out.text(control.className);
-        }
-        out.text(control.text);
-        out.word(0);
     }
-    return out.take();
+    return out;
 }
 
-const void* addResource(WORD type, WORD name, const std::vector<std::byte>& bytes)
+const void* addResource(WORD type, WORD name, const std::u16string& content)
 {
-    // Resources stay for the life of the process, the earlier files as well.
-    static std::vector<std::byte> entries = [] {
-        Bytes first;
-        first.dword(0);
-        first.dword(32);
-        first.dword(0x0000FFFF);
-        first.dword(0x0000FFFF);
-        for (int field = 0; field < 4; ++field)
-            first.dword(0);
-        return first.take();
-    }();
-    static std::vector<std::unique_ptr<std::vector<std::byte>>> files;
-    Bytes entry;
-    entry.dword(static_cast<DWORD>(bytes.size()));
-    entry.dword(32);
-    entry.dword(0xFFFF | static_cast<DWORD>(type) << 16);
-    entry.dword(0xFFFF | static_cast<DWORD>(name) << 16);
-    for (int field = 0; field < 4; ++field)
-        entry.dword(0);
-    entry.append(bytes);
-    entry.align();
-    const std::size_t at = entries.size() + 32;
-    const std::vector<std::byte> added = entry.take();
-    entries.insert(entries.end(), added.begin(), added.end());
-    files.push_back(std::make_unique<std::vector<std::byte>>(entries));
-    resource::setResources(*files.back());
-    return files.back()->data() + at;
+    const auto entry = [](WORD ofType, WORD named, const std::u16string& data) {
+        const std::u16string lengths = dword(static_cast<DWORD>(data.size() * 2)) + dword(32);
+        const std::u16string padding(8 + data.size() % 2, u'\0');
+        return lengths + words({0xFFFF, ofType, 0xFFFF, named}) + padding.substr(0, 8) + data + padding.substr(8);
+    };
+    // Resources stay for the life of the process, so the earlier files do, too.
+    static std::list<std::u16string> files = {entry(0, 0, u"")};
+    const std::size_t offset = files.back().size() + 16;
+    files.push_back(files.back() + entry(type, name, content));
+    resource::setResources(std::as_bytes(std::span(files.back())));
+    return files.back().data() + offset;
 }
 
 const void* makeTemplate(const std::u16string& title, const std::vector<TestControl>& controls, DWORD style)
 {
     static WORD name = 1000;
-    return addResource(5, name++, templateBytes(title, controls, true, style));
+    return addResource(5, name++, templateWords(title, controls, true, style));
 }
 
 }  // namespace platform::window::test

@@ -72,6 +72,9 @@ private:
 const WCHAR* windowClass(const WCHAR* name, WNDPROC procedure);
 HWND makeWindow(const WCHAR* className, HWND owner = nullptr);
 
+// SendMessageW with a pointer.
+LRESULT send(HWND window, UINT message, WPARAM wParam = 0, const void* lParam = nullptr);
+
 [[nodiscard]] WindowState stateOf(HWND window);
 [[nodiscard]] std::u16string textOf(HWND window);
 
@@ -82,15 +85,14 @@ struct TestControl {
     DWORD style = 0;
 };
 
-// Bytes of a template, in the extended form or the plain one. Controls lie below one another.
-[[nodiscard]] std::vector<std::byte> templateBytes(const std::u16string& title,
-                                                   const std::vector<TestControl>& controls, bool extended, DWORD style,
-                                                   DWORD exStyle = WS_EX_CAPTIONOKBTN);
+// A template in the extended format or the plain one. Controls lie below one another.
+[[nodiscard]] std::u16string templateWords(const std::u16string& title, const std::vector<TestControl>& controls,
+                                           bool extended, DWORD style, DWORD exStyle = WS_EX_CAPTIONOKBTN);
 
 // A template that DialogBoxIndirectParamW takes: made one of the process's resources.
 [[nodiscard]] const void* makeTemplate(const std::u16string& title, const std::vector<TestControl>& controls,
                                        DWORD style = 0x80c808c0);
-// Menu, icon, bitmap, dialog: bytes of any type and number as a resource; gives their address.
-const void* addResource(WORD type, WORD name, const std::vector<std::byte>& bytes);
+// Makes the words a resource of that type and number, and returns their address.
+const void* addResource(WORD type, WORD name, const std::u16string& content);
 
 }  // namespace platform::window::test

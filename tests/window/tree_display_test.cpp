@@ -1,10 +1,5 @@
-// A display's mirror of a tree, kept up by changes alone.
-#include "test_user.h"
-#include "tree_control/tree_display.h"
-
-#include "ce/tree_view.h"
-
-#include <gtest/gtest.h>
+// A display's mirror of a tree, kept up to date by the reported changes alone.
+#include "tree_control_fixture.h"
 
 #include <algorithm>
 #include <map>
@@ -75,50 +70,27 @@ private:
     std::set<HTREEITEM> expanded_;
 };
 
-class TreeDisplayTest : public testing::Test, public Display {
+class TreeDisplayTest : public TreeControlTest, public Display {
 protected:
-    TreeDisplayTest()
-    {
-        setDisplay(this);
-        parent = makeWindow(windowClass(u"PlainParent", DefWindowProcW));
-        tree = CreateWindowExW(0, u"SysTreeView32", u"", WS_CHILD | WS_VISIBLE, 0, 0, 200, 160, parent, nullptr,
-                               nullptr, nullptr);
-    }
-    ~TreeDisplayTest() override
-    {
-        DestroyWindow(parent);
-        setDisplay(nullptr);
-    }
+    TreeDisplayTest() : TreeControlTest(u"Plain", DefWindowProcW) { setDisplay(this); }
+    ~TreeDisplayTest() override { setDisplay(nullptr); }
+
     void changed(HWND, Change change) override { announced += change == Change::Tree ? 1 : 0; }
     void textChanged(HWND, std::u16string_view) override {}
 
-    HTREEITEM add(HTREEITEM above, HTREEITEM after = TVI_LAST) const
-    {
-        TVINSERTSTRUCTW insert = {};
-        insert.hParent = above;
-        insert.hInsertAfter = after;
-        return reinterpret_cast<HTREEITEM>(SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
-    }
-    void remove(HTREEITEM item) const { SendMessageW(tree, TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(item)); }
     void setImage(HTREEITEM item, int image) const
     {
         TVITEMW record = {};
         record.mask = TVIF_IMAGE;
         record.hItem = item;
         record.iImage = image;
-        SendMessageW(tree, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&record));
-    }
-    void fold(HTREEITEM item, WPARAM action) const
-    {
-        SendMessageW(tree, TVM_EXPAND, action, reinterpret_cast<LPARAM>(item));
+        send(TVM_SETITEMW, 0, &record);
     }
 
-    HWND parent = nullptr;
-    HWND tree = nullptr;
     int announced = 0;
 };
 
-TEST_F(TreeDisplayTest, ManyChangesReachTheDisplayAsFew)
+TEST_F(TreeDisplayTest, ManyChangesReachTheDisplayAsOneRange)
 {
     constexpr std::size_t Many = 20000;
     HTREEITEM folder = add(nullptr);
@@ -127,7 +99,7 @@ TEST_F(TreeDisplayTest, ManyChangesReachTheDisplayAsFew)
     announced = 0;
     std::vector<HTREEITEM> items;
     for (std::size_t i = 0; i < Many; i++)
-        items.push_back(add(folder, i % 2 == 0 ? TVI_LAST : TVI_FIRST));
+        items.push_back(add(folder, nullptr, i % 2 == 0 ? TVI_LAST : TVI_FIRST));
     EXPECT_EQ(announced, 1);
     mirror.take();
     ASSERT_EQ(mirror.changes.inserted.size(), 1U);
@@ -142,7 +114,7 @@ TEST_F(TreeDisplayTest, ManyChangesReachTheDisplayAsFew)
     EXPECT_EQ(announced, 2);
     mirror.take();
     EXPECT_EQ(mirror.changes.updated.size(), Many);
-    setImage(items[0], 8);  // looks as it did
+    setImage(items[0], 8);  // no change
     EXPECT_EQ(announced, 2);
 
     for (HTREEITEM item : treeItemsBelow(tree, folder))
@@ -152,13 +124,13 @@ TEST_F(TreeDisplayTest, ManyChangesReachTheDisplayAsFew)
     EXPECT_EQ(mirror.changes.removed[0].count, Many);
     mirror.compare();
 
-    // What came and went in between is nobody's business.
+    // An item that was inserted and removed in between is not reported.
     remove(add(folder));
     mirror.take();
     EXPECT_TRUE(mirror.changes.removed.empty() && mirror.changes.inserted.empty());
 }
 
-TEST_F(TreeDisplayTest, MirrorFollowsWhateverHappensBetweenTwoLooks)
+TEST_F(TreeDisplayTest, MirrorEqualsTheTreeAfterAnyChanges)
 {
     std::mt19937 random(20);
     const auto pick = [&random](std::size_t count) { return static_cast<std::size_t>(random() % count); };
@@ -171,30 +143,28 @@ TEST_F(TreeDisplayTest, MirrorFollowsWhateverHappensBetweenTwoLooks)
                 return !readTreeItem(tree, item, state);
             });
             HTREEITEM chosen = items.empty() ? nullptr : items[pick(items.size())];
-            HTREEITEM const places[] = {TVI_FIRST, TVI_LAST, TVI_SORT, chosen};
+            HTREEITEM const positions[] = {TVI_FIRST, TVI_LAST, TVI_SORT, chosen};
             switch (pick(6)) {
             case 0:
                 remove(chosen ? chosen : add(nullptr));
                 break;
             case 1:
-                fold(chosen, TVE_TOGGLE | (pick(2) == 0 ? TVE_COLLAPSERESET : 0));
+                send(TVM_EXPAND, TVE_TOGGLE | (pick(2) == 0 ? TVE_COLLAPSERESET : 0), chosen);
                 break;
             default:
-                items.push_back(add(pick(5) == 0 ? nullptr : chosen, places[pick(4)]));
+                items.push_back(add(pick(5) == 0 ? nullptr : chosen, nullptr, positions[pick(4)]));
                 break;
             }
         }
         mirror.take();
         ASSERT_NO_FATAL_FAILURE(mirror.compare()) << "round " << round;
     }
-    Mirror late(tree);
-    (void)takeTreeChanges(tree, true);
     remove(nullptr);
-    late.changes = takeTreeChanges(tree, true);
-    EXPECT_TRUE(late.changes.inserted.empty() && late.changes.removed.empty());
+    const TreeChanges fromTheStart = takeTreeChanges(tree, true);
+    EXPECT_TRUE(fromTheStart.inserted.empty() && fromTheStart.removed.empty());
 }
 
-TEST_F(TreeDisplayTest, ImageShownIsThatOfTheSelection)
+TEST_F(TreeDisplayTest, SelectedItemShowsItsSelectedImage)
 {
     HTREEITEM item = add(nullptr);
     TVITEMW record = {};
@@ -203,13 +173,13 @@ TEST_F(TreeDisplayTest, ImageShownIsThatOfTheSelection)
     record.iImage = 3;
     record.iSelectedImage = 4;
     record.cChildren = 1;
-    SendMessageW(tree, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&record));
+    send(TVM_SETITEMW, 0, &record);
     TreeItemState state;
     ASSERT_TRUE(readTreeItem(tree, item, state));
     EXPECT_EQ(state.image, 3);
     EXPECT_TRUE(state.hasButton && !state.hasChildren && !state.selected);
     (void)takeTreeChanges(tree);
-    SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+    select(item);
     const TreeChanges changes = takeTreeChanges(tree);
     EXPECT_EQ(changes.selected, item);
     EXPECT_EQ(changes.toShow, item);

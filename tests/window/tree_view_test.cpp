@@ -1,69 +1,34 @@
-#include "test_user.h"
-#include "tree_control/tree_display.h"
+#include "tree_control_fixture.h"
 #include "window/input.h"
 
-#include "ce/tree_view.h"
-
-#include <gtest/gtest.h>
+#include <string_view>
+#include <utility>
 
 namespace {
 
 using namespace platform::window;
 using namespace platform::window::test;
 
-using Lines = std::vector<std::string>;
-
-// A tree in a window that writes down what it is told: "changed a>b mouse".
-class TreeViewTest : public testing::Test {
+// Writes down what the tree notifies its parent of: "changed a>b mouse".
+class TreeViewTest : public TreeControlTest {
 protected:
-    TreeViewTest()
-    {
-        running = this;
-        parent = makeWindow(windowClass(u"TreeParent", procedure));
-        tree = CreateWindowExW(0, u"SysTreeView32", u"", WS_CHILD | WS_VISIBLE, 5, 40, 200, 160, parent,
-                               reinterpret_cast<HMENU>(INT_PTR{102}), nullptr, nullptr);
-    }
-    ~TreeViewTest() override { DestroyWindow(parent); }
+    TreeViewTest() : TreeControlTest(u"TreeParent", procedure) { running = this; }
 
-    LRESULT send(UINT message, WPARAM wParam = 0, HTREEITEM item = nullptr) const
-    {
-        return SendMessageW(tree, message, wParam, reinterpret_cast<LPARAM>(item));
-    }
     HTREEITEM get(WPARAM relation, HTREEITEM item = nullptr) const
     {
         return reinterpret_cast<HTREEITEM>(send(TVM_GETNEXTITEM, relation, item));
     }
-    HTREEITEM add(HTREEITEM above, const WCHAR* text, HTREEITEM after = TVI_LAST, bool button = false) const
-    {
-        TVINSERTSTRUCTW insert = {};
-        insert.hParent = above;
-        insert.hInsertAfter = after;
-        insert.item.mask = TVIF_TEXT | (button ? TVIF_CHILDREN : 0);
-        insert.item.pszText = const_cast<WCHAR*>(text);
-        insert.item.cChildren = 1;
-        return reinterpret_cast<HTREEITEM>(SendMessageW(tree, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insert)));
-    }
-    std::u16string text(HTREEITEM item) const
-    {
-        WCHAR text[20] = {};
-        TVITEMW record = {};
-        record.mask = TVIF_TEXT;
-        record.hItem = item;
-        record.pszText = text;
-        record.cchTextMax = 20;
-        return SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&record)) ? text : u"-";
-    }
     std::string name(HTREEITEM item) const
     {
-        const std::u16string found = text(item);
-        return {found.begin(), found.end()};
+        TreeItemState found;
+        return readTreeItem(tree, item, found) ? std::string(found.text.begin(), found.text.end()) : "-";
     }
     UINT state(HTREEITEM item) const
     {
         TVITEMW record = {};
         record.mask = TVIF_STATE;
         record.hItem = item;
-        SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&record));
+        send(TVM_GETITEMW, 0, &record);
         return record.state;
     }
     bool isExpanded(HTREEITEM item) const { return (state(item) & TVIS_EXPANDED) != 0; }
@@ -78,24 +43,39 @@ protected:
     {
         SendMessageW(tree, message, reinterpret_cast<WPARAM>(item), static_cast<LPARAM>(part));
     }
-    void key(WORD key) const { SendMessageW(tree, WM_KEYDOWN, key, 0); }
-    void type(char16_t letter) const { SendMessageW(tree, WM_CHAR, letter, 0); }
     std::string selected() const { return name(get(TVGN_CARET)); }
+    // What is selected after each key, and after each letter.
+    std::string press(std::initializer_list<WORD> keys) const
+    {
+        std::string visited;
+        for (const WORD key : keys) {
+            send(WM_KEYDOWN, key);
+            visited += selected() + " ";
+        }
+        return visited;
+    }
+    std::string type(std::u16string_view letters) const
+    {
+        std::string visited;
+        for (const char16_t letter : letters) {
+            send(WM_CHAR, letter);
+            visited += selected() + " ";
+        }
+        return visited;
+    }
     HTREEITEM underPointer() const
     {
         const DWORD position = GetMessagePos();
         TVHITTESTINFO hit = {};
         hit.pt = {static_cast<SHORT>(LOWORD(position)), static_cast<SHORT>(HIWORD(position))};
         ScreenToClient(tree, &hit.pt);
-        auto* item = reinterpret_cast<HTREEITEM>(SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+        auto* item = reinterpret_cast<HTREEITEM>(send(TVM_HITTEST, 0, &hit));
         EXPECT_EQ(item, hit.hItem);
         flags = hit.flags;
         return item;
     }
-    Lines told() { return std::exchange(lines, {}); }
+    std::string notified() { return std::exchange(lines, {}); }
 
-    HWND parent = nullptr;
-    HWND tree = nullptr;
     mutable UINT flags = 0;
     std::function<LRESULT(const NMTREEVIEWW&)> answer = [](const NMTREEVIEWW&) { return 0; };
 
@@ -107,78 +87,76 @@ private:
         EXPECT_EQ(wParam, 102U);
         const auto& change = *reinterpret_cast<const NMTREEVIEWW*>(lParam);
         running->note(change);
-        const auto current = running->answer;  // it may put another one in its place
+        const auto current = running->answer;  // a copy, since it may replace itself
         return current(change);
     }
 
     void note(const NMTREEVIEWW& change)
     {
+        const std::string line = describe(change);
+        lines += (line.empty() || lines.empty() ? "" : ", ") + line;
+    }
+
+    std::string describe(const NMTREEVIEWW& change) const
+    {
         const char* const causes[] = {"", " mouse", " key"};
-        const auto direction = [&change] { return change.action == TVE_COLLAPSE ? " shut" : " open"; };
+        const std::string direction = change.action == TVE_COLLAPSE ? " shut" : " open";
+        const std::string selection = name(change.itemOld.hItem) + ">" + name(change.itemNew.hItem);
         switch (change.hdr.code) {
         case NM_CLICK:
-            lines.push_back("click " + name(underPointer()));
-            break;
+            return "click " + name(underPointer());
         case NM_DBLCLK:
-            lines.emplace_back("double click");
-            break;
+            return "double click";
         case NM_RETURN:
-            lines.emplace_back("return");
-            break;
+            return "return";
         case TVN_SELCHANGINGW:
-            lines.push_back("changing " + name(change.itemOld.hItem) + ">" + name(change.itemNew.hItem));
-            break;
+            return "changing " + selection;
         case TVN_SELCHANGEDW:
-            lines.push_back("changed " + name(change.itemOld.hItem) + ">" + name(change.itemNew.hItem) +
-                            causes[change.action]);
-            break;
+            return "changed " + selection + causes[change.action];
         case TVN_ITEMEXPANDINGW:
-            lines.push_back("expanding " + name(change.itemNew.hItem) + direction());
-            break;
+            return "expanding " + name(change.itemNew.hItem) + direction;
         case TVN_ITEMEXPANDEDW:
-            lines.push_back("expanded " + name(change.itemNew.hItem) + direction());
-            break;
+            return "expanded " + name(change.itemNew.hItem) + direction;
         case TVN_DELETEITEMW:
-            lines.push_back("delete " + name(change.itemOld.hItem));
-            break;
+            return "delete " + name(change.itemOld.hItem);
         default:
-            break;
+            return "";
         }
     }
 
     static TreeViewTest* running;
-    Lines lines;
+    std::string lines;
 };
 TreeViewTest* TreeViewTest::running = nullptr;
 
-TEST_F(TreeViewTest, ClickIsToldBeforeTheSelectionMoves)
+TEST_F(TreeViewTest, ClickIsNotifiedBeforeTheSelectionMoves)
 {
     HTREEITEM a = add(nullptr, u"a");
     HTREEITEM b = add(nullptr, u"b");
     click(a);
-    EXPECT_EQ(told(), (Lines{"click a", "changing ->a", "changed ->a mouse"}));
+    EXPECT_EQ(notified(), "click a, changing ->a, changed ->a mouse");
     click(b, TreePart::Icon);
-    EXPECT_EQ(told(), (Lines{"click b", "changing a>b", "changed a>b mouse"}));
+    EXPECT_EQ(notified(), "click b, changing a>b, changed a>b mouse");
     click(b);
-    EXPECT_EQ(told(), Lines{"click b"});
+    EXPECT_EQ(notified(), "click b");
     click(a, TreePart::Right);
     EXPECT_EQ(flags, TVHT_ONITEMRIGHT);
     click(nullptr, TreePart::Label);
-    EXPECT_EQ(told(), (Lines{"click a", "click -"}));
+    EXPECT_EQ(notified(), "click a, click -");
     EXPECT_EQ(selected(), "b");
 
     answer = [](const NMTREEVIEWW& change) { return change.hdr.code == TVN_SELCHANGINGW ? 1 : 0; };
     click(a);
-    EXPECT_EQ(told(), (Lines{"click a", "changing b>a"}));
+    EXPECT_EQ(notified(), "click a, changing b>a");
     answer = [](const NMTREEVIEWW& change) { return change.hdr.code == NM_CLICK ? 1 : 0; };
     click(a);
     click(a, TreePart::Label, InputDoubleClick);
-    EXPECT_EQ(told(), (Lines{"click a", "click a"}));
+    EXPECT_EQ(notified(), "click a, click a");
     EXPECT_EQ(selected(), "b");
 
     answer = [](const NMTREEVIEWW&) { return 0; };
     click(a, TreePart::Label, InputDoubleClick);  // two quick clicks, of which the first one met b
-    EXPECT_EQ(told(), (Lines{"click a", "changing b>a", "changed b>a mouse", "double click"}));
+    EXPECT_EQ(notified(), "click a, changing b>a, changed b>a mouse, double click");
 }
 
 TEST_F(TreeViewTest, PointOfAClickFindsTheItemHoweverFarItIsScrolledOrIndented)
@@ -205,14 +183,14 @@ TEST_F(TreeViewTest, PointOfAClickFindsTheItemHoweverFarItIsScrolledOrIndented)
 
     TVHITTESTINFO hit = {};
     hit.pt = {3, -1};
-    EXPECT_EQ(SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)), 0);
+    EXPECT_EQ(send(TVM_HITTEST, 0, &hit), 0);
     EXPECT_EQ(hit.flags, TVHT_ABOVE);
     hit.pt = {-1, 500};
-    EXPECT_EQ(SendMessageW(tree, TVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)), 0);
+    EXPECT_EQ(send(TVM_HITTEST, 0, &hit), 0);
     EXPECT_EQ(hit.flags, TVHT_BELOW | TVHT_TOLEFT);
 }
 
-TEST_F(TreeViewTest, UserFoldsWithTheParentToldEachTime)
+TEST_F(TreeViewTest, EachExpansionByTheUserIsNotified)
 {
     HTREEITEM a = add(nullptr, u"a", TVI_LAST, true);
     HTREEITEM empty = add(nullptr, u"e", TVI_LAST, true);
@@ -222,23 +200,23 @@ TEST_F(TreeViewTest, UserFoldsWithTheParentToldEachTime)
         return 0;
     };
     click(a, TreePart::Button);
-    EXPECT_EQ(told(), (Lines{"click a", "expanding a open", "expanded a open"}));
+    EXPECT_EQ(notified(), "click a, expanding a open, expanded a open");
     click(a);
     click(a, TreePart::Label, InputDoubleClick);
-    EXPECT_EQ(told(), (Lines{"click a", "changing ->a", "changed ->a mouse", "click a", "double click",
-                             "expanding a shut", "expanded a shut"}));
+    EXPECT_EQ(notified(),
+              "click a, changing ->a, changed ->a mouse, click a, double click, expanding a shut, expanded a shut");
     click(a, TreePart::Button, InputDoubleClick);
-    EXPECT_EQ(told(), (Lines{"click a", "expanding a open", "expanded a open", "double click"}));
+    EXPECT_EQ(notified(), "click a, expanding a open, expanded a open, double click");
 
     click(empty, TreePart::Button);  // nothing came: it stays collapsed
-    EXPECT_EQ(told(), (Lines{"click e", "expanding e open"}));
+    EXPECT_EQ(notified(), "click e, expanding e open");
     EXPECT_FALSE(isExpanded(empty));
     answer = [](const NMTREEVIEWW& change) { return change.hdr.code == TVN_ITEMEXPANDINGW ? 1 : 0; };
     click(a, TreePart::Button);
     EXPECT_TRUE(isExpanded(a));
 }
 
-TEST_F(TreeViewTest, SelectionLeavesACollapsingItemBeforeItsChildrenGo)
+TEST_F(TreeViewTest, SelectionLeavesACollapsingItemBeforeItsChildrenAreDeleted)
 {
     HTREEITEM a = add(nullptr, u"a");
     HTREEITEM b = add(a, u"b");
@@ -246,82 +224,81 @@ TEST_F(TreeViewTest, SelectionLeavesACollapsingItemBeforeItsChildrenGo)
     send(TVM_EXPAND, TVE_EXPAND, a);
     send(TVM_EXPAND, TVE_EXPAND, b);
     click(c);
-    told();
+    notified();
     answer = [&](const NMTREEVIEWW& change) {
         if (change.hdr.code == TVN_ITEMEXPANDEDW)
-            send(TVM_DELETEITEM, 0, b);
+            remove(b);
         return change.hdr.code == TVN_SELCHANGINGW ? 1 : 0;  // can't be refused here
     };
     click(a, TreePart::Button);
-    EXPECT_EQ(told(), (Lines{"click a", "expanding a shut", "changing c>a", "changed c>a", "expanded a shut",
-                             "delete c", "delete b"}));
+    EXPECT_EQ(notified(), "click a, expanding a shut, changing c>a, changed c>a, expanded a shut, delete c, delete b");
     EXPECT_EQ(selected(), "a");
 }
 
-TEST_F(TreeViewTest, ProgramExpandsToldOnceUntilReset)
+TEST_F(TreeViewTest, ExpansionByTheProgramIsNotifiedOnceUntilReset)
 {
     HTREEITEM a = add(nullptr, u"a", TVI_LAST, true);
     constexpr WPARAM Reset = TVE_TOGGLE | TVE_COLLAPSERESET;
     EXPECT_EQ(send(TVM_EXPAND, TVE_EXPAND, a), 0);  // no child came
     EXPECT_EQ(send(TVM_EXPAND, TVE_COLLAPSE, a), 0);
-    EXPECT_EQ(told(), Lines{"expanding a open"});
+    EXPECT_EQ(notified(), "expanding a open");
     HTREEITEM b = add(a, u"b");
     HTREEITEM c = add(b, u"c");
     EXPECT_NE(send(TVM_EXPAND, TVE_EXPAND, a), 0);
-    EXPECT_EQ(told(), (Lines{"expanding a open", "expanded a open"}));
+    EXPECT_EQ(notified(), "expanding a open, expanded a open");
     EXPECT_NE(send(TVM_EXPAND, TVE_EXPAND, a), 0);
     EXPECT_NE(send(TVM_EXPAND, TVE_COLLAPSE, a), 0);
     EXPECT_NE(send(TVM_EXPAND, TVE_TOGGLE, a), 0);
-    EXPECT_EQ(told(), Lines{});
+    EXPECT_EQ(notified(), "");
     EXPECT_EQ(state(a), TVIS_EXPANDED | TVIS_EXPANDEDONCE);
 
-    send(TVM_SELECTITEM, TVGN_CARET, c);
-    told();
+    select(c);
+    notified();
     EXPECT_NE(send(TVM_EXPAND, Reset, a), 0);
-    EXPECT_EQ(told(), (Lines{"changing c>a", "changed c>a", "delete c", "delete b"}));
+    EXPECT_EQ(notified(), "changing c>a, changed c>a, delete c, delete b");
     EXPECT_EQ(state(a), TVIS_SELECTED);
     EXPECT_EQ(children(a), "");
 
     send(TVM_EXPAND, TVE_EXPAND, a);  // its button stayed, and it is asked for again
-    EXPECT_EQ(told(), Lines{"expanding a open"});
+    EXPECT_EQ(notified(), "expanding a open");
 
     // Collapsed and emptied by the user's side: the bit is set, so the toggle fails in silence.
     b = add(a, u"b");
     click(a, TreePart::Button);
     click(a, TreePart::Button);
-    send(TVM_DELETEITEM, 0, b);
-    told();
+    remove(b);
+    notified();
     EXPECT_EQ(send(TVM_EXPAND, Reset, a), 0);
-    EXPECT_EQ(told(), Lines{});
+    EXPECT_EQ(notified(), "");
 }
 
-TEST_F(TreeViewTest, SelectionOfADeletedItemGoesToANeighbour)
+TEST_F(TreeViewTest, SelectionOfADeletedItemMovesToANeighbour)
 {
     HTREEITEM a = add(nullptr, u"a");
     HTREEITEM b = add(a, u"b");
     HTREEITEM c = add(a, u"c");
-    send(TVM_SELECTITEM, TVGN_CARET, b);
-    told();
-    send(TVM_DELETEITEM, 0, b);
-    EXPECT_EQ(told(), (Lines{"changing b>c", "changed b>c", "delete b"}));
+    select(b);
+    notified();
+    remove(b);
+    EXPECT_EQ(notified(), "changing b>c, changed b>c, delete b");
     HTREEITEM d = add(a, u"d");
-    send(TVM_SELECTITEM, TVGN_CARET, d);
-    send(TVM_DELETEITEM, 0, d);
+    select(d);
+    remove(d);
     EXPECT_EQ(selected(), "c");
-    send(TVM_DELETEITEM, 0, c);
+    remove(c);
     EXPECT_EQ(selected(), "a");
     EXPECT_FALSE(isExpanded(a));
-    told();
-    send(TVM_DELETEITEM, 0, TVI_ROOT);
-    EXPECT_EQ(told(), (Lines{"changing a>-", "changed a>-", "delete a"}));
+    notified();
+    remove(TVI_ROOT);
+    EXPECT_EQ(notified(), "changing a>-, changed a>-, delete a");
     EXPECT_EQ(send(TVM_GETCOUNT), 0);
     EXPECT_EQ(get(TVGN_CARET), nullptr);
 }
 
-TEST_F(TreeViewTest, DeadHandleIsRefusedThoughItsPlaceServesAgain)
+TEST_F(TreeViewTest, DeadHandleIsRefusedAfterItsSlotIsUsedAgain)
 {
     HTREEITEM dead = add(nullptr, u"old");
-    send(TVM_DELETEITEM, 0, dead);
+    remove(dead);
     HTREEITEM alive = add(nullptr, u"new");
     ASSERT_NE(dead, alive);
     for (HTREEITEM bad : {dead, reinterpret_cast<HTREEITEM>(INT_PTR{77}), reinterpret_cast<HTREEITEM>(INT_PTR{-1})}) {
@@ -329,9 +306,9 @@ TEST_F(TreeViewTest, DeadHandleIsRefusedThoughItsPlaceServesAgain)
         record.mask = TVIF_PARAM | TVIF_IMAGE;
         record.hItem = bad;
         record.lParam = 5;
-        EXPECT_EQ(SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&record)), 0);
+        EXPECT_EQ(send(TVM_GETITEMW, 0, &record), 0);
         EXPECT_EQ(record.lParam, 5);
-        EXPECT_EQ(SendMessageW(tree, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&record)), 0);
+        EXPECT_EQ(send(TVM_SETITEMW, 0, &record), 0);
         EXPECT_EQ(send(TVM_DELETEITEM, 0, bad), 0);
         EXPECT_EQ(send(TVM_EXPAND, TVE_EXPAND, bad), 0);
         EXPECT_EQ(send(TVM_SELECTITEM, TVGN_CARET, bad), 0);
@@ -341,12 +318,11 @@ TEST_F(TreeViewTest, DeadHandleIsRefusedThoughItsPlaceServesAgain)
         EXPECT_EQ(add(bad, u"child"), nullptr);
     }
     click(dead);
-    EXPECT_EQ(told(), Lines{"delete old"});
+    EXPECT_EQ(notified(), "delete old");
     EXPECT_EQ(children(nullptr), "new");
 }
 
-// Whatever the parent does to the items while it is told of them.
-TEST_F(TreeViewTest, ParentMayDeleteWhatItIsToldOf)
+TEST_F(TreeViewTest, ParentMayDeleteTheItemsOfANotification)
 {
     for (const UINT code :
          {NM_CLICK, TVN_SELCHANGINGW, TVN_SELCHANGEDW, TVN_ITEMEXPANDINGW, TVN_ITEMEXPANDEDW, TVN_DELETEITEMW}) {
@@ -358,14 +334,14 @@ TEST_F(TreeViewTest, ParentMayDeleteWhatItIsToldOf)
             if (change.hdr.code == code) {
                 answer = [](const NMTREEVIEWW&) { return 0; };
                 add(a, u"late");
-                send(TVM_DELETEITEM, 0, a);
+                remove(a);
             }
             return 0;
         };
         click(b);
         click(b, TreePart::Label, InputDoubleClick);
         click(b, TreePart::Button);
-        send(TVM_DELETEITEM, 0, a);
+        remove(a);
         EXPECT_EQ(send(TVM_GETCOUNT), 0) << static_cast<int>(code);
         answer = [](const NMTREEVIEWW&) { return 0; };
     }
@@ -380,69 +356,49 @@ TEST_F(TreeViewTest, KeysReachEveryItem)
     add(nullptr, u"y");
     for (int i = 0; i < 20; i++)
         add(nullptr, u"z");
-    const auto after = [this](WORD pressed) {
-        key(pressed);
-        return selected();
-    };
-    EXPECT_EQ(after(VK_DOWN), "a");  // nothing was selected
-    told();
-    EXPECT_EQ(after(VK_RIGHT), "a");
-    EXPECT_EQ(after(VK_RIGHT), "Beta");
-    EXPECT_EQ(told(), (Lines{"expanding a open", "expanded a open", "changing a>Beta", "changed a>Beta key"}));
-    EXPECT_EQ(after(VK_DOWN), "bird");
-    EXPECT_EQ(after(VK_DOWN), "y");
-    EXPECT_EQ(after(VK_NEXT), "z");
-    EXPECT_EQ(get(TVGN_NEXT, get(TVGN_CARET)) != nullptr, true);
-    EXPECT_EQ(after(VK_PRIOR), "y");
-    EXPECT_EQ(after(VK_END), "z");
-    EXPECT_EQ(get(TVGN_NEXT, get(TVGN_CARET)), nullptr);
-    EXPECT_EQ(after(VK_DOWN), "z");
-    EXPECT_EQ(after(VK_HOME), "a");
-    EXPECT_EQ(after(VK_UP), "a");
+    const auto isLast = [this] { return get(TVGN_NEXT, get(TVGN_CARET)) == nullptr; };
+    EXPECT_EQ(press({VK_DOWN}), "a ");  // nothing was selected
+    notified();
+    EXPECT_EQ(press({VK_RIGHT, VK_RIGHT}), "a Beta ");
+    EXPECT_EQ(notified(), "expanding a open, expanded a open, changing a>Beta, changed a>Beta key");
+    EXPECT_EQ(press({VK_DOWN, VK_DOWN, VK_NEXT}), "bird y z ");
+    EXPECT_FALSE(isLast());
+    EXPECT_EQ(press({VK_PRIOR, VK_END}), "y z ");
+    EXPECT_TRUE(isLast());
+    EXPECT_EQ(press({VK_DOWN, VK_HOME, VK_UP}), "z a a ");
 
-    type(u'B');
-    EXPECT_EQ(selected(), "Beta");
-    type(u'I');
-    EXPECT_EQ(selected(), "bird");
-    EXPECT_EQ(after(VK_BACK), "a");
-    EXPECT_EQ(after(VK_MULTIPLY), "a");
+    EXPECT_EQ(type(u"BI"), "Beta bird ");
+    EXPECT_EQ(press({VK_BACK, VK_MULTIPLY}), "a a ");
     EXPECT_TRUE(isExpanded(b));
-    EXPECT_EQ(after(VK_LEFT), "a");
-    EXPECT_FALSE(isExpanded(a));
-    EXPECT_EQ(after(VK_LEFT), "a");
-    key(VK_ADD);
-    EXPECT_TRUE(isExpanded(a));
-    key(VK_SUBTRACT);
-    EXPECT_FALSE(isExpanded(a));
-    told();
-    key(VK_RETURN);
-    EXPECT_EQ(told(), Lines{"return"});
-    SendMessageW(tree, WM_KEYDOWN, VK_DOWN, KeyWithControl);
+    for (const auto& [key, expanded] :
+         {std::pair{VK_LEFT, false}, {VK_LEFT, false}, {VK_ADD, true}, {VK_SUBTRACT, false}}) {
+        EXPECT_EQ(press({static_cast<WORD>(key)}), "a ");
+        EXPECT_EQ(isExpanded(a), expanded);
+    }
+    notified();
+    press({VK_RETURN});
+    EXPECT_EQ(notified(), "return");
+    send(WM_KEYDOWN, VK_DOWN, reinterpret_cast<const void*>(KeyWithControl));
     EXPECT_EQ(selected(), "a");
 }
 
-TEST_F(TreeViewTest, OneLetterAgainGoesOnToTheNextItem)
+TEST_F(TreeViewTest, SameLetterAgainSelectsTheNextItem)
 {
     for (const WCHAR* each : {u"b1", u"c", u"b2", u"bb"})
         add(nullptr, each);
-    Lines visited;
-    for (int i = 0; i < 4; i++) {
-        type(u'b');
-        visited.push_back(selected());
-    }
-    EXPECT_EQ(visited, (Lines{"b1", "b2", "bb", "b1"}));
-    told();
-    type(u'?');
-    EXPECT_EQ(told(), Lines{});
+    EXPECT_EQ(type(u"bbbb"), "b1 b2 bb b1 ");
+    notified();
+    type(u"?");
+    EXPECT_EQ(notified(), "");
 }
 
-TEST_F(TreeViewTest, ItemsStandWhereTheyWereAskedFor)
+TEST_F(TreeViewTest, ItemsAreInsertedAtTheRequestedPosition)
 {
     HTREEITEM c = add(nullptr, u"c", TVI_SORT);
     for (const WCHAR* each : {u"A", u"e", u"B", u"d"})
         add(nullptr, each, TVI_SORT);
     EXPECT_EQ(children(nullptr), "ABcde");
-    send(TVM_DELETEITEM, 0, c);
+    remove(c);
     add(nullptr, u"C", TVI_SORT);
     EXPECT_EQ(children(nullptr), "ABCde");
     add(nullptr, u"z", TVI_FIRST);  // no order any more: in front of the first that is greater
@@ -465,7 +421,7 @@ TEST_F(TreeViewTest, LongTextIsCutAtAWholeCharacter)
     record.pszText = out;
     for (const auto& [room, expected] : {std::pair{0, u"-----"}, {4, u"ab"}, {5, u"ab\U0001F600"}, {1, u""}}) {
         record.cchTextMax = room;
-        EXPECT_NE(SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&record)), 0);
+        EXPECT_NE(send(TVM_GETITEMW, 0, &record), 0);
         EXPECT_EQ(std::u16string(out), expected);
     }
 }
