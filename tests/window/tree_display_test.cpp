@@ -18,8 +18,13 @@ public:
     void take()
     {
         changes = takeTreeChanges(tree_);
-        for (const TreeRemoval& removal : changes.removed)
-            remove(removal);
+        for (const TreeRemoval& removal : changes.removed) {
+            std::vector<HTREEITEM>& siblings = below_[removal.parent];
+            const auto first = std::ranges::find(siblings, removal.first);
+            const auto count = static_cast<std::ptrdiff_t>(removal.count);
+            ASSERT_LE(count, siblings.end() - first);
+            siblings.erase(first, first + count);
+        }
         for (const TreeRange& range : changes.inserted) {
             ASSERT_TRUE(!range.parent || below_.contains(range.parent));
             std::vector<HTREEITEM>& siblings = below_[range.parent];
@@ -33,7 +38,7 @@ public:
             fold.expanded ? (void)expanded_.insert(fold.item) : (void)expanded_.erase(fold.item);
     }
 
-    // Against the tree itself, from `parent` on.
+    // Expects what lies below `parent` in the tree itself.
     void compare(HTREEITEM parent = nullptr)
     {
         const std::vector<HTREEITEM> children = treeItemsBelow(tree_, parent);
@@ -47,24 +52,6 @@ public:
     TreeChanges changes;
 
 private:
-    void remove(const TreeRemoval& removal)
-    {
-        std::vector<HTREEITEM>& siblings = below_[removal.parent];
-        const auto first = std::ranges::find(siblings, removal.first);
-        ASSERT_LE(static_cast<std::ptrdiff_t>(removal.count), siblings.end() - first);
-        const std::vector<HTREEITEM> gone(first, first + static_cast<std::ptrdiff_t>(removal.count));
-        siblings.erase(first, first + static_cast<std::ptrdiff_t>(removal.count));
-        for (HTREEITEM item : gone)
-            forget(item);
-    }
-    void forget(HTREEITEM item)
-    {
-        for (HTREEITEM child : below_[item])
-            forget(child);
-        below_.erase(item);
-        expanded_.erase(item);
-    }
-
     HWND tree_;
     std::map<HTREEITEM, std::vector<HTREEITEM>> below_;
     std::set<HTREEITEM> expanded_;
