@@ -1,4 +1,4 @@
-// What a script's lines mean, and what is said of one that means nothing.
+// The actions that a script's lines become, and the errors for lines that are none.
 
 #include "pattern.h"
 #include "script.h"
@@ -18,7 +18,7 @@ Script parse(const std::string& text)
     return parseScript(in);
 }
 
-TEST(ScriptTest, EachFormOfALineBecomesItsAction)
+TEST(ScriptTest, EachKindOfLineBecomesItsAction)
 {
     const Script script = parse("\xEF\xBB\xBF# a backup\r\n"
                                 "\n"

@@ -47,7 +47,7 @@ const DialogKind ItemsDialog = {.id = 109, .list = 1006, .rows = {u"File:\\a", u
 const DialogKind ChooseDialog = {.id = 107, .list = 1003, .rows = {u"\\Card", u"Main device"}, .needsARow = true};
 const DialogKind PolicyDialog = {.id = 111, .boxes = {1023, 1024, 1025}};
 
-// Notes what the dialog contains. False after the refusal of a dialog that needs a selected row and has none.
+// Notes what the dialog contains. Without a selected row, a dialog that needs one shows a message and returns false.
 bool accept(HWND dialog, const DialogKind& kind)
 {
     WCHAR text[260] = {};

@@ -22,14 +22,14 @@ TEST_F(MarkCountTest, FileThatLosesItsMarkTakesOneFromEachFolder)
     EXPECT_EQ(marks("Files\\A"), "A:9:0 B:10:65530 f:7:65530");
 
     setCount("Files\\A\\B", 65535);
-    click("Files\\A\\B\\f");  // counting up, it wraps to 0 and shows its tick all the same
+    click("Files\\A\\B\\f");  // counting up, it wraps to 0 and still shows its tick
     EXPECT_EQ(marks("Files\\A\\B"), "B:10:0 f:7:65531");
     setCount("Files\\A\\B\\f", 65532);
     click("Files\\A\\B\\f");
     EXPECT_EQ(marks("Files\\A\\B\\f"), "f:6:0");
 }
 
-TEST_F(MarkCountTest, DatabaseThatLosesItsMark)
+TEST_F(MarkCountTest, DatabaseThatLosesItsMarkIsClearedBelowZero)
 {
     ASSERT_NE(CeCreateDatabase(u"Tasks", 0, 0, nullptr), 0U);
     open("Databases");

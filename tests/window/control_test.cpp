@@ -174,7 +174,7 @@ TEST_F(ControlTest, HundredThousandRowsInAnyOrderAreSortedAndFound)
         return u"File:\\Documents and pictures\\" + std::u16string(digits.begin(), digits.end());
     };
     for (long step = 0; step < Count; ++step) {
-        const std::u16string row = text(step * 7919 % Count);  // a prime: each number once
+        const std::u16string row = text(step * 7919 % Count);  // a prime, so each number comes once
         add(box, row);
         add(unsorted, row);
     }
@@ -277,12 +277,12 @@ TEST_F(ControlTest, CaretOfAMultiLineEditIsNeverInsideALineBreak)
     EXPECT_EQ(codes, (std::vector<int>{EN_UPDATE, EN_CHANGE, EN_UPDATE, EN_CHANGE}));
 }
 
-TEST_F(ControlTest, CounterThatChangesALotReachesTheDisplayAsText)
+TEST_F(ControlTest, DisplayIsCalledWithEachNewText)
 {
     TestUser user;
     const HWND label = make(u"Static", 0);
     SetWindowTextW(label, u"1");
-    SetWindowTextW(label, u"1");  // the display has nothing to show
+    SetWindowTextW(label, u"1");  // no change, so the display isn't called
     SetWindowTextW(label, u"2");
     SetWindowTextW(label, nullptr);
     EXPECT_EQ(user.texts, 3);

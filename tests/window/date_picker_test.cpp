@@ -92,7 +92,7 @@ TEST_F(DatePickerTest, DateThatTheProgramSetsIsNotNotifiedAndAnImpossibleOneIsRe
 {
     EXPECT_EQ(shown(), "2026-3-5");
     EXPECT_NE(set(dateOf(2024, 2, 29)), 0);
-    EXPECT_EQ(get().wDayOfWeek, 4);  // a Thursday, whatever was given
+    EXPECT_EQ(get().wDayOfWeek, 4);  // calculated, since the caller gave 0
     EXPECT_EQ(get().wHour, 10);
     EXPECT_EQ(set(dateOf(2023, 2, 29)), 0);
     EXPECT_EQ(set(dateOf(2023, 13, 1)), 0);
@@ -105,9 +105,9 @@ TEST_F(DatePickerTest, DateThatTheProgramSetsIsNotNotifiedAndAnImpossibleOneIsRe
 TEST_F(DatePickerTest, KeysStepWithinTheCurrentField)
 {
     set(dateOf(2024, 1, 31));
-    EXPECT_EQ(after({VK_UP}), "2024-1-1");  // goes round
+    EXPECT_EQ(after({VK_UP}), "2024-1-1");  // after the last day comes the first
     EXPECT_EQ(after({VK_DOWN}), "2024-1-31");
-    EXPECT_EQ(after({VK_RIGHT, VK_UP}), "2024-2-29");  // the day stays in the month
+    EXPECT_EQ(after({VK_RIGHT, VK_UP}), "2024-2-29");  // the day is limited to the month's last
     EXPECT_EQ(after({VK_RIGHT, VK_SUBTRACT}), "2023-2-28");
     EXPECT_EQ(changes, 4);
     EXPECT_EQ(after({VK_RIGHT, VK_HOME}), "2023-2-1");
@@ -122,7 +122,7 @@ TEST_F(DatePickerTest, DigitsAreTypedIntoTheField)
     set(dateOf(2024, 5, 9));
     for (const auto& [digits, expected] : {std::pair{u"1", "2024-5-1"}, {u"5", "2024-5-15"}, {u"07", "2024-5-7"}})
         EXPECT_EQ(typed(digits), expected);
-    EXPECT_EQ(typed(u"99"), "2024-5-9");  // there is no such day, so the last digit begins a new one
+    EXPECT_EQ(typed(u"99"), "2024-5-9");  // there is no day 99, so the second digit has no effect
     after({VK_RIGHT});
     EXPECT_EQ(typed(u"12"), "2024-12-9");
     after({VK_RIGHT});

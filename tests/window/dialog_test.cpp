@@ -1,4 +1,4 @@
-// Dialogs and message boxes, as a user meets them.
+// Dialogs and message boxes, driven by the user's keys and clicks.
 #include "test_user.h"
 
 #include <gtest/gtest.h>
@@ -190,7 +190,7 @@ TEST_F(DialogTest, DisablingTheFocusedControlMovesTheFocusOn)
     seen.onInit = [](HWND dialog) {
         SetFocus(GetDlgItem(dialog, 11));
         EnableWindow(GetDlgItem(dialog, 11), FALSE);
-        SetFocus(GetDlgItem(dialog, 12));  // refused, since the control is disabled
+        SetFocus(GetDlgItem(dialog, 12));  // disabled, so it can't have the focus
     };
     seen.initResult = 0;
     open();

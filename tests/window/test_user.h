@@ -1,4 +1,4 @@
-// test_user.h - the user of the tests, threads with windows, and templates to make dialogs from.
+// test_user.h - a scripted user, threads with windows, and dialog templates for tests.
 #pragma once
 
 #include "window/display.h"
@@ -30,7 +30,7 @@ public:
     void changed(HWND window, Change change) override;
     void textChanged(HWND window, std::u16string_view text) override;
 
-    // Until the condition holds; it is looked at again after each change.
+    // Returns when the condition holds. Checks it again after each change.
     void waitUntil(const std::function<bool()>& condition);
     // The visible top-level window of that title, once its thread takes input.
     HWND window(const std::u16string& title);
