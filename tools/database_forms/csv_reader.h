@@ -1,7 +1,7 @@
 // csv_reader.h - a CSV file as the records of a database; csv_writer.h tells how it stands there.
 #pragma once
 
-#include "database_forms/database_form.h"
+#include "database_forms/database.h"
 #include "database_forms/left_out.h"
 #include "line_reader.h"
 

@@ -6,7 +6,7 @@
 // are is known only at the end, so the rows wait in a temporary file.
 #pragma once
 
-#include "database_forms/database_form.h"
+#include "database_forms/database.h"
 
 #include <cstdio>
 #include <map>

@@ -2,7 +2,6 @@
 
 #include "exact_lines.h"
 
-#include "component_fields.h"
 #include "database_forms/form_fault.h"
 #include "database_forms/value_text.h"
 #include "hex_digits.h"

@@ -1,7 +1,7 @@
 // icalendar.h - databases of appointments and tasks as a calendar.
 #pragma once
 
-#include "database_forms/database_form.h"
+#include "database_forms/database.h"
 #include "database_forms/left_out.h"
 #include "line_reader.h"
 

@@ -4,7 +4,7 @@
 // {"record": [PROPERTY...]} behind it is one record, in the database's own order. property_json.h tells a PROPERTY.
 #pragma once
 
-#include "database_forms/database_form.h"
+#include "database_forms/database.h"
 #include "line_reader.h"
 
 namespace database_forms {

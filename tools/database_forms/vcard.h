@@ -1,7 +1,7 @@
 // vcard.h - databases of contacts as a file of cards.
 #pragma once
 
-#include "database_forms/database_form.h"
+#include "database_forms/database.h"
 #include "database_forms/left_out.h"
 #include "line_reader.h"
 
