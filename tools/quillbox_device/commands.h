@@ -2,7 +2,7 @@
 // the sentence says so.
 #pragma once
 
-#include "database_forms/database_form.h"
+#include "database_formats/database_format.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -32,18 +32,18 @@ void importRegistry(const std::filesystem::path& device, const std::string& file
 
 void listDatabases(const std::filesystem::path& device);
 
-using database_forms::Form;
+using database_formats::Format;
 
-// One database, or all that the form holds. `form`: none goes by the file's extension.
+// One database, or all that the format holds. `format`: none goes by the file's extension.
 void exportDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
-                     std::optional<Form> form, const std::string& file, bool force);
+                     std::optional<Format> format, const std::string& file, bool force);
 
 // What becomes of a database that exists already.
 enum class Existing { Refused, Replaced, AddedTo };
 
-// Makes the databases of a file. `name` is that of the one that it makes; without one the file tells, or the form.
+// Makes the databases of a file. `name` is that of the one that it makes; without one the file tells, or the format.
 // Prints what became of each database, and on standard error what none can hold.
 void importDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
-                     std::optional<Form> form, const std::string& file, Existing existing);
+                     std::optional<Format> format, const std::string& file, Existing existing);
 
 }  // namespace quillbox_device

@@ -9,7 +9,7 @@
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
-#include "database_forms/database_form.h"
+#include "database_formats/database_format.h"
 
 #include "ce/personal_databases.h"
 
@@ -22,11 +22,11 @@
 namespace quillbox_device {
 
 namespace fs = std::filesystem;
-using database_forms::FormFault;
+using database_formats::FormatFault;
 
 namespace {
 
-void exportOne(const StoredDatabase& database, database_forms::DatabaseWriter& writer)
+void exportOne(const StoredDatabase& database, database_formats::DatabaseWriter& writer)
 {
     const std::string name = "\"" + screen_text::onScreen(database.info.szDbaseName) + "\"";
     try {
@@ -40,24 +40,24 @@ void exportOne(const StoredDatabase& database, database_forms::DatabaseWriter& w
         }
         if (GetLastError() != ERROR_NO_MORE_ITEMS)
             throw Failure("A record of " + name + " can't be read.");
-    } catch (const FormFault& fault) {
+    } catch (const FormatFault& fault) {
         throw Failure("The database " + name + " can't be written: " + fault.what() + ".");
     }
 }
 
-bool holds(Form form, DWORD type)
+bool holds(Format format, DWORD type)
 {
-    switch (form) {
-    case Form::VCard:
+    switch (format) {
+    case Format::VCard:
         return type == personal::ContactsType;
-    case Form::ICalendar:
+    case Format::ICalendar:
         return type == personal::AppointmentsType || type == personal::TasksType;
     default:
         return true;
     }
 }
 
-std::vector<StoredDatabase> wantedDatabases(const std::optional<std::string>& name, Form form)
+std::vector<StoredDatabase> wantedDatabases(const std::optional<std::string>& name, Format format)
 {
     if (name) {
         const auto database = databaseNamed(platform::text::fromUtf8(*name));
@@ -66,10 +66,10 @@ std::vector<StoredDatabase> wantedDatabases(const std::optional<std::string>& na
         return {*database};
     }
     auto databases = storedDatabases();
-    std::erase_if(databases, [form](const auto& database) { return !holds(form, database.info.dwDbaseType); });
-    if (databases.empty() && form != Form::JsonLines)
-        throw Failure("The device has no database of a type that the form holds.");
-    if (databases.size() > 1 && form == Form::Csv)
+    std::erase_if(databases, [format](const auto& database) { return !holds(format, database.info.dwDbaseType); });
+    if (databases.empty() && format != Format::JsonLines)
+        throw Failure("The device has no database of a type that the format holds.");
+    if (databases.size() > 1 && format == Format::Csv)
         throw Failure("CSV holds one database; --name says which.");
     return databases;
 }
@@ -83,43 +83,43 @@ void listDatabases(const fs::path& device)
         print(database);
 }
 
-void exportDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Form> form,
+void exportDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Format> format,
                      const std::string& file, bool force)
 {
     const auto opened = openExisting(device);
-    const Form wanted = form.value_or(database_forms::formOfFile(file));
+    const Format wanted = format.value_or(database_formats::formatOfFile(file));
     const auto databases = wantedDatabases(name, wanted);
     Output output(file, force);
-    const auto writer = database_forms::makeWriter(wanted, output.stream());
+    const auto writer = database_formats::makeWriter(wanted, output.stream());
     for (const StoredDatabase& database : databases)
         exportOne(database, *writer);
     try {
         writer->finish();
-    } catch (const FormFault& fault) {
+    } catch (const FormatFault& fault) {
         throw Failure("\"" + file + "\" can't be written: " + fault.what() + ".");
     }
     output.finish();
 }
 
-void importDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Form> form,
+void importDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Format> format,
                      const std::string& file, Existing existing)
 {
-    const Form wanted = form.value_or(database_forms::formOfFile(file));
-    if (wanted == Form::Csv && !name)
+    const Format wanted = format.value_or(database_formats::formatOfFile(file));
+    if (wanted == Format::Csv && !name)
         throw Failure("CSV doesn't tell its database's name; --name does.", exitBadUsage);
     Input input(file);
     const auto opened = openExisting(device);
-    database_forms::LeftOut leftOut;
+    database_formats::LeftOut leftOut;
     std::string summary;
     std::vector<std::u16string> namesOfNoFile;
     changeAsAWhole(*opened, [&] {
-        DatabaseImport import(name, existing, wanted == Form::JsonLines);
+        DatabaseImport import(name, existing, wanted == Format::JsonLines);
         try {
-            database_forms::read(wanted, input.stream(), import, leftOut);
+            database_formats::read(wanted, input.stream(), import, leftOut);
             import.finish();
             summary = import.summary();
             namesOfNoFile = import.namesOfNoFile();
-        } catch (const FormFault& fault) {
+        } catch (const FormatFault& fault) {
             const std::string line = fault.line != 0 ? ", line " + std::to_string(fault.line) : "";
             throw Failure("\"" + file + "\"" + line + ": " + fault.what() + ". Nothing was imported.");
         }

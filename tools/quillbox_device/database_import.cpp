@@ -11,8 +11,8 @@
 
 namespace quillbox_device {
 
-using database_forms::DatabaseHead;
-using database_forms::FormFault;
+using database_formats::DatabaseHead;
+using database_formats::FormatFault;
 using screen_text::counted;
 using screen_text::onScreen;
 
@@ -26,9 +26,9 @@ std::string inQuotes(const std::u16string& name)
 void check(const DatabaseHead& head)
 {
     if (head.name.size() >= CEDB_MAXDBASENAMELEN || head.name.find(u'\0') != std::u16string::npos)
-        throw FormFault("a database's name has more than 31 characters, or a NUL");
+        throw FormatFault("a database's name has more than 31 characters, or a NUL");
     if (head.sort.size() > CEDB_MAXSORTORDER)
-        throw FormFault("a database has more than four sort orders");
+        throw FormatFault("a database has more than four sort orders");
 }
 
 CEOID made(DatabaseHead head)
@@ -36,7 +36,7 @@ CEOID made(DatabaseHead head)
     const CEOID oid =
         CeCreateDatabase(head.name.c_str(), head.type, static_cast<WORD>(head.sort.size()), head.sort.data());
     if (oid == 0)
-        throw FormFault("the database " + inQuotes(head.name) + " can't be made");
+        throw FormatFault("the database " + inQuotes(head.name) + " can't be made");
     return oid;
 }
 
@@ -50,7 +50,7 @@ std::u16string onlyOneOfType(const DatabaseHead& head)
         if (database.info.szDbaseName == head.name)
             return head.name;
         if (!name.empty())
-            throw FormFault("the device has several databases of this kind; --name tells which one is meant");
+            throw FormatFault("the device has several databases of this kind; --name tells which one is meant");
         name = database.info.szDbaseName;
     }
     return name.empty() ? head.name : name;
@@ -68,26 +68,27 @@ DatabaseImport::DatabaseImport(const std::optional<std::string>& name, Existing 
 std::size_t DatabaseImport::begin(const DatabaseHead& found)
 {
     if (name_ && !databases_.empty())
-        throw FormFault("the file holds several databases, and --name is for one");
+        throw FormatFault("the file holds several databases, and --name is for one");
     if (fileTellsHead_)  // one follows the other, and there may be many
         finish();
     DatabaseHead head = destination(found);
     check(head);
     const auto old = databaseNamed(head.name);
     if (old && std::ranges::find(made_, old->oid) != made_.end())
-        throw FormFault("the database " + inQuotes(head.name) + " stands in the file twice");
+        throw FormatFault("the database " + inQuotes(head.name) + " stands in the file twice");
     if (old && existing_ == Existing::Refused)
-        throw FormFault("the database " + inQuotes(head.name) + " exists; --replace replaces it, --add adds to it");
+        throw FormatFault("the database " + inQuotes(head.name) + " exists; --replace replaces it, --add adds to it");
     if (old && !fileTellsHead_ && found.type != 0 && old->info.dwDbaseType != found.type)
-        throw FormFault("the database " + inQuotes(head.name) + " is of type " + std::to_string(old->info.dwDbaseType) +
-                        ", what the file holds of type " + std::to_string(found.type));
+        throw FormatFault("the database " + inQuotes(head.name) + " is of type " +
+                          std::to_string(old->info.dwDbaseType) + ", what the file holds of type " +
+                          std::to_string(found.type));
     std::optional<std::uint64_t> replaced;
     CEOID oid = old ? old->oid : 0;
     if (old && existing_ == Existing::Replaced) {
         if (!fileTellsHead_)
             head = headOf(old->info);
         if (!CeDeleteDatabase(oid))
-            throw FormFault("the database " + inQuotes(head.name) + " can't be deleted");
+            throw FormatFault("the database " + inQuotes(head.name) + " can't be deleted");
         replaced = old->info.wNumRecords;
         oid = 0;
     }
@@ -102,8 +103,8 @@ void DatabaseImport::add(std::size_t database, std::span<const CEPROPVAL> proper
 {
     if (CeWriteRecordProps(databases_[database]->handle(), 0, static_cast<WORD>(properties.size()),
                            properties.data()) == 0)
-        throw FormFault(GetLastError() == ERROR_DISK_FULL ? "there is no room for the record, or for one more of them"
-                                                          : "the record can't be stored");
+        throw FormatFault(GetLastError() == ERROR_DISK_FULL ? "there is no room for the record, or for one more of them"
+                                                            : "the record can't be stored");
     ++imported_[database].added;
 }
 
@@ -111,7 +112,7 @@ void DatabaseImport::finish()
 {
     for (auto& database : databases_) {
         if (database && !database->close())
-            throw FormFault("the records can't be stored");
+            throw FormatFault("the records can't be stored");
         database.reset();
     }
 }

@@ -4,7 +4,7 @@
 #include "commands.h"
 #include "open_database.h"
 
-#include "database_forms/database_form.h"
+#include "database_formats/database_format.h"
 
 #include <cstdint>
 #include <memory>
@@ -14,17 +14,17 @@
 
 namespace quillbox_device {
 
-class DatabaseImport : public database_forms::DatabaseTarget {
+class DatabaseImport : public database_formats::DatabaseTarget {
 public:
     // `name`: the one database that the file may hold then. `fileTellsHead`: otherwise a database that is replaced
     // keeps its own type and sort orders, and without a name the device's database of the type is meant.
     DatabaseImport(const std::optional<std::string>& name, Existing existing, bool fileTellsHead);
 
-    // Both throw a FormFault.
-    std::size_t begin(const database_forms::DatabaseHead& head) override;
+    // Both throw a FormatFault.
+    std::size_t begin(const database_formats::DatabaseHead& head) override;
     void add(std::size_t database, std::span<const CEPROPVAL> properties) override;
 
-    // Throws a FormFault if what was written isn't in the store.
+    // Throws a FormatFault if what was written isn't in the store.
     void finish();
 
     // What became of each database, a line each: "Contacts Database: 12 records replaced by 3".
@@ -34,7 +34,7 @@ public:
     [[nodiscard]] std::vector<std::u16string> namesOfNoFile() const;
 
 private:
-    [[nodiscard]] database_forms::DatabaseHead destination(database_forms::DatabaseHead head) const;
+    [[nodiscard]] database_formats::DatabaseHead destination(database_formats::DatabaseHead head) const;
 
     struct Imported {
         std::u16string name;

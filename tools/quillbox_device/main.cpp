@@ -29,12 +29,12 @@ struct CommandLine {
     bool force = false;
     bool replace = false;
     bool add = false;
-    std::string form;
+    std::string format;
 };
 
-std::optional<Form> formOf(const CommandLine& line)
+std::optional<Format> formatOf(const CommandLine& line)
 {
-    return line.form.empty() ? std::nullopt : database_forms::formNamed(line.form);
+    return line.format.empty() ? std::nullopt : database_formats::formatNamed(line.format);
 }
 
 // The library would take a number below 0 for a large one. Nothing if it is a number that a device can remember.
@@ -83,10 +83,10 @@ void addRegistry(CLI::App& app, CommandLine& line)
     in->callback([&line] { importRegistry(line.device, line.file); });
 }
 
-void addForm(CLI::App& command, CommandLine& line)
+void addFormat(CLI::App& command, CommandLine& line)
 {
     command
-        .add_option("--form", line.form,
+        .add_option("--form", line.format,
                     "jsonl (any database, lossless), vcard (contacts), ical (appointments, tasks), csv; none: by the "
                     "file's extension .vcf, .ics, .csv, otherwise jsonl")
         ->check(CLI::IsMember({"jsonl", "vcard", "ical", "csv"}));
@@ -98,21 +98,21 @@ void addDatabases(CLI::App& app, CommandLine& line)
     database->require_subcommand(1);
     CLI::App* list = addCommand(*database, line, "list", "prints their names");
     list->callback([&line] { listDatabases(line.device); });
-    CLI::App* out = addCommand(*database, line, "export", "writes one, or all that the form holds");
+    CLI::App* out = addCommand(*database, line, "export", "writes one, or all that the format holds");
     out->add_option("FILE", line.file, "the file; none or -: standard output");
-    out->add_option("--name", line.database, "the database; none: all that the form holds");
-    addForm(*out, line);
+    out->add_option("--name", line.database, "the database; none: all that the format holds");
+    addFormat(*out, line);
     out->add_flag("--force", line.force, "replaces a file that exists");
-    out->callback([&line] { exportDatabases(line.device, line.database, formOf(line), line.file, line.force); });
+    out->callback([&line] { exportDatabases(line.device, line.database, formatOf(line), line.file, line.force); });
     CLI::App* in = addCommand(*database, line, "import", "makes the databases of a file, all of them or none");
     in->add_option("FILE", line.file, "the file; -: standard input")->required();
-    in->add_option("--name", line.database, "the database; none: as the file says, or the device's own for the form");
-    addForm(*in, line);
+    in->add_option("--name", line.database, "the database; none: as the file says, or the device's own for the format");
+    addFormat(*in, line);
     CLI::Option* replace = in->add_flag("--replace", line.replace, "replaces databases that exist");
     in->add_flag("--add", line.add, "adds the records to databases that exist")->excludes(replace);
     in->callback([&line] {
         const Existing existing = line.replace ? Existing::Replaced : line.add ? Existing::AddedTo : Existing::Refused;
-        importDatabases(line.device, line.database, formOf(line), line.file, existing);
+        importDatabases(line.device, line.database, formatOf(line), line.file, existing);
     });
 }
 

@@ -43,7 +43,7 @@ std::optional<StoredDatabase> databaseNamed(const std::u16string& name)
     return StoredDatabase{oid, info.infDatabase};
 }
 
-database_forms::DatabaseHead headOf(const CEDBASEINFO& info)
+database_formats::DatabaseHead headOf(const CEDBASEINFO& info)
 {
     const auto orders = std::span(info.rgSortSpecs, std::min(info.wNumSortOrder, CEDB_MAXSORTORDER));
     return {info.szDbaseName, info.dwDbaseType, {orders.begin(), orders.end()}};

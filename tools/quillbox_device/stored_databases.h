@@ -1,7 +1,7 @@
 // stored_databases.h - the databases of the open device.
 #pragma once
 
-#include "database_forms/database_form.h"
+#include "database_formats/database_format.h"
 
 #include "ce/store.h"
 
@@ -22,7 +22,7 @@ struct StoredDatabase {
 // Names are compared without case. Throws a Failure.
 [[nodiscard]] std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
 
-[[nodiscard]] database_forms::DatabaseHead headOf(const CEDBASEINFO& info);
+[[nodiscard]] database_formats::DatabaseHead headOf(const CEDBASEINFO& info);
 
 // One line.
 void print(const StoredDatabase& database);

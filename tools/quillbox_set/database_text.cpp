@@ -50,7 +50,7 @@ std::vector<CEPROPVAL> restored(std::span<const CEPROPVAL> record)
     return kept;
 }
 
-void addBackwards(database_forms::DatabaseWriter& writer, const ImageRecords& records)
+void addBackwards(database_formats::DatabaseWriter& writer, const ImageRecords& records)
 {
     for (std::size_t place = records.size(); place > 0; place--) {
         const std::vector<CEPROPVAL> record = restored(records.record(place - 1));
@@ -60,12 +60,12 @@ void addBackwards(database_forms::DatabaseWriter& writer, const ImageRecords& re
 }
 
 // Returns what hindered it.
-std::string write(UnpackedImage& unpacked, const ImageReport& image, database_forms::Form form, GrowingFile& file)
+std::string write(UnpackedImage& unpacked, const ImageReport& image, database_formats::Format format, GrowingFile& file)
 {
     TargetBuffer buffer(file);
     std::ostream out(&buffer);
     try {
-        const auto writer = database_forms::makeWriter(form, out);
+        const auto writer = database_formats::makeWriter(format, out);
         writer->begin({image.name, image.type, image.sortOrders});
         for (std::size_t behind = image.ends.size() - 1; behind > 0 && out.good();) {
             const std::size_t first = groupBefore(image, behind);
@@ -76,7 +76,7 @@ std::string write(UnpackedImage& unpacked, const ImageReport& image, database_fo
             behind = first;
         }
         writer->finish();
-    } catch (const database_forms::FormFault& fault) {
+    } catch (const database_formats::FormatFault& fault) {
         return fault.what();
     }
     out.flush();
@@ -96,7 +96,7 @@ std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, cons
     GrowingFile file(text.path);
     if (!file.isOpen())
         return errorText(file.error());
-    if (std::string fault = write(unpacked, image, text.form, file); !fault.empty())
+    if (std::string fault = write(unpacked, image, text.format, file); !fault.empty())
         return fault;
     if (file.moveTo(text.path, text.replace) != ERROR_SUCCESS)
         return errorText(file.error());

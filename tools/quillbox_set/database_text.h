@@ -3,7 +3,7 @@
 
 #include "image_check.h"
 
-#include "database_forms/database_form.h"
+#include "database_formats/database_format.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,7 +12,7 @@
 namespace quillbox_set {
 
 struct DatabaseText {
-    database_forms::Form form;
+    database_formats::Format format;
     std::u16string path;  // of the file
     bool replace;         // one that exists
 };

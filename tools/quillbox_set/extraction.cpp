@@ -120,11 +120,11 @@ private:
         const std::uint64_t bytes = kept.value_or(0);
         (fault.empty() ? written_ : faults_)++;
         if (kept)
-            targets_.add(0, targetOf(item, options_.form));
+            targets_.add(0, targetOf(item, options_.format));
         if (list_) {
             list_->add({{"kind", item.kindText()},
                         {"name", platform::text::toUtf8(item.shownName())},
-                        {"target", platform::text::toUtf8(targetOf(item, options_.form))},
+                        {"target", platform::text::toUtf8(targetOf(item, options_.format))},
                         {"bytes", bytes},
                         {"fault", fault.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(fault)}});
         } else {
@@ -135,7 +135,7 @@ private:
     // What hindered it; nothing if all of it was written.
     std::string tryToExtract(const Item& item, std::optional<std::uint64_t>& bytes)
     {
-        const std::u16string target = targetOf(item, options_.form);
+        const std::u16string target = targetOf(item, options_.format);
         if (item.entry.faults & CutByEndOfFile)
             return "the list file ends inside it";
         if (!NameIsUsable(item.entry))
@@ -148,11 +148,11 @@ private:
             return "an item before it was written to the same file";
         if (!options_.force && GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES)
             return errorText(ERROR_ALREADY_EXISTS);
-        if (options_.form && item.isDatabase())
+        if (options_.format && item.isDatabase())
             return extractDatabase(target, item, bytes);
         // Half a registry passes for one.
         std::string damage;
-        if (options_.form && item.isRegistry())
+        if (options_.format && item.isRegistry())
             damage = checkRegistry(data_, item.entry).fault;
         if (!damage.empty() && !options_.keepDamaged)
             return damage;
@@ -166,7 +166,7 @@ private:
         if (!image.fault.empty() && (!options_.keepDamaged || records == 0))
             return image.fault;
         if (std::string fault =
-                writeDatabaseText(data_, item.entry, image, {*options_.form, path, options_.force}, bytes);
+                writeDatabaseText(data_, item.entry, image, {*options_.format, path, options_.force}, bytes);
             !fault.empty())
             return fault;
         return image.fault.empty() ? "" : image.fault + "; " + counted(records, "record") + " kept";

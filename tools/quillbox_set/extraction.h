@@ -3,7 +3,7 @@
 
 #include "set_files.h"
 
-#include "database_forms/database_form.h"
+#include "database_formats/database_format.h"
 
 #include <optional>
 #include <string>
@@ -14,7 +14,7 @@ namespace quillbox_set {
 struct ExtractionOptions {
     std::vector<std::string> names;  // of items, or patterns; none: all
     // Of databases, and with any of them the registry as the text that it is; none: both as they lie in the set.
-    std::optional<database_forms::Form> form = database_forms::Form::JsonLines;
+    std::optional<database_formats::Format> format = database_formats::Format::JsonLines;
     bool force = false;        // replaces files that exist
     bool keepDamaged = false;  // leaves what could be unpacked of a damaged item
     bool json = false;

@@ -22,11 +22,11 @@ std::u16string safeName(std::u16string_view name)
     return safe;
 }
 
-// That by which the file is read in this form again; any other is read as JSON lines.
-std::string endingOf(database_forms::Form form)
+// That by which the file is read in this format again; any other is read as JSON lines.
+std::string endingOf(database_formats::Format format)
 {
     for (const char* ending : {".jsonl", ".vcf", ".ics", ".csv"}) {
-        if (database_forms::formOfFile(ending) == form)
+        if (database_formats::formatOfFile(ending) == format)
             return ending;
     }
     return ".txt";
@@ -34,15 +34,15 @@ std::string endingOf(database_forms::Form form)
 
 }  // namespace
 
-std::u16string targetOf(const Item& item, std::optional<database_forms::Form> form)
+std::u16string targetOf(const Item& item, std::optional<database_formats::Format> format)
 {
     const ItemKind& kind = KindOf(item.entry.kind);
     if (item.isFile())
         return std::u16string(item.name());
     if (!kind.list)
-        return form ? u"\\registry.reg" : u"\\registry.reg-image";
+        return format ? u"\\registry.reg" : u"\\registry.reg-image";
     return u"\\" + safeName(item.name()) +
-           (form && item.isDatabase() ? platform::text::fromUtf8(endingOf(*form)) : kind.ending);
+           (format && item.isDatabase() ? platform::text::fromUtf8(endingOf(*format)) : kind.ending);
 }
 
 bool leadsInto(std::u16string_view path, std::u16string_view folder)

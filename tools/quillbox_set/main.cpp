@@ -26,7 +26,7 @@ struct CommandLine {
     std::string folder;
     bool json = false;
     bool raw = false;
-    std::string form = "jsonl";
+    std::string format = "jsonl";
     ListingOptions listing;
     ExtractionOptions extraction;
 };
@@ -68,9 +68,9 @@ int extract(CommandLine& line)
     std::filesystem::create_directories(line.folder, error);
     line.extraction.json = line.json;
     if (line.raw)
-        line.extraction.form.reset();
+        line.extraction.format.reset();
     else
-        line.extraction.form = database_forms::formNamed(line.form);
+        line.extraction.format = database_formats::formatNamed(line.format);
     return onSet(line.set, line.folder, [&](const MountedSet& set) { return extractItems(set, line.extraction); });
 }
 
@@ -113,13 +113,13 @@ int run(int count, char** arguments)
     take->add_option("DIR", line.folder, "the folder; it is made if it is missing")->required();
     take->add_option("NAME", line.extraction.names,
                      "items as `list` shows them, / for \\ at will, or \"registry\"; * and ? match; none: all");
-    CLI::Option* form =
-        take->add_option("--form", line.form, "what becomes of databases: jsonl, vcard, ical or csv (jsonl)")
+    CLI::Option* format =
+        take->add_option("--form", line.format, "what becomes of databases: jsonl, vcard, ical or csv (jsonl)")
             ->check([](const std::string& name) {
-                return database_forms::formNamed(name) ? "" : "there is no form " + name;
+                return database_formats::formatNamed(name) ? "" : "there is no format " + name;
             });
     take->add_flag("--raw", line.raw, "takes databases and the registry as they lie in the set, byte for byte")
-        ->excludes(form);
+        ->excludes(format);
     take->add_flag("--force", line.extraction.force, "replaces files that exist");
     take->add_flag("--keep-damaged", line.extraction.keepDamaged, "keeps what could be unpacked of a damaged item");
 

@@ -1,0 +1,98 @@
+// read_format.cpp - reads any bytes as an exported file of databases. The first byte selects the format. Our writer
+// must be able to write each record that is read, unless a property occurs twice in it. Reading the written record must
+// give the same record, with nothing left out.
+
+#include "database_formats/database_format.h"
+#include "database_formats/value_text.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <sstream>
+
+namespace {
+
+using namespace database_formats;
+
+constexpr std::uint8_t Formats = 4;
+
+std::vector<std::string> textsOf(std::span<const CEPROPVAL> record)
+{
+    std::vector<std::string> texts;
+    for (const CEPROPVAL& property : record)
+        texts.push_back(std::to_string(property.propid) + " " + std::to_string(property.wFlags) + " " +
+                        valueText(property, Controls::Coded));
+    return texts;
+}
+
+// Receives the record that was written and read again.
+class Returned final : public DatabaseTarget {
+public:
+    std::size_t begin(const DatabaseHead& /*head*/) override { return 0; }
+    void add(std::size_t /*database*/, std::span<const CEPROPVAL> record) override { texts = textsOf(record); }
+
+    std::vector<std::string> texts;
+};
+
+class Kept final : public DatabaseTarget {
+public:
+    explicit Kept(Format format) : format_(format) {}
+
+    std::size_t begin(const DatabaseHead& head) override
+    {
+        heads_.push_back(head);
+        return heads_.size() - 1;
+    }
+    void add(std::size_t database, std::span<const CEPROPVAL> record) override
+    {
+        std::stringstream file;
+        if (!isWritten(heads_[database], record, file))
+            return;
+        Returned returned;
+        LeftOut leftOut;
+        try {
+            read(format_, file, returned, leftOut);
+        } catch (const FormatFault&) {
+            std::abort();  // the text is from our own writer
+        }
+        if (returned.texts != textsOf(record) || leftOut.count() != 0)
+            std::abort();
+    }
+
+private:
+    bool isWritten(const DatabaseHead& head, std::span<const CEPROPVAL> record, std::ostream& file) const
+    {
+        try {
+            const auto writer = makeWriter(format_, file);
+            writer->begin(head);
+            writer->add(record);
+            writer->finish();
+        } catch (const FormatFault& fault) {
+            if (std::string_view(fault.what()).find("twice") == std::string_view::npos)
+                std::abort();
+            return false;
+        }
+        return true;
+    }
+
+    Format format_;
+    std::vector<DatabaseHead> heads_;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    if (size == 0)
+        return 0;
+    const auto format = static_cast<Format>(data[0] % Formats);
+    Kept kept(format);
+    std::istringstream file(std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
+    LeftOut leftOut;
+    try {
+        read(format, file, kept, leftOut);
+    } catch (const FormatFault&) {
+        // Most inputs aren't such a file.
+    }
+    (void)leftOut.sentence();
+    return 0;
+}

@@ -1,0 +1,251 @@
+// calendar_item.cpp - see calendar_item.h.
+
+#include "calendar_item.h"
+
+#include "calendar_time.h"
+#include "component_fields.h"
+#include "moment_text.h"
+#include "repetition.h"
+
+#include "ce/personal_databases.h"
+
+#include <charconv>
+#include <cstdint>
+#include <limits>
+
+namespace database_formats {
+
+namespace {
+
+using namespace personal;
+
+constexpr LONG MinutesOfDay = 1440;
+constexpr std::int64_t StepsOfSecond = 10'000'000;
+
+// Lines that say nothing of the thing itself.
+constexpr std::string_view Silent[] = {"UID", "DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
+
+bool isMidnight(const Moment& moment)
+{
+    return moment.hour == 0 && moment.minute == 0 && moment.second == 0;
+}
+
+void addMoment(Component& component, std::string_view name, const Moment& moment, bool dateOnly)
+{
+    if (dateOnly)
+        component.add(std::string(name), basicDate(moment), {{"VALUE", "DATE"}});
+    else
+        component.add(std::string(name), basicTime(moment));
+}
+
+void addStart(Component& event, std::span<const CEPROPVAL> appointment)
+{
+    const CEPROPVAL* start = propertyIn(appointment, Start);
+    const CEPROPVAL* length = propertyIn(appointment, Minutes);
+    const LONG minutes = length != nullptr ? length->val.lVal : 0;
+    const auto moment = start != nullptr ? momentOf(start->val.filetime) : std::nullopt;
+    if (moment)
+        addMoment(event, "DTSTART", *moment, isMidnight(*moment) && minutes > 0 && minutes % MinutesOfDay == 0);
+    if (minutes > 0)
+        event.add("DURATION", durationText(minutes));
+}
+
+// Without a start no reader makes anything of a repetition.
+void addRepetition(Component& event, std::span<const CEPROPVAL> appointment)
+{
+    const CEPROPVAL* start = propertyIn(appointment, Start);
+    const CEPROPVAL* repetition = propertyIn(appointment, Repetition);
+    if (start != nullptr && momentOf(start->val.filetime) && repetition != nullptr && repetition->val.ulVal != 0)
+        event.add("RRULE", repetitionText(repetition->val.ulVal));
+}
+
+void addAlarm(Component& event, std::span<const CEPROPVAL> appointment)
+{
+    const CEPROPVAL* reminder = propertyIn(appointment, ReminderMinutes);
+    if (reminder == nullptr || reminder->val.uiVal == 0)
+        return;
+    Component& alarm = event.parts.emplace_back(Component{"VALARM", {}, {}, 0});
+    alarm.add("ACTION", "DISPLAY");
+    alarm.add("DESCRIPTION", escaped(textIn(appointment, Subject)));
+    alarm.add("TRIGGER", "-PT" + std::to_string(reminder->val.uiVal) + "M");
+}
+
+// Where the appointment ends, in minutes from its start.
+LONG takeMinutes(ComponentFields& fields, const CalendarTime* start)
+{
+    const ContentLine* end = fields.take("DTEND");
+    const ContentLine* duration = fields.take("DURATION");
+    std::int64_t seconds = start != nullptr && start->dateOnly ? 86400 : 0;
+    if (duration != nullptr)
+        seconds = atLine(*duration, [&] { return durationFrom(duration->value); });
+    else if (end != nullptr && start != nullptr) {
+        const auto time = calendarTimeFrom(*end, fields);
+        seconds = time ? static_cast<std::int64_t>(stepsOf(time->local) - stepsOf(start->local)) / StepsOfSecond : 0;
+    }
+    const std::int64_t minutes = seconds / 60;
+    if (seconds < 0 || minutes > std::numeric_limits<LONG>::max()) {
+        fields.leaveOut(duration != nullptr ? "DURATION" : "DTEND");
+        return 0;
+    }
+    return static_cast<LONG>(minutes);
+}
+
+// Minutes before the start at which an alarm rings, if it is one that an appointment can hold.
+std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTime* start, ComponentFields& fields)
+{
+    std::int64_t before = -1;
+    if (inCapitals(trigger.parameter("VALUE")) == "DATE-TIME") {
+        const auto time = calendarTimeFrom(trigger, fields);
+        if (time && start != nullptr)
+            before = static_cast<std::int64_t>(stepsOf(start->local) - stepsOf(time->local)) / StepsOfSecond;
+    } else if (inCapitals(trigger.parameter("RELATED")) != "END") {
+        before = -atLine(trigger, [&] { return durationFrom(trigger.value); });
+    }
+    const bool fits = before > 0 && before % 60 == 0 && before / 60 <= std::numeric_limits<USHORT>::max();
+    return fits ? std::optional(static_cast<USHORT>(before / 60)) : std::nullopt;
+}
+
+USHORT takeReminder(const Component& event, ComponentFields& fields, const CalendarTime* start)
+{
+    std::optional<USHORT> reminder;
+    for (const Component& part : event.parts) {
+        std::optional<USHORT> minutes;
+        for (const ContentLine& line : part.lines)
+            if (part.name == "VALARM" && line.name == "TRIGGER" && !reminder && !minutes) {
+                demandText(line);
+                minutes = minutesBefore(line, start, fields);
+            }
+        if (minutes)
+            reminder = minutes;
+        else
+            fields.leaveOut(part.name);
+    }
+    return reminder.value_or(0);
+}
+
+ULONG takeRepetition(ComponentFields& fields, const CalendarTime* start)
+{
+    const ContentLine* rule = fields.take("RRULE");
+    if (rule == nullptr)
+        return 0;
+    const auto days = start != nullptr ? repetitionFrom(rule->value, start->said) : std::nullopt;
+    if (!days) {
+        fields.leaveOut("RRULE");
+        return 0;
+    }
+    for (const std::string_view exception : {"EXDATE", "EXRULE"})
+        fields.leaveOut(exception, std::string(exception) + " (exception to a repetition)");
+    return *days;
+}
+
+std::optional<CalendarTime> takeTime(ComponentFields& fields, std::string_view name)
+{
+    const ContentLine* line = fields.take(name);
+    return line != nullptr ? calendarTimeFrom(*line, fields) : std::nullopt;
+}
+
+// iCalendar knows nine priorities, 1 the highest, 0 for none.
+SHORT priorityFrom(const ContentLine& line)
+{
+    int number = -1;
+    const char* const end = line.value.data() + line.value.size();
+    if (std::from_chars(line.value.data(), end, number).ptr != end || number < 0 || number > 9)
+        throw FormatFault("a priority isn't a number from 0 to 9");
+    return number == 0 ? SHORT{0} : number < 5 ? SHORT{1} : number == 5 ? SHORT{2} : SHORT{3};
+}
+
+void takePriority(ComponentFields& fields, Record& task)
+{
+    const ContentLine* line = fields.take("PRIORITY");
+    const SHORT priority = line != nullptr ? atLine(*line, [&] { return priorityFrom(*line); }) : SHORT{0};
+    if (priority != 0)
+        task.add(Priority, 0, {.iVal = priority});
+}
+
+SHORT takeDone(ComponentFields& fields)
+{
+    const ContentLine* status = fields.take("STATUS");
+    const ContentLine* percent = fields.take("PERCENT-COMPLETE");
+    const ContentLine* completed = fields.take("COMPLETED");
+    const std::string word = status != nullptr ? inCapitals(status->value) : std::string();
+    const bool done = word == "COMPLETED" || (word.empty() && completed != nullptr) ||
+                      (percent != nullptr && percent->value == "100");
+    if (!word.empty() && word != "COMPLETED" && word != "NEEDS-ACTION")
+        fields.leaveOut("STATUS");
+    if (percent != nullptr && percent->value != "100" && percent->value != "0")
+        fields.leaveOut("PERCENT-COMPLETE");
+    if (completed != nullptr)
+        fields.leaveOut("COMPLETED");  // a task knows that it is done, not when
+    return done ? SHORT{1} : SHORT{0};
+}
+
+}  // namespace
+
+Component eventOf(std::span<const CEPROPVAL> appointment)
+{
+    Component event{"VEVENT", {}, {}, 0};
+    addTextLine(event, "SUMMARY", textIn(appointment, Subject));
+    addTextLine(event, "LOCATION", textIn(appointment, Place));
+    addStart(event, appointment);
+    addRepetition(event, appointment);
+    addCategories(event, textIn(appointment, Categories));
+    addNotes(event, "DESCRIPTION", appointment);
+    addAlarm(event, appointment);
+    return event;
+}
+
+Component todoOf(std::span<const CEPROPVAL> task)
+{
+    Component todo{"VTODO", {}, {}, 0};
+    addTextLine(todo, "SUMMARY", textIn(task, Subject));
+    addCategories(todo, textIn(task, Categories));
+    const CEPROPVAL* due = propertyIn(task, Due);
+    const auto moment = due != nullptr ? momentOf(due->val.filetime) : std::nullopt;
+    if (moment)
+        addMoment(todo, "DUE", *moment, isMidnight(*moment));
+    const CEPROPVAL* priority = propertyIn(task, Priority);
+    if (priority != nullptr && priority->val.iVal >= 1 && priority->val.iVal <= 3)
+        todo.add("PRIORITY", std::to_string(4 * priority->val.iVal - 3));
+    const CEPROPVAL* done = propertyIn(task, Done);
+    todo.add("STATUS", done != nullptr && done->val.iVal != 0 ? "COMPLETED" : "NEEDS-ACTION");
+    addNotes(todo, "DESCRIPTION", task);
+    return todo;
+}
+
+Record appointmentFrom(const Component& event, LeftOut& leftOut)
+{
+    Record appointment;
+    ComponentFields fields(event, leftOut);
+    fields.takeText(appointment, "SUMMARY", Subject);
+    fields.takeText(appointment, "LOCATION", Place);
+    const auto start = takeTime(fields, "DTSTART");
+    const CalendarTime* from = start ? &*start : nullptr;
+    if (start)
+        appointment.add(Start, 0, {.filetime = start->local});
+    appointment.add(Minutes, 0, {.lVal = takeMinutes(fields, from)});
+    appointment.add(ReminderMinutes, 0, {.uiVal = takeReminder(event, fields, from)});
+    appointment.add(Repetition, 0, {.ulVal = takeRepetition(fields, from)});
+    fields.takeCategories(appointment);
+    fields.takeNotes(appointment, "DESCRIPTION");
+    fields.leaveRest(Silent);
+    return appointment;
+}
+
+Record taskFrom(const Component& todo, LeftOut& leftOut)
+{
+    Record task;
+    ComponentFields fields(todo, leftOut);
+    fields.takeText(task, "SUMMARY", Subject);
+    fields.takeCategories(task);
+    if (const auto due = takeTime(fields, "DUE"))
+        task.add(Due, 0, {.filetime = due->local});
+    takePriority(fields, task);
+    task.add(Done, 0, {.iVal = takeDone(fields)});
+    fields.takeNotes(task, "DESCRIPTION");
+    for (const Component& part : todo.parts)
+        fields.leaveOut(part.name);
+    fields.leaveRest(Silent);
+    return task;
+}
+
+}  // namespace database_formats

@@ -1,0 +1,172 @@
+// component.cpp - see component.h.
+
+#include "component.h"
+
+#include "database_formats/format_fault.h"
+#include "line_decoding.h"
+#include "record_limit.h"
+
+namespace database_formats {
+
+namespace {
+
+constexpr std::size_t DeepestNesting = 8;
+// Lines and their parameters: a line of ours with two parameters for each property, and what says nothing to us.
+constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
+
+constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
+// Where a line of quoted-printable breaks off: an "=" at its end, perhaps with blanks behind that some mail put there.
+std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
+{
+    const std::size_t last = text.substr(lineBegin).find_last_not_of(" \t");
+    return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
+}
+
+// Around a word that isn't anybody's text.
+std::string withoutBlanks(const std::string& value)
+{
+    const std::size_t begin = value.find_first_not_of(" \t");
+    return begin == std::string::npos ? "" : value.substr(begin, value.find_last_not_of(" \t") + 1 - begin);
+}
+
+}  // namespace
+
+void Component::add(std::string lineName, std::string value, std::vector<Parameter> parameters)
+{
+    lines.push_back({std::move(lineName), std::move(parameters), std::move(value), 0});
+}
+
+void append(std::string& text, const Component& component)
+{
+    append(text, {"BEGIN", {}, component.name, 0});
+    for (const ContentLine& line : component.lines)
+        append(text, line);
+    for (const Component& part : component.parts)
+        append(text, part);
+    append(text, {"END", {}, component.name, 0});
+}
+
+std::optional<Component> ComponentReader::next()
+{
+    for (;;) {
+        bytes_ = count_ = 0;
+        const auto line = nextLine();
+        if (!line) {
+            if (inContainer_)
+                refuse("the file ends within its calendar", lines_.number());
+            return std::nullopt;
+        }
+        const std::string name = inCapitals(line->value);
+        if (line->name == "BEGIN" && name == container_ && !inContainer_) {
+            inContainer_ = sawAny_ = true;
+        } else if (line->name == "END" && name == container_ && inContainer_) {
+            inContainer_ = false;
+        } else if (line->name == "BEGIN" && inContainer_ == !container_.empty()) {
+            sawAny_ = true;
+            Component component{name, {}, {}, line->number};
+            fill(component, 1);
+            return component;
+        } else if (!inContainer_ || line->name == "BEGIN" || line->name == "END") {
+            refuse(container_.empty() ? "this is no card: it doesn't begin with BEGIN:VCARD"
+                                      : "this is no calendar: it doesn't begin with BEGIN:VCALENDAR",
+                   line->number);
+        }
+    }
+}
+
+void ComponentReader::fill(Component& component, std::size_t depth)
+{
+    for (;;) {
+        auto line = nextLine();
+        if (!line)
+            refuse("the file ends before what begins here does", component.number);
+        if (line->name == "END") {
+            if (inCapitals(line->value) != component.name)
+                refuse("this END doesn't belong to the last BEGIN", line->number);
+            return;
+        }
+        count_ += 1 + line->parameters.size();
+        if (count_ > MostLinesAndParameters)
+            refuse("what begins here has too many lines and parameters", component.number);
+        if (line->name != "BEGIN") {
+            component.lines.push_back(std::move(*line));
+            continue;
+        }
+        if (depth == DeepestNesting)
+            refuse("BEGIN is nested too deep", line->number);
+        Component& part = component.parts.emplace_back(Component{inCapitals(line->value), {}, {}, line->number});
+        fill(part, depth + 1);
+    }
+}
+
+std::optional<ContentLine> ComponentReader::nextLine()
+{
+    while (readLogical()) {
+        if (logical_.empty())
+            continue;
+        try {
+            ContentLine line = contentLineFrom(logical_, logicalNumber_);
+            decode(line);
+            if (line.name == "BEGIN" || line.name == "END" || line.name == "VERSION")
+                line.value = withoutBlanks(line.value);
+            return line;
+        } catch (const FormatFault& fault) {
+            refuse(fault.what(), logicalNumber_);
+        }
+    }
+    return std::nullopt;
+}
+
+// Puts the next line together: one that begins with a blank goes on with the one before.
+bool ComponentReader::readLogical()
+{
+    if (!readPhysical())
+        return false;
+    logical_ = std::move(physical_);
+    logicalNumber_ = lines_.number();
+    hasPhysical_ = false;
+    if (logicalNumber_ == 1 && logical_.starts_with(ByteOrderMark))
+        logical_.erase(0, ByteOrderMark.size());
+    const bool softBreaks = isQuotedPrintable(logical_);
+    std::size_t begin = 0;  // of what the file's last line has added
+    while (readPhysical()) {
+        const std::size_t softBreak = softBreaks ? softBreakIn(logical_, begin) : std::string::npos;
+        if (softBreak != std::string::npos) {
+            logical_.erase(softBreak);
+            begin = softBreak;
+            logical_ += physical_;
+        } else if (physical_.starts_with(' ') || physical_.starts_with('\t')) {
+            begin = logical_.size();
+            logical_.append(physical_, 1);
+        } else {
+            break;
+        }
+        hasPhysical_ = false;
+    }
+    return true;
+}
+
+bool ComponentReader::readPhysical()
+{
+    if (hasPhysical_)
+        return true;
+    if (!lines_.next(physical_, LongestRecord - bytes_))
+        return false;
+    bytes_ += physical_.size();
+    if (physical_.ends_with('\r'))
+        physical_.pop_back();
+    if (physical_.find('\r') != std::string::npos || physical_.find('\0') != std::string::npos)
+        refuse("there is a NUL or a CR alone in the line", lines_.number());
+    hasPhysical_ = true;
+    return true;
+}
+
+void ComponentReader::refuse(const char* what, std::size_t line) const
+{
+    FormatFault fault(what);
+    fault.line = line;
+    throw fault;
+}
+
+}  // namespace database_formats

@@ -1,0 +1,192 @@
+// contact_card.cpp - see contact_card.h.
+
+#include "contact_card.h"
+
+#include "component_fields.h"
+#include "database_formats/format_fault.h"
+#include "database_formats/value_text.h"
+#include "moment_text.h"
+
+#include "ce/personal_databases.h"
+
+#include <algorithm>
+
+namespace database_formats {
+
+namespace {
+
+using namespace personal;
+
+// The parts of N and ADR that a contact has a place for.
+constexpr std::size_t LastNamePart = 0;
+constexpr std::size_t FirstNamePart = 1;
+constexpr std::size_t TownPart = 3;
+constexpr std::size_t MostParts = 8;
+
+// Numbers that nobody answers who is called: they are the contact's telephone only if there is no other.
+constexpr std::string_view Machines[] = {"FAX", "PAGER", "MODEM", "BBS"};
+
+// Lines that say nothing of the contact itself.
+constexpr std::string_view Silent[] = {"VERSION", "PRODID", "REV", "UID"};
+
+void addName(Component& card, const std::string& last, const std::string& first,
+             std::initializer_list<std::string> others)
+{
+    std::string shown = first + (first.empty() || last.empty() ? "" : " ") + last;
+    for (const std::string& other : others)
+        if (shown.empty())
+            shown = other;
+    card.add("FN", escaped(shown));
+    card.add("N", escaped(last) + ";" + escaped(first) + ";;;");
+}
+
+void addBirthday(Component& card, std::span<const CEPROPVAL> contact)
+{
+    const CEPROPVAL* birthday = propertyIn(contact, Birthday);
+    const auto day = birthday != nullptr ? momentOf(birthday->val.filetime) : std::nullopt;
+    if (!day)
+        return;
+    const bool midnight = day->hour == 0 && day->minute == 0 && day->second == 0;
+    card.add("BDAY", midnight ? basicDate(*day) : basicTime(*day));
+}
+
+// The part of a value of several, as text; the others that aren't empty are left out under the line's name.
+class StructuredValue {
+public:
+    explicit StructuredValue(const ContentLine* line)
+    {
+        if (line != nullptr)
+            parts_ = partsOf(line->value, ';', MostParts);
+        unused_ = std::vector<bool>(parts_.size(), true);
+    }
+    std::string take(std::size_t part)
+    {
+        if (part >= parts_.size())
+            return {};
+        unused_[part] = false;
+        return unescaped(parts_[part]);
+    }
+    [[nodiscard]] bool hasMore() const
+    {
+        for (std::size_t part = 0; part < parts_.size(); ++part)
+            if (unused_[part] && !parts_[part].empty())
+                return true;
+        return false;
+    }
+
+private:
+    std::vector<std::string_view> parts_;
+    std::vector<bool> unused_;
+};
+
+void addText(Record& contact, CEPROPID id, const std::string& text)
+{
+    if (!text.empty())
+        contact.addText(id, 0, validText(text));
+}
+
+std::string withoutScheme(std::string text)
+{
+    for (const std::string_view scheme : {"tel:", "mailto:"})
+        if (inCapitals(text).starts_with(inCapitals(scheme)))
+            text.erase(0, scheme.size());
+    return text;
+}
+
+// A card without N has its whole name in FN; one that only shows what another line says too has no name.
+void takeName(ComponentFields& fields, Record& contact, const Component& card)
+{
+    StructuredValue name(fields.take("N"));
+    std::string last = name.take(LastNamePart);
+    const std::string first = name.take(FirstNamePart);
+    if (name.hasMore())
+        fields.leaveOut("N");
+    const ContentLine* shown = fields.take("FN");
+    const std::string text = shown != nullptr ? unescaped(shown->value) : std::string();
+    if (last.empty() && first.empty() && std::ranges::none_of(card.lines, [&](const ContentLine& line) {
+            return (line.name == "ORG" || line.name == "TEL" || line.name == "EMAIL") && shown != nullptr &&
+                   line.value == shown->value;
+        }))
+        last = text;
+    else if (!text.empty() && text != first + " " + last && text != first + last && !(last.empty() && first.empty()))
+        fields.leaveOut("FN");
+    addText(contact, LastName, last);
+    addText(contact, FirstName, first);
+}
+
+// The date as it is written: a birthday is the same day in every zone. Nothing for a day without its year, a year
+// alone, words, a day that no calendar has: that is no reason to refuse all the cards.
+std::optional<FILETIME> birthdayIn(const ContentLine& line)
+{
+    // A card that must name a year writes one that it tells to be none.
+    const std::string_view noYear = line.parameter("X-APPLE-OMIT-YEAR");
+    if (inCapitals(line.parameter("VALUE")) == "TEXT" || (!noYear.empty() && line.value.starts_with(noYear)))
+        return std::nullopt;
+    try {
+        return fileTimeOf(momentFrom(line.value));
+    } catch (const FormatFault&) {
+        return std::nullopt;
+    }
+}
+
+void takeBirthday(ComponentFields& fields, Record& contact)
+{
+    const ContentLine* line = fields.take("BDAY");
+    if (line == nullptr)
+        return;
+    if (const auto time = birthdayIn(*line))
+        contact.add(Birthday, 0, {.filetime = *time});
+    else
+        fields.leaveOut("BDAY");
+}
+
+}  // namespace
+
+Component cardOf(std::span<const CEPROPVAL> contact)
+{
+    Component card{"VCARD", {}, {}, 0};
+    card.add("VERSION", "4.0");
+    const std::string company = textIn(contact, Company);
+    const std::string telephone = textIn(contact, HomeTelephone);
+    const std::string mail = textIn(contact, Mail);
+    addName(card, textIn(contact, LastName), textIn(contact, FirstName), {company, mail, telephone});
+    addTextLine(card, "ORG", company);
+    if (!telephone.empty())
+        card.add("TEL", escaped(telephone), {{"TYPE", "home"}});
+    addTextLine(card, "EMAIL", mail);
+    const std::string town = textIn(contact, Town);
+    if (!town.empty())
+        card.add("ADR", ";;;" + escaped(town) + ";;;", {{"TYPE", "home"}});
+    addCategories(card, textIn(contact, Categories));
+    addBirthday(card, contact);
+    addNotes(card, "NOTE", contact);
+    return card;
+}
+
+Record contactFrom(const Component& card, LeftOut& leftOut)
+{
+    Record contact;
+    ComponentFields fields(card, leftOut);
+    takeName(fields, contact, card);
+    StructuredValue organisation(fields.take("ORG"));
+    addText(contact, Company, organisation.take(0));
+    if (organisation.hasMore())
+        fields.leaveOut("ORG");
+    if (const ContentLine* telephone = fields.take("TEL", "HOME", Machines))
+        addText(contact, HomeTelephone, withoutScheme(unescaped(telephone->value)));
+    if (const ContentLine* mail = fields.take("EMAIL"))
+        addText(contact, Mail, withoutScheme(unescaped(mail->value)));
+    StructuredValue address(fields.take("ADR", "HOME"));
+    addText(contact, Town, address.take(TownPart));
+    if (address.hasMore())
+        fields.leaveOut("ADR");
+    fields.takeCategories(contact);
+    takeBirthday(fields, contact);
+    fields.takeNotes(contact, "NOTE");
+    for (const Component& part : card.parts)
+        fields.leaveOut(part.name);
+    fields.leaveRest(Silent);
+    return contact;
+}
+
+}  // namespace database_formats

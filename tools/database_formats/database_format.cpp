@@ -1,0 +1,82 @@
+// database_format.cpp - see database_format.h.
+
+#include "database_formats/database_format.h"
+
+#include "csv_reader.h"
+#include "csv_writer.h"
+#include "icalendar.h"
+#include "json_lines.h"
+#include "line_reader.h"
+#include "vcard.h"
+
+#include <algorithm>
+
+namespace database_formats {
+
+namespace {
+
+struct FormatName {
+    Format format;
+    std::string_view name;
+    std::string_view extension;
+};
+
+constexpr FormatName formatNames[] = {
+    {Format::JsonLines, "jsonl", ".jsonl"},
+    {Format::VCard, "vcard", ".vcf"},
+    {Format::ICalendar, "ical", ".ics"},
+    {Format::Csv, "csv", ".csv"},
+};
+
+}  // namespace
+
+std::optional<Format> formatNamed(std::string_view name)
+{
+    const auto* const found = std::ranges::find(formatNames, name, &FormatName::name);
+    return found != std::end(formatNames) ? std::optional(found->format) : std::nullopt;
+}
+
+Format formatOfFile(std::string_view file)
+{
+    const auto* const found =
+        std::ranges::find_if(formatNames, [&](const FormatName& format) { return file.ends_with(format.extension); });
+    return found != std::end(formatNames) ? found->format : Format::JsonLines;
+}
+
+std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out)
+{
+    switch (format) {
+    case Format::VCard:
+        return std::make_unique<VCardWriter>(out);
+    case Format::ICalendar:
+        return std::make_unique<ICalendarWriter>(out);
+    case Format::Csv:
+        return std::make_unique<CsvWriter>(out);
+    case Format::JsonLines:
+        break;
+    }
+    return std::make_unique<JsonLinesWriter>(out);
+}
+
+void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut)
+{
+    LineReader lines(in);
+    try {
+        switch (format) {
+        case Format::JsonLines:
+            return readJsonLines(lines, target);
+        case Format::VCard:
+            return readVCards(lines, target, leftOut);
+        case Format::ICalendar:
+            return readICalendar(lines, target, leftOut);
+        case Format::Csv:
+            return readCsv(lines, target, leftOut);
+        }
+    } catch (FormatFault& fault) {
+        if (fault.line == 0)
+            fault.line = lines.number();
+        throw;
+    }
+}
+
+}  // namespace database_formats

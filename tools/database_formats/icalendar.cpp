@@ -1,0 +1,119 @@
+// icalendar.cpp - see icalendar.h.
+
+#include "icalendar.h"
+
+#include "calendar_item.h"
+#include "component.h"
+#include "content_line.h"
+#include "database_formats/value_text.h"
+#include "exact_lines.h"
+#include "hex_digits.h"
+
+#include "ce/personal_databases.h"
+
+#include <iterator>
+
+namespace database_formats {
+
+namespace {
+
+// Nobody knows when a record was written, and one that hasn't changed is to look the same in every export.
+constexpr const char* NoTime = "19700101T000000Z";
+
+DatabaseHead appointmentsHead()
+{
+    return {personal::AppointmentsName,
+            personal::AppointmentsType,
+            {std::begin(personal::AppointmentsSort), std::end(personal::AppointmentsSort)}};
+}
+
+DatabaseHead tasksHead()
+{
+    return {personal::TasksName, personal::TasksType, {std::begin(personal::TasksSort), std::end(personal::TasksSort)}};
+}
+
+// An item that is no record of its own, in the words in which it is left out; empty for any other. One that was called
+// off isn't to come back, and one that stands for a single day of a repetition would stand beside that day.
+std::string noRecord(const Component& item)
+{
+    for (const ContentLine& line : item.lines)
+        if (line.name == "RECURRENCE-ID")
+            return item.name + " (exception to a repetition)";
+    for (const ContentLine& line : item.lines)
+        if (line.name == "STATUS" && inCapitals(line.value) == "CANCELLED")
+            return item.name + " (cancelled)";
+    return {};
+}
+
+// One that our lines take everything from is no record.
+void addItem(DatabaseTarget& target, std::size_t database, const Record& item)
+{
+    if (!item.properties().empty())
+        target.add(database, item.properties());
+}
+
+}  // namespace
+
+void ICalendarWriter::begin(const DatabaseHead& head)
+{
+    if (head.type != personal::AppointmentsType && head.type != personal::TasksType)
+        throw FormatFault("iCalendar holds appointments and tasks, databases of type 25 and 26; this one's type is " +
+                          std::to_string(head.type));
+    tasks_ = head.type == personal::TasksType;
+    if (!begun_)
+        out_ << "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Quillbox//quillbox//EN\r\n";
+    begun_ = true;
+}
+
+void ICalendarWriter::add(std::span<const CEPROPVAL> properties)
+{
+    Component item = tasks_ ? todoOf(properties) : eventOf(properties);
+    item.add("UID", identifier(properties));
+    item.add("DTSTAMP", NoTime);
+    out_ << exactText(std::move(item), tasks_ ? taskFrom : appointmentFrom, properties);
+}
+
+void ICalendarWriter::finish()
+{
+    if (!begun_)
+        throw FormatFault("there is no database to write");
+    out_ << "END:VCALENDAR\r\n";
+}
+
+// By what the item says, so that a calendar that gets the same one twice knows it again; equal ones are counted.
+std::string ICalendarWriter::identifier(std::span<const CEPROPVAL> properties)
+{
+    std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
+    for (const CEPROPVAL& property : properties)
+        for (const char c : hexadecimal(property.propid, 8) + valueText(property, Controls::Kept) + '\n')
+            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
+    return hexadecimal(hash, 16) + "-" + std::to_string(++equalItems_[hash]) + "@quillbox";
+}
+
+void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
+{
+    ComponentReader items(lines, "VCALENDAR");
+    std::optional<std::size_t> appointments;
+    std::optional<std::size_t> tasks;
+    while (const auto item = items.next()) {
+        const bool known = item->name == "VEVENT" || item->name == "VTODO";
+        if (const std::string told = known ? noRecord(*item) : ""; !told.empty()) {
+            leftOut.add(told);
+        } else if (item->name == "VEVENT") {
+            if (!appointments)
+                appointments = target.begin(appointmentsHead());
+            addItem(target, *appointments, exactRecord(*item, appointmentFrom, leftOut));
+        } else if (item->name == "VTODO") {
+            if (!tasks)
+                tasks = target.begin(tasksHead());
+            addItem(target, *tasks, exactRecord(*item, taskFrom, leftOut));
+        } else if (item->name != "VTIMEZONE") {  // the host knows the zones by their names
+            leftOut.add(item->name);
+        }
+    }
+    if (!appointments && !tasks)
+        throw FormatFault(leftOut.count() == 0 ? "there is no appointment and no task in the file"
+                                               : "the file holds nothing to take; " + leftOut.sentence());
+}
+
+}  // namespace database_formats

@@ -1,0 +1,33 @@
+// icalendar.h - databases of appointments and tasks as a calendar.
+#pragma once
+
+#include "database_formats/database.h"
+#include "database_formats/left_out.h"
+#include "line_reader.h"
+
+#include <cstdint>
+#include <unordered_map>
+
+namespace database_formats {
+
+class ICalendarWriter : public DatabaseWriter {
+public:
+    explicit ICalendarWriter(std::ostream& out) : out_(out) {}
+
+    void begin(const DatabaseHead& head) override;
+    void add(std::span<const CEPROPVAL> properties) override;
+    void finish() override;
+
+private:
+    [[nodiscard]] std::string identifier(std::span<const CEPROPVAL> properties);
+
+    std::ostream& out_;
+    bool begun_ = false;
+    bool tasks_ = false;
+    std::unordered_map<std::uint64_t, std::size_t> equalItems_;
+};
+
+// Appointments and tasks each go to a database of their own.
+void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut);
+
+}  // namespace database_formats

@@ -1,0 +1,117 @@
+// json_lines.cpp - see json_lines.h.
+
+#include "json_lines.h"
+
+#include "database_formats/record.h"
+#include "property_json.h"
+
+#include "text/host_name.h"
+
+#include <array>
+#include <optional>
+#include <utility>
+
+namespace database_formats {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Half a gigabyte: a record of blobs may take what no device could hold.
+constexpr std::size_t LongestLine = std::size_t{512} * 1024 * 1024;
+
+// What a line's text may become in memory: no record is nested deeper, and none of a device has more values.
+constexpr int DeepestNesting = 4;
+constexpr std::size_t MostKeys = 16;  // of an object, which looks for a key from its first on
+constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;
+
+Json parsed(const std::string& line)
+{
+    std::size_t values = 0;
+    std::array<std::size_t, DeepestNesting + 2> keys{};  // of the object that is open at each depth
+    return Json::parse(line, [&](int depth, Json::parse_event_t event, const Json&) {
+        if (depth > DeepestNesting || ++values > MostValues)
+            throw FormatFault("this is neither a database nor a record");
+        const auto level = static_cast<std::size_t>(depth);
+        if (event == Json::parse_event_t::object_start)
+            keys[level + 1] = 0;
+        else if (event == Json::parse_event_t::key && ++keys[level] > MostKeys)
+            throw FormatFault("an object has more than 16 keys");
+        return true;
+    });
+}
+
+DWORD numberIn(const Json& object, const char* field)
+{
+    if (!object.is_object() || !object.contains(field) || !object[field].is_number_unsigned() ||
+        object[field].get<std::uint64_t>() > 0xFFFFFFFF)
+        throw FormatFault(std::string("\"") + field + "\" isn't a number of 32 bits");
+    return object[field].get<DWORD>();
+}
+
+DatabaseHead headFrom(const Json& json)
+{
+    if (!json["database"].is_string() || !json.contains("sort") || !json["sort"].is_array())
+        throw FormatFault("a database lacks its name or its \"sort\"");
+    DatabaseHead head{
+        platform::text::fromUtf8(json["database"].get_ref<const std::string&>()), numberIn(json, "type"), {}};
+    for (const Json& order : json["sort"])
+        head.sort.push_back({numberIn(order, "property"), numberIn(order, "flags")});
+    return head;
+}
+
+Record recordFrom(const Json& properties)
+{
+    if (properties.empty())
+        throw FormatFault("a record has no properties");
+    Record record;
+    for (const Json& property : properties)
+        addTo(record, property);
+    return record;
+}
+
+}  // namespace
+
+void JsonLinesWriter::begin(const DatabaseHead& head)
+{
+    Json json{{"database", platform::text::toUtf8(head.name)}, {"type", head.type}};
+    Json& sort = json["sort"] = Json::array();
+    for (const SORTORDERSPEC& order : head.sort)
+        sort.push_back({{"property", order.propid}, {"flags", order.dwFlags}});
+    out_ << json.dump() << '\n';
+}
+
+void JsonLinesWriter::add(std::span<const CEPROPVAL> properties)
+{
+    out_ << R"({"record":[)";
+    const char* comma = "";
+    for (const CEPROPVAL& property : properties) {
+        out_ << std::exchange(comma, ",");
+        writeJson(out_, property);
+    }
+    out_ << "]}\n";
+}
+
+void readJsonLines(LineReader& lines, DatabaseTarget& target)
+{
+    std::optional<std::size_t> database;
+    for (std::string line; lines.next(line, LongestLine);) {
+        if (line.find_first_not_of(" \t\r") == std::string::npos)
+            continue;
+        try {
+            const Json json = parsed(line);
+            if (json.is_object() && json.contains("database"))
+                database = target.begin(headFrom(json));
+            else if (!json.is_object() || !json.contains("record") || !json["record"].is_array())
+                throw FormatFault("this is neither a database nor a record");
+            else if (!database)
+                throw FormatFault("there is no database before the record");
+            else
+                target.add(*database, recordFrom(json["record"]).properties());
+        } catch (const nlohmann::json::exception&) {
+            throw FormatFault("this is no JSON");
+        }
+    }
+}
+
+}  // namespace database_formats

@@ -1,0 +1,186 @@
+// line_decoding.cpp - see line_decoding.h.
+
+#include "line_decoding.h"
+
+#include "database_formats/format_fault.h"
+#include "database_formats/left_out.h"
+#include "database_formats/value_text.h"
+#include "hex_digits.h"
+
+#include <iconv.h>
+
+#include <memory>
+#include <utility>
+
+namespace database_formats {
+
+namespace {
+
+enum class Encoding { None, QuotedPrintable, Base64 };
+
+Encoding encodingOf(const ContentLine& line)
+{
+    const std::string word = inCapitals(line.parameter("ENCODING"));
+    if (word == "QUOTED-PRINTABLE")
+        return Encoding::QuotedPrintable;
+    return word == "BASE64" || word == "B" ? Encoding::Base64 : Encoding::None;
+}
+
+std::string fromQuotedPrintable(std::string_view value)
+{
+    std::string bytes;
+    while (!value.empty()) {
+        const auto byte = value[0] == '=' && value.size() >= 3 ? fromHexadecimal(value.substr(1, 2)) : std::nullopt;
+        if (value[0] == '=' && !byte)
+            throw FormatFault("\"=\" isn't followed by two hexadecimal digits");
+        bytes += byte ? static_cast<char>(*byte) : value[0];
+        value.remove_prefix(byte ? 3 : 1);
+    }
+    return bytes;
+}
+
+// Blanks stand there where a line was folded with several; some leave the padding away.
+std::string fromBase64(std::string_view value)
+{
+    constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    unsigned bits = 0;
+    unsigned waiting = 0;  // of them, for the rest of a byte
+    std::size_t characters = 0;
+    bool padded = false;
+    bool good = true;
+    for (const char c : value) {
+        if (c == ' ' || c == '\t')
+            continue;
+        ++characters;
+        const std::size_t digit = Digits.find(c);
+        padded = padded || c == '=';
+        good = good && (padded ? c == '=' : digit != std::string_view::npos);
+        if (padded || !good)
+            continue;
+        bits = (bits << 6) | static_cast<unsigned>(digit);
+        waiting += 6;
+        if (waiting >= 8) {
+            waiting -= 8;
+            bytes += static_cast<char>((bits >> waiting) & 0xFF);
+        }
+    }
+    if (!good || waiting == 6 || (padded && characters % 4 != 0))
+        throw FormatFault("the line's BASE64 is damaged");
+    return bytes;
+}
+
+std::string decoded(const std::string& value, Encoding encoding)
+{
+    switch (encoding) {
+    case Encoding::QuotedPrintable:
+        return fromQuotedPrintable(value);
+    case Encoding::Base64:
+        return fromBase64(value);
+    default:
+        return value;
+    }
+}
+
+const char* whyNotUtf8(Encoding encoding)
+{
+    switch (encoding) {
+    case Encoding::QuotedPrintable:
+        return "the line's quoted-printable isn't of the CHARSET that it names";
+    case Encoding::Base64:
+        return "the line's BASE64 is no text";
+    default:
+        return "the line isn't UTF-8; save the file as UTF-8";
+    }
+}
+
+std::string toUtf8(std::string bytes, const std::string& characterSet)
+{
+    struct Closer {
+        using pointer = iconv_t;
+        void operator()(iconv_t converter) const { iconv_close(converter); }
+    };
+    const iconv_t opened = iconv_open("UTF-8", characterSet.c_str());
+    if (opened == reinterpret_cast<iconv_t>(-1))  // NOLINT: its documented failure
+        throw FormatFault("the character set \"" + shownName(characterSet) + "\" isn't known");
+    const std::unique_ptr<iconv_t, Closer> converter(opened);
+    std::string utf8(bytes.size() * 4 + 16, '\0');
+    char* in = bytes.data();
+    char* out = utf8.data();
+    std::size_t inLeft = bytes.size();
+    std::size_t outLeft = utf8.size();
+    constexpr auto Failed = static_cast<std::size_t>(-1);
+    // Without a text, it gives what it kept back for a letter that might still have joined.
+    if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == Failed ||
+        iconv(converter.get(), nullptr, nullptr, &out, &outLeft) == Failed)
+        throw FormatFault("a value isn't of the character set that is told");
+    utf8.resize(utf8.size() - outLeft);
+    return utf8;
+}
+
+std::string fromWindows1252(const std::string& bytes)
+{
+    try {
+        return toUtf8(bytes, "WINDOWS-1252");
+    } catch (const FormatFault&) {
+        throw FormatFault(
+            "the line's quoted-printable is neither UTF-8 nor Windows-1252, and no CHARSET tells what it is");
+    }
+}
+
+// Quoted-printable without CHARSET is to be ASCII. What isn't comes from the desktops of its time, and nobody can
+// save such a file otherwise: it looks like ASCII.
+void bringToUtf8(ContentLine& line)
+{
+    const Encoding encoding = encodingOf(line);
+    std::string text = decoded(line.value, encoding);
+    const std::string characterSet(line.parameter("CHARSET"));
+    if (!characterSet.empty() && inCapitals(characterSet) != "UTF-8") {
+        text = toUtf8(text, characterSet);
+    } else if (encoding == Encoding::QuotedPrintable && characterSet.empty() && !isValidUtf8(text)) {
+        text = fromWindows1252(text);
+        line.guessed = true;
+    }
+    if (!isValidUtf8(text))
+        throw FormatFault(whyNotUtf8(encoding));
+    if (text.find('\0') != std::string::npos)
+        throw FormatFault("the line has a NUL in it");
+    line.value = std::move(text);
+}
+
+}  // namespace
+
+bool isQuotedPrintable(std::string_view line)
+{
+    const std::string head = inCapitals(line.substr(0, line.find(':')));
+    const std::size_t at = head.find("QUOTED-PRINTABLE");
+    // Of two encodings the first one counts.
+    return at != std::string::npos && head.find("BASE64") > at && head.find("ENCODING=B") > at;
+}
+
+std::string withLaterEscapes(std::string_view value)
+{
+    std::string later;
+    for (std::size_t at = 0; at < value.size(); ++at) {
+        later += value[at];
+        if (value[at] != '\\')
+            continue;
+        const char next = at + 1 < value.size() ? value[at + 1] : '\0';
+        const bool escapes = next == '\\' || next == ',' || next == ';';
+        later += escapes ? next : '\\';
+        at += escapes ? 1 : 0;
+    }
+    return later;
+}
+
+void decode(ContentLine& line)
+{
+    try {
+        bringToUtf8(line);
+    } catch (const FormatFault& fault) {
+        line.fault = fault.what();
+        line.binary = encodingOf(line) == Encoding::Base64;
+    }
+}
+
+}  // namespace database_formats

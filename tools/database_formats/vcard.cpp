@@ -1,0 +1,67 @@
+// vcard.cpp - see vcard.h.
+
+#include "vcard.h"
+
+#include "component.h"
+#include "contact_card.h"
+#include "exact_lines.h"
+#include "line_decoding.h"
+
+#include "ce/personal_databases.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace database_formats {
+
+namespace {
+
+// The version may stand behind the lines that it is about.
+void bringToLaterEscapes(Component& card)
+{
+    if (std::ranges::none_of(card.lines,
+                             [](const ContentLine& line) { return line.name == "VERSION" && line.value == "2.1"; }))
+        return;
+    for (ContentLine& line : card.lines)
+        line.value = withLaterEscapes(line.value);
+}
+
+}  // namespace
+
+void VCardWriter::begin(const DatabaseHead& head)
+{
+    if (head.type != personal::ContactsType)
+        throw FormatFault("vCard holds contacts, databases of type 24; this one's type is " +
+                          std::to_string(head.type));
+}
+
+void VCardWriter::add(std::span<const CEPROPVAL> properties)
+{
+    out_ << exactText(cardOf(properties), contactFrom, properties);
+}
+
+void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
+{
+    ComponentReader cards(lines, "");
+    std::optional<std::size_t> database;
+    while (auto card = cards.next()) {
+        if (card->name != "VCARD") {
+            leftOut.add(card->name);
+            continue;
+        }
+        if (!database)
+            database = target.begin({personal::ContactsName,
+                                     personal::ContactsType,
+                                     {std::begin(personal::ContactsSort), std::end(personal::ContactsSort)}});
+        bringToLaterEscapes(*card);
+        const Record contact = exactRecord(*card, contactFrom, leftOut);
+        if (contact.properties().empty())
+            leftOut.add("VCARD");
+        else
+            target.add(*database, contact.properties());
+    }
+    if (!database)
+        throw FormatFault("there is no card in the file");
+}
+
+}  // namespace database_formats

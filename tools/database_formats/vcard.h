@@ -1,0 +1,24 @@
+// vcard.h - databases of contacts as a file of cards.
+#pragma once
+
+#include "database_formats/database.h"
+#include "database_formats/left_out.h"
+#include "line_reader.h"
+
+namespace database_formats {
+
+class VCardWriter : public DatabaseWriter {
+public:
+    explicit VCardWriter(std::ostream& out) : out_(out) {}
+
+    void begin(const DatabaseHead& head) override;
+    void add(std::span<const CEPROPVAL> properties) override;
+    void finish() override {}
+
+private:
+    std::ostream& out_;
+};
+
+void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut);
+
+}  // namespace database_formats
