@@ -1,34 +1,36 @@
-// name_set.h - which names were seen, for millions of them: each costs 16 to 32 bytes, however long it is.
+// name_set.h - the names that occurred in a set, which may have millions of items.
 #pragma once
 
 #include "ce/types.h"
 
+#include <cstdint>
 #include <string_view>
-#include <vector>
+#include <unordered_set>
 
 namespace quillbox_set {
 
-// Names are told apart by 128 bits of hash: two that differ and pass for one don't occur by chance.
+// Keeps a hash of 128 bits instead of each name. A name takes about 45 bytes of memory, however long it is. Two names
+// with the same hash would count as one name, but 128 bits make that too unlikely to happen by chance.
 class NameSet {
 public:
-    [[nodiscard]] bool has(BYTE kind, std::u16string_view name) const;
+    bool has(BYTE kind, std::u16string_view name) const { return hashes_.contains(Hash(kind, name)); }
 
-    // False if this name of this kind was there.
-    bool add(BYTE kind, std::u16string_view name);
+    // False if this name of this kind was there already.
+    bool add(BYTE kind, std::u16string_view name) { return hashes_.insert(Hash(kind, name)).second; }
 
 private:
     struct Hash {
-        std::uint64_t high = 0;
-        std::uint64_t low = 0;  // both 0: a free place
+        Hash(BYTE kind, std::u16string_view name);
         bool operator==(const Hash&) const = default;
+
+        std::uint64_t first;
+        std::uint64_t second;
+    };
+    struct FirstHalf {
+        std::size_t operator()(const Hash& hash) const noexcept { return hash.first; }
     };
 
-    static Hash hashOf(BYTE kind, std::u16string_view name);
-    [[nodiscard]] std::size_t placeOf(Hash hash) const;
-    void grow();
-
-    std::vector<Hash> places_ = std::vector<Hash>(1024);
-    std::size_t used_ = 0;
+    std::unordered_set<Hash, FirstHalf> hashes_;
 };
 
 }  // namespace quillbox_set
