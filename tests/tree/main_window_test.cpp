@@ -64,7 +64,7 @@ TEST_F(MainWindowTest, TreeFillsTheWindowBelowItsBands)
     EXPECT_GT(height, 0);
     const std::vector<BandState> bands = bandsOf(gCommandBands);
     ASSERT_EQ(bands.size(), 2U);
-    EXPECT_EQ(bands[1].place.left, 145);  // the first band has the width that the program gave it
+    EXPECT_EQ(bands[1].rectangle.left, 145);  // the first band has the width that the program gave it
     RECT client = {};
     ASSERT_TRUE(GetClientRect(window, &client));
     WindowState tree;
