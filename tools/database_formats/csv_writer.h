@@ -10,6 +10,8 @@
 
 #include <cstdio>
 #include <map>
+#include <memory>
+#include <ostream>
 #include <utility>
 
 namespace database_formats {
