@@ -15,28 +15,16 @@ Core& core()
 Window* findWindow(HWND handle)
 {
     Core& all = core();
-    const auto number = reinterpret_cast<std::uintptr_t>(handle);
-    const std::size_t slot = number & 0xFFFFFFFF;
-    if (slot == 0 || slot > all.slots.size())
-        return nullptr;
-    const WindowSlot& found = all.slots[slot - 1];
-    return found.generation == number >> 32 ? found.window.get() : nullptr;
+    return all.windows[all.windows.find(reinterpret_cast<std::uintptr_t>(handle))].get();  // null at number 0
 }
 
 Window& addWindow()
 {
     Core& all = core();
-    if (all.freeSlots.empty()) {
-        all.slots.emplace_back();
-        all.freeSlots.push_back(static_cast<std::uint32_t>(all.slots.size()));
-    }
-    const std::uint32_t slot = all.freeSlots.back();
-    all.freeSlots.pop_back();
-    WindowSlot& free = all.slots[slot - 1];
-    free.window = std::make_unique<Window>();
-    const std::uintptr_t number = (static_cast<std::uintptr_t>(++free.generation) << 32) | slot;
-    free.window->handle = reinterpret_cast<HWND>(number);
-    return *free.window;
+    const auto number = all.windows.add(std::make_unique<Window>());
+    Window& window = *all.windows[number];
+    window.handle = reinterpret_cast<HWND>(all.windows.keyOf(number));
+    return window;
 }
 
 namespace {
@@ -71,9 +59,7 @@ void removeWindow(Window& window)
     noteArrival(*window.thread);
     wakeTurnWaiters();
 
-    const auto slot = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle) & 0xFFFFFFFF);
-    all.slots[slot - 1].window.reset();
-    all.freeSlots.push_back(slot);
+    (void)all.windows.remove(all.windows.find(reinterpret_cast<std::uintptr_t>(handle)));
 }
 
 Window* findChild(const Window& parent, int id)

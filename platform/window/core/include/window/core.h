@@ -16,6 +16,7 @@
 //   have ended. A message loop inside a visit serves the receiver's queue.
 #pragma once
 
+#include "kernel/slot_table.h"
 #include "window/class_state.h"
 #include "window/core_mutex.h"
 #include "window/display.h"
@@ -99,14 +100,8 @@ struct Window {
     std::unique_ptr<ClassState> state GUARDED_BY(coreMutex) PT_GUARDED_BY(coreMutex);  // never null
 };
 
-struct WindowSlot {
-    std::uint32_t generation = 0;
-    std::unique_ptr<Window> window;
-};
-
 struct Core {
-    std::vector<WindowSlot> slots GUARDED_BY(coreMutex);
-    std::vector<std::uint32_t> freeSlots GUARDED_BY(coreMutex);
+    kernel::SlotTable<std::unique_ptr<Window>> windows GUARDED_BY(coreMutex);
     std::vector<HWND> topLevel GUARDED_BY(coreMutex);  // the one in front first
     std::deque<WindowClass> classes GUARDED_BY(coreMutex);
     std::uint64_t threadsSoFar GUARDED_BY(coreMutex) = 0;
