@@ -1,11 +1,8 @@
-// database_commands.cpp - databases as files of the host, and back.
+#include "database_commands.h"
 
-#include "commands.h"
-#include "database_import.h"
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
-#include "open_database.h"
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
@@ -22,6 +19,7 @@
 namespace quillbox_device {
 
 namespace fs = std::filesystem;
+using database_formats::Format;
 using database_formats::FormatFault;
 
 namespace {
@@ -31,11 +29,11 @@ void exportOne(const StoredDatabase& database, database_formats::DatabaseWriter&
     const std::string name = "\"" + screen_text::onScreen(database.info.szDbaseName) + "\"";
     try {
         writer.begin(headOf(database.info));
-        const OpenDatabase opened(database.oid);
+        const DatabaseHandle opened(database.oid);
         ReadBlock block;
         WORD count = 0;
         while (CeReadRecordProps(opened.handle(), CEDB_ALLOWREALLOC, &count, nullptr, &block.bytes, &block.size) != 0) {
-            if (count != 0)  // a record without properties is none for any reader
+            if (count != 0)  // no reader takes a record without properties
                 writer.add({reinterpret_cast<const CEPROPVAL*>(block.bytes), count});
         }
         if (GetLastError() != ERROR_NO_MORE_ITEMS)
@@ -68,9 +66,9 @@ std::vector<StoredDatabase> wantedDatabases(const std::optional<std::string>& na
     auto databases = storedDatabases();
     std::erase_if(databases, [format](const auto& database) { return !holds(format, database.info.dwDbaseType); });
     if (databases.empty() && format != Format::JsonLines)
-        throw Failure("The device has no database of a type that the format holds.");
+        throw Failure("The device has no database of a type that the format can hold.");
     if (databases.size() > 1 && format == Format::Csv)
-        throw Failure("CSV holds one database; --name says which.");
+        throw Failure("A CSV file holds one database. Select it with --name.");
     return databases;
 }
 
@@ -106,7 +104,7 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
 {
     const Format wanted = format.value_or(database_formats::formatOfFile(file));
     if (wanted == Format::Csv && !name)
-        throw Failure("CSV doesn't tell its database's name; --name does.", exitBadUsage);
+        throw Failure("A CSV file doesn't contain the name of its database. Give it with --name.", exitBadUsage);
     Input input(file);
     const auto opened = openExisting(device);
     database_formats::LeftOut leftOut;

@@ -1,5 +1,3 @@
-// database_import.cpp - see database_import.h.
-
 #include "database_import.h"
 
 #include "screen_text/screen_text.h"
@@ -40,7 +38,8 @@ CEOID made(DatabaseHead head)
     return oid;
 }
 
-// The database of the usual name, or else the only one of the type; if there is none, it gets the usual name.
+// The name of the device's database of this type: the usual name if a database has it, otherwise that of the only
+// database of the type. Without a database of the type: the usual name.
 std::u16string onlyOneOfType(const DatabaseHead& head)
 {
     std::u16string name;
@@ -50,7 +49,7 @@ std::u16string onlyOneOfType(const DatabaseHead& head)
         if (database.info.szDbaseName == head.name)
             return head.name;
         if (!name.empty())
-            throw FormatFault("the device has several databases of this kind; --name tells which one is meant");
+            throw FormatFault("the device has several databases of this type; select one with --name");
         name = database.info.szDbaseName;
     }
     return name.empty() ? head.name : name;
@@ -58,8 +57,8 @@ std::u16string onlyOneOfType(const DatabaseHead& head)
 
 }  // namespace
 
-DatabaseImport::DatabaseImport(const std::optional<std::string>& name, Existing existing, bool fileTellsHead)
-    : existing_(existing), fileTellsHead_(fileTellsHead)
+DatabaseImport::DatabaseImport(const std::optional<std::string>& name, Existing existing, bool formatHasHeads)
+    : existing_(existing), formatHasHeads_(formatHasHeads)
 {
     if (name)
         name_ = platform::text::fromUtf8(*name);
@@ -69,23 +68,18 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
 {
     if (name_ && !databases_.empty())
         throw FormatFault("the file holds several databases, and --name is for one");
-    if (fileTellsHead_)  // one follows the other, and there may be many
+    // In a format with heads the records of a database follow its head, so the earlier databases are complete.
+    if (formatHasHeads_)
         finish();
     DatabaseHead head = destination(found);
     check(head);
     const auto old = databaseNamed(head.name);
-    if (old && std::ranges::find(made_, old->oid) != made_.end())
-        throw FormatFault("the database " + inQuotes(head.name) + " stands in the file twice");
-    if (old && existing_ == Existing::Refused)
-        throw FormatFault("the database " + inQuotes(head.name) + " exists; --replace replaces it, --add adds to it");
-    if (old && !fileTellsHead_ && found.type != 0 && old->info.dwDbaseType != found.type)
-        throw FormatFault("the database " + inQuotes(head.name) + " is of type " +
-                          std::to_string(old->info.dwDbaseType) + ", what the file holds of type " +
-                          std::to_string(found.type));
+    if (old)
+        refuseIfUnusable(head.name, *old, found.type);
     std::optional<std::uint64_t> replaced;
     CEOID oid = old ? old->oid : 0;
     if (old && existing_ == Existing::Replaced) {
-        if (!fileTellsHead_)
+        if (!formatHasHeads_)
             head = headOf(old->info);
         if (!CeDeleteDatabase(oid))
             throw FormatFault("the database " + inQuotes(head.name) + " can't be deleted");
@@ -95,7 +89,7 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
     imported_.push_back({oid != 0 ? std::u16string(old->info.szDbaseName) : head.name, !old, replaced, 0});
     if (oid == 0)
         made_.push_back(oid = made(std::move(head)));
-    databases_.push_back(std::make_unique<OpenDatabase>(oid));
+    databases_.push_back(std::make_unique<DatabaseHandle>(oid));
     return databases_.size() - 1;
 }
 
@@ -103,7 +97,7 @@ void DatabaseImport::add(std::size_t database, std::span<const CEPROPVAL> proper
 {
     if (CeWriteRecordProps(databases_[database]->handle(), 0, static_cast<WORD>(properties.size()),
                            properties.data()) == 0)
-        throw FormatFault(GetLastError() == ERROR_DISK_FULL ? "there is no room for the record, or for one more of them"
+        throw FormatFault(GetLastError() == ERROR_DISK_FULL ? "the disk or the database has no room for another record"
                                                             : "the record can't be stored");
     ++imported_[database].added;
 }
@@ -140,12 +134,25 @@ std::vector<std::u16string> DatabaseImport::namesOfNoFile() const
     return names;
 }
 
-// Which database is meant. A device may know its contacts by another name than ours.
+void DatabaseImport::refuseIfUnusable(const std::u16string& wantedName, const StoredDatabase& old,
+                                      DWORD typeInFile) const
+{
+    const std::string name = "the database " + inQuotes(wantedName);
+    if (std::ranges::find(made_, old.oid) != made_.end())
+        throw FormatFault(name + " is in the file twice");
+    if (existing_ == Existing::Refused)
+        throw FormatFault(name + " exists; --replace replaces it, --add adds to it");
+    if (!formatHasHeads_ && typeInFile != 0 && old.info.dwDbaseType != typeInFile)
+        throw FormatFault(name + " is of type " + std::to_string(old.info.dwDbaseType) +
+                          ", but the records in the file are of type " + std::to_string(typeInFile));
+}
+
+// The head of the database to import into. The device's database of contacts can have another name than the usual one.
 DatabaseHead DatabaseImport::destination(DatabaseHead head) const
 {
     if (name_) {
         head.name = *name_;
-    } else if (!fileTellsHead_) {
+    } else if (!formatHasHeads_) {
         head.name = onlyOneOfType(head);
     }
     return head;

@@ -1,54 +1,63 @@
-// database_import.h - what a reader finds, put into the open store.
+// database_import.h - puts the databases that a reader of a file finds into the open device.
 #pragma once
 
-#include "commands.h"
-#include "open_database.h"
+#include "database_handle.h"
+#include "stored_databases.h"
 
-#include "database_formats/database_format.h"
+#include "database_formats/database.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace quillbox_device {
 
+// What becomes of a database that exists already on the device.
+enum class Existing { Refused, Replaced, AddedTo };
+
 class DatabaseImport : public database_formats::DatabaseTarget {
 public:
-    // `name`: the one database that the file may hold then. `fileTellsHead`: otherwise a database that is replaced
-    // keeps its own type and sort orders, and without a name the device's database of the type is meant.
-    DatabaseImport(const std::optional<std::string>& name, Existing existing, bool fileTellsHead);
+    // `name`: the file must contain one database, and it is imported under this name.
+    // `formatHasHeads`: the format contains names, types and sort orders of databases. Otherwise a database that is
+    // replaced keeps its own type and sort orders, and without a name the import goes to the device's database of the
+    // type.
+    DatabaseImport(const std::optional<std::string>& name, Existing existing, bool formatHasHeads);
 
     // Both throw a FormatFault.
     std::size_t begin(const database_formats::DatabaseHead& head) override;
     void add(std::size_t database, std::span<const CEPROPVAL> properties) override;
 
-    // Throws a FormatFault if what was written isn't in the store.
+    // Throws a FormatFault if the store has lost something that was written.
     void finish();
 
-    // What became of each database, a line each: "Contacts Database: 12 records replaced by 3".
-    [[nodiscard]] std::string summary() const;
+    // What became of each database, one line for each: "Contacts Database: 12 records replaced by 3".
+    std::string summary() const;
 
-    // Names that no file can have: a backup keeps a database in a file of its name for a moment.
-    [[nodiscard]] std::vector<std::u16string> namesOfNoFile() const;
+    // The names of imported databases that can't be names of files. A backup makes a temporary file of a database's
+    // name, so it may leave such a database out.
+    std::vector<std::u16string> namesOfNoFile() const;
 
 private:
-    [[nodiscard]] database_formats::DatabaseHead destination(database_formats::DatabaseHead head) const;
+    database_formats::DatabaseHead destination(database_formats::DatabaseHead head) const;
+    // `old`: the database of this name on the device.
+    void refuseIfUnusable(const std::u16string& wantedName, const StoredDatabase& old, DWORD typeInFile) const;
 
     struct Imported {
         std::u16string name;
         bool isNew;
-        std::optional<std::uint64_t> replaced;  // records that the old one had
+        std::optional<std::uint64_t> replaced;  // number of records that the old database had
         std::uint64_t added;
     };
 
     std::optional<std::u16string> name_;
     Existing existing_;
-    bool fileTellsHead_;
-    std::vector<std::unique_ptr<OpenDatabase>> databases_;
+    bool formatHasHeads_;
+    std::vector<std::unique_ptr<DatabaseHandle>> databases_;
     std::vector<Imported> imported_;  // for each of databases_
-    std::vector<CEOID> made_;         // by this import: another one of the name in the file would take its place
+    std::vector<CEOID> made_;         // by this import. A second database of the same name in the file is refused.
 };
 
 }  // namespace quillbox_device

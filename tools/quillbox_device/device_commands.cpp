@@ -1,6 +1,5 @@
-// device_commands.cpp - making a device, its cards, and what it holds.
+#include "device_commands.h"
 
-#include "commands.h"
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
@@ -32,38 +31,38 @@ void print(const ExtraFolder& folder)
     std::cout << (fs::is_directory(folder.folder, ignored) ? "\n" : " (not there)\n");
 }
 
-struct Held {
+struct Content {
     std::uintmax_t files = 0;
     std::uintmax_t bytes = 0;
-    std::uintmax_t closedFolders = 0;  // that can't be looked into
+    std::uintmax_t closedFolders = 0;  // that can't be read
 };
 
-Held heldIn(const fs::path& folder)
+Content contentOf(const fs::path& folder)
 {
-    Held held;
+    Content content;
     for (const auto& entry : fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
         const fs::file_type type = entry.symlink_status().type();
         if (type == fs::file_type::directory && ::access(entry.path().c_str(), R_OK | X_OK) != 0)
-            ++held.closedFolders;
+            ++content.closedFolders;
         if (type != fs::file_type::regular)
             continue;
-        ++held.files;
+        ++content.files;
         std::error_code gone;
         const std::uintmax_t bytes = entry.file_size(gone);
-        held.bytes += gone ? 0 : bytes;
+        content.bytes += gone ? 0 : bytes;
     }
-    return held;
+    return content;
 }
 
-// Returns how many folders it couldn't look into.
-std::uintmax_t printHeld(const std::string& what, const fs::path& folder)
+// Returns how many folders it couldn't read.
+std::uintmax_t printContent(const std::string& what, const fs::path& folder)
 {
-    const Held held = heldIn(folder);
-    std::cout << onScreen(what) << ": " << held.files << " files, " << held.bytes << " bytes\n";
-    return held.closedFolders;
+    const Content content = contentOf(folder);
+    std::cout << onScreen(what) << ": " << content.files << " files, " << content.bytes << " bytes\n";
+    return content.closedFolders;
 }
 
-// What stands in the object store under the name of a card or folder is hidden by that.
+// True if the object store has something of this name. A card or folder of the same name would hide it.
 bool holdsName(const fs::path& objectStore, const std::string& name)
 {
     const auto hostName = platform::text::toHostName(platform::text::fromUtf8(name));
@@ -75,10 +74,10 @@ bool holdsName(const fs::path& objectStore, const std::string& name)
 void show(const fs::path& device)
 {
     const auto opened = openExisting(device);
-    std::uintmax_t closedFolders = printHeld("object store", opened->folder() / "object-store");
+    std::uintmax_t closedFolders = printContent("object store", opened->folder() / "object-store");
     for (const auto& entry : fs::directory_iterator(opened->folder() / "cards"))
         if (entry.symlink_status().type() == fs::file_type::directory)
-            closedFolders += printHeld("card " + entry.path().filename().string(), entry.path());
+            closedFolders += printContent("card " + entry.path().filename().string(), entry.path());
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
         print(folder);
     for (const StoredDatabase& database : storedDatabases())
@@ -87,7 +86,7 @@ void show(const fs::path& device)
         std::cout << "registry.refused: a restored registry that was damaged and not put in force\n";
     if (closedFolders != 0)
         throw Failure(screen_text::counted(closedFolders, "folder") +
-                      " can't be read: what is in there isn't counted.");
+                      " can't be read, so the numbers don't include their content.");
 }
 
 void init(const fs::path& device, bool demonstration)
@@ -112,13 +111,13 @@ void addCard(const fs::path& device, const std::string& name, const fs::path& fo
     const ExtraFolder added{name, fs::absolute(folder).lexically_normal(), !plainFolder, capacity};
     if (!fs::is_directory(folder))
         throw Failure("\"" + folder.string() + "\" is not a folder.");
-    // A device that couldn't start with it must not remember it.
+    // Opening the device with the folder checks everything that a start checks, before the device remembers the folder.
     openExisting(device).reset();
     const auto tried = platform::device::openDevice(device, {added}, false);
     if (!tried.device)
         throw Failure(tried.error.sentence);
     if (holdsName(tried.device->folder() / "object-store", name))
-        throw Failure("The device's object store holds \"" + name +
+        throw Failure("The device's object store has \"" + name +
                       "\" already, which would be hidden and missing from every backup.");
     if (!platform::device::rememberFolder(added))
         throw Failure("\"" + name + "\" can't be remembered.");

@@ -1,7 +1,9 @@
-// main.cpp - quillbox-device: looks into a device folder and changes it, for whoever has no handheld.
+// main.cpp - the command line of quillbox-device.
 
-#include "commands.h"
+#include "database_commands.h"
+#include "device_commands.h"
 #include "failure.h"
+#include "registry_commands.h"
 #include "screen_text/screen_text.h"
 
 #include "kernel/standard_streams.h"
@@ -16,6 +18,7 @@
 namespace {
 
 using namespace quillbox_device;
+using database_formats::Format;
 
 struct CommandLine {
     std::string device;
@@ -37,7 +40,8 @@ std::optional<Format> formatOf(const CommandLine& line)
     return line.format.empty() ? std::nullopt : database_formats::formatNamed(line.format);
 }
 
-// The library would take a number below 0 for a large one. Nothing if it is a number that a device can remember.
+// The option parser would convert a negative number to a large one, and a device stores 63 bits. Empty for a good
+// number.
 std::string capacityFault(const std::string& text)
 {
     std::int64_t bytes = -1;
@@ -57,15 +61,15 @@ void addCards(CLI::App& app, CommandLine& line)
 {
     CLI::App* card = app.add_subcommand("card", "folders of this computer that the device shows at every start");
     card->require_subcommand(1);
-    CLI::App* list = addCommand(*card, line, "list", "prints them");
+    CLI::App* list = addCommand(*card, line, "list", "prints these folders");
     list->callback([&line] { listCards(line.device); });
-    CLI::App* add = addCommand(*card, line, "add", "adds one");
-    add->add_option("NAME", line.name, "its name on the device, one that nothing in its root has")->required();
+    CLI::App* add = addCommand(*card, line, "add", "adds a folder");
+    add->add_option("NAME", line.name, "its name on the device; nothing in the device's root may have it")->required();
     add->add_option("DIR", line.folder, "the folder")->required();
-    add->add_option("--capacity", line.capacity, "bytes that it may hold")->check(capacityFault);
+    add->add_option("--capacity", line.capacity, "its size limit in bytes")->check(capacityFault);
     add->add_flag("--folder", line.plainFolder, "a plain folder, not a card");
     add->callback([&line] { addCard(line.device, line.name, line.folder, line.capacity, line.plainFolder); });
-    CLI::App* remove = addCommand(*card, line, "remove", "forgets one; what is in the folder stays");
+    CLI::App* remove = addCommand(*card, line, "remove", "removes one from the device; its content stays");
     remove->add_option("NAME", line.name, "its name on the device")->required();
     remove->callback([&line] { removeCard(line.device, line.name); });
 }
@@ -74,11 +78,11 @@ void addRegistry(CLI::App& app, CommandLine& line)
 {
     CLI::App* registry = app.add_subcommand("registry", "the registry as a .reg file");
     registry->require_subcommand(1);
-    CLI::App* out = addCommand(*registry, line, "export", "writes it");
-    out->add_option("FILE", line.file, "the file; none or -: standard output");
+    CLI::App* out = addCommand(*registry, line, "export", "writes the registry to a file");
+    out->add_option("FILE", line.file, "the file; default, or -: standard output");
     out->add_flag("--force", line.force, "replaces a file that exists");
     out->callback([&line] { exportRegistry(line.device, line.file, line.force); });
-    CLI::App* in = addCommand(*registry, line, "import", "sets what a file names, all of it or nothing");
+    CLI::App* in = addCommand(*registry, line, "import", "sets the keys and values of a file, all of them or none");
     in->add_option("FILE", line.file, "the file; -: standard input")->required();
     in->callback([&line] { importRegistry(line.device, line.file); });
 }
@@ -87,8 +91,8 @@ void addFormat(CLI::App& command, CommandLine& line)
 {
     command
         .add_option("--form", line.format,
-                    "jsonl (any database, lossless), vcard (contacts), ical (appointments, tasks), csv; none: by the "
-                    "file's extension .vcf, .ics, .csv, otherwise jsonl")
+                    "jsonl (any database, without loss), vcard (contacts), ical (appointments, tasks) or csv; "
+                    "default: by the file's extension .vcf, .ics or .csv, otherwise jsonl")
         ->check(CLI::IsMember({"jsonl", "vcard", "ical", "csv"}));
 }
 
@@ -98,15 +102,16 @@ void addDatabases(CLI::App& app, CommandLine& line)
     database->require_subcommand(1);
     CLI::App* list = addCommand(*database, line, "list", "prints their names");
     list->callback([&line] { listDatabases(line.device); });
-    CLI::App* out = addCommand(*database, line, "export", "writes one, or all that the format holds");
-    out->add_option("FILE", line.file, "the file; none or -: standard output");
-    out->add_option("--name", line.database, "the database; none: all that the format holds");
+    CLI::App* out = addCommand(*database, line, "export", "writes one database, or all that the format can hold");
+    out->add_option("FILE", line.file, "the file; default, or -: standard output");
+    out->add_option("--name", line.database, "the database; default: all that the format can hold");
     addFormat(*out, line);
     out->add_flag("--force", line.force, "replaces a file that exists");
     out->callback([&line] { exportDatabases(line.device, line.database, formatOf(line), line.file, line.force); });
-    CLI::App* in = addCommand(*database, line, "import", "makes the databases of a file, all of them or none");
+    CLI::App* in = addCommand(*database, line, "import", "imports the databases of a file, all of them or none");
     in->add_option("FILE", line.file, "the file; -: standard input")->required();
-    in->add_option("--name", line.database, "the database; none: as the file says, or the device's own for the format");
+    in->add_option("--name", line.database,
+                   "the database; default: the name in the file, or the device's database for the format");
     addFormat(*in, line);
     CLI::Option* replace = in->add_flag("--replace", line.replace, "replaces databases that exist");
     in->add_flag("--add", line.add, "adds the records to databases that exist")->excludes(replace);
@@ -118,16 +123,16 @@ void addDatabases(CLI::App& app, CommandLine& line)
 
 int run(int count, char** arguments)
 {
-    CLI::App app("Looks into a device's folder and changes it. No Quillbox may have it open.\n"
+    CLI::App app("Shows and changes a device. Quillbox must not be running on it.\n"
                  "Exit code: 0 done; 1 not done, and nothing was changed (unless it says so); 2 bad usage, or no such "
                  "device or file.",
                  "quillbox-device");
     app.set_version_flag("--version", "quillbox-device " QUILLBOX_VERSION);
     app.require_subcommand(1);
     CommandLine line;
-    addCommand(app, line, "show", "prints what it holds")->callback([&line] { show(line.device); });
+    addCommand(app, line, "show", "prints what the device contains")->callback([&line] { show(line.device); });
     CLI::App* make = addCommand(app, line, "init", "makes a device of a folder that is missing or empty");
-    make->add_flag("--demonstration", line.demonstration, "with content worth a try");
+    make->add_flag("--demonstration", line.demonstration, "with sample content");
     make->callback([&line] { init(line.device, line.demonstration); });
     addCards(app, line);
     addRegistry(app, line);
@@ -143,8 +148,8 @@ int run(int count, char** arguments)
     }
 }
 
-// A sentence holds names of files, folders and databases, which may come from anywhere.
-int tell(const std::exception& error, int exitCode)
+// The message can contain names of files and databases with control characters.
+int report(const std::exception& error, int exitCode)
 {
     std::cerr << "quillbox-device: " << screen_text::onScreen(std::string_view(error.what())) << '\n';
     return exitCode;
@@ -161,8 +166,8 @@ int main(int count, char** arguments)
             throw Failure("Standard output can't be written.");
         return exitCode;
     } catch (const Failure& failure) {
-        return tell(failure, failure.exitCode());
+        return report(failure, failure.exitCode());
     } catch (const std::exception& error) {
-        return tell(error, exitFailed);
+        return report(error, exitFailed);
     }
 }

@@ -1,6 +1,5 @@
-// registry_commands.cpp - the registry as a file of the host, and back.
+#include "registry_commands.h"
 
-#include "commands.h"
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
@@ -16,7 +15,7 @@ namespace {
 std::size_t readFrom(Input& input, const std::string& file, std::span<std::byte> buffer)
 {
     input.stream().read(reinterpret_cast<char*>(buffer.data()), static_cast<std::streamsize>(buffer.size()));
-    if (input.stream().bad())  // no end of the file: what came is undone
+    if (input.stream().bad())  // not the end of the file: the Failure undoes the import
         throw Failure("\"" + file + "\" can't be read. Nothing was imported.");
     return static_cast<std::size_t>(input.stream().gcount());
 }

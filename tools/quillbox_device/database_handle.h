@@ -1,4 +1,4 @@
-// open_database.h - a database of the open device whose records are read or written.
+// database_handle.h - owners of what a walk through the records of a database on the open device needs.
 #pragma once
 
 #include "failure.h"
@@ -10,28 +10,28 @@
 
 namespace quillbox_device {
 
-// Closed when it goes.
-class OpenDatabase {
+// An open database. The destructor closes it.
+class DatabaseHandle {
 public:
     // Throws a Failure.
-    explicit OpenDatabase(CEOID oid) : handle_(CeOpenDatabase(&oid, nullptr, 0, CEDB_AUTOINCREMENT, nullptr))
+    explicit DatabaseHandle(CEOID oid) : handle_(CeOpenDatabase(&oid, nullptr, 0, CEDB_AUTOINCREMENT, nullptr))
     {
         if (handle_ == INVALID_HANDLE_VALUE)
             throw Failure("A database can't be opened.");
     }
-    OpenDatabase(const OpenDatabase&) = delete;
-    OpenDatabase& operator=(const OpenDatabase&) = delete;
-    ~OpenDatabase() { (void)close(); }
+    DatabaseHandle(const DatabaseHandle&) = delete;
+    DatabaseHandle& operator=(const DatabaseHandle&) = delete;
+    ~DatabaseHandle() { (void)close(); }
 
-    [[nodiscard]] HANDLE handle() const { return handle_; }
-    // False if what was written isn't in the store.
+    HANDLE handle() const { return handle_; }
+    // False if the store has lost something that was written.
     [[nodiscard]] bool close() { return CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE)) != 0; }
 
 private:
     HANDLE handle_;
 };
 
-// The block that records are read into.
+// The memory that CeReadRecordProps reads records into. The call enlarges it as needed.
 struct ReadBlock {
     ReadBlock() = default;
     ReadBlock(const ReadBlock&) = delete;

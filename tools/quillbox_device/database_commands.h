@@ -1,0 +1,28 @@
+// database_commands.h - the commands that list, export and import a device's databases. Each of them throws a Failure,
+// and has changed nothing then unless the message says so.
+#pragma once
+
+#include "database_import.h"
+
+#include "database_formats/database_format.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace quillbox_device {
+
+void listDatabases(const std::filesystem::path& device);
+
+// Exports the database of this name. Without a name: all databases that the format can hold. Without a format the
+// extension of the file selects it. `file`: see Output (host_files.h).
+void exportDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
+                     std::optional<database_formats::Format> format, const std::string& file, bool force);
+
+// Imports the databases of a file, all of them or none. `name` and `existing`: see DatabaseImport. Without a format the
+// extension of the file selects it. `file`: see Input (host_files.h). Prints what became of each database, and on
+// standard error what no database can hold.
+void importDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
+                     std::optional<database_formats::Format> format, const std::string& file, Existing existing);
+
+}  // namespace quillbox_device
