@@ -1,17 +1,16 @@
-// calendar_item.cpp - see calendar_item.h.
-
 #include "calendar_item.h"
 
-#include "calendar_time.h"
 #include "component_fields.h"
 #include "moment_text.h"
 #include "repetition.h"
+#include "zone_time.h"
 
 #include "ce/personal_databases.h"
 
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace database_formats {
 
@@ -22,8 +21,8 @@ using namespace personal;
 constexpr LONG MinutesOfDay = 1440;
 constexpr std::int64_t StepsOfSecond = 10'000'000;
 
-// Lines that say nothing of the thing itself.
-constexpr std::string_view Silent[] = {"UID", "DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
+// Lines about the entry in the calendar, not about the appointment or task.
+constexpr std::string_view Ignored[] = {"UID", "DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
 
 bool isMidnight(const Moment& moment)
 {
@@ -50,7 +49,7 @@ void addStart(Component& event, std::span<const CEPROPVAL> appointment)
         event.add("DURATION", durationText(minutes));
 }
 
-// Without a start no reader makes anything of a repetition.
+// A repetition has no meaning without a start.
 void addRepetition(Component& event, std::span<const CEPROPVAL> appointment)
 {
     const CEPROPVAL* start = propertyIn(appointment, Start);
@@ -70,7 +69,39 @@ void addAlarm(Component& event, std::span<const CEPROPVAL> appointment)
     alarm.add("TRIGGER", "-PT" + std::to_string(reminder->val.uiVal) + "M");
 }
 
-// Where the appointment ends, in minutes from its start.
+struct CalendarTime {
+    FILETIME local{};
+    Moment inFile;
+    bool dateOnly = false;  // a whole day
+};
+
+// The moment as the host's local time. Without a zone the moment is local time already. An unknown zone is ignored, and
+// counted as left out under "TZID".
+std::optional<FILETIME> localTime(const Moment& moment, const std::string& zone, ComponentFields& fields)
+{
+    if (moment.minutesEast)
+        return localTimeOf(moment);
+    if (!moment.hasTime || zone.empty())
+        return fileTimeOf(moment);
+    if (isZoneKnown(zone))
+        return localTimeOf(moment, zone);
+    fields.leaveOut("TZID");
+    return fileTimeOf(moment);
+}
+
+// The moment in the line. Nothing for a moment before 1601, which is counted as left out. Throws a FormatFault.
+std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ComponentFields& fields)
+{
+    const Moment moment = atLine(line, [&] { return momentFrom(line.value); });
+    const auto local = localTime(moment, std::string(line.parameter("TZID")), fields);
+    if (!local) {
+        fields.leaveOut(line.name);
+        return std::nullopt;
+    }
+    return CalendarTime{*local, moment, !moment.hasTime};
+}
+
+// The length of the appointment in minutes.
 LONG takeMinutes(ComponentFields& fields, const CalendarTime* start)
 {
     const ContentLine* end = fields.take("DTEND");
@@ -90,7 +121,8 @@ LONG takeMinutes(ComponentFields& fields, const CalendarTime* start)
     return static_cast<LONG>(minutes);
 }
 
-// Minutes before the start at which an alarm rings, if it is one that an appointment can hold.
+// How many minutes before the start the alarm rings. Nothing if an appointment can't hold that, for example an alarm
+// after the start, or one relative to the end.
 std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTime* start, ComponentFields& fields)
 {
     std::int64_t before = -1;
@@ -105,16 +137,25 @@ std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTi
     return fits ? std::optional(static_cast<USHORT>(before / 60)) : std::nullopt;
 }
 
+// The minutes of the first trigger of the alarm that an appointment can hold.
+std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* start, ComponentFields& fields)
+{
+    for (const ContentLine& line : alarm.lines) {
+        if (line.name != "TRIGGER")
+            continue;
+        requireText(line);
+        if (const auto minutes = minutesBefore(line, start, fields))
+            return minutes;
+    }
+    return std::nullopt;
+}
+
+// The minutes of the first alarm that an appointment can hold. All other parts are counted as left out.
 USHORT takeReminder(const Component& event, ComponentFields& fields, const CalendarTime* start)
 {
     std::optional<USHORT> reminder;
     for (const Component& part : event.parts) {
-        std::optional<USHORT> minutes;
-        for (const ContentLine& line : part.lines)
-            if (part.name == "VALARM" && line.name == "TRIGGER" && !reminder && !minutes) {
-                demandText(line);
-                minutes = minutesBefore(line, start, fields);
-            }
+        const auto minutes = part.name == "VALARM" && !reminder ? minutesOf(part, start, fields) : std::nullopt;
         if (minutes)
             reminder = minutes;
         else
@@ -128,7 +169,7 @@ ULONG takeRepetition(ComponentFields& fields, const CalendarTime* start)
     const ContentLine* rule = fields.take("RRULE");
     if (rule == nullptr)
         return 0;
-    const auto days = start != nullptr ? repetitionFrom(rule->value, start->said) : std::nullopt;
+    const auto days = start != nullptr ? repetitionFrom(rule->value, start->inFile) : std::nullopt;
     if (!days) {
         fields.leaveOut("RRULE");
         return 0;
@@ -144,7 +185,7 @@ std::optional<CalendarTime> takeTime(ComponentFields& fields, std::string_view n
     return line != nullptr ? calendarTimeFrom(*line, fields) : std::nullopt;
 }
 
-// iCalendar knows nine priorities, 1 the highest, 0 for none.
+// iCalendar has the priorities 1 (highest) to 9 and 0 for none. A task has 1 (high), 2 (normal) and 3 (low).
 SHORT priorityFrom(const ContentLine& line)
 {
     int number = -1;
@@ -175,7 +216,7 @@ SHORT takeDone(ComponentFields& fields)
     if (percent != nullptr && percent->value != "100" && percent->value != "0")
         fields.leaveOut("PERCENT-COMPLETE");
     if (completed != nullptr)
-        fields.leaveOut("COMPLETED");  // a task knows that it is done, not when
+        fields.leaveOut("COMPLETED");  // a task has no time of completion
     return done ? SHORT{1} : SHORT{0};
 }
 
@@ -227,7 +268,7 @@ Record appointmentFrom(const Component& event, LeftOut& leftOut)
     appointment.add(Repetition, 0, {.ulVal = takeRepetition(fields, from)});
     fields.takeCategories(appointment);
     fields.takeNotes(appointment, "DESCRIPTION");
-    fields.leaveRest(Silent);
+    fields.leaveRest(Ignored);
     return appointment;
 }
 
@@ -244,7 +285,7 @@ Record taskFrom(const Component& todo, LeftOut& leftOut)
     fields.takeNotes(task, "DESCRIPTION");
     for (const Component& part : todo.parts)
         fields.leaveOut(part.name);
-    fields.leaveRest(Silent);
+    fields.leaveRest(Ignored);
     return task;
 }
 

@@ -1,30 +1,28 @@
-// component.cpp - see component.h.
-
 #include "component.h"
 
 #include "database_formats/format_fault.h"
 #include "line_decoding.h"
-#include "record_limit.h"
 
 namespace database_formats {
 
 namespace {
 
 constexpr std::size_t DeepestNesting = 8;
-// Lines and their parameters: a line of ours with two parameters for each property, and what says nothing to us.
+// A record has up to 0xFFFF properties. Each of them needs an extension line with two parameters, and the rest is for
+// lines that are ignored.
 constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
 
 constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 
-// Where a line of quoted-printable breaks off: an "=" at its end, perhaps with blanks behind that some mail put there.
+// The offset of a soft line break of quoted-printable: a "=" at the end of the line that begins at `lineBegin`. Blanks
+// may follow it, because some mail programs add them.
 std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
 {
     const std::size_t last = text.substr(lineBegin).find_last_not_of(" \t");
     return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
 }
 
-// Around a word that isn't anybody's text.
-std::string withoutBlanks(const std::string& value)
+std::string trimmed(const std::string& value)
 {
     const std::size_t begin = value.find_first_not_of(" \t");
     return begin == std::string::npos ? "" : value.substr(begin, value.find_last_not_of(" \t") + 1 - begin);
@@ -54,7 +52,7 @@ std::optional<Component> ComponentReader::next()
         const auto line = nextLine();
         if (!line) {
             if (inContainer_)
-                refuse("the file ends within its calendar", lines_.number());
+                refuse("the file ends before END:VCALENDAR", lines_.number());
             return std::nullopt;
         }
         const std::string name = inCapitals(line->value);
@@ -68,8 +66,8 @@ std::optional<Component> ComponentReader::next()
             fill(component, 1);
             return component;
         } else if (!inContainer_ || line->name == "BEGIN" || line->name == "END") {
-            refuse(container_.empty() ? "this is no card: it doesn't begin with BEGIN:VCARD"
-                                      : "this is no calendar: it doesn't begin with BEGIN:VCALENDAR",
+            refuse(container_.empty() ? "this isn't a card: it doesn't begin with BEGIN:VCARD"
+                                      : "this isn't a calendar: it doesn't begin with BEGIN:VCALENDAR",
                    line->number);
         }
     }
@@ -80,15 +78,15 @@ void ComponentReader::fill(Component& component, std::size_t depth)
     for (;;) {
         auto line = nextLine();
         if (!line)
-            refuse("the file ends before what begins here does", component.number);
+            refuse("the component that begins here has no END", component.number);
         if (line->name == "END") {
             if (inCapitals(line->value) != component.name)
-                refuse("this END doesn't belong to the last BEGIN", line->number);
+                refuse("this END doesn't match the last BEGIN", line->number);
             return;
         }
         count_ += 1 + line->parameters.size();
         if (count_ > MostLinesAndParameters)
-            refuse("what begins here has too many lines and parameters", component.number);
+            refuse("the component that begins here has too many lines and parameters", component.number);
         if (line->name != "BEGIN") {
             component.lines.push_back(std::move(*line));
             continue;
@@ -109,7 +107,7 @@ std::optional<ContentLine> ComponentReader::nextLine()
             ContentLine line = contentLineFrom(logical_, logicalNumber_);
             decode(line);
             if (line.name == "BEGIN" || line.name == "END" || line.name == "VERSION")
-                line.value = withoutBlanks(line.value);
+                line.value = trimmed(line.value);
             return line;
         } catch (const FormatFault& fault) {
             refuse(fault.what(), logicalNumber_);
@@ -118,7 +116,8 @@ std::optional<ContentLine> ComponentReader::nextLine()
     return std::nullopt;
 }
 
-// Puts the next line together: one that begins with a blank goes on with the one before.
+// Joins the next line with the lines that continue it. A line that begins with a blank continues the one before it. In
+// quoted-printable a soft line break does too.
 bool ComponentReader::readLogical()
 {
     if (!readPhysical())
@@ -129,7 +128,7 @@ bool ComponentReader::readLogical()
     if (logicalNumber_ == 1 && logical_.starts_with(ByteOrderMark))
         logical_.erase(0, ByteOrderMark.size());
     const bool softBreaks = isQuotedPrintable(logical_);
-    std::size_t begin = 0;  // of what the file's last line has added
+    std::size_t begin = 0;  // offset in logical_ of the last line that was added
     while (readPhysical()) {
         const std::size_t softBreak = softBreaks ? softBreakIn(logical_, begin) : std::string::npos;
         if (softBreak != std::string::npos) {

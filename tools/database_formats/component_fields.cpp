@@ -1,5 +1,3 @@
-// component_fields.cpp - see component_fields.h.
-
 #include "component_fields.h"
 
 #include "database_formats/value_text.h"
@@ -15,7 +13,7 @@ namespace database_formats {
 
 namespace {
 
-// "CATEGORIES:" and "N:;;;;" say nothing.
+// True for "CATEGORIES:" and "N:;;;;".
 bool isEmpty(const ContentLine& line)
 {
     return line.value.find_first_not_of("; ") == std::string::npos;
@@ -43,7 +41,7 @@ const ContentLine* ComponentFields::take(std::string_view name, std::string_view
         return (isLast ? 0 : 2) + (!type.empty() && line.hasType(type) ? 1 : 0);
     };
     const ContentLine* best = nullptr;
-    std::size_t there = 0;
+    std::size_t candidates = 0;
     for (const ContentLine& line : component_.lines) {
         if (line.name != name || isEmpty(line))
             continue;
@@ -51,11 +49,11 @@ const ContentLine* ComponentFields::take(std::string_view name, std::string_view
             leftOut_.add(name);
             continue;
         }
-        ++there;
+        ++candidates;
         if (best == nullptr || rank(line) > rank(*best))
             best = &line;
     }
-    for (; there > 1; --there)
+    for (; candidates > 1; --candidates)
         leftOut_.add(name);
     taken_.emplace_back(name);
     if (best != nullptr)
@@ -72,13 +70,16 @@ void ComponentFields::takeText(Record& record, std::string_view name, CEPROPID i
 void ComponentFields::takeCategories(Record& record)
 {
     std::string categories;
-    for (const ContentLine& line : component_.lines)
-        if (line.name == "CATEGORIES" && line.binary) {
+    for (const ContentLine& line : component_.lines) {
+        if (line.name != "CATEGORIES")
+            continue;
+        if (line.binary) {
             leftOut_.add(line.name);
-        } else if (line.name == "CATEGORIES" && !isEmpty(line)) {
+        } else if (!isEmpty(line)) {
             use(line);
             categories += (categories.empty() ? "" : ";") + withSemicolons(line.value);
         }
+    }
     taken_.emplace_back("CATEGORIES");
     if (!categories.empty())
         record.addText(personal::Categories, 0, validText(categories));
@@ -90,26 +91,26 @@ void ComponentFields::takeNotes(Record& record, std::string_view name)
         record.addBlob(personal::Notes, 0, unescaped(line->value));
 }
 
-void ComponentFields::leaveOut(std::string_view name, std::string_view told)
+void ComponentFields::leaveOut(std::string_view name, std::string_view shownName)
 {
     for (const ContentLine& line : component_.lines)
         if (line.name == name && !isEmpty(line))
-            leftOut_.add(told);
+            leftOut_.add(shownName);
     taken_.emplace_back(name);
 }
 
-void ComponentFields::leaveRest(std::span<const std::string_view> silent)
+void ComponentFields::leaveRest(std::span<const std::string_view> ignored)
 {
     for (const ContentLine& line : component_.lines)
         if (!isEmpty(line) && !line.name.starts_with(ExactPrefix) &&
             std::ranges::find(taken_, line.name) == taken_.end() &&
-            std::ranges::find(silent, line.name) == silent.end())
+            std::ranges::find(ignored, line.name) == ignored.end())
             leftOut_.add(line.name);
 }
 
 void ComponentFields::use(const ContentLine& line)
 {
-    demandText(line);
+    requireText(line);
     if (line.guessed)
         leftOut_.addGuess(line.name);
 }

@@ -1,4 +1,4 @@
-// component_fields.h - takes what a database can hold out of a component, and tells what remains.
+// component_fields.h - reads the fields of a component that a database can hold, and counts the others as left out.
 #pragma once
 
 #include "component.h"
@@ -18,24 +18,24 @@ class ComponentFields {
 public:
     ComponentFields(const Component& component, LeftOut& leftOut) : component_(component), leftOut_(leftOut) {}
 
-    // The line of that name: the first of a type, otherwise the first; one of the types in `last` only if there is no
-    // other. Null if there is none, or only empty ones and BASE64 that is no text. Those of the name that aren't taken
-    // are left out. Throws a FormatFault if the line's value can't be read.
-    [[nodiscard]] const ContentLine* take(std::string_view name, std::string_view type = {},
-                                          std::span<const std::string_view> last = {});
+    // Takes the best line of that name. A line of the type `type` is better than others, and lines of the types in
+    // `last` are the worst. Of equally good lines the first one is taken. Null if no line has a value that is text.
+    // Other lines of that name are counted as left out. Throws a FormatFault if the value of the line can't be read.
+    const ContentLine* take(std::string_view name, std::string_view type = {},
+                            std::span<const std::string_view> last = {});
 
-    // A text as a property, if the line is there.
+    // Adds the text of the line as a property, if there is such a line.
     void takeText(Record& record, std::string_view name, CEPROPID id);
-    // The text of several lines and commas, "A,B" becoming "A;B".
+    // Adds all categories, of one or several lines, as one text: "A,B" becomes "A;B".
     void takeCategories(Record& record);
-    // A text as the bytes of the notes.
+    // Adds the text of the line as the bytes of the notes.
     void takeNotes(Record& record, std::string_view name);
 
     void leaveOut(std::string_view name) { leftOut_.add(name); }
-    // All lines of a name, told in other words than it.
-    void leaveOut(std::string_view name, std::string_view told);
-    // All lines whose name wasn't taken and isn't one of those that say nothing about the thing itself.
-    void leaveRest(std::span<const std::string_view> silent);
+    // Counts all lines of that name as left out, under another name.
+    void leaveOut(std::string_view name, std::string_view shownName);
+    // Counts all lines whose name wasn't taken. Lines with a name in `ignored` don't count.
+    void leaveRest(std::span<const std::string_view> ignored);
 
 private:
     void use(const ContentLine& line);
@@ -45,11 +45,12 @@ private:
     std::vector<std::string> taken_;
 };
 
-// The text that a record has under this id; empty if it has none.
-[[nodiscard]] std::string textIn(std::span<const CEPROPVAL> properties, CEPROPID id);
-[[nodiscard]] const CEPROPVAL* propertyIn(std::span<const CEPROPVAL> properties, CEPROPID id);
+// The text of the property with this id. Empty if there is none.
+std::string textIn(std::span<const CEPROPVAL> properties, CEPROPID id);
+// Null if there is no property with this id.
+const CEPROPVAL* propertyIn(std::span<const CEPROPVAL> properties, CEPROPID id);
 
-// The lines that both vCard and iCalendar write. What is empty gets no line.
+// Lines that both vCard and iCalendar write. An empty value gets no line.
 void addTextLine(Component& component, std::string_view name, const std::string& text);
 void addCategories(Component& component, const std::string& categories);
 void addNotes(Component& component, std::string_view name, std::span<const CEPROPVAL> properties);

@@ -1,5 +1,3 @@
-// content_line.cpp - see content_line.h.
-
 #include "content_line.h"
 
 #include <algorithm>
@@ -22,14 +20,14 @@ bool isContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// Where a parameter ends: at a semicolon or colon that isn't quoted.
-std::size_t endOfParameter(std::string_view text, std::size_t at)
+// The offset where the parameter at `offset` ends: that of the first semicolon or colon that isn't quoted.
+std::size_t endOfParameter(std::string_view text, std::size_t offset)
 {
-    for (bool quoted = false; at < text.size(); ++at) {
-        if (text[at] == '"')
+    for (bool quoted = false; offset < text.size(); ++offset) {
+        if (text[offset] == '"')
             quoted = !quoted;
-        else if (!quoted && (text[at] == ';' || text[at] == ':'))
-            return at;
+        else if (!quoted && (text[offset] == ';' || text[offset] == ':'))
+            return offset;
     }
     throw FormatFault("the line has no colon, or a quote isn't closed");
 }
@@ -90,7 +88,7 @@ void append(std::string& text, const ContentLine& line)
     for (const Parameter& parameter : line.parameters)
         whole += ";" + parameter.name + "=" + parameter.value;
     whole += ":" + line.value;
-    // A folded line's space counts to its bytes.
+    // The space at the beginning of a continuation line is one of its 75 bytes.
     for (std::size_t at = 0, room = FoldedBytes; at < whole.size(); room = FoldedBytes - 1) {
         std::size_t end = std::min(at + room, whole.size());
         while (end < whole.size() && isContinuation(whole[end]))
@@ -128,7 +126,7 @@ std::string unescaped(std::string_view value)
         else if (next == '\\' || next == ',' || next == ';' || next == ':' || next == '"')
             text += next;
         else {
-            if (value[at] == '\n' && !text.ends_with('\r'))  // out of quoted-printable
+            if (value[at] == '\n' && !text.ends_with('\r'))  // decoded from quoted-printable
                 text += '\r';
             text += value[at];
             continue;
@@ -154,7 +152,7 @@ std::vector<std::string_view> partsOf(std::string_view value, char separator, st
     return parts;
 }
 
-void demandText(const ContentLine& line)
+void requireText(const ContentLine& line)
 {
     if (line.fault.empty())
         return;

@@ -11,40 +11,40 @@
 namespace database_formats {
 
 struct Parameter {
-    std::string name;  // capitals; "TYPE" for one that stands there without a name
+    std::string name;  // in capitals. "TYPE" if the file has only a value.
     std::string value;
 };
 
 struct ContentLine {
-    std::string name;  // capitals, without a group before it
+    std::string name;  // in capitals, without the group before it
     std::vector<Parameter> parameters;
-    std::string value;       // as it stands: its commas, semicolons, line ends escaped
-    std::size_t number = 0;  // of the file's line where it begins
-    std::string fault = {};  // why the value can't be read as text; no matter to who doesn't want it
-    bool guessed = false;    // the value's character set was
-    bool binary = false;     // BASE64 that is no text: left out where one is wanted
+    std::string value;       // as in the file: commas, semicolons and line ends are escaped
+    std::size_t number = 0;  // number of the line in the file where it begins
+    std::string fault = {};  // why the value can't be read as text. Ignored unless the line is used.
+    bool guessed = false;    // the character set of the value is a guess
+    bool binary = false;     // the value is BASE64 of something other than text
 
-    // The first parameter of that name; empty if there is none.
-    [[nodiscard]] std::string_view parameter(std::string_view parameterName) const;
-    // True if one of its types is this one, in capitals.
-    [[nodiscard]] bool hasType(std::string_view type) const;
+    // The value of the first parameter of that name. Empty if there is none.
+    std::string_view parameter(std::string_view parameterName) const;
+    // `type` is in capitals.
+    bool hasType(std::string_view type) const;
 };
 
-// A line that is unfolded already. Throws a FormatFault.
-[[nodiscard]] ContentLine contentLineFrom(std::string_view text, std::size_t number);
+// Parses a line that has been unfolded. Throws a FormatFault.
+ContentLine contentLineFrom(std::string_view text, std::size_t number);
 
-// With its CR LF, folded where it has more than 75 bytes, never within a character.
+// Appends the line with CR LF. It is folded after 75 bytes, but never within a character.
 void append(std::string& text, const ContentLine& line);
 
-// Texts within a value. A line end of the text is CR LF, and "\n" in the value.
-[[nodiscard]] std::string escaped(std::string_view text);
-[[nodiscard]] std::string unescaped(std::string_view value);
+// A text inside of a value, and back. A line end is CR LF in the text, and "\n" in the value.
+std::string escaped(std::string_view text);
+std::string unescaped(std::string_view value);
 
-// The parts of a value between separators that aren't escaped, each still escaped; what follows the last of `most`
-// parts stays in it.
-[[nodiscard]] std::vector<std::string_view> partsOf(std::string_view value, char separator, std::size_t most);
+// Splits a value at the separators that aren't escaped, into at most `most` parts. The last part contains the rest. The
+// parts are still escaped.
+std::vector<std::string_view> partsOf(std::string_view value, char separator, std::size_t most);
 
-// Does a line's work; what is wrong there is told with the line's number.
+// Runs `work` on the line. A FormatFault without a line number gets that of the line.
 template <class Work>
 auto atLine(const ContentLine& line, Work work)
 {
@@ -57,9 +57,9 @@ auto atLine(const ContentLine& line, Work work)
     }
 }
 
-// Throws a FormatFault for a line whose value can't be read.
-void demandText(const ContentLine& line);
+// Throws a FormatFault if the value of the line couldn't be decoded.
+void requireText(const ContentLine& line);
 
-[[nodiscard]] std::string inCapitals(std::string_view text);
+std::string inCapitals(std::string_view text);
 
 }  // namespace database_formats

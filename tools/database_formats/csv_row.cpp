@@ -1,9 +1,6 @@
-// csv_row.cpp - see csv_row.h.
-
 #include "csv_row.h"
 
 #include "database_formats/format_fault.h"
-#include "record_limit.h"
 
 #include <algorithm>
 #include <string_view>
@@ -34,20 +31,20 @@ bool CsvRows::next(std::vector<CsvCell>& row, std::size_t mostCells)
         const bool quoted = at < text_.size() && text_[at] == '"';
         if (quoted)
             at = takeQuoted(at + 1, cell);
-        if (separator_ == 0)  // only now: a quoted cell may have others in it
-            settleSeparator(at);
+        if (separator_ == 0)  // after a quoted cell, because the cell can contain other separators
+            determineSeparator(at);
         if (!quoted)
             at = takePlain(at, cell);
         if (at == text_.size())
             return true;
         if (text_[at] != separator_)
-            refuse("behind a closing quote stands something else than the next cell");
+            refuse("a closing quote isn't followed by a separator or the end of the row");
     }
 }
 
-void CsvRows::settleSeparator(std::size_t at)
+void CsvRows::determineSeparator(std::size_t offset)
 {
-    const std::size_t first = text_.find_first_of(",;\t", at);
+    const std::size_t first = text_.find_first_of(",;\t", offset);
     separator_ = first == std::string::npos ? ',' : text_[first];
 }
 
@@ -64,33 +61,33 @@ bool CsvRows::readLine()
     return true;
 }
 
-// `at`: behind the opening quote. The result: behind the closing one.
-std::size_t CsvRows::takeQuoted(std::size_t at, CsvCell& cell)
+// `offset` is that after the opening quote. Returns the offset after the closing quote.
+std::size_t CsvRows::takeQuoted(std::size_t offset, CsvCell& cell)
 {
     cell.quoted = true;
     for (;;) {
-        const std::size_t quote = text_.find('"', at);
+        const std::size_t quote = text_.find('"', offset);
         if (quote != std::string::npos) {
-            cell.text.append(text_, at, quote - at);
-            at = quote + 1;
-            if (at == text_.size() || text_[at] != '"')
-                return at;
+            cell.text.append(text_, offset, quote - offset);
+            offset = quote + 1;
+            if (offset == text_.size() || text_[offset] != '"')
+                return offset;
             cell.text += '"';
-            ++at;
+            ++offset;
             continue;
         }
-        cell.text.append(text_, at, std::string::npos);
+        cell.text.append(text_, offset, std::string::npos);
         cell.text += carriageReturn_ ? "\r\n" : "\n";
         if (!readLine())
             refuse("a quote isn't closed");
-        at = 0;
+        offset = 0;
     }
 }
 
-std::size_t CsvRows::takePlain(std::size_t at, CsvCell& cell) const
+std::size_t CsvRows::takePlain(std::size_t offset, CsvCell& cell) const
 {
-    const std::size_t end = std::min(text_.find(separator_, at), text_.size());
-    cell.text.assign(text_, at, end - at);
+    const std::size_t end = std::min(text_.find(separator_, offset), text_.size());
+    cell.text.assign(text_, offset, end - offset);
     if (cell.text.find_first_of("\"\r") != std::string::npos)
         refuse("a cell without quotes around it has a quote or a CR in it");
     return end;

@@ -1,4 +1,4 @@
-// csv_row.h - CSV row by row: cells, quotes, line ends within quotes.
+// csv_row.h - reads CSV row by row: cells, quotes, and line ends within quotes.
 #pragma once
 
 #include "line_reader.h"
@@ -17,27 +17,27 @@ class CsvRows {
 public:
     explicit CsvRows(LineReader& lines) : lines_(lines) {}
 
-    // The next row that isn't empty; false at the end. A fault's line is the one where the row begins. The first row
-    // settles what separates cells: a comma, a semicolon or a tab. Throws a FormatFault, also for more than
-    // `mostCells`.
+    // Reads the next row that isn't empty. False at the end. The first row determines the separator of all cells: a
+    // comma, a semicolon or a tab. Throws a FormatFault with the line where the row begins, also for a row of more than
+    // `mostCells` cells.
     [[nodiscard]] bool next(std::vector<CsvCell>& row, std::size_t mostCells);
 
-    // Where the last row began.
-    [[nodiscard]] std::size_t line() const { return line_; }
+    // The line where the last row began.
+    std::size_t line() const { return line_; }
 
 private:
-    void settleSeparator(std::size_t at);
+    void determineSeparator(std::size_t offset);
     bool readLine();
-    std::size_t takeQuoted(std::size_t at, CsvCell& cell);
-    std::size_t takePlain(std::size_t at, CsvCell& cell) const;
+    std::size_t takeQuoted(std::size_t offset, CsvCell& cell);
+    std::size_t takePlain(std::size_t offset, CsvCell& cell) const;
     [[noreturn]] void refuse(const char* what) const;
 
     LineReader& lines_;
-    std::string text_;             // the line being read
-    bool carriageReturn_ = false;  // stood at its end
-    std::size_t rowBytes_ = 0;
+    std::string text_;             // the current line
+    bool carriageReturn_ = false;  // the line ended with CR LF
+    std::size_t rowBytes_ = 0;     // of the row so far
     std::size_t line_ = 0;
-    char separator_ = 0;
+    char separator_ = 0;  // 0: not yet determined
 };
 
 }  // namespace database_formats

@@ -1,9 +1,6 @@
-// database_format.cpp - see database_format.h.
-
 #include "database_formats/database_format.h"
 
-#include "csv_reader.h"
-#include "csv_writer.h"
+#include "csv.h"
 #include "icalendar.h"
 #include "json_lines.h"
 #include "line_reader.h"
@@ -41,6 +38,11 @@ Format formatOfFile(std::string_view file)
     const auto* const found =
         std::ranges::find_if(formatNames, [&](const FormatName& format) { return file.ends_with(format.extension); });
     return found != std::end(formatNames) ? found->format : Format::JsonLines;
+}
+
+std::string_view extensionOf(Format format)
+{
+    return std::ranges::find(formatNames, format, &FormatName::format)->extension;
 }
 
 std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out)

@@ -1,5 +1,3 @@
-// exact_lines.cpp - see exact_lines.h.
-
 #include "exact_lines.h"
 
 #include "database_formats/format_fault.h"
@@ -42,59 +40,62 @@ void addProperty(Record& record, const ContentLine& line)
     addFromText(record, idOf(line.parameter("ID")), flags, unescaped(line.value));
 }
 
-// What our lines of a component say.
-struct OurLines {
+// The content of the extension lines of a component.
+struct ExtensionLines {
     Record properties;
     std::unordered_set<CEPROPID> without;
     std::vector<CEPROPID> order;
 };
 
-OurLines ourLinesOf(const Component& component)
+ExtensionLines extensionLinesOf(const Component& component)
 {
-    OurLines ours;
+    ExtensionLines extension;
     for (const ContentLine& line : component.lines) {
         if (line.name.starts_with(ExactPrefix))
-            demandText(line);
+            requireText(line);
         atLine(line, [&] {
             if (line.name == PropertyLine)
-                addProperty(ours.properties, line);
+                addProperty(extension.properties, line);
             else if (line.name == OrderLine)
-                ours.order = idsIn(line.value);
-            else if (line.name == WithoutLine)
-                for (const CEPROPID id : idsIn(line.value))
-                    ours.without.insert(id);
+                extension.order = idsIn(line.value);
+            else if (line.name == WithoutLine) {
+                const std::vector<CEPROPID> ids = idsIn(line.value);
+                extension.without.insert(ids.begin(), ids.end());
+            }
         });
     }
-    return ours;
+    return extension;
 }
 
-// False for the 0 that reading gives where a line isn't there; a number above it somebody has put into the file since.
-bool saysSomething(const CEPROPVAL& property)
+// False for the 0 that reading gives if a line is missing. Any other number was put into the file by another program,
+// so it counts even if the record had no such property.
+bool isNotDefault(const CEPROPVAL& property)
 {
     return LOWORD(property.propid) != CEVT_LPWSTR && valueText(property, Controls::Kept) != "0";
 }
 
-// The properties of plain lines and ours together: ours hold where both have one.
-std::vector<CEPROPVAL> together(const Record& plain, const OurLines& ours)
+// The properties of the standard lines and of the extension lines, in the order that these give. If both have a
+// property, that of the extension lines counts.
+std::vector<CEPROPVAL> merged(const Record& standard, const ExtensionLines& extension)
 {
     std::vector<CEPROPVAL> all;
-    std::unordered_map<CEPROPID, std::size_t> places;
+    std::unordered_map<CEPROPID, std::size_t> positions;  // in `all`
     const auto put = [&](const CEPROPVAL& property) {
-        const auto [place, isNew] = places.emplace(property.propid, all.size());
+        const auto [position, isNew] = positions.emplace(property.propid, all.size());
         if (isNew)
             all.push_back(property);
         else
-            all[place->second] = property;
+            all[position->second] = property;
     };
-    for (const CEPROPVAL& property : plain.properties())
-        if (!ours.without.contains(property.propid) || saysSomething(property))
+    for (const CEPROPVAL& property : standard.properties())
+        if (!extension.without.contains(property.propid) || isNotDefault(property))
             put(property);
-    for (const CEPROPVAL& property : ours.properties.properties())
+    for (const CEPROPVAL& property : extension.properties.properties())
         put(property);
     std::unordered_map<CEPROPID, std::size_t> ranks;
-    for (const CEPROPID id : ours.order)
+    for (const CEPROPID id : extension.order)
         ranks.emplace(id, ranks.size());
-    // What isn't in the order was added to the file by somebody else, and goes behind.
+    // A property that isn't in the order was added to the file by another program. It goes to the end.
     std::ranges::stable_sort(all, {}, [&ranks](const CEPROPVAL& property) {
         const auto rank = ranks.find(property.propid);
         return rank != ranks.end() ? rank->second : ranks.size();
@@ -108,11 +109,11 @@ bool isSame(const CEPROPVAL& left, const CEPROPVAL& right)
            valueText(left, Controls::Kept) == valueText(right, Controls::Kept);
 }
 
-// Adds the property lines, and the line of those that reading gives for nothing.
-void addDifferences(Component& component, const Record& plain, std::span<const CEPROPVAL> wanted)
+// Adds the extension lines for the differences between the wanted properties and those that the standard lines give.
+void addDifferences(Component& component, const Record& standard, std::span<const CEPROPVAL> wanted)
 {
     std::unordered_map<CEPROPID, const CEPROPVAL*> readBack;
-    for (const CEPROPVAL& property : plain.properties())
+    for (const CEPROPVAL& property : standard.properties())
         readBack.emplace(property.propid, &property);
     for (const CEPROPVAL& property : wanted) {
         const auto found = readBack.find(property.propid);
@@ -142,7 +143,7 @@ std::vector<CEPROPID> idsOf(std::span<const CEPROPVAL> properties)
     return ids;
 }
 
-// As a reader of the file gets it.
+// The component as a reader of the file gets it.
 Component readBackFrom(const std::string& text)
 {
     std::istringstream in(text);
@@ -162,33 +163,33 @@ std::string textOf(const Component& component)
 
 }  // namespace
 
-Record exactRecord(const Component& component, const PlainReading& read, LeftOut& leftOut)
+Record exactRecord(const Component& component, const StandardReading& read, LeftOut& leftOut)
 {
-    const Record plain = read(component, leftOut);
-    const OurLines ours = ourLinesOf(component);
+    const Record standard = read(component, leftOut);
+    const ExtensionLines extension = extensionLinesOf(component);
     Record record;
-    for (const CEPROPVAL& property : together(plain, ours))
+    for (const CEPROPVAL& property : merged(standard, extension))
         record.addCopy(property);
     return record;
 }
 
-std::string exactText(Component component, const PlainReading& read, std::span<const CEPROPVAL> properties)
+std::string exactText(Component component, const StandardReading& read, std::span<const CEPROPVAL> properties)
 {
     const std::vector<CEPROPID> order = idsOf(properties);
     if (std::unordered_set(order.begin(), order.end()).size() < order.size())
         throw FormatFault("a record has a property twice");
     try {
         LeftOut ignored;
-        const Record plain = read(readBackFrom(textOf(component)), ignored);
-        addDifferences(component, plain, properties);
-        if (idsOf(together(plain, ourLinesOf(component))) != order)
+        const Record standard = read(readBackFrom(textOf(component)), ignored);
+        addDifferences(component, standard, properties);
+        if (idsOf(merged(standard, extensionLinesOf(component))) != order)
             component.add(std::string(OrderLine), listOf(order));
         std::string text = textOf(component);
-        (void)readBackFrom(text);
+        (void)readBackFrom(text);  // throws if the text exceeds a limit of the reader
         return text;
     } catch (const FormatFault& fault) {
-        // Its line counts from the record's beginning.
-        throw FormatFault(std::string("a record can't be held: ") + fault.what());
+        // Without its line, which is relative to the beginning of this record.
+        throw FormatFault(std::string("the format can't hold a record: ") + fault.what());
     }
 }
 

@@ -1,4 +1,5 @@
-// line_reader.h - a file line by line, with a limit, so that no file can take more memory than a record may.
+// line_reader.h - reads a file line by line. Limits on lines and records bound the memory that a damaged or hostile
+// file can take.
 #pragma once
 
 #include <cstddef>
@@ -9,16 +10,19 @@
 
 namespace database_formats {
 
+// The largest number of bytes of a file that a reader takes for one record. No device has that much memory.
+inline constexpr std::size_t LongestRecord = std::size_t{64} * 1024 * 1024;
+
 class LineReader {
 public:
     explicit LineReader(std::istream& in) : in_(in) {}
 
-    // Gives the next line without its LF; a CR before it stays. False at the end. Throws a FormatFault for a line of
+    // Reads the next line, without its LF but with a CR before it. False at the end. Throws a FormatFault for a line of
     // more than `longest` bytes, for a file in UTF-16, and if the file can't be read.
     [[nodiscard]] bool next(std::string& line, std::size_t longest);
 
-    // Of the line that was read last, from 1.
-    [[nodiscard]] std::size_t number() const { return number_; }
+    // The number of the last line that was read, from 1.
+    std::size_t number() const { return number_; }
 
 private:
     bool fill();

@@ -1,5 +1,3 @@
-// item_target.cpp - see item_target.h.
-
 #include "item_target.h"
 
 #include "text/host_name.h"
@@ -13,23 +11,13 @@ bool isSafe(char16_t unit)
     return unit >= 0x20 && std::u16string_view(u"\\/*?\"<>|").find(unit) == std::u16string_view::npos;
 }
 
-// A database's name may hold what a file's may not: a backslash above all.
+// A database's name can contain characters that a file's name can't, such as a backslash.
 std::u16string safeName(std::u16string_view name)
 {
     std::u16string safe;
     for (const char16_t unit : name)
         safe += isSafe(unit) ? unit : u'_';
     return safe;
-}
-
-// That by which the file is read in this format again; any other is read as JSON lines.
-std::string endingOf(database_formats::Format format)
-{
-    for (const char* ending : {".jsonl", ".vcf", ".ics", ".csv"}) {
-        if (database_formats::formatOfFile(ending) == format)
-            return ending;
-    }
-    return ".txt";
 }
 
 }  // namespace
@@ -42,7 +30,8 @@ std::u16string targetOf(const Item& item, std::optional<database_formats::Format
     if (!kind.list)
         return format ? u"\\registry.reg" : u"\\registry.reg-image";
     return u"\\" + safeName(item.name()) +
-           (format && item.isDatabase() ? platform::text::fromUtf8(endingOf(*format)) : kind.ending);
+           (format && item.isDatabase() ? platform::text::fromUtf8(database_formats::extensionOf(*format))
+                                        : kind.ending);
 }
 
 bool leadsInto(std::u16string_view path, std::u16string_view folder)

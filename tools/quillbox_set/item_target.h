@@ -1,4 +1,4 @@
-// item_target.h - where an item is put when it is taken out of a set, and which items are meant by a name.
+// item_target.h - the path of the file that an item is extracted to.
 #pragma once
 
 #include "listed_set.h"
@@ -11,12 +11,12 @@
 
 namespace quillbox_set {
 
-// A path below the root: a file under its own name; a database in its format, such as NAME.jsonl, with what no file's
-// name may hold replaced, and the registry as registry.reg. Without a format both are taken as they lie in the set:
-// NAME.CDB and registry.reg-image. The platform decides whether the name can be used.
-[[nodiscard]] std::u16string targetOf(const Item& item, std::optional<database_formats::Format> format);
+// A path below the root. A file has its own name. A database has the extension of the format, such as NAME.jsonl, and
+// each character that no file's name can contain is replaced. The registry is registry.reg. Without a format, the files
+// have the bytes of the items in the set: NAME.CDB and registry.reg-image. The name isn't checked.
+std::u16string targetOf(const Item& item, std::optional<database_formats::Format> format);
 
-// Whether `path` leads into this folder of the root.
-[[nodiscard]] bool leadsInto(std::u16string_view path, std::u16string_view folder);
+// True if `path` is this folder of the root, or in it.
+bool leadsInto(std::u16string_view path, std::u16string_view folder);
 
 }  // namespace quillbox_set

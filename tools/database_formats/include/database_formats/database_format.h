@@ -1,7 +1,6 @@
 // database_format.h - databases as text that other programs read, and back: JSON lines, vCard, iCalendar, CSV.
 //
-// Knows no store and no set: a writer takes a database's head and then record after record from wherever they come, a
-// reader hands them on. Neither keeps records. docs/forms.md tells what each format can hold.
+// docs/forms.md describes what each format can hold.
 #pragma once
 
 #include "database_formats/database.h"
@@ -23,19 +22,23 @@ enum class Format {
     Csv,        // the records of any one database
 };
 
-// By the name that a user gives: "jsonl", "vcard", "ical", "csv".
-[[nodiscard]] std::optional<Format> formatNamed(std::string_view name);
+// By the name that the user gives: "jsonl", "vcard", "ical" or "csv". Nothing for another name.
+std::optional<Format> formatNamed(std::string_view name);
 
-// By a file's extension; JSON lines for any other.
-[[nodiscard]] Format formatOfFile(std::string_view file);
+// By the file's extension. JSON lines for an unknown extension.
+Format formatOfFile(std::string_view file);
 
-// Writes to `out`, whose state tells whether it all got there.
-[[nodiscard]] std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out);
+// The extension of the format's files, with its point: ".jsonl".
+std::string_view extensionOf(Format format);
 
-// Reads a file to its end. Throws a FormatFault with the line of what is wrong; `target` has got what stood before it
-// then.
-// What no property can hold is counted in `leftOut`. Only JSON lines tell what a database is; for vCard and iCalendar
-// its head is the usual one of a device, for CSV it is empty.
+// The writer writes to `out`. After its last call the state of `out` shows whether all of it could be written.
+std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out);
+
+// Reads a file to its end. Throws a FormatFault with the number of the line that is wrong. `target` has then received
+// everything before that line. `leftOut` counts what no property can hold.
+//
+// Only JSON lines contain the heads of databases. For vCard and iCalendar the head is the usual one of a device. For
+// CSV it is empty.
 void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut);
 
 }  // namespace database_formats

@@ -1,13 +1,15 @@
-// csv_writer.h - a database as CSV (RFC 4180): a row a record, a column a property.
+// csv.h - a database as CSV (RFC 4180), and back. A row is a record, and a column is a property.
 //
-// A column is headed by the property's name or its eight hexadecimal digits; a second one, "NAME flags", stands beside
-// it if some record has flags there. A cell without anything is a property that the record lacks, one of two quotes a
-// property that is empty. Contacts, appointments and tasks have their usual columns, used or not. Which others there
-// are is known only at the end, so the rows wait in a temporary file.
+// The heading of a column is the property's name, or its id in eight hexadecimal digits. If a record has flags for a
+// property, there is a second column "NAME flags". An empty cell is a property that the record doesn't have. Two quotes
+// are a property with an empty value. Contacts, appointments and tasks always have their usual columns.
 #pragma once
 
 #include "database_formats/database.h"
+#include "database_formats/left_out.h"
+#include "line_reader.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -16,6 +18,7 @@
 
 namespace database_formats {
 
+// The columns are known only after the last record, so the rows are kept in a temporary file until then.
 class CsvWriter : public DatabaseWriter {
 public:
     explicit CsvWriter(std::ostream& out) : out_(out) {}
@@ -40,5 +43,8 @@ private:
     std::unique_ptr<std::FILE, FileCloser> rows_;
     std::size_t rowCount_ = 0;
 };
+
+// The head of the database is empty. Columns whose heading isn't a property are left out.
+void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut);
 
 }  // namespace database_formats
