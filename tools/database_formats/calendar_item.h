@@ -11,12 +11,12 @@
 
 namespace database_formats {
 
-// What the plain lines can hold; exact_lines.h does the rest. Times are written without a zone, as the device's clock
-// has none; those with a zone are read as this host's local time.
-[[nodiscard]] Component eventOf(std::span<const CEPROPVAL> appointment);
-[[nodiscard]] Component todoOf(std::span<const CEPROPVAL> task);
+// Both directions use only the standard's own lines. exact_lines.h preserves what these can't hold. Times are written
+// without a zone, because the device's clock has none. A time with a zone is converted to the host's local time.
+Component eventOf(std::span<const CEPROPVAL> appointment);
+Component todoOf(std::span<const CEPROPVAL> task);
 
-[[nodiscard]] Record appointmentFrom(const Component& event, LeftOut& leftOut);
-[[nodiscard]] Record taskFrom(const Component& todo, LeftOut& leftOut);
+Record appointmentFrom(const Component& event, LeftOut& leftOut);
+Record taskFrom(const Component& todo, LeftOut& leftOut);
 
 }  // namespace database_formats

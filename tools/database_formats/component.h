@@ -1,4 +1,4 @@
-// component.h - what stands between BEGIN:NAME and END:NAME in vCard or iCalendar: a card, an appointment, a task.
+// component.h - the lines between BEGIN:NAME and END:NAME in vCard or iCalendar: a card, an appointment or a task.
 #pragma once
 
 #include "content_line.h"
@@ -11,46 +11,47 @@
 namespace database_formats {
 
 struct Component {
-    std::string name;  // capitals
+    std::string name;  // in capitals
     std::vector<ContentLine> lines;
     std::vector<Component> parts;
-    std::size_t number = 0;  // of the file's line where it begins
+    std::size_t number = 0;  // number of the line in the file where it begins
 
     void add(std::string lineName, std::string value, std::vector<Parameter> parameters = {});
 };
 
-// With its BEGIN and END.
+// Appends its lines, with BEGIN and END.
 void append(std::string& text, const Component& component);
 
-// Reads one component after the other.
+// Reads the components of a file one after another.
 class ComponentReader {
 public:
-    // A component named `container` is only an envelope: those within are given one by one, its own lines are not.
+    // If a component has the name `container`, the reader returns its parts one by one, and ignores its own lines.
+    // Empty: there is no container.
     ComponentReader(LineReader& lines, std::string_view container) : lines_(lines), container_(container) {}
 
-    // Nothing at the end. Folded lines are put together, quoted-printable and other character sets than UTF-8 decoded;
-    // a line where that fails has a fault, and nobody is hindered who doesn't want it.
-    // Throws a FormatFault, also for one that is nested too deep, or larger than a record can be.
-    [[nodiscard]] std::optional<Component> next();
+    // The next component, or nothing at the end of the file. Folded lines are joined. Quoted-printable, BASE64 and
+    // character sets are decoded. If a line can't be decoded, its `fault` says why, so it matters only to callers that
+    // need the line. Throws a FormatFault for a damaged file, and for a component that is nested too deep or too large.
+    std::optional<Component> next();
 
-    // True once something began, be it the envelope alone.
-    [[nodiscard]] bool sawAny() const { return sawAny_; }
+    // True after the first component has begun. The container counts too.
+    bool sawAny() const { return sawAny_; }
 
 private:
-    [[nodiscard]] bool readLogical();
-    [[nodiscard]] bool readPhysical();
-    [[nodiscard]] std::optional<ContentLine> nextLine();
+    bool readLogical();
+    bool readPhysical();
+    std::optional<ContentLine> nextLine();
     void fill(Component& component, std::size_t depth);
     [[noreturn]] void refuse(const char* what, std::size_t line) const;
 
     LineReader& lines_;
     std::string container_;
-    std::string physical_;  // read ahead, to see whether it goes on with the line before
+    std::string physical_;  // read ahead, because it can continue the line before it
     bool hasPhysical_ = false;
     std::string logical_;
     std::size_t logicalNumber_ = 0;
-    std::size_t bytes_ = 0;  // of the component that is being read
-    std::size_t count_ = 0;  // of its lines and their parameters
+    std::size_t bytes_ = 0;  // number of bytes of the component so far
+    std::size_t count_ = 0;  // number of its lines and parameters so far
     bool inContainer_ = false;
     bool sawAny_ = false;
 };

@@ -1,5 +1,3 @@
-// contact_card.cpp - see contact_card.h.
-
 #include "contact_card.h"
 
 #include "component_fields.h"
@@ -17,17 +15,17 @@ namespace {
 
 using namespace personal;
 
-// The parts of N and ADR that a contact has a place for.
+// The parts of N and ADR that a contact can hold.
 constexpr std::size_t LastNamePart = 0;
 constexpr std::size_t FirstNamePart = 1;
 constexpr std::size_t TownPart = 3;
 constexpr std::size_t MostParts = 8;
 
-// Numbers that nobody answers who is called: they are the contact's telephone only if there is no other.
-constexpr std::string_view Machines[] = {"FAX", "PAGER", "MODEM", "BBS"};
+// Types of numbers that aren't for calls. Such a number is taken only if the card has no other one.
+constexpr std::string_view NotForCalls[] = {"FAX", "PAGER", "MODEM", "BBS"};
 
-// Lines that say nothing of the contact itself.
-constexpr std::string_view Silent[] = {"VERSION", "PRODID", "REV", "UID"};
+// Lines about the card, not about the contact.
+constexpr std::string_view Ignored[] = {"VERSION", "PRODID", "REV", "UID"};
 
 void addName(Component& card, const std::string& last, const std::string& first,
              std::initializer_list<std::string> others)
@@ -50,7 +48,7 @@ void addBirthday(Component& card, std::span<const CEPROPVAL> contact)
     card.add("BDAY", midnight ? basicDate(*day) : basicTime(*day));
 }
 
-// The part of a value of several, as text; the others that aren't empty are left out under the line's name.
+// The parts of a value such as N or ADR. It remembers which of them were taken.
 class StructuredValue {
 public:
     explicit StructuredValue(const ContentLine* line)
@@ -66,7 +64,8 @@ public:
         unused_[part] = false;
         return unescaped(parts_[part]);
     }
-    [[nodiscard]] bool hasMore() const
+    // True if a part that wasn't taken isn't empty.
+    bool hasMore() const
     {
         for (std::size_t part = 0; part < parts_.size(); ++part)
             if (unused_[part] && !parts_[part].empty())
@@ -93,7 +92,8 @@ std::string withoutScheme(std::string text)
     return text;
 }
 
-// A card without N has its whole name in FN; one that only shows what another line says too has no name.
+// A card without N has the whole name in FN, which becomes the last name. If FN only repeats the company, the telephone
+// number or the mail address, the contact has no name (see addName).
 void takeName(ComponentFields& fields, Record& contact, const Component& card)
 {
     StructuredValue name(fields.take("N"));
@@ -103,22 +103,24 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
         fields.leaveOut("N");
     const ContentLine* shown = fields.take("FN");
     const std::string text = shown != nullptr ? unescaped(shown->value) : std::string();
-    if (last.empty() && first.empty() && std::ranges::none_of(card.lines, [&](const ContentLine& line) {
-            return (line.name == "ORG" || line.name == "TEL" || line.name == "EMAIL") && shown != nullptr &&
-                   line.value == shown->value;
-        }))
+    const bool repeats =
+        shown != nullptr && std::ranges::any_of(card.lines, [&](const ContentLine& line) {
+            return (line.name == "ORG" || line.name == "TEL" || line.name == "EMAIL") && line.value == shown->value;
+        });
+    const bool hasName = !last.empty() || !first.empty();
+    if (!hasName && !repeats)
         last = text;
-    else if (!text.empty() && text != first + " " + last && text != first + last && !(last.empty() && first.empty()))
+    else if (hasName && !text.empty() && text != first + " " + last && text != first + last)
         fields.leaveOut("FN");
     addText(contact, LastName, last);
     addText(contact, FirstName, first);
 }
 
-// The date as it is written: a birthday is the same day in every zone. Nothing for a day without its year, a year
-// alone, words, a day that no calendar has: that is no reason to refuse all the cards.
+// The date without its time zone, because a birthday is the same day in every zone. Nothing for a date without a year,
+// a year alone, a text, or a date that doesn't exist. Such a birthday is no reason to refuse the whole file.
 std::optional<FILETIME> birthdayIn(const ContentLine& line)
 {
-    // A card that must name a year writes one that it tells to be none.
+    // Versions that require a year have this parameter for the year that means "none".
     const std::string_view noYear = line.parameter("X-APPLE-OMIT-YEAR");
     if (inCapitals(line.parameter("VALUE")) == "TEXT" || (!noYear.empty() && line.value.starts_with(noYear)))
         return std::nullopt;
@@ -172,7 +174,7 @@ Record contactFrom(const Component& card, LeftOut& leftOut)
     addText(contact, Company, organisation.take(0));
     if (organisation.hasMore())
         fields.leaveOut("ORG");
-    if (const ContentLine* telephone = fields.take("TEL", "HOME", Machines))
+    if (const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls))
         addText(contact, HomeTelephone, withoutScheme(unescaped(telephone->value)));
     if (const ContentLine* mail = fields.take("EMAIL"))
         addText(contact, Mail, withoutScheme(unescaped(mail->value)));
@@ -185,7 +187,7 @@ Record contactFrom(const Component& card, LeftOut& leftOut)
     fields.takeNotes(contact, "NOTE");
     for (const Component& part : card.parts)
         fields.leaveOut(part.name);
-    fields.leaveRest(Silent);
+    fields.leaveRest(Ignored);
     return contact;
 }
 

@@ -1,4 +1,4 @@
-// contact_card.h - a contact as a card of vCard 4, and a card of 2.1, 3 or 4 as a contact.
+// contact_card.h - a contact as a card of vCard 4, and a card of version 2.1, 3 or 4 as a contact.
 #pragma once
 
 #include "component.h"
@@ -11,8 +11,8 @@
 
 namespace database_formats {
 
-// What the card's plain lines can hold; exact_lines.h does the rest.
-[[nodiscard]] Component cardOf(std::span<const CEPROPVAL> contact);
-[[nodiscard]] Record contactFrom(const Component& card, LeftOut& leftOut);
+// Both directions use only the standard's own lines. exact_lines.h preserves what these can't hold.
+Component cardOf(std::span<const CEPROPVAL> contact);
+Record contactFrom(const Component& card, LeftOut& leftOut);
 
 }  // namespace database_formats

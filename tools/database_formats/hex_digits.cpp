@@ -1,5 +1,3 @@
-// hex_digits.cpp - see hex_digits.h.
-
 #include "hex_digits.h"
 
 #include "database_formats/format_fault.h"

@@ -1,4 +1,4 @@
-// hex_digits.h - what lies in the store as hexadecimal digits, and back. Each reading throws a FormatFault.
+// hex_digits.h - values of the store as hexadecimal digits, and back.
 #pragma once
 
 #include "ce/store.h"
@@ -11,19 +11,21 @@
 
 namespace database_formats {
 
-[[nodiscard]] std::string hexadecimal(std::uint64_t number, unsigned digits);
+std::string hexadecimal(std::uint64_t number, unsigned digits);
 
-// At most sixteen digits, all of them; nothing otherwise.
-[[nodiscard]] std::optional<std::uint64_t> fromHexadecimal(std::string_view digits);
+// Nothing unless the text consists of one to sixteen hexadecimal digits.
+std::optional<std::uint64_t> fromHexadecimal(std::string_view digits);
 
-[[nodiscard]] std::string digitsOf(const CEBLOB& blob);
-[[nodiscard]] std::string bytesOf(std::string_view digits);
+// Two digits for each byte. bytesOf throws a FormatFault for another text.
+std::string digitsOf(const CEBLOB& blob);
+std::string bytesOf(std::string_view digits);
 
-// The bits of a value as they stand: sixteen digits or, if the upper half of its sixteen bytes is in use, thirty-two.
-[[nodiscard]] std::string bitsOf(const CEVALUNION& value);
-[[nodiscard]] CEVALUNION fromBits(std::string_view digits);
+// The sixteen bytes of a value as two numbers, the upper one first: thirty-two digits, or only the sixteen of the lower
+// number if the upper one is 0. fromBits throws a FormatFault for another text.
+std::string bitsOf(const CEVALUNION& value);
+CEVALUNION fromBits(std::string_view digits);
 
-// Exactly eight digits.
-[[nodiscard]] CEPROPID idOf(std::string_view digits);
+// From exactly eight digits. Throws a FormatFault for another text.
+CEPROPID idOf(std::string_view digits);
 
 }  // namespace database_formats

@@ -1,5 +1,3 @@
-// icalendar.cpp - see icalendar.h.
-
 #include "icalendar.h"
 
 #include "calendar_item.h"
@@ -17,7 +15,8 @@ namespace database_formats {
 
 namespace {
 
-// Nobody knows when a record was written, and one that hasn't changed is to look the same in every export.
+// DTSTAMP is required, but a record has no time of its last change. With a fixed time, an unchanged record is the same
+// text in every export.
 constexpr const char* NoTime = "19700101T000000Z";
 
 DatabaseHead appointmentsHead()
@@ -32,9 +31,9 @@ DatabaseHead tasksHead()
     return {personal::TasksName, personal::TasksType, {std::begin(personal::TasksSort), std::end(personal::TasksSort)}};
 }
 
-// An item that is no record of its own, in the words in which it is left out; empty for any other. One that was called
-// off isn't to come back, and one that stands for a single day of a repetition would stand beside that day.
-std::string noRecord(const Component& item)
+// The name under which an item is left out that must not become a record: a cancelled one, and one that replaces a
+// single day of a repetition, because the record of the repetition has that day too. Empty for any other item.
+std::string leftOutName(const Component& item)
 {
     for (const ContentLine& line : item.lines)
         if (line.name == "RECURRENCE-ID")
@@ -45,7 +44,7 @@ std::string noRecord(const Component& item)
     return {};
 }
 
-// One that our lines take everything from is no record.
+// The extension lines can remove all properties of an item. Then there is no record to add.
 void addItem(DatabaseTarget& target, std::size_t database, const Record& item)
 {
     if (!item.properties().empty())
@@ -80,7 +79,8 @@ void ICalendarWriter::finish()
     out_ << "END:VCALENDAR\r\n";
 }
 
-// By what the item says, so that a calendar that gets the same one twice knows it again; equal ones are counted.
+// Depends only on the content of the item, so a program that imports an item twice recognises it. Equal items are
+// numbered.
 std::string ICalendarWriter::identifier(std::span<const CEPROPVAL> properties)
 {
     std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
@@ -97,8 +97,8 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
     std::optional<std::size_t> tasks;
     while (const auto item = items.next()) {
         const bool known = item->name == "VEVENT" || item->name == "VTODO";
-        if (const std::string told = known ? noRecord(*item) : ""; !told.empty()) {
-            leftOut.add(told);
+        if (const std::string name = known ? leftOutName(*item) : ""; !name.empty()) {
+            leftOut.add(name);
         } else if (item->name == "VEVENT") {
             if (!appointments)
                 appointments = target.begin(appointmentsHead());
@@ -107,13 +107,13 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
             if (!tasks)
                 tasks = target.begin(tasksHead());
             addItem(target, *tasks, exactRecord(*item, taskFrom, leftOut));
-        } else if (item->name != "VTIMEZONE") {  // the host knows the zones by their names
+        } else if (item->name != "VTIMEZONE") {  // the host has the zones under their names
             leftOut.add(item->name);
         }
     }
     if (!appointments && !tasks)
         throw FormatFault(leftOut.count() == 0 ? "there is no appointment and no task in the file"
-                                               : "the file holds nothing to take; " + leftOut.sentence());
+                                               : "the file has nothing to import: " + leftOut.sentence());
 }
 
 }  // namespace database_formats

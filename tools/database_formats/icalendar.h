@@ -1,4 +1,4 @@
-// icalendar.h - databases of appointments and tasks as a calendar.
+// icalendar.h - databases of appointments and tasks as an iCalendar file, and back.
 #pragma once
 
 #include "database_formats/database.h"
@@ -19,7 +19,7 @@ public:
     void finish() override;
 
 private:
-    [[nodiscard]] std::string identifier(std::span<const CEPROPVAL> properties);
+    std::string identifier(std::span<const CEPROPVAL> properties);
 
     std::ostream& out_;
     bool begun_ = false;
@@ -27,7 +27,7 @@ private:
     std::unordered_map<std::uint64_t, std::size_t> equalItems_;
 };
 
-// Appointments and tasks each go to a database of their own.
+// Reads appointments into one database and tasks into another one.
 void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut);
 
 }  // namespace database_formats

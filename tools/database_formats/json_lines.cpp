@@ -1,5 +1,3 @@
-// json_lines.cpp - see json_lines.h.
-
 #include "json_lines.h"
 
 #include "database_formats/record.h"
@@ -17,18 +15,18 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Half a gigabyte: a record of blobs may take what no device could hold.
+// A record of blobs in hexadecimal digits. More than a device can hold.
 constexpr std::size_t LongestLine = std::size_t{512} * 1024 * 1024;
 
-// What a line's text may become in memory: no record is nested deeper, and none of a device has more values.
+// Limits on the memory that a parsed line takes. No record is nested deeper, and no record of a device has more values.
 constexpr int DeepestNesting = 4;
-constexpr std::size_t MostKeys = 16;  // of an object, which looks for a key from its first on
+constexpr std::size_t MostKeys = 16;  // of an object. Its lookup of a key is linear.
 constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;
 
 Json parsed(const std::string& line)
 {
     std::size_t values = 0;
-    std::array<std::size_t, DeepestNesting + 2> keys{};  // of the object that is open at each depth
+    std::array<std::size_t, DeepestNesting + 2> keys{};  // number of keys of the open object of each depth
     return Json::parse(line, [&](int depth, Json::parse_event_t event, const Json&) {
         if (depth > DeepestNesting || ++values > MostValues)
             throw FormatFault("this is neither a database nor a record");
@@ -109,7 +107,7 @@ void readJsonLines(LineReader& lines, DatabaseTarget& target)
             else
                 target.add(*database, recordFrom(json["record"]).properties());
         } catch (const nlohmann::json::exception&) {
-            throw FormatFault("this is no JSON");
+            throw FormatFault("this isn't JSON");
         }
     }
 }

@@ -1,7 +1,7 @@
-// json_lines.h - databases as JSON lines.
+// json_lines.h - databases as JSON lines, and back.
 //
-// A line {"database": NAME, "type": N, "sort": [{"property": N, "flags": N}...]} begins a database; each line
-// {"record": [PROPERTY...]} behind it is one record, in the database's own order. property_json.h tells a PROPERTY.
+// A line {"database": NAME, "type": N, "sort": [{"property": N, "flags": N}...]} begins a database. Each following line
+// {"record": [PROPERTY...]} is one record, in the order of the database. property_json.h describes PROPERTY.
 #pragma once
 
 #include "database_formats/database.h"

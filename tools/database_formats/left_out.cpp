@@ -1,5 +1,3 @@
-// left_out.cpp - see left_out.h.
-
 #include "database_formats/left_out.h"
 
 #include "screen_text/screen_text.h"
@@ -10,7 +8,7 @@ namespace database_formats {
 
 namespace {
 
-// A file of nothing but foreign names is not to fill memory or screen.
+// Limit the memory and the length of the message for a file with many unknown names.
 constexpr std::size_t MostNames = 30;
 constexpr std::size_t LongestName = 40;
 

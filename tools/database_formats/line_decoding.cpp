@@ -1,5 +1,3 @@
-// line_decoding.cpp - see line_decoding.h.
-
 #include "line_decoding.h"
 
 #include "database_formats/format_fault.h"
@@ -39,13 +37,13 @@ std::string fromQuotedPrintable(std::string_view value)
     return bytes;
 }
 
-// Blanks stand there where a line was folded with several; some leave the padding away.
+// Ignores blanks, because some programs fold lines with several of them. The padding at the end may be missing.
 std::string fromBase64(std::string_view value)
 {
     constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string bytes;
     unsigned bits = 0;
-    unsigned waiting = 0;  // of them, for the rest of a byte
+    unsigned bitCount = 0;  // number of lower bits of `bits` that aren't in `bytes` yet
     std::size_t characters = 0;
     bool padded = false;
     bool good = true;
@@ -59,13 +57,13 @@ std::string fromBase64(std::string_view value)
         if (padded || !good)
             continue;
         bits = (bits << 6) | static_cast<unsigned>(digit);
-        waiting += 6;
-        if (waiting >= 8) {
-            waiting -= 8;
-            bytes += static_cast<char>((bits >> waiting) & 0xFF);
+        bitCount += 6;
+        if (bitCount >= 8) {
+            bitCount -= 8;
+            bytes += static_cast<char>((bits >> bitCount) & 0xFF);
         }
     }
-    if (!good || waiting == 6 || (padded && characters % 4 != 0))
+    if (!good || bitCount == 6 || (padded && characters % 4 != 0))
         throw FormatFault("the line's BASE64 is damaged");
     return bytes;
 }
@@ -86,9 +84,9 @@ const char* whyNotUtf8(Encoding encoding)
 {
     switch (encoding) {
     case Encoding::QuotedPrintable:
-        return "the line's quoted-printable isn't of the CHARSET that it names";
+        return "the line's quoted-printable isn't valid in the CHARSET that it names";
     case Encoding::Base64:
-        return "the line's BASE64 is no text";
+        return "the line's BASE64 isn't a text";
     default:
         return "the line isn't UTF-8; save the file as UTF-8";
     }
@@ -101,7 +99,7 @@ std::string toUtf8(std::string bytes, const std::string& characterSet)
         void operator()(iconv_t converter) const { iconv_close(converter); }
     };
     const iconv_t opened = iconv_open("UTF-8", characterSet.c_str());
-    if (opened == reinterpret_cast<iconv_t>(-1))  // NOLINT: its documented failure
+    if (opened == reinterpret_cast<iconv_t>(-1))  // NOLINT: the documented result of a failure
         throw FormatFault("the character set \"" + shownName(characterSet) + "\" isn't known");
     const std::unique_ptr<iconv_t, Closer> converter(opened);
     std::string utf8(bytes.size() * 4 + 16, '\0');
@@ -110,10 +108,10 @@ std::string toUtf8(std::string bytes, const std::string& characterSet)
     std::size_t inLeft = bytes.size();
     std::size_t outLeft = utf8.size();
     constexpr auto Failed = static_cast<std::size_t>(-1);
-    // Without a text, it gives what it kept back for a letter that might still have joined.
+    // The second call flushes the converter: it can hold back a letter that the next byte could have combined with.
     if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == Failed ||
         iconv(converter.get(), nullptr, nullptr, &out, &outLeft) == Failed)
-        throw FormatFault("a value isn't of the character set that is told");
+        throw FormatFault("a value isn't valid in the CHARSET that it names");
     utf8.resize(utf8.size() - outLeft);
     return utf8;
 }
@@ -124,12 +122,12 @@ std::string fromWindows1252(const std::string& bytes)
         return toUtf8(bytes, "WINDOWS-1252");
     } catch (const FormatFault&) {
         throw FormatFault(
-            "the line's quoted-printable is neither UTF-8 nor Windows-1252, and no CHARSET tells what it is");
+            "the line's quoted-printable is neither UTF-8 nor Windows-1252, and no CHARSET says what it is");
     }
 }
 
-// Quoted-printable without CHARSET is to be ASCII. What isn't comes from the desktops of its time, and nobody can
-// save such a file otherwise: it looks like ASCII.
+// Quoted-printable without CHARSET must be ASCII or UTF-8. Old desktop programs wrote Windows-1252. The user can't
+// convert such a file, because its bytes are ASCII. So Windows-1252 is assumed, and reported.
 void bringToUtf8(ContentLine& line)
 {
     const Encoding encoding = encodingOf(line);
@@ -154,7 +152,7 @@ bool isQuotedPrintable(std::string_view line)
 {
     const std::string head = inCapitals(line.substr(0, line.find(':')));
     const std::size_t at = head.find("QUOTED-PRINTABLE");
-    // Of two encodings the first one counts.
+    // If a line has two encodings, the first one counts.
     return at != std::string::npos && head.find("BASE64") > at && head.find("ENCODING=B") > at;
 }
 

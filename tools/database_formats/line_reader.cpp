@@ -1,5 +1,3 @@
-// line_reader.cpp - see line_reader.h.
-
 #include "line_reader.h"
 
 #include "database_formats/format_fault.h"
@@ -29,7 +27,7 @@ bool LineReader::next(std::string& line, std::size_t longest)
         ended = end != std::string_view::npos;
         const std::string_view part = rest_.substr(0, end);
         if (part.size() > longest - line.size())
-            throw FormatFault("the record is longer than any of a device");
+            throw FormatFault("the record is longer than a record of a device can be");
         line += part;
         rest_.remove_prefix(ended ? end + 1 : rest_.size());
     }

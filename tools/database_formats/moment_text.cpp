@@ -1,5 +1,3 @@
-// moment_text.cpp - see moment_text.h.
-
 #include "moment_text.h"
 
 #include "database_formats/format_fault.h"
@@ -19,7 +17,7 @@ constexpr DWORD StepsOfSecond = 10'000'000;
     throw FormatFault("a date or time isn't like 2025-03-11T08:30:00, or doesn't exist");
 }
 
-// Takes a moment apart from left to right.
+// Parses a moment from left to right.
 class MomentParser {
 public:
     explicit MomentParser(std::string_view text) : rest_(text) {}
@@ -81,7 +79,7 @@ private:
         rest_.remove_prefix(there ? 1 : 0);
         return there;
     }
-    [[nodiscard]] bool startsWithDigit() const { return !rest_.empty() && rest_[0] >= '0' && rest_[0] <= '9'; }
+    bool startsWithDigit() const { return !rest_.empty() && rest_[0] >= '0' && rest_[0] <= '9'; }
     int number(int digits)
     {
         int value = 0;
@@ -120,9 +118,9 @@ std::string padded(int number, std::size_t digits)
 Moment momentFrom(std::string_view text)
 {
     Moment moment = MomentParser(text).parse();
-    if (moment.second == 60)  // a leap second, which no clock here knows
+    if (moment.second == 60)  // a leap second, which the times of the store don't have
         moment.second = 59;
-    // Days repeat every 400 years; those before 1601 exist too.
+    // SystemTimeToFileTime checks that the date exists, but only after 1601. The calendar repeats every 400 years.
     const SYSTEMTIME time = systemTimeOf(moment, moment.year + 2000);
     FILETIME ignored{};
     if (!SystemTimeToFileTime(&time, &ignored))

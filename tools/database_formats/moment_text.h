@@ -1,4 +1,4 @@
-// moment_text.h - a date and a time of day as ISO 8601 writes them, and as the store keeps them.
+// moment_text.h - conversion between ISO 8601 texts, dates with times, and the times of the store.
 #pragma once
 
 #include "ce/types.h"
@@ -10,33 +10,34 @@
 
 namespace database_formats {
 
-// What a text says; the date is one that exists.
+// A date that exists, with or without a time of day and a time zone.
 struct Moment {
     int year = 0, month = 0, day = 0;
     int hour = 0, minute = 0, second = 0;
-    DWORD steps = 0;  // of 100 ns, beyond the second
+    DWORD steps = 0;  // of 100 ns since the second
     bool hasTime = false;
-    std::optional<int> minutesEast;  // of Greenwich, 0 for "Z"; absent: no zone is said
+    std::optional<int> minutesEast;  // offset from UTC, 0 for "Z". Nothing: the text has no offset.
 };
 
-// "2025-03-11", "20250311", then perhaps "T08:30", "T083000", "T08:30:00.5", then perhaps "Z", "+01:00", "-0530".
-// A space does for the T. Throws a FormatFault.
-[[nodiscard]] Moment momentFrom(std::string_view text);
+// A date ("2025-03-11" or "20250311"), optionally with a time ("T08:30", "T083000", "T08:30:00.5") and an offset ("Z",
+// "+01:00", "-0530"). A space is accepted in place of the T. Throws a FormatFault.
+Moment momentFrom(std::string_view text);
 
-// As it is said, without a step of the zone. Nothing before 1601.
-[[nodiscard]] std::optional<FILETIME> fileTimeOf(const Moment& moment);
+// Ignores `minutesEast`. Nothing before 1601.
+std::optional<FILETIME> fileTimeOf(const Moment& moment);
 
-// Nothing for a time behind the year 9999.
-[[nodiscard]] std::optional<Moment> momentOf(const FILETIME& time);
+// Nothing after the year 9999.
+std::optional<Moment> momentOf(const FILETIME& time);
 
-// "2025-03-11T08:30:00", with ".1234567" for a part of a second; the number of 100 ns steps behind the year 9999.
-[[nodiscard]] std::string timeText(const FILETIME& time);
+// "2025-03-11T08:30:00", with ".1234567" if there is a fraction of a second. After the year 9999: the number of 100 ns
+// steps since 1601.
+std::string timeText(const FILETIME& time);
 
-// "20250311T083000", "20250311": whole seconds, no zone.
-[[nodiscard]] std::string basicTime(const Moment& moment);
-[[nodiscard]] std::string basicDate(const Moment& moment);
+// "20250311T083000" and "20250311".
+std::string basicTime(const Moment& moment);
+std::string basicDate(const Moment& moment);
 
-[[nodiscard]] inline constexpr std::uint64_t stepsOf(const FILETIME& time)
+inline constexpr std::uint64_t stepsOf(const FILETIME& time)
 {
     return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }

@@ -1,5 +1,3 @@
-// property_json.cpp - see property_json.h.
-
 #include "property_json.h"
 
 #include "database_formats/format_fault.h"
@@ -31,8 +29,8 @@ const std::string& textIn(const Json& json, const char* what)
     return *text;
 }
 
-// Takes a piece off the front that is no half of a character where the text is none. So a text that fills the memory is
-// in it once.
+// Removes a piece from the beginning of the text and returns it. No piece ends between the two units of a character.
+// With pieces, a large text isn't in memory a second time.
 std::u16string_view takePiece(std::u16string_view& text)
 {
     constexpr std::size_t PieceUnits = 4096;
@@ -78,7 +76,7 @@ void writeBytes(std::ostream& out, CEBLOB bytes)
     out << '"';
 }
 
-// Nothing of what JSON has no number for.
+// Nothing for a value that JSON has no number for.
 std::optional<Json> numberIn(const CEPROPVAL& property)
 {
     switch (LOWORD(property.propid)) {

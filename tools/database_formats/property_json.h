@@ -1,4 +1,4 @@
-// property_json.h - a property of a record as JSON and back, without loss.
+// property_json.h - a property of a record as JSON, and back without loss.
 #pragma once
 
 #include "database_formats/record.h"
@@ -11,14 +11,17 @@
 
 namespace database_formats {
 
-// {"id": "3a11001f", "value": ...}, with "flags" unless they are 0. The low half of the id is the type: numbers are
-// numbers, times the number of 100 ns steps since 1601, texts texts, blobs hexadecimal digits. What a value can't carry
-// stands as it lies in the store: "units" of a text that is no Unicode, "bits" of anything else, sixteen digits or, if
-// the upper half of the sixteen bytes is in use, thirty-two.
-// Needs no memory for a value beside the value.
+// Writes {"id": "3a11001f", "value": ...}, and "flags" if they aren't 0. The lower half of the id is the type of the
+// value:
+//   number  a number
+//   time    the number of 100 ns steps since 1601
+//   text    a string. "units" in place of "value" is a list of UTF-16 units, for a text that isn't valid UTF-16.
+//   blob    a string of hexadecimal digits
+//   other   "bits" in place of "value", in hexadecimal digits (see bitsOf). Also for a number that JSON can't hold.
+// Writes large values in pieces, so it needs no second copy of them in memory.
 void writeJson(std::ostream& out, const CEPROPVAL& property);
 
-// Adds a property to the record. Throws a FormatFault: "a value isn't a whole number".
+// Adds the property to the record. Throws a FormatFault.
 void addTo(Record& record, const nlohmann::ordered_json& property);
 
 }  // namespace database_formats

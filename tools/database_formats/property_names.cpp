@@ -1,5 +1,3 @@
-// property_names.cpp - see property_names.h.
-
 #include "property_names.h"
 
 #include "hex_digits.h"

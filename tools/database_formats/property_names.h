@@ -1,4 +1,4 @@
-// property_names.h - the columns of CSV by names that people know, for the databases of contacts, appointments, tasks.
+// property_names.h - the names of the properties of contacts, appointments and tasks, for the columns of CSV.
 #pragma once
 
 #include "ce/store.h"
@@ -10,14 +10,14 @@
 
 namespace database_formats {
 
-// What a record of contacts, appointments or tasks has as a rule, in the usual order; nothing for other databases, in
-// which the names don't mean what they say.
-[[nodiscard]] std::span<const CEPROPID> usualProperties(DWORD databaseType);
+// The usual properties of a contact, an appointment or a task, in the usual order. Empty for other types of databases:
+// the names don't apply to their properties.
+std::span<const CEPROPID> usualProperties(DWORD databaseType);
 
-// "LastName", or the eight hexadecimal digits of an id without a name.
-[[nodiscard]] std::string nameOf(CEPROPID id);
+// "LastName". If the property has no name: its id in eight hexadecimal digits.
+std::string nameOf(CEPROPID id);
 
-// A name or eight hexadecimal digits; nothing for any other text.
-[[nodiscard]] std::optional<CEPROPID> propertyNamed(std::string_view name);
+// From a name or eight hexadecimal digits. Nothing for another text.
+std::optional<CEPROPID> propertyNamed(std::string_view name);
 
 }  // namespace database_formats

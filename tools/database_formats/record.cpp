@@ -1,5 +1,3 @@
-// record.cpp - see record.h.
-
 #include "database_formats/record.h"
 
 #include "database_formats/format_fault.h"

@@ -1,5 +1,3 @@
-// repetition.cpp - see repetition.h.
-
 #include "repetition.h"
 
 #include "content_line.h"
@@ -56,7 +54,7 @@ std::string_view weekdayOf(const Moment& moment)
     return names[weekday(sys_days(date)).c_encoding()];
 }
 
-// True if a part of a rule says nothing but what the start says already.
+// True if the part of the rule only repeats what follows from the start, so that it can be ignored.
 bool followsFromStart(const std::string& frequency, std::string_view name, std::string_view value, const Moment& start)
 {
     if (name == "WKST")

@@ -12,15 +12,15 @@
 
 namespace database_formats {
 
-// "PT45M", "P1D", "-PT15M" in seconds. Throws a FormatFault.
-[[nodiscard]] std::int64_t durationFrom(std::string_view text);
+// The seconds of a duration such as "PT45M", "P1D" or "-PT15M". Throws a FormatFault.
+std::int64_t durationFrom(std::string_view text);
 
-// "P2D" for whole days, "PT45M" otherwise.
-[[nodiscard]] std::string durationText(LONG minutes);
+// "P2D" for whole days, otherwise "PT45M".
+std::string durationText(LONG minutes);
 
-// A rule as a number of days: 7 for each week, 365 for each year. Nothing for a rule that says more than that (an end,
-// several days of a week, months).
-[[nodiscard]] std::optional<ULONG> repetitionFrom(std::string_view rule, const Moment& start);
-[[nodiscard]] std::string repetitionText(ULONG days);
+// The interval of a rule in days: 7 for weekly, 365 for yearly. Nothing for a rule that has more than an interval, such
+// as an end, several days of a week, or months.
+std::optional<ULONG> repetitionFrom(std::string_view rule, const Moment& start);
+std::string repetitionText(ULONG days);
 
 }  // namespace database_formats

@@ -1,5 +1,3 @@
-// value_text.cpp - see value_text.h.
-
 #include "database_formats/value_text.h"
 
 #include "database_formats/format_fault.h"
@@ -96,7 +94,7 @@ FILETIME timeFrom(std::string_view text)
     }
     const auto time = fileTimeOf(momentFrom(text));
     if (!time)
-        throw FormatFault("a time lies before 1601");
+        throw FormatFault("a time is before 1601");
     return *time;
 }
 

@@ -1,5 +1,3 @@
-// vcard.cpp - see vcard.h.
-
 #include "vcard.h"
 
 #include "component.h"
@@ -16,8 +14,8 @@ namespace database_formats {
 
 namespace {
 
-// The version may stand behind the lines that it is about.
-void bringToLaterEscapes(Component& card)
+// The line with the version may follow the lines that it applies to, so the whole card is read first.
+void convertEscapes(Component& card)
 {
     if (std::ranges::none_of(card.lines,
                              [](const ContentLine& line) { return line.name == "VERSION" && line.value == "2.1"; }))
@@ -53,7 +51,7 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
             database = target.begin({personal::ContactsName,
                                      personal::ContactsType,
                                      {std::begin(personal::ContactsSort), std::end(personal::ContactsSort)}});
-        bringToLaterEscapes(*card);
+        convertEscapes(*card);
         const Record contact = exactRecord(*card, contactFrom, leftOut);
         if (contact.properties().empty())
             leftOut.add("VCARD");

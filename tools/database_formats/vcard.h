@@ -1,4 +1,4 @@
-// vcard.h - databases of contacts as a file of cards.
+// vcard.h - databases of contacts as a vCard file, and back.
 #pragma once
 
 #include "database_formats/database.h"

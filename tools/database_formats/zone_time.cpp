@@ -1,5 +1,3 @@
-// zone_time.cpp - see zone_time.h.
-
 #include "zone_time.h"
 
 #include <algorithm>
@@ -40,20 +38,20 @@ std::optional<FILETIME> localTimeAt(std::time_t seconds, DWORD steps)
                        .minutesEast = std::nullopt});
 }
 
-// The process's zone is another one for as long as this lives.
-// NOLINTBEGIN(concurrency-mt-unsafe): what uses the formats has one thread
-class ZoneInForce {
+// Changes the time zone of the process, and restores it in the destructor.
+// NOLINTBEGIN(concurrency-mt-unsafe): the programs that use the formats have one thread
+class TimeZoneScope {
 public:
-    explicit ZoneInForce(const std::string& zone)
+    explicit TimeZoneScope(const std::string& zone)
     {
         if (const char* before = std::getenv("TZ"))
             before_ = before;
         setenv("TZ", (":" + zone).c_str(), 1);
         tzset();
     }
-    ZoneInForce(const ZoneInForce&) = delete;
-    ZoneInForce& operator=(const ZoneInForce&) = delete;
-    ~ZoneInForce()
+    TimeZoneScope(const TimeZoneScope&) = delete;
+    TimeZoneScope& operator=(const TimeZoneScope&) = delete;
+    ~TimeZoneScope()
     {
         if (before_)
             setenv("TZ", before_->c_str(), 1);
@@ -69,7 +67,7 @@ private:
 
 std::time_t secondsIn(const std::string& zone, const Moment& moment)
 {
-    const ZoneInForce inForce(zone);
+    const TimeZoneScope scope(zone);
     std::tm fields = fieldsOf(moment);
     return std::mktime(&fields);
 }

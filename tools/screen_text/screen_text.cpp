@@ -1,5 +1,3 @@
-// screen_text.cpp - see screen_text.h.
-
 #include "screen_text/screen_text.h"
 
 #include "text/host_name.h"

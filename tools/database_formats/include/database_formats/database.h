@@ -27,15 +27,16 @@ public:
     DatabaseWriter& operator=(const DatabaseWriter&) = delete;
     virtual ~DatabaseWriter() = default;
 
-    // Begins a database; what is added from then on are its records. Throws a FormatFault for one that the format can't
-    // hold.
+    // Begins a database. The records that are added after this call are its records. Throws a FormatFault if the format
+    // can't hold the database.
     virtual void begin(const DatabaseHead& head) = 0;
+    // Adds a record. Throws a FormatFault if the format can't hold it.
     virtual void add(std::span<const CEPROPVAL> properties) = 0;
-    // Behind the last record of the last database; a file without it is not whole.
+    // Completes the file after the last record of the last database. Throws a FormatFault if that isn't possible.
     virtual void finish() = 0;
 };
 
-// Where a reader puts what it finds. Either function may throw a FormatFault, which ends the reading.
+// Receives what a reader finds. Both functions may throw a FormatFault, which ends the reading.
 class DatabaseTarget {
 public:
     DatabaseTarget() = default;
@@ -43,9 +44,9 @@ public:
     DatabaseTarget& operator=(const DatabaseTarget&) = delete;
     virtual ~DatabaseTarget() = default;
 
-    // A database begins. The result names it in add.
+    // A database begins. Returns the number that add() gets for its records.
     virtual std::size_t begin(const DatabaseHead& head) = 0;
-    // At least one property; texts and blobs are good for the call alone.
+    // A record with at least one property. Its texts and blobs are valid only during the call.
     virtual void add(std::size_t database, std::span<const CEPROPVAL> properties) = 0;
 };
 

@@ -1,4 +1,4 @@
-// format_fault.h - what is wrong with a file that is read, or with a database for the format that is asked.
+// format_fault.h - what is wrong with a file, or why a format can't hold a database.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,12 @@
 
 namespace database_formats {
 
-// Its text is a sentence's end, without capital and full stop: "a text has a NUL in it".
+// Its text is a clause that callers complete to a sentence: "a text has a NUL in it".
 class FormatFault : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 
-    std::size_t line = 0;  // of the file, from 1; 0: not known, or no matter of a line
+    std::size_t line = 0;  // of the file, from 1. 0: unknown, or the fault isn't in a line.
 };
 
 }  // namespace database_formats

@@ -1,4 +1,4 @@
-// left_out.h - what a reader can't bring into a database as the file has it, counted by name.
+// left_out.h - counts the fields of a file that a reader couldn't import, or not for certain.
 #pragma once
 
 #include <cstddef>
@@ -8,18 +8,18 @@
 
 namespace database_formats {
 
-// A name out of a file as a message may show it: 40 bytes of it, without control characters.
-[[nodiscard]] std::string shownName(std::string_view name);
+// A name from a file, as a message can show it: its first 40 bytes, without control characters.
+std::string shownName(std::string_view name);
 
-// How often each name came.
+// Counts how often each name was added.
 class NameCount {
 public:
     void add(std::string_view name);
 
-    [[nodiscard]] std::size_t count() const { return count_; }
+    std::size_t count() const { return count_; }
 
     // "PHOTO 10, X-NICK 2"
-    [[nodiscard]] std::string text() const;
+    std::string text() const;
 
 private:
     std::size_t count_ = 0;
@@ -28,18 +28,18 @@ private:
 
 class LeftOut {
 public:
-    // What the database has no place for.
+    // A field that no property of the record can hold.
     void add(std::string_view name) { names_.add(name); }
-    // A field whose text is taken, though the file doesn't tell its character set and it had to be guessed.
+    // A field that was imported, but whose character set had to be guessed, because the file doesn't name it.
     void addGuess(std::string_view name) { guesses_.add(name); }
 
-    [[nodiscard]] std::size_t count() const { return names_.count(); }
-    [[nodiscard]] std::size_t guesses() const { return guesses_.count(); }
+    std::size_t count() const { return names_.count(); }
+    std::size_t guesses() const { return guesses_.count(); }
 
     // "12 fields were left out: PHOTO 10, X-NICK 2"
-    [[nodiscard]] std::string sentence() const;
+    std::string sentence() const;
     // "2 fields name no character set and were read as Windows-1252: N 1, NOTE 1"
-    [[nodiscard]] std::string guessSentence() const;
+    std::string guessSentence() const;
 
 private:
     NameCount names_;

@@ -1,4 +1,4 @@
-// record.h - one record on its way in: its properties, and the texts and bytes that they point to.
+// record.h - a record that is being read: its properties, and the texts and bytes that they point to.
 #pragma once
 
 #include "ce/store.h"
@@ -10,19 +10,19 @@
 
 namespace database_formats {
 
-// Throws a FormatFault for a text with a NUL in it, a blob of 4 GiB and more, flags that no stored property can have,
-// and for more properties than a record can hold.
+// Each call that adds a property throws a FormatFault if no record can hold it: a text with a NUL in it, a blob of 4
+// GiB or more, flags that a stored property can't have, or more than 65535 properties.
 class Record {
 public:
-    // Of a type that is neither text nor blob.
+    // A value that is neither a text nor a blob.
     void add(CEPROPID id, WORD flags, const CEVALUNION& value);
     void addText(CEPROPID id, WORD flags, std::u16string text);
     void addBlob(CEPROPID id, WORD flags, std::string bytes);
 
-    // A copy of a property that stands elsewhere, with its text or bytes.
+    // Copies the property with its text or bytes.
     void addCopy(const CEPROPVAL& property);
 
-    [[nodiscard]] std::span<const CEPROPVAL> properties() const { return properties_; }
+    std::span<const CEPROPVAL> properties() const { return properties_; }
 
 private:
     std::vector<CEPROPVAL> properties_;

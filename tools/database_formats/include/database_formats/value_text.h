@@ -1,9 +1,13 @@
-// value_text.h - a property's value as text and back, without loss: a cell of CSV, a line of our own in vCard,
-// iCalendar.
+// value_text.h - a property's value as text, and back without loss. CSV uses it for its cells, and vCard and iCalendar
+// for the lines of exact_lines.h.
 //
-// The property's type tells what the text means: a number in decimal digits; a time as moment_text.h writes it, or its
-// number of 100 ns steps since 1601 where no calendar reaches; a text as it stands; a blob as text if it is one. What
-// that can't carry stands as it lies in the store, behind "utf16:", "hex:" or "bits:".
+// The meaning of the text depends on the property's type:
+//   number  decimal digits
+//   time    a moment as in moment_text.h. After the year 9999: the number of 100 ns steps since 1601.
+//   text    UTF-8
+//   blob    UTF-8, if its bytes are valid UTF-8
+// A value that can't be written in this way is written as its bytes in hexadecimal digits after "utf16:" (a text),
+// "hex:" (a blob) or "bits:" (any other type).
 #pragma once
 
 #include "database_formats/record.h"
@@ -15,19 +19,20 @@
 
 namespace database_formats {
 
-// What becomes of control characters in a text: line ends and tabs are kept where the format can hold them.
+// Whether line ends and tabs in a text are written as they are, or make it a text in hexadecimal digits. Other control
+// characters always do.
 enum class Controls { Kept, Coded };
 
-[[nodiscard]] std::string valueText(const CEPROPVAL& property, Controls controls);
+std::string valueText(const CEPROPVAL& property, Controls controls);
 
-// Adds the property whose value a text tells. Throws a FormatFault.
+// Adds a property with the value that the text represents. Throws a FormatFault.
 void addFromText(Record& record, CEPROPID id, WORD flags, std::string_view text);
 
-// A property's flags in decimal digits. Throws a FormatFault.
-[[nodiscard]] WORD flagsFrom(std::string_view digits);
+// The flags of a property, from decimal digits. Throws a FormatFault.
+WORD flagsFrom(std::string_view digits);
 
-// UTF-8 that is known to be whole, as UTF-16. Throws a FormatFault for any other.
-[[nodiscard]] std::u16string validText(std::string_view utf8);
-[[nodiscard]] bool isValidUtf8(std::string_view bytes);
+// UTF-8 as UTF-16. Throws a FormatFault if the text isn't valid UTF-8.
+std::u16string validText(std::string_view utf8);
+bool isValidUtf8(std::string_view bytes);
 
 }  // namespace database_formats

@@ -1,4 +1,4 @@
-// screen_text.h - what a set, a device or a file says, made fit for a terminal: no control character reaches it.
+// screen_text.h - makes texts from sets, devices and files safe to print: no control character reaches the terminal.
 #pragma once
 
 #include <cstdint>
@@ -7,17 +7,17 @@
 
 namespace screen_text {
 
-// UTF-8; control characters, and those that turn the direction of writing, as <U+001B>. No name of a file on a device
-// holds < or >.
-[[nodiscard]] std::string onScreen(std::u16string_view text);
+// UTF-8. Control characters, and characters that change the direction of writing, are shown as <U+001B>. No file on a
+// device has a name with < or >, so the result is unambiguous for names of files.
+std::string onScreen(std::u16string_view text);
 
-// The same of bytes of the host, as a rule UTF-8; what is none becomes U+FFFD.
-[[nodiscard]] std::string onScreen(std::string_view text);
+// The same for bytes of the host. They should be UTF-8. Other bytes become U+FFFD.
+std::string onScreen(std::string_view text);
 
-// The same line by line: line breaks stay, each line gets `indent` before it.
-[[nodiscard]] std::string linesOnScreen(std::u16string_view text, std::string_view indent);
+// The same for each line. Line breaks stay, and `indent` is added before each line.
+std::string linesOnScreen(std::u16string_view text, std::string_view indent);
 
 // "1 item", "2 items".
-[[nodiscard]] std::string counted(std::uint64_t number, std::string_view thing);
+std::string counted(std::uint64_t number, std::string_view thing);
 
 }  // namespace screen_text
