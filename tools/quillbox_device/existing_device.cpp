@@ -1,5 +1,3 @@
-// existing_device.cpp - see existing_device.h.
-
 #include "existing_device.h"
 
 #include "failure.h"
@@ -44,14 +42,14 @@ bool copyRights(const fs::path& from, const fs::path& to)
            platform::host::setRights(opened.get(), {status.st_uid, status.st_gid, status.st_mode}) == 0;
 }
 
-// Removes the copy unless it has become the database, and what a change that was killed has left: its log would be
-// taken for the new copy's.
+// Deletes the changing copy at its end, unless the copy has been renamed and is the database by then. It also deletes
+// the files of an earlier change that was killed, because SQLite would apply that change's log to the new copy.
 class Copy {
 public:
     explicit Copy(fs::path database) : database_(std::move(database))
     {
         if (!platform::device::removeChangingCopyOf(database_))
-            throw Failure("What an earlier change has left beside \"" + database_.string() + "\" can't be deleted.");
+            throw Failure("Files of an earlier change beside \"" + database_.string() + "\" can't be deleted.");
     }
     Copy(const Copy&) = delete;
     Copy& operator=(const Copy&) = delete;
@@ -82,10 +80,10 @@ std::unique_ptr<platform::device::Device> openExisting(const fs::path& folder)
 
 void changeAsAWhole(const platform::device::Device& device, const std::function<void()>& change)
 {
-    // A link to it stays one: the copy grows beside what it leads to.
+    // If device.db is a link, it stays one: the copy replaces the file that the link leads to.
     const fs::path database = fs::canonical(device.folder() / "device.db");
     const fs::path changing = platform::device::changingCopyOf(database);
-    closeDatabase();  // puts all of it into the one file
+    closeDatabase();  // writes everything to the one file and deletes the log
     if (fs::exists(database.string() + "-wal"))
         throw Failure("The device's database \"" + database.string() + "\" can't be closed.");
     const Copy copy(database);
@@ -95,14 +93,14 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
     std::string sentence;
     if (!platform::registry::openRegistry(changing, sentence))
         throw Failure(sentence);
-    // The copy counts only once it is flushed as a whole.
+    // The flush below covers the whole copy, so single transactions need none.
     (void)platform::database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
     change();
     closeDatabase();
     if (fs::exists(changing.string() + "-wal"))
         throw Failure("The change can't be written to the device's disk.");
     if (!copyRights(database, changing))
-        throw Failure("The change can't be kept from others as the device's database is.");
+        throw Failure("The access rights of the device's database can't be given to its changed copy.");
     flush(changing);
     fs::rename(changing, database);
     if (platform::host::flush(database.parent_path()) != 0)

@@ -1,4 +1,4 @@
-// existing_device.h - the device that a command works on, opened for as long as the command runs.
+// existing_device.h - opens the device of a command, and changes its database completely or not at all.
 #pragma once
 
 #include "device/device.h"
@@ -9,11 +9,12 @@
 
 namespace quillbox_device {
 
-// Opens a folder that is a device already. Throws a Failure.
-[[nodiscard]] std::unique_ptr<platform::device::Device> openExisting(const std::filesystem::path& folder);
+// Opens a device. Unlike the program it makes none of a missing or empty folder. Throws a Failure.
+std::unique_ptr<platform::device::Device> openExisting(const std::filesystem::path& folder);
 
-// Runs `change` on a copy of the device's database, which takes the old one's place when it returns: all of the change
-// or nothing, also when the process is killed. `device` can't be used any more afterwards.
+// Runs `change` on a copy of the device's database, and then replaces the database by the copy. So a change is made
+// completely or not at all, even if the process is killed. Throws a Failure. Afterwards `device` can't be used any
+// more.
 void changeAsAWhole(const platform::device::Device& device, const std::function<void()>& change);
 
 }  // namespace quillbox_device

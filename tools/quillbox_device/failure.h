@@ -1,4 +1,4 @@
-// failure.h - why a command wasn't done.
+// failure.h - the reason why a command failed, and the exit codes.
 #pragma once
 
 #include <stdexcept>
@@ -7,10 +7,10 @@
 namespace quillbox_device {
 
 inline constexpr int exitGood = 0;
-inline constexpr int exitFailed = 1;    // nothing was changed, unless the sentence says so
+inline constexpr int exitFailed = 1;    // nothing was changed, unless the message says so
 inline constexpr int exitBadUsage = 2;  // or no such device
 
-// Its text is a sentence for the user.
+// Its text is a message for the user, in whole sentences.
 class Failure : public std::runtime_error {
 public:
     explicit Failure(const std::string& sentence, int exitCode = exitFailed)
@@ -18,7 +18,7 @@ public:
     {
     }
 
-    [[nodiscard]] int exitCode() const { return exitCode_; }
+    int exitCode() const { return exitCode_; }
 
 private:
     int exitCode_;

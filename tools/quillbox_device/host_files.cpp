@@ -1,5 +1,3 @@
-// host_files.cpp - see host_files.h.
-
 #include "host_files.h"
 
 #include "failure.h"
@@ -21,21 +19,22 @@ using platform::host::Descriptor;
 
 namespace {
 
-struct GrowingFile {
+struct TemporaryFile {
     std::string path;
     Descriptor opened;
 };
 
-// A new file in the target's folder. Nobody can know its name and put a link there before. Not open on failure.
-GrowingFile madeBeside(const fs::path& target, mode_t mode)
+// A new file in the target's folder. Its name can't be guessed, so nobody can put a link there first. Not open on
+// failure.
+TemporaryFile makeBeside(const fs::path& target, mode_t mode)
 {
     const fs::path path = target.parent_path() / ("." + host::unguessableName() + ".part");
     Descriptor made(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
-    return made ? GrowingFile{path.string(), std::move(made)} : GrowingFile{};
+    return made ? TemporaryFile{path.string(), std::move(made)} : TemporaryFile{};
 }
 
-// What stands at the target, behind links; nothing if a new file can be made there. Throws a Failure.
-std::optional<struct stat> foundAt(const std::string& target)
+// What the path leads to. Nothing if the path is free, so that a new file can be made. Throws a Failure.
+std::optional<struct stat> statusOf(const std::string& target)
 {
     struct stat found {};
     if (::stat(target.c_str(), &found) == 0)
@@ -49,16 +48,17 @@ std::optional<struct stat> foundAt(const std::string& target)
     return std::nullopt;
 }
 
-// By another name, such as /dev/stdout. A file that the shell has opened for it isn't one to be replaced.
+// True if the path is a name of standard output, such as /dev/stdout. It may be a file that the shell has opened, which
+// must not be replaced.
 bool isStandardOutput(const struct stat& found)
 {
     struct stat output {};
     return ::fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == found.st_dev && output.st_ino == found.st_ino;
 }
 
-// A pipe, and whatever else has no disk, needs no flush. The descriptor was opened before the first write, so the host
-// reports each write that failed since.
-bool isFlushed(int file)
+// Objects without a disk, such as pipes, need no flush: fsync fails with EINVAL or EROFS. The descriptor was opened
+// before the first write, so the kernel reports each failed write since then.
+bool flushToDisk(int file)
 {
     return ::fsync(file) == 0 || errno == EINVAL || errno == EROFS;
 }
@@ -78,7 +78,7 @@ Output::Output(const std::string& file, bool force) : target_(file)
 {
     if (file == "-")
         return;
-    const std::optional<struct stat> found = foundAt(file);
+    const std::optional<struct stat> found = statusOf(file);
     if (found && isStandardOutput(*found))
         return;
     if (found && S_ISDIR(found->st_mode))
@@ -91,7 +91,7 @@ Output::Output(const std::string& file, bool force) : target_(file)
         replaced_ = found;
     }
     if (!found || isFile) {
-        growBesideTarget();
+        openTemporary();
     } else {
         if (S_ISBLK(found->st_mode))
             disk_ = Descriptor(::open(file.c_str(), O_WRONLY | O_CLOEXEC));
@@ -104,21 +104,21 @@ Output::Output(const std::string& file, bool force) : target_(file)
 Output::~Output()
 {
     std::error_code ignored;
-    if (!growing_.empty())
-        fs::remove(growing_, ignored);
+    if (!temporary_.empty())
+        fs::remove(temporary_, ignored);
 }
 
-// Until it has the rights of the file that it replaces, nobody else may look into it.
-void Output::growBesideTarget()
+// A file that replaces another one gets the other one's rights at the end. Until then only its owner can read it.
+void Output::openTemporary()
 {
-    GrowingFile growing = madeBeside(target_, replaced_ ? 0600 : 0666);
-    growing_ = growing.path;
-    disk_ = std::move(growing.opened);
+    TemporaryFile made = makeBeside(target_, replaced_ ? 0600 : 0666);
+    temporary_ = made.path;
+    disk_ = std::move(made.opened);
     if (disk_)
-        file_.open(growing_, std::ios::binary | std::ios::trunc);
+        file_.open(temporary_, std::ios::binary | std::ios::trunc);
     std::error_code ignored;
     if (!file_.is_open())
-        fs::remove(growing_, ignored);
+        fs::remove(temporary_, ignored);
 }
 
 void Output::finish()
@@ -129,15 +129,15 @@ void Output::finish()
         file_.close();
         good = good && file_.good();
     }
-    good = good && (growing_.empty() || !replaced_ ||
+    good = good && (temporary_.empty() || !replaced_ ||
                     host::setRights(disk_.get(), {replaced_->st_uid, replaced_->st_gid, replaced_->st_mode}) == 0);
     const int disk = printed ? STDOUT_FILENO : disk_.get();
-    if (!good || (disk >= 0 && !isFlushed(disk)))
+    if (!good || (disk >= 0 && !flushToDisk(disk)))
         throw Failure((printed ? "Standard output" : "\"" + target_ + "\"") + " can't be written.");
-    if (growing_.empty())
+    if (temporary_.empty())
         return;
-    fs::rename(growing_, target_);
-    growing_.clear();
+    fs::rename(temporary_, target_);
+    temporary_.clear();
     const fs::path folder = fs::path(target_).parent_path();
     if (host::flush(folder / ".") != 0)
         throw Failure("\"" + target_ + "\" is written, but its folder can't be: a power cut may lose it.");

@@ -1,4 +1,4 @@
-// host_files.h - what a command reads from and writes to.
+// host_files.h - the host's files that a command reads and writes.
 #pragma once
 
 #include "host/descriptor.h"
@@ -26,12 +26,12 @@ private:
     std::ifstream file_;
 };
 
-// A new file of the host, or standard output for "-". It is there, and on the disk, when finish() returns, and not
-// before. It takes the place of what a link leads to, with the rights of the file that it replaces. What is no file,
-// such as a pipe or a device, is written to.
+// A new file of the host, or standard output for "-". The file has its name, and is on the disk, only when finish() has
+// returned. If the name is a link, the file that the link leads to is replaced. The new file gets the rights of the one
+// that it replaces. A pipe, a device or another object that is no regular file is written to directly.
 class Output {
 public:
-    // Throws a Failure if there is a file to be replaced (or a disk), unless `force`, or if it can't be made.
+    // Throws a Failure if the file can't be made. Without `force` also if there is a file or a disk of the name.
     Output(const std::string& file, bool force);
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -42,12 +42,12 @@ public:
     void finish();
 
 private:
-    void growBesideTarget();
+    void openTemporary();
 
     std::string target_;
-    std::optional<struct stat> replaced_;
-    std::string growing_;              // empty if nothing grows, and when it is finished
-    platform::host::Descriptor disk_;  // of the file that is written to, for its flush
+    std::optional<struct stat> replaced_;  // the file that is replaced, if there is one
+    std::string temporary_;                // path of the file until it gets its name; empty if there is none
+    platform::host::Descriptor disk_;      // of the file that is written to, for its flush
     std::ofstream file_;
 };
 

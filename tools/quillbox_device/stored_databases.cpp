@@ -1,5 +1,3 @@
-// stored_databases.cpp - see stored_databases.h.
-
 #include "stored_databases.h"
 
 #include "failure.h"

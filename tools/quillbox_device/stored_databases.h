@@ -16,15 +16,15 @@ struct StoredDatabase {
     CEDBASEINFO info{};
 };
 
-// The oldest first. Throws a Failure.
-[[nodiscard]] std::vector<StoredDatabase> storedDatabases();
+// All databases, the oldest first. Throws a Failure.
+std::vector<StoredDatabase> storedDatabases();
 
-// Names are compared without case. Throws a Failure.
-[[nodiscard]] std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
+// The name is compared without case. Nothing if the device has no such database. Throws a Failure.
+std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
 
-[[nodiscard]] database_formats::DatabaseHead headOf(const CEDBASEINFO& info);
+database_formats::DatabaseHead headOf(const CEDBASEINFO& info);
 
-// One line.
+// Prints one line about it.
 void print(const StoredDatabase& database);
 
 }  // namespace quillbox_device
