@@ -1,6 +1,7 @@
 // decompress_stream.cpp - reads any bytes as a stream in two ways: unpacked to a file, and decoded in place. Both must
 // agree on whether the stream is whole.
 
+#include "require.h"
 #include "set/compressed_stream.h"
 #include "set/stream_decoding.h"
 #include "temporary_root.h"
@@ -13,12 +14,6 @@ BOOL addUp(const BYTE* raw, DWORD bytes, void* total)
     for (DWORD i = 0; i < bytes; i++)
         sum += raw[i] + std::uint64_t{1};
     return TRUE;
-}
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
 }
 
 }  // namespace

@@ -1,16 +1,11 @@
 // load_image.cpp - reads any bytes as a database image. All texts that are read must be terminated, their content must
 // not exceed the size of the file, and skipping the records must give the same result as reading them.
 
+#include "require.h"
 #include "set/image_reader.h"
 #include "temporary_root.h"
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 // Number of bytes in a text or blob. Reads each of them, so that a sanitizer notices bytes outside of a buffer.
 std::size_t contentOf(const CEPROPVAL& property)

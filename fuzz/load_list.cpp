@@ -1,17 +1,12 @@
 // load_list.cpp - loads any bytes as a list file. The loaded names and offsets must be within the limits that the runs
 // rely on.
 
+#include "require.h"
 #include "set/list_file.h"
 #include "set/set_state.h"
 #include "temporary_root.h"
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 void checkEntries(ItemList* list, std::size_t fileBytes)
 {

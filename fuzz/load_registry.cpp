@@ -3,20 +3,14 @@
 
 #include "registry/registry_text_reader.h"
 #include "registry/registry_text_writer.h"
+#include "require.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
 
 using namespace platform::registry;
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 // Writes the keys and values that it receives as a whole registry.
 class Copy final : public RegistryTextSink {
