@@ -100,8 +100,9 @@ private:
     std::string describe(const NMTREEVIEWW& change) const
     {
         const char* const causes[] = {"", " mouse", " key"};
-        const std::string direction = change.action == TVE_COLLAPSE ? " shut" : " open";
-        const std::string selection = name(change.itemOld.hItem) + ">" + name(change.itemNew.hItem);
+        // A click is notified with the header alone.
+        const auto direction = [&] { return change.action == TVE_COLLAPSE ? " shut" : " open"; };
+        const auto selection = [&] { return name(change.itemOld.hItem) + ">" + name(change.itemNew.hItem); };
         switch (change.hdr.code) {
         case NM_CLICK:
             return "click " + name(underPointer());
@@ -110,13 +111,13 @@ private:
         case NM_RETURN:
             return "return";
         case TVN_SELCHANGINGW:
-            return "changing " + selection;
+            return "changing " + selection();
         case TVN_SELCHANGEDW:
-            return "changed " + selection + causes[change.action];
+            return "changed " + selection() + causes[change.action];
         case TVN_ITEMEXPANDINGW:
-            return "expanding " + name(change.itemNew.hItem) + direction;
+            return "expanding " + name(change.itemNew.hItem) + direction();
         case TVN_ITEMEXPANDEDW:
-            return "expanded " + name(change.itemNew.hItem) + direction;
+            return "expanded " + name(change.itemNew.hItem) + direction();
         case TVN_DELETEITEMW:
             return "delete " + name(change.itemOld.hItem);
         default:
