@@ -1,4 +1,4 @@
-// handle_table_test.cpp - handles that are gone, made up, or of another kind.
+// Handles that are closed, invalid or of another kind.
 #include "kernel/handle_table.h"
 
 #include "ce/error.h"
@@ -31,24 +31,33 @@ public:
     [[nodiscard]] bool takesCloseHandle() const override { return false; }
 };
 
-TEST(HandleTableTest, ClosedHandleIsRefusedThoughItsSlotServesAgain)
+TEST(HandleTableTest, ClosedHandleIsRefusedAlthoughItsSlotIsUsedAgain)
 {
     std::atomic<int> alive = 0;
     const HANDLE first = addHandle(std::make_shared<Thing>(alive));
     ASSERT_NE(first, nullptr);
     ASSERT_NE(first, INVALID_HANDLE_VALUE);
+    auto used = findHandle<Thing>(first);
     EXPECT_TRUE(CloseHandle(first));
+    EXPECT_EQ(alive, 1) << "an object must live until its last use is over";
+    used.reset();
     EXPECT_EQ(alive, 0);
-    const HANDLE second = addHandle(std::make_shared<Thing>(alive));
+
+    auto failing = std::make_shared<Thing>(alive);
+    failing->closeError = ERROR_GEN_FAILURE;
+    const HANDLE second = addHandle(std::move(failing));
     EXPECT_NE(first, second);
     EXPECT_EQ(findHandle<Thing>(first), nullptr);
     SetLastError(0);
     EXPECT_FALSE(CloseHandle(first));
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_TRUE(CloseHandle(second));
+
+    EXPECT_FALSE(CloseHandle(second)) << "the error of the object's close must be reported";
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(alive, 0);
 }
 
-TEST(HandleTableTest, MadeUpOrWrongHandlesAreRefused)
+TEST(HandleTableTest, InvalidHandlesAndHandlesOfAnotherKindAreRefused)
 {
     const HANDLE search = addHandle(std::make_shared<OtherThing>());
     EXPECT_EQ(findHandle<Thing>(search), nullptr);
@@ -63,33 +72,11 @@ TEST(HandleTableTest, MadeUpOrWrongHandlesAreRefused)
     EXPECT_EQ(removeHandle(search), nullptr);
 }
 
-TEST(HandleTableTest, LateFailureOfAnObjectIsReportedByItsClose)
-{
-    std::atomic<int> alive = 0;
-    auto thing = std::make_shared<Thing>(alive);
-    thing->closeError = ERROR_GEN_FAILURE;
-    const HANDLE handle = addHandle(std::move(thing));
-    EXPECT_FALSE(CloseHandle(handle));
-    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
-    EXPECT_EQ(alive, 0);
-}
-
-TEST(HandleTableTest, ObjectLivesUntilTheLastUseIsOver)
-{
-    std::atomic<int> alive = 0;
-    const HANDLE handle = addHandle(std::make_shared<Thing>(alive));
-    auto used = findHandle<Thing>(handle);
-    EXPECT_TRUE(CloseHandle(handle));
-    EXPECT_EQ(alive, 1);
-    used.reset();
-    EXPECT_EQ(alive, 0);
-}
-
-TEST(HandleTableTest, ThreadsDoNotGetEachOthersObjects)
+TEST(HandleTableTest, EachThreadFindsItsObject)
 {
     std::atomic<int> alive = 0;
     std::atomic<int> wrong = 0;
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int number = 0; number < 4; ++number) {
         threads.emplace_back([&] {
             for (int i = 0; i < 2000; ++i) {
@@ -101,8 +88,7 @@ TEST(HandleTableTest, ThreadsDoNotGetEachOthersObjects)
             }
         });
     }
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     EXPECT_EQ(wrong, 0);
     EXPECT_EQ(alive, 0);
 }

@@ -1,4 +1,4 @@
-// module_test.cpp - the library, its entry points, and the heap.
+// The library, its entry points, and the heap.
 #include "ce/module.h"
 
 #include "kernel/entry_points.h"
@@ -32,7 +32,7 @@ TEST(ModuleTest, OnlyTheOneLibraryIsFoundAndStaysLoaded)
     EXPECT_EQ(GetProcAddressW(library, u"Late"), found);
 }
 
-TEST(MemoryTest, BlockIsClearedWhereAskedForAndNeverNullForNothing)
+TEST(MemoryTest, BlockIsClearedOnRequestAndAnEmptyBlockIsNotNull)
 {
     auto* const block = static_cast<BYTE*>(LocalAlloc(LPTR, 4096));
     ASSERT_NE(block, nullptr);

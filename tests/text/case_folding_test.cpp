@@ -12,7 +12,7 @@ std::u16string folded(std::u16string text)
     return text;
 }
 
-TEST(CaseFoldingTest, CapitalsOfEachScriptMeetTheirSmallLetters)
+TEST(CaseFoldingTest, CapitalsOfEachScriptFoldToTheirSmallLetters)
 {
     EXPECT_EQ(folded(u"AZ[@`az09"), u"az[@`az09");
     EXPECT_EQ(folded(u"ÀÖ×ØÞß÷ÿŸ"), u"àö×øþß÷ÿÿ");
@@ -20,10 +20,7 @@ TEST(CaseFoldingTest, CapitalsOfEachScriptMeetTheirSmallLetters)
     EXPECT_EQ(folded(u"ΑΡΣΫΆΈΌΏςΪ"), u"αρσϋάέόώσϊ");
     EXPECT_EQ(folded(u"ЀЏАЯЁҐѠӀӁӎӏԮ"), u"ѐџаяёґѡӏӂӎӏԯ");
     EXPECT_EQ(folded(u"ԱՖẠỸẞＡＺ"), u"աֆạỹßａｚ");
-}
-
-TEST(CaseFoldingTest, LettersWithoutCaseAndTheDottedCapitalIStayThemselves)
-{
+    // Letters without case, and those with a dotted or dotless i, stay as they are.
     EXPECT_EQ(folded(u"İı日本\xD83D\xDE00\xFFFF\xF75C"), u"İı日本\xD83D\xDE00\xFFFF\xF75C");
 }
 
@@ -35,7 +32,7 @@ TEST(CaseFoldingTest, FoldingTwiceChangesNothingMore)
     }
 }
 
-TEST(CaseFoldingTest, APrefixComesBeforeTheWholeAndCaseDoesNotOrder)
+TEST(CaseFoldingTest, ComparisonIgnoresCaseAndPutsAPrefixFirst)
 {
     EXPECT_EQ(compareWithoutCase(u"Übung", u"üBUNG"), 0);
     EXPECT_LT(compareWithoutCase(u"note", u"NOTES"), 0);

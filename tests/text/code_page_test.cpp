@@ -6,36 +6,40 @@
 
 namespace {
 
-TEST(CodePageTest, SizeAskedForIsTheSizeWritten)
+TEST(CodePageTest, TextIsConvertedIntoABufferOfTheSizeAskedForAndIntoNoSmallerOne)
 {
-    const WCHAR text[] = u"aé\u20AC\xD83D\xDE00";
-    const int size = WideCharToMultiByte(GetACP(), 0, text, -1, nullptr, 0, nullptr, nullptr);
-    EXPECT_EQ(size, 1 + 2 + 3 + 4 + 1);
-    char out[12] = {'#', '#', '#', '#', '#', '#', '#', '#', '#', '#', '#', '#'};
-    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, text, -1, out, size, nullptr, nullptr), size);
-    EXPECT_EQ(std::string(out, 12), std::string("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\0#", 12));
+    struct Case {
+        std::u16string text;
+        int characters;
+        std::string bytes;
+    };
+    const Case cases[] = {
+        {u"aé\u20AC\xD83D\xDE00", -1, std::string("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\0", 11)},
+        {u"ab\u20AC", 3, "ab\xE2\x82\xAC"},
+        // Lone surrogates. The count divides the pair at the end.
+        {u"\xD83D-\xDE00\xD83D\xDE00", 4, "\xEF\xBF\xBD-\xEF\xBF\xBD\xEF\xBF\xBD"},
+    };
+    for (const auto& [text, characters, bytes] : cases) {
+        SCOPED_TRACE(bytes);
+        const auto convert = [&](char* out, std::size_t size) {
+            return WideCharToMultiByte(CP_UTF8, 0, text.c_str(), characters, out, static_cast<int>(size), nullptr,
+                                       nullptr);
+        };
+        EXPECT_EQ(convert(nullptr, 0), static_cast<int>(bytes.size()));
+        std::string out(bytes.size() + 1, '#');
+        EXPECT_EQ(convert(out.data(), bytes.size()), static_cast<int>(bytes.size()));
+        EXPECT_EQ(out, bytes + '#');
+        out.assign(out.size(), '#');
+        SetLastError(0);
+        EXPECT_EQ(convert(out.data(), bytes.size() - 1), 0);
+        EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+        EXPECT_EQ(out.substr(bytes.size() - 1), "##");
+    }
+    EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, u"é", 1, nullptr, 0, nullptr, nullptr), 2);
+    EXPECT_EQ(GetACP(), CP_UTF8);
 }
 
-TEST(CodePageTest, BufferOneByteShortIsRefusedAndNothingIsWrittenBehindIt)
-{
-    char out[5] = {'#', '#', '#', '#', '#'};
-    SetLastError(0);
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"ab\u20AC", -1, out, 4, nullptr, nullptr), 0);
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_EQ(out[4], '#');
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, u"ab\u20AC", 3, out, 5, nullptr, nullptr), 5);
-}
-
-TEST(CodePageTest, LoneSurrogatesBecomeTheReplacementCharacter)
-{
-    char out[16];
-    const WCHAR text[] = {0xD83D, u'a', 0xDE00, 0xD83D, 0xDE00};
-    EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, text, 4, out, 16, nullptr, nullptr), 10);
-    EXPECT_EQ(std::string(out, 10), "\xEF\xBF\xBD"
-                                    "a\xEF\xBF\xBD\xEF\xBF\xBD");
-}
-
-TEST(CodePageTest, ImpossibleArgumentsAreRefused)
+TEST(CodePageTest, InvalidArgumentsAreRefused)
 {
     char out[8];
     BOOL used = FALSE;

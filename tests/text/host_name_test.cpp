@@ -4,11 +4,12 @@
 
 #include <random>
 #include <set>
+#include <vector>
 
 namespace platform::text {
 namespace {
 
-TEST(HostNameTest, NoByteIsLostOrTakenForAnother)
+TEST(HostNameTest, EachByteHasItsCharacterAndComesBack)
 {
     std::set<std::u16string> seen;
     for (unsigned byte = 1; byte < 256; ++byte) {
@@ -59,63 +60,40 @@ TEST(HostNameTest, ValidTextKeepsItsCharacters)
     EXPECT_EQ(toHostName(u"Grüße 日本 \xD83D\xDE00.txt"), "Grüße 日本 \xF0\x9F\x98\x80.txt");
     EXPECT_EQ(toDeviceName("a\xEE\x80\x80"), u"a\xE000");          // private use, but no escape
     EXPECT_EQ(toDeviceName("\xEF\xBF\xBF"), u"\xFFFF");            // the last of the basic plane
-    EXPECT_EQ(toDeviceName("\xF0\x90\x81\x9C"), u"\xD800\xDC5C");  // its low bits spell a backslash
+    EXPECT_EQ(toDeviceName("\xF0\x90\x81\x9C"), u"\xD800\xDC5C");  // its low byte is that of a backslash
 }
 
-TEST(HostNameTest, EscapeThatStandsInAHostNameIsNotTakenForTheByte)
+TEST(HostNameTest, EscapeInAHostNameIsNotReadAsTheByte)
 {
-    const std::string host = "x\xEF\x9D\x9Cy";  // U+F75C, which stands for a backslash
+    const std::string host = "x\xEF\x9D\x9Cy";  // U+F75C, the escape of a backslash
     EXPECT_EQ(toDeviceName(host), u"x\xF7EF\xF79D\xF79Cy");
     EXPECT_EQ(toHostName(toDeviceName(host)), host);
     EXPECT_EQ(toDeviceName("x\\y"), u"x\xF75Cy");
     EXPECT_EQ(toHostName(u"x\xF75Cy"), "x\\y");
 }
 
-TEST(HostNameTest, NothingSmugglesInASeparatorOrAStepOutOfTheFolder)
+TEST(HostNameTest, NameWithASeparatorOrTwoFormsOrTooLongIsRefused)
 {
-    const std::u16string refused[] = {
-        u"",
-        u".",
-        u"..",
-        u"a/b",
-        u"a\\b",
-        u"a*",
-        u"a?",
-        u"a\"",
-        u"<",
-        u">",
-        u"|",
-        std::u16string(u"a\0b", 3),
-        u"\xF72F",  // '/'
-        u"a\xF72F"
-        u"b",
-        u"\xF700",        // NUL
-        u"\xF72E",        // "."
-        u"\xF72E\xF72E",  // ".."
-        u".\xF72E",
-        u"\xF72E.",
-        u"\xF72E.x",      // "..x" in a second way
-        u"\xF741",        // a letter in a second way
-        u"\xF7C3\xF7A9",  // a whole character in escapes
-        u"\xD83D",        // lone surrogates
-        u"a\xDE00z",
-        u"\xDE00\xD83D",
-        std::u16string(256, u'a'),
-        std::u16string(128, u'é'),
+    const auto expectRefused = [](const char* what, const std::vector<std::u16string>& names) {
+        for (const std::u16string& name : names)
+            EXPECT_EQ(toHostName(name), std::nullopt) << what << " " << testing::PrintToString(name);
     };
-    for (const std::u16string& name : refused) {
-        SCOPED_TRACE(testing::PrintToString(name));
-        EXPECT_EQ(toHostName(name), std::nullopt);
-    }
+    expectRefused("reserved name", {u"", u".", u".."});
+    expectRefused("reserved character", {u"a/b", u"a\\b", u"a*", u"a?", u"a\"", u"<", u">", u"|", {u'a', 0, u'b'}});
+    expectRefused("escape of a slash or NUL", {u"\xF72F", {u'a', 0xF72F, u'b'}, u"\xF700"});
+    expectRefused("escape of a point", {u"\xF72E", u"\xF72E\xF72E", u".\xF72E", u"\xF72E.", u"\xF72E.x"});
+    expectRefused("escape of a letter or a whole character", {u"\xF741", u"\xF7C3\xF7A9"});
+    expectRefused("lone surrogate", {u"\xD83D", u"a\xDE00z", u"\xDE00\xD83D"});
+    expectRefused("more than 255 bytes", {std::u16string(256, u'a'), std::u16string(128, u'é')});
     EXPECT_TRUE(toHostName(std::u16string(255, u'a')));
     EXPECT_EQ(toHostName(u"..."), "...");
-    EXPECT_EQ(toHostName(u"\xF7EF\xF79C"), "\xEF\x9C");  // an escape's bytes cut short are merely invalid
+    EXPECT_EQ(toHostName(u"\xF7EF\xF79C"), "\xEF\x9C");  // incomplete UTF-8
 }
 
 TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveOneFormAtMost)
 {
     std::mt19937 random(20261124);
-    // Bytes and units that meet each other in unlucky ways are drawn more often than the others.
+    // Bytes and code units of difficult combinations are drawn more often than others.
     const std::string bytes = "a.\\?\xEF\x9C\x9D\x9F\x80\xBF\xC3\xA9\xE2\xF0\xED\xFF";
     const std::u16string units = u"a.\xF72E\xF72F\xF700\xF7EF\xF79C\xF780\xF7C3\xF7A9\xD83D\xDE00";
     for (int round = 0; round < 20000; ++round) {
@@ -138,15 +116,15 @@ TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveOneFormAtMost)
     }
 }
 
-TEST(HostNameTest, WhatIsShownHasThePlainSignAndTellsNamesApart)
+TEST(HostNameTest, ShownNameHasThePlainCharactersAndDiffersFromOtherNames)
 {
     EXPECT_EQ(toShown(toDeviceName("What? \"a*b\" <1|2>.txt")), u"What? \"a*b\" <1|2>.txt");
-    // Its own backslash isn't taken for the one that parts names.
+    // A backslash in a name differs from one between names.
     EXPECT_EQ(toShown(u"\\" + toDeviceName("a\\b") + u"\\c"), u"\\a\u2216b\\c");
     EXPECT_EQ(toShown(toDeviceName("caf\xE9")), u"caf\uFFFDE9");
     EXPECT_NE(toShown(toDeviceName("caf\xE9")), toShown(toDeviceName("caf\xE8")));
     EXPECT_EQ(toShown(u"Grüße \xD83D\xDE00 \xE000"), u"Grüße \xD83D\xDE00 \xE000");
-    // Made up by a set: no separator, no point, no letter is to be seen that isn't there.
+    // Only a set can contain these escapes. They aren't shown as a separator, a point or a letter.
     EXPECT_EQ(toShown(u"\xF72F\xF72E\xF741\xF700"), u"\xF72F\xF72E\xF741\xF700");
 }
 

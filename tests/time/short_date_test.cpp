@@ -13,7 +13,7 @@ std::u16string shortDate()
     return size == 0 ? u"" : std::u16string(out, static_cast<std::size_t>(size) - 1);
 }
 
-TEST(ShortDateTest, FormatsOfManyLocalesKeepTheirOrderAndPadding)
+TEST(ShortDateTest, FormatsOfLocalesKeepTheirOrderAndPadding)
 {
     const std::pair<const char*, const char16_t*> formats[] = {
         {"%m/%d/%Y", u"MM/dd/yyyy"},
