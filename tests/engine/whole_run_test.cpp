@@ -128,6 +128,7 @@ protected:
         }
         void close()
         {
+            SetCursor(nullptr);  // BackUpItems leaves the wait cursor to the end of the run
             CloseHandle(listFile);
             CloseHandle(dataFile);
             lines.Close();
