@@ -3,6 +3,7 @@
 #include "engine_fixture.h"
 
 #include "engine/directory_walker.h"
+#include "engine/paths_too_long.h"
 
 #include <algorithm>
 
@@ -80,4 +81,22 @@ TEST_F(WalkerTest, StopEndsOnlyItsLevel)
     const DWORD two = walk(other, u"\\w\\", TRUE, FALSE);
     // The walk that stopped at the first of the two missed the second. The other walk missed nothing.
     EXPECT_EQ(one + two, 8U + 9U);
+}
+
+TEST_F(WalkerTest, PathThatDoesNotFitIsCountedAndNamed)
+{
+    const std::string level(100, 'd');
+    write(level + "/" + level + "/" + level + "/file", "deep");
+    write(level + "/" + std::string(255, 'n'), "long");
+    gPathsTooLong = {};
+    Seen seen;
+    const DWORD walked = walk(seen, u"\\", TRUE, FALSE);
+    EXPECT_EQ(walked, seen.paths.size());
+    WCHAR path[MAX_PATH];
+    DWORD fit = 0;
+    for (const std::u16string& entry : seen.paths)
+        fit += JoinPath(path, u"", entry.c_str()) ? 1 : 0;
+    EXPECT_EQ(seen.paths.size() - fit, 2U);
+    EXPECT_EQ(gPathsTooLong.count, 3U) << "the folder that couldn't be entered, and the two paths just joined";
+    EXPECT_EQ(std::u16string(gPathsTooLong.first).substr(0, 101), u"\\" + std::u16string(100, 'd'));
 }
