@@ -1,5 +1,3 @@
-// extraction.cpp - see extraction.h.
-
 #include "extraction.h"
 
 #include "database_text.h"
@@ -9,7 +7,6 @@
 #include "image_check.h"
 #include "item_target.h"
 #include "json_list.h"
-#include "listed_set.h"
 #include "name_set.h"
 #include "registry_check.h"
 #include "screen_text/screen_text.h"
@@ -32,11 +29,6 @@ using screen_text::onScreen;
 
 namespace {
 
-BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target)
-{
-    return static_cast<GrowingFile*>(target)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
-}
-
 class Extraction {
 public:
     Extraction(ListedSet& set, const MountedSet& files, const ExtractionOptions& options)
@@ -53,7 +45,7 @@ public:
         if (data_.isOpen())
             extractWanted();
         else
-            tellFault("the data file is missing or can't be opened");
+            reportFault("the data file is missing or can't be opened");
         flush();
         if (list_)
             list_->end({{"written", written_}, {"faults", faults_}});
@@ -68,7 +60,7 @@ private:
         bool found;
     };
 
-    // A slash is easier to type in a shell, and no name holds one.
+    // A slash is easier to type in a shell than a backslash, and no name contains a slash.
     static std::u16string devicePath(const std::string& name)
     {
         std::u16string path = platform::text::fromUtf8(name);
@@ -84,20 +76,20 @@ private:
                 extract(item);
         }
         if (set_.readFailed())
-            tellFault("the list file couldn't be read to its end");
+            reportFault("the list file couldn't be read to its end");
         for (const Wanted& wanted : wanted_) {
             if (!wanted.found)
-                tellFault("the set has no item " + onScreen(wanted.pattern));
+                reportFault("the set has no item " + onScreen(wanted.pattern));
         }
     }
 
     void flush()
     {
         if (!FlushChangedVolumes())
-            tellFault("what was written may be missing from the disk: " + errorText(GetLastError()));
+            reportFault("what was written may be missing from the disk: " + errorText(GetLastError()));
     }
 
-    void tellFault(const std::string& what)
+    void reportFault(const std::string& what)
     {
         faults_++;
         std::cerr << "quillbox-set: " << what << "\n";
@@ -115,7 +107,7 @@ private:
 
     void extract(const Item& item)
     {
-        std::optional<std::uint64_t> kept;  // bytes of the file; nothing if there is none
+        std::optional<std::uint64_t> kept;  // size of the file. Nothing if none was written.
         const std::string fault = tryToExtract(item, kept);
         const std::uint64_t bytes = kept.value_or(0);
         (fault.empty() ? written_ : faults_)++;
@@ -132,7 +124,8 @@ private:
         }
     }
 
-    // What hindered it; nothing if all of it was written.
+    // Returns an empty text if the whole item was written, otherwise the reason. Sets `bytes` to the size of the file
+    // if one was written.
     std::string tryToExtract(const Item& item, std::optional<std::uint64_t>& bytes)
     {
         const std::u16string target = targetOf(item, options_.format);
@@ -145,12 +138,12 @@ private:
         if (leadsInto(target, files_.folder))
             return errorText(ERROR_INVALID_NAME);
         if (targets_.has(0, target))
-            return "an item before it was written to the same file";
+            return "an earlier item was written to the same file";
         if (!options_.force && GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES)
             return errorText(ERROR_ALREADY_EXISTS);
         if (options_.format && item.isDatabase())
             return extractDatabase(target, item, bytes);
-        // Half a registry passes for one.
+        // A truncated .reg file looks complete, so the registry is checked before it is written.
         std::string damage;
         if (options_.format && item.isRegistry())
             damage = checkRegistry(data_, item.entry).fault;
@@ -172,7 +165,7 @@ private:
         return image.fault.empty() ? "" : image.fault + "; " + counted(records, "record") + " kept";
     }
 
-    // As it lies in the set. `damage` is what is known already.
+    // Writes the unpacked bytes of the item. `damage` is a fault that was found before; empty if there is none.
     std::string copyTo(const std::u16string& path, const Item& item, const std::string& damage,
                        std::optional<std::uint64_t>& bytes)
     {
@@ -180,11 +173,11 @@ private:
         if (!target.isOpen())
             return errorText(target.error());
         const StreamFault fault =
-            DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, writeRaw, &target);
+            DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, GrowingFile::writeRaw, &target);
         if (fault == StreamFault::StoppedBySink)
             return errorText(target.error());
         std::string reason = fault == StreamFault::None ? damage : streamFaultText(fault);
-        // A file of no bytes would pass for one that always was.
+        // An empty file of a damaged item would look like a file that was always empty.
         if (!reason.empty() && (!options_.keepDamaged || target.bytes() == 0))
             return reason;
         if (target.moveTo(path, options_.force) != ERROR_SUCCESS)
@@ -198,7 +191,7 @@ private:
     const ExtractionOptions& options_;
     OpenFile data_;
     std::vector<Wanted> wanted_;
-    NameSet targets_;  // written so far: names of databases that differ can have the same one
+    NameSet targets_;  // paths of the files written so far. Two databases can have the same path.
     std::optional<JsonList> list_;
     std::uint64_t written_ = 0;
     std::uint64_t faults_ = 0;
@@ -206,14 +199,9 @@ private:
 
 }  // namespace
 
-int extractItems(const MountedSet& set, const ExtractionOptions& options)
+int extractItems(ListedSet& set, const MountedSet& files, const ExtractionOptions& options)
 {
-    ListedSet list(set);
-    if (!list.isOpen()) {
-        std::cerr << "quillbox-set: the list file can't be opened\n";
-        return exitNoSet;
-    }
-    return Extraction(list, set, options).run();
+    return Extraction(set, files, options).run();
 }
 
 }  // namespace quillbox_set

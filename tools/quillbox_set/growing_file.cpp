@@ -67,6 +67,11 @@ bool GrowingFile::write(std::span<const std::byte> bytes)
     return error_ == ERROR_SUCCESS;
 }
 
+BOOL GrowingFile::writeRaw(const BYTE* raw, DWORD bytes, void* target)
+{
+    return static_cast<GrowingFile*>(target)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
+}
+
 DWORD GrowingFile::moveTo(const std::u16string& path, bool replace)
 {
     const bool replaces = replace && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;

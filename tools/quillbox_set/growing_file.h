@@ -25,12 +25,15 @@ public:
     ~GrowingFile();
 
     bool isOpen() const { return file_.isOpen(); }
-    HANDLE handle() const { return file_.handle(); }
     DWORD error() const { return error_; }  // of the first call that failed
     std::uint64_t bytes() const { return bytes_; }
 
     // False once a write has failed.
     bool write(std::span<const std::byte> bytes);
+    // The same as a sink for DecodeStream. `target` is the GrowingFile.
+    static BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target);
+    // For reading what was written.
+    HANDLE handle() const { return file_.handle(); }
 
     // Closes the file and moves it to `path`. With `replace`, an existing file is replaced atomically, after this one
     // was flushed to the disk, and this one takes its rights. Otherwise an existing file is an error. Returns error().

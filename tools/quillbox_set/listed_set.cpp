@@ -1,5 +1,3 @@
-// listed_set.cpp - see listed_set.h.
-
 #include "listed_set.h"
 
 #include "screen_text/screen_text.h"

@@ -1,4 +1,4 @@
-// listed_set.h - a set as its list tells it, item after item; memory doesn't grow with it.
+// listed_set.h - reads the list of a set item by item, so the memory doesn't grow with the number of items.
 #pragma once
 
 #include "set/list_reader.h"
@@ -13,36 +13,37 @@ struct Item {
     std::uint64_t number;  // from 1
     ListEntry entry;
 
-    [[nodiscard]] std::u16string_view name() const { return entry.blob.name; }
-    // How it is shown and asked for: its name; "registry" for the registry, whose own means nothing.
-    [[nodiscard]] std::u16string_view shownName() const { return isRegistry() ? u"registry" : name(); }
-    [[nodiscard]] bool isFile() const { return entry.kind == ItemKindFile; }
-    [[nodiscard]] bool isDatabase() const { return entry.kind == ItemKindDatabase; }
-    [[nodiscard]] bool isRegistry() const { return entry.kind == ItemKindRegistry; }
+    std::u16string_view name() const { return entry.blob.name; }
+    // The name that is shown, and that the user can ask for. It is "registry" for the registry, whose entry has no
+    // meaningful name.
+    std::u16string_view shownName() const { return isRegistry() ? u"registry" : name(); }
+    bool isFile() const { return entry.kind == ItemKindFile; }
+    bool isDatabase() const { return entry.kind == ItemKindDatabase; }
+    bool isRegistry() const { return entry.kind == ItemKindRegistry; }
 
     // "file", "database", "registry", or "kind 7".
-    [[nodiscard]] std::string kindText() const;
+    std::string kindText() const;
 
-    // "file \a", "database Tasks", "registry", fit for the screen.
-    [[nodiscard]] std::string text() const;
+    // For the screen: "file \a", "database Tasks", "registry".
+    std::string text() const;
 
-    // Of the stream, as the offsets tell; 0 if they make no sense.
-    [[nodiscard]] DWORD packedBytes() const;
+    // The size of the stream, computed from the offsets. 0 if they are invalid.
+    DWORD packedBytes() const;
 };
 
 class ListedSet {
 public:
     explicit ListedSet(const MountedSet& set);
 
-    [[nodiscard]] bool isOpen() const { return list_.isOpen(); }
-    [[nodiscard]] std::u16string_view comment() const { return comment_; }
-    [[nodiscard]] DWORD commentFaults() const { return commentFaults_; }
+    bool isOpen() const { return list_.isOpen(); }
+    std::u16string_view comment() const { return comment_; }
+    DWORD commentFaults() const { return commentFaults_; }
 
-    // False at the end.
-    bool next(Item& item);
+    // Reads the next item. False at the end.
+    [[nodiscard]] bool next(Item& item);
 
-    // Known at the end only.
-    [[nodiscard]] DWORD bytesBehindItems() const { return reader_->bytesBehindEntries; }
+    // Valid only at the end.
+    DWORD bytesAfterItems() const { return reader_->bytesBehindEntries; }
     [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }
 
 private:

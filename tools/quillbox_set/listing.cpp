@@ -1,11 +1,8 @@
-// listing.cpp - see listing.h.
-
 #include "listing.h"
 
 #include "exit_code.h"
 #include "item_inside.h"
 #include "json_list.h"
-#include "listed_set.h"
 #include "screen_text/screen_text.h"
 #include "set/stream_decoding.h"
 #include "text/host_name.h"
@@ -23,14 +20,22 @@ using screen_text::onScreen;
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
+// What unpacking an item showed. Empty unless the options ask for it.
+struct Unpacked {
+    std::optional<std::uint64_t> bytes;  // nothing if the stream is damaged
+    ItemInside inside;
+    bool isWhole = true;
+};
+
 BOOL addUp(const BYTE*, DWORD bytes, void* total)
 {
     *static_cast<std::uint64_t*>(total) += bytes;
     return TRUE;
 }
 
-// Nothing if the stream is damaged.
-std::optional<std::uint64_t> rawBytes(const OpenFile& data, const Item& item)
+std::optional<std::uint64_t> unpackedBytes(const OpenFile& data, const Item& item)
 {
     std::uint64_t total = 0;
     if (DecodeStream(data.handle(), item.entry.startOffset, item.entry.endOffset, addUp, &total) != StreamFault::None)
@@ -38,72 +43,77 @@ std::optional<std::uint64_t> rawBytes(const OpenFile& data, const Item& item)
     return total;
 }
 
-// `raw`: the column of unpacked sizes, if there is one.
-void printLine(const std::string& kind, const std::string& packed, const std::optional<std::string>& raw,
-               const std::string& name)
+Unpacked unpack(const OpenFile& data, const Item& item, const ListingOptions& options)
 {
-    std::printf("%-8s %12s ", kind.c_str(), packed.c_str());
-    if (raw)
-        std::printf("%12s ", raw->c_str());
+    Unpacked unpacked;
+    if (options.sizes) {
+        unpacked.bytes = unpackedBytes(data, item);
+        unpacked.isWhole = unpacked.bytes.has_value();
+    }
+    if (options.inside) {
+        unpacked.inside = lookInside(data, item);
+        unpacked.isWhole &= unpacked.inside.fault.empty();
+    }
+    return unpacked;
+}
+
+// One row of the table. `bytes`: the text in the column of unpacked sizes, which only --sizes prints.
+void printRow(const std::string& kind, const std::string& packedBytes, const std::string& bytes,
+              const std::string& name, const ListingOptions& options)
+{
+    std::printf("%-8s %12s ", kind.c_str(), packedBytes.c_str());
+    if (options.sizes)
+        std::printf("%12s ", bytes.c_str());
     std::printf("%s\n", name.c_str());
+}
+
+void printItem(const Item& item, const Unpacked& unpacked, const ListingOptions& options)
+{
+    printRow(item.kindText(), std::to_string(item.packedBytes()),
+             unpacked.bytes ? std::to_string(*unpacked.bytes) : "damaged", onScreen(item.shownName()), options);
+    if (!unpacked.inside.text.empty())
+        std::printf("    %s\n", unpacked.inside.text.c_str());
+}
+
+Json jsonOf(const Item& item, const Unpacked& unpacked, const ListingOptions& options)
+{
+    Json json = {{"kind", item.kindText()},
+                 {"name", platform::text::toUtf8(item.shownName())},
+                 {"packedBytes", item.packedBytes()}};
+    if (options.sizes)
+        json["bytes"] = unpacked.bytes ? Json(*unpacked.bytes) : Json(nullptr);
+    if (options.inside && (item.isDatabase() || item.isRegistry()))
+        json["inside"] = unpacked.inside.json;
+    if (!unpacked.inside.fault.empty())
+        json["fault"] = unpacked.inside.fault;
+    return json;
 }
 
 // Both return whether everything that was unpacked is whole.
 bool printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     std::printf("%s\n", linesOnScreen(set.comment(), "").c_str());
-    printLine("Kind", "Packed bytes", options.sizes ? std::optional("Bytes") : std::nullopt, "Name");
+    printRow("Kind", "Packed bytes", "Bytes", "Name", options);
     bool whole = true;
     Item item;
     while (set.next(item)) {
-        std::optional<std::string> raw;
-        if (options.sizes) {
-            const auto bytes = rawBytes(data, item);
-            raw = bytes ? std::to_string(*bytes) : "damaged";
-            whole &= bytes.has_value();
-        }
-        printLine(item.kindText(), std::to_string(item.packedBytes()), raw, onScreen(item.shownName()));
-        if (!options.inside)
-            continue;
-        const ItemInside inside = lookInside(data, item);
-        whole &= inside.fault.empty();
-        if (!inside.text.empty())
-            std::printf("    %s\n", inside.text.c_str());
+        const Unpacked unpacked = unpack(data, item, options);
+        printItem(item, unpacked, options);
+        whole &= unpacked.isWhole;
     }
     return whole;
-}
-
-// Returns whether it is whole.
-bool addInside(nlohmann::ordered_json& element, const OpenFile& data, const Item& item)
-{
-    if (!item.isDatabase() && !item.isRegistry())
-        return true;
-    const ItemInside inside = lookInside(data, item);
-    element["inside"] = inside.json;
-    if (!inside.fault.empty())
-        element["fault"] = inside.fault;
-    return inside.fault.empty();
 }
 
 bool printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     JsonList list({{"comment", platform::text::toUtf8(set.comment())}}, "items");
-    Item item;
     bool whole = true;
     std::uint64_t items = 0;
-    while (set.next(item)) {
-        nlohmann::ordered_json element = {{"kind", item.kindText()},
-                                          {"name", platform::text::toUtf8(item.shownName())},
-                                          {"packedBytes", item.packedBytes()}};
-        if (options.sizes) {
-            const auto bytes = rawBytes(data, item);
-            whole &= bytes.has_value();
-            element["bytes"] = bytes ? nlohmann::ordered_json(*bytes) : nlohmann::ordered_json(nullptr);
-        }
-        if (options.inside)
-            whole &= addInside(element, data, item);
-        list.add(element);
-        items++;
+    Item item;
+    for (; set.next(item); items++) {
+        const Unpacked unpacked = unpack(data, item, options);
+        list.add(jsonOf(item, unpacked, options));
+        whole &= unpacked.isWhole;
     }
     list.end({{"count", items}});
     return whole;
@@ -111,13 +121,8 @@ bool printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& opt
 
 }  // namespace
 
-int listSet(const MountedSet& files, const ListingOptions& options)
+int listSet(ListedSet& set, const MountedSet& files, const ListingOptions& options)
 {
-    ListedSet set(files);
-    if (!set.isOpen()) {
-        std::cerr << "quillbox-set: the list file can't be opened\n";
-        return exitNoSet;
-    }
     const OpenFile data(files.dataPath, GENERIC_READ, OPEN_EXISTING);
     if (!data.isOpen())
         std::cerr << "quillbox-set: the data file is missing\n";

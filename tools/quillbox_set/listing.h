@@ -1,18 +1,17 @@
 // listing.h - `quillbox-set list`.
 #pragma once
 
-#include "set_files.h"
+#include "listed_set.h"
 
 namespace quillbox_set {
 
 struct ListingOptions {
     bool json = false;
-    // These take unpacking.
-    bool sizes = false;   // unpacked sizes too
-    bool inside = false;  // and what stands in databases and the registry
+    bool sizes = false;   // also unpacked sizes
+    bool inside = false;  // also what databases and the registry contain
 };
 
-// Prints comment and items; returns the exit code.
-[[nodiscard]] int listSet(const MountedSet& set, const ListingOptions& options);
+// Prints the comment and the items. Returns the exit code.
+int listSet(ListedSet& set, const MountedSet& files, const ListingOptions& options);
 
 }  // namespace quillbox_set

@@ -1,8 +1,9 @@
-// main.cpp - quillbox-set: looks into a backup set, checks it, takes things out of it. Needs no device.
+// main.cpp - the command line of quillbox-set.
 
 #include "exit_code.h"
 #include "extraction.h"
 #include "file/name_space.h"
+#include "listed_set.h"
 #include "listing.h"
 #include "screen_text/screen_text.h"
 #include "set_files.h"
@@ -33,12 +34,15 @@ struct CommandLine {
 
 void addSet(CLI::App& command, CommandLine& line)
 {
-    command.add_option("SET", line.set, "a list file (.QLT), a data file (.QDT), or both without their ending")
+    command
+        .add_option("SET", line.set,
+                    "path of a list file (.QLT) or a data file (.QDT), or that path without its ending")
         ->required();
     command.add_flag("--json", line.json, "prints JSON");
 }
 
-// Runs `action` on the set with `root` as the root of the name space.
+// Opens the set, with the folder `root` as the root of the name space, and runs `action` on it. Without `root` the
+// set's own folder is the root.
 template <class Action>
 int onSet(const std::string& argument, const std::string& root, const Action& action)
 {
@@ -56,13 +60,19 @@ int onSet(const std::string& argument, const std::string& root, const Action& ac
         std::cerr << "quillbox-set: a folder can't be opened: " << screen_text::onScreen(folder) << "\n";
         return exitNoSet;
     }
-    return action(*set);
+    ListedSet list(*set);
+    if (!list.isOpen()) {
+        std::cerr << "quillbox-set: the list file can't be opened\n";
+        return exitNoSet;
+    }
+    return action(list, *set);
 }
 
 int extract(CommandLine& line)
 {
+    // Reports that there is no set, before the folder is made.
     if (!findSet(line.set))
-        return onSet(line.set, "", [](const MountedSet&) { return exitNoSet; });  // before a folder is made for it
+        return onSet(line.set, "", [](ListedSet&, const MountedSet&) { return exitNoSet; });
     std::error_code error;
     platform::file::prepareProcess();
     std::filesystem::create_directories(line.folder, error);
@@ -71,7 +81,8 @@ int extract(CommandLine& line)
         line.extraction.format.reset();
     else
         line.extraction.format = database_formats::formatNamed(line.format);
-    return onSet(line.set, line.folder, [&](const MountedSet& set) { return extractItems(set, line.extraction); });
+    return onSet(line.set, line.folder,
+                 [&](ListedSet& set, const MountedSet& files) { return extractItems(set, files, line.extraction); });
 }
 
 int list(CommandLine& line)
@@ -81,44 +92,46 @@ int list(CommandLine& line)
             return listSets(*folder, line.json);
     }
     line.listing.json = line.json;
-    return onSet(line.set, "", [&](const MountedSet& set) { return listSet(set, line.listing); });
+    return onSet(line.set, "",
+                 [&](ListedSet& set, const MountedSet& files) { return listSet(set, files, line.listing); });
 }
 
 int run(int count, char** arguments)
 {
-    CLI::App app("Looks into a backup set, checks it, takes things out of it.\n"
-                 "Exit code: 0 good; 1 the set has faults, or not all was done; 2 bad usage or no such file.",
-                 "quillbox-set");
+    CLI::App app(
+        "Lists, verifies and unpacks backup sets.\n"
+        "Exit code: 0 good; 1 the set has faults, or a part of the request failed; 2 bad usage or no such file.",
+        "quillbox-set");
     app.set_version_flag("--version", "quillbox-set " QUILLBOX_VERSION);
     app.require_subcommand(1);
     CommandLine line;
 
     CLI::App* listing = app.add_subcommand(
-        "list", "prints the comment and every item; of a folder, such as a card's QUILBOX, which sets are there");
+        "list", "prints the comment and the items of a set, or the sets in a folder such as a card's QUILBOX");
     addSet(*listing, line);
-    listing->add_flag("--sizes", line.listing.sizes, "unpacks each item to tell its size");
+    listing->add_flag("--sizes", line.listing.sizes, "also prints the unpacked sizes (unpacks each item)");
     listing->add_flag("--inside", line.listing.inside,
-                      "unpacks databases and the registry to tell what stands in them");
+                      "also prints what databases and the registry contain (unpacks them)");
 
-    CLI::App* verify = app.add_subcommand("verify", "checks everything that can be checked, and names each fault");
+    CLI::App* verify = app.add_subcommand("verify", "checks everything that can be checked, and prints each fault");
     addSet(*verify, line);
     verify->footer(
-        "A set has no checksums. Sound means: every item unpacks to its end, and each database and the registry\n"
-        "can be read whole. A byte that has changed inside an item's content is found only where it breaks that,\n"
-        "which most changes of single bits don't. Only the source, or a checksum of the two files taken right after\n"
-        "the backup, tells whether the content is still the same.");
+        "A set has no checksums. It is sound if every item can be unpacked, and each database and the registry can be\n"
+        "read to the end. A changed byte in the content of an item is found only if it prevents that, which most\n"
+        "changes of single bits don't. Compare with the source, or with a checksum of the two files that was made\n"
+        "right after the backup, to know whether the content is unchanged.");
 
     CLI::App* take = app.add_subcommand("extract", "unpacks items into a folder");
     addSet(*take, line);
-    take->add_option("DIR", line.folder, "the folder; it is made if it is missing")->required();
+    take->add_option("DIR", line.folder, "the folder to write to; a missing one is made")->required();
     take->add_option("NAME", line.extraction.names,
-                     "items as `list` shows them, / for \\ at will, or \"registry\"; * and ? match; none: all");
+                     "names of items as in `list`, with / or \\, or \"registry\"; * and ? are wildcards; default: all");
     CLI::Option* format =
-        take->add_option("--form", line.format, "what becomes of databases: jsonl, vcard, ical or csv (jsonl)")
+        take->add_option("--form", line.format, "the format of databases: jsonl, vcard, ical or csv; default: jsonl")
             ->check([](const std::string& name) {
                 return database_formats::formatNamed(name) ? "" : "there is no format " + name;
             });
-    take->add_flag("--raw", line.raw, "takes databases and the registry as they lie in the set, byte for byte")
+    take->add_flag("--raw", line.raw, "writes databases and the registry byte for byte as they are in the set")
         ->excludes(format);
     take->add_flag("--force", line.extraction.force, "replaces files that exist");
     take->add_flag("--keep-damaged", line.extraction.keepDamaged, "keeps what could be unpacked of a damaged item");
@@ -131,7 +144,8 @@ int run(int count, char** arguments)
     if (listing->parsed())
         return list(line);
     if (verify->parsed())
-        return onSet(line.set, "", [&](const MountedSet& set) { return verifySet(set, line.json); });
+        return onSet(line.set, "",
+                     [&](ListedSet& set, const MountedSet& files) { return verifySet(set, files, line.json); });
     return extract(line);
 }
 

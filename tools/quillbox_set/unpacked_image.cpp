@@ -1,5 +1,3 @@
-// unpacked_image.cpp - see unpacked_image.h.
-
 #include "unpacked_image.h"
 
 #include "set/stream_decoding.h"
@@ -10,12 +8,7 @@ namespace quillbox_set {
 
 namespace {
 
-BOOL writeRaw(const BYTE* raw, DWORD bytes, void* file)
-{
-    return static_cast<GrowingFile*>(file)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
-}
-
-// The bytes up to `end` are all that the reader has then.
+// Makes the bytes from `start` to before `end` the ones that the reader reads next. They are all that it can read.
 bool seekTo(ImageReader& reader, std::uint64_t start, std::uint64_t end)
 {
     auto high = static_cast<LONG>(start >> 32);
@@ -57,15 +50,15 @@ UnpackedImage::UnpackedImage(const OpenFile& data, const ListEntry& entry, const
 {
     if (!file_.isOpen())
         return;
-    // A fault of the stream is in the report, and what stands before it is there.
-    (void)DecodeStream(data.handle(), entry.startOffset, entry.endOffset, writeRaw, &file_);
+    // The report has the faults of the stream. What is before them is unpacked.
+    (void)DecodeStream(data.handle(), entry.startOffset, entry.endOffset, GrowingFile::writeRaw, &file_);
     StartImageReader(*reader_, file_.handle());
 }
 
-bool UnpackedImage::read(std::size_t first, std::size_t behind, ImageRecords& records)
+bool UnpackedImage::read(std::size_t first, std::size_t end, ImageRecords& records)
 {
-    bool good = seekTo(*reader_, image_.ends[first], image_.ends[behind]);
-    for (; good && first < behind; first++)
+    bool good = seekTo(*reader_, image_.ends[first], image_.ends[end]);
+    for (; good && first < end; first++)
         good = records.add(*reader_);
     return good;
 }

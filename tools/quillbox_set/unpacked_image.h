@@ -1,4 +1,4 @@
-// unpacked_image.h - a database's image as a file for as long as its records are taken out, in any order.
+// unpacked_image.h - unpacks the image of a database to a temporary file, so that its records can be read in any order.
 #pragma once
 
 #include "growing_file.h"
@@ -11,7 +11,7 @@
 
 namespace quillbox_set {
 
-// Records that follow on one another in an image, with the texts and blobs that their properties point to.
+// Consecutive records of an image, with the texts and blobs that their properties point to.
 class ImageRecords {
 public:
     ImageRecords() = default;
@@ -19,30 +19,31 @@ public:
     ImageRecords& operator=(const ImageRecords&) = delete;
     ~ImageRecords();
 
-    // Adds the record that comes next. False if it can't be read.
+    // Adds the next record. False if it can't be read.
     [[nodiscard]] bool add(ImageReader& reader);
 
-    [[nodiscard]] std::size_t size() const { return ends_.size() - 1; }
-    [[nodiscard]] std::span<const CEPROPVAL> record(std::size_t place) const
+    std::size_t size() const { return ends_.size() - 1; }
+    std::span<const CEPROPVAL> record(std::size_t index) const
     {
-        return std::span(properties_).subspan(ends_[place], ends_[place + 1] - ends_[place]);
+        return std::span(properties_).subspan(ends_[index], ends_[index + 1] - ends_[index]);
     }
 
 private:
     std::vector<CEPROPVAL> properties_;
-    std::vector<std::size_t> ends_ = {0};  // in it
+    std::vector<std::size_t> ends_ = {0};  // offset in properties_ where each record ends, after a 0
 };
 
 class UnpackedImage {
 public:
-    // Unpacks the stream into a file in the root that goes with this, as far as it unpacks: `image` tells how far.
+    // Unpacks the stream as far as possible into a file in the root. The destructor deletes the file. `image` is the
+    // result of checkImage for the same entry.
     UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image);
 
-    // Of the unpacking.
-    [[nodiscard]] DWORD error() const { return file_.error(); }
+    // The error of the unpacking.
+    DWORD error() const { return file_.error(); }
 
-    // Adds the records from place `first` to before `behind` that `image` has whole.
-    [[nodiscard]] bool read(std::size_t first, std::size_t behind, ImageRecords& records);
+    // Reads the complete records from index `first` to before index `end`.
+    [[nodiscard]] bool read(std::size_t first, std::size_t end, ImageRecords& records);
 
 private:
     const ImageReport& image_;

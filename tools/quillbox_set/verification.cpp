@@ -1,12 +1,9 @@
-// verification.cpp - see verification.h.
-
 #include "verification.h"
 
 #include "exit_code.h"
 #include "fault_text.h"
 #include "image_check.h"
 #include "json_list.h"
-#include "listed_set.h"
 #include "name_set.h"
 #include "registry_check.h"
 #include "screen_text/screen_text.h"
@@ -17,7 +14,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <iostream>
 #include <optional>
 
 namespace quillbox_set {
@@ -26,7 +22,7 @@ using screen_text::counted;
 
 namespace {
 
-// Where the faults go: lines or an array.
+// Prints faults and warnings, as lines or as elements of a JSON array.
 class FaultReport {
 public:
     explicit FaultReport(bool json)
@@ -35,8 +31,8 @@ public:
             list_.emplace(nlohmann::ordered_json::object(), "faults");
     }
 
-    // `item` null: the fault is the list's or the data file's as a whole.
-    void tell(const Item* item, const std::string& reason)
+    // `item` is null for a fault of the list file or the data file as a whole.
+    void addFault(const Item* item, const std::string& reason)
     {
         faults_++;
         if (list_)
@@ -45,8 +41,8 @@ public:
             std::printf("%s%s\n", asText(item).c_str(), reason.c_str());
     }
 
-    // `item` as for tell. Nothing is wrong with the set, but its user may be surprised.
-    void warn(const Item* item, const std::string& reason)
+    // For what isn't a fault, but can surprise the user. `item`: see addFault().
+    void addWarning(const Item* item, const std::string& reason)
     {
         warnings_++;
         if (list_) {
@@ -95,7 +91,7 @@ private:
     std::uint64_t warnings_ = 0;
 };
 
-// What one verification knows of the items before the one that it looks at.
+// One verification. Its state is what is known from the earlier items.
 class Verification {
 public:
     Verification(ListedSet& set, const std::u16string& dataPath, bool json)
@@ -108,7 +104,7 @@ public:
     {
         checkComment();
         if (!data_.isOpen())
-            report_.tell(nullptr, "the data file is missing or can't be opened");
+            report_.addFault(nullptr, "the data file is missing or can't be opened");
         Item item;
         std::uint64_t items = 0;
         for (; set_.next(item); items++) {
@@ -118,7 +114,7 @@ public:
         }
         checkEnds();
         if (items == 0)
-            report_.warn(nullptr, "the set is empty");
+            report_.addWarning(nullptr, "the set is empty");
         return report_.end(items);
     }
 
@@ -126,46 +122,46 @@ private:
     void checkComment()
     {
         for (const std::string& fault : listFaultTexts(set_.commentFaults(), "the comment"))
-            report_.tell(nullptr, "comment: " + fault);
+            report_.addFault(nullptr, "comment: " + fault);
     }
 
     void checkKind(const Item& item)
     {
         const BYTE kind = item.entry.kind;
         if (!IsItemKind(kind))
-            report_.tell(&item, "there is no such kind");
+            report_.addFault(&item, "there is no such kind");
         else if (kind < lastKind_)
-            report_.tell(&item, "files come before databases, and the registry last");
+            report_.addFault(&item, "files come before databases, and the registry last");
         else if (kind == ItemKindRegistry && lastKind_ == ItemKindRegistry)
-            report_.tell(&item, "the registry is there already");
+            report_.addFault(&item, "the registry is there already");
         else
             lastKind_ = kind;
         if (item.entry.flag != 1)
-            report_.tell(&item, "its second byte isn't 1");
+            report_.addFault(&item, "its second byte isn't 1");
     }
 
     void checkName(const Item& item)
     {
         for (const std::string& fault : listFaultTexts(item.entry.faults, "its name"))
-            report_.tell(&item, fault);
+            report_.addFault(&item, fault);
         if (item.entry.faults != 0 || (!item.isFile() && !item.isDatabase()))
             return;
         if (item.name().empty())
-            report_.tell(&item, "its name is empty");
+            report_.addFault(&item, "its name is empty");
         else if (!isUsable(item))
-            report_.tell(&item, "its name can't be used");
+            report_.addFault(&item, "its name can't be used");
         else if (!names_.add(item.entry.kind, item.name()))
-            report_.tell(&item, "an item before has the same name");
+            report_.addFault(&item, "an earlier item has the same name");
     }
 
-    // A restore brings a database by way of its image, the file \NAME.CDB.
+    // A restore makes a temporary file \NAME.CDB for a database.
     static bool isUsable(const Item& item)
     {
         return isUsablePath(item.isFile() ? std::u16string(item.name())
                                           : u"\\" + std::u16string(item.name()) + u".CDB");
     }
 
-    // Whether a file of this host can have the path.
+    // True if a file of the host can have the path.
     static bool isUsablePath(std::u16string_view path)
     {
         bool good = path.starts_with(u'\\') && path.size() < MAX_PATH;
@@ -184,17 +180,17 @@ private:
         if (entry.faults & CutByEndOfFile)
             return;
         if (entry.startOffset != dataBytes_)
-            report_.tell(&item, "it begins at " + std::to_string(entry.startOffset) + ", the one before ends at " +
-                                    std::to_string(dataBytes_));
+            report_.addFault(&item, "it begins at offset " + std::to_string(entry.startOffset) +
+                                        ", but the item before it ends at " + std::to_string(dataBytes_));
         dataBytes_ = entry.endOffset;
         if (entry.endOffset < entry.startOffset)
-            report_.tell(&item, "its end offset lies before its start offset");
+            report_.addFault(&item, "its end offset is before its start offset");
         else if (data_.isOpen() && entry.endOffset > dataSize_)
-            report_.tell(&item, "its end offset lies behind the data file's end");
+            report_.addFault(&item, "its end offset is after the end of the data file");
         else if (data_.isOpen() && item.isDatabase())
             checkDatabase(item);
         else if (data_.isOpen() && item.isRegistry())
-            tellIfAny(item, checkRegistry(data_, entry).fault);
+            addFaultIfAny(item, checkRegistry(data_, entry).fault);
         else if (data_.isOpen())
             decode(item);
     }
@@ -202,17 +198,17 @@ private:
     void checkDatabase(const Item& item)
     {
         const ImageReport image = checkImage(data_, item.entry);
-        tellIfAny(item, image.fault);
+        addFaultIfAny(item, image.fault);
         if (item.entry.faults != 0)
-            return;  // there is no name to compare with
+            return;  // the name can't be compared
         for (const std::string& warning : imageWarnings(image, item.name()))
-            report_.warn(&item, warning);
+            report_.addWarning(&item, warning);
     }
 
-    void tellIfAny(const Item& item, const std::string& fault)
+    void addFaultIfAny(const Item& item, const std::string& fault)
     {
         if (!fault.empty())
-            report_.tell(&item, fault);
+            report_.addFault(&item, fault);
     }
 
     void decode(const Item& item)
@@ -220,19 +216,19 @@ private:
         const StreamFault fault =
             DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, nullptr, nullptr);
         if (fault != StreamFault::None)
-            report_.tell(&item, streamFaultText(fault));
+            report_.addFault(&item, streamFaultText(fault));
     }
 
     void checkEnds()
     {
         if (set_.readFailed())
-            report_.tell(nullptr, "the list file couldn't be read to its end");
-        if (set_.bytesBehindItems() != 0)
-            report_.tell(nullptr, set_.bytesBehindItems() == 1 ? "the list file ends in 1 byte that is no item"
-                                                               : "the list file ends in 2 bytes that are no item");
+            report_.addFault(nullptr, "the list file couldn't be read to its end");
+        if (set_.bytesAfterItems() != 0)
+            report_.addFault(nullptr, set_.bytesAfterItems() == 1 ? "the list file ends in 1 byte that is no item"
+                                                                  : "the list file ends in 2 bytes that are no item");
         if (data_.isOpen() && dataSize_ != dataBytes_)
-            report_.tell(nullptr, "the data file has " + std::to_string(dataSize_) + " bytes, the items end at " +
-                                      std::to_string(dataBytes_));
+            report_.addFault(nullptr, "the data file has " + std::to_string(dataSize_) +
+                                          " bytes, but the items end at " + std::to_string(dataBytes_));
     }
 
     ListedSet& set_;
@@ -241,19 +237,14 @@ private:
     FaultReport report_;
     NameSet names_;
     BYTE lastKind_ = ItemKindFile;
-    DWORD dataBytes_ = 0;  // where the item before ends
+    DWORD dataBytes_ = 0;  // end offset of the previous item
 };
 
 }  // namespace
 
-int verifySet(const MountedSet& set, bool json)
+int verifySet(ListedSet& set, const MountedSet& files, bool json)
 {
-    ListedSet list(set);
-    if (!list.isOpen()) {
-        std::cerr << "quillbox-set: the list file can't be opened\n";
-        return exitNoSet;
-    }
-    return Verification(list, set.dataPath, json).run();
+    return Verification(set, files.dataPath, json).run();
 }
 
 }  // namespace quillbox_set

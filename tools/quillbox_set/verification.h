@@ -1,11 +1,11 @@
-// verification.h - `quillbox-set verify`: holds a set to everything that docs/format.md says of it.
+// verification.h - `quillbox-set verify`: checks that a set complies with docs/format.md.
 #pragma once
 
-#include "set_files.h"
+#include "listed_set.h"
 
 namespace quillbox_set {
 
-// Prints each fault with the item that has it and a summary; returns the exit code.
-[[nodiscard]] int verifySet(const MountedSet& set, bool json);
+// Prints each fault with its item, and a summary. Returns the exit code.
+int verifySet(ListedSet& set, const MountedSet& files, bool json);
 
 }  // namespace quillbox_set
