@@ -254,7 +254,7 @@ class DamageTest(SetToolTest):
                                      ("cut in a length", whole[:7], "block's length"),
                                      ("cut in a block", whole[:12], "inside a block"),
                                      ("not closed", whole[:CUT], "closing block is missing"),
-                                     ("bytes behind", whole + b"x", "stand behind"),
+                                     ("bytes behind", whole + b"x", "follow the closing block"),
                                      ("length 0", whole[:5] + bytes(4), "length 0"),
                                      ("too long", whole[:5] + b"\xff" * 4 + whole[9:], "longer than"),
                                      ("hostile block", whole[:9] + b"\x40" + whole[10:], "doesn't unpack")]:

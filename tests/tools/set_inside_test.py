@@ -140,7 +140,7 @@ class DamagedInsideTest(InsideTest):
                               (image_bytes("\0" * 4), "empty name"), (image_bytes("Tasks", 0, SORT * 3), "6 sort orders"),
                               (IMAGE + b"abc", "3 bytes too many"), (IMAGE[:-1], "inside record 3 of 3"),
                               (changed(count_at, b"\4\0"), "inside record 4 of 4"),
-                              (changed(count_at, b"\2\0"), "too many behind"),
+                              (changed(count_at, b"\2\0"), "too many after"),
                               (changed(size_at, b"\xfe\xff\xff\xff"), "inside record 3 of 3"),
                               (changed(size_at + units + 2, b"x\0"), "no closing NUL"),
                               (changed(text_at, b"\0\0"), "has a NUL before its end")]:

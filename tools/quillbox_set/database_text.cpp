@@ -1,5 +1,3 @@
-// database_text.cpp - see database_text.h.
-
 #include "database_text.h"
 
 #include "fault_text.h"
@@ -13,36 +11,37 @@ namespace quillbox_set {
 
 namespace {
 
-// Records that are read at once, so that going backwards costs few seeks.
+// Records are read from the last one to the first one, in groups of about this size, so that few seeks are needed.
 constexpr std::uint64_t groupBytes = std::uint64_t{256} * 1024;
 
-// A record is in memory whole, several times over while it becomes text.
+// The conversion to text needs several copies of a record in memory, so a record that is too large is refused.
 std::string tooLargeRecord(const ImageReport& image)
 {
-    return image.tooLarge == 0
-               ? ""
-               : "record " + std::to_string(image.tooLarge) + " of its image has more than 16 MiB: --raw takes it out";
+    return image.tooLarge == 0 ? ""
+                               : "record " + std::to_string(image.tooLarge) +
+                                     " of its image has more than 16 MiB; --raw extracts the database";
 }
 
-std::size_t groupBefore(const ImageReport& image, std::size_t behind)
+// The first record of the group that ends before the record `end`.
+std::size_t groupBefore(const ImageReport& image, std::size_t end)
 {
-    std::size_t first = behind - 1;
-    while (first > 0 && image.ends[behind] - image.ends[first - 1] <= groupBytes)
+    std::size_t first = end - 1;
+    while (first > 0 && image.ends[end] - image.ends[first - 1] <= groupBytes)
         first--;
     return first;
 }
 
-// What a device's store keeps of a record that a restore writes.
+// The properties that the store of a device contains after a restore has written this record.
 std::vector<CEPROPVAL> restored(std::span<const CEPROPVAL> record)
 {
     std::vector<CEPROPVAL> kept;
-    std::unordered_map<CEPROPID, std::size_t> places;
+    std::unordered_map<CEPROPID, std::size_t> positions;  // in `kept`
     for (const CEPROPVAL& property : record) {
-        const auto [place, isNew] = places.emplace(property.propid, kept.size());
+        const auto [position, isNew] = positions.emplace(property.propid, kept.size());
         if (isNew)
             kept.push_back(property);
         else
-            kept[place->second] = property;
+            kept[position->second] = property;
     }
     std::erase_if(kept, [](const CEPROPVAL& property) { return (property.wFlags & CEDB_PROPDELETE) != 0; });
     for (CEPROPVAL& property : kept)
@@ -52,14 +51,14 @@ std::vector<CEPROPVAL> restored(std::span<const CEPROPVAL> record)
 
 void addBackwards(database_formats::DatabaseWriter& writer, const ImageRecords& records)
 {
-    for (std::size_t place = records.size(); place > 0; place--) {
-        const std::vector<CEPROPVAL> record = restored(records.record(place - 1));
+    for (std::size_t end = records.size(); end > 0; end--) {
+        const std::vector<CEPROPVAL> record = restored(records.record(end - 1));
         if (!record.empty())
             writer.add(record);
     }
 }
 
-// Returns what hindered it.
+// Returns the reason of a failure, or an empty text.
 std::string write(UnpackedImage& unpacked, const ImageReport& image, database_formats::Format format, GrowingFile& file)
 {
     TargetBuffer buffer(file);
@@ -67,13 +66,13 @@ std::string write(UnpackedImage& unpacked, const ImageReport& image, database_fo
     try {
         const auto writer = database_formats::makeWriter(format, out);
         writer->begin({image.name, image.type, image.sortOrders});
-        for (std::size_t behind = image.ends.size() - 1; behind > 0 && out.good();) {
-            const std::size_t first = groupBefore(image, behind);
+        for (std::size_t end = image.ends.size() - 1; end > 0 && out.good();) {
+            const std::size_t first = groupBefore(image, end);
             ImageRecords records;
-            if (!unpacked.read(first, behind, records))
+            if (!unpacked.read(first, end, records))
                 return "its image can't be read again";
             addBackwards(*writer, records);
-            behind = first;
+            end = first;
         }
         writer->finish();
     } catch (const database_formats::FormatFault& fault) {

@@ -1,4 +1,4 @@
-// database_text.h - a database of a set as text that other programs read.
+// database_text.h - writes a database of a set as text that other programs read.
 #pragma once
 
 #include "image_check.h"
@@ -13,16 +13,18 @@ namespace quillbox_set {
 
 struct DatabaseText {
     database_formats::Format format;
-    std::u16string path;  // of the file
-    bool replace;         // one that exists
+    std::u16string path;
+    bool replace;  // an existing file
 };
 
-// Writes the records that `image` has whole in the database's own order, which its image turns around: so equal
-// databases give equal files, out of a device or out of a set. Of a record comes what a restore would put
-// into a device of it; one without properties is left out. Needs room beside the file for the image.
+// Writes the complete records of the image. An image has the records of a database in the opposite order, so they are
+// written from the last one to the first one. Then equal databases give equal files, whether they are exported from a
+// device or extracted from a set. A record is written as a restore would store it. Records without properties are left
+// out. The image needs space on the disk beside the file.
 //
-// Returns what hindered it; no new file is left then. `bytes` is the file's size.
-[[nodiscard]] std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
-                                            const DatabaseText& text, std::optional<std::uint64_t>& bytes);
+// Returns an empty text, and sets `bytes` to the size of the file. Otherwise returns the reason of the failure, and
+// there is no new file.
+std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
+                              const DatabaseText& text, std::optional<std::uint64_t>& bytes);
 
 }  // namespace quillbox_set

@@ -1,5 +1,3 @@
-// fault_text.cpp - see fault_text.h.
-
 #include "fault_text.h"
 
 #include "kernel/error_reason.h"
@@ -38,7 +36,7 @@ std::string streamFaultText(StreamFault fault)
     case StreamFault::EmptyBlock:
         return "its stream has a block of length 0";
     case StreamFault::BlockTooLong:
-        return "its stream has a block longer than any may be";
+        return "its stream has a block that is longer than the format allows";
     case StreamFault::BlockCut:
         return "its stream ends inside a block";
     case StreamFault::BlockDamaged:
@@ -46,7 +44,7 @@ std::string streamFaultText(StreamFault fault)
     case StreamFault::NotClosed:
         return "its stream was cut: the closing block is missing";
     case StreamFault::BytesBehindEnd:
-        return "bytes stand behind its stream's closing block";
+        return "bytes follow the closing block of its stream";
     case StreamFault::StoppedBySink:
         return "it couldn't be written";
     }
@@ -58,16 +56,16 @@ std::string errorText(DWORD error)
     switch (error) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:
-        return "a folder on the way is missing or is none";
+        return "a folder of its path is missing or is not a folder";
     case ERROR_ACCESS_DENIED:
         return "no permission, or a folder has that name";
     case ERROR_FILE_EXISTS:
     case ERROR_ALREADY_EXISTS:
         return "exists already (--force replaces it)";
     case ERROR_INVALID_NAME:
-        return "refused: not a name that a file may have here";
+        return "refused: not a valid name for a file";
     case ERROR_NOT_SAME_DEVICE:
-        return "that folder lies on another disk";
+        return "that folder is on another disk";
     case ERROR_FILENAME_EXCED_RANGE:
         return "refused: the name is too long";
     default:

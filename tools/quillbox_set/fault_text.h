@@ -1,4 +1,4 @@
-// fault_text.h - what is wrong with a set, in words.
+// fault_text.h - messages for the faults of a set and for errors of the platform.
 #pragma once
 
 #include "set/stream_decoding.h"
@@ -10,12 +10,13 @@
 
 namespace quillbox_set {
 
-// Of ListFault bits; `text` is what has them: "the comment", "its name".
-[[nodiscard]] std::vector<std::string> listFaultTexts(DWORD faults, const std::string& text);
+// One message for each bit of `faults` (see ListFault). `text` names the text with the faults: "the comment", "its
+// name".
+std::vector<std::string> listFaultTexts(DWORD faults, const std::string& text);
 
-[[nodiscard]] std::string streamFaultText(StreamFault fault);
+std::string streamFaultText(StreamFault fault);
 
-// What the platform's error means to the user.
-[[nodiscard]] std::string errorText(DWORD error);
+// What the error of the platform means for an extraction.
+std::string errorText(DWORD error);
 
 }  // namespace quillbox_set

@@ -1,5 +1,3 @@
-// image_check.cpp - see image_check.h.
-
 #include "image_check.h"
 
 #include "fault_text.h"
@@ -28,31 +26,34 @@ public:
     void run()
     {
         if (!takeHead())
-            return tell("its image ends before its first record");
+            return noteFault("its image ends before its first record");
         report_.ends.push_back(stream_.taken());
         while (record_ < report_.records) {
             record_++;
             if (!takeRecord())
-                return tell("its image ends inside record " + std::to_string(record_) + " of " +
-                            std::to_string(report_.records));
+                return noteFault("its image ends inside record " + std::to_string(record_) + " of " +
+                                 std::to_string(report_.records));
             report_.ends.push_back(stream_.taken());
         }
         const std::uint64_t whole = stream_.taken();
         (void)stream_.finish();
         if (stream_.taken() != whole)
-            tell(counted(stream_.taken() - whole, "byte") + " too many behind the last of its image's " +
-                 counted(report_.records, "record"));
+            noteFault(counted(stream_.taken() - whole, "byte") + " too many after the last of its image's " +
+                      counted(report_.records, "record"));
     }
 
 private:
-    // The first fault alone: others often follow from it.
-    void tell(const std::string& fault)
+    // Keeps only the first fault, because it is often the cause of the others.
+    void noteFault(const std::string& fault)
     {
         if (report_.fault.empty())
             report_.fault = fault;
     }
 
-    void tellOfText(const std::string& fault) { tell("a text in record " + std::to_string(record_) + " " + fault); }
+    void noteFaultOfText(const std::string& fault)
+    {
+        noteFault("a text in record " + std::to_string(record_) + " " + fault);
+    }
 
     template <class Value>
     bool take(Value& value)
@@ -67,7 +68,7 @@ private:
         if (!take(nameBytes))
             return false;
         if (nameBytes < sizeof(char16_t) || nameBytes > NameChars * sizeof(char16_t) || nameBytes % 2 != 0) {
-            tell("its image has a name of " + counted(nameBytes, "byte"));
+            noteFault("its image has a name of " + counted(nameBytes, "byte"));
             return false;
         }
         report_.name.resize(nameBytes / sizeof(char16_t));
@@ -81,9 +82,9 @@ private:
         const bool closed = report_.name.back() == 0;
         const std::size_t end = std::min(report_.name.find(u'\0'), report_.name.size());
         if (!closed || end == 0)
-            tell(closed ? "its image has an empty name" : "the name in its image has no closing NUL");
+            noteFault(closed ? "its image has an empty name" : "the name in its image has no closing NUL");
         else if (end + 1 != report_.name.size())
-            tell("the name in its image has a NUL before its end");
+            noteFault("the name in its image has a NUL before its end");
         report_.name.resize(end);
         return closed && end != 0;
     }
@@ -91,7 +92,7 @@ private:
     bool takeSortOrders(WORD count)
     {
         if (count > CEDB_MAXSORTORDER)
-            tell("its image has " + std::to_string(count) + " sort orders, a database at most 4");
+            noteFault("its image has " + std::to_string(count) + " sort orders, a database at most 4");
         for (; count > 0; count--) {
             SORTORDERSPEC order{};
             if (!take(order.propid) || !take(order.dwFlags))
@@ -116,7 +117,8 @@ private:
         }
         if (content_ > MaxRecordContent && report_.tooLarge == 0) {
             report_.tooLarge = record_;
-            tell("record " + std::to_string(record_) + " of its image has more than 16 MiB, which no restore takes");
+            noteFault("record " + std::to_string(record_) +
+                      " of its image has more than 16 MiB, which no restore accepts");
         }
         return true;
     }
@@ -151,7 +153,7 @@ private:
     bool takeText(DWORD bytes)
     {
         if (bytes % sizeof(char16_t) != 0 || bytes == 0) {
-            tellOfText("has a size of " + counted(bytes, "byte"));
+            noteFaultOfText("has a size of " + counted(bytes, "byte"));
             return stream_.skip(bytes);
         }
         std::array<char16_t, pieceUnits> units{};
@@ -162,9 +164,9 @@ private:
             left -= piece.size();
             const auto text = left == 0 ? piece.first(piece.size() - 1) : piece;
             if (left == 0 && piece.back() != 0)
-                tellOfText("has no closing NUL");
+                noteFaultOfText("has no closing NUL");
             else if (std::ranges::find(text, u'\0') != text.end())
-                tellOfText("has a NUL before its end");
+                noteFaultOfText("has a NUL before its end");
         }
         return true;
     }
@@ -172,7 +174,7 @@ private:
     UnpackedStream& stream_;
     ImageReport& report_;
     unsigned record_ = 0;
-    std::uint64_t content_ = 0;  // of the record's texts and blobs
+    std::uint64_t content_ = 0;  // number of bytes in the texts and blobs of the record
 };
 
 }  // namespace
@@ -182,7 +184,7 @@ ImageReport checkImage(const OpenFile& data, const ListEntry& entry)
     ImageReport report;
     UnpackedStream stream(data, entry);
     ImageCheck(stream, report).run();
-    // A stream that is cut cuts its image.
+    // A damaged stream also makes the image incomplete. The fault of the stream is the cause, so it counts.
     if (const StreamFault fault = stream.finish(); fault != StreamFault::None)
         report.fault = streamFaultText(fault);
     report.bytes = stream.taken();
@@ -196,13 +198,14 @@ std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_
         return warnings;
     if (platform::text::compareWithoutCase(image.name, itemName) != 0)
         warnings.push_back("its image is of a database named \"" + onScreen(image.name) +
-                           "\": a restore makes that one, and asks before it replaces either");
+                           "\": a restore makes that database, and asks before it replaces either");
     if (image.name.size() >= CEDB_MAXDBASENAMELEN)
         warnings.push_back("the name in its image has more than 31 characters: a device cuts it");
     if (image.emptyRecords != 0)
-        warnings.push_back(counted(image.emptyRecords, "record") +
-                           " of its image without properties, which a restore leaves out: empty on the device, or "
-                           "such that the backup couldn't read");
+        warnings.push_back(
+            counted(image.emptyRecords, "record") +
+            " of its image without properties, which a restore leaves out: they were empty on the device, or "
+            "the backup couldn't read them");
     return warnings;
 }
 

@@ -1,7 +1,7 @@
-// image_check.h - a database's image held to the format, record after record, as it is unpacked: nothing of it is kept
-// but where its records lie.
+// image_check.h - checks that the image of a database complies with the format, while it is unpacked. Only the offsets
+// of its records are kept.
 //
-// A restore reads a damaged image as far as it goes (image_reader.h); here it is told what is wrong with it.
+// A restore reads a damaged image as far as possible (image_reader.h). This check names what is wrong with it.
 #pragma once
 
 #include "unpacked_stream.h"
@@ -14,27 +14,27 @@
 namespace quillbox_set {
 
 struct ImageReport {
-    std::u16string name;  // the database's own
+    std::u16string name;  // of the database, from the head of the image
     DWORD type = 0;
-    WORD records = 0;  // as its head tells
+    WORD records = 0;  // number of records, from the head
     std::vector<SORTORDERSPEC> sortOrders;
 
-    // Where the head ends, and then each record that is there whole: offsets in the image.
+    // The offset in the image where the head ends, and then the offset where each complete record ends.
     std::vector<std::uint64_t> ends;
     WORD emptyRecords = 0;
-    unsigned tooLarge = 0;  // the first record that no restore takes (MaxRecordContent), from 1; 0: none
+    unsigned tooLarge = 0;  // number of the first record that exceeds MaxRecordContent, from 1. 0: none.
 
-    // The first thing that is wrong, the stream included; empty for a sound image.
+    // The first fault of the image or of its stream. Empty for a sound image.
     std::string fault;
-    std::uint64_t bytes = 0;  // of the image, as far as it unpacks
+    std::uint64_t bytes = 0;  // size of the image, as far as it can be unpacked
 
-    [[nodiscard]] bool hasHead() const { return !ends.empty(); }
+    bool hasHead() const { return !ends.empty(); }
 };
 
 // Reads the stream to its end.
-[[nodiscard]] ImageReport checkImage(const OpenFile& data, const ListEntry& entry);
+ImageReport checkImage(const OpenFile& data, const ListEntry& entry);
 
-// What is no fault but may surprise whoever restores the item of this name.
-[[nodiscard]] std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_view itemName);
+// What isn't a fault, but can surprise a user who restores the item of this name.
+std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_view itemName);
 
 }  // namespace quillbox_set

@@ -1,5 +1,3 @@
-// item_inside.cpp - see item_inside.h.
-
 #include "item_inside.h"
 
 #include "image_check.h"

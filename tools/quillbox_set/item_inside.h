@@ -1,4 +1,4 @@
-// item_inside.h - what stands in a database or the registry of a set, told to whoever lists it.
+// item_inside.h - describes the content of a database or of the registry in a set.
 #pragma once
 
 #include "listed_set.h"
@@ -10,12 +10,12 @@
 namespace quillbox_set {
 
 struct ItemInside {
-    std::string text;             // one line; empty for an item that has no inside
-    nlohmann::ordered_json json;  // null for such an item, and where nothing could be read
-    std::string fault;            // what is wrong with it, if anything is
+    std::string text;             // one line. Empty for a file.
+    nlohmann::ordered_json json;  // null for a file, and if nothing could be read
+    std::string fault;            // what is wrong with the item. Empty if nothing is.
 };
 
 // Unpacks the item.
-[[nodiscard]] ItemInside lookInside(const OpenFile& data, const Item& item);
+ItemInside lookInside(const OpenFile& data, const Item& item);
 
 }  // namespace quillbox_set

@@ -1,5 +1,3 @@
-// json_list.cpp - see json_list.h.
-
 #include "json_list.h"
 
 #include <iostream>

@@ -1,4 +1,5 @@
-// json_list.h - one JSON object with one long array in it, printed as it comes: a set may name millions of items.
+// json_list.h - prints a JSON object that contains one array, element by element. The array can have millions of
+// elements.
 #pragma once
 
 #include <nlohmann/json.hpp>

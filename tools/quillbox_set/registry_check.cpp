@@ -1,5 +1,3 @@
-// registry_check.cpp - see registry_check.h.
-
 #include "registry_check.h"
 
 #include "fault_text.h"
@@ -40,8 +38,9 @@ RegistryReport checkRegistry(const OpenFile& data, const ListEntry& entry)
     const auto fault = readRegistryText([&](std::span<std::byte> buffer) { return stream.read(buffer); },
                                         Wholeness::Required, counter);
     if (fault)
-        report.fault = "no registry that a device accepts: line " + std::to_string(fault->line) + ": " + fault->what;
-    // A stream that is cut cuts its text.
+        report.fault =
+            "it isn't a registry that a device accepts: line " + std::to_string(fault->line) + ": " + fault->what;
+    // A damaged stream also makes the text incomplete. The fault of the stream is the cause, so it counts.
     if (const StreamFault cut = stream.finish(); cut != StreamFault::None)
         report.fault = streamFaultText(cut);
     report.bytes = stream.taken();

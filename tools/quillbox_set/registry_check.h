@@ -1,4 +1,4 @@
-// registry_check.h - a registry item held to what a device accepts as a registry, by the device's own reader.
+// registry_check.h - checks a registry item with the reader that the device uses.
 #pragma once
 
 #include "unpacked_stream.h"
@@ -10,11 +10,11 @@ namespace quillbox_set {
 struct RegistryReport {
     std::uint64_t keys = 0;
     std::uint64_t values = 0;
-    std::string fault;        // the stream's or the text's; empty for a whole registry
-    std::uint64_t bytes = 0;  // of the text, as far as it unpacks
+    std::string fault;        // of the stream or of the text. Empty for a complete registry.
+    std::uint64_t bytes = 0;  // size of the text, as far as it can be unpacked
 };
 
 // Reads the stream to its end.
-[[nodiscard]] RegistryReport checkRegistry(const OpenFile& data, const ListEntry& entry);
+RegistryReport checkRegistry(const OpenFile& data, const ListEntry& entry);
 
 }  // namespace quillbox_set

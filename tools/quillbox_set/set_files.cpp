@@ -1,5 +1,3 @@
-// set_files.cpp - see set_files.h.
-
 #include "set_files.h"
 
 #include "file/name_space.h"
@@ -29,7 +27,7 @@ bool endsIn(std::string_view name, std::string_view ending)
     return name.size() >= ending.size() && isSameWithoutCase(name.substr(name.size() - ending.size()), ending);
 }
 
-// In small letters where the old ending was: a card's names come in either.
+// The name with another extension. It is in small letters if the old one is.
 std::string withEnding(const std::string& name, std::string_view ending)
 {
     std::string other = name.substr(0, name.size() - ending.size());
@@ -39,7 +37,7 @@ std::string withEnding(const std::string& name, std::string_view ending)
     return other;
 }
 
-// A file's name in the folder: this very one, or else one that differs from it by case alone.
+// The wanted name if the folder has it, otherwise a name in the folder that differs from it only in case.
 std::optional<std::string> nameIn(const fs::path& folder, const std::string& wanted)
 {
     std::error_code error;
@@ -55,7 +53,7 @@ std::optional<std::string> nameIn(const fs::path& folder, const std::string& wan
     return found;
 }
 
-// A link to a list file is followed here, at the user's word; below the mounts none is.
+// A link to a list file is followed, because the user gave its path. In the name space no link is followed.
 std::optional<SetFiles> filesOf(const fs::path& list)
 {
     const fs::path folder = list.has_parent_path() ? list.parent_path() : fs::path(".");

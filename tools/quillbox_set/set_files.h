@@ -1,4 +1,4 @@
-// set_files.h - finds the two files of a set on the host and makes them files of the platform's name space.
+// set_files.h - finds the two files of a set on the host, and opens them through the platform's name space.
 #pragma once
 
 #include "ce/types.h"
@@ -11,35 +11,35 @@ namespace quillbox_set {
 
 struct SetFiles {
     std::string folder;    // on the host
-    std::string listName;  // names in it
+    std::string listName;  // name in the folder
     std::string dataName;
 };
 
-[[nodiscard]] bool isSameWithoutCase(std::string_view left, std::string_view right);
+bool isSameWithoutCase(std::string_view left, std::string_view right);
 
-// By its ending, in any case.
-[[nodiscard]] bool isListFile(std::string_view name);
+// True if the name has the extension of a list file, in capitals or small letters.
+bool isListFile(std::string_view name);
 
-// `argument` is the path of a list file, of a data file, or of both without their ending. Where there is no file of
-// this very name, one that differs by case alone is taken: a card's names come in capitals or small letters as it is
-// mounted. Nothing if there is no list file.
-[[nodiscard]] std::optional<SetFiles> findSet(const std::string& argument);
+// `argument` is the path of a list file or of a data file, or that path without the extension. If there is no file of
+// this name, a file is taken whose name differs only in case, because the names on a card are in capitals or in small
+// letters, depending on how it is mounted. Nothing if there is no list file.
+std::optional<SetFiles> findSet(const std::string& argument);
 
-// A name for the root that nobody who wrote a set can know.
-[[nodiscard]] std::u16string unguessableName();
+// A new name in the root. A hostile set can't contain it, because it can't be guessed.
+std::u16string unguessableName();
 
-// Where the set's files are in the name space.
+// The paths of the set's files in the name space.
 struct MountedSet {
-    std::u16string folder;  // name of the set's folder in the root, an unguessable one
+    std::u16string folder;  // name of the set's folder in the root, from unguessableName()
     std::u16string listPath;
     std::u16string dataPath;
 };
 
-// Makes `root` the root of the name space and mounts the set's folder in it. Nothing if a folder can't be opened or a
-// name can't be a name of the device.
-[[nodiscard]] std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
+// Makes the host's folder `root` the root of the name space, and mounts the set's folder in it. Nothing if a folder
+// can't be opened, or a file's name can't be a name on a device.
+std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
 
-// A file of the name space that is closed when it goes.
+// An open file of the name space. The destructor closes it.
 class OpenFile {
 public:
     OpenFile(const std::u16string& path, DWORD access, DWORD creation);
@@ -47,10 +47,10 @@ public:
     OpenFile& operator=(OpenFile&& other) noexcept;
     ~OpenFile();
 
-    [[nodiscard]] bool isOpen() const;
-    [[nodiscard]] HANDLE handle() const { return handle_; }
-    [[nodiscard]] std::uint64_t size() const;
-    bool close();  // false if bytes were lost that were reported as written
+    bool isOpen() const;
+    HANDLE handle() const { return handle_; }
+    std::uint64_t size() const;
+    [[nodiscard]] bool close();  // false if a write failed after it was reported as successful
 
 private:
     HANDLE handle_;

@@ -1,5 +1,3 @@
-// set_folder.cpp - see set_folder.h.
-
 #include "set_folder.h"
 
 #include "exit_code.h"

@@ -1,4 +1,4 @@
-// set_folder.h - the sets that lie in a folder, for who doesn't know their names.
+// set_folder.h - finds and lists the sets in a folder.
 #pragma once
 
 #include <optional>
@@ -10,16 +10,17 @@ namespace quillbox_set {
 struct SetFolder {
     std::string path;
     std::vector<std::string> lists;  // names of list files, sorted
-    bool readFailed = false;         // there may be more
+    bool readFailed = false;         // the folder may have more sets
 };
 
-// The sets of the folder itself; if it has none, those of the folder QUILBOX in it. Nothing if `argument` is no folder.
-[[nodiscard]] std::optional<SetFolder> findSets(const std::string& argument);
+// The sets in the folder. If it has none: the sets in its subfolder QUILBOX. Nothing if `argument` isn't a folder.
+std::optional<SetFolder> findSets(const std::string& argument);
 
-// Prints for each set the path of its list file and its comment's first line; returns the exit code.
-[[nodiscard]] int listSets(const SetFolder& folder, bool json);
+// Prints the path of the list file and the first line of the comment for each set. Returns the exit code.
+int listSets(const SetFolder& folder, bool json);
 
-// "/card/QUILBOX is a folder; name one of its sets: QLBX0001.QLT, QLBX0002.QLT", as text for the screen.
-[[nodiscard]] std::string setIsWanted(const SetFolder& folder);
+// The message for a user who named a folder where a set is needed: "/card/QUILBOX is a folder; name one of its sets:
+// QLBX0001.QLT, QLBX0002.QLT". It is safe to print.
+std::string setIsWanted(const SetFolder& folder);
 
 }  // namespace quillbox_set

@@ -1,5 +1,3 @@
-// target_stream.cpp - see target_stream.h.
-
 #include "target_stream.h"
 
 namespace quillbox_set {

@@ -1,4 +1,4 @@
-// target_stream.h - a growing file as a stream of text.
+// target_stream.h - a stream buffer that writes to a growing file.
 #pragma once
 
 #include "growing_file.h"
@@ -8,7 +8,7 @@
 
 namespace quillbox_set {
 
-// For a std::ostream, which turns bad when a write to the file has failed. Flush the stream at its end.
+// For a std::ostream. The stream fails once a write to the file has failed. Flush it after the last output.
 class TargetBuffer final : public std::streambuf {
 public:
     explicit TargetBuffer(GrowingFile& target);

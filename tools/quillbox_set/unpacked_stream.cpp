@@ -1,5 +1,3 @@
-// unpacked_stream.cpp - see unpacked_stream.h.
-
 #include "unpacked_stream.h"
 
 #include "ce/file.h"
@@ -11,10 +9,10 @@ namespace quillbox_set {
 
 namespace {
 
-bool seekTo(HANDLE file, DWORD place)
+bool seekTo(HANDLE file, DWORD offset)
 {
     SetLastError(ERROR_SUCCESS);
-    return SetFilePointer(file, static_cast<LONG>(place), nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER ||
+    return SetFilePointer(file, static_cast<LONG>(offset), nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER ||
            GetLastError() == ERROR_SUCCESS;
 }
 
@@ -60,7 +58,7 @@ StreamFault UnpackedStream::finish()
     return fault_;
 }
 
-// What of the block isn't taken; nothing at the end.
+// The rest of the block. Empty at the end of the stream, and after a fault.
 std::span<const std::byte> UnpackedStream::ahead()
 {
     if (next_ == filled_ && fault_ == StreamFault::None && !ended_)

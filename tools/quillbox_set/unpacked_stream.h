@@ -1,7 +1,6 @@
-// unpacked_stream.h - the raw bytes of an item, unpacked block by block as they are asked for; memory stays at one
-// block.
+// unpacked_stream.h - reads the raw bytes of an item. They are unpacked block by block, so only one block is in memory.
 //
-// Uses the buffers of compressed_stream.h: one operation at a time.
+// Uses the static buffers of compressed_stream.h. So only one stream can be read at a time.
 #pragma once
 
 #include "listed_set.h"
@@ -17,26 +16,26 @@ class UnpackedStream {
 public:
     UnpackedStream(const OpenFile& data, const ListEntry& entry);
 
-    // Fewer bytes come only where the stream ends or has a fault.
+    // Returns the number of bytes read. It is less than asked only if the stream ends or has a fault.
     [[nodiscard]] std::size_t read(std::span<std::byte> buffer);
     [[nodiscard]] bool skip(std::uint64_t bytes);
 
-    // Of raw bytes: taken so far.
-    [[nodiscard]] std::uint64_t taken() const { return taken_; }
+    // The number of raw bytes that were read or skipped so far.
+    std::uint64_t taken() const { return taken_; }
 
-    // Takes what is left, and tells whether the stream is whole by the rules of DecodeStream.
+    // Skips the rest, and checks the whole stream by the rules of DecodeStream.
     [[nodiscard]] StreamFault finish();
 
 private:
-    [[nodiscard]] std::span<const std::byte> ahead();
+    std::span<const std::byte> ahead();
     void take(std::size_t bytes);
     void nextBlock();
 
     StreamReader reader_;
     StreamFault fault_;
-    bool ended_ = false;  // the closing block was there
-    std::size_t filled_ = 0;
-    std::size_t next_ = 0;
+    bool ended_ = false;      // the closing block was read
+    std::size_t filled_ = 0;  // number of raw bytes of the current block
+    std::size_t next_ = 0;    // offset in the block of the next raw byte
     std::uint64_t taken_ = 0;
 };
 
