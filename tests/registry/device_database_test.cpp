@@ -3,16 +3,11 @@
 #include "registry/registry_content.h"
 #include "registry_fixture.h"
 
-#include "ce/registry.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <span>
-#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -31,14 +26,9 @@ protected:
         ASSERT_EQ(DatabaseUse()->execute(sql), Step::Done);
         platform::registry::closeRegistry();
     }
-    [[nodiscard]] std::string content() const
-    {
-        std::ifstream stream(file(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
     [[nodiscard]] static bool import(const std::u16string& keys)
     {
-        const std::u16string text = u"\xFEFFWindows Registry Editor Version 5.00\r\n" + keys;
+        const std::u16string text = RegistryTextHead + keys;
         auto unread = std::as_bytes(std::span(text));
         const auto source = [&](std::span<std::byte> buffer) {
             const auto piece = unread.first(std::min(buffer.size(), unread.size()));
@@ -49,34 +39,35 @@ protected:
         using namespace platform::registry;
         return readContent(source, Wholeness::Free, Unnamed::Removed).good();
     }
-    // The sentence, after making sure that the refused file is left as it was.
+    // The error, after a check that the file is unchanged.
     [[nodiscard]] std::string refusal() const
     {
-        const std::string before = content();
+        const std::string before = contentOf(file());
         std::string sentence = open();
-        EXPECT_EQ(content(), before);
+        EXPECT_EQ(contentOf(file()), before);
         EXPECT_FALSE(DatabaseUse());
         return sentence;
     }
 };
 
-TEST_F(DeviceDatabaseTest, DatabaseOfANewerVersionIsNotTouched)
+TEST_F(DeviceDatabaseTest, FileOfAnotherProgramOrVersionIsRefusedAndUnchanged)
 {
-    changeAndClose("PRAGMA user_version = 9999");
-    EXPECT_THAT(refusal(), HasSubstr("newer version of Quillbox (schema 9999"));
-}
-
-TEST_F(DeviceDatabaseTest, SchemaNumberThatNoVersionWroteIsDamage)
-{
-    for (const char* const number : {"-1", "-2147483648", "0"}) {
-        changeAndClose(std::string("PRAGMA user_version = ") + number);
-        EXPECT_THAT(refusal(), HasSubstr("is damaged"));
+    const std::pair<const char*, const char*> cases[] = {
+        {"application_id = 5", "is not the database of a Quillbox device"},
+        {"user_version = 9999", "newer version of Quillbox (schema 9999"},
+        {"user_version = 0", "is damaged"},
+        {"user_version = -1", "is damaged"},
+        {"user_version = -2147483648", "is damaged"},
+    };
+    for (const auto& [pragma, sentence] : cases) {
+        changeAndClose(std::string("PRAGMA ") + pragma);
+        EXPECT_THAT(refusal(), HasSubstr(sentence)) << pragma;
         std::filesystem::remove(file());
     }
 }
 
-// A walk follows the index alone.
-TEST_F(DeviceDatabaseTest, BitThatFellOverInAnIndexIsDamage)
+// An enumeration reads only the index.
+TEST_F(DeviceDatabaseTest, ChangedBitInAnIndexIsDamage)
 {
     changeAndClose("INSERT INTO store_database (oid, name, folded, type, modified) VALUES (5, 'a', 'a', 0, 0); "
                    "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 200) "
@@ -85,20 +76,20 @@ TEST_F(DeviceDatabaseTest, BitThatFellOverInAnIndexIsDamage)
     const auto root =
         DatabaseUse()->readNumber("SELECT rootpage FROM sqlite_schema WHERE name = 'store_record_database'");
     platform::registry::closeRegistry();
-    std::string damaged = content();
+    std::string damaged = contentOf(file());
     const std::size_t page = (static_cast<std::size_t>(root.value()) - 1) * 4096;
     ASSERT_EQ(damaged[page], 0x0A);  // a leaf
     const std::size_t pointer = page + 8 + 2 * std::size_t{100};
     const std::size_t cell = page + static_cast<unsigned char>(damaged[pointer]) * std::size_t{256} +
                              static_cast<unsigned char>(damaged[pointer + 1]);
-    ASSERT_EQ(damaged[cell + 4], 5);  // behind the sizes of cell and head and two types
+    ASSERT_EQ(damaged[cell + 4], 5);  // after the sizes of cell and header and two types
     damaged[cell + 4] ^= 2;
-    std::ofstream(file(), std::ios::binary | std::ios::trunc) << damaged;
+    put(file(), damaged);
     EXPECT_THAT(refusal(), HasSubstr("is damaged"));
 }
 
-// SQLite would take the file for a new one and delete what it finds beside it.
-TEST_F(DeviceDatabaseTest, ChangesWhoseDatabaseIsGoneAreKeptAside)
+// SQLite would make a new database and delete the log beside it.
+TEST_F(DeviceDatabaseTest, LogWhoseDatabaseIsMissingOrEmptyIsKeptUnderAnotherName)
 {
     const std::filesystem::path log = file().string() + "-wal";
     for (const bool empty : {false, true}) {
@@ -108,37 +99,28 @@ TEST_F(DeviceDatabaseTest, ChangesWhoseDatabaseIsGoneAreKeptAside)
         waitpid(child, nullptr, 0);
         std::filesystem::remove(file());
         if (empty)
-            std::ofstream(file()).flush();
-        std::stringstream changes;
-        changes << std::ifstream(log, std::ios::binary).rdbuf();
-        ASSERT_FALSE(changes.str().empty());
+            put(file(), "");
+        const std::string changes = contentOf(log);
+        ASSERT_FALSE(changes.empty());
         const std::string kept = log.string() + (empty ? ".kept2" : ".kept");
         EXPECT_THAT(open(), HasSubstr("kept as \"" + kept));
-        std::stringstream found;
-        found << std::ifstream(kept, std::ios::binary).rdbuf();
-        EXPECT_TRUE(found.str() == changes.str());
+        EXPECT_TRUE(contentOf(kept) == changes);
         platform::registry::closeRegistry();
         std::filesystem::remove(file());
     }
 }
 
-TEST_F(DeviceDatabaseTest, DatabaseOfAnotherProgramIsNotTouched)
-{
-    changeAndClose("PRAGMA application_id = 5");
-    EXPECT_THAT(refusal(), HasSubstr("is not the database of a Quillbox device"));
-}
-
 TEST_F(DeviceDatabaseTest, DamageIsFoundBeforeAnythingIsWritten)
 {
     changeAndClose("PRAGMA user_version");
-    const std::string whole = content();
+    const std::string whole = contentOf(file());
     ASSERT_GT(whole.size(), 8192U);
     std::string scrambled = whole;
     scrambled.replace(4096, 4096, 4096, '\xA5');
     for (const std::string& damaged :
          {std::string("no database at all, but long enough to look at").append(600, '.'), whole.substr(0, 4096),
           scrambled, std::string("x"), whole.substr(0, 99), whole.substr(0, 511), std::string(4096, '\0')}) {
-        std::ofstream(file(), std::ios::binary | std::ios::trunc) << damaged;
+        put(file(), damaged);
         EXPECT_THAT(refusal(), HasSubstr("is damaged"));
     }
 }
@@ -170,23 +152,22 @@ TEST_F(DeviceDatabaseTest, DatabaseThatAnotherProcessHoldsIsRefusedAtOnce)
         close(end);
 }
 
-TEST_F(DeviceDatabaseTest, FolderThatIsMissingIsToldByItsName)
+TEST_F(DeviceDatabaseTest, ErrorNamesTheMissingFolder)
 {
     std::string error;
     EXPECT_FALSE(platform::database::openDeviceDatabase(file().parent_path() / "nowhere" / "device.db", error));
     EXPECT_THAT(error, HasSubstr("nowhere/device.db\" can't be opened"));
 }
 
-// What only couldn't be flushed stands in the log, from which the next start takes it.
-TEST_F(DeviceDatabaseTest, ChangeThatHasFailedIsNotThereAtTheNextStart)
+// After a failed flush the log contains the change, and the next start would apply it.
+TEST_F(DeviceDatabaseTest, ChangeThatFailedIsStillUndoneAtTheNextStart)
 {
     ASSERT_EQ(open(), "");
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_USERS, u"kept", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
+    HKEY key = made(HKEY_USERS, u"kept");
     failFlushes(true);
     EXPECT_FALSE(import(u"[HKEY_USERS\\a]\r\n[HKEY_USERS\\b]\r\n"));
-    EXPECT_NE(RegSetValueExW(key, u"c", 0, REG_DWORD, nullptr, 0), 0);
-    EXPECT_NE(RegCreateKeyExW(HKEY_USERS, u"d", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
+    EXPECT_NE(set(key, u"c", "", REG_DWORD), 0);
+    EXPECT_NE(make(HKEY_USERS, u"d", key), 0);
     platform::registry::closeRegistry();
     failFlushes(false);
     ASSERT_EQ(open(), "");
@@ -194,45 +175,32 @@ TEST_F(DeviceDatabaseTest, ChangeThatHasFailedIsNotThereAtTheNextStart)
     EXPECT_EQ(DatabaseUse()->readNumber("SELECT count(*) FROM registry_value"), 0);
 }
 
-// Each of its statements would be on the disk by itself.
-TEST_F(DeviceDatabaseTest, WithoutATransactionNothingIsChanged)
+TEST_F(DeviceDatabaseTest, WithoutATransactionOrItsCommitNothingIsChanged)
 {
     ASSERT_EQ(open(), "");
-    ASSERT_EQ(DatabaseUse()->execute("BEGIN"), Step::Done);  // in which no other one can begin
+    ASSERT_EQ(DatabaseUse()->execute("BEGIN"), Step::Done);  // in which no other transaction can begin
     HKEY key = nullptr;
-    EXPECT_NE(RegCreateKeyExW(HKEY_USERS, u"a\\b", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
+    EXPECT_NE(make(HKEY_USERS, u"a\\b", key), 0);
     EXPECT_FALSE(import(u"[HKEY_USERS\\c]\r\n"));
     ASSERT_EQ(DatabaseUse()->execute("COMMIT"), Step::Done);
-    const DatabaseUse database;
-    auto keys = database->prepare("SELECT count(*) FROM registry_key");
-    ASSERT_EQ(keys.step(), Step::Row);
-    EXPECT_EQ(keys.integer(0), 4);
-}
 
-TEST_F(DeviceDatabaseTest, TransactionThatIsNotCommittedLeavesNothing)
-{
-    ASSERT_EQ(open(), "");
-    const DatabaseUse database;
-    const auto count = [&] {
-        auto statement = database->prepare("SELECT count(*) FROM registry_key");
-        EXPECT_EQ(statement.step(), Step::Row);
-        return statement.integer(0);
-    };
+    const DatabaseUse use;
+    const auto keys = [&] { return use->readNumber("SELECT count(*) FROM registry_key"); };
     const auto insert = [&] {
-        auto statement = database->prepare("INSERT INTO registry_key (parent, name, folded) VALUES (?, ?, ?)");
+        auto statement = use->prepare("INSERT INTO registry_key (parent, name, folded) VALUES (?, ?, ?)");
         return statement.bind(1, std::u16string(u"Ключ"), std::u16string(u"ключ")).step();
     };
+    EXPECT_EQ(keys(), 4);
     {
-        const Transaction undone(*database);
+        const Transaction undone(*use);
         ASSERT_EQ(insert(), Step::Done);
     }
-    EXPECT_EQ(count(), 4);
-    Transaction kept(*database);
+    EXPECT_EQ(keys(), 4);
+    Transaction kept(*use);
     ASSERT_EQ(insert(), Step::Done);
     ASSERT_EQ(kept.commit(), Step::Done);
-    EXPECT_EQ(count(), 5);
     EXPECT_EQ(insert(), Step::Failed);  // the same name below the same key
-    EXPECT_EQ(count(), 5);
+    EXPECT_EQ(keys(), 5);
 }
 
 }  // namespace

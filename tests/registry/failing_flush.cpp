@@ -1,4 +1,4 @@
-// failing_flush.cpp - see failing_flush.h. Its calls stand before those of the host's library.
+// The linker takes these calls instead of those of the C library.
 #include "failing_flush.h"
 
 #include <cerrno>

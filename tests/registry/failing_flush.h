@@ -1,4 +1,4 @@
-// failing_flush.h - a disk that takes writes and fails when they are flushed.
+// failing_flush.h - lets each flush to the disk fail.
 #pragma once
 
 void failFlushes(bool fail);

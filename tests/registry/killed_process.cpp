@@ -1,5 +1,3 @@
-// killed_process.cpp - see killed_process.h.
-
 #include "killed_process.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +12,7 @@ bool killedBeforeCall(int calls, const std::function<void()>& work)
     const pid_t child = fork();
     if (child == 0) {
         if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
-            _exit(1);  // nobody would hear of the stop
+            _exit(1);  // the parent would not see the stop
         raise(SIGSTOP);
         work();
         _exit(0);
@@ -23,7 +21,7 @@ bool killedBeforeCall(int calls, const std::function<void()>& work)
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFSTOPPED(status)) << "this host allows no tracing";
     ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_EXITKILL);
-    for (int stop = 0; stop <= 2 * calls && WIFSTOPPED(status); ++stop) {  // one before and one behind each call
+    for (int stop = 0; stop <= 2 * calls && WIFSTOPPED(status); ++stop) {  // one before and one after each call
         ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
         waitpid(child, &status, 0);
     }

@@ -1,7 +1,7 @@
-// killed_process.h - a process that is killed at a place of the test's choice, as a battery that is taken out would.
+// killed_process.h - kills a process at a chosen system call.
 #pragma once
 
 #include <functional>
 
-// Runs `work` in a process of its own and kills that before its system call number `calls`. False if it ended before.
+// Runs `work` in another process and kills it before its system call number `calls`. False if it ended before that.
 bool killedBeforeCall(int calls, const std::function<void()>& work);

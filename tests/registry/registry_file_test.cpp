@@ -1,19 +1,13 @@
-#include "ce/file.h"
-#include "ce/module.h"
-#include "ce/registry.h"
-#include "ce/registry_file.h"
 #include "file/name_space.h"
 #include "kernel/troubles.h"
 #include "killed_process.h"
 #include "registry_fixture.h"
 
-#include <gtest/gtest.h>
+#include "ce/file.h"
+#include "ce/registry_file.h"
 
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -25,16 +19,9 @@ std::string utf16(const std::u16string& text)
     return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
 }
 
-std::string contentOf(const fs::path& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-const std::u16string Head = u"\xFEFFWindows Registry Editor Version 5.00\r\n";
-const std::u16string EmptyRegistry = Head + u"\r\n[HKEY_CLASSES_ROOT]\r\n\r\n[HKEY_CURRENT_USER]\r\n\r\n"
-                                            u"[HKEY_LOCAL_MACHINE]\r\n\r\n[HKEY_USERS]\r\n"
-                                            u"\r\n; End of registry: 4 keys, 0 values\r\n";
+const std::u16string EmptyRegistry = RegistryTextHead + u"\r\n[HKEY_CLASSES_ROOT]\r\n\r\n[HKEY_CURRENT_USER]\r\n\r\n"
+                                                        u"[HKEY_LOCAL_MACHINE]\r\n\r\n[HKEY_USERS]\r\n"
+                                                        u"\r\n; End of registry: 4 keys, 0 values\r\n";
 
 class RegistryFileTest : public RegistryFixture {
 protected:
@@ -54,21 +41,11 @@ protected:
         ASSERT_TRUE(platform::file::addMount(
             {u"", ::open(store().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), false, capacity}));
     }
-    void put(const fs::path& path, const std::string& bytes) const
-    {
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-    }
-    static void set(const std::u16string& path, const WCHAR* name, DWORD type, const std::string& data,
+    // One value, and the key that contains it.
+    static void add(const std::u16string& path, const WCHAR* name, DWORD type, const std::string& data,
                     HKEY root = HKEY_CURRENT_USER)
     {
-        HKEY key = root;
-        if (!path.empty()) {
-            ASSERT_EQ(RegCreateKeyExW(root, path.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr), 0);
-        }
-        ASSERT_EQ(RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
-                                 static_cast<DWORD>(data.size())),
-                  0);
-        EXPECT_EQ(RegCloseKey(key), 0);
+        ASSERT_EQ(set(path.empty() ? root : made(root, path), name, data, type), 0);
     }
     // The whole registry as its file.
     [[nodiscard]] std::string copied() const
@@ -76,61 +53,57 @@ protected:
         EXPECT_TRUE(RegCopyFile(u"\\copy.reg")) << GetLastError();
         return contentOf(store() / "copy.reg");
     }
-    [[nodiscard]] std::string reopened() const
-    {
-        platform::registry::closeRegistry();
-        return open();
-    }
-    // Stages these bytes as they are, and starts anew.
+    // Makes a staged file of these bytes, and opens the registry again.
     [[nodiscard]] bool takenOver(const std::string& bytes) const
     {
         platform::registry::closeRegistry();
         fs::remove(beside("registry.refused"));
         put(beside("registry.staged"), bytes);
-        const std::string told = open();
+        const std::string warning = open();
         EXPECT_FALSE(fs::exists(beside("registry.staged")));
         const bool refused = fs::exists(beside("registry.refused"));
-        EXPECT_EQ(told.find("registry.refused") != std::string::npos, refused) << told;
+        EXPECT_EQ(warning.find("registry.refused") != std::string::npos, refused) << warning;
         EXPECT_TRUE(!refused || contentOf(beside("registry.refused")) == bytes);
         return !refused;
     }
     static void fillWithEverything()
     {
-        set(u"", nullptr, REG_SZ, utf16(std::u16string(u"by \"default\" \\ plain\0", 21)), HKEY_CLASSES_ROOT);
-        set(u"", u"z", REG_DWORD, std::string("\x1F\0\0\x80", 4), HKEY_CLASSES_ROOT);
-        set(u"a]b\\c[d\r\ne\\ä 😀", u"q\"uo\\te\r\nend=", REG_SZ, utf16(std::u16string(u"x\r\ny\0", 5)));
-        set(u"a]b\\\x01\x02\\\x03", u"@", REG_SZ, utf16(u"no NUL"));
-        set(u"Types", u"1 odd", REG_SZ, "abc");
-        set(u"Types", u"2 empty", REG_SZ, "");
-        set(u"Types", u"3 half", REG_SZ, utf16(std::u16string(u"\xD800\0", 2)));
-        set(u"Types", u"4 expand", REG_EXPAND_SZ, utf16(std::u16string(u"%A%\0", 4)));
-        set(u"Types", u"5 multi", REG_MULTI_SZ, utf16(std::u16string(u"a\0b\0\0", 5)));
-        set(u"Types", u"6 none", REG_NONE, "");
-        set(u"Types", u"7 short number", REG_DWORD, "\x01");
-        set(u"Types", u"8 unknown", 0xFFFFFFFE, "\x01\x02");
-        set(u"Types", u"9 bytes", REG_BINARY, std::string(3000, '\xA5'));
-        set(std::u16string(255, u'k'), std::u16string(255, u'v').c_str(), REG_BINARY, "x", HKEY_USERS);
-        set(u"1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16", u"deep", REG_BINARY, "", HKEY_LOCAL_MACHINE);
+        add(u"", nullptr, REG_SZ, utf16(std::u16string(u"by \"default\" \\ plain\0", 21)), HKEY_CLASSES_ROOT);
+        add(u"", u"z", REG_DWORD, std::string("\x1F\0\0\x80", 4), HKEY_CLASSES_ROOT);
+        add(u"a]b\\c[d\r\ne\\ä 😀", u"q\"uo\\te\r\nend=", REG_SZ, utf16(std::u16string(u"x\r\ny\0", 5)));
+        add(u"a]b\\\x01\x02\\\x03", u"@", REG_SZ, utf16(u"no NUL"));
+        add(u"Types", u"1 odd", REG_SZ, "abc");
+        add(u"Types", u"2 empty", REG_SZ, "");
+        add(u"Types", u"3 half", REG_SZ, utf16(std::u16string(u"\xD800\0", 2)));
+        add(u"Types", u"4 expand", REG_EXPAND_SZ, utf16(std::u16string(u"%A%\0", 4)));
+        add(u"Types", u"5 multi", REG_MULTI_SZ, utf16(std::u16string(u"a\0b\0\0", 5)));
+        add(u"Types", u"6 none", REG_NONE, "");
+        add(u"Types", u"7 short number", REG_DWORD, "\x01");
+        add(u"Types", u"8 unknown", 0xFFFFFFFE, "\x01\x02");
+        add(u"Types", u"9 bytes", REG_BINARY, std::string(3000, '\xA5'));
+        add(std::u16string(255, u'k'), std::u16string(255, u'v').c_str(), REG_BINARY, "x", HKEY_USERS);
+        add(u"1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16", u"deep", REG_BINARY, "", HKEY_LOCAL_MACHINE);
     }
 };
 
-TEST_F(RegistryFileTest, TextIsTheKnownFormInAnOrderThatDoesNotDependOnHistory)
+TEST_F(RegistryFileTest, TextHasTheBytesOfTheFormatInAFixedOrder)
 {
     EXPECT_EQ(copied(), utf16(EmptyRegistry));
-    set(u"b", u"Zwei", REG_BINARY, "\x01\xAB");
-    set(u"b", u"eins", REG_SZ, utf16(std::u16string(u"say \"a\\b\"\0", 10)));
-    set(u"b", nullptr, REG_DWORD, std::string("\x1F\0\0\0", 4));
-    set(u"A\\]\r", u"m", REG_MULTI_SZ, utf16(std::u16string(u"a\0\0", 3)));
-    set(u"", u"l", REG_BINARY, std::string(26, '\x11'), HKEY_USERS);
-    EXPECT_EQ(copied(), utf16(Head + u"\r\n[HKEY_CLASSES_ROOT]\r\n\r\n[HKEY_CURRENT_USER]\r\n"
-                                     u"\r\n[HKEY_CURRENT_USER\\A]\r\n"
-                                     u"\r\n[HKEY_CURRENT_USER\\A\\]\\\\000d]\r\n\"m\"=hex(7):61,00,00,00,00,00\r\n"
-                                     u"\r\n[HKEY_CURRENT_USER\\b]\r\n@=dword:0000001f\r\n"
-                                     u"\"eins\"=\"say \\\"a\\\\b\\\"\"\r\n\"Zwei\"=hex:01,ab\r\n"
-                                     u"\r\n[HKEY_LOCAL_MACHINE]\r\n\r\n[HKEY_USERS]\r\n"
-                                     u"\"l\"=hex:11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,"
-                                     u"\\\r\n  11,11,11\r\n"
-                                     u"\r\n; End of registry: 7 keys, 5 values\r\n"));
+    add(u"b", u"Zwei", REG_BINARY, "\x01\xAB");
+    add(u"b", u"eins", REG_SZ, utf16(std::u16string(u"say \"a\\b\"\0", 10)));
+    add(u"b", nullptr, REG_DWORD, std::string("\x1F\0\0\0", 4));
+    add(u"A\\]\r", u"m", REG_MULTI_SZ, utf16(std::u16string(u"a\0\0", 3)));
+    add(u"", u"l", REG_BINARY, std::string(26, '\x11'), HKEY_USERS);
+    EXPECT_EQ(copied(), utf16(RegistryTextHead +
+                              u"\r\n[HKEY_CLASSES_ROOT]\r\n\r\n[HKEY_CURRENT_USER]\r\n"
+                              u"\r\n[HKEY_CURRENT_USER\\A]\r\n"
+                              u"\r\n[HKEY_CURRENT_USER\\A\\]\\\\000d]\r\n\"m\"=hex(7):61,00,00,00,00,00\r\n"
+                              u"\r\n[HKEY_CURRENT_USER\\b]\r\n@=dword:0000001f\r\n"
+                              u"\"eins\"=\"say \\\"a\\\\b\\\"\"\r\n\"Zwei\"=hex:01,ab\r\n"
+                              u"\r\n[HKEY_LOCAL_MACHINE]\r\n\r\n[HKEY_USERS]\r\n"
+                              u"\"l\"=hex:11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,11,"
+                              u"\\\r\n  11,11,11\r\n"
+                              u"\r\n; End of registry: 7 keys, 5 values\r\n"));
 }
 
 TEST_F(RegistryFileTest, EveryTypeAndEveryNameComesBackAtTheNextStartAndNotBefore)
@@ -140,30 +113,26 @@ TEST_F(RegistryFileTest, EveryTypeAndEveryNameComesBackAtTheNextStartAndNotBefor
     ASSERT_TRUE(RegCopyFile(u"\\saved.reg"));
     ASSERT_TRUE(RegRestoreFile(u"\\saved.reg"));
     EXPECT_EQ(GetFileAttributesW(u"\\saved.reg"), INVALID_FILE_ATTRIBUTES);
-    set(u"Types", u"9 bytes", REG_SZ, "changed");
-    set(u"Later", u"added", REG_SZ, "");
+    add(u"Types", u"9 bytes", REG_SZ, "changed");
+    add(u"Later", u"added", REG_SZ, "");
     EXPECT_NE(copied(), before);
     ASSERT_EQ(reopened(), "");
     EXPECT_EQ(copied(), before);
-    set(u"Later", u"added", REG_SZ, "");
+    add(u"Later", u"added", REG_SZ, "");
     const std::string changed = copied();
     ASSERT_EQ(reopened(), "");
-    EXPECT_EQ(copied(), changed) << "a restored registry came into force twice";
-    // The round trip through the text proves little if the text itself were wrong: one value by the plain call.
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, u"a]b\\c[d\r\ne\\Ä 😀", 0, nullptr, 0, 0, nullptr, &key, nullptr), 0);
-    WCHAR text[5];
-    DWORD bytes = sizeof text;
-    EXPECT_EQ(RegQueryValueExW(key, u"q\"uo\\te\r\nend=", nullptr, nullptr, reinterpret_cast<BYTE*>(text), &bytes), 0);
-    EXPECT_EQ(std::u16string(text), u"x\r\ny");
+    EXPECT_EQ(copied(), changed) << "a restored registry was applied twice";
+    // A text that lost a value both times would compare equal.
+    EXPECT_EQ(get(made(HKEY_CURRENT_USER, u"a]b\\c[d\r\ne\\Ä 😀"), u"q\"uo\\te\r\nend="),
+              utf16(std::u16string(u"x\r\ny\0", 5)));
 }
 
-TEST_F(RegistryFileTest, FileCutAnywhereIsRefusedAsAWholeAndKeptAside)
+TEST_F(RegistryFileTest, FileCutAnywhereIsRefusedAndKeptUnderAnotherName)
 {
-    set(u"a\\b", u"n", REG_SZ, utf16(std::u16string(u"text\0", 5)));
-    set(u"a\\b", u"h", REG_BINARY, "\x01\x02");
+    add(u"a\\b", u"n", REG_SZ, utf16(std::u16string(u"text\0", 5)));
+    add(u"a\\b", u"h", REG_BINARY, "\x01\x02");
     const std::string whole = copied();
-    set(u"stays", u"old", REG_BINARY, "old");
+    add(u"stays", u"old", REG_BINARY, "old");
     const std::string old = copied();
     for (std::size_t size = 0; size < whole.size(); ++size)
         ASSERT_FALSE(takenOver(whole.substr(0, size))) << size;
@@ -174,16 +143,16 @@ TEST_F(RegistryFileTest, FileCutAnywhereIsRefusedAsAWholeAndKeptAside)
 
 struct Damage {
     const char* name;
-    std::u16string body;  // behind the head, in a file of 1 key and 1 value
+    std::u16string body;  // after the head, in a file of 1 key and 1 value
 };
 
 class RegistryDamageTest : public RegistryFileTest, public testing::WithParamInterface<Damage> {};
 
 TEST_P(RegistryDamageTest, LeavesTheRegistryAsItWas)
 {
-    set(u"stays", u"old", REG_BINARY, "old");
+    add(u"stays", u"old", REG_BINARY, "old");
     const std::string old = copied();
-    EXPECT_FALSE(takenOver(utf16(Head + GetParam().body + u"\r\n; End of registry: 1 keys, 1 values\r\n")));
+    EXPECT_FALSE(takenOver(utf16(RegistryTextHead + GetParam().body + u"\r\n; End of registry: 1 keys, 1 values\r\n")));
     EXPECT_EQ(copied(), old);
 }
 
@@ -207,21 +176,21 @@ INSTANTIATE_TEST_SUITE_P(
         Damage{"OneDigit", Key + u"@=hex:1"}, Damage{"CommaAtTheEnd", Key + u"@=hex:11,"},
         Damage{"UnknownForm", Key + u"@=qword:1"}, Damage{"TwoValuesInALine", Key + u"@=\"\" \"a\"=\"\""},
         Damage{"OneValueMissing", Key}, Damage{"OneTooMany", Key + u"@=\"\"\r\n\"a\"=\"\""},
-        Damage{"ValueBehindTheEnd", Key + u"@=\"\"\r\n; End of registry: 1 keys, 1 values\r\n\"a\"=\"\""},
+        Damage{"ValueAfterTheEnd", Key + u"@=\"\"\r\n; End of registry: 1 keys, 1 values\r\n\"a\"=\"\""},
         Damage{"ValueOfMoreThan16MiB", Key + u"@=\"" + std::u16string(8 * 1024 * 1024, u'x') + u"\""}),
     [](const auto& info) { return info.param.name; });
 
-TEST_F(RegistryFileTest, HandWrittenVariantsOfTheFormAreUnderstood)
+TEST_F(RegistryFileTest, VariantsOfTheFormatAreRead)
 {
-    ASSERT_TRUE(
-        takenOver(utf16(Head + u"; a comment\n[hkey_users\\K]  \n  \"a\" = hex(0000000b):01, \\\n \t02\r\n@=hex:\r\n"
-                               u"\"n\"=dword:F\n[HKEY_USERS\\k\\l]\n\n; End of registry: 2 keys, 3 values\n")));
+    ASSERT_TRUE(takenOver(utf16(RegistryTextHead +
+                                u"; a comment\n[hkey_users\\K]  \n  \"a\" = hex(0000000b):01, \\\n \t02\r\n@=hex:\r\n"
+                                u"\"n\"=dword:F\n[HKEY_USERS\\k\\l]\n\n; End of registry: 2 keys, 3 values\n")));
     EXPECT_NE(copied().find(utf16(u"[HKEY_USERS\\K]\r\n@=hex:\r\n\"a\"=hex(b):01,02\r\n\"n\"=dword:0000000f\r\n\r\n"
                                   u"[HKEY_USERS\\K\\l]\r\n")),
               std::string::npos);
 }
 
-TEST_F(RegistryFileTest, FailureTellsItsErrorAndLeavesNoHalfFile)
+TEST_F(RegistryFileTest, FailedCallSetsItsErrorAndLeavesNoIncompleteFile)
 {
     EXPECT_FALSE(RegCopyFile(u"\\none\\a.reg"));
     EXPECT_EQ(GetLastError(), ERROR_PATH_NOT_FOUND);
@@ -248,11 +217,11 @@ TEST_F(RegistryFileTest, FailureTellsItsErrorAndLeavesNoHalfFile)
     EXPECT_NE(GetFileAttributesW(u"\\a.reg"), INVALID_FILE_ATTRIBUTES);
 }
 
-TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotTakeTheGoodOnesPlace)
+TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotReplaceAGoodOne)
 {
-    set(u"k", u"good", REG_BINARY, "good");
+    add(u"k", u"good", REG_BINARY, "good");
     const std::string good = copied();
-    set(u"k", u"later", REG_BINARY, "later");
+    add(u"k", u"later", REG_BINARY, "later");
     put(store() / "good.reg", good);
     put(store() / "cut.reg", good.substr(0, good.size() - 2));
     EXPECT_TRUE(RegRestoreFile(u"\\good.reg"));
@@ -266,9 +235,9 @@ TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotTakeTheGoodOnesPlac
     EXPECT_EQ(copied(), good);
 }
 
-TEST_F(RegistryFileTest, LinkInPlaceOfTheStagedFileIsNotFollowed)
+TEST_F(RegistryFileTest, LinkInsteadOfTheStagedFileIsNotFollowed)
 {
-    set(u"stays", u"old", REG_BINARY, "old");
+    add(u"stays", u"old", REG_BINARY, "old");
     const std::string old = copied();
     platform::registry::closeRegistry();
     put(beside("elsewhere"), utf16(EmptyRegistry));
@@ -278,21 +247,13 @@ TEST_F(RegistryFileTest, LinkInPlaceOfTheStagedFileIsNotFollowed)
     EXPECT_TRUE(fs::is_symlink(beside("registry.refused")));
 }
 
-TEST_F(RegistryFileTest, ProgramsFindTheCallsByName)
-{
-    const HMODULE module = LoadLibraryW(u"\\WINDOWS\\COREDLL.DLL");
-    EXPECT_EQ(reinterpret_cast<decltype(&RegCopyFile)>(GetProcAddressW(module, u"RegCopyFile")), &RegCopyFile);
-    EXPECT_EQ(reinterpret_cast<decltype(&RegCopyFile)>(GetProcAddressW(module, u"RegRestoreFile")), &RegRestoreFile);
-    FreeLibrary(module);
-}
-
-TEST_F(RegistryFileTest, KillWhileItComesIntoForceLeavesTheOldOrTheNewOne)
+TEST_F(RegistryFileTest, KillWhileAStagedRegistryIsAppliedLeavesTheOldOrTheNewOne)
 {
     for (int key = 0; key < 20; ++key)
-        set(u"new\\" + std::u16string(1, static_cast<WCHAR>(u'a' + key)), u"v", REG_BINARY, std::string(300, 'n'));
+        add(u"new\\" + std::u16string(1, static_cast<WCHAR>(u'a' + key)), u"v", REG_BINARY, std::string(300, 'n'));
     const std::string newer = copied();
     ASSERT_TRUE(takenOver(utf16(EmptyRegistry)));
-    set(u"old", u"v", REG_BINARY, "old");
+    add(u"old", u"v", REG_BINARY, "old");
     const std::string older = copied();
     platform::registry::closeRegistry();
     const std::string database = contentOf(file());
@@ -305,16 +266,16 @@ TEST_F(RegistryFileTest, KillWhileItComesIntoForceLeavesTheOldOrTheNewOne)
         put(file(), database);
         put(beside("registry.staged"), newer);
         killed = killedBeforeCall(calls, [&] { _exit(open().empty() ? 0 : 1); });
-        const bool waits = fs::exists(beside("registry.staged"));
-        if (waits)
-            fs::rename(beside("registry.staged"), beside("waiting"));
+        const bool staged = fs::exists(beside("registry.staged"));
+        if (staged)
+            fs::rename(beside("registry.staged"), beside("aside"));
         ASSERT_EQ(open(), "") << calls;
         const std::string found = copied();
-        ASSERT_TRUE(found == newer || (found == older && waits)) << calls;
+        ASSERT_TRUE(found == newer || (found == older && staged)) << calls;
         newOnes += found == newer ? 1 : 0;
         platform::registry::closeRegistry();
-        if (waits)
-            fs::rename(beside("waiting"), beside("registry.staged"));
+        if (staged)
+            fs::rename(beside("aside"), beside("registry.staged"));
         ASSERT_EQ(open(), "") << calls;
         ASSERT_TRUE(copied() == newer) << calls;
         platform::registry::closeRegistry();
@@ -325,11 +286,11 @@ TEST_F(RegistryFileTest, KillWhileItComesIntoForceLeavesTheOldOrTheNewOne)
     EXPECT_LT(newOnes, kills);
 }
 
-TEST_F(RegistryFileTest, KillWhileItIsTakenOverLosesNeitherTheFileNorTheRegistry)
+TEST_F(RegistryFileTest, KillWhileAFileIsStagedLosesNeitherTheFileNorTheRegistry)
 {
-    set(u"new", u"v", REG_BINARY, "new");
+    add(u"new", u"v", REG_BINARY, "new");
     const std::string newer = copied();
-    set(u"old", u"v", REG_BINARY, "old");
+    add(u"old", u"v", REG_BINARY, "old");
     const std::string older = copied();
     platform::registry::closeRegistry();
     const std::string database = contentOf(file());

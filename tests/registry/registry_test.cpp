@@ -1,56 +1,26 @@
-#include "ce/handle.h"
-#include "ce/registry.h"
 #include "database/device_database.h"
 #include "registry_fixture.h"
 
-#include <gtest/gtest.h>
-
-#include <vector>
+#include "ce/handle.h"
 
 namespace {
 
 class RegistryTest : public RegistryFixture {
 protected:
     RegistryTest() { EXPECT_EQ(open(), ""); }
-
-    static LONG make(HKEY parent, const std::u16string& subKey, HKEY& key, DWORD* disposition = nullptr)
-    {
-        return RegCreateKeyExW(parent, subKey.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, disposition);
-    }
-    static HKEY made(HKEY parent, const std::u16string& subKey)
-    {
-        HKEY key = nullptr;
-        EXPECT_EQ(make(parent, subKey, key), 0);
-        return key;
-    }
-    static LONG set(HKEY key, const WCHAR* name, const std::string& data, DWORD type = REG_BINARY)
-    {
-        return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
-                              static_cast<DWORD>(data.size()));
-    }
-    static std::string get(HKEY key, const WCHAR* name)
-    {
-        DWORD size = 0;
-        if (RegQueryValueExW(key, name, nullptr, nullptr, nullptr, &size) != 0)
-            return "none";
-        std::string data(size, '#');
-        EXPECT_EQ(RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(data.data()), &size), 0);
-        return data;
-    }
 };
 
-TEST_F(RegistryTest, OptionsComeBackAfterARestartByteForByte)
+TEST_F(RegistryTest, ValueComesBackAfterARestartByteForByte)
 {
     std::string record(568, '\0');
     for (std::size_t at = 0; at < record.size(); ++at)
         record[at] = static_cast<char>(at * 7);
     ASSERT_EQ(set(made(HKEY_CURRENT_USER, u"software\\KORV\\QUILLBOX"), u"Option", record), 0);
-    platform::registry::closeRegistry();
-    ASSERT_EQ(open(), "");
+    ASSERT_EQ(reopened(), "");
     EXPECT_EQ(get(made(HKEY_CURRENT_USER, u"Software\\korv\\Quillbox"), u"OPTION"), record);
 }
 
-TEST_F(RegistryTest, NamesDifferingByCaseAloneAreOneKeyAndOneValueInEachBranchOfItsOwn)
+TEST_F(RegistryTest, NamesAreFoundWithoutCaseWithinTheirRootOnly)
 {
     DWORD disposition = 0;
     HKEY first = nullptr;
@@ -70,7 +40,7 @@ TEST_F(RegistryTest, NamesDifferingByCaseAloneAreOneKeyAndOneValueInEachBranchOf
         EXPECT_EQ(get(made(root, u"Ärger\\Один"), u"Größe"), "none");
 }
 
-TEST_F(RegistryTest, DefaultValueAndEmptyDataAreValuesToo)
+TEST_F(RegistryTest, KeyHasADefaultValueAndEmptyValuesAndARootHasValues)
 {
     const HKEY key = made(HKEY_USERS, u"a");
     ASSERT_EQ(set(key, nullptr, "by default"), 0);
@@ -100,7 +70,7 @@ TEST_F(RegistryTest, SmallBufferAndMissingValueLeaveTheBufferAlone)
     EXPECT_EQ(data[5], '#');
 }
 
-TEST_F(RegistryTest, LimitsHoldAndARefusedPathLeavesNoKeysBehind)
+TEST_F(RegistryTest, RefusedPathMakesNoKeysAndPathsWithinTheLimitsAreMade)
 {
     const LONG refused{ERROR_INVALID_PARAMETER};
     HKEY key = nullptr;
@@ -122,7 +92,7 @@ TEST_F(RegistryTest, LimitsHoldAndARefusedPathLeavesNoKeysBehind)
     EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
 }
 
-TEST_F(RegistryTest, DeadAndForeignKeysAreRefused)
+TEST_F(RegistryTest, ClosedKeysAndOtherHandlesAreRefused)
 {
     const LONG refused{ERROR_INVALID_HANDLE};
     HKEY result = nullptr;
@@ -130,8 +100,7 @@ TEST_F(RegistryTest, DeadAndForeignKeysAreRefused)
     EXPECT_FALSE(CloseHandle(closed));
     EXPECT_EQ(RegCloseKey(closed), 0);
     const HKEY older = made(HKEY_USERS, u"a");
-    platform::registry::closeRegistry();
-    ASSERT_EQ(open(), "");
+    ASSERT_EQ(reopened(), "");
     for (const HKEY key : {closed, older, HKEY{nullptr}, reinterpret_cast<HKEY>(INVALID_HANDLE_VALUE)}) {
         EXPECT_EQ(set(key, u"v", "x"), refused);
         EXPECT_EQ(RegQueryValueExW(key, u"v", nullptr, nullptr, nullptr, nullptr), refused);
@@ -142,7 +111,7 @@ TEST_F(RegistryTest, DeadAndForeignKeysAreRefused)
     EXPECT_EQ(set(HKEY_CURRENT_USER, u"still", "open"), 0);
 }
 
-TEST_F(RegistryTest, FullDiskGivesItsErrorAndKeepsTheOldValue)
+TEST_F(RegistryTest, FullDiskIsAnErrorAndKeepsTheOldValue)
 {
     const HKEY key = made(HKEY_CURRENT_USER, u"k");
     ASSERT_EQ(set(key, u"v", "old"), 0);
@@ -151,7 +120,7 @@ TEST_F(RegistryTest, FullDiskGivesItsErrorAndKeepsTheOldValue)
     EXPECT_EQ(get(key, u"v"), "old");
 }
 
-TEST_F(RegistryTest, WithoutADatabaseEveryCallSaysSo)
+TEST_F(RegistryTest, EveryCallFailsWithoutADatabase)
 {
     platform::registry::closeRegistry();
     HKEY key = nullptr;

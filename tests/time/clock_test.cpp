@@ -7,7 +7,7 @@
 
 namespace {
 
-// std::time() lags behind it by up to a tick.
+// std::time() can be late by up to a tick.
 std::time_t preciseSeconds()
 {
     timespec now{};
