@@ -1,4 +1,4 @@
-// Databases as a whole: names, walks, what is told of them, when they can go.
+// Databases as a whole: names, enumeration, information, deletion.
 
 #include "store_fixture.h"
 
@@ -20,7 +20,7 @@ std::vector<CEOID> walk(DWORD type)
     return oids;
 }
 
-TEST_F(DatabasesTest, WalkMissesNoneAndKnowsTypes)
+TEST_F(DatabasesTest, WalkMeetsEachDatabaseOfItsTypeUntilOneIsDeleted)
 {
     EXPECT_TRUE(walk(0).empty());
     const CEOID contacts = create(u"Contacts", 24);
@@ -39,7 +39,7 @@ TEST_F(DatabasesTest, WalkMissesNoneAndKnowsTypes)
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
-TEST_F(DatabasesTest, NameIsFoundWithoutCaseCutAtAWholeCharacterAndKeptAsWritten)
+TEST_F(DatabasesTest, NameIsFoundWithoutCaseAndKeptAsWrittenUpToALimit)
 {
     const CEOID oid = create(u"Ärger");
     SetLastError(99);
@@ -72,10 +72,8 @@ TEST_F(DatabasesTest, TypeSortOrdersAndCountsAreKept)
     ASSERT_NE(CeCreateDatabase(u"four", 0xFFFFFFFF, 4, specs), 0U);
     ASSERT_NE(create(u"none"), 0U);
 
-    const HANDLE database = opened(u"four");
-    const CEOID record = add(database, {blob(1, "12345")});
-    add(database, {blob(1, "12345")});
-    CloseHandle(database);
+    const CEOID record = add(OpenDatabase(u"four"), {blob(1, "12345")});
+    add(OpenDatabase(u"four"), {blob(1, "12345")});
     close();
     open();
 
@@ -105,10 +103,10 @@ TEST_F(DatabasesTest, TypeSortOrdersAndCountsAreKept)
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
-TEST_F(DatabasesTest, OpenDatabaseIsNotDeletedAndNoOidServesTwice)
+TEST_F(DatabasesTest, OpenDatabaseIsNotDeletedAndNoOidIsUsedTwice)
 {
     CEOID oid = create(u"A");
-    const HANDLE first = CeOpenDatabase(&oid, u"another name counts for nothing", 0, 0, nullptr);
+    const HANDLE first = CeOpenDatabase(&oid, u"a name that the oid overrides", 0, 0, nullptr);
     const HANDLE second = opened(u"A");
     const CEOID record = add(first, {blob(1, "")});
     CloseHandle(first);
@@ -122,12 +120,10 @@ TEST_F(DatabasesTest, OpenDatabaseIsNotDeletedAndNoOidServesTwice)
     EXPECT_FALSE(CeOidGetInfo(record, &info));
 
     EXPECT_NE(create(u"A"), oid);
-    const HANDLE again = opened(u"A");
-    EXPECT_GT(add(again, {blob(1, "")}), record);
-    CloseHandle(again);
+    EXPECT_GT(add(OpenDatabase(u"A"), {blob(1, "")}), record);
 }
 
-TEST_F(DatabasesTest, CallsWithoutADeviceFailAndHandlesOfTheLastOneAreDead)
+TEST_F(DatabasesTest, CallsFailWithoutADeviceAndOldHandlesFailOnTheNextOne)
 {
     create(u"A");
     const HANDLE database = opened(u"A");

@@ -1,5 +1,3 @@
-// failing_blocks.cpp - see failing_blocks.h.
-
 #include "failing_blocks.h"
 
 #include "ce/error.h"

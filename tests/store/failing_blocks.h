@@ -1,4 +1,4 @@
-// failing_blocks.h - makes LocalAlloc fail; it takes the place of the platform's own.
+// failing_blocks.h - replaces LocalAlloc by one that can fail.
 #pragma once
 
 // From the nth block on; 0: every one succeeds again.

@@ -1,4 +1,4 @@
-// image_fixture.h - an object store whose device has a root for images, and an image written by hand.
+// image_fixture.h - an object store, a folder for its images, and an image written by hand.
 #pragma once
 
 #include "set/database_image.h"
@@ -14,11 +14,12 @@
 
 #include <algorithm>
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 namespace fs = std::filesystem;
 
-// "58 00" and the like.
+// "58 00": pairs of digits between blanks.
 inline std::string hex(const std::string& digits)
 {
     std::istringstream words(digits);
@@ -36,8 +37,8 @@ inline std::string repeated(const std::string& piece, int times)
     return all;
 }
 
-// A database "Ab" of type 0x01020304 with one sort order and two records, of every type that has a value and one that
-// has none; the record that was made last comes first.
+// A database "Ab" of type 0x01020304 with one sort order and two records. They contain each type, also one whose value
+// an image doesn't keep. The record that was made last comes first.
 inline const std::string goldenImage = hex("06 00 00 00  41 00 62 00 00 00"
                                            " 04 03 02 01  02 00  01 00"
                                            " 1F 00 02 00  01 00 00 00"
@@ -71,12 +72,17 @@ protected:
     {
         gQuestions = {};
         fs::create_directory(root());
-        EXPECT_TRUE(platform::file::addMount({.name = u"",
-                                              .folder = ::open(root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC),
-                                              .card = false,
-                                              .capacity = {}}));
+        mount();
     }
     ~DatabaseImageTest() override { platform::file::removeAllMounts(); }
+
+    // The root with this many bytes in place of the one before.
+    void mount(std::optional<std::uint64_t> capacity = {}) const
+    {
+        platform::file::removeAllMounts();
+        EXPECT_TRUE(platform::file::addMount(
+            {u"", ::open(root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), false, capacity}));
+    }
 
     [[nodiscard]] fs::path root() const { return folder_ / "object-store"; }
 
@@ -100,13 +106,12 @@ protected:
     {
         const SORTORDERSPEC order = {0x0002001F, 1};
         ASSERT_NE(CeCreateDatabase(u"Ab", 0x01020304, 1, &order), 0U);
-        const HANDLE database = opened(u"Ab");
+        const OpenDatabase database(u"Ab");
         for (const Record& record : goldenRecords())
             add(database, record);
-        CloseHandle(database);
     }
 
-    // What is lost in an image: the values of types that have none there.
+    // An image doesn't keep the value of a BOOL.
     static Records goldenRestored()
     {
         Records records = reversed(goldenRecords());
@@ -125,13 +130,7 @@ protected:
         EXPECT_EQ(recordsOf(u"Ab"), records);
     }
 
-    static void makeOld(const std::u16string& name)
-    {
-        create(name, 9);
-        const HANDLE database = opened(name);
-        add(database, {text(1, u"old")});
-        CloseHandle(database);
-    }
+    static void makeOld(const std::u16string& name) { create(name, 9, {{text(1, u"old")}}); }
     static bool isOld(const std::u16string& name)
     {
         return exists(name) && infoOf(name).dwDbaseType == 9 && recordsOf(name) == Records{{text(1, u"old")}};

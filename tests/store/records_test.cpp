@@ -3,10 +3,6 @@
 #include "database/device_database.h"
 #include "store_fixture.h"
 
-#include <algorithm>
-#include <cstring>
-#include <numeric>
-
 namespace {
 
 using platform::database::DatabaseUse;
@@ -42,21 +38,19 @@ TEST_F(RecordsTest, EveryTypeComesBackBitForBit)
         text(10, u""),
         blob(11, ""),
         blob(12, std::string("\0\1\2", 3)),
-        text(13, u"behind a blob of an odd size"),
+        text(13, u"after a blob of an odd size"),
         {propertyId(14, 999), "sixteen bytes of", 1},
         blob(15, std::string(300000, 'x')),
     };
-    const HANDLE database = opened(u"A");
-    ASSERT_NE(add(database, record), 0U);
-    CloseHandle(database);
+    create(u"B", 0, {record});
     close();
     open();
-    EXPECT_EQ(recordsOf(u"A"), Records{record});
+    EXPECT_EQ(recordsOf(u"B"), Records{record});
 }
 
-TEST_F(RecordsTest, WriteReplacesAddsAndTakesAwayAndKeepsTheRest)
+TEST_F(RecordsTest, WriteReplacesAddsAndDeletesPropertiesAndKeepsTheOthers)
 {
-    const HANDLE database = opened(u"A");
+    const OpenDatabase database(u"A");
     const CEOID oid = add(database, {text(1, u"one"), text(2, u"two"), text(3, u"three")});
     EXPECT_EQ(write(database, oid, {text(2, u"other"), text(1, u"", CEDB_PROPDELETE), text(4, u"four"), text(4, u"4")}),
               oid);
@@ -65,24 +59,22 @@ TEST_F(RecordsTest, WriteReplacesAddsAndTakesAwayAndKeepsTheRest)
     write(database, oid, {text(2, u"", CEDB_PROPDELETE), text(3, u"", CEDB_PROPDELETE), text(4, u"", CEDB_PROPDELETE)});
     EXPECT_EQ(recordsOf(u"A"), Records{{}});
 
-    CEPROPVAL bad = {.propid = propertyId(1, CEVT_LPWSTR), .wLenData = 0, .wFlags = 0, .val = {}};
-    bad.val.lpwstr = nullptr;
+    CEPROPVAL noText = {propertyId(1, CEVT_LPWSTR), 0, 0, {}};
+    noText.val.lpwstr = nullptr;
+    CEPROPVAL noBlob = {propertyId(1, CEVT_BLOB), 0, 0, {}};
+    noBlob.val.blob = {1, nullptr};
     for (const CEOID target : {CEOID{0}, oid, oid + 1, CEOID{1}}) {
-        EXPECT_EQ(CeWriteRecordProps(database, target, 1, &bad), 0U);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-        EXPECT_EQ(CeWriteRecordProps(database, target, 0, &bad), 0U);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+        for (auto [bad, count] : {std::pair{noText, WORD{1}}, {noText, WORD{0}}, {noBlob, WORD{1}}}) {
+            EXPECT_EQ(CeWriteRecordProps(database, target, count, &bad), 0U);
+            EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+        }
     }
-    bad = {.propid = propertyId(1, CEVT_BLOB), .wLenData = 0, .wFlags = 0, .val = {}};
-    bad.val.blob = {1, nullptr};
-    EXPECT_EQ(CeWriteRecordProps(database, 0, 1, &bad), 0U);
-    EXPECT_EQ(recordsOf(u"A").size(), 1U);
-    CloseHandle(database);
+    EXPECT_EQ(recordsOf(u"A"), Records{{}});
 }
 
 TEST_F(RecordsTest, FlagOfAnAnswerIsNotStoredWithTheProperty)
 {
-    const HANDLE database = opened(u"A");
+    const OpenDatabase database(u"A");
     const CEOID oid = add(database, {text(1, u"one", CEDB_PROPNOTFOUND), text(2, u"two", CEDB_PROPNOTFOUND | 5)});
     EXPECT_EQ(recordsOf(u"A"), (Records{{text(1, u"one"), text(2, u"two", 5)}}));
     // As a file of an earlier version has it; a write to something else doesn't bring it back.
@@ -93,14 +85,13 @@ TEST_F(RecordsTest, FlagOfAnAnswerIsNotStoredWithTheProperty)
     EXPECT_EQ(recordsOf(u"A"), (Records{{text(1, u""), text(2, u"", 5), text(3, u"", 1)}}));
     write(database, oid, {text(2, u"", CEDB_PROPDELETE)});
     EXPECT_EQ(recordsOf(u"A"), (Records{{text(1, u""), text(3, u"", 1)}}));
-    CloseHandle(database);
 }
 
-TEST_F(RecordsTest, RecordOfAnotherDatabaseIsOutOfReach)
+TEST_F(RecordsTest, RecordOfAnotherDatabaseIsRefused)
 {
     create(u"B");
-    const HANDLE a = opened(u"A");
-    const HANDLE b = opened(u"B");
+    const OpenDatabase a(u"A");
+    const OpenDatabase b(u"B");
     const CEOID foreign = add(b, {text(1, u"b")});
     DWORD index = 0;
     EXPECT_EQ(write(a, foreign, {text(1, u"a")}), 0U);
@@ -109,17 +100,13 @@ TEST_F(RecordsTest, RecordOfAnotherDatabaseIsOutOfReach)
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
     EXPECT_TRUE(read(a).empty());
     EXPECT_EQ(recordsOf(u"B"), Records{{text(1, u"b")}});
-    CloseHandle(a);
-    CloseHandle(b);
 }
 
 TEST_F(RecordsTest, ReadAndDeleteMeetsEveryRecord)
 {
     for (const DWORD flags : {CEDB_AUTOINCREMENT, DWORD{0}}) {
-        const HANDLE database = opened(u"A", flags);
-        const auto oids = addNumbered(database, 40);
-        CloseHandle(database);
-        const HANDLE again = opened(u"A", flags);
+        const auto oids = addNumbered(OpenDatabase(u"A"), 40);
+        const OpenDatabase again(u"A", flags);
         std::vector<CEOID> met;
         for (CEOID oid = 0; read(again, &oid), oid != 0;) {
             met.push_back(oid);
@@ -133,14 +120,13 @@ TEST_F(RecordsTest, ReadAndDeleteMeetsEveryRecord)
             EXPECT_EQ(GetLastError(), ERROR_KEY_DELETED);
             EXPECT_EQ(CeSeekDatabase(again, CEDB_SEEK_CURRENT, 0, nullptr), oids[1]);
         }
-        CloseHandle(again);
     }
 }
 
-TEST_F(RecordsTest, DeletionThroughAnotherHandleMovesNoPointerAstray)
+TEST_F(RecordsTest, DeletionThroughAnotherHandleKeepsThePointerOnItsRecord)
 {
-    const HANDLE reader = opened(u"A", CEDB_AUTOINCREMENT);
-    const HANDLE other = opened(u"A");
+    const OpenDatabase reader(u"A", CEDB_AUTOINCREMENT);
+    const OpenDatabase other(u"A");
     const auto oids = addNumbered(other, 5);
     DWORD index = 0;
     EXPECT_EQ(CeSeekDatabase(reader, CEDB_SEEK_BEGINNING, 2, &index), oids[2]);
@@ -152,13 +138,11 @@ TEST_F(RecordsTest, DeletionThroughAnotherHandleMovesNoPointerAstray)
     EXPECT_EQ(index, 2U);
     EXPECT_EQ(CeSeekDatabase(reader, CEDB_SEEK_CURRENT, static_cast<DWORD>(-2), &index), oids[1]);
     EXPECT_EQ(index, 0U);
-    CloseHandle(reader);
-    CloseHandle(other);
 }
 
-TEST_F(RecordsTest, WalkFromTheEndMeetsEveryRecordAndKnowsItsPosition)
+TEST_F(RecordsTest, WalkFromTheEndMeetsEveryRecordAtItsPosition)
 {
-    const HANDLE database = opened(u"A");
+    const OpenDatabase database(u"A");
     DWORD index = 99;
     EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_END, 0, &index), 0U);
     EXPECT_EQ(index, 0U);
@@ -177,17 +161,16 @@ TEST_F(RecordsTest, WalkFromTheEndMeetsEveryRecordAndKnowsItsPosition)
     EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_CURRENT, static_cast<DWORD>(-1), &index), 0U);
     EXPECT_EQ(GetLastError(), ERROR_SEEK);
     EXPECT_EQ(read(database), Record{number(1, CEVT_UI2, WORD{0})});
-    CloseHandle(database);
 }
 
-TEST_F(RecordsTest, SeeksLeadWhereTheySay)
+TEST_F(RecordsTest, SeekReturnsTheRecordAndItsPosition)
 {
     const HANDLE database = opened(u"A");
     const auto oids = addNumbered(database, 10);
     struct Case {
         DWORD how;
         DWORD value;
-        int expected;  // position; -1 none
+        int position;  // -1: refused
     };
     const DWORD last = 0xFFFFFFFF;
     const Case cases[] = {
@@ -202,15 +185,11 @@ TEST_F(RecordsTest, SeeksLeadWhereTheySay)
         {CEDB_SEEK_CURRENT, 1, 8},       {CEDB_SEEK_CURRENT, 0x80000000, -1},
         {CEDB_SEEK_BEGINNING, last, -1}, {0x10, 0, -1},
     };
-    for (std::size_t i = 0; i < std::size(cases); ++i) {
-        SCOPED_TRACE(i);
-        const Case& step = cases[i];
-        DWORD index = 0;
-        const CEOID found = CeSeekDatabase(database, step.how, step.value, &index);
-        EXPECT_EQ(found, step.expected < 0 ? 0 : oids[static_cast<std::size_t>(step.expected)]);
-        if (step.expected >= 0) {
-            EXPECT_EQ(index, static_cast<DWORD>(step.expected));
-        }
+    for (const auto& [how, value, position] : cases) {
+        SCOPED_TRACE(testing::Message() << how << " " << value);
+        DWORD index = 0xFFFFFFFF;
+        EXPECT_EQ(CeSeekDatabase(database, how, value, &index), position < 0 ? 0 : oids[static_cast<DWORD>(position)]);
+        EXPECT_TRUE(position < 0 || index == static_cast<DWORD>(position)) << index;
     }
     CloseHandle(database);
     EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_END, 1, nullptr), 0U);
@@ -219,7 +198,7 @@ TEST_F(RecordsTest, SeeksLeadWhereTheySay)
 
 TEST_F(RecordsTest, BufferThatIsTooSmallIsLeftAloneOrReplaced)
 {
-    const HANDLE database = opened(u"A", CEDB_AUTOINCREMENT);
+    const OpenDatabase database(u"A", CEDB_AUTOINCREMENT);
     add(database, {text(1, u"some text"), number(2, CEVT_I4, LONG{5})});
     auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, 8));
     BYTE* const first = buffer;
@@ -252,20 +231,16 @@ TEST_F(RecordsTest, BufferThatIsTooSmallIsLeftAloneOrReplaced)
     EXPECT_EQ(CeReadRecordProps(database, 0, &count, asked, &buffer, &bytes), 0U);
     EXPECT_EQ(GetLastError(), ERROR_NO_DATA);
     LocalFree(buffer);
-    CloseHandle(database);
 }
 
 TEST_F(RecordsTest, FullDatabaseRefusesTheNextRecordAndKeepsTheOthers)
 {
-    const HANDLE database = opened(u"A");
     const Record record = {number(1, CEVT_I4, LONG{1})};
-    for (DWORD i = 0; i < CEDB_MAXRECORDS; ++i)
-        ASSERT_NE(add(database, record), 0U);
-    EXPECT_EQ(add(database, record), 0U);
+    create(u"B", 0, Records(CEDB_MAXRECORDS, record));
+    EXPECT_EQ(add(OpenDatabase(u"B"), record), 0U);
     EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
-    EXPECT_TRUE(CloseHandle(database));
-    EXPECT_EQ(infoOf(u"A").wNumRecords, 0xFFFF);
-    EXPECT_EQ(recordsOf(u"A").size(), 0xFFFFU);
+    EXPECT_EQ(infoOf(u"B").wNumRecords, 0xFFFF);
+    EXPECT_EQ(recordsOf(u"B").size(), 0xFFFFU);
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
-// What a restore leaves when the disk is full, memory runs out or a record is too large: the old database whole, and a
-// result that says so.
+// When the disk is full, memory runs out or a record is too large, a restore fails and keeps the old database.
 
 #include "failing_blocks.h"
 #include "failing_memory.h"
@@ -19,7 +18,7 @@ class RestoreFaultTest : public DatabaseImageTest {
 protected:
     RestoreFaultTest() { gQuestions.yes = true; }
 
-    // The golden image with a further record behind its two.
+    // The golden image with a third record.
     static std::string imageWith(const std::string& record)
     {
         std::string bytes = goldenImage;
@@ -33,13 +32,13 @@ protected:
         for (const DWORD bytes : blobs) {
             record += std::string("\x41\0\1\0", 4) + std::string(reinterpret_cast<const char*>(&bytes), sizeof bytes);
             record += std::string(bytes, 'z') + std::string(2, '\0');
-            record[record.size() - bytes - 8] = static_cast<char>(record.size());  // an id of its own
+            record[record.size() - bytes - 8] = static_cast<char>(record.size());  // a different id for each
         }
         return record;
     }
 };
 
-TEST_F(RestoreFaultTest, FullDiskLeavesTheOldDatabaseWholeAndIsTold)
+TEST_F(RestoreFaultTest, FullDiskLeavesTheOldDatabaseWholeAndIsReported)
 {
     makeOld(u"Ab");
     const std::string bytes = imageWith(recordOf({40'000}));
@@ -48,7 +47,7 @@ TEST_F(RestoreFaultTest, FullDiskLeavesTheOldDatabaseWholeAndIsTold)
     RestoreResult result = RestoreFailed;
     for (; result == RestoreFailed && refused < 100; ++pages) {
         SCOPED_TRACE(pages);
-        ASSERT_EQ(DatabaseUse()->readNumber("PRAGMA page_count").value_or(0) <= pages, true);
+        ASSERT_LE(DatabaseUse()->readNumber("PRAGMA page_count").value_or(0), pages);
         (void)DatabaseUse()->execute("PRAGMA max_page_count = " + std::to_string(pages));
         result = restore(bytes);
         ASSERT_EQ(GetLastError(), result == RestoreFailed ? ERROR_DISK_FULL : ERROR_SUCCESS);
@@ -80,7 +79,7 @@ TEST_F(RestoreFaultTest, MemoryThatRunsOutAnywhereLeavesTheOldDatabaseWhole)
         gQuestions.answered = [] { failFrom(refused); };
         makeOld(u"Ab");
         RestoreResult result = RestoreFailed;
-        std::ofstream(root() / "Free.CDB", std::ios::binary) << bytes;  // read before the question for its own name
+        std::ofstream(root() / "Free.CDB", std::ios::binary) << bytes;  // whose name differs from that of its database
         while (result == RestoreFailed && refused < 1000) {
             SCOPED_TRACE(refused);
             ++refused;
@@ -93,19 +92,25 @@ TEST_F(RestoreFaultTest, MemoryThatRunsOutAnywhereLeavesTheOldDatabaseWhole)
         EXPECT_EQ(result, RestoreDone);
         EXPECT_GT(refused, 2U);
         EXPECT_EQ(recordsOf(u"Ab").size(), 3U);
-        CeDeleteDatabase(CeFindNextDatabase(CeFindFirstDatabase(0)));
+        ASSERT_TRUE(remove(u"Ab"));
     }
 }
 
-TEST_F(RestoreFaultTest, RecordThatIsTooLargeCostsItselfAndNoOldDatabase)
+TEST_F(RestoreFaultTest, RecordThatIsTooLargeCostsNoOtherRecordAndNoOldDatabase)
 {
     const DWORD half = MaxRecordContent / 2;
     struct Case {
         std::vector<DWORD> blobs;
         bool fits;
     };
-    for (const Case& each : {Case{{MaxRecordContent}, true}, Case{{MaxRecordContent + 1}, false},
-                             Case{{half, half}, true}, Case{{half, half + 1}, false}}) {
+    const Case cases[] = {
+        {{MaxRecordContent}, true},
+        {{MaxRecordContent + 1}, false},
+        {{MaxRecordContent + 1, 3}, false},  // the rest of the record is stepped over
+        {{half, half}, true},
+        {{half, half + 1}, false},
+    };
+    for (const Case& each : cases) {
         SCOPED_TRACE(each.blobs.back());
         std::string bytes = imageWith(recordOf(each.blobs));
         bytes[14] = '\4';
@@ -115,21 +120,16 @@ TEST_F(RestoreFaultTest, RecordThatIsTooLargeCostsItselfAndNoOldDatabase)
         const Records records = recordsOf(u"Ab");
         EXPECT_EQ(records.size(), each.fits ? 4U : 3U);
         EXPECT_EQ(records.back(), (Record{number(1, CEVT_I2, SHORT{5})}));
-        const HANDLE database = opened(u"Ab");
         Record record;
         for (const DWORD size : each.blobs)
             record.push_back(blob(static_cast<WORD>(record.size()), std::string(size, 'z')));
-        EXPECT_EQ(add(database, record) != 0, each.fits);
-        CloseHandle(database);
-        CEOID oid = 0;
-        CloseHandle(CeOpenDatabase(&oid, u"Ab", 0, 0, nullptr));
-        ASSERT_TRUE(CeDeleteDatabase(oid));
+        EXPECT_EQ(add(OpenDatabase(u"Ab"), record) != 0, each.fits);
+        ASSERT_TRUE(remove(u"Ab"));
 
         makeOld(u"Ab");
         EXPECT_EQ(restore(bytes), each.fits ? RestoreDone : RestoreFailed);
         EXPECT_EQ(isOld(u"Ab"), !each.fits);
-        CloseHandle(CeOpenDatabase(&(oid = 0), u"Ab", 0, 0, nullptr));
-        ASSERT_TRUE(CeDeleteDatabase(oid));
+        ASSERT_TRUE(remove(u"Ab"));
     }
 }
 

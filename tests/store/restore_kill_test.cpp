@@ -1,53 +1,27 @@
-// A kill at any call of a restore: the old database or the new one, and nothing else. Where there is no old one, the
-// first records of the new one.
+// A kill at any call of a restore leaves the old database or the new one. Without an old one, it leaves the first
+// records of the new one.
 
-#include "file/name_space.h"
+#include "image_fixture.h"
 #include "killed_process.h"
-#include "scripted_questions.h"
-#include "set/database_image.h"
-#include "store_fixture.h"
-
-#include "ce/file.h"
-
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <algorithm>
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr DWORD OldType = 9;
 constexpr DWORD NewType = 7;
 
-class RestoreKillTest : public StoreTest {
+class RestoreKillTest : public DatabaseImageTest {
 protected:
-    RestoreKillTest()
-    {
-        gQuestions = {};
-        gQuestions.yes = true;
-        const fs::path root = folder_ / "object-store";
-        fs::create_directory(root);
-        EXPECT_TRUE(platform::file::addMount({.name = u"",
-                                              .folder = ::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC),
-                                              .card = false,
-                                              .capacity = {}}));
-    }
-    ~RestoreKillTest() override { platform::file::removeAllMounts(); }
+    RestoreKillTest() { gQuestions.yes = true; }
 
     // The image of these records, in the image's order, and a device that may have an old database of that name.
     void prepare(Records records, bool withOld)
     {
-        imaged_ = records;
-        std::reverse(records.begin(), records.end());
-        make(NewType, records);
+        imaged_ = std::move(records);
+        create(u"A", NewType, reversed(imaged_));
         ASSERT_TRUE(DumpDatabase(u"A"));
-        CEOID oid = 0;
-        CloseHandle(CeOpenDatabase(&oid, u"A", 0, 0, nullptr));
-        ASSERT_TRUE(CeDeleteDatabase(oid));
+        ASSERT_TRUE(remove(u"A"));
         if (withOld)
-            make(OldType, old_);
+            create(u"A", OldType, old_);
         create(u"Other", OldType);
         close();
         fs::copy_file(folder_ / "device.db", folder_ / "before.db");
@@ -82,20 +56,11 @@ protected:
     [[nodiscard]] int whole() const { return static_cast<int>(imaged_.size()); }
 
 private:
-    static void make(DWORD type, const Records& records)
-    {
-        create(u"A", type);
-        const HANDLE database = opened(u"A");
-        for (const Record& record : records)
-            add(database, record);
-        ASSERT_TRUE(CloseHandle(database));
-    }
-
     const Records old_ = {{text(1, u"old")}, {blob(2, "old too")}};
     Records imaged_;
 };
 
-TEST_F(RestoreKillTest, AtEveryCallLeavesTheOldOneOrTheNewOneWhole)
+TEST_F(RestoreKillTest, KillAtAnyCallLeavesTheOldOrTheNewDatabaseWhole)
 {
     Record large;  // more than one write of the usual size
     for (WORD i = 0; i < 300; ++i)
@@ -122,7 +87,7 @@ TEST_F(RestoreKillTest, AtEveryCallLeavesTheOldOneOrTheNewOneWhole)
     EXPECT_NE(firstNew, seen.end());
 }
 
-TEST_F(RestoreKillTest, BetweenTwoFlushesOfANewDatabaseLosesWholeRecordsAtTheEnd)
+TEST_F(RestoreKillTest, KillBetweenTwoFlushesOfANewDatabaseLosesOnlyItsLastRecords)
 {
     Records records;
     for (char i = 'a'; i < 'e'; ++i)

@@ -1,5 +1,3 @@
-// scripted_questions.cpp - see scripted_questions.h.
-
 #include "scripted_questions.h"
 
 #include "ce/dialog.h"

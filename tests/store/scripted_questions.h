@@ -1,4 +1,4 @@
-// scripted_questions.h - the shell and the user in one: what restoring a database asks, and what it is answered.
+// scripted_questions.h - replaces the shell: records the questions of a restore and answers them.
 #pragma once
 
 #include "set/set_questions.h"
@@ -13,6 +13,6 @@ struct ScriptedQuestions {
     UINT typeOfLast = 0;
     bool waitCursor = true;        // now
     bool waitCursorAsked = false;  // it showed while a question stood
-    void (*answered)() = nullptr;  // called right behind each answer
+    void (*answered)() = nullptr;  // called after each answer
 };
 extern ScriptedQuestions gQuestions;

@@ -1,5 +1,3 @@
-// store_fixture.cpp - see store_fixture.h.
-
 #include "store_fixture.h"
 
 #include "database/device_database.h"
@@ -62,7 +60,7 @@ void PrintTo(const Property& property, std::ostream* out)
     *out << std::hex << property.id << " (" << property.value.size() << " bytes, flags " << property.flags << ")";
 }
 
-// The characters with their NUL, so that what stands in `value` is a text as it stands.
+// With the NUL: `value` of the property is used as a text in place.
 Property text(WORD id, const std::u16string& value, WORD flags)
 {
     return {propertyId(id, CEVT_LPWSTR),
@@ -72,6 +70,21 @@ Property text(WORD id, const std::u16string& value, WORD flags)
 Property blob(WORD id, const std::string& value, WORD flags)
 {
     return {propertyId(id, CEVT_BLOB), value, flags};
+}
+
+HANDLE opened(const std::u16string& name, DWORD flags)
+{
+    CEOID oid = 0;
+    const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, flags, nullptr);
+    EXPECT_NE(database, INVALID_HANDLE_VALUE) << GetLastError();
+    return database;
+}
+
+OpenDatabase::OpenDatabase(const std::u16string& name, DWORD flags) : handle_(opened(name, flags)) {}
+
+OpenDatabase::~OpenDatabase()
+{
+    EXPECT_TRUE(CloseHandle(handle_)) << GetLastError();
 }
 
 StoreTest::StoreTest()
@@ -100,24 +113,27 @@ void StoreTest::close()
     platform::database::closeDeviceDatabase();
 }
 
-CEOID StoreTest::create(const std::u16string& name, DWORD type)
+CEOID StoreTest::create(const std::u16string& name, DWORD type, const Records& records)
 {
-    return CeCreateDatabase(name.c_str(), type, 0, nullptr);
+    const CEOID oid = CeCreateDatabase(name.c_str(), type, 0, nullptr);
+    if (records.empty())
+        return oid;
+    const OpenDatabase database(name);
+    for (const Record& record : records)
+        EXPECT_NE(add(database, record), 0U) << GetLastError();
+    return oid;
 }
 
-HANDLE StoreTest::opened(const std::u16string& name, DWORD flags)
+bool StoreTest::remove(const std::u16string& name)
 {
-    CEOID oid = 0;
-    const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, flags, nullptr);
-    EXPECT_NE(database, INVALID_HANDLE_VALUE) << GetLastError();
-    return database;
+    return CeDeleteDatabase(oidOf(name)) != 0;
 }
 
-bool StoreTest::exists(const std::u16string& name)
+CEOID StoreTest::oidOf(const std::u16string& name)
 {
     CEOID oid = 0;
     const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr);
-    return database != INVALID_HANDLE_VALUE && CloseHandle(database);
+    return database != INVALID_HANDLE_VALUE && CloseHandle(database) ? oid : 0;
 }
 
 CEOID StoreTest::add(HANDLE database, const Record& record)
@@ -150,22 +166,19 @@ Record StoreTest::read(HANDLE database, CEOID* oid)
 
 Records StoreTest::recordsOf(const std::u16string& name)
 {
-    const HANDLE database = opened(name, CEDB_AUTOINCREMENT);
+    const OpenDatabase database(name, CEDB_AUTOINCREMENT);
     Records records;
     CEOID oid = 0;
     for (Record record = read(database, &oid); oid != 0; record = read(database, &oid))
         records.push_back(record);
     EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
-    CloseHandle(database);
     return records;
 }
 
 CEDBASEINFO StoreTest::infoOf(const std::u16string& name)
 {
-    CEOID oid = 0;
-    CloseHandle(CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr));
     CEOIDINFO info = {};
-    EXPECT_TRUE(CeOidGetInfo(oid, &info)) << GetLastError();
+    EXPECT_TRUE(CeOidGetInfo(oidOf(name), &info)) << GetLastError();
     EXPECT_EQ(info.wObjType, OBJTYPE_DATABASE);
     return info.infDatabase;
 }

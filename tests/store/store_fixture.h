@@ -1,4 +1,4 @@
-// store_fixture.h - an object store in a temporary folder, and records in a form that compares.
+// store_fixture.h - an object store in a temporary folder, and records that can be compared.
 #pragma once
 
 #include "ce/store.h"
@@ -34,6 +34,23 @@ Property number(WORD id, WORD type, Value value, WORD flags = 0)
 Property text(WORD id, const std::u16string& value, WORD flags = 0);
 Property blob(WORD id, const std::string& value, WORD flags = 0);
 
+// The test fails if there is no such database.
+HANDLE opened(const std::u16string& name, DWORD flags = 0);
+
+// An open database. The end of the scope closes it, and the test fails if the close fails.
+class OpenDatabase {
+public:
+    explicit OpenDatabase(const std::u16string& name, DWORD flags = 0);
+    OpenDatabase(const OpenDatabase&) = delete;
+    OpenDatabase& operator=(const OpenDatabase&) = delete;
+    ~OpenDatabase();
+
+    operator HANDLE() const { return handle_; }
+
+private:
+    HANDLE handle_;
+};
+
 class StoreTest : public testing::Test {
 protected:
     StoreTest();
@@ -42,10 +59,12 @@ protected:
     void open() const;
     static void close();
 
-    static CEOID create(const std::u16string& name, DWORD type = 0);
-    // Fails the test for a database that isn't there.
-    static HANDLE opened(const std::u16string& name, DWORD flags = 0);
-    static bool exists(const std::u16string& name);
+    // 0 when it was refused. With records, the database is closed again.
+    static CEOID create(const std::u16string& name, DWORD type = 0, const Records& records = {});
+    static bool remove(const std::u16string& name);
+    // 0 if there is no such database.
+    static CEOID oidOf(const std::u16string& name);
+    static bool exists(const std::u16string& name) { return oidOf(name) != 0; }
     // 0 when it was refused.
     static CEOID add(HANDLE database, const Record& record);
     static CEOID write(HANDLE database, CEOID oid, const Record& record);
