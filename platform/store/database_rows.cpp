@@ -1,7 +1,7 @@
 // The rows of databases.
 #include "database_rows.h"
 
-#include "store/object_store.h"
+#include "store_state.h"
 #include "store_time.h"
 #include "text/case_folding.h"
 #include "text/utf.h"

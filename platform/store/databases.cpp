@@ -5,7 +5,7 @@
 #include "database_rows.h"
 #include "database_walk.h"
 #include "record_rows.h"
-#include "store/object_store.h"
+#include "store_state.h"
 #include "store_trouble.h"
 
 #include <memory>

@@ -1,16 +1,10 @@
-// The object store's own state.
 #include "store/object_store.h"
 
 #include "database_walk.h"
 #include "open_database.h"
+#include "store_state.h"
 
 namespace platform::store {
-
-StoreState& storeState()
-{
-    static StoreState state;
-    return state;
-}
 
 void closeStore()
 {

@@ -3,7 +3,7 @@
 
 #include "database/device_database.h"
 #include "record_rows.h"
-#include "store/object_store.h"
+#include "store_state.h"
 #include "store_time.h"
 #include "store_trouble.h"
 

@@ -4,7 +4,7 @@
 #include "database/device_database.h"
 #include "open_database.h"
 #include "record_rows.h"
-#include "store/object_store.h"
+#include "store_state.h"
 #include "store_trouble.h"
 
 using platform::database::Connection;

@@ -6,7 +6,7 @@
 #include "open_database.h"
 #include "record_bytes.h"
 #include "record_rows.h"
-#include "store/object_store.h"
+#include "store_state.h"
 #include "store_trouble.h"
 
 #include <memory>

@@ -3,7 +3,7 @@
 
 #include "database/device_database.h"
 #include "record_rows.h"
-#include "store/object_store.h"
+#include "store_state.h"
 #include "store_trouble.h"
 
 using platform::database::Connection;
@@ -33,11 +33,6 @@ BOOL fail(DWORD error)
 }
 
 }  // namespace
-
-DWORD platform::store::faultOfChange(Connection& connection)
-{
-    return storeState().changeIsOpen && !connection.isGathering() ? storeState().changeFault : 0;
-}
 
 BOOL BeginStoreChange()
 {

@@ -5,7 +5,8 @@
 // device at a time.
 #pragma once
 
-#include <cstdint>
+#include "device/extra_folder.h"
+
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -13,14 +14,6 @@
 #include <vector>
 
 namespace platform::device {
-
-// A folder of the host that appears in the device's root for this start.
-struct ExtraFolder {
-    std::string name;              // as UTF-8
-    std::filesystem::path folder;  // on the host
-    bool card = false;
-    std::optional<std::uint64_t> capacity;  // bytes
-};
 
 struct OpenError {
     std::string sentence;  // for the user, without a final line break

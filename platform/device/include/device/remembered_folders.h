@@ -3,7 +3,7 @@
 // They stand in the open device's database.
 #pragma once
 
-#include "device/device.h"
+#include "device/extra_folder.h"
 
 #include <string>
 #include <vector>
