@@ -19,11 +19,12 @@ TEST(CodePageTest, TextIsConvertedIntoABufferOfTheSizeAskedForAndIntoNoSmallerOn
         // Lone surrogates. The count divides the pair at the end.
         {u"\xD83D-\xDE00\xD83D\xDE00", 4, "\xEF\xBF\xBD-\xEF\xBF\xBD\xEF\xBF\xBD"},
     };
-    for (const auto& [text, characters, bytes] : cases) {
+    for (const Case& each : cases) {
+        const std::string& bytes = each.bytes;
         SCOPED_TRACE(bytes);
         const auto convert = [&](char* out, std::size_t size) {
-            return WideCharToMultiByte(CP_UTF8, 0, text.c_str(), characters, out, static_cast<int>(size), nullptr,
-                                       nullptr);
+            return WideCharToMultiByte(CP_UTF8, 0, each.text.c_str(), each.characters, out, static_cast<int>(size),
+                                       nullptr, nullptr);
         };
         EXPECT_EQ(convert(nullptr, 0), static_cast<int>(bytes.size()));
         std::string out(bytes.size() + 1, '#');
