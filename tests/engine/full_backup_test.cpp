@@ -154,7 +154,7 @@ TEST_F(FullBackupTest, RegistryIsBackedUpIfItsBoxIsTickedAndItsMarkIsRestored)
     copies = 0;
     gRegCopyFile = [](const WCHAR*) { return static_cast<BOOL>(++copies); };
     write("a", "");
-    for (const DWORD mark : {0, 1}) {
+    for (const DWORD mark : {0U, 1U}) {
         gRegistryMarked = mark;
         gFullRegistry = 1 - mark;
         RunFullBackup();

@@ -278,7 +278,7 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
     const std::string list = read("QUILBOX/QLBX0001.QLT");
     EXPECT_TRUE(list.ends_with(entryBytes(3, "", 0, 35)));
     gUser.choice = u"\\QUILBOX\\QLBX0001.QLT";
-    for (const DWORD mark : {0, 1}) {
+    for (const DWORD mark : {0U, 1U}) {
         for (const bool inSet : {true, false}) {
             write("QUILBOX/QLBX0001.QLT", inSet ? list : list.substr(0, list.size() - entryBytes(3, "", 0, 0).size()));
             write("BKREG.TMP", "in the way");

@@ -21,7 +21,7 @@ TEST(EmbeddedResourcesTest, FileIsWholeAndItsTextsAndPicturesAreFound)
         EXPECT_GT(LoadStringW(nullptr, id, buffer, 260), 0);
         EXPECT_EQ(std::u16string(buffer), text);
     }
-    for (const auto& [type, name] : {std::pair(2, 101), std::pair(2, 106), std::pair(2, 107), std::pair(14, 109)})
+    for (const auto& [type, name] : {std::pair(2U, 101U), {2U, 106U}, {2U, 107U}, {14U, 109U}})
         EXPECT_NE(FindResourceW(nullptr, MAKEINTRESOURCEW(name), MAKEINTRESOURCEW(type)), nullptr) << name;
     platform::resource::setResources({});
 }

@@ -54,7 +54,7 @@ protected:
     template <class Round>
     static void withEachFailure(const Round& round)
     {
-        for (const std::uint64_t calls : {1, 2}) {
+        for (const std::uint64_t calls : {1U, 2U}) {
             bool reached = true;
             for (std::uint64_t nth = 1; reached && !HasFatalFailure(); nth++) {
                 SCOPED_TRACE(testing::Message() << calls << " from " << nth);

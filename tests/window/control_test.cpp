@@ -205,9 +205,9 @@ TEST_F(ControlTest, EachClickTogglesARowOfAMultipleBoxAndMovesTheSelectionOfASin
     for (const HWND box : {multiple, single})
         for (const std::u16string name : {u"a", u"b", u"c"})
             add(box, name);
-    for (const auto& [row, after] : {std::pair{1, u"a b* c "}, {0, u"a* b* c "}, {1, u"a* b c "}, {-1, u"a* b c "}}) {
-        act(multiple, [&] { return postClick(multiple, row); });
-        EXPECT_EQ(rows(multiple), after);
+    for (const auto& click : {std::pair{1, u"a b* c "}, {0, u"a* b* c "}, {1, u"a* b c "}, {-1, u"a* b c "}}) {
+        act(multiple, [&] { return postClick(multiple, click.first); });
+        EXPECT_EQ(rows(multiple), click.second);
     }
     press(multiple, VK_DOWN);
     press(multiple, VK_SPACE);
