@@ -1,13 +1,14 @@
 // What holds at any moment of a run, also if the process is killed or the card is full:
 //
 // - An entry of the list is whole or is the last one. A cut entry would hide all entries after it from a reader.
-// - The bytes of a whole entry are in the data file. They are handed to the host before the entry's end offset is
-// written.
+// - The bytes of a whole entry are in the data file. They are passed to the host before the entry's end offset is
+//   written.
 // - run.dataBytes is the length of the data file, so that the next item's start offset is right whatever failed before.
-// - A source is deleted only if its entry is whole, and after a damaged entry none is (source_deletion.h).
+// - A source is deleted only if its entry is whole. After a damaged entry no more sources are deleted
+//   (source_deletion.h).
 //
-// A failure of an item is noted in run.item and the remaining steps are made all the same, because the log has a line
-// for each failed write.
+// If a step of an item fails, run.item notes the failure. The remaining steps still run, because the log has a line for
+// each failed write.
 #include "backup_entry.h"
 
 #include "engine/options.h"

@@ -52,8 +52,8 @@ bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name);
 // earlier run or item left is deleted first, so that it is never taken for this item's.
 BOOL PackItem(BackupRun& run, const WCHAR* path);
 
-// Opens the temporary stream. INVALID_HANDLE_VALUE if there is none. Also if the data file would grow beyond the 32
-// bits of the offsets: then the failure is logged and the stream deleted. Such an item gets no entry.
+// Opens the temporary stream. INVALID_HANDLE_VALUE if there is none. It is also returned if the data file would grow
+// beyond the 32 bits of the offsets. The failure is then logged, the stream deleted, and the item gets no entry.
 HANDLE OpenTemporaryStream(BackupRun& run);
 void DeleteTemporaryStream(BackupRun& run);
 
@@ -64,10 +64,10 @@ struct BackupEntry {
 };
 
 // Writes the entry's first fields, copies `stream` into the data file and closes it. `failed` is called after each
-// write that fails, and the next one is made all the same.
+// write that fails. The writes after it are still made.
 BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE stream, bool showCount,
                         WriteFailed failed);
 
-// Completes the entry. The data is handed to the host before the list names it, so that a killed run leaves no entry
+// Completes the entry. The data is passed to the host before the list names it, so that a killed run leaves no entry
 // without its data. An entry that isn't whole is cut off the list: a reader couldn't find the entries after it.
 void EndEntry(BackupRun& run, BackupEntry& entry);

@@ -106,10 +106,10 @@ void BackUpDatabases(BackupRun& run)
 // The registry. The platform writes it to one file, which is packed and deleted.
 
 const WCHAR RegistryPath[] = u"\\TMVRegFile.QBR";
-// The same file, since the platform has no current folder.
+// Without its backslash the path names the same file, because the platform has no current folder.
 const WCHAR* const RegistryName = RegistryPath + 1;
 
-// False if what is at the path is a file of the user's or an old registry, which is neither stored nor deleted. After a
+// False if the path has a file of the user's or an old registry. Such a file is neither stored nor deleted. After a
 // failed call the file is stored as far as the call wrote it.
 bool CopyRegistry(BackupRun& run)
 {

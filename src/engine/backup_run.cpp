@@ -181,7 +181,7 @@ void MakeSet(BackupRun& run)
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
-    // A failure isn't the end: whether the list file can be created decides.
+    // The run goes on after a failure. It ends only if the list file can't be created.
     if (!CreateDirectoryW(folder, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
         run.folderError = GetLastError();
     if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {

@@ -13,7 +13,7 @@ namespace {
 DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, WalkCallback callback, UINT_PTR context)
 {
     WCHAR subfolder[MAX_PATH];
-    // With room for the pattern of its search.
+    // The path needs room for a backslash and for the pattern of the search.
     if (wcslen(root) + wcslen(name) + 2 >= MAX_PATH) {
         NotePathTooLong(root, name);
         return 0;

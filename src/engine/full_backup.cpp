@@ -56,7 +56,7 @@ void AddItem(const ItemKind& kind, const WCHAR* name)
         ReportItem(OutcomeNotStored, kind.reportedAs, name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
-// A file that was deleted since the folder was read isn't part of the backup. A module in ROM can't be read by anybody.
+// A file that was deleted since the folder was read isn't part of the backup. No program can read a module in ROM.
 void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
 {
     const bool gone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;

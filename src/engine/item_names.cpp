@@ -14,7 +14,8 @@ void ForEachDatabase(const std::function<void(const WCHAR*)>& visit)
         return;
     while (const CEOID oid = CeFindNextDatabase(enumeration)) {
         CEOIDINFO info = {};
-        // One that isn't there was deleted since the enumeration returned it. A leading backslash marks the system's.
+        // A missing database was deleted since the enumeration returned it. A leading backslash marks a system
+        // database.
         const bool there = CeOidGetInfo(oid, &info) && info.wObjType == OBJTYPE_DATABASE;
         const WCHAR* name = info.infDatabase.szDbaseName;
         visit(there && name[0] != u'\\' ? name : nullptr);

@@ -14,7 +14,7 @@ inline bool IsWhole(const ItemOutcome& item)
     return item.error == ERROR_SUCCESS;
 }
 
-// A failure without a number counts too.
+// A call can fail without setting an error. The item isn't whole then either.
 inline void NoteFailure(ItemOutcome& item, DWORD error)
 {
     if (IsWhole(item))
@@ -33,6 +33,6 @@ struct TemporaryFile {
 
 TemporaryFile ExpectTemporaryFile(const WCHAR* path);
 
-// After the call, with `made` if it has begun a new file. True if a file at the path is the program's, to be used and
-// deleted. Reports a file that was replaced.
+// Called after the call; `made` says whether the call began a new file. True if a file at the path is the program's, to
+// be used and deleted. Reports a file that was replaced.
 bool IsOwnFile(const TemporaryFile& file, bool made);

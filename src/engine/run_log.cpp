@@ -74,7 +74,7 @@ BOOL BackupLog::WriteLine(const WCHAR* message)
     count += LineEndBytes;
 
     DWORD written = 0;
-    // Handed over, the line is in the file also if the process is killed.
+    // After this call the line is in the file even if the process is killed.
     return WriteFile(handle, bytes, count, &written, nullptr) && HandOverFileBuffers(handle);
 }
 

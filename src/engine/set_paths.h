@@ -13,5 +13,5 @@ void FormatSetFolder(WCHAR (&path)[MAX_PATH], const WCHAR* root);
 void FormatListPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatDataPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatLogPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
-// Of the stream of the current item.
+// The path of the temporary stream.
 void FormatTemporaryPath(WCHAR (&path)[MAX_PATH], const WCHAR* root);

@@ -16,8 +16,8 @@ constexpr int CommentId = 1004;
 
 WCHAR* gBackupComment;
 
-// The check boxes open clear, whatever the last full backup chose, and the comment empty. In dialog 108 the rows go to
-// a check box, which doesn't know them.
+// The check boxes are clear at first, whatever the last full backup chose, and the comment is empty. In dialog 108 the
+// id of the list box is that of a check box, which ignores the messages that add rows.
 void ShowItems(HWND dialog)
 {
     HWND listBox = GetDlgItem(dialog, ItemListBoxId);
@@ -27,8 +27,8 @@ void ShowItems(HWND dialog)
     SetFocus(GetDlgItem(dialog, CommentId));
 }
 
-// Without the control the flag stays. In dialog 109 two of the ids are a list box and a label: they give 0, and only a
-// full backup reads the flags.
+// If the dialog doesn't have the control, the flag stays as it is. In dialog 109 two of the ids are those of a list box
+// and a label. They set their flags to 0, which has no effect, since only a full backup reads the flags.
 void TakeFlag(HWND dialog, int id, DWORD& flag)
 {
     if (HWND box = GetDlgItem(dialog, id))

@@ -20,7 +20,7 @@ constexpr int AddId = 1017;
 constexpr int RemoveId = 1018;
 constexpr int DateFrameId = 1020;
 constexpr int ArchiveId = 1021;
-constexpr int NewerThanId = 1024;  // of the date picker too, which is addressed only by its handle
+constexpr int NewerThanId = 1024;  // the date picker has this id too, but is addressed only by its handle
 constexpr int HiddenId = 1026;
 constexpr int SystemId = 1027;
 constexpr int ReadOnlyId = 1028;
@@ -34,7 +34,7 @@ struct AttributeBox {
 };
 constexpr AttributeBox AttributeBoxes[] = {{ArchiveId, 0x20}, {HiddenId, 0x02}, {SystemId, 0x04}, {ReadOnlyId, 0x01}};
 
-// Half of the list: only so much is in the registry, and only so much is copied when the dialog opens.
+// Half of the list. Only this half is saved in the registry and copied when the dialog opens.
 constexpr std::size_t SavedExtensionBytes = 260;
 
 // gOptions at the first opening of the dialog. Only the list of extensions is copied at each opening.
@@ -90,7 +90,7 @@ void FilterDialogRefresh(HWND dialog, HWND picker)
         SetCheck(dialog, box.id, (gOptions.hiddenAttributes & box.bit) != 0);
 }
 
-// The dialog template has an edit control where the picker goes.
+// The picker replaces a control of the template, which is hidden.
 void CreateDatePicker(HWND dialog)
 {
     HWND frame = GetDlgItem(dialog, DateFrameId);

@@ -41,7 +41,7 @@ WORD OneLess(WORD count)
     return less > HighestItemCount ? WORD{0} : less;
 }
 
-// Adds a name, or takes it out if it is there. True if it is in the list now.
+// Adds a name to the list, or removes it if the list has it. True if the list has it afterwards.
 bool ToggleName(ItemList* list, const WCHAR* name)
 {
     if (!list)
@@ -135,8 +135,8 @@ BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, 
 }
 
 // Returns the number of entries that the walks visited, which is added to the counts of the folders. It isn't the
-// number of files that were marked. With the filter by extension the first walk marks all files all the same, whatever
-// their extension, and the others only add to the total.
+// number of files that were marked. Even with the filter by extension, the first walk marks all files, whatever their
+// extension. The other walks only add to the total.
 DWORD WalkFolder(HTREEITEM item, DWORD mark)
 {
     WCHAR root[MAX_PATH];

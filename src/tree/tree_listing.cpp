@@ -30,8 +30,8 @@ bool IsListed(ItemList* list, const WCHAR* name)
     return list && list->Contains(name, NameBytes(name));
 }
 
-// Without its NUL the key matches each entry that begins with it. That is one below the folder, or one beside it whose
-// name begins like the folder's.
+// Without its NUL the key matches each entry that begins with it. Such an entry is below the folder, or beside it with
+// a name that begins like the folder's.
 bool HoldsMarks(const WCHAR* folderPath)
 {
     return gFileList && gFileList->Contains(folderPath, NameBytes(folderPath) - DWORD{sizeof(WCHAR)});

@@ -10,8 +10,8 @@ inline constexpr DWORD BackupSelectedItems = 2;
 // Number of the set that the last run made. 0 if it ended before it had one.
 extern DWORD gLastSetNumber;
 
-// Backs up what the lists and gRegistryMarked say, and leaves them unchanged. Only the low 16 bits of `mode` count.
-// Afterwards gComment is the comment that was written to the set, with its date.
+// Backs up the items in the lists, and the registry if gRegistryMarked is 1. Leaves the lists and the flag unchanged.
+// Only the low 16 bits of `mode` count. Afterwards gComment is the comment that was written to the set, with its date.
 // The result is always 0. An item that failed is in the log and in the report of the host; the run itself ends without
 // a message. On the main window's thread, which it blocks.
 DWORD RunBackup(DWORD mode);

@@ -1,11 +1,11 @@
-// directory_walker.h - the one way in which the program looks through folders.
+// directory_walker.h - lists folders. The program lists them in no other way.
 #pragma once
 
 #include "ce/types.h"
 
 // Called for each entry. `folder` is the folder that holds it and ends in a backslash, so that `folder` followed by
 // `name` is the full path. That can have more than 259 characters. `attributes` are those that the search returned: a
-// call of GetFileAttributesW for each file would take a full backup much of its time, and the marking of a folder half
+// call of GetFileAttributesW for each file would cost a full backup much of its time, and the marking of a folder half
 // of it. A result of 0 ends the listing of this folder, and the walk continues in its parent.
 using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context);
 

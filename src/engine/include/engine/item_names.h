@@ -6,6 +6,6 @@
 
 #include <functional>
 
-// Calls visit(name) for each item of this kind, in the device's order; for none if the kind isn't enumerated. The name
-// is valid during the call. It is null for an item that no backup takes.
+// Calls visit(name) for each item of this kind, in the device's order. Does nothing if the kind isn't enumerated. The
+// name is valid during the call. It is null for an item that no backup takes.
 void ForEachName(BYTE kind, const std::function<void(const WCHAR* name)>& visit);

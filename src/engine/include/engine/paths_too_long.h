@@ -1,5 +1,5 @@
-// paths_too_long.h - the entries that a walk leaves out because their paths have more than 259 characters. The user is
-// told about them at the end of a full backup, or after a folder was marked.
+// paths_too_long.h - the entries that a walk leaves out because their paths have more than 259 characters. A message
+// reports them at the end of a full backup, or after a folder was marked.
 #pragma once
 
 #include "ce/types.h"
@@ -15,5 +15,5 @@ extern PathsTooLong gPathsTooLong;
 
 void NotePathTooLong(const WCHAR* folder, const WCHAR* name);
 
-// Shows a message box with their number and the first of them; none if there are none.
+// Shows a message box with their number and the first of them. Does nothing if there are none.
 void ShowPathsTooLong(const PathsTooLong& left);

@@ -1,5 +1,5 @@
 // block_codec.h - how one block of a stream is packed and unpacked: LZO1X. No other unit uses the library or depends on
-// what is particular to it.
+// its properties.
 #pragma once
 
 #include "ce/types.h"

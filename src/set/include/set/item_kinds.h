@@ -11,7 +11,7 @@
 #include "ce/outcome.h"
 #include "ce/types.h"
 
-// First byte of an entry of a list file (docs/format.md, "List file"). Readers take any other value for the registry.
+// First byte of an entry of a list file (docs/format.md, "List file"). Readers treat any other value as the registry.
 inline constexpr BYTE ItemKindFile = 1;
 inline constexpr BYTE ItemKindDatabase = 2;
 inline constexpr BYTE ItemKindRegistry = 3;
@@ -90,7 +90,7 @@ inline constexpr bool IsItemKind(BYTE number)
     return false;
 }
 
-// The registry's row for a number that is no kind.
+// For a number that is no kind: the row of the registry.
 inline constexpr const ItemKind& KindOf(BYTE number)
 {
     for (const ItemKind& kind : ItemKinds) {

@@ -5,7 +5,7 @@
 #include "ce/types.h"
 
 // Called right after each write of an entry that failed or was short, while the last error is still that of the write.
-// The writes after it are made all the same.
+// The writes after it are still made.
 using WriteFailed = void (*)(void* context);
 
 // Writes the length of the comment and the comment, both with its NUL. 0 at the first write that fails.

@@ -7,7 +7,7 @@
 // A text with its NUL, in characters.
 inline constexpr DWORD TextChars = 260;
 
-// A name with "Format" has a place for a name or numbers in it.
+// A text whose id contains "Format" is a format string for a name or for numbers.
 enum TextId : UINT {
     TextFileFormat = 114,
     TextFileExistsFormat = 115,
@@ -46,6 +46,6 @@ enum TextId : UINT {
 extern WCHAR gTextA[TextChars];
 extern WCHAR gTextB[TextChars];
 
-// Copies text `id` into `scratch`, which is gTextA or gTextB, and returns it: empty if there is no such text. Good
-// until the next LoadText on the same buffer.
+// Copies text `id` into `scratch`, which is gTextA or gTextB, and returns it: empty if there is no such text. Valid
+// until the next LoadText into the same buffer.
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars]);
