@@ -54,7 +54,8 @@ Attributes attributesAt(const HostPath& path)
 {
     if (path.error != 0)
         return {path.error, 0};
-    // Looked up in its folder: the host gives no extended attribute of a descriptor that was opened with O_PATH.
+    // The entry is looked up in its folder, because the host reads no extended attribute by a descriptor that was
+    // opened with O_PATH.
     const ParentFolder parent(path);
     HostStatus status = {};
     if (const int result = statusAt(parent, path, status); result < 0)

@@ -29,7 +29,8 @@ struct Entry {
     int result;
 };
 
-// The moved file takes the rights first: once it has replaced the other file, nobody may get new permissions.
+// Sets the rights before the move. Afterwards would be too late: users without permission for the replaced file could
+// open the new one meanwhile.
 DWORD takeRightsOf(const HostStatus& replaced, int folder, const char* name)
 {
     const Descriptor moved(openBelow(folder, name, O_RDONLY));

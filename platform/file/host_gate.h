@@ -25,7 +25,7 @@ public:
     // Bytes of the file, or its size, are about to change.
     virtual void beforeChange(int file) = 0;
 
-    // These report calls that succeeded. Paths are below the folder before them.
+    // These report calls that succeeded. Each path is relative to the folder that precedes it.
     virtual void afterResize(int file, std::uint64_t size) = 0;
     virtual void afterMaking(int folder, const char* path) = 0;
     virtual void afterMove(int folder, const char* name, int newFolder, const char* newName) = 0;

@@ -110,7 +110,8 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
     const std::uint64_t position = from + static_cast<std::uint64_t>(distance);
     if (position > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    // Not if bytes were lost before: a program must be able to go back to where the file is whole and cut it there.
+    // After lost bytes nothing is gathered, so this doesn't fail: a program must be able to go back to the last whole
+    // byte and end the file there.
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};

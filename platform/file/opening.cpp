@@ -72,7 +72,8 @@ int openNew(Request& request, OpenFiles& table) REQUIRES(table.mutex())
     return result;
 }
 
-// The reader of a fifo would notice its opening for writing, so an entry that is to be written is looked at first.
+// The reader of a fifo would notice its opening for writing, so the kind of an entry is read before it is opened for
+// writing.
 bool isFileForWriting(const HostPath& path)
 {
     const Descriptor entry(openBelow(path.mount->folder(), path.below.c_str(), O_PATH));
@@ -110,7 +111,7 @@ int openEither(Request& request, OpenFiles& table) REQUIRES(table.mutex())
 DWORD openError(const Request& request, int result)
 {
     DWORD error = platformError(result);
-    // A device or a socket gives these when it is opened, but so does a disk that fails.
+    // Opening a device or a socket fails with these errors, but so does opening a file on a failing disk.
     if ((result == -ENXIO || result == -ENODEV) && isOutsideNameSpace(request.path))
         error = ERROR_FILE_NOT_FOUND;
     if (error == ERROR_FILE_EXISTS && isOutsideNameSpace(request.path))
@@ -151,7 +152,7 @@ DWORD sharingError(Request& request, const OpenFiles& table, const FileKey& key)
     request.isOpenHere = table.conflicts(key, effective);
     if (request.isOpenHere)
         return ERROR_SHARING_VIOLATION;
-    // With a further descriptor of this process on the file, the host would report a use elsewhere.
+    // If this process already has a descriptor of the file, the host would report that as a use elsewhere.
     if (effective.access != 0 && !request.temporary && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
         isUsedElsewhere(request.descriptor.get(), effective, key.device))
         return ERROR_SHARING_VIOLATION;

@@ -8,8 +8,8 @@
 
 namespace platform::file {
 
-// The folder that holds the entry, opened for reaching entries. Of an entry of a mounted folder itself the mount's
-// descriptor is used, and none is opened.
+// The folder that holds the entry, opened for reaching entries. For an entry directly in a mounted folder this is the
+// mount's descriptor, and none is opened.
 class ParentFolder {
 public:
     explicit ParentFolder(const HostPath& path);
@@ -22,7 +22,7 @@ private:
     int number_ = -1;
 };
 
-// 0 for a path that a file may have.
+// The error for a path that no file can have; 0 for any other path.
 [[nodiscard]] DWORD cannotBeAFile(const HostPath& path);
 
 // Reads the status of the entry. A negative errno if there is no entry, or one that is not part of the name space.

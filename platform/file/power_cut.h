@@ -1,6 +1,6 @@
 // power_cut.h - records what a disk would lose at a power cut: bytes and folder entries that were never flushed.
 //
-// Only tests link this room. Each function can be called from any thread.
+// Only tests link it (target platform_file_faults). Each function can be called from any thread.
 #pragma once
 
 #include <cstdint>

@@ -1,9 +1,9 @@
-// temporary_file.h - spares the host work for a file that a program makes, reads and deletes again and again at one
+// temporary_file.h - saves calls on the host for a file that a program makes, reads and deletes again and again at one
 // path.
 //
 // Such a file is opened twice and deleted once within microseconds. Its descriptor is kept open between these calls,
 // and that of its folder for good, which halves the calls on the host. Before each use the host is asked whether the
-// name still belongs to the file that the kept descriptor has open. An inode that is open isn't given to another file,
+// name still refers to the file that the kept descriptor has open. An inode that is open isn't given to another file,
 // so the answer is exact.
 #pragma once
 
@@ -31,7 +31,7 @@ public:
     // Closes the kept descriptor. Any other call on files does so first, so that the file doesn't look in use.
     void closeKept() { kept_ = Descriptor(); }
 
-    // The folder in which the name still belongs to the kept file, and the file's status. Otherwise empty, and the
+    // The folder in which the name still refers to the kept file, and the file's status. Otherwise empty, and the
     // descriptor is closed.
     struct Found {
         int folder = -1;
@@ -39,7 +39,7 @@ public:
     };
     [[nodiscard]] std::optional<Found> find();
 
-    // Hands the kept descriptor over.
+    // Returns the kept descriptor, which the caller then owns.
     [[nodiscard]] Descriptor take() { return std::move(kept_); }
 
     // Closes the descriptor and forgets the path.

@@ -88,7 +88,7 @@ int moveBackOnce(int folder, const char* aside, const char* name)
     return linked == 0 ? removeFile(folder, aside) : linked;
 }
 
-// Tried several times: after a failure that passes, the file must not keep a name under which nobody looks for it.
+// Tried several times, because a failure can be temporary, and nobody would look for the file under its other name.
 int moveBack(int folder, const char* aside, const char* name)
 {
     int result = -EIO;

@@ -15,7 +15,7 @@ namespace platform::file {
 enum class Lease {
     Held,     // until `file` is closed no other process has the file open; one that opens it waits
     InUse,    // another process has the file open
-    NotGiven  // the host gives none for another reason
+    NotGiven  // the host refuses the lease for another reason
 };
 
 // Takes a write lease and keeps it. `error` is set if the host failed.

@@ -12,7 +12,7 @@ DWORD platformError(long error)
     case 0:
         return ERROR_SUCCESS;
     case ENOENT:
-    case ELOOP:  // a link, a path that leads out: no part of the name space, so as if they weren't there
+    case ELOOP:  // a link or a path that leads out of the name space: counts as missing
     case EXDEV:
         return ERROR_FILE_NOT_FOUND;
     case ENOTDIR:
@@ -42,7 +42,7 @@ DWORD platformError(long error)
         return ERROR_NOT_SUPPORTED;
     case ENOSPC:
     case EDQUOT:
-    case EFBIG:  // a card's file system takes no longer file: no room for it either
+    case EFBIG:  // the file would be longer than its file system allows: reported as a full disk
         return ERROR_DISK_FULL;
     case ENAMETOOLONG:
         return ERROR_FILENAME_EXCED_RANGE;

@@ -41,7 +41,7 @@ std::shared_ptr<Object> findObject(HANDLE handle)
 {
     Table& handles = table();
     const std::lock_guard lock(handles.mutex);
-    return handles.slots[handles.slots.find(keyOf(handle))];  // null at number 0
+    return handles.slots[handles.slots.find(keyOf(handle))];  // slot 0 holds null
 }
 
 std::shared_ptr<Object> removeHandle(HANDLE handle)

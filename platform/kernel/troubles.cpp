@@ -24,7 +24,7 @@ using ByName = std::unordered_map<std::u16string, Noted>;
 struct State {
     std::mutex mutex;
     std::size_t noted = 0;
-    bool searches = false;     // SearchForChoices is on: a folder that the user may not read is no trouble
+    bool searches = false;     // SearchForChoices is on: a folder that the user may not read isn't noted
     std::size_t jobStart = 0;  // the order of the first trouble of the present job
     std::map<std::pair<Trouble, Troubled>, ByName> names;
     std::function<void(HWND)> jobEnds;

@@ -11,9 +11,9 @@
 
 namespace platform::file {
 
-// Prepares the process for file calls: its owner can read and write what it makes, whatever the user's mask is, and a
-// broken lease doesn't end it. addMount does this; call it for files that are made before. No other thread makes files
-// during the call.
+// Prepares the process for file calls: its owner can read and write the files that it makes, whatever the umask is, and
+// a broken lease doesn't end it. addMount calls this. Call it directly only to make files before that. No other thread
+// makes files during the call.
 void prepareProcess();
 
 // One host folder in the name space.

@@ -17,14 +17,14 @@ struct Rights {
     mode_t mode = 0;  // other bits than the permissions are ignored
 };
 
-// Gives an open file these rights. An owner or a group that this user can't give is left as it is, and then the group
-// gets no permission: those of the old group must not pass to another one. 0, or the errno if the mode can't be set.
+// Gives an open file these rights. An owner or a group that this user can't set is left as it is. If that is the group,
+// it gets no permissions, because they were meant for another group. 0, or the errno if the mode can't be set.
 [[nodiscard]] int setRights(int file, const Rights& rights);
 
 // Writes a file, or the entries of a folder, to the disk. Follows no link. 0 or the errno.
 [[nodiscard]] int flush(const std::filesystem::path& path);
 
-// 16 hexadecimal digits that nobody can predict, for the name of a file that must be no one else's.
+// 16 hexadecimal digits that nobody can predict, for the name of a file that no other program may use.
 std::string unguessableName();
 
 }  // namespace platform::host

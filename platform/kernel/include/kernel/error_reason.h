@@ -5,7 +5,7 @@
 
 namespace platform::kernel {
 
-// Part of a sentence: "the disk is full". Null for a number that needs words of the caller's.
+// Part of a sentence: "the disk is full". Null for an error that the caller has to describe itself.
 const char* errorReason(DWORD error);
 
 }  // namespace platform::kernel

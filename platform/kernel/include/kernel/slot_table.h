@@ -1,4 +1,4 @@
-// slot_table.h - numbered slots for objects, and keys that stay wrong once their object is gone.
+// slot_table.h - numbered slots for objects, and keys that stay invalid after their object was removed.
 //
 // A key holds a slot's number and how often the slot has been used. So the key of a removed object is refused also when
 // another object has its slot, and no made-up key leads to memory. The caller locks where several threads use a table.
@@ -10,8 +10,8 @@
 
 namespace platform::kernel {
 
-// Slots are numbered from 1. Number 0 means "none"; its content is never added, found or removed, and is the user's.
-// With std::deque as Sequence, references to contents stay valid when others are added.
+// Slots are numbered from 1. Number 0 means "none". The table never adds, finds or removes the content of slot 0; its
+// user may set it. With std::deque as Sequence, references to contents stay valid when others are added.
 template <class Content, template <class...> class Sequence = std::vector>
 class SlotTable {
 public:
@@ -60,7 +60,7 @@ public:
 
     bool isFilled(Number number) const { return slots_[number].isFilled; }
 
-    // All numbers are below.
+    // One more than the highest slot number.
     Number end() const { return static_cast<Number>(slots_.size()); }
 
 private:

@@ -5,12 +5,13 @@
 
 namespace platform::kernel {
 
-// Call it first in main(). A closed one of the three descriptors is opened to something that can't be read or written,
-// so that no file opened later gets its number and, with that, the messages for the user. A write to a pipe that nobody
-// reads, or beyond a limit of file size, becomes an error and no longer ends the process.
+// Call it first in main(). If one of the three descriptors is closed, it is opened on something that can't be read or
+// written. Otherwise a file that is opened later would get its number, and the messages for the user would be written
+// to that file. A write to a pipe that nobody reads, or beyond a limit of file size, becomes an error and no longer
+// ends the process.
 void secureStandardStreams();
 
-// Standard input. Unlike std::cin, it becomes bad when a read fails, and doesn't take that for the end.
+// Standard input. Unlike std::cin, it reports a failed read as bad() and not as the end of the input.
 std::istream& standardInput();
 
 // Flushes standard output. False if anything that was printed didn't get there.

@@ -18,7 +18,8 @@
 // On a class: its constructor locks a mutex and its destructor unlocks it.
 #define SCOPED_CAPABILITY THREAD_SAFETY_ATTRIBUTE(scoped_lockable)
 
-// On data: only under the mutex. PT_GUARDED_BY guards what the pointer points to, not the pointer.
+// On data: it may be used only while the mutex is held. PT_GUARDED_BY guards what the pointer points to, not the
+// pointer.
 #define GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(guarded_by(mutex))
 #define PT_GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(pt_guarded_by(mutex))
 
@@ -32,5 +33,5 @@
 #define TRY_ACQUIRE(...) THREAD_SAFETY_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define RETURN_CAPABILITY(mutex) THREAD_SAFETY_ATTRIBUTE(lock_returned(mutex))
 
-// On a function: not checked. The comment beside it says why it is right all the same.
+// On a function: clang doesn't check it. A comment at the function says why it is correct.
 #define NO_THREAD_SAFETY_ANALYSIS THREAD_SAFETY_ATTRIBUTE(no_thread_safety_analysis)
