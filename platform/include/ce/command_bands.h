@@ -1,8 +1,8 @@
 // ce/command_bands.h - the bar of bands across the top of a main window: a menu, a toolbar.
 //
-// A button or menu item sends WM_COMMAND with its id to the bands' parent. WM_NOTIFY with RBN_HEIGHTCHANGE
-// comes when the bar's height changes, also while it is built, and whenever the parent gets a new size, so
-// that what stands below the bands can follow. Nothing else is notified.
+// A button or menu item sends WM_COMMAND with its id to the bands' parent. WM_NOTIFY with RBN_HEIGHTCHANGE comes when
+// the bar's height changes, also while it is built, and whenever the parent gets a new size, so that the parent can
+// move the windows below the bands. Nothing else is notified.
 #pragma once
 
 #include "ce/controls.h"
@@ -63,14 +63,14 @@ inline constexpr DWORD CMDBAR_HELP = 11;
 HWND CommandBands_Create(HINSTANCE instance, HWND parent, UINT id, DWORD styles, HIMAGELIST images);
 // Each band gets a command bar of its own. 0 with 87 for a wrong cbSize, 1400.
 BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REBARBANDINFOW* infos);
-// The command bar in band `index`, from 0; null if there is none.
+// The command bar in band `index`, from 0; null if there is no such band.
 HWND CommandBands_GetCommandBar(HWND bands, UINT index);
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE instance, DWORD flags, REBARBANDINFOW* info);
 BOOL CommandBands_Show(HWND bands, BOOL show);
 // Virtual pixels.
 UINT CommandBands_Height(HWND bands);
 int CommandBar_Height(HWND bar);
-// Loads menu resource `menuId` and puts it left of button `at`. 0 with 1814, 1400.
+// Loads menu resource `menuId` and inserts it to the left of button `at`. 0 with 1814, 1400.
 BOOL CommandBar_InsertMenubar(HWND bar, HINSTANCE instance, WORD menuId, WORD at);
 // The index of the first image or -1; `count` may exceed what the bitmap holds, 0 for width and height
 // means 16 by 16.

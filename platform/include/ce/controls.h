@@ -1,7 +1,6 @@
-// ce/controls.h - the messages and styles of the standard controls: button, static, edit, list box,
-// progress bar, tree view, date picker, and the image lists. What each answers is the documented
-// behaviour; a control answers a message that it doesn't know with 0 and no effect. Messages that set
-// state send no notification.
+// ce/controls.h - the messages and styles of the standard controls: button, static, edit, list box, progress bar, tree
+// view, date picker, and the image lists. Each control handles its messages as documented. It ignores other messages
+// and returns 0. Messages that set state send no notification.
 #pragma once
 
 #include "ce/window.h"
@@ -107,6 +106,6 @@ BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes);
 inline constexpr COLORREF CLR_NONE = 0xFFFFFFFF;
 inline constexpr COLORREF CLR_DEFAULT = 0xFF000000;
 
-// An image list from a bitmap resource, cut into images `width` wide. Null with 1813 or 1814.
+// An image list from a bitmap resource, which is cut into images of `width` pixels. Null with 1813 or 1814.
 HIMAGELIST ImageList_LoadImage(HINSTANCE instance, const WCHAR* name, int width, int grow, COLORREF mask, UINT type,
                                UINT flags);

@@ -7,7 +7,7 @@
 
 // (0, SYSTEMTIME): GDT_VALID. The date shown, with the time of day that was set.
 inline constexpr UINT DTM_GETSYSTEMTIME = 0x1001;
-// (GDT_VALID, SYSTEMTIME): nonzero, 0 for a date that doesn't exist; wDayOfWeek is not looked at.
+// (GDT_VALID, SYSTEMTIME): nonzero, 0 for a date that doesn't exist; wDayOfWeek is ignored.
 inline constexpr UINT DTM_SETSYSTEMTIME = 0x1002;
 inline constexpr WPARAM GDT_VALID = 0;
 inline constexpr UINT DTN_DATETIMECHANGE = static_cast<UINT>(-759);

@@ -36,34 +36,35 @@ inline constexpr UINT MB_DEFBUTTON1 = 0;
 inline constexpr UINT MB_DEFBUTTON2 = 0x100;
 inline constexpr UINT MB_DEFBUTTON3 = 0x200;
 
-// Runs a modal dialog from a template, plain or extended: made hidden, WM_INITDIALOG (wParam the control
-// that gets the focus, lParam `parameter`), shown whatever WS_VISIBLE says, the owner disabled until it
-// ends. The result is the value of EndDialog; -1 if it could not be made (a damaged template, a class
-// that doesn't exist), 0 for a bad owner.
+// Runs a modal dialog from a template, plain or extended. The dialog is made hidden, gets WM_INITDIALOG (wParam: the
+// control that gets the focus, lParam: `parameter`), and is then shown whether or not it has WS_VISIBLE. Its owner is
+// disabled until it ends. The result is the value of EndDialog; -1 if the dialog could not be made (a damaged template,
+// a class that doesn't exist), 0 for a bad owner.
 INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 
-// Modeless: shown only with WS_VISIBLE, the owner stays enabled, ends with DestroyWindow. An owner of
-// another thread is never waited for. Null on failure.
+// Makes a modeless dialog. It is shown only with WS_VISIBLE, its owner stays enabled, and DestroyWindow ends it. The
+// call never waits for an owner of another thread. Null on failure.
 HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 
-// Ends a modal dialog when its procedure returns. The owner is enabled before the dialog goes. Allowed
-// in WM_INITDIALOG. Fails with 1400, 5 for a dialog that isn't modal.
+// Ends a modal dialog when its procedure returns. The owner is enabled before the dialog is destroyed. Allowed in
+// WM_INITDIALOG. Fails with 1400, 5 for a dialog that isn't modal.
 BOOL EndDialog(HWND dialog, INT_PTR result);
 
-// The keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. Nonzero if the message was one and is done.
+// The keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. Nonzero if the message was one of these, which is then
+// handled.
 BOOL IsDialogMessage(HWND dialog, MSG* message);
 
 // The first control of that id in creation order; null with 1421.
 HWND GetDlgItem(HWND dialog, int id);
-// 0 for an id that isn't there.
+// 0 if the dialog has no control of this id.
 LRESULT SendDlgItemMessageW(HWND dialog, int id, UINT message, WPARAM wParam, LPARAM lParam);
 BOOL SetDlgItemTextW(HWND dialog, int id, const WCHAR* text);
-// capacity - 1 characters and a NUL; a missing control leaves an empty text and gives 0.
+// At most capacity - 1 characters and a NUL. For a missing control the text is empty and the result 0.
 UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 
-// A modal question or notice. `text` null is empty, `caption` null is "Error". \n breaks lines, & is
-// text. Esc and the close box give IDCANCEL where there is Cancel, IDOK with OK alone, otherwise the
-// answer that refuses (No, Abort). 0 if it could not be made.
+// A modal question or notice. `text` null is empty, `caption` null is "Error". \n breaks lines, & is text. Esc and the
+// close box give IDCANCEL if there is a Cancel button, IDOK if OK is the only button, otherwise the answer that refuses
+// (No, Abort). 0 if it could not be made.
 int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

@@ -1,7 +1,7 @@
 // ce/error.h - the last error: one number a thread, set by each call that fails.
 //
-// A call that succeeds leaves it alone, but for the calls whose header says that they set it.
-// The numbers are the platform's documented ones.
+// A call that succeeds leaves it unchanged, unless its header says that it sets it. The numbers are the platform's
+// documented ones.
 #pragma once
 
 #include "ce/types.h"

@@ -1,10 +1,10 @@
 // ce/file.h - files and folders of the device's one name space.
 //
-// Paths: from the root `\`; no drive letters, no current folder, so a path without a leading backslash
-// starts at the root. At most 259 characters and the NUL; a longer one fails with 206. Names are
-// compared exactly, case included; only search patterns match without case. Cards are folders of the
-// root. Links, fifos, sockets and device nodes of the host are not part of the name space: they are not
-// listed, not followed and not overwritten, and asking for one by name fails as if it weren't there.
+// Paths: from the root `\`; no drive letters, no current folder, so a path without a leading backslash starts at the
+// root. At most 259 characters and the NUL; a longer one fails with 206. Names are compared exactly, case included;
+// only search patterns match without case. Cards are folders of the root. Links, fifos, sockets and device nodes of the
+// host are not part of the name space: they are not listed, not followed and not overwritten, and a call that names one
+// fails as if it didn't exist.
 //
 // A name that is empty, "." or "..", or that holds one of * ? " < > | fails with 123.
 #pragma once
@@ -35,7 +35,7 @@ inline constexpr DWORD FILE_ATTRIBUTE_SYSTEM = 0x4;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_ARCHIVE = 0x20;
 inline constexpr DWORD FILE_ATTRIBUTE_INROM = 0x40;
-inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;  // stands alone: no other bit is set
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;  // set only if no other bit is
 inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
 inline constexpr DWORD FILE_ATTRIBUTE_COMPRESSED = 0x800;
 inline constexpr DWORD FILE_ATTRIBUTE_ROMSTATICREF = 0x1000;
@@ -44,7 +44,7 @@ inline constexpr DWORD FILE_ATTRIBUTE_ROMMODULE = 0x2000;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 
-// What a search finds. dwOID tells apart two files that stood at one path one after the other.
+// What a search finds. dwOID differs between two files that had the same path one after the other.
 struct WIN32_FIND_DATAW {
     DWORD dwFileAttributes;
     FILETIME ftCreationTime;
@@ -70,68 +70,65 @@ struct BY_HANDLE_FILE_INFORMATION {
     DWORD dwOID;
 };
 
-// Opens or makes a file. `access` is GENERIC_READ and/or GENERIC_WRITE, or 0 for a query that
-// conflicts with nothing. The open succeeds only if each handle open on the file allows `access` and
-// `share` allows the access of each of them; other processes count as far as the host can tell.
-// `security`, `attributes` and `templateFile` are not used: null, 0 and null.
+// Opens or makes a file. `access` is GENERIC_READ and/or GENERIC_WRITE, or 0 for a query that conflicts with nothing.
+// The open succeeds only if each handle open on the file allows `access` and `share` allows the access of each of them;
+// handles of other processes count as far as the host reports them. `security`, `attributes` and `templateFile` are not
+// used: null, 0 and null.
 //
-// Succeeding, CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed and to 0 if
-// not; the other ways set it to 0. CREATE_ALWAYS cuts an existing file to nothing and keeps its place.
+// On success CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed, otherwise to 0. The other
+// ways set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
 //
-// INVALID_HANDLE_VALUE on failure:
-//   2 no such file; 3 a folder on the way is missing, or no folder; 5 a folder, a read-only file asked
-//   for writing, a ROM file asked for writing, a ROM module, no permission; 32 open elsewhere in a way
-//   that conflicts; 80 exists already (CREATE_NEW); 87 bad creation; 112 no room for the entry;
-//   123 bad name; 206 path too long; 19 a read-only file system; 4 too many open files; 31 the host's
-//   input or output failed.
+// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder on the way is missing, or no folder; 5 a folder, a
+//   read-only file asked for writing, a ROM file asked for writing, a ROM module, no permission; 32 open elsewhere in a
+//   way that conflicts; 80 exists already (CREATE_NEW); 87 bad creation; 112 no room for the entry; 123 bad name; 206
+//   path too long; 19 a read-only file system; 4 too many open files; 31 the host's input or output failed.
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* security, DWORD creation, DWORD attributes,
                    HANDLE templateFile);
 
-// Reads up to `bytes` bytes at the handle's place and moves it on. Fewer come only at the end of the
-// file; at or behind it the call succeeds with 0. Fails with 5 without read access, 6, 31.
-// `bytesRead` may not be null; on failure it is 0 or the bytes that came before the fault.
+// Reads up to `bytes` bytes at the handle's position and advances it. Fewer bytes are read only at the end of the file;
+// at or after the end the call succeeds with 0 bytes. Fails with 5 without read access, 6, 31. `bytesRead` may not be
+// null. On failure it is the number of bytes that were read before the fault.
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);
 
-// Writes at the handle's place and moves it on by what was written. A write that succeeds is in the
-// file: no later call fails for it, unless the disk itself fails: then the next call on the file tells it with 31, the
-// file ends before the bytes that are missing, and each later write fails. Fails with 112 on a full card, 5 without
-// write access, 6, 31. `bytesWritten` may not be null; it always tells what is in the file, on failure too: a full card
-// still takes the bytes that fit.
+// Writes at the handle's position and advances it by the bytes written. After success the bytes are in the file, and no
+// later call fails because of them, unless the disk itself fails. In that case the next call on the file fails with 31,
+// the file ends before the missing bytes, and each later write fails. Fails with 112 on a full card, 5 without write
+// access, 6, 31. `bytesWritten` may not be null. It is the number of bytes that are in the file, also on failure: a
+// full card still takes the bytes that fit.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
-// Moves the handle's place; `distanceHigh` may be null. With FILE_BEGIN and no high half the distance
-// is an unsigned 32-bit place, so offsets of 2 GiB and more work; otherwise it is signed. The result is
-// the low half of the new place, which may lie behind the end.
-// 0xFFFFFFFF on failure: 6, 87, 131 before the start. (With a place of exactly 0xFFFFFFFF the last
-// error is 0.)
+// Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half the distance is an unsigned
+// 32-bit offset, so offsets of 2 GiB and more work; otherwise it is signed. The result is the low half of the new
+// position, which may be after the end.
+// 0xFFFFFFFF on failure: 6, 87, 131 before the start. (For the position 0xFFFFFFFF itself the last error is 0.)
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
-// Makes the handle's place the end of the file, cutting what lies behind it or growing the file. Fails with 5 without
-// write access, 6, 31, 112.
+// Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with 5 without write
+// access, 6, 31, 112.
 BOOL SetEndOfFile(HANDLE file);
 
 // Nonzero when all that was written through this handle is on the disk, and the entry of the file in
 // its folder too. Fails with 6, 5 without write access, 31, 112.
 BOOL FlushFileBuffers(HANDLE file);
 
-// Hands what was written to the file, and is gathered here, to the host: from then on it survives the end of this
-// process, though not a power cut. Costs nothing where nothing is gathered. Fails with the errors of WriteFile; a
+// Passes to the host what was written to the file and is still gathered in this process. From then on it survives the
+// end of the process, but not a power cut. Costs nothing if nothing is gathered. Fails with the errors of WriteFile; a
 // failure means that bytes which were reported as written are missing.
 BOOL HandOverFileBuffers(HANDLE file);
 
 // Nonzero when all that this process made, wrote, renamed or deleted on the device, in its own folder and in each card
-// and further folder, is on the disk. Covers what was done since the start or the last call; costs nothing for a folder
-// where nothing changed. All are tried, whatever fails. On failure the last error is that of the first folder that
-// failed (31, 112), and a later call tries that folder again.
+// and further folder, is on the disk. Covers all changes since the start or the last call, and costs nothing for a
+// folder without changes. After a failure the other folders are still flushed. On failure the last error is that of the
+// first folder that failed (31, 112), and a later call tries that folder again.
 BOOL FlushChangedVolumes(void);
 
 // Nonzero on success, 0 with 6 for a handle that is no open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// Says that the next file which the program makes at `path` is temporary: if the process is killed before the file is
-// deleted, and it lies in the root, the next opening of the device takes it out of the name space. A file that stands
-// there already is left alone, and so is everything on a file system without extended attributes. One declaration is in
-// force at a time, until its file is made; null withdraws it. Fails with 3, 123, 206.
+// Declares that the next file which the program makes at `path` is temporary. If the process is killed before it has
+// deleted the file, and the file is in the root, the next opening of the device moves it out of the name space. This
+// doesn't apply to a file that exists already, nor on a file system without extended attributes. There is one
+// declaration at a time. It is valid until its file is made; null withdraws it. Fails with 3, 123, 206.
 BOOL DeclareTemporaryFile(const WCHAR* path);
 
 // Fails with 2, 3, 5 for a folder, a read-only or a ROM file, 19, 32 while open in this process, 123, 206.
@@ -145,16 +142,16 @@ BOOL CreateDirectoryW(const WCHAR* path, const void* security);
 // 123, 206.
 BOOL RemoveDirectoryW(const WCHAR* path);
 
-// The attributes, FILE_ATTRIBUTE_NORMAL if none is set; needs no open and works on files in use. A
-// trailing backslash is allowed behind a folder, and "\" is the root. A card's own folder carries
-// FILE_ATTRIBUTE_TEMPORARY, what lies below it doesn't.
+// The attributes, FILE_ATTRIBUTE_NORMAL if none is set; needs no open and works on files in use. A folder may have a
+// trailing backslash, and "\" is the root. The folder of a card has FILE_ATTRIBUTE_TEMPORARY, the entries below it
+// don't.
 // 0xFFFFFFFF on failure: 2, 3, 5, 123, 206.
 DWORD GetFileAttributesW(const WCHAR* path);
 
-// Begins a search; only the last part of `pattern` may hold * (any run, empty too) and ? (one
-// character). "*" and "*.*" match every name; matching is without case. There are no entries "." and
-// "..". The order is the host's; callers must not expect any. Files that come or go during the search
-// may be seen or not. Names longer than 259 characters are left out.
+// Begins a search; only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
+// character). "*" and "*.*" match every name; matching is without case. There are no entries "." and "..". The order is
+// the host's; callers must not expect any. Files that come or go during the search may be seen or not. Names longer
+// than 259 characters are left out.
 // INVALID_HANDLE_VALUE on failure: 2 nothing matches, 3 no such folder, 5, 123, 206.
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
 

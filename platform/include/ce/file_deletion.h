@@ -1,7 +1,7 @@
 // ce/file_deletion.h - deleting a file only if it is still the one that was read.
 //
 // A program that moves content elsewhere stamps the open file before it reads, and deletes it by that stamp when its
-// copy is safe. Whatever another program does meanwhile, content that came after the stamp isn't deleted.
+// copy is safe. Content that another program writes after the stamp isn't deleted.
 #pragma once
 
 #include "ce/types.h"
@@ -15,42 +15,43 @@ struct FileStamp {
     std::int64_t changeSeconds;  // when anything of it changed last, its names and rights too
     std::uint32_t writeNanoseconds;
     std::uint32_t changeNanoseconds;
-    // Would each later write show in the times? Not if the file was written a moment before the stamp was taken: a
-    // second write could leave the same time. A moment is 50 ms. Where the time of change has no fraction of a second,
-    // since some file systems count in steps of one or two seconds, both times must lie 4 seconds back. A time in the
-    // future proves nothing either.
+    // Whether each later write changes the times. That isn't certain if the file was written less than 50 ms before the
+    // stamp was taken, because a second write could leave the same time. Some file systems count in steps of one or two
+    // seconds. So if the time of change has no fraction of a second, both times must be at least 4 seconds old. It
+    // isn't certain either if a time is in the future.
     BOOL provesWrites;
 };
 
-// Nonzero on success. What was written here is handed to the host first, so that the stamp includes it. Take the stamp
-// at once after an opening that shares nothing and before the first read: then each change of what is read shows, even
-// one by a program that maps the file into its memory, which changes the times at its first write alone.
+// Nonzero on success. Bytes that this process has gathered for the file are passed to the host first, so that the stamp
+// includes them. Open the file without sharing, take the stamp at once, and read then. Each change of the bytes that
+// are read then shows, even one by a program that has mapped the file into memory, whose first write alone changes the
+// times.
 // 0 on failure: 6 for a handle that is no open file, 31, 87 for a null stamp, and the errors of WriteFile.
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 
-// Deletes the file at `path` if it is exactly what the stamp says and nobody has it open: no handle of this process,
-// no other process. For the time of the call others wait when they open it.
+// Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another
+// process that opens the file during the call waits for its end.
 // Fails with
-//   2, 3     nothing stands there any more;
+//   2, 3     there is no file any more;
 //   5, 19, 123, 206  as DeleteFileW;
-//   32       it is open here or elsewhere, or somebody began to open it meanwhile;
+//   32       it is open in this or another process, or another process began to open it meanwhile;
 //   50       the file system can neither rename without replacing nor link, so that nothing can be deleted safely;
 //   87       a null stamp;
 //   1006     it isn't the file of the stamp any more, or has changed since;
-//   1237     the stamp doesn't prove anything (provesWrites): try again with a new copy in some seconds;
+//   1237     provesWrites is 0: try again with a new copy in some seconds;
 //   31       the host failed.
-// All but 2, 3, 32, 1006 and 1237 count as trouble of the device, as those of DeleteFileW do; these are for the caller.
+// All but 2, 3, 32, 1006 and 1237 are noted as failures of the device, like those of DeleteFileW.
 //
-// After a failure the file is there, under its own name, with its content. One case is different: another program
-// replaced the file in the very moment of the deletion and made a third one at the path microseconds later. Then the
-// third one keeps the path, and the second stays beside it under the name below.
+// After a failure the file still has its name and its content. There is one exception: another program replaces the
+// file during the deletion and makes a third file at the path microseconds later. Then the third file keeps the path,
+// and the second one stays in the folder under the name below.
 //
-// How: the file is held by a lease, renamed within its folder to "NAME (being deleted by Quillbox 0123456789abcdef)",
-// compared again under that name, and deleted there; so what another program puts at the path is never deleted. A
-// process that is killed in between leaves the file under that name.
+// How: the call takes a lease on the file, renames it within its folder to "NAME (being deleted by Quillbox
+// 0123456789abcdef)", compares it again under that name, and deletes it there. So a file that another program puts at
+// the path is never deleted. A process that is killed in between leaves the file under that name.
 //
-// Where the host gives no lease for other reasons than use (network folders, file systems without leases, files of
-// another user), all but the lease is done: then a program that has the file open isn't seen, and what it writes
-// between the last comparison and the deletion, some microseconds, is lost. On a network folder the times are the
-// server's: where its clock is behind, `provesWrites` may be nonzero too early.
+// On network folders, on file systems without leases and for files of another user the host gives no lease. The call
+// then does all but the lease. It doesn't notice a program that has the file open, and what that program writes in the
+// microseconds between the last comparison and the deletion is lost. On a network folder the times are the server's. If
+// its clock is slow, `provesWrites` may be nonzero too early.
 BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp);

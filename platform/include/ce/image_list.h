@@ -8,7 +8,7 @@ inline constexpr UINT ILC_MASK = 1;
 // An empty list for images of that size, in pixels; it grows by itself. Null with 87 for a size below 1.
 HIMAGELIST ImageList_Create(int width, int height, UINT flags, int initial, int grow);
 
-// Adds the images that stand side by side in the bitmap; pixels of exactly the colour are transparent, rows below the
+// Adds the images that are side by side in the bitmap. Pixels of exactly the colour are transparent, and rows below the
 // list's height are not used. The index of the first one, or -1 with 6 for a handle that is no list or bitmap. The
 // bitmap may be deleted afterwards.
 int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask);

@@ -1,7 +1,7 @@
 // ce/module.h - looking up a platform entry point by name at run time.
 //
-// There is one library, "\WINDOWS\COREDLL.DLL" (compared without case): the platform itself. It stays
-// loaded whatever is released, so pointers taken from it stay good.
+// There is one library, "\WINDOWS\COREDLL.DLL" (compared without case): the platform itself. It is never unloaded, so
+// its entry points stay valid.
 #pragma once
 
 #include "ce/types.h"
@@ -11,7 +11,7 @@ using FARPROC = void (*)();
 // Null with last error 126 for any other name.
 HMODULE LoadLibraryW(const WCHAR* name);
 
-// The entry point of that exact name (case counts), to be cast to its own type before it is called.
+// The entry point of exactly that name (case counts). Cast it to its real type before calling it.
 // Null with last error 127 if the platform doesn't have it, 6 for a module that isn't loaded.
 FARPROC GetProcAddressW(HMODULE module, const WCHAR* name);
 

@@ -1,8 +1,7 @@
-// ce/outcome.h - what a program tells its host of the outcome of a job, one backup or restore.
+// ce/outcome.h - reports the outcome of a job, one backup or restore, to the host.
 //
-// The program's own texts pass over much in silence. Its user has to hear of it all the same, so the host tells what is
-// reported here at the end of the job, where it has a window, and at the end of the process, on standard error and in
-// the exit code. Any thread.
+// The program's own texts don't mention every failure. The host shows what is reported here: at the end of the job if
+// it has a window, and at the end of the process on standard error and in the exit code. Any thread.
 #pragma once
 
 #include "ce/handle.h"
@@ -11,8 +10,8 @@
 // What became of an item.
 inline constexpr DWORD OutcomeNotStored = 1;    // it isn't in the set, or not whole
 inline constexpr DWORD OutcomeNotRestored = 2;  // it isn't on the device as the set has it
-inline constexpr DWORD OutcomeNotDeleted = 3;   // it is in the set, and was to be deleted, and stays
-inline constexpr DWORD OutcomeReplaced = 4;     // a file of the user's had the name of a temporary file, and is gone
+inline constexpr DWORD OutcomeNotDeleted = 3;   // it is in the set and should have been deleted, but wasn't
+inline constexpr DWORD OutcomeReplaced = 4;     // a temporary file has replaced a file of the user's with its name
 
 // What the item is.
 inline constexpr DWORD OutcomeFile = 1;
@@ -26,11 +25,11 @@ void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 // No set could be made in `folder`. ERROR_FILE_EXISTS: every number is taken.
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
-// While on, a folder that the user may not enter or read isn't reported: the program only looks for what there is to
-// choose from, and such a folder offers nothing.
+// While on, a folder that the user may not enter or read isn't reported. The program then only searches for things that
+// the user can choose, and nothing in such a folder can be chosen.
 void SearchForChoices(BOOL on);
 
-// Around each job. After EndJob the host tells what was reported and what failed since BeginJob, in a message box over
-// `owner` where it has a window.
+// Called at the beginning and the end of each job. At EndJob the host shows what was reported and what failed since
+// BeginJob, in a message box over `owner` if it has a window.
 void BeginJob();
 void EndJob(HWND owner);

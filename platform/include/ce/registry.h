@@ -22,20 +22,20 @@ inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
 inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 
-// Opens `subKey` below `key`, making each level that is missing. `disposition` may be null.
-// `reserved` and `options` 0, `security` null. The name of a level is text: no lone surrogate stands in it.
-// 6 bad key; 87 an empty level, a leading backslash, a name above 255 characters, more than 16 levels
-// below the predefined key, other arguments; 112 full; 31 the store can't be written or read.
+// Opens `subKey` below `key`, making each level that is missing. `disposition` may be null. `reserved` and `options` 0,
+// `security` null. The name of a level must be valid UTF-16, without lone surrogates. 6 bad key; 87 an empty level, a
+// leading backslash, a name above 255 characters, more than 16 levels below the predefined key, other arguments; 112
+// full; 31 the store can't be written or read.
 LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR* className, DWORD options, DWORD access,
                      const void* security, HKEY* result, DWORD* disposition);
 
-// Copies a value into `data`, `*bytes` bytes large, and sets `*bytes` to its size. `data` null asks for
-// the size. `type` may be null. A null or empty name is the key's default value.
-// 2 no such value: nothing is touched; 234 too small: `*bytes` tells the size, `data` is left alone; 6.
+// Copies a value into `data`, `*bytes` bytes large, and sets `*bytes` to its size. `data` null asks for the size.
+// `type` may be null. A null or empty name is the key's default value. 2 no such value, and nothing is changed; 234 too
+// small: `*bytes` is the size, `data` is unchanged; 6.
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes);
 
-// Sets a value, type and all; it is on the disk then. A null or empty name is the key's default value.
-// 6, 87 a name above 255 characters or with a lone surrogate, or more than 16 MiB, 112, 31.
+// Sets a value and its type. Both are on the disk when the call returns. A null or empty name is the key's default
+// value. 6, 87 a name above 255 characters or with a lone surrogate, or more than 16 MiB, 112, 31.
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
 
 // 6 for a key that is not open; the predefined keys may be closed, which does nothing.

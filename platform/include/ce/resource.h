@@ -4,7 +4,7 @@
 #include "ce/error.h"
 #include "ce/types.h"
 
-// A resource type or name that is a number travels as the pointer of that value; high bits zero.
+// A resource type or name that is a number is passed as a pointer with that value; its high bits are zero.
 inline const WCHAR* MAKEINTRESOURCEW(UINT_PTR number)
 {
     return reinterpret_cast<const WCHAR*>(number & 0xFFFF);
@@ -23,7 +23,7 @@ inline const WCHAR* const RT_DIALOG = MAKEINTRESOURCEW(RT_DIALOG_ID);
 // Null on failure: 1812 no resources, 1813 no such type, 1814 no such name.
 HRSRC FindResourceW(HMODULE module, const WCHAR* name, const WCHAR* type);
 
-// The address of the resource's bytes, good for the life of the process; nothing is freed.
+// The address of the resource's bytes, valid as long as the process runs. Nothing has to be freed.
 // Null with 6 for a handle that FindResourceW didn't give.
 HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 
@@ -31,7 +31,7 @@ HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 DWORD SizeofResource(HMODULE module, HRSRC resource);
 
 // Copies text `id` into `buffer`: at most characters - 1 and a NUL; the result counts without the NUL,
-// 0 if there is no such text (1814) or no room (122). A surrogate pair stays whole.
-// With a null buffer the result is the address of the text inside the resource, as a pointer in an
-// integer: not terminated, its length in characters stands in the WORD before it.
+// 0 if there is no such text (1814) or no room (122). A surrogate pair stays whole. With a null buffer the result is
+// the address of the text inside the resource, as a pointer in an integer: not terminated, its length in characters is
+// in the WORD before it.
 LONG_PTR LoadStringW(HINSTANCE instance, UINT id, WCHAR* buffer, int characters);

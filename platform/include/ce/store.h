@@ -1,22 +1,22 @@
 // ce/store.h - the databases of the object store: records of typed properties.
 //
-// Databases and records have one space of CEOIDs, and none serves twice. A database's name has at most 31
-// characters; a longer one is cut at a whole character, wherever it is given. Names are compared without
-// case and kept as written; an empty one, or one with half of a surrogate pair, fails with 87.
+// Each database and each record has a CEOID of its own. A CEOID is never used again. A database's name has at most 31
+// characters; a longer one is cut at a whole character by every call. Names are compared without case and kept as
+// written; an empty one, or one with half of a surrogate pair, fails with 87.
 //
-// The records of a database stand in the order in which they were made. Sort orders are kept and given back,
-// but order nothing: a database is opened in that one order.
+// The records of a database are in the order in which they were made. Sort orders are stored and returned, but have no
+// effect: a database can be opened in that one order only.
 //
-// What is on the disk when: a database is made or deleted as a whole, and it is on the disk when the call
-// returns. Changes of records through one handle are gathered, so that thousands share one flush. They go to
-// the disk together when the handle is closed; before any other handle changes something, a database is made
-// or deleted, or the registry is used; and before a further change once there are 4096 of them, 8 MiB, or the
-// first is half a second old. A process that is killed loses at most the changes gathered last, whole records
-// as they were written; never half of one, and the database opens as before. If the disk has no room for all of
-// them, those for which it has some are put on it, in their order. What is lost makes CloseHandle fail with 112 or 31.
+// When changes are on the disk: a database is made or deleted as a whole, and this is on the disk when the call
+// returns. Changes of records through one handle are gathered, so that thousands share one flush. They are written
+// together when the handle is closed; before another handle changes something, a database is made or deleted, or the
+// registry is used; and before a further change as soon as there are 4096 changes or 8 MiB, or the first one is half a
+// second old. A process that is killed loses at most the changes that were gathered last, and never a part of a record.
+// The database can be opened afterwards. If the disk has no room for all gathered changes, as many as fit are written,
+// in their order. If changes are lost, CloseHandle fails with 112 or 31.
 //
-// A handle goes back with CloseHandle. One that is not open fails with 87, a call without an open device with
-// 31, as does anything that the host's disk refuses or a record that is damaged.
+// CloseHandle closes a handle. A call with a handle that is not open fails with 87. Error 31 means that no device is
+// open, that the host's disk failed, or that a record is damaged.
 #pragma once
 
 #include "ce/error.h"
@@ -39,7 +39,7 @@ inline constexpr DWORD CEDB_SORT_DESCENDING = 1;
 inline constexpr DWORD CEDB_SORT_CASEINSENSITIVE = 2;
 inline constexpr DWORD CEDB_SORT_UNKNOWNFIRST = 4;
 
-// CEPROPVAL.wFlags. All other bits are the caller's, and kept.
+// CEPROPVAL.wFlags. All other bits can be used by the caller and are stored.
 inline constexpr WORD CEDB_PROPNOTFOUND = 0x100;
 inline constexpr WORD CEDB_PROPDELETE = 0x200;
 
@@ -61,10 +61,10 @@ inline constexpr WORD OBJTYPE_RECORD = 4;
 
 inline constexpr DWORD CEDB_MAXDBASENAMELEN = 32;  // characters with the NUL
 inline constexpr WORD CEDB_MAXSORTORDER = 4;
-inline constexpr DWORD CEDB_MAXRECORDS = 0xFFFF;  // wNumRecords counts no further
+inline constexpr DWORD CEDB_MAXRECORDS = 0xFFFF;  // the largest wNumRecords
 
-// Bytes that the texts, without their NULs, and the blobs of one record may have together. A device's own store holds a
-// hundredth of that in a record. It bounds the memory that a record from anywhere can ask for.
+// Bytes that the texts (without their NULs) and the blobs of one record may have together, a hundred times as many as
+// on a real device. Limits the memory that a record of a damaged or hostile set can take.
 inline constexpr DWORD MaxRecordContent = 16 * 1024 * 1024;
 
 // CEDBASEINFO.dwFlags: which fields are filled.
@@ -93,7 +93,7 @@ struct CERECORDINFO {
     CEOID oidParent;  // its database
 };
 
-// What an object is; wObjType tells which member holds.
+// What an object is; wObjType says which member is valid.
 struct CEOIDINFO {
     WORD wObjType;
     WORD wPad;
@@ -120,7 +120,7 @@ union CEVALUNION {
     double dblVal;
 };
 
-// One property. Of a type that isn't named above, the bits of `val` are kept as they stand.
+// One property. For a type that isn't named above, the bits of `val` are stored unchanged.
 struct CEPROPVAL {
     CEPROPID propid;
     WORD wLenData;  // not used
@@ -135,64 +135,64 @@ HANDLE CeFindFirstDatabase(DWORD type);
 // The next one. 0 with 259 at the end, 1018 if a database was deleted since the walk began, 87, 31.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
-// Nonzero on success. 6 no such object, 87 no `info`, 31; `info` is left alone then.
+// Nonzero on success. 6 no such object, 87 no `info`, 31; `info` is unchanged then.
 BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info);
 
-// Makes a database with at most CEDB_MAXSORTORDER sort orders; none asked gives one with the property 0.
-// Sets the last error to 0 on success. 0 on failure: 52 the name exists, 87, 112, 31.
+// Makes a database with at most CEDB_MAXSORTORDER sort orders; with none, it gets one with the property 0. Sets the
+// last error to 0 on success. 0 on failure: 52 the name exists, 87, 112, 31.
 CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SORTORDERSPEC* specs);
 
 // Nonzero when the database and its records are gone from the disk. 32 while a handle on it is open, 87 no
 // such database, 112, 31.
 BOOL CeDeleteDatabase(CEOID oid);
 
-// Opens a database, by name if `*oid` is 0 (which is set then), otherwise by oid. The handle's pointer stands
-// at the first record. With CEDB_AUTOINCREMENT each read moves it on; without, it stays. `sortProperty` must
-// be 0; `notified` is not used, since nobody is told of changes.
-// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags or a sort property, 31, also for one that only
-// the walk finds, since it is stored under another name than its own.
+// Opens a database, by name if `*oid` is 0 (which is set then), otherwise by oid. The handle's pointer is at the first
+// record. With CEDB_AUTOINCREMENT each read advances it, otherwise it stays. `sortProperty` must be 0; `notified` is
+// not used, because there are no notifications of changes.
+// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags or a sort property, 31, also for a database that
+// only the walk finds, because its stored name is damaged.
 HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWORD flags, HWND notified);
 
-// Moves the pointer; the result is the record that it stands at, and `*index`, which may be null, its position
+// Moves the pointer. The result is the record at the new position, and `*index`, which may be null, is its position
 // from 0.
 //   CEDB_SEEK_CEOID      to the record of that oid
-//   CEDB_SEEK_BEGINNING  `value` records on from the first
-//   CEDB_SEEK_END        `value` records back from behind the last: 0 is behind the last, 1 the last
-//   CEDB_SEEK_CURRENT    `value`, as a signed number, records on from where it stands
-// A step costs the same wherever the pointer stands; a far jump costs by its distance, and a position is
-// counted anew after a deletion.
-// 0 if no record is there: with 0 behind the last, where END 0 leads (with 31 if the database counts more or fewer
-// records than there are; it stands there all the same). With 25 past an end: towards the end it
-// stands behind the last, towards the beginning it stays. 87 another way, a handle that isn't open, an oid
-// that is no record of the database. 31.
+//   CEDB_SEEK_BEGINNING  `value` records after the first
+//   CEDB_SEEK_END        `value` records before the end: 0 is the position after the last record, 1 the last record
+//   CEDB_SEEK_CURRENT    `value`, read as a signed number, records after the present position
+// The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance, and a position
+// is counted anew after a deletion.
+// 0 if there is no record at the new position. The last error is then 0 after the last record, to which CEDB_SEEK_END
+// moves with 0 (31 if the database has more or fewer records than it says; the pointer moves there too). It is 25
+// beyond an end: the pointer moves after the last record, or stays if the move was towards the beginning. 87 for
+// another `how`, a handle that isn't open, or an oid that is no record of the database. 31.
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 
-// Reads the record at the pointer. `ids` null: all its properties, in the order in which they were first
-// written, and `*count` tells how many. Otherwise the `*count` asked ones, in their order; one that is missing
-// comes with its id and CEDB_PROPNOTFOUND, and if all are, the call fails with 232.
-// The block `*buffer` of `*bytes` bytes gets the CEPROPVALs first, then their texts and blobs. With
-// CEDB_ALLOWREALLOC a block that is null or too small is replaced by one of LocalAlloc; free with LocalFree.
-// Returns the record's oid. 0 on failure, and the pointer stays: 259 behind the last, 1018 the record was
-// deleted (with CEDB_AUTOINCREMENT the following one is read instead), 232, 122 too small, 8, 87, 31. Behind the last
-// it is 31 if the database counts more or fewer records than there are.
+// Reads the record at the pointer. `ids` null: all its properties, in the order in which they were first written, and
+// `*count` becomes their number. Otherwise the `*count` requested ones, in their order. A missing property is returned
+// with its id and CEDB_PROPNOTFOUND. If all are missing, the call fails with 232. The block `*buffer` of `*bytes` bytes
+// gets the CEPROPVALs first, then their texts and blobs. With CEDB_ALLOWREALLOC a block that is null or too small is
+// replaced by one of LocalAlloc; free with LocalFree.
+// Returns the record's oid. 0 on failure, and the pointer stays: 259 after the last record, 1018 the record was deleted
+// (with CEDB_AUTOINCREMENT the next one is read instead), 232, 122 too small, 8, 87, 31. After the last record it is 31
+// if the database has more or fewer records than it says.
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes);
 
-// Writes properties into a record; with oid 0 into a new one, behind all others, which leaves the pointer
-// where it is. A property whose id is there already is replaced, one with CEDB_PROPDELETE is taken away; the
-// others stay. CEDB_PROPNOTFOUND, which a read may have left there, isn't stored. 0 on failure, and nothing is
-// changed: 87 no properties, a null text or blob, more than MaxRecordContent, no such record; 112 no room, or a record
-// beyond CEDB_MAXRECORDS; 8, 31.
+// Writes properties into a record, or with oid 0 into a new record after all others, which doesn't move the pointer. A
+// property with an id that the record has already is replaced, one with CEDB_PROPDELETE is removed. The other
+// properties stay. CEDB_PROPNOTFOUND, which a read can have set, isn't stored. 0 on failure, and nothing is changed: 87
+// no properties, a null text or blob, more than MaxRecordContent, no such record; 112 no room, or a record beyond
+// CEDB_MAXRECORDS; 8, 31.
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
-// Nonzero on success. If the pointer stood there, it stands at the following record from then on.
-// 87 no such record in this database, 112, 31.
+// Nonzero on success. If the pointer was at the record, it moves to the next one. 87 no such record in this database,
+// 112, 31.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
-// No calls of a device's own store: the changes between them are one. Databases that are made or deleted and records
-// that are changed, through any handle, are on the disk when EndStoreChange(TRUE) has succeeded. Before, a kill leaves
-// all as it was; so does EndStoreChange(FALSE), and a failure, a full disk among them. What was opened meanwhile is
-// closed before the end, and nothing else of the device is changed.
-// Nonzero on success, for EndStoreChange(FALSE) always when a change is open. 87 one is open already, or none is; 112,
-// 8, 31.
+// A transaction, which a real device doesn't have. All databases that are made or deleted and all records that are
+// changed between the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has succeeded. A kill
+// before that, EndStoreChange(FALSE) and any failure, such as a full disk, leave everything as it was. Handles that
+// were opened in between must be closed before the end. Nothing else of the device may be changed in between.
+// Nonzero on success; EndStoreChange(FALSE) always succeeds if a change is open. 87 a change is already open
+// (BeginStoreChange) or none is (EndStoreChange); 112, 8, 31.
 BOOL BeginStoreChange();
 BOOL EndStoreChange(BOOL kept);

@@ -1,7 +1,7 @@
 // ce/text.h - wide texts: bounded formatting, comparison, conversion to the device's code page.
 //
-// Every destination travels with its size in characters, NUL included. What does not fit is cut at a
-// whole character (a surrogate pair stays whole) and the result is always terminated.
+// Every destination is passed with its size in characters, including the NUL. A text that doesn't fit is cut at a whole
+// character (a surrogate pair stays whole), and the result is always terminated.
 #pragma once
 
 #include "ce/error.h"
@@ -13,7 +13,7 @@
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;
 
-// One argument of a format: a whole number or a text. Converts by itself from what callers pass.
+// One argument of a format: a whole number or a text. Made implicitly from the values that callers pass.
 class FormatArgument {
 public:
     enum class Kind { Integer, Wide, Narrow };
@@ -42,13 +42,13 @@ private:
     };
 };
 
-// Formats into `out`, `capacity` characters with the NUL. Knows - # 0, width, precision, l and h,
-// and %d %i %u %x %X %c %C %s %S %%. %s is a wide text, %S a narrow one; a null text shows as
-// "(null)". A conversion without its argument, or with one of the other kind, shows nothing.
+// Formats into `out`, `capacity` characters with the NUL. Supports - # 0, width, precision, l and h, and %d %i %u %x %X
+// %c %C %s %S %%. %s is a wide text, %S a narrow one; a null text shows as "(null)". A conversion without an argument,
+// or with one of the wrong type, produces no output.
 // Returns the characters written, without the NUL.
 int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<const FormatArgument> arguments);
 
-// The platform's calls on it. wsprintfW takes the size from the array.
+// The platform's calls that use it. wsprintfW takes the size from the array.
 template <class... Arguments>
 int wnsprintfW(WCHAR* out, std::size_t capacity, const WCHAR* format, const Arguments&... arguments)
 {
@@ -69,7 +69,8 @@ int wsprintfW(WCHAR (&out)[Capacity], const WCHAR* format, const Arguments&... a
 // Characters before the NUL.
 std::size_t wcslen(const WCHAR* text);
 
-// Copies `count` characters, filling up with NULs; adds none when the source is as long or longer.
+// Copies `count` characters. A shorter source is filled up with NULs. A longer one, or one of equal length, gets no
+// NUL.
 WCHAR* wcsncpy(WCHAR* out, const WCHAR* text, std::size_t count);
 
 // Copies a text into an array of `capacity` characters, cut at a whole character if it must be.
@@ -82,22 +83,22 @@ std::size_t CopyText(WCHAR (&out)[Capacity], const WCHAR* text)
     return CopyText(out, Capacity, text);
 }
 
-// 0 when the texts are equal, case included; otherwise below or above 0 by code unit.
+// 0 when the texts are equal, case included; otherwise negative or positive, by the first code unit that differs.
 int lstrcmpW(const WCHAR* left, const WCHAR* right);
 
 // The same without case, by simple folding of each character.
 int lstrcmpiW(const WCHAR* left, const WCHAR* right);
 
-// Skips blanks, takes a sign and digits, stops at the rest; 0 without digits. Too large a number stops
-// at the ends of LONG.
+// Skips blanks, reads a sign and digits, and ignores the rest; 0 without digits. A number beyond the range of LONG
+// becomes the end of the range.
 LONG _wtol(const WCHAR* text);
 
-// The device's code page: always CP_UTF8, so a log holds any name.
+// The device's code page: always CP_UTF8, so a log can contain any name.
 UINT GetACP();
 
-// Converts to `codePage` (CP_ACP or CP_UTF8). `characters` -1: the text ends at its NUL, which is
-// converted and counted too. `bytes` 0 asks for the size. A lone surrogate becomes U+FFFD.
-// `defaultCharacter` and `usedDefault` must be null. Returns bytes.
-// 0 on failure: 122 too small (what stands in `out` is of no use), 87, 1004 for flags other than 0.
+// Converts to `codePage` (CP_ACP or CP_UTF8). `characters` -1: the text ends at its NUL, which is converted and counted
+// too. `bytes` 0 asks for the size. A lone surrogate becomes U+FFFD. `defaultCharacter` and `usedDefault` must be null.
+// Returns bytes.
+// 0 on failure: 122 too small (the content of `out` is then undefined), 87, 1004 for flags other than 0.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int characters, char* out, int bytes,
                         const char* defaultCharacter, BOOL* usedDefault);

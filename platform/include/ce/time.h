@@ -18,11 +18,11 @@ struct SYSTEMTIME {
 inline constexpr LCID LOCALE_SYSTEM_DEFAULT = 0x800;
 inline constexpr DWORD LOCALE_SSHORTDATE = 0x1F;
 
-// The host's time in its own zone.
+// The host's local time.
 void GetLocalTime(SYSTEMTIME* now);
 
-// Converts without a step of the time zone; wDayOfWeek is not looked at.
-// 0 with 87 for a date that doesn't exist or lies before 1601.
+// Converts without regard to time zones; wDayOfWeek is ignored.
+// 0 with 87 for a date that doesn't exist or is before 1601.
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
 
 // 0 with 87 from 0x8000000000000000 on.
@@ -31,7 +31,7 @@ BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* time);
 // -1, 0 or 1: the first is earlier, equal, later.
 LONG CompareFileTime(const FILETIME* first, const FILETIME* second);
 
-// The setting as text, in characters with the NUL; `characters` 0 asks for the size. LOCALE_SSHORTDATE
-// looks like "M/d/yy", "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's LC_TIME.
+// The setting as text. The result is its length in characters with the NUL; `characters` 0 asks for it.
+// LOCALE_SSHORTDATE looks like "M/d/yy", "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's LC_TIME.
 // 0 on failure: 122 too small, 87 another setting, 1004.
 int GetLocaleInfoW(LCID locale, DWORD setting, WCHAR* out, int characters);

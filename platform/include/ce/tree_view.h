@@ -1,9 +1,9 @@
 // ce/tree_view.h - the tree view control "SysTreeView32": a hierarchy of items, of which one can be selected.
 //
-// It tells its parent by WM_NOTIFY, in this order: NM_CLICK before the selection moves, TVN_SELCHANGINGW (nonzero
+// It notifies its parent by WM_NOTIFY, in this order: NM_CLICK before the selection moves, TVN_SELCHANGINGW (nonzero
 // refuses), TVN_SELCHANGEDW; TVN_ITEMEXPANDINGW (nonzero refuses) before and TVN_ITEMEXPANDEDW after an item expands or
-// collapses; TVN_DELETEITEMW for each item that goes. Both clicks of a double click are told so; NM_DBLCLK follows the
-// second one. Handles of deleted items are dead: a message with one gives 0.
+// collapses; TVN_DELETEITEMW for each item that is deleted. Both clicks of a double click send NM_CLICK; NM_DBLCLK
+// follows the second one. Handles of deleted items are invalid: a message with one gives 0.
 #pragma once
 
 #include "ce/controls.h"
@@ -25,25 +25,25 @@ inline const HTREEITEM TVI_FIRST = reinterpret_cast<HTREEITEM>(static_cast<INT_P
 inline const HTREEITEM TVI_LAST = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0002)));
 inline const HTREEITEM TVI_SORT = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0003)));
 
-// (0, item): nonzero; takes all below it. An item of null or TVI_ROOT deletes everything.
+// (0, item): nonzero; deletes all items below it, too. An item of null or TVI_ROOT deletes everything.
 inline constexpr UINT TVM_DELETEITEM = 0x1101;
 // TVM_EXPAND (action, item) is in ce/controls.h: the two notifications come only while TVIS_EXPANDEDONCE is clear.
 inline constexpr UINT TVM_GETCOUNT = 0x1105;
 // (TVSIL_NORMAL, image list): the list before.
 inline constexpr UINT TVM_GETIMAGELIST = 0x1108;
 inline constexpr UINT TVM_SETIMAGELIST = 0x1109;
-// (TVGN_..., item): a handle, or 0 where there is none.
+// (TVGN_..., item): a handle, or 0 if there is no such item.
 inline constexpr UINT TVM_GETNEXTITEM = 0x110A;
 // (TVGN_CARET, item): nonzero; 0 if the parent refused. Null selects nothing.
 inline constexpr UINT TVM_SELECTITEM = 0x110B;
-// (0, TVHITTESTINFO): the item whose row holds the point, or 0.
+// (0, TVHITTESTINFO): the item whose row contains the point, or 0.
 inline constexpr UINT TVM_HITTEST = 0x1111;
-// (0, item): expands what lies above it, as TVM_EXPAND does, and scrolls to it.
+// (0, item): expands the items above it, as TVM_EXPAND does, and scrolls to it.
 inline constexpr UINT TVM_ENSUREVISIBLE = 0x1114;
 // (0, TVINSERTSTRUCTW): the new item's handle, or 0. The text is copied. Never selects or expands.
 inline constexpr UINT TVM_INSERTITEMW = 0x1132;
-// (0, TVITEMW): nonzero; 0 for a bad handle, and the record is left alone. hItem is read whatever the mask. A text is
-// cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set: the rest is selected and expanded by messages.
+// (0, TVITEMW): nonzero; 0 for an invalid handle, and then the record is unchanged. hItem is read whatever the mask is.
+// A text is cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set: messages select and expand an item.
 inline constexpr UINT TVM_GETITEMW = 0x113E;
 inline constexpr UINT TVM_SETITEMW = 0x113F;
 

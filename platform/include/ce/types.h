@@ -1,7 +1,7 @@
 // ce/types.h - the basic types of the platform, in the widths that 64-bit hosts need.
 //
-// Handles, message parameters and whatever carries a pointer through an integer are pointer-sized;
-// everything else keeps its documented 32 or 16 bits. LONG is never the host's `long`.
+// Handles, message parameters and integers that can contain a pointer have the size of a pointer. All other types have
+// their documented 32 or 16 bits. LONG is never the host's `long`.
 #pragma once
 
 #include <cstddef>
@@ -29,11 +29,11 @@ using WPARAM = UINT_PTR;
 using LPARAM = LONG_PTR;
 using LRESULT = LONG_PTR;
 
-// One UTF-16 code unit. Every count of "characters" in these headers counts these.
+// One UTF-16 code unit. These headers call a code unit a character.
 using WCHAR = char16_t;
 
-// A handle is a number that is looked up, never an address: a closed one is refused, whatever
-// stands in its old place. The distinct pointer types only keep the kinds apart for the compiler.
+// A handle is a number that is looked up, never an address. A closed handle is refused even if its slot is in use
+// again. The different pointer types only let the compiler distinguish the kinds of handles.
 using HANDLE = void*;
 using HWND = struct HWND_*;
 using HINSTANCE = struct HINSTANCE_*;
@@ -54,7 +54,7 @@ inline constexpr BOOL TRUE = 1;
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~UINT_PTR{0});
 
-// Longest path or text that fixed buffers hold, in characters with the NUL.
+// Size of the fixed buffers for paths and texts, in characters with the NUL.
 inline constexpr DWORD MAX_PATH = 260;
 
 // 100 ns steps since 1601-01-01 UTC, the low half first; alignment 4, so never a 64-bit integer.

@@ -1,8 +1,8 @@
 // ce/window.h - windows, classes, messages, timers.
 //
-// A window belongs to the thread that made it, and its procedure runs in that thread's name only:
-// either on the thread itself or, while it waits in GetMessageW, on the thread that sends to it.
-// DestroyWindow works only in the name of the owner.
+// A window is owned by the thread that made it, and its procedure runs in that thread's name only: either on the thread
+// itself or, while it waits in GetMessageW, on the thread that sends to it. DestroyWindow works only in the name of the
+// owner.
 #pragma once
 
 #include "ce/error.h"
@@ -144,51 +144,53 @@ inline constexpr WORD VK_ADD = 0x6B;
 inline constexpr WORD VK_SUBTRACT = 0x6D;
 inline constexpr WORD VK_F4 = 0x73;
 
-// 0 with 1410 if a class of that name (without case) stands already, 87 without a name or procedure.
+// 0 with 1410 if a class of that name (without case) exists already, 87 without a name or procedure.
 ATOM RegisterClassW(const WNDCLASSW* windowClass);
 
-// Sends WM_CREATE (lParam: CREATESTRUCTW) before it returns; -1 from it stops the creation.
-// CW_USEDEFAULT for place and size means the whole work area. For a child `menu` is its id.
+// Sends WM_CREATE (lParam: CREATESTRUCTW) before it returns; -1 from it stops the creation. CW_USEDEFAULT for position
+// and size means the whole work area. For a child `menu` is its id.
 // Null on failure: 1407 no such class, 1400 no such parent or one of another thread.
 HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, DWORD style, int x, int y, int width,
                      int height, HWND parent, HMENU menu, HINSTANCE instance, void* parameter);
 
-// WM_DESTROY goes to the window first, then to its children; owned windows go as well. Its timers end
-// and what was posted to it vanishes. Fails with 1400, 5 in the name of another thread.
+// Sends WM_DESTROY to the window first, then to its children. The windows that it owns are destroyed, too. Its timers
+// end, and messages posted to it are dropped. Fails with 1400, 5 in the name of another thread.
 BOOL DestroyWindow(HWND window);
 
-// WM_CLOSE destroys; WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH serve the title; the rest gives 0.
+// WM_CLOSE destroys; WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH set and return the title. Other messages return 0.
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Runs the window's procedure and gives its result. To a window of another thread it waits until that
-// thread retrieves messages or is itself waiting in a send; meanwhile messages sent to the caller's own
-// windows are answered. 0 with 1400 for a dead window, also for one that dies while the call waits.
+// Runs the window's procedure and returns its result. If another thread owns the window, the call waits until that
+// thread retrieves messages or waits in a send itself. Meanwhile, messages sent to the caller's windows are handled. 0
+// with 1400 for an invalid handle, also if the window is destroyed while the call waits.
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Queues and never waits; order is kept. Nonzero on success, 0 with 1400.
+// Adds the message to the end of the thread's queue. Never waits. Nonzero on success, 0 with 1400.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Takes the calling thread's next message: posted, input, quit, timers, in this order. Sent messages
-// are answered meanwhile. `window` null: all windows of the thread; else it and its children. `low` and
-// `high` 0: no bounds. WM_QUIT comes whatever the filter.
+// Takes the calling thread's next message: posted, input, quit, timers, in this order. Sent messages are handled during
+// the call. `window` null: all windows of the thread; otherwise the window and its children. `low` and `high` 0: no
+// bounds. WM_QUIT comes whatever the filter.
 // 0 for WM_QUIT, -1 for a bad window handle (1400), otherwise nonzero.
 BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high);
 
-// Makes WM_CHAR of key messages.
+// Posts WM_CHAR for a key message that types a character.
 BOOL TranslateMessage(const MSG* message);
 LRESULT DispatchMessageW(const MSG* message);
 
-// WM_QUIT with `exitCode` comes when nothing posted is left.
+// WM_QUIT with `exitCode` is retrieved when no posted message is left.
 void PostQuitMessage(int exitCode);
 
-// WM_TIMER (wParam id) every `milliseconds`, lowest of all messages and at most one waiting. The same
-// window and id replaces. Ends with the window. `procedure` must be null. 0 with 1400.
+// WM_TIMER (wParam: id) comes every `milliseconds`. It has the lowest priority of all messages, and at most one is
+// pending. A call with the same window and id replaces the timer. The timer ends with its window. `procedure` must be
+// null. 0 with 1400.
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure);
 BOOL KillTimer(HWND window, UINT_PTR id);
 
 // Nonzero if it was visible before.
 BOOL ShowWindow(HWND window, int show);
-// Nothing is painted by the program: the display follows the window's state by itself. Nonzero, 0 with 1400.
+// Has no effect: the program paints nothing, because the display shows the window's state by itself. Nonzero, 0 with
+// 1400.
 BOOL UpdateWindow(HWND window);
 BOOL IsWindow(HWND window);
 BOOL IsWindowVisible(HWND window);
@@ -201,8 +203,9 @@ HWND GetFocus();
 HWND GetParent(HWND window);
 BOOL SetForegroundWindow(HWND window);
 
-// Top-level windows only, texts without case, null is any. Null if there is none. All windows of a device are this
-// process's: one process at a time has a device open, and a second start is answered before its program begins.
+// Finds a top-level window. Texts are compared without case, and null matches any text. Null if there is no such
+// window. All windows of a device are in this process, because only one process at a time has the device open: a second
+// start is handled before its program begins.
 HWND FindWindowW(const WCHAR* className, const WCHAR* title);
 
 BOOL SetWindowTextW(HWND window, const WCHAR* text);
@@ -215,7 +218,7 @@ BOOL GetClientRect(HWND window, RECT* rectangle);
 // In virtual pixels of the screen.
 BOOL GetWindowRect(HWND window, RECT* rectangle);
 BOOL ScreenToClient(HWND window, POINT* point);
-// Where the user's last click met this thread's windows, on the screen: x low, y high, signed 16 bits each.
+// The position of the user's last click on a window of this thread, on the screen: x low, y high, signed 16 bits each.
 DWORD GetMessagePos();
 BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
 BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
@@ -225,6 +228,6 @@ HICON LoadIconW(HINSTANCE instance, const WCHAR* name);
 HANDLE LoadImageW(HINSTANCE instance, const WCHAR* name, UINT type, int width, int height, UINT flags);
 // `instance` null: a cursor of the platform, by its number (IDC_WAIT).
 HCURSOR LoadCursorW(HINSTANCE instance, const WCHAR* name);
-// Null takes the wait cursor away. Gives the cursor before.
+// Null removes the wait cursor. Returns the previous cursor.
 HCURSOR SetCursor(HCURSOR cursor);
 HBRUSH GetStockObject(int object);

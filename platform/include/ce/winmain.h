@@ -3,6 +3,6 @@
 
 #include "ce/types.h"
 
-// The program's own function; the host calls it once, on a thread that is the program's main thread.
-// `previous` is null and `commandLine` empty. The result is the program's exit code.
+// Defined by the program. The host calls it once, on the program's main thread. `previous` is null and `commandLine`
+// empty. The result is the program's exit code.
 int WinMain(HINSTANCE instance, HINSTANCE previous, WCHAR* commandLine, int show);
