@@ -1,6 +1,6 @@
 # A room is a target with one purpose. Its public headers lie in include/<room>/, and others include them as
 # "<room>/x.h". Its other headers lie beside the sources and can be included only from there. A room sees the public
-# headers of the rooms that it names under USES. Any other include doesn't compile.
+# headers of the rooms that it names under USES or PRIVATE_USES. Any other include doesn't compile.
 
 add_library(quillbox_flags INTERFACE)
 target_compile_options(quillbox_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
@@ -37,7 +37,7 @@ function(quillbox_room name)
   target_link_libraries(${name} PUBLIC ce_api ${room_USES} PRIVATE quillbox_flags ${room_PRIVATE_USES})
 endfunction()
 
-# The code of a test need not be fast, but some of g++'s warnings follow the flow of values, for which they need -O1.
+# The code of a test need not be fast, but g++ gives some warnings only if it analyses the flow of values, from -O1 on.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O0;-g1>)
 else()
@@ -62,8 +62,8 @@ function(quillbox_test name)
   list(TRANSFORM test_INSIDE PREPEND ${PROJECT_SOURCE_DIR}/)
   target_include_directories(${name} PRIVATE ${test_INSIDE})
   target_compile_options(${name} PRIVATE ${quillbox_test_options})
-  # Not with g++ 12, which then takes its own false warnings in the library's headers (-Wrestrict) for ours. The toolkit asks for
-  # -fPIC, with which the headers weren't precompiled.
+  # Not with g++ 12, which then reports false warnings (-Wrestrict) in the standard library's headers. Not for tests that use
+  # the toolkit: they are compiled with -fPIC, and the precompiled headers aren't.
   if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND NOT test_USES MATCHES "qt")
     target_precompile_headers(${name} REUSE_FROM quillbox_test_headers)
   endif()
