@@ -44,7 +44,7 @@ int runScript(const std::function<int()>& program, std::istream& in, const Scrip
     }
 
     Transcript transcript(options.transcript);
-    // Shared with the program's thread, which goes on after this call if the program can't be closed.
+    // Shared with the program's thread, which continues after this call if the program can't be closed.
     const auto screen = std::make_shared<ScriptScreen>(transcript);
     window::setDisplay(screen.get());
     std::thread thread([screen, program] {

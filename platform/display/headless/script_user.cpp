@@ -147,7 +147,7 @@ Failure ScriptUser::await(std::string_view expected, const Condition& holds,
     }
 }
 
-// As await(), for an enabled control of the window in front that `fits`.
+// Like await(), for an enabled control of the window in front for which `fits` is true.
 Failure ScriptUser::awaitControl(const Action& action, std::string_view what, const Condition& fits)
 {
     return await(std::string(what) + " " + std::to_string(action.id) + " that takes input", [&] {

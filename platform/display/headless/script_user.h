@@ -86,7 +86,7 @@ private:
     std::string waitingLine_;  // for the transcript, until the action takes effect
     HWND answered_ = nullptr;  // the message box that got the last standing answer
 
-    // As await() and awaitControl() found them last.
+    // The window and control that await() and awaitControl() found last.
     window::WindowState top_;
     window::WindowState control_;
 };

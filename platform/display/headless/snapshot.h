@@ -16,8 +16,8 @@ struct Snapshot {
 // Nothing for a dead window.
 [[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
 
-// The same for a caller inside Display::changed, which holds the core's mutex. A window that comes and goes within a
-// run is seen then or never.
+// The same for a caller inside Display::changed, which holds the core's mutex. A window that exists only for a moment
+// can be seen only then.
 [[nodiscard]] std::optional<Snapshot> snapshotUnderLock(HWND window) REQUIRES(window::coreMutex);
 
 }  // namespace platform::headless

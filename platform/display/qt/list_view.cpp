@@ -128,9 +128,9 @@ bool isPlain(const std::u16string& text)
     return std::ranges::all_of(text, [](char16_t unit) { return unit < FirstMark; });
 }
 
-// The rows among which the widest one is. The layout of 100,000 texts takes seconds, and the sums take some
-// milliseconds. So the sums choose the rows, and the caller lays out only those. Texts that aren't plain have sums that
-// are too large, and would take all the places of plain ones, so both kinds are chosen separately.
+// The rows that can be the widest. The layout of 100,000 texts takes seconds, and the sums take some milliseconds. So
+// the sums choose the rows, and the caller lays out only those. Texts that aren't plain have sums that are too large,
+// and would displace all plain ones, so both kinds are chosen separately.
 std::vector<int> likelyWidest(const std::vector<ListRow>& rows, const QFontMetrics& metrics)
 {
     constexpr std::ptrdiff_t FewPlain = 8;

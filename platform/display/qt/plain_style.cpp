@@ -12,8 +12,8 @@ namespace platform::qt {
 
 namespace {
 
-// A line's colour between that of its surface (0) and that of the text (1). Gives a contrast of at least 3 to 1 in
-// light and dark colours.
+// The colour of a line, as a point between the colour of its surface (0) and that of the text (1). Gives a contrast of
+// at least 3 to 1 in light and dark colours.
 constexpr double LineContrast = 0.42;
 // The toolkit's style draws lines in the window's colour, darker by this factor in hundredths.
 constexpr int Darkening = 140;

@@ -19,9 +19,8 @@ using namespace platform::qt;
 using platform::display::WindowDesktopLost;
 using platform::display::WindowNoDesktop;
 
-// If the toolkit can't open the desktop or loses it, it ends the process and doesn't return to its caller. It only
-// writes a message first, so the message handler below does what is left to do. It needs to know how far the start has
-// come.
+// If the toolkit can't open the desktop or loses it, it ends the process and doesn't return to its caller. It writes a
+// message before that, so the message handler below does the remaining work. For this it needs the state of the start.
 struct RunState {
     std::atomic<bool> windowsOpen = false;
     std::atomic<bool> programEnded = true;
@@ -47,8 +46,8 @@ void report(std::string_view sentence)
     std::_Exit(WindowNoDesktop);
 }
 
-// On the toolkit's thread, inside the call in which the toolkit gave up. That thread now closes windows instead of
-// showing them, until the program's thread has ended.
+// Runs on the toolkit's thread, inside the call in which the toolkit ends the process. That thread now closes windows
+// instead of showing them, until the program's thread has ended.
 void endWithLostDesktop()
 {
     if (runState().programEnded)

@@ -20,8 +20,8 @@ using window::WindowState;
 using namespace std::chrono_literals;
 
 constexpr auto FrameTime = 16ms;
-// How long the toolkit's thread waits for the program's reaction to an input. A run takes longer, and goes on
-// meanwhile.
+// How long the toolkit's thread waits for the program's reaction to an input. A run takes longer and continues after
+// the wait.
 constexpr auto ReactionTime = 50ms;
 // A shorter wait cursor would only flicker.
 constexpr auto CursorTime = 150ms;

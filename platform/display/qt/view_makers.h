@@ -8,7 +8,7 @@
 
 namespace platform::qt {
 
-// By the kind of the control. Null for a kind that isn't shown.
+// Makes the view for the control's kind. Null for a kind that isn't shown.
 View* makeControlView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 
 // Push buttons, check boxes, radio buttons and group boxes, by the window's style.

@@ -15,7 +15,7 @@ Core& core()
 Window* findWindow(HWND handle)
 {
     Core& all = core();
-    return all.windows[all.windows.find(reinterpret_cast<std::uintptr_t>(handle))].get();  // null at number 0
+    return all.windows[all.windows.find(reinterpret_cast<std::uintptr_t>(handle))].get();  // slot 0 holds null
 }
 
 Window& addWindow()

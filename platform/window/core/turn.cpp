@@ -2,12 +2,12 @@
 //
 // - All waits for a turn are on Core::turnFreed. Whatever can end such a wait notifies all waiters: a turn is given up,
 //   a send no longer waits, or a window is removed. Each waiter then checks its own condition again.
-// - A frame that takes its turn back needs the turn free and no visit above it. Visits end in the reverse of
-//   their order, so only one frame of a thread can have the current level.
+// - A frame that takes its turn back needs the turn free and no visit above it. Visits end in the reverse of their
+//   order, so only one frame of a thread can have the current level.
 // - A send needs the turn free and no frame of the receiver that is ready to continue (Thread::waitingLevel), so a
 //   ready frame runs before the sends. In return letSendersIn, which each call of GetMessageW begins with, lets the
-//   waiting sends run before the next message. Without the first, a stream of sends would stop the thread's queue.
-//   Without the second, a full queue would stop the sends.
+//   waiting sends run before the next message. Without the first rule a stream of sends would stop the thread's queue.
+//   Without the second one a full queue would stop the sends.
 // - No frame holds a turn while it waits for one, so waits can't form a cycle.
 #include "turn.h"
 

@@ -125,7 +125,7 @@ bool hasEnded(HWND handle)
     return !window || window->dying || findDialog(window)->ended;
 }
 
-// A procedure that returns 0 has set the focus. If it forgot to, no control would have it, so it is set here then.
+// A procedure that returns 0 should have set the focus. If it hasn't, no control has the focus, so this sets it.
 void initialize(const DialogLaunch& launch, HWND dialog)
 {
     const HWND first = attachProcedure(dialog, launch.procedure);

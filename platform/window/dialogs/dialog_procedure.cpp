@@ -18,7 +18,7 @@ DLGPROC procedureOf(HWND handle)
     return dialog ? dialog->procedure : nullptr;
 }
 
-// Closing a dialog is choosing Cancel. Where Cancel is disabled, the dialog doesn't close.
+// Closing a dialog has the effect of Cancel. If Cancel is disabled, the dialog doesn't close.
 void closeAsCancel(HWND handle)
 {
     HWND control = nullptr;

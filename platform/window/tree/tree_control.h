@@ -40,7 +40,8 @@ POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePa
 // The item at hit.pt, in client coordinates. Fills in flags and hItem.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit) REQUIRES(coreMutex);
 
-// ---- In the owner's name (tree_changes.cpp). They notify the parent, which may destroy the tree or the item.
+// ---- Called in the name of the owner thread (tree_changes.cpp). They notify the parent, which may destroy the tree or
+// the item.
 
 enum class Refusal { Possible, Ignored };
 

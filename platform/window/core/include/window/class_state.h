@@ -29,9 +29,9 @@ struct ClassState {
     virtual bool acceptsFocus(const Window& /*window*/) const REQUIRES(coreMutex) { return true; }
     // Does it edit text? Typed text then arrives as a whole, and handling it never takes long.
     virtual bool editsText() const REQUIRES(coreMutex) { return false; }
-    // Is it laid out anew when its parent has a new size? It is sent ParentSized (window/input.h) then.
+    // Is it laid out again when its parent gets a new size? The core then sends it ParentSized (window/input.h).
     virtual bool followsParentSize() const REQUIRES(coreMutex) { return false; }
-    // Has it a button for the command that is disabled?
+    // Does it have a disabled button for the command?
     virtual bool disablesCommand(const Window& /*window*/, WORD /*id*/) const REQUIRES(coreMutex) { return false; }
 
     // Did the dialog manager make it?

@@ -52,7 +52,7 @@ public:
 // Sets the one display of the process, or null. The core works without one.
 void setDisplay(Display* display);
 
-// What a window is to a display.
+// The kind of a window, as a display distinguishes them.
 enum class WindowKind {
     Main,  // a top-level window of a class of the program
     Dialog,
@@ -69,7 +69,7 @@ enum class WindowKind {
     Other,
 };
 
-// A copy of what the core holds of one window at one moment.
+// A copy of the core's data about one window at one moment.
 struct WindowState {
     HWND window = nullptr;
     HWND parent = nullptr;  // of a child; the owner of a top-level window

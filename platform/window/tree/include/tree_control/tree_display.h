@@ -26,7 +26,7 @@ namespace platform::window {
 std::vector<TreeItemState> readTreeItems(HWND tree, std::span<const HTREEITEM> items);
 TreePictures treePictures(HWND tree);
 
-// For a caller that has no mirror.
+// These are for callers without a mirror.
 HTREEITEM selectedTreeItem(HWND tree);
 std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // the children; null: the top items
 
