@@ -130,7 +130,7 @@ TEST_F(DeviceTest, ContentThatAFolderHidesIsReported)
 
 TEST_F(DeviceTest, OnlyADatabaseThatWasThereIsReportedAsLost)
 {
-    // Made by hand, and refused at first.
+    // A folder that the user has filled, which isn't a device yet.
     write(at("device/object-store/a.txt"), "");
     write(at("device/cards"), "");
     expectRefusal("cards\" must be a folder");

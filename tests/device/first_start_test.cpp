@@ -13,7 +13,7 @@ namespace {
 namespace fs = std::filesystem;
 using platform::device::openDevice;
 
-// Where a device grows before it is one.
+// The folder in which a new device is made, inside its own folder, until it is complete.
 constexpr const char* Unfinished = ".quillbox-unfinished";
 
 class FirstStartTest : public HostFolder {
@@ -23,7 +23,7 @@ protected:
         const auto result = openDevice(at(name), {}, true);
         ASSERT_TRUE(result.device) << result.error.sentence;
     }
-    // Puts parts of a finished device back where they stood before their move, as a kill would leave them.
+    // Moves parts of a complete device back into that folder, as a kill would leave them.
     void undo(const std::string& name, const std::vector<std::string>& parts) const
     {
         fs::create_directories(at(name) / Unfinished);

@@ -1,4 +1,4 @@
-// engine_fixture.h - a device with a card, for the tests of the runs. Its clock stands at 5 March 2000, 09:07:03.
+// engine_fixture.h - a device with a card, for the tests of the runs. Its clock always shows 5 March 2000, 09:07:03.
 #pragma once
 
 #include "file_fixture.h"

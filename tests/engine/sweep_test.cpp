@@ -46,7 +46,8 @@ const Contents Sources = {
 const Contents Present = {{"a.txt", "Written after the backup."}, {"empty", "Not empty any more."}};
 
 // The documented errors of the calls that the file layer makes, except those that would lie about what exists: ENOENT
-// of an existing file, ENOTDIR of a folder, EEXIST of a new file. ELOOP and EXDEV name what is no part of the device.
+// of an existing file, ENOTDIR of a folder, EEXIST of a new file. ELOOP and EXDEV mean that a path leads out of the
+// device.
 constexpr int Errors[] = {EIO,          ENOSPC,    EACCES, ENOMEM,  EROFS,   EMFILE,   EBADF,  EINVAL,
                           EPERM,        ESTALE,    ENODEV, ENXIO,   EDQUOT,  EFBIG,    ENFILE, EBUSY,
                           EOPNOTSUPP,   EOVERFLOW, EFAULT, ETXTBSY, EAGAIN,  EISDIR,   EMLINK, ENOSYS,

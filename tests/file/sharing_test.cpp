@@ -98,7 +98,7 @@ TEST_F(FileTest, NewFileThatAnotherProcessReadsIsNotInUse)
     EXPECT_EQ(readAll(u"\\f"), "bytes");
 }
 
-// A lease can't tell a descriptor of another thread from one of another process.
+// A lease doesn't distinguish a descriptor of another thread from one of another process.
 TEST_F(FileTest, ThreadsThatReadOneFileDoNotExcludeEachOther)
 {
     hostWrite(root() / "f", patternBytes(5000));

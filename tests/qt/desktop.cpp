@@ -137,7 +137,7 @@ void Desktop::SetUp()
         WCHAR none[] = u"";
         WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
     });
-    // A window becomes active later than it appears, and would take that from a dialog.
+    // A window becomes active some time after it appears. Without this wait it could take the focus from a dialog.
     const QWidget& main = await(MainTitle);
     ASSERT_TRUE(eventually([&] { return main.isActiveWindow(); }));
 }

@@ -1,5 +1,5 @@
-// The resources that are built into the program. What they hold is res/quillbox.rc, and the suites of the dialogs and
-// the program show it.
+// The resources that are built into the program. Their content comes from res/quillbox.rc. The suites of the dialogs
+// and the program test it.
 #include "resource/resource_file.h"
 #include "resources/accessible_names.h"
 #include "resources/embedded_resources.h"

@@ -38,8 +38,8 @@ TEST(HostNameTest, InvalidUtf8OfEachKindIsKeptByteForByte)
         "\xED\xA0\x80",      // a surrogate
         "\xED\xBF\xBF",      // the last surrogate
         "\xF4\x90\x80\x80",  // above the last character
-        "\xF5\x80\x80\x80",  // a lead byte that none begins with
-        "\xFE\xFF",          // bytes that never stand in UTF-8
+        "\xF5\x80\x80\x80",  // a lead byte that begins no character
+        "\xFE\xFF",          // bytes that never occur in UTF-8
         "cut\xC3",           // each length cut short
         "cut\xE2\x82",
         "cut\xF0\x9F\x98",

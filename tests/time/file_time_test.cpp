@@ -21,7 +21,7 @@ TEST(FileTimeTest, KnownDatesAreExact)
     EXPECT_EQ(stepsOf({1601, 1, 1, 1, 0, 0, 0, 0}), 0U);
     EXPECT_EQ(stepsOf({1970, 1, 4, 1, 0, 0, 0, 0}), 116444736000000000U);
     EXPECT_EQ(stepsOf({2000, 3, 0, 1, 12, 34, 56, 789}), 125963876967890000U);
-    EXPECT_EQ(stepsOf({2000, 2, 99, 29, 0, 0, 0, 0}), 125962560000000000U);  // the day of the week isn't looked at
+    EXPECT_EQ(stepsOf({2000, 2, 99, 29, 0, 0, 0, 0}), 125962560000000000U);  // the day of the week is ignored
 
     SYSTEMTIME time{};
     const FILETIME last = fileTime(0x7FFFFFFFFFFFFFFF);

@@ -82,7 +82,7 @@ TEST_F(FolderMarkingTest, AttributesKeepAFileFromBeingMarkedAndExtensionsDont)
     MarkFolder(1);
     const std::string all = "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc \\A\\s.txt";
     EXPECT_EQ(markedFiles(), all);
-    EXPECT_EQ(marks("Files\\A"), "A:10:7");  // five entries, and the two that the extension fits once more
+    EXPECT_EQ(marks("Files\\A"), "A:10:7");  // five entries, and once more the two with the extension
     gOptions.hideByAttribute = 1;
     MarkFolder(0);  // what is hidden keeps its mark
     EXPECT_EQ(markedFiles(), "\\A\\s.txt");

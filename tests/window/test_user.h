@@ -39,7 +39,7 @@ public:
     void key(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
     void type(HWND window, const std::u16string& text);
 
-    // Whose focus has changed since the last call.
+    // The windows that got or lost the focus since the last call.
     std::set<HWND> takeFocusChanges();
 
     std::atomic<int> texts = 0;
@@ -85,7 +85,7 @@ struct TestControl {
     DWORD style = 0;
 };
 
-// A template in the extended format or the plain one. Controls lie below one another.
+// A template in the extended format or the plain one. Each control is below the one before it.
 [[nodiscard]] std::u16string templateWords(const std::u16string& title, const std::vector<TestControl>& controls,
                                            bool extended, DWORD style, DWORD exStyle = WS_EX_CAPTIONOKBTN);
 
