@@ -21,8 +21,8 @@ import compare
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 sys.path.insert(0, str(ROOT / "tests/qt"))
-from desk import MAIN, Desk, Person, require_tools, wait_for, xdotool  # noqa: E402
-from hands import Keyboard  # noqa: E402
+from desktop import MAIN, Desktop, User, require_tools, xdotool  # noqa: E402
+from steps import Keyboard  # noqa: E402
 
 RATIO_AIM = 1.15
 ANSWER_AIM_SECONDS = 0.1
@@ -64,35 +64,35 @@ class Bench:
                        input=compare.BACKUP_SCRIPT)
         return self.duration()
 
-    def start_window(self, desk):
+    def start_window(self, desktop):
         begun = time.perf_counter()
-        process = desk.start(f"{self.bin}/quillbox", "--device", str(self.device))
+        process = desktop.start(f"{self.bin}/quillbox", "--device", str(self.device))
         while not xdotool("search", "--onlyvisible", "--name", f"^{MAIN}$"):
             pass
         return process, time.perf_counter() - begun
 
-    def in_window(self, desk, meanwhile=lambda person, main: time.sleep(0.01)):
+    def in_window(self, desktop, meanwhile=lambda user, main: time.sleep(0.01)):
         """Seconds of a backup in the window, and seconds until the window appeared."""
         self.clear()
-        process, start = self.start_window(desk)
-        person = Person(process)
-        hands = Keyboard(person)
-        person.window(MAIN)
+        process, start = self.start_window(desktop)
+        user = User(process, 1)
+        keyboard = Keyboard(user)
+        user.window(MAIN)
         main = xdotool("getactivewindow")
-        hands.menu("Full Backup", "Operations", "Backup", "Full...")
-        hands.tick("Full Backup", "All files")
-        hands.press("Full Backup", "OK")
-        hands.row("Select", "\\Card")
-        person.tab_to("Select", "OK")
+        keyboard.menu("Full Backup", "Operations", "Backup", "Full...")
+        keyboard.tick("Full Backup", "All files")
+        keyboard.press("Full Backup", "OK")
+        keyboard.row("Select", "\\Card")
+        user.tab_to("Select", "OK")
         xdotool("key", "Return")
         data = self.sets / "QLBX0001.QDT"
         while not data.exists():
             time.sleep(0.002)  # a busy loop would take processor time from the backup
         # The program keeps the request to close, and ends when the run is over.
-        person.window(MAIN)
+        user.window(MAIN)
         xdotool("key", "alt+F4")
         while process.poll() is None:
-            meanwhile(person, main)
+            meanwhile(user, main)
         return self.duration(), start
 
 
@@ -103,13 +103,13 @@ class Questions:
         self.answers = []
         self.moved = 0
 
-    def ask(self, person, main):
+    def ask(self, user, main):
         if len(self.answers) % 20 == 0:
             self.moved += 1
             xdotool("windowmove", main, 100 + STEP * (self.moved % 20), 100)
         try:
             begun = time.perf_counter()
-            person.application[0].queryComponent().getExtents(0)
+            user.application[0].queryComponent().getExtents(0)
             self.answers.append(time.perf_counter() - begun)
         except Exception:  # the window has closed
             time.sleep(0.001)
@@ -122,17 +122,17 @@ def main():
     parser.add_argument("--bin", type=pathlib.Path, default=ROOT / "build/bin")
     arguments = parser.parse_args()
     require_tools()
-    desk = Desk()
+    desktop = Desktop(arguments.bin)
     bench = Bench(arguments)
     script, window, starts = [], [], []
     for number in range(arguments.rounds):
-        sides = [lambda: script.append(bench.by_script()), lambda: window.append(bench.in_window(desk))]
+        sides = [lambda: script.append(bench.by_script()), lambda: window.append(bench.in_window(desktop))]
         for side in sides[number % 2:] + sides[:number % 2]:
             side()
     starts = [start for _, start in window]
     ratio = statistics.median(run for run, _ in window) / statistics.median(script)
     questions = Questions()
-    bench.in_window(desk, questions.ask)
+    bench.in_window(desktop, questions.ask)
     longest = max(questions.answers)
     print(f"backup of 20,000 files: script {statistics.median(script):.3f} s, "
           f"window {statistics.median(run for run, _ in window):.3f} s, ratio {ratio:.2f} (aim {RATIO_AIM})")
