@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""A fresh device holds what lies in res/demonstration: each file with its time, the registry, the databases."""
+"""A fresh device contains what is in res/demonstration: each file with its time, the registry, the databases."""
 import csv
 import pathlib
 import subprocess

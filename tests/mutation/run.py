@@ -36,8 +36,8 @@ from mutants import Source, instrumented
 HERE = pathlib.Path(__file__).resolve().parent
 MUTATED = re.compile(r"(src|platform/file)/.*\.cpp")
 FLAGS = f"-O1 -w -Wno-narrowing -Werror=vla -fmax-errors=0 -fdiagnostics-color=never -include {HERE}/chosen_mutant.h"
-# A test that prints nothing for so long may hang. It does if it goes on so while it would run without the mutant, and so many
-# times as long afterwards: on a busy machine any test is slow.
+# A test that prints nothing for SILENT_SECONDS may hang. It counts as hanging if it then prints nothing for HANG_FACTOR times
+# the time that the test takes without the mutant, because on a busy machine any test is slow.
 SILENT_SECONDS, HANG_FACTOR = 5, 4
 ISOLATED = """ulimit -v 8388608; for place in /tmp /dev/shm; do mount -t tmpfs -o size=512m tmpfs $place || exit 99; done
               cd /tmp; "$@"; exit $?"""

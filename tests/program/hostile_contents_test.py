@@ -1,4 +1,4 @@
-"""Databases and registries that nobody should trust: in a set, as the device's own file, as files in a run's way."""
+"""Damaged databases and registries: in a set, in the device's own file, and in files at the paths that a run uses."""
 import contextlib
 import os
 import sqlite3

@@ -12,7 +12,7 @@ from program import CONFIRM_REGISTRY, full_restore
 
 # Calls by which a process changes what is on the disk.
 CHANGES = "write,pwrite64,pwritev,ftruncate,fallocate,fdatasync,fsync,rename,renameat,renameat2,unlink,unlinkat,openat2"
-# All of them are some hundred; a few, spread over the whole, in a usual run.
+# There are some hundred of them. A usual run takes a few, spread over all.
 KILLS = 10 ** 6 if os.environ.get("QUILLBOX_EVERY_CALL") else 8 if SANITIZED else 12
 
 OLD = [database("First", texts(*(f"old {number}" for number in range(3))), 9), database("Second", texts("old"), 9)]
@@ -66,7 +66,7 @@ class KilledRestoreTest(ContentsTest):
             calls.append((made[1], counts[made]))
         self.assertGreater(len(calls), 15)
         step = max(1, len(calls) // KILLS)
-        # And once to the end: on a slow host the last of them may come before it.
+        # Once without a kill. On a slow host the last calls can come earlier.
         return [calls[0], *calls[step // 2::step], max(calls, key=lambda call: call[1]), None]
 
     def test_each_database_is_the_old_or_the_new_one_whole_and_one_without_an_old_one_has_its_first_records(self):
@@ -85,7 +85,7 @@ class KilledRestoreTest(ContentsTest):
                         states.add((name, "old" if kind == old[name][0] else "new"))
                     else:
                         self.assertTrue(records == new[name][1][:len(records)], name)
-                # Whole and new only if it waited for this start.
+                # The new registry is complete and takes effect only if it was stored for this start.
                 if registry != self.old_registry:
                     self.assertEqual(registry.decode("utf-16"), NEW_REGISTRY.decode("utf-16"))
                 self.quillbox("idle\n")

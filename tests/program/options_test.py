@@ -1,4 +1,4 @@
-"""The settings: how they stand in the registry, what the dialog shows of them and what it writes back."""
+"""The settings: how the registry stores them, what the dialog shows of them and what it writes back."""
 import struct
 import unittest
 
@@ -32,7 +32,7 @@ class OptionsTest(ContentsTest):
         self.assertEqual(self.settings(), values(record(), b""))
 
     def test_what_no_control_shows_or_changes_is_kept(self):
-        # A mode that is the id of a check box, a size that nobody can type, two lists of which the shorter one counts.
+        # A mode that is the id of a check box, a size that can't be typed, two lists of which the shorter one counts.
         given = {"mode": 1022, "verify": 1, "newer": 0x01DA0000_12345678, "switches": (1, 1, 1, 4), "size": 300}
         kept = extensions("txt", "c")
         from_elsewhere = values(record(listed=extensions("x") * 130, **given), kept)

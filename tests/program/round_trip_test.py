@@ -10,7 +10,7 @@ from program import DATABASES, REGISTRY, full_backup, full_restore, options_scri
 MANY = 1000 if SANITIZED else 40_000
 BIG = 100_000 if SANITIZED else 3_000_000
 
-# Names that a path could trip over, and the longest ones.
+# Names with characters that have a meaning in paths, and the longest names.
 NAMES = [".", "..", "...", "con", " blanks ", "dot.", "name.CDB", "%s%n%d", "tab\tand\x01", "n" * 31,
          "\U0001F600" * 15 + "é", "ünïcödé \uf75c"]
 ODD = [
@@ -123,7 +123,7 @@ class RoundTripTest(ContentsTest):
             failures = sum(line.endswith(f"ERR: Database backup: {name} ") for line in log)
             self.assertEqual(failures, 0 if name in stored else 1, log)
 
-        # A set that names them all the same.
+        # A set that has these names although no backup stores them.
         self.write_set(*(database(name, texts("hostile")) for name in paths), reachable)
         self.quillbox('answer "Database:*" no\n' + full_restore(), code=4)
         self.assertEqual(self.exported(), before)

@@ -149,7 +149,7 @@ class MarkingTest(TreeTest):
                 self.assertIn("Databases\\Tasks", after)
                 self.assertEqual((anew["Files\\a"], anew["Files\\b"]), (6 if cleared else 7, 6))
                 self.assertEqual(anew["Databases\\Tasks"], 11 if cleared else 12)
-                self.assertEqual(anew["Registry"], 16)  # no run takes it away
+                self.assertEqual(anew["Registry"], 16)  # no run removes the mark
 
     def test_collapsed_files_are_expanded_by_the_first_reset_and_left_alone_once_listed(self):
         self.write_files("a")
@@ -220,7 +220,7 @@ class FilterTest(TreeTest):
         kept = sorted("f." + name for name in [*names[:32], names[32][:2]])
         all_that_fit, = self.listed(filter_dialog("check 1014\ncheck 1026\n" + add(*names)) + SHOW)
         self.assertEqual(all_that_fit, sorted("f." + name for name in names[:64]))
-        # 32 entries, and the part of the next one that lies in that half.
+        # 32 entries, and the part of the next one that is in that half.
         again, = self.listed(filter_dialog(end="cancel") + SHOW)
         self.assertEqual(again, kept)
         more, cancelled = self.listed(filter_dialog(add(names[40])) + SHOW + filter_dialog(add(names[41]), "cancel") + SHOW)
@@ -250,7 +250,7 @@ class FilterTest(TreeTest):
         passed = time.time() - begin
         (ticks,) = self.option(NEWER_THAN_OFFSET, "Q")
         seconds = ticks // 10_000_000 - SECONDS_TO_1970
-        # The day as it was chosen, with the time of day as the user's clock had it, and no zone taken off.
+        # The day as it was chosen, with the time of day of the user's clock, in local time.
         self.assertEqual(time.strftime("%Y-%m-%d", time.gmtime(seconds)), "2026-03-15")
         self.assertLessEqual((seconds - int(begin + 9 * 3600)) % 86400, passed + 1)
         nanoseconds = (ticks - SECONDS_TO_1970 * 10_000_000) * 100

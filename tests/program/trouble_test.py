@@ -101,7 +101,7 @@ class RunTest(ProgramTest):
             user = {"user": 65534, "group": 65534, "extra_groups": []}
         said = self.quillbox(full_backup(), code=4, **user).said
         self.assertIn('"\\shut\\a" (no permission, or it is read-only)', said)
-        # A search for sets meets the folder too, and what is restored doesn't lie in it.
+        # A search for sets meets the folder too, and what is restored isn't in it.
         self.quillbox(options_script(policy=1023) + full_restore(), **user)
 
     def test_what_is_made_is_its_owners_whatever_the_mask(self):
@@ -208,7 +208,7 @@ class DamagedStoreTest(ContentsTest):
 
 
 class FullDeviceTest(ContentsTest):
-    """The device's own disk has room for little. Its files lie on another one, as does the card with the set."""
+    """The device's own disk is almost full. Its files and the card with the set are on another disk."""
 
     def setUp(self):
         super().setUp()

@@ -1,4 +1,4 @@
-"""What the user chooses in the dialogs of a run, and what happens where the user leaves one without a choice."""
+"""What the user chooses in the dialogs of a run, and what happens if the user leaves one without a choice."""
 import unittest
 
 from companions import database
@@ -18,7 +18,7 @@ class WindowChoicesTest(ContentsTest):
                       registry=f'[HKEY_USERS\\a]\r\n"age"="{age}"\r\n')
 
         def ages():
-            """Of the two databases and of the registry, once a restored one has come into force."""
+            """Of the two databases and of the registry, once a restored one has taken effect."""
             self.quillbox("idle\n")
             found = self.exported() + self.registry().decode("utf-16")
             return ["old" if sign.format("old") in found else "new" if sign.format("new") in found else None

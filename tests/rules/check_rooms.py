@@ -55,7 +55,7 @@ def faults_of_reserved(relative, name):
         if re.fullmatch(pattern, name) and not any(f"{relative}/".startswith(folder + "/") for folder in folders):
             yield f"{relative}: {name} is for {', '.join(folders)} only"
     if relative.startswith("src/") and HOST.fullmatch(name):
-        yield f"{relative}: {name} belongs to the host; src/ includes only ce/ and the language's headers"
+        yield f"{relative}: {name} is a header of the host; src/ includes only ce/ and the language's headers"
 
 
 def faults_of_own(path, name, public):
@@ -116,7 +116,7 @@ def faults_of_cycles(public):
 
 
 def faults_of_names():
-    """Two private headers of one name would be told apart only by the order of the search paths of a test."""
+    """Two private headers of one name would be distinguished only by the order of a test's search paths."""
     seen = {}
     for path in files(*PRODUCT):
         if path.suffix == ".h" and "/include/" not in path.as_posix():

@@ -224,7 +224,7 @@ def image_bytes(name, kind=0, sort=(), records=()):
 
 
 def registry_bytes(keys):
-    """A registry file. `keys` names the values of each key, as they stand in the file: {"HKEY_USERS\\a": ['@="x"']}."""
+    """A registry file. `keys` names the values of each key, as they are in the file: {"HKEY_USERS\\a": ['@="x"']}."""
     top = ["HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE", "HKEY_USERS"]
     every = sorted({**{key: [] for key in top}, **keys}.items())
     lines = ["Windows Registry Editor Version 5.00", ""]

@@ -1,4 +1,4 @@
-"""quillbox-device as its users run it: what goes in comes out again, and a command that fails changes nothing."""
+"""quillbox-device as its users run it: an export returns what was imported, and a command that fails changes nothing."""
 import contextlib
 import json
 import os
@@ -276,7 +276,7 @@ class HostTest(DeviceToolTest):
 
     @contextlib.contextmanager
     def keeps_rights(self, path):
-        """Of a file that is replaced inside, which nobody else may read."""
+        """Expects that the file is replaced within the block and keeps its owner and its mode, which allows only the owner."""
         path.chmod(0o600)
         if os.geteuid() == 0:
             os.chown(path, 1234, 1234)

@@ -1,4 +1,4 @@
-"""quillbox-set as its users run it: on good sets, on sets with every kind of fault, on sets that mean harm.
+"""quillbox-set as its users run it: on good sets, on sets with every kind of fault, on malicious sets.
 
 The sets come from independent_set.py.
 """

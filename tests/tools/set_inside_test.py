@@ -63,7 +63,7 @@ class GoodInsideTest(InsideTest):
         self.assertEqual(len(found), 40002, "a record without properties is none")
 
     def test_flags_of_a_property_come_out_as_a_restore_takes_them(self):
-        """0x100 is an answer's, 0x200 takes a property away; nothing that is stored has them, and no import takes them."""
+        """0x100 is set only in results, 0x200 deletes a property. No stored property has them, and no import accepts them."""
         path = self.set_of(image_bytes("Tasks", 7, [], [
             [(0x10003, 1, 0x100), (0x20003, 2, 0x101), (0x30003, 3, 0x200)],
             [(0x10003, 4), (0x20003, 5), (0x10003, 6, 0x300), (0x20003, 7)], [(0x10003, 8, 0x200)]]))
@@ -183,7 +183,7 @@ class DamagedInsideTest(InsideTest):
         self.assertEqual(len(list(out.iterdir())), 2, "no temporary file is left")
 
     def test_verify_and_extract_agree_on_a_database_and_a_registry_cut_and_changed_at_every_byte(self):
-        """All the damage in one set, an item each: one process judges it and one extracts it."""
+        """All the damage in one set, one item for each: one process verifies the set and one extracts it."""
         def damaged(raw):
             return [raw[:cut] for cut in range(len(raw))] + [
                 raw[:at] + bytes([raw[at] ^ mask]) + raw[at + 1:] for at in range(len(raw)) for mask in (1, 255)]
