@@ -48,7 +48,8 @@ bool IsFileOfRun(const BackupRun& run, const WCHAR* path)
     return lstrcmpW(path, run.temporaryPath) == 0 || (gOptions.generateLog && lstrcmpW(path, logPath) == 0);
 }
 
-// Whether a file that a full backup found was deleted before its turn. That is no failure, unless the user marked it.
+// Whether a file that a full backup found was deleted before it was read. That is a failure only if the user marked the
+// file.
 bool WasDeletedMeanwhile(const BackupRun& run)
 {
     return run.ofWholeDevice && !run.packed.opened &&

@@ -1,5 +1,5 @@
-// backup_entry.h - what a backup run holds, and how one item gets into its set: packed to the temporary stream, then an
-// entry in the list file and the stream's bytes in the data file.
+// backup_entry.h - the state of a backup run, and the steps that put an item into its set: pack it to the temporary
+// stream, then write an entry to the list file and the stream's bytes to the data file.
 #pragma once
 
 #include "item_outcome.h"

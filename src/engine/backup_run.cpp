@@ -90,7 +90,8 @@ HANDLE CreateList(const WCHAR* path, DWORD creation, DWORD& error)
     return list;
 }
 
-// Creates the list file. If there is one, the user is asked whether it is replaced. `error` is why there is no file.
+// Creates the list file. If there is one already, asks the user whether to replace it. `error` is the reason if no file
+// was created.
 HANDLE OpenList(const WCHAR* path, DWORD& error)
 {
     HANDLE list = CreateList(path, CREATE_NEW, error);

@@ -78,7 +78,7 @@ void AddIfReadable(const WCHAR* path, DWORD attributes)
 
 BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
 {
-    // A folder is no item, and files in ROM are left out.
+    // Folders aren't items, and files in ROM are left out.
     if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
         return TRUE;
     // Files directly in a card's folder are left out, those in its subfolders aren't.

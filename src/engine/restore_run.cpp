@@ -208,7 +208,7 @@ void RemoveNewFolders(const WCHAR* path, std::size_t existing)
     }
 }
 
-// Makes the database from its image and deletes the image. The user's No to a replacement is no failure.
+// Makes the database from its image and deletes the image. The user's No to a replacement isn't a failure.
 void MakeDatabase(RestoreRun& run, const WCHAR* imagePath)
 {
     SetLastError(ERROR_SUCCESS);

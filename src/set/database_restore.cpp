@@ -65,7 +65,7 @@ bool MayReplace(const WCHAR* name)
 RestoreResult AskToReplace(ReplacedDatabases& replaced, const WCHAR* name)
 {
     const CEOID oid = FindDatabase(name);
-    // A name that the store refuses is that of no database.
+    // No database can have a name that the store refuses.
     if (oid == 0 && GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_INVALID_PARAMETER)
         return RestoreFailed;
     if (oid == 0 || std::find(replaced.oids, replaced.oids + replaced.count, oid) != replaced.oids + replaced.count)

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Kind and flag. If the file ends right after them, they are no entry.
+// Kind and flag. If the file ends right after them, they aren't an entry.
 constexpr DWORD KindBytes = 2;
 
 // The faults of a text of `length` characters, of which `characters` are in a buffer for `room`.

@@ -134,7 +134,7 @@ void AddExtension(HWND dialog)
     SetDlgItemTextW(dialog, NewExtensionId, u"");
 }
 
-// Writes the list anew from the rows that are left.
+// Writes the list again, from the remaining rows.
 void RemoveExtension(HWND dialog)
 {
     const LRESULT row = SendDlgItemMessageW(dialog, ExtensionsId, LB_GETCURSEL, 0, 0);

@@ -131,7 +131,7 @@ void DestroyContent()
     PostQuitMessage(0);
 }
 
-// One backup or restore. It can change files, so the tree lists them anew.
+// One backup or restore. It can change files, so the tree lists them again.
 void RunJob(HWND window, WORD command)
 {
     BeginJob();

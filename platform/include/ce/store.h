@@ -159,8 +159,8 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 //   CEDB_SEEK_BEGINNING  `value` records after the first
 //   CEDB_SEEK_END        `value` records before the end: 0 is the position after the last record, 1 the last record
 //   CEDB_SEEK_CURRENT    `value`, read as a signed number, records after the present position
-// The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance, and a position
-// is counted anew after a deletion.
+// The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance, and after a
+// deletion positions are counted again.
 // 0 if there is no record at the new position. The last error is then 0 after the last record, to which CEDB_SEEK_END
 // moves with 0 (31 if the database has more or fewer records than it says; the pointer moves there too). It is 25
 // beyond an end: the pointer moves after the last record, or stays if the move was towards the beginning. 87 for

@@ -11,7 +11,7 @@ inline constexpr DWORD RestorePartial = 2;
 // list file, otherwise 1. gRegistryMarked is unchanged. Once a list was loaded, the item lists are empty at the end.
 DWORD RunRestore(DWORD mode);
 
-// Asks the user, then restores what the lists hold from the data file. gOptions.restoreMode decides about files that
+// Asks the user, then restores the items in the lists from the data file. gOptions.restoreMode decides about files that
 // exist. 0 if the dialog was cancelled or nothing is to be restored; otherwise 1, also if the data file can't be
 // opened. An item that failed is in the report of the host. The lists and gRegistryMarked stay as the dialog left them.
 // On the main window's thread, which it blocks.

@@ -16,9 +16,9 @@ inline constexpr BYTE ItemKindFile = 1;
 inline constexpr BYTE ItemKindDatabase = 2;
 inline constexpr BYTE ItemKindRegistry = 3;
 
-// What is marked, or what a loaded set holds. The tree and the loader of a set write the lists, and the runs read them.
-// An entry is a name while the user marks, and a name with offsets after a set was loaded. Null before RenewLists and
-// if there was no memory for them.
+// What is marked, or what a loaded set contains. The tree and the loader of a set write the lists, and the runs read
+// them. An entry is a name while the user marks, and a name with offsets after a set was loaded. Null before RenewLists
+// and if there was no memory for them.
 inline ItemList* gFileList;
 inline ItemList* gDatabaseList;
 
@@ -90,7 +90,7 @@ inline constexpr bool IsItemKind(BYTE number)
     return false;
 }
 
-// For a number that is no kind: the row of the registry.
+// The row of the kind; for an unknown number that of the registry.
 inline constexpr const ItemKind& KindOf(BYTE number)
 {
     for (const ItemKind& kind : ItemKinds) {

@@ -27,7 +27,7 @@ using EntryFilter = bool (*)(BYTE kind, const WCHAR* name, void* context);
 // registry entry gRegistryMarked is unchanged.
 //
 // A damaged entry doesn't affect the others. One whose name can't be used is left out. One that the end of the file
-// cuts gets the offsets 0 and 0, which are no stream. A list that lacks entries because of damage is reported as not
+// cuts gets the offsets 0 and 0, and so has no stream. A list that lacks entries because of damage is reported as not
 // restored. 0 if the file can't be opened, and then nothing is changed.
 BOOL LoadList(const WCHAR* listPath, EntryFilter keep = nullptr, void* context = nullptr);
 

@@ -1,4 +1,4 @@
-// set_state.h - what is marked, or what a loaded set holds, beside the lists of item_kinds.h.
+// set_state.h - what is marked, or what a loaded set contains, in addition to the lists of item_kinds.h.
 //
 // The main window's thread only.
 #pragma once

@@ -9,7 +9,7 @@ DWORD ToggleItem(HTREEITEM item);
 
 // Marks (`mark` 1) or unmarks (0) all files below the selected folder, whether the tree lists them or not: each is
 // added to gFileList or removed from it. Files in ROM and those that the filter by attribute or date hides don't
-// change. Folders are never in the list. 0 if the selected item is no folder, and then nothing changes; otherwise 1.
+// change. Folders are never in the list. 0 if the selected item isn't a folder, and then nothing changes; otherwise 1.
 DWORD MarkFolder(DWORD mark);
 
 // Sets the images of `first` and its later siblings by their counts, and of the items below folders that have no marks.

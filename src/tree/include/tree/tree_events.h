@@ -10,6 +10,6 @@ LRESULT TreeNotify(HWND window, WPARAM id, LPARAM header);
 // Sets the images of the top items by their lists. Called by the main window's timer.
 DWORD UpdateRootImages();
 
-// Collapses "Files" and removes its items, so that they are listed anew when it expands. Called after a command that
+// Collapses "Files" and removes its items, so that they are listed again when it expands. Called after a command that
 // may have changed them.
 void ResetFilesRoot();
