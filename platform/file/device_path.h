@@ -23,7 +23,7 @@ struct HostPath {
 
     bool isSame(const HostPath& other) const { return mount == other.mount && below == other.below; }
 
-    // The folder that holds the entry, as openBelow takes it.
+    // The path of the folder that contains the entry, as openBelow takes it.
     std::string parent() const { return nameStart == 0 ? "." : below.substr(0, nameStart - 1); }
 };
 

@@ -53,7 +53,7 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void*, DW
     const bool writes = (access & GENERIC_WRITE) != 0;
     Opened opened = openFile(resolvePath(boundedPath(path)), sharing, creation);
     if (opened.error != 0) {
-        // A conflict between handles of this process is no trouble with the device.
+        // A conflict between handles of this process isn't a failure of the device.
         if (!opened.isOpenHere && (writes || !opened.isRomModule))
             noteFileTrouble(writes ? Trouble::Writing : Trouble::Reading, boundedPath(path), opened.error);
         SetLastError(opened.error);
@@ -112,7 +112,7 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
     const OpenFile::Sought sought = open->seek(whole, method);
     if (sought.error != 0) {
         if (sought.error != ERROR_INVALID_PARAMETER &&
-            sought.error != ERROR_NEGATIVE_SEEK)  // the program's own mistake
+            sought.error != ERROR_NEGATIVE_SEEK)  // a mistake of the program, not a failure of the device
             kernel::noteTrouble(Trouble::Reading, kernel::Troubled::File, open->path(), sought.error);
         SetLastError(sought.error);
         return INVALID_SET_FILE_POINTER;

@@ -239,7 +239,7 @@ std::optional<FileSystem> readFileSystem(int file)
 
 int setLease(int file, int type)
 {
-    // Giving a lease back is no call that can be made to fail: otherwise a test that fails it would wait for the lease.
+    // Dropping a lease can't be made to fail: a test that made it fail would have to wait for the lease.
     if (const int error = type == F_UNLCK ? 0 : passGate())
         return -error;
     return unlessInterrupted([&] { return ::fcntl(file, F_SETLEASE, type); });

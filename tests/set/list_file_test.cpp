@@ -10,7 +10,7 @@ namespace {
 const Bytes exampleHead = hex("03 00 00 00  48 00 69 00 00 00");
 const Bytes exampleEntry = hex("02 01  02 00 00 00  58 00 00 00  00 00 00 00  64 00 00 00");
 
-// Two files, a database and the registry, whose name is the last item's.
+// Two files, a database and the registry, whose entry has the name of the item before.
 const Bytes fourItems = hex("01 00 00 00  00 00 "
                             "01 01  03 00 00 00  5C 00 61 00 00 00  00 00 00 00  0C 00 00 00 "
                             "01 01  04 00 00 00  5C 00 62 00 63 00 00 00  0C 00 00 00  20 00 00 00 "

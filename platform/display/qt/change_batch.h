@@ -55,8 +55,8 @@ public:
 
 private:
     std::function<void()> begun_;
-    std::mutex
-        mutex_;  // of all below. Never locked around a call of the core, which holds its lock when it calls changed().
+    // Guards all below. Never locked around a call of the core, which holds its lock when it calls changed().
+    std::mutex mutex_;
     std::condition_variable idlesGrew_;
     std::vector<Changed> entries_;
     std::size_t last_ = 0;  // the entry of the last change, which the next change often repeats

@@ -22,7 +22,7 @@ struct TreeViewState : ClassState {
     Clock::time_point typedAt;
 };
 
-// Null for a window that is no tree view.
+// Null for a window that isn't a tree view.
 inline TreeViewState* findTree(HWND tree) REQUIRES(coreMutex)
 {
     return findState<TreeViewState>(tree, WindowKind::TreeView);

@@ -1,7 +1,7 @@
 // The rows of a tree, for programs that ask which item is at a point. The display lays its rows out by itself.
 //
-// All rows have the same height, and the first row in view shows TreeViewState::top. Only rows in view are looked at,
-// so the cost doesn't depend on the number of items.
+// All rows have the same height, and the first row in view shows TreeViewState::top. Only rows in view are read, so the
+// cost doesn't depend on the number of items.
 #include "tree_control.h"
 #include "window/image_lists.h"
 #include "window/window_geometry.h"

@@ -5,7 +5,7 @@
 
 namespace platform::window {
 
-// False for a window that is no button.
+// False for a window that isn't a button.
 bool isPushButton(const Window& window) REQUIRES(coreMutex);
 bool isDefaultPushButton(const Window& window) REQUIRES(coreMutex);  // by its style
 bool isAutoRadioButton(const Window& window) REQUIRES(coreMutex);

@@ -4,14 +4,14 @@
 // dead after each unlock: keep the handle and look the window up again.
 //
 // A window procedure runs in the name of the thread that owns the window, and only one system thread at a time may run
-// in a thread's name. That right is the thread's *turn*. It is no lock, but fields of Thread:
+// in a thread's name. That right is the thread's *turn*. It isn't a lock but a state in the fields of Thread:
 //
 // - A thread holds its turn from its first call on. It gives the turn up while it waits in GetMessageW, and for the
 //   length of each send to a window of another thread.
 // - A send takes the receiver's turn as soon as it is free, runs the procedure on the sender's system thread under the
 //   receiver's name, and gives the turn back. So a send needs no switch between system threads.
-// - A system thread holds at most one turn, and none while it waits. So two threads that send to each other don't
-//   block each other, and a receiver can send back to its sender.
+// - A system thread holds at most one turn, and none while it waits. So two threads that send to each other don't block
+//   each other, and a receiver can send back to its sender.
 // - Such visits nest as the calls do. `level` counts them, and a call frame continues only after the visits above it
 //   have ended. A message loop inside a visit serves the receiver's queue.
 #pragma once
