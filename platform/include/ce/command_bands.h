@@ -56,12 +56,12 @@ inline constexpr UINT TB_ADDBUTTONSW = WM_USER + 68;
 inline constexpr BYTE TBSTATE_ENABLED = 4;
 inline constexpr BYTE TBSTYLE_SEP = 1;
 
-// Adornments that CommandBands_AddAdornments takes: the close button always, with this one a help button.
+// CommandBands_AddAdornments always adds a close button, and with this flag also a help button.
 inline constexpr DWORD CMDBAR_HELP = 11;
 
 // Null on failure. The bands are hidden until CommandBands_Show.
 HWND CommandBands_Create(HINSTANCE instance, HWND parent, UINT id, DWORD styles, HIMAGELIST images);
-// Each band gets a command bar of its own. 0 with 87 for a wrong cbSize, 1400.
+// Each band gets a separate command bar. 0 with 87 for a wrong cbSize, 1400.
 BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REBARBANDINFOW* infos);
 // The command bar in band `index`, from 0; null if there is no such band.
 HWND CommandBands_GetCommandBar(HWND bands, UINT index);
@@ -72,6 +72,6 @@ UINT CommandBands_Height(HWND bands);
 int CommandBar_Height(HWND bar);
 // Loads menu resource `menuId` and inserts it to the left of button `at`. 0 with 1814, 1400.
 BOOL CommandBar_InsertMenubar(HWND bar, HINSTANCE instance, WORD menuId, WORD at);
-// The index of the first image or -1; `count` may exceed what the bitmap holds, 0 for width and height
-// means 16 by 16.
+// Returns the index of the first image, or -1. `count` may exceed the number of images in the bitmap. A width
+// and height of 0 mean 16 by 16.
 int CommandBar_AddBitmap(HWND bar, HINSTANCE instance, int bitmapId, int count, int width, int height);

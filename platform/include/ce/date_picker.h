@@ -5,7 +5,7 @@
 #include "ce/controls.h"
 #include "ce/time.h"
 
-// (0, SYSTEMTIME): GDT_VALID. The date shown, with the time of day that was set.
+// (0, SYSTEMTIME): GDT_VALID. Gets the date shown, with the time of day that was set.
 inline constexpr UINT DTM_GETSYSTEMTIME = 0x1001;
 // (GDT_VALID, SYSTEMTIME): nonzero, 0 for a date that doesn't exist; wDayOfWeek is ignored.
 inline constexpr UINT DTM_SETSYSTEMTIME = 0x1002;

@@ -1,9 +1,9 @@
-// ce/dialog.h - dialogs made from templates, their controls by id, message boxes.
+// ce/dialog.h - dialogs from templates, their controls by id, message boxes.
 #pragma once
 
 #include "ce/window.h"
 
-// Nonzero: handled. 0: the dialog manager's own handling follows.
+// Nonzero if the message was handled. After 0 the dialog manager handles it.
 using DLGPROC = INT_PTR (*)(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
 inline constexpr DWORD DS_SETFONT = 0x40;

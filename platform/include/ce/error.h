@@ -1,4 +1,4 @@
-// ce/error.h - the last error: one number a thread, set by each call that fails.
+// ce/error.h - the last error: one number per thread, set by each call that fails.
 //
 // A call that succeeds leaves it unchanged, unless its header says that it sets it. The numbers are the platform's
 // documented ones.

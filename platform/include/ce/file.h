@@ -107,8 +107,8 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
 // access, 6, 31, 112.
 BOOL SetEndOfFile(HANDLE file);
 
-// Nonzero when all that was written through this handle is on the disk, and the entry of the file in
-// its folder too. Fails with 6, 5 without write access, 31, 112.
+// Nonzero when all that was written through this handle is on the disk, and the file's directory entry
+// too. Fails with 6, 5 without write access, 31, 112.
 BOOL FlushFileBuffers(HANDLE file);
 
 // Passes to the host what was written to the file and is still gathered in this process. From then on it survives the
@@ -122,7 +122,7 @@ BOOL HandOverFileBuffers(HANDLE file);
 // first folder that failed (31, 112), and a later call tries that folder again.
 BOOL FlushChangedVolumes(void);
 
-// Nonzero on success, 0 with 6 for a handle that is no open file.
+// Nonzero on success, 0 with 6 for a handle that isn't an open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
 // Declares that the next file which the program makes at `path` is temporary. If the process is killed before it has
@@ -138,8 +138,8 @@ BOOL DeleteFileW(const WCHAR* path);
 // 206. `security` is not used.
 BOOL CreateDirectoryW(const WCHAR* path, const void* security);
 
-// Removes an empty folder. Fails with 145 if something is in it, 2, 3 also for a file, 5 for a card and the root, 19,
-// 123, 206.
+// Removes an empty folder. Fails with 145 if the folder isn't empty, 2, 3 (also for a file), 5 for a card and the root,
+// 19, 123, 206.
 BOOL RemoveDirectoryW(const WCHAR* path);
 
 // The attributes, FILE_ATTRIBUTE_NORMAL if none is set; needs no open and works on files in use. A folder may have a
@@ -155,7 +155,7 @@ DWORD GetFileAttributesW(const WCHAR* path);
 // INVALID_HANDLE_VALUE on failure: 2 nothing matches, 3 no such folder, 5, 123, 206.
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
 
-// Nonzero with the next entry; 0 with 18 at the end, 6 for a handle that is no search.
+// Nonzero with the next entry; 0 with 18 at the end, 6 for a handle that isn't a search.
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found);
 
 // Nonzero on success, 0 with 6.

@@ -1,4 +1,4 @@
-// ce/file_deletion.h - deleting a file only if it is still the one that was read.
+// ce/file_deletion.h - deletes a file only if it hasn't changed since it was read.
 //
 // A program that moves content elsewhere stamps the open file before it reads, and deletes it by that stamp when its
 // copy is safe. Content that another program writes after the stamp isn't deleted.
@@ -6,13 +6,13 @@
 
 #include "ce/types.h"
 
-// What an open file was at one moment. Plain: it may be copied and kept while other files are handled.
+// Identity, length and times of an open file at one moment. It holds no resources, so copy and keep it freely.
 struct FileStamp {
     std::uint64_t device;  // which file
     std::uint64_t inode;
     std::uint64_t length;        // in bytes
-    std::int64_t writeSeconds;   // when its content was written last
-    std::int64_t changeSeconds;  // when anything of it changed last, its names and rights too
+    std::int64_t writeSeconds;   // last write of the content
+    std::int64_t changeSeconds;  // last change of the content, names or permissions
     std::uint32_t writeNanoseconds;
     std::uint32_t changeNanoseconds;
     // Whether each later write changes the times. That isn't certain if the file was written less than 50 ms before the

@@ -1,11 +1,11 @@
-// ce/image_list.h - bitmaps of the resources, cut into images of one size for a control to show.
+// ce/image_list.h - bitmaps of the resources, divided into images of one size that a control shows.
 #pragma once
 
 #include "ce/controls.h"
 
 inline constexpr UINT ILC_MASK = 1;
 
-// An empty list for images of that size, in pixels; it grows by itself. Null with 87 for a size below 1.
+// An empty list for images of that size, in pixels. It grows automatically. Null with 87 for a size below 1.
 HIMAGELIST ImageList_Create(int width, int height, UINT flags, int initial, int grow);
 
 // Adds the images that are side by side in the bitmap. Pixels of exactly the colour are transparent, and rows below the

@@ -1,4 +1,4 @@
-// ce/module.h - looking up a platform entry point by name at run time.
+// ce/module.h - looks up a platform entry point by name at run time.
 //
 // There is one library, "\WINDOWS\COREDLL.DLL" (compared without case): the platform itself. It is never unloaded, so
 // its entry points stay valid.

@@ -19,10 +19,10 @@ inline constexpr DWORD OutcomeDatabase = 2;
 inline constexpr DWORD OutcomeRegistry = 3;
 
 // `name` is a file's full path, a database's name, or anything for the registry. `error` is the reason, a number of
-// ce/error.h. An item that is reported twice in one job counts once, with the first reason.
+// ce/error.h. If an item is reported twice in one job, only the first report counts.
 void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 
-// No set could be made in `folder`. ERROR_FILE_EXISTS: every number is taken.
+// Reports that no set could be created in `folder`. ERROR_FILE_EXISTS: every number is taken.
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
 // While on, a folder that the user may not enter or read isn't reported. The program then only searches for things that

@@ -1,5 +1,5 @@
-// ce/registry.h - keys and values of the registry. The functions return the error itself, 0 for success;
-// the last error is not used. Names are compared without case and kept as written.
+// ce/registry.h - keys and values of the registry. The functions return the error, 0 for success, and don't
+// set the last error. Names are compared without case and stored as written.
 #pragma once
 
 #include "ce/error.h"
@@ -38,5 +38,5 @@ LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
 // value. 6, 87 a name above 255 characters or with a lone surrogate, or more than 16 MiB, 112, 31.
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
 
-// 6 for a key that is not open; the predefined keys may be closed, which does nothing.
+// Fails with 6 for a key that isn't open. Closing a predefined key succeeds and does nothing.
 LONG RegCloseKey(HKEY key);

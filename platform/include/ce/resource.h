@@ -19,7 +19,7 @@ inline constexpr WORD RT_GROUP_ICON_ID = 14;
 
 inline const WCHAR* const RT_DIALOG = MAKEINTRESOURCEW(RT_DIALOG_ID);
 
-// Name and type as numbers or texts, texts without case; "#123" is the number 123.
+// Name and type are numbers or texts. Texts are compared without case; "#123" is the number 123.
 // Null on failure: 1812 no resources, 1813 no such type, 1814 no such name.
 HRSRC FindResourceW(HMODULE module, const WCHAR* name, const WCHAR* type);
 

@@ -84,8 +84,8 @@ struct CEDBASEINFO {
     DWORD dwDbaseType;
     WORD wNumRecords;
     WORD wNumSortOrder;
-    DWORD dwSize;             // bytes that the records take in the store
-    FILETIME ftLastModified;  // UTC, of the first change that was gathered last
+    DWORD dwSize;             // bytes of all records in the store
+    FILETIME ftLastModified;  // UTC, of the first change of the latest gathered group
     SORTORDERSPEC rgSortSpecs[CEDB_MAXSORTORDER];
 };
 
@@ -128,7 +128,7 @@ struct CEPROPVAL {
     CEVALUNION val;
 };
 
-// Begins a walk over the databases of a type, 0 for all, oldest first. An empty store gives a handle too.
+// Begins a walk over the databases of a type (0 for all), oldest first. Succeeds also for an empty store.
 // INVALID_HANDLE_VALUE on failure: 31.
 HANDLE CeFindFirstDatabase(DWORD type);
 

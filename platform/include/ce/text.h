@@ -73,7 +73,7 @@ std::size_t wcslen(const WCHAR* text);
 // NUL.
 WCHAR* wcsncpy(WCHAR* out, const WCHAR* text, std::size_t count);
 
-// Copies a text into an array of `capacity` characters, cut at a whole character if it must be.
+// Copies a text into an array of `capacity` characters. A text that doesn't fit is cut at a whole character.
 // Returns the characters copied.
 std::size_t CopyText(WCHAR* out, std::size_t capacity, const WCHAR* text);
 
@@ -86,7 +86,7 @@ std::size_t CopyText(WCHAR (&out)[Capacity], const WCHAR* text)
 // 0 when the texts are equal, case included; otherwise negative or positive, by the first code unit that differs.
 int lstrcmpW(const WCHAR* left, const WCHAR* right);
 
-// The same without case, by simple folding of each character.
+// The same without case, by simple case folding of each character.
 int lstrcmpiW(const WCHAR* left, const WCHAR* right);
 
 // Skips blanks, reads a sign and digits, and ignores the rest; 0 without digits. A number beyond the range of LONG

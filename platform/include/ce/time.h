@@ -25,7 +25,7 @@ void GetLocalTime(SYSTEMTIME* now);
 // 0 with 87 for a date that doesn't exist or is before 1601.
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
 
-// 0 with 87 from 0x8000000000000000 on.
+// 0 with 87 for a file time of 0x8000000000000000 or more.
 BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* time);
 
 // -1, 0 or 1: the first is earlier, equal, later.

@@ -29,7 +29,7 @@ inline const HTREEITEM TVI_SORT = reinterpret_cast<HTREEITEM>(static_cast<INT_PT
 inline constexpr UINT TVM_DELETEITEM = 0x1101;
 // TVM_EXPAND (action, item) is in ce/controls.h: the two notifications come only while TVIS_EXPANDEDONCE is clear.
 inline constexpr UINT TVM_GETCOUNT = 0x1105;
-// (TVSIL_NORMAL, image list): the list before.
+// TVM_SETIMAGELIST (TVSIL_NORMAL, image list): the previous list.
 inline constexpr UINT TVM_GETIMAGELIST = 0x1108;
 inline constexpr UINT TVM_SETIMAGELIST = 0x1109;
 // (TVGN_..., item): a handle, or 0 if there is no such item.

@@ -197,7 +197,7 @@ BOOL IsWindowVisible(HWND window);
 BOOL IsWindowEnabled(HWND window);
 // Nonzero if it was disabled before.
 BOOL EnableWindow(HWND window, BOOL enable);
-// The window that had the focus; null if none had or on failure.
+// Returns the window that had the focus; null if none had it or on failure.
 HWND SetFocus(HWND window);
 HWND GetFocus();
 HWND GetParent(HWND window);
@@ -209,7 +209,7 @@ BOOL SetForegroundWindow(HWND window);
 HWND FindWindowW(const WCHAR* className, const WCHAR* title);
 
 BOOL SetWindowTextW(HWND window, const WCHAR* text);
-// At most capacity - 1 characters and a NUL; the result counts without it.
+// Copies at most capacity - 1 characters and a NUL. Returns the number of characters without the NUL.
 int GetWindowTextW(HWND window, WCHAR* text, int capacity);
 int GetWindowTextLengthW(HWND window);
 

@@ -1,4 +1,4 @@
-// ce/winmain.h - where the program begins.
+// ce/winmain.h - the program's entry point.
 #pragma once
 
 #include "ce/types.h"
