@@ -1,4 +1,3 @@
-// The rows of databases.
 #include "database_rows.h"
 
 #include "store_state.h"
@@ -44,7 +43,7 @@ std::u16string cutName(const WCHAR* name)
     return cut;
 }
 
-// 0, or why they aren't known.
+// Fills StoreState::misplaced. 0, or the error of the search.
 DWORD findMisplaced(Connection& connection)
 {
     std::unordered_map<CEOID, std::u16string> found;
@@ -62,7 +61,7 @@ DWORD findMisplaced(Connection& connection)
     return 0;
 }
 
-// Of a name that wasn't found: an error if a row has it all the same.
+// Call it for a name that no row has as folded name. Error 31 if a row with a wrong folded name has it.
 DWORD misplaced(Connection& connection, const std::u16string& written)
 {
     if (!storeState().misplaced)

@@ -1,4 +1,4 @@
-// database_walk.h - what a handle of CeFindFirstDatabase stands for.
+// database_walk.h - the object of a handle of CeFindFirstDatabase.
 #pragma once
 
 #include "kernel/handle_table.h"
@@ -7,11 +7,11 @@
 
 namespace platform::store {
 
-// Touched while the device's database is in use.
+// Use it only while a database::DatabaseUse lives.
 struct DatabaseWalk final : kernel::Object {
     DWORD type = 0;                      // 0: any
-    CEOID last = 0;                      // that was delivered
-    std::uint64_t databasesDeleted = 0;  // when it began
+    CEOID last = 0;                      // the database returned last
+    std::uint64_t databasesDeleted = 0;  // StoreState::databasesDeleted when the walk began
 };
 
 }  // namespace platform::store

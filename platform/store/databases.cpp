@@ -1,4 +1,4 @@
-// The object store's calls on databases as a whole.
+// The calls on databases: walk, information, creation, deletion.
 #include "ce/store.h"
 
 #include "database/device_database.h"
@@ -26,7 +26,7 @@ Result fail(DWORD error, Result failed)
     return failed;
 }
 
-// The error to tell when a row was looked for: `missing` if there is none.
+// The last error for a search: `missing` if there is no such row.
 template <class Row>
 DWORD faultOf(const Found<Row>& found, DWORD missing)
 {

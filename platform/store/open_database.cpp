@@ -1,4 +1,3 @@
-// A database's handle.
 #include "open_database.h"
 
 #include "database/device_database.h"
@@ -20,7 +19,7 @@ using database::Transaction;
 
 namespace {
 
-// What a kill may cost at most. A flush costs a disk milliseconds, so a few in a second do no harm.
+// The most changes that a killed process loses. A flush takes milliseconds, so a few per second don't slow a run down.
 constexpr unsigned GatheredChanges = 4096;
 constexpr std::size_t GatheredBytes = std::size_t{8} << 20;
 constexpr std::chrono::milliseconds GatheredTime(500);
@@ -49,10 +48,10 @@ DWORD OpenDatabase::beginChange(Connection& connection)
         return ERROR_INVALID_PARAMETER;
     if (storeState().changeIsOpen)
         return joinChange(connection);
-    // Another handle's changes come first.
+    // The changes of another handle must be on the disk before this one.
     if (connection.isGathering() && (!owns_ || gatheredEnough()))
         connection.endGathering();
-    if (changes_.size() == changes_.capacity())  // so that a change that is made can be kept
+    if (changes_.size() == changes_.capacity())  // so that keepChange, after the change, can't run out of memory
         changes_.reserve(2 * changes_.size() + 16);
     if (connection.isGathering())
         return 0;
@@ -113,7 +112,7 @@ void OpenDatabase::gatheringEnded(Connection& connection, Step step)
     const auto changes = std::exchange(changes_, {});
     if (step == Step::Done)
         return;
-    // Records that came are gone again, and removed ones are back.
+    // The rollback removed new records and restored deleted ones, so known positions are stale.
     ++storeState().recordsRemoved;
     try {
         if (step == Step::Full)
@@ -125,7 +124,7 @@ void OpenDatabase::gatheringEnded(Connection& connection, Step step)
     }
 }
 
-// In one transaction: all of them or none.
+// Repeats the changes in one transaction: all of them or none.
 Step OpenDatabase::changeTogether(Connection& connection, std::span<const GatheredChange> changes) const
 {
     Transaction transaction(connection);
@@ -137,8 +136,8 @@ Step OpenDatabase::changeTogether(Connection& connection, std::span<const Gather
     return step == Step::Done ? transaction.commit() : step;
 }
 
-// What finds no room together is tried by halves, until one change is too much. Nobody has changed anything since a
-// full disk undid them, so their oids are free.
+// If the disk has no room for all changes, tries each half separately, down to single changes. The oids of new records
+// are still free, because nothing was changed since the full disk caused the rollback.
 void OpenDatabase::changeWhatFits(Connection& connection, std::span<const GatheredChange> changes)
 {
     if (changes.empty())

@@ -1,7 +1,7 @@
-// open_database.h - what a database's handle stands for: a pointer into its records, and the changes that it
+// open_database.h - the object of a database's handle: a pointer into the records, and the changes that the handle
 // gathers so that they share one flush.
 //
-// All of it is touched only while the device's database is in use (database::DatabaseUse).
+// Use it only while a database::DatabaseUse lives.
 #pragma once
 
 #include "database/connection.h"
@@ -19,24 +19,24 @@
 
 namespace platform::store {
 
-// Where the pointer stands: at the first record whose oid is at least `from`. Deletions so move it on by
-// themselves.
+// The pointer is at the first record whose oid is at least `from`. So the deletion of that record moves it to the next
+// one without further work.
 struct RecordPointer {
-    // Behind the last record, and whatever is added.
+    // The end: above every oid, so it stays the end when records are added.
     static constexpr std::int64_t Behind = std::int64_t{1} << 32;
 
     std::int64_t from = 0;
-    bool exact = false;  // it was led to the record `from` itself
+    bool exact = false;  // the record `from` existed when the pointer was set
 };
 
-// The position of a record, counted from 0, for as long as no record is removed: new ones stand behind all others.
+// The position of a record, counted from 0. It is valid until a record is removed, because new records are appended.
 struct KnownPosition {
     CEOID oid = 0;
     DWORD position = 0;
     std::uint64_t recordsRemoved = 0;
 };
 
-// What one change left: of a record its new bytes, none if it was removed.
+// A changed record with its new bytes. No bytes if it was removed.
 struct GatheredChange {
     CEOID record = 0;
     std::optional<RecordBytes> bytes;
@@ -53,13 +53,14 @@ public:
     [[nodiscard]] const std::u16string& name() const { return name_; }
     [[nodiscard]] bool autoIncrement() const { return autoIncrement_; }
 
-    // Before each change: opens the gathering that it belongs to. 0, or the platform's number.
+    // Call it before each change. Begins to gather changes unless this handle does so already. Ends the gathering of
+    // another handle, and its own one if that is large or old enough. 0, or the platform's error number.
     [[nodiscard]] DWORD beginChange(database::Connection& connection);
 
-    // After it. Kept is what may have to be tried again.
+    // Call it after each change. Keeps a copy, which is needed to repeat the change if the disk is too full for all.
     void keepChange(GatheredChange change);
 
-    // Puts the gathered changes on the disk; an error if any were lost since the handle was opened.
+    // Writes the gathered changes to the disk. Returns an error if any change was lost since the handle was opened.
     [[nodiscard]] DWORD close() override;
 
     RecordPointer pointer;
@@ -78,8 +79,8 @@ private:
     const std::u16string name_;
     const bool autoIncrement_;
     bool closed_ = false;
-    bool owns_ = false;         // the gathering that is open is this handle's
-    std::uint64_t joined_ = 0;  // the last change of several calls that it had a part in
+    bool owns_ = false;         // the open gathering is this handle's
+    std::uint64_t joined_ = 0;  // StoreState::changes of the last change of several calls that it took part in
     std::vector<GatheredChange> changes_;
     std::size_t bytes_ = 0;
     std::chrono::steady_clock::time_point begun_;

@@ -1,4 +1,3 @@
-// A record as bytes.
 #include "record_bytes.h"
 
 #include <bit>
@@ -10,15 +9,15 @@ namespace platform::store {
 
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "the integers are copied as they stand");
-static_assert(sizeof(CEVALUNION) == 16, "the bytes that a value of an unknown type takes");
+static_assert(std::endian::native == std::endian::little, "integers are copied without conversion");
+static_assert(sizeof(CEVALUNION) == 16, "a stored value of an unknown type has 16 bytes");
 
 constexpr std::size_t IdBytes = sizeof(CEPROPID);
 constexpr std::size_t HeadBytes = IdBytes + sizeof(WORD);
 constexpr std::size_t SizeBytes = sizeof(DWORD);
 constexpr std::size_t PropertyLimit = 0xFFFF;
 
-// What a call is told or tells by them is true for that call alone: kept, they would say it again and again.
+// These flags are valid for a single call. If they were stored, every later read would return them.
 WORD withoutCallFlags(WORD flags)
 {
     return static_cast<WORD>(flags & ~(CEDB_PROPNOTFOUND | CEDB_PROPDELETE));
@@ -34,7 +33,7 @@ bool hasSize(WORD type)
     return type == CEVT_LPWSTR || type == CEVT_BLOB;
 }
 
-// Bytes of a value whose type has no size of its own.
+// Size of a value whose type has no stored size.
 std::size_t fixedBytes(WORD type)
 {
     switch (type) {
@@ -61,7 +60,7 @@ Value valueAt(RecordView bytes, std::size_t offset)
     return value;
 }
 
-// The property at the beginning of `bytes`; nothing if they don't hold all of it.
+// The property at the beginning of `bytes`. Nothing if it is longer than `bytes`.
 std::optional<PropertyView> propertyAt(RecordView bytes)
 {
     if (bytes.size() < HeadBytes)
@@ -99,7 +98,7 @@ void append(RecordBytes& bytes, RecordView piece)
     bytes.insert(bytes.end(), piece.begin(), piece.end());
 }
 
-// The value of a property where it lies; nothing for a text or blob that is null.
+// A view of the caller's value. Nothing for a text or blob that is null.
 std::optional<RecordView> valueOf(const CEPROPVAL& property)
 {
     const WORD type = typeOf(property.propid);
@@ -114,7 +113,7 @@ std::optional<RecordView> valueOf(const CEPROPVAL& property)
                    ? std::nullopt
                    : std::optional(std::as_bytes(std::span(blob.lpb, blob.dwCount)));
     }
-    // All members begin where the union does.
+    // All members of the union have offset 0.
     return std::as_bytes(std::span(&property.val, 1)).first(fixedBytes(type));
 }
 
@@ -226,7 +225,7 @@ std::optional<RecordBytes> withChanges(const PropertyViews& properties, std::spa
         return std::nullopt;
 
     RecordBytes record;
-    record.reserve(bytes);  // a large one isn't copied while it grows
+    record.reserve(bytes);  // avoids copies of a large record while it grows
     for (const Slot& slot : slots) {
         if (slot.changed == nullptr)
             append(record, slot.old->whole);
@@ -262,7 +261,7 @@ void fillBlock(const PropertyViews& properties, BYTE* block)
         } else {
             copyInto(&value.val, property.value);
         }
-        // The caller's block may stand anywhere.
+        // The caller's block may have any alignment.
         std::memcpy(block, &value, sizeof value);
         block += sizeof value;
         data += dataBytes(property);

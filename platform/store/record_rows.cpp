@@ -1,4 +1,3 @@
-// The rows of records.
 #include "record_rows.h"
 
 #include <utility>

@@ -1,4 +1,4 @@
-// record_rows.h - the rows of one database's records, in their order, which is that of their oids.
+// record_rows.h - the rows of one database's records, in the order of their oids.
 #pragma once
 
 #include "database/connection.h"
@@ -10,41 +10,42 @@
 
 namespace platform::store {
 
-// A row that was looked for, or how looking for it failed.
+// The result of a search for one row.
 template <class Row>
 struct Found {
     std::optional<Row> row;
-    DWORD error = 0;  // with no row: 0 there is none, otherwise the platform's number
+    DWORD error = 0;  // without a row: 0 if there is none, otherwise the platform's error number
 };
 
-// Where it stands in the table. Read and let go before anything is changed.
+// A record in the table. Destroy it before any change.
 struct RecordRow {
     CEOID oid;
-    RecordView properties;  // good as long as `row` lives
+    RecordView properties;  // valid while `row` lives
     database::Statement row;
 };
 
-// The platform's number for a step that failed.
+// The platform's error number for a step that failed.
 [[nodiscard]] DWORD errorOf(database::Step step);
 
-// The record of that oid, if it is one of the owner's; and the first one whose oid is at least `from`.
+// recordAt finds the owner's record of that oid, recordFrom its first record whose oid is at least `from`.
 [[nodiscard]] Found<RecordRow> recordAt(database::Connection& connection, CEOID owner, std::int64_t oid);
 [[nodiscard]] Found<RecordRow> recordFrom(database::Connection& connection, CEOID owner, std::int64_t from);
 
-// The oid of the record `skipped` further on from the first one at or behind `from`, or back from the last
-// one before it.
+// oidFrom starts at the first record whose oid is at least `from` and goes `skipped` records forward. oidBefore starts
+// at the last record whose oid is below `before` and goes `skipped` records back.
 [[nodiscard]] Found<CEOID> oidFrom(database::Connection& connection, CEOID owner, std::int64_t from,
                                    std::int64_t skipped);
 [[nodiscard]] Found<CEOID> oidBefore(database::Connection& connection, CEOID owner, std::int64_t before,
                                      std::int64_t skipped);
 
-// How many records stand before `oid`: counts them one by one.
+// Number of records before `oid`. Counts them one by one.
 [[nodiscard]] Found<DWORD> countBefore(database::Connection& connection, CEOID owner, std::int64_t oid);
 
-// How many records there are: known without counting.
+// Number of records, as the database's row has it. Doesn't count them.
 [[nodiscard]] Found<DWORD> countOf(database::Connection& connection, CEOID owner);
 
-// 31 if a walk over the records doesn't deliver as many: then some are missing, or aren't its own. Otherwise 0.
+// 31 if the number of record rows differs from countOf, so records are missing or belong to another database.
+// Otherwise 0, or the error of the count.
 [[nodiscard]] DWORD faultOfCount(database::Connection& connection, CEOID owner);
 
 }  // namespace platform::store

@@ -1,4 +1,4 @@
-// Moving a handle's pointer through its records.
+// CeSeekDatabase: moves the record pointer of a handle.
 #include "ce/store.h"
 
 #include "database/device_database.h"
@@ -14,7 +14,7 @@ using namespace platform::store;
 
 namespace {
 
-// One seek. Where it leads to a record, the pointer stands there.
+// One seek. Each of its ways sets the pointer and returns the oid of the record, or 0 with an error.
 class Seek {
 public:
     Seek(Connection& connection, OpenDatabase& open) : connection_(connection), open_(open) {}
@@ -25,7 +25,7 @@ public:
         return found.row == oid ? stand(oid) : refuse(found.error != 0 ? found.error : ERROR_INVALID_PARAMETER);
     }
 
-    // From the record at or behind `from`.
+    // Starts at the first record whose oid is at least `from`.
     CEOID forward(std::int64_t from, std::int64_t records)
     {
         const auto found = oidFrom(connection_, open_.database(), from, records);
@@ -36,14 +36,14 @@ public:
         return refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
-    // From the record at or behind `from`, by at least 1.
+    // Starts at the first record whose oid is at least `from`. `records` is at least 1.
     CEOID back(std::int64_t from, std::int64_t records)
     {
         const auto found = oidBefore(connection_, open_.database(), from, records - 1);
         return found.row ? stand(*found.row) : refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
-    // Where a walk back begins: whether it will find all records is known now.
+    // A walk back starts here, so report missing records now.
     CEOID behindLast()
     {
         standBehind();
@@ -57,7 +57,7 @@ public:
         return 0;
     }
 
-    // Of what was refused, otherwise 0.
+    // The error of a refused seek, otherwise 0.
     [[nodiscard]] DWORD error() const { return error_; }
 
 private:
@@ -91,7 +91,7 @@ CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
     }
 }
 
-// What is known without counting: of the record where the pointer stood, and behind the last one.
+// The position of `pointer` if it takes no counting: at the end, or at the record whose position was returned last.
 std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& open, const RecordPointer& pointer)
 {
     if (pointer.from == RecordPointer::Behind)
@@ -101,7 +101,8 @@ std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& o
     return std::nullopt;
 }
 
-// The position of the record that the pointer has come to from `before`.
+// The position of the pointer after a seek that started at `before`. Computes it from the seek's distance if the start
+// is known, and counts otherwise.
 DWORD positionAfter(Connection& connection, OpenDatabase& open, const RecordPointer& before, DWORD how, DWORD value)
 {
     std::optional<DWORD> position = knownPosition(connection, open, open.pointer);

@@ -1,4 +1,4 @@
-// The object store's calls on records, and on the handle through which they go.
+// The calls on records, and CeOpenDatabase.
 #include "ce/store.h"
 
 #include "database/device_database.h"
@@ -19,7 +19,7 @@ using namespace platform::store;
 
 namespace {
 
-// What a call found, or the error that it has to tell.
+// The oid that a call returns, or its error.
 struct Outcome {
     CEOID oid = 0;
     DWORD error = 0;
@@ -30,8 +30,8 @@ Outcome failed(DWORD error)
     return {0, error};
 }
 
-// Makes one call on an open handle, which is its thread's alone meanwhile. No fault of memory leaves it. `kind` is what
-// it is for.
+// Runs `call` on an open handle, which no other thread can use meanwhile. Out of memory becomes an error. `kind` says
+// what the call is for.
 template <class Call>
 CEOID onHandle(HANDLE database, Trouble kind, Call call)
 {
@@ -43,7 +43,7 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
                                 : !use ? failed(ERROR_GEN_FAILURE)
                                        : call(*use, *open);
         if (use && outcome.error != 0)
-            (void)use->isGathering();  // a full disk may have undone all: now it is known that it was that
+            (void)use->isGathering();  // if a full disk caused a rollback, this runs the handler for it
         if (open)
             noteStoreTrouble(kind, Troubled::Database, name, outcome.error);
         if (outcome.error != 0)
@@ -55,7 +55,7 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
 // The record at the pointer.
 Found<RecordRow> currentRecord(Connection& connection, const OpenDatabase& open)
 {
-    if (open.pointer.exact) {  // where it costs less than looking for the next one
+    if (open.pointer.exact) {  // faster than a search for the next record
         auto exact = recordAt(connection, open.database(), open.pointer.from);
         if (exact.row || exact.error != 0)
             return exact;
@@ -70,7 +70,7 @@ Found<RecordRow> currentRecord(Connection& connection, const OpenDatabase& open)
     return next;
 }
 
-// Makes the caller's block large enough. 0 or the platform's number.
+// Makes the caller's block large enough. 0 or the platform's error number.
 DWORD provideBlock(std::size_t bytes, DWORD flags, BYTE** buffer, DWORD* size)
 {
     if (*buffer != nullptr ? *size >= bytes : bytes == 0)
@@ -93,7 +93,7 @@ struct ChangedRecord {
     DWORD error = 0;  // why there are none
 };
 
-// What a record of that oid, or with 0 a new one, becomes by the changes.
+// The bytes of a record after the changes. oid 0 is a new record.
 ChangedRecord changedRecord(Connection& connection, CEOID owner, CEOID oid, std::span<const CEPROPVAL> changes)
 {
     if (oid == 0)

@@ -1,4 +1,4 @@
-// Several changes of the store as one.
+// BeginStoreChange and EndStoreChange: the changes between them are atomic.
 #include "ce/store.h"
 
 #include "database/device_database.h"
@@ -20,7 +20,7 @@ void changeEnded(Step step)
     state.changeFault = step == Step::Done ? 0 : errorOf(step);
     if (step == Step::Done)
         return;
-    // What was removed is there again, and what came isn't.
+    // The rollback restored what was deleted and removed what was new.
     ++state.databasesDeleted;
     ++state.recordsRemoved;
     state.misplaced.reset();
@@ -60,7 +60,7 @@ BOOL EndStoreChange(BOOL kept)
         if (!use || !state.changeIsOpen)
             return fail(use ? ERROR_INVALID_PARAMETER : ERROR_GEN_FAILURE);
         state.changeIsOpen = false;
-        const bool wasWhole = use->isGathering();  // otherwise the call that failed has told it
+        const bool wasWhole = use->isGathering();  // otherwise the call that failed has noted the trouble already
         use->releaseGathering(kept != FALSE);
         if (!kept || state.changeFault == 0)
             return TRUE;

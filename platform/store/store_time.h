@@ -1,4 +1,4 @@
-// store_time.h - the time of a change, as one number of the platform's 100 ns steps since 1601 UTC.
+// store_time.h - times of changes in ticks, the platform's 100 ns steps since 1601 UTC.
 #pragma once
 
 #include "ce/types.h"
