@@ -7,7 +7,7 @@ namespace {
 
 void ReportNotDeleted(const WCHAR* path, DWORD error)
 {
-    // A file that doesn't exist any more is as good as deleted.
+    // A file that doesn't exist any more counts as deleted.
     if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
         ReportItem(OutcomeNotDeleted, OutcomeFile, path, error);
 }

@@ -1,4 +1,4 @@
-// full_backup_test.cpp - what a backup of everything takes along and what it leaves out.
+// full_backup_test.cpp - what a backup of everything includes and what it leaves out.
 
 #include "engine_fixture.h"
 

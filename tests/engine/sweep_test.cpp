@@ -261,7 +261,7 @@ protected:
         for (std::uint64_t n = 1; reached && !HasFatalFailure(); n++) {
             std::size_t tried = 0;
             for (const int error : Errors) {
-                // Three errors a call, others at the next one.
+                // Each call is tried with three errors, and the next call with the next three.
                 if (HasFatalFailure() || (!everyError && (tried++ + n * 3) % std::size(Errors) >= 3))
                     continue;
                 SCOPED_TRACE(testing::Message() << "call " << n << ", " << strerrorname_np(error));

@@ -1,4 +1,4 @@
-// The actions that a script's lines become, and the errors for lines that are none.
+// How the lines of a script are read as actions, and the errors for lines that aren't actions.
 
 #include "pattern.h"
 #include "script.h"

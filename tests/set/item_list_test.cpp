@@ -28,7 +28,7 @@ BOOL remove(ItemList& list, const Bytes& key)
     return list.Remove(key.data(), static_cast<DWORD>(key.size()));
 }
 
-// Compares with the simplest list: no order of calls may show the search structure.
+// Compares with the simplest list: the search structure must not change a result, whatever the order of calls is.
 TEST(ItemListTest, AnyOrderOfCallsGivesWhatALinearSearchGives)
 {
     for (unsigned seed = 0; seed < 22; seed++) {

@@ -30,7 +30,7 @@ TEST(HostNameTest, InvalidUtf8OfEachKindIsKeptByteForByte)
 {
     const std::string kinds[] = {
         "a\x80"
-        "b",                 // a continuation alone
+        "b",                 // a continuation byte alone
         "\xC0\xAF",          // an overlong slash
         "\xC1\xBF",          // an overlong letter
         "\xE0\x80\xAF",      // overlong in three bytes

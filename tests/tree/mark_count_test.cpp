@@ -1,4 +1,4 @@
-// A mark count wraps at 65,536. Each operation has its own limit from which on it takes a count for one below zero.
+// A mark count wraps at 65,536. Each operation has its own limit, above which it treats a count as negative.
 #include "set/set_state.h"
 #include "tree/marking.h"
 #include "tree/tree_events.h"

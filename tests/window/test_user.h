@@ -34,7 +34,7 @@ public:
     void waitUntil(const std::function<bool()>& condition);
     // The visible top-level window of that title, once its thread takes input.
     HWND window(const std::u16string& title);
-    // Posts, as soon as the window's thread takes input.
+    // Each posts its input as soon as the window's thread takes input.
     void click(HWND window, long row = -1);
     void key(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
     void type(HWND window, const std::u16string& text);
