@@ -6,6 +6,7 @@
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
+#include "device/device.h"
 #include "device/remembered_folders.h"
 #include "text/host_name.h"
 
