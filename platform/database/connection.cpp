@@ -1,4 +1,3 @@
-// One SQLite database file: its statements, its transactions.
 #include "database/connection.h"
 
 #include "text/host_name.h"
@@ -98,7 +97,7 @@ void Statement::bindOne(int index, const std::u16string& text)
 
 void Statement::bindOne(int index, std::span<const std::byte> bytes)
 {
-    // An empty span may have no address, which SQLite would take for NULL.
+    // An empty span may have a null address, which SQLite would store as NULL.
     sqlite3_bind_blob64(statement_, index, bytes.empty() ? "" : static_cast<const void*>(bytes.data()), bytes.size(),
                         SQLITE_STATIC);
 }
@@ -175,8 +174,8 @@ void Connection::releaseGathering(bool kept)
     std::exchange(gatheringEnded_, nullptr)(Step::Failed);
 }
 
-// Where only the flush has failed, the whole commit stands in the log, and the next start would find it there. So
-// another one is written over its beginning, which changes nothing.
+// If only the flush fails, the log contains the whole commit, and the next start would apply it. So this overwrites the
+// beginning of that commit in the log with one that changes nothing.
 Step Connection::commit()
 {
     const Step committed = run("COMMIT");
@@ -244,7 +243,7 @@ Step Transaction::commit()
         return begun_;
     const Step committed = isPart_ ? connection_.prepare("RELEASE part").step() : connection_.commit();
     if (committed == Step::Done || !isPart_)
-        begun_ = Step::Failed;  // over: nothing is left to undo
+        begun_ = Step::Failed;  // so that the destructor rolls nothing back
     return committed;
 }
 

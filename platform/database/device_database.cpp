@@ -1,4 +1,4 @@
-// The device's one database file: how it is opened and what its tables are.
+// The schema of the device's database, and its opening.
 #include "database/device_database.h"
 
 #include "host/files.h"
@@ -15,14 +15,14 @@ namespace platform::database {
 
 namespace {
 
-// "QBDV" in SQLite's header tells a device's database from anybody else's.
+// "QBDV" in SQLite's header identifies a device's database.
 constexpr std::int64_t applicationId = 0x51424456;
 
-// Each entry brings the schema from the version before it to its own, counted from 1. Entries are only ever
-// added at the end: devices of every version exist.
+// Entry n, counted from 1, migrates the schema from version n - 1 to n. Only append entries, because devices of every
+// version exist.
 const char* const migrations[] = {
-    // 1: the registry, and further folders of the host that the device remembers. `folded` is the name
-    // without case, by which it is found; the four top keys have the ids 1 to 4 and no parent.
+    // 1: the registry, and the host folders that the device remembers. `folded` is the name without case, which
+    // searches use. The four predefined keys have the ids 1 to 4 and no parent.
     R"sql(
 CREATE TABLE registry_key (
     id INTEGER PRIMARY KEY,
@@ -51,9 +51,9 @@ CREATE TABLE remembered_folder (
     capacity INTEGER
 ) STRICT;
 )sql",
-    // 2: the object store's databases. The two kinds of oid share one space, the lower one for databases, and
-    // none serves twice. `properties` is what platform/store packs; the triggers keep the counts true whatever
-    // else happens to a transaction.
+    // 2: the object store's databases. Databases and records share one range of oids, databases have the lower part,
+    // and no oid is used twice. `properties` has the format of store/record_bytes.h. The triggers keep the counts
+    // right, also when a part of a transaction is rolled back.
     R"sql(
 CREATE TABLE store_database (
     oid INTEGER PRIMARY KEY AUTOINCREMENT CHECK (oid < 0x1000000),
@@ -89,7 +89,7 @@ CREATE TRIGGER store_record_removed AFTER DELETE ON store_record BEGIN
 END;
 )sql",
 };
-// SQLite takes a shorter one for a new one.
+// SQLite treats a shorter file as a new one.
 constexpr std::uintmax_t smallestFile = 512;
 constexpr auto schemaVersion = static_cast<std::int64_t>(std::size(migrations));
 
@@ -111,7 +111,7 @@ std::string quoted(const fs::path& file)
     return "\"" + file.string() + "\"";
 }
 
-// Of a file that is there.
+// Nothing if the file doesn't exist.
 std::optional<std::uintmax_t> sizeOf(const fs::path& file)
 {
     std::error_code error;
@@ -119,7 +119,7 @@ std::optional<std::uintmax_t> sizeOf(const fs::path& file)
     return error ? std::nullopt : std::optional(bytes);
 }
 
-// What SQLite writes beside the file, which may be a link: changes that aren't in it yet.
+// The write-ahead log beside the file, with changes that aren't in the file yet. The file may be a link.
 fs::path logOf(const fs::path& file)
 {
     std::error_code error;
@@ -132,8 +132,8 @@ bool logWaits(const fs::path& file)
     return sizeOf(logOf(file)).value_or(0) > 0;
 }
 
-// SQLite deletes a log beside a file that holds nothing, and with it what stood nowhere else. False if it can't be put
-// aside; `sentence` tells either.
+// Renames a log beside a missing or empty file, because SQLite would delete it, and it may have the only copy of the
+// changes. False if that fails. `sentence` says what happened.
 bool keepOrphanedLog(const fs::path& file, std::string& sentence)
 {
     if (sizeOf(file).value_or(0) > 0 || !logWaits(file))
@@ -153,7 +153,7 @@ bool keepOrphanedLog(const fs::path& file, std::string& sentence)
     return true;
 }
 
-// What is wrong, from the code of the first access that failed.
+// The sentence for the user, from the SQLite error code of the first access that failed.
 std::string sentenceOf(const fs::path& file, int code, const std::string& message)
 {
     switch (code & 0xFF) {
@@ -172,11 +172,12 @@ std::string sentenceOf(const fs::path& file, int code, const std::string& messag
     }
 }
 
-// Nothing here writes to the file: a database that isn't ours to change is found out before.
+// Checks the file without writing to it, since it may be another program's database.
 std::string faultOf(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
-    // Before the first access, so that the write-ahead log needs no shared memory and nobody else gets in.
+    // Set it before the first access. Then the write-ahead log needs no shared memory, and other processes are locked
+    // out.
     if (connection.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA foreign_keys = ON") != Step::Done)
         return failed();
     const auto version = connection.readNumber("PRAGMA user_version");
@@ -195,14 +196,14 @@ std::string faultOf(sqlite3* database, Connection& connection, const fs::path& f
         return sentenceOf(file, SQLITE_CORRUPT,
                           "schema " + std::to_string(*version) + " with " + std::to_string(*tables) +
                               " tables and indexes");
-    // It compares indexes with tables, too: a record that an index lacks would be missing in silence.
+    // This also compares indexes with tables. A record that is missing in an index would otherwise be lost unnoticed.
     Statement check = connection.prepare("PRAGMA integrity_check(1)");
     if (check.step() != Step::Row)
         return failed();
     return check.text(0) == u"ok" ? "" : sentenceOf(file, SQLITE_CORRUPT, text::toUtf8(check.text(0)));
 }
 
-// Brings the file to this version, each step whole or not at all.
+// Migrates the file to this version. Each step is atomic.
 std::string migrate(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
@@ -233,7 +234,7 @@ bool openDeviceDatabase(const fs::path& file, std::string& sentence)
     const std::scoped_lock lock(openDatabase().mutex);
     if (openDatabase().connection != nullptr)
         return refuse("A device's database is open already.");
-    // Absolute, so that no name is taken for one of SQLite's special ones.
+    // An absolute path is never one of SQLite's special names.
     const fs::path path = fs::absolute(file);
     if (const auto bytes = sizeOf(path).value_or(0); bytes > 0 && bytes < smallestFile)
         return refuse(sentenceOf(path, SQLITE_NOTADB, "it has " + std::to_string(bytes) + " bytes"));
@@ -247,7 +248,7 @@ bool openDeviceDatabase(const fs::path& file, std::string& sentence)
     if (opened != SQLITE_OK)
         return refuse(sentenceOf(path, opened, connection->lastMessage()));
     if (std::string fault = faultOf(database, *connection, path); !fault.empty()) {
-        // Closing would bring what a kill left in the log into the file.
+        // Otherwise closing would write the log of a killed process into the file.
         sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, logWaits(path) ? 1 : 0, nullptr);
         return refuse(std::move(fault));
     }

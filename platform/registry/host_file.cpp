@@ -1,4 +1,3 @@
-// A file of the host beside the device's database.
 #include "host_file.h"
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-// host_file.h - a file of the host beside the device's database, closed when it goes.
+// host_file.h - owns an open file of the host beside the device's database.
 #pragma once
 
 #include "host/descriptor.h"
@@ -11,14 +11,14 @@ namespace platform::registry {
 
 class HostFile {
 public:
-    // `flags` of the host's open; links are not followed. `error()` tells the errno of a failure.
+    // `flags` are those of open(2). Links are not followed. After a failure `error()` is the errno.
     HostFile(const std::filesystem::path& path, int flags);
 
     explicit operator bool() const { return static_cast<bool>(file_); }
     [[nodiscard]] int error() const { return error_; }
     [[nodiscard]] bool isRegularFile() const;
 
-    // Fewer bytes come only at the end, or with an error.
+    // Reads fewer bytes only at the end of the file or after an error.
     [[nodiscard]] std::size_t read(std::span<std::byte> buffer);
     [[nodiscard]] bool rewind();
     [[nodiscard]] bool write(std::span<const std::byte> bytes);

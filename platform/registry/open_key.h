@@ -1,4 +1,4 @@
-// open_key.h - what an HKEY of RegCreateKeyExW stands for.
+// open_key.h - the object of an HKEY of RegCreateKeyExW.
 #pragma once
 
 #include "kernel/handle_table.h"
@@ -11,7 +11,7 @@ class OpenKey final : public kernel::Object {
 public:
     OpenKey(std::int64_t row, int level) : row_(row), level_(level) {}
 
-    // Keys go back with RegCloseKey alone.
+    // Only RegCloseKey closes a key.
     [[nodiscard]] bool takesCloseHandle() const override { return false; }
 
     [[nodiscard]] std::int64_t row() const { return row_; }

@@ -25,7 +25,7 @@ using platform::registry::LevelLimit;
 using platform::registry::NameLimit;
 using platform::registry::OpenKey;
 
-// Where a key stands: its row and its level below the predefined key.
+// A key: its row and its level below the predefined key.
 struct KeyPlace {
     std::int64_t row = 0;
     int level = 0;
@@ -36,7 +36,7 @@ LONG error(DWORD number)
     return static_cast<LONG>(number);
 }
 
-// Of a step that had to be done. A failure is told in the end, too.
+// The error of a step that should be Done. A failure is also noted, and reported to the user at the end.
 LONG errorOf(Step step, Trouble kind)
 {
     if (step == Step::Done)

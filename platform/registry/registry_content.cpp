@@ -1,4 +1,3 @@
-// The registry's tables as the text of a registry file, and back.
 #include "registry/registry_content.h"
 
 #include "database/device_database.h"
@@ -31,7 +30,7 @@ bool writeValues(Connection& connection, RegistryTextWriter& writer, std::int64_
     }
 }
 
-// A key with all below it; as deep as the levels go.
+// Writes a key and all below it. The recursion is at most LevelLimit deep.
 bool writeKey(Connection& connection, RegistryTextWriter& writer, KeyPath& path,  // NOLINT(misc-no-recursion)
               std::int64_t row)
 {
@@ -56,7 +55,7 @@ public:
 
     bool key(const KeyPath& path) override
     {
-        // A file in its usual order shares most of a key's path with the key before it.
+        // In a file in the usual order, a key shares most of its path with the previous one, so reuse those rows.
         std::size_t known = 0;
         if (path.root == path_.root)
             known =
@@ -78,7 +77,7 @@ public:
         return step_ == Step::Done;
     }
 
-    // Of the last change.
+    // The result of the last change.
     [[nodiscard]] Step step() const { return step_; }
 
 private:

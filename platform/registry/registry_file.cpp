@@ -1,4 +1,4 @@
-// The whole registry as one file, and back.
+// RegCopyFile and RegRestoreFile.
 #include "ce/registry_file.h"
 
 #include "kernel/troubles.h"
@@ -27,7 +27,7 @@ DWORD writeRegistry(HANDLE file)
     return written || error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-// The registry stands in no file, or isn't taken from one: what the file's own calls tell doesn't say that.
+// Notes the trouble for the registry: the file calls themselves note trouble only for the file.
 BOOL fail(Trouble kind, DWORD error)
 {
     noteTrouble(kind, Troubled::Registry, {}, error);
@@ -46,13 +46,13 @@ BOOL RegCopyFile(const WCHAR* path)
     CloseHandle(file);
     if (error == ERROR_SUCCESS)
         return TRUE;
-    (void)DeleteFileW(path);  // half a registry would be taken for one
+    (void)DeleteFileW(path);  // a truncated file could be mistaken for the registry
     return fail(Trouble::Reading, error);
 }
 
 BOOL RegRestoreFile(const WCHAR* path)
 {
-    // Opened for writing too: whoever may not write it may not delete it either, and is told before anything changes.
+    // Open it for writing too, so that a file which may not be deleted is refused before anything changes.
     const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_FILE_NOT_FOUND ? FALSE : fail(Trouble::Writing, GetLastError());
@@ -60,7 +60,7 @@ BOOL RegRestoreFile(const WCHAR* path)
     CloseHandle(file);
     if (error != ERROR_SUCCESS)
         return fail(Trouble::Writing, error);
-    if (DeleteFileW(path))  // only now: at no moment is the registry in neither place
+    if (DeleteFileW(path))  // last, so that a copy exists at every moment
         return TRUE;
     const DWORD notDeleted = GetLastError();
     platform::registry::unstageRegistry();

@@ -1,4 +1,3 @@
-// What may stand in the registry.
 #include "registry/registry_names.h"
 
 #include "text/utf.h"

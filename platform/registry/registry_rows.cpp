@@ -1,4 +1,3 @@
-// The registry's tables.
 #include "registry_rows.h"
 
 #include "text/case_folding.h"

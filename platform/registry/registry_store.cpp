@@ -1,4 +1,3 @@
-// Opening and closing the registry.
 #include "registry/registry_store.h"
 
 #include "database/device_database.h"

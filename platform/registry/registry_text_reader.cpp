@@ -1,4 +1,3 @@
-// Keys and values out of the text of a registry file.
 #include "registry/registry_text_reader.h"
 
 #include "text/case_folding.h"
@@ -18,8 +17,8 @@ constexpr std::size_t PieceBytes = 65536;
 constexpr char16_t ByteOrderMark = 0xFEFF;
 constexpr std::u16string_view Headline = u"Windows Registry Editor Version 5.00";
 constexpr std::u16string_view ClosingWords = u"; End of registry: ";
-constexpr std::size_t LongestComment = 256;  // what is kept of one: more than a closing line
-// Each character of each name may be escaped, which takes six.
+constexpr std::size_t LongestComment = 256;  // longer comments are cut; a closing line is shorter
+// Each character of each name may be an escape of six characters.
 constexpr std::size_t LongestKeyLine = std::size_t{LevelLimit + 1} * (NameLimit + 1) * 6;
 
 // Thrown inside this file only.
@@ -56,7 +55,7 @@ bool sameWithoutCase(std::u16string_view left, std::u16string_view right)
            });
 }
 
-// The text's code units, one ahead.
+// The code units of the text, with a look-ahead of one.
 class Units {
 public:
     explicit Units(const RegistryTextSource& source) : source_(source), piece_(PieceBytes) {}
@@ -190,7 +189,7 @@ void Reader::readComment()
         if (comment.size() < LongestComment)
             comment.push_back(unit);
     }
-    // A hand that changed the content will not have counted; a whole registry must agree with its numbers.
+    // A whole registry must have the counts of its closing line. A text edited by hand needn't have them.
     if (wholeness_ == Wholeness::Free || !comment.starts_with(ClosingWords))
         return;
     if (comment != closingLine(keys_, values_))
@@ -209,7 +208,7 @@ std::u16string unescapedLevel(std::u16string_view line, std::size_t& at)
             level.push_back(line[at++]);
             continue;
         }
-        // Of three in a row the first one ends the level, since digits follow an escape.
+        // Of three backslashes the first one ends the level, since an escape is two of them and digits.
         const std::u16string_view ahead = line.substr(at, 3);
         if (!ahead.starts_with(u"\\\\") || ahead == u"\\\\\\")
             break;
@@ -260,7 +259,7 @@ void Reader::readKey()
         if (line.size() > LongestKeyLine)
             throw Fault{"the key's path is too long"};
     }
-    // A name may hold brackets: the last one of the line closes it.
+    // A name may contain brackets, so the last one of the line ends it.
     const std::size_t end = line.find_last_not_of(u" \t");
     if (end == std::u16string::npos || line[end] != u']')
         throw Fault{"the key's bracket isn't closed"};
@@ -314,7 +313,7 @@ std::u16string Reader::readName()
     return name;
 }
 
-// Inside of quotes, behind which the text goes on: line breaks are characters there.
+// Reads one unit inside quotes, where a line break is an ordinary character.
 char16_t Reader::readQuotedUnit()
 {
     const bool escaped = units_.takeIf(u'\\');
@@ -370,7 +369,7 @@ void Reader::readBytes()
     bool first = true;
     for (;;) {
         skipBlanks();
-        if (units_.takeIf(u'\\')) {  // goes on in the next line
+        if (units_.takeIf(u'\\')) {  // continued in the next line
             skipBlanks();
             if (!isLineBreak(units_.next()))
                 throw Fault{"a backslash doesn't end its line"};

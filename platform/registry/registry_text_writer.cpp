@@ -1,4 +1,3 @@
-// Keys and values as the text of a registry file.
 #include "registry/registry_text_writer.h"
 
 #include "ce/registry.h"
@@ -16,7 +15,7 @@ static_assert(std::endian::native == std::endian::little, "the text's code units
 namespace {
 
 constexpr std::size_t PieceUnits = 32768;
-constexpr std::size_t LongestHexLine = 76;  // the form's usual width; only whole bytes come behind it
+constexpr std::size_t LongestHexLine = 76;  // the format's usual width; a line is broken only between bytes
 constexpr char16_t FirstPrintable = u' ';
 
 bool isControl(char16_t unit)
@@ -24,8 +23,8 @@ bool isControl(char16_t unit)
     return unit < FirstPrintable;
 }
 
-// A text that stands between quotes as it is: it ends with its only NUL, and an editor shows all of it. Any other
-// data of that type is written byte by byte.
+// The text, if it can be written in quotes: its only NUL is at the end, and an editor can show all its characters.
+// Other data of that type is written as hexadecimal bytes.
 std::optional<std::u16string> plainText(std::span<const std::byte> data)
 {
     if (data.size() < sizeof(char16_t) || data.size() % sizeof(char16_t) != 0)
@@ -62,7 +61,7 @@ bool RegistryTextWriter::key(const KeyPath& path)
     for (const std::u16string& level : path.levels) {
         put(u'\\');
         for (const char16_t unit : level) {
-            if (isControl(unit)) {  // two backslashes stand nowhere else, since no level is empty
+            if (isControl(unit)) {  // "\\" begins an escape; it can't be a separator, since no level is empty
                 put(u"\\\\");
                 putHexadecimal(unit, 4);
             } else {
@@ -137,7 +136,7 @@ void RegistryTextWriter::putHexadecimal(std::uint32_t number, unsigned digits)
         put(u"0123456789abcdef"[(number >> (4 * --digits)) & 0xF]);
 }
 
-// Line breaks in a name stand as they are.
+// Line breaks in a name are written unchanged.
 void RegistryTextWriter::putQuoted(std::u16string_view text)
 {
     put(u'"');

@@ -1,4 +1,3 @@
-// A registry file that waits for the next start.
 #include "staged_registry.h"
 
 #include "host/error.h"
@@ -53,7 +52,7 @@ DWORD copyTo(HostFile& target, HANDLE file)
     }
 }
 
-// Whether the text is good, by reading it without effect.
+// Ignores the content. Used to check a text without changing anything.
 class Deaf final : public RegistryTextSink {
 public:
     bool key(const KeyPath& /*path*/) override { return true; }
@@ -63,7 +62,7 @@ public:
     }
 };
 
-// What readRegistryText tells of a file that stands at its beginning.
+// The fault of a registry file, which must be at offset 0.
 std::optional<RegistryTextFault> faultOf(HostFile& file)
 {
     Deaf deaf;
@@ -93,7 +92,7 @@ bool keepAside(const fs::path& folder, std::string& sentence)
     return !failure;
 }
 
-// Once in force, it must not come again: it would undo what changes from here on.
+// Deletes the staged file after it has replaced the registry. A second replacement would undo later changes.
 bool takeAway(const fs::path& folder, std::string& sentence)
 {
     std::error_code failure;
@@ -144,14 +143,14 @@ DWORD stageRegistry(HANDLE file)
 void unstageRegistry()
 {
     const std::scoped_lock lock(staging().mutex);
-    std::error_code ignored;  // it was there a moment ago; if it stays, it is what was asked for
+    std::error_code ignored;  // if the file can't be deleted, the next start restores it, as the caller first asked
     fs::remove(staging().folder / StagedName, ignored);
 }
 
 bool enforceStagedRegistry(const fs::path& folder, std::string& sentence)
 {
     std::error_code ignored;
-    fs::remove(folder / GrowingName, ignored);  // left by a kill: never whole
+    fs::remove(folder / GrowingName, ignored);  // a killed process left it; it may be truncated
     HostFile staged(folder / StagedName, O_RDONLY);
     if (staged.error() == ENOENT)
         return true;

@@ -1,6 +1,6 @@
-// staged_registry.h - a registry file that waits beside the device's database for the next start.
+// staged_registry.h - a registry file beside the device's database, which replaces the registry at the next start.
 //
-// It is there whole or not at all: it grows under another name.
+// The file is written under another name and renamed when it is whole, so a staged file is never a part of one.
 #pragma once
 
 #include "ce/handle.h"
@@ -11,21 +11,21 @@
 
 namespace platform::registry {
 
-// Where files are staged from now on; empty: nowhere, since no registry is open.
+// Sets the folder of staged files. An empty path means that no registry is open, so nothing can be staged.
 void setStagingFolder(const std::filesystem::path& folder);
 
-// Copies an open file, from its beginning, in place of one staged before. 0 when it is on the disk. 31 for one that is
-// no whole registry: it is kept aside as "registry.refused", and what was staged before still is. Otherwise the error,
-// and it is in neither place.
+// Stages a copy of an open file, from its beginning, and replaces the one staged before. 0 when the copy is on the
+// disk. 31 for a file that isn't a whole registry: the copy is kept as "registry.refused", and the file staged before
+// stays. After any other error there is no copy.
 [[nodiscard]] DWORD stageRegistry(HANDLE file);
 
-// Takes a staged file away again.
+// Deletes the staged file.
 void unstageRegistry();
 
-// Puts the file staged in `folder` in force, if there is one: in place of the whole registry in the open database, in
-// one transaction. One that is no whole registry is kept aside likewise, the registry stays as it is, and `sentence`
-// warns of it.
-// False with a sentence for the user if the disk fails: the registry is the old one then, and the file still waits.
+// Replaces the registry in the open database by the file staged in `folder`, if there is one, in one transaction. A
+// file that isn't a whole registry is renamed to "registry.refused". Then the registry stays as it is, and `sentence`
+// is a warning. False with a sentence for the user if the disk fails: then the registry and the staged file stay as
+// they are.
 [[nodiscard]] bool enforceStagedRegistry(const std::filesystem::path& folder, std::string& sentence);
 
 }  // namespace platform::registry

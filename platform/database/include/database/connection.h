@@ -1,6 +1,6 @@
 // connection.h - one SQLite database file: its statements, its transactions. No other room includes SQLite.
 //
-// A connection serves one thread at a time; device_database.h lends it out under a lock.
+// Only one thread at a time may use a connection. DatabaseUse (device_database.h) gives access to it under a lock.
 #pragma once
 
 #include <cstddef>
@@ -20,11 +20,11 @@ struct sqlite3_stmt;
 
 namespace platform::database {
 
-// How a statement got on. What is not done leaves the database as it was.
+// The result of a step of a statement. After Full, NoMemory and Failed the database is unchanged.
 enum class Step {
-    Row,   // a row is there to be read
-    Done,  // no more rows; the change is made
-    Full,  // no room on the host's disk
+    Row,   // a row can be read
+    Done,  // no more rows, and the change is made
+    Full,  // the host's disk is full
     NoMemory,
     Failed,  // the database can't be read or written, or a constraint forbids it
 };
@@ -38,7 +38,7 @@ class Connection;
 #define SQL_LITERAL consteval
 #endif
 
-// The text of a statement. It is a literal, so that a connection finds what it has prepared by the address alone.
+// The text of a statement. It must be a literal, because a connection finds its prepared statements by the address.
 class Sql {
 public:
     template <std::size_t Size>
@@ -54,7 +54,7 @@ private:
     int size_;
 };
 
-// The prepared statements of one text that wait for their next use.
+// The unused prepared statements of one text.
 using Prepared = std::vector<sqlite3_stmt*>;
 
 // A prepared statement, borrowed from its connection for one use.
@@ -76,7 +76,7 @@ public:
 
     [[nodiscard]] Step step();
 
-    // Of the row that step() found, columns from 0. Bytes stay good until the next step.
+    // Read the row that step() found. Columns count from 0. Bytes are valid until the next step.
     [[nodiscard]] std::int64_t integer(int column) const;
     [[nodiscard]] std::u16string text(int column) const;
     [[nodiscard]] std::span<const std::byte> bytes(int column) const;
@@ -94,8 +94,8 @@ private:
     void bindOne(int index, std::u16string_view text) { bindOne(index, std::u16string(text)); }
     void bindOne(int index, std::span<const std::byte> bytes);
 
-    Prepared* home_;           // where it goes back to
-    sqlite3_stmt* statement_;  // null: it could not be prepared, and each step fails
+    Prepared* home_;           // the destructor returns the statement to it
+    sqlite3_stmt* statement_;  // null if it could not be prepared; then each step fails
 };
 
 class Connection {
@@ -105,7 +105,7 @@ public:
     Connection& operator=(const Connection&) = delete;
     ~Connection();
 
-    // Statements are kept prepared, so the same text costs nothing the next time.
+    // Keeps the prepared statement and reuses it the next time.
     [[nodiscard]] Statement prepare(Sql sql);
 
     // One statement or several, without parameters or rows.
@@ -114,22 +114,23 @@ public:
     // The first column of the first row, of a statement without parameters.
     [[nodiscard]] std::optional<std::int64_t> readNumber(Sql sql);
 
-    // Gathers the changes of several calls in one transaction, so that they share one flush: begins it unless
-    // it is open. `ended` hears once how it ended: Done, all of it is on the disk; otherwise all is undone.
+    // Gathers the changes of several calls in one transaction, so that they share one flush. Begins the transaction
+    // unless it is open. `ended` is called once at its end: with Done if all changes are on the disk, otherwise after a
+    // rollback.
     [[nodiscard]] Step gather(std::function<void(Step)> ended);
 
-    // False also when a failed statement has undone the transaction, which `ended` then has heard.
+    // False also after a failed statement rolled the transaction back. Then `ended` has been called.
     [[nodiscard]] bool isGathering();
 
-    // Puts what was gathered on the disk; nothing if nothing was, or if it is held. Ends a reading, too.
+    // Commits the gathered changes, unless the gathering is held. Also ends the transaction of keepReading().
     void endGathering();
 
-    // What is gathered from now on stays open until it is released: then all of it is on the disk, or nothing.
+    // Keeps the gathering open until it is released. Then all changes are on the disk, or none.
     void holdGathering() { held_ = isGathering(); }
     void releaseGathering(bool kept);
 
-    // Lets the reads that follow share one transaction, since each that begins its own asks the host for the file's
-    // size. Nobody else changes the file meanwhile. It ends before the next change.
+    // Makes the following reads share one transaction. Otherwise each read begins one, which asks the host for the
+    // file's size. The transaction ends before the next change.
     void keepReading();
 
     [[nodiscard]] std::int64_t lastInsertId() const;
@@ -143,7 +144,7 @@ private:
     void endReading();
     [[nodiscard]] Step commit();
     void undo();
-    [[nodiscard]] Step run(const char* sql);  // takes no memory of ours, so that what was begun always comes to an end
+    [[nodiscard]] Step run(const char* sql);  // allocates nothing here, so a transaction can always be ended
 
     sqlite3* database_;
     bool reading_ = false;                      // a transaction is open for reads alone
@@ -152,7 +153,7 @@ private:
     std::unordered_map<const char*, Prepared> prepared_;
 };
 
-// All or nothing: what isn't committed when it ends is undone. Amid a gathering it is a part of that one.
+// An atomic change. The destructor rolls back what isn't committed. During a gathering it is a savepoint of that one.
 class Transaction {
 public:
     explicit Transaction(Connection& connection);
@@ -160,10 +161,10 @@ public:
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction();
 
-    // Done if it has begun. Nothing may be changed otherwise: each statement would be on the disk by itself.
+    // Done if it has begun. Otherwise change nothing, since each statement would be committed separately.
     [[nodiscard]] Step begun() const { return begun_; }
 
-    // Done when all of it is on the disk, or gathered. Otherwise nothing of it is there, at the next start either.
+    // Done when the change is on the disk or gathered. Otherwise nothing is changed, nor will be at the next start.
     [[nodiscard]] Step commit();
 
 private:

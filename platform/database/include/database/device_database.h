@@ -1,4 +1,4 @@
-// device_database.h - the device's one database file: opened once a process, shared by the rooms that keep
+// device_database.h - the device's database file, opened once per process and shared by the rooms that store
 // something in it.
 #pragma once
 
@@ -10,20 +10,20 @@
 
 namespace platform::database {
 
-// Opens the file, makes it if it is missing, and brings it to this version's schema. False with a sentence
-// for the user if it is damaged, open elsewhere, newer than this version or not a device's database; the
-// file is left as it is then. Fails also while one is open.
-// With success `sentence` is empty, or a warning: changes that stand beside a file that is missing or empty were put
-// aside.
+// Opens the file, creates it if it is missing, and migrates it to this version's schema. False with a
+// sentence for the user if it is damaged, open elsewhere, newer than this version or not a device's
+// database. Then the file is unchanged. Fails also while a database is open.
+// On success `sentence` is empty or a warning: the file was missing or empty, and the write-ahead log beside it was
+// renamed.
 [[nodiscard]] bool openDeviceDatabase(const std::filesystem::path& file, std::string& sentence);
 
-// Closes it, with what was gathered on the disk; harmless if none is open.
+// Commits the gathered changes and closes the file. Does nothing if none is open.
 void closeDeviceDatabase();
 
-// Whether a use of the database goes on with changes that others gathered, or has them put on the disk first.
+// Whether a use of the database first commits the changes that were gathered before (End), or not (GoOn).
 enum class Gathered { End, GoOn };
 
-// The open database for the length of one call: no other thread uses it meanwhile. Not to be nested.
+// Locks the open database for the duration of one call. Don't nest it.
 class DatabaseUse {
 public:
     explicit DatabaseUse(Gathered gathered = Gathered::End);

@@ -1,4 +1,4 @@
-// registry_content.h - the registry's tables as the text of a registry file, and back.
+// registry_content.h - writes the registry's tables as the text of a registry file, and reads such a text into them.
 #pragma once
 
 #include "registry/registry_text_reader.h"
@@ -10,11 +10,10 @@
 
 namespace platform::registry {
 
-// Writes all of the open registry, as it is at one moment. False if the output refused bytes or the tables can't be
-// read.
+// Writes the open registry as it is at one moment. False if the output refused bytes or the tables can't be read.
 [[nodiscard]] bool writeContent(const RegistryTextWriter::Output& output);
 
-// What becomes of keys and values that the text doesn't name.
+// What happens to keys and values that the text doesn't contain.
 enum class Unnamed { Removed, Kept };
 
 struct ContentRead {

@@ -1,4 +1,4 @@
-// registry_names.h - what may stand in the registry: its predefined keys, and the limits of names and values.
+// registry_names.h - the registry's predefined keys, and the limits of names and values.
 #pragma once
 
 #include <cstddef>
@@ -23,16 +23,16 @@ inline constexpr std::u16string_view PredefinedNames[] = {u"HKEY_CLASSES_ROOT", 
 inline constexpr std::size_t NameLimit = 255;
 inline constexpr int LevelLimit = 16;
 
-// Far above what anybody keeps in a value; it bounds the memory that a registry file can ask for.
+// Limits the memory that a registry file can ask for. Real values are far smaller.
 inline constexpr std::size_t ValueBytesLimit = std::size_t{16} * 1024 * 1024;
 
-// A key by its predefined one and the names of the levels below that.
+// The path of a key: its predefined key and the names of the levels below.
 struct KeyPath {
     std::int64_t root = 0;  // a row number from 1 to 4
     std::vector<std::u16string> levels;
 };
 
-// Names are stored as Unicode text, in which no half of a character stands alone.
+// Whether the name is valid UTF-16, without lone surrogates, so that the database can store it.
 [[nodiscard]] bool isText(std::u16string_view name);
 
 }  // namespace platform::registry

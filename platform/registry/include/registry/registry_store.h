@@ -6,13 +6,13 @@
 
 namespace platform::registry {
 
-// Opens the device's database, which holds the registry, and makes it if it is missing. A registry file that was
-// staged beside it comes into force first; a damaged one is put aside. From here on programs find RegCopyFile and
-// RegRestoreFile. False with a sentence for the user if the database or the staged file can't be used; the registry is
-// left as it is then. With success `sentence` is empty, or a warning that tells what was put aside.
+// Opens the device's database, which contains the registry, and creates it if it is missing. If a registry file is
+// staged beside it, the file replaces the registry. A damaged one is renamed instead. Afterwards programs can look up
+// RegCopyFile and RegRestoreFile. False with a sentence for the user if the database or the staged file can't be used.
+// Then the registry is unchanged. On success `sentence` is empty or a warning that names the renamed file.
 [[nodiscard]] bool openRegistry(const std::filesystem::path& database, std::string& sentence);
 
-// Closes the database. Keys that are still open are dead from here on, also when it is opened again.
+// Closes the database. Keys that are still open become invalid, and stay so when it is opened again.
 void closeRegistry();
 
 }  // namespace platform::registry

@@ -1,5 +1,5 @@
-// registry_text_writer.h - keys and values as the text of a registry file (docs/format.md, "Registry file").
-// Knows nothing of tables or files.
+// registry_text_writer.h - writes keys and values as the text of a registry file (docs/format.md, "Registry file").
+// Independent of tables and files.
 #pragma once
 
 #include "registry/registry_names.h"
@@ -14,7 +14,7 @@
 
 namespace platform::registry {
 
-// Memory stays at one piece of text, however much is written.
+// Uses memory for one piece of the text, however long the text is.
 class RegistryTextWriter {
 public:
     // Takes the next bytes of the file; false ends the writing.
@@ -26,7 +26,7 @@ public:
     [[nodiscard]] bool key(const KeyPath& path);
     [[nodiscard]] bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data);
 
-    // The closing line, which tells a whole file from a cut one. Nothing is written behind it.
+    // Writes the closing line, by which a reader detects a truncated file. Write nothing after it.
     [[nodiscard]] bool finish();
 
 private:
