@@ -1,4 +1,3 @@
-// The copy of a device's database that is being changed.
 #include "device/changing_copy.h"
 
 #include <system_error>

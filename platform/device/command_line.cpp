@@ -1,4 +1,3 @@
-// The host's command line.
 #include "command_line.h"
 
 #include <CLI/CLI.hpp>
@@ -17,7 +16,7 @@ constexpr int BadUsage = 2;
 constexpr double LongestTimeout = 1e9;  // seconds
 constexpr std::string_view CapacityMark = ",capacity=";
 
-// More than any host's disk, and still a number that the database can hold.
+// The largest number that the database can store. It is more than any disk of the host.
 constexpr std::uint64_t LargestCapacity = INT64_MAX;
 
 [[noreturn]] void refuseOption(const std::string& option, const std::string& value, const std::string& why)
@@ -25,7 +24,7 @@ constexpr std::uint64_t LargestCapacity = INT64_MAX;
     throw CLI::ValidationError(option, "\"" + value + "\" " + why);
 }
 
-// NAME=DIR. The folder may hold anything, further equals signs and commas included.
+// Parses NAME=DIR. The folder may contain any characters, also equals signs and commas.
 ExtraFolder parseFolder(const std::string& option, const std::string& value)
 {
     const std::size_t equals = value.find('=');
@@ -37,7 +36,7 @@ ExtraFolder parseFolder(const std::string& option, const std::string& value)
     return folder;
 }
 
-// NAME=DIR or NAME=DIR,capacity=BYTES. Only the last mark counts, so a folder's own commas are no matter.
+// Parses NAME=DIR or NAME=DIR,capacity=BYTES. Only the last ",capacity=" counts, so the folder may contain commas.
 ExtraFolder parseCard(const std::string& option, const std::string& value)
 {
     ExtraFolder card = parseFolder(option, value);
@@ -59,7 +58,7 @@ ExtraFolder parseCard(const std::string& option, const std::string& value)
     return card;
 }
 
-// Seconds, with or without a fraction. What isn't a number is no timeout either.
+// Parses seconds, with or without a fraction. The condition also refuses NaN.
 std::chrono::milliseconds parseTimeout(const std::string& value)
 {
     double seconds = 0;
@@ -101,7 +100,7 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
     CLI::App app("Backs up a device (its files, databases and registry) and brings it back.", "quillbox");
     app.set_version_flag("--version", "quillbox " QUILLBOX_VERSION);
     auto* named = app.add_option("--device", device, "The device's folder; made if it is missing")->type_name("DIR");
-    // One value each: a second word behind the option is a mistake, not a second card.
+    // One value per option, so that a second word after the option is an error and not a second card.
     app.add_option("--card", cards, "A folder of this computer as a card, for this start")
         ->type_name("NAME=DIR[,capacity=BYTES]")
         ->allow_extra_args(false);

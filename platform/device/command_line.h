@@ -20,9 +20,9 @@ struct CommandLine {
 };
 
 struct ParsedCommandLine {
-    std::optional<CommandLine> options;  // nothing: `message` is to be shown, and that is all
+    std::optional<CommandLine> options;  // nothing: show `message` and exit
     std::string message;                 // help, version, or what is wrong
-    int exitCode = 0;                    // 2 for bad usage, whose message belongs on standard error
+    int exitCode = 0;                    // 2 for bad usage; then show the message on standard error
 };
 
 [[nodiscard]] ParsedCommandLine parseCommandLine(int count, const char* const* words);

@@ -44,7 +44,7 @@ public:
 
     ~OpenedDevice() override
     {
-        // The locks go last, by the members' order: nobody gets in while something is still open.
+        // The locks are members, so they are released after this, when everything is closed.
         file::removeAllMounts();
         store::closeStore();
         registry::closeRegistry();
@@ -70,14 +70,14 @@ Descriptor openFolder(const fs::path& folder, int flags = 0)
     return Descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
 }
 
-// The parts that an older or hand-made device may lack.
+// Creates a folder that an older or hand-made device may lack.
 void makeMissingFolder(const fs::path& folder)
 {
     if (::mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST)
         refuse("The folder " + quoted(folder) + " can't be made", errno);
 }
 
-// A folder of the device itself: a link in its place would lead out of it.
+// Opens a folder of the device itself. A link is refused, because it would lead out of the device.
 Descriptor openOwnFolder(const fs::path& folder)
 {
     Descriptor opened = openFolder(folder, O_NOFOLLOW);
@@ -131,8 +131,8 @@ Place placeOf(const ExtraFolder& extra)
     return place;
 }
 
-// What the device remembers, where it is there: a card that isn't in its slot is no failure. What this start
-// names by itself counts instead.
+// The remembered folders that exist: a card that isn't inserted is no failure. A folder of the command line replaces a
+// remembered one of the same name.
 std::vector<Place> rememberedPlaces(const std::vector<ExtraFolder>& extras)
 {
     std::vector<Place> places;
@@ -146,7 +146,7 @@ std::vector<Place> rememberedPlaces(const std::vector<ExtraFolder>& extras)
     return places;
 }
 
-// One name for one folder: two would let one file be open twice under two names.
+// Refuses two folders of one name and two names of one folder. With two names, one file could be open twice.
 void refuseDoubles(const std::vector<Place>& places)
 {
     for (auto place = places.begin(); place != places.end(); ++place) {
@@ -165,7 +165,7 @@ void refuseDoubles(const std::vector<Place>& places)
     }
 }
 
-// A device that had a database has lost it; one that was made by hand needs none.
+// Warns of a missing database only if the device had one before. A device made by hand needs none.
 std::optional<std::string> OpenedDevice::whatIsLost() const
 {
     std::error_code error;
@@ -178,7 +178,7 @@ std::optional<std::string> OpenedDevice::whatIsLost() const
            ": the device starts without databases and with an empty registry.";
 }
 
-// A folder in the root hides the device's own content of that name, which then gets into no backup.
+// A mounted folder hides the device's own folder of that name, whose content is then missing in backups.
 std::optional<std::string> OpenedDevice::whatIsHiddenBy(const Place& place) const
 {
     const auto hostName = text::toHostName(place.name);
@@ -194,7 +194,7 @@ std::optional<std::string> OpenedDevice::whatIsHiddenBy(const Place& place) cons
 
 std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstration)
 {
-    // Only now, under the lock, is it certain that no other process is making the device.
+    // Check this under the lock, which ensures that no other process is creating the device.
     if (kindOf(folder_) == FolderKind::Device)
         clearLeftovers(folder_);
     else
@@ -237,7 +237,7 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
 void OpenedDevice::mount(Place place)
 {
     if (place.card) {
-        // A description of its own, since the name space closes the other one before the lock may go.
+        // Open the folder again, since the name space closes the other descriptor before the lock may be released.
         Descriptor& lock =
             cardLocks_.emplace_back(::openat(place.opened.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         lockCard(lock, place.folder);

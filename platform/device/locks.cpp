@@ -1,4 +1,3 @@
-// What keeps two processes off one device and two devices off one card.
 #include "locks.h"
 
 #include "refusal.h"
@@ -32,7 +31,7 @@ bool hadDatabase(const Descriptor& deviceLock)
 void noteDatabase(const Descriptor& deviceLock)
 {
     if (!hadDatabase(deviceLock))
-        (void)!::write(deviceLock.get(), "database\n", 9);  // without it only a warning is missing
+        (void)!::write(deviceLock.get(), "database\n", 9);  // after a failure only a warning is missing later
 }
 
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder)

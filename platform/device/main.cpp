@@ -31,7 +31,7 @@ constexpr int Failed = 1;
 constexpr int BadUsage = 2;
 constexpr int LeftOut = 4;  // 3 is the window's, where there is no display
 
-// A name in it may hold anything, and must not steer a terminal.
+// Replaces control characters, because a file's name in the sentence could send commands to the terminal.
 int tell(std::string sentence, int exitCode)
 {
     std::ranges::replace_if(
@@ -46,7 +46,7 @@ void tellWarnings(const platform::device::OpenResult& opened)
         (void)tell(warning, 0);
 }
 
-// The run itself may have been silent about it.
+// The program's own windows may not have reported it.
 int tellLeftOut(int exitCode)
 {
     const auto all = platform::device::whatWasLeftOut(Since::Start);
@@ -60,7 +60,7 @@ int tellLeftOut(int exitCode)
     return exitCode == 0 && !all.empty() ? LeftOut : exitCode;
 }
 
-// Whoever started Quillbox from the desktop sees no standard error.
+// A user who started Quillbox from the desktop doesn't see standard error.
 void showLeftOut(HWND owner)
 {
     std::string text;
@@ -78,7 +78,7 @@ int startProgram()
     return WinMain(instance, nullptr, commandLine, SW_SHOW);
 }
 
-// A device that is in use has a window already, unless a script uses it.
+// If the device is in use, another process shows its window, unless that process runs a script.
 int runInWindow(const CommandLine& options)
 {
     const auto opened = platform::device::openDevice(options.device, options.extras, true);
@@ -91,7 +91,7 @@ int runInWindow(const CommandLine& options)
         return tell(opened.error.sentence, Failed);
     tellWarnings(opened);
     const auto firstStart = platform::display::answerSecondStarts(options.device);
-    // Told on the program's own thread: without a desktop there is no way back from the other.
+    // Report at the end of the program's thread, because without a desktop the other thread doesn't return.
     platform::kernel::setJobEndHandler(showLeftOut);
     return platform::display::runWithWindow([] {
         const int exitCode = startProgram();

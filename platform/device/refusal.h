@@ -1,5 +1,5 @@
-// refusal.h - why a device isn't opened. openDevice turns it into its result; other rooms know it as a
-// std::runtime_error at most.
+// refusal.h - the exception that says why a device can't be opened. openDevice returns it as an OpenError. Other rooms
+// can catch it as a std::runtime_error.
 #pragma once
 
 #include <filesystem>

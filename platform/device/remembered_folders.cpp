@@ -1,4 +1,3 @@
-// Folders of the host that a device shows in its root at every start.
 #include "device/remembered_folders.h"
 
 #include "refusal.h"

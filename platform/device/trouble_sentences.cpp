@@ -1,4 +1,3 @@
-// trouble_sentences.cpp - see trouble_sentences.h.
 #include "trouble_sentences.h"
 
 #include "kernel/error_reason.h"
@@ -31,7 +30,8 @@ constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing, Trouble::
                                  Trouble::Replacing};
 constexpr std::array Noted = {Trouble::Reading, Trouble::Writing};
 
-// Why an item of a set couldn't be stored, restored or deleted, where that isn't the failure of a single call.
+// The reason of a failed item of a set, for errors that have another meaning there than in a single call. Otherwise
+// null.
 const char* reasonOfItem(Trouble kind, Troubled what, DWORD error)
 {
     switch (error) {
@@ -90,7 +90,7 @@ std::string manyOf(Trouble kind, Troubled what)
     return what == Troubled::Registry ? " registries " : " databases ";
 }
 
-// What is said of one, before its name, and of several, before the name of the first.
+// The words before the name of a single thing, and before the name of the first of several.
 struct Wording {
     const char* one;
     const char* many;
@@ -132,7 +132,7 @@ std::string noSet(const NamedTrouble& trouble)
     return failed + reasonOf(Trouble::Numbering, Troubled::File, trouble.error) + ".";
 }
 
-// A sentence for each kind of thing: among many files a database would be overlooked.
+// One sentence for each kind of thing, so that a database isn't overlooked among many files.
 void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles, std::vector<LeftOut>& all)
 {
     if (troubles.empty())
@@ -155,8 +155,8 @@ void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles
     all.push_back(std::move(leftOut));
 }
 
-// What the program reported, and what the calls noted of other things. A call knows better than the program why a
-// database or the registry failed.
+// Combines what the program reported with what the calls noted. For databases and the registry the error of the call is
+// shown, since it is more exact than that of the program.
 class Report {
 public:
     explicit Report(Since since) : since_(since)
@@ -197,7 +197,7 @@ public:
 private:
     using Name = std::pair<Troubled, std::u16string>;
 
-    // That the set is damaged is the program's own finding.
+    // Only the program can find out that a set is damaged.
     static bool knowsBetter(Troubled what, DWORD reported)
     {
         return what == Troubled::File ? reported == ERROR_GEN_FAILURE : reported != ERROR_FILE_CORRUPT;
@@ -206,7 +206,7 @@ private:
     Since since_;
     std::map<Name, DWORD> noted_;
     std::set<Name> told_;
-    std::vector<std::u16string> foldersWithoutSet_;  // each file of a set that couldn't be made failed there
+    std::vector<std::u16string> foldersWithoutSet_;  // failures of files in them have the same cause
 };
 
 }  // namespace

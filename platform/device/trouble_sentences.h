@@ -1,4 +1,4 @@
-// trouble_sentences.h - what a run of the program couldn't read, write, store or restore, in sentences for its user.
+// trouble_sentences.h - sentences for the user about all that a run couldn't read, write, store or restore.
 #pragma once
 
 #include "kernel/troubles.h"
@@ -9,12 +9,12 @@
 namespace platform::device {
 
 struct LeftOut {
-    std::string sentence;                  // how many there are, and the first of them with its reason
-    std::vector<std::string> furtherOnes;  // the names behind the first, with their reasons
-    std::size_t unnamed = 0;               // how many more there are
+    std::string sentence;                  // their number, and the name of the first with its reason
+    std::vector<std::string> furtherOnes;  // names after the first, with their reasons
+    std::size_t unnamed = 0;               // number of further ones without a name here
 };
 
-// None if all went well. The program itself may have passed over it in silence.
+// Empty if all went well. The program itself may have reported nothing to the user.
 [[nodiscard]] std::vector<LeftOut> whatWasLeftOut(kernel::Since since);
 
 }  // namespace platform::device

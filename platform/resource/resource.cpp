@@ -1,5 +1,3 @@
-// resource.cpp - the platform's resource calls, upon the process's resource file.
-
 #include "ce/resource.h"
 
 #include "resource/resource_file.h"
@@ -15,7 +13,7 @@ using platform::resource::ResourceKey;
 
 namespace {
 
-// A key as the calls take it: a number in the pointer itself, "#123", or a text.
+// The key that a call's argument names: a number as the pointer's value, "#123", or a text.
 ResourceKey keyOf(const WCHAR* name)
 {
     const auto number = reinterpret_cast<UINT_PTR>(name);
@@ -47,7 +45,7 @@ const Resource* entryOf(HRSRC handle)
     return nullptr;
 }
 
-// How many characters of the text fit, without cutting a surrogate pair in two.
+// The number of the text's characters that fit, never half a surrogate pair.
 std::size_t fitting(std::span<const std::byte> text, std::size_t characters)
 {
     const std::size_t all = text.size() / sizeof(WCHAR);

@@ -1,5 +1,3 @@
-// resource_file.cpp - the compiled resource file: finding an entry in its bytes.
-
 #include "resource/resource_file.h"
 
 #include <algorithm>
@@ -10,7 +8,7 @@ namespace platform::resource {
 
 namespace {
 
-// Every file begins with an entry of no type, no name and no data.
+// Every file begins with an empty entry, of type 0 and name 0.
 constexpr std::array<std::uint8_t, 16> EmptyEntryHead = {0, 0, 0, 0, 0x20, 0, 0, 0, 0xFF, 0xFF, 0, 0, 0xFF, 0xFF, 0, 0};
 constexpr std::size_t EmptyEntryBytes = 32;
 constexpr std::size_t HeaderTailBytes = 16;  // version, flags, language, version, characteristics
@@ -37,7 +35,7 @@ bool sameKey(const ResourceKey& left, const ResourceKey& right)
     return std::ranges::equal(std::get<std::u16string>(left), std::get<std::u16string>(right), {}, folded, folded);
 }
 
-// Reads on from a place in the bytes; false where something would lie outside of them.
+// Reads from an offset on. A read beyond the end of the bytes fails with false.
 class Reader {
 public:
     Reader(std::span<const std::byte> bytes, std::size_t offset) : bytes_(bytes), offset_(offset) {}
@@ -78,7 +76,7 @@ private:
     std::size_t offset_;
 };
 
-// The entry that begins at `offset`, which then moves to where the next one begins.
+// Reads the entry at `offset` and advances `offset` to the next entry.
 std::optional<Resource> readEntry(std::span<const std::byte> file, std::size_t& offset)
 {
     Reader reader(file, offset);

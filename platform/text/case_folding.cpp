@@ -1,4 +1,4 @@
-// Letters without their case: the simple folding of the scripts with capitals that file names are written in.
+// The table covers the scripts with capitals that are common in file names.
 #include "text/case_folding.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace platform::text {
 
 namespace {
 
-// Every `step`th character from first to last is a capital; its small letter lies `distance` behind it.
+// Every `step`th character from first to last is a capital. Its small letter is the capital plus `distance`.
 struct Capitals {
     char16_t first;
     char16_t last;
@@ -21,7 +21,7 @@ constexpr Capitals capitals[] = {
     {0x00B5, 0x00B5, 1, 775},
     {0x00C0, 0x00D6, 1, 32},
     {0x00D8, 0x00DE, 1, 32},
-    // Latin Extended-A and what is written today of Extended-B
+    // Latin Extended-A and the letters of Extended-B in present use
     {0x0100, 0x012E, 2, 1},
     {0x0132, 0x0136, 2, 1},
     {0x0139, 0x0147, 2, 1},

@@ -1,4 +1,4 @@
-// The device's code page, which is UTF-8, and the way into it.
+// GetACP and WideCharToMultiByte.
 #include "ce/text.h"
 
 #include "text/utf.h"

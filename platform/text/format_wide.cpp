@@ -1,4 +1,4 @@
-// Bounded formatting of wide texts.
+// FormatWide.
 #include "ce/text.h"
 
 #include "text/utf.h"
@@ -14,10 +14,10 @@ using platform::text::encodeUtf16;
 using platform::text::isHighSurrogate;
 using platform::text::isLowSurrogate;
 
-// Widths and precisions beyond any buffer are all alike; the bound keeps them from overflowing.
+// Widths and precisions are limited to this, which is longer than any buffer, so that they can't overflow.
 constexpr std::size_t WidthLimit = 1U << 20;
 
-// One conversion of a format, as it stands between the percent sign and its letter.
+// One conversion of a format: what is between the percent sign and the letter, and the letter.
 struct Conversion {
     bool left = false;
     bool alternate = false;
@@ -30,7 +30,7 @@ struct Conversion {
     WCHAR letter = 0;
 };
 
-// The destination. What comes behind its end is forgotten.
+// The destination. Characters that don't fit are dropped.
 class Output {
 public:
     Output(WCHAR* out, std::size_t capacity) : begin_(out), at_(out), end_(out + capacity - 1) {}
@@ -53,7 +53,7 @@ public:
             put(unit);
     }
 
-    // Terminates the text and gives its length.
+    // Terminates the text and returns its length.
     int finish()
     {
         if (at_ != begin_ && isHighSurrogate(at_[-1]) && isLowSurrogate(cutAt_))
@@ -65,7 +65,7 @@ public:
 private:
     WCHAR* begin_;
     WCHAR* at_;
-    WCHAR* end_;       // the place of the NUL
+    WCHAR* end_;       // the last unit, reserved for the NUL
     WCHAR cutAt_ = 0;  // the first unit that didn't fit
 };
 
@@ -77,7 +77,7 @@ std::size_t readNumber(const WCHAR*& format)
     return number;
 }
 
-// Reads from behind the percent sign to behind the letter.
+// Reads a conversion from after the percent sign, and moves `format` after the letter.
 Conversion readConversion(const WCHAR*& format)
 {
     Conversion conversion;
@@ -117,7 +117,8 @@ void putPadded(Output& output, const Conversion& conversion, std::u16string_view
         output.fill(u' ', padding);
 }
 
-// The value as the conversion sees it: at least an int wide, as an argument list passes it.
+// The absolute value of the argument, read with the width and signedness of the conversion. Without h that is at least
+// 32 bits, the width that C passes.
 std::uint64_t magnitudeOf(const Conversion& conversion, const FormatArgument& argument, bool& negative)
 {
     const bool isSigned = conversion.letter == u'd' || conversion.letter == u'i';
@@ -169,7 +170,7 @@ void putInteger(Output& output, const Conversion& conversion, const FormatArgume
         output.fill(u' ', padding);
 }
 
-// Characters to show: all, or as many whole ones as the precision allows.
+// The number of characters to show: all, or as many whole ones as the precision allows.
 std::size_t shownLength(const Conversion& conversion, const WCHAR* text)
 {
     if (!conversion.hasPrecision)
@@ -224,7 +225,7 @@ void putConversion(Output& output, const Conversion& conversion, const FormatArg
     case u'c':
     case u'C':
         if (argument.kind() == Kind::Integer) {
-            // A NUL would end the text in its middle.
+            // A NUL is left out, since it would end the text early.
             const WCHAR character = static_cast<WCHAR>(wide ? argument.integer() : argument.integer() & 0xFF);
             putPadded(output, conversion, {&character, character == 0 ? std::size_t{0} : std::size_t{1}});
         }
@@ -256,7 +257,7 @@ int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<
         const Conversion conversion = readConversion(++format);
         if (!takesArgument(conversion.letter)) {
             if (conversion.letter != 0)
-                output.put(conversion.letter);  // %% and what isn't known
+                output.put(conversion.letter);  // %% and unknown letters
         } else if (!arguments.empty()) {
             putConversion(output, conversion, arguments.front());
             arguments = arguments.subspan(1);

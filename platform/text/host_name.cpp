@@ -1,4 +1,3 @@
-// Names of the device and names of the host, without loss in either direction.
 #include "text/host_name.h"
 
 #include "text/utf.h"
@@ -10,9 +9,9 @@ namespace platform::text {
 
 namespace {
 
-// A byte that the name space can't hold as it is stands there as this character plus the byte.
+// The escape of a byte is this character plus the byte.
 constexpr char16_t EscapeBase = 0xF700;
-constexpr std::size_t HostNameBytes = 255;  // what the host's file systems take as one name
+constexpr std::size_t HostNameBytes = 255;  // the longest name that the host's file systems allow
 
 constexpr bool isRefusedInNames(char16_t unit)
 {
@@ -20,7 +19,7 @@ constexpr bool isRefusedInNames(char16_t unit)
            unit == u'|';
 }
 
-// Bytes that stand for themselves in a device name, seen without the bytes around them.
+// ASCII bytes that need no escape in a device name.
 constexpr std::array<bool, 256> plainBytes = [] {
     std::array<bool, 256> plain{};
     for (unsigned byte = 0; byte < 0x80; ++byte)
@@ -39,7 +38,7 @@ void appendEscaped(std::u16string& name, std::string_view bytes)
         name.push_back(static_cast<char16_t>(EscapeBase + static_cast<unsigned char>(byte)));
 }
 
-// From the first byte that needs a closer look.
+// Decodes the rest of a name, from the first byte that isn't plain.
 void appendDecoded(std::u16string& name, std::string_view rest)
 {
     while (!rest.empty()) {
@@ -93,7 +92,7 @@ std::optional<std::string> toHostName(std::u16string_view deviceName)
     if (host.empty() || host == "." || host == ".." || host.size() > HostNameBytes ||
         host.find('/') != std::string::npos || host.find('\0') != std::string::npos)
         return std::nullopt;
-    // Escapes that spell out what has a plain form (a letter, a valid character) would give one file two names.
+    // A needless escape (of a letter or of a valid character) would give one file two names.
     if (escaped && toDeviceName(host) != deviceName)
         return std::nullopt;
     return host;
@@ -108,7 +107,7 @@ std::u16string toShown(std::u16string_view text)
     for (const char16_t unit : text) {
         const auto byte = static_cast<char16_t>(unit - EscapeBase);
         if (!isEscape(unit) || (byte < 0x80 && plainBytes[byte]))
-            shown.push_back(unit);  // escapes of what needs none are no names: they pass for nothing else
+            shown.push_back(unit);  // needless escapes never occur in valid names; show them unchanged
         else if (byte < 0x80)
             shown.push_back(byte == u'\\' ? SetMinus : byte);
         else

@@ -1,4 +1,3 @@
-// One character at a time out of UTF-8 and UTF-16, and into them.
 #include "text/utf.h"
 
 namespace platform::text {

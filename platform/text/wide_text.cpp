@@ -1,4 +1,4 @@
-// The plain calls on wide texts: length, copy, comparison, number.
+// The calls of ce/text.h for length, copy, comparison and number.
 #include "ce/text.h"
 
 #include "text/case_folding.h"

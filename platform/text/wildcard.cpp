@@ -15,9 +15,9 @@ bool matchesWildcards(std::u16string_view text, std::u16string_view pattern, Cas
     };
     std::size_t at = 0;
     std::size_t in = 0;
-    // On a mismatch only the last star has to match more: what an earlier one matches can stay the shortest.
+    // After a mismatch only the last star is tried with a longer match. Earlier stars can keep their shortest match.
     std::size_t afterStar = None;
-    std::size_t starEnd = 0;  // of what the last star matches
+    std::size_t starEnd = 0;  // the end of the last star's match
     while (at < text.size()) {
         if (in < pattern.size() && pattern[in] == u'*') {
             afterStar = ++in;

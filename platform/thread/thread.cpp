@@ -1,4 +1,3 @@
-// Threads of the program.
 #include "ce/thread.h"
 
 #include "kernel/handle_table.h"
@@ -11,7 +10,7 @@
 
 namespace {
 
-// A thread's handle is a name for it and holds nothing: the thread runs on without it.
+// A thread's handle has no content: the thread continues after it is closed.
 class Thread final : public platform::kernel::Object {};
 
 HANDLE fail(DWORD error)
@@ -29,7 +28,7 @@ HANDLE CreateThread(const void* security, DWORD /*stackBytes*/, LPTHREAD_START_R
     if (security != nullptr || procedure == nullptr || flags != 0)
         return fail(ERROR_INVALID_PARAMETER);
 
-    // The handle and the id come first: once the thread runs, nothing may fail any more.
+    // Create the handle and the id first, because after the start of the thread the call must not fail.
     const HANDLE handle = platform::kernel::addHandle(std::make_shared<Thread>());
     if (id != nullptr)
         *id = ++lastId;

@@ -1,4 +1,3 @@
-// The local time, as the host tells it or as a test has set it.
 #include "time/clock.h"
 
 #include <algorithm>
@@ -33,7 +32,7 @@ SYSTEMTIME hostTime()
             .wDay = static_cast<WORD>(local.tm_mday),
             .wHour = static_cast<WORD>(local.tm_hour),
             .wMinute = static_cast<WORD>(local.tm_min),
-            // A leap second would be a time that SystemTimeToFileTime refuses.
+            // SystemTimeToFileTime refuses a leap second.
             .wSecond = static_cast<WORD>(std::min(local.tm_sec, 59)),
             .wMilliseconds = static_cast<WORD>(now.tv_nsec / 1'000'000)};
 }

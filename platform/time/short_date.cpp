@@ -13,7 +13,7 @@ namespace platform::time {
 
 namespace {
 
-// A setting is a value below this; above stand flags.
+// The low half is the setting, the high half flags.
 constexpr DWORD settingMask = 0xFFFF;
 
 struct ChosenFormat {
@@ -27,7 +27,7 @@ ChosenFormat& chosenFormat()
     return chosen;
 }
 
-// What the environment asks for, whatever the process's own locale is. A locale that isn't installed counts as C.
+// The date format of the environment's locale, not of the process's. A locale that isn't installed counts as C.
 std::string hostDateFormat()
 {
     struct Freed {
@@ -37,7 +37,7 @@ std::string hostDateFormat()
     return locale ? nl_langinfo_l(D_FMT, locale.get()) : "%m/%d/%y";
 }
 
-// What one conversion stands for; empty for one that is no part of a date. `unpadded` leaves out leading zeros.
+// The platform's letters for one conversion; empty if it isn't part of a date. `unpadded` means no leading zeros.
 std::u16string_view pictureOf(char conversion, bool unpadded)
 {
     switch (conversion) {
@@ -94,7 +94,7 @@ std::u16string pictureOfDateFormat(std::string_view hostFormat)
     std::u16string picture;
     while (!hostFormat.empty()) {
         if (hostFormat.front() == '%') {
-            // Flags and the modifiers for other calendars and digits stand before the letter.
+            // Flags, and the modifiers for other calendars and digits, precede the letter.
             const std::size_t letter = std::min(hostFormat.find_first_not_of("-_0^#EO", 1), hostFormat.size());
             const bool unpadded = hostFormat.substr(1, letter - 1).find('-') != std::string_view::npos;
             if (letter < hostFormat.size())

@@ -1,7 +1,7 @@
-// changing_copy.h - the copy of a device's database on which a change is made that counts as a whole or not at all.
+// changing_copy.h - a copy of a device's database, in which a large change is made before it replaces the database.
 //
-// It lies beside the database and is as large. Only who has the device's lock may touch it, so one that is found when
-// the device is opened is a killed process's.
+// The copy is beside the database and as large. Only the process that has locked the device uses it, so a copy found at
+// the opening of the device was left by a killed process.
 #pragma once
 
 #include <filesystem>
@@ -11,7 +11,7 @@ namespace platform::device {
 // `database` is the file itself, not a link to it.
 [[nodiscard]] std::filesystem::path changingCopyOf(const std::filesystem::path& database);
 
-// Takes the copy away, with the log and journal that belong to it. False if some of it can't be deleted.
+// Deletes the copy, its log and its journal. False if one of them can't be deleted.
 [[nodiscard]] bool removeChangingCopyOf(const std::filesystem::path& database);
 
 }  // namespace platform::device

@@ -1,8 +1,7 @@
 // device.h - the device: a folder of the host.
 //
-// object-store/ is the root of the name space, each folder in cards/ is a card, device.db holds the registry
-// and what else is to be remembered (further cards with their host folder and capacity). One process owns a
-// device at a time.
+// object-store/ is the root of the name space, and each folder in cards/ is a card. device.db contains the registry,
+// the databases and the remembered folders of the host. Only one process at a time can open a device.
 #pragma once
 
 #include "device/extra_folder.h"
@@ -20,7 +19,7 @@ struct OpenError {
     bool inUse = false;    // another process owns the device or a card
 };
 
-// An opened device. Closing it closes every file and gives the device back.
+// An opened device. Its destructor closes every file and unlocks the device.
 class Device {
 public:
     virtual ~Device() = default;
@@ -33,15 +32,15 @@ struct OpenResult {
     std::vector<std::string> warnings;  // sentences for the user of a device that is open
 };
 
-// Opens the device in `folder` and puts its name space, registry and cards in force for the process. A
-// folder that has an object-store/ is a device, and what else is missing in it is made. A folder that
-// doesn't exist or is empty becomes one: with demonstration content if `demonstration`, otherwise bare.
-// Any other folder is refused: Quillbox doesn't spread itself over somebody's files.
+// Opens the device in `folder`: from then on the process uses its name space, registry and cards. A folder with an
+// object-store/ is a device, and its missing parts are created. A folder that doesn't exist or is empty becomes a
+// device, with demonstration content if `demonstration`, otherwise empty. Any other folder is refused, because it may
+// contain the user's own files.
 [[nodiscard]] OpenResult openDevice(const std::filesystem::path& folder, const std::vector<ExtraFolder>& extras,
                                     bool demonstration);
 
-// $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device. A variable whose path isn't absolute doesn't
-// count, by the rules of the first; nothing if neither does.
+// $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device. A variable without an absolute path is
+// ignored, as the XDG rules demand. Nothing if both are ignored.
 [[nodiscard]] std::optional<std::filesystem::path> defaultDeviceFolder();
 
 }  // namespace platform::device

@@ -1,6 +1,6 @@
 // remembered_folders.h - folders of the host that a device shows in its root at every start.
 //
-// They stand in the open device's database.
+// They are stored in the open device's database.
 #pragma once
 
 #include "device/extra_folder.h"
@@ -13,7 +13,7 @@ namespace platform::device {
 // In the order of their names. Throws a std::runtime_error with a sentence for the user if they can't be read.
 [[nodiscard]] std::vector<ExtraFolder> rememberedFolders();
 
-// Remembers a folder from the next start on, in place of one of the same name. False if the name can't be one of
+// Remembers a folder from the next start on, and replaces one of the same name. False if the name isn't valid on
 // the device or the database can't be written.
 [[nodiscard]] bool rememberFolder(const ExtraFolder& folder);
 

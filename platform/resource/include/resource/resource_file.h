@@ -1,7 +1,7 @@
-// resource_file.h - the compiled resource file: finding an entry in its bytes. Knows nothing of what the
-// entries hold, but for the blocks of texts.
+// resource_file.h - finds an entry in the bytes of a compiled resource file. It interprets no entry except the blocks
+// of texts.
 //
-// The bytes may come from anywhere: nothing outside of them is read, whatever they say.
+// The bytes are untrusted: no read goes beyond their end.
 #pragma once
 
 #include "ce/types.h"
@@ -22,13 +22,13 @@ using ResourceKey = std::variant<WORD, std::u16string>;
 struct Resource {
     ResourceKey type;
     ResourceKey name;
-    std::span<const std::byte> bytes;  // without the padding behind it
+    std::span<const std::byte> bytes;  // without the padding after it
 };
 
 class ResourceFile {
 public:
-    // Nothing if the bytes don't begin as a resource file does. An entry that is cut short or contradicts
-    // itself ends the file: the entries before it stay good, and isWhole() is false.
+    // Nothing if the bytes don't begin like a resource file. A truncated or inconsistent entry ends the
+    // file: then entries() has the entries before it, and isWhole() is false.
     // The bytes must outlive the result.
     [[nodiscard]] static std::optional<ResourceFile> parse(std::span<const std::byte> file);
 
@@ -39,8 +39,8 @@ public:
     // The first entry of that type and name; null if there is none.
     [[nodiscard]] const Resource* find(const ResourceKey& type, const ResourceKey& name) const;
 
-    // The UTF-16 bytes of text `id`, without a NUL; their count of characters is the WORD before them.
-    // Nothing if the text is absent (or empty, which is the same in the file) or its block is damaged.
+    // The UTF-16 bytes of text `id`, without a NUL. The WORD before them is the number of characters.
+    // Nothing if the text is missing, empty (the same in the file), or in a damaged block.
     [[nodiscard]] std::optional<std::span<const std::byte>> findText(UINT id) const;
 
 private:
@@ -48,13 +48,13 @@ private:
     bool whole_ = false;
 };
 
-// The process's resources, for the platform's calls. To be called before the program starts. The bytes must
-// outlive the process and begin on a multiple of 4. False if they are no resource file or damaged: what is
-// whole of them holds nevertheless.
+// Sets the resources that the platform's calls use. Call it before the program starts. The bytes must stay valid until
+// the process ends and be aligned to 4. False if they aren't a resource file or are damaged; then the undamaged entries
+// are used.
 bool setResources(std::span<const std::byte> file);
 
-// From `address` to the end of the resource that it lies in; empty if it lies in none. For readers that are
-// given the address alone.
+// The bytes from `address` to the end of the resource that contains it; empty if no resource does. For callers that
+// have only the address.
 [[nodiscard]] std::span<const std::byte> resourceAt(const void* address);
 
 // The process's resources; null before setResources().

@@ -1,4 +1,4 @@
-// case_folding.h - letters without their case, one character at a time and without regard to any locale.
+// case_folding.h - simple case folding, one character at a time and independent of the locale.
 #pragma once
 
 #include <string_view>
@@ -9,8 +9,8 @@ namespace detail {
 [[nodiscard]] char16_t foldBeyondAscii(char16_t character);
 }
 
-// The small letter of a capital in Latin, Greek, Cyrillic, Armenian or full-width Latin; every other
-// character is its own. Only single characters map to single ones: the German sharp s stays itself.
+// The small letter of a capital in Latin, Greek, Cyrillic, Armenian or full-width Latin. Every other character is
+// returned unchanged. One character folds to one character, so the German sharp s is unchanged too.
 [[nodiscard]] inline char16_t foldCase(char16_t character)
 {
     if (character < 0x80)
@@ -18,7 +18,7 @@ namespace detail {
     return detail::foldBeyondAscii(character);
 }
 
-// Below 0, 0 or above 0 by folded code unit.
+// Compares folded code units: below 0, 0 or above 0.
 [[nodiscard]] int compareWithoutCase(std::u16string_view left, std::u16string_view right);
 
 }  // namespace platform::text

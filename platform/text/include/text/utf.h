@@ -1,4 +1,4 @@
-// utf.h - one character at a time out of UTF-8 and UTF-16, and into them.
+// utf.h - decodes and encodes single characters of UTF-8 and UTF-16.
 #pragma once
 
 #include <cstddef>
@@ -39,17 +39,17 @@ inline constexpr std::size_t wholeUnits(std::u16string_view text, std::size_t un
 
 struct Decoded {
     char32_t character = 0;
-    unsigned units = 0;  // bytes or code units that it took; 0: what stands there is not valid
+    unsigned units = 0;  // length of the character in bytes or code units; 0 if it is invalid
 };
 
-// The first character of `bytes`, which is not empty. Overlong forms, surrogates and values above 10FFFF
-// are not valid.
+// The first character of `bytes`, which must not be empty. Overlong encodings, surrogates and values above 10FFFF
+// are invalid.
 [[nodiscard]] Decoded decodeUtf8(std::string_view bytes);
 
-// The first character of `text`, which is not empty. A lone surrogate is not valid.
+// The first character of `text`, which must not be empty. A lone surrogate is invalid.
 [[nodiscard]] Decoded decodeUtf16(std::u16string_view text);
 
-// Both write one valid character and give the units written.
+// Both write one valid character and return the number of units written.
 unsigned encodeUtf8(char32_t character, char (&out)[4]);
 unsigned encodeUtf16(char32_t character, char16_t (&out)[2]);
 

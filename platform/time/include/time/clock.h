@@ -1,4 +1,4 @@
-// clock.h - what stands behind the time and date calls, for whoever must know what they will say.
+// clock.h - fixes the results of the time and date calls, for tests and scripts.
 #pragma once
 
 #include "ce/time.h"
@@ -8,15 +8,15 @@
 
 namespace platform::time {
 
-// From here on GetLocalTime gives `now`, until resumeClock. Any thread.
+// Makes GetLocalTime return `now` until resumeClock. Any thread may call them.
 void stopClockAt(const SYSTEMTIME& now);
 void resumeClock();
 
-// The short date format from here on; an empty one is the host's again. Any thread.
+// Sets the short date format. An empty one restores the host's. Any thread may call it.
 void setShortDateFormat(std::u16string format);
 
-// The picture of a date format of the host: "%d.%m.%Y" is "dd.MM.yyyy". Letters that are no part of the date
-// stand in single quotes.
+// Converts a date format of the host to the platform's: "%d.%m.%Y" becomes "dd.MM.yyyy". Letters that aren't
+// part of the date are put in single quotes.
 [[nodiscard]] std::u16string pictureOfDateFormat(std::string_view hostFormat);
 
 }  // namespace platform::time
