@@ -29,7 +29,7 @@ ExtraFolder parseFolder(const std::string& option, const std::string& value)
 {
     const std::size_t equals = value.find('=');
     if (equals == std::string::npos || equals == 0 || equals + 1 == value.size())
-        refuseOption(option, value, "is not of the form NAME=DIR");
+        refuseOption(option, value, "doesn't have the format NAME=DIR");
     ExtraFolder folder;
     folder.name = value.substr(0, equals);
     folder.folder = value.substr(equals + 1);
@@ -75,7 +75,8 @@ std::filesystem::path deviceFolder(const std::string& named)
         return named;
     if (auto usual = defaultDeviceFolder())
         return *usual;
-    throw CLI::ValidationError("HOME names no folder, so the device has no usual place: --device DIR names one");
+    throw CLI::ValidationError(
+        "HOME isn't an absolute path, so there is no default device. Name one with --device DIR");
 }
 
 void refuseNameTwice(const std::vector<ExtraFolder>& extras)
@@ -97,9 +98,9 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
     std::string transcript;
     std::string timeout = "60";
 
-    CLI::App app("Backs up a device (its files, databases and registry) and brings it back.", "quillbox");
+    CLI::App app("Backs up and restores a device: its files, databases and registry.", "quillbox");
     app.set_version_flag("--version", "quillbox " QUILLBOX_VERSION);
-    auto* named = app.add_option("--device", device, "The device's folder; made if it is missing")->type_name("DIR");
+    auto* named = app.add_option("--device", device, "The device's folder; created if it is missing")->type_name("DIR");
     // One value per option, so that a second word after the option is an error and not a second card.
     app.add_option("--card", cards, "A folder of this computer as a card, for this start")
         ->type_name("NAME=DIR[,capacity=BYTES]")
@@ -107,15 +108,17 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
     app.add_option("--folder", folders, "A folder of this computer in the device's root, for this start")
         ->type_name("NAME=DIR")
         ->allow_extra_args(false);
-    auto* scripted = app.add_option("--script", script, "Works without a screen, by the actions in FILE (- reads them)")
-                         ->type_name("FILE|-");
-    app.add_option("--timeout", timeout, "How long an action may wait; 0 is for ever")
+    auto* scripted =
+        app.add_option("--script", script, "Runs the actions in FILE without a screen (- is standard input)")
+            ->type_name("FILE|-");
+    app.add_option("--timeout", timeout, "The longest wait of an action; 0 is no limit")
         ->type_name("SECONDS")
         ->capture_default_str()
         ->needs(scripted);
-    auto* recorded = app.add_option("--transcript", transcript, "Records windows, texts and answers (- shows them)")
-                         ->type_name("FILE|-")
-                         ->needs(scripted);
+    auto* recorded =
+        app.add_option("--transcript", transcript, "Writes windows, texts and answers to FILE (- is standard output)")
+            ->type_name("FILE|-")
+            ->needs(scripted);
     try {
         app.parse(count, words);
         for (const std::string& card : cards)

@@ -189,7 +189,7 @@ std::optional<std::string> OpenedDevice::whatIsHiddenBy(const Place& place) cons
     if (!fs::exists(fs::symlink_status(own, error)) || fs::is_empty(own, error))
         return std::nullopt;
     return "\"\\" + text::toUtf8(place.name) + "\" is the folder " + quoted(place.folder) + ": " + quoted(own) +
-           " is hidden and gets into no backup.";
+           " is hidden and isn't backed up.";
 }
 
 std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstration)

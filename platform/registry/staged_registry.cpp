@@ -87,7 +87,7 @@ bool keepAside(const fs::path& folder, std::string& sentence)
     std::error_code failure;
     fs::rename(folder / StagedName, folder / RefusedName, failure);
     const std::string name = "The damaged registry file \"" + (folder / StagedName).string() + "\" ";
-    sentence = failure ? name + "can't be put aside: " + failure.message() + "."
+    sentence = failure ? name + "can't be renamed: " + failure.message() + "."
                        : name + "was not put in force. It was kept as \"" + (folder / RefusedName).string() + "\".";
     return !failure;
 }
@@ -101,7 +101,7 @@ bool takeAway(const fs::path& folder, std::string& sentence)
         failure.assign(host::flush(folder), std::generic_category());
     if (failure)
         sentence = "The registry file \"" + (folder / StagedName).string() +
-                   "\" is in force but can't be deleted: " + failure.message() + ".";
+                   "\" has replaced the registry but can't be deleted: " + failure.message() + ".";
     return !failure;
 }
 
@@ -155,7 +155,7 @@ bool enforceStagedRegistry(const fs::path& folder, std::string& sentence)
     if (staged.error() == ENOENT)
         return true;
     const std::string what =
-        "The registry file \"" + (folder / StagedName).string() + "\", which is to come into force, ";
+        "The registry file \"" + (folder / StagedName).string() + "\", which is to replace the registry, ";
     if (staged.error() != 0 && staged.error() != ELOOP) {
         sentence = what + "can't be opened: " + std::generic_category().message(staged.error()) + ".";
         return false;
@@ -174,7 +174,7 @@ bool enforceStagedRegistry(const fs::path& folder, std::string& sentence)
             return takeAway(folder, sentence);
         step = read.step;
     }
-    sentence = what + (step == Step::Full ? "finds no room on the disk. Make some room and start again."
+    sentence = what + (step == Step::Full ? "doesn't fit on the disk. Free some space and start again."
                                           : "can't be read or written to the device's database.");
     return false;
 }
