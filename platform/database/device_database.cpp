@@ -127,7 +127,7 @@ fs::path logOf(const fs::path& file)
     return (error ? file : target).string() + "-wal";
 }
 
-bool logWaits(const fs::path& file)
+bool hasLog(const fs::path& file)
 {
     return sizeOf(logOf(file)).value_or(0) > 0;
 }
@@ -136,7 +136,7 @@ bool logWaits(const fs::path& file)
 // changes. False if that fails. `sentence` says what happened.
 bool keepOrphanedLog(const fs::path& file, std::string& sentence)
 {
-    if (sizeOf(file).value_or(0) > 0 || !logWaits(file))
+    if (sizeOf(file).value_or(0) > 0 || !hasLog(file))
         return true;
     const fs::path log = logOf(file);
     fs::path kept = log.string() + ".kept";
@@ -250,7 +250,7 @@ bool openDeviceDatabase(const fs::path& file, std::string& sentence)
         return refuse(sentenceOf(path, opened, connection->lastMessage()));
     if (std::string fault = faultOf(database, *connection, path); !fault.empty()) {
         // Otherwise closing would write the log of a killed process into the file.
-        sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, logWaits(path) ? 1 : 0, nullptr);
+        sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hasLog(path) ? 1 : 0, nullptr);
         return refuse(std::move(fault));
     }
     if (std::string fault = migrate(database, *connection, path); !fault.empty())

@@ -26,7 +26,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // A folder of the host that is to be mounted.
-struct Place {
+struct MountPoint {
     std::u16string name;  // empty for the root
     fs::path folder;
     Descriptor opened;
@@ -56,9 +56,9 @@ public:
     [[nodiscard]] std::vector<std::string> open(const std::vector<ExtraFolder>& extras, bool demonstration);
 
 private:
-    void mount(Place place);
+    void mount(MountPoint mountPoint);
     [[nodiscard]] std::optional<std::string> whatIsLost() const;
-    [[nodiscard]] std::optional<std::string> whatIsHiddenBy(const Place& place) const;
+    [[nodiscard]] std::optional<std::string> whatIsHiddenBy(const MountPoint& mountPoint) const;
 
     fs::path folder_;
     Descriptor lock_;
@@ -88,24 +88,24 @@ Descriptor openOwnFolder(const fs::path& folder)
     return opened;
 }
 
-std::vector<Place> cardsIn(const fs::path& cards)
+std::vector<MountPoint> cardsIn(const fs::path& cards)
 {
     std::error_code error;
-    std::vector<Place> places;
+    std::vector<MountPoint> mountPoints;
     for (fs::directory_iterator entry(cards, error), end; !error && entry != end; entry.increment(error)) {
         if (entry->symlink_status().type() != fs::file_type::directory)
             continue;
-        Place& place = places.emplace_back();
-        place.name = text::toDeviceName(entry->path().filename().string());
-        place.folder = entry->path();
-        place.opened = openOwnFolder(entry->path());
-        place.card = true;
+        MountPoint& mountPoint = mountPoints.emplace_back();
+        mountPoint.name = text::toDeviceName(entry->path().filename().string());
+        mountPoint.folder = entry->path();
+        mountPoint.opened = openOwnFolder(entry->path());
+        mountPoint.card = true;
     }
     if (error)
         refuse("The folder " + quoted(cards) + " can't be read", error.value());
-    std::sort(places.begin(), places.end(),
-              [](const Place& left, const Place& right) { return left.name < right.name; });
-    return places;
+    std::sort(mountPoints.begin(), mountPoints.end(),
+              [](const MountPoint& left, const MountPoint& right) { return left.name < right.name; });
+    return mountPoints;
 }
 
 std::u16string nameOf(const ExtraFolder& extra)
@@ -116,50 +116,50 @@ std::u16string nameOf(const ExtraFolder& extra)
     return name;
 }
 
-Place placeOf(const ExtraFolder& extra)
+MountPoint mountPointOf(const ExtraFolder& extra)
 {
-    Place place{.name = nameOf(extra),
-                .folder = fs::absolute(extra.folder),
-                .opened = openFolder(extra.folder),
-                .card = extra.card,
-                .capacity = extra.capacity};
+    MountPoint mountPoint{.name = nameOf(extra),
+                          .folder = fs::absolute(extra.folder),
+                          .opened = openFolder(extra.folder),
+                          .card = extra.card,
+                          .capacity = extra.capacity};
     const std::string what = "The folder " + quoted(extra.folder) + " for \"" + extra.name + "\"";
-    if (!place.opened && errno == ENOTDIR)
+    if (!mountPoint.opened && errno == ENOTDIR)
         throw Refusal(what + " is not a folder.");
-    if (!place.opened)
+    if (!mountPoint.opened)
         refuse(what + " can't be opened", errno);
-    return place;
+    return mountPoint;
 }
 
 // The remembered folders that exist: a card that isn't inserted is no failure. A folder of the command line replaces a
 // remembered one of the same name.
-std::vector<Place> rememberedPlaces(const std::vector<ExtraFolder>& extras)
+std::vector<MountPoint> rememberedMountPoints(const std::vector<ExtraFolder>& extras)
 {
-    std::vector<Place> places;
+    std::vector<MountPoint> mountPoints;
     for (const ExtraFolder& folder : rememberedFolders()) {
         const bool named = std::any_of(extras.begin(), extras.end(),
                                        [&](const ExtraFolder& extra) { return extra.name == folder.name; });
         std::error_code ignored;
         if (!named && fs::is_directory(folder.folder, ignored))
-            places.push_back(placeOf(folder));
+            mountPoints.push_back(mountPointOf(folder));
     }
-    return places;
+    return mountPoints;
 }
 
 // Refuses two folders of one name and two names of one folder. With two names, one file could be open twice.
-void refuseDoubles(const std::vector<Place>& places)
+void refuseDoubles(const std::vector<MountPoint>& mountPoints)
 {
-    for (auto place = places.begin(); place != places.end(); ++place) {
+    for (auto mountPoint = mountPoints.begin(); mountPoint != mountPoints.end(); ++mountPoint) {
         struct stat status {};
-        ::fstat(place->opened.get(), &status);
-        for (auto earlier = places.begin(); earlier != place; ++earlier) {
-            if (earlier->name == place->name)
-                throw Refusal("The device has two folders named \"" + text::toUtf8(place->name) +
-                              "\": " + quoted(earlier->folder) + " and " + quoted(place->folder) + ".");
+        ::fstat(mountPoint->opened.get(), &status);
+        for (auto earlier = mountPoints.begin(); earlier != mountPoint; ++earlier) {
+            if (earlier->name == mountPoint->name)
+                throw Refusal("The device has two folders named \"" + text::toUtf8(mountPoint->name) +
+                              "\": " + quoted(earlier->folder) + " and " + quoted(mountPoint->folder) + ".");
             struct stat other {};
             ::fstat(earlier->opened.get(), &other);
             if (status.st_dev == other.st_dev && status.st_ino == other.st_ino)
-                throw Refusal("The folder " + quoted(place->folder) + " is on the device already, as \"\\" +
+                throw Refusal("The folder " + quoted(mountPoint->folder) + " is on the device already, as \"\\" +
                               text::toUtf8(earlier->name) + "\".");
         }
     }
@@ -179,17 +179,17 @@ std::optional<std::string> OpenedDevice::whatIsLost() const
 }
 
 // A mounted folder hides the device's own folder of that name, whose content is then missing in backups.
-std::optional<std::string> OpenedDevice::whatIsHiddenBy(const Place& place) const
+std::optional<std::string> OpenedDevice::whatIsHiddenBy(const MountPoint& mountPoint) const
 {
-    const auto hostName = text::toHostName(place.name);
-    if (place.name.empty() || !hostName)
+    const auto hostName = text::toHostName(mountPoint.name);
+    if (mountPoint.name.empty() || !hostName)
         return std::nullopt;
     const fs::path own = folder_ / "object-store" / *hostName;
     std::error_code error;
     if (!fs::exists(fs::symlink_status(own, error)) || fs::is_empty(own, error))
         return std::nullopt;
-    return "\"\\" + text::toUtf8(place.name) + "\" is the folder " + quoted(place.folder) + ": " + quoted(own) +
-           " is hidden and isn't backed up.";
+    return "\"\\" + text::toUtf8(mountPoint.name) + "\" is the folder " + quoted(mountPoint.folder) + ": " +
+           quoted(own) + " is hidden and isn't backed up.";
 }
 
 std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstration)
@@ -204,28 +204,28 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
         warnings.push_back(std::move(*warning));
     makeMissingFolder(folder_ / "cards");
 
-    std::vector<Place> places;
-    places.push_back({.name = {},
-                      .folder = folder_ / "object-store",
-                      .opened = openOwnFolder(folder_ / "object-store"),
-                      .card = false,
-                      .capacity = {}});
+    std::vector<MountPoint> mountPoints;
+    mountPoints.push_back({.name = {},
+                           .folder = folder_ / "object-store",
+                           .opened = openOwnFolder(folder_ / "object-store"),
+                           .card = false,
+                           .capacity = {}});
     (void)openOwnFolder(folder_ / "cards");
-    std::ranges::move(cardsIn(folder_ / "cards"), std::back_inserter(places));
+    std::ranges::move(cardsIn(folder_ / "cards"), std::back_inserter(mountPoints));
     std::string sentence;
     if (!registry::openRegistry(folder_ / "device.db", sentence))
         throw Refusal(sentence);
     if (!sentence.empty())
         warnings.push_back(sentence);
     noteDatabase(lock_);
-    std::ranges::move(rememberedPlaces(extras), std::back_inserter(places));
+    std::ranges::move(rememberedMountPoints(extras), std::back_inserter(mountPoints));
     for (const ExtraFolder& extra : extras)
-        places.push_back(placeOf(extra));
-    refuseDoubles(places);
-    for (Place& place : places) {
-        if (auto warning = whatIsHiddenBy(place))
+        mountPoints.push_back(mountPointOf(extra));
+    refuseDoubles(mountPoints);
+    for (MountPoint& mountPoint : mountPoints) {
+        if (auto warning = whatIsHiddenBy(mountPoint))
             warnings.push_back(std::move(*warning));
-        mount(std::move(place));
+        mount(std::move(mountPoint));
     }
     const Descriptor own = openFolder(folder_);
     for (const std::u16string& name : file::setLeftTemporariesAside(own.get()))
@@ -234,20 +234,21 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
     return warnings;
 }
 
-void OpenedDevice::mount(Place place)
+void OpenedDevice::mount(MountPoint mountPoint)
 {
-    if (place.card) {
+    if (mountPoint.card) {
         // Open the folder again, since the name space closes the other descriptor before the lock may be released.
         Descriptor& lock =
-            cardLocks_.emplace_back(::openat(place.opened.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        lockCard(lock, place.folder);
+            cardLocks_.emplace_back(::openat(mountPoint.opened.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        lockCard(lock, mountPoint.folder);
     }
-    const std::string name = text::toUtf8(place.name);
-    if (!file::addMount({.name = std::move(place.name),
-                         .folder = place.opened.release(),
-                         .card = place.card,
-                         .capacity = place.capacity}))
-        throw Refusal("The folder " + quoted(place.folder) + " can't be shown as \"\\" + name + "\" on the device.");
+    const std::string name = text::toUtf8(mountPoint.name);
+    if (!file::addMount({.name = std::move(mountPoint.name),
+                         .folder = mountPoint.opened.release(),
+                         .card = mountPoint.card,
+                         .capacity = mountPoint.capacity}))
+        throw Refusal("The folder " + quoted(mountPoint.folder) + " can't be shown as \"\\" + name +
+                      "\" on the device.");
 }
 
 }  // namespace

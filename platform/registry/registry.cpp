@@ -26,7 +26,7 @@ using platform::registry::NameLimit;
 using platform::registry::OpenKey;
 
 // A key: its row and its level below the predefined key.
-struct KeyPlace {
+struct KeyPosition {
     std::int64_t row = 0;
     int level = 0;
 };
@@ -61,12 +61,12 @@ std::optional<std::int64_t> predefinedRow(HKEY key)
     return std::nullopt;
 }
 
-std::optional<KeyPlace> placeOf(HKEY key)
+std::optional<KeyPosition> positionOf(HKEY key)
 {
     if (const auto row = predefinedRow(key))
-        return KeyPlace{*row, 0};
+        return KeyPosition{*row, 0};
     if (const auto open = platform::kernel::findHandle<OpenKey>(key))
-        return KeyPlace{open->row(), open->level()};
+        return KeyPosition{open->row(), open->level()};
     return std::nullopt;
 }
 
@@ -97,7 +97,7 @@ std::u16string_view valueName(const WCHAR* name)
 LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR* /*className*/, DWORD options,
                      DWORD /*access*/, const void* security, HKEY* result, DWORD* disposition)
 {
-    const auto parent = placeOf(key);
+    const auto parent = positionOf(key);
     if (!parent)
         return error(ERROR_INVALID_HANDLE);
     if (subKey == nullptr || reserved != 0 || options != 0 || security != nullptr || result == nullptr)
@@ -131,8 +131,8 @@ LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR*
 
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes)
 {
-    const auto place = placeOf(key);
-    if (!place)
+    const auto position = positionOf(key);
+    if (!position)
         return error(ERROR_INVALID_HANDLE);
     if (reserved != nullptr || (data != nullptr && bytes == nullptr))
         return error(ERROR_INVALID_PARAMETER);
@@ -140,7 +140,7 @@ LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
     const DatabaseUse database;
     if (!database)
         return error(ERROR_GEN_FAILURE);
-    Statement value = platform::registry::valueOf(*database, place->row, valueName(name));
+    Statement value = platform::registry::valueOf(*database, position->row, valueName(name));
     const Step step = value.step();
     if (step != Step::Row)
         return step == Step::Done ? error(ERROR_FILE_NOT_FOUND) : errorOf(step, Trouble::Reading);
@@ -162,8 +162,8 @@ LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
 
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes)
 {
-    const auto place = placeOf(key);
-    if (!place)
+    const auto position = positionOf(key);
+    if (!position)
         return error(ERROR_INVALID_HANDLE);
     const std::u16string_view valued = valueName(name);
     if (reserved != 0 || valued.size() > NameLimit || !isText(valued) || (data == nullptr && bytes > 0) ||
@@ -177,7 +177,7 @@ LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, con
     Transaction transaction(*database);
     Step step = transaction.begun();
     if (step == Step::Done)
-        step = platform::registry::writeValue(*database, place->row, valued, type, content);
+        step = platform::registry::writeValue(*database, position->row, valued, type, content);
     return errorOf(step == Step::Done ? transaction.commit() : step, Trouble::Writing);
 }
 

@@ -53,7 +53,7 @@ DWORD copyTo(HostFile& target, HANDLE file)
 }
 
 // Ignores the content. Used to check a text without changing anything.
-class Deaf final : public RegistryTextSink {
+class IgnoringSink final : public RegistryTextSink {
 public:
     bool key(const KeyPath& /*path*/) override { return true; }
     bool value(std::u16string_view /*name*/, DWORD /*type*/, std::span<const std::byte> /*data*/) override
@@ -65,8 +65,8 @@ public:
 // The fault of a registry file, which must be at offset 0.
 std::optional<RegistryTextFault> faultOf(HostFile& file)
 {
-    Deaf deaf;
-    return readRegistryText([&](std::span<std::byte> buffer) { return file.read(buffer); }, Wholeness::Required, deaf);
+    IgnoringSink sink;
+    return readRegistryText([&](std::span<std::byte> buffer) { return file.read(buffer); }, Wholeness::Required, sink);
 }
 
 struct Grown {
@@ -124,10 +124,10 @@ DWORD stageRegistry(HANDLE file)
         HostFile target(folder / GrowingName, O_RDWR | O_CREAT | O_TRUNC);
         grown = target ? grow(target, file) : Grown{host::ioError(target.error()), false};
     }
-    const fs::path place = folder / (grown.whole ? StagedName : RefusedName);
+    const fs::path staged = folder / (grown.whole ? StagedName : RefusedName);
     std::error_code failure;
     if (grown.error == ERROR_SUCCESS) {
-        fs::rename(folder / GrowingName, place, failure);
+        fs::rename(folder / GrowingName, staged, failure);
         grown.error = host::ioError(failure.value());
     }
     if (grown.error != ERROR_SUCCESS) {
@@ -136,7 +136,7 @@ DWORD stageRegistry(HANDLE file)
     }
     const DWORD error = host::ioError(host::flush(folder));
     if (error != ERROR_SUCCESS)
-        fs::remove(place, failure);
+        fs::remove(staged, failure);
     return error == ERROR_SUCCESS && !grown.whole ? ERROR_GEN_FAILURE : error;
 }
 

@@ -176,11 +176,11 @@ std::span<const std::byte> resourceAt(const void* address)
     const ResourceFile* resources = currentResources();
     if (!resources)
         return {};
-    const auto place = reinterpret_cast<std::uintptr_t>(address);
+    const auto wanted = reinterpret_cast<std::uintptr_t>(address);
     for (const Resource& entry : resources->entries()) {
         const auto first = reinterpret_cast<std::uintptr_t>(entry.bytes.data());
-        if (place >= first && place - first < entry.bytes.size())
-            return entry.bytes.subspan(place - first);
+        if (wanted >= first && wanted - first < entry.bytes.size())
+            return entry.bytes.subspan(wanted - first);
     }
     return {};
 }

@@ -145,11 +145,11 @@ Found<CEOID> addDatabase(Connection& connection, const DatabaseName& name, DWORD
     if (const Step step = statement.bind(name.written, name.folded, type, ticksNow()).step(); step != Step::Done)
         return {std::nullopt, errorOf(step)};
     const auto oid = static_cast<CEOID>(connection.lastInsertId());
-    int place = 0;
+    int rank = 0;
     for (const SORTORDERSPEC& spec : sortOrders) {
         Statement added =
             connection.prepare("INSERT INTO store_sort_order (database, place, property, flags) VALUES (?, ?, ?, ?)");
-        if (const Step step = added.bind(oid, place++, spec.propid, spec.dwFlags).step(); step != Step::Done)
+        if (const Step step = added.bind(oid, rank++, spec.propid, spec.dwFlags).step(); step != Step::Done)
             return {std::nullopt, errorOf(step)};
     }
     return {oid, 0};

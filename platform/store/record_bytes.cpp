@@ -193,17 +193,17 @@ std::optional<RecordBytes> withChanges(const PropertyViews& properties, std::spa
         RecordView value = {};
     };
     std::vector<Slot> slots;
-    std::unordered_map<CEPROPID, std::size_t> places;
+    std::unordered_map<CEPROPID, std::size_t> slotOfId;
     for (const PropertyView& property : properties) {
-        places.emplace(property.id, slots.size());
+        slotOfId.emplace(property.id, slots.size());
         slots.push_back({&property});
     }
     for (const CEPROPVAL& change : changes) {
-        const auto [place, added] = places.emplace(change.propid, slots.size());
+        const auto [slot, added] = slotOfId.emplace(change.propid, slots.size());
         if (added)
             slots.push_back({nullptr, &change});
         else
-            slots[place->second].changed = &change;
+            slots[slot->second].changed = &change;
     }
 
     std::erase_if(slots, [](const Slot& slot) {
