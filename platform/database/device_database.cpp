@@ -144,7 +144,7 @@ bool keepOrphanedLog(const fs::path& file, std::string& sentence)
         kept = log.string() + ".kept" + std::to_string(number);
     std::error_code error;
     fs::rename(log, kept, error);
-    if (error || host::flush(log.parent_path()) != 0) {
+    if (error || host::flushFolder(log.parent_path()) != 0) {
         sentence = "The changes in " + quoted(log) +
                    ", whose database is missing or empty, can't be saved: the file can't be renamed.";
         return false;

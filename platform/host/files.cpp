@@ -33,10 +33,15 @@ int setRights(int file, const Rights& rights)
     return unlessInterrupted([&] { return ::fchmod(file, rights.mode & kept); });
 }
 
-int flush(const std::filesystem::path& path)
+int flush(const std::filesystem::path& file)
 {
-    const Descriptor opened(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor opened(::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     return opened ? unlessInterrupted([&] { return ::fsync(opened.get()); }) : errno;
+}
+
+int flushFolder(const std::filesystem::path& folder)
+{
+    return flush(folder / ".");
 }
 
 std::string unguessableName()

@@ -98,7 +98,7 @@ bool takeAway(const fs::path& folder, std::string& sentence)
     std::error_code failure;
     fs::remove(folder / StagedName, failure);
     if (!failure)
-        failure.assign(host::flush(folder), std::generic_category());
+        failure.assign(host::flushFolder(folder), std::generic_category());
     if (failure)
         sentence = "The registry file \"" + (folder / StagedName).string() +
                    "\" has replaced the registry but can't be deleted: " + failure.message() + ".";
@@ -134,7 +134,7 @@ DWORD stageRegistry(HANDLE file)
         fs::remove(folder / GrowingName, failure);
         return grown.error;
     }
-    const DWORD error = host::ioError(host::flush(folder));
+    const DWORD error = host::ioError(host::flushFolder(folder));
     if (error != ERROR_SUCCESS)
         fs::remove(staged, failure);
     return error == ERROR_SUCCESS && !grown.whole ? ERROR_GEN_FAILURE : error;

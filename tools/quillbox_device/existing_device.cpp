@@ -103,7 +103,7 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
         throw Failure("The access rights of the device's database can't be given to its changed copy.");
     flush(changing);
     fs::rename(changing, database);
-    if (platform::host::flush(database.parent_path()) != 0)
+    if (platform::host::flushFolder(database.parent_path()) != 0)
         throw Failure("The change is made, but the device's folder can't be written: a power cut may undo it.");
 }
 

@@ -139,7 +139,7 @@ void Output::finish()
     fs::rename(temporary_, target_);
     temporary_.clear();
     const fs::path folder = fs::path(target_).parent_path();
-    if (host::flush(folder / ".") != 0)
+    if (host::flushFolder(folder) != 0)
         throw Failure("\"" + target_ + "\" is written, but its folder can't be: a power cut may lose it.");
 }
 

@@ -21,8 +21,10 @@ struct Rights {
 // it gets no permissions, because they were meant for another group. 0, or the errno if the mode can't be set.
 [[nodiscard]] int setRights(int file, const Rights& rights);
 
-// Writes a file, or the entries of a folder, to the disk. Follows no link. 0 or the errno.
-[[nodiscard]] int flush(const std::filesystem::path& path);
+// Writes a file to the disk. Follows no link. 0 or the errno.
+[[nodiscard]] int flush(const std::filesystem::path& file);
+// Writes the entries of a folder to the disk. The path may be a link to it. 0 or the errno.
+[[nodiscard]] int flushFolder(const std::filesystem::path& folder);
 
 // 16 hexadecimal digits that nobody can predict, for the name of a file that no other program may use.
 std::string unguessableName();
