@@ -39,8 +39,8 @@ constexpr UINT MenuBandWidth = 145;
 constexpr UINT ToolBandWidth = 110;
 constexpr int ToolbarButtons = 5;
 constexpr int FirstToolbarCommand = 500;
-HWND gToolBand;
 constexpr int ToolbarImages = 7;  // the bar has room for these; the bitmap has five
+HWND gToolBand;
 
 constexpr UINT_PTR RootImagesTimer = 1;
 constexpr UINT RootImagesMilliseconds = 500;

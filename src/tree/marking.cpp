@@ -206,6 +206,7 @@ void MarkAncestors(HTREEITEM item, DWORD mark, DWORD total)
         WriteTreeItem(ancestor);
     }
 }
+
 }  // namespace
 
 DWORD ToggleItem(HTREEITEM handle)

@@ -57,11 +57,10 @@ std::optional<Component> ComponentReader::next()
         }
         const std::string name = inCapitals(line->value);
         if (line->name == "BEGIN" && name == container_ && !inContainer_) {
-            inContainer_ = sawAny_ = true;
+            inContainer_ = true;
         } else if (line->name == "END" && name == container_ && inContainer_) {
             inContainer_ = false;
         } else if (line->name == "BEGIN" && inContainer_ == !container_.empty()) {
-            sawAny_ = true;
             Component component{name, {}, {}, line->number};
             fill(component, 1);
             return component;

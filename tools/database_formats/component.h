@@ -34,9 +34,6 @@ public:
     // need the line. Throws a FormatFault for a damaged file, and for a component that is nested too deep or too large.
     std::optional<Component> next();
 
-    // True after the first component has begun. The container counts too.
-    bool sawAny() const { return sawAny_; }
-
 private:
     bool readLogical();
     bool readPhysical();
@@ -53,7 +50,6 @@ private:
     std::size_t bytes_ = 0;  // number of bytes of the component so far
     std::size_t count_ = 0;  // number of its lines and parameters so far
     bool inContainer_ = false;
-    bool sawAny_ = false;
 };
 
 }  // namespace database_formats

@@ -9,6 +9,7 @@
 
 namespace quillbox_set {
 
+// NOLINTNEXTLINE(bugprone-exception-escape): no move of these members throws
 struct ItemInside {
     std::string text;             // one line. Empty for a file.
     nlohmann::ordered_json json;  // null for a file, and if nothing could be read

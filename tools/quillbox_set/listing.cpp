@@ -23,6 +23,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 // What unpacking an item showed. Empty unless the options ask for it.
+// NOLINTNEXTLINE(bugprone-exception-escape): no move of these members throws
 struct Unpacked {
     std::optional<std::uint64_t> bytes;  // nothing if the stream is damaged
     ItemInside inside;

@@ -73,13 +73,6 @@ TreePictures treePictures(HWND handle)
     return {firstBitmapOf(tree->images), size.width, size.height};
 }
 
-HTREEITEM selectedTreeItem(HWND handle)
-{
-    const Lock lock(coreMutex);
-    const TreeViewState* tree = findTree(handle);
-    return tree ? tree->selected : nullptr;
-}
-
 std::vector<HTREEITEM> treeItemsBelow(HWND handle, HTREEITEM parent)
 {
     const Lock lock(coreMutex);

@@ -69,7 +69,6 @@ public:
         held.release();
     }
 
-    void notifyOne() { variable_.notify_one(); }
     void notifyAll() { variable_.notify_all(); }
 
 private:

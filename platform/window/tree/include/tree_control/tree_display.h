@@ -26,8 +26,7 @@ namespace platform::window {
 std::vector<TreeItemState> readTreeItems(HWND tree, std::span<const HTREEITEM> items);
 TreePictures treePictures(HWND tree);
 
-// These are for callers without a mirror.
-HTREEITEM selectedTreeItem(HWND tree);
+// This is for callers without a mirror.
 std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // the children; null: the top items
 
 // Raw input, dropped and queued by the rules of window/display.h. A null item is the empty space below the rows. A
