@@ -13,38 +13,32 @@
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;
 
-// One argument of a format: a whole number or a text. Made implicitly from the values that callers pass.
+// One argument of a format: a whole number or a wide text. Made implicitly from the values that callers pass.
 class FormatArgument {
 public:
-    enum class Kind { Integer, Wide, Narrow };
-
     template <class T>
     requires(std::is_integral_v<T> || std::is_enum_v<T>) constexpr FormatArgument(T value)
-        : kind_(Kind::Integer), bytes_(sizeof(T)), integer_(static_cast<std::int64_t>(value))
+        : bytes_(sizeof(T)), integer_(static_cast<std::int64_t>(value))
     {
     }
-    constexpr FormatArgument(const WCHAR* text) : kind_(Kind::Wide), wide_(text) {}
-    constexpr FormatArgument(const char* text) : kind_(Kind::Narrow), narrow_(text) {}
+    constexpr FormatArgument(const WCHAR* text) : bytes_(0), text_(text) {}
 
-    [[nodiscard]] constexpr Kind kind() const { return kind_; }
+    [[nodiscard]] constexpr bool isText() const { return bytes_ == 0; }
     [[nodiscard]] constexpr std::int64_t integer() const { return integer_; }
     [[nodiscard]] constexpr unsigned bytes() const { return bytes_; }
-    [[nodiscard]] constexpr const WCHAR* wide() const { return wide_; }
-    [[nodiscard]] constexpr const char* narrow() const { return narrow_; }
+    [[nodiscard]] constexpr const WCHAR* text() const { return text_; }
 
 private:
-    Kind kind_;
-    unsigned bytes_ = 8;  // size of the integer as it was passed, so that %u and %x show its own bits
+    unsigned bytes_;  // size of the integer as it was passed, so that %u and %x show its own bits; 0 for a text
     union {
         std::int64_t integer_;
-        const WCHAR* wide_;
-        const char* narrow_;
+        const WCHAR* text_;
     };
 };
 
-// Formats into `out`, `capacity` characters with the NUL. Supports - # 0, width, precision, l and h, and %d %i %u %x %X
-// %c %C %s %S %%. %s is a wide text, %S a narrow one; a null text shows as "(null)". A conversion without an argument,
-// or with one of the wrong type, produces no output.
+// Formats into `out`, `capacity` characters with the NUL. Supports %s %d %u %x %%, each with a width and zeros before a
+// number. These are the formats that the program uses; the platform has more. %s is a wide text, and a null text shows
+// as "(null)". A conversion without an argument, or with one of the wrong type, produces no output.
 // Returns the characters written, without the NUL.
 int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<const FormatArgument> arguments);
 
