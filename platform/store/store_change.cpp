@@ -6,7 +6,6 @@
 #include "store_state.h"
 #include "store_trouble.h"
 
-using platform::database::Connection;
 using platform::database::DatabaseUse;
 using platform::database::Gathered;
 using platform::database::Step;

@@ -39,6 +39,8 @@ TEST(WildcardTest, StarMatchesAnyTextAndQuestionMarkOneCharacter)
         EXPECT_EQ(matchesWildcards(each.name, each.pattern, Case::Ignored), each.matches)
             << testing::PrintToString(std::u16string(each.name)) << " "
             << testing::PrintToString(std::u16string(each.pattern));
+    EXPECT_TRUE(matchesWildcards(u"a\U0001F600.txt", u"a?.txt", Case::Counts));
+    EXPECT_FALSE(matchesWildcards(u"A.TXT", u"a.txt", Case::Counts));
 }
 
 TEST(WildcardTest, PatternOfManyStarsIsMatchedInBoundedTime)
