@@ -36,7 +36,7 @@ class StartTest(ProgramTest):
             self.assertIn(str(no_device), self.quillbox("idle\n", device=no_device, code=1).said)
         for places in ({}, {"HOME": ""}, {"HOME": "home", "XDG_DATA_HOME": "data"}):
             done = self.run_program("quillbox", "--script", "-", given="idle\n", cwd=documents, env=places, code=2)
-            self.assertIn("--device DIR names one", done.said)
+            self.assertIn("Name one with --device DIR", done.said)
         self.assertEqual(names_in(documents), ["letter"])
 
     def test_bad_usage_is_reported(self):
