@@ -26,8 +26,8 @@ constexpr std::array Kinds = {Troubled::File, Troubled::DatabaseList, Troubled::
 
 // What the program itself reported of items comes first. Items that are named there aren't named again for the call
 // that failed.
-constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing, Trouble::Restoring, Trouble::Deleting,
-                                 Trouble::Replacing};
+constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing,   Trouble::Restoring,
+                                 Trouble::Deleting,  Trouble::Replacing, Trouble::Reaching};
 constexpr std::array Noted = {Trouble::Reading, Trouble::Writing};
 
 // The reason of a failed item of a set, for errors that have another meaning there than in a single call. Otherwise
@@ -49,6 +49,8 @@ const char* reasonOfItem(Trouble kind, Troubled what, DWORD error)
         return "the set is damaged";
     case ERROR_FILE_INVALID:
         return "it has changed since it was read";
+    case ERROR_CANCELLED:
+        return "the run was stopped";
     case ERROR_RETRY:
         return "it was written just before it was read, so a later change might not show";
     case ERROR_WRITE_FAULT:
@@ -108,6 +110,8 @@ Wording wordingOf(Trouble kind, Troubled what)
     case Trouble::Replacing:
         return {"This had the name of a temporary file of Quillbox and was replaced: ",
                 "had names of temporary files of Quillbox and were replaced. The first is "};
+    case Trouble::Reaching:
+        return {"The run was stopped before this: ", "weren't reached, because the run was stopped. The first is "};
     case Trouble::Writing:
         return {"This couldn't be written whole: ", "couldn't be written whole. The first is "};
     default:

@@ -1,5 +1,7 @@
 #include "kernel/troubles.h"
 
+#include "kernel/job.h"
+
 #include "ce/error.h"
 #include "ce/outcome.h"
 
@@ -102,7 +104,8 @@ using namespace platform::kernel;
 
 void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error)
 {
-    constexpr std::array Outcomes = {Trouble::Storing, Trouble::Restoring, Trouble::Deleting, Trouble::Replacing};
+    constexpr std::array Outcomes = {Trouble::Storing, Trouble::Restoring, Trouble::Deleting, Trouble::Replacing,
+                                     Trouble::Reaching};
     constexpr std::array Kinds = {Troubled::File, Troubled::Database, Troubled::Registry};
     if (outcome < OutcomeNotStored || outcome > Outcomes.size() || kind < OutcomeFile || kind > Kinds.size())
         return;
@@ -127,10 +130,12 @@ void BeginJob()
     State& all = state();
     const std::lock_guard lock(all.mutex);
     all.jobStart = all.noted;
+    noteJobBegin();
 }
 
 void EndJob(HWND owner)
 {
+    noteJobEnd();
     std::function<void(HWND)> handler;
     {
         State& all = state();

@@ -39,6 +39,8 @@ void BackUpFile(BackupRun& run, const WCHAR* name)
 void BackUpFiles(BackupRun& run)
 {
     ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
+        if (StopsBefore(KindOf(ItemKindFile), entry.name))
+            return;
         CopyText(run.itemName, entry.name);
         BackUpFile(run, entry.name);
     });
@@ -98,6 +100,8 @@ void BackUpDatabases(BackupRun& run)
     run.progress = OpenRunProgress(TextDatabases, CountOf(gDatabaseList));
     SetWaitCursor();
     ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) {
+        if (StopsBefore(KindOf(ItemKindDatabase), entry.name))
+            return;
         CopyText(run.itemName, entry.name);
         BackUpDatabase(run, entry.name);
     });
@@ -135,7 +139,7 @@ void StoreRegistry(BackupRun& run, HANDLE stream)
 
 void BackUpRegistry(BackupRun& run)
 {
-    if (!gRegistryMarked)
+    if (!gRegistryMarked || StopsBefore(KindOf(ItemKindRegistry), u""))
         return;
     Log(run, u"INF: Start registry backup");
     BeginItem(run);

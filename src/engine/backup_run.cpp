@@ -104,8 +104,8 @@ HANDLE OpenList(const WCHAR* path, DWORD& error)
     return list;
 }
 
-// Finds the first number whose list file can be created. Reports "all numbers are taken" only if that is the only
-// reason why there is none; otherwise the first other reason.
+// Finds the first number whose list file can be created, unless the run is to stop. Reports "all numbers are taken"
+// only if that is the only reason why there is none; otherwise the first other reason.
 bool SettleNumber(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -116,6 +116,10 @@ bool SettleNumber(BackupRun& run)
         run.listFile = OpenList(path, error);
         if (run.listFile != INVALID_HANDLE_VALUE)
             return true;
+        if (JobIsToStop()) {
+            reason = ERROR_CANCELLED;
+            break;
+        }
         if (reason == ERROR_FILE_EXISTS)
             reason = error;
     }

@@ -7,6 +7,7 @@
 #include "set/set_state.h"
 
 #include "ce/dialog.h"
+#include "ce/error.h"
 #include "ce/file.h"
 #include "ce/outcome.h"
 #include "ce/text.h"
@@ -76,8 +77,11 @@ void AddIfReadable(const WCHAR* path, DWORD attributes)
     CloseHandle(file);
 }
 
+// FALSE, which ends the walk of this folder, if the run is to stop.
 BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
 {
+    if (JobIsToStop())
+        return FALSE;
     // Folders aren't items, and files in ROM are left out.
     if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
         return TRUE;
@@ -137,6 +141,11 @@ DWORD RunFullBackup()
     for (const ItemKind& kind : ItemKinds) {
         if (kind.list && *kind.inFullBackup)
             ListAll(kind);
+    }
+    if (JobIsToStop()) {
+        ReportNoSet(u"\\", ERROR_CANCELLED);
+        RenewLists();
+        return 0;
     }
     const PathsTooLong left = gPathsTooLong;  // the run's own walk can note further ones
 

@@ -3,6 +3,14 @@
 #include "ce/file.h"
 #include "ce/outcome.h"
 
+bool StopsBefore(const ItemKind& kind, const WCHAR* name)
+{
+    if (!JobIsToStop())
+        return false;
+    ReportItem(OutcomeNotReached, kind.reportedAs, name, ERROR_SUCCESS);
+    return true;
+}
+
 void ReportReplacedFile(const WCHAR* path)
 {
     ReportItem(OutcomeReplaced, OutcomeFile, path, ERROR_SUCCESS);

@@ -2,6 +2,8 @@
 // of items that aren't whole (ce/outcome.h).
 #pragma once
 
+#include "set/item_kinds.h"
+
 #include "ce/error.h"
 #include "ce/types.h"
 
@@ -20,6 +22,9 @@ inline void NoteFailure(ItemOutcome& item, DWORD error)
     if (IsWhole(item))
         item.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
+
+// Called before an item. True if the run is to stop: it then leaves the item out, which is reported.
+bool StopsBefore(const ItemKind& kind, const WCHAR* name);
 
 // Reports that a temporary file of the program has replaced a file of the user's of the same name.
 void ReportReplacedFile(const WCHAR* path);

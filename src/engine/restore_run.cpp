@@ -121,12 +121,16 @@ bool UnpackToTemporaryFile(RestoreRun& run, const WCHAR* path)
 
 // Files.
 
+// The user can stop the run at the question, which is then a No to this file.
 bool AskReplace(const WCHAR* name)
 {
     WCHAR question[TextChars + MAX_PATH];
     wsprintfW(question, LoadText(TextFileExistsFormat, gTextA), name);
-    return MessageBoxW(gMainWindow, question, LoadText(TextWarning, gTextB),
-                       MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2) == IDYES;
+    if (MessageBoxW(gMainWindow, question, LoadText(TextWarning, gTextB),
+                    MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2) == IDYES)
+        return true;
+    (void)StopsBefore(KindOf(ItemKindFile), name);
+    return false;
 }
 
 // Whether no file of that name exists. If the call fails for another reason, given in `error`, the file counts as
@@ -174,7 +178,10 @@ void RestoreFiles(RestoreRun& run)
 {
     run.progress = OpenRunProgress(TextRestoringFiles, CountOf(gFileList));
     SetWaitCursor();
-    ForEachEntry(gFileList, [&](const EntryBuffer& entry) { RestoreFile(run, entry); });
+    ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
+        if (!StopsBefore(KindOf(ItemKindFile), entry.name))
+            RestoreFile(run, entry);
+    });
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
 }
@@ -208,12 +215,16 @@ void RemoveNewFolders(const WCHAR* path, std::size_t existing)
     }
 }
 
-// Makes the database from its image and deletes the image. The user's No to a replacement isn't a failure.
-void MakeDatabase(RestoreRun& run, const WCHAR* imagePath)
+// Makes the database from its image and deletes the image. The user's No to a replacement isn't a failure, but the user
+// can also stop the run at that question.
+void MakeDatabase(RestoreRun& run, const WCHAR* imagePath, const WCHAR* name)
 {
     SetLastError(ERROR_SUCCESS);
-    if (RestoreDatabase(imagePath) == RestoreFailed)
+    const RestoreResult result = RestoreDatabase(imagePath);
+    if (result == RestoreFailed)
         NoteFailure(run.item, GetLastError());
+    else if (result == RestoreDeclined)
+        (void)StopsBefore(KindOf(ItemKindDatabase), name);
     (void)DeleteFileW(imagePath);
 }
 
@@ -227,7 +238,7 @@ void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
         // A backslash in the database's name makes folders.
         const std::size_t existing = ExistingFolderChars(imagePath);
         if (UnpackToTemporaryFile(run, imagePath))
-            MakeDatabase(run, imagePath);
+            MakeDatabase(run, imagePath, entry.name);
         RemoveNewFolders(imagePath, existing);
         (void)DeleteFileW(TemporaryStreamPath);
     });
@@ -239,7 +250,10 @@ void RestoreDatabases(RestoreRun& run)
 {
     run.progress = OpenRunProgress(TextRestoringDatabases, CountOf(gDatabaseList));
     SetWaitCursor();
-    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) { RestoreDatabaseItem(run, entry); });
+    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) {
+        if (!StopsBefore(KindOf(ItemKindDatabase), entry.name))
+            RestoreDatabaseItem(run, entry);
+    });
 }
 
 // The registry. The stream is unpacked to a file, which the platform takes over.
@@ -258,7 +272,7 @@ void PassRegistryOn(RestoreRun& run)
 // Whatever the platform answered, the user is asked to restart the device. A failure is in the report.
 void RestoreRegistry(RestoreRun& run)
 {
-    if (!gRegistryMarked)
+    if (!gRegistryMarked || StopsBefore(KindOf(ItemKindRegistry), u""))
         return;
     bool copied = false;
     RestoreItem(run, KindOf(ItemKindRegistry), u"", [&] {

@@ -4,6 +4,7 @@
 
 #include "engine/options.h"
 #include "engine/restore_run.h"
+#include "kernel/job.h"
 #include "kernel/troubles.h"
 #include "set/set_state.h"
 
@@ -156,4 +157,39 @@ TEST_F(RestoreRunTest, DamagedListIsReported)
         EXPECT_EQ(std::ranges::any_of(reported, [](const auto& each) { return each.name.ends_with(u".QLT"); }),
                   damaged);
     }
+}
+
+TEST_F(RestoreRunTest, StoppedRunKeepsWhatItHasDoneAndReportsTheRest)
+{
+    using namespace platform::kernel;
+    const auto stoppedAt = [](const std::u16string& message, const auto& run) {
+        gUser.seesMessage = [&](const std::u16string& text) {
+            if (text == message)
+                stopJob();
+        };
+        BeginJob();
+        run();
+        EndJob(nullptr);
+        Lines left;
+        for (const NamedTrouble& trouble : troublesOf(Trouble::Reaching, Troubled::File, Since::Job))
+            left.push_back(trouble.name);
+        return left;
+    };
+    for (const char* name : {"a", "b", "c"}) {
+        write(name, name);
+        mark(u"\\" + std::u16string(1, static_cast<char16_t>(name[0])));
+    }
+    EXPECT_EQ(stoppedAt(u"File: \\b", [] { backUp(); }), Lines{u"\\c"});
+    EXPECT_EQ(stoppedAt(u"none", [] { backUp(); }), Lines{}) << "a later run isn't stopped";
+    EXPECT_EQ(gUser.shownWith(u"box Info?").size(), 1U) << "set 1 is complete";
+
+    for (const char* name : {"a", "b", "c"})
+        write(name, "new");
+    // The request comes just before the question about a.
+    gOptions.restoreMode = RestoreModeAsk;
+    EXPECT_EQ(stoppedAt(u"File: \\a", [] { restore(); }), (Lines{u"\\a", u"\\b"}));
+    gOptions.restoreMode = RestoreModeReplace;
+    EXPECT_EQ(stoppedAt(u"File: \\a", [] { restore(); }), Lines{u"\\b"});
+    EXPECT_EQ(read("a"), "a");
+    EXPECT_EQ(read("b"), "new");
 }

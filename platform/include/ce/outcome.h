@@ -12,6 +12,7 @@ inline constexpr DWORD OutcomeNotStored = 1;    // it isn't in the set, or not w
 inline constexpr DWORD OutcomeNotRestored = 2;  // it isn't on the device as the set has it
 inline constexpr DWORD OutcomeNotDeleted = 3;   // it is in the set and should have been deleted, but wasn't
 inline constexpr DWORD OutcomeReplaced = 4;     // a temporary file has replaced a file of the user's with its name
+inline constexpr DWORD OutcomeNotReached = 5;   // the job was stopped before it
 
 // What the item is.
 inline constexpr DWORD OutcomeFile = 1;
@@ -22,7 +23,8 @@ inline constexpr DWORD OutcomeRegistry = 3;
 // ce/error.h. If an item is reported twice in one job, only the first report counts.
 void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 
-// Reports that no set could be created in `folder`. ERROR_FILE_EXISTS: every number is taken.
+// Reports that no set could be created in `folder`. ERROR_FILE_EXISTS: every number is taken. ERROR_CANCELLED: the job
+// was stopped before that.
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
 // While on, a folder that the user may not enter or read isn't reported. The program then only searches for things that
@@ -33,3 +35,7 @@ void SearchForChoices(BOOL on);
 // BeginJob, in a message box over `owner` if it has a window.
 void BeginJob();
 void EndJob(HWND owner);
+
+// TRUE once the user has asked to stop the job that is in progress. A job calls it between its items. If it stops, what
+// it has done stays, and it reports each item that it didn't reach.
+BOOL JobIsToStop();

@@ -16,7 +16,7 @@
 namespace platform::kernel {
 
 // The device's calls note Reading and Writing. The program reports the others (ce/outcome.h).
-enum class Trouble { Reading, Writing, Storing, Restoring, Deleting, Replacing, Numbering };
+enum class Trouble { Reading, Writing, Storing, Restoring, Deleting, Replacing, Reaching, Numbering };
 
 // The kind of thing that failed. DatabaseList: the names of the databases couldn't be read.
 enum class Troubled { File, Database, DatabaseList, Registry };

@@ -1,0 +1,51 @@
+#include "kernel/job.h"
+
+#include "ce/outcome.h"
+
+#include <atomic>
+
+namespace platform::kernel {
+
+namespace {
+
+// A signal handler may use only atomics without a lock.
+std::atomic<std::uint64_t> jobsSoFar = 0;
+std::atomic<std::uint64_t> current = 0;
+std::atomic<std::uint64_t> stopped = 0;  // the number of the job that was asked to stop
+std::atomic<bool> everyJobStopped = false;
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
+
+}  // namespace
+
+void noteJobBegin()
+{
+    current = ++jobsSoFar;
+}
+
+void noteJobEnd()
+{
+    current = 0;
+}
+
+std::uint64_t currentJob()
+{
+    return current;
+}
+
+void stopJob()
+{
+    stopped = current.load();
+}
+
+void stopEveryJob()
+{
+    everyJobStopped = true;
+}
+
+}  // namespace platform::kernel
+
+BOOL JobIsToStop()
+{
+    using namespace platform::kernel;
+    return everyJobStopped || (current != 0 && stopped == current);
+}
