@@ -99,6 +99,7 @@ void LogFailedWrite(void* context)
 void BeginItem(BackupRun& run)
 {
     run.item = {};
+    run.packed = {};
 }
 
 bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name)
@@ -106,6 +107,7 @@ bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name)
     const bool nothingToStore = kind == ItemKindFile && (IsFileOfRun(run, name) || WasDeletedMeanwhile(run));
     if (!IsWhole(run.item) && !nothingToStore)
         ReportItem(OutcomeNotStored, KindOf(kind).reportedAs, name, run.item.error);
+    ReportItemDone(KindOf(kind).reportedAs, run.packed.source.length);
     return IsWhole(run.item);
 }
 

@@ -175,6 +175,7 @@ void CloseRun(BackupRun& run)
         CloseHandle(run.listFile);
     if (run.dataFile != INVALID_HANDLE_VALUE)
         CloseHandle(run.dataFile);
+    EndRun();
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
 }
@@ -191,6 +192,9 @@ void MakeSet(BackupRun& run)
         run.folderError = GetLastError();
     if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
         gLastSetNumber = run.number;
+        WCHAR listPath[MAX_PATH];
+        FormatListPath(listPath, run.storageRoot, run.number);
+        ReportRunBegins(RunStores, listPath);
         StartPipelineThread();
         BackUpItems(run);
         (void)DeclareTemporaryFile(nullptr);

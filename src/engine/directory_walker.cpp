@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+std::uint64_t gWalkedBytes;
+
 namespace {
 
 // Recursion: each level makes the path longer, so the length of a path limits the depth.
@@ -58,6 +60,7 @@ DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL 
         if (foldersOnly && !folder)
             continue;
         count++;
+        gWalkedBytes = std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
         if (callback && !callback(found.cFileName, root, found.dwFileAttributes, context))
             break;
     } while (FindNextFileW(search, &found));

@@ -50,10 +50,10 @@ bool LiesDirectlyInCard(const WCHAR* folder)
     return HasAttribute(gKnownFolder.attributes, FILE_ATTRIBUTE_TEMPORARY);
 }
 
-void AddItem(const ItemKind& kind, const WCHAR* name)
+void AddItem(const ItemKind& kind, const WCHAR* name, std::uint64_t bytes)
 {
     ItemList* list = *kind.list;
-    if (!list || !list->Add(name, NameBytes(name)))
+    if (!list || !list->Add(name, NameBytes(name), bytes))
         ReportItem(OutcomeNotStored, kind.reportedAs, name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
@@ -66,14 +66,14 @@ void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
 }
 
 // Only opening a file shows whether it can be read. A file that is in use is left out.
-void AddIfReadable(const WCHAR* path, DWORD attributes)
+void AddIfReadable(const WCHAR* path, DWORD attributes, std::uint64_t bytes)
 {
     HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         ReportUnreadable(path, attributes, GetLastError());
         return;
     }
-    AddItem(KindOf(ItemKindFile), path);
+    AddItem(KindOf(ItemKindFile), path, bytes);
     CloseHandle(file);
 }
 
@@ -93,7 +93,7 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes,
         NotePathTooLong(folder, name);
         return TRUE;
     }
-    AddIfReadable(path, attributes);
+    AddIfReadable(path, attributes, gWalkedBytes);
     ProgressStep(reinterpret_cast<HWND>(context), 0);
     return TRUE;
 }
@@ -111,7 +111,7 @@ void ListAllNames(const ItemKind& kind, HWND progress)
 {
     ForEachName(kind.number, [&](const WCHAR* name) {
         if (name)
-            AddItem(kind, name);
+            AddItem(kind, name, 0);
         ProgressStep(progress, 0);
     });
 }

@@ -40,13 +40,14 @@ struct RestoreRun {
 
 // Calls restore() between the beginning and the end of an item, and reports an item that isn't whole.
 template <class Restore>
-void RestoreItem(RestoreRun& run, const ItemKind& kind, const WCHAR* name, const Restore& restore)
+void RestoreItem(RestoreRun& run, const ItemKind& kind, const EntryBuffer& entry, const Restore& restore)
 {
-    ShowItem(run.progress, kind, name);
+    ShowItem(run.progress, kind, entry.name);
     run.item = {};
     restore();
     if (!IsWhole(run.item))
-        ReportItem(OutcomeNotRestored, kind.reportedAs, name, run.item.error);
+        ReportItem(OutcomeNotRestored, kind.reportedAs, entry.name, run.item.error);
+    ReportItemDone(kind.reportedAs, EntryStreamBytes(entry.bytes));
 }
 
 void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, bool showCount)
@@ -162,7 +163,7 @@ bool OptionsAllow(RestoreRun& run, const WCHAR* name)
 
 void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
-    RestoreItem(run, KindOf(ItemKindFile), entry.name, [&] {
+    RestoreItem(run, KindOf(ItemKindFile), entry, [&] {
         SetCursor(nullptr);
         const bool wanted = OptionsAllow(run, entry.name);
         SetWaitCursor();
@@ -230,7 +231,7 @@ void MakeDatabase(RestoreRun& run, const WCHAR* imagePath, const WCHAR* name)
 
 void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
 {
-    RestoreItem(run, KindOf(ItemKindDatabase), entry.name, [&] {
+    RestoreItem(run, KindOf(ItemKindDatabase), entry, [&] {
         if (!CopyStreamOut(run, entry, true))
             return;
         WCHAR imagePath[MAX_PATH];
@@ -275,7 +276,7 @@ void RestoreRegistry(RestoreRun& run)
     if (!gRegistryMarked || StopsBefore(KindOf(ItemKindRegistry), u""))
         return;
     bool copied = false;
-    RestoreItem(run, KindOf(ItemKindRegistry), u"", [&] {
+    RestoreItem(run, KindOf(ItemKindRegistry), gRegistryEntry, [&] {
         copied = CopyStreamOut(run, gRegistryEntry, false);
         if (copied)
             PassRegistryOn(run);
@@ -390,12 +391,14 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
     }
     if (LOWORD(mode) == RestoreFull)
         ReportDataWithoutEntry(run.dataFile, listPath);
+    ReportRunBegins(RunRestores, listPath);
     StartPipelineThread();
     RestoreItems(run);
     StopPipelineThread();
     CloseHandle(run.dataFile);
     (void)DeclareTemporaryFile(nullptr);
     (void)FlushChangedVolumes();  // the run ends when all is on the disk; the platform reports a failure
+    EndRun();
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
     return 1;

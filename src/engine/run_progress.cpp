@@ -1,6 +1,7 @@
 #include "run_progress.h"
 
 #include "engine/questions.h"
+#include "set/set_state.h"
 
 #include "ce/text.h"
 
@@ -17,6 +18,19 @@ HWND OpenRunProgress(UINT id, DWORD items)
         return nullptr;
     const WCHAR* text = LoadText(id, gTextA);
     return ProgressOpen(text, text, RunRange, RunRange / items);
+}
+
+void ReportRunBegins(DWORD run, const WCHAR* listPath)
+{
+    DWORD items = gRegistryMarked ? 1 : 0;
+    std::uint64_t bytes = 0;
+    for (const ItemKind& kind : ItemKinds) {
+        if (kind.list && *kind.list) {
+            items += (*kind.list)->Count();
+            bytes += (*kind.list)->ContentBytes();
+        }
+    }
+    BeginRun(run, listPath, items, bytes);
 }
 
 void CloseRunProgress(HWND& progress)

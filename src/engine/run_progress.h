@@ -4,11 +4,15 @@
 
 #include "set/item_kinds.h"
 
+#include "ce/progress.h"
 #include "ce/window.h"
 
 // Opens a window for `items` items, with text `id` as its title and message; null if there are no items. Above 1000
 // items the bar has no step left and doesn't move, but message and counter do.
 HWND OpenRunProgress(UINT id, DWORD items);
+
+// Reports to the host that the run begins with all that is in the lists, and the registry if it is marked.
+void ReportRunBegins(DWORD run, const WCHAR* listPath);
 
 // Closes the window and sets `progress` to null.
 void CloseRunProgress(HWND& progress);

@@ -10,6 +10,7 @@
 #include "set/stream_decoding.h"
 
 #include "ce/file.h"
+#include "ce/progress.h"
 #include "ce/text.h"
 
 #include <cstddef>
@@ -136,6 +137,7 @@ BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
             return FALSE;
         Put(writer, &block.packedBytes, sizeof block.packedBytes);
         Put(writer, block.packed, block.packedBytes);
+        ReportItemBytes(source.bytes);
         offered--;
     } while (offered != 0 || !source.atEnd);
     return TRUE;
@@ -242,6 +244,7 @@ BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
     bool more = true;
     bool readable = true;
     DWORD offered = 0;
+    std::uint64_t bytes = 0;
     for (;;) {
         while (more && offered < PipelinedBlocks) {
             more = OfferNextPackedBlock(reader, sink.target.outcome, readable);
@@ -254,6 +257,8 @@ BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
         if (!block.good)
             return FALSE;
         TakeUnpacked(sink, block);
+        bytes += block.packedBytes;
+        ReportItemBytes(bytes);
     }
 }
 

@@ -120,7 +120,7 @@ ItemList::~ItemList()
 }
 
 // Both allocations are made before the list changes, so that it is unchanged if one fails.
-BOOL ItemList::Add(const void* blob, DWORD bytes)
+BOOL ItemList::Add(const void* blob, DWORD bytes, std::uint64_t contentBytes)
 {
     if (!tail)
         return FALSE;
@@ -135,10 +135,12 @@ BOOL ItemList::Add(const void* blob, DWORD bytes)
     std::copy_n(static_cast<const BYTE*>(blob), bytes, copy);
     added->data = copy;
     added->length = bytes;
+    added->contentBytes = contentBytes;
     added->next = sentinel;
     sentinel->prev = added;
     tail = sentinel;
     count++;
+    allContentBytes += contentBytes;
     PutIntoIndex(added);
     return TRUE;
 }
@@ -165,6 +167,7 @@ BOOL ItemList::Remove(const void* key, DWORD bytes)
     (node->prev ? node->prev->next : head) = node->next;
     if (cursor == node)
         cursor = nullptr;  // a walk that was ended early must not continue from a deleted node
+    allContentBytes -= node->contentBytes;
     delete[] node->data;
     delete node;
     count--;
@@ -179,6 +182,11 @@ BOOL ItemList::IsEmpty() const
 DWORD ItemList::Count() const
 {
     return count;
+}
+
+std::uint64_t ItemList::ContentBytes() const
+{
+    return allContentBytes;
 }
 
 BOOL ItemList::First(void* buffer, DWORD* length)

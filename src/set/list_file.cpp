@@ -55,7 +55,7 @@ bool Keeps(const ListLoad& load, BYTE kind, const ListEntry& entry)
 void AddToList(const ItemKind& kind, const ListEntry& entry)
 {
     ItemList* list = *kind.list;
-    if (!list || !list->Add(entry.blob.bytes, entry.blobBytes))
+    if (!list || !list->Add(entry.blob.bytes, entry.blobBytes, EntryStreamBytes(entry.blob.bytes)))
         ReportItem(OutcomeNotRestored, kind.reportedAs, entry.blob.name, ERROR_NOT_ENOUGH_MEMORY);
 }
 

@@ -41,8 +41,20 @@ WORD OneLess(WORD count)
     return less > HighestItemCount ? WORD{0} : less;
 }
 
+// Opened for no access, a file that is in use or can't be read has a size too.
+std::uint64_t BytesOfFile(const WCHAR* path)
+{
+    BY_HANDLE_FILE_INFORMATION information = {};
+    HANDLE file = CreateFileW(path, 0, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return 0;
+    (void)GetFileInformationByHandle(file, &information);
+    CloseHandle(file);
+    return std::uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow;
+}
+
 // Adds a name to the list, or removes it if the list has it. True if the list has it afterwards.
-bool ToggleName(ItemList* list, const WCHAR* name)
+bool ToggleName(ItemList* list, const WCHAR* name, std::uint64_t bytes)
 {
     if (!list)
         return false;
@@ -50,7 +62,7 @@ bool ToggleName(ItemList* list, const WCHAR* name)
         list->Remove(name, NameBytes(name));
         return false;
     }
-    list->Add(name, NameBytes(name));
+    list->Add(name, NameBytes(name), bytes);
     return true;
 }
 
@@ -73,7 +85,7 @@ bool ToggleFile(HTREEITEM item)
     WCHAR path[MAX_PATH];
     if (!FilePathOfItem(item, path))
         return false;
-    const bool marked = ToggleName(gFileList, path);
+    const bool marked = ToggleName(gFileList, path, BytesOfFile(path));
     // "Files", the only item above a file of the root, doesn't count marks.
     CountOnFolders(item, marked);
     return marked;
@@ -84,7 +96,7 @@ bool ToggleInLists(const TreeItem& item)
 {
     const WORD code = TreeCodeOf(item.parameter);
     if (const NamedKind* kind = NamedKindOfItem(code))
-        return ToggleName(*KindOf(kind->kind).list, item.text);
+        return ToggleName(*KindOf(kind->kind).list, item.text, 0);
     if (code == TreeCodeFile)
         return ToggleFile(item.handle);
     return code == TreeCodeRegistry;
@@ -130,7 +142,7 @@ BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, 
     if (!mark)
         gFileList->Remove(path, NameBytes(path));
     else if (!gFileList->Contains(path, NameBytes(path)))
-        gFileList->Add(path, NameBytes(path));
+        gFileList->Add(path, NameBytes(path), gWalkedBytes);
     return TRUE;
 }
 

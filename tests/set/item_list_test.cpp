@@ -3,6 +3,7 @@
 #include "failing_memory.h"
 #include "set_fixture.h"
 
+#include <numeric>
 #include <random>
 
 namespace {
@@ -15,7 +16,7 @@ Bytes named(const std::u16string& name)
 
 BOOL add(ItemList& list, const Bytes& blob)
 {
-    return list.Add(blob.data(), static_cast<DWORD>(blob.size()));
+    return list.Add(blob.data(), static_cast<DWORD>(blob.size()), blob.size());
 }
 
 BOOL contains(ItemList& list, const Bytes& key, std::size_t without = 0)
@@ -61,6 +62,8 @@ TEST(ItemListTest, AnyOrderOfCallsGivesWhatALinearSearchGives)
             ASSERT_EQ(list.IsEmpty() != 0, model.empty());
             if (fillingSteps == 0 || step % 100 == 0) {
                 ASSERT_EQ(blobsOf(list), model);
+                const auto bytes = [](std::size_t sum, const Bytes& blob) { return sum + blob.size(); };
+                ASSERT_EQ(list.ContentBytes(), std::accumulate(model.begin(), model.end(), std::size_t{0}, bytes));
             }
         }
         for (const Bytes& blob : model)

@@ -12,6 +12,7 @@
 struct ItemNode {
     BYTE* data = nullptr;
     DWORD length = 0;  // bytes; no meaning in the sentinel
+    std::uint64_t contentBytes = 0;
     ItemNode* next = nullptr;
     ItemNode* prev = nullptr;
 };
@@ -25,8 +26,8 @@ public:
     ~ItemList();
 
     // Appends a copy of `bytes` bytes, also if there is an equal blob. Constant time before the first search.
-    // 0 if there is no memory, and then the list is unchanged.
-    BOOL Add(const void* blob, DWORD bytes);
+    // `contentBytes`: the size of what the blob stands for. 0 if there is no memory, and then the list is unchanged.
+    BOOL Add(const void* blob, DWORD bytes, std::uint64_t contentBytes = 0);
 
     // 1 if a blob begins with these bytes. A key with the NUL of a name matches that name, a key without it all names
     // that begin with it. 0 bytes match any blob.
@@ -37,6 +38,8 @@ public:
 
     [[nodiscard]] BOOL IsEmpty() const;
     [[nodiscard]] DWORD Count() const;
+    // The sum of the sizes that were given to Add.
+    [[nodiscard]] std::uint64_t ContentBytes() const;
 
     // A walk is First, then Next until it returns 0. Each copies a blob into `buffer`, which has room for the largest
     // one, and its length in bytes into `length`. One walk at a time, and no Add or Remove meanwhile. Next returns 0 if
@@ -58,5 +61,6 @@ private:
     ItemNode* TakeFirstEqual(const void* key, DWORD bytes);
 
     DWORD count = 0;
+    std::uint64_t allContentBytes = 0;
     std::unique_ptr<Index> index;  // made by the first search, so that a list without searches stays small
 };

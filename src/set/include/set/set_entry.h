@@ -52,6 +52,14 @@ inline DWORD EntryEndOffset(const BYTE* blob)
     return offset;
 }
 
+// The length of the stream; 0 if the offsets are damaged.
+inline DWORD EntryStreamBytes(const BYTE* blob)
+{
+    const DWORD start = EntryStartOffset(blob);
+    const DWORD end = EntryEndOffset(blob);
+    return end > start ? end - start : 0;
+}
+
 // Appends the offsets to the name in `entry`. Returns the bytes of the blob.
 inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOffset)
 {

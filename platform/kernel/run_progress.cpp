@@ -1,0 +1,99 @@
+// Only the thread of the run changes the numbers that are atomic, so a load and a store are enough to add. A display
+// reads them at any time. What a run tells once, at its beginning and its end, is under the mutex.
+#include "kernel/run_progress.h"
+
+#include "ce/outcome.h"
+#include "ce/progress.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace platform::kernel {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct State {
+    std::mutex mutex;
+    RunProgress told;  // without the numbers below
+    unsigned runs = 0;
+    Clock::time_point begun;
+    std::array<std::atomic<DWORD>, 3> done{};
+    std::atomic<std::uint64_t> bytesOfDone = 0;
+    std::atomic<std::uint64_t> bytesOfCurrent = 0;
+};
+
+State& state()
+{
+    static State all;
+    return all;
+}
+
+template <class Number>
+void add(std::atomic<Number>& sum, Number more)
+{
+    sum.store(sum.load(std::memory_order_relaxed) + more, std::memory_order_relaxed);
+}
+
+}  // namespace
+
+RunProgress runProgress()
+{
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    RunProgress progress = all.told;
+    if (progress.underway)
+        progress.time = Clock::now() - all.begun;
+    for (std::size_t kind = 0; kind < progress.done.size(); kind++)
+        progress.done[kind] = all.done[kind].load(std::memory_order_relaxed);
+    progress.bytesDone =
+        all.bytesOfDone.load(std::memory_order_relaxed) + all.bytesOfCurrent.load(std::memory_order_relaxed);
+    return progress;
+}
+
+}  // namespace platform::kernel
+
+using namespace platform::kernel;
+
+void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes)
+{
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    all.told = {};
+    all.told.number = ++all.runs;
+    all.told.run = run;
+    all.told.underway = true;
+    all.told.listPath = listPath;
+    all.told.items = items;
+    all.told.bytes = bytes;
+    all.begun = Clock::now();
+    for (std::atomic<DWORD>& done : all.done)
+        done = 0;
+    all.bytesOfDone = 0;
+    all.bytesOfCurrent = 0;
+}
+
+void ReportItemBytes(std::uint64_t bytes)
+{
+    state().bytesOfCurrent.store(bytes, std::memory_order_relaxed);
+}
+
+void ReportItemDone(DWORD kind, std::uint64_t bytes)
+{
+    State& all = state();
+    all.bytesOfCurrent.store(0, std::memory_order_relaxed);
+    add(all.bytesOfDone, bytes);
+    if (kind >= OutcomeFile && kind <= all.done.size())
+        add(all.done[kind - 1], DWORD{1});
+}
+
+void EndRun()
+{
+    State& all = state();
+    const std::lock_guard lock(all.mutex);
+    if (!all.told.underway)
+        return;
+    all.told.underway = false;
+    all.told.time = Clock::now() - all.begun;
+}

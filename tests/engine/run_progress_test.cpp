@@ -1,0 +1,97 @@
+// run_progress_test.cpp - what a run reports to the host of how far it has come.
+#include "engine_fixture.h"
+
+#include "engine/backup_run.h"
+#include "engine/restore_run.h"
+#include "kernel/run_progress.h"
+#include "set/set_state.h"
+
+#include "ce/progress.h"
+
+#include <algorithm>
+#include <array>
+#include <random>
+
+namespace {
+
+using platform::kernel::RunProgress;
+using platform::kernel::runProgress;
+
+// Before the item that is shown now was begun.
+struct Seen {
+    DWORD itemsDone;
+    std::uint64_t bytesDone;
+    bool underway;
+    bool operator==(const Seen&) const = default;
+};
+
+class RunProgressTest : public EngineTest {
+protected:
+    RunProgressTest()
+    {
+        gUser.seesMessage = [this](const std::u16string&) {
+            const RunProgress now = runProgress();
+            seen_.push_back({now.itemsDone(), now.bytesDone, now.underway});
+        };
+    }
+
+    std::vector<Seen> seen_;
+};
+
+TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
+{
+    mount();
+    openStore();
+    makeDatabase(u"Notes", 1);
+    write("small", std::string(100, 's'));
+    write("large", std::string(300000, 'l'));
+    gFullFiles = gFullDatabases = 1;
+    gFullRegistry = 0;
+    const unsigned before = runProgress().number;
+    gUser.choice = u"\\Card";
+    RunFullBackup();
+
+    const RunProgress stored = runProgress();
+    EXPECT_EQ(stored.number, before + 1);
+    EXPECT_EQ(stored.run, RunStores);
+    EXPECT_FALSE(stored.underway);
+    EXPECT_EQ(stored.listPath, u"\\Card\\QUILBOX\\QLBX0001.QLT");
+    EXPECT_EQ(stored.items, 3U);
+    EXPECT_EQ(stored.bytes, 300100U);
+    EXPECT_EQ(stored.done, (std::array<DWORD, 3>{2, 1, 0}));
+    EXPECT_GT(stored.bytesDone, 300100U);  // those of the database too
+    ASSERT_EQ(seen_.size(), 3U);
+    EXPECT_EQ(seen_[0], (Seen{0, 0, true}));
+    EXPECT_TRUE(seen_[1] == (Seen{1, 100, true}) || seen_[1] == (Seen{1, 300000, true}));
+    EXPECT_EQ(seen_[2], (Seen{2, 300100, true}));
+
+    gUser.choice = u"\\Card\\QUILBOX\\QLBX0001.QLT";
+    seen_.clear();
+    RunRestore(RestoreFull);
+    const RunProgress restored = runProgress();
+    EXPECT_EQ(restored.number, before + 2);
+    EXPECT_EQ(restored.run, RunRestores);
+    EXPECT_FALSE(restored.underway);
+    EXPECT_EQ(restored.done, stored.done);
+    EXPECT_EQ(restored.bytes, readOnCard("QLBX0001.QDT").size());
+    EXPECT_EQ(restored.bytesDone, restored.bytes);
+    EXPECT_EQ(seen_.back().itemsDone, 2U);
+}
+
+TEST_F(RunProgressTest, OneLargeFileMovesTheBytesBeforeItIsDone)
+{
+    mount();
+    std::mt19937 random(1);
+    std::string content(3000000, 0);
+    for (char& byte : content)
+        byte = static_cast<char>(random());
+    write("large", content);
+    mark(u"\\large");
+    std::uint64_t most = 0;
+    gUser.seesCount = [&] { most = std::max(most, runProgress().bytesDone); };
+    backUp();
+    EXPECT_GT(most, 0U);
+    EXPECT_EQ(runProgress().bytesDone, content.size());
+}
+
+}  // namespace
