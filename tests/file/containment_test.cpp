@@ -71,19 +71,6 @@ TEST_F(FileTest, FifoIsNeitherOpenedNorReplaced)
     ::close(reader);
 }
 
-TEST_F(FileTest, EveryHostNameHasADeviceNameThatOpensIt)
-{
-    const std::set<std::string> names = {"plain",       "caf\xC3\xA9", "bad\xFF\xFE", "Notes",
-                                         "back\\slash", "star*?",      "notes",       "\xF0\x9F\x93\x81"};
-    for (const std::string& name : names)
-        hostWrite(root() / name, name);
-    std::set<std::string> seen;
-    for (const std::u16string& name : list(u"\\*"))
-        seen.insert(readAll(u"\\" + name));
-    EXPECT_EQ(seen, names);
-    EXPECT_EQ(openError(u"\\NOTES", GENERIC_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND) << "case counts";
-}
-
 TEST_F(FileTest, MountThatCannotServeIsRefused)
 {
     const auto folder = [&] { return ::open(root().c_str(), O_RDONLY | O_DIRECTORY); };

@@ -157,24 +157,6 @@ TEST_F(FaultTest, FlushOfAllVolumesWritesOpenFilesAndFolders)
     EXPECT_FALSE(std::filesystem::exists(root() / "late"));
 }
 
-TEST_F(FaultTest, BytesWrittenBeforeADeletionSurviveAKill)
-{
-    hostWrite(root() / "old", "old");
-    const auto action = [] {
-        const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_NEW);
-        (void)write(file, "given");
-        (void)DeleteFileW(u"\\old");
-    };
-    bool killed = true;
-    for (std::uint64_t nth = 1; killed; ++nth) {
-        std::filesystem::remove(root() / "f");
-        hostWrite(root() / "old", "old");
-        killed = diesUnder({FaultKind::Kill, nth, 0}, action);
-        EXPECT_TRUE(hostRead(root() / "f") == "given" || std::filesystem::exists(root() / "old"));
-    }
-    EXPECT_EQ(hostRead(root() / "f"), "given");
-}
-
 TEST_F(FaultTest, FlushOfAllVolumesIsOneCallForEachFileSystemThatChanged)
 {
     addFolder(u"Card", true);
@@ -209,25 +191,6 @@ TEST_F(FaultTest, FlushOfAllVolumesIsOneCallForEachFileSystemThatChanged)
     EXPECT_EQ(callsOfFlush(ERROR_GEN_FAILURE, {FaultKind::Fail, 1, EIO}), 1U);
     EXPECT_EQ(takeNoted(), std::set<std::u16string>{u"write \\Card"});
     EXPECT_EQ(callsOfFlush(), 1U) << "after a failure it is still to be flushed";
-}
-
-TEST_F(FaultTest, BytesHandedOverSurviveTheProcess)
-{
-    const auto action = [] {
-        const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_NEW);
-        for (int i = 0; i < 500; ++i)
-            (void)write(file, std::string(100, 'x'));
-        (void)HandOverFileBuffers(file);
-        setFaultPlan({FaultKind::Kill, 1, 0});
-        (void)HandOverFileBuffers(file);  // makes no host call, so the kill doesn't come here
-        (void)write(file, "y");
-        (void)GetFileAttributesW(u"\\f");
-    };
-    EXPECT_TRUE(diesUnder({}, action));
-    EXPECT_EQ(hostRead(root() / "f"), std::string(50'000, 'x'));
-    const HANDLE reader = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
-    EXPECT_EQ(errorOf(HandOverFileBuffers(reader)), ERROR_ACCESS_DENIED);
-    CloseHandle(reader);
 }
 
 }  // namespace

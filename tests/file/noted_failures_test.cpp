@@ -2,10 +2,6 @@
 // end.
 #include "file_fixture.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <functional>
 
@@ -100,29 +96,6 @@ TEST_F(NotedFailuresTest, EntryWhoseAttributesCannotBeReadIsNoted)
     EXPECT_EQ(notedUnder(u"\\d\\*", bothGone), Noted());
     const FaultPlan card = {.kind = FaultKind::Fail, .nthCall = 2, .error = ESTALE};
     EXPECT_EQ(notedUnder(u"\\*", card), Noted{u"read \\Card"});
-
-    ::chmod((root() / "d").c_str(), 0444);  // the names can be listed, and nothing else
-    EXPECT_EQ(statusOfChild([&] {
-                  if (::geteuid() == 0 && ::setuid(65534) != 0)
-                      return false;
-                  (void)list(u"\\d\\*");
-                  return takeNoted() == Noted{u"read \\d\\a", u"read \\d\\b"};
-              }),
-              0);
-    ::chmod((root() / "d").c_str(), 0755);
-}
-
-TEST_F(NotedFailuresTest, FileInUseIsNotedOnlyIfAnotherProcessUsesIt)
-{
-    prepare();
-    const HANDLE held = open(u"\\d\\b", GENERIC_WRITE, OPEN_EXISTING);
-    EXPECT_EQ(openError(u"\\d\\b", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
-    EXPECT_FALSE(DeleteFileW(u"\\d\\b"));
-    CloseHandle(held);
-    EXPECT_EQ(takeNoted(), Noted());
-    const OtherProcess elsewhere(root() / "d" / "b", O_WRONLY);
-    EXPECT_EQ(openError(u"\\d\\b", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(takeNoted(), Noted{u"read \\d\\b"});
 }
 
 // Their room was reserved, so a full disk can't refuse them, but a failing one can.
@@ -155,24 +128,6 @@ TEST_F(NotedFailuresTest, GatheredBytesThatTheDiskRefusesAreNoLongerInTheFile)
         EXPECT_TRUE(takeNoted().contains(u"write \\Card\\f"));
         EXPECT_EQ(std::filesystem::file_size(card / "f"), onHost);
         EXPECT_EQ(usedBytes(u"Card"), onHost);
-    }
-}
-
-TEST_F(NotedFailuresTest, OwnerMayUseNewFilesAndFoldersWhateverTheMask)
-{
-    for (const mode_t mask : {0777U, 0400U, 0027U}) {
-        EXPECT_EQ(statusOfChild([&] {
-                      ::umask(mask);
-                      prepareProcess();
-                      return CreateDirectoryW(u"\\d", nullptr) && openError(u"\\d\\f", GENERIC_WRITE, CREATE_NEW) == 0;
-                  }),
-                  0);
-        const auto rightsOf = [](const std::filesystem::path& path) {
-            return static_cast<mode_t>(std::filesystem::status(path).permissions());
-        };
-        EXPECT_EQ(rightsOf(root() / "d"), 0700U | (0077U & ~mask));
-        EXPECT_EQ(rightsOf(root() / "d" / "f"), 0600U | (0066U & ~mask));
-        std::filesystem::remove_all(root() / "d");
     }
 }
 

@@ -33,21 +33,6 @@ protected:
     }
 };
 
-TEST_F(TemporaryFileTest, EachHasItsContentAndIsGoneAfterItsDeletion)
-{
-    for (const std::u16string path : {u"\\d\\t", u"\\t"}) {
-        for (int round = 0; round < 4; ++round) {
-            const std::string bytes = patternBytes(3000) + std::to_string(round);
-            make(path, bytes);
-            EXPECT_EQ(readAll(path), bytes);
-            EXPECT_EQ(readAll(path), bytes);
-            EXPECT_TRUE(DeleteFileW(path.c_str()));
-            EXPECT_EQ(openError(path, GENERIC_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND);
-        }
-    }
-    EXPECT_TRUE(fs::is_empty(root() / "d"));
-}
-
 TEST_F(TemporaryFileTest, FileOfAnotherProgramAtItsPathIsNotTakenForIt)
 {
     makeAndDelete(u"\\d\\t");

@@ -201,6 +201,7 @@ struct Intruder {
     fs::path file;
     int times = 0;
     std::multiset<std::string> survive;  // contents that only the deletion could have removed
+    int held = -1;                       // a descriptor to which the intruder writes after the deletion
 };
 Intruder intruder;
 
@@ -213,20 +214,30 @@ void replaceFile()
     intruder.survive = {bytes};
 }
 
-void writeTo(int flags)
+// -1: the file is missing, or a blocking open would wait for the lease.
+int openWith(int flags)
 {
     const int descriptor = ::open(intruder.file.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags, 0666);
-    if (descriptor < 0) {
-        if (errno == EAGAIN)  // a blocking open would wait for the lease
-            intruder.survive.insert("bytes");
+    if (descriptor < 0 && errno == EAGAIN)
+        intruder.survive.insert("bytes");
+    return descriptor;
+}
+
+void writeAndClose(int descriptor)
+{
+    if (descriptor < 0)
         return;
-    }
     struct stat before = {};
     ::fstat(descriptor, &before);
     const std::string bytes = "more " + std::to_string(++intruder.times);
     EXPECT_EQ(::write(descriptor, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     ::close(descriptor);
     intruder.survive.insert((before.st_size != 0 ? "bytes" : "") + bytes);
+}
+
+void writeTo(int flags)
+{
+    writeAndClose(openWith(flags));
 }
 
 TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
@@ -240,6 +251,7 @@ TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
         {"replace", replaceFile, 1},
         {"replace twice", replaceFile, 2},
         {"append", [] { writeTo(O_APPEND); }, 1},
+        {"hold and append later", [] { intruder.held = openWith(O_APPEND); }, 1},
         {"make", [] { writeTo(O_CREAT | O_EXCL); }, 1},
         {"replace and make", [] { intruder.times == 0 ? replaceFile() : writeTo(O_CREAT | O_EXCL); }, 3},
     };
@@ -248,11 +260,12 @@ TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
         for (std::uint64_t nth = 1; nth == 1 || calls >= nth - 1; ++nth) {
             SCOPED_TRACE(std::string(each.name) + " at " + std::to_string(nth));
             const FileStamp stamp = writeAndStampNow("bytes");
-            intruder = {file(), 0, {}};
+            intruder = {file(), 0, {}, -1};
             DWORD error = 0;
             const FaultPlan plan = {
                 .kind = FaultKind::Meanwhile, .nthCall = nth, .error = 0, .calls = each.times, .meanwhile = each.act};
             calls = hostCallsOf([&] { error = deletion(stamp); }, plan);
+            writeAndClose(intruder.held);
             const std::multiset<std::string> found = contents();
             for (const std::string& bytes : intruder.survive)
                 EXPECT_EQ(found.count(bytes), 1U) << bytes;
