@@ -6,24 +6,20 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-#include <vector>
-
 using namespace platform::kernel;
 
 namespace {
 
 class Thing final : public Object {
 public:
-    explicit Thing(std::atomic<int>& alive) : alive_(alive) { ++alive_; }
+    explicit Thing(int& alive) : alive_(alive) { ++alive_; }
     ~Thing() override { --alive_; }
     [[nodiscard]] DWORD close() override { return closeError; }
 
     DWORD closeError = 0;
 
 private:
-    std::atomic<int>& alive_;
+    int& alive_;
 };
 
 class OtherThing final : public Object {
@@ -33,7 +29,7 @@ public:
 
 TEST(HandleTableTest, ClosedHandleIsRefusedAlthoughItsSlotIsUsedAgain)
 {
-    std::atomic<int> alive = 0;
+    int alive = 0;
     const HANDLE first = addHandle(std::make_shared<Thing>(alive));
     ASSERT_NE(first, nullptr);
     ASSERT_NE(first, INVALID_HANDLE_VALUE);
@@ -64,33 +60,11 @@ TEST(HandleTableTest, InvalidHandlesAndHandlesOfAnotherKindAreRefused)
     EXPECT_NE(findHandle<Object>(search), nullptr);
     for (const HANDLE wrong :
          {HANDLE{}, INVALID_HANDLE_VALUE, reinterpret_cast<HANDLE>(UINT_PTR{0x7FFFFFFF}), search}) {
-        SetLastError(0);
         EXPECT_FALSE(CloseHandle(wrong));
         EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
     }
     EXPECT_NE(removeHandle(search), nullptr);
     EXPECT_EQ(removeHandle(search), nullptr);
-}
-
-TEST(HandleTableTest, EachThreadFindsItsObject)
-{
-    std::atomic<int> alive = 0;
-    std::atomic<int> wrong = 0;
-    std::vector<std::jthread> threads;
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 2000; ++i) {
-                const auto mine = std::make_shared<Thing>(alive);
-                const HANDLE handle = addHandle(mine);
-                wrong += findHandle<Thing>(handle) != mine ? 1 : 0;
-                wrong += removeHandle(handle) != mine ? 1 : 0;
-                wrong += findHandle<Thing>(handle) != nullptr ? 1 : 0;
-            }
-        });
-    }
-    threads.clear();
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(alive, 0);
 }
 
 }  // namespace

@@ -1,128 +1,57 @@
-// The resource file and its calls, with bytes written by hand: whatever they say, nothing outside of them is read, and
-// whole entries are found.
+// The calls that read resources, with a file written by hand.
 
 #include "resource/resource_file.h"
+#include "resources/accessible_names.h"
 
 #include "ce/resource.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <memory>
+#include <set>
+#include <span>
+#include <string>
 
 namespace platform::resource {
 namespace {
 
-// 32 bytes of the empty entry; texts 16 to 31 with "ab" as 17 and "\U0001F4BEc" as 19; "Logo" of type "kind",
-// one byte; nothing of type 3 as 9.
-constexpr std::uint8_t SmallFile[] = {
-    0x00, 0x00, 0x00, 0x00, 0x20, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x00, 0xFF, 0xFF, 0x00, 0x00,  //
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
-    // 42 bytes of texts, type 6, name 2
-    0x2A, 0x00, 0x00, 0x00, 0x20, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0x06, 0x00, 0xFF, 0xFF, 0x02, 0x00,  //
-    0x00, 0x00, 0x00, 0x00, 0x30, 0x10, 0x09, 0x04, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
-    0x00, 0x00, 0x02, 0x00, 0x61, 0x00, 0x62, 0x00, 0x00, 0x00, 0x03, 0x00, 0x3D, 0xD8, 0xBE, 0xDC,  //
-    0x63, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,                          //
-    // 1 byte of type "kind", name "Logo": the names end at 28
-    0x01, 0x00, 0x00, 0x00, 0x2C, 0x00, 0x00, 0x00, 0x6B, 0x00, 0x69, 0x00, 0x6E, 0x00, 0x64, 0x00,  //
-    0x00, 0x00, 0x4C, 0x00, 0x6F, 0x00, 0x67, 0x00, 0x6F, 0x00, 0x00, 0x00,                          //
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
-    0xEE, 0x00, 0x00, 0x00,                                                                          //
-    // empty, type 3, name 9
-    0x00, 0x00, 0x00, 0x00, 0x20, 0x00, 0x00, 0x00, 0xFF, 0xFF, 0x03, 0x00, 0xFF, 0xFF, 0x09, 0x00,  //
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,  //
-};
+using namespace std::string_literals;
+
+std::string number(std::uint32_t value)
+{
+    return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+std::string utf16(std::u16string_view text)
+{
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+}
+
+// Type and name take whole multiples of 4 bytes. So do the entries, and the padding may be missing at the end.
+std::string entry(const std::string& type, const std::string& name, const std::string& data)
+{
+    const std::string padding((4 - data.size() % 4) % 4, '\0');
+    const auto headBytes = static_cast<std::uint32_t>(24 + type.size() + name.size());
+    return number(static_cast<std::uint32_t>(data.size())) + number(headBytes) + type + name + std::string(16, '\0') +
+           data + padding;
+}
+
+std::string numbered(std::uint16_t id)
+{
+    return number(0xFFFF + 0x10000U * id);
+}
+
+// The empty entry. Texts 16 to 31, with "ab" as 17 and "\U0001F4BEc" as 19. "Logo" of type "kind", one byte. Nothing,
+// of type 3 as 9.
+const std::string SmallFile =
+    entry(numbered(0), numbered(0), "") +
+    entry(numbered(6), numbered(2), utf16(u"\0\2ab\0\3\U0001F4BEc"s) + std::string(24, '\0')) +
+    entry(utf16(u"kind\0"s), utf16(u"Logo\0"s), "\xEE") + entry(numbered(3), numbered(9), "");
 constexpr std::size_t TextsAt = 32;
-constexpr std::size_t LogoAt = TextsAt + 76;
-
-// A copy in a block of exactly that size, so that a sanitizer catches a read beyond its end.
-class Copy {
-public:
-    explicit Copy(std::size_t size = sizeof SmallFile) : bytes_(new std::byte[size]), size_(size)
-    {
-        std::memcpy(bytes_.get(), SmallFile, size);
-    }
-    void put(std::size_t offset, std::uint32_t value) { std::memcpy(bytes_.get() + offset, &value, sizeof value); }
-    [[nodiscard]] std::span<const std::byte> bytes() const { return {bytes_.get(), size_}; }
-
-private:
-    std::unique_ptr<std::byte[]> bytes_;
-    std::size_t size_;
-};
-
-TEST(ResourceFileTest, EntryIsFoundByNumberAndByTextWithoutCase)
-{
-    const Copy copy;
-    const auto file = ResourceFile::parse(copy.bytes());
-    ASSERT_TRUE(file);
-    EXPECT_TRUE(file->isWhole());
-    ASSERT_EQ(file->entries().size(), 3u);
-    const Resource* logo = file->find(u"KIND", u"lOGO");
-    ASSERT_NE(logo, nullptr);
-    ASSERT_EQ(logo->bytes.size(), 1u) << "padding counted as data";
-    EXPECT_EQ(logo->bytes[0], std::byte{0xEE});
-    ASSERT_NE(file->find(WORD{3}, WORD{9}), nullptr);
-    EXPECT_EQ(file->find(WORD{3}, u"9"), nullptr);
-    EXPECT_EQ(file->find(WORD{3}, WORD{8}), nullptr);
-}
-
-TEST(ResourceFileTest, FileCutAtAnyByteKeepsTheWholeEntriesBefore)
-{
-    for (std::size_t size = 0; size < sizeof SmallFile; ++size) {
-        SCOPED_TRACE(size);
-        const Copy copy(size);
-        const auto file = ResourceFile::parse(copy.bytes());
-        ASSERT_EQ(file.has_value(), size >= TextsAt);
-        if (!file)
-            continue;
-        // The padding after the last entry may be missing.
-        const bool textsWhole = size >= TextsAt + 32 + 42;
-        EXPECT_EQ(file->find(WORD{6}, WORD{2}) != nullptr, textsWhole);
-        EXPECT_EQ(file->find(u"kind", u"Logo") != nullptr, size >= LogoAt + 44 + 1);
-        EXPECT_EQ(file->findText(17).has_value(), textsWhole);
-        EXPECT_EQ(file->findText(19).has_value(), textsWhole);
-    }
-}
-
-TEST(ResourceFileTest, DamagedEntryEndsTheFileAndADamagedTextItsBlock)
-{
-    struct Damage {
-        const char* what;
-        std::size_t offset;
-        std::uint32_t value;
-        bool whole;
-        bool text17;
-        bool text19;
-        std::size_t size = sizeof SmallFile;
-    };
-    const Damage damages[] = {
-        {"data beyond the end", LogoAt, 0xFFFFFFFF, false, true, true},
-        {"data one byte too long", LogoAt, 0x25, false, true, true},
-        {"header beyond the end", LogoAt + 4, 0xFFFFFFF0, false, true, true},
-        {"header shorter than its names", LogoAt + 4, 0x10, false, true, true},
-        {"header of nothing", TextsAt + 4, 0, false, false, false},
-        {"no empty entry at the start", 4, 0x21, false, false, false},
-        {"name without an end", LogoAt + 24, 0x0041006F, false, true, true, LogoAt + 28},
-        {"text longer than its block", TextsAt + 32 + 10, 0xD83DFFFF, true, true, false},
-    };
-    for (const Damage& damage : damages) {
-        SCOPED_TRACE(damage.what);
-        Copy copy(damage.size);
-        copy.put(damage.offset, damage.value);
-        const auto file = ResourceFile::parse(copy.bytes());
-        EXPECT_EQ(file && file->isWhole(), damage.whole);
-        EXPECT_EQ(file && file->findText(17), damage.text17);
-        EXPECT_EQ(file && file->findText(19), damage.text19);
-        EXPECT_FALSE(file && file->findText(20));
-    }
-}
 
 class ResourceCallsTest : public testing::Test {
 protected:
-    void SetUp() override { ASSERT_TRUE(setResources(copy_.bytes())); }
+    void SetUp() override { ASSERT_TRUE(setResources(std::as_bytes(std::span(SmallFile)))); }
     void TearDown() override { setResources({}); }
-    Copy copy_;
 };
 
 TEST_F(ResourceCallsTest, FindGivesTheEntryOrTheDocumentedError)
@@ -131,55 +60,74 @@ TEST_F(ResourceCallsTest, FindGivesTheEntryOrTheDocumentedError)
     EXPECT_NE(byNumber, nullptr);
     EXPECT_EQ(FindResourceW(nullptr, u"#9", u"#3"), byNumber);
     EXPECT_EQ(SizeofResource(nullptr, byNumber), 0u);
-    const HRSRC logo = FindResourceW(nullptr, u"logo", u"kind");
-    ASSERT_EQ(SizeofResource(nullptr, logo), 1u);
+    const HRSRC logo = FindResourceW(nullptr, u"lOGO", u"KIND");
+    ASSERT_EQ(SizeofResource(nullptr, logo), 1u) << "without the padding";
     EXPECT_EQ(*static_cast<const std::byte*>(LoadResource(nullptr, logo)), std::byte{0xEE});
 
-    EXPECT_EQ(FindResourceW(nullptr, MAKEINTRESOURCEW(9), MAKEINTRESOURCEW(5)), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_RESOURCE_TYPE_NOT_FOUND);
-    EXPECT_EQ(FindResourceW(nullptr, u"#99999", MAKEINTRESOURCEW(3)), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_RESOURCE_NAME_NOT_FOUND);
+    const auto expectError = [](DWORD error, const WCHAR* name, const WCHAR* type) {
+        EXPECT_EQ(FindResourceW(nullptr, name, type), nullptr);
+        EXPECT_EQ(GetLastError(), error);
+    };
+    expectError(ERROR_RESOURCE_TYPE_NOT_FOUND, MAKEINTRESOURCEW(9), MAKEINTRESOURCEW(5));
+    expectError(ERROR_RESOURCE_NAME_NOT_FOUND, MAKEINTRESOURCEW(8), MAKEINTRESOURCEW(3));
+    expectError(ERROR_RESOURCE_NAME_NOT_FOUND, u"#99999", MAKEINTRESOURCEW(3));
+    expectError(ERROR_RESOURCE_NAME_NOT_FOUND, u"9", MAKEINTRESOURCEW(3));
     for (const UINT_PTR dead : {UINT_PTR{0}, UINT_PTR{4}, ~UINT_PTR{0}}) {
         SetLastError(0);
         EXPECT_EQ(LoadResource(nullptr, reinterpret_cast<HRSRC>(dead)), nullptr);
         EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
     }
     setResources({});
-    EXPECT_EQ(FindResourceW(nullptr, u"logo", u"kind"), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_RESOURCE_DATA_NOT_FOUND);
+    expectError(ERROR_RESOURCE_DATA_NOT_FOUND, u"logo", u"kind");
 }
 
 TEST_F(ResourceCallsTest, TextIsCutToItsBufferAtAWholeCharacter)
 {
-    WCHAR buffer[5] = {u'#', u'#', u'#', u'#', u'#'};
-    EXPECT_EQ(LoadStringW(nullptr, 19, buffer, 4), 3);
-    EXPECT_EQ(std::u16string(buffer), u"\U0001F4BEc");
-    EXPECT_EQ(LoadStringW(nullptr, 19, buffer, 2), 0) << "half a surrogate pair";
-    EXPECT_EQ(LoadStringW(nullptr, 17, buffer, 2), 1);
-    EXPECT_EQ(std::u16string(buffer), u"a");
-    EXPECT_EQ(buffer[4], u'#');
-    EXPECT_EQ(LoadStringW(nullptr, 17, buffer, 0), 0);
-    for (const UINT absent : {16u, 18u, 31u, 300u, 0x10011u}) {
-        EXPECT_EQ(LoadStringW(nullptr, absent, buffer, 5), 0) << absent;
-        EXPECT_EQ(LoadStringW(nullptr, absent, nullptr, 0), 0) << absent;
+    struct Case {
+        UINT id;
+        int characters;
+        std::u16string text;
+    };
+    for (const auto& [id, characters, text] :
+         {Case{19, 4, u"\U0001F4BEc"}, Case{19, 2, u""}, Case{17, 2, u"a"}, Case{16, 4, u""}, Case{18, 4, u""},
+          Case{31, 4, u""}, Case{300, 4, u""}, Case{0x10011, 4, u""}}) {
+        SCOPED_TRACE(id);
+        std::u16string buffer(5, u'#');
+        EXPECT_EQ(LoadStringW(nullptr, id, buffer.data(), characters), static_cast<int>(text.size()));
+        EXPECT_EQ(buffer[4], u'#');
+        if (!text.empty()) {
+            EXPECT_EQ(std::u16string(buffer.c_str()), text);
+        }
     }
     // Without a buffer the result is the address of the text, whose length is before it.
+    EXPECT_EQ(LoadStringW(nullptr, 18, nullptr, 0), 0);
     const auto* text = reinterpret_cast<const WCHAR*>(LoadStringW(nullptr, 17, nullptr, 0));
     ASSERT_NE(text, nullptr);
-    EXPECT_EQ(text[-1], 2);
-    EXPECT_EQ(std::u16string(text, 2), u"ab");
+    EXPECT_EQ(std::u16string(text - 1, 3), u"\2ab");
 }
 
 TEST_F(ResourceCallsTest, ReadFromAnAddressEndsWithItsResource)
 {
-    const std::byte* first = copy_.bytes().data();
-    EXPECT_EQ(resourceAt(first + TextsAt + 32).size(), 42u);
+    const char* first = SmallFile.data();
     EXPECT_EQ(resourceAt(first + TextsAt + 32 + 41).size(), 1u);
-    EXPECT_TRUE(resourceAt(first + TextsAt + 32 + 42).empty()) << "padding";
-    EXPECT_TRUE(resourceAt(first).empty());
-    EXPECT_TRUE(resourceAt(first + copy_.bytes().size()).empty());
-    EXPECT_TRUE(resourceAt(nullptr).empty());
-    EXPECT_TRUE(resourceAt(&copy_).empty());
+    for (const char* outside : {first, first + TextsAt + 32 + 42, first + SmallFile.size()})
+        EXPECT_TRUE(resourceAt(outside).empty());
+}
+
+// The pictures of the tree and of the toolbar.
+TEST(AccessibleNamesTest, EachPictureHasOneName)
+{
+    std::set<std::pair<int, int>> unnamed;
+    for (const auto& [bitmap, cells] : {std::pair(101, 18), std::pair(106, 5)}) {
+        for (int cell = 0; cell < cells; ++cell)
+            unnamed.emplace(bitmap, cell);
+    }
+    for (const auto& [bitmap, cell, text, mark] : quillbox::AccessibleNames) {
+        EXPECT_EQ(unnamed.erase({bitmap, cell}), 1U) << bitmap << ' ' << cell;
+        EXPECT_EQ(quillbox::accessibleName(bitmap, cell), text);
+        EXPECT_EQ(quillbox::shownMark(bitmap, cell), mark);
+    }
+    EXPECT_TRUE(unnamed.empty());
 }
 
 }  // namespace

@@ -26,50 +26,15 @@ TEST(HostNameTest, EachByteHasItsCharacterAndComesBack)
     }
 }
 
-TEST(HostNameTest, InvalidUtf8OfEachKindIsKeptByteForByte)
-{
-    const std::string kinds[] = {
-        "a\x80"
-        "b",                 // a continuation byte alone
-        "\xC0\xAF",          // an overlong slash
-        "\xC1\xBF",          // an overlong letter
-        "\xE0\x80\xAF",      // overlong in three bytes
-        "\xF0\x80\x80\xAF",  // overlong in four bytes
-        "\xED\xA0\x80",      // a surrogate
-        "\xED\xBF\xBF",      // the last surrogate
-        "\xF4\x90\x80\x80",  // above the last character
-        "\xF5\x80\x80\x80",  // a lead byte that begins no character
-        "\xFE\xFF",          // bytes that never occur in UTF-8
-        "cut\xC3",           // each length cut short
-        "cut\xE2\x82",
-        "cut\xF0\x9F\x98",
-        "\xE2\x82x",  // a sequence that another character breaks off
-        "\xC3\xC3\xA9",
-    };
-    for (const std::string& host : kinds) {
-        SCOPED_TRACE(testing::PrintToString(host));
-        const std::u16string device = toDeviceName(host);
-        EXPECT_EQ(toHostName(device), host);
-    }
-    EXPECT_EQ(toDeviceName("a\xE2\x82x"), u"a\xF7E2\xF782x");
-}
-
-TEST(HostNameTest, ValidTextKeepsItsCharacters)
+TEST(HostNameTest, ValidTextKeepsItsCharactersAndAnEscapeIsNotReadAsItsByte)
 {
     EXPECT_EQ(toDeviceName("Grüße 日本 \xF0\x9F\x98\x80.txt"), u"Grüße 日本 \xD83D\xDE00.txt");
     EXPECT_EQ(toHostName(u"Grüße 日本 \xD83D\xDE00.txt"), "Grüße 日本 \xF0\x9F\x98\x80.txt");
-    EXPECT_EQ(toDeviceName("a\xEE\x80\x80"), u"a\xE000");          // private use, but no escape
+    EXPECT_EQ(toDeviceName("a\xEE\x80\x80"), u"a\xE000");                // private use, but no escape
+    EXPECT_EQ(toDeviceName("x\xEF\x9D\x9Cy"), u"x\xF7EF\xF79D\xF79Cy");  // the escape of a backslash
+    EXPECT_EQ(toDeviceName("a\xE2\x82x"), u"a\xF7E2\xF782x");
     EXPECT_EQ(toDeviceName("\xEF\xBF\xBF"), u"\xFFFF");            // the last of the basic plane
     EXPECT_EQ(toDeviceName("\xF0\x90\x81\x9C"), u"\xD800\xDC5C");  // its low byte is that of a backslash
-}
-
-TEST(HostNameTest, EscapeInAHostNameIsNotReadAsTheByte)
-{
-    const std::string host = "x\xEF\x9D\x9Cy";  // U+F75C, the escape of a backslash
-    EXPECT_EQ(toDeviceName(host), u"x\xF7EF\xF79D\xF79Cy");
-    EXPECT_EQ(toHostName(toDeviceName(host)), host);
-    EXPECT_EQ(toDeviceName("x\\y"), u"x\xF75Cy");
-    EXPECT_EQ(toHostName(u"x\xF75Cy"), "x\\y");
 }
 
 TEST(HostNameTest, NameWithASeparatorOrTwoFormsOrTooLongIsRefused)
@@ -94,9 +59,11 @@ TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveOneFormAtMost)
 {
     std::mt19937 random(20261124);
     // Bytes and code units of difficult combinations are drawn more often than others.
-    const std::string bytes = "a.\\?\xEF\x9C\x9D\x9F\x80\xBF\xC3\xA9\xE2\xF0\xED\xFF";
+    const std::string bytes =
+        "a.\\?\xEF\x9C\x9D\x9F\x80\xBF\xC3\xA9\xE2\xF0\xED\xFF"  // and for overlong forms and those out of range
+        "\xC0\xAF\xE0\xA0\xF4\x90\xF5";
     const std::u16string units = u"a.\xF72E\xF72F\xF700\xF7EF\xF79C\xF780\xF7C3\xF7A9\xD83D\xDE00";
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 40000; ++round) {
         std::string host;
         for (auto length = 1 + random() % 12; length > 0; --length) {
             const auto drawn = random() % 3 == 0 ? static_cast<char>(random()) : bytes[random() % bytes.size()];

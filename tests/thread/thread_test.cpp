@@ -40,12 +40,4 @@ TEST(ThreadTest, ThreadsRunOnAfterTheirHandlesAreClosedAndHaveSeparateErrors)
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
-TEST(ThreadTest, ThreadWithoutAFunctionOrSuspendedIsRefused)
-{
-    Task task;
-    EXPECT_EQ(CreateThread(nullptr, 0, nullptr, &task, 0, nullptr), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(CreateThread(nullptr, 0, runTask, &task, 4, nullptr), nullptr);  // suspended
-}
-
 }  // namespace
