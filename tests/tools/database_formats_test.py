@@ -2,14 +2,12 @@
 """Databases as vCard, iCalendar and CSV: our own files come back record for record, those of others as far as they can,
 and a damaged file changes nothing."""
 import base64
-import contextlib
 import datetime
 import json
 import os
 import random
 import re
 import resource
-import sqlite3
 import unittest
 
 from companions import SANITIZED, CompanionTest, database, lines
@@ -167,18 +165,6 @@ class OwnFilesTest(FormsTest):
                 self.tool("database", "import", self.device, "--name", CONTACTS, csv, "--replace")
                 # CSV has one order for all records; all else is there, the database's type and sort orders too.
                 self.assertEqual(unordered(self.exported()), unordered(before))
-
-    def test_flags_that_only_an_older_device_stores_cost_no_import(self):
-        value = {"id": NAMES["Minutes"], "flags": 7, "value": 5}
-        self.import_file(given=appointments([value]))
-        with contextlib.closing(sqlite3.connect(self.device / "device.db")) as store, store:
-            (record,) = store.execute("SELECT properties FROM store_record").fetchone()
-            self.assertEqual(record[4:6], b"\7\0")
-            store.execute("UPDATE store_record SET properties = ?", (record[:4] + b"\7\3" + record[6:],))
-        for file in ("own.jsonl", "own.csv", "own.ics"):
-            self.tool("database", "export", self.device, self.folder / file)
-            self.tool("database", "import", self.device, self.folder / file, "--replace", "--name", APPOINTMENTS)
-            self.assertEqual([p for p in self.records(APPOINTMENTS)[0] if p["id"] == value["id"]], [value])
 
     def test_what_somebody_adds_to_our_file_is_taken(self):
         kept = [{"id": NAMES["Notes"], "value": "00"}, {"id": NAMES["Start"], "value": MIDNIGHT + 5}]
