@@ -1,11 +1,14 @@
 // window_trips_test.cpp - whole jobs through the real windows, by mouse and by keyboard.
 #include "desktop.h"
+#include "kernel/troubles.h"
 
 #include "ce/dialog.h"
 #include "ce/resource.h"
 #include "ce/window.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPlainTextEdit>
@@ -57,7 +60,7 @@ TEST_F(WindowTripTest, KeyboardAloneReachesEveryStepOfABackup)
     EXPECT_TRUE(std::filesystem::exists(sets() / "QLBX0001.QLT"));
 }
 
-TEST_F(WindowTripTest, MessageBoxTakesEnterLettersAndEscapeAndShowsItsDefault)
+TEST_F(WindowTripTest, MessageBoxTakesEnterLettersAndEscapeButNoRepeatedKeyAndShowsItsDefault)
 {
     struct {
         UINT type;
@@ -67,7 +70,7 @@ TEST_F(WindowTripTest, MessageBoxTakesEnterLettersAndEscapeAndShowsItsDefault)
     } const cases[] = {
         {MB_YESNO, QMessageBox::Yes, Qt::Key_Return, IDYES},
         {MB_YESNO, QMessageBox::Yes, Qt::Key_N, IDNO},
-        {MB_YESNO, QMessageBox::Yes, Qt::Key_Escape, IDNO},
+        {MB_YESNO, QMessageBox::Yes, Qt::Key_Escape, 0},
         {MB_YESNO | MB_DEFBUTTON2, QMessageBox::No, Qt::Key_Return, IDNO},
         {MB_YESNO | MB_DEFBUTTON2, QMessageBox::No, Qt::Key_Y, IDYES},
         {MB_OK, QMessageBox::Ok, Qt::Key_Escape, IDOK},
@@ -77,10 +80,48 @@ TEST_F(WindowTripTest, MessageBoxTakesEnterLettersAndEscapeAndShowsItsDefault)
         std::atomic<int> answer = 0;
         auto& box = static_cast<QMessageBox&>(ask("Replace ?", "Info?", each.type, &answer));
         EXPECT_EQ(box.focusWidget(), box.button(each.standard));
+        // A key that was held down since before the box appeared.
+        for (const Qt::Key held : {Qt::Key_Y, Qt::Key_Return, Qt::Key_Escape}) {
+            QKeyEvent repeat(QEvent::KeyPress, held, {}, held == Qt::Key_Y ? "y" : "", true);
+            QApplication::sendEvent(box.focusWidget(), &repeat);
+        }
         press(box, each.key);
+        if (each.answer == 0) {
+            box.close();
+            EXPECT_TRUE(isThere("Info?"));
+            press(box, Qt::Key_N);
+            awaitGone("Info?");
+            continue;
+        }
         awaitGone("Info?");
         EXPECT_TRUE(eventually([&] { return answer == each.answer; })) << answer;
     }
+}
+
+TEST_F(WindowTripTest, RestoreThatAsksIsAnsweredOnceOrStoppedByClosingTheWindow)
+{
+    const auto file = store() / "My Documents" / "To do.txt";
+    backUpAllFiles("");
+    const std::string before = contentOf(file);
+    const auto restoreAll = [&]() -> QMessageBox& {
+        std::ofstream(file) << "changed";
+        click(openRestore("Full...", "Full Restore"), "OK");
+        return static_cast<QMessageBox&>(await("Warning"));
+    };
+    QMessageBox& once = restoreAll();
+    act(once, [&] { once.checkBox()->click(); });
+    press(once, Qt::Key_Y);
+    awaitRest();
+    EXPECT_EQ(contentOf(file), before);
+
+    QMessageBox& question = restoreAll();
+    await(MainTitle).close();
+    EXPECT_EQ(nameOf(*question.focusWidget()), "Stop the run and close");
+    press(question, Qt::Key_Return);
+    awaitGone(MainTitle);
+    EXPECT_EQ(contentOf(file), "changed");
+    using namespace platform::kernel;
+    EXPECT_FALSE(troublesOf(Trouble::Reaching, Troubled::File, Since::Job).empty());
 }
 
 TEST_F(WindowTripTest, EachWayToCancelADialogCloses)

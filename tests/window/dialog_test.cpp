@@ -1,6 +1,8 @@
 // Dialogs and message boxes, driven by the user's keys and clicks.
 #include "test_user.h"
 
+#include "ce/outcome.h"
+
 #include <gtest/gtest.h>
 
 namespace platform::window::test {
@@ -263,11 +265,19 @@ TEST_F(DialogTest, DialogThatCannotBeMadeLeavesNoWindowAndEnablesItsOwner)
     DestroyWindow(main);
 }
 
-TEST_F(DialogTest, MessageBoxReturnsTheButtonPressedAndTheRefusingOneWhenItIsClosed)
+TEST_F(DialogTest, MessageBoxReturnsTheButtonPressedAndIsClosedOnlyIfThatIsAnAnswer)
 {
     using Action = std::function<void(HWND)>;
     const auto key = [this](WORD virtualKey) -> Action { return [=, this](HWND box) { user.key(box, virtualKey); }; };
     const Action close = [](HWND box) { ASSERT_TRUE(postClose(box)); };
+    const Action refuse = [](HWND box) { ASSERT_TRUE(postRefusal(box)); };
+    // Neither the close box nor Esc answers.
+    const Action mustChoose = [this](HWND box) {
+        EXPECT_FALSE(postClose(box));
+        SendMessageW(box, WM_CLOSE, 0, 0);
+        user.key(box, VK_ESCAPE);
+        user.key(box, VK_RETURN);
+    };
     const struct {
         UINT type;
         Action action;
@@ -278,12 +288,13 @@ TEST_F(DialogTest, MessageBoxReturnsTheButtonPressedAndTheRefusingOneWhenItIsClo
         {MB_OK, close, IDOK},
         {MB_YESNO, key(VK_RETURN), IDYES},
         {MB_YESNO | MB_DEFBUTTON2, key(VK_RETURN), IDNO},
-        {MB_YESNO, key(VK_ESCAPE), IDNO},
-        {MB_YESNO, close, IDNO},
+        {MB_YESNO, mustChoose, IDYES},
+        {MB_YESNO, refuse, IDNO},
         {MB_YESNO, key(u'N'), IDNO},
         {MB_YESNO | MB_ICONQUESTION, [this](HWND box) { user.click(GetDlgItem(box, IDYES)); }, IDYES},
         {MB_YESNOCANCEL, close, IDCANCEL},
-        {MB_ABORTRETRYIGNORE, key(VK_ESCAPE), IDABORT},
+        {MB_ABORTRETRYIGNORE | MB_DEFBUTTON2, mustChoose, IDRETRY},
+        {MB_ABORTRETRYIGNORE, refuse, IDABORT},
         {MB_RETRYCANCEL, key(VK_ESCAPE), IDCANCEL},
     };
     for (const auto& [type, action, expected] : cases) {
@@ -297,6 +308,42 @@ TEST_F(DialogTest, MessageBoxReturnsTheButtonPressedAndTheRefusingOneWhenItIsClo
         EXPECT_EQ(answer.get(), expected);
     }
     EXPECT_EQ(MessageBoxW(reinterpret_cast<HWND>(5), u"", u"", MB_OK), 0);
+}
+
+TEST_F(DialogTest, AnswerToAllOfAKindHoldsForItsJobAndAStoppedJobAsksNothing)
+{
+    const auto ask = [this](const WCHAR* text, const std::function<bool(HWND)>& act = nullptr) {
+        std::future<int> answer =
+            std::async(std::launch::async, [text] { return MessageBoxW(nullptr, text, u"Warning", MB_YESNO); });
+        if (act) {
+            const HWND box = user.window(u"Warning");
+            EXPECT_TRUE(stateOf(box).jobQuestion);
+            EXPECT_TRUE(act(box));
+        }
+        return answer.get();
+    };
+    const auto all = [](int id) { return [id](HWND box) { return postAnswerToAll(box, id); }; };
+    const auto no = [](HWND box) { return postRefusal(box); };
+    BeginJob();
+    EXPECT_EQ(ask(u"File:\\a exists", all(IDYES)), IDYES);
+    EXPECT_EQ(ask(u"File:\\b exists"), IDYES);
+    EXPECT_EQ(ask(u"Database:a exists", all(IDNO)), IDNO);
+    EXPECT_EQ(ask(u"File:\\c exists"), IDYES);
+    EXPECT_EQ(ask(u"Override \\Card\\1 file", no), IDNO);
+    EXPECT_EQ(ask(u"Override \\Card\\2 file", no), IDNO);
+    EndJob(nullptr);
+
+    BeginJob();
+    EXPECT_FALSE(JobIsToStop());
+    EXPECT_EQ(ask(u"File:\\a exists", [](HWND box) { return postStopJob(box, false); }), IDNO);
+    EXPECT_TRUE(JobIsToStop());
+    EXPECT_EQ(ask(u"Database:a exists"), IDNO);
+    EndJob(nullptr);
+    std::future<int> later = std::async(std::launch::async, [] { return MessageBoxW(nullptr, u"?", u"x", MB_YESNO); });
+    const HWND box = user.window(u"x");
+    EXPECT_FALSE(stateOf(box).jobQuestion);
+    EXPECT_TRUE(postAnswerToAll(box, IDYES));
+    EXPECT_EQ(later.get(), IDYES);
 }
 
 }  // namespace

@@ -101,7 +101,9 @@ bool ScriptUser::closeProgram()
     int repeats = 0;
     const auto close = [&] {
         const std::string shown = screenTextWithProgress();
-        if (!window::postClose(top_.window) && !window::postKey(top_.window, VK_ESCAPE))
+        const bool isBox = top_.kind == WindowKind::MessageBox;
+        if (!window::postClose(top_.window) &&
+            !(isBox ? window::postRefusal(top_.window) : window::postKey(top_.window, VK_ESCAPE)))
             return false;
         repeats += closed.insert(shown).second ? 0 : 1;
         return true;
@@ -253,7 +255,8 @@ Failure ScriptUser::ok()
 Failure ScriptUser::cancel()
 {
     return await("a dialog or message box", [&] {
-        if (top_.kind != WindowKind::Dialog && top_.kind != WindowKind::MessageBox)
+        const bool hasCancel = top_.kind == WindowKind::MessageBox && (top_.style & WS_SYSMENU) != 0;
+        if (top_.kind != WindowKind::Dialog && !hasCancel)
             return false;
         if (const std::optional<WindowState> button = findControl(top_.window, IDCANCEL))
             return button->enabled && window::postClick(button->window);

@@ -29,7 +29,7 @@ void ClosingDisplay::closeInputWindows()
     for (const HWND top : window::topLevelWindows()) {
         window::WindowState state;
         const bool takesInput = window::readWindow(top, state) && state.visible && state.enabled;
-        if (takesInput && !closed_.contains(top) && window::postClose(top))
+        if (takesInput && !closed_.contains(top) && (window::postClose(top) || window::postRefusal(top)))
             closed_.insert(top);
     }
 }

@@ -1,7 +1,9 @@
+#include "blocked_owner.h"
 #include "view_makers.h"
 
 #include "ce/dialog.h"
 
+#include <QCheckBox>
 #include <QCloseEvent>
 #include <QDialogButtonBox>
 #include <QGridLayout>
@@ -69,12 +71,22 @@ public:
     MessageView(const WindowState& state, const UserInput& input, QWidget* owner)
         : QMessageBox(owner), TopView(state.window, input)
     {
-        setWindowModality(Qt::WindowModal);
+        if (state.jobQuestion && owner)
+            new BlockedOwner(*owner, *this, [this] { offerToClose(); });
+        else
+            setWindowModality(Qt::WindowModal);
+        if (!(state.style & WS_SYSMENU))
+            setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint);  // no close box
         setAttribute(Qt::WA_KeyboardFocusChange);
         setTextFormat(Qt::PlainText);
         setIcon(iconOf(state.messageBoxType));
         setWindowTitle(toQt(state.text));
         setUp();
+        if (state.jobQuestion)
+            addAnswersForMore();
+        // Before the buttons, which would handle them.
+        for (QWidget* child : findChildren<QWidget*>())
+            child->installEventFilter(this);
         // The toolkit would close the box when a button is clicked. It must stay until the core destroys the window.
         auto* row = findChild<QDialogButtonBox*>();
         disconnect(row, nullptr, this, nullptr);
@@ -105,8 +117,20 @@ protected:
         event->ignore();
         input().close(window());
     }
+    // A key that was down when the box appeared only repeats. It was meant for another window, so it answers nothing.
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
+        if (isKey && static_cast<QKeyEvent*>(event)->isAutoRepeat()) {
+            event->accept();
+            return true;
+        }
+        return QMessageBox::eventFilter(watched, event);
+    }
     void keyPressEvent(QKeyEvent* event) override
     {
+        if (event->isAutoRepeat())
+            return;
         if (event->key() == Qt::Key_Escape)
             input().close(window());
         else if (QAbstractButton* meant = buttonFor(event->text()))
@@ -128,8 +152,40 @@ private:
 
     void press(QAbstractButton* button)
     {
-        if (const auto found = buttons_.find(button); found != buttons_.end())
+        if (button == stop_)
+            input().stopJob(window(), closes_);
+        const auto found = buttons_.find(button);
+        WindowState state;
+        if (found == buttons_.end() || !window::readWindow(found->second, state))
+            return;
+        if (checkBox() && checkBox()->isChecked())
+            input().answerToAll(window(), state.id);
+        else
             input().click(found->second);
+    }
+
+    // A job can ask about each of thousands of files.
+    void addAnswersForMore()
+    {
+        setCheckBox(new QCheckBox(QStringLiteral("&Do the same for all further questions of this kind")));
+        stop_ = addButton(QStringLiteral("&Stop the run"), QMessageBox::ResetRole);
+        stop_->setAutoDefault(true);
+        describeStop(QStringLiteral("What is done so far stays. The rest is left out."));
+    }
+
+    // The user has asked to close the owner, which waits for the job.
+    void offerToClose()
+    {
+        closes_ = true;
+        stop_->setText(QStringLiteral("&Stop the run and close"));
+        describeStop(QStringLiteral("What is done so far stays. The rest is left out, and the window closes."));
+        stop_->setFocus(Qt::OtherFocusReason);
+    }
+
+    void describeStop(const QString& text)
+    {
+        stop_->setToolTip(text);
+        stop_->setAccessibleDescription(text);
     }
 
     void setUp()
@@ -172,6 +228,8 @@ private:
     }
 
     std::map<QAbstractButton*, HWND> buttons_;
+    QPushButton* stop_ = nullptr;  // of a job's question
+    bool closes_ = false;          // the user has asked to close the owner
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "top_view.h"
 
 #include <QApplication>
+#include <QMessageBox>
 #include <QScreen>
 
 #include <algorithm>
@@ -21,8 +22,10 @@ void TopView::comeToFront()
     if (own.isMinimized())
         own.setWindowState(own.windowState() & ~Qt::WindowMinimized);
     own.raise();
-    // If a question blocks the window, the user must answer that first.
-    QWidget* question = QApplication::activeModalWidget();
+    // If a question blocks the window, the user must answer that first. Not each is modal for the toolkit.
+    const auto boxes = own.findChildren<QMessageBox*>(Qt::FindDirectChildrenOnly);
+    const auto box = std::ranges::find_if(boxes, &QWidget::isVisible);
+    QWidget* question = box != boxes.end() ? *box : QApplication::activeModalWidget();
     QWidget& front = question && question->parentWidget() == &own ? *question : own;
     front.raise();
     front.activateWindow();

@@ -34,6 +34,8 @@ public:
     {
         return report(window::postTreeDoubleClick(tree, item, part));
     }
+    bool answerToAll(HWND box, int id) const { return report(window::postAnswerToAll(box, id)); }
+    bool stopJob(HWND box, bool closesOwner) const { return report(window::postStopJob(box, closesOwner)); }
     bool close(HWND top) const { return report(window::postClose(top)); }
     bool captionOk(HWND top) const { return report(window::postCaptionOk(top)); }
     bool command(HWND top, WORD id) const { return report(window::postCommand(top, id)); }

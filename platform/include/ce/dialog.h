@@ -65,6 +65,10 @@ BOOL SetDlgItemTextW(HWND dialog, int id, const WCHAR* text);
 UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 
 // A modal question or notice. `text` null is empty, `caption` null is "Error". \n breaks lines, & is text. Esc and the
-// close box give IDCANCEL if there is a Cancel button, IDOK if OK is the only button, otherwise the answer that refuses
-// (No, Abort). 0 if it could not be made.
+// close box give IDCANCEL if there is a Cancel button, and IDOK if OK is the only button. Otherwise they do nothing.
+// 0 if it could not be made.
+//
+// With MB_YESNO in a job (ce/outcome.h) the user can let an answer hold for all further questions of the job with the
+// same caption and the same words up to the name. Those aren't shown. The user can also stop the job, which answers No
+// to this question and all further ones.
 int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

@@ -133,6 +133,22 @@ bool postClose(HWND handle)
     return queue(handle, InputClose);
 }
 
+bool postAnswerToAll(HWND messageBox, int id)
+{
+    return queue(messageBox, InputAnswer, static_cast<WPARAM>(id), static_cast<LPARAM>(AnswerReach::AllOfItsKind));
+}
+
+bool postRefusal(HWND messageBox)
+{
+    return queue(messageBox, InputAnswer, 0, static_cast<LPARAM>(AnswerReach::OneQuestion));
+}
+
+bool postStopJob(HWND messageBox, bool closesOwner)
+{
+    const AnswerReach reach = closesOwner ? AnswerReach::JobAndOwner : AnswerReach::Job;
+    return queue(messageBox, InputAnswer, 0, static_cast<LPARAM>(reach));
+}
+
 bool postCaptionOk(HWND handle)
 {
     {
@@ -236,6 +252,8 @@ void typeInto(const MSG& message)
 LRESULT dispatchInput(const MSG& message)
 {
     switch (message.message) {
+    case InputAnswer:
+        return SendMessageW(message.hwnd, message.message, message.wParam, message.lParam);
     case InputClick:
     case InputDoubleClick:
     case InputDate:

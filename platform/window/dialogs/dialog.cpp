@@ -72,6 +72,7 @@ HWND makeDialogWindow(const DialogLaunch& launch, bool modal, HWND ownerToEnable
     state->ownerToEnable = ownerToEnable;
     state->messageBox = launch.messageBox;
     state->messageBoxType = launch.messageBoxType;
+    state->questionKind = launch.questionKind;
     creation.state = std::move(state);
     return createWindow(std::move(creation));
 }

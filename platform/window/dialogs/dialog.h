@@ -17,6 +17,7 @@ struct DialogLaunch {
     LPARAM parameter = 0;
     bool messageBox = false;
     UINT messageBoxType = 0;
+    std::u16string questionKind;  // job_questions.h
 };
 
 // Runs the dialog until EndDialog and gives its value. -1 if the dialog couldn't be made, 0 if it ended otherwise.

@@ -9,6 +9,7 @@ void DialogState::describe(const Window&, WindowState& state) const
     if (messageBox)
         state.kind = WindowKind::MessageBox;
     state.messageBoxType = messageBoxType;
+    state.jobQuestion = !questionKind.empty();
 }
 
 const Window* DialogState::buttonForEnter(const Window& window) const

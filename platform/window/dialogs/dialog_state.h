@@ -17,6 +17,7 @@ struct DialogState : ClassState {
     int defaultId = 0;        // of the default button; 0: none
     bool messageBox = false;  // made by MessageBoxW, with these MB_ bits:
     UINT messageBoxType = 0;
+    std::u16string questionKind;   // of a question that a job asks (job_questions.h), otherwise empty
     HWND ownerToEnable = nullptr;  // disabled until this dialog ends
 
     void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex) override;

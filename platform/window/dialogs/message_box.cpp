@@ -1,5 +1,9 @@
 #include "dialog.h"
 #include "dialog_state.h"
+#include "job_questions.h"
+#include "window/input.h"
+
+#include "kernel/job.h"
 
 #include "ce/controls.h"
 
@@ -64,18 +68,30 @@ std::span<const Answer> answersOf(UINT type)
     }
 }
 
-// The answer of Esc and the close box, which must never mean consent.
-int refusalOf(UINT type)
+// The answer of Esc and the close box. 0 if they do nothing: then each answer has an effect, and the user must choose.
+int escapeOf(UINT type)
 {
     switch (type & KindBits) {
     case MB_OK:
         return IDOK;
     case MB_ABORTRETRYIGNORE:
+    case MB_YESNO:
+        return 0;
+    default:
+        return IDCANCEL;
+    }
+}
+
+// The answer that changes nothing.
+int refusalOf(UINT type)
+{
+    switch (type & KindBits) {
+    case MB_ABORTRETRYIGNORE:
         return IDABORT;
     case MB_YESNO:
         return IDNO;
     default:
-        return IDCANCEL;
+        return escapeOf(type);
     }
 }
 
@@ -93,7 +109,42 @@ UINT typeOf(HWND box)
     return dialog ? dialog->messageBoxType : 0;
 }
 
-INT_PTR messageBoxProcedure(HWND box, UINT message, WPARAM wParam, LPARAM)
+void end(HWND box, int answer)
+{
+    if (answer)
+        EndDialog(box, answer);
+}
+
+std::u16string questionKind(HWND box)
+{
+    const Lock lock(coreMutex);
+    const DialogState* dialog = findDialog(findWindow(box));
+    return dialog ? dialog->questionKind : std::u16string();
+}
+
+HWND ownerOf(HWND box)
+{
+    const Lock lock(coreMutex);
+    const Window* window = findWindow(box);
+    return window ? window->owner : nullptr;
+}
+
+// `answer` 0 refuses.
+void answer(HWND box, int answer, AnswerReach reach)
+{
+    const std::u16string kind = questionKind(box);
+    const bool stops = reach == AnswerReach::Job || reach == AnswerReach::JobAndOwner;
+    if (!kind.empty() && stops)
+        platform::kernel::stopJob();
+    if (!kind.empty() && reach == AnswerReach::AllOfItsKind)
+        answerAllOfKind(kind, answer);
+    const HWND owner = ownerOf(box);
+    end(box, answer ? answer : refusalOf(typeOf(box)));
+    if (reach == AnswerReach::JobAndOwner)
+        (void)postClose(owner);  // kept until the job ends
+}
+
+INT_PTR messageBoxProcedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (message == WM_INITDIALOG) {
         SetFocus(GetDlgItem(box, defaultOf(typeOf(box))));
@@ -101,11 +152,15 @@ INT_PTR messageBoxProcedure(HWND box, UINT message, WPARAM wParam, LPARAM)
     }
     if (message == WM_COMMAND) {
         const int id = LOWORD(wParam);
-        EndDialog(box, GetDlgItem(box, id) ? id : refusalOf(typeOf(box)));
+        end(box, GetDlgItem(box, id) ? id : escapeOf(typeOf(box)));
+        return TRUE;
+    }
+    if (message == InputAnswer) {
+        answer(box, static_cast<int>(wParam), static_cast<AnswerReach>(lParam));
         return TRUE;
     }
     if (message == WM_CLOSE) {
-        EndDialog(box, refusalOf(typeOf(box)));
+        end(box, escapeOf(typeOf(box)));
         return TRUE;
     }
     return FALSE;
@@ -168,7 +223,9 @@ DialogTemplate layOut(std::u16string_view text, std::u16string_view caption, UIN
     const int textWidth = extent.columns * CharacterWidth;
 
     DialogTemplate layout;
-    layout.style = WS_POPUP | WS_CAPTION | WS_SYSMENU | DS_CENTER | DS_MODALFRAME;
+    layout.style = WS_POPUP | WS_CAPTION | DS_CENTER | DS_MODALFRAME;
+    if (escapeOf(type))
+        layout.style |= WS_SYSMENU;  // the close box
     layout.title = caption;
     layout.width = static_cast<SHORT>(std::max(textX + textWidth + Margin, buttons * (ButtonWidth + Margin) + Margin));
     layout.height = static_cast<SHORT>(3 * Margin + textHeight + ButtonHeight);
@@ -195,13 +252,18 @@ int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type)
         return fail(ERROR_INVALID_WINDOW_HANDLE);
     if (answersOf(type).empty())
         return fail(ERROR_INVALID_PARAMETER);
+    const WCHAR* const shownText = text ? text : u"";
+    const WCHAR* const shownCaption = caption ? caption : u"Error";
     DialogLaunch launch;
-    launch.layout = layOut(text ? text : u"", caption ? caption : u"Error", type);
+    launch.questionKind = questionKindOf(shownText, shownCaption, type);
+    if (const int known = knownAnswer(launch.questionKind))
+        return known;
+    launch.layout = layOut(shownText, shownCaption, type);
     launch.inPixels = true;
     launch.owner = owner;
     launch.procedure = messageBoxProcedure;
     launch.messageBox = true;
     launch.messageBoxType = type;
-    const INT_PTR answer = runModal(launch);
-    return answer > 0 ? static_cast<int>(answer) : 0;
+    const INT_PTR result = runModal(launch);
+    return result > 0 ? static_cast<int>(result) : 0;
 }

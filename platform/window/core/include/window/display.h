@@ -87,6 +87,7 @@ struct WindowState {
     int check = 0;               // button
     bool defaultButton = false;  // Enter would press it now
     UINT messageBoxType = 0;     // message box: the MB_ bits
+    bool jobQuestion = false;    // message box: a job asks it, and takes postAnswerToAll and postStopJob
     int caretRow = -1;           // list box
     int extent = 0;              // list box: how wide its rows are at least, virtual pixels
     long selectionStart = 0;     // edit, in characters; the caret is at selectionEnd
@@ -126,5 +127,12 @@ bool postCaptionOk(HWND topLevel);                      // the OK button in the 
 bool postFocus(HWND window);                            // a screen reader sets the focus
 bool postCommand(HWND topLevel, WORD id);               // a menu item or toolbar button of its bands
 bool postResize(HWND topLevel, int width, int height);  // client area, virtual pixels
+
+// Answers to a message box that go beyond a click on one of its buttons.
+bool postRefusal(HWND messageBox);  // the answer that changes nothing: Cancel, No, Abort, or OK alone
+// With the answer `id` to this question and the later ones of the job that have the same words up to the name.
+bool postAnswerToAll(HWND messageBox, int id);
+// Refuses, and asks the job to stop. `closesOwner`: the owner is closed after the job.
+bool postStopJob(HWND messageBox, bool closesOwner);
 
 }  // namespace platform::window

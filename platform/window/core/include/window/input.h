@@ -19,8 +19,12 @@ inline constexpr UINT InputCommand = 0x10007;  // wParam: id
 inline constexpr UINT InputResize = 0x10008;   // wParam: width, lParam: height
 inline constexpr UINT InputDate = 0x10009;     // wParam: month and year, lParam: day
 inline constexpr UINT InputFocus = 0x1000A;
+inline constexpr UINT InputAnswer = 0x1000C;  // wParam: id, or 0 to refuse, lParam: AnswerReach
 // No input: sent to a child that follows the size of its parent, after the parent's WM_SIZE.
 inline constexpr UINT ParentSized = 0x1000B;
+
+// What else an answer to a message box has an effect on.
+enum class AnswerReach { OneQuestion, AllOfItsKind, Job, JobAndOwner };
 
 // Bits of a key message's lParam. The platform defines the one for Alt and reserves the others.
 inline constexpr LPARAM KeyWithAlt = LPARAM{1} << 29;
