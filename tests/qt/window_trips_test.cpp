@@ -238,6 +238,7 @@ TEST_F(WindowTripTest, NamesAreShownAsOnTheHostAndComeBackByteForByte)
         std::filesystem::resize_file(store() / "Odd" / name, 0);
     }
     EXPECT_EQ(selection->selectedIndexes().size(), std::ssize(names));
+    EXPECT_TRUE(dialog.findChild<QListView*>()->accessibleDescription().startsWith("4 of "));
     // Each click on a row selects or unselects that row alone.
     clickRow(dialog, "File:\\My Documents\\To do.txt");
     EXPECT_EQ(selection->selectedIndexes().size(), std::ssize(names) + 1);

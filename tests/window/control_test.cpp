@@ -1,6 +1,7 @@
 // Buttons, edits, list boxes and progress bars, driven by messages and by the user.
 #include "controls/list_display.h"
 #include "test_user.h"
+#include "window/input.h"
 
 #include <gtest/gtest.h>
 
@@ -36,9 +37,9 @@ protected:
     }
 
     // A user's key or text, through the queue and the loop, without a dialog.
-    void press(HWND control, WPARAM key)
+    void press(HWND control, WPARAM key, LPARAM modifiers = 0)
     {
-        const MSG message = {control, WM_KEYDOWN, key, 0, 0, {}};
+        const MSG message = {control, WM_KEYDOWN, key, modifiers, 0, {}};
         DispatchMessageW(&message);
         if (TranslateMessage(&message)) {
             MSG character = {};
@@ -227,6 +228,37 @@ TEST_F(ControlTest, EachClickTogglesARowOfAMultipleBoxAndMovesTheSelectionOfASin
     EXPECT_EQ(rows(single), u"a b* c ");
     send(single, LB_INSERTSTRING, 0, u"0");
     EXPECT_EQ(send(single, LB_GETCURSEL), 2);
+}
+
+TEST_F(ControlTest, KeysSelectManyRowsOfAMultipleBoxAndTypedTextFindsARow)
+{
+    const HWND box = make(u"ListBox", LBS_NOTIFY | LBS_MULTIPLESEL);
+    for (const std::u16string name : {u"File:a", u"File:To b", u"File:To c", u"Registry"})
+        add(box, name);
+    const auto extend = [&](WPARAM key) {
+        press(box, key, KeyWithShift);
+        return rows(box);
+    };
+    press(box, VK_DOWN);
+    press(box, VK_DOWN);
+    EXPECT_EQ(extend(VK_END), u"File:a File:To b* File:To c* Registry* ");
+    EXPECT_EQ(extend(VK_UP), u"File:a File:To b* File:To c* Registry ");
+    EXPECT_EQ(extend(VK_HOME), u"File:a* File:To b* File:To c Registry ");
+    press(box, u'A', KeyWithControl);
+    EXPECT_EQ(send(box, LB_GETSELCOUNT), 4);
+    press(box, u'A', KeyWithControl | KeyWithShift);
+    EXPECT_EQ(send(box, LB_GETSELCOUNT), 0);
+
+    const auto caretAfter = [&](std::u16string_view typed) {
+        for (const char16_t letter : typed)
+            send(box, WM_CHAR, letter);
+        return send(box, LB_GETCURSEL);
+    };
+    EXPECT_EQ(caretAfter(u"to c"), 2);
+    press(box, VK_DOWN);
+    EXPECT_EQ(caretAfter(u"file:to b"), 1);
+    EXPECT_EQ(caretAfter(u" "), 1);
+    EXPECT_EQ(rows(box), u"File:a File:To b* File:To c Registry ");
 }
 
 TEST_F(ControlTest, EditKeepsItsLimitAndNeverCutsACharacter)

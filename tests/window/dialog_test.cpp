@@ -175,6 +175,15 @@ TEST_F(DialogTest, DefaultButtonIsPressedFromAnEditUnlessItIsDisabled)
     EXPECT_EQ(pressOk(), IDOK);
 }
 
+TEST_F(DialogTest, EnterInAMultiLineEditIsOkWithCtrlOrIfTheTextIsReadOnly)
+{
+    for (const bool readOnly : {false, true}) {
+        open({{u"EDIT", u"", 10, WS_TABSTOP | ES_MULTILINE | ES_WANTRETURN | (readOnly ? ES_READONLY : 0)}});
+        user.key(control(10), VK_RETURN, false, !readOnly);
+        EXPECT_EQ(end(), IDOK);
+    }
+}
+
 TEST_F(DialogTest, MultiLineEditTakesEnterAndNotTab)
 {
     open({{u"EDIT", u"", 10, WS_TABSTOP | ES_MULTILINE | ES_WANTRETURN},

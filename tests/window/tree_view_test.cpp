@@ -386,14 +386,22 @@ TEST_F(TreeViewTest, KeysReachEveryItem)
     EXPECT_EQ(selected(), "a");
 }
 
-TEST_F(TreeViewTest, SameLetterAgainSelectsTheNextItem)
+TEST_F(TreeViewTest, TypedLettersSelectUntilAnotherKeyAndABlankThatFindsNothingClicks)
 {
-    for (const WCHAR* each : {u"b1", u"c", u"b2", u"bb"})
+    for (const WCHAR* each : {u"b1", u"c", u"b2", u"bb", u"a b"})
         add(nullptr, each);
     EXPECT_EQ(type(u"bbbb"), "b1 b2 bb b1 ");
     notified();
     type(u"?");
     EXPECT_EQ(notified(), "");
+    press({VK_UP});
+    EXPECT_EQ(type(u"bb"), "b2 bb ");
+    press({VK_HOME});
+    EXPECT_EQ(type(u"a b"), "a b a b a b ");
+    press({VK_UP});
+    notified();
+    type(u" b ");
+    EXPECT_EQ(notified(), "click bb, changing bb>b1, changed bb>b1 key, click b1");
 }
 
 TEST_F(TreeViewTest, ItemsAreInsertedAtTheRequestedPosition)

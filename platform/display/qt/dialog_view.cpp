@@ -55,14 +55,21 @@ bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifi
 {
     if (key == VK_ESCAPE || (key == VK_TAB && !(modifiers & Qt::ControlModifier)) || (modifiers & Qt::AltModifier))
         return true;
-    const bool breaksLines =
-        edit.kind == WindowKind::Edit && (edit.style & ES_MULTILINE) && (edit.style & ES_WANTRETURN);
+    const bool breaksLines = edit.kind == WindowKind::Edit && (edit.style & ES_MULTILINE) &&
+                             (edit.style & ES_WANTRETURN) && !edit.readOnly && !(modifiers & Qt::ControlModifier);
     return key == VK_RETURN && !breaksLines;
 }
 
 bool isForCore(const WindowState& state, WORD key, Qt::KeyboardModifiers modifiers)
 {
     if (key == 0)
+// A list box searches for the text that is typed.
+bool isTypedText(const QKeyEvent& event)
+{
+    const bool commands = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier);
+    return !commands && !event.text().isEmpty() && event.text().front().isPrint();
+}
+
         return false;
     if (state.kind == WindowKind::Edit || state.kind == WindowKind::DatePicker)
         return isForDialog(state, key, modifiers);
@@ -279,7 +286,13 @@ bool DialogView::postKey(QKeyEvent& event)
     const Control* control = controlOf(focusWidget());
     WindowState state;
     const HWND target = control ? control->view->window() : window();
-    if (!window::readWindow(target, state) || !isForCore(state, key, modifiers))
+    if (!window::readWindow(target, state))
+        return false;
+    if (state.kind == WindowKind::ListBox && isTypedText(event)) {
+        input().typedText(target, fromQt(event.text()));
+        return true;
+    }
+    if (!isForCore(state, key, modifiers))
         return false;
     if (key == VK_TAB && !modifiers.testFlag(Qt::ControlModifier) && tabThroughHeader(shift))
         return true;

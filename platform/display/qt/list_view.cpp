@@ -9,6 +9,7 @@
 #include <QHelpEvent>
 #include <QItemSelectionModel>
 #include <QListView>
+#include <QLabel>
 #include <QMouseEvent>
 #include <QScreen>
 #include <QScrollBar>
@@ -174,6 +175,7 @@ public:
     {
         setModel(&rows_);
         setSelectionModel(&selection_);
+        count_.hide();
         setUniformItemSizes(true);
         setEditTriggers(NoEditTriggers);
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
@@ -204,6 +206,8 @@ public:
         if (caret.isValid())
             scrollTo(caret);
     }
+        if (selectionMode() == MultiSelection)
+            showCount(std::ranges::count_if(rows, &ListRow::selected));
 
 protected:
     void mousePressEvent(QMouseEvent* event) override
@@ -257,6 +261,8 @@ protected:
     }
 
     // After scrolling, the pointer is over another row.
+        const QRect rows = viewport()->geometry();
+        count_.setGeometry(rows.left(), rows.bottom() + 1, rows.width(), count_.sizeHint().height());
     void scrollContentsBy(int dx, int dy) override
     {
         QListView::scrollContentsBy(dx, dy);
@@ -277,6 +283,15 @@ private:
     // Shows a tip with the whole text of a row that is cut.
     void showWhole(const QHelpEvent& event)
     {
+    // Below the rows, once some are selected. A list can have many more than it shows.
+    void showCount(std::ptrdiff_t selected)
+    {
+        count_.setText(QStringLiteral("%1 of %2 selected").arg(selected).arg(rows_.rowCount({})));
+        count_.setVisible(selected > 0);
+        setViewportMargins(0, 0, 0, selected > 0 ? count_.sizeHint().height() : 0);
+        setAccessibleDescription(selected > 0 ? count_.text() : QString());
+    }
+
         const QModelIndex index = indexAt(event.pos());
         if (!index.isValid() || !isCut(index)) {
             QToolTip::hideText();
@@ -299,6 +314,7 @@ private:
     int widest_ = 0;        // row, pixels
     int extent_ = 0;        // width that the program requests for the rows, virtual pixels
     int virtualWidth_ = 0;  // of the list box, virtual pixels
+    QLabel count_{this};  // of the selected rows; hidden if there are none
 };
 
 }  // namespace

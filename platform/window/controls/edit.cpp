@@ -241,14 +241,16 @@ void selectByProgram(Window& edit, EditState& state, int start, int end) REQUIRE
         setSelection(edit, state, {at(start), at(end)});
 }
 
-// A multi-line edit leaves Tab to the dialog, and Enter too unless it makes a line break.
+// A multi-line edit leaves Tab to the dialog, and Enter too unless it makes a line break. Ctrl and Enter never makes
+// one.
 LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message) REQUIRES(coreMutex)
 {
     LRESULT code = HasSelection | WantsCharacters | WantsArrows;
     if (!isMultiLine(edit))
         return code;
     const bool control = message && (message->lParam & KeyWithControl);
-    const bool dialogs = !control && (key == VK_TAB || (key == VK_RETURN && !(edit.style & ES_WANTRETURN)));
+    const bool breaksLines = (edit.style & ES_WANTRETURN) && !stateOf<EditState>(edit).readOnly && !control;
+    const bool dialogs = (key == VK_TAB && !control) || (key == VK_RETURN && !breaksLines);
     return dialogs ? code : code | WantsAllKeys;
 }
 

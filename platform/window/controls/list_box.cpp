@@ -4,8 +4,7 @@
 #include "list_rows.h"
 #include "window/input.h"
 #include "window/notify.h"
-
-#include "text/case_folding.h"
+#include "window/type_ahead.h"
 
 #include "ce/controls.h"
 
@@ -22,7 +21,9 @@ struct ListBoxState : ClassState {
 
     ListRows rows;
     bool multiple;
-    long caret = -1;  // single selection: the selected row or -1; multiple: the row with the focus frame
+    long caret = -1;   // single selection: the selected row or -1; multiple: the row with the focus frame
+    long anchor = -1;  // multiple: the row where a selection with Shift began; -1: none
+    TypeAhead typed;
     long selectedCount = 0;
     int extent = 0;  // scrollable width, in virtual pixels
 
@@ -215,6 +216,8 @@ Outcome clickRow(Window& box, ListBoxState& state, long index, bool doubleClick)
 {
     if (!isRow(state, index))
         return {};
+    state.anchor = -1;
+    state.typed.end();
     if (state.multiple) {
         state.caret = index;
         select(state, index, !rowAt(state, index).selected);
@@ -241,45 +244,104 @@ Outcome moveCaret(Window& box, ListBoxState& state, long index) REQUIRES(coreMut
     return {.notify = moved || state.multiple};
 }
 
-Outcome pressKey(Window& box, ListBoxState& state, WPARAM key) REQUIRES(coreMutex)
+// The row to which a key moves the caret. Nothing for any other key.
+std::optional<long> targetOf(const Window& box, const ListBoxState& state, WPARAM key) REQUIRES(coreMutex)
 {
     const long page = std::max<long>((box.rectangle.bottom - box.rectangle.top) / RowHeight, 1);
     switch (key) {
     case VK_UP:
     case VK_LEFT:
-        return moveCaret(box, state, state.caret - 1);
+        return state.caret - 1;
     case VK_DOWN:
     case VK_RIGHT:
-        return moveCaret(box, state, state.caret + 1);
+        return state.caret + 1;
     case VK_PRIOR:
-        return moveCaret(box, state, state.caret - page);
+        return state.caret - page;
     case VK_NEXT:
-        return moveCaret(box, state, std::max(state.caret, 0L) + page);
+        return std::max(state.caret, 0L) + page;
     case VK_HOME:
-        return moveCaret(box, state, 0);
+        return 0;
     case VK_END:
-        return moveCaret(box, state, static_cast<long>(state.rows.size()));
+        return static_cast<long>(state.rows.size());
     default:
-        return {};
+        return std::nullopt;
     }
 }
 
-// Space selects or deselects the caret row. Any other character moves to the next row that begins with it.
+// Shift and a key that moves: the rows from where the selection began to the new caret are selected, and those between
+// the old and the new caret that it leaves no longer are.
+Outcome extendSelection(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
+{
+    if (!isRow(state, 0))
+        return {};
+    if (!isRow(state, state.anchor))
+        state.anchor = std::max(state.caret, 0L);
+    const long from = std::max(state.caret, 0L);
+    const Outcome outcome = moveCaret(box, state, index);
+    const auto [low, high] = std::minmax(state.anchor, state.caret);
+    for (long row = std::min({low, from}); row <= std::max({high, from}); ++row)
+        select(state, row, row >= low && row <= high);
+    announce(box, Change::Selection);
+    return outcome;
+}
+
+Outcome selectAll(Window& box, ListBoxState& state, bool selected) REQUIRES(coreMutex)
+{
+    (void)setSelected(box, state, selected, -1);
+    return {.notify = true};
+}
+
+Outcome pressKey(Window& box, ListBoxState& state, WPARAM key, LPARAM modifiers) REQUIRES(coreMutex)
+{
+    const bool shift = modifiers & KeyWithShift;
+    if (state.multiple && key == u'A' && (modifiers & KeyWithControl))
+        return selectAll(box, state, !shift);
+    if (typesCharacter(key))
+        return {};
+    state.typed.end();
+    const std::optional<long> target = targetOf(box, state, key);
+    if (!target)
+        return {};
+    if (state.multiple && shift)
+        return extendSelection(box, state, *target);
+    state.anchor = -1;
+    return moveCaret(box, state, *target);
+}
+
+// The next row that begins with what was typed, or else contains it. -1 if there is none.
+long search(ListBoxState& state, std::u16string_view typed)
+{
+    const bool oneLetter = isOneLetter(typed);
+    const std::u16string_view start = oneLetter ? typed.substr(0, 1) : typed;
+    const long count = static_cast<long>(state.rows.size());
+    const long first = state.caret + (oneLetter || state.caret < 0 ? 1 : 0);
+    for (const auto fits : {beginsWith, contains}) {
+        for (long step = 0; step < count; ++step) {
+            const long index = (first + step) % count;
+            if (fits(rowAt(state, index).text, start))
+                return index;
+        }
+    }
+    return -1;
+}
+
+// A blank selects or deselects the caret row, unless it continues a text that a row has.
 Outcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQUIRES(coreMutex)
 {
-    if (character == u' ')
+    if (character < u' ')
+        return {};
+    const std::u16string typed = state.typed.with(character);
+    const long found = search(state, typed);
+    if (character == u' ' && (found < 0 || typed.size() == 1)) {
+        state.typed.end();
         return state.multiple ? clickRow(box, state, std::max(state.caret, 0L), false) : Outcome{};
-    const long count = static_cast<long>(state.rows.size());
-    for (long step = 1; step <= count; ++step) {
-        const long index = (state.caret + step) % count;
-        const std::u16string& text = rowAt(state, index).text;
-        if (!text.empty() && platform::text::foldCase(text[0]) == platform::text::foldCase(character))
-            return moveCaret(box, state, index);
     }
-    return {};
+    state.typed.note(typed);
+    state.anchor = -1;
+    return found < 0 ? Outcome{} : moveCaret(box, state, found);
 }
 
-LRESULT takeInput(HWND handle, UINT message, WPARAM wParam)
+LRESULT takeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     Outcome outcome;
     {
@@ -289,7 +351,7 @@ LRESULT takeInput(HWND handle, UINT message, WPARAM wParam)
             return 0;
         auto& state = stateOf<ListBoxState>(*box);
         if (message == WM_KEYDOWN)
-            outcome = pressKey(*box, state, wParam);
+            outcome = pressKey(*box, state, wParam, lParam);
         else if (message == WM_CHAR)
             outcome = typeCharacter(*box, state, static_cast<char16_t>(wParam));
         else
@@ -311,7 +373,7 @@ LRESULT listBoxProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam
     case WM_CHAR:
     case InputClick:
     case InputDoubleClick:
-        return takeInput(handle, message, wParam);
+        return takeInput(handle, message, wParam, lParam);
     default:
         break;
     }

@@ -6,6 +6,7 @@
 #include "tree_items.h"
 #include "tree_log.h"
 #include "window/core.h"
+#include "window/type_ahead.h"
 
 #include "ce/tree_view.h"
 
@@ -18,8 +19,7 @@ struct TreeViewState : ClassState {
     HTREEITEM selected = nullptr;
     HTREEITEM top = nullptr;  // the item in the first row in view; null or dead: the first item
     HIMAGELIST images = nullptr;
-    std::u16string typed;  // characters typed in quick succession
-    Clock::time_point typedAt;
+    TypeAhead typed;
 };
 
 // Null for a window that isn't a tree view.

@@ -2,15 +2,11 @@
 #include "window/input.h"
 #include "window/notify.h"
 
-#include "text/case_folding.h"
-
 #include <algorithm>
 
 namespace platform::window {
 
 namespace {
-
-constexpr Clock::duration TypingPause = std::chrono::seconds(1);
 
 void notify(HWND handle, UINT code)
 {
@@ -189,19 +185,13 @@ void pressKey(HWND handle, WPARAM key)
     moveByKey(handle, key);
 }
 
-bool beginsWith(std::u16string_view text, std::u16string_view start)
-{
-    return text::compareWithoutCase(text.substr(0, start.size()), start) == 0;
-}
-
-// The next item that begins with what was typed. After the last item the search continues with the first. Typing the
-// same letter again moves to the next item with that letter.
-HTREEITEM search(TreeViewState& tree)
+// The next item that begins with what was typed. After the last item the search continues with the first.
+HTREEITEM search(const TreeViewState& tree, std::u16string_view typed)
 {
     const TreeItems& items = tree.items;
     const ItemIndex selected = items.find(tree.selected);
-    const bool oneLetter = tree.typed.find_first_not_of(tree.typed.front()) == std::u16string::npos;
-    const std::u16string_view start = oneLetter ? std::u16string_view(tree.typed).substr(0, 1) : tree.typed;
+    const bool oneLetter = isOneLetter(typed);
+    const std::u16string_view start = oneLetter ? typed.substr(0, 1) : typed;
     const ItemIndex first = selected == 0 ? items.firstVisible() : selected;
     ItemIndex at = oneLetter && selected != 0 ? items.nextVisible(first) : first;
     for (std::size_t step = 0; step <= items.count(); ++step) {
@@ -229,30 +219,47 @@ WORD keyOf(char16_t character)
     }
 }
 
+void clickAt(HWND handle, HTREEITEM item, TreePart part)
+{
+    if (setPointer(handle, item, part))
+        (void)click(handle, item, part);
+}
+
 void typeCharacter(HWND handle, char16_t character)
 {
     HTREEITEM found = nullptr;
+    HTREEITEM clicked = nullptr;
     WORD key = 0;
     {
         const Lock lock(coreMutex);
         TreeViewState* tree = findTree(handle);
         if (!tree || character < u' ')
             return;
-        const Clock::time_point now = Clock::now();
-        if (now - tree->typedAt > TypingPause)
-            tree->typed.clear();
-        const bool searching = !tree->typed.empty();
-        key = searching ? WORD{0} : keyOf(character);
-        if (!key && (searching || character != u' ')) {
-            tree->typed += character;
-            tree->typedAt = now;
-            found = search(*tree);
+        key = tree->typed.inProgress() ? WORD{0} : keyOf(character);
+        const std::u16string typed = tree->typed.with(character);
+        found = key ? nullptr : search(*tree, typed);
+        // A blank is part of a name only if that finds one. Otherwise it acts as a click on the selected item.
+        if (character == u' ' && (!found || typed.size() == 1)) {
+            clicked = tree->selected;
+            tree->typed.end();
+        } else if (!key) {
+            tree->typed.note(typed);
         }
     }
     if (key)
         pressKey(handle, key);
+    else if (clicked)
+        clickAt(handle, clicked, TreePart::Label);
     else if (found)
         selectTreeItem(handle, found, TVC_BYKEYBOARD, Refusal::Possible);
+}
+
+// The next letter begins a new search, from the item where this input leads.
+void endTyping(HWND handle)
+{
+    const Lock lock(coreMutex);
+    if (TreeViewState* tree = findTree(handle))
+        tree->typed.end();
 }
 
 void notifyKey(HWND handle, WPARAM key)
@@ -277,11 +284,10 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     if (message == InputClick || message == InputDoubleClick) {
         const auto item = wParam == ~WPARAM{0} ? nullptr : reinterpret_cast<HTREEITEM>(wParam);
         const auto part = static_cast<TreePart>(lParam);
-        if (!setPointer(handle, item, part))
-            return 0;
+        endTyping(handle);
         if (message == InputClick)
-            (void)click(handle, item, part);
-        else
+            clickAt(handle, item, part);
+        else if (setPointer(handle, item, part))
             doubleClick(handle, item, part);
         return 0;
     }
@@ -291,6 +297,8 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
         typeCharacter(handle, static_cast<char16_t>(wParam));
         return 0;
     }
+    if (!typesCharacter(wParam))
+        endTyping(handle);
     notifyKey(handle, wParam);
     // With Ctrl the arrow keys scroll, which the display does.
     if (!(lParam & KeyWithControl))
