@@ -49,7 +49,7 @@ class CompanionTest(unittest.TestCase):
             start["input"] = given if isinstance(given, bytes) else given.encode()
         start = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, "timeout": 600, **start}
         done = subprocess.run([BIN / program, *map(str, arguments)], check=False, **start)
-        done.text = (done.stdout or b"").decode()
+        done.text = (done.stdout or b"").decode(errors="replace")
         done.said = (done.stderr or b"").decode()
         self.assertEqual(done.returncode, code, done.said + done.text)
         return done

@@ -101,7 +101,7 @@ class GoodInsideTest(InsideTest):
         said = self.set_tool("verify", self.set_of(image_bytes("\x1b[2J"))).text
         self.assertNotIn("\x1b", said)
         self.assertIn("warning: ", said)
-        self.assertIn("Sound: 2 items, 1 warning.", said)
+        self.assertIn("Sound: 2 items, 1 warning, not sealed.", said)
 
     def test_a_form_that_cannot_hold_a_database_replaces_nothing(self):
         path, out = self.set_of(), self.output_folder()

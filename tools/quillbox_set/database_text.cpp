@@ -1,13 +1,15 @@
 #include "database_text.h"
 
-#include "fault_text.h"
+#include "archive/fault_text.h"
+#include "archive/record_content.h"
 #include "target_stream.h"
 #include "unpacked_image.h"
 
 #include <ostream>
-#include <unordered_map>
 
 namespace quillbox_set {
+
+using namespace archive;
 
 namespace {
 
@@ -31,38 +33,25 @@ std::size_t groupBefore(const ImageReport& image, std::size_t end)
     return first;
 }
 
-// The properties that the store of a device contains after a restore has written this record.
-std::vector<CEPROPVAL> restored(std::span<const CEPROPVAL> record)
-{
-    std::vector<CEPROPVAL> kept;
-    std::unordered_map<CEPROPID, std::size_t> positions;  // in `kept`
-    for (const CEPROPVAL& property : record) {
-        const auto [position, isNew] = positions.emplace(property.propid, kept.size());
-        if (isNew)
-            kept.push_back(property);
-        else
-            kept[position->second] = property;
-    }
-    std::erase_if(kept, [](const CEPROPVAL& property) { return (property.wFlags & CEDB_PROPDELETE) != 0; });
-    for (CEPROPVAL& property : kept)
-        property.wFlags = static_cast<WORD>(property.wFlags & ~CEDB_PROPNOTFOUND);
-    return kept;
-}
-
 void addBackwards(database_formats::DatabaseWriter& writer, const ImageRecords& records)
 {
     for (std::size_t end = records.size(); end > 0; end--) {
-        const std::vector<CEPROPVAL> record = restored(records.record(end - 1));
+        const std::vector<CEPROPVAL> record = restoredRecord(records.record(end - 1));
         if (!record.empty())
             writer.add(record);
     }
 }
 
-// Returns the reason of a failure, or an empty text.
-std::string write(UnpackedImage& unpacked, const ImageReport& image, database_formats::Format format, GrowingFile& file)
+}  // namespace
+
+std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
+                          database_formats::Format format, std::ostream& out)
 {
-    TargetBuffer buffer(file);
-    std::ostream out(&buffer);
+    if (std::string fault = tooLargeRecord(image); !fault.empty())
+        return fault;
+    UnpackedImage unpacked(data, entry, image);
+    if (unpacked.error() != ERROR_SUCCESS)
+        return errorText(unpacked.error());
     try {
         const auto writer = database_formats::makeWriter(format, out);
         writer->begin({image.name, image.type, image.sortOrders});
@@ -79,23 +68,18 @@ std::string write(UnpackedImage& unpacked, const ImageReport& image, database_fo
         return fault.what();
     }
     out.flush();
-    return file.error() == ERROR_SUCCESS ? "" : errorText(file.error());
+    return "";
 }
-
-}  // namespace
 
 std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
                               const DatabaseText& text, std::optional<std::uint64_t>& bytes)
 {
-    if (std::string fault = tooLargeRecord(image); !fault.empty())
-        return fault;
-    UnpackedImage unpacked(data, entry, image);
-    if (unpacked.error() != ERROR_SUCCESS)
-        return errorText(unpacked.error());
     GrowingFile file(text.path);
     if (!file.isOpen())
         return errorText(file.error());
-    if (std::string fault = write(unpacked, image, text.format, file); !fault.empty())
+    TargetBuffer buffer(file);
+    std::ostream out(&buffer);
+    if (std::string fault = writeDatabase(data, entry, image, text.format, out); !fault.empty())
         return fault;
     if (file.moveTo(text.path, text.replace) != ERROR_SUCCESS)
         return errorText(file.error());

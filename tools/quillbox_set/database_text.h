@@ -1,12 +1,13 @@
 // database_text.h - writes a database of a set as text that other programs read.
 #pragma once
 
-#include "image_check.h"
+#include "archive/image_check.h"
 
 #include "database_formats/database_format.h"
 
 #include <cstdint>
 #include <optional>
+#include <ostream>
 #include <string>
 
 namespace quillbox_set {
@@ -20,11 +21,15 @@ struct DatabaseText {
 // Writes the complete records of the image. An image has the records of a database in the opposite order, so they are
 // written from the last one to the first one. Then equal databases give equal files, whether they are exported from a
 // device or extracted from a set. A record is written as a restore would store it. Records without properties are left
-// out. The image needs space on the disk beside the file.
+// out. The image is unpacked to a file in the root of the name space.
 //
-// Returns an empty text, and sets `bytes` to the size of the file. Otherwise returns the reason of the failure, and
-// there is no new file.
-std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
+// Returns an empty text, or the reason of a failure. Afterwards the state of `out` shows whether all of it was written.
+std::string writeDatabase(const archive::OpenFile& data, const ListEntry& entry, const archive::ImageReport& image,
+                          database_formats::Format format, std::ostream& out);
+
+// Writes it to a file. Returns an empty text, and sets `bytes` to the size of the file. Otherwise returns the reason of
+// the failure, and there is no new file.
+std::string writeDatabaseText(const archive::OpenFile& data, const ListEntry& entry, const archive::ImageReport& image,
                               const DatabaseText& text, std::optional<std::uint64_t>& bytes);
 
 }  // namespace quillbox_set

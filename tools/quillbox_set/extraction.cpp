@@ -1,14 +1,14 @@
 #include "extraction.h"
 
+#include "archive/fault_text.h"
+#include "archive/image_check.h"
+#include "archive/item_content.h"
+#include "archive/name_set.h"
 #include "database_text.h"
 #include "exit_code.h"
-#include "fault_text.h"
 #include "growing_file.h"
-#include "image_check.h"
 #include "item_target.h"
 #include "json_list.h"
-#include "name_set.h"
-#include "registry_check.h"
 #include "screen_text/screen_text.h"
 #include "set/stream_decoding.h"
 #include "text/host_name.h"
@@ -23,6 +23,8 @@
 
 namespace quillbox_set {
 
+using namespace archive;
+
 using platform::text::matchesWildcards;
 using screen_text::counted;
 using screen_text::onScreen;
@@ -35,7 +37,7 @@ public:
         : set_(set), files_(files), options_(options), data_(files.dataPath, GENERIC_READ, OPEN_EXISTING)
     {
         for (const std::string& name : options.names)
-            wanted_.push_back({devicePath(name), false});
+            wanted_.push_back({nameFromUser(name), false});
         if (options.json)
             list_.emplace(nlohmann::ordered_json::object(), "items");
     }
@@ -59,14 +61,6 @@ private:
         std::u16string pattern;
         bool found;
     };
-
-    // A slash is easier to type in a shell than a backslash, and no name contains a slash.
-    static std::u16string devicePath(const std::string& name)
-    {
-        std::u16string path = platform::text::fromUtf8(name);
-        std::ranges::replace(path, u'/', u'\\');
-        return path;
-    }
 
     void extractWanted()
     {
@@ -145,8 +139,9 @@ private:
             return extractDatabase(target, item, bytes);
         // A truncated .reg file looks complete, so the registry is checked before it is written.
         std::string damage;
+        ContentSink ignored;
         if (options_.format && item.isRegistry())
-            damage = checkRegistry(data_, item.entry).fault;
+            damage = readContent(data_, item, ignored).fault;
         if (!damage.empty() && !options_.keepDamaged)
             return damage;
         return copyTo(target, item, damage, bytes);

@@ -1,7 +1,7 @@
 // extraction.h - `quillbox-set extract`: writes items of a set into a folder of the host, never outside of it.
 #pragma once
 
-#include "listed_set.h"
+#include "archive/listed_set.h"
 
 #include "database_formats/database_format.h"
 
@@ -22,6 +22,6 @@ struct ExtractionOptions {
 };
 
 // The folder is the root of the name space. Prints what became of each item. Returns the exit code.
-int extractItems(ListedSet& set, const MountedSet& files, const ExtractionOptions& options);
+int extractItems(archive::ListedSet& set, const archive::MountedSet& files, const ExtractionOptions& options);
 
 }  // namespace quillbox_set

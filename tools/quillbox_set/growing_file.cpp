@@ -6,6 +6,8 @@
 
 namespace quillbox_set {
 
+using namespace archive;
+
 namespace {
 
 // Makes the missing folders of the path and returns them. A folder that can't be made is no error here: the opening of

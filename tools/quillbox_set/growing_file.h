@@ -6,7 +6,7 @@
 // quillbox-device writes to paths that the user gives, so it uses the host's calls and follows links.
 #pragma once
 
-#include "set_files.h"
+#include "archive/set_files.h"
 
 #include <cstddef>
 #include <span>
@@ -42,7 +42,7 @@ public:
 private:
     std::u16string path_;  // empty without a file, and after moveTo
     std::vector<std::u16string> madeFolders_;
-    OpenFile file_;
+    archive::OpenFile file_;
     DWORD error_;
     std::uint64_t bytes_ = 0;
 };

@@ -1,7 +1,6 @@
 #include "item_inside.h"
 
-#include "image_check.h"
-#include "registry_check.h"
+#include "archive/item_content.h"
 #include "screen_text/screen_text.h"
 
 #include "text/host_name.h"
@@ -9,6 +8,8 @@
 #include <cstdio>
 
 namespace quillbox_set {
+
+using namespace archive;
 
 using screen_text::counted;
 using screen_text::onScreen;
@@ -31,7 +32,7 @@ std::string sortText(const SORTORDERSPEC& order)
     return text;
 }
 
-ItemInside insideOf(const ImageReport& image)
+ItemInside insideOfDatabase(const ImageReport& image)
 {
     ItemInside inside{"", nullptr, image.fault};
     if (!image.hasHead())
@@ -48,7 +49,7 @@ ItemInside insideOf(const ImageReport& image)
     return inside;
 }
 
-ItemInside insideOf(const RegistryReport& registry)
+ItemInside insideOfRegistry(const ContentReport& registry)
 {
     if (!registry.fault.empty())
         return {"", nullptr, registry.fault};
@@ -62,10 +63,11 @@ ItemInside insideOf(const RegistryReport& registry)
 ItemInside lookInside(const OpenFile& data, const Item& item)
 {
     ItemInside inside{"", nullptr, ""};
-    if (item.isDatabase())
-        inside = insideOf(checkImage(data, item.entry));
-    else if (item.isRegistry())
-        inside = insideOf(checkRegistry(data, item.entry));
+    if (!item.isDatabase() && !item.isRegistry())
+        return inside;
+    ContentSink ignored;
+    const ContentReport content = readContent(data, item, ignored);
+    inside = item.isDatabase() ? insideOfDatabase(content.image) : insideOfRegistry(content);
     if (!inside.fault.empty())
         inside.text += (inside.text.empty() ? "damaged: " : "; damaged: ") + inside.fault;
     return inside;

@@ -1,7 +1,7 @@
 // item_inside.h - describes the content of a database or of the registry in a set.
 #pragma once
 
-#include "listed_set.h"
+#include "archive/listed_set.h"
 
 #include <nlohmann/json.hpp>
 
@@ -17,6 +17,6 @@ struct ItemInside {
 };
 
 // Unpacks the item.
-ItemInside lookInside(const OpenFile& data, const Item& item);
+ItemInside lookInside(const archive::OpenFile& data, const archive::Item& item);
 
 }  // namespace quillbox_set

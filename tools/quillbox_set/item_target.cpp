@@ -4,6 +4,8 @@
 
 namespace quillbox_set {
 
+using namespace archive;
+
 namespace {
 
 bool isSafe(char16_t unit)

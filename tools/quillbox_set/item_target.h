@@ -1,7 +1,7 @@
 // item_target.h - the path of the file that an item is extracted to.
 #pragma once
 
-#include "listed_set.h"
+#include "archive/listed_set.h"
 
 #include "database_formats/database_format.h"
 
@@ -14,7 +14,7 @@ namespace quillbox_set {
 // A path below the root. A file has its own name. A database has the extension of the format, such as NAME.jsonl, and
 // each character that no file's name can contain is replaced. The registry is registry.reg. Without a format, the files
 // have the bytes of the items in the set: NAME.CDB and registry.reg-image. The name isn't checked.
-std::u16string targetOf(const Item& item, std::optional<database_formats::Format> format);
+std::u16string targetOf(const archive::Item& item, std::optional<database_formats::Format> format);
 
 // True if `path` is this folder of the root, or in it.
 bool leadsInto(std::u16string_view path, std::u16string_view folder);

@@ -1,20 +1,24 @@
 #include "listing.h"
 
+#include "archive/item_content.h"
 #include "exit_code.h"
 #include "item_inside.h"
 #include "json_list.h"
 #include "screen_text/screen_text.h"
-#include "set/stream_decoding.h"
+
 #include "text/host_name.h"
 
 #include "ce/file.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <iostream>
 #include <optional>
 
 namespace quillbox_set {
 
+using namespace archive;
 using screen_text::linesOnScreen;
 using screen_text::onScreen;
 
@@ -22,100 +26,132 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// What unpacking an item showed. Empty unless the options ask for it.
+// What is printed about an item.
 // NOLINTNEXTLINE(bugprone-exception-escape): no move of these members throws
-struct Unpacked {
-    std::optional<std::uint64_t> bytes;  // nothing if the stream is damaged
+struct Row {
+    std::string kind;
+    std::u16string name;
+    DWORD packedBytes = 0;
+    std::optional<std::uint64_t> bytes;  // nothing if the stream is damaged, and unless the options ask for it
     ItemInside inside;
     bool isWhole = true;
 };
 
-BOOL addUp(const BYTE*, DWORD bytes, void* total)
-{
-    *static_cast<std::uint64_t*>(total) += bytes;
-    return TRUE;
-}
-
 std::optional<std::uint64_t> unpackedBytes(const OpenFile& data, const Item& item)
 {
-    std::uint64_t total = 0;
-    if (DecodeStream(data.handle(), item.entry.startOffset, item.entry.endOffset, addUp, &total) != StreamFault::None)
-        return std::nullopt;
-    return total;
+    Item asFile = item;  // its bytes count, not what they mean
+    asFile.entry.kind = ItemKindFile;
+    ContentSink ignored;
+    const ContentReport content = readContent(data, asFile, ignored);
+    return content.fault.empty() ? std::optional(content.bytes) : std::nullopt;
 }
 
-Unpacked unpack(const OpenFile& data, const Item& item, const ListingOptions& options)
+Row rowOf(const OpenFile& data, const Item& item, const ListingOptions& options)
 {
-    Unpacked unpacked;
+    Row row{item.kindText(), std::u16string(item.shownName()), item.packedBytes(), {}, {}, true};
     if (options.sizes) {
-        unpacked.bytes = unpackedBytes(data, item);
-        unpacked.isWhole = unpacked.bytes.has_value();
+        row.bytes = unpackedBytes(data, item);
+        row.isWhole = row.bytes.has_value();
     }
-    if (options.inside) {
-        unpacked.inside = lookInside(data, item);
-        unpacked.isWhole &= unpacked.inside.fault.empty();
+    if (options.inside && (item.isDatabase() || item.isRegistry())) {
+        row.inside = lookInside(data, item);
+        row.isWhole &= row.inside.fault.empty();
     }
-    return unpacked;
+    return row;
 }
 
-// One row of the table. `bytes`: the text in the column of unpacked sizes, which only --sizes prints.
-void printRow(const std::string& kind, const std::string& packedBytes, const std::string& bytes,
-              const std::string& name, const ListingOptions& options)
+// An empty item has no ratio.
+std::string ratioOf(const Row& row)
+{
+    if (row.bytes.value_or(0) == 0)
+        return "-";
+    const double percent = 100.0 * row.packedBytes / static_cast<double>(*row.bytes);
+    char text[32];
+    (void)std::snprintf(text, sizeof text, "%.0f %%", percent);
+    return text;
+}
+
+// One row of the table. `bytes` and `ratio` are printed only if the options ask for them.
+void printCells(const std::string& kind, const std::string& packedBytes, const std::string& bytes,
+                const std::string& ratio, const std::string& name, const ListingOptions& options)
 {
     std::printf("%-8s %12s ", kind.c_str(), packedBytes.c_str());
     if (options.sizes)
         std::printf("%12s ", bytes.c_str());
+    if (options.ratios)
+        std::printf("%7s ", ratio.c_str());
     std::printf("%s\n", name.c_str());
 }
 
-void printItem(const Item& item, const Unpacked& unpacked, const ListingOptions& options)
+void printRow(const Row& row, const ListingOptions& options)
 {
-    printRow(item.kindText(), std::to_string(item.packedBytes()),
-             unpacked.bytes ? std::to_string(*unpacked.bytes) : "damaged", onScreen(item.shownName()), options);
-    if (!unpacked.inside.text.empty())
-        std::printf("    %s\n", unpacked.inside.text.c_str());
+    printCells(row.kind, std::to_string(row.packedBytes), row.bytes ? std::to_string(*row.bytes) : "damaged",
+               ratioOf(row), onScreen(row.name), options);
+    if (!row.inside.text.empty())
+        std::printf("    %s\n", row.inside.text.c_str());
 }
 
-Json jsonOf(const Item& item, const Unpacked& unpacked, const ListingOptions& options)
+Json jsonOf(const Row& row, const ListingOptions& options)
 {
-    Json json = {{"kind", item.kindText()},
-                 {"name", platform::text::toUtf8(item.shownName())},
-                 {"packedBytes", item.packedBytes()}};
+    Json json = {{"kind", row.kind}, {"name", platform::text::toUtf8(row.name)}, {"packedBytes", row.packedBytes}};
     if (options.sizes)
-        json["bytes"] = unpacked.bytes ? Json(*unpacked.bytes) : Json(nullptr);
-    if (options.inside && (item.isDatabase() || item.isRegistry()))
-        json["inside"] = unpacked.inside.json;
-    if (!unpacked.inside.fault.empty())
-        json["fault"] = unpacked.inside.fault;
+        json["bytes"] = row.bytes ? Json(*row.bytes) : Json(nullptr);
+    if (options.ratios)
+        json["ratio"] = row.bytes.value_or(0) != 0 ? Json(row.packedBytes / static_cast<double>(*row.bytes)) : Json();
+    if (!row.inside.text.empty())
+        json["inside"] = row.inside.json;
+    if (!row.inside.fault.empty())
+        json["fault"] = row.inside.fault;
     return json;
 }
 
-// Both return whether everything that was unpacked is whole.
+// Equal items stay in the order of the set.
+void sortRows(std::vector<Row>& rows, ListOrder order)
+{
+    if (order == ListOrder::ByName)
+        std::ranges::stable_sort(rows, {}, &Row::name);
+    else if (order == ListOrder::BySize)
+        std::ranges::stable_sort(rows, std::greater(), [](const Row& row) { return row.bytes.value_or(0); });
+    else
+        std::ranges::stable_sort(rows, std::greater(), &Row::packedBytes);
+}
+
+// Calls print(row) for each item, in the order that the options ask for. Returns whether everything that was unpacked
+// is whole.
+template <class Print>
+bool forEachRow(ListedSet& set, const OpenFile& data, const ListingOptions& options, const Print& print)
+{
+    bool whole = true;
+    std::vector<Row> kept;
+    Item item;
+    while (set.next(item)) {
+        Row row = rowOf(data, item, options);
+        whole &= row.isWhole;
+        if (options.order == ListOrder::OfSet)
+            print(row);
+        else
+            kept.push_back(std::move(row));
+    }
+    sortRows(kept, options.order);
+    std::ranges::for_each(kept, print);
+    return whole;
+}
+
 bool printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     std::printf("%s\n", linesOnScreen(set.comment(), "").c_str());
-    printRow("Kind", "Packed bytes", "Bytes", "Name", options);
-    bool whole = true;
-    Item item;
-    while (set.next(item)) {
-        const Unpacked unpacked = unpack(data, item, options);
-        printItem(item, unpacked, options);
-        whole &= unpacked.isWhole;
-    }
-    return whole;
+    printCells("Kind", "Packed bytes", "Bytes", "Ratio", "Name", options);
+    return forEachRow(set, data, options, [&](const Row& row) { printRow(row, options); });
 }
 
 bool printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     JsonList list({{"comment", platform::text::toUtf8(set.comment())}}, "items");
-    bool whole = true;
     std::uint64_t items = 0;
-    Item item;
-    for (; set.next(item); items++) {
-        const Unpacked unpacked = unpack(data, item, options);
-        list.add(jsonOf(item, unpacked, options));
-        whole &= unpacked.isWhole;
-    }
+    const bool whole = forEachRow(set, data, options, [&](const Row& row) {
+        list.add(jsonOf(row, options));
+        items++;
+    });
     list.end({{"count", items}});
     return whole;
 }

@@ -6,6 +6,8 @@
 
 namespace quillbox_set {
 
+using namespace archive;
+
 namespace {
 
 // Makes the bytes from `start` to before `end` the ones that the reader reads next. They are all that it can read.

@@ -1,8 +1,8 @@
 // unpacked_image.h - unpacks the image of a database to a temporary file, so that its records can be read in any order.
 #pragma once
 
+#include "archive/image_check.h"
 #include "growing_file.h"
-#include "image_check.h"
 #include "set/image_reader.h"
 
 #include <memory>
@@ -37,7 +37,7 @@ class UnpackedImage {
 public:
     // Unpacks the stream as far as possible into a file in the root. The destructor deletes the file. `image` is the
     // result of checkImage for the same entry.
-    UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image);
+    UnpackedImage(const archive::OpenFile& data, const ListEntry& entry, const archive::ImageReport& image);
 
     // The error of the unpacking.
     DWORD error() const { return file_.error(); }
@@ -46,7 +46,7 @@ public:
     [[nodiscard]] bool read(std::size_t first, std::size_t end, ImageRecords& records);
 
 private:
-    const ImageReport& image_;
+    const archive::ImageReport& image_;
     GrowingFile file_;
     std::unique_ptr<ImageReader> reader_;
 };

@@ -1,11 +1,14 @@
-// verification.h - `quillbox-set verify`: checks that a set complies with docs/format.md.
+// verification.h - `quillbox-set verify`.
 #pragma once
 
-#include "listed_set.h"
+#include "archive/set_search.h"
 
 namespace quillbox_set {
 
 // Prints each fault with its item, and a summary. Returns the exit code.
-int verifySet(ListedSet& set, const MountedSet& files, bool json);
+int verifySet(const archive::SetFiles& files, bool json);
+
+// The same for several sets: each fault with its set, and a line for each set. JSON is one object a line.
+int verifySets(const archive::FoundSets& found, bool json);
 
 }  // namespace quillbox_set

@@ -1,4 +1,4 @@
-#include "set_files.h"
+#include "archive/set_files.h"
 
 #include "file/name_space.h"
 #include "host/files.h"
@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <utility>
 
-namespace quillbox_set {
+namespace archive {
 
 namespace {
 
@@ -21,6 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view listEnding = "QLT";
 constexpr std::string_view dataEnding = "QDT";
+constexpr std::string_view sumEnding = "SUM";
 
 bool endsIn(std::string_view name, std::string_view ending)
 {
@@ -65,8 +66,12 @@ std::optional<SetFiles> filesOf(const fs::path& list)
     if (error || !fs::is_regular_file(real, error) || !isListFile(real.filename().string()))
         return std::nullopt;
     const std::string name = real.filename().string();
-    const std::string data = withEnding(name, dataEnding);
-    return SetFiles{real.parent_path().string(), name, nameIn(real.parent_path(), data).value_or(data)};
+    const fs::path home = real.parent_path();
+    const auto beside = [&](std::string_view ending) {
+        const std::string wanted = withEnding(name, ending);
+        return nameIn(home, wanted).value_or(wanted);
+    };
+    return SetFiles{home.string(), name, beside(dataEnding), beside(sumEnding)};
 }
 
 int openFolder(const std::string& path)
@@ -109,10 +114,16 @@ std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& roo
     const std::u16string folder = u"\\" + set.folder + u"\\";
     set.listPath = folder + platform::text::toDeviceName(files.listName);
     set.dataPath = folder + platform::text::toDeviceName(files.dataName);
+    set.sumPath = folder + platform::text::toDeviceName(files.sumName);
     if (!addMount({u"", openFolder(root), false, std::nullopt}) ||
         !addMount({set.folder, openFolder(files.folder), false, std::nullopt}))
         return std::nullopt;
     return set;
+}
+
+SetMount::~SetMount()
+{
+    platform::file::removeAllMounts();
 }
 
 OpenFile::OpenFile(const std::u16string& path, DWORD access, DWORD creation)
@@ -152,4 +163,4 @@ bool OpenFile::close()
     return !isOpen() || CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE));
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

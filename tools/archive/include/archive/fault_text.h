@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace quillbox_set {
+namespace archive {
 
 // One message for each bit of `faults` (see ListFault). `text` names the text with the faults: "the comment", "its
 // name".
@@ -19,4 +19,4 @@ std::string streamFaultText(StreamFault fault);
 // What the error of the platform means for an extraction.
 std::string errorText(DWORD error);
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -7,12 +7,13 @@
 #include <string>
 #include <string_view>
 
-namespace quillbox_set {
+namespace archive {
 
 struct SetFiles {
     std::string folder;    // on the host
     std::string listName;  // name in the folder
     std::string dataName;
+    std::string sumName;  // of the file with the checksums (seal.h), which need not exist
 };
 
 bool isSameWithoutCase(std::string_view left, std::string_view right);
@@ -33,11 +34,27 @@ struct MountedSet {
     std::u16string folder;  // name of the set's folder in the root, from unguessableName()
     std::u16string listPath;
     std::u16string dataPath;
+    std::u16string sumPath;
 };
 
 // Makes the host's folder `root` the root of the name space, and mounts the set's folder in it. Nothing if a folder
 // can't be opened, or a file's name can't be a name on a device.
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
+
+// Mounts a set as mountSet() does. The destructor removes all mounts, so there is one object at a time.
+class SetMount {
+public:
+    SetMount(const SetFiles& files, const std::string& root) : set_(mountSet(files, root)) {}
+    SetMount(const SetMount&) = delete;
+    SetMount& operator=(const SetMount&) = delete;
+    ~SetMount();
+
+    explicit operator bool() const { return set_.has_value(); }
+    const MountedSet& operator*() const { return *set_; }
+
+private:
+    std::optional<MountedSet> set_;
+};
 
 // An open file of the name space. The destructor closes it.
 class OpenFile {
@@ -56,4 +73,4 @@ private:
     HANDLE handle_;
 };
 
-}  // namespace quillbox_set
+}  // namespace archive

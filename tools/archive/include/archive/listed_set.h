@@ -1,13 +1,13 @@
 // listed_set.h - reads the list of a set item by item, so the memory doesn't grow with the number of items.
 #pragma once
 
+#include "archive/set_files.h"
 #include "set/list_reader.h"
-#include "set_files.h"
 
 #include <memory>
 #include <string>
 
-namespace quillbox_set {
+namespace archive {
 
 struct Item {
     std::uint64_t number;  // from 1
@@ -30,6 +30,10 @@ struct Item {
     // The size of the stream, computed from the offsets. 0 if they are invalid.
     DWORD packedBytes() const;
 };
+
+// The name of an item, or a pattern, as the user typed it. A slash counts as a backslash, because it is easier to type
+// in a shell, and no name contains a slash.
+std::u16string nameFromUser(const std::string& typed);
 
 class ListedSet {
 public:
@@ -54,4 +58,4 @@ private:
     std::uint64_t items_ = 0;
 };
 
-}  // namespace quillbox_set
+}  // namespace archive

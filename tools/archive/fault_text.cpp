@@ -1,11 +1,11 @@
-#include "fault_text.h"
+#include "archive/fault_text.h"
 
 #include "kernel/error_reason.h"
 #include "set/list_reader.h"
 
 #include "ce/error.h"
 
-namespace quillbox_set {
+namespace archive {
 
 std::vector<std::string> listFaultTexts(DWORD faults, const std::string& text)
 {
@@ -74,4 +74,4 @@ std::string errorText(DWORD error)
     }
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,11 +1,13 @@
-#include "unpacked_stream.h"
+#include "archive/unpacked_stream.h"
+
+#include "archive/long_work.h"
 
 #include "ce/file.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace quillbox_set {
+namespace archive {
 
 namespace {
 
@@ -74,6 +76,7 @@ void UnpackedStream::take(std::size_t bytes)
 
 void UnpackedStream::nextBlock()
 {
+    checkStop();
     next_ = 0;
     filled_ = 0;
     const StreamBlock block = ReadBlock(reader_);
@@ -86,4 +89,4 @@ void UnpackedStream::nextBlock()
         fault_ = StreamFault::BytesBehindEnd;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

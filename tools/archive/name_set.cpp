@@ -1,8 +1,8 @@
-#include "name_set.h"
+#include "archive/name_set.h"
 
 #include <functional>
 
-namespace quillbox_set {
+namespace archive {
 
 // The halves come from two unrelated functions: the library's hash, and FNV-1a over the characters.
 NameSet::Hash::Hash(BYTE kind, std::u16string_view name)
@@ -12,4 +12,4 @@ NameSet::Hash::Hash(BYTE kind, std::u16string_view name)
         second = (second ^ unit) * 0x100000001B3;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

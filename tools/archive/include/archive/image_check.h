@@ -4,14 +4,15 @@
 // A restore reads a damaged image as far as possible (image_reader.h). This check names what is wrong with it.
 #pragma once
 
-#include "unpacked_stream.h"
+#include "archive/unpacked_stream.h"
 
 #include "ce/store.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
-namespace quillbox_set {
+namespace archive {
 
 struct ImageReport {
     std::u16string name;  // of the database, from the head of the image
@@ -31,10 +32,25 @@ struct ImageReport {
     bool hasHead() const { return !ends.empty(); }
 };
 
-// Reads the stream to its end.
-ImageReport checkImage(const OpenFile& data, const ListEntry& entry);
+// Receives the content of an image while it is checked.
+class RecordSink {
+public:
+    RecordSink() = default;
+    RecordSink(const RecordSink&) = delete;
+    RecordSink& operator=(const RecordSink&) = delete;
+    virtual ~RecordSink() = default;
+
+    // The head has been read. The report has no records yet.
+    virtual void head(const ImageReport& /*image*/) {}
+    // A complete record of at most MaxRecordContent, the last one of the database first. `number` is from 1. Its texts
+    // and blobs are valid only during the call.
+    virtual void record(unsigned /*number*/, std::span<const CEPROPVAL> /*properties*/) {}
+};
+
+// Reads the stream to its end. `sink` may be null.
+ImageReport checkImage(const OpenFile& data, const ListEntry& entry, RecordSink* sink = nullptr);
 
 // What isn't a fault, but can surprise a user who restores the item of this name.
 std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_view itemName);
 
-}  // namespace quillbox_set
+}  // namespace archive

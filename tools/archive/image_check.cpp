@@ -1,6 +1,6 @@
-#include "image_check.h"
+#include "archive/image_check.h"
 
-#include "fault_text.h"
+#include "archive/fault_text.h"
 #include "screen_text/screen_text.h"
 
 #include "text/case_folding.h"
@@ -9,8 +9,10 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
+#include <utility>
 
-namespace quillbox_set {
+namespace archive {
 
 using screen_text::counted;
 using screen_text::onScreen;
@@ -19,21 +21,64 @@ namespace {
 
 constexpr std::size_t pieceUnits = 2048;
 
+// The properties of one record, with what their texts and blobs point to.
+class KeptRecord {
+public:
+    void clear()
+    {
+        properties_.clear();
+        texts_.clear();
+        blobs_.clear();
+        text_.clear();
+        blob_.clear();
+    }
+    void addToText(std::span<const char16_t> units) { text_.append(units.data(), units.size()); }
+    void addToBlob(std::span<const std::byte> bytes) { blob_.insert(blob_.end(), bytes.begin(), bytes.end()); }
+
+    // A text or blob is what was added since the last property.
+    void add(CEPROPVAL property)
+    {
+        if (LOWORD(property.propid) == CEVT_LPWSTR)
+            property.val.lpwstr = texts_.emplace_back(std::exchange(text_, {})).data();
+        if (LOWORD(property.propid) == CEVT_BLOB) {
+            auto& blob = blobs_.emplace_back(std::exchange(blob_, {}));
+            property.val.blob = {static_cast<DWORD>(blob.size()), reinterpret_cast<BYTE*>(blob.data())};
+        }
+        properties_.push_back(property);
+    }
+
+    std::span<const CEPROPVAL> properties() const { return properties_; }
+
+private:
+    std::vector<CEPROPVAL> properties_;
+    std::deque<std::u16string> texts_;
+    std::deque<std::vector<std::byte>> blobs_;
+    std::u16string text_;
+    std::vector<std::byte> blob_;
+};
+
 class ImageCheck {
 public:
-    ImageCheck(UnpackedStream& stream, ImageReport& report) : stream_(stream), report_(report) {}
+    ImageCheck(UnpackedStream& stream, ImageReport& report, RecordSink* sink)
+        : stream_(stream), report_(report), sink_(sink)
+    {
+    }
 
     void run()
     {
         if (!takeHead())
             return noteFault("its image ends before its first record");
         report_.ends.push_back(stream_.taken());
+        if (sink_)
+            sink_->head(report_);
         while (record_ < report_.records) {
             record_++;
             if (!takeRecord())
                 return noteFault("its image ends inside record " + std::to_string(record_) + " of " +
                                  std::to_string(report_.records));
             report_.ends.push_back(stream_.taken());
+            if (sink_ && content_ <= MaxRecordContent)
+                sink_->record(record_, kept_.properties());
         }
         const std::uint64_t whole = stream_.taken();
         (void)stream_.finish();
@@ -110,10 +155,13 @@ private:
             return false;
         report_.emptyRecords = static_cast<WORD>(report_.emptyRecords + (properties == 0 ? 1 : 0));
         content_ = 0;
+        kept_.clear();
         for (; properties > 0; properties--) {
-            CEPROPID id = 0;
-            if (!take(id) || !takeValue(LOWORD(id)) || !stream_.skip(sizeof(WORD)))
+            CEPROPVAL property{};
+            if (!take(property.propid) || !takeValue(property) || !take(property.wFlags))
                 return false;
+            if (sink_)
+                kept_.add(property);
         }
         if (content_ > MaxRecordContent && report_.tooLarge == 0) {
             report_.tooLarge = record_;
@@ -123,67 +171,84 @@ private:
         return true;
     }
 
-    bool takeValue(WORD type)
+    bool takeValue(CEPROPVAL& property)
     {
         DWORD bytes = 0;
-        switch (type) {
+        switch (LOWORD(property.propid)) {
         case CEVT_I2:
         case CEVT_UI2:
-            return stream_.skip(sizeof(SHORT));
+            return take(property.val.iVal);
         case CEVT_I4:
         case CEVT_UI4:
-            return stream_.skip(sizeof(LONG));
+            return take(property.val.lVal);
         case CEVT_FILETIME:
-            return stream_.skip(sizeof(FILETIME));
+            return take(property.val.filetime);
         case CEVT_BLOB:
+            return take(bytes) && takeBlob(bytes);
         case CEVT_LPWSTR:
-            return take(bytes) && takeSizedValue(type, bytes);
+            return take(bytes) && takeText(bytes);
         default:
             return true;
         }
     }
 
-    bool takeSizedValue(WORD type, DWORD bytes)
+    // Whether the record is passed on, as far as it has been read.
+    bool isKept() const { return sink_ && content_ <= MaxRecordContent; }
+
+    bool takeBlob(DWORD bytes)
     {
-        const bool isText = type == CEVT_LPWSTR;
-        content_ += isText ? std::max<DWORD>(bytes, sizeof(WCHAR)) - sizeof(WCHAR) : bytes;
-        return isText ? takeText(bytes) : stream_.skip(bytes);
+        content_ += bytes;
+        if (!isKept())
+            return stream_.skip(bytes);
+        std::array<std::byte, pieceUnits> piece{};
+        for (std::size_t left = bytes; left > 0;) {
+            const auto part = std::span(piece).first(std::min(left, piece.size()));
+            if (stream_.read(part) != part.size())
+                return false;
+            kept_.addToBlob(part);
+            left -= part.size();
+        }
+        return true;
     }
 
     bool takeText(DWORD bytes)
     {
-        if (bytes % sizeof(char16_t) != 0 || bytes == 0) {
+        content_ += std::max<DWORD>(bytes, sizeof(WCHAR)) - sizeof(WCHAR);
+        if (bytes % sizeof(char16_t) != 0 || bytes == 0)
             noteFaultOfText("has a size of " + counted(bytes, "byte"));
-            return stream_.skip(bytes);
-        }
         std::array<char16_t, pieceUnits> units{};
         for (std::size_t left = bytes / sizeof(char16_t); left > 0;) {
             const auto piece = std::span(units).first(std::min(left, units.size()));
             if (stream_.read(std::as_writable_bytes(piece)) != piece.size_bytes())
                 return false;
             left -= piece.size();
-            const auto text = left == 0 ? piece.first(piece.size() - 1) : piece;
-            if (left == 0 && piece.back() != 0)
+            const bool closes = left == 0 && bytes % sizeof(char16_t) == 0;
+            const auto text = closes ? piece.first(piece.size() - 1) : piece;
+            if (closes && piece.back() != 0)
                 noteFaultOfText("has no closing NUL");
             else if (std::ranges::find(text, u'\0') != text.end())
                 noteFaultOfText("has a NUL before its end");
+            if (isKept())
+                kept_.addToText(piece);
         }
-        return true;
+        return stream_.skip(bytes % sizeof(char16_t));
     }
 
     UnpackedStream& stream_;
     ImageReport& report_;
     unsigned record_ = 0;
+    RecordSink* sink_;
+    KeptRecord kept_;            // the current record, if there is a sink
     std::uint64_t content_ = 0;  // number of bytes in the texts and blobs of the record
 };
 
 }  // namespace
 
-ImageReport checkImage(const OpenFile& data, const ListEntry& entry)
+ImageReport checkImage(const OpenFile& data, const ListEntry& entry, RecordSink* sink)
 {
     ImageReport report;
     UnpackedStream stream(data, entry);
-    ImageCheck(stream, report).run();
+    ImageCheck(stream, report, sink).run();
     // A damaged stream also makes the image incomplete. The fault of the stream is the cause, so it counts.
     if (const StreamFault fault = stream.finish(); fault != StreamFault::None)
         report.fault = streamFaultText(fault);
@@ -209,4 +274,4 @@ std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_
     return warnings;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

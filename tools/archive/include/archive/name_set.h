@@ -7,7 +7,7 @@
 #include <string_view>
 #include <unordered_set>
 
-namespace quillbox_set {
+namespace archive {
 
 // Keeps a hash of 128 bits instead of each name. A name takes about 45 bytes of memory, however long it is. Two names
 // with the same hash would count as one name, but 128 bits make that too unlikely to happen by chance.
@@ -33,4 +33,4 @@ private:
     std::unordered_set<Hash, FirstHalf> hashes_;
 };
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,10 +1,15 @@
-#include "listed_set.h"
+#include "archive/listed_set.h"
 
+#include "archive/long_work.h"
 #include "screen_text/screen_text.h"
+
+#include "text/host_name.h"
 
 #include "ce/file.h"
 
-namespace quillbox_set {
+#include <algorithm>
+
+namespace archive {
 
 std::string Item::kindText() const
 {
@@ -21,6 +26,13 @@ DWORD Item::packedBytes() const
     return entry.endOffset > entry.startOffset ? entry.endOffset - entry.startOffset : 0;
 }
 
+std::u16string nameFromUser(const std::string& typed)
+{
+    std::u16string name = platform::text::fromUtf8(typed);
+    std::ranges::replace(name, u'/', u'\\');
+    return name;
+}
+
 ListedSet::ListedSet(const MountedSet& set)
     : list_(set.listPath, GENERIC_READ, OPEN_EXISTING), reader_(std::make_unique<ListReader>())
 {
@@ -31,10 +43,11 @@ ListedSet::ListedSet(const MountedSet& set)
 
 bool ListedSet::next(Item& item)
 {
+    checkStop();
     if (!ReadListEntry(*reader_, item.entry))
         return false;
     item.number = ++items_;
     return true;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -3,14 +3,14 @@
 // Uses the static buffers of compressed_stream.h. So only one stream can be read at a time.
 #pragma once
 
-#include "listed_set.h"
+#include "archive/listed_set.h"
 #include "set/stream_decoding.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <span>
 
-namespace quillbox_set {
+namespace archive {
 
 class UnpackedStream {
 public:
@@ -39,4 +39,4 @@ private:
     std::uint64_t taken_ = 0;
 };
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,11 +1,11 @@
-// set_folder.h - finds and lists the sets in a folder.
+// set_folder.h - finds the sets in a folder.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace quillbox_set {
+namespace archive {
 
 struct SetFolder {
     std::string path;
@@ -13,14 +13,17 @@ struct SetFolder {
     bool readFailed = false;         // the folder may have more sets
 };
 
+// The sets in the folder itself.
+SetFolder listsIn(const std::string& folder);
+
 // The sets in the folder. If it has none: the sets in its subfolder QUILBOX. Nothing if `argument` isn't a folder.
 std::optional<SetFolder> findSets(const std::string& argument);
 
-// Prints the path of the list file and the first line of the comment for each set. Returns the exit code.
-int listSets(const SetFolder& folder, bool json);
+// The message for a folder without sets. It is safe to print.
+std::string noSetIn(const SetFolder& folder);
 
 // The message for a user who named a folder where a set is needed: "/card/QUILBOX is a folder; name one of its sets:
 // QLBX0001.QLT, QLBX0002.QLT". It is safe to print.
 std::string setIsWanted(const SetFolder& folder);
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,0 +1,78 @@
+#include "archive/set_folder.h"
+
+#include "archive/set_files.h"
+#include "screen_text/screen_text.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace archive {
+
+using screen_text::onScreen;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view FolderOfSets = "QUILBOX";
+constexpr std::size_t MostNamed = 10;  // in a sentence
+
+std::vector<std::string> namesIn(const fs::path& folder, bool& readFailed)
+{
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator();
+         entry.increment(error))
+        names.push_back(entry->path().filename().string());
+    readFailed = static_cast<bool>(error);
+    std::ranges::sort(names);
+    return names;
+}
+
+}  // namespace
+
+SetFolder listsIn(const std::string& folder)
+{
+    SetFolder found{folder, {}};
+    found.lists = namesIn(folder, found.readFailed);
+    std::erase_if(found.lists, [](const std::string& name) { return !isListFile(name); });
+    return found;
+}
+
+std::optional<SetFolder> findSets(const std::string& argument)
+{
+    std::error_code error;
+    if (!fs::is_directory(argument, error))
+        return std::nullopt;
+    SetFolder own = listsIn(argument);
+    if (!own.lists.empty())
+        return own;
+    for (const std::string& name : namesIn(argument, own.readFailed)) {
+        if (!isSameWithoutCase(name, FolderOfSets))
+            continue;
+        if (SetFolder inner = listsIn((fs::path(argument) / name).string()); inner.readFailed || !inner.lists.empty())
+            return inner;
+    }
+    return own;
+}
+
+std::string noSetIn(const SetFolder& folder)
+{
+    return (folder.readFailed ? "this folder couldn't be read to its end: " : "there is no set in the folder ") +
+           onScreen(folder.path);
+}
+
+std::string setIsWanted(const SetFolder& folder)
+{
+    if (folder.lists.empty())
+        return noSetIn(folder);
+    std::string sentence = onScreen(folder.path) + " is a folder; name one of its sets: ";
+    const std::size_t named = std::min(folder.lists.size(), MostNamed);
+    for (std::size_t at = 0; at < named; ++at)
+        sentence += (at == 0 ? "" : ", ") + onScreen(folder.lists[at]);
+    if (named < folder.lists.size())
+        sentence += " and " + std::to_string(folder.lists.size() - named) + " more";
+    return sentence;
+}
+
+}  // namespace archive

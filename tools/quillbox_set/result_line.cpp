@@ -1,0 +1,46 @@
+#include "result_line.h"
+
+#include "exit_code.h"
+
+#include <chrono>
+#include <iostream>
+
+namespace quillbox_set {
+
+namespace {
+
+constexpr auto BetweenFlushes = std::chrono::milliseconds(20);
+
+}
+
+nlohmann::ordered_json jsonText(std::string_view bytes)
+{
+    return std::string(bytes);
+}
+
+void printResult(bool json, const nlohmann::ordered_json& object, const std::string& text)
+{
+    using Json = nlohmann::ordered_json;
+    static std::chrono::steady_clock::time_point nextFlush;
+    std::cout << (json ? object.dump(-1, ' ', false, Json::error_handler_t::replace) : text) << '\n';
+    if (const auto now = std::chrono::steady_clock::now(); now >= nextFlush) {
+        std::cout.flush();
+        nextFlush = now + BetweenFlushes;
+    }
+}
+
+int reportTrouble(const std::string& text)
+{
+    std::cerr << "quillbox-set: " << text << "\n";
+    return exitNoSet;
+}
+
+int reportFaults(const archive::FoundSets& found)
+{
+    int code = exitGood;
+    for (const std::string& fault : found.faults)
+        code = reportTrouble(fault);
+    return code;
+}
+
+}  // namespace quillbox_set

@@ -1,0 +1,18 @@
+// single_item.h - `quillbox-set cat`: writes one item to standard output.
+#pragma once
+
+#include "archive/opened_set.h"
+
+#include "database_formats/database_format.h"
+
+#include <optional>
+#include <string>
+
+namespace quillbox_set {
+
+// `name` is the name of the item as in `list`, with / or \, or "registry". `format` is as in ExtractionOptions. A
+// database needs space for its image in the folder for temporary files. Returns the exit code. After damage, what comes
+// before it has been written.
+int writeItem(const archive::SetFiles& files, const std::string& name, std::optional<database_formats::Format> format);
+
+}  // namespace quillbox_set
