@@ -76,13 +76,6 @@ void ReportRunWithoutSet(const BackupRun& run, DWORD error)
     ReportNoSet(folder, error);
 }
 
-bool AskOverride(const WCHAR* listPath)
-{
-    WCHAR question[TextChars + MAX_PATH];
-    wsprintfW(question, LoadText(TextOverrideFormat, gTextA), listPath);
-    return MessageBoxW(gMainWindow, question, u"Info?", MB_YESNO | MB_DEFBUTTON2) == IDYES;
-}
-
 HANDLE CreateList(const WCHAR* path, DWORD creation, DWORD& error)
 {
     const HANDLE list = CreateFileW(path, GENERIC_WRITE, 0, nullptr, creation, 0, nullptr);
@@ -98,7 +91,7 @@ HANDLE OpenList(const WCHAR* path, DWORD& error)
     if (list != INVALID_HANDLE_VALUE)
         return list;
     SetCursor(nullptr);
-    if (AskOverride(path))
+    if (gRunQuestions.mayReplaceSet(path))
         list = CreateList(path, CREATE_ALWAYS, error);
     SetWaitCursor();
     return list;

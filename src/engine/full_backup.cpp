@@ -118,8 +118,8 @@ void ListAllNames(const ItemKind& kind, HWND progress)
 
 void ListAll(const ItemKind& kind)
 {
-    HWND progress =
-        ProgressOpen(LoadText(kind.listing, gTextA), LoadText(TextComputingList, gTextB), ListingRange, ListingStep);
+    HWND progress = gRunQuestions.openProgress(LoadText(kind.listing, gTextA), LoadText(TextComputingList, gTextB),
+                                               ListingRange, ListingStep);
     SetWaitCursor();
     if (kind.number == ItemKindFile)
         ListAllFiles(progress);

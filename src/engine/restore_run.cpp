@@ -125,10 +125,7 @@ bool UnpackToTemporaryFile(RestoreRun& run, const WCHAR* path)
 // The user can stop the run at the question, which is then a No to this file.
 bool AskReplace(const WCHAR* name)
 {
-    WCHAR question[TextChars + MAX_PATH];
-    wsprintfW(question, LoadText(TextFileExistsFormat, gTextA), name);
-    if (MessageBoxW(gMainWindow, question, LoadText(TextWarning, gTextB),
-                    MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2) == IDYES)
+    if (gRunQuestions.mayReplaceFile(name))
         return true;
     (void)StopsBefore(KindOf(ItemKindFile), name);
     return false;
@@ -284,7 +281,7 @@ void RestoreRegistry(RestoreRun& run)
     if (!copied)
         return;
     SetCursor(nullptr);
-    MessageBoxW(gMainWindow, LoadText(TextRegistryRestored, gTextA), LoadText(TextRestore, gTextB), MB_OK);
+    gRunQuestions.showRegistryRestored();
 }
 
 // The run.

@@ -17,7 +17,7 @@ HWND OpenRunProgress(UINT id, DWORD items)
     if (items == 0)
         return nullptr;
     const WCHAR* text = LoadText(id, gTextA);
-    return ProgressOpen(text, text, RunRange, RunRange / items);
+    return gRunQuestions.openProgress(text, text, RunRange, RunRange / items);
 }
 
 void ReportRunBegins(DWORD run, const WCHAR* listPath)

@@ -10,7 +10,6 @@
 #include "set/image_reader.h"
 #include "set/set_questions.h"
 
-#include "ce/dialog.h"
 #include "ce/file.h"
 #include "ce/memory.h"
 #include "ce/store.h"
@@ -52,12 +51,9 @@ CEOID FindDatabase(const WCHAR* name)
 bool MayReplace(const WCHAR* name)
 {
     SetCursor(nullptr);
-    WCHAR question[TextChars + NameChars];
-    wsprintfW(question, LoadText(TextDatabaseExistsFormat, gTextA), name);
-    const int answer = MessageBoxW(gMainWindow, question, LoadText(TextWarning, gTextB),
-                                   MB_YESNO | MB_ICONEXCLAMATION | MB_DEFBUTTON2);
+    const bool may = gRunQuestions.mayReplaceDatabase(name);
     SetWaitCursor();
-    return answer == IDYES;
+    return may;
 }
 
 // Asks the user if there is a database of this name that hasn't been asked for yet. RestoreDone if it may be replaced

@@ -14,6 +14,9 @@ void HandleAnswer(HWND dialog, UINT message, WPARAM wParam, void (*take)(HWND di
 // Width to which a list box of paths scrolls, in pixels: a path can be wider than the box.
 inline constexpr WPARAM PathListExtent = 300;
 
+// Lets the runs ask and show by the windows of the shell. run_windows.cpp
+void SetRunWindows();
+
 bool IsChecked(HWND dialog, int id);
 void SetCheck(HWND dialog, int id, bool checked);
 

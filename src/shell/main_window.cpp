@@ -236,6 +236,7 @@ int WinMain(HINSTANCE instance, HINSTANCE, WCHAR*, int)
     }
     RenewLists();
     SetDefaultOptions();
+    SetRunWindows();
     RegisterMainClass(instance);
     LookUpRegistryFileCalls();
     INITCOMMONCONTROLSEX classes = {sizeof classes,

@@ -71,10 +71,10 @@ TEST_F(BackupRunTest, TakenNumbersAreAskedAboutAndNoKeepsThem)
     writeOnCard("QLBX0003.QLT", "three");
     writeOnCard("BACKUP0002.LOG", "old");
     backUp();
-    EXPECT_EQ(gUser.shownWith(u"box "), Lines{u"Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260"});
+    EXPECT_EQ(gUser.shownWith(u"ask "), Lines{u"override \\Card\\QUILBOX\\QLBX0001.QLT"});
     gUser.shown.clear();
     backUp();
-    EXPECT_EQ(gUser.shownWith(u"box ").size(), 3U);
+    EXPECT_EQ(gUser.shownWith(u"ask ").size(), 3U);
     EXPECT_EQ(readOnCard("QLBX0001.QLT"), "one");
     EXPECT_EQ(readOnCard("QLBX0003.QLT"), "three");
     EXPECT_EQ(readOnCard("QLBX0002.QLT"), readOnCard("QLBX0004.QLT"));
@@ -90,7 +90,7 @@ TEST_F(BackupRunTest, NinetyNineRefusalsChangeNothing)
         writeOnCard((number < 10 ? "QLBX000" : "QLBX00") + std::to_string(number) + ".QLT", "kept");
     gOptions.generateLog = 1;
     backUp();
-    EXPECT_EQ(gUser.shownWith(u"box ").size(), 99U);
+    EXPECT_EQ(gUser.shownWith(u"ask ").size(), 99U);
     EXPECT_EQ(readOnCard("QLBX0099.QLT"), "kept");
     for (const auto& entry : std::filesystem::directory_iterator(set_))
         EXPECT_EQ(entry.path().extension(), ".QLT");
@@ -180,7 +180,7 @@ TEST_F(BackupRunTest, StreamThatAnEarlierRunLeftIsNeverTakenForAnItem)
         std::filesystem::remove(set_ / "BKTMP.000");
         writeOnCard("BKTMP.000", stream);
         std::filesystem::permissions(set_ / "BKTMP.000", static_cast<std::filesystem::perms>(permissions));
-        gUser.answers = {IDYES};
+        gUser.answers = {true};
         backUp();
         EXPECT_EQ(readOnCard("QLBX0001.QDT"), "") << permissions;
     }

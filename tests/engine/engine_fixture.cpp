@@ -54,6 +54,7 @@ EngineTest::EngineTest() : FileTest(memoryFolder())
     gOptions = {};
     gOptions.restoreMode = RestoreModeReplace;
     gUser = {};
+    answerRuns();
     gUser.choice = u"\\Card";
     RenewLists();
     card_ = addFolder(u"Card", true);

@@ -40,14 +40,14 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
 {
     struct Case {
         WORD mode;
-        int answer;
+        bool answer;
         const char* a;
         std::size_t questions;
     };
     writeSet(entryBytes(1, "\\a", 0, HelloBytes) + entryBytes(1, "\\folder\\b", 0, HelloBytes));
     for (const Case& c :
-         {Case{RestoreModeReplace, IDNO, "hello", 0}, Case{RestoreModeSkip, IDYES, "new", 0},
-          Case{RestoreModeAsk, IDYES, "hello", 1}, Case{RestoreModeAsk, IDNO, "new", 1}, Case{7, IDNO, "hello", 0}}) {
+         {Case{RestoreModeReplace, false, "hello", 0}, Case{RestoreModeSkip, true, "new", 0},
+          Case{RestoreModeAsk, true, "hello", 1}, Case{RestoreModeAsk, false, "new", 1}, Case{7, false, "hello", 0}}) {
         SCOPED_TRACE(c.mode);
         write("a", "new");
         removeAll("folder");
@@ -57,7 +57,7 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
         restore();
         EXPECT_EQ(read("a"), c.a);
         EXPECT_EQ(read("folder/b"), "hello");
-        EXPECT_EQ(gUser.shownWith(u"box "), Lines(c.questions, u"Warning|File:\\a exists replace ?|308"));
+        EXPECT_EQ(gUser.shownWith(u"ask "), Lines(c.questions, u"replace \\a"));
     }
     std::filesystem::remove(set_ / "QLBX0001.QDT");
     write("a", "new");
@@ -181,7 +181,7 @@ TEST_F(RestoreRunTest, StoppedRunKeepsWhatItHasDoneAndReportsTheRest)
     }
     EXPECT_EQ(stoppedAt(u"File: \\b", [] { backUp(); }), Lines{u"\\c"});
     EXPECT_EQ(stoppedAt(u"none", [] { backUp(); }), Lines{}) << "a later run isn't stopped";
-    EXPECT_EQ(gUser.shownWith(u"box Info?").size(), 1U) << "set 1 is complete";
+    EXPECT_EQ(gUser.shownWith(u"ask override").size(), 1U) << "set 1 is complete";
 
     for (const char* name : {"a", "b", "c"})
         write(name, "new");

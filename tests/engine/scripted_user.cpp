@@ -17,13 +17,10 @@ namespace {
 
 const std::map<UINT, std::u16string> Texts = {
     {114, u"File: %s"},
-    {115, u"File:%s exists replace ?"},
     {116, u"Restored: %d "},
     {117, u"Restoring Database(s)"},
     {118, u"Database: %s"},
     {119, u"Registry"},
-    {120, u"I have restored the registry"},
-    {121, u"Restore"},
     {122, u"No Backup File found"},
     {123, u"Select backup file"},
     {124, u"No item to backup!"},
@@ -31,15 +28,12 @@ const std::map<UINT, std::u16string> Texts = {
     {126, u"Main device"},
     {127, u"Select your storage"},
     {128, u"Backuping Files"},
-    {129, u"Override %s file"},
     {130, u"Backuped: %d"},
     {131, u"Databases "},
     {132, u"Construct File List"},
     {133, u"Construct Database List"},
     {134, u"Computing list to backup"},
-    {135, u"Database:%s exists replace ?"},
     {141, u"Restoring Files"},
-    {142, u"Warning"},
     {144, u"No Item to restore !"},
 };
 
@@ -56,6 +50,16 @@ DWORD noteIn(HWND progress, std::u16string line)
     if (progress == Window)
         note(std::move(line));
     return 1;
+}
+
+bool answerTo(const std::u16string& question)
+{
+    note(u"ask " + question);
+    if (gUser.answers.empty())
+        return false;
+    const bool yes = gUser.answers.front();
+    gUser.answers.erase(gUser.answers.begin());
+    return yes;
 }
 
 std::u16string number(unsigned value)
@@ -83,6 +87,16 @@ std::string ScriptedUser::transcript() const
     for (const std::u16string& line : shown)
         all += (all.empty() ? "" : "; ") + std::string(line.begin(), line.end());
     return all;
+}
+
+void answerRuns()
+{
+    gRunQuestions = {
+        .mayReplaceSet = [](const WCHAR* path) { return answerTo(u"override " + std::u16string(path)); },
+        .mayReplaceFile = [](const WCHAR* path) { return answerTo(u"replace " + std::u16string(path)); },
+        .mayReplaceDatabase = [](const WCHAR* name) { return answerTo(u"replace database " + std::u16string(name)); },
+        .showRegistryRestored = [] { note(u"registry restored"); },
+        .openProgress = ProgressOpen};
 }
 
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars])
@@ -161,11 +175,7 @@ DWORD ProgressClose(HWND progress)
 int MessageBoxW(HWND, const WCHAR* text, const WCHAR* caption, UINT type)
 {
     note(u"box " + std::u16string(caption ? caption : u"(none)") + u"|" + text + u"|" + number(type));
-    if (gUser.answers.empty())
-        return IDNO;
-    const int answer = gUser.answers.front();
-    gUser.answers.erase(gUser.answers.begin());
-    return answer;
+    return IDOK;
 }
 
 HCURSOR SetCursor(HCURSOR cursor)

@@ -12,11 +12,12 @@ struct ScriptedUser {
     std::u16string comment;                                  // typed into the backup dialogs
     bool confirms = true;                                    // OK in the backup and restore dialogs
     std::u16string choice;                                   // row of a chooser; empty: none is chosen
-    std::vector<int> answers;                                // to message boxes; later ones get IDNO
+    std::vector<bool> answers;                               // to questions; later ones get No
     std::function<void(const std::u16string&)> seesMessage;  // called with each progress message
     std::function<void()> seesCount;                         // called with each counter
 
-    std::vector<std::u16string> shown;  // "box caption|text|type", "choose prompt|row|row", "open title|range|step",
+    std::vector<std::u16string> shown;  // "ask question", "box caption|text|type", "choose prompt|row|row",
+                                        // "registry restored", "open title|range|step",
                                         // "dialog kind", "message ...", "step", "animate", "close"
     // Whether `shown` also has "count ...", without repetitions, and changes of the cursor, "wait" and "no wait".
     bool notesAll = false;
@@ -27,3 +28,6 @@ struct ScriptedUser {
 };
 
 extern ScriptedUser gUser;
+
+// Lets the user answer what the runs ask.
+void answerRuns();

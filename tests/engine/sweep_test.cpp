@@ -246,7 +246,7 @@ protected:
                 continue;
             }
             // A user who is asked about a file that may exist, and says No, needs no report.
-            const bool asked = !gUser.shownWith(u"box Warning|File:" + devicePath(name)).empty();
+            const bool asked = !gUser.shownWith(u"ask replace " + devicePath(name)).empty();
             ASSERT_TRUE(isOnDevice(name) || asked || noList || isReported(Trouble::Restoring, devicePath(name)))
                 << "not restored, without a report";
         }

@@ -168,7 +168,7 @@ TEST_F(WholeRunTest, BackupHasTheFormatsAndTheOrderAndReplacesAnOldSet)
     for (const char* name : {"QLBX0001.QLT", "QLBX0001.QDT", "BACKUP0001.LOG"})
         writeOnCard(name, std::string(9000, 'o'));
     gUser.comment = u"mine";
-    gUser.answers = {IDYES};
+    gUser.answers = {true};
     gUser.notesAll = true;
     const Names set = {"BACKUP0001.LOG", "QLBX0001.QDT", "QLBX0001.QLT"};
     gUser.seesMessage = [&](const std::u16string&) {
@@ -182,7 +182,7 @@ TEST_F(WholeRunTest, BackupHasTheFormatsAndTheOrderAndReplacesAnOldSet)
     EXPECT_EQ(gUser.transcript(),
               "dialog backup 2; choose Select your storage|\\Card|Main device; "
               "open Backuping Files|Backuping Files|1000|500; wait; "
-              "no wait; box Info?|Override \\Card\\QUILBOX\\QLBX0001.QLT file|260; wait; "
+              "no wait; ask override \\Card\\QUILBOX\\QLBX0001.QLT; wait; "
               "message File: \\b.bin; count Backuped: 0; step; "
               "message File: \\a.bin; count Backuped: 1; count Backuped: 2; count Backuped: 3; step; no wait; close; "
               "open Databases |Databases |1000|500; wait; "
@@ -224,9 +224,9 @@ TEST_F(WholeRunTest, RestoreHasItsOrderAndThePolicyAppliesToFilesOnly)
         gOptions.restoreMode = mode;
         gRegistryMarked = 0;
         gUser.shown.clear();
-        gUser.answers = {IDYES, IDNO};
+        gUser.answers = {true, false};
         if (mode == RestoreModeAsk)
-            gUser.answers.insert(gUser.answers.begin(), IDNO);
+            gUser.answers.insert(gUser.answers.begin(), false);
         gUser.notesAll = true;
         gUser.seesMessage = [this](const std::u16string&) {
             for (const std::string& name : namesIn(root()))
@@ -236,7 +236,7 @@ TEST_F(WholeRunTest, RestoreHasItsOrderAndThePolicyAppliesToFilesOnly)
         EXPECT_EQ(hostCallsOf([] { EXPECT_TRUE(FlushChangedVolumes()); }), 0U) << "all of it is on the disk already";
 
         const bool replaced = mode == RestoreModeReplace;
-        const std::string question = mode == RestoreModeAsk ? "box Warning|File:\\b.bin exists replace ?|308; " : "";
+        const std::string question = mode == RestoreModeAsk ? "ask replace \\b.bin; " : "";
         const std::string first = replaced ? "step; count Restored: 0 ; " : "";
         const std::string second = replaced ? "count Restored: 1 ; count Restored: 2 ; count Restored: 3 ; "
                                             : "count Restored: 0 ; count Restored: 1 ; count Restored: 2 ; ";
@@ -251,12 +251,12 @@ TEST_F(WholeRunTest, RestoreHasItsOrderAndThePolicyAppliesToFilesOnly)
                                           "open Restoring Database(s)|Restoring Database(s)|1000|500; wait; "
                                           "message Database: E; step; " +
                                           total +
-                                          "no wait; box Warning|Database:E exists replace ?|308; wait; step; "
+                                          "no wait; ask replace database E; wait; step; "
                                           "message Database: D; step; " +
                                           total +
-                                          "no wait; box Warning|Database:D exists replace ?|308; wait; step; "
+                                          "no wait; ask replace database D; wait; step; "
                                           "message Registry; step; registry from \\BKREG.TMP|keys and values; no wait; "
-                                          "box Restore|I have restored the registry|0; close");
+                                          "registry restored; close");
         expectBytes(read("a.bin"), patternBytes(SizeOfA));
         expectBytes(read("b.bin"), replaced ? patternBytes(SizeOfB) : "another");
         EXPECT_EQ(typeOfDatabase(u"E"), 7U);
@@ -286,7 +286,7 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
             gUser.shown.clear();
             RunRestore(RestoreFull);
             EXPECT_EQ(gUser.shown.back(),
-                      inSet ? u"box Restore|I have restored the registry|0" : u"box Info|No Item to restore !|0");
+                      inSet ? u"registry restored" : u"box Info|No Item to restore !|0");
             EXPECT_EQ(gUser.shownWith(u"registry from ").size(), inSet ? 1U : 0U);
             EXPECT_EQ(gUser.shownWith(u"registry from \\BKREG.TMP|keys and values").size(), inSet ? 1U : 0U);
             EXPECT_EQ(exists("BKREG.TMP"), !inSet);
@@ -296,7 +296,7 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
     write("QUILBOX/QLBX0001.QLT", list);
     gRegRestoreFile = nullptr;
     RunRestore(RestoreFull);
-    EXPECT_EQ(gUser.shown.back(), u"box Restore|I have restored the registry|0");
+    EXPECT_EQ(gUser.shown.back(), u"registry restored");
     std::filesystem::create_directories(root() / "BK000.TMP");
     gUser.shown.clear();
     RunRestore(RestoreFull);

@@ -70,6 +70,8 @@ class WholeJobTest(ProgramTest):
             'window progress "Restoring Files" text "Restoring Files"',
             'text "Restoring Files" 1002 "File: \\a.txt"',
             'window message "Warning" text "File:\\a.txt exists replace ?" buttons yes,no default no'])
+        again = shown(self.quillbox('answer "Override*" no\n' + full_backup()).transcript, "window")
+        self.assertIn('window message "Info?" text "Override \\Card\\QUILBOX\\QLBX0001.QLT file" buttons yes,no default no', again)
         self.assertRegex(next(line for line in lines if "Full Restore" in line), r"Backup date:.*\(.*\\nComments:\\nmine")
         self.assertEqual([re.fullmatch(r"LOG\(\d\d:\d\d:\d\d\): (.*) ", line)[1] for line in self.log()],
                          ["INF: Start file backup: \\a.txt", "INF: End file backup\\a.txt"])

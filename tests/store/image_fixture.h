@@ -70,7 +70,7 @@ class DatabaseImageTest : public StoreTest {
 protected:
     DatabaseImageTest()
     {
-        gQuestions = {};
+        answerQuestions();
         fs::create_directory(root());
         mount();
     }
