@@ -35,6 +35,26 @@ Deleted deleteFound(const HostPath& path, int folder, const HostStatus& status, 
     return {};
 }
 
+Deleted deleteTemporary(const HostPath& path, const SharedFile& file, OpenFiles& table) REQUIRES(table.mutex())
+{
+    if (table.isOpen(file.key()))
+        return {ERROR_SHARING_VIOLATION, true};
+    {
+        const kernel::MutexLock lock(file.mutex());
+        path.mount->giveBackRoom(file.size());
+    }
+    table.temporaries().noteDeleted(path);
+    return {};
+}
+
+// Before the host is asked about a path.
+DWORD nameTemporaries(const HostPath& path)
+{
+    const auto table = OpenFiles::instance();
+    const kernel::MutexLock lock(table->mutex());
+    return table->nameOnTheWayTo(path);
+}
+
 }  // namespace
 
 DWORD deletionError(const HostPath& path, int folder, const HostStatus& status, const OpenFiles& table)
@@ -54,6 +74,8 @@ Attributes attributesAt(const HostPath& path)
 {
     if (path.error != 0)
         return {path.error, 0};
+    if (const DWORD error = nameTemporaries(path); error != 0)
+        return {error, 0};
     // The entry is looked up in its folder, because the host reads no extended attribute by a descriptor that was
     // opened with O_PATH.
     const ParentFolder parent(path);
@@ -80,6 +102,8 @@ DWORD removeFolderAt(const HostPath& path)
         return path.error;
     if (path.isMount())
         return ERROR_ACCESS_DENIED;
+    if (const DWORD error = nameTemporaries(path); error != 0)
+        return error;
     const ParentFolder parent(path);
     HostStatus status = {};
     if (const int result = statusAt(parent, path, status); result < 0)
@@ -100,6 +124,8 @@ DWORD makeFolderAt(const HostPath& path)
         return ERROR_ALREADY_EXISTS;
     if (path.endsInBackslash)
         return ERROR_INVALID_NAME;
+    if (const DWORD error = nameTemporaries(path); error != 0)
+        return error;
     const ParentFolder parent(path);
     if (parent.get() < 0)
         return errorAt(path, parent, parent.get());
@@ -123,21 +149,17 @@ Deleted deleteFileAt(const HostPath& path)
         return {error};
     const auto table = OpenFiles::instance();
     const kernel::MutexLock lock(table->mutex());
-    TemporaryFile& temporary = table->temporary();
-    if (temporary.isAt(path)) {
-        if (const auto found = temporary.find()) {
-            const Deleted deleted = deleteFound(path, found->folder, found->status, *table);
-            temporary.closeKept();
-            return deleted;
-        }
-    }
-    ParentFolder parent(path);
+    if (const auto temporary = table->temporaries().find(path))
+        return deleteTemporary(path, *temporary, *table);
+    if (const DWORD error = table->nameOnTheWayTo(path); error != 0)
+        return {error};
+    const ParentFolder parent(path);
     HostStatus status = {};
     if (const int result = statusAt(parent, path, status); result < 0)
         return {errorAt(path, parent, result)};
     const Deleted deleted = deleteFound(path, parent.get(), status, *table);
-    if (deleted.error == 0 && table->wasMadeHere(status))
-        temporary.noteDeleted(path, std::move(parent));
+    if (deleted.error == 0)
+        table->temporaries().noteDeleted(path);
     return deleted;
 }
 

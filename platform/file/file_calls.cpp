@@ -5,6 +5,7 @@
 #include "file_trouble.h"
 #include "folder_search.h"
 #include "opening.h"
+#include "parent_folder.h"
 #include "unchanged_deletion.h"
 #include "volume_flush.h"
 
@@ -170,16 +171,21 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* informa
 
 BOOL DeclareTemporaryFile(const WCHAR* path)
 {
+    const HostPath hostPath = resolvePath(boundedPath(path));
+    if (const DWORD error = cannotBeAFile(hostPath); error != 0)
+        return fail(error);
     const auto table = OpenFiles::instance();
     const kernel::MutexLock lock(table->mutex());
-    table->declaredTemporary().withdraw();
-    if (!path)
-        return TRUE;
-    const HostPath hostPath = resolvePath(boundedPath(path));
-    if (hostPath.error != 0)
-        return fail(hostPath.error);
-    table->declaredTemporary().declare(hostPath);
+    table->temporaries().declare(hostPath);
     return TRUE;
+}
+
+BOOL WithdrawTemporaryFile(const WCHAR* path)
+{
+    const HostPath hostPath = resolvePath(boundedPath(path));
+    const auto table = OpenFiles::instance();
+    const kernel::MutexLock lock(table->mutex());
+    return succeedUnless(table->withdrawTemporary(hostPath));
 }
 
 BOOL DeleteFileW(const WCHAR* path)

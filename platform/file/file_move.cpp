@@ -56,7 +56,10 @@ DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
         return ERROR_NOT_SAME_DEVICE;
     const auto table = OpenFiles::instance();
     const kernel::MutexLock lock(table->mutex());
-    table->temporary().closeKept();
+    for (const HostPath* path : {&from, &to}) {
+        if (const DWORD error = table->nameOnTheWayTo(*path))
+            return error;
+    }
     const Entry moved(from);
     if (moved.result < 0)
         return errorAt(from, moved.folder, moved.result);
@@ -78,6 +81,7 @@ DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
     if (const DWORD error = moveEntry(moved, from.name(), replaced, to.name(), replace))
         return error;
     to.mount->noteChange(deviceOf(moved.status));
+    table->temporaries().noteDeleted(from);
     if (exists && replaced.status.stx_nlink == 1)
         to.mount->giveBackRoom(replaced.status.stx_size);
     return 0;

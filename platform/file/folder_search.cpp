@@ -131,6 +131,8 @@ SearchBegun beginSearch(std::u16string_view pathWithPattern)
     const HostPath folder = resolvePath(nameStart == 0 ? u"\\" : pathWithPattern.substr(0, nameStart));
     if (folder.error != 0)
         return {folder.error, nullptr};
+    if (const DWORD error = OpenFiles::instance()->nameInFolder(folder); error != 0)
+        return {error, nullptr};
     Descriptor opened(
         openBelow(folder.mount->folder(), folder.isMount() ? "." : folder.below.c_str(), O_RDONLY | O_DIRECTORY));
     if (!opened) {

@@ -1,13 +1,13 @@
 #include "file/name_space.h"
 
 #include "attributes.h"
-#include "declared_temporary.h"
 #include "folder_reader.h"
 #include "folder_search.h"
 #include "kernel/handle_table.h"
 #include "mounts.h"
 #include "open_file.h"
 #include "open_files.h"
+#include "temporary_files.h"
 #include "text/host_name.h"
 
 #include <fcntl.h>
@@ -98,7 +98,11 @@ void removeAllMounts()
     kernel::removeHandlesIf([](const kernel::Object& object) {
         return typeid(object) == typeid(OpenFile) || typeid(object) == typeid(FolderSearch);
     });
-    OpenFiles::instance()->forgetTemporary();
+    {
+        const auto table = OpenFiles::instance();
+        const kernel::MutexLock lock(table->mutex());
+        table->temporaries().withdrawAll();
+    }
     forgetMounts();
 }
 

@@ -19,22 +19,20 @@ namespace {
 constexpr auto MostBytes = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 }
 
-OpenFile::OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const FileKey& key,
-                   const Sharing& sharing, Descriptor descriptor, HostPath hostPath, bool temporary)
-    : table_(std::move(table)), file_(std::move(file)), key_(key), sharing_(sharing),
-      descriptor_(std::move(descriptor)), hostPath_(std::move(hostPath)), temporary_(temporary)
+OpenFile::OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const Sharing& sharing,
+                   Descriptor descriptor, HostPath hostPath)
+    : table_(std::move(table)), file_(std::move(file)), sharing_(sharing), descriptor_(std::move(descriptor)),
+      hostPath_(std::move(hostPath))
 {
 }
 
 OpenFile::~OpenFile()
 {
     (void)close();  // once more: a write on another thread can end, and gather bytes, after CloseHandle
-    if (temporary_)
-        table_->keepTemporary(hostPath_, key_, std::move(descriptor_));
     // Closed before the file leaves the table: otherwise the next opening would take this descriptor for another
     // process's.
     descriptor_ = Descriptor();
-    table_->leave(key_, sharing_);
+    table_->leave(*file_, sharing_);
 }
 
 DWORD OpenFile::close()
@@ -42,7 +40,7 @@ DWORD OpenFile::close()
     if (!mayWrite())
         return 0;
     const kernel::MutexLock lock(file_->mutex());
-    const DWORD error = file_->release(descriptor_.get());
+    const DWORD error = file_->release(descriptor());
     if (error != 0)
         kernel::noteTrouble(kernel::Trouble::Writing, kernel::Troubled::File, path(), error);
     return error;
@@ -53,6 +51,11 @@ ReadResult OpenFile::read(std::span<std::byte> out)
     if (!mayRead())
         return {0, ERROR_ACCESS_DENIED};
     const kernel::MutexLock lock(file_->mutex());
+    if (file_->isInMemory()) {
+        const std::size_t bytes = file_->readMemory(position_, out);
+        position_ += bytes;
+        return {bytes, 0};
+    }
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
@@ -61,7 +64,7 @@ ReadResult OpenFile::read(std::span<std::byte> out)
         ahead_.forget();
         aheadVersion_ = file_->version();
     }
-    const ReadResult result = ahead_.read(descriptor_.get(), position_, out, file_->size(), !othersMayWrite());
+    const ReadResult result = ahead_.read(descriptor(), position_, out, file_->size(), !othersMayWrite());
     position_ += result.bytes;
     return result;
 }
@@ -75,7 +78,7 @@ Written OpenFile::write(std::span<const std::byte> bytes)
     kernel::MutexLock lock(file_->mutex());
     if (bytes.size() > MostBytes - position_)
         return {0, ERROR_DISK_FULL};
-    Written written = file_->write(descriptor_.get(), position_, bytes);
+    Written written = file_->write(descriptor(), position_, bytes);
     position_ += written.bytes;
     if (written.hostIsFull && SharedFile::anyReserves()) {
         // Room that other files have reserved but don't use must not make this write fail. releaseReserves locks each
@@ -84,7 +87,7 @@ Written OpenFile::write(std::span<const std::byte> bytes)
         table_->releaseReserves();
         lock.lock();
         const std::size_t before = written.bytes;
-        written = file_->write(descriptor_.get(), position_, bytes.subspan(before));
+        written = file_->write(descriptor(), position_, bytes.subspan(before));
         position_ += written.bytes;
         written.bytes += before;
     }
@@ -124,18 +127,22 @@ DWORD OpenFile::endHere()
 {
     if (!mayWrite())
         return ERROR_ACCESS_DENIED;
+    if (const DWORD error = placeOnHost(); error != 0)
+        return error;
     const kernel::MutexLock lock(file_->mutex());
-    return file_->endAt(descriptor_.get(), position_);
+    return file_->endAt(descriptor(), position_);
 }
 
 DWORD OpenFile::flush()
 {
     if (!mayWrite())
         return ERROR_ACCESS_DENIED;
+    if (const DWORD error = placeOnHost(); error != 0)
+        return error;
     const kernel::MutexLock lock(file_->mutex());
     if (const DWORD error = file_->writeOut(); error != 0)
         return error;
-    if (const int result = flushToDisk(descriptor_.get()); result < 0)
+    if (const int result = flushToDisk(descriptor()); result < 0)
         return ioError(result);
     // No call renames or deletes an open file, so its entry needs to be flushed only once.
     if (!entriesFlushed_) {
@@ -150,6 +157,8 @@ DWORD OpenFile::handOver()
 {
     if (!mayWrite())
         return ERROR_ACCESS_DENIED;
+    if (const DWORD error = placeOnHost(); error != 0)
+        return error;
     const kernel::MutexLock lock(file_->mutex());
     return file_->writeOut();
 }
@@ -157,13 +166,18 @@ DWORD OpenFile::handOver()
 DWORD OpenFile::stamp(FileStamp& stamp)
 {
     const kernel::MutexLock lock(file_->mutex());
+    if (file_->isNameless()) {
+        stamp = {};  // no file of the host has this stamp
+        stamp.length = file_->size();
+        return 0;
+    }
     if (const DWORD error = writeOut(); error != 0)
         return error;
     timespec now = {};
     HostStatus status = {};
     if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
         return ERROR_GEN_FAILURE;
-    if (const int result = readStatus(descriptor_.get(), "", status); result < 0)
+    if (const int result = readStatus(descriptor(), "", status); result < 0)
         return ioError(result);
     stamp = stampOf(status, now);
     return 0;
@@ -171,14 +185,14 @@ DWORD OpenFile::stamp(FileStamp& stamp)
 
 DWORD OpenFile::describe(BY_HANDLE_FILE_INFORMATION& information)
 {
+    if (const DWORD error = placeOnHost(); error != 0)
+        return error;
     HostStatus status = {};
-    {
-        const kernel::MutexLock lock(file_->mutex());
-        if (const DWORD error = refreshSize(status); error != 0)
-            return error;
-    }
+    const kernel::MutexLock lock(file_->mutex());
+    if (const DWORD error = refreshSize(status); error != 0)
+        return error;
     const bool leadingPoint = *hostPath_.name() == '.';
-    const StoredAttributes stored = storedAttributes(descriptor_.get(), "", status);
+    const StoredAttributes stored = storedAttributes(descriptor(), "", status);
     if (stored.error != 0)
         return ioError(stored.error);
     information.dwFileAttributes = attributesOf(status, stored.bits, leadingPoint);
@@ -209,7 +223,7 @@ DWORD OpenFile::refreshSize(HostStatus& status)
 {
     if (const DWORD error = writeOut(); error != 0)
         return error;
-    if (const int result = readStatus(descriptor_.get(), "", status); result < 0)
+    if (const int result = readStatus(descriptor(), "", status); result < 0)
         return ioError(result);
     file_->setSize(status.stx_size);
     return 0;
@@ -219,7 +233,8 @@ DWORD OpenFile::refreshSize(HostStatus& status)
 DWORD OpenFile::endOfFile(std::uint64_t& end)
 {
     HostStatus status = {};
-    const DWORD error = mayWrite() || othersMayWrite() ? refreshSize(status) : 0;
+    const bool isKnown = file_->isNameless() || (!mayWrite() && !othersMayWrite());
+    const DWORD error = isKnown ? 0 : refreshSize(status);
     end = file_->size();
     return error;
 }

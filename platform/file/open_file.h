@@ -20,10 +20,10 @@ namespace platform::file {
 // Any thread may use it. The lock of the file serialises the calls of all its handles.
 class OpenFile final : public kernel::Object {
 public:
-    // `file` was entered into `table` under `key` and `sharing`, and leaves it in the destructor. The descriptor of a
-    // temporary file isn't closed then but given to `table` (temporary_file.h).
-    OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const FileKey& key,
-             const Sharing& sharing, Descriptor descriptor, HostPath hostPath, bool temporary);
+    // `file` was entered into `table` under `sharing`, and leaves it in the destructor. A temporary file is opened
+    // without a descriptor.
+    OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const Sharing& sharing,
+             Descriptor descriptor, HostPath hostPath);
     ~OpenFile() override;
 
     [[nodiscard]] DWORD close() override;
@@ -51,6 +51,15 @@ private:
     bool mayRead() const { return (sharing_.access & GENERIC_READ) != 0; }
     bool mayWrite() const { return (sharing_.access & GENERIC_WRITE) != 0; }
     bool othersMayWrite() const { return sharing_.access == 0 || (sharing_.share & FILE_SHARE_WRITE) != 0; }
+    int descriptor() const REQUIRES(file_->mutex())
+    {
+        return file_->isTemporary() ? file_->temporaryFile() : descriptor_.get();
+    }
+    // Before a call that needs a temporary file on the host. 0 or the error.
+    [[nodiscard]] DWORD placeOnHost() EXCLUDES(file_->mutex())
+    {
+        return file_->isTemporary() ? table_->nameOnHost(*file_) : 0;
+    }
     [[nodiscard]] DWORD writeOut() REQUIRES(file_->mutex());
     [[nodiscard]] DWORD refreshSize(HostStatus& status) REQUIRES(file_->mutex());
     [[nodiscard]] DWORD endOfFile(std::uint64_t& end) REQUIRES(file_->mutex());
@@ -58,11 +67,9 @@ private:
 
     const std::shared_ptr<OpenFiles> table_;
     const std::shared_ptr<SharedFile> file_;
-    const FileKey key_;
     const Sharing sharing_;
     Descriptor descriptor_;
     const HostPath hostPath_;
-    const bool temporary_;
 
     std::uint64_t position_ GUARDED_BY(file_->mutex()) = 0;
     ReadAhead ahead_ GUARDED_BY(file_->mutex());

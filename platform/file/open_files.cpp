@@ -1,8 +1,15 @@
 #include "open_files.h"
 
+#include "host/error.h"
+#include "parent_folder.h"
+
+#include "ce/error.h"
 #include "ce/file.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
 namespace platform::file {
@@ -30,7 +37,7 @@ std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& 
 {
     Entry& entry = files_[key];
     if (!entry.file)
-        entry.file = std::make_shared<SharedFile>(mount, key.device, size);
+        entry.file = std::make_shared<SharedFile>(mount, key, size);
     entry.count(sharing, 1);
     return entry.file;
 }
@@ -46,22 +53,100 @@ bool OpenFiles::wasMadeHere(const HostStatus& status) const
     return std::ranges::find(made_, MadeFile{keyOf(status), objectId(status)}) != made_.end();
 }
 
-void OpenFiles::keepTemporary(const HostPath& path, const FileKey& key, Descriptor descriptor)
+void OpenFiles::enter(const std::shared_ptr<SharedFile>& temporary, const Sharing& sharing)
 {
-    const kernel::MutexLock lock(mutex_);
-    temporary_.keep(path, key, std::move(descriptor));
+    Entry& entry = files_[temporary->key()];
+    entry.file = temporary;
+    entry.count(sharing, 1);
 }
 
-void OpenFiles::forgetTemporary()
+DWORD OpenFiles::nameOnHost(const SharedFile& file)
 {
     const kernel::MutexLock lock(mutex_);
-    temporary_.forget();
+    for (const auto& nameless : temporaries_.all()) {
+        if (nameless.file.get() == &file)
+            return giveName(nameless);
+    }
+    return 0;
 }
 
-void OpenFiles::leave(const FileKey& key, const Sharing& sharing)
+DWORD OpenFiles::nameOnTheWayTo(const HostPath& path)
+{
+    return temporaries_.areThere() ? giveNames(temporaries_.onTheWayTo(path)) : 0;
+}
+
+DWORD OpenFiles::nameInFolder(const HostPath& folder)
 {
     const kernel::MutexLock lock(mutex_);
-    const auto found = files_.find(key);
+    return temporaries_.areThere() ? giveNames(temporaries_.inFolder(folder)) : 0;
+}
+
+DWORD OpenFiles::nameAll()
+{
+    const kernel::MutexLock lock(mutex_);
+    return giveNames(temporaries_.all());
+}
+
+DWORD OpenFiles::withdrawTemporary(const HostPath& path)
+{
+    if (const auto file = temporaries_.find(path)) {
+        if (const DWORD error = giveName({path, file}); error != 0)
+            return error;
+    }
+    temporaries_.withdraw(path);
+    return 0;
+}
+
+DWORD OpenFiles::giveNames(const std::vector<TemporaryFiles::Nameless>& nameless)
+{
+    for (const auto& each : nameless) {
+        const DWORD error = giveName(each);
+        if (error != 0 && error != ERROR_FILE_EXISTS)
+            return error;
+    }
+    return 0;
+}
+
+DWORD OpenFiles::giveName(const TemporaryFiles::Nameless& nameless)
+{
+    constexpr unsigned NewFileMode = 0666;
+    const HostPath& path = nameless.path;
+    const ParentFolder parent(path);
+    Descriptor named(parent.get() < 0 ? parent.get()
+                                      : openBelow(parent.get(), path.name(), O_RDWR | O_CREAT | O_EXCL, NewFileMode));
+    if (!named)
+        return named.get() == -ELOOP ? DWORD{ERROR_FILE_EXISTS} : errorAt(path, parent, named.get());
+    HostStatus status = {};
+    DWORD error = host::ioError(readStatus(named.get(), "", status));
+    if (error == 0) {
+        markTemporary(named.get());
+        path.mount->expectChange(deviceOf(status), path.parent());
+        const kernel::MutexLock lock(nameless.file->mutex());
+        error = nameless.file->moveTo(std::move(named), deviceOf(status));
+    }
+    if (error != 0) {
+        (void)removeFile(parent.get(), path.name());
+        return error;
+    }
+    noteMade(status);
+    changeKey(*nameless.file, keyOf(status));
+    temporaries_.noteNamed(*nameless.file);
+    return 0;
+}
+
+void OpenFiles::changeKey(SharedFile& file, const FileKey& key)
+{
+    if (auto entry = files_.extract(file.key())) {
+        entry.key() = key;
+        files_.insert(std::move(entry));
+    }
+    file.setKey(key);
+}
+
+void OpenFiles::leave(const SharedFile& file, const Sharing& sharing)
+{
+    const kernel::MutexLock lock(mutex_);
+    const auto found = files_.find(file.key());
     if (found == files_.end())
         return;
     found->second.count(sharing, -1);

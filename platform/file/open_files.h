@@ -5,11 +5,10 @@
 #pragma once
 
 #include "attributes.h"
-#include "declared_temporary.h"
 #include "host_calls.h"
 #include "kernel/mutex.h"
 #include "shared_file.h"
-#include "temporary_file.h"
+#include "temporary_files.h"
 
 #include "ce/types.h"
 
@@ -46,19 +45,28 @@ public:
                                                     const std::shared_ptr<MountedFolder>& mount, std::uint64_t size)
         REQUIRES(mutex_);
 
+    // Counts a handle of a temporary file.
+    void enter(const std::shared_ptr<SharedFile>& temporary, const Sharing& sharing) REQUIRES(mutex_);
+
     // Remembers a file that was just made. Only this process is expected to use it: programs that open each new file
     // for a moment (indexers, scanners) must not make it look in use when it is opened again.
     void noteMade(const HostStatus& status) REQUIRES(mutex_);
     bool wasMadeHere(const HostStatus& status) const REQUIRES(mutex_);
 
-    TemporaryFile& temporary() REQUIRES(mutex_) { return temporary_; }
-    DeclaredTemporary& declaredTemporary() REQUIRES(mutex_) { return declared_; }
+    TemporaryFiles& temporaries() REQUIRES(mutex_) { return temporaries_; }
 
-    void keepTemporary(const HostPath& path, const FileKey& key, Descriptor descriptor) EXCLUDES(mutex_);
-    void forgetTemporary() EXCLUDES(mutex_);
+    // Give temporary files their names on the host: the given file, those that a call on `path` concerns, those in a
+    // folder, or all. 0 or the error. Another program's entry of the same name is an error only for the given file.
+    [[nodiscard]] DWORD nameOnHost(const SharedFile& file) EXCLUDES(mutex_);
+    [[nodiscard]] DWORD nameOnTheWayTo(const HostPath& path) REQUIRES(mutex_);
+    [[nodiscard]] DWORD nameInFolder(const HostPath& folder) EXCLUDES(mutex_);
+    [[nodiscard]] DWORD nameAll() EXCLUDES(mutex_);
+
+    // Ends the declaration of a path, unless a file there can't be given its name. 0 or the error.
+    [[nodiscard]] DWORD withdrawTemporary(const HostPath& path) REQUIRES(mutex_);
 
     // Takes back what enter() counted.
-    void leave(const FileKey& key, const Sharing& sharing) EXCLUDES(mutex_);
+    void leave(const SharedFile& file, const Sharing& sharing) EXCLUDES(mutex_);
 
     // The length of a file that is open for writing here; the host may not have its last bytes yet. Otherwise empty.
     std::optional<std::uint64_t> sizeOfWritten(const FileKey& key) EXCLUDES(mutex_);
@@ -99,13 +107,15 @@ private:
     };
 
     std::vector<std::shared_ptr<SharedFile>> everyFile() EXCLUDES(mutex_);
+    [[nodiscard]] DWORD giveName(const TemporaryFiles::Nameless& nameless) REQUIRES(mutex_);
+    [[nodiscard]] DWORD giveNames(const std::vector<TemporaryFiles::Nameless>& nameless) REQUIRES(mutex_);
+    void changeKey(SharedFile& file, const FileKey& key) REQUIRES(mutex_);
 
     mutable kernel::Mutex mutex_;
     std::unordered_map<FileKey, Entry, KeyHash> files_ GUARDED_BY(mutex_);
     std::array<MadeFile, 8> made_ GUARDED_BY(mutex_);
     std::size_t nextMade_ GUARDED_BY(mutex_) = 0;
-    TemporaryFile temporary_ GUARDED_BY(mutex_);
-    DeclaredTemporary declared_ GUARDED_BY(mutex_);
+    TemporaryFiles temporaries_ GUARDED_BY(mutex_);
 };
 
 }  // namespace platform::file

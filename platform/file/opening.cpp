@@ -30,7 +30,6 @@ struct Request {
     bool existed = false;
     bool isRomModule = false;
     bool isOpenHere = false;
-    bool temporary = false;  // opened for reading, too; the descriptor is kept when the handle is closed
 
     bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
     bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
@@ -39,25 +38,11 @@ struct Request {
 
 int openFlags(const Request& request, bool isNew)
 {
-    const bool reads = (isNew && request.temporary) || (request.sharing.access & GENERIC_READ) != 0;
+    const bool reads = (request.sharing.access & GENERIC_READ) != 0;
     if (isNew ? (request.sharing.access & GENERIC_WRITE) != 0 : request.writes())
         return reads ? O_RDWR : O_WRONLY;
     // A query needs only the entry. A descriptor with O_PATH doesn't count as a use of the file.
     return reads || isNew ? O_RDONLY : O_PATH;
-}
-
-// Takes the kept descriptor of the temporary file, if the path still names that file.
-bool openTemporary(Request& request, TemporaryFile& temporary)
-{
-    if (request.creation != OPEN_EXISTING || request.sharing.access != GENERIC_READ || !temporary.isAt(request.path))
-        return false;
-    const auto found = temporary.find();
-    if (!found)
-        return false;
-    request.status = found->status;
-    request.descriptor = temporary.take();
-    request.existed = request.temporary = true;
-    return true;
 }
 
 int openNew(Request& request, OpenFiles& table) REQUIRES(table.mutex())
@@ -66,8 +51,7 @@ int openNew(Request& request, OpenFiles& table) REQUIRES(table.mutex())
                                  openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
     if (result >= 0) {
         request.descriptor = Descriptor(result);
-        if (table.declaredTemporary().take(request.path))
-            markTemporary(result);
+        table.temporaries().noteMade(request.path, result);
     }
     return result;
 }
@@ -153,7 +137,7 @@ DWORD sharingError(Request& request, const OpenFiles& table, const FileKey& key)
     if (request.isOpenHere)
         return ERROR_SHARING_VIOLATION;
     // If this process already has a descriptor of the file, the host would report that as a use elsewhere.
-    if (effective.access != 0 && !request.temporary && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
+    if (effective.access != 0 && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
         isUsedElsewhere(request.descriptor.get(), effective, key.device))
         return ERROR_SHARING_VIOLATION;
     return ERROR_SUCCESS;
@@ -179,6 +163,29 @@ std::optional<DWORD> badRequest(const HostPath& path, DWORD creation)
     return std::nullopt;
 }
 
+// Opens or makes a temporary file that has no name on the host. Empty if the host has to be asked.
+std::optional<Opened> openTemporary(const HostPath& path, const Sharing& sharing, DWORD creation,
+                                    const std::shared_ptr<OpenFiles>& table) REQUIRES(table->mutex())
+{
+    std::shared_ptr<SharedFile> file = table->temporaries().find(path);
+    const bool existed = file != nullptr;
+    if (existed) {
+        if (creation != OPEN_EXISTING || sharing.access != GENERIC_READ)
+            return std::nullopt;
+        if (table->conflicts(file->key(), sharing))
+            return Opened{.error = ERROR_SHARING_VIOLATION, .existed = true, .file = nullptr, .isOpenHere = true};
+    } else {
+        if (creation == OPEN_EXISTING || creation == TRUNCATE_EXISTING || (sharing.access & GENERIC_WRITE) == 0)
+            return std::nullopt;
+        file = table->temporaries().make(path);
+        if (!file)
+            return std::nullopt;
+    }
+    table->enter(file, sharing);
+    return Opened{.existed = existed,
+                  .file = std::make_shared<OpenFile>(table, std::move(file), sharing, Descriptor(), path)};
+}
+
 }  // namespace
 
 Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation)
@@ -187,20 +194,19 @@ Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation)
         return {*error, false, nullptr};
     const std::shared_ptr<OpenFiles> table = OpenFiles::instance();
     kernel::MutexLock lock(table->mutex());
+    if (auto opened = openTemporary(path, sharing, creation, table))
+        return std::move(*opened);
+    if (const DWORD error = table->nameOnTheWayTo(path); error != 0)
+        return {error, false, nullptr};
     Request request{.path = path,
                     .sharing = sharing,
                     .creation = creation,
                     .descriptor = {}};  // closed before the table is unlocked
 
-    if (!openTemporary(request, table->temporary())) {
-        table->temporary().closeKept();
-        request.temporary = request.makes() && table->temporary().isAt(path);
-        if (const int result = openEither(request, *table); result < 0)
-            return {openError(request, result), false, nullptr};
-        if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0)
-            return {ioError(result), false, nullptr};
-        request.temporary = request.temporary && !request.existed;
-    }
+    if (const int result = openEither(request, *table); result < 0)
+        return {openError(request, result), false, nullptr};
+    if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0)
+        return {ioError(result), false, nullptr};
     if (request.existed) {
         if (const DWORD error = checkExisting(request, *table); error != 0)
             return {error, true, nullptr, request.isRomModule, request.isOpenHere};
@@ -215,8 +221,7 @@ Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation)
     }
     const auto shared = table->enter(key, sharing, path.mount, request.status.stx_size);
     const int descriptor = request.descriptor.get();
-    auto file =
-        std::make_shared<OpenFile>(table, shared, key, sharing, std::move(request.descriptor), path, request.temporary);
+    auto file = std::make_shared<OpenFile>(table, shared, sharing, std::move(request.descriptor), path);
     if (request.existed && request.truncates()) {
         kernel::MutexLock fileLock(shared->mutex());
         const DWORD error = shared->endAt(descriptor, 0);

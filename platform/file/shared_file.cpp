@@ -90,9 +90,31 @@ HostWrite writeBoth(int descriptor, std::uint64_t offset, std::span<const std::b
 
 }  // namespace
 
-SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t device, std::uint64_t size)
-    : mount_(std::move(mount)), device_(device), size_(size)
+SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key, std::uint64_t size)
+    : mount_(std::move(mount)), key_(key), device_(key.device), size_(size)
 {
+}
+
+SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key,
+                       std::unique_ptr<TemporaryContent> content)
+    : mount_(std::move(mount)), key_(key), content_(std::move(content)), device_(key.device), size_(0)
+{
+}
+
+DWORD SharedFile::moveTo(Descriptor named, std::uint64_t device)
+{
+    if (const DWORD error = release(); error != 0)
+        return error;
+    const int result = content_->copyTo(named.get(), size_);
+    if (result < 0)
+        return ioError(result);
+    content_->replaceBy(std::move(named));
+    device_ = device;
+    writtenTo_ = size_;
+    reservesNothing_ = false;
+    ++version_;
+    noteChange();
+    return 0;
 }
 
 Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
@@ -117,6 +139,19 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
     if (written.error == 0 && written.bytes < bytes.size())
         written.error = ERROR_DISK_FULL;
     return written;
+}
+
+// Moves the bytes of a file in memory to the host.
+int SharedFile::spill()
+{
+    if (const int result = content_->spill(size_); result < 0)
+        return result;
+    HostStatus status = {};
+    // Without the number the file is written without gathering.
+    if (readStatus(content_->file(), "", status) == 0)
+        device_ = deviceOf(status);
+    writtenTo_ = size_;
+    return 0;
 }
 
 DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
@@ -185,6 +220,16 @@ Written SharedFile::put(int descriptor, std::uint64_t offset, std::span<const st
 {
     if (bytes.empty())
         return {};
+    if (isInMemory()) {
+        if (content_->takes(offset, bytes.size(), size_)) {
+            content_->put(offset, bytes);
+            return {bytes.size(), 0};
+        }
+        if (const DWORD error = ioError(spill()); error != 0)
+            return {0, error, error == ERROR_DISK_FULL};
+    }
+    if (content_)
+        descriptor = content_->file();
     if (!canGather(descriptor, offset, bytes.size()))
         return putStraight(descriptor, offset, bytes);
     if (gathered_ + bytes.size() > GatherBytes) {

@@ -6,16 +6,23 @@
 // The room is the rest of the last block of a small file, or space reserved after the end of a larger one. On file
 // systems that can't guarantee the room, each write goes to the host at once.
 //
+// A temporary file that the host doesn't know by a name has its bytes in temporary_content.h until it gets a name or is
+// deleted. While they are in memory, nothing is gathered. Once they are in a nameless file of the host, it is written
+// like any other file.
+//
 // Invariants, whenever the lock is free:
-// - The host has the first size_ - gathered_ bytes, and the gathered bytes come right after them.
+// - The host has the first size_ - gathered_ bytes, unless they are in memory, and the gathered bytes come right after
+// them.
 // - Gathered bytes lie below reservedTo_ or in a block that the host has already.
 // - The card's capacity is charged for each byte that this process added, gathered ones included.
 // - gatherer_ is an open descriptor for writing, from the first gathered write until release().
 // - Once gathered bytes are lost, lost_ has the error, and size_ ends before the first lost byte.
 #pragma once
 
+#include "attributes.h"
 #include "kernel/mutex.h"
 #include "mounted_folder.h"
+#include "temporary_content.h"
 
 #include "ce/types.h"
 
@@ -34,13 +41,43 @@ struct Written {
 
 class SharedFile {
 public:
-    // `device` is the number of the host's device that holds the file.
-    SharedFile(std::shared_ptr<MountedFolder> mount, std::uint64_t device, std::uint64_t size);
+    SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key, std::uint64_t size);
+
+    // A new temporary file. No file of the host has its key.
+    SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key, std::unique_ptr<TemporaryContent> content);
 
     // Guards this object and what the file's handles hold.
     kernel::Mutex& mutex() const RETURN_CAPABILITY(mutex_) { return mutex_; }
 
-    const MountedFolder& mount() const { return *mount_; }
+    MountedFolder& mount() const { return *mount_; }
+
+    // The key in the table of open files. It changes when a temporary file gets a name on the host. The lock of that
+    // table guards it, not the one of this file.
+    const FileKey& key() const { return key_; }
+    void setKey(const FileKey& key) { key_ = key; }
+
+    // Whether it was made as a temporary file. Later it can get a name on the host.
+    bool isTemporary() const { return content_ != nullptr; }
+
+    // Whether it has no name on the host.
+    bool isNameless() const REQUIRES(mutex_) { return content_ && !content_->isNamed(); }
+    bool isInMemory() const REQUIRES(mutex_) { return content_ && content_->isInMemory(); }
+
+    // Of a file in memory: copies bytes from `offset` on, fewer at the end.
+    std::size_t readMemory(std::uint64_t offset, std::span<std::byte> out) const REQUIRES(mutex_)
+    {
+        return content_->read(offset, out, size_);
+    }
+
+    // The host's file of a temporary one; -1 while it is in memory.
+    int temporaryFile() const REQUIRES(mutex_) { return content_->file(); }
+
+    // Copies a nameless file to `named`, an empty file of the host on that device, which replaces its content. 0 or the
+    // error, and then nothing has changed.
+    [[nodiscard]] DWORD moveTo(Descriptor named, std::uint64_t device) REQUIRES(mutex_);
+
+    // For a file that nobody uses any more: the memory that it had.
+    [[nodiscard]] TemporaryContent::Memory takeMemory() REQUIRES(mutex_) { return content_->takeMemory(); }
 
     // The length, gathered bytes included.
     std::uint64_t size() const REQUIRES(mutex_) { return size_; }
@@ -53,7 +90,7 @@ public:
 
     bool hasGathered() const REQUIRES(mutex_) { return gathered_ != 0; }
 
-    // Writes through `descriptor`, within the card's capacity.
+    // Writes through `descriptor`, within the card's capacity. A temporary file uses its own descriptor.
     [[nodiscard]] Written write(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
         REQUIRES(mutex_);
 
@@ -81,6 +118,7 @@ public:
 
 private:
     [[nodiscard]] Written put(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes) REQUIRES(mutex_);
+    [[nodiscard]] int spill() REQUIRES(mutex_);
     [[nodiscard]] Written putStraight(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
         REQUIRES(mutex_);
     void loseGathered(std::size_t kept, long hostError) REQUIRES(mutex_);
@@ -88,11 +126,13 @@ private:
     bool fitsLastBlock(int descriptor, std::uint64_t end) const REQUIRES(mutex_);
     [[nodiscard]] bool makeReserve(int descriptor, std::uint64_t end) REQUIRES(mutex_);
     void startGathering(int descriptor) REQUIRES(mutex_);
-    void noteChange() { mount_->noteChange(device_); }
+    void noteChange() REQUIRES(mutex_) { mount_->noteChange(device_); }
 
     mutable kernel::Mutex mutex_;
     const std::shared_ptr<MountedFolder> mount_;
-    const std::uint64_t device_;
+    FileKey key_;
+    const std::unique_ptr<TemporaryContent> content_ PT_GUARDED_BY(mutex_);  // null for any other file
+    std::uint64_t device_ GUARDED_BY(mutex_);  // the number of the host's device that holds the file
     std::uint64_t size_ GUARDED_BY(mutex_);
     std::uint64_t version_ GUARDED_BY(mutex_) = 0;
     DWORD lost_ GUARDED_BY(mutex_) = 0;  // the error that lost gathered bytes

@@ -144,7 +144,8 @@ DWORD deleteUnchangedAt(const HostPath& path, const FileStamp& stamp)
     // The table stays locked, so that no thread of this process opens the file: its opening would wait for the lease.
     const auto table = OpenFiles::instance();
     const kernel::MutexLock lock(table->mutex());
-    table->temporary().closeKept();
+    if (const DWORD error = table->nameOnTheWayTo(path))
+        return error;
     const ParentFolder parent(path);
     HostStatus status = {};
     if (const int result = statusAt(parent, path, status); result < 0)

@@ -44,6 +44,8 @@ std::vector<Volume*> takeMarks(const std::vector<Changed>& changed, std::uint64_
 std::vector<FailedFlush> flushChangedVolumes()
 {
     std::vector<FailedFlush> failed;
+    if (const DWORD error = OpenFiles::instance()->nameAll(); error != 0)
+        failed.push_back({rootMount(), error});
     std::vector<Changed> changed;
     for (const auto& mount : allMounts()) {
         if (const DWORD error = OpenFiles::instance()->writeOutAll(*mount); error != 0)

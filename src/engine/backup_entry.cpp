@@ -121,8 +121,9 @@ BOOL PackItem(BackupRun& run, const WCHAR* path)
     // The stream of a killed run can still be locked for a moment, and opening it would fail. A new file isn't.
     if (!run.temporaryIsDeleted)
         DeleteTemporaryStream(run);
-    run.temporaryIsDeleted = false;
     const BOOL result = CompressFile(path, run.temporaryPath, &run.packed);
+    if (run.packed.made)  // otherwise a file that has appeared there is another program's
+        run.temporaryIsDeleted = false;
     if (!run.packed.whole)
         NoteFailure(run.item, run.packed.error);
     return result;

@@ -91,6 +91,7 @@ void BackUpDatabase(BackupRun& run, const WCHAR* name)
         DeleteTemporaryStream(run);
         Log(run, u"INF: End Database backup: %s", name);
     }
+    (void)WithdrawTemporaryFile(imagePath);
     EndItem(run, ItemKindDatabase, name);
     StepRunProgress(run.progress);
 }
@@ -149,6 +150,7 @@ void BackUpRegistry(BackupRun& run)
     HANDLE stream = own ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
     if (stream != INVALID_HANDLE_VALUE)
         StoreRegistry(run, stream);
+    (void)WithdrawTemporaryFile(RegistryPath);
     EndItem(run, ItemKindRegistry, u"");
 }
 

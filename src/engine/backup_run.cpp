@@ -188,10 +188,11 @@ void MakeSet(BackupRun& run)
         WCHAR listPath[MAX_PATH];
         FormatListPath(listPath, run.storageRoot, run.number);
         ReportRunBegins(RunStores, listPath);
+        (void)DeclareTemporaryFile(run.temporaryPath);
         StartPipelineThread();
         BackUpItems(run);
-        (void)DeclareTemporaryFile(nullptr);
         StopPipelineThread();
+        (void)WithdrawTemporaryFile(run.temporaryPath);
     }
 }
 

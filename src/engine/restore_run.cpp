@@ -75,7 +75,6 @@ void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, bool
 
 HANDLE CreateTemporaryStream()
 {
-    (void)DeclareTemporaryFile(TemporaryStreamPath);
     const HANDLE temporary = CreateFileW(TemporaryStreamPath, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (temporary != INVALID_HANDLE_VALUE && GetLastError() == ERROR_ALREADY_EXISTS)
         ReportReplacedFile(TemporaryStreamPath);
@@ -237,6 +236,7 @@ void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
         const std::size_t existing = ExistingFolderChars(imagePath);
         if (UnpackToTemporaryFile(run, imagePath))
             MakeDatabase(run, imagePath, entry.name);
+        (void)WithdrawTemporaryFile(imagePath);
         RemoveNewFolders(imagePath, existing);
         (void)DeleteFileW(TemporaryStreamPath);
     });
@@ -264,6 +264,7 @@ void PassRegistryOn(RestoreRun& run)
             NoteFailure(run.item, GetLastError());
         (void)DeleteFileW(RegistryPath);  // fails after a success, when the platform has moved the file
     }
+    (void)WithdrawTemporaryFile(RegistryPath);
     (void)DeleteFileW(TemporaryStreamPath);
 }
 
@@ -389,11 +390,12 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
     if (LOWORD(mode) == RestoreFull)
         ReportDataWithoutEntry(run.dataFile, listPath);
     ReportRunBegins(RunRestores, listPath);
+    (void)DeclareTemporaryFile(TemporaryStreamPath);
     StartPipelineThread();
     RestoreItems(run);
     StopPipelineThread();
+    (void)WithdrawTemporaryFile(TemporaryStreamPath);
     CloseHandle(run.dataFile);
-    (void)DeclareTemporaryFile(nullptr);
     (void)FlushChangedVolumes();  // the run ends when all is on the disk; the platform reports a failure
     EndRun();
     SetCursor(nullptr);

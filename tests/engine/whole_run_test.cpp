@@ -91,9 +91,12 @@ BOOL copyRegistry(const WCHAR* path)
 
 BOOL takeRegistry(const WCHAR* path)
 {
-    std::ifstream file(gRegistry.root / std::u16string(path + 1));
-    std::string content;
-    std::getline(file, content);
+    const HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    std::string content(100, 0);
+    DWORD bytes = 0;
+    ReadFile(file, content.data(), static_cast<DWORD>(content.size()), &bytes, nullptr);
+    CloseHandle(file);
+    content.resize(bytes);
     gUser.shown.push_back(u"registry from " + std::u16string(path) + u"|" +
                           std::u16string(content.begin(), content.end()));
     return FALSE;

@@ -1,12 +1,11 @@
-// temporary_file_test.cpp - a file that is made, read and deleted at one path again and again, and what is cached of
-// it.
+// temporary_file_test.cpp - files that the program declared to be temporary; and what is remembered of attributes.
 #include "file_fixture.h"
 
 #include "attributes.h"
 #include "known_attributes.h"
+#include "temporary_content.h"
 
-#include <fcntl.h>
-#include <unistd.h>
+#include <cerrno>
 
 namespace fs = std::filesystem;
 using platform::file::HostStatus;
@@ -14,9 +13,13 @@ using platform::file::KnownAttributes;
 
 namespace {
 
+constexpr std::size_t InMemory = platform::file::TemporaryContent::MemoryBytes;
+
 class TemporaryFileTest : public FileTest {
 protected:
-    TemporaryFileTest() { fs::create_directory(root() / "d"); }
+    TemporaryFileTest() { card_ = addFolder(u"Card", true, 4 * InMemory); }
+
+    static std::uint64_t used() { return platform::file::usedBytes(u"Card").value_or(~0ULL); }
 
     static void make(const std::u16string& path, const std::string& bytes)
     {
@@ -25,68 +28,125 @@ protected:
         EXPECT_TRUE(CloseHandle(file));
     }
 
-    // After this, a new file at the path counts as temporary.
-    static void makeAndDelete(const std::u16string& path)
-    {
-        make(path, "earlier");
-        EXPECT_TRUE(DeleteFileW(path.c_str()));
-    }
+    fs::path card_;
 };
 
-TEST_F(TemporaryFileTest, FileOfAnotherProgramAtItsPathIsNotTakenForIt)
+TEST_F(TemporaryFileTest, IsAFileForTheProgramAndNotOnTheHost)
 {
-    makeAndDelete(u"\\d\\t");
-    make(u"\\d\\t", "ours");
-    hostWrite(root() / "d" / "other", "theirs");
-    fs::rename(root() / "d" / "other", root() / "d" / "t");
-    EXPECT_EQ(readAll(u"\\d\\t"), "theirs");
-
-    make(u"\\d\\t", "ours");
-    EXPECT_EQ(readAll(u"\\d\\t"), "ours");
-    fs::remove(root() / "d" / "t");
-    fs::create_symlink(root() / "kept", root() / "d" / "t");
-    hostWrite(root() / "kept", "kept");
-    EXPECT_FALSE(DeleteFileW(u"\\d\\t"));
-    EXPECT_EQ(openError(u"\\d\\t", GENERIC_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(hostRead(root() / "kept"), "kept");
+    ASSERT_TRUE(DeclareTemporaryFile(u"\\Card\\t"));
+    for (const std::size_t size : {0UL, 3000UL, InMemory, InMemory + 1, 3 * InMemory}) {
+        SCOPED_TRACE(size);
+        const std::string bytes = patternBytes(size);
+        const auto calls = hostCallsOf([&] {
+            const HANDLE file = open(u"\\Card\\t", GENERIC_WRITE, CREATE_ALWAYS);
+            for (std::size_t at = 0; at < size; at += 260)
+                EXPECT_GT(write(file, bytes.substr(at, 260)), 0U);
+            EXPECT_EQ(errorOf(DeleteFileW(u"\\Card\\t")), ERROR_SHARING_VIOLATION);
+            EXPECT_EQ(openError(u"\\Card\\t", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+            EXPECT_TRUE(CloseHandle(file));
+            EXPECT_EQ(readAll(u"\\Card\\t"), bytes);
+            EXPECT_EQ(readAll(u"\\Card\\t", 100'000), bytes);
+        });
+        EXPECT_EQ(calls == 0, size <= InMemory);
+        EXPECT_EQ(used(), size);
+        EXPECT_TRUE(fs::is_empty(card_));
+        EXPECT_TRUE(DeleteFileW(u"\\Card\\t"));
+        EXPECT_EQ(used(), 0U);
+        EXPECT_EQ(openError(u"\\Card\\t", GENERIC_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND);
+    }
+    const HANDLE tooLong = open(u"\\Card\\t", GENERIC_WRITE, CREATE_ALWAYS);
+    EXPECT_EQ(write(tooLong, patternBytes(4 * InMemory + 1)), 4 * InMemory) << "the card's capacity";
+    CloseHandle(tooLong);
 }
 
-TEST_F(TemporaryFileTest, IsNeverMadeOutsideTheDeviceAfterItsFolderWasMoved)
+TEST_F(TemporaryFileTest, IsOnTheHostBeforeACallThatCouldNoticeTheDifference)
 {
-    makeAndDelete(u"\\d\\t");
-    fs::rename(root() / "d", outside() / "moved");
-    EXPECT_EQ(openError(u"\\d\\t", GENERIC_WRITE, CREATE_ALWAYS), ERROR_PATH_NOT_FOUND);
-    fs::create_directory_symlink(outside() / "moved", root() / "d");
-    EXPECT_NE(openError(u"\\d\\t", GENERIC_WRITE, CREATE_ALWAYS), ERROR_SUCCESS);
-    hostWrite(outside() / "moved" / "t", "elsewhere");
-    EXPECT_FALSE(DeleteFileW(u"\\d\\t"));
-    EXPECT_EQ(hostRead(outside() / "moved" / "t"), "elsewhere");
+    BY_HANDLE_FILE_INFORMATION information;
+    const std::pair<const char*, std::function<void(HANDLE)>> calls[] = {
+        {"flush", [](HANDLE file) { EXPECT_TRUE(FlushFileBuffers(file)); }},
+        {"hand over", [](HANDLE file) { EXPECT_TRUE(HandOverFileBuffers(file)); }},
+        {"end", [](HANDLE file) { EXPECT_TRUE(SetEndOfFile(file)); }},
+        {"information", [&](HANDLE file) { EXPECT_TRUE(GetFileInformationByHandle(file, &information)); }},
+        {"flush all", [](HANDLE) { EXPECT_TRUE(FlushChangedVolumes()); }},
+        {"search", [](HANDLE) { EXPECT_TRUE(list(u"\\Card\\*").contains(u"t")); }},
+        {"attributes", [](HANDLE) { EXPECT_NE(GetFileAttributesW(u"\\Card\\t"), INVALID_FILE_ATTRIBUTES); }},
+        {"folder", [](HANDLE) { EXPECT_EQ(errorOf(CreateDirectoryW(u"\\Card\\t", nullptr)), ERROR_ALREADY_EXISTS); }},
+        {"below",
+         [](HANDLE) { EXPECT_EQ(openError(u"\\Card\\t\\a", GENERIC_WRITE, CREATE_ALWAYS), ERROR_PATH_NOT_FOUND); }},
+        {"replace",
+         [](HANDLE) { EXPECT_EQ(openError(u"\\Card\\t", GENERIC_WRITE, CREATE_ALWAYS), ERROR_SHARING_VIOLATION); }},
+        {"withdraw", [](HANDLE) { EXPECT_TRUE(WithdrawTemporaryFile(u"\\Card\\t")); }},
+    };
+    for (const std::size_t size : {5000UL, 2 * InMemory}) {
+        for (const auto& [name, call] : calls) {
+            SCOPED_TRACE(name);
+            ASSERT_TRUE(DeclareTemporaryFile(u"\\Card\\t"));
+            const std::string bytes = patternBytes(size);
+            const HANDLE file = open(u"\\Card\\t", GENERIC_WRITE, CREATE_ALWAYS);
+            EXPECT_EQ(write(file, bytes), size);
+            call(file);
+            EXPECT_EQ(hostRead(card_ / "t"), bytes);
+            EXPECT_EQ(write(file, "more"), 4U);
+            EXPECT_EQ(errorOf(DeleteFileW(u"\\Card\\t")), ERROR_SHARING_VIOLATION);
+            EXPECT_TRUE(CloseHandle(file));
+            EXPECT_EQ(readAll(u"\\Card\\t"), bytes + "more");
+            EXPECT_TRUE(DeleteFileW(u"\\Card\\t"));
+            EXPECT_TRUE(fs::is_empty(card_));
+            EXPECT_EQ(used(), 0U);
+            EXPECT_EQ(hostCallsOf([] { make(u"\\Card\\t", "again"); }) == 0, std::string(name) != "withdraw");
+            EXPECT_TRUE(DeleteFileW(u"\\Card\\t"));
+        }
+    }
 }
 
-TEST_F(TemporaryFileTest, FollowsTheRulesOfSharingAndReadOnlyFiles)
+TEST_F(TemporaryFileTest, FileOfSomebodyElseAtItsPathStaysUnlessItWasThereAtTheDeclaration)
 {
-    makeAndDelete(u"\\d\\t");
-    make(u"\\d\\t", "ours");
-    const HANDLE reader = open(u"\\d\\t", GENERIC_READ, OPEN_EXISTING);
-    EXPECT_EQ(openError(u"\\d\\t", GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(errorOf(DeleteFileW(u"\\d\\t")), ERROR_SHARING_VIOLATION);
-    EXPECT_EQ(write(reader, "x"), 0U) << "the descriptor could write, but the handle may only read";
-    EXPECT_TRUE(CloseHandle(reader));
-    fs::permissions(root() / "d" / "t", fs::perms::owner_read);
-    EXPECT_EQ(errorOf(DeleteFileW(u"\\d\\t")), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(openError(u"\\d\\t", GENERIC_WRITE, OPEN_EXISTING), ERROR_ACCESS_DENIED);
+    hostWrite(card_ / "t", "before");
+    ASSERT_TRUE(DeclareTemporaryFile(u"\\Card\\t"));
+    EXPECT_EQ(readAll(u"\\Card\\t"), "before");
+    make(u"\\Card\\t", "ours");
+    EXPECT_EQ(hostRead(card_ / "t"), "ours") << "as without a declaration";
+    EXPECT_TRUE(DeleteFileW(u"\\Card\\t"));
+    hostWrite(card_ / "t", "later");
+    make(u"\\Card\\t", "ours");
+    EXPECT_EQ(readAll(u"\\Card\\t"), "ours");
+    EXPECT_EQ(list(u"\\Card\\*"), std::set<std::u16string>{u"t"});
+    EXPECT_TRUE(DeleteFileW(u"\\Card\\t"));
+    EXPECT_EQ(hostRead(card_ / "t"), "later");
 }
 
-TEST_F(TemporaryFileTest, IsNoLongerHeldOpenWhenTheNextFileIsMade)
+TEST_F(TemporaryFileTest, FailedCallOfTheHostFailsOnlyTheWriteThatNeedsIt)
 {
-    makeAndDelete(u"\\d\\t");
-    make(u"\\d\\t", "stays");
-    make(u"\\d\\next", "next");
-    // The kernel grants this lease only if no other descriptor of the file is open.
-    const int host = ::open((root() / "d" / "t").c_str(), O_RDONLY | O_CLOEXEC);
-    ASSERT_GE(host, 0);
-    EXPECT_EQ(::fcntl(host, F_SETLEASE, F_WRLCK), 0);
-    ::close(host);
+    ASSERT_TRUE(DeclareTemporaryFile(u"\\Card\\t"));
+    const std::string bytes = patternBytes(InMemory);
+    bool failed = true;
+    for (std::uint64_t n = 1; failed; n++) {
+        SCOPED_TRACE(n);
+        const HANDLE file = open(u"\\Card\\t", GENERIC_WRITE, CREATE_ALWAYS);
+        EXPECT_EQ(write(file, bytes), bytes.size());
+        DWORD written = 0;
+        const auto calls = hostCallsOf([&] { written = write(file, "over"); },
+                                       {.kind = platform::file::FaultKind::Fail, .nthCall = n, .error = EIO});
+        failed = calls >= n;
+        EXPECT_TRUE(CloseHandle(file));
+        EXPECT_EQ(readAll(u"\\Card\\t"), bytes + std::string("over").substr(0, written));
+        EXPECT_TRUE(DeleteFileW(u"\\Card\\t"));
+    }
+    EXPECT_TRUE(fs::is_empty(card_));
+}
+
+TEST_F(TemporaryFileTest, NothingIsLeftWhereverTheProcessIsKilled)
+{
+    int status = -1;
+    for (std::uint64_t n = 1; status != 0; n++) {
+        status = statusOfChild([n] {
+            platform::file::setFaultPlan({.kind = platform::file::FaultKind::Kill, .nthCall = n});
+            (void)DeclareTemporaryFile(u"\\Card\\t");
+            make(u"\\Card\\t", patternBytes(2 * InMemory));
+            return true;
+        });
+        EXPECT_TRUE(fs::is_empty(card_)) << n;
+    }
 }
 
 TEST_F(TemporaryFileTest, AttributesAreReadAgainAfterAChange)

@@ -125,11 +125,22 @@ BOOL FlushChangedVolumes(void);
 // Nonzero on success, 0 with 6 for a handle that isn't an open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// Declares that the next file which the program makes at `path` is temporary. If the process is killed before it has
-// deleted the file, and the file is in the root, the next opening of the device moves it out of the name space. This
-// doesn't apply to a file that exists already, nor on a file system without extended attributes. There is one
-// declaration at a time. It is valid until its file is made; null withdraws it. Fails with 3, 123, 206.
+// Declares that the files which the program makes at `path` are temporary, until WithdrawTemporaryFile. Such a file
+// counts for the capacity of its card, and all calls treat it like any other file. But it is not on the host as long as
+// no call needs it there, so that it costs little, other programs don't see it, and nothing of it is left if the
+// process is killed. It is put on the host before a search of its folder, FlushFileBuffers, HandOverFileBuffers,
+// SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and any call with its path or a path below it, other
+// than making it, opening it for reading, and deleting it. These calls fail as the making of a file does. If the
+// process is killed afterwards, and the file is in the root, the next opening of the device moves it out of the name
+// space; not so on a file system without extended attributes.
+//
+// If something stands at the path when it is declared, the declaration begins when that is deleted. What another
+// program puts there later stays, and isn't seen as long as there is a temporary file. Fails with 3, 5, 123, 206.
 BOOL DeclareTemporaryFile(const WCHAR* path);
+
+// Ends a declaration. A file that is still there is put on the host and becomes an ordinary file. Fails as the making
+// of that file does, also with 80, and then the declaration remains.
+BOOL WithdrawTemporaryFile(const WCHAR* path);
 
 // Fails with 2, 3, 5 for a folder, a read-only or a ROM file, 19, 32 while open in this process, 123, 206.
 BOOL DeleteFileW(const WCHAR* path);

@@ -1,0 +1,53 @@
+// temporary_content.h - the bytes of a temporary file that has no name on the host (temporary_files.h): in memory, or
+// in a nameless file of the host once they are more. Both are gone when the process ends, however it ends.
+#pragma once
+
+#include "device_path.h"
+#include "host_calls.h"
+#include "read_ahead.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace platform::file {
+
+// The lock of the file that it belongs to guards it.
+class TemporaryContent {
+public:
+    static constexpr std::size_t MemoryBytes = 262144;
+    using Memory = std::unique_ptr<std::byte[]>;  // of MemoryBytes
+
+    TemporaryContent(HostPath path, Memory memory);
+
+    bool isInMemory() const { return memory_ != nullptr; }
+
+    // These two need the bytes in memory. `size` is the length of the file.
+    bool takes(std::uint64_t offset, std::size_t bytes, std::uint64_t size) const;
+    void put(std::uint64_t offset, std::span<const std::byte> bytes);
+    std::size_t read(std::uint64_t offset, std::span<std::byte> out, std::uint64_t size) const;
+
+    // Moves the bytes from memory to a nameless file. 0 or a negative errno, and then they are still in memory.
+    [[nodiscard]] int spill(std::uint64_t size);
+
+    // The host's file; -1 while the bytes are in memory.
+    int file() const { return file_.get(); }
+
+    // Copies all bytes to `file`; 0 or a negative errno.
+    [[nodiscard]] int copyTo(int file, std::uint64_t size) const;
+
+    // From now on the bytes are those of `named`, a file of the host to which they were copied.
+    void replaceBy(Descriptor named);
+    bool isNamed() const { return named_; }
+
+    [[nodiscard]] Memory takeMemory() { return std::move(memory_); }
+
+private:
+    const HostPath path_;
+    Memory memory_;
+    Descriptor file_;
+    bool named_ = false;
+};
+
+}  // namespace platform::file
