@@ -96,6 +96,14 @@ Attributes attributesAt(const HostPath& path)
     return {0, bits};
 }
 
+bool isNothingAt(const HostPath& path)
+{
+    if (path.error != 0 || path.isMount() || nameTemporaries(path) != 0)
+        return false;
+    const Descriptor entry(openBelow(path.mount->folder(), path.below.c_str(), O_PATH));
+    return entry.get() == -ENOENT || entry.get() == -ENOTDIR;
+}
+
 DWORD removeFolderAt(const HostPath& path)
 {
     if (path.error != 0)

@@ -16,6 +16,9 @@ struct Attributes {
 
 [[nodiscard]] Attributes attributesAt(const HostPath& path);
 
+// Whether it is certain that there is no entry.
+[[nodiscard]] bool isNothingAt(const HostPath& path);
+
 // 0 or the error.
 [[nodiscard]] DWORD makeFolderAt(const HostPath& path);
 [[nodiscard]] DWORD removeFolderAt(const HostPath& path);

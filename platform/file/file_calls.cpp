@@ -234,12 +234,27 @@ DWORD GetFileAttributesW(const WCHAR* path)
     return INVALID_FILE_ATTRIBUTES;
 }
 
+BOOL IsNothingAt(const WCHAR* path)
+{
+    return isNothingAt(resolvePath(boundedPath(path))) ? TRUE : FALSE;
+}
+
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found)
 {
-    SearchBegun begun = found ? beginSearch(boundedPath(pattern)) : SearchBegun{ERROR_INVALID_PARAMETER, nullptr};
+    return FindFirstFileExW(pattern, FindExInfoStandard, found, FindExSearchNameMatch, nullptr, 0);
+}
+
+HANDLE FindFirstFileExW(const WCHAR* pattern, FINDEX_INFO_LEVELS level, void* found, FINDEX_SEARCH_OPS operation,
+                        const void* filter, DWORD flags)
+{
+    const bool isGood =
+        found && level == FindExInfoStandard && operation <= FindExSearchLimitToDirectories && !filter && flags == 0;
+    const Wanted wanted = operation == FindExSearchLimitToDirectories ? Wanted::Folders : Wanted::All;
+    SearchBegun begun =
+        isGood ? beginSearch(boundedPath(pattern), wanted) : SearchBegun{ERROR_INVALID_PARAMETER, nullptr};
     DWORD error = begun.error;
     if (error == 0)
-        error = begun.search->next(*found);
+        error = begun.search->next(*static_cast<WIN32_FIND_DATAW*>(found));
     if (error == 0)
         return kernel::addHandle(std::move(begun.search));
     noteFileTrouble(Trouble::Reading, folderOf(boundedPath(pattern)), error);

@@ -8,15 +8,15 @@ namespace {
 
 constexpr std::size_t BlockBytes = 32768;
 
-bool mayBeFileOrFolder(const dirent64& entry)
+bool mayBeWanted(const dirent64& entry, Wanted wanted)
 {
-    return entry.d_type == DT_REG || entry.d_type == DT_DIR || entry.d_type == DT_UNKNOWN;
+    return (entry.d_type == DT_REG && wanted == Wanted::All) || entry.d_type == DT_DIR || entry.d_type == DT_UNKNOWN;
 }
 
 }  // namespace
 
-FolderReader::FolderReader(Descriptor folder)
-    : folder_(std::move(folder)), block_(std::make_unique_for_overwrite<std::byte[]>(BlockBytes))
+FolderReader::FolderReader(Descriptor folder, Wanted wanted)
+    : folder_(std::move(folder)), wanted_(wanted), block_(std::make_unique_for_overwrite<std::byte[]>(BlockBytes))
 {
 }
 
@@ -28,7 +28,7 @@ std::optional<std::string_view> FolderReader::next()
         const auto* const entry = reinterpret_cast<const dirent64*>(block_.get() + next_);
         next_ += entry->d_reclen;
         const std::string_view name = entry->d_name;
-        if (name != "." && name != ".." && mayBeFileOrFolder(*entry))
+        if (name != "." && name != ".." && mayBeWanted(*entry, wanted_))
             return name;
     }
 }

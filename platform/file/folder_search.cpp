@@ -47,9 +47,9 @@ bool matchesPattern(std::u16string_view name, std::u16string_view pattern)
 
 }  // namespace
 
-FolderSearch::FolderSearch(const HostPath& folder, Descriptor opened, std::u16string pattern)
+FolderSearch::FolderSearch(const HostPath& folder, Descriptor opened, std::u16string pattern, Wanted wanted)
     : table_(OpenFiles::instance()), mount_(folder.mount), isRoot_(folder.isMount() && mount_->name().empty()),
-      path_(devicePathOf(folder)), pattern_(std::move(pattern)), reader_(std::move(opened))
+      path_(devicePathOf(folder)), pattern_(std::move(pattern)), wanted_(wanted), reader_(std::move(opened), wanted)
 {
 }
 
@@ -97,7 +97,7 @@ bool FolderSearch::describe(std::string_view hostName, std::u16string_view name,
             noteUnread(name, result);
         return false;
     }
-    if (!isFile(status) && !isFolder(status))
+    if (!isFolder(status) && (!isFile(status) || wanted_ == Wanted::Folders))
         return false;
     const std::uint64_t size = isFile(status) ? table_->sizeOfWritten(keyOf(status)).value_or(status.stx_size) : 0;
     describeStatus(status, size, name, found);
@@ -120,7 +120,7 @@ void FolderSearch::noteUnread(std::u16string_view name, int error) const
     kernel::noteTrouble(kernel::Trouble::Reading, kernel::Troubled::File, path.append(name), ioError(error));
 }
 
-SearchBegun beginSearch(std::u16string_view pathWithPattern)
+SearchBegun beginSearch(std::u16string_view pathWithPattern, Wanted wanted)
 {
     if (pathWithPattern.size() >= MAX_PATH)
         return {ERROR_FILENAME_EXCED_RANGE, nullptr};
@@ -139,7 +139,7 @@ SearchBegun beginSearch(std::u16string_view pathWithPattern)
         const DWORD error = platformError(opened.get());
         return {error == ERROR_FILE_NOT_FOUND ? ERROR_PATH_NOT_FOUND : error, nullptr};
     }
-    return {0, std::make_shared<FolderSearch>(folder, std::move(opened), std::u16string(pattern))};
+    return {0, std::make_shared<FolderSearch>(folder, std::move(opened), std::u16string(pattern), wanted)};
 }
 
 }  // namespace platform::file

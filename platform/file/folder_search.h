@@ -17,7 +17,7 @@ namespace platform::file {
 
 class FolderSearch final : public kernel::Object {
 public:
-    FolderSearch(const HostPath& folder, Descriptor opened, std::u16string pattern);
+    FolderSearch(const HostPath& folder, Descriptor opened, std::u16string pattern, Wanted wanted);
 
     [[nodiscard]] bool takesCloseHandle() const override { return false; }
 
@@ -41,6 +41,7 @@ private:
     const bool isRoot_;
     const std::u16string path_;
     const std::u16string pattern_;
+    const Wanted wanted_;
     FolderReader reader_;
     std::size_t mountsSeen_ = 0;
 };
@@ -50,6 +51,6 @@ struct SearchBegun {
     DWORD error = 0;
     std::shared_ptr<FolderSearch> search;
 };
-[[nodiscard]] SearchBegun beginSearch(std::u16string_view pathWithPattern);
+[[nodiscard]] SearchBegun beginSearch(std::u16string_view pathWithPattern, Wanted wanted);
 
 }  // namespace platform::file

@@ -48,7 +48,8 @@ DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL 
     }
 
     WIN32_FIND_DATAW found = {};
-    HANDLE search = FindFirstFileW(searchPath, &found);
+    HANDLE search = FindFirstFileExW(searchPath, FindExInfoStandard, &found,
+                                     foldersOnly ? FindExSearchLimitToDirectories : FindExSearchNameMatch, nullptr, 0);
     if (search == INVALID_HANDLE_VALUE)
         return 0;
 

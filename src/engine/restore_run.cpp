@@ -135,6 +135,8 @@ bool AskReplace(const WCHAR* name)
 bool IsMissing(const WCHAR* name, DWORD& error)
 {
     error = ERROR_SUCCESS;
+    if (IsNothingAt(name))
+        return true;
     if (GetFileAttributesW(name) != INVALID_FILE_ATTRIBUTES)
         return false;
     error = GetLastError();

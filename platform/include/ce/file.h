@@ -159,12 +159,24 @@ BOOL RemoveDirectoryW(const WCHAR* path);
 // 0xFFFFFFFF on failure: 2, 3, 5, 123, 206.
 DWORD GetFileAttributesW(const WCHAR* path);
 
+// Whether it is certain that nothing stands at the path: GetFileAttributesW would fail with 2 or 3. Costs one question
+// to the host, where that call needs several to tell the two errors apart. No last error.
+BOOL IsNothingAt(const WCHAR* path);
+
 // Begins a search; only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
 // character). "*" and "*.*" match every name; matching is without case. There are no entries "." and "..". The order is
 // the host's; callers must not expect any. Files that come or go during the search may be seen or not. Names longer
 // than 259 characters are left out.
 // INVALID_HANDLE_VALUE on failure: 2 nothing matches, 3 no such folder, 5, 123, 206.
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
+
+// As FindFirstFileW. `level` is FindExInfoStandard and `found` a WIN32_FIND_DATAW, `filter` null and `flags` 0;
+// anything else fails with 87. With FindExSearchLimitToDirectories the search leaves out files, which saves asking the
+// host about each. A caller must not rely on that: a real device may ignore it.
+enum FINDEX_INFO_LEVELS { FindExInfoStandard };
+enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
+HANDLE FindFirstFileExW(const WCHAR* pattern, FINDEX_INFO_LEVELS level, void* found, FINDEX_SEARCH_OPS operation,
+                        const void* filter, DWORD flags);
 
 // Nonzero with the next entry; 0 with 18 at the end, 6 for a handle that isn't a search.
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found);
