@@ -60,9 +60,6 @@ bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifi
     return key == VK_RETURN && !breaksLines;
 }
 
-bool isForCore(const WindowState& state, WORD key, Qt::KeyboardModifiers modifiers)
-{
-    if (key == 0)
 // A list box searches for the text that is typed.
 bool isTypedText(const QKeyEvent& event)
 {
@@ -70,6 +67,9 @@ bool isTypedText(const QKeyEvent& event)
     return !commands && !event.text().isEmpty() && event.text().front().isPrint();
 }
 
+bool isForCore(const WindowState& state, WORD key, Qt::KeyboardModifiers modifiers)
+{
+    if (key == 0)
         return false;
     if (state.kind == WindowKind::Edit || state.kind == WindowKind::DatePicker)
         return isForDialog(state, key, modifiers);

@@ -8,8 +8,8 @@
 #include <QAbstractListModel>
 #include <QHelpEvent>
 #include <QItemSelectionModel>
-#include <QListView>
 #include <QLabel>
+#include <QListView>
 #include <QMouseEvent>
 #include <QScreen>
 #include <QScrollBar>
@@ -203,11 +203,11 @@ public:
             rows_.replace(rows);
         const QModelIndex caret = rows_.index(state.caretRow);
         selection_.follow(selectionOf(rows_, rows), caret);
+        if (selectionMode() == MultiSelection)
+            showCount(std::ranges::count_if(rows, &ListRow::selected));
         if (caret.isValid())
             scrollTo(caret);
     }
-        if (selectionMode() == MultiSelection)
-            showCount(std::ranges::count_if(rows, &ListRow::selected));
 
 protected:
     void mousePressEvent(QMouseEvent* event) override
@@ -258,11 +258,11 @@ protected:
         const bool allFit = widest_ <= viewport()->width();
         resizeContents(allFit ? widest_ : std::max(widest_, requested), contentsSize().height());
         QListView::updateGeometries();
+        const QRect rows = viewport()->geometry();
+        count_.setGeometry(rows.left(), rows.bottom() + 1, rows.width(), count_.sizeHint().height());
     }
 
     // After scrolling, the pointer is over another row.
-        const QRect rows = viewport()->geometry();
-        count_.setGeometry(rows.left(), rows.bottom() + 1, rows.width(), count_.sizeHint().height());
     void scrollContentsBy(int dx, int dy) override
     {
         QListView::scrollContentsBy(dx, dy);
@@ -280,9 +280,6 @@ private:
         return text.left() < 0 || text.right() >= viewport()->width();
     }
 
-    // Shows a tip with the whole text of a row that is cut.
-    void showWhole(const QHelpEvent& event)
-    {
     // Below the rows, once some are selected. A list can have many more than it shows.
     void showCount(std::ptrdiff_t selected)
     {
@@ -292,6 +289,9 @@ private:
         setAccessibleDescription(selected > 0 ? count_.text() : QString());
     }
 
+    // Shows a tip with the whole text of a row that is cut.
+    void showWhole(const QHelpEvent& event)
+    {
         const QModelIndex index = indexAt(event.pos());
         if (!index.isValid() || !isCut(index)) {
             QToolTip::hideText();
@@ -310,11 +310,11 @@ private:
     Rows rows_;
     ListSelection selection_;
     FocusOutline outline_;
+    QLabel count_{this};  // of the selected rows; hidden if there are none
     int pressed_ = -1;
     int widest_ = 0;        // row, pixels
     int extent_ = 0;        // width that the program requests for the rows, virtual pixels
     int virtualWidth_ = 0;  // of the list box, virtual pixels
-    QLabel count_{this};  // of the selected rows; hidden if there are none
 };
 
 }  // namespace
