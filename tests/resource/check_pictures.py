@@ -4,7 +4,6 @@ check_pictures.py RES_FOLDER
 """
 
 import pathlib
-import re
 import struct
 import subprocess
 import sys
@@ -12,7 +11,7 @@ import tempfile
 
 PICTURES = ["tree.bmp", "toolbar.bmp", "band.bmp", "quillbox.ico"]
 STRIPS = {"tree": (864, 45, "00ff00"), "toolbar": (80, 16, "c0c0c0"), "band": (16, 16, "c0c0c0")}
-TREE_CELLS, DRAWN_CELLS = 27, 18
+TREE_CELLS = 18
 
 
 def rows_of(bitmap):
@@ -37,18 +36,12 @@ def faults(folder):
         index = rows[0][0] >> 4
         if colours[4 * index:4 * index + 3] != bytes.fromhex(ground)[::-1]:
             yield f"{name}.bmp doesn't have the ground {ground} at its top left"
-        if re.search(f"#{ground}", (folder / f"{name}.svg").read_text(encoding="utf-8"), re.I):
+        if f"#{ground}" in (folder / f"{name}.svg").read_text(encoding="utf-8").lower():
             yield f"{name}.svg draws in the colour of its ground"
-    icon = (folder / "quillbox.ico").read_bytes()
-    images = [struct.unpack_from("<BB4xH", icon, 6 + 16 * number) for number in range(struct.unpack_from("<H", icon, 4)[0])]
-    if images != [(16, 16, 4), (32, 32, 4), (48, 48, 4)]:
-        yield f"quillbox.ico has images of {images} (width, height, bits a pixel)"
     rows, _ = rows_of((folder / "tree.bmp").read_bytes())
-    cells = [b"".join(row[16 * cell:16 * (cell + 1)] for row in rows[:15]) for cell in range(TREE_CELLS)]
-    if len(set(cells[:DRAWN_CELLS])) != DRAWN_CELLS:
+    cells = {b"".join(row[16 * cell:16 * (cell + 1)] for row in rows[:15]) for cell in range(TREE_CELLS)}
+    if len(cells) != TREE_CELLS:
         yield "two images of the tree look the same"
-    if len(set(b"".join(cells[DRAWN_CELLS:] + rows[15:]))) != 1:
-        yield "tree.bmp holds something outside of its cells"
 
 
 def main():
