@@ -30,7 +30,6 @@ enum Control : int {
     NewExtension = 1016,
     Add = 1017,
     Remove = 1018,
-    DatePlace = 1020,
     NewerThan = 1024,
     Hidden = 1026,
 };
@@ -183,18 +182,6 @@ TEST_F(FilterDialogTest, DateFollowsThePickerAndStaysUnsetUntilItIsTouched)
     gOptions.newerThan = {};
     command(IDOK);  // stores the date even with the filter off
     EXPECT_EQ(newerThan(), "2025-12-24");
-}
-
-TEST_F(FilterDialogTest, PickerLiesWhereTheTemplateHasTheHiddenControlForIt)
-{
-    WindowState place;
-    WindowState state;
-    ASSERT_TRUE(readWindow(GetDlgItem(dialog, DatePlace), place) && readWindow(picker, state));
-    EXPECT_FALSE(place.visible);
-    EXPECT_EQ(state.rectangle.left, place.rectangle.left);
-    EXPECT_EQ(state.rectangle.top, place.rectangle.top);
-    EXPECT_EQ(state.rectangle.right, place.rectangle.right);
-    EXPECT_EQ(state.rectangle.bottom - state.rectangle.top, 20);
 }
 
 TEST_F(FilterDialogTest, CancelRestoresTheFilterOfTheFirstOpeningTheListOfThisOneAndNothingElse)

@@ -74,6 +74,20 @@ TEST_F(MainWindowTest, TreeFillsTheWindowBelowItsBands)
     EXPECT_EQ(tree.rectangle.bottom, client.bottom);
 }
 
+TEST_F(MainWindowTest, BandsRefuseWhatTheyCannotShow)
+{
+    REBARBANDINFOW band = {};
+    EXPECT_FALSE(CommandBands_AddBands(gCommandBands, nullptr, 1, &band));  // no size
+    EXPECT_EQ(CommandBands_GetCommandBar(gCommandBands, 2), nullptr);
+    const HWND toolbar = CommandBands_GetCommandBar(gCommandBands, 1);
+    EXPECT_FALSE(CommandBar_InsertMenubar(toolbar, nullptr, 999, 0));
+    EXPECT_EQ(CommandBar_AddBitmap(toolbar, nullptr, 999, 7, 0, 0), -1);
+    const TBBUTTON disabled = {1, 599, 0, 0, 0, 0};
+    EXPECT_EQ(SendMessageW(toolbar, TB_ADDBUTTONSW, 1, reinterpret_cast<LPARAM>(&disabled)), TRUE);
+    EXPECT_EQ(SendMessageW(toolbar, TB_ADDBUTTONSW, 5000, reinterpret_cast<LPARAM>(&disabled)), FALSE);
+    EXPECT_FALSE(postCommand(window, 599));
+}
+
 TEST_F(MainWindowTest, SecondStartBringsTheFirstWindowToTheFrontAndTouchesNothing)
 {
     const ItemList* const files = gFileList;
