@@ -236,6 +236,17 @@ TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotReplaceAGoodOne)
     EXPECT_EQ(copied(), good);
 }
 
+TEST_F(RegistryFileTest, FileIsStagedInADeviceThatIsGivenByALink)
+{
+    EXPECT_NE(copied(), "");
+    platform::registry::closeRegistry();
+    fs::create_directory_symlink(file().parent_path(), beside("link"));
+    std::string sentence;
+    ASSERT_TRUE(platform::registry::openRegistry(beside("link") / "device.db", sentence)) << sentence;
+    EXPECT_TRUE(RegRestoreFile(u"\\copy.reg")) << GetLastError();
+    EXPECT_TRUE(fs::exists(beside("registry.staged")));
+}
+
 TEST_F(RegistryFileTest, LinkInsteadOfTheStagedFileIsNotFollowed)
 {
     add(u"stays", u"old", REG_BINARY, "old");
