@@ -1,5 +1,8 @@
 #include "failing_memory.h"
 
+#include "ce/error.h"
+#include "ce/memory.h"
+
 #include <cstdlib>
 #include <new>
 
@@ -12,7 +15,7 @@ void* allocate(std::size_t bytes) noexcept
 {
     if (failFrom != 0 && ++allocations >= failFrom)
         return nullptr;
-    return std::malloc(bytes ? bytes : 1);
+    return std::calloc(1, bytes ? bytes : 1);
 }
 
 void* allocateOrThrow(std::size_t bytes)
@@ -29,6 +32,20 @@ void failAllocationsFrom(unsigned long nth)
 {
     failFrom = nth;
     allocations = 0;
+}
+
+HLOCAL LocalAlloc(UINT, std::size_t bytes)
+{
+    void* const block = allocate(bytes);
+    if (!block)
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return block;
+}
+
+HLOCAL LocalFree(HLOCAL block)
+{
+    std::free(block);
+    return nullptr;
 }
 
 void* operator new(std::size_t bytes)

@@ -11,11 +11,8 @@ const Bytes exampleHead = hex("03 00 00 00  48 00 69 00 00 00");
 const Bytes exampleEntry = hex("02 01  02 00 00 00  58 00 00 00  00 00 00 00  64 00 00 00");
 
 // Two files, a database and the registry, whose entry has the name of the item before.
-const Bytes fourItems = hex("01 00 00 00  00 00 "
-                            "01 01  03 00 00 00  5C 00 61 00 00 00  00 00 00 00  0C 00 00 00 "
-                            "01 01  04 00 00 00  5C 00 62 00 63 00 00 00  0C 00 00 00  20 00 00 00 "
-                            "02 01  02 00 00 00  58 00 00 00  20 00 00 00  30 00 00 00 "
-                            "03 01  02 00 00 00  58 00 00 00  30 00 00 00  00 00 00 80");
+const Bytes fourItems = hex("01 00 00 00  00 00") + entryBytes(1, "\\a", 0, 12) + entryBytes(1, "\\bc", 12, 32) +
+                        entryBytes(2, "X", 32, 48) + entryBytes(3, "X", 48, 0x80000000);
 
 class ListFileTest : public SetTest {};
 
@@ -108,18 +105,6 @@ TEST_F(ListFileTest, LongListComesBackEntryForEntry)
     ASSERT_TRUE(LoadList(u"\\A.QLT"));
     EXPECT_EQ(itemsOf(gFileList), expected);
     EXPECT_EQ(std::u16string(gComment), std::u16string(259, u'c'));
-}
-
-TEST_F(ListFileTest, DataFileIsNamedByTheLastThreeCharacters)
-{
-    for (const auto& [listPath, dataPath] :
-         {std::pair(u"\\Card\\QUILBOX\\QLBX0001.QLT", u"\\Card\\QUILBOX\\QLBX0001.QDT"),
-          {u"QLT", u"QDT"},
-          {u"LT", u""}}) {
-        WCHAR path[MAX_PATH];
-        DataPathOfList(path, listPath);
-        EXPECT_EQ(std::u16string(path), dataPath);
-    }
 }
 
 }  // namespace

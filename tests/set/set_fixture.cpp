@@ -1,30 +1,5 @@
 #include "set_fixture.h"
 
-#include <sstream>
-
-Bytes hex(std::string_view text)
-{
-    Bytes bytes;
-    std::istringstream pairs{std::string(text)};
-    for (unsigned value = 0; pairs >> std::hex >> value;)
-        bytes.push_back(static_cast<BYTE>(value));
-    return bytes;
-}
-
-Bytes operator+(Bytes left, const Bytes& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
-Bytes repeated(std::size_t count, const Bytes& part)
-{
-    Bytes bytes;
-    for (std::size_t i = 0; i < count; i++)
-        bytes.insert(bytes.end(), part.begin(), part.end());
-    return bytes;
-}
-
 SetTest::SetTest() : FileTest(memoryFolder())
 {
     RenewLists();
@@ -50,15 +25,14 @@ void SetTest::addCard(std::uint64_t capacity) const
 void SetTest::write(const std::u16string& path, const Bytes& bytes)
 {
     const HANDLE file = open(path, GENERIC_WRITE, CREATE_ALWAYS);
-    EXPECT_EQ(FileTest::write(file, std::string(bytes.begin(), bytes.end())), bytes.size());
+    EXPECT_EQ(FileTest::write(file, bytes), bytes.size());
     CloseHandle(file);
 }
 
 Bytes SetTest::read(const std::u16string& path)
 {
     EXPECT_TRUE(exists(path.c_str()));
-    const std::string bytes = readAll(path, 1'000'000);
-    return {bytes.begin(), bytes.end()};
+    return readAll(path, 1'000'000);
 }
 
 bool SetTest::exists(const WCHAR* path)

@@ -4,20 +4,15 @@
 #include "file_fixture.h"
 
 #include "set/set_state.h"
+#include "written_bytes.h"
 
-#include <string_view>
 #include <tuple>
 #include <vector>
 
-using Bytes = std::vector<BYTE>;
+using Bytes = std::string;
 using Blobs = std::vector<Bytes>;
 // Name, start offset and end offset.
 using LoadedItem = std::tuple<std::u16string, DWORD, DWORD>;
-
-// "51 42 58": pairs of digits between blanks.
-Bytes hex(std::string_view text);
-Bytes operator+(Bytes left, const Bytes& right);
-Bytes repeated(std::size_t count, const Bytes& part);
 
 class SetTest : public FileTest {
 protected:

@@ -6,6 +6,7 @@
 #include "file/name_space.h"
 #include "scripted_questions.h"
 #include "store_fixture.h"
+#include "written_bytes.h"
 
 #include "ce/file.h"
 
@@ -18,24 +19,6 @@
 #include <sstream>
 
 namespace fs = std::filesystem;
-
-// "58 00": pairs of digits between blanks.
-inline std::string hex(const std::string& digits)
-{
-    std::istringstream words(digits);
-    std::string bytes;
-    for (std::string word; words >> word;)
-        bytes += static_cast<char>(std::stoi(word, nullptr, 16));
-    return bytes;
-}
-
-inline std::string repeated(const std::string& piece, int times)
-{
-    std::string all;
-    for (; times > 0; --times)
-        all += piece;
-    return all;
-}
 
 // A database "Ab" of type 0x01020304 with one sort order and two records. They contain each type, also one whose value
 // an image doesn't keep. The record that was made last comes first.
@@ -115,7 +98,7 @@ protected:
     static Records goldenRestored()
     {
         Records records = reversed(goldenRecords());
-        records[0][0].value = std::string(4, '\0');
+        records[0][0].value = std::string(sizeof(CEVALUNION), '\0');
         return records;
     }
 

@@ -8,24 +8,6 @@
 
 namespace {
 
-std::size_t bitsOf(WORD type)
-{
-    switch (type) {
-    case CEVT_I2:
-    case CEVT_UI2:
-        return 2;
-    case CEVT_I4:
-    case CEVT_UI4:
-    case CEVT_BOOL:
-        return 4;
-    case CEVT_R8:
-    case CEVT_FILETIME:
-        return 8;
-    default:
-        return sizeof(CEVALUNION);
-    }
-}
-
 CEPROPVAL toValue(const Property& property)
 {
     CEPROPVAL value = {};
@@ -43,14 +25,15 @@ CEPROPVAL toValue(const Property& property)
 
 Property fromValue(const CEPROPVAL& value)
 {
-    Property property{value.propid, {}, value.wFlags};
-    if (LOWORD(value.propid) == CEVT_LPWSTR && value.val.lpwstr)
-        property = text(HIWORD(value.propid), value.val.lpwstr, value.wFlags);
-    else if (LOWORD(value.propid) == CEVT_BLOB && value.val.blob.lpb)
-        property.value.assign(reinterpret_cast<const char*>(value.val.blob.lpb), value.val.blob.dwCount);
-    else if (LOWORD(value.propid) != CEVT_LPWSTR && LOWORD(value.propid) != CEVT_BLOB)
-        property.value.assign(reinterpret_cast<const char*>(&value.val), bitsOf(LOWORD(value.propid)));
-    return property;
+    const auto& [bytes, content] = value.val.blob;
+    switch (LOWORD(value.propid)) {
+    case CEVT_LPWSTR:
+        return text(HIWORD(value.propid), value.val.lpwstr, value.wFlags);
+    case CEVT_BLOB:
+        return blob(HIWORD(value.propid), {reinterpret_cast<const char*>(content), bytes}, value.wFlags);
+    default:
+        return {value.propid, {reinterpret_cast<const char*>(&value.val), sizeof value.val}, value.wFlags};
+    }
 }
 
 }  // namespace

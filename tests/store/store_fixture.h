@@ -5,11 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
 
-// A property with its value as bytes: of a text or blob its content, otherwise the bits of the value.
+// A property with its value as bytes: of a text or blob its content, otherwise the bits of the union.
 struct Property {
     CEPROPID id = 0;
     std::string value;
@@ -29,7 +30,9 @@ constexpr CEPROPID propertyId(WORD number, WORD type)
 template <class Value>
 Property number(WORD id, WORD type, Value value, WORD flags = 0)
 {
-    return {propertyId(id, type), std::string(reinterpret_cast<const char*>(&value), sizeof value), flags};
+    std::string bits(sizeof(CEVALUNION), '\0');
+    std::memcpy(bits.data(), &value, sizeof value);
+    return {propertyId(id, type), bits, flags};
 }
 Property text(WORD id, const std::u16string& value, WORD flags = 0);
 Property blob(WORD id, const std::string& value, WORD flags = 0);
