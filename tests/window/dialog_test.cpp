@@ -184,18 +184,6 @@ TEST_F(DialogTest, EnterInAMultiLineEditIsOkWithCtrlOrIfTheTextIsReadOnly)
     }
 }
 
-TEST_F(DialogTest, MultiLineEditTakesEnterAndNotTab)
-{
-    open({{u"EDIT", u"", 10, WS_TABSTOP | ES_MULTILINE | ES_WANTRETURN},
-          {u"BUTTON", u"Box", 11, WS_TABSTOP | BS_AUTOCHECKBOX}});
-    user.type(control(10), u"one\ntwo");
-    user.key(control(10), VK_RETURN);
-    user.type(control(10), u"\u00e9");
-    user.waitUntil([&] { return textOf(control(10)) == u"one\r\ntwo\r\n\u00e9"; });
-    keysMoveTheFocus({{VK_TAB, 11}, {VK_TAB, 10}});
-    EXPECT_EQ(pressEscape(), IDCANCEL);
-}
-
 TEST_F(DialogTest, DisablingTheFocusedControlMovesTheFocusOn)
 {
     seen.onInit = [](HWND dialog) {
@@ -245,20 +233,6 @@ TEST_F(DialogTest, DialogThatEndsWhileItIsInitializedIsNeverShown)
     EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);  // the loop outside receives it, too
     EXPECT_EQ(message.wParam, 4U);
     DestroyWindow(main);
-}
-
-// A program's private messages have the numbers of the dialog manager's.
-TEST_F(DialogTest, PrivateMessagesWithTheNumbersOfTheDialogManagersChangeNothing)
-{
-    const HWND modeless =
-        CreateDialogIndirectParamW(nullptr, makeTemplate(u"Test", EditAndBoxes), nullptr, dialogProc, 0);
-    ASSERT_TRUE(modeless);
-    EXPECT_FALSE(IsWindowVisible(modeless));  // no WS_VISIBLE
-    send(modeless, DM_SETDEFID);
-    EXPECT_EQ(send(modeless, DM_GETDEFID), 0);
-    send(modeless, DM_REPOSITION);
-    EXPECT_FALSE(EndDialog(modeless, 1));  // not modal
-    EXPECT_TRUE(DestroyWindow(modeless));
 }
 
 TEST_F(DialogTest, DialogThatCannotBeMadeLeavesNoWindowAndEnablesItsOwner)

@@ -90,19 +90,6 @@ TEST(MessageQueueTest, TimerTicksMissedWhileBusyComeAsOne)
     DestroyWindow(window);
 }
 
-TEST(MessageQueueTest, KeysBecomeCharactersOnlyByTranslation)
-{
-    const HWND window = makePlain();
-    const MSG key = {window, WM_KEYDOWN, 'A', 0, 0, {}};
-    EXPECT_TRUE(TranslateMessage(&key));
-    MSG message = {};
-    GetMessageW(&message, window, WM_CHAR, WM_CHAR);
-    EXPECT_EQ(message.wParam, static_cast<WPARAM>(u'a'));
-    const MSG arrow = {window, WM_KEYDOWN, VK_LEFT, 0, 0, {}};
-    EXPECT_FALSE(TranslateMessage(&arrow));
-    DestroyWindow(window);
-}
-
 // A window whose command 9 works until it is released.
 struct WorkingWindow {
     std::promise<void> begun;

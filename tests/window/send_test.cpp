@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 namespace platform::window::test {
 namespace {
 
@@ -38,19 +36,13 @@ HWND makeAnswering()
     return makeWindow(windowClass(u"Answering", answering));
 }
 
-// A window thread whose handler blocks until released.
-struct BusyThread {
-    BusyThread() : windows(makeAnswering)
-    {
-        PostMessageW(windows.window(), Block, reinterpret_cast<WPARAM>(&begun), reinterpret_cast<LPARAM>(&released));
-        begun.get_future().wait();
-    }
-
+// The window's thread begins to block, and ends that once `released` is set.
+void block(HWND window, std::future<void>& released)
+{
     std::promise<void> begun;
-    std::promise<void> release;
-    std::future<void> released = release.get_future();
-    WindowThread windows;
-};
+    PostMessageW(window, Block, reinterpret_cast<WPARAM>(&begun), reinterpret_cast<LPARAM>(&released));
+    begun.get_future().wait();
+}
 
 TEST(SendTest, TwoThreadsThatSendToEachOtherDontBlock)
 {
@@ -73,19 +65,6 @@ TEST(SendTest, TwoThreadsThatSendToEachOtherDontBlock)
     std::thread other(play, 1);
     play(0);
     other.join();
-}
-
-TEST(SendTest, ManySendersAtOnceAreEachAnswered)
-{
-    WindowThread receiver(makeAnswering);
-    std::vector<std::thread> senders;
-    for (int sender = 0; sender < 4; ++sender)
-        senders.emplace_back([&receiver] {
-            for (WPARAM round = 0; round < 2000; ++round)
-                ASSERT_EQ(SendMessageW(receiver.window(), Ask, round, 0), static_cast<LRESULT>(round) + 1);
-        });
-    for (std::thread& sender : senders)
-        sender.join();
 }
 
 TEST(SendTest, DeadHandleIsRefusedAfterItsSlotIsUsedAgain)
@@ -130,26 +109,13 @@ TEST(SendTest, SendEndsWithAnErrorWhenTheReceivingThreadEnds)
     EXPECT_FALSE(IsWindow(window));
 }
 
-TEST(SendTest, SenderAnswersOthersWhileItWaits)
-{
-    BusyThread busy;
-    std::promise<HWND> made;
-    std::thread sender([&] {
-        const HWND own = makeAnswering();
-        made.set_value(own);
-        EXPECT_EQ(SendMessageW(busy.windows.window(), Ask, 1, 0), 2);
-        DestroyWindow(own);
-    });
-    // The sender runs no message loop, but a thread that waits in a send can be sent to.
-    EXPECT_EQ(SendMessageW(made.get_future().get(), Ask, 5, 0), 6);
-    busy.release.set_value();
-    sender.join();
-}
-
 TEST(SendTest, DialogOverABusyThreadsWindowIsMadeAndDestroyedWithoutWaitingForThatThread)
 {
-    BusyThread busy;
-    const HWND owner = busy.windows.window();
+    std::promise<void> release;
+    std::future<void> released = release.get_future();
+    const WindowThread busy(makeAnswering);
+    const HWND owner = busy.window();
+    block(owner, released);
     const HWND dialog = CreateDialogIndirectParamW(
         nullptr, makeTemplate(u"Progress", {{u"Static", u"Message", 1002, 0}}, 0x90c008c0), owner,
         [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
@@ -159,7 +125,7 @@ TEST(SendTest, DialogOverABusyThreadsWindowIsMadeAndDestroyedWithoutWaitingForTh
     EXPECT_TRUE(EnableWindow(owner, TRUE));
     EXPECT_TRUE(SetForegroundWindow(dialog));
     EXPECT_TRUE(DestroyWindow(dialog));
-    busy.release.set_value();
+    release.set_value();
 }
 
 TEST(SendTest, OwnedWindowOfAnotherThreadIsDestroyedWithItsOwner)
@@ -171,26 +137,21 @@ TEST(SendTest, OwnedWindowOfAnotherThreadIsDestroyedWithItsOwner)
     EXPECT_FALSE(IsWindow(other.window()));
 }
 
-TEST(SendTest, PostedMessagesAreServedBetweenSendsWithoutAPause)
+TEST(SendTest, ManySendersAreEachAnsweredAndPostedMessagesAreServedBetweenTheirSends)
 {
     WindowThread receiver(makeAnswering);
     std::atomic<bool> stop = false;
     std::vector<std::thread> senders;
-    for (int sender = 0; sender < 2; ++sender)
+    for (int sender = 0; sender < 3; ++sender)
         senders.emplace_back([&] {
-            while (!stop)
-                SendMessageW(receiver.window(), Ask, 1, 0);
+            for (WPARAM round = 0; !stop || round < 500; ++round)
+                ASSERT_EQ(SendMessageW(receiver.window(), Ask, round, 0), static_cast<LRESULT>(round) + 1);
         });
-    for (int round = 0; round < 20; ++round) {
-        std::promise<void> reached;
-        std::promise<void> release;
-        std::future<void> released = release.get_future();
-        release.set_value();
-        PostMessageW(receiver.window(), Block, reinterpret_cast<WPARAM>(&reached), reinterpret_cast<LPARAM>(&released));
-        reached.get_future().wait();
-        // The handler has finished with its promise and future once an answer comes.
-        EXPECT_EQ(SendMessageW(receiver.window(), Ask, 1, 0), 2);
-    }
+    std::promise<void> release;
+    release.set_value();
+    std::future<void> released = release.get_future();
+    for (int round = 0; round < 20; ++round)
+        block(receiver.window(), released);
     stop = true;
     for (std::thread& sender : senders)
         sender.join();
