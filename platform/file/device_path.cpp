@@ -90,8 +90,8 @@ HostPath resolvePath(std::u16string_view devicePath)
         const std::u16string_view name = devicePath.substr(0, end);
         devicePath.remove_prefix(std::min(end + 1, devicePath.size()));
         if (first) {
-            if (auto mounted = findMount(name)) {
-                path.mount = std::move(mounted);
+            if (MountedFolder* const mounted = findMount(name)) {
+                path.mount = mounted;
                 continue;
             }
         }

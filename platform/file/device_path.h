@@ -5,7 +5,6 @@
 
 #include "ce/types.h"
 
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -13,7 +12,7 @@ namespace platform::file {
 
 struct HostPath {
     DWORD error = 0;  // 123 or 206 for an invalid path, 3 without a root folder; the other fields are empty then
-    std::shared_ptr<MountedFolder> mount;
+    MountedFolder* mount = nullptr;
     std::string below;             // the path below the mount, parts joined by '/'; empty for the mounted folder itself
     std::size_t nameStart = 0;     // offset of the last part in `below`
     bool endsInBackslash = false;  // and is not the root alone

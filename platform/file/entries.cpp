@@ -22,7 +22,7 @@ using host::platformError;
 namespace {
 
 Deleted deleteFound(const HostPath& path, int folder, const HostStatus& status, const OpenFiles& table)
-    REQUIRES(table.mutex())
+    REQUIRES(table.openings()) EXCLUDES(table.mutex())
 {
     if (const DWORD error = deletionError(path, folder, status, table))
         return {error, error == ERROR_SHARING_VIOLATION};
@@ -50,9 +50,9 @@ Deleted deleteTemporary(const HostPath& path, const SharedFile& file, OpenFiles&
 // Before the host is asked about a path.
 DWORD nameTemporaries(const HostPath& path)
 {
-    const auto table = OpenFiles::instance();
-    const kernel::MutexLock lock(table->mutex());
-    return table->nameOnTheWayTo(path);
+    OpenFiles& table = OpenFiles::instance();
+    const kernel::MutexLock lock(table.mutex());
+    return table.nameOnTheWayTo(path);
 }
 
 }  // namespace
@@ -61,13 +61,19 @@ DWORD deletionError(const HostPath& path, int folder, const HostStatus& status, 
 {
     constexpr DWORD KeepsOut =
         FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE;
-    const StoredAttributes stored =
-        table.wasMadeHere(status) ? StoredAttributes{} : storedAttributes(folder, path.name(), status);
+    bool wasMadeHere = false;
+    bool isOpen = false;
+    {
+        const kernel::MutexLock lock(table.mutex());
+        wasMadeHere = table.wasMadeHere(status);
+        isOpen = table.isOpen(keyOf(status));
+    }
+    const StoredAttributes stored = wasMadeHere ? StoredAttributes{} : storedAttributes(folder, path.name(), status);
     if (stored.error != 0)
         return ioError(stored.error);
     if ((attributesOf(status, stored.bits, false) & KeepsOut) != 0)
         return ERROR_ACCESS_DENIED;
-    return table.isOpen(keyOf(status)) ? ERROR_SHARING_VIOLATION : 0;
+    return isOpen ? ERROR_SHARING_VIOLATION : 0;
 }
 
 Attributes attributesAt(const HostPath& path)
@@ -155,19 +161,24 @@ Deleted deleteFileAt(const HostPath& path)
 {
     if (const DWORD error = cannotBeAFile(path))
         return {error};
-    const auto table = OpenFiles::instance();
-    const kernel::MutexLock lock(table->mutex());
-    if (const auto temporary = table->temporaries().find(path))
-        return deleteTemporary(path, *temporary, *table);
-    if (const DWORD error = table->nameOnTheWayTo(path); error != 0)
-        return {error};
+    OpenFiles& table = OpenFiles::instance();
+    {
+        const kernel::MutexLock lock(table.mutex());
+        if (const auto temporary = table.temporaries().find(path))
+            return deleteTemporary(path, *temporary, table);
+        if (const DWORD error = table.nameOnTheWayTo(path); error != 0)
+            return {error};
+    }
+    const kernel::ExclusiveLock alone(table.openings());
     const ParentFolder parent(path);
     HostStatus status = {};
     if (const int result = statusAt(parent, path, status); result < 0)
         return {errorAt(path, parent, result)};
-    const Deleted deleted = deleteFound(path, parent.get(), status, *table);
-    if (deleted.error == 0)
-        table->temporaries().noteDeleted(path);
+    const Deleted deleted = deleteFound(path, parent.get(), status, table);
+    if (deleted.error == 0) {
+        const kernel::MutexLock lock(table.mutex());
+        table.temporaries().noteDeleted(path);
+    }
     return deleted;
 }
 

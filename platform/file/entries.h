@@ -31,8 +31,9 @@ struct Deleted {
 // Deletes a file that isn't open in this process.
 [[nodiscard]] Deleted deleteFileAt(const HostPath& path);
 
-// Why the rules of the name space forbid the deletion of the entry; 0 if they don't. `folder` holds the entry.
+// Why the rules of the name space forbid the deletion of the entry; 0 if they don't. `folder` holds the entry. No file
+// is opened meanwhile, so that the answer holds.
 [[nodiscard]] DWORD deletionError(const HostPath& path, int folder, const HostStatus& status, const OpenFiles& table)
-    REQUIRES(table.mutex());
+    REQUIRES(table.openings()) EXCLUDES(table.mutex());
 
 }  // namespace platform::file

@@ -174,18 +174,18 @@ BOOL DeclareTemporaryFile(const WCHAR* path)
     const HostPath hostPath = resolvePath(boundedPath(path));
     if (const DWORD error = cannotBeAFile(hostPath); error != 0)
         return fail(error);
-    const auto table = OpenFiles::instance();
-    const kernel::MutexLock lock(table->mutex());
-    table->temporaries().declare(hostPath);
+    OpenFiles& table = OpenFiles::instance();
+    const kernel::MutexLock lock(table.mutex());
+    table.temporaries().declare(hostPath);
     return TRUE;
 }
 
 BOOL WithdrawTemporaryFile(const WCHAR* path)
 {
     const HostPath hostPath = resolvePath(boundedPath(path));
-    const auto table = OpenFiles::instance();
-    const kernel::MutexLock lock(table->mutex());
-    return succeedUnless(table->withdrawTemporary(hostPath));
+    OpenFiles& table = OpenFiles::instance();
+    const kernel::MutexLock lock(table.mutex());
+    return succeedUnless(table.withdrawTemporary(hostPath));
 }
 
 BOOL DeleteFileW(const WCHAR* path)

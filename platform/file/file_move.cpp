@@ -54,16 +54,17 @@ DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
     }
     if (from.mount != to.mount)
         return ERROR_NOT_SAME_DEVICE;
-    const auto table = OpenFiles::instance();
-    const kernel::MutexLock lock(table->mutex());
+    OpenFiles& table = OpenFiles::instance();
+    const kernel::ExclusiveLock alone(table.openings());
     for (const HostPath* path : {&from, &to}) {
-        if (const DWORD error = table->nameOnTheWayTo(*path))
+        const kernel::MutexLock lock(table.mutex());
+        if (const DWORD error = table.nameOnTheWayTo(*path))
             return error;
     }
     const Entry moved(from);
     if (moved.result < 0)
         return errorAt(from, moved.folder, moved.result);
-    if (const DWORD error = deletionError(from, moved.folder.get(), moved.status, *table))
+    if (const DWORD error = deletionError(from, moved.folder.get(), moved.status, table))
         return error;
     const Entry replaced(to);
     if (replaced.folder.get() < 0 || (replaced.result < 0 && replaced.result != -ENOENT))
@@ -72,7 +73,7 @@ DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
     if (exists && !replace)
         return ERROR_ALREADY_EXISTS;
     if (exists) {
-        if (const DWORD error = deletionError(to, replaced.folder.get(), replaced.status, *table))
+        if (const DWORD error = deletionError(to, replaced.folder.get(), replaced.status, table))
             return error;
         if (const DWORD error = takeRightsOf(replaced.status, moved.folder.get(), from.name()))
             return error;
@@ -81,7 +82,10 @@ DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
     if (const DWORD error = moveEntry(moved, from.name(), replaced, to.name(), replace))
         return error;
     to.mount->noteChange(deviceOf(moved.status));
-    table->temporaries().noteDeleted(from);
+    {
+        const kernel::MutexLock lock(table.mutex());
+        table.temporaries().noteDeleted(from);
+    }
     if (exists && replaced.status.stx_nlink == 1)
         to.mount->giveBackRoom(replaced.status.stx_size);
     return 0;

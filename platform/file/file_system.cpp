@@ -1,9 +1,10 @@
 #include "file_system.h"
 
+#include "kernel/mutex.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <mutex>
 
 namespace platform::file {
 
@@ -16,7 +17,7 @@ struct Known {
 
 // A run alternates between few devices.
 struct Memory {
-    std::mutex mutex;
+    kernel::Mutex mutex;
     std::array<Known, 4> known;
     std::size_t filled = 0;
     std::size_t next = 0;
@@ -33,7 +34,7 @@ Memory& memory()
 std::optional<FileSystem> fileSystemOf(int file, std::uint64_t device)
 {
     Memory& kept = memory();
-    const std::lock_guard lock(kept.mutex);
+    const kernel::MutexLock lock(kept.mutex);
     const auto end = kept.known.begin() + static_cast<std::ptrdiff_t>(kept.filled);
     if (const auto found = std::find_if(kept.known.begin(), end, [&](const Known& k) { return k.device == device; });
         found != end)

@@ -70,7 +70,7 @@ DWORD FolderSearch::next(WIN32_FIND_DATAW& found)
 
 bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
 {
-    while (const auto mount = mountAt(mountsSeen_)) {
+    while (const MountedFolder* const mount = mountAt(mountsSeen_)) {
         ++mountsSeen_;
         if (!matchesPattern(mount->name(), pattern_))
             continue;
@@ -99,7 +99,7 @@ bool FolderSearch::describe(std::string_view hostName, std::u16string_view name,
     }
     if (!isFolder(status) && (!isFile(status) || wanted_ == Wanted::Folders))
         return false;
-    const std::uint64_t size = isFile(status) ? table_->sizeOfWritten(keyOf(status)).value_or(status.stx_size) : 0;
+    const std::uint64_t size = isFile(status) ? table_.sizeOfWritten(keyOf(status)).value_or(status.stx_size) : 0;
     describeStatus(status, size, name, found);
     found.dwFileAttributes = attributes(reader_.folder(), hostName.data(), name, status);
     return true;
@@ -131,7 +131,7 @@ SearchBegun beginSearch(std::u16string_view pathWithPattern, Wanted wanted)
     const HostPath folder = resolvePath(nameStart == 0 ? u"\\" : pathWithPattern.substr(0, nameStart));
     if (folder.error != 0)
         return {folder.error, nullptr};
-    if (const DWORD error = OpenFiles::instance()->nameInFolder(folder); error != 0)
+    if (const DWORD error = OpenFiles::instance().nameInFolder(folder); error != 0)
         return {error, nullptr};
     Descriptor opened(
         openBelow(folder.mount->folder(), folder.isMount() ? "." : folder.below.c_str(), O_RDONLY | O_DIRECTORY));

@@ -36,8 +36,8 @@ private:
     void noteUnread(std::u16string_view name, int error) const;
 
     std::mutex mutex_;
-    const std::shared_ptr<OpenFiles> table_;
-    const std::shared_ptr<MountedFolder> mount_;
+    OpenFiles& table_;
+    MountedFolder* const mount_;
     const bool isRoot_;
     const std::u16string path_;
     const std::u16string pattern_;

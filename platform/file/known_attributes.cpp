@@ -35,7 +35,7 @@ KnownAttributes& KnownAttributes::instance()
 
 std::optional<DWORD> KnownAttributes::find(const HostStatus& status)
 {
-    const std::lock_guard lock(mutex_);
+    const kernel::MutexLock lock(mutex_);
     const auto& chunk = chunks_[status.stx_ino / ChunkSlots % Chunks];
     if (!chunk)
         return std::nullopt;
@@ -47,7 +47,7 @@ std::optional<DWORD> KnownAttributes::find(const HostStatus& status)
 
 void KnownAttributes::note(const HostStatus& status, DWORD bits)
 {
-    const std::lock_guard lock(mutex_);
+    const kernel::MutexLock lock(mutex_);
     auto& chunk = chunks_[status.stx_ino / ChunkSlots % Chunks];
     if (!chunk)
         chunk = std::make_unique<Chunk>();

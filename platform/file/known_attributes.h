@@ -6,13 +6,13 @@
 #pragma once
 
 #include "host_calls.h"
+#include "kernel/mutex.h"
 
 #include "ce/types.h"
 
 #include <array>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 
 namespace platform::file {
@@ -45,8 +45,8 @@ private:
     static constexpr std::size_t Chunks = 8192;
     using Chunk = std::array<Slot, ChunkSlots>;
 
-    std::mutex mutex_;
-    std::array<std::unique_ptr<Chunk>, Chunks> chunks_;
+    kernel::Mutex mutex_;
+    std::array<std::unique_ptr<Chunk>, Chunks> chunks_ GUARDED_BY(mutex_);
 };
 
 }  // namespace platform::file

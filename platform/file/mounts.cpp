@@ -9,8 +9,8 @@ namespace platform::file {
 namespace {
 
 struct Mounts {
-    std::shared_ptr<MountedFolder> root;
-    std::vector<std::shared_ptr<MountedFolder>> inRoot;
+    std::unique_ptr<MountedFolder> root;
+    std::vector<std::unique_ptr<MountedFolder>> inRoot;
 };
 
 Mounts& mounts()
@@ -21,20 +21,21 @@ Mounts& mounts()
 
 }  // namespace
 
-std::shared_ptr<MountedFolder> rootMount()
+MountedFolder* rootMount()
 {
-    return mounts().root;
+    return mounts().root.get();
 }
 
-std::shared_ptr<MountedFolder> findMount(std::u16string_view name)
+MountedFolder* findMount(std::u16string_view name)
 {
-    const auto found = std::ranges::find(mounts().inRoot, name, &MountedFolder::name);
-    return found == mounts().inRoot.end() ? nullptr : *found;
+    const auto found = std::ranges::find(
+        mounts().inRoot, name, [](const auto& mount) -> const auto& { return mount->name(); });
+    return found == mounts().inRoot.end() ? nullptr : found->get();
 }
 
-std::shared_ptr<MountedFolder> mountAt(std::size_t index)
+MountedFolder* mountAt(std::size_t index)
 {
-    return index < mounts().inRoot.size() ? mounts().inRoot[index] : nullptr;
+    return index < mounts().inRoot.size() ? mounts().inRoot[index].get() : nullptr;
 }
 
 bool hiddenByMount(std::string_view hostName)
@@ -42,7 +43,7 @@ bool hiddenByMount(std::string_view hostName)
     return std::ranges::any_of(mounts().inRoot, [&](const auto& mount) { return mount->hostName() == hostName; });
 }
 
-void insertMount(std::shared_ptr<MountedFolder> added)
+void insertMount(std::unique_ptr<MountedFolder> added)
 {
     if (added->name().empty())
         mounts().root = std::move(added);

@@ -87,7 +87,7 @@ bool addMount(Mount mount)
     volume->device = deviceOf(status);
     prepareProcess();
     const std::uint64_t used = mount.capacity ? measure(folder.get()) : 0;
-    auto added = std::make_shared<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
+    auto added = std::make_unique<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
                                                  mount.card, mount.capacity, used);
     insertMount(std::move(added));
     return true;
@@ -99,16 +99,16 @@ void removeAllMounts()
         return typeid(object) == typeid(OpenFile) || typeid(object) == typeid(FolderSearch);
     });
     {
-        const auto table = OpenFiles::instance();
-        const kernel::MutexLock lock(table->mutex());
-        table->temporaries().withdrawAll();
+        OpenFiles& table = OpenFiles::instance();
+        const kernel::MutexLock lock(table.mutex());
+        table.temporaries().withdrawAll();
     }
     forgetMounts();
 }
 
 std::optional<std::uint64_t> usedBytes(const std::u16string& mountName)
 {
-    const auto mount = mountName.empty() ? rootMount() : findMount(mountName);
+    const MountedFolder* const mount = mountName.empty() ? rootMount() : findMount(mountName);
     return mount && mount->hasCapacity() ? std::optional(mount->used()) : std::nullopt;
 }
 
@@ -131,7 +131,7 @@ std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
 
 int rootFolder()
 {
-    const auto root = rootMount();
+    const MountedFolder* const root = rootMount();
     return root ? root->folder() : -1;
 }
 

@@ -19,9 +19,9 @@ namespace {
 constexpr auto MostBytes = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 }
 
-OpenFile::OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const Sharing& sharing,
-                   Descriptor descriptor, HostPath hostPath)
-    : table_(std::move(table)), file_(std::move(file)), sharing_(sharing), descriptor_(std::move(descriptor)),
+OpenFile::OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sharing& sharing, Descriptor descriptor,
+                   HostPath hostPath)
+    : table_(table), file_(std::move(file)), sharing_(sharing), descriptor_(std::move(descriptor)),
       hostPath_(std::move(hostPath))
 {
 }
@@ -32,7 +32,7 @@ OpenFile::~OpenFile()
     // Closed before the file leaves the table: otherwise the next opening would take this descriptor for another
     // process's.
     descriptor_ = Descriptor();
-    table_->leave(*file_, sharing_);
+    table_.leave(*file_, sharing_);
 }
 
 DWORD OpenFile::close()
@@ -84,7 +84,7 @@ Written OpenFile::write(std::span<const std::byte> bytes)
         // Room that other files have reserved but don't use must not make this write fail. releaseReserves locks each
         // file in turn, so this one is unlocked: a thread never holds the locks of two files.
         lock.unlock();
-        table_->releaseReserves();
+        table_.releaseReserves();
         lock.lock();
         const std::size_t before = written.bytes;
         written = file_->write(descriptor(), position_, bytes.subspan(before));

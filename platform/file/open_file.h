@@ -22,8 +22,8 @@ class OpenFile final : public kernel::Object {
 public:
     // `file` was entered into `table` under `sharing`, and leaves it in the destructor. A temporary file is opened
     // without a descriptor.
-    OpenFile(std::shared_ptr<OpenFiles> table, std::shared_ptr<SharedFile> file, const Sharing& sharing,
-             Descriptor descriptor, HostPath hostPath);
+    OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sharing& sharing, Descriptor descriptor,
+             HostPath hostPath);
     ~OpenFile() override;
 
     [[nodiscard]] DWORD close() override;
@@ -58,14 +58,14 @@ private:
     // Before a call that needs a temporary file on the host. 0 or the error.
     [[nodiscard]] DWORD placeOnHost() EXCLUDES(file_->mutex())
     {
-        return file_->isTemporary() ? table_->nameOnHost(*file_) : 0;
+        return file_->isTemporary() ? table_.nameOnHost(*file_) : 0;
     }
     [[nodiscard]] DWORD writeOut() REQUIRES(file_->mutex());
     [[nodiscard]] DWORD refreshSize(HostStatus& status) REQUIRES(file_->mutex());
     [[nodiscard]] DWORD endOfFile(std::uint64_t& end) REQUIRES(file_->mutex());
     [[nodiscard]] DWORD flushEntries() const;
 
-    const std::shared_ptr<OpenFiles> table_;
+    OpenFiles& table_;
     const std::shared_ptr<SharedFile> file_;
     const Sharing sharing_;
     Descriptor descriptor_;

@@ -14,9 +14,10 @@
 
 namespace platform::file {
 
-std::shared_ptr<OpenFiles> OpenFiles::instance()
+// Never destroyed: a file can be closed after the static objects of this room are gone.
+OpenFiles& OpenFiles::instance()
 {
-    static const auto only = std::make_shared<OpenFiles>();
+    static OpenFiles& only = *std::make_unique<OpenFiles>().release();
     return only;
 }
 
@@ -32,8 +33,8 @@ bool OpenFiles::conflicts(const FileKey& key, const Sharing& sharing) const
            ((sharing.share & FILE_SHARE_WRITE) == 0 && open.writers > 0);
 }
 
-std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& sharing,
-                                             const std::shared_ptr<MountedFolder>& mount, std::uint64_t size)
+std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& sharing, MountedFolder& mount,
+                                             std::uint64_t size)
 {
     Entry& entry = files_[key];
     if (!entry.file)

@@ -1,7 +1,14 @@
 // open_files.h - the table of the files that this process has open, with what their handles allow each other.
 //
-// Clang proves that the table is used under its lock. A thread that needs the table's lock and a file's takes the
-// table's first.
+// Two locks, besides that of each file. A thread that needs several takes them in this order:
+//
+// - `openings` is held shared from the host's opening of a file until the file is entered or closed again. Two threads
+//   can open files at the same time. If the host says then that a file is in use, the reason can be the other thread's
+//   descriptor of the same file, which isn't in the table yet, or the lease that it has taken for a moment. So such an
+//   opening closes the file and is made again while it holds the lock alone, when no other opening is on its way. Calls
+//   that delete or move a file hold it alone too.
+// - `mutex` guards the table. It is held only while the table is read or changed, and over calls on the host only to
+//   give a temporary file its name.
 #pragma once
 
 #include "attributes.h"
@@ -30,20 +37,18 @@ struct Sharing {
 
 class OpenFiles {
 public:
-    // The table of this process. An open file holds a reference, so that the table outlives it.
-    static std::shared_ptr<OpenFiles> instance();
+    // The table of this process, which lives until the process ends.
+    static OpenFiles& instance();
 
-    // Held from the host's opening of a file until the file is entered: otherwise two threads could each find the
-    // other's descriptor and take it for another process's.
+    kernel::SharedMutex& openings() const RETURN_CAPABILITY(openings_) { return openings_; }
     kernel::Mutex& mutex() const RETURN_CAPABILITY(mutex_) { return mutex_; }
 
     bool isOpen(const FileKey& key) const REQUIRES(mutex_) { return files_.contains(key); }
     bool conflicts(const FileKey& key, const Sharing& sharing) const REQUIRES(mutex_);
 
     // Counts a handle. `size` is used if the file wasn't open.
-    [[nodiscard]] std::shared_ptr<SharedFile> enter(const FileKey& key, const Sharing& sharing,
-                                                    const std::shared_ptr<MountedFolder>& mount, std::uint64_t size)
-        REQUIRES(mutex_);
+    [[nodiscard]] std::shared_ptr<SharedFile> enter(const FileKey& key, const Sharing& sharing, MountedFolder& mount,
+                                                    std::uint64_t size) REQUIRES(mutex_);
 
     // Counts a handle of a temporary file.
     void enter(const std::shared_ptr<SharedFile>& temporary, const Sharing& sharing) REQUIRES(mutex_);
@@ -111,6 +116,7 @@ private:
     [[nodiscard]] DWORD giveNames(const std::vector<TemporaryFiles::Nameless>& nameless) REQUIRES(mutex_);
     void changeKey(SharedFile& file, const FileKey& key) REQUIRES(mutex_);
 
+    mutable kernel::SharedMutex openings_;
     mutable kernel::Mutex mutex_;
     std::unordered_map<FileKey, Entry, KeyHash> files_ GUARDED_BY(mutex_);
     std::array<MadeFile, 8> made_ GUARDED_BY(mutex_);

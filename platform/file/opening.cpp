@@ -30,10 +30,15 @@ struct Request {
     bool existed = false;
     bool isRomModule = false;
     bool isOpenHere = false;
+    bool isUnsure = false;
+    bool wasMadeHere = false;
 
     bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
     bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
     bool makes() const { return creation != OPEN_EXISTING && creation != TRUNCATE_EXISTING; }
+
+    // For the other handles, a truncation is a write.
+    Sharing effectiveSharing() const { return {sharing.access | (truncates() ? GENERIC_WRITE : 0), sharing.share}; }
 };
 
 int openFlags(const Request& request, bool isNew)
@@ -45,12 +50,13 @@ int openFlags(const Request& request, bool isNew)
     return reads || isNew ? O_RDONLY : O_PATH;
 }
 
-int openNew(Request& request, OpenFiles& table) REQUIRES(table.mutex())
+int openNew(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
     const int result = openBelow(request.path.mount->folder(), request.path.below.c_str(),
                                  openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
     if (result >= 0) {
         request.descriptor = Descriptor(result);
+        const kernel::MutexLock lock(table.mutex());
         table.temporaries().noteMade(request.path, result);
     }
     return result;
@@ -77,7 +83,7 @@ int openOld(Request& request)
 }
 
 // The likelier case is tried first: a file that may be replaced mostly doesn't exist yet.
-int openEither(Request& request, OpenFiles& table) REQUIRES(table.mutex())
+int openEither(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
     if (!request.makes())
         return openOld(request);
@@ -108,16 +114,15 @@ DWORD openError(const Request& request, int result)
 }
 
 // Rules of the name space that the host doesn't have, or doesn't apply for the administrator.
-DWORD kindError(Request& request, const OpenFiles& table) REQUIRES(table.mutex())
+DWORD kindError(Request& request)
 {
     if (isFolder(request.status))
         return ERROR_ACCESS_DENIED;
     if (!isFile(request.status))
         return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
     // A file that this process made just before has no stored attributes yet.
-    const StoredAttributes stored = table.wasMadeHere(request.status)
-                                        ? StoredAttributes{}
-                                        : storedAttributes(request.descriptor.get(), "", request.status);
+    const StoredAttributes stored =
+        request.wasMadeHere ? StoredAttributes{} : storedAttributes(request.descriptor.get(), "", request.status);
     if (stored.error != 0)
         return ioError(stored.error);
     const DWORD attributes = attributesOf(request.status, stored.bits, false);
@@ -128,26 +133,81 @@ DWORD kindError(Request& request, const OpenFiles& table) REQUIRES(table.mutex()
     return keepsOut && request.writes() ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
 }
 
-DWORD sharingError(Request& request, const OpenFiles& table, const FileKey& key) REQUIRES(table.mutex())
+DWORD checkExisting(Request& request, const OpenFiles& table) EXCLUDES(table.mutex())
 {
-    Sharing effective = request.sharing;
-    if (request.truncates())
-        effective.access |= GENERIC_WRITE;  // for the other handles, a truncation is a write
-    request.isOpenHere = table.conflicts(key, effective);
-    if (request.isOpenHere)
-        return ERROR_SHARING_VIOLATION;
+    const FileKey key = keyOf(request.status);
+    const Sharing sharing = request.effectiveSharing();
+    bool conflicts = false;
+    bool isOpen = false;
+    {
+        const kernel::MutexLock lock(table.mutex());
+        request.wasMadeHere = table.wasMadeHere(request.status);
+        isOpen = table.isOpen(key);
+        conflicts = table.conflicts(key, sharing);
+    }
+    if (const DWORD error = kindError(request); error != 0)
+        return error;
+    request.isOpenHere = conflicts;
     // If this process already has a descriptor of the file, the host would report that as a use elsewhere.
-    if (effective.access != 0 && !table.isOpen(key) && !table.wasMadeHere(request.status) &&
-        isUsedElsewhere(request.descriptor.get(), effective, key.device))
-        return ERROR_SHARING_VIOLATION;
-    return ERROR_SUCCESS;
+    request.isUnsure = !conflicts && sharing.access != 0 && !isOpen && !request.wasMadeHere &&
+                       isUsedElsewhere(request.descriptor.get(), sharing, key.device);
+    return request.isOpenHere || request.isUnsure ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
 }
 
-DWORD checkExisting(Request& request, const OpenFiles& table) REQUIRES(table.mutex())
+// Counts the handle in the table; null if a handle that another thread has opened meanwhile forbids it.
+std::shared_ptr<SharedFile> enter(const Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
-    if (const DWORD error = kindError(request, table); error != 0)
-        return error;
-    return sharingError(request, table, keyOf(request.status));
+    const FileKey key = keyOf(request.status);
+    const kernel::MutexLock lock(table.mutex());
+    if (!request.existed)
+        table.noteMade(request.status);
+    else if (table.conflicts(key, request.effectiveSharing()))
+        return nullptr;
+    return table.enter(key, request.sharing, *request.path.mount, request.status.stx_size);
+}
+
+Opened failed(const Request& request, DWORD error)
+{
+    return {.error = error,
+            .existed = request.existed,
+            .file = nullptr,
+            .isRomModule = request.isRomModule,
+            .isOpenHere = request.isOpenHere,
+            .isUnsure = request.isUnsure};
+}
+
+// Opens a file of the host.
+Opened openOnHost(const HostPath& path, const Sharing& sharing, DWORD creation, OpenFiles& table)
+    REQUIRES_SHARED(table.openings()) EXCLUDES(table.mutex())
+{
+    Request request{.path = path, .sharing = sharing, .creation = creation, .descriptor = {}};
+    if (const int result = openEither(request, table); result < 0) {
+        request.isUnsure = result == -EAGAIN;  // a lease
+        return failed(request, openError(request, result));
+    }
+    if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0)
+        return {ioError(result), false, nullptr};
+    if (request.existed) {
+        if (const DWORD error = checkExisting(request, table); error != 0)
+            return failed(request, error);
+    }
+    const std::uint64_t device = deviceOf(request.status);
+    if (request.writes() || !request.existed)
+        path.mount->expectChange(device, path.parent());
+    if (!request.existed)
+        path.mount->noteChange(device);
+    const auto shared = enter(request, table);
+    request.isOpenHere = shared == nullptr;
+    if (!shared)
+        return failed(request, ERROR_SHARING_VIOLATION);
+    const int descriptor = request.descriptor.get();
+    auto file = std::make_shared<OpenFile>(table, shared, sharing, std::move(request.descriptor), path);
+    if (request.existed && request.truncates()) {
+        const kernel::MutexLock lock(shared->mutex());
+        if (const DWORD error = shared->endAt(descriptor, 0); error != 0)
+            return failed(request, error);
+    }
+    return {0, request.existed, std::move(file)};
 }
 
 std::optional<DWORD> badRequest(const HostPath& path, DWORD creation)
@@ -164,24 +224,24 @@ std::optional<DWORD> badRequest(const HostPath& path, DWORD creation)
 }
 
 // Opens or makes a temporary file that has no name on the host. Empty if the host has to be asked.
-std::optional<Opened> openTemporary(const HostPath& path, const Sharing& sharing, DWORD creation,
-                                    const std::shared_ptr<OpenFiles>& table) REQUIRES(table->mutex())
+std::optional<Opened> openTemporary(const HostPath& path, const Sharing& sharing, DWORD creation, OpenFiles& table)
+    REQUIRES(table.mutex())
 {
-    std::shared_ptr<SharedFile> file = table->temporaries().find(path);
+    std::shared_ptr<SharedFile> file = table.temporaries().find(path);
     const bool existed = file != nullptr;
     if (existed) {
         if (creation != OPEN_EXISTING || sharing.access != GENERIC_READ)
             return std::nullopt;
-        if (table->conflicts(file->key(), sharing))
+        if (table.conflicts(file->key(), sharing))
             return Opened{.error = ERROR_SHARING_VIOLATION, .existed = true, .file = nullptr, .isOpenHere = true};
     } else {
         if (creation == OPEN_EXISTING || creation == TRUNCATE_EXISTING || (sharing.access & GENERIC_WRITE) == 0)
             return std::nullopt;
-        file = table->temporaries().make(path);
+        file = table.temporaries().make(path);
         if (!file)
             return std::nullopt;
     }
-    table->enter(file, sharing);
+    table.enter(file, sharing);
     return Opened{.existed = existed,
                   .file = std::make_shared<OpenFile>(table, std::move(file), sharing, Descriptor(), path)};
 }
@@ -192,45 +252,22 @@ Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation)
 {
     if (const auto error = badRequest(path, creation))
         return {*error, false, nullptr};
-    const std::shared_ptr<OpenFiles> table = OpenFiles::instance();
-    kernel::MutexLock lock(table->mutex());
-    if (auto opened = openTemporary(path, sharing, creation, table))
-        return std::move(*opened);
-    if (const DWORD error = table->nameOnTheWayTo(path); error != 0)
-        return {error, false, nullptr};
-    Request request{.path = path,
-                    .sharing = sharing,
-                    .creation = creation,
-                    .descriptor = {}};  // closed before the table is unlocked
-
-    if (const int result = openEither(request, *table); result < 0)
-        return {openError(request, result), false, nullptr};
-    if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0)
-        return {ioError(result), false, nullptr};
-    if (request.existed) {
-        if (const DWORD error = checkExisting(request, *table); error != 0)
-            return {error, true, nullptr, request.isRomModule, request.isOpenHere};
+    OpenFiles& table = OpenFiles::instance();
+    {
+        const kernel::MutexLock lock(table.mutex());
+        if (auto opened = openTemporary(path, sharing, creation, table))
+            return std::move(*opened);
+        if (const DWORD error = table.nameOnTheWayTo(path); error != 0)
+            return {error, false, nullptr};
     }
-
-    const FileKey key = keyOf(request.status);
-    if (request.writes() || !request.existed)
-        path.mount->expectChange(key.device, path.parent());
-    if (!request.existed) {
-        table->noteMade(request.status);
-        path.mount->noteChange(key.device);
+    {
+        const kernel::SharedLock opening(table.openings());
+        Opened opened = openOnHost(path, sharing, creation, table);
+        if (!opened.isUnsure)
+            return opened;
     }
-    const auto shared = table->enter(key, sharing, path.mount, request.status.stx_size);
-    const int descriptor = request.descriptor.get();
-    auto file = std::make_shared<OpenFile>(table, shared, sharing, std::move(request.descriptor), path);
-    if (request.existed && request.truncates()) {
-        kernel::MutexLock fileLock(shared->mutex());
-        const DWORD error = shared->endAt(descriptor, 0);
-        fileLock.unlock();
-        lock.unlock();  // on failure the destructor of `file` takes the file out of the table, which locks it
-        if (error != 0)
-            return {error, true, nullptr};
-    }
-    return {0, request.existed, std::move(file)};
+    const kernel::ExclusiveLock alone(table.openings());
+    return openOnHost(path, sharing, creation, table);
 }
 
 }  // namespace platform::file

@@ -16,6 +16,7 @@ struct Opened {
     std::shared_ptr<OpenFile> file;  // null on error
     bool isRomModule = false;        // the error is that nobody may read a module in ROM
     bool isOpenHere = false;         // the error is that a handle of this process forbids it
+    bool isUnsure = false;           // the host says that the file is in use
 };
 
 [[nodiscard]] Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation);

@@ -141,16 +141,19 @@ DWORD deleteUnchangedAt(const HostPath& path, const FileStamp& stamp)
 {
     if (const DWORD error = cannotBeAFile(path))
         return error;
-    // The table stays locked, so that no thread of this process opens the file: its opening would wait for the lease.
-    const auto table = OpenFiles::instance();
-    const kernel::MutexLock lock(table->mutex());
-    if (const DWORD error = table->nameOnTheWayTo(path))
-        return error;
+    // No thread of this process opens the file meanwhile: its opening would break the lease.
+    OpenFiles& table = OpenFiles::instance();
+    const kernel::ExclusiveLock alone(table.openings());
+    {
+        const kernel::MutexLock lock(table.mutex());
+        if (const DWORD error = table.nameOnTheWayTo(path))
+            return error;
+    }
     const ParentFolder parent(path);
     HostStatus status = {};
     if (const int result = statusAt(parent, path, status); result < 0)
         return errorAt(path, parent, result);
-    if (const DWORD error = deletionError(path, parent.get(), status, *table))
+    if (const DWORD error = deletionError(path, parent.get(), status, table))
         return error;
     Held held;
     if (const DWORD error = hold(path, parent, stamp, held))

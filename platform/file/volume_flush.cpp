@@ -13,17 +13,17 @@ using host::ioError;
 namespace {
 
 struct Changed {
-    std::shared_ptr<MountedFolder> mount;
+    MountedFolder* mount = nullptr;
     Volume* volume = nullptr;
 };
 
-std::vector<std::shared_ptr<MountedFolder>> allMounts()
+std::vector<MountedFolder*> allMounts()
 {
-    std::vector<std::shared_ptr<MountedFolder>> all;
-    if (auto root = rootMount())
-        all.push_back(std::move(root));
-    for (std::size_t i = 0; auto mount = mountAt(i); ++i)
-        all.push_back(std::move(mount));
+    std::vector<MountedFolder*> all;
+    if (MountedFolder* const root = rootMount())
+        all.push_back(root);
+    for (std::size_t i = 0; MountedFolder* const mount = mountAt(i); ++i)
+        all.push_back(mount);
     return all;
 }
 
@@ -44,11 +44,11 @@ std::vector<Volume*> takeMarks(const std::vector<Changed>& changed, std::uint64_
 std::vector<FailedFlush> flushChangedVolumes()
 {
     std::vector<FailedFlush> failed;
-    if (const DWORD error = OpenFiles::instance()->nameAll(); error != 0)
+    if (const DWORD error = OpenFiles::instance().nameAll(); error != 0)
         failed.push_back({rootMount(), error});
     std::vector<Changed> changed;
-    for (const auto& mount : allMounts()) {
-        if (const DWORD error = OpenFiles::instance()->writeOutAll(*mount); error != 0)
+    for (MountedFolder* const mount : allMounts()) {
+        if (const DWORD error = OpenFiles::instance().writeOutAll(*mount); error != 0)
             failed.push_back({mount, error});
         for (Volume* const volume : mount->changedVolumes())
             changed.push_back({mount, volume});

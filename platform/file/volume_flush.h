@@ -5,13 +5,12 @@
 
 #include "ce/types.h"
 
-#include <memory>
 #include <vector>
 
 namespace platform::file {
 
 struct FailedFlush {
-    std::shared_ptr<MountedFolder> mount;
+    const MountedFolder* mount = nullptr;
     DWORD error = 0;
 };
 

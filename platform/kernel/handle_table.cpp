@@ -1,11 +1,11 @@
 #include "kernel/handle_table.h"
 
+#include "kernel/mutex.h"
 #include "kernel/slot_table.h"
 
 #include "ce/error.h"
 #include "ce/handle.h"
 
-#include <mutex>
 #include <vector>
 
 namespace platform::kernel {
@@ -13,7 +13,7 @@ namespace platform::kernel {
 namespace {
 
 struct Table {
-    std::mutex mutex;  // guards the slots and nothing else: no object is called or destroyed under it
+    Mutex mutex;  // guards the slots and nothing else: no object is called or destroyed under it
     SlotTable<std::shared_ptr<Object>> slots;
 };
 
@@ -33,21 +33,21 @@ UINT_PTR keyOf(HANDLE handle)
 HANDLE addHandle(std::shared_ptr<Object> object)
 {
     Table& handles = table();
-    const std::lock_guard lock(handles.mutex);
+    const MutexLock lock(handles.mutex);
     return reinterpret_cast<HANDLE>(handles.slots.keyOf(handles.slots.add(std::move(object))));
 }
 
 std::shared_ptr<Object> findObject(HANDLE handle)
 {
     Table& handles = table();
-    const std::lock_guard lock(handles.mutex);
+    const MutexLock lock(handles.mutex);
     return handles.slots[handles.slots.find(keyOf(handle))];  // slot 0 holds null
 }
 
 std::shared_ptr<Object> removeHandle(HANDLE handle)
 {
     Table& handles = table();
-    const std::lock_guard lock(handles.mutex);
+    const MutexLock lock(handles.mutex);
     const auto number = handles.slots.find(keyOf(handle));
     return number != 0 ? handles.slots.remove(number) : nullptr;
 }
@@ -57,7 +57,7 @@ void removeHandlesIf(const std::function<bool(const Object&)>& chosen)
     std::vector<std::shared_ptr<Object>> removed;
     {
         Table& handles = table();
-        const std::lock_guard lock(handles.mutex);
+        const MutexLock lock(handles.mutex);
         for (SlotTable<std::shared_ptr<Object>>::Number number = 1; number < handles.slots.end(); ++number) {
             if (handles.slots.isFilled(number) && chosen(*handles.slots[number]))
                 removed.push_back(handles.slots.remove(number));

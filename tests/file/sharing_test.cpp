@@ -126,4 +126,31 @@ TEST_F(FileTest, ThreadsNeitherExcludeEachOtherFromAFileNorLoseBytesOfAHandle)
         ASSERT_EQ(bytes.substr(offset, 100), std::string(100, bytes[offset]));
 }
 
+// The host reports the other thread's descriptor as a use by somebody else, and a lease that it takes for a moment
+// makes an opening fail.
+TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess)
+{
+    hostWrite(root() / "f", "content");
+    takeNoted();
+    for (const DWORD share : {0U, FILE_SHARE_READ}) {
+        std::atomic<int> opened = 0;
+        std::atomic<int> refused = 0;
+        const auto openOften = [&] {
+            for (int round = 0; round < 3000; ++round) {
+                const DWORD error = openError(u"\\f", GENERIC_READ, OPEN_EXISTING, share);
+                ++(error == ERROR_SHARING_VIOLATION && share == 0 ? refused : opened);
+                EXPECT_TRUE(error == 0 || error == ERROR_SHARING_VIOLATION) << error;
+            }
+        };
+        std::thread other(openOften);
+        openOften();
+        other.join();
+        EXPECT_EQ(opened + refused, 6000);
+        EXPECT_GE(opened, 3000);
+    }
+    EXPECT_EQ(takeNoted(), std::set<std::u16string>{});
+    const OtherProcess user(root() / "f", O_RDONLY);
+    EXPECT_EQ(openError(u"\\f", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
+}
+
 }  // namespace

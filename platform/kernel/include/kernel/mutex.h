@@ -5,6 +5,7 @@
 
 #include <condition_variable>
 #include <mutex>
+#include <shared_mutex>
 
 namespace platform::kernel {
 
@@ -14,7 +15,16 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
-    void lock() ACQUIRE() { mutex_.lock(); }
+    // Most locks are held for some ten nanoseconds, and putting a thread to sleep and waking it takes microseconds. So
+    // a thread tries for a moment before it sleeps.
+    void lock() ACQUIRE()
+    {
+        for (int attempt = 0; attempt < 50; ++attempt) {
+            if (mutex_.try_lock())
+                return;
+        }
+        mutex_.lock();
+    }
     void unlock() RELEASE() { mutex_.unlock(); }
 
 private:
@@ -36,6 +46,44 @@ public:
 
 private:
     std::unique_lock<Mutex> lock_;
+};
+
+// Is held by one thread alone, or shared by any number of threads.
+class CAPABILITY("mutex") SharedMutex {
+public:
+    SharedMutex() = default;
+    SharedMutex(const SharedMutex&) = delete;
+    SharedMutex& operator=(const SharedMutex&) = delete;
+
+    void lock() ACQUIRE() { mutex_.lock(); }
+    void unlock() RELEASE() { mutex_.unlock(); }
+    void lockShared() ACQUIRE_SHARED() { mutex_.lock_shared(); }
+    void unlockShared() RELEASE_SHARED() { mutex_.unlock_shared(); }
+
+private:
+    std::shared_mutex mutex_;
+};
+
+class SCOPED_CAPABILITY ExclusiveLock {
+public:
+    explicit ExclusiveLock(SharedMutex& mutex) ACQUIRE(mutex) : mutex_(mutex) { mutex.lock(); }
+    ExclusiveLock(const ExclusiveLock&) = delete;
+    ExclusiveLock& operator=(const ExclusiveLock&) = delete;
+    ~ExclusiveLock() RELEASE() { mutex_.unlock(); }
+
+private:
+    SharedMutex& mutex_;
+};
+
+class SCOPED_CAPABILITY SharedLock {
+public:
+    explicit SharedLock(SharedMutex& mutex) ACQUIRE_SHARED(mutex) : mutex_(mutex) { mutex.lockShared(); }
+    SharedLock(const SharedLock&) = delete;
+    SharedLock& operator=(const SharedLock&) = delete;
+    ~SharedLock() RELEASE() { mutex_.unlockShared(); }
+
+private:
+    SharedMutex& mutex_;
 };
 
 // The reverse: releases a mutex that the caller holds, and takes it again at the end of the block.

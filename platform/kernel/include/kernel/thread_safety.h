@@ -24,12 +24,15 @@
 #define PT_GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(pt_guarded_by(mutex))
 
 // On a function: the caller holds the mutex (REQUIRES) or doesn't (EXCLUDES); the function locks it (ACQUIRE), unlocks
-// it (RELEASE), or locks it if the result is the first argument (TRY_ACQUIRE). RETURN_CAPABILITY: the result is the
-// mutex.
+// it (RELEASE), or locks it if the result is the first argument (TRY_ACQUIRE). With _SHARED, other threads can hold it
+// at the same time, shared too. RETURN_CAPABILITY: the result is the mutex.
 #define REQUIRES(...) THREAD_SAFETY_ATTRIBUTE(requires_capability(__VA_ARGS__))
 #define EXCLUDES(...) THREAD_SAFETY_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define ACQUIRE(...) THREAD_SAFETY_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define RELEASE(...) THREAD_SAFETY_ATTRIBUTE(release_capability(__VA_ARGS__))
+#define ACQUIRE_SHARED(...) THREAD_SAFETY_ATTRIBUTE(acquire_shared_capability(__VA_ARGS__))
+#define RELEASE_SHARED(...) THREAD_SAFETY_ATTRIBUTE(release_shared_capability(__VA_ARGS__))
+#define REQUIRES_SHARED(...) THREAD_SAFETY_ATTRIBUTE(requires_shared_capability(__VA_ARGS__))
 #define TRY_ACQUIRE(...) THREAD_SAFETY_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define RETURN_CAPABILITY(mutex) THREAD_SAFETY_ATTRIBUTE(lock_returned(mutex))
 
