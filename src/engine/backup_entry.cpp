@@ -116,12 +116,19 @@ void DeleteTemporaryStream(BackupRun& run)
     run.temporaryIsDeleted = DeleteFileW(run.temporaryPath) || GetLastError() == ERROR_FILE_NOT_FOUND;
 }
 
-BOOL PackItem(BackupRun& run, const WCHAR* path)
+BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead)
 {
     // The stream of a killed run can still be locked for a moment, and opening it would fail. A new file isn't.
     if (!run.temporaryIsDeleted)
         DeleteTemporaryStream(run);
-    const BOOL result = CompressFile(path, run.temporaryPath, &run.packed);
+    BOOL result = FALSE;
+    run.packed = {};
+    if (!ahead || ahead->state == SmallStreamState::Left)
+        result = CompressFile(path, run.temporaryPath, &run.packed);
+    else if (ahead->state == SmallStreamState::Packed)
+        result = WriteSmallStream(*ahead, run.temporaryPath, run.packed);
+    else
+        run.packed.error = ahead->error;
     if (run.packed.made)  // otherwise a file that has appeared there is another program's
         run.temporaryIsDeleted = false;
     if (!run.packed.whole)

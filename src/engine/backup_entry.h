@@ -7,6 +7,7 @@
 #include "set/compressed_stream.h"
 #include "set/item_kinds.h"
 #include "set/list_file.h"
+#include "set/small_stream.h"
 #include "source_deletion.h"
 
 #include "ce/file.h"
@@ -49,8 +50,9 @@ void BeginItem(BackupRun& run);
 bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name);
 
 // Packs the file at `path` into the temporary stream and returns the result of CompressFile. A temporary stream that an
-// earlier run or item left is deleted first, so that it is never taken for this item's.
-BOOL PackItem(BackupRun& run, const WCHAR* path);
+// earlier run or item left is deleted first, so that it is never taken for this item's. `ahead` is what was done of it
+// ahead; null for nothing.
+BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead = nullptr);
 
 // Opens the temporary stream. INVALID_HANDLE_VALUE if there is none. It is also returned if the data file would grow
 // beyond the 32 bits of the offsets. The failure is then logged, the stream deleted, and the item gets no entry.

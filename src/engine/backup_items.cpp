@@ -6,6 +6,7 @@
 #include "run_progress.h"
 #include "set/database_image.h"
 #include "set/set_state.h"
+#include "thread_ahead.h"
 
 #include "ce/text.h"
 
@@ -21,12 +22,12 @@ void StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
     EndEntry(run, entry);
 }
 
-void BackUpFile(BackupRun& run, const WCHAR* name)
+void BackUpFile(BackupRun& run, const WCHAR* name, SmallStream* ahead)
 {
     ShowItem(run.progress, KindOf(ItemKindFile), name);
     Log(run, u"INF: Start file backup: %s", name);
     BeginItem(run);
-    if (!PackItem(run, name))
+    if (!PackItem(run, name, ahead))
         Log(run, u"ERR: File access file: %s", name);
     HANDLE stream = OpenTemporaryStream(run);
     if (stream != INVALID_HANDLE_VALUE)
@@ -36,14 +37,34 @@ void BackUpFile(BackupRun& run, const WCHAR* name)
     StepRunProgress(run.progress);
 }
 
+void PackAhead(AheadItem& item, SmallStreamMemory& memory)
+{
+    PackSmallStream(item.path, item.stream, memory);
+}
+
+void BackUpNext(BackupRun& run)
+{
+    AheadItem& next = TakeAhead();
+    if (StopsBefore(KindOf(ItemKindFile), next.path)) {
+        DropSmallStream(next.stream);
+        return;
+    }
+    CopyText(run.itemName, next.path);
+    BackUpFile(run, next.path, &next.stream);
+}
+
+// A source that is to be deleted isn't read ahead, because its stamp has to be taken before it is read.
 void BackUpFiles(BackupRun& run)
 {
+    StartAhead(gOptions.deleteBackedUp || !CodecWorks() ? nullptr : PackAhead, IsRoomForSmallStream);
     ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
-        if (StopsBefore(KindOf(ItemKindFile), entry.name))
-            return;
-        CopyText(run.itemName, entry.name);
-        BackUpFile(run, entry.name);
+        if (IsAheadFull())
+            BackUpNext(run);
+        OfferAhead(entry.name, 0, 0);
     });
+    while (!IsAheadEmpty())
+        BackUpNext(run);
+    StopAhead();
     DeleteCollected(run.deletion, run.listFile, run.dataFile);
     SetCursor(nullptr);
     CloseRunProgress(run.progress);

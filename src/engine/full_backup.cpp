@@ -5,6 +5,7 @@
 #include "engine/paths_too_long.h"
 #include "engine/questions.h"
 #include "set/set_state.h"
+#include "thread_ahead.h"
 
 #include "ce/dialog.h"
 #include "ce/error.h"
@@ -66,15 +67,26 @@ void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
 }
 
 // Only opening a file shows whether it can be read. A file that is in use is left out.
-void AddIfReadable(const WCHAR* path, DWORD attributes, std::uint64_t bytes)
+void TestReadable(AheadItem& item)
 {
-    HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
-        ReportUnreadable(path, attributes, GetLastError());
-        return;
-    }
-    AddItem(KindOf(ItemKindFile), path, bytes);
-    CloseHandle(file);
+    const HANDLE file = CreateFileW(item.path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        item.error = GetLastError();
+    else
+        CloseHandle(file);
+}
+
+// Adds the oldest file that was found, so that the list has the order of the walk.
+void AddNext(HWND progress)
+{
+    AheadItem& next = TakeAhead();
+    if (!next.finished)
+        TestReadable(next);
+    if (next.error == ERROR_SUCCESS)
+        AddItem(KindOf(ItemKindFile), next.path, next.bytes);
+    else
+        ReportUnreadable(next.path, next.attributes, next.error);
+    ProgressStep(progress, 0);
 }
 
 // FALSE, which ends the walk of this folder, if the run is to stop.
@@ -93,8 +105,9 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes,
         NotePathTooLong(folder, name);
         return TRUE;
     }
-    AddIfReadable(path, attributes, gWalkedBytes);
-    ProgressStep(reinterpret_cast<HWND>(context), 0);
+    if (IsAheadFull())
+        AddNext(reinterpret_cast<HWND>(context));
+    OfferAhead(path, attributes, gWalkedBytes);
     return TRUE;
 }
 
@@ -103,7 +116,11 @@ void ListAllFiles(HWND progress)
     gKnownFolder = {};
     gPathsTooLong = {};
     gPathsTooLong.areItems = TRUE;
+    StartAhead([](AheadItem& item, SmallStreamMemory&) { TestReadable(item); }, [] { return true; });
     WalkDirectory(u"\\", nullptr, TRUE, FALSE, AddFullBackupFile, reinterpret_cast<UINT_PTR>(progress));
+    while (!IsAheadEmpty())
+        AddNext(progress);
+    StopAhead();
     gPathsTooLong.areItems = FALSE;
 }
 

@@ -8,6 +8,7 @@
 
 #include "set/block_pipeline.h"
 #include "set/stream_decoding.h"
+#include "stream_files.h"
 
 #include "ce/file.h"
 #include "ce/progress.h"
@@ -17,56 +18,6 @@
 #include <cstring>
 
 namespace {
-
-HANDLE OpenSource(const WCHAR* path)
-{
-    return CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-}
-
-HANDLE OpenTarget(const WCHAR* path)
-{
-    return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-}
-
-// Called right after a call that failed. Keeps the error of the first one.
-void NoteFailure(StreamOutcome& outcome)
-{
-    const DWORD error = GetLastError();
-    if (outcome.error == ERROR_SUCCESS)
-        outcome.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
-}
-
-void NoteFailure(StreamOutcome& outcome, DWORD error)
-{
-    SetLastError(error);
-    NoteFailure(outcome);
-}
-
-struct Target {
-    HANDLE file;
-    StreamOutcome& outcome;
-    bool cut;             // a write failed, and nothing more is written: a gap in the middle could go unnoticed
-    std::uint64_t bytes;  // written so far
-};
-
-void Write(Target& target, const void* bytes, DWORD count)
-{
-    if (target.cut)
-        return;
-    DWORD written = 0;
-    SetLastError(ERROR_SUCCESS);
-    target.cut = !WriteFile(target.file, bytes, count, &written, nullptr) || written != count;
-    target.bytes += written;
-    if (target.cut)
-        NoteFailure(target.outcome);
-}
-
-void CloseTarget(Target& target)
-{
-    target.cut |= !CloseHandle(target.file);  // writes the last bytes, for which there may be no room
-    if (target.cut)
-        NoteFailure(target.outcome);
-}
 
 // Gathers the small pieces of a stream, so that a small stream takes one write.
 struct StreamWriter {

@@ -8,12 +8,15 @@
 #include "engine/registry_calls.h"
 #include "kernel/troubles.h"
 #include "set/set_state.h"
+#include "thread_ahead.h"
 
 #include "ce/outcome.h"
+#include "ce/thread.h"
 
 #include <sys/stat.h>
 
 #include <fstream>
+#include <utility>
 
 namespace {
 
@@ -162,4 +165,34 @@ TEST_F(FullBackupTest, RegistryIsBackedUpIfItsBoxIsTickedAndItsMarkIsRestored)
         EXPECT_EQ(gRegistryMarked, mark);
     }
     gRegCopyFile = nullptr;
+}
+
+TEST_F(FullBackupTest, SetLogAndStepsAreTheSameHoweverFarTheSecondThreadIsAhead)
+{
+    constexpr std::size_t Sizes[] = {0, 1, 500, 4093, 60'000, 131'071, 131'072, 131'073, 200'000, 12};
+    for (std::size_t i = 0; i < 300; i++)
+        write("d" + std::to_string(i % 7) + "/" + std::to_string(i), patternBytes(Sizes[i % std::size(Sizes)]));
+    for (const char* name : {"d3/busy", "d5/busy too"})
+        write(name, "");
+    const std::ofstream holders[] = {std::ofstream(root() / "d3/busy", std::ios::app),
+                                     std::ofstream(root() / "d5/busy too", std::ios::app)};
+    gOptions.generateLog = 1;
+    gUser.notesAll = true;
+    std::vector<std::string> runs[2];
+    for (const DWORD wakes : {AheadItems + 1, DWORD{1}}) {  // never, and whenever an item waits
+        gAheadWakes = wakes;
+        std::filesystem::remove_all(set_);
+        gUser.shown.clear();
+        // Gives the second thread time to get far ahead at the first item, and later to fall behind.
+        gUser.seesMessage = [first = true](const std::u16string&) mutable {
+            if (std::exchange(first, false))
+                Sleep(20);
+        };
+        RunFullBackup();
+        runs[wakes == 1] = {readOnCard("QLBX0001.QLT"), readOnCard("QLBX0001.QDT"), readOnCard("BACKUP0001.LOG"),
+                            gUser.transcript()};
+    }
+    gAheadWakes = AheadItems / 2;
+    EXPECT_EQ(gUser.shownWith(u"message File: ").size(), 300U);
+    EXPECT_TRUE(runs[0] == runs[1]);
 }

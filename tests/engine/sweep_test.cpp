@@ -15,6 +15,7 @@
 #include "set/list_reader.h"
 #include "set/set_state.h"
 #include "set/stream_decoding.h"
+#include "thread_ahead.h"
 
 #include "ce/dialog.h"
 #include "ce/outcome.h"
@@ -328,6 +329,7 @@ TEST_F(SweepTest, KilledBackupLeavesACurrentLogAndNoEntryWithoutItsData)
     for (std::uint64_t n = 1; !ended; n++) {
         SCOPED_TRACE(n);
         startBackup({false, false});
+        gAheadWakes = n % 2 != 0 ? 1 : AheadItems;
         ended = backUpEnds({.kind = FaultKind::Kill, .nthCall = n});
         const std::string log = readOnCard("BACKUP0001.LOG");
         const std::size_t backedUp = countOf(log, "INF: End file backup");
@@ -345,6 +347,7 @@ TEST_F(SweepTest, KilledBackupLeavesACurrentLogAndNoEntryWithoutItsData)
         ASSERT_LE(gFileList->Count(), listed + 1);
         ASSERT_LE(listed, backedUp);
     }
+    gAheadWakes = AheadItems / 2;
 }
 
 TEST_F(SweepTest, BackupLosesNothingAndReportsWhatIsLeftOutWhereverTheCardIsFull)

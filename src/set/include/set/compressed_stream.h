@@ -5,15 +5,10 @@
 // thread takes part in the packing during a run; the files are read and written in the same order without it.
 #pragma once
 
+#include "set/stream_outcome.h"
+
 #include "ce/file_deletion.h"
 #include "ce/types.h"
-
-struct StreamOutcome {
-    BOOL made;    // the target was created: the file at its path isn't an older one
-    BOOL whole;   // all of the source is in the target
-    DWORD error;  // if it isn't whole: of the first call that failed; ERROR_HANDLE_EOF if fewer bytes were read than
-                  // the source is long; ERROR_FILE_CORRUPT if the stream is damaged or not closed
-};
 
 struct PackedStream : StreamOutcome {
     BOOL opened;          // the source could be opened

@@ -1,0 +1,165 @@
+// The items are a ring, and numbered from 0 on in the order in which they are offered.
+//
+//   gTaken <= gBegun <= gOffered <= gTaken + AheadItems
+//
+//   gTaken    the number of the oldest item. Only the run's thread reads and writes it.
+//   gBegun    the first item that nobody has begun. Either thread begins it, by the compare-and-exchange that raises
+//             gBegun. Until it has finished the item, it alone may touch it.
+//   gOffered  the next number to offer. Only the run's thread writes it, after it has filled the item.
+//   finished  set by the thread that worked on the item. After that the run's thread alone may touch it.
+//
+// These are sequentially consistent, so whoever reads a new number also sees the item that belongs to it.
+//
+// The second thread sleeps on gCalls when no item is left to begin. It reads gCalls before it looks for one. It isn't
+// woken for a few items: the run's thread begins whatever nobody has begun, so no item ever waits for it.
+#include "thread_ahead.h"
+
+#include "ce/handle.h"
+#include "ce/text.h"
+#include "ce/thread.h"
+
+namespace {
+
+AheadItem gItems[AheadItems];
+DWORD gTaken;
+std::atomic<DWORD> gBegun;
+std::atomic<DWORD> gOffered;
+
+// Written while there is no second thread.
+AheadWork gWork;
+bool (*gHasRoom)();
+
+std::atomic<DWORD> gCalls;
+std::atomic<bool> gSleeps;
+std::atomic<bool> gStopping;
+std::atomic<bool> gThreadRuns;
+
+SmallStreamMemory gRunMemory;
+SmallStreamMemory gSecondMemory;
+
+AheadItem& ItemOf(DWORD number)
+{
+    return gItems[number % AheadItems];
+}
+
+// False if there is nothing to begin.
+bool Begin(DWORD& number)
+{
+    number = gBegun;
+    while (number != gOffered) {
+        if (gBegun.compare_exchange_weak(number, number + 1))
+            return true;
+    }
+    return false;
+}
+
+void Finish(AheadItem& item)
+{
+    item.finished = true;
+    item.finished.notify_one();
+}
+
+bool WorkOnNext(SmallStreamMemory& memory)
+{
+    DWORD number = 0;
+    if (!gHasRoom() || !Begin(number))
+        return false;
+    gWork(ItemOf(number), memory);
+    Finish(ItemOf(number));
+    return true;
+}
+
+DWORD RunSecondThread(void* /*unused*/)
+{
+    while (!gStopping) {
+        const DWORD calls = gCalls;
+        if (WorkOnNext(gSecondMemory))
+            continue;
+        gSleeps = true;
+        if (!gStopping)
+            gCalls.wait(calls);
+        gSleeps = false;
+    }
+    gThreadRuns = false;
+    gThreadRuns.notify_one();
+    return 0;
+}
+
+void WakeSecondThread()
+{
+    gCalls++;
+    gCalls.notify_one();
+}
+
+// A thread that is just about to sleep can be overlooked here. Then the next call wakes it.
+void WakeIfWorthwhile()
+{
+    if (gSleeps && gOffered - gBegun >= gAheadWakes && gHasRoom())
+        WakeSecondThread();
+}
+
+}  // namespace
+
+void StartAhead(AheadWork work, bool (*hasRoom)())
+{
+    gTaken = 0;
+    gBegun = gOffered = 0;
+    gWork = work;
+    gHasRoom = hasRoom;
+    gStopping = gSleeps = false;
+    gThreadRuns = work != nullptr;
+    if (!work)
+        return;
+    const HANDLE thread = CreateThread(nullptr, 0, RunSecondThread, nullptr, 0, nullptr);
+    if (thread)
+        CloseHandle(thread);
+    else
+        gThreadRuns = false;
+}
+
+void StopAhead()
+{
+    gStopping = true;
+    WakeSecondThread();
+    gThreadRuns.wait(true);
+    for (; gTaken != gBegun; gTaken++)
+        DropSmallStream(ItemOf(gTaken).stream);
+}
+
+bool IsAheadFull()
+{
+    return gOffered - gTaken == AheadItems;
+}
+
+bool IsAheadEmpty()
+{
+    return gOffered == gTaken;
+}
+
+void OfferAhead(const WCHAR* path, DWORD attributes, std::uint64_t bytes)
+{
+    AheadItem& item = ItemOf(gOffered);
+    CopyText(item.path, path);
+    item.attributes = attributes;
+    item.bytes = bytes;
+    item.error = ERROR_SUCCESS;
+    item.stream.state = SmallStreamState::Left;
+    item.finished = false;
+    gOffered++;
+    WakeIfWorthwhile();
+}
+
+AheadItem& TakeAhead()
+{
+    const DWORD oldest = gTaken++;
+    AheadItem& item = ItemOf(oldest);
+    DWORD expected = oldest;
+    if (gBegun.compare_exchange_strong(expected, oldest + 1))
+        return item;
+    while (!item.finished) {
+        if (!WorkOnNext(gRunMemory))
+            item.finished.wait(false);
+    }
+    WakeIfWorthwhile();
+    return item;
+}

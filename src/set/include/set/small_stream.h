@@ -1,0 +1,44 @@
+// small_stream.h - packs a source that is shorter than a block into memory, so that it can be packed before the run
+// comes to it. All streams that wait for the run share 1 MB.
+//
+// Only the usual case is handled here. Whatever else happens to a source, it is left to CompressFile, which does it all
+// again. An open that fails is the exception: its error counts.
+#pragma once
+
+#include "set/block_codec.h"
+#include "set/compressed_stream.h"
+
+// The most that the stream of such a source can have: magic, a block, the closing block, and the lengths of the two.
+inline constexpr DWORD SmallStreamBytes = StreamMagicBytes + 4 + PackedBlockBytes + 4 + ClosingBlockBytes;
+
+inline constexpr DWORD StreamPieceBytes = 4096;
+inline constexpr DWORD SmallStreamPieces = (SmallStreamBytes + StreamPieceBytes - 1) / StreamPieceBytes;
+
+enum class SmallStreamState { Left, NotOpened, Packed };  // Left: CompressFile has to do it
+
+struct SmallStream {
+    SmallStreamState state;
+    DWORD error;  // why it couldn't be opened
+    DWORD bytes;  // of the stream
+    BYTE pieces[SmallStreamPieces];
+};
+
+// What packing needs. Two threads that pack at the same time need one each.
+struct SmallStreamMemory {
+    BYTE raw[RawBlockBytes];
+    BYTE stream[SmallStreamBytes + PackedBlockBytes - RawBlockBytes];  // the codec may use more room than it fills
+    PackingMemory packing;
+};
+
+// Whether there is room for the stream of any source.
+bool IsRoomForSmallStream();
+
+// Any thread. CodecWorks() is true.
+void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory);
+
+// Writes a packed stream to the new file `target`, as CompressFile does, and gives its memory back. The stamp in
+// `packed` is empty.
+BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& packed);
+
+// Gives the memory back. `state` is Left then.
+void DropSmallStream(SmallStream& stream);

@@ -1,0 +1,151 @@
+// The shared memory consists of pieces of 4 KB. A bit for each says whether it is taken. Threads take and return pieces
+// with atomic operations on the bits, which also order what they read and write in the pieces.
+#include "set/small_stream.h"
+
+#include "stream_files.h"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <cstring>
+
+namespace {
+
+constexpr DWORD Pieces = 256;  // 1 MB
+constexpr DWORD BitsInWord = 64;
+static_assert(Pieces - 1 <= 0xFF);
+
+BYTE gPieces[Pieces][StreamPieceBytes];
+std::atomic<std::uint64_t> gTaken[Pieces / BitsInWord];
+std::atomic<DWORD> gFree = Pieces;
+
+// False if another thread has taken the last one.
+bool TakePiece(BYTE& piece)
+{
+    for (DWORD word = 0; word < Pieces / BitsInWord; word++) {
+        std::uint64_t taken = gTaken[word];
+        while (~taken != 0) {
+            const auto bit = static_cast<DWORD>(std::countr_one(taken));
+            if (!gTaken[word].compare_exchange_weak(taken, taken | std::uint64_t{1} << bit))
+                continue;
+            gFree--;
+            piece = static_cast<BYTE>(word * BitsInWord + bit);
+            return true;
+        }
+    }
+    return false;
+}
+
+void ReturnPieces(const SmallStream& stream, DWORD count)
+{
+    for (DWORD i = 0; i < count; i++) {
+        const DWORD piece = stream.pieces[i];
+        gTaken[piece / BitsInWord] &= ~(std::uint64_t{1} << piece % BitsInWord);
+        gFree++;
+    }
+}
+
+DWORD PiecesOf(DWORD bytes)
+{
+    return (bytes + StreamPieceBytes - 1) / StreamPieceBytes;
+}
+
+DWORD BytesInPiece(DWORD piece, DWORD bytes)
+{
+    return std::min(StreamPieceBytes, bytes - piece * StreamPieceBytes);
+}
+
+bool Keep(SmallStream& stream, const BYTE* bytes, DWORD count)
+{
+    for (DWORD i = 0; i < PiecesOf(count); i++) {
+        if (!TakePiece(stream.pieces[i])) {
+            ReturnPieces(stream, i);
+            return false;
+        }
+        std::memcpy(gPieces[stream.pieces[i]], bytes + i * StreamPieceBytes, BytesInPiece(i, count));
+    }
+    stream.bytes = count;
+    return true;
+}
+
+// Reads all of a file that is shorter than a block and doesn't change its length meanwhile.
+bool ReadWhole(HANDLE file, BYTE* raw, DWORD& bytes)
+{
+    LONG high = 0;
+    const DWORD length = SetFilePointer(file, 0, &high, FILE_END);
+    if (high != 0 || length >= RawBlockBytes || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0)
+        return false;
+    DWORD more = 0;
+    return ReadFile(file, raw, RawBlockBytes, &bytes, nullptr) && bytes == length &&
+           (bytes == 0 || (ReadFile(file, raw, RawBlockBytes, &more, nullptr) && more == 0));
+}
+
+bool AppendBlock(const BYTE* raw, DWORD rawBytes, SmallStreamMemory& memory, DWORD& filled)
+{
+    DWORD packedBytes = 0;
+    BYTE* const block = memory.stream + filled;
+    if (!PackBlock(raw, rawBytes, block + sizeof packedBytes, packedBytes, memory.packing))
+        return false;
+    std::memcpy(block, &packedBytes, sizeof packedBytes);
+    filled += static_cast<DWORD>(sizeof packedBytes) + packedBytes;
+    return true;
+}
+
+bool PackWhole(HANDLE file, SmallStream& stream, SmallStreamMemory& memory)
+{
+    DWORD bytes = 0;
+    if (!ReadWhole(file, memory.raw, bytes))
+        return false;
+    std::memcpy(memory.stream, StreamMagic, StreamMagicBytes);
+    DWORD filled = StreamMagicBytes;
+    return (bytes == 0 || AppendBlock(memory.raw, bytes, memory, filled)) &&
+           AppendBlock(memory.raw, 0, memory, filled) && Keep(stream, memory.stream, filled);
+}
+
+}  // namespace
+
+bool IsRoomForSmallStream()
+{
+    return gFree >= SmallStreamPieces;
+}
+
+void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory)
+{
+    stream.state = SmallStreamState::Left;
+    const HANDLE file = OpenSource(source);
+    if (file == INVALID_HANDLE_VALUE) {
+        stream.state = SmallStreamState::NotOpened;
+        stream.error = GetLastError();
+        return;
+    }
+    if (PackWhole(file, stream, memory))
+        stream.state = SmallStreamState::Packed;
+    CloseHandle(file);
+}
+
+BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& packed)
+{
+    packed = {};
+    packed.opened = TRUE;
+    const HANDLE file = OpenTarget(target);
+    packed.made = file != INVALID_HANDLE_VALUE;
+    if (packed.made) {
+        Target written = {file, packed, false, 0};
+        for (DWORD i = 0; i < PiecesOf(stream.bytes); i++)
+            Write(written, gPieces[stream.pieces[i]], BytesInPiece(i, stream.bytes));
+        CloseTarget(written);
+        packed.bytes = written.bytes;
+        packed.whole = packed.error == ERROR_SUCCESS;
+    } else {
+        NoteFailure(packed);
+    }
+    DropSmallStream(stream);
+    return packed.made;
+}
+
+void DropSmallStream(SmallStream& stream)
+{
+    if (stream.state == SmallStreamState::Packed)
+        ReturnPieces(stream, PiecesOf(stream.bytes));
+    stream.state = SmallStreamState::Left;
+}

@@ -1,0 +1,57 @@
+// stream_files.h - the files that packing and unpacking read and write, and the outcome of the calls on them.
+#pragma once
+
+#include "set/stream_outcome.h"
+
+#include "ce/error.h"
+#include "ce/file.h"
+
+inline HANDLE OpenSource(const WCHAR* path)
+{
+    return CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+}
+
+inline HANDLE OpenTarget(const WCHAR* path)
+{
+    return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+}
+
+// Called right after a call that failed. Keeps the error of the first one.
+inline void NoteFailure(StreamOutcome& outcome)
+{
+    const DWORD error = GetLastError();
+    if (outcome.error == ERROR_SUCCESS)
+        outcome.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
+}
+
+inline void NoteFailure(StreamOutcome& outcome, DWORD error)
+{
+    SetLastError(error);
+    NoteFailure(outcome);
+}
+
+struct Target {
+    HANDLE file;
+    StreamOutcome& outcome;
+    bool cut;             // a write failed, and nothing more is written: a gap in the middle could go unnoticed
+    std::uint64_t bytes;  // written so far
+};
+
+inline void Write(Target& target, const void* bytes, DWORD count)
+{
+    if (target.cut)
+        return;
+    DWORD written = 0;
+    SetLastError(ERROR_SUCCESS);
+    target.cut = !WriteFile(target.file, bytes, count, &written, nullptr) || written != count;
+    target.bytes += written;
+    if (target.cut)
+        NoteFailure(target.outcome);
+}
+
+inline void CloseTarget(Target& target)
+{
+    target.cut |= !CloseHandle(target.file);  // writes the last bytes, for which there may be no room
+    if (target.cut)
+        NoteFailure(target.outcome);
+}
