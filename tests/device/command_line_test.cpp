@@ -90,14 +90,4 @@ TEST(CommandLineTest, WordsThatMakeNoSenseAreBadUsage)
         refused({"--card", card}, "not a number of bytes");
 }
 
-TEST(CommandLineTest, HelpAndVersionStartNothingAndSucceed)
-{
-    for (const char* option : {"--help", "--version"}) {
-        const ParsedCommandLine parsed = parse({option});
-        EXPECT_FALSE(parsed.options);
-        EXPECT_EQ(parsed.exitCode, 0);
-        EXPECT_THAT(parsed.message, HasSubstr("quillbox"));
-    }
-}
-
 }  // namespace
