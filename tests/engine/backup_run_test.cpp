@@ -125,23 +125,17 @@ TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitAfterItsPath)
 {
     // They take 23 of 259 characters.
     const std::u16string fits(235, u'f');
-    for (const std::u16string& name :
-         {std::u16string(u"folder"), std::u16string(u"Other"), fits, std::u16string(236, u'l')})
-        ASSERT_TRUE(addMount({.name = name,
-                              .folder = ::open(card_.c_str(), O_RDONLY | O_DIRECTORY),
-                              .card = name != u"folder",
-                              .capacity = {}}));
+    for (const std::u16string& name : {std::u16string(u"folder"), fits, std::u16string(236, u'l')}) {
+        const int folder = ::open(card_.c_str(), O_RDONLY | O_DIRECTORY);
+        ASSERT_TRUE(addMount({.name = name, .folder = folder, .card = name != u"folder", .capacity = {}}));
+    }
     write("a/b/file", "");
     mark(u"\\a\\b\\file");
     gUser.choice.clear();
     backUp();
-    const std::u16string choices = gUser.shown.at(0);
-    for (const std::u16string& card : {std::u16string(u"Card"), std::u16string(u"Other"), fits})
-        EXPECT_NE(choices.find(u"|\\" + card + u"|"), std::u16string::npos) << card.size();
-    EXPECT_TRUE(choices.ends_with(u"|Main device"));
-    EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 4);
-
-    EXPECT_EQ(gUser.shown.size(), 1U) << "without a choice no run begins";
+    ASSERT_EQ(gUser.shown.size(), 1U) << "without a choice no run begins";
+    EXPECT_TRUE(gUser.shown[0] == u"choose Select your storage|\\Card|\\" + fits + u"|Main device" ||
+                gUser.shown[0] == u"choose Select your storage|\\" + fits + u"|\\Card|Main device");
     EXPECT_TRUE(std::filesystem::is_empty(card_));
 }
 

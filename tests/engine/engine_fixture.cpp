@@ -25,28 +25,6 @@ BOOL add(ItemList* list, const std::u16string& name)
 
 }  // namespace
 
-std::string numberBytes(std::uint32_t value)
-{
-    std::string bytes;
-    for (int shift = 0; shift < 32; shift += 8)
-        bytes += static_cast<char>(value >> shift);
-    return bytes;
-}
-
-std::string textBytes(const std::string& text)
-{
-    std::string bytes;
-    for (const char c : text + '\0')
-        bytes += std::string{c, '\0'};
-    return bytes;
-}
-
-std::string entryBytes(char kind, const std::string& name, std::uint32_t start, std::uint32_t end)
-{
-    return std::string{kind, 1} + numberBytes(static_cast<std::uint32_t>(name.size()) + 1) + textBytes(name) +
-           numberBytes(start) + numberBytes(end);
-}
-
 EngineTest::EngineTest() : FileTest(memoryFolder())
 {
     platform::time::stopClockAt({2000, 3, 0, 5, 9, 7, 3, 0});

@@ -3,13 +3,9 @@
 
 #include "file_fixture.h"
 #include "scripted_user.h"
+#include "written_bytes.h"
 
 #include <vector>
-
-// Formats by hand: 4 bytes of a number, characters of an ASCII text with its terminator, one entry of a list file.
-std::string numberBytes(std::uint32_t value);
-std::string textBytes(const std::string& text);
-std::string entryBytes(char kind, const std::string& name, std::uint32_t start, std::uint32_t end);
 
 class EngineTest : public FileTest {
 protected:

@@ -1,11 +1,14 @@
 #include "scripted_user.h"
 
 #include "engine/questions.h"
+#include "resource/resource_file.h"
+#include "resources/embedded_resources.h"
 
 #include "ce/dialog.h"
+#include "ce/resource.h"
 #include "ce/text.h"
 
-#include <map>
+#include <gtest/gtest.h>
 
 ScriptedUser gUser;
 
@@ -14,28 +17,6 @@ WCHAR gTextA[TextChars];
 WCHAR gTextB[TextChars];
 
 namespace {
-
-const std::map<UINT, std::u16string> Texts = {
-    {114, u"File: %s"},
-    {116, u"Restored: %d "},
-    {117, u"Restoring Database(s)"},
-    {118, u"Database: %s"},
-    {119, u"Registry"},
-    {122, u"No Backup File found"},
-    {123, u"Select backup file"},
-    {124, u"No item to backup!"},
-    {125, u"Backup date:%02d/%02d/%04d (%02d:%02d)\r\nComments:\r\n%s"},
-    {126, u"Main device"},
-    {127, u"Select your storage"},
-    {128, u"Backuping Files"},
-    {130, u"Backuped: %d"},
-    {131, u"Databases "},
-    {132, u"Construct File List"},
-    {133, u"Construct Database List"},
-    {134, u"Computing list to backup"},
-    {141, u"Restoring Files"},
-    {144, u"No Item to restore !"},
-};
 
 HWND const Window = reinterpret_cast<HWND>(1);
 
@@ -101,7 +82,8 @@ void answerRuns()
 
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars])
 {
-    CopyText(scratch, Texts.at(id).c_str());
+    static const bool ready = platform::resource::setResources(quillbox::embeddedResources());
+    EXPECT_TRUE(ready && LoadStringW(nullptr, id, scratch, TextChars) > 0) << id;
     return scratch;
 }
 

@@ -368,24 +368,6 @@ TEST_F(SweepTest, BackupLosesNothingAndReportsWhatIsLeftOutWhereverTheCardIsFull
     }
 }
 
-TEST_F(SweepTest, SourceIsNotLostToAGapInAStreamOnACardThatWasFullForAMoment)
-{
-    std::size_t kept = 0;
-    for (std::uint64_t room = 2000; room < 4400; room += 100) {
-        SCOPED_TRACE(room);
-        sources_ = {{"noise", patternBytes(2000)}};
-        startBackup({false, true});
-        gOptions.generateLog = 0;
-        hostWrite(card_ / "filler", std::string(5000, 'f'));
-        mount(5000 + room);
-        gUser.seesCount = [] { DeleteFileW(u"\\Card\\filler"); };
-        backUp();
-        expectNothingLost();
-        kept += exists("noise") ? 1 : 0;
-    }
-    EXPECT_GT(kept, 0U);
-}
-
 TEST_F(SweepTest, SourceThatChangesAfterItWasReadIsNotDeleted)
 {
     startBackup({false, true});

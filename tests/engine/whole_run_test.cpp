@@ -214,61 +214,46 @@ TEST_F(WholeRunTest, RestoreHasItsOrderAndThePolicyAppliesToFilesOnly)
 {
     markAll();
     RunBackup(BackupSelectedItems);
-    for (const WORD mode : {RestoreModeAsk, RestoreModeSkip, RestoreModeReplace}) {
-        SCOPED_TRACE(mode);
-        write("b.bin", "another");
-        removeAll("a.bin");
-        for (const WCHAR* name : {u"E", u"D"}) {
-            CEOID oid = 0;
-            CloseHandle(CeOpenDatabase(&oid, name, 0, 0, nullptr));
-            CeDeleteDatabase(oid);
-            makeDatabase(name, 9);
-        }
-        gOptions.restoreMode = mode;
-        gRegistryMarked = 0;
-        gUser.shown.clear();
-        gUser.answers = {true, false};
-        if (mode == RestoreModeAsk)
-            gUser.answers.insert(gUser.answers.begin(), false);
-        gUser.notesAll = true;
-        gUser.seesMessage = [this](const std::u16string&) {
-            for (const std::string& name : namesIn(root()))
-                EXPECT_TRUE(name.ends_with(".bin")) << name << " still exists when the next item begins";
-        };
-        restore();
-        EXPECT_EQ(hostCallsOf([] { EXPECT_TRUE(FlushChangedVolumes()); }), 0U) << "all of it is on the disk already";
-
-        const bool replaced = mode == RestoreModeReplace;
-        const std::string question = mode == RestoreModeAsk ? "ask replace \\b.bin; " : "";
-        const std::string first = replaced ? "step; count Restored: 0 ; " : "";
-        const std::string second = replaced ? "count Restored: 1 ; count Restored: 2 ; count Restored: 3 ; "
-                                            : "count Restored: 0 ; count Restored: 1 ; count Restored: 2 ; ";
-        const std::string total = replaced ? "count Restored: 3 ; " : "count Restored: 2 ; ";
-        EXPECT_EQ(gUser.transcript(), "choose Select backup file|\\Card\\QUILBOX\\QLBX0001.QLT; "
-                                      "dialog restore 1|\\Card\\QUILBOX\\QLBX0001.QLT; "
-                                      "open Restoring Files|Restoring Files|1000|500; wait; "
-                                      "message File: \\b.bin; no wait; " +
-                                          question + "wait; " + first +
-                                          "step; message File: \\a.bin; no wait; wait; step; " + second +
-                                          "step; no wait; close; "
-                                          "open Restoring Database(s)|Restoring Database(s)|1000|500; wait; "
-                                          "message Database: E; step; " +
-                                          total +
-                                          "no wait; ask replace database E; wait; step; "
-                                          "message Database: D; step; " +
-                                          total +
-                                          "no wait; ask replace database D; wait; step; "
-                                          "message Registry; step; registry from \\BKREG.TMP|keys and values; no wait; "
-                                          "registry restored; close");
-        expectBytes(read("a.bin"), patternBytes(SizeOfA));
-        expectBytes(read("b.bin"), replaced ? patternBytes(SizeOfB) : "another");
-        EXPECT_EQ(typeOfDatabase(u"E"), 7U);
-        EXPECT_EQ(typeOfDatabase(u"D"), 9U);
-        EXPECT_EQ(namesIn(root()), (Names{"a.bin", "b.bin"}));
-        EXPECT_EQ(namesThatOpen(root(), u"\\"), namesIn(root()));
-        EXPECT_EQ(namesThatOpen(set_, u"\\Card\\QUILBOX\\"), namesIn(set_));
-        EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 0U);
+    write("b.bin", "another");
+    removeAll("a.bin");
+    for (const WCHAR* name : {u"E", u"D"}) {
+        CEOID oid = 0;
+        CloseHandle(CeOpenDatabase(&oid, name, 0, 0, nullptr));
+        CeDeleteDatabase(oid);
+        makeDatabase(name, 9);
     }
+    gOptions.restoreMode = RestoreModeAsk;
+    gRegistryMarked = 0;
+    gUser.shown.clear();
+    gUser.answers = {false, true, false};
+    gUser.notesAll = true;
+    gUser.seesMessage = [this](const std::u16string&) {
+        for (const std::string& name : namesIn(root()))
+            EXPECT_TRUE(name.ends_with(".bin")) << name << " still exists when the next item begins";
+    };
+    restore();
+    EXPECT_EQ(hostCallsOf([] { EXPECT_TRUE(FlushChangedVolumes()); }), 0U) << "all of it is on the disk already";
+    EXPECT_EQ(gUser.transcript(), "choose Select backup file|\\Card\\QUILBOX\\QLBX0001.QLT; "
+                                  "dialog restore 1|\\Card\\QUILBOX\\QLBX0001.QLT; "
+                                  "open Restoring Files|Restoring Files|1000|500; wait; "
+                                  "message File: \\b.bin; no wait; ask replace \\b.bin; wait; step; "
+                                  "message File: \\a.bin; no wait; wait; step; "
+                                  "count Restored: 0 ; count Restored: 1 ; count Restored: 2 ; step; no wait; close; "
+                                  "open Restoring Database(s)|Restoring Database(s)|1000|500; wait; "
+                                  "message Database: E; step; count Restored: 2 ; "
+                                  "no wait; ask replace database E; wait; step; "
+                                  "message Database: D; step; count Restored: 2 ; "
+                                  "no wait; ask replace database D; wait; step; "
+                                  "message Registry; step; registry from \\BKREG.TMP|keys and values; no wait; "
+                                  "registry restored; close");
+    expectBytes(read("a.bin"), patternBytes(SizeOfA));
+    expectBytes(read("b.bin"), "another");
+    EXPECT_EQ(typeOfDatabase(u"E"), 7U);
+    EXPECT_EQ(typeOfDatabase(u"D"), 9U);
+    EXPECT_EQ(namesIn(root()), (Names{"a.bin", "b.bin"}));
+    EXPECT_EQ(namesThatOpen(root(), u"\\"), namesIn(root()));
+    EXPECT_EQ(namesThatOpen(set_, u"\\Card\\QUILBOX\\"), namesIn(set_));
+    EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 0U);
 }
 
 TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
@@ -288,8 +273,7 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
             gRegistryMarked = mark;
             gUser.shown.clear();
             RunRestore(RestoreFull);
-            EXPECT_EQ(gUser.shown.back(),
-                      inSet ? u"registry restored" : u"box Info|No Item to restore !|0");
+            EXPECT_EQ(gUser.shown.back(), inSet ? u"registry restored" : u"box Info|No Item to restore !|0");
             EXPECT_EQ(gUser.shownWith(u"registry from ").size(), inSet ? 1U : 0U);
             EXPECT_EQ(gUser.shownWith(u"registry from \\BKREG.TMP|keys and values").size(), inSet ? 1U : 0U);
             EXPECT_EQ(exists("BKREG.TMP"), !inSet);
