@@ -163,9 +163,6 @@ class User:
             return window if stands else None
         return wait_for(f"the window {title!r}", settled)
 
-    def x_windows(self):
-        return set(xdotool("search", "--onlyvisible", "--pid", self.process.pid).split())
-
     def search(self, node, fits):
         """The first node below that fits, depth first."""
         for child in node or []:

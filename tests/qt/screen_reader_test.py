@@ -31,11 +31,11 @@ EXPECTED = {
     "7-chooser": CAPTION + [("list", "Select your storage"), ("list item", "\\Storage Card"),
                             ("list item", "Main device")],
     "8-message": [("push button", "OK"), ("label", "You must select an item")],
-    "11-question": [("push button", "Yes"), ("push button", "No"),
+    "10-question": [("push button", "Yes"), ("push button", "No"),
                     ("label", "Override \\Storage Card\\QUILBOX\\QLBX0001.QLT file")],
-    "12-partial-restore": CAPTION + [COMMENTS, ("list", "Select items to restore"),
+    "11-partial-restore": CAPTION + [COMMENTS, ("list", "Select items to restore"),
                                      ("list item", "File:\\My Documents\\Household 2025.csv")],
-    "13-full-restore": CAPTION + [COMMENTS],
+    "12-full-restore": CAPTION + [COMMENTS],
 }
 
 
@@ -69,7 +69,7 @@ class Reader:
             self.check_mark("Files", "some marked", "INDETERMINATE")
             self.check_mark("My Documents", "folder, some marked", "INDETERMINATE")
             self.check_toggles("To do.txt", ("file, not marked", []), ("file, marked", ["CHECKED"]))
-        if name == "11-question":  # over a progress window
+        if name == "10-question":  # over a progress window
             self.faults += [f"progress: a {child.getRoleName()} without a name"
                             for window in self.user.application if window and window.name == "Backuping Files"
                             for child in window[0] if self.user.shows(child) and not child.name]

@@ -1,7 +1,7 @@
 """The steps of a job, by the mouse alone or by the keyboard alone."""
 import time
 
-from desktop import MAIN, wait_for, xdotool
+from desktop import MAIN, wait_for
 
 CARD = "\\Storage Card"
 
@@ -69,15 +69,6 @@ class Mouse(Steps):
     def tick(self, title, *names):
         for name in names:
             self.user.sets(title, name, "CHECKED", lambda name=name: self.user.click(title, name))
-
-    def date(self, title, label):
-        """Opens the calendar with its arrow and clicks a day near its middle. AT-SPI doesn't show the calendar."""
-        before = self.user.x_windows()
-        date = self.user.rectangle(self.user.find(title, label, "spin button"))
-        self.user.click_at(date.x + date.width - 8, date.y + date.height // 2)
-        calendar = wait_for("the calendar", lambda: self.user.x_windows() - before).pop()
-        xdotool("mousemove", "--window", calendar, 80, 80, "click", 1)
-        wait_for("the end of the calendar", lambda: self.user.x_windows() == before)
 
 
 class Keyboard(Steps):
@@ -152,8 +143,3 @@ class Keyboard(Steps):
             self.user.until("another radio button", lambda: self.user.keys("Up"),
                             lambda before=before: self.user.focused(title) != before)
         wait_for(f"{name!r} checked", lambda: self.user.has(self.user.find(title, name), "CHECKED"))
-
-    def date(self, title, label):
-        self.user.window(title)
-        self.user.tab_to(title, label, "spin button")
-        self.user.keys("Up")

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Takes pictures of the main window and every dialog, of the real program under a real X server with a window manager.
 
-    take_screenshots.py BIN-FOLDER TARGET-FOLDER [VARIANT...]      variants: light dark half double large
+    take_screenshots.py BIN-FOLDER TARGET-FOLDER [VARIANT]
 Exit code 77: a tool is missing. 1: a window didn't appear.
 """
 import os
@@ -9,7 +9,7 @@ import pathlib
 import subprocess
 import sys
 
-from desktop import Desktop, TimedOut, require_tools, wait_for
+from desktop import Desktop, require_tools, wait_for
 from tour import tour
 
 # The session's settings with the colours and the font of the user, as the toolkit reads them.
@@ -18,63 +18,36 @@ BackgroundNormal=42,46,50
 ForegroundNormal=252,252,252
 [Colors:View]
 BackgroundNormal=27,30,32
-BackgroundAlternate=35,38,41
 ForegroundNormal=252,252,252
-ForegroundInactive=161,169,177
-ForegroundLink=29,153,243
-ForegroundVisited=155,89,182
 [Colors:Button]
 BackgroundNormal=49,54,59
 ForegroundNormal=252,252,252
 [Colors:Selection]
 BackgroundNormal=61,174,233
 ForegroundNormal=252,252,252
-[Colors:Tooltip]
-BackgroundNormal=49,54,59
-ForegroundNormal=252,252,252
 """
 LARGE = "[General]\nfont=DejaVu Sans,18,-1,5,50,0,0,0,0,0\n"
 VARIANTS = {  # size of the screen, scale, settings
-    "light": ("600x540", 1, None),
+    "light": ("600x540", 1, ""),
     "dark": ("600x540", 1, DARK),
-    "half": ("900x810", 1.5, None),
-    "double": ("1200x1080", 2, None),
+    "half": ("900x810", 1.5, ""),
+    "double": ("1200x1080", 2, ""),
     "large": ("1000x900", 1, LARGE),
 }
-# So many that a run lasts until its picture is taken.
-LETTERS = 4000
 
 
-class Photographer:
-    def __init__(self, user, folder, variant):
-        self.user, self.folder, self.variant = user, folder, variant
+def picture(*words):
+    return subprocess.run(["import", "-window", "root", *words], check=True, capture_output=True).stdout
 
-    def visit(self, name, title):
-        if name == "10-progress":
-            self.take_progress(name)
-        else:
-            self.wait_until_still(name)
-            self.take(name)
 
-    def take_progress(self, name):
-        try:
-            self.user.find("Backuping Files", "File: \\Documents\\letter-", starts=True, seconds=10)
-            self.take(name)
-        except TimedOut:
-            print("the backup was over before its picture was taken")
+def wait_until_still(name):
+    """Until two pictures in a row are the same."""
+    pictures = [b""]
 
-    def wait_until_still(self, name):
-        """Until two pictures in a row are the same."""
-        last = None
-
-        def is_still():
-            nonlocal last
-            before, last = last, subprocess.run(["import", "-window", "root", "rgb:-"], capture_output=True).stdout
-            return last == before
-        wait_for(f"a picture without movement: {name}", is_still)
-
-    def take(self, name):
-        subprocess.run(["import", "-window", "root", self.folder / f"{self.variant}-{name}.png"], check=True)
+    def is_still():
+        pictures.append(picture("rgb:-"))
+        return pictures[-1] == pictures.pop(0)
+    wait_for(f"a picture without movement: {name}", is_still)
 
 
 def take_all(bin_folder, target, variant):
@@ -85,26 +58,21 @@ def take_all(bin_folder, target, variant):
         (desktop.base / "config").mkdir()
         (desktop.base / "config" / "kdeglobals").write_text(settings)
         environment.update(XDG_CURRENT_DESKTOP="KDE", KDE_SESSION_VERSION="5")
-    documents = desktop.base / "documents"
-    documents.mkdir()
-    for number in range(LETTERS):
-        (documents / f"letter-{number:04d}").write_bytes(os.urandom(20000))
-    user = desktop.start_program(desktop.base / "device", "--folder", f"Documents={documents}", scale=scale,
-                                 env=environment)
-    tour(user, Photographer(user, target, variant).visit)
-    print(f"{variant}: {len(list(target.glob(variant + '-*.png')))} pictures in {target}")
+
+    def visit(name, _):
+        wait_until_still(name)
+        picture(pathlib.Path(target) / f"{variant}-{name}.png")
+    tour(desktop.start_program(desktop.base / "device", scale=scale, env=environment), visit)
+    return 0
 
 
-def main(bin_folder, target, *variants):
+def main(bin_folder, target, variant=None):
     require_tools("import")
-    target = pathlib.Path(target)
-    target.mkdir(parents=True, exist_ok=True)
-    if len(variants) == 1:
-        take_all(bin_folder, target, variants[0])
-        return 0
+    if variant:
+        return take_all(bin_folder, target, variant)
+    pathlib.Path(target).mkdir(parents=True, exist_ok=True)
     # Each needs a desktop of its own.
-    taking = [subprocess.Popen([sys.executable, __file__, bin_folder, target, variant])
-              for variant in variants or VARIANTS]
+    taking = [subprocess.Popen([sys.executable, __file__, bin_folder, target, each]) for each in VARIANTS]
     return max(process.wait() for process in taking)
 
 

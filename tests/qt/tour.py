@@ -6,7 +6,7 @@ MARKED = ["Contacts Database", "To do.txt", "Household 2025.csv"]
 
 
 def tour(user, visit):
-    """Calls visit(name, title) for each window, and for some states of a window. 10-progress is the one of a run."""
+    """Calls visit(name, title) for each window, and for some states of a window."""
     user.window(MAIN)
     visit("1-main", MAIN)
     mark_some_items(user, visit)
@@ -61,17 +61,16 @@ def back_up(user, visit):
     keyboard.row("Select", CARD)
     visit("9-chooser-chosen", "Select")
     keyboard.press("Select", "OK")
-    visit("10-progress", None)
     keyboard.full_backup(CARD, "All databases")
     user.window("Info?")
-    visit("11-question", "Info?")
+    visit("10-question", "Info?")
     keyboard.answer("Info?", "No")
 
 
 def restore(user, visit):
     keyboard = Keyboard(user)
-    for name, item, title in ("12-partial-restore", "Partial...", "Restore selection"), \
-            ("13-full-restore", "Full...", "Full Restore"):
+    for name, item, title in ("11-partial-restore", "Partial...", "Restore selection"), \
+            ("12-full-restore", "Full...", "Full Restore"):
         keyboard.menu("Select", "Operations", "Restore", item)
         keyboard.choose(CARD + "\\QUILBOX\\QLBX0001.QLT")
         user.window(title)

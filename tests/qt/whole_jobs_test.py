@@ -24,11 +24,9 @@ def empty(store):
 
 
 def cancel_a_filter(steps):
-    title = "File filter"
-    steps.menu(title, "File", "Filter...")
-    steps.tick(title, "Hidden", "Show files newer than :")
-    steps.date(title, "Show files newer than :")
-    steps.press(title, "Cancel")
+    steps.menu("File filter", "File", "Filter...")
+    steps.tick("File filter", "Hidden", "Show files newer than :")
+    steps.press("File filter", "Cancel")
 
 
 def set_options(steps):
