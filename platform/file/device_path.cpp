@@ -90,8 +90,11 @@ HostPath resolvePath(std::u16string_view devicePath)
         const std::u16string_view name = devicePath.substr(0, end);
         devicePath.remove_prefix(std::min(end + 1, devicePath.size()));
         if (first) {
-            if (MountedFolder* const mounted = findMount(name)) {
-                path.mount = mounted;
+            FoundMount mounted = findMount(name);
+            if (mounted.error != 0)
+                return failed(mounted.error);
+            if (mounted.folder) {
+                path.mount = std::move(mounted.folder);
                 continue;
             }
         }

@@ -11,8 +11,10 @@
 namespace platform::file {
 
 struct HostPath {
-    DWORD error = 0;  // 123 or 206 for an invalid path, 3 without a root folder; the other fields are empty then
-    MountedFolder* mount = nullptr;
+    // 123 or 206 for an invalid path, 3 without a root folder, 21 in a card that was removed, or the error of opening a
+    // card; the other fields are empty then.
+    DWORD error = 0;
+    std::shared_ptr<MountedFolder> mount;
     std::string below;             // the path below the mount, parts joined by '/'; empty for the mounted folder itself
     std::size_t nameStart = 0;     // offset of the last part in `below`
     bool endsInBackslash = false;  // and is not the root alone

@@ -51,6 +51,9 @@ FolderSearch::FolderSearch(const HostPath& folder, Descriptor opened, std::u16st
     : table_(OpenFiles::instance()), mount_(folder.mount), isRoot_(folder.isMount() && mount_->name().empty()),
       path_(devicePathOf(folder)), pattern_(std::move(pattern)), wanted_(wanted), reader_(std::move(opened), wanted)
 {
+    if (isRoot_)
+        mountsLeft_ = mountNames();
+    std::ranges::reverse(mountsLeft_);
 }
 
 DWORD FolderSearch::next(WIN32_FIND_DATAW& found)
@@ -70,9 +73,11 @@ DWORD FolderSearch::next(WIN32_FIND_DATAW& found)
 
 bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
 {
-    while (const MountedFolder* const mount = mountAt(mountsSeen_)) {
-        ++mountsSeen_;
-        if (!matchesPattern(mount->name(), pattern_))
+    while (!mountsLeft_.empty()) {
+        const std::u16string name = std::move(mountsLeft_.back());
+        mountsLeft_.pop_back();
+        const auto mount = matchesPattern(name, pattern_) ? findMount(name).folder : nullptr;
+        if (!mount)
             continue;
         HostStatus status = {};
         if (const int result = readStatus(mount->folder(), "", status); result != 0) {

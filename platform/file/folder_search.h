@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace platform::file {
 
@@ -37,13 +38,13 @@ private:
 
     std::mutex mutex_;
     OpenFiles& table_;
-    MountedFolder* const mount_;
+    const std::shared_ptr<MountedFolder> mount_;
     const bool isRoot_;
     const std::u16string path_;
     const std::u16string pattern_;
     const Wanted wanted_;
     FolderReader reader_;
-    std::size_t mountsSeen_ = 0;
+    std::vector<std::u16string> mountsLeft_;  // still to be found, the next one last
 };
 
 // Opens the folder for a search. The errors are those of FindFirstFileW, except that no entry matches.

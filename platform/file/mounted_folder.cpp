@@ -9,11 +9,34 @@
 
 namespace platform::file {
 
-MountedFolder::MountedFolder(std::u16string name, Descriptor folder, std::unique_ptr<Volume> own, bool card,
-                             std::optional<std::uint64_t> capacity, std::uint64_t used)
-    : name_(std::move(name)), hostName_(text::toHostName(name_).value_or("")), folder_(std::move(folder)), card_(card),
-      capacity_(capacity), used_(used), own_(std::move(own))
+std::unique_ptr<Volume> Volume::of(int folder)
 {
+    auto volume = std::make_unique<Volume>();
+    volume->readable = Descriptor(openBelow(folder, ".", O_RDONLY | O_DIRECTORY));
+    HostStatus status = {};
+    if (!volume->readable || readStatus(volume->readable.get(), "", status) != 0)
+        return nullptr;
+    volume->device = deviceOf(status);
+    return volume;
+}
+
+MountedFolder::MountedFolder(std::u16string name, Descriptor folder, std::unique_ptr<Volume> own, bool card,
+                             std::optional<std::uint64_t> capacity, std::uint64_t used, std::string place)
+    : name_(std::move(name)), hostName_(text::toHostName(name_).value_or("")), folder_(std::move(folder)), card_(card),
+      capacity_(capacity), used_(used), place_(std::move(place)), own_(std::move(own))
+{
+}
+
+bool MountedFolder::isInPlace()
+{
+    if (place_.empty())
+        return true;
+    HostStatus own = {};
+    HostStatus there = {};
+    if (!gone_ && (readStatus(folder_.get(), "", own) != 0 || readStatus(AT_FDCWD, place_.c_str(), there) != 0 ||
+                   keyOf(own) != keyOf(there)))
+        gone_ = true;
+    return !gone_;
 }
 
 std::uint64_t MountedFolder::takeRoom(std::uint64_t bytes)

@@ -60,6 +60,11 @@ std::vector<std::string> markedFilesIn(FolderReader& reader)
     return names;
 }
 
+bool isTaken(const std::u16string& name)
+{
+    return std::ranges::count(mountNames(), name) != 0;
+}
+
 }  // namespace
 
 void prepareProcess()
@@ -77,20 +82,34 @@ bool addMount(Mount mount)
 {
     Descriptor folder(mount.folder);
     const bool isRoot = mount.name.empty();
-    if (isRoot ? rootMount() != nullptr : findMount(mount.name) || !text::toHostName(mount.name))
+    if (isRoot ? rootMount() != nullptr : isTaken(mount.name) || !text::toHostName(mount.name))
         return false;
-    auto volume = std::make_unique<Volume>();
-    volume->readable = Descriptor(openBelow(folder.get(), ".", O_RDONLY | O_DIRECTORY));
-    HostStatus status = {};
-    if (!volume->readable || readStatus(volume->readable.get(), "", status) != 0)
+    auto volume = Volume::of(folder.get());
+    if (!volume)
         return false;
-    volume->device = deviceOf(status);
     prepareProcess();
     const std::uint64_t used = mount.capacity ? measure(folder.get()) : 0;
     auto added = std::make_unique<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
                                                  mount.card, mount.capacity, used);
     insertMount(std::move(added));
     return true;
+}
+
+bool addRemovable(Removable removable)
+{
+    HostStatus status = {};
+    return readStatus(AT_FDCWD, removable.place.c_str(), status) == 0 && isFolder(status) &&
+           insertRemovable(std::move(removable), keyOf(status));
+}
+
+bool removeRemovableFolder(const std::u16string& name)
+{
+    return removeRemovable(name);
+}
+
+void closeUnusedFolders(std::chrono::milliseconds time)
+{
+    closeUnused(time);
 }
 
 void removeAllMounts()
@@ -108,7 +127,7 @@ void removeAllMounts()
 
 std::optional<std::uint64_t> usedBytes(const std::u16string& mountName)
 {
-    const MountedFolder* const mount = mountName.empty() ? rootMount() : findMount(mountName);
+    const auto mount = mountName.empty() ? rootMount() : findMount(mountName).folder;
     return mount && mount->hasCapacity() ? std::optional(mount->used()) : std::nullopt;
 }
 
@@ -131,7 +150,7 @@ std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
 
 int rootFolder()
 {
-    const MountedFolder* const root = rootMount();
+    const auto root = rootMount();
     return root ? root->folder() : -1;
 }
 

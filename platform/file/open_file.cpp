@@ -142,6 +142,14 @@ DWORD OpenFile::flush()
     const kernel::MutexLock lock(file_->mutex());
     if (const DWORD error = file_->writeOut(); error != 0)
         return error;
+    const DWORD error = flushToHost();
+    // A medium that was taken out explains every other error. The host may also have flushed to a file system that is
+    // unmounted already.
+    return hostPath_.mount->isInPlace() ? error : ERROR_NOT_READY;
+}
+
+DWORD OpenFile::flushToHost()
+{
     if (const int result = flushToDisk(descriptor()); result < 0)
         return ioError(result);
     // No call renames or deletes an open file, so its entry needs to be flushed only once.

@@ -63,6 +63,7 @@ private:
     [[nodiscard]] DWORD writeOut() REQUIRES(file_->mutex());
     [[nodiscard]] DWORD refreshSize(HostStatus& status) REQUIRES(file_->mutex());
     [[nodiscard]] DWORD endOfFile(std::uint64_t& end) REQUIRES(file_->mutex());
+    [[nodiscard]] DWORD flushToHost() REQUIRES(file_->mutex());
     [[nodiscard]] DWORD flushEntries() const;
 
     OpenFiles& table_;

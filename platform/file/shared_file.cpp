@@ -90,13 +90,14 @@ HostWrite writeBoth(int descriptor, std::uint64_t offset, std::span<const std::b
 
 }  // namespace
 
-SharedFile::SharedFile(MountedFolder& mount, const FileKey& key, std::uint64_t size)
-    : mount_(&mount), key_(key), device_(key.device), size_(size)
+SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key, std::uint64_t size)
+    : mount_(std::move(mount)), key_(key), device_(key.device), size_(size)
 {
 }
 
-SharedFile::SharedFile(MountedFolder& mount, const FileKey& key, std::unique_ptr<TemporaryContent> content)
-    : mount_(&mount), key_(key), content_(std::move(content)), device_(key.device), size_(0)
+SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key,
+                       std::unique_ptr<TemporaryContent> content)
+    : mount_(std::move(mount)), key_(key), content_(std::move(content)), device_(key.device), size_(0)
 {
 }
 
@@ -120,6 +121,8 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
 {
     if (lost_ != 0)
         return {0, lost_};
+    if (mount_->isGone())
+        return {0, ERROR_NOT_READY};
     const std::uint64_t end = offset + bytes.size();
     const std::uint64_t growth = end > size_ ? end - size_ : 0;
     const std::uint64_t room = mount_->takeRoom(growth);
@@ -179,7 +182,8 @@ DWORD SharedFile::writeOut()
     if (gathered_ == 0)
         return lost_;
     const std::uint64_t offset = size_ - gathered_;
-    const HostWrite done = writeBoth(gatherer_, offset, {gather_.get(), gathered_}, {});
+    const HostWrite done =
+        mount_->isGone() ? HostWrite{0, -ENOMEDIUM} : writeBoth(gatherer_, offset, {gather_.get(), gathered_}, {});
     noteChange();
     if (done.bytes != 0)
         writtenTo_ = offset + done.bytes;

@@ -4,6 +4,8 @@
 #include "mounts.h"
 #include "open_files.h"
 
+#include "ce/error.h"
+
 #include <cerrno>
 
 namespace platform::file {
@@ -13,19 +15,9 @@ using host::ioError;
 namespace {
 
 struct Changed {
-    MountedFolder* mount = nullptr;
+    std::shared_ptr<MountedFolder> mount;
     Volume* volume = nullptr;
 };
-
-std::vector<MountedFolder*> allMounts()
-{
-    std::vector<MountedFolder*> all;
-    if (MountedFolder* const root = rootMount())
-        all.push_back(root);
-    for (std::size_t i = 0; MountedFolder* const mount = mountAt(i); ++i)
-        all.push_back(mount);
-    return all;
-}
 
 // Clears the marks of all folders on one file system, which needs one flush for all of them. This comes before the
 // flush, so that a change during the flush sets the mark again.
@@ -39,6 +31,13 @@ std::vector<Volume*> takeMarks(const std::vector<Changed>& changed, std::uint64_
     return taken;
 }
 
+DWORD flush(const Changed& changed)
+{
+    const Descriptor& readable = changed.volume->readable;
+    const int result = readable ? flushFileSystem(readable.get()) : -EOPNOTSUPP;
+    return changed.mount->isInPlace() ? ioError(result) : ERROR_NOT_READY;
+}
+
 }  // namespace
 
 std::vector<FailedFlush> flushChangedVolumes()
@@ -47,7 +46,7 @@ std::vector<FailedFlush> flushChangedVolumes()
     if (const DWORD error = OpenFiles::instance().nameAll(); error != 0)
         failed.push_back({rootMount(), error});
     std::vector<Changed> changed;
-    for (MountedFolder* const mount : allMounts()) {
+    for (const auto& mount : mountsToFlush()) {
         if (const DWORD error = OpenFiles::instance().writeOutAll(*mount); error != 0)
             failed.push_back({mount, error});
         for (Volume* const volume : mount->changedVolumes())
@@ -58,11 +57,10 @@ std::vector<FailedFlush> flushChangedVolumes()
         const std::vector<Volume*> taken = takeMarks(changed, each.volume->device);
         if (taken.empty())
             continue;
-        const Descriptor& readable = each.volume->readable;
-        const int result = readable ? flushFileSystem(readable.get()) : -EOPNOTSUPP;
-        if (result == 0)
+        const DWORD error = flush(each);
+        if (error == 0)
             continue;
-        failed.push_back({each.mount, ioError(result)});
+        failed.push_back({each.mount, error});
         stillChanged.insert(stillChanged.end(), taken.begin(), taken.end());
     }
     for (Volume* const volume : stillChanged)

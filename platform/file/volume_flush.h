@@ -10,7 +10,7 @@
 namespace platform::file {
 
 struct FailedFlush {
-    const MountedFolder* mount = nullptr;
+    std::shared_ptr<const MountedFolder> mount;
     DWORD error = 0;
 };
 

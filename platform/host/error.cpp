@@ -44,6 +44,8 @@ DWORD platformError(long error)
     case EDQUOT:
     case EFBIG:  // the file would be longer than its file system allows: reported as a full disk
         return ERROR_DISK_FULL;
+    case ENOMEDIUM:
+        return ERROR_NOT_READY;
     case ENAMETOOLONG:
         return ERROR_FILENAME_EXCED_RANGE;
     default:

@@ -11,6 +11,8 @@ const char* errorReason(DWORD error)
         return "no permission, or it is read-only";
     case ERROR_WRITE_PROTECT:
         return "the disk can't be written";
+    case ERROR_NOT_READY:
+        return "the card was taken out";
     case ERROR_SHARING_VIOLATION:
         return "another program uses it";
     case ERROR_DISK_FULL:

@@ -1,9 +1,13 @@
 // name_space.h - sets up the folders of the host that make up the device's name space.
 //
 // The root `\` is one host folder; further folders (cards, folders of the user) appear in it by name. A mounted folder
-// hides an entry of the same name in the root folder. All is set up before the program starts; file calls only read it.
+// hides an entry of the same name in the root folder. Folders can be added at any time; only removable ones go before
+// the end. Any thread, unless a call says otherwise.
 #pragma once
 
+#include "file/removable.h"
+
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -28,7 +32,18 @@ struct Mount {
 // if the folder can't be read; the descriptor is closed then.
 [[nodiscard]] bool addMount(Mount mount);
 
-// Closes all open files and searches, and removes all folders.
+// Adds a removable folder, which a search of the root finds from then on. False if the name is taken or isn't a valid
+// name, or if the folder isn't there.
+[[nodiscard]] bool addRemovable(Removable removable);
+
+// Removes it. From then on each call on its paths and each write to its open files fails with ERROR_NOT_READY, and so
+// does a flush of anything written there before. A new one can get the name. False if there is no such folder.
+bool removeRemovableFolder(const std::u16string& name);
+
+// Closes the removable folders that no call has used for this long, and that have no open file.
+void closeUnusedFolders(std::chrono::milliseconds time);
+
+// Closes all open files and searches, and removes all folders. No other thread makes calls meanwhile.
 void removeAllMounts();
 
 // The bytes that the files of a folder with a capacity have now; empty without a capacity.
