@@ -85,6 +85,23 @@ bool queueInput(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
     return queue(window, message, wParam, lParam);
 }
 
+bool queueClickAndCommand(HWND control, WPARAM wParam, LPARAM lParam, WORD command)
+{
+    const Lock lock(coreMutex);
+    Window* window = findWindow(control);
+    return window && !isDisabledCommand(topLevelOf(*window), command) &&
+           queue(*window, {MSG{nullptr, InputClick, wParam, lParam, 0, {}}, {}}) &&
+           queue(topLevelOf(*window), {MSG{nullptr, InputCommand, command, 0, 0, {}}, {}});
+}
+
+bool queueClickAndKey(HWND control, WPARAM wParam, LPARAM lParam, WORD virtualKey)
+{
+    const Lock lock(coreMutex);
+    Window* window = findWindow(control);
+    return window && queue(*window, {MSG{nullptr, InputClick, wParam, lParam, 0, {}}, {}}) &&
+           queue(*window, {MSG{nullptr, WM_KEYDOWN, virtualKey, 0, 0, {}}, {}});
+}
+
 bool postClick(HWND window, long row)
 {
     return queue(window, InputClick, static_cast<WPARAM>(row));
@@ -262,6 +279,8 @@ LRESULT dispatchInput(const MSG& message)
     case InputFocus:
         activateAndFocus(message.hwnd);
         return 0;
+    case InputRelist:
+        return SendMessageW(message.hwnd, message.message, 0, 0);
     case InputText:
     case InputNewText:
         typeInto(message);

@@ -288,6 +288,7 @@ LRESULT treeProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     case WM_CHAR:
     case InputClick:
     case InputDoubleClick:
+    case InputRelist:
         return takeTreeInput(handle, message, wParam, lParam);
     default:
         break;

@@ -55,7 +55,11 @@ LRESULT foldByProgram(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMut
 void foldByUser(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
 BOOL deleteTreeItem(HWND tree, HTREEITEM item) EXCLUDES(coreMutex);
 
-// Handles WM_KEYDOWN, WM_CHAR, InputClick and InputDoubleClick (tree_input.cpp).
+// Collapses what is expanded and expands it again, so that the parent lists it anew (tree_relist.cpp). The selection
+// goes to the nearest item with a button at or above the selected one, since the parent may act on any other.
+void relistTree(HWND tree) EXCLUDES(coreMutex);
+
+// Handles WM_KEYDOWN, WM_CHAR, InputClick, InputDoubleClick and InputRelist (tree_input.cpp).
 LRESULT takeTreeInput(HWND tree, UINT message, WPARAM wParam, LPARAM lParam) EXCLUDES(coreMutex);
 
 }  // namespace platform::window

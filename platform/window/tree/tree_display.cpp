@@ -96,4 +96,19 @@ bool postTreeDoubleClick(HWND tree, HTREEITEM item, TreePart part)
     return queueInput(tree, InputDoubleClick, reinterpret_cast<WPARAM>(item), static_cast<LPARAM>(part));
 }
 
+bool postTreeCommand(HWND tree, HTREEITEM item, WORD command)
+{
+    return queueClickAndCommand(tree, reinterpret_cast<WPARAM>(item), static_cast<LPARAM>(TreePart::Label), command);
+}
+
+bool postTreeKey(HWND tree, HTREEITEM item, WORD virtualKey)
+{
+    return queueClickAndKey(tree, reinterpret_cast<WPARAM>(item), static_cast<LPARAM>(TreePart::Label), virtualKey);
+}
+
+bool postTreeRelist(HWND tree)
+{
+    return queueInput(tree, InputRelist, 0, 0);
+}
+
 }  // namespace platform::window

@@ -293,6 +293,10 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     }
     if (!takesInputNow(handle))
         return 0;
+    if (message == InputRelist) {
+        relistTree(handle);
+        return 0;
+    }
     if (message == WM_CHAR) {
         typeCharacter(handle, static_cast<char16_t>(wParam));
         return 0;

@@ -20,6 +20,7 @@ inline constexpr UINT InputResize = 0x10008;   // wParam: width, lParam: height
 inline constexpr UINT InputDate = 0x10009;     // wParam: month and year, lParam: day
 inline constexpr UINT InputFocus = 0x1000A;
 inline constexpr UINT InputAnswer = 0x1000C;  // wParam: id, or 0 to refuse, lParam: AnswerReach
+inline constexpr UINT InputRelist = 0x1000D;  // a tree's expanded items
 // No input: sent to a child that follows the size of its parent, after the parent's WM_SIZE.
 inline constexpr UINT ParentSized = 0x1000B;
 
@@ -33,6 +34,11 @@ inline constexpr LPARAM KeyWithControl = LPARAM{1} << 26;
 
 // Queues raw input for the window, by the rules of display.h. False if it was dropped.
 bool queueInput(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+
+// Queues a click on a control, and directly after it a command of its top-level window or a key for it. False if both
+// were dropped.
+bool queueClickAndCommand(HWND control, WPARAM wParam, LPARAM lParam, WORD command);
+bool queueClickAndKey(HWND control, WPARAM wParam, LPARAM lParam, WORD virtualKey);
 
 // Can the window take it now?
 bool isDeliverable(const Input& input) REQUIRES(coreMutex);

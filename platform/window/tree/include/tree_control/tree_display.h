@@ -33,5 +33,11 @@ std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // the chil
 // double click is a postTreeClick for the first and a postTreeDoubleClick for the second click.
 bool postTreeClick(HWND tree, HTREEITEM item, TreePart part);
 bool postTreeDoubleClick(HWND tree, HTREEITEM item, TreePart part);
+// A click on the item's label, and after it a command of the tree's top-level window or a key for the tree. Both are
+// queued or neither is, so the program can't work between them and drop the second.
+bool postTreeCommand(HWND tree, HTREEITEM item, WORD command);
+bool postTreeKey(HWND tree, HTREEITEM item, WORD virtualKey);
+// Has the program list anew what is expanded. The rows that are expanded stay so, as far as they are still there.
+bool postTreeRelist(HWND tree);
 
 }  // namespace platform::window
