@@ -5,7 +5,9 @@
 #include "fresh_device.h"
 #include "host/descriptor.h"
 #include "locks.h"
+#include "media_watch.h"
 #include "refusal.h"
+#include "shown_folders.h"
 
 #include "file/name_space.h"
 #include "registry/registry_store.h"
@@ -17,7 +19,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <iterator>
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace platform::device {
 
@@ -25,18 +29,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A folder of the host that is to be mounted.
-struct MountPoint {
-    std::u16string name;  // empty for the root
-    fs::path folder;
-    Descriptor opened;
-    bool card = false;
-    std::optional<std::uint64_t> capacity;
-};
-
 class OpenedDevice final : public Device {
 public:
-    explicit OpenedDevice(fs::path folder) : folder_(std::move(folder)), lock_(lockDevice(folder_))
+    explicit OpenedDevice(fs::path folder) : folder_(std::move(folder)), lock_(lockDevice(folder_)), shown_(folder_)
     {
         if (file::rootFolder() >= 0)
             throw Refusal("This process has another device open already.");
@@ -45,24 +40,30 @@ public:
     ~OpenedDevice() override
     {
         // The locks are members, so they are released after this, when everything is closed.
+        media_.reset();
         file::removeAllMounts();
         store::closeStore();
         registry::closeRegistry();
     }
 
     [[nodiscard]] const fs::path& folder() const override { return folder_; }
+    [[nodiscard]] std::string showFolder(const fs::path& folder, bool card) override;
+    [[nodiscard]] ShownSet showSet(const fs::path& listFile) override;
+    void showMedia(std::vector<fs::path> folders, std::function<bool()> changed) override
+    {
+        media_.emplace(std::move(folders), shown_, std::move(changed));
+    }
 
     // Returns warnings.
     [[nodiscard]] std::vector<std::string> open(const std::vector<ExtraFolder>& extras, bool demonstration);
 
 private:
-    void mount(MountPoint mountPoint);
     [[nodiscard]] std::optional<std::string> whatIsLost() const;
-    [[nodiscard]] std::optional<std::string> whatIsHiddenBy(const MountPoint& mountPoint) const;
 
     fs::path folder_;
     Descriptor lock_;
-    std::vector<Descriptor> cardLocks_;
+    ShownFolders shown_;
+    std::optional<MediaWatch> media_;
 };
 
 Descriptor openFolder(const fs::path& folder, int flags = 0)
@@ -108,29 +109,6 @@ std::vector<MountPoint> cardsIn(const fs::path& cards)
     return mountPoints;
 }
 
-std::u16string nameOf(const ExtraFolder& extra)
-{
-    std::u16string name = text::fromUtf8(extra.name);
-    if (text::toUtf8(name) != extra.name || !text::toHostName(name))
-        throw Refusal("\"" + extra.name + "\" can't be the name of a folder on the device.");
-    return name;
-}
-
-MountPoint mountPointOf(const ExtraFolder& extra)
-{
-    MountPoint mountPoint{.name = nameOf(extra),
-                          .folder = fs::absolute(extra.folder),
-                          .opened = openFolder(extra.folder),
-                          .card = extra.card,
-                          .capacity = extra.capacity};
-    const std::string what = "The folder " + quoted(extra.folder) + " for \"" + extra.name + "\"";
-    if (!mountPoint.opened && errno == ENOTDIR)
-        throw Refusal(what + " is not a folder.");
-    if (!mountPoint.opened)
-        refuse(what + " can't be opened", errno);
-    return mountPoint;
-}
-
 // The remembered folders that exist: a card that isn't inserted is no failure. A folder of the command line replaces a
 // remembered one of the same name.
 std::vector<MountPoint> rememberedMountPoints(const std::vector<ExtraFolder>& extras)
@@ -146,25 +124,6 @@ std::vector<MountPoint> rememberedMountPoints(const std::vector<ExtraFolder>& ex
     return mountPoints;
 }
 
-// Refuses two folders of one name and two names of one folder. With two names, one file could be open twice.
-void refuseDoubles(const std::vector<MountPoint>& mountPoints)
-{
-    for (auto mountPoint = mountPoints.begin(); mountPoint != mountPoints.end(); ++mountPoint) {
-        struct stat status {};
-        ::fstat(mountPoint->opened.get(), &status);
-        for (auto earlier = mountPoints.begin(); earlier != mountPoint; ++earlier) {
-            if (earlier->name == mountPoint->name)
-                throw Refusal("The device has two folders named \"" + text::toUtf8(mountPoint->name) +
-                              "\": " + quoted(earlier->folder) + " and " + quoted(mountPoint->folder) + ".");
-            struct stat other {};
-            ::fstat(earlier->opened.get(), &other);
-            if (status.st_dev == other.st_dev && status.st_ino == other.st_ino)
-                throw Refusal("The folder " + quoted(mountPoint->folder) + " is on the device already, as \"\\" +
-                              text::toUtf8(earlier->name) + "\".");
-        }
-    }
-}
-
 // Warns of a missing database only if the device had one before. A device made by hand needs none.
 std::optional<std::string> OpenedDevice::whatIsLost() const
 {
@@ -176,20 +135,6 @@ std::optional<std::string> OpenedDevice::whatIsLost() const
         return std::nullopt;
     return quoted(database) + (there ? " is empty" : " is missing") +
            ": the device starts without databases and with an empty registry.";
-}
-
-// A mounted folder hides the device's own folder of that name, whose content is then missing in backups.
-std::optional<std::string> OpenedDevice::whatIsHiddenBy(const MountPoint& mountPoint) const
-{
-    const auto hostName = text::toHostName(mountPoint.name);
-    if (mountPoint.name.empty() || !hostName)
-        return std::nullopt;
-    const fs::path own = folder_ / "object-store" / *hostName;
-    std::error_code error;
-    if (!fs::exists(fs::symlink_status(own, error)) || fs::is_empty(own, error))
-        return std::nullopt;
-    return "\"\\" + text::toUtf8(mountPoint.name) + "\" is the folder " + quoted(mountPoint.folder) + ": " +
-           quoted(own) + " is hidden and isn't backed up.";
 }
 
 std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstration)
@@ -221,11 +166,9 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
     std::ranges::move(rememberedMountPoints(extras), std::back_inserter(mountPoints));
     for (const ExtraFolder& extra : extras)
         mountPoints.push_back(mountPointOf(extra));
-    refuseDoubles(mountPoints);
     for (MountPoint& mountPoint : mountPoints) {
-        if (auto warning = whatIsHiddenBy(mountPoint))
+        if (auto warning = shown_.add(std::move(mountPoint)))
             warnings.push_back(std::move(*warning));
-        mount(std::move(mountPoint));
     }
     const Descriptor own = openFolder(folder_);
     for (const std::u16string& name : file::setLeftTemporariesAside(own.get()))
@@ -234,21 +177,36 @@ std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extr
     return warnings;
 }
 
-void OpenedDevice::mount(MountPoint mountPoint)
+std::string OpenedDevice::showFolder(const fs::path& folder, bool card)
 {
-    if (mountPoint.card) {
-        // Open the folder again, since the name space closes the other descriptor before the lock may be released.
-        Descriptor& lock =
-            cardLocks_.emplace_back(::openat(mountPoint.opened.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        lockCard(lock, mountPoint.folder);
+    const ExtraFolder extra{.name = shown_.freeName(folder), .folder = folder, .card = card, .capacity = {}};
+    try {
+        (void)shown_.add(mountPointOf(extra));
+    } catch (const Refusal& refusal) {
+        return refusal.what();
     }
-    const std::string name = text::toUtf8(mountPoint.name);
-    if (!file::addMount({.name = std::move(mountPoint.name),
-                         .folder = mountPoint.opened.release(),
-                         .card = mountPoint.card,
-                         .capacity = mountPoint.capacity}))
-        throw Refusal("The folder " + quoted(mountPoint.folder) + " can't be shown as \"\\" + name +
-                      "\" on the device.");
+    return rememberFolder(extra) ? "" : "The folder " + quoted(folder) + " can't be remembered for the next start.";
+}
+
+ShownSet OpenedDevice::showSet(const fs::path& listFile)
+{
+    std::error_code error;
+    const fs::path whole = fs::canonical(listFile, error);
+    if (error || !fs::is_regular_file(whole, error))
+        return {{}, quoted(listFile) + " is no file."};
+    if (!whole.native().ends_with("QLT"))
+        return {{}, quoted(whole) + " is no list of a set: such a file's name ends in QLT."};
+    if (const auto path = shown_.pathOf(whole))
+        return {*path, ""};
+    const fs::path folder = whole.parent_path();
+    const fs::path storage = folder.filename() == "QUILBOX" ? folder.parent_path() : folder;
+    try {
+        (void)shown_.add(
+            mountPointOf({.name = shown_.freeName(storage), .folder = storage, .card = true, .capacity = {}}));
+    } catch (const Refusal& refusal) {
+        return {{}, refusal.what()};
+    }
+    return {shown_.pathOf(whole).value_or(u""), ""};
 }
 
 }  // namespace
@@ -288,6 +246,15 @@ std::optional<fs::path> defaultDeviceFolder()
     if (home != nullptr && *home == '/')
         return fs::path(home) / ".local/share" / device;
     return std::nullopt;
+}
+
+std::vector<fs::path> usualMediaFolders()
+{
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread exists yet
+    const passwd* const user = ::getpwuid(::getuid());
+    if (!user || !user->pw_name || !*user->pw_name)
+        return {};
+    return {fs::path("/run/media") / user->pw_name, fs::path("/media") / user->pw_name};
 }
 
 }  // namespace platform::device

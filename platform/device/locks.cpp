@@ -34,9 +34,14 @@ void noteDatabase(const Descriptor& deviceLock)
         (void)!::write(deviceLock.get(), "database\n", 9);  // after a failure only a warning is missing later
 }
 
+bool tryLockCard(const Descriptor& opened)
+{
+    return ::flock(opened.get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder)
 {
-    if (::flock(opened.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    if (!tryLockCard(opened))
         throw Refusal("The card " + quoted(folder) + " is in use by another Quillbox device.", true);
 }
 

@@ -14,8 +14,10 @@ using host::Descriptor;
 // can't be written to.
 [[nodiscard]] Descriptor lockDevice(const std::filesystem::path& folder);
 
-// Locks a card's folder, of which `opened` is a descriptor. If the file system can't lock folders, as some network
-// shares, the card is used without a lock.
+// Locks a card's folder, of which `opened` is a descriptor. False, with errno, if another process has locked it. If the
+// file system can't lock folders, as some network shares, the card is used without a lock.
+[[nodiscard]] bool tryLockCard(const Descriptor& opened);
+// Throws a Refusal in place of the result.
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder);
 
 // The lock file notes that the device has had a database, so that a missing one can be reported.

@@ -7,6 +7,7 @@
 #include "device/extra_folder.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,12 +20,33 @@ struct OpenError {
     bool inUse = false;    // another process owns the device or a card
 };
 
-// An opened device. Its destructor closes every file and unlocks the device.
+// A set that the program can restore from.
+struct ShownSet {
+    std::u16string listFile;  // its path on the device
+    std::string error;        // a sentence for the user if it can't be shown; empty otherwise
+};
+
+// An opened device. Its destructor closes every file and unlocks the device. Any thread can make the calls.
 class Device {
 public:
     virtual ~Device() = default;
     [[nodiscard]] virtual const std::filesystem::path& folder() const = 0;
+
+    // Shows a folder of the host in the root, now and at every start, under its own name or with a number after it.
+    // Returns a sentence for the user on failure, otherwise an empty text.
+    [[nodiscard]] virtual std::string showFolder(const std::filesystem::path& folder, bool card) = 0;
+
+    // Shows the storage of a set until the device is closed, as a card, unless the device shows it already. `listFile`
+    // is on the host.
+    [[nodiscard]] virtual ShownSet showSet(const std::filesystem::path& listFile) = 0;
+
+    // Shows what is mounted directly in one of `folders` as cards while it is there. `changed` is called on another
+    // thread after one came or went, again and again until it returns true.
+    virtual void showMedia(std::vector<std::filesystem::path> folders, std::function<bool()> changed) = 0;
 };
+
+// Where the desktop mounts the media of this user.
+[[nodiscard]] std::vector<std::filesystem::path> usualMediaFolders();
 
 struct OpenResult {
     std::unique_ptr<Device> device;  // null on failure

@@ -1,0 +1,41 @@
+// media_watch.h - shows the media that the host mounts in some folders as cards, while they are mounted.
+#pragma once
+
+#include "shown_folders.h"
+
+#include "host/descriptor.h"
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace platform::device {
+
+class MediaWatch {
+public:
+    // A medium is what is mounted directly in one of `folders`. Shows those that are there before it returns, and
+    // watches on a thread of its own until it is destroyed. `changed` is called there after media came or went, again
+    // and again until it returns true.
+    MediaWatch(std::vector<std::filesystem::path> folders, ShownFolders& shown, std::function<bool()> changed);
+    ~MediaWatch();
+    MediaWatch(const MediaWatch&) = delete;
+    MediaWatch& operator=(const MediaWatch&) = delete;
+
+private:
+    void watch();
+    [[nodiscard]] bool follow();
+
+    const std::vector<std::filesystem::path> folders_;
+    ShownFolders& shown_;
+    const std::function<bool()> changed_;
+    const host::Descriptor mounts_;
+    const host::Descriptor end_;
+    // The places, each with the host's number of its mount, which differs when another medium is mounted there.
+    std::map<std::filesystem::path, std::string> media_;
+    std::thread thread_;
+};
+
+}  // namespace platform::device
