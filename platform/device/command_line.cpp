@@ -97,6 +97,8 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
     std::string script;
     std::string transcript;
     std::string timeout = "60";
+    std::string mediaFolder;
+    std::string set;
 
     CLI::App app("Backs up and restores a device: its files, databases and registry.", "quillbox");
     app.set_version_flag("--version", "quillbox " QUILLBOX_VERSION);
@@ -119,6 +121,13 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
         app.add_option("--transcript", transcript, "Writes windows, texts and answers to FILE (- is standard output)")
             ->type_name("FILE|-")
             ->needs(scripted);
+    auto* media = app.add_option("--media", mediaFolder,
+                                 "Shows what is mounted in DIR as cards. The default is the folder of this user's "
+                                 "media, with a script none")
+                      ->type_name("DIR");
+    app.add_option("SET", set,
+                   "The list of a set (its *.QLT file): the window opens with the choice of what to restore")
+        ->excludes(scripted);
     try {
         app.parse(count, words);
         for (const std::string& card : cards)
@@ -127,6 +136,8 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
             options.extras.push_back(parseFolder("--folder", folder));
         refuseNameTwice(options.extras);
         options.timeout = parseTimeout(timeout);
+        if (!set.empty() && !set.ends_with("QLT"))
+            refuseOption("SET", set, "is not the list of a set, whose name ends in QLT");
         if (device.empty() && named->count() > 0)
             refuseOption("--device", device, "names no folder");
         options.device = deviceFolder(device);
@@ -138,6 +149,12 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
     }
     if (scripted->count() > 0)
         options.script = script;
+    if (!set.empty())
+        options.set = set;
+    if (!mediaFolder.empty())
+        options.mediaFolders = {mediaFolder};
+    else if (media->count() == 0 && !options.script)
+        options.mediaFolders = usualMediaFolders();
     if (recorded->count() > 0)
         options.transcript = transcript;
     return {std::move(options), "", 0};

@@ -14,6 +14,8 @@ namespace platform::device {
 struct CommandLine {
     std::filesystem::path device;  // defaultDeviceFolder() if none is named
     std::vector<ExtraFolder> extras;
+    std::optional<std::filesystem::path> set;  // the list file of a set to restore from, in the window
+    std::vector<std::filesystem::path> mediaFolders;
     std::optional<std::string> script;  // a file, or "-" for standard input
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     std::optional<std::string> transcript;  // a file, or "-" for standard output

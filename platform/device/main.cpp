@@ -7,6 +7,8 @@
 #include "kernel/standard_streams.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
+#include "start/list_anew.h"
+#include "start/restore_request.h"
 #include "start/second_start.h"
 #include "start/window_module.h"
 #include "text/host_name.h"
@@ -16,10 +18,15 @@
 #include "ce/winmain.h"
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <spawn.h>
 #include <string>
+#include <system_error>
+#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -38,6 +45,26 @@ int tell(std::string sentence, int exitCode)
         sentence, [](unsigned char byte) { return byte < ' ' || byte == 0x7F; }, '?');
     std::cerr << "quillbox: " << sentence << '\n';
     return exitCode;
+}
+
+void showBox(const std::string& text, UINT icon)
+{
+    MessageBoxW(nullptr, platform::text::fromUtf8(text).c_str(), u"Quillbox", MB_OK | icon);
+}
+
+// Someone who started Quillbox from the desktop doesn't see standard error, so the sentence is shown in a box, too.
+int tellAtStart(const std::string& sentence, int exitCode)
+{
+    (void)tell(sentence, exitCode);
+    if (!platform::display::isDesktopNamed())
+        return exitCode;
+    return platform::display::runWithWindow({.program =
+                                                 [&] {
+                                                     showBox(sentence, MB_ICONHAND);
+                                                     return exitCode;
+                                                 },
+                                             .host = {},
+                                             .otherwise = exitCode});
 }
 
 void tellWarnings(const platform::device::OpenResult& opened)
@@ -60,7 +87,6 @@ int tellLeftOut(int exitCode)
     return exitCode == 0 && !all.empty() ? LeftOut : exitCode;
 }
 
-// A user who started Quillbox from the desktop doesn't see standard error.
 void showLeftOut(HWND owner)
 {
     std::string text;
@@ -78,26 +104,71 @@ int startProgram()
     return WinMain(instance, nullptr, commandLine, SW_SHOW);
 }
 
-// If the device is in use, another process shows its window, unless that process runs a script.
-int runInWindow(const CommandLine& options)
+// If another process has the device open, it shows its window, unless it runs a script. Empty if none answers.
+std::optional<int> showFirstStart(const CommandLine& options)
 {
-    const auto opened = platform::device::openDevice(options.device, options.extras, true);
-    if (!opened.device && opened.error.inUse && platform::display::bringFirstStartToFront(options.device)) {
-        if (!options.extras.empty())
-            (void)tell("its window was open already; its cards and folders stay as they are.", 0);
-        return 0;
-    }
-    if (!opened.device)
-        return tell(opened.error.sentence, Failed);
-    tellWarnings(opened);
-    const auto firstStart = platform::display::answerSecondStarts(options.device);
+    const auto set = options.set ? std::filesystem::absolute(*options.set) : std::filesystem::path();
+    const auto answer = platform::display::askFirstStart(options.device, set);
+    if (!answer)
+        return std::nullopt;
+    if (!options.extras.empty())
+        (void)tell("its window was open already; its cards and folders stay as they are.", 0);
+    return answer->empty() ? 0 : tellAtStart(*answer, Failed);
+}
+
+// Another device has a process and a window of its own.
+std::string startOn(const std::filesystem::path& device)
+{
+    const std::string folder = device.string();
+    const std::string option = "--device";
+    std::array words{const_cast<char*>("quillbox"), const_cast<char*>(option.c_str()),
+                     const_cast<char*>(folder.c_str()), static_cast<char*>(nullptr)};
+    pid_t child = 0;
+    const int error = ::posix_spawn(&child, "/proc/self/exe", nullptr, nullptr, words.data(), environ);
+    return error == 0 ? "" : "Quillbox can't be started: " + std::generic_category().message(error) + ".";
+}
+
+int runProgramInWindow(platform::device::Device& device, const CommandLine& options,
+                       const std::vector<std::string>& warnings)
+{
+    platform::display::RestoreRequest request;
+    const auto openSet = [&](const std::filesystem::path& listFile) {
+        platform::device::ShownSet set = device.showSet(listFile);
+        if (set.error.empty())
+            request.make(std::move(set.listFile));
+        return set.error;
+    };
+    if (options.set)
+        if (const std::string error = openSet(*options.set); !error.empty())
+            return tellAtStart(error, Failed);
+    device.showMedia(options.mediaFolders, platform::display::listAnew);
+    const auto firstStart = platform::display::answerSecondStarts(options.device, openSet);
     // Report at the end of the program's thread, because without a desktop the other thread doesn't return.
     platform::kernel::setJobEndHandler(showLeftOut);
-    return platform::display::runWithWindow([] {
+    const auto program = [&] {
+        for (const std::string& warning : warnings)
+            showBox(warning, MB_ICONEXCLAMATION);
         const int exitCode = startProgram();
         (void)tellLeftOut(exitCode);
         return exitCode;
-    });
+    };
+    const auto showFolder = [&](const std::filesystem::path& folder, bool card) {
+        return device.showFolder(folder, card);
+    };
+    return platform::display::runWithWindow(
+        {.program = program, .host = {.showFolder = showFolder, .openDevice = startOn, .restoreRequest = &request}});
+}
+
+int runInWindow(const CommandLine& options)
+{
+    const auto opened = platform::device::openDevice(options.device, options.extras, true);
+    if (!opened.device && opened.error.inUse)
+        if (const auto exitCode = showFirstStart(options))
+            return *exitCode;
+    if (!opened.device)
+        return tellAtStart(opened.error.sentence, Failed);
+    tellWarnings(opened);
+    return runProgramInWindow(*opened.device, options, opened.warnings);
 }
 
 int runByScript(const CommandLine& options)
@@ -119,6 +190,8 @@ int runByScript(const CommandLine& options)
     if (!opened.device)
         return tell(opened.error.sentence, Failed);
     tellWarnings(opened);
+    if (!options.mediaFolders.empty())
+        opened.device->showMedia(options.mediaFolders, [] { return true; });
 
     platform::headless::ScriptOptions run;
     run.timeout = options.timeout;

@@ -31,6 +31,10 @@ TEST(CommandLineTest, OptionsThatAreNotGivenHaveTheirDefaults)
     EXPECT_TRUE(defaults.extras.empty() && !defaults.script && !defaults.transcript);
     EXPECT_EQ(accepted({"--script", "s"}).timeout, std::chrono::seconds(60));
     EXPECT_EQ(accepted({"--script", "s", "--timeout", "0"}).timeout.count(), 0);
+    EXPECT_EQ(accepted({}).mediaFolders, platform::device::usualMediaFolders());
+    EXPECT_TRUE(accepted({"--script", "s"}).mediaFolders.empty() && accepted({"--media", ""}).mediaFolders.empty());
+    EXPECT_EQ(accepted({"--script", "s", "--media", "/m"}).mediaFolders, std::vector<std::filesystem::path>{"/m"});
+    EXPECT_EQ(accepted({"/a/QLBX0001.QLT"}).set, "/a/QLBX0001.QLT");
     const CommandLine options =
         accepted({"--device", "/my, device", "--script", "-", "--timeout=0.25", "--transcript=t"});
     EXPECT_EQ(options.device, "/my, device");
@@ -78,6 +82,8 @@ TEST(CommandLineTest, WordsThatMakeNoSenseAreBadUsage)
     for (const char* option : {"--timeout", "--transcript"})
         refused({option, "5"}, "");  // without a script
     refused({"--device", ""}, "");
+    refused({"a.QLT", "b.QLT"}, "");
+    refused({"--script", "s", "a.QLT"}, "");
     refused({"--card", "A=/x", "B=/y"}, "");
     for (const char* option : {"--card", "--folder"})
         refused({"--card", "A=/x", option, "A=/x"}, "\"A\" is given twice");

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""A desktop that is missing or disappears during a backup. The program reports it, the run is completed, and its set is
-complete.
+"""Starts that fail, and a desktop that is missing or disappears during a backup. The program reports it, the run is
+completed, and its set is complete.
 
     rough_desktop_test.py BIN-FOLDER [CASE]
 Exit code 77: a tool is missing.
@@ -14,7 +14,7 @@ from desktop import MAIN, Desktop, output_of, require, require_tools, succeeds, 
 from steps import Keyboard
 
 FILES = 3000
-NO_DESKTOP, DESKTOP_LOST = 3, 5  # exit codes
+FAILED, NO_DESKTOP, DESKTOP_LOST = 1, 3, 5  # exit codes
 
 
 class Case:
@@ -120,7 +120,59 @@ def minimised(desktop):
     case.steps.leave()
 
 
-CASES = [no_desktop, lost_with_a_full_card, lost_under_a_question, full_card, minimised]
+def start_errors(desktop):
+    """An error before the program starts is shown in a box and on standard error; without a desktop only there."""
+    device, damaged, lost = (desktop.base / name for name in ("device", "damaged", "lost"))
+    for folder in (device, damaged, lost):
+        (folder / "object-store").mkdir(parents=True)
+    (damaged / "device.db").write_bytes(b"?" * 5000)
+    (lost / "device.lock").write_text("database\n")
+    bare = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "QT_QPA_PLATFORM")}
+
+    def box_of(folder, *options):
+        said = desktop.base / "errors"
+        user = desktop.start_program(folder, *options, stderr=open(said, "w"))
+        shown = [node.name for node in user.window("Quillbox") if node and node.name]
+        require(any(text in said.read_text() for text in shown), f"{shown} isn't {said.read_text()!r}")
+        return user, " ".join(shown)
+    for sentence, *start in (("can't be opened: No such", device, "--card", "Card=/nowhere"), ("is damaged", damaged),
+                             ("is no file", device, "/nowhere/QLBX0001.QLT")):
+        user, shown = box_of(*start)
+        require(sentence in shown, f"the box says {shown}")
+        user.keys("Return")
+        require(user.process.wait(300) == FAILED, f"it ended with {user.process.returncode}")
+        for display in ({}, {"DISPLAY": ":4711"}):
+            done = subprocess.run([desktop.bin / "quillbox", "--device", *start], env={**bare, **display},
+                                  capture_output=True, text=True)
+            require(done.returncode == FAILED and sentence in done.stderr and done.stderr.count("\n") == 1,
+                    f"{display}: ended with {done.returncode} and {done.stderr!r}")
+    # A warning is shown before the window.
+    user, shown = box_of(lost)
+    require("device.db" in shown and "is missing" in shown, f"the warning says {shown}")
+    user.ends("Quillbox", lambda: user.keys("Return"))
+    Keyboard(user).leave()
+
+
+def set_by_argument(desktop):
+    """The window opens with the choice of what to restore; a second start has the first window do so."""
+    device, store = desktop.base / "device", desktop.base / "Old"
+    store.mkdir()
+    script = 'command 40003\nwait "Full Backup"\ncheck 1007\nok\nwait "Select"\nselect 1003 "\\Card"\nok\nidle\n'
+    done = subprocess.run([desktop.bin / "quillbox", "--device", device, "--card", f"Card={store}", "--script", "-"],
+                          input=script, text=True)
+    require(done.returncode == 0, f"the backup ended with {done.returncode}")
+    listed = store / "QUILBOX" / "QLBX0001.QLT"
+    user = desktop.start_program(device, listed)
+    user.find("Restore selection", "Registry")
+    user.escape("Restore selection")
+    user.window(MAIN)
+    second = subprocess.run([desktop.bin / "quillbox", "--device", device, listed], timeout=300)
+    require(second.returncode == 0, f"the second start ended with {second.returncode}")
+    user.escape("Restore selection")
+    Keyboard(user).leave()
+
+
+CASES = [start_errors, set_by_argument, no_desktop, lost_with_a_full_card, lost_under_a_question, full_card, minimised]
 
 
 def main(bin_folder, name=None):

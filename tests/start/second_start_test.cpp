@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using platform::display::answerSecondStarts;
-using platform::display::bringFirstStartToFront;
+using platform::display::askFirstStart;
 
 class SecondStartTest : public testing::Test {
 protected:
@@ -39,11 +39,15 @@ protected:
 
 TEST_F(SecondStartTest, StartOnTheSameDeviceIsAnsweredAndNoOther)
 {
-    EXPECT_FALSE(bringFirstStartToFront(device_));
+    EXPECT_FALSE(askFirstStart(device_));
     const auto first = answerSecondStarts(device_);
-    EXPECT_TRUE(bringFirstStartToFront(device_)) << "also before the window exists";
-    EXPECT_TRUE(bringFirstStartToFront(device_ / ".." / "device" / "."));
-    EXPECT_FALSE(bringFirstStartToFront(folder_ / "other"));
+    EXPECT_TRUE(askFirstStart(device_)) << "also before the window exists";
+    EXPECT_TRUE(askFirstStart(device_ / ".." / "device" / "."));
+    EXPECT_FALSE(askFirstStart(folder_ / "other"));
+
+    const auto opener = answerSecondStarts(device_, [](const fs::path& set) { return "can't open " + set.string(); });
+    EXPECT_EQ(askFirstStart(device_, "/a/QLBX0001.QLT"), "can't open /a/QLBX0001.QLT");
+    EXPECT_EQ(askFirstStart(device_), "") << "only to the front";
 }
 
 TEST_F(SecondStartTest, SocketOfAKilledProcessIsReplacedAndRemovedAtTheEndAndNoneIsMadeWhereOthersMayWrite)
@@ -53,10 +57,10 @@ TEST_F(SecondStartTest, SocketOfAKilledProcessIsReplacedAndRemovedAtTheEndAndNon
         EXPECT_EQ(sockets(), 1);
         // As after a kill: the socket still exists when the next owner starts.
         const auto second = answerSecondStarts(device_);
-        EXPECT_TRUE(bringFirstStartToFront(device_));
+        EXPECT_TRUE(askFirstStart(device_));
     }
     EXPECT_EQ(sockets(), 0);
-    EXPECT_FALSE(bringFirstStartToFront(device_));
+    EXPECT_FALSE(askFirstStart(device_));
     fs::permissions(folder_, fs::perms::all);
     const auto untrusted = answerSecondStarts(device_);
     EXPECT_EQ(sockets(), 0);

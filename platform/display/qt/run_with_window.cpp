@@ -18,12 +18,14 @@ namespace {
 using namespace platform::qt;
 using platform::display::WindowDesktopLost;
 using platform::display::WindowNoDesktop;
+using platform::display::WindowStart;
 
 // If the toolkit can't open the desktop or loses it, it ends the process and doesn't return to its caller. It writes a
 // message before that, so the message handler below does the remaining work. For this it needs the state of the start.
 struct RunState {
     std::atomic<bool> windowsOpen = false;
     std::atomic<bool> programEnded = true;
+    int otherwise = 0;  // WindowStart::otherwise
     ClosingDisplay closingDisplay;
 };
 
@@ -41,6 +43,8 @@ void report(std::string_view sentence)
 
 [[noreturn]] void endWithoutDesktop(const QString& reason)
 {
+    if (runState().otherwise != 0)
+        std::_Exit(runState().otherwise);
     report("no window can be opened here: " + reason.simplified().toStdString());
     std::cerr << "It needs a desktop (DISPLAY or WAYLAND_DISPLAY). With --script it works without one." << std::endl;
     std::_Exit(WindowNoDesktop);
@@ -75,19 +79,13 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& tex
         std::cerr << text.toStdString() << std::endl;
 }
 
-bool isDesktopNamed()
+int showProgram(QApplication& application, const WindowStart& start)
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread exists yet
-    return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM");
-}
-
-int showProgram(QApplication& application, const std::function<int()>& program)
-{
-    Screen screen;
+    Screen screen(start.host);
     int result = 0;
     runState().programEnded = false;
     std::thread thread([&] {
-        result = program();
+        result = start.program();
         runState().programEnded = true;
         runState().closingDisplay.wake();
         // Not quit(): it first asks the windows, and a window that is still on the screen would refuse.
@@ -101,10 +99,11 @@ int showProgram(QApplication& application, const std::function<int()>& program)
 
 }  // namespace
 
-extern "C" int quillboxRunWithWindow(const std::function<int()>* program)
+extern "C" int quillboxRunWithWindow(const WindowStart* start)
 {
+    runState().otherwise = start->otherwise;
     qInstallMessageHandler(handleMessage);
-    if (!isDesktopNamed())
+    if (!platform::display::isDesktopNamed())
         endWithoutDesktop(QStringLiteral("neither DISPLAY nor WAYLAND_DISPLAY is set."));
 
     int count = 1;
@@ -117,5 +116,5 @@ extern "C" int quillboxRunWithWindow(const std::function<int()>* program)
     runState().windowsOpen = true;
     // For an end without a message. Registered after the application was made, so that it is called first.
     std::atexit(endWithLostDesktop);
-    return showProgram(application, *program);
+    return showProgram(application, *start);
 }

@@ -3,6 +3,8 @@
 #include "dialog_view.h"
 #include "view_makers.h"
 
+#include "start/restore_request.h"
+
 #include "ce/window.h"
 
 #include <QApplication>
@@ -57,12 +59,12 @@ void followControl(View& view, const WindowState& state, Changes changes)
 }  // namespace
 
 // The batch calls back on a thread of the program and under the core's lock, so the call is only queued here.
-Screen::Screen()
+Screen::Screen(display::HostServices host)
     : batch_([this] {
           QMetaObject::invokeMethod(
               this, [this] { frameTimer_.start(); }, Qt::QueuedConnection);
       }),
-      input_([this] { showReaction(); })
+      input_([this] { showReaction(); }), host_(std::move(host))
 {
     frameTimer_.setSingleShot(true);
     frameTimer_.setTimerType(Qt::PreciseTimer);
@@ -72,10 +74,18 @@ Screen::Screen()
     cursorTimer_.setInterval(CursorTime);
     connect(&cursorTimer_, &QTimer::timeout, this, [this] { showCursor(); });
     window::setDisplay(&batch_);
+    if (host_.restoreRequest) {
+        host_.restoreRequest->setListener([this] {
+            QMetaObject::invokeMethod(
+                this, [this] { openSet(); }, Qt::QueuedConnection);
+        });
+    }
 }
 
 Screen::~Screen()
 {
+    if (host_.restoreRequest)
+        host_.restoreRequest->setListener({});
     window::setDisplay(nullptr);
     // Windows that the program destroyed after the last frame.
     while (!tops_.empty())
@@ -86,11 +96,20 @@ void Screen::flush()
 {
     frameTimer_.stop();
     focus_ = nullptr;
+    // Before the changes are shown: a question that is answered for the user then never appears.
+    setOpener_.step();
     for (const Changed& changed : batch_.take())
         apply(changed);
     const auto focused = views_.find(focus_);
     if (focused != views_.end() && !focused->second->widget().hasFocus())
         focused->second->widget().setFocus(Qt::TabFocusReason);
+}
+
+void Screen::openSet()
+{
+    if (auto listFile = host_.restoreRequest->take())
+        setOpener_.begin(std::move(*listFile));
+    setOpener_.step();
 }
 
 void Screen::showReaction()

@@ -5,8 +5,11 @@
 #pragma once
 
 #include "change_batch.h"
+#include "set_opener.h"
 #include "top_view.h"
 #include "user_input.h"
+
+#include "start/window_module.h"
 
 #include <QObject>
 #include <QTimer>
@@ -18,7 +21,7 @@ namespace platform::qt {
 class Screen final : public QObject {
 public:
     // The core's display until it is destroyed.
-    Screen();
+    explicit Screen(display::HostServices host = {});
     ~Screen() override;
 
     // Shows all changes so far, without waiting for the next frame.
@@ -26,6 +29,7 @@ public:
 
 private:
     void showReaction();
+    void openSet();
     void apply(const Changed& changed);
     void follow(View& view, const window::WindowState& state, Changes changes);
     void applyGlobal(Changes changes);
@@ -41,6 +45,8 @@ private:
 
     ChangeBatch batch_;
     UserInput input_;
+    display::HostServices host_;
+    SetOpener setOpener_;
     QTimer frameTimer_;                      // runs while there are changes to show
     QTimer cursorTimer_;                     // runs while the program has been busy for a short time
     std::unordered_map<HWND, View*> views_;  // top-level windows and controls. Each widget owns those inside it.

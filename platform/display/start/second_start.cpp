@@ -26,8 +26,9 @@ namespace {
 
 using host::Descriptor;
 
-// A request has no content: the connection is the request. The answer is this byte.
-constexpr std::uint8_t Granted = 1;
+// A request is this byte and the path of a set, or nothing after it. The answer is the byte and a sentence, or nothing.
+constexpr char Granted = 1;
+constexpr std::size_t LongestMessage = 8192;
 
 // For each send and receive, so that a stopped process can't block another one for ever.
 constexpr timeval SocketTimeout{.tv_sec = 5, .tv_usec = 0};
@@ -104,10 +105,27 @@ void bringWindowToFront()
         ::SetForegroundWindow(window);
 }
 
+void send(const Descriptor& peer, const std::string& text)
+{
+    const std::string message = (Granted + text).substr(0, LongestMessage);
+    (void)::send(peer.get(), message.data(), message.size(), MSG_NOSIGNAL);
+}
+
+// Empty if nothing valid comes.
+std::optional<std::string> receive(const Descriptor& peer)
+{
+    std::string message(LongestMessage, 0);
+    const ssize_t bytes = ::recv(peer.get(), message.data(), message.size(), 0);
+    if (bytes < 1 || message.front() != Granted)
+        return std::nullopt;
+    return message.substr(1, static_cast<std::size_t>(bytes) - 1);
+}
+
 class Listener final : public FirstStart {
 public:
-    Listener(Descriptor socket, Descriptor end, std::string path)
-        : socket_(std::move(socket)), end_(std::move(end)), path_(std::move(path)), thread_([this] { serve(); })
+    Listener(Descriptor socket, Descriptor end, std::string path, SetOpener openSet)
+        : socket_(std::move(socket)), end_(std::move(end)), path_(std::move(path)), openSet_(std::move(openSet)),
+          thread_([this] { serve(); })
     {
     }
 
@@ -134,22 +152,26 @@ private:
         }
     }
 
-    static void answer(const Descriptor& peer)
+    void answer(const Descriptor& peer) const
     {
         setTimeouts(peer);
+        const std::optional<std::string> set = receive(peer);
+        if (!set)
+            return;
         bringWindowToFront();
-        (void)::send(peer.get(), &Granted, sizeof Granted, MSG_NOSIGNAL);
+        send(peer, !set->empty() && openSet_ ? openSet_(*set) : "");
     }
 
     Descriptor socket_;
     Descriptor end_;
     std::string path_;
+    SetOpener openSet_;
     std::thread thread_;
 };
 
 }  // namespace
 
-std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& deviceFolder)
+std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& deviceFolder, SetOpener openSet)
 {
     const std::optional<sockaddr_un> address = addressOf(deviceFolder);
     if (!address)
@@ -160,18 +182,18 @@ std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& devi
     if (!socket || !end || ::bind(socket.get(), generic(*address), sizeof *address) != 0 ||
         ::listen(socket.get(), 8) != 0)
         return nullptr;
-    return std::make_unique<Listener>(std::move(socket), std::move(end), address->sun_path);
+    return std::make_unique<Listener>(std::move(socket), std::move(end), address->sun_path, std::move(openSet));
 }
 
-bool bringFirstStartToFront(const std::filesystem::path& deviceFolder)
+std::optional<std::string> askFirstStart(const std::filesystem::path& deviceFolder, const std::filesystem::path& set)
 {
     const std::optional<sockaddr_un> address = addressOf(deviceFolder);
     const Descriptor socket = openSocket();
     if (!address || !socket || ::connect(socket.get(), generic(*address), sizeof *address) != 0)
-        return false;
+        return std::nullopt;
     setTimeouts(socket);
-    std::uint8_t answer = 0;
-    return ::recv(socket.get(), &answer, sizeof answer, 0) == static_cast<ssize_t>(sizeof answer) && answer == Granted;
+    send(socket, set.string());
+    return receive(socket);
 }
 
 }  // namespace platform::display

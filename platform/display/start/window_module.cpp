@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -24,18 +25,26 @@ std::filesystem::path modulePath()
 
 }  // namespace
 
-int runWithWindow(const std::function<int()>& program)
+bool isDesktopNamed()
+{
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing changes the environment
+    return std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY") || std::getenv("QT_QPA_PLATFORM");
+}
+
+int runWithWindow(const WindowStart& start)
 {
     // Never unloaded, because the toolkit's threads and exit handlers are in it.
     void* module = dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     void* entry = module ? dlsym(module, EntryPoint) : nullptr;
+    if (!entry && start.otherwise != 0)
+        return start.otherwise;
     if (!entry) {
         // NOLINTNEXTLINE(concurrency-mt-unsafe): dlerror() keeps its message per thread
         std::cerr << "quillbox: its window can't be loaded: " << dlerror() << "\n"
                   << "With --script it works without one.\n";
         return WindowNoDesktop;
     }
-    return reinterpret_cast<decltype(&quillboxRunWithWindow)>(entry)(&program);
+    return reinterpret_cast<decltype(&quillboxRunWithWindow)>(entry)(&start);
 }
 
 }  // namespace platform::display

@@ -5,7 +5,10 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace platform::display {
 
@@ -15,11 +18,18 @@ public:
     virtual ~FirstStart() = default;
 };
 
+// Opens a set in the window of the first start. Returns a sentence for the user on failure, otherwise an empty text.
+using SetOpener = std::function<std::string(const std::filesystem::path& listFile)>;
+
+// `openSet` is called on the thread that answers, for a second start that names a set.
 // Call it only while this process has the device open: it replaces a socket that a killed process left.
 // Null if there is no safe folder for the socket. A second start then only finds the device in use.
-[[nodiscard]] std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& deviceFolder);
+[[nodiscard]] std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& deviceFolder,
+                                                             SetOpener openSet = {});
 
-// Brings the window of the process that has the device open to the front. False if no process answers.
-[[nodiscard]] bool bringFirstStartToFront(const std::filesystem::path& deviceFolder);
+// Brings the window of the process that has the device open to the front, and opens the set there if one is named.
+// Empty if no process answers, otherwise what its SetOpener returned.
+[[nodiscard]] std::optional<std::string> askFirstStart(const std::filesystem::path& deviceFolder,
+                                                       const std::filesystem::path& set = {});
 
 }  // namespace platform::display

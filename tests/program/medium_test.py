@@ -1,0 +1,94 @@
+"""A removable medium: it appears as a card when it is mounted, takes a backup, and is pulled out of another one.
+
+It is tmpfs, mounted at a second place, so that its content can be read after it is gone.
+"""
+import os
+import subprocess
+import time
+import unittest
+
+import independent_set
+from companions import BIN
+from program import ProgramTest, full_backup, options_script
+
+FILES = 400
+STICK = "\\Stick"
+
+
+def mount(*arguments):
+    return subprocess.run(["mount", *map(str, arguments)], capture_output=True).returncode == 0
+
+
+class MediumTest(ProgramTest):
+    def setUp(self):
+        super().setUp()
+        self.medium = self.folder / "medium"
+        self.place = self.folder / "media" / "Stick"
+        for folder in (self.medium, self.place):
+            folder.mkdir(parents=True)
+        if not mount("-t", "tmpfs", "-o", "size=200m", "none", self.medium):
+            self.skipTest("mounting a file system needs the administrator")
+        for folder in (self.medium, self.place):
+            self.addCleanup(subprocess.run, ["umount", "-l", folder], capture_output=True)
+
+    def start(self):
+        return subprocess.Popen([BIN / "quillbox", "--device", self.device, "--media", self.place.parent, "--script", "-"],
+                                stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+    def files_of_sets(self):
+        return sorted((self.medium / "QUILBOX").glob("*.Q?T"))
+
+    def wait_for(self, holds, process):
+        for _ in range(6000):
+            if holds():
+                return
+            self.assertIsNone(process.poll(), "the program ended")
+            time.sleep(0.005)
+        self.fail("timed out")
+
+    def test_medium_that_is_pulled_out_costs_no_source_and_no_earlier_set(self):
+        self.assertTrue(mount("--bind", self.medium, self.place))
+        for number in range(FILES):
+            self.write(f"Files/{number}", os.urandom(100_000))
+        before = self.content()
+        with self.start() as first:
+            said = first.communicate(full_backup(storage=STICK), timeout=120)[1]
+        self.assertEqual((first.returncode, said), (0, ""))
+        old = {path: path.read_bytes() for path in self.files_of_sets()}
+        self.assertEqual(len(old), 2)
+
+        script = 'answer "Override*" no\n' + options_script(delete=True) + full_backup(storage=STICK)
+        with self.start() as second:
+            second.stdin.write(script)
+            second.stdin.close()
+            second.stdin = None
+            data = self.medium / "QUILBOX" / "QLBX0002.QDT"
+            self.wait_for(lambda: data.exists() and data.stat().st_size > 10_000_000, second)
+            subprocess.run(["umount", "-l", self.place], check=True)
+            _, said = second.communicate(timeout=120)
+        self.assertEqual(second.returncode, 4)
+        self.assertIn("aren't in the set, or not whole. The first is", said)
+        self.assertIn("the card was taken out", said)
+        self.assertEqual({path: path.read_bytes() for path in old}, old)
+        left = self.content()
+        stored = {name.replace("\\", "/").encode()[1:]: content for kind, name, content in
+                  independent_set.read_set(self.medium / "QUILBOX" / "QLBX0002.QLT") if kind == 1}
+        self.assertLess(len(left), FILES, "no source was deleted before")
+        self.assertEqual({**{name: stored.get(name) for name in before if name not in left}, **left}, before)
+        self.assertEqual(list((self.store).glob("Stick*")), [])
+
+    def test_medium_that_comes_while_the_program_runs_is_a_card(self):
+        self.write("Files/a", b"a")
+        with self.start() as program:
+            # It watches before it reads its script.
+            self.wait_for(lambda: any(os.path.realpath(f"/proc/{program.pid}/fd/{number}").endswith("/mountinfo")
+                                      for number in os.listdir(f"/proc/{program.pid}/fd")), program)
+            self.assertTrue(mount("--bind", self.medium, self.place))
+            time.sleep(1)
+            _, said = program.communicate(full_backup(storage=STICK) + "idle\n", timeout=120)
+        self.assertEqual((program.returncode, said), (0, ""))
+        self.assertEqual(len(self.files_of_sets()), 2)
+
+
+if __name__ == "__main__":
+    unittest.main()
