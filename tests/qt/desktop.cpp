@@ -132,7 +132,11 @@ void Desktop::SetUp()
     auto opened = platform::device::openDevice(folder(), {}, true);
     ASSERT_TRUE(opened.device) << opened.error.sentence;
     device_ = std::move(opened.device);
-    screen_.emplace();
+    screen_.emplace(
+        platform::display::HostServices{.showFolder = [this](const std::filesystem::path& shown,
+                                                             bool card) { return device_->showFolder(shown, card); },
+                                        .openDevice = {},
+                                        .restoreRequest = &request_});
     start([] {
         WCHAR none[] = u"";
         WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
@@ -327,6 +331,14 @@ QListView& Desktop::showRows(const std::vector<std::u16string>& rows, int extent
     QWidget& dialog = await("Rows");
     EXPECT_TRUE(eventually([&] { return dialog.isActiveWindow(); }));
     return *dialog.findChild<QListView*>();
+}
+
+platform::device::ShownSet Desktop::openSet(const std::filesystem::path& listFile)
+{
+    auto set = device_->showSet(listFile);
+    if (set.error.empty())
+        request_.make(set.listFile);
+    return set;
 }
 
 void Desktop::backUpAllFiles(const QString& comment)

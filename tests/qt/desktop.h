@@ -3,6 +3,7 @@
 
 #include "device/device.h"
 #include "screen.h"
+#include "start/restore_request.h"
 
 #include "ce/types.h"
 
@@ -67,6 +68,8 @@ protected:
     // A list box with these rows, which asks for the width `extent`, in a dialog called "Rows".
     QListView& showRows(const std::vector<std::u16string>& rows, int extent = 0);
 
+    // Has the window show the selection of what to restore from the set.
+    platform::device::ShownSet openSet(const std::filesystem::path& listFile);
     // From the toolbar to the end of the run: all files, onto the storage card.
     void backUpAllFiles(const QString& comment);
     std::filesystem::path store() const { return folder() / "object-store"; }
@@ -80,12 +83,14 @@ protected:
     // Ends the program before the next frame, as a delayed request to close does.
     void endBetweenFrames();
 
-private:
     std::filesystem::path folder() const { return std::filesystem::path(folder_.path().toStdString()) / "device"; }
+
+private:
     void start(const std::function<void()>& program);
 
     QTemporaryDir folder_;
     std::unique_ptr<platform::device::Device> device_;
+    platform::display::RestoreRequest request_;
     std::optional<platform::qt::Screen> screen_;
     std::vector<std::thread> programs_;  // the main program, then others
     std::atomic<int> running_ = 0;

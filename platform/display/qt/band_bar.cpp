@@ -86,8 +86,8 @@ QString contentOf(const std::vector<BandState>& bands)
 
 }  // namespace
 
-BandBar::BandBar(QWidget* parent, std::function<void(WORD)> command)
-    : QWidget(parent), command_(std::move(command)), row_(new QHBoxLayout(this))
+BandBar::BandBar(QWidget* parent, std::function<void(WORD)> command, QMenu& ownMenu)
+    : QWidget(parent), command_(std::move(command)), ownMenu_(ownMenu), row_(new QHBoxLayout(this))
 {
     row_->setContentsMargins({});
     row_->setSpacing(0);
@@ -136,6 +136,7 @@ void BandBar::addMenu(const std::vector<MenuItem>& items)
     menu_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     for (const MenuItem& item : items)
         fill(*menu_->addMenu(withMnemonic(item.text)), item.items, command_);
+    menu_->addMenu(&ownMenu_);
     row_->addWidget(menu_, 0, Qt::AlignVCenter);
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 class QHBoxLayout;
+class QMenu;
 class QMenuBar;
 class QToolBar;
 
@@ -19,7 +20,8 @@ namespace platform::qt {
 class BandBar final : public QWidget {
 public:
     // `command` is called with the id of the menu item or button that the user chose.
-    BandBar(QWidget* parent, std::function<void(WORD)> command);
+    // `ownMenu` follows the program's menus.
+    BandBar(QWidget* parent, std::function<void(WORD)> command, QMenu& ownMenu);
 
     void show(const std::vector<window::BandState>& bands);
     // Opens the first menu.
@@ -31,6 +33,7 @@ private:
     void addButtons(const window::BandState& band);
 
     std::function<void(WORD)> command_;
+    QMenu& ownMenu_;
     QHBoxLayout* row_;
     QMenuBar* menu_ = nullptr;
     QString shown_;  // contentOf() the bands

@@ -1,4 +1,5 @@
 #include "band_bar.h"
+#include "device_menu.h"
 #include "dialog_units.h"
 #include "pictures.h"
 #include "view_makers.h"
@@ -30,9 +31,10 @@ QSettings settings()
 // Has the command bands, and the tree below them as its only control.
 class MainView final : public QMainWindow, public TopView {
 public:
-    MainView(const WindowState& state, const UserInput& input)
-        : TopView(state.window, input),
-          bands_(new BandBar(this, [this](WORD id) { this->input().command(this->window(), id); }))
+    MainView(const WindowState& state, const UserInput& input, const display::HostServices& host)
+        : TopView(state.window, input), deviceMenu_(*this, host, [this] { return window::takesInput(this->window()); }),
+          bands_(new BandBar(
+              this, [this](WORD id) { this->input().command(this->window(), id); }, deviceMenu_.menu()))
     {
         setMenuWidget(bands_);
         setContextMenuPolicy(Qt::NoContextMenu);
@@ -94,14 +96,15 @@ protected:
     }
 
 private:
+    DeviceMenu deviceMenu_;
     BandBar* bands_;
 };
 
 }  // namespace
 
-TopView* makeMainView(const WindowState& state, const UserInput& input)
+TopView* makeMainView(const WindowState& state, const UserInput& input, const display::HostServices& host)
 {
-    return new MainView(state, input);
+    return new MainView(state, input, host);
 }
 
 }  // namespace platform::qt

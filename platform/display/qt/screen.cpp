@@ -207,7 +207,7 @@ TopView* Screen::makeTop(const WindowState& state)
     case WindowKind::Dialog:
         return new DialogView(state, input_, ownerWidget, modal);
     default:
-        return makeMainView(state, input_);
+        return makeMainView(state, input_, host_);
     }
 }
 

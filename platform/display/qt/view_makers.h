@@ -6,6 +6,8 @@
 #include "top_view.h"
 #include "view.h"
 
+#include "start/window_module.h"
+
 namespace platform::qt {
 
 // Makes the view for the control's kind. Null for a kind that isn't shown.
@@ -22,7 +24,7 @@ View* makeProgressView(const window::WindowState& state, const UserInput& input,
 View* makeStaticView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 View* makeTreeView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 
-TopView* makeMainView(const window::WindowState& state, const UserInput& input);
+TopView* makeMainView(const window::WindowState& state, const UserInput& input, const display::HostServices& host);
 TopView* makeMessageView(const window::WindowState& state, const UserInput& input, QWidget* owner);
 
 // tree_accessible.cpp: shows screen readers each tree view with a TreeItemsModel as a tree whose items can be

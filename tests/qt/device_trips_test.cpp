@@ -1,0 +1,86 @@
+// device_trips_test.cpp - cards, folders and sets of the host that the user brings into the open window.
+#include "desktop.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QListView>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QTreeView>
+
+namespace {
+
+class DeviceTripTest : public Desktop {
+protected:
+    // Chooses the folder in the desktop's dialog, which the item of the menu "Device" opens.
+    void choose(const QString& item, const QString& title, const QString& folder)
+    {
+        auto& dialog = dynamic_cast<QFileDialog&>(open({{"Device", item}, title}));
+        dialog.selectFile(folder);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    }
+    bool isListed(const QString& text) const
+    {
+        const auto* model = await(MainTitle).findChild<QTreeView*>()->model();
+        return !model->match(model->index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly | Qt::MatchRecursive)
+                    .isEmpty();
+    }
+
+    QTemporaryDir host_;
+};
+
+TEST_F(DeviceTripTest, AddedCardIsListedAtOnceAndTakesABackup)
+{
+    const QString stick = host_.filePath("Stick");
+    QDir().mkpath(stick);
+    QWidget& main = await(MainTitle);
+    press(main, Qt::Key_Home);
+    press(main, Qt::Key_Down);
+    press(main, Qt::Key_Right);
+    ASSERT_TRUE(eventually([&] { return isListed("My Documents"); }));
+    choose("Add card...", "Add card", stick);
+    EXPECT_TRUE(eventually([&] { return isListed("Stick"); }));
+
+    choose("Add folder...", "Add folder", stick);
+    auto& refusal = dynamic_cast<QMessageBox&>(await("Add folder"));
+    EXPECT_TRUE(refusal.text().contains("is on the device already")) << refusal.text().toStdString();
+    refusal.close();
+
+    click(main, "Full backup");
+    QWidget& dialog = await("Full Backup");
+    click(dialog, "Registry");
+    click(dialog, "OK");
+    QWidget& chooser = await("Select");
+    clickRow(chooser, "\\Stick");
+    click(chooser, "OK");
+    awaitRest();
+    EXPECT_TRUE(QFile::exists(stick + "/QUILBOX/QLBX0001.QLT"));
+}
+
+TEST_F(DeviceTripTest, SetOfAnotherFolderOpensTheRestoreSelection)
+{
+    backUpAllFiles("of the host");
+    const auto elsewhere = std::filesystem::path(host_.path().toStdString()) / "Old" / "QUILBOX";
+    std::filesystem::create_directories(elsewhere);
+    std::filesystem::copy(sets(), elsewhere);
+    for (const auto& [listFile, path] :
+         {std::pair(elsewhere / "QLBX0001.QLT", u"\\Old\\QUILBOX\\QLBX0001.QLT"),
+          std::pair(sets() / "QLBX0001.QLT", u"\\Storage Card\\QUILBOX\\QLBX0001.QLT")}) {
+        EXPECT_EQ(openSet(listFile).listFile, path);
+        QWidget& selection = await("Restore selection");
+        EXPECT_TRUE(selection.findChild<QPlainTextEdit*>()->toPlainText().endsWith("of the host"));
+        leave(selection);
+        awaitRest();
+    }
+    EXPECT_NE(openSet(elsewhere / "QLBX0001.QDT").error, "");
+
+    // While the user answers something, the set waits.
+    QWidget& about = open({{"File", "About..."}, "Quillbox"});
+    EXPECT_EQ(openSet(elsewhere / "QLBX0001.QLT").error, "");
+    drawFrame();
+    EXPECT_FALSE(isThere("Restore selection"));
+    leave(about);
+    leave(await("Restore selection"));
+}
+
+}  // namespace
