@@ -2,11 +2,15 @@
 #include "desktop.h"
 
 #include <QAccessible>
+#include <QAction>
 #include <QApplication>
+#include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QTreeView>
 #include <QtTest/QTest>
+
+#include <fstream>
 
 namespace {
 
@@ -127,6 +131,82 @@ TEST_F(TreeTripTest, OnlyLabelAndPictureMarkAndTheExpanderOnlyFolds)
     });
     awaitItem(Documents);
     EXPECT_TRUE(tree_->isExpanded(item(Files)));
+}
+
+// On the text a click only selects, as it does in the program.
+TEST_F(TreeTripTest, ClickOnTheBoxOfAFolderAndKeysMarkWhatIsInIt)
+{
+    clickButton(Files);
+    awaitItem(Documents);
+    clickLabel(Documents);
+    EXPECT_EQ(mark(Documents), Qt::Unchecked);
+    for (const bool selected : {true, false}) {
+        if (!selected)
+            clickLabel(Files);
+        clickOn(Documents, OnPicture);
+        awaitMark(Documents, Qt::PartiallyChecked);
+        clickOn(Documents, OnPicture);
+        awaitMark(Documents, Qt::Unchecked);
+    }
+    clickOn(Documents, tree_->iconSize().width() / 2 + OnPicture);
+    EXPECT_EQ(mark(Documents), Qt::Unchecked);
+
+    QWidget& main = await(MainTitle);
+    press(main, Qt::Key_M, Qt::ControlModifier);
+    awaitMark(Documents, Qt::PartiallyChecked);
+    press(main, Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+    awaitMark(Documents, Qt::Unchecked);
+    press(main, Qt::Key_End);
+    ASSERT_EQ(mark(Registry), Qt::Checked);
+    press(main, Qt::Key_M, Qt::ControlModifier);
+    EXPECT_EQ(mark(Registry), Qt::Checked) << "Mark never unmarks";
+}
+
+TEST_F(TreeTripTest, ContextMenuMarksUnmarksAndExpandsWithoutSelectingAFile)
+{
+    // Chooses an item of the menu on a row; false if it is disabled.
+    const auto choose = [&](const QStringList& path, const QString& text) {
+        QContextMenuEvent event(QContextMenuEvent::Mouse, pointOn(path, OnPicture));
+        QApplication::sendEvent(tree_->viewport(), &event);
+        QWidget* menu = QApplication::activePopupWidget();
+        bool enabled = false;
+        act(*tree_->window(), [&] {
+            for (QAction* action : menu ? menu->actions() : QList<QAction*>()) {
+                if (action->text().remove(u'&') == text && (enabled = action->isEnabled()))
+                    action->trigger();
+            }
+            menu->close();
+        });
+        return enabled;
+    };
+    EXPECT_FALSE(choose(Files, "Mark"));
+    EXPECT_TRUE(choose(Files, "Expand all below"));
+    awaitItem(Welcome);
+    EXPECT_TRUE(choose(Welcome, "Mark"));
+    awaitMark(Welcome, Qt::Checked);
+    EXPECT_FALSE(choose(Welcome, "Mark"));
+    EXPECT_FALSE(choose(ToDo, "Unmark"));
+    EXPECT_EQ(mark(ToDo), Qt::Unchecked);
+    EXPECT_TRUE(choose(Documents, "Mark"));
+    awaitMark(ToDo, Qt::Checked);
+    EXPECT_TRUE(choose(Documents, "Unmark"));
+    awaitMark(Welcome, Qt::Unchecked);
+}
+
+TEST_F(TreeTripTest, F5ListsAnewWhatIsExpanded)
+{
+    clickButton(Files);
+    awaitItem(Documents);
+    clickButton(Documents);
+    clickLabel(ToDo);
+    awaitMark(ToDo, Qt::Checked);
+    std::ofstream(store() / "My Documents" / "New.txt") << "new";
+    std::filesystem::remove(store() / "My Documents" / "Welcome.txt");
+    press(await(MainTitle), Qt::Key_F5);
+    awaitItem({"Files", "My Documents", "New.txt"});
+    awaitUnlisted(Welcome);
+    EXPECT_EQ(mark(ToDo), Qt::Checked);
+    EXPECT_EQ(tree_->currentIndex(), item(Documents)) << "a file would be marked by the selection";
 }
 
 TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)

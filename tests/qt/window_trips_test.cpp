@@ -13,6 +13,7 @@
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QSettings>
+#include <QToolButton>
 
 #include <fstream>
 #include <future>
@@ -96,6 +97,29 @@ TEST_F(WindowTripTest, MessageBoxTakesEnterLettersAndEscapeButNoRepeatedKeyAndSh
         awaitGone("Info?");
         EXPECT_TRUE(eventually([&] { return answer == each.answer; })) << answer;
     }
+}
+
+TEST_F(WindowTripTest, KeysOpenWhatTheMenuAndTheTipsSayTheyOpen)
+{
+    QWidget& main = await(MainTitle);
+    const struct {
+        Qt::Key key;
+        Qt::KeyboardModifiers modifiers;
+        QString title;
+    } cases[] = {{Qt::Key_B, Qt::ControlModifier, "Full Backup"},
+                 {Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier, "Backup selected Item"},
+                 {Qt::Key_R, Qt::ControlModifier, "Select"},
+                 {Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier, "Select"}};
+    backUpAllFiles("");
+    press(main, Qt::Key_End);  // marks the registry
+    for (const auto& each : cases) {
+        press(main, each.key, each.modifiers);
+        leave(await(each.title));
+    }
+    QStringList tips;
+    for (const QToolButton* button : main.findChildren<QToolButton*>())
+        tips += button->toolTip();
+    EXPECT_EQ(tips.filter("(Ctrl+").size(), 3) << tips.join("; ").toStdString();
 }
 
 TEST_F(WindowTripTest, RestoreThatAsksIsAnsweredOnceOrStoppedByClosingTheWindow)

@@ -3,6 +3,8 @@
 #include "pictures.h"
 #include "view.h"
 
+#include "resources/commands.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
@@ -29,6 +31,12 @@ QString withMnemonic(const std::u16string& text)
     return shown.contains(u'&') ? shown : u'&' + shown;
 }
 
+QKeySequence keysOf(WORD command)
+{
+    const std::u16string_view keys = quillbox::shortcutOf(command);
+    return QKeySequence(QString::fromUtf16(keys.data(), static_cast<qsizetype>(keys.size())));
+}
+
 void fill(QMenu& menu, const std::vector<MenuItem>& items, const std::function<void(WORD)>& command)
 {
     for (const MenuItem& item : items) {
@@ -39,6 +47,7 @@ void fill(QMenu& menu, const std::vector<MenuItem>& items, const std::function<v
         } else {
             QAction* action = menu.addAction(withMnemonic(item.text));
             action->setEnabled(item.enabled);
+            action->setShortcut(keysOf(item.id));
             QObject::connect(action, &QAction::triggered, &menu, [command, id = item.id] { command(id); });
         }
     }
@@ -161,6 +170,9 @@ void BandBar::addButtons(const BandState& band)
         QAction* action =
             bar->addAction(pictureOf(band.bitmapId, button.image), pictureName(band.bitmapId, button.image));
         action->setEnabled(button.enabled);
+        // Only the tip shows the keys: the menu item that does the same has them.
+        if (const QKeySequence keys = keysOf(static_cast<WORD>(button.id)); !keys.isEmpty())
+            action->setToolTip(QStringLiteral("%1 (%2)").arg(action->text(), keys.toString(QKeySequence::NativeText)));
         connect(action, &QAction::triggered, this, [this, id = button.id] { command_(static_cast<WORD>(id)); });
         // Tab must reach the buttons, because some have no menu item.
         bar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);

@@ -1,13 +1,19 @@
 #include "focus_outline.h"
 #include "keys.h"
 #include "tree_items_model.h"
+#include "tree_marking.h"
 #include "view_makers.h"
+
+#include "resources/commands.h"
 
 #include "ce/window.h"
 
 #include <QAccessible>
+#include <QAction>
+#include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QStyledItemDelegate>
 #include <QTreeView>
@@ -83,7 +89,7 @@ public:
     ItemTreeView(const WindowState& state, const UserInput& input, QWidget* parent)
         : QTreeView(parent), View(state.window, input),
           items_(
-              state.window, [this](HTREEITEM item) { clickOn(item); }, this),
+              state.window, [this](HTREEITEM item) { marking(item).toggle(this->input()); }, this),
           selection_(&items_, [this](const QModelIndex& index) { clickOn(items_.itemAt(index)); }), delegate_(this),
           outline_(this)
     {
@@ -100,6 +106,9 @@ public:
         setAutoScroll(false);
         setTextElideMode(Qt::ElideNone);
         setHorizontalScrollMode(ScrollPerPixel);
+        setContextMenuPolicy(Qt::DefaultContextMenu);
+        addKeys(quillbox::MarkFolder, [this] { marking(currentItem()).mark(this->input()); });
+        addKeys(quillbox::UnmarkFolder, [this] { marking(currentItem()).unmark(this->input()); });
     }
 
     using View::window;
@@ -130,15 +139,32 @@ protected:
     {
         if (event->button() != Qt::LeftButton)
             return;
-        const auto [item, part] = hit(event->position().toPoint());
-        input().treeClick(window(), item, part);
+        const auto [item, part, isBox] = hit(event->position().toPoint());
+        if (const TreeMarking folder = marking(item); isBox && folder.isFolder())
+            folder.toggle(input());
+        else
+            input().treeClick(window(), item, part);
     }
     void mouseDoubleClickEvent(QMouseEvent* event) override
     {
         if (event->button() != Qt::LeftButton)
             return;
-        const auto [item, part] = hit(event->position().toPoint());
-        input().treeDoubleClick(window(), item, part);
+        const auto [item, part, isBox] = hit(event->position().toPoint());
+        if (const TreeMarking folder = marking(item); isBox && folder.isFolder())
+            folder.toggle(input());  // both clicks of a double click are clicks
+        else
+            input().treeDoubleClick(window(), item, part);
+    }
+    // For the item under the pointer, or with the keyboard for the selected one. Nothing is selected, because that
+    // would mark a file.
+    void contextMenuEvent(QContextMenuEvent* event) override
+    {
+        const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
+        const HTREEITEM item = byMouse ? hit(event->pos()).item : currentItem();
+        if (!item)
+            return;
+        const QPoint place = byMouse ? event->pos() : visualRect(items_.indexOf(item)).center();
+        showMenu(item, viewport()->mapToGlobal(place));
     }
     void mouseMoveEvent(QMouseEvent*) override {}
     void mouseReleaseEvent(QMouseEvent*) override {}
@@ -177,7 +203,48 @@ private:
     struct Hit {
         HTREEITEM item = nullptr;
         TreePart part = TreePart::Label;
+        bool isBox = false;  // the left half of the picture, where the box is
     };
+
+    TreeMarking marking(HTREEITEM item) const { return {window(), item}; }
+    HTREEITEM currentItem() const { return items_.itemAt(selection_.currentIndex()); }
+
+    static QKeySequence keysOf(WORD command)
+    {
+        return QKeySequence(QString::fromStdU16String(std::u16string(quillbox::shortcutOf(command))));
+    }
+    void addKeys(WORD command, const std::function<void()>& triggered)
+    {
+        auto* action = new QAction(this);
+        action->setShortcut(keysOf(command));
+        connect(action, &QAction::triggered, this, triggered);
+        addAction(action);
+    }
+
+    void showMenu(HTREEITEM item, QPoint place)
+    {
+        auto* menu = new QMenu(this);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        const auto add = [&](const QString& text, bool enabled, void (TreeMarking::*act)(const UserInput&) const) {
+            QAction* action = menu->addAction(text);
+            action->setEnabled(enabled);
+            connect(action, &QAction::triggered, this, [this, item, act] { (marking(item).*act)(input()); });
+            return action;
+        };
+        const TreeMarking state = marking(item);
+        // The keys work on the selected item, so the menu of another one doesn't show them.
+        const bool showsKeys = item == currentItem();
+        QAction* mark = add(tr("&Mark"), state.canMark(), &TreeMarking::mark);
+        QAction* unmark = add(tr("&Unmark"), state.canUnmark(), &TreeMarking::unmark);
+        menu->addSeparator();
+        QAction* expand = add(tr("&Expand all below"), state.canExpand(), &TreeMarking::expandAllBelow);
+        if (showsKeys) {
+            mark->setShortcut(keysOf(quillbox::MarkFolder));
+            unmark->setShortcut(keysOf(quillbox::UnmarkFolder));
+            expand->setShortcut(Qt::Key_Asterisk);
+        }
+        menu->popup(place);
+    }
 
     void clickOn(HTREEITEM item) { input().treeClick(window(), item, TreePart::Label); }
 
@@ -220,7 +287,7 @@ private:
             part = TreePart::Icon;
         else if (x < start + sizeHintForIndex(index).width())
             part = TreePart::Label;
-        return {items_.itemAt(index), part};
+        return {items_.itemAt(index), part, part == TreePart::Icon && x < start + iconSize().width() / 2};
     }
 
     void widenColumn(int least)

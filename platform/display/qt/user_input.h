@@ -34,6 +34,14 @@ public:
     {
         return report(window::postTreeDoubleClick(tree, item, part));
     }
+    bool treeCommand(HWND tree, HTREEITEM item, WORD command) const
+    {
+        return report(window::postTreeCommand(tree, item, command));
+    }
+    bool treeKey(HWND tree, HTREEITEM item, WORD virtualKey) const
+    {
+        return report(window::postTreeKey(tree, item, virtualKey));
+    }
     bool answerToAll(HWND box, int id) const { return report(window::postAnswerToAll(box, id)); }
     bool stopJob(HWND box, bool closesOwner) const { return report(window::postStopJob(box, closesOwner)); }
     bool close(HWND top) const { return report(window::postClose(top)); }

@@ -70,4 +70,10 @@ inline constexpr std::array<AccessibleName, 23> AccessibleNames = {{
     return findAccessibleName(bitmap, cell).mark;
 }
 
+// A folder in the tree, which the commands for folders mark and unmark.
+[[nodiscard]] constexpr bool isFolderThatTakesMarks(std::uint16_t bitmap, int cell)
+{
+    return bitmap == 101 && (cell == 9 || cell == 10);
+}
+
 }  // namespace quillbox
