@@ -75,7 +75,7 @@ HostPath resolvePath(std::u16string_view devicePath)
         devicePath.remove_prefix(1);
 
     HostPath path;
-    path.mount = rootMount();
+    path.mount = MountUse(rootMount());
     if (!path.mount)
         return failed(ERROR_PATH_NOT_FOUND);
     if (devicePath.ends_with(u'\\')) {

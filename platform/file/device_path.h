@@ -11,10 +11,10 @@
 namespace platform::file {
 
 struct HostPath {
-    // 123 or 206 for an invalid path, 3 without a root folder, 21 in a card that was removed, or the error of opening a
-    // card; the other fields are empty then.
+    // 123 or 206 for an invalid path, 3 without a root folder, 21 in a card that was taken out, or the error of opening
+    // a card; the other fields are empty then.
     DWORD error = 0;
-    std::shared_ptr<MountedFolder> mount;
+    MountUse mount;
     std::string below;             // the path below the mount, parts joined by '/'; empty for the mounted folder itself
     std::size_t nameStart = 0;     // offset of the last part in `below`
     bool endsInBackslash = false;  // and is not the root alone

@@ -49,11 +49,9 @@ bool matchesPattern(std::u16string_view name, std::u16string_view pattern)
 
 FolderSearch::FolderSearch(const HostPath& folder, Descriptor opened, std::u16string pattern, Wanted wanted)
     : table_(OpenFiles::instance()), mount_(folder.mount), isRoot_(folder.isMount() && mount_->name().empty()),
-      path_(devicePathOf(folder)), pattern_(std::move(pattern)), wanted_(wanted), reader_(std::move(opened), wanted)
+      path_(devicePathOf(folder)), pattern_(std::move(pattern)), wanted_(wanted), reader_(std::move(opened), wanted),
+      mounts_(mountsInRoot())
 {
-    if (isRoot_)
-        mountsLeft_ = mountNames();
-    std::ranges::reverse(mountsLeft_);
 }
 
 DWORD FolderSearch::next(WIN32_FIND_DATAW& found)
@@ -73,11 +71,12 @@ DWORD FolderSearch::next(WIN32_FIND_DATAW& found)
 
 bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
 {
-    while (!mountsLeft_.empty()) {
-        const std::u16string name = std::move(mountsLeft_.back());
-        mountsLeft_.pop_back();
-        const auto mount = matchesPattern(name, pattern_) ? findMount(name).folder : nullptr;
-        if (!mount)
+    while (mountsSeen_ < mounts_.size()) {
+        const MountedFolder* const listed = mounts_[mountsSeen_++];
+        if (!matchesPattern(listed->name(), pattern_))
+            continue;
+        const MountUse mount = findMount(listed->name()).folder;
+        if (mount.get() != listed)
             continue;
         HostStatus status = {};
         if (const int result = readStatus(mount->folder(), "", status); result != 0) {

@@ -38,13 +38,14 @@ private:
 
     std::mutex mutex_;
     OpenFiles& table_;
-    const std::shared_ptr<MountedFolder> mount_;
+    const MountUse mount_;
     const bool isRoot_;
     const std::u16string path_;
     const std::u16string pattern_;
     const Wanted wanted_;
     FolderReader reader_;
-    std::vector<std::u16string> mountsLeft_;  // still to be found, the next one last
+    const std::vector<MountedFolder*>& mounts_;
+    std::size_t mountsSeen_ = 0;
 };
 
 // Opens the folder for a search. The errors are those of FindFirstFileW, except that no entry matches.

@@ -1,11 +1,14 @@
 #include "mounted_folder.h"
 
-#include "attributes.h"
+#include "host/error.h"
 #include "text/host_name.h"
+
+#include "ce/error.h"
 
 #include <fcntl.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace platform::file {
 
@@ -21,20 +24,79 @@ std::unique_ptr<Volume> Volume::of(int folder)
 }
 
 MountedFolder::MountedFolder(std::u16string name, Descriptor folder, std::unique_ptr<Volume> own, bool card,
-                             std::optional<std::uint64_t> capacity, std::uint64_t used, std::string place)
+                             std::optional<std::uint64_t> capacity, std::uint64_t used)
     : name_(std::move(name)), hostName_(text::toHostName(name_).value_or("")), folder_(std::move(folder)), card_(card),
-      capacity_(capacity), used_(used), place_(std::move(place)), own_(std::move(own))
+      capacity_(capacity), used_(used), own_(std::move(own))
 {
+}
+
+MountedFolder::MountedFolder(Removable removable, const FileKey& identity)
+    : name_(removable.name), hostName_(text::toHostName(name_).value_or("")), card_(true), used_(0),
+      own_(std::make_unique<Volume>()), removable_(std::move(removable)), identity_(identity)
+{
+    own_->device = identity.device;
+}
+
+DWORD MountedFolder::beginUse()
+{
+    const kernel::MutexLock lock(useMutex_);
+    if (gone_)
+        return ERROR_NOT_READY;
+    if (const DWORD error = folder_ ? DWORD{0} : open(); error != 0)
+        return error;
+    ++uses_;
+    lastUse_ = Clock::now();
+    return 0;
+}
+
+bool MountedFolder::beginUseIfOpen()
+{
+    const kernel::MutexLock lock(useMutex_);
+    if (folder_)
+        ++uses_;
+    return static_cast<bool>(folder_);
+}
+
+void MountedFolder::endUse()
+{
+    const kernel::MutexLock lock(useMutex_);
+    --uses_;
+    lastUse_ = Clock::now();
+}
+
+DWORD MountedFolder::open()
+{
+    Descriptor folder(removable_->open());
+    if (!folder)
+        return folder.get() == -ENOENT ? DWORD{ERROR_NOT_READY} : host::platformError(folder.get());
+    auto volume = Volume::of(folder.get());
+    HostStatus status = {};
+    if (!volume || readStatus(folder.get(), "", status) != 0 || keyOf(status) != identity_)
+        return ERROR_NOT_READY;
+    folder_ = std::move(folder);
+    own_->readable = std::move(volume->readable);
+    return 0;
+}
+
+void MountedFolder::closeIfUnused(std::chrono::milliseconds time)
+{
+    const kernel::MutexLock lock(useMutex_);
+    if (!removable_ || uses_ != 0 || !folder_)
+        return;
+    if (!gone_ && (Clock::now() - lastUse_ < time || !changedVolumes().empty()))
+        return;
+    folder_ = Descriptor();
+    own_->readable = Descriptor();
+    const std::lock_guard volumesLock(volumesMutex_);
+    std::erase_if(furtherVolumes_, [](const auto& volume) { return !volume->changed; });
 }
 
 bool MountedFolder::isInPlace()
 {
-    if (place_.empty())
-        return true;
-    HostStatus own = {};
+    if (!removable_ || gone_)
+        return !gone_;
     HostStatus there = {};
-    if (!gone_ && (readStatus(folder_.get(), "", own) != 0 || readStatus(AT_FDCWD, place_.c_str(), there) != 0 ||
-                   keyOf(own) != keyOf(there)))
+    if (readStatus(AT_FDCWD, removable_->place.c_str(), there) != 0 || keyOf(there) != identity_)
         gone_ = true;
     return !gone_;
 }

@@ -60,11 +60,6 @@ std::vector<std::string> markedFilesIn(FolderReader& reader)
     return names;
 }
 
-bool isTaken(const std::u16string& name)
-{
-    return std::ranges::count(mountNames(), name) != 0;
-}
-
 }  // namespace
 
 void prepareProcess()
@@ -82,7 +77,7 @@ bool addMount(Mount mount)
 {
     Descriptor folder(mount.folder);
     const bool isRoot = mount.name.empty();
-    if (isRoot ? rootMount() != nullptr : isTaken(mount.name) || !text::toHostName(mount.name))
+    if (isRoot ? rootMount() != nullptr : !text::toHostName(mount.name))
         return false;
     auto volume = Volume::of(folder.get());
     if (!volume)
@@ -91,25 +86,35 @@ bool addMount(Mount mount)
     const std::uint64_t used = mount.capacity ? measure(folder.get()) : 0;
     auto added = std::make_unique<MountedFolder>(std::move(mount.name), std::move(folder), std::move(volume),
                                                  mount.card, mount.capacity, used);
-    insertMount(std::move(added));
-    return true;
+    return insertMount(std::move(added));
 }
 
 bool addRemovable(Removable removable)
 {
     HostStatus status = {};
-    return readStatus(AT_FDCWD, removable.place.c_str(), status) == 0 && isFolder(status) &&
-           insertRemovable(std::move(removable), keyOf(status));
+    if (!text::toHostName(removable.name) || readStatus(AT_FDCWD, removable.place.c_str(), status) != 0 ||
+        !isFolder(status))
+        return false;
+    return insertMount(std::make_unique<MountedFolder>(std::move(removable), keyOf(status)));
 }
 
-bool removeRemovableFolder(const std::u16string& name)
+bool removeRemovable(const std::u16string& name)
 {
-    return removeRemovable(name);
+    const auto& all = mountsInRoot();
+    const auto found = std::find_if(all.rbegin(), all.rend(), [&](const MountedFolder* mount) {
+        return mount->isRemovable() && mount->name() == name;
+    });
+    if (found == all.rend())
+        return false;
+    (*found)->setGone();
+    (*found)->closeIfUnused({});
+    return true;
 }
 
 void closeUnusedFolders(std::chrono::milliseconds time)
 {
-    closeUnused(time);
+    for (MountedFolder* const mount : mountsInRoot())
+        mount->closeIfUnused(time);
 }
 
 void removeAllMounts()
@@ -127,7 +132,7 @@ void removeAllMounts()
 
 std::optional<std::uint64_t> usedBytes(const std::u16string& mountName)
 {
-    const auto mount = mountName.empty() ? rootMount() : findMount(mountName).folder;
+    const MountUse mount = mountName.empty() ? MountUse(rootMount()) : findMount(mountName).folder;
     return mount && mount->hasCapacity() ? std::optional(mount->used()) : std::nullopt;
 }
 
@@ -150,7 +155,7 @@ std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
 
 int rootFolder()
 {
-    const auto root = rootMount();
+    const MountedFolder* const root = rootMount();
     return root ? root->folder() : -1;
 }
 

@@ -6,6 +6,8 @@
 #include "kernel/troubles.h"
 #include "stored_attributes.h"
 
+#include "ce/error.h"
+
 #include <fcntl.h>
 
 #include <limits>

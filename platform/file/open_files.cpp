@@ -33,8 +33,8 @@ bool OpenFiles::conflicts(const FileKey& key, const Sharing& sharing) const
            ((sharing.share & FILE_SHARE_WRITE) == 0 && open.writers > 0);
 }
 
-std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& sharing,
-                                             const std::shared_ptr<MountedFolder>& mount, std::uint64_t size)
+std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& sharing, MountedFolder& mount,
+                                             std::uint64_t size)
 {
     Entry& entry = files_[key];
     if (!entry.file)

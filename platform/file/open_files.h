@@ -47,9 +47,8 @@ public:
     bool conflicts(const FileKey& key, const Sharing& sharing) const REQUIRES(mutex_);
 
     // Counts a handle. `size` is used if the file wasn't open.
-    [[nodiscard]] std::shared_ptr<SharedFile> enter(const FileKey& key, const Sharing& sharing,
-                                                    const std::shared_ptr<MountedFolder>& mount, std::uint64_t size)
-        REQUIRES(mutex_);
+    [[nodiscard]] std::shared_ptr<SharedFile> enter(const FileKey& key, const Sharing& sharing, MountedFolder& mount,
+                                                    std::uint64_t size) REQUIRES(mutex_);
 
     // Counts a handle of a temporary file.
     void enter(const std::shared_ptr<SharedFile>& temporary, const Sharing& sharing) REQUIRES(mutex_);

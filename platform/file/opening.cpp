@@ -163,7 +163,7 @@ std::shared_ptr<SharedFile> enter(const Request& request, OpenFiles& table) EXCL
         table.noteMade(request.status);
     else if (table.conflicts(key, request.effectiveSharing()))
         return nullptr;
-    return table.enter(key, request.sharing, request.path.mount, request.status.stx_size);
+    return table.enter(key, request.sharing, *request.path.mount, request.status.stx_size);
 }
 
 Opened failed(const Request& request, DWORD error)

@@ -90,14 +90,13 @@ HostWrite writeBoth(int descriptor, std::uint64_t offset, std::span<const std::b
 
 }  // namespace
 
-SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key, std::uint64_t size)
-    : mount_(std::move(mount)), key_(key), device_(key.device), size_(size)
+SharedFile::SharedFile(MountedFolder& mount, const FileKey& key, std::uint64_t size)
+    : mount_(&mount), key_(key), device_(key.device), size_(size)
 {
 }
 
-SharedFile::SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key,
-                       std::unique_ptr<TemporaryContent> content)
-    : mount_(std::move(mount)), key_(key), content_(std::move(content)), device_(key.device), size_(0)
+SharedFile::SharedFile(MountedFolder& mount, const FileKey& key, std::unique_ptr<TemporaryContent> content)
+    : mount_(&mount), key_(key), content_(std::move(content)), device_(key.device), size_(0)
 {
 }
 

@@ -41,10 +41,10 @@ struct Written {
 
 class SharedFile {
 public:
-    SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key, std::uint64_t size);
+    SharedFile(MountedFolder& mount, const FileKey& key, std::uint64_t size);
 
     // A new temporary file. No file of the host has its key.
-    SharedFile(std::shared_ptr<MountedFolder> mount, const FileKey& key, std::unique_ptr<TemporaryContent> content);
+    SharedFile(MountedFolder& mount, const FileKey& key, std::unique_ptr<TemporaryContent> content);
 
     // Guards this object and what the file's handles hold.
     kernel::Mutex& mutex() const RETURN_CAPABILITY(mutex_) { return mutex_; }
@@ -129,7 +129,7 @@ private:
     void noteChange() REQUIRES(mutex_) { mount_->noteChange(device_); }
 
     mutable kernel::Mutex mutex_;
-    const std::shared_ptr<MountedFolder> mount_;
+    MountedFolder* const mount_;
     FileKey key_;
     const std::unique_ptr<TemporaryContent> content_ PT_GUARDED_BY(mutex_);  // null for any other file
     std::uint64_t device_ GUARDED_BY(mutex_);  // the number of the host's device that holds the file

@@ -62,7 +62,7 @@ std::shared_ptr<SharedFile> TemporaryFiles::make(const HostPath& path)
         return nullptr;
     TemporaryContent::Memory memory =
         spare_ ? std::move(spare_) : std::make_unique_for_overwrite<std::byte[]>(TemporaryContent::MemoryBytes);
-    declared->file = std::make_shared<SharedFile>(path.mount, FileKey{NoDevice, ++made_},
+    declared->file = std::make_shared<SharedFile>(*path.mount, FileKey{NoDevice, ++made_},
                                                   std::make_unique<TemporaryContent>(path, std::move(memory)));
     return declared->file;
 }

@@ -15,9 +15,36 @@ using host::ioError;
 namespace {
 
 struct Changed {
-    std::shared_ptr<MountedFolder> mount;
+    MountedFolder* mount = nullptr;
     Volume* volume = nullptr;
 };
+
+// Those that are open.
+std::vector<MountUse> openMounts()
+{
+    std::vector<MountUse> all;
+    if (MountedFolder* const root = rootMount())
+        all.emplace_back(root);
+    for (MountedFolder* const mount : mountsInRoot()) {
+        if (!mount->isRemovable() || mount->beginUseIfOpen())
+            all.emplace_back(mount);
+    }
+    return all;
+}
+
+// What was changed on a medium before it was taken out is reported once.
+void reportLost(std::vector<FailedFlush>& failed)
+{
+    for (MountedFolder* const mount : mountsInRoot()) {
+        if (!mount->isGone())
+            continue;
+        const std::vector<Volume*> changed = mount->changedVolumes();
+        for (Volume* const volume : changed)
+            volume->changed = false;
+        if (!changed.empty())
+            failed.push_back({mount, ERROR_NOT_READY});
+    }
+}
 
 // Clears the marks of all folders on one file system, which needs one flush for all of them. This comes before the
 // flush, so that a change during the flush sets the mark again.
@@ -46,7 +73,12 @@ std::vector<FailedFlush> flushChangedVolumes()
     if (const DWORD error = OpenFiles::instance().nameAll(); error != 0)
         failed.push_back({rootMount(), error});
     std::vector<Changed> changed;
-    for (const auto& mount : mountsToFlush()) {
+    reportLost(failed);
+    const std::vector<MountUse> mounts = openMounts();
+    for (const MountUse& use : mounts) {
+        MountedFolder* const mount = use.get();
+        if (mount->isGone())
+            continue;
         if (const DWORD error = OpenFiles::instance().writeOutAll(*mount); error != 0)
             failed.push_back({mount, error});
         for (Volume* const volume : mount->changedVolumes())
@@ -61,7 +93,8 @@ std::vector<FailedFlush> flushChangedVolumes()
         if (error == 0)
             continue;
         failed.push_back({each.mount, error});
-        stillChanged.insert(stillChanged.end(), taken.begin(), taken.end());
+        if (error != ERROR_NOT_READY)
+            stillChanged.insert(stillChanged.end(), taken.begin(), taken.end());
     }
     for (Volume* const volume : stillChanged)
         volume->changed = true;

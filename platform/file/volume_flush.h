@@ -10,7 +10,7 @@
 namespace platform::file {
 
 struct FailedFlush {
-    std::shared_ptr<const MountedFolder> mount;
+    const MountedFolder* mount = nullptr;
     DWORD error = 0;
 };
 

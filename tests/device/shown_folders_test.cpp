@@ -3,8 +3,8 @@
 #include "device/remembered_folders.h"
 #include "host_folder.h"
 
+#include "ce/error.h"
 #include "ce/file.h"
-#include "ce/removable_card.h"
 
 #include <gmock/gmock.h>
 

@@ -56,7 +56,7 @@ TEST_F(RemovableTest, AppearsAndGoesAndItsPathsNeverLeadToTheRoot)
     EXPECT_EQ(openError(u"\\Stick\\f", GENERIC_READ, OPEN_EXISTING), ERROR_SHARING_VIOLATION);
     refusal_ = 0;
 
-    EXPECT_TRUE(platform::file::removeRemovableFolder(u"Stick"));
+    EXPECT_TRUE(platform::file::removeRemovable(u"Stick"));
     EXPECT_EQ(list(u"\\*"), std::set<std::u16string>{});
     for (const auto* path : {u"\\Stick", u"\\Stick\\f"})
         EXPECT_EQ(openError(path, Write, CREATE_ALWAYS), ERROR_NOT_READY);
@@ -111,7 +111,7 @@ TEST_F(RemovableTest, NothingCountsAsFlushedAfterItWasTakenOut)
     EXPECT_EQ(errorOf(FlushFileBuffers(gathered)), ERROR_NOT_READY);
     CloseHandle(gathered);
     CloseHandle(straight);
-    EXPECT_TRUE(platform::file::removeRemovableFolder(u"Stick"));
+    EXPECT_TRUE(platform::file::removeRemovable(u"Stick"));
     EXPECT_EQ(errorOf(FlushChangedVolumes()), ERROR_NOT_READY);
     EXPECT_TRUE(FlushChangedVolumes()) << "reported once";
 }
@@ -128,7 +128,7 @@ TEST_F(RemovableTest, ComesAndGoesWhileOtherThreadsUseIt)
     });
     for (int times = 0; times < 200; ++times) {
         platform::file::closeUnusedFolders(0ms);
-        EXPECT_TRUE(platform::file::removeRemovableFolder(u"Stick"));
+        EXPECT_TRUE(platform::file::removeRemovable(u"Stick"));
         EXPECT_TRUE(platform::file::addRemovable({u"Stick", place_, [this] { return opened(); }}));
     }
     ends = true;

@@ -77,18 +77,6 @@ class MediumTest(ProgramTest):
         self.assertEqual({**{name: stored.get(name) for name in before if name not in left}, **left}, before)
         self.assertEqual(list((self.store).glob("Stick*")), [])
 
-    def test_medium_that_comes_while_the_program_runs_is_a_card(self):
-        self.write("Files/a", b"a")
-        with self.start() as program:
-            # It watches before it reads its script.
-            self.wait_for(lambda: any(os.path.realpath(f"/proc/{program.pid}/fd/{number}").endswith("/mountinfo")
-                                      for number in os.listdir(f"/proc/{program.pid}/fd")), program)
-            self.assertTrue(mount("--bind", self.medium, self.place))
-            time.sleep(1)
-            _, said = program.communicate(full_backup(storage=STICK) + "idle\n", timeout=120)
-        self.assertEqual((program.returncode, said), (0, ""))
-        self.assertEqual(len(self.files_of_sets()), 2)
-
 
 if __name__ == "__main__":
     unittest.main()

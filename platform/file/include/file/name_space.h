@@ -38,7 +38,7 @@ struct Mount {
 
 // Removes it. From then on each call on its paths and each write to its open files fails with ERROR_NOT_READY, and so
 // does a flush of anything written there before. A new one can get the name. False if there is no such folder.
-bool removeRemovableFolder(const std::u16string& name);
+bool removeRemovable(const std::u16string& name);
 
 // Closes the removable folders that no call has used for this long, and that have no open file.
 void closeUnusedFolders(std::chrono::milliseconds time);
