@@ -166,7 +166,8 @@ TEST_F(TreeTripTest, ContextMenuMarksUnmarksAndExpandsWithoutSelectingAFile)
 {
     // Chooses an item of the menu on a row; false if it is disabled.
     const auto choose = [&](const QStringList& path, const QString& text) {
-        QContextMenuEvent event(QContextMenuEvent::Mouse, pointOn(path, OnPicture));
+        const QPoint point = pointOn(path, OnPicture);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, point, tree_->viewport()->mapToGlobal(point));
         QApplication::sendEvent(tree_->viewport(), &event);
         QWidget* menu = QApplication::activePopupWidget();
         bool enabled = false;
