@@ -12,11 +12,10 @@ PathsTooLong gPathsTooLong;
 void NotePathTooLong(const WCHAR* folder, const WCHAR* name)
 {
     // The paths of a walk below a marked folder have no leading backslash.
-    const WCHAR* format = folder[0] == u'\\' ? u"%s%s" : u"\\%s%s";
-    if (gPathsTooLong.count++ == 0)
-        wsprintfW(gPathsTooLong.first, format, folder, name);
     WCHAR path[2 * MAX_PATH];
-    wsprintfW(path, format, folder, name);
+    wsprintfW(path, folder[0] == u'\\' ? u"%s%s" : u"\\%s%s", folder, name);
+    if (gPathsTooLong.count++ == 0)
+        CopyText(gPathsTooLong.first, path);
     if (gPathsTooLong.areItems)
         ReportItem(OutcomeNotStored, OutcomeFile, path, ERROR_FILENAME_EXCED_RANGE);
 }
@@ -25,7 +24,7 @@ void ShowPathsTooLong(const PathsTooLong& left)
 {
     if (left.count == 0)
         return;
-    WCHAR text[TextChars + MAX_PATH];
+    WCHAR text[TextChars + 2 * MAX_PATH];
     if (left.count == 1)
         wsprintfW(text, u"1 path is too long and was left out:\n%s", left.first);
     else

@@ -77,6 +77,7 @@ TEST_F(FullBackupTest, PathsThatDoNotFitAreReportedAfterTheBackupAndNoOthersAreM
     EXPECT_EQ(gUser.shown.back(), u"box " + boxes[0]);
     EXPECT_TRUE(boxes[0].starts_with(u"Info|2 paths are too long and were left out. The first is:\n\\ddd"));
     EXPECT_TRUE(boxes[0].ends_with(u"|48"));
+    EXPECT_EQ(boxes[0].rfind(u'|') - boxes[0].find(u'\n'), 261U) << "the whole path, one character too long";
     EXPECT_EQ(boxes[0].find(u'*'), std::u16string::npos) << "a name, not a search pattern";
     gUser.choice.clear();
     backedUp();

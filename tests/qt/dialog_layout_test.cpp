@@ -254,6 +254,19 @@ TEST_F(DialogInputTest, ArrowsWithControlScrollAListAndMoveNoSelection)
     leave(dialog);
 }
 
+// The picture of a line break comes from another font.
+TEST_F(DialogInputTest, LettersOfARowAreAtTheSameHeightWhateverOtherCharactersItHas)
+{
+    QListView& list = showRows({u"ab", u"ab\n"});
+    const auto letters = [&](int row) {
+        QRect rect = list.visualRect(list.model()->index(row, 0));
+        rect.setWidth(list.fontMetrics().horizontalAdvance("ab"));
+        return list.viewport()->grab(rect).toImage();
+    };
+    EXPECT_EQ(letters(0), letters(1));
+    leave(*list.window());
+}
+
 TEST_F(DialogInputTest, TipShowsTheWholeTextOfARowThatIsCut)
 {
     const QString shortRow = "Registry";

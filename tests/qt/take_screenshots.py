@@ -26,10 +26,26 @@ ForegroundNormal=252,252,252
 BackgroundNormal=61,174,233
 ForegroundNormal=252,252,252
 """
+CONTRAST = """[Colors:Window]
+BackgroundNormal=0,0,0
+ForegroundNormal=255,255,255
+[Colors:View]
+BackgroundNormal=0,0,0
+BackgroundAlternate=0,0,0
+ForegroundNormal=255,255,255
+ForegroundInactive=0,0,0
+[Colors:Button]
+BackgroundNormal=0,0,0
+ForegroundNormal=255,255,255
+[Colors:Selection]
+BackgroundNormal=255,255,0
+ForegroundNormal=0,0,0
+"""
 LARGE = "[General]\nfont=DejaVu Sans,18,-1,5,50,0,0,0,0,0\n"
 VARIANTS = {  # size of the screen, scale, settings
     "light": ("600x540", 1, ""),
     "dark": ("600x540", 1, DARK),
+    "contrast": ("600x540", 1, CONTRAST),
     "half": ("900x810", 1.5, ""),
     "double": ("1200x1080", 2, ""),
     "large": ("1000x900", 1, LARGE),

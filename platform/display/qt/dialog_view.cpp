@@ -3,6 +3,8 @@
 #include "header_bar.h"
 #include "keys.h"
 #include "plain_style.h"
+#include "readable_palette.h"
+#include "resources/accessible_names.h"
 
 #include "ce/controls.h"
 #include "ce/dialog.h"
@@ -386,7 +388,7 @@ void DialogView::paintEvent(QPaintEvent* event)
         return;
     // The window has no frame of the window manager, so nothing would separate it from the window below.
     QPainter painter(this);
-    drawOutline(painter, rect(), palette().color(QPalette::Dark));
+    drawOutline(painter, rect(), lineColor(palette()));
 }
 
 }  // namespace platform::qt

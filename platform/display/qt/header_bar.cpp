@@ -1,5 +1,7 @@
 #include "header_bar.h"
 
+#include "readable_palette.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
@@ -90,7 +92,7 @@ void HeaderBar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.fillRect(rect(), palette().color(QPalette::Button));
-    painter.setPen(palette().color(QPalette::Mid));
+    painter.setPen(lineColor(palette()));
     painter.drawLine(QPointF(0, height() - 0.5), QPointF(width(), height() - 0.5));
 }
 

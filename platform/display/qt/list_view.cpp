@@ -1,5 +1,6 @@
 #include "focus_outline.h"
 #include "keys.h"
+#include "row_delegate.h"
 #include "view_makers.h"
 
 #include "ce/controls.h"
@@ -171,11 +172,13 @@ class ListBoxView final : public QListView, public View {
 public:
     ListBoxView(const WindowState& state, const UserInput& input, QWidget* parent)
         : QListView(parent), View(state.window, input), rows_(this),
-          selection_(&rows_, [this](int row) { this->input().click(this->window(), row); }), outline_(this)
+          selection_(&rows_, [this](int row) { this->input().click(this->window(), row); }), delegate_(this),
+          outline_(this)
     {
-        setModel(&rows_);
-        setSelectionModel(&selection_);
         count_.hide();
+        setModel(&rows_);
+        setItemDelegate(&delegate_);
+        setSelectionModel(&selection_);
         setUniformItemSizes(true);
         setEditTriggers(NoEditTriggers);
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
@@ -309,6 +312,7 @@ private:
 
     Rows rows_;
     ListSelection selection_;
+    RowDelegate delegate_;
     FocusOutline outline_;
     QLabel count_{this};  // of the selected rows; hidden if there are none
     int pressed_ = -1;

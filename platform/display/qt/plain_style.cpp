@@ -1,5 +1,7 @@
 #include "plain_style.h"
 
+#include "readable_palette.h"
+
 #include <QApplication>
 #include <QPainter>
 #include <QProxyStyle>
@@ -12,35 +14,48 @@ namespace platform::qt {
 
 namespace {
 
-// The colour of a line, as a point between the colour of its surface (0) and that of the text (1). Gives a contrast of
-// at least 3 to 1 in light and dark colours.
-constexpr double LineContrast = 0.42;
 // The toolkit's style draws lines in the window's colour, darker by this factor in hundredths.
 constexpr int Darkening = 140;
 // The side of a check box, as a part of the font's height.
 constexpr double BoxHeight = 0.75;
 
-QColor between(const QColor& from, const QColor& to, double part)
-{
-    const auto mixed = [part](int a, int b) { return qRound(a + (b - a) * part); };
-    return {mixed(from.red(), to.red()), mixed(from.green(), to.green()), mixed(from.blue(), to.blue())};
-}
-
-QColor lineOf(const QPalette& palette)
-{
-    return between(palette.color(QPalette::Window), palette.color(QPalette::WindowText), LineContrast);
-}
-
 template <class Option>
 Option withVisibleLines(const Option& option)
 {
     Option visible(option);
-    visible.palette.setColor(QPalette::Window, lineOf(option.palette).lighter(Darkening));
+    visible.palette.setColor(QPalette::Window, lineColor(option.palette).lighter(Darkening));
     return visible;
+}
+
+// The toolkit's style draws the arrow of a selected row in the colour of other rows, and half transparent.
+void drawExpander(QPainter& painter, const QStyleOption& option)
+{
+    if (!option.state.testFlag(QStyle::State_Children))
+        return;
+    const double arm = option.fontMetrics.xHeight() * 0.5;
+    const QPolygonF arrow{QPointF(-arm / 2, -arm), QPointF(arm / 2, 0), QPointF(-arm / 2, arm)};
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(QRectF(option.rect).center());
+    if (option.state.testFlag(QStyle::State_Open))
+        painter.rotate(90);
+    else if (option.direction == Qt::RightToLeft)
+        painter.rotate(180);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(option.palette.color(QPalette::HighlightedText));
+    painter.drawPolygon(arrow);
+    painter.restore();
 }
 
 class PlainStyle final : public QProxyStyle {
 public:
+    using QProxyStyle::polish;
+    void polish(QPalette& palette) override
+    {
+        QProxyStyle::polish(palette);
+        makeReadable(palette);
+    }
+
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override
     {
@@ -57,7 +72,11 @@ public:
             return;
         }
         if (element == PE_Frame) {
-            drawOutline(*painter, option->rect, lineOf(option->palette));
+            drawOutline(*painter, option->rect, lineColor(option->palette));
+            return;
+        }
+        if (element == PE_IndicatorBranch && option->state.testFlag(State_Selected)) {
+            drawExpander(*painter, *option);
             return;
         }
         if (element == PE_PanelMenu) {

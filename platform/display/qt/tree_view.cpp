@@ -1,5 +1,7 @@
 #include "focus_outline.h"
 #include "keys.h"
+#include "resources/accessible_names.h"
+#include "row_delegate.h"
 #include "tree_items_model.h"
 #include "tree_marking.h"
 #include "view_makers.h"
@@ -15,7 +17,6 @@
 #include <QItemSelectionModel>
 #include <QMenu>
 #include <QMouseEvent>
-#include <QStyledItemDelegate>
 #include <QTreeView>
 
 #include <algorithm>
@@ -65,9 +66,9 @@ private:
 
 // The item's picture contains the check box, so the delegate draws no other one. It also draws the picture without the
 // colour of the selection.
-class ItemDelegate final : public QStyledItemDelegate {
+class ItemDelegate final : public RowDelegate {
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using RowDelegate::RowDelegate;
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override

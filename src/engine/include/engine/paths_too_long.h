@@ -6,8 +6,8 @@
 
 struct PathsTooLong {
     DWORD count;
-    BOOL areItems;          // each is an item of a backup and reported as not stored
-    WCHAR first[MAX_PATH];  // cut to 259 characters
+    BOOL areItems;              // each is an item of a backup and reported as not stored
+    WCHAR first[2 * MAX_PATH];  // room for any folder and any name in it
 };
 
 // Result of the latest walk. Cleared before a walk whose result is used.
