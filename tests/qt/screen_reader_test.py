@@ -18,13 +18,14 @@ COMMENTS = ("text", "Backupset comments")
 # What must be there, by the name of the tour's step: (role, name).
 EXPECTED = {
     "1-main": [("push button", name) for name in ("Mark", "Unmark", "Full backup", "Filter", "Options")] + [
-        ("menu item", "File"), ("menu item", "Operations"), ("tree", "Tree View Control")] + [
+        ("menu item", "File"), ("menu item", "Operations"), ("tree", "Items on the device")] + [
         ("table cell", name) for name in ("Databases", "Files", "Registry")],
     "3-about": CAPTION,
     "4-options": CAPTION + [("radio button", "Ask"), ("check box", "Generate log file"),
                             ("text", "Maximum backup file size:")],
     "5-filter": CAPTION + [("check box", "Show files newer than :"), ("push button", "Add"),
-                           ("spin button", "Show files newer than :"), ("check box", "Read-only")],
+                           ("spin button", "Show files newer than :"), ("check box", "Read-only"),
+                           ("list", "Extensions"), ("text", "New extension")],
     "6-selected-backup": CAPTION + [COMMENTS, ("list", "Items to backup:"),
                                     ("list item", "File:\\My Documents\\Household 2025.csv")],
     "6-full-backup": CAPTION + [COMMENTS, ("check box", "All files")],
@@ -37,6 +38,9 @@ EXPECTED = {
                                      ("list item", "File:\\My Documents\\Household 2025.csv")],
     "12-full-restore": CAPTION + [COMMENTS],
 }
+
+
+GROUPS = {"4-options": ("Ask", "Restore options"), "5-filter": ("Read-only", "Hide files with these attributes")}
 
 
 class Reader:
@@ -62,6 +66,9 @@ class Reader:
         if name in EXPECTED:
             seen = self.read(self.user.window(title))
             self.faults += [f"{name}: no {role} {text!r}" for role, text in EXPECTED[name] if (role, text) not in seen]
+        if name in GROUPS:
+            button, group = GROUPS[name]
+            wait_for(f"the group of {button!r}", lambda: self.user.find(title, button).description == group)
         if name == "1-main":
             self.check_mark("Files", "nothing marked")
             self.check_toggles("Registry", ("marked", ["CHECKED"]), ("not marked", []))
@@ -73,6 +80,7 @@ class Reader:
             self.faults += [f"progress: a {child.getRoleName()} without a name"
                             for window in self.user.application if window and window.name == "Backuping Files"
                             for child in window[0] if self.user.shows(child) and not child.name]
+            self.user.find("Backuping Files", "Backuping Files", "progress bar")
 
     def check_mark(self, name, words, *states):
         item = self.user.find(MAIN, name)
@@ -98,12 +106,31 @@ def check_focus(user):
     user.escape(title)
 
 
+def check_tree(user):
+    """A screen reader reads an item when it gets the focus, and again when it is expanded or collapsed."""
+    read = []
+    user.atspi.Registry.registerEventListener(
+        lambda event: read.append((event.source.name, user.has(event.source, "EXPANDED"))) if event.detail1 else None,
+        "object:state-changed:focused")
+    user.tab_to(MAIN, "Items on the device")
+    user.until("the focus at Files", lambda: user.keys("Home", "f"), lambda: any(name == "Files" for name, _ in read))
+    is_expanded = read[-1][1]
+    for key, expanded in sorted([("Left", False), ("Right", True)], reverse=not is_expanded):
+        read.clear()
+        user.until(f"Files after {key}", lambda key=key: user.keys(key),
+                   lambda expanded=expanded: ("Files", expanded) in read)
+    read.clear()
+    user.keys("Tab", "shift+Tab")
+    wait_for("Files when the tree gets the focus", lambda: ("Files", is_expanded) in read)
+
+
 def main(bin_folder):
     require_tools()
     desktop = Desktop(bin_folder)
     user = desktop.start_program(desktop.base / "device")
     reader = Reader(user)
     check_focus(user)
+    check_tree(user)
     tour(user, reader.visit)
     require(not reader.faults, "\n".join(reader.faults))
 

@@ -91,7 +91,7 @@ class Keyboard(Steps):
     def mark(self, folders, name):
         """The registry, and an item in the innermost folder. Letters skip files, which arrows would mark."""
         self.user.window(MAIN)
-        self.user.tab_to(MAIN, "Tree View Control")
+        self.user.tab_to(MAIN, "Items on the device")
         self.user.sets(MAIN, "Registry", "CHECKED", lambda: self.user.keys("End"))
         for folder in folders:
             self.type_first_letter(folder, "SELECTED")

@@ -12,6 +12,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QGroupBox>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -206,15 +207,35 @@ double DialogView::stretchFor(const DialogUnits& units) const
     return std::min(stretch, MostStretch);
 }
 
+// The name of a control without a text, and the group of one that belongs to a group.
 void DialogView::nameControls()
 {
     for (const Control& control : controls_) {
-        const bool unnamed = control.state.kind == WindowKind::Edit || control.state.kind == WindowKind::ListBox ||
-                             control.state.kind == WindowKind::ProgressBar ||
-                             control.state.kind == WindowKind::DatePicker;
-        if (unnamed)
-            control.view->widget().setAccessibleName(nameFor(control));
+        QWidget& widget = control.view->widget();
+        const WindowKind kind = control.state.kind;
+        const QString caption = windowTitle();
+        const quillbox::ControlName known = quillbox::findControlName(fromQt(caption), control.state.id);
+        if (kind == WindowKind::ProgressBar)
+            widget.setAccessibleName(caption);  // the texts beside it change
+        else if (kind == WindowKind::Edit || kind == WindowKind::ListBox || kind == WindowKind::DatePicker)
+            widget.setAccessibleName(known.name.empty() ? nameFor(control) : toQt(std::u16string(known.name)));
+        const QString group = known.group.empty() ? groupAround(control) : toQt(std::u16string(known.group));
+        if (!group.isEmpty())
+            widget.setAccessibleDescription(group);
     }
+}
+
+// The title of the group box around a button; empty if there is none.
+QString DialogView::groupAround(const Control& control) const
+{
+    if (control.state.kind != WindowKind::Button)
+        return {};
+    for (const Control& other : controls_) {
+        const auto* group = qobject_cast<const QGroupBox*>(&other.view->widget());
+        if (group && group != &control.view->widget() && group->geometry().contains(control.view->widget().geometry()))
+            return group->title();
+    }
+    return {};
 }
 
 // Names a control without a text by the nearest text before it in its row, or else by the nearest text above it. A

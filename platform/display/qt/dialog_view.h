@@ -53,6 +53,7 @@ private:
     void showFocus();
     void postFocus(const Control& control);
     QString nameFor(const Control& control) const;
+    QString groupAround(const Control& control) const;
 
     bool postKey(QKeyEvent& event);
     bool tabThroughHeader(bool backward);

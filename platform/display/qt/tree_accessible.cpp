@@ -167,6 +167,21 @@ public:
                                                    : QAccessibleWidget::interface_cast(type);
     }
 
+    // Gives the current item a new object and reports that it has the focus.
+    void reportFocusAgain()
+    {
+        const QModelIndex current = view_.currentIndex();
+        const auto known = items_.find(static_cast<const TreeItemsModel*>(view_.model())->itemAt(current));
+        if (known != items_.end()) {
+            QAccessible::deleteAccessibleInterface(known->second);
+            items_.erase(known);
+        }
+        if (QAccessibleInterface* renewed = item(current)) {
+            QAccessibleEvent focus(renewed, QAccessible::Focus);
+            QAccessible::updateAccessibility(&focus);
+        }
+    }
+
     QAccessibleInterface* caption() const override { return nullptr; }
     QAccessibleInterface* summary() const override { return nullptr; }
     QAccessibleInterface* cellAt(int row, int column) const override
@@ -255,6 +270,12 @@ QAccessibleInterface* makeAccessible(const QString& className, QObject* object)
 }
 
 }  // namespace
+
+void reportExpansion(QTreeView& tree)
+{
+    if (auto* accessible = dynamic_cast<TreeAccessible*>(QAccessible::queryAccessibleInterface(&tree)))
+        accessible->reportFocusAgain();
+}
 
 void useTreeAccessible()
 {

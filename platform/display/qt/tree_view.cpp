@@ -110,14 +110,15 @@ public:
         setContextMenuPolicy(Qt::DefaultContextMenu);
         addKeys(quillbox::MarkFolder, [this] { marking(currentItem()).mark(this->input()); });
         addKeys(quillbox::UnmarkFolder, [this] { marking(currentItem()).unmark(this->input()); });
+        const auto known = quillbox::findControlName(fromQt(parent->window()->windowTitle()), state.id);
+        setAccessibleName(toQt(known.name.empty() ? state.text : std::u16string(known.name)));
     }
 
     using View::window;
     QWidget& widget() override { return *this; }
 
-    void follow(const WindowState& state, Changes changes) override
+    void follow(const WindowState&, Changes changes) override
     {
-        setAccessibleName(toQt(state.text));
         if (!changes.has(Change::Tree))
             return;
         followPictures();
@@ -131,8 +132,8 @@ public:
         if (const QModelIndex toShow = items_.indexOf(tree.toShow); isOnARow(toShow))
             scrollTo(toShow);
         // If another item has become the current one, a screen reader reads it without this.
-        if (before == selection_.currentIndex() && std::ranges::count(tree.updated, tree.selected) != 0)
-            reportMarkChange();
+        if (before == selection_.currentIndex())
+            reportChangeOfCurrent(tree);
     }
 
 protected:
@@ -186,6 +187,14 @@ protected:
         } else {
             event->ignore();
         }
+    }
+
+    // The toolkit reports that the tree has the focus, but not which item. The report comes after its own.
+    void focusInEvent(QFocusEvent* event) override
+    {
+        QTreeView::focusInEvent(event);
+        QMetaObject::invokeMethod(
+            this, [this] { reportFocus(); }, Qt::QueuedConnection);
     }
 
     void updateGeometries() override
@@ -301,18 +310,41 @@ private:
         widening_ = false;
     }
 
-    void reportMarkChange()
+    // Null if no screen reader runs, or if there is no current item.
+    QAccessibleInterface* currentAccessible()
     {
         QAccessibleInterface* tree = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(this) : nullptr;
-        QAccessibleInterface* item = tree ? tree->focusChild() : nullptr;
+        return tree ? tree->focusChild() : nullptr;
+    }
+
+    void reportFocus()
+    {
+        if (QAccessibleInterface* item = hasFocus() ? currentAccessible() : nullptr) {
+            QAccessibleEvent focus(item, QAccessible::Focus);
+            QAccessible::updateAccessibility(&focus);
+        }
+    }
+
+    void reportChangeOfCurrent(const TreeChanges& tree)
+    {
+        QAccessibleInterface* item = currentAccessible();
         if (!item)
             return;
+        if (std::ranges::count(tree.updated, tree.selected) != 0)
+            reportMark(*item);
+        const auto isCurrent = [&](const window::TreeFold& fold) { return fold.item == tree.selected; };
+        if (std::ranges::any_of(tree.folded, isCurrent))
+            reportExpansion(*this);
+    }
+
+    static void reportMark(QAccessibleInterface& item)
+    {
         QAccessible::State changed;
         changed.checked = true;
         changed.checkStateMixed = true;
-        QAccessibleStateChangeEvent state(item, changed);
+        QAccessibleStateChangeEvent state(&item, changed);
         QAccessible::updateAccessibility(&state);
-        QAccessibleEvent description(item, QAccessible::DescriptionChanged);
+        QAccessibleEvent description(&item, QAccessible::DescriptionChanged);
         QAccessible::updateAccessibility(&description);
     }
 

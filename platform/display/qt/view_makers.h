@@ -8,6 +8,8 @@
 
 #include "start/window_module.h"
 
+class QTreeView;
+
 namespace platform::qt {
 
 // Makes the view for the control's kind. Null for a kind that isn't shown.
@@ -30,5 +32,8 @@ TopView* makeMessageView(const window::WindowState& state, const UserInput& inpu
 // tree_accessible.cpp: shows screen readers each tree view with a TreeItemsModel as a tree whose items can be
 // partly marked. Repeated calls change nothing.
 void useTreeAccessible();
+// The current item of the tree was expanded or collapsed. The toolkit passes no such event on, so a screen reader gets
+// the item as a new object with the focus, and reads it with its new state.
+void reportExpansion(QTreeView& tree);
 
 }  // namespace platform::qt

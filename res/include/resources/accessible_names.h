@@ -1,6 +1,5 @@
-// accessible_names.h - the meaning of the pictures, for screen readers: the buttons of the toolbar and the images of
-// the tree. A picture is named by the number of its bitmap and its cell in that. The program itself has no texts for
-// them.
+// accessible_names.h - what a screen reader says where the program itself has no text: for the pictures of the toolbar
+// and of the tree, which are named by the number of their bitmap and their cell in that, and for some controls.
 #pragma once
 
 #include <array>
@@ -49,6 +48,33 @@ inline constexpr std::array<AccessibleName, 23> AccessibleNames = {{
     {106, 3, u"Filter"},
     {106, 4, u"Options"},
 }};
+
+// A control of the window with that caption. The nearest text beside it is its name, unless there is one here.
+struct ControlName {
+    std::u16string_view caption;
+    int id;
+    std::u16string_view name;   // empty: as without this row
+    std::u16string_view group;  // what the control belongs to; empty: nothing, or the group box around it
+};
+
+inline constexpr std::array<ControlName, 7> ControlNames = {{
+    {u"KORV Quillbox", 102, u"Items on the device", u""},
+    {u"File filter", 1015, u"Extensions", u"Show only files with these extensions"},
+    {u"File filter", 1016, u"New extension", u"Show only files with these extensions"},
+    {u"File filter", 1021, u"", u"Hide files with these attributes"},
+    {u"File filter", 1026, u"", u"Hide files with these attributes"},
+    {u"File filter", 1027, u"", u"Hide files with these attributes"},
+    {u"File filter", 1028, u"", u"Hide files with these attributes"},
+}};
+
+[[nodiscard]] constexpr ControlName findControlName(std::u16string_view caption, int id)
+{
+    for (const ControlName& name : ControlNames) {
+        if (name.caption == caption && name.id == id)
+            return name;
+    }
+    return {caption, id, {}, {}};
+}
 
 // An empty name without a mark if the cell has none.
 [[nodiscard]] constexpr AccessibleName findAccessibleName(std::uint16_t bitmap, int cell)
