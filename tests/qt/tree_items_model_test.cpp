@@ -20,8 +20,9 @@ class TreeItemsModelTest : public testing::Test {
 protected:
     ~TreeItemsModelTest() override { DestroyWindow(tree_); }
 
-    HTREEITEM add(HTREEITEM above, std::u16string text, HTREEITEM after = TVI_LAST) const
+    HTREEITEM add(HTREEITEM above, const std::string& name, HTREEITEM after = TVI_LAST) const
     {
+        std::u16string text(name.begin(), name.end());
         TVINSERTSTRUCTW insert = {};
         insert.hParent = above;
         insert.hInsertAfter = after;
@@ -65,7 +66,8 @@ TEST_F(TreeItemsModelTest, RowsAreThoseOfTheTreeAfterAnyChanges)
                 remove(some);
                 all.clear();  // the items below it are gone too
             } else {
-                add(random() % 3 == 0 ? TVI_ROOT : some, u"item", random() % 2 == 0 ? TVI_FIRST : TVI_LAST);
+                const HTREEITEM positions[] = {TVI_FIRST, TVI_LAST, TVI_SORT, some};
+                add(random() % 3 == 0 ? TVI_ROOT : some, std::to_string(random()), positions[random() % 4]);
             }
         }
         take();
@@ -80,7 +82,7 @@ TEST_F(TreeItemsModelTest, RowsAreThoseOfTheTreeAfterAnyChanges)
 
 TEST_F(TreeItemsModelTest, ManyItemsAreInsertedAndRemovedAsOneChange)
 {
-    const HTREEITEM folder = add(TVI_ROOT, u"one\ntwo");
+    const HTREEITEM folder = add(TVI_ROOT, "one\ntwo");
     take();
     const QModelIndex index = model_.indexOf(folder);
     EXPECT_EQ(index.data().toString(), QString::fromUtf16(u"one\u240atwo"));
@@ -88,7 +90,7 @@ TEST_F(TreeItemsModelTest, ManyItemsAreInsertedAndRemovedAsOneChange)
     QSignalSpy inserted(&model_, &QAbstractItemModel::rowsInserted);
     QSignalSpy removed(&model_, &QAbstractItemModel::rowsRemoved);
     for (int i = 0; i < 20000; ++i)
-        add(folder, u"file");
+        add(folder, "file", i % 2 == 0 ? TVI_LAST : TVI_FIRST);
     take();
     EXPECT_EQ(inserted.count(), 1);
     EXPECT_EQ(model_.rowCount(index), 20000);

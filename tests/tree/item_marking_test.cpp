@@ -15,16 +15,6 @@ using testing::IsEmpty;
 
 class ItemMarkingTest : public TreeTest {};
 
-TEST_F(ItemMarkingTest, TreeBeginsWithThreeCollapsedItems)
-{
-    EXPECT_THAT(listed(""), ElementsAre("Databases", "Files", "Registry"));
-    EXPECT_TRUE(hasButton("Databases") && hasButton("Files") && !hasButton("Registry"));
-    EXPECT_EQ(marks("Databases") + " " + marks("Files") + " " + marks("Registry"),
-              "Databases:0:0 Files:2:0 Registry:15:0");
-    EXPECT_EQ(ToggleItem(nullptr), 1U);
-    EXPECT_EQ(RefreshMarks(nullptr), 1U);
-}
-
 TEST_F(ItemMarkingTest, OneClickIsOneToggleWhateverIsSelected)
 {
     write({"a", "ab"});
@@ -65,21 +55,6 @@ TEST_F(ItemMarkingTest, ClickOnTheIconMarksLikeOneOnTheLabelAndOneBesideThemOnly
     clickButton("Files\\F");  // collapsing it selects it
     EXPECT_EQ(selected(), "F");
     EXPECT_EQ(markedFiles(), "\\F\\b \\a");
-}
-
-TEST_F(ItemMarkingTest, ArrowKeysToggleTheItemThatTheySelect)
-{
-    write({"a", "b", "c"});
-    open("Files");
-    click("Files");
-    for (int i = 0; i < 3; i++)
-        press(VK_DOWN);
-    EXPECT_EQ(markedFiles(), "\\a \\b \\c");
-    press(VK_UP);
-    press(VK_UP);
-    press(VK_LEFT);  // to "Files", which is not toggled
-    EXPECT_EQ(markedFiles(), "\\" + listed("Files").back());
-    EXPECT_EQ(selected(), "Files");
 }
 
 TEST_F(ItemMarkingTest, FoldersAboveCountTheirFiles)

@@ -3,7 +3,6 @@
 #include "set/set_state.h"
 #include "tree/tree_model.h"
 #include "tree_fixture.h"
-#include "window/core.h"
 #include "window/display.h"
 
 #include "resource/resource_file.h"
@@ -12,7 +11,6 @@
 #include "ce/command_bands.h"
 #include "ce/winmain.h"
 
-#include <chrono>
 #include <future>
 #include <thread>
 #include <utility>
@@ -44,16 +42,6 @@ protected:
     HWND window = nullptr;
     std::future<int> program;
 };
-
-TEST_F(MainWindowTest, ImagesOfTheTopItemsFollowTwiceASecond)
-{
-    const Lock lock(coreMutex);
-    const std::vector<Timer>& timers = findWindow(window)->thread->timers;
-    ASSERT_EQ(timers.size(), 1U);
-    EXPECT_EQ(timers[0].window, window);
-    EXPECT_EQ(timers[0].id, 1U);
-    EXPECT_EQ(timers[0].period, std::chrono::milliseconds(500));
-}
 
 TEST_F(MainWindowTest, TreeFillsTheWindowBelowItsBands)
 {

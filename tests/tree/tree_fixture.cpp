@@ -131,11 +131,6 @@ void TreeTest::click(const std::string& path, TreePart part)
     SendMessageW(gTreeView, InputClick, reinterpret_cast<WPARAM>(clicked), static_cast<LPARAM>(part));
 }
 
-void TreeTest::press(WORD key)
-{
-    SendMessageW(gTreeView, WM_KEYDOWN, key, 0);
-}
-
 void TreeTest::open(const std::string& path)
 {
     for (std::size_t end = 0; end != std::string::npos;) {

@@ -29,10 +29,9 @@ protected:
 
     // An item by the texts from a top item on: "Files\\A\\b.txt". Null if it isn't listed.
     static HTREEITEM item(const std::string& path);
-    // What the user does: a click on the label or on another part, a key.
+    // What the user does: a click on the label or on another part.
     static void click(const std::string& path, platform::window::TreePart part = platform::window::TreePart::Label);
     static void clickButton(const std::string& path) { click(path, platform::window::TreePart::Button); }
-    static void press(WORD key);
     // Expands each folder on the way that is collapsed.
     static void open(const std::string& path);
     // Collapses "Files" and lists it again down to that folder.
