@@ -15,7 +15,6 @@
 namespace platform::device {
 
 namespace fs = std::filesystem;
-using host::Descriptor;
 using namespace std::chrono_literals;
 
 namespace {
