@@ -103,6 +103,7 @@ TEST_F(WindowTripTest, RestoreThatAsksIsAnsweredOnceOrStoppedByClosingTheWindow)
     EXPECT_EQ(contentOf(file), before);
 
     QMessageBox& question = restoreAll();
+    EXPECT_FALSE(question.isModal()) << "the window manager's request to close would be dropped";
     await(MainTitle).close();
     EXPECT_EQ(nameOf(*question.focusWidget()), "Stop the run and close");
     press(question, Qt::Key_Return);

@@ -71,10 +71,10 @@ public:
     MessageView(const WindowState& state, const UserInput& input, QWidget* owner)
         : QMessageBox(owner), TopView(state.window, input)
     {
-        if (state.jobQuestion && owner)
+        const bool offersToClose = state.jobQuestion && owner;
+        setWindowModality(offersToClose ? Qt::NonModal : Qt::WindowModal);
+        if (offersToClose)
             new BlockedOwner(*owner, *this, [this] { offerToClose(); });
-        else
-            setWindowModality(Qt::WindowModal);
         if (!(state.style & WS_SYSMENU))
             setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint);  // no close box
         setAttribute(Qt::WA_KeyboardFocusChange);
