@@ -4,7 +4,6 @@
 #include "keys.h"
 #include "plain_style.h"
 #include "readable_palette.h"
-#include "resources/accessible_names.h"
 
 #include "ce/controls.h"
 #include "ce/dialog.h"
@@ -12,7 +11,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QGroupBox>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -205,60 +203,6 @@ double DialogView::stretchFor(const DialogUnits& units) const
             stretch = std::max(stretch, control.view->leastWidth() / width);
     }
     return std::min(stretch, MostStretch);
-}
-
-// The name of a control without a text, and the group of one that belongs to a group.
-void DialogView::nameControls()
-{
-    for (const Control& control : controls_) {
-        QWidget& widget = control.view->widget();
-        const WindowKind kind = control.state.kind;
-        const QString caption = windowTitle();
-        const quillbox::ControlName known = quillbox::findControlName(fromQt(caption), control.state.id);
-        if (kind == WindowKind::ProgressBar)
-            widget.setAccessibleName(caption);  // the texts beside it change
-        else if (kind == WindowKind::Edit || kind == WindowKind::ListBox || kind == WindowKind::DatePicker)
-            widget.setAccessibleName(known.name.empty() ? nameFor(control) : toQt(std::u16string(known.name)));
-        const QString group = known.group.empty() ? groupAround(control) : toQt(std::u16string(known.group));
-        if (!group.isEmpty())
-            widget.setAccessibleDescription(group);
-    }
-}
-
-// The title of the group box around a button; empty if there is none.
-QString DialogView::groupAround(const Control& control) const
-{
-    if (control.state.kind != WindowKind::Button)
-        return {};
-    for (const Control& other : controls_) {
-        const auto* group = qobject_cast<const QGroupBox*>(&other.view->widget());
-        if (group && group != &control.view->widget() && group->geometry().contains(control.view->widget().geometry()))
-            return group->title();
-    }
-    return {};
-}
-
-// Names a control without a text by the nearest text before it in its row, or else by the nearest text above it. A
-// distance above counts the dialog's width more, so a text in the row always wins.
-QString DialogView::nameFor(const Control& control) const
-{
-    const QRect own = control.view->widget().geometry();
-    QString best = windowTitle();
-    int bestDistance = std::numeric_limits<int>::max();
-    for (const Control& other : controls_) {
-        const QString label = other.view->label();
-        const QRect there = other.view->widget().geometry();
-        if (label.isEmpty() || !other.state.visible || there.top() > own.bottom() || there.left() > own.right())
-            continue;
-        const bool inRow = there.center().y() >= own.top() && there.center().y() <= own.bottom();
-        const int distance = inRow ? own.left() - there.left() : width() + own.top() - there.top();
-        const bool before = inRow ? there.left() < own.left() : there.bottom() <= own.top() + there.height() / 2;
-        if (before && distance < bestDistance) {
-            best = label;
-            bestDistance = distance;
-        }
-    }
-    return best;
 }
 
 const DialogView::Control* DialogView::controlOf(const QWidget* widget) const
