@@ -6,6 +6,10 @@
 
 #include <QDateEdit>
 #include <QFocusEvent>
+#include <QLineEdit>
+#include <QStyleOption>
+
+#include <algorithm>
 
 namespace platform::qt {
 
@@ -41,11 +45,25 @@ public:
             followDate();
     }
 
-    int leastWidth() const override { return sizeHint().width(); }
-    // The program's height is too small for the fonts of today.
+    // The toolkit's hint is that of a spin box, and some styles draw the arrow of the calendar wider.
+    int leastWidth() const override
+    {
+        QStyleOptionComboBox box;
+        box.initFrom(this);
+        box.editable = true;
+        box.rect = QRect(QPoint(), sizeHint());
+        const QRect field = style()->subControlRect(QStyle::CC_ComboBox, &box, QStyle::SC_ComboBoxEditField, this);
+        QStyleOptionFrame frame;
+        frame.initFrom(lineEdit());
+        const QSize text(widestDate() + 2 * fontMetrics().averageCharWidth(), fontMetrics().height());
+        const int needed = style()->sizeFromContents(QStyle::CT_LineEdit, &frame, text, lineEdit()).width();
+        return std::max(box.rect.width(), needed + box.rect.width() - field.width());
+    }
+    // The program's height is too small for the fonts of today. There is free space to the left.
     QRect geometryIn(const QRect& rect) const override
     {
         QRect whole = rect;
+        whole.setLeft(std::min(rect.left(), rect.right() + 1 - leastWidth()));
         whole.setHeight(std::max(rect.height(), sizeHint().height()));
         return whole;
     }
@@ -75,6 +93,16 @@ protected:
     }
 
 private:
+    int widestDate() const
+    {
+        int widest = 0;
+        for (int month = 1; month <= 12; ++month) {
+            const QString text = locale().toString(QDate(2028, month, 28), displayFormat());
+            widest = std::max(widest, fontMetrics().horizontalAdvance(text));
+        }
+        return widest;
+    }
+
     // Completes a year of two digits, which the toolkit would drop: the result is at most YearsAhead years in the
     // future.
     void completeYear()
