@@ -1,6 +1,7 @@
 #include "set/list_reader.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -83,6 +84,27 @@ bool ReadListEntry(ListReader& reader, ListEntry& entry)
     entry.endOffset = offsets[1];
     entry.blobBytes = SetEntryOffsets(entry.blob, entry.startOffset, entry.endOffset);
     return true;
+}
+
+PeekedEntry PeekListEntry(const ListReader& reader)
+{
+    constexpr DWORD HeadBytes = KindBytes + sizeof(DWORD);
+    constexpr DWORD EndBytes = 2 * sizeof(DWORD);
+    const BYTE* const next = reader.buffer + reader.next;
+    const DWORD buffered = reader.filled - reader.next;
+    DWORD length = 0;
+    if (buffered < HeadBytes)
+        return {};
+    std::memcpy(&length, next + KindBytes, sizeof length);
+    if (length == 0 || length > NameChars || buffered < HeadBytes + length * sizeof(WCHAR) + EndBytes)
+        return {};
+    const auto nameBytes = static_cast<DWORD>(length * sizeof(WCHAR));
+    return {next[0], next + HeadBytes, nameBytes, HeadBytes + nameBytes + EndBytes};
+}
+
+void SkipPeekedEntry(ListReader& reader, const PeekedEntry& entry)
+{
+    reader.next += entry.entryBytes;
 }
 
 bool NameIsUsable(const ListEntry& entry)
