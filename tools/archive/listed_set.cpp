@@ -8,6 +8,7 @@
 #include "ce/file.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace archive {
 
@@ -48,6 +49,24 @@ bool ListedSet::next(Item& item)
         return false;
     item.number = ++items_;
     return true;
+}
+
+// One search in the buffer serves for all entries before the place that it finds.
+bool ListedSet::nextWith(std::u16string_view part, Item& item)
+{
+    const BYTE* const end = reader_->buffer + reader_->filled;
+    const void* hit = nullptr;
+    for (PeekedEntry entry = PeekListEntry(*reader_); entry.entryBytes != 0; entry = PeekListEntry(*reader_)) {
+        if (!hit || hit < entry.name)
+            hit = ::memmem(entry.name, static_cast<std::size_t>(end - entry.name), part.data(),
+                           part.size() * sizeof(char16_t));
+        hit = hit ? hit : end;
+        if (entry.kind == ItemKindRegistry || hit < entry.name + entry.nameBytes)
+            break;
+        SkipPeekedEntry(*reader_, entry);
+        items_++;
+    }
+    return next(item);
 }
 
 }  // namespace archive

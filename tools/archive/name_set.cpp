@@ -5,7 +5,7 @@
 namespace archive {
 
 // The halves come from two unrelated functions: the library's hash, and FNV-1a over the characters.
-NameSet::Hash::Hash(BYTE kind, std::u16string_view name)
+NameHash::NameHash(BYTE kind, std::u16string_view name)
     : first(std::hash<std::u16string_view>{}(name) + kind), second(0xCBF29CE484222325 ^ kind)
 {
     for (const char16_t unit : name)

@@ -163,12 +163,30 @@ private:
     DWORD dataBytes_ = 0;  // end offset of the previous item
 };
 
+class FirstFault final : public CheckSink {
+public:
+    void fault(const Item* item, const std::string& reason) override
+    {
+        if (text.empty())
+            text = item ? item->text() + ": " + reason : reason;
+    }
+
+    std::string text;
+};
+
 }  // namespace
 
 SetState checkSet(const OpenedSet& set, CheckSink& sink, SealUse seal)
 {
     const SealCheck checked = seal == SealUse::Checked ? checkSeal(set.files(), set.mounted()) : SealCheck{};
     return Verification(set.list(), set.mounted().dataPath, sink).run(checked);
+}
+
+std::string firstFaultOf(const OpenedSet& set, SealUse seal)
+{
+    FirstFault fault;
+    checkSet(set, fault, seal);
+    return fault.text;
 }
 
 }  // namespace archive

@@ -3,12 +3,15 @@
 #include "archive/opened_set.h"
 #include "archive/set_search.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <numeric>
 #include <optional>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -20,15 +23,21 @@ constexpr std::int64_t NearMinutes = 36 * 60;  // a day and a half, because the 
 
 enum class Order { DayFirst, MonthFirst };
 
+}  // namespace
+
 // The date in a comment, as far as it is known.
-struct Dated {
-    std::string folder;
+struct SetDates::Dated {
     std::array<unsigned, 2> dayAndMonth{};  // in the order of the comment
     SetDate date;
     SetDate fileTime;
     bool hasDate = false;
     std::optional<Order> order;  // nothing: both are possible, or the day equals the month
+    bool byNeighbours = false;   // it can't decide others
+
+    bool isAmbiguous() const { return hasDate && !order && dayAndMonth[0] != dayAndMonth[1]; }
 };
+
+namespace {
 
 bool exists(const SetDate& date)
 {
@@ -37,6 +46,7 @@ bool exists(const SetDate& date)
         .ok();
 }
 
+template <class Dated>
 SetDate inOrder(const Dated& dated, Order order)
 {
     SetDate date = dated.date;
@@ -45,6 +55,7 @@ SetDate inOrder(const Dated& dated, Order order)
     return date;
 }
 
+template <class Dated>
 void settle(Dated& dated, Order order, DateSource source)
 {
     dated.date = inOrder(dated, order);
@@ -53,6 +64,7 @@ void settle(Dated& dated, Order order, DateSource source)
 }
 
 // Reads the date at the start of the comment. The texts of the program aren't translated.
+template <class Dated>
 void readComment(std::u16string_view comment, Dated& dated)
 {
     std::string ascii;
@@ -89,62 +101,18 @@ SetDate localTime(std::time_t time)
             DateSource::FileTime};
 }
 
-Dated readDate(const SetFiles& files)
-{
-    Dated dated;
-    dated.folder = files.folder;
-    struct stat status {};
-    if (::stat(pathOf(files).c_str(), &status) == 0)
-        dated.fileTime = localTime(status.st_mtime);
-    if (const OpenedSet set(files); set.isOpen())
-        readComment(set.list().comment(), dated);
-    if (!dated.hasDate)
-        dated.date = dated.fileTime;
-    return dated;
-}
-
-bool isAmbiguous(const Dated& dated)
-{
-    return dated.hasDate && !dated.order && dated.dayAndMonth[0] != dated.dayAndMonth[1];
-}
-
 bool isNear(const SetDate& left, const SetDate& right)
 {
     return std::abs(left.minutes() - right.minutes()) <= NearMinutes;
 }
 
+template <class Dated>
 void decideByFileTime(Dated& dated)
 {
     const bool dayFirst = isNear(inOrder(dated, Order::DayFirst), dated.fileTime);
     const bool monthFirst = isNear(inOrder(dated, Order::MonthFirst), dated.fileTime);
     if (dayFirst != monthFirst)
         settle(dated, dayFirst ? Order::DayFirst : Order::MonthFirst, DateSource::FileOrder);
-}
-
-// The order of the nearest set in the same folder whose order is known. Of two as near, the one before counts.
-std::optional<Order> orderBeside(const std::vector<Dated>& all, std::size_t at, const std::vector<bool>& known)
-{
-    for (std::size_t distance = 1; distance < all.size(); distance++) {
-        const auto isUsable = [&](std::size_t other) { return known[other] && all[other].folder == all[at].folder; };
-        if (at >= distance && isUsable(at - distance))
-            return all[at - distance].order;
-        if (at + distance < all.size() && isUsable(at + distance))
-            return all[at + distance].order;
-    }
-    return std::nullopt;
-}
-
-void decideByNeighbours(std::vector<Dated>& all)
-{
-    std::vector<bool> known;
-    for (const Dated& dated : all)
-        known.push_back(dated.order.has_value());
-    for (std::size_t at = 0; at < all.size(); at++) {
-        if (!isAmbiguous(all[at]))
-            continue;
-        const auto order = orderBeside(all, at, known);
-        settle(all[at], order.value_or(Order::DayFirst), order ? DateSource::NeighbourOrder : DateSource::AssumedOrder);
-    }
 }
 
 }  // namespace
@@ -189,19 +157,60 @@ std::string SetDate::textWithDoubt() const
     return doubt().empty() ? text() : text() + " (" + std::string(doubt()) + ")";
 }
 
-std::vector<SetDate> datesOf(const std::vector<SetFiles>& sets)
+SetDates::SetDates(std::vector<SetFiles> sets) : sets_(std::move(sets)), dates_(sets_.size()) {}
+
+SetDates::~SetDates() = default;
+
+const SetDate& SetDates::of(std::size_t set)
 {
-    std::vector<Dated> all;
-    for (const SetFiles& files : sets) {
-        all.push_back(readDate(files));
-        if (isAmbiguous(all.back()))
-            decideByFileTime(all.back());
+    if (read(set).isAmbiguous())
+        decideByNeighbours(set);
+    return dates_[set]->date;
+}
+
+SetDates::Dated& SetDates::read(std::size_t set)
+{
+    if (dates_[set])
+        return *dates_[set];
+    dates_[set] = std::make_unique<Dated>();
+    Dated& dated = *dates_[set];
+    struct stat status {};
+    if (::stat(pathOf(sets_[set]).c_str(), &status) == 0)
+        dated.fileTime = localTime(status.st_mtime);
+    if (const OpenedSet opened(sets_[set]); opened.isOpen())
+        readComment(opened.list().comment(), dated);
+    if (!dated.hasDate)
+        dated.date = dated.fileTime;
+    else if (dated.isAmbiguous())
+        decideByFileTime(dated);
+    return dated;
+}
+
+// The nearest set in the same folder whose own date or time shows the order decides. Of two as near, the one before.
+void SetDates::decideByNeighbours(std::size_t set)
+{
+    std::optional<Order> order;
+    const auto ask = [&](std::size_t other) {
+        if (order || other >= sets_.size() || sets_[other].folder != sets_[set].folder)
+            return;
+        if (const Dated& dated = read(other); !dated.byNeighbours)
+            order = dated.order;
+    };
+    for (std::size_t distance = 1; distance < sets_.size() && !order; distance++) {
+        ask(set - distance);  // wraps below the first set, to an index that no set has
+        ask(set + distance);
     }
-    decideByNeighbours(all);
-    std::vector<SetDate> dates;
-    for (const Dated& dated : all)
-        dates.push_back(dated.date);
-    return dates;
+    Dated& dated = *dates_[set];
+    settle(dated, order.value_or(Order::DayFirst), order ? DateSource::NeighbourOrder : DateSource::AssumedOrder);
+    dated.byNeighbours = true;
+}
+
+std::vector<std::size_t> byDate(SetDates& dates, std::size_t sets)
+{
+    std::vector<std::size_t> order(sets);
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, {}, [&](std::size_t set) { return dates.of(set).minutes(); });
+    return order;
 }
 
 }  // namespace archive

@@ -115,15 +115,22 @@ std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& roo
     set.listPath = folder + platform::text::toDeviceName(files.listName);
     set.dataPath = folder + platform::text::toDeviceName(files.dataName);
     set.sumPath = folder + platform::text::toDeviceName(files.sumName);
-    if (!addMount({u"", openFolder(root), false, std::nullopt}) ||
+    const bool hasRoot = platform::file::rootFolder() >= 0;
+    if ((!hasRoot && !addMount({u"", openFolder(root), false, std::nullopt})) ||
         !addMount({set.folder, openFolder(files.folder), false, std::nullopt}))
         return std::nullopt;
     return set;
 }
 
+SetMount::SetMount(const SetFiles& files, const std::string& root) : set_(mountSet(files, root))
+{
+    mounted_++;
+}
+
 SetMount::~SetMount()
 {
-    platform::file::removeAllMounts();
+    if (--mounted_ == 0)
+        platform::file::removeAllMounts();
 }
 
 OpenFile::OpenFile(const std::u16string& path, DWORD access, DWORD creation)

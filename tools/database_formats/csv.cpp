@@ -1,10 +1,10 @@
 #include "csv.h"
 
 #include "csv_row.h"
+#include "database_formats/property_names.h"
 #include "database_formats/record.h"
 #include "database_formats/value_text.h"
 #include "hex_digits.h"
-#include "property_names.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "property_names.h"
+#include "database_formats/property_names.h"
 
 #include "hex_digits.h"
 

@@ -24,17 +24,6 @@ using screen_text::onScreen;
 
 namespace {
 
-class FirstFault final : public CheckSink {
-public:
-    void fault(const Item* item, const std::string& reason) override
-    {
-        if (text.empty())
-            text = item ? item->text() + ": " + reason : reason;
-    }
-
-    std::string text;
-};
-
 // Returns the reason of a failure, or an empty text.
 std::string writeSeal(const SetFiles& files, const std::string& text)
 {
@@ -63,10 +52,9 @@ Outcome seal(const SetFiles& files, bool force)
     // The digests are taken first, so that a change during the check can't get a seal.
     const auto list = digestOfFile(set.mounted().listPath);
     const auto data = digestOfFile(set.mounted().dataPath);
-    FirstFault fault;
-    checkSet(set, fault, SealUse::Ignored);
-    if (!fault.text.empty() || !list || !data)
-        return {false, "is unsound, so it isn't sealed: " + fault.text};
+    const std::string fault = firstFaultOf(set, SealUse::Ignored);
+    if (!fault.empty() || !list || !data)
+        return {false, "is unsound, so it isn't sealed: " + fault};
     const std::string failure = writeSeal(files, sealText(files, *list, *data));
     return failure.empty() ? Outcome{true, "sealed"} : Outcome{false, "can't be sealed: " + failure};
 }

@@ -46,6 +46,10 @@ public:
     // Reads the next item. False at the end.
     [[nodiscard]] bool next(Item& item);
 
+    // Reads the next item whose name has these characters in it, or that is the registry. It may also return others.
+    // Names are compared in the buffer of the list, so that a search through many sets is fast.
+    [[nodiscard]] bool nextWith(std::u16string_view part, Item& item);
+
     // Valid only at the end.
     DWORD bytesAfterItems() const { return reader_->bytesBehindEntries; }
     [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }

@@ -9,7 +9,7 @@
 
 namespace archive {
 
-// Only one object at a time, because they share the name space.
+// Several sets that are open at the same time have the root of the first one.
 class OpenedSet {
 public:
     // The folder `root` becomes the root of the name space. Empty: the set's own folder.

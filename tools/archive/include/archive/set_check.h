@@ -34,4 +34,7 @@ enum class SealUse { Checked, Ignored };
 // Reads the whole set, from which no item was read before. A sealed set that was changed is unsound.
 SetState checkSet(const OpenedSet& set, CheckSink& sink, SealUse seal = SealUse::Checked);
 
+// The first fault of the set, with its item. Empty if the set is sound.
+std::string firstFaultOf(const OpenedSet& set, SealUse seal = SealUse::Checked);
+
 }  // namespace archive

@@ -4,6 +4,7 @@
 #include "archive/set_files.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,7 +39,28 @@ struct SetDate {
     std::string textWithDoubt() const;
 };
 
-// The dates of the sets, in their order. Reads the comment of each. A set that can't be read has the time of its file.
-std::vector<SetDate> datesOf(const std::vector<SetFiles>& sets);
+// The dates of several sets. The comment of a set is read when its date, or one that it decides, is asked for. No set
+// may be open then. A set that can't be read has the time of its file.
+class SetDates {
+public:
+    explicit SetDates(std::vector<SetFiles> sets);
+    SetDates(const SetDates&) = delete;
+    SetDates& operator=(const SetDates&) = delete;
+    ~SetDates();
+
+    const SetDate& of(std::size_t set);
+
+private:
+    struct Dated;
+
+    Dated& read(std::size_t set);
+    void decideByNeighbours(std::size_t set);
+
+    std::vector<SetFiles> sets_;
+    std::vector<std::unique_ptr<Dated>> dates_;
+};
+
+// The indexes of the sets, the oldest first. Sets of one date are in their order.
+std::vector<std::size_t> byDate(SetDates& dates, std::size_t sets);
 
 }  // namespace archive

@@ -37,14 +37,14 @@ struct MountedSet {
     std::u16string sumPath;
 };
 
-// Makes the host's folder `root` the root of the name space, and mounts the set's folder in it. Nothing if a folder
-// can't be opened, or a file's name can't be a name on a device.
+// Makes the host's folder `root` the root of the name space unless there is one, and mounts the set's folder in it.
+// Nothing if a folder can't be opened, or a file's name can't be a name on a device.
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
 
-// Mounts a set as mountSet() does. The destructor removes all mounts, so there is one object at a time.
+// Mounts a set as mountSet() does. When the last object is destroyed, all mounts are removed.
 class SetMount {
 public:
-    SetMount(const SetFiles& files, const std::string& root) : set_(mountSet(files, root)) {}
+    SetMount(const SetFiles& files, const std::string& root);
     SetMount(const SetMount&) = delete;
     SetMount& operator=(const SetMount&) = delete;
     ~SetMount();
@@ -53,6 +53,8 @@ public:
     const MountedSet& operator*() const { return *set_; }
 
 private:
+    static inline int mounted_ = 0;
+
     std::optional<MountedSet> set_;
 };
 

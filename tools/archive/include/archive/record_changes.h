@@ -1,0 +1,76 @@
+// record_changes.h - what has changed between two states of the records of a database.
+#pragma once
+
+#include "archive/digest.h"
+#include "archive/item_content.h"
+#include "archive/record_content.h"
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace archive {
+
+struct Field {
+    std::string name;   // "LastName"
+    std::string value;  // short (shown_value.h)
+};
+
+struct RecordText {
+    Digest digest;
+    std::string title;     // "Berta Meyer", a subject, or "record 3"
+    std::string identity;  // what identifies a contact, an appointment or a task. Empty for other records.
+    std::vector<Field> fields;
+};
+
+// A field that is missing before or after has no value there.
+struct FieldChange {
+    std::string name;
+    std::optional<std::string> before;
+    std::optional<std::string> after;
+};
+
+enum class Change { Added, Removed, Changed };
+
+struct RecordChange {
+    Change change;
+    std::string title;
+    std::vector<FieldChange> fields;
+};
+
+// Records are matched by their content first, then by their identities.
+std::vector<RecordChange> changesOf(const std::vector<RecordText>& before, const std::vector<RecordText>& after);
+
+// Each digest that `left` has more often than `right`, as often as that.
+std::vector<Digest> moreIn(std::vector<Digest> left, std::vector<Digest> right);
+
+// Collects the records of a database. Records without properties don't count, because a restore leaves them out.
+class RecordCollector final : public ContentSink {
+public:
+    // Whether to keep the text of a record. Without it only the digests are kept, 32 bytes each.
+    using Wanted = std::function<bool(const Digest& digest, std::span<const CEPROPVAL> properties)>;
+
+    explicit RecordCollector(Wanted wanted) : wanted_(std::move(wanted)) {}
+
+    void head(const ImageReport& image) override;
+    void record(unsigned number, std::span<const CEPROPVAL> properties) override;
+
+    DWORD type() const { return type_; }
+    // Each as its property and its flags.
+    const std::vector<std::pair<CEPROPID, DWORD>>& sortOrders() const { return sortOrders_; }
+
+    std::vector<Digest> digests;
+    std::vector<RecordText> texts;
+
+private:
+    Wanted wanted_;
+    RecordHasher hasher_;
+    DWORD type_ = 0;
+    std::vector<std::pair<CEPROPID, DWORD>> sortOrders_;
+    unsigned records_ = 0;
+};
+
+}  // namespace archive

@@ -1,0 +1,36 @@
+// registry_values.h - the keys and values of a registry item, for comparisons.
+#pragma once
+
+#include "archive/item_content.h"
+
+#include <compare>
+#include <map>
+#include <string>
+
+namespace archive {
+
+// A key itself has no name. A key is before its values.
+struct RegistryPlace {
+    std::u16string key;
+    bool isValue = false;
+    std::u16string name;  // of the value. Empty for the default value.
+
+    auto operator<=>(const RegistryPlace&) const = default;
+};
+
+// The texts of the values are short (shown_value.h). That of a key is empty.
+class RegistryValues final : public ContentSink {
+public:
+    bool key(const platform::registry::KeyPath& path) override;
+    bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) override;
+
+    std::map<RegistryPlace, std::string> places;
+
+private:
+    std::u16string key_;
+};
+
+// For the screen: the path of the key in brackets, and after it the name of the value in quotes.
+std::string onScreen(const RegistryPlace& place);
+
+}  // namespace archive

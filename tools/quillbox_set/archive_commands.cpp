@@ -1,0 +1,163 @@
+#include "archive_commands.h"
+
+#include "archive/set_folder.h"
+#include "comparison.h"
+#include "finding.h"
+#include "history.h"
+#include "pruning.h"
+#include "result_line.h"
+#include "screen_text/screen_text.h"
+#include "sealing.h"
+#include "verification.h"
+
+#include <memory>
+#include <optional>
+
+namespace quillbox_set {
+
+using namespace archive;
+
+namespace {
+
+struct PruneOptions {
+    KeepRules keep;
+    std::string within;
+    bool dryRun = false;
+};
+
+int verifyAll(const CommandLine& line)
+{
+    const std::optional<SetFiles> set = line.where.size() == 1 ? findSet(line.where[0]) : std::nullopt;
+    return set ? verifySet(*set, line.json) : verifySets(line.found(), line.json);
+}
+
+int compared(const CommandLine& line, bool patch)
+{
+    const std::optional<SetFiles> older = findSet(line.set);
+    const std::optional<SetFiles> newer = findSet(line.second);
+    if (!older || !newer)
+        return reportNoSet(older ? line.second : line.set);
+    return compareSets(*older, *newer, patch, line.json);
+}
+
+int prunedBy(const CommandLine& line, PruneOptions& options)
+{
+    if (!options.within.empty())
+        options.keep.within = withinFrom(options.within);
+    if (options.keep.areEmpty())
+        return reportTrouble("no rule says which sets to keep; see `quillbox-set prune --help`");
+    if (!findSets(line.second))
+        return reportTrouble("this is not a folder: " + screen_text::onScreen(line.second));
+    return pruneSets(searchSets({line.second}, false), options.keep, options.dryRun, line.json);
+}
+
+void addVerify(CLI::App& app, CommandLine& line)
+{
+    CLI::App* verify = app.add_subcommand("verify", "checks everything that can be checked, and prints each fault");
+    addWhere(*verify, line);
+    verify->footer(
+        "A set has no checksums. It is sound if every item can be unpacked, and each database and the registry can be\n"
+        "read to the end. A changed byte in the content of an item is found only if it prevents that, which most\n"
+        "changes of single bits don't. If the set was sealed (see `seal`), every changed byte is found.");
+    verify->callback([&line] { line.exitCode = verifyAll(line); });
+}
+
+void addSeal(CLI::App& app, CommandLine& line)
+{
+    CLI::App* seal = app.add_subcommand("seal", "writes the checksums of sound sets, in the format of sha256sum");
+    seal->add_option("SET", line.where, "as WHERE of `verify`")->required();
+    seal->add_flag("--recursive", line.recursive, "searches folders in depth");
+    seal->add_flag("--force", line.force, "also seals sets that have changed since they were sealed");
+    seal->footer("QLBX0001.SUM is written beside QLBX0001.QLT. `sha256sum -c` checks it without this program.");
+    seal->callback([&line] { line.exitCode = sealSets(line.found(), line.force); });
+}
+
+void addFind(CLI::App& app, CommandLine& line)
+{
+    const auto options = std::make_shared<FindOptions>();  // the callback keeps them
+    CLI::App* find = app.add_subcommand("find", "finds items in sets by name, and by what is inside");
+    find->add_option(
+            "PATTERN", options->pattern,
+            "a name of items as in `list`, with / or \\; * and ? are wildcards; without / or \\ it also matches "
+            "the last part of a path")
+        ->required();
+    addWhere(*find, line);
+    find->add_option("--text", options->text,
+                     "words that are all in one record, in one value of the registry or in one line of a text file");
+    find->add_flag("--ignore-case", options->ignoreCase, "small and capital letters are the same");
+    find->footer("Prints the set, its date, the item, and where the words are. --json prints one object a line.\n"
+                 "Exit code: 0 found; 1 nothing found, or damage; 2 bad usage or no such file.");
+    find->callback([&line, options] {
+        options->json = line.json;
+        line.exitCode = findItems(line.found(), *options);
+    });
+}
+
+void addDiff(CLI::App& app, CommandLine& line)
+{
+    const auto patch = std::make_shared<bool>(false);
+    CLI::App* diff = app.add_subcommand("diff", "says what has changed between two sets");
+    diff->add_option("OLD", line.set, "as SET of `list`")->required();
+    diff->add_option("NEW", line.second, "as SET of `list`")->required();
+    diff->add_flag("--patch", *patch, "also prints text files as unified diffs");
+    addJson(*diff, line);
+    diff->footer("Exit code: 0 the sets are equal; 1 they differ; 2 trouble, such as damage.");
+    diff->callback([&line, patch] { line.exitCode = compared(line, *patch); });
+}
+
+void addHistory(CLI::App& app, CommandLine& line)
+{
+    const auto options = std::make_shared<HistoryOptions>();
+    const auto value = std::make_shared<std::vector<std::string>>();
+    CLI::App* history = app.add_subcommand("history", "shows one item over several sets, in the order of their dates");
+    history->add_option("ITEM", options->item, "its name as in `list`, with / or \\, or \"registry\"")->required();
+    addWhere(*history, line);
+    CLI::Option* record =
+        history->add_option("--record", options->record, "words of a record: shows the fields that changed");
+    history->add_option("--value", *value, "key and name of a value of the registry")->expected(2)->excludes(record);
+    history->callback([&line, options, value] {
+        options->json = line.json;
+        if (value->size() == 2)
+            options->value = {value->at(0), value->at(1)};
+        line.exitCode = showHistory(line.found(), *options);
+    });
+}
+
+void addPrune(CLI::App& app, CommandLine& line)
+{
+    const auto options = std::make_shared<PruneOptions>();
+    CLI::App* prune = app.add_subcommand("prune", "removes sets from a card, to free their numbers");
+    prune->add_option("STORAGE", line.second, "the folder of a card, or its folder QUILBOX")->required();
+    prune->add_option("--keep-last", options->keep.last, "keeps the last N sets");
+    prune->add_option("--keep-daily", options->keep.daily,
+                      "keeps the last set of each of the last N days that have one");
+    prune->add_option("--keep-weekly", options->keep.weekly, "the same for weeks, which begin on Monday");
+    prune->add_option("--keep-monthly", options->keep.monthly, "the same for months");
+    prune->add_option("--keep-yearly", options->keep.yearly, "the same for years");
+    prune
+        ->add_option("--keep-within", options->within,
+                     "keeps all sets that are newer than this before the newest one: 30d, 1y6m, 2w, 12h")
+        ->check([](const std::string& text) { return withinFrom(text) ? "" : "\"" + text + "\" is not a time"; });
+    prune->add_flag("--dry-run", options->dryRun, "only prints what would be done");
+    addJson(*prune, line);
+    prune->footer(
+        "Every set is verified first. The rules count the sound sets only, so no sound set goes in favour of a damaged "
+        "one.\n"
+        "Damaged sets and the newest sound set are never removed. A rule that finds fewer sets than it may keep also\n"
+        "keeps the oldest one.");
+    prune->callback([&line, options] { line.exitCode = prunedBy(line, *options); });
+}
+
+}  // namespace
+
+void addArchiveCommands(CLI::App& app, CommandLine& line)
+{
+    addVerify(app, line);
+    addSeal(app, line);
+    addFind(app, line);
+    addDiff(app, line);
+    addHistory(app, line);
+    addPrune(app, line);
+}
+
+}  // namespace quillbox_set

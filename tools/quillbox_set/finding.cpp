@@ -1,0 +1,148 @@
+#include "finding.h"
+
+#include "archive/long_work.h"
+#include "archive/opened_set.h"
+#include "archive/set_date.h"
+#include "exit_code.h"
+#include "result_line.h"
+#include "screen_text/screen_text.h"
+#include "text_search.h"
+
+#include "text/host_name.h"
+#include "text/wildcard.h"
+
+#include "ce/file.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace quillbox_set {
+
+using namespace archive;
+using screen_text::onScreen;
+
+namespace {
+
+// The longest part of the pattern without wildcards.
+std::u16string longestPlainPart(std::u16string_view pattern)
+{
+    std::u16string_view longest;
+    while (!pattern.empty()) {
+        const std::u16string_view part = pattern.substr(0, pattern.find_first_of(u"*?"));
+        longest = part.size() > longest.size() ? part : longest;
+        pattern.remove_prefix(std::min(part.size() + 1, pattern.size()));
+    }
+    return std::u16string(longest);
+}
+
+class Finding {
+public:
+    Finding(const FindOptions& options, std::size_t sets)
+        : options_(options), pattern_(nameFromUser(options.pattern)),
+          rule_(options.ignoreCase ? platform::text::Case::Ignored : platform::text::Case::Counts),
+          part_(options.ignoreCase ? u"" : longestPlainPart(pattern_)),
+          isPath_(pattern_.find(u'\\') != std::u16string::npos), words_(options.text, options.ignoreCase),
+          progress_(sets)
+    {
+    }
+
+    // `date` stays the caller's.
+    void searchSet(const SetFiles& files, const SetDate& date)
+    {
+        path_ = pathOf(files);
+        date_ = &date;
+        progress_.begin(path_);
+        const OpenedSet set(files);
+        if (!set.isOpen())
+            return report(set.trouble());
+        const OpenFile data(set.mounted().dataPath, GENERIC_READ, OPEN_EXISTING);
+        if (!data.isOpen() && !words_.isEmpty())
+            report("the data file is missing or can't be opened");
+        Item item;
+        while (set.list().nextWith(part_, item)) {
+            if (!matches(item))
+                continue;
+            if (words_.isEmpty())
+                print(item, "", nullptr);
+            else if (data.isOpen())
+                searchItem(data, item);
+        }
+        if (set.list().readFailed())
+            report("the list file couldn't be read to its end");
+    }
+
+    int exitCode() const { return failed_ || !found_ ? exitFaults : exitGood; }
+
+private:
+    bool matches(const Item& item) const
+    {
+        const std::u16string_view name = item.shownName();
+        if (platform::text::matchesWildcards(name, pattern_, rule_))
+            return true;
+        const std::size_t separator = name.rfind(u'\\');
+        return !isPath_ && separator != std::u16string_view::npos &&
+               platform::text::matchesWildcards(name.substr(separator + 1), pattern_, rule_);
+    }
+
+    void searchItem(const OpenFile& data, const Item& item)
+    {
+        progress_.at(item.number, 0);
+        TextSearch search(words_, [&](const std::string& text, const nlohmann::ordered_json& inside) {
+            print(item, ", " + text, inside);
+        });
+        const ContentReport content = readContent(data, item, search);
+        search.finish();
+        if (!content.fault.empty())
+            report(item.text() + ": " + content.fault);
+    }
+
+    void print(const Item& item, const std::string& where, const nlohmann::ordered_json& inside)
+    {
+        progress_.clear();
+        found_ = true;
+        if (!options_.json)
+            return printResult(false, nullptr,
+                               onScreen(path_) + "  " + date_->textWithDoubt() + "  " + item.text() + where);
+        nlohmann::ordered_json line = {{"set", jsonText(path_)}, {"date", date_->text()}};
+        if (!date_->doubt().empty())
+            line["doubt"] = date_->doubt();
+        line["kind"] = item.kindText();
+        line["item"] = platform::text::toUtf8(item.shownName());
+        if (!inside.is_null())
+            line["inside"] = inside;
+        printResult(true, line, "");
+    }
+
+    void report(const std::string& fault)
+    {
+        progress_.clear();
+        failed_ = true;
+        std::cerr << "quillbox-set: " << onScreen(path_) << ": " << fault << '\n';
+    }
+
+    const FindOptions& options_;
+    std::u16string pattern_;
+    platform::text::Case rule_;
+    std::u16string part_;  // characters that are in each name that matches
+    bool isPath_;
+    Words words_;
+    Progress progress_;
+    std::string path_;  // of the current set
+    const SetDate* date_ = nullptr;
+    bool found_ = false;
+    bool failed_ = false;
+};
+
+}  // namespace
+
+int findItems(const FoundSets& found, const FindOptions& options)
+{
+    const int code = reportFaults(found);
+    SetDates dates(found.sets);
+    Finding finding(options, found.sets.size());
+    for (std::size_t at = 0; at < found.sets.size(); at++)
+        finding.searchSet(found.sets[at], dates.of(at));
+    return std::max(code, finding.exitCode());
+}
+
+}  // namespace quillbox_set

@@ -1,0 +1,32 @@
+// words.h - searches a text of several parts, such as the properties of a record, for some words.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quillbox_set {
+
+class Words {
+public:
+    // The words are separated by blanks. With `ignoreCase` they match without case.
+    Words(std::string_view typed, bool ignoreCase);
+
+    bool isEmpty() const { return words_.empty(); }
+
+    // Forgets the parts.
+    void begin();
+    // Whether a word is in this part that was in none before.
+    bool add(std::u16string_view part);
+    // Whether the parts together have all words.
+    bool areAllFound() const { return found_ == words_.size(); }
+
+private:
+    bool ignoreCase_;
+    std::vector<std::u16string> words_;
+    std::vector<bool> isFound_;
+    std::size_t found_ = 0;
+    std::u16string folded_;
+};
+
+}  // namespace quillbox_set
