@@ -1,5 +1,7 @@
 // main.cpp - the command line of quillbox-device.
 
+#include "archive/long_work.h"
+#include "coverage.h"
 #include "database_commands.h"
 #include "device_commands.h"
 #include "failure.h"
@@ -27,6 +29,9 @@ struct CommandLine {
     std::string file = "-";
     std::optional<std::string> database;
     std::optional<std::uint64_t> capacity;
+    std::vector<std::string> where;
+    bool recursive = false;
+    int exitCode = exitGood;
     bool plainFolder = false;
     bool demonstration = false;
     bool force = false;
@@ -121,6 +126,18 @@ void addDatabases(CLI::App& app, CommandLine& line)
     });
 }
 
+void addCovered(CLI::App& app, CommandLine& line)
+{
+    CLI::App* covered = addCommand(app, line, "covered",
+                                   "says whether sound sets hold everything on the device, so that it may be erased");
+    covered->add_option("WHERE", line.where, "sets, or folders with sets such as a card")->required();
+    covered->add_flag("--recursive", line.recursive, "searches folders in depth");
+    covered->footer(
+        "Changes nothing on the device. Cards aren't compared, because they aren't erased with it.\n"
+        "Exit code: 0 everything is covered; 1 not everything, or a change meanwhile; 2 no such device or set.");
+    covered->callback([&line] { line.exitCode = showCoverage(line.device, line.where, line.recursive); });
+}
+
 int run(int count, char** arguments)
 {
     CLI::App app("Shows and changes a device. Quillbox must not be running on it.\n"
@@ -134,12 +151,13 @@ int run(int count, char** arguments)
     CLI::App* make = addCommand(app, line, "init", "makes a device of a folder that is missing or empty");
     make->add_flag("--demonstration", line.demonstration, "with sample content");
     make->callback([&line] { init(line.device, line.demonstration); });
+    addCovered(app, line);
     addCards(app, line);
     addRegistry(app, line);
     addDatabases(app, line);
     try {
         app.parse(count, arguments);
-        return exitGood;
+        return line.exitCode;
     } catch (const CLI::ParseError& error) {
         std::ostringstream said;
         const int code = app.exit(error, std::cout, said);
@@ -160,11 +178,14 @@ int report(const std::exception& error, int exitCode)
 int main(int count, char** arguments)
 {
     platform::kernel::secureStandardStreams();
+    archive::catchSignals();
     try {
         const int exitCode = run(count, arguments);
         if (!platform::kernel::standardOutputIsWritten())
             throw Failure("Standard output can't be written.");
         return exitCode;
+    } catch (const archive::Stopped&) {
+        archive::endBySignal();
     } catch (const Failure& failure) {
         return report(failure, failure.exitCode());
     } catch (const std::exception& error) {

@@ -1,0 +1,223 @@
+#include "coverage.h"
+
+#include "archive/long_work.h"
+#include "archive/opened_set.h"
+#include "archive/set_check.h"
+#include "archive/set_date.h"
+#include "archive/set_search.h"
+#include "device_content.h"
+#include "device_copy.h"
+#include "device_files.h"
+#include "failure.h"
+#include "screen_text/screen_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <iostream>
+#include <optional>
+
+#include <unistd.h>
+
+namespace quillbox_device {
+
+namespace fs = std::filesystem;
+using namespace archive;
+using screen_text::counted;
+using screen_text::onScreen;
+
+namespace {
+
+// Compares the files of one set with those of the device, byte for byte, while the set is checked. Its databases and
+// its registry are collected for a comparison afterwards.
+class SetComparison final : public CheckSink {
+public:
+    SetComparison(const DeviceFiles& files, const std::vector<bool>& isCovered, DeviceContent& content,
+                  Progress& progress)
+        : files_(files), isCovered_(isCovered), content_(content), progress_(progress)
+    {
+    }
+
+    void begin(const Item& item) override
+    {
+        progress_.at(item.number, 0);
+        file_.reset();
+        if (item.isDatabase())
+            content_.beginDatabase();
+        if (item.isRegistry())
+            content_.beginRegistry();
+        const auto found = item.isFile() ? files_.find(item.name()) : std::nullopt;
+        if (!found || isCovered_[*found] || !files_.all()[*found].fault.empty())
+            return;
+        file_ = *found;
+        opened_ = files_.open(*found);
+        isEqual_ = static_cast<bool>(opened_);
+    }
+
+    bool bytes(std::span<const std::byte> piece) override
+    {
+        if (!file_ || !isEqual_)
+            return true;  // the set is still checked
+        buffer_.resize(std::max(buffer_.size(), piece.size() + 1));
+        isEqual_ = readUpTo(piece.size()) && std::memcmp(buffer_.data(), piece.data(), piece.size()) == 0;
+        return true;
+    }
+
+    void head(const ImageReport& image) override { content_.head(image); }
+    void record(unsigned number, std::span<const CEPROPVAL> properties) override
+    {
+        content_.record(number, properties);
+    }
+    bool key(const platform::registry::KeyPath& path) override { return content_.key(path); }
+    bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) override
+    {
+        return content_.value(name, type, data);
+    }
+
+    void end(const Item& item, const ContentReport& content) override
+    {
+        if (item.isDatabase())
+            content_.endDatabase();
+        buffer_.resize(std::max<std::size_t>(buffer_.size(), 1));
+        if (file_ && isEqual_ && content.fault.empty() && isAtEnd())
+            equal_.push_back(*file_);
+        opened_ = {};
+    }
+
+    // The files of the device that the set holds, if it is sound.
+    const std::vector<std::size_t>& equal() const { return equal_; }
+
+private:
+    bool readUpTo(std::size_t bytes)
+    {
+        std::size_t done = 0;
+        while (done < bytes) {
+            const ssize_t read = ::read(opened_.get(), buffer_.data() + done, bytes - done);
+            if (read <= 0)
+                return false;
+            done += static_cast<std::size_t>(read);
+        }
+        return true;
+    }
+
+    bool isAtEnd() { return ::read(opened_.get(), buffer_.data(), 1) == 0; }
+
+    const DeviceFiles& files_;
+    const std::vector<bool>& isCovered_;
+    DeviceContent& content_;
+    Progress& progress_;
+    std::optional<std::size_t> file_;  // that is compared
+    platform::host::Descriptor opened_;
+    bool isEqual_ = false;
+    std::vector<std::byte> buffer_;
+    std::vector<std::size_t> equal_;
+};
+
+class Coverage {
+public:
+    explicit Coverage(const fs::path& device)
+        : device_(device), files_(device), copy_(device), isCovered_(files_.all().size(), false)
+    {
+        content_.readDevice();
+    }
+
+    void compareWith(const FoundSets& found)
+    {
+        SetDates dates(found.sets);
+        std::vector<std::size_t> order = byDate(dates, found.sets.size());
+        std::ranges::reverse(order);
+        Progress progress(order.size());
+        for (const std::size_t at : order) {
+            if (isComplete())
+                break;
+            progress.begin(pathOf(found.sets[at]));
+            compareWith(found.sets[at], progress);
+        }
+    }
+
+    // Returns the exit code.
+    int print()
+    {
+        std::uint64_t open = 0;
+        for (std::size_t at = 0; at < isCovered_.size(); at++) {
+            const DeviceFile& file = files_.all()[at];
+            if (isCovered_[at])
+                continue;
+            open++;
+            std::cout << "not covered: file /" << onScreen(std::string_view(file.path))
+                      << (file.fault.empty() ? "" : ": " + file.fault) << '\n';
+        }
+        open += content_.printUncovered();
+        for (const std::string& path : files_.changedSince()) {
+            open++;
+            std::cout << "changed meanwhile: file /" << onScreen(std::string_view(path)) << '\n';
+        }
+        if (copy_.isOutdated()) {
+            open++;
+            std::cout << "changed meanwhile: the databases and the registry\n";
+        }
+        std::cout << summary_;
+        content_.printNotes();
+        std::cout << (open == 0 ? "Everything is covered.\n" : "Not covered: " + counted(open, "thing") + ".\n");
+        return open == 0 ? exitGood : exitFailed;
+    }
+
+private:
+    bool isComplete() const { return content_.isCovered() && std::ranges::find(isCovered_, false) == isCovered_.end(); }
+
+    // Erasing the device would erase such a set.
+    bool isOnDevice(const SetFiles& set) const
+    {
+        std::error_code error;
+        const std::string store = fs::canonical(device_ / "object-store", error).string() + "/";
+        return (set.folder + "/").starts_with(store);
+    }
+
+    void compareWith(const SetFiles& files, Progress& progress)
+    {
+        const std::string path = onScreen(std::string_view(pathOf(files)));
+        if (isOnDevice(files))
+            return note(progress, path + ": is on the device itself, so it doesn't count");
+        const OpenedSet set(files);
+        if (!set.isOpen())
+            return note(progress, path + ": " + set.trouble());
+        content_.beginSet();
+        SetComparison comparison(files_, isCovered_, content_, progress);
+        if (!checkSet(set, comparison).isSound())
+            return note(progress, path + ": is unsound, so it doesn't count; see `quillbox-set verify`");
+        for (const std::size_t file : comparison.equal())
+            isCovered_[file] = true;
+        const std::string more = content_.takeSet();
+        if (!comparison.equal().empty() || !more.empty())
+            summary_ += path + ": holds " + counted(comparison.equal().size(), "file") + more + '\n';
+    }
+
+    static void note(Progress& progress, const std::string& text)
+    {
+        progress.clear();
+        std::cerr << "quillbox-device: " << text << '\n';
+    }
+
+    fs::path device_;
+    DeviceFiles files_;
+    DeviceCopy copy_;
+    DeviceContent content_;
+    std::vector<bool> isCovered_;  // for each file
+    std::string summary_;
+};
+
+}  // namespace
+
+int showCoverage(const fs::path& device, const std::vector<std::string>& where, bool recursive)
+{
+    const FoundSets found = searchSets(where, recursive);
+    for (const std::string& fault : found.faults)
+        std::cerr << "quillbox-device: " << fault << '\n';
+    if (found.sets.empty())
+        throw Failure("There is no set to compare with.", exitBadUsage);
+    Coverage coverage(device);
+    coverage.compareWith(found);
+    return coverage.print();
+}
+
+}  // namespace quillbox_device

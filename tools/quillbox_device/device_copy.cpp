@@ -1,0 +1,87 @@
+#include "device_copy.h"
+
+#include "failure.h"
+
+#include "registry/registry_store.h"
+#include "store/object_store.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+namespace quillbox_device {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The database and the log of what was changed last.
+constexpr const char* Copied[] = {"device.db", "device.db-wal"};
+
+// Quillbox holds this lock alone while it runs. A shared one keeps it from starting, and needs no right to write.
+platform::host::Descriptor lock(const fs::path& device)
+{
+    platform::host::Descriptor opened(::open((device / "device.lock").c_str(), O_RDONLY | O_CLOEXEC));
+    if (!opened && errno == ENOENT)
+        return opened;  // nothing has used this device yet
+    if (!opened || ::flock(opened.get(), LOCK_SH | LOCK_NB) != 0)
+        throw Failure("The device \"" + device.string() + "\" is in use or can't be locked.");
+    return opened;
+}
+
+fs::path newTemporaryFolder()
+{
+    std::string path = (fs::temp_directory_path() / "quillbox-XXXXXX").string();
+    if (!::mkdtemp(path.data()))
+        throw Failure("A folder for temporary files can't be made: \"" + path + "\".");
+    return path;
+}
+
+}  // namespace
+
+DeviceCopy::DeviceCopy(const fs::path& device)
+    : device_(device), lock_(lock(device)), folder_(newTemporaryFolder()), copied_(stamps())
+{
+    std::error_code error;
+    std::string sentence;
+    for (const char* name : Copied) {
+        if (!error && fs::exists(device / name))
+            fs::copy_file(device / name, folder_ / name, error);
+    }
+    const bool opened = !error && platform::registry::openRegistry(folder_ / "device.db", sentence);
+    if (opened && fs::exists(device / "device.db"))
+        return;
+    platform::registry::closeRegistry();
+    fs::remove_all(folder_, error);
+    throw Failure(!sentence.empty() ? sentence
+                                    : "The database of \"" + device.string() + "\" is missing or can't be copied.");
+}
+
+DeviceCopy::~DeviceCopy()
+{
+    platform::store::closeStore();
+    platform::registry::closeRegistry();
+    std::error_code ignored;
+    fs::remove_all(folder_, ignored);
+}
+
+bool DeviceCopy::isOutdated() const
+{
+    return stamps() != copied_;
+}
+
+std::vector<Stamp> DeviceCopy::stamps() const
+{
+    std::vector<Stamp> found;
+    for (const char* name : Copied) {
+        struct stat status {};
+        found.push_back(::stat((device_ / name).c_str(), &status) == 0 ? stampOf(status) : Stamp{});
+    }
+    return found;
+}
+
+}  // namespace quillbox_device

@@ -1,0 +1,33 @@
+// device_copy.h - the databases and the registry of a device, opened without a change to the device.
+#pragma once
+
+#include "device_files.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace quillbox_device {
+
+// Locks the device against Quillbox, copies its database to a folder for temporary files, and opens the copy. The calls
+// of the store and of the registry then read it. The destructor closes and deletes the copy.
+class DeviceCopy {
+public:
+    // Throws a Failure.
+    explicit DeviceCopy(const std::filesystem::path& device);
+    DeviceCopy(const DeviceCopy&) = delete;
+    DeviceCopy& operator=(const DeviceCopy&) = delete;
+    ~DeviceCopy();
+
+    // Whether the device's database was changed since it was copied.
+    bool isOutdated() const;
+
+private:
+    std::vector<Stamp> stamps() const;
+
+    std::filesystem::path device_;
+    platform::host::Descriptor lock_;
+    std::filesystem::path folder_;
+    std::vector<Stamp> copied_;
+};
+
+}  // namespace quillbox_device

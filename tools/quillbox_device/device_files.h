@@ -1,0 +1,60 @@
+// device_files.h - the files of a device that nothing has opened: its object store, read as files of the host.
+#pragma once
+
+#include "archive/name_set.h"
+#include "host/descriptor.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <sys/stat.h>
+
+namespace quillbox_device {
+
+// What shows that a file was changed.
+struct Stamp {
+    std::uint64_t inode = 0;
+    std::int64_t size = 0;
+    std::int64_t written = 0;  // nanoseconds
+    std::int64_t changed = 0;
+
+    bool operator==(const Stamp&) const = default;
+};
+Stamp stampOf(const struct stat& status);
+
+struct DeviceFile {
+    std::string path;  // below the object store
+    Stamp stamp;
+    std::string fault;  // why no set can hold it, such as "a link". Empty for a file.
+};
+
+// An index of the files. It takes some 200 bytes of memory for a file.
+class DeviceFiles {
+public:
+    // Reads all folders. Throws a Failure if the device's own folder can't be opened.
+    explicit DeviceFiles(const std::filesystem::path& device);
+
+    const std::vector<DeviceFile>& all() const { return files_; }
+    // By the full name on the device, as in a set.
+    std::optional<std::size_t> find(std::u16string_view name) const;
+
+    // Opens a file for reading, without following a link.
+    platform::host::Descriptor open(std::size_t file) const;
+
+    // The paths that were made, changed or deleted since the index was made.
+    std::vector<std::string> changedSince() const;
+
+private:
+    void readFolder(const std::string& path, const std::u16string& name, std::vector<std::string>& waiting);
+
+    platform::host::Descriptor root_;
+    std::filesystem::path store_;
+    std::vector<DeviceFile> files_;
+    std::unordered_map<archive::NameHash, std::size_t, archive::FirstHalf> index_;
+};
+
+}  // namespace quillbox_device
