@@ -13,6 +13,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <optional>
 
 namespace platform::file {
 
@@ -37,13 +38,51 @@ DWORD takeRightsOf(const HostStatus& replaced, int folder, const char* name)
     return platformError(moved ? takeRights(moved.get(), replaced) : -EACCES);
 }
 
-DWORD moveEntry(const Entry& from, const char* name, const Entry& to, const char* newName, bool replace)
+DWORD errorOfMove(int result)
 {
-    int result = moveFile(from.folder.get(), name, to.folder.get(), newName, replace);
-    // The file system has no renaming that refuses to replace. moveFileAt found no entry of the new name just before.
-    if (result == -EINVAL && !replace)
-        result = moveFile(from.folder.get(), name, to.folder.get(), newName, true);
     return result == -EXDEV ? DWORD{ERROR_NOT_SAME_DEVICE} : platformError(result);
+}
+
+// Moves the entry to a path where nothing may be. The host refuses to replace, so it isn't asked first.
+DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
+{
+    std::optional<ParentFolder> other;
+    if (from.parent() != to.parent())
+        other.emplace(to);
+    const int folder = other ? other->get() : moved.folder.get();
+    if (folder < 0)
+        return errorAt(to, *other, folder);
+    int result = moveFile(moved.folder.get(), from.name(), folder, to.name(), false);
+    if (result == -EINVAL) {  // the file system has no renaming that refuses to replace
+        HostStatus status = {};
+        const int found = readStatus(folder, to.name(), status);
+        result = found == 0 ? -EEXIST : found;
+        if (found == -ENOENT)
+            result = moveFile(moved.folder.get(), from.name(), folder, to.name(), true);
+    }
+    return result == -EEXIST ? DWORD{ERROR_ALREADY_EXISTS} : errorOfMove(result);
+}
+
+// Moves the entry to a path where a file may be, which is replaced.
+DWORD moveOver(const HostPath& from, const Entry& moved, const HostPath& to, const OpenFiles& table)
+    REQUIRES(table.openings()) EXCLUDES(table.mutex())
+{
+    const Entry replaced(to);
+    if (replaced.folder.get() < 0 || (replaced.result < 0 && replaced.result != -ENOENT))
+        return errorAt(to, replaced.folder, replaced.result);
+    const bool exists = replaced.result == 0;
+    if (exists) {
+        if (const DWORD error = deletionError(to, replaced.folder.get(), replaced.status, table))
+            return error;
+        if (const DWORD error = takeRightsOf(replaced.status, moved.folder.get(), from.name()))
+            return error;
+    }
+    if (const int result = moveFile(moved.folder.get(), from.name(), replaced.folder.get(), to.name(), true);
+        result < 0)
+        return errorOfMove(result);
+    if (exists && replaced.status.stx_nlink == 1)
+        to.mount->giveBackRoom(replaced.status.stx_size);
+    return 0;
 }
 
 DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
@@ -66,28 +105,14 @@ DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
         return errorAt(from, moved.folder, moved.result);
     if (const DWORD error = deletionError(from, moved.folder.get(), moved.status, table))
         return error;
-    const Entry replaced(to);
-    if (replaced.folder.get() < 0 || (replaced.result < 0 && replaced.result != -ENOENT))
-        return errorAt(to, replaced.folder, replaced.result);
-    const bool exists = replaced.result == 0;
-    if (exists && !replace)
-        return ERROR_ALREADY_EXISTS;
-    if (exists) {
-        if (const DWORD error = deletionError(to, replaced.folder.get(), replaced.status, table))
-            return error;
-        if (const DWORD error = takeRightsOf(replaced.status, moved.folder.get(), from.name()))
-            return error;
-    }
     to.mount->expectChange(deviceOf(moved.status), to.parent());
-    if (const DWORD error = moveEntry(moved, from.name(), replaced, to.name(), replace))
+    if (const DWORD error = replace ? moveOver(from, moved, to, table) : moveToFree(from, moved, to))
         return error;
     to.mount->noteChange(deviceOf(moved.status));
     {
         const kernel::MutexLock lock(table.mutex());
         table.temporaries().noteDeleted(from);
     }
-    if (exists && replaced.status.stx_nlink == 1)
-        to.mount->giveBackRoom(replaced.status.stx_size);
     return 0;
 }
 

@@ -46,9 +46,14 @@ int flushFolder(const std::filesystem::path& folder)
 
 std::string unguessableName()
 {
-    std::random_device random;
+    // Not std::random_device: opening it takes 16 microseconds.
+    std::array<unsigned, 2> random{};
+    if (::getentropy(random.data(), sizeof random) != 0) {
+        std::random_device device;
+        random = {device(), device()};
+    }
     std::array<char, 17> digits{};
-    (void)std::snprintf(digits.data(), digits.size(), "%08x%08x", random(), random());
+    (void)std::snprintf(digits.data(), digits.size(), "%08x%08x", random[0], random[1]);
     return digits.data();
 }
 

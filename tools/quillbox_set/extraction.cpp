@@ -133,7 +133,8 @@ private:
             return errorText(ERROR_INVALID_NAME);
         if (targets_.has(0, target))
             return "an earlier item was written to the same file";
-        if (!options_.force && GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES)
+        if (!options_.force && !IsNothingAt(target.c_str()) &&
+            GetFileAttributesW(target.c_str()) != INVALID_FILE_ATTRIBUTES)
             return errorText(ERROR_ALREADY_EXISTS);
         if (options_.format && item.isDatabase())
             return extractDatabase(target, item, bytes);
