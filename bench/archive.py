@@ -37,7 +37,8 @@ def backed_up(base, make):
     card.mkdir(parents=True)
     make(device / "object-store")
     script = BACKUP_SCRIPT.replace("check 1005\n", "check 1005\ncheck 1007\n")
-    Run([QUILLBOX, "--device", device, "--timeout", "0", "--script", "-"], script)
+    for text in ("idle\n", script):  # the first end of the program puts its settings into the registry
+        Run([QUILLBOX, "--device", device, "--timeout", "0", "--script", "-"], text)
     folder = base / "sets"  # not on the device, which one may erase
     shutil.move(card / "QUILBOX", folder)
     return device, folder / "QLBX0001.QLT"
@@ -53,7 +54,7 @@ def made_verify(base):
 
 def made_sealed(base):
     command, peer = made_verify(base)
-    Run([SET_TOOL, "seal", command[-1]])
+    subprocess.run([SET_TOOL, "seal", command[-1]], stdout=subprocess.DEVNULL, check=True)
     return command, peer
 
 
@@ -84,7 +85,7 @@ def made_diff(base):
 def made_covered(base):
     device, path = backed_up(base, make_small)
     copy = base / "copy"
-    Run([SET_TOOL, "extract", path, copy])
+    subprocess.run([SET_TOOL, "extract", path, copy], stdout=subprocess.DEVNULL, check=True)
     return [DEVICE_TOOL, "covered", device, path], ["diff", "-rq", "-x", "registry.reg", device / "object-store", copy]
 
 
@@ -94,7 +95,7 @@ CODES = {"diff": 1}  # the sets differ
 
 def seconds(command, code=0):
     started = time.perf_counter()
-    done = subprocess.run(command, stdout=subprocess.DEVNULL)
+    done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     taken = time.perf_counter() - started
     if done.returncode != code:
         sys.exit(f"bench: failed with {done.returncode}: {command}")
