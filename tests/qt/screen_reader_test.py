@@ -79,7 +79,8 @@ class Reader:
         if name == "10-question":  # over a progress window
             self.faults += [f"progress: a {child.getRoleName()} without a name"
                             for window in self.user.application if window and window.name == "Backuping Files"
-                            for child in window[0] if self.user.shows(child) and not child.name]
+                            for child in window[0]
+                            if self.user.shows(child) and not child.name and child.getRoleName() != "label"]
             self.user.find("Backuping Files", "Backuping Files", "progress bar")
 
     def check_mark(self, name, words, *states):

@@ -61,7 +61,7 @@ def back_up(user, visit):
     keyboard.row("Select", CARD)
     visit("9-chooser-chosen", "Select")
     keyboard.press("Select", "OK")
-    keyboard.full_backup(CARD, "All databases")
+    keyboard.full_backup(CARD, "All files")
     user.window("Info?")
     visit("10-question", "Info?")
     keyboard.answer("Info?", "No")
