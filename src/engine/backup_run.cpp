@@ -120,10 +120,13 @@ bool SettleNumber(BackupRun& run)
     return false;
 }
 
-// A data file of this number is replaced, also if the list file is new.
+// A data file of this number is replaced, also if the list file is new. Checksums of a replaced set are deleted, because
+// the new set would count as damaged by them.
 bool OpenLogAndData(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
+    FormatSumsPath(path, run.storageRoot, run.number);
+    (void)DeleteFileW(path);
     FormatLogPath(path, run.storageRoot, run.number);
     run.log = new (std::nothrow) BackupLog(path);
     FormatDataPath(path, run.storageRoot, run.number);

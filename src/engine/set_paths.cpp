@@ -28,6 +28,11 @@ void FormatDataPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number)
     wsprintfW(path, u"%s\\QUILBOX\\QLBX%04d.QDT", root, number);
 }
 
+void FormatSumsPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number)
+{
+    wsprintfW(path, u"%s\\QUILBOX\\QLBX%04d.SUM", root, number);
+}
+
 void FormatLogPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number)
 {
     wsprintfW(path, u"%s\\QUILBOX\\BACKUP%04d.LOG", root, number);

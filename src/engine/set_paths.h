@@ -12,6 +12,8 @@ bool SetPathsFit(const WCHAR* root);
 void FormatSetFolder(WCHAR (&path)[MAX_PATH], const WCHAR* root);
 void FormatListPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatDataPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
+// The checksums that `quillbox-set seal` made of a set.
+void FormatSumsPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatLogPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 // The path of the temporary stream.
 void FormatTemporaryPath(WCHAR (&path)[MAX_PATH], const WCHAR* root);

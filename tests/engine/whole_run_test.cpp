@@ -168,7 +168,7 @@ protected:
 TEST_F(WholeRunTest, BackupHasTheFormatsAndTheOrderAndReplacesAnOldSet)
 {
     markAll();
-    for (const char* name : {"QLBX0001.QLT", "QLBX0001.QDT", "BACKUP0001.LOG"})
+    for (const char* name : {"QLBX0001.QLT", "QLBX0001.QDT", "QLBX0001.SUM", "BACKUP0001.LOG"})
         writeOnCard(name, std::string(9000, 'o'));
     gUser.comment = u"mine";
     gUser.answers = {true};
