@@ -13,8 +13,10 @@
 
 #include "engine/options.h"
 #include "engine/questions.h"
+#include "engine/set_paths.h"
+#include "engine/stored_digests.h"
 #include "run_progress.h"
-#include "set_paths.h"
+#include "set/block_pipeline.h"
 
 #include "ce/text.h"
 
@@ -173,4 +175,6 @@ void EndEntry(BackupRun& run, BackupEntry& entry)
     }
     if (!entry.listed)
         CutEntryOff(run, entry);
+    else if (gDigestsBlocks)
+        gStoredDigests.push_back(run.packed.digest);
 }

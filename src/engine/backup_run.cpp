@@ -4,10 +4,10 @@
 #include "choice_list.h"
 #include "engine/directory_walker.h"
 #include "engine/questions.h"
+#include "engine/set_paths.h"
 #include "run_progress.h"
 #include "set/block_pipeline.h"
 #include "set/set_state.h"
-#include "set_paths.h"
 
 #include "ce/dialog.h"
 #include "ce/file.h"
@@ -29,18 +29,6 @@ bool DayComesFirst()
     WCHAR format[TextChars] = {};
     GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_SSHORTDATE, format, TextChars);
     return format[0] == u'd';
-}
-
-// Puts the date in front of the user's text in gComment, which is cut if it no longer fits.
-void ComposeComment()
-{
-    SYSTEMTIME now;
-    GetLocalTime(&now);
-    const bool dayFirst = DayComesFirst();
-    WCHAR composed[TextChars];
-    wsprintfW(composed, LoadText(TextCommentFormat, gTextA), dayFirst ? now.wDay : now.wMonth,
-              dayFirst ? now.wMonth : now.wDay, now.wYear, now.wHour, now.wMinute, gComment);
-    CopyText(gComment, composed);
 }
 
 BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
@@ -120,6 +108,17 @@ bool SettleNumber(BackupRun& run)
     return false;
 }
 
+bool ReplaceList(BackupRun& run)
+{
+    WCHAR path[MAX_PATH];
+    FormatListPath(path, run.storageRoot, run.number);
+    DWORD error = ERROR_SUCCESS;
+    run.listFile = CreateList(path, CREATE_ALWAYS, error);
+    if (run.listFile == INVALID_HANDLE_VALUE)
+        ReportRunWithoutSet(run, error);
+    return run.listFile != INVALID_HANDLE_VALUE;
+}
+
 // A data file of this number is replaced, also if the list file is new. Checksums of a replaced set are deleted, because
 // the new set would count as damaged by them.
 bool OpenLogAndData(BackupRun& run)
@@ -186,7 +185,8 @@ void MakeSet(BackupRun& run)
     // The run goes on after a failure. It ends only if the list file can't be created.
     if (!CreateDirectoryW(folder, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
         run.folderError = GetLastError();
-    if (SettleNumber(run) && OpenLogAndData(run) && WriteHead(run)) {
+    const bool listed = run.number != 0 ? ReplaceList(run) : SettleNumber(run);
+    if (listed && OpenLogAndData(run) && WriteHead(run)) {
         gLastSetNumber = run.number;
         WCHAR listPath[MAX_PATH];
         FormatListPath(listPath, run.storageRoot, run.number);
@@ -201,6 +201,31 @@ void MakeSet(BackupRun& run)
 
 }  // namespace
 
+// The comment is cut if it no longer fits.
+void ComposeComment()
+{
+    SYSTEMTIME now;
+    GetLocalTime(&now);
+    const bool dayFirst = DayComesFirst();
+    WCHAR composed[TextChars];
+    wsprintfW(composed, LoadText(TextCommentFormat, gTextA), dayFirst ? now.wDay : now.wMonth,
+              dayFirst ? now.wMonth : now.wDay, now.wYear, now.wHour, now.wMinute, gComment);
+    CopyText(gComment, composed);
+}
+
+void BackUpTo(const BackupTarget& target, DWORD mode)
+{
+    static BackupRun run;  // too large for the stack, and there is one run at a time
+    run = {};
+    run.ofWholeDevice = LOWORD(mode) != BackupSelectedItems;
+    CopyText(run.storageRoot, target.root);
+    run.number = target.replaced;
+    gLastSetNumber = 0;
+    gSavedRegistryMarked = gRegistryMarked;
+    MakeSet(run);
+    CloseRun(run);
+}
+
 DWORD RunBackup(DWORD mode)
 {
     gLastSetNumber = 0;
@@ -214,11 +239,8 @@ DWORD RunBackup(DWORD mode)
         return 0;
     }
     ComposeComment();
-    static BackupRun run;  // too large for the stack, and there is one run at a time
-    run = {};
-    run.ofWholeDevice = LOWORD(mode) != BackupSelectedItems;
-    if (ChooseStorage(run.storageRoot))
-        MakeSet(run);
-    CloseRun(run);
+    BackupTarget target = {};
+    if (ChooseStorage(target.root))
+        BackUpTo(target, mode);
     return 0;
 }

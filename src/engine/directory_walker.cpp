@@ -8,6 +8,7 @@
 #include <algorithm>
 
 std::uint64_t gWalkedBytes;
+const WCHAR* gFolderLeftOut;
 
 namespace {
 
@@ -21,10 +22,24 @@ DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, Walk
         return 0;
     }
     wsprintfW(subfolder, u"%s%s\\", root, name);
+    if (gFolderLeftOut && lstrcmpW(subfolder, gFolderLeftOut) == 0)
+        return 0;
     return WalkDirectory(subfolder, nullptr, TRUE, foldersOnly, callback, context);
 }
 
 }  // namespace
+
+std::uint64_t BytesOfFile(const WCHAR* path)
+{
+    BY_HANDLE_FILE_INFORMATION information = {};
+    // This opening asks for no access, so it succeeds for such files too.
+    HANDLE file = CreateFileW(path, 0, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return 0;
+    (void)GetFileInformationByHandle(file, &information);
+    CloseHandle(file);
+    return std::uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow;
+}
 
 BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name)
 {

@@ -89,8 +89,15 @@ void AddNext(HWND progress)
     ProgressStep(progress, 0);
 }
 
+void OfferFile(const WCHAR* path, DWORD attributes, HWND progress)
+{
+    if (IsAheadFull())
+        AddNext(progress);
+    OfferAhead(path, attributes, gWalkedBytes);
+}
+
 // FALSE, which ends the walk of this folder, if the run is to stop.
-BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)
+BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR progress)
 {
     if (JobIsToStop())
         return FALSE;
@@ -105,23 +112,41 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes,
         NotePathTooLong(folder, name);
         return TRUE;
     }
-    if (IsAheadFull())
-        AddNext(reinterpret_cast<HWND>(context));
-    OfferAhead(path, attributes, gWalkedBytes);
+    OfferFile(path, attributes, reinterpret_cast<HWND>(progress));
     return TRUE;
+}
+
+// A file below a folder that the user named. It may lie directly in a card, and the list can have it already.
+BOOL AddFileOfFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR /*unused*/)
+{
+    if (JobIsToStop())
+        return FALSE;
+    if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM) || IsSetFile(name))
+        return TRUE;
+    WCHAR path[MAX_PATH];
+    if (!JoinPath(path, folder, name))
+        NotePathTooLong(folder, name);
+    else if (!gFileList || !gFileList->Contains(path, NameBytes(path)))
+        OfferFile(path, attributes, nullptr);
+    return TRUE;
+}
+
+void WalkForItems(const WCHAR* root, WalkCallback add, HWND progress)
+{
+    gPathsTooLong = {};
+    gPathsTooLong.areItems = TRUE;
+    StartAhead([](AheadItem& item, SmallStreamMemory&) { TestReadable(item); }, [] { return true; });
+    WalkDirectory(root, nullptr, TRUE, FALSE, add, reinterpret_cast<UINT_PTR>(progress));
+    while (!IsAheadEmpty())
+        AddNext(progress);
+    StopAhead();
+    gPathsTooLong.areItems = FALSE;
 }
 
 void ListAllFiles(HWND progress)
 {
     gKnownFolder = {};
-    gPathsTooLong = {};
-    gPathsTooLong.areItems = TRUE;
-    StartAhead([](AheadItem& item, SmallStreamMemory&) { TestReadable(item); }, [] { return true; });
-    WalkDirectory(u"\\", nullptr, TRUE, FALSE, AddFullBackupFile, reinterpret_cast<UINT_PTR>(progress));
-    while (!IsAheadEmpty())
-        AddNext(progress);
-    StopAhead();
-    gPathsTooLong.areItems = FALSE;
+    WalkForItems(u"\\", AddFullBackupFile, progress);
 }
 
 void ListAllNames(const ItemKind& kind, HWND progress)
@@ -148,17 +173,36 @@ void ListAll(const ItemKind& kind)
 
 }  // namespace
 
-DWORD RunFullBackup()
+void ListDevice()
 {
-    if (!ShowBackupDialog(FullBackupKind, gComment))
-        return 0;
-
     RenewLists();
     gPathsTooLong = {};
     for (const ItemKind& kind : ItemKinds) {
         if (kind.list && *kind.inFullBackup)
             ListAll(kind);
     }
+}
+
+void ListPath(const WCHAR* path)
+{
+    const DWORD attributes = GetFileAttributesW(path);
+    if (!HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY)) {
+        // One that can't be read is reported by the run.
+        if (!gFileList || !gFileList->Contains(path, NameBytes(path)))
+            AddItem(KindOf(ItemKindFile), path, BytesOfFile(path));
+        return;
+    }
+    WCHAR root[MAX_PATH];
+    if (JoinPath(root, path, u"\\"))
+        WalkForItems(root, AddFileOfFolder, nullptr);
+}
+
+DWORD RunFullBackup()
+{
+    if (!ShowBackupDialog(FullBackupKind, gComment))
+        return 0;
+
+    ListDevice();
     if (JobIsToStop()) {
         ReportNoSet(u"\\", ERROR_CANCELLED);
         RenewLists();

@@ -375,21 +375,16 @@ DWORD ChooseAndRestore(DWORD mode)
 
 }  // namespace
 
-DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
+void RestoreLists(const WCHAR* dataPath, const WCHAR* listPath, bool wholeSet)
 {
-    if (!ShowRestoreDialog(LOWORD(mode), listPath))
-        return 0;
-    if (NothingIsMarked())
-        return ShowNothingToRestore(listPath, LOWORD(mode));
-
     RestoreRun run;
     run.dataFile = CreateFileW(dataPath, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (run.dataFile == INVALID_HANDLE_VALUE) {
         ReportNothingRestored(GetLastError());
         SetCursor(nullptr);
-        return 1;
+        return;
     }
-    if (LOWORD(mode) == RestoreFull)
+    if (wholeSet)
         ReportDataWithoutEntry(run.dataFile, listPath);
     ReportRunBegins(RunRestores, listPath);
     (void)DeclareTemporaryFile(TemporaryStreamPath);
@@ -402,6 +397,15 @@ DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
     EndRun();
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
+}
+
+DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode)
+{
+    if (!ShowRestoreDialog(LOWORD(mode), listPath))
+        return 0;
+    if (NothingIsMarked())
+        return ShowNothingToRestore(listPath, LOWORD(mode));
+    RestoreLists(dataPath, listPath, LOWORD(mode) == RestoreFull);
     return 1;
 }
 

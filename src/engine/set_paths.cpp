@@ -1,4 +1,4 @@
-#include "set_paths.h"
+#include "engine/set_paths.h"
 
 #include "ce/text.h"
 

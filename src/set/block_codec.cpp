@@ -9,6 +9,11 @@ bool CodecWorks()
     return lzo_init() == LZO_E_OK;
 }
 
+DWORD DigestOfBlock(const BYTE* raw, DWORD rawBytes)
+{
+    return lzo_crc32(0, raw, rawBytes);
+}
+
 bool PackBlock(const BYTE* raw, DWORD rawBytes, BYTE* packed, DWORD& packedBytes, PackingMemory& memory)
 {
     lzo_uint produced = 0;

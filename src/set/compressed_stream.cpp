@@ -51,7 +51,8 @@ struct SourceReader {
     DWORD wanted;  // after a short read, later reads ask for no more than it returned
     bool atEnd;    // the last read met the end: its block, usually one of no raw bytes, closes the stream
     bool failed;
-    std::uint64_t bytes;  // read so far
+    std::uint64_t bytes;   // read so far
+    std::uint64_t digest;  // of the blocks that are packed
 };
 
 // Reads the next block and offers it to the pipeline. False if the read fails: then no block is offered.
@@ -88,6 +89,8 @@ BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
             return FALSE;
         Put(writer, &block.packedBytes, sizeof block.packedBytes);
         Put(writer, block.packed, block.packedBytes);
+        if (block.rawBytes != 0)
+            source.digest = DigestWith(source.digest, block.digest);
         ReportItemBytes(source.bytes);
         offered--;
     } while (offered != 0 || !source.atEnd);
@@ -119,10 +122,11 @@ BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
     if (!GetFileStamp(from, &packed.source))
         NoteFailure(packed);
     StreamWriter writer = {{to, packed, false, 0}, 0, {}};
-    SourceReader source = {from, RawBlockBytes, false, false, 0};
+    SourceReader source = {from, RawBlockBytes, false, false, 0, 0};
     const BOOL result = PackAll(source, writer);
     CloseTarget(writer.target);
     packed.bytes = writer.target.bytes;
+    packed.digest = source.digest;
     if (result)
         CheckLength(source, packed);
     else

@@ -41,18 +41,6 @@ WORD OneLess(WORD count)
     return less > HighestItemCount ? WORD{0} : less;
 }
 
-// Opened for no access, a file that is in use or can't be read has a size too.
-std::uint64_t BytesOfFile(const WCHAR* path)
-{
-    BY_HANDLE_FILE_INFORMATION information = {};
-    HANDLE file = CreateFileW(path, 0, 0, nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return 0;
-    (void)GetFileInformationByHandle(file, &information);
-    CloseHandle(file);
-    return std::uint64_t{information.nFileSizeHigh} << 32 | information.nFileSizeLow;
-}
-
 // Adds a name to the list, or removes it if the list has it. True if the list has it afterwards.
 bool ToggleName(ItemList* list, const WCHAR* name, std::uint64_t bytes)
 {

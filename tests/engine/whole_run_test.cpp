@@ -9,8 +9,8 @@
 #include "engine/options.h"
 #include "engine/registry_calls.h"
 #include "engine/restore_run.h"
+#include "engine/set_paths.h"
 #include "set/set_state.h"
-#include "set_paths.h"
 
 #include "ce/dialog.h"
 #include "ce/store.h"

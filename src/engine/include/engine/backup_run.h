@@ -19,3 +19,23 @@ DWORD RunBackup(DWORD mode);
 // Asks what to include, replaces the lists by what the whole device has of it, runs the backup and leaves the lists
 // empty. 0 if the dialog was cancelled, which changes nothing; otherwise 1. Defined in full_backup.cpp.
 DWORD RunFullBackup();
+
+// The parts of the two calls above, for a run whose choices are made beforehand.
+
+struct BackupTarget {
+    WCHAR root[MAX_PATH];  // of the storage, without a trailing backslash; empty for the device itself
+    DWORD replaced;        // the number of the set to replace; 0 for the first number that is free
+};
+
+// Replaces the lists by what the whole device has of the kinds for which gFullFiles and so on are 1. full_backup.cpp
+void ListDevice();
+
+// Adds a file, or all files below a folder, to the list, as ListDevice does. The path begins with a backslash and
+// doesn't end in one. What the list has already isn't added again. full_backup.cpp
+void ListPath(const WCHAR* path);
+
+// Puts the date in front of the user's text in gComment.
+void ComposeComment();
+
+// Makes the set of what is listed and marked, with the comment in gComment. `mode` as in RunBackup.
+void BackUpTo(const BackupTarget& target, DWORD mode);

@@ -20,5 +20,11 @@ extern std::uint64_t gWalkedBytes;
 DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL foldersOnly, WalkCallback callback,
                     UINT_PTR context);
 
+// A folder that no walk enters, with a backslash at its end; null for none.
+extern const WCHAR* gFolderLeftOut;
+
+// The size of a file, also of one that is in use or can't be read; 0 if it can't be found out.
+std::uint64_t BytesOfFile(const WCHAR* path);
+
 // Writes `folder` followed by `name` into `path`. 0 if they don't fit: then `path` is unchanged.
 BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name);

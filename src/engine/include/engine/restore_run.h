@@ -11,6 +11,10 @@ inline constexpr DWORD RestorePartial = 2;
 // list file, otherwise 1. gRegistryMarked is unchanged. Once a list was loaded, the item lists are empty at the end.
 DWORD RunRestore(DWORD mode);
 
+// Restores the items in the lists from the data file. `wholeSet`: they are all that the list file has, so data without
+// an entry is reported. The rest as RestoreSet.
+void RestoreLists(const WCHAR* dataPath, const WCHAR* listPath, bool wholeSet);
+
 // Asks the user, then restores the items in the lists from the data file. gOptions.restoreMode decides about files that
 // exist. 0 if the dialog was cancelled or nothing is to be restored; otherwise 1, also if the data file can't be
 // opened. An item that failed is in the report of the host. The lists and gRegistryMarked stay as the dialog left them.

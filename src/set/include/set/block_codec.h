@@ -22,6 +22,12 @@ struct PackingMemory {
     alignas(void*) BYTE bytes[16384 * sizeof(void*)];
 };
 
+// A number that depends on every byte, to compare the raw bytes of two blocks.
+DWORD DigestOfBlock(const BYTE* raw, DWORD rawBytes);
+
+// Whether a block that is packed gets a digest. Set while there is no second thread.
+inline bool gDigestsBlocks;
+
 // Whether the library can be used on this machine. Checked before a whole file is packed or unpacked.
 bool CodecWorks();
 

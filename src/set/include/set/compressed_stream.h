@@ -10,10 +10,18 @@
 #include "ce/file_deletion.h"
 #include "ce/types.h"
 
+// The digests of a stream's blocks, in their order, as one number.
+inline std::uint64_t DigestWith(std::uint64_t digest, DWORD blockDigest)
+{
+    constexpr std::uint64_t OddFactor = 0x9E3779B97F4A7C15;
+    return (digest + blockDigest + 1) * OddFactor;
+}
+
 struct PackedStream : StreamOutcome {
-    BOOL opened;          // the source could be opened
-    std::uint64_t bytes;  // of the stream, as far as it was written
-    FileStamp source;     // what the source was before the first read
+    BOOL opened;           // the source could be opened
+    std::uint64_t bytes;   // of the stream, as far as it was written
+    std::uint64_t digest;  // DigestWith of all blocks that have raw bytes, if gDigestsBlocks
+    FileStamp source;      // what the source was before the first read
 };
 
 // Packs `source` into the new file `target`. An old target is replaced, or left if it can't be.

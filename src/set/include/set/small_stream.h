@@ -18,8 +18,9 @@ enum class SmallStreamState { Left, NotOpened, Packed };  // Left: CompressFile 
 
 struct SmallStream {
     SmallStreamState state;
-    DWORD error;  // why it couldn't be opened
-    DWORD bytes;  // of the stream
+    DWORD error;           // why it couldn't be opened
+    DWORD bytes;           // of the stream
+    std::uint64_t digest;  // as in PackedStream
     BYTE pieces[SmallStreamPieces];
 };
 
