@@ -144,6 +144,12 @@ BOOL HandOverFileBuffers(HANDLE file)
     return open ? succeedUnless(open->handOver(), Trouble::Writing, *open) : fail(ERROR_INVALID_HANDLE);
 }
 
+BOOL DropFromCache(HANDLE file)
+{
+    const auto open = findOpenFile(file);
+    return open ? succeedUnless(open->dropFromCache(), Trouble::Reading, *open) : fail(ERROR_INVALID_HANDLE);
+}
+
 BOOL FlushChangedVolumes(void)
 {
     const std::vector<FailedFlush> failed = flushChangedVolumes();

@@ -158,6 +158,13 @@ int flushToDisk(int fileOrFolder)
     return result;
 }
 
+int dropCached(int file)
+{
+    if (const int error = passGate())
+        return -error;
+    return -::posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED);
+}
+
 int flushFileSystem(int fileOrFolder)
 {
     if (const int error = passGate())

@@ -45,6 +45,9 @@ using HostStatus = struct statx;
 
 [[nodiscard]] int flushToDisk(int fileOrFolder);
 
+// Drops the pages of the file that are on the disk from the host's cache.
+[[nodiscard]] int dropCached(int file);
+
 // Flushes the whole file system that holds the file or folder. Fails if the host couldn't write some bytes since the
 // descriptor was opened.
 [[nodiscard]] int flushFileSystem(int fileOrFolder);

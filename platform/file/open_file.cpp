@@ -163,6 +163,11 @@ DWORD OpenFile::flushToHost()
     return 0;
 }
 
+DWORD OpenFile::dropFromCache() const
+{
+    return ioError(dropCached(descriptor_.get()));
+}
+
 DWORD OpenFile::handOver()
 {
     if (!mayWrite())

@@ -122,6 +122,10 @@ BOOL HandOverFileBuffers(HANDLE file);
 // first folder that failed (31, 112), and a later call tries that folder again.
 BOOL FlushChangedVolumes(void);
 
+// Lets the host forget what it has cached of the file, so that later reads come from the disk where that is possible.
+// Bytes that aren't on the disk yet stay. Nonzero on success, 0 with 6 or the host's error.
+BOOL DropFromCache(HANDLE file);
+
 // Nonzero on success, 0 with 6 for a handle that isn't an open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
