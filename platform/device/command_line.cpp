@@ -79,6 +79,17 @@ std::filesystem::path deviceFolder(const std::string& named)
         "HOME isn't an absolute path, so there is no default device. Name one with --device DIR");
 }
 
+// The file of the profile, which is TOML.
+std::string profilePath(const std::string& name)
+{
+    if (name.empty() || name.find('/') != std::string::npos)
+        refuseOption("--profile", name, "isn't the name of a profile");
+    const auto folder = userFolder("XDG_CONFIG_HOME", ".config");
+    if (!folder)
+        refuseOption("--profile", name, "can't be found, because HOME isn't an absolute path");
+    return *folder / "quillbox" / (name + ".toml");
+}
+
 void refuseNameTwice(const std::vector<ExtraFolder>& extras)
 {
     for (auto extra = extras.begin(); extra != extras.end(); ++extra)
@@ -128,6 +139,12 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
     app.add_option("SET", set,
                    "The list of a set (its *.QLT file): the window opens with the choice of what to restore")
         ->excludes(scripted);
+    app.allow_config_extras(CLI::config_extras_mode::error);
+    app.set_config("--profile", "", "Reads options from NAME.toml in ~/.config/quillbox; those of the command line win")
+        ->type_name("NAME")
+        ->transform(CLI::Validator([](std::string& name) { return name = profilePath(name), std::string(); }, ""));
+    CommandParser commands;
+    commands.addTo(app);
     try {
         app.parse(count, words);
         for (const std::string& card : cards)
@@ -136,6 +153,9 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
             options.extras.push_back(parseFolder("--folder", folder));
         refuseNameTwice(options.extras);
         options.timeout = parseTimeout(timeout);
+        options.command = commands.given();
+        if (options.command && (scripted->count() > 0 || !set.empty()))
+            throw CLI::ValidationError((set.empty() ? "--script" : "\"" + set + "\"") + " isn't for this command");
         if (!set.empty() && !set.ends_with("QLT"))
             refuseOption("SET", set, "is not the list of a set, whose name ends in QLT");
         if (device.empty() && named->count() > 0)
@@ -153,7 +173,7 @@ ParsedCommandLine parseCommandLine(int count, const char* const* words)
         options.set = set;
     if (!mediaFolder.empty())
         options.mediaFolders = {mediaFolder};
-    else if (media->count() == 0 && !options.script)
+    else if (media->count() == 0 && !options.script && !options.command)
         options.mediaFolders = usualMediaFolders();
     if (recorded->count() > 0)
         options.transcript = transcript;

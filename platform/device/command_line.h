@@ -1,6 +1,7 @@
 // command_line.h - the host's command line.
 #pragma once
 
+#include "command_options.h"
 #include "device/device.h"
 
 #include <chrono>
@@ -19,6 +20,7 @@ struct CommandLine {
     std::optional<std::string> script;  // a file, or "-" for standard input
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     std::optional<std::string> transcript;  // a file, or "-" for standard output
+    std::optional<Command> command;         // otherwise a script or the window
 };
 
 struct ParsedCommandLine {

@@ -49,6 +49,12 @@ public:
     [[nodiscard]] const fs::path& folder() const override { return folder_; }
     [[nodiscard]] std::string showFolder(const fs::path& folder, bool card) override;
     [[nodiscard]] ShownSet showSet(const fs::path& listFile) override;
+    [[nodiscard]] ShownStorage showStorage(const fs::path& folder) override;
+    [[nodiscard]] fs::path hostPath(const std::u16string& path) const override { return shown_.hostPathOf(path); }
+    [[nodiscard]] std::optional<std::uint64_t> roomIn(const std::u16string& path) const override
+    {
+        return shown_.roomIn(path);
+    }
     void showMedia(std::vector<fs::path> folders, std::function<bool()> changed) override
     {
         media_.emplace(std::move(folders), shown_, std::move(changed));
@@ -209,6 +215,26 @@ ShownSet OpenedDevice::showSet(const fs::path& listFile)
     return {shown_.pathOf(whole).value_or(u""), ""};
 }
 
+ShownStorage OpenedDevice::showStorage(const fs::path& folder)
+{
+    ShownStorage storage;
+    try {
+        if (const auto path = shown_.pathOfShown(folder)) {
+            storage.path = *path;
+            return storage;
+        }
+        std::error_code error;
+        const fs::path whole = fs::weakly_canonical(folder, error);
+        const std::string name = shown_.freeName(whole);
+        (void)shown_.add(mountPointOf({.name = name, .folder = whole, .card = true, .capacity = {}}));
+        storage.path = u"\\" + text::fromUtf8(name);
+        storage.isNew = true;
+    } catch (const Refusal& refusal) {
+        storage.error = {refusal.what(), refusal.inUse()};
+    }
+    return storage;
+}
+
 }  // namespace
 
 OpenResult openDevice(const fs::path& folder, const std::vector<ExtraFolder>& extras, bool demonstration)
@@ -235,17 +261,22 @@ OpenResult openDevice(const fs::path& folder, const std::vector<ExtraFolder>& ex
     return result;
 }
 
-std::optional<fs::path> defaultDeviceFolder()
+std::optional<fs::path> userFolder(const char* variable, const char* usual)
 {
     // The environment is read before any thread of the program starts.
-    const char* data = std::getenv("XDG_DATA_HOME");  // NOLINT(concurrency-mt-unsafe)
-    const char* home = std::getenv("HOME");           // NOLINT(concurrency-mt-unsafe)
-    const fs::path device = fs::path("quillbox") / "device";
-    if (data != nullptr && *data == '/')
-        return fs::path(data) / device;
+    const char* named = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe)
+    const char* home = std::getenv("HOME");     // NOLINT(concurrency-mt-unsafe)
+    if (named != nullptr && *named == '/')
+        return fs::path(named);
     if (home != nullptr && *home == '/')
-        return fs::path(home) / ".local/share" / device;
+        return fs::path(home) / usual;
     return std::nullopt;
+}
+
+std::optional<fs::path> defaultDeviceFolder()
+{
+    const auto data = userFolder("XDG_DATA_HOME", ".local/share");
+    return data ? std::optional(*data / "quillbox" / "device") : std::nullopt;
 }
 
 std::vector<fs::path> usualMediaFolders()

@@ -3,12 +3,44 @@
 #include "refusal.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
+#include <fstream>
+#include <sstream>
+#include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace platform::device {
+
+namespace {
+
+// " (process 1234)" for the process that has locked the file; empty if the host doesn't say. A line of the file reads
+// "1: FLOCK  ADVISORY  WRITE 1234 fd:01:5678 0 EOF", with the numbers of the device and the inode.
+std::string processWithLock(const Descriptor& locked)
+{
+    struct stat status {};
+    if (::fstat(locked.get(), &status) != 0)
+        return {};
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        std::istringstream words(line);
+        std::string number, kind, how, what, file;
+        long process = 0;
+        unsigned major = 0, minor = 0;
+        unsigned long inode = 0;
+        words >> number >> kind >> how >> what >> process >> file;
+        const int read = std::sscanf(file.c_str(), "%x:%x:%lu", &major, &minor, &inode);
+        if (kind == "FLOCK" && read == 3 && process > 0 && inode == status.st_ino &&
+            makedev(major, minor) == status.st_dev)
+            return " (process " + std::to_string(process) + ")";
+    }
+    return {};
+}
+
+}  // namespace
 
 Descriptor lockDevice(const std::filesystem::path& folder)
 {
@@ -18,7 +50,8 @@ Descriptor lockDevice(const std::filesystem::path& folder)
     if (::flock(lock.get(), LOCK_EX | LOCK_NB) == 0)
         return lock;
     if (errno == EWOULDBLOCK)
-        throw Refusal("The device " + quoted(folder) + " is open in another Quillbox.", true);
+        throw Refusal("The device " + quoted(folder) + " is open in another Quillbox" + processWithLock(lock) + ".",
+                      true);
     refuse("The device " + quoted(folder) + " can't be locked", errno);
 }
 
@@ -42,7 +75,9 @@ bool tryLockCard(const Descriptor& opened)
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder)
 {
     if (!tryLockCard(opened))
-        throw Refusal("The card " + quoted(folder) + " is in use by another Quillbox device.", true);
+        throw Refusal("The card " + quoted(folder) + " is in use by another Quillbox device" + processWithLock(opened) +
+                          ".",
+                      true);
 }
 
 }  // namespace platform::device

@@ -1,6 +1,9 @@
 // The host's main(): opens a device and starts the program on it.
 #include "command_line.h"
+#include "command_run.h"
 #include "device/device.h"
+#include "exit_codes.h"
+#include "telling.h"
 #include "trouble_sentences.h"
 
 #include "headless/script_run.h"
@@ -17,7 +20,6 @@
 #include "ce/window.h"
 #include "ce/winmain.h"
 
-#include <algorithm>
 #include <array>
 #include <fstream>
 #include <iostream>
@@ -34,18 +36,15 @@ namespace {
 using platform::device::CommandLine;
 using platform::kernel::Since;
 
-constexpr int Failed = 1;
-constexpr int BadUsage = 2;
-constexpr int LeftOut = 4;  // 3 is the window's, where there is no display
+using platform::device::ExitBadUsage;
+using platform::device::ExitComplete;
+using platform::device::ExitNothingDone;
+using platform::device::tell;
+using platform::device::tellLeftOut;
+using platform::device::tellWarnings;
 
-// Replaces control characters, because a file's name in the sentence could send commands to the terminal.
-int tell(std::string sentence, int exitCode)
-{
-    std::ranges::replace_if(
-        sentence, [](unsigned char byte) { return byte < ' ' || byte == 0x7F; }, '?');
-    std::cerr << "quillbox: " << sentence << '\n';
-    return exitCode;
-}
+// Any number that isn't null: the program is the only module with resources.
+const auto instance = reinterpret_cast<HINSTANCE>(UINT_PTR{1});
 
 void showBox(const std::string& text, UINT icon)
 {
@@ -67,26 +66,6 @@ int tellAtStart(const std::string& sentence, int exitCode)
                                              .otherwise = exitCode});
 }
 
-void tellWarnings(const platform::device::OpenResult& opened)
-{
-    for (const std::string& warning : opened.warnings)
-        (void)tell(warning, 0);
-}
-
-// The program's own windows may not have reported it.
-int tellLeftOut(int exitCode)
-{
-    const auto all = platform::device::whatWasLeftOut(Since::Start);
-    for (const platform::device::LeftOut& leftOut : all) {
-        (void)tell(leftOut.sentence, exitCode);
-        for (const std::string& name : leftOut.furtherOnes)
-            (void)tell("    " + name, exitCode);
-        if (leftOut.unnamed != 0)
-            (void)tell("    and " + std::to_string(leftOut.unnamed) + " more", exitCode);
-    }
-    return exitCode == 0 && !all.empty() ? LeftOut : exitCode;
-}
-
 void showLeftOut(HWND owner)
 {
     std::string text;
@@ -99,8 +78,6 @@ void showLeftOut(HWND owner)
 int startProgram()
 {
     WCHAR commandLine[] = u"";
-    // Any number that isn't null: the program is the only module with resources.
-    const auto instance = reinterpret_cast<HINSTANCE>(UINT_PTR{1});
     return WinMain(instance, nullptr, commandLine, SW_SHOW);
 }
 
@@ -113,7 +90,7 @@ std::optional<int> showFirstStart(const CommandLine& options)
         return std::nullopt;
     if (!options.extras.empty())
         (void)tell("its window was open already; its cards and folders stay as they are.", 0);
-    return answer->empty() ? 0 : tellAtStart(*answer, Failed);
+    return answer->empty() ? 0 : tellAtStart(*answer, ExitNothingDone);
 }
 
 // Another device has a process and a window of its own.
@@ -140,7 +117,7 @@ int runProgramInWindow(platform::device::Device& device, const CommandLine& opti
     };
     if (options.set)
         if (const std::string error = openSet(*options.set); !error.empty())
-            return tellAtStart(error, Failed);
+            return tellAtStart(error, ExitNothingDone);
     device.showMedia(options.mediaFolders, platform::display::listAnew);
     const auto firstStart = platform::display::answerSecondStarts(options.device, openSet);
     // Report at the end of the program's thread, because without a desktop the other thread doesn't return.
@@ -166,7 +143,7 @@ int runInWindow(const CommandLine& options)
         if (const auto exitCode = showFirstStart(options))
             return *exitCode;
     if (!opened.device)
-        return tellAtStart(opened.error.sentence, Failed);
+        return tellAtStart(opened.error.sentence, ExitNothingDone);
     tellWarnings(opened);
     return runProgramInWindow(*opened.device, options, opened.warnings);
 }
@@ -177,18 +154,18 @@ int runByScript(const CommandLine& options)
     if (*options.script != "-") {
         scriptFile.open(*options.script);
         if (!scriptFile)
-            return tell("the script \"" + *options.script + "\" can't be read.", BadUsage);
+            return tell("the script \"" + *options.script + "\" can't be read.", ExitBadUsage);
     }
     std::ofstream transcriptFile;
     if (options.transcript && *options.transcript != "-") {
         transcriptFile.open(*options.transcript);
         if (!transcriptFile)
-            return tell("the transcript \"" + *options.transcript + "\" can't be written.", BadUsage);
+            return tell("the transcript \"" + *options.transcript + "\" can't be written.", ExitBadUsage);
     }
 
     const auto opened = platform::device::openDevice(options.device, options.extras, true);
     if (!opened.device)
-        return tell(opened.error.sentence, Failed);
+        return tell(opened.error.sentence, ExitNothingDone);
     tellWarnings(opened);
     if (!options.mediaFolders.empty())
         opened.device->showMedia(options.mediaFolders, [] { return true; });
@@ -204,7 +181,7 @@ int runByScript(const CommandLine& options)
     const int exitCode = tellLeftOut(platform::headless::runScript(startProgram, script, run));
     if (transcriptFile.is_open() && !transcriptFile.flush())
         return tell("the transcript \"" + *options.transcript + "\" can't be written.",
-                    exitCode == 0 ? Failed : exitCode);
+                    exitCode == ExitComplete ? ExitNothingDone : exitCode);
     return exitCode;
 }
 
@@ -212,11 +189,13 @@ int run(int count, const char* const* words)
 {
     const auto parsed = platform::device::parseCommandLine(count, words);
     if (!parsed.options) {
-        (parsed.exitCode == 0 ? std::cout : std::cerr) << parsed.message;
+        (parsed.exitCode == ExitComplete ? std::cout : std::cerr) << parsed.message;
         return parsed.exitCode;
     }
     if (!platform::resource::setResources(quillbox::embeddedResources()))
-        return tell("the resources that are built in are damaged.", Failed);
+        return tell("the resources that are built in are damaged.", ExitNothingDone);
+    if (parsed.options->command)
+        return platform::device::runCommand(*parsed.options, instance);
     return parsed.options->script ? runByScript(*parsed.options) : runInWindow(*parsed.options);
 }
 
@@ -227,6 +206,6 @@ int main(int count, char** words)
     platform::kernel::secureStandardStreams();
     const int exitCode = run(count, words);
     if (!platform::kernel::standardOutputIsWritten())
-        return tell("standard output can't be written.", exitCode == 0 ? Failed : exitCode);
+        return tell("standard output can't be written.", exitCode == ExitComplete ? ExitNothingDone : exitCode);
     return exitCode;
 }

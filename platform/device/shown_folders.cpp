@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 namespace platform::device {
 
@@ -62,7 +63,7 @@ std::optional<std::string> ShownFolders::add(MountPoint mountPoint)
     const MutexLock lock(mutex_);
     struct stat status {};
     ::fstat(mountPoint.opened.get(), &status);
-    const Shown added{mountPoint.name, mountPoint.folder, status.st_dev, status.st_ino};
+    const Shown added{mountPoint.name, mountPoint.folder, status.st_dev, status.st_ino, false, mountPoint.capacity};
     refuseDouble(added);
     auto warning = whatIsHiddenBy(mountPoint);
     if (mountPoint.card) {
@@ -133,6 +134,53 @@ std::optional<std::u16string> ShownFolders::pathOf(const fs::path& entry) const
     return best;
 }
 
+std::optional<std::u16string> ShownFolders::pathOfShown(const fs::path& folder) const
+{
+    const MutexLock lock(mutex_);
+    struct stat status {};
+    if (::stat(folder.c_str(), &status) != 0)
+        return std::nullopt;
+    for (const Shown& shown : shown_) {
+        if (shown.device == status.st_dev && shown.inode == status.st_ino)
+            return shown.name.empty() ? u"" : u"\\" + shown.name;
+    }
+    return std::nullopt;
+}
+
+fs::path ShownFolders::hostPathOf(const std::u16string& path) const
+{
+    const MutexLock lock(mutex_);
+    const std::size_t nameEnd = std::min(path.find(u'\\', 1), path.size());
+    const Shown* const shown = path.empty() ? nullptr : find(path.substr(1, nameEnd - 1));
+    fs::path found = shown ? shown->folder : device_ / "object-store";
+    for (std::size_t at = shown ? nameEnd : 0; at < path.size();) {
+        const std::size_t end = std::min(path.find(u'\\', at + 1), path.size());
+        found /= text::toHostName(path.substr(at + 1, end - at - 1)).value_or("");
+        at = end;
+    }
+    return found;
+}
+
+std::optional<std::uint64_t> ShownFolders::roomIn(const std::u16string& path) const
+{
+    const MutexLock lock(mutex_);
+    const Shown* const shown = find(path.empty() ? path : path.substr(1));
+    struct statvfs status {};
+    if (!shown || ::statvfs(shown->folder.c_str(), &status) != 0)
+        return std::nullopt;
+    const std::uint64_t room = std::uint64_t{status.f_bavail} * status.f_frsize;
+    const auto used = file::usedBytes(shown->name);
+    if (!shown->capacity || !used)
+        return room;
+    return std::min(room, *shown->capacity - std::min(*used, *shown->capacity));
+}
+
+const ShownFolders::Shown* ShownFolders::find(const std::u16string& name) const
+{
+    const auto found = std::ranges::find(shown_, name, &Shown::name);
+    return found == shown_.end() ? nullptr : &*found;
+}
+
 // Two names of one folder would let one file be open twice.
 void ShownFolders::refuseDouble(const Shown& added) const
 {
@@ -160,7 +208,7 @@ bool ShownFolders::isTaken(const std::u16string& name) const
 {
     const auto hostName = text::toHostName(name);
     std::error_code error;
-    return std::ranges::find(shown_, name, &Shown::name) != shown_.end() ||
+    return find(name) != nullptr ||
            (hostName && fs::exists(fs::symlink_status(device_ / "object-store" / *hostName, error)));
 }
 

@@ -50,6 +50,15 @@ public:
     // The device's path of an entry of the host, if a shown folder contains it.
     std::optional<std::u16string> pathOf(const std::filesystem::path& entry) const EXCLUDES(mutex_);
 
+    // The device's path of a folder that is shown itself; nothing for any other.
+    std::optional<std::u16string> pathOfShown(const std::filesystem::path& folder) const EXCLUDES(mutex_);
+
+    // The host's path of a path on the device, which begins with a backslash; that of the root if it is empty.
+    std::filesystem::path hostPathOf(const std::u16string& path) const EXCLUDES(mutex_);
+
+    // The bytes that can still be stored in a shown folder; nothing if the host doesn't say.
+    std::optional<std::uint64_t> roomIn(const std::u16string& path) const EXCLUDES(mutex_);
+
 private:
     struct Shown {
         std::u16string name;
@@ -57,10 +66,12 @@ private:
         dev_t device = 0;
         ino_t inode = 0;
         bool medium = false;
+        std::optional<std::uint64_t> capacity = {};
     };
 
     void refuseDouble(const Shown& added) const REQUIRES(mutex_);
     std::string nameFor(const std::filesystem::path& folder) const REQUIRES(mutex_);
+    const Shown* find(const std::u16string& name) const REQUIRES(mutex_);
     bool isTaken(const std::u16string& name) const REQUIRES(mutex_);
     [[nodiscard]] std::optional<std::string> whatIsHiddenBy(const MountPoint& mountPoint) const;
 

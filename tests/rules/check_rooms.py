@@ -24,7 +24,7 @@ RESERVED = [
     (r"lzo/.*", ["src/set/block_codec.cpp"]),
     (r"Q[A-Z].*|Qt.*/.*", ["platform/display/qt", "tests/qt", "bench"]),
     (r"CLI/.*", ["platform/device", "tools", "bench"]),
-    (r"nlohmann/.*", ["tools"]),
+    (r"nlohmann/.*", ["platform/device", "tools"]),
     (r"dtl/.*", ["tools/quillbox_set/text_patch.cpp"]),
     (r"openssl/.*", ["tools/archive/digest.cpp"]),
 ]
@@ -33,7 +33,7 @@ HOST = re.compile(r"unistd\.h|fcntl\.h|dirent\.h|pthread\.h|dlfcn\.h|sys/.*|linu
                   r"|filesystem|fstream|thread|mutex|condition_variable|iostream|cstdio|stdio\.h|wchar\.h|cwchar")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
 # The order of the program's rooms: each includes headers only of those before it.
-LAYERS = ["src/set", "src/engine", "src/tree", "src/shell"]
+LAYERS = ["src/set", "src/engine", "src/command", "src/tree", "src/shell"]
 
 
 def files(*folders):

@@ -26,6 +26,13 @@ struct ShownSet {
     std::string error;        // a sentence for the user if it can't be shown; empty otherwise
 };
 
+// A folder in which sets are stored.
+struct ShownStorage {
+    std::u16string path;  // on the device; empty for its root
+    bool isNew = false;   // the device has shown it only since this call
+    OpenError error;      // with a sentence if it can't be shown
+};
+
 // An opened device. Its destructor closes every file and unlocks the device. Any thread can make the calls.
 class Device {
 public:
@@ -39,6 +46,15 @@ public:
     // Shows the storage of a set until the device is closed, as a card, unless the device shows it already. `listFile`
     // is on the host.
     [[nodiscard]] virtual ShownSet showSet(const std::filesystem::path& listFile) = 0;
+
+    // Shows a folder of the host as a storage until the device is closed: as a card, unless the device shows it
+    // already.
+    [[nodiscard]] virtual ShownStorage showStorage(const std::filesystem::path& folder) = 0;
+
+    // The host's path of a path on the device, which begins with a backslash; that of the root if it is empty.
+    [[nodiscard]] virtual std::filesystem::path hostPath(const std::u16string& path) const = 0;
+    // The bytes that can still be stored in a folder that the root shows; nothing if the host doesn't say.
+    [[nodiscard]] virtual std::optional<std::uint64_t> roomIn(const std::u16string& path) const = 0;
 
     // Shows what is mounted directly in one of `folders` as cards while it is there. `changed` is called on another
     // thread after one came or went, again and again until it returns true.
@@ -61,8 +77,11 @@ struct OpenResult {
 [[nodiscard]] OpenResult openDevice(const std::filesystem::path& folder, const std::vector<ExtraFolder>& extras,
                                     bool demonstration);
 
-// $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device. A variable without an absolute path is
-// ignored, as the XDG rules demand. Nothing if both are ignored.
+// The folder that this variable of the environment names, or `usual` below the user's home. A variable without an
+// absolute path is ignored, as the XDG rules demand. Nothing if both are ignored.
+[[nodiscard]] std::optional<std::filesystem::path> userFolder(const char* variable, const char* usual);
+
+// $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device.
 [[nodiscard]] std::optional<std::filesystem::path> defaultDeviceFolder();
 
 }  // namespace platform::device

@@ -1,0 +1,117 @@
+#include "command_runs.h"
+
+#include "command_outcome.h"
+#include "exit_codes.h"
+#include "refusal.h"
+#include "telling.h"
+#include "terminal.h"
+#include "trouble_sentences.h"
+
+#include "kernel/run_progress.h"
+#include "text/host_name.h"
+
+#include "ce/command.h"
+#include "ce/outcome.h"
+
+#include <iostream>
+
+namespace platform::device {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+// "\Stick", or "the device" for its root.
+std::string storageText(const std::u16string& path)
+{
+    return path.empty() ? "the device" : "\"" + text::toUtf8(path) + "\"";
+}
+
+std::string planOf(const Session& session, const RunPlan& plan, const std::u16string& storage)
+{
+    std::string sentence = itemsText(plan.items) + ", " + sizeText(plan.bytes) + ". ";
+    const auto room = session.opened.device->roomIn(storage);
+    if (!room)
+        return sentence + "The room on " + storageText(storage) + " isn't known.";
+    sentence += storageText(storage) + " has room for " + sizeText(*room) + ".";
+    return plan.bytes > *room ? sentence + " That is enough only if they can be compressed." : sentence;
+}
+
+int tellBackupPlan(const Session& session, const RunPlan& plan, const std::u16string& storage)
+{
+    const auto room = session.opened.device->roomIn(storage);
+    print(session.command, onScreen("To store: " + planOf(session, plan, storage)) + "\n",
+          {{"outcome", "dry run"},
+           {"exitCode", ExitComplete},
+           {"items", itemsJson(plan.items)},
+           {"bytes", plan.bytes},
+           {"room", room ? Json(*room) : Json(nullptr)}});
+    return tellLeftOut(ExitComplete);
+}
+
+BackupRequest requestOf(const BackupOptions& options, const Session& session, const NamedStorage& storage)
+{
+    const NamedItems items = itemsNamed(options.items);
+    const bool unsaid = !options.files && !options.databases && !options.registry && options.items.empty();
+    const bool all = options.all || unsaid;
+    return {.files = all || options.files,
+            .databases = all || options.databases,
+            .registry = all || options.registry || items.registry,
+            .paths = items.paths,
+            .databaseNames = items.databases,
+            .storage = storage.folder ? session.storage.path : storage.path,
+            .leavesStorageOut = session.storage.isNew,
+            .comment = text::fromUtf8(options.comment),
+            .replaced = options.replaced,
+            .deletesSources = options.deletesSources,
+            .writesLog = options.writesLog,
+            .verifies = options.verifies};
+}
+
+int endBackup(const Session& session, DWORD number)
+{
+    const kernel::RunProgress run = kernel::runProgress();
+    const auto set = number != 0 ? SummaryOfSet(run.listPath.c_str()) : std::nullopt;
+    const bool stopped = leftItemsUnreached() || (number == 0 && JobIsToStop());
+    const RunEnd end = stopped ? RunEnd::Stopped : number == 0 ? RunEnd::MadeNothing : RunEnd::Over;
+    if (!set)
+        return endRun(session.command, end, stopped ? "Stopped before a set was made." : "No set was made.",
+                      {{"set", nullptr}});
+    const std::string list = session.hostPath(set->listPath);
+    const bool complete = !stopped && whatWasLeftOut(kernel::Since::Start).empty();
+    const std::string begin = stopped ? "Stopped. Set " : "Set ";
+    const std::string state = complete ? " is complete: " : stopped ? " has " : " isn't complete. It has ";
+    return endRun(session.command, end,
+                  begin + std::to_string(number) + state + itemsText(set->items) + ", " + sizeText(set->bytes) +
+                      " in " + quoted(fs::path(list)) + ".",
+                  {{"set", {{"number", number}, {"list", text::toUtf8(set->listPath)}, {"path", list}}},
+                   {"items", itemsJson(set->items)},
+                   {"bytes", run.bytesDone},
+                   {"storedBytes", set->bytes},
+                   {"seconds", secondsOfRun()}});
+}
+
+}  // namespace
+
+int runBackup(const Session& session, const BackupOptions& options, const NamedStorage& storage)
+{
+    const BackupRequest request = requestOf(options, session, storage);
+    const RunPlan plan = PrepareBackup(request);
+    if (JobIsToStop())
+        return endBackup(session, 0);
+    if (plan.refused)
+        return endRefused(session.command, text::toUtf8(plan.sentence), ExitNothingDone);
+    if (options.dryRun)
+        return tellBackupPlan(session, plan, request.storage);
+    if (session.showsProgress())
+        std::cerr << onScreen("Storing " + planOf(session, plan, request.storage)) << '\n';
+    DWORD number = 0;
+    {
+        const ProgressLine line(session.showsProgress());
+        number = PerformBackup();
+    }
+    return endBackup(session, number);
+}
+
+}  // namespace platform::device

@@ -1,0 +1,70 @@
+// command_options.h - the commands of quillbox, which run without a window, and their options.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace platform::device {
+
+struct BackupOptions {
+    std::string to;  // a card's name, "Main device", or a folder of the host, which has a slash
+    bool all = false;
+    bool files = false;
+    bool databases = false;
+    bool registry = false;
+    std::vector<std::string> items;
+    std::string comment;
+    unsigned replaced = 0;  // 0: the first number that is free
+    bool deletesSources = false;
+    bool writesLog = false;
+    bool verifies = false;
+    bool dryRun = false;
+};
+
+enum class WithExisting { Unsaid, Replace, Skip };
+
+struct RestoreOptions {
+    std::string set;
+    std::vector<std::string> items;
+    WithExisting files = WithExisting::Unsaid;
+    WithExisting databases = WithExisting::Unsaid;
+    bool noRegistry = false;
+    bool dryRun = false;
+};
+
+struct SetsOptions {
+    std::string storage;  // empty: all
+};
+
+struct Command {
+    std::variant<BackupOptions, RestoreOptions, SetsOptions> options;
+    bool json = false;
+    bool quiet = false;
+    std::chrono::seconds wait{0};  // for a device that another process has open
+};
+
+// The options as they are parsed. They must live as long as the parser.
+struct CommandParser {
+    BackupOptions backup;
+    RestoreOptions restore;
+    SetsOptions sets;
+    bool json = false;
+    bool quiet = false;
+    unsigned wait = 0;
+    CLI::App* backupCommand = nullptr;
+    CLI::App* restoreCommand = nullptr;
+    CLI::App* setsCommand = nullptr;
+
+    void addTo(CLI::App& app);
+    // The command that was given; nothing without one.
+    [[nodiscard]] std::optional<Command> given() const;
+};
+
+}  // namespace platform::device

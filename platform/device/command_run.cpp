@@ -1,0 +1,37 @@
+#include "command_run.h"
+
+#include "command_names.h"
+#include "command_outcome.h"
+#include "command_runs.h"
+#include "command_session.h"
+#include "exit_codes.h"
+
+namespace platform::device {
+
+int runCommand(const CommandLine& line, HINSTANCE instance)
+{
+    stopAtSignal();
+    if (const auto* backup = std::get_if<BackupOptions>(&line.command->options)) {
+        const NamedStorage storage = storageNamed(backup->to);
+        return onDevice(line, instance, storage.folder, false,
+                        [&](const Session& session) { return runBackup(session, *backup, storage); });
+    }
+    if (const auto* restore = std::get_if<RestoreOptions>(&line.command->options)) {
+        const NamedSet set = setNamed(restore->set);
+        if (!set.refusal.empty())
+            return endRefused(*line.command, set.refusal, ExitNothingDone);
+        return onDevice(line, instance, std::nullopt, true, [&](const Session& session) {
+            if (!set.listFile)
+                return runRestore(session, *restore, set.path);
+            const ShownSet shown = session.opened.device->showSet(*set.listFile);
+            return shown.error.empty() ? runRestore(session, *restore, shown.listFile)
+                                       : endRefused(session.command, shown.error, ExitNothingDone);
+        });
+    }
+    const auto& sets = std::get<SetsOptions>(line.command->options);
+    const NamedStorage storage = storageNamed(sets.storage);
+    return onDevice(line, instance, storage.folder, false,
+                    [&](const Session& session) { return runSets(session, sets, storage); });
+}
+
+}  // namespace platform::device

@@ -1,0 +1,14 @@
+// command_runs.h - the commands on an open device. Each tells how it went and returns the exit code.
+#pragma once
+
+#include "command_names.h"
+#include "command_session.h"
+
+namespace platform::device {
+
+int runBackup(const Session& session, const BackupOptions& options, const NamedStorage& storage);
+// `listPath` is on the device.
+int runRestore(const Session& session, const RestoreOptions& options, const std::u16string& listPath);
+int runSets(const Session& session, const SetsOptions& options, const NamedStorage& storage);
+
+}  // namespace platform::device

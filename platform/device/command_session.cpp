@@ -1,0 +1,105 @@
+#include "command_session.h"
+
+#include "command_outcome.h"
+#include "exit_codes.h"
+#include "refusal.h"
+#include "telling.h"
+#include "terminal.h"
+
+#include "kernel/job.h"
+#include "kernel/run_progress.h"
+
+#include "ce/command.h"
+#include "ce/outcome.h"
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+namespace platform::device {
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+// Only a restore makes a device, and then an empty one: a backup of a new device would store what nobody wants.
+std::optional<std::string> whyNoDevice(const fs::path& folder, bool mayMake)
+{
+    std::error_code error;
+    if (mayMake || fs::is_directory(folder / "object-store", error))
+        return std::nullopt;
+    return quoted(folder) + " is not a device: it has no folder \"object-store\".";
+}
+
+void open(Session& session, const CommandLine& line, const std::optional<fs::path>& storage)
+{
+    session.opened = openDevice(line.device, line.extras, false);
+    if (!session.opened.device)
+        return;
+    if (!line.mediaFolders.empty())
+        session.opened.device->showMedia(line.mediaFolders, [] { return true; });
+    if (!storage)
+        return;
+    session.storage = session.opened.device->showStorage(*storage);
+    if (session.storage.error.sentence.empty())
+        return;
+    session.opened.error = session.storage.error;
+    session.opened.device.reset();
+}
+
+void openWaiting(Session& session, const CommandLine& line, const std::optional<fs::path>& storage)
+{
+    const auto until = std::chrono::steady_clock::now() + line.command->wait;
+    for (open(session, line, storage); !session.opened.device; open(session, line, storage)) {
+        if (!session.opened.error.inUse || std::chrono::steady_clock::now() >= until || JobIsToStop())
+            return;
+        std::this_thread::sleep_for(200ms);
+    }
+}
+
+}  // namespace
+
+bool Session::showsProgress() const
+{
+    return standardErrorIsTerminal() && !command.quiet;
+}
+
+std::string Session::hostPath(const std::u16string& path) const
+{
+    return opened.device->hostPath(path).string();
+}
+
+void stopAtSignal()
+{
+    struct sigaction action = {};
+    action.sa_handler = [](int) { kernel::stopEveryJob(); };
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        // A caller such as nohup can have a signal ignored, and that stays.
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            (void)::sigaction(signal, &action, nullptr);
+    }
+}
+
+int onDevice(const CommandLine& line, HINSTANCE instance, const std::optional<fs::path>& storage, bool mayMake,
+             const std::function<int(const Session& session)>& run)
+{
+    if (const auto reason = whyNoDevice(line.device, mayMake))
+        return endRefused(*line.command, *reason, ExitNothingDone);
+    Session session = {*line.command, {}, {}};
+    openWaiting(session, line, storage);
+    if (!session.opened.device)
+        return endRefused(session.command, session.opened.error.sentence, ExitNothingDone);
+    tellWarnings(session.opened);
+    BeginCommand(instance);
+    return run(session);
+}
+
+double secondsOfRun()
+{
+    return std::chrono::duration<double>(kernel::runProgress().time).count();
+}
+
+}  // namespace platform::device

@@ -1,0 +1,33 @@
+// command_session.h - an open device with the command that runs on it.
+#pragma once
+
+#include "command_line.h"
+
+#include "ce/types.h"
+
+#include <functional>
+
+namespace platform::device {
+
+struct Session {
+    const Command& command;
+    OpenResult opened;
+    ShownStorage storage;  // if the command names a folder of the host
+
+    // Whether the user sees how far the run has come.
+    [[nodiscard]] bool showsProgress() const;
+    [[nodiscard]] std::string hostPath(const std::u16string& path) const;
+};
+
+// Lets a signal that asks the process to end stop the run after its present item. A second one ends the process.
+void stopAtSignal();
+
+// Opens the device, waiting for it as long as the command says, and calls run(session) for the exit code. `storage` is
+// a folder of the host. A device that doesn't exist is refused unless `mayMake`.
+int onDevice(const CommandLine& line, HINSTANCE instance, const std::optional<std::filesystem::path>& storage,
+             bool mayMake, const std::function<int(const Session& session)>& run);
+
+// The seconds that the run took.
+[[nodiscard]] double secondsOfRun();
+
+}  // namespace platform::device

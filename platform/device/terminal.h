@@ -1,0 +1,61 @@
+// terminal.h - what a command shows and asks on a terminal while it runs. Nothing of it goes to a pipe or a file.
+#pragma once
+
+#include "kernel/mutex.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace platform::device {
+
+[[nodiscard]] bool standardErrorIsTerminal();
+// Whether the user can be asked: standard input and standard error are terminals.
+[[nodiscard]] bool userCanBeAsked();
+
+// "1 file", "2 files".
+[[nodiscard]] std::string counted(std::uint64_t number, const std::string& thing);
+// "1.2 MB".
+[[nodiscard]] std::string sizeText(std::uint64_t bytes);
+
+// A line on standard error that shows how far the run has come. The destructor removes it.
+class ProgressLine {
+public:
+    // Shows nothing if not `shown`.
+    explicit ProgressLine(bool shown);
+    ProgressLine(const ProgressLine&) = delete;
+    ProgressLine& operator=(const ProgressLine&) = delete;
+    ~ProgressLine();
+
+    // While a question is on the screen, the line isn't shown.
+    void pause(bool paused);
+
+private:
+    void showUntilEnd();
+
+    kernel::Mutex mutex_;
+    kernel::Condition changed_;
+    bool ending_ GUARDED_BY(mutex_) = false;
+    bool paused_ GUARDED_BY(mutex_) = false;
+    std::thread thread_;
+};
+
+// Asks whether something that exists may be replaced. The user can answer for all further ones of a kind.
+class ReplaceQuestion {
+public:
+    explicit ReplaceQuestion(ProgressLine*& line) : line_(line) {}
+
+    // `what` is "The file \"\\a\"". No if the user doesn't answer, or stops the run.
+    [[nodiscard]] bool ask(const std::string& what);
+    [[nodiscard]] unsigned refused() const { return refused_; }
+
+private:
+    [[nodiscard]] bool answer(const std::string& what);
+
+    ProgressLine*& line_;  // null while there is none
+    std::optional<bool> forAll_;
+    unsigned refused_ = 0;
+};
+
+}  // namespace platform::device

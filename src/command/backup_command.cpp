@@ -1,0 +1,181 @@
+#include "ce/command.h"
+
+#include "engine/backup_run.h"
+#include "engine/directory_walker.h"
+#include "engine/item_names.h"
+#include "engine/options.h"
+#include "engine/set_paths.h"
+#include "engine/stored_digests.h"
+#include "set/block_pipeline.h"
+#include "set/set_state.h"
+#include "set_verification.h"
+#include "storages.h"
+
+#include "ce/file.h"
+#include "ce/outcome.h"
+#include "ce/store.h"
+#include "ce/text.h"
+
+namespace {
+
+// Of the run that was prepared last.
+BackupRequest gRequest;
+
+RunPlan Refusal(const std::u16string& sentence)
+{
+    RunPlan plan;
+    plan.refused = true;
+    plan.sentence = sentence;
+    return plan;
+}
+
+RunPlan RefuseStorage(const std::u16string& storage)
+{
+    std::u16string sentence = u"There is no card \"" + storage + u"\" on the device.";
+    const std::vector<std::u16string> cards = Cards();
+    for (const std::u16string& card : cards)
+        sentence += (card == cards.front() ? u" It has " : u", ") + card;
+    return Refusal(sentence + (cards.empty() ? u"" : u"."));
+}
+
+bool HasSet(const std::u16string& storage, DWORD number)
+{
+    WCHAR path[MAX_PATH];
+    FormatListPath(path, storage.c_str(), number);
+    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool HasFreeNumber(const std::u16string& storage)
+{
+    for (DWORD number = FirstSetNumber; number <= LastSetNumber; number++) {
+        if (!HasSet(storage, number))
+            return true;
+    }
+    return false;
+}
+
+// Whether the set can have its number. Otherwise the plan is refused.
+RunPlan CheckTarget(const BackupRequest& request)
+{
+    if (!IsStorage(request.storage))
+        return RefuseStorage(request.storage);
+    WCHAR folder[MAX_PATH];
+    FormatSetFolder(folder, request.storage.c_str());
+    if (request.replaced != 0 && !HasSet(request.storage, request.replaced)) {
+        WCHAR sentence[2 * MAX_PATH];
+        wsprintfW(sentence, u"There is no set %u to replace in \"%s\".", request.replaced, folder);
+        return Refusal(sentence);
+    }
+    RunPlan plan;
+    if (request.replaced == 0 && !HasFreeNumber(request.storage)) {
+        ReportNoSet(folder, ERROR_FILE_EXISTS);
+        plan.refused = true;
+    }
+    return plan;
+}
+
+// The stored name of the database, which is found without regard to case; empty if there is none.
+std::u16string StoredName(const std::u16string& wanted)
+{
+    std::u16string found;
+    ForEachName(ItemKindDatabase, [&](const WCHAR* name) {
+        if (name && lstrcmpiW(name, wanted.c_str()) == 0)
+            found = name;
+    });
+    return found;
+}
+
+bool ListDatabase(const std::u16string& wanted)
+{
+    const std::u16string name = StoredName(wanted);
+    if (name.empty())
+        return false;
+    const DWORD bytes = NameBytes(name.c_str());
+    if (!gDatabaseList || (!gDatabaseList->Contains(name.c_str(), bytes) && !gDatabaseList->Add(name.c_str(), bytes)))
+        ReportItem(OutcomeNotStored, OutcomeDatabase, name.c_str(), ERROR_NOT_ENOUGH_MEMORY);
+    return true;
+}
+
+// The name of the first item that doesn't exist; empty if all do.
+std::u16string ListItems(const BackupRequest& request)
+{
+    gFullFiles = request.files;
+    gFullDatabases = request.databases;
+    const std::u16string storage = request.storage + u"\\";
+    gFolderLeftOut = request.leavesStorageOut ? storage.c_str() : nullptr;
+    ListDevice();
+    gFolderLeftOut = nullptr;
+    for (const std::u16string& path : request.paths) {
+        if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+            return path;
+        ListPath(path.c_str());
+    }
+    for (const std::u16string& name : request.databaseNames) {
+        if (!ListDatabase(name))
+            return name;
+    }
+    gRegistryMarked = request.registry;
+    return {};
+}
+
+// A database's size is that of its records.
+std::uint64_t BytesOfDatabases()
+{
+    std::uint64_t bytes = 0;
+    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) {
+        CEOID oid = 0;
+        const HANDLE database = CeOpenDatabase(&oid, entry.name, 0, 0, nullptr);
+        CEOIDINFO info = {};
+        if (database != INVALID_HANDLE_VALUE && CeOidGetInfo(oid, &info))
+            bytes += info.infDatabase.dwSize;
+        if (database != INVALID_HANDLE_VALUE)
+            CloseHandle(database);
+    });
+    return bytes;
+}
+
+bool NamesSingleItems(const BackupRequest& request)
+{
+    return !request.paths.empty() || !request.databaseNames.empty();
+}
+
+}  // namespace
+
+RunPlan PrepareBackup(const BackupRequest& request)
+{
+    gRequest = request;
+    RunPlan plan = CheckTarget(request);
+    if (plan.refused)
+        return plan;
+    const std::u16string missing = ListItems(request);
+    if (!missing.empty())
+        return Refusal(u"There is no \"" + missing + u"\" on the device.");
+    if (NothingIsMarked())
+        return Refusal(u"There is nothing to back up.");
+    plan.items = {CountOf(gFileList), CountOf(gDatabaseList), gRegistryMarked};
+    plan.bytes = (gFileList ? gFileList->ContentBytes() : 0) + BytesOfDatabases();
+    return plan;
+}
+
+DWORD PerformBackup()
+{
+    gOptions.deleteBackedUp = gRequest.deletesSources;
+    gOptions.generateLog = gRequest.writesLog;
+    gDigestsBlocks = gRequest.verifies;
+    gStoredDigests.clear();
+    CopyText(gComment, gRequest.comment.c_str());
+    ComposeComment();
+    BackupTarget target = {};
+    CopyText(target.root, gRequest.storage.c_str());
+    target.replaced = gRequest.replaced;
+    // A file that the user named and that disappears meanwhile is reported, one that a full backup found isn't.
+    BackUpTo(target, NamesSingleItems(gRequest) ? BackupSelectedItems : BackupListedItems);
+    if (gRequest.verifies && gLastSetNumber != 0) {
+        WCHAR listPath[MAX_PATH];
+        FormatListPath(listPath, target.root, gLastSetNumber);
+        VerifyStoredSet(listPath);
+    }
+    RenewLists();
+    gRegistryMarked = 0;
+    return gLastSetNumber;
+}

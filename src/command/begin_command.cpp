@@ -1,0 +1,21 @@
+#include "ce/command.h"
+
+#include "engine/options.h"
+#include "engine/questions.h"
+#include "engine/registry_calls.h"
+#include "set/set_state.h"
+
+// The options that are saved don't count: a command has its own.
+void BeginCommand(HINSTANCE instance)
+{
+    gInstance = instance;
+    gOptions = {};
+    LookUpRegistryFileCalls();
+    RenewLists();
+    gRegistryMarked = 0;
+    gRunQuestions = {.mayReplaceSet = [](const WCHAR* /*listPath*/) { return false; },
+                     .mayReplaceFile = [](const WCHAR* /*path*/) { return false; },
+                     .mayReplaceDatabase = [](const WCHAR* /*name*/) { return false; },
+                     .showRegistryRestored = [] {},
+                     .openProgress = [](const WCHAR*, const WCHAR*, DWORD, DWORD) { return HWND{nullptr}; }};
+}

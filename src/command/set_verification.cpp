@@ -1,0 +1,76 @@
+#include "set_verification.h"
+
+#include "engine/stored_digests.h"
+#include "set/compressed_stream.h"
+#include "set/item_kinds.h"
+#include "set/list_file.h"
+#include "set/list_reader.h"
+#include "set/stream_decoding.h"
+
+#include "ce/file.h"
+#include "ce/outcome.h"
+
+namespace {
+
+BOOL AddToDigest(const BYTE* raw, DWORD bytes, void* digest)
+{
+    auto& all = *static_cast<std::uint64_t*>(digest);
+    all = DigestWith(all, DigestOfBlock(raw, bytes));
+    return TRUE;
+}
+
+bool IsAsItWasRead(HANDLE dataFile, const ListEntry& entry, std::uint64_t expected)
+{
+    std::uint64_t digest = 0;
+    return DecodeStream(dataFile, entry.startOffset, entry.endOffset, AddToDigest, &digest) == StreamFault::None &&
+           digest == expected;
+}
+
+HANDLE OpenFromDisk(const WCHAR* path)
+{
+    const HANDLE file = CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file != INVALID_HANDLE_VALUE)
+        (void)DropFromCache(file);
+    return file;
+}
+
+void Report(DWORD kind, const WCHAR* name)
+{
+    ReportItem(OutcomeNotStored, kind, name, ERROR_FILE_CORRUPT);
+}
+
+void VerifyEntries(HANDLE listFile, HANDLE dataFile, const WCHAR* listPath)
+{
+    static ListReader reader;  // too large for the stack
+    static ListEntry entry;
+    WCHAR comment[CommentChars];
+    StartListReader(reader, listFile);
+    (void)ReadListHead(reader, comment);
+    std::size_t number = 0;
+    for (; !JobIsToStop() && ReadListEntry(reader, entry); number++) {
+        if (number >= gStoredDigests.size() || !IsAsItWasRead(dataFile, entry, gStoredDigests[number]))
+            Report(KindOf(entry.kind).reportedAs, entry.blob.name);
+    }
+    if (JobIsToStop())
+        ReportItem(OutcomeNotReached, OutcomeFile, listPath, ERROR_SUCCESS);
+    else if (number != gStoredDigests.size() || reader.readError != ERROR_SUCCESS)
+        Report(OutcomeFile, listPath);
+}
+
+}  // namespace
+
+void VerifyStoredSet(const WCHAR* listPath)
+{
+    WCHAR dataPath[MAX_PATH];
+    DataPathOfList(dataPath, listPath);
+    const HANDLE listFile = OpenFromDisk(listPath);
+    const HANDLE dataFile = OpenFromDisk(dataPath);
+    if (listFile != INVALID_HANDLE_VALUE && dataFile != INVALID_HANDLE_VALUE)
+        VerifyEntries(listFile, dataFile, listPath);
+    else
+        Report(OutcomeFile, listFile == INVALID_HANDLE_VALUE ? listPath : dataPath);
+    for (const HANDLE file : {listFile, dataFile}) {
+        if (file != INVALID_HANDLE_VALUE)
+            CloseHandle(file);
+    }
+}

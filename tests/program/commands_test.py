@@ -1,0 +1,259 @@
+"""quillbox backup, restore and sets: what they do, say and return, without a window and without a script."""
+import json
+import os
+import random
+import re
+import signal
+import subprocess
+import time
+import unittest
+
+from companions import BIN, SANITIZED
+import independent_set
+from program import ProgramTest
+
+
+class CommandTest(ProgramTest):
+    def command(self, *words, code=0, **more):
+        return self.run_program("quillbox", "--device", self.device, *words, code=code, **more)
+
+    def result(self, *words, code=0):
+        found = json.loads(self.command(*words, "--json", code=code).text)
+        self.assertEqual(found["exitCode"], code)
+        return found
+
+    def listed(self, number=1):
+        return {name for kind, name in self.items(number) if kind == independent_set.FILE}
+
+    def fill(self):
+        for name in ("a", "docs/b", "docs/deep/c", ".hidden/d"):
+            self.write(name, name.encode())
+
+
+class BackupTest(CommandTest):
+    def test_what_is_chosen_is_in_the_set_and_nothing_else(self):
+        self.fill()
+        (self.card / "photos").mkdir()
+        (self.card / "photos/p").write_bytes(b"p")
+        everything = {"\\a", "\\docs\\b", "\\docs\\deep\\c", "\\Card\\photos\\p"}
+        for number, (words, files, registry) in enumerate((
+                ([], everything, True), (["--files"], everything, False), (["--registry"], set(), True),
+                (["--item", "/docs", "--item", "\\a"], {"\\docs\\b", "\\docs\\deep\\c", "\\a"}, False),
+                (["--item", "/docs/deep", "/docs/deep/c", "registry"], {"\\docs\\deep\\c"}, True),
+                (["--item", "/.hidden"], {"\\.hidden\\d"}, False)), 1):
+            with self.subTest(words):
+                found = self.result("backup", "--to", "Card", *words)
+                self.assertEqual(found["set"]["path"], str(self.sets / f"QLBX{number:04d}.QLT"))
+                self.assertEqual(self.listed(number), files)
+                self.assertEqual((independent_set.REGISTRY, "") in self.items(number), registry)
+                self.assertEqual(found["items"], {"files": len(files), "databases": 0, "registry": int(registry)})
+
+    def test_storage_is_a_card_the_device_or_a_folder_of_the_host_that_is_left_out(self):
+        self.fill()
+        share = self.folder / "a share"
+        (share / "docs").mkdir(parents=True)
+        (share / "docs/foreign").write_bytes(b"foreign")
+        (self.store / "a share").mkdir()
+        for storage, sets, path in (("Card", self.sets, "\\Card"), ("\\Card", self.sets, "\\Card"),
+                                    (self.card, self.sets, "\\Card"), ("Main device", self.store / "QUILBOX", ""),
+                                    (share, share / "QUILBOX", "\\a share (2)"), (f"{share}/.", share / "QUILBOX", "\\a share (2)")):
+            with self.subTest(storage):
+                made = self.result("backup", "--to", storage, "--files")["set"]
+                self.assertEqual(os.path.dirname(made["path"]), str(sets))
+                self.assertEqual(made["list"], f"{path}\\QUILBOX\\QLBX{made['number']:04d}.QLT")
+                names = {name for _, name, _ in independent_set.read_set(sets / f"QLBX{made['number']:04d}.QLT")}
+                self.assertFalse({name for name in names if "foreign" in name})
+        found = json.loads(self.command("sets", share, "--json").text)["sets"]
+        self.assertEqual([one["items"]["files"] for one in found], [3, 3])
+
+    def test_options_hold_for_one_run_and_the_saved_ones_stay(self):
+        self.fill()
+        before = self.registry()
+        self.command("backup", "--to", "Card", "--item", "/docs", "--comment", "Nightly", "--log", "--verify", "--delete-sources")
+        self.assertEqual(set(self.content()), {b"a", b".hidden/d"})
+        self.assertTrue(self.log())
+        self.assertEqual(json.loads(self.command("sets", "--json").text)["sets"][0]["comment"], "Nightly")
+        self.command("backup", "--to", "Card", "--files", "--replace", "1")
+        self.assertEqual(self.listed() - {"\\Card\\QUILBOX\\BACKUP0001.LOG"}, {"\\a"})
+        self.assertEqual(self.registry(), before)
+        self.assertEqual(set(self.content()), {b"a", b".hidden/d"})
+
+    def test_dry_run_and_what_is_left_out(self):
+        self.fill()
+        self.assertRegex(self.command("backup", "--to", "Card", "--dry-run").text,
+                         r'^To store: 3 files and the registry, 18 bytes\. "\\Card" has room for .* [KMGT]B\.\n$')
+        self.assertFalse(self.sets.exists())
+        with open(self.store / "a", "ab"):
+            found = self.result("backup", "--to", "Card", "--files", code=4)
+        self.assertEqual((found["outcome"], found["items"]["files"]), ("left out", 2))
+        self.assertIn("another program uses it", found["leftOut"][0]["sentence"])
+        done = self.command("backup", "--to", "Card", "--files", "--quiet")
+        self.assertEqual(done.text + done.said, "")
+        self.assertRegex(self.command("backup", "--to", "Card", "--files").text, r"^Set 3 is complete: 3 files, .* in \".*\"\.\n$")
+
+
+class RestoreTest(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.fill()
+        self.command("backup", "--to", "Card", "--files")
+
+    def test_items_come_back_and_files_that_exist_are_kept_or_replaced_as_said(self):
+        stem = self.sets / "QLBX0001"
+        for named, words, back in ((self.set, ["--existing", "replace"], {b"a": b"a", b"docs/b": b"docs/b"}),
+                                   (stem, ["--existing", "skip"], {b"a": b"new", b"docs/b": b"docs/b"}),
+                                   ("\\Card\\QUILBOX\\QLBX0001.QLT", ["--item", "/docs"], {b"a": b"new", b"docs/b": b"docs/b"}),
+                                   (stem.with_suffix(".QDT"), ["--item", "/docs/b"], {b"a": b"new", b"docs/b": b"docs/b"})):
+            with self.subTest(words):
+                self.empty_store()
+                self.write("a", b"new")
+                self.command("restore", named, *words)
+                content = self.content()
+                self.assertEqual({name: content[name] for name in back}, back)
+                self.assertEqual(b"docs/deep/c" in content, "/docs/b" not in words)
+
+    def test_what_exists_must_be_said_where_nobody_can_be_asked(self):
+        before = self.content()
+        self.write("a", b"new")
+        said = self.command("restore", self.set, code=2).said
+        self.assertRegex(said, r'already 3 files of the set, such as ".*"\. Say skip or replace with --existing\.')
+        self.assertEqual(self.content(), {**before, b"a": b"new"})
+        self.assertIn("3 files", self.command("restore", self.set, "--dry-run").text)
+
+    def test_on_a_terminal_it_asks_and_all_answers_the_rest(self):
+        for answers, replaced in (("y\nn\nn\n", 1), ("a\n", 3), ("o\n", 0)):
+            for name in ("a", "docs/b", "docs/deep/c"):
+                self.write(name, b"new")
+            master, slave = os.openpty()
+            os.write(master, answers.encode())
+            done = self.command("restore", self.set, stdin=slave, stderr=slave)
+            os.close(slave)
+            os.close(master)
+            self.assertEqual(sum(content != b"new" for name, content in self.content().items() if b".hid" not in name), replaced)
+            self.assertIn("Kept as they were" if replaced < 3 else "Restored 3 files.", done.text)
+
+    def test_a_device_that_does_not_exist_is_made_empty(self):
+        self.device = self.folder / "new"
+        self.command("restore", self.set)
+        self.assertEqual(len(self.content(self.device / "object-store")), 3)
+
+
+class RefusalTest(CommandTest):
+    """Nothing is done, and the sentence and the exit code say why."""
+
+    def test_what_cannot_begin(self):
+        self.fill()
+        self.write("only", b"")
+        lists = self.folder / "lists" / "QUILBOX"
+        independent_set.Set().add(independent_set.FILE, "\\x", b"x").write(lists)
+        before = self.content(self.folder)
+        for code, words, sentence in (
+                (2, ["backup"], "--to is required"), (2, ["backup", "--to", "Card", "--replace", "100"], "--replace"),
+                (2, ["backup", "--to", "Card", "--script", "-"], "--script"), (2, ["restore"], "SET is required"),
+                (2, ["restore", lists / "QLBX0001", "--existing", "maybe"], "--existing"),
+                (2, ["--profile", "../x", "sets"], "name of a profile"), (2, ["--profile", "none", "sets"], "none.toml"),
+                (1, ["backup", "--to", "Stick"], 'no card "\\Stick" on the device. It has \\Card.'),
+                (1, ["backup", "--to", "/nowhere/x"], 'The folder "/nowhere/x"'),
+                (1, ["backup", "--to", "Card", "--item", "/no\nthing"], 'no "\\no?thing" on the device'),
+                (1, ["backup", "--to", "Card", "--item", "*"], 'no "*" on the device'),
+                (1, ["backup", "--to", "Card", "--databases"], "nothing to back up"),
+                (1, ["backup", "--to", "Card", "--replace", "7"], 'no set 7 to replace in "\\Card\\QUILBOX"'),
+                (1, ["restore", lists], "Name one of its sets: QLBX0001.QLT."),
+                (1, ["restore", lists.parent], "Name one of its sets: QUILBOX/QLBX0001.QLT."),
+                (1, ["sets", "Stick"], 'no card "\\Stick"'), (1, ["restore", lists / "QLBX0002"], "no set"),
+                (1, ["restore", "\\Card\\QUILBOX\\QLBX0001"], "can't be read"),
+                (1, ["restore", lists / "QLBX0001", "--item", "/y"], 'no "\\y" in the set')):
+            with self.subTest(words):
+                done = self.command(*words, code=code)
+                self.assertIn(sentence, done.said)
+                self.assertEqual(done.text, "")
+        after = {name: content for name, content in self.content(self.folder).items() if not name.startswith(b"device/device.")}
+        self.assertEqual(after, {name: before[name] for name in after})
+
+    def test_a_missing_device_is_not_made_by_a_backup(self):
+        self.device = self.folder / "typo"
+        self.assertIn("is not a device", self.command("backup", "--to", "Card", code=1).said)
+        self.assertFalse(self.device.exists())
+
+    def test_all_numbers_taken_says_how_to_free_one(self):
+        self.write("a", b"a")
+        for number in range(1, 100):
+            independent_set.Set().write(self.sets, number)
+        self.assertIn("To free a number, move both files of its set", self.command("backup", "--to", "Card", code=1).said)
+        self.command("backup", "--to", "Card", "--replace", "99")
+
+    def test_a_device_in_use_says_by_whom_and_wait_waits(self):
+        script = self.file("script", 'command 40011\nwait "Options"\nprint text\nwait "never"\n')
+        self.write("a", b"a")
+        with subprocess.Popen([BIN / "quillbox", "--device", self.device, "--script", script], stdout=subprocess.PIPE) as first:
+            try:
+                first.stdout.readline()
+                self.assertIn(f"another Quillbox (process {first.pid})", self.command("backup", "--to", "Card", code=1).said)
+                waiting = subprocess.Popen([BIN / "quillbox", "--device", self.device, "backup", "--to", "Card", "--wait", "60"],
+                                           stdout=subprocess.DEVNULL)
+                time.sleep(0.3)
+                self.assertIsNone(waiting.poll())
+            finally:
+                first.kill()
+        self.assertEqual(waiting.wait(60), 0)
+
+    def test_a_profile_has_the_options_and_an_unknown_key_is_refused(self):
+        self.fill()
+        profile = self.folder / "quillbox" / "nightly.toml"
+        profile.parent.mkdir()
+        user = {"env": {**os.environ, "XDG_CONFIG_HOME": str(self.folder)}}
+        text = f'device = "{self.device}"\ncard = ["Stick={self.folder}/stick"]\n[backup]\nto = "Stick"\nfiles = true\n'
+        (self.folder / "stick").mkdir()
+        profile.write_text(text)
+        self.run_program("quillbox", "--profile", "nightly", "backup", **user)
+        self.assertTrue((self.folder / "stick/QUILBOX/QLBX0001.QLT").exists())
+        profile.write_text(text + "too = 1\n")
+        self.assertIn("too", self.run_program("quillbox", "--profile", "nightly", "backup", code=2, **user).said)
+
+
+class StopTest(CommandTest):
+    ROUNDS = 5 if SANITIZED else 15
+
+    def stopped(self, *words, after):
+        with subprocess.Popen([BIN / "quillbox", "--device", self.device, *map(str, words)], stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE) as run:
+            time.sleep(after)
+            asked = time.monotonic()
+            run.send_signal(signal.SIGTERM)
+            text = run.communicate(timeout=60)[0].decode()
+            self.assertLess(time.monotonic() - asked, 20 if SANITIZED else 5, "two seconds on a machine that isn't busy")
+        self.assertIn(run.returncode, (0, 6, -signal.SIGTERM))
+        if run.returncode == 6:
+            self.assertTrue(text.startswith("Stopped"), text)
+        return run.returncode
+
+    def assert_no_temporary_file(self):
+        left = [name for name in self.content(self.device) if re.search(rb"BKTMP|BK000|BKREG|TMVReg|\.CDB$|being deleted", name)]
+        self.assertEqual(left, [])
+
+    def test_sigterm_at_any_moment_loses_nothing(self):
+        files = {f"f{number:04d}".encode(): os.urandom(300) + str(number).encode() * 200 for number in range(1500)}
+        chance = random.Random(1)
+        codes = set()
+        for _ in range(self.ROUNDS):
+            self.empty_store()
+            for path in self.sets.glob("*"):
+                path.unlink()
+            for name, content in files.items():
+                self.write(name, content)
+            codes.add(self.stopped("backup", "--to", "Card", "--delete-sources", after=chance.uniform(0.02, 0.5)))
+            self.assert_no_temporary_file()
+            stored = {}
+            if self.set.exists():
+                self.assertEqual(self.verified(self.set)["sound"], True)
+                stored = {name[1:].encode(): content for (kind, name), content in self.items().items() if kind == 1}
+            self.assertEqual({**stored, **self.content()}, files)
+            codes.add(self.stopped("restore", self.set, "--existing", "replace", after=chance.uniform(0.02, 0.3))
+                      if stored else 0)
+            self.assert_no_temporary_file()
+            self.assertEqual({**stored, **self.content()}, files, "what is restored is whole")
+        self.assertIn(6, codes, "no run was stopped in between")
+
+
+if __name__ == "__main__":
+    unittest.main()
