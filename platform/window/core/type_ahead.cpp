@@ -29,9 +29,8 @@ bool beginsWith(std::u16string_view text, std::u16string_view start)
 
 bool contains(std::u16string_view text, std::u16string_view part)
 {
-    return !std::ranges::search(text, part, [](char16_t a, char16_t b) {
-                return text::foldCase(a) == text::foldCase(b);
-            }).empty();
+    return std::search(text.begin(), text.end(), part.begin(), part.end(),
+                       [](char16_t a, char16_t b) { return text::foldCase(a) == text::foldCase(b); }) != text.end();
 }
 
 }  // namespace platform::window
