@@ -22,8 +22,8 @@ struct PackingMemory {
     alignas(void*) BYTE bytes[16384 * sizeof(void*)];
 };
 
-// A number that depends on every byte, to compare the raw bytes of two blocks.
-DWORD DigestOfBlock(const BYTE* raw, DWORD rawBytes);
+// A number that depends on every byte, to compare the raw bytes of two blocks within this process.
+std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes);
 
 // Whether a block that is packed gets a digest. Set while there is no second thread.
 inline bool gDigestsBlocks;

@@ -11,7 +11,7 @@
 #include "ce/types.h"
 
 // The digests of a stream's blocks, in their order, as one number.
-inline std::uint64_t DigestWith(std::uint64_t digest, DWORD blockDigest)
+inline std::uint64_t DigestWith(std::uint64_t digest, std::uint64_t blockDigest)
 {
     constexpr std::uint64_t OddFactor = 0x9E3779B97F4A7C15;
     return (digest + blockDigest + 1) * OddFactor;
