@@ -119,8 +119,8 @@ bool ReplaceList(BackupRun& run)
     return run.listFile != INVALID_HANDLE_VALUE;
 }
 
-// A data file of this number is replaced, also if the list file is new. Checksums of a replaced set are deleted, because
-// the new set would count as damaged by them.
+// A data file of this number is replaced, also if the list file is new. Checksums of a replaced set are deleted,
+// because the new set would count as damaged by them.
 bool OpenLogAndData(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
