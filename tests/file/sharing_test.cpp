@@ -138,15 +138,16 @@ TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess
         const auto openOften = [&] {
             for (int round = 0; round < 3000; ++round) {
                 const DWORD error = openError(u"\\f", GENERIC_READ, OPEN_EXISTING, share);
-                ++(error == ERROR_SHARING_VIOLATION && share == 0 ? refused : opened);
-                EXPECT_TRUE(error == 0 || error == ERROR_SHARING_VIOLATION) << error;
+                opened += error == 0 ? 1 : 0;
+                refused += error == ERROR_SHARING_VIOLATION ? 1 : 0;
             }
         };
         std::thread other(openOften);
         openOften();
         other.join();
         EXPECT_EQ(opened + refused, 6000);
-        EXPECT_GE(opened, 3000);
+        // A handle that doesn't share refuses those that are opened meanwhile.
+        EXPECT_GE(opened, share == 0 ? 1 : 6000);
     }
     EXPECT_EQ(takeNoted(), std::set<std::u16string>{});
     const OtherProcess user(root() / "f", O_RDONLY);
