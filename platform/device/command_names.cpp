@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace platform::device {
 
@@ -78,7 +79,7 @@ fs::path listFileOf(const fs::path& word)
     if (extension == ".QLT" || extension == ".QDT")
         stem.replace_extension();
     for (const char* ending : {".QLT", ".qlt"}) {
-        const fs::path list = stem.string() + ending;
+        fs::path list = stem.string() + ending;
         if (isListFile(list))
             return list;
     }
@@ -106,10 +107,10 @@ NamedSet setNamed(const std::string& word)
     }
     if (fs::is_directory(word, error))
         return {std::nullopt, u"", setIsWanted(word)};
-    const fs::path list = listFileOf(word);
+    fs::path list = listFileOf(word);
     if (list.empty())
         return {std::nullopt, u"", "There is no set \"" + word + "\"."};
-    return {list, u"", ""};
+    return {std::move(list), u"", ""};
 }
 
 NamedItems itemsNamed(const std::vector<std::string>& words)

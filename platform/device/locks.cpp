@@ -2,8 +2,8 @@
 
 #include "refusal.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <fstream>
 #include <sstream>
@@ -26,15 +26,14 @@ std::string processWithLock(const Descriptor& locked)
         return {};
     std::ifstream locks("/proc/locks");
     for (std::string line; std::getline(locks, line);) {
+        std::ranges::replace(line, ':', ' ');
         std::istringstream words(line);
-        std::string number, kind, how, what, file;
+        std::string number, kind, how, what;
         long process = 0;
         unsigned major = 0, minor = 0;
-        unsigned long inode = 0;
-        words >> number >> kind >> how >> what >> process >> file;
-        const int read = std::sscanf(file.c_str(), "%x:%x:%lu", &major, &minor, &inode);
-        if (kind == "FLOCK" && read == 3 && process > 0 && inode == status.st_ino &&
-            makedev(major, minor) == status.st_dev)
+        ino_t inode = 0;
+        words >> number >> kind >> how >> what >> process >> std::hex >> major >> minor >> std::dec >> inode;
+        if (words && kind == "FLOCK" && process > 0 && inode == status.st_ino && makedev(major, minor) == status.st_dev)
             return " (process " + std::to_string(process) + ")";
     }
     return {};

@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <poll.h>
@@ -32,7 +33,7 @@ void put(const std::string& text)
 
 std::string timeText(double seconds)
 {
-    const auto whole = static_cast<unsigned long>(seconds + 0.5);
+    const auto whole = static_cast<unsigned long>(std::lround(seconds));
     std::array<char, 48> text{};
     if (whole < 3600)
         (void)std::snprintf(text.data(), text.size(), "%lu:%02lu", whole / 60, whole % 60);
