@@ -21,7 +21,7 @@ bool RegistryValues::value(std::u16string_view name, DWORD type, std::span<const
 
 std::string onScreen(const RegistryPlace& place)
 {
-    const std::string key = "[" + screen_text::onScreen(place.key) + "]";
+    std::string key = "[" + screen_text::onScreen(place.key) + "]";
     if (!place.isValue)
         return key;
     return key + " " + (place.name.empty() ? "@" : "\"" + screen_text::onScreen(place.name) + "\"");

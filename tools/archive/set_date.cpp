@@ -73,6 +73,7 @@ void readComment(std::u16string_view comment, Dated& dated)
     unsigned year = 0;
     SetDate& date = dated.date;
     auto& [first, second] = dated.dayAndMonth;
+    // NOLINTNEXTLINE(cert-err34-c): a number has at most four digits
     if (std::sscanf(ascii.c_str(), "Backup date:%2u/%2u/%4u (%2u:%2u)", &first, &second, &year, &date.hour,
                     &date.minute) != 5)
         return;

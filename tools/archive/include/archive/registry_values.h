@@ -15,6 +15,7 @@ struct RegistryPlace {
     bool isValue = false;
     std::u16string name;  // of the value. Empty for the default value.
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 takes the operator for a null pointer
     auto operator<=>(const RegistryPlace&) const = default;
 };
 
