@@ -7,9 +7,9 @@
 #include "text/host_name.h"
 
 #include <cerrno>
-#include <cstring>
 #include <memory>
 #include <string_view>
+#include <system_error>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -67,10 +67,11 @@ void DeviceFiles::readFolder(const std::string& path, const std::u16string& name
     const int opened = ::openat(root_.get(), shown, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     const std::unique_ptr<DIR, CloseFolder> folder(opened < 0 ? nullptr : ::fdopendir(opened));
     if (!folder) {
-        files_.push_back({path, {}, std::string("the folder can't be read: ") + std::strerror(errno)});
+        files_.push_back({path, {}, "the folder can't be read: " + std::generic_category().message(errno)});
         return;
     }
     errno = 0;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads this folder
     for (const dirent* entry = ::readdir(folder.get()); entry; entry = ::readdir(folder.get())) {
         const std::string_view own = entry->d_name;
         if (own == "." || own == "..")
@@ -78,7 +79,7 @@ void DeviceFiles::readFolder(const std::string& path, const std::u16string& name
         std::string inner = path.empty() ? std::string(own) : path + "/" + std::string(own);
         struct stat status {};
         if (::fstatat(opened, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-            files_.push_back({inner, {}, std::strerror(errno)});
+            files_.push_back({inner, {}, std::generic_category().message(errno)});
         } else if (S_ISDIR(status.st_mode)) {
             waiting.push_back(std::move(inner));
         } else {
@@ -90,7 +91,7 @@ void DeviceFiles::readFolder(const std::string& path, const std::u16string& name
         errno = 0;
     }
     if (errno != 0)
-        files_.push_back({path, {}, std::string("the folder can't be read to its end: ") + std::strerror(errno)});
+        files_.push_back({path, {}, "the folder can't be read to its end: " + std::generic_category().message(errno)});
 }
 
 std::optional<std::size_t> DeviceFiles::find(std::u16string_view name) const

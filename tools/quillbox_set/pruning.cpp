@@ -11,9 +11,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -74,7 +74,9 @@ std::vector<Judged> judge(const FoundSets& found, const KeepRules& rules)
 // Deletes a file that may be missing. Returns the reason of a failure.
 std::string deleteFile(const fs::path& path)
 {
-    return ::unlink(path.c_str()) == 0 || errno == ENOENT ? "" : path.filename().string() + ": " + std::strerror(errno);
+    return ::unlink(path.c_str()) == 0 || errno == ENOENT
+               ? ""
+               : path.filename().string() + ": " + std::generic_category().message(errno);
 }
 
 // The list goes first, and its removal is on the disk before the rest is deleted. What is left after a kill is no set,
@@ -86,7 +88,7 @@ std::string removeSet(const SetFiles& files)
     if (!failure.empty())
         return failure;
     if (const int error = platform::host::flushFolder(folder))
-        return std::string(std::strerror(error)) + "; its data file is left";
+        return std::generic_category().message(error) + "; its data file is left";
     for (const std::string& name : {files.sumName, files.dataName}) {
         if (std::string fault = deleteFile(folder / name); failure.empty())
             failure = fault;
