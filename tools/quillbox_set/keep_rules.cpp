@@ -12,8 +12,6 @@ namespace {
 
 using std::chrono::days;
 using std::chrono::sys_days;
-using std::chrono::weekday;
-using std::chrono::year_month_day;
 
 // A number that is the same for the sets of one period.
 using Period = std::int64_t (*)(const SetDate& date, std::int64_t index);
