@@ -6,19 +6,13 @@
 #include "terminal.h"
 
 #include "kernel/run_progress.h"
-#include "kernel/troubles.h"
 #include "text/host_name.h"
 
 #include "ce/command.h"
 
-#include <algorithm>
-
 namespace platform::device {
 
 namespace {
-
-using kernel::Trouble;
-using kernel::Troubled;
 
 Existing policyOf(WithExisting said)
 {
@@ -52,28 +46,13 @@ int tellRestorePlan(const Session& session, const RunPlan& plan)
     return tellLeftOut(ExitComplete);
 }
 
-// The items that failed. The list of the set can be among the files that are reported.
-DWORD failed(Troubled what, const std::u16string& listPath)
-{
-    const auto troubles = kernel::troublesOf(Trouble::Restoring, what);
-    return static_cast<DWORD>(
-        std::ranges::count_if(troubles, [&](const kernel::NamedTrouble& trouble) { return trouble.name != listPath; }));
-}
-
-DWORD less(DWORD number, DWORD taken)
-{
-    return number - std::min(number, taken);
-}
-
 int endRestore(const Session& session, const ItemCounts& kept)
 {
     const kernel::RunProgress run = kernel::runProgress();
     if (run.number == 0)
         return endRun(session.command, RunEnd::MadeNothing, "Nothing was restored.", {{"set", nullptr}});
     const bool stopped = leftItemsUnreached();
-    const ItemCounts restored = {less(run.done[0], failed(Troubled::File, run.listPath) + kept.files),
-                                 less(run.done[1], failed(Troubled::Database, run.listPath) + kept.databases),
-                                 less(run.done[2], failed(Troubled::Registry, run.listPath))};
+    const ItemCounts restored = {run.made[0], run.made[1], run.made[2]};
     std::string sentence = (stopped ? "Stopped. Restored " : "Restored ") + itemsText(restored) + ".";
     if (kept.files + kept.databases != 0)
         sentence += " Kept as they were: " + itemsText(kept) + ".";

@@ -45,7 +45,7 @@ std::string timeText(double seconds)
 std::string lineOf(const kernel::RunProgress& run)
 {
     const double seconds = std::chrono::duration<double>(run.time).count();
-    std::string line = std::to_string(run.itemsDone()) + " of " + counted(run.items, "item") + ", " +
+    std::string line = std::to_string(run.itemsDone) + " of " + counted(run.items, "item") + ", " +
                        sizeText(run.bytesDone) + " of " + sizeText(std::max(run.bytes, run.bytesDone));
     if (seconds < 1 || run.bytesDone == 0)
         return line;

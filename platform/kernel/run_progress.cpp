@@ -19,7 +19,8 @@ struct State {
     RunProgress told;  // without the numbers below
     unsigned runs = 0;
     Clock::time_point begun;
-    std::array<std::atomic<DWORD>, 3> done{};
+    std::atomic<DWORD> itemsDone = 0;
+    std::array<std::atomic<DWORD>, 3> made{};
     std::atomic<std::uint64_t> bytesOfDone = 0;
     std::atomic<std::uint64_t> bytesOfCurrent = 0;
 };
@@ -45,8 +46,9 @@ RunProgress runProgress()
     RunProgress progress = all.told;
     if (progress.underway)
         progress.time = Clock::now() - all.begun;
-    for (std::size_t kind = 0; kind < progress.done.size(); kind++)
-        progress.done[kind] = all.done[kind].load(std::memory_order_relaxed);
+    progress.itemsDone = all.itemsDone.load(std::memory_order_relaxed);
+    for (std::size_t kind = 0; kind < progress.made.size(); kind++)
+        progress.made[kind] = all.made[kind].load(std::memory_order_relaxed);
     progress.bytesDone =
         all.bytesOfDone.load(std::memory_order_relaxed) + all.bytesOfCurrent.load(std::memory_order_relaxed);
     return progress;
@@ -68,8 +70,9 @@ void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes
     all.told.items = items;
     all.told.bytes = bytes;
     all.begun = Clock::now();
-    for (std::atomic<DWORD>& done : all.done)
-        done = 0;
+    all.itemsDone = 0;
+    for (std::atomic<DWORD>& made : all.made)
+        made = 0;
     all.bytesOfDone = 0;
     all.bytesOfCurrent = 0;
 }
@@ -79,13 +82,14 @@ void ReportItemBytes(std::uint64_t bytes)
     state().bytesOfCurrent.store(bytes, std::memory_order_relaxed);
 }
 
-void ReportItemDone(DWORD kind, std::uint64_t bytes)
+void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made)
 {
     State& all = state();
     all.bytesOfCurrent.store(0, std::memory_order_relaxed);
     add(all.bytesOfDone, bytes);
-    if (kind >= OutcomeFile && kind <= all.done.size())
-        add(all.done[kind - 1], DWORD{1});
+    add(all.itemsDone, DWORD{1});
+    if (made && kind >= OutcomeFile && kind <= all.made.size())
+        add(all.made[kind - 1], DWORD{1});
 }
 
 void EndRun()

@@ -34,6 +34,7 @@ struct RestoreRun {
     HWND progress = nullptr;
     DWORD restoredBytes = 0;  // of files and databases, copied out of the data file so far
     ItemOutcome item;         // of the current item
+    bool declined = false;    // the options or the user keep what the device has in place of the current item
 };
 
 // One item: its stream is copied out of the data file to the temporary stream, which is then unpacked.
@@ -44,10 +45,11 @@ void RestoreItem(RestoreRun& run, const ItemKind& kind, const EntryBuffer& entry
 {
     ShowItem(run.progress, kind, entry.name);
     run.item = {};
+    run.declined = false;
     restore();
     if (!IsWhole(run.item))
         ReportItem(OutcomeNotRestored, kind.reportedAs, entry.name, run.item.error);
-    ReportItemDone(kind.reportedAs, EntryStreamBytes(entry.bytes));
+    ReportItemDone(kind.reportedAs, EntryStreamBytes(entry.bytes), IsWhole(run.item) && !run.declined);
 }
 
 void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, bool showCount)
@@ -163,9 +165,9 @@ void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
     RestoreItem(run, KindOf(ItemKindFile), entry, [&] {
         SetCursor(nullptr);
-        const bool wanted = OptionsAllow(run, entry.name);
+        run.declined = !OptionsAllow(run, entry.name);
         SetWaitCursor();
-        if (!wanted || !CopyStreamOut(run, entry, true))
+        if (run.declined || !CopyStreamOut(run, entry, true))
             return;
         (void)Unpack(run, entry.name);
         (void)DeleteFileW(TemporaryStreamPath);
@@ -222,7 +224,8 @@ void MakeDatabase(RestoreRun& run, const WCHAR* imagePath, const WCHAR* name)
     const RestoreResult result = RestoreDatabase(imagePath);
     if (result == RestoreFailed)
         NoteFailure(run.item, GetLastError());
-    else if (result == RestoreDeclined)
+    run.declined = result == RestoreDeclined;
+    if (run.declined)
         (void)StopsBefore(KindOf(ItemKindDatabase), name);
     (void)DeleteFileW(imagePath);
 }

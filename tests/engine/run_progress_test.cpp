@@ -31,7 +31,7 @@ protected:
     {
         gUser.seesMessage = [this](const std::u16string&) {
             const RunProgress now = runProgress();
-            seen_.push_back({now.itemsDone(), now.bytesDone, now.underway});
+            seen_.push_back({now.itemsDone, now.bytesDone, now.underway});
         };
     }
 
@@ -58,7 +58,8 @@ TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
     EXPECT_EQ(stored.listPath, u"\\Card\\QUILBOX\\QLBX0001.QLT");
     EXPECT_EQ(stored.items, 3U);
     EXPECT_EQ(stored.bytes, 300100U);
-    EXPECT_EQ(stored.done, (std::array<DWORD, 3>{2, 1, 0}));
+    EXPECT_EQ(stored.itemsDone, 3U);
+    EXPECT_EQ(stored.made, (std::array<DWORD, 3>{2, 1, 0}));
     EXPECT_GT(stored.bytesDone, 300100U);  // those of the database too
     ASSERT_EQ(seen_.size(), 3U);
     EXPECT_EQ(seen_[0], (Seen{0, 0, true}));
@@ -72,7 +73,8 @@ TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
     EXPECT_EQ(restored.number, before + 2);
     EXPECT_EQ(restored.run, RunRestores);
     EXPECT_FALSE(restored.underway);
-    EXPECT_EQ(restored.done, stored.done);
+    EXPECT_EQ(restored.itemsDone, 3U);
+    EXPECT_EQ(restored.made, (std::array<DWORD, 3>{2, 0, 0}));  // the user kept the database
     EXPECT_EQ(restored.bytes, readOnCard("QLBX0001.QDT").size());
     EXPECT_EQ(restored.bytesDone, restored.bytes);
     EXPECT_EQ(seen_.back().itemsDone, 2U);

@@ -16,11 +16,10 @@ struct RunProgress {
     std::u16string listPath;
     DWORD items = 0;  // in all
     std::uint64_t bytes = 0;
-    std::array<DWORD, 3> done{};                 // items, by their kind: files, databases, registry
-    std::uint64_t bytesDone = 0;                 // of these items and of the current one
+    DWORD itemsDone = 0;
+    std::uint64_t bytesDone = 0;  // of these items and of the current one
+    std::array<DWORD, 3> made{};  // items that are whole in the set or on the device: files, databases, registry
     std::chrono::steady_clock::duration time{};  // since the run began, or what it took
-
-    [[nodiscard]] DWORD itemsDone() const { return done[0] + done[1] + done[2]; }
 };
 
 // The present run, or the one that ended last. Any thread. The numbers are read one by one while the run goes on, so
