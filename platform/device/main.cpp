@@ -15,6 +15,7 @@
 #include "start/second_start.h"
 #include "start/window_module.h"
 #include "text/host_name.h"
+#include "window/program_status.h"
 
 #include "ce/dialog.h"
 #include "ce/window.h"
@@ -119,6 +120,7 @@ int runProgramInWindow(platform::device::Device& device, const CommandLine& opti
         if (const std::string error = openSet(*options.set); !error.empty())
             return tellAtStart(error, ExitNothingDone);
     device.showMedia(options.mediaFolders, platform::display::listAnew);
+    platform::window::setDeviceName(platform::text::toDeviceName(device.folder().filename().string()));
     const auto firstStart = platform::display::answerSecondStarts(options.device, openSet);
     // Report at the end of the program's thread, because without a desktop the other thread doesn't return.
     platform::kernel::setJobEndHandler(showLeftOut);

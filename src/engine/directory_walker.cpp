@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-std::uint64_t gWalkedBytes;
+WalkedEntry gWalkedEntry;
 const WCHAR* gFolderLeftOut;
 
 namespace {
@@ -76,7 +76,7 @@ DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL 
         if (foldersOnly && !folder)
             continue;
         count++;
-        gWalkedBytes = std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
+        gWalkedEntry = {std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow, found.ftLastWriteTime};
         if (callback && !callback(found.cFileName, root, found.dwFileAttributes, context))
             break;
     } while (FindNextFileW(search, &found));

@@ -93,7 +93,7 @@ void OfferFile(const WCHAR* path, DWORD attributes, HWND progress)
 {
     if (IsAheadFull())
         AddNext(progress);
-    OfferAhead(path, attributes, gWalkedBytes);
+    OfferAhead(path, attributes, gWalkedEntry.bytes);
 }
 
 // FALSE, which ends the walk of this folder, if the run is to stop.

@@ -7,6 +7,7 @@
 #include "engine/restore_run.h"
 #include "options_store.h"
 #include "set/set_state.h"
+#include "status_report.h"
 #include "tree/marking.h"
 #include "tree/tree_events.h"
 
@@ -41,6 +42,8 @@ constexpr int ToolbarButtons = 5;
 constexpr int FirstToolbarCommand = 500;
 constexpr int ToolbarImages = 7;  // the bar has room for these; the bitmap has five
 HWND gToolBand;
+
+bool gJobRuns;  // the lists contain what the job works with, not what the user has marked
 
 constexpr UINT_PTR RootImagesTimer = 1;
 constexpr UINT RootImagesMilliseconds = 500;
@@ -122,6 +125,8 @@ void CreateContent(HWND window)
     CommandBands_AddAdornments(gCommandBands, gInstance, CMDBAR_HELP, nullptr);
     CommandBands_Show(gCommandBands, TRUE);
     CreateTree(window);
+    FindNewestSet();
+    ReportStatusToHost();
 }
 
 void DestroyContent()
@@ -131,9 +136,16 @@ void DestroyContent()
     PostQuitMessage(0);
 }
 
+void ReportMarks()
+{
+    if (!gJobRuns)
+        ReportStatusToHost();
+}
+
 // One backup or restore. It can change files, so the tree lists them again.
 void RunJob(HWND window, WORD command)
 {
+    gJobRuns = true;
     BeginJob();
     switch (command) {
     case CommandBackupSelected:
@@ -150,6 +162,8 @@ void RunJob(HWND window, WORD command)
         break;
     }
     ResetFilesRoot();
+    gJobRuns = false;
+    ReportJobEnd();
     EndJob(window);
 }
 
@@ -203,12 +217,15 @@ LRESULT MainWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_NOTIFY:
         TreeNotify(window, wParam, lParam);
+        ReportMarks();
         return 0;
     case WM_TIMER:
         UpdateRootImages();
+        ReportMarks();
         return 0;
     case WM_COMMAND:
         RunCommand(window, LOWORD(wParam));
+        ReportMarks();
         return 0;
     default:
         return DefWindowProcW(window, message, wParam, lParam);

@@ -130,7 +130,7 @@ BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, 
     if (!mark)
         gFileList->Remove(path, NameBytes(path));
     else if (!gFileList->Contains(path, NameBytes(path)))
-        gFileList->Add(path, NameBytes(path), gWalkedBytes);
+        gFileList->Add(path, NameBytes(path), gWalkedEntry.bytes);
     return TRUE;
 }
 

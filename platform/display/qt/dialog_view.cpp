@@ -4,6 +4,7 @@
 #include "keys.h"
 #include "plain_style.h"
 #include "readable_palette.h"
+#include "status_texts.h"
 
 #include "ce/controls.h"
 #include "ce/dialog.h"
@@ -12,6 +13,8 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPushButton>
 
@@ -30,6 +33,8 @@ constexpr int FrameLine = 1;
 // Virtual pixels.
 constexpr int BottomMargin = 6;
 constexpr int RowTolerance = 3;
+// Rows of text: items, amount, time.
+constexpr int RunDetailRows = 3;
 // A text can have any length. If it needs a wider dialog than this, it wraps or is cut.
 constexpr double MostStretch = 1.6;
 
@@ -112,6 +117,10 @@ void DialogView::addControl(View& control, const WindowState& state)
 {
     controls_.push_back({.view = &control, .state = state});
     control.widget().installEventFilter(this);
+    if (state.kind == WindowKind::ProgressBar && !runDetails_)
+        runDetails_ = new QLabel(&content_);
+    if (auto* line = qobject_cast<QLineEdit*>(&control.widget()))
+        connect(line, &QLineEdit::textChanged, this, [this] { followFocus(); });
     if (isVisible())
         arrange();
 }
@@ -119,6 +128,16 @@ void DialogView::addControl(View& control, const WindowState& state)
 void DialogView::removeControl(View& control)
 {
     std::erase_if(controls_, [&](const Control& each) { return each.view == &control; });
+}
+
+void DialogView::followRun(const RunView& run)
+{
+    for (const Control& control : controls_)
+        control.view->followRun(run);
+    if (runDetails_ && run.progress.underway)
+        runDetails_->setText(
+            QStringList{itemsText(run), amountText(run), run.closesAfterwards ? closingText(run) : timeText(run)}.join(
+                u'\n'));
 }
 
 // Marks the button that Enter presses now as the default button.
@@ -130,6 +149,9 @@ void DialogView::followFocus()
         if (window::readWindow(control.view->window(), state) && state.defaultButton)
             pressed = qobject_cast<QAbstractButton*>(&control.view->widget());
     }
+    const Control* focused = controlOf(focusWidget());
+    if (const Control* beside = focused ? buttonBeside(*focused) : nullptr)
+        pressed = qobject_cast<QAbstractButton*>(&beside->view->widget());
     if (header_ && header_->isAncestorOf(focusWidget()))
         pressed = qobject_cast<QAbstractButton*>(focusWidget());
     for (QPushButton* button : findChildren<QPushButton*>())
@@ -158,6 +180,12 @@ void DialogView::arrange()
         if (control.state.visible)
             client.setBottom(std::max(client.bottom(), control.view->widget().geometry().bottom() + margin));
     }
+    if (runDetails_) {
+        const int height = RunDetailRows * fontMetrics().lineSpacing();
+        const QRect bar = barGeometry();
+        runDetails_->setGeometry(bar.left(), client.bottom(), bar.width(), height);
+        client.setBottom(client.bottom() + height + margin);
+    }
     const int line = header_ ? FrameLine : 0;
     const int headerHeight = header_ ? header_->sizeHint().height() : 0;
     const int width = std::max(client.width(), header_ ? header_->sizeHint().width() : 0);
@@ -166,6 +194,13 @@ void DialogView::arrange()
     content_.setGeometry(line, line + headerHeight, width, client.height());
     setFixedSize(width + 2 * line, headerHeight + client.height() + 2 * line);
     nameControls();
+}
+
+QRect DialogView::barGeometry() const
+{
+    const auto bar = std::ranges::find_if(
+        controls_, [](const Control& control) { return control.state.kind == WindowKind::ProgressBar; });
+    return bar == controls_.end() ? QRect() : bar->view->widget().geometry();
 }
 
 void DialogView::placeControls(const DialogUnits& units)
@@ -263,8 +298,28 @@ bool DialogView::postKey(QKeyEvent& event)
         return false;
     if (key == VK_TAB && !modifiers.testFlag(Qt::ControlModifier) && tabThroughHeader(shift))
         return true;
+    if (const Control* button = key == VK_RETURN && control ? buttonBeside(*control) : nullptr) {
+        input().click(button->view->window());
+        return true;
+    }
     input().key(target, key, shift, modifiers.testFlag(Qt::ControlModifier), modifiers.testFlag(Qt::AltModifier));
     return true;
+}
+
+// The push button in the row of an edit, which takes what is typed there. Enter presses it unless the edit is empty.
+const DialogView::Control* DialogView::buttonBeside(const Control& edit) const
+{
+    const auto* line = qobject_cast<const QLineEdit*>(&edit.view->widget());
+    if (!line || line->text().isEmpty())
+        return nullptr;
+    const auto takesIt = [&](const Control& other) {
+        const QWidget& widget = other.view->widget();
+        return qobject_cast<const QPushButton*>(&widget) && widget.isEnabled() && widget.isVisible() &&
+               widget.geometry().top() <= line->geometry().center().y() &&
+               widget.geometry().bottom() >= line->geometry().center().y();
+    };
+    const auto found = std::ranges::find_if(controls_, takesIt);
+    return found == controls_.end() ? nullptr : &*found;
 }
 
 // The core has no windows for the header's buttons. Tab reaches them after the core's last tab stop and before its

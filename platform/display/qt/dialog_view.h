@@ -11,6 +11,8 @@
 
 #include <vector>
 
+class QLabel;
+
 namespace platform::qt {
 
 class HeaderBar;
@@ -25,6 +27,7 @@ public:
     QWidget& content() override { return content_; }
 
     void follow(const window::WindowState& state, Changes changes) override;
+    void followRun(const RunView& run) override;
     void addControl(View& control, const window::WindowState& state) override;
     void removeControl(View& control) override;
     void followFocus() override;
@@ -46,6 +49,7 @@ private:
     };
 
     void arrange();
+    QRect barGeometry() const;
     void placeControls(const DialogUnits& units);
     void alignRows(int tolerance);
     double stretchFor(const DialogUnits& units) const;
@@ -57,11 +61,13 @@ private:
 
     bool postKey(QKeyEvent& event);
     bool tabThroughHeader(bool backward);
+    const Control* buttonBeside(const Control& edit) const;
     const Control* focusedControl() const;
     const Control* controlOf(const QWidget* widget) const;
 
     QWidget content_;
     HeaderBar* header_ = nullptr;
+    QLabel* runDetails_ = nullptr;  // below the controls of a dialog with a progress bar
     std::vector<Control> controls_;
     RECT rect_{};  // of the client area, virtual pixels
 };

@@ -2,11 +2,12 @@
 #include "device_menu.h"
 #include "dialog_units.h"
 #include "pictures.h"
+#include "status_bar.h"
 #include "view_makers.h"
+#include "window_settings.h"
 
 #include <QCloseEvent>
 #include <QMainWindow>
-#include <QSettings>
 #include <QShortcut>
 
 #include <cmath>
@@ -18,15 +19,8 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// The size and position are stored with the user's settings of the desktop and not on the device: the program has no
-// option for them, and the device can move between computers.
 constexpr const char* GeometryKey = "mainWindow/place";
 constexpr QSize FirstSize(60, 24);  // in average letters and rows
-
-QSettings settings()
-{
-    return {QSettings::IniFormat, QSettings::UserScope, QStringLiteral("quillbox"), QStringLiteral("window")};
-}
 
 // Has the command bands, and the tree below them as its only control.
 class MainView final : public QMainWindow, public TopView {
@@ -34,9 +28,11 @@ public:
     MainView(const WindowState& state, const UserInput& input, const display::HostServices& host)
         : TopView(state.window, input), deviceMenu_(*this, host, [this] { return window::takesInput(this->window()); }),
           bands_(new BandBar(
-              this, [this](WORD id) { this->input().command(this->window(), id); }, deviceMenu_.menu()))
+              this, [this](WORD id) { this->input().command(this->window(), id); }, deviceMenu_.menu())),
+          status_(new StatusBar(this))
     {
         setMenuWidget(bands_);
+        setStatusBar(status_);
         setContextMenuPolicy(Qt::NoContextMenu);
         setAttribute(Qt::WA_KeyboardFocusChange);
         auto* menuKey = new QShortcut(Qt::Key_F10, this);
@@ -62,10 +58,18 @@ public:
     }
     void removeControl(View&) override {}
     void followBands(HWND bands) override { bands_->show(window::bandsOf(bands)); }
+    void followStatus(const window::StatusState& status) override { status_->follow(status); }
+    void followRun(const RunView& run) override { status_->followRun(run); }
+    void showOutcome(const QString& outcome) override
+    {
+        status_->showOutcome(outcome);
+        toClose_ = false;
+    }
+    bool isToClose() const override { return toClose_; }
 
     void present() override
     {
-        const QByteArray geometry = settings().value(QLatin1String(GeometryKey)).toByteArray();
+        const QByteArray geometry = windowSettings().value(QLatin1String(GeometryKey)).toByteArray();
         if (!restoreGeometry(geometry)) {
             resize(FirstSize.width() * fontMetrics().averageCharWidth(), FirstSize.height() * fontMetrics().height());
             placeOverOwner(*this);
@@ -77,7 +81,7 @@ protected:
     void closeEvent(QCloseEvent* event) override
     {
         event->ignore();
-        input().close(window());
+        toClose_ = input().close(window()) && !window::takesInput(window());
     }
 
     void resizeEvent(QResizeEvent* event) override
@@ -91,13 +95,15 @@ protected:
     void hideEvent(QHideEvent* event) override
     {
         if (!event->spontaneous())
-            settings().setValue(QLatin1String(GeometryKey), saveGeometry());
+            windowSettings().setValue(QLatin1String(GeometryKey), saveGeometry());
         QMainWindow::hideEvent(event);
     }
 
 private:
     DeviceMenu deviceMenu_;
     BandBar* bands_;
+    StatusBar* status_;
+    bool toClose_ = false;  // when the program has finished what it does
 };
 
 }  // namespace

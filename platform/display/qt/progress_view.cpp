@@ -12,7 +12,7 @@ public:
     BarView(const WindowState& state, const UserInput& input, QWidget* parent)
         : QProgressBar(parent), View(state.window, input)
     {
-        setTextVisible(false);  // the bar starts again and again, so its percentage means nothing
+        setTextVisible(false);  // while the number of items isn't known, the bar starts again and again
     }
 
     using View::window;
@@ -20,8 +20,20 @@ public:
 
     void follow(const WindowState& state, Changes) override
     {
+        if (showsRun_)
+            return;
         setRange(state.progressLow, std::max(state.progressHigh, state.progressLow + 1));
         setValue(state.progressPosition);
+    }
+
+    // The program moves its bar by whole steps for each item, and not at all for many items.
+    void followRun(const RunView& run) override
+    {
+        showsRun_ = run.progress.underway;
+        if (!showsRun_)
+            return;
+        setRange(0, Thousandths);
+        setValue(static_cast<int>(run.share * Thousandths));
     }
 
     QRect geometryIn(const QRect& rect) const override
@@ -31,6 +43,11 @@ public:
         bar.moveCenter({bar.center().x(), rect.center().y()});
         return bar;
     }
+
+private:
+    static constexpr int Thousandths = 1000;
+
+    bool showsRun_ = false;
 };
 
 }  // namespace

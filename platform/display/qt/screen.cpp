@@ -64,7 +64,7 @@ Screen::Screen(display::HostServices host)
           QMetaObject::invokeMethod(
               this, [this] { frameTimer_.start(); }, Qt::QueuedConnection);
       }),
-      input_([this] { showReaction(); }), host_(std::move(host))
+      input_([this] { showReaction(); }), host_(std::move(host)), runWatch_(tops_, [this] { return programIsIdle(); })
 {
     frameTimer_.setSingleShot(true);
     frameTimer_.setTimerType(Qt::PreciseTimer);
@@ -87,6 +87,7 @@ Screen::~Screen()
     if (host_.restoreRequest)
         host_.restoreRequest->setListener({});
     window::setDisplay(nullptr);
+    runWatch_.look();
     // Windows that the program destroyed after the last frame.
     while (!tops_.empty())
         remove(tops_.begin()->first);
@@ -169,6 +170,12 @@ void Screen::applyGlobal(Changes changes)
     }
     if (changes.has(Change::Idle))
         followFocusedEdit();
+    if (changes.has(Change::Busy))
+        runWatch_.programWorks();
+    if (changes.has(Change::Idle))
+        runWatch_.look();
+    if (TopView* main = topOf(main_); main && changes.has(Change::Status))
+        main->followStatus(window::programStatus());
 }
 
 // While the program was busy, an edit with the focus ignored its changes of the text.
@@ -223,6 +230,8 @@ void Screen::build(const WindowState& state)
         if (window::readWindow(child, control))
             addControl(*top, control);
     }
+    top->followStatus(window::programStatus());
+    runWatch_.look();
     top->present();
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "change_batch.h"
+#include "run_watch.h"
 #include "set_opener.h"
 #include "top_view.h"
 #include "user_input.h"
@@ -50,7 +51,8 @@ private:
     QTimer frameTimer_;                      // runs while there are changes to show
     QTimer cursorTimer_;                     // runs while the program has been busy for a short time
     std::unordered_map<HWND, View*> views_;  // top-level windows and controls. Each widget owns those inside it.
-    std::unordered_map<HWND, TopView*> tops_;
+    RunWatch::Tops tops_;
+    RunWatch runWatch_;
     HWND main_ = nullptr;
     HWND focus_ = nullptr;  // gets the focus at the end of flush()
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "view.h"
+#include "window/program_status.h"
 
 namespace platform::qt {
 
@@ -19,6 +20,11 @@ public:
     // One of its controls got or lost the focus.
     virtual void followFocus() {}
     virtual void followBands(HWND bands) { static_cast<void>(bands); }
+    // What the program reports for a status bar has changed, and a run has ended with this outcome.
+    virtual void followStatus(const window::StatusState& status) { static_cast<void>(status); }
+    virtual void showOutcome(const QString& outcome) { static_cast<void>(outcome); }
+    // Has the user asked to close the window while the program works?
+    virtual bool isToClose() const { return false; }
 
     // Called once, when its controls exist: lays the window out and shows it over its owner.
     virtual void present() = 0;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "change_batch.h"
+#include "run_view.h"
 #include "shown_text.h"
 #include "user_input.h"
 #include "window/display.h"
@@ -27,6 +28,8 @@ public:
 
     // Shows `state`. `changes`: what may have changed since the last call.
     virtual void follow(const window::WindowState& state, Changes changes) = 0;
+    // Shows how far a run has come. Called a few times a second while it is underway.
+    virtual void followRun(const RunView& run) { static_cast<void>(run); }
 
     // The width in pixels that the text needs in one row; 0 if any width is enough.
     virtual int leastWidth() const { return 0; }

@@ -9,8 +9,12 @@
 // of it. A result of 0 ends the listing of this folder, and the walk continues in its parent.
 using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context);
 
-// The size of the entry for which the callback is called; 0 for a folder.
-extern std::uint64_t gWalkedBytes;
+// More of the entry for which the callback is called.
+struct WalkedEntry {
+    std::uint64_t bytes;  // 0 for a folder
+    FILETIME written;
+};
+extern WalkedEntry gWalkedEntry;
 
 // Lists `root`, which ends in a backslash. With a pattern it lists the entries that match, at this level only; with
 // null all entries. `recurse` walks into the folders among them, except those whose names begin with a point, and calls

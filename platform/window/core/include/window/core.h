@@ -20,6 +20,7 @@
 #include "window/class_state.h"
 #include "window/core_mutex.h"
 #include "window/display.h"
+#include "window/program_status.h"
 
 #include "ce/window.h"
 
@@ -112,6 +113,7 @@ struct Core {
     std::vector<HWND> waitingSends GUARDED_BY(coreMutex);  // the receivers of the sends that wait for a turn
 
     Display* display GUARDED_BY(coreMutex) = nullptr;
+    StatusState status GUARDED_BY(coreMutex);
     int waitCursors GUARDED_BY(coreMutex) = 0;
 };
 

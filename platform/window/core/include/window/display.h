@@ -38,12 +38,13 @@ enum class Change {
     Icon,        // a window's small icon
     Tree,        // a tree view's items; see tree_control/tree_display.h
     Date,        // a date picker's date
+    Status,      // what the program reports for a status bar; see program_status.h
 };
 
 class Display {
 public:
     virtual ~Display() = default;
-    // `window` is null for Idle, Busy and Cursor.
+    // `window` is null for Idle, Busy, Cursor and Status.
     virtual void changed(HWND window, Change change) REQUIRES(coreMutex) = 0;
     // In place of changed(Text): what the window shows from now on.
     virtual void textChanged(HWND window, std::u16string_view text) REQUIRES(coreMutex) = 0;

@@ -1,0 +1,32 @@
+// status_texts.h - the sentences of the status bar and the progress window, in the numbers and dates of the user's
+// locale.
+#pragma once
+
+#include "run_view.h"
+#include "window/program_status.h"
+
+#include <QString>
+
+namespace platform::qt {
+
+// What the next backup of selected items takes: "3 files (1.2 MB) and the registry are marked".
+QString markedText(const window::StatusState& status);
+// Which files the tree hides; empty without a filter.
+QString filterText(const window::StatusState& status);
+// "Newest set: 11/25/26 10:19 PM"; empty if there is none.
+QString newestSetText(const window::StatusState& status);
+
+// "1,204 of 40,000 items".
+QString itemsText(const RunView& run);
+// "38 MB of 120 MB".
+QString amountText(const RunView& run);
+// "0:12 so far, about 0:45 left".
+QString timeText(const RunView& run);
+// "Closes when the backup is done."
+QString closingText(const RunView& run);
+
+// What a run has made: "Set 3 on \Stick: 214 files, 3 databases, registry, 38 MB in 12 s". `leftOut`: the number of
+// items that it couldn't store or restore.
+QString outcomeText(const kernel::RunProgress& run, std::size_t leftOut);
+
+}  // namespace platform::qt

@@ -1,0 +1,21 @@
+// ce/status.h - what the program tells the host for a status bar below its main window. For display only.
+#pragma once
+
+#include "ce/types.h"
+
+struct ProgramStatus {
+    DWORD markedFiles;
+    std::uint64_t markedBytes;  // of these files
+    DWORD markedDatabases;
+    BOOL registryMarked;
+    const WCHAR* shownExtensions;  // double-NUL list: the tree shows only files with one of these; null: all files
+    FILETIME shownSince;           // it shows only files that were written then or later; 0: all files
+    DWORD hiddenAttributes;        // it hides files with one of these FILE_ATTRIBUTE_ bits
+    BOOL deletesStored;            // a backup deletes the files that it has stored
+    const WCHAR* newestSet;        // path of the list file of the newest set on the storages; empty: there is none
+    FILETIME newestSetTime;        // UTC
+    DWORD jobs;                    // that have ended. One may have emptied the lists of what is marked.
+};
+
+// The host copies the status. Any thread.
+void ReportStatus(const ProgramStatus& status);

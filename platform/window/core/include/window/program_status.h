@@ -1,0 +1,35 @@
+// program_status.h - what a status bar below the main window shows: what the program reported (ce/status.h), and the
+// device that it runs on.
+//
+// The core announces a change to the display as Change::Status, without a window.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform::window {
+
+struct StatusState {
+    std::u16string device;  // the name of its folder; empty if unknown
+    std::uint32_t markedFiles = 0;
+    std::uint64_t markedBytes = 0;
+    std::uint32_t markedDatabases = 0;
+    bool registryMarked = false;
+    std::optional<std::vector<std::u16string>> shownExtensions;
+    std::uint64_t shownSince = 0;  // as a FILETIME; 0: all files
+    std::uint32_t hiddenAttributes = 0;
+    bool deletesStored = false;
+    std::u16string newestSet;         // empty: there is none, or the program hasn't reported one yet
+    std::uint64_t newestSetTime = 0;  // as a FILETIME
+    std::uint32_t jobs = 0;           // that have ended; one may have changed what is marked
+
+    bool operator==(const StatusState&) const = default;
+};
+
+// Any thread, but not inside Display::changed.
+[[nodiscard]] StatusState programStatus();
+void setDeviceName(std::u16string name);
+
+}  // namespace platform::window

@@ -1,0 +1,222 @@
+// status_test.cpp - the status bar and the progress window's totals.
+#include "desktop.h"
+
+#include "status_bar.h"
+#include "status_texts.h"
+
+#include "ce/dialog.h"
+#include "ce/outcome.h"
+#include "ce/progress.h"
+#include "ce/resource.h"
+#include "ce/window.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QProgressBar>
+#include <QStatusBar>
+
+#include <algorithm>
+#include <future>
+#include <thread>
+
+namespace {
+
+using namespace platform::qt;
+using namespace std::chrono_literals;
+using platform::kernel::RunProgress;
+using platform::window::StatusState;
+
+const DialogOfMenu& Filter = dialogsOfMenu()[0];
+const DialogOfMenu& OptionsDialog = dialogsOfMenu()[1];
+
+class StatusTextTest : public testing::Test {
+protected:
+    StatusTextTest() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+    ~StatusTextTest() override { QLocale::setDefault(usual_); }
+
+private:
+    QLocale usual_;
+};
+
+TEST_F(StatusTextTest, OutcomeNamesTheSetItsItemsAndWhatIsMissing)
+{
+    struct {
+        RunProgress run;
+        std::size_t leftOut;
+        const char* text;
+    } const cases[] = {
+        {{.run = RunStores,
+          .listPath = u"\\Stick\\QUILBOX\\QLBX0003.QLT",
+          .bytesDone = 38'000'000,
+          .made = {214, 3, 1},
+          .time = 12s},
+         0,
+         "Set 3 on \\Stick: 214 files, 3 databases, registry, 38.0 MB in 12 s"},
+        {{.run = RunStores, .listPath = u"\\QUILBOX\\QLBX0099.QLT", .bytesDone = 5, .made = {1, 0, 0}, .time = 75s},
+         2,
+         "Set 99 on the main device: 1 file, 5 bytes in 1:15 min; 2 items left out"},
+        {{.run = RunRestores, .listPath = u"\\Stick\\other.QLT", .bytesDone = 5, .made = {0, 1, 0}, .time = 10ms},
+         0,
+         "Restored from \\Stick\\other.QLT: 1 database in 1 s"},
+        {{.run = RunRestores, .listPath = u"\\A\\QUILBOX\\QLBX0001.QLT", .time = 4000s},
+         1,
+         "Restored from set 1 on \\A: nothing in 1:06:40 min; 1 item left out"},
+    };
+    for (const auto& each : cases)
+        EXPECT_EQ(outcomeText(each.run, each.leftOut).toStdString(), each.text);
+}
+
+TEST_F(StatusTextTest, FilterIsNamedWithWhateverHidesFiles)
+{
+    StatusState status;
+    EXPECT_EQ(filterText(status), QString());
+    status.shownExtensions.emplace();
+    EXPECT_EQ(filterText(status), "Files shown: none, because the list of extensions is empty");
+    status.shownExtensions = {u"txt", u"c"};
+    status.shownSince = 133'800'000'000'000'000;
+    status.hiddenAttributes = 0x22;
+    EXPECT_EQ(filterText(status).toStdString(),
+              "Files shown: only *.txt, *.c; written since 12/30/24; not archive or hidden");
+}
+
+TEST(RunClockTest, RemainingTimeFollowsTheWorkAndNotTheQuestions)
+{
+    RunClock clock;
+    RunProgress progress{.number = 1, .underway = true, .listPath = u"", .items = 1000};
+    EXPECT_FALSE(clock.look(progress, false).remaining);
+    progress.itemsDone = 250;
+    progress.time = 10s;
+    EXPECT_EQ(clock.look(progress, false).remaining, 30s);
+    progress.time = 100s;
+    EXPECT_EQ(clock.look(progress, true).remaining, 30s);
+    progress.itemsDone = 500;
+    progress.time = 110s;
+    const RunView run = clock.look(progress, false);
+    EXPECT_EQ(run.remaining, 20s);
+    EXPECT_DOUBLE_EQ(run.share, 0.5);
+    // One item of many bytes moves the share by its bytes.
+    progress = {.number = 2,
+                .underway = true,
+                .listPath = u"",
+                .items = 1,
+                .bytes = 1'000'000'000,
+                .bytesDone = 600'000'000,
+                .time = 6s};
+    EXPECT_EQ(clock.look(progress, false).remaining, 5s);  // rounded up
+}
+
+class StatusTripTest : public Desktop {
+protected:
+    // All texts of the status bar, the hidden ones left out.
+    static QString status()
+    {
+        QStringList texts;
+        for (const QLabel* label : await(MainTitle).findChild<QStatusBar*>()->findChildren<QLabel*>()) {
+            if (label->isVisible())
+                texts += label->text();
+        }
+        return texts.join(u'\n');
+    }
+    static void expectStatus(const QString& part)
+    {
+        EXPECT_TRUE(eventually([&] { return status().contains(part); }))
+            << part.toStdString() << " in " << status().toStdString();
+    }
+    void tick(const DialogOfMenu& dialog, const QString& box)
+    {
+        click(open(dialog), box);
+        click(await(dialog.title), "OK");
+        awaitGone(dialog.title);
+    }
+};
+
+TEST_F(StatusTripTest, FilterAndDeletionAreSaidInTheWindowAndEnterAddsAnExtension)
+{
+    const QString box = "Show only files with these extentions :";
+    QWidget& dialog = open(Filter);
+    click(dialog, box);
+    type(dialog, "txt");
+    press(dialog, Qt::Key_Return);  // adds
+    EXPECT_EQ(dialog.findChild<QLineEdit*>()->text(), QString());
+    EXPECT_TRUE(findRow(*dialog.findChild<QListView*>()->model(), "txt").isValid());
+    press(dialog, Qt::Key_Return);
+    awaitGone(Filter.title);
+    expectStatus("Files shown: only *.txt");
+
+    QWidget& again = open(Filter);
+    clickRow(again, "txt");
+    click(again, "Remove");
+    click(again, "OK");
+    awaitGone(Filter.title);
+    expectStatus("Files shown: none, because the list of extensions is empty");
+    tick(Filter, box);
+    EXPECT_TRUE(eventually([] { return !status().contains("Files shown"); }));
+
+    tick(OptionsDialog, "Delete backuped files");
+    expectStatus("A backup deletes the files that it has stored");
+    tick(OptionsDialog, "Delete backuped files");
+    EXPECT_TRUE(eventually([] { return !status().contains("deletes"); }));
+}
+
+// A run's progress window, with a run of more items than the bar of the program has steps.
+TEST_F(StatusTripTest, RunOfAnyLengthShowsItsTotalsMovesTheBarAndSaysWhatItMade)
+{
+    const HWND owner = platform::window::topLevelWindows().front();
+    std::promise<void> end;
+    std::thread run([&] {
+        const HRSRC resource = FindResourceW(nullptr, MAKEINTRESOURCEW(106), RT_DIALOG);
+        const auto procedure = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return 0; };
+        const HWND progress = CreateDialogIndirectParamW(nullptr, LoadResource(nullptr, resource), owner, procedure, 0);
+        SetWindowTextW(progress, u"Run");
+        BeginRun(RunStores, u"\\Card\\QUILBOX\\QLBX0007.QLT", 5000, 1'000'000);
+        for (int item = 0; item < 2500; ++item)
+            ReportItemDone(OutcomeFile, 200, TRUE);
+        ShowWindow(progress, SW_SHOW);
+        end.get_future().wait();
+        EndRun();
+        DestroyWindow(progress);
+    });
+    QWidget& window = await("Run");
+    EXPECT_TRUE(platform::window::postResize(owner, 400, 300));  // the program works for a moment
+    const auto* bar = window.findChild<QProgressBar*>();
+    EXPECT_TRUE(eventually([&] { return bar->maximum() == 1000 && bar->value() == 500; })) << bar->value();
+    QString details;
+    for (const QLabel* label : window.findChildren<QLabel*>())
+        details += label->text() + u'\n';
+    const QString items = QStringLiteral("%1 of %2 items").arg(QLocale().toString(2500), QLocale().toString(5000));
+    EXPECT_TRUE(details.contains(items) && details.contains("so far")) << details.toStdString();
+    expectStatus(items);
+    end.set_value();
+    run.join();
+    expectStatus("Set 7 on \\Card: " + QLocale().toString(2500) + " files");
+}
+
+TEST_F(StatusTripTest, FirstStartGetsAHintAndARequestToCloseIsConfirmed)
+{
+    StatusBar bar(nullptr);
+    const auto shows = [&](const QString& text) {
+        const QList<QLabel*> labels = bar.findChildren<QLabel*>();
+        return std::ranges::any_of(labels, [&](const QLabel* label) { return label->text().contains(text); });
+    };
+    bar.follow({});
+    EXPECT_TRUE(shows("To begin, mark items in the tree"));
+    RunView run;
+    run.progress.underway = true;
+    run.progress.run = RunStores;
+    run.closesAfterwards = true;
+    bar.followRun(run);
+    EXPECT_TRUE(shows("Closes when the backup is done."));
+}
+
+TEST_F(StatusTripTest, OutcomeStaysUntilSomethingElseIsMarked)
+{
+    backUpAllFiles("Before the journey");
+    expectStatus("Set 1 on \\Storage Card: ");
+    expectStatus("Newest set: " + QLocale().toString(QDate::currentDate(), QLocale::ShortFormat));
+
+    expectStatus("Set 1 on \\Storage Card: ");
+}
+
+}  // namespace
