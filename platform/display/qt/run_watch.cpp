@@ -5,6 +5,7 @@
 
 #include "ce/progress.h"
 
+#include <QApplication>
 #include <QMessageBox>
 
 #include <algorithm>
@@ -34,7 +35,7 @@ std::size_t itemsLeftOut(const kernel::RunProgress& run)
 }  // namespace
 
 RunWatch::RunWatch(const Tops& tops, std::function<bool()> programIsIdle)
-    : tops_(tops), programIsIdle_(std::move(programIsIdle)), ended_(kernel::runProgress().number)
+    : tops_(tops), programIsIdle_(std::move(programIsIdle)), begun_(kernel::runProgress().number), ended_(begun_)
 {
     timer_.setInterval(BetweenLooks);
     connect(&timer_, &QTimer::timeout, this, [this] { look(); });
@@ -60,22 +61,29 @@ void RunWatch::look()
 
 void RunWatch::followRun(const kernel::RunProgress& progress)
 {
+    if (begun_ != progress.number)
+        desktop_.beginRun(runReason(progress));
+    begun_ = progress.number;
     const bool waits = std::ranges::any_of(
         tops_, [](const auto& each) { return qobject_cast<QMessageBox*>(&each.second->widget()) != nullptr; });
     RunView run = clock_.look(progress, waits);
     run.closesAfterwards = std::ranges::any_of(tops_, [](const auto& each) { return each.second->isToClose(); });
     for (const auto& [window, top] : tops_)
         top->followRun(run);
+    desktop_.showShare(run.share);
 }
 
 void RunWatch::endRun(const kernel::RunProgress& progress)
 {
-    ended_ = progress.number;
+    begun_ = ended_ = progress.number;
+    desktop_.endRun();
     const QString outcome = outcomeText(progress, itemsLeftOut(progress));
     for (const auto& [window, top] : tops_) {
         top->followRun({.progress = progress, .share = 1, .remaining = {}, .closesAfterwards = false});
         top->showOutcome(outcome);
     }
+    if (!QApplication::activeWindow())
+        desktop_.notify(endedText(progress), outcome);
 }
 
 }  // namespace platform::qt

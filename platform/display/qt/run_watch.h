@@ -1,6 +1,7 @@
-// run_watch.h - shows in the windows how far a run has come, and what it has made at its end.
+// run_watch.h - shows in the windows and on the desktop how far a run has come, and what it has made at its end.
 #pragma once
 
+#include "desktop_services.h"
 #include "run_view.h"
 #include "top_view.h"
 
@@ -31,7 +32,9 @@ private:
     const Tops& tops_;
     std::function<bool()> programIsIdle_;
     QTimer timer_;  // runs while the program is busy or a run is underway
+    DesktopServices desktop_;
     RunClock clock_;
+    unsigned begun_;  // the last run of which the desktop knows
     unsigned ended_;  // the last run whose outcome was shown
 };
 

@@ -172,6 +172,16 @@ QString closingText(const RunView& run)
     return QStringLiteral("Closes when the %1 is done.").arg(jobText(run.progress));
 }
 
+QString runReason(const RunProgress& run)
+{
+    return QStringLiteral("A %1 is underway").arg(jobText(run));
+}
+
+QString endedText(const RunProgress& run)
+{
+    return QStringLiteral("The %1 is done").arg(jobText(run));
+}
+
 QString outcomeText(const RunProgress& run, std::size_t leftOut)
 {
     const bool restores = run.run == RunRestores;

@@ -25,6 +25,10 @@ QString timeText(const RunView& run);
 // "Closes when the backup is done."
 QString closingText(const RunView& run);
 
+// For the desktop: "A backup is underway", and at its end "The backup is done".
+QString runReason(const kernel::RunProgress& run);
+QString endedText(const kernel::RunProgress& run);
+
 // What a run has made: "Set 3 on \Stick: 214 files, 3 databases, registry, 38 MB in 12 s". `leftOut`: the number of
 // items that it couldn't store or restore.
 QString outcomeText(const kernel::RunProgress& run, std::size_t leftOut);
