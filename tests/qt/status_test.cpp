@@ -1,8 +1,10 @@
-// status_test.cpp - the status bar and the progress window's totals.
+// status_test.cpp - the status bar, the progress window's totals, and dialogs that grow.
 #include "desktop.h"
 
+#include "dialog_growth.h"
 #include "status_bar.h"
 #include "status_texts.h"
+#include "window_settings.h"
 
 #include "ce/dialog.h"
 #include "ce/outcome.h"
@@ -15,6 +17,7 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QProgressBar>
+#include <QSizeGrip>
 #include <QStatusBar>
 
 #include <algorithm>
@@ -105,6 +108,27 @@ TEST(RunClockTest, RemainingTimeFollowsTheWorkAndNotTheQuestions)
                 .bytesDone = 600'000'000,
                 .time = 6s};
     EXPECT_EQ(clock.look(progress, false).remaining, 5s);  // rounded up
+}
+
+TEST(DialogGrowthTest, ListsAndCommentsTakeTheSpaceAndTheOthersMove)
+{
+    using Kind = GrowingControl::Kind;
+    const std::vector<GrowingControl> controls{
+        {.rect = {0, 0, 100, 10}, .kind = Kind::Text},
+        {.rect = {0, 10, 100, 30}, .kind = Kind::Lines},
+        {.rect = {0, 50, 60, 40}, .kind = Kind::List},
+        {.rect = {70, 60, 30, 10}, .kind = Kind::Fixed},
+        {.rect = {0, 100, 50, 10}, .kind = Kind::Fixed},
+        {.rect = {0, 100, 100, 50}, .kind = Kind::List, .visible = false},
+    };
+    const std::vector<QRect> rects = grown(controls, {20, 40});
+    EXPECT_EQ(rects[0], QRect(0, 0, 120, 10));
+    EXPECT_EQ(rects[1], QRect(0, 10, 120, 40));
+    EXPECT_EQ(rects[2], QRect(0, 60, 80, 70));
+    EXPECT_EQ(rects[3], QRect(90, 70, 30, 10));
+    EXPECT_EQ(rects[4], QRect(0, 140, 50, 10));
+    EXPECT_TRUE(canGrow(controls));
+    EXPECT_FALSE(canGrow({controls[0], controls[3], controls[5]}));
 }
 
 class StatusTripTest : public Desktop {
@@ -217,6 +241,27 @@ TEST_F(StatusTripTest, OutcomeStaysUntilSomethingElseIsMarked)
     expectStatus("Newest set: " + QLocale().toString(QDate::currentDate(), QLocale::ShortFormat));
 
     expectStatus("Set 1 on \\Storage Card: ");
+}
+
+TEST_F(StatusTripTest, DialogGrowsWithItsWindowAndKeepsTheSize)
+{
+    QWidget& dialog = open(Filter);
+    ASSERT_TRUE(dialog.findChild<QSizeGrip*>());
+    const auto* list = dialog.findChild<QListView*>();
+    const QSize before = list->size();
+    const QSize chosen = dialog.size() + QSize(120, 90);
+    dialog.resize(chosen);
+    EXPECT_EQ(list->size(), before + QSize(120, 90));
+    leave(dialog);
+    QWidget& again = open(Filter);
+    EXPECT_EQ(again.size(), chosen);
+    again.resize(10, 10);
+    EXPECT_EQ(again.findChild<QListView*>()->size(), before);
+    leave(again);
+    QWidget& options = open(OptionsDialog);
+    EXPECT_EQ(options.minimumSize(), options.maximumSize());
+    leave(options);
+    windowSettings().remove("dialogs");
 }
 
 }  // namespace

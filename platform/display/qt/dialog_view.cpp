@@ -19,7 +19,6 @@
 #include <QPushButton>
 
 #include <algorithm>
-#include <cmath>
 
 namespace platform::qt {
 
@@ -28,15 +27,6 @@ namespace {
 using window::Change;
 using window::WindowKind;
 using window::WindowState;
-
-constexpr int FrameLine = 1;
-// Virtual pixels.
-constexpr int BottomMargin = 6;
-constexpr int RowTolerance = 3;
-// Rows of text: items, amount, time.
-constexpr int RunDetailRows = 3;
-// A text can have any length. If it needs a wider dialog than this, it wraps or is cut.
-constexpr double MostStretch = 1.6;
 
 bool isTabStop(const WindowState& state)
 {
@@ -127,7 +117,12 @@ void DialogView::addControl(View& control, const WindowState& state)
 
 void DialogView::removeControl(View& control)
 {
-    std::erase_if(controls_, [&](const Control& each) { return each.view == &control; });
+    const auto removed = std::ranges::find(controls_, &control, &Control::view);
+    if (removed == controls_.end())
+        return;
+    if (growing_.size() == controls_.size())
+        growing_.erase(growing_.begin() + (removed - controls_.begin()));
+    controls_.erase(removed);
 }
 
 void DialogView::followRun(const RunView& run)
@@ -162,82 +157,10 @@ void DialogView::present()
 {
     followFocus();
     arrange();
+    extra_ = firstExtra_ = findFirstExtra();
+    arrange();
     placeOverOwner(*this);
     show();
-}
-
-void DialogView::arrange()
-{
-    DialogUnits units = dialogUnitsOf(*this);
-    placeControls(units);
-    units.x *= stretchFor(units);
-    placeControls(units);
-
-    // Some templates have no margin below their last control.
-    const int margin = units.scaled({0, 0, 0, BottomMargin}).height();
-    QRect client = units.scaled({0, 0, rect_.right - rect_.left, rect_.bottom - rect_.top});
-    for (const Control& control : controls_) {
-        if (control.state.visible)
-            client.setBottom(std::max(client.bottom(), control.view->widget().geometry().bottom() + margin));
-    }
-    if (runDetails_) {
-        const int height = RunDetailRows * fontMetrics().lineSpacing();
-        const QRect bar = barGeometry();
-        runDetails_->setGeometry(bar.left(), client.bottom(), bar.width(), height);
-        client.setBottom(client.bottom() + height + margin);
-    }
-    const int line = header_ ? FrameLine : 0;
-    const int headerHeight = header_ ? header_->sizeHint().height() : 0;
-    const int width = std::max(client.width(), header_ ? header_->sizeHint().width() : 0);
-    if (header_)
-        header_->setGeometry(line, line, width, headerHeight);
-    content_.setGeometry(line, line + headerHeight, width, client.height());
-    setFixedSize(width + 2 * line, headerHeight + client.height() + 2 * line);
-    nameControls();
-}
-
-QRect DialogView::barGeometry() const
-{
-    const auto bar = std::ranges::find_if(
-        controls_, [](const Control& control) { return control.state.kind == WindowKind::ProgressBar; });
-    return bar == controls_.end() ? QRect() : bar->view->widget().geometry();
-}
-
-void DialogView::placeControls(const DialogUnits& units)
-{
-    for (const Control& control : controls_)
-        control.view->widget().setGeometry(control.view->geometryIn(units.scaled(control.state.rectangle)));
-    alignRows(units.scaled({0, 0, 0, RowTolerance}).height());
-}
-
-// Controls whose rows differ by at most `tolerance` pixels get their texts on one line. Templates place them a unit or
-// so apart.
-void DialogView::alignRows(int tolerance)
-{
-    std::vector<int> rows;
-    for (const Control& control : controls_) {
-        if (!control.state.visible || control.view->rowMiddle() < 0)
-            continue;
-        QWidget& widget = control.view->widget();
-        const int middle = widget.y() + control.view->rowMiddle();
-        const auto row = std::ranges::find_if(rows, [&](int other) { return std::abs(other - middle) <= tolerance; });
-        if (row == rows.end())
-            rows.push_back(middle);
-        else
-            widget.move(widget.x(), *row - control.view->rowMiddle());
-    }
-}
-
-// The factor for the width that the widest text needs.
-double DialogView::stretchFor(const DialogUnits& units) const
-{
-    double stretch = 1;
-    for (const Control& control : controls_) {
-        const double width = units.x * (control.state.rectangle.right - control.state.rectangle.left);
-        if (width > 0)
-            stretch = std::max(stretch, control.view->leastWidth() / width);
-    }
-    return std::min(stretch, MostStretch);
 }
 
 const DialogView::Control* DialogView::controlOf(const QWidget* widget) const

@@ -4,6 +4,7 @@
 // the longest text fits, and aligns the texts of a row.
 #pragma once
 
+#include "dialog_growth.h"
 #include "dialog_units.h"
 #include "top_view.h"
 
@@ -12,6 +13,7 @@
 #include <vector>
 
 class QLabel;
+class QSizeGrip;
 
 namespace platform::qt {
 
@@ -39,8 +41,10 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     struct Control {
@@ -49,7 +53,11 @@ private:
     };
 
     void arrange();
+    void layOut();
+    QSize findFirstExtra();
+    QString sizeKey() const;
     QRect barGeometry() const;
+    int headerHeight() const;
     void placeControls(const DialogUnits& units);
     void alignRows(int tolerance);
     double stretchFor(const DialogUnits& units) const;
@@ -69,7 +77,12 @@ private:
     HeaderBar* header_ = nullptr;
     QLabel* runDetails_ = nullptr;  // below the controls of a dialog with a progress bar
     std::vector<Control> controls_;
-    RECT rect_{};  // of the client area, virtual pixels
+    QSizeGrip* grip_ = nullptr;            // the window has no frame of the window manager
+    RECT rect_{};                          // of the client area, virtual pixels
+    std::vector<GrowingControl> growing_;  // the controls in the layout of the template
+    QSize least_;                          // of the window
+    QSize firstExtra_{0, 0};               // when it opened
+    QSize extra_{0, 0};                    // how much larger it is
 };
 
 }  // namespace platform::qt

@@ -33,6 +33,8 @@ public:
 
     // The width in pixels that the text needs in one row; 0 if any width is enough.
     virtual int leastWidth() const { return 0; }
+    // The width in pixels that it needs to show everything, if the dialog can give it so much; 0: any width.
+    virtual int wantedWidth() { return 0; }
     // The widget's geometry in the rectangle that the dialog template gives it, both in pixels of the dialog's content.
     virtual QRect geometryIn(const QRect& rect) const { return rect; }
     // The distance in pixels from the widget's top to the middle of its one row of text; -1 if it has no such row.

@@ -1,0 +1,27 @@
+// dialog_growth.h - where the controls of a dialog are if the user makes it larger than its template.
+//
+// Lists and edits of several lines take the additional space. Controls below and beside them move.
+#pragma once
+
+#include <QRect>
+#include <QSize>
+
+#include <vector>
+
+namespace platform::qt {
+
+struct GrowingControl {
+    enum class Kind { Fixed, Text, Lines, List };
+
+    QRect rect;  // in the layout of the template
+    Kind kind = Kind::Fixed;
+    bool visible = true;
+};
+
+// Whether there is a control that can take more space.
+bool canGrow(const std::vector<GrowingControl>& controls);
+
+// The rectangles of the controls, in the same order, in a dialog that is larger by `extra`.
+std::vector<QRect> grown(const std::vector<GrowingControl>& controls, QSize extra);
+
+}  // namespace platform::qt
