@@ -4,6 +4,7 @@
 #include "entries.h"
 #include "file_trouble.h"
 #include "folder_search.h"
+#include "free_space.h"
 #include "opening.h"
 #include "parent_folder.h"
 #include "unchanged_deletion.h"
@@ -173,6 +174,20 @@ BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* informa
         return fail(ERROR_INVALID_HANDLE);
     return information ? succeedUnless(open->describe(*information), Trouble::Reading, *open)
                        : fail(ERROR_INVALID_PARAMETER);
+}
+
+BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint64_t* total, std::uint64_t* totalFree)
+{
+    const FreeSpace space = freeSpaceAt(resolvePath(boundedPath(path)));
+    if (space.error != 0)
+        return fail(space.error);
+    for (std::uint64_t* free : {available, totalFree}) {
+        if (free)
+            *free = space.available;
+    }
+    if (total)
+        *total = space.total;
+    return TRUE;
 }
 
 BOOL DeclareTemporaryFile(const WCHAR* path)

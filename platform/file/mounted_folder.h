@@ -48,6 +48,7 @@ public:
     int folder() const { return folder_.get(); }
     bool isCard() const { return card_; }
     bool hasCapacity() const { return capacity_.has_value(); }
+    std::optional<std::uint64_t> capacity() const { return capacity_; }
     std::uint64_t used() const { return used_.load(); }
 
     bool isRemovable() const { return removable_.has_value(); }

@@ -1,6 +1,7 @@
 #include "engine/backup_run.h"
 
 #include "backup_items.h"
+#include "choice_details.h"
 #include "choice_list.h"
 #include "engine/directory_walker.h"
 #include "engine/questions.h"
@@ -50,7 +51,8 @@ BOOL ChooseStorage(WCHAR (&storageRoot)[MAX_PATH])
     WalkDirectory(u"\\", nullptr, TRUE, TRUE, CollectStorageFolder, reinterpret_cast<UINT_PTR>(&storages));
     SearchForChoices(FALSE);
     AddChoice(storages, LoadText(TextMainDevice, gTextA));
-    if (!ChooseFromList(gMainWindow, LoadText(TextSelectStorage, gTextA), storages.characters.data(), storageRoot))
+    if (!ChooseFromList(gMainWindow, LoadText(TextSelectStorage, gTextA), storages.characters.data(), storageRoot,
+                        DescribeStorage))
         return FALSE;
     if (lstrcmpW(storageRoot, LoadText(TextMainDevice, gTextA)) == 0)
         storageRoot[0] = 0;

@@ -1,5 +1,6 @@
 #include "engine/restore_run.h"
 
+#include "choice_details.h"
 #include "choice_list.h"
 #include "engine/directory_walker.h"
 #include "engine/options.h"
@@ -371,7 +372,7 @@ DWORD ChooseAndRestore(DWORD mode)
         return 0;
     }
     WCHAR listPath[MAX_PATH];
-    if (ChooseFromList(gMainWindow, LoadText(TextSelectSet, gTextA), sets.characters.data(), listPath))
+    if (ChooseFromList(gMainWindow, LoadText(TextSelectSet, gTextA), sets.characters.data(), listPath, DescribeSet))
         RestoreChosen(listPath, mode);
     return 1;
 }

@@ -18,15 +18,24 @@ struct ChooserParams {
     const WCHAR* choices;  // double-NUL list
     WCHAR* result;
     const WCHAR* prompt;
+    DescribeChoice describe;
 };
 
 ChooserParams* gChooserParams;
+
+void AddChoiceWithDetail(HWND dialog, const WCHAR* choice)
+{
+    const LRESULT row = SendDlgItemMessageW(dialog, ChoicesId, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(choice));
+    WCHAR detail[TextChars];
+    gChooserParams->describe(choice, detail);
+    SendDlgItemMessageW(dialog, ChoicesId, LB_SETROWDETAIL, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(detail));
+}
 
 void ShowChoices(HWND dialog)
 {
     SendDlgItemMessageW(dialog, ChoicesId, LB_SETHORIZONTALEXTENT, PathListExtent, 0);
     for (const WCHAR* choice = gChooserParams->choices; *choice; choice += wcslen(choice) + 1)
-        SendDlgItemMessageW(dialog, ChoicesId, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(choice));
+        AddChoiceWithDetail(dialog, choice);
     SetDlgItemTextW(dialog, PromptId, gChooserParams->prompt);
 }
 
@@ -57,8 +66,8 @@ INT_PTR ChooserDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPara
 
 }  // namespace
 
-INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result)
+INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result, DescribeChoice describe)
 {
-    ChooserParams params = {choices, result, prompt};
+    ChooserParams params = {choices, result, prompt, describe};
     return RunDialog(ChooserDialog, owner, ChooserDialogProc, reinterpret_cast<LPARAM>(&params)) == 1;
 }

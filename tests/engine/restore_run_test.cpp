@@ -2,6 +2,7 @@
 
 #include "engine_fixture.h"
 
+#include "engine/backup_run.h"
 #include "engine/options.h"
 #include "engine/restore_run.h"
 #include "kernel/job.h"
@@ -10,6 +11,7 @@
 
 #include "ce/dialog.h"
 #include "ce/outcome.h"
+#include "ce/text.h"
 
 #include <algorithm>
 
@@ -106,6 +108,29 @@ TEST_F(RestoreRunTest, EverySetIsOfferedByTheEndOfItsName)
     EXPECT_EQ(std::count(choices.begin(), choices.end(), u'|'), 90 + 4) << "90 sets, one folder, three other names";
     EXPECT_EQ(choices.find(u"lower"), std::u16string::npos);
     EXPECT_EQ(choices.find(u"hidden"), std::u16string::npos);
+}
+
+TEST_F(RestoreRunTest, ChoicesComeWithFreeSpaceAndWithDateAndComment)
+{
+    mount(5'000'000);
+    write("a", "a");
+    mark(u"\\a");
+    CopyText(gComment, u"two\r\nlines");
+    RunBackup(BackupListedItems);
+    ASSERT_EQ(gUser.details.size(), 2U);  // the card and the main device
+    EXPECT_EQ(gUser.details[0], u"5000 KB free");
+    EXPECT_TRUE(gUser.details[1].ends_with(u"B free"));
+
+    std::filesystem::create_directories(set_ / "folderQLT");
+    writeOnCard("cutQLT", std::string({9, 0}));
+    gUser.details.clear();
+    gUser.choice.clear();
+    RunRestore(RestoreFull);
+    std::ranges::sort(gUser.details);
+    EXPECT_EQ(gUser.details, (Lines{u"", u"", u"05/03/2000 (09:07) two lines"}));
+    const auto troubles =
+        platform::kernel::troublesOf(platform::kernel::Trouble::Reading, platform::kernel::Troubled::File);
+    EXPECT_TRUE(std::ranges::none_of(troubles, [](const auto& each) { return each.name.ends_with(u"folderQLT"); }));
 }
 
 TEST_F(RestoreRunTest, CraftedNamesStayInsideTheDeviceAndNamesWithAnotherCaseAreOtherFiles)

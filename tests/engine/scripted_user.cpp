@@ -101,12 +101,15 @@ INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath)
     return gUser.confirms;
 }
 
-INT_PTR ChooseFromList(HWND, const WCHAR* prompt, const WCHAR* choices, WCHAR* result)
+INT_PTR ChooseFromList(HWND, const WCHAR* prompt, const WCHAR* choices, WCHAR* result, DescribeChoice describe)
 {
     std::u16string line = u"choose " + std::u16string(prompt);
     bool offered = false;
     for (; *choices; choices += wcslen(choices) + 1) {
         line += u"|" + std::u16string(choices);
+        WCHAR detail[TextChars];
+        describe(choices, detail);
+        gUser.details.push_back(detail);
         offered |= gUser.choice == choices;
     }
     note(line);

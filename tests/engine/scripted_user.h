@@ -16,9 +16,10 @@ struct ScriptedUser {
     std::function<void(const std::u16string&)> seesMessage;  // called with each progress message
     std::function<void()> seesCount;                         // called with each counter
 
-    std::vector<std::u16string> shown;  // "ask question", "box caption|text|type", "choose prompt|row|row",
-                                        // "registry restored", "open title|range|step",
-                                        // "dialog kind", "message ...", "step", "animate", "close"
+    std::vector<std::u16string> shown;    // "ask question", "box caption|text|type", "choose prompt|row|row",
+                                          // "registry restored", "open title|range|step",
+                                          // "dialog kind", "message ...", "step", "animate", "close"
+    std::vector<std::u16string> details;  // of the choices that were offered
     // Whether `shown` also has "count ...", without repetitions, and changes of the cursor, "wait" and "no wait".
     bool notesAll = false;
     bool waitCursor = false;  // the cursor that is shown now

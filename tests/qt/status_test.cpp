@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QLocale>
 #include <QProgressBar>
+#include <QScrollBar>
 #include <QSizeGrip>
 #include <QStatusBar>
 
@@ -240,6 +241,15 @@ TEST_F(StatusTripTest, OutcomeStaysUntilSomethingElseIsMarked)
     expectStatus("Set 1 on \\Storage Card: ");
     expectStatus("Newest set: " + QLocale().toString(QDate::currentDate(), QLocale::ShortFormat));
 
+    // The chooser shows date and comment beside the set.
+    QWidget& chooser = open({{"Operations", "Restore", "Full..."}, "Select"});
+    const QAbstractItemModel& rows = *chooser.findChild<QListView*>()->model();
+    const QModelIndex set = findRow(rows, "\\Storage Card\\QUILBOX\\QLBX0001.QLT");
+    const QString detail = set.data(Qt::AccessibleDescriptionRole).toString();
+    EXPECT_TRUE(detail.endsWith("Before the journey")) << detail.toStdString();
+    EXPECT_TRUE(detail.contains(QString::number(QDate::currentDate().year())));
+    EXPECT_EQ(chooser.findChild<QScrollBar*>()->isVisible(), false);
+    leave(chooser);
     expectStatus("Set 1 on \\Storage Card: ");
 }
 

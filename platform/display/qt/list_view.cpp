@@ -1,6 +1,6 @@
+#include "detail_delegate.h"
 #include "focus_outline.h"
 #include "keys.h"
-#include "row_delegate.h"
 #include "view_makers.h"
 
 #include "ce/controls.h"
@@ -44,9 +44,18 @@ public:
 
     QVariant data(const QModelIndex& index, int role) const override
     {
-        if (role != Qt::DisplayRole || !index.isValid())
+        if (!index.isValid())
             return {};
-        return toQtLine(rows_[static_cast<std::size_t>(index.row())].text);
+        const ListRow& row = rows_[static_cast<std::size_t>(index.row())];
+        switch (role) {
+        case Qt::DisplayRole:
+            return toQtLine(row.text);
+        case DetailRole:
+        case Qt::AccessibleDescriptionRole:
+            return toQtLine(row.detail);
+        default:
+            return {};
+        }
     }
 
     const std::vector<ListRow>& all() const { return rows_; }
@@ -212,6 +221,15 @@ public:
             scrollTo(caret);
     }
 
+    // With details the rows are wider than the template's list.
+    int wantedWidth() override
+    {
+        const bool hasDetails = detailColumn() > 0;
+        if (hasDetails)
+            doItemsLayout();
+        return hasDetails ? widest_ + 2 * frameWidth() + verticalScrollBar()->sizeHint().width() : 0;
+    }
+
 protected:
     void mousePressEvent(QMouseEvent* event) override
     {
@@ -249,6 +267,7 @@ protected:
     void doItemsLayout() override
     {
         widest_ = 0;
+        delegate_.setColumn(detailColumn());
         for (const int row : likelyWidest(rows_.all(), fontMetrics()))
             widest_ = std::max(widest_, sizeHintForIndex(rows_.index(row)).width());
         horizontalScrollBar()->setSingleStep(StepLetters * fontMetrics().averageCharWidth());
@@ -273,6 +292,17 @@ protected:
     }
 
 private:
+    // Only short lists have details.
+    int detailColumn() const
+    {
+        if (std::ranges::none_of(rows_.all(), [](const ListRow& row) { return !row.detail.empty(); }))
+            return 0;
+        int widest = 0;
+        for (const ListRow& row : rows_.all())
+            widest = std::max(widest, fontMetrics().horizontalAdvance(toQtLine(row.text)));
+        return DetailDelegate::columnFor(widest, fontMetrics());
+    }
+
     int rowAt(QPointF point) const { return indexAt(point.toPoint()).row(); }
 
     bool isCut(const QModelIndex& index) const
@@ -312,7 +342,7 @@ private:
 
     Rows rows_;
     ListSelection selection_;
-    RowDelegate delegate_;
+    DetailDelegate delegate_;
     FocusOutline outline_;
     QLabel count_{this};  // of the selected rows; hidden if there are none
     int pressed_ = -1;

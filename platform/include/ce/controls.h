@@ -67,6 +67,9 @@ inline constexpr UINT LB_GETSELCOUNT = 0x190;
 inline constexpr UINT LB_SETHORIZONTALEXTENT = 0x194;
 inline constexpr UINT LB_GETCARETINDEX = 0x19F;
 inline constexpr UINT LB_FINDSTRINGEXACT = 0x1A2;
+// An addition of this platform. Sets a detail of row wParam, the text at lParam, which a display shows beside the row.
+// It isn't part of the row's text, by which the row is found and read. LB_ERR if there is no such row.
+inline constexpr UINT LB_SETROWDETAIL = 0x1F0;
 
 // Progress bar.
 inline constexpr UINT PBM_SETRANGE = WM_USER + 1;

@@ -129,6 +129,10 @@ BOOL DropFromCache(HANDLE file);
 // Nonzero on success, 0 with 6 for a handle that isn't an open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
+// The bytes that can still be written to the device's own folder, the card or the further folder that holds `path`, and
+// its size. A card's capacity counts. Each pointer may be null. The path need not exist. Fails with 5, 31, 123, 206.
+BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint64_t* total, std::uint64_t* totalFree);
+
 // Declares that the files which the program makes at `path` are temporary, until WithdrawTemporaryFile. Such a file
 // counts for the capacity of its card, and all calls treat it like any other file. But it is not on the host as long as
 // no call needs it there, so that it costs little, other programs don't see it, and nothing of it is left if the

@@ -67,6 +67,15 @@ LRESULT giveRow(ListBoxState& state, long index, LPARAM out)
     return static_cast<LRESULT>(text.size());
 }
 
+LRESULT setDetail(Window& box, ListBoxState& state, long index, LPARAM detail) REQUIRES(coreMutex)
+{
+    if (!isRow(state, index) || !detail)
+        return LB_ERR;
+    rowAt(state, index).detail = reinterpret_cast<const WCHAR*>(detail);
+    announce(box, Change::Rows);
+    return 0;
+}
+
 LRESULT setSelected(Window& box, ListBoxState& state, bool selected, long index) REQUIRES(coreMutex)
 {
     if (!state.multiple || (index != -1 && !isRow(state, index)))
@@ -147,6 +156,8 @@ LRESULT answer(Window& box, ListBoxState& state, UINT message, WPARAM wParam, LP
         return setExtent(box, state, static_cast<int>(wParam));
     case LB_FINDSTRINGEXACT:
         return findRow(state, index, lParam);
+    case LB_SETROWDETAIL:
+        return setDetail(box, state, index, lParam);
     case WM_GETDLGCODE:
         return WantsArrows | WantsCharacters;
     default:
@@ -165,7 +176,8 @@ LRESULT listBoxProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam
     default:
         break;
     }
-    const bool own = (message >= LB_ADDSTRING && message <= LB_FINDSTRINGEXACT) || message == WM_GETDLGCODE;
+    const bool own = (message >= LB_ADDSTRING && message <= LB_FINDSTRINGEXACT) || message == LB_SETROWDETAIL ||
+                     message == WM_GETDLGCODE;
     if (!own)
         return DefWindowProcW(handle, message, wParam, lParam);
     const Lock lock(coreMutex);
@@ -191,7 +203,7 @@ std::vector<ListRow> listRows(HWND listBox)
     std::vector<ListRow> rows;
     if (const auto* state = findState<ListBoxState>(listBox, WindowKind::ListBox)) {
         rows.reserve(state->rows.size());
-        state->rows.forEach([&rows](const Row& row) { rows.push_back({row.text, row.selected}); });
+        state->rows.forEach([&rows](const Row& row) { rows.push_back({row.text, row.detail, row.selected}); });
     }
     return rows;
 }

@@ -15,6 +15,7 @@ namespace platform::window {
 
 struct Row {
     std::u16string text;
+    std::u16string detail;  // for display only
     bool selected = false;
 };
 

@@ -24,9 +24,13 @@ INT_PTR ShowBackupDialog(WORD kind, WCHAR* comment);
 // restore_dialog.cpp
 INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath);
 
-// Lets the user choose from a double-NUL list. 1 with the chosen text in `result` (260 characters; a longer text is
-// cut). 0 if the dialog was left without a choice, and then `result` is unchanged. chooser_dialog.cpp
-INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result);
+// Fills in what the user should know of a choice, or leaves `detail` empty.
+using DescribeChoice = void (*)(const WCHAR* choice, WCHAR (&detail)[TextChars]);
+
+// Lets the user choose from a double-NUL list, where `describe` gives the details. 1 with the chosen text in `result`
+// (260 characters; a longer text is cut). 0 if the dialog was left without a choice, and then `result` is unchanged.
+// chooser_dialog.cpp
+INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result, DescribeChoice describe);
 
 // A progress window, which runs on a thread of its own. progress_window.cpp
 // ProgressOpen returns when the window shows its texts. It returns null if no window could be made: with null the other

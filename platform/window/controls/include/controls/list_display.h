@@ -10,6 +10,7 @@ namespace platform::window {
 
 struct ListRow {
     std::u16string text;
+    std::u16string detail;  // to be shown beside it
     bool selected = false;
 };
 
