@@ -5,8 +5,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QHelpEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QToolTip>
 #include <QTreeView>
 #include <QtTest/QTest>
 
@@ -295,6 +297,33 @@ TEST_F(TreeTripTest, FocusComesBackFromTheMenuThatF10Opened)
         press(main, Qt::Key_Escape);
         EXPECT_EQ(main.focusWidget(), tree_);
     }
+}
+
+TEST_F(TreeTripTest, TipsSayWhyAFileCantBeMarkedTheWholeOfACutNameAndWhatMarkDoes)
+{
+    const std::string longName = "long " + std::string(200, 'w');
+    std::ofstream(store() / "Windows" / longName) << "w";
+    const QStringList rom{"Files", "Windows", "calc.rom"};
+    const QStringList cut{"Files", "Windows", QString::fromStdString(longName)};
+    clickButton(Files);
+    clickButton({"Files", "Windows"});
+    awaitItem(cut);
+    const auto tipOf = [&](const QStringList& path) {
+        const QPoint point = pointOn(path, OnPicture);
+        QHelpEvent asked(QEvent::ToolTip, point, tree_->viewport()->mapToGlobal(point));
+        QApplication::sendEvent(tree_->viewport(), &asked);
+        return QToolTip::text();
+    };
+    EXPECT_TRUE(tipOf(rom).startsWith("This file is in ROM."));
+    EXPECT_EQ(tipOf(cut), cut.back());
+    EXPECT_TRUE(eventually([&] { return tipOf({"Files", "Windows"}).isEmpty(); }));
+    const QWidget* button = findControl(await(MainTitle), "Mark");
+    ASSERT_TRUE(button);
+    EXPECT_TRUE(button->toolTip().contains("Marks all files in the selected folder"))
+        << button->toolTip().toStdString();
+    QWidget& options = open(dialogsOfMenu()[1]);
+    EXPECT_TRUE(findControl(options, "Verify backuped file")->toolTip().contains("no effect"));
+    leave(options);
 }
 
 }  // namespace

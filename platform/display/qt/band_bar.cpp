@@ -93,6 +93,17 @@ QString contentOf(const std::vector<BandState>& bands)
     return content;
 }
 
+// What the button does, and its keys. Only the tip shows these: the menu item that does the same has them.
+QString tipOf(const BandState& band, const BarButton& button)
+{
+    QString tip = pictureName(band.bitmapId, button.image);
+    if (const QKeySequence keys = keysOf(static_cast<WORD>(button.id)); !keys.isEmpty())
+        tip += QStringLiteral(" (%1)").arg(keys.toString(QKeySequence::NativeText));
+    if (const QString more = pictureTip(band.bitmapId, button.image); !more.isEmpty())
+        tip += u'\n' + more;
+    return tip;
+}
+
 }  // namespace
 
 BandBar::BandBar(QWidget* parent, std::function<void(WORD)> command, QMenu& ownMenu)
@@ -169,10 +180,8 @@ void BandBar::addButtons(const BandState& band)
         }
         QAction* action =
             bar->addAction(pictureOf(band.bitmapId, button.image), pictureName(band.bitmapId, button.image));
+        action->setToolTip(tipOf(band, button));
         action->setEnabled(button.enabled);
-        // Only the tip shows the keys: the menu item that does the same has them.
-        if (const QKeySequence keys = keysOf(static_cast<WORD>(button.id)); !keys.isEmpty())
-            action->setToolTip(QStringLiteral("%1 (%2)").arg(action->text(), keys.toString(QKeySequence::NativeText)));
         connect(action, &QAction::triggered, this, [this, id = button.id] { command_(static_cast<WORD>(id)); });
         // Tab must reach the buttons, because some have no menu item.
         bar->widgetForAction(action)->setFocusPolicy(Qt::TabFocus);

@@ -7,6 +7,7 @@
 #include <QRadioButton>
 #include <QStyle>
 
+#include <string_view>
 #include <type_traits>
 
 namespace platform::qt {
@@ -15,6 +16,9 @@ namespace {
 
 using window::Change;
 using window::WindowState;
+
+// A setting of the program that no run reads.
+constexpr std::u16string_view VerifyText = u"Verify backuped file";
 
 // A mouse press doesn't move the focus: the core does that after the click. Tab goes to the core too, but without this
 // policy a screen reader would take the button for one that can't have the focus.
@@ -69,6 +73,8 @@ public:
     {
         if (changes.has(Change::Text))
             Button::setText(toQt(state.text));
+        if (changes.has(Change::Text) && state.text == VerifyText)
+            Button::setToolTip(QStringLiteral("This setting is stored, but has no effect"));
         checked_ = state.check != 0;
         showChecked();
     }

@@ -64,4 +64,10 @@ QString pictureName(WORD resource, int cell)
     return QString::fromUtf16(name.data(), static_cast<qsizetype>(name.size()));
 }
 
+QString pictureTip(WORD resource, int cell)
+{
+    const std::u16string_view tip = quillbox::tipOfPicture(resource, cell);
+    return QString::fromUtf16(tip.data(), static_cast<qsizetype>(tip.size()));
+}
+
 }  // namespace platform::qt

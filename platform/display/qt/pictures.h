@@ -15,4 +15,7 @@ QIcon pictureOf(WORD resource, int cell);
 // The text that a screen reader reads. Empty if the picture has none.
 QString pictureName(WORD resource, int cell);
 
+// What a tip says about it. Empty if there is nothing to say.
+QString pictureTip(WORD resource, int cell);
+
 }  // namespace platform::qt

@@ -98,7 +98,7 @@ bool TreeItemsModel::hasChildren(const QModelIndex& parent) const
 QVariant TreeItemsModel::data(const QModelIndex& index, int role) const
 {
     const bool isAsked = role == Qt::DisplayRole || role == Qt::DecorationRole || role == Qt::CheckStateRole ||
-                         role == Qt::AccessibleDescriptionRole;
+                         role == Qt::AccessibleDescriptionRole || role == Qt::ToolTipRole;
     if (!index.isValid() || !isAsked)
         return {};
     const TreeItemState& state = read(nodeOf(index));
@@ -109,6 +109,8 @@ QVariant TreeItemsModel::data(const QModelIndex& index, int role) const
         return icon(state.image);
     case Qt::AccessibleDescriptionRole:
         return pictureName(pictures_.bitmapId, state.image);
+    case Qt::ToolTipRole:
+        return pictureTip(pictures_.bitmapId, state.image);
     default:
         return checkStateOf(quillbox::shownMark(pictures_.bitmapId, state.image));
     }

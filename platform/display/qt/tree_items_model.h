@@ -36,7 +36,7 @@ public:
     int columnCount(const QModelIndex&) const override { return 1; }
     // True for an item with a button: its children may be inserted only when it is expanded.
     bool hasChildren(const QModelIndex& parent) const override;
-    // Text, picture, and the meaning of the picture as a description and as a check state.
+    // Text, picture, and the meaning of the picture as a description, a tip and a check state.
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;

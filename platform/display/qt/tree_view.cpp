@@ -14,9 +14,11 @@
 #include <QAction>
 #include <QContextMenuEvent>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QItemSelectionModel>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QToolTip>
 #include <QTreeView>
 
 #include <algorithm>
@@ -197,6 +199,19 @@ protected:
             this, [this] { reportFocus(); }, Qt::QueuedConnection);
     }
 
+    bool viewportEvent(QEvent* event) override
+    {
+        if (event->type() != QEvent::ToolTip)
+            return QTreeView::viewportEvent(event);
+        const auto& asked = static_cast<const QHelpEvent&>(*event);
+        const QModelIndex index = indexAt(asked.pos());
+        QStringList tip{isCut(index) ? index.data().toString() : QString(), index.data(Qt::ToolTipRole).toString()};
+        tip.removeAll(QString());
+        QToolTip::showText(asked.globalPos(), tip.join(u'\n').toHtmlEscaped().replace(u'\n', QLatin1String("<br>")),
+                           viewport(), visualRect(index));
+        return true;
+    }
+
     void updateGeometries() override
     {
         QTreeView::updateGeometries();
@@ -254,6 +269,16 @@ private:
             expand->setShortcut(Qt::Key_Asterisk);
         }
         menu->popup(place);
+    }
+
+    // Whether a part of the item's text is outside the view.
+    bool isCut(const QModelIndex& index) const
+    {
+        if (!index.isValid())
+            return false;
+        const QSize needed(sizeHintForIndex(index).width(), 1);
+        const QRect text = QStyle::alignedRect(layoutDirection(), Qt::AlignLeft, needed, visualRect(index));
+        return text.left() < 0 || text.right() >= viewport()->width();
     }
 
     void clickOn(HTREEITEM item) { input().treeClick(window(), item, TreePart::Label); }

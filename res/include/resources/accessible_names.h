@@ -1,5 +1,5 @@
-// accessible_names.h - what a screen reader says where the program itself has no text: for the pictures of the toolbar
-// and of the tree, which are named by the number of their bitmap and their cell in that, and for some controls.
+// accessible_names.h - what a screen reader or a tip says where the program itself has no text: for the pictures of the
+// toolbar and of the tree, which are named by the number of their bitmap and their cell in that, and for some controls.
 #pragma once
 
 #include <array>
@@ -21,6 +21,7 @@ struct AccessibleName {
     int cell;
     std::u16string_view text;
     ShownMark mark = ShownMark::None;
+    std::u16string_view tip = {};  // what a tip says in addition to the text
 };
 
 inline constexpr std::array<AccessibleName, 23> AccessibleNames = {{
@@ -32,7 +33,8 @@ inline constexpr std::array<AccessibleName, 23> AccessibleNames = {{
     {101, 5, u"some marked", ShownMark::PartlyMarked},
     {101, 6, u"file, not marked", ShownMark::Unmarked},
     {101, 7, u"file, marked", ShownMark::Marked},
-    {101, 8, u"file in ROM, can't be marked"},
+    {101, 8, u"file in ROM, can't be marked", ShownMark::None,
+     u"This file is in ROM. It is a part of the device, and a backup doesn't contain it."},
     {101, 9, u"folder, nothing marked", ShownMark::Unmarked},
     {101, 10, u"folder, some marked", ShownMark::PartlyMarked},
     {101, 11, u"database, not marked", ShownMark::Unmarked},
@@ -42,8 +44,9 @@ inline constexpr std::array<AccessibleName, 23> AccessibleNames = {{
     {101, 15, u"not marked", ShownMark::Unmarked},
     {101, 16, u"marked", ShownMark::Marked},
     {101, 17, u"device"},
-    {106, 0, u"Mark"},
-    {106, 1, u"Unmark"},
+    {106, 0, u"Mark", ShownMark::None,
+     u"Marks all files in the selected folder and below it for the next backup of selected items"},
+    {106, 1, u"Unmark", ShownMark::None, u"Unmarks all files in the selected folder and below it"},
     {106, 2, u"Full backup"},
     {106, 3, u"Filter"},
     {106, 4, u"Options"},
@@ -89,6 +92,11 @@ inline constexpr std::array<ControlName, 7> ControlNames = {{
 [[nodiscard]] constexpr std::u16string_view accessibleName(std::uint16_t bitmap, int cell)
 {
     return findAccessibleName(bitmap, cell).text;
+}
+
+[[nodiscard]] constexpr std::u16string_view tipOfPicture(std::uint16_t bitmap, int cell)
+{
+    return findAccessibleName(bitmap, cell).tip;
 }
 
 [[nodiscard]] constexpr ShownMark shownMark(std::uint16_t bitmap, int cell)
