@@ -122,10 +122,10 @@ TEST(AccessibleNamesTest, EachPictureHasOneName)
         for (int cell = 0; cell < cells; ++cell)
             unnamed.emplace(bitmap, cell);
     }
-    for (const auto& [bitmap, cell, text, mark] : quillbox::AccessibleNames) {
-        EXPECT_EQ(unnamed.erase({bitmap, cell}), 1U) << bitmap << ' ' << cell;
-        EXPECT_EQ(quillbox::accessibleName(bitmap, cell), text);
-        EXPECT_EQ(quillbox::shownMark(bitmap, cell), mark);
+    for (const quillbox::AccessibleName& known : quillbox::AccessibleNames) {
+        EXPECT_EQ(unnamed.erase({known.bitmap, known.cell}), 1U) << known.bitmap << ' ' << known.cell;
+        EXPECT_EQ(quillbox::accessibleName(known.bitmap, known.cell), known.text);
+        EXPECT_EQ(quillbox::shownMark(known.bitmap, known.cell), known.mark);
     }
     EXPECT_TRUE(unnamed.empty());
 }
