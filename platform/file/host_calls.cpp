@@ -129,6 +129,19 @@ ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t offset)
     });
 }
 
+int writeAllAt(int file, std::span<const std::byte> bytes, std::uint64_t offset)
+{
+    while (!bytes.empty()) {
+        const iovec vector = {const_cast<std::byte*>(bytes.data()), bytes.size()};
+        const ssize_t written = writeAt(file, {&vector, 1}, offset);
+        if (written <= 0)
+            return written < 0 ? static_cast<int>(written) : -ENOSPC;
+        offset += static_cast<std::uint64_t>(written);
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
 int setSize(int file, std::uint64_t size)
 {
     if (const int error = passGate())
@@ -224,6 +237,21 @@ int linkFile(int folder, const char* name, const char* newName)
     const int result = unlessInterrupted([&] { return ::linkat(folder, name, folder, newName, 0); });
     if (result == 0)
         reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterMaking(folder, newName); });
+    return result;
+}
+
+int nameFile(int file, int folder, const char* name)
+{
+    if (const int error = passGate())
+        return -error;
+    int result = unlessInterrupted([&] { return ::linkat(file, "", folder, name, AT_EMPTY_PATH); });
+    if (result == -ENOENT) {  // Linux before 6.10 allows that to the administrator only
+        std::array<char, 32> path{};
+        (void)std::snprintf(path.data(), path.size(), "/proc/self/fd/%d", file);
+        result = unlessInterrupted([&] { return ::linkat(AT_FDCWD, path.data(), folder, name, AT_SYMLINK_FOLLOW); });
+    }
+    if (result == 0)
+        reportToWatcher([&](HostCallWatcher& watcher) { watcher.afterMaking(folder, name); });
     return result;
 }
 

@@ -38,6 +38,8 @@ using HostStatus = struct statx;
 
 [[nodiscard]] ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t offset);
 [[nodiscard]] ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t offset);
+// Writes all bytes; -ENOSPC if the host takes no more of them.
+[[nodiscard]] int writeAllAt(int file, std::span<const std::byte> bytes, std::uint64_t offset);
 [[nodiscard]] int setSize(int file, std::uint64_t size);
 
 // Reserves room, also after the end of the file, which stays the same.
@@ -64,6 +66,9 @@ using HostStatus = struct statx;
 
 // Gives the file a second name; -EEXIST if there is such an entry.
 [[nodiscard]] int linkFile(int folder, const char* name, const char* newName);
+
+// Gives a nameless file (O_TMPFILE) its name; -EEXIST if there is such an entry.
+[[nodiscard]] int nameFile(int file, int folder, const char* name);
 
 // As getdents64: bytes of entries, 0 at the end.
 [[nodiscard]] ssize_t readEntries(int folder, std::span<std::byte> entries);

@@ -34,19 +34,6 @@ int makeNameless(const HostPath& path)
     return removed < 0 ? removed : named.release();
 }
 
-int writeAll(int file, std::uint64_t offset, std::span<const std::byte> bytes)
-{
-    while (!bytes.empty()) {
-        const iovec vector = {const_cast<std::byte*>(bytes.data()), bytes.size()};
-        const ssize_t written = writeAt(file, {&vector, 1}, offset);
-        if (written <= 0)
-            return written < 0 ? static_cast<int>(written) : -ENOSPC;
-        offset += static_cast<std::uint64_t>(written);
-        bytes = bytes.subspan(static_cast<std::size_t>(written));
-    }
-    return 0;
-}
-
 }  // namespace
 
 TemporaryContent::TemporaryContent(HostPath path, Memory memory) : path_(std::move(path)), memory_(std::move(memory)) {}
@@ -75,7 +62,7 @@ int TemporaryContent::spill(std::uint64_t size)
     Descriptor nameless(makeNameless(path_));
     if (!nameless)
         return nameless.get();
-    if (const int result = writeAll(nameless.get(), 0, {memory_.get(), size}); result < 0)
+    if (const int result = writeAllAt(nameless.get(), {memory_.get(), size}, 0); result < 0)
         return result;
     file_ = std::move(nameless);
     memory_.reset();
@@ -85,14 +72,14 @@ int TemporaryContent::spill(std::uint64_t size)
 int TemporaryContent::copyTo(int file, std::uint64_t size) const
 {
     if (isInMemory())
-        return writeAll(file, 0, {memory_.get(), size});
+        return writeAllAt(file, {memory_.get(), size}, 0);
     std::vector<std::byte> piece(std::min<std::uint64_t>(MemoryBytes, size));
     for (std::uint64_t offset = 0; offset < size;) {
         const ssize_t came =
             readAt(file_.get(), std::span(piece).first(std::min<std::uint64_t>(piece.size(), size - offset)), offset);
         if (came <= 0)
             return came < 0 ? static_cast<int>(came) : -EIO;
-        if (const int result = writeAll(file, offset, std::span(piece).first(static_cast<std::size_t>(came)));
+        if (const int result = writeAllAt(file, std::span(piece).first(static_cast<std::size_t>(came)), offset);
             result < 0)
             return result;
         offset += static_cast<std::uint64_t>(came);

@@ -3,6 +3,7 @@
 
 #include "file/file_move.h"
 #include "file/host_faults.h"
+#include "file/whole_file.h"
 
 #include <sys/wait.h>
 
@@ -45,6 +46,42 @@ protected:
         EXPECT_TRUE(diesUnder({FaultKind::PowerCut, calls, 0}, action));
     }
 };
+
+TEST_F(FaultTest, WholeFileIsThereWithAllItsBytesOrNotAtAll)
+{
+    const std::string bytes = patternBytes(9'000);
+    const auto make = [&](const WCHAR* path) { return makeWholeFile(path, std::as_bytes(std::span(bytes))); };
+    std::filesystem::create_directories(root() / "sub");
+    std::filesystem::create_directory_symlink(outside(), root() / "link");
+    hostWrite(root() / "sub/old", "old");
+    for (const auto& [path, error] : {std::pair(u"\\sub\\new", 0),
+                                      {u"\\new", 0},
+                                      {u"\\sub\\old", ERROR_ALREADY_EXISTS},
+                                      {u"\\sub", ERROR_ALREADY_EXISTS},
+                                      {u"\\none\\new", ERROR_PATH_NOT_FOUND},
+                                      {u"\\link\\new", ERROR_PATH_NOT_FOUND},
+                                      {u"\\a*", ERROR_INVALID_NAME}})
+        EXPECT_EQ(make(path), static_cast<DWORD>(error)) << std::filesystem::path(path);
+    EXPECT_EQ(hostRead(root() / "sub/old"), "old");
+    EXPECT_EQ(hostRead(root() / "sub/new"), bytes);
+    EXPECT_EQ(readAll(u"\\new"), bytes);
+    addFolder(u"Card", true, 100'000);
+    EXPECT_EQ(make(u"\\Card\\new"), DWORD{ERROR_NOT_SUPPORTED}) << "its room has to be counted";
+
+    const std::uint64_t calls = hostCallsOf([&] { make(u"\\sub\\first"); });
+    for (const FaultKind kind : {FaultKind::Fail, FaultKind::Kill}) {
+        for (std::uint64_t call = 1; call <= calls; call++) {
+            SCOPED_TRACE(call);
+            std::filesystem::remove(root() / "sub/new");
+            const int status = statusOfChild([&] {
+                setFaultPlan({kind, call, EIO});
+                return make(u"\\sub\\new") != 0;
+            });
+            EXPECT_EQ(kind == FaultKind::Kill ? WIFSIGNALED(status) : status == 0, true) << "it isn't reported";
+            EXPECT_EQ(list(u"\\sub\\*"), (std::set<std::u16string>{u"first", u"old"}));
+        }
+    }
+}
 
 TEST_F(FaultTest, ReadErrorComesAfterTheBytesBeforeIt)
 {

@@ -192,9 +192,10 @@ class HostTest(SetToolTest):
 
     @needs_strace
     def test_what_was_extracted_is_on_the_disk_and_a_flush_that_fails_is_reported(self):
-        path = Set().add(FILE, "\\deep\\a", b"1").add(FILE, "\\b", b"2").add(DATABASE, "c").write(self.folder)
-        done = traced([TOOL, "extract", path, self.out], "renameat2,syncfs")
-        self.assertEqual((done.returncode, done.calls), (0, ["renameat2"] * 3 + ["syncfs"]))
+        large = os.urandom(300_000)
+        path = Set().add(FILE, "\\deep\\a", b"1").add(FILE, "\\b", large).add(DATABASE, "c").write(self.folder)
+        done = traced([TOOL, "extract", path, self.out], "linkat,renameat2,syncfs")
+        self.assertEqual((done.returncode, done.calls), (0, ["linkat", "renameat2", "linkat", "syncfs"]))
         for form in ([], ["--json"]):
             done = traced([TOOL, "extract", "--force", path, self.out, *form], "syncfs", "syncfs:error=EIO")
             self.assertEqual((done.returncode, done.stderr.decode()),

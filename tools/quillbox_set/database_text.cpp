@@ -75,13 +75,11 @@ std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, cons
                               const DatabaseText& text, std::optional<std::uint64_t>& bytes)
 {
     GrowingFile file(text.path);
-    if (!file.isOpen())
-        return errorText(file.error());
     TargetBuffer buffer(file);
     std::ostream out(&buffer);
     if (std::string fault = writeDatabase(data, entry, image, text.format, out); !fault.empty())
         return fault;
-    if (file.moveTo(text.path, text.replace) != ERROR_SUCCESS)
+    if (file.moveToTarget(text.replace) != ERROR_SUCCESS)
         return errorText(file.error());
     bytes = file.bytes();
     return "";

@@ -166,8 +166,6 @@ private:
                        std::optional<std::uint64_t>& bytes)
     {
         GrowingFile target(path);
-        if (!target.isOpen())
-            return errorText(target.error());
         const StreamFault fault =
             DecodeStream(data_.handle(), item.entry.startOffset, item.entry.endOffset, GrowingFile::writeRaw, &target);
         if (fault == StreamFault::StoppedBySink)
@@ -176,7 +174,7 @@ private:
         // An empty file of a damaged item would look like a file that was always empty.
         if (!reason.empty() && (!options_.keepDamaged || target.bytes() == 0))
             return reason;
-        if (target.moveTo(path, options_.force) != ERROR_SUCCESS)
+        if (target.moveToTarget(options_.force) != ERROR_SUCCESS)
             return errorText(target.error());
         bytes = target.bytes();
         return reason.empty() ? "" : reason + "; " + counted(*bytes, "byte") + " kept";

@@ -1,14 +1,20 @@
 #include "growing_file.h"
 
 #include "file/file_move.h"
+#include "file/whole_file.h"
 
+#include "ce/error.h"
 #include "ce/file.h"
+
+#include <utility>
 
 namespace quillbox_set {
 
 using namespace archive;
 
 namespace {
+
+constexpr std::size_t heldBytes = std::size_t{256} * 1024;
 
 // Makes the missing folders of the path and returns them. A folder that can't be made is no error here: the opening of
 // the file fails then.
@@ -29,28 +35,29 @@ std::u16string pathBeside(const std::u16string& target)
     return beside.size() < MAX_PATH ? beside : u"\\" + name;
 }
 
-OpenFile openNew(const std::u16string& path, std::vector<std::u16string>& madeFolders)
+bool exists(const std::u16string& path)
 {
-    OpenFile file(path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
-    if (file.isOpen() || GetLastError() != ERROR_PATH_NOT_FOUND)
-        return file;
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// Calls `make`, and once more after the missing folders of `path` were made. Each call returns an error.
+template <class Make>
+DWORD withFoldersOf(const std::u16string& path, std::vector<std::u16string>& madeFolders, const Make& make)
+{
+    const DWORD error = make();
+    if (error != ERROR_PATH_NOT_FOUND)
+        return error;
     madeFolders = makeFoldersOf(path);
-    return {path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW};
+    return make();
 }
 
 }  // namespace
 
-GrowingFile::GrowingFile(const std::u16string& target)
-    : path_(pathBeside(target)), file_(openNew(path_, madeFolders_)),
-      error_(file_.isOpen() ? ERROR_SUCCESS : GetLastError())
-{
-    if (!file_.isOpen())
-        path_.clear();
-}
+GrowingFile::GrowingFile(std::u16string target) : target_(std::move(target)) {}
 
 GrowingFile::~GrowingFile()
 {
-    (void)file_.close();
+    file_.reset();
     if (!path_.empty())
         (void)DeleteFileW(path_.c_str());
     for (; !madeFolders_.empty(); madeFolders_.pop_back())
@@ -59,13 +66,21 @@ GrowingFile::~GrowingFile()
 
 bool GrowingFile::write(std::span<const std::byte> bytes)
 {
+    if (error_ != ERROR_SUCCESS)
+        return false;
+    if (!file_ && held_.size() + bytes.size() <= heldBytes) {
+        held_.insert(held_.end(), bytes.begin(), bytes.end());
+        bytes_ += bytes.size();
+        return true;
+    }
+    if (!store())
+        return false;
     DWORD written = 0;
-    if (error_ == ERROR_SUCCESS &&
-        !WriteFile(file_.handle(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
+    if (!WriteFile(file_->handle(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
         error_ = GetLastError();
-    bytes_ += written;
-    if (error_ == ERROR_SUCCESS && written != bytes.size())
+    else if (written != bytes.size())
         error_ = ERROR_DISK_FULL;
+    bytes_ += written;
     return error_ == ERROR_SUCCESS;
 }
 
@@ -74,21 +89,62 @@ BOOL GrowingFile::writeRaw(const BYTE* raw, DWORD bytes, void* target)
     return static_cast<GrowingFile*>(target)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
 }
 
-DWORD GrowingFile::moveTo(const std::u16string& path, bool replace)
+HANDLE GrowingFile::handle()
 {
-    const bool replaces = replace && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-    if (error_ == ERROR_SUCCESS && replaces && !FlushFileBuffers(file_.handle()))
-        error_ = GetLastError();
-    if (!file_.close() && error_ == ERROR_SUCCESS)
-        error_ = GetLastError();
-    if (error_ != ERROR_SUCCESS)
-        return error_;
-    error_ = platform::file::moveFile(path_, path, replace);
-    if (error_ == ERROR_SUCCESS) {
-        path_.clear();
+    return store() ? file_->handle() : INVALID_HANDLE_VALUE;
+}
+
+DWORD GrowingFile::moveToTarget(bool replace)
+{
+    const bool replaces = replace && exists(target_);
+    if (error_ == ERROR_SUCCESS && (file_ || replaces || !makeWhole()) && store())
+        moveStored(replaces);
+    if (error_ == ERROR_SUCCESS)
         madeFolders_.clear();
-    }
     return error_;
+}
+
+// Makes the target of what is in memory. False if it has to be stored first.
+bool GrowingFile::makeWhole()
+{
+    const DWORD error =
+        withFoldersOf(target_, madeFolders_, [&] { return platform::file::makeWholeFile(target_, held_); });
+    if (error == ERROR_NOT_SUPPORTED)
+        return false;
+    error_ = error;
+    return true;
+}
+
+// Puts what is in memory into a file, unless there is one.
+bool GrowingFile::store()
+{
+    if (file_ || error_ != ERROR_SUCCESS)
+        return error_ == ERROR_SUCCESS;
+    const std::u16string path = pathBeside(target_);
+    error_ = withFoldersOf(target_, madeFolders_, [&]() -> DWORD {
+        file_.emplace(path, GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
+        return file_->isOpen() ? ERROR_SUCCESS : GetLastError();
+    });
+    if (error_ != ERROR_SUCCESS) {
+        file_.reset();
+        return false;
+    }
+    path_ = path;
+    bytes_ = 0;
+    return held_.empty() || write(std::exchange(held_, {}));
+}
+
+void GrowingFile::moveStored(bool replace)
+{
+    if (replace && !FlushFileBuffers(file_->handle()))
+        error_ = GetLastError();
+    if (!file_->close() && error_ == ERROR_SUCCESS)
+        error_ = GetLastError();
+    if (error_ == ERROR_SUCCESS)
+        error_ =
+            withFoldersOf(target_, madeFolders_, [&] { return platform::file::moveFile(path_, target_, replace); });
+    if (error_ == ERROR_SUCCESS)
+        path_.clear();
 }
 
 }  // namespace quillbox_set

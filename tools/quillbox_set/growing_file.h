@@ -1,6 +1,8 @@
-// growing_file.h - a file that is written under an unguessable name in the target's folder, and moved to its target
-// once it is complete. So neither an incomplete item nor a kill costs a file that exists there. Without the move, the
-// file and the folders that were made for it are deleted.
+// growing_file.h - a file that appears at its target once it is complete. So neither an incomplete item nor a kill
+// costs a file that exists there.
+//
+// What is written stays in memory up to 256 KB. Then it goes to a file with an unguessable name in the target's folder.
+// Without the move, that file and the folders that were made for the target are deleted.
 //
 // It uses the calls of the name space, which confine a set's paths to the folder of the extraction. The Output of
 // quillbox-device writes to paths that the user gives, so it uses the host's calls and follows links.
@@ -8,7 +10,10 @@
 
 #include "archive/set_files.h"
 
+#include "ce/error.h"
+
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -17,14 +22,11 @@ namespace quillbox_set {
 
 class GrowingFile {
 public:
-    // Makes a new file in the folder of `target`, and the missing folders on the way. If the path would be too long,
-    // the file is in the root.
-    explicit GrowingFile(const std::u16string& target);
+    explicit GrowingFile(std::u16string target);
     GrowingFile(const GrowingFile&) = delete;
     GrowingFile& operator=(const GrowingFile&) = delete;
     ~GrowingFile();
 
-    bool isOpen() const { return file_.isOpen(); }
     DWORD error() const { return error_; }  // of the first call that failed
     std::uint64_t bytes() const { return bytes_; }
 
@@ -32,18 +34,25 @@ public:
     bool write(std::span<const std::byte> bytes);
     // The same as a sink for DecodeStream. `target` is the GrowingFile.
     static BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target);
-    // For reading what was written.
-    HANDLE handle() const { return file_.handle(); }
+    // For reading what was written. INVALID_HANDLE_VALUE if it can't be stored; see error().
+    HANDLE handle();
 
-    // Closes the file and moves it to `path`. With `replace`, an existing file is replaced atomically, after this one
-    // was flushed to the disk, and this one takes its rights. Otherwise an existing file is an error. Returns error().
-    DWORD moveTo(const std::u16string& path, bool replace);
+    // Makes the file appear at the target, and the missing folders on the way. With `replace`, an existing file is
+    // replaced atomically, after this one was flushed to the disk, and this one takes its rights. Otherwise an existing
+    // file is an error. Returns error().
+    DWORD moveToTarget(bool replace);
 
 private:
-    std::u16string path_;  // empty without a file, and after moveTo
+    bool makeWhole();
+    bool store();
+    void moveStored(bool replace);
+
+    std::u16string target_;
+    std::vector<std::byte> held_;            // what was written, as long as there is no file
+    std::u16string path_;                    // of the file; empty without one
+    std::optional<archive::OpenFile> file_;  // open until it is moved
     std::vector<std::u16string> madeFolders_;
-    archive::OpenFile file_;
-    DWORD error_;
+    DWORD error_ = ERROR_SUCCESS;
     std::uint64_t bytes_ = 0;
 };
 

@@ -29,7 +29,7 @@ std::string writeSeal(const SetFiles& files, const std::string& text)
 {
     const std::u16string path = u"\\" + platform::text::toDeviceName(files.sumName);  // the set's folder is the root
     GrowingFile seal(path);
-    if (!seal.isOpen() || !seal.write(std::as_bytes(std::span(text))) || seal.moveTo(path, true) != ERROR_SUCCESS)
+    if (!seal.write(std::as_bytes(std::span(text))) || seal.moveToTarget(true) != ERROR_SUCCESS)
         return errorText(seal.error());
     return FlushChangedVolumes() ? "" : errorText(GetLastError());
 }

@@ -50,8 +50,6 @@ bool ImageRecords::add(ImageReader& reader)
 UnpackedImage::UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image)
     : image_(image), file_(u"\\"), reader_(std::make_unique<ImageReader>())
 {
-    if (!file_.isOpen())
-        return;
     // The report has the faults of the stream. What is before them is unpacked.
     (void)DecodeStream(data.handle(), entry.startOffset, entry.endOffset, GrowingFile::writeRaw, &file_);
     StartImageReader(*reader_, file_.handle());

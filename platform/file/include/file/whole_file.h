@@ -1,0 +1,19 @@
+// whole_file.h - makes a file that has all of its content when it gets its name, which the platform's own calls don't
+// offer.
+#pragma once
+
+#include "ce/types.h"
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+namespace platform::file {
+
+// Makes the file `path`, where nothing may be. If the call fails, or the process ends meanwhile, nothing is there. Any
+// thread.
+// 0, or the error: 50 the file system can't do it or the card has a capacity, 80 and 183 something is there, otherwise
+// those of CreateFileW and WriteFile.
+[[nodiscard]] DWORD makeWholeFile(std::u16string_view path, std::span<const std::byte> content);
+
+}  // namespace platform::file
