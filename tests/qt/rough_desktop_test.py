@@ -38,6 +38,11 @@ class Case:
     def back_up(self):
         self.steps.full_backup("\\Card", "All files")
 
+    def await_data(self, number):
+        """The first bytes of the set."""
+        data = self.path_of(number, ".QDT")
+        wait_for(f"the data of set {number}", lambda: data.exists() and data.stat().st_size > 0)
+
     def is_sound(self, number):
         return succeeds(self.desktop.bin / "quillbox-set", "verify", self.path_of(number))
 
@@ -77,8 +82,7 @@ def lost_with_a_full_card(desktop):
     """In the middle of a run. The files that didn't fit are reported."""
     case = Case(desktop, capacity=2_000_000)
     case.back_up()
-    data = case.path_of(1, ".QDT")
-    wait_for("the run", lambda: data.exists() and data.stat().st_size > 0)
+    case.await_data(1)
     errors = case.lose_desktop()
     require("the disk is full" in errors, f"it reports only: {errors}")
 
