@@ -115,8 +115,10 @@ QSize DialogView::findFirstExtra()
 {
     if (!canGrow(growing_))
         return {0, 0};
-    if (header_ && !grip_)
+    if (header_ && !grip_) {
         grip_ = new QSizeGrip(this);
+        grip_->setAccessibleName(QStringLiteral("Size of the window"));
+    }
     const QVariant chosen = windowSettings().value(sizeKey());
     if (chosen.isValid())
         return chosen.toSize().expandedTo({0, 0});

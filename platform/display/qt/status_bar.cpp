@@ -71,6 +71,8 @@ StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent), notice_(new QLabel),
     message_->setMinimumHeight(LeastRows * fontMetrics().lineSpacing());
     message_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     addWidget(panel, 1);
+    setAccessibleName(QStringLiteral("Status"));
+    setSizeGripEnabled(false);  // the window manager's frame is enough
 }
 
 void StatusBar::follow(const StatusState& status)
