@@ -75,6 +75,7 @@ public:
             placeOverOwner(*this);
         }
         show();
+        status_->present();
     }
 
 protected:

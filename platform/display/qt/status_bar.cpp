@@ -1,5 +1,6 @@
 #include "status_bar.h"
 
+#include "announced_label.h"
 #include "shown_text.h"
 #include "status_texts.h"
 
@@ -11,8 +12,6 @@ namespace platform::qt {
 namespace {
 
 using window::StatusState;
-
-constexpr int LeastRows = 2;
 
 bool nothingIsMarked(const StatusState& status)
 {
@@ -51,14 +50,15 @@ QString lines(QStringList texts)
 
 }  // namespace
 
-StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent), notice_(new QLabel), message_(new QLabel)
+StatusBar::StatusBar(QWidget* parent)
+    : QStatusBar(parent), notice_(new QLabel), message_(new AnnouncedLabel), newest_(new QLabel)
 {
     auto* panel = new QWidget;
     auto* column = new QVBoxLayout(panel);
     const int gap = fontMetrics().averageCharWidth();
     column->setContentsMargins(gap, gap / 2, gap, gap / 2);
-    column->setSpacing(gap / 2);
-    for (QLabel* label : {notice_, message_}) {
+    column->setSpacing(0);
+    for (QLabel* label : {notice_, static_cast<QLabel*>(message_), newest_}) {
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
         column->addWidget(label);
@@ -66,9 +66,8 @@ StatusBar::StatusBar(QWidget* parent) : QStatusBar(parent), notice_(new QLabel),
     QFont bold = notice_->font();
     bold.setBold(true);
     notice_->setFont(bold);
+    notice_->setContentsMargins(0, 0, 0, gap / 2);
     notice_->hide();
-    // Most texts have this height, so the tree keeps its size when the text changes.
-    message_->setMinimumHeight(LeastRows * fontMetrics().lineSpacing());
     message_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     addWidget(panel, 1);
     setAccessibleName(QStringLiteral("Status"));
@@ -101,12 +100,24 @@ void StatusBar::showOutcome(const QString& outcome)
     run_.clear();
     outcome_ = outcome;
     showMessage();
+    message_->announce();
+}
+
+void StatusBar::present()
+{
+    if (nothingIsMarked(status_) && status_.newestSet.empty())
+        message_->announce();
 }
 
 void StatusBar::showMessage()
 {
     const QString ready = outcome_.isEmpty() ? readyText(status_) : outcome_;
-    message_->setText(run_.isEmpty() ? lines({ready, newestSetText(status_)}) : run_);
+    message_->setText(run_.isEmpty() ? ready : run_);
+    newest_->setText(run_.isEmpty() ? newestSetText(status_) : QString());
+    const bool hasNewest = !newest_->text().isEmpty();
+    newest_->setVisible(hasNewest);
+    // Most texts have two rows in all, so the tree keeps its size when the text changes.
+    message_->setMinimumHeight((hasNewest ? 1 : 2) * fontMetrics().lineSpacing());
 }
 
 }  // namespace platform::qt

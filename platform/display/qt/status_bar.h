@@ -11,20 +11,25 @@ class QLabel;
 
 namespace platform::qt {
 
+class AnnouncedLabel;
+
 class StatusBar final : public QStatusBar {
 public:
     explicit StatusBar(QWidget* parent);
 
     void follow(const window::StatusState& status);
     void followRun(const RunView& run);
-    // Shown until something else is marked or another run begins.
+    // The window has appeared. A screen reader speaks how to begin, if that is shown.
+    void present();
+    // Shown until something else is marked or another run begins, and spoken by a screen reader.
     void showOutcome(const QString& outcome);
 
 private:
     void showMessage();
 
     QLabel* notice_;  // what the user could overlook: a filter, the deletion of files. Hidden without these.
-    QLabel* message_;
+    AnnouncedLabel* message_;
+    QLabel* newest_;  // hidden during a run
     window::StatusState status_;
     QString run_;
     QString outcome_;

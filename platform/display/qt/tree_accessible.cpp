@@ -271,7 +271,7 @@ QAccessibleInterface* makeAccessible(const QString& className, QObject* object)
 
 }  // namespace
 
-void reportExpansion(QTreeView& tree)
+void reportCurrentAgain(QTreeView& tree)
 {
     if (auto* accessible = dynamic_cast<TreeAccessible*>(QAccessible::queryAccessibleInterface(&tree)))
         accessible->reportFocusAgain();

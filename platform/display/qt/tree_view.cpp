@@ -133,9 +133,12 @@ public:
         selection_.follow(items_.indexOf(tree.selected));
         if (const QModelIndex toShow = items_.indexOf(tree.toShow); isOnARow(toShow))
             scrollTo(toShow);
+        const QModelIndex current = selection_.currentIndex();
+        const QString mark = current.data(Qt::AccessibleDescriptionRole).toString();
+        const bool isMarkNew = std::exchange(currentMark_, mark) != mark;
         // If another item has become the current one, a screen reader reads it without this.
-        if (before == selection_.currentIndex())
-            reportChangeOfCurrent(tree);
+        if (before == current && (isMarkNew || isFolded(tree, tree.selected)) && hasFocus() && QAccessible::isActive())
+            reportCurrentAgain(*this);
     }
 
 protected:
@@ -335,42 +338,18 @@ private:
         widening_ = false;
     }
 
-    // Null if no screen reader runs, or if there is no current item.
-    QAccessibleInterface* currentAccessible()
-    {
-        QAccessibleInterface* tree = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(this) : nullptr;
-        return tree ? tree->focusChild() : nullptr;
-    }
-
     void reportFocus()
     {
-        if (QAccessibleInterface* item = hasFocus() ? currentAccessible() : nullptr) {
+        QAccessibleInterface* tree = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(this) : nullptr;
+        if (QAccessibleInterface* item = tree && hasFocus() ? tree->focusChild() : nullptr) {
             QAccessibleEvent focus(item, QAccessible::Focus);
             QAccessible::updateAccessibility(&focus);
         }
     }
 
-    void reportChangeOfCurrent(const TreeChanges& tree)
+    static bool isFolded(const TreeChanges& tree, HTREEITEM item)
     {
-        QAccessibleInterface* item = currentAccessible();
-        if (!item)
-            return;
-        if (std::ranges::count(tree.updated, tree.selected) != 0)
-            reportMark(*item);
-        const auto isCurrent = [&](const window::TreeFold& fold) { return fold.item == tree.selected; };
-        if (std::ranges::any_of(tree.folded, isCurrent))
-            reportExpansion(*this);
-    }
-
-    static void reportMark(QAccessibleInterface& item)
-    {
-        QAccessible::State changed;
-        changed.checked = true;
-        changed.checkStateMixed = true;
-        QAccessibleStateChangeEvent state(&item, changed);
-        QAccessible::updateAccessibility(&state);
-        QAccessibleEvent description(&item, QAccessible::DescriptionChanged);
-        QAccessible::updateAccessibility(&description);
+        return std::ranges::any_of(tree.folded, [&](const window::TreeFold& fold) { return fold.item == item; });
     }
 
     TreeItemsModel items_;
@@ -378,6 +357,7 @@ private:
     ItemDelegate delegate_;
     FocusOutline outline_;
     window::TreePictures pictures_;
+    QString currentMark_;  // of the current item, as a screen reader reads it
     bool begun_ = false;
     bool widening_ = false;
 };

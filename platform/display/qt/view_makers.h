@@ -32,8 +32,8 @@ TopView* makeMessageView(const window::WindowState& state, const UserInput& inpu
 // tree_accessible.cpp: shows screen readers each tree view with a TreeItemsModel as a tree whose items can be
 // partly marked. Repeated calls change nothing.
 void useTreeAccessible();
-// The current item of the tree was expanded or collapsed. The toolkit passes no such event on, so a screen reader gets
-// the item as a new object with the focus, and reads it with its new state.
-void reportExpansion(QTreeView& tree);
+// The current item of the tree was expanded, collapsed, marked or unmarked. The toolkit passes no event on from which a
+// screen reader could tell that, so it gets the item as a new object with the focus, and reads it with its new state.
+void reportCurrentAgain(QTreeView& tree);
 
 }  // namespace platform::qt
