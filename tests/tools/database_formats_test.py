@@ -336,6 +336,40 @@ class ForeignFilesTest(FormsTest):
                 self.assert_taken("csv", table, {"LastName": "a"}, name="New")
 
 
+@unittest.skipIf(SANITIZED, "a sanitizer changes times and memory")
+class LimitsTest(FormsTest):
+    def limited(self, *arguments, **more):
+        """Runs quillbox-device with ten seconds and 512 MiB."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_CPU, (10, 10))
+            resource.setrlimit(resource.RLIMIT_AS, (512 << 20, 512 << 20))
+
+        return self.tool(*arguments, preexec_fn=limit, **more)
+
+    def test_a_file_of_16_mib_takes_neither_long_nor_much_memory(self):
+        head = '{"database":"d%d","type":1,"sort":[]}\n'
+        wide = [{"id": f"{n:04x}0003", "value": 1} for n in range(1, 0x10000)]
+        files = {
+            "best.vcf": card("N:a", f"TEL;TYPE={'x' * (8 << 20)}:1", *["TEL:2"] * 100_000),
+            "wide.jsonl": head % 0 + f"{json.dumps({'record': wide})}\n" * 7,
+            "blob.jsonl": head % 0 + json.dumps({"record": [{"id": "00010041", "value": "00" * ((8 << 20) - 100)}]}),
+        }
+        for name, text in files.items():
+            with self.subTest(name):
+                self.limited("database", "import", self.device, self.file(name, text), "--replace")
+
+    def test_what_exceeds_a_limit_is_refused_with_the_reason(self):
+        many = "".join(json.dumps({"database": f"d{n}", "type": 1, "sort": []}) + "\n" for n in range(70_000))
+        self.limited("database", "import", self.device, self.file("many.jsonl", many), code=1)
+        self.assertIn("line 65536: the file has more than 65535 databases", self.said)
+        line = tasks() + json.dumps({"record": [{"id": "00010041", "value": "00" * (33 << 20)}]})
+        self.limited("database", "import", self.device, self.file("long.jsonl", line), code=1)
+        self.assertIn("line 2: the record is longer than a record of a device can be", self.said)
+        self.import_file(given=contacts(*([{"id": f"{n:04x}0003", "value": 1}] for n in range(1, 20_000))))
+        self.limited("database", "export", self.device, "--form", "csv", "--name", CONTACTS, code=1)
+        self.assertIn("more than 100 million cells; export it as JSON lines", self.said)
+
+
 class RefusedFilesTest(FormsTest):
     def setUp(self):
         super().setUp()

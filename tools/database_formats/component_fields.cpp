@@ -41,6 +41,7 @@ const ContentLine* ComponentFields::take(std::string_view name, std::string_view
         return (isLast ? 0 : 2) + (!type.empty() && line.hasType(type) ? 1 : 0);
     };
     const ContentLine* best = nullptr;
+    int bestRank = -1;
     std::size_t candidates = 0;
     for (const ContentLine& line : component_.lines) {
         if (line.name != name || isEmpty(line))
@@ -50,8 +51,10 @@ const ContentLine* ComponentFields::take(std::string_view name, std::string_view
             continue;
         }
         ++candidates;
-        if (best == nullptr || rank(line) > rank(*best))
+        if (const int lineRank = rank(line); lineRank > bestRank) {
             best = &line;
+            bestRank = lineRank;
+        }
     }
     for (; candidates > 1; --candidates)
         leftOut_.add(name);

@@ -32,6 +32,9 @@ std::string cell(const std::string& text)
     return quoted + '"';
 }
 
+// Bounds the size of the file: each record has a cell for each property that any record has.
+constexpr std::size_t MostCells = 100'000'000;
+
 [[noreturn]] void failTemporary()
 {
     throw FormatFault("there is no room for a temporary file");
@@ -125,6 +128,10 @@ void CsvWriter::add(std::span<const CEPROPVAL> properties)
         if (property.wFlags != 0)
             cells.emplace(columnOf(property.propid, true), std::to_string(property.wFlags));
     }
+    if ((rowCount_ + 1) * columns_.size() > MostCells)
+        throw FormatFault(
+            "its records have so many different properties that the table would have more than 100 million "
+            "cells; export it as JSON lines");
     std::string row;
     std::size_t column = 0;
     for (const auto& [wanted, text] : cells) {

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace database_formats {
@@ -15,28 +16,44 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// A record of blobs in hexadecimal digits. More than a device can hold.
-constexpr std::size_t LongestLine = std::size_t{512} * 1024 * 1024;
-
 // Limits on the memory that a parsed line takes. No record is nested deeper, and no record of a device has more values.
-constexpr int DeepestNesting = 4;
+constexpr std::size_t DeepestNesting = 4;
 constexpr std::size_t MostKeys = 16;  // of an object. Its lookup of a key is linear.
 constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;
 
-Json parsed(const std::string& line)
+// Throws a FormatFault for a line that exceeds a limit. It counts brackets, commas and colons before the line is
+// parsed: the parser's own callback takes time in proportion to the square of the length of an array.
+void requireWithinLimits(std::string_view line)
 {
     std::size_t values = 0;
-    std::array<std::size_t, DeepestNesting + 2> keys{};  // number of keys of the open object of each depth
-    return Json::parse(line, [&](int depth, Json::parse_event_t event, const Json&) {
-        if (depth > DeepestNesting || ++values > MostValues)
+    std::size_t depth = 0;
+    std::array<std::size_t, DeepestNesting + 1> keys{};  // number of keys of the open object of each depth
+    bool quoted = false;
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        const char c = line[at];
+        const bool opens = c == '{' || c == '[';
+        if (c == '"')
+            quoted = !quoted;
+        if (quoted) {
+            at += c == '\\' ? 1 : 0;
+            continue;
+        }
+        values += opens || c == ',' ? 1 : 0;
+        if ((opens && depth == DeepestNesting) || values > MostValues)
             throw FormatFault("this is neither a database nor a record");
-        const auto level = static_cast<std::size_t>(depth);
-        if (event == Json::parse_event_t::object_start)
-            keys[level + 1] = 0;
-        else if (event == Json::parse_event_t::key && ++keys[level] > MostKeys)
+        if (opens)
+            keys[++depth] = 0;
+        else if ((c == '}' || c == ']') && depth > 0)
+            --depth;
+        else if (c == ':' && ++keys[depth] > MostKeys)
             throw FormatFault("an object has more than 16 keys");
-        return true;
-    });
+    }
+}
+
+Json parsed(const std::string& line)
+{
+    requireWithinLimits(line);
+    return Json::parse(line);
 }
 
 DWORD numberIn(const Json& object, const char* field)
@@ -93,7 +110,7 @@ void JsonLinesWriter::add(std::span<const CEPROPVAL> properties)
 void readJsonLines(LineReader& lines, DatabaseTarget& target)
 {
     std::optional<std::size_t> database;
-    for (std::string line; lines.next(line, LongestLine);) {
+    for (std::string line; lines.next(line, LongestRecord);) {
         if (line.find_first_not_of(" \t\r") == std::string::npos)
             continue;
         try {

@@ -16,6 +16,8 @@ using screen_text::onScreen;
 
 namespace {
 
+constexpr std::size_t MostDatabases = 0xFFFF;
+
 std::string inQuotes(const std::u16string& name)
 {
     return "\"" + onScreen(name) + "\"";
@@ -27,6 +29,13 @@ void check(const DatabaseHead& head)
         throw FormatFault("a database's name has more than 31 characters, or a NUL");
     if (head.sort.size() > CEDB_MAXSORTORDER)
         throw FormatFault("a database has more than four sort orders");
+}
+
+void complete(std::unique_ptr<DatabaseHandle>& database)
+{
+    if (database && !database->close())
+        throw FormatFault("the records can't be stored");
+    database.reset();
 }
 
 CEOID made(DatabaseHead head)
@@ -68,9 +77,11 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
 {
     if (name_ && !databases_.empty())
         throw FormatFault("the file holds several databases, and --name is for one");
-    // In a format with heads the records of a database follow its head, so the earlier databases are complete.
-    if (formatHasHeads_)
-        finish();
+    if (databases_.size() == MostDatabases)
+        throw FormatFault("the file has more than 65535 databases");
+    // In a format with heads the records of a database follow its head, so the one before it is complete.
+    if (formatHasHeads_ && !databases_.empty())
+        complete(databases_.back());
     DatabaseHead head = destination(found);
     check(head);
     const auto old = databaseNamed(head.name);
@@ -88,7 +99,7 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
     }
     imported_.push_back({oid != 0 ? std::u16string(old->info.szDbaseName) : head.name, !old, replaced, 0});
     if (oid == 0)
-        made_.push_back(oid = made(std::move(head)));
+        made_.insert(oid = made(std::move(head)));
     databases_.push_back(std::make_unique<DatabaseHandle>(oid));
     return databases_.size() - 1;
 }
@@ -104,11 +115,8 @@ void DatabaseImport::add(std::size_t database, std::span<const CEPROPVAL> proper
 
 void DatabaseImport::finish()
 {
-    for (auto& database : databases_) {
-        if (database && !database->close())
-            throw FormatFault("the records can't be stored");
-        database.reset();
-    }
+    for (auto& database : databases_)
+        complete(database);
 }
 
 std::string DatabaseImport::summary() const
@@ -138,7 +146,7 @@ void DatabaseImport::refuseIfUnusable(const std::u16string& wantedName, const St
                                       DWORD typeInFile) const
 {
     const std::string name = "the database " + inQuotes(wantedName);
-    if (std::ranges::find(made_, old.oid) != made_.end())
+    if (made_.contains(old.oid))
         throw FormatFault(name + " is in the file twice");
     if (existing_ == Existing::Refused)
         throw FormatFault(name + " exists; --replace replaces it, --add adds to it");

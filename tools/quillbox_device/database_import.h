@@ -11,6 +11,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace quillbox_device {
@@ -57,7 +58,7 @@ private:
     bool formatHasHeads_;
     std::vector<std::unique_ptr<DatabaseHandle>> databases_;
     std::vector<Imported> imported_;  // for each of databases_
-    std::vector<CEOID> made_;         // by this import. A second database of the same name in the file is refused.
+    std::unordered_set<CEOID> made_;  // by this import. A second database of the same name in the file is refused.
 };
 
 }  // namespace quillbox_device
