@@ -298,7 +298,7 @@ class ForeignFilesTest(FormsTest):
             "at": ("DTSTART:20250701T080000 BEGIN:VALARM TRIGGER;VALUE=DATE-TIME:20250701T055000Z END:VALARM",
                    "2025-07-01T08:00", {"ReminderMinutes": 10}),
         }
-        given = ["X-WR-CALNAME:Mine", "BEGIN:VTIMEZONE", "TZID:x", "END:VTIMEZONE", "BEGIN:VJOURNAL", "END:VJOURNAL"]
+        given = ["X-WR-CALNAME:Mine", "BEGIN:VJOURNAL", "END:VJOURNAL"]
         for subject, (fields, _, _) in events.items():
             given += ["BEGIN:VEVENT", "UID:1", "SUMMARY:" + subject, *fields.split(" "), "END:VEVENT"]
         nothing = {"Minutes": 0, "ReminderMinutes": 0, "RepetitionDays": 0}
@@ -309,6 +309,34 @@ class ForeignFilesTest(FormsTest):
             name=APPOINTMENTS,
             left_out="9 fields were left out: EXDATE 1, EXDATE (exception to a repetition) 1, RRULE 2, TZID 1, VALARM 1, "
             "VEVENT (cancelled) 1, VEVENT (exception to a repetition) 1, VJOURNAL 1")
+
+    def test_times_are_converted_from_zones_of_any_kind(self):
+        def zone(name, *rules):
+            """A zone of its own: an hour behind New York, from March to November three hours before."""
+            return component("VTIMEZONE", "TZID:" + name, component("STANDARD", "DTSTART:19701101T020000", "TZOFFSETFROM:-0300",
+                             "TZOFFSETTO:-0600", *rules or ["RRULE:FREQ=YEARLY;BYMONTH=11;BYDAY=1SU"]).rstrip(),
+                             component("DAYLIGHT", "DTSTART:19700301T020000", "TZOFFSETFROM:-0600", "TZOFFSETTO:-0300",
+                                       "RRULE:FREQ=YEARLY;BYMONTH=3;BYDAY=1SU").rstrip()).rstrip()
+
+        own = ["Own", "Berlin\\, or so", "Europe/Berlin", "Pacific Standard Time"]
+        hostile = zone("Hostile", "RRULE:FREQ=SECONDLY")
+        # Of each event its zone and time, and that time in Vienna.
+        times = [("Own", "20250701T080000", "2025-07-01T13:00"), ("Own", "20251201T080000", "2025-12-01T15:00"),
+                 ('"Berlin, or so"', "20250701T080000", "2025-07-01T13:00"), ("Own", "19980701T080000", "1998-07-01T13:00"),
+                 ("Europe/Berlin", "20250701T080000", "2025-07-01T08:00"),  # the host knows it better
+                 ("Pacific Standard Time", "20250701T080000", "2025-07-01T17:00"),
+                 ("/example.org/2007_1/America/Argentina/Buenos_Aires", "20250701T080000", "2025-07-01T13:00"),
+                 ("/example.org/Own", "20250701T080000", "2025-07-01T08:00"), ("Hostile", "20250701T080000", "2025-07-01T08:00"),
+                 # What occurs twice is the first one, and what is skipped comes before the change.
+                 ("America/New_York", "20251102T013000", "2025-11-02T06:30"),
+                 ("America/New_York", "20250309T023000", "2025-03-09T08:30"), ("Own", "20251102T013000", "2025-11-02T05:30"),
+                 ("Europe/London", "19690101T080000", "1969-01-01T08:00"), ("US/Eastern", "21000701T080000", "2100-07-01T14:00")]
+        events = [component("VEVENT", f"DTSTART;TZID={name}:{time}").rstrip() for name, time, _ in times]
+        definitions = [zone(name) for name in own]
+        nothing = {"Minutes": 0, "ReminderMinutes": 0, "RepetitionDays": 0}
+        for content in ([*definitions, hostile, *events], [*events, hostile, *definitions]):
+            self.assert_taken("ical", component("VCALENDAR", *content), *({"Start": ticks(local), **nothing} for *_, local in times),
+                              name=APPOINTMENTS, left_out="3 fields were left out: TZID 2, VTIMEZONE 1")
 
     def test_tasks_of_other_programs_are_understood(self):
         given = component("VTODO", "SUMMARY:done", "DUE;VALUE=DATE:20250701", "PRIORITY:3", "STATUS:COMPLETED",

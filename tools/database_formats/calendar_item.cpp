@@ -3,7 +3,6 @@
 #include "component_fields.h"
 #include "moment_text.h"
 #include "repetition.h"
-#include "zone_time.h"
 
 #include "ce/personal_databases.h"
 
@@ -75,22 +74,35 @@ struct CalendarTime {
     bool dateOnly = false;  // a whole day
 };
 
+// Reads the fields of an item in a calendar with these zones.
+class ItemFields : public ComponentFields {
+public:
+    ItemFields(const Component& item, const CalendarZones& zones, LeftOut& leftOut)
+        : ComponentFields(item, leftOut), zones_(zones)
+    {
+    }
+    const Zone* zoneNamed(const std::string& name) const { return zones_.named(name); }
+
+private:
+    const CalendarZones& zones_;
+};
+
 // The moment as the host's local time. Without a zone the moment is local time already. An unknown zone is ignored, and
 // counted as left out under "TZID".
-std::optional<FILETIME> localTime(const Moment& moment, const std::string& zone, ComponentFields& fields)
+std::optional<FILETIME> localTime(const Moment& moment, const std::string& zoneName, ItemFields& fields)
 {
     if (moment.minutesEast)
         return localTimeOf(moment);
-    if (!moment.hasTime || zone.empty())
+    if (!moment.hasTime || zoneName.empty())
         return fileTimeOf(moment);
-    if (isZoneKnown(zone))
-        return localTimeOf(moment, zone);
+    if (const Zone* zone = fields.zoneNamed(zoneName))
+        return localTimeOf(moment, *zone);
     fields.leaveOut("TZID");
     return fileTimeOf(moment);
 }
 
 // The moment in the line. Nothing for a moment before 1601, which is counted as left out. Throws a FormatFault.
-std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ComponentFields& fields)
+std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ItemFields& fields)
 {
     const Moment moment = atLine(line, [&] { return momentFrom(line.value); });
     const auto local = localTime(moment, std::string(line.parameter("TZID")), fields);
@@ -102,7 +114,7 @@ std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ComponentF
 }
 
 // The length of the appointment in minutes.
-LONG takeMinutes(ComponentFields& fields, const CalendarTime* start)
+LONG takeMinutes(ItemFields& fields, const CalendarTime* start)
 {
     const ContentLine* end = fields.take("DTEND");
     const ContentLine* duration = fields.take("DURATION");
@@ -123,7 +135,7 @@ LONG takeMinutes(ComponentFields& fields, const CalendarTime* start)
 
 // How many minutes before the start the alarm rings. Nothing if an appointment can't hold that, for example an alarm
 // after the start, or one relative to the end.
-std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTime* start, ComponentFields& fields)
+std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTime* start, ItemFields& fields)
 {
     std::int64_t before = -1;
     if (inCapitals(trigger.parameter("VALUE")) == "DATE-TIME") {
@@ -138,7 +150,7 @@ std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTi
 }
 
 // The minutes of the first trigger of the alarm that an appointment can hold.
-std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* start, ComponentFields& fields)
+std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* start, ItemFields& fields)
 {
     for (const ContentLine& line : alarm.lines) {
         if (line.name != "TRIGGER")
@@ -151,7 +163,7 @@ std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* star
 }
 
 // The minutes of the first alarm that an appointment can hold. All other parts are counted as left out.
-USHORT takeReminder(const Component& event, ComponentFields& fields, const CalendarTime* start)
+USHORT takeReminder(const Component& event, ItemFields& fields, const CalendarTime* start)
 {
     std::optional<USHORT> reminder;
     for (const Component& part : event.parts) {
@@ -164,7 +176,7 @@ USHORT takeReminder(const Component& event, ComponentFields& fields, const Calen
     return reminder.value_or(0);
 }
 
-ULONG takeRepetition(ComponentFields& fields, const CalendarTime* start)
+ULONG takeRepetition(ItemFields& fields, const CalendarTime* start)
 {
     const ContentLine* rule = fields.take("RRULE");
     if (rule == nullptr)
@@ -179,7 +191,7 @@ ULONG takeRepetition(ComponentFields& fields, const CalendarTime* start)
     return *days;
 }
 
-std::optional<CalendarTime> takeTime(ComponentFields& fields, std::string_view name)
+std::optional<CalendarTime> takeTime(ItemFields& fields, std::string_view name)
 {
     const ContentLine* line = fields.take(name);
     return line != nullptr ? calendarTimeFrom(*line, fields) : std::nullopt;
@@ -253,10 +265,10 @@ Component todoOf(std::span<const CEPROPVAL> task)
     return todo;
 }
 
-Record appointmentFrom(const Component& event, LeftOut& leftOut)
+Record appointmentFrom(const Component& event, const CalendarZones& zones, LeftOut& leftOut)
 {
     Record appointment;
-    ComponentFields fields(event, leftOut);
+    ItemFields fields(event, zones, leftOut);
     fields.takeText(appointment, "SUMMARY", Subject);
     fields.takeText(appointment, "LOCATION", Place);
     const auto start = takeTime(fields, "DTSTART");
@@ -272,10 +284,10 @@ Record appointmentFrom(const Component& event, LeftOut& leftOut)
     return appointment;
 }
 
-Record taskFrom(const Component& todo, LeftOut& leftOut)
+Record taskFrom(const Component& todo, const CalendarZones& zones, LeftOut& leftOut)
 {
     Record task;
-    ComponentFields fields(todo, leftOut);
+    ItemFields fields(todo, zones, leftOut);
     fields.takeText(task, "SUMMARY", Subject);
     fields.takeCategories(task);
     if (const auto due = takeTime(fields, "DUE"))

@@ -1,6 +1,7 @@
 // calendar_item.h - an appointment as a VEVENT, a task as a VTODO of iCalendar, and back.
 #pragma once
 
+#include "calendar_zones.h"
 #include "component.h"
 #include "database_formats/left_out.h"
 #include "database_formats/record.h"
@@ -16,7 +17,7 @@ namespace database_formats {
 Component eventOf(std::span<const CEPROPVAL> appointment);
 Component todoOf(std::span<const CEPROPVAL> task);
 
-Record appointmentFrom(const Component& event, LeftOut& leftOut);
-Record taskFrom(const Component& todo, LeftOut& leftOut);
+Record appointmentFrom(const Component& event, const CalendarZones& zones, LeftOut& leftOut);
+Record taskFrom(const Component& todo, const CalendarZones& zones, LeftOut& leftOut);
 
 }  // namespace database_formats

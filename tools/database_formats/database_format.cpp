@@ -7,6 +7,8 @@
 #include "vcard.h"
 
 #include <algorithm>
+#include <array>
+#include <sstream>
 
 namespace database_formats {
 
@@ -24,6 +26,19 @@ constexpr FormatName formatNames[] = {
     {Format::ICalendar, "ical", ".ics"},
     {Format::Csv, "csv", ".csv"},
 };
+
+constexpr std::size_t MostFromPipe = std::size_t{256} * 1024 * 1024;
+
+void keep(std::istream& in, std::ostream& kept)
+{
+    std::array<char, 65536> piece{};
+    for (std::size_t bytes = 0; in.read(piece.data(), piece.size()), in.gcount() > 0;) {
+        bytes += static_cast<std::size_t>(in.gcount());
+        if (bytes > MostFromPipe)
+            throw FormatFault("a calendar of more than 256 MiB must be a file, not standard input");
+        kept.write(piece.data(), in.gcount());
+    }
+}
 
 }  // namespace
 
@@ -60,8 +75,15 @@ std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out)
     return std::make_unique<JsonLinesWriter>(out);
 }
 
+// A calendar is read twice, so one from a pipe is kept in memory.
 void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut)
 {
+    std::stringstream kept;
+    if (format == Format::ICalendar && in.tellg() == std::istream::pos_type(-1)) {
+        in.clear();
+        keep(in, kept);
+        return read(format, kept, target, leftOut);
+    }
     LineReader lines(in);
     try {
         switch (format) {

@@ -31,6 +31,24 @@ DatabaseHead tasksHead()
     return {personal::TasksName, personal::TasksType, {std::begin(personal::TasksSort), std::end(personal::TasksSort)}};
 }
 
+StandardReading readingOf(bool task, const CalendarZones& zones)
+{
+    return [task, &zones](const Component& item, LeftOut& leftOut) {
+        return task ? taskFrom(item, zones, leftOut) : appointmentFrom(item, zones, leftOut);
+    };
+}
+
+// Reads the file to its end for the zones that it defines, because a definition may follow the events that use it. Then
+// goes back to the beginning of the file. Definitions that can't be used are counted as left out.
+void readZones(LineReader& lines, CalendarZones& zones, LeftOut& leftOut)
+{
+    ComponentReader items(lines, "VCALENDAR");
+    while (const auto item = items.next())
+        if (item->name == "VTIMEZONE" && !zones.define(*item))
+            leftOut.add("VTIMEZONE");
+    lines.restart();
+}
+
 // The name under which an item is left out that must not become a record: a cancelled one, and one that replaces a
 // single day of a repetition, because the record of the repetition has that day too. Empty for any other item.
 std::string leftOutName(const Component& item)
@@ -69,7 +87,7 @@ void ICalendarWriter::add(std::span<const CEPROPVAL> properties)
     Component item = tasks_ ? todoOf(properties) : eventOf(properties);
     item.add("UID", identifier(properties));
     item.add("DTSTAMP", NoTime);
-    out_ << exactText(std::move(item), tasks_ ? taskFrom : appointmentFrom, properties);
+    out_ << exactText(std::move(item), readingOf(tasks_, CalendarZones()), properties);
 }
 
 void ICalendarWriter::finish()
@@ -92,6 +110,8 @@ std::string ICalendarWriter::identifier(std::span<const CEPROPVAL> properties)
 
 void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
 {
+    CalendarZones zones;
+    readZones(lines, zones, leftOut);
     ComponentReader items(lines, "VCALENDAR");
     std::optional<std::size_t> appointments;
     std::optional<std::size_t> tasks;
@@ -102,12 +122,12 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
         } else if (item->name == "VEVENT") {
             if (!appointments)
                 appointments = target.begin(appointmentsHead());
-            addItem(target, *appointments, exactRecord(*item, appointmentFrom, leftOut));
+            addItem(target, *appointments, exactRecord(*item, readingOf(false, zones), leftOut));
         } else if (item->name == "VTODO") {
             if (!tasks)
                 tasks = target.begin(tasksHead());
-            addItem(target, *tasks, exactRecord(*item, taskFrom, leftOut));
-        } else if (item->name != "VTIMEZONE") {  // the host has the zones under their names
+            addItem(target, *tasks, exactRecord(*item, readingOf(true, zones), leftOut));
+        } else if (item->name != "VTIMEZONE") {
             leftOut.add(item->name);
         }
     }

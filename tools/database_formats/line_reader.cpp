@@ -34,6 +34,14 @@ bool LineReader::next(std::string& line, std::size_t longest)
     return true;
 }
 
+void LineReader::restart()
+{
+    in_.clear();
+    in_.seekg(start_);
+    rest_ = {};
+    number_ = 0;
+}
+
 bool LineReader::fill()
 {
     buffer_.resize(PieceBytes);

@@ -1,0 +1,224 @@
+#include "calendar_zones.h"
+
+#include "content_line.h"
+
+#include <QDateTime>
+#include <QTimeZone>
+
+#include <libical/ical.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+#include <filesystem>
+
+namespace database_formats {
+
+// An offset changes by less than a day, so a day before a moment of local time the offset before any change applies.
+class Zone {
+public:
+    Zone() = default;
+    Zone(const Zone&) = delete;
+    Zone& operator=(const Zone&) = delete;
+    virtual ~Zone() = default;
+
+    // Seconds east of UTC, at this number of seconds since 1970.
+    virtual std::int64_t offsetAt(std::int64_t seconds) const = 0;
+};
+
+namespace {
+
+constexpr std::size_t MostRules = 2000;
+constexpr std::int64_t SecondsOfDay = 86400;
+
+class HostZone final : public Zone {
+public:
+    explicit HostZone(const QByteArray& name) : zone_(name) {}
+
+    std::int64_t offsetAt(std::int64_t seconds) const override
+    {
+        return zone_.offsetFromUtc(QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC));
+    }
+
+private:
+    QTimeZone zone_;
+};
+
+class DefinedZone final : public Zone {
+public:
+    explicit DefinedZone(const std::string& definition) : zone_(icaltimezone_new())
+    {
+        icalcomponent* component = icalparser_parse_string(definition.c_str());
+        if (component != nullptr && icaltimezone_set_component(zone_, component) == 0)
+            icalcomponent_free(component);
+    }
+    DefinedZone(const DefinedZone&) = delete;
+    DefinedZone& operator=(const DefinedZone&) = delete;
+    ~DefinedZone() override { icaltimezone_free(zone_, 1); }
+
+    std::int64_t offsetAt(std::int64_t seconds) const override
+    {
+        icaltimetype utc = icaltime_from_timet_with_zone(seconds, 0, icaltimezone_get_utc_timezone());
+        int isDaylight = 0;
+        return icaltimezone_get_utc_offset_of_utc_time(zone_, &utc, &isDaylight);
+    }
+
+private:
+    icaltimezone* zone_;
+};
+
+std::tm fieldsOf(const Moment& moment)
+{
+    std::tm fields{};
+    fields.tm_year = moment.year - 1900;
+    fields.tm_mon = moment.month - 1;
+    fields.tm_mday = moment.day;
+    fields.tm_hour = moment.hour;
+    fields.tm_min = moment.minute;
+    fields.tm_sec = moment.second;
+    return fields;
+}
+
+std::int64_t secondsOf(const Moment& moment)
+{
+    std::tm fields = fieldsOf(moment);
+    return timegm(&fields);
+}
+
+std::optional<FILETIME> localTimeAt(std::time_t seconds, DWORD steps)
+{
+    std::tm fields{};
+    if (localtime_r(&seconds, &fields) == nullptr)
+        return std::nullopt;
+    return fileTimeOf({.year = fields.tm_year + 1900,
+                       .month = fields.tm_mon + 1,
+                       .day = fields.tm_mday,
+                       .hour = fields.tm_hour,
+                       .minute = fields.tm_min,
+                       .second = std::min(fields.tm_sec, 59),
+                       .steps = steps,
+                       .hasTime = true,
+                       .minutesEast = std::nullopt});
+}
+
+// Not by QTimeZone, which takes any word for a zone without daylight saving time.
+bool isHostZone(std::string_view name)
+{
+    const bool isName = !name.empty() && name.size() < 100 && name.front() != '/' && name.back() != '/' &&
+                        name.find("..") == std::string::npos && std::ranges::all_of(name, [](char c) {
+                            return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+                                   c == '_' || c == '-' || c == '+' || c == '/';
+                        });
+    std::error_code ignored;
+    return isName && std::filesystem::is_regular_file(std::filesystem::path("/usr/share/zoneinfo") / name, ignored);
+}
+
+// The part of the name that is a zone of the host: all of it, or what follows a prefix ("/example.org/"). Empty if no
+// part is.
+std::string_view hostZoneIn(std::string_view name)
+{
+    const bool prefixed = name.starts_with('/');
+    for (;;) {
+        if (isHostZone(name))
+            return name;
+        const std::size_t slash = name.find('/');
+        if (!prefixed || slash == std::string_view::npos)
+            return {};
+        name.remove_prefix(slash + 1);
+    }
+}
+
+// True for a rule that changes the offset a few times a year at most. A rule such as "every second" in a hostile file
+// would take hours.
+bool isYearly(const std::string& rule)
+{
+    bool yearly = false;
+    for (const std::string_view part : partsOf(rule, ';', 32)) {
+        const std::string_view name = part.substr(0, part.find('='));
+        constexpr std::string_view Single[] = {"FREQ",     "INTERVAL", "BYMONTH", "BYDAY", "BYHOUR", "BYMINUTE",
+                                               "BYSECOND", "BYSETPOS", "UNTIL",   "COUNT", "WKST"};
+        const bool single =
+            part.find(',') == std::string_view::npos && std::ranges::find(Single, name) != std::end(Single);
+        if (!single && !(name == "BYMONTHDAY" && std::ranges::count(part, ',') <= 6))
+            return false;
+        yearly = yearly || part == "FREQ=YEARLY";
+    }
+    return yearly && (rule.find("BYDAY") == std::string::npos || rule.find("BYMONTH=") != std::string::npos);
+}
+
+// The number of rules of the definition: its observances and their dates. Nothing if one of them isn't yearly.
+std::optional<std::size_t> rulesOf(const Component& definition)
+{
+    std::size_t rules = 0;
+    for (const Component& observance : definition.parts) {
+        ++rules;
+        for (const ContentLine& line : observance.lines) {
+            if (line.name == "RRULE" && !isYearly(inCapitals(line.value)))
+                return std::nullopt;
+            if (line.name == "RRULE" || line.name == "RDATE")
+                rules += 1 + static_cast<std::size_t>(std::ranges::count(line.value, ',')) / 100;
+        }
+    }
+    return rules;
+}
+
+std::string nameOf(const Component& definition)
+{
+    const auto found = std::ranges::find(definition.lines, "TZID", &ContentLine::name);
+    return found != definition.lines.end() ? unescaped(found->value) : std::string();
+}
+
+}  // namespace
+
+CalendarZones::CalendarZones() = default;
+CalendarZones::~CalendarZones() = default;
+
+bool CalendarZones::define(const Component& definition)
+{
+    const std::string name = nameOf(definition);
+    const auto rules = rulesOf(definition);
+    if (name.empty() || !rules || *rules == 0 || rules_ + *rules > MostRules)
+        return false;
+    rules_ += *rules;
+    std::string text;
+    append(text, definition);
+    definitions_.emplace(name, std::move(text));
+    return true;
+}
+
+const Zone* CalendarZones::named(const std::string& name) const
+{
+    const auto [zone, isNew] = zones_.try_emplace(name);
+    if (isNew)
+        zone->second = madeZone(name);
+    return zone->second.get();
+}
+
+std::unique_ptr<Zone> CalendarZones::madeZone(const std::string& name) const
+{
+    if (const std::string_view host = hostZoneIn(name); !host.empty())
+        return std::make_unique<HostZone>(QByteArray(host.data(), static_cast<qsizetype>(host.size())));
+    const QByteArray windows =
+        QTimeZone::windowsIdToDefaultIanaId(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
+    if (!windows.isEmpty())
+        return std::make_unique<HostZone>(windows);
+    const auto defined = definitions_.find(name);
+    return defined != definitions_.end() ? std::make_unique<DefinedZone>(defined->second) : nullptr;
+}
+
+std::optional<FILETIME> localTimeOf(const Moment& moment)
+{
+    return localTimeAt(secondsOf(moment) - std::int64_t{60} * moment.minutesEast.value_or(0), moment.steps);
+}
+
+// A moment that occurs twice is the first one. A moment that a change of the offset skips has the offset before it.
+std::optional<FILETIME> localTimeOf(const Moment& moment, const Zone& zone)
+{
+    const std::int64_t seconds = secondsOf(moment);
+    const std::int64_t before = zone.offsetAt(seconds - SecondsOfDay);
+    const std::int64_t after = zone.offsetAt(seconds + SecondsOfDay);
+    const bool isAfter = zone.offsetAt(seconds - before) != before && zone.offsetAt(seconds - after) == after;
+    return localTimeAt(seconds - (isAfter ? after : before), moment.steps);
+}
+
+}  // namespace database_formats
