@@ -1,5 +1,6 @@
 #include "archive_commands.h"
 
+#include "archive/keep_options.h"
 #include "archive/set_folder.h"
 #include "comparison.h"
 #include "finding.h"
@@ -21,7 +22,6 @@ namespace {
 
 struct PruneOptions {
     KeepRules keep;
-    std::string within;
     bool dryRun = false;
 };
 
@@ -40,10 +40,8 @@ int compared(const CommandLine& line, bool patch)
     return compareSets(*older, *newer, patch, line.json);
 }
 
-int prunedBy(const CommandLine& line, PruneOptions& options)
+int prunedBy(const CommandLine& line, const PruneOptions& options)
 {
-    if (!options.within.empty())
-        options.keep.within = withinFrom(options.within);
     if (options.keep.areEmpty())
         return reportTrouble("no rule says which sets to keep; see `quillbox-set prune --help`");
     if (!findSets(line.second))
@@ -128,16 +126,7 @@ void addPrune(CLI::App& app, CommandLine& line)
     const auto options = std::make_shared<PruneOptions>();
     CLI::App* prune = app.add_subcommand("prune", "removes sets from a card, to free their numbers");
     prune->add_option("STORAGE", line.second, "the folder of a card, or its folder QUILBOX")->required();
-    prune->add_option("--keep-last", options->keep.last, "keeps the last N sets");
-    prune->add_option("--keep-daily", options->keep.daily,
-                      "keeps the last set of each of the last N days that have one");
-    prune->add_option("--keep-weekly", options->keep.weekly, "the same for weeks, which begin on Monday");
-    prune->add_option("--keep-monthly", options->keep.monthly, "the same for months");
-    prune->add_option("--keep-yearly", options->keep.yearly, "the same for years");
-    prune
-        ->add_option("--keep-within", options->within,
-                     "keeps all sets that are newer than this before the newest one: 30d, 1y6m, 2w, 12h")
-        ->check([](const std::string& text) { return withinFrom(text) ? "" : "\"" + text + "\" is not a time"; });
+    addKeepOptions(*prune, options->keep);
     prune->add_flag("--dry-run", options->dryRun, "only prints what would be done");
     addJson(*prune, line);
     prune->footer(

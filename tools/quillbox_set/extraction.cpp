@@ -1,12 +1,12 @@
 #include "extraction.h"
 
 #include "archive/fault_text.h"
+#include "archive/growing_file.h"
 #include "archive/image_check.h"
 #include "archive/item_content.h"
 #include "archive/name_set.h"
 #include "database_text.h"
 #include "exit_code.h"
-#include "growing_file.h"
 #include "item_target.h"
 #include "json_list.h"
 #include "screen_text/screen_text.h"

@@ -1,14 +1,13 @@
 // pruning.h - `quillbox-set prune`: removes sets by rules, to free their numbers.
 #pragma once
 
-#include "keep_rules.h"
-
+#include "archive/keep_rules.h"
 #include "archive/set_search.h"
 
 namespace quillbox_set {
 
 // Checks every set, applies the rules to the sound ones, and removes those that no rule keeps. The newest sound set and
 // every damaged set stay. Prints a line for each set. Returns the exit code.
-int pruneSets(const archive::FoundSets& found, const KeepRules& rules, bool dryRun, bool json);
+int pruneSets(const archive::FoundSets& found, const archive::KeepRules& rules, bool dryRun, bool json);
 
 }  // namespace quillbox_set

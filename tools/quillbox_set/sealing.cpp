@@ -1,12 +1,12 @@
 #include "sealing.h"
 
 #include "archive/fault_text.h"
+#include "archive/growing_file.h"
 #include "archive/long_work.h"
 #include "archive/opened_set.h"
 #include "archive/seal.h"
 #include "archive/set_check.h"
 #include "exit_code.h"
-#include "growing_file.h"
 #include "result_line.h"
 #include "screen_text/screen_text.h"
 

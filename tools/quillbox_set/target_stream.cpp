@@ -8,7 +8,7 @@ constexpr std::size_t bufferBytes = 65536;
 
 }
 
-TargetBuffer::TargetBuffer(GrowingFile& target) : target_(target), buffer_(bufferBytes)
+TargetBuffer::TargetBuffer(archive::GrowingFile& target) : target_(target), buffer_(bufferBytes)
 {
     setp(buffer_.data(), buffer_.data() + buffer_.size());
 }

@@ -1,8 +1,8 @@
 // unpacked_image.h - unpacks the image of a database to a temporary file, so that its records can be read in any order.
 #pragma once
 
+#include "archive/growing_file.h"
 #include "archive/image_check.h"
-#include "growing_file.h"
 #include "set/image_reader.h"
 
 #include <memory>
@@ -47,7 +47,7 @@ public:
 
 private:
     const archive::ImageReport& image_;
-    GrowingFile file_;
+    archive::GrowingFile file_;
     std::unique_ptr<ImageReader> reader_;
 };
 

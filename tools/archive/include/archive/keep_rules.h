@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quillbox_set {
+namespace archive {
 
 // A time back from the newest set, counted by the calendar.
 struct Within {
@@ -35,6 +35,6 @@ struct KeepRules {
 
 // Why each set is kept: "last, daily". Empty: it isn't. The newest set comes first. A rule that counts periods and has
 // found fewer than it may keep also keeps the oldest set.
-std::vector<std::string> keptBecause(const std::vector<archive::SetDate>& newestFirst, const KeepRules& rules);
+std::vector<std::string> keptBecause(const std::vector<SetDate>& newestFirst, const KeepRules& rules);
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,12 +1,10 @@
-#include "keep_rules.h"
+#include "archive/keep_rules.h"
 
 #include <algorithm>
 #include <charconv>
 #include <chrono>
 
-namespace quillbox_set {
-
-using archive::SetDate;
+namespace archive {
 
 namespace {
 
@@ -120,4 +118,4 @@ std::vector<std::string> keptBecause(const std::vector<SetDate>& newestFirst, co
     return reasons;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

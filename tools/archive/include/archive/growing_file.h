@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-namespace quillbox_set {
+namespace archive {
 
 class GrowingFile {
 public:
@@ -48,12 +48,12 @@ private:
     void moveStored(bool replace);
 
     std::u16string target_;
-    std::vector<std::byte> held_;            // what was written, as long as there is no file
-    std::u16string path_;                    // of the file; empty without one
-    std::optional<archive::OpenFile> file_;  // open until it is moved
+    std::vector<std::byte> held_;   // what was written, as long as there is no file
+    std::u16string path_;           // of the file; empty without one
+    std::optional<OpenFile> file_;  // open until it is moved
     std::vector<std::u16string> madeFolders_;
     DWORD error_ = ERROR_SUCCESS;
     std::uint64_t bytes_ = 0;
 };
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,4 +1,4 @@
-#include "growing_file.h"
+#include "archive/growing_file.h"
 
 #include "file/file_move.h"
 #include "file/whole_file.h"
@@ -8,9 +8,7 @@
 
 #include <utility>
 
-namespace quillbox_set {
-
-using namespace archive;
+namespace archive {
 
 namespace {
 
@@ -147,4 +145,4 @@ void GrowingFile::moveStored(bool replace)
         path_.clear();
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,0 +1,14 @@
+// keep_options.h - the options of a command line that say which sets to keep.
+#pragma once
+
+#include "archive/keep_rules.h"
+
+#include <CLI/CLI.hpp>
+
+namespace archive {
+
+// --keep-last, --keep-daily, --keep-weekly, --keep-monthly, --keep-yearly and --keep-within. The rules stay the
+// caller's.
+void addKeepOptions(CLI::App& command, KeepRules& rules);
+
+}  // namespace archive
