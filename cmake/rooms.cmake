@@ -37,6 +37,10 @@ function(quillbox_room name)
   target_link_libraries(${name} PUBLIC ce_api ${room_USES} PRIVATE quillbox_flags ${room_PRIVATE_USES})
 endfunction()
 
+if(NOT BUILD_TESTING)
+  return()
+endif()
+
 # The code of a test need not be fast, but g++ gives some warnings only if it analyses the flow of values, from -O1 on.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O0;-g1>)

@@ -12,15 +12,15 @@ namespace platform::display {
 
 namespace {
 
-constexpr const char* ModuleFile = "quillbox/quillbox-window.so";
+constexpr const char* ModuleFile = "quillbox-window.so";
 constexpr const char* EntryPoint = "quillboxRunWithWindow";
 
-// bin/ and lib/ have the same parent folder, both in a build and in an installation.
+// The way from the program to its module is the same in a build and in an installation, wherever that is.
 std::filesystem::path modulePath()
 {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return program.parent_path().parent_path() / "lib" / ModuleFile;
+    return program.parent_path() / QUILLBOX_MODULE_FOLDER / ModuleFile;
 }
 
 }  // namespace

@@ -1,0 +1,33 @@
+"""An installation of the build in a temporary folder."""
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = pathlib.Path(os.environ["QUILLBOX_BUILD"])
+
+
+class InstallationTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory(prefix="quillbox-test-")
+        cls.addClassCleanup(folder.cleanup)
+        cls.folder = pathlib.Path(folder.name)
+        cls.prefix = cls.folder / "prefix"
+        cls.run_tool("cmake", "--install", BUILD, "--prefix", cls.prefix, "--strip")
+
+    @staticmethod
+    def run_tool(*words, code=0, **start):
+        done = subprocess.run([*map(str, words)], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=120,
+                              check=False, **start)
+        if done.returncode != code:
+            raise AssertionError(f"{words} returned {done.returncode}: {done.stdout}")
+        return done.stdout
+
+
+def main():
+    # The folder of the packaging is in the command so that a change in it runs the suite again.
+    unittest.main(argv=sys.argv[:1])
