@@ -3,6 +3,7 @@
 #include "command_outcome.h"
 #include "exit_codes.h"
 #include "refusal.h"
+#include "set_care.h"
 #include "telling.h"
 #include "terminal.h"
 #include "trouble_sentences.h"
@@ -111,6 +112,8 @@ int runBackup(const Session& session, const BackupOptions& options, const NamedS
         const ProgressLine line(session.showsProgress());
         number = PerformBackup();
     }
+    if (number != 0 && !options.leavesUnsealed && !JobIsToStop())
+        sealNewSet(session, kernel::runProgress().listPath);
     return endBackup(session, number);
 }
 

@@ -43,6 +43,7 @@ CLI::App* addBackup(CLI::App& app, BackupOptions& options)
     command->add_flag("--delete-sources", options.deletesSources, "Deletes each file that is safely in the set");
     command->add_flag("--log", options.writesLog, "Writes a log beside the set");
     command->add_flag("--verify", options.verifies, "Reads the set back and compares it with what was read");
+    command->add_flag("--no-seal", options.leavesUnsealed, "Writes no checksums beside the set");
     command->add_flag("--dry-run", options.dryRun, "Says what would be stored and whether there is room");
     command->footer("The filter of the window hides files in the tree only. It leaves nothing out of a backup.");
     return command;

@@ -24,6 +24,7 @@ struct BackupOptions {
     unsigned replaced = 0;  // 0: the first number that is free
     bool deletesSources = false;
     bool writesLog = false;
+    bool leavesUnsealed = false;
     bool verifies = false;
     bool dryRun = false;
 };

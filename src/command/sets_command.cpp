@@ -13,7 +13,7 @@
 
 namespace {
 
-// Of the file with checksums, QLBX0001.SUM, which another program writes.
+// Of the file with checksums, QLBX0001.SUM, which the host writes after a command.
 const WCHAR SealEnding[] = u"SUM";
 constexpr std::size_t EndingChars = 3;
 

@@ -19,14 +19,22 @@ namespace {
 constexpr DWORD ListingRange = 1500;
 constexpr DWORD ListingStep = 10;
 
-// Whether the name ends like that of a file of a set, which a full backup leaves out in any folder.
+// Whether the name is one that the file with the checksums of a set gets: QLBX0001.SUM. Other files can end in SUM,
+// too.
+bool IsSealName(const WCHAR* name)
+{
+    const std::u16string_view whole = name;
+    return whole.size() == 12 && whole.starts_with(u"QLBX") && whole.ends_with(u".SUM");
+}
+
+// Whether the name is that of a file of a set, which a full backup leaves out in any folder.
 bool IsSetFile(const WCHAR* name)
 {
     const std::size_t characters = wcslen(name);
     if (characters < 4)
         return false;
     const WCHAR* end = name + characters - 4;
-    return lstrcmpW(end, u".QDT") == 0 || lstrcmpW(end, u".QLT") == 0;
+    return lstrcmpW(end, u".QDT") == 0 || lstrcmpW(end, u".QLT") == 0 || IsSealName(name);
 }
 
 bool HasAttribute(DWORD attributes, DWORD wanted)

@@ -92,6 +92,20 @@ class BackupTest(CommandTest):
         self.assertRegex(self.command("backup", "--to", "Card", "--files").text, r"^Set 3 is complete: 3 files, .* in \".*\"\.\n$")
 
 
+    def test_a_set_is_sealed_unless_that_is_refused_or_fails(self):
+        self.fill()
+        self.command("backup", "--to", "Card")
+        subprocess.run(["sha256sum", "--quiet", "-c", "QLBX0001.SUM"], cwd=self.sets, check=True)
+        self.command("backup", "--to", "Card", "--replace", "1", "--files")
+        self.assertIn(", sealed.", self.set_tool("verify", self.set).text)
+        self.command("backup", "--to", "Card", "--no-seal")
+        (self.sets / "QLBX0003.SUM").mkdir()
+        found = self.result("backup", "--to", "Card", code=4)
+        self.assertIn("QLBX0003.SUM", json.dumps(found["leftOut"]))
+        self.assertEqual([one["sealed"] for one in json.loads(self.command("sets", "--json").text)["sets"][:2]], [True, False])
+        self.assertEqual([name for name in os.listdir(self.sets) if name.endswith(".part")], [])
+
+
 class RestoreTest(CommandTest):
     def setUp(self):
         super().setUp()

@@ -2,6 +2,10 @@
 
 #include "screen_text/screen_text.h"
 
+#include "kernel/job.h"
+
+#include "ce/outcome.h"
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -19,6 +23,7 @@ volatile std::sig_atomic_t caught = 0;
 extern "C" void noteSignal(int number)
 {
     caught = number;
+    platform::kernel::stopEveryJob();
 }
 
 bool isShown()
@@ -44,7 +49,7 @@ void catchSignals()
 
 void checkStop()
 {
-    if (caught != 0)
+    if (JobIsToStop())
         throw Stopped();
 }
 

@@ -1,6 +1,11 @@
 #include "archive/seal.h"
 
+#include "archive/digest.h"
+#include "archive/fault_text.h"
+#include "archive/growing_file.h"
 #include "archive/long_work.h"
+#include "archive/opened_set.h"
+#include "archive/set_check.h"
 
 #include "ce/file.h"
 
@@ -86,23 +91,7 @@ std::optional<Digest> digestFor(std::string_view text, const std::string& name)
     return std::nullopt;
 }
 
-void checkFile(std::string_view text, const std::string& name, const std::u16string& path, const std::string& what,
-               std::vector<std::string>& faults)
-{
-    const auto sealed = digestFor(text, name);
-    if (!sealed) {
-        faults.push_back("the file with the checksums doesn't name " + what);
-        return;
-    }
-    const auto found = digestOfFile(path);
-    if (!found)
-        faults.push_back(what + " can't be read to its end");
-    else if (*found != *sealed)
-        faults.push_back(what + " was changed since the set was sealed");
-}
-
-}  // namespace
-
+// Nothing if the file can't be read to its end.
 std::optional<Digest> digestOfFile(const std::u16string& path)
 {
     const OpenFile file(path, GENERIC_READ, OPEN_EXISTING);
@@ -121,10 +110,36 @@ std::optional<Digest> digestOfFile(const std::u16string& path)
     return hash.finish();
 }
 
+void checkFile(std::string_view text, const std::string& name, const std::u16string& path, const std::string& what,
+               std::vector<std::string>& faults)
+{
+    const auto sealed = digestFor(text, name);
+    if (!sealed) {
+        faults.push_back("the file with the checksums doesn't name " + what);
+        return;
+    }
+    const auto found = digestOfFile(path);
+    if (!found)
+        faults.push_back(what + " can't be read to its end");
+    else if (*found != *sealed)
+        faults.push_back(what + " was changed since the set was sealed");
+}
+
+// The lines of the file for these digests. A name with a backslash or a line break is escaped as sha256sum does it.
 std::string sealText(const SetFiles& files, const Digest& list, const Digest& data)
 {
     return lineOf(list, files.listName) + lineOf(data, files.dataName);
 }
+
+DWORD writeSealText(const std::u16string& path, const std::string& text)
+{
+    GrowingFile seal(path);
+    if (!seal.write(std::as_bytes(std::span(text))) || seal.moveToTarget(true) != ERROR_SUCCESS)
+        return seal.error();
+    return FlushChangedVolumes() ? ERROR_SUCCESS : GetLastError();
+}
+
+}  // namespace
 
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted)
 {
@@ -138,6 +153,34 @@ SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted)
     checkFile(*text, files.listName, mounted.listPath, "the list file", check.faults);
     checkFile(*text, files.dataName, mounted.dataPath, "the data file", check.faults);
     return check;
+}
+
+DWORD writeSeal(const SetFiles& files, const MountedSet& mounted)
+{
+    const auto list = digestOfFile(mounted.listPath);
+    const auto data = list ? digestOfFile(mounted.dataPath) : std::nullopt;
+    return data ? writeSealText(mounted.sumPath, sealText(files, *list, *data)) : ERROR_HANDLE_EOF;
+}
+
+SealOutcome sealSet(const SetFiles& files, bool force)
+{
+    const OpenedSet set(files);
+    if (!set.isOpen())
+        return {false, set.trouble()};
+    const SealCheck old = checkSeal(files, set.mounted());
+    if (old.isSealed && old.faults.empty())
+        return {true, "is sealed already"};
+    if (old.isSealed && !force)
+        return {false, old.faults.front() + " (--force seals it again)"};
+    // The digests are taken first, so that a change during the check can't get a seal.
+    const auto list = digestOfFile(set.mounted().listPath);
+    const auto data = digestOfFile(set.mounted().dataPath);
+    const std::string fault = firstFaultOf(set, SealUse::Ignored);
+    if (!fault.empty() || !list || !data)
+        return {false, "is unsound, so it isn't sealed: " + fault};
+    const DWORD error = writeSealText(set.mounted().sumPath, sealText(files, *list, *data));
+    return error == ERROR_SUCCESS ? SealOutcome{true, "sealed"}
+                                  : SealOutcome{false, "can't be sealed: " + errorText(error)};
 }
 
 }  // namespace archive

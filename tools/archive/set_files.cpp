@@ -109,27 +109,31 @@ std::u16string unguessableName()
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root)
 {
     using platform::file::addMount;
+    const std::u16string name = unguessableName();
     MountedSet set;
-    set.folder = unguessableName();
-    const std::u16string folder = u"\\" + set.folder + u"\\";
+    set.folder = files.shownFolder.empty() ? u"\\" + name : files.shownFolder;
+    const std::u16string folder = set.folder + u"\\";
     set.listPath = folder + platform::text::toDeviceName(files.listName);
     set.dataPath = folder + platform::text::toDeviceName(files.dataName);
     set.sumPath = folder + platform::text::toDeviceName(files.sumName);
+    if (!files.shownFolder.empty())
+        return set;
     const bool hasRoot = platform::file::rootFolder() >= 0;
     if ((!hasRoot && !addMount({u"", openFolder(root), false, std::nullopt})) ||
-        !addMount({set.folder, openFolder(files.folder), false, std::nullopt}))
+        !addMount({name, openFolder(files.folder), false, std::nullopt}))
         return std::nullopt;
     return set;
 }
 
-SetMount::SetMount(const SetFiles& files, const std::string& root) : set_(mountSet(files, root))
+SetMount::SetMount(const SetFiles& files, const std::string& root)
+    : set_(mountSet(files, root)), mounts_(files.shownFolder.empty())
 {
-    mounted_++;
+    mounted_ += mounts_ ? 1 : 0;
 }
 
 SetMount::~SetMount()
 {
-    if (--mounted_ == 0)
+    if (mounts_ && --mounted_ == 0)
         platform::file::removeAllMounts();
 }
 

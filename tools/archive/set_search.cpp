@@ -103,6 +103,17 @@ FoundSets searchSets(const std::vector<std::string>& where, bool recursive)
     return search.take();
 }
 
+FoundSets searchShownFolder(const std::string& folder, const std::u16string& shownAs)
+{
+    FoundSets found = searchSets({folder}, false);
+    std::error_code error;
+    const std::string real = fs::canonical(folder, error).string();
+    std::erase_if(found.sets, [&](const SetFiles& set) { return set.folder != real; });
+    for (SetFiles& set : found.sets)
+        set.shownFolder = shownAs;
+    return found;
+}
+
 std::string pathOf(const SetFiles& set)
 {
     return (fs::path(set.folder) / set.listName).string();

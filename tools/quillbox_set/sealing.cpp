@@ -1,18 +1,10 @@
 #include "sealing.h"
 
-#include "archive/fault_text.h"
-#include "archive/growing_file.h"
 #include "archive/long_work.h"
-#include "archive/opened_set.h"
 #include "archive/seal.h"
-#include "archive/set_check.h"
 #include "exit_code.h"
 #include "result_line.h"
 #include "screen_text/screen_text.h"
-
-#include "text/host_name.h"
-
-#include "ce/file.h"
 
 #include <algorithm>
 #include <iostream>
@@ -22,55 +14,16 @@ namespace quillbox_set {
 using namespace archive;
 using screen_text::onScreen;
 
-namespace {
-
-// Returns the reason of a failure, or an empty text.
-std::string writeSeal(const SetFiles& files, const std::string& text)
-{
-    const std::u16string path = u"\\" + platform::text::toDeviceName(files.sumName);  // the set's folder is the root
-    GrowingFile seal(path);
-    if (!seal.write(std::as_bytes(std::span(text))) || seal.moveToTarget(true) != ERROR_SUCCESS)
-        return errorText(seal.error());
-    return FlushChangedVolumes() ? "" : errorText(GetLastError());
-}
-
-struct Outcome {
-    bool good;
-    std::string text;
-};
-
-Outcome seal(const SetFiles& files, bool force)
-{
-    const OpenedSet set(files);
-    if (!set.isOpen())
-        return {false, set.trouble()};
-    const SealCheck old = checkSeal(files, set.mounted());
-    if (old.isSealed && old.faults.empty())
-        return {true, "is sealed already"};
-    if (old.isSealed && !force)
-        return {false, old.faults.front() + " (--force seals it again)"};
-    // The digests are taken first, so that a change during the check can't get a seal.
-    const auto list = digestOfFile(set.mounted().listPath);
-    const auto data = digestOfFile(set.mounted().dataPath);
-    const std::string fault = firstFaultOf(set, SealUse::Ignored);
-    if (!fault.empty() || !list || !data)
-        return {false, "is unsound, so it isn't sealed: " + fault};
-    const std::string failure = writeSeal(files, sealText(files, *list, *data));
-    return failure.empty() ? Outcome{true, "sealed"} : Outcome{false, "can't be sealed: " + failure};
-}
-
-}  // namespace
-
 int sealSets(const FoundSets& found, bool force)
 {
     int code = reportFaults(found);
     Progress progress(found.sets.size());
     for (const SetFiles& files : found.sets) {
         progress.begin(pathOf(files));
-        const Outcome outcome = seal(files, force);
+        const SealOutcome outcome = sealSet(files, force);
         progress.clear();
-        (outcome.good ? std::cout : std::cerr) << onScreen(pathOf(files)) << ": " << outcome.text << '\n';
-        if (!outcome.good)
+        (outcome.isSealed ? std::cout : std::cerr) << onScreen(pathOf(files)) << ": " << outcome.text << '\n';
+        if (!outcome.isSealed)
             code = std::max(code, exitFaults);
     }
     return code;

@@ -46,7 +46,7 @@ int listSets(const SetFolder& folder, bool json)
         std::cerr << "quillbox-set: this folder couldn't be read to its end: " << onScreen(folder.path) << "\n";
     for (const std::string& name : folder.lists) {
         const std::string path = (std::filesystem::path(folder.path) / name).string();
-        mounted->listPath = u"\\" + mounted->folder + u"\\" + platform::text::toDeviceName(name);
+        mounted->listPath = mounted->folder + u"\\" + platform::text::toDeviceName(name);
         const ListedSet set(*mounted);
         if (!set.isOpen() || set.readFailed()) {
             std::cerr << "quillbox-set: the list file can't be read: " << onScreen(path) << "\n";

@@ -17,10 +17,12 @@ public:
     Stopped() : std::runtime_error("stopped") {}
 };
 
-// Throws a Stopped after a signal. Everything that reads sets calls it for each item and each block.
+// Throws a Stopped after such a signal, or when the job of the platform is to stop. Everything that reads sets calls it
+// for each item and each block.
 void checkStop();
 
-// Ends the process by the signal that was caught, as the shell expects it. Call it after the handling of a Stopped.
+// Ends the process by the signal that catchSignals() has caught, as the shell expects it. Call it after the handling of
+// a Stopped.
 [[noreturn]] void endBySignal();
 
 // One line on standard error that is overwritten, if that is a terminal. The destructor removes it.

@@ -10,12 +10,6 @@
 
 namespace archive {
 
-// The SHA-256 of a file of the name space. Nothing if it can't be read to its end.
-std::optional<Digest> digestOfFile(const std::u16string& path);
-
-// The lines of the file for these digests. A name with a backslash or a line break is escaped as sha256sum does it.
-std::string sealText(const SetFiles& files, const Digest& list, const Digest& data);
-
 struct SealCheck {
     bool isSealed = false;            // there is a file with checksums, good or bad
     std::vector<std::string> faults;  // what differs from it
@@ -23,5 +17,17 @@ struct SealCheck {
 
 // Reads both files of the set if it is sealed.
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted);
+
+// Writes the checksums of the set as it stands, without a check of it. They replace older ones. Returns ERROR_SUCCESS
+// or the error.
+[[nodiscard]] DWORD writeSeal(const SetFiles& files, const MountedSet& mounted);
+
+struct SealOutcome {
+    bool isSealed;
+    std::string text;  // for the user
+};
+
+// Checks the set and writes its checksums. With `force` also if it has changed since it was sealed.
+SealOutcome sealSet(const SetFiles& files, bool force);
 
 }  // namespace archive

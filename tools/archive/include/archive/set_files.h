@@ -14,6 +14,10 @@ struct SetFiles {
     std::string listName;  // name in the folder
     std::string dataName;
     std::string sumName;  // of the file with the checksums (seal.h), which need not exist
+
+    // The path of the folder in the name space, if a program shows it there already. Empty: the folder is mounted when
+    // the set is opened.
+    std::u16string shownFolder = {};
 };
 
 bool isSameWithoutCase(std::string_view left, std::string_view right);
@@ -31,17 +35,19 @@ std::u16string unguessableName();
 
 // The paths of the set's files in the name space.
 struct MountedSet {
-    std::u16string folder;  // name of the set's folder in the root, from unguessableName()
+    std::u16string folder;  // of the set, without a backslash at its end
     std::u16string listPath;
     std::u16string dataPath;
     std::u16string sumPath;
 };
 
-// Makes the host's folder `root` the root of the name space unless there is one, and mounts the set's folder in it.
-// Nothing if a folder can't be opened, or a file's name can't be a name on a device.
+// Makes the host's folder `root` the root of the name space unless there is one, and mounts the set's folder in it
+// under an unguessable name, unless the name space shows it already. Nothing if a folder can't be opened, or a file's
+// name can't be a name on a device.
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
 
-// Mounts a set as mountSet() does. When the last object is destroyed, all mounts are removed.
+// Mounts a set as mountSet() does. When the last object is destroyed, all mounts are removed. A program that shows the
+// folders of its sets keeps its mounts.
 class SetMount {
 public:
     SetMount(const SetFiles& files, const std::string& root);
@@ -56,6 +62,7 @@ private:
     static inline int mounted_ = 0;
 
     std::optional<MountedSet> set_;
+    bool mounts_;
 };
 
 // An open file of the name space. The destructor closes it.
