@@ -18,6 +18,12 @@ class InstallationTest(unittest.TestCase):
         cls.folder = pathlib.Path(folder.name)
         cls.prefix = cls.folder / "prefix"
         cls.run_tool("cmake", "--install", BUILD, "--prefix", cls.prefix, "--strip")
+        configured = next(line.split("=", 1)[1] for line in (BUILD / "CMakeCache.txt").read_text().splitlines()
+                          if line.startswith("CMAKE_INSTALL_PREFIX:"))
+        for path in cls.prefix.rglob("*"):  # files that name other files expect the prefix of the configuration
+            if path.is_file() and not path.is_symlink() and f"{configured}/".encode() in (content := path.read_bytes()):
+                if b"\0" not in content:
+                    path.write_bytes(content.replace(f"{configured}/".encode(), f"{cls.prefix}/".encode()))
 
     @staticmethod
     def run_tool(*words, code=0, **start):

@@ -71,7 +71,7 @@ void addCards(CLI::App& app, CommandLine& line)
     CLI::App* add = addCommand(*card, line, "add", "adds a folder");
     add->add_option("NAME", line.name, "its name on the device; nothing in the device's root may have it")->required();
     add->add_option("DIR", line.folder, "the folder")->required();
-    add->add_option("--capacity", line.capacity, "its size limit in bytes")->check(capacityFault);
+    add->add_option("--capacity", line.capacity, "its size limit in bytes")->type_name("BYTES")->check(capacityFault);
     add->add_flag("--folder", line.plainFolder, "a plain folder, not a card");
     add->callback([&line] { addCard(line.device, line.name, line.folder, line.capacity, line.plainFolder); });
     CLI::App* remove = addCommand(*card, line, "remove", "removes one from the device; its content stays");
@@ -98,7 +98,8 @@ void addFormat(CLI::App& command, CommandLine& line)
         .add_option("--form", line.format,
                     "jsonl (any database, without loss), vcard (contacts), ical (appointments, tasks) or csv; "
                     "default: by the file's extension .vcf, .ics or .csv, otherwise jsonl")
-        ->check(CLI::IsMember({"jsonl", "vcard", "ical", "csv"}));
+        ->type_name("jsonl|vcard|ical|csv")
+        ->check(CLI::IsMember({"jsonl", "vcard", "ical", "csv"}).description(""));
 }
 
 void addDatabases(CLI::App& app, CommandLine& line)
@@ -109,14 +110,16 @@ void addDatabases(CLI::App& app, CommandLine& line)
     list->callback([&line] { listDatabases(line.device); });
     CLI::App* out = addCommand(*database, line, "export", "writes one database, or all that the format can hold");
     out->add_option("FILE", line.file, "the file; default, or -: standard output");
-    out->add_option("--name", line.database, "the database; default: all that the format can hold");
+    out->add_option("--name", line.database, "the database; default: all that the format can hold")
+        ->type_name("DATABASE");
     addFormat(*out, line);
     out->add_flag("--force", line.force, "replaces a file that exists");
     out->callback([&line] { exportDatabases(line.device, line.database, formatOf(line), line.file, line.force); });
     CLI::App* in = addCommand(*database, line, "import", "imports the databases of a file, all of them or none");
     in->add_option("FILE", line.file, "the file; -: standard input")->required();
     in->add_option("--name", line.database,
-                   "the database; default: the name in the file, or the device's database for the format");
+                   "the database; default: the name in the file, or the device's database for the format")
+        ->type_name("DATABASE");
     addFormat(*in, line);
     CLI::Option* replace = in->add_flag("--replace", line.replace, "replaces databases that exist");
     in->add_flag("--add", line.add, "adds the records to databases that exist")->excludes(replace);

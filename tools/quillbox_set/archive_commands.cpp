@@ -81,7 +81,8 @@ void addFind(CLI::App& app, CommandLine& line)
         ->required();
     addWhere(*find, line);
     find->add_option("--text", options->text,
-                     "words that are all in one record, in one value of the registry or in one line of a text file");
+                     "words that are all in one record, in one value of the registry or in one line of a text file")
+        ->type_name("WORDS");
     find->add_flag("--ignore-case", options->ignoreCase, "small and capital letters are the same");
     find->footer("Prints the set, its date, the item, and where the words are. --json prints one object a line.\n"
                  "Exit code: 0 found; 1 nothing found, or damage; 2 bad usage or no such file.");
@@ -111,8 +112,12 @@ void addHistory(CLI::App& app, CommandLine& line)
     history->add_option("ITEM", options->item, "its name as in `list`, with / or \\, or \"registry\"")->required();
     addWhere(*history, line);
     CLI::Option* record =
-        history->add_option("--record", options->record, "words of a record: shows the fields that changed");
-    history->add_option("--value", *value, "key and name of a value of the registry")->expected(2)->excludes(record);
+        history->add_option("--record", options->record, "words of a record: shows the fields that changed")
+            ->type_name("WORDS");
+    history->add_option("--value", *value, "key and name of a value of the registry")
+        ->type_name("KEY NAME")
+        ->expected(2)
+        ->excludes(record);
     history->callback([&line, options, value] {
         options->json = line.json;
         if (value->size() == 2)

@@ -34,12 +34,11 @@ struct Packing {
 
 void addFormat(CLI::App& command, Packing& packing)
 {
-    CLI::Option* format =
-        command
-            .add_option("--form", packing.format, "the format of databases: jsonl, vcard, ical or csv; default: jsonl")
-            ->check([](const std::string& name) {
-                return database_formats::formatNamed(name) ? "" : "there is no format " + name;
-            });
+    CLI::Option* format = command.add_option("--form", packing.format, "the format of databases; default: jsonl")
+                              ->type_name("jsonl|vcard|ical|csv")
+                              ->check([](const std::string& name) {
+                                  return database_formats::formatNamed(name) ? "" : "there is no format " + name;
+                              });
     command.add_flag("--raw", packing.raw, "writes databases and the registry byte for byte as they are in the set")
         ->excludes(format);
 }
@@ -96,9 +95,12 @@ void addList(CLI::App& app, CommandLine& line)
                       "also prints what databases and the registry contain (unpacks them)");
 
     listing->add_flag("--long", options->ratios, "also prints the unpacked sizes and the ratio");
-    listing->add_option("--sort", options->order, "sorts the items: name, size (unpacked) or packed")
-        ->transform(CLI::CheckedTransformer(std::map<std::string, ListOrder>{
-            {"name", ListOrder::ByName}, {"size", ListOrder::BySize}, {"packed", ListOrder::ByPackedSize}}));
+    listing->add_option("--sort", options->order, "sorts the items; size is the unpacked one")
+        ->type_name("name|size|packed")
+        ->transform(CLI::CheckedTransformer(std::map<std::string, ListOrder>{{"name", ListOrder::ByName},
+                                                                             {"size", ListOrder::BySize},
+                                                                             {"packed", ListOrder::ByPackedSize}})
+                        .description(""));
     listing->callback([&line, options] { line.exitCode = list(line, *options); });
 }
 
