@@ -51,7 +51,7 @@ int tellBackupPlan(const Session& session, const RunPlan& plan, const std::u16st
     return tellLeftOut(ExitComplete);
 }
 
-BackupRequest requestOf(const BackupOptions& options, const Session& session, const NamedStorage& storage)
+BackupRequest requestOf(const BackupOptions& options, const Session& session)
 {
     const NamedItems items = itemsNamed(options.items);
     const bool unsaid = !options.files && !options.databases && !options.registry && options.items.empty();
@@ -61,7 +61,7 @@ BackupRequest requestOf(const BackupOptions& options, const Session& session, co
             .registry = all || options.registry || items.registry,
             .paths = items.paths,
             .databaseNames = items.databases,
-            .storage = storage.folder ? session.storage.path : storage.path,
+            .storage = session.storage.path,
             .leavesStorageOut = session.storage.isNew,
             .comment = text::fromUtf8(options.comment),
             .replaced = options.replaced,
@@ -95,9 +95,9 @@ int endBackup(const Session& session, DWORD number)
 
 }  // namespace
 
-int runBackup(const Session& session, const BackupOptions& options, const NamedStorage& storage)
+int runBackup(const Session& session, const BackupOptions& options)
 {
-    const BackupRequest request = requestOf(options, session, storage);
+    const BackupRequest request = requestOf(options, session);
     const RunPlan plan = PrepareBackup(request);
     if (JobIsToStop())
         return endBackup(session, 0);

@@ -1,5 +1,7 @@
 #include "command_line.h"
 
+#include "profile.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -11,6 +13,8 @@
 namespace platform::device {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr int BadUsage = 2;
 constexpr double LongestTimeout = 1e9;  // seconds
@@ -79,15 +83,14 @@ std::filesystem::path deviceFolder(const std::string& named)
         "HOME isn't an absolute path, so there is no default device. Name one with --device DIR");
 }
 
-// The file of the profile, which is TOML.
-std::string profilePath(const std::string& name)
+fs::path profilePath(const std::string& name)
 {
     if (name.empty() || name.find('/') != std::string::npos)
         refuseOption("--profile", name, "isn't the name of a profile");
-    const auto folder = userFolder("XDG_CONFIG_HOME", ".config");
-    if (!folder)
+    const auto file = profileFile(name);
+    if (!file)
         refuseOption("--profile", name, "can't be found, because HOME isn't an absolute path");
-    return *folder / "quillbox" / (name + ".toml");
+    return *file;
 }
 
 void refuseNameTwice(const std::vector<ExtraFolder>& extras)
@@ -97,87 +100,170 @@ void refuseNameTwice(const std::vector<ExtraFolder>& extras)
             throw CLI::ValidationError("The name \"" + extra->name + "\" is given twice");
 }
 
+// The parser with the values that it fills in.
+class Parser {
+public:
+    Parser();
+    Parser(const Parser&) = delete;
+    Parser& operator=(const Parser&) = delete;
+    ~Parser() = default;
+
+    ParsedCommandLine parse(int count, const char* const* words);
+    // Reads lines of a profile alone. Throws what is wrong with them, also that an option is missing.
+    void readProfile(std::istream& lines)
+    {
+        app_.parse_from_stream(lines);
+        (void)given();
+    }
+
+private:
+    void addDevice();
+    void addScript();
+    CommandLine given();
+    [[nodiscard]] std::string faultsOfProfile() const;  // lines for standard error
+
+    CLI::App app_{"Backs up and restores a device: its files, databases and registry.", "quillbox"};
+    CommandParser commands_;
+    std::vector<std::string> cards_;
+    std::vector<std::string> folders_;
+    std::string device_;
+    std::string script_;
+    std::string transcript_;
+    std::string timeout_ = "60";
+    std::string mediaFolder_;
+    std::string set_;
+    std::string profile_;  // the path of its file
+    CLI::Option* deviceOption_ = nullptr;
+    CLI::Option* mediaOption_ = nullptr;
+    CLI::Option* scriptOption_ = nullptr;
+    CLI::Option* transcriptOption_ = nullptr;
+};
+
+Parser::Parser()
+{
+    app_.set_version_flag("--version", "quillbox " QUILLBOX_VERSION);
+    addDevice();
+    addScript();
+    app_.add_option("SET", set_,
+                    "The list of a set (its *.QLT file): the window opens with the choice of what to restore")
+        ->excludes(scriptOption_);
+    app_.allow_config_extras(CLI::config_extras_mode::error);
+    app_.set_config("--profile", "",
+                    "Reads options from NAME.toml in ~/.config/quillbox; those of the command line win")
+        ->type_name("NAME")
+        ->transform(CLI::Validator(
+            [this](std::string& name) { return name = profile_ = profilePath(name).string(), std::string(); }, ""));
+    commands_.addTo(app_);
+}
+
+void Parser::addDevice()
+{
+    deviceOption_ = app_.add_option("--device", device_, "The device's folder; created if it is missing");
+    deviceOption_->type_name("DIR");
+    // One value per option, so that a second word after the option is an error and not a second card.
+    app_.add_option("--card", cards_, "A folder of this computer as a card, for this start")
+        ->type_name("NAME=DIR[,capacity=BYTES]")
+        ->allow_extra_args(false);
+    app_.add_option("--folder", folders_, "A folder of this computer in the device's root, for this start")
+        ->type_name("NAME=DIR")
+        ->allow_extra_args(false);
+    mediaOption_ = app_.add_option("--media", mediaFolder_,
+                                   "Shows what is mounted in DIR as cards. The default of the window is the folder of "
+                                   "this user's media");
+    mediaOption_->type_name("DIR");
+}
+
+void Parser::addScript()
+{
+    scriptOption_ =
+        app_.add_option("--script", script_, "Runs the actions in FILE without a screen (- is standard input)");
+    scriptOption_->type_name("FILE|-");
+    app_.add_option("--timeout", timeout_, "The longest wait of an action; 0 is no limit")
+        ->type_name("SECONDS")
+        ->capture_default_str()
+        ->needs(scriptOption_);
+    transcriptOption_ = app_.add_option("--transcript", transcript_,
+                                        "Writes windows, texts and answers to FILE (- is standard output)");
+    transcriptOption_->type_name("FILE|-")->needs(scriptOption_);
+}
+
+CommandLine Parser::given()
+{
+    CommandLine options;
+    for (const std::string& card : cards_)
+        options.extras.push_back(parseCard("--card", card));
+    for (const std::string& folder : folders_)
+        options.extras.push_back(parseFolder("--folder", folder));
+    refuseNameTwice(options.extras);
+    options.timeout = parseTimeout(timeout_);
+    options.command = commands_.given();
+    if (options.command && (scriptOption_->count() > 0 || !set_.empty()))
+        throw CLI::ValidationError((set_.empty() ? "--script" : "\"" + set_ + "\"") + " isn't for this command");
+    if (!set_.empty() && !set_.ends_with("QLT"))
+        refuseOption("SET", set_, "is not the list of a set, whose name ends in QLT");
+    if (device_.empty() && deviceOption_->count() > 0)
+        refuseOption("--device", device_, "names no folder");
+    options.device = deviceFolder(device_);
+    if (scriptOption_->count() > 0)
+        options.script = script_;
+    if (!set_.empty())
+        options.set = set_;
+    if (!mediaFolder_.empty())
+        options.mediaFolders = {mediaFolder_};
+    else if (mediaOption_->count() == 0 && !options.script && !options.command)
+        options.mediaFolders = usualMediaFolders();
+    if (transcriptOption_->count() > 0)
+        options.transcript = transcript_;
+    return options;
+}
+
+std::string Parser::faultsOfProfile() const
+{
+    std::string faults;
+    if (!profile_.empty())
+        for (const ProfileFault& fault : profileFaults(profile_))
+            faults += "quillbox: " + fault.sentence + "\n";
+    return faults;
+}
+
+ParsedCommandLine Parser::parse(int count, const char* const* words)
+{
+    try {
+        app_.parse(count, words);
+        const CommandLine options = given();
+        const std::string faults = faultsOfProfile();  // the parser takes a cut value for a whole one
+        return faults.empty() ? ParsedCommandLine{options, "", 0} : ParsedCommandLine{std::nullopt, faults, BadUsage};
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream out;
+        std::ostringstream errors;
+        if (app_.exit(error, out, errors) == 0)
+            return {std::nullopt, out.str(), 0};
+        const std::string faults = faultsOfProfile();
+        return {std::nullopt, faults.empty() ? errors.str() : faults, BadUsage};
+    }
+}
+
 }  // namespace
 
 ParsedCommandLine parseCommandLine(int count, const char* const* words)
 {
-    CommandLine options;
-    std::vector<std::string> cards;
-    std::vector<std::string> folders;
-    std::string device;
-    std::string script;
-    std::string transcript;
-    std::string timeout = "60";
-    std::string mediaFolder;
-    std::string set;
+    return Parser().parse(count, words);
+}
 
-    CLI::App app("Backs up and restores a device: its files, databases and registry.", "quillbox");
-    app.set_version_flag("--version", "quillbox " QUILLBOX_VERSION);
-    auto* named = app.add_option("--device", device, "The device's folder; created if it is missing")->type_name("DIR");
-    // One value per option, so that a second word after the option is an error and not a second card.
-    app.add_option("--card", cards, "A folder of this computer as a card, for this start")
-        ->type_name("NAME=DIR[,capacity=BYTES]")
-        ->allow_extra_args(false);
-    app.add_option("--folder", folders, "A folder of this computer in the device's root, for this start")
-        ->type_name("NAME=DIR")
-        ->allow_extra_args(false);
-    auto* scripted =
-        app.add_option("--script", script, "Runs the actions in FILE without a screen (- is standard input)")
-            ->type_name("FILE|-");
-    app.add_option("--timeout", timeout, "The longest wait of an action; 0 is no limit")
-        ->type_name("SECONDS")
-        ->capture_default_str()
-        ->needs(scripted);
-    auto* recorded =
-        app.add_option("--transcript", transcript, "Writes windows, texts and answers to FILE (- is standard output)")
-            ->type_name("FILE|-")
-            ->needs(scripted);
-    auto* media = app.add_option("--media", mediaFolder,
-                                 "Shows what is mounted in DIR as cards. The default is the folder of this user's "
-                                 "media, with a script none")
-                      ->type_name("DIR");
-    app.add_option("SET", set,
-                   "The list of a set (its *.QLT file): the window opens with the choice of what to restore")
-        ->excludes(scripted);
-    app.allow_config_extras(CLI::config_extras_mode::error);
-    app.set_config("--profile", "", "Reads options from NAME.toml in ~/.config/quillbox; those of the command line win")
-        ->type_name("NAME")
-        ->transform(CLI::Validator([](std::string& name) { return name = profilePath(name), std::string(); }, ""));
-    CommandParser commands;
-    commands.addTo(app);
+std::string faultOfProfileLine(const std::string& lines)
+{
+    std::istringstream read(lines);
     try {
-        app.parse(count, words);
-        for (const std::string& card : cards)
-            options.extras.push_back(parseCard("--card", card));
-        for (const std::string& folder : folders)
-            options.extras.push_back(parseFolder("--folder", folder));
-        refuseNameTwice(options.extras);
-        options.timeout = parseTimeout(timeout);
-        options.command = commands.given();
-        if (options.command && (scripted->count() > 0 || !set.empty()))
-            throw CLI::ValidationError((set.empty() ? "--script" : "\"" + set + "\"") + " isn't for this command");
-        if (!set.empty() && !set.ends_with("QLT"))
-            refuseOption("SET", set, "is not the list of a set, whose name ends in QLT");
-        if (device.empty() && named->count() > 0)
-            refuseOption("--device", device, "names no folder");
-        options.device = deviceFolder(device);
+        Parser().readProfile(read);
+    } catch (const CLI::RequiredError&) {  // another line may have what is missing
+    } catch (const CLI::RequiresError&) {
+    } catch (const CLI::ConfigError& error) {
+        const std::string key = error.what();
+        return key.substr(key.rfind(' ') + 1) + " isn't an option";
     } catch (const CLI::ParseError& error) {
-        std::ostringstream out;
-        std::ostringstream errors;
-        const bool fine = app.exit(error, out, errors) == 0;
-        return {std::nullopt, fine ? out.str() : errors.str(), fine ? 0 : BadUsage};
+        return error.what();
     }
-    if (scripted->count() > 0)
-        options.script = script;
-    if (!set.empty())
-        options.set = set;
-    if (!mediaFolder.empty())
-        options.mediaFolders = {mediaFolder};
-    else if (media->count() == 0 && !options.script && !options.command)
-        options.mediaFolders = usualMediaFolders();
-    if (recorded->count() > 0)
-        options.transcript = transcript;
-    return {std::move(options), "", 0};
+    return "";
 }
 
 }  // namespace platform::device

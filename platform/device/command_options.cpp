@@ -74,6 +74,10 @@ void CommandParser::addTo(CLI::App& app)
     restoreCommand = addRestore(app, restore);
     setsCommand = app.add_subcommand("sets", "Lists the sets on a storage, or on all");
     setsCommand->add_option("STORAGE", sets.storage, "As for backup");
+    profileCommand = app.add_subcommand("profile", "Prints a profile, or what is wrong with it");
+    profileCommand->add_option("PROFILE", profile.name, "Its name, as for --profile")->required();
+    profileCommand->add_flag("--check", profile.check, "Says what is wrong with it, by line, instead");
+    profileCommand->add_flag("--json", json, "Prints the result as JSON");
     for (CLI::App* command : {backupCommand, restoreCommand, setsCommand}) {
         command->fallthrough();  // the options of the device may come after the command
         command->add_flag("--json", json, "Prints the result as JSON");
@@ -95,6 +99,8 @@ std::optional<Command> CommandParser::given() const
         command.options = restore;
     else if (setsCommand->parsed())
         command.options = sets;
+    else if (profileCommand->parsed())
+        command.options = profile;
     else
         return std::nullopt;
     command.json = json;

@@ -44,8 +44,13 @@ struct SetsOptions {
     std::string storage;  // empty: all
 };
 
+struct ProfileOptions {
+    std::string name;
+    bool check = false;
+};
+
 struct Command {
-    std::variant<BackupOptions, RestoreOptions, SetsOptions> options;
+    std::variant<BackupOptions, RestoreOptions, SetsOptions, ProfileOptions> options;
     bool json = false;
     bool quiet = false;
     std::chrono::seconds wait{0};  // for a device that another process has open
@@ -56,12 +61,14 @@ struct CommandParser {
     BackupOptions backup;
     RestoreOptions restore;
     SetsOptions sets;
+    ProfileOptions profile;
     bool json = false;
     bool quiet = false;
     unsigned wait = 0;
     CLI::App* backupCommand = nullptr;
     CLI::App* restoreCommand = nullptr;
     CLI::App* setsCommand = nullptr;
+    CLI::App* profileCommand = nullptr;
 
     void addTo(CLI::App& app);
     // The command that was given; nothing without one.

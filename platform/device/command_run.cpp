@@ -10,17 +10,18 @@ namespace platform::device {
 
 int runCommand(const CommandLine& line, HINSTANCE instance)
 {
+    if (const auto* profile = std::get_if<ProfileOptions>(&line.command->options))
+        return runProfile(*line.command, *profile);
     stopAtSignal();
     if (const auto* backup = std::get_if<BackupOptions>(&line.command->options)) {
-        const NamedStorage storage = storageNamed(backup->to);
-        return onDevice(line, instance, storage.folder, false,
-                        [&](const Session& session) { return runBackup(session, *backup, storage); });
+        return onDevice(line, instance, storageNamed(backup->to), false,
+                        [&](const Session& session) { return runBackup(session, *backup); });
     }
     if (const auto* restore = std::get_if<RestoreOptions>(&line.command->options)) {
         const NamedSet set = setNamed(restore->set);
         if (!set.refusal.empty())
             return endRefused(*line.command, set.refusal, ExitNothingDone);
-        return onDevice(line, instance, std::nullopt, true, [&](const Session& session) {
+        return onDevice(line, instance, {}, true, [&](const Session& session) {
             if (!set.listFile)
                 return runRestore(session, *restore, set.path);
             const ShownSet shown = session.opened.device->showSet(*set.listFile);
@@ -29,9 +30,8 @@ int runCommand(const CommandLine& line, HINSTANCE instance)
         });
     }
     const auto& sets = std::get<SetsOptions>(line.command->options);
-    const NamedStorage storage = storageNamed(sets.storage);
-    return onDevice(line, instance, storage.folder, false,
-                    [&](const Session& session) { return runSets(session, sets, storage); });
+    return onDevice(line, instance, storageNamed(sets.storage), false,
+                    [&](const Session& session) { return runSets(session, sets); });
 }
 
 }  // namespace platform::device

@@ -6,9 +6,11 @@
 
 namespace platform::device {
 
-int runBackup(const Session& session, const BackupOptions& options, const NamedStorage& storage);
+int runBackup(const Session& session, const BackupOptions& options);
 // `listPath` is on the device.
 int runRestore(const Session& session, const RestoreOptions& options, const std::u16string& listPath);
-int runSets(const Session& session, const SetsOptions& options, const NamedStorage& storage);
+int runSets(const Session& session, const SetsOptions& options);
+
+int runProfile(const Command& command, const ProfileOptions& options);
 
 }  // namespace platform::device

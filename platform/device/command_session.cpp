@@ -8,6 +8,7 @@
 
 #include "kernel/job.h"
 #include "kernel/run_progress.h"
+#include "text/host_name.h"
 
 #include "ce/command.h"
 #include "ce/outcome.h"
@@ -32,23 +33,38 @@ std::optional<std::string> whyNoDevice(const fs::path& folder, bool mayMake)
     return quoted(folder) + " is not a device: it has no folder \"object-store\".";
 }
 
-void open(Session& session, const CommandLine& line, const std::optional<fs::path>& storage)
+// The medium that the user means by the name of a card, if the device has nothing of this name.
+std::optional<fs::path> mediumNamed(const Device& device, const std::u16string& path)
+{
+    const auto name = path.empty() ? std::nullopt : text::toHostName(path.substr(1));
+    std::error_code error;
+    if (!name || fs::exists(device.hostPath(path), error))
+        return std::nullopt;
+    for (const fs::path& folder : usualMediaFolders())
+        if (fs::is_directory(folder / *name, error))
+            return folder / *name;
+    return std::nullopt;
+}
+
+void open(Session& session, const CommandLine& line, const NamedStorage& storage)
 {
     session.opened = openDevice(line.device, line.extras, false);
     if (!session.opened.device)
         return;
     if (!line.mediaFolders.empty())
         session.opened.device->showMedia(line.mediaFolders, [] { return true; });
-    if (!storage)
+    session.storage.path = storage.path;
+    const auto folder = storage.folder ? storage.folder : mediumNamed(*session.opened.device, storage.path);
+    if (!folder)
         return;
-    session.storage = session.opened.device->showStorage(*storage);
+    session.storage = session.opened.device->showStorage(*folder);
     if (session.storage.error.sentence.empty())
         return;
     session.opened.error = session.storage.error;
     session.opened.device.reset();
 }
 
-void openWaiting(Session& session, const CommandLine& line, const std::optional<fs::path>& storage)
+void openWaiting(Session& session, const CommandLine& line, const NamedStorage& storage)
 {
     const auto until = std::chrono::steady_clock::now() + line.command->wait;
     for (open(session, line, storage); !session.opened.device; open(session, line, storage)) {
@@ -83,7 +99,7 @@ void stopAtSignal()
     }
 }
 
-int onDevice(const CommandLine& line, HINSTANCE instance, const std::optional<fs::path>& storage, bool mayMake,
+int onDevice(const CommandLine& line, HINSTANCE instance, const NamedStorage& storage, bool mayMake,
              const std::function<int(const Session& session)>& run)
 {
     if (const auto reason = whyNoDevice(line.device, mayMake))

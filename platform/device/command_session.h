@@ -2,6 +2,7 @@
 #pragma once
 
 #include "command_line.h"
+#include "command_names.h"
 
 #include "ce/types.h"
 
@@ -12,7 +13,7 @@ namespace platform::device {
 struct Session {
     const Command& command;
     OpenResult opened;
-    ShownStorage storage;  // if the command names a folder of the host
+    ShownStorage storage;  // where the command stores sets or looks for them
 
     // Whether the user sees how far the run has come.
     [[nodiscard]] bool showsProgress() const;
@@ -22,10 +23,11 @@ struct Session {
 // Lets a signal that asks the process to end stop the run after its present item. A second one ends the process.
 void stopAtSignal();
 
-// Opens the device, waiting for it as long as the command says, and calls run(session) for the exit code. `storage` is
-// a folder of the host. A device that doesn't exist is refused unless `mayMake`.
-int onDevice(const CommandLine& line, HINSTANCE instance, const std::optional<std::filesystem::path>& storage,
-             bool mayMake, const std::function<int(const Session& session)>& run);
+// Opens the device, waiting for it as long as the command says, and calls run(session) for the exit code. A folder of
+// the host is shown as a card, and so is a medium of the user whose name no folder of the device has. A device that
+// doesn't exist is refused unless `mayMake`.
+int onDevice(const CommandLine& line, HINSTANCE instance, const NamedStorage& storage, bool mayMake,
+             const std::function<int(const Session& session)>& run);
 
 // The seconds that the run took.
 [[nodiscard]] double secondsOfRun();

@@ -39,11 +39,11 @@ std::string firstLine(const std::u16string& comment)
 
 }  // namespace
 
-int runSets(const Session& session, const SetsOptions& options, const NamedStorage& storage)
+int runSets(const Session& session, const SetsOptions& options)
 {
     std::optional<std::u16string> path;
     if (!options.storage.empty())
-        path = storage.folder ? session.storage.path : storage.path;
+        path = session.storage.path;
     if (path && !IsStorage(*path))
         return endRefused(session.command, "There is no card \"" + text::toUtf8(*path) + "\" on the device.",
                           ExitNothingDone);

@@ -221,12 +221,23 @@ class RefusalTest(CommandTest):
         profile.write_text(text)
         self.run_program("quillbox", "--profile", "nightly", "backup", **user)
         self.assertTrue((self.folder / "stick/QUILBOX/QLBX0001.QLT").exists())
-        profile.write_text(text + "too = 1\n")
-        self.assertIn("too", self.run_program("quillbox", "--profile", "nightly", "backup", code=2, **user).said)
+        check = ("profile", "nightly", "--check")
+        self.assertIn("is good", self.run_program("quillbox", *check, **user).text)
+        faults = ((text + "too = 1\n", "line 6: backup.too isn't an option"), (text + "replace = 100\n", "line 6: --replace"),
+                  ("[bakup]\n" + text, "line 1: [bakup] isn't a command"),
+                  (text.replace("Stick=", "Stick"), "line 2: --card"), (text.replace('"Stick"', '"/a#b/"'), "line 4: a quote isn't closed"))
+        for wrong, sentence in faults:
+            profile.write_text(wrong)
+            for words in (("--profile", "nightly", "backup"), check):
+                self.assertIn(sentence, self.run_program("quillbox", *words, code=2, **user).said)
+        for wrong, sentence in ((text.replace("to =", "comment ="), "--to is required"), (text.replace("/stick", "/gone"), "gone\" of \"Stick\""),
+                                (text.replace('"Stick"', '"/gone/"'), "/gone/"), (text.replace("/device", "/typo"), "is not a device")):
+            profile.write_text(wrong)
+            self.assertIn(sentence, self.run_program("quillbox", *check, code=2, **user).said)
 
 
 class StopTest(CommandTest):
-    ROUNDS = 5 if SANITIZED else 15
+    ROUNDS = int(os.environ.get("QUILLBOX_STOP_ROUNDS", 5 if SANITIZED else 15))
 
     def stopped(self, *words, after):
         with subprocess.Popen([BIN / "quillbox", "--device", self.device, *map(str, words)], stdout=subprocess.PIPE,

@@ -46,6 +46,15 @@ class MediumTest(ProgramTest):
             time.sleep(0.005)
         self.fail("timed out")
 
+    def test_a_medium_of_the_user_is_named_like_a_card_and_left_out_of_the_backup(self):
+        self.write("a", b"a")
+        script = """mount -t tmpfs none /media && mkdir -p "/media/$(id -un)/Stick/photos" && cd "/media/$(id -un)/Stick" &&
+            echo p >photos/p && "$1" --device "$2" backup --to Stick --files && "$1" --device "$2" sets Stick && cat QUILBOX/*.QLT"""
+        done = subprocess.run(["unshare", "--mount", "sh", "-c", script, "-", BIN / "quillbox", self.device], capture_output=True, check=True)
+        self.assertIn(b"Set 1 is complete: 1 file, ", done.stdout)
+        self.assertIn(b"1 item ", done.stdout)
+        self.assertNotIn("photos".encode("utf-16-le"), done.stdout)
+
     def test_medium_that_is_pulled_out_costs_no_source_and_no_earlier_set(self):
         self.assertTrue(mount("--bind", self.medium, self.place))
         for number in range(FILES):
