@@ -29,7 +29,9 @@ void sealNewSet(const Session& session, const std::u16string& listPath)
         return ReportItem(OutcomeNotStored, OutcomeFile, listPath.c_str(), ERROR_FILE_NOT_FOUND);
     const archive::SetMount set(*files, "");
     try {
-        if (const DWORD error = archive::writeSeal(*files, *set); error != ERROR_SUCCESS)
+        const auto digests = archive::digestsOf(*set);
+        const DWORD error = digests ? archive::writeSeal(*files, *set, *digests) : ERROR_HANDLE_EOF;
+        if (error != ERROR_SUCCESS)
             ReportItem(OutcomeNotStored, OutcomeFile, (*set).sumPath.c_str(), error);
     } catch (const archive::Stopped&) {
         ReportItem(OutcomeNotReached, OutcomeFile, (*set).sumPath.c_str(), ERROR_SUCCESS);

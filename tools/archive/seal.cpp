@@ -1,11 +1,7 @@
 #include "archive/seal.h"
 
-#include "archive/digest.h"
-#include "archive/fault_text.h"
 #include "archive/growing_file.h"
 #include "archive/long_work.h"
-#include "archive/opened_set.h"
-#include "archive/set_check.h"
 
 #include "ce/file.h"
 
@@ -125,20 +121,6 @@ void checkFile(std::string_view text, const std::string& name, const std::u16str
         faults.push_back(what + " was changed since the set was sealed");
 }
 
-// The lines of the file for these digests. A name with a backslash or a line break is escaped as sha256sum does it.
-std::string sealText(const SetFiles& files, const Digest& list, const Digest& data)
-{
-    return lineOf(list, files.listName) + lineOf(data, files.dataName);
-}
-
-DWORD writeSealText(const std::u16string& path, const std::string& text)
-{
-    GrowingFile seal(path);
-    if (!seal.write(std::as_bytes(std::span(text))) || seal.moveToTarget(true) != ERROR_SUCCESS)
-        return seal.error();
-    return FlushChangedVolumes() ? ERROR_SUCCESS : GetLastError();
-}
-
 }  // namespace
 
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted)
@@ -155,32 +137,20 @@ SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted)
     return check;
 }
 
-DWORD writeSeal(const SetFiles& files, const MountedSet& mounted)
+std::optional<SetDigests> digestsOf(const MountedSet& mounted)
 {
     const auto list = digestOfFile(mounted.listPath);
     const auto data = list ? digestOfFile(mounted.dataPath) : std::nullopt;
-    return data ? writeSealText(mounted.sumPath, sealText(files, *list, *data)) : ERROR_HANDLE_EOF;
+    return data ? std::optional(SetDigests{*list, *data}) : std::nullopt;
 }
 
-SealOutcome sealSet(const SetFiles& files, bool force)
+DWORD writeSeal(const SetFiles& files, const MountedSet& mounted, const SetDigests& digests)
 {
-    const OpenedSet set(files);
-    if (!set.isOpen())
-        return {false, set.trouble()};
-    const SealCheck old = checkSeal(files, set.mounted());
-    if (old.isSealed && old.faults.empty())
-        return {true, "is sealed already"};
-    if (old.isSealed && !force)
-        return {false, old.faults.front() + " (--force seals it again)"};
-    // The digests are taken first, so that a change during the check can't get a seal.
-    const auto list = digestOfFile(set.mounted().listPath);
-    const auto data = digestOfFile(set.mounted().dataPath);
-    const std::string fault = firstFaultOf(set, SealUse::Ignored);
-    if (!fault.empty() || !list || !data)
-        return {false, "is unsound, so it isn't sealed: " + fault};
-    const DWORD error = writeSealText(set.mounted().sumPath, sealText(files, *list, *data));
-    return error == ERROR_SUCCESS ? SealOutcome{true, "sealed"}
-                                  : SealOutcome{false, "can't be sealed: " + errorText(error)};
+    const std::string text = lineOf(digests.list, files.listName) + lineOf(digests.data, files.dataName);
+    GrowingFile seal(mounted.sumPath);
+    if (!seal.write(std::as_bytes(std::span(text))) || seal.moveToTarget(true) != ERROR_SUCCESS)
+        return seal.error();
+    return FlushChangedVolumes() ? ERROR_SUCCESS : GetLastError();
 }
 
 }  // namespace archive

@@ -18,16 +18,15 @@ struct SealCheck {
 // Reads both files of the set if it is sealed.
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted);
 
-// Writes the checksums of the set as it stands, without a check of it. They replace older ones. Returns ERROR_SUCCESS
-// or the error.
-[[nodiscard]] DWORD writeSeal(const SetFiles& files, const MountedSet& mounted);
-
-struct SealOutcome {
-    bool isSealed;
-    std::string text;  // for the user
+struct SetDigests {
+    Digest list;
+    Digest data;
 };
 
-// Checks the set and writes its checksums. With `force` also if it has changed since it was sealed.
-SealOutcome sealSet(const SetFiles& files, bool force);
+// Nothing if a file of the set can't be read to its end.
+std::optional<SetDigests> digestsOf(const MountedSet& mounted);
+
+// Writes the file with these checksums. It replaces an older one. Returns ERROR_SUCCESS or the error.
+[[nodiscard]] DWORD writeSeal(const SetFiles& files, const MountedSet& mounted, const SetDigests& digests);
 
 }  // namespace archive
