@@ -6,13 +6,15 @@
 #include "command_session.h"
 #include "exit_codes.h"
 
+#include "kernel/job.h"
+
 namespace platform::device {
 
 int runCommand(const CommandLine& line, HINSTANCE instance)
 {
     if (const auto* profile = std::get_if<ProfileOptions>(&line.command->options))
         return runProfile(*line.command, *profile);
-    stopAtSignal();
+    kernel::stopEveryJobAtSignal();
     if (const auto* backup = std::get_if<BackupOptions>(&line.command->options)) {
         return onDevice(line, instance, storageNamed(backup->to), false,
                         [&](const Session& session) { return runBackup(session, *backup); });

@@ -14,7 +14,6 @@
 #include "ce/outcome.h"
 
 #include <chrono>
-#include <csignal>
 #include <thread>
 
 namespace platform::device {
@@ -84,19 +83,6 @@ bool Session::showsProgress() const
 std::string Session::hostPath(const std::u16string& path) const
 {
     return opened.device->hostPath(path).string();
-}
-
-void stopAtSignal()
-{
-    struct sigaction action = {};
-    action.sa_handler = [](int) { kernel::stopEveryJob(); };
-    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction before = {};
-        // A caller such as nohup can have a signal ignored, and that stays.
-        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
-            (void)::sigaction(signal, &action, nullptr);
-    }
 }
 
 int onDevice(const CommandLine& line, HINSTANCE instance, const NamedStorage& storage, bool mayMake,

@@ -20,9 +20,6 @@ struct Session {
     [[nodiscard]] std::string hostPath(const std::u16string& path) const;
 };
 
-// Lets a signal that asks the process to end stop the run after its present item. A second one ends the process.
-void stopAtSignal();
-
 // Opens the device, waiting for it as long as the command says, and calls run(session) for the exit code. A folder of
 // the host is shown as a card, and so is a medium of the user whose name no folder of the device has. A device that
 // doesn't exist is refused unless `mayMake`.

@@ -4,6 +4,8 @@
 
 #include <atomic>
 
+#include <signal.h>
+
 namespace platform::kernel {
 
 namespace {
@@ -13,6 +15,7 @@ std::atomic<std::uint64_t> jobsSoFar = 0;
 std::atomic<std::uint64_t> current = 0;
 std::atomic<std::uint64_t> stopped = 0;  // the number of the job that was asked to stop
 std::atomic<bool> everyJobStopped = false;
+std::atomic<void (*)()> afterSignal = nullptr;
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free && std::atomic<bool>::is_always_lock_free);
 
 }  // namespace
@@ -40,6 +43,24 @@ void stopJob()
 void stopEveryJob()
 {
     everyJobStopped = true;
+}
+
+void stopEveryJobAtSignal(void (*then)())
+{
+    afterSignal = then;
+    struct sigaction action = {};
+    action.sa_handler = [](int) {
+        stopEveryJob();
+        if (void (*const call)() = afterSignal)
+            call();
+    };
+    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before = {};
+        // nohup, for example, has a signal ignored.
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            (void)::sigaction(signal, &action, nullptr);
+    }
 }
 
 }  // namespace platform::kernel

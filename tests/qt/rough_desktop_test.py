@@ -7,6 +7,7 @@ Exit code 77: a tool is missing.
 """
 import os
 import shutil
+import signal
 import subprocess
 import sys
 
@@ -51,6 +52,11 @@ class Case:
         listed = output_of(self.desktop.bin / "quillbox-set", "list", self.path_of(number))
         count = listed.count("file-")
         require(count == FILES, f"{count} of {FILES} files are in set {number}")
+
+    def end_session(self):
+        """By the signal that a session's end sends. Returns the exit code."""
+        self.user.process.send_signal(signal.SIGTERM)
+        return self.user.process.wait(300)
 
     def lose_desktop(self):
         """Returns what the program wrote to standard error."""
@@ -98,6 +104,29 @@ def lost_under_a_question(desktop):
     case.lose_desktop()
     require(case.path_of(1, ".QLT").read_bytes() == old, "the old set was overwritten")
     case.require_complete(2)
+
+
+def ended_amid_a_run(desktop):
+    """The run ends at its next item. Its set is sound, and what it lacks is reported."""
+    case = Case(desktop)
+    case.back_up()
+    case.await_data(1)
+    code, errors = case.end_session(), case.errors.read_text()
+    require(code == 0 and "because the run was stopped" in errors, f"it ended with {code}: {errors}")
+    require(case.is_sound(1), "the set isn't sound")
+
+
+def ended_under_a_question(desktop):
+    """The question is refused. So the old set stays, and no other one is made."""
+    case = Case(desktop)
+    case.back_up()
+    wait_for("set 1", lambda: case.is_sound(1))
+    old = case.path_of(1, ".QLT").read_bytes()
+    case.back_up()
+    case.user.window("Info?")
+    case.end_session()
+    require(case.path_of(1, ".QLT").read_bytes() == old, "the old set was overwritten")
+    require(not case.path_of(2, ".QLT").exists() or case.is_sound(2), "the second set isn't sound")
 
 
 def full_card(desktop):
@@ -176,7 +205,8 @@ def set_by_argument(desktop):
     Keyboard(user).leave()
 
 
-CASES = [start_errors, set_by_argument, no_desktop, lost_with_a_full_card, lost_under_a_question, full_card, minimised]
+CASES = [start_errors, set_by_argument, no_desktop, lost_with_a_full_card, lost_under_a_question, ended_amid_a_run,
+         ended_under_a_question, full_card, minimised]
 
 
 def main(bin_folder, name=None):

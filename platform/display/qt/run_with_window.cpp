@@ -1,6 +1,7 @@
 #include "closing_display.h"
 #include "plain_style.h"
 #include "screen.h"
+#include "session_end.h"
 #include "start/window_module.h"
 
 #include <QApplication>
@@ -50,14 +51,19 @@ void report(std::string_view sentence)
     std::_Exit(WindowNoDesktop);
 }
 
-// Runs on the toolkit's thread, inside the call in which the toolkit ends the process. That thread now closes windows
-// instead of showing them, until the program's thread has ended.
+// The toolkit's thread closes windows instead of showing them, until the program's thread has ended.
+void closeProgram()
+{
+    runState().closingDisplay.closeUntil([] { return runState().programEnded.load(); });
+}
+
+// Runs on the toolkit's thread, inside the call in which the toolkit ends the process.
 void endWithLostDesktop()
 {
     if (runState().programEnded)
         return;
     report("the desktop is gone. What is being done is brought to its end.");
-    runState().closingDisplay.closeUntil([] { return runState().programEnded.load(); });
+    closeProgram();
     std::_Exit(WindowDesktopLost);
 }
 
@@ -84,6 +90,7 @@ int showProgram(QApplication& application, const WindowStart& start)
     Screen screen(start.host);
     int result = 0;
     runState().programEnded = false;
+    const SessionEnd sessionEnd(closeProgram);
     std::thread thread([&] {
         result = start.program();
         runState().programEnded = true;

@@ -16,4 +16,8 @@ std::uint64_t currentJob();
 void stopJob();       // does nothing if no job is in progress
 void stopEveryJob();  // also those that begin later
 
+// From now on SIGINT, SIGTERM and SIGHUP stop every job, and call `then` in the signal handler if it isn't null. A
+// second such signal ends the process at once. A signal that the caller of the process ignores stays ignored.
+void stopEveryJobAtSignal(void (*then)() = nullptr);
+
 }  // namespace platform::kernel
