@@ -109,7 +109,7 @@ bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name)
     const bool nothingToStore = kind == ItemKindFile && (IsFileOfRun(run, name) || WasDeletedMeanwhile(run));
     if (!IsWhole(run.item) && !nothingToStore)
         ReportItem(OutcomeNotStored, KindOf(kind).reportedAs, name, run.item.error);
-    ReportItemDone(KindOf(kind).reportedAs, run.packed.source.length, IsWhole(run.item));
+    ReportItemDone(KindOf(kind).reportedAs, run.packed.readBytes, IsWhole(run.item));
     return IsWhole(run.item);
 }
 

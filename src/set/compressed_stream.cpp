@@ -126,6 +126,7 @@ BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
     const BOOL result = PackAll(source, writer);
     CloseTarget(writer.target);
     packed.bytes = writer.target.bytes;
+    packed.readBytes = source.bytes;
     packed.digest = source.digest;
     if (result)
         CheckLength(source, packed);

@@ -96,6 +96,7 @@ bool PackWhole(HANDLE file, SmallStream& stream, SmallStreamMemory& memory)
     DWORD bytes = 0;
     if (!ReadWhole(file, memory.raw, bytes))
         return false;
+    stream.readBytes = bytes;
     stream.digest = gDigestsBlocks && bytes != 0 ? DigestWith(0, DigestOfBlock(memory.raw, bytes)) : 0;
     std::memcpy(memory.stream, StreamMagic, StreamMagicBytes);
     DWORD filled = StreamMagicBytes;
@@ -128,6 +129,7 @@ BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& pa
 {
     packed = {};
     packed.opened = TRUE;
+    packed.readBytes = stream.readBytes;
     packed.digest = stream.digest;
     const HANDLE file = OpenTarget(target);
     packed.made = file != INVALID_HANDLE_VALUE;

@@ -80,6 +80,19 @@ TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
     EXPECT_EQ(seen_.back().itemsDone, 2U);
 }
 
+TEST_F(RunProgressTest, BytesCountOfFilesThatWereReadAhead)
+{
+    mount();
+    for (int file = 0; file < 300; file++)
+        write("small " + std::to_string(file), std::string(1000, 's'));
+    gFullFiles = 1;
+    gFullDatabases = gFullRegistry = 0;
+    gUser.choice = u"\\Card";
+    RunFullBackup();
+    EXPECT_EQ(runProgress().itemsDone, 300U);
+    EXPECT_EQ(runProgress().bytesDone, 300000U);
+}
+
 TEST_F(RunProgressTest, OneLargeFileMovesTheBytesBeforeItIsDone)
 {
     mount();

@@ -18,10 +18,11 @@ inline std::uint64_t DigestWith(std::uint64_t digest, std::uint64_t blockDigest)
 }
 
 struct PackedStream : StreamOutcome {
-    BOOL opened;           // the source could be opened
-    std::uint64_t bytes;   // of the stream, as far as it was written
-    std::uint64_t digest;  // DigestWith of all blocks that have raw bytes, if gDigestsBlocks
-    FileStamp source;      // what the source was before the first read
+    BOOL opened;              // the source could be opened
+    std::uint64_t bytes;      // of the stream, as far as it was written
+    std::uint64_t readBytes;  // of the source
+    std::uint64_t digest;     // DigestWith of all blocks that have raw bytes, if gDigestsBlocks
+    FileStamp source;         // what the source was before the first read
 };
 
 // Packs `source` into the new file `target`. An old target is replaced, or left if it can't be.

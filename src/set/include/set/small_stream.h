@@ -20,6 +20,7 @@ struct SmallStream {
     SmallStreamState state;
     DWORD error;           // why it couldn't be opened
     DWORD bytes;           // of the stream
+    DWORD readBytes;       // of the source
     std::uint64_t digest;  // as in PackedStream
     BYTE pieces[SmallStreamPieces];
 };
