@@ -32,6 +32,7 @@ using window::ListRow;
 using window::WindowState;
 
 constexpr int StepLetters = 8;  // for one step of the horizontal scroll bar, in average letters
+constexpr int CountMargin = 2;  // around the number of selected rows
 
 class Rows final : public QAbstractListModel {
 public:
@@ -185,6 +186,9 @@ public:
           outline_(this)
     {
         count_.hide();
+        count_.setMargin(CountMargin);
+        count_.setBackgroundRole(QPalette::Window);  // otherwise it looks like one more row
+        count_.setAutoFillBackground(true);
         setModel(&rows_);
         setItemDelegate(&delegate_);
         setSelectionModel(&selection_);
@@ -281,7 +285,7 @@ protected:
         resizeContents(allFit ? widest_ : std::max(widest_, requested), contentsSize().height());
         QListView::updateGeometries();
         const QRect rows = viewport()->geometry();
-        count_.setGeometry(rows.left(), rows.bottom() + 1, rows.width(), count_.sizeHint().height());
+        count_.setGeometry(rows.left(), rows.bottom() + 1, rows.width(), viewportMargins().bottom());
     }
 
     // After scrolling, the pointer is over another row.
