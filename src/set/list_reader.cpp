@@ -1,6 +1,7 @@
 #include "set/list_reader.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 
 namespace {
@@ -86,25 +87,22 @@ bool ReadListEntry(ListReader& reader, ListEntry& entry)
     return true;
 }
 
-PeekedEntry PeekListEntry(const ListReader& reader)
+DWORD SkipListEntries(ListReader& reader, const BYTE* stop)
 {
     constexpr DWORD HeadBytes = KindBytes + sizeof(DWORD);
     constexpr DWORD EndBytes = 2 * sizeof(DWORD);
-    const BYTE* const next = reader.buffer + reader.next;
-    const DWORD buffered = reader.filled - reader.next;
-    DWORD length = 0;
-    if (buffered < HeadBytes)
-        return {};
-    std::memcpy(&length, next + KindBytes, sizeof length);
-    if (length == 0 || length > NameChars || buffered < HeadBytes + length * sizeof(WCHAR) + EndBytes)
-        return {};
-    const auto nameBytes = static_cast<DWORD>(length * sizeof(WCHAR));
-    return {next[0], next + HeadBytes, nameBytes, HeadBytes + nameBytes + EndBytes};
-}
-
-void SkipPeekedEntry(ListReader& reader, const PeekedEntry& entry)
-{
-    reader.next += entry.entryBytes;
+    const BYTE* next = reader.buffer + reader.next;
+    DWORD skipped = 0;
+    for (; stop - next >= std::ptrdiff_t{HeadBytes} && *next != ItemKindRegistry; skipped++) {
+        DWORD length = 0;
+        std::memcpy(&length, next + KindBytes, sizeof length);
+        const auto entryBytes = static_cast<std::ptrdiff_t>(HeadBytes + length * sizeof(WCHAR) + EndBytes);
+        if (length == 0 || length > NameChars || stop - next < entryBytes)
+            break;
+        next += entryBytes;
+    }
+    reader.next = static_cast<DWORD>(next - reader.buffer);
+    return skipped;
 }
 
 bool NameIsUsable(const ListEntry& entry)

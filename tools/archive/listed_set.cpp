@@ -51,21 +51,15 @@ bool ListedSet::next(Item& item)
     return true;
 }
 
-// One search in the buffer serves for all entries before the place that it finds.
+// One search in the buffer serves for all entries before the place that it finds. What may match, and what the buffer
+// has only a part of, is read.
 bool ListedSet::nextWith(std::u16string_view part, Item& item)
 {
     const BYTE* const end = reader_->buffer + reader_->filled;
-    const void* hit = nullptr;
-    for (PeekedEntry entry = PeekListEntry(*reader_); entry.entryBytes != 0; entry = PeekListEntry(*reader_)) {
-        if (!hit || hit < entry.name)
-            hit = ::memmem(entry.name, static_cast<std::size_t>(end - entry.name), part.data(),
-                           part.size() * sizeof(char16_t));
-        hit = hit ? hit : end;
-        if (entry.kind == ItemKindRegistry || hit < entry.name + entry.nameBytes)
-            break;
-        SkipPeekedEntry(*reader_, entry);
-        items_++;
-    }
+    const BYTE* const begin = reader_->buffer + reader_->next;
+    const void* const hit =
+        ::memmem(begin, static_cast<std::size_t>(end - begin), part.data(), part.size() * sizeof(char16_t));
+    items_ += SkipListEntries(*reader_, hit ? static_cast<const BYTE*>(hit) : end);
     return next(item);
 }
 

@@ -63,8 +63,10 @@ void endBySignal()
 
 void Progress::begin(const std::string& name)
 {
-    name_ = screen_text::onScreen(std::string_view(name));
     part_++;
+    if (!isShown())
+        return;
+    name_ = screen_text::onScreen(std::string_view(name));
     at(0, 0);
 }
 

@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -38,45 +39,26 @@ std::string withEnding(const std::string& name, std::string_view ending)
     return other;
 }
 
-// The wanted name if the folder has it, otherwise a name in the folder that differs from it only in case.
-std::optional<std::string> nameIn(const fs::path& folder, const std::string& wanted)
+std::u16string folded(const std::string& name)
 {
-    std::error_code error;
-    if (fs::exists(folder / wanted, error))
-        return wanted;
-    std::optional<std::string> found;
-    for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-        const std::string name = entry->path().filename().string();
-        if (isSameWithoutCase(name, wanted) && (!found || name < *found))
-            found = name;
-    }
-    return found;
-}
-
-// A link to a list file is followed, because the user gave its path. In the name space no link is followed.
-std::optional<SetFiles> filesOf(const fs::path& list)
-{
-    const fs::path folder = list.has_parent_path() ? list.parent_path() : fs::path(".");
-    const auto found = nameIn(folder, list.filename().string());
-    if (!found)
-        return std::nullopt;
-    std::error_code error;
-    const fs::path real = fs::canonical(folder / *found, error);
-    if (error || !fs::is_regular_file(real, error) || !isListFile(real.filename().string()))
-        return std::nullopt;
-    const std::string name = real.filename().string();
-    const fs::path home = real.parent_path();
-    const auto beside = [&](std::string_view ending) {
-        const std::string wanted = withEnding(name, ending);
-        return nameIn(home, wanted).value_or(wanted);
-    };
-    return SetFiles{home.string(), name, beside(dataEnding), beside(sumEnding)};
+    std::u16string text = platform::text::fromUtf8(name);
+    std::ranges::transform(text, text.begin(), platform::text::foldCase);
+    return text;
 }
 
 int openFolder(const std::string& path)
 {
     return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
+
+// The other two files lie beside the list.
+SetFiles withList(FolderNames& home, const std::string& listName)
+{
+    const auto beside = [&](std::string_view ending) {
+        const std::string wanted = withEnding(listName, ending);
+        return home.like(wanted).value_or(wanted);
+    };
+    return {home.folder(), listName, beside(dataEnding), beside(sumEnding)};
 }
 
 }  // namespace
@@ -92,13 +74,69 @@ bool isListFile(std::string_view name)
     return endsIn(name, listEnding);
 }
 
+const std::vector<std::string>& FolderNames::sorted()
+{
+    read();
+    return names_;
+}
+
+bool FolderNames::readFailed()
+{
+    read();
+    return readFailed_;
+}
+
+std::optional<std::string> FolderNames::like(const std::string& wanted)
+{
+    std::error_code error;
+    if (fs::exists(fs::path(folder_) / wanted, error))
+        return wanted;
+    read();
+    const auto found = withoutCase_.find(folded(wanted));
+    return found == withoutCase_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void FolderNames::read()
+{
+    if (std::exchange(isRead_, true))
+        return;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder_, error); !error && entry != fs::directory_iterator();
+         entry.increment(error))
+        names_.push_back(entry->path().filename().string());
+    readFailed_ = static_cast<bool>(error);
+    std::ranges::sort(names_);
+    for (const std::string& name : names_)
+        withoutCase_.try_emplace(folded(name), name);
+}
+
 std::optional<SetFiles> findSet(const std::string& argument)
 {
+    const auto listAt = [](const fs::path& path) {
+        FolderNames folder(path.has_parent_path() ? path.parent_path().string() : ".");
+        return findSet(folder, path.filename().string());
+    };
     if (endsIn(argument, listEnding) || endsIn(argument, dataEnding)) {
-        if (auto files = filesOf(withEnding(argument, listEnding)))
+        if (auto files = listAt(withEnding(argument, listEnding)))
             return files;
     }
-    return filesOf(argument + "." + std::string(listEnding));
+    return listAt(argument + "." + std::string(listEnding));
+}
+
+// A link to a list file is followed, because the user gave its path. In the name space no link is followed.
+std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName)
+{
+    const auto found = folder.like(listName);
+    if (!found)
+        return std::nullopt;
+    std::error_code error;
+    const fs::path real = fs::canonical(fs::path(folder.folder()) / *found, error);
+    if (error || !fs::is_regular_file(real, error) || !isListFile(real.filename().string()))
+        return std::nullopt;
+    if (real.parent_path() == folder.folder())
+        return withList(folder, real.filename().string());
+    FolderNames home(real.parent_path().string());
+    return withList(home, real.filename().string());
 }
 
 std::u16string unguessableName()

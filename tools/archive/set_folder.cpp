@@ -17,24 +17,12 @@ namespace fs = std::filesystem;
 constexpr std::string_view FolderOfSets = "QUILBOX";
 constexpr std::size_t MostNamed = 10;  // in a sentence
 
-std::vector<std::string> namesIn(const fs::path& folder, bool& readFailed)
-{
-    std::vector<std::string> names;
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error); !error && entry != fs::directory_iterator();
-         entry.increment(error))
-        names.push_back(entry->path().filename().string());
-    readFailed = static_cast<bool>(error);
-    std::ranges::sort(names);
-    return names;
-}
-
 }  // namespace
 
 SetFolder listsIn(const std::string& folder)
 {
-    SetFolder found{folder, {}};
-    found.lists = namesIn(folder, found.readFailed);
+    FolderNames names(folder);
+    SetFolder found{folder, names.sorted(), names.readFailed()};
     std::erase_if(found.lists, [](const std::string& name) { return !isListFile(name); });
     return found;
 }
@@ -47,7 +35,7 @@ std::optional<SetFolder> findSets(const std::string& argument)
     SetFolder own = listsIn(argument);
     if (!own.lists.empty())
         return own;
-    for (const std::string& name : namesIn(argument, own.readFailed)) {
+    for (const std::string& name : FolderNames(argument).sorted()) {
         if (!isSameWithoutCase(name, FolderOfSets))
             continue;
         if (SetFolder inner = listsIn((fs::path(argument) / name).string()); inner.readFailed || !inner.lists.empty())

@@ -54,8 +54,10 @@ private:
     {
         if (folder.readFailed)
             found_.faults.push_back("this folder couldn't be read to its end: " + onScreen(folder.path));
+        std::error_code error;
+        FolderNames names(fs::canonical(folder.path, error).string());
         for (const std::string& name : folder.lists) {
-            if (const auto set = findSet((fs::path(folder.path) / name).string()))
+            if (const auto set = findSet(names, name))
                 add(*set);
         }
     }

@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <optional>
 
 namespace quillbox_set {
 
@@ -37,35 +38,34 @@ std::u16string longestPlainPart(std::u16string_view pattern)
 
 class Finding {
 public:
-    Finding(const FindOptions& options, std::size_t sets)
-        : options_(options), pattern_(nameFromUser(options.pattern)),
+    Finding(const FindOptions& options, const std::vector<SetFiles>& sets)
+        : options_(options), sets_(sets), dates_(sets), pattern_(nameFromUser(options.pattern)),
           rule_(options.ignoreCase ? platform::text::Case::Ignored : platform::text::Case::Counts),
           part_(options.ignoreCase ? u"" : longestPlainPart(pattern_)),
           isPath_(pattern_.find(u'\\') != std::u16string::npos), words_(options.text, options.ignoreCase),
-          progress_(sets)
+          progress_(sets.size())
     {
     }
 
-    // `date` stays the caller's.
-    void searchSet(const SetFiles& files, const SetDate& date)
+    void searchSet(std::size_t number)
     {
-        path_ = pathOf(files);
-        date_ = &date;
+        number_ = number;
+        path_ = pathOf(sets_[number]);
         progress_.begin(path_);
-        const OpenedSet set(files);
+        const OpenedSet set(sets_[number]);
         if (!set.isOpen())
             return report(set.trouble());
-        const OpenFile data(set.mounted().dataPath, GENERIC_READ, OPEN_EXISTING);
-        if (!data.isOpen() && !words_.isEmpty())
+        std::optional<OpenFile> data;
+        if (!words_.isEmpty() && !data.emplace(set.mounted().dataPath, GENERIC_READ, OPEN_EXISTING).isOpen())
             report("the data file is missing or can't be opened");
         Item item;
         while (set.list().nextWith(part_, item)) {
             if (!matches(item))
                 continue;
-            if (words_.isEmpty())
+            if (!data)
                 print(item, "", nullptr);
-            else if (data.isOpen())
-                searchItem(data, item);
+            else if (data->isOpen())
+                searchItem(*data, item);
         }
         if (set.list().readFailed())
             report("the list file couldn't be read to its end");
@@ -100,12 +100,13 @@ private:
     {
         progress_.clear();
         found_ = true;
+        const SetDate& date = dates_.of(number_);  // only of sets that have something
         if (!options_.json)
             return printResult(false, nullptr,
-                               onScreen(path_) + "  " + date_->textWithDoubt() + "  " + item.text() + where);
-        nlohmann::ordered_json line = {{"set", jsonText(path_)}, {"date", date_->text()}};
-        if (!date_->doubt().empty())
-            line["doubt"] = date_->doubt();
+                               onScreen(path_) + "  " + date.textWithDoubt() + "  " + item.text() + where);
+        nlohmann::ordered_json line = {{"set", jsonText(path_)}, {"date", date.text()}};
+        if (!date.doubt().empty())
+            line["doubt"] = date.doubt();
         line["kind"] = item.kindText();
         line["item"] = platform::text::toUtf8(item.shownName());
         if (!inside.is_null())
@@ -121,14 +122,16 @@ private:
     }
 
     const FindOptions& options_;
+    const std::vector<SetFiles>& sets_;
+    SetDates dates_;
     std::u16string pattern_;
     platform::text::Case rule_;
     std::u16string part_;  // characters that are in each name that matches
     bool isPath_;
     Words words_;
     Progress progress_;
-    std::string path_;  // of the current set
-    const SetDate* date_ = nullptr;
+    std::size_t number_ = 0;  // of the current set
+    std::string path_;
     bool found_ = false;
     bool failed_ = false;
 };
@@ -138,10 +141,9 @@ private:
 int findItems(const FoundSets& found, const FindOptions& options)
 {
     const int code = reportFaults(found);
-    SetDates dates(found.sets);
-    Finding finding(options, found.sets.size());
+    Finding finding(options, found.sets);
     for (std::size_t at = 0; at < found.sets.size(); at++)
-        finding.searchSet(found.sets[at], dates.of(at));
+        finding.searchSet(at);
     return std::max(code, finding.exitCode());
 }
 

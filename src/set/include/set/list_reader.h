@@ -44,16 +44,10 @@ DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars]);
 // Reads the next entry, also a damaged one. False at the end.
 bool ReadListEntry(ListReader& reader, ListEntry& entry);
 
-// The next entry, without copying it. Only if the buffer has all of it and its name has 1 to 260 characters; otherwise
-// `entryBytes` is 0, and ReadListEntry reads it.
-struct PeekedEntry {
-    BYTE kind = 0;
-    const BYTE* name = nullptr;  // unaligned, in the buffer
-    DWORD nameBytes = 0;         // with the NUL
-    DWORD entryBytes = 0;
-};
-PeekedEntry PeekListEntry(const ListReader& reader);
-void SkipPeekedEntry(ListReader& reader, const PeekedEntry& entry);
+// Skips the next entries without copying them, as long as they lie wholly before `stop` in the buffer. Stops at the
+// registry and at an entry whose name has not 1 to 260 characters, which ReadListEntry reads. Returns how many it
+// skipped.
+DWORD SkipListEntries(ListReader& reader, const BYTE* stop);
 
 // Whether the entry's name can be used. The registry's always can, since it has no meaning. Any other must have a NUL
 // and at most 260 characters, unless it is cut by the end of the file.

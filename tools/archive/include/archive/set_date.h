@@ -39,8 +39,8 @@ struct SetDate {
     std::string textWithDoubt() const;
 };
 
-// The dates of several sets. The comment of a set is read when its date, or one that it decides, is asked for. No set
-// may be open then. A set that can't be read has the time of its file.
+// The dates of several sets. The comment of a set is read when its date, or one that it decides, is asked for. A set
+// that can't be read has the time of its file.
 class SetDates {
 public:
     explicit SetDates(std::vector<SetFiles> sets);

@@ -6,6 +6,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace archive {
 
@@ -25,10 +28,34 @@ bool isSameWithoutCase(std::string_view left, std::string_view right);
 // True if the name has the extension of a list file, in capitals or small letters.
 bool isListFile(std::string_view name);
 
+// The names in a folder of the host. They are read once, when they are first needed.
+class FolderNames {
+public:
+    explicit FolderNames(std::string folder) : folder_(std::move(folder)) {}
+
+    const std::string& folder() const { return folder_; }
+    const std::vector<std::string>& sorted();
+    // The folder may have more names.
+    [[nodiscard]] bool readFailed();
+    // The wanted name if the folder has it, otherwise the first one that differs from it only in case.
+    std::optional<std::string> like(const std::string& wanted);
+
+private:
+    void read();
+
+    std::string folder_;
+    bool isRead_ = false;
+    bool readFailed_ = false;
+    std::vector<std::string> names_;
+    std::unordered_map<std::u16string, std::string> withoutCase_;
+};
+
 // `argument` is the path of a list file or of a data file, or that path without the extension. If there is no file of
 // this name, a file is taken whose name differs only in case, because the names on a card are in capitals or in small
 // letters, depending on how it is mounted. Nothing if there is no list file.
 std::optional<SetFiles> findSet(const std::string& argument);
+// The set of this list file in the folder. The folder is read at most once for all its sets.
+std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName);
 
 // A new name in the root. A hostile set can't contain it, because it can't be guessed.
 std::u16string unguessableName();
