@@ -70,26 +70,40 @@ BackupRequest requestOf(const BackupOptions& options, const Session& session)
             .verifies = options.verifies};
 }
 
-int endBackup(const Session& session, DWORD number)
+Rotation rotated(const Session& session, const BackupOptions& options, DWORD number, bool complete)
+{
+    if (options.keep.areEmpty() || number == 0)
+        return {};
+    if (complete)
+        return rotateSets(session, kernel::runProgress().listPath, options.keep);
+    (void)tell("No old set was removed, because the new one isn't complete.", ExitLeftOut);
+    return {};
+}
+
+int endBackup(const Session& session, const BackupOptions& options, DWORD number)
 {
     const kernel::RunProgress run = kernel::runProgress();
     const auto set = number != 0 ? SummaryOfSet(run.listPath.c_str()) : std::nullopt;
     const bool stopped = leftItemsUnreached() || (number == 0 && JobIsToStop());
-    const RunEnd end = stopped ? RunEnd::Stopped : number == 0 ? RunEnd::MadeNothing : RunEnd::Over;
     if (!set)
-        return endRun(session.command, end, stopped ? "Stopped before a set was made." : "No set was made.",
-                      {{"set", nullptr}});
+        return endRun(session.command, stopped ? RunEnd::Stopped : RunEnd::MadeNothing,
+                      stopped ? "Stopped before a set was made." : "No set was made.", {{"set", nullptr}});
     const std::string list = session.hostPath(set->listPath);
     const bool complete = !stopped && whatWasLeftOut(kernel::Since::Start).empty();
+    const Rotation rotation = rotated(session, options, number, complete);
+    const RunEnd end = stopped ? RunEnd::Stopped : rotation.isWhole ? RunEnd::Over : RunEnd::LeftOut;
+    const std::size_t gone = rotation.removed.size();
     const std::string begin = stopped ? "Stopped. Set " : "Set ";
     const std::string state = complete ? " is complete: " : stopped ? " has " : " isn't complete. It has ";
     return endRun(session.command, end,
                   begin + std::to_string(number) + state + itemsText(set->items) + ", " + sizeText(set->bytes) +
-                      " in " + quoted(fs::path(list)) + ".",
+                      " in " + quoted(fs::path(list)) + "." +
+                      (gone != 0 ? " Removed " + counted(gone, "old set") + "." : ""),
                   {{"set", {{"number", number}, {"list", text::toUtf8(set->listPath)}, {"path", list}}},
                    {"items", itemsJson(set->items)},
                    {"bytes", run.bytesDone},
                    {"storedBytes", set->bytes},
+                   {"removed", rotation.removed},
                    {"seconds", secondsOfRun()}});
 }
 
@@ -100,7 +114,7 @@ int runBackup(const Session& session, const BackupOptions& options)
     const BackupRequest request = requestOf(options, session);
     const RunPlan plan = PrepareBackup(request);
     if (JobIsToStop())
-        return endBackup(session, 0);
+        return endBackup(session, options, 0);
     if (plan.refused)
         return endRefused(session.command, text::toUtf8(plan.sentence), ExitNothingDone);
     if (options.dryRun)
@@ -114,7 +128,7 @@ int runBackup(const Session& session, const BackupOptions& options)
     }
     if (number != 0 && !options.leavesUnsealed && !JobIsToStop())
         sealNewSet(session, kernel::runProgress().listPath);
-    return endBackup(session, number);
+    return endBackup(session, options, number);
 }
 
 }  // namespace platform::device

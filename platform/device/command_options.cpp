@@ -1,5 +1,7 @@
 #include "command_options.h"
 
+#include "archive/keep_options.h"
+
 #include <CLI/CLI.hpp>
 
 #include <map>
@@ -45,7 +47,10 @@ CLI::App* addBackup(CLI::App& app, BackupOptions& options)
     command->add_flag("--verify", options.verifies, "Reads the set back and compares it with what was read");
     command->add_flag("--no-seal", options.leavesUnsealed, "Writes no checksums beside the set");
     command->add_flag("--dry-run", options.dryRun, "Says what would be stored and whether there is room");
-    command->footer("The filter of the window hides files in the tree only. It leaves nothing out of a backup.");
+    archive::addKeepOptions(*command, options.keep);
+    command->footer(
+        "After a complete backup the --keep options remove the sets of the storage that none of them keeps.\n"
+        "The filter of the window hides files in the tree only. It leaves nothing out of a backup.");
     return command;
 }
 

@@ -1,6 +1,8 @@
 // command_options.h - the commands of quillbox, which run without a window, and their options.
 #pragma once
 
+#include "archive/keep_rules.h"
+
 #include <chrono>
 #include <optional>
 #include <string>
@@ -27,6 +29,7 @@ struct BackupOptions {
     bool leavesUnsealed = false;
     bool verifies = false;
     bool dryRun = false;
+    archive::KeepRules keep;
 };
 
 enum class WithExisting { Unsaid, Replace, Skip };

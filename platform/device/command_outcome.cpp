@@ -104,7 +104,9 @@ int endRefused(const Command& command, const std::string& reason, int exitCode)
 int endRun(const Command& command, RunEnd end, const std::string& sentence, const Json& facts)
 {
     int exitCode = tellLeftOut(ExitComplete);
-    if (end != RunEnd::Over)
+    if (end == RunEnd::LeftOut)
+        exitCode = ExitLeftOut;
+    else if (end != RunEnd::Over)
         exitCode = end == RunEnd::Stopped ? ExitStopped : ExitNothingDone;
     if (command.json) {
         Json all = {{"outcome", wordFor(exitCode)}, {"exitCode", exitCode}};

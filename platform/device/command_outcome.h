@@ -16,7 +16,8 @@ namespace platform::device {
 [[nodiscard]] nlohmann::ordered_json itemsJson(const ItemCounts& items);
 
 // How a run ended, apart from what it has reported.
-enum class RunEnd { Over, MadeNothing, Stopped };
+// LeftOut: something that isn't an item of the run has failed.
+enum class RunEnd { Over, LeftOut, MadeNothing, Stopped };
 
 // Whether a run has left items out because it was stopped.
 [[nodiscard]] bool leftItemsUnreached();

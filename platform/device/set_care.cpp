@@ -1,8 +1,14 @@
 #include "set_care.h"
 
+#include "exit_codes.h"
+#include "refusal.h"
+#include "telling.h"
+
 #include "archive/long_work.h"
 #include "archive/opened_set.h"
+#include "archive/rotation.h"
 #include "archive/seal.h"
+#include "archive/set_search.h"
 
 #include "ce/error.h"
 #include "ce/outcome.h"
@@ -36,6 +42,40 @@ void sealNewSet(const Session& session, const std::u16string& listPath)
     } catch (const archive::Stopped&) {
         ReportItem(OutcomeNotReached, OutcomeFile, (*set).sumPath.c_str(), ERROR_SUCCESS);
     }
+}
+
+Rotation rotateSets(const Session& session, const std::u16string& listPath, const archive::KeepRules& rules)
+{
+    Rotation rotation;
+    const auto failed = [&](const std::string& sentence) {
+        (void)tell(sentence, ExitLeftOut);
+        rotation.isWhole = false;
+    };
+    const std::u16string folder = listPath.substr(0, listPath.rfind(u'\\'));
+    const std::string made = std::filesystem::canonical(session.hostPath(listPath)).string();
+    try {
+        const archive::FoundSets found = archive::searchShownFolder(session.hostPath(folder), folder);
+        for (const std::string& fault : found.faults)
+            failed("No old set was removed, because " + fault + ".");
+        if (!rotation.isWhole)
+            return rotation;
+        archive::Progress progress(session.showsProgress() ? found.sets.size() : 0);
+        for (const archive::JudgedSet& set : archive::judgeSets(found.sets, rules, progress)) {
+            const std::string path = archive::pathOf(set.files);
+            if (!set.isSound)
+                failed("The old set " + quoted(std::filesystem::path(path)) + " stays, because it is " + set.reason +
+                       ".");
+            if (!set.isToGo() || path == made)
+                continue;
+            if (const std::string failure = archive::removeSet(set.files); failure.empty())
+                rotation.removed.push_back(path);
+            else
+                failed("The old set " + quoted(std::filesystem::path(path)) + " can't be removed: " + failure + ".");
+        }
+    } catch (const archive::Stopped&) {
+        failed("The run was stopped before all old sets were removed.");
+    }
+    return rotation;
 }
 
 }  // namespace platform::device

@@ -106,6 +106,38 @@ class BackupTest(CommandTest):
         self.assertEqual([name for name in os.listdir(self.sets) if name.endswith(".part")], [])
 
 
+class RotationTest(CommandTest):
+    def old_set(self, number, day):
+        comment = f"Backup date:{day:02}/03/2026 (03:00)\r\nComments:\r\n"
+        return independent_set.Set(comment).add(independent_set.FILE, "\\x", b"x").write(self.sets, number)
+
+    def numbers(self):
+        return sorted(int(path.stem[-2:]) for path in self.sets.glob("*.QLT"))
+
+    def test_a_complete_backup_removes_the_sets_that_no_rule_keeps(self):
+        self.fill()
+        for number, day in ((1, 20), (2, 21), (3, 21), (4, 22)):
+            self.old_set(number, day)
+        found = self.result("backup", "--to", "Card", "--keep-daily", "3")
+        self.assertEqual(self.numbers(), [3, 4, 5])
+        self.assertEqual(found["removed"], [str(self.sets / f"QLBX000{number}.QLT") for number in (2, 1)])
+        self.assertEqual(sorted(path.name for path in self.sets.glob("*000[12]*")), [])
+        self.assertIn("Removed 2 old sets.", self.command("backup", "--to", "Card", "--keep-last", "2").text)
+        self.assertEqual(self.numbers(), [1, 5])
+
+    def test_what_is_incomplete_or_damaged_removes_nothing_sound(self):
+        self.fill()
+        for number in (1, 2, 3):
+            self.old_set(number, 20 + number)
+        (self.sets / "QLBX0002.QDT").write_bytes(b"QBX")
+        with open(self.store / "a", "ab"):
+            self.assertIn("No old set was removed", self.command("backup", "--to", "Card", "--files", "--keep-last", "1", code=4).said)
+        self.assertEqual(self.numbers(), [1, 2, 3, 4])
+        said = self.command("backup", "--to", "Card", "--keep-last", "2", code=4).said
+        self.assertRegex(said, r'The old set ".*QLBX0002\.QLT" stays, because it is damaged')
+        self.assertEqual(self.numbers(), [2, 4, 5])
+
+
 class RestoreTest(CommandTest):
     def setUp(self):
         super().setUp()
