@@ -6,6 +6,9 @@
 
 #include "ce/personal_databases.h"
 
+#include "database_formats/format_fault.h"
+
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
@@ -101,16 +104,27 @@ std::optional<FILETIME> localTime(const Moment& moment, const std::string& zoneN
     return fileTimeOf(moment);
 }
 
-// The moment in the line. Nothing for a moment before 1601, which is counted as left out. Throws a FormatFault.
+// What `read` gives for the value of the line, without blanks around it. Nothing for a value that `read` refuses.
+template <class Read>
+auto valueOf(const ContentLine& line, Read read) -> std::optional<decltype(read(std::string_view()))>
+{
+    try {
+        return read(trimmed(line.value));
+    } catch (const FormatFault&) {
+        return std::nullopt;
+    }
+}
+
+// The moment in the line. Nothing for one that doesn't exist or is before 1601, which is counted as left out.
 std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ItemFields& fields)
 {
-    const Moment moment = atLine(line, [&] { return momentFrom(line.value); });
-    const auto local = localTime(moment, std::string(line.parameter("TZID")), fields);
+    const auto moment = valueOf(line, momentFrom);
+    const auto local = moment ? localTime(*moment, std::string(line.parameter("TZID")), fields) : std::nullopt;
     if (!local) {
         fields.leaveOut(line.name);
         return std::nullopt;
     }
-    return CalendarTime{*local, moment, !moment.hasTime};
+    return CalendarTime{*local, *moment, !moment->hasTime};
 }
 
 // The length of the appointment in minutes.
@@ -120,7 +134,7 @@ LONG takeMinutes(ItemFields& fields, const CalendarTime* start)
     const ContentLine* duration = fields.take("DURATION");
     std::int64_t seconds = start != nullptr && start->dateOnly ? 86400 : 0;
     if (duration != nullptr)
-        seconds = atLine(*duration, [&] { return durationFrom(duration->value); });
+        seconds = valueOf(*duration, durationFrom).value_or(-1);
     else if (end != nullptr && start != nullptr) {
         const auto time = calendarTimeFrom(*end, fields);
         seconds = time ? static_cast<std::int64_t>(stepsOf(time->local) - stepsOf(start->local)) / StepsOfSecond : 0;
@@ -130,6 +144,10 @@ LONG takeMinutes(ItemFields& fields, const CalendarTime* start)
         fields.leaveOut(duration != nullptr ? "DURATION" : "DTEND");
         return 0;
     }
+    if (end != nullptr && (start == nullptr || duration != nullptr))
+        fields.leaveOut("DTEND");
+    if (seconds % 60 != 0)
+        fields.leaveOut(duration != nullptr ? "DURATION (seconds)" : "DTEND (seconds)");
     return static_cast<LONG>(minutes);
 }
 
@@ -143,7 +161,7 @@ std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTi
         if (time && start != nullptr)
             before = static_cast<std::int64_t>(stepsOf(start->local) - stepsOf(time->local)) / StepsOfSecond;
     } else if (inCapitals(trigger.parameter("RELATED")) != "END") {
-        before = -atLine(trigger, [&] { return durationFrom(trigger.value); });
+        before = -valueOf(trigger, durationFrom).value_or(0);
     }
     const bool fits = before > 0 && before % 60 == 0 && before / 60 <= std::numeric_limits<USHORT>::max();
     return fits ? std::optional(static_cast<USHORT>(before / 60)) : std::nullopt;
@@ -155,11 +173,26 @@ std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* star
     for (const ContentLine& line : alarm.lines) {
         if (line.name != "TRIGGER")
             continue;
-        requireText(line);
-        if (const auto minutes = minutesBefore(line, start, fields))
+        if (const auto minutes = line.fault.empty() ? minutesBefore(line, start, fields) : std::nullopt)
             return minutes;
     }
     return std::nullopt;
+}
+
+// Counts what an alarm has besides its time, such as a sound or a text of its own.
+void leaveAlarm(const Component& alarm, const Component& event, ItemFields& fields)
+{
+    const auto isUsual = [&](const ContentLine& line) {
+        const bool repeatsSubject =
+            line.name == "DESCRIPTION" && std::ranges::any_of(event.lines, [&](const auto& own) {
+                return own.name == "SUMMARY" && own.value == line.value;
+            });
+        return line.name == "TRIGGER" || line.name == "UID" || repeatsSubject ||
+               (line.name == "ACTION" && inCapitals(trimmed(line.value)) == "DISPLAY");
+    };
+    for (const ContentLine& line : alarm.lines)
+        if (!line.value.empty() && !isUsual(line))
+            fields.leaveOut("VALARM " + line.name);
 }
 
 // The minutes of the first alarm that an appointment can hold. All other parts are counted as left out.
@@ -168,9 +201,10 @@ USHORT takeReminder(const Component& event, ItemFields& fields, const CalendarTi
     std::optional<USHORT> reminder;
     for (const Component& part : event.parts) {
         const auto minutes = part.name == "VALARM" && !reminder ? minutesOf(part, start, fields) : std::nullopt;
-        if (minutes)
+        if (minutes) {
             reminder = minutes;
-        else
+            leaveAlarm(part, event, fields);
+        } else
             fields.leaveOut(part.name);
     }
     return reminder.value_or(0);
@@ -198,11 +232,11 @@ std::optional<CalendarTime> takeTime(ItemFields& fields, std::string_view name)
 }
 
 // iCalendar has the priorities 1 (highest) to 9 and 0 for none. A task has 1 (high), 2 (normal) and 3 (low).
-SHORT priorityFrom(const ContentLine& line)
+SHORT priorityFrom(std::string_view value)
 {
     int number = -1;
-    const char* const end = line.value.data() + line.value.size();
-    if (std::from_chars(line.value.data(), end, number).ptr != end || number < 0 || number > 9)
+    const char* const end = value.data() + value.size();
+    if (std::from_chars(value.data(), end, number).ptr != end || number < 0 || number > 9)
         throw FormatFault("a priority isn't a number from 0 to 9");
     return number == 0 ? SHORT{0} : number < 5 ? SHORT{1} : number == 5 ? SHORT{2} : SHORT{3};
 }
@@ -210,9 +244,11 @@ SHORT priorityFrom(const ContentLine& line)
 void takePriority(ComponentFields& fields, Record& task)
 {
     const ContentLine* line = fields.take("PRIORITY");
-    const SHORT priority = line != nullptr ? atLine(*line, [&] { return priorityFrom(*line); }) : SHORT{0};
-    if (priority != 0)
-        task.add(Priority, 0, {.iVal = priority});
+    const auto priority = line != nullptr ? valueOf(*line, priorityFrom) : SHORT{0};
+    if (!priority)
+        fields.leaveOut("PRIORITY");
+    else if (*priority != 0)
+        task.add(Priority, 0, {.iVal = *priority});
 }
 
 SHORT takeDone(ComponentFields& fields)

@@ -28,7 +28,9 @@ public:
 
 namespace {
 
-constexpr std::size_t MostRules = 2000;
+// Bound the time that a hostile calendar takes. libical goes through the changes of all years since a rule began.
+constexpr std::size_t MostRules = 500;
+constexpr std::size_t MostZones = 1000;
 constexpr std::int64_t SecondsOfDay = 86400;
 
 class HostZone final : public Zone {
@@ -139,7 +141,8 @@ bool isYearly(const std::string& rule)
                                                "BYSECOND", "BYSETPOS", "UNTIL",   "COUNT", "WKST"};
         const bool single =
             part.find(',') == std::string_view::npos && std::ranges::find(Single, name) != std::end(Single);
-        if (!single && !(name == "BYMONTHDAY" && std::ranges::count(part, ',') <= 6))
+        if (!single &&
+            !(name == "BYMONTHDAY" && std::ranges::count(part, ',') <= 6 && rule.find("BYDAY=") != std::string::npos))
             return false;
         yearly = yearly || part == "FREQ=YEARLY";
     }
@@ -155,11 +158,22 @@ std::optional<std::size_t> rulesOf(const Component& definition)
         for (const ContentLine& line : observance.lines) {
             if (line.name == "RRULE" && !isYearly(inCapitals(line.value)))
                 return std::nullopt;
+            const auto commas = static_cast<std::size_t>(std::ranges::count(line.value, ','));
             if (line.name == "RRULE" || line.name == "RDATE")
-                rules += 1 + static_cast<std::size_t>(std::ranges::count(line.value, ',')) / 100;
+                rules += line.name == "RRULE" ? commas : commas / 100;
         }
     }
     return rules;
+}
+
+// The host's zone of this name, or of this name in Windows. Empty if there is none.
+QByteArray knownZone(std::string_view name)
+{
+    const std::string_view host = hostZoneIn(name);
+    const auto bytes = [](std::string_view text) {
+        return QByteArray(text.data(), static_cast<qsizetype>(text.size()));
+    };
+    return host.empty() ? QTimeZone::windowsIdToDefaultIanaId(bytes(name)) : bytes(host);
 }
 
 std::string nameOf(const Component& definition)
@@ -176,6 +190,8 @@ CalendarZones::~CalendarZones() = default;
 bool CalendarZones::define(const Component& definition)
 {
     const std::string name = nameOf(definition);
+    if (definitions_.size() < MostZones && !knownZone(name).isEmpty())
+        return true;
     const auto rules = rulesOf(definition);
     if (name.empty() || !rules || *rules == 0 || rules_ + *rules > MostRules)
         return false;
@@ -188,20 +204,15 @@ bool CalendarZones::define(const Component& definition)
 
 const Zone* CalendarZones::named(const std::string& name) const
 {
-    const auto [zone, isNew] = zones_.try_emplace(name);
-    if (isNew)
-        zone->second = madeZone(name);
-    return zone->second.get();
+    if (const auto known = zones_.find(name); known != zones_.end())
+        return known->second.get();
+    return zones_.size() < MostZones ? zones_.emplace(name, madeZone(name)).first->second.get() : nullptr;
 }
 
 std::unique_ptr<Zone> CalendarZones::madeZone(const std::string& name) const
 {
-    if (const std::string_view host = hostZoneIn(name); !host.empty())
-        return std::make_unique<HostZone>(QByteArray(host.data(), static_cast<qsizetype>(host.size())));
-    const QByteArray windows =
-        QTimeZone::windowsIdToDefaultIanaId(QByteArray(name.data(), static_cast<qsizetype>(name.size())));
-    if (!windows.isEmpty())
-        return std::make_unique<HostZone>(windows);
+    if (const QByteArray known = knownZone(name); !known.isEmpty())
+        return std::make_unique<HostZone>(known);
     const auto defined = definitions_.find(name);
     return defined != definitions_.end() ? std::make_unique<DefinedZone>(defined->second) : nullptr;
 }
@@ -212,13 +223,17 @@ std::optional<FILETIME> localTimeOf(const Moment& moment)
 }
 
 // A moment that occurs twice is the first one. A moment that a change of the offset skips has the offset before it.
+// The calendar repeats every 400 years, and the libraries take a time that grows with the year.
 std::optional<FILETIME> localTimeOf(const Moment& moment, const Zone& zone)
 {
-    const std::int64_t seconds = secondsOf(moment);
+    constexpr std::int64_t SecondsOfCycle = 146'097 * SecondsOfDay;
+    const std::int64_t cycles = std::max(0, (moment.year - 2000) / 400);
+    const std::int64_t seconds = secondsOf(moment) - cycles * SecondsOfCycle;
     const std::int64_t before = zone.offsetAt(seconds - SecondsOfDay);
     const std::int64_t after = zone.offsetAt(seconds + SecondsOfDay);
-    const bool isAfter = zone.offsetAt(seconds - before) != before && zone.offsetAt(seconds - after) == after;
-    return localTimeAt(seconds - (isAfter ? after : before), moment.steps);
+    const bool isAfter =
+        before != after && zone.offsetAt(seconds - before) != before && zone.offsetAt(seconds - after) == after;
+    return localTimeAt(seconds - (isAfter ? after : before) + cycles * SecondsOfCycle, moment.steps);
 }
 
 }  // namespace database_formats

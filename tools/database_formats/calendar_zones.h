@@ -32,10 +32,11 @@ public:
     ~CalendarZones();
 
     // Adds the zone that a VTIMEZONE defines. False for one that isn't used: it has no name, its rules are damaged or
-    // aren't yearly, or the zones of the calendar have more than 2000 rules.
+    // aren't yearly, or the zones of the calendar have more than 500 rules. The definition of a known zone isn't
+    // needed and counts as used.
     bool define(const Component& definition);
 
-    // Nothing if no zone has this name.
+    // Null if no zone has this name, and for a name after the first thousand.
     const Zone* named(const std::string& name) const;
 
 private:

@@ -3,6 +3,8 @@
 #include "database_formats/format_fault.h"
 #include "line_decoding.h"
 
+#include <algorithm>
+
 namespace database_formats {
 
 namespace {
@@ -20,12 +22,6 @@ std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
 {
     const std::size_t last = text.substr(lineBegin).find_last_not_of(" \t");
     return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
-}
-
-std::string trimmed(const std::string& value)
-{
-    const std::size_t begin = value.find_first_not_of(" \t");
-    return begin == std::string::npos ? "" : value.substr(begin, value.find_last_not_of(" \t") + 1 - begin);
 }
 
 }  // namespace
@@ -52,7 +48,7 @@ std::optional<Component> ComponentReader::next()
         const auto line = nextLine();
         if (!line) {
             if (inContainer_)
-                refuse("the file ends before END:VCALENDAR", lines_.number());
+                refuse("the file ends before END:VCALENDAR", number_);
             return std::nullopt;
         }
         const std::string name = inCapitals(line->value);
@@ -64,6 +60,10 @@ std::optional<Component> ComponentReader::next()
             Component component{name, {}, {}, line->number};
             fill(component, 1);
             return component;
+        } else if (inContainer_ && line->name != "BEGIN" && line->name != "END") {
+            containerLines_.push_back(std::move(*line));
+            if (containerLines_.size() > MostLinesAndParameters)
+                refuse("the calendar has too many lines of its own", number_);
         } else if (!inContainer_ || line->name == "BEGIN" || line->name == "END") {
             refuse(container_.empty() ? "this isn't a card: it doesn't begin with BEGIN:VCARD"
                                       : "this isn't a calendar: it doesn't begin with BEGIN:VCALENDAR",
@@ -106,10 +106,16 @@ std::optional<ContentLine> ComponentReader::nextLine()
             ContentLine line = contentLineFrom(logical_, logicalNumber_);
             decode(line);
             if (line.name == "BEGIN" || line.name == "END" || line.name == "VERSION")
-                line.value = trimmed(line.value);
+                line.value = std::string(trimmed(line.value));
             return line;
         } catch (const FormatFault& fault) {
-            refuse(fault.what(), logicalNumber_);
+            return ContentLine{logical_.substr(0, logical_.find_first_of(":;")),
+                               {},
+                               logical_,
+                               logicalNumber_,
+                               fault.what(),
+                               false,
+                               true};
         }
     }
     return std::nullopt;
@@ -122,7 +128,7 @@ bool ComponentReader::readLogical()
     if (!readPhysical())
         return false;
     logical_ = std::move(physical_);
-    logicalNumber_ = lines_.number();
+    logicalNumber_ = number_;
     hasPhysical_ = false;
     if (logicalNumber_ == 1 && logical_.starts_with(ByteOrderMark))
         logical_.erase(0, ByteOrderMark.size());
@@ -149,13 +155,19 @@ bool ComponentReader::readPhysical()
 {
     if (hasPhysical_)
         return true;
-    if (!lines_.next(physical_, LongestRecord - bytes_))
-        return false;
-    bytes_ += physical_.size();
-    if (physical_.ends_with('\r'))
-        physical_.pop_back();
-    if (physical_.find('\r') != std::string::npos || physical_.find('\0') != std::string::npos)
-        refuse("there is a NUL or a CR alone in the line", lines_.number());
+    if (readUsed_ >= read_.size()) {
+        if (!lines_.next(read_, LongestRecord - bytes_))
+            return false;
+        bytes_ += read_.size();
+        read_.erase(read_.find_last_not_of('\r') + 1);
+        readUsed_ = 0;
+    }
+    const std::size_t end = std::min(read_.find('\r', readUsed_), read_.size());
+    physical_.assign(read_, readUsed_, end - readUsed_);
+    readUsed_ = end + 1;
+    ++number_;
+    if (physical_.find('\0') != std::string::npos)
+        refuse("there is a NUL in the line", number_);
     hasPhysical_ = true;
     return true;
 }

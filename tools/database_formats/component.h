@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace database_formats {
@@ -31,8 +32,13 @@ public:
 
     // The next component, or nothing at the end of the file. Folded lines are joined. Quoted-printable, BASE64 and
     // character sets are decoded. If a line can't be decoded, its `fault` says why, so it matters only to callers that
-    // need the line. Throws a FormatFault for a damaged file, and for a component that is nested too deep or too large.
+    // need the line. What isn't a line at all is one whose name is its beginning, with a `fault`. Lines end with LF,
+    // CR, CR LF or CR CR LF. Throws a FormatFault for a damaged file, and for a component that is nested too deep or
+    // too large.
     std::optional<Component> next();
+
+    // The lines of the container itself that next() has read since the last call.
+    std::vector<ContentLine> takeContainerLines() { return std::exchange(containerLines_, {}); }
 
 private:
     bool readLogical();
@@ -43,7 +49,11 @@ private:
 
     LineReader& lines_;
     std::string container_;
-    std::string physical_;  // read ahead, because it can continue the line before it
+    std::vector<ContentLine> containerLines_;
+    std::string read_;          // the last line up to its LF, which can consist of several lines that end with CR
+    std::size_t readUsed_ = 0;  // number of its bytes that physical_ has had
+    std::size_t number_ = 0;    // of the line in physical_
+    std::string physical_;      // read ahead, because it can continue the line before it
     bool hasPhysical_ = false;
     std::string logical_;
     std::size_t logicalNumber_ = 0;

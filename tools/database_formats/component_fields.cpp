@@ -46,7 +46,7 @@ const ContentLine* ComponentFields::take(std::string_view name, std::string_view
     for (const ContentLine& line : component_.lines) {
         if (line.name != name || isEmpty(line))
             continue;
-        if (line.binary) {
+        if (line.leftOut) {
             leftOut_.add(name);
             continue;
         }
@@ -76,7 +76,7 @@ void ComponentFields::takeCategories(Record& record)
     for (const ContentLine& line : component_.lines) {
         if (line.name != "CATEGORIES")
             continue;
-        if (line.binary) {
+        if (line.leftOut) {
             leftOut_.add(line.name);
         } else if (!isEmpty(line)) {
             use(line);

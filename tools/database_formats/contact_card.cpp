@@ -25,7 +25,7 @@ constexpr std::size_t MostParts = 8;
 constexpr std::string_view NotForCalls[] = {"FAX", "PAGER", "MODEM", "BBS"};
 
 // Lines about the card, not about the contact.
-constexpr std::string_view Ignored[] = {"VERSION", "PRODID", "REV", "UID"};
+constexpr std::string_view Ignored[] = {"VERSION", "PRODID", "REV", "UID", "X-ABSHOWAS"};
 
 void addName(Component& card, const std::string& last, const std::string& first,
              std::initializer_list<std::string> others)
@@ -105,7 +105,8 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
     const std::string text = shown != nullptr ? unescaped(shown->value) : std::string();
     const bool repeats =
         shown != nullptr && std::ranges::any_of(card.lines, [&](const ContentLine& line) {
-            return (line.name == "ORG" || line.name == "TEL" || line.name == "EMAIL") && line.value == shown->value;
+            return (line.name == "ORG" && partsOf(line.value, ';', MostParts).front() == shown->value) ||
+                   ((line.name == "TEL" || line.name == "EMAIL") && line.value == shown->value);
         });
     const bool hasName = !last.empty() || !first.empty();
     if (!hasName && !repeats)
@@ -114,6 +115,18 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
         fields.leaveOut("FN");
     addText(contact, LastName, last);
     addText(contact, FirstName, first);
+}
+
+// A contact has only a telephone at home, so the type of another one is lost.
+void takeTelephone(ComponentFields& fields, Record& contact)
+{
+    const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls);
+    if (telephone == nullptr)
+        return;
+    addText(contact, HomeTelephone, withoutScheme(unescaped(telephone->value)));
+    for (const std::string_view type : {"CELL", "WORK", "FAX", "PAGER", "MODEM", "BBS", "CAR", "VIDEO"})
+        if (telephone->hasType(type) && (!telephone->hasType("HOME") || type == "FAX"))
+            fields.leaveOut("TEL (" + std::string(type) + ", imported as home)");
 }
 
 // The date without its time zone, because a birthday is the same day in every zone. Nothing for a date without a year,
@@ -125,7 +138,7 @@ std::optional<FILETIME> birthdayIn(const ContentLine& line)
     if (inCapitals(line.parameter("VALUE")) == "TEXT" || (!noYear.empty() && line.value.starts_with(noYear)))
         return std::nullopt;
     try {
-        return fileTimeOf(momentFrom(line.value));
+        return fileTimeOf(momentFrom(trimmed(line.value)));
     } catch (const FormatFault&) {
         return std::nullopt;
     }
@@ -174,8 +187,7 @@ Record contactFrom(const Component& card, LeftOut& leftOut)
     addText(contact, Company, organisation.take(0));
     if (organisation.hasMore())
         fields.leaveOut("ORG");
-    if (const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls))
-        addText(contact, HomeTelephone, withoutScheme(unescaped(telephone->value)));
+    takeTelephone(fields, contact);
     if (const ContentLine* mail = fields.take("EMAIL"))
         addText(contact, Mail, withoutScheme(unescaped(mail->value)));
     StructuredValue address(fields.take("ADR", "HOME"));

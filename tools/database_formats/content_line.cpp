@@ -161,6 +161,12 @@ void requireText(const ContentLine& line)
     throw fault;
 }
 
+std::string_view trimmed(std::string_view value)
+{
+    value.remove_prefix(std::min(value.find_first_not_of(" \t"), value.size()));
+    return value.substr(0, value.find_last_not_of(" \t") + 1);
+}
+
 std::string inCapitals(std::string_view text)
 {
     std::string capitals(text);

@@ -22,7 +22,7 @@ struct ContentLine {
     std::size_t number = 0;  // number of the line in the file where it begins
     std::string fault = {};  // why the value can't be read as text. Ignored unless the line is used.
     bool guessed = false;    // the character set of the value is a guess
-    bool binary = false;     // the value is BASE64 of something other than text
+    bool leftOut = false;    // nobody can convert the file so that the value becomes text
 
     // The value of the first parameter of that name. Empty if there is none.
     std::string_view parameter(std::string_view parameterName) const;
@@ -61,5 +61,8 @@ auto atLine(const ContentLine& line, Work work)
 void requireText(const ContentLine& line);
 
 std::string inCapitals(std::string_view text);
+
+// Without blanks at its beginning and end.
+std::string_view trimmed(std::string_view value);
 
 }  // namespace database_formats

@@ -9,6 +9,7 @@
 
 #include "ce/personal_databases.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace database_formats {
@@ -49,10 +50,27 @@ void readZones(LineReader& lines, CalendarZones& zones, LeftOut& leftOut)
     lines.restart();
 }
 
-// The name under which an item is left out that must not become a record: a cancelled one, and one that replaces a
-// single day of a repetition, because the record of the repetition has that day too. Empty for any other item.
-std::string leftOutName(const Component& item)
+// Counts the calendar's own name, colour and so on as left out. Returns its METHOD.
+std::string takeCalendarLines(ComponentReader& items, LeftOut& leftOut)
 {
+    constexpr std::string_view AboutTheFile[] = {"VERSION", "PRODID", "CALSCALE", "METHOD"};
+    std::string method;
+    for (const ContentLine& line : items.takeContainerLines()) {
+        if (line.name == "METHOD")
+            method = inCapitals(trimmed(line.value));
+        if (!line.value.empty() && std::ranges::find(AboutTheFile, line.name) == std::end(AboutTheFile))
+            leftOut.add(line.name);
+    }
+    return method;
+}
+
+// The name under which an item is left out that must not become a record: a cancelled one, somebody's answer to an
+// invitation, and one that replaces a single day of a repetition, because the record of the repetition has that day
+// too. Empty for any other item.
+std::string leftOutName(const Component& item, const std::string& method)
+{
+    if (method == "CANCEL" || method == "REPLY")
+        return item.name + " (METHOD:" + method + ")";
     for (const ContentLine& line : item.lines)
         if (line.name == "RECURRENCE-ID")
             return item.name + " (exception to a repetition)";
@@ -115,9 +133,12 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
     ComponentReader items(lines, "VCALENDAR");
     std::optional<std::size_t> appointments;
     std::optional<std::size_t> tasks;
+    std::string method;
     while (const auto item = items.next()) {
+        if (const std::string found = takeCalendarLines(items, leftOut); !found.empty())
+            method = found;
         const bool known = item->name == "VEVENT" || item->name == "VTODO";
-        if (const std::string name = known ? leftOutName(*item) : ""; !name.empty()) {
+        if (const std::string name = known ? leftOutName(*item, method) : ""; !name.empty()) {
             leftOut.add(name);
         } else if (item->name == "VEVENT") {
             if (!appointments)
@@ -131,6 +152,7 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
             leftOut.add(item->name);
         }
     }
+    (void)takeCalendarLines(items, leftOut);
     if (!appointments && !tasks)
         throw FormatFault(leftOut.count() == 0 ? "there is no appointment and no task in the file"
                                                : "the file has nothing to import: " + leftOut.sentence());

@@ -24,13 +24,12 @@ Encoding encodingOf(const ContentLine& line)
     return word == "BASE64" || word == "B" ? Encoding::Base64 : Encoding::None;
 }
 
+// A "=" that isn't followed by two digits is kept, because some programs write it for itself.
 std::string fromQuotedPrintable(std::string_view value)
 {
     std::string bytes;
     while (!value.empty()) {
         const auto byte = value[0] == '=' && value.size() >= 3 ? fromHexadecimal(value.substr(1, 2)) : std::nullopt;
-        if (value[0] == '=' && !byte)
-            throw FormatFault("\"=\" isn't followed by two hexadecimal digits");
         bytes += byte ? static_cast<char>(*byte) : value[0];
         value.remove_prefix(byte ? 3 : 1);
     }
@@ -177,7 +176,7 @@ void decode(ContentLine& line)
         bringToUtf8(line);
     } catch (const FormatFault& fault) {
         line.fault = fault.what();
-        line.binary = encodingOf(line) == Encoding::Base64;
+        line.leftOut = encodingOf(line) != Encoding::None || !line.parameter("CHARSET").empty();
     }
 }
 
