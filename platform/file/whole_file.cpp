@@ -2,7 +2,6 @@
 
 #include "attributes.h"
 #include "device_path.h"
-#include "host/error.h"
 #include "open_files.h"
 #include "parent_folder.h"
 
@@ -13,8 +12,6 @@
 #include <cerrno>
 
 namespace platform::file {
-
-using host::platformError;
 
 namespace {
 
