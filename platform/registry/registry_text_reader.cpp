@@ -149,7 +149,7 @@ void Reader::read()
     for (skipBlanks(); units_.next(); skipBlanks()) {
         const char16_t first = *units_.next();
         if (closed_)
-            throw Fault{"something stands behind the closing line"};
+            throw Fault{"something follows the closing line"};
         if (isLineBreak(first))
             (void)units_.take();
         else if (first == u';')

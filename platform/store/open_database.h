@@ -23,7 +23,7 @@ namespace platform::store {
 // one without further work.
 struct RecordPointer {
     // The end: above every oid, so it stays the end when records are added.
-    static constexpr std::int64_t Behind = std::int64_t{1} << 32;
+    static constexpr std::int64_t AfterLast = std::int64_t{1} << 32;
 
     std::int64_t from = 0;
     bool exact = false;  // the record `from` existed when the pointer was set

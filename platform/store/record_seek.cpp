@@ -32,7 +32,7 @@ public:
         if (found.row)
             return stand(*found.row);
         if (found.error == 0)
-            standBehind();
+            moveAfterLast();
         return refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
@@ -44,9 +44,9 @@ public:
     }
 
     // A walk back starts here, so report missing records now.
-    CEOID behindLast()
+    CEOID afterLast()
     {
-        standBehind();
+        moveAfterLast();
         return refuse(faultOfCount(connection_, open_.database()));
     }
 
@@ -67,7 +67,7 @@ private:
         return oid;
     }
 
-    void standBehind() { open_.pointer = {.from = RecordPointer::Behind, .exact = false}; }
+    void moveAfterLast() { open_.pointer = {.from = RecordPointer::AfterLast, .exact = false}; }
 
     Connection& connection_;
     OpenDatabase& open_;
@@ -83,7 +83,7 @@ CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
     case CEDB_SEEK_BEGINNING:
         return seek.forward(0, step);
     case CEDB_SEEK_END:
-        return step == 0 ? seek.behindLast() : seek.back(RecordPointer::Behind, step);
+        return step == 0 ? seek.afterLast() : seek.back(RecordPointer::AfterLast, step);
     case CEDB_SEEK_CURRENT:
         return step < 0 ? seek.back(open.pointer.from, -step) : seek.forward(open.pointer.from, step);
     default:
@@ -94,7 +94,7 @@ CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
 // The position of `pointer` if it takes no counting: at the end, or at the record whose position was returned last.
 std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& open, const RecordPointer& pointer)
 {
-    if (pointer.from == RecordPointer::Behind)
+    if (pointer.from == RecordPointer::AfterLast)
         return countOf(connection, open.database()).row;
     if (open.known && open.known->oid == pointer.from && open.known->recordsRemoved == storeState().recordsRemoved)
         return open.known->position;
@@ -110,7 +110,7 @@ DWORD positionAfter(Connection& connection, OpenDatabase& open, const RecordPoin
         position = value;
     if (!position && (how == CEDB_SEEK_CURRENT || how == CEDB_SEEK_END)) {
         const DWORD records = how == CEDB_SEEK_END ? 0 - value : value;
-        const RecordPointer start = how == CEDB_SEEK_END ? RecordPointer{RecordPointer::Behind, false} : before;
+        const RecordPointer start = how == CEDB_SEEK_END ? RecordPointer{RecordPointer::AfterLast, false} : before;
         if (const auto known = knownPosition(connection, open, start))
             position = *known + records;
     }
@@ -139,7 +139,7 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index)
         Seek seek(*use, *open);
         const CEOID found = go(seek, *open, how, value);
         noteStoreTrouble(Trouble::Reading, Troubled::Database, open->name(), seek.error());
-        if (index != nullptr && (found != 0 || open->pointer.from == RecordPointer::Behind)) {
+        if (index != nullptr && (found != 0 || open->pointer.from == RecordPointer::AfterLast)) {
             *index = positionAfter(*use, *open, before, how, value);
             if (found != 0)
                 open->known = {found, *index, storeState().recordsRemoved};

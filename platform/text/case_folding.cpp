@@ -94,11 +94,11 @@ constexpr Capitals capitals[] = {
 
 char16_t detail::foldBeyondAscii(char16_t character)
 {
-    const auto* behind = std::upper_bound(std::begin(capitals), std::end(capitals), character,
-                                          [](char16_t wanted, const Capitals& range) { return wanted < range.first; });
-    if (behind == std::begin(capitals))
+    const auto* after = std::upper_bound(std::begin(capitals), std::end(capitals), character,
+                                         [](char16_t wanted, const Capitals& range) { return wanted < range.first; });
+    if (after == std::begin(capitals))
         return character;
-    const Capitals& range = *(behind - 1);
+    const Capitals& range = *(after - 1);
     if (character > range.last || (character - range.first) % range.step != 0)
         return character;
     return static_cast<char16_t>(character + range.distance);

@@ -50,7 +50,7 @@ void ReadList(HANDLE list, SetSummary& summary)
     summary.comment = UsersComment(comment);
     while (ReadListEntry(reader, entry))
         CountItem(summary.items, entry.kind);
-    summary.damaged = reader.readError != ERROR_SUCCESS || reader.bytesBehindEntries != 0;
+    summary.damaged = reader.readError != ERROR_SUCCESS || reader.bytesAfterEntries != 0;
 }
 
 BOOL CollectList(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)

@@ -130,7 +130,7 @@ BOOL LoadList(const WCHAR* listPath, EntryFilter keep, void* context)
     while (ReadListEntry(reader, entry))
         TakeEntry(load, entry);
     CloseHandle(list);
-    if (load.lacksEntries || reader.readError != ERROR_SUCCESS || reader.bytesBehindEntries != 0)
+    if (load.lacksEntries || reader.readError != ERROR_SUCCESS || reader.bytesAfterEntries != 0)
         ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_FILE_CORRUPT);
     return TRUE;
 }

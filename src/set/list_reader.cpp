@@ -44,7 +44,7 @@ bool IsHighSurrogate(WCHAR character)
 void StartListReader(ListReader& reader, HANDLE file)
 {
     StartReader(reader, file);
-    reader.bytesBehindEntries = 0;
+    reader.bytesAfterEntries = 0;
 }
 
 DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars])
@@ -67,7 +67,7 @@ bool ReadListEntry(ListReader& reader, ListEntry& entry)
     entry.nameLength = 0;
     const DWORD lengthBytes = TakeBytes(reader, &entry.nameLength, sizeof entry.nameLength);
     if (lengthBytes == 0) {
-        reader.bytesBehindEntries = begun;
+        reader.bytesAfterEntries = begun;
         return false;
     }
     entry.kind = kindAndFlag[0];

@@ -91,7 +91,7 @@ StreamFault DecodeStream(HANDLE file, DWORD start, DWORD end, RawBytesSink sink,
         if (block.atEnd)
             return StreamFault::NotClosed;
         if (block.rawBytes == 0)
-            return reader.bytesLeft == 0 ? StreamFault::None : StreamFault::BytesBehindEnd;
+            return reader.bytesLeft == 0 ? StreamFault::None : StreamFault::BytesAfterEnd;
         if (sink && !sink(gRawBuffer, block.rawBytes, context))
             return StreamFault::StoppedBySink;
     }

@@ -229,7 +229,7 @@ protected:
             ListEntry entry;
             while (ReadListEntry(reader, entry))
                 ASSERT_EQ(entry.faults, 0U);
-            ASSERT_EQ(reader.bytesBehindEntries, 0U);
+            ASSERT_EQ(reader.bytesAfterEntries, 0U);
             CloseHandle(list);
         }
     }

@@ -40,7 +40,7 @@ TEST_F(StreamDamageTest, IsFoundAndTheBlocksBeforeItAreKept)
     const Damage damages[] = {
         {"None", closing, TRUE, StreamFault::None},
         {"Closing block missing", {}, TRUE, StreamFault::NotClosed},
-        {"Closing block in the middle", closing + hiBlock + closing, TRUE, StreamFault::BytesBehindEnd, hi + hi},
+        {"Closing block in the middle", closing + hiBlock + closing, TRUE, StreamFault::BytesAfterEnd, hi + hi},
         {"Length cut", hex("03 00 00"), FALSE, StreamFault::LengthCut},
         {"Length of nothing", hex("00 00 00 00"), FALSE, StreamFault::EmptyBlock},
         {"Length above the buffer", hex("44 20 02 00") + Bytes(139332, '\0'), FALSE, StreamFault::BlockTooLong},

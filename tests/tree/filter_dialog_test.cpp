@@ -144,7 +144,7 @@ TEST_F(FilterDialogTest, ExtensionsAreAppendedUntilTheFieldIsFullAndSortedByARem
     }
     EXPECT_EQ(extensions(), u"");
 
-    const FILETIME behindTheField = gOptions.newerThan;
+    const FILETIME nextField = gOptions.newerThan;
     for (WCHAR first = u'a'; first <= u'z'; first++) {
         for (const WCHAR rest : {u'a', u'b', u'c'}) {
             const WCHAR extension[] = {first, rest, rest, 0};
@@ -156,7 +156,7 @@ TEST_F(FilterDialogTest, ExtensionsAreAppendedUntilTheFieldIsFullAndSortedByARem
     add(u"y");
     EXPECT_EQ(extensions().size(), 64U * 4 + 2);
     EXPECT_EQ(gOptions.extensions[ExtensionsChars - 1], 0);
-    EXPECT_EQ(std::memcmp(&behindTheField, &gOptions.newerThan, sizeof behindTheField), 0);
+    EXPECT_EQ(std::memcmp(&nextField, &gOptions.newerThan, sizeof nextField), 0);
 }
 
 TEST_F(FilterDialogTest, DateFollowsThePickerAndStaysUnsetUntilItIsTouched)

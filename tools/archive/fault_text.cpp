@@ -43,7 +43,7 @@ std::string streamFaultText(StreamFault fault)
         return "its stream has a block that doesn't unpack";
     case StreamFault::NotClosed:
         return "its stream was cut: the closing block is missing";
-    case StreamFault::BytesBehindEnd:
+    case StreamFault::BytesAfterEnd:
         return "bytes follow the closing block of its stream";
     case StreamFault::StoppedBySink:
         return "it couldn't be written";

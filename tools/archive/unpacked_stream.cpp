@@ -86,7 +86,7 @@ void UnpackedStream::nextBlock()
     filled_ = block.rawBytes;
     ended_ = block.rawBytes == 0;
     if (ended_ && reader_.bytesLeft != 0)
-        fault_ = StreamFault::BytesBehindEnd;
+        fault_ = StreamFault::BytesAfterEnd;
 }
 
 }  // namespace archive

@@ -110,8 +110,8 @@ LRESULT findRow(ListBoxState& state, long after, LPARAM text)
 {
     if (!text)
         return LB_ERR;
-    const auto behind = isRow(state, after) ? std::optional(static_cast<std::size_t>(after)) : std::nullopt;
-    const auto found = state.rows.find(reinterpret_cast<const WCHAR*>(text), behind);
+    const auto start = isRow(state, after) ? std::optional(static_cast<std::size_t>(after)) : std::nullopt;
+    const auto found = state.rows.find(reinterpret_cast<const WCHAR*>(text), start);
     return found ? static_cast<LRESULT>(*found) : LB_ERR;
 }
 

@@ -21,7 +21,7 @@ enum ListFault : DWORD {
 
 // After a failed read (readError) the list counts as ended.
 struct ListReader : BufferedReader {
-    DWORD bytesBehindEntries;  // at the end: 1 or 2 bytes that are too few to begin another entry, otherwise 0
+    DWORD bytesAfterEntries;  // at the end: 1 or 2 bytes that are too few to begin another entry, otherwise 0
 };
 
 struct ListEntry {

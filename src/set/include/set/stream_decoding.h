@@ -12,13 +12,13 @@ enum class StreamFault {
     None,
     NoMagic,
     ReadFailed,
-    LengthCut,       // the stream ends inside a block's length
-    EmptyBlock,      // a length of 0
-    BlockTooLong,    // a length above PackedBlockBytes
-    BlockCut,        // the stream ends inside a block
-    BlockDamaged,    // the bytes can't be unpacked, or are more than a block when unpacked
-    NotClosed,       // whole blocks, but no closing block
-    BytesBehindEnd,  // bytes after the closing block
+    LengthCut,      // the stream ends inside a block's length
+    EmptyBlock,     // a length of 0
+    BlockTooLong,   // a length above PackedBlockBytes
+    BlockCut,       // the stream ends inside a block
+    BlockDamaged,   // the bytes can't be unpacked, or are more than a block when unpacked
+    NotClosed,      // whole blocks, but no closing block
+    BytesAfterEnd,  // bytes after the closing block
     StoppedBySink,
 };
 

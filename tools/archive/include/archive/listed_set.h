@@ -51,7 +51,7 @@ public:
     [[nodiscard]] bool nextWith(std::u16string_view part, Item& item);
 
     // Valid only at the end.
-    DWORD bytesAfterItems() const { return reader_->bytesBehindEntries; }
+    DWORD bytesAfterItems() const { return reader_->bytesAfterEntries; }
     [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }
 
 private:
