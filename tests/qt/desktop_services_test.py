@@ -9,7 +9,7 @@ import os
 import sys
 
 from desktop import MAIN, Desktop, require, require_tools, wait_for, xdotool
-from rough_desktop_test import FILES, Case
+from rough_desktop_test import Case
 
 INTERFACES = """<node>
   <interface name='org.freedesktop.Notifications'><method name='Notify'>
@@ -22,6 +22,7 @@ INTERFACES = """<node>
     <arg type='s' direction='in'/><arg type='h' direction='out'/>
   </method></interface>
 </node>"""
+FILES = 9000  # the window is minimised before the run ends
 LAUNCHER = "com.canonical.Unity.LauncherEntry"
 
 
@@ -78,7 +79,7 @@ def main(bin_folder):
     desktop = Desktop(bin_folder)
     services = Services()
     os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = os.environ["DBUS_SESSION_BUS_ADDRESS"]
-    case = Case(desktop)
+    case = Case(desktop, files=FILES)
     back_up(case, services, 1)
     require(services.is_held(), "the computer may sleep during the run")
     xdotool("search", "--name", f"^{MAIN}$", "windowminimize", "--sync")

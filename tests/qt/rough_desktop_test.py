@@ -21,13 +21,13 @@ FAILED, NO_DESKTOP, DESKTOP_LOST = 1, 3, 5  # exit codes
 class Case:
     """A device, and the program on it."""
 
-    def __init__(self, desktop, capacity=10 ** 9):
+    def __init__(self, desktop, capacity=10 ** 9, files=FILES):
         self.desktop = desktop
         self.device, self.card, self.errors = desktop.base / "device", desktop.base / "card", desktop.base / "errors"
         store = self.device / "object-store"
         store.mkdir(parents=True)
         self.card.mkdir()
-        for number in range(FILES):
+        for number in range(files):
             (store / f"file-{number}").write_bytes(os.urandom(20000))
         self.user = desktop.start_program(self.device, "--card", f"Card={self.card},capacity={capacity}",
                                           stderr=open(self.errors, "w"))
