@@ -35,7 +35,8 @@ std::optional<SetFolder> findSets(const std::string& argument)
     SetFolder own = listsIn(argument);
     if (!own.lists.empty())
         return own;
-    for (const std::string& name : FolderNames(argument).sorted()) {
+    FolderNames names(argument);
+    for (const std::string& name : names.sorted()) {
         if (!isSameWithoutCase(name, FolderOfSets))
             continue;
         if (SetFolder inner = listsIn((fs::path(argument) / name).string()); inner.readFailed || !inner.lists.empty())
