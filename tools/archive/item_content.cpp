@@ -39,17 +39,25 @@ public:
     bool key(const registry::KeyPath& path) override
     {
         report_.keys++;
-        return sink_.key(path);
+        return accepted(sink_.key(path));
     }
     bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) override
     {
         report_.values++;
-        return sink_.value(name, type, data);
+        return accepted(sink_.value(name, type, data));
     }
+    bool isRefused() const { return refused_; }
 
 private:
+    bool accepted(bool good)
+    {
+        refused_ |= !good;
+        return good;
+    }
+
     ContentSink& sink_;
     ContentReport& report_;
+    bool refused_ = false;
 };
 
 // With the reader that a device uses.
@@ -62,6 +70,8 @@ void readRegistry(const OpenFile& data, const ListEntry& entry, ContentSink& sin
     if (fault)
         report.fault =
             "it isn't a registry that a device accepts: line " + std::to_string(fault->line) + ": " + fault->what;
+    if (counter.isRefused())
+        report.fault = "it has too many keys and values to compare them";
     // A damaged stream also makes the text incomplete. The fault of the stream is the cause, so it counts.
     if (const StreamFault cut = stream.finish(); cut != StreamFault::None)
         report.fault = streamFaultText(cut);

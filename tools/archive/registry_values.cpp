@@ -3,20 +3,36 @@
 #include "archive/shown_value.h"
 #include "screen_text/screen_text.h"
 
+#include <utility>
+
 namespace archive {
+
+namespace {
+
+constexpr std::size_t MostBytes = std::size_t{64} << 20;
+constexpr std::size_t BytesOfPlace = 160;  // without its texts
+
+}  // namespace
+
+bool RegistryValues::put(RegistryPlace place, std::string text)
+{
+    bytes_ += BytesOfPlace + (place.key.size() + place.name.size()) * sizeof(char16_t) + text.size();
+    if (bytes_ > MostBytes)
+        return false;
+    places.insert_or_assign(std::move(place), std::move(text));
+    return true;
+}
 
 bool RegistryValues::key(const platform::registry::KeyPath& path)
 {
     key_ = keyText(path);
-    places.emplace(RegistryPlace{key_, false, u""}, "");
-    return true;
+    return put({key_, false, u""}, "");
 }
 
 // The later one of two values of the same name counts.
 bool RegistryValues::value(std::u16string_view name, DWORD type, std::span<const std::byte> data)
 {
-    places[{key_, true, std::u16string(name)}] = shownRegistryValue(type, data);
-    return true;
+    return put({key_, true, std::u16string(name)}, shownRegistryValue(type, data));
 }
 
 std::string onScreen(const RegistryPlace& place)

@@ -19,7 +19,8 @@ struct RegistryPlace {
     auto operator<=>(const RegistryPlace&) const = default;
 };
 
-// The texts of the values are short (shown_value.h). That of a key is empty.
+// The texts of the values are short (shown_value.h). That of a key is empty. A registry whose keys and values need more
+// than 64 MiB here is refused, because a hostile one could have any number.
 class RegistryValues final : public ContentSink {
 public:
     bool key(const platform::registry::KeyPath& path) override;
@@ -28,7 +29,10 @@ public:
     std::map<RegistryPlace, std::string> places;
 
 private:
+    bool put(RegistryPlace place, std::string text);
+
     std::u16string key_;
+    std::size_t bytes_ = 0;  // of the places, roughly
 };
 
 // For the screen: the path of the key in brackets, and after it the name of the value in quotes.
