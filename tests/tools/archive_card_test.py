@@ -273,10 +273,15 @@ class HostileTest(CompanionTest):
             self.assertNotIn("Sanitizer", done.said)
             if command[0] in ("find", "prune", "verify"):
                 self.assertIn(str(good), done.text)
+        self.device_tool("init", self.device)
+        (self.device / "object-store/new").write_bytes(b"in no set, so that all sets are read")
+        self.assertNotIn("Sanitizer", self.device_tool("covered", self.device, self.folder, code=1).said)
         for path in sorted(self.folder.glob("*.QLT")):
-            run = subprocess.run([BIN / "quillbox-set", "diff", good, path], capture_output=True, check=False, timeout=60)
-            self.assertIn(run.returncode, (0, 1, 2), run.stderr)
-            self.assertNotIn(b"Sanitizer", run.stderr)
+            for command in (["diff", good, path], ["list", path, "--long", "--inside"], ["cat", path, "odd"], ["extract", path, self.folder / "out", "--force"]):
+                run = subprocess.run([BIN / "quillbox-set", *command], capture_output=True, check=False, timeout=60)
+                self.assertIn(run.returncode, (0, 1, 2), run.stderr)
+                self.assertNotIn(b"Sanitizer", run.stderr)
+        self.assertIn(f"{good}: sealed", self.set_tool("seal", self.folder, code=1).text)
         self.set_tool("find", "good", self.folder, self.folder / "none", code=2)
 
 
