@@ -1,5 +1,7 @@
 #include "kernel/standard_streams.h"
 
+#include "terminal_text.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -8,6 +10,7 @@
 #include <ext/stdio_filebuf.h>
 #include <iostream>
 #include <istream>
+#include <optional>
 
 namespace platform::kernel {
 
@@ -21,6 +24,12 @@ void secureStandardStreams()
     }
     for (const int signal : {SIGPIPE, SIGXFSZ})
         (void)std::signal(signal, SIG_IGN);
+    static std::optional<TerminalText> output;
+    static std::optional<TerminalText> errors;
+    if (::isatty(STDOUT_FILENO) == 1)
+        output.emplace(std::cout, localeHasUtf8());
+    if (::isatty(STDERR_FILENO) == 1)
+        errors.emplace(std::cerr, localeHasUtf8());
 }
 
 std::istream& standardInput()

@@ -2,10 +2,11 @@
 import contextlib
 import os
 import sqlite3
+import subprocess
 import unittest
 
 import independent_set
-from companions import database, lines
+from companions import BIN, database, lines
 from device_contents import I2, TEXT, ContentsTest, after, image, item, texts
 from host_trouble import unwritable_outputs
 from program import DATABASES, FILES, REGISTRY, ProgramTest, full_backup, full_restore, options_script
@@ -36,6 +37,21 @@ class HostTest(ProgramTest):
         done = self.run_program("quillbox", *start, "-", code=2, stdin=None, preexec_fn=lambda: os.close(0))
         self.assertEqual(done.said, "the script can't be read\n")
         self.assertEqual((self.device / "device.lock").read_text(), "database\n")
+
+    def test_a_terminal_of_any_locale_gets_only_what_it_can_show(self):
+        independent_set.Set().add(independent_set.FILE, "\\Bücher 予\x9b31m", b"x").write(self.folder)
+        words = [BIN / "quillbox-set", "list", self.folder / "QLBX0001"]
+        for locale, terminal, shown in (("C", True, b"\\B?cher ?<U+009B>31m"), ("C.UTF-8", True, "\\Bücher 予<U+009B>31m".encode()),
+                                        ("C", False, "\\Bücher 予<U+009B>31m".encode())):
+            master, slave = os.openpty() if terminal else os.pipe()
+            subprocess.run(words, stdout=slave, check=True, env={**os.environ, "LC_ALL": locale})
+            self.assertIn(shown, os.read(master, 4096))
+            os.close(master)
+            os.close(slave)
+        master, slave = os.openpty()
+        unknown = os.fsencode(self.folder) + b"/\xc2\x9b31m\xff"
+        subprocess.run([BIN / "quillbox", "--device", unknown, "sets"], stderr=slave, check=False, env={**os.environ, "LC_ALL": "C.UTF-8"})
+        self.assertIn(b"/?31m?\" is not a device", os.read(master, 4096))
 
     def test_folder_that_cannot_be_entered_is_reported(self):
         self.write("shut/a", b"a")

@@ -17,7 +17,6 @@
 #include "ce/file.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iostream>
 #include <optional>
 
@@ -52,7 +51,7 @@ public:
         if (list_)
             list_->end({{"written", written_}, {"faults", faults_}});
         else
-            std::printf("%s written, %s.\n", counted(written_, "item").c_str(), counted(faults_, "fault").c_str());
+            std::cout << counted(written_, "item") << " written, " << counted(faults_, "fault") << ".\n";
         return faults_ == 0 ? exitGood : exitFaults;
     }
 
@@ -114,7 +113,7 @@ private:
                         {"bytes", bytes},
                         {"fault", fault.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(fault)}});
         } else {
-            std::printf("%s: %s\n", item.text().c_str(), (fault.empty() ? counted(bytes, "byte") : fault).c_str());
+            std::cout << item.text() << ": " << (fault.empty() ? counted(bytes, "byte") : fault) << '\n';
         }
     }
 

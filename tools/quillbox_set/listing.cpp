@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <iomanip>
 #include <iostream>
 #include <optional>
 
@@ -75,12 +76,12 @@ std::string ratioOf(const Row& row)
 void printCells(const std::string& kind, const std::string& packedBytes, const std::string& bytes,
                 const std::string& ratio, const std::string& name, const ListingOptions& options)
 {
-    std::printf("%-8s %12s ", kind.c_str(), packedBytes.c_str());
+    std::cout << std::left << std::setw(8) << kind << ' ' << std::right << std::setw(12) << packedBytes << ' ';
     if (options.sizes)
-        std::printf("%12s ", bytes.c_str());
+        std::cout << std::setw(12) << bytes << ' ';
     if (options.ratios)
-        std::printf("%7s ", ratio.c_str());
-    std::printf("%s\n", name.c_str());
+        std::cout << std::setw(7) << ratio << ' ';
+    std::cout << name << '\n';
 }
 
 void printRow(const Row& row, const ListingOptions& options)
@@ -88,7 +89,7 @@ void printRow(const Row& row, const ListingOptions& options)
     printCells(row.kind, std::to_string(row.packedBytes), row.bytes ? std::to_string(*row.bytes) : "damaged",
                ratioOf(row), onScreen(row.name), options);
     if (!row.inside.text.empty())
-        std::printf("    %s\n", row.inside.text.c_str());
+        std::cout << "    " << row.inside.text << '\n';
 }
 
 Json jsonOf(const Row& row, const ListingOptions& options)
@@ -139,7 +140,7 @@ bool forEachRow(ListedSet& set, const OpenFile& data, const ListingOptions& opti
 
 bool printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
-    std::printf("%s\n", linesOnScreen(set.comment(), "").c_str());
+    std::cout << linesOnScreen(set.comment(), "") << '\n';
     printCells("Kind", "Packed bytes", "Bytes", "Ratio", "Name", options);
     return forEachRow(set, data, options, [&](const Row& row) { printRow(row, options); });
 }

@@ -8,7 +8,6 @@
 
 #include "text/host_name.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <iostream>
 
@@ -57,7 +56,7 @@ int listSets(const SetFolder& folder, bool json)
         if (list)
             list->add({{"list", path}, {"comment", platform::text::toUtf8(comment)}});
         else
-            std::printf("%s  %s\n", onScreen(path).c_str(), onScreen(comment).c_str());
+            std::cout << onScreen(path) << "  " << onScreen(comment) << '\n';
     }
     if (list)
         list->end({{"count", folder.lists.size()}});

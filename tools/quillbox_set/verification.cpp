@@ -13,7 +13,7 @@
 #include "ce/file.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <iostream>
 #include <optional>
 
 namespace quillbox_set {
@@ -75,7 +75,7 @@ public:
                         {"sealed", state.isSealed},
                         {"sound", state.isSound()}});
         else
-            std::printf("%s\n", summary(state).c_str());
+            std::cout << summary(state) << '\n';
     }
 
 private:
@@ -85,7 +85,7 @@ private:
         if (list_)
             list_->add(asJson(item, reason, isWarning));
         else
-            std::printf("%s%s%s\n", asText(item).c_str(), isWarning ? "warning: " : "", reason.c_str());
+            std::cout << asText(item) << (isWarning ? "warning: " : "") << reason << '\n';
     }
 
     Progress& progress_;
