@@ -17,7 +17,7 @@ NAMES = {"LastName": "3a11001f", "FirstName": "3a06001f", "Company": "3a16001f",
          "Mail": "4083001f", "Town": "4041001f", "Birthday": "40420040", "Subject": "0037001f", "Notes": "40050041",
          "Categories": "4004001f", "Start": "40020040", "Minutes": "40150003", "Place": "4208001f",
          "ReminderMinutes": "45010012", "RepetitionDays": "40160013", "Due": "41040040", "Done": "41090002",
-         "Priority": "00260002"}
+         "Priority": "00260002", "Identifier": "40f1001f"}
 IDS = {number: name for name, number in NAMES.items()}
 MIDNIGHT = 133_861_248_000_000_000  # 2025-03-12
 ODD_TEXTS = ["", " ", "a;b,c\\d:e", "two\r\nlines", "one\nline", "a\rb", "tab\there", "\u0001\u007f", "Grüße 😀" * 20,
@@ -64,6 +64,10 @@ def odd_records(usual, seed, count=150):
     return made
 
 
+def without_identifiers(records):
+    return [[prop for prop in record if prop["id"] != NAMES["Identifier"]] for record in records]
+
+
 def contacts(*records, name=CONTACTS, kind=24):
     return lines(database(name, records, kind, [(0x3A11001F, 2)]))
 
@@ -102,9 +106,9 @@ class FormsTest(CompanionTest):
         return [json.loads(line)["record"] for line in out.splitlines()[1:]]
 
     def named(self, name, device=None):
-        """The records as names and values, blobs as text."""
+        """The records as names and values, blobs as text, without their UIDs."""
         return [{IDS.get(p["id"], p["id"]): bytes.fromhex(p["value"]).decode() if p["id"][4:] == "0041" else p["value"]
-                 for p in record} for record in self.records(name, device)]
+                 for p in record if p["id"] != NAMES["Identifier"]} for record in self.records(name, device)]
 
     def refused(self, form, content, *more):
         before = self.exported()
@@ -127,7 +131,7 @@ class OwnFilesTest(FormsTest):
         self.tool("database", "import", other, path)
         self.assertEqual(self.said, "")
         for name in databases:
-            self.assertEqual(self.records(name, other), self.records(name))
+            self.assertEqual(without_identifiers(self.records(name, other)), self.records(name))
         return text.decode()
 
     def test_contacts_lose_nothing_through_vcard_nor_does_the_largest_record(self):
@@ -166,6 +170,27 @@ class OwnFilesTest(FormsTest):
                 # CSV has one order for all records; all else is there, the database's type and sort orders too.
                 self.assertEqual(unordered(self.exported()), unordered(before))
 
+    def test_an_item_keeps_its_uid_and_isnt_added_twice(self):
+        uid = r"UID:urn:uuid:1\, 2"
+        self.import_file("--form", "vcard", given=card("N:a", uid, "NOTE:x") + card("N:b"))
+        self.import_file("--add", given=contacts(*[[{"id": NAMES["LastName"], "value": "own"}]] * 2))
+        text = self.tool("database", "export", self.device, "--form", "vcard")
+        self.assertIn(uid, text)
+        self.assertEqual(len(set(re.findall("UID:.*", text))), 4)
+        before = self.exported()
+        for form, file in (("vcard", text), ("jsonl", before)):
+            out = self.tool("database", "import", self.device, "-", "--form", form, "--add", given=file)
+            self.assertEqual(out, "Contacts Database: 0 records added, 4 there already\n")
+            self.assertEqual(self.exported(), before)
+        # One of another program and one of the device are changed in the file.
+        changed = text.replace("NOTE:x", "TEL:1").replace("N:own;", "N:Owner;", 1)
+        out = self.tool("database", "import", self.device, "-", "--form", "vcard", "--add", given=changed)
+        self.assertEqual(out, "Contacts Database: 0 records added, 2 changed, 2 there already\n")
+        self.assertEqual(self.named(CONTACTS), [{"LastName": "a", "HomeTelephone": "1"}, {"LastName": "b"}, {"LastName": "Owner"},
+                                                {"LastName": "own"}])
+        again = self.tool("database", "export", self.device, "--form", "vcard")
+        self.assertEqual(re.findall("UID:.*", again), re.findall("UID:.*", text))
+
     def test_what_somebody_adds_to_our_file_is_taken(self):
         kept = [{"id": NAMES["Notes"], "value": "00"}, {"id": NAMES["Start"], "value": MIDNIGHT + 5}]
         self.import_file(given=appointments(kept))
@@ -173,7 +198,7 @@ class OwnFilesTest(FormsTest):
         self.assertIn("X-QUILLBOX-WITHOUT", text)
         text = text.replace("UID", "RRULE:FREQ=DAILY\r\nSUMMARY:new\r\nUID")
         self.import_file("--form", "ical", "--replace", given=text)
-        self.assertEqual(self.records(APPOINTMENTS), [
+        self.assertEqual(without_identifiers(self.records(APPOINTMENTS)), [
             [*kept, {"id": NAMES["Subject"], "value": "new"}, {"id": NAMES["RepetitionDays"], "value": 1}]])
 
 

@@ -24,7 +24,7 @@ constexpr LONG MinutesOfDay = 1440;
 constexpr std::int64_t StepsOfSecond = 10'000'000;
 
 // Lines about the entry in the calendar, not about the appointment or task.
-constexpr std::string_view Ignored[] = {"UID", "DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
+constexpr std::string_view Ignored[] = {"DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
 
 bool isMidnight(const Moment& moment)
 {
@@ -316,6 +316,7 @@ Record appointmentFrom(const Component& event, const CalendarZones& zones, LeftO
     appointment.add(Repetition, 0, {.ulVal = takeRepetition(fields, from)});
     fields.takeCategories(appointment);
     fields.takeNotes(appointment, "DESCRIPTION");
+    fields.takeText(appointment, "UID", Identifier);
     fields.leaveRest(Ignored);
     return appointment;
 }
@@ -331,6 +332,7 @@ Record taskFrom(const Component& todo, const CalendarZones& zones, LeftOut& left
     takePriority(fields, task);
     task.add(Done, 0, {.iVal = takeDone(fields)});
     fields.takeNotes(task, "DESCRIPTION");
+    fields.takeText(task, "UID", Identifier);
     for (const Component& part : todo.parts)
         fields.leaveOut(part.name);
     fields.leaveRest(Ignored);

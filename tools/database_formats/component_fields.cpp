@@ -118,12 +118,6 @@ void ComponentFields::use(const ContentLine& line)
         leftOut_.addGuess(line.name);
 }
 
-const CEPROPVAL* propertyIn(std::span<const CEPROPVAL> properties, CEPROPID id)
-{
-    const auto found = std::ranges::find(properties, id, &CEPROPVAL::propid);
-    return found != properties.end() ? &*found : nullptr;
-}
-
 std::string textIn(std::span<const CEPROPVAL> properties, CEPROPID id)
 {
     const CEPROPVAL* property = propertyIn(properties, id);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "component.h"
+#include "database_formats/identifier.h"
 #include "database_formats/left_out.h"
 #include "database_formats/record.h"
 
@@ -47,8 +48,6 @@ private:
 
 // The text of the property with this id. Empty if there is none.
 std::string textIn(std::span<const CEPROPVAL> properties, CEPROPID id);
-// Null if there is no property with this id.
-const CEPROPVAL* propertyIn(std::span<const CEPROPVAL> properties, CEPROPID id);
 
 // Lines that both vCard and iCalendar write. An empty value gets no line.
 void addTextLine(Component& component, std::string_view name, const std::string& text);

@@ -25,7 +25,7 @@ constexpr std::size_t MostParts = 8;
 constexpr std::string_view NotForCalls[] = {"FAX", "PAGER", "MODEM", "BBS"};
 
 // Lines about the card, not about the contact.
-constexpr std::string_view Ignored[] = {"VERSION", "PRODID", "REV", "UID", "X-ABSHOWAS"};
+constexpr std::string_view Ignored[] = {"VERSION", "PRODID", "REV", "X-ABSHOWAS"};
 
 void addName(Component& card, const std::string& last, const std::string& first,
              std::initializer_list<std::string> others)
@@ -197,6 +197,7 @@ Record contactFrom(const Component& card, LeftOut& leftOut)
     fields.takeCategories(contact);
     takeBirthday(fields, contact);
     fields.takeNotes(contact, "NOTE");
+    fields.takeText(contact, "UID", Identifier);
     for (const Component& part : card.parts)
         fields.leaveOut(part.name);
     fields.leaveRest(Ignored);

@@ -4,6 +4,8 @@
 #include "database_formats/value_text.h"
 #include "hex_digits.h"
 
+#include "ce/personal_databases.h"
+
 #include <algorithm>
 #include <sstream>
 #include <unordered_map>
@@ -92,6 +94,8 @@ std::vector<CEPROPVAL> merged(const Record& standard, const ExtensionLines& exte
             put(property);
     for (const CEPROPVAL& property : extension.properties.properties())
         put(property);
+    if (all.size() > 0xFFFF)  // the largest record has no room for the UID that it got when it was written
+        std::erase_if(all, [](const CEPROPVAL& property) { return property.propid == personal::Identifier; });
     std::unordered_map<CEPROPID, std::size_t> ranks;
     for (const CEPROPID id : extension.order)
         ranks.emplace(id, ranks.size());
@@ -180,7 +184,12 @@ std::string exactText(Component component, const StandardReading& read, std::spa
         throw FormatFault("a record has a property twice");
     try {
         LeftOut ignored;
-        const Record standard = read(readBackFrom(textOf(component)), ignored);
+        const bool identified = std::ranges::find(order, personal::Identifier) != order.end();
+        const Record readBack = read(readBackFrom(textOf(component)), ignored);
+        Record standard;
+        for (const CEPROPVAL& property : readBack.properties())
+            if (property.propid != personal::Identifier || identified)  // otherwise the UID was made for the export
+                standard.addCopy(property);
         addDifferences(component, standard, properties);
         if (idsOf(merged(standard, extensionLinesOf(component))) != order)
             component.add(std::string(OrderLine), listOf(order));

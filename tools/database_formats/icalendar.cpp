@@ -3,9 +3,7 @@
 #include "calendar_item.h"
 #include "component.h"
 #include "content_line.h"
-#include "database_formats/value_text.h"
 #include "exact_lines.h"
-#include "hex_digits.h"
 
 #include "ce/personal_databases.h"
 
@@ -103,7 +101,7 @@ void ICalendarWriter::begin(const DatabaseHead& head)
 void ICalendarWriter::add(std::span<const CEPROPVAL> properties)
 {
     Component item = tasks_ ? todoOf(properties) : eventOf(properties);
-    item.add("UID", identifier(properties));
+    item.add("UID", escaped(identifiers_.of(properties)));
     item.add("DTSTAMP", NoTime);
     out_ << exactText(std::move(item), readingOf(tasks_, CalendarZones()), properties);
 }
@@ -113,17 +111,6 @@ void ICalendarWriter::finish()
     if (!begun_)
         throw FormatFault("there is no database to write");
     out_ << "END:VCALENDAR\r\n";
-}
-
-// Depends only on the content of the item, so a program that imports an item twice recognises it. Equal items are
-// numbered.
-std::string ICalendarWriter::identifier(std::span<const CEPROPVAL> properties)
-{
-    std::uint64_t hash = 0xCBF29CE484222325;  // FNV-1a
-    for (const CEPROPVAL& property : properties)
-        for (const char c : hexadecimal(property.propid, 8) + valueText(property, Controls::Kept) + '\n')
-            hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3;
-    return hexadecimal(hash, 16) + "-" + std::to_string(++equalItems_[hash]) + "@quillbox";
 }
 
 void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)

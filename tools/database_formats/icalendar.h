@@ -2,11 +2,9 @@
 #pragma once
 
 #include "database_formats/database.h"
+#include "database_formats/identifier.h"
 #include "database_formats/left_out.h"
 #include "line_reader.h"
-
-#include <cstdint>
-#include <unordered_map>
 
 namespace database_formats {
 
@@ -19,12 +17,10 @@ public:
     void finish() override;
 
 private:
-    std::string identifier(std::span<const CEPROPVAL> properties);
-
     std::ostream& out_;
     bool begun_ = false;
     bool tasks_ = false;
-    std::unordered_map<std::uint64_t, std::size_t> equalItems_;
+    Identifiers identifiers_;
 };
 
 // Reads appointments into one database and tasks into another one.

@@ -19,6 +19,7 @@ constexpr PropertyName propertyNames[] = {
     {personal::Subject, "Subject"},
     {personal::Notes, "Notes"},
     {personal::Categories, "Categories"},
+    {personal::Identifier, "Identifier"},
     {personal::LastName, "LastName"},
     {personal::FirstName, "FirstName"},
     {personal::Company, "Company"},

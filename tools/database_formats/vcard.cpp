@@ -35,7 +35,9 @@ void VCardWriter::begin(const DatabaseHead& head)
 
 void VCardWriter::add(std::span<const CEPROPVAL> properties)
 {
-    out_ << exactText(cardOf(properties), contactFrom, properties);
+    Component card = cardOf(properties);
+    card.add("UID", escaped(identifiers_.of(properties)));
+    out_ << exactText(std::move(card), contactFrom, properties);
 }
 
 void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
@@ -53,7 +55,8 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
                                      {std::begin(personal::ContactsSort), std::end(personal::ContactsSort)}});
         convertEscapes(*card);
         const Record contact = exactRecord(*card, contactFrom, leftOut);
-        if (contact.properties().empty())
+        const auto isIdentifier = [](const CEPROPVAL& property) { return property.propid == personal::Identifier; };
+        if (std::ranges::all_of(contact.properties(), isIdentifier))
             leftOut.add("VCARD");
         else
             target.add(*database, contact.properties());

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "database_formats/database.h"
+#include "database_formats/identifier.h"
 #include "database_formats/left_out.h"
 #include "line_reader.h"
 
@@ -17,6 +18,7 @@ public:
 
 private:
     std::ostream& out_;
+    Identifiers identifiers_;
 };
 
 void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut);

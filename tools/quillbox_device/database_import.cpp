@@ -97,20 +97,29 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
         replaced = old->info.wNumRecords;
         oid = 0;
     }
-    imported_.push_back({oid != 0 ? std::u16string(old->info.szDbaseName) : head.name, !old, replaced, 0});
+    imported_.push_back({oid != 0 ? std::u16string(old->info.szDbaseName) : head.name, !old,
+                         old ? old->info.dwDbaseType : head.type, replaced});
     if (oid == 0)
         made_.insert(oid = made(std::move(head)));
+    known_.push_back(old && existing_ == Existing::AddedTo ? KnownRecords(oid) : KnownRecords());
     databases_.push_back(std::make_unique<DatabaseHandle>(oid));
     return databases_.size() - 1;
 }
 
 void DatabaseImport::add(std::size_t database, std::span<const CEPROPVAL> properties)
 {
-    if (CeWriteRecordProps(databases_[database]->handle(), 0, static_cast<WORD>(properties.size()),
-                           properties.data()) == 0)
-        throw FormatFault(GetLastError() == ERROR_DISK_FULL ? "the disk or the database has no room for another record"
-                                                            : "the record can't be stored");
-    ++imported_[database].added;
+    Imported& imported = imported_[database];
+    switch (known_[database].store(databases_[database]->handle(), imported.type, properties)) {
+    case Taken::Added:
+        ++imported.added;
+        break;
+    case Taken::Changed:
+        ++imported.changed;
+        break;
+    case Taken::Unchanged:
+        ++imported.unchanged;
+        break;
+    }
 }
 
 void DatabaseImport::finish()
@@ -128,6 +137,10 @@ std::string DatabaseImport::summary() const
             lines += counted(*database.replaced, "record") + " replaced by " + std::to_string(database.added);
         else
             lines += (database.isNew ? "made, " : "") + counted(database.added, "record") + " added";
+        if (database.changed != 0)
+            lines += ", " + std::to_string(database.changed) + " changed";
+        if (database.unchanged != 0)
+            lines += ", " + std::to_string(database.unchanged) + " there already";
         lines += "\n";
     }
     return lines;

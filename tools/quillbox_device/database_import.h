@@ -2,6 +2,7 @@
 #pragma once
 
 #include "database_handle.h"
+#include "known_records.h"
 #include "stored_databases.h"
 
 #include "database_formats/database.h"
@@ -49,16 +50,20 @@ private:
     struct Imported {
         std::u16string name;
         bool isNew;
+        DWORD type;
         std::optional<std::uint64_t> replaced;  // number of records that the old database had
-        std::uint64_t added;
+        std::uint64_t added = 0;
+        std::uint64_t changed = 0;
+        std::uint64_t unchanged = 0;
     };
 
     std::optional<std::u16string> name_;
     Existing existing_;
     bool formatHasHeads_;
     std::vector<std::unique_ptr<DatabaseHandle>> databases_;
-    std::vector<Imported> imported_;  // for each of databases_
-    std::unordered_set<CEOID> made_;  // by this import. A second database of the same name in the file is refused.
+    std::vector<KnownRecords> known_;  // of each of databases_
+    std::vector<Imported> imported_;   // for each of databases_
+    std::unordered_set<CEOID> made_;   // by this import. A second database of the same name in the file is refused.
 };
 
 }  // namespace quillbox_device

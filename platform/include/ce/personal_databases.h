@@ -25,6 +25,8 @@ inline constexpr CEPROPID Subject = property(0x0037, CEVT_LPWSTR);
 inline constexpr CEPROPID Notes = property(0x4005, CEVT_BLOB);         // UTF-8, lines end with CR LF
 inline constexpr CEPROPID Categories = property(0x4004, CEVT_LPWSTR);  // "Business;Boat"
 
+inline constexpr CEPROPID Identifier = property(0x40F1, CEVT_LPWSTR);  // the UID in vCard and iCalendar
+
 inline constexpr CEPROPID LastName = property(0x3A11, CEVT_LPWSTR);
 inline constexpr CEPROPID FirstName = property(0x3A06, CEVT_LPWSTR);
 inline constexpr CEPROPID Company = property(0x3A16, CEVT_LPWSTR);

@@ -1,0 +1,108 @@
+#include "known_records.h"
+
+#include "database_handle.h"
+#include "failure.h"
+
+#include "database_formats/format_fault.h"
+#include "database_formats/property_names.h"
+#include "database_formats/value_text.h"
+
+#include "ce/personal_databases.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace quillbox_device {
+
+using database_formats::Controls;
+using database_formats::FormatFault;
+using database_formats::propertyIn;
+using database_formats::valueText;
+
+namespace {
+
+bool isSame(const CEPROPVAL& left, const CEPROPVAL& right)
+{
+    return left.wFlags == right.wFlags && valueText(left, Controls::Kept) == valueText(right, Controls::Kept);
+}
+
+// A reader gives 0 for a number that the file doesn't have.
+bool isDefault(const CEPROPVAL& property)
+{
+    return LOWORD(property.propid) != CEVT_LPWSTR && valueText(property, Controls::Kept) == "0";
+}
+
+// What must be written so that the old record gets the content of the new one.
+std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const CEPROPVAL> wanted, DWORD type)
+{
+    std::vector<CEPROPVAL> changes;
+    for (const CEPROPVAL& property : wanted) {
+        const CEPROPVAL* before = propertyIn(old, property.propid);
+        const bool same = before != nullptr ? isSame(*before, property) : isDefault(property);
+        if (!same && property.propid != personal::Identifier)
+            changes.push_back(property);
+    }
+    for (const CEPROPID id : database_formats::usualProperties(type))
+        if (const CEPROPVAL* before = propertyIn(old, id);
+            before != nullptr && propertyIn(wanted, id) == nullptr && !isDefault(*before))
+            changes.push_back({id, 0, CEDB_PROPDELETE, {}});
+    const CEPROPVAL* identifier = propertyIn(wanted, personal::Identifier);
+    if (!changes.empty() && identifier != nullptr && propertyIn(old, personal::Identifier) == nullptr)
+        changes.push_back(*identifier);
+    return changes;
+}
+
+void write(HANDLE database, CEOID oid, std::span<const CEPROPVAL> properties)
+{
+    std::vector<CEPROPVAL> copy(properties.begin(), properties.end());
+    if (CeWriteRecordProps(database, oid, static_cast<WORD>(copy.size()), copy.data()) == 0)
+        throw FormatFault(GetLastError() == ERROR_DISK_FULL
+                              ? "the disk has no room for another record, or the database has 65535 already"
+                              : "the record can't be stored");
+}
+
+}  // namespace
+
+KnownRecords::KnownRecords(CEOID database)
+{
+    const DatabaseHandle opened(database);
+    ReadBlock block;
+    WORD count = 0;
+    database_formats::Identifiers identifiers;
+    database_formats::Identifiers contents;
+    while (const CEOID oid =
+               CeReadRecordProps(opened.handle(), CEDB_ALLOWREALLOC, &count, nullptr, &block.bytes, &block.size)) {
+        const std::span record(reinterpret_cast<const CEPROPVAL*>(block.bytes), count);
+        byIdentifier_[identifiers.of(record)].push_back(oid);
+        byIdentifier_[contents.ofContent(record)].push_back(oid);
+    }
+    if (GetLastError() != ERROR_NO_MORE_ITEMS)
+        throw Failure("A record of the device can't be read.");
+}
+
+Taken KnownRecords::store(HANDLE database, DWORD type, std::span<const CEPROPVAL> record)
+{
+    const auto known = byIdentifier_.empty() ? byIdentifier_.end() : byIdentifier_.find(incoming_.of(record));
+    while (known != byIdentifier_.end() && !known->second.empty()) {
+        const CEOID oid = known->second.front();
+        known->second.pop_front();
+        if (recognised_[oid])
+            continue;
+        recognised_[oid] = true;
+        ReadBlock block;
+        WORD count = 0;
+        DWORD index = 0;
+        if (CeSeekDatabase(database, CEDB_SEEK_CEOID, oid, &index) == 0 ||
+            CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &block.bytes, &block.size) == 0)
+            throw FormatFault("a record of the device can't be read");
+        const auto changes = changesTo({reinterpret_cast<const CEPROPVAL*>(block.bytes), count}, record, type);
+        if (changes.empty())
+            return Taken::Unchanged;
+        write(database, oid, changes);
+        return Taken::Changed;
+    }
+    write(database, 0, record);
+    return Taken::Added;
+}
+
+}  // namespace quillbox_device
