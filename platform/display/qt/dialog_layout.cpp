@@ -8,6 +8,7 @@
 #include "ce/controls.h"
 #include "ce/window.h"
 
+#include <QHideEvent>
 #include <QLabel>
 #include <QScreen>
 #include <QSizeGrip>
