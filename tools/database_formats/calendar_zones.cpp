@@ -2,15 +2,18 @@
 
 #include "content_line.h"
 
-#include <QDateTime>
-#include <QTimeZone>
-
+#include <date/tz.h>
 #include <libical/ical.h>
+#include <unicode/ucal.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <ctime>
-#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string_view>
 
 namespace database_formats {
 
@@ -35,15 +38,15 @@ constexpr std::int64_t SecondsOfDay = 86400;
 
 class HostZone final : public Zone {
 public:
-    explicit HostZone(const QByteArray& name) : zone_(name) {}
+    explicit HostZone(const date::time_zone* zone) : zone_(zone) {}
 
     std::int64_t offsetAt(std::int64_t seconds) const override
     {
-        return zone_.offsetFromUtc(QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC));
+        return zone_->get_info(date::sys_seconds(std::chrono::seconds(seconds))).offset.count();
     }
 
 private:
-    QTimeZone zone_;
+    const date::time_zone* zone_;
 };
 
 class DefinedZone final : public Zone {
@@ -103,31 +106,48 @@ std::optional<FILETIME> localTimeAt(std::time_t seconds, DWORD steps)
                        .minutesEast = std::nullopt});
 }
 
-// Not by QTimeZone, which takes any word for a zone without daylight saving time.
-bool isHostZone(std::string_view name)
+// Null if the host has no zone of this name.
+const date::time_zone* hostZone(std::string_view name)
 {
-    const bool isName = !name.empty() && name.size() < 100 && name.front() != '/' && name.back() != '/' &&
-                        name.find("..") == std::string::npos && std::ranges::all_of(name, [](char c) {
-                            return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
-                                   c == '_' || c == '-' || c == '+' || c == '/';
-                        });
-    std::error_code ignored;
-    return isName && std::filesystem::is_regular_file(std::filesystem::path("/usr/share/zoneinfo") / name, ignored);
+    try {
+        return date::locate_zone(std::string(name));
+    } catch (const std::runtime_error&) {
+        return nullptr;
+    }
 }
 
-// The part of the name that is a zone of the host: all of it, or what follows a prefix ("/example.org/"). Empty if no
-// part is.
-std::string_view hostZoneIn(std::string_view name)
+// The zone of this name, or of what follows a prefix ("/example.org/"). Null if there is none.
+const date::time_zone* hostZoneIn(std::string_view name)
 {
     const bool prefixed = name.starts_with('/');
     for (;;) {
-        if (isHostZone(name))
-            return name;
+        const date::time_zone* const zone = hostZone(name);
         const std::size_t slash = name.find('/');
-        if (!prefixed || slash == std::string_view::npos)
-            return {};
+        if (zone != nullptr || !prefixed || slash == std::string_view::npos)
+            return zone;
         name.remove_prefix(slash + 1);
     }
+}
+
+// The host's zone for a name of Windows. Null if there is none.
+const date::time_zone* windowsZone(std::string_view name)
+{
+    constexpr std::size_t Longest = 99;
+    if (name.size() > Longest)
+        return nullptr;
+    const std::u16string windows(name.begin(), name.end());  // the names are ASCII
+    char16_t found[Longest + 1];
+    UErrorCode status = U_ZERO_ERROR;
+    const std::int32_t size =
+        ucal_getTimeZoneIDForWindowsID(windows.data(), static_cast<std::int32_t>(windows.size()), nullptr, found,
+                                       static_cast<std::int32_t>(std::size(found)), &status);
+    return U_SUCCESS(status) && size > 0 ? hostZone(std::string(found, found + size)) : nullptr;
+}
+
+const date::time_zone* knownZone(std::string_view name)
+{
+    const date::time_zone* const host = hostZoneIn(name);
+    return host != nullptr ? host : windowsZone(name);
 }
 
 // True for a rule that changes the offset a few times a year at most. A rule such as "every second" in a hostile file
@@ -166,16 +186,6 @@ std::optional<std::size_t> rulesOf(const Component& definition)
     return rules;
 }
 
-// The host's zone of this name, or of this name in Windows. Empty if there is none.
-QByteArray knownZone(std::string_view name)
-{
-    const std::string_view host = hostZoneIn(name);
-    const auto bytes = [](std::string_view text) {
-        return QByteArray(text.data(), static_cast<qsizetype>(text.size()));
-    };
-    return host.empty() ? QTimeZone::windowsIdToDefaultIanaId(bytes(name)) : bytes(host);
-}
-
 std::string nameOf(const Component& definition)
 {
     const auto found = std::ranges::find(definition.lines, "TZID", &ContentLine::name);
@@ -190,7 +200,7 @@ CalendarZones::~CalendarZones() = default;
 bool CalendarZones::define(const Component& definition)
 {
     const std::string name = nameOf(definition);
-    if (definitions_.size() < MostZones && !knownZone(name).isEmpty())
+    if (definitions_.size() < MostZones && knownZone(name) != nullptr)
         return true;
     const auto rules = rulesOf(definition);
     if (name.empty() || !rules || *rules == 0 || rules_ + *rules > MostRules)
@@ -211,7 +221,7 @@ const Zone* CalendarZones::named(const std::string& name) const
 
 std::unique_ptr<Zone> CalendarZones::madeZone(const std::string& name) const
 {
-    if (const QByteArray known = knownZone(name); !known.isEmpty())
+    if (const date::time_zone* const known = knownZone(name))
         return std::make_unique<HostZone>(known);
     const auto defined = definitions_.find(name);
     return defined != definitions_.end() ? std::make_unique<DefinedZone>(defined->second) : nullptr;
