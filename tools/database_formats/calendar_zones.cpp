@@ -14,6 +14,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace database_formats {
 
@@ -71,6 +72,21 @@ public:
 private:
     icaltimezone* zone_;
 };
+
+// The year, or one with the same days of the week: the host's tables end with 2037, and other libraries take a time
+// that grows with the year.
+int yearWithRules(int year)
+{
+    using namespace std::chrono;
+    const auto kind = [](int each) {
+        const std::chrono::year wanted(each);
+        return std::pair(wanted.is_leap(), weekday(sys_days(wanted / January / 1)));
+    };
+    int known = std::min(year, 2037);
+    while (kind(known) != kind(year))
+        --known;
+    return known;
+}
 
 std::tm fieldsOf(const Moment& moment)
 {
@@ -233,17 +249,16 @@ std::optional<FILETIME> localTimeOf(const Moment& moment)
 }
 
 // A moment that occurs twice is the first one. A moment that a change of the offset skips has the offset before it.
-// The calendar repeats every 400 years, and the libraries take a time that grows with the year.
 std::optional<FILETIME> localTimeOf(const Moment& moment, const Zone& zone)
 {
-    constexpr std::int64_t SecondsOfCycle = 146'097 * SecondsOfDay;
-    const std::int64_t cycles = std::max(0, (moment.year - 2000) / 400);
-    const std::int64_t seconds = secondsOf(moment) - cycles * SecondsOfCycle;
+    Moment known = moment;
+    known.year = yearWithRules(moment.year);
+    const std::int64_t seconds = secondsOf(known);
     const std::int64_t before = zone.offsetAt(seconds - SecondsOfDay);
     const std::int64_t after = zone.offsetAt(seconds + SecondsOfDay);
     const bool isAfter =
         before != after && zone.offsetAt(seconds - before) != before && zone.offsetAt(seconds - after) == after;
-    return localTimeAt(seconds - (isAfter ? after : before) + cycles * SecondsOfCycle, moment.steps);
+    return localTimeAt(secondsOf(moment) - (isAfter ? after : before), moment.steps);
 }
 
 }  // namespace database_formats
