@@ -78,7 +78,7 @@ class CoveredTest(CompanionTest):
         self.assertIn('not covered: registry [HKEY_USERS\\new]\nnot covered: registry [HKEY_USERS\\new] "a": dword:00000001\n', said)
         self.assertIn("Not covered: 2 things", said)
         self.add_records([record(5, "Other")])
-        self.add_records([record(3)])  # a second one like it
+        self.add_records([record(3), record(3)])  # a second one like it
         said = self.covered(code=1).text
         self.assertIn(f"not covered: database Tasks: 2 of {RECORDS + 2} records\n    Task 3\n    Other 5\n", said)
         self.add_records([record(1)], "More")

@@ -154,7 +154,7 @@ class DamagedInsideTest(InsideTest):
         for damaged, reason in [("", "byte order mark"), ("REGEDIT4\r\n", "byte order mark"),
                                 (text[:-40], "its closing line is missing"), (text.replace("2 values", "3 values"), "numbers"),
                                 (text.replace("=dword", "=word"), "no known form"),
-                                (text.replace("_USERS\\", "_X\\"), "predefined"), (text + "x", "behind the closing line"),
+                                (text.replace("_USERS\\", "_X\\"), "predefined"), (text + "x", "follows the closing line"),
                                 (text.replace("@=", "@ "), "line 8: an equals")]:
             with self.subTest(reason):
                 path = self.set_of(registry=damaged.encode("utf-16-le"))

@@ -122,7 +122,7 @@ void addDatabases(CLI::App& app, CommandLine& line)
         ->type_name("DATABASE");
     addFormat(*in, line);
     CLI::Option* replace = in->add_flag("--replace", line.replace, "replaces databases that exist");
-    in->add_flag("--add", line.add, "adds the records to databases that exist")->excludes(replace);
+    in->add_flag("--add", line.add, "adds the records that existing databases don't have yet")->excludes(replace);
     in->callback([&line] {
         const Existing existing = line.replace ? Existing::Replaced : line.add ? Existing::AddedTo : Existing::Refused;
         importDatabases(line.device, line.database, formatOf(line), line.file, existing);
