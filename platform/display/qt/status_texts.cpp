@@ -25,7 +25,10 @@ constexpr std::size_t Registry = 2;
 
 QString bytesText(std::uint64_t bytes)
 {
-    return QLocale().formattedDataSize(static_cast<qint64>(bytes), 1, QLocale::DataSizeSIFormat);
+    // The toolkit writes "kB".
+    return QLocale()
+        .formattedDataSize(static_cast<qint64>(bytes), 1, QLocale::DataSizeSIFormat)
+        .replace(QLatin1String("kB"), QLatin1String("KB"));
 }
 
 QString countText(std::uint32_t count, const char* one, const char* many)
@@ -95,10 +98,9 @@ QLatin1String jobText(const RunProgress& run)
 QString setText(const std::u16string& listPath, bool begins)
 {
     static const QRegularExpression usual(QStringLiteral(R"(^(.*)\\QUILBOX\\QLBX0*(\d+)\.QLT$)"));
-    const QString path = toQt(listPath);
     const QRegularExpressionMatch match = usual.match(QString::fromStdU16String(listPath));
     if (!match.hasMatch())
-        return path;
+        return toQt(listPath);
     const QString storage = match.captured(1);
     return QStringLiteral("%1 %2 on %3")
         .arg(QLatin1String(begins ? "Set" : "set"), match.captured(2),
