@@ -45,7 +45,7 @@ std::optional<Component> ComponentReader::next()
 {
     for (;;) {
         bytes_ = count_ = 0;
-        const auto line = nextLine();
+        auto line = nextLine();
         if (!line) {
             if (inContainer_)
                 refuse("the file ends before END:VCALENDAR", number_);
