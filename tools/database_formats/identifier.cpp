@@ -15,7 +15,7 @@ namespace database_formats {
 std::string Identifiers::of(std::span<const CEPROPVAL> record)
 {
     const CEPROPVAL* own = propertyIn(record, personal::Identifier);
-    const std::string text = own != nullptr ? platform::text::toUtf8(own->val.lpwstr) : std::string();
+    std::string text = own != nullptr ? platform::text::toUtf8(own->val.lpwstr) : std::string();
     if (text.empty())
         return ofContent(record);
     used_.insert(text);
