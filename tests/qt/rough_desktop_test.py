@@ -93,14 +93,20 @@ def lost_with_a_full_card(desktop):
     require("the disk is full" in errors, f"it reports only: {errors}")
 
 
-def lost_under_a_question(desktop):
-    """The question is refused. So the old set stays, and the run makes another one."""
+def asked_to_replace(desktop):
+    """A second backup that asks whether to replace set 1, and the list of that set."""
     case = Case(desktop)
     case.back_up()
     wait_for("set 1", lambda: case.is_sound(1))
     old = case.path_of(1, ".QLT").read_bytes()
     case.back_up()
     case.user.window("Info?")
+    return case, old
+
+
+def lost_under_a_question(desktop):
+    """The question is refused. So the old set stays, and the run makes another one."""
+    case, old = asked_to_replace(desktop)
     case.lose_desktop()
     require(case.path_of(1, ".QLT").read_bytes() == old, "the old set was overwritten")
     case.require_complete(2)
@@ -118,12 +124,7 @@ def ended_amid_a_run(desktop):
 
 def ended_under_a_question(desktop):
     """The question is refused. So the old set stays, and no other one is made."""
-    case = Case(desktop)
-    case.back_up()
-    wait_for("set 1", lambda: case.is_sound(1))
-    old = case.path_of(1, ".QLT").read_bytes()
-    case.back_up()
-    case.user.window("Info?")
+    case, old = asked_to_replace(desktop)
     case.end_session()
     require(case.path_of(1, ".QLT").read_bytes() == old, "the old set was overwritten")
     require(not case.path_of(2, ".QLT").exists() or case.is_sound(2), "the second set isn't sound")
