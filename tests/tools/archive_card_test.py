@@ -221,6 +221,14 @@ class PruneTest(CompanionTest):
             kept = {by_path[line["set"]] for line in map(json.loads, done.text.splitlines()) if line["kept"]}
             self.assertEqual(kept, Kept(dates, rules).dates, (dates, rules))
 
+    def test_of_two_sets_of_one_minute_the_one_written_last_stays(self):
+        date = datetime.datetime(2025, 1, 13)
+        for number, seconds in ((1, 50), (2, 10)):
+            path = Set(made_comment(date)).add(FILE, "\\a", b"x").write(self.folder, number)
+            os.utime(path, (seconds, seconds))
+        self.set_tool("prune", self.folder, "--keep-last", 1)
+        self.assertEqual([path.name for path in self.folder.glob("*.QLT")], ["QLBX0001.QLT"])
+
     def five(self, card):
         for number in range(1, 6):
             date = datetime.datetime(2025, 1, number + 12)

@@ -30,6 +30,7 @@ struct SetDates::Dated {
     std::array<unsigned, 2> dayAndMonth{};  // in the order of the comment
     SetDate date;
     SetDate fileTime;
+    std::int64_t written = 0;  // when the list file was written, in nanoseconds since 1970
     bool hasDate = false;
     std::optional<Order> order;  // nothing: both are possible, or the day equals the month
     bool byNeighbours = false;   // it can't decide others
@@ -169,6 +170,11 @@ const SetDate& SetDates::of(std::size_t set)
     return dates_[set]->date;
 }
 
+std::int64_t SetDates::written(std::size_t set)
+{
+    return read(set).written;
+}
+
 SetDates::Dated& SetDates::read(std::size_t set)
 {
     if (dates_[set])
@@ -176,8 +182,10 @@ SetDates::Dated& SetDates::read(std::size_t set)
     dates_[set] = std::make_unique<Dated>();
     Dated& dated = *dates_[set];
     struct stat status {};
-    if (::stat(pathOf(sets_[set]).c_str(), &status) == 0)
+    if (::stat(pathOf(sets_[set]).c_str(), &status) == 0) {
         dated.fileTime = localTime(status.st_mtime);
+        dated.written = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+    }
     if (const OpenedSet opened(sets_[set]); opened.isOpen())
         readComment(opened.list().comment(), dated);
     if (!dated.hasDate)
@@ -210,7 +218,8 @@ std::vector<std::size_t> byDate(SetDates& dates, std::size_t sets)
 {
     std::vector<std::size_t> order(sets);
     std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::stable_sort(order, {}, [&](std::size_t set) { return dates.of(set).minutes(); });
+    std::ranges::stable_sort(order, {},
+                             [&](std::size_t set) { return std::pair(dates.of(set).minutes(), dates.written(set)); });
     return order;
 }
 

@@ -49,6 +49,8 @@ public:
     ~SetDates();
 
     const SetDate& of(std::size_t set);
+    // When the list file of the set was written, in nanoseconds since 1970. 0 if the host doesn't say.
+    std::int64_t written(std::size_t set);
 
 private:
     struct Dated;
@@ -60,7 +62,8 @@ private:
     std::vector<std::unique_ptr<Dated>> dates_;
 };
 
-// The indexes of the sets, the oldest first. Sets of one date are in their order.
+// The indexes of the sets, the oldest first. A date has no seconds, so of two sets with one date the one whose list
+// file was written first is the older one.
 std::vector<std::size_t> byDate(SetDates& dates, std::size_t sets);
 
 }  // namespace archive
