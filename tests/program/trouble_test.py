@@ -38,20 +38,27 @@ class HostTest(ProgramTest):
         self.assertEqual(done.said, "the script can't be read\n")
         self.assertEqual((self.device / "device.lock").read_text(), "database\n")
 
+    def printed(self, words, locale, stream, terminal=True):
+        """What words writes to the stream "stdout" or "stderr": a terminal may hand out one line in several reads."""
+        reader, writer = os.openpty() if terminal else os.pipe()
+        with open(reader, "rb", buffering=0) as received:
+            subprocess.run(words, **{stream: writer}, check=False, env={**os.environ, "LC_ALL": locale})
+            os.close(writer)
+            text = b""
+            with contextlib.suppress(OSError):  # a terminal ends with EIO
+                while more := received.read(4096):
+                    text += more
+        return text
+
     def test_a_terminal_of_any_locale_gets_only_what_it_can_show(self):
         independent_set.Set().add(independent_set.FILE, "\\Bücher 予\x9b31m", b"x").write(self.folder)
         words = [BIN / "quillbox-set", "list", self.folder / "QLBX0001"]
         for locale, terminal, shown in (("C", True, b"\\B?cher ?<U+009B>31m"), ("C.UTF-8", True, "\\Bücher 予<U+009B>31m".encode()),
                                         ("C", False, "\\Bücher 予<U+009B>31m".encode())):
-            master, slave = os.openpty() if terminal else os.pipe()
-            subprocess.run(words, stdout=slave, check=True, env={**os.environ, "LC_ALL": locale})
-            self.assertIn(shown, os.read(master, 4096))
-            os.close(master)
-            os.close(slave)
-        master, slave = os.openpty()
+            self.assertIn(shown, self.printed(words, locale, "stdout", terminal))
         unknown = os.fsencode(self.folder) + b"/\xc2\x9b31m\xff"
-        subprocess.run([BIN / "quillbox", "--device", unknown, "sets"], stderr=slave, check=False, env={**os.environ, "LC_ALL": "C.UTF-8"})
-        self.assertIn(b"/?31m?\" is not a device", os.read(master, 4096))
+        words = [BIN / "quillbox", "--device", unknown, "sets"]
+        self.assertIn(b"/?31m?\" is not a device", self.printed(words, "C.UTF-8", "stderr"))
 
     def test_folder_that_cannot_be_entered_is_reported(self):
         self.write("shut/a", b"a")
