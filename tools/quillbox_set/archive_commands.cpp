@@ -3,6 +3,7 @@
 #include "archive/keep_options.h"
 #include "archive/set_folder.h"
 #include "comparison.h"
+#include "explanation.h"
 #include "finding.h"
 #include "history.h"
 #include "pruning.h"
@@ -68,6 +69,18 @@ void addSeal(CLI::App& app, CommandLine& line)
     seal->add_flag("--force", line.force, "also seals sets that have changed since they were sealed");
     seal->footer("QLBX0001.SUM is written beside QLBX0001.QLT. `sha256sum -c` checks it without this program.");
     seal->callback([&line] { line.exitCode = sealSets(line.found(), line.force); });
+}
+
+void addExplain(CLI::App& app, CommandLine& line)
+{
+    CLI::App* explain = app.add_subcommand(
+        "explain", "writes a description of the sets and a small reader beside them, for whoever finds the card");
+    explain->add_option("STORAGE", line.where, "as WHERE of `verify`")->required();
+    explain->add_flag("--recursive", line.recursive, "searches folders in depth");
+    explain->add_flag("--force", line.force, "replaces files of these names that have another content");
+    explain->footer("README.TXT says what the files are, and describes the formats. QLBXREAD.PY lists, verifies and\n"
+                    "unpacks the sets on any computer with Python 3.");
+    explain->callback([&line] { line.exitCode = explainSets(line.found(), line.force); });
 }
 
 void addFind(CLI::App& app, CommandLine& line)
@@ -148,6 +161,7 @@ void addArchiveCommands(CLI::App& app, CommandLine& line)
 {
     addVerify(app, line);
     addSeal(app, line);
+    addExplain(app, line);
     addFind(app, line);
     addDiff(app, line);
     addHistory(app, line);
