@@ -1,6 +1,7 @@
 #include "command_runs.h"
 
 #include "command_outcome.h"
+#include "data_digest.h"
 #include "exit_codes.h"
 #include "refusal.h"
 #include "set_care.h"
@@ -80,29 +81,38 @@ Rotation rotated(const Session& session, const BackupOptions& options, DWORD num
     return {};
 }
 
-int endBackup(const Session& session, const BackupOptions& options, DWORD number)
+struct MadeSet {
+    DWORD number = 0;      // 0: there is none
+    bool isWhole = false;  // it has everything that was to be stored
+    SealEnd seal = SealEnd::NotTried;
+};
+
+int endBackup(const Session& session, const BackupOptions& options, const MadeSet& made)
 {
     const kernel::RunProgress run = kernel::runProgress();
-    const auto set = number != 0 ? SummaryOfSet(run.listPath.c_str()) : std::nullopt;
-    const bool stopped = leftItemsUnreached() || (number == 0 && JobIsToStop());
+    const auto set = made.number != 0 ? SummaryOfSet(run.listPath.c_str()) : std::nullopt;
+    const bool stopped = made.seal == SealEnd::Stopped || leftItemsUnreached() || (made.number == 0 && JobIsToStop());
     if (!set)
         return endRun(session.command, stopped ? RunEnd::Stopped : RunEnd::MadeNothing,
                       stopped ? "Stopped before a set was made." : "No set was made.", {{"set", nullptr}});
     const std::string list = session.hostPath(set->listPath);
-    const bool complete = !stopped && whatWasLeftOut(kernel::Since::Start).empty();
-    const Rotation rotation = rotated(session, options, number, complete);
-    const RunEnd end = stopped ? RunEnd::Stopped : rotation.isWhole ? RunEnd::Over : RunEnd::LeftOut;
+    const bool complete = !stopped && made.isWhole;
+    const Rotation rotation = rotated(session, options, made.number, complete);
+    const bool isWhole = rotation.isWhole && made.seal != SealEnd::Failed;
+    const RunEnd end = stopped || rotation.isStopped ? RunEnd::Stopped : isWhole ? RunEnd::Over : RunEnd::LeftOut;
     const std::size_t gone = rotation.removed.size();
-    const std::string begin = stopped ? "Stopped. Set " : "Set ";
+    const std::string begin = end == RunEnd::Stopped ? "Stopped. Set " : "Set ";
     const std::string state = complete ? " is complete: " : stopped ? " has " : " isn't complete. It has ";
     return endRun(session.command, end,
-                  begin + std::to_string(number) + state + itemsText(set->items) + ", " + sizeText(set->bytes) +
+                  begin + std::to_string(made.number) + state + itemsText(set->items) + ", " + sizeText(set->bytes) +
                       " in " + quoted(fs::path(list)) + "." +
+                      (made.seal == SealEnd::Failed ? " It has no checksums." : "") +
                       (gone != 0 ? " Removed " + counted(gone, "old set") + "." : ""),
-                  {{"set", {{"number", number}, {"list", text::toUtf8(set->listPath)}, {"path", list}}},
+                  {{"set", {{"number", made.number}, {"list", text::toUtf8(set->listPath)}, {"path", list}}},
                    {"items", itemsJson(set->items)},
                    {"bytes", run.bytesDone},
                    {"storedBytes", set->bytes},
+                   {"sealed", made.seal == SealEnd::Sealed},
                    {"removed", rotation.removed},
                    {"seconds", secondsOfRun()}});
 }
@@ -114,21 +124,23 @@ int runBackup(const Session& session, const BackupOptions& options)
     const BackupRequest request = requestOf(options, session);
     const RunPlan plan = PrepareBackup(request);
     if (JobIsToStop())
-        return endBackup(session, options, 0);
+        return endBackup(session, options, {});
     if (plan.refused)
         return endRefused(session.command, text::toUtf8(plan.sentence), ExitNothingDone);
     if (options.dryRun)
         return tellBackupPlan(session, plan, request.storage);
     if (session.showsProgress())
         std::cerr << onScreen("Storing " + planOf(session, plan, request.storage)) << '\n';
-    DWORD number = 0;
+    MadeSet made;
+    DataDigest digest(session, !options.leavesUnsealed);
     {
         const ProgressLine line(session.showsProgress());
-        number = PerformBackup();
+        made.number = PerformBackup();
     }
-    if (number != 0 && !options.leavesUnsealed && !JobIsToStop())
-        sealNewSet(session, kernel::runProgress().listPath);
-    return endBackup(session, options, number);
+    made.isWhole = whatWasLeftOut(kernel::Since::Start).empty();
+    if (made.number != 0 && !options.leavesUnsealed && !JobIsToStop())
+        made.seal = sealNewSet(session, kernel::runProgress().listPath, digest.finish());
+    return endBackup(session, options, made);
 }
 
 }  // namespace platform::device

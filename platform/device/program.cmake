@@ -2,7 +2,7 @@
 set(folder ${CMAKE_CURRENT_LIST_DIR})
 add_executable(quillbox ${folder}/main.cpp ${folder}/command_backup.cpp ${folder}/command_names.cpp ${folder}/command_outcome.cpp
                         ${folder}/command_profile.cpp ${folder}/command_restore.cpp ${folder}/command_run.cpp
-                        ${folder}/command_session.cpp ${folder}/command_sets.cpp ${folder}/set_care.cpp ${folder}/telling.cpp
+                        ${folder}/command_session.cpp ${folder}/command_sets.cpp ${folder}/data_digest.cpp ${folder}/set_care.cpp ${folder}/telling.cpp
                         ${folder}/terminal.cpp)
 target_link_libraries(quillbox PRIVATE quillbox_flags quillbox_program platform_device platform_headless platform_kernel platform_text
                                        platform_resource quillbox_resources platform_start archive nlohmann_json::nlohmann_json)

@@ -4,14 +4,13 @@
 #include "refusal.h"
 #include "telling.h"
 
+#include "archive/fault_text.h"
 #include "archive/long_work.h"
 #include "archive/opened_set.h"
 #include "archive/rotation.h"
-#include "archive/seal.h"
 #include "archive/set_search.h"
 
 #include "ce/error.h"
-#include "ce/outcome.h"
 
 namespace platform::device {
 
@@ -28,19 +27,25 @@ std::optional<archive::SetFiles> filesOf(const Session& session, const std::u16s
 
 }  // namespace
 
-void sealNewSet(const Session& session, const std::u16string& listPath)
+SealEnd sealNewSet(const Session& session, const std::u16string& listPath,
+                   const std::optional<archive::FileDigest>& data)
 {
+    const auto failed = [&](const std::string& reason) {
+        (void)tell("The checksums of the set can't be written: " + reason + ".", ExitLeftOut);
+        return SealEnd::Failed;
+    };
     const auto files = filesOf(session, listPath);
     if (!files)
-        return ReportItem(OutcomeNotStored, OutcomeFile, listPath.c_str(), ERROR_FILE_NOT_FOUND);
+        return failed("its list file is missing");
     const archive::SetMount set(*files, "");
     try {
-        const auto digests = archive::digestsOf(*set);
-        const DWORD error = digests ? archive::writeSeal(*files, *set, *digests) : ERROR_HANDLE_EOF;
-        if (error != ERROR_SUCCESS)
-            ReportItem(OutcomeNotStored, OutcomeFile, (*set).sumPath.c_str(), error);
+        const auto digests = archive::digestsOf(*set, data);
+        if (!digests)
+            return failed("it can't be read");
+        const DWORD error = archive::writeSeal(*files, *set, *digests);
+        return error == ERROR_SUCCESS ? SealEnd::Sealed : failed(archive::errorText(error));
     } catch (const archive::Stopped&) {
-        ReportItem(OutcomeNotReached, OutcomeFile, (*set).sumPath.c_str(), ERROR_SUCCESS);
+        return SealEnd::Stopped;
     }
 }
 
@@ -74,6 +79,7 @@ Rotation rotateSets(const Session& session, const std::u16string& listPath, cons
         }
     } catch (const archive::Stopped&) {
         failed("The run was stopped before all old sets were removed.");
+        rotation.isStopped = true;
     }
     return rotation;
 }

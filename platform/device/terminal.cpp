@@ -1,5 +1,7 @@
 #include "terminal.h"
 
+#include "background_thread.h"
+
 #include "telling.h"
 
 #include "kernel/run_progress.h"
@@ -110,15 +112,8 @@ std::string sizeText(std::uint64_t bytes)
 
 ProgressLine::ProgressLine(bool shown)
 {
-    if (!shown)
-        return;
-    // The thread of the run must get the signals, because one has to interrupt its question.
-    sigset_t all;
-    sigset_t before;
-    (void)sigfillset(&all);
-    (void)pthread_sigmask(SIG_SETMASK, &all, &before);
-    thread_ = std::thread([this] { showUntilEnd(); });
-    (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (shown)
+        thread_ = startBackgroundThread([this] { showUntilEnd(); });
 }
 
 ProgressLine::~ProgressLine()

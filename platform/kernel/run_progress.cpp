@@ -23,6 +23,7 @@ struct State {
     std::array<std::atomic<DWORD>, 3> made{};
     std::atomic<std::uint64_t> bytesOfDone = 0;
     std::atomic<std::uint64_t> bytesOfCurrent = 0;
+    std::atomic<std::uint64_t> storedBytes = 0;
 };
 
 State& state()
@@ -51,6 +52,7 @@ RunProgress runProgress()
         progress.made[kind] = all.made[kind].load(std::memory_order_relaxed);
     progress.bytesDone =
         all.bytesOfDone.load(std::memory_order_relaxed) + all.bytesOfCurrent.load(std::memory_order_relaxed);
+    progress.storedBytes = all.storedBytes.load(std::memory_order_relaxed);
     return progress;
 }
 
@@ -75,11 +77,17 @@ void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes
         made = 0;
     all.bytesOfDone = 0;
     all.bytesOfCurrent = 0;
+    all.storedBytes = 0;
 }
 
 void ReportItemBytes(std::uint64_t bytes)
 {
     state().bytesOfCurrent.store(bytes, std::memory_order_relaxed);
+}
+
+void ReportStoredBytes(std::uint64_t bytes)
+{
+    state().storedBytes.store(bytes, std::memory_order_relaxed);
 }
 
 void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made)

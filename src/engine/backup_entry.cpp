@@ -167,7 +167,9 @@ BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE str
 
 void EndEntry(BackupRun& run, BackupEntry& entry)
 {
-    if (!HandOverFileBuffers(run.dataFile))
+    if (HandOverFileBuffers(run.dataFile))
+        ReportStoredBytes(run.dataBytes);
+    else
         NoteFailure(run.item, GetLastError());
     if (!WriteEntryEnd(run.listFile, run.dataBytes) || !HandOverFileBuffers(run.listFile)) {
         NoteFailure(run.item, GetLastError());

@@ -137,11 +137,13 @@ SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted)
     return check;
 }
 
-std::optional<SetDigests> digestsOf(const MountedSet& mounted)
+std::optional<SetDigests> digestsOf(const MountedSet& mounted, const std::optional<FileDigest>& data)
 {
     const auto list = digestOfFile(mounted.listPath);
-    const auto data = list ? digestOfFile(mounted.dataPath) : std::nullopt;
-    return data ? std::optional(SetDigests{*list, *data}) : std::nullopt;
+    if (list && data && OpenFile(mounted.dataPath, GENERIC_READ, OPEN_EXISTING).size() == data->bytes)
+        return SetDigests{*list, data->digest};
+    const auto read = list ? digestOfFile(mounted.dataPath) : std::nullopt;
+    return read ? std::optional(SetDigests{*list, *read}) : std::nullopt;
 }
 
 DWORD writeSeal(const SetFiles& files, const MountedSet& mounted, const SetDigests& digests)

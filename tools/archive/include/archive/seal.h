@@ -23,8 +23,14 @@ struct SetDigests {
     Digest data;
 };
 
-// Nothing if a file of the set can't be read to its end.
-std::optional<SetDigests> digestsOf(const MountedSet& mounted);
+struct FileDigest {
+    Digest digest;
+    std::uint64_t bytes;  // size of the file
+};
+
+// Nothing if a file of the set can't be read to its end. If `data` has the size of the data file, it counts, and the
+// data file isn't read.
+std::optional<SetDigests> digestsOf(const MountedSet& mounted, const std::optional<FileDigest>& data = std::nullopt);
 
 // Writes the file with these checksums. It replaces an older one. Returns ERROR_SUCCESS or the error.
 [[nodiscard]] DWORD writeSeal(const SetFiles& files, const MountedSet& mounted, const SetDigests& digests);
