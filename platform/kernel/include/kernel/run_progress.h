@@ -17,7 +17,7 @@ struct RunProgress {
     DWORD items = 0;  // in all
     std::uint64_t bytes = 0;
     DWORD itemsDone = 0;
-    std::uint64_t bytesDone = 0;  // of these items and of the current one
+    std::uint64_t bytesDone = 0;    // of these items and of the current one
     std::uint64_t storedBytes = 0;  // of the set's data file that are on the host and stay as they are
     std::array<DWORD, 3> made{};    // items that are whole in the set or on the device: files, databases, registry
     std::chrono::steady_clock::duration time{};  // since the run began, or what it took
