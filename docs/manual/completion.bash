@@ -21,7 +21,15 @@ _@name@_paths() { # WORD FIND-TEST...
     done
 }
 
-# The values of a kind. device and set are what the other words name.
+# The numbers of the sets on the storage: the main device, a card, or a folder of this computer.
+_@name@_numbers() {
+    local folder=$device/cards/$storage
+    [[ $storage = 'Main device' ]] && folder=$device/object-store
+    [[ $storage = */* ]] && folder=${storage/#\~\//$HOME/}
+    (cd "$folder/QUILBOX" 2>/dev/null && printf '%s\n' QLBX*.QLT | sed -nE 's/^QLBX0*([0-9]+)\.QLT$/\1/p')
+}
+
+# The values of a kind. device, storage and set are what the other words name.
 _@name@_values() { # KIND WORD
     local store=$device/object-store path
     case $1 in
@@ -33,6 +41,7 @@ _@name@_values() { # KIND WORD
             [[ -z $set ]] && quillbox-device database list "$device" 2>/dev/null | sed -nE 's/^database (.*): type .*/\1/p'
             [[ -z $set && $2 = /* ]] && _@name@_paths "$store$2" | sed "s|^$store||" ;;
         DATABASE) quillbox-device database list "$device" 2>/dev/null | sed -nE 's/^database (.*): type .*/\1/p' ;;
+        NUMBER) _@name@_numbers ;;
         PROFILE) (cd "${XDG_CONFIG_HOME:-$HOME/.config}/quillbox" 2>/dev/null && printf '%s\n' *.toml | sed 's/\.toml$//') ;;
         NAME=DIR*) [[ $2 = *=* ]] && _@name@_paths "${2#*=}" '/' | sed "s|^|${2%%=*}=|" ;;
         DIR | DEVICE) _@name@_paths "$2" '/' ;;
@@ -45,12 +54,13 @@ _@name@_values() { # KIND WORD
 }
 
 _@name@_candidates() { # WORD...
-    local command='' argument=1 value='' device=${XDG_DATA_HOME:-$HOME/.local/share}/quillbox/device set='' word row
+    local command='' argument=1 value='' device=${XDG_DATA_HOME:-$HOME/.local/share}/quillbox/device storage='' set='' word row
     while (($# > 1)); do
         word=$1
         shift
         if [[ -n $value ]]; then
             [[ $value = DEVICE ]] && device=$word
+            [[ $value = STORAGE ]] && storage=$word
             value=''
         elif [[ $word = -* ]]; then
             value=$(awk -F'\t' -v c="$command" -v w="$word" '(c == $1 || $1 == "") && w == $2 { print $3; exit }' <<<"$_@name@_rows")

@@ -59,12 +59,15 @@ class ManualTest(InstallationTest):
 
     def test_words_are_completed_from_what_is_there(self):
         self.run_tool("bash", "-euc", "quillbox-device init --demonstration device; mkdir -p card ~/.config/quillbox; "
-                      "touch ~/.config/quillbox/nightly.toml; quillbox --device device backup --to ./card --quiet", env=self.user, cwd=self.folder)
+                      "touch ~/.config/quillbox/nightly.toml; quillbox --device device backup --to ./card --quiet; "
+                      "mkdir -p 'device/cards/Storage Card/QUILBOX'; touch 'device/cards/Storage Card/QUILBOX/QLBX0002.QLT'", env=self.user, cwd=self.folder)
         for program, words, found in (
                 ("quillbox", ["b"], {"backup"}), ("quillbox-device", ["database", ""], {"list", "export", "import"}),
                 ("quillbox", ["restore", "card/Q"], {"card/QUILBOX/"}), ("quillbox", ["restore", "card/QUILBOX/"], {"card/QUILBOX/QLBX0001.QLT"}),
                 ("quillbox", ["restore", "--existing", ""], {"skip", "replace"}), ("quillbox", ["--profile", ""], {"nightly"}),
                 ("quillbox", ["--device", "device", "backup", "--to", "S"], {"Storage Card"}),
+                ("quillbox", ["backup", "--to", "./card", "--replace", ""], {"1"}),
+                ("quillbox", ["--device", "device", "backup", "--to", "Storage Card", "--replace", ""], {"2"}),
                 ("quillbox", ["--device", "device", "backup", "--item", "/My"], {"/My Documents/"}),
                 ("quillbox", ["restore", "card/QUILBOX/QLBX0001", "--item", "\\Windows\\Fo"], {"\\Windows\\Fonts\\Plain.fnt"}),
                 ("quillbox-set", ["cat", "card/QUILBOX/QLBX0001", "Tas"], {"Tasks Database"}),
