@@ -18,8 +18,8 @@ void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes
 // The bytes of the current item that are done so far. For items that take long; a run needn't call it.
 void ReportItemBytes(std::uint64_t bytes);
 
-// The first `bytes` bytes of the set's data file have been passed to the host, and the run won't change them. For a host
-// that reads them during the run.
+// The first `bytes` bytes of the set's data file have been passed to the host, and the run won't change them. For a
+// host that reads them during the run.
 void ReportStoredBytes(std::uint64_t bytes);
 
 // The current item is done. `kind` is OutcomeFile and so on (ce/outcome.h), `bytes` its size as far as the run knows
