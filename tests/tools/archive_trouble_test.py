@@ -59,6 +59,17 @@ class TroubleTest(CompanionTest):
             self.assertGreater(stops, 0, name)
 
     @needs_strace
+    def test_ctrl_c_in_a_large_item_leaves_no_part_of_it(self):
+        record = [(0x37001F, "x" * 1000)]
+        large = Set().add(FILE, "\\a", os.urandom(4_000_000)).add(DATABASE, "Tasks", image_bytes("Tasks", 26, [], [record] * 3000))
+        path = large.write(self.folder / "large", 1)
+        for name in ("\\a", "Tasks"):
+            command = [BIN / "quillbox-set", "extract", path, self.folder / "out", name]
+            done = traced(command, "pwrite64", "pwrite64:signal=INT:when=2")
+            self.assertEqual(done.returncode, -2)
+            self.assertEqual(self.content(self.folder / "out"), {})
+
+    @needs_strace
     def test_sets_that_vanish_in_the_middle_are_named_and_never_pass_as_sound(self):
         commands = self.commands()
         for name in ("verify", "find", "history", "diff", "covered", "prune"):

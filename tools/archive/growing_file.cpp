@@ -1,5 +1,7 @@
 #include "archive/growing_file.h"
 
+#include "archive/long_work.h"
+
 #include "file/file_move.h"
 #include "file/whole_file.h"
 
@@ -84,6 +86,7 @@ bool GrowingFile::write(std::span<const std::byte> bytes)
 
 BOOL GrowingFile::writeRaw(const BYTE* raw, DWORD bytes, void* target)
 {
+    checkStop();
     return static_cast<GrowingFile*>(target)->write(std::as_bytes(std::span(raw, bytes))) ? TRUE : FALSE;
 }
 

@@ -1,5 +1,6 @@
 #include "database_commands.h"
 
+#include "archive/long_work.h"
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
@@ -33,6 +34,7 @@ void exportOne(const StoredDatabase& database, database_formats::DatabaseWriter&
         ReadBlock block;
         WORD count = 0;
         while (CeReadRecordProps(opened.handle(), CEDB_ALLOWREALLOC, &count, nullptr, &block.bytes, &block.size) != 0) {
+            archive::checkStop();
             if (count != 0)  // no reader takes a record without properties
                 writer.add({reinterpret_cast<const CEPROPVAL*>(block.bytes), count});
         }

@@ -1,5 +1,6 @@
 #include "host_files.h"
 
+#include "archive/long_work.h"
 #include "failure.h"
 
 #include "host/files.h"
@@ -111,6 +112,7 @@ Output::~Output()
 // A file that replaces another one gets the other one's rights at the end. Until then only its owner can read it.
 void Output::openTemporary()
 {
+    archive::catchSignals();  // from here on there is something to remove
     TemporaryFile made = makeBeside(target_, replaced_ ? 0600 : 0666);
     temporary_ = made.path;
     disk_ = std::move(made.opened);

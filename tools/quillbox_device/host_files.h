@@ -28,7 +28,8 @@ private:
 
 // A new file of the host, or standard output for "-". The file has its name, and is on the disk, only when finish() has
 // returned. If the name is a link, the file that the link leads to is replaced. The new file gets the rights of the one
-// that it replaces. A pipe, a device or another object that is no regular file is written to directly.
+// that it replaces. A signal makes archive::checkStop() throw from then on. A pipe, a device or another object that is
+// no regular file is written to directly.
 class Output {
 public:
     // Throws a Failure if the file can't be made. Without `force` also if there is a file or a disk of the name.

@@ -138,7 +138,10 @@ void addCovered(CLI::App& app, CommandLine& line)
     covered->footer(
         "Changes nothing on the device. Cards aren't compared, because they aren't erased with it.\n"
         "Exit code: 0 everything is covered; 1 not everything, or a change meanwhile; 2 no such device or set.");
-    covered->callback([&line] { line.exitCode = showCoverage(line.device, line.where, line.recursive); });
+    covered->callback([&line] {
+        archive::catchSignals();
+        line.exitCode = showCoverage(line.device, line.where, line.recursive);
+    });
 }
 
 int run(int count, char** arguments)
@@ -181,7 +184,6 @@ int report(const std::exception& error, int exitCode)
 int main(int count, char** arguments)
 {
     platform::kernel::secureStandardStreams();
-    archive::catchSignals();
     try {
         const int exitCode = run(count, arguments);
         if (!platform::kernel::standardOutputIsWritten())

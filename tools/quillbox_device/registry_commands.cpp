@@ -1,5 +1,6 @@
 #include "registry_commands.h"
 
+#include "archive/long_work.h"
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
@@ -18,6 +19,7 @@ std::size_t readFrom(Input& input, const std::string& file, std::span<std::byte>
     if (input.stream().bad())  // not the end of the file: the Failure undoes the import
         throw Failure("\"" + file + "\" can't be read. Nothing was imported.");
     return static_cast<std::size_t>(input.stream().gcount());
+        archive::checkStop();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "database_text.h"
 
 #include "archive/fault_text.h"
+#include "archive/long_work.h"
 #include "archive/record_content.h"
 #include "target_stream.h"
 #include "unpacked_image.h"
@@ -59,6 +60,7 @@ std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const Im
             const std::size_t first = groupBefore(image, end);
             ImageRecords records;
             if (!unpacked.read(first, end, records))
+            checkStop();
                 return "its image can't be read again";
             addBackwards(*writer, records);
             end = first;
