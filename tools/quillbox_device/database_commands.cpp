@@ -86,7 +86,7 @@ void listDatabases(const fs::path& device)
 void exportDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Format> format,
                      const std::string& file, bool force)
 {
-    const auto opened = openExisting(device);
+    const DeviceToRead opened(device);
     const Format wanted = format.value_or(database_formats::formatOfFile(file));
     const auto databases = wantedDatabases(name, wanted);
     Output output(file, force);
@@ -108,7 +108,7 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
     if (wanted == Format::Csv && !name)
         throw Failure("A CSV file doesn't contain the name of its database. Give it with --name.", exitBadUsage);
     Input input(file);
-    const auto opened = openExisting(device);
+    const DeviceToRead opened(device);
     database_formats::LeftOut leftOut;
     std::string summary;
     std::vector<std::u16string> namesOfNoFile;

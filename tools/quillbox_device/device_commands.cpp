@@ -74,16 +74,16 @@ bool holdsName(const fs::path& objectStore, const std::string& name)
 
 void show(const fs::path& device)
 {
-    const auto opened = openExisting(device);
-    std::uintmax_t closedFolders = printContent("object store", opened->folder() / "object-store");
-    for (const auto& entry : fs::directory_iterator(opened->folder() / "cards"))
+    const DeviceToRead opened(device);
+    std::uintmax_t closedFolders = printContent("object store", opened.folder() / "object-store");
+    for (const auto& entry : fs::directory_iterator(opened.folder() / "cards"))
         if (entry.symlink_status().type() == fs::file_type::directory)
             closedFolders += printContent("card " + entry.path().filename().string(), entry.path());
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
         print(folder);
     for (const StoredDatabase& database : storedDatabases())
         print(database);
-    if (fs::exists(fs::symlink_status(opened->folder() / "registry.refused")))
+    if (fs::exists(fs::symlink_status(opened.folder() / "registry.refused")))
         std::cout << "registry.refused: a restored registry that was damaged and not put in force\n";
     if (closedFolders != 0)
         throw Failure(screen_text::counted(closedFolders, "folder") +
@@ -101,7 +101,7 @@ void init(const fs::path& device, bool demonstration)
 
 void listCards(const fs::path& device)
 {
-    const auto opened = openExisting(device);
+    const DeviceToRead opened(device);
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
         print(folder);
 }

@@ -10,8 +10,12 @@
 #include "store/object_store.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstdlib>
 #include <iostream>
 #include <system_error>
 #include <utility>
@@ -42,6 +46,26 @@ bool copyRights(const fs::path& from, const fs::path& to)
            platform::host::setRights(opened.get(), {status.st_uid, status.st_gid, status.st_mode}) == 0;
 }
 
+void requireDevice(const fs::path& folder)
+{
+    std::error_code error;
+    const bool there = fs::is_directory(folder / "object-store", error);
+    if (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory)
+        throw Failure("\"" + folder.string() + "\" can't be read: " + error.message() + ".", exitBadUsage);
+    if (!there)
+        throw Failure("\"" + folder.string() + "\" is not a device: it has no folder \"object-store\".", exitBadUsage);
+}
+
+void warn(const std::string& sentence)
+{
+    std::cerr << "quillbox-device: " << screen_text::onScreen(sentence) << '\n';
+}
+
+bool isClosedToWriting(const fs::path& path)
+{
+    return ::access(path.c_str(), W_OK) != 0 && errno != ENOENT;
+}
+
 // Deletes the changing copy at its end, unless the copy has been renamed and is the database by then. It also deletes
 // the files of an earlier change that was killed, because SQLite would apply that change's log to the new copy.
 class Copy {
@@ -67,15 +91,64 @@ private:
 
 std::unique_ptr<platform::device::Device> openExisting(const fs::path& folder)
 {
-    std::error_code error;
-    if (!fs::is_directory(folder / "object-store", error))
-        throw Failure("\"" + folder.string() + "\" is not a device: it has no folder \"object-store\".", exitBadUsage);
+    requireDevice(folder);
     auto opened = platform::device::openDevice(folder, {}, false);
     if (!opened.device)
         throw Failure(opened.error.sentence);
     for (const std::string& warning : opened.warnings)
-        std::cerr << "quillbox-device: " << screen_text::onScreen(warning) << '\n';
+        warn(warning);
     return std::move(opened.device);
+}
+
+DeviceToRead::DeviceToRead(const fs::path& folder) : folder_(fs::absolute(folder).lexically_normal())
+{
+    requireDevice(folder_);
+    if (!isClosedToWriting(folder_) && !isClosedToWriting(folder_ / "device.db") &&
+        !isClosedToWriting(folder_ / "device.lock")) {
+        device_ = openExisting(folder_);
+        return;
+    }
+    try {
+        openCopy();
+    } catch (const fs::filesystem_error& error) {
+        throw Failure("The device's database can't be copied: " + error.code().message() + ".");
+    }
+}
+
+DeviceToRead::~DeviceToRead()
+{
+    std::error_code ignored;
+    if (!device_)
+        closeDatabase();
+    if (!copy_.empty())
+        fs::remove_all(copy_, ignored);
+}
+
+// The log beside the database may hold changes of a process that was killed, and a staged registry is to replace the
+// one in the database. A reading that excludes a writer needs a lock, but where nobody can write there may be no lock
+// file.
+void DeviceToRead::openCopy()
+{
+    lock_ = platform::host::Descriptor(::open((folder_ / "device.lock").c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+    if (lock_ && ::flock(lock_.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        throw Failure("The device \"" + folder_.string() + "\" is open in another Quillbox.");
+    std::string made = (fs::temp_directory_path() / "quillbox-XXXXXX").string();
+    if (!::mkdtemp(made.data()))
+        throw Failure("A folder for temporary files can't be made: \"" + made + "\".");
+    copy_ = made;
+    const fs::path database = fs::weakly_canonical(folder_ / "device.db");
+    for (const auto& [from, to] :
+         {std::pair(database, "device.db"), std::pair(fs::path(database.string() + "-wal"), "device.db-wal"),
+          std::pair(folder_ / "registry.staged", "registry.staged")})
+        if (fs::exists(from))
+            fs::copy_file(from, fs::path(copy_) / to);
+        else if (from == database && lock_ && fs::file_size(folder_ / "device.lock") != 0)
+            warn("\"" + from.string() + "\" is missing: the device has no databases and an empty registry.");
+    std::string sentence;
+    if (!platform::registry::openRegistry(fs::path(copy_) / "device.db", sentence))
+        throw Failure(sentence);
+    if (!sentence.empty())
+        warn(sentence);
 }
 
 void changeAsAWhole(const platform::device::Device& device, const std::function<void()>& change)

@@ -26,7 +26,7 @@ std::size_t readFrom(Input& input, const std::string& file, std::span<std::byte>
 
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force)
 {
-    const auto opened = openExisting(device);
+    const DeviceToRead opened(device);
     Output output(file, force);
     const bool written = platform::registry::writeContent([&](std::span<const std::byte> bytes) {
         output.stream().write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
