@@ -77,6 +77,25 @@ public:
         return step_ == Step::Done;
     }
 
+    bool removedKey(const KeyPath& path) override
+    {
+        path_ = {path.root, {}};  // the rows that are known may be below the key
+        rows_.clear();
+        std::int64_t parent = path.root;
+        for (std::size_t level = 0; level + 1 < path.levels.size(); ++level) {
+            step_ = findKey(connection_, parent, path.levels[level], parent);
+            if (step_ != Step::Row)
+                return step_ == Step::Done;
+        }
+        step_ = removeKey(connection_, parent, path.levels.back());
+        return step_ == Step::Done;
+    }
+    bool removedValue(std::u16string_view name) override
+    {
+        step_ = removeValue(connection_, row(), name);
+        return step_ == Step::Done;
+    }
+
     // The result of the last change.
     [[nodiscard]] Step step() const { return step_; }
 

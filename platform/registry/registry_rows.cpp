@@ -22,17 +22,24 @@ std::u16string folded(std::u16string_view name)
 
 }  // namespace
 
-Step openOrMakeKey(Connection& connection, std::int64_t parent, std::u16string_view name, FoundKey& key)
+Step findKey(Connection& connection, std::int64_t parent, std::u16string_view name, std::int64_t& key)
 {
     const std::u16string sought = folded(name);
     Statement find = connection.prepare("SELECT id FROM registry_key WHERE parent = ? AND folded = ?");
     const Step found = find.bind(parent, sought).step();
-    key.made = found == Step::Done;
     if (found == Step::Row)
-        key.row = find.integer(0);
+        key = find.integer(0);
+    return found;
+}
+
+Step openOrMakeKey(Connection& connection, std::int64_t parent, std::u16string_view name, FoundKey& key)
+{
+    const Step found = findKey(connection, parent, name, key.row);
+    key.made = found == Step::Done;
     if (found != Step::Done)
         return found == Step::Row ? Step::Done : found;
 
+    const std::u16string sought = folded(name);
     Statement make = connection.prepare("INSERT INTO registry_key (parent, name, folded) VALUES (?, ?, ?)");
     const Step made = make.bind(parent, name, sought).step();
     key.row = connection.lastInsertId();
@@ -68,6 +75,19 @@ Statement valuesOf(Connection& connection, std::int64_t key)
     Statement values = connection.prepare("SELECT name, type, data FROM registry_value WHERE key = ? ORDER BY folded");
     values.bind(key);
     return values;
+}
+
+Step removeValue(Connection& connection, std::int64_t key, std::u16string_view name)
+{
+    const std::u16string sought = folded(name);
+    return connection.prepare("DELETE FROM registry_value WHERE key = ? AND folded = ?").bind(key, sought).step();
+}
+
+// The database deletes what refers to the key.
+Step removeKey(Connection& connection, std::int64_t parent, std::u16string_view name)
+{
+    const std::u16string sought = folded(name);
+    return connection.prepare("DELETE FROM registry_key WHERE parent = ? AND folded = ?").bind(parent, sought).step();
 }
 
 Step removeEverything(Connection& connection)

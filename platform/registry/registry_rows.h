@@ -33,6 +33,14 @@ struct FoundKey {
 // Rows of name, type and data: the values of a key, ordered by name without case, so the default value is first.
 [[nodiscard]] database::Statement valuesOf(database::Connection& connection, std::int64_t key);
 
+// Deletes a value, or a key with all below it, if there is one. Done, or how it failed.
+[[nodiscard]] database::Step removeValue(database::Connection& connection, std::int64_t key, std::u16string_view name);
+[[nodiscard]] database::Step removeKey(database::Connection& connection, std::int64_t parent, std::u16string_view name);
+
+// Finds the key of that name below `parent`: Row, Done if there is none, or how it failed.
+[[nodiscard]] database::Step findKey(database::Connection& connection, std::int64_t parent, std::u16string_view name,
+                                     std::int64_t& key);
+
 // Deletes all values and all keys except the predefined ones. Done, or how it failed.
 [[nodiscard]] database::Step removeEverything(database::Connection& connection);
 

@@ -16,6 +16,7 @@ namespace {
 constexpr std::size_t PieceBytes = 65536;
 constexpr char16_t ByteOrderMark = 0xFEFF;
 constexpr std::u16string_view Headline = u"Windows Registry Editor Version 5.00";
+constexpr std::u16string_view OldHeadline = u"REGEDIT4";
 constexpr std::u16string_view ClosingWords = u"; End of registry: ";
 constexpr std::size_t LongestComment = 256;  // longer comments are cut; a closing line is shorter
 // Each character of each name may be an escape of six characters.
@@ -126,6 +127,7 @@ private:
     void readValue();
     void readData(DWORD& type);
     void readBytes();
+    void widenBytes();
     void readText();
     [[nodiscard]] std::u16string readName();
     [[nodiscard]] char16_t readQuotedUnit();
@@ -139,6 +141,8 @@ private:
     RegistryTextSink& sink_;
     std::vector<std::byte> data_;  // of the value that is read
     std::size_t keys_ = 0;
+    bool hasKey_ = false;  // values belong to the last key
+    bool old_ = false;     // version 4, whose texts in hexadecimal digits have one byte for each character
     std::size_t values_ = 0;
     bool closed_ = false;
 };
@@ -167,7 +171,8 @@ void Reader::readHeadline()
 {
     if (!units_.takeIf(ByteOrderMark))
         throw Fault{"the file is no UTF-16 text with a byte order mark; save it as a version 5.00 file"};
-    for (const char16_t expected : Headline)
+    old_ = wholeness_ == Wholeness::Free && units_.next() == OldHeadline.front();
+    for (const char16_t expected : old_ ? OldHeadline : Headline)
         if (!units_.takeIf(expected))
             throw Fault{"the first line isn't that of a registry file"};
     endLine();
@@ -264,18 +269,20 @@ void Reader::readKey()
     if (end == std::u16string::npos || line[end] != u']')
         throw Fault{"the key's bracket isn't closed"};
     line.resize(end);
-    if (line.starts_with(u'-'))
-        throw Fault{"deleting a key isn't supported"};
-    const KeyPath path = pathOf(line);
+    const bool removed = wholeness_ == Wholeness::Free && line.starts_with(u'-');
+    const KeyPath path = pathOf(std::u16string_view(line).substr(removed ? 1 : 0));
+    if (removed && path.levels.empty())
+        throw Fault{"a predefined key can't be deleted"};
     endLine();
     ++keys_;
-    if (!sink_.key(path))
+    hasKey_ = !removed;
+    if (!(removed ? sink_.removedKey(path) : sink_.key(path)))
         throw SinkEnded{};
 }
 
 void Reader::readValue()
 {
-    if (keys_ == 0)
+    if (!hasKey_)
         throw Fault{"there is no key before the value"};
     const std::u16string name = readName();
     skipBlanks();
@@ -284,8 +291,12 @@ void Reader::readValue()
     skipBlanks();
     DWORD type = REG_SZ;
     data_.clear();
-    if (units_.next() == u'-')
-        throw Fault{"deleting a value isn't supported"};
+    if (wholeness_ == Wholeness::Free && units_.takeIf(u'-')) {
+        endLine();
+        if (!sink_.removedValue(name))
+            throw SinkEnded{};
+        return;
+    }
     if (units_.takeIf(u'"'))
         readText();
     else
@@ -357,6 +368,8 @@ void Reader::readData(DWORD& type)
         throw Fault{"a colon is missing"};
     if (!number) {
         readBytes();
+        if (old_ && (type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ))
+            widenBytes();
         return;
     }
     const std::uint32_t value = readHexadecimal(1, 8);
@@ -383,6 +396,18 @@ void Reader::readBytes()
         skipBlanks();
         if (!units_.takeIf(u','))
             return;
+    }
+}
+
+void Reader::widenBytes()
+{
+    std::vector<std::byte> bytes;
+    bytes.swap(data_);
+    for (const std::byte byte : bytes) {
+        if (byte >= std::byte{0x80})
+            throw Fault{"a text in hexadecimal digits has a character that isn't ASCII; save the file as version 5.00"};
+        addByte(std::to_integer<unsigned>(byte));
+        addByte(0);
     }
 }
 

@@ -1,7 +1,11 @@
 """quillbox-device as its users run it: an export returns what was imported, and a command that fails changes nothing."""
 import contextlib
+import fcntl
 import json
 import os
+import shutil
+import signal
+import sqlite3
 import subprocess
 import time
 import unittest
@@ -119,16 +123,13 @@ class ContentTest(DeviceToolTest):
         self.assertIn('[HKEY_USERS\\a]\r\n"changed"=dword:00000005\r\n"kept"="1"\r\n', before[1].decode("utf-16"))
         for name, body, fault in (("cut", '[HKEY_USERS\\b]\n@="x"\n"y"="z', "line 5: a text isn't closed"),
                                   ("root", "[HKEY_NONE]\n", "line 3: the key is below none of the predefined ones"),
-                                  ("value", "[HKEY_USERS]\n\"a\"=-\n", "line 4: deleting a value isn't supported"),
-                                  ("key", "[HKEY_USERS]\n[-HKEY_USERS\\a]\n", "line 4: deleting a key isn't supported")):
+                                  ("all", "[-HKEY_USERS]\n", "line 3: a predefined key can't be deleted"),
+                                  ("deleted", '[-HKEY_USERS\\a]\n"x"="y"\n', "line 4: there is no key before the value"),
+                                  ("late", '[-HKEY_USERS\\a]\n[HKEY_USERS]\n"kept"=-x\n', "line 5: the line goes on"),
+                                  ("number", '[HKEY_USERS]\n"y"=dword:\n', "line 4: a hexadecimal number is missing")):
             with self.subTest(name):
                 said = self.tool("registry", "import", self.device, self.registry_file(name, body), code=1)
                 self.assertIn(f'{name}", {fault}', said)
-        # In 8 bits, with and without a mark, of odd and even size.
-        for head in ("REGEDIT4\n", REGISTRY_HEAD[1:], REGISTRY_HEAD):
-            for end in ("", "\n"):
-                said = self.tool("registry", "import", self.device, self.file("8 bit", head + "[HKEY_USERS]\n" + end), code=1)
-                self.assertIn("line 1: the file is no UTF-16 text with a byte order mark; save it as a version 5.00 file", said)
         self.assertEqual(self.everything(), before)
 
         other, out = self.folder / "other", self.folder / "out.reg"
@@ -136,6 +137,25 @@ class ContentTest(DeviceToolTest):
         self.tool("registry", "export", other, out)
         self.tool("registry", "import", self.device, out)
         self.assertIn("Robin Vähä", self.registry().decode("utf-16"))
+
+    def test_a_registry_file_can_have_any_encoding_and_delete(self):
+        def imported(text, **more):
+            self.tool("registry", "import", self.device, self.file("in.reg", text), **more)
+            text = self.registry().decode("utf-16").replace("\r\n", "\n")
+            return text.split("[HKEY_USERS]\n")[1].split("\n; End")[0]
+
+        keys = '[HKEY_USERS\\a]\n"x"="y"\n"ü"="ö"\n\n[HKEY_USERS\\a\\b]\n"c"=hex(2):64,00,00,00\n'
+        for text, mark in ((REGISTRY_HEAD + keys, "utf-16-le"), (REGISTRY_HEAD + keys, "utf-8"), (REGISTRY_HEAD[1:] + keys, "utf-8"),
+                           (("REGEDIT4\n\n" + keys).replace("64,00,00,00", "64,00"), "utf-8")):
+            self.assertEqual(imported(text.encode(mark)), "\n" + keys)
+            self.assertEqual(imported(REGISTRY_HEAD + "[-hkey_users\\A]\n[-HKEY_USERS\\none\\at all]\n"), "")
+        guessed = self.device_tool("registry", "import", self.device, self.file("in.reg", (REGISTRY_HEAD[1:] + keys).encode("cp1252")))
+        self.assertEqual(guessed.said, "quillbox-device: The file isn't UTF-8 and was read as Windows-1252.\n")
+        # What was deleted can be made again, and a value that isn't there can be deleted.
+        self.assertEqual(imported(REGISTRY_HEAD + '[HKEY_USERS\\a]\n"X"=-\n"none"=-\n[-HKEY_USERS\\a\\b]\n[HKEY_USERS\\a\\b\\d]\n'),
+                         '\n[HKEY_USERS\\a]\n"ü"="ö"\n\n[HKEY_USERS\\a\\b]\n\n[HKEY_USERS\\a\\b\\d]\n')
+        for bad in (b"REGEDIT4\n[HKEY_USERS]\n\"a\"=\"\x81\"\n", b"REGEDIT4\n[HKEY_USERS]\n@=hex(1):e4,00\n", b"REGEDIT5\n", b""):
+            self.assertRegex(self.tool("registry", "import", self.device, self.file("bad.reg", bad), code=1), "Nothing was imported")
 
     def test_an_import_changes_the_named_database_alone_and_reports_how_many_records_it_replaced(self):
         people = database("People", RECORDS[:3], 24)
@@ -263,6 +283,56 @@ class HostTest(DeviceToolTest):
                     self.assertEqual(done.returncode, 1)
                     self.assertRegex(done.stderr, rb"^quillbox-device: .* can't be (written|closed)")
                     self.assertEqual(self.everything(), before)
+
+    @needs_strace
+    def test_a_signal_ends_an_import_at_once_and_an_export_leaves_no_file(self):
+        self.import_databases(given=lines(KINDS))
+        big = "".join(f'"{number}"=hex:{",".join(["00"] * 50_000)}\n' for number in range(3))
+        self.tool("registry", "import", self.device, self.registry_file("in.reg", "[HKEY_USERS]\n" + big))
+        before, files = self.everything(), names_in(self.folder)
+        for what in ("database", "registry"):
+            done = traced([TOOL, what, "export", self.device, self.folder / "out"], "write,writev", "write,writev:signal=INT:when=1")
+            self.assertEqual((done.returncode, names_in(self.folder)), (-signal.SIGINT, files), done.stderr)
+        half = lines(ONE).encode() + b'{"record":[{"id":"00010041","value":"' + b"00" * 100_000
+        for number in (signal.SIGINT, signal.SIGTERM):
+            with subprocess.Popen([TOOL, "database", "import", self.device, "--replace", "-"], stdin=subprocess.PIPE) as running:
+                running.stdin.write(half)
+                running.stdin.flush()
+                while not (self.device / "device.db.changing").exists():
+                    time.sleep(0.01)
+                running.send_signal(number)
+                self.assertEqual(running.wait(10), -number)
+        self.assertEqual(self.everything(), before)
+
+    def test_a_device_that_cannot_be_written_can_be_read(self):
+        self.import_databases(given=lines(KINDS))
+        self.tool("card", "add", self.device, "Stick", self.folder)
+        medium = self.folder / "medium"
+        with contextlib.closing(sqlite3.connect(self.device / "device.db")) as stored:
+            stored.execute("INSERT INTO remembered_folder VALUES ('Log', X'2F', 1, NULL)")
+            stored.commit()
+            shutil.copytree(self.device, medium)  # with a log, as a process leaves it that is killed
+        self.assertGreater((medium / "device.db-wal").stat().st_size, 0)
+        files = {path: path.read_bytes() for path in medium.rglob("*") if path.is_file()}
+        script = 'mount --bind "$1" "$1" && mount -o remount,ro,bind "$1" && shift && exec "$@"'
+
+        def read(*command, code=0):
+            done = subprocess.run(["unshare", "--mount", "sh", "-c", script, "-", medium, TOOL, *command], capture_output=True, check=False)
+            self.assertEqual(done.returncode, code, done.stderr)
+            return done.stderr.decode() if code else done.stdout
+
+        if subprocess.run(["unshare", "--mount", "true"], check=False, capture_output=True).returncode != 0:
+            self.skipTest("mounts aren't allowed here")
+        self.assertIn(b"card    Log = /", read("show", medium))
+        self.assertIn(b"card    Stick", read("card", "list", medium))
+        self.assertIn(b"All kinds: type 7, 303 records", read("database", "list", medium))
+        self.assertEqual(read("database", "export", medium).decode(), lines(KINDS))
+        self.assertEqual(read("registry", "export", medium), self.registry())
+        self.assertIn("can't be written", read("card", "remove", medium, "Stick", code=1))
+        with open(medium / "device.lock", "rb") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            self.assertIn("is open in another Quillbox", read("show", medium, code=1))
+        self.assertEqual({path: path.read_bytes() for path in medium.rglob("*") if path.is_file()}, files)
 
     @contextlib.contextmanager
     def keeps_rights(self, path):

@@ -1,13 +1,11 @@
 #include "line_decoding.h"
 
+#include "database_formats/character_set.h"
 #include "database_formats/format_fault.h"
 #include "database_formats/left_out.h"
 #include "database_formats/value_text.h"
 #include "hex_digits.h"
 
-#include <iconv.h>
-
-#include <memory>
 #include <utility>
 
 namespace database_formats {
@@ -91,34 +89,10 @@ const char* whyNotUtf8(Encoding encoding)
     }
 }
 
-std::string toUtf8(std::string bytes, const std::string& characterSet)
-{
-    struct Closer {
-        using pointer = iconv_t;
-        void operator()(iconv_t converter) const { iconv_close(converter); }
-    };
-    const iconv_t opened = iconv_open("UTF-8", characterSet.c_str());
-    if (opened == reinterpret_cast<iconv_t>(-1))  // NOLINT: the documented result of a failure
-        throw FormatFault("the character set \"" + shownName(characterSet) + "\" isn't known");
-    const std::unique_ptr<iconv_t, Closer> converter(opened);
-    std::string utf8(bytes.size() * 4 + 16, '\0');
-    char* in = bytes.data();
-    char* out = utf8.data();
-    std::size_t inLeft = bytes.size();
-    std::size_t outLeft = utf8.size();
-    constexpr auto Failed = static_cast<std::size_t>(-1);
-    // The second call flushes the converter: it can hold back a letter that the next byte could have combined with.
-    if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == Failed ||
-        iconv(converter.get(), nullptr, nullptr, &out, &outLeft) == Failed)
-        throw FormatFault("a value isn't valid in the CHARSET that it names");
-    utf8.resize(utf8.size() - outLeft);
-    return utf8;
-}
-
 std::string fromWindows1252(const std::string& bytes)
 {
     try {
-        return toUtf8(bytes, "WINDOWS-1252");
+        return toUtf8(bytes, UsualCharacterSet);
     } catch (const FormatFault&) {
         throw FormatFault(
             "the line's quoted-printable is neither UTF-8 nor Windows-1252, and no CHARSET says what it is");

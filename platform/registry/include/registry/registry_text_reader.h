@@ -23,13 +23,16 @@ public:
     // False ends the reading. A value belongs to the key before it.
     virtual bool key(const KeyPath& path) = 0;
     virtual bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) = 0;
+    // A text that isn't a whole registry can also delete a key with all below it, and a value of the key before it.
+    virtual bool removedKey(const KeyPath& /*path*/) { return false; }
+    virtual bool removedValue(std::u16string_view /*name*/) { return false; }
 };
 
 // Fills the buffer with the next bytes and returns their number: less than the buffer only at the end.
 using RegistryTextSource = std::function<std::size_t(std::span<std::byte>)>;
 
 // Required: the text must be a whole registry, with the closing line and its counts. Free: it may be any text in the
-// format, for example one written by hand.
+// format, for example one written by hand, also of version 4, and may delete keys and values.
 enum class Wholeness { Required, Free };
 
 // Where reading ended before the text did.
