@@ -10,6 +10,7 @@ import re
 import resource
 import unittest
 
+from address_books import CONTACT, KINDS, address_book
 from companions import SANITIZED, CompanionTest, database, lines
 
 CONTACTS, APPOINTMENTS, TASKS = "Contacts Database", "Appointments Database", "Tasks Database"
@@ -19,7 +20,7 @@ NAMES = {"LastName": "3a11001f", "FirstName": "3a06001f", "Company": "3a16001f",
          "ReminderMinutes": "45010012", "RepetitionDays": "40160013", "Due": "41040040", "Done": "41090002",
          "Priority": "00260002", "Identifier": "40f1001f"}
 IDS = {number: name for name, number in NAMES.items()}
-MIDNIGHT = 133_861_248_000_000_000  # 2025-03-12
+MIDNIGHT = 133_861_248_000_000_000  # 2025-03-11
 ODD_TEXTS = ["", " ", "a;b,c\\d:e", "two\r\nlines", "one\nline", "a\rb", "tab\there", "\u0001\u007f", "Grüße 😀" * 20,
              "utf16:00", "hex:00", "\"", "a\"b", "\\n", "x\\", ";;", ",", "tel:5", "日" * 100, "=1+1", " lead", "-", "\ufeff"]
 ODD_BLOBS = ["", "00ff", "6869", "610d0a62", "610a62", "6865783a", "c3a9", "c3", "0d", "07", "20"]
@@ -145,9 +146,18 @@ class OwnFilesTest(FormsTest):
         events = [NAMES[name] for name in ("Subject", "Place", "Start", "Minutes", "ReminderMinutes", "RepetitionDays",
                                            "Categories", "Notes")]
         todos = [NAMES[name] for name in ("Subject", "Categories", "Due", "Priority", "Done", "Notes")]
-        self.import_file(given=appointments(*odd_records(events, 2)) + tasks(*odd_records(todos, 3)))
+        started = [record for record in odd_records(events, 2) if any(
+            prop["id"] == NAMES["Start"] and prop["value"] < ticks("9999-12-31") for prop in record)]
+        self.import_file(given=appointments(*started) + tasks(*odd_records(todos, 3)))
         text = self.assert_comes_back("own.ics", APPOINTMENTS, TASKS)
-        self.assertEqual(len(set(re.findall("UID:.*", text))), 300)
+        self.assertEqual(len(set(re.findall("UID:.*", text))), len(started) + 150)
+
+    def test_an_appointment_without_a_start_is_left_out_of_a_calendar_and_reported(self):
+        subject, start = {"id": NAMES["Subject"], "value": "a"}, {"id": NAMES["Start"]}
+        self.import_file(given=appointments([subject], [subject, {**start, "value": 2 ** 63}], [subject, {**start, "value": MIDNIGHT}]))
+        text = self.tool("database", "export", self.device, "--form", "ical")
+        self.assertEqual(self.said, "quillbox-device: 2 fields were left out: VEVENT (without a start) 2.\n")
+        self.assertEqual(re.findall("BEGIN:VEVENT|DTSTART.*", text), ["BEGIN:VEVENT", "DTSTART:20250311T000000\r"])
 
     def test_the_demonstration_needs_no_lines_of_our_own(self):
         self.device = self.folder / "demonstration"
@@ -336,6 +346,15 @@ class ForeignFilesTest(FormsTest):
         self.assert_taken("jsonl", contacts([{"id": NAMES["LastName"], "value": "a"}]).replace("\n", "\r\n\r\n \t\n\n"),
                           {"LastName": "a"})
 
+    def test_a_file_in_utf_16_is_read_in_each_form(self):
+        long = "😀" + "x😀" * 60_000  # each border of a piece lies in a character
+        for mark in ("utf-16-le", "utf-16-be"):
+            for form, text in (("vcard", card("N:" + long)), ("csv", f"LastName\n{long}\n"),
+                               ("jsonl", contacts([{"id": NAMES["LastName"], "value": long}]))):
+                self.assert_taken(form, ("\ufeff" + text).encode(mark), {"LastName": long})
+        said = self.import_file("--form", "vcard", "--replace", given=b"\xff\xfe\x41", code=1)
+        self.assertIn("the file ends within a character of UTF-16", said)
+
     def test_events_of_other_programs_are_understood(self):
         # Of each event its lines, and what becomes of it: its start and what else isn't 0.
         events = {
@@ -409,6 +428,57 @@ class ForeignFilesTest(FormsTest):
             {"Subject": "done", "Due": ticks("2025-07-01"), "Priority": 1, "Done": 1},
             {"Subject": "begun", "Categories": "a;b;c", "Due": ticks("2025-07-01T10:00"), "Done": 0, "Notes": "text"},
             name=TASKS, left_out="3 fields were left out: COMPLETED 1, STATUS 1, VTODO (cancelled) 1")
+
+    def test_address_books_of_other_programs_come_in_by_their_own_columns(self):
+        expected = {"LastName": CONTACT["last"], "FirstName": CONTACT["first"], "Company": CONTACT["company"],
+                    "HomeTelephone": CONTACT["home"], "Mail": CONTACT["mail"], "Town": CONTACT["town"],
+                    "Birthday": ticks("1985-04-12"), "Notes": CONTACT["notes"].replace("\n", "\r\n")}
+        self.assertEqual(len(KINDS), 17)
+        for kind in KINDS:
+            with self.subTest(kind):
+                given, left = address_book(kind, {"Outlook": "1/31/1985", "Outlook, British": "31/1/1985"}.get(kind, ""))
+                said = self.import_file("--form", "csv", "--replace", given=given)
+                contact = self.named(CONTACTS)[0]
+                self.assertEqual(contact.pop("Categories", "Imported"), "Imported")
+                self.assertEqual(contact, expected)
+                self.assertIn("quillbox-device: 3 fields were left out: " + ", ".join(f"{name} 1" for name in left) + ".\n", said)
+                self.assertEqual("read as Windows-1252" in said, KINDS[kind][0] == "cp1252")
+                self.assertEqual("It isn't certain" in said, kind == "Outlook, UTF-8")
+
+    def test_odd_cells_of_address_books_lose_nothing_in_silence(self):
+        def taken(headings, cells, contact, left_out):
+            with self.subTest(headings, cells=cells):
+                self.assert_taken("csv", f"{headings}\n{cells}\n", *([contact] if contact else []), left_out=left_out)
+
+        taken("Name,Group Membership", "Ann Lee,* myContacts ::: A ::: B", {"LastName": "Ann Lee", "Categories": "A;B"}, "")
+        taken("Name,Organization 1 - Name", "Firm,Firm", {"Company": "Firm"}, "")
+        taken("Last Name,Display Name", "a,Boss", {"LastName": "a"}, "1 field was left out: Display Name 1")
+        taken("Last Name,Business Fax,Mobile Phone", "a,1,2", {"LastName": "a", "HomeTelephone": "2"},
+              "2 fields were left out: Business Fax 1, Mobile Phone (imported as home) 1")
+        taken("Phone 1 - Type,Phone 1 - Value", "Home Fax,1 ::: 2", {"HomeTelephone": "1"},
+              "2 fields were left out: Phone 1 - Value 1, Phone 1 - Value (Home Fax, imported as home) 1")
+        for none in ("0/0/00", ""):
+            taken("Last Name,Birthday", f"a,{none}", {"LastName": "a"}, "")
+        for bad in (" --04-12", "1604-04-12", "31.2.1985", "12.4.85", "13/13/1985", "4/12", "1/2-1985", "99999999999/1/1985"):
+            taken("Last Name,Birthday", f"a,{bad}", {"LastName": "a"}, "1 field was left out: Birthday 1")
+        taken("Last Name,Birth Month,Birth Day", "a,4,12", {"LastName": "a"}, "1 field was left out: Birth Day 1")
+        taken("Spouse,E-mail Address", "x,", None, "1 field was left out: Spouse 1")
+
+    def test_a_file_of_columns_says_what_other_columns_mean(self):
+        columns = self.file("columns", "# of our club\n\nSurname = LastName\nBorn=Birthday\nTel=2 = HomeTelephone\nNo =\n")
+        self.assert_taken_with(columns)
+        for line in ("Surname", "Surname = Start", "Surname = lastname"):
+            bad = self.file("columns", "No =\n" + line)
+            said = self.import_file("--form", "csv", "--replace", "--columns", bad, given="Surname\na\n", code=2)
+            self.assertIn('columns", line 2: ', said)
+        said = self.refused("csv", "Surname\na\n")
+        for word in ("LastName", "HomeTelephone", "--columns", "Outlook"):
+            self.assertIn(word, said)
+
+    def assert_taken_with(self, columns):
+        said = self.import_file("--form", "csv", "--columns", columns, given="No;SURNAME;Born;Tel=2;Town;Shoe\n1;a;12.4.1985;5;b;44\n")
+        self.assertEqual(said, "quillbox-device: 1 field was left out: Shoe 1.\n")
+        self.assertEqual(self.named(CONTACTS), [{"LastName": "a", "HomeTelephone": "5", "Town": "b", "Birthday": ticks("1985-04-12")}])
 
     def test_tables_of_other_programs_are_understood(self):
         self.assert_taken("csv", "\ufeffLastName;Shoe\033size;FirstName;Birthday;Notes;40150003\n"
@@ -502,10 +572,6 @@ class RefusedFilesTest(FormsTest):
                         self.assertIn(f'"-", line {line}: ', said)
 
     def test_a_refusal_says_how_the_file_would_be_taken(self):
-        for mark in ("utf-16-le", "utf-16-be"):
-            for form, text in (("vcard", CARD % ""), ("ical", EVENT % ""), ("csv", "LastName\na\n"), ("jsonl", tasks())):
-                self.assertIn('"-": the file is UTF-16; save it as UTF-8.',
-                              self.refused(form, ("\ufeff" + text).encode(mark), "--name", "New"))
         self.assertIn("save the file as UTF-8", self.refused("vcard", CARD.encode() % b"NOTE:\xfc", "--name", "New"))
 
     def test_a_huge_file_takes_no_more_memory_than_it_may(self):

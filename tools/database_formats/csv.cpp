@@ -1,5 +1,6 @@
 #include "csv.h"
 
+#include "address_book.h"
 #include "csv_row.h"
 #include "database_formats/property_names.h"
 #include "database_formats/record.h"
@@ -72,7 +73,9 @@ std::vector<Column> columnsOf(const std::vector<CsvCell>& names)
         columns[at].isFlags = true;
     }
     if (values.empty())
-        throw FormatFault("no column has the name of a property");
+        throw FormatFault(
+            "no column is known; expected are LastName, FirstName, Company, HomeTelephone, Mail, Town, Categories, "
+            "Birthday and Notes, the columns of Outlook, Google or Thunderbird, or a file with --columns");
     return columns;
 }
 
@@ -187,12 +190,14 @@ void CsvWriter::writeRows()
     }
 }
 
-void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
+void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columnMap)
 {
     CsvRows rows(lines);
     std::vector<CsvCell> cells;
     if (!rows.next(cells, MostColumns))
         throw FormatFault("the file has no row of column names");
+    if (const auto addresses = addressColumns(textsOf(cells), columnMap))
+        return readAddressBook(lines, *addresses, target, leftOut);
     const std::vector<Column> columns = columnsOf(cells);
     const std::size_t database = target.begin({});
     while (rows.next(cells, columns.size())) {

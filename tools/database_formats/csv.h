@@ -5,6 +5,7 @@
 // are a property with an empty value. Contacts, appointments and tasks always have their usual columns.
 #pragma once
 
+#include "database_formats/column_map.h"
 #include "database_formats/database.h"
 #include "database_formats/left_out.h"
 #include "line_reader.h"
@@ -44,7 +45,8 @@ private:
     std::size_t rowCount_ = 0;
 };
 
-// The head of the database is empty. Columns whose heading isn't a property are left out.
-void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut);
+// The head of the database is empty, except for the address book of another program, which has the usual head of
+// contacts. Columns whose heading isn't known are left out. `columns` makes any file an address book.
+void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns);
 
 }  // namespace database_formats

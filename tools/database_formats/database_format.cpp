@@ -35,7 +35,7 @@ void keep(std::istream& in, std::ostream& kept)
     for (std::size_t bytes = 0; in.read(piece.data(), piece.size()), in.gcount() > 0;) {
         bytes += static_cast<std::size_t>(in.gcount());
         if (bytes > MostFromPipe)
-            throw FormatFault("a calendar of more than 256 MiB must be a file, not standard input");
+            throw FormatFault("a file of more than 256 MiB must have a name: standard input is kept in memory");
         kept.write(piece.data(), in.gcount());
     }
 }
@@ -60,13 +60,13 @@ std::string_view extensionOf(Format format)
     return std::ranges::find(formatNames, format, &FormatName::format)->extension;
 }
 
-std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out)
+std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, LeftOut& leftOut)
 {
     switch (format) {
     case Format::VCard:
         return std::make_unique<VCardWriter>(out);
     case Format::ICalendar:
-        return std::make_unique<ICalendarWriter>(out);
+        return std::make_unique<ICalendarWriter>(out, leftOut);
     case Format::Csv:
         return std::make_unique<CsvWriter>(out);
     case Format::JsonLines:
@@ -75,14 +75,15 @@ std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out)
     return std::make_unique<JsonLinesWriter>(out);
 }
 
-// A calendar is read twice, so one from a pipe is kept in memory.
-void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut)
+// A calendar and a table are read twice, so one from a pipe is kept in memory.
+void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns)
 {
     std::stringstream kept;
-    if (format == Format::ICalendar && in.tellg() == std::istream::pos_type(-1)) {
+    const bool twice = format == Format::ICalendar || format == Format::Csv;
+    if (twice && in.tellg() == std::istream::pos_type(-1)) {
         in.clear();
         keep(in, kept);
-        return read(format, kept, target, leftOut);
+        return read(format, kept, target, leftOut, columns);
     }
     LineReader lines(in);
     try {
@@ -94,7 +95,7 @@ void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& left
         case Format::ICalendar:
             return readICalendar(lines, target, leftOut);
         case Format::Csv:
-            return readCsv(lines, target, leftOut);
+            return readCsv(lines, target, leftOut, columns);
         }
     } catch (FormatFault& fault) {
         if (fault.line == 0)

@@ -101,6 +101,10 @@ void ICalendarWriter::begin(const DatabaseHead& head)
 void ICalendarWriter::add(std::span<const CEPROPVAL> properties)
 {
     Component item = tasks_ ? todoOf(properties) : eventOf(properties);
+    if (!tasks_ && std::ranges::find(item.lines, "DTSTART", &ContentLine::name) == item.lines.end()) {
+        leftOut_.add("VEVENT (without a start)");
+        return;
+    }
     item.add("UID", escaped(identifiers_.of(properties)));
     item.add("DTSTAMP", NoTime);
     out_ << exactText(std::move(item), readingOf(tasks_, CalendarZones()), properties);

@@ -10,7 +10,8 @@ namespace database_formats {
 
 class ICalendarWriter : public DatabaseWriter {
 public:
-    explicit ICalendarWriter(std::ostream& out) : out_(out) {}
+    // Counts appointments without a start as left out: other programs refuse a file with such an appointment.
+    ICalendarWriter(std::ostream& out, LeftOut& leftOut) : out_(out), leftOut_(leftOut) {}
 
     void begin(const DatabaseHead& head) override;
     void add(std::span<const CEPROPVAL> properties) override;
@@ -18,6 +19,7 @@ public:
 
 private:
     std::ostream& out_;
+    LeftOut& leftOut_;
     bool begun_ = false;
     bool tasks_ = false;
     Identifiers identifiers_;

@@ -10,7 +10,7 @@ namespace {
 
 // Limit the memory and the length of the message for a file with many unknown names.
 constexpr std::size_t MostNames = 30;
-constexpr std::size_t LongestName = 40;
+constexpr std::size_t LongestName = 60;
 
 }  // namespace
 
@@ -47,11 +47,18 @@ std::string LeftOut::sentence() const
            names_.text();
 }
 
-std::string LeftOut::guessSentence() const
+std::vector<std::string> LeftOut::sentences() const
 {
-    const char* const words = guesses() == 1 ? " field names no character set and was read as Windows-1252: "
-                                             : " fields name no character set and were read as Windows-1252: ";
-    return std::to_string(guesses()) + words + guesses_.text();
+    std::vector<std::string> all;
+    if (count() != 0)
+        all.push_back(sentence());
+    const std::size_t guesses = guesses_.count();
+    const char* const words = guesses == 1 ? " field names no character set and was read as Windows-1252: "
+                                           : " fields name no character set and were read as Windows-1252: ";
+    if (guesses != 0)
+        all.push_back(std::to_string(guesses) + words + guesses_.text());
+    all.insert(all.end(), notes_.begin(), notes_.end());
+    return all;
 }
 
 }  // namespace database_formats

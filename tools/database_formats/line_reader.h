@@ -2,8 +2,10 @@
 // file can take.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <istream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,7 +20,7 @@ public:
     explicit LineReader(std::istream& in) : in_(in), start_(in.tellg()) {}
 
     // Reads the next line, without its LF but with a CR before it. False at the end. Throws a FormatFault for a line of
-    // more than `longest` bytes, for a file in UTF-16, and if the file can't be read.
+    // more than `longest` bytes, and if the file can't be read. A file in UTF-16 with its mark is read as UTF-8.
     [[nodiscard]] bool next(std::string& line, std::size_t longest);
 
     // Goes back to where the stream was at first. Only for a stream that has a position.
@@ -29,11 +31,17 @@ public:
 
 private:
     bool fill();
+    void determineEncoding();
+    void convert(bool ended);
 
     std::istream& in_;
     std::istream::pos_type start_;
     std::vector<char> buffer_;
-    std::string_view rest_;
+    std::string_view rest_;             // of buffer_ or converted_
+    std::optional<std::endian> units_;  // of UTF-16. Nothing: bytes.
+    std::u16string text_;
+    std::string converted_;
+    bool begun_ = false;
     std::size_t number_ = 0;
 };
 

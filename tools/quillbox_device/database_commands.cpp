@@ -74,11 +74,29 @@ std::vector<StoredDatabase> wantedDatabases(const std::optional<std::string>& na
     return databases;
 }
 
+database_formats::ColumnMap columnsFrom(const std::string& file)
+{
+    if (file.empty())
+        return {};
+    Input input(file);
+    try {
+        return database_formats::columnMapFrom(input.stream());
+    } catch (const FormatFault& fault) {
+        throw Failure("\"" + file + "\", line " + std::to_string(fault.line) + ": " + fault.what() + ".", exitBadUsage);
+    }
+}
+
+void report(const database_formats::LeftOut& leftOut)
+{
+    for (const std::string& sentence : leftOut.sentences())
+        std::cerr << "quillbox-device: " << sentence << ".\n";
+}
+
 }  // namespace
 
 void listDatabases(const fs::path& device)
 {
-    const auto opened = openExisting(device);
+    const DeviceToRead opened(device);
     for (const StoredDatabase& database : storedDatabases())
         print(database);
 }
@@ -90,7 +108,8 @@ void exportDatabases(const fs::path& device, const std::optional<std::string>& n
     const Format wanted = format.value_or(database_formats::formatOfFile(file));
     const auto databases = wantedDatabases(name, wanted);
     Output output(file, force);
-    const auto writer = database_formats::makeWriter(wanted, output.stream());
+    database_formats::LeftOut leftOut;
+    const auto writer = database_formats::makeWriter(wanted, output.stream(), leftOut);
     for (const StoredDatabase& database : databases)
         exportOne(database, *writer);
     try {
@@ -99,23 +118,23 @@ void exportDatabases(const fs::path& device, const std::optional<std::string>& n
         throw Failure("\"" + file + "\" can't be written: " + fault.what() + ".");
     }
     output.finish();
+    report(leftOut);
 }
 
 void importDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Format> format,
-                     const std::string& file, Existing existing)
+                     const std::string& file, Existing existing, const std::string& columnFile)
 {
     const Format wanted = format.value_or(database_formats::formatOfFile(file));
-    if (wanted == Format::Csv && !name)
-        throw Failure("A CSV file doesn't contain the name of its database. Give it with --name.", exitBadUsage);
+    const database_formats::ColumnMap columns = columnsFrom(columnFile);
     Input input(file);
-    const DeviceToRead opened(device);
+    const auto opened = openExisting(device);
     database_formats::LeftOut leftOut;
     std::string summary;
     std::vector<std::u16string> namesOfNoFile;
     changeAsAWhole(*opened, [&] {
         DatabaseImport import(name, existing, wanted == Format::JsonLines);
         try {
-            database_formats::read(wanted, input.stream(), import, leftOut);
+            database_formats::read(wanted, input.stream(), import, leftOut, columns);
             import.finish();
             summary = import.summary();
             namesOfNoFile = import.namesOfNoFile();
@@ -128,10 +147,7 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
     for (const std::u16string& name : namesOfNoFile)
         std::cerr << "quillbox-device: \"" << screen_text::onScreen(name)
                   << "\" can't be the name of a file, so a backup may leave this database out.\n";
-    if (leftOut.count() != 0)
-        std::cerr << "quillbox-device: " << leftOut.sentence() << ".\n";
-    if (leftOut.guesses() != 0)
-        std::cerr << "quillbox-device: " << leftOut.guessSentence() << ".\n";
+    report(leftOut);
     if (!platform::kernel::standardOutputIsWritten())
         throw Failure("All of the file was imported, but standard output can't be written.");
 }

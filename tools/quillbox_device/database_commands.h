@@ -21,8 +21,9 @@ void exportDatabases(const std::filesystem::path& device, const std::optional<st
 
 // Imports the databases of a file, all of them or none. `name` and `existing`: see DatabaseImport. Without a format the
 // extension of the file selects it. `file`: see Input (host_files.h). Prints what became of each database, and on
-// standard error what no database can hold.
+// standard error what no database can hold. `columnFile` has the lines of a ColumnMap; empty: there is none.
 void importDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
-                     std::optional<database_formats::Format> format, const std::string& file, Existing existing);
+                     std::optional<database_formats::Format> format, const std::string& file, Existing existing,
+                     const std::string& columnFile);
 
 }  // namespace quillbox_device

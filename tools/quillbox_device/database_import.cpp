@@ -1,5 +1,6 @@
 #include "database_import.h"
 
+#include "failure.h"
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
@@ -173,6 +174,8 @@ DatabaseHead DatabaseImport::destination(DatabaseHead head) const
 {
     if (name_) {
         head.name = *name_;
+    } else if (!formatHasHeads_ && head.name.empty()) {
+        throw Failure("This file doesn't contain the name of its database. Give it with --name.", exitBadUsage);
     } else if (!formatHasHeads_) {
         head.name = onlyOneOfType(head);
     }

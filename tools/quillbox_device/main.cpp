@@ -38,6 +38,7 @@ struct CommandLine {
     bool replace = false;
     bool add = false;
     std::string format;
+    std::string columns;
 };
 
 std::optional<Format> formatOf(const CommandLine& line)
@@ -121,11 +122,14 @@ void addDatabases(CLI::App& app, CommandLine& line)
                    "the database; default: the name in the file, or the device's database for the format")
         ->type_name("DATABASE");
     addFormat(*in, line);
+    in->add_option("--columns", line.columns,
+                   "of a CSV address book: lines COLUMN = PROPERTY, such as Surname = LastName")
+        ->type_name("FILE");
     CLI::Option* replace = in->add_flag("--replace", line.replace, "replaces databases that exist");
     in->add_flag("--add", line.add, "adds the records that existing databases don't have yet")->excludes(replace);
     in->callback([&line] {
         const Existing existing = line.replace ? Existing::Replaced : line.add ? Existing::AddedTo : Existing::Refused;
-        importDatabases(line.device, line.database, formatOf(line), line.file, existing);
+        importDatabases(line.device, line.database, formatOf(line), line.file, existing, line.columns);
     });
 }
 

@@ -3,14 +3,16 @@
 #include "archive/fault_text.h"
 #include "archive/long_work.h"
 #include "archive/record_content.h"
+#include "screen_text/screen_text.h"
 #include "target_stream.h"
 #include "unpacked_image.h"
 
-#include <ostream>
+#include <iostream>
 
 namespace quillbox_set {
 
 using namespace archive;
+using screen_text::onScreen;
 
 namespace {
 
@@ -54,18 +56,21 @@ std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const Im
     if (unpacked.error() != ERROR_SUCCESS)
         return errorText(unpacked.error());
     try {
-        const auto writer = database_formats::makeWriter(format, out);
+        database_formats::LeftOut leftOut;
+        const auto writer = database_formats::makeWriter(format, out, leftOut);
         writer->begin({image.name, image.type, image.sortOrders});
         for (std::size_t end = image.ends.size() - 1; end > 0 && out.good();) {
+            checkStop();
             const std::size_t first = groupBefore(image, end);
             ImageRecords records;
             if (!unpacked.read(first, end, records))
-            checkStop();
                 return "its image can't be read again";
             addBackwards(*writer, records);
             end = first;
         }
         writer->finish();
+        if (leftOut.count() != 0)
+            std::cerr << "quillbox-set: " << onScreen(image.name) << ": " << leftOut.sentence() << ".\n";
     } catch (const database_formats::FormatFault& fault) {
         return fault.what();
     }

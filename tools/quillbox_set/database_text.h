@@ -21,7 +21,8 @@ struct DatabaseText {
 // Writes the complete records of the image. An image has the records of a database in the opposite order, so they are
 // written from the last one to the first one. Then equal databases give equal files, whether they are exported from a
 // device or extracted from a set. A record is written as a restore would store it. Records without properties are left
-// out. The image is unpacked to a file in the root of the name space.
+// out, and so is what the format can't hold, which standard error names. The image is unpacked to a file in the root of
+// the name space.
 //
 // Returns an empty text, or the reason of a failure. Afterwards the state of `out` shows whether all of it was written.
 std::string writeDatabase(const archive::OpenFile& data, const ListEntry& entry, const archive::ImageReport& image,

@@ -3,6 +3,7 @@
 // docs/forms.md describes what each format can hold.
 #pragma once
 
+#include "database_formats/column_map.h"
 #include "database_formats/database.h"
 #include "database_formats/format_fault.h"
 #include "database_formats/left_out.h"
@@ -32,13 +33,14 @@ Format formatOfFile(std::string_view file);
 std::string_view extensionOf(Format format);
 
 // The writer writes to `out`. After its last call the state of `out` shows whether all of it could be written.
-std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out);
+// `leftOut` counts what the format can't hold.
+std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, LeftOut& leftOut);
 
 // Reads a file to its end. Throws a FormatFault with the number of the line that is wrong. `target` has then received
 // everything before that line. `leftOut` counts what no property can hold.
 //
-// Only JSON lines contain the heads of databases. For vCard and iCalendar the head is the usual one of a device. For
-// CSV it is empty.
-void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut);
+// Only JSON lines contain the heads of databases. For vCard, iCalendar and address books of other programs in CSV the
+// head is the usual one of a device. For other CSV it is empty. `columns` is for CSV.
+void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns = {});
 
 }  // namespace database_formats

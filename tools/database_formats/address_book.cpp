@@ -1,0 +1,250 @@
+#include "address_book.h"
+
+#include "content_line.h"
+#include "database_formats/character_set.h"
+#include "database_formats/format_fault.h"
+#include "database_formats/record.h"
+#include "database_formats/value_text.h"
+#include "day_order.h"
+
+#include "ce/personal_databases.h"
+
+#include <algorithm>
+
+namespace database_formats {
+
+namespace {
+
+constexpr std::string_view BetweenValues = ":::";
+// Programs that require a year write this one for a birthday without a year.
+constexpr std::string_view NoYear = "1604";
+
+// What must be known of the whole file before a row of it can be read.
+struct Survey {
+    bool utf8 = true;
+    DayOrderSearch order;
+};
+
+std::string textOf(const CsvCell& cell, const Survey& survey)
+{
+    return survey.utf8 ? cell.text : toUtf8(cell.text, UsualCharacterSet);
+}
+
+// Runs `work` on each row after the headings. A fault gets the line of its row.
+template <class Work>
+void forEachRow(LineReader& lines, std::size_t columns, Work work)
+{
+    lines.restart();
+    CsvRows rows(lines);
+    std::vector<CsvCell> cells;
+    (void)rows.next(cells, columns);
+    while (rows.next(cells, columns)) {
+        try {
+            if (cells.size() < columns)
+                throw FormatFault("the row has fewer cells than the first one");
+            work(cells);
+        } catch (FormatFault& fault) {
+            fault.line = rows.line();
+            throw;
+        }
+    }
+}
+
+Survey surveyOf(LineReader& lines, const std::vector<AddressColumn>& columns)
+{
+    Survey survey;
+    survey.utf8 = std::ranges::all_of(columns, [](const auto& column) { return isValidUtf8(column.heading); });
+    forEachRow(lines, columns.size(), [&](const std::vector<CsvCell>& cells) {
+        for (std::size_t at = 0; at < cells.size(); ++at) {
+            survey.utf8 = survey.utf8 && isValidUtf8(cells[at].text);
+            if (columns[at].field == Field::Birthday)
+                survey.order.add(cells[at].text);
+        }
+    });
+    return survey;
+}
+
+struct Value {
+    std::string text;
+    std::string name;  // under which it is left out
+    Rank rank;
+    std::string label;
+};
+
+// The values of a row, by what they say about the contact.
+class ContactValues {
+public:
+    ContactValues(const std::vector<AddressColumn>& columns, const std::vector<std::string>& texts, LeftOut& leftOut)
+        : leftOut_(leftOut)
+    {
+        for (std::size_t at = 0; at < texts.size(); ++at) {
+            const AddressColumn& column = columns[at];
+            if (column.field == Field::LeftOut && !texts[at].empty())
+                leftOut.add(column.heading);
+            else if (column.field != Field::Ignored)
+                add(column, texts[at], column.label ? texts[*column.label] : "");
+        }
+    }
+
+    // The best value of that field. The others are counted as left out.
+    std::optional<Value> take(Field field)
+    {
+        std::vector<Value>& values = values_[field];
+        const auto best = std::ranges::max_element(values, {}, &Value::rank);
+        if (best == values.end())
+            return std::nullopt;
+        for (const Value& value : values)
+            if (&value != &*best)
+                leftOut_.add(value.name);
+        return *best;
+    }
+    std::string takeText(Field field)
+    {
+        const auto value = take(field);
+        return value ? value->text : "";
+    }
+    const std::vector<Value>& all(Field field) { return values_[field]; }
+
+private:
+    // A cell can have several values: "+1 555 ::: +1 556".
+    void add(const AddressColumn& column, std::string_view text, const std::string& label)
+    {
+        const bool several = column.field != Field::Notes;
+        while (!text.empty()) {
+            const std::size_t end = several ? text.find(BetweenValues) : std::string_view::npos;
+            const std::string value(several ? trimmed(text.substr(0, end)) : text);
+            if (!value.empty())
+                values_[column.field].push_back(
+                    {value, column.heading, label.empty() ? column.rank : rankOf(label), label});
+            text.remove_prefix(end == std::string_view::npos ? text.size() : end + BetweenValues.size());
+        }
+    }
+
+    std::map<Field, std::vector<Value>> values_;
+    LeftOut& leftOut_;
+};
+
+void addText(Record& contact, CEPROPID id, const std::string& text)
+{
+    if (!text.empty())
+        contact.addText(id, 0, validText(text));
+}
+
+// A name as it is shown becomes the last name if there is no other name. One that only repeats others isn't lost.
+void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
+{
+    std::string last = values.takeText(Field::LastName);
+    const std::string first = values.takeText(Field::FirstName);
+    const bool hasName = !last.empty() || !first.empty();
+    for (const Value& shown : values.all(Field::ShownName)) {
+        const auto isIt = [&](const Value& other) { return other.text == shown.text; };
+        const bool repeats = std::ranges::any_of(values.all(Field::Company), isIt) ||
+                             std::ranges::any_of(values.all(Field::Mail), isIt) ||
+                             std::ranges::any_of(values.all(Field::Telephone), isIt) || shown.text == last ||
+                             shown.text == first || shown.text == first + " " + last ||
+                             shown.text == last + ", " + first || shown.text == last + " " + first;
+        if (!hasName && last.empty() && !repeats)
+            last = shown.text;
+        else if (!repeats)
+            leftOut.add(shown.name);
+    }
+    addText(contact, personal::LastName, last);
+    addText(contact, personal::FirstName, first);
+}
+
+void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
+{
+    const auto telephone = values.take(Field::Telephone);
+    if (!telephone)
+        return;
+    addText(contact, personal::HomeTelephone, telephone->text);
+    if (telephone->rank != Rank::Home)
+        leftOut.add(telephone->name + " (" + (telephone->label.empty() ? "" : telephone->label + ", ") +
+                    "imported as home)");
+}
+
+// Groups that programs make for all contacts, such as "* myContacts", say nothing about this one.
+void takeCategories(ContactValues& values, Record& contact)
+{
+    std::string categories;
+    for (const Value& category : values.all(Field::Categories))
+        if (!category.text.starts_with("* "))
+            categories += (categories.empty() ? "" : ";") + category.text;
+    addText(contact, personal::Categories, categories);
+}
+
+// A birthday in one column, or in three of them.
+void takeBirthday(ContactValues& values, Record& contact, DayOrder order, LeftOut& leftOut)
+{
+    const auto year = values.take(Field::BirthYear);
+    const auto month = values.take(Field::BirthMonth);
+    const auto day = values.take(Field::Birthday);
+    if (!year && !month && !day)
+        return;
+    const std::string text =
+        year || month ? (day ? day->text : "") + "." + (month ? month->text : "") + "." + (year ? year->text : "")
+                      : day->text;
+    if (isNoDate(text))
+        return;
+    const auto time = text.starts_with(NoYear) || text.ends_with(NoYear) ? std::nullopt : dayFrom(text, order);
+    if (time)
+        contact.add(personal::Birthday, 0, {.filetime = *time});
+    else
+        leftOut.add((day ? *day : year ? *year : *month).name);
+}
+
+// A line end of a device is CR LF.
+std::string withLineEnds(std::string_view text)
+{
+    return unescaped(escaped(text));
+}
+
+Record contactOf(ContactValues& values, DayOrder order, LeftOut& leftOut)
+{
+    Record contact;
+    takeName(values, contact, leftOut);
+    addText(contact, personal::Company, values.takeText(Field::Company));
+    takeTelephone(values, contact, leftOut);
+    addText(contact, personal::Mail, values.takeText(Field::Mail));
+    addText(contact, personal::Town, values.takeText(Field::Town));
+    takeCategories(values, contact);
+    takeBirthday(values, contact, order, leftOut);
+    if (const std::string notes = withLineEnds(values.takeText(Field::Notes)); !notes.empty())
+        contact.addBlob(personal::Notes, 0, notes);
+    return contact;
+}
+
+}  // namespace
+
+std::vector<std::string> textsOf(const std::vector<CsvCell>& row)
+{
+    std::vector<std::string> texts;
+    for (const CsvCell& cell : row)
+        texts.push_back(isValidUtf8(cell.text) ? cell.text : toUtf8(cell.text, UsualCharacterSet));
+    return texts;
+}
+
+void readAddressBook(LineReader& lines, const std::vector<AddressColumn>& columns, DatabaseTarget& target,
+                     LeftOut& leftOut)
+{
+    const Survey survey = surveyOf(lines, columns);
+    const DayOrder order = survey.order.found().value_or(DayOrder::MonthFirst);
+    const std::size_t database = target.begin({personal::ContactsName,
+                                               personal::ContactsType,
+                                               {std::begin(personal::ContactsSort), std::end(personal::ContactsSort)}});
+    if (!survey.utf8)
+        leftOut.note("The file isn't UTF-8 and was read as Windows-1252");
+    if (survey.order.isNeeded() && !survey.order.found())
+        leftOut.note(
+            "It isn't certain whether dates begin with the month or the day; they were read with the month first");
+    forEachRow(lines, columns.size(), [&](const std::vector<CsvCell>& cells) {
+        std::vector<std::string> texts(cells.size());
+        std::ranges::transform(cells, texts.begin(), [&](const CsvCell& cell) { return textOf(cell, survey); });
+        ContactValues values(columns, texts, leftOut);
+        const Record contact = contactOf(values, order, leftOut);
+        if (!contact.properties().empty())
+            target.add(database, contact.properties());
+    });
+}
+
+}  // namespace database_formats
