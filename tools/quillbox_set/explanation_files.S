@@ -4,9 +4,9 @@
     .globl quillboxReader
     .globl quillboxExplanationEnd
 quillboxReadme:
-    .incbin "explanation/README.TXT"
-    .incbin "format.md"
+    .incbin "tools/quillbox_set/explanation/README.TXT"
+    .incbin "docs/format.md"
 quillboxReader:
-    .incbin "explanation/QLBXREAD.PY"
+    .incbin "tools/quillbox_set/explanation/QLBXREAD.PY"
 quillboxExplanationEnd:
     .section .note.GNU-stack,"",%progbits
