@@ -1,10 +1,70 @@
 #include "set/block_codec.h"
 
+#include <algorithm>
 #include <functional>
 #include <lzo/lzo1x.h>
 #include <string_view>
 
 static_assert(sizeof(PackingMemory) == LZO1X_1_MEM_COMPRESS);
+
+namespace {
+
+// The instructions of a block (docs/format.md, "LZO1X"), of which only the literal runs are of interest.
+struct Instructions {
+    const BYTE* next;
+    const BYTE* end;
+    DWORD state;  // literals at the end of the instruction before, at most 4
+};
+
+// A first byte above this is a run of as many more literals.
+constexpr DWORD FirstRunBase = 17;
+constexpr DWORD ManyLiterals = 4;
+
+DWORD Take(Instructions& block)
+{
+    return block.next < block.end ? *block.next++ : 0;
+}
+
+DWORD TakeLongLength(Instructions& block, DWORD base)
+{
+    constexpr DWORD EachZero = 255;
+    for (; block.next < block.end && *block.next == 0; block.next++)
+        base += EachZero;
+    return base + Take(block);
+}
+
+// Takes the two bytes whose low bits are the number of literals after a match.
+DWORD TakeWord(Instructions& block)
+{
+    const DWORD low = Take(block);
+    return low | Take(block) << 8;
+}
+
+// Takes an instruction without its literals, whose number it returns.
+DWORD TakeInstruction(Instructions& block)
+{
+    const DWORD code = Take(block);
+    if (code < 16 && block.state == 0)
+        return code == 0 ? TakeLongLength(block, 18) : code + 3;
+    if (code < 16 || code >= 64) {
+        (void)Take(block);
+        return code & 3;
+    }
+    const DWORD lengthBits = code < 32 ? 7 : 31;
+    if ((code & lengthBits) == 0)
+        (void)TakeLongLength(block, 0);
+    return TakeWord(block) & 3;
+}
+
+// False at the end of the block.
+bool SkipRun(Instructions& block, DWORD literals)
+{
+    block.state = std::min(literals, ManyLiterals);
+    block.next += std::min<std::ptrdiff_t>(literals, block.end - block.next);
+    return block.next < block.end;
+}
+
+}  // namespace
 
 bool CodecWorks()
 {
@@ -30,8 +90,20 @@ bool UnpackBlock(const BYTE* packed, DWORD packedBytes, BYTE* raw, DWORD& rawByt
 {
     lzo_uint produced = RawBlockBytes;
     // The checking decoder, since a set can come from anywhere.
-    if (lzo1x_decompress_safe(packed, packedBytes, raw, &produced, nullptr) != LZO_E_OK)
-        return false;
+    const bool good = lzo1x_decompress_safe(packed, packedBytes, raw, &produced, nullptr) == LZO_E_OK;
     rawBytes = static_cast<DWORD>(produced);
-    return true;
+    return good;
+}
+
+DWORD LongestLiteralRun(const BYTE* packed, DWORD packedBytes)
+{
+    Instructions block = {packed, packed + packedBytes, 0};
+    const bool beginsWithRun = packedBytes != 0 && *packed > FirstRunBase;
+    DWORD run = beginsWithRun ? Take(block) - FirstRunBase : 0;
+    DWORD longest = run;
+    while (SkipRun(block, run)) {
+        run = TakeInstruction(block);
+        longest = std::max(longest, run);
+    }
+    return longest;
 }

@@ -155,6 +155,29 @@ Bytes mixedBlocks(unsigned count)
     return bytes + randomBytes(4711, count);
 }
 
+TEST_F(CompressedStreamTest, LongestLiteralRunIsFoundInEachKindOfInstruction)
+{
+    struct Case {
+        Bytes block;
+        DWORD rawBytes;
+        DWORD longest;
+    };
+    const Bytes end = hex("11 00 00");
+    const Bytes four = hex("15 61 62 63 64");
+    for (const Case& c :
+         {Case{end, 0, 0}, Case{four + end, 4, 4}, Case{hex("00 00 01") + Bytes(274, 'a') + end, 274, 274},
+          Case{four + hex("4C 00  02 65 66 67 68 69") + end, 12, 5},               // short match, run of 5
+          Case{four + hex("2F 0F 00 65 66 67  40 00") + end, 27, 4},               // 3 literals after a match
+          Case{four + hex("20 00 01 0C 00  0D") + Bytes(16, 'b') + end, 309, 16},  // long match
+          Case{four + hex("4D 00 65  04 00") + end, 10, 4}}) {
+        DWORD bytes = 0;
+        const auto* block = reinterpret_cast<const BYTE*>(c.block.data());
+        ASSERT_TRUE(UnpackBlock(block, static_cast<DWORD>(c.block.size()), gRawBuffer, bytes));
+        EXPECT_EQ(bytes, c.rawBytes);
+        EXPECT_EQ(LongestLiteralRun(block, static_cast<DWORD>(c.block.size())), c.longest);
+    }
+}
+
 TEST_F(CompressedStreamTest, SecondThreadKeepsAllBlocksInTheirOrder)
 {
     const Bytes raw = mixedBlocks(24);

@@ -34,6 +34,11 @@ bool CodecWorks();
 // Packs up to RawBlockBytes of `raw` into `packed`, which has room for PackedBlockBytes.
 bool PackBlock(const BYTE* raw, DWORD rawBytes, BYTE* packed, DWORD& packedBytes, PackingMemory& memory);
 
-// Unpacks into `raw`, which has room for RawBlockBytes. False if the bytes aren't a block, or one that is larger. Never
-// reads or writes outside of the two blocks, whatever the bytes are.
+// Unpacks into `raw`, which has room for RawBlockBytes. False if the bytes aren't a block, or one that is larger; then
+// `rawBytes` is what was unpacked before the fault was noticed. Never reads or writes outside of the two blocks,
+// whatever the bytes are.
 bool UnpackBlock(const BYTE* packed, DWORD packedBytes, BYTE* raw, DWORD& rawBytes);
+
+// The length of the longest run of raw bytes that are in the block as they are. UnpackBlock must have accepted the
+// block.
+DWORD LongestLiteralRun(const BYTE* packed, DWORD packedBytes);
