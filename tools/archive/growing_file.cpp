@@ -60,8 +60,7 @@ GrowingFile::~GrowingFile()
     file_.reset();
     if (!path_.empty())
         (void)DeleteFileW(path_.c_str());
-    for (; !madeFolders_.empty(); madeFolders_.pop_back())
-        (void)RemoveDirectoryW(madeFolders_.back().c_str());  // fails if it is in use by now
+    removeMadeFolders();
 }
 
 bool GrowingFile::write(std::span<const std::byte> bytes)
@@ -93,6 +92,18 @@ BOOL GrowingFile::writeRaw(const BYTE* raw, DWORD bytes, void* target)
 HANDLE GrowingFile::handle()
 {
     return store() ? file_->handle() : INVALID_HANDLE_VALUE;
+}
+
+void GrowingFile::setTarget(std::u16string target)
+{
+    removeMadeFolders();
+    target_ = std::move(target);
+    error_ = ERROR_SUCCESS;
+}
+
+const OpenFile* GrowingFile::opened()
+{
+    return store() ? &*file_ : nullptr;
 }
 
 DWORD GrowingFile::moveToTarget(bool replace)
@@ -146,6 +157,12 @@ void GrowingFile::moveStored(bool replace)
             withFoldersOf(target_, madeFolders_, [&] { return platform::file::moveFile(path_, target_, replace); });
     if (error_ == ERROR_SUCCESS)
         path_.clear();
+}
+
+void GrowingFile::removeMadeFolders()
+{
+    for (; !madeFolders_.empty(); madeFolders_.pop_back())
+        (void)RemoveDirectoryW(madeFolders_.back().c_str());  // fails if it is in use by now
 }
 
 }  // namespace archive

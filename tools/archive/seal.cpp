@@ -137,6 +137,14 @@ SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted)
     return check;
 }
 
+bool sealProvesData(const SetFiles& files, const MountedSet& mounted)
+{
+    const OpenFile seal(mounted.sumPath, GENERIC_READ, OPEN_EXISTING);
+    const auto text = !files.sumName.empty() && seal.isOpen() ? readSeal(seal) : std::nullopt;
+    const auto sealed = text ? digestFor(*text, files.dataName) : std::nullopt;
+    return sealed && sealed == digestOfFile(mounted.dataPath);
+}
+
 std::optional<SetDigests> digestsOf(const MountedSet& mounted, const std::optional<FileDigest>& data)
 {
     const auto list = digestOfFile(mounted.listPath);

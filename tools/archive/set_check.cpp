@@ -14,6 +14,19 @@ namespace archive {
 
 namespace {
 
+// True if a file of the host can have the path.
+bool isUsablePath(std::u16string_view path)
+{
+    bool good = path.starts_with(u'\\') && path.size() < MAX_PATH;
+    while (good && !path.empty()) {
+        path.remove_prefix(1);
+        const std::size_t end = std::min(path.find(u'\\'), path.size());
+        good = platform::text::toHostName(path.substr(0, end)).has_value();
+        path.remove_prefix(end);
+    }
+    return good;
+}
+
 // One verification. Its state is what is known from the earlier items.
 class Verification {
 public:
@@ -85,30 +98,10 @@ private:
             return;
         if (item.name().empty())
             addFault(&item, "its name is empty");
-        else if (!isUsable(item))
+        else if (!isUsableName(item))
             addFault(&item, "its name can't be used");
         else if (!names_.add(item.entry.kind, item.name()))
             addFault(&item, "an earlier item has the same name");
-    }
-
-    // A restore makes a temporary file \NAME.CDB for a database.
-    static bool isUsable(const Item& item)
-    {
-        return isUsablePath(item.isFile() ? std::u16string(item.name())
-                                          : u"\\" + std::u16string(item.name()) + u".CDB");
-    }
-
-    // True if a file of the host can have the path.
-    static bool isUsablePath(std::u16string_view path)
-    {
-        bool good = path.starts_with(u'\\') && path.size() < MAX_PATH;
-        while (good && !path.empty()) {
-            path.remove_prefix(1);
-            const std::size_t end = std::min(path.find(u'\\'), path.size());
-            good = platform::text::toHostName(path.substr(0, end)).has_value();
-            path.remove_prefix(end);
-        }
-        return good;
     }
 
     void checkStream(const Item& item)
@@ -175,6 +168,11 @@ public:
 };
 
 }  // namespace
+
+bool isUsableName(const Item& item)
+{
+    return isUsablePath(item.isFile() ? std::u16string(item.name()) : u"\\" + std::u16string(item.name()) + u".CDB");
+}
 
 SetState checkSet(const OpenedSet& set, CheckSink& sink, SealUse seal)
 {

@@ -139,6 +139,30 @@ std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName
     return withList(home, real.filename().string());
 }
 
+std::optional<SetFiles> findData(const std::string& path)
+{
+    std::error_code error;
+    const fs::path real = fs::canonical(path, error);
+    if (error || !fs::is_regular_file(real, error))
+        return std::nullopt;
+    const std::string name = real.filename().string();
+    FolderNames home(real.parent_path().string());
+    if (endsIn(name, dataEnding)) {
+        SetFiles files = withList(home, withEnding(name, listEnding));
+        files.dataName = name;
+        return files;
+    }
+    return SetFiles{home.folder(), "", name, ""};
+}
+
+SetFiles newSet(const std::string& stem)
+{
+    const fs::path path(stem);
+    const std::string name = path.filename().string() + ".";
+    return {path.has_parent_path() ? path.parent_path().string() : ".", name + std::string(listEnding),
+            name + std::string(dataEnding), name + std::string(sumEnding)};
+}
+
 std::u16string unguessableName()
 {
     return platform::text::fromUtf8(platform::host::unguessableName());

@@ -36,6 +36,11 @@ public:
     static BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target);
     // For reading what was written. INVALID_HANDLE_VALUE if it can't be stored; see error().
     HANDLE handle();
+    // The same as a file. Null if it can't be stored.
+    const OpenFile* opened();
+
+    // Another target in place of the first one, also after a move that failed. The writes must have succeeded.
+    void setTarget(std::u16string target);
 
     // Makes the file appear at the target, and the missing folders on the way. With `replace`, an existing file is
     // replaced atomically, after this one was flushed to the disk, and this one takes its rights. Otherwise an existing
@@ -46,6 +51,7 @@ private:
     bool makeWhole();
     bool store();
     void moveStored(bool replace);
+    void removeMadeFolders();
 
     std::u16string target_;
     std::vector<std::byte> held_;   // what was written, as long as there is no file

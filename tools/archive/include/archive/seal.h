@@ -18,6 +18,10 @@ struct SealCheck {
 // Reads both files of the set if it is sealed.
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted);
 
+// Whether the file with the checksums has that of the data file, whatever it says of the list. Reads the data file
+// then.
+bool sealProvesData(const SetFiles& files, const MountedSet& mounted);
+
 struct SetDigests {
     Digest list;
     Digest data;

@@ -29,6 +29,10 @@ struct SetState {
     bool isSound() const { return faults == 0; }
 };
 
+// Whether the name of a file or a database can be restored on this host. A restore makes a temporary file \NAME.CDB for
+// a database.
+bool isUsableName(const Item& item);
+
 enum class SealUse { Checked, Ignored };
 
 // Reads the whole set, from which no item was read before. A sealed set that was changed is unsound.

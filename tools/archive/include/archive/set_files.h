@@ -57,6 +57,13 @@ std::optional<SetFiles> findSet(const std::string& argument);
 // The set of this list file in the folder. The folder is read at most once for all its sets.
 std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName);
 
+// A data file whose list need not exist, and the file with the checksums beside it. Its name may have any ending; then
+// there are no checksums. Nothing if it isn't a file.
+std::optional<SetFiles> findData(const std::string& path);
+
+// The files of a set that is to be made: `stem` is their path without the ending.
+SetFiles newSet(const std::string& stem);
+
 // A new name in the root. A hostile set can't contain it, because it can't be guessed.
 std::u16string unguessableName();
 

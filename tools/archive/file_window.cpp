@@ -1,0 +1,72 @@
+#include "archive/file_window.h"
+
+#include "archive/long_work.h"
+
+#include "ce/error.h"
+#include "ce/file.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace archive {
+
+namespace {
+
+constexpr std::size_t BufferBytes = std::size_t{1024} * 1024;
+static_assert(BufferBytes > FileWindow::MostAhead);
+
+// What is skipped where the host can't read.
+constexpr std::size_t PageBytes = 4096;
+
+bool seekTo(HANDLE file, std::uint64_t offset)
+{
+    auto high = static_cast<LONG>(offset >> 32);
+    SetLastError(ERROR_SUCCESS);
+    return SetFilePointer(file, static_cast<LONG>(offset), &high, FILE_BEGIN) != INVALID_SET_FILE_POINTER ||
+           GetLastError() == ERROR_SUCCESS;
+}
+
+}  // namespace
+
+FileWindow::FileWindow(const OpenFile& file) : file_(file.handle()), size_(file.size()), buffer_(BufferBytes) {}
+
+std::span<const BYTE> FileWindow::from(std::uint64_t offset, std::size_t ahead)
+{
+    const std::uint64_t wanted = std::min<std::uint64_t>(ahead, size_ - offset);
+    if (offset + wanted > base_ + filled_)
+        moveTo(offset);
+    return std::span(buffer_).first(filled_).subspan(static_cast<std::size_t>(offset - base_));
+}
+
+void FileWindow::moveTo(std::uint64_t offset)
+{
+    checkStop();
+    const std::uint64_t end = base_ + filled_;
+    const auto kept = static_cast<std::size_t>(end > offset ? end - offset : 0);
+    std::memmove(buffer_.data(), buffer_.data() + (filled_ - kept), kept);
+    base_ = offset;
+    filled_ = kept;
+    const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(buffer_.size(), size_ - offset)) - kept;
+    for (std::size_t left = room; left > 0; left = room - (filled_ - kept))
+        filled_ += readInto(std::span(buffer_).subspan(filled_, left), base_ + filled_);
+}
+
+// Returns the number of bytes that were read, or that can't be read and are 0. It is never 0.
+std::size_t FileWindow::readInto(std::span<BYTE> target, std::uint64_t offset)
+{
+    DWORD bytes = 0;
+    if (seekTo(file_, offset))
+        (void)ReadFile(file_, target.data(), static_cast<DWORD>(target.size()), &bytes, nullptr);
+    if (bytes != 0)
+        return bytes;
+    // One page after the other, as far as the fault goes.
+    const std::size_t page = std::min(PageBytes - static_cast<std::size_t>(offset % PageBytes), target.size());
+    if (page < target.size() && seekTo(file_, offset) &&
+        ReadFile(file_, target.data(), static_cast<DWORD>(page), &bytes, nullptr) && bytes != 0)
+        return bytes;
+    std::ranges::fill(target.first(page), BYTE{0});
+    unreadable_ += page;
+    return page;
+}
+
+}  // namespace archive

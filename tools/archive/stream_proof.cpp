@@ -1,0 +1,74 @@
+#include "archive/stream_proof.h"
+
+#include <algorithm>
+
+namespace archive {
+
+namespace {
+
+constexpr std::uint64_t SectorBytes = 512;
+
+// A lost sector that begins in the length of a block can leave the length as it is, if its last bytes are 0. Then less
+// than a sector of the block is replaced. With runs of at most half a sector, other bytes are replaced too.
+constexpr DWORD LongestRun = SectorBytes / 2;
+
+// Smaller blocks take less time than another thread.
+constexpr std::size_t WorthThread = 16384;
+
+bool containsSector(std::uint64_t offset, std::size_t bytes)
+{
+    const std::uint64_t first = (offset + SectorBytes - 1) / SectorBytes * SectorBytes;
+    return first + SectorBytes <= offset + bytes;
+}
+
+}  // namespace
+
+StreamProof::StreamProof() : packedAgain_(PackedBlockBytes), memory_(std::make_unique<PackingMemory>()) {}
+
+void StreamProof::begin()
+{
+    (void)holds();
+    good_ = true;
+}
+
+void StreamProof::add(std::uint64_t offset, std::span<const BYTE> packed, std::span<const BYTE> raw)
+{
+    if (!holds() || !containsSector(offset, packed.size()))
+        return;
+    packed_.assign(packed.begin(), packed.end());
+    raw_.assign(raw.begin(), raw.end());
+    if (raw.size() < WorthThread)
+        good_ = isProven();
+    else
+        underway_ = std::async(std::launch::async, [this] { return isProven(); });
+}
+
+bool StreamProof::holds()
+{
+    if (underway_.valid())
+        good_ = underway_.get();
+    return good_;
+}
+
+std::size_t StreamProof::agreeing(std::span<const BYTE> packed, std::span<const BYTE> raw)
+{
+    (void)holds();
+    const auto again = packAgain(raw);
+    return static_cast<std::size_t>(std::ranges::mismatch(packed, again).in1 - packed.begin());
+}
+
+bool StreamProof::isProven()
+{
+    return LongestLiteralRun(packed_.data(), static_cast<DWORD>(packed_.size())) <= LongestRun &&
+           std::ranges::equal(packAgain(raw_), packed_);
+}
+
+// Empty if it can't be packed.
+std::span<const BYTE> StreamProof::packAgain(std::span<const BYTE> raw)
+{
+    DWORD bytes = 0;
+    const bool good = PackBlock(raw.data(), static_cast<DWORD>(raw.size()), packedAgain_.data(), bytes, *memory_);
+    return std::span(packedAgain_).first(good ? bytes : 0);
+}
+
+}  // namespace archive

@@ -1,0 +1,286 @@
+#include "archive/stream_scan.h"
+
+#include "archive/file_window.h"
+#include "archive/long_work.h"
+#include "archive/stream_proof.h"
+#include "set/block_codec.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+namespace archive {
+
+namespace {
+
+using View = std::span<const BYTE>;
+
+constexpr std::size_t LengthBytes = 4;
+// A block and the one after it.
+constexpr std::size_t BlockAhead = 2 * (LengthBytes + PackedBlockBytes);
+// A search looks at some offsets at a time, each with its block ahead.
+constexpr std::size_t SearchAhead = BlockAhead + std::size_t{128} * 1024;
+static_assert(SearchAhead <= FileWindow::MostAhead);
+
+// A piece without a beginning that is followed by nothing, and what a damaged block gives, must have so many raw bytes.
+constexpr DWORD LeastPiece = 64;
+
+// The work on bytes that turn out to be no block may be so many bytes for each byte of the file, and so many in
+// addition. Each false beginning of a stream counts for some bytes more, since it can make a file.
+constexpr std::uint64_t WorkForByte = 32;
+constexpr std::uint64_t WorkInAddition = std::uint64_t{64} * 1024 * 1024;
+constexpr std::uint64_t WorkForFalseBlock = 256;
+constexpr std::uint64_t WorkForCutBlock = 65536;
+
+constexpr std::array<BYTE, 3> EndMark = {0x11, 0, 0};
+
+// The block that may be at the beginning of the view.
+struct BlockView {
+    View packed;
+    bool isWhole;  // false: the file ends inside it
+
+    std::size_t bytes() const { return LengthBytes + packed.size(); }
+    bool hasEndMark() const { return isWhole && std::ranges::equal(packed.last(EndMark.size()), EndMark); }
+};
+
+// Nothing if the format has no block of this length.
+std::optional<BlockView> blockIn(View view)
+{
+    if (view.size() < LengthBytes + ClosingBlockBytes)
+        return std::nullopt;
+    DWORD length = 0;
+    std::memcpy(&length, view.data(), sizeof length);
+    if (length < ClosingBlockBytes || length > PackedBlockBytes)
+        return std::nullopt;
+    const std::size_t there = std::min<std::size_t>(length, view.size() - LengthBytes);
+    return BlockView{view.subspan(LengthBytes, there), there == length};
+}
+
+bool beginsWithMagic(View view)
+{
+    return view.size() >= StreamMagicBytes && std::memcmp(view.data(), StreamMagic, StreamMagicBytes) == 0;
+}
+
+// What is after a block that may be damaged.
+enum class After { Nothing, End, ClosingBlock, DataBlock };
+
+class Scan {
+public:
+    Scan(const OpenFile& file, Proving proving, ScanSink& sink)
+        : window_(file), proves_(proving == Proving::Wanted), sink_(sink), raw_(RawBlockBytes), tried_(RawBlockBytes)
+    {
+    }
+
+    ScanTotals run()
+    {
+        while (at_ < window_.size()) {
+            const View view = window_.from(at_, isOpen_ ? BlockAhead : SearchAhead);
+            if (beginsWithMagic(view))
+                beginStream(StreamMagicBytes);
+            else if (isOpen_)
+                takeBlock(view);
+            else
+                search(view);
+        }
+        endStream();
+        totals_.fileBytes = window_.size();
+        totals_.unreadable = window_.unreadable();
+        totals_.unclaimed = totals_.fileBytes - claimed_;
+        return totals_;
+    }
+
+private:
+    // With the magic, or without one.
+    void beginStream(std::size_t magicBytes)
+    {
+        endStream();
+        stream_ = {};
+        stream_.start = at_;
+        stream_.hasMagic = magicBytes != 0;
+        at_ += magicBytes;
+        stream_.end = at_;
+        isOpen_ = true;
+        isAnnounced_ = false;
+        proof_.begin();
+    }
+
+    void endStream()
+    {
+        if (!isOpen_)
+            return;
+        isOpen_ = false;
+        if (!isAnnounced_) {
+            totals_.lostStreams++;
+            return;
+        }
+        claimed_ += stream_.end - stream_.start;
+        stream_.isProven = stream_.isWhole() && (!proves_ || proof_.holds());
+        sink_.end(stream_);
+    }
+
+    // Goes on with the search one byte later.
+    void loseTrack()
+    {
+        endStream();
+        at_++;
+    }
+
+    void announce()
+    {
+        if (!isAnnounced_)
+            sink_.begin(stream_);
+        isAnnounced_ = true;
+    }
+
+    void deliver(View raw)
+    {
+        announce();
+        stream_.rawBytes += raw.size();
+        if (stream_.damagedBlocks == 0)
+            stream_.soundBytes += raw.size();
+        if (!raw.empty())
+            sink_.bytes(stream_, std::as_bytes(raw));
+    }
+
+    void takeBlock(View view)
+    {
+        checkStop();
+        const auto block = blockIn(view);
+        if (!block || !mayTry())
+            return loseTrack();
+        DWORD bytes = 0;
+        if (!unpack(*block, raw_, bytes))
+            return takeDamagedBlock(view, *block, bytes);
+        const std::uint64_t packedAt = at_ + LengthBytes;
+        at_ += block->bytes();
+        stream_.end = at_;
+        const View raw = View(raw_).first(bytes);
+        if (bytes == 0) {
+            announce();
+            stream_.isClosed = true;
+            return endStream();
+        }
+        if (proves_ && stream_.damagedBlocks == 0)
+            proof_.add(packedAt, block->packed, raw);
+        deliver(raw);
+    }
+
+    // `bytes` are what it gave before the fault. If nothing that fits is after it, its length may be wrong too.
+    void takeDamagedBlock(View view, const BlockView& block, DWORD bytes)
+    {
+        const After after = block.isWhole ? afterBlock(view.subspan(block.bytes())) : After::Nothing;
+        if (after == After::Nothing && bytes < LeastPiece)
+            return loseTrack();
+        deliverDamaged(block.packed, View(raw_).first(bytes));
+        if (after == After::DataBlock) {  // a block before the last one is full
+            std::ranges::fill(raw_, BYTE{0});
+            deliver(View(raw_).first(RawBlockBytes - bytes));
+        }
+        if (after == After::Nothing) {
+            work_ += WorkForCutBlock;
+            return loseTrack();
+        }
+        at_ += block.bytes();
+        stream_.end = at_;
+    }
+
+    // The packer would have written the same bytes up to the damage.
+    void deliverDamaged(View packed, View raw)
+    {
+        DWORD sound = 0;
+        if (stream_.damagedBlocks == 0) {
+            work_ += raw.size();
+            const View same = packed.first(proof_.agreeing(packed, raw));
+            (void)UnpackBlock(same.data(), static_cast<DWORD>(same.size()), tried_.data(), sound);
+            sound = std::min(sound, static_cast<DWORD>(raw.size()));
+        }
+        if (sound != 0)
+            deliver(raw.first(sound));
+        stream_.damagedBlocks++;
+        if (sound != raw.size())
+            deliver(raw.subspan(sound));
+    }
+
+    After afterBlock(View view)
+    {
+        if (view.empty() || beginsWithMagic(view))
+            return After::End;
+        const auto block = blockIn(view);
+        DWORD bytes = 0;
+        if (!block || !block->hasEndMark() || !mayTry() || !unpack(*block, tried_, bytes))
+            return After::Nothing;
+        return bytes == 0 ? After::ClosingBlock : After::DataBlock;
+    }
+
+    // Goes to the next offset where a stream or a block begins.
+    void search(View view)
+    {
+        checkStop();
+        const bool atEnd = at_ + view.size() >= window_.size();
+        const std::size_t offsets = atEnd ? view.size() : view.size() - BlockAhead;
+        for (std::size_t offset = 0; offset < offsets; offset++) {
+            const View rest = view.subspan(offset);
+            const bool isBlock = !beginsWithMagic(rest) && isBlockOfAnyStream(rest);
+            if (!isBlock && !beginsWithMagic(rest))
+                continue;
+            at_ += offset;
+            if (isBlock)
+                beginStream(0);
+            return;
+        }
+        at_ += offsets;
+    }
+
+    bool isBlockOfAnyStream(View view)
+    {
+        const auto block = blockIn(view);
+        if (!block || block->packed.size() <= ClosingBlockBytes || !block->hasEndMark() || !mayTry())
+            return false;
+        DWORD bytes = 0;
+        return unpack(*block, tried_, bytes) &&
+               (bytes >= LeastPiece || afterBlock(view.subspan(block->bytes())) != After::Nothing);
+    }
+
+    bool mayTry()
+    {
+        const bool may = work_ <= WorkForByte * at_ + WorkInAddition;
+        totals_.gaveUp |= !may;
+        return may;
+    }
+
+    bool unpack(const BlockView& block, std::vector<BYTE>& raw, DWORD& bytes)
+    {
+        const bool good = UnpackBlock(block.packed.data(), static_cast<DWORD>(block.packed.size()), raw.data(), bytes);
+        if (!good)
+            work_ += block.packed.size() + bytes + WorkForFalseBlock;
+        return good && block.isWhole;
+    }
+
+    FileWindow window_;
+    bool proves_;
+    ScanSink& sink_;
+    StreamProof proof_;
+    std::vector<BYTE> raw_;
+    std::vector<BYTE> tried_;
+    std::uint64_t at_ = 0;
+    FoundStream stream_;
+    bool isOpen_ = false;
+    bool isAnnounced_ = false;
+    std::uint64_t claimed_ = 0;
+    std::uint64_t work_ = 0;
+    ScanTotals totals_;
+};
+
+}  // namespace
+
+ScanTotals scanStreams(const OpenFile& file, Proving proving, ScanSink& sink)
+{
+    if (!CodecWorks())
+        throw std::runtime_error("the compression library can't be used on this machine");
+    return Scan(file, proving, sink).run();
+}
+
+}  // namespace archive
