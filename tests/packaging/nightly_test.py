@@ -42,7 +42,7 @@ class NightlyTest(InstallationTest):
     def test_a_profile_is_backed_up_with_and_without_an_inhibitor(self):
         self.profile("nightly")
         log = self.folder / "inhibited"
-        for script in (f'echo "$@" >{log}; while [ "$1" != cat ]; do shift; done; "$@"; echo released >>{log}\n', "exit 1\n"):
+        for script in (f'echo "$@" >{log}; while [ "$1" != cat ]; do shift; done; "$@"; echo released >>{log}\n', "echo no bus >&2; exit 1\n"):
             self.tool("systemd-inhibit", script)
             self.assertEqual(self.run_tool(self.programs / "backup-profile", "nightly", env=self.user, cwd=self.folder), "")
         for _ in range(50):
