@@ -90,7 +90,7 @@ class TroubleTest(CompanionTest):
             self.paths[1].unlink()
             out, said = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 1)
-        self.assertIn(b"QLBX0002.QLT: the list file can't be opened", said)
+        self.assertIn(b"QLBX0002.QLT: the list file is missing", said)
         self.assertEqual(out.count(b"QLBX0003.QLT"), 3)
 
     @unittest.skipUnless(os.geteuid() == 0, "needs the administrator, who can become another user")

@@ -17,7 +17,7 @@ SANITIZED = bool(os.environ.get("QUILLBOX_SANITIZE"))
 REGISTRY_HEAD = "\ufeffWindows Registry Editor Version 5.00\r\n\r\n"
 
 
-def database(name, records=(), kind=0, sort=((0, 0),)):
+def database(name, records=(), kind=0, sort=()):
     """A database. A record is a list of properties as an export has them, a sort order a property and its flags."""
     return {"name": name, "type": kind, "sort": list(sort), "records": list(records)}
 

@@ -159,6 +159,13 @@ class OwnFilesTest(FormsTest):
         self.assertEqual(self.said, "quillbox-device: 2 fields were left out: VEVENT (without a start) 2.\n")
         self.assertEqual(re.findall("BEGIN:VEVENT|DTSTART.*", text), ["BEGIN:VEVENT", "DTSTART:20250311T000000\r"])
 
+    def test_the_export_of_an_empty_database_can_be_imported(self):
+        self.import_file(given=contacts() + appointments())
+        for form, said in (("vcard", "0 records replaced by 0"), ("ical", "The file has no records"), ("jsonl", "0 records replaced by 0")):
+            given = self.tool("database", "export", self.device, "--form", form)
+            self.assertIn(said, self.tool("database", "import", self.device, "-", "--form", form, "--replace", given=given))
+        self.assertEqual(self.tool("database", "export", self.device, "--name", CONTACTS), contacts())
+
     def test_the_demonstration_needs_no_lines_of_our_own(self):
         self.device = self.folder / "demonstration"
         self.tool("init", self.device, "--demonstration")
@@ -543,7 +550,7 @@ class RefusedFilesTest(FormsTest):
 
         files = {
             "vcard": [
-                ("", 0), (good + "nonsense\n", 6), (good + "BEGIN:VCARD\nN:a\n", 6), (good + "BEGIN:VCARD\n" * 100_000, 14),
+                (good + "nonsense\n", 6), (good + "BEGIN:VCARD\nN:a\n", 6), (good + "BEGIN:VCARD\n" * 100_000, 14),
                 (with_field("NOTE:a\0b"), 9), (with_field("NOTE:x\udcff").encode("utf-8", "surrogateescape"), 9),
                 (with_field("END:VEVENT"), 9),
                 (with_field("A:\n" * 300_000), 6), (with_field(("A" + ";a=b" * 255 + ":\n") * 1100), 6),
@@ -552,7 +559,7 @@ class RefusedFilesTest(FormsTest):
                 (with_field("X-QUILLBOX-ORDER:0037001f,1"), 9),
                 (EVENT % "X:", 6)],
             "ical": [
-                (good, 1), ("BEGIN:VCALENDAR\nEND:VCALENDAR\n", 2), (EVENT % "STATUS:CANCELLED", 6),
+                (good, 1), ("", 0), (EVENT % "STATUS:CANCELLED", 6),
                 ((EVENT % "")[:38], 2), ((EVENT % "X:")[:-15], 5)],
             "jsonl": [(tasks() + '{"record":[{%s}]}' % ",".join(f'"{n}":0' for n in range(17)), 2)],
             "csv": [
@@ -605,7 +612,7 @@ class RefusedFilesTest(FormsTest):
         self.assertEqual(self.named(CONTACTS), [
             {"Subject": "kept"}, {"LastName": "a", "FirstName": "b", "Notes": "x"}, {"Subject": "more"}])
         self.import_file("--form", "vcard", "--name", "Second", given=card)
-        self.assertIn("database Second: type 24, 1 records", self.tool("database", "list", self.device))
+        self.assertIn("database Second: type 24, 1 record\n", self.tool("database", "list", self.device))
 
 
 if __name__ == "__main__":

@@ -186,6 +186,20 @@ class ContentTest(DeviceToolTest):
         self.tool("card", "remove", self.device, "Stick", code=1)
         self.assertEqual((self.tool("card", "list", self.device), kept.read_text()), ("", "abc"))
 
+    def test_json_has_what_the_text_says(self):
+        self.import_databases(given=lines(KINDS))
+        self.tool("card", "add", self.device, "Gone", self.folder, "--capacity", 5000, "--folder")
+        self.file("device/object-store/a", "abc")
+        (self.device / "cards" / "Card").mkdir()
+        found = {"version": 1, "fileCount": 1, "bytes": 3, "cards": [{"name": "Card", "fileCount": 0, "bytes": 0}],
+                 "folders": [{"name": "Gone", "folder": str(self.folder), "card": False, "capacity": 5000, "there": True}],
+                 "databases": [{"name": "All kinds", "type": 7, "recordCount": 303}], "registryRefused": False}
+        self.assertEqual(json.loads(self.tool("show", self.device, "--json")), found)
+        for command, name in (("database", "databases"), ("card", "folders")):
+            self.assertEqual(json.loads(self.tool(command, "list", self.device, "--json")), {"version": 1, name: found[name]})
+        self.assertEqual(self.tool("show", self.device), "object store: 1 file, 3 bytes\ncard Card: 0 files, 0 bytes\n"
+                         f"folder  Gone = {self.folder}, 5000 bytes\ndatabase All kinds: type 7, 303 records\n")
+
     def test_only_a_device_is_opened_and_only_an_empty_folder_becomes_one(self):
         letter, missing = self.file("letter", "mine"), self.folder / "missing"
         for no_device in (self.folder, missing):

@@ -56,7 +56,7 @@ class CommandTest(SetToolTest):
         self.assertEqual(found["comment"], "Hi")
         self.assertEqual([(item["name"], item["bytes"]) for item in found["items"]],
                          [("\\a", 1000), ("Contacts", image), ("registry", registry)])
-        self.assertEqual(self.verified(path, 0), {"faults": [], "warnings": 0, "items": 3, "sealed": False, "sound": True})
+        self.assertEqual(self.verified(path, 0), {"version": 1, "faults": [], "warnings": 0, "itemCount": 3, "sealed": False, "sound": True})
 
     def test_only_what_was_asked_for_is_extracted(self):
         path = Set().add(FILE, "\\a\\x.txt", b"1").add(FILE, "\\a\\y.doc", b"2").add(DATABASE, "db").write(self.folder)
@@ -68,7 +68,7 @@ class CommandTest(SetToolTest):
         good = self.one_file(b"new").write(self.folder)
         self.out.mkdir()
         target = self.file("out/a", "old")
-        self.assertIn("exists already", self.set_tool("extract", good, self.out, code=1).text)
+        self.assertIn("exists already", self.set_tool("extract", good, self.out, code=1).said)
         self.assertEqual(target.read_bytes(), b"old")
         self.set_tool("extract", good, self.out, "--force")
         self.assertEqual(target.read_bytes(), b"new")
@@ -123,11 +123,13 @@ class CommandTest(SetToolTest):
         other.write_bytes(Set("one\r\na").listed)
         (inner / "QLBX0001.log").write_bytes(b"")
         for folder in (self.folder, inner, f"{inner}/"):
-            self.assertEqual(self.set_tool("list", folder).text, f"{path}  Hi\n{other}  one\n")
+            self.assertEqual(self.set_tool("list", folder, code=1).text,
+                             f"{path}  Hi; 1 item, 21 bytes\n{other}  one; 0 items, the data file is missing\n")
             self.assertRegex(self.set_tool("extract", folder, self.out, code=2).said,
                              "QUILBOX/? is a folder; name one of its sets: QLBX0001.QLT, qlbx0002.qlt\n")
-        self.assertEqual(json.loads(self.set_tool("list", inner, "--json").text),
-                         {"sets": [{"list": str(path), "comment": "Hi"}, {"list": str(other), "comment": "one"}], "count": 2})
+        self.assertEqual(json.loads(self.set_tool("list", inner, "--json", code=1).text), {
+            "version": 1, "sets": [{"list": str(path), "comment": "Hi", "itemCount": 1, "dataBytes": 21},
+                                   {"list": str(other), "comment": "one", "itemCount": 0, "dataBytes": None}], "setCount": 2})
         self.assertFalse(self.out.exists())
 
     def test_an_empty_set_is_warned_of(self):
@@ -138,7 +140,7 @@ class CommandTest(SetToolTest):
     def test_the_registry_has_one_name_in_all_commands(self):
         path = Set().add(REGISTRY, "Tasks Database", stream=b"").write(self.folder)
         self.assertIn("item 1, registry: no stream", self.set_tool("verify", path, code=1).text)
-        self.assertRegex(self.set_tool("extract", path, self.out, "registry", code=1).text, "(?m)^registry: no stream")
+        self.assertRegex(self.set_tool("extract", path, self.out, "registry", code=1).said, "^quillbox-set: registry: no stream")
         self.assertEqual(self.set_tool("list", path).text.splitlines()[-1].split(), ["registry", "0", "registry"])
         self.assertEqual(self.verified(path, 1)["faults"][0]["name"], "registry")
 
@@ -187,7 +189,7 @@ class HostTest(SetToolTest):
         limit = (200000, 200000)
         done = self.set_tool("extract", path, self.out, code=1,
                              preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, limit))
-        self.assertEqual(done.text.splitlines()[0], "file \\sub\\deep\\a: the disk is full")
+        self.assertEqual(done.said, "quillbox-set: file \\sub\\deep\\a: the disk is full\n")
         self.assertEqual(names_in(self.out), ["b"])
 
     @needs_strace
@@ -202,11 +204,22 @@ class HostTest(SetToolTest):
                              (1, "quillbox-set: what was written may be missing from the disk: the disk failed\n"))
 
     @needs_strace
+    def test_what_cannot_be_opened_is_named_with_its_cause(self):
+        path = Set().add(FILE, "\\a", b"1").write(self.folder)
+        for command in (["list"], ["verify"], ["cat", "\\a"], ["extract", self.out]):
+            done = traced([TOOL, command[0], path, *command[1:]], "openat2", "openat2:error=EACCES:when=3+")
+            self.assertRegex(done.stdout + done.stderr, b"the (data|list) file can't be opened: no permission")
+        path.with_suffix(".QDT").unlink()
+        self.assertIn("the data file is missing\n", self.set_tool("cat", path, "\\a", code=1).said)
+        said = self.set_tool("list", path, "\x1b[2J", code=2).said
+        self.assertNotIn("\x1b", said)
+
+    @needs_strace
     def test_a_folder_that_cannot_be_read_is_not_taken_for_one_without_sets(self):
         Set().write(self.folder)
         done = traced([TOOL, "list", self.folder], "getdents64", "getdents64:error=EIO")
         self.assertEqual((done.returncode, done.stderr.decode()),
-                         (2, f"quillbox-set: this folder couldn't be read to its end: {self.folder}\n"))
+                         (2, f"quillbox-set: this folder can't be read (Input/output error): {self.folder}\n"))
 
 
 class DamageTest(SetToolTest):

@@ -108,7 +108,7 @@ class GoodInsideTest(InsideTest):
         old = out / "Tasks.vcf"
         old.write_bytes(b"old")
         done = self.set_tool("extract", "--form", "vcard", "--force", path, out, code=1)
-        self.assertIn("database Tasks: vCard holds contacts", done.text)
+        self.assertIn("database Tasks: vCard holds contacts", done.said)
         self.assertEqual(old.read_bytes(), b"old")
         self.set_tool("extract", "--form", "csv", path, out, "Tasks")
         self.assertEqual({found.name for found in out.iterdir()}, {"Tasks.csv", "Tasks.vcf", "registry.reg"})
@@ -221,7 +221,7 @@ class DamagedInsideTest(InsideTest):
         done = self.set_tool("verify", blob(0xFFFFFFF0, 2000, b""), code=1, **limited)
         self.assertIn("inside record 1 of 1", done.text)
         done = self.set_tool("extract", blob(2000 * 131072, 2000, b"\0\0"), out, code=1, **limited)
-        self.assertIn("16 MiB", done.text)
+        self.assertIn("16 MiB", done.said)
         self.assertEqual(list(out.iterdir()), [])
         # As text a value takes up to nine times as much; in memory it is there once.
         self.set_tool("extract", blob(120 * 131072, 120, b"\0\0"), out, **limited)

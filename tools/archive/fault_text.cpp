@@ -51,6 +51,14 @@ std::string streamFaultText(StreamFault fault)
     return "its stream is damaged";
 }
 
+std::string notOpened(const std::string& what, DWORD error)
+{
+    if (error == ERROR_FILE_NOT_FOUND)
+        return what + " is missing";
+    const char* const reason = platform::kernel::errorReason(error);
+    return what + " can't be opened: " + (reason ? reason : "error " + std::to_string(error));
+}
+
 std::string errorText(DWORD error)
 {
     switch (error) {

@@ -1,5 +1,6 @@
 #include "archive/opened_set.h"
 
+#include "archive/fault_text.h"
 #include "screen_text/screen_text.h"
 
 namespace archive {
@@ -14,7 +15,7 @@ OpenedSet::OpenedSet(const SetFiles& files, const std::string& root)
     }
     list_ = std::make_unique<ListedSet>(*mount_);
     if (!list_->isOpen())
-        trouble_ = "the list file can't be opened";
+        trouble_ = notOpened("the list file", list_->openError());
 }
 
 }  // namespace archive

@@ -43,7 +43,7 @@ public:
             addFault(nullptr, fault);
         checkComment();
         if (!data_.isOpen())
-            addFault(nullptr, "the data file is missing or can't be opened");
+            addFault(nullptr, notOpened("the data file", data_.error()));
         Item item;
         for (; set_.next(item); state_.items++) {
             checkKind(item);

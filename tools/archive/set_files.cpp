@@ -105,6 +105,7 @@ void FolderNames::read()
          entry.increment(error))
         names_.push_back(entry->path().filename().string());
     readFailed_ = static_cast<bool>(error);
+    reason_ = error.message();
     std::ranges::sort(names_);
     for (const std::string& name : names_)
         withoutCase_.try_emplace(folded(name), name);
@@ -201,15 +202,20 @@ SetMount::~SetMount()
 
 OpenFile::OpenFile(const std::u16string& path, DWORD access, DWORD creation)
     : handle_(CreateFileW(path.c_str(), access, access == GENERIC_READ ? FILE_SHARE_READ : 0, nullptr, creation, 0,
-                          nullptr))
+                          nullptr)),
+      error_(isOpen() ? ERROR_SUCCESS : GetLastError())
 {
 }
 
-OpenFile::OpenFile(OpenFile&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
+OpenFile::OpenFile(OpenFile&& other) noexcept
+    : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)), error_(other.error_)
+{
+}
 
 OpenFile& OpenFile::operator=(OpenFile&& other) noexcept
 {
     std::swap(handle_, other.handle_);
+    std::swap(error_, other.error_);
     return *this;
 }
 

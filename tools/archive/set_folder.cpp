@@ -22,7 +22,7 @@ constexpr std::size_t MostNamed = 10;  // in a sentence
 SetFolder listsIn(const std::string& folder)
 {
     FolderNames names(folder);
-    SetFolder found{folder, names.sorted(), names.readFailed()};
+    SetFolder found{folder, names.sorted(), names.readFailed(), names.reason()};
     std::erase_if(found.lists, [](const std::string& name) { return !isListFile(name); });
     return found;
 }
@@ -45,10 +45,14 @@ std::optional<SetFolder> findSets(const std::string& argument)
     return own;
 }
 
+std::string notRead(const SetFolder& folder)
+{
+    return "this folder can't be read (" + folder.reason + "): " + onScreen(folder.path);
+}
+
 std::string noSetIn(const SetFolder& folder)
 {
-    return (folder.readFailed ? "this folder couldn't be read to its end: " : "there is no set in the folder ") +
-           onScreen(folder.path);
+    return folder.readFailed ? notRead(folder) : "there is no set in the folder " + onScreen(folder.path);
 }
 
 std::string setIsWanted(const SetFolder& folder)

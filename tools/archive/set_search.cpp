@@ -53,7 +53,7 @@ private:
     void addLists(const SetFolder& folder)
     {
         if (folder.readFailed)
-            found_.faults.push_back("this folder couldn't be read to its end: " + onScreen(folder.path));
+            found_.faults.push_back(notRead(folder));
         std::error_code error;
         FolderNames names(fs::canonical(folder.path, error).string());
         for (const std::string& name : folder.lists) {

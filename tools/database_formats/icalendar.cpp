@@ -144,9 +144,10 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
         }
     }
     (void)takeCalendarLines(items, leftOut);
-    if (!appointments && !tasks)
-        throw FormatFault(leftOut.count() == 0 ? "there is no appointment and no task in the file"
-                                               : "the file has nothing to import: " + leftOut.sentence());
+    if (!appointments && !tasks && leftOut.count() != 0)
+        throw FormatFault("the file has nothing to import: " + leftOut.sentence());
+    if (lines.number() == 0)
+        throw FormatFault("the file is empty");
 }
 
 }  // namespace database_formats

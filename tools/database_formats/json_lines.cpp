@@ -92,7 +92,8 @@ void JsonLinesWriter::begin(const DatabaseHead& head)
     Json json{{"database", platform::text::toUtf8(head.name)}, {"type", head.type}};
     Json& sort = json["sort"] = Json::array();
     for (const SORTORDERSPEC& order : head.sort)
-        sort.push_back({{"property", order.propid}, {"flags", order.dwFlags}});
+        if (order.propid != 0)  // a database without sort orders has one of no property
+            sort.push_back({{"property", order.propid}, {"flags", order.dwFlags}});
     out_ << json.dump() << '\n';
 }
 

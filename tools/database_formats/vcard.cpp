@@ -24,6 +24,13 @@ void convertEscapes(Component& card)
         line.value = withLaterEscapes(line.value);
 }
 
+DatabaseHead contactsHead()
+{
+    return {personal::ContactsName,
+            personal::ContactsType,
+            {std::begin(personal::ContactsSort), std::end(personal::ContactsSort)}};
+}
+
 }  // namespace
 
 void VCardWriter::begin(const DatabaseHead& head)
@@ -50,9 +57,7 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
             continue;
         }
         if (!database)
-            database = target.begin({personal::ContactsName,
-                                     personal::ContactsType,
-                                     {std::begin(personal::ContactsSort), std::end(personal::ContactsSort)}});
+            database = target.begin(contactsHead());
         convertEscapes(*card);
         const Record contact = exactRecord(*card, contactFrom, leftOut);
         const auto isIdentifier = [](const CEPROPVAL& property) { return property.propid == personal::Identifier; };
@@ -61,8 +66,11 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
         else
             target.add(*database, contact.properties());
     }
-    if (!database)
+    if (database)
+        return;
+    if (leftOut.count() != 0)
         throw FormatFault("there is no card in the file");
+    (void)target.begin(contactsHead());  // the export of an empty database
 }
 
 }  // namespace database_formats

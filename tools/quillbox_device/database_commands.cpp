@@ -4,6 +4,7 @@
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
+#include "report.h"
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
@@ -94,11 +95,13 @@ void report(const database_formats::LeftOut& leftOut)
 
 }  // namespace
 
-void listDatabases(const fs::path& device)
+void listDatabases(const fs::path& device, bool json)
 {
     const DeviceToRead opened(device);
+    Report report(json, {"databases"});
     for (const StoredDatabase& database : storedDatabases())
-        print(database);
+        report.add("databases", jsonOf(database), textOf(database));
+    report.finish();
 }
 
 void exportDatabases(const fs::path& device, const std::optional<std::string>& name, std::optional<Format> format,
@@ -143,7 +146,7 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
             throw Failure("\"" + file + "\"" + line + ": " + fault.what() + ". Nothing was imported.");
         }
     });
-    std::cout << summary;
+    std::cout << (summary.empty() ? "The file has no records.\n" : summary);
     for (const std::u16string& name : namesOfNoFile)
         std::cerr << "quillbox-device: \"" << screen_text::onScreen(name)
                   << "\" can't be the name of a file, so a backup may leave this database out.\n";

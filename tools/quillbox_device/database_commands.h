@@ -12,7 +12,7 @@
 
 namespace quillbox_device {
 
-void listDatabases(const std::filesystem::path& device);
+void listDatabases(const std::filesystem::path& device, bool json);
 
 // Exports the database of this name. Without a name: all databases that the format can hold. Without a format the
 // extension of the file selects it. `file`: see Output (host_files.h).

@@ -3,6 +3,7 @@
 #include "existing_device.h"
 #include "failure.h"
 #include "host_files.h"
+#include "report.h"
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"
 
@@ -18,18 +19,32 @@ namespace quillbox_device {
 
 namespace fs = std::filesystem;
 using platform::device::ExtraFolder;
+using Json = nlohmann::ordered_json;
+using screen_text::counted;
 using screen_text::onScreen;
 
 namespace {
 
-void print(const ExtraFolder& folder)
+bool isThere(const ExtraFolder& folder)
 {
-    std::cout << (folder.card ? "card    " : "folder  ") << onScreen(folder.name) << " = "
-              << onScreen(folder.folder.string());
-    if (folder.capacity)
-        std::cout << ", " << *folder.capacity << " bytes";
     std::error_code ignored;
-    std::cout << (fs::is_directory(folder.folder, ignored) ? "\n" : " (not there)\n");
+    return fs::is_directory(folder.folder, ignored);
+}
+
+void add(Report& report, const ExtraFolder& folder)
+{
+    const Json capacity = folder.capacity ? Json(*folder.capacity) : Json(nullptr);
+    std::string line =
+        (folder.card ? "card    " : "folder  ") + onScreen(folder.name) + " = " + onScreen(folder.folder.string());
+    if (folder.capacity)
+        line += ", " + std::to_string(*folder.capacity) + " bytes";
+    report.add("folders",
+               {{"name", folder.name},
+                {"folder", folder.folder.string()},
+                {"card", folder.card},
+                {"capacity", capacity},
+                {"there", isThere(folder)}},
+               line + (isThere(folder) ? "" : " (not there)"));
 }
 
 struct Content {
@@ -55,12 +70,9 @@ Content contentOf(const fs::path& folder)
     return content;
 }
 
-// Returns how many folders it couldn't read.
-std::uintmax_t printContent(const std::string& what, const fs::path& folder)
+std::string textOf(const std::string& what, const Content& content)
 {
-    const Content content = contentOf(folder);
-    std::cout << onScreen(what) << ": " << content.files << " files, " << content.bytes << " bytes\n";
-    return content.closedFolders;
+    return onScreen(what) + ": " + counted(content.files, "file") + ", " + counted(content.bytes, "byte");
 }
 
 // True if the object store has something of this name. A card or folder of the same name would hide it.
@@ -72,22 +84,34 @@ bool holdsName(const fs::path& objectStore, const std::string& name)
 
 }  // namespace
 
-void show(const fs::path& device)
+void show(const fs::path& device, bool json)
 {
     const DeviceToRead opened(device);
-    std::uintmax_t closedFolders = printContent("object store", opened.folder() / "object-store");
-    for (const auto& entry : fs::directory_iterator(opened.folder() / "cards"))
-        if (entry.symlink_status().type() == fs::file_type::directory)
-            closedFolders += printContent("card " + entry.path().filename().string(), entry.path());
+    std::uintmax_t closedFolders = 0;
+    Report report(json, {"cards", "folders", "databases"});
+    const Content own = contentOf(opened.folder() / "object-store");
+    closedFolders += own.closedFolders;
+    report.set("fileCount", own.files, textOf("object store", own));
+    report.set("bytes", own.bytes, "");
+    for (const auto& entry : fs::directory_iterator(opened.folder() / "cards")) {
+        if (entry.symlink_status().type() != fs::file_type::directory)
+            continue;
+        const std::string name = entry.path().filename().string();
+        const Content card = contentOf(entry.path());
+        closedFolders += card.closedFolders;
+        report.add("cards", {{"name", name}, {"fileCount", card.files}, {"bytes", card.bytes}},
+                   textOf("card " + name, card));
+    }
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
-        print(folder);
+        add(report, folder);
     for (const StoredDatabase& database : storedDatabases())
-        print(database);
-    if (fs::exists(fs::symlink_status(opened.folder() / "registry.refused")))
-        std::cout << "registry.refused: a restored registry that was damaged and not put in force\n";
+        report.add("databases", jsonOf(database), quillbox_device::textOf(database));
+    const bool refused = fs::exists(fs::symlink_status(opened.folder() / "registry.refused"));
+    report.set("registryRefused", refused,
+               refused ? "registry.refused: a restored registry that was damaged and not put in force" : "");
+    report.finish();
     if (closedFolders != 0)
-        throw Failure(screen_text::counted(closedFolders, "folder") +
-                      " can't be read, so the numbers don't include their content.");
+        throw Failure(counted(closedFolders, "folder") + " can't be read, so the numbers don't include their content.");
 }
 
 void init(const fs::path& device, bool demonstration)
@@ -99,11 +123,13 @@ void init(const fs::path& device, bool demonstration)
         throw Failure(made.error.sentence);
 }
 
-void listCards(const fs::path& device)
+void listCards(const fs::path& device, bool json)
 {
     const DeviceToRead opened(device);
+    Report report(json, {"folders"});
     for (const ExtraFolder& folder : platform::device::rememberedFolders())
-        print(folder);
+        add(report, folder);
+    report.finish();
 }
 
 void addCard(const fs::path& device, const std::string& name, const fs::path& folder,

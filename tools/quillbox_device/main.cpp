@@ -37,6 +37,7 @@ struct CommandLine {
     bool force = false;
     bool replace = false;
     bool add = false;
+    bool json = false;
     std::string format;
     std::string columns;
 };
@@ -63,12 +64,18 @@ CLI::App* addCommand(CLI::App& parent, CommandLine& line, const char* name, cons
     return command;
 }
 
+void addJson(CLI::App& command, CommandLine& line)
+{
+    command.add_flag("--json", line.json, "prints JSON for other programs");
+}
+
 void addCards(CLI::App& app, CommandLine& line)
 {
     CLI::App* card = app.add_subcommand("card", "folders of this computer that the device shows at every start");
     card->require_subcommand(1);
     CLI::App* list = addCommand(*card, line, "list", "prints these folders");
-    list->callback([&line] { listCards(line.device); });
+    list->callback([&line] { listCards(line.device, line.json); });
+    addJson(*list, line);
     CLI::App* add = addCommand(*card, line, "add", "adds a folder");
     add->add_option("NAME", line.name, "its name on the device; nothing in the device's root may have it")->required();
     add->add_option("DIR", line.folder, "the folder")->required();
@@ -108,7 +115,8 @@ void addDatabases(CLI::App& app, CommandLine& line)
     CLI::App* database = app.add_subcommand("database", "databases as JSON lines, vCard, iCalendar, CSV");
     database->require_subcommand(1);
     CLI::App* list = addCommand(*database, line, "list", "prints their names");
-    list->callback([&line] { listDatabases(line.device); });
+    list->callback([&line] { listDatabases(line.device, line.json); });
+    addJson(*list, line);
     CLI::App* out = addCommand(*database, line, "export", "writes one database, or all that the format can hold");
     out->add_option("FILE", line.file, "the file; default, or -: standard output");
     out->add_option("--name", line.database, "the database; default: all that the format can hold")
@@ -157,7 +165,9 @@ int run(int count, char** arguments)
     app.set_version_flag("--version", "quillbox-device " QUILLBOX_VERSION);
     app.require_subcommand(1);
     CommandLine line;
-    addCommand(app, line, "show", "prints what the device contains")->callback([&line] { show(line.device); });
+    CLI::App* shown = addCommand(app, line, "show", "prints what the device contains");
+    addJson(*shown, line);
+    shown->callback([&line] { show(line.device, line.json); });
     CLI::App* make = addCommand(app, line, "init", "makes a device of a folder that is missing or empty");
     make->add_flag("--demonstration", line.demonstration, "with sample content");
     make->callback([&line] { init(line.device, line.demonstration); });

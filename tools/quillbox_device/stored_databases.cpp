@@ -3,8 +3,9 @@
 #include "failure.h"
 #include "screen_text/screen_text.h"
 
+#include "text/host_name.h"
+
 #include <algorithm>
-#include <iostream>
 #include <span>
 
 namespace quillbox_device {
@@ -47,10 +48,17 @@ database_formats::DatabaseHead headOf(const CEDBASEINFO& info)
     return {info.szDbaseName, info.dwDbaseType, {orders.begin(), orders.end()}};
 }
 
-void print(const StoredDatabase& database)
+std::string textOf(const StoredDatabase& database)
 {
-    std::cout << "database " << screen_text::onScreen(database.info.szDbaseName) << ": type "
-              << database.info.dwDbaseType << ", " << database.info.wNumRecords << " records\n";
+    return "database " + screen_text::onScreen(database.info.szDbaseName) + ": type " +
+           std::to_string(database.info.dwDbaseType) + ", " + screen_text::counted(database.info.wNumRecords, "record");
+}
+
+nlohmann::ordered_json jsonOf(const StoredDatabase& database)
+{
+    return {{"name", platform::text::toUtf8(database.info.szDbaseName)},
+            {"type", database.info.dwDbaseType},
+            {"recordCount", database.info.wNumRecords}};
 }
 
 }  // namespace quillbox_device

@@ -5,6 +5,8 @@
 
 #include "ce/store.h"
 
+#include <nlohmann/json.hpp>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,7 +26,8 @@ std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
 
 database_formats::DatabaseHead headOf(const CEDBASEINFO& info);
 
-// Prints one line about it.
-void print(const StoredDatabase& database);
+// A line about it, without a line end.
+std::string textOf(const StoredDatabase& database);
+nlohmann::ordered_json jsonOf(const StoredDatabase& database);
 
 }  // namespace quillbox_device

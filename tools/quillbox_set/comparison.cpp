@@ -1,5 +1,6 @@
 #include "comparison.h"
 
+#include "archive/fault_text.h"
 #include "archive/long_work.h"
 #include "archive/name_set.h"
 #include "archive/opened_set.h"
@@ -72,7 +73,7 @@ public:
     {
         for (const Side* side : {&older_, &newer_}) {
             if (!side->data.isOpen())
-                report(*side, "the data file is missing or can't be opened");
+                report(*side, notOpened("the data file", side->data.error()));
         }
         if (troubled_)
             return exitTrouble;

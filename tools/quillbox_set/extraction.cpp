@@ -9,6 +9,7 @@
 #include "exit_code.h"
 #include "item_target.h"
 #include "json_list.h"
+#include "result_line.h"
 #include "screen_text/screen_text.h"
 #include "set/stream_decoding.h"
 #include "text/host_name.h"
@@ -17,6 +18,7 @@
 #include "ce/file.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 
@@ -46,7 +48,7 @@ public:
         if (data_.isOpen())
             extractWanted();
         else
-            reportFault("the data file is missing or can't be opened");
+            reportFault(notOpened("the data file", data_.error()));
         flush();
         if (list_)
             list_->end({{"written", written_}, {"faults", faults_}});
@@ -109,12 +111,25 @@ private:
         if (list_) {
             list_->add({{"kind", item.kindText()},
                         {"name", platform::text::toUtf8(item.shownName())},
-                        {"target", platform::text::toUtf8(targetOf(item, options_.format))},
+                        {"target", kept ? jsonText(hostPathOf(targetOf(item, options_.format))) : nullptr},
                         {"bytes", bytes},
                         {"fault", fault.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(fault)}});
+        } else if (fault.empty()) {
+            std::cout << item.text() << ": " << counted(bytes, "byte") << '\n';
         } else {
-            std::cout << item.text() << ": " << (fault.empty() ? counted(bytes, "byte") : fault) << '\n';
+            std::cerr << "quillbox-set: " << item.text() << ": " << fault << '\n';
         }
+    }
+
+    std::string hostPathOf(const std::u16string& target) const
+    {
+        std::filesystem::path path = options_.folder;
+        for (std::size_t begin = 1; begin <= target.size();) {
+            const std::size_t end = std::min(target.find(u'\\', begin), target.size());
+            path /= platform::text::toHostName(target.substr(begin, end - begin)).value_or("");
+            begin = end + 1;
+        }
+        return path.string();
     }
 
     // Returns an empty text if the whole item was written, otherwise the reason. Sets `bytes` to the size of the file

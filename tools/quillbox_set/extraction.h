@@ -19,6 +19,7 @@ struct ExtractionOptions {
     bool force = false;        // replaces existing files
     bool keepDamaged = false;  // keeps what could be unpacked of a damaged item
     bool json = false;
+    std::string folder;  // to write to, on the host. JSON names the written files in it.
 };
 
 // The folder is the root of the name space. Prints what became of each item. Returns the exit code.

@@ -1,5 +1,6 @@
 #include "finding.h"
 
+#include "archive/fault_text.h"
 #include "archive/long_work.h"
 #include "archive/opened_set.h"
 #include "archive/set_date.h"
@@ -57,7 +58,7 @@ public:
             return report(set.trouble());
         std::optional<OpenFile> data;
         if (!words_.isEmpty() && !data.emplace(set.mounted().dataPath, GENERIC_READ, OPEN_EXISTING).isOpen())
-            report("the data file is missing or can't be opened");
+            report(notOpened("the data file", data->error()));
         Item item;
         while (set.list().nextWith(part_, item)) {
             if (!matches(item))

@@ -1,5 +1,6 @@
 #include "history.h"
 
+#include "archive/fault_text.h"
 #include "archive/long_work.h"
 #include "archive/opened_set.h"
 #include "archive/record_changes.h"
@@ -145,7 +146,7 @@ private:
             if (item.shownName() != name_)
                 continue;
             if (!data.isOpen())
-                return {"", {}, "the data file is missing or can't be opened"};
+                return {"", {}, notOpened("the data file", data.error())};
             State state = item.isDatabase()   ? stateOfDatabase(data, item, options_)
                           : item.isRegistry() ? stateOfRegistry(data, item, options_)
                                               : stateOfFile(data, item);

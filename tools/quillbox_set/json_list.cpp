@@ -22,6 +22,7 @@ void printFields(const nlohmann::ordered_json& object, std::string_view before, 
 JsonList::JsonList(const nlohmann::ordered_json& head, const std::string& arrayName)
 {
     std::cout << "{\n";
+    printFields({{"version", JsonVersion}}, "  ", ",\n");
     printFields(head, "  ", ",\n");
     std::cout << "  " << dumped(arrayName) << ": [";
 }

@@ -8,9 +8,12 @@
 
 namespace quillbox_set {
 
+// The first field of each object that a command prints. It changes when a field changes its name or its meaning.
+inline constexpr int JsonVersion = 1;
+
 class JsonList {
 public:
-    // Prints the fields of `head`, an object, and begins the array.
+    // Prints the version and the fields of `head`, an object, and begins the array.
     JsonList(const nlohmann::ordered_json& head, const std::string& arrayName);
 
     void add(const nlohmann::ordered_json& element);

@@ -1,5 +1,6 @@
 #include "listing.h"
 
+#include "archive/fault_text.h"
 #include "archive/item_content.h"
 #include "exit_code.h"
 #include "item_inside.h"
@@ -153,7 +154,7 @@ bool printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& opt
         list.add(jsonOf(row, options));
         items++;
     });
-    list.end({{"count", items}});
+    list.end({{"itemCount", items}});
     return whole;
 }
 
@@ -163,7 +164,7 @@ int listSet(ListedSet& set, const MountedSet& files, const ListingOptions& optio
 {
     const OpenFile data(files.dataPath, GENERIC_READ, OPEN_EXISTING);
     if (!data.isOpen())
-        std::cerr << "quillbox-set: the data file is missing\n";
+        std::cerr << "quillbox-set: " << notOpened("the data file", data.error()) << "\n";
     const bool whole = (options.json ? printAsJson : printAsText)(set, data, options);
     if (set.readFailed())
         std::cerr << "quillbox-set: the list file couldn't be read to its end\n";

@@ -14,11 +14,13 @@
 
 #include "file/name_space.h"
 #include "kernel/standard_streams.h"
+#include "text/host_name.h"
 
 #include <filesystem>
 #include <iostream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -68,6 +70,7 @@ int extract(const CommandLine& line, ExtractionOptions options)
     platform::file::prepareProcess();
     std::filesystem::create_directories(line.second, error);
     options.json = line.json;
+    options.folder = line.second;
     const OpenedSet set(*files, line.second);
     return set.isOpen() ? extractItems(set.list(), set.mounted(), options) : reportTrouble(set.trouble());
 }
@@ -153,7 +156,10 @@ int run(int count, char** arguments)
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? exitGood : exitNoSet;
+        std::ostringstream said;
+        const int code = app.exit(error, std::cout, said);
+        std::cerr << screen_text::linesOnScreen(platform::text::fromUtf8(said.str()), "");
+        return code == 0 ? exitGood : exitNoSet;
     }
     return line.exitCode;
 }

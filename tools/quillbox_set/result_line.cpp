@@ -1,6 +1,7 @@
 #include "result_line.h"
 
 #include "exit_code.h"
+#include "json_list.h"
 
 #include <chrono>
 #include <iostream>
@@ -22,7 +23,13 @@ void printResult(bool json, const nlohmann::ordered_json& object, const std::str
 {
     using Json = nlohmann::ordered_json;
     static std::chrono::steady_clock::time_point nextFlush;
-    std::cout << (json ? object.dump(-1, ' ', false, Json::error_handler_t::replace) : text) << '\n';
+    if (json) {
+        Json line = {{"version", JsonVersion}};
+        line.update(object);
+        std::cout << line.dump(-1, ' ', false, Json::error_handler_t::replace) << '\n';
+    } else {
+        std::cout << text << '\n';
+    }
     if (const auto now = std::chrono::steady_clock::now(); now >= nextFlush) {
         std::cout.flush();
         nextFlush = now + BetweenFlushes;

@@ -13,8 +13,8 @@ namespace quillbox_set {
 // Bytes of the host as the text of a JSON value. Bytes that aren't UTF-8 become U+FFFD when it is printed.
 nlohmann::ordered_json jsonText(std::string_view bytes);
 
-// Prints the object in one line, or the text, which must be safe to print. The first line is passed
-// on at once, and further ones every 20 ms, so that a reader of a pipe sees results as they are found.
+// Prints the object in one line, after the version (json_list.h), or the text, which must be safe to print. The first
+// line is passed on at once, and further ones every 20 ms, so that a reader of a pipe sees results as they are found.
 void printResult(bool json, const nlohmann::ordered_json& object, const std::string& text);
 
 // Prints a message on standard error. Returns exitNoSet.

@@ -1,20 +1,26 @@
 #include "set_listing.h"
 
+#include "archive/fault_text.h"
 #include "archive/listed_set.h"
 #include "archive/set_files.h"
 #include "exit_code.h"
 #include "json_list.h"
+#include "result_line.h"
 #include "screen_text/screen_text.h"
 
 #include "text/host_name.h"
 
+#include "ce/file.h"
+
 #include <filesystem>
 #include <iostream>
+#include <optional>
 
 namespace quillbox_set {
 
 using namespace archive;
 
+using screen_text::counted;
 using screen_text::onScreen;
 
 namespace {
@@ -22,6 +28,53 @@ namespace {
 std::u16string firstLine(std::u16string_view comment)
 {
     return std::u16string(comment.substr(0, comment.find_first_of(u"\r\n")));
+}
+
+// What is printed about a set.
+struct Row {
+    std::u16string comment;
+    std::uint64_t items = 0;
+    std::optional<std::uint64_t> dataBytes;  // nothing if the data file can't be opened
+    std::string dataFault;
+};
+
+// Nothing if the list file can't be read. Standard error says why.
+std::optional<Row> rowOf(MountedSet mounted, FolderNames& names, const std::string& name)
+{
+    const auto files = findSet(names, name);
+    mounted.listPath = mounted.folder + u"\\" + platform::text::toDeviceName(name);
+    ListedSet set(mounted);
+    Row row;
+    for (Item item; set.isOpen() && set.next(item);)
+        ++row.items;
+    if (!set.isOpen() || set.readFailed()) {
+        std::cerr << "quillbox-set: "
+                  << (set.isOpen() ? "the list file can't be read" : notOpened("the list file", set.openError()))
+                  << ": " << onScreen((std::filesystem::path(names.folder()) / name).string()) << "\n";
+        return std::nullopt;
+    }
+    row.comment = firstLine(set.comment());
+    const std::string dataName = files ? files->dataName : std::string();
+    const OpenFile data(mounted.folder + u"\\" + platform::text::toDeviceName(dataName), GENERIC_READ, OPEN_EXISTING);
+    if (data.isOpen())
+        row.dataBytes = data.size();
+    else
+        row.dataFault = notOpened("the data file", data.error());
+    return row;
+}
+
+nlohmann::ordered_json jsonOf(const std::string& path, const Row& row)
+{
+    return {{"list", jsonText(path)},
+            {"comment", platform::text::toUtf8(row.comment)},
+            {"itemCount", row.items},
+            {"dataBytes", row.dataBytes ? nlohmann::ordered_json(*row.dataBytes) : nullptr}};
+}
+
+std::string textOf(const Row& row)
+{
+    return onScreen(row.comment) + (row.comment.empty() ? "" : "; ") + counted(row.items, "item") + ", " +
+           (row.dataBytes ? counted(*row.dataBytes, "byte") : row.dataFault);
 }
 
 }  // namespace
@@ -42,24 +95,23 @@ int listSets(const SetFolder& folder, bool json)
         list.emplace(nlohmann::ordered_json::object(), "sets");
     int code = folder.readFailed ? exitFaults : exitGood;
     if (folder.readFailed)
-        std::cerr << "quillbox-set: this folder couldn't be read to its end: " << onScreen(folder.path) << "\n";
+        std::cerr << "quillbox-set: " << notRead(folder) << "\n";
+    FolderNames names(folder.path);
     for (const std::string& name : folder.lists) {
         const std::string path = (std::filesystem::path(folder.path) / name).string();
-        mounted->listPath = mounted->folder + u"\\" + platform::text::toDeviceName(name);
-        const ListedSet set(*mounted);
-        if (!set.isOpen() || set.readFailed()) {
-            std::cerr << "quillbox-set: the list file can't be read: " << onScreen(path) << "\n";
+        const auto row = rowOf(*mounted, names, name);
+        if (!row) {
             code = exitFaults;
             continue;
         }
-        const std::u16string comment = firstLine(set.comment());
+        code = row->dataBytes ? code : exitFaults;
         if (list)
-            list->add({{"list", path}, {"comment", platform::text::toUtf8(comment)}});
+            list->add(jsonOf(path, *row));
         else
-            std::cout << onScreen(path) << "  " << onScreen(comment) << '\n';
+            std::cout << onScreen(path) << "  " << textOf(*row) << '\n';
     }
     if (list)
-        list->end({{"count", folder.lists.size()}});
+        list->end({{"setCount", folder.lists.size()}});
     return code;
 }
 

@@ -1,5 +1,6 @@
 #include "single_item.h"
 
+#include "archive/fault_text.h"
 #include "archive/item_content.h"
 #include "archive/long_work.h"
 #include "database_text.h"
@@ -85,7 +86,7 @@ int writeItem(const SetFiles& files, const std::string& name, std::optional<data
     while (set.list().next(item)) {
         if (item.shownName() != wanted)
             continue;
-        const std::string fault = data.isOpen() ? write(data, item, format) : "the data file is missing";
+        const std::string fault = data.isOpen() ? write(data, item, format) : notOpened("the data file", data.error());
         if (fault.empty())
             return exitGood;
         std::cout.flush();

@@ -71,7 +71,7 @@ public:
         progress_.clear();
         if (list_)
             list_->end({{"warnings", state.warnings},
-                        {"items", state.items},
+                        {"itemCount", state.items},
                         {"sealed", state.isSealed},
                         {"sound", state.isSound()}});
         else
@@ -106,7 +106,7 @@ public:
 
     void finish(const SetState& state)
     {
-        printLine({{"items", state.items},
+        printLine({{"itemCount", state.items},
                    {"faults", state.faults},
                    {"warnings", state.warnings},
                    {"sealed", state.isSealed},

@@ -14,6 +14,9 @@ namespace archive {
 // name".
 std::vector<std::string> listFaultTexts(DWORD faults, const std::string& text);
 
+// "the data file is missing", "the data file can't be opened: no permission".
+std::string notOpened(const std::string& what, DWORD error);
+
 std::string streamFaultText(StreamFault fault);
 
 // What the error of the platform means for an extraction.

@@ -40,6 +40,7 @@ public:
     explicit ListedSet(const MountedSet& set);
 
     bool isOpen() const { return list_.isOpen(); }
+    DWORD openError() const { return list_.error(); }
     std::u16string_view comment() const { return comment_; }
     DWORD commentFaults() const { return commentFaults_; }
 

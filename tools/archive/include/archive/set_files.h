@@ -37,6 +37,7 @@ public:
     const std::vector<std::string>& sorted();
     // The folder may have more names.
     [[nodiscard]] bool readFailed();
+    const std::string& reason() const { return reason_; }  // of the failure
     // The wanted name if the folder has it, otherwise the first one that differs from it only in case.
     std::optional<std::string> like(const std::string& wanted);
 
@@ -46,6 +47,7 @@ private:
     std::string folder_;
     bool isRead_ = false;
     bool readFailed_ = false;
+    std::string reason_;
     std::vector<std::string> names_;
     std::unordered_map<std::u16string, std::string> withoutCase_;
 };
@@ -108,12 +110,14 @@ public:
     ~OpenFile();
 
     bool isOpen() const;
+    DWORD error() const { return error_; }  // of the opening, if it failed
     HANDLE handle() const { return handle_; }
     std::uint64_t size() const;
     [[nodiscard]] bool close();  // false if a write failed after it was reported as successful
 
 private:
     HANDLE handle_;
+    DWORD error_;
 };
 
 }  // namespace archive
