@@ -8,6 +8,7 @@
 
 #include "ce/personal_databases.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
@@ -18,12 +19,16 @@ using namespace database_formats;
 
 constexpr std::uint8_t Formats = 4;
 
+// In no order and without numbers that are 0, which vCard and iCalendar don't tell from missing ones.
 std::vector<std::string> textsOf(std::span<const CEPROPVAL> record)
 {
     std::vector<std::string> texts;
     for (const CEPROPVAL& property : record)
-        texts.push_back(std::to_string(property.propid) + " " + std::to_string(property.wFlags) + " " +
-                        valueText(property, Controls::Coded));
+        if (property.wFlags != 0 || LOWORD(property.propid) == CEVT_LPWSTR ||
+            valueText(property, Controls::Coded) != "0")
+            texts.push_back(std::to_string(property.propid) + " " + std::to_string(property.wFlags) + " " +
+                            valueText(property, Controls::Coded));
+    std::ranges::sort(texts);
     return texts;
 }
 

@@ -196,7 +196,10 @@ void takeBirthday(ContactValues& values, Record& contact, DayOrder order, LeftOu
 // A line end of a device is CR LF.
 std::string withLineEnds(std::string_view text)
 {
-    return unescaped(escaped(text));
+    std::string notes;
+    for (const char c : text)
+        notes += c == '\n' && !notes.ends_with('\r') ? "\r\n" : std::string(1, c);
+    return notes;
 }
 
 Record contactOf(ContactValues& values, DayOrder order, LeftOut& leftOut)

@@ -12,7 +12,7 @@
 
 namespace database_formats {
 
-// Both directions use only the standard's own lines. exact_lines.h preserves what these can't hold. Times are written
+// Both directions use only the standard's own lines. written_text.h finds out what these can't hold. Times are written
 // without a zone, because the device's clock has none. A time with a zone is converted to the host's local time.
 Component eventOf(std::span<const CEPROPVAL> appointment);
 Component todoOf(std::span<const CEPROPVAL> task);

@@ -10,8 +10,7 @@ namespace database_formats {
 namespace {
 
 constexpr std::size_t DeepestNesting = 8;
-// A record has up to 0xFFFF properties. Each of them needs an extension line with two parameters, and the rest is for
-// lines that are ignored.
+// No real card has more.
 constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
 
 constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";

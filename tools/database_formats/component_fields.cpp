@@ -1,7 +1,6 @@
 #include "component_fields.h"
 
 #include "database_formats/value_text.h"
-#include "exact_lines.h"
 
 #include "ce/personal_databases.h"
 
@@ -105,8 +104,7 @@ void ComponentFields::leaveOut(std::string_view name, std::string_view shownName
 void ComponentFields::leaveRest(std::span<const std::string_view> ignored)
 {
     for (const ContentLine& line : component_.lines)
-        if (!isEmpty(line) && !line.name.starts_with(ExactPrefix) &&
-            std::ranges::find(taken_, line.name) == taken_.end() &&
+        if (!isEmpty(line) && std::ranges::find(taken_, line.name) == taken_.end() &&
             std::ranges::find(ignored, line.name) == ignored.end())
             leftOut_.add(line.name);
 }
@@ -133,8 +131,11 @@ void addTextLine(Component& component, std::string_view name, const std::string&
 void addCategories(Component& component, const std::string& categories)
 {
     std::string value;
-    for (const char c : categories)
-        value += c == ';' ? std::string(",") : escaped({&c, 1});
+    for (std::size_t begin = 0; begin <= categories.size();) {
+        const std::size_t end = std::min(categories.find(';', begin), categories.size());
+        value += (begin == 0 ? "" : ",") + escaped(std::string_view(categories).substr(begin, end - begin));
+        begin = end + 1;
+    }
     if (!value.empty())
         component.add("CATEGORIES", value);
 }

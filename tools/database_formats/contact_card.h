@@ -11,7 +11,7 @@
 
 namespace database_formats {
 
-// Both directions use only the standard's own lines. exact_lines.h preserves what these can't hold.
+// Both directions use only the standard's own lines. written_text.h finds out what these can't hold.
 Component cardOf(std::span<const CEPROPVAL> contact);
 Record contactFrom(const Component& card, LeftOut& leftOut);
 

@@ -104,7 +104,8 @@ std::string escaped(std::string_view text)
 {
     std::string value;
     for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] == '\r' && text.substr(at, 2) == "\r\n")
+        const bool control = static_cast<unsigned char>(text[at]) < 0x20 || text[at] == 0x7F;
+        if ((control && text[at] != '\r' && text[at] != '\n' && text[at] != '\t') || text.substr(at, 2) == "\r\n")
             continue;
         if (text[at] == '\\' || text[at] == ',' || text[at] == ';')
             value += '\\';

@@ -36,7 +36,8 @@ ContentLine contentLineFrom(std::string_view text, std::size_t number);
 // Appends the line with CR LF. It is folded after 75 bytes, but never within a character.
 void append(std::string& text, const ContentLine& line);
 
-// A text inside of a value, and back. A line end is CR LF in the text, and "\n" in the value.
+// A text inside of a value, and back. A line end is CR LF in the text, and "\n" in the value. Control characters are
+// left out.
 std::string escaped(std::string_view text);
 std::string unescaped(std::string_view value);
 

@@ -64,7 +64,7 @@ std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, Lef
 {
     switch (format) {
     case Format::VCard:
-        return std::make_unique<VCardWriter>(out);
+        return std::make_unique<VCardWriter>(out, leftOut);
     case Format::ICalendar:
         return std::make_unique<ICalendarWriter>(out, leftOut);
     case Format::Csv:

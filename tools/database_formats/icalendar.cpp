@@ -3,7 +3,7 @@
 #include "calendar_item.h"
 #include "component.h"
 #include "content_line.h"
-#include "exact_lines.h"
+#include "written_text.h"
 
 #include "ce/personal_databases.h"
 
@@ -30,7 +30,7 @@ DatabaseHead tasksHead()
     return {personal::TasksName, personal::TasksType, {std::begin(personal::TasksSort), std::end(personal::TasksSort)}};
 }
 
-StandardReading readingOf(bool task, const CalendarZones& zones)
+Reading readingOf(bool task, const CalendarZones& zones)
 {
     return [task, &zones](const Component& item, LeftOut& leftOut) {
         return task ? taskFrom(item, zones, leftOut) : appointmentFrom(item, zones, leftOut);
@@ -78,13 +78,6 @@ std::string leftOutName(const Component& item, const std::string& method)
     return {};
 }
 
-// The extension lines can remove all properties of an item. Then there is no record to add.
-void addItem(DatabaseTarget& target, std::size_t database, const Record& item)
-{
-    if (!item.properties().empty())
-        target.add(database, item.properties());
-}
-
 }  // namespace
 
 void ICalendarWriter::begin(const DatabaseHead& head)
@@ -107,7 +100,8 @@ void ICalendarWriter::add(std::span<const CEPROPVAL> properties)
     }
     item.add("UID", escaped(identifiers_.of(properties)));
     item.add("DTSTAMP", NoTime);
-    out_ << exactText(std::move(item), readingOf(tasks_, CalendarZones()), properties);
+    const CalendarZones none;
+    out_ << writtenText(item, readingOf(tasks_, none), properties, leftOut_);
 }
 
 void ICalendarWriter::finish()
@@ -134,11 +128,11 @@ void readICalendar(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
         } else if (item->name == "VEVENT") {
             if (!appointments)
                 appointments = target.begin(appointmentsHead());
-            addItem(target, *appointments, exactRecord(*item, readingOf(false, zones), leftOut));
+            target.add(*appointments, appointmentFrom(*item, zones, leftOut).properties());
         } else if (item->name == "VTODO") {
             if (!tasks)
                 tasks = target.begin(tasksHead());
-            addItem(target, *tasks, exactRecord(*item, readingOf(true, zones), leftOut));
+            target.add(*tasks, taskFrom(*item, zones, leftOut).properties());
         } else if (item->name != "VTIMEZONE") {
             leftOut.add(item->name);
         }

@@ -2,8 +2,8 @@
 
 #include "component.h"
 #include "contact_card.h"
-#include "exact_lines.h"
 #include "line_decoding.h"
+#include "written_text.h"
 
 #include "ce/personal_databases.h"
 
@@ -44,7 +44,7 @@ void VCardWriter::add(std::span<const CEPROPVAL> properties)
 {
     Component card = cardOf(properties);
     card.add("UID", escaped(identifiers_.of(properties)));
-    out_ << exactText(std::move(card), contactFrom, properties);
+    out_ << writtenText(card, contactFrom, properties, leftOut_);
 }
 
 void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
@@ -59,7 +59,7 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
         if (!database)
             database = target.begin(contactsHead());
         convertEscapes(*card);
-        const Record contact = exactRecord(*card, contactFrom, leftOut);
+        const Record contact = contactFrom(*card, leftOut);
         const auto isIdentifier = [](const CEPROPVAL& property) { return property.propid == personal::Identifier; };
         if (std::ranges::all_of(contact.properties(), isIdentifier))
             leftOut.add("VCARD");

@@ -10,7 +10,7 @@ namespace database_formats {
 
 class VCardWriter : public DatabaseWriter {
 public:
-    explicit VCardWriter(std::ostream& out) : out_(out) {}
+    VCardWriter(std::ostream& out, LeftOut& leftOut) : out_(out), leftOut_(leftOut) {}
 
     void begin(const DatabaseHead& head) override;
     void add(std::span<const CEPROPVAL> properties) override;
@@ -18,6 +18,7 @@ public:
 
 private:
     std::ostream& out_;
+    LeftOut& leftOut_;
     Identifiers identifiers_;
 };
 

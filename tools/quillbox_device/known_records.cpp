@@ -32,6 +32,15 @@ bool isDefault(const CEPROPVAL& property)
     return LOWORD(property.propid) != CEVT_LPWSTR && valueText(property, Controls::Kept) == "0";
 }
 
+// Bytes that aren't a text get no line in any form, so a file can't say that they were deleted.
+bool isText(const CEPROPVAL& property)
+{
+    if (LOWORD(property.propid) != CEVT_BLOB)
+        return true;
+    const auto& blob = property.val.blob;
+    return database_formats::isValidUtf8({reinterpret_cast<const char*>(blob.lpb), blob.dwCount});
+}
+
 // What must be written so that the old record gets the content of the new one.
 std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const CEPROPVAL> wanted, DWORD type)
 {
@@ -44,7 +53,7 @@ std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const
     }
     for (const CEPROPID id : database_formats::usualProperties(type))
         if (const CEPROPVAL* before = propertyIn(old, id);
-            before != nullptr && propertyIn(wanted, id) == nullptr && !isDefault(*before))
+            before != nullptr && propertyIn(wanted, id) == nullptr && !isDefault(*before) && isText(*before))
             changes.push_back({id, 0, CEDB_PROPDELETE, {}});
     const CEPROPVAL* identifier = propertyIn(wanted, personal::Identifier);
     if (!changes.empty() && identifier != nullptr && propertyIn(old, personal::Identifier) == nullptr)

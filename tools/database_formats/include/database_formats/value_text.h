@@ -1,5 +1,4 @@
-// value_text.h - a property's value as text, and back without loss. CSV uses it for its cells, and vCard and iCalendar
-// for the lines of exact_lines.h.
+// value_text.h - a property's value as text, and back without loss. CSV uses it for its cells.
 //
 // The meaning of the text depends on the property's type:
 //   number  decimal digits
