@@ -6,6 +6,8 @@
 #include "line_reader.h"
 #include "vcard.h"
 
+#include "ce/personal_databases.h"
+
 #include <algorithm>
 #include <array>
 #include <sstream>
@@ -58,6 +60,18 @@ Format formatOfFile(std::string_view file)
 std::string_view extensionOf(Format format)
 {
     return std::ranges::find(formatNames, format, &FormatName::format)->extension;
+}
+
+bool holds(Format format, DWORD type)
+{
+    switch (format) {
+    case Format::VCard:
+        return type == personal::ContactsType;
+    case Format::ICalendar:
+        return type == personal::AppointmentsType || type == personal::TasksType;
+    default:
+        return true;
+    }
 }
 
 std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, LeftOut& leftOut)

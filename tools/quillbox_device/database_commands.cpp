@@ -10,8 +10,6 @@
 
 #include "database_formats/database_format.h"
 
-#include "ce/personal_databases.h"
-
 #include "kernel/standard_streams.h"
 #include "text/host_name.h"
 
@@ -46,18 +44,6 @@ void exportOne(const StoredDatabase& database, database_formats::DatabaseWriter&
     }
 }
 
-bool holds(Format format, DWORD type)
-{
-    switch (format) {
-    case Format::VCard:
-        return type == personal::ContactsType;
-    case Format::ICalendar:
-        return type == personal::AppointmentsType || type == personal::TasksType;
-    default:
-        return true;
-    }
-}
-
 std::vector<StoredDatabase> wantedDatabases(const std::optional<std::string>& name, Format format)
 {
     if (name) {
@@ -67,7 +53,9 @@ std::vector<StoredDatabase> wantedDatabases(const std::optional<std::string>& na
         return {*database};
     }
     auto databases = storedDatabases();
-    std::erase_if(databases, [format](const auto& database) { return !holds(format, database.info.dwDbaseType); });
+    std::erase_if(databases, [format](const auto& database) {
+        return !database_formats::holds(format, database.info.dwDbaseType);
+    });
     if (databases.empty() && format != Format::JsonLines)
         throw Failure("The device has no database of a type that the format can hold.");
     if (databases.size() > 1 && format == Format::Csv)

@@ -4,10 +4,10 @@
 #include "archive/growing_file.h"
 #include "archive/image_check.h"
 #include "archive/item_content.h"
+#include "archive/item_target.h"
 #include "archive/name_set.h"
-#include "database_text.h"
+#include "database_file.h"
 #include "exit_code.h"
-#include "item_target.h"
 #include "json_list.h"
 #include "result_line.h"
 #include "screen_text/screen_text.h"
@@ -137,12 +137,8 @@ private:
     std::string tryToExtract(const Item& item, std::optional<std::uint64_t>& bytes)
     {
         const std::u16string target = targetOf(item, options_.format);
-        if (item.entry.faults & CutByEndOfFile)
-            return "the list file ends inside it";
-        if (!NameIsUsable(item.entry))
-            return listFaultTexts(item.entry.faults, "its name").front();
-        if (!IsItemKind(item.entry.kind))
-            return "there is no such kind";
+        if (std::string fault = targetFault(item); !fault.empty())
+            return fault;
         if (leadsInto(target, files_.folder))
             return errorText(ERROR_INVALID_NAME);
         if (targets_.has(0, target))
@@ -169,7 +165,7 @@ private:
         if (!image.fault.empty() && (!options_.keepDamaged || records == 0))
             return image.fault;
         if (std::string fault =
-                writeDatabaseText(data_, item.entry, image, {*options_.format, path, options_.force}, bytes);
+                writeDatabaseFile(data_, item.entry, image, {*options_.format, path, options_.force}, bytes);
             !fault.empty())
             return fault;
         return image.fault.empty() ? "" : image.fault + "; " + counted(records, "record") + " kept";

@@ -2,6 +2,7 @@
 
 #include "exit_code.h"
 #include "json_list.h"
+#include "screen_text/screen_text.h"
 
 #include <chrono>
 #include <iostream>
@@ -40,6 +41,12 @@ int reportTrouble(const std::string& text)
 {
     std::cerr << "quillbox-set: " << text << "\n";
     return exitNoSet;
+}
+
+void reportLeftOut(std::u16string_view database, const database_formats::LeftOut& leftOut)
+{
+    if (leftOut.count() != 0)
+        std::cerr << "quillbox-set: " << screen_text::onScreen(database) << ": " << leftOut.sentence() << ".\n";
 }
 
 int reportFaults(const archive::FoundSets& found)

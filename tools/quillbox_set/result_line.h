@@ -3,6 +3,8 @@
 
 #include "archive/set_search.h"
 
+#include "database_formats/left_out.h"
+
 #include <nlohmann/json.hpp>
 
 #include <string>
@@ -19,6 +21,9 @@ void printResult(bool json, const nlohmann::ordered_json& object, const std::str
 
 // Prints a message on standard error. Returns exitNoSet.
 int reportTrouble(const std::string& text);
+
+// Names on standard error what the text of a database doesn't have, if there is anything.
+void reportLeftOut(std::u16string_view database, const database_formats::LeftOut& leftOut);
 
 // Prints what the search didn't find. Returns the exit code for it.
 int reportFaults(const archive::FoundSets& found);

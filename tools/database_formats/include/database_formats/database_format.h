@@ -32,6 +32,9 @@ Format formatOfFile(std::string_view file);
 // The extension of the format's files, with its point: ".jsonl".
 std::string_view extensionOf(Format format);
 
+// Whether the format can hold a database of this type.
+bool holds(Format format, DWORD type);
+
 // The writer writes to `out`. After its last call the state of `out` shows whether all of it could be written.
 // `leftOut` counts what the format can't hold.
 std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, LeftOut& leftOut);

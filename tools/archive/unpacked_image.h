@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-namespace quillbox_set {
+namespace archive {
 
 // Consecutive records of an image, with the texts and blobs that their properties point to.
 class ImageRecords {
@@ -37,7 +37,7 @@ class UnpackedImage {
 public:
     // Unpacks the stream as far as possible into a file in the root. The destructor deletes the file. `image` is the
     // result of checkImage for the same entry.
-    UnpackedImage(const archive::OpenFile& data, const ListEntry& entry, const archive::ImageReport& image);
+    UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image);
 
     // The error of the unpacking.
     DWORD error() const { return file_.error(); }
@@ -46,9 +46,9 @@ public:
     [[nodiscard]] bool read(std::size_t first, std::size_t end, ImageRecords& records);
 
 private:
-    const archive::ImageReport& image_;
-    archive::GrowingFile file_;
+    const ImageReport& image_;
+    GrowingFile file_;
     std::unique_ptr<ImageReader> reader_;
 };
 
-}  // namespace quillbox_set
+}  // namespace archive

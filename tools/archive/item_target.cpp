@@ -1,10 +1,12 @@
-#include "item_target.h"
+#include "archive/item_target.h"
+
+#include "archive/fault_text.h"
 
 #include "text/host_name.h"
 
-namespace quillbox_set {
+#include "ce/error.h"
 
-using namespace archive;
+namespace archive {
 
 namespace {
 
@@ -36,6 +38,36 @@ std::u16string targetOf(const Item& item, std::optional<database_formats::Format
                                         : kind.ending);
 }
 
+std::string targetFault(const Item& item)
+{
+    if (item.entry.faults & CutByEndOfFile)
+        return "the list file ends inside it";
+    if (!NameIsUsable(item.entry))
+        return listFaultTexts(item.entry.faults, "its name").front();
+    if (!IsItemKind(item.entry.kind))
+        return "there is no such kind";
+    return "";
+}
+
+std::optional<std::vector<std::string>> hostNamesOf(std::u16string_view target)
+{
+    if (target.size() >= MAX_PATH)
+        return std::nullopt;
+    if (target.starts_with(u'\\'))
+        target.remove_prefix(1);
+    std::vector<std::string> names;
+    for (bool more = true; more;) {
+        const std::size_t end = target.find(u'\\');
+        const std::optional<std::string> name = platform::text::toHostName(target.substr(0, end));
+        if (!name)
+            return std::nullopt;
+        names.push_back(*name);
+        more = end != std::u16string_view::npos;
+        target.remove_prefix(more ? end + 1 : target.size());
+    }
+    return names;
+}
+
 bool leadsInto(std::u16string_view path, std::u16string_view folder)
 {
     if (path.starts_with(u'\\'))
@@ -43,4 +75,4 @@ bool leadsInto(std::u16string_view path, std::u16string_view folder)
     return path.substr(0, path.find(u'\\')) == folder;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

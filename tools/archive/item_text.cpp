@@ -1,18 +1,14 @@
-#include "database_text.h"
+#include "archive/item_text.h"
 
 #include "archive/fault_text.h"
+#include "archive/item_content.h"
 #include "archive/long_work.h"
 #include "archive/record_content.h"
-#include "screen_text/screen_text.h"
-#include "target_stream.h"
 #include "unpacked_image.h"
 
-#include <iostream>
+#include <ostream>
 
-namespace quillbox_set {
-
-using namespace archive;
-using screen_text::onScreen;
+namespace archive {
 
 namespace {
 
@@ -45,10 +41,24 @@ void addBackwards(database_formats::DatabaseWriter& writer, const ImageRecords& 
     }
 }
 
+class ToStream final : public ContentSink {
+public:
+    explicit ToStream(std::ostream& out) : out_(out) {}
+
+    bool bytes(std::span<const std::byte> piece) override
+    {
+        out_.write(reinterpret_cast<const char*>(piece.data()), static_cast<std::streamsize>(piece.size()));
+        return out_.good();
+    }
+
+private:
+    std::ostream& out_;
+};
+
 }  // namespace
 
 std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
-                          database_formats::Format format, std::ostream& out)
+                          database_formats::Format format, std::ostream& out, database_formats::LeftOut& leftOut)
 {
     if (std::string fault = tooLargeRecord(image); !fault.empty())
         return fault;
@@ -56,7 +66,6 @@ std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const Im
     if (unpacked.error() != ERROR_SUCCESS)
         return errorText(unpacked.error());
     try {
-        database_formats::LeftOut leftOut;
         const auto writer = database_formats::makeWriter(format, out, leftOut);
         writer->begin({image.name, image.type, image.sortOrders});
         for (std::size_t end = image.ends.size() - 1; end > 0 && out.good();) {
@@ -69,8 +78,6 @@ std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const Im
             end = first;
         }
         writer->finish();
-        if (leftOut.count() != 0)
-            std::cerr << "quillbox-set: " << onScreen(image.name) << ": " << leftOut.sentence() << ".\n";
     } catch (const database_formats::FormatFault& fault) {
         return fault.what();
     }
@@ -78,18 +85,23 @@ std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const Im
     return "";
 }
 
-std::string writeDatabaseText(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
-                              const DatabaseText& text, std::optional<std::uint64_t>& bytes)
+std::string writeItemText(const OpenFile& data, Item item, std::optional<database_formats::Format> format,
+                          std::ostream& out, database_formats::LeftOut& leftOut)
 {
-    GrowingFile file(text.path);
-    TargetBuffer buffer(file);
-    std::ostream out(&buffer);
-    if (std::string fault = writeDatabase(data, entry, image, text.format, out); !fault.empty())
-        return fault;
-    if (file.moveToTarget(text.replace) != ERROR_SUCCESS)
-        return errorText(file.error());
-    bytes = file.bytes();
-    return "";
+    ToStream sink(out);
+    if (format && item.isDatabase()) {
+        const ContentReport content = readContent(data, item, sink);
+        const std::string failure = content.image.hasHead()
+                                        ? writeDatabase(data, item.entry, content.image, *format, out, leftOut)
+                                        : std::string();
+        return content.fault.empty() ? failure : content.fault;
+    }
+    std::string damage;
+    if (format && item.isRegistry())
+        damage = readContent(data, item, sink).fault;
+    item.entry.kind = ItemKindFile;  // the bytes as they are
+    const std::string fault = readContent(data, item, sink).fault;
+    return fault.empty() ? damage : fault;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

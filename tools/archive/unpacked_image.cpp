@@ -4,9 +4,7 @@
 
 #include "ce/file.h"
 
-namespace quillbox_set {
-
-using namespace archive;
+namespace archive {
 
 namespace {
 
@@ -63,4 +61,4 @@ bool UnpackedImage::read(std::size_t first, std::size_t end, ImageRecords& recor
     return good;
 }
 
-}  // namespace quillbox_set
+}  // namespace archive

@@ -1,0 +1,23 @@
+// temporary_folder.h - a folder of the host for the time of one piece of work.
+#pragma once
+
+#include <string>
+
+namespace archive {
+
+// A new, empty folder in the folder for temporary files. The destructor deletes it with its content.
+class TemporaryFolder {
+public:
+    // Throws std::runtime_error if it can't be made.
+    TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder();
+
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+}  // namespace archive
