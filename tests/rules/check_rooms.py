@@ -29,6 +29,7 @@ RESERVED = [
     (r"nlohmann/.*", ["platform/device", "tools"]),
     (r"dtl/.*", ["tools/quillbox_set/text_patch.cpp"]),
     (r"openssl/.*", ["tools/archive/digest.cpp"]),
+    (r"fuse.*", ["tools/quillbox_mount"]),
 ]
 # src/ uses the platform's calls and the language, nothing of the host.
 HOST = re.compile(r"unistd\.h|fcntl\.h|dirent\.h|pthread\.h|dlfcn\.h|sys/.*|linux/.*|arpa/.*|netinet/.*|poll\.h|signal\.h"

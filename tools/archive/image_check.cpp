@@ -64,6 +64,22 @@ public:
     {
     }
 
+    bool takeHead()
+    {
+        DWORD nameBytes = 0;
+        WORD sortCount = 0;
+        if (!take(nameBytes))
+            return false;
+        if (nameBytes < sizeof(char16_t) || nameBytes > NameChars * sizeof(char16_t) || nameBytes % 2 != 0) {
+            noteFault("its image has a name of " + counted(nameBytes, "byte"));
+            return false;
+        }
+        report_.name.resize(nameBytes / sizeof(char16_t));
+        if (stream_.read(std::as_writable_bytes(std::span(report_.name))) != nameBytes)
+            return false;
+        return endName() && take(report_.type) && take(report_.records) && take(sortCount) && takeSortOrders(sortCount);
+    }
+
     void run()
     {
         if (!takeHead())
@@ -104,22 +120,6 @@ private:
     bool take(Value& value)
     {
         return stream_.read(std::as_writable_bytes(std::span(&value, 1))) == sizeof value;
-    }
-
-    bool takeHead()
-    {
-        DWORD nameBytes = 0;
-        WORD sortCount = 0;
-        if (!take(nameBytes))
-            return false;
-        if (nameBytes < sizeof(char16_t) || nameBytes > NameChars * sizeof(char16_t) || nameBytes % 2 != 0) {
-            noteFault("its image has a name of " + counted(nameBytes, "byte"));
-            return false;
-        }
-        report_.name.resize(nameBytes / sizeof(char16_t));
-        if (stream_.read(std::as_writable_bytes(std::span(report_.name))) != nameBytes)
-            return false;
-        return endName() && take(report_.type) && take(report_.records) && take(sortCount) && takeSortOrders(sortCount);
     }
 
     bool endName()
@@ -254,6 +254,13 @@ ImageReport checkImage(const OpenFile& data, const ListEntry& entry, RecordSink*
         report.fault = streamFaultText(fault);
     report.bytes = stream.taken();
     return report;
+}
+
+std::optional<DWORD> typeOfImage(const OpenFile& data, const ListEntry& entry)
+{
+    ImageReport report;
+    UnpackedStream stream(data, entry);
+    return ImageCheck(stream, report, nullptr).takeHead() ? std::optional(report.type) : std::nullopt;
 }
 
 std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_view itemName)

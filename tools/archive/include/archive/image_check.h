@@ -8,6 +8,7 @@
 
 #include "ce/store.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -49,6 +50,9 @@ public:
 
 // Reads the stream to its end. `sink` may be null.
 ImageReport checkImage(const OpenFile& data, const ListEntry& entry, RecordSink* sink = nullptr);
+
+// The type of the database, from the first block of the stream. Nothing if the head can't be read.
+std::optional<DWORD> typeOfImage(const OpenFile& data, const ListEntry& entry);
 
 // What isn't a fault, but can surprise a user who restores the item of this name.
 std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_view itemName);

@@ -1,0 +1,269 @@
+#include "requests.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace quillbox_mount {
+
+namespace {
+
+// Nothing ever changes, so the kernel asks once.
+constexpr double Forever = 365.0 * 24 * 60 * 60;
+constexpr blksize_t PreferredBytes = 131072;
+constexpr mode_t FolderMode = S_IFDIR | 0555;
+constexpr mode_t FileMode = S_IFREG | 0444;
+
+fuse_ino_t inodeOf(Place place)
+{
+    return place.isTop() ? FUSE_ROOT_ID : fuse_ino_t{place.set} << 32 | place.node;
+}
+
+Place placeOf(fuse_ino_t inode)
+{
+    if (inode == FUSE_ROOT_ID)
+        return {};
+    return {static_cast<std::uint32_t>(inode >> 32), static_cast<std::uint32_t>(inode)};
+}
+
+RequestState& stateOf(fuse_req_t request)
+{
+    return *static_cast<RequestState*>(fuse_req_userdata(request));
+}
+
+ShownSets& setsOf(fuse_req_t request)
+{
+    return stateOf(request).sets;
+}
+
+// Answers with the error that `act` returns, or that an exception stands for. `act` answers itself if it returns 0.
+template <class Act>
+void answer(fuse_req_t request, const Act& act)
+{
+    int error = EIO;
+    try {
+        error = act();
+    } catch (const std::bad_alloc&) {
+        error = ENOMEM;
+    } catch (const std::exception&) {
+        error = EIO;
+    }
+    if (error != 0)
+        fuse_reply_err(request, error);
+}
+
+struct stat statusOf(Place place, const Attributes& attributes)
+{
+    struct stat status {};
+    status.st_ino = inodeOf(place);
+    status.st_mode = attributes.isFolder ? FolderMode : FileMode;
+    status.st_nlink = 1;  // of a folder: the number isn't known
+    status.st_uid = ::getuid();
+    status.st_gid = ::getgid();
+    status.st_size = static_cast<off_t>(attributes.bytes);
+    status.st_blocks = static_cast<blkcnt_t>((attributes.bytes + 511) / 512);
+    status.st_blksize = PreferredBytes;
+    status.st_mtim.tv_sec = status.st_ctim.tv_sec = status.st_atim.tv_sec = attributes.changed;
+    return status;
+}
+
+// A size that isn't known yet is asked for again when it is needed.
+int entryOf(ShownSets& sets, Place place, fuse_entry_param& entry)
+{
+    Attributes attributes{};
+    if (const int error = sets.attributes(place, Sizes::IfQuick, attributes))
+        return error;
+    entry = {};
+    entry.ino = inodeOf(place);
+    entry.attr = statusOf(place, attributes);
+    entry.attr_timeout = attributes.areFinal ? Forever : 0;
+    entry.entry_timeout = Forever;
+    return 0;
+}
+
+void begin(void* data, fuse_conn_info* connection)
+{
+    auto& state = *static_cast<RequestState*>(data);
+    state.mayLeaveOutOpen = (connection->capable & FUSE_CAP_NO_OPEN_SUPPORT) != 0;
+    state.mayLeaveOutOpenDir = (connection->capable & FUSE_CAP_NO_OPENDIR_SUPPORT) != 0;
+    connection->want &= ~static_cast<unsigned>(FUSE_CAP_AUTO_INVAL_DATA);
+}
+
+void find(fuse_req_t request, fuse_ino_t parent, const char* name)
+{
+    answer(request, [&] {
+        Place found;
+        fuse_entry_param entry{};
+        const int error = setsOf(request).find(placeOf(parent), name, found);
+        entry.entry_timeout = Forever;  // that there is no such name stays true, too
+        if (error == EIO)
+            return error;
+        if (const int unread = error == 0 ? entryOf(setsOf(request), found, entry) : 0)
+            return unread;
+        fuse_reply_entry(request, &entry);
+        return 0;
+    });
+}
+
+void getAttributes(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*/)
+{
+    answer(request, [&] {
+        Attributes attributes{};
+        if (const int error = setsOf(request).attributes(placeOf(inode), Sizes::All, attributes))
+            return error;
+        const struct stat status = statusOf(placeOf(inode), attributes);
+        fuse_reply_attr(request, &status, Forever);
+        return 0;
+    });
+}
+
+// ENOSYS tells the kernel that it needs no request to open a file, and to close one.
+void open(fuse_req_t request, fuse_ino_t /*inode*/, fuse_file_info* file)
+{
+    file->keep_cache = 1;
+    if (stateOf(request).mayLeaveOutOpen)
+        fuse_reply_err(request, ENOSYS);
+    else
+        fuse_reply_open(request, file);
+}
+
+void openFolder(fuse_req_t request, fuse_ino_t /*inode*/, fuse_file_info* file)
+{
+    file->keep_cache = 1;
+    file->cache_readdir = 1;
+    if (stateOf(request).mayLeaveOutOpenDir)
+        fuse_reply_err(request, ENOSYS);
+    else
+        fuse_reply_open(request, file);
+}
+
+void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset, fuse_file_info* /*file*/)
+{
+    answer(request, [&] {
+        Content content;
+        const auto start = static_cast<std::uint64_t>(offset);
+        if (const int error = setsOf(request).read(placeOf(inode), start, bytes, content))
+            return error;
+        if (content.text) {
+            fuse_bufvec buffer = FUSE_BUFVEC_INIT(bytes);
+            buffer.buf[0].flags = static_cast<fuse_buf_flags>(FUSE_BUF_IS_FD | FUSE_BUF_FD_SEEK | FUSE_BUF_FD_RETRY);
+            buffer.buf[0].fd = content.text->file.get();
+            buffer.buf[0].pos = offset;
+            fuse_reply_data(request, &buffer, FUSE_BUF_SPLICE_MOVE);
+            return 0;
+        }
+        std::vector<iovec> parts;
+        for (const Piece& piece : content.pieces)
+            parts.push_back({const_cast<std::byte*>(piece.block->data()) + piece.start, piece.bytes});
+        if (!content.note.empty())
+            parts.push_back({const_cast<char*>(content.note.data()), content.note.size()});
+        fuse_reply_iov(request, parts.data(), static_cast<int>(parts.size()));
+        return 0;
+    });
+}
+
+// The bytes of a listing, up to a limit.
+class Listing {
+public:
+    Listing(fuse_req_t request, std::size_t limit) : request_(request), bytes_(limit) {}
+
+    // False if there is no room. `next` is where a listing goes on after this entry.
+    bool add(const char* name, const fuse_entry_param& entry, bool withAttributes, off_t next)
+    {
+        char* const at = bytes_.data() + used_;
+        const std::size_t room = bytes_.size() - used_;
+        const std::size_t needed = withAttributes ? fuse_add_direntry_plus(request_, at, room, name, &entry, next)
+                                                  : fuse_add_direntry(request_, at, room, name, &entry.attr, next);
+        if (needed > room)
+            return false;
+        used_ += needed;
+        return true;
+    }
+
+    void reply() const { fuse_reply_buf(request_, bytes_.data(), used_); }
+
+private:
+    fuse_req_t request_;
+    std::vector<char> bytes_;
+    std::size_t used_ = 0;
+};
+
+// The entries of a folder are "." and "..", then its children. The offset of an entry is its number in this order.
+int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttributes, std::string& name,
+            fuse_entry_param& entry)
+{
+    entry = {};
+    entry.attr.st_mode = FolderMode;
+    if (number < 2) {
+        name = number == 0 ? "." : "..";
+        entry.attr.st_ino = inodeOf(number == 0 ? folder : sets.parent(folder));
+        return 0;
+    }
+    ShownSets::Child child;
+    if (const int error = sets.child(folder, number - 2, child))
+        return error;
+    name = child.name;
+    if (withAttributes)
+        return entryOf(sets, child.place, entry);
+    Attributes attributes{};
+    const int error = sets.attributes(child.place, Sizes::None, attributes);
+    entry.attr = statusOf(child.place, attributes);
+    return error;
+}
+
+void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, bool withAttributes)
+{
+    answer(request, [&] {
+        Listing listing(request, bytes);
+        std::string name;
+        fuse_entry_param entry{};
+        for (off_t next = offset;; next++) {
+            const int error =
+                entryAt(setsOf(request), placeOf(folder), static_cast<std::size_t>(next), withAttributes, name, entry);
+            if (error != 0 && error != ENOENT)
+                return error;
+            if (error == ENOENT || !listing.add(name.c_str(), entry, withAttributes, next + 1))
+                break;
+        }
+        listing.reply();
+        return 0;
+    });
+}
+
+void listNames(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, fuse_file_info* /*file*/)
+{
+    list(request, folder, bytes, offset, false);
+}
+
+void listWithAttributes(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset,
+                        fuse_file_info* /*file*/)
+{
+    list(request, folder, bytes, offset, true);
+}
+
+}  // namespace
+
+const fuse_lowlevel_ops& requests()
+{
+    static const fuse_lowlevel_ops all = [] {
+        fuse_lowlevel_ops made{};
+        made.init = begin;
+        made.lookup = find;
+        made.getattr = getAttributes;
+        made.open = open;
+        made.read = read;
+        made.opendir = openFolder;
+        made.readdir = listNames;
+        made.readdirplus = listWithAttributes;
+        return made;
+    }();
+    return all;
+}
+
+}  // namespace quillbox_mount

@@ -1,0 +1,177 @@
+#include "seekable_stream.h"
+
+#include "set/block_codec.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+
+namespace quillbox_mount {
+
+namespace {
+
+constexpr DWORD LengthBytes = sizeof(DWORD);
+
+// What unpacking needs, for each thread.
+struct Workspace {
+    BYTE packed[PackedBlockBytes];
+    BYTE raw[RawBlockBytes];
+};
+
+Workspace& workspace()
+{
+    thread_local const auto own = std::make_unique<Workspace>();
+    return *own;
+}
+
+// Reads a stream that is shorter than the buffer with one call.
+class LengthReader {
+public:
+    LengthReader(const DataFile& data, std::uint64_t start, std::uint64_t end) : data_(data), start_(start), end_(end)
+    {
+        filled_ = data.read(start, std::span(buffer_).first(std::min<std::uint64_t>(buffer_.size(), end - start)));
+    }
+
+    bool beginsWithMagic() const
+    {
+        return filled_ >= StreamMagicBytes && std::memcmp(buffer_.data(), StreamMagic, StreamMagicBytes) == 0;
+    }
+
+    // The packed size of the block at `offset`. 0 if there is no whole block.
+    DWORD packedBytesAt(std::uint64_t offset) const
+    {
+        DWORD packed = 0;
+        const auto bytes = std::as_writable_bytes(std::span(&packed, 1));
+        if (end_ - offset < LengthBytes)
+            return 0;
+        if (offset + LengthBytes <= start_ + filled_)
+            std::memcpy(&packed, &buffer_[offset - start_], LengthBytes);
+        else if (data_.read(offset, bytes) != LengthBytes)
+            return 0;
+        return packed <= PackedBlockBytes && packed <= end_ - offset - LengthBytes ? packed : 0;
+    }
+
+private:
+    const DataFile& data_;
+    const std::uint64_t start_;
+    const std::uint64_t end_;
+    std::array<std::byte, 4096> buffer_;  // what is at `start_`
+    std::size_t filled_ = 0;
+};
+
+}  // namespace
+
+SeekableStream::SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache)
+    : data_(data), set_(std::uint64_t{set} << 32), cache_(cache)
+{
+    const bool whole = findBlocks(start, std::max(start, end));
+    const platform::kernel::MutexLock lock(mutex_);
+    damaged_ = !whole;
+    measure();
+}
+
+// Returns whether the stream is whole as far as the lengths of its blocks say.
+bool SeekableStream::findBlocks(DWORD start, DWORD end)
+{
+    const LengthReader reader(data_, start, end);
+    if (!reader.beginsWithMagic())
+        return false;
+    offsets_ = {start + StreamMagicBytes};
+    while (offsets_.back() != end) {
+        const DWORD packed = reader.packedBytesAt(offsets_.back());
+        if (packed == 0)
+            return false;
+        offsets_.push_back(offsets_.back() + LengthBytes + packed);
+    }
+    if (offsets_.size() == 1)
+        return false;
+    const auto last = unpacked(offsets_.size() - 2);
+    const bool closed = last && last->empty();
+    if (closed)
+        offsets_.pop_back();
+    return closed;
+}
+
+void SeekableStream::measure()
+{
+    blocks_ = offsets_.empty() ? 0 : offsets_.size() - 1;
+    if (blocks_ > 0) {
+        const auto last = cached(--blocks_);
+        damaged_ |= !last;
+        size_ = std::uint64_t{blocks_} * RawBlockBytes;
+        if (last) {
+            blocks_++;
+            size_ += last->size();
+        }
+    }
+    size_ += damaged_ ? 1 : 0;
+}
+
+bool SeekableStream::read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces)
+{
+    while (bytes > 0) {
+        const Place place = placeOf(offset);
+        if (place.kind != Place::Kind::Block)
+            return place.kind == Place::Kind::End;
+        auto block = cached(place.block);
+        if (!block)
+            return false;
+        const std::size_t start = offset - place.start;
+        const std::size_t taken = std::min<std::uint64_t>(block->size() - start, bytes);
+        pieces.push_back({std::move(block), start, taken});
+        offset += taken;
+        bytes -= taken;
+    }
+    return true;
+}
+
+SeekableStream::Place SeekableStream::placeOf(std::uint64_t offset)
+{
+    const platform::kernel::MutexLock lock(mutex_);
+    while (starts_.back() <= offset && starts_.size() <= blocks_)
+        placeNext(offset);
+    if (starts_.back() <= offset)
+        return {damaged_ ? Place::Kind::Damage : Place::Kind::End, 0, 0};
+    const auto after = std::ranges::upper_bound(starts_, offset);
+    return {Place::Kind::Block, static_cast<std::size_t>(after - starts_.begin()) - 1, *(after - 1)};
+}
+
+// Gives the next block its place. It is kept only if it can have the wanted byte.
+void SeekableStream::placeNext(std::uint64_t wanted)
+{
+    const std::size_t next = starts_.size() - 1;
+    const auto block = starts_.back() + RawBlockBytes > wanted ? cached(next) : unpacked(next);
+    if (block && !block->empty()) {
+        starts_.push_back(starts_.back() + block->size());
+    } else {
+        blocks_ = next;
+        damaged_ = true;
+    }
+}
+
+// Null if it doesn't unpack.
+std::shared_ptr<RawBlock> SeekableStream::unpacked(std::size_t block) const
+{
+    Workspace& work = workspace();
+    const DWORD packedBytes = offsets_[block + 1] - offsets_[block] - LengthBytes;
+    DWORD rawBytes = 0;
+    const auto packed = std::as_writable_bytes(std::span(work.packed).first(packedBytes));
+    if (data_.read(offsets_[block] + LengthBytes, packed) != packedBytes ||
+        !UnpackBlock(work.packed, packedBytes, work.raw, rawBytes))
+        return nullptr;
+    const auto raw = std::as_bytes(std::span(work.raw).first(rawBytes));
+    return std::make_shared<RawBlock>(raw.begin(), raw.end());
+}
+
+std::shared_ptr<RawBlock> SeekableStream::cached(std::size_t block) const
+{
+    constexpr std::uint64_t EntryBytes = 200;  // what a block costs besides its bytes
+    const std::uint64_t key = set_ | offsets_[block];
+    if (auto kept = cache_.find(key))
+        return kept;
+    auto made = unpacked(block);
+    return made ? cache_.add(key, made, made->size() + EntryBytes) : nullptr;
+}
+
+}  // namespace quillbox_mount

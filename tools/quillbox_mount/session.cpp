@@ -1,0 +1,68 @@
+#include "session.h"
+
+#include "requests.h"
+
+#include <memory>
+
+namespace quillbox_mount {
+
+namespace {
+
+struct Free {
+    void operator()(fuse_session* session) const { fuse_session_destroy(session); }
+    void operator()(fuse_loop_config* config) const { fuse_loop_cfg_destroy(config); }
+};
+
+// While it exists, the folder is mounted and signals end the loop.
+class Mounted {
+public:
+    Mounted(fuse_session* session, const std::string& folder)
+        : session_(session), handlesSignals_(fuse_set_signal_handlers(session) == 0),
+          isMounted_(handlesSignals_ && fuse_session_mount(session, folder.c_str()) == 0)
+    {
+    }
+    Mounted(const Mounted&) = delete;
+    Mounted& operator=(const Mounted&) = delete;
+    ~Mounted()
+    {
+        if (isMounted_)
+            fuse_session_unmount(session_);
+        if (handlesSignals_)
+            fuse_remove_signal_handlers(session_);
+    }
+
+    explicit operator bool() const { return isMounted_; }
+
+private:
+    fuse_session* session_;
+    bool handlesSignals_;
+    bool isMounted_;
+};
+
+// The caller says in one sentence what is wrong.
+void dropMessage(fuse_log_level /*level*/, const char* /*format*/, va_list /*arguments*/) {}
+
+}  // namespace
+
+bool serve(ShownSets& sets, const std::string& folder, Ground ground)
+{
+    fuse_set_log_func(dropMessage);
+    // The kernel checks the permissions by the attributes, and refuses every write.
+    char program[] = "quillbox-mount";
+    char option[] = "-oro,default_permissions,fsname=quillbox,subtype=quillbox-mount";
+    char* words[] = {program, option, nullptr};
+    fuse_args arguments = FUSE_ARGS_INIT(2, words);
+    RequestState state{sets};
+    const std::unique_ptr<fuse_session, Free> session(
+        fuse_session_new(&arguments, &requests(), sizeof requests(), &state));
+    if (!session)
+        return false;
+    const Mounted mounted(session.get(), folder);
+    if (!mounted || fuse_daemonize(ground == Ground::Foreground ? 1 : 0) != 0)
+        return false;
+    const std::unique_ptr<fuse_loop_config, Free> config(fuse_loop_cfg_create());
+    (void)fuse_session_loop_mt(session.get(), config.get());
+    return true;
+}
+
+}  // namespace quillbox_mount

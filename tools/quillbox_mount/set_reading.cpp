@@ -1,0 +1,47 @@
+#include "set_reading.h"
+
+#include "archive/item_text.h"
+#include "archive/temporary_folder.h"
+
+#include "ce/file.h"
+
+#include <fstream>
+
+#include <fcntl.h>
+
+namespace quillbox_mount {
+
+using namespace archive;
+
+std::unique_ptr<const SetTree> SetReading::readTree(const SetFiles& files)
+{
+    const platform::kernel::MutexLock lock(mutex_);
+    const OpenedSet set(files);
+    return set.isOpen() ? std::make_unique<const SetTree>(set) : nullptr;
+}
+
+// The file has no name any more when the temporary folder is deleted.
+ItemText SetReading::writeText(const SetFiles& files, const Node& node)
+{
+    const platform::kernel::MutexLock lock(mutex_);
+    const TemporaryFolder folder;
+    const OpenedSet set(files, folder.path());
+    if (!set.isOpen())
+        return {};
+    const OpenFile data(set.mounted().dataPath, GENERIC_READ, OPEN_EXISTING);
+    Item item{};
+    item.entry.kind = node.itemKind;
+    item.entry.startOffset = node.startOffset;
+    item.entry.endOffset = node.endOffset;
+    const std::string path = folder.path() + "/text";
+    std::ofstream out(path, std::ios::binary);
+    database_formats::LeftOut leftOut;  // quillbox-set names it, and JSON lines have all of it
+    const std::string fault = writeItemText(data, item, node.format, out, leftOut);
+    out.flush();
+    if (!fault.empty() || !out)
+        return {};
+    const auto bytes = static_cast<std::uint64_t>(out.tellp());
+    return {platform::host::Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)), bytes};
+}
+
+}  // namespace quillbox_mount

@@ -1,0 +1,40 @@
+// set_reading.h - what the mount reads by the room `archive`, which reads one set at a time.
+//
+// The threads of the mount share these things, each with a mutex of its own:
+// - this object, which uses the platform's name space and the static buffers of src/set;
+// - the caches (bounded_cache.h): unpacked blocks, the places of blocks, texts;
+// - a stream that two of them read at the same time (seekable_stream.h).
+// The tree of a set is written once, before it is shared. No other data changes after the start.
+#pragma once
+
+#include "archive/set_files.h"
+#include "host/descriptor.h"
+#include "set_tree.h"
+
+#include "kernel/mutex.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace quillbox_mount {
+
+// An item as text, in a file without a name.
+struct ItemText {
+    platform::host::Descriptor file = {};  // not open if the item is damaged or there is no room for the text
+    std::uint64_t bytes = 1;               // then this is a byte that can't be read
+};
+
+// Any thread. The calls wait for each other.
+class SetReading {
+public:
+    // Null if the list can't be read.
+    std::unique_ptr<const SetTree> readTree(const archive::SetFiles& files) EXCLUDES(mutex_);
+
+    // Needs space in the folder for temporary files: for the text, and for the image of a database meanwhile.
+    ItemText writeText(const archive::SetFiles& files, const Node& node) EXCLUDES(mutex_);
+
+private:
+    platform::kernel::Mutex mutex_;
+};
+
+}  // namespace quillbox_mount
