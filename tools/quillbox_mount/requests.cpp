@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <memory>
 #include <new>
 #include <string>
 #include <vector>
@@ -64,8 +65,10 @@ struct stat statusOf(Place place, const Attributes& attributes)
     status.st_ino = inodeOf(place);
     status.st_mode = attributes.isFolder ? FolderMode : FileMode;
     status.st_nlink = 1;  // of a folder: the number isn't known
-    status.st_uid = ::getuid();
-    status.st_gid = ::getgid();
+    static const uid_t user = ::getuid();
+    static const gid_t group = ::getgid();
+    status.st_uid = user;
+    status.st_gid = group;
     status.st_size = static_cast<off_t>(attributes.bytes);
     status.st_blocks = static_cast<blkcnt_t>((attributes.bytes + 511) / 512);
     status.st_blksize = PreferredBytes;
@@ -171,13 +174,16 @@ void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset,
 // The bytes of a listing, up to a limit.
 class Listing {
 public:
-    Listing(fuse_req_t request, std::size_t limit) : request_(request), bytes_(limit) {}
+    Listing(fuse_req_t request, std::size_t limit)
+        : request_(request), bytes_(std::make_unique_for_overwrite<char[]>(limit)), limit_(limit)
+    {
+    }
 
     // False if there is no room. `next` is where a listing goes on after this entry.
     bool add(const char* name, const fuse_entry_param& entry, bool withAttributes, off_t next)
     {
-        char* const at = bytes_.data() + used_;
-        const std::size_t room = bytes_.size() - used_;
+        char* const at = bytes_.get() + used_;
+        const std::size_t room = limit_ - used_;
         const std::size_t needed = withAttributes ? fuse_add_direntry_plus(request_, at, room, name, &entry, next)
                                                   : fuse_add_direntry(request_, at, room, name, &entry.attr, next);
         if (needed > room)
@@ -186,11 +192,12 @@ public:
         return true;
     }
 
-    void reply() const { fuse_reply_buf(request_, bytes_.data(), used_); }
+    void reply() const { fuse_reply_buf(request_, bytes_.get(), used_); }
 
 private:
     fuse_req_t request_;
-    std::vector<char> bytes_;
+    std::unique_ptr<char[]> bytes_;
+    std::size_t limit_;
     std::size_t used_ = 0;
 };
 

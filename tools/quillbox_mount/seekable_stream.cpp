@@ -25,10 +25,12 @@ Workspace& workspace()
     return *own;
 }
 
-// Reads a stream that is shorter than the buffer with one call.
-class LengthReader {
+}  // namespace
+
+// Reads a stream that is shorter than the buffer with one call on the host.
+class SeekableStream::Source {
 public:
-    LengthReader(const DataFile& data, std::uint64_t start, std::uint64_t end) : data_(data), start_(start), end_(end)
+    Source(const DataFile& data, std::uint64_t start, std::uint64_t end) : data_(data), start_(start), end_(end)
     {
         filled_ = data.read(start, std::span(buffer_).first(std::min<std::uint64_t>(buffer_.size(), end - start)));
     }
@@ -42,62 +44,64 @@ public:
     DWORD packedBytesAt(std::uint64_t offset) const
     {
         DWORD packed = 0;
-        const auto bytes = std::as_writable_bytes(std::span(&packed, 1));
-        if (end_ - offset < LengthBytes)
-            return 0;
-        if (offset + LengthBytes <= start_ + filled_)
-            std::memcpy(&packed, &buffer_[offset - start_], LengthBytes);
-        else if (data_.read(offset, bytes) != LengthBytes)
+        if (end_ - offset < LengthBytes || !read(offset, std::as_writable_bytes(std::span(&packed, 1))))
             return 0;
         return packed <= PackedBlockBytes && packed <= end_ - offset - LengthBytes ? packed : 0;
+    }
+
+    // False if the bytes aren't all there.
+    bool read(std::uint64_t offset, std::span<std::byte> bytes) const
+    {
+        if (offset + bytes.size() > start_ + filled_)
+            return data_.read(offset, bytes) == bytes.size();
+        std::memcpy(bytes.data(), &buffer_[offset - start_], bytes.size());
+        return true;
     }
 
 private:
     const DataFile& data_;
     const std::uint64_t start_;
     const std::uint64_t end_;
-    std::array<std::byte, 4096> buffer_;  // what is at `start_`
+    std::array<std::byte, 16384> buffer_;  // what is at `start_`
     std::size_t filled_ = 0;
 };
-
-}  // namespace
 
 SeekableStream::SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache)
     : data_(data), set_(std::uint64_t{set} << 32), cache_(cache)
 {
-    const bool whole = findBlocks(start, std::max(start, end));
+    const Source source(data, start, std::max(start, end));
+    const bool whole = findBlocks(source, start, end);
     const platform::kernel::MutexLock lock(mutex_);
     damaged_ = !whole;
-    measure();
+    measure(source);
 }
 
 // Returns whether the stream is whole as far as the lengths of its blocks say.
-bool SeekableStream::findBlocks(DWORD start, DWORD end)
+bool SeekableStream::findBlocks(const Source& source, DWORD start, DWORD end)
 {
-    const LengthReader reader(data_, start, end);
-    if (!reader.beginsWithMagic())
+    if (!source.beginsWithMagic())
         return false;
     offsets_ = {start + StreamMagicBytes};
     while (offsets_.back() != end) {
-        const DWORD packed = reader.packedBytesAt(offsets_.back());
+        const DWORD packed = source.packedBytesAt(offsets_.back());
         if (packed == 0)
             return false;
         offsets_.push_back(offsets_.back() + LengthBytes + packed);
     }
     if (offsets_.size() == 1)
         return false;
-    const auto last = unpacked(offsets_.size() - 2);
+    const auto last = unpacked(offsets_.size() - 2, &source);
     const bool closed = last && last->empty();
     if (closed)
         offsets_.pop_back();
     return closed;
 }
 
-void SeekableStream::measure()
+void SeekableStream::measure(const Source& source)
 {
     blocks_ = offsets_.empty() ? 0 : offsets_.size() - 1;
     if (blocks_ > 0) {
-        const auto last = cached(--blocks_);
+        const auto last = cached(--blocks_, &source);
         damaged_ |= !last;
         size_ = std::uint64_t{blocks_} * RawBlockBytes;
         if (last) {
@@ -151,26 +155,27 @@ void SeekableStream::placeNext(std::uint64_t wanted)
 }
 
 // Null if it doesn't unpack.
-std::shared_ptr<RawBlock> SeekableStream::unpacked(std::size_t block) const
+std::shared_ptr<RawBlock> SeekableStream::unpacked(std::size_t block, const Source* source) const
 {
     Workspace& work = workspace();
     const DWORD packedBytes = offsets_[block + 1] - offsets_[block] - LengthBytes;
     DWORD rawBytes = 0;
     const auto packed = std::as_writable_bytes(std::span(work.packed).first(packedBytes));
-    if (data_.read(offsets_[block] + LengthBytes, packed) != packedBytes ||
+    const std::uint64_t offset = std::uint64_t{offsets_[block]} + LengthBytes;
+    if (!(source ? source->read(offset, packed) : data_.read(offset, packed) == packedBytes) ||
         !UnpackBlock(work.packed, packedBytes, work.raw, rawBytes))
         return nullptr;
     const auto raw = std::as_bytes(std::span(work.raw).first(rawBytes));
     return std::make_shared<RawBlock>(raw.begin(), raw.end());
 }
 
-std::shared_ptr<RawBlock> SeekableStream::cached(std::size_t block) const
+std::shared_ptr<RawBlock> SeekableStream::cached(std::size_t block, const Source* source) const
 {
     constexpr std::uint64_t EntryBytes = 200;  // what a block costs besides its bytes
     const std::uint64_t key = set_ | offsets_[block];
     if (auto kept = cache_.find(key))
         return kept;
-    auto made = unpacked(block);
+    auto made = unpacked(block, source);
     return made ? cache_.add(key, made, made->size() + EntryBytes) : nullptr;
 }
 

@@ -53,12 +53,14 @@ private:
         std::uint64_t start;  // of the block, in raw bytes
     };
 
-    bool findBlocks(DWORD start, DWORD end);
-    void measure() REQUIRES(mutex_);
+    class Source;
+
+    bool findBlocks(const Source& source, DWORD start, DWORD end);
+    void measure(const Source& source) REQUIRES(mutex_);
     Place placeOf(std::uint64_t offset) EXCLUDES(mutex_);
     void placeNext(std::uint64_t wanted) REQUIRES(mutex_);
-    std::shared_ptr<RawBlock> unpacked(std::size_t block) const;
-    std::shared_ptr<RawBlock> cached(std::size_t block) const;
+    std::shared_ptr<RawBlock> unpacked(std::size_t block, const Source* source = nullptr) const;
+    std::shared_ptr<RawBlock> cached(std::size_t block, const Source* source = nullptr) const;
 
     const DataFile& data_;
     const std::uint64_t set_;

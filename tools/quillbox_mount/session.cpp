@@ -2,6 +2,8 @@
 
 #include "requests.h"
 
+#include <malloc.h>
+
 #include <memory>
 
 namespace quillbox_mount {
@@ -42,11 +44,21 @@ private:
 // The caller says in one sentence what is wrong.
 void dropMessage(fuse_log_level /*level*/, const char* /*format*/, va_list /*arguments*/) {}
 
+// Blocks of 128 KB come and go in all threads. By default the library would map each one anew, and grow and shrink a
+// heap for each thread, so that most of the time went to page faults.
+void keepMemory()
+{
+    (void)mallopt(M_ARENA_MAX, 1);
+    (void)mallopt(M_MMAP_THRESHOLD, 1024 * 1024);
+    (void)mallopt(M_TRIM_THRESHOLD, 128 * 1024 * 1024);
+}
+
 }  // namespace
 
 bool serve(ShownSets& sets, const std::string& folder, Ground ground)
 {
     fuse_set_log_func(dropMessage);
+    keepMemory();
     // The kernel checks the permissions by the attributes, and refuses every write.
     char program[] = "quillbox-mount";
     char option[] = "-oro,default_permissions,fsname=quillbox,subtype=quillbox-mount";
