@@ -14,7 +14,7 @@ from program_help import all_commands, read_help
 HERE = pathlib.Path(__file__).parent
 # The kind of value where its name alone doesn't say it.
 KINDS = {"--profile": "PROFILE", "--item": "ITEM", "--replace": "NUMBER", "--device": "DEVICE"}
-PROGRAMS = {"quillbox": {}, "quillbox-set": {("extract", "NAME"): "ITEM", ("prune", "STORAGE"): "DIR", ("explain", "STORAGE"): "DIR"}, "quillbox-device": {}}
+PROGRAMS = {"quillbox": {}, "quillbox-set": {("extract", "NAME"): "ITEM", ("prune", "STORAGE"): "DIR", ("explain", "STORAGE"): "DIR"}, "quillbox-device": {}, "quillbox-mount": {}}
 
 
 def rows_of(program, command):

@@ -26,9 +26,11 @@ PROGRAMS = {
     "quillbox-device": ("show and change devices of quillbox", "forms.md", (), {
         "DEVICE/object-store": "The files of the device.", "DEVICE/device.db": "Its databases and its registry.",
         "DEVICE/cards": "A folder for each card that the device has itself."}),
+    "quillbox-mount": ("show sets of quillbox as folders", "mount.md", (), {
+        "QUILBOX/QLBX0001.QLT, QUILBOX/QLBX0001.QDT": "The list and the data of set 1 on a card."}),
 }
 FORMATS = {"quillbox-script": ("scripts of quillbox", "script.md"), "quillbox-set": ("sets of quillbox, and their formats", "format.md")}
-PAGES = [("quillbox", 1), ("quillbox-device", 1), ("quillbox-set", 1), ("quillbox-script", 5), ("quillbox-set", 5)]
+PAGES = [("quillbox", 1), ("quillbox-device", 1), ("quillbox-mount", 1), ("quillbox-set", 1), ("quillbox-script", 5), ("quillbox-set", 5)]
 
 
 def head(name, section, what):
@@ -77,7 +79,8 @@ def program_page(name, program):
     page.paragraph(spans(program.what.split("\nExit code")[0].replace("\n", " ")))
     page.section("Options")
     add_entries(page, program.arguments + program.options)
-    page.section("Commands")
+    if program.commands:
+        page.section("Commands")
     for command in list(all_commands(program))[1:]:
         if not command.commands:
             add_command(page, command)

@@ -35,7 +35,7 @@ class InstallTest(InstallationTest):
         self.assertIn(b"[60:application/x-quillbox-data]\n>0=\0\5QBXPK", (mime / "magic").read_bytes())
 
     def test_programs_are_stripped_and_the_window_is_found(self):
-        for program in ("quillbox", "quillbox-set", "quillbox-device"):
+        for program in ("quillbox", "quillbox-set", "quillbox-device", "quillbox-mount"):
             self.assertIn("1.0.0", self.run_tool(self.prefix / "bin" / program, "--version"))
             self.assertNotIn(".symtab", self.run_tool("readelf", "--section-headers", "--wide", self.prefix / "bin" / program))
         start = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "HOME": str(self.folder)}

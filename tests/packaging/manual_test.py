@@ -5,7 +5,7 @@ import unittest
 
 from installation import ROOT, InstallationTest, main
 
-PROGRAMS = ("quillbox", "quillbox-set", "quillbox-device")
+PROGRAMS = ("quillbox", "quillbox-set", "quillbox-device", "quillbox-mount")
 
 
 class ManualTest(InstallationTest):
@@ -35,14 +35,16 @@ class ManualTest(InstallationTest):
 
     def examples(self):
         """The commands of docs/examples.md, with the folder of the stick as it is here."""
-        lines = [line[4:] for line in (ROOT / "docs/examples.md").read_text().splitlines() if line.startswith("    ")]
+        mounts = os.access("/dev/fuse", os.R_OK | os.W_OK)
+        lines = [line[4:] for line in (ROOT / "docs/examples.md").read_text().splitlines()
+                 if line.startswith("    ") and (mounts or "~/sets" not in line)]
         self.assertGreater(len(lines), 20)
         return "\n".join(lines).replace("/media/stick", str(self.stick))
 
     def test_pages_have_no_fault_and_each_option_and_complete_it(self):
         pages = sorted(self.manual.rglob("*.[15]"))
         self.assertEqual([page.name for page in pages],
-                         ["quillbox-device.1", "quillbox-set.1", "quillbox.1", "quillbox-script.5", "quillbox-set.5"])
+                         ["quillbox-device.1", "quillbox-mount.1", "quillbox-set.1", "quillbox.1", "quillbox-script.5", "quillbox-set.5"])
         self.assertEqual(self.run_tool("mandoc", "-T", "lint", *pages), "")
         for program in PROGRAMS:
             text = (self.manual / f"man1/{program}.1").read_text()
