@@ -21,18 +21,6 @@ constexpr blksize_t PreferredBytes = 131072;
 constexpr mode_t FolderMode = S_IFDIR | 0555;
 constexpr mode_t FileMode = S_IFREG | 0444;
 
-fuse_ino_t inodeOf(Place place)
-{
-    return place.isTop() ? FUSE_ROOT_ID : fuse_ino_t{place.set} << 32 | place.node;
-}
-
-Place placeOf(fuse_ino_t inode)
-{
-    if (inode == FUSE_ROOT_ID)
-        return {};
-    return {static_cast<std::uint32_t>(inode >> 32), static_cast<std::uint32_t>(inode)};
-}
-
 RequestState& stateOf(fuse_req_t request)
 {
     return *static_cast<RequestState*>(fuse_req_userdata(request));
@@ -148,6 +136,7 @@ void openFolder(fuse_req_t request, fuse_ino_t /*inode*/, fuse_file_info* file)
 
 void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset, fuse_file_info* /*file*/)
 {
+    RequestState& state = stateOf(request);  // the answer ends the request
     answer(request, [&] {
         Content content;
         const auto start = static_cast<std::uint64_t>(offset);
@@ -169,6 +158,7 @@ void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset,
         fuse_reply_iov(request, parts.data(), static_cast<int>(parts.size()));
         return 0;
     });
+    state.ahead.after(state.session, state.sets, placeOf(inode));
 }
 
 // The bytes of a listing, up to a limit.
@@ -224,23 +214,42 @@ int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttribut
     return error;
 }
 
+// Finds out the sizes that the next request for a listing needs, while the kernel uses the last answer.
+void measureAhead(ShownSets& sets, Place folder, std::size_t number) noexcept
+{
+    constexpr std::size_t Files = 256;  // more than an answer has
+    try {
+        ShownSets::Child child;
+        Attributes ignored{};
+        for (const std::size_t end = number + Files; number < end; number++) {
+            if (sets.child(folder, number - 2, child) || sets.attributes(child.place, Sizes::IfQuick, ignored))
+                return;
+        }
+    } catch (const std::exception&) {
+        // There is too little memory, and the next request does it.
+    }
+}
+
 void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, bool withAttributes)
 {
+    ShownSets& sets = setsOf(request);
+    auto number = static_cast<std::size_t>(offset);
     answer(request, [&] {
         Listing listing(request, bytes);
         std::string name;
         fuse_entry_param entry{};
-        for (off_t next = offset;; next++) {
-            const int error =
-                entryAt(setsOf(request), placeOf(folder), static_cast<std::size_t>(next), withAttributes, name, entry);
+        for (;; number++) {
+            const int error = entryAt(sets, placeOf(folder), number, withAttributes, name, entry);
             if (error != 0 && error != ENOENT)
                 return error;
-            if (error == ENOENT || !listing.add(name.c_str(), entry, withAttributes, next + 1))
+            if (error == ENOENT || !listing.add(name.c_str(), entry, withAttributes, static_cast<off_t>(number + 1)))
                 break;
         }
         listing.reply();
         return 0;
     });
+    if (withAttributes && number >= 2)
+        measureAhead(sets, placeOf(folder), number);
 }
 
 void listNames(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, fuse_file_info* /*file*/)

@@ -1,16 +1,17 @@
 // requests.h - the requests of the kernel that the mount answers.
 #pragma once
 
+#include "inode.h"
+#include "push_ahead.h"
 #include "shown_sets.h"
-
-#define FUSE_USE_VERSION 312
-#include <fuse_lowlevel.h>
 
 namespace quillbox_mount {
 
 // The user data of the session.
 struct RequestState {
     ShownSets& sets;
+    fuse_session* session = nullptr;
+    PushAhead ahead = {};
     bool mayLeaveOutOpen = false;     // the kernel reads files and folders that were never opened. Set before the first
     bool mayLeaveOutOpenDir = false;  // request.
 };

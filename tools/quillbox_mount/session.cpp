@@ -64,11 +64,12 @@ bool serve(ShownSets& sets, const std::string& folder, Ground ground)
     char option[] = "-oro,default_permissions,fsname=quillbox,subtype=quillbox-mount";
     char* words[] = {program, option, nullptr};
     fuse_args arguments = FUSE_ARGS_INIT(2, words);
-    RequestState state{sets};
+    RequestState state{.sets = sets};
     const std::unique_ptr<fuse_session, Free> session(
         fuse_session_new(&arguments, &requests(), sizeof requests(), &state));
     if (!session)
         return false;
+    state.session = session.get();
     const Mounted mounted(session.get(), folder);
     if (!mounted || fuse_daemonize(ground == Ground::Foreground ? 1 : 0) != 0)
         return false;

@@ -167,6 +167,15 @@ int ShownSets::read(Place file, std::uint64_t offset, std::uint64_t bytes, Conte
     return 0;
 }
 
+bool ShownSets::readSmall(Place file, std::uint64_t most, Content& content)
+{
+    const Loaded* const loaded = load(shown(file));
+    if (!loaded || file.node >= loaded->tree->size() || loaded->tree->node(file.node).kind != Node::Kind::File)
+        return false;
+    const std::uint64_t size = loaded->sizes[file.node];
+    return size > 1 && size - 1 <= most && read(file, 0, size - 1, content) == 0;
+}
+
 std::shared_ptr<SeekableStream> ShownSets::streamOf(const Shown& set, const Loaded& loaded, std::uint32_t node)
 {
     if (auto kept = streams_.find(keyOf(set.number, node)))

@@ -69,6 +69,9 @@ public:
     // The bytes from `offset` on, and not more than there are.
     [[nodiscard]] int read(Place file, std::uint64_t offset, std::uint64_t bytes, Content& content);
 
+    // All bytes of a file with at most `most` of them, if somebody has asked for its size. False for anything else.
+    [[nodiscard]] bool readSmall(Place file, std::uint64_t most, Content& content);
+
 private:
     // What is read of a set when it is needed first.
     struct Loaded {
