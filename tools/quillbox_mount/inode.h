@@ -1,4 +1,4 @@
-// inode.h - libfuse, and the numbers by which the kernel knows files and folders.
+// inode.h - libfuse, and how it names files and passes their bytes.
 #pragma once
 
 #include "shown_sets.h"
@@ -18,6 +18,16 @@ inline Place placeOf(fuse_ino_t inode)
     if (inode == FUSE_ROOT_ID)
         return {};
     return {static_cast<std::uint32_t>(inode >> 32), static_cast<std::uint32_t>(inode)};
+}
+
+// A buffer of this size for the kernel. The macro of libfuse for it isn't C++.
+inline fuse_bufvec bufferOf(std::size_t bytes)
+{
+    fuse_bufvec buffer{};
+    buffer.count = 1;
+    buffer.buf[0].size = bytes;
+    buffer.buf[0].fd = -1;
+    return buffer;
 }
 
 }  // namespace quillbox_mount

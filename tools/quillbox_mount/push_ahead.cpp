@@ -20,7 +20,7 @@ void push(fuse_session* session, Place file, const Content& content)
 {
     off_t offset = 0;
     for (const Piece& piece : content.pieces) {
-        fuse_bufvec buffer = FUSE_BUFVEC_INIT(piece.bytes);
+        fuse_bufvec buffer = bufferOf(piece.bytes);
         buffer.buf[0].mem = const_cast<std::byte*>(piece.block->data()) + piece.start;
         // Without success the kernel asks for the file.
         (void)fuse_lowlevel_notify_store(session, inodeOf(file), offset, &buffer, FUSE_BUF_NO_SPLICE);

@@ -143,7 +143,7 @@ void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset,
         if (const int error = setsOf(request).read(placeOf(inode), start, bytes, content))
             return error;
         if (content.text) {
-            fuse_bufvec buffer = FUSE_BUFVEC_INIT(bytes);
+            fuse_bufvec buffer = bufferOf(bytes);
             buffer.buf[0].flags = static_cast<fuse_buf_flags>(FUSE_BUF_IS_FD | FUSE_BUF_FD_SEEK | FUSE_BUF_FD_RETRY);
             buffer.buf[0].fd = content.text->file.get();
             buffer.buf[0].pos = offset;

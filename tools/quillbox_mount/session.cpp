@@ -48,9 +48,11 @@ void dropMessage(fuse_log_level /*level*/, const char* /*format*/, va_list /*arg
 // heap for each thread, so that most of the time went to page faults.
 void keepMemory()
 {
+    // NOLINTBEGIN(concurrency-mt-unsafe): there is one thread
     (void)mallopt(M_ARENA_MAX, 1);
     (void)mallopt(M_MMAP_THRESHOLD, 1024 * 1024);
     (void)mallopt(M_TRIM_THRESHOLD, 128 * 1024 * 1024);
+    // NOLINTEND(concurrency-mt-unsafe)
 }
 
 }  // namespace
