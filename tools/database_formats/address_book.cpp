@@ -136,13 +136,13 @@ void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
     std::string last = values.takeText(Field::LastName);
     const std::string first = values.takeText(Field::FirstName);
     const bool hasName = !last.empty() || !first.empty();
+    const std::string repetitions[] = {last, first, first + " " + last, last + ", " + first, last + " " + first};
     for (const Value& shown : values.all(Field::ShownName)) {
         const auto isIt = [&](const Value& other) { return other.text == shown.text; };
         const bool repeats = std::ranges::any_of(values.all(Field::Company), isIt) ||
                              std::ranges::any_of(values.all(Field::Mail), isIt) ||
-                             std::ranges::any_of(values.all(Field::Telephone), isIt) || shown.text == last ||
-                             shown.text == first || shown.text == first + " " + last ||
-                             shown.text == last + ", " + first || shown.text == last + " " + first;
+                             std::ranges::any_of(values.all(Field::Telephone), isIt) ||
+                             std::ranges::find(repetitions, shown.text) != std::end(repetitions);
         if (!hasName && last.empty() && !repeats)
             last = shown.text;
         else if (!repeats)
@@ -222,6 +222,7 @@ Record contactOf(ContactValues& values, DayOrder order, LeftOut& leftOut)
 std::vector<std::string> textsOf(const std::vector<CsvCell>& row)
 {
     std::vector<std::string> texts;
+    texts.reserve(row.size());
     for (const CsvCell& cell : row)
         texts.push_back(isValidUtf8(cell.text) ? cell.text : toUtf8(cell.text, UsualCharacterSet));
     return texts;
