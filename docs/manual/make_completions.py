@@ -13,7 +13,7 @@ from program_help import all_commands, read_help
 
 HERE = pathlib.Path(__file__).parent
 # The kind of value where its name alone doesn't say it.
-KINDS = {"--profile": "PROFILE", "--item": "ITEM", "--replace": "NUMBER", "--device": "DEVICE"}
+KINDS = {"--profile": "PROFILE", "--item": "ITEM", "--replace": "NUMBER", "--device": "DEVICE", "--set": "DIR"}
 PROGRAMS = {"quillbox": {}, "quillbox-set": {("extract", "NAME"): "ITEM", ("prune", "STORAGE"): "DIR", ("explain", "STORAGE"): "DIR"}, "quillbox-device": {}, "quillbox-mount": {}}
 
 

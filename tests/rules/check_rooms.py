@@ -28,6 +28,7 @@ RESERVED = [
     (r"CLI/.*", ["platform/device", "tools", "bench"]),
     (r"nlohmann/.*", ["platform/device", "tools"]),
     (r"dtl/.*", ["tools/quillbox_set/text_patch.cpp"]),
+    (r"magic\.h", ["tools/quillbox_set/file_type.cpp"]),
     (r"openssl/.*", ["tools/archive/digest.cpp"]),
     (r"fuse.*", ["tools/quillbox_mount"]),
 ]

@@ -8,6 +8,7 @@
 #include "extraction.h"
 #include "listing.h"
 #include "result_line.h"
+#include "salvage.h"
 #include "screen_text/screen_text.h"
 #include "set_listing.h"
 #include "single_item.h"
@@ -140,6 +141,34 @@ void addExtract(CLI::App& app, CommandLine& line)
     });
 }
 
+void addSalvage(CLI::App& app, CommandLine& line)
+{
+    const auto options = std::make_shared<SalvageOptions>();
+    CLI::App* command =
+        app.add_subcommand("salvage", "gets items back from a data file whose list is lost, or that is damaged");
+    command->add_option("FILE", options->file, "a data file (.QDT), whole, damaged, cut, or joined from several")
+        ->required();
+    command->add_option("--into", options->folder, "the folder to write to; it must be missing or empty")
+        ->type_name("DIR")
+        ->required();
+    command->add_option("--list", options->lists, "a list file of that time (.QLT), also a cut one, for the names")
+        ->type_name("OLD")
+        ->expected(1);
+    CLI::Option* set =
+        command->add_option("--set", options->set, "also writes a new set: STEM.QLT and STEM.QDT")->type_name("STEM");
+    command->add_flag("--unproven", options->unproven, "the new set also takes what is whole but unproven")->needs(set);
+    addJson(*command, line);
+    command->footer(
+        "DIR/recovered.txt lists what was found. An item is complete only if no sector of it can have been replaced. "
+        "It\n"
+        "is unproven if its stream is whole, but damage of its content wouldn't show: a set has no checksums.\n"
+        "Exit code: 0 everything in FILE is complete; 1 something isn't; 2 bad usage or no such file.");
+    command->callback([&line, options] {
+        options->json = line.json;
+        line.exitCode = salvage(*options);
+    });
+}
+
 int run(int count, char** arguments)
 {
     CLI::App app(
@@ -153,6 +182,7 @@ int run(int count, char** arguments)
     addArchiveCommands(app, line);
     addCat(app, line);
     addExtract(app, line);
+    addSalvage(app, line);
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& error) {

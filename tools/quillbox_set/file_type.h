@@ -1,0 +1,37 @@
+// file_type.h - tells what a file is by its content, for the extension of its name.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+
+struct magic_set;
+
+namespace quillbox_set {
+
+class FileTypes {
+public:
+    // What more of a file's beginning isn't looked at.
+    static constexpr std::size_t HeadBytes = 4096;
+
+    // Without the library's data every file is of an unknown type.
+    FileTypes();
+
+    // ".jpg" for a file that begins with these bytes, ".txt" for a text, ".bin" for an unknown type.
+    std::u16string extensionOf(std::span<const std::byte> head) const;
+
+private:
+    struct Close {
+        void operator()(magic_set* library) const;
+    };
+    using Library = std::unique_ptr<magic_set, Close>;
+
+    static Library loaded(int flags);
+
+    Library texts_;
+    Library types_;
+    Library extensions_;
+};
+
+}  // namespace quillbox_set

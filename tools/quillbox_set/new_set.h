@@ -1,0 +1,42 @@
+// new_set.h - writes a new set from streams of an old data file.
+#pragma once
+
+#include "archive/listed_set.h"
+#include "archive/name_set.h"
+#include "archive/set_files.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quillbox_set {
+
+class NewSet {
+public:
+    // Notes a stream that can be unpacked whole, from `start` to before `end` in the data file. Returns an empty text,
+    // or why the item can't be in a sound set.
+    std::string add(BYTE kind, const std::u16string& name, std::uint64_t start, std::uint64_t end);
+
+    std::uint64_t items() const { return entries_.size(); }
+
+    // Writes the set with its items in the order of their kinds. Neither of the two files may exist. Returns an empty
+    // text, or the reason of a failure; then there are no new files.
+    std::string write(const archive::OpenFile& data, const archive::MountedSet& target, const std::u16string& comment);
+
+private:
+    struct Entry {
+        BYTE kind;
+        std::u16string name;
+        std::uint64_t start;
+        DWORD bytes;
+    };
+
+    std::string writeList(HANDLE list, const std::u16string& comment) const;
+
+    std::vector<Entry> entries_;
+    std::uint64_t bytes_ = 0;  // of all streams
+    bool hasRegistry_ = false;
+    archive::NameSet names_;
+};
+
+}  // namespace quillbox_set

@@ -1,0 +1,86 @@
+#include "old_list.h"
+
+#include "set/block_codec.h"
+
+#include "ce/file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+namespace quillbox_set {
+
+using namespace archive;
+
+namespace {
+
+// So many entries show whether a list agrees with the data file.
+constexpr std::size_t SampledEntries = 1000;
+
+bool isUndamaged(const ListEntry& entry)
+{
+    return entry.faults == 0 && IsItemKind(entry.kind) && entry.endOffset > entry.startOffset;
+}
+
+}  // namespace
+
+void OldLists::add(ListedSet& list)
+{
+    std::vector<OldEntry> entries;
+    std::uint64_t last = 0;
+    for (Item item; list.next(item);) {
+        if (!isUndamaged(item.entry))
+            continue;
+        const std::u16string_view name = item.isRegistry() ? u"registry" : item.name();
+        entries.push_back({item.entry.startOffset, item.entry.endOffset, item.entry.kind, std::u16string(name)});
+        last = std::max<std::uint64_t>(last, item.entry.endOffset);
+    }
+    const std::uint64_t size = data_.size();
+    const std::uint64_t shift = size > last ? size - last : 0;
+    if (shift != 0 && agreeing(entries, shift) > agreeing(entries, 0)) {
+        for (OldEntry& entry : entries) {
+            entry.start += shift;
+            entry.end += shift;
+        }
+    }
+    for (const OldEntry& entry : entries)
+        names_.add(entry.kind, entry.name);
+    std::ranges::move(entries, std::back_inserter(entries_));
+}
+
+void OldLists::sort()
+{
+    std::ranges::stable_sort(entries_, {}, &OldEntry::start);
+}
+
+OldEntry* OldLists::of(std::uint64_t start, std::uint64_t end, bool isWhole)
+{
+    const auto entry = std::ranges::lower_bound(entries_, start, {}, &OldEntry::start);
+    if (entry == entries_.end() || entry->start != start || (isWhole ? entry->end != end : entry->end < end))
+        return nullptr;
+    return &*entry;
+}
+
+// Whether a stream begins at the offset, or the file ends there.
+bool OldLists::isBoundary(std::uint64_t offset) const
+{
+    if (offset == data_.size())
+        return true;
+    auto high = static_cast<LONG>(offset >> 32);
+    (void)SetFilePointer(data_.handle(), static_cast<LONG>(offset), &high, FILE_BEGIN);
+    BYTE magic[StreamMagicBytes] = {};
+    DWORD bytes = 0;
+    return ReadFile(data_.handle(), magic, StreamMagicBytes, &bytes, nullptr) &&
+           std::memcmp(magic, StreamMagic, StreamMagicBytes) == 0;
+}
+
+std::size_t OldLists::agreeing(const std::vector<OldEntry>& entries, std::uint64_t shift) const
+{
+    const auto sampled = static_cast<std::ptrdiff_t>(std::min(entries.size(), SampledEntries));
+    return static_cast<std::size_t>(
+        std::count_if(entries.begin(), entries.begin() + sampled, [&](const OldEntry& entry) {
+            return isBoundary(entry.start + shift) && isBoundary(entry.end + shift);
+        }));
+}
+
+}  // namespace quillbox_set

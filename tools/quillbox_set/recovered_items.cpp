@@ -1,0 +1,208 @@
+#include "recovered_items.h"
+
+#include "archive/fault_text.h"
+#include "archive/item_content.h"
+#include "database_text.h"
+#include "item_target.h"
+
+#include "ce/file.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+
+namespace quillbox_set {
+
+using namespace archive;
+
+namespace {
+
+constexpr auto Form = database_formats::Format::JsonLines;
+
+// Whether the bytes can be the head of a database image. Few other files begin like this, so few are read twice.
+bool looksLikeImage(std::span<const std::byte> head)
+{
+    DWORD nameBytes = 0;
+    if (head.size() < sizeof nameBytes)
+        return false;
+    std::memcpy(&nameBytes, head.data(), sizeof nameBytes);
+    const std::size_t units = nameBytes / sizeof(char16_t);
+    if (units < 2 || units > NameChars || nameBytes % sizeof(char16_t) != 0 ||
+        head.size() < sizeof nameBytes + nameBytes)
+        return false;
+    std::u16string name(units, u'\0');
+    std::memcpy(name.data(), head.data() + sizeof nameBytes, nameBytes);
+    return name.back() == 0 && std::all_of(name.begin(), name.end() - 1, [](char16_t unit) { return unit >= u' '; });
+}
+
+bool looksLikeRegistry(std::span<const std::byte> head)
+{
+    constexpr std::u16string_view FirstLine = u"\xFEFFWindows Registry Editor Version 5.00";
+    const auto bytes = std::as_bytes(std::span(FirstLine));
+    return head.size() >= bytes.size() && std::ranges::equal(head.first(bytes.size()), bytes);
+}
+
+}  // namespace
+
+RecoveredItems::RecoveredItems(const OpenFile& data, const MountedSet& mounted, OldLists& lists, Wanted wanted,
+                               RecoveryReport& report)
+    : data_(data), mounted_(mounted), lists_(lists), wanted_(wanted), report_(report)
+{
+    targets_.add(0, ReportPath);
+    progress_.begin("salvage");
+}
+
+void RecoveredItems::begin(const FoundStream& stream)
+{
+    progress_.at(stream.start, data_.size());
+    file_.emplace(u"\\recovered");
+    head_.clear();
+    sound_.reset();
+}
+
+void RecoveredItems::bytes(const FoundStream& stream, std::span<const std::byte> raw)
+{
+    if (stream.rawBytes == raw.size() && stream.hasMagic && (looksLikeImage(raw) || looksLikeRegistry(raw)))
+        sound_.emplace();
+    if (sound_ && stream.damagedBlocks == 0)
+        sound_->add(raw);
+    if (head_.size() < FileTypes::HeadBytes) {
+        const auto more = raw.first(std::min(raw.size(), FileTypes::HeadBytes - head_.size()));
+        head_.insert(head_.end(), more.begin(), more.end());
+    }
+    (void)file_->write(raw);
+}
+
+void RecoveredItems::end(const FoundStream& stream)
+{
+    OldEntry* entry = stream.hasMagic ? lists_.of(stream.start, stream.end, stream.isWhole()) : nullptr;
+    Content content = contentOf(stream, entry ? entry->kind : BYTE{0});
+    if (entry && content.kind != entry->kind) {  // so the entry is damaged, or belongs to another data file
+        entry = nullptr;
+        content = contentOf(stream, 0);
+    }
+    RecoveredItem item;
+    item.stream = stream;
+    item.kind = content.kind;
+    if (stream.isWhole() && content.isSound)
+        item.state = stream.isProven ? Recovery::Complete : Recovery::Unproven;
+    if (entry) {
+        entry->isFound = true;
+        item.name = entry->name;
+    } else if (content.kind != ItemKindFile) {
+        item.name = content.kind == ItemKindDatabase ? content.image.name : u"registry";
+    }
+    // A copy of an item that a list names must not take its name.
+    const bool isNamed = entry || !lists_.hasName(item.kind, item.name);
+    write(item, content, isNamed);
+    addToSet(item, isNamed);
+    file_.reset();
+    progress_.clear();
+    report_.add(item);
+}
+
+// `claimed` is the kind that a list says; 0 if there is none. A whole file that only begins like a database is a file.
+// A damaged one counts as a database if it has complete records.
+RecoveredItems::Content RecoveredItems::contentOf(const FoundStream& stream, BYTE claimed)
+{
+    const OpenFile* const file = sound_ ? sound_->finish() : nullptr;
+    const auto mayBe = [&](BYTE kind) { return file && (claimed == 0 || claimed == kind); };
+    if (mayBe(ItemKindDatabase) && looksLikeImage(head_)) {
+        ImageReport image = checkImage(*file, sound_->item(ItemKindDatabase).entry);
+        const bool isSound = image.fault.empty();
+        if (isSound || (image.ends.size() > 1 && (claimed != 0 || !stream.isWhole())))
+            return {ItemKindDatabase, isSound, std::move(image)};
+    }
+    if (mayBe(ItemKindRegistry) && looksLikeRegistry(head_)) {
+        ContentSink ignored;
+        const bool isSound = readContent(*file, sound_->item(ItemKindRegistry), ignored).fault.empty();
+        if (isSound || claimed != 0 || !stream.isWhole())
+            return {ItemKindRegistry, isSound, {}};
+    }
+    return {ItemKindFile, true, {}};
+}
+
+void RecoveredItems::write(RecoveredItem& item, const Content& content, bool isNamed)
+{
+    if (file_->error() != ERROR_SUCCESS) {
+        item.fault = errorText(file_->error());
+        return;
+    }
+    const std::u16string known = isNamed ? knownTarget(item) : u"";
+    if (!known.empty())
+        writeTo(known, item, content);
+    // The host can't have a file with that name, or it has one.
+    if (item.target.empty())
+        writeTo(newTarget(content), item, content);
+}
+
+void RecoveredItems::writeTo(const std::u16string& target, RecoveredItem& item, const Content& content)
+{
+    std::string fault;
+    if (content.kind == ItemKindDatabase) {
+        std::optional<std::uint64_t> bytes;
+        fault = writeDatabaseText(*sound_->finish(), sound_->item(item.kind).entry, content.image,
+                                  {Form, target, false}, bytes);
+        item.bytes = bytes.value_or(0);
+    } else {
+        file_->setTarget(target);
+        if (file_->moveToTarget(false) != ERROR_SUCCESS)
+            fault = errorText(file_->error());
+        item.bytes = file_->bytes();
+    }
+    item.fault = fault;
+    if (!fault.empty())
+        return;
+    item.target = target;
+    targets_.add(0, target);
+}
+
+// Empty if the item has no name of its own, or nothing can be written there.
+std::u16string RecoveredItems::knownTarget(const RecoveredItem& item) const
+{
+    if (item.name.empty())
+        return u"";
+    Item named{};
+    named.entry.kind = item.kind;
+    item.name.copy(named.entry.blob.name, NameChars - 1);
+    std::u16string target = targetOf(named, Form);
+    const bool isPath = target.starts_with(u'\\') && !leadsInto(target, mounted_.folder.substr(1));
+    return isPath && isFree(target) ? target : u"";
+}
+
+std::u16string RecoveredItems::newTarget(const Content& content)
+{
+    const std::u16string extension = content.kind == ItemKindDatabase ? u".jsonl"
+                                     : looksLikeRegistry(head_)       ? u".reg"
+                                                                      : types_.extensionOf(head_);
+    std::u16string target;
+    do {
+        std::array<char, 32> name{};
+        (void)std::snprintf(name.data(), name.size(), "\\recovered-%04u", ++numbered_);
+        target = std::u16string(name.data(), name.data() + std::strlen(name.data())) + extension;
+    } while (!isFree(target));
+    return target;
+}
+
+bool RecoveredItems::isFree(const std::u16string& target) const
+{
+    return !targets_.has(0, target) && GetFileAttributesW(target.c_str()) == INVALID_FILE_ATTRIBUTES;
+}
+
+void RecoveredItems::addToSet(RecoveredItem& item, bool isNamed)
+{
+    if (wanted_ == Wanted::Nothing)
+        return;
+    if (item.state == Recovery::Partial)
+        item.notInSet = "it is damaged";
+    else if (item.state == Recovery::Unproven && wanted_ == Wanted::Complete)
+        item.notInSet = "it is unproven";
+    else if (!isNamed)
+        item.notInSet = "its name is that of another item in a list";
+    else
+        item.notInSet =
+            set_.add(item.kind, item.name.empty() ? item.target : item.name, item.stream.start, item.stream.end);
+}
+
+}  // namespace quillbox_set

@@ -1,0 +1,70 @@
+// recovered_items.h - writes the streams that are found in a data file as files: databases as JSON lines, the registry
+// as a .reg file, all others as they were.
+#pragma once
+
+#include "archive/growing_file.h"
+#include "archive/image_check.h"
+#include "archive/long_work.h"
+#include "archive/name_set.h"
+#include "archive/stream_scan.h"
+#include "file_type.h"
+#include "new_set.h"
+#include "old_list.h"
+#include "recovery_report.h"
+#include "sound_stream.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillbox_set {
+
+// Which items the new set takes.
+enum class Wanted { Nothing, Complete, CompleteAndUnproven };
+
+class RecoveredItems final : public archive::ScanSink {
+public:
+    // The folder for the files is the root of the name space.
+    RecoveredItems(const archive::OpenFile& data, const archive::MountedSet& mounted, OldLists& lists, Wanted wanted,
+                   RecoveryReport& report);
+
+    void begin(const archive::FoundStream& stream) override;
+    void bytes(const archive::FoundStream& stream, std::span<const std::byte> raw) override;
+    void end(const archive::FoundStream& stream) override;
+
+    NewSet& set() { return set_; }
+
+private:
+    // What the content of a stream is.
+    struct Content {
+        BYTE kind;
+        bool isSound;                // by the rules of its kind
+        archive::ImageReport image;  // of a database
+    };
+
+    Content contentOf(const archive::FoundStream& stream, BYTE claimed);
+    void write(RecoveredItem& item, const Content& content, bool isNamed);
+    void writeTo(const std::u16string& target, RecoveredItem& item, const Content& content);
+    std::u16string knownTarget(const RecoveredItem& item) const;
+    std::u16string newTarget(const Content& content);
+    bool isFree(const std::u16string& target) const;
+    void addToSet(RecoveredItem& item, bool isNamed);
+
+    const archive::OpenFile& data_;
+    const archive::MountedSet& mounted_;
+    OldLists& lists_;
+    Wanted wanted_;
+    RecoveryReport& report_;
+    FileTypes types_;
+    NewSet set_;
+    archive::NameSet targets_;
+    unsigned numbered_ = 0;
+    std::optional<archive::GrowingFile> file_;  // the raw bytes of the current stream
+    std::vector<std::byte> head_;               // the first of them
+    // Its sound bytes as a stream of its own, if it may be a database or the registry. So a damaged one can be read by
+    // the functions for sound ones, up to the damage.
+    std::optional<SoundStream> sound_;
+    archive::Progress progress_{1};
+};
+
+}  // namespace quillbox_set

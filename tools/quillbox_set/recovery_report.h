@@ -1,0 +1,66 @@
+// recovery_report.h - says what was found in a data file: recovered.txt for people, and lines or JSON on standard
+// output.
+#pragma once
+
+#include "archive/growing_file.h"
+#include "archive/stream_scan.h"
+#include "json_list.h"
+#include "old_list.h"
+#include "target_stream.h"
+
+#include <cstdint>
+#include <optional>
+#include <ostream>
+#include <string>
+
+namespace quillbox_set {
+
+enum class Recovery { Complete, Unproven, Partial };
+
+struct RecoveredItem {
+    archive::FoundStream stream;
+    Recovery state = Recovery::Partial;
+    BYTE kind = 0;
+    std::u16string name;      // from a list, or of a database from its image. Empty if it isn't known.
+    std::u16string target;    // path below the folder. Empty if nothing was written.
+    std::uint64_t bytes = 0;  // of the file that was written
+    std::string fault;        // why nothing was written
+    std::string notInSet;     // why it isn't in the new set
+};
+
+struct RecoveryCounts {
+    std::uint64_t complete = 0;
+    std::uint64_t unproven = 0;
+    std::uint64_t partial = 0;
+    std::uint64_t lost = 0;    // entries of a list with no stream
+    std::uint64_t failed = 0;  // items that couldn't be written
+};
+
+inline constexpr std::u16string_view ReportPath = u"\\recovered.txt";
+
+class RecoveryReport {
+public:
+    // `file` is the data file, for the head of the report.
+    RecoveryReport(const std::string& file, bool json);
+
+    void add(const RecoveredItem& item);
+    // The entry of a list that agrees with no stream.
+    void addLost(const OldEntry& entry);
+
+    // Moves recovered.txt to its place. Returns an empty text, or the reason of a failure. `set` says what became of
+    // the new set; empty without one.
+    std::string finish(const archive::ScanTotals& totals, const std::string& set);
+
+    const RecoveryCounts& counts() const { return counts_; }
+
+private:
+    void line(const std::string& text);
+
+    archive::GrowingFile file_;
+    TargetBuffer buffer_;
+    std::ostream out_;
+    std::optional<JsonList> list_;
+    RecoveryCounts counts_;
+};
+
+}  // namespace quillbox_set

@@ -1,0 +1,154 @@
+#include "salvage.h"
+
+#include "archive/fault_text.h"
+#include "archive/seal.h"
+#include "archive/set_files.h"
+#include "exit_code.h"
+#include "recovered_items.h"
+#include "result_line.h"
+#include "screen_text/screen_text.h"
+
+#include "file/name_space.h"
+#include "text/host_name.h"
+
+#include "ce/file.h"
+
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+namespace quillbox_set {
+
+using namespace archive;
+using screen_text::counted;
+using screen_text::onScreen;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// What is known before the data file is read. The mounts end after everything that is open.
+struct Work {
+    SetFiles files;
+    std::unique_ptr<SetMount> mount;     // of the data file
+    std::unique_ptr<SetMount> newMount;  // of the new set; null without one
+    std::u16string comment;              // for the new set
+};
+
+bool exists(const std::string& folder, const std::string& name)
+{
+    std::error_code error;
+    return fs::symlink_status(fs::path(folder) / name, error).type() != fs::file_type::not_found;
+}
+
+// Returns an empty text, or why the folder can't be used.
+std::string prepareFolder(const std::string& folder)
+{
+    std::error_code error;
+    platform::file::prepareProcess();
+    fs::create_directories(folder, error);
+    const bool isEmpty = fs::is_empty(folder, error);
+    if (error || !fs::is_directory(folder, error))
+        return "a folder can't be made or opened: " + onScreen(std::string_view(folder));
+    return isEmpty ? "" : "the folder isn't empty: " + onScreen(std::string_view(folder));
+}
+
+// Nothing of the new set may exist, so it is checked before the long work.
+std::string prepareSet(const SalvageOptions& options, Work& work)
+{
+    if (options.set.empty())
+        return "";
+    const SetFiles files = newSet(options.set);
+    for (const std::string& name : {files.listName, files.dataName, files.sumName}) {
+        if (exists(files.folder, name))
+            return "exists already: " + onScreen(std::string_view(files.folder + "/" + name));
+    }
+    work.newMount = std::make_unique<SetMount>(files, options.folder);
+    return *work.newMount ? ""
+                          : "the folder of the new set can't be opened: " + onScreen(std::string_view(files.folder));
+}
+
+std::string readLists(const SalvageOptions& options, OldLists& lists, Work& work)
+{
+    for (const std::string& argument : options.lists) {
+        const std::optional<SetFiles> files = findSet(argument);
+        const SetMount mount(files.value_or(SetFiles{}), options.folder);
+        std::optional<ListedSet> list;
+        if (files && mount)
+            list.emplace(*mount);
+        if (!list || !list->isOpen())
+            return "the list file can't be opened: " + onScreen(std::string_view(argument));
+        lists.add(*list);
+        if (work.comment.empty() && list->commentFaults() == 0)
+            work.comment = list->comment();
+    }
+    lists.sort();
+    return "";
+}
+
+// Says what became of the new set. `failed` is set if it wasn't written.
+std::string writeSet(const Work& work, const OpenFile& data, NewSet& set, bool& failed)
+{
+    const std::u16string comment =
+        work.comment.empty() ? u"Recovered from " + platform::text::fromUtf8(work.files.dataName) : work.comment;
+    const std::string fault = set.items() == 0 ? "there is no item for it" : set.write(data, **work.newMount, comment);
+    failed = !fault.empty();
+    return failed ? "The new set can't be written: " + fault + "."
+                  : "The new set has " + counted(set.items(), "item") + ".";
+}
+
+bool isGood(const RecoveryCounts& counts, const ScanTotals& totals)
+{
+    return counts.unproven + counts.partial + counts.lost + counts.failed + totals.unclaimed + totals.unreadable == 0;
+}
+
+int search(const SalvageOptions& options, const Work& work, const OpenFile& data, OldLists& lists)
+{
+    const Wanted wanted = !work.newMount     ? Wanted::Nothing
+                          : options.unproven ? Wanted::CompleteAndUnproven
+                                             : Wanted::Complete;
+    RecoveryReport report(options.file, options.json);
+    RecoveredItems items(data, **work.mount, lists, wanted, report);
+    const bool isSealed = sealProvesData(work.files, **work.mount);
+    const ScanTotals totals = scanStreams(data, isSealed ? Proving::NotNeeded : Proving::Wanted, items);
+    for (const OldEntry& entry : lists.entries()) {
+        if (!entry.isFound)
+            report.addLost(entry);
+    }
+    bool failed = false;
+    const std::string set = work.newMount ? writeSet(work, data, items.set(), failed) : "";
+    std::string fault = report.finish(totals, set);
+    if (fault.empty() && !FlushChangedVolumes())
+        fault = "what was written may be missing from the disk: " + errorText(GetLastError());
+    if (!fault.empty())
+        std::cerr << "quillbox-set: " << fault << "\n";
+    return fault.empty() && !failed && isGood(report.counts(), totals) ? exitGood : exitFaults;
+}
+
+}  // namespace
+
+int salvage(const SalvageOptions& options)
+{
+    const std::optional<SetFiles> files = findData(options.file);
+    if (!files)
+        return reportTrouble("there is no such file: " + onScreen(std::string_view(options.file)));
+    if (isListFile(files->dataName))
+        return reportTrouble("this is a list file; name the data file (.QDT), and this one with --list");
+    Work work{*files, nullptr, nullptr, u""};
+    std::string trouble = prepareFolder(options.folder);
+    if (trouble.empty()) {
+        work.mount = std::make_unique<SetMount>(*files, options.folder);
+        trouble = *work.mount ? prepareSet(options, work) : "a folder can't be opened";
+    }
+    if (!trouble.empty())
+        return reportTrouble(trouble);
+    const OpenFile data((**work.mount).dataPath, GENERIC_READ, OPEN_EXISTING);
+    if (!data.isOpen())
+        return reportTrouble("the file can't be opened: " + onScreen(std::string_view(options.file)));
+    OldLists lists(data);
+    trouble = readLists(options, lists, work);
+    return trouble.empty() ? search(options, work, data, lists) : reportTrouble(trouble);
+}
+
+}  // namespace quillbox_set

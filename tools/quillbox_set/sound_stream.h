@@ -1,0 +1,36 @@
+// sound_stream.h - a compressed stream in a temporary file, made of raw bytes that are sound.
+#pragma once
+
+#include "archive/growing_file.h"
+#include "archive/listed_set.h"
+#include "set/block_codec.h"
+
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace quillbox_set {
+
+class SoundStream {
+public:
+    // The file is in the root of the name space. The destructor deletes it.
+    SoundStream();
+
+    // At most RawBlockBytes.
+    void add(std::span<const std::byte> raw);
+    // Closes the stream. Returns the file, or null if it couldn't be written.
+    const archive::OpenFile* finish();
+
+    // An item whose stream it is.
+    archive::Item item(BYTE kind) const;
+
+private:
+    void addBlock(std::span<const BYTE> raw);
+
+    archive::GrowingFile file_;
+    std::vector<std::byte> packed_;
+    std::unique_ptr<PackingMemory> memory_;
+    bool isFinished_ = false;
+};
+
+}  // namespace quillbox_set
