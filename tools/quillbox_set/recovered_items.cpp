@@ -85,7 +85,7 @@ void RecoveredItems::end(const FoundStream& stream)
     RecoveredItem item;
     item.stream = stream;
     item.kind = content.kind;
-    if (stream.isWhole() && content.isSound)
+    if (stream.isWhole() && content.fault.empty())
         item.state = stream.isProven ? Recovery::Complete : Recovery::Unproven;
     if (entry) {
         entry->isFound = true;
@@ -93,6 +93,7 @@ void RecoveredItems::end(const FoundStream& stream)
     } else if (content.kind != ItemKindFile) {
         item.name = content.kind == ItemKindDatabase ? content.image.name : u"registry";
     }
+    item.damage = content.fault;
     // A copy of an item that a list names must not take its name.
     const bool isNamed = entry || !lists_.hasName(item.kind, item.name);
     write(item, content, isNamed);
@@ -110,17 +111,16 @@ RecoveredItems::Content RecoveredItems::contentOf(const FoundStream& stream, BYT
     const auto mayBe = [&](BYTE kind) { return file && (claimed == 0 || claimed == kind); };
     if (mayBe(ItemKindDatabase) && looksLikeImage(head_)) {
         ImageReport image = checkImage(*file, sound_->item(ItemKindDatabase).entry);
-        const bool isSound = image.fault.empty();
-        if (isSound || (image.ends.size() > 1 && (claimed != 0 || !stream.isWhole())))
-            return {ItemKindDatabase, isSound, std::move(image)};
+        if (image.fault.empty() || (image.ends.size() > 1 && (claimed != 0 || !stream.isWhole())))
+            return {ItemKindDatabase, image.fault, std::move(image)};
     }
     if (mayBe(ItemKindRegistry) && looksLikeRegistry(head_)) {
         ContentSink ignored;
-        const bool isSound = readContent(*file, sound_->item(ItemKindRegistry), ignored).fault.empty();
-        if (isSound || claimed != 0 || !stream.isWhole())
-            return {ItemKindRegistry, isSound, {}};
+        const std::string fault = readContent(*file, sound_->item(ItemKindRegistry), ignored).fault;
+        if (fault.empty() || claimed != 0 || !stream.isWhole())
+            return {ItemKindRegistry, fault, {}};
     }
-    return {ItemKindFile, true, {}};
+    return {ItemKindFile, "", {}};
 }
 
 void RecoveredItems::write(RecoveredItem& item, const Content& content, bool isNamed)

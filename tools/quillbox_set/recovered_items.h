@@ -38,7 +38,7 @@ private:
     // What the content of a stream is.
     struct Content {
         BYTE kind;
-        bool isSound;                // by the rules of its kind
+        std::string fault;           // by the rules of its kind. Empty if it is sound.
         archive::ImageReport image;  // of a database
     };
 

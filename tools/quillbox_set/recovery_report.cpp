@@ -59,8 +59,9 @@ std::string padded(std::string word)
 }
 
 // What is missing of a partial item.
-std::string damageOf(const FoundStream& stream)
+std::string damageOf(const RecoveredItem& item)
 {
+    const FoundStream& stream = item.stream;
     std::string text;
     if (!stream.hasMagic)
         text += "; its beginning is missing";
@@ -69,6 +70,8 @@ std::string damageOf(const FoundStream& stream)
             "; " + counted(stream.damagedBlocks, "damaged block") + " after byte " + std::to_string(stream.soundBytes);
     if (!stream.isClosed)
         text += "; its end is missing";
+    if (stream.isWhole())
+        text += "; " + item.damage;
     return text;
 }
 
@@ -80,7 +83,7 @@ std::string textOf(const RecoveredItem& item)
     if (!item.name.empty() && item.name != item.target)
         text += ", named " + onScreen(item.name);
     if (item.state == Recovery::Partial)
-        text += damageOf(item.stream);
+        text += damageOf(item);
     if (!item.notInSet.empty())
         text += "; not in the new set: " + item.notInSet;
     return text;
@@ -103,6 +106,7 @@ Json jsonOf(const RecoveredItem& item)
             {"damagedBlocks", item.stream.damagedBlocks},
             {"hasBeginning", item.stream.hasMagic},
             {"hasEnd", item.stream.isClosed},
+            {"damage", orNull(item.damage)},
             {"target", orNull(toUtf8(item.target))},
             {"bytes", item.bytes},
             {"notInSet", orNull(item.notInSet)},

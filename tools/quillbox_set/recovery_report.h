@@ -24,6 +24,7 @@ struct RecoveredItem {
     std::u16string name;      // from a list, or of a database from its image. Empty if it isn't known.
     std::u16string target;    // path below the folder. Empty if nothing was written.
     std::uint64_t bytes = 0;  // of the file that was written
+    std::string damage;       // what is wrong with the content of a database or of the registry
     std::string fault;        // why nothing was written
     std::string notInSet;     // why it isn't in the new set
 };
