@@ -70,6 +70,7 @@ class RuinedSetTest(SalvageTest):
         card.mkdir()
         for number in range(12 if SANITIZED else 40):
             (device / f"object-store/Documents/file {number}").write_bytes(content(source))
+        (device / "object-store/Documents/picture").write_bytes(JPEG + source.randbytes(50_000))
         records = [[{"id": "0037001f", "value": text(source, 9)}, {"id": "41090002", "value": number}] for number in range(300)]
         (cls.home / "new.jsonl").write_text(lines(database("Big", records), database("Small", records[:3])))
         run("quillbox-device", "database", "import", device, cls.home / "new.jsonl")
