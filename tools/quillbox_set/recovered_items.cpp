@@ -2,8 +2,8 @@
 
 #include "archive/fault_text.h"
 #include "archive/item_content.h"
-#include "database_text.h"
-#include "item_target.h"
+#include "archive/item_target.h"
+#include "database_file.h"
 
 #include "ce/file.h"
 
@@ -142,7 +142,7 @@ void RecoveredItems::writeTo(const std::u16string& target, RecoveredItem& item, 
     std::string fault;
     if (content.kind == ItemKindDatabase) {
         std::optional<std::uint64_t> bytes;
-        fault = writeDatabaseText(*sound_->finish(), sound_->item(item.kind).entry, content.image,
+        fault = writeDatabaseFile(*sound_->finish(), sound_->item(item.kind).entry, content.image,
                                   {Form, target, false}, bytes);
         item.bytes = bytes.value_or(0);
     } else {

@@ -1,0 +1,24 @@
+// target_stream.h - a stream buffer that writes to a growing file.
+#pragma once
+
+#include "archive/growing_file.h"
+
+#include <streambuf>
+#include <vector>
+
+namespace quillbox_set {
+
+// For a std::ostream. The stream fails once a write to the file has failed. Flush it after the last output.
+class TargetBuffer final : public std::streambuf {
+public:
+    explicit TargetBuffer(archive::GrowingFile& target);
+
+private:
+    int_type overflow(int_type character) override;
+    int sync() override;
+
+    archive::GrowingFile& target_;
+    std::vector<char> buffer_;
+};
+
+}  // namespace quillbox_set
