@@ -1,9 +1,10 @@
 #include "database_commands.h"
 
+#include "archive/host_output.h"
 #include "archive/long_work.h"
 #include "existing_device.h"
 #include "failure.h"
-#include "host_files.h"
+#include "host_input.h"
 #include "report.h"
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"
@@ -98,7 +99,7 @@ void exportDatabases(const fs::path& device, const std::optional<std::string>& n
     const DeviceToRead opened(device);
     const Format wanted = format.value_or(database_formats::formatOfFile(file));
     const auto databases = wantedDatabases(name, wanted);
-    Output output(file, force);
+    archive::Output output(file, force);
     database_formats::LeftOut leftOut;
     const auto writer = database_formats::makeWriter(wanted, output.stream(), leftOut);
     for (const StoredDatabase& database : databases)

@@ -2,7 +2,6 @@
 
 #include "existing_device.h"
 #include "failure.h"
-#include "host_files.h"
 #include "report.h"
 #include "screen_text/screen_text.h"
 #include "stored_databases.h"

@@ -1,9 +1,10 @@
 #include "registry_commands.h"
 
+#include "archive/host_output.h"
 #include "archive/long_work.h"
 #include "existing_device.h"
 #include "failure.h"
-#include "host_files.h"
+#include "host_input.h"
 #include "registry_text.h"
 
 #include "registry/registry_content.h"
@@ -17,7 +18,7 @@ using platform::database::Step;
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force)
 {
     const DeviceToRead opened(device);
-    Output output(file, force);
+    archive::Output output(file, force);
     const bool written = platform::registry::writeContent([&](std::span<const std::byte> bytes) {
         archive::checkStop();
         output.stream().write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));

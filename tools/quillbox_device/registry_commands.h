@@ -7,10 +7,10 @@
 
 namespace quillbox_device {
 
-// `file`: see Output (host_files.h).
+// `file`: see Output (archive/host_output.h).
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force);
 
-// Sets the keys and values that the file contains. All others stay. `file`: see Input (host_files.h).
+// Sets the keys and values that the file contains. All others stay. `file`: see Input (host_input.h).
 void importRegistry(const std::filesystem::path& device, const std::string& file);
 
 }  // namespace quillbox_device

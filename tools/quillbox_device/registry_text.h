@@ -1,7 +1,7 @@
 // registry_text.h - a .reg file in any of the encodings in which programs save it, as the UTF-16 text of the platform.
 #pragma once
 
-#include "host_files.h"
+#include "host_input.h"
 
 #include <cstddef>
 #include <span>

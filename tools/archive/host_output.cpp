@@ -1,17 +1,17 @@
-#include "host_files.h"
+#include "archive/host_output.h"
 
 #include "archive/long_work.h"
-#include "failure.h"
 
 #include "host/files.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
 #include <unistd.h>
 
-namespace quillbox_device {
+namespace archive {
 
 namespace fs = std::filesystem;
 namespace host = platform::host;
@@ -34,7 +34,7 @@ TemporaryFile makeBeside(const fs::path& target, mode_t mode)
     return made ? TemporaryFile{path.string(), std::move(made)} : TemporaryFile{};
 }
 
-// What the path leads to. Nothing if the path is free, so that a new file can be made. Throws a Failure.
+// What the path leads to. Nothing if the path is free, so that a new file can be made. Throws.
 std::optional<struct stat> statusOf(const std::string& target)
 {
     struct stat found {};
@@ -43,9 +43,10 @@ std::optional<struct stat> statusOf(const std::string& target)
     const int error = errno;
     std::error_code ignored;
     if (error != ENOENT)
-        throw Failure("\"" + target + "\" can't be written: " + std::generic_category().message(error) + ".");
+        throw std::runtime_error("\"" + target + "\" can't be written: " + std::generic_category().message(error) +
+                                 ".");
     if (fs::is_symlink(fs::symlink_status(target, ignored)))
-        throw Failure("\"" + target + "\" is a link that leads nowhere.");
+        throw std::runtime_error("\"" + target + "\" is a link that leads nowhere.");
     return std::nullopt;
 }
 
@@ -66,15 +67,6 @@ bool flushToDisk(int file)
 
 }  // namespace
 
-Input::Input(const std::string& file)
-{
-    if (file == "-")
-        return;
-    file_.open(file, std::ios::binary);
-    if (!file_ || fs::is_directory(file))
-        throw Failure("\"" + file + "\" can't be read.", exitBadUsage);
-}
-
 Output::Output(const std::string& file, bool force) : target_(file)
 {
     if (file == "-")
@@ -83,10 +75,10 @@ Output::Output(const std::string& file, bool force) : target_(file)
     if (found && isStandardOutput(*found))
         return;
     if (found && S_ISDIR(found->st_mode))
-        throw Failure("\"" + file + "\" is a folder.");
+        throw std::runtime_error("\"" + file + "\" is a folder.");
     const bool isFile = found && S_ISREG(found->st_mode);
     if (!force && found && (isFile || S_ISBLK(found->st_mode)))
-        throw Failure("\"" + file + "\" exists already; --force replaces it.");
+        throw std::runtime_error("\"" + file + "\" exists already; --force replaces it.");
     if (isFile) {
         target_ = fs::canonical(file).string();
         replaced_ = found;
@@ -99,7 +91,8 @@ Output::Output(const std::string& file, bool force) : target_(file)
         file_.open(file, std::ios::binary);
     }
     if (!file_.is_open())
-        throw Failure("\"" + file + "\" can't be written.");
+        throw std::runtime_error("\"" + file + "\" can't be written.");
+    isPrinted_ = false;
 }
 
 Output::~Output()
@@ -112,7 +105,7 @@ Output::~Output()
 // A file that replaces another one gets the other one's rights at the end. Until then only its owner can read it.
 void Output::openTemporary()
 {
-    archive::catchSignals();  // from here on there is something to remove
+    catchSignals();  // from here on there is something to remove
     TemporaryFile made = makeBeside(target_, replaced_ ? 0600 : 0666);
     temporary_ = made.path;
     disk_ = std::move(made.opened);
@@ -125,24 +118,23 @@ void Output::openTemporary()
 
 void Output::finish()
 {
-    const bool printed = !file_.is_open();
     bool good = stream().flush().good();
-    if (!printed) {
+    if (!isPrinted_) {
         file_.close();
         good = good && file_.good();
     }
     good = good && (temporary_.empty() || !replaced_ ||
                     host::setRights(disk_.get(), {replaced_->st_uid, replaced_->st_gid, replaced_->st_mode}) == 0);
-    const int disk = printed ? STDOUT_FILENO : disk_.get();
+    const int disk = isPrinted_ ? STDOUT_FILENO : disk_.get();
     if (!good || (disk >= 0 && !flushToDisk(disk)))
-        throw Failure((printed ? "Standard output" : "\"" + target_ + "\"") + " can't be written.");
+        throw std::runtime_error((isPrinted_ ? "Standard output" : "\"" + target_ + "\"") + " can't be written.");
     if (temporary_.empty())
         return;
     fs::rename(temporary_, target_);
     temporary_.clear();
     const fs::path folder = fs::path(target_).parent_path();
     if (host::flushFolder(folder) != 0)
-        throw Failure("\"" + target_ + "\" is written, but its folder can't be: a power cut may lose it.");
+        throw std::runtime_error("\"" + target_ + "\" is written, but its folder can't be: a power cut may lose it.");
 }
 
-}  // namespace quillbox_device
+}  // namespace archive

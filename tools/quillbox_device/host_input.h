@@ -1,0 +1,24 @@
+// host_input.h - a file of the host that a command reads.
+#pragma once
+
+#include "kernel/standard_streams.h"
+
+#include <fstream>
+#include <string>
+
+namespace quillbox_device {
+
+// A file of the host, or standard input for "-". Throws a Failure.
+class Input {
+public:
+    explicit Input(const std::string& file);
+    std::istream& stream()
+    {
+        return file_.is_open() ? static_cast<std::istream&>(file_) : platform::kernel::standardInput();
+    }
+
+private:
+    std::ifstream file_;
+};
+
+}  // namespace quillbox_device
