@@ -36,6 +36,7 @@ class TroubleTest(CompanionTest):
                 "history": [tool, "history", "Tasks", self.card, "--record", "rudder"],
                 "prune": [tool, "prune", self.card, "--keep-last", "1"], "cat": [tool, "cat", first, "\\a"],
                 "extract": [tool, "extract", first, self.folder / "out"],
+                "report": [tool, "report", self.card, "--force", "--output", self.folder / "out.html"],
                 "covered": [BIN / "quillbox-device", "covered", self.device, self.card]}
 
     def content(self, folder):
@@ -72,12 +73,12 @@ class TroubleTest(CompanionTest):
     @needs_strace
     def test_sets_that_vanish_in_the_middle_are_named_and_never_pass_as_sound(self):
         commands = self.commands()
-        for name in ("verify", "find", "history", "diff", "covered", "prune"):
+        for name in ("verify", "find", "history", "diff", "covered", "prune", "report"):
             for nth in (2, 3, 5):
                 with self.subTest(command=name, nth=nth):
                     done = traced(commands[name], "openat2", f"openat2:error=ENOENT:when={nth}+")
                     self.assertIn(done.returncode, (1, 2))
-                    self.assertRegex(done.stdout + done.stderr, b"can't be|Unsound|missing")
+                    self.assertRegex(done.stdout + done.stderr, b"can't be|Unsound|missing|[1-9] damaged")
         self.assertEqual(len(self.content(self.card)), 6)  # prune removed nothing
 
     def test_find_goes_on_after_a_set_that_was_removed_meanwhile(self):
@@ -126,6 +127,7 @@ class TroubleTest(CompanionTest):
                 pass
         self.assertIn("can't be sealed", self.set_tool("seal", path, code=1).said)
         self.set_tool("extract", path, small, "/a", code=1)
+        self.assertIn("can't be written", self.set_tool("report", path, "--output", small / "page.html", code=1).said)
         self.assertEqual(sorted(os.listdir(small)), ["QUILBOX", "filler"])
         self.assertEqual(sorted(os.listdir(small / "QUILBOX")), ["QLBX0001.QDT", "QLBX0001.QLT"])
         self.set_tool("verify", path)

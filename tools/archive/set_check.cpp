@@ -46,6 +46,7 @@ public:
             addFault(nullptr, notOpened("the data file", data_.error()));
         Item item;
         for (; set_.next(item); state_.items++) {
+            sink_.item(item);
             checkKind(item);
             checkName(item);
             checkStream(item);

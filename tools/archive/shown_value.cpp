@@ -10,17 +10,11 @@
 
 namespace archive {
 
-namespace {
-
-constexpr std::size_t ShownBytes = 200;
-
-}  // namespace
-
-std::string shortText(const std::string& text)
+std::string shortText(const std::string& text, std::size_t mostBytes)
 {
-    if (text.size() <= ShownBytes)
+    if (text.size() <= mostBytes)
         return text;
-    std::size_t end = ShownBytes;
+    std::size_t end = mostBytes;
     while ((static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80)
         end--;  // not inside a character
     Sha256 hash;

@@ -7,6 +7,7 @@
 #include "finding.h"
 #include "history.h"
 #include "pruning.h"
+#include "reporting.h"
 #include "result_line.h"
 #include "screen_text/screen_text.h"
 #include "sealing.h"
@@ -155,6 +156,20 @@ void addPrune(CLI::App& app, CommandLine& line)
     prune->callback([&line, options] { line.exitCode = prunedBy(line, *options); });
 }
 
+void addReport(CLI::App& app, CommandLine& line)
+{
+    CLI::App* report = app.add_subcommand("report", "writes a page for a browser about sets and what is in them");
+    addWhereAlone(*report, line);
+    report->add_option("--output", line.second, "the page to write, such as report.html; - is standard output")
+        ->type_name("FILE")
+        ->required();
+    report->add_flag("--force", line.force, "replaces a file that exists");
+    report->footer(
+        "The page is one file. It needs no network, and no other file. Each set is verified.\n"
+        "Exit code: 0 written; 1 written, but a set is damaged, or not written; 2 bad usage or no such file.");
+    report->callback([&line] { line.exitCode = writeReport(line.found(), line.second, line.force); });
+}
+
 }  // namespace
 
 void addArchiveCommands(CLI::App& app, CommandLine& line)
@@ -166,6 +181,7 @@ void addArchiveCommands(CLI::App& app, CommandLine& line)
     addDiff(app, line);
     addHistory(app, line);
     addPrune(app, line);
+    addReport(app, line);
 }
 
 }  // namespace quillbox_set

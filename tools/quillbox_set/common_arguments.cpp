@@ -21,13 +21,18 @@ void addSet(CLI::App& command, CommandLine& line)
         ->required();
 }
 
-void addWhere(CLI::App& command, CommandLine& line)
+void addWhereAlone(CLI::App& command, CommandLine& line)
 {
     command
         .add_option("WHERE", line.where,
                     "list files, data files, their paths without the ending, or folders with sets such as a card")
         ->required();
     command.add_flag("--recursive", line.recursive, "searches folders in depth");
+}
+
+void addWhere(CLI::App& command, CommandLine& line)
+{
+    addWhereAlone(command, line);
     addJson(command, line);
 }
 

@@ -24,6 +24,9 @@ struct CommandLine {
 };
 
 void addSet(CLI::App& command, CommandLine& line);
+// WHERE and --recursive.
+void addWhereAlone(CLI::App& command, CommandLine& line);
+// The same and --json.
 void addWhere(CLI::App& command, CommandLine& line);
 void addJson(CLI::App& command, CommandLine& line);
 

@@ -11,6 +11,8 @@ namespace archive {
 // Receives what a check finds, and if it wants, the content of the items.
 class CheckSink : public ContentSink {
 public:
+    // Each item of the list, before anything else about it.
+    virtual void item(const Item& /*item*/) {}
     // `item` is null for a fault of the list file or the data file as a whole.
     virtual void fault(const Item* /*item*/, const std::string& /*reason*/) {}
     // What isn't a fault, but can surprise the user.

@@ -10,8 +10,8 @@
 
 namespace archive {
 
-// A long text is cut, and its size and its SHA-256 follow. UTF-8.
-std::string shortText(const std::string& text);
+// A text of more than `mostBytes` is cut, and its size and its SHA-256 follow. UTF-8.
+std::string shortText(const std::string& text, std::size_t mostBytes = 200);
 
 std::string shownValue(const CEPROPVAL& property);
 

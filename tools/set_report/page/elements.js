@@ -1,0 +1,80 @@
+// Elements and texts. What comes from a set becomes a text node or an attribute here, never markup.
+
+const SVG = "http://www.w3.org/2000/svg";
+const LongestText = 400; // of a cell. A longer text costs time at each layout, and is whole in its details.
+
+function element(name, attributes = {}, ...children) {
+  return filled(document.createElement(name), attributes, children);
+}
+
+function drawn(name, attributes = {}, ...children) {
+  return filled(document.createElementNS(SVG, name), attributes, children);
+}
+
+function filled(made, attributes, children) {
+  for (const [name, value] of Object.entries(attributes)) {
+    if (name.startsWith("on")) made.addEventListener(name.slice(2), value);
+    else if (value === true) made.setAttribute(name, "");
+    else if (value !== false && value !== undefined) made.setAttribute(name, value);
+  }
+  made.append(...children.filter(child => child !== undefined && child !== null));
+  return made;
+}
+
+const byId = id => document.getElementById(id);
+
+function button(text, onclick, attributes = {}) {
+  return element("button", { type: "button", onclick, ...attributes }, text);
+}
+
+// Terms and descriptions. A pair without a description is left out.
+function descriptions(list, pairs) {
+  list.replaceChildren(...pairs.filter(pair => pair[1] !== undefined && pair[1] !== "")
+    .flatMap(([term, text]) => [element("dt", {}, term), element("dd", {}, text)]));
+}
+
+function listed(list, texts) {
+  list.hidden = texts.length === 0;
+  list.replaceChildren(...texts.map(text => element("li", {}, text)));
+}
+
+// A small table, all of whose rows are shown. A cell is a text or an element.
+function simpleTable(caption, columns, rows) {
+  const head = columns.map(({ title, number, wide }) =>
+    element("th", { scope: "col", class: classes("plain", number && "number", wide && "wide") }, title));
+  const cell = (content, { number, wide }) => element("td", { class: classes(number && "number", wide && "wide") }, content);
+  return element("table", { class: "simple" }, element("caption", { class: "spoken" }, caption),
+    element("thead", {}, element("tr", {}, ...head)),
+    element("tbody", {}, ...rows.map(row => element("tr", {}, ...row.map((content, at) => cell(content, columns[at]))))));
+}
+
+const classes = (...names) => names.filter(Boolean).join(" ") || undefined;
+
+const whole = new Intl.NumberFormat("en-US");
+const rounded = new Intl.NumberFormat("en-US", { maximumSignificantDigits: 3 });
+
+const count = number => whole.format(number);
+const counted = (number, thing) => `${count(number)} ${thing}${number === 1 ? "" : "s"}`;
+
+function size(bytes) {
+  if (bytes < 0) return "unknown";
+  let unit = 0;
+  let number = bytes;
+  for (; number >= 999.5 && unit < 4; unit++) number /= 1000;
+  return unit === 0 ? counted(bytes, "byte") : `${rounded.format(number)} ${["", "KB", "MB", "GB", "TB"][unit]}`;
+}
+
+const shortened = text => text.length > LongestText ? text.slice(0, LongestText) + "…" : text;
+
+// Shows all of something. The dialog returns the focus to where it was when it closes.
+function showDetails(title, ...content) {
+  byId("details-title").replaceChildren(title);
+  byId("details-body").replaceChildren(...content);
+  byId("details").showModal();
+}
+
+function fieldList(pairs) {
+  const list = element("dl", { class: "fields" });
+  descriptions(list, pairs);
+  return list;
+}

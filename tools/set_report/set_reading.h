@@ -1,0 +1,101 @@
+// set_reading.h - verifies a set, and puts what it has into the tables of a report.
+#pragma once
+
+#include "archive/long_work.h"
+#include "archive/record_content.h"
+#include "archive/set_check.h"
+#include "run_table.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdint>
+#include <map>
+#include <ostream>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace set_report {
+
+// Gives each text a number, from 0 in the order of their first use.
+class NumberedTexts {
+public:
+    std::size_t numberOf(const std::string& text);
+    // The texts are JSON. Writes an array of them.
+    void write(std::ostream& out) const;
+
+private:
+    std::map<std::string, std::size_t> numbers_;
+    std::vector<const std::string*> texts_;
+};
+
+// What all sets have. docs/archive.md names the limits.
+struct ReportTables {
+    // Head: kind and name. State: number of the content, unpacked bytes, packed bytes, fault or 0. The number and the
+    // unpacked bytes are 0 and -1 if the item can't be read to its end.
+    RunTable items{std::size_t{64} * 1024 * 1024};
+    // Head: number of the database, and an array of the numbers of properties with their values. No state.
+    RunTable records{std::size_t{32} * 1024 * 1024};
+    // Of the registry. Head: key and name of the value, or null for the key itself. State: the value as a text.
+    RunTable values{std::size_t{16} * 1024 * 1024};
+
+    NumberedTexts databases;                                // each as an array: name and type
+    NumberedTexts properties;                               // the names of properties
+    std::unordered_map<std::string, std::size_t> contents;  // the numbers of contents, from 1, by their digests
+
+    void beginSet(unsigned set);
+};
+
+class SetReading final : public archive::CheckSink {
+public:
+    SetReading(ReportTables& tables, archive::Progress& progress) : tables_(tables), progress_(progress) {}
+
+    // Reads the set. Returns what the page shows of the set as a whole.
+    nlohmann::ordered_json read(const archive::OpenedSet& set);
+
+    void item(const archive::Item& item) override;
+    void fault(const archive::Item* item, const std::string& reason) override;
+    void warning(const archive::Item* item, const std::string& reason) override;
+    void begin(const archive::Item& item) override;
+    void end(const archive::Item& item, const archive::ContentReport& content) override;
+    bool bytes(std::span<const std::byte> piece) override;
+    void head(const archive::ImageReport& image) override;
+    void record(unsigned number, std::span<const CEPROPVAL> properties) override;
+    bool key(const platform::registry::KeyPath& path) override;
+    bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) override;
+
+private:
+    // What is known so far of the current item.
+    struct State {
+        BYTE kind = 0;
+        std::u16string name;
+        std::size_t content = 0;
+        std::int64_t bytes = -1;
+        std::uint64_t packedBytes = 0;
+        std::string fault;
+    };
+
+    void finishItem();
+    std::size_t contentNumber(const archive::Digest& digest);
+    std::string headOf(std::span<const CEPROPVAL> record);
+
+    ReportTables& tables_;
+    archive::Progress& progress_;
+    bool hasItem_ = false;
+    State state_;
+    std::uint64_t dataBytes_ = 0;
+    std::uint64_t bytes_ = 0;
+    std::uint64_t packedBytes_ = 0;
+    std::uint64_t damagedItems_ = 0;
+    std::vector<std::string> faults_;  // of the set as a whole
+    std::vector<std::string> warnings_;
+
+    archive::Sha256 hash_;  // of the content of the current item
+    archive::RecordHasher records_;
+    std::vector<archive::Digest> digests_;  // of the records of the current database
+    std::size_t database_ = 0;
+    std::u16string key_;  // the current one of the registry
+};
+
+}  // namespace set_report
