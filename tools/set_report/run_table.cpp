@@ -10,16 +10,6 @@ constexpr std::size_t BytesOfRun = 16;  // the numbers of its sets, commas and b
 
 }
 
-// The second thing of the same key in one set has the row that the second one has in other sets.
-RowKey RunTable::keyInSet(const RowKey& key)
-{
-    Seen& seen = seen_.try_emplace(key, Seen{set_, 0}).first->second;
-    seen.times = seen.set == set_ ? seen.times + 1 : 1;
-    seen.set = set_;
-    constexpr std::uint64_t OddNumber = 0x9E3779B97F4A7C15;  // so that neighbouring keys don't meet
-    return {key.first, key.second + (seen.times - 1) * OddNumber};
-}
-
 void RunTable::addRun(Row& row, const std::string& state)
 {
     if (!row.runs.empty() && row.runs.back().first == set_ + 1 && row.runs.back().state == state) {

@@ -18,6 +18,10 @@ struct RowKey {
     std::uint64_t second;
 };
 
+struct RowKeyHash {
+    std::size_t operator()(const RowKey& key) const noexcept { return key.first; }
+};
+
 class RunTable {
 public:
     // The rows become at most about this long. What comes later is ignored.
@@ -33,14 +37,8 @@ public:
     template <class Head>
     void add(const RowKey& key, const Head& head, const std::string& state)
     {
-        if (isFull())
-            return;
-        const auto [found, isNew] = rows_.try_emplace(keyInSet(key), order_.size());
-        if (isNew) {
-            order_.push_back({head(), {}});
-            bytes_ += order_.back().head.size();
-        }
-        addRun(order_[found->second], state);
+        if (!isFull())
+            addRun(rowOf(key, head), state);
     }
 
     // The oldest set of which nothing was ignored.
@@ -59,25 +57,35 @@ private:
     struct Row {
         std::string head;
         std::vector<Run> runs;
-    };
-    struct KeyHash {
-        std::size_t operator()(const RowKey& key) const noexcept { return key.first; }
-    };
-    struct Seen {
-        unsigned set;
-        std::uint64_t times;
+        unsigned set;         // the last one that had its key
+        std::uint64_t times;  // that this set had it so far
     };
 
     bool isFull() const { return completeFrom_ != 0; }
-    RowKey keyInSet(const RowKey& key);
+
+    // The second thing of the same key in one set has the row that the second one has in other sets.
+    template <class Head>
+    Row& rowOf(const RowKey& key, const Head& head)
+    {
+        const auto [found, isNew] = rows_.try_emplace(key, order_.size());
+        if (isNew) {
+            order_.push_back({head(), {}, set_, 1});
+            bytes_ += order_.back().head.size();
+            return order_.back();
+        }
+        Row& row = order_[found->second];
+        row.times = row.set == set_ ? row.times + 1 : 1;
+        row.set = set_;
+        constexpr std::uint64_t OddNumber = 0x9E3779B97F4A7C15;  // so that neighbouring keys don't meet
+        return row.times == 1 ? row : rowOf({key.first, key.second + (row.times - 1) * OddNumber}, head);
+    }
     void addRun(Row& row, const std::string& state);
 
     std::size_t mostBytes_;
     std::size_t bytes_ = 0;
     unsigned set_ = 0;
     unsigned completeFrom_ = 0;
-    std::unordered_map<RowKey, std::size_t, KeyHash> rows_;
-    std::unordered_map<RowKey, Seen, KeyHash> seen_;  // of keys, in the last set that had them
+    std::unordered_map<RowKey, std::size_t, RowKeyHash> rows_;
     std::vector<Row> order_;
 };
 

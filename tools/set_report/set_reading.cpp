@@ -164,9 +164,7 @@ void SetReading::finishItem()
 
 std::size_t SetReading::contentNumber(const Digest& digest)
 {
-    std::string key(sizeof(RowKey), 0);
-    std::memcpy(key.data(), digest.data(), key.size());
-    return tables_.contents.try_emplace(std::move(key), tables_.contents.size() + 1).first->second;
+    return tables_.contents.try_emplace(rowKey(digest), tables_.contents.size() + 1).first->second;
 }
 
 bool SetReading::bytes(std::span<const std::byte> piece)

@@ -40,9 +40,9 @@ struct ReportTables {
     // Of the registry. Head: key and name of the value, or null for the key itself. State: the value as a text.
     RunTable values{std::size_t{16} * 1024 * 1024};
 
-    NumberedTexts databases;                                // each as an array: name and type
-    NumberedTexts properties;                               // the names of properties
-    std::unordered_map<std::string, std::size_t> contents;  // the numbers of contents, from 1, by their digests
+    NumberedTexts databases;                                       // each as an array: name and type
+    NumberedTexts properties;                                      // the names of properties
+    std::unordered_map<RowKey, std::size_t, RowKeyHash> contents;  // the numbers of contents, from 1, by their digests
 
     void beginSet(unsigned set);
 };
