@@ -9,7 +9,7 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
 SECONDS = 120  # how long a condition may take on a busy machine
-AXE = pathlib.Path("/usr/local/share/quillbox-check/axe.min.js")
+AXE = pathlib.Path("/usr/local/share/quillbox-check/axe.min.js")  # put there by packaging/install-axe
 
 WATCH = """window.violations = [];
 document.addEventListener("securitypolicyviolation", event => violations.push(event.violatedDirective + " " + event.blockedURI));
