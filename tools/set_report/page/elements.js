@@ -51,7 +51,7 @@ function simpleTable(caption, columns, rows) {
 const classes = (...names) => names.filter(Boolean).join(" ") || undefined;
 
 const whole = new Intl.NumberFormat("en-US");
-const rounded = new Intl.NumberFormat("en-US", { maximumSignificantDigits: 3 });
+const rounded = new Intl.NumberFormat("en-US", { minimumSignificantDigits: 3, maximumSignificantDigits: 3 });
 
 const count = number => whole.format(number);
 const counted = (number, thing) => `${count(number)} ${thing}${number === 1 ? "" : "s"}`;

@@ -22,10 +22,11 @@ class Timeline {
     const space = this.root.clientWidth - 24 - ScaleWidth;
     const pitch = Math.max(NarrowestBar, Math.min(WidestBar, space / sets.length));
     const width = ScaleWidth + Math.max(pitch * sets.length, LabelWidth);
+    const height = ChartHeight + MarkHeight + 26;
     const largest = Math.max(1, ...sets.map(set => set.packed));
     const hadFocus = this.root.contains(document.activeElement);
     this.columns = sets.map((set, at) => this.columnOf(set, at, pitch, largest));
-    const chart = drawn("svg", { width, height: ChartHeight + MarkHeight + 26, role: "radiogroup", "aria-label": "Sets by date", onkeydown: event => this.pressed(event) },
+    const chart = drawn("svg", { width, height, viewBox: `0 0 ${width} ${height}`, role: "radiogroup", "aria-label": "Sets by date", onkeydown: event => this.pressed(event) },
       ...this.scale(largest, width), ...this.labels(pitch), ...this.columns);
     const { scrollLeft } = this.root;
     this.root.replaceChildren(chart);
