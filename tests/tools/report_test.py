@@ -58,6 +58,7 @@ class ReportTest(CompanionTest):
         self.set_tool("report", self.card, "--force", "--output", self.page, code=code)
         self.page.write_text(edit(self.page.read_text(encoding="utf-8")), encoding="utf-8")
         self.browser.open(self.page)
+        self.browser.wait("return document.querySelector('#treemap svg')")  # it comes last
         return self.browser
 
     def rows(self, table):

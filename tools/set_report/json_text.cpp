@@ -23,7 +23,7 @@ std::string_view escapeOf(std::string_view from)
 
 std::string jsonText(const nlohmann::ordered_json& value)
 {
-    const std::string plain = value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    std::string plain = value.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
     if (plain.find_first_of("<>&\xE2") == std::string::npos)
         return plain;
     std::string safe;

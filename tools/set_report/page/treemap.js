@@ -8,20 +8,24 @@ const LargestRows = 12;
 const HeadHeight = 20; // of a folder that shows what is in it
 const LetterWidth = 6.6;
 
-class SizeNode {
-  constructor(name, parent = null, item = null) {
-    Object.assign(this, { name, parent, item, bytes: 0, items: 0, folders: new Map(), leaves: [] });
+// A folder. What it holds is folders and leaves; a leaf has an item.
+class SizeFolder {
+  constructor(name, parent = null) {
+    Object.assign(this, { name, parent, bytes: 0, items: 0, folders: new Map(), leaves: [] });
   }
 
   folder(name) {
-    if (!this.folders.has(name)) this.folders.set(name, new SizeNode(name, this));
-    return this.folders.get(name);
+    let found = this.folders.get(name);
+    if (!found) this.folders.set(name, found = new SizeFolder(name, this));
+    return found;
   }
 
-  add(bytes) {
-    for (let node = this; node; node = node.parent) {
-      node.bytes += bytes;
-      node.items++;
+  addLeaf(name, item) {
+    const bytes = item.bytes < 0 ? item.packed : item.bytes;
+    this.leaves.push({ name, item, bytes });
+    for (let folder = this; folder; folder = folder.parent) {
+      folder.bytes += bytes;
+      folder.items++;
     }
   }
 
@@ -33,14 +37,13 @@ class SizeNode {
 }
 
 function sizeTree(items) {
-  const root = new SizeNode("All items");
+  const root = new SizeFolder("All items");
   for (const item of items) {
     const parts = item.kind === 1 ? item.name.split("\\").filter(Boolean) : [`${kindName(item.kind)} items`, item.name];
-    let node = root;
-    for (const part of parts.slice(0, Math.min(parts.length - 1, DeepestFolder))) node = node.folder(part);
-    const leaf = new SizeNode(parts.slice(Math.min(parts.length - 1, DeepestFolder)).join("\\"), node, item);
-    node.leaves.push(leaf);
-    leaf.add(item.bytes < 0 ? item.packed : item.bytes);
+    const depth = Math.max(0, Math.min(parts.length - 1, DeepestFolder));
+    let folder = root;
+    for (let at = 0; at < depth; at++) folder = folder.folder(parts[at]);
+    folder.addLeaf(depth === parts.length - 1 ? parts[depth] : parts.slice(depth).join("\\"), item);
   }
   return root;
 }
@@ -91,8 +94,10 @@ class Treemap {
     new ResizeObserver(() => this.node && this.draw()).observe(picture);
   }
 
+  // The tree of many items takes a while, so the page shows everything else first.
   setItems(items) {
-    this.show(sizeTree(items));
+    this.items = items;
+    requestAnimationFrame(() => setTimeout(() => items === this.items && this.show(sizeTree(items))));
   }
 
   show(node) {
