@@ -121,6 +121,56 @@ class ReportTest(CompanionTest):
         browser.wait("return !document.querySelector('dialog').open && document.activeElement === arguments[0]", table)
         self.assertEqual(browser.faults(), [])
 
+    def test_a_table_that_is_taller_than_a_browser_can_show_has_all_its_rows(self):
+        many = 300_000
+        Set().add(FILE, "\\a", b"1").write(self.card)
+        rows = ",".join(f'[1,"n{number}",0,0,1,1,1,0]' for number in range(many))
+        browser = self.open_report(edit=lambda text: re.sub(r'(?s)"items":\[.*?\],\n"records"', lambda _: f'"items":[{rows}],"records"', text))
+        table = browser.find("#items-table table")
+        for key, row in ((Keys.END, many - 1), (Keys.ARROW_UP, many - 2), (Keys.HOME, 0), (Keys.PAGE_DOWN, None)):
+            table.send_keys(key)
+            shown = browser.wait("""const row = document.querySelector('#items-table tr[aria-selected=true]'), [at, frame] = [row, row?.closest('.frame')].map(it => it?.getBoundingClientRect());
+                return row && at.top >= frame.top && at.bottom <= frame.bottom + 1 && row.cells[0].textContent""")
+            self.assertIn(shown, [f"n{row}"] if row is not None else [f"n{number}" for number in range(5, 30)])
+        self.assertEqual(browser.faults(), [])
+
+    def test_areas_are_as_large_as_the_sizes_and_lead_into_folders_and_items(self):
+        made = Set().add(FILE, "\\Photos\\sea.jpg", b"1" * 5000).add(FILE, "\\Photos\\2025\\boat.jpg", b"1" * 1000).add(FILE, "\\letter.txt", b"1" * 3000)
+        made.add(FILE, "\\empty", b"").add(DATABASE, "Tasks", image_bytes("Tasks", records=[[(NOTES, b"1" * 964)]])).write(self.card)
+        browser = self.open_report()
+        areas = browser.run("return [...document.querySelectorAll('#treemap svg > g')].map(it => [it.querySelector('title').textContent, it.querySelector('rect').width.baseVal.value * it.querySelector('rect').height.baseVal.value])")
+        total = sum(area for _, area in areas)
+        self.assertEqual([(title, round(area / total, 2)) for title, area in areas],
+                         [("Photos, 6.00 KB", .6), ("letter.txt, 3.00 KB", .3), ("Database items, 1.00 KB", .1)])
+        self.assertEqual(browser.text("#largest tbody"), "Photos\\6.00 KB60 %letter.txt3.00 KB30 %Database items\\1.00 KB10 %empty0 bytes0.0 %")
+        browser.run("document.querySelector('#largest button').click()")
+        self.assertEqual((browser.text("#trail"), browser.text("#largest tbody")), ("All itemsPhotos, 6.00 KB", "sea.jpg5.00 KB83 %2025\\1.00 KB17 %"))
+        browser.run("document.querySelector('#largest button').click()")
+        self.assertEqual(browser.text("#details-title"), "\\Photos\\sea.jpg")
+
+    def test_the_timeline_is_used_by_the_keyboard_and_a_print_has_the_rows(self):
+        history(self.card)
+        browser = self.open_report()
+        checked = "return document.querySelector('#timeline [aria-checked=true]')"
+        browser.run("document.querySelector('#timeline [aria-checked=true]').focus()")
+        for key, title in ((Keys.ARROW_LEFT, "2025-11-14"), (Keys.HOME, "2025-11-13"), (Keys.ARROW_LEFT, "2025-11-13"), (Keys.END, "2025-11-15")):
+            browser.run("return document.activeElement").send_keys(key)
+            self.assertEqual(browser.text("#set-title"), f"Set of {title} 10:00")
+            self.assertEqual(browser.run(checked), browser.run("return document.activeElement"))
+            self.assertIn(title, browser.run(checked).get_attribute("aria-label"))
+        browser.run("dispatchEvent(new Event('beforeprint'))")
+        self.assertEqual(len(self.rows("items-table")), 7)
+        made = Set()
+        for number in range(1500):
+            made.add(FILE, f"\\{number}", b"")
+        made.write(self.card, 9)
+        browser = self.open_report()
+        browser.run("dispatchEvent(new Event('beforeprint'))")
+        self.assertEqual(len(self.rows("items-table")), 1000)
+        self.assertIn("Only the first 1,000 rows of 1,500 are printed.", browser.text("#items-table tbody"))
+        browser.run("dispatchEvent(new Event('afterprint'))")
+        self.assertLess(len(self.rows("items-table")), 50)
+
     def test_hostile_texts_stay_texts(self):
         for number in (1, 2):  # each text has changed between the sets
             made = Set("Hi" + HOSTILE[0])

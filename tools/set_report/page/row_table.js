@@ -104,11 +104,15 @@ class RowTable {
     return Math.max(1, Math.floor(this.frame.clientHeight / RowHeight) - 1);
   }
 
+  // How far the frame can scroll, in pixels.
+  scrollRange() {
+    return Math.max(1, this.table.tHead.offsetHeight + this.spaceHeight() - this.frame.clientHeight);
+  }
+
   // The first row in view. A table that is too tall for its scroll bar scrolls by several rows at a time.
   firstInView() {
-    const way = this.spaceHeight() - this.visibleRows() * RowHeight;
-    const rows = this.shown.length - this.visibleRows();
-    return way <= 0 || rows <= 0 ? 0 : Math.round(Math.min(1, this.frame.scrollTop / way) * rows);
+    const rows = Math.max(0, this.shown.length - this.visibleRows());
+    return Math.round(Math.min(1, this.frame.scrollTop / this.scrollRange()) * rows);
   }
 
   render(always = false, most = 0) {
@@ -180,7 +184,7 @@ class RowTable {
     const seen = this.firstInView();
     const wanted = this.active < seen ? this.active : this.active >= seen + visible ? this.active - visible + 1 : seen;
     const rows = Math.max(1, this.shown.length - visible);
-    if (wanted !== seen) this.frame.scrollTop = wanted / rows * (this.spaceHeight() - visible * RowHeight);
+    if (wanted !== seen) this.frame.scrollTop = wanted / rows * this.scrollRange();
     this.render(true);
   }
 }
