@@ -66,6 +66,14 @@ function size(bytes) {
 
 const shortened = text => text.length > LongestText ? text.slice(0, LongestText) + "…" : text;
 
+const narrow = matchMedia("(max-width: 40rem)"); // as in the style
+
+// Of a path, a narrow window has room for the last part only.
+function pathText(path) {
+  const at = path.lastIndexOf("\\");
+  return narrow.matches && at > 0 ? `…${path.slice(at)}` : path;
+}
+
 // Shows all of something. The dialog returns the focus to where it was when it closes.
 function showDetails(title, ...content) {
   byId("details-title").replaceChildren(title);

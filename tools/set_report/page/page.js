@@ -1,7 +1,7 @@
 // The page: what all sets are like, and the chosen set.
 
 const ItemColumns = [
-  { title: "Name", text: item => item.name, sort: item => item.low, bad: item => item.fault },
+  { title: "Name", text: item => pathText(item.name), sort: item => item.low, bad: item => item.fault },
   { title: "Kind", text: item => kindName(item.kind), width: "w-short", wide: true },
   { title: "Size", text: item => item.bytes < 0 ? "" : count(item.bytes), sort: item => item.bytes, number: true, width: "w-number" },
   { title: "Packed", text: item => count(item.packed), sort: item => item.packed, number: true, width: "w-number", wide: true },
@@ -14,7 +14,7 @@ const page = {
   changesTable: new RowTable(byId("changes-table"), [
     { title: "Change", text: row => row.what, width: "w-short", bad: row => row.what === Damaged },
     { title: "Kind", text: row => row.kind, width: "w-number", wide: true },
-    { title: "Name", text: row => row.name, sort: row => row.name.toLowerCase() },
+    { title: "Name", text: row => pathText(row.name), sort: row => row.name.toLowerCase() },
     { title: "Before", text: row => row.before, width: "w-text", wide: true },
     { title: "After", text: row => row.after, width: "w-text", wide: true },
   ], { name: "Changes", thing: "change", search: row => row.low, open: showChange, empty: "Nothing.",
@@ -75,7 +75,7 @@ function showDamage() {
   byId("damage").hidden = !sets.some(isDamaged);
   if (!sets.some(isDamaged)) return;
   const table = new RowTable(byId("damage-table"), [
-    { title: "Sets", text: row => spanOf(row.first, row.last), sort: row => row.last, width: "w-dates", wide: true }, { title: "Item", text: row => row.name }, { title: "Damage", text: row => row.reason },
+    { title: "Sets", text: row => spanOf(row.first, row.last), sort: row => row.last, width: "w-dates", wide: true }, { title: "Item", text: row => pathText(row.name), sort: row => row.name }, { title: "Damage", text: row => row.reason },
   ], { name: "Damage", thing: "fault", search: row => `${row.name} ${row.reason}`.toLowerCase(),
     open: row => row.item ? showItem(row.item) : showDetails(setName(row.first), fieldList([["File", sets[row.first].path], ["Damage", row.reason]])) });
   table.setRows(rows.sort((left, right) => right.last - left.last));

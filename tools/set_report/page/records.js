@@ -43,7 +43,7 @@ function showRecord(record) {
 const searchOf = record => record.low ??= [record.database, ...record.fields.values()].join("\n").toLowerCase();
 
 const ValueColumns = [
-  { title: "Key", text: row => row[0], sort: row => row[0].toLowerCase() },
+  { title: "Key", text: row => pathText(row[0]), sort: row => row[0].toLowerCase() },
   { title: "Value", text: row => row[1] === null ? "" : valueName(row), sort: row => (row[1] ?? "").toLowerCase(), width: "w-text" },
   { title: "Content", text: row => row[1] === null ? "" : valueIn(row), width: "w-text", wide: true },
 ];
