@@ -61,7 +61,7 @@ def image(one):
             return b"".join(unit.to_bytes(2, "little") for unit in found["units"]).decode("utf-16-le", "surrogatepass")
         return bytes.fromhex(found["value"]) if found["id"].endswith(f"{BYTES:04x}") else found.get("value")
 
-    return independent_set.image_bytes(one["name"], one["type"], one["sort"],
+    return independent_set.image_bytes(one["name"], one["type"], one["sort"] or [(0, 0)],
                                        [[(int(found["id"], 16), value(found), found.get("flags", 0)) for found in record]
                                         for record in one["records"]])
 

@@ -46,7 +46,7 @@ def damaged_set(rng, packed):
     made.add(FILE, "\\deep\\\u00e9\uf7ff", b"hello " * rng.randrange(60)).add(FILE, "\\a.txt", b"").add(FILE, "\\p", stream=packed)
     made.add(FILE, "\\short", stream=SHORT_MATCHES)
     made.add(DATABASE, "Tasks\\x", changed(rng, image_bytes("Tasks\\x", 26, [(1, 2)], RECORDS), rng.choice((0, 0, 1, 2))))
-    made.add(DATABASE, "T", image_bytes("Other", 1, [], [[(0x10003, 1)]]))
+    made.add(DATABASE, "T", image_bytes("Other", 1, [(0, 0)], [[(0x10003, 1)]]))
     made.add(REGISTRY, "", changed(rng, registry_bytes(KEYS), rng.choice((0, 0, 1, 2)), text=True))
     made.listed = changed(rng, made.listed, rng.choice((0, 0, 0, 1)))
     made.data = changed(rng, made.data, rng.choice((0, 0, 1, 3)))

@@ -148,7 +148,7 @@ class RuinedSetTest(SalvageTest):
             with self.subTest(seed=seed, share=share, kind=kind):
                 out, found = self.check(ruined, items, bad, "--set", new, *(["--list", path] if seed % 2 else []))
                 stored = sum(item["state"] == "complete" and not item["notInSet"] for item in found["items"])
-                self.assertEqual(self.verified(new.with_suffix(".QLT"))["items"], stored)
+                self.assertEqual(self.verified(new.with_suffix(".QLT"))["itemCount"], stored)
                 content = {raw for _, _, raw, _, _ in items}
                 wrong += sum(item["state"] == "unproven" and self.written(out, item) not in content for item in found["items"])
                 for each in (new.with_suffix(".QLT"), new.with_suffix(".QDT")):
@@ -217,7 +217,7 @@ class DamagedStreamTest(SalvageTest):
                           ("file", "\\recovered-0005.bin")])
         self.assertEqual(self.written(out, found["items"][3]), registry)
         self.assertEqual([bool(item["notInSet"]) for item in found["items"]], [False, False, True, False, False, False, False])
-        self.assertEqual(self.verified(self.folder / "new.QLT")["items"], 6)
+        self.assertEqual(self.verified(self.folder / "new.QLT")["itemCount"], 6)
         stream = bytearray(pack_stream(image))
         stream[len(MAGIC) + 8 + int.from_bytes(stream[5:9], "little")] ^= 1  # the first instruction of the second block
         out, found = self.found(bytes(stream))

@@ -91,8 +91,10 @@ void JsonLinesWriter::begin(const DatabaseHead& head)
 {
     Json json{{"database", platform::text::toUtf8(head.name)}, {"type", head.type}};
     Json& sort = json["sort"] = Json::array();
+    // A database without sort orders has one of no property.
+    const bool hasNone = head.sort.size() == 1 && head.sort.front().propid == 0 && head.sort.front().dwFlags == 0;
     for (const SORTORDERSPEC& order : head.sort)
-        if (order.propid != 0)  // a database without sort orders has one of no property
+        if (!hasNone)
             sort.push_back({{"property", order.propid}, {"flags", order.dwFlags}});
     out_ << json.dump() << '\n';
 }

@@ -5,7 +5,7 @@
 #include "json_text.h"
 #include "page_parts.h"
 #include "screen_text/screen_text.h"
-#include "set_reading.h"
+#include "set_tables.h"
 
 #include <algorithm>
 #include <ctime>

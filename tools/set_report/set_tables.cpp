@@ -1,4 +1,4 @@
-#include "set_reading.h"
+#include "set_tables.h"
 
 #include "archive/name_set.h"
 #include "archive/set_search.h"

@@ -1,4 +1,4 @@
-// set_reading.h - verifies a set, and puts what it has into the tables of a report.
+// set_tables.h - verifies a set, and puts what it has into the tables of a report.
 #pragma once
 
 #include "archive/long_work.h"
