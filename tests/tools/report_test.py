@@ -195,6 +195,17 @@ class ReportTest(CompanionTest):
                          ["undefined", 2, 0, "[object Object]"])
         self.assertEqual(browser.faults(), [])
 
+    def test_what_cannot_be_read_is_neither_whole_nor_removed(self):
+        for number in (1, 2):
+            made = Set(f"Backup date:1{number}/11/2025 (10:00)").add(FILE, "\\good", b"1")
+            made.add(DATABASE, "Contacts Database", image_bytes("Contacts Database", 24, [], [[(0x40150F1F, "Berta")]]))
+            path = made.add(REGISTRY, "", registry_bytes({"HKEY_USERS\\a": ['@="b"']})).write(self.card, number)
+        path.with_suffix(".QDT").unlink()
+        browser = self.open_report(code=1)
+        self.assertEqual({row[0] for row in self.rows("changes-table")}, {"Damaged"})
+        self.assertIn("isn't known", browser.text("#verdict"))
+        self.assertIn("damaged as a whole", browser.text("#facts"))
+
     def test_damage_is_shown_where_verify_finds_it(self):
         Set("Backup date:13/11/2025 (10:00)").add(FILE, "\\good", b"1").add(FILE, "\\cut", stream=pack_stream(b"half")[:-7]).write(self.card, 1)
         Set("Backup date:14/11/2025 (10:00)").add(FILE, "\\good", b"1").add(FILE, "\\cut", b"whole").write(self.card, 2)

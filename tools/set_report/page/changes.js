@@ -31,7 +31,7 @@ function itemChanges(older, newer) {
     const after = to >= 0 ? itemAt(number, to) : null;
     if (!before) come.push(after);
     else if (!after) pushTo(gone, before.content, before);
-    else if (!before.content || !after.content) before.fault !== after.fault && changes.push(itemChange(Damaged, before, after));
+    else if (!before.content || !after.content) (before.fault !== after.fault || !before.content !== !after.content) && changes.push(itemChange(Damaged, before, after));
     else if (before.content !== after.content) changes.push(itemChange(Changed, before, after));
   });
   for (const after of come) {
@@ -48,12 +48,18 @@ function itemChange(what, before, after) {
   return change(what, kindName((after ?? before).kind), name, stateOf(before), stateOf(after));
 }
 
+// The names of the items of a kind that couldn't be read to their end in one of the sets.
+function unreadNames(kind, ...among) {
+  const isUnread = row => among.some(set => { const at = runAt(row, ItemRuns, set); return at >= 0 && !row[at + 2]; });
+  return new Set(data.items.filter(row => row[0] === kind && isUnread(row)).map(row => row[1]));
+}
+
 // Records without an equal one in the other set. Two that are the same contact, appointment or task are one that has changed.
 function recordChanges(older, newer) {
   if (Math.min(older, newer) < data.recordsFrom) return [];
-  const gone = new Map(), come = [];
+  const gone = new Map(), come = [], unread = unreadNames(2, older, newer);
   inEither(data.records, RecordRuns, older, newer, (row, before, after) => {
-    if (before >= 0 && after >= 0) return;
+    if (before >= 0 && after >= 0 || unread.has(data.databases[row[0]][0])) return;
     const record = recordFrom(row);
     if (before < 0) come.push(record);
     else pushTo(gone, identityOf(record), record);
@@ -79,7 +85,7 @@ function recordChange(what, before, after) {
 }
 
 function valueChanges(older, newer) {
-  if (Math.min(older, newer) < data.valuesFrom) return [];
+  if (Math.min(older, newer) < data.valuesFrom || unreadNames(3, older, newer).size > 0) return [];
   const changes = [];
   inEither(data.values, ValueRuns, older, newer, (row, before, after) => {
     const isKey = row[1] === null;

@@ -63,7 +63,7 @@ function showVerdict(sealed) {
   verdict.hidden = false;
   verdict.classList.toggle("bad", damaged > 0);
   verdict.replaceChildren(element("p", {}, element("strong", {}, damaged === 0 ? "Nothing damaged found." : `${counted(damaged, "set")} of ${count(sets.length)} ${damaged === 1 ? "is" : "are"} damaged.`), " ",
-    damaged === 0 ? unsealed : items === 0 ? "Their items are whole." : `${counted(items, "item")} in ${damaged === 1 ? "it" : "them"} ${items === 1 ? "has" : "have"} damage.`));
+    damaged === 0 ? unsealed : items === 0 ? "The damage isn't in single items, so whether the items are whole isn't known." : `${counted(items, "item")} in ${damaged === 1 ? "it" : "them"} ${items === 1 ? "has" : "have"} damage.`));
 }
 
 function showDamage() {
@@ -98,7 +98,7 @@ function showFacts() {
   byId("set-title").textContent = `Set of ${setName(page.chosen)}`;
   descriptions(byId("facts"), [["Comment", set.comment.trim()], ["File", set.path], ["Date", set.doubt ? `${set.date} (${set.doubt})` : undefined],
     ["Items", count(set.items)], ["Size", `${size(set.bytes)}, packed ${size(set.packed)}`],
-    ["Verified", (isDamaged(set) ? `${counted(set.damaged, "damaged item")}` : "nothing damaged found") + (set.sealed ? ", sealed" : ", not sealed")]]);
+    ["Verified", (!isDamaged(set) ? "nothing damaged found" : set.damaged > 0 ? counted(set.damaged, "damaged item") : "damaged as a whole") + (set.sealed ? ", sealed" : ", not sealed")]]);
   const more = set.warningCount - set.warnings.length;
   listed(byId("set-notes"), [...set.faults, ...set.warnings, ...more > 0 ? [`${counted(more, "further warning")}`] : []]);
 }

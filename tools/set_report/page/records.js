@@ -73,9 +73,9 @@ function recordSections(root) {
     return home;
   };
   const groups = RecordGroups.filter(group => data.records.some(row => group.keeps(data.databases[row[0]][1]))).map(group => ({ ...group,
-    table: new RowTable(section(group.id, group.title), group.columns, { name: group.title, thing: group.thing, search: searchOf, open: showRecord, empty: "This set has none.", sorted: 0 }) }));
+    table: new RowTable(section(group.id, group.title), group.columns, { name: group.title, thing: group.thing, search: searchOf, open: showRecord, empty: "The page has none of this set.", sorted: 0 }) }));
   const values = data.values.length === 0 ? null : new RowTable(section("registry", "Registry"), ValueColumns, { name: "Registry", thing: "line",
-    search: row => `${row[0]} ${row[1] ?? ""} ${valueIn(row)}`.toLowerCase(), open: showValue, empty: "This set has none." });
+    search: row => `${row[0]} ${row[1] ?? ""} ${valueIn(row)}`.toLowerCase(), open: showValue, empty: "The page has none of this set." });
   return set => {
     const records = recordsOf(set);
     for (const { table, keeps } of groups) table.setRows(records.filter(record => keeps(record.type)));
