@@ -44,7 +44,7 @@ def changed(rng, raw, changes, text=False):
 def damaged_set(rng, packed):
     made = Set("Backup date:01/02/2003 (04:05)\r\nComments:\r\nx")
     made.add(FILE, "\\deep\\\u00e9\uf7ff", b"hello " * rng.randrange(60)).add(FILE, "\\a.txt", b"").add(FILE, "\\p", stream=packed)
-    made.add(FILE, "\\short", stream=SHORT_MATCHES)
+    made.add(FILE, "\\short", stream=SHORT_MATCHES).add(FILE, "\\short\\below a file", b"x")
     made.add(DATABASE, "Tasks\\x", changed(rng, image_bytes("Tasks\\x", 26, [(1, 2)], RECORDS), rng.choice((0, 0, 1, 2))))
     made.add(DATABASE, "T", image_bytes("Other", 1, [(0, 0)], [[(0x10003, 1)]]))
     made.add(REGISTRY, "", changed(rng, registry_bytes(KEYS), rng.choice((0, 0, 1, 2)), text=True))
@@ -93,6 +93,9 @@ class ExplanationTest(CompanionTest):
         self.read("extract", self.path, self.folder / "out", code=1)  # it has content already
         for wrong in ([], ["fly"], ["extract", self.path]):
             self.read(*wrong, code=2)
+        for path in self.sets.glob("*.QLT"):
+            path.unlink()
+        self.read("verify", code=1)
 
     def test_the_reader_agrees_with_quillbox_set_on_random_damage(self):
         packed = self.packed_stream()
