@@ -138,8 +138,9 @@ int runBackup(const Session& session, const BackupOptions& options)
         made.number = PerformBackup();
     }
     made.isWhole = whatWasLeftOut(kernel::Since::Start).empty();
-    if (made.number != 0 && !options.leavesUnsealed && !JobIsToStop())
-        made.seal = sealNewSet(session, kernel::runProgress().listPath, digest.finish());
+    if (made.number != 0 && !options.leavesUnsealed)
+        made.seal =
+            JobIsToStop() ? SealEnd::Stopped : sealNewSet(session, kernel::runProgress().listPath, digest.finish());
     return endBackup(session, options, made);
 }
 
