@@ -92,7 +92,8 @@ void show(const fs::path& device, bool json)
     closedFolders += own.closedFolders;
     report.set("fileCount", own.files, textOf("object store", own));
     report.set("bytes", own.bytes, "");
-    for (const auto& entry : fs::directory_iterator(opened.folder() / "cards")) {
+    const fs::path cards = opened.folder() / "cards";
+    for (const auto& entry : fs::exists(cards) ? fs::directory_iterator(cards) : fs::directory_iterator()) {
         if (entry.symlink_status().type() != fs::file_type::directory)
             continue;
         const std::string name = entry.path().filename().string();

@@ -1,5 +1,6 @@
 #include "existing_device.h"
 
+#include "archive/long_work.h"
 #include "failure.h"
 #include "screen_text/screen_text.h"
 
@@ -15,7 +16,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <iostream>
 #include <system_error>
 #include <utility>
@@ -117,11 +117,8 @@ DeviceToRead::DeviceToRead(const fs::path& folder) : folder_(fs::absolute(folder
 
 DeviceToRead::~DeviceToRead()
 {
-    std::error_code ignored;
     if (!device_)
         closeDatabase();
-    if (!copy_.empty())
-        fs::remove_all(copy_, ignored);
 }
 
 // The log beside the database may hold changes of a process that was killed, and a staged registry is to replace the
@@ -132,21 +129,19 @@ void DeviceToRead::openCopy()
     lock_ = platform::host::Descriptor(::open((folder_ / "device.lock").c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
     if (lock_ && ::flock(lock_.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK)
         throw Failure("The device \"" + folder_.string() + "\" is open in another Quillbox.");
-    std::string made = (fs::temp_directory_path() / "quillbox-XXXXXX").string();
-    if (!::mkdtemp(made.data()))
-        throw Failure("A folder for temporary files can't be made: \"" + made + "\".");
-    copy_ = made;
+    archive::catchSignals();  // so that a signal leaves no copy
+    copy_.emplace();
     const fs::path database = fs::weakly_canonical(folder_ / "device.db");
     for (const auto& [from, to] :
          {std::pair(database, "device.db"), std::pair(fs::path(database.string() + "-wal"), "device.db-wal"),
           std::pair(folder_ / "registry.staged", "registry.staged")})
         if (fs::exists(from))
-            fs::copy_file(from, fs::path(copy_) / to);
+            fs::copy_file(from, fs::path(copy_->path()) / to);
         else if (from == database && lock_ && fs::file_size(folder_ / "device.lock") != 0)
             warn("\"" + from.string() + "\" is missing: the device has no databases and an empty registry.");
     std::string sentence;
-    if (!platform::registry::openRegistry(fs::path(copy_) / "device.db", sentence))
-        throw Failure(sentence);
+    if (!platform::registry::openRegistry(fs::path(copy_->path()) / "device.db", sentence))
+        throw Failure("A copy of the database of \"" + folder_.string() + "\" can't be read: " + sentence);
     if (!sentence.empty())
         warn(sentence);
 }

@@ -1,12 +1,14 @@
 // existing_device.h - opens the device of a command, and changes its database completely or not at all.
 #pragma once
 
+#include "archive/temporary_folder.h"
 #include "device/device.h"
 #include "host/descriptor.h"
 
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace quillbox_device {
@@ -32,7 +34,7 @@ private:
     std::filesystem::path folder_;
     std::unique_ptr<platform::device::Device> device_;  // null for one that can't be written
     platform::host::Descriptor lock_;                   // of such a device, if there is a lock file
-    std::string copy_;                                  // the folder of the copy; empty if there is none
+    std::optional<archive::TemporaryFolder> copy_;      // has the copy, if there is one
 };
 
 // Runs `change` on a copy of the device's database, and then replaces the database by the copy. So a change is made
