@@ -179,7 +179,8 @@ void connectLabels(std::vector<AddressColumn>& columns)
         const auto label = labels.find(name.substr(0, name.rfind(Separator)));
         if (column.field == Field::LeftOut || column.field == Field::Ignored || label == labels.end())
             continue;
-        column.label = label->second;
+        if (column.field == Field::Telephone || column.field == Field::Town)
+            column.label = label->second;
         columns[label->second].field = Field::Ignored;
     }
 }
@@ -228,6 +229,8 @@ ColumnMap columnMapFrom(std::istream& in)
     std::size_t number = 0;
     for (std::string line; std::getline(in, line);) {
         ++number;
+        if (number == 1 && line.starts_with("\xEF\xBB\xBF"))
+            line.erase(0, 3);
         if (line.ends_with('\r'))
             line.pop_back();
         const std::size_t equals = line.rfind('=');

@@ -28,7 +28,7 @@ std::string toUtf8(std::string bytes, const std::string& characterSet)
     // The second call flushes the converter: it can hold back a letter that the next byte could have combined with.
     if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == Failed ||
         iconv(converter.get(), nullptr, nullptr, &out, &outLeft) == Failed)
-        throw FormatFault("a value isn't valid in the CHARSET that it names");
+        throw FormatFault("a value isn't valid in the character set \"" + shownName(characterSet) + "\"");
     utf8.resize(utf8.size() - outLeft);
     return utf8;
 }

@@ -117,6 +117,8 @@ void importDatabases(const fs::path& device, const std::optional<std::string>& n
                      const std::string& file, Existing existing, const std::string& columnFile)
 {
     const Format wanted = format.value_or(database_formats::formatOfFile(file));
+    if (!columnFile.empty() && wanted != Format::Csv)
+        throw Failure("--columns is for CSV.", exitBadUsage);
     const database_formats::ColumnMap columns = columnsFrom(columnFile);
     Input input(file);
     const auto opened = openExisting(device);
