@@ -76,9 +76,9 @@ bool GrowingFile::write(std::span<const std::byte> bytes)
         return false;
     DWORD written = 0;
     if (!WriteFile(file_->handle(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr))
-        error_ = GetLastError();
+        error_ = contentError_ = GetLastError();
     else if (written != bytes.size())
-        error_ = ERROR_DISK_FULL;
+        error_ = contentError_ = ERROR_DISK_FULL;
     bytes_ += written;
     return error_ == ERROR_SUCCESS;
 }
@@ -98,7 +98,7 @@ void GrowingFile::setTarget(std::u16string target)
 {
     removeMadeFolders();
     target_ = std::move(target);
-    error_ = ERROR_SUCCESS;
+    error_ = contentError_;
 }
 
 const OpenFile* GrowingFile::opened()
@@ -150,8 +150,10 @@ void GrowingFile::moveStored(bool replace)
 {
     if (replace && !FlushFileBuffers(file_->handle()))
         error_ = GetLastError();
-    if (!file_->close() && error_ == ERROR_SUCCESS)
-        error_ = GetLastError();
+    if (!file_->close())
+        contentError_ = GetLastError();
+    if (error_ == ERROR_SUCCESS)
+        error_ = contentError_;
     if (error_ == ERROR_SUCCESS)
         error_ =
             withFoldersOf(target_, madeFolders_, [&] { return platform::file::moveFile(path_, target_, replace); });

@@ -59,6 +59,7 @@ private:
     std::optional<OpenFile> file_;  // open until it is moved
     std::vector<std::u16string> madeFolders_;
     DWORD error_ = ERROR_SUCCESS;
+    DWORD contentError_ = ERROR_SUCCESS;  // not all of the content was written, so no target can have it
     std::uint64_t bytes_ = 0;
 };
 
