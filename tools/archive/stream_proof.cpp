@@ -15,12 +15,6 @@ constexpr DWORD LongestRun = SectorBytes / 2;
 // Smaller blocks take less time than another thread.
 constexpr std::size_t WorthThread = 16384;
 
-bool containsSector(std::uint64_t offset, std::size_t bytes)
-{
-    const std::uint64_t first = (offset + SectorBytes - 1) / SectorBytes * SectorBytes;
-    return first + SectorBytes <= offset + bytes;
-}
-
 }  // namespace
 
 StreamProof::StreamProof() : packedAgain_(PackedBlockBytes), memory_(std::make_unique<PackingMemory>()) {}
@@ -31,9 +25,9 @@ void StreamProof::begin()
     good_ = true;
 }
 
-void StreamProof::add(std::uint64_t offset, std::span<const BYTE> packed, std::span<const BYTE> raw)
+void StreamProof::add(std::span<const BYTE> packed, std::span<const BYTE> raw)
 {
-    if (!holds() || !containsSector(offset, packed.size()))
+    if (!holds() || packed.size() < SectorBytes)
         return;
     packed_.assign(packed.begin(), packed.end());
     raw_.assign(raw.begin(), raw.end());

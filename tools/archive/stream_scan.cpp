@@ -154,7 +154,6 @@ private:
         DWORD bytes = 0;
         if (!unpack(*block, raw_, bytes))
             return takeDamagedBlock(view, *block, bytes);
-        const std::uint64_t packedAt = at_ + LengthBytes;
         at_ += block->bytes();
         stream_.end = at_;
         const View raw = View(raw_).first(bytes);
@@ -164,7 +163,7 @@ private:
             return endStream();
         }
         if (proves_ && stream_.damagedBlocks == 0)
-            proof_.add(packedAt, block->packed, raw);
+            proof_.add(block->packed, raw);
         deliver(raw);
     }
 

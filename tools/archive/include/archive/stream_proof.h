@@ -2,8 +2,9 @@
 //
 // A stream has no checksum. But a card loses whole sectors, and two facts show that none was lost:
 //
-// - A block that contains no whole sector shares each of its sectors with something else of the stream: the magic, a
-//   length or the end of a block. The stream can't be read with those replaced.
+// - A block that is smaller than a sector shares each of its sectors with something else of the stream: the magic, a
+//   length or the end of a block. The stream can't be read with those replaced. Where in the file a sector began isn't
+//   known, since files may have been joined.
 // - The packer gives the same packed block for the same raw bytes. If the unpacked bytes are packed again and give the
 //   same block, all of its matches and lengths are as they were. Only literals can be different: raw bytes that are in
 //   the block unchanged. So there must be no run of them that could fill a sector.
@@ -28,9 +29,8 @@ public:
 
     // The next stream begins.
     void begin();
-    // The next block of it, which was unpacked. `offset` is that of the packed block in the file. Large blocks are
-    // packed on another thread, up to the next call.
-    void add(std::uint64_t offset, std::span<const BYTE> packed, std::span<const BYTE> raw);
+    // The next block of it, which was unpacked. Large blocks are packed on another thread, up to the next call.
+    void add(std::span<const BYTE> packed, std::span<const BYTE> raw);
     // Whether no sector of the blocks can have been replaced. Without blocks: true.
     [[nodiscard]] bool holds();
 
