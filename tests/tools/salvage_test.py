@@ -159,7 +159,7 @@ class RuinedSetTest(SalvageTest):
     def test_two_joined_data_files_give_the_items_of_both_and_take_the_names_of_either_list(self):
         (first, data, items), (second, more_data, more_items) = self.sets
         joined = items + [(kind, name, raw, start + len(data), end + len(data)) for kind, name, raw, start, end in more_items]
-        for old, named in (([], []), ([first], items), ([second], more_items)):
+        for old, named in (([], []), ([first, first], items), ([second], more_items)):
             _, found = self.check(data + more_data, joined, (), *(word for path in old for word in ("--list", path)))
             self.assertEqual([item["target"] for item in found["items"] if item["kind"] == "file" and item["name"]],
                              [name for kind, name, _, _, _ in named if kind == FILE])

@@ -153,7 +153,7 @@ void addSalvage(CLI::App& app, CommandLine& line)
         ->required();
     command->add_option("--list", options->lists, "a list file of that time (.QLT), also a cut one, for the names")
         ->type_name("OLD")
-        ->expected(1);
+        ->allow_extra_args(false);  // one after each --list
     CLI::Option* set =
         command->add_option("--set", options->set, "also writes a new set: STEM.QLT and STEM.QDT")->type_name("STEM");
     command->add_flag("--unproven", options->unproven, "the new set also takes what is whole but unproven")->needs(set);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <tuple>
 
 namespace quillbox_set {
 
@@ -50,15 +51,19 @@ void OldLists::add(ListedSet& list)
 
 void OldLists::sort()
 {
-    std::ranges::stable_sort(entries_, {}, &OldEntry::start);
+    const auto key = [](const OldEntry& entry) { return std::tie(entry.start, entry.end, entry.kind, entry.name); };
+    std::ranges::stable_sort(entries_, {}, key);
+    const auto twice = std::ranges::unique(entries_, {}, key);
+    entries_.erase(twice.begin(), twice.end());
 }
 
 OldEntry* OldLists::of(std::uint64_t start, std::uint64_t end, bool isWhole)
 {
-    const auto entry = std::ranges::lower_bound(entries_, start, {}, &OldEntry::start);
-    if (entry == entries_.end() || entry->start != start || (isWhole ? entry->end != end : entry->end < end))
-        return nullptr;
-    return &*entry;
+    for (OldEntry& entry : std::ranges::equal_range(entries_, start, {}, &OldEntry::start)) {
+        if (isWhole ? entry.end == end : entry.end >= end)
+            return &entry;
+    }
+    return nullptr;
 }
 
 // Whether a stream begins at the offset, or the file ends there.

@@ -167,7 +167,8 @@ std::u16string RecoveredItems::knownTarget(const RecoveredItem& item) const
     named.entry.kind = item.kind;
     item.name.copy(named.entry.blob.name, NameChars - 1);
     std::u16string target = targetOf(named, Form);
-    const bool isPath = target.starts_with(u'\\') && !leadsInto(target, mounted_.folder.substr(1));
+    const bool isPath = target.starts_with(u'\\') && !leadsInto(target, mounted_.folder.substr(1)) &&
+                        !leadsInto(target, ReportPath.substr(1));
     return isPath && isFree(target) ? target : u"";
 }
 
