@@ -123,7 +123,9 @@ class ShownTest(MountTest):
             made.add(FILE, "\\" + name, raw)
         grown = [content["131072"][:size] for size in (RAW_BLOCK, 1, RAW_BLOCK, 70000, 9)]
         content["grew while it was read"] = b"".join(grown)
-        made.add(FILE, "\\grew while it was read", stream=blocks(*grown)).write(self.sets)
+        made.add(FILE, "\\grew while it was read", stream=blocks(*grown))
+        content["more blocks than an answer has parts"] = b"x" * 1100
+        made.add(FILE, "\\more blocks than an answer has parts", stream=blocks(*[b"x"] * 1100)).write(self.sets)
 
         def read_some(seed):
             chance = random.Random(seed)

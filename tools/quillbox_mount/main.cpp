@@ -39,8 +39,10 @@ int refuse(int exitCode, const std::string& sentence)
 int mount(const CommandLine& line)
 {
     const archive::FoundSets found = archive::searchSets({line.where}, line.recursive);
-    if (!found.faults.empty())
-        return refuse(exitUsage, found.faults.front());
+    for (const std::string& fault : found.faults)
+        (void)refuse(exitUsage, fault);
+    if (found.sets.empty())
+        return exitUsage;
     if (std::string fault = folderFault(line.folder); !fault.empty())
         return refuse(exitUsage, fault);
     if (std::string fault = computerFault(); !fault.empty())

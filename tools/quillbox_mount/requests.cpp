@@ -18,6 +18,7 @@ namespace {
 // Nothing ever changes, so the kernel asks once.
 constexpr double Forever = 365.0 * 24 * 60 * 60;
 constexpr blksize_t PreferredBytes = 131072;
+constexpr std::size_t MostParts = 512;  // of an answer. The host takes 1024 (IOV_MAX).
 constexpr mode_t FolderMode = S_IFDIR | 0555;
 constexpr mode_t FileMode = S_IFREG | 0444;
 
@@ -109,7 +110,7 @@ void getAttributes(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*
         if (const int error = setsOf(request).attributes(placeOf(inode), Sizes::All, attributes))
             return error;
         const struct stat status = statusOf(placeOf(inode), attributes);
-        fuse_reply_attr(request, &status, Forever);
+        fuse_reply_attr(request, &status, attributes.areFinal ? Forever : 0);
         return 0;
     });
 }
@@ -155,6 +156,14 @@ void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset,
             parts.push_back({const_cast<std::byte*>(piece.block->data()) + piece.start, piece.bytes});
         if (!content.note.empty())
             parts.push_back({const_cast<char*>(content.note.data()), content.note.size()});
+        std::vector<std::byte> gathered;
+        if (parts.size() > MostParts) {
+            for (const iovec& part : parts) {
+                const auto* const first = static_cast<const std::byte*>(part.iov_base);
+                gathered.insert(gathered.end(), first, first + part.iov_len);
+            }
+            parts = {{gathered.data(), gathered.size()}};
+        }
         fuse_reply_iov(request, parts.data(), static_cast<int>(parts.size()));
         return 0;
     });

@@ -106,6 +106,7 @@ int ShownSets::attributes(Place place, Sizes sizes, Attributes& found)
                      (sizes == Sizes::IfQuick && (kind != Node::Kind::Text || loaded->sizes[place.node] != 0));
     if (!found.isFolder && found.areFinal)
         found.bytes = sizeOf(set, *loaded, place.node);
+    found.areFinal = found.areFinal && (kind != Node::Kind::Text || loaded->sizes[place.node] != 0);
     return 0;
 }
 
@@ -118,8 +119,10 @@ std::uint64_t ShownSets::sizeOf(const Shown& set, Loaded& loaded, std::uint32_t 
             size = file.content.size() + 1;
         else if (file.kind == Node::Kind::File)
             size = streamOf(set, loaded, node)->size() + 1;
+        else if (const auto text = textOf(set, loaded, node); text->file)
+            size = text->bytes + 1;
         else
-            size = textOf(set, loaded, node)->bytes + 1;
+            return text->bytes;
     }
     return size - 1;
 }
@@ -191,6 +194,8 @@ std::shared_ptr<const ItemText> ShownSets::textOf(const Shown& set, const Loaded
     if (auto kept = texts_.find(keyOf(set.number, node)))
         return kept;
     auto made = std::make_shared<const ItemText>(reading_.writeText(set.files, loaded.tree->node(node)));
+    if (!made->file)
+        return made;  // there may be room for it later, so it is tried again
     return texts_.add(keyOf(set.number, node), made, made->bytes);
 }
 
