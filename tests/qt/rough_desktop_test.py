@@ -173,8 +173,8 @@ def start_errors(desktop):
                              ("is no file", device, "/nowhere/QLBX0001.QLT")):
         user, shown = box_of(*start)
         require(sentence in shown, f"the box says {shown}")
-        user.keys("Return")
-        require(user.process.wait(300) == FAILED, f"it ended with {user.process.returncode}")
+        user.until("the box to end the program", lambda: user.keys("Return"), lambda: user.process.poll() is not None)
+        require(user.process.returncode == FAILED, f"it ended with {user.process.returncode}")
         for display in ({}, {"DISPLAY": ":4711"}):
             done = subprocess.run([desktop.bin / "quillbox", "--device", *start], env={**bare, **display},
                                   capture_output=True, text=True)
