@@ -69,6 +69,7 @@ bool serve(ShownSets& sets, const std::string& folder, Ground ground)
     RequestState state{.sets = sets};
     const std::unique_ptr<fuse_session, Free> session(
         fuse_session_new(&arguments, &requests(), sizeof requests(), &state));
+    fuse_opt_free_args(&arguments);  // the library has copied them
     if (!session)
         return false;
     state.session = session.get();

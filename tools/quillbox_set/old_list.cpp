@@ -53,15 +53,16 @@ void OldLists::sort()
 {
     const auto key = [](const OldEntry& entry) { return std::tie(entry.start, entry.end, entry.kind, entry.name); };
     std::ranges::stable_sort(entries_, {}, key);
-    const auto twice = std::ranges::unique(entries_, {}, key);
-    entries_.erase(twice.begin(), twice.end());
+    const auto isTwice = [&](const OldEntry& left, const OldEntry& right) { return key(left) == key(right); };
+    entries_.erase(std::unique(entries_.begin(), entries_.end(), isTwice), entries_.end());
 }
 
 OldEntry* OldLists::of(std::uint64_t start, std::uint64_t end, bool isWhole)
 {
-    for (OldEntry& entry : std::ranges::equal_range(entries_, start, {}, &OldEntry::start)) {
-        if (isWhole ? entry.end == end : entry.end >= end)
-            return &entry;
+    auto entry = std::ranges::lower_bound(entries_, start, {}, &OldEntry::start);
+    for (; entry != entries_.end() && entry->start == start; ++entry) {
+        if (isWhole ? entry->end == end : entry->end >= end)
+            return &*entry;
     }
     return nullptr;
 }
