@@ -27,6 +27,10 @@ Workspace& workspace()
 
 }  // namespace
 
+// A stream of at most so many blocks (8 MB) is unpacked for its size. With a size that is too large, the kernel would
+// show zeros after the end to a second reader.
+constexpr std::size_t MostCounted = 64;
+
 // Reads a stream that is shorter than the buffer with one call on the host.
 class SeekableStream::Source {
 public:
@@ -108,6 +112,11 @@ void SeekableStream::measure(const Source& source)
             blocks_++;
             size_ += last->size();
         }
+    }
+    if (blocks_ <= MostCounted) {
+        while (starts_.size() <= blocks_)
+            placeNext(0);
+        size_ = starts_.back();
     }
     size_ += damaged_ ? 1 : 0;
 }

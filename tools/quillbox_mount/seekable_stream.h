@@ -36,8 +36,9 @@ public:
     // outlive the stream. `set` is the set's number in the cache.
     SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache);
 
-    // The number of raw bytes. If a block before the last one isn't full, it is too large until a read has come to the
-    // end. For a damaged stream: what is before the damage, and one byte that can't be read.
+    // The number of raw bytes. In a stream of more than 64 blocks it is too large until a read has come to the end, if
+    // a block before the last one isn't full. For a damaged stream: what is before the damage, and one byte that can't
+    // be read.
     std::uint64_t size() const { return size_; }
 
     // What the stream itself needs.
