@@ -26,6 +26,9 @@ using HostStatus = struct statx;
 // path or a link: no link is followed. Doesn't wait for the other end of a fifo.
 [[nodiscard]] int openBelow(int folder, const char* path, int flags, unsigned mode = 0);
 
+// Of a file that is made. The host takes the bits of the user's mask off.
+inline constexpr unsigned NewFileMode = 0666;
+
 // Reads the status of the entry `name` of `folder`, or with an empty name of the descriptor itself. Follows no link.
 [[nodiscard]] int readStatus(int folder, const char* name, HostStatus& status);
 

@@ -110,7 +110,6 @@ DWORD OpenFiles::giveNames(const std::vector<TemporaryFiles::Nameless>& nameless
 
 DWORD OpenFiles::giveName(const TemporaryFiles::Nameless& nameless)
 {
-    constexpr unsigned NewFileMode = 0666;
     const HostPath& path = nameless.path;
     const ParentFolder parent(path);
     Descriptor named(parent.get() < 0 ? parent.get()

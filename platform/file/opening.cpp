@@ -18,8 +18,6 @@ using host::platformError;
 
 namespace {
 
-constexpr unsigned NewFileMode = 0666;  // the host takes the bits of the user's mask off
-
 // A call of CreateFileW, and what is known about its file so far.
 struct Request {
     const HostPath& path;

@@ -15,8 +15,6 @@ namespace platform::file {
 
 namespace {
 
-constexpr unsigned NewFileMode = 0666;  // the host takes the bits of the user's mask off
-
 // 0 or a negative errno.
 int makeIn(int folder, const HostPath& path, std::span<const std::byte> content)
 {

@@ -14,7 +14,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-struct State {
+struct CurrentRun {
     std::mutex mutex;
     RunProgress told;  // without the numbers below
     unsigned runs = 0;
@@ -26,9 +26,9 @@ struct State {
     std::atomic<std::uint64_t> storedBytes = 0;
 };
 
-State& state()
+CurrentRun& currentRun()
 {
-    static State all;
+    static CurrentRun all;
     return all;
 }
 
@@ -42,7 +42,7 @@ void add(std::atomic<Number>& sum, Number more)
 
 RunProgress runProgress()
 {
-    State& all = state();
+    CurrentRun& all = currentRun();
     const std::lock_guard lock(all.mutex);
     RunProgress progress = all.told;
     if (progress.underway)
@@ -62,7 +62,7 @@ using namespace platform::kernel;
 
 void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes)
 {
-    State& all = state();
+    CurrentRun& all = currentRun();
     const std::lock_guard lock(all.mutex);
     all.told = {};
     all.told.number = ++all.runs;
@@ -82,17 +82,17 @@ void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes
 
 void ReportItemBytes(std::uint64_t bytes)
 {
-    state().bytesOfCurrent.store(bytes, std::memory_order_relaxed);
+    currentRun().bytesOfCurrent.store(bytes, std::memory_order_relaxed);
 }
 
 void ReportStoredBytes(std::uint64_t bytes)
 {
-    state().storedBytes.store(bytes, std::memory_order_relaxed);
+    currentRun().storedBytes.store(bytes, std::memory_order_relaxed);
 }
 
 void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made)
 {
-    State& all = state();
+    CurrentRun& all = currentRun();
     all.bytesOfCurrent.store(0, std::memory_order_relaxed);
     add(all.bytesOfDone, bytes);
     add(all.itemsDone, DWORD{1});
@@ -102,7 +102,7 @@ void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made)
 
 void EndRun()
 {
-    State& all = state();
+    CurrentRun& all = currentRun();
     const std::lock_guard lock(all.mutex);
     if (!all.told.underway)
         return;

@@ -23,7 +23,7 @@ struct Noted {
 
 using ByName = std::unordered_map<std::u16string, Noted>;
 
-struct State {
+struct NotedTroubles {
     std::mutex mutex;
     std::size_t noted = 0;
     bool searches = false;     // SearchForChoices is on: a folder that the user may not read isn't noted
@@ -32,9 +32,9 @@ struct State {
     std::function<void(HWND)> jobEnds;
 };
 
-State& state()
+NotedTroubles& notedTroubles()
 {
-    static State all;
+    static NotedTroubles all;
     return all;
 }
 
@@ -47,7 +47,7 @@ bool saysLittle(DWORD error)
 
 void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error)
 {
-    State& all = state();
+    NotedTroubles& all = notedTroubles();
     const std::lock_guard lock(all.mutex);
     if (all.searches && kind == Trouble::Reading && error == ERROR_ACCESS_DENIED)
         return;
@@ -64,7 +64,7 @@ void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD er
 
 void forgetTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error)
 {
-    State& all = state();
+    NotedTroubles& all = notedTroubles();
     const std::lock_guard lock(all.mutex);
     ByName& names = all.names[{kind, what}];
     if (names.empty())
@@ -75,7 +75,7 @@ void forgetTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD 
 
 std::vector<NamedTrouble> troublesOf(Trouble kind, Troubled what, Since since)
 {
-    State& all = state();
+    NotedTroubles& all = notedTroubles();
     const std::lock_guard lock(all.mutex);
     const std::size_t from = since == Since::Job ? all.jobStart : 0;
     std::vector<std::pair<std::size_t, NamedTrouble>> found;
@@ -93,7 +93,7 @@ std::vector<NamedTrouble> troublesOf(Trouble kind, Troubled what, Since since)
 
 void setJobEndHandler(std::function<void(HWND owner)> handler)
 {
-    State& all = state();
+    NotedTroubles& all = notedTroubles();
     const std::lock_guard lock(all.mutex);
     all.jobEnds = std::move(handler);
 }
@@ -120,14 +120,14 @@ void ReportNoSet(const WCHAR* folder, DWORD error)
 
 void SearchForChoices(BOOL on)
 {
-    State& all = state();
+    NotedTroubles& all = notedTroubles();
     const std::lock_guard lock(all.mutex);
     all.searches = on != FALSE;
 }
 
 void BeginJob()
 {
-    State& all = state();
+    NotedTroubles& all = notedTroubles();
     const std::lock_guard lock(all.mutex);
     all.jobStart = all.noted;
     noteJobBegin();
@@ -138,7 +138,7 @@ void EndJob(HWND owner)
     noteJobEnd();
     std::function<void(HWND)> handler;
     {
-        State& all = state();
+        NotedTroubles& all = notedTroubles();
         const std::lock_guard lock(all.mutex);
         handler = all.jobEnds;
     }

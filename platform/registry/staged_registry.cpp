@@ -25,7 +25,7 @@ using database::Step;
 constexpr const char* StagedName = "registry.staged";
 constexpr const char* GrowingName = "registry.growing";
 constexpr const char* RefusedName = "registry.refused";
-constexpr std::size_t PieceBytes = 65536;
+constexpr std::size_t CopiedAtOnce = 65536;
 
 struct Staging {
     std::mutex mutex;
@@ -40,10 +40,10 @@ Staging& staging()
 
 DWORD copyTo(HostFile& target, HANDLE file)
 {
-    std::vector<std::byte> piece(PieceBytes);
+    std::vector<std::byte> piece(CopiedAtOnce);
     for (;;) {
         DWORD count = 0;
-        if (!ReadFile(file, piece.data(), PieceBytes, &count, nullptr))
+        if (!ReadFile(file, piece.data(), CopiedAtOnce, &count, nullptr))
             return GetLastError();
         if (count == 0)
             return target.flush() ? ERROR_SUCCESS : host::ioError(target.error());

@@ -19,15 +19,7 @@
 namespace {
 
 // Of the run that was prepared last.
-BackupRequest gRequest;
-
-RunPlan Refusal(const std::u16string& sentence)
-{
-    RunPlan plan;
-    plan.refused = true;
-    plan.sentence = sentence;
-    return plan;
-}
+BackupRequest gBackupRequest;
 
 RunPlan RefuseStorage(const std::u16string& storage)
 {
@@ -143,7 +135,7 @@ bool NamesSingleItems(const BackupRequest& request)
 
 RunPlan PrepareBackup(const BackupRequest& request)
 {
-    gRequest = request;
+    gBackupRequest = request;
     RunPlan plan = CheckTarget(request);
     if (plan.refused)
         return plan;
@@ -159,18 +151,18 @@ RunPlan PrepareBackup(const BackupRequest& request)
 
 DWORD PerformBackup()
 {
-    gOptions.deleteBackedUp = gRequest.deletesSources;
-    gOptions.generateLog = gRequest.writesLog;
-    gDigestsBlocks = gRequest.verifies;
+    gOptions.deleteBackedUp = gBackupRequest.deletesSources;
+    gOptions.generateLog = gBackupRequest.writesLog;
+    gDigestsBlocks = gBackupRequest.verifies;
     gStoredDigests.clear();
-    CopyText(gComment, gRequest.comment.c_str());
+    CopyText(gComment, gBackupRequest.comment.c_str());
     ComposeComment();
     BackupTarget target = {};
-    CopyText(target.root, gRequest.storage.c_str());
-    target.replaced = gRequest.replaced;
+    CopyText(target.root, gBackupRequest.storage.c_str());
+    target.replaced = gBackupRequest.replaced;
     // A file that the user named and that disappears meanwhile is reported, one that a full backup found isn't.
-    BackUpTo(target, NamesSingleItems(gRequest) ? BackupSelectedItems : BackupListedItems);
-    if (gRequest.verifies && gLastSetNumber != 0) {
+    BackUpTo(target, NamesSingleItems(gBackupRequest) ? BackupSelectedItems : BackupListedItems);
+    if (gBackupRequest.verifies && gLastSetNumber != 0) {
         WCHAR listPath[MAX_PATH];
         FormatListPath(listPath, target.root, gLastSetNumber);
         VerifyStoredSet(listPath);

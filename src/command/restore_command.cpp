@@ -15,7 +15,7 @@
 namespace {
 
 // Of the run that was prepared last.
-RestoreRequest gRequest;
+RestoreRequest gRestoreRequest;
 
 // Which of the names of the request the set has, while its list is loaded.
 struct FoundNames {
@@ -49,13 +49,13 @@ bool IsWanted(BYTE kind, const WCHAR* name, FoundNames& found)
 {
     if (kind == ItemKindRegistry) {
         found.registry = true;
-        return gRequest.registry;
+        return gRestoreRequest.registry;
     }
-    if (gRequest.everything)
+    if (gRestoreRequest.everything)
         return true;
     if (kind == ItemKindFile)
-        return Find(gRequest.paths, found.paths, [&](const auto& path) { return IsAtOrBelow(name, path); });
-    return Find(gRequest.databaseNames, found.databases,
+        return Find(gRestoreRequest.paths, found.paths, [&](const auto& path) { return IsAtOrBelow(name, path); });
+    return Find(gRestoreRequest.databaseNames, found.databases,
                 [&](const auto& wanted) { return lstrcmpiW(name, wanted.c_str()) == 0; });
 }
 
@@ -72,13 +72,13 @@ std::u16string MissingName(const FoundNames& found)
 {
     for (std::size_t i = 0; i < found.paths.size(); i++) {
         if (!found.paths[i])
-            return gRequest.paths[i];
+            return gRestoreRequest.paths[i];
     }
     for (std::size_t i = 0; i < found.databases.size(); i++) {
         if (!found.databases[i])
-            return gRequest.databaseNames[i];
+            return gRestoreRequest.databaseNames[i];
     }
-    return !gRequest.everything && gRequest.registry && !found.registry ? u"registry" : u"";
+    return !gRestoreRequest.everything && gRestoreRequest.registry && !found.registry ? u"registry" : u"";
 }
 
 bool DatabaseExists(const WCHAR* name)
@@ -118,21 +118,13 @@ RunPlan PlanOfLists()
     return plan;
 }
 
-RunPlan Refusal(const std::u16string& sentence)
-{
-    RunPlan plan;
-    plan.refused = true;
-    plan.sentence = sentence;
-    return plan;
-}
-
 bool gIsWholeSet;
 
 }  // namespace
 
 RunPlan PrepareRestore(const RestoreRequest& request)
 {
-    gRequest = request;
+    gRestoreRequest = request;
     FoundNames found;
     found.paths.resize(request.paths.size());
     found.databases.resize(request.databaseNames.size());
@@ -153,11 +145,11 @@ void PerformRestore(Existing files)
     gOptions.restoreMode = files == Existing::Replace ? RestoreModeReplace
                            : files == Existing::Skip  ? RestoreModeSkip
                                                       : RestoreModeAsk;
-    gRunQuestions.mayReplaceFile = [](const WCHAR* path) { return gRequest.mayReplaceFile(path); };
-    gRunQuestions.mayReplaceDatabase = [](const WCHAR* name) { return gRequest.mayReplaceDatabase(name); };
+    gRunQuestions.mayReplaceFile = [](const WCHAR* path) { return gRestoreRequest.mayReplaceFile(path); };
+    gRunQuestions.mayReplaceDatabase = [](const WCHAR* name) { return gRestoreRequest.mayReplaceDatabase(name); };
     WCHAR dataPath[MAX_PATH];
-    DataPathOfList(dataPath, gRequest.listPath.c_str());
-    RestoreLists(dataPath, gRequest.listPath.c_str(), gIsWholeSet);
+    DataPathOfList(dataPath, gRestoreRequest.listPath.c_str());
+    RestoreLists(dataPath, gRestoreRequest.listPath.c_str(), gIsWholeSet);
     RenewLists();
     gRegistryMarked = 0;
 }

@@ -22,8 +22,6 @@
 
 namespace {
 
-constexpr DWORD PieceBytes = 260;
-
 // Offsets have 32 bits.
 bool FitsOffsets(const BackupRun& run)
 {

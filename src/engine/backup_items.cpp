@@ -131,15 +131,15 @@ void BackUpDatabases(BackupRun& run)
 
 // The registry. The platform writes it to one file, which is packed and deleted.
 
-const WCHAR RegistryPath[] = u"\\TMVRegFile.QBR";
+const WCHAR DumpedRegistryPath[] = u"\\TMVRegFile.QBR";
 // Without its backslash the path names the same file, because the platform has no current folder.
-const WCHAR* const RegistryName = RegistryPath + 1;
+const WCHAR* const RegistryName = DumpedRegistryPath + 1;
 
 // False if the path has a file of the user's or an old registry. Such a file is neither stored nor deleted. After a
 // failed call the file is stored as far as the call wrote it.
 bool CopyRegistry(BackupRun& run)
 {
-    const TemporaryFile file = ExpectTemporaryFile(RegistryPath);
+    const TemporaryFile file = ExpectTemporaryFile(DumpedRegistryPath);
     SetLastError(ERROR_SUCCESS);
     const bool copied = gRegCopyFile && gRegCopyFile(RegistryName);
     if (!copied) {
@@ -171,7 +171,7 @@ void BackUpRegistry(BackupRun& run)
     HANDLE stream = own ? OpenTemporaryStream(run) : INVALID_HANDLE_VALUE;
     if (stream != INVALID_HANDLE_VALUE)
         StoreRegistry(run, stream);
-    (void)WithdrawTemporaryFile(RegistryPath);
+    (void)WithdrawTemporaryFile(DumpedRegistryPath);
     EndItem(run, ItemKindRegistry, u"");
 }
 

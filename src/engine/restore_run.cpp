@@ -25,9 +25,7 @@ namespace {
 
 // Both in the device's root, wherever the set is. They exist during one item only.
 const WCHAR TemporaryStreamPath[] = u"\\BK000.TMP";
-const WCHAR RegistryPath[] = u"\\BKREG.TMP";
-
-constexpr DWORD PieceBytes = 260;
+const WCHAR RestoredRegistryPath[] = u"\\BKREG.TMP";
 
 // Exists during one restore only.
 struct RestoreRun {
@@ -264,13 +262,13 @@ void RestoreDatabases(RestoreRun& run)
 
 void PassRegistryOn(RestoreRun& run)
 {
-    if (UnpackToTemporaryFile(run, RegistryPath)) {
+    if (UnpackToTemporaryFile(run, RestoredRegistryPath)) {
         SetLastError(ERROR_SUCCESS);
-        if (!gRegRestoreFile || !gRegRestoreFile(RegistryPath))
+        if (!gRegRestoreFile || !gRegRestoreFile(RestoredRegistryPath))
             NoteFailure(run.item, GetLastError());
-        (void)DeleteFileW(RegistryPath);  // fails after a success, when the platform has moved the file
+        (void)DeleteFileW(RestoredRegistryPath);  // fails after a success, when the platform has moved the file
     }
-    (void)WithdrawTemporaryFile(RegistryPath);
+    (void)WithdrawTemporaryFile(RestoredRegistryPath);
     (void)DeleteFileW(TemporaryStreamPath);
 }
 

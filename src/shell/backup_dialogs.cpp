@@ -12,8 +12,6 @@ namespace {
 constexpr WORD FullBackupDialog = 108;
 constexpr WORD SelectedItemsDialog = 109;
 
-constexpr int CommentId = 1004;
-
 WCHAR* gBackupComment;
 
 // The check boxes are clear at first, whatever the last full backup chose, and the comment is empty. In dialog 108 the

@@ -14,6 +14,9 @@ void HandleAnswer(HWND dialog, UINT message, WPARAM wParam, void (*take)(HWND di
 // Width to which a list box of paths scrolls, in pixels: a path can be wider than the box.
 inline constexpr WPARAM PathListExtent = 300;
 
+// The text box of the comment, in the dialogs that choose a set.
+inline constexpr int CommentId = 1004;
+
 // Lets the runs ask and show by the windows of the shell. run_windows.cpp
 void SetRunWindows();
 

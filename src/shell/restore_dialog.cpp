@@ -14,7 +14,6 @@
 namespace {
 
 constexpr WORD ItemsDialog = 109;
-constexpr int CommentId = 1004;
 constexpr int LabelId = 1007;
 
 struct RestoreParams {

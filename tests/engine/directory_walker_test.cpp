@@ -8,19 +8,19 @@
 
 namespace {
 
-struct Seen {
+struct SeenPaths {
     std::vector<std::u16string> paths;
     std::u16string stopAt;
 };
 
 BOOL collect(const WCHAR* name, const WCHAR* folder, DWORD /*attributes*/, UINT_PTR context)
 {
-    auto& seen = *reinterpret_cast<Seen*>(context);
+    auto& seen = *reinterpret_cast<SeenPaths*>(context);
     seen.paths.push_back(std::u16string(folder) + name);
     return seen.paths.back() != seen.stopAt;
 }
 
-DWORD walk(Seen& seen, const WCHAR* root, BOOL recurse, BOOL foldersOnly, const WCHAR* pattern = nullptr)
+DWORD walk(SeenPaths& seen, const WCHAR* root, BOOL recurse, BOOL foldersOnly, const WCHAR* pattern = nullptr)
 {
     return WalkDirectory(root, pattern, recurse, foldersOnly, collect, reinterpret_cast<UINT_PTR>(&seen));
 }
@@ -56,12 +56,12 @@ TEST_F(WalkerTest, EachEntryIsSeenOnceAndContentsBeforeTheirFolder)
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(&each - cases);
-        Seen seen;
+        SeenPaths seen;
         EXPECT_EQ(walk(seen, each.root, each.recurse, each.foldersOnly, each.pattern), each.count);
         EXPECT_EQ(seen.paths.size(), each.count);
         EXPECT_EQ(WalkDirectory(each.root, each.pattern, each.recurse, each.foldersOnly, nullptr, 0), each.count);
     }
-    Seen all;
+    SeenPaths all;
     walk(all, u"\\w\\", TRUE, FALSE);
     const auto at = [&](const WCHAR* path) { return std::ranges::find(all.paths, path); };
     EXPECT_LT(at(u"\\w\\sub\\four"), at(u"\\w\\sub"));
@@ -74,7 +74,7 @@ TEST_F(WalkerTest, StopEndsOnlyItsLevel)
     write("w/sub/deep/b", "");
     DWORD walked = 0;
     for (const WCHAR* stop : {u"\\w\\sub\\deep\\a", u"\\w\\sub\\deep\\b"}) {
-        Seen seen = {{}, stop};
+        SeenPaths seen = {{}, stop};
         walked += walk(seen, u"\\w\\", TRUE, FALSE);
     }
     // The walk that stopped at the first of the two missed the second. The other walk missed nothing.

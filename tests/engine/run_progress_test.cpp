@@ -18,11 +18,11 @@ using platform::kernel::RunProgress;
 using platform::kernel::runProgress;
 
 // Before the item that is shown now was begun.
-struct Seen {
+struct SeenProgress {
     DWORD itemsDone;
     std::uint64_t bytesDone;
     bool underway;
-    bool operator==(const Seen&) const = default;
+    bool operator==(const SeenProgress&) const = default;
 };
 
 class RunProgressTest : public EngineTest {
@@ -35,7 +35,7 @@ protected:
         };
     }
 
-    std::vector<Seen> seen_;
+    std::vector<SeenProgress> seen_;
 };
 
 TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
@@ -62,9 +62,9 @@ TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
     EXPECT_EQ(stored.made, (std::array<DWORD, 3>{2, 1, 0}));
     EXPECT_GT(stored.bytesDone, 300100U);  // those of the database too
     ASSERT_EQ(seen_.size(), 3U);
-    EXPECT_EQ(seen_[0], (Seen{0, 0, true}));
-    EXPECT_TRUE(seen_[1] == (Seen{1, 100, true}) || seen_[1] == (Seen{1, 300000, true}));
-    EXPECT_EQ(seen_[2], (Seen{2, 300100, true}));
+    EXPECT_EQ(seen_[0], (SeenProgress{0, 0, true}));
+    EXPECT_TRUE(seen_[1] == (SeenProgress{1, 100, true}) || seen_[1] == (SeenProgress{1, 300000, true}));
+    EXPECT_EQ(seen_[2], (SeenProgress{2, 300100, true}));
 
     gUser.choice = u"\\Card\\QUILBOX\\QLBX0001.QLT";
     seen_.clear();

@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr DWORD Write = GENERIC_WRITE;
-
 class CardTest : public FileTest {
 protected:
     [[nodiscard]] static std::uint64_t used() { return platform::file::usedBytes(u"Card").value_or(~0ULL); }

@@ -18,6 +18,8 @@
 #include <set>
 #include <string>
 
+inline constexpr DWORD Write = GENERIC_WRITE;
+
 class FileTest : public testing::Test {
 protected:
     explicit FileTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path());

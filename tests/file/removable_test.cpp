@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr DWORD Write = GENERIC_WRITE;
 using namespace std::chrono_literals;
 
 class RemovableTest : public FileTest {
@@ -48,7 +47,7 @@ TEST_F(RemovableTest, AppearsAndGoesAndItsPathsNeverLeadToTheRoot)
 {
     EXPECT_EQ(list(u"\\*"), std::set<std::u16string>{u"Stick"});
     EXPECT_EQ(GetFileAttributesW(u"\\Stick"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
-    EXPECT_EQ(openError(u"\\Stick\\f", Write, CREATE_NEW), 0U);
+    EXPECT_EQ(openError(u"\\Stick\\f", GENERIC_WRITE, CREATE_NEW), 0U);
     EXPECT_TRUE(std::filesystem::exists(medium_ / "f"));
     EXPECT_TRUE(FlushChangedVolumes());
     refusal_ = -EWOULDBLOCK;  // another device uses it
@@ -59,7 +58,7 @@ TEST_F(RemovableTest, AppearsAndGoesAndItsPathsNeverLeadToTheRoot)
     EXPECT_TRUE(platform::file::removeRemovable(u"Stick"));
     EXPECT_EQ(list(u"\\*"), std::set<std::u16string>{});
     for (const auto* path : {u"\\Stick", u"\\Stick\\f"})
-        EXPECT_EQ(openError(path, Write, CREATE_ALWAYS), ERROR_NOT_READY);
+        EXPECT_EQ(openError(path, GENERIC_WRITE, CREATE_ALWAYS), ERROR_NOT_READY);
     EXPECT_FALSE(CreateDirectoryW(u"\\Stick", nullptr));
     EXPECT_FALSE(std::filesystem::exists(root() / "Stick"));
 
@@ -71,14 +70,14 @@ TEST_F(RemovableTest, AppearsAndGoesAndItsPathsNeverLeadToTheRoot)
 
 TEST_F(RemovableTest, HostCanUnmountItWhenNothingUsesIt)
 {
-    const HANDLE file = open(u"\\Stick\\f", Write, CREATE_NEW);
+    const HANDLE file = open(u"\\Stick\\f", GENERIC_WRITE, CREATE_NEW);
     platform::file::closeUnusedFolders(0ms);
     EXPECT_FALSE(unmount()) << "a file is open";
     EXPECT_EQ(write(file, "x"), 1U);
     CloseHandle(file);
     // A temporary file, which is made and deleted again and again, keeps its folder open.
     for (int times = 0; times < 3; ++times) {
-        EXPECT_EQ(openError(u"\\Stick\\t", Write, CREATE_ALWAYS), 0U);
+        EXPECT_EQ(openError(u"\\Stick\\t", GENERIC_WRITE, CREATE_ALWAYS), 0U);
         EXPECT_EQ(openError(u"\\Stick\\t", GENERIC_READ, OPEN_EXISTING), 0U);
         EXPECT_TRUE(DeleteFileW(u"\\Stick\\t"));
     }
@@ -97,12 +96,12 @@ TEST_F(RemovableTest, HostCanUnmountItWhenNothingUsesIt)
 TEST_F(RemovableTest, NothingCountsAsFlushedAfterItWasTakenOut)
 {
     const std::u16string names[] = {u"\\Stick\\gathered", u"\\Stick\\straight", u"\\Stick\\closed"};
-    const HANDLE gathered = open(names[0], Write, CREATE_NEW);
-    const HANDLE straight = open(names[1], Write, CREATE_NEW);
+    const HANDLE gathered = open(names[0], GENERIC_WRITE, CREATE_NEW);
+    const HANDLE straight = open(names[1], GENERIC_WRITE, CREATE_NEW);
     EXPECT_EQ(write(gathered, std::string(2000, 'x')), 2000U);
     EXPECT_EQ(write(gathered, std::string(200, 'x')), 200U);
     EXPECT_TRUE(FlushFileBuffers(straight));
-    EXPECT_EQ(openError(names[2], Write, CREATE_NEW), 0U);
+    EXPECT_EQ(openError(names[2], GENERIC_WRITE, CREATE_NEW), 0U);
     ASSERT_TRUE(unmount(MNT_DETACH));
 
     EXPECT_FALSE(FlushFileBuffers(straight));
@@ -122,7 +121,7 @@ TEST_F(RemovableTest, ComesAndGoesWhileOtherThreadsUseIt)
     std::thread user([&] {
         while (!ends) {
             (void)list(u"\\*");
-            (void)openError(u"\\Stick\\f", Write, CREATE_ALWAYS);
+            (void)openError(u"\\Stick\\f", GENERIC_WRITE, CREATE_ALWAYS);
             (void)FlushChangedVolumes();
         }
     });
@@ -133,7 +132,7 @@ TEST_F(RemovableTest, ComesAndGoesWhileOtherThreadsUseIt)
     }
     ends = true;
     user.join();
-    EXPECT_EQ(openError(u"\\Stick\\f", Write, CREATE_ALWAYS), 0U);
+    EXPECT_EQ(openError(u"\\Stick\\f", GENERIC_WRITE, CREATE_ALWAYS), 0U);
 }
 
 }  // namespace

@@ -10,7 +10,6 @@
 namespace {
 
 constexpr DWORD Read = GENERIC_READ;
-constexpr DWORD Write = GENERIC_WRITE;
 constexpr DWORD ShareRead = FILE_SHARE_READ;
 constexpr DWORD ShareBoth = FILE_SHARE_READ | FILE_SHARE_WRITE;
 

@@ -32,7 +32,7 @@ using namespace std::chrono_literals;
 using platform::kernel::RunProgress;
 using platform::window::StatusState;
 
-const DialogOfMenu& Filter = dialogsOfMenu()[0];
+const DialogOfMenu& FilterMenuDialog = dialogsOfMenu()[0];
 const DialogOfMenu& OptionsDialog = dialogsOfMenu()[1];
 
 class StatusTextTest : public testing::Test {
@@ -160,23 +160,23 @@ protected:
 TEST_F(StatusTripTest, FilterAndDeletionAreSaidInTheWindowAndEnterAddsAnExtension)
 {
     const QString box = "Show only files with these extentions :";
-    QWidget& dialog = open(Filter);
+    QWidget& dialog = open(FilterMenuDialog);
     click(dialog, box);
     type(dialog, "txt");
     press(dialog, Qt::Key_Return);  // adds
     EXPECT_EQ(dialog.findChild<QLineEdit*>()->text(), QString());
     EXPECT_TRUE(findRow(*dialog.findChild<QListView*>()->model(), "txt").isValid());
     press(dialog, Qt::Key_Return);
-    awaitGone(Filter.title);
+    awaitGone(FilterMenuDialog.title);
     expectStatus("Files shown: only *.txt");
 
-    QWidget& again = open(Filter);
+    QWidget& again = open(FilterMenuDialog);
     clickRow(again, "txt");
     click(again, "Remove");
     click(again, "OK");
-    awaitGone(Filter.title);
+    awaitGone(FilterMenuDialog.title);
     expectStatus("Files shown: none, because the list of extensions is empty");
-    tick(Filter, box);
+    tick(FilterMenuDialog, box);
     EXPECT_TRUE(eventually([] { return !status().contains("Files shown"); }));
 
     tick(OptionsDialog, "Delete backuped files");
@@ -255,7 +255,7 @@ TEST_F(StatusTripTest, OutcomeStaysUntilSomethingElseIsMarked)
 
 TEST_F(StatusTripTest, DialogGrowsWithItsWindowAndKeepsTheSize)
 {
-    QWidget& dialog = open(Filter);
+    QWidget& dialog = open(FilterMenuDialog);
     ASSERT_TRUE(dialog.findChild<QSizeGrip*>());
     const auto* list = dialog.findChild<QListView*>();
     const QSize before = list->size();
@@ -263,7 +263,7 @@ TEST_F(StatusTripTest, DialogGrowsWithItsWindowAndKeepsTheSize)
     dialog.resize(chosen);
     EXPECT_EQ(list->size(), before + QSize(120, 90));
     leave(dialog);
-    QWidget& again = open(Filter);
+    QWidget& again = open(FilterMenuDialog);
     EXPECT_EQ(again.size(), chosen);
     again.resize(10, 10);
     EXPECT_EQ(again.findChild<QListView*>()->size(), before);

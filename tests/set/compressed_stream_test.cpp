@@ -44,9 +44,6 @@ BOOL scriptedRead(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void
 
 namespace {
 
-const Bytes magic = hex("51 42 58 50 4B");
-const Bytes closing = hex("03 00 00 00  11 00 00");
-
 class CompressedStreamTest : public SetTest {
 protected:
     // Runs `round` with the nth host call failing, or it and the next one, for each n up to the first that isn't

@@ -14,6 +14,10 @@ using Blobs = std::vector<Bytes>;
 // Name, start offset and end offset.
 using LoadedItem = std::tuple<std::u16string, DWORD, DWORD>;
 
+// Of a stream: its first bytes, and the block that ends it.
+inline const Bytes magic = hex("51 42 58 50 4B");
+inline const Bytes closing = hex("03 00 00 00  11 00 00");
+
 class SetTest : public FileTest {
 protected:
     SetTest();

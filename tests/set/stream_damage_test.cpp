@@ -5,9 +5,7 @@
 
 namespace {
 
-const Bytes magic = hex("51 42 58 50 4B");
 const Bytes hiBlock = hex("06 00 00 00  13 48 69 11 00 00");
-const Bytes closing = hex("03 00 00 00  11 00 00");
 const Bytes hi = hex("48 69");
 
 // 131,073 bytes 0x41: a literal run of 4, then a match of distance 1.

@@ -40,7 +40,7 @@ TreeItemState stateOf(HTREEITEM item)
     return state;
 }
 
-std::vector<TreeItemState> childrenOf(HTREEITEM item)
+std::vector<TreeItemState> rowsBelow(HTREEITEM item)
 {
     return readTreeItems(gTreeView, treeItemsBelow(gTreeView, item));
 }
@@ -114,7 +114,7 @@ HTREEITEM TreeTest::item(const std::string& path)
     std::string part;
     HTREEITEM found = nullptr;
     while (std::getline(parts, part, '\\')) {
-        const std::vector<TreeItemState> children = childrenOf(found);
+        const std::vector<TreeItemState> children = rowsBelow(found);
         const auto next =
             std::ranges::find(children, part, [](const TreeItemState& child) { return toUtf8(child.text); });
         if (next == children.end())
@@ -164,7 +164,7 @@ std::string TreeTest::marksFrom(HTREEITEM item)
     std::vector<std::string> all = {toUtf8(state.text) + ":" + std::to_string(state.image) + ":" +
                                     std::to_string(MarkCountOf(found.parameter))};
     std::map<std::string, HTREEITEM> children;
-    for (const TreeItemState& child : childrenOf(item))
+    for (const TreeItemState& child : rowsBelow(item))
         children.emplace(toUtf8(child.text), child.item);
     for (const auto& [name, child] : children)
         all.push_back(marksFrom(child));
@@ -174,7 +174,7 @@ std::string TreeTest::marksFrom(HTREEITEM item)
 std::vector<std::string> TreeTest::listed(const std::string& path)
 {
     std::vector<std::string> names;
-    for (const TreeItemState& state : childrenOf(item(path)))
+    for (const TreeItemState& state : rowsBelow(item(path)))
         names.push_back(toUtf8(state.text));
     return names;
 }

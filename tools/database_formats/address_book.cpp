@@ -124,12 +124,6 @@ private:
     LeftOut& leftOut_;
 };
 
-void addText(Record& contact, CEPROPID id, const std::string& text)
-{
-    if (!text.empty())
-        contact.addText(id, 0, validText(text));
-}
-
 // A name as it is shown becomes the last name if there is no other name. One that only repeats others isn't lost.
 void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
 {
@@ -148,8 +142,8 @@ void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
         else if (!repeats)
             leftOut.add(shown.name);
     }
-    addText(contact, personal::LastName, last);
-    addText(contact, personal::FirstName, first);
+    addUtf8(contact, personal::LastName, last);
+    addUtf8(contact, personal::FirstName, first);
 }
 
 void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
@@ -157,7 +151,7 @@ void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
     const auto telephone = values.take(Field::Telephone);
     if (!telephone)
         return;
-    addText(contact, personal::HomeTelephone, telephone->text);
+    addUtf8(contact, personal::HomeTelephone, telephone->text);
     if (telephone->rank != Rank::Home)
         leftOut.add(telephone->name + " (" + (telephone->label.empty() ? "" : telephone->label + ", ") +
                     "imported as home)");
@@ -170,7 +164,7 @@ void takeCategories(ContactValues& values, Record& contact)
     for (const Value& category : values.all(Field::Categories))
         if (!category.text.starts_with("* "))
             categories += (categories.empty() ? "" : ";") + category.text;
-    addText(contact, personal::Categories, categories);
+    addUtf8(contact, personal::Categories, categories);
 }
 
 // A birthday in one column, or in three of them.
@@ -206,10 +200,10 @@ Record contactOf(ContactValues& values, DayOrder order, LeftOut& leftOut)
 {
     Record contact;
     takeName(values, contact, leftOut);
-    addText(contact, personal::Company, values.takeText(Field::Company));
+    addUtf8(contact, personal::Company, values.takeText(Field::Company));
     takeTelephone(values, contact, leftOut);
-    addText(contact, personal::Mail, values.takeText(Field::Mail));
-    addText(contact, personal::Town, values.takeText(Field::Town));
+    addUtf8(contact, personal::Mail, values.takeText(Field::Mail));
+    addUtf8(contact, personal::Town, values.takeText(Field::Town));
     takeCategories(values, contact);
     takeBirthday(values, contact, order, leftOut);
     if (const std::string notes = withLineEnds(values.takeText(Field::Notes)); !notes.empty())

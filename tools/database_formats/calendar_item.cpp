@@ -24,7 +24,7 @@ constexpr LONG MinutesOfDay = 1440;
 constexpr std::int64_t StepsOfSecond = 10'000'000;
 
 // Lines about the entry in the calendar, not about the appointment or task.
-constexpr std::string_view Ignored[] = {"DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
+constexpr std::string_view IgnoredOfItems[] = {"DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
 
 bool isMidnight(const Moment& moment)
 {
@@ -317,7 +317,7 @@ Record appointmentFrom(const Component& event, const CalendarZones& zones, LeftO
     fields.takeCategories(appointment);
     fields.takeNotes(appointment, "DESCRIPTION");
     fields.takeText(appointment, "UID", Identifier);
-    fields.leaveRest(Ignored);
+    fields.leaveRest(IgnoredOfItems);
     return appointment;
 }
 
@@ -335,7 +335,7 @@ Record taskFrom(const Component& todo, const CalendarZones& zones, LeftOut& left
     fields.takeText(task, "UID", Identifier);
     for (const Component& part : todo.parts)
         fields.leaveOut(part.name);
-    fields.leaveRest(Ignored);
+    fields.leaveRest(IgnoredOfItems);
     return task;
 }
 

@@ -13,8 +13,6 @@ constexpr std::size_t DeepestNesting = 8;
 // No real card has more.
 constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
 
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
-
 // The offset of a soft line break of quoted-printable: a "=" at the end of the line that begins at `lineBegin`. Blanks
 // may follow it, because some mail programs add them.
 std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)

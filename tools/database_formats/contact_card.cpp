@@ -25,7 +25,7 @@ constexpr std::size_t MostParts = 8;
 constexpr std::string_view NotForCalls[] = {"FAX", "PAGER", "MODEM", "BBS"};
 
 // Lines about the card, not about the contact.
-constexpr std::string_view Ignored[] = {"VERSION", "PRODID", "REV", "X-ABSHOWAS"};
+constexpr std::string_view IgnoredOfCards[] = {"VERSION", "PRODID", "REV", "X-ABSHOWAS"};
 
 void addName(Component& card, const std::string& last, const std::string& first,
              std::initializer_list<std::string> others)
@@ -78,12 +78,6 @@ private:
     std::vector<bool> unused_;
 };
 
-void addText(Record& contact, CEPROPID id, const std::string& text)
-{
-    if (!text.empty())
-        contact.addText(id, 0, validText(text));
-}
-
 std::string withoutScheme(std::string text)
 {
     for (const std::string_view scheme : {"tel:", "mailto:"})
@@ -113,8 +107,8 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
         last = text;
     else if (hasName && !text.empty() && text != first + " " + last && text != first + last)
         fields.leaveOut("FN");
-    addText(contact, LastName, last);
-    addText(contact, FirstName, first);
+    addUtf8(contact, LastName, last);
+    addUtf8(contact, FirstName, first);
 }
 
 // A contact has only a telephone at home, so the type of another one is lost.
@@ -123,7 +117,7 @@ void takeTelephone(ComponentFields& fields, Record& contact)
     const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls);
     if (telephone == nullptr)
         return;
-    addText(contact, HomeTelephone, withoutScheme(unescaped(telephone->value)));
+    addUtf8(contact, HomeTelephone, withoutScheme(unescaped(telephone->value)));
     for (const std::string_view type : {"CELL", "WORK", "FAX", "PAGER", "MODEM", "BBS", "CAR", "VIDEO"})
         if (telephone->hasType(type) && (!telephone->hasType("HOME") || type == "FAX"))
             fields.leaveOut("TEL (" + std::string(type) + ", imported as home)");
@@ -184,14 +178,14 @@ Record contactFrom(const Component& card, LeftOut& leftOut)
     ComponentFields fields(card, leftOut);
     takeName(fields, contact, card);
     StructuredValue organisation(fields.take("ORG"));
-    addText(contact, Company, organisation.take(0));
+    addUtf8(contact, Company, organisation.take(0));
     if (organisation.hasMore())
         fields.leaveOut("ORG");
     takeTelephone(fields, contact);
     if (const ContentLine* mail = fields.take("EMAIL"))
-        addText(contact, Mail, withoutScheme(unescaped(mail->value)));
+        addUtf8(contact, Mail, withoutScheme(unescaped(mail->value)));
     StructuredValue address(fields.take("ADR", "HOME"));
-    addText(contact, Town, address.take(TownPart));
+    addUtf8(contact, Town, address.take(TownPart));
     if (address.hasMore())
         fields.leaveOut("ADR");
     fields.takeCategories(contact);
@@ -200,7 +194,7 @@ Record contactFrom(const Component& card, LeftOut& leftOut)
     fields.takeText(contact, "UID", Identifier);
     for (const Component& part : card.parts)
         fields.leaveOut(part.name);
-    fields.leaveRest(Ignored);
+    fields.leaveRest(IgnoredOfCards);
     return contact;
 }
 

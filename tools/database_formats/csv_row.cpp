@@ -7,12 +7,6 @@
 
 namespace database_formats {
 
-namespace {
-
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
-
-}
-
 bool CsvRows::next(std::vector<CsvCell>& row, std::size_t mostCells)
 {
     do {

@@ -15,6 +15,9 @@ namespace database_formats {
 // The largest number of bytes of a file that a reader takes for one record. No device has that much memory.
 inline constexpr std::size_t LongestRecord = std::size_t{64} * 1024 * 1024;
 
+// May begin a text in UTF-8, and is no part of it.
+inline constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
+
 class LineReader {
 public:
     explicit LineReader(std::istream& in) : in_(in), start_(in.tellg()) {}

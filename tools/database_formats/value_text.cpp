@@ -181,4 +181,10 @@ std::u16string validText(std::string_view utf8)
     return text;
 }
 
+void addUtf8(Record& record, CEPROPID id, std::string_view utf8)
+{
+    if (!utf8.empty())
+        record.addText(id, 0, validText(utf8));
+}
+
 }  // namespace database_formats

@@ -30,7 +30,7 @@ using Json = nlohmann::ordered_json;
 
 // What is printed about an item.
 // NOLINTNEXTLINE(bugprone-exception-escape): no move of these members throws
-struct Row {
+struct ItemRow {
     std::string kind;
     std::u16string name;
     DWORD packedBytes = 0;
@@ -48,9 +48,9 @@ std::optional<std::uint64_t> unpackedBytes(const OpenFile& data, const Item& ite
     return content.fault.empty() ? std::optional(content.bytes) : std::nullopt;
 }
 
-Row rowOf(const OpenFile& data, const Item& item, const ListingOptions& options)
+ItemRow rowOf(const OpenFile& data, const Item& item, const ListingOptions& options)
 {
-    Row row{item.kindText(), std::u16string(item.shownName()), item.packedBytes(), {}, {}, true};
+    ItemRow row{item.kindText(), std::u16string(item.shownName()), item.packedBytes(), {}, {}, true};
     if (options.sizes) {
         row.bytes = unpackedBytes(data, item);
         row.isWhole = row.bytes.has_value();
@@ -63,7 +63,7 @@ Row rowOf(const OpenFile& data, const Item& item, const ListingOptions& options)
 }
 
 // An empty item has no ratio.
-std::string ratioOf(const Row& row)
+std::string ratioOf(const ItemRow& row)
 {
     if (row.bytes.value_or(0) == 0)
         return "-";
@@ -85,7 +85,7 @@ void printCells(const std::string& kind, const std::string& packedBytes, const s
     std::cout << name << '\n';
 }
 
-void printRow(const Row& row, const ListingOptions& options)
+void printRow(const ItemRow& row, const ListingOptions& options)
 {
     printCells(row.kind, std::to_string(row.packedBytes), row.bytes ? std::to_string(*row.bytes) : "damaged",
                ratioOf(row), onScreen(row.name), options);
@@ -93,7 +93,7 @@ void printRow(const Row& row, const ListingOptions& options)
         std::cout << "    " << row.inside.text << '\n';
 }
 
-Json jsonOf(const Row& row, const ListingOptions& options)
+Json jsonOf(const ItemRow& row, const ListingOptions& options)
 {
     Json json = {{"kind", row.kind}, {"name", platform::text::toUtf8(row.name)}, {"packedBytes", row.packedBytes}};
     if (options.sizes)
@@ -108,14 +108,14 @@ Json jsonOf(const Row& row, const ListingOptions& options)
 }
 
 // Equal items stay in the order of the set.
-void sortRows(std::vector<Row>& rows, ListOrder order)
+void sortRows(std::vector<ItemRow>& rows, ListOrder order)
 {
     if (order == ListOrder::ByName)
-        std::ranges::stable_sort(rows, {}, &Row::name);
+        std::ranges::stable_sort(rows, {}, &ItemRow::name);
     else if (order == ListOrder::BySize)
-        std::ranges::stable_sort(rows, std::greater(), [](const Row& row) { return row.bytes.value_or(0); });
+        std::ranges::stable_sort(rows, std::greater(), [](const ItemRow& row) { return row.bytes.value_or(0); });
     else
-        std::ranges::stable_sort(rows, std::greater(), &Row::packedBytes);
+        std::ranges::stable_sort(rows, std::greater(), &ItemRow::packedBytes);
 }
 
 // Calls print(row) for each item, in the order that the options ask for. Returns whether everything that was unpacked
@@ -124,10 +124,10 @@ template <class Print>
 bool forEachRow(ListedSet& set, const OpenFile& data, const ListingOptions& options, const Print& print)
 {
     bool whole = true;
-    std::vector<Row> kept;
+    std::vector<ItemRow> kept;
     Item item;
     while (set.next(item)) {
-        Row row = rowOf(data, item, options);
+        ItemRow row = rowOf(data, item, options);
         whole &= row.isWhole;
         if (options.order == ListOrder::OfSet)
             print(row);
@@ -143,14 +143,14 @@ bool printAsText(ListedSet& set, const OpenFile& data, const ListingOptions& opt
 {
     std::cout << linesOnScreen(set.comment(), "") << '\n';
     printCells("Kind", "Packed bytes", "Bytes", "Ratio", "Name", options);
-    return forEachRow(set, data, options, [&](const Row& row) { printRow(row, options); });
+    return forEachRow(set, data, options, [&](const ItemRow& row) { printRow(row, options); });
 }
 
 bool printAsJson(ListedSet& set, const OpenFile& data, const ListingOptions& options)
 {
     JsonList list({{"comment", platform::text::toUtf8(set.comment())}}, "items");
     std::uint64_t items = 0;
-    const bool whole = forEachRow(set, data, options, [&](const Row& row) {
+    const bool whole = forEachRow(set, data, options, [&](const ItemRow& row) {
         list.add(jsonOf(row, options));
         items++;
     });

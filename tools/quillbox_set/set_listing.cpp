@@ -31,7 +31,7 @@ std::u16string firstLine(std::u16string_view comment)
 }
 
 // What is printed about a set.
-struct Row {
+struct SetRow {
     std::u16string comment;
     std::uint64_t items = 0;
     std::optional<std::uint64_t> dataBytes;  // nothing if the data file can't be opened
@@ -39,12 +39,12 @@ struct Row {
 };
 
 // Nothing if the list file can't be read. Standard error says why.
-std::optional<Row> rowOf(MountedSet mounted, FolderNames& names, const std::string& name)
+std::optional<SetRow> rowOf(MountedSet mounted, FolderNames& names, const std::string& name)
 {
     const auto files = findSet(names, name);
     mounted.listPath = mounted.folder + u"\\" + platform::text::toDeviceName(name);
     ListedSet set(mounted);
-    Row row;
+    SetRow row;
     for (Item item; set.isOpen() && set.next(item);)
         ++row.items;
     if (!set.isOpen() || set.readFailed()) {
@@ -63,7 +63,7 @@ std::optional<Row> rowOf(MountedSet mounted, FolderNames& names, const std::stri
     return row;
 }
 
-nlohmann::ordered_json jsonOf(const std::string& path, const Row& row)
+nlohmann::ordered_json jsonOf(const std::string& path, const SetRow& row)
 {
     return {{"list", jsonText(path)},
             {"comment", platform::text::toUtf8(row.comment)},
@@ -71,7 +71,7 @@ nlohmann::ordered_json jsonOf(const std::string& path, const Row& row)
             {"dataBytes", row.dataBytes ? nlohmann::ordered_json(*row.dataBytes) : nullptr}};
 }
 
-std::string textOf(const Row& row)
+std::string textOf(const SetRow& row)
 {
     return onScreen(row.comment) + (row.comment.empty() ? "" : "; ") + counted(row.items, "item") + ", " +
            (row.dataBytes ? counted(*row.dataBytes, "byte") : row.dataFault);

@@ -189,7 +189,7 @@ bool chooseDay(const Window& window, DatePickerState& picker, WPARAM yearAndMont
     return setDate(window, picker, date);
 }
 
-LRESULT takeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT takePickerInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     NMDATETIMECHANGE change = {};
     {
@@ -246,7 +246,7 @@ LRESULT datePickerProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lPa
     case WM_KEYDOWN:
     case WM_CHAR:
     case InputDate:
-        return takeInput(handle, message, wParam, lParam);
+        return takePickerInput(handle, message, wParam, lParam);
     case DTM_GETSYSTEMTIME:
     case DTM_SETSYSTEMTIME:
     case WM_GETDLGCODE:

@@ -45,12 +45,12 @@ void setSelection(Window& edit, EditState& state, EditSelection selection) REQUI
 }
 
 // What the parent is notified of after a change.
-struct Outcome {
+struct EditOutcome {
     bool changed = false;
     bool full = false;
 };
 
-void report(HWND handle, Outcome outcome)
+void report(HWND handle, EditOutcome outcome)
 {
     if (outcome.full)
         notifyCommand(handle, EN_MAXTEXT);
@@ -69,7 +69,7 @@ std::size_t limitOf(const Window& edit, const EditState& state) REQUIRES(coreMut
     return std::min(state.limit, static_cast<std::size_t>(width / CharacterWidth));
 }
 
-Outcome replaceSelection(Window& edit, EditState& state, std::u16string_view text, std::size_t limit)
+EditOutcome replaceSelection(Window& edit, EditState& state, std::u16string_view text, std::size_t limit)
     REQUIRES(coreMutex)
 {
     const std::size_t start = state.selection.start();
@@ -86,12 +86,12 @@ Outcome replaceSelection(Window& edit, EditState& state, std::u16string_view tex
     return {.changed = true, .full = full};
 }
 
-Outcome typeText(Window& edit, EditState& state, std::u16string_view typed) REQUIRES(coreMutex)
+EditOutcome typeText(Window& edit, EditState& state, std::u16string_view typed) REQUIRES(coreMutex)
 {
     return replaceSelection(edit, state, fitToEdit(typed, isMultiLine(edit)), limitOf(edit, state));
 }
 
-Outcome takeNewText(Window& edit, EditState& state, std::u16string_view text) REQUIRES(coreMutex)
+EditOutcome takeNewText(Window& edit, EditState& state, std::u16string_view text) REQUIRES(coreMutex)
 {
     const std::u16string fitted = fitToEdit(text, isMultiLine(edit));
     const std::u16string_view whole = cutToRoom(fitted, limitOf(edit, state));
@@ -102,7 +102,7 @@ Outcome takeNewText(Window& edit, EditState& state, std::u16string_view text) RE
 }
 
 // Deletes the selection. If it is empty, deletes from the caret to where `neighbour` moves it.
-Outcome erase(Window& edit, EditState& state, std::size_t (*neighbour)(std::u16string_view, std::size_t))
+EditOutcome erase(Window& edit, EditState& state, std::size_t (*neighbour)(std::u16string_view, std::size_t))
     REQUIRES(coreMutex)
 {
     if (state.selection.anchor == state.selection.caret)
@@ -135,7 +135,7 @@ std::size_t caretAfter(const Window& edit, std::size_t caret, WPARAM key, bool c
     }
 }
 
-Outcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers) REQUIRES(coreMutex)
+EditOutcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers) REQUIRES(coreMutex)
 {
     const bool control = modifiers & KeyWithControl;
     if (control && key == u'A') {
@@ -143,9 +143,9 @@ Outcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers) R
         return {};
     }
     if (key == VK_DELETE)
-        return state.readOnly ? Outcome{} : erase(edit, state, nextCharacter);
+        return state.readOnly ? EditOutcome{} : erase(edit, state, nextCharacter);
     if (key == VK_TAB && control)
-        return state.readOnly ? Outcome{} : typeText(edit, state, u"\t");
+        return state.readOnly ? EditOutcome{} : typeText(edit, state, u"\t");
     const std::size_t caret = caretAfter(edit, state.selection.caret, key, control);
     const bool moves = key >= VK_PRIOR && key <= VK_DOWN;
     if (moves)
@@ -153,7 +153,7 @@ Outcome pressKey(Window& edit, EditState& state, WPARAM key, LPARAM modifiers) R
     return {};
 }
 
-Outcome typeCharacter(Window& edit, EditState& state, char16_t character) REQUIRES(coreMutex)
+EditOutcome typeCharacter(Window& edit, EditState& state, char16_t character) REQUIRES(coreMutex)
 {
     if (state.readOnly)
         return {};
@@ -162,9 +162,9 @@ Outcome typeCharacter(Window& edit, EditState& state, char16_t character) REQUIR
     return typeText(edit, state, std::u16string_view(&character, 1));
 }
 
-LRESULT takeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
+LRESULT takeEditInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    Outcome outcome;
+    EditOutcome outcome;
     {
         const Lock lock(coreMutex);
         Window* edit = findWindow(handle);
@@ -206,7 +206,7 @@ LRESULT setWholeText(HWND handle, LPARAM lParam)
 
 LRESULT replaceByProgram(HWND handle, LPARAM lParam)
 {
-    Outcome outcome;
+    EditOutcome outcome;
     {
         const Lock lock(coreMutex);
         Window* edit = findWindow(handle);
@@ -301,11 +301,11 @@ LRESULT editProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     case WM_KEYDOWN:
         if (wParam == VK_ESCAPE)
             closeDialog(handle);
-        return takeInput(handle, message, wParam, lParam);
+        return takeEditInput(handle, message, wParam, lParam);
     case WM_CHAR:
     case InputText:
     case InputNewText:
-        return takeInput(handle, message, wParam, lParam);
+        return takeEditInput(handle, message, wParam, lParam);
     case EM_GETSEL:
     case EM_SETSEL:
     case EM_LIMITTEXT:

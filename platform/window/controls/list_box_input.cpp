@@ -13,12 +13,12 @@ constexpr int RowHeight = 13;
 
 // Input of the user. The state changes first, then the parent is notified.
 
-struct Outcome {
+struct RowOutcome {
     bool notify = false;
     bool doubleClick = false;
 };
 
-Outcome clickRow(Window& box, ListBoxState& state, long index, bool doubleClick) REQUIRES(coreMutex)
+RowOutcome clickRow(Window& box, ListBoxState& state, long index, bool doubleClick) REQUIRES(coreMutex)
 {
     if (!isRow(state, index))
         return {};
@@ -34,7 +34,7 @@ Outcome clickRow(Window& box, ListBoxState& state, long index, bool doubleClick)
     return {.notify = state.multiple || !doubleClick, .doubleClick = doubleClick};
 }
 
-Outcome moveCaret(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
+RowOutcome moveCaret(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
 {
     const long last = static_cast<long>(state.rows.size()) - 1;
     if (last < 0)
@@ -76,14 +76,14 @@ std::optional<long> targetOf(const Window& box, const ListBoxState& state, WPARA
 
 // Shift and a key that moves: the rows from where the selection began to the new caret are selected, and those between
 // the old and the new caret that it leaves no longer are.
-Outcome extendSelection(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
+RowOutcome extendSelection(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
 {
     if (!isRow(state, 0))
         return {};
     if (!isRow(state, state.anchor))
         state.anchor = std::max(state.caret, 0L);
     const long from = std::max(state.caret, 0L);
-    const Outcome outcome = moveCaret(box, state, index);
+    const RowOutcome outcome = moveCaret(box, state, index);
     const auto [low, high] = std::minmax(state.anchor, state.caret);
     for (long row = std::min({low, from}); row <= std::max({high, from}); ++row)
         select(state, row, row >= low && row <= high);
@@ -91,7 +91,7 @@ Outcome extendSelection(Window& box, ListBoxState& state, long index) REQUIRES(c
     return outcome;
 }
 
-Outcome selectAll(Window& box, ListBoxState& state, bool selected) REQUIRES(coreMutex)
+RowOutcome selectAll(Window& box, ListBoxState& state, bool selected) REQUIRES(coreMutex)
 {
     for (long row = 0; isRow(state, row); ++row)
         select(state, row, selected);
@@ -99,7 +99,7 @@ Outcome selectAll(Window& box, ListBoxState& state, bool selected) REQUIRES(core
     return {.notify = true};
 }
 
-Outcome pressKey(Window& box, ListBoxState& state, WPARAM key, LPARAM modifiers) REQUIRES(coreMutex)
+RowOutcome pressKey(Window& box, ListBoxState& state, WPARAM key, LPARAM modifiers) REQUIRES(coreMutex)
 {
     const bool shift = modifiers & KeyWithShift;
     if (state.multiple && key == u'A' && (modifiers & KeyWithControl))
@@ -134,7 +134,7 @@ long search(ListBoxState& state, std::u16string_view typed)
 }
 
 // A blank selects or deselects the caret row, unless it continues a text that a row has.
-Outcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQUIRES(coreMutex)
+RowOutcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQUIRES(coreMutex)
 {
     if (character < u' ')
         return {};
@@ -142,18 +142,18 @@ Outcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQU
     const long found = search(state, typed);
     if (character == u' ' && (found < 0 || typed.size() == 1)) {
         state.typed.end();
-        return state.multiple ? clickRow(box, state, std::max(state.caret, 0L), false) : Outcome{};
+        return state.multiple ? clickRow(box, state, std::max(state.caret, 0L), false) : RowOutcome{};
     }
     state.typed.note(typed);
     state.anchor = -1;
-    return found < 0 ? Outcome{} : moveCaret(box, state, found);
+    return found < 0 ? RowOutcome{} : moveCaret(box, state, found);
 }
 
 }  // namespace
 
 LRESULT takeListInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
-    Outcome outcome;
+    RowOutcome outcome;
     {
         const Lock lock(coreMutex);
         Window* box = findWindow(handle);

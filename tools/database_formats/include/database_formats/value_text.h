@@ -32,6 +32,9 @@ WORD flagsFrom(std::string_view digits);
 
 // UTF-8 as UTF-16. Throws a FormatFault if the text isn't valid UTF-8.
 std::u16string validText(std::string_view utf8);
+
+// Adds the text to the record unless it is empty. Throws a FormatFault if it isn't valid UTF-8.
+void addUtf8(Record& record, CEPROPID id, std::string_view utf8);
 bool isValidUtf8(std::string_view bytes);
 
 }  // namespace database_formats
