@@ -5,8 +5,8 @@
 Exit code 1: clang-tidy has complaints, and they are on standard output.
 
 Sources of one folder with the same options are read together, as one translation unit that includes them. This takes a fraction
-of the time, most of which clang-tidy spends on the headers of the system. Sources that define the same name are in different units.
-Those of a unit with a complaint are read once more, each alone.
+of the time, most of which clang-tidy spends on the headers of the system. The sources of a unit with a complaint are read once more,
+each alone.
 
 What a source was found good for is kept as an empty file whose name is a hash of all that clang-tidy read: the compile
 command, clang-tidy's own version and settings, the source, and each header of the project that the source can include. Headers
@@ -25,7 +25,6 @@ import subprocess
 import sys
 
 TIDY = "clang-tidy-14"
-CLANG = "clang++-14"
 MOST_TOGETHER = 16
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 INCLUDE = re.compile(rb'^\s*#\s*include\s*(?:"([^"]+)"|<([^>]+)>)', re.MULTILINE)
@@ -91,26 +90,10 @@ def joined(build, batch):
     return path
 
 
-def run_on(batch, *words):
-    return subprocess.run([*words, *options(batch[0])], capture_output=True, text=True, check=False, cwd=batch[0]["directory"])
-
-
-def compatible(build, batch):
-    """The batch in groups of which no two sources define the same name."""
-    while len(batch) > 1:
-        said = run_on(batch, CLANG, "-fsyntax-only", "-ferror-limit=0", "-w", joined(build, batch)).stderr
-        wrong = {found for found in re.findall(r"^(\S+):\d+:\d+: (?:fatal )?error:", said, re.MULTILINE)}
-        others = [entry for entry in batch if entry["file"] in wrong]
-        if len(others) in (0, len(batch)):
-            break
-        yield [entry for entry in batch if entry["file"] not in wrong]
-        batch = others
-    yield batch
-
-
 def is_clean_together(build, batch):
-    return run_on(batch, TIDY, "--quiet", "--checks=-bugprone-suspicious-include",
-                  r"--header-filter=(src|platform|tools)/.*\.(h|cpp)$", joined(build, batch), "--").returncode == 0
+    words = [TIDY, "--quiet", "--checks=-bugprone-suspicious-include", r"--header-filter=(src|platform|tools)/.*\.(h|cpp)$",
+             joined(build, batch), "--", *options(batch[0])]
+    return subprocess.run(words, capture_output=True, check=False, cwd=batch[0]["directory"]).returncode == 0
 
 
 def may_have_unused_name(source):
@@ -123,11 +106,12 @@ def may_have_unused_name(source):
 def complaints(build, batch):
     """Of each source of the batch, what clang-tidy says about it, or an empty text."""
     found = {}
-    for group in compatible(build, batch):
-        clean = len(group) > 1 and is_clean_together(build, group)
-        for source in [entry["file"] for entry in group]:
-            run = None if clean and not may_have_unused_name(source) else subprocess.run([TIDY, "-p", build, "--quiet", source], capture_output=True, text=True, check=False)
-            found[source] = (run.stdout or run.stderr) if run and run.returncode else ""
+    clean = len(batch) > 1 and is_clean_together(build, batch)
+    for source in [entry["file"] for entry in batch]:
+        run = None
+        if not clean or may_have_unused_name(source):
+            run = subprocess.run([TIDY, "-p", build, "--quiet", source], capture_output=True, text=True, check=False)
+        found[source] = (run.stdout or run.stderr) if run and run.returncode else ""
     return found
 
 
