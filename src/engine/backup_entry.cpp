@@ -22,6 +22,8 @@
 
 namespace {
 
+constexpr DWORD HandOverBytes = 262144;
+
 // Offsets have 32 bits.
 bool FitsOffsets(const BackupRun& run)
 {
@@ -56,13 +58,24 @@ bool WasDeletedMeanwhile(const BackupRun& run)
            (run.item.error == ERROR_FILE_NOT_FOUND || run.item.error == ERROR_PATH_NOT_FOUND);
 }
 
+// Passes the data written so far to the host, which may read it from then on.
+void HandOverData(BackupRun& run)
+{
+    if (HandOverFileBuffers(run.dataFile))
+        ReportStoredBytes(run.dataBytes);
+    else
+        NoteFailure(run.item, GetLastError());
+}
+
 // dataBytes grows by what WriteFile reports, so that on a full card the next item's offset is still right. The number
-// of bytes read is compared with the number packed, because a failing disk can end the stream early.
+// of bytes read is compared with the number packed, because a failing disk can end the stream early. A long stream is
+// handed over in parts, so that the host can read them while the run copies the rest with one processor.
 void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
 {
     ByteCounter counter = StartByteCounter(run.progress, TextBackedUpCountFormat);
     BYTE piece[PieceBytes];
     std::uint64_t read = 0;
+    DWORD handedOver = run.dataBytes;
     for (;;) {
         DWORD bytes = 0;
         if (!ReadFile(stream, piece, PieceBytes, &bytes, nullptr))
@@ -76,6 +89,10 @@ void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed faile
         run.dataBytes += written;
         if (showCount)
             ShowBytes(counter, run.dataBytes);
+        if (run.dataBytes - handedOver >= HandOverBytes) {
+            HandOverData(run);
+            handedOver = run.dataBytes;
+        }
     }
     if (read != run.packed.bytes)
         NoteFailure(run.item, ERROR_HANDLE_EOF);
@@ -165,10 +182,7 @@ BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE str
 
 void EndEntry(BackupRun& run, BackupEntry& entry)
 {
-    if (HandOverFileBuffers(run.dataFile))
-        ReportStoredBytes(run.dataBytes);
-    else
-        NoteFailure(run.item, GetLastError());
+    HandOverData(run);
     if (!WriteEntryEnd(run.listFile, run.dataBytes) || !HandOverFileBuffers(run.listFile)) {
         NoteFailure(run.item, GetLastError());
         entry.listed = FALSE;
