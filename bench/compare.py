@@ -269,6 +269,13 @@ class Verdict:
             self.missed.append(f"{what}: {value:.2f}{unit}, aim {aim:.2f}{unit}")
         return f"   aim {aim:g}{unit} {'met' if met else 'MISSED'}"
 
+    def tell(self):
+        """Prints the missed aims and returns the exit code."""
+        for missed in self.missed:
+            print(f"MISSED: {missed}")
+        print(f"{len(self.missed)} aims missed" if self.missed else "every aim met")
+        return 1 if self.missed else 0
+
 
 def report(corpus, result, verdict, aims, time_aims):
     for operation in ("backup", "restore"):
@@ -341,10 +348,7 @@ def main():
             other.kill()
         if not arguments.keep:
             shutil.rmtree(arguments.folder, ignore_errors=True)
-    for missed in verdict.missed:
-        print(f"MISSED: {missed}")
-    print(f"{len(verdict.missed)} aims missed" if verdict.missed else "every aim met")
-    return 1 if verdict.missed else 0
+    return verdict.tell()
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 // data_digest.h - computes the digest of a set's data file while the run writes the file, so that the seal needn't read
-// the file again. A backup of large files still takes a fifth longer with its seal, since both processors are busy.
+// the file again.
 //
 // The thread reads only bytes that the run has passed to the host and won't change (ReportStoredBytes). It shares
 // nothing with the run but the numbers of kernel/run_progress.h.
