@@ -17,7 +17,8 @@ namespace {
 
 // Nothing ever changes, so the kernel asks once.
 constexpr double Forever = 365.0 * 24 * 60 * 60;
-constexpr blksize_t PreferredBytes = 131072;
+constexpr blksize_t FilePreferredBytes = 131072;
+constexpr blksize_t FolderPreferredBytes = 262144;
 constexpr std::size_t MostParts = 512;  // of an answer. The host takes 1024 (IOV_MAX).
 constexpr mode_t FolderMode = S_IFDIR | 0555;
 constexpr mode_t FileMode = S_IFREG | 0444;
@@ -60,7 +61,7 @@ struct stat statusOf(Place place, const Attributes& attributes)
     status.st_gid = group;
     status.st_size = static_cast<off_t>(attributes.bytes);
     status.st_blocks = static_cast<blkcnt_t>((attributes.bytes + 511) / 512);
-    status.st_blksize = PreferredBytes;
+    status.st_blksize = attributes.isFolder ? FolderPreferredBytes : FilePreferredBytes;
     status.st_mtim.tv_sec = status.st_ctim.tv_sec = status.st_atim.tv_sec = attributes.changed;
     return status;
 }
