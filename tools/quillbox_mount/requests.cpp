@@ -224,42 +224,28 @@ int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttribut
     return error;
 }
 
-// Finds out the sizes that the next request for a listing needs, while the kernel uses the last answer.
-void measureAhead(ShownSets& sets, Place folder, std::size_t number) noexcept
-{
-    constexpr std::size_t Files = 256;  // more than an answer has
-    try {
-        ShownSets::Child child;
-        Attributes ignored{};
-        for (const std::size_t end = number + Files; number < end; number++) {
-            if (sets.child(folder, number - 2, child) || sets.attributes(child.place, Sizes::IfQuick, ignored))
-                return;
-        }
-    } catch (const std::exception&) {
-        // There is too little memory, and the next request does it.
-    }
-}
-
 void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, bool withAttributes)
 {
-    ShownSets& sets = setsOf(request);
-    auto number = static_cast<std::size_t>(offset);
+    RequestState& state = stateOf(request);  // the answer ends the request
+    Place reached = placeOf(folder);
     answer(request, [&] {
         Listing listing(request, bytes);
         std::string name;
         fuse_entry_param entry{};
-        for (;; number++) {
-            const int error = entryAt(sets, placeOf(folder), number, withAttributes, name, entry);
+        for (auto number = static_cast<std::size_t>(offset);; number++) {
+            const int error = entryAt(state.sets, placeOf(folder), number, withAttributes, name, entry);
             if (error != 0 && error != ENOENT)
                 return error;
             if (error == ENOENT || !listing.add(name.c_str(), entry, withAttributes, static_cast<off_t>(number + 1)))
                 break;
+            if (S_ISREG(entry.attr.st_mode))
+                reached = placeOf(entry.ino);
         }
         listing.reply();
         return 0;
     });
-    if (withAttributes && number >= 2)
-        measureAhead(sets, placeOf(folder), number);
+    if (withAttributes && !reached.isTop())
+        state.measuring->after(reached);
 }
 
 void listNames(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, fuse_file_info* /*file*/)

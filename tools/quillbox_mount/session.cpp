@@ -76,6 +76,7 @@ bool serve(ShownSets& sets, const std::string& folder, Ground ground)
     const Mounted mounted(session.get(), folder);
     if (!mounted || fuse_daemonize(ground == Ground::Foreground ? 1 : 0) != 0)
         return false;
+    state.measuring.emplace(sets);  // the process that went to the background has no other threads yet
     const std::unique_ptr<fuse_loop_config, Free> config(fuse_loop_cfg_create());
     (void)fuse_session_loop_mt(session.get(), config.get());
     return true;

@@ -100,6 +100,8 @@ int ShownSets::attributes(Place place, Sizes sizes, Attributes& found)
     Loaded* const loaded = load(set);
     if (!loaded)
         return EIO;
+    if (place.node >= loaded->tree->size())
+        return ENOENT;
     const Node::Kind kind = loaded->tree->node(place.node).kind;
     found.isFolder = kind == Node::Kind::Folder;
     found.areFinal = sizes == Sizes::All ||

@@ -29,6 +29,7 @@ struct Place {
     std::uint32_t node = 0;
 
     bool isTop() const { return set == 0; }
+    bool operator==(const Place&) const = default;
 };
 
 struct Attributes {
@@ -48,8 +49,8 @@ struct Content {
 // Which sizes are asked for. That of a text takes long, because the text has to be written.
 enum class Sizes { None, IfQuick, All };
 
-// Any thread, after the constructor. The results of the calls are 0 or an errno: ENOENT without such a name, EIO for
-// damage and for sets that can't be read.
+// Any thread, after the constructor. The results of the calls are 0 or an errno: ENOENT without such a name or place,
+// EIO for damage and for sets that can't be read.
 class ShownSets {
 public:
     // Reads the dates of the sets.
