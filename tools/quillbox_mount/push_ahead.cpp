@@ -8,35 +8,41 @@ namespace quillbox_mount {
 
 namespace {
 
-constexpr std::uint32_t MostFiles = 32;
-constexpr std::uint64_t MostBytes = 131072;  // of one file
+constexpr std::uint32_t MostFiles = 128;
+constexpr std::uint64_t MostSkipped = 8;  // folders and files that a client that reads in order may pass over
+constexpr std::uint64_t MostOfOne = 131072;
+constexpr std::uint64_t MostBytes = 4 * 1024 * 1024;
 
 std::uint64_t numberOf(Place file)
 {
     return std::uint64_t{file.set} << 32 | file.node;
 }
 
-void push(fuse_session* session, Place file, const Content& content)
+// Adds to the number of pushed bytes. False if the kernel doesn't know the file, because no client has listed its
+// folder.
+bool push(fuse_session* session, Place file, const Content& content, std::uint64_t& bytes)
 {
     off_t offset = 0;
     for (const Piece& piece : content.pieces) {
         fuse_bufvec buffer = bufferOf(piece.bytes);
         buffer.buf[0].mem = const_cast<std::byte*>(piece.block->data()) + piece.start;
-        // Without success the kernel asks for the file.
-        (void)fuse_lowlevel_notify_store(session, inodeOf(file), offset, &buffer, FUSE_BUF_NO_SPLICE);
+        if (fuse_lowlevel_notify_store(session, inodeOf(file), offset, &buffer, FUSE_BUF_NO_SPLICE) != 0)
+            return false;
         offset += static_cast<off_t>(piece.bytes);
+        bytes += piece.bytes;
     }
+    return true;
 }
 
-// `file` becomes the last one that was pushed.
+// `file` becomes the last one that was pushed, or that is empty.
 void pushAfter(fuse_session* session, ShownSets& sets, Place& file)
 {
-    for (std::uint32_t count = 0; count < MostFiles; count++) {
+    std::uint64_t bytes = 0;
+    for (std::uint32_t count = 0; count < MostFiles && bytes < MostBytes; count++) {
         const Place next = {file.set, file.node + 1};
         Content content;
-        if (!sets.readSmall(next, MostBytes, content))
+        if (!sets.readSmall(next, MostOfOne, content) || !push(session, next, content, bytes))
             break;
-        push(session, next, content);
         file = next;
     }
 }
@@ -45,8 +51,8 @@ void pushAfter(fuse_session* session, ShownSets& sets, Place& file)
 
 void PushAhead::after(fuse_session* session, ShownSets& sets, Place file) noexcept
 {
-    const bool inOrder = last_.exchange(numberOf(file)) + 1 == numberOf(file);
-    if (!inOrder || isPushing_.test_and_set())
+    const std::uint64_t skipped = numberOf(file) - last_.exchange(numberOf(file)) - 1;
+    if (skipped > MostSkipped || isPushing_.test_and_set())
         return;
     try {
         pushAfter(session, sets, file);

@@ -178,7 +178,7 @@ bool ShownSets::readSmall(Place file, std::uint64_t most, Content& content)
     if (!loaded || file.node >= loaded->tree->size() || loaded->tree->node(file.node).kind != Node::Kind::File)
         return false;
     const std::uint64_t size = loaded->sizes[file.node];
-    return size > 1 && size - 1 <= most && read(file, 0, size - 1, content) == 0;
+    return size != 0 && size - 1 <= most && read(file, 0, size - 1, content) == 0;
 }
 
 std::shared_ptr<SeekableStream> ShownSets::streamOf(const Shown& set, const Loaded& loaded, std::uint32_t node)
