@@ -237,15 +237,15 @@ class LifeTest(MountTest):
         self.assertEqual(list(self.shown.iterdir()), [])
 
     @needs_strace
-    def test_a_computer_that_cannot_mount_says_so_in_one_sentence(self):
+    def test_what_ends_or_prevents_a_mount_is_said_in_one_sentence(self):
         for calls, path, sentence in (
                 (["-P", "/dev/fuse", "-e", "inject=openat:error=ENOENT"], "/bin", "/dev/fuse can't be opened, so this computer can't mount sets: No such.*"),
                 (["-e", "inject=geteuid:retval=1000"], "/nowhere", "fusermount3 is missing, so only root .* package fuse3"),
                 (["-e", "inject=mount:error=EINVAL"], "/bin", "the sets can't be mounted on .*/shown")):
-            done = subprocess.run([shutil.which("strace"), "-fqq", "-o", self.folder / "trace", *calls, TOOL, self.sets, self.shown], check=False,
+            done = subprocess.run([shutil.which("strace"), "-fqq", "-o", self.folder / "trace", *calls, TOOL, self.sets, self.shown, "--foreground"], check=False,
                                   env={**os.environ, "PATH": path, "ASAN_OPTIONS": "detect_leaks=0"}, capture_output=True, text=True)
             self.assertEqual(done.returncode, 1, done.stderr)
-            self.assertRegex(done.stderr, rf"^quillbox-mount: {sentence}\n$")
+            self.assertRegex(done.stderr, rf"^(fuse: .*\n)?quillbox-mount: {sentence}\n$")
 
 
 class RefusalTest(MountTest):
@@ -261,3 +261,4 @@ class RefusalTest(MountTest):
 
 if __name__ == "__main__":
     unittest.main()
+                (["-P", "/dev/fuse", "-e", "inject=read:error=EIO:when=2+"], "/bin", "the sets aren't mounted any more: .*: Input/output error"),

@@ -51,17 +51,16 @@ int mount(const CommandLine& line)
         return refuse(exitNotMounted, "the library that unpacks blocks doesn't work on this computer");
     ShownSets sets(found.sets);
     const std::string folder = std::filesystem::canonical(line.folder).string();
-    if (!serve(sets, folder, line.foreground ? Ground::Foreground : Ground::Background))
-        return refuse(exitNotMounted,
-                      "the sets can't be mounted on " + screen_text::onScreen(std::string_view(folder)));
-    return exitGood;
+    const std::string fault = serve(sets, folder, line.foreground ? Ground::Foreground : Ground::Background);
+    return fault.empty() ? exitGood : refuse(exitNotMounted, fault);
 }
 
 int run(int count, char** arguments)
 {
     CLI::App app("Shows backup sets as folders that can be read by every program, until they are unmounted with "
                  "`fusermount3 -u DIR`.\n"
-                 "Exit code: 0 good; 1 the sets can't be mounted; 2 bad usage, no set, or DIR isn't an empty folder.",
+                 "Exit code: 0 good; 1 the sets can't be mounted, or not any longer; 2 bad usage, no set, or DIR isn't "
+                 "an empty folder.",
                  "quillbox-mount");
     app.set_version_flag("--version", "quillbox-mount " QUILLBOX_VERSION);
     CommandLine line;

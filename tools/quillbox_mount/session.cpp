@@ -1,10 +1,12 @@
 #include "session.h"
 
 #include "requests.h"
+#include "screen_text/screen_text.h"
 
 #include <malloc.h>
 
 #include <memory>
+#include <system_error>
 
 namespace quillbox_mount {
 
@@ -57,7 +59,7 @@ void keepMemory()
 
 }  // namespace
 
-bool serve(ShownSets& sets, const std::string& folder, Ground ground)
+std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
 {
     fuse_set_log_func(dropMessage);
     keepMemory();
@@ -70,16 +72,20 @@ bool serve(ShownSets& sets, const std::string& folder, Ground ground)
     const std::unique_ptr<fuse_session, Free> session(
         fuse_session_new(&arguments, &requests(), sizeof requests(), &state));
     fuse_opt_free_args(&arguments);  // the library has copied them
+    const std::string notMounted = "the sets can't be mounted on " + screen_text::onScreen(std::string_view(folder));
     if (!session)
-        return false;
+        return notMounted;
     state.session = session.get();
     const Mounted mounted(session.get(), folder);
     if (!mounted || fuse_daemonize(ground == Ground::Foreground ? 1 : 0) != 0)
-        return false;
+        return notMounted;
     state.measuring.emplace(sets);  // the process that went to the background has no other threads yet
     const std::unique_ptr<fuse_loop_config, Free> config(fuse_loop_cfg_create());
-    (void)fuse_session_loop_mt(session.get(), config.get());
-    return true;
+    const int ended = fuse_session_loop_mt(session.get(), config.get());  // a signal's number, or an errno below 0
+    if (ended < 0)
+        return "the sets aren't mounted any more: the kernel's requests can't be read: " +
+               std::generic_category().message(-ended);
+    return "";
 }
 
 }  // namespace quillbox_mount
