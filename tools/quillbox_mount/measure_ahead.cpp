@@ -27,7 +27,7 @@ MeasureAhead::MeasureAhead(ShownSets& sets) : sets_(sets), thread_([this] { work
 MeasureAhead::~MeasureAhead()
 {
     {
-        const platform::kernel::MutexLock lock(mutex_);
+        const platform::kernel::MutexLock lock(mutex_);  // or the thread could begin to wait after it looked
         ends_ = true;
         changed_.notifyAll();
     }
@@ -74,7 +74,7 @@ void MeasureAhead::measureAfter(Place start)
     }
     while (begin_ < start.node)
         bytes_ -= std::min(bytes_, bytesOf({start.set, ++begin_}).value_or(0));
-    while (end_.node - begin_ < MostFiles && bytes_ < MostBytes) {
+    while (end_.node - begin_ < MostFiles && bytes_ < MostBytes && !ends_) {
         const auto bytes = bytesOf({end_.set, end_.node + 1});
         if (!bytes)
             return;

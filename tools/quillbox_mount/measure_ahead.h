@@ -8,6 +8,7 @@
 
 #include "kernel/mutex.h"
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <thread>
@@ -42,7 +43,7 @@ private:
     platform::kernel::Condition changed_;
     Place start_ GUARDED_BY(mutex_);     // the file that a client has reached
     Place measured_ GUARDED_BY(mutex_);  // end_ when the thread looked for work last
-    bool ends_ GUARDED_BY(mutex_) = false;
+    std::atomic<bool> ends_ = false;
     std::thread thread_;
 };
 
