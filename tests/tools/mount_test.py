@@ -182,6 +182,10 @@ class ShownTest(MountTest):
         for name, stream in streams.items():
             made.add(FILE, "\\" + name, stream=stream)
         made.add(FILE, "\\between", b"2").add(DATABASE, "d", image_bytes("d", 24, [], [[(0x10003, 1)]])[:-1])
+        for name in (".", ".."):
+            shutil.copy(self.sets / "a/in/QLBX0002.QLT", self.sets / f"a/in/{name}.QLT")
+        with self.mounted(self.sets / "a/in"):
+            self.assertEqual(names_in(self.shown), ["...QLT", "..QLT", "2024-03-14 QLBX0001", "QLBX0002"])
         path = made.add(DATABASE, "good").add(REGISTRY, "", registry_bytes({})[:-2]).write(self.sets)
         self.extracted(path, code=1)
         with self.mounted():

@@ -48,10 +48,13 @@ ShownSets::ShownSets(const std::vector<archive::SetFiles>& sets)
 
 void ShownSets::add(const archive::SetFiles& files, const std::string& date, std::time_t time)
 {
-    const std::string first = date + std::filesystem::path(files.listName).stem().string();
+    std::string number = std::filesystem::path(files.listName).stem().string();
+    if (number == "." || number == "..")
+        number = files.listName;
+    const std::string first = date + number;
     std::string name = first;
-    for (int number = 2; std::ranges::find(sets_, name, &Shown::name) != sets_.end(); number++)
-        name = first + " (" + std::to_string(number) + ")";
+    for (int same = 2; std::ranges::find(sets_, name, &Shown::name) != sets_.end(); same++)
+        name = first + " (" + std::to_string(same) + ")";
     sets_.emplace_back(static_cast<std::uint32_t>(sets_.size() + 1), files, name, time);
     newest_ = std::max(newest_, time);
 }
