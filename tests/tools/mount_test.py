@@ -143,6 +143,18 @@ class ShownTest(MountTest):
         with self.mounted():
             self.assertEqual((self.shown / "QLBX0001/many").read_bytes(), b"x" * 1100)
 
+    def test_a_file_that_grew_shows_no_zeros_to_one_who_reads_beyond_its_end_first(self):
+        parts = [b"a" * RAW_BLOCK, b"b" * 70_000, *[b"c" * RAW_BLOCK] * 68, b"d" * 5]
+        Set().add(FILE, "\\grew", stream=blocks(*parts)).write(self.sets)
+        content = b"".join(parts)
+        with self.mounted(), open(self.shown / "QLBX0001/grew", "rb", buffering=0) as file:
+            os.posix_fadvise(file.fileno(), 0, 0, os.POSIX_FADV_RANDOM)
+            with self.assertRaises(OSError) as beyond:
+                os.pread(file.fileno(), 4096, len(content) + 20_000)
+            self.assertEqual(beyond.exception.errno, errno.EIO)
+            self.assertEqual((self.shown / "QLBX0001/grew").read_bytes(), content)
+            self.assertEqual((os.fstat(file.fileno()).st_size, os.pread(file.fileno(), 4096, len(content) + 20_000)), (len(content), b""))
+
     def test_sets_are_named_by_date_and_number_and_told_apart(self):
         for place, comment, number in (("a", DATED.format(14), 1), ("a", DATED.format(15), 7), ("a/in", DATED.format(14), 1), ("a/in", "Hi", 2)):
             Set(comment).add(FILE, "\\a", b"").write(self.sets / place, number)
@@ -151,6 +163,10 @@ class ShownTest(MountTest):
         with self.mounted(self.sets / "a/QLBX0007"):
             self.assertEqual(names_in(self.shown), ["2024-03-15 QLBX0007"])
             self.assertEqual(names_in(self.shown / "2024-03-15 QLBX0007"), ["a", "comment.txt"])
+        for name in (".", ".."):
+            shutil.copy(self.sets / "a/in/QLBX0002.QLT", self.sets / f"a/in/{name}.QLT")
+        with self.mounted(self.sets / "a/in"):
+            self.assertEqual(names_in(self.shown), ["...QLT", "..QLT", "2024-03-14 QLBX0001", "QLBX0002"])
 
     def test_what_cannot_be_shown_is_named_and_nothing_leads_out(self):
         made = Set().add(FILE, "\\comment.txt", b"own").add(FILE, "\\x", b"first").add(FILE, "\\in\\y", b"").add(DATABASE, "d")
@@ -182,10 +198,6 @@ class ShownTest(MountTest):
         for name, stream in streams.items():
             made.add(FILE, "\\" + name, stream=stream)
         made.add(FILE, "\\between", b"2").add(DATABASE, "d", image_bytes("d", 24, [], [[(0x10003, 1)]])[:-1])
-        for name in (".", ".."):
-            shutil.copy(self.sets / "a/in/QLBX0002.QLT", self.sets / f"a/in/{name}.QLT")
-        with self.mounted(self.sets / "a/in"):
-            self.assertEqual(names_in(self.shown), ["...QLT", "..QLT", "2024-03-14 QLBX0001", "QLBX0002"])
         path = made.add(DATABASE, "good").add(REGISTRY, "", registry_bytes({})[:-2]).write(self.sets)
         self.extracted(path, code=1)
         with self.mounted():
@@ -243,6 +255,7 @@ class LifeTest(MountTest):
     @needs_strace
     def test_what_ends_or_prevents_a_mount_is_said_in_one_sentence(self):
         for calls, path, sentence in (
+                (["-P", "/dev/fuse", "-e", "inject=read:error=EIO:when=2+"], "/bin", "the sets aren't mounted any more: .*: Input/output error"),
                 (["-P", "/dev/fuse", "-e", "inject=openat:error=ENOENT"], "/bin", "/dev/fuse can't be opened, so this computer can't mount sets: No such.*"),
                 (["-e", "inject=geteuid:retval=1000"], "/nowhere", "fusermount3 is missing, so only root .* package fuse3"),
                 (["-e", "inject=mount:error=EINVAL"], "/bin", "the sets can't be mounted on .*/shown")):
@@ -265,4 +278,3 @@ class RefusalTest(MountTest):
 
 if __name__ == "__main__":
     unittest.main()
-                (["-P", "/dev/fuse", "-e", "inject=read:error=EIO:when=2+"], "/bin", "the sets aren't mounted any more: .*: Input/output error"),

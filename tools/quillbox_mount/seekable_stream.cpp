@@ -107,18 +107,19 @@ void SeekableStream::measure(const Source& source)
     if (blocks_ > 0) {
         const auto last = cached(--blocks_, &source);
         damaged_ |= !last;
-        size_ = std::uint64_t{blocks_} * RawBlockBytes;
-        if (last) {
-            blocks_++;
-            size_ += last->size();
-        }
-    }
-    if (blocks_ <= MostCounted) {
-        while (starts_.size() <= blocks_)
-            placeNext(0);
-        size_ = starts_.back();
+        size_ = std::uint64_t{blocks_} * RawBlockBytes + (last ? last->size() : 0);
+        blocks_ += last ? 1 : 0;
     }
     size_ += damaged_ ? 1 : 0;
+    while (starts_.size() <= blocks_ && blocks_ <= MostCounted)
+        placeNext(0);
+    firstSize_ = size_;
+}
+
+bool SeekableStream::isDamaged()
+{
+    const platform::kernel::MutexLock lock(mutex_);
+    return damaged_;
 }
 
 bool SeekableStream::read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces)
@@ -126,7 +127,7 @@ bool SeekableStream::read(std::uint64_t offset, std::uint64_t bytes, std::vector
     while (bytes > 0) {
         const Place place = placeOf(offset);
         if (place.kind != Place::Kind::Block)
-            return place.kind == Place::Kind::End;
+            return place.kind == Place::Kind::End && (offset <= place.start || offset >= firstSize_);
         auto block = cached(place.block);
         if (!block)
             return false;
@@ -145,7 +146,7 @@ SeekableStream::Place SeekableStream::placeOf(std::uint64_t offset)
     while (starts_.back() <= offset && starts_.size() <= blocks_)
         placeNext(offset);
     if (starts_.back() <= offset)
-        return {damaged_ ? Place::Kind::Damage : Place::Kind::End, 0, 0};
+        return {damaged_ ? Place::Kind::Damage : Place::Kind::End, 0, starts_.back()};
     const auto after = std::ranges::upper_bound(starts_, offset);
     return {Place::Kind::Block, static_cast<std::size_t>(after - starts_.begin()) - 1, *(after - 1)};
 }
@@ -161,6 +162,8 @@ void SeekableStream::placeNext(std::uint64_t wanted)
         blocks_ = next;
         damaged_ = true;
     }
+    if (starts_.size() > blocks_)
+        size_ = starts_.back() + (damaged_ ? 1 : 0);
 }
 
 // Null if it doesn't unpack.

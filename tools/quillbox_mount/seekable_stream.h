@@ -12,6 +12,7 @@
 
 #include "ce/types.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -40,18 +41,25 @@ public:
     // a block before the last one isn't full. For a damaged stream: what is before the damage, and one byte that can't
     // be read.
     std::uint64_t size() const { return size_; }
+    // In a stream of more than 64 blocks that shows only after a read, if it isn't in the lengths or the last block.
+    bool isDamaged() EXCLUDES(mutex_);
 
     // What the stream itself needs.
-    std::uint64_t memoryBytes() const { return sizeof *this + offsets_.size() * (sizeof(DWORD) + sizeof size_); }
+    std::uint64_t memoryBytes() const
+    {
+        return sizeof *this + offsets_.size() * (sizeof(DWORD) + sizeof(std::uint64_t));
+    }
 
-    // Appends the pieces from `offset` on. They are fewer bytes only at the end. False if damage is among them.
+    // Appends the pieces from `offset` on. They are fewer bytes only at the end. False if damage is among them, or if
+    // `offset` is beyond the end, but not beyond a size that was too large. The kernel would believe an empty answer
+    // that comes before the one with the last bytes, and show zeros between the two.
     [[nodiscard]] bool read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces) EXCLUDES(mutex_);
 
 private:
     struct Place {
         enum class Kind { Block, End, Damage } kind;
         std::size_t block;
-        std::uint64_t start;  // of the block, in raw bytes
+        std::uint64_t start;  // of the block, in raw bytes. End and Damage: where the bytes end.
     };
 
     class Source;
@@ -67,7 +75,8 @@ private:
     const std::uint64_t set_;
     BlockCache& cache_;
     std::vector<DWORD> offsets_;  // of the blocks with raw bytes, and of what follows them
-    std::uint64_t size_ = 0;
+    std::atomic<std::uint64_t> size_ = 0;
+    std::uint64_t firstSize_ = 0;  // size() at first
 
     platform::kernel::Mutex mutex_;
     // Where each block begins in the raw bytes, and where the last of these ends: of the blocks that have their place.

@@ -165,8 +165,13 @@ int ShownSets::read(Place file, std::uint64_t offset, std::uint64_t bytes, Conte
     if (!loaded)
         return EIO;
     const Node& node = loaded->tree->node(file.node);
-    if (node.kind == Node::Kind::File)
-        return streamOf(set, *loaded, file.node)->read(offset, bytes, content.pieces) ? 0 : EIO;
+    if (node.kind == Node::Kind::File) {
+        const auto stream = streamOf(set, *loaded, file.node);
+        const bool isRead = stream->read(offset, bytes, content.pieces);
+        std::atomic<std::uint64_t>& size = loaded->sizes[file.node];
+        size = std::min<std::uint64_t>(size, stream->size() + 1);  // the read may have come to the end
+        return isRead ? 0 : EIO;
+    }
     if (node.kind == Node::Kind::Text) {
         content.text = textOf(set, *loaded, file.node);
         return content.text->file ? 0 : EIO;
