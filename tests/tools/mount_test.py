@@ -155,6 +155,25 @@ class ShownTest(MountTest):
             self.assertEqual((self.shown / "QLBX0001/grew").read_bytes(), content)
             self.assertEqual((os.fstat(file.fileno()).st_size, os.pread(file.fileno(), 4096, len(content) + 20_000)), (len(content), b""))
 
+    def test_a_set_that_is_replaced_stays_as_it_was_and_one_that_is_overwritten_is_damaged(self):
+        def one(number):
+            return (Set().add(FILE, "\\a", b"%d" % number).add(DATABASE, "d", image_bytes("d", 7, [], [[(0x10003, number)]]))
+                    .add(REGISTRY, "", registry_bytes({f"HKEY_USERS\\{number}": ['@="x"']})))
+
+        path, other = one(1).write(self.sets), one(2).write(self.folder / "other")
+        before = {**self.extracted(path), **self.extracted(path, "--form", "csv", "d"), "comment.txt": b"Hi"}
+        with self.mounted():
+            self.assertEqual(names_in(self.shown / "QLBX0001"), sorted(before))
+            for ending in (".QLT", ".QDT"):
+                os.replace(shutil.copy(other.with_suffix(ending), self.folder / "copy"), path.with_suffix(ending))
+            self.assertEqual(content_below(self.shown / "QLBX0001"), before)
+        with self.mounted():
+            names_in(self.shown / "QLBX0001")
+            path.with_suffix(".QDT").write_bytes(one(3).data)
+            damaged = [name for name in before if self.read_error(self.shown / "QLBX0001" / name) == errno.EIO]
+            self.assertEqual(sorted({*damaged, "a"}), ["a", "d.csv", "d.jsonl", "registry.reg"])
+            self.assertTrue("a" in damaged or (self.shown / "QLBX0001/a").read_bytes() == b"2", "it was unpacked before")
+
     def test_sets_are_named_by_date_and_number_and_told_apart(self):
         for place, comment, number in (("a", DATED.format(14), 1), ("a", DATED.format(15), 7), ("a/in", DATED.format(14), 1), ("a/in", "Hi", 2)):
             Set(comment).add(FILE, "\\a", b"").write(self.sets / place, number)

@@ -20,23 +20,29 @@ std::unique_ptr<const SetTree> SetReading::readTree(const SetFiles& files)
     return set.isOpen() ? std::make_unique<const SetTree>(set) : nullptr;
 }
 
-// The file has no name any more when the temporary folder is deleted.
-ItemText SetReading::writeText(const SetFiles& files, const Node& node)
+// The item alone becomes a data file in the temporary folder. The text has no name any more when that folder is
+// deleted.
+ItemText SetReading::writeText(const DataFile& data, const Node& node)
 {
     const platform::kernel::MutexLock lock(mutex_);
     const TemporaryFolder folder;
-    const OpenedSet set(files, folder.path());
-    if (!set.isOpen())
+    const SetFiles alone = {folder.path(), "", "stream", ""};
+    std::ofstream stream(folder.path() + "/" + alone.dataName, std::ios::binary);
+    const bool isCopied = data.copy(node.startOffset, node.endOffset, stream);
+    stream.close();
+    if (!isCopied || !stream)
         return {};
-    const OpenFile data(set.mounted().dataPath, GENERIC_READ, OPEN_EXISTING);
+    const SetMount mount(alone, folder.path());
+    if (!mount)
+        return {};
+    const OpenFile copied((*mount).dataPath, GENERIC_READ, OPEN_EXISTING);
     Item item{};
     item.entry.kind = node.itemKind;
-    item.entry.startOffset = node.startOffset;
-    item.entry.endOffset = node.endOffset;
+    item.entry.endOffset = node.endOffset - node.startOffset;
     const std::string path = folder.path() + "/text";
     std::ofstream out(path, std::ios::binary);
     database_formats::LeftOut leftOut;  // quillbox-set names it, and JSON lines have all of it
-    const std::string fault = writeItemText(data, item, node.format, out, leftOut);
+    const std::string fault = writeItemText(copied, item, node.format, out, leftOut);
     out.flush();
     if (!fault.empty() || !out)
         return {};

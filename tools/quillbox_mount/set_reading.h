@@ -8,6 +8,7 @@
 #pragma once
 
 #include "archive/set_files.h"
+#include "data_file.h"
 #include "host/descriptor.h"
 #include "set_tree.h"
 
@@ -30,8 +31,10 @@ public:
     // Null if the list can't be read.
     std::unique_ptr<const SetTree> readTree(const archive::SetFiles& files) EXCLUDES(mutex_);
 
-    // Needs space in the folder for temporary files: for the text, and for the image of a database meanwhile.
-    ItemText writeText(const archive::SetFiles& files, const Node& node) EXCLUDES(mutex_);
+    // Needs space in the folder for temporary files: for the text, and for the item's stream and the image of a
+    // database meanwhile. `data` is the set's data file as it was opened: the names of the set may lead to another one
+    // now.
+    ItemText writeText(const DataFile& data, const Node& node) EXCLUDES(mutex_);
 
 private:
     platform::kernel::Mutex mutex_;

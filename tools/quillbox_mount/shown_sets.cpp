@@ -66,10 +66,11 @@ ShownSets::Loaded* ShownSets::load(Shown& set)
     const platform::kernel::MutexLock lock(loading_);
     if (set.owned)
         return set.owned.get();
+    DataFile data(set.files);
     auto tree = reading_.readTree(set.files);
-    if (!tree)
+    if (!tree || !data.isStill(set.files))
         return nullptr;
-    set.owned = std::make_unique<Loaded>(std::move(tree), set.files);
+    set.owned = std::make_unique<Loaded>(std::move(tree), std::move(data));
     set.loaded.store(set.owned.get(), std::memory_order_release);
     return set.owned.get();
 }
@@ -203,7 +204,9 @@ std::shared_ptr<const ItemText> ShownSets::textOf(const Shown& set, const Loaded
 {
     if (auto kept = texts_.find(keyOf(set.number, node)))
         return kept;
-    auto made = std::make_shared<const ItemText>(reading_.writeText(set.files, loaded.tree->node(node)));
+    if (streamOf(set, loaded, node)->isDamaged())
+        return std::make_shared<const ItemText>();
+    auto made = std::make_shared<const ItemText>(reading_.writeText(loaded.data, loaded.tree->node(node)));
     if (!made->file)
         return made;  // there may be room for it later, so it is tried again
     return texts_.add(keyOf(set.number, node), made, made->bytes);

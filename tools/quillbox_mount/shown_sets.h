@@ -76,8 +76,8 @@ public:
 private:
     // What is read of a set when it is needed first.
     struct Loaded {
-        Loaded(std::unique_ptr<const SetTree>&& ofSet, const archive::SetFiles& files)
-            : tree(std::move(ofSet)), data(files), sizes(tree->size())
+        Loaded(std::unique_ptr<const SetTree>&& ofSet, DataFile&& opened)
+            : tree(std::move(ofSet)), data(std::move(opened)), sizes(tree->size())
         {
         }
 
