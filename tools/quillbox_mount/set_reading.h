@@ -3,7 +3,8 @@
 // The threads of the mount share these things, each with a mutex of its own:
 // - this object, which uses the platform's name space and the static buffers of src/set;
 // - the caches (bounded_cache.h): unpacked blocks, the places of blocks, texts;
-// - a stream that two of them read at the same time (seekable_stream.h).
+// - a stream that two of them read at the same time (seekable_stream.h);
+// - the place that a client has reached (measure_ahead.h).
 // The tree of a set is written once, before it is shared. No other data changes after the start.
 #pragma once
 
