@@ -18,8 +18,8 @@ namespace {
 // Nothing ever changes, so the kernel asks once.
 constexpr double Forever = 365.0 * 24 * 60 * 60;
 constexpr blksize_t FilePreferredBytes = 131072;
-// The C library of a client reads folders with a buffer of this size, and then keeps as much freed memory. With less than
-// this, cp maps and unmaps its buffer of 128 KB for each file.
+// The C library of a client reads folders with a buffer of this size, and then keeps as much freed memory. With less
+// than this, cp maps and unmaps its buffer of 128 KB for each file.
 constexpr blksize_t FolderPreferredBytes = 262144;
 constexpr std::size_t MostParts = 512;  // of an answer. The host takes 1024 (IOV_MAX).
 constexpr mode_t FolderMode = S_IFDIR | 0555;

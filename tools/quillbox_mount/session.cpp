@@ -72,7 +72,7 @@ std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
     const std::unique_ptr<fuse_session, Free> session(
         fuse_session_new(&arguments, &requests(), sizeof requests(), &state));
     fuse_opt_free_args(&arguments);  // the library has copied them
-    const std::string notMounted = "the sets can't be mounted on " + screen_text::onScreen(std::string_view(folder));
+    std::string notMounted = "the sets can't be mounted on " + screen_text::onScreen(std::string_view(folder));
     if (!session)
         return notMounted;
     state.session = session.get();
