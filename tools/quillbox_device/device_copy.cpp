@@ -6,7 +6,6 @@
 #include "store/object_store.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <string>
 #include <system_error>
 
@@ -33,30 +32,21 @@ platform::host::Descriptor lock(const fs::path& device)
     return opened;
 }
 
-fs::path newTemporaryFolder()
-{
-    std::string path = (fs::temp_directory_path() / "quillbox-XXXXXX").string();
-    if (!::mkdtemp(path.data()))
-        throw Failure("A folder for temporary files can't be made: \"" + path + "\".");
-    return path;
-}
-
 }  // namespace
 
-DeviceCopy::DeviceCopy(const fs::path& device)
-    : device_(device), lock_(lock(device)), folder_(newTemporaryFolder()), copied_(stamps())
+DeviceCopy::DeviceCopy(const fs::path& device) : device_(device), lock_(lock(device)), copied_(stamps())
 {
+    const fs::path folder = folder_.path();
     std::error_code error;
     std::string sentence;
     for (const char* name : Copied) {
         if (!error && fs::exists(device / name))
-            fs::copy_file(device / name, folder_ / name, error);
+            fs::copy_file(device / name, folder / name, error);
     }
-    const bool opened = !error && platform::registry::openRegistry(folder_ / "device.db", sentence);
+    const bool opened = !error && platform::registry::openRegistry(folder / "device.db", sentence);
     if (opened && fs::exists(device / "device.db"))
         return;
     platform::registry::closeRegistry();
-    fs::remove_all(folder_, error);
     throw Failure(!sentence.empty() ? sentence
                                     : "The database of \"" + device.string() + "\" is missing or can't be copied.");
 }
@@ -65,8 +55,6 @@ DeviceCopy::~DeviceCopy()
 {
     platform::store::closeStore();
     platform::registry::closeRegistry();
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
 }
 
 bool DeviceCopy::isOutdated() const

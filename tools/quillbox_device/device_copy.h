@@ -1,6 +1,7 @@
 // device_copy.h - the databases and the registry of a device, opened without a change to the device.
 #pragma once
 
+#include "archive/temporary_folder.h"
 #include "device_files.h"
 
 #include <filesystem>
@@ -12,7 +13,7 @@ namespace quillbox_device {
 // of the store and of the registry then read it. The destructor closes and deletes the copy.
 class DeviceCopy {
 public:
-    // Throws a Failure.
+    // Throws a Failure, or a std::runtime_error if there is no room for temporary files.
     explicit DeviceCopy(const std::filesystem::path& device);
     DeviceCopy(const DeviceCopy&) = delete;
     DeviceCopy& operator=(const DeviceCopy&) = delete;
@@ -26,7 +27,7 @@ private:
 
     std::filesystem::path device_;
     platform::host::Descriptor lock_;
-    std::filesystem::path folder_;
+    archive::TemporaryFolder folder_;
     std::vector<Stamp> copied_;
 };
 
