@@ -7,6 +7,7 @@
 #include "trouble_sentences.h"
 
 #include "headless/script_run.h"
+#include "kernel/error_reason.h"
 #include "kernel/standard_streams.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
@@ -22,6 +23,7 @@
 #include "ce/winmain.h"
 
 #include <array>
+#include <exception>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -206,7 +208,12 @@ int run(int count, const char* const* words)
 int main(int count, char** words)
 {
     platform::kernel::secureStandardStreams();
-    const int exitCode = run(count, words);
+    int exitCode = ExitNothingDone;
+    try {
+        exitCode = run(count, words);
+    } catch (const std::exception& error) {
+        return tell(platform::kernel::reasonOf(error) + ".", ExitNothingDone);
+    }
     if (!platform::kernel::standardOutputIsWritten())
         return tell("standard output can't be written.", exitCode == ExitComplete ? ExitNothingDone : exitCode);
     return exitCode;

@@ -10,7 +10,12 @@
 #include "archive/rotation.h"
 #include "archive/set_search.h"
 
+#include "kernel/error_reason.h"
+
 #include "ce/error.h"
+
+#include <exception>
+#include <filesystem>
 
 namespace platform::device {
 
@@ -46,6 +51,8 @@ SealEnd sealNewSet(const Session& session, const std::u16string& listPath,
         return error == ERROR_SUCCESS ? SealEnd::Sealed : failed(archive::errorText(error));
     } catch (const archive::Stopped&) {
         return SealEnd::Stopped;
+    } catch (const std::exception& error) {
+        return failed(kernel::reasonOf(error));
     }
 }
 
@@ -57,8 +64,8 @@ Rotation rotateSets(const Session& session, const std::u16string& listPath, cons
         rotation.isWhole = false;
     };
     const std::u16string folder = listPath.substr(0, listPath.rfind(u'\\'));
-    const std::string made = std::filesystem::canonical(session.hostPath(listPath)).string();
     try {
+        const std::string made = std::filesystem::canonical(session.hostPath(listPath)).string();
         const archive::FoundSets found = archive::searchShownFolder(session.hostPath(folder), folder);
         for (const std::string& fault : found.faults)
             failed("No old set was removed, because " + fault + ".");
@@ -80,6 +87,8 @@ Rotation rotateSets(const Session& session, const std::u16string& listPath, cons
     } catch (const archive::Stopped&) {
         failed("The run was stopped before all old sets were removed.");
         rotation.isStopped = true;
+    } catch (const std::exception& error) {
+        failed("Not all old sets were looked at: " + kernel::reasonOf(error) + ".");
     }
     return rotation;
 }

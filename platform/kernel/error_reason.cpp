@@ -2,6 +2,8 @@
 
 #include "ce/error.h"
 
+#include <new>
+
 namespace platform::kernel {
 
 const char* errorReason(DWORD error)
@@ -31,6 +33,11 @@ const char* errorReason(DWORD error)
     default:
         return nullptr;
     }
+}
+
+std::string reasonOf(const std::exception& error)
+{
+    return dynamic_cast<const std::bad_alloc*>(&error) ? "there isn't enough memory" : error.what();
 }
 
 }  // namespace platform::kernel

@@ -8,6 +8,7 @@
 #include "registry_commands.h"
 #include "screen_text/screen_text.h"
 
+#include "kernel/error_reason.h"
 #include "kernel/standard_streams.h"
 #include "text/host_name.h"
 
@@ -189,7 +190,8 @@ int run(int count, char** arguments)
 // The message can contain names of files and databases with control characters.
 int report(const std::exception& error, int exitCode)
 {
-    std::cerr << "quillbox-device: " << screen_text::onScreen(std::string_view(error.what())) << '\n';
+    std::cerr << "quillbox-device: " << screen_text::onScreen(std::string_view(platform::kernel::reasonOf(error)))
+              << '\n';
     return exitCode;
 }
 

@@ -6,6 +6,7 @@
 #include "session.h"
 #include "set/block_codec.h"
 
+#include "kernel/error_reason.h"
 #include "kernel/standard_streams.h"
 
 #include <CLI/CLI.hpp>
@@ -89,6 +90,6 @@ int main(int count, char** arguments)
             throw std::runtime_error("standard output can't be written");
         return exitCode;
     } catch (const std::exception& error) {
-        return refuse(exitNotMounted, screen_text::onScreen(std::string_view(error.what())));
+        return refuse(exitNotMounted, screen_text::onScreen(std::string_view(platform::kernel::reasonOf(error))));
     }
 }

@@ -14,6 +14,7 @@
 #include "single_item.h"
 
 #include "file/name_space.h"
+#include "kernel/error_reason.h"
 #include "kernel/standard_streams.h"
 #include "text/host_name.h"
 
@@ -208,7 +209,8 @@ int main(int count, char** arguments)
     } catch (const Stopped&) {
         endBySignal();
     } catch (const std::exception& error) {
-        std::cerr << "quillbox-set: " << screen_text::onScreen(std::string_view(error.what())) << "\n";
+        std::cerr << "quillbox-set: " << screen_text::onScreen(std::string_view(platform::kernel::reasonOf(error)))
+                  << "\n";
         return exitFaults;
     }
 }
