@@ -310,14 +310,27 @@ class SalvageTroubleTest(SalvageTest):
         self.assertGreater(stops, 0)
 
     @needs_strace
-    def test_pages_that_the_host_cannot_read_count_as_zeros(self):
-        reports = []
-        for nth in range(1, 8):  # the first reads are those of the start. The host is asked twice for a page.
-            command = [BIN / "quillbox-set", "salvage", self.data, "--into", self.output_folder(), "--json"]
-            done = traced(command, "pread64", f"pread64:error=EIO:when={nth}..{nth + 2}")
-            reports += [json.loads(done.stdout)] if done.returncode == 1 and done.stdout else []
-        found = next(report for report in reports if report["unreadableBytes"])
-        self.assertEqual((found["unreadableBytes"], found["items"][0]["state"], found["items"][-1]["bytes"]), (PAGE, "partial", 4))
+    def test_a_page_that_the_host_cannot_read_costs_only_its_item(self):
+        raw, end, lacks = random.Random(2).randbytes(1_500_000), 1 << 20, 0
+        data = Set().add(FILE, "\\a", raw).add(DATABASE, "Tasks").add(FILE, "\\b", b"last").write(self.folder / "long").with_suffix(".QDT")
+        middle = []
+        for nth in range(1, 16):  # the first reads are those of the start. The host is asked three times for a page.
+            out, new = self.output_folder(), self.folder / f"new{nth}"
+            done = traced([BIN / "quillbox-set", "salvage", data, "--into", out, "--json", "--set", new, "--unproven"],
+                          "pread64", f"pread64:error=EIO:when={nth}..{nth + 2}")
+            if not done.stdout:
+                continue
+            found = json.loads(done.stdout)
+            lacking, isHole = found["set"].count("It lacks"), found["unreadableBytes"] != 0
+            self.assertEqual((done.returncode, found["complete"], found["partial"] != 0), (1, 2, isHole), found)
+            self.assertEqual(self.verified(new.with_suffix(".QLT"))["itemCount"], 3 - isHole - lacking)
+            lacks += lacking
+            if found["items"][0]["hasBeginning"] and isHole:
+                middle.append((found["items"][0], self.written(out, found["items"][0])))
+        [(item, written)] = middle
+        self.assertGreater(lacks, 0)
+        self.assertTrue(item["unreadable"] and end - 2 * RAW_BLOCK < item["soundBytes"] <= end, item)
+        self.assertEqual((len(written), written[:item["soundBytes"]], written[-RAW_BLOCK:]), (len(raw), raw[:item["soundBytes"]], raw[-RAW_BLOCK:]))
 
 
 if __name__ == "__main__":

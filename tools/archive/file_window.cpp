@@ -38,6 +38,14 @@ std::span<const BYTE> FileWindow::from(std::uint64_t offset, std::size_t ahead)
     return std::span(buffer_).first(filled_).subspan(static_cast<std::size_t>(offset - base_));
 }
 
+std::size_t FileWindow::readable(std::uint64_t offset, std::size_t bytes) const
+{
+    const auto hole = std::ranges::find_if(holes_, [&](const Hole& each) { return each.end > offset; });
+    if (hole == holes_.end() || hole->begin >= offset + bytes)
+        return bytes;
+    return hole->begin > offset ? static_cast<std::size_t>(hole->begin - offset) : 0;
+}
+
 void FileWindow::moveTo(std::uint64_t offset)
 {
     checkStop();
@@ -46,6 +54,7 @@ void FileWindow::moveTo(std::uint64_t offset)
     std::memmove(buffer_.data(), buffer_.data() + (filled_ - kept), kept);
     base_ = offset;
     filled_ = kept;
+    std::erase_if(holes_, [&](const Hole& hole) { return hole.end <= offset; });
     const auto room = static_cast<std::size_t>(std::min<std::uint64_t>(buffer_.size(), size_ - offset)) - kept;
     for (std::size_t left = room; left > 0; left = room - (filled_ - kept))
         filled_ += readInto(std::span(buffer_).subspan(filled_, left), base_ + filled_);
@@ -66,6 +75,7 @@ std::size_t FileWindow::readInto(std::span<BYTE> target, std::uint64_t offset)
         return bytes;
     std::ranges::fill(target.first(page), BYTE{0});
     unreadable_ += page;
+    holes_.push_back({offset, offset + page});
     return page;
 }
 

@@ -83,6 +83,22 @@ bool GrowingFile::write(std::span<const std::byte> bytes)
     return error_ == ERROR_SUCCESS;
 }
 
+bool GrowingFile::cut(std::uint64_t bytes)
+{
+    if (error_ != ERROR_SUCCESS)
+        return false;
+    bytes_ = bytes;
+    if (!file_) {
+        held_.resize(static_cast<std::size_t>(bytes));
+        return true;
+    }
+    auto high = static_cast<LONG>(bytes >> 32);
+    (void)SetFilePointer(file_->handle(), static_cast<LONG>(bytes), &high, FILE_BEGIN);
+    if (!SetEndOfFile(file_->handle()))
+        error_ = contentError_ = GetLastError();
+    return error_ == ERROR_SUCCESS;
+}
+
 BOOL GrowingFile::writeRaw(const BYTE* raw, DWORD bytes, void* target)
 {
     checkStop();

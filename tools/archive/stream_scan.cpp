@@ -100,8 +100,7 @@ private:
         stream_ = {};
         stream_.start = at_;
         stream_.hasMagic = magicBytes != 0;
-        at_ += magicBytes;
-        stream_.end = at_;
+        take(magicBytes);
         isOpen_ = true;
         isAnnounced_ = false;
         proof_.begin();
@@ -128,6 +127,16 @@ private:
         at_++;
     }
 
+    // The next bytes belong to the stream.
+    void take(std::size_t bytes)
+    {
+        noteHoles(bytes);
+        at_ += bytes;
+        stream_.end = at_;
+    }
+
+    void noteHoles(std::size_t bytes) { stream_.isReadable &= window_.readable(at_, bytes) == bytes; }
+
     void announce()
     {
         if (!isAnnounced_)
@@ -152,10 +161,11 @@ private:
         if (!block || !mayTry())
             return loseTrack();
         DWORD bytes = 0;
-        if (!unpack(*block, raw_, bytes))
+        // Zeros in place of what the host couldn't read can be unpacked, too.
+        const bool isReadable = window_.readable(at_, block->bytes()) == block->bytes();
+        if (!unpack(*block, raw_, bytes) || (!isReadable && bytes != 0))
             return takeDamagedBlock(view, *block, bytes);
-        at_ += block->bytes();
-        stream_.end = at_;
+        take(block->bytes());
         const View raw = View(raw_).first(bytes);
         if (bytes == 0) {
             announce();
@@ -182,17 +192,18 @@ private:
             work_ += WorkForCutBlock;
             return loseTrack();
         }
-        at_ += block.bytes();
-        stream_.end = at_;
+        take(block.bytes());
     }
 
     // The packer would have written the same bytes up to the damage.
     void deliverDamaged(View packed, View raw)
     {
         DWORD sound = 0;
+        noteHoles(LengthBytes + packed.size());
         if (stream_.damagedBlocks == 0) {
             work_ += raw.size();
-            const View same = packed.first(proof_.agreeing(packed, raw));
+            const std::size_t read = window_.readable(at_ + LengthBytes, packed.size());
+            const View same = packed.first(std::min(proof_.agreeing(packed, raw), read));
             (void)UnpackBlock(same.data(), static_cast<DWORD>(same.size()), tried_.data(), sound);
             sound = std::min(sound, static_cast<DWORD>(raw.size()));
         }

@@ -1,7 +1,6 @@
 #include "new_set.h"
 
 #include "archive/fault_text.h"
-#include "archive/growing_file.h"
 #include "archive/long_work.h"
 #include "archive/set_check.h"
 #include "set/list_file.h"
@@ -21,8 +20,8 @@ namespace {
 
 constexpr std::size_t PieceBytes = 262144;
 
-// Copies bytes of the data file. Returns an empty text, or the reason of a failure.
-std::string copy(const OpenFile& data, std::uint64_t start, DWORD bytes, GrowingFile& target)
+// Copies bytes of the data file. False if they can't be read. A failed write is the target's error.
+bool copy(const OpenFile& data, std::uint64_t start, DWORD bytes, GrowingFile& target)
 {
     auto high = static_cast<LONG>(start >> 32);
     (void)SetFilePointer(data.handle(), static_cast<LONG>(start), &high, FILE_BEGIN);
@@ -32,12 +31,12 @@ std::string copy(const OpenFile& data, std::uint64_t start, DWORD bytes, Growing
         DWORD read = 0;
         const auto wanted = static_cast<DWORD>(std::min<std::size_t>(piece.size(), bytes));
         if (!ReadFile(data.handle(), piece.data(), wanted, &read, nullptr) || read == 0)
-            return "the data file couldn't be read again";
+            return false;
         if (!target.write(std::span(piece).first(read)))
-            return errorText(target.error());
+            break;
         bytes -= read;
     }
-    return "";
+    return true;
 }
 
 std::string moved(GrowingFile& file)
@@ -68,6 +67,19 @@ std::string NewSet::add(BYTE kind, const std::u16string& name, std::uint64_t sta
     return "";
 }
 
+void NewSet::writeStreams(const OpenFile& data, GrowingFile& streams)
+{
+    std::erase_if(entries_, [&](const Entry& entry) {
+        const std::uint64_t before = streams.bytes();
+        const bool isRead = streams.error() != ERROR_SUCCESS || copy(data, entry.start, entry.bytes, streams);
+        if (!isRead) {
+            (void)streams.cut(before);
+            unreadable_.push_back(entry.name);
+        }
+        return !isRead;
+    });
+}
+
 std::string NewSet::writeList(HANDLE list, const std::u16string& comment) const
 {
     if (!WriteListHead(list, comment.substr(0, CommentChars - 1).c_str()))
@@ -86,10 +98,11 @@ std::string NewSet::write(const OpenFile& data, const MountedSet& target, const 
 {
     std::ranges::stable_sort(entries_, {}, &Entry::kind);
     GrowingFile streams(target.dataPath);
-    for (const Entry& entry : entries_) {
-        if (std::string fault = copy(data, entry.start, entry.bytes, streams); !fault.empty())
-            return fault;
-    }
+    writeStreams(data, streams);
+    if (streams.error() != ERROR_SUCCESS)
+        return errorText(streams.error());
+    if (entries_.empty())
+        return "there is no item for it";
     GrowingFile list(target.listPath);
     if (list.handle() == INVALID_HANDLE_VALUE)
         return errorText(list.error());

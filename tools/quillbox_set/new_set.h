@@ -1,6 +1,7 @@
 // new_set.h - writes a new set from streams of an old data file.
 #pragma once
 
+#include "archive/growing_file.h"
 #include "archive/listed_set.h"
 #include "archive/name_set.h"
 #include "archive/set_files.h"
@@ -18,6 +19,8 @@ public:
     std::string add(BYTE kind, const std::u16string& name, std::uint64_t start, std::uint64_t end);
 
     std::uint64_t items() const { return entries_.size(); }
+    // The names of the items that the host couldn't read again. The set doesn't have them.
+    const std::vector<std::u16string>& unreadable() const { return unreadable_; }
 
     // Writes the set with its items in the order of their kinds. Neither of the two files may exist. Returns an empty
     // text, or the reason of a failure; then there are no new files.
@@ -31,9 +34,11 @@ private:
         DWORD bytes;
     };
 
+    void writeStreams(const archive::OpenFile& data, archive::GrowingFile& streams);
     std::string writeList(HANDLE list, const std::u16string& comment) const;
 
     std::vector<Entry> entries_;
+    std::vector<std::u16string> unreadable_;
     std::uint64_t bytes_ = 0;  // of all streams
     bool hasRegistry_ = false;
     archive::NameSet names_;

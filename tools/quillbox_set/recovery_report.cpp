@@ -28,7 +28,7 @@ constexpr std::string_view Head =
     "complete  The item is as it was stored. No sector of its stream can have been replaced.\n"
     "unproven  The stream is whole, but a set has no checksums: sectors in the middle of a long run of\n"
     "          uncompressed bytes can have been replaced. Look at the file before you rely on it.\n"
-    "partial   Something is missing or damaged. Where a block of the middle is missing, the file has zeros.\n"
+    "partial   Something is missing, damaged or can't be read. In the middle the file has zeros there.\n"
     "lost      A list names the item, but no stream of it was found.\n"
     "\n";
 
@@ -65,6 +65,8 @@ std::string damageOf(const RecoveredItem& item)
     std::string text;
     if (!stream.hasMagic)
         text += "; its beginning is missing";
+    if (!stream.isReadable)
+        text += "; the host couldn't read all of it";
     if (stream.damagedBlocks != 0)
         text +=
             "; " + counted(stream.damagedBlocks, "damaged block") + " after byte " + std::to_string(stream.soundBytes);
@@ -106,6 +108,7 @@ Json jsonOf(const RecoveredItem& item)
             {"damagedBlocks", item.stream.damagedBlocks},
             {"hasBeginning", item.stream.hasMagic},
             {"hasEnd", item.stream.isClosed},
+            {"unreadable", !item.stream.isReadable},
             {"damage", orNull(item.damage)},
             {"target", orNull(toUtf8(item.target))},
             {"bytes", item.bytes},

@@ -87,15 +87,18 @@ std::string readLists(const SalvageOptions& options, OldLists& lists, Work& work
     return "";
 }
 
-// Says what became of the new set. `failed` is set if it wasn't written.
+// Says what became of the new set. `failed` is set if it wasn't written, or not with all items.
 std::string writeSet(const Work& work, const OpenFile& data, NewSet& set, bool& failed)
 {
     const std::u16string comment =
         work.comment.empty() ? u"Recovered from " + platform::text::fromUtf8(work.files.dataName) : work.comment;
-    const std::string fault = set.items() == 0 ? "there is no item for it" : set.write(data, **work.newMount, comment);
-    failed = !fault.empty();
-    return failed ? "The new set can't be written: " + fault + "."
-                  : "The new set has " + counted(set.items(), "item") + ".";
+    const std::string fault = set.write(data, **work.newMount, comment);
+    std::string said = fault.empty() ? "The new set has " + counted(set.items(), "item") + "."
+                                     : "The new set can't be written: " + fault + ".";
+    for (const std::u16string& name : set.unreadable())
+        said += " It lacks " + onScreen(name) + ", which couldn't be read a second time.";
+    failed = !fault.empty() || !set.unreadable().empty();
+    return said;
 }
 
 bool isGood(const RecoveryCounts& counts, const ScanTotals& totals)

@@ -24,8 +24,17 @@ public:
     // that of the call before. Valid until the next call.
     std::span<const BYTE> from(std::uint64_t offset, std::size_t ahead);
 
+    // How many bytes the host could read from `offset` on, up to `bytes`. They must be in the span of the last call.
+    std::size_t readable(std::uint64_t offset, std::size_t bytes) const;
+
 private:
     void moveTo(std::uint64_t offset);
+    // Bytes that the host couldn't read.
+    struct Hole {
+        std::uint64_t begin;
+        std::uint64_t end;
+    };
+
     std::size_t readInto(std::span<BYTE> target, std::uint64_t offset);
 
     HANDLE file_;
@@ -33,6 +42,7 @@ private:
     std::uint64_t unreadable_ = 0;
     std::uint64_t base_ = 0;  // offset of the first byte in the buffer
     std::size_t filled_ = 0;
+    std::vector<Hole> holes_;  // those in the buffer, in the order of their offsets
     std::vector<BYTE> buffer_;
 };
 

@@ -32,6 +32,8 @@ public:
 
     // False once a write has failed.
     bool write(std::span<const std::byte> bytes);
+    // Takes back what was written after the first `bytes`. They may not be more than bytes().
+    bool cut(std::uint64_t bytes);
     // The same as a sink for DecodeStream. `target` is the GrowingFile. Throws a Stopped (long_work.h).
     static BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target);
     // For reading what was written. INVALID_HANDLE_VALUE if it can't be stored; see error().

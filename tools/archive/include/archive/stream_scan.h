@@ -19,13 +19,14 @@ struct FoundStream {
     std::uint64_t rawBytes = 0;
     // The raw bytes before the first damage, as far as it can be told. What else a damaged block gave is after them.
     std::uint64_t soundBytes = 0;
-    unsigned damagedBlocks = 0;
-    bool hasMagic = false;  // false: a piece that begins with some block
-    bool isClosed = false;  // it has its closing block
-    bool isProven = false;  // no sector of it can have been replaced (stream_proof.h)
+    unsigned damagedBlocks = 0;  // those that can't be unpacked, or that the host couldn't read
+    bool hasMagic = false;       // false: a piece that begins with some block
+    bool isClosed = false;       // it has its closing block
+    bool isReadable = true;      // the host could read all of its bytes
+    bool isProven = false;       // no sector of it can have been replaced (stream_proof.h)
 
-    // All blocks from the magic to the closing block can be unpacked.
-    bool isWhole() const { return hasMagic && isClosed && damagedBlocks == 0; }
+    // All blocks from the magic to the closing block could be read and unpacked.
+    bool isWhole() const { return hasMagic && isClosed && isReadable && damagedBlocks == 0; }
 };
 
 class ScanSink {
