@@ -232,6 +232,14 @@ class DamagedStreamTest(SalvageTest):
         _, found = self.found(listed, "--list", listed.write(self.folder / "old"))
         self.assertEqual((found["items"][0]["state"], found["items"][0]["kind"]), ("partial", "database"))
         self.assertIn("1 byte too many", found["items"][0]["damage"])
+        image = image_bytes("Big", 0, [], [[(0x10041, bytes(17 << 20))], [(0x37001F, "small")]])
+        listed = Set().add(DATABASE, "Big", image).add(FILE, "\b", b"last")
+        for lists in ([], ["--list", listed.write(self.folder / "old")]):
+            out, found = self.found(listed, *lists)
+            self.assertEqual((found["items"][0]["target"], self.written(out, found["items"][0]) == image, found["failed"]),
+                             ("\\Big.CDB" if lists else "\\recovered-0001.bin", True, 0))
+        self.assertEqual(found["items"][0]["state"], "partial")
+        self.assertIn("has more than 16 MiB, which no restore accepts; its image is kept as it is\n", (out / "recovered.txt").read_text())
 
     def test_entries_that_do_not_agree_give_no_names(self):
         made = Set().add(FILE, "\\a", b"1").add(FILE, "\\sub\\b", b"2").add(DATABASE, "c")

@@ -4,6 +4,7 @@
 #include "archive/item_content.h"
 #include "archive/item_target.h"
 #include "database_file.h"
+#include "set/item_kinds.h"
 
 #include "ce/file.h"
 
@@ -17,8 +18,6 @@ namespace quillbox_set {
 using namespace archive;
 
 namespace {
-
-constexpr auto Form = database_formats::Format::JsonLines;
 
 // Whether the bytes can be the head of a database image. Few other files begin like this, so few are read twice.
 bool looksLikeImage(std::span<const std::byte> head)
@@ -44,6 +43,12 @@ bool looksLikeRegistry(std::span<const std::byte> head)
 }
 
 }  // namespace
+
+std::optional<database_formats::Format> RecoveredItems::Content::format() const
+{
+    const bool isImage = kind == ItemKindDatabase && image.tooLarge != 0;
+    return isImage ? std::nullopt : std::optional(database_formats::Format::JsonLines);
+}
 
 RecoveredItems::RecoveredItems(const OpenFile& data, const MountedSet& mounted, OldLists& lists, Wanted wanted,
                                RecoveryReport& report)
@@ -93,7 +98,7 @@ void RecoveredItems::end(const FoundStream& stream)
     } else if (content.kind != ItemKindFile) {
         item.name = content.kind == ItemKindDatabase ? content.image.name : u"registry";
     }
-    item.damage = content.fault;
+    item.damage = content.fault + (content.format() ? "" : "; its image is kept as it is");
     // A copy of an item that a list names must not take its name.
     const bool isNamed = entry || !lists_.hasName(item.kind, item.name);
     write(item, content, isNamed);
@@ -129,7 +134,7 @@ void RecoveredItems::write(RecoveredItem& item, const Content& content, bool isN
         item.fault = errorText(file_->error());
         return;
     }
-    const std::u16string known = isNamed ? knownTarget(item) : u"";
+    const std::u16string known = isNamed ? knownTarget(item, content) : u"";
     if (!known.empty())
         writeTo(known, item, content);
     // The host can't have a file with that name, or it has one.
@@ -140,10 +145,11 @@ void RecoveredItems::write(RecoveredItem& item, const Content& content, bool isN
 void RecoveredItems::writeTo(const std::u16string& target, RecoveredItem& item, const Content& content)
 {
     std::string fault;
-    if (content.kind == ItemKindDatabase) {
+    const auto format = content.format();
+    if (content.kind == ItemKindDatabase && format) {
         std::optional<std::uint64_t> bytes;
         fault = writeDatabaseFile(*sound_->finish(), sound_->item(item.kind).entry, content.image,
-                                  {Form, target, false}, bytes);
+                                  {*format, target, false}, bytes);
         item.bytes = bytes.value_or(0);
     } else {
         file_->setTarget(target);
@@ -159,14 +165,14 @@ void RecoveredItems::writeTo(const std::u16string& target, RecoveredItem& item, 
 }
 
 // Empty if the item has no name of its own, or nothing can be written there.
-std::u16string RecoveredItems::knownTarget(const RecoveredItem& item) const
+std::u16string RecoveredItems::knownTarget(const RecoveredItem& item, const Content& content) const
 {
     if (item.name.empty())
         return u"";
     Item named{};
     named.entry.kind = item.kind;
     item.name.copy(named.entry.blob.name, NameChars - 1);
-    std::u16string target = targetOf(named, Form);
+    std::u16string target = targetOf(named, content.format());
     const bool isPath = target.starts_with(u'\\') && !leadsInto(target, mounted_.folder.substr(1)) &&
                         !leadsInto(target, ReportPath.substr(1));
     return isPath && isFree(target) ? target : u"";
@@ -174,9 +180,10 @@ std::u16string RecoveredItems::knownTarget(const RecoveredItem& item) const
 
 std::u16string RecoveredItems::newTarget(const Content& content)
 {
-    const std::u16string extension = content.kind == ItemKindDatabase ? u".jsonl"
-                                     : looksLikeRegistry(head_)       ? u".reg"
-                                                                      : types_.extensionOf(head_);
+    const std::u16string extension = content.kind == ItemKindDatabase
+                                         ? (content.format() ? u".jsonl" : KindOf(content.kind).ending)
+                                     : looksLikeRegistry(head_) ? u".reg"
+                                                                : types_.extensionOf(head_);
     std::u16string target;
     do {
         std::array<char, 32> name{};

@@ -1,5 +1,5 @@
 // recovered_items.h - writes the streams that are found in a data file as files: databases as JSON lines, the registry
-// as a .reg file, all others as they were.
+// as a .reg file, all others as they were. A database with a record that is too large stays an image.
 #pragma once
 
 #include "archive/growing_file.h"
@@ -7,6 +7,7 @@
 #include "archive/long_work.h"
 #include "archive/name_set.h"
 #include "archive/stream_scan.h"
+#include "database_formats/database_format.h"
 #include "file_type.h"
 #include "new_set.h"
 #include "old_list.h"
@@ -40,12 +41,15 @@ private:
         BYTE kind;
         std::string fault;           // by the rules of its kind. Empty if it is sound.
         archive::ImageReport image;  // of a database
+
+        // Nothing if the bytes are written as they are. A record can be too large to convert it.
+        std::optional<database_formats::Format> format() const;
     };
 
     Content contentOf(const archive::FoundStream& stream, BYTE claimed);
     void write(RecoveredItem& item, const Content& content, bool isNamed);
     void writeTo(const std::u16string& target, RecoveredItem& item, const Content& content);
-    std::u16string knownTarget(const RecoveredItem& item) const;
+    std::u16string knownTarget(const RecoveredItem& item, const Content& content) const;
     std::u16string newTarget(const Content& content);
     bool isFree(const std::u16string& target) const;
     void addToSet(RecoveredItem& item, bool isNamed);

@@ -72,7 +72,7 @@ std::string damageOf(const RecoveredItem& item)
             "; " + counted(stream.damagedBlocks, "damaged block") + " after byte " + std::to_string(stream.soundBytes);
     if (!stream.isClosed)
         text += "; its end is missing";
-    if (stream.isWhole())
+    if (!item.damage.empty())
         text += "; " + item.damage;
     return text;
 }
