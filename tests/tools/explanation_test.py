@@ -78,6 +78,11 @@ class ExplanationTest(CompanionTest):
         self.assertEqual((self.sets / "README.TXT").read_bytes(), b"mine")
         self.set_tool("explain", self.card, "--force")
         self.assertEqual((self.sets / "README.TXT").read_bytes(), readme)
+        (self.sets / "QLBXREAD.PY").rename(self.folder / "mine")
+        (self.sets / "QLBXREAD.PY").symlink_to(self.folder / "mine")
+        for force in ([], ["--force"]):
+            said = self.set_tool("explain", self.card, *force, code=1).said
+            self.assertRegex(said, r"^quillbox-set: .*/QLBXREAD\.PY: a link, or .* remove it first\n$")
         self.assertEqual(names_in(self.sets), ["QLBX0001.QDT", "QLBX0001.QLT", "QLBXREAD.PY", "README.TXT"])
         self.set_tool("explain", self.folder / "none", code=2)
 

@@ -70,6 +70,8 @@ std::string errorText(DWORD error)
     case ERROR_FILE_EXISTS:
     case ERROR_ALREADY_EXISTS:
         return "exists already (--force replaces it)";
+    case ERROR_DUP_NAME:
+        return "a link, or something else that isn't a file, has that name; remove it first";
     case ERROR_INVALID_NAME:
         return "refused: not a valid name for a file";
     case ERROR_NOT_SAME_DEVICE:

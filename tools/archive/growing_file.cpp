@@ -127,6 +127,8 @@ DWORD GrowingFile::moveToTarget(bool replace)
     const bool replaces = replace && exists(target_);
     if (error_ == ERROR_SUCCESS && (file_ || replaces || !makeWhole()) && store())
         moveStored(replaces);
+    if ((error_ == ERROR_ALREADY_EXISTS || error_ == ERROR_FILE_EXISTS) && !exists(target_))
+        error_ = ERROR_DUP_NAME;
     if (error_ == ERROR_SUCCESS)
         madeFolders_.clear();
     return error_;

@@ -46,7 +46,8 @@ public:
 
     // Makes the file appear at the target, and the missing folders on the way. With `replace`, an existing file is
     // replaced atomically, after this one was flushed to the disk, and this one takes its rights. Otherwise an existing
-    // file is an error. Returns error().
+    // file is an error. So is a link or another object that the name space doesn't show: ERROR_DUP_NAME. Returns
+    // error().
     DWORD moveToTarget(bool replace);
 
 private:
