@@ -225,7 +225,8 @@ class ReportTest(CompanionTest):
     def test_a_page_is_never_replaced_without_force_nor_made_without_a_set(self):
         history(self.card)
         self.page.write_text("mine")
-        self.assertIn("exists already", self.set_tool("report", self.card, "--output", self.page, code=1).said)
+        for page, sentence in ((self.page, "exists already"), ("", "path of the file to write is empty")):
+            self.assertIn(sentence, self.set_tool("report", self.card, "--output", page, code=1).said)
         self.assertEqual(self.page.read_text(), "mine")
         self.assertIn("no set", self.set_tool("report", self.output_folder(), "--output", self.folder / "none.html", code=2).said)
         self.assertFalse((self.folder / "none.html").exists())

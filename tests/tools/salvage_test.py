@@ -294,9 +294,11 @@ class SalvageTroubleTest(SalvageTest):
             self.assertIn("exists already", said)
             self.assertEqual(existing.read_bytes(), b"mine")
             existing.unlink()
-        for words in (["none"], [self.data.with_suffix(".QLT")], [self.data, "--list", self.folder / "none.QLT"],
-                      [self.data, "--set", self.folder / "none/new"], [self.data, "--unproven"]):
-            self.set_tool("salvage", *words, "--into", self.folder / "out", code=2)
+        for sentence, *words in (("no such file", "none"), ("isn't a file", self.folder), ("isn't a file", "/dev/null"), ("--list", self.data.with_suffix(".QLT")),
+                                 ("list file can't", self.data, "--list", self.folder / "none.QLT"), ("path is empty", self.data, "--set", ""),
+                                 ("new set can't", self.data, "--set", self.folder / "none/new"), ("--unproven requires", self.data, "--unproven")):
+            self.assertIn(sentence, self.set_tool("salvage", *words, "--into", self.folder / "out/deep/", code=2).said)
+        self.assertFalse((self.folder / "out").exists())
 
     @needs_strace
     def test_a_stop_or_a_full_disk_leaves_no_half_file(self):
@@ -309,6 +311,8 @@ class SalvageTroubleTest(SalvageTest):
                 stops += done.returncode == -2
                 self.assertIn(done.returncode, (-2, 0, 1), done.stderr)
                 self.assertEqual([*self.folder.rglob("*.part"), *out.rglob(".*")], [])
+                if calls == "pwrite64" and done.returncode == 1:
+                    self.assertIn(b"couldn't be written", done.stdout + done.stderr)
                 for path in out.rglob("recovered-*.bin"):
                     self.assertEqual(path.stat().st_size, 700_000)
                 if (self.folder / "new.QDT").exists() or (self.folder / "new.QLT").exists():

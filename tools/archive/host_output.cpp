@@ -71,6 +71,8 @@ Output::Output(const std::string& file, bool force) : target_(file)
 {
     if (file == "-")
         return;
+    if (file.empty())
+        throw std::runtime_error("The path of the file to write is empty.");
     const std::optional<struct stat> found = statusOf(file);
     if (found && isStandardOutput(*found))
         return;

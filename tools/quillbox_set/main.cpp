@@ -142,6 +142,11 @@ void addExtract(CLI::App& app, CommandLine& line)
     });
 }
 
+std::string emptyFault(const std::string& path)
+{
+    return path.empty() ? "the path is empty" : "";
+}
+
 void addSalvage(CLI::App& app, CommandLine& line)
 {
     const auto options = std::make_shared<SalvageOptions>();
@@ -151,12 +156,14 @@ void addSalvage(CLI::App& app, CommandLine& line)
         ->required();
     command->add_option("--into", options->folder, "the folder to write to; it must be missing or empty")
         ->type_name("DIR")
+        ->check(emptyFault)
         ->required();
     command->add_option("--list", options->lists, "a list file of that time (.QLT), also a cut one, for the names")
         ->type_name("OLD")
         ->allow_extra_args(false);  // one after each --list
-    CLI::Option* set =
-        command->add_option("--set", options->set, "also writes a new set: STEM.QLT and STEM.QDT")->type_name("STEM");
+    CLI::Option* set = command->add_option("--set", options->set, "also writes a new set: STEM.QLT and STEM.QDT")
+                           ->type_name("STEM")
+                           ->check(emptyFault);
     command->add_flag("--unproven", options->unproven, "the new set also takes what is whole but unproven")->needs(set);
     addJson(*command, line);
     command->footer(

@@ -120,8 +120,10 @@ std::string summary(const RecoveryCounts& counts, const ScanTotals& totals)
 {
     std::ostringstream text;
     text << counts.complete << " complete, " << counts.unproven << " unproven, " << counts.partial << " partial, "
-         << counts.lost << " lost. " << counted(totals.unclaimed, "byte") << " of " << counted(totals.fileBytes, "byte")
-         << " belong to no item.";
+         << counts.lost << " lost. ";
+    if (counts.failed != 0)
+        text << counted(counts.failed, "item") << " couldn't be written. ";
+    text << counted(totals.unclaimed, "byte") << " of " << counted(totals.fileBytes, "byte") << " belong to no item.";
     if (totals.lostStreams != 0)
         text << " Of " << counted(totals.lostStreams, "stream") << " nothing can be unpacked.";
     if (totals.unreadable != 0)

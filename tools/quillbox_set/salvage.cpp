@@ -42,17 +42,41 @@ bool exists(const std::string& folder, const std::string& name)
     return fs::symlink_status(fs::path(folder) / name, error).type() != fs::file_type::not_found;
 }
 
-// Returns an empty text, or why the folder can't be used.
-std::string prepareFolder(const std::string& folder)
-{
-    std::error_code error;
-    platform::file::prepareProcess();
-    fs::create_directories(folder, error);
-    const bool isEmpty = fs::is_empty(folder, error);
-    if (error || !fs::is_directory(folder, error))
-        return "a folder can't be made or opened: " + onScreen(std::string_view(folder));
-    return isEmpty ? "" : "the folder isn't empty: " + onScreen(std::string_view(folder));
-}
+// The folder for the files. The destructor deletes what was made of it and is still empty, also after a stop.
+class TargetFolder {
+public:
+    explicit TargetFolder(const std::string& folder)
+    {
+        std::error_code error;
+        platform::file::prepareProcess();
+        fs::path path = (fs::absolute(folder, error) / "").parent_path();  // without a slash at its end
+        for (; !error && !fs::exists(path, error); path = path.parent_path())
+            made_.push_back(path);
+        fs::create_directories(folder, error);
+        const bool isEmpty = fs::is_empty(folder, error);
+        if (error || !fs::is_directory(folder, error))
+            trouble_ = "a folder can't be made or opened: " + onScreen(std::string_view(folder));
+        else if (!isEmpty)
+            trouble_ = "the folder isn't empty: " + onScreen(std::string_view(folder));
+    }
+    TargetFolder(const TargetFolder&) = delete;
+    TargetFolder& operator=(const TargetFolder&) = delete;
+    ~TargetFolder()
+    {
+        std::error_code error;
+        for (const fs::path& path : made_) {
+            if (!fs::remove(path, error))
+                return;
+        }
+    }
+
+    // Empty, or why it can't be used.
+    const std::string& trouble() const { return trouble_; }
+
+private:
+    std::string trouble_;
+    std::vector<fs::path> made_;  // the innermost one first
+};
 
 // Nothing of the new set may exist, so it is checked before the long work.
 std::string prepareSet(const SalvageOptions& options, Work& work)
@@ -134,12 +158,15 @@ int search(const SalvageOptions& options, const Work& work, const OpenFile& data
 int salvage(const SalvageOptions& options)
 {
     const std::optional<SetFiles> files = findData(options.file);
+    std::error_code ignored;
     if (!files)
-        return reportTrouble("there is no such file: " + onScreen(std::string_view(options.file)));
+        return reportTrouble((fs::exists(options.file, ignored) ? "this isn't a file: " : "there is no such file: ") +
+                             onScreen(std::string_view(options.file)));
     if (isListFile(files->dataName))
         return reportTrouble("this is a list file; name the data file (.QDT), and this one with --list");
+    const TargetFolder folder(options.folder);
     Work work{*files, nullptr, nullptr, u""};
-    std::string trouble = prepareFolder(options.folder);
+    std::string trouble = folder.trouble();
     if (trouble.empty()) {
         work.mount = std::make_unique<SetMount>(*files, options.folder);
         trouble = *work.mount ? prepareSet(options, work) : "a folder can't be opened";
