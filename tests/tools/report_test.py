@@ -228,6 +228,7 @@ class ReportTest(CompanionTest):
         for page, sentence in ((self.page, "exists already"), ("", "path of the file to write is empty")):
             self.assertIn(sentence, self.set_tool("report", self.card, "--output", page, code=1).said)
         self.assertEqual(self.page.read_text(), "mine")
+        self.assertIn("file of a set", self.set_tool("report", self.card, "--force", "--output", next(self.card.rglob("*.QLT")), code=2).said)
         self.assertIn("no set", self.set_tool("report", self.output_folder(), "--output", self.folder / "none.html", code=2).said)
         self.assertFalse((self.folder / "none.html").exists())
         self.assertEqual(self.set_tool("report", self.card, "--force", "--output", self.page).text, f"{self.page}: 3 sets, nothing damaged found.\n")

@@ -228,6 +228,10 @@ class DamagedStreamTest(SalvageTest):
         self.assertGreater(len(kept), 1000)
         self.assertEqual(kept[1:], whole[-len(kept) + 1:])
 
+        odd = "a\x1b\n"
+        for name, lists in ((odd, []), ("To do", ["--list", Set().add(DATABASE, odd, image_bytes(odd)).write(self.folder / "old")])):
+            _, found = self.found(Set().add(DATABASE, name, image_bytes(odd)), *lists)
+            self.assertEqual((found["complete"], found["items"][0]["kind"], found["lost"]), (1, "database", 0))
         listed = Set().add(DATABASE, "To do\\all", image + b"x")
         _, found = self.found(listed, "--list", listed.write(self.folder / "old"))
         self.assertEqual((found["items"][0]["state"], found["items"][0]["kind"]), ("partial", "database"))
@@ -248,6 +252,8 @@ class DamagedStreamTest(SalvageTest):
             old.listed += entry_bytes(kind, name, start, end)
         _, found = self.found(made, "--list", old.write(self.folder / "old"))
         self.assertEqual([item["name"] for item in found["items"]][:3], [None, None, "c"])
+        said = self.set_tool("salvage", self.folder / "ruined.QDT", "--into", self.output_folder(), "--list", self.folder / "old/QLBX0001", code=1).said
+        self.assertIn("no entry of a list agrees", said)
         self.assertEqual(found["lost"], 4)
         start = len(made.data)
         old = Set()

@@ -32,7 +32,12 @@ bool looksLikeImage(std::span<const std::byte> head)
         return false;
     std::u16string name(units, u'\0');
     std::memcpy(name.data(), head.data() + sizeof nameBytes, nameBytes);
-    return name.back() == 0 && std::all_of(name.begin(), name.end() - 1, [](char16_t unit) { return unit >= u' '; });
+    return name.find(u'\0') == units - 1;
+}
+
+bool isPrintable(std::u16string_view name)
+{
+    return std::ranges::none_of(name, [](char16_t unit) { return unit < u' '; });
 }
 
 bool looksLikeRegistry(std::span<const std::byte> head)
@@ -109,14 +114,15 @@ void RecoveredItems::end(const FoundStream& stream)
 }
 
 // `claimed` is the kind that a list says; 0 if there is none. A whole file that only begins like a database is a file.
-// A damaged one counts as a database if it has complete records.
+// A damaged one counts as a database if it has complete records and a name as databases have it.
 RecoveredItems::Content RecoveredItems::contentOf(const FoundStream& stream, BYTE claimed)
 {
     const OpenFile* const file = sound_ ? sound_->finish() : nullptr;
     const auto mayBe = [&](BYTE kind) { return file && (claimed == 0 || claimed == kind); };
     if (mayBe(ItemKindDatabase) && looksLikeImage(head_)) {
         ImageReport image = checkImage(*file, sound_->item(ItemKindDatabase).entry);
-        if (image.fault.empty() || (image.ends.size() > 1 && (claimed != 0 || !stream.isWhole())))
+        const bool isRead = image.ends.size() > 1 && (claimed != 0 || (!stream.isWhole() && isPrintable(image.name)));
+        if (image.fault.empty() || isRead)
             return {ItemKindDatabase, image.fault, std::move(image)};
     }
     if (mayBe(ItemKindRegistry) && looksLikeRegistry(head_)) {

@@ -13,6 +13,7 @@
 
 #include "ce/file.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -130,6 +131,16 @@ bool isGood(const RecoveryCounts& counts, const ScanTotals& totals)
     return counts.unproven + counts.partial + counts.lost + counts.failed + totals.unclaimed + totals.unreadable == 0;
 }
 
+void addLost(const OldLists& lists, RecoveryReport& report)
+{
+    for (const OldEntry& entry : lists.entries()) {
+        if (!entry.isFound)
+            report.addLost(entry);
+    }
+    if (!lists.entries().empty() && std::ranges::none_of(lists.entries(), &OldEntry::isFound))
+        std::cerr << "quillbox-set: no entry of a list agrees with the file; the list may belong to another one\n";
+}
+
 int search(const SalvageOptions& options, const Work& work, const OpenFile& data, OldLists& lists)
 {
     const Wanted wanted = !work.newMount     ? Wanted::Nothing
@@ -139,10 +150,7 @@ int search(const SalvageOptions& options, const Work& work, const OpenFile& data
     RecoveredItems items(data, **work.mount, lists, wanted, report);
     const bool isSealed = sealProvesData(work.files, **work.mount);
     const ScanTotals totals = scanStreams(data, isSealed ? Proving::NotNeeded : Proving::Wanted, items);
-    for (const OldEntry& entry : lists.entries()) {
-        if (!entry.isFound)
-            report.addLost(entry);
-    }
+    addLost(lists, report);
     bool failed = false;
     const std::string set = work.newMount ? writeSet(work, data, items.set(), failed) : "";
     std::string fault = report.finish(totals, set);
