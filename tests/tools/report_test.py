@@ -141,12 +141,15 @@ class ReportTest(CompanionTest):
         areas = browser.run("return [...document.querySelectorAll('#treemap svg > g')].map(it => [it.querySelector('title').textContent, it.querySelector('rect').width.baseVal.value * it.querySelector('rect').height.baseVal.value])")
         total = sum(area for _, area in areas)
         self.assertEqual([(title, round(area / total, 2)) for title, area in areas],
-                         [("Photos, 6.00 KB", .6), ("letter.txt, 3.00 KB", .3), ("Database items, 1.00 KB", .1)])
+                         [("Photos, 6.00 KB, 60 %", .6), ("letter.txt, 3.00 KB, 30 %", .3), ("Database items, 1.00 KB, 10 %", .1)])
         self.assertEqual(browser.text("#largest tbody"), "Photos\\6.00 KB60 %letter.txt3.00 KB30 %Database items\\1.00 KB10 %empty0 bytes0.0 %")
         browser.run("document.querySelector('#largest button').click()")
         self.assertEqual((browser.text("#trail"), browser.text("#largest tbody")), ("All itemsPhotos, 6.00 KB", "sea.jpg5.00 KB83 %2025\\1.00 KB17 %"))
         browser.run("document.querySelector('#largest button').click()")
         self.assertEqual(browser.text("#details-title"), "\\Photos\\sea.jpg")
+        Set().add(FILE, "\\empty", b"").write(self.card)
+        self.open_report()
+        self.assertTrue(browser.run("return document.querySelector('#treemap').hidden && document.querySelectorAll('#largest button').length === 1"))
 
     def test_the_timeline_is_used_by_the_keyboard_and_a_print_has_the_rows(self):
         history(self.card)

@@ -122,6 +122,7 @@ class Treemap {
 
   showLargest() {
     const children = this.node.children();
+    if (children.length === 0) return this.table.replaceChildren(element("p", { class: "empty" }, "No item."));
     const rows = children.slice(0, LargestRows).map(child => [
       button(shortened(child.name) + (child.item ? "" : "\\"), () => this.open(child), { class: "link" }), size(child.bytes), this.share(child.bytes)]);
     const rest = children.slice(LargestRows);
@@ -137,6 +138,7 @@ class Treemap {
   }
 
   draw() {
+    this.picture.hidden = this.node.bytes === 0;
     const width = this.picture.clientWidth;
     const height = width < 500 ? 260 : 420;
     const picture = drawn("svg", { width, height, role: "img", "aria-label": `Rectangles as large as the ${counted(this.node.items, "item")} in ${shortened(this.node.name)}. The table of the largest has the same.` });
@@ -148,7 +150,7 @@ class Treemap {
   // A folder that is large enough shows what is in it.
   rectangle(node, area, tint, level) {
     const group = drawn("g", { class: classes("opens", node.item?.fault && "damaged"), onclick: event => { event.stopPropagation(); this.open(node); } },
-      drawn("title", {}, `${shortened(node.name)}, ${size(node.bytes)}`),
+      drawn("title", {}, `${shortened(node.name)}, ${size(node.bytes)}, ${this.share(node.bytes)}${node.item?.fault ? ", damaged" : ""}`),
       drawn("rect", { class: `tint${tint}`, x: area.x, y: area.y, width: area.width, height: area.height }));
     const letters = Math.floor((area.width - 10) / LetterWidth);
     if (letters > 3 && area.height > 17)
