@@ -167,7 +167,7 @@ class RuinedSetTest(SalvageTest):
 
     def test_the_new_set_is_restored_like_the_old_one(self):
         path, data, items = self.sets[0]
-        self.salvage(self.file("ruined.QDT", data), "--list", path, "--set", self.folder / "QLBX0007", "--unproven")
+        self.salvage(self.file("ruined.QDT", data), "--list", path, "--set", self.folder / "QLBX0007.QLT", "--unproven")
         old, new = (self.set_tool("list", each, "--json").text for each in (path, self.folder / "QLBX0007"))
         self.assertEqual(json.loads(old)["items"], json.loads(new)["items"])
         for each in (path, self.folder / "QLBX0007.QLT"):
@@ -302,7 +302,8 @@ class SalvageTroubleTest(SalvageTest):
             existing.unlink()
         for sentence, *words in (("no such file", "none"), ("isn't a file", self.folder), ("isn't a file", "/dev/null"), ("--list", self.data.with_suffix(".QLT")),
                                  ("list file can't", self.data, "--list", self.folder / "none.QLT"), ("path is empty", self.data, "--set", ""),
-                                 ("new set can't", self.data, "--set", self.folder / "none/new"), ("--unproven requires", self.data, "--unproven")):
+                                 ("new set can't", self.data, "--set", self.folder / "none/new"), ("needs a name", self.data, "--set", f"{self.folder}/"),
+                                 ("--unproven requires", self.data, "--unproven")):
             self.assertIn(sentence, self.set_tool("salvage", *words, "--into", self.folder / "out/deep/", code=2).said)
         self.assertFalse((self.folder / "out").exists())
 

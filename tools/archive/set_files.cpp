@@ -159,7 +159,9 @@ std::optional<SetFiles> findData(const std::string& path)
 SetFiles newSet(const std::string& stem)
 {
     const fs::path path(stem);
-    const std::string name = path.filename().string() + ".";
+    const auto hasEnding = [&](std::string_view ending) { return endsIn(stem, "." + std::string(ending)); };
+    const bool isWhole = hasEnding(listEnding) || hasEnding(dataEnding);
+    const std::string name = (isWhole ? path.stem() : path.filename()).string() + ".";
     return {path.has_parent_path() ? path.parent_path().string() : ".", name + std::string(listEnding),
             name + std::string(dataEnding), name + std::string(sumEnding)};
 }

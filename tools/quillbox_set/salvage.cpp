@@ -84,6 +84,9 @@ std::string prepareSet(const SalvageOptions& options, Work& work)
 {
     if (options.set.empty())
         return "";
+    const fs::path name = fs::path(options.set).filename();
+    if (name.empty() || name == "." || name == "..")
+        return "the new set needs a name, not only a folder: " + onScreen(std::string_view(options.set));
     const SetFiles files = newSet(options.set);
     for (const std::string& name : {files.listName, files.dataName, files.sumName}) {
         if (exists(files.folder, name))
