@@ -1,9 +1,11 @@
 // load_registry.cpp - reads any bytes as a registry file. The keys and values that are read must be within the limits
-// of the registry. If the text is good, it is written again, and reading and writing that copy must not change it.
+// of the registry. If the text is good, it is written again, and reading and writing that copy must not change it. A text
+// without a byte order mark is UTF-8, which is easier to vary than UTF-16.
 
 #include "registry/registry_text_reader.h"
 #include "registry/registry_text_writer.h"
 #include "require.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <cstring>
@@ -28,6 +30,9 @@ public:
         require(name.size() <= NameLimit && isText(name) && name.find(u'\0') == std::u16string_view::npos);
         return writer_.value(name, type, data);
     }
+    // What is deleted isn't in the copy.
+    bool removedKey(const KeyPath& path) override { return !path.levels.empty(); }
+    bool removedValue(std::u16string_view name) override { return name.size() <= NameLimit; }
     const std::string& text()
     {
         require(writer_.finish());
@@ -61,7 +66,11 @@ std::optional<std::string> copied(std::string_view text, Wholeness wholeness)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    std::string text(reinterpret_cast<const char*>(data), size);
+    if (!text.starts_with("\xFF\xFE")) {
+        const std::u16string wide = u'\uFEFF' + platform::text::fromUtf8(text);
+        text.assign(reinterpret_cast<const char*>(wide.data()), wide.size() * sizeof(char16_t));
+    }
     const auto whole = copied(text, Wholeness::Required);
     const auto free = copied(text, Wholeness::Free);
     // What is good as a whole registry is also good as a free one, with the same content.

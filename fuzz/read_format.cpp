@@ -1,6 +1,7 @@
-// read_format.cpp - reads any bytes as an exported file of databases. The first byte selects the format. Our writer
-// must be able to write each record that is read, or says that it is left out, unless a property occurs twice in it.
-// Reading the written record must give the same record, with nothing left out.
+// read_format.cpp - reads any bytes as an exported file of databases in QUILLBOX_FUZZED_FORMAT. Bytes before a NUL are a
+// file of columns, which matter only for CSV. Our writer must be able to write each record that is read, or says that
+// it is left out, unless a property occurs twice in it. Reading the written record must give the same record, with
+// nothing left out.
 
 #include "database_formats/database_format.h"
 #include "database_formats/identifier.h"
@@ -17,7 +18,7 @@ namespace {
 
 using namespace database_formats;
 
-constexpr std::uint8_t Formats = 4;
+constexpr Format FuzzedFormat = Format::QUILLBOX_FUZZED_FORMAT;
 
 // In no order and without numbers that are 0, which vCard and iCalendar don't tell from missing ones.
 std::vector<std::string> textsOf(std::span<const CEPROPVAL> record)
@@ -49,8 +50,6 @@ public:
 
 class Kept final : public DatabaseTarget {
 public:
-    explicit Kept(Format format) : format_(format) {}
-
     std::size_t begin(const DatabaseHead& head) override
     {
         heads_.push_back(head);
@@ -64,7 +63,7 @@ public:
         Returned returned;
         LeftOut leftOut;
         try {
-            read(format_, file, returned, leftOut);
+            read(FuzzedFormat, file, returned, leftOut);
         } catch (const FormatFault&) {
             std::abort();  // the text is from our own writer
         }
@@ -79,7 +78,7 @@ private:
     {
         try {
             LeftOut leftOut;
-            const auto writer = makeWriter(format_, file, leftOut);
+            const auto writer = makeWriter(FuzzedFormat, file, leftOut);
             writer->begin(head);
             writer->add(record);
             writer->finish();
@@ -91,7 +90,6 @@ private:
         }
     }
 
-    Format format_;
     std::vector<DatabaseHead> heads_;
 };
 
@@ -99,14 +97,14 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    if (size == 0)
-        return 0;
-    const auto format = static_cast<Format>(data[0] % Formats);
-    Kept kept(format);
-    std::istringstream file(std::string(reinterpret_cast<const char*>(data) + 1, size - 1));
+    const std::string text(reinterpret_cast<const char*>(data), size);
+    const std::size_t end = text.find('\0');
+    Kept kept;
     LeftOut leftOut;
     try {
-        read(format, file, kept, leftOut);
+        std::istringstream columns(end == std::string::npos ? "" : text.substr(0, end));
+        std::istringstream file(end == std::string::npos ? text : text.substr(end + 1));
+        read(FuzzedFormat, file, kept, leftOut, columnMapFrom(columns));
     } catch (const FormatFault&) {
         // Most inputs aren't such a file.
     }
