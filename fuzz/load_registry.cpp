@@ -1,6 +1,6 @@
 // load_registry.cpp - reads any bytes as a registry file. The keys and values that are read must be within the limits
-// of the registry. If the text is good, it is written again, and reading and writing that copy must not change it. A text
-// without a byte order mark is UTF-8, which is easier to vary than UTF-16.
+// of the registry. If the text is good, it is written again, and reading and writing that copy must not change it. A
+// text without a byte order mark is UTF-8, which is easier to vary than UTF-16.
 
 #include "registry/registry_text_reader.h"
 #include "registry/registry_text_writer.h"

@@ -1,5 +1,5 @@
-// read_format.cpp - reads any bytes as an exported file of databases in QUILLBOX_FUZZED_FORMAT. Bytes before a NUL are a
-// file of columns, which matter only for CSV. Our writer must be able to write each record that is read, or says that
+// read_format.cpp - reads any bytes as an exported file of databases in QUILLBOX_FUZZED_FORMAT. Bytes before a NUL are
+// a file of columns, which matter only for CSV. Our writer must be able to write each record that is read, or says that
 // it is left out, unless a property occurs twice in it. Reading the written record must give the same record, with
 // nothing left out.
 

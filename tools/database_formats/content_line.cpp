@@ -91,7 +91,8 @@ void append(std::string& text, const ContentLine& line)
     // The space at the beginning of a continuation line is one of its 75 bytes.
     for (std::size_t at = 0, room = FoldedBytes; at < whole.size(); room = FoldedBytes - 1) {
         std::size_t end = std::min(at + room, whole.size());
-        while (end < whole.size() && isContinuation(whole[end]))
+        // A character has three such bytes at most. A text that isn't UTF-8 can have any number of them.
+        for (int back = 0; back < 3 && end < whole.size() && isContinuation(whole[end]); ++back)
             --end;
         text += at == 0 ? "" : " ";
         text.append(whole, at, end - at);
