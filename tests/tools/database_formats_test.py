@@ -556,6 +556,13 @@ class LimitsTest(FormsTest):
             with self.subTest(name):
                 self.limited("database", "import", self.device, self.file(name, text), "--replace")
 
+    def test_a_full_database_is_recognised_again_in_time_and_says_that_it_is_full(self):
+        self.import_file(given=contacts(*([{"id": NAMES["LastName"], "value": str(n)}] for n in range(0xFFFF))))
+        out = self.folder / "full.vcf"
+        self.tool("database", "export", self.device, out)
+        self.assertIn("0 records added, 65535 there already", self.limited("database", "import", self.device, out, "--add"))
+        self.assertIn("the database already has 65535 records", self.refused("vcard", CARD % "NOTE:x", "--add"))
+
     def test_what_exceeds_a_limit_is_refused_with_the_reason(self):
         many = "".join(json.dumps({"database": f"d{n}", "type": 1, "sort": []}) + "\n" for n in range(70_000))
         self.limited("database", "import", self.device, self.file("many.jsonl", many), code=1)

@@ -61,13 +61,22 @@ std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const
     return changes;
 }
 
+// Both a full disk and a full database give ERROR_DISK_FULL.
+const char* whyNotWritten(HANDLE database)
+{
+    if (GetLastError() != ERROR_DISK_FULL)
+        return "the record can't be stored";
+    DWORD last = 0;
+    return CeSeekDatabase(database, CEDB_SEEK_END, 1, &last) != 0 && last + 1 == CEDB_MAXRECORDS
+               ? "the database already has 65535 records, and can't hold more"
+               : "the disk has no room for another record";
+}
+
 void write(HANDLE database, CEOID oid, std::span<const CEPROPVAL> properties)
 {
     std::vector<CEPROPVAL> copy(properties.begin(), properties.end());
     if (CeWriteRecordProps(database, oid, static_cast<WORD>(copy.size()), copy.data()) == 0)
-        throw FormatFault(GetLastError() == ERROR_DISK_FULL
-                              ? "the disk has no room for another record, or the database has 65535 already"
-                              : "the record can't be stored");
+        throw FormatFault(whyNotWritten(database));
 }
 
 }  // namespace
@@ -100,8 +109,8 @@ Taken KnownRecords::store(HANDLE database, DWORD type, std::span<const CEPROPVAL
         recognised_[oid] = true;
         ReadBlock block;
         WORD count = 0;
-        DWORD index = 0;
-        if (CeSeekDatabase(database, CEDB_SEEK_CEOID, oid, &index) == 0 ||
+        // Without an index, because it is counted from the first record.
+        if (CeSeekDatabase(database, CEDB_SEEK_CEOID, oid, nullptr) == 0 ||
             CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &block.bytes, &block.size) == 0)
             throw FormatFault("a record of the device can't be read");
         const auto changes = changesTo({reinterpret_cast<const CEPROPVAL*>(block.bytes), count}, record, type);
