@@ -35,6 +35,7 @@ namespace {
 // Bound the time that a hostile calendar takes. libical goes through the changes of all years since a rule began.
 constexpr std::size_t MostRules = 500;
 constexpr std::size_t MostZones = 1000;
+constexpr std::size_t LongestName = 255;  // of a zone that isn't the calendar's own, with its prefix
 constexpr std::int64_t SecondsOfDay = 86400;
 
 class HostZone final : public Zone {
@@ -148,11 +149,8 @@ const date::time_zone* hostZoneIn(std::string_view name)
 // The host's zone for a name of Windows. Null if there is none.
 const date::time_zone* windowsZone(std::string_view name)
 {
-    constexpr std::size_t Longest = 99;
-    if (name.size() > Longest)
-        return nullptr;
     const std::u16string windows(name.begin(), name.end());  // the names are ASCII
-    char16_t found[Longest + 1];
+    char16_t found[LongestName + 1];
     UErrorCode status = U_ZERO_ERROR;
     const std::int32_t size =
         ucal_getTimeZoneIDForWindowsID(windows.data(), static_cast<std::int32_t>(windows.size()), nullptr, found,
@@ -162,6 +160,8 @@ const date::time_zone* windowsZone(std::string_view name)
 
 const date::time_zone* knownZone(std::string_view name)
 {
+    if (name.size() > LongestName)
+        return nullptr;
     const date::time_zone* const host = hostZoneIn(name);
     return host != nullptr ? host : windowsZone(name);
 }
