@@ -92,7 +92,7 @@ class CardTest(CompanionTest):
     def test_find_sees_each_item_in_each_set_that_has_it(self):
         for pattern, name in (("note 3.txt", "\\Notes\\note 3.txt"), ("*a.t?t", "\\a.txt"), ("/Notes/note 5*", "\\Notes\\note 5.txt")):
             found = self.lines("find", pattern, self.folder)
-            self.assertEqual([(line["set"], line["date"], line["item"]) for line in found],
+            self.assertEqual([(line["set"], line["date"], line["name"]) for line in found],
                              [(path, f"{date:%Y-%m-%d %H:%M}", name) for path, date, state in
                               zip(self.paths, self.dates, self.states) if name in state["files"]])
         self.assertEqual(len(self.lines("find", "NOTE 3.TXT", self.folder, "--ignore-case")), len(self.lines("find", "note 3.txt", self.folder)))
@@ -113,7 +113,7 @@ class CardTest(CompanionTest):
         for name, content in texts.items():
             made.add(FILE, "\\" + name, content)
         found = self.lines("find", "*", made.write(self.folder / "other"), "--text", "gr\u00fcn")
-        self.assertEqual({line["item"][1:] for line in found}, set(texts) - {"binary"})
+        self.assertEqual({line["name"][1:] for line in found}, set(texts) - {"binary"})
 
     def test_diff_says_what_the_history_says(self):
         source = random.Random(5)
@@ -121,7 +121,7 @@ class CardTest(CompanionTest):
             old, new = (source.randrange(SETS) for _ in range(2))
             before, after = self.states[old], self.states[new]
             found = self.lines("diff", self.paths[old], self.paths[new], code=int(before != after))
-            files = {line["item"]: line["change"] for line in found if line.get("kind") == "file"}
+            files = {line["name"]: line["change"] for line in found if line.get("kind") == "file"}
             records = {line["record"].split()[-1]: (line["change"], {field["field"]: (field["before"], field["after"]) for field in line["fields"]})
                        for line in found if "record" in line}
             values = {line["value"]: (line["before"], line["after"]) for line in found if "value" in line}

@@ -24,6 +24,11 @@ Json orNull(const std::optional<std::string>& value)
     return value ? Json(*value) : Json(nullptr);
 }
 
+Json jsonOf(Change change, const Item& item)
+{
+    return {{"change", nameOf(change)}, {"kind", item.kindText()}, {"name", platform::text::toUtf8(item.shownName())}};
+}
+
 }  // namespace
 
 std::string_view nameOf(Change change)
@@ -57,8 +62,7 @@ Json jsonOf(const std::vector<FieldChange>& fields)
 void ChangeLines::printItem(Change change, const Item& item, const Json& more, const std::string& text)
 {
     any_ = true;
-    Json line = {
-        {"change", nameOf(change)}, {"kind", item.kindText()}, {"item", platform::text::toUtf8(item.shownName())}};
+    Json line = jsonOf(change, item);
     line.update(more);
     printResult(json_, line, std::string(nameOf(change)) + "  " + item.text() + text);
 }
@@ -96,11 +100,9 @@ void ChangeLines::printDatabase(const Item& item, const RecordCollector& before,
 
 void ChangeLines::printRecord(const Item& item, const RecordChange& change)
 {
-    printResult(json_,
-                {{"change", nameOf(change.change)},
-                 {"item", platform::text::toUtf8(item.shownName())},
-                 {"record", change.title},
-                 {"fields", jsonOf(change.fields)}},
+    Json line = jsonOf(change.change, item);
+    line.update({{"record", change.title}, {"fields", jsonOf(change.fields)}});
+    printResult(json_, line,
                 "    " + std::string(nameOf(change.change)) + "  " +
                     screen_text::onScreen(std::string_view(change.title)) + linesOf(change.fields, "        "));
 }
@@ -109,7 +111,7 @@ void ChangeLines::printValue(const RegistryPlace& place, const std::optional<std
                              const std::optional<std::string>& after)
 {
     const Change change = !before ? Change::Added : !after ? Change::Removed : Change::Changed;
-    Json line = {{"change", nameOf(change)}, {"item", "registry"}, {"key", platform::text::toUtf8(place.key)}};
+    Json line = {{"change", nameOf(change)}, {"kind", "registry"}, {"key", platform::text::toUtf8(place.key)}};
     std::string text = "    " + std::string(nameOf(change)) + "  " + onScreen(place);
     if (place.isValue) {
         line["value"] = platform::text::toUtf8(place.name);

@@ -109,7 +109,7 @@ private:
         if (!date.doubt().empty())
             line["doubt"] = date.doubt();
         line["kind"] = item.kindText();
-        line["item"] = platform::text::toUtf8(item.shownName());
+        line["name"] = platform::text::toUtf8(item.shownName());
         if (!inside.is_null())
             line["inside"] = inside;
         printResult(true, line, "");
