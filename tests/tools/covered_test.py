@@ -1,5 +1,6 @@
 """`quillbox-device covered`: it finds each single difference between a device and the sets of it, and changes nothing."""
 import fcntl
+import json
 import os
 import unittest
 
@@ -83,6 +84,10 @@ class CoveredTest(CompanionTest):
         self.assertIn(f"not covered: database Tasks: 2 of {RECORDS + 2} records\n    Task 3\n    Other 5\n", said)
         self.add_records([record(1)], "More")
         self.assertIn("not covered: database More: no set has it", self.covered(code=1).text)
+        found = json.loads(self.covered(self.sets, "--json", code=1).text)
+        self.assertEqual([found.pop(name)[0]["recordCount"] for name in ("sets", "databases")], [RECORDS, RECORDS + 2])
+        self.assertEqual(found, {"version": 1, "files": [], "changes": [], "unkeptValueCount": 0, "uncoveredCount": 5, "values": [
+            {"key": "HKEY_USERS\\new"}, {"key": "HKEY_USERS\\new", "value": "a", "content": "dword:00000001"}]})
 
     def test_only_sound_sets_off_the_device_count(self):
         def copy(folder):

@@ -9,6 +9,7 @@
 #include "device_copy.h"
 #include "device_files.h"
 #include "failure.h"
+#include "report.h"
 #include "screen_text/screen_text.h"
 
 #include <algorithm>
@@ -27,6 +28,8 @@ using screen_text::counted;
 using screen_text::onScreen;
 
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 // Compares the files of one set with those of the device, byte for byte, while the set is checked. Its databases and
 // its registry are collected for a comparison afterwards.
@@ -115,8 +118,9 @@ private:
 
 class Coverage {
 public:
-    explicit Coverage(const fs::path& device)
-        : device_(device), files_(device), copy_(device), isCovered_(files_.all().size(), false)
+    Coverage(const fs::path& device, bool json)
+        : device_(device), files_(device), copy_(device), isCovered_(files_.all().size(), false),
+          report_(json, {"files", "databases", "values", "changes", "sets"})
     {
         content_.readDevice();
     }
@@ -136,7 +140,7 @@ public:
     }
 
     // Returns the exit code.
-    int print()
+    int finish()
     {
         std::uint64_t open = 0;
         for (std::size_t at = 0; at < isCovered_.size(); at++) {
@@ -144,21 +148,25 @@ public:
             if (isCovered_[at])
                 continue;
             open++;
-            std::cout << "not covered: file /" << onScreen(std::string_view(file.path))
-                      << (file.fault.empty() ? "" : ": " + file.fault) << '\n';
+            report_.add("files", {{"path", "/" + file.path}, {"fault", file.fault.empty() ? Json() : Json(file.fault)}},
+                        "not covered: file /" + onScreen(std::string_view(file.path)) +
+                            (file.fault.empty() ? "" : ": " + file.fault));
         }
-        open += content_.printUncovered();
+        open += content_.reportUncovered(report_);
         for (const std::string& path : files_.changedSince()) {
             open++;
-            std::cout << "changed meanwhile: file /" << onScreen(std::string_view(path)) << '\n';
+            report_.add("changes", "/" + path, "changed meanwhile: file /" + onScreen(std::string_view(path)));
         }
         if (copy_.isOutdated()) {
             open++;
-            std::cout << "changed meanwhile: the databases and the registry\n";
+            report_.add("changes", "databases and registry", "changed meanwhile: the databases and the registry");
         }
-        std::cout << summary_;
-        content_.printNotes();
-        std::cout << (open == 0 ? "Everything is covered.\n" : "Not covered: " + counted(open, "thing") + ".\n");
+        for (const auto& [element, text] : summary_)
+            report_.add("sets", element, text);
+        content_.reportNotes(report_);
+        report_.set("uncoveredCount", open,
+                    open == 0 ? "Everything is covered." : "Not covered: " + counted(open, "thing") + ".");
+        report_.finish();
         return open == 0 ? exitGood : exitFailed;
     }
 
@@ -187,9 +195,18 @@ private:
             return note(progress, path + ": is unsound, so it doesn't count; see `quillbox-set verify`");
         for (const std::size_t file : comparison.equal())
             isCovered_[file] = true;
-        const std::string more = content_.takeSet();
-        if (!comparison.equal().empty() || !more.empty())
-            summary_ += path + ": holds " + counted(comparison.equal().size(), "file") + more + '\n';
+        const HeldContent held = content_.takeSet();
+        const std::size_t equal = comparison.equal().size();
+        if (equal == 0 && held.records == 0 && held.places == 0)
+            return;
+        std::string text = path + ": holds " + counted(equal, "file");
+        if (held.records != 0)
+            text += ", " + counted(held.records, "record");
+        if (held.places != 0)
+            text += ", " + std::to_string(held.places) + " keys and values of the registry";
+        summary_.push_back(
+            {{{"set", pathOf(files)}, {"fileCount", equal}, {"recordCount", held.records}, {"valueCount", held.places}},
+             text});
     }
 
     static void note(Progress& progress, const std::string& text)
@@ -203,21 +220,22 @@ private:
     DeviceCopy copy_;
     DeviceContent content_;
     std::vector<bool> isCovered_;  // for each file
-    std::string summary_;
+    Report report_;
+    std::vector<std::pair<Json, std::string>> summary_;  // of each set that holds something
 };
 
 }  // namespace
 
-int showCoverage(const fs::path& device, const std::vector<std::string>& where, bool recursive)
+int showCoverage(const fs::path& device, const std::vector<std::string>& where, bool recursive, bool json)
 {
     const FoundSets found = searchSets(where, recursive);
     for (const std::string& fault : found.faults)
         std::cerr << "quillbox-device: " << fault << '\n';
     if (found.sets.empty())
         throw Failure("There is no set to compare with.", exitBadUsage);
-    Coverage coverage(device);
+    Coverage coverage(device, json);
     coverage.compareWith(found);
-    return coverage.print();
+    return coverage.finish();
 }
 
 }  // namespace quillbox_device

@@ -8,11 +8,11 @@
 
 #include "registry/registry_content.h"
 #include "text/case_folding.h"
+#include "text/host_name.h"
 
 #include <algorithm>
 #include <cstring>
 #include <functional>
-#include <iostream>
 #include <iterator>
 
 namespace quillbox_device {
@@ -124,29 +124,25 @@ void DeviceContent::beginRegistry()
     registry_ = std::make_unique<RegistryValues>();
 }
 
-std::string DeviceContent::takeSet()
+HeldContent DeviceContent::takeSet()
 {
-    std::size_t records = 0;
-    std::size_t places = 0;
+    HeldContent taken;
     for (Held& held : held_) {
         if (!held.sameHead)
             continue;
         Database& own = *held.database;
         own.isHeld = true;
         const std::vector<Digest> missing = moreIn(own.records, held.records);
-        records += own.records.size() - missing.size();
+        taken.records += own.records.size() - missing.size();
         own.uncovered = both(own.uncovered, missing);
     }
     if (registry_) {
-        places = std::erase_if(registryOpen_, [&](const auto& open) {
+        taken.places = std::erase_if(registryOpen_, [&](const auto& open) {
             const auto there = registry_->places.find(open.first);
             return there != registry_->places.end() && there->second == open.second;
         });
     }
-    std::string text = records == 0 ? "" : ", " + counted(records, "record");
-    if (places != 0)
-        text += ", " + std::to_string(places) + " keys and values of the registry";
-    return text;
+    return taken;
 }
 
 bool DeviceContent::isCovered() const
@@ -165,9 +161,10 @@ DeviceContent::Database* DeviceContent::named(std::u16string_view name)
     return found == databases_.end() ? nullptr : &*found;
 }
 
-std::uint64_t DeviceContent::printRecords(const Database& database) const
+// The titles of the first ones.
+std::vector<std::string> DeviceContent::uncoveredTitles(const Database& database) const
 {
-    // Of equal records only as many are printed as no set holds.
+    // Of equal records only as many are reported as no set holds.
     std::vector<Digest> open = database.uncovered;
     RecordCollector collector([&](const Digest& digest, std::span<const CEPROPVAL>) {
         const auto found = std::ranges::lower_bound(open, digest);
@@ -186,39 +183,59 @@ std::uint64_t DeviceContent::printRecords(const Database& database) const
             collector.record(head.records - number, record);
         number++;
     });
+    std::vector<std::string> titles;
     for (const RecordText& record : collector.texts)
-        std::cout << "    " << onScreen(std::string_view(record.title)) << '\n';
-    if (database.uncovered.size() > MostPrinted)
-        std::cout << "    and " << database.uncovered.size() - MostPrinted << " more\n";
-    return database.uncovered.size();
+        titles.push_back(record.title);
+    return titles;
 }
 
-std::uint64_t DeviceContent::printUncovered() const
+std::uint64_t DeviceContent::reportDatabase(const Database& database, Report& report) const
+{
+    const std::uint64_t open = database.isHeld ? database.uncovered.size() : database.records.size();
+    const auto titles = database.isHeld ? uncoveredTitles(database) : std::vector<std::string>();
+    std::string text = "not covered: database " + onScreen(database.name) + ": ";
+    if (database.isHeld)
+        text += std::to_string(open) + " of " + counted(database.records.size(), "record");
+    else
+        text += "no set has it with the same type and sort orders";
+    for (const std::string& title : titles)
+        text += "\n    " + onScreen(std::string_view(title));
+    if (database.isHeld && open > MostPrinted)
+        text += "\n    and " + std::to_string(open - MostPrinted) + " more";
+    report.add("databases",
+               {{"name", platform::text::toUtf8(database.name)},
+                {"held", database.isHeld},
+                {"recordCount", database.records.size()},
+                {"uncoveredCount", open},
+                {"records", titles}},
+               text);
+    return database.isHeld ? open : 1;
+}
+
+std::uint64_t DeviceContent::reportUncovered(Report& report) const
 {
     std::uint64_t open = 0;
-    for (const Database& database : databases_) {
-        if (database.isHeld && database.uncovered.empty())
-            continue;
-        std::cout << "not covered: database " << onScreen(database.name) << ": ";
-        if (!database.isHeld) {
-            std::cout << "no set has it with the same type and sort orders\n";
-            open++;
-            continue;
-        }
-        std::cout << database.uncovered.size() << " of " << counted(database.records.size(), "record") << '\n';
-        open += printRecords(database);
+    for (const Database& database : databases_)
+        if (!database.isHeld || !database.uncovered.empty())
+            open += reportDatabase(database, report);
+    for (const auto& [place, value] : registryOpen_) {
+        nlohmann::ordered_json element = {{"key", platform::text::toUtf8(place.key)}};
+        if (place.isValue)
+            element.update({{"value", platform::text::toUtf8(place.name)}, {"content", value}});
+        report.add("values", element,
+                   "not covered: registry " + archive::onScreen(place) +
+                       (place.isValue ? ": " + screen_text::onScreen(std::string_view(value)) : ""));
     }
-    for (const auto& [place, value] : registryOpen_)
-        std::cout << "not covered: registry " << archive::onScreen(place)
-                  << (place.isValue ? ": " + screen_text::onScreen(std::string_view(value)) : "") << '\n';
     return open + registryOpen_.size();
 }
 
-void DeviceContent::printNotes() const
+void DeviceContent::reportNotes(Report& report) const
 {
-    if (valuesNotKept_ != 0)
-        std::cout << "No set keeps values of some types, such as numbers with a fraction. The device has "
-                  << counted(valuesNotKept_, "such value") << ", which come back as 0.\n";
+    report.set("unkeptValueCount", valuesNotKept_,
+               valuesNotKept_ == 0
+                   ? ""
+                   : "No set keeps values of some types, such as numbers with a fraction. The device has " +
+                         counted(valuesNotKept_, "such value") + ", which come back as 0.");
 }
 
 }  // namespace quillbox_device

@@ -4,14 +4,23 @@
 #include "archive/record_changes.h"
 #include "archive/registry_values.h"
 
+#include "report.h"
+
 #include "ce/store.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace quillbox_device {
+
+// How many records, and keys and values, of the device a set holds.
+struct HeldContent {
+    std::size_t records = 0;
+    std::size_t places = 0;
+};
 
 // In memory are a digest for each record, and the registry with short values.
 class DeviceContent {
@@ -32,15 +41,15 @@ public:
     {
         return registry_->value(name, type, data);
     }
-    // Returns what of it the device has: ", 12 records, 40 keys and values". Empty if nothing.
-    std::string takeSet();
+    // Returns what of it the device has.
+    HeldContent takeSet();
 
     bool isCovered() const;
 
-    // Prints each record, value and database that no set holds. Returns their number.
-    std::uint64_t printUncovered() const;
-    // Prints what a set can't hold.
-    void printNotes() const;
+    // Reports each record, value and database that no set holds. Returns their number.
+    std::uint64_t reportUncovered(Report& report) const;
+    // Reports what a set can't hold.
+    void reportNotes(Report& report) const;
 
 private:
     struct Database {
@@ -62,7 +71,8 @@ private:
     Database* named(std::u16string_view name);
     void readDatabases();
     void readRegistry();
-    std::uint64_t printRecords(const Database& database) const;
+    std::vector<std::string> uncoveredTitles(const Database& database) const;
+    std::uint64_t reportDatabase(const Database& database, Report& report) const;
 
     std::vector<Database> databases_;
     std::map<archive::RegistryPlace, std::string> registryOpen_;  // what no set holds yet

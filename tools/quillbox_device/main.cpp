@@ -148,12 +148,13 @@ void addCovered(CLI::App& app, CommandLine& line)
                                    "says whether sound sets hold everything on the device, so that it may be erased");
     covered->add_option("WHERE", line.where, "sets, or folders with sets such as a card")->required();
     covered->add_flag("--recursive", line.recursive, "searches folders in depth");
+    addJson(*covered, line);
     covered->footer(
         "Changes nothing on the device. Cards aren't compared, because they aren't erased with it.\n"
         "Exit code: 0 everything is covered; 1 not everything, or a change meanwhile; 2 no such device or set.");
     covered->callback([&line] {
         archive::catchSignals();
-        line.exitCode = showCoverage(line.device, line.where, line.recursive);
+        line.exitCode = showCoverage(line.device, line.where, line.recursive, line.json);
     });
 }
 
