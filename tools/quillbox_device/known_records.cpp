@@ -16,7 +16,6 @@ namespace quillbox_device {
 
 using database_formats::Controls;
 using database_formats::FormatFault;
-using database_formats::propertyIn;
 using database_formats::valueText;
 
 namespace {
@@ -41,22 +40,46 @@ bool isText(const CEPROPVAL& property)
     return database_formats::isValidUtf8({reinterpret_cast<const char*>(blob.lpb), blob.dwCount});
 }
 
+// Finds the properties of a record, which can have 65535 of them.
+class ById {
+public:
+    explicit ById(std::span<const CEPROPVAL> record)
+    {
+        for (const CEPROPVAL& property : record)
+            properties_.push_back(&property);
+        std::ranges::stable_sort(properties_, {}, idOf);
+    }
+    // Null if there is none.
+    const CEPROPVAL* find(CEPROPID id) const
+    {
+        const auto found = std::ranges::lower_bound(properties_, id, {}, idOf);
+        return found != properties_.end() && idOf(*found) == id ? *found : nullptr;
+    }
+
+private:
+    static CEPROPID idOf(const CEPROPVAL* property) { return property->propid; }
+
+    std::vector<const CEPROPVAL*> properties_;
+};
+
 // What must be written so that the old record gets the content of the new one.
 std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const CEPROPVAL> wanted, DWORD type)
 {
+    const ById olds(old);
+    const ById wanteds(wanted);
     std::vector<CEPROPVAL> changes;
     for (const CEPROPVAL& property : wanted) {
-        const CEPROPVAL* before = propertyIn(old, property.propid);
+        const CEPROPVAL* before = olds.find(property.propid);
         const bool same = before != nullptr ? isSame(*before, property) : isDefault(property);
         if (!same && property.propid != personal::Identifier)
             changes.push_back(property);
     }
     for (const CEPROPID id : database_formats::usualProperties(type))
-        if (const CEPROPVAL* before = propertyIn(old, id);
-            before != nullptr && propertyIn(wanted, id) == nullptr && !isDefault(*before) && isText(*before))
+        if (const CEPROPVAL* before = olds.find(id);
+            before != nullptr && wanteds.find(id) == nullptr && !isDefault(*before) && isText(*before))
             changes.push_back({id, 0, CEDB_PROPDELETE, {}});
-    const CEPROPVAL* identifier = propertyIn(wanted, personal::Identifier);
-    if (!changes.empty() && identifier != nullptr && propertyIn(old, personal::Identifier) == nullptr)
+    const CEPROPVAL* identifier = wanteds.find(personal::Identifier);
+    if (!changes.empty() && identifier != nullptr && olds.find(personal::Identifier) == nullptr)
         changes.push_back(*identifier);
     return changes;
 }
