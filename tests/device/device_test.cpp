@@ -69,10 +69,10 @@ TEST_F(DeviceTest, SecondStartIsRefusedWhileTheFirstLivesAndLeavesItAlone)
 
 TEST_F(DeviceTest, FoldersInCardsAreCardsAndLinksAndFilesAreNot)
 {
-    write(at("device/object-store/a.txt"), "a");
+    hostWrite(at("device/object-store/a.txt"), "a");
     fs::create_directories(at("device/cards/Störage \xFF"));
     fs::create_directory_symlink(at("device/object-store"), at("device/cards/Link"));
-    write(at("device/cards/readme"), "no card");
+    hostWrite(at("device/cards/readme"), "no card");
     const auto device = opened();
     EXPECT_EQ(attributes(u"\\Störage \xF7FF"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
     EXPECT_EQ(attributes(u"\\Link"), INVALID_FILE_ATTRIBUTES);
@@ -82,7 +82,7 @@ TEST_F(DeviceTest, FoldersInCardsAreCardsAndLinksAndFilesAreNot)
 
 TEST_F(DeviceTest, PartsThatADeviceLacksAreMadeEmpty)
 {
-    write(at("device/object-store/a.txt"), "a");
+    hostWrite(at("device/object-store/a.txt"), "a");
     ASSERT_TRUE(openDevice(at("device"), {}, true).device);
     EXPECT_THAT(treeOf(at("device")),
                 testing::UnorderedElementsAre(Pair("cards", ""), Pair("device.db", ""), Pair("device.lock", ""),
@@ -91,11 +91,11 @@ TEST_F(DeviceTest, PartsThatADeviceLacksAreMadeEmpty)
 
 TEST_F(DeviceTest, WhatIsNoDeviceIsRefusedWithTheReasonAndLeftAlone)
 {
-    write(at("device/letter.txt"), "mine");
+    hostWrite(at("device/letter.txt"), "mine");
     expectRefusal("is not a device");
     EXPECT_EQ(treeOf(at("device")).size(), 1U);
     fs::remove_all(at("device"));
-    write(at("device"), "a file");
+    hostWrite(at("device"), "a file");
     expectRefusal("is not a folder");
     fs::remove(at("device"));
 
@@ -106,7 +106,7 @@ TEST_F(DeviceTest, WhatIsNoDeviceIsRefusedWithTheReasonAndLeftAlone)
                                        std::pair("device/cards", "cards\" must be a folder"),
                                        std::pair("device/device.db", "device.db\" is damaged")}) {
         fs::remove_all(at(part));
-        write(at(part), std::string(5000, '?'));
+        hostWrite(at(part), std::string(5000, '?'));
         expectRefusal(reason);
         fs::remove(at(part));
         fs::create_directories(at("device/object-store"));
@@ -123,7 +123,7 @@ TEST_F(DeviceTest, ContentThatAFolderHidesIsReported)
 {
     for (const char* folder : {"device/object-store/Empty", "host"})
         fs::create_directories(at(folder));
-    write(at("device/object-store/Held/file"), "x");
+    hostWrite(at("device/object-store/Held/file"), "x");
     EXPECT_THAT(opened({{"Held", at("host"), true, {}}}).warnings,
                 ElementsAre(HasSubstr("object-store/Held\" is hidden")));
     EXPECT_THAT(opened({{"Empty", at("host"), true, {}}}).warnings, IsEmpty());
@@ -133,8 +133,8 @@ TEST_F(DeviceTest, ContentThatAFolderHidesIsReported)
 TEST_F(DeviceTest, OnlyADatabaseThatWasThereIsReportedAsLost)
 {
     // A folder that the user has filled, which isn't a device yet.
-    write(at("device/object-store/a.txt"), "");
-    write(at("device/cards"), "");
+    hostWrite(at("device/object-store/a.txt"), "");
+    hostWrite(at("device/cards"), "");
     expectRefusal("cards\" must be a folder");
     fs::remove(at("device/cards"));
     fs::remove(at("device/object-store/a.txt"));
@@ -153,9 +153,9 @@ TEST_F(DeviceTest, LeftoversOfAKilledChangeOfTheDatabaseAreDeletedWhereALinkLead
     fs::create_directories(at("elsewhere"));
     fs::rename(at("device/device.db"), at("elsewhere/real.db"));
     fs::create_symlink(at("elsewhere/real.db"), at("device/device.db"));
-    write(at("device/device.db.changing"), "somebody else's");
+    hostWrite(at("device/device.db.changing"), "somebody else's");
     for (const char* part : {"", "-wal", "-shm", "-journal"})
-        write(at(std::string("elsewhere/real.db.changing") + part), "left over");
+        hostWrite(at(std::string("elsewhere/real.db.changing") + part), "left over");
     ASSERT_TRUE(opened().device);
     EXPECT_EQ(treeOf(at("elsewhere")).size(), 1U);
     EXPECT_TRUE(fs::exists(at("device/device.db.changing")));
@@ -165,7 +165,7 @@ TEST_F(DeviceTest, ExtraFoldersThatCannotBeShownAreRefusedWithTheirName)
 {
     for (const char* folder : {"device/object-store", "device/cards/Card", "x"})
         fs::create_directories(at(folder));
-    write(at("file"), "");
+    hostWrite(at("file"), "");
     for (const char* name : {"", ".", "..", "a/b", "a\\b", "a*", "\xFF", "\xEF\x9C\xAF"})
         expectRefusal("can't be the name", {{name, at("x"), false, {}}});
     expectRefusal("missing\" for \"X\" can't be opened: No such", {{"X", at("missing"), true, {}}});
@@ -196,8 +196,8 @@ TEST_F(DeviceTest, FoldersAppearForTheirStartOrAreRememberedAndACardKeepsItsCapa
     using namespace platform::device;
     constexpr DWORD Folder = FILE_ATTRIBUTE_DIRECTORY;
     constexpr DWORD Card = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
-    write(at("stick/full.txt"), "1234567890");
-    write(at("documents/a.txt"), "a");
+    hostWrite(at("stick/full.txt"), "1234567890");
+    hostWrite(at("documents/a.txt"), "a");
     {
         const auto device = opened({{"Mine", at("documents"), false, {}}, {"Today", at("stick"), true, 25}});
         EXPECT_EQ(attributes(u"\\Mine"), Folder);
@@ -247,7 +247,7 @@ TEST_F(FirstStartTest, FreshDeviceHasACardAndFilesInRom)
     ASSERT_TRUE(result.device) << result.error.sentence;
     EXPECT_EQ(GetFileAttributesW(u"\\Storage Card"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
 
-    write(at("probe"), "");
+    hostWrite(at("probe"), "");
     const bool attributesKept = setxattr(at("probe").c_str(), "user.DOSATTRIB", "0x1", 3, 0) == 0;
     EXPECT_EQ(GetFileAttributesW(u"\\Windows\\calc.rom"),
               attributesKept ? FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_READONLY
@@ -260,10 +260,10 @@ TEST_F(FirstStartTest, StartAfterAKillAtAnyMomentMakesAWholeDevice)
     const auto whole = treeOf(at("whole"));
 
     fs::create_directory(at("only made"));
-    write(at("only locked/device.lock"), "");
-    write(at("half written") / Unfinished / "object-store/My Documents/Welcome.txt", "We");
-    write(at("half written") / Unfinished / "device.db", "");
-    write(at("half written/device.lock"), "");
+    hostWrite(at("only locked/device.lock"), "");
+    hostWrite(at("half written") / Unfinished / "object-store/My Documents/Welcome.txt", "We");
+    hostWrite(at("half written") / Unfinished / "device.db", "");
+    hostWrite(at("half written/device.lock"), "");
     const std::pair<const char*, std::vector<std::string>> unmoved[] = {
         {"nothing moved", {"cards", "device.db", "object-store"}},
         {"cards moved", {"device.db", "object-store"}},
@@ -289,11 +289,11 @@ TEST_F(FirstStartTest, WhatTheUserChangesStaysAtTheNextStart)
     makeFresh("device");
     EXPECT_FALSE(fs::exists(at("device/object-store/My Documents/Welcome.txt")));
     undo("device", {"object-store"});
-    write(at("device/cards/Storage Card/mine.txt"), "mine");
+    hostWrite(at("device/cards/Storage Card/mine.txt"), "mine");
     makeFresh("device");
     EXPECT_TRUE(fs::exists(at("device/cards/Storage Card/mine.txt")));
     undo("device", {"object-store"});
-    write(at("device/mine.txt"), "mine");
+    hostWrite(at("device/mine.txt"), "mine");
     EXPECT_FALSE(openDevice(at("device"), {}, true).device);
     EXPECT_TRUE(fs::exists(at("device/mine.txt")));
 }

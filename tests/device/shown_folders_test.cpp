@@ -63,9 +63,9 @@ TEST_F(ShownFoldersTest, FolderIsShownAtOnceAndAtTheNextStartUnderAFreeName)
 
 TEST_F(ShownFoldersTest, StorageOfASetIsACardForThisStartUnlessTheDeviceHasItAlready)
 {
-    write(at("Old/QUILBOX/QLBX0007.QLT"), "");
-    write(at("loose/QLBX0001.QLT"), "");
-    write(at("device/object-store/QUILBOX/QLBX0001.QLT"), "");
+    hostWrite(at("Old/QUILBOX/QLBX0007.QLT"), "");
+    hostWrite(at("loose/QLBX0001.QLT"), "");
+    hostWrite(at("device/object-store/QUILBOX/QLBX0001.QLT"), "");
     EXPECT_EQ(device_->showSet(at("Old/QUILBOX/QLBX0007.QLT")).listFile, u"\\Old\\QUILBOX\\QLBX0007.QLT");
     EXPECT_EQ(device_->showSet(at("Old/QUILBOX/../QUILBOX/QLBX0007.QLT")).listFile, u"\\Old\\QUILBOX\\QLBX0007.QLT");
     EXPECT_EQ(device_->showSet(at("loose/QLBX0001.QLT")).listFile, u"\\loose\\QLBX0001.QLT");
@@ -100,10 +100,10 @@ TEST_F(ShownFoldersTest, MediaAreCardsWhileTheyAreMounted)
     EXPECT_EQ(GetFileAttributesW(u"\\second"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), ERROR_NOT_READY);
     // Another medium at the place of the first one is another card.
-    write(first / "old", "x");
+    hostWrite(first / "old", "x");
     ASSERT_EQ(::umount2(first.c_str(), MNT_DETACH), 0);
     ASSERT_EQ(::mount("none", first.c_str(), "tmpfs", 0, "size=1m"), 0);
-    write(first / "new", "x");
+    hostWrite(first / "new", "x");
     EXPECT_TRUE(eventually([] { return GetFileAttributesW(u"\\My Stick\\new") != INVALID_FILE_ATTRIBUTES; }));
     device_.reset();
     EXPECT_EQ(::umount(first.c_str()), 0);

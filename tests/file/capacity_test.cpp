@@ -40,7 +40,7 @@ TEST_F(CardTest, DeletedAndCutFilesMakeRoomAndAHoleNeedsIt)
 {
     addFolder(u"Card", true, 1000);
     for (int round = 0; round < 2; ++round) {
-        HANDLE file = open(u"\\Card\\f", Write, CREATE_ALWAYS);
+        const HANDLE file = open(u"\\Card\\f", Write, CREATE_ALWAYS);
         SetFilePointer(file, 800, nullptr, FILE_BEGIN);
         EXPECT_EQ(write(file, std::string(300, 'x')), 200U);
         SetFilePointer(file, 5000, nullptr, FILE_BEGIN);
@@ -48,10 +48,8 @@ TEST_F(CardTest, DeletedAndCutFilesMakeRoomAndAHoleNeedsIt)
         EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
         EXPECT_EQ(used(), 1000U);
         CloseHandle(file);
-        file = open(u"\\Card\\f", Write, CREATE_ALWAYS);
-        EXPECT_EQ(used(), 0U);
-        EXPECT_EQ(write(file, std::string(900, 'x')), 900U);
-        CloseHandle(file);
+        make(u"\\Card\\f", std::string(900, 'x'));
+        EXPECT_EQ(used(), 900U);
         EXPECT_TRUE(DeleteFileW(u"\\Card\\f"));
         EXPECT_EQ(used(), 0U);
     }
@@ -60,7 +58,6 @@ TEST_F(CardTest, DeletedAndCutFilesMakeRoomAndAHoleNeedsIt)
 TEST_F(CardTest, FilesThatTheCardHasAlreadyCount)
 {
     const auto folder = outside() / "mounted Card";
-    std::filesystem::create_directories(folder / "a" / "b");
     hostWrite(folder / "a" / "b" / "old", std::string(300, 'x'));
     std::filesystem::create_hard_link(folder / "a" / "b" / "old", folder / "same file");
     std::filesystem::create_symlink(root(), folder / "link");
@@ -120,9 +117,7 @@ TEST_F(FullHostTest, RoomThatIsOnlyReservedForAnotherFileCanBeUsed)
     for (int i = 0; i < 3200; ++i)
         EXPECT_EQ(write(large, std::string(250, 'l')), 250U);
     const std::string bytes = patternBytes(200'000);
-    const HANDLE small = open(u"\\Small\\small", GENERIC_WRITE, CREATE_ALWAYS);
-    EXPECT_EQ(write(small, bytes), bytes.size());
-    EXPECT_TRUE(CloseHandle(small));
+    make(u"\\Small\\small", bytes);
     EXPECT_EQ(write(large, std::string(250, 'l')), 250U);
     EXPECT_TRUE(CloseHandle(large));
     EXPECT_EQ(hostRead(small_ / "small"), bytes);

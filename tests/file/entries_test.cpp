@@ -66,11 +66,8 @@ TEST_F(FileTest, MoveKeepsTheContentAndReplacesOnlyAFileThatMayBeReplaced)
 {
     const auto card = addFolder(u"Card", true, 1000);
     const auto used = [] { return platform::file::usedBytes(u"Card").value_or(0); };
-    for (const auto& [path, bytes] : {std::pair(u"\\Card\\new", "new"), {u"\\Card\\old", "older"}}) {
-        const HANDLE file = open(path, GENERIC_WRITE, CREATE_NEW);
-        EXPECT_NE(write(file, bytes), 0U);
-        EXPECT_TRUE(CloseHandle(file));
-    }
+    make(u"\\Card\\new", "new");
+    make(u"\\Card\\old", "older");
     EXPECT_TRUE(CreateDirectoryW(u"\\Card\\d", nullptr));
     std::filesystem::create_symlink("old", card / "link");
     EXPECT_EQ(moved(u"\\Card\\new", u"\\Card\\old", false), ERROR_ALREADY_EXISTS);

@@ -9,18 +9,11 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
 using namespace platform::file;
 
-FileTest::FileTest(const std::filesystem::path& parent)
+FileTest::FileTest(const std::filesystem::path& parent) : HostFolder(parent)
 {
-    std::string pattern = (parent / "quillbox-file-XXXXXX").string();
-    if (!::mkdtemp(pattern.data()))
-        std::abort();
-    base_ = pattern;
-    root_ = base_ / "root";
     std::filesystem::create_directory(root_);
     remount();
 }
@@ -28,14 +21,6 @@ FileTest::FileTest(const std::filesystem::path& parent)
 FileTest::~FileTest()
 {
     removeAllMounts();
-    std::error_code ignored;
-    std::filesystem::remove_all(base_, ignored);
-}
-
-std::filesystem::path FileTest::memoryFolder()
-{
-    const bool useMemory = !std::getenv("TMPDIR") && std::filesystem::is_directory("/dev/shm");
-    return useMemory ? "/dev/shm" : std::filesystem::temp_directory_path();
 }
 
 void FileTest::remount() const
@@ -48,23 +33,11 @@ void FileTest::remount() const
 std::filesystem::path FileTest::addFolder(const std::u16string& name, bool card,
                                           std::optional<std::uint64_t> capacity) const
 {
-    const std::filesystem::path folder = base_ / ("mounted " + std::filesystem::path(name).string());
+    const std::filesystem::path folder = at("mounted " + std::filesystem::path(name).string());
     std::filesystem::create_directory(folder);
     if (!addMount({name, ::open(folder.c_str(), O_RDONLY | O_DIRECTORY), card, capacity}))
         std::abort();
     return folder;
-}
-
-void FileTest::hostWrite(const std::filesystem::path& path, const std::string& bytes) const
-{
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-std::string FileTest::hostRead(const std::filesystem::path& path) const
-{
-    std::ostringstream content;
-    content << std::ifstream(path, std::ios::binary).rdbuf();
-    return content.str();
 }
 
 void FileTest::hostMark(const std::filesystem::path& path, const std::string& attribute) const
@@ -93,6 +66,13 @@ DWORD FileTest::write(HANDLE file, const std::string& bytes)
     DWORD written = 0;
     (void)WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
     return written;
+}
+
+void FileTest::make(const std::u16string& path, const std::string& bytes)
+{
+    const HANDLE file = open(path, GENERIC_WRITE, CREATE_ALWAYS);
+    EXPECT_EQ(write(file, bytes), bytes.size());
+    EXPECT_TRUE(CloseHandle(file));
 }
 
 std::string FileTest::read(HANDLE file, DWORD bytes)

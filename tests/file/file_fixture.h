@@ -3,36 +3,29 @@
 
 #include "file/host_faults.h"
 #include "file/name_space.h"
+#include "host_folder.h"
 
 #include "ce/error.h"
 #include "ce/file.h"
 #include "ce/handle.h"
 
-#include <gtest/gtest.h>
 #include <sys/types.h>
 
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <set>
-#include <string>
 
 inline constexpr DWORD Write = GENERIC_WRITE;
 
-class FileTest : public testing::Test {
+class FileTest : public HostFolder {
 protected:
     explicit FileTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path());
-    // For tests that don't need a real disk: in memory, where a flush costs nothing, unless TMPDIR names another
-    // folder.
-    static std::filesystem::path memoryFolder();
     ~FileTest() override;
 
     // Host side.
     [[nodiscard]] const std::filesystem::path& root() const { return root_; }
-    [[nodiscard]] const std::filesystem::path& outside() const { return base_; }
-    void hostWrite(const std::filesystem::path& path, const std::string& bytes) const;
-    [[nodiscard]] std::string hostRead(const std::filesystem::path& path) const;
+    [[nodiscard]] std::filesystem::path outside() const { return root_.parent_path(); }
     void hostMark(const std::filesystem::path& path, const std::string& attribute) const;
     // Mounts a folder "mounted NAME" of outside(), which can exist already.
     std::filesystem::path addFolder(const std::u16string& name, bool card,
@@ -44,6 +37,7 @@ protected:
     [[nodiscard]] static HANDLE open(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0);
     [[nodiscard]] static DWORD openError(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0);
     [[nodiscard]] static DWORD write(HANDLE file, const std::string& bytes);  // bytes written
+    static void make(const std::u16string& path, const std::string& bytes);   // or replaces its content
     [[nodiscard]] static std::string read(HANDLE file, DWORD bytes);
     [[nodiscard]] static std::string readAll(const std::u16string& path, DWORD piece = 260);
 
@@ -60,8 +54,7 @@ protected:
     static int statusOfChild(const std::function<bool()>& action);
 
 private:
-    std::filesystem::path base_;
-    std::filesystem::path root_;
+    std::filesystem::path root_ = at("root");
 };
 
 // Another process that has a file open for the lifetime of this object.

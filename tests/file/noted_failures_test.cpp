@@ -57,7 +57,6 @@ protected:
     void prepare() const
     {
         std::filesystem::remove_all(root() / "d");
-        std::filesystem::create_directory(root() / "d");
         hostWrite(root() / "d" / "a", patternBytes(60'000));
         hostWrite(root() / "d" / "b", "b");
     }

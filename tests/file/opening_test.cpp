@@ -5,8 +5,6 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <map>
-
 namespace {
 
 namespace fs = std::filesystem;
@@ -32,16 +30,6 @@ protected:
         addFolder(u"Card", true);
     }
 
-    // Everything that the host has: the types, and the files' content.
-    [[nodiscard]] std::map<fs::path, std::string> hostEntries() const
-    {
-        std::map<fs::path, std::string> entries;
-        for (const auto& entry : fs::recursive_directory_iterator(outside()))
-            entries[entry.path()] = std::to_string(static_cast<int>(entry.symlink_status().type())) +
-                                    (entry.symlink_status().type() == fs::file_type::regular ? hostRead(entry) : "");
-        return entries;
-    }
-
     // The last error, also of an open that succeeds.
     static DWORD opened(const WCHAR* path, DWORD access, DWORD creation)
     {
@@ -53,31 +41,17 @@ protected:
         return error;
     }
 
-    static DWORD call(int number, const WCHAR* path)
-    {
-        switch (number) {
-        case 0:
-            return opened(path, GENERIC_READ, OPEN_EXISTING);
-        case 1:
-            return opened(path, GENERIC_WRITE, OPEN_EXISTING);
-        case 2:
-            return opened(path, GENERIC_WRITE, CREATE_NEW);
-        case 3:
-            return opened(path, GENERIC_READ, CREATE_ALWAYS);
-        case 4:
-            return opened(path, GENERIC_WRITE, OPEN_ALWAYS);
-        case 5:
-            return opened(path, GENERIC_WRITE, TRUNCATE_EXISTING);
-        case 6:
-            return errorOf(DeleteFileW(path));
-        case 7:
-            return errorOf(CreateDirectoryW(path, nullptr));
-        case 8:
-            return errorOf(RemoveDirectoryW(path));
-        default:
-            return errorOf(GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES);
-        }
-    }
+    static constexpr DWORD (*Calls[])(const WCHAR*) = {
+        [](const WCHAR* path) { return opened(path, GENERIC_READ, OPEN_EXISTING); },
+        [](const WCHAR* path) { return opened(path, GENERIC_WRITE, OPEN_EXISTING); },
+        [](const WCHAR* path) { return opened(path, GENERIC_WRITE, CREATE_NEW); },
+        [](const WCHAR* path) { return opened(path, GENERIC_READ, CREATE_ALWAYS); },
+        [](const WCHAR* path) { return opened(path, GENERIC_WRITE, OPEN_ALWAYS); },
+        [](const WCHAR* path) { return opened(path, GENERIC_WRITE, TRUNCATE_EXISTING); },
+        [](const WCHAR* path) { return errorOf(DeleteFileW(path)); },
+        [](const WCHAR* path) { return errorOf(CreateDirectoryW(path, nullptr)); },
+        [](const WCHAR* path) { return errorOf(RemoveDirectoryW(path)); },
+        [](const WCHAR* path) { return errorOf(GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES); }};
 };
 
 TEST_F(EntryTest, EachCallDoesItsWorkOrFailsWithItsErrorAndChangesNothing)
@@ -86,8 +60,7 @@ TEST_F(EntryTest, EachCallDoesItsWorkOrFailsWithItsErrorAndChangesNothing)
                     Exists = ERROR_FILE_EXISTS, Already = ERROR_ALREADY_EXISTS, NotEmpty = ERROR_DIR_NOT_EMPTY;
     struct Row {
         std::vector<std::u16string> paths;
-        // Read, write, make new, make always, open always, cut. Delete, make a folder, remove a folder. Attributes.
-        DWORD errors[10];
+        DWORD errors[10];  // of the calls
     };
     const Row rows[] = {
         {{u"\\file", u"file"}, {0, 0, Exists, Already, Already, 0, 0, Already, NoPath, 0}},
@@ -107,11 +80,11 @@ TEST_F(EntryTest, EachCallDoesItsWorkOrFailsWithItsErrorAndChangesNothing)
         for (int number = 0; number < 10; ++number) {
             for (const std::u16string& path : paths) {
                 SCOPED_TRACE(testing::PrintToString(path) + " " + std::to_string(number));
-                const auto before = hostEntries();
-                EXPECT_EQ(call(number, path.c_str()), errors[number]);
+                const auto before = treeOf(outside());
+                EXPECT_EQ(Calls[number](path.c_str()), errors[number]);
                 const bool changes = number == 3 ? errors[3] == 0 || errors[3] == Already
                                                  : number >= 2 && number <= 8 && errors[number] == 0;
-                EXPECT_EQ(hostEntries() != before, changes);
+                EXPECT_EQ(treeOf(outside()) != before, changes);
                 if (changes)
                     prepare();
             }
@@ -123,14 +96,14 @@ TEST_F(EntryTest, EachCallDoesItsWorkOrFailsWithItsErrorAndChangesNothing)
 TEST_F(EntryTest, CraftedNamesAreInvalidInEachCall)
 {
     prepare();
-    const auto before = hostEntries();
+    const auto before = treeOf(outside());
     for (const WCHAR* path : {u"\\..\\secret", u"..\\secret", u"\\a\\..\\..\\secret", u"\\../secret", u"\\.",
                               u"\\\\secret", u"\\\xF72Fsecret", u"\\..\xF72Fsecret", u"\\\xF72E\xF72E\\secret", u"",
                               u"\\a*", u"\\a?", u"\\a|b", u"\\<>", u"\\\"", u"\\\xD800"}) {
-        for (int number = 0; number < 10; ++number)
-            EXPECT_EQ(call(number, path), ERROR_INVALID_NAME) << testing::PrintToString(std::u16string(path));
+        for (const auto call : Calls)
+            EXPECT_EQ(call(path), ERROR_INVALID_NAME) << testing::PrintToString(std::u16string(path));
     }
-    EXPECT_EQ(hostEntries(), before);
+    EXPECT_EQ(treeOf(outside()), before);
     EXPECT_EQ(openError(std::u16string(260, u'a'), GENERIC_WRITE, CREATE_ALWAYS), ERROR_FILENAME_EXCED_RANGE);
     for (const DWORD creation : {0U, 6U})
         EXPECT_EQ(openError(u"\\file", GENERIC_WRITE, creation), ERROR_INVALID_PARAMETER);
@@ -140,9 +113,7 @@ TEST_F(FileTest, ReplacedFileKeepsItsOtherNamesOnTheHost)
 {
     hostWrite(root() / "f", "old bytes");
     fs::create_hard_link(root() / "f", root() / "other name");
-    const HANDLE file = open(u"\\f", GENERIC_WRITE, CREATE_ALWAYS);
-    EXPECT_EQ(write(file, "new"), 3U);
-    CloseHandle(file);
+    make(u"\\f", "new");
     EXPECT_EQ(hostRead(root() / "other name"), "new");
 }
 

@@ -10,7 +10,6 @@ using Names = std::set<std::u16string>;
 TEST_F(FileTest, CardIsListedOnceAndHidesAnEntryOfItsName)
 {
     const auto card = addFolder(u"Card", true);
-    std::filesystem::create_directory(root() / "Card");
     hostWrite(root() / "Card" / "hidden", "");
     hostWrite(root() / "file", "");
     hostWrite(card / "shown", "");

@@ -21,13 +21,6 @@ protected:
 
     static std::uint64_t used() { return platform::file::usedBytes(u"Card").value_or(~0ULL); }
 
-    static void make(const std::u16string& path, const std::string& bytes)
-    {
-        const HANDLE file = open(path, GENERIC_WRITE, CREATE_ALWAYS);
-        EXPECT_EQ(write(file, bytes), bytes.size());
-        EXPECT_TRUE(CloseHandle(file));
-    }
-
     fs::path card_;
 };
 

@@ -23,8 +23,6 @@ constexpr const char16_t* Path = u"\\d\\letter.txt";
 
 class UnchangedDeletionTest : public FileTest {
 protected:
-    UnchangedDeletionTest() { fs::create_directory(root() / "d"); }
-
     [[nodiscard]] fs::path file() const { return root() / "d" / "letter.txt"; }
 
     static FileStamp stampNow()
@@ -50,7 +48,6 @@ protected:
     FileStamp writeAndStampNow(const std::string& bytes) const
     {
         fs::remove_all(file().parent_path());
-        fs::create_directory(file().parent_path());
         hostWrite(file(), bytes);
         FileStamp stamp = stampNow();
         stamp.provesWrites = TRUE;

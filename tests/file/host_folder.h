@@ -1,0 +1,66 @@
+// host_folder.h - a temporary folder of the host for one test.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+
+class HostFolder : public testing::Test {
+protected:
+    explicit HostFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
+    {
+        std::string pattern = parent / "quillbox-test-XXXXXX";
+        if (!mkdtemp(pattern.data()))
+            std::abort();
+        base_ = pattern;
+    }
+    ~HostFolder() override
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(base_, ignored);
+    }
+    // The parent for tests that don't need a real disk: in memory, where a flush costs nothing, unless TMPDIR names
+    // another folder.
+    static std::filesystem::path memoryFolder()
+    {
+        const bool useMemory = !std::getenv("TMPDIR") && std::filesystem::is_directory("/dev/shm");
+        return useMemory ? "/dev/shm" : std::filesystem::temp_directory_path();
+    }
+
+    [[nodiscard]] std::filesystem::path at(const std::string& name) const { return base_ / name; }
+
+    // Makes the folders above it, too.
+    static void hostWrite(const std::filesystem::path& file, const std::string& bytes)
+    {
+        std::filesystem::create_directories(file.parent_path());
+        std::ofstream(file, std::ios::binary) << bytes;
+    }
+    // Empty if it can't be read.
+    [[nodiscard]] static std::string hostRead(const std::filesystem::path& file)
+    {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    // Every entry below, files with their content and others with their kind; the database is not compared.
+    [[nodiscard]] static std::map<std::string, std::string> treeOf(const std::filesystem::path& folder)
+    {
+        std::map<std::string, std::string> tree;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+            const auto kind = entry.symlink_status().type();
+            std::string& content = tree[entry.path().lexically_relative(folder)];
+            if (kind != std::filesystem::file_type::regular)
+                content = kind == std::filesystem::file_type::directory ? "" : "neither a file nor a folder";
+            else if (!entry.path().filename().string().starts_with("device."))
+                content = hostRead(entry);
+        }
+        return tree;
+    }
+
+private:
+    std::filesystem::path base_;
+};
