@@ -116,7 +116,7 @@ TEST_F(CompressedStreamTest, EverySizeAroundABlockGivesTheFormatAndComesBack)
     for (const std::size_t size : {0U, 1U, 4U, 131071U, 131072U, 131073U, 2 * 131072U, 327680U}) {
         SCOPED_TRACE(size);
         const Bytes source = randomBytes(size, static_cast<unsigned>(size));
-        write(u"\\source", source);
+        make(u"\\source", source);
         ASSERT_TRUE(packsWhole(u"\\stream"));
         const Bytes stream = read(u"\\stream");
         EXPECT_EQ(blockSizes(stream).size(), (size + RawBlockBytes - 1) / RawBlockBytes + 1);
@@ -132,7 +132,7 @@ TEST_F(CompressedStreamTest, EverySizeAroundABlockGivesTheFormatAndComesBack)
 TEST_F(CompressedStreamTest, BlockThatGrowsWhenPackedFitsItsBuffer)
 {
     const Bytes source = expandingBytes();
-    write(u"\\source", source);
+    make(u"\\source", source);
     ASSERT_TRUE(CompressFile(u"\\source", u"\\stream"));
     const DWORD packed = blockSizes(read(u"\\stream")).front();
     EXPECT_GT(packed, 133139U);
@@ -178,7 +178,7 @@ TEST_F(CompressedStreamTest, LongestLiteralRunIsFoundInEachKindOfInstruction)
 TEST_F(CompressedStreamTest, SecondThreadKeepsAllBlocksInTheirOrder)
 {
     const Bytes raw = mixedBlocks(24);
-    write(u"\\raw", raw);
+    make(u"\\raw", raw);
     ASSERT_TRUE(CompressFile(u"\\raw", u"\\alone"));
     const Bytes stream = read(u"\\alone");
     Bytes damaged = stream;
@@ -187,7 +187,7 @@ TEST_F(CompressedStreamTest, SecondThreadKeepsAllBlocksInTheirOrder)
     for (std::size_t block = 0; block <= 10; block++)
         end += 4 + sizes[block];
     damaged[end - 1] = 1;  // in the mark that ends the eleventh block
-    write(u"\\damaged", damaged);
+    make(u"\\damaged", damaged);
 
     for (int run = 0; run < 5; run++) {
         StartPipelineThread();
@@ -219,7 +219,7 @@ TEST_F(CompressedStreamTest, AfterAShortReadLaterOnesAskForNoMoreAndOnlyEndOfFil
           Case{{full, 0}, ERROR_GEN_FAILURE, {full, full}, {full}, FALSE},
           Case{{10, 10, 4}, ERROR_GEN_FAILURE, {full, 10, 10}, {10, 10}, FALSE}}) {
         const Bytes source = randomBytes(std::accumulate(c.blocks.begin(), c.blocks.end(), std::size_t{0}), 7);
-        write(u"\\source", source);
+        make(u"\\source", source);
         ScriptedReads reads = {c.delivered, c.errorOfLast, {}};
         gScriptedReads = &reads;
         EXPECT_EQ(CompressFile(u"\\source", u"\\stream"), c.result);
@@ -240,15 +240,15 @@ TEST_F(CompressedStreamTest, AfterAShortReadLaterOnesAskForNoMoreAndOnlyEndOfFil
 
 TEST_F(CompressedStreamTest, SourceThatIsMissingInUseOrNoStreamLeavesTheTargetUnchanged)
 {
-    write(u"\\target", hex("AA"));
-    write(u"\\used", hex("BB"));
+    make(u"\\target", hex("AA"));
+    make(u"\\used", hex("BB"));
     const HANDLE used = open(u"\\used", GENERIC_READ, OPEN_EXISTING);
     EXPECT_FALSE(CompressFile(u"\\used", u"\\target"));
     CloseHandle(used);
     EXPECT_FALSE(CompressFile(u"\\none", u"\\target"));
     EXPECT_FALSE(DecompressFile(u"\\none", u"\\target"));
     for (const Bytes& stream : {Bytes{}, hex("51 42 58 50"), hex("51 42 58 50 4C") + closing}) {
-        write(u"\\stream", stream);
+        make(u"\\stream", stream);
         EXPECT_FALSE(DecompressFile(u"\\stream", u"\\target"));
         EXPECT_FALSE(DecompressFile(u"\\stream", u"\\new"));
     }
@@ -260,7 +260,7 @@ TEST_F(CompressedStreamTest, NoFailingHostCallGivesAWholeStreamOrTargetWithAGap)
 {
     // A gap between blocks of one size doesn't damage the stream.
     for (const Bytes& source : {randomBytes(RawBlockBytes * 4 + 5, 4), Bytes(RawBlockBytes * 61, '\0')}) {
-        write(u"\\source", source);
+        make(u"\\source", source);
         withEachFailure([&](const auto& faulted) {
             DeleteFileW(u"\\stream");
             if (faulted([] { return BOOL{packsWhole(u"\\stream")}; })) {

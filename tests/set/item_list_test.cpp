@@ -11,8 +11,7 @@ namespace {
 
 Bytes named(const std::u16string& name)
 {
-    const auto* bytes = reinterpret_cast<const char*>(name.c_str());
-    return {bytes, bytes + (name.size() + 1) * sizeof(WCHAR)};
+    return utf16(name + u'\0');
 }
 
 const BYTE* raw(const Bytes& blob)

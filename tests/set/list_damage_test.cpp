@@ -73,7 +73,7 @@ TEST_F(ListDamageTest, CostsOnlyItself)
         gRegistryMarked = 0;
         gRegistryEntry = {};
         CopyText(gComment, u"of the set before");
-        write(u"\\A.QLT", list);
+        make(u"\\A.QLT", list);
         ASSERT_TRUE(LoadList(u"\\A.QLT"));
         EXPECT_EQ(itemsOf(gFileList), files);
         EXPECT_TRUE(gDatabaseList->IsEmpty());
@@ -91,7 +91,7 @@ TEST_F(ListDamageTest, ListCutAtEveryByteGivesNoStaleValues)
     for (std::size_t cut = 0; cut < whole.size(); cut++) {
         SCOPED_TRACE(cut);
         gRegistryMarked = 0;
-        write(u"\\A.QLT", whole.substr(0, cut));
+        make(u"\\A.QLT", whole.substr(0, cut));
         ASSERT_TRUE(LoadList(u"\\A.QLT"));
         std::vector<LoadedItem> files = itemsOf(gFileList);
         const std::size_t start = cut >= endB ? endB : cut >= endA ? endA : head.size();

@@ -50,7 +50,7 @@ TEST_F(ListFileTest, WritersGiveTheFormatAndReportEachWriteThatAFullCardCuts)
 
 TEST_F(ListFileTest, EachKindIsLoadedWithOffsetsUpTo4GiB)
 {
-    write(u"\\A.QLT", fourItems);
+    make(u"\\A.QLT", fourItems);
     ASSERT_TRUE(LoadList(u"\\A.QLT"));
     EXPECT_EQ(itemsOf(gFileList), (std::vector<LoadedItem>{{u"\\a", 0, 12}, {u"\\bc", 12, 32}}));
     EXPECT_EQ(itemsOf(gDatabaseList), (std::vector<LoadedItem>{{u"X", 32, 48}}));
@@ -60,7 +60,7 @@ TEST_F(ListFileTest, EachKindIsLoadedWithOffsetsUpTo4GiB)
     EXPECT_EQ(gFileList->id, FileListId);
     EXPECT_EQ(gDatabaseList->id, DatabaseListId);
 
-    write(u"\\B.QLT", exampleHead + exampleEntry);
+    make(u"\\B.QLT", exampleHead + exampleEntry);
     ASSERT_TRUE(LoadList(u"\\B.QLT"));
     EXPECT_EQ(blobsOf(*gDatabaseList), Blobs{hex("58 00 00 00  00 00 00 00  64 00 00 00")});
     EXPECT_TRUE(gFileList->IsEmpty()) << "the items of the set before are removed";
@@ -68,7 +68,7 @@ TEST_F(ListFileTest, EachKindIsLoadedWithOffsetsUpTo4GiB)
     EXPECT_EQ(gRegistryMarked, 1U) << "a list without a registry leaves the mark";
 
     // An unknown kind is the registry, and the later registry counts.
-    write(u"\\A.QLT", fourItems + hex("07 01  01 00 00 00  00 00  11 00 00 00  22 00 00 00"));
+    make(u"\\A.QLT", fourItems + hex("07 01  01 00 00 00  00 00  11 00 00 00  22 00 00 00"));
     ASSERT_TRUE(LoadList(u"\\A.QLT"));
     EXPECT_EQ(EntryStartOffset(gRegistryEntry.bytes), 0x11U);
     EXPECT_EQ(EntryEndOffset(gRegistryEntry.bytes), 0x22U);

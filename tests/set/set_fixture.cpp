@@ -22,13 +22,6 @@ void SetTest::addCard(std::uint64_t capacity) const
     addFolder(u"Card", true, capacity);
 }
 
-void SetTest::write(const std::u16string& path, const Bytes& bytes)
-{
-    const HANDLE file = open(path, GENERIC_WRITE, CREATE_ALWAYS);
-    EXPECT_EQ(FileTest::write(file, bytes), bytes.size());
-    CloseHandle(file);
-}
-
 Bytes SetTest::read(const std::u16string& path)
 {
     EXPECT_TRUE(exists(path.c_str()));

@@ -26,7 +26,6 @@ protected:
     // Mounts an empty card `\Card` whose files can contain this many bytes together.
     void addCard(std::uint64_t capacity) const;
 
-    static void write(const std::u16string& path, const Bytes& bytes);
     static Bytes read(const std::u16string& path);
     static bool exists(const WCHAR* path);
 };

@@ -55,7 +55,7 @@ TEST_F(StreamDamageTest, IsFoundAndTheBlocksBeforeItAreKept)
     for (const auto& [name, afterFirstBlock, unpacks, fault, raw] : damages) {
         SCOPED_TRACE(name);
         const Bytes stream = magic + hiBlock + afterFirstBlock;
-        write(u"\\stream", stream);
+        make(u"\\stream", stream);
         StreamOutcome unpacked;
         EXPECT_EQ(DecompressFile(u"\\stream", u"\\back", &unpacked), unpacks);
         EXPECT_EQ(read(u"\\back"), raw);
@@ -63,7 +63,7 @@ TEST_F(StreamDamageTest, IsFoundAndTheBlocksBeforeItAreKept)
         EXPECT_EQ(unpacked.error, unpacked.whole ? ERROR_SUCCESS : ERROR_FILE_CORRUPT);
 
         // In a data file the bytes of other streams surround it.
-        write(u"\\data", magic + stream + magic);
+        make(u"\\data", magic + stream + magic);
         const HANDLE data = open(u"\\data", GENERIC_READ, OPEN_EXISTING);
         Bytes collected;
         const auto end = static_cast<DWORD>(magic.size() + stream.size());
@@ -79,7 +79,7 @@ TEST_F(StreamDamageTest, StreamCutAtEveryByteGivesTheWholeBlocksBeforeTheCut)
     for (std::size_t cut = 0; cut < whole.size(); cut++) {
         SCOPED_TRACE(cut);
         DeleteFileW(u"\\back");
-        write(u"\\stream", whole.substr(0, cut));
+        make(u"\\stream", whole.substr(0, cut));
         StreamOutcome unpacked;
         EXPECT_EQ(DecompressFile(u"\\stream", u"\\back", &unpacked) != 0, cut == 5 || cut == 15 || cut == 25);
         EXPECT_FALSE(unpacked.whole);
@@ -96,7 +96,7 @@ TEST_F(StreamDamageTest, StreamAbove2GiBIsFoundAndOffsetsThatMakeNoSenseGiveNone
     const DWORD start = 0x90000000;
     SetFilePointer(data, static_cast<LONG>(start), nullptr, FILE_BEGIN);
     const Bytes stream = magic + hiBlock + closing;
-    const DWORD bytes = FileTest::write(data, stream);
+    const DWORD bytes = write(data, stream);
     Bytes collected;
     EXPECT_EQ(DecodeStream(data, start, start + bytes, collect, &collected), StreamFault::None);
     EXPECT_EQ(collected, hi);

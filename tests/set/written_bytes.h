@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 // "51 42 58": pairs of digits between blanks.
 inline std::string hex(const std::string& digits)
@@ -28,13 +29,15 @@ inline std::string numberBytes(std::uint32_t value)
     return {reinterpret_cast<const char*>(&value), sizeof value};
 }
 
+inline std::string utf16(std::u16string_view text)
+{
+    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
+}
+
 // The characters of an ASCII text with its terminator.
 inline std::string textBytes(const std::string& text)
 {
-    std::string bytes;
-    for (const char c : text + '\0')
-        bytes += std::string{c, '\0'};
-    return bytes;
+    return utf16(std::u16string(text.begin(), text.end()) + u'\0');
 }
 
 // An entry of a list file.
