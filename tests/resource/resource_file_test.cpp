@@ -2,6 +2,7 @@
 
 #include "resource/resource_file.h"
 #include "resources/accessible_names.h"
+#include "written_bytes.h"
 
 #include "ce/resource.h"
 
@@ -16,28 +17,18 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string number(std::uint32_t value)
-{
-    return {reinterpret_cast<const char*>(&value), sizeof value};
-}
-
-std::string utf16(std::u16string_view text)
-{
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
-}
-
 // Type and name take whole multiples of 4 bytes. So do the entries, and the padding may be missing at the end.
 std::string entry(const std::string& type, const std::string& name, const std::string& data)
 {
     const std::string padding((4 - data.size() % 4) % 4, '\0');
     const auto headBytes = static_cast<std::uint32_t>(24 + type.size() + name.size());
-    return number(static_cast<std::uint32_t>(data.size())) + number(headBytes) + type + name + std::string(16, '\0') +
-           data + padding;
+    return numberBytes(static_cast<std::uint32_t>(data.size())) + numberBytes(headBytes) + type + name +
+           std::string(16, '\0') + data + padding;
 }
 
 std::string numbered(std::uint16_t id)
 {
-    return number(0xFFFF + 0x10000U * id);
+    return numberBytes(0xFFFF + 0x10000U * id);
 }
 
 // The empty entry. Texts 16 to 31, with "ab" as 17 and "\U0001F4BEc" as 19. "Logo" of type "kind", one byte. Nothing,
