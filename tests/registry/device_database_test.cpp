@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <span>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -41,9 +42,9 @@ protected:
     // The error, after a check that the file is unchanged.
     [[nodiscard]] std::string refusal() const
     {
-        const std::string before = contentOf(file());
+        const std::string before = hostRead(file());
         std::string sentence = open();
-        EXPECT_EQ(contentOf(file()), before);
+        EXPECT_EQ(hostRead(file()), before);
         EXPECT_FALSE(DatabaseUse());
         return sentence;
     }
@@ -75,7 +76,7 @@ TEST_F(DeviceDatabaseTest, ChangedBitInAnIndexIsDamage)
     const auto root =
         DatabaseUse()->readNumber("SELECT rootpage FROM sqlite_schema WHERE name = 'store_record_database'");
     platform::registry::closeRegistry();
-    std::string damaged = contentOf(file());
+    std::string damaged = hostRead(file());
     const std::size_t page = (static_cast<std::size_t>(root.value()) - 1) * 4096;
     ASSERT_EQ(damaged[page], 0x0A);  // a leaf
     const std::size_t pointer = page + 8 + 2 * std::size_t{100};
@@ -83,7 +84,7 @@ TEST_F(DeviceDatabaseTest, ChangedBitInAnIndexIsDamage)
                              static_cast<unsigned char>(damaged[pointer + 1]);
     ASSERT_EQ(damaged[cell + 4], 5);  // after the sizes of cell and header and two types
     damaged[cell + 4] ^= 2;
-    put(file(), damaged);
+    hostWrite(file(), damaged);
     EXPECT_THAT(refusal(), HasSubstr("is damaged"));
 }
 
@@ -98,12 +99,12 @@ TEST_F(DeviceDatabaseTest, LogWhoseDatabaseIsMissingOrEmptyIsKeptUnderAnotherNam
         waitpid(child, nullptr, 0);
         std::filesystem::remove(file());
         if (empty)
-            put(file(), "");
-        const std::string changes = contentOf(log);
+            hostWrite(file(), "");
+        const std::string changes = hostRead(log);
         ASSERT_FALSE(changes.empty());
         const std::string kept = log.string() + (empty ? ".kept2" : ".kept");
         EXPECT_THAT(open(), HasSubstr("kept as \"" + kept));
-        EXPECT_TRUE(contentOf(kept) == changes);
+        EXPECT_TRUE(hostRead(kept) == changes);
         platform::registry::closeRegistry();
         std::filesystem::remove(file());
     }
@@ -112,43 +113,33 @@ TEST_F(DeviceDatabaseTest, LogWhoseDatabaseIsMissingOrEmptyIsKeptUnderAnotherNam
 TEST_F(DeviceDatabaseTest, DamageIsFoundBeforeAnythingIsWritten)
 {
     changeAndClose("PRAGMA user_version");
-    const std::string whole = contentOf(file());
+    const std::string whole = hostRead(file());
     ASSERT_GT(whole.size(), 8192U);
     std::string scrambled = whole;
     scrambled.replace(4096, 4096, 4096, '\xA5');
     for (const std::string& damaged :
          {std::string("no database at all, but long enough to look at").append(600, '.'), whole.substr(0, 4096),
           scrambled, std::string("x"), whole.substr(0, 99), whole.substr(0, 511), std::string(4096, '\0')}) {
-        put(file(), damaged);
+        hostWrite(file(), damaged);
         EXPECT_THAT(refusal(), HasSubstr("is damaged"));
     }
 }
 
 TEST_F(DeviceDatabaseTest, DatabaseThatAnotherProcessHoldsIsRefusedAtOnce)
 {
-    int ready[2];
-    int finish[2];
-    ASSERT_EQ(pipe(ready), 0);
-    ASSERT_EQ(pipe(finish), 0);
     const pid_t child = fork();
-    ASSERT_GE(child, 0);
     if (child == 0) {
-        close(finish[1]);
-        const char opened = open().empty() ? 'y' : 'n';
-        char ignored = 0;
-        (void)!write(ready[1], &opened, 1);
-        (void)!read(finish[0], &ignored, 1);
-        _exit(0);
+        if (open().empty())
+            raise(SIGSTOP);
+        _exit(1);
     }
-    char opened = 0;
-    ASSERT_EQ(read(ready[0], &opened, 1), 1);
-    EXPECT_EQ(opened, 'y');
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, WUNTRACED), child);
+    EXPECT_TRUE(WIFSTOPPED(status)) << "it couldn't open the database";
     EXPECT_THAT(open(), HasSubstr("is open in another program"));
-    close(finish[1]);
+    kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
     EXPECT_EQ(open(), "");
-    for (const int end : {ready[0], ready[1], finish[0]})
-        close(end);
 }
 
 TEST_F(DeviceDatabaseTest, ErrorNamesTheMissingFolder)

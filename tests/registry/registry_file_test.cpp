@@ -2,6 +2,7 @@
 #include "kernel/troubles.h"
 #include "killed_process.h"
 #include "registry_fixture.h"
+#include "written_bytes.h"
 
 #include "ce/file.h"
 #include "ce/registry_file.h"
@@ -14,12 +15,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-// The file as bytes.
-std::string utf16(const std::u16string& text)
-{
-    return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
-}
 
 const std::u16string EmptyRegistry = RegistryTextHead + u"\r\n[HKEY_CLASSES_ROOT]\r\n\r\n[HKEY_CURRENT_USER]\r\n\r\n"
                                                         u"[HKEY_LOCAL_MACHINE]\r\n\r\n[HKEY_USERS]\r\n"
@@ -35,8 +30,7 @@ protected:
     }
     ~RegistryFileTest() override { platform::file::removeAllMounts(); }
 
-    [[nodiscard]] fs::path beside(const char* name) const { return file().parent_path() / name; }
-    [[nodiscard]] fs::path store() const { return beside("object-store"); }
+    [[nodiscard]] fs::path store() const { return at("object-store"); }
     void mount(std::optional<std::uint64_t> capacity = {}) const
     {
         platform::file::removeAllMounts();
@@ -53,19 +47,19 @@ protected:
     [[nodiscard]] std::string copied() const
     {
         EXPECT_TRUE(RegCopyFile(u"\\copy.reg")) << GetLastError();
-        return contentOf(store() / "copy.reg");
+        return hostRead(store() / "copy.reg");
     }
     // Makes a staged file of these bytes, and opens the registry again.
     [[nodiscard]] bool takenOver(const std::string& bytes) const
     {
         platform::registry::closeRegistry();
-        fs::remove(beside("registry.refused"));
-        put(beside("registry.staged"), bytes);
+        fs::remove(at("registry.refused"));
+        hostWrite(at("registry.staged"), bytes);
         const std::string warning = open();
-        EXPECT_FALSE(fs::exists(beside("registry.staged")));
-        const bool refused = fs::exists(beside("registry.refused"));
+        EXPECT_FALSE(fs::exists(at("registry.staged")));
+        const bool refused = fs::exists(at("registry.refused"));
         EXPECT_EQ(warning.find("registry.refused") != std::string::npos, refused) << warning;
-        EXPECT_TRUE(!refused || contentOf(beside("registry.refused")) == bytes);
+        EXPECT_TRUE(!refused || hostRead(at("registry.refused")) == bytes);
         return !refused;
     }
     static void fillWithEverything()
@@ -208,8 +202,8 @@ TEST_F(RegistryFileTest, FailedCallSetsItsErrorAndLeavesNoIncompleteFile)
     const HANDLE open = CreateFileW(u"\\a.reg", GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
     expectError(ERROR_SHARING_VIOLATION, RegRestoreFile(u"\\a.reg"));
     CloseHandle(open);
-    EXPECT_FALSE(fs::exists(beside("registry.staged")));
-    mount(contentOf(store() / "a.reg").size() + 100);
+    EXPECT_FALSE(fs::exists(at("registry.staged")));
+    mount(hostRead(store() / "a.reg").size() + 100);
     expectError(ERROR_DISK_FULL, RegCopyFile(u"\\b.reg"));
     platform::registry::closeRegistry();
     expectError(ERROR_GEN_FAILURE, RegCopyFile(u"\\b.reg"));
@@ -223,14 +217,14 @@ TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotReplaceAGoodOne)
     add(u"k", u"good", REG_BINARY, "good");
     const std::string good = copied();
     add(u"k", u"later", REG_BINARY, "later");
-    put(store() / "good.reg", good);
-    put(store() / "cut.reg", good.substr(0, good.size() - 2));
+    hostWrite(store() / "good.reg", good);
+    hostWrite(store() / "cut.reg", good.substr(0, good.size() - 2));
     EXPECT_TRUE(RegRestoreFile(u"\\good.reg"));
     EXPECT_FALSE(RegRestoreFile(u"\\cut.reg"));
     EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
     using namespace platform::kernel;
     EXPECT_EQ(troublesOf(Trouble::Writing, Troubled::Registry).size(), 1U);
-    EXPECT_EQ(contentOf(beside("registry.refused")), good.substr(0, good.size() - 2));
+    EXPECT_EQ(hostRead(at("registry.refused")), good.substr(0, good.size() - 2));
     EXPECT_TRUE(fs::exists(store() / "cut.reg"));
     EXPECT_EQ(reopened(), "");
     EXPECT_EQ(copied(), good);
@@ -240,11 +234,11 @@ TEST_F(RegistryFileTest, FileIsStagedInADeviceThatIsGivenByALink)
 {
     EXPECT_NE(copied(), "");
     platform::registry::closeRegistry();
-    fs::create_directory_symlink(file().parent_path(), beside("link"));
+    fs::create_directory_symlink(file().parent_path(), at("link"));
     std::string sentence;
-    ASSERT_TRUE(platform::registry::openRegistry(beside("link") / "device.db", sentence)) << sentence;
+    ASSERT_TRUE(platform::registry::openRegistry(at("link") / "device.db", sentence)) << sentence;
     EXPECT_TRUE(RegRestoreFile(u"\\copy.reg")) << GetLastError();
-    EXPECT_TRUE(fs::exists(beside("registry.staged")));
+    EXPECT_TRUE(fs::exists(at("registry.staged")));
 }
 
 TEST_F(RegistryFileTest, LinkInsteadOfTheStagedFileIsNotFollowed)
@@ -252,11 +246,11 @@ TEST_F(RegistryFileTest, LinkInsteadOfTheStagedFileIsNotFollowed)
     add(u"stays", u"old", REG_BINARY, "old");
     const std::string old = copied();
     platform::registry::closeRegistry();
-    put(beside("elsewhere"), utf16(EmptyRegistry));
-    fs::create_symlink(beside("elsewhere"), beside("registry.staged"));
+    hostWrite(at("elsewhere"), utf16(EmptyRegistry));
+    fs::create_symlink(at("elsewhere"), at("registry.staged"));
     EXPECT_NE(open().find("was not put in force"), std::string::npos);
     EXPECT_EQ(copied(), old);
-    EXPECT_TRUE(fs::is_symlink(beside("registry.refused")));
+    EXPECT_TRUE(fs::is_symlink(at("registry.refused")));
 }
 
 TEST_F(RegistryFileTest, KillWhileAFileIsStagedOrAppliedLeavesTheOldOrTheNewRegistry)
@@ -268,34 +262,34 @@ TEST_F(RegistryFileTest, KillWhileAFileIsStagedOrAppliedLeavesTheOldOrTheNewRegi
     add(u"old", u"v", REG_BINARY, "old");
     const std::string older = copied();
     platform::registry::closeRegistry();
-    const std::string database = contentOf(file());
+    const std::string database = hostRead(file());
     const fs::path given = store() / "given.reg";
-    const fs::path staged = beside("registry.staged");
+    const fs::path staged = at("registry.staged");
     for (const fs::path& source : {given, staged}) {
         std::set<std::string> found;
         bool killed = true;
         for (int calls = 0; killed; calls += source == given ? 1 : 3) {
             SCOPED_TRACE(testing::Message() << source << ' ' << calls);
             for (const char* part : {"device.db-wal", "registry.refused", "registry.growing"})
-                fs::remove(beside(part));
-            put(file(), database);
-            put(source, newer);
+                fs::remove(at(part));
+            hostWrite(file(), database);
+            hostWrite(source, newer);
             killed = killedBeforeCall(calls, [&] {
                 if (open().empty() && source == given)
                     (void)RegRestoreFile(u"\\given.reg");
             });
-            const bool kept = fs::exists(given) && contentOf(given) == newer;
+            const bool kept = fs::exists(given) && hostRead(given) == newer;
             if (source == staged && fs::exists(staged)) {  // the state without the rest of the work
-                fs::rename(staged, beside("aside"));
+                fs::rename(staged, at("aside"));
                 ASSERT_EQ(open(), "");
                 found.insert(copied());
                 platform::registry::closeRegistry();
-                fs::rename(beside("aside"), staged);
+                fs::rename(at("aside"), staged);
             }
             ASSERT_EQ(open(), "");
             found.insert(copied());
             ASSERT_TRUE(copied() == newer || (source == given && copied() == older && kept));
-            ASSERT_FALSE(fs::exists(beside("registry.growing")) || fs::exists(staged));
+            ASSERT_FALSE(fs::exists(at("registry.growing")) || fs::exists(staged));
             platform::registry::closeRegistry();
         }
         EXPECT_FALSE(fs::exists(given));

@@ -1,35 +1,20 @@
 // registry_fixture.h - a registry in a temporary folder.
 #pragma once
 
+#include "host_folder.h"
 #include "registry/registry_store.h"
 
 #include "ce/registry.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 inline const std::u16string RegistryTextHead = u"\xFEFFWindows Registry Editor Version 5.00\r\n";
 
-class RegistryFixture : public testing::Test {
+class RegistryFixture : public HostFolder {
 protected:
-    RegistryFixture()
-    {
-        std::string pattern = testing::TempDir() + "registry-XXXXXX";
-        folder_ = mkdtemp(pattern.data());
-    }
+    ~RegistryFixture() override { platform::registry::closeRegistry(); }
 
-    ~RegistryFixture() override
-    {
-        platform::registry::closeRegistry();
-        std::filesystem::remove_all(folder_);
-    }
-
-    [[nodiscard]] std::filesystem::path file() const { return folder_ / "device.db"; }
+    [[nodiscard]] std::filesystem::path file() const { return at("device.db"); }
 
     // The error or warning. Empty if there is none.
     [[nodiscard]] std::string open() const
@@ -42,16 +27,6 @@ protected:
     {
         platform::registry::closeRegistry();
         return open();
-    }
-
-    static std::string contentOf(const std::filesystem::path& path)
-    {
-        std::ifstream stream(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    static void put(const std::filesystem::path& path, const std::string& bytes)
-    {
-        std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
     }
 
     static LONG make(HKEY parent, const std::u16string& subKey, HKEY& key, DWORD* disposition = nullptr)
@@ -78,7 +53,4 @@ protected:
         EXPECT_EQ(RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(data.data()), &size), 0);
         return data;
     }
-
-private:
-    std::filesystem::path folder_;
 };
