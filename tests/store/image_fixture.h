@@ -14,9 +14,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <optional>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -67,18 +65,13 @@ protected:
             {u"", ::open(root().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), false, capacity}));
     }
 
-    [[nodiscard]] fs::path root() const { return folder_ / "object-store"; }
+    [[nodiscard]] fs::path root() const { return at("object-store"); }
 
-    [[nodiscard]] std::string image(const std::string& name) const
-    {
-        std::stringstream content;
-        content << std::ifstream(root() / (name + ".CDB"), std::ios::binary).rdbuf();
-        return content.str();
-    }
+    [[nodiscard]] std::string image(const std::string& name) const { return hostRead(root() / (name + ".CDB")); }
 
     [[nodiscard]] RestoreResult restore(const std::string& bytes, const std::string& name = "Ab") const
     {
-        std::ofstream(root() / (name + ".CDB"), std::ios::binary) << bytes;
+        hostWrite(root() / (name + ".CDB"), bytes);
         const std::u16string path = u"\\" + std::u16string(name.begin(), name.end()) + u".CDB";
         const RestoreResult restored = RestoreDatabase(path.c_str());
         EXPECT_EQ(image(name), bytes);

@@ -24,13 +24,13 @@ protected:
             create(u"A", OldType, old_);
         create(u"Other", OldType);
         close();
-        fs::copy_file(folder_ / "device.db", folder_ / "before.db");
+        fs::copy_file(at("device.db"), at("before.db"));
     }
     // False once the restore ended by itself.
     [[nodiscard]] bool killedRestore(int calls) const
     {
-        fs::remove(folder_ / "device.db-wal");
-        fs::copy_file(folder_ / "before.db", folder_ / "device.db", fs::copy_options::overwrite_existing);
+        fs::remove(at("device.db-wal"));
+        fs::copy_file(at("before.db"), at("device.db"), fs::copy_options::overwrite_existing);
         return killedBeforeCall(calls, [&] {
             open();
             _exit(RestoreDatabase(u"\\A.CDB") == RestoreDone ? 0 : 1);

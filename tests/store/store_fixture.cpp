@@ -3,7 +3,6 @@
 #include "database/device_database.h"
 #include "store/object_store.h"
 
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -70,24 +69,20 @@ OpenDatabase::~OpenDatabase()
     EXPECT_TRUE(CloseHandle(handle_)) << GetLastError();
 }
 
-StoreTest::StoreTest()
+StoreTest::StoreTest() : HostFolder(memoryFolder())
 {
-    const char* base = std::filesystem::exists("/dev/shm") ? "/dev/shm" : "/tmp";
-    std::string pattern = std::string(base) + "/store-XXXXXX";
-    folder_ = mkdtemp(pattern.data());
     open();
 }
 
 StoreTest::~StoreTest()
 {
     close();
-    std::filesystem::remove_all(folder_);
 }
 
 void StoreTest::open() const
 {
     std::string error;
-    ASSERT_TRUE(platform::database::openDeviceDatabase(folder_ / "device.db", error)) << error;
+    ASSERT_TRUE(platform::database::openDeviceDatabase(at("device.db"), error)) << error;
 }
 
 void StoreTest::close()

@@ -1,13 +1,11 @@
 // store_fixture.h - an object store in a temporary folder, and records that can be compared.
 #pragma once
 
+#include "host_folder.h"
+
 #include "ce/store.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <filesystem>
-#include <string>
 #include <vector>
 
 // A property with its value as bytes: of a text or blob its content, otherwise the bits of the union.
@@ -54,7 +52,7 @@ private:
     HANDLE handle_;
 };
 
-class StoreTest : public testing::Test {
+class StoreTest : public HostFolder {
 protected:
     StoreTest();
     ~StoreTest() override;
@@ -76,6 +74,4 @@ protected:
     // From the first record to the last.
     static Records recordsOf(const std::u16string& name);
     static CEDBASEINFO infoOf(const std::u16string& name);
-
-    std::filesystem::path folder_;
 };
