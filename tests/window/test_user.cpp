@@ -25,7 +25,6 @@ std::set<HWND> TestUser::takeFocusChanges()
 
 void TestUser::textChanged(HWND window, std::u16string_view)
 {
-    ++texts;
     changed(window, Change::Text);
 }
 
@@ -48,14 +47,8 @@ HWND TestUser::window(const std::u16string& title)
 {
     HWND found = nullptr;
     waitUntil([&] {
-        for (const HWND top : topLevelWindows()) {
-            WindowState state;
-            if (readWindow(top, state) && state.text == title && state.visible && takesInput(top)) {
-                found = top;
-                return true;
-            }
-        }
-        return false;
+        found = FindWindowW(nullptr, title.c_str());
+        return stateOf(found).visible && takesInput(found);
     });
     return found;
 }

@@ -42,8 +42,6 @@ public:
     // The windows that got or lost the focus since the last call.
     std::set<HWND> takeFocusChanges();
 
-    std::atomic<int> texts = 0;
-
 private:
     std::mutex mutex_;
     std::set<HWND> focusChanges_;
