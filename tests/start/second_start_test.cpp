@@ -1,12 +1,9 @@
 // second_start_test.cpp - a second start reaches the first start on its device, and no other. The test of the rough
 // desktop proves that the window then comes to the front.
+#include "host_folder.h"
 #include "start/second_start.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 
 namespace {
 
@@ -14,18 +11,14 @@ namespace fs = std::filesystem;
 using platform::display::answerSecondStarts;
 using platform::display::askFirstStart;
 
-class SecondStartTest : public testing::Test {
+class SecondStartTest : public HostFolder {
 protected:
     SecondStartTest()
     {
-        std::string pattern = testing::TempDir() + "quillbox-XXXXXX";
-        folder_ = mkdtemp(pattern.data());
-        device_ = folder_ / "device";
         for (const char* name : {"device", "other"})
             fs::create_directory(folder_ / name);
         setenv("XDG_RUNTIME_DIR", folder_.c_str(), 1);
     }
-    ~SecondStartTest() override { fs::remove_all(folder_); }
 
     [[nodiscard]] std::ptrdiff_t sockets() const
     {
@@ -33,8 +26,8 @@ protected:
         return std::count_if(begin(entries), end(entries), [](const auto& entry) { return entry.is_socket(); });
     }
 
-    fs::path folder_;
-    fs::path device_;
+    fs::path folder_ = at("");
+    fs::path device_ = at("device");
 };
 
 TEST_F(SecondStartTest, StartOnTheSameDeviceIsAnsweredAndNoOther)
