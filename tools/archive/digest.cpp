@@ -1,21 +1,8 @@
 #include "archive/digest.h"
 
-#include <openssl/evp.h>
-
 #include <charconv>
-#include <stdexcept>
 
 namespace archive {
-
-namespace {
-
-void require(bool worked)
-{
-    if (!worked)
-        throw std::runtime_error("SHA-256 can't be computed");
-}
-
-}  // namespace
 
 std::string hexadecimal(const Digest& digest)
 {
@@ -43,37 +30,22 @@ std::optional<Digest> digestFrom(std::string_view digits)
     return digest;
 }
 
-Sha256::Sha256() : context_(EVP_MD_CTX_new())
+Sha256::Sha256()
 {
-    require(context_ != nullptr);
-    begin();
-}
-
-// The algorithm is looked up once, because the look-up takes longer than hashing a record.
-void Sha256::begin()
-{
-    static const EVP_MD* const algorithm = EVP_MD_fetch(nullptr, "SHA256", nullptr);
-    require(algorithm != nullptr && EVP_DigestInit_ex2(context_.get(), algorithm, nullptr) == 1);
+    sha256_init(&context_);
 }
 
 void Sha256::add(std::span<const std::byte> bytes)
 {
-    require(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()) == 1);
+    sha256_update(&context_, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
 }
 
+// The library begins anew after a digest.
 Digest Sha256::finish()
 {
     Digest digest{};
-    unsigned size = 0;
-    require(EVP_DigestFinal_ex(context_.get(), reinterpret_cast<unsigned char*>(digest.data()), &size) == 1 &&
-            size == digest.size());
-    begin();
+    sha256_digest(&context_, digest.size(), reinterpret_cast<std::uint8_t*>(digest.data()));
     return digest;
-}
-
-void Sha256::Free::operator()(evp_md_ctx_st* context) const
-{
-    EVP_MD_CTX_free(context);
 }
 
 }  // namespace archive
