@@ -1,6 +1,7 @@
 #include "set_verification.h"
 
 #include "engine/stored_digests.h"
+#include "set/block_pipeline.h"
 #include "set/compressed_stream.h"
 #include "set/item_kinds.h"
 #include "set/list_file.h"
@@ -12,18 +13,37 @@
 
 namespace {
 
-BOOL AddToDigest(const BYTE* raw, DWORD bytes, void* digest)
+// Unpacks the blocks with both threads. Whether all of them are whole, and only the last one closes the stream.
+bool AddBlocks(StreamReader& reader, std::uint64_t& digest)
 {
-    auto& all = *static_cast<std::uint64_t*>(digest);
-    all = DigestWith(all, DigestOfBlock(raw, bytes));
-    return TRUE;
+    DWORD offered = 0;
+    for (;;) {
+        while (offered < PipelinedBlocks && reader.bytesLeft != 0) {
+            PipelinedBlock& block = TakeBlock();
+            const PackedBlock packed = ReadPackedBlock(reader, block.packed);
+            if (packed.fault != StreamFault::None || packed.atEnd)
+                return false;
+            OfferToUnpack(block, packed.bytes);
+            offered++;
+        }
+        if (offered == 0)
+            return false;
+        const PipelinedBlock& block = FinishBlock();
+        offered--;
+        if (!block.good || block.rawBytes == 0)
+            return block.good && offered == 0 && reader.bytesLeft == 0;
+        digest = DigestWith(digest, block.digest);
+    }
 }
 
 bool IsAsItWasRead(HANDLE dataFile, const ListEntry& entry, std::uint64_t expected)
 {
+    StreamReader reader;
     std::uint64_t digest = 0;
-    return DecodeStream(dataFile, entry.startOffset, entry.endOffset, AddToDigest, &digest) == StreamFault::None &&
-           digest == expected;
+    const bool whole = BeginStream(reader, dataFile, entry.startOffset, entry.endOffset) == StreamFault::None &&
+                       AddBlocks(reader, digest);
+    EmptyPipeline();
+    return whole && digest == expected;
 }
 
 HANDLE OpenFromDisk(const WCHAR* path)
@@ -57,6 +77,13 @@ void VerifyEntries(HANDLE listFile, HANDLE dataFile, const WCHAR* listPath)
         Report(OutcomeFile, listPath);
 }
 
+void VerifyWithPipeline(HANDLE listFile, HANDLE dataFile, const WCHAR* listPath)
+{
+    StartPipelineThread();
+    VerifyEntries(listFile, dataFile, listPath);
+    StopPipelineThread();
+}
+
 }  // namespace
 
 void VerifyStoredSet(const WCHAR* listPath)
@@ -66,7 +93,7 @@ void VerifyStoredSet(const WCHAR* listPath)
     const HANDLE listFile = OpenFromDisk(listPath);
     const HANDLE dataFile = OpenFromDisk(dataPath);
     if (listFile != INVALID_HANDLE_VALUE && dataFile != INVALID_HANDLE_VALUE)
-        VerifyEntries(listFile, dataFile, listPath);
+        VerifyWithPipeline(listFile, dataFile, listPath);
     else
         Report(OutcomeFile, listFile == INVALID_HANDLE_VALUE ? listPath : dataPath);
     for (const HANDLE file : {listFile, dataFile}) {

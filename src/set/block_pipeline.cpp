@@ -44,10 +44,10 @@ bool WorkOn(PipelinedBlock& block, PackingMemory& memory)
     BlockState expected = BlockState::Offered;
     if (!block.state.compare_exchange_strong(expected, BlockState::Underway))
         return false;
-    if (gDigestsBlocks && !block.unpacks)
-        block.digest = DigestOfBlock(block.raw, block.rawBytes);
     block.good = block.unpacks ? UnpackBlock(block.packed, block.packedBytes, block.raw, block.rawBytes)
                                : PackBlock(block.raw, block.rawBytes, block.packed, block.packedBytes, memory);
+    if (gDigestsBlocks)
+        block.digest = DigestOfBlock(block.raw, block.rawBytes);
     block.state = BlockState::Finished;
     block.state.notify_one();
     return true;

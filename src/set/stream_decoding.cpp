@@ -48,6 +48,12 @@ StreamFault ReadMagic(StreamReader& reader)
     return good ? StreamFault::None : StreamFault::NoMagic;
 }
 
+StreamFault BeginStream(StreamReader& reader, HANDLE file, DWORD start, DWORD end)
+{
+    reader = {file, end > start ? end - start : 0};
+    return SeekTo(file, start) ? ReadMagic(reader) : StreamFault::ReadFailed;
+}
+
 PackedBlock ReadPackedBlock(StreamReader& reader, BYTE* packed)
 {
     DWORD packedBytes = 0;
@@ -79,10 +85,8 @@ StreamBlock ReadBlock(StreamReader& reader)
 
 StreamFault DecodeStream(HANDLE file, DWORD start, DWORD end, RawBytesSink sink, void* context)
 {
-    if (!SeekTo(file, start))
-        return StreamFault::ReadFailed;
-    StreamReader reader = {file, end > start ? end - start : 0};
-    if (const StreamFault fault = ReadMagic(reader); fault != StreamFault::None)
+    StreamReader reader;
+    if (const StreamFault fault = BeginStream(reader, file, start, end); fault != StreamFault::None)
         return fault;
     for (;;) {
         const StreamBlock block = ReadBlock(reader);

@@ -25,7 +25,7 @@ struct PackingMemory {
 // A number that depends on every byte, to compare the raw bytes of two blocks within this process.
 std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes);
 
-// Whether a block that is packed gets a digest. Set while there is no second thread.
+// Whether a block that is packed or unpacked gets a digest. Set while there is no second thread.
 inline bool gDigestsBlocks;
 
 // Whether the library can be used on this machine. Checked before a whole file is packed or unpacked.

@@ -22,7 +22,7 @@ struct PipelinedBlock {
     bool good;     // once it is finished: the codec succeeded
     DWORD rawBytes;
     DWORD packedBytes;
-    std::uint64_t digest;  // of the raw bytes that were packed, if gDigestsBlocks
+    std::uint64_t digest;  // of the raw bytes, once it is finished, if gDigestsBlocks
     BYTE raw[RawBlockBytes];
     BYTE packed[PackedBlockBytes];
 };

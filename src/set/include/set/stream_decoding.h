@@ -34,6 +34,9 @@ struct StreamReader {
 // Reads the magic. NoMagic also if there are too few bytes.
 StreamFault ReadMagic(StreamReader& reader);
 
+// Begins to read the stream that fills the bytes of `file` from `start` to before `end`, as far as after its magic.
+StreamFault BeginStream(StreamReader& reader, HANDLE file, DWORD start, DWORD end);
+
 // A block as it is in the stream. With BlockCut `bytes` is what there is of it. At the end of the stream, and with any
 // other fault, it is 0.
 struct PackedBlock {
