@@ -64,11 +64,12 @@ Survey surveyOf(LineReader& lines, const std::vector<AddressColumn>& columns)
     return survey;
 }
 
+// It refers to the row and its columns, because a cell can have millions of values.
 struct Value {
-    std::string text;
-    std::string name;  // under which it is left out
+    std::string_view text;
+    std::string_view name;  // under which it is left out
+    std::string_view label;
     Rank rank;
-    std::string label;
 };
 
 // The values of a row, by what they say about the contact.
@@ -82,7 +83,7 @@ public:
             if (column.field == Field::LeftOut && !texts[at].empty())
                 leftOut.add(column.heading);
             else if (column.field != Field::Ignored)
-                add(column, texts[at], column.label ? texts[*column.label] : "");
+                add(column, texts[at], column.label ? std::string_view(texts[*column.label]) : "");
         }
     }
 
@@ -101,21 +102,21 @@ public:
     std::string takeText(Field field)
     {
         const auto value = take(field);
-        return value ? value->text : "";
+        return std::string(value ? value->text : "");
     }
     const std::vector<Value>& all(Field field) { return values_[field]; }
 
 private:
     // A cell can have several values: "+1 555 ::: +1 556".
-    void add(const AddressColumn& column, std::string_view text, const std::string& label)
+    void add(const AddressColumn& column, std::string_view text, std::string_view label)
     {
         const bool several = column.field != Field::Notes;
         while (!text.empty()) {
             const std::size_t end = several ? text.find(BetweenValues) : std::string_view::npos;
-            const std::string value(several ? trimmed(text.substr(0, end)) : text);
+            const std::string_view value = several ? trimmed(text.substr(0, end)) : text;
             if (!value.empty())
                 values_[column.field].push_back(
-                    {value, column.heading, label.empty() ? column.rank : rankOf(label), label});
+                    {value, column.heading, label, label.empty() ? column.rank : rankOf(label)});
             text.remove_prefix(end == std::string_view::npos ? text.size() : end + BetweenValues.size());
         }
     }
@@ -153,8 +154,8 @@ void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
         return;
     addUtf8(contact, personal::HomeTelephone, telephone->text);
     if (telephone->rank != Rank::Home)
-        leftOut.add(telephone->name + " (" + (telephone->label.empty() ? "" : telephone->label + ", ") +
-                    "imported as home)");
+        leftOut.add(std::string(telephone->name) + " (" + std::string(telephone->label) +
+                    (telephone->label.empty() ? "" : ", ") + "imported as home)");
 }
 
 // Groups that programs make for all contacts, such as "* myContacts", say nothing about this one.
@@ -163,7 +164,7 @@ void takeCategories(ContactValues& values, Record& contact)
     std::string categories;
     for (const Value& category : values.all(Field::Categories))
         if (!category.text.starts_with("* "))
-            categories += (categories.empty() ? "" : ";") + category.text;
+            categories.append(categories.empty() ? "" : ";").append(category.text);
     addUtf8(contact, personal::Categories, categories);
 }
 
@@ -175,9 +176,8 @@ void takeBirthday(ContactValues& values, Record& contact, DayOrder order, LeftOu
     const auto day = values.take(Field::Birthday);
     if (!year && !month && !day)
         return;
-    const std::string text =
-        year || month ? (day ? day->text : "") + "." + (month ? month->text : "") + "." + (year ? year->text : "")
-                      : day->text;
+    const auto textOf = [](const std::optional<Value>& value) { return std::string(value ? value->text : ""); };
+    const std::string text = year || month ? textOf(day) + "." + textOf(month) + "." + textOf(year) : textOf(day);
     if (isNoDate(text))
         return;
     const auto time = text.starts_with(NoYear) || text.ends_with(NoYear) ? std::nullopt : dayFrom(text, order);
