@@ -503,6 +503,10 @@ class ForeignFilesTest(FormsTest):
             taken("Last Name,Birthday", f"a,{bad}", {"LastName": "a"}, "1 field was left out: Birthday 1")
         taken("Last Name,Birth Month,Birth Day", "a,4,12", {"LastName": "a"}, "1 field was left out: Birth Day 1")
         taken("Spouse,E-mail Address", "x,", None, "1 field was left out: Spouse 1")
+        said = self.import_file("--form", "csv", "--replace", given="Last Name;Größe\na;44\n".encode("cp1252"))
+        self.assertIn("left out: Größe 1.", said)
+        self.assertIn("The file isn't UTF-8 and was read as Windows-1252.", said)
+        self.assertIn('line 1: a value isn\'t valid in the character set "WINDOWS-1252"', self.refused("csv", b"Last Name,\x81\na,b\n", "--replace"))
 
     def test_a_file_of_columns_says_what_other_columns_mean(self):
         columns = self.file("columns", "# of our club\n\nSurname = LastName\nBorn=Birthday\nTel=2 = HomeTelephone\nNo =\n")

@@ -53,7 +53,10 @@ void forEachRow(LineReader& lines, std::size_t columns, Work work)
 Survey surveyOf(LineReader& lines, const std::vector<AddressColumn>& columns)
 {
     Survey survey;
-    survey.utf8 = std::ranges::all_of(columns, [](const auto& column) { return isValidUtf8(column.heading); });
+    std::vector<CsvCell> headings;
+    lines.restart();
+    (void)CsvRows(lines).next(headings, columns.size());
+    survey.utf8 = std::ranges::all_of(headings, isValidUtf8, &CsvCell::text);
     forEachRow(lines, columns.size(), [&](const std::vector<CsvCell>& cells) {
         for (std::size_t at = 0; at < cells.size(); ++at) {
             survey.utf8 = survey.utf8 && isValidUtf8(cells[at].text);
