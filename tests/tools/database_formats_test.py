@@ -571,6 +571,8 @@ class LimitsTest(FormsTest):
         many = "".join(json.dumps({"database": f"d{n}", "type": 1, "sort": []}) + "\n" for n in range(70_000))
         self.limited("database", "import", self.device, self.file("many.jsonl", many), code=1)
         self.assertIn("line 65536: the file has more than 65535 databases", self.said)
+        self.limited("database", "import", self.device, self.file("big.vcf", card("N:" + "x" * (9 << 20))), code=1)
+        self.assertIn("the record has more than 65535 properties or 16 MiB", self.said)
         line = tasks() + json.dumps({"record": [{"id": "00010041", "value": "00" * (33 << 20)}]})
         self.limited("database", "import", self.device, self.file("long.jsonl", line), code=1)
         self.assertIn("line 2: the record is longer than a record of a device can be", self.said)

@@ -87,6 +87,8 @@ std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const
 // Both a full disk and a full database give ERROR_DISK_FULL.
 const char* whyNotWritten(HANDLE database)
 {
+    if (GetLastError() == ERROR_INVALID_PARAMETER)
+        return "the record has more than 65535 properties or 16 MiB, which a device can't store";
     if (GetLastError() != ERROR_DISK_FULL)
         return "the record can't be stored";
     DWORD last = 0;
