@@ -497,6 +497,8 @@ class ForeignFilesTest(FormsTest):
               "2 fields were left out: Business Fax 1, Mobile Phone (imported as home) 1")
         taken("Phone 1 - Type,Phone 1 - Value", "Home Fax,1 ::: 2", {"HomeTelephone": "1"},
               "2 fields were left out: Phone 1 - Value 1, Phone 1 - Value (Home Fax, imported as home) 1")
+        taken("Nachname,Rückmeldung,ISDN", "a,1,2", {"LastName": "a", "HomeTelephone": "1"},
+              "2 fields were left out: ISDN 1, Rückmeldung (imported as home) 1")
         for none in ("0/0/00", ""):
             taken("Last Name,Birthday", f"a,{none}", {"LastName": "a"}, "")
         for bad in (" --04-12", "1604-04-12", "31.2.1985", "12.4.85", "13/13/1985", "4/12", "1/2-1985", "99999999999/1/1985"):
