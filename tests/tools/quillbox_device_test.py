@@ -207,7 +207,7 @@ class ContentTest(DeviceToolTest):
                 self.tool(*command, no_device, code=2)
         for taken in (self.folder, self.device):
             self.tool("init", taken, code=1)
-        self.tool("database", "import", self.device, missing, code=2)
+        self.assertIn("can't be read: No such file or directory.", self.tool("database", "import", self.device, missing, code=2))
         self.assertEqual((names_in(self.folder), letter.read_text()), (["device", "letter"], "mine"))
 
     def test_no_name_from_outside_steers_the_terminal(self):
