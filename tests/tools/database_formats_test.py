@@ -641,7 +641,8 @@ class RefusedFilesTest(FormsTest):
 
     def test_only_a_database_that_is_named_or_the_only_one_of_its_type_is_changed(self):
         card = CARD % "NOTE:x"
-        self.assertIn("--add", self.refused("vcard", card))
+        self.assertEqual(self.refused("vcard", card), 'quillbox-device: The database "Contacts Database" exists; --replace replaces '
+                         "it, --add adds to it. Nothing was imported.\n")
         self.assertIn("type 7", self.refused("vcard", card, "--name", "Other", "--add"))
         self.assertIn("type 7", self.refused("vcard", card, "--name", "Other", "--replace"))
         both = (EVENT % "X:").replace("END:VCALENDAR", "BEGIN:VTODO\nEND:VTODO\nEND:VCALENDAR")

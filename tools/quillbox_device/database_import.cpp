@@ -163,7 +163,7 @@ void DatabaseImport::refuseIfUnusable(const std::u16string& wantedName, const St
     if (made_.contains(old.oid))
         throw FormatFault(name + " is in the file twice");
     if (existing_ == Existing::Refused)
-        throw FormatFault(name + " exists; --replace replaces it, --add adds to it");
+        throw Failure("T" + name.substr(1) + " exists; --replace replaces it, --add adds to it. Nothing was imported.");
     if (!formatHasHeads_ && typeInFile != 0 && old.info.dwDbaseType != typeInFile)
         throw FormatFault(name + " is of type " + std::to_string(old.info.dwDbaseType) +
                           ", but the records in the file are of type " + std::to_string(typeInFile));
