@@ -12,8 +12,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
-#include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
@@ -55,12 +53,9 @@ std::string joined(const auto& parts)
 
 }  // namespace
 
-TreeTest::TreeTest()
+TreeTest::TreeTest() : HostFolder(memoryFolder())
 {
-    const char* given = std::getenv("TMPDIR");
-    std::string pattern = std::string(given ? given : fs::exists("/dev/shm") ? "/dev/shm" : "/tmp") + "/tree.XXXXXX";
-    folder_ = mkdtemp(pattern.data());
-    platform::device::OpenResult opened = platform::device::openDevice(folder_, {}, false);
+    platform::device::OpenResult opened = platform::device::openDevice(at("device"), {}, false);
     EXPECT_TRUE(opened.device) << opened.error.sentence;
     device_ = std::move(opened.device);
 
@@ -83,29 +78,29 @@ TreeTest::~TreeTest()
     gTreeView = nullptr;
     RenewLists();
     device_.reset();
-    fs::remove_all(folder_);
 }
 
 void TreeTest::write(std::initializer_list<const char*> names) const
 {
     for (const char* name : names) {
-        const fs::path path = folder_ / "object-store" / name;
-        fs::create_directories(path.parent_path());
+        const fs::path path = at("device/object-store") / name;
         if (path.has_filename())
-            std::ofstream(path) << "content";
+            hostWrite(path, "content");
+        else
+            fs::create_directories(path);
     }
 }
 
 void TreeTest::setAttributes(const std::string& name, const std::string& attributes) const
 {
-    const fs::path path = folder_ / "object-store" / name;
+    const fs::path path = at("device/object-store") / name;
     ASSERT_EQ(setxattr(path.c_str(), "user.DOSATTRIB", attributes.data(), attributes.size(), 0), 0);
 }
 
 void TreeTest::setTime(const std::string& name, std::int64_t seconds) const
 {
     const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
-    fs::last_write_time(folder_ / "object-store" / name, std::chrono::file_clock::from_sys(time));
+    fs::last_write_time(at("device/object-store") / name, std::chrono::file_clock::from_sys(time));
 }
 
 HTREEITEM TreeTest::item(const std::string& path)

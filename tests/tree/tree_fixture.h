@@ -2,20 +2,17 @@
 #pragma once
 
 #include "device/device.h"
+#include "host_folder.h"
 #include "tree_control/tree_display.h"
 
 #include "ce/tree_view.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
-#include <filesystem>
 #include <initializer_list>
 #include <memory>
-#include <string>
 #include <vector>
 
-class TreeTest : public testing::Test {
+class TreeTest : public HostFolder {
 protected:
     TreeTest();
     ~TreeTest() override;
@@ -52,7 +49,6 @@ protected:
     static void useFilter(const std::u16string& extensions);  // "txt,doc"
     static void useDate(std::int64_t seconds);                // hides what is older, in seconds since 1970
 
-    std::filesystem::path folder_;
     HWND window_ = nullptr;
 
 private:
