@@ -12,35 +12,17 @@ import sys
 from desktop import Desktop, require_tools, wait_for
 from tour import tour
 
-# The session's settings with the colours and the font of the user, as the toolkit reads them.
-DARK = """[Colors:Window]
-BackgroundNormal=42,46,50
-ForegroundNormal=252,252,252
-[Colors:View]
-BackgroundNormal=27,30,32
-ForegroundNormal=252,252,252
-[Colors:Button]
-BackgroundNormal=49,54,59
-ForegroundNormal=252,252,252
-[Colors:Selection]
-BackgroundNormal=61,174,233
-ForegroundNormal=252,252,252
-"""
-CONTRAST = """[Colors:Window]
-BackgroundNormal=0,0,0
-ForegroundNormal=255,255,255
-[Colors:View]
-BackgroundNormal=0,0,0
-BackgroundAlternate=0,0,0
-ForegroundNormal=255,255,255
-ForegroundInactive=0,0,0
-[Colors:Button]
-BackgroundNormal=0,0,0
-ForegroundNormal=255,255,255
-[Colors:Selection]
-BackgroundNormal=255,255,0
-ForegroundNormal=0,0,0
-"""
+
+def colours(**parts):
+    """The session's settings with the user's colours, as the toolkit reads them: ground and text of each part."""
+    return "".join(f"[Colors:{part}]\nBackgroundNormal={ground}\nForegroundNormal={text}\n"
+                   for part, (ground, text) in parts.items())
+
+
+WHITE, BLACK, PALE = "255,255,255", "0,0,0", "252,252,252"
+DARK = colours(Window=("42,46,50", PALE), Button=("49,54,59", PALE), Selection=("61,174,233", PALE), View=("27,30,32", PALE))
+CONTRAST = colours(Window=(BLACK, WHITE), Button=(BLACK, WHITE), Selection=("255,255,0", BLACK), View=(BLACK, WHITE)) + \
+    f"BackgroundAlternate={BLACK}\nForegroundInactive={BLACK}\n"
 LARGE = "[General]\nfont=DejaVu Sans,18,-1,5,50,0,0,0,0,0\n"
 VARIANTS = {  # size of the screen, scale, settings
     "light": ("600x540", 1, ""),
