@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
+#include <sstream>
 #include <string>
 
 class HostFolder : public testing::Test {
@@ -43,8 +43,9 @@ protected:
     // Empty if it can't be read.
     [[nodiscard]] static std::string hostRead(const std::filesystem::path& file)
     {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
+        std::ostringstream content;
+        content << std::ifstream(file, std::ios::binary).rdbuf();
+        return content.str();
     }
     // Every entry below, files with their content and others with their kind; the database is not compared.
     [[nodiscard]] static std::map<std::string, std::string> treeOf(const std::filesystem::path& folder)
