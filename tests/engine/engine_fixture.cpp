@@ -58,7 +58,6 @@ void EngineTest::mount(std::optional<std::uint64_t> cardCapacity) const
 
 void EngineTest::write(const std::string& name, const std::string& content) const
 {
-    fs::create_directories((root() / name).parent_path());
     hostWrite(root() / name, content);
     // A file that was written a moment ago isn't deleted.
     fs::last_write_time(root() / name, fs::file_time_type::clock::now() - std::chrono::seconds(10));
@@ -76,7 +75,6 @@ void EngineTest::removeAll(const std::string& name) const
 
 void EngineTest::writeOnCard(const std::string& name, const std::string& content) const
 {
-    fs::create_directories(set_);
     hostWrite(set_ / name, content);
 }
 
