@@ -11,14 +11,15 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QTemporaryDir>
+#include <QToolTip>
 #include <QtTest/QTest>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace window = platform::window;
@@ -112,9 +113,17 @@ QWidget* findControl(QWidget& window, const QString& name)
     return nullptr;
 }
 
-QModelIndex findRow(const QAbstractItemModel& model, const QString& text)
+QModelIndex findRow(const QAbstractItemModel& model, const QString& text, const QModelIndex& above)
 {
-    return model.match(model.index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly | Qt::MatchCaseSensitive).value(0);
+    return model.match(model.index(0, 0, above), Qt::DisplayRole, text, 1, Qt::MatchExactly | Qt::MatchCaseSensitive)
+        .value(0);
+}
+
+QString tipAt(const QAbstractItemView& view, const QPoint& point)
+{
+    QHelpEvent asked(QEvent::ToolTip, point, view.viewport()->mapToGlobal(point));
+    QApplication::sendEvent(view.viewport(), &asked);
+    return QToolTip::text();
 }
 
 void Desktop::start(const std::function<void()>& program)
@@ -129,7 +138,7 @@ void Desktop::start(const std::function<void()>& program)
 void Desktop::SetUp()
 {
     ASSERT_TRUE(platform::resource::setResources(quillbox::embeddedResources()));
-    auto opened = platform::device::openDevice(folder(), {}, true);
+    auto opened = platform::device::openDevice(at("device"), {}, true);
     ASSERT_TRUE(opened.device) << opened.error.sentence;
     device_ = std::move(opened.device);
     screen_.emplace(
@@ -355,11 +364,5 @@ void Desktop::backUpAllFiles(const QString& comment)
 bool Desktop::listContains(const std::u16string& text) const
 {
     const std::string bytes(reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t));
-    return contentOf(sets() / "QLBX0001.QLT").find(bytes) != std::string::npos;
-}
-
-std::string Desktop::contentOf(const std::filesystem::path& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    return hostRead(sets() / "QLBX0001.QLT").find(bytes) != std::string::npos;
 }

@@ -2,23 +2,19 @@
 #pragma once
 
 #include "device/device.h"
+#include "host_folder.h"
 #include "screen.h"
 #include "start/restore_request.h"
 
 #include "ce/types.h"
 
-#include <gtest/gtest.h>
-
 #include <QListView>
-#include <QTemporaryDir>
 #include <QWidget>
 
 #include <atomic>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -32,7 +28,7 @@ struct DialogOfMenu {
 const std::vector<DialogOfMenu>& dialogsOfMenu();
 
 // A fresh device with the content of a first start, and the program running on it.
-class Desktop : public testing::Test {
+class Desktop : public HostFolder {
 protected:
     void SetUp() override;
     // Closes what is open, the main window last.
@@ -72,23 +68,19 @@ protected:
     platform::device::ShownSet openSet(const std::filesystem::path& listFile);
     // From the toolbar to the end of the run: all files, onto the storage card.
     void backUpAllFiles(const QString& comment);
-    std::filesystem::path store() const { return folder() / "object-store"; }
-    std::filesystem::path sets() const { return folder() / "cards" / "Storage Card" / "QUILBOX"; }
+    std::filesystem::path store() const { return at("device/object-store"); }
+    std::filesystem::path sets() const { return at("device/cards/Storage Card/QUILBOX"); }
     // Is it a name or comment in the list of the first set?
     bool listContains(const std::u16string& text) const;
-    static std::string contentOf(const std::filesystem::path& file);
 
     // Shows the latest changes now, as the next frame would.
     void drawFrame() { screen_->flush(); }
     // Ends the program before the next frame, as a delayed request to close does.
     void endBetweenFrames();
 
-    std::filesystem::path folder() const { return std::filesystem::path(folder_.path().toStdString()) / "device"; }
-
 private:
     void start(const std::function<void()>& program);
 
-    QTemporaryDir folder_;
     std::unique_ptr<platform::device::Device> device_;
     platform::display::RestoreRequest request_;
     std::optional<platform::qt::Screen> screen_;
@@ -101,4 +93,6 @@ QString nameOf(const QWidget& widget);
 // Null if the window shows no such control.
 QWidget* findControl(QWidget& window, const QString& name);
 // A row of the model by its text; invalid if there is none.
-QModelIndex findRow(const QAbstractItemModel& model, const QString& text);
+QModelIndex findRow(const QAbstractItemModel& model, const QString& text, const QModelIndex& above = {});
+// The tip that the view shows at a point of its viewport.
+QString tipAt(const QAbstractItemView& view, const QPoint& point);

@@ -25,14 +25,12 @@ protected:
         return !model->match(model->index(0, 0), Qt::DisplayRole, text, 1, Qt::MatchExactly | Qt::MatchRecursive)
                     .isEmpty();
     }
-
-    QTemporaryDir host_;
 };
 
 TEST_F(DeviceTripTest, AddedCardIsListedAtOnceAndTakesABackup)
 {
-    const QString stick = host_.filePath("Stick");
-    QDir().mkpath(stick);
+    std::filesystem::create_directory(at("Stick"));
+    const auto stick = QString::fromStdString(at("Stick"));
     QWidget& main = await(MainTitle);
     press(main, Qt::Key_Home);
     press(main, Qt::Key_Down);
@@ -60,7 +58,7 @@ TEST_F(DeviceTripTest, AddedCardIsListedAtOnceAndTakesABackup)
 TEST_F(DeviceTripTest, SetOfAnotherFolderOpensTheRestoreSelection)
 {
     backUpAllFiles("of the host");
-    const auto elsewhere = std::filesystem::path(host_.path().toStdString()) / "Old" / "QUILBOX";
+    const auto elsewhere = at("Old/QUILBOX");
     std::filesystem::create_directories(elsewhere);
     std::filesystem::copy(sets(), elsewhere);
     for (const auto& [listFile, path] :

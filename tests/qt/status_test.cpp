@@ -2,17 +2,16 @@
 #include "desktop.h"
 
 #include "dialog_growth.h"
+#include "engine/questions.h"
 #include "status_bar.h"
 #include "status_texts.h"
 #include "window_settings.h"
 
-#include "ce/dialog.h"
 #include "ce/outcome.h"
 #include "ce/progress.h"
-#include "ce/resource.h"
-#include "ce/window.h"
 
 #include <QAbstractButton>
+#include <QDate>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -22,8 +21,6 @@
 #include <QStatusBar>
 
 #include <algorithm>
-#include <future>
-#include <thread>
 
 namespace {
 
@@ -188,23 +185,13 @@ TEST_F(StatusTripTest, FilterAndDeletionAreSaidInTheWindowAndEnterAddsAnExtensio
 // A run's progress window, with a run of more items than the bar of the program has steps.
 TEST_F(StatusTripTest, RunOfAnyLengthShowsItsTotalsMovesTheBarAndSaysWhatItMade)
 {
-    const HWND owner = platform::window::topLevelWindows().front();
-    std::promise<void> end;
-    std::thread run([&] {
-        const HRSRC resource = FindResourceW(nullptr, MAKEINTRESOURCEW(106), RT_DIALOG);
-        const auto procedure = [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return 0; };
-        const HWND progress = CreateDialogIndirectParamW(nullptr, LoadResource(nullptr, resource), owner, procedure, 0);
-        SetWindowTextW(progress, u"Run");
-        BeginRun(RunStores, u"\\Card\\QUILBOX\\QLBX0007.QLT", 5000, 1'000'000);
-        for (int item = 0; item < 2500; ++item)
-            ReportItemDone(OutcomeFile, 200, TRUE);
-        ShowWindow(progress, SW_SHOW);
-        end.get_future().wait();
-        EndRun();
-        DestroyWindow(progress);
-    });
+    BeginRun(RunStores, u"\\Card\\QUILBOX\\QLBX0007.QLT", 5000, 1'000'000);
+    for (int item = 0; item < 2500; ++item)
+        ReportItemDone(OutcomeFile, 200, TRUE);
+    const HWND progress = ProgressOpen(u"Run", u"", 7, 1);
     QWidget& window = await("Run");
-    EXPECT_TRUE(platform::window::postResize(owner, 400, 300));  // the program works for a moment
+    EXPECT_TRUE(platform::window::postResize(platform::window::topLevelWindows().front(), 400,
+                                             300));  // the program works for a moment
     const auto* bar = window.findChild<QProgressBar*>();
     EXPECT_TRUE(eventually([&] { return bar->maximum() == 1000 && bar->value() == 500; })) << bar->value();
     QString details;
@@ -213,8 +200,8 @@ TEST_F(StatusTripTest, RunOfAnyLengthShowsItsTotalsMovesTheBarAndSaysWhatItMade)
     const QString items = QStringLiteral("%1 of %2 items").arg(QLocale().toString(2500), QLocale().toString(5000));
     EXPECT_TRUE(details.contains(items) && details.contains("so far")) << details.toStdString();
     expectStatus(items);
-    end.set_value();
-    run.join();
+    EndRun();
+    ProgressClose(progress);
     expectStatus("Set 7 on \\Card: " + QLocale().toString(2500) + " files");
 }
 

@@ -15,8 +15,7 @@
 #include <QSettings>
 #include <QToolButton>
 
-#include <fstream>
-#include <future>
+#include <barrier>
 
 namespace {
 
@@ -90,9 +89,9 @@ TEST_F(WindowTripTest, RestoreThatAsksIsAnsweredOnceOrStoppedByClosingTheWindow)
 {
     const auto file = store() / "My Documents" / "To do.txt";
     backUpAllFiles("");
-    const std::string before = contentOf(file);
+    const std::string before = hostRead(file);
     const auto restoreAll = [&]() -> QMessageBox& {
-        std::ofstream(file) << "changed";
+        hostWrite(file, "changed");
         click(openRestore("Full...", "Full Restore"), "OK");
         return static_cast<QMessageBox&>(await("Warning"));
     };
@@ -100,7 +99,7 @@ TEST_F(WindowTripTest, RestoreThatAsksIsAnsweredOnceOrStoppedByClosingTheWindow)
     act(once, [&] { once.checkBox()->click(); });
     press(once, Qt::Key_Y);
     awaitRest();
-    EXPECT_EQ(contentOf(file), before);
+    EXPECT_EQ(hostRead(file), before);
 
     QMessageBox& question = restoreAll();
     EXPECT_FALSE(question.isModal()) << "the window manager's request to close would be dropped";
@@ -108,7 +107,7 @@ TEST_F(WindowTripTest, RestoreThatAsksIsAnsweredOnceOrStoppedByClosingTheWindow)
     EXPECT_EQ(nameOf(*question.focusWidget()), "Stop the run and close");
     press(question, Qt::Key_Return);
     awaitGone(MainTitle);
-    EXPECT_EQ(contentOf(file), "changed");
+    EXPECT_EQ(hostRead(file), "changed");
     using namespace platform::kernel;
     EXPECT_FALSE(troublesOf(Trouble::Reaching, Troubled::File, Since::Job).empty());
 }
@@ -154,10 +153,7 @@ TEST_F(WindowTripTest, SizeIsRememberedThoughTheProgramEndsBeforeTheNextFrame)
 // The thread of a progress window can end after the main window has gone.
 TEST_F(WindowTripTest, ProgressWindowGoesWithTheMainWindowAndDoesNotComeBack)
 {
-    std::promise<void> shown;
-    std::promise<void> mainGone;
-    std::promise<void> changed;
-    std::promise<void> end;
+    std::barrier steps(2);
     const HWND owner = platform::window::topLevelWindows().front();
     std::thread late([&] {
         const HRSRC resource = FindResourceW(nullptr, MAKEINTRESOURCEW(106), RT_DIALOG);
@@ -165,22 +161,22 @@ TEST_F(WindowTripTest, ProgressWindowGoesWithTheMainWindowAndDoesNotComeBack)
         const HWND progress = CreateDialogIndirectParamW(nullptr, LoadResource(nullptr, resource), owner, procedure, 0);
         SetWindowTextW(progress, u"Late");
         ShowWindow(progress, SW_SHOW);
-        shown.set_value();
-        mainGone.get_future().wait();
+        steps.arrive_and_wait();  // shown
+        steps.arrive_and_wait();  // the main window has gone
         SetWindowTextW(progress, u"Later");
-        changed.set_value();
-        end.get_future().wait();
+        steps.arrive_and_wait();  // changed
+        steps.arrive_and_wait();  // the end
     });
-    shown.get_future().wait();
+    steps.arrive_and_wait();  // shown
     EXPECT_EQ(await("Late").parentWidget(), &await(MainTitle));
     await(MainTitle).close();
     awaitGone(MainTitle);
     EXPECT_FALSE(isThere("Late"));
-    mainGone.set_value();
-    changed.get_future().wait();
+    steps.arrive_and_wait();  // the main window has gone
+    steps.arrive_and_wait();  // changed
     drawFrame();
     EXPECT_FALSE(isThere("Later"));
-    end.set_value();
+    steps.arrive_and_wait();  // the end
     late.join();
 }
 
@@ -192,9 +188,8 @@ TEST_F(WindowTripTest, NamesAreShownAsOnTheHostAndTypedTextIsNotMapped)
         {"caf\xE9", QStringLiteral("caf\uFFFDE9")},
         {"two\nlines", QStringLiteral("two\u240Alines")},
     };
-    std::filesystem::create_directory(store() / "Odd");
     for (const auto& [name, shown] : names)
-        std::ofstream(store() / "Odd" / name) << name;
+        hostWrite(store() / "Odd" / name, name);
     click(await(MainTitle), "Full backup");
     QWidget& backup = await("Full Backup");
     act(backup, [&] { backup.findChild<QPlainTextEdit*>()->insertPlainText(QChar(0xF73F)); });
@@ -233,7 +228,6 @@ TEST_F(WindowTripTest, NamesAreShownAsOnTheHostAndTypedTextIsNotMapped)
         const QString inQuestion = QString(shown).replace(QChar(0x240A), u'\n');
         EXPECT_EQ(questions.filter("\\Odd\\" + inQuestion + " exists").size(), 1) << shown.toStdString();
     }
-    std::filesystem::remove_all(store() / "Odd");  // the temporary folder's class can't remove such names
 }
 
 }  // namespace
