@@ -163,7 +163,7 @@ TEST_F(TreeTripTest, ContextMenuMarksUnmarksAndExpandsWithoutSelectingAFile)
     awaitMark(Welcome, Qt::Unchecked);
 }
 
-TEST_F(TreeTripTest, ClickOnALabelMarksAndUnmarksAndF5ListsAnewWhatIsExpanded)
+TEST_F(TreeTripTest, ClickMarksAndUnmarksF5ListsAnewAndARunCollapsesTheTree)
 {
     clickButton(Files);
     awaitItem(Documents);
@@ -183,6 +183,13 @@ TEST_F(TreeTripTest, ClickOnALabelMarksAndUnmarksAndF5ListsAnewWhatIsExpanded)
     awaitUnlisted(Welcome);
     EXPECT_EQ(mark(ToDo), Qt::Checked);
     EXPECT_EQ(tree_->currentIndex(), item(Documents)) << "a file would be marked by the selection";
+
+    click(open({{"Operations", "Backup", "Selected items..."}, "Backup selected Item"}), "OK");
+    chooseStorage();
+    awaitRest();
+    EXPECT_TRUE(listContains(u"To do.txt"));
+    awaitUnlisted(Documents);
+    EXPECT_FALSE(tree_->isExpanded(item(Files)));
 }
 
 TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
@@ -224,7 +231,7 @@ TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
     EXPECT_EQ(tree_->currentIndex(), item(Files));
 }
 
-// screen_reader_test.py proves what a screen reader reads of the marks.
+// screen_reader_test.py proves what a screen reader reads of the marks, where the host has what it needs.
 TEST_F(TreeTripTest, InputOfAScreenReaderGoesToTheProgram)
 {
     // A selection by the reader is a click for the program, which marks the item.
