@@ -5,11 +5,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 #include <span>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -128,14 +130,16 @@ TEST_F(DeviceDatabaseTest, DamageIsFoundBeforeAnythingIsWritten)
 TEST_F(DeviceDatabaseTest, DatabaseThatAnotherProcessHoldsIsRefusedAtOnce)
 {
     const pid_t child = fork();
+    ASSERT_GE(child, 0);
     if (child == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (open().empty())
             raise(SIGSTOP);
         _exit(1);
     }
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, WUNTRACED), child);
-    EXPECT_TRUE(WIFSTOPPED(status)) << "it couldn't open the database";
+    ASSERT_TRUE(WIFSTOPPED(status)) << "it couldn't open the database";
     EXPECT_THAT(open(), HasSubstr("is open in another program"));
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
