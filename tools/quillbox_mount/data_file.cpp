@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t CopiedBytes = 262144;  // with one call
 
-std::filesystem::path pathOf(const archive::SetFiles& files)
+std::filesystem::path dataPathOf(const archive::SetFiles& files)
 {
     return std::filesystem::path(files.folder) / files.dataName;
 }
@@ -28,8 +28,10 @@ bool isUnchanged(const struct stat& before, const struct stat& now)
 }  // namespace
 
 DataFile::DataFile(const archive::SetFiles& files)
-    : file_(::open(pathOf(files).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK))
+    : file_(::open(dataPathOf(files).c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK))
 {
+    const int error = file_ ? 0 : errno;
+    mayOpenLater_ = error == EMFILE || error == ENFILE || error == ENOMEM;
     if (file_ && ::fstat(file_.get(), &opened_) != 0)
         file_ = {};
 }
@@ -37,7 +39,7 @@ DataFile::DataFile(const archive::SetFiles& files)
 bool DataFile::isStill(const archive::SetFiles& files) const
 {
     struct stat now {};
-    return !file_ || (::lstat(pathOf(files).c_str(), &now) == 0 && isUnchanged(opened_, now));
+    return !file_ || (::lstat(dataPathOf(files).c_str(), &now) == 0 && isUnchanged(opened_, now));
 }
 
 std::size_t DataFile::read(std::uint64_t offset, std::span<std::byte> buffer) const

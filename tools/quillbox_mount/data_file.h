@@ -18,6 +18,9 @@ public:
     // A link isn't followed. A file that can't be opened is one that can't be read.
     explicit DataFile(const archive::SetFiles& files);
 
+    // It couldn't be opened only because too many files are open, or there is too little memory.
+    [[nodiscard]] bool mayOpenLater() const { return mayOpenLater_; }
+
     // False if another file has the name now, or if the file was written to. True if it couldn't be opened.
     [[nodiscard]] bool isStill(const archive::SetFiles& files) const;
 
@@ -32,6 +35,7 @@ public:
 private:
     platform::host::Descriptor file_;
     struct stat opened_ {};  // as it was opened
+    bool mayOpenLater_ = false;
 };
 
 }  // namespace quillbox_mount

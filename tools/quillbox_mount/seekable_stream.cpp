@@ -31,12 +31,12 @@ Workspace& workspace()
 // show zeros after the end to a second reader.
 constexpr std::size_t MostCounted = 64;
 
-// Reads a stream that is shorter than the buffer with one call on the host.
+// Reads a stream that is shorter than the buffer with one pread, and lengths of blocks that lie close together too.
 class SeekableStream::Source {
 public:
-    Source(const DataFile& data, std::uint64_t start, std::uint64_t end) : data_(data), start_(start), end_(end)
+    Source(const DataFile& data, std::uint64_t start, std::uint64_t end) : data_(data), end_(end), lastLength_(start)
     {
-        filled_ = data.read(start, std::span(buffer_).first(std::min<std::uint64_t>(buffer_.size(), end - start)));
+        fill(start);
     }
 
     bool beginsWithMagic() const
@@ -45,9 +45,12 @@ public:
     }
 
     // The packed size of the block at `offset`. 0 if there is no whole block.
-    DWORD packedBytesAt(std::uint64_t offset) const
+    DWORD packedBytesAt(std::uint64_t offset)
     {
         DWORD packed = 0;
+        if (!holds(offset, LengthBytes) && offset - lastLength_ < buffer_.size())
+            fill(offset);
+        lastLength_ = offset;
         if (end_ - offset < LengthBytes || !read(offset, std::as_writable_bytes(std::span(&packed, 1))))
             return 0;
         return packed <= PackedBlockBytes && packed <= end_ - offset - LengthBytes ? packed : 0;
@@ -56,24 +59,37 @@ public:
     // False if the bytes aren't all there.
     bool read(std::uint64_t offset, std::span<std::byte> bytes) const
     {
-        if (offset + bytes.size() > start_ + filled_)
+        if (!holds(offset, bytes.size()))
             return data_.read(offset, bytes) == bytes.size();
-        std::memcpy(bytes.data(), &buffer_[offset - start_], bytes.size());
+        std::memcpy(bytes.data(), &buffer_[offset - begin_], bytes.size());
         return true;
     }
 
 private:
+    bool holds(std::uint64_t offset, std::size_t bytes) const
+    {
+        return offset >= begin_ && offset + bytes <= begin_ + filled_;
+    }
+
+    void fill(std::uint64_t offset)
+    {
+        begin_ = offset;
+        filled_ = data_.read(offset, std::span(buffer_).first(std::min<std::uint64_t>(buffer_.size(), end_ - offset)));
+    }
+
     const DataFile& data_;
-    const std::uint64_t start_;
     const std::uint64_t end_;
-    std::array<std::byte, 16384> buffer_;  // what is at `start_`
+    std::uint64_t lastLength_;             // where the length that was asked for last is
+    std::array<std::byte, 16384> buffer_;  // what is at `begin_`
+    std::uint64_t begin_ = 0;
     std::size_t filled_ = 0;
 };
 
-SeekableStream::SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache)
-    : data_(data), set_(std::uint64_t{set} << 32), cache_(cache)
+SeekableStream::SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache,
+                               const std::atomic<bool>& ends)
+    : data_(data), set_(std::uint64_t{set} << 32), cache_(cache), ends_(ends)
 {
-    const Source source(data, start, std::max(start, end));
+    Source source(data, start, std::max(start, end));
     const bool whole = findBlocks(source, start, end);
     const platform::kernel::MutexLock lock(mutex_);
     damaged_ = !whole;
@@ -81,12 +97,14 @@ SeekableStream::SeekableStream(const DataFile& data, DWORD start, DWORD end, std
 }
 
 // Returns whether the stream is whole as far as the lengths of its blocks say.
-bool SeekableStream::findBlocks(const Source& source, DWORD start, DWORD end)
+bool SeekableStream::findBlocks(Source& source, DWORD start, DWORD end)
 {
     if (!source.beginsWithMagic())
         return false;
     offsets_ = {start + StreamMagicBytes};
     while (offsets_.back() != end) {
+        if (ends_)
+            return false;
         const DWORD packed = source.packedBytesAt(offsets_.back());
         if (packed == 0)
             return false;
@@ -143,10 +161,10 @@ bool SeekableStream::read(std::uint64_t offset, std::uint64_t bytes, std::vector
 SeekableStream::Place SeekableStream::placeOf(std::uint64_t offset)
 {
     const platform::kernel::MutexLock lock(mutex_);
-    while (starts_.back() <= offset && starts_.size() <= blocks_)
+    while (starts_.back() <= offset && starts_.size() <= blocks_ && !ends_)
         placeNext(offset);
     if (starts_.back() <= offset)
-        return {damaged_ ? Place::Kind::Damage : Place::Kind::End, 0, starts_.back()};
+        return {damaged_ || starts_.size() <= blocks_ ? Place::Kind::Damage : Place::Kind::End, 0, starts_.back()};
     const auto after = std::ranges::upper_bound(starts_, offset);
     return {Place::Kind::Block, static_cast<std::size_t>(after - starts_.begin()) - 1, *(after - 1)};
 }

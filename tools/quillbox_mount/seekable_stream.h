@@ -33,9 +33,11 @@ struct Piece {
 // Any thread.
 class SeekableStream {
 public:
-    // Reads the lengths of the blocks from `start` to before `end`, and unpacks the last one. `data` and `cache`
-    // outlive the stream. `set` is the set's number in the cache.
-    SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache);
+    // Reads the lengths of the blocks from `start` to before `end`, and unpacks the last one. `data`, `cache`
+    // and `ends` outlive the stream. `set` is the set's number in the cache. Once `ends` is true, the search for
+    // blocks stops, and what it hasn't found counts as damaged.
+    SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache,
+                   const std::atomic<bool>& ends);
 
     // The number of raw bytes. In a stream of more than 64 blocks it is too large until a read has come to the end, if
     // a block before the last one isn't full. For a damaged stream: what is before the damage, and one byte that can't
@@ -64,7 +66,7 @@ private:
 
     class Source;
 
-    bool findBlocks(const Source& source, DWORD start, DWORD end);
+    bool findBlocks(Source& source, DWORD start, DWORD end);
     void measure(const Source& source) REQUIRES(mutex_);
     Place placeOf(std::uint64_t offset) EXCLUDES(mutex_);
     void placeNext(std::uint64_t wanted) REQUIRES(mutex_);
@@ -74,6 +76,7 @@ private:
     const DataFile& data_;
     const std::uint64_t set_;
     BlockCache& cache_;
+    const std::atomic<bool>& ends_;
     std::vector<DWORD> offsets_;  // of the blocks with raw bytes, and of what follows them
     std::atomic<std::uint64_t> size_ = 0;
     std::uint64_t firstSize_ = 0;  // size() at first

@@ -14,6 +14,7 @@ constexpr std::uint64_t MiB = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t BlocksLimit = 64 * MiB;
 constexpr std::uint64_t StreamsLimit = 32 * MiB;
 constexpr std::uint64_t TextsLimit = 256 * MiB;  // on the disk, in files without names
+constexpr std::uint64_t MostTexts = 256;         // each has a descriptor, too
 
 std::time_t timeOf(const archive::SetDate& date)
 {
@@ -30,6 +31,15 @@ std::time_t timeOf(const archive::SetDate& date)
 std::uint64_t keyOf(std::uint32_t set, std::uint32_t node)
 {
     return std::uint64_t{set} << 32 | node;
+}
+
+// `size` becomes `now` if it is 0 or larger. Another thread may know a smaller one by now.
+void lower(std::atomic<std::uint64_t>& size, std::uint64_t now)
+{
+    for (std::uint64_t known = size; known == 0 || known > now;) {
+        if (size.compare_exchange_weak(known, now))
+            return;
+    }
 }
 
 }  // namespace
@@ -68,7 +78,7 @@ ShownSets::Loaded* ShownSets::load(Shown& set)
         return set.owned.get();
     DataFile data(set.files);
     auto tree = reading_.readTree(set.files);
-    if (!tree || !data.isStill(set.files))
+    if (!tree || data.mayOpenLater() || !data.isStill(set.files))
         return nullptr;
     set.owned = std::make_unique<Loaded>(std::move(tree), std::move(data));
     set.loaded.store(set.owned.get(), std::memory_order_release);
@@ -119,16 +129,18 @@ int ShownSets::attributes(Place place, Sizes sizes, Attributes& found)
 std::uint64_t ShownSets::sizeOf(const Shown& set, Loaded& loaded, std::uint32_t node)
 {
     std::atomic<std::uint64_t>& size = loaded.sizes[node];
+    std::uint64_t made = 0;
     if (size == 0) {
         const Node& file = loaded.tree->node(node);
         if (file.kind == Node::Kind::Note)
-            size = file.content.size() + 1;
+            made = file.content.size() + 1;
         else if (file.kind == Node::Kind::File)
-            size = streamOf(set, loaded, node)->size() + 1;
+            made = streamOf(set, loaded, node)->size() + 1;
         else if (const auto text = textOf(set, loaded, node); text->file)
-            size = text->bytes + 1;
+            made = text->bytes + 1;
         else
             return text->bytes;
+        lower(size, made);
     }
     return size - 1;
 }
@@ -169,8 +181,7 @@ int ShownSets::read(Place file, std::uint64_t offset, std::uint64_t bytes, Conte
     if (node.kind == Node::Kind::File) {
         const auto stream = streamOf(set, *loaded, file.node);
         const bool isRead = stream->read(offset, bytes, content.pieces);
-        std::atomic<std::uint64_t>& size = loaded->sizes[file.node];
-        size = std::min<std::uint64_t>(size, stream->size() + 1);  // the read may have come to the end
+        lower(loaded->sizes[file.node], stream->size() + 1);  // the read may have come to the end
         return isRead ? 0 : EIO;
     }
     if (node.kind == Node::Kind::Text) {
@@ -195,7 +206,8 @@ std::shared_ptr<SeekableStream> ShownSets::streamOf(const Shown& set, const Load
     if (auto kept = streams_.find(keyOf(set.number, node)))
         return kept;
     const Node& file = loaded.tree->node(node);
-    auto made = std::make_shared<SeekableStream>(loaded.data, file.startOffset, file.endOffset, set.number, blocks_);
+    auto made =
+        std::make_shared<SeekableStream>(loaded.data, file.startOffset, file.endOffset, set.number, blocks_, ends_);
     return streams_.add(keyOf(set.number, node), made, made->memoryBytes());
 }
 
@@ -209,7 +221,7 @@ std::shared_ptr<const ItemText> ShownSets::textOf(const Shown& set, const Loaded
     auto made = std::make_shared<const ItemText>(reading_.writeText(loaded.data, loaded.tree->node(node)));
     if (!made->file)
         return made;  // there may be room for it later, so it is tried again
-    return texts_.add(keyOf(set.number, node), made, made->bytes);
+    return texts_.add(keyOf(set.number, node), made, made->bytes + TextsLimit / MostTexts);
 }
 
 }  // namespace quillbox_mount

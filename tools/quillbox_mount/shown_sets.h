@@ -70,6 +70,9 @@ public:
     // The bytes from `offset` on, and not more than there are.
     [[nodiscard]] int read(Place file, std::uint64_t offset, std::uint64_t bytes, Content& content);
 
+    // From now on no call takes long. What isn't known yet counts as damaged.
+    void end() { ends_ = true; }
+
     // All bytes of a file with at most `most` of them, if somebody has asked for its size. False for anything else.
     [[nodiscard]] bool readSmall(Place file, std::uint64_t most, Content& content);
 
@@ -109,6 +112,7 @@ private:
 
     std::deque<Shown> sets_;
     std::time_t newest_ = 0;
+    std::atomic<bool> ends_ = false;
     platform::kernel::Mutex loading_;
     SetReading reading_;
     BlockCache blocks_;
