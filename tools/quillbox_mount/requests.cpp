@@ -229,7 +229,7 @@ int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttribut
 void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, bool withAttributes)
 {
     RequestState& state = stateOf(request);  // the answer ends the request
-    Place reached = placeOf(folder);
+    Place reached;
     answer(request, [&] {
         Listing listing(request, bytes);
         std::string name;
@@ -243,6 +243,8 @@ void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset
             if (S_ISREG(entry.attr.st_mode))
                 reached = placeOf(entry.ino);
         }
+        if (reached.isTop())
+            reached = placeOf(folder);
         listing.reply();
         return 0;
     });

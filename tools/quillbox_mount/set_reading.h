@@ -5,7 +5,8 @@
 // - the caches (bounded_cache.h): unpacked blocks, the places of blocks, texts;
 // - a stream that two of them read at the same time (seekable_stream.h);
 // - the place that a client has reached (measure_ahead.h).
-// The tree of a set is written once, before it is shared. No other data changes after the start.
+// Atomic are the sizes of files (shown_sets.h), the size of a stream, the file that was pushed last, and what says that
+// the mount ends. A set is loaded under a mutex of ShownSets. Its tree is written once, before it is shared.
 #pragma once
 
 #include "archive/set_files.h"
