@@ -6,6 +6,7 @@ import errno
 import os
 import pathlib
 import random
+import resource
 import shutil
 import signal
 import struct
@@ -139,9 +140,20 @@ class ShownTest(MountTest):
             list(readers.map(read_some, range(READERS)))
 
     def test_one_read_can_get_more_blocks_than_an_answer_has_parts(self):
-        Set().add(FILE, "\\many", stream=blocks(*[b"x"] * 1100)).write(self.sets)
+        parts = [b"%d" % number for number in range(20_000)]  # more lengths than are read with one call
+        Set().add(FILE, "\\many", stream=blocks(*parts)).write(self.sets)
         with self.mounted():
-            self.assertEqual((self.shown / "QLBX0001/many").read_bytes(), b"x" * 1100)
+            self.assertEqual((self.shown / "QLBX0001/many").read_bytes(), b"".join(parts))
+
+    def test_many_texts_can_be_read_where_few_files_may_be_open(self):
+        made = Set()
+        for number in range(400):
+            made.add(DATABASE, f"d{number}", image_bytes("d", 7, [], [[(0x10003, number)]]))
+        made.write(self.sets)
+        with self.mounted() as process:
+            resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (350, 350))
+            for number in range(400):
+                self.assertIn(str(number), (self.shown / f"QLBX0001/d{number}.jsonl").read_text())
 
     def test_a_file_that_grew_shows_no_zeros_to_one_who_reads_beyond_its_end_first(self):
         parts = [b"a" * RAW_BLOCK, b"b" * 70_000, *[b"c" * RAW_BLOCK] * 68, b"d" * 5]
@@ -259,6 +271,25 @@ class LifeTest(MountTest):
                 process.wait(60)
                 self.assertEqual(list(self.shown.iterdir()), [])
 
+    @needs_strace
+    def test_a_signal_ends_it_while_files_are_read(self):
+        made = Set()
+        for number in range(200):
+            made.add(FILE, f"\\files\\{number:03}", random.Random(number).randbytes(100_000))
+        made.write(self.sets)
+        for wait in (0.1, 0.3, 0.5):
+            with self.mounted() as process:
+                # Answers and pushes take long, so that the signal comes in the middle of one.
+                strace = subprocess.Popen(["strace", "-fqq", "-o", "/dev/null", "-e", "trace=writev", "-e", "inject=writev:delay_exit=3000",
+                                           "-p", str(process.pid)], stderr=subprocess.DEVNULL)
+                files = sorted((self.shown / "QLBX0001/files").iterdir())
+                reader = subprocess.Popen(["cat", *files], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                time.sleep(wait)
+                process.terminate()
+                process.wait(60)
+                reader.wait(60)
+                strace.wait(60)
+
     def test_it_goes_to_the_background_once_it_is_mounted_and_ends_when_it_is_unmounted(self):
         self.addCleanup(subprocess.run, ["fusermount3", "-uzq", self.shown], check=False)
         self.run_program("quillbox-mount", "sets", "shown", cwd=self.folder)
@@ -276,6 +307,7 @@ class LifeTest(MountTest):
         for calls, path, sentence in (
                 (["-P", "/dev/fuse", "-e", "inject=read:error=EIO:when=2+"], "/bin", "the sets aren't mounted any more: .*: Input/output error"),
                 (["-P", "/dev/fuse", "-e", "inject=openat:error=ENOENT"], "/bin", "/dev/fuse can't be opened, so this computer can't mount sets: No such.*"),
+                (["-e", "inject=clone3:error=EAGAIN:when=3"], "/bin", "the sets aren't mounted any more: a thread can't be started"),
                 (["-e", "inject=geteuid:retval=1000"], "/nowhere", "fusermount3 is missing, so only root .* package fuse3"),
                 (["-e", "inject=mount:error=EINVAL"], "/bin", "the sets can't be mounted on .*/shown")):
             done = subprocess.run([shutil.which("strace"), "-fqq", "-o", self.folder / "trace", *calls, TOOL, self.sets, self.shown, "--foreground"], check=False,

@@ -1,7 +1,6 @@
 #include "measure_ahead.h"
 
 #include <algorithm>
-#include <csignal>
 #include <exception>
 
 namespace quillbox_mount {
@@ -11,14 +10,6 @@ namespace {
 // What a client that stops has made us do in vain, and what the cache of blocks can keep until the files are read.
 constexpr std::uint32_t MostFiles = 4096;
 constexpr std::uint64_t MostBytes = 16 * 1024 * 1024;
-
-// A signal has to interrupt the thread that waits for the end of the session.
-void blockSignals()
-{
-    sigset_t all;
-    (void)sigfillset(&all);
-    (void)pthread_sigmask(SIG_SETMASK, &all, nullptr);
-}
 
 }  // namespace
 
@@ -45,7 +36,6 @@ void MeasureAhead::after(Place file)
 
 void MeasureAhead::work()
 {
-    blockSignals();
     for (Place start; !(start = next(start)).isTop();) {
         try {
             measureAfter(start);

@@ -8,10 +8,10 @@ namespace quillbox_mount {
 
 namespace {
 
-constexpr std::uint32_t MostFiles = 128;
+constexpr std::uint32_t MostPushedFiles = 128;
 constexpr std::uint64_t MostSkipped = 8;  // folders and files that a client that reads in order may pass over
 constexpr std::uint64_t MostOfOne = 131072;
-constexpr std::uint64_t MostBytes = 4 * 1024 * 1024;
+constexpr std::uint64_t MostPushedBytes = 4 * 1024 * 1024;
 
 std::uint64_t numberOf(Place file)
 {
@@ -35,10 +35,10 @@ bool push(fuse_session* session, Place file, const Content& content, std::uint64
 }
 
 // `file` becomes the last one that was pushed, or that is empty.
-void pushAfter(fuse_session* session, ShownSets& sets, Place& file)
+void pushAfter(fuse_session* session, ShownSets& sets, Place& file, const std::atomic<bool>& ends)
 {
     std::uint64_t bytes = 0;
-    for (std::uint32_t count = 0; count < MostFiles && bytes < MostBytes; count++) {
+    for (std::uint32_t count = 0; count < MostPushedFiles && bytes < MostPushedBytes && !ends; count++) {
         const Place next = {file.set, file.node + 1};
         Content content;
         if (!sets.readSmall(next, MostOfOne, content) || !push(session, next, content, bytes))
@@ -55,12 +55,19 @@ void PushAhead::after(fuse_session* session, ShownSets& sets, Place file) noexce
     if (skipped > MostSkipped || isPushing_.test_and_set())
         return;
     try {
-        pushAfter(session, sets, file);
+        pushAfter(session, sets, file, ends_);
     } catch (const std::exception&) {
         // There is too little memory, and the kernel asks for the files.
     }
     last_ = numberOf(file);
     isPushing_.clear();
+    isPushing_.notify_all();
+}
+
+void PushAhead::end() noexcept
+{
+    ends_ = true;
+    isPushing_.wait(true);
 }
 
 }  // namespace quillbox_mount

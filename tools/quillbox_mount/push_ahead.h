@@ -20,8 +20,13 @@ public:
     // wait for the answer to another read before it takes a file.
     void after(fuse_session* session, ShownSets& sets, Place file) noexcept;
 
+    // Returns when nothing is pushed any more, and nothing will be. Call it while requests are still answered: the
+    // kernel takes a page only after the read that it waits for was answered.
+    void end() noexcept;
+
 private:
     std::atomic<std::uint64_t> last_ = 0;  // the last file that was read or pushed
+    std::atomic<bool> ends_ = false;       // a thread looks at it after it has set isPushing_
     std::atomic_flag isPushing_;           // one thread pushes, so that the others can answer
 };
 

@@ -4,9 +4,15 @@
 #include "screen_text/screen_text.h"
 
 #include <malloc.h>
+#include <pthread.h>
+#include <sys/resource.h>
 
+#include <atomic>
+#include <chrono>
+#include <csignal>
 #include <memory>
 #include <system_error>
+#include <thread>
 
 namespace quillbox_mount {
 
@@ -17,12 +23,11 @@ struct Free {
     void operator()(fuse_loop_config* config) const { fuse_loop_cfg_destroy(config); }
 };
 
-// While it exists, the folder is mounted and signals end the loop.
+// While it exists, the folder is mounted.
 class Mounted {
 public:
     Mounted(fuse_session* session, const std::string& folder)
-        : session_(session), handlesSignals_(fuse_set_signal_handlers(session) == 0),
-          isMounted_(handlesSignals_ && fuse_session_mount(session, folder.c_str()) == 0)
+        : session_(session), isMounted_(fuse_session_mount(session, folder.c_str()) == 0)
     {
     }
     Mounted(const Mounted&) = delete;
@@ -31,17 +36,90 @@ public:
     {
         if (isMounted_)
             fuse_session_unmount(session_);
-        if (handlesSignals_)
-            fuse_remove_signal_handlers(session_);
     }
 
     explicit operator bool() const { return isMounted_; }
 
 private:
     fuse_session* session_;
-    bool handlesSignals_;
     bool isMounted_;
 };
+
+// Signals that end the mount, and the one that interrupts the thread of the loop.
+constexpr int Ending[] = {SIGINT, SIGTERM, SIGHUP, SIGUSR1};
+constexpr int Interrupting = SIGUSR1;
+
+sigset_t endingSignals()
+{
+    sigset_t all;
+    (void)sigemptyset(&all);
+    for (const int number : Ending)
+        (void)sigaddset(&all, number);
+    return all;
+}
+
+// Called before anything is mounted. The threads that are started later block the signals too.
+void blockEndingSignals()
+{
+    struct sigaction nothing {};
+    nothing.sa_handler = [](int) {};
+    (void)::sigaction(Interrupting, &nothing, nullptr);
+    (void)std::signal(SIGPIPE, SIG_IGN);  // NOLINT(cert-err33-c): it can't fail
+    const sigset_t ending = endingSignals();
+    (void)pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+}
+
+// A thread that waits for a signal and then ends the loop. The library's own handlers would end it at any moment. If a
+// thread is pushing a file then, the kernel can hold a page of it for a read that nobody answers any more, and the
+// thread never ends.
+class EndBySignal {
+public:
+    explicit EndBySignal(RequestState& state) : state_(state), thread_([this] { work(); })
+    {
+        sigset_t interrupting;
+        (void)sigemptyset(&interrupting);
+        (void)sigaddset(&interrupting, Interrupting);
+        (void)pthread_sigmask(SIG_UNBLOCK, &interrupting, nullptr);
+    }
+    EndBySignal(const EndBySignal&) = delete;
+    EndBySignal& operator=(const EndBySignal&) = delete;
+    ~EndBySignal()
+    {
+        loopEnded_ = true;
+        (void)pthread_kill(thread_.native_handle(), Interrupting);
+        thread_.join();
+    }
+
+private:
+    void work()
+    {
+        const sigset_t ending = endingSignals();
+        for (int number = Interrupting; number == Interrupting && !loopEnded_;)
+            (void)sigwait(&ending, &number);
+        state_.ahead.end();
+        state_.sets.end();
+        fuse_session_exit(state_.session);
+        // The loop waits for a semaphore that fuse_session_exit doesn't post. It may be about to wait, so once isn't
+        // enough.
+        for (; !loopEnded_; std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+            (void)pthread_kill(loop_, Interrupting);
+    }
+
+    RequestState& state_;
+    const pthread_t loop_ = pthread_self();
+    std::atomic<bool> loopEnded_ = false;
+    std::thread thread_;
+};
+
+// Each text that was read and each set keeps a file open.
+void raiseLimitOfOpenFiles()
+{
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        (void)::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
 
 // The caller says in one sentence what is wrong.
 void dropMessage(fuse_log_level /*level*/, const char* /*format*/, va_list /*arguments*/) {}
@@ -63,6 +141,8 @@ std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
 {
     fuse_set_log_func(dropMessage);
     keepMemory();
+    raiseLimitOfOpenFiles();
+    blockEndingSignals();
     // The kernel checks the permissions by the attributes, and refuses every write.
     char program[] = "quillbox-mount";
     char option[] = "-oro,default_permissions,fsname=quillbox,subtype=quillbox-mount";
@@ -81,7 +161,10 @@ std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
         return notMounted;
     state.measuring.emplace(sets);  // the process that went to the background has no other threads yet
     const std::unique_ptr<fuse_loop_config, Free> config(fuse_loop_cfg_create());
-    const int ended = fuse_session_loop_mt(session.get(), config.get());  // a signal's number, or an errno below 0
+    const EndBySignal signals(state);
+    const int ended = fuse_session_loop_mt(session.get(), config.get());  // 0, -1 without a thread, or -errno
+    if (ended == -1)
+        return "the sets aren't mounted any more: a thread can't be started";
     if (ended < 0)
         return "the sets aren't mounted any more: the kernel's requests can't be read: " +
                std::generic_category().message(-ended);
