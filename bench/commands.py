@@ -32,18 +32,12 @@ def back_up(corpus, kind):
 
 def measure(corpus, rounds):
     """The runs of the quietest rounds, by kind."""
-    done = []
-
-    def others(runs):
-        return max(run.others for run in runs.values())
-
-    while (sum(others(runs) <= compare.QUIET_SHARE for runs in done) < rounds
-           and len(done) < rounds * (1 + compare.REPEATS)):
-        turn = len(done) % len(KINDS)
+    def run_one(number):
+        turn = number % len(KINDS)
         kinds = list(KINDS)
-        done.append({kind: back_up(corpus, kind) for kind in kinds[turn:] + kinds[:turn]})
-    kept = sorted(done, key=others)[:rounds]
-    print(f"{corpus.name}: others used {others(kept[-1]):.2f} processors at most, {len(done) - len(kept)} rounds repeated")
+        return {kind: back_up(corpus, kind) for kind in kinds[turn:] + kinds[:turn]}
+
+    kept = compare.quietest(corpus.name, rounds, run_one)
     return {kind: [runs[kind] for runs in kept] for kind in KINDS}
 
 

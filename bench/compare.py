@@ -234,26 +234,37 @@ def run_round(corpus, sides):
     return runs
 
 
-def measure(corpus, rounds, quiet=True):
-    """The medians of the quietest rounds. A disturbed round is repeated, unless the disturbance is wanted."""
-    sides = [("quillbox", corpus.quillbox_backup, corpus.quillbox_restore)]
-    if corpus.name in WITH_PEER:
-        sides.append(("peer", corpus.peer_backup, corpus.peer_restore))
-
+def quietest(name, rounds, run_one, quiet=True):
+    """The quietest rounds. A disturbed one is repeated, unless the disturbance is wanted. run_one(number) returns the runs
+    of a round by their names."""
     def others(runs):
         return max(run.others for run in runs.values())
 
     done = []
     most = rounds * (1 + REPEATS) if quiet else rounds
     while sum(others(runs) <= QUIET_SHARE for runs in done) < rounds and len(done) < most:
-        turn = len(done) % len(sides)
-        done.append(run_round(corpus, sides[turn:] + sides[:turn]))
-        if len(done) == 1:
-            corpus.compare()
+        done.append(run_one(len(done)))
     kept = sorted(done, key=others)[:rounds]
     disturbed = sum(others(runs) > QUIET_SHARE for runs in kept)
-    print(f"{corpus.name}: others used {others(kept[-1]):.2f} processors at most, {len(done) - len(kept)} rounds repeated"
+    print(f"{name}: others used {others(kept[-1]):.2f} processors at most, {len(done) - len(kept)} rounds repeated"
           + (f", {disturbed} OF {rounds} ROUNDS DISTURBED" if disturbed and quiet else ""), flush=True)
+    return kept
+
+
+def measure(corpus, rounds, quiet=True):
+    """The medians of the quietest rounds."""
+    sides = [("quillbox", corpus.quillbox_backup, corpus.quillbox_restore)]
+    if corpus.name in WITH_PEER:
+        sides.append(("peer", corpus.peer_backup, corpus.peer_restore))
+
+    def run_one(number):
+        turn = number % len(sides)
+        runs = run_round(corpus, sides[turn:] + sides[:turn])
+        if number == 0:
+            corpus.compare()
+        return runs
+
+    kept = quietest(corpus.name, rounds, run_one, quiet)
     return {key: medians([runs[key] for runs in kept]) for key in kept[0]}
 
 
@@ -274,7 +285,7 @@ class Verdict:
         for missed in self.missed:
             print(f"MISSED: {missed}")
         print(f"{len(self.missed)} aims missed" if self.missed else "every aim met")
-        return 1 if self.missed else 0
+        return 3 if self.missed else 0  # 1: it couldn't be measured
 
 
 def report(corpus, result, verdict, aims, time_aims):
