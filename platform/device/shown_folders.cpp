@@ -19,7 +19,7 @@ using kernel::MutexLock;
 
 namespace {
 
-Descriptor openMediumFolder(const fs::path& folder)
+Descriptor openShownFolder(const fs::path& folder)
 {
     return Descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
@@ -35,7 +35,7 @@ std::u16string nameOf(const ExtraFolder& extra)
 // For the name space, which opens a medium whenever the program uses it.
 int openAndLockMedium(const fs::path& place)
 {
-    Descriptor opened = openMediumFolder(place);
+    Descriptor opened = openShownFolder(place);
     if (!opened || !tryLockCard(opened))
         return -errno;
     return opened.release();
@@ -47,7 +47,7 @@ MountPoint mountPointOf(const ExtraFolder& extra)
 {
     MountPoint mountPoint{.name = nameOf(extra),
                           .folder = fs::absolute(extra.folder),
-                          .opened = openMediumFolder(extra.folder),
+                          .opened = openShownFolder(extra.folder),
                           .card = extra.card,
                           .capacity = extra.capacity};
     const std::string what = "The folder " + quoted(extra.folder) + " for \"" + extra.name + "\"";

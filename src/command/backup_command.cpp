@@ -6,6 +6,7 @@
 #include "engine/options.h"
 #include "engine/set_paths.h"
 #include "engine/stored_digests.h"
+#include "refused_plan.h"
 #include "set/block_pipeline.h"
 #include "set/set_state.h"
 #include "set_verification.h"
@@ -27,7 +28,7 @@ RunPlan RefuseStorage(const std::u16string& storage)
     const std::vector<std::u16string> cards = Cards();
     for (const std::u16string& card : cards)
         sentence += (card == cards.front() ? u" It has " : u", ") + card;
-    return Refusal(sentence + (cards.empty() ? u"" : u"."));
+    return RefusedPlan(sentence + (cards.empty() ? u"" : u"."));
 }
 
 bool HasSet(const std::u16string& storage, DWORD number)
@@ -56,7 +57,7 @@ RunPlan CheckTarget(const BackupRequest& request)
     if (request.replaced != 0 && !HasSet(request.storage, request.replaced)) {
         WCHAR sentence[2 * MAX_PATH];
         wsprintfW(sentence, u"There is no set %u to replace in \"%s\".", request.replaced, folder);
-        return Refusal(sentence);
+        return RefusedPlan(sentence);
     }
     RunPlan plan;
     if (request.replaced == 0 && !HasFreeNumber(request.storage)) {
@@ -141,9 +142,9 @@ RunPlan PrepareBackup(const BackupRequest& request)
         return plan;
     const std::u16string missing = ListItems(request);
     if (!missing.empty())
-        return Refusal(u"There is no \"" + missing + u"\" on the device.");
+        return RefusedPlan(u"There is no \"" + missing + u"\" on the device.");
     if (NothingIsMarked())
-        return Refusal(u"There is nothing to back up.");
+        return RefusedPlan(u"There is nothing to back up.");
     plan.items = {CountOf(gFileList), CountOf(gDatabaseList), gRegistryMarked};
     plan.bytes = (gFileList ? gFileList->ContentBytes() : 0) + BytesOfDatabases();
     return plan;

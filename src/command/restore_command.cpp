@@ -2,6 +2,7 @@
 
 #include "engine/options.h"
 #include "engine/restore_run.h"
+#include "refused_plan.h"
 #include "set/list_file.h"
 #include "set/set_questions.h"
 #include "set/set_state.h"
@@ -130,12 +131,12 @@ RunPlan PrepareRestore(const RestoreRequest& request)
     found.databases.resize(request.databaseNames.size());
     gRegistryMarked = 0;
     if (!LoadList(request.listPath.c_str(), KeepEntry, &found))
-        return Refusal(u"The set \"" + request.listPath + u"\" can't be read.");
+        return RefusedPlan(u"The set \"" + request.listPath + u"\" can't be read.");
     const std::u16string missing = MissingName(found);
     if (!missing.empty())
-        return Refusal(u"There is no \"" + missing + u"\" in the set.");
+        return RefusedPlan(u"There is no \"" + missing + u"\" in the set.");
     if (NothingIsMarked())
-        return Refusal(u"There is nothing to restore in the set.");
+        return RefusedPlan(u"There is nothing to restore in the set.");
     gIsWholeSet = !found.leftSomethingOut;
     return PlanOfLists();
 }

@@ -33,14 +33,6 @@ struct RunPlan {
     std::u16string firstExisting;  // a file's path or a database's name
 };
 
-inline RunPlan Refusal(const std::u16string& sentence)
-{
-    RunPlan plan;
-    plan.refused = true;
-    plan.sentence = sentence;
-    return plan;
-}
-
 // `instance` is that of WinMain.
 void BeginCommand(HINSTANCE instance);
 
