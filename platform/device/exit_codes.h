@@ -1,4 +1,4 @@
-// exit_codes.h - how quillbox ends. docs/exit-codes.md has the table for users.
+// exit_codes.h - how quillbox ends. docs/commands.md has the table for users.
 #pragma once
 
 namespace platform::device {

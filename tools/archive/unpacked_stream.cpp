@@ -9,20 +9,8 @@
 
 namespace archive {
 
-namespace {
-
-bool seekTo(HANDLE file, DWORD offset)
-{
-    SetLastError(ERROR_SUCCESS);
-    return SetFilePointer(file, static_cast<LONG>(offset), nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER ||
-           GetLastError() == ERROR_SUCCESS;
-}
-
-}  // namespace
-
 UnpackedStream::UnpackedStream(const OpenFile& data, const ListEntry& entry)
-    : reader_{data.handle(), entry.endOffset > entry.startOffset ? entry.endOffset - entry.startOffset : 0},
-      fault_(seekTo(data.handle(), entry.startOffset) ? ReadMagic(reader_) : StreamFault::ReadFailed)
+    : fault_(BeginStream(reader_, data.handle(), entry.startOffset, entry.endOffset))
 {
 }
 

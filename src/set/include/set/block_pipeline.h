@@ -1,4 +1,5 @@
-// block_pipeline.h - packs and unpacks the blocks of one stream on the run's thread and, during a run, on a second one.
+// block_pipeline.h - packs and unpacks the blocks of one stream on the run's thread and, during a run
+// and the verification after it, on a second one.
 //
 // The run reads and writes its files by itself and in their order, as it would without a second thread. Only the work
 // of the codec is shared. The run takes a block, reads into it and offers it, up to PipelinedBlocks of them, and gets

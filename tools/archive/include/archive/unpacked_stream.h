@@ -31,7 +31,7 @@ private:
     void take(std::size_t bytes);
     void nextBlock();
 
-    StreamReader reader_;
+    StreamReader reader_{};
     StreamFault fault_;
     bool ended_ = false;      // the closing block was read
     std::size_t filled_ = 0;  // number of raw bytes of the current block
