@@ -8,6 +8,7 @@
 
 #include "headless/script_run.h"
 #include "kernel/error_reason.h"
+#include "kernel/run_progress.h"
 #include "kernel/standard_streams.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
@@ -41,6 +42,7 @@ using platform::kernel::Since;
 
 using platform::device::ExitBadUsage;
 using platform::device::ExitComplete;
+using platform::device::ExitLeftOut;
 using platform::device::ExitNothingDone;
 using platform::device::tell;
 using platform::device::tellLeftOut;
@@ -212,7 +214,8 @@ int main(int count, char** words)
     try {
         exitCode = run(count, words);
     } catch (const std::exception& error) {
-        return tell(platform::kernel::reasonOf(error) + ".", ExitNothingDone);
+        const bool runBegan = platform::kernel::runProgress().number != 0;
+        return tell(platform::kernel::reasonOf(error) + ".", runBegan ? ExitLeftOut : ExitNothingDone);
     }
     if (!platform::kernel::standardOutputIsWritten())
         return tell("standard output can't be written.", exitCode == ExitComplete ? ExitNothingDone : exitCode);

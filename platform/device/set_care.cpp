@@ -39,11 +39,11 @@ SealEnd sealNewSet(const Session& session, const std::u16string& listPath,
         (void)tell("The checksums of the set can't be written: " + reason + ".", ExitLeftOut);
         return SealEnd::Failed;
     };
-    const auto files = filesOf(session, listPath);
-    if (!files)
-        return failed("its list file is missing");
-    const archive::SetMount set(*files, "");
     try {
+        const auto files = filesOf(session, listPath);
+        if (!files)
+            return failed("its list file is missing");
+        const archive::SetMount set(*files, "");
         const auto digests = archive::digestsOf(*set, data);
         if (!digests)
             return failed("it can't be read");
