@@ -14,25 +14,45 @@ namespace {
 
 using namespace platform::registry;
 
+void requireName(std::u16string_view name)
+{
+    require(name.size() <= NameLimit && isText(name) && name.find(u'\0') == std::u16string_view::npos);
+}
+
+void requireKey(const KeyPath& path)
+{
+    require(path.root >= ClassesRootRow && path.root <= UsersRow && path.levels.size() <= LevelLimit);
+    for (const std::u16string& level : path.levels) {
+        requireName(level);
+        require(!level.empty() && level.find(u'\\') == std::u16string::npos);
+    }
+}
+
 // Writes the keys and values that it receives as a whole registry.
 class Copy final : public RegistryTextSink {
 public:
     bool key(const KeyPath& path) override
     {
-        require(path.root >= ClassesRootRow && path.root <= UsersRow && path.levels.size() <= LevelLimit);
-        for (const std::u16string& level : path.levels)
-            require(!level.empty() && level.size() <= NameLimit && isText(level) &&
-                    level.find(u'\\') == std::u16string::npos && level.find(u'\0') == std::u16string::npos);
+        requireKey(path);
         return writer_.key(path);
     }
     bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) override
     {
-        require(name.size() <= NameLimit && isText(name) && name.find(u'\0') == std::u16string_view::npos);
+        requireName(name);
         return writer_.value(name, type, data);
     }
     // What is deleted isn't in the copy.
-    bool removedKey(const KeyPath& path) override { return !path.levels.empty(); }
-    bool removedValue(std::u16string_view name) override { return name.size() <= NameLimit; }
+    bool removedKey(const KeyPath& path) override
+    {
+        requireKey(path);
+        require(!path.levels.empty());
+        return true;
+    }
+    bool removedValue(std::u16string_view name) override
+    {
+        requireName(name);
+        return true;
+    }
     const std::string& text()
     {
         require(writer_.finish());
