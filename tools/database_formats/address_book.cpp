@@ -114,12 +114,12 @@ private:
     void add(const AddressColumn& column, std::string_view text, std::string_view label)
     {
         const bool several = column.field != Field::Notes;
+        const Rank rank = label.empty() ? column.rank : rankOf(label);
         while (!text.empty()) {
             const std::size_t end = several ? text.find(BetweenValues) : std::string_view::npos;
             const std::string_view value = several ? trimmed(text.substr(0, end)) : text;
             if (!value.empty())
-                values_[column.field].push_back(
-                    {value, column.heading, label, label.empty() ? column.rank : rankOf(label)});
+                values_[column.field].push_back({value, column.heading, label, rank});
             text.remove_prefix(end == std::string_view::npos ? text.size() : end + BetweenValues.size());
         }
     }
@@ -128,6 +128,17 @@ private:
     LeftOut& leftOut_;
 };
 
+// What names of a contact that are shown can repeat, sorted.
+std::vector<std::string_view> textsToRepeat(ContactValues& values)
+{
+    std::vector<std::string_view> texts;
+    for (const Field field : {Field::Company, Field::Mail, Field::Telephone})
+        for (const Value& value : values.all(field))
+            texts.push_back(value.text);
+    std::ranges::sort(texts);
+    return texts;
+}
+
 // A name as it is shown becomes the last name if there is no other name. One that only repeats others isn't lost.
 void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
 {
@@ -135,11 +146,9 @@ void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
     const std::string first = values.takeText(Field::FirstName);
     const bool hasName = !last.empty() || !first.empty();
     const std::string repetitions[] = {last, first, first + " " + last, last + ", " + first, last + " " + first};
+    const std::vector<std::string_view> others = textsToRepeat(values);
     for (const Value& shown : values.all(Field::ShownName)) {
-        const auto isIt = [&](const Value& other) { return other.text == shown.text; };
-        const bool repeats = std::ranges::any_of(values.all(Field::Company), isIt) ||
-                             std::ranges::any_of(values.all(Field::Mail), isIt) ||
-                             std::ranges::any_of(values.all(Field::Telephone), isIt) ||
+        const bool repeats = std::ranges::binary_search(others, shown.text) ||
                              std::ranges::find(repetitions, shown.text) != std::end(repetitions);
         if (!hasName && last.empty() && !repeats)
             last = shown.text;
