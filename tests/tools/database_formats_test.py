@@ -558,6 +558,7 @@ class LimitsTest(FormsTest):
             "wide.jsonl": head % 0 + f"{json.dumps({'record': wide})}\n" * 7,
             "blob.jsonl": head % 0 + json.dumps({"record": [{"id": "00010041", "value": "00" * ((8 << 20) - 100)}]}),
             "label.csv": f"Phone 1 - Label,Phone 1 - Value\n{'x' * (8 << 20)},{'1:::' * (2 << 20)}\n",
+            "set.csv": ("Last Name" + "," * 130_000 + "\n" + ("ä" + "," * 130_000 + "\n") * 124).encode("cp1252"),
             "names.csv": f"Name,E-mail Address\n{'a:::' * (2 << 20)},{'b:::' * (2 << 20)}\n",
         }
         for name, text in files.items():

@@ -25,11 +25,6 @@ struct Survey {
     DayOrderSearch order;
 };
 
-std::string textOf(const CsvCell& cell, const Survey& survey)
-{
-    return survey.utf8 ? cell.text : toUtf8(cell.text, UsualCharacterSet);
-}
-
 // Runs `work` on each row after the headings. A fault gets the line of its row.
 template <class Work>
 void forEachRow(LineReader& lines, std::size_t columns, Work work)
@@ -247,9 +242,12 @@ void readAddressBook(LineReader& lines, const std::vector<AddressColumn>& column
     if (survey.order.isNeeded() && !survey.order.found())
         leftOut.note(
             "It isn't certain whether dates begin with the month or the day; they were read with the month first");
+    Decoder decoder(UsualCharacterSet);
     forEachRow(lines, columns.size(), [&](const std::vector<CsvCell>& cells) {
         std::vector<std::string> texts(cells.size());
-        std::ranges::transform(cells, texts.begin(), [&](const CsvCell& cell) { return textOf(cell, survey); });
+        std::ranges::transform(cells, texts.begin(), [&](const CsvCell& cell) {
+            return survey.utf8 ? cell.text : decoder.toUtf8(cell.text);
+        });
         ContactValues values(columns, texts, leftOut);
         const Record contact = contactOf(values, order, leftOut);
         if (!contact.properties().empty())

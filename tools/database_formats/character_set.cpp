@@ -5,32 +5,46 @@
 
 #include <iconv.h>
 
-#include <memory>
+#include <utility>
 
 namespace database_formats {
 
-std::string toUtf8(std::string bytes, const std::string& characterSet)
+Decoder::Decoder(std::string characterSet) : characterSet_(std::move(characterSet))
 {
-    struct Closer {
-        using pointer = iconv_t;
-        void operator()(iconv_t converter) const { iconv_close(converter); }
-    };
-    const iconv_t opened = iconv_open("UTF-8", characterSet.c_str());
+    const iconv_t opened = iconv_open("UTF-8", characterSet_.c_str());
     if (opened == reinterpret_cast<iconv_t>(-1))  // NOLINT: the documented result of a failure
-        throw FormatFault("the character set \"" + shownName(characterSet) + "\" isn't known");
-    const std::unique_ptr<iconv_t, Closer> converter(opened);
+        throw FormatFault("the character set \"" + shownName(characterSet_) + "\" isn't known");
+    converter_.reset(opened);
+}
+
+void Decoder::Closer::operator()(void* converter) const
+{
+    iconv_close(converter);
+}
+
+std::string Decoder::toUtf8(std::string bytes)
+{
+    if (bytes.empty())  // as most cells of a table are
+        return bytes;
     std::string utf8(bytes.size() * 4 + 16, '\0');
     char* in = bytes.data();
     char* out = utf8.data();
     std::size_t inLeft = bytes.size();
     std::size_t outLeft = utf8.size();
     constexpr auto Failed = static_cast<std::size_t>(-1);
-    // The second call flushes the converter: it can hold back a letter that the next byte could have combined with.
-    if (iconv(converter.get(), &in, &inLeft, &out, &outLeft) == Failed ||
-        iconv(converter.get(), nullptr, nullptr, &out, &outLeft) == Failed)
-        throw FormatFault("a value isn't valid in the character set \"" + shownName(characterSet) + "\"");
+    // A text that wasn't valid can leave a state behind.
+    iconv(converter_.get(), nullptr, nullptr, nullptr, nullptr);
+    // The last call flushes the converter: it can hold back a letter that the next byte could have combined with.
+    if (iconv(converter_.get(), &in, &inLeft, &out, &outLeft) == Failed ||
+        iconv(converter_.get(), nullptr, nullptr, &out, &outLeft) == Failed)
+        throw FormatFault("a value isn't valid in the character set \"" + shownName(characterSet_) + "\"");
     utf8.resize(utf8.size() - outLeft);
     return utf8;
+}
+
+std::string toUtf8(std::string bytes, const std::string& characterSet)
+{
+    return Decoder(characterSet).toUtf8(std::move(bytes));
 }
 
 }  // namespace database_formats

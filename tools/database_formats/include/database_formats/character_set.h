@@ -1,6 +1,7 @@
 // character_set.h - texts of other programs that aren't UTF-8.
 #pragma once
 
+#include <memory>
 #include <string>
 
 namespace database_formats {
@@ -8,8 +9,25 @@ namespace database_formats {
 // What programs on Windows write if they don't name the character set.
 inline constexpr const char* UsualCharacterSet = "WINDOWS-1252";
 
-// The bytes of the character set as UTF-8. Throws a FormatFault if the set isn't known, or the bytes aren't valid in
-// it.
+// Converts many texts of one character set, which is opened only once.
+class Decoder {
+public:
+    // Throws a FormatFault if the set isn't known.
+    explicit Decoder(std::string characterSet);
+
+    // The bytes as UTF-8. Throws a FormatFault if they aren't valid in the character set.
+    std::string toUtf8(std::string bytes);
+
+private:
+    struct Closer {
+        void operator()(void* converter) const;
+    };
+
+    std::string characterSet_;
+    std::unique_ptr<void, Closer> converter_;
+};
+
+// Converts a single text. Throws a FormatFault like a Decoder.
 std::string toUtf8(std::string bytes, const std::string& characterSet);
 
 }  // namespace database_formats
