@@ -572,6 +572,14 @@ class LimitsTest(FormsTest):
         self.assertIn("0 records added, 65535 there already", self.limited("database", "import", self.device, out, "--add"))
         self.assertIn("the database already has 65535 records", self.refused("vcard", CARD % "NOTE:x", "--add"))
 
+    def test_a_record_changes_to_as_many_properties_as_a_device_can_hold(self):
+        uid = {"id": NAMES["Identifier"], "value": "u"}
+        texts = ("LastName", "FirstName", "Company", "HomeTelephone", "Mail", "Town", "Categories")
+        self.import_file(given=contacts([uid, *({"id": NAMES[name], "value": "old"} for name in texts)]))
+        wanted = [uid, *({"id": f"{n:04x}0003", "value": 1} for n in range(1, 0xFFFF))]
+        self.import_file("--add", given=contacts(wanted))
+        self.assertCountEqual([prop["id"] for prop in self.records(CONTACTS)[0]], [prop["id"] for prop in wanted])
+
     def test_what_exceeds_a_limit_is_refused_with_the_reason(self):
         many = "".join(json.dumps({"database": f"d{n}", "type": 1, "sort": []}) + "\n" for n in range(70_000))
         self.limited("database", "import", self.device, self.file("many.jsonl", many), code=1)

@@ -62,22 +62,23 @@ private:
     std::vector<const CEPROPVAL*> properties_;
 };
 
-// What must be written so that the old record gets the content of the new one.
+// What must be written so that the old record gets the content of the new one. Deletions come first, because they make
+// room for what is added.
 std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const CEPROPVAL> wanted, DWORD type)
 {
     const ById olds(old);
     const ById wanteds(wanted);
     std::vector<CEPROPVAL> changes;
+    for (const CEPROPID id : database_formats::usualProperties(type))
+        if (const CEPROPVAL* before = olds.find(id);
+            before != nullptr && wanteds.find(id) == nullptr && !isDefault(*before) && isText(*before))
+            changes.push_back({id, 0, CEDB_PROPDELETE, {}});
     for (const CEPROPVAL& property : wanted) {
         const CEPROPVAL* before = olds.find(property.propid);
         const bool same = before != nullptr ? isSame(*before, property) : isDefault(property);
         if (!same && property.propid != personal::Identifier)
             changes.push_back(property);
     }
-    for (const CEPROPID id : database_formats::usualProperties(type))
-        if (const CEPROPVAL* before = olds.find(id);
-            before != nullptr && wanteds.find(id) == nullptr && !isDefault(*before) && isText(*before))
-            changes.push_back({id, 0, CEDB_PROPDELETE, {}});
     const CEPROPVAL* identifier = wanteds.find(personal::Identifier);
     if (!changes.empty() && identifier != nullptr && olds.find(personal::Identifier) == nullptr)
         changes.push_back(*identifier);
@@ -97,11 +98,19 @@ const char* whyNotWritten(HANDLE database)
                : "the disk has no room for another record";
 }
 
+// The changes of a record can be more than one call takes.
 void write(HANDLE database, CEOID oid, std::span<const CEPROPVAL> properties)
 {
+    constexpr std::size_t MostAtOnce = 0xFFFF;
     std::vector<CEPROPVAL> copy(properties.begin(), properties.end());
-    if (CeWriteRecordProps(database, oid, static_cast<WORD>(copy.size()), copy.data()) == 0)
-        throw FormatFault(whyNotWritten(database));
+    std::size_t at = 0;
+    do {
+        const auto count = static_cast<WORD>(std::min(copy.size() - at, MostAtOnce));
+        oid = CeWriteRecordProps(database, oid, count, copy.data() + at);
+        if (oid == 0)
+            throw FormatFault(whyNotWritten(database));
+        at += count;
+    } while (at < copy.size());
 }
 
 }  // namespace
