@@ -552,11 +552,15 @@ class LimitsTest(FormsTest):
 
     def test_a_file_of_16_mib_takes_neither_long_nor_much_memory(self):
         head = '{"database":"d%d","type":1,"sort":[]}\n'
+        ancient = component("STANDARD", "DTSTART:00011025T030000", "TZOFFSETFROM:+0200", "TZOFFSETTO:+0100",
+                            "RRULE:FREQ=YEARLY;BYMONTH=10;BYDAY=-1SU")
         wide = [{"id": f"{n:04x}0003", "value": 1} for n in range(1, 0x10000)]
         files = {
             "best.vcf": card("N:a", f"TEL;TYPE={'x' * (8 << 20)}:1", *["TEL:2"] * 100_000),
             "wide.jsonl": head % 0 + f"{json.dumps({'record': wide})}\n" * 7,
             "blob.jsonl": head % 0 + json.dumps({"record": [{"id": "00010041", "value": "00" * ((8 << 20) - 100)}]}),
+            "zone.ics": component("VCALENDAR", component("VTIMEZONE", "TZID:z", ancient * 490),
+                                  component("VEVENT", "SUMMARY:a", "DTSTART;TZID=z:20370311T080000").rstrip()),
             "label.csv": f"Phone 1 - Label,Phone 1 - Value\n{'x' * (8 << 20)},{'1:::' * (2 << 20)}\n",
             "set.csv": ("Last Name" + "," * 130_000 + "\n" + ("ä" + "," * 130_000 + "\n") * 124).encode("cp1252"),
             "names.csv": f"Name,E-mail Address\n{'a:::' * (2 << 20)},{'b:::' * (2 << 20)}\n",

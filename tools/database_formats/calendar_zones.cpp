@@ -7,6 +7,7 @@
 #include <unicode/ucal.h>
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <ctime>
@@ -37,6 +38,7 @@ constexpr std::size_t MostRules = 500;
 constexpr std::size_t MostZones = 1000;
 constexpr std::size_t LongestName = 255;  // of a zone that isn't the calendar's own, with its prefix
 constexpr std::int64_t SecondsOfDay = 86400;
+constexpr int LastYear = 2037;  // of the host's tables
 
 class HostZone final : public Zone {
 public:
@@ -83,7 +85,7 @@ int yearWithRules(int year)
         const std::chrono::year wanted(each);
         return std::pair(wanted.is_leap(), weekday(sys_days(wanted / January / 1)));
     };
-    int known = std::min(year, 2037);
+    int known = std::min(year, LastYear);
     while (kind(known) != kind(year))
         --known;
     return known;
@@ -185,7 +187,16 @@ bool isYearly(const std::string& rule)
     return yearly && (rule.find("BYDAY") == std::string::npos || rule.find("BYMONTH=") != std::string::npos);
 }
 
-// The number of rules of the definition: its observances and their dates. Nothing if one of them isn't yearly.
+// The centuries for which a rule with this DTSTART has changes.
+std::size_t centuriesSince(std::string_view start)
+{
+    int year = 0;
+    std::from_chars(start.data(), start.data() + std::min<std::size_t>(start.size(), 4), year);
+    return static_cast<std::size_t>(std::clamp(LastYear - year, 0, LastYear) / 100);
+}
+
+// The number of rules of the definition: its observances and their dates. A rule counts again for each century since
+// it began. Nothing if one of them isn't yearly.
 std::optional<std::size_t> rulesOf(const Component& definition)
 {
     std::size_t rules = 0;
@@ -197,6 +208,8 @@ std::optional<std::size_t> rulesOf(const Component& definition)
             const auto commas = static_cast<std::size_t>(std::ranges::count(line.value, ','));
             if (line.name == "RRULE" || line.name == "RDATE")
                 rules += line.name == "RRULE" ? commas : commas / 100;
+            if (line.name == "DTSTART")
+                rules += centuriesSince(line.value);
         }
     }
     return rules;
