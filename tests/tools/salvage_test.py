@@ -305,7 +305,15 @@ class SalvageTroubleTest(SalvageTest):
                                  ("new set can't", self.data, "--set", self.folder / "none/new"), ("needs a name", self.data, "--set", f"{self.folder}/"),
                                  ("--unproven requires", self.data, "--unproven")):
             self.assertIn(sentence, self.set_tool("salvage", *words, "--into", self.folder / "out/deep/", code=2).said)
-        self.assertFalse((self.folder / "out").exists())
+        there = names_in(self.folder)
+        links = {"dangling": "none/rec", "loop": "loop"}
+        for name, to in links.items():
+            (self.folder / name).symlink_to(to)
+        for name in (*links, *(name + "/" for name in links), "dangling/deep", "deep/../new/deep", "new/none"):
+            said = self.set_tool("salvage", self.data, "--into", f"{self.folder}/{name}", "--set", self.folder / "none/new", code=2).said
+            self.assertIn("new set can't" if "new" in name else "can't be made", said)
+        self.assertEqual({name: os.readlink(self.folder / name) for name in links}, links)
+        self.assertEqual(names_in(self.folder), sorted([*there, *links]))
 
     @needs_strace
     def test_a_stop_or_a_full_disk_leaves_no_half_file(self):

@@ -19,6 +19,8 @@
 #include <memory>
 #include <optional>
 
+#include <unistd.h>
+
 namespace quillbox_set {
 
 using namespace archive;
@@ -50,12 +52,15 @@ public:
     {
         std::error_code error;
         platform::file::prepareProcess();
-        fs::path path = (fs::absolute(folder, error) / "").parent_path();  // without a slash at its end
-        for (; !error && !fs::exists(path, error); path = path.parent_path())
-            made_.push_back(path);
-        fs::create_directories(folder, error);
-        const bool isEmpty = fs::is_empty(folder, error);
-        if (error || !fs::is_directory(folder, error))
+        fs::path path;
+        for (const fs::path& part : fs::absolute(folder, error)) {
+            path /= part;
+            std::error_code ignored;
+            if (!error && !fs::is_directory(path, ignored) && fs::create_directory(path, error))
+                made_.insert(made_.begin(), path);
+        }
+        const bool isEmpty = !error && fs::is_empty(folder, error);
+        if (error)
             trouble_ = "a folder can't be made or opened: " + onScreen(std::string_view(folder));
         else if (!isEmpty)
             trouble_ = "the folder isn't empty: " + onScreen(std::string_view(folder));
@@ -64,11 +69,8 @@ public:
     TargetFolder& operator=(const TargetFolder&) = delete;
     ~TargetFolder()
     {
-        std::error_code error;
-        for (const fs::path& path : made_) {
-            if (!fs::remove(path, error))
-                return;
-        }
+        for (const fs::path& path : made_)
+            (void)::rmdir(path.c_str());  // fails if it isn't empty
     }
 
     // Empty, or why it can't be used.
