@@ -37,14 +37,23 @@ class SalvageTest(CompanionTest):
         command = [BIN / "quillbox-set", "salvage", data, "--into", out, "--json", *more]
         done = subprocess.run(list(map(str, command)), capture_output=True, check=False, timeout=600)
         self.assertIn(done.returncode, (0, 1), done.stderr)
-        found = json.loads(done.stdout)
-        faults = ("unproven", "partial", "lost", "failed", "unclaimedBytes", "unreadableBytes")
+        found = self.report(out, done.stdout)
+        faults = ("unprovenCount", "partialCount", "lostCount", "failedCount", "unclaimedBytes", "unreadableBytes")
         self.assertEqual(done.returncode == 0, not any(found[each] for each in faults), found)
         return out, found
 
     @staticmethod
     def written(out, item):
         return pathlib.Path(out, item["target"][1:].replace("\\", "/")).read_bytes()
+
+    def report(self, out, text):
+        """The JSON. Each target must be in the folder, and is given as the device would name it."""
+        found = json.loads(text)
+        for item in found["items"]:
+            if item.get("target"):
+                self.assertTrue(os.path.isfile(item["target"]) and item["target"].startswith(f"{out}/"), item)
+                item["target"] = item["target"].removeprefix(str(out)).replace("/", "\\")
+        return found
 
 
 class RuinedSetTest(SalvageTest):
@@ -102,7 +111,7 @@ class RuinedSetTest(SalvageTest):
     def test_without_the_list_every_item_comes_back_by_its_content(self):
         for path, data, items in self.sets:
             out, found = self.check(data, items)
-            self.assertEqual((found["complete"] + found["unproven"], found["unclaimedBytes"]), (len(items), 0))
+            self.assertEqual((found["completeCount"] + found["unprovenCount"], found["unclaimedBytes"]), (len(items), 0))
             for item, (_, _, raw, start, end) in zip(found["items"], items):
                 if end - start < 512 or raw.startswith(b"word"):
                     self.assertEqual(item["state"], "complete")
@@ -115,7 +124,7 @@ class RuinedSetTest(SalvageTest):
         shutil.copy(path, sealed)
         self.set_tool("seal", sealed)
         sealed.unlink()
-        self.assertEqual(self.salvage(sealed.with_suffix(".QDT"))[1]["complete"], len(items))
+        self.assertEqual(self.salvage(sealed.with_suffix(".QDT"))[1]["completeCount"], len(items))
 
     def test_a_list_cut_anywhere_names_the_items_before_the_cut(self):
         path, data, items = self.sets[0]
@@ -163,7 +172,7 @@ class RuinedSetTest(SalvageTest):
             _, found = self.check(data + more_data, joined, (), *(word for path in old for word in ("--list", path)))
             self.assertEqual([item["target"] for item in found["items"] if item["kind"] == "file" and item["name"]],
                              [name for kind, name, _, _, _ in named if kind == FILE])
-            self.assertEqual((found["partial"], found["lost"]), (0, 0))
+            self.assertEqual((found["partialCount"], found["lostCount"]), (0, 0))
 
     def test_the_new_set_is_restored_like_the_old_one(self):
         path, data, items = self.sets[0]
@@ -203,7 +212,7 @@ class DamagedStreamTest(SalvageTest):
         self.assertEqual([(item["hasBeginning"], item["hasEnd"]) for item in found["items"]], [(True, False), (False, True)])
         for end in (len(stream) - 1, len(stream) - 7, second + 9000):
             _, found = self.found(stream[:end])
-            self.assertEqual((found["partial"], found["items"][0]["hasEnd"]), (1, False))
+            self.assertEqual((found["partialCount"], found["items"][0]["hasEnd"]), (1, False))
 
     def test_databases_and_registries_are_known_by_their_content_also_damaged_ones(self):
         records = [[(0x37001F, f"Sand the rudder {number}"), (0x41090002, number)] for number in range(2000)]
@@ -231,7 +240,7 @@ class DamagedStreamTest(SalvageTest):
         odd = "a\x1b\n"
         for name, lists in ((odd, []), ("To do", ["--list", Set().add(DATABASE, odd, image_bytes(odd)).write(self.folder / "old")])):
             _, found = self.found(Set().add(DATABASE, name, image_bytes(odd)), *lists)
-            self.assertEqual((found["complete"], found["items"][0]["kind"], found["lost"]), (1, "database", 0))
+            self.assertEqual((found["completeCount"], found["items"][0]["kind"], found["lostCount"]), (1, "database", 0))
         listed = Set().add(DATABASE, "To do\\all", image + b"x")
         _, found = self.found(listed, "--list", listed.write(self.folder / "old"))
         self.assertEqual((found["items"][0]["state"], found["items"][0]["kind"]), ("partial", "database"))
@@ -240,7 +249,7 @@ class DamagedStreamTest(SalvageTest):
         listed = Set().add(DATABASE, "Big", image).add(FILE, "\b", b"last")
         for lists in ([], ["--list", listed.write(self.folder / "old")]):
             out, found = self.found(listed, *lists)
-            self.assertEqual((found["items"][0]["target"], self.written(out, found["items"][0]) == image, found["failed"]),
+            self.assertEqual((found["items"][0]["target"], self.written(out, found["items"][0]) == image, found["failedCount"]),
                              ("\\Big.CDB" if lists else "\\recovered-0001.bin", True, 0))
         self.assertEqual(found["items"][0]["state"], "partial")
         self.assertIn("has more than 16 MiB, which no restore accepts; its image is kept as it is\n", (out / "recovered.txt").read_text())
@@ -254,7 +263,7 @@ class DamagedStreamTest(SalvageTest):
         self.assertEqual([item["name"] for item in found["items"]][:3], [None, None, "c"])
         said = self.set_tool("salvage", self.folder / "ruined.QDT", "--into", self.output_folder(), "--list", self.folder / "old/QLBX0001", code=1).said
         self.assertIn("no entry of a list agrees", said)
-        self.assertEqual(found["lost"], 4)
+        self.assertEqual(found["lostCount"], 4)
         start = len(made.data)
         old = Set()
         old.listed += entry_bytes(DATABASE, "c", start, len(made.add(DATABASE, "c").data))
@@ -347,9 +356,10 @@ class SalvageTroubleTest(SalvageTest):
                           "pread64", f"pread64:error=EIO:when={nth}..{nth + 2}")
             if not done.stdout:
                 continue
-            found = json.loads(done.stdout)
-            lacking, isHole = found["set"].count("It lacks"), found["unreadableBytes"] != 0
-            self.assertEqual((done.returncode, found["complete"], found["partial"] != 0), (1, 2, isHole), found)
+            found = self.report(out, done.stdout)
+            lacking, isHole = len(found["unreadableNames"]), found["unreadableBytes"] != 0
+            self.assertEqual((found["newSet"], "It lacks 1 item" in found["summary"]), (f"{new}.QLT", lacking == 1))
+            self.assertEqual((done.returncode, found["completeCount"], found["partialCount"] != 0), (1, 2, isHole), found)
             self.assertEqual(self.verified(new.with_suffix(".QLT"))["itemCount"], 3 - isHole - lacking)
             lacks += lacking
             if found["items"][0]["hasBeginning"] and isHole:

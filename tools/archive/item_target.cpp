@@ -6,6 +6,8 @@
 
 #include "ce/error.h"
 
+#include <filesystem>
+
 namespace archive {
 
 namespace {
@@ -66,6 +68,14 @@ std::optional<std::vector<std::string>> hostNamesOf(std::u16string_view target)
         target.remove_prefix(more ? end + 1 : target.size());
     }
     return names;
+}
+
+std::string hostPathOf(const std::string& folder, std::u16string_view target)
+{
+    std::filesystem::path path = folder;
+    for (const std::string& name : hostNamesOf(target).value_or(std::vector<std::string>{}))
+        path /= name;
+    return path.string();
 }
 
 bool leadsInto(std::u16string_view path, std::u16string_view folder)

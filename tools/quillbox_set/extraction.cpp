@@ -109,27 +109,17 @@ private:
         if (kept)
             targets_.add(0, targetOf(item, options_.format));
         if (list_) {
-            list_->add({{"kind", item.kindText()},
-                        {"name", platform::text::toUtf8(item.shownName())},
-                        {"target", kept ? jsonText(hostPathOf(targetOf(item, options_.format))) : nullptr},
-                        {"bytes", bytes},
-                        {"fault", fault.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(fault)}});
+            list_->add(
+                {{"kind", item.kindText()},
+                 {"name", platform::text::toUtf8(item.shownName())},
+                 {"target", kept ? jsonText(hostPathOf(options_.folder, targetOf(item, options_.format))) : nullptr},
+                 {"bytes", bytes},
+                 {"fault", fault.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(fault)}});
         } else if (fault.empty()) {
             std::cout << item.text() << ": " << counted(bytes, "byte") << '\n';
         } else {
             std::cerr << "quillbox-set: " << item.text() << ": " << fault << '\n';
         }
-    }
-
-    std::string hostPathOf(const std::u16string& target) const
-    {
-        std::filesystem::path path = options_.folder;
-        for (std::size_t begin = 1; begin <= target.size();) {
-            const std::size_t end = std::min(target.find(u'\\', begin), target.size());
-            path /= platform::text::toHostName(target.substr(begin, end - begin)).value_or("");
-            begin = end + 1;
-        }
-        return path.string();
     }
 
     // Returns an empty text if the whole item was written, otherwise the reason. Sets `bytes` to the size of the file

@@ -1,6 +1,8 @@
 #include "recovery_report.h"
 
 #include "archive/fault_text.h"
+#include "archive/item_target.h"
+#include "result_line.h"
 #include "screen_text/screen_text.h"
 #include "set/item_kinds.h"
 
@@ -28,7 +30,8 @@ constexpr std::string_view Head =
     "complete  The item is as it was stored. No sector of its stream can have been replaced.\n"
     "unproven  The stream is whole, but a set has no checksums: sectors in the middle of a long run of\n"
     "          uncompressed bytes can have been replaced. Look at the file before you rely on it.\n"
-    "partial   Something is missing, damaged or can't be read. In the middle the file has zeros there.\n"
+    "partial   Something is missing, is damaged or couldn't be read. Where that is in the middle of the file, the\n"
+    "          file has zeros.\n"
     "lost      A list names the item, but no stream of it was found.\n"
     "\n";
 
@@ -96,7 +99,7 @@ Json orNull(const std::string& text)
     return text.empty() ? Json(nullptr) : Json(text);
 }
 
-Json jsonOf(const RecoveredItem& item)
+Json jsonOf(const RecoveredItem& item, const std::string& folder)
 {
     return {{"state", word(item.state)},
             {"kind", KindOf(item.kind).word},
@@ -105,15 +108,23 @@ Json jsonOf(const RecoveredItem& item)
             {"packedBytes", item.stream.end - item.stream.start},
             {"unpackedBytes", item.stream.rawBytes},
             {"soundBytes", item.stream.soundBytes},
-            {"damagedBlocks", item.stream.damagedBlocks},
+            {"damagedBlockCount", item.stream.damagedBlocks},
             {"hasBeginning", item.stream.hasMagic},
             {"hasEnd", item.stream.isClosed},
             {"unreadable", !item.stream.isReadable},
             {"damage", orNull(item.damage)},
-            {"target", orNull(toUtf8(item.target))},
+            {"target", item.target.empty() ? Json(nullptr) : jsonText(hostPathOf(folder, item.target))},
             {"bytes", item.bytes},
             {"notInSet", orNull(item.notInSet)},
             {"fault", orNull(item.fault)}};
+}
+
+Json jsonOf(const std::vector<std::u16string>& names)
+{
+    Json list = Json::array();
+    for (const std::u16string& name : names)
+        list.push_back(toUtf8(name));
+    return list;
 }
 
 std::string summary(const RecoveryCounts& counts, const ScanTotals& totals)
@@ -135,8 +146,8 @@ std::string summary(const RecoveryCounts& counts, const ScanTotals& totals)
 
 }  // namespace
 
-RecoveryReport::RecoveryReport(const std::string& file, bool json)
-    : file_(std::u16string(ReportPath)), buffer_(file_), out_(&buffer_)
+RecoveryReport::RecoveryReport(const std::string& file, const std::string& folder, bool json)
+    : folder_(folder), file_(std::u16string(ReportPath)), buffer_(file_), out_(&buffer_)
 {
     std::string head(Head);
     head.replace(head.find('%'), 1, onScreen(std::string_view(file)));
@@ -160,7 +171,7 @@ void RecoveryReport::add(const RecoveredItem& item)
     counts_.failed += item.target.empty() ? 1 : 0;
     line(textOf(item));
     if (list_)
-        list_->add(jsonOf(item));
+        list_->add(jsonOf(item, folder_));
 }
 
 void RecoveryReport::addLost(const OldEntry& entry)
@@ -176,24 +187,26 @@ void RecoveryReport::addLost(const OldEntry& entry)
                     {"packedBytes", entry.end - entry.start}});
 }
 
-std::string RecoveryReport::finish(const ScanTotals& totals, const std::string& set)
+std::string RecoveryReport::finish(const ScanTotals& totals, const NewSetResult& set)
 {
     out_ << '\n';
     line(summary(counts_, totals));
-    if (!set.empty())
-        line(set);
+    if (!set.summary.empty())
+        line(set.summary);
     if (list_)
-        list_->end({{"complete", counts_.complete},
-                    {"unproven", counts_.unproven},
-                    {"partial", counts_.partial},
-                    {"lost", counts_.lost},
-                    {"failed", counts_.failed},
+        list_->end({{"completeCount", counts_.complete},
+                    {"unprovenCount", counts_.unproven},
+                    {"partialCount", counts_.partial},
+                    {"lostCount", counts_.lost},
+                    {"failedCount", counts_.failed},
                     {"fileBytes", totals.fileBytes},
                     {"unclaimedBytes", totals.unclaimed},
                     {"unreadableBytes", totals.unreadable},
-                    {"lostStreams", totals.lostStreams},
+                    {"lostStreamCount", totals.lostStreams},
                     {"searchedWhole", !totals.gaveUp},
-                    {"set", orNull(set)}});
+                    {"newSet", set.path.empty() ? Json(nullptr) : jsonText(set.path)},
+                    {"summary", orNull(set.summary)},
+                    {"unreadableNames", jsonOf(set.unreadable)}});
     out_.flush();
     return file_.moveToTarget(false) == ERROR_SUCCESS ? "" : "recovered.txt: " + errorText(file_.error());
 }

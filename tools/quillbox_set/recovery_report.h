@@ -12,6 +12,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace quillbox_set {
 
@@ -29,6 +30,13 @@ struct RecoveredItem {
     std::string notInSet;     // why it isn't in the new set
 };
 
+// What became of the new set. All is empty if none was wanted.
+struct NewSetResult {
+    std::string path;                        // of its list. Empty if it wasn't written.
+    std::string summary;                     // a sentence for people
+    std::vector<std::u16string> unreadable;  // names of the items that it lacks, because they couldn't be read again
+};
+
 struct RecoveryCounts {
     std::uint64_t complete = 0;
     std::uint64_t unproven = 0;
@@ -41,22 +49,22 @@ inline constexpr std::u16string_view ReportPath = u"\\recovered.txt";
 
 class RecoveryReport {
 public:
-    // `file` is the data file, for the head of the report.
-    RecoveryReport(const std::string& file, bool json);
+    // `file` is the data file, for the head of the report. `folder` is the host's folder for the files.
+    RecoveryReport(const std::string& file, const std::string& folder, bool json);
 
     void add(const RecoveredItem& item);
     // The entry of a list that agrees with no stream.
     void addLost(const OldEntry& entry);
 
-    // Moves recovered.txt to its place. Returns an empty text, or the reason of a failure. `set` says what became of
-    // the new set; empty without one.
-    std::string finish(const archive::ScanTotals& totals, const std::string& set);
+    // Moves recovered.txt to its place. Returns an empty text, or the reason of a failure.
+    std::string finish(const archive::ScanTotals& totals, const NewSetResult& set);
 
     const RecoveryCounts& counts() const { return counts_; }
 
 private:
     void line(const std::string& text);
 
+    std::string folder_;
     archive::GrowingFile file_;
     TargetBuffer buffer_;
     std::ostream out_;

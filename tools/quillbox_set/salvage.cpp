@@ -3,6 +3,7 @@
 #include "archive/fault_text.h"
 #include "archive/seal.h"
 #include "archive/set_files.h"
+#include "archive/set_search.h"
 #include "exit_code.h"
 #include "recovered_items.h"
 #include "result_line.h"
@@ -34,6 +35,7 @@ namespace fs = std::filesystem;
 // What is known before the data file is read. The mounts end after everything that is open.
 struct Work {
     SetFiles files;
+    SetFiles newFiles;
     std::unique_ptr<SetMount> mount;     // of the data file
     std::unique_ptr<SetMount> newMount;  // of the new set; null without one
     std::u16string comment;              // for the new set
@@ -89,7 +91,8 @@ std::string prepareSet(const SalvageOptions& options, Work& work)
     const fs::path name = fs::path(options.set).filename();
     if (name.empty() || name == "." || name == "..")
         return "the new set needs a name, not only a folder: " + onScreen(std::string_view(options.set));
-    const SetFiles files = newSet(options.set);
+    work.newFiles = newSet(options.set);
+    const SetFiles& files = work.newFiles;
     for (const std::string& name : {files.listName, files.dataName, files.sumName}) {
         if (exists(files.folder, name))
             return "exists already: " + onScreen(std::string_view(files.folder + "/" + name));
@@ -117,18 +120,25 @@ std::string readLists(const SalvageOptions& options, OldLists& lists, Work& work
     return "";
 }
 
-// Says what became of the new set. `failed` is set if it wasn't written, or not with all items.
-std::string writeSet(const Work& work, const OpenFile& data, NewSet& set, bool& failed)
+std::string lackOf(const std::vector<std::u16string>& names)
+{
+    constexpr std::size_t MostNames = 20;
+    if (names.empty())
+        return "";
+    std::string text = " It lacks " + counted(names.size(), "item") + ", which couldn't be read a second time";
+    for (std::size_t at = 0; at < std::min(names.size(), MostNames); at++)
+        text += (at == 0 ? ": " : ", ") + onScreen(names[at]);
+    return text + (names.size() > MostNames ? " and " + std::to_string(names.size() - MostNames) + " more." : ".");
+}
+
+NewSetResult writeSet(const Work& work, const OpenFile& data, NewSet& set)
 {
     const std::u16string comment =
         work.comment.empty() ? u"Recovered from " + platform::text::fromUtf8(work.files.dataName) : work.comment;
     const std::string fault = set.write(data, **work.newMount, comment);
-    std::string said = fault.empty() ? "The new set has " + counted(set.items(), "item") + "."
-                                     : "The new set can't be written: " + fault + ".";
-    for (const std::u16string& name : set.unreadable())
-        said += " It lacks " + onScreen(name) + ", which couldn't be read a second time.";
-    failed = !fault.empty() || !set.unreadable().empty();
-    return said;
+    const std::string said = fault.empty() ? "The new set has " + counted(set.items(), "item") + "."
+                                           : "The new set can't be written: " + fault + ".";
+    return {fault.empty() ? pathOf(work.newFiles) : "", said + lackOf(set.unreadable()), set.unreadable()};
 }
 
 bool isGood(const RecoveryCounts& counts, const ScanTotals& totals)
@@ -151,19 +161,19 @@ int search(const SalvageOptions& options, const Work& work, const OpenFile& data
     const Wanted wanted = !work.newMount     ? Wanted::Nothing
                           : options.unproven ? Wanted::CompleteAndUnproven
                                              : Wanted::Complete;
-    RecoveryReport report(options.file, options.json);
+    RecoveryReport report(options.file, options.folder, options.json);
     RecoveredItems items(data, **work.mount, lists, wanted, report);
     const bool isSealed = sealProvesData(work.files, **work.mount);
     const ScanTotals totals = scanStreams(data, isSealed ? Proving::NotNeeded : Proving::Wanted, items);
     addLost(lists, report);
-    bool failed = false;
-    const std::string set = work.newMount ? writeSet(work, data, items.set(), failed) : "";
+    const NewSetResult set = work.newMount ? writeSet(work, data, items.set()) : NewSetResult{};
+    const bool setFailed = work.newMount && (set.path.empty() || !set.unreadable.empty());
     std::string fault = report.finish(totals, set);
     if (fault.empty() && !FlushChangedVolumes())
         fault = "what was written may be missing from the disk: " + errorText(GetLastError());
     if (!fault.empty())
         std::cerr << "quillbox-set: " << fault << "\n";
-    return fault.empty() && !failed && isGood(report.counts(), totals) ? exitGood : exitFaults;
+    return fault.empty() && !setFailed && isGood(report.counts(), totals) ? exitGood : exitFaults;
 }
 
 }  // namespace
@@ -178,7 +188,7 @@ int salvage(const SalvageOptions& options)
     if (isListFile(files->dataName))
         return reportTrouble("this is a list file; name the data file (.QDT), and this one with --list");
     const TargetFolder folder(options.folder);
-    Work work{*files, nullptr, nullptr, u""};
+    Work work{*files, {}, nullptr, nullptr, u""};
     std::string trouble = folder.trouble();
     if (trouble.empty()) {
         work.mount = std::make_unique<SetMount>(*files, options.folder);

@@ -24,6 +24,9 @@ std::string targetFault(const Item& item);
 // of the host.
 std::optional<std::vector<std::string>> hostNamesOf(std::u16string_view target);
 
+// The path on the host of a target below the host's folder. The target must have names on the host.
+std::string hostPathOf(const std::string& folder, std::u16string_view target);
+
 // True if `path` is this folder of the root, or in it.
 bool leadsInto(std::u16string_view path, std::u16string_view folder);
 
