@@ -63,7 +63,7 @@ std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName
 // there are no checksums. Nothing if it isn't a file.
 std::optional<SetFiles> findData(const std::string& path);
 
-// The files of a set that is to be made: `stem` is the path of one of them, also without the ending.
+// The files of a set that is to be made: `stem` is the path of its list or data file, also without the ending.
 SetFiles newSet(const std::string& stem);
 
 // A new name in the root. A hostile set can't contain it, because it can't be guessed.
