@@ -85,7 +85,7 @@ class Reader:
 
     def check_mark(self, name, words, *states):
         item = self.user.find(MAIN, name)
-        wait_for(f"{name!r}: {words!r} {states}", lambda: item.description == words and self.user.has(item, "CHECKABLE") and
+        wait_for(f"{name!r}: {words!r} {states}", lambda: item.description == words and
                  [state for state in ("CHECKED", "INDETERMINATE") if self.user.has(item, state)] == list(states))
 
     def check_toggles(self, name, *results):
