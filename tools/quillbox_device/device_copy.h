@@ -13,7 +13,7 @@ namespace quillbox_device {
 // of the store and of the registry then read it. The destructor closes and deletes the copy.
 class DeviceCopy {
 public:
-    // Throws a Failure, or a std::runtime_error if there is no room for temporary files.
+    // Throws a Failure, or a std::runtime_error if temporary files can't be made or have no room.
     explicit DeviceCopy(const std::filesystem::path& device);
     DeviceCopy(const DeviceCopy&) = delete;
     DeviceCopy& operator=(const DeviceCopy&) = delete;

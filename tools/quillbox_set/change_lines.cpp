@@ -111,7 +111,10 @@ void ChangeLines::printValue(const RegistryPlace& place, const std::optional<std
                              const std::optional<std::string>& after)
 {
     const Change change = !before ? Change::Added : !after ? Change::Removed : Change::Changed;
-    Json line = {{"change", nameOf(change)}, {"kind", "registry"}, {"key", platform::text::toUtf8(place.key)}};
+    Json line = {{"change", nameOf(change)}, {"kind", "registry"},
+                 {"name", "registry"},       {"key", platform::text::toUtf8(place.key)},
+                 {"value", nullptr},         {"before", nullptr},
+                 {"after", nullptr}};
     std::string text = "    " + std::string(nameOf(change)) + "  " + onScreen(place);
     if (place.isValue) {
         line["value"] = platform::text::toUtf8(place.name);

@@ -105,7 +105,7 @@ private:
         if (!options_.json)
             return printResult(false, nullptr,
                                onScreen(path_) + "  " + date.textWithDoubt() + "  " + item.text() + where);
-        nlohmann::ordered_json line = {{"set", jsonText(path_)}, {"date", date.text()}};
+        nlohmann::ordered_json line = {{"set", jsonText(path_)}, {"date", date.text()}, {"doubt", nullptr}};
         if (!date.doubt().empty())
             line["doubt"] = date.doubt();
         line["kind"] = item.kindText();

@@ -180,7 +180,7 @@ private:
     void print(const Json& more, const std::string& text)
     {
         progress_.clear();
-        Json line = {{"date", date_->text()}};
+        Json line = {{"date", date_->text()}, {"doubt", nullptr}};
         if (!date_->doubt().empty())
             line["doubt"] = date_->doubt();
         line["set"] = jsonText(path_);
