@@ -87,7 +87,7 @@ class CoveredTest(CompanionTest):
         found = json.loads(self.covered(self.sets, "--json", code=1).text)
         self.assertEqual([found.pop(name)[0]["recordCount"] for name in ("sets", "databases")], [RECORDS, RECORDS + 2])
         self.assertEqual(found, {"version": 1, "files": [], "changes": [], "unkeptValueCount": 0, "uncoveredCount": 5, "values": [
-            {"key": "HKEY_USERS\\new"}, {"key": "HKEY_USERS\\new", "value": "a", "content": "dword:00000001"}]})
+            {"key": "HKEY_USERS\\new", "value": None, "content": None}, {"key": "HKEY_USERS\\new", "value": "a", "content": "dword:00000001"}]})
 
     def test_only_sound_sets_off_the_device_count(self):
         def copy(folder):

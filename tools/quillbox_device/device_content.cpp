@@ -219,7 +219,8 @@ std::uint64_t DeviceContent::reportUncovered(Report& report) const
         if (!database.isHeld || !database.uncovered.empty())
             open += reportDatabase(database, report);
     for (const auto& [place, value] : registryOpen_) {
-        nlohmann::ordered_json element = {{"key", platform::text::toUtf8(place.key)}};
+        nlohmann::ordered_json element = {
+            {"key", platform::text::toUtf8(place.key)}, {"value", nullptr}, {"content", nullptr}};
         if (place.isValue)
             element.update({{"value", platform::text::toUtf8(place.name)}, {"content", value}});
         report.add("values", element,

@@ -28,13 +28,13 @@ public:
     std::size_t readable(std::uint64_t offset, std::size_t bytes) const;
 
 private:
-    void moveTo(std::uint64_t offset);
     // Bytes that the host couldn't read.
     struct Hole {
         std::uint64_t begin;
         std::uint64_t end;
     };
 
+    void moveTo(std::uint64_t offset);
     std::size_t readInto(std::span<BYTE> target, std::uint64_t offset);
 
     HANDLE file_;
