@@ -2,11 +2,8 @@
 #pragma once
 
 #include "inode.h"
-#include "measure_ahead.h"
 #include "push_ahead.h"
 #include "shown_sets.h"
-
-#include <optional>
 
 namespace quillbox_mount {
 
@@ -15,7 +12,6 @@ struct RequestState {
     ShownSets& sets;
     fuse_session* session = nullptr;
     PushAhead ahead = {};
-    std::optional<MeasureAhead> measuring = {};  // while requests are answered
     bool mayLeaveOutOpen = false;     // the kernel reads files and folders that were never opened. Set before the first
     bool mayLeaveOutOpenDir = false;  // request.
 };

@@ -159,7 +159,6 @@ std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
     const Mounted mounted(session.get(), folder);
     if (!mounted || fuse_daemonize(ground == Ground::Foreground ? 1 : 0) != 0)
         return notMounted;
-    state.measuring.emplace(sets);  // the process that went to the background has no other threads yet
     const std::unique_ptr<fuse_loop_config, Free> config(fuse_loop_cfg_create());
     const EndBySignal signals(state);
     const int ended = fuse_session_loop_mt(session.get(), config.get());  // 0, -1 without a thread, or -errno

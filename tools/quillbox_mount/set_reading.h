@@ -3,8 +3,7 @@
 // The threads of the mount share these things, each with a mutex of its own:
 // - this object, which uses the platform's name space and the static buffers of src/set;
 // - the caches (bounded_cache.h): unpacked blocks, the places of blocks, texts;
-// - a stream that two of them read at the same time (seekable_stream.h);
-// - the place that a client has reached (measure_ahead.h).
+// - a stream that two of them read at the same time (seekable_stream.h).
 // Atomic are the sizes of files (shown_sets.h), the size of a stream, the file that was pushed last, and what says that
 // the mount ends. A set is loaded under a mutex of ShownSets. Its tree is written once, before it is shared.
 #pragma once
