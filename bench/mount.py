@@ -7,6 +7,7 @@
 small   cp -r of 20,000 files       quillbox-set extract of the same set
 large   cp -r of 512 MB             the same
 list    ls -lU of 100,000 files     ls -lU of the extracted folder
+tree    ls -lUR of as many, in folders of 50    ls -lUR of the extracted folder
 random  4 KB anywhere in 500 MB     no peer: the time of a read once every block has its place
 
 A copy and a listing begin with a new mount, so the kernel knows nothing. The figures are medians, and the ratios those of the
@@ -14,6 +15,7 @@ medians. The script needs some 3 GB in the folder, which is a tmpfs by default.
 """
 import argparse
 import contextlib
+import functools
 import os
 import pathlib
 import random
@@ -27,7 +29,7 @@ from archive import SET_TOOL, backed_up, seconds
 from compare import ROOT, make_large, make_small, make_tiny, words
 
 MOUNT_TOOL = ROOT / "build/bin/quillbox-mount"
-AIMS = {"small": 1.5, "large": 1.5, "list": 2.0}
+AIMS = {"small": 1.5, "large": 1.5, "list": 2.0, "tree": 2.0}
 RANDOM_AIM = 0.002
 READS = 2000
 
@@ -38,6 +40,11 @@ def make_one(folder):
     with open(folder / "one.bin", "wb") as one:
         while one.tell() < 500_000_000:
             one.write(text[:1_000_000] + source.randbytes(1_000_000))
+
+
+def make_one_folder(folder):
+    for number in range(100_000):
+        (folder / f"{number:06d}.txt").write_text(f"tiny file {number}\n")
 
 
 @contextlib.contextmanager
@@ -61,12 +68,12 @@ def timed_copy(path, base):
     return own, peer
 
 
-def timed_list(path, base):
+def timed_list(option, path, base):
     if not (base / "extracted").exists():
         seconds([SET_TOOL, "extract", path, base / "extracted"])
     with mounted(path) as shown:
-        own = seconds(["ls", "-lUR", shown])
-    return own, seconds(["ls", "-lUR", base / "extracted"])
+        own = seconds(["ls", option, shown])
+    return own, seconds(["ls", option, base / "extracted"])
 
 
 def compared(name, base, rounds, make, timed):
@@ -101,7 +108,8 @@ def measure_random(base):
 
 KINDS = {"small": lambda base, rounds: compared("small", base, rounds, make_small, timed_copy),
          "large": lambda base, rounds: compared("large", base, rounds, make_large, timed_copy),
-         "list": lambda base, rounds: compared("list", base, rounds, make_tiny, timed_list),
+         "list": lambda base, rounds: compared("list", base, rounds, make_one_folder, functools.partial(timed_list, "-lU")),
+         "tree": lambda base, rounds: compared("tree", base, rounds, make_tiny, functools.partial(timed_list, "-lUR")),
          "random": lambda base, rounds: measure_random(base)}
 
 

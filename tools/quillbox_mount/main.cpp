@@ -51,6 +51,7 @@ int mount(const CommandLine& line)
     if (!CodecWorks())
         return refuse(exitNotMounted, "the library that unpacks blocks doesn't work on this computer");
     ShownSets sets(found.sets);
+    sets.readSingle();
     const std::string folder = std::filesystem::canonical(line.folder).string();
     const std::string fault = serve(sets, folder, line.foreground ? Ground::Foreground : Ground::Background);
     return fault.empty() ? exitGood : refuse(exitNotMounted, fault);

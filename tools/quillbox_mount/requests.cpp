@@ -226,20 +226,18 @@ int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttribut
     return error;
 }
 
-// Finds out the sizes of the files that follow in the set, while the client uses the answer.
-void measureAfter(ShownSets& sets, Place file) noexcept
+// Measures files ahead while the client uses the answer. One thread does it at a time, so that no two measure the same
+// files.
+void measureAfter(RequestState& state, Place file) noexcept
 {
-    constexpr int Files = 256;
+    if (state.isMeasuring.test_and_set())
+        return;
     try {
-        Attributes ignored{};
-        for (int count = 0; count < Files; count++) {
-            file.node++;
-            if (sets.attributes(file, Sizes::IfQuick, ignored) != 0)
-                return;
-        }
+        state.sets.measureAfter(file);
     } catch (const std::exception&) {
         // There is too little memory, and the next listing does it.
     }
+    state.isMeasuring.clear();
 }
 
 void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, bool withAttributes)
@@ -265,7 +263,7 @@ void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset
         return 0;
     });
     if (withAttributes && !reached.isTop())
-        measureAfter(state.sets, reached);
+        measureAfter(state, reached);
 }
 
 void listNames(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, fuse_file_info* /*file*/)

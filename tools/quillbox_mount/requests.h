@@ -5,6 +5,8 @@
 #include "push_ahead.h"
 #include "shown_sets.h"
 
+#include <atomic>
+
 namespace quillbox_mount {
 
 // The user data of the session.
@@ -12,6 +14,7 @@ struct RequestState {
     ShownSets& sets;
     fuse_session* session = nullptr;
     PushAhead ahead = {};
+    std::atomic_flag isMeasuring = {};  // a thread measures files ahead
     bool mayLeaveOutOpen = false;     // the kernel reads files and folders that were never opened. Set before the first
     bool mayLeaveOutOpenDir = false;  // request.
 };

@@ -14,7 +14,10 @@ constexpr std::uint64_t MiB = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t BlocksLimit = 64 * MiB;
 constexpr std::uint64_t StreamsLimit = 32 * MiB;
 constexpr std::uint64_t TextsLimit = 256 * MiB;  // on the disk, in files without names
-constexpr std::uint64_t MostTexts = 256;         // each has a descriptor, too
+// Measured ahead: more than one answer to a listing has, in time that nobody notices.
+constexpr std::uint32_t MostMeasured = 1024;
+constexpr std::uint64_t MostMeasuredBytes = 4 * MiB;
+constexpr std::uint64_t MostTexts = 256;  // each has a descriptor, too
 
 std::time_t timeOf(const archive::SetDate& date)
 {
@@ -67,6 +70,12 @@ void ShownSets::add(const archive::SetFiles& files, const std::string& date, std
         name = first + " (" + std::to_string(same) + ")";
     sets_.emplace_back(static_cast<std::uint32_t>(sets_.size() + 1), files, name, time);
     newest_ = std::max(newest_, time);
+}
+
+void ShownSets::readSingle()
+{
+    if (sets_.size() == 1)
+        (void)load(sets_.front());
 }
 
 ShownSets::Loaded* ShownSets::load(Shown& set)
@@ -124,6 +133,26 @@ int ShownSets::attributes(Place place, Sizes sizes, Attributes& found)
         found.bytes = sizeOf(set, *loaded, place.node);
     found.areFinal = found.areFinal && (kind != Node::Kind::Text || loaded->sizes[place.node] != 0);
     return 0;
+}
+
+void ShownSets::measureAfter(Place place)
+{
+    Shown& set = shown(place);
+    Loaded* const loaded = load(set);
+    if (!loaded)
+        return;
+    const std::uint32_t end = std::min(loaded->tree->size() - 1, place.node + MostMeasured) + 1;
+    std::uint32_t node = loaded->measuredEnd;
+    if (node <= place.node || node > end)
+        node = place.node + 1;
+    for (std::uint64_t bytes = 0; node < end && bytes < MostMeasuredBytes && !ends_; node++) {
+        const Node& file = loaded->tree->node(node);
+        if (file.kind != Node::Kind::File)
+            continue;
+        bytes += file.endOffset - file.startOffset;
+        (void)sizeOf(set, *loaded, node);
+    }
+    loaded->measuredEnd = node;
 }
 
 std::uint64_t ShownSets::sizeOf(const Shown& set, Loaded& loaded, std::uint32_t node)

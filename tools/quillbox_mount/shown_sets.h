@@ -56,6 +56,10 @@ public:
     // Reads the dates of the sets.
     explicit ShownSets(const std::vector<archive::SetFiles>& sets);
 
+    // Reads the list of a set that is the only one. Otherwise the first request for a set reads its list, because a
+    // card may have many sets.
+    void readSingle();
+
     [[nodiscard]] int find(Place folder, std::string_view name, Place& found);
     [[nodiscard]] int attributes(Place place, Sizes sizes, Attributes& found);
 
@@ -66,6 +70,9 @@ public:
     // ENOENT if the folder has no more.
     [[nodiscard]] int child(Place folder, std::size_t index, Child& found);
     Place parent(Place place);
+
+    // Finds out the sizes of some files that follow in the set. Somebody who lists one folder often lists the next.
+    void measureAfter(Place place);
 
     // The bytes from `offset` on, and not more than there are.
     [[nodiscard]] int read(Place file, std::uint64_t offset, std::uint64_t bytes, Content& content);
@@ -87,6 +94,7 @@ private:
         std::unique_ptr<const SetTree> tree;
         DataFile data;
         std::vector<std::atomic<std::uint64_t>> sizes;  // of the files, plus 1. 0: not known yet.
+        std::atomic<std::uint32_t> measuredEnd = 0;     // the files before it were measured ahead
     };
     struct Shown {
         Shown(std::uint32_t numberOfSet, const archive::SetFiles& filesOfSet, std::string nameOfFolder,
