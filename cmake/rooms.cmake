@@ -4,6 +4,11 @@
 
 add_library(quillbox_flags INTERFACE)
 target_compile_options(quillbox_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+# Sources that are compiled together are included by a generated one. g++ takes them for headers then, and warns of types
+# that it would accept in a source.
+if(CMAKE_UNITY_BUILD)
+  target_compile_options(quillbox_flags INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
+endif()
 # Clang proves the annotations of kernel/thread_safety.h; a mutex that isn't held is an error whatever QUILLBOX_WERROR says.
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   target_compile_options(quillbox_flags INTERFACE -Wthread-safety -Werror=thread-safety)
