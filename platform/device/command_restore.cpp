@@ -29,7 +29,8 @@ std::optional<std::string> whatIsUnsaid(const RestoreOptions& options, const Run
     const ItemCounts existing = {files ? plan.existing.files : 0, databases ? plan.existing.databases : 0, 0};
     const std::string option = files && databases ? "--existing and --databases" : files ? "--existing" : "--databases";
     return "On the device there are already " + itemsText(existing) + " of the set, such as \"" +
-           text::toUtf8(plan.firstExisting) + "\". Say skip or replace with " + option + ".";
+           text::toUtf8(files ? plan.firstExistingFile : plan.firstExistingDatabase) + "\". Say skip or replace with " +
+           option + ".";
 }
 
 int tellRestorePlan(const Session& session, const RunPlan& plan)

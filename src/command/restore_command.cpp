@@ -112,10 +112,10 @@ RunPlan PlanOfLists()
     plan.items = {CountOf(gFileList), CountOf(gDatabaseList), gRegistryMarked};
     for (const ItemList* list : {gFileList, gDatabaseList})
         plan.bytes += list ? list->ContentBytes() : 0;
-    plan.existing.files = CountExisting(gFileList, plan.firstExisting, [](const WCHAR* path) {
+    plan.existing.files = CountExisting(gFileList, plan.firstExistingFile, [](const WCHAR* path) {
         return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
     });
-    plan.existing.databases = CountExisting(gDatabaseList, plan.firstExisting, DatabaseExists);
+    plan.existing.databases = CountExisting(gDatabaseList, plan.firstExistingDatabase, DatabaseExists);
     return plan;
 }
 

@@ -166,6 +166,11 @@ class RestoreTest(CommandTest):
         self.assertRegex(said, r'already 3 files of the set, such as ".*"\. Say skip or replace with --existing\.')
         self.assertEqual(self.content(), {**before, b"a": b"new"})
         self.assertIn("3 files", self.command("restore", self.set, "--dry-run").text)
+        other = self.folder / "other"
+        self.run_program("quillbox-device", "init", "--demonstration", other)
+        self.run_program("quillbox", "--device", other, "backup", "--to", self.folder)
+        said = self.run_program("quillbox", "--device", other, "restore", self.folder / "QUILBOX/QLBX0001", "--existing", "skip", code=2).said
+        self.assertRegex(said, r'already 3 databases of the set, such as ".* Database"\. Say skip or replace with --databases\.')
 
     def test_on_a_terminal_it_asks_and_all_answers_the_rest(self):
         for answers, replaced in (("y\nn\nn\n", 1), ("a\n", 3), ("o\n", 0)):

@@ -30,7 +30,8 @@ struct RunPlan {
         0;  // of the items before a backup, of their streams before a restore; 0 for one of unknown size
     // A restore only: what the device has already.
     ItemCounts existing;
-    std::u16string firstExisting;  // a file's path or a database's name
+    std::u16string firstExistingFile;
+    std::u16string firstExistingDatabase;
 };
 
 // `instance` is that of WinMain.
