@@ -150,6 +150,18 @@ TEST_F(GatheringTest, ChangeOfSeveralCallsIsAppliedAsAWholeOrNotAtAll)
     left(u"B", u"A");
     EXPECT_EQ(recordsOf(u"B"), Records{{text(1, u"b")}});
     EXPECT_FALSE(EndStoreChange(TRUE));
+
+    inKilledProcess([] {
+        EXPECT_TRUE(BeginStoreChange());
+        create(u"C");
+        const OpenDatabase kept(u"C");
+        for (const bool last : {false, true}) {  // the handle goes on in the next change
+            add(kept, {text(1, u"c")});
+            EXPECT_TRUE(EndStoreChange(TRUE));
+            EXPECT_TRUE(last || BeginStoreChange());
+        }
+    });
+    EXPECT_EQ(recordsOf(u"C").size(), 2U);
 }
 
 TEST_F(GatheringTest, ThreadsWithSeparateHandlesLoseNoChange)

@@ -568,6 +568,10 @@ class LimitsTest(FormsTest):
         for name, text in files.items():
             with self.subTest(name):
                 self.limited("database", "import", self.device, self.file(name, text), "--replace")
+        record = json.dumps({"record": [{"id": "00010002", "value": 1}]})
+        many = self.file("many.jsonl", "".join(head % number + record + "\n" for number in range(0xFFFF)))
+        for _ in ("makes", "replaces"):
+            self.limited("database", "import", self.device, many, "--replace")
 
     def test_a_full_database_is_recognised_again_in_time_and_says_that_it_is_full(self):
         self.import_file(given=contacts(*([{"id": NAMES["LastName"], "value": str(n)}] for n in range(0xFFFF))))

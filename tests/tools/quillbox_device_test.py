@@ -101,10 +101,12 @@ class ContentTest(DeviceToolTest):
         half = lines({**KINDS, "name": "Half", "records": RECORDS[:2]}, {**KINDS, "name": "Last", "records": []})
         log = self.device / "device.db.changing-wal"
         with subprocess.Popen([TOOL, "database", "import", self.device, "--replace", "-"], stdin=subprocess.PIPE) as running:
-            running.stdin.write(lines(ONE).encode() + half.encode() + b"\n" * 100_000)
-            running.stdin.flush()
+            running.stdin.write(lines(ONE).encode() + half.encode())
             end = time.monotonic() + 30
             while not (log.exists() and log.stat().st_size) and time.monotonic() < end:
+                more = database(f"D{end - time.monotonic()}", RECORDS[:2])  # changes are gathered for a while
+                running.stdin.write(lines(more).encode() + b"\n" * 100_000)
+                running.stdin.flush()
                 time.sleep(0.01)
             self.assertGreater(log.stat().st_size, 0)
             self.assertIn("open in another", self.tool("show", self.device, code=1))

@@ -7,6 +7,7 @@
 #include "text/host_name.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quillbox_device {
 
@@ -18,6 +19,8 @@ using screen_text::onScreen;
 namespace {
 
 constexpr std::size_t MostDatabases = 0xFFFF;
+// A longer time saves little more, and the log beside the database would grow.
+constexpr std::chrono::milliseconds GatheredTime(500);
 
 std::string inQuotes(const std::u16string& name)
 {
@@ -78,6 +81,7 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
 {
     if (name_ && !databases_.empty())
         throw FormatFault("the file holds several databases, and --name is for one");
+    gatherChanges();
     if (databases_.size() == MostDatabases)
         throw FormatFault("the file has more than 65535 databases");
     // In a format with heads the records of a database follow its head, so the one before it is complete.
@@ -109,6 +113,7 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
 
 void DatabaseImport::add(std::size_t database, std::span<const CEPROPVAL> properties)
 {
+    gatherChanges();
     Imported& imported = imported_[database];
     switch (known_[database].store(databases_[database]->handle(), imported.type, properties)) {
     case Taken::Added:
@@ -127,6 +132,25 @@ void DatabaseImport::finish()
 {
     for (auto& database : databases_)
         complete(database);
+    storeChanges();
+}
+
+// One transaction for many databases, because each one takes as long as some records do.
+void DatabaseImport::gatherChanges()
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (gathering_ && now - *gathering_ < GatheredTime)
+        return;
+    storeChanges();
+    if (!BeginStoreChange())
+        throw FormatFault("the device's database can't be written");
+    gathering_ = now;
+}
+
+void DatabaseImport::storeChanges()
+{
+    if (std::exchange(gathering_, std::nullopt) && !EndStoreChange(TRUE))
+        throw FormatFault("the records can't be stored");
 }
 
 std::string DatabaseImport::summary() const

@@ -7,6 +7,7 @@
 
 #include "database_formats/database.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -28,7 +29,7 @@ public:
     // type.
     DatabaseImport(const std::optional<std::string>& name, Existing existing, bool formatHasHeads);
 
-    // Both throw a FormatFault.
+    // Both throw a FormatFault. Discard the device's database then, since not all of the changes before are undone.
     std::size_t begin(const database_formats::DatabaseHead& head) override;
     void add(std::size_t database, std::span<const CEPROPVAL> properties) override;
 
@@ -43,6 +44,8 @@ public:
     std::vector<std::u16string> namesOfNoFile() const;
 
 private:
+    void gatherChanges();
+    void storeChanges();
     database_formats::DatabaseHead destination(database_formats::DatabaseHead head) const;
     // `old`: the database of this name on the device.
     void refuseIfUnusable(const std::u16string& wantedName, const StoredDatabase& old, DWORD typeInFile) const;
@@ -60,6 +63,7 @@ private:
     std::optional<std::u16string> name_;
     Existing existing_;
     bool formatHasHeads_;
+    std::optional<std::chrono::steady_clock::time_point> gathering_;  // since when changes are gathered
     std::vector<std::unique_ptr<DatabaseHandle>> databases_;
     std::vector<KnownRecords> known_;  // of each of databases_
     std::vector<Imported> imported_;   // for each of databases_

@@ -191,7 +191,8 @@ BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 // A transaction, which a real device doesn't have. All databases that are made or deleted and all records that are
 // changed between the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has succeeded. A kill
 // before that, EndStoreChange(FALSE) and any failure, such as a full disk, leave everything as it was. Handles that
-// were opened in between must be closed before the end. Nothing else of the device may be changed in between.
+// were opened in between can be used after a success, and must be closed before EndStoreChange(FALSE). Nothing else of
+// the device may be changed in between.
 // Nonzero on success; EndStoreChange(FALSE) always succeeds if a change is open. 87 a change is already open
 // (BeginStoreChange) or none is (EndStoreChange); 112, 8, 31.
 BOOL BeginStoreChange();
