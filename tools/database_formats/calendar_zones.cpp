@@ -195,13 +195,44 @@ std::size_t centuriesSince(std::string_view start)
     return static_cast<std::size_t>(std::clamp(LastYear - year, 0, LastYear) / 100);
 }
 
+// "+0100" or "-053000".
+bool isOffset(std::string_view text)
+{
+    return (text.size() == 5 || text.size() == 7) && (text[0] == '+' || text[0] == '-') &&
+           text.find_first_not_of("0123456789", 1) == std::string_view::npos && text.substr(1, 2) < "24" &&
+           text.substr(3, 2) < "60";
+}
+
+// libical reads a damaged offset as some other one, and ignores an observance with a damaged start.
+bool isUsable(const Component& observance)
+{
+    std::size_t given = 0;
+    for (const ContentLine& line : observance.lines) {
+        const bool isStart = line.name == "DTSTART";
+        if (!isStart && line.name != "TZOFFSETFROM" && line.name != "TZOFFSETTO")
+            continue;
+        try {
+            if (isStart)
+                (void)momentFrom(line.value);
+            else if (!isOffset(line.value))
+                return false;
+        } catch (const FormatFault&) {
+            return false;
+        }
+        ++given;
+    }
+    return given == 3;
+}
+
 // The number of rules of the definition: its observances and their dates. A rule counts again for each century since
-// it began. Nothing if one of them isn't yearly.
+// it began. Nothing if one of them isn't yearly or usable.
 std::optional<std::size_t> rulesOf(const Component& definition)
 {
     std::size_t rules = 0;
     for (const Component& observance : definition.parts) {
         ++rules;
+        if (!isUsable(observance))
+            return std::nullopt;
         for (const ContentLine& line : observance.lines) {
             if (line.name == "RRULE" && !isYearly(inCapitals(line.value)))
                 return std::nullopt;
