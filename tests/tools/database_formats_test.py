@@ -376,6 +376,7 @@ class ForeignFilesTest(FormsTest):
     def test_of_two_encodings_the_first_counts_also_for_the_end_of_the_line(self):
         card = CARD % "NOTE;ENCODING=BASE64;ENCODING=QUOTED-PRINTABLE:QUI=\nEMAIL:a@b.example"
         self.assert_taken("vcard", card, {"LastName": "a", "FirstName": "b", "Mail": "a@b.example", "Notes": "AB"})
+        self.assert_taken("vcard", CARD % "NOTE;ENCODING=QUOTED-PRINTABLE:AB=\n=", {"LastName": "a", "FirstName": "b", "Notes": "AB"})
 
     def test_blanks_at_the_end_of_a_line_and_empty_lines_hide_nothing(self):
         self.assert_taken("vcard", "BEGIN:VCARD \r\nVERSION:2.1\t\r\nN:a\r\nNOTE:C:\\new\r\nAGENT:\r\nBEGIN: vcard\r\n"

@@ -21,6 +21,13 @@ std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
     return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
 }
 
+// Some programs break the last line of a component softly, too.
+bool isEnd(std::string_view line)
+{
+    const std::string text = inCapitals(line.substr(0, std::min<std::size_t>(line.size(), 14)));
+    return text == "END:VCARD" || text == "END:VEVENT" || text == "END:VTODO" || text == "END:VCALENDAR";
+}
+
 }  // namespace
 
 void Component::add(std::string lineName, std::string value, std::vector<Parameter> parameters)
@@ -135,6 +142,8 @@ bool ComponentReader::readLogical()
         const std::size_t softBreak = softBreaks ? softBreakIn(logical_, begin) : std::string::npos;
         if (softBreak != std::string::npos) {
             logical_.erase(softBreak);
+            if (isEnd(physical_))
+                break;
             begin = softBreak;
             logical_ += physical_;
         } else if (physical_.starts_with(' ') || physical_.starts_with('\t')) {
