@@ -330,7 +330,9 @@ class HostTest(DeviceToolTest):
             shutil.copytree(self.device, medium)  # with a log, as a process leaves it that is killed
         self.assertGreater((medium / "device.db-wal").stat().st_size, 0)
         files = {path: path.read_bytes() for path in medium.rglob("*") if path.is_file()}
-        script = 'mount --bind "$1" "$1" && mount -o remount,ro,bind "$1" && shift && exec "$@"'
+        for path in files:
+            path.chmod(0o444)  # as on a CD
+        script = 'mount --bind "$1" "$1" && mount -o remount,ro,bind "$1" && shift && exec setpriv --bounding-set -dac_override "$@"'
 
         def read(*command, code=0):
             done = subprocess.run(["unshare", "--mount", "sh", "-c", script, "-", medium, TOOL, *command], capture_output=True, check=False)

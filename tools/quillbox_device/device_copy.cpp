@@ -40,8 +40,8 @@ DeviceCopy::DeviceCopy(const fs::path& device) : device_(device), lock_(lock(dev
     std::error_code error;
     std::string sentence;
     for (const char* name : Copied) {
-        if (!error && fs::exists(device / name))
-            fs::copy_file(device / name, folder / name, error);
+        if (!error && fs::exists(device / name) && fs::copy_file(device / name, folder / name, error))
+            fs::permissions(folder / name, fs::perms::owner_read | fs::perms::owner_write, error);
     }
     const bool opened = !error && platform::registry::openRegistry(folder / "device.db", sentence);
     if (opened && fs::exists(device / "device.db"))

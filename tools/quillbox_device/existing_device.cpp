@@ -135,10 +135,13 @@ void DeviceToRead::openCopy()
     for (const auto& [from, to] :
          {std::pair(database, "device.db"), std::pair(fs::path(database.string() + "-wal"), "device.db-wal"),
           std::pair(folder_ / "registry.staged", "registry.staged")})
-        if (fs::exists(from))
-            fs::copy_file(from, fs::path(copy_->path()) / to);
-        else if (from == database && lock_ && fs::file_size(folder_ / "device.lock") != 0)
+        if (fs::exists(from)) {
+            const fs::path copied = fs::path(copy_->path()) / to;
+            fs::copy_file(from, copied);
+            fs::permissions(copied, fs::perms::owner_read | fs::perms::owner_write);  // a CD gives no right to write
+        } else if (from == database && lock_ && fs::file_size(folder_ / "device.lock") != 0) {
             warn("\"" + from.string() + "\" is missing: the device has no databases and an empty registry.");
+        }
     std::string sentence;
     if (!platform::registry::openRegistry(fs::path(copy_->path()) / "device.db", sentence))
         throw Failure("A copy of the database of \"" + folder_.string() + "\" can't be read: " + sentence);
