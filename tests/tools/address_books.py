@@ -31,7 +31,7 @@ State,Home Postal Code,Home Country/Region,Other City,Personal Web Page,Spouse,S
 Notes"""
 OUTLOOK_365_GERMAN = """Vorname,Zweiter Vorname,Nachname,Titel,Suffix,Spitzname,E-Mail-Adresse,E-Mail-Adresse 2,Telefon privat,Telefon \
 privat 2,Telefon geschäftlich,Mobiltelefon,Weiteres Telefon,Pager,Fax geschäftlich,Position,Abteilung,Firma,Straße geschäftlich,Ort \
-geschäftlich,Straße privat,Ort privat,Webseite,Geburtstag,Notizen"""
+geschäftlich,Straße privat,Ort (privat),Webseite,Geburtstag,Notizen"""
 GOOGLE_OLD = """Name,Given Name,Additional Name,Family Name,Yomi Name,Name Prefix,Name Suffix,Initials,Nickname,Birthday,Gender,Location,\
 Billing Information,Mileage,Occupation,Hobby,Sensitivity,Priority,Subject,Notes,Language,Photo,Group Membership,E-mail 1 - Type,E-mail \
 1 - Value,E-mail 2 - Type,E-mail 2 - Value,Phone 1 - Type,Phone 1 - Value,Phone 2 - Type,Phone 2 - Value,Address 1 - Type,Address 1 - \
@@ -54,7 +54,7 @@ IN_ENGLISH = {"last": "Last Name", "first": "First Name", "company": "Company", 
 IN_GERMAN = {"last": "Nachname", "first": "Vorname", "company": "Firma", "home": "Telefon (privat)", "mail": "E-Mail-Adresse",
              "town": "Ort privat", "notes": "Notizen", "middle": "Weitere Vornamen", "mobile": "Mobiltelefon",
              "mail2": "E-Mail 2: Adresse"}
-IN_GERMAN_365 = {**IN_GERMAN, "home": "Telefon privat", "middle": "Zweiter Vorname", "mail2": "E-Mail-Adresse 2"}
+IN_GERMAN_365 = {**IN_GERMAN, "home": "Telefon privat", "town": "Ort (privat)", "middle": "Zweiter Vorname", "mail2": "E-Mail-Adresse 2"}
 IN_GOOGLE = {**IN_ENGLISH, "company": "Organization Name", "home": "Phone 2 - Value", "mail": "E-mail 1 - Value",
              "town": "Address 1 - City", "mobile": "Phone 1 - Value", "mail2": "E-mail 2 - Value"}
 IN_GOOGLE_OLD = {**IN_GOOGLE, "last": "Family Name", "first": "Given Name", "middle": "Additional Name",

@@ -92,6 +92,7 @@ constexpr KnownHeading knownHeadings[] = {
     {"sekundäre e-mail-adresse", Field::Mail},
     {"home city", Field::Town, Rank::Home},
     {"ort privat", Field::Town, Rank::Home},
+    {"ort (privat)", Field::Town, Rank::Home},
     {"privat: ort", Field::Town, Rank::Home},
     {"address # - city", Field::Town},
     {"business city", Field::Town},
