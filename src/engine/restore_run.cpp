@@ -20,6 +20,7 @@
 #include "ce/text.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace {
 
@@ -31,10 +32,18 @@ const WCHAR RestoredRegistryPath[] = u"\\BKREG.TMP";
 struct RestoreRun {
     HANDLE dataFile = INVALID_HANDLE_VALUE;
     HWND progress = nullptr;
-    DWORD restoredBytes = 0;  // of files and databases, copied out of the data file so far
-    ItemOutcome item;         // of the current item
-    bool declined = false;    // the options or the user keep what the device has in place of the current item
+    DWORD restoredBytes = 0;         // of files and databases, copied out of the data file so far
+    ItemOutcome item;                // of the current item
+    bool declined = false;           // the options or the user keep what the device has in place of the current item
+    WCHAR newFolder[MAX_PATH] = {};  // the folder that this run made last, as FolderOf returns it; empty for none
 };
+
+// The folder of a path, with the backslash at its end; empty without one.
+std::u16string_view FolderOf(const WCHAR* path)
+{
+    const std::u16string_view whole = path;
+    return whole.substr(0, whole.rfind(u'\\') + 1);
+}
 
 // One item: its stream is copied out of the data file to the temporary stream, which is then unpacked.
 
@@ -107,10 +116,26 @@ bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, bool showCount)
 bool Unpack(RestoreRun& run, const WCHAR* path)
 {
     StreamOutcome unpacked;
-    (void)DecompressFile(TemporaryStreamPath, path, &unpacked);
+    TargetMaking making;
+    (void)DecompressFile(TemporaryStreamPath, path, &unpacked, &making);
+    if (making.folderIsNew)
+        CopyText(run.newFolder, FolderOf(path).size() + 1, path);
     if (!unpacked.whole)
         NoteFailure(run.item, unpacked.error);
     return unpacked.made != FALSE;
+}
+
+// As Unpack, but false if a file is there already. That isn't a failure of the item.
+bool UnpackIfNothingIsThere(RestoreRun& run, const WCHAR* path)
+{
+    StreamOutcome unpacked;
+    TargetMaking making = {.keepsOld = true};
+    (void)DecompressFile(TemporaryStreamPath, path, &unpacked, &making);
+    if (!unpacked.made && unpacked.error == ERROR_FILE_EXISTS)
+        return false;
+    if (!unpacked.whole)
+        NoteFailure(run.item, unpacked.error);
+    return true;
 }
 
 // Unpacks into a temporary file. False if a file at the path is the user's, which is neither used nor deleted.
@@ -144,29 +169,62 @@ bool IsMissing(const WCHAR* name, DWORD& error)
     return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
-// Any mode but ask and skip replaces.
+bool OptionsReplace()
+{
+    return gOptions.restoreMode != RestoreModeAsk && gOptions.restoreMode != RestoreModeSkip;
+}
+
 bool OptionsAllow(RestoreRun& run, const WCHAR* name)
 {
-    const WORD mode = gOptions.restoreMode;
-    if (mode != RestoreModeAsk && mode != RestoreModeSkip)
+    if (OptionsReplace())
         return true;
     DWORD error = ERROR_SUCCESS;
     if (IsMissing(name, error))
         return true;
-    if (mode == RestoreModeAsk)
+    if (gOptions.restoreMode == RestoreModeAsk)
         return AskReplace(name);
     if (error != ERROR_SUCCESS)
         NoteFailure(run.item, error);  // skipped, although it isn't known whether the file exists
     return false;
 }
 
+bool IsToRestore(RestoreRun& run, const WCHAR* name)
+{
+    SetCursor(nullptr);
+    run.declined = !OptionsAllow(run, name);
+    SetWaitCursor();
+    return !run.declined;
+}
+
+bool LiesInNewFolder(const RestoreRun& run, const WCHAR* name)
+{
+    return run.newFolder[0] != 0 && FolderOf(name) == run.newFolder;
+}
+
+// A file in a new folder mostly doesn't exist, so its opening finds out, which saves a call for each file. If there is
+// one all the same, the options decide.
+void RestoreIntoNewFolder(RestoreRun& run, const EntryBuffer& entry)
+{
+    const DWORD before = run.restoredBytes;
+    if (!CopyStreamOut(run, entry, true))
+        return;
+    if (!UnpackIfNothingIsThere(run, entry.name)) {
+        if (IsToRestore(run, entry.name))
+            (void)Unpack(run, entry.name);
+        else
+            run.restoredBytes = before;
+    }
+    (void)DeleteFileW(TemporaryStreamPath);
+}
+
 void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
     RestoreItem(run, KindOf(ItemKindFile), entry, [&] {
-        SetCursor(nullptr);
-        run.declined = !OptionsAllow(run, entry.name);
-        SetWaitCursor();
-        if (run.declined || !CopyStreamOut(run, entry, true))
+        if (!OptionsReplace() && LiesInNewFolder(run, entry.name)) {
+            RestoreIntoNewFolder(run, entry);
+            return;
+        }
+        if (!IsToRestore(run, entry.name) || !CopyStreamOut(run, entry, true))
             return;
         (void)Unpack(run, entry.name);
         (void)DeleteFileW(TemporaryStreamPath);

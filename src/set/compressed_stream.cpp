@@ -136,27 +136,31 @@ BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
     return result;
 }
 
-// Makes each folder on the path, from the root on. A failure needs no check: the target can't be opened then.
-void MakeFoldersOf(const WCHAR* path)
+// Makes each folder on the path, from the root on. A failure needs no check: the target can't be opened then. Whether
+// the last one is new.
+bool MakeFoldersOf(const WCHAR* path)
 {
+    bool made = false;
     WCHAR prefix[MAX_PATH];
     const std::size_t characters = CopyText(prefix, path);
     for (std::size_t i = 1; i < characters; i++) {
         if (prefix[i] != u'\\')
             continue;
         prefix[i] = 0;
-        (void)CreateDirectoryW(prefix, nullptr);
+        made = CreateDirectoryW(prefix, nullptr) != FALSE;
         prefix[i] = u'\\';
     }
+    return made;
 }
 
-HANDLE OpenTargetWithFolders(const WCHAR* path)
+HANDLE OpenTargetWithFolders(const WCHAR* path, TargetMaking& making)
 {
-    const HANDLE target = OpenTarget(path);
+    const DWORD creation = making.keepsOld ? CREATE_NEW : CREATE_ALWAYS;
+    const HANDLE target = OpenTarget(path, creation);
     if (target != INVALID_HANDLE_VALUE)
         return target;
-    MakeFoldersOf(path);
-    return OpenTarget(path);
+    making.folderIsNew = MakeFoldersOf(path);
+    return OpenTarget(path, creation);
 }
 
 // The unpacked blocks of a stream, in their order.
@@ -218,13 +222,13 @@ BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
     }
 }
 
-BOOL UnpackTo(StreamReader& reader, const WCHAR* path, StreamOutcome& unpacked)
+BOOL UnpackTo(StreamReader& reader, const WCHAR* path, StreamOutcome& unpacked, TargetMaking& making)
 {
     if (ReadMagic(reader) != StreamFault::None) {
         NoteFailure(unpacked, ERROR_FILE_CORRUPT);
         return FALSE;
     }
-    const HANDLE file = OpenTargetWithFolders(path);
+    const HANDLE file = OpenTargetWithFolders(path, making);
     if (file == INVALID_HANDLE_VALUE) {
         NoteFailure(unpacked);
         return FALSE;
@@ -268,9 +272,10 @@ BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* outcom
     return result;
 }
 
-BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* outcome)
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* outcome, TargetMaking* making)
 {
     StreamOutcome unused;
+    TargetMaking usual;
     StreamOutcome& unpacked = outcome ? *outcome : unused;
     unpacked = {};
     if (!CodecWorks()) {
@@ -282,7 +287,7 @@ BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* out
         NoteFailure(unpacked);
         return FALSE;
     }
-    const BOOL result = UnpackTo(reader, target, unpacked);
+    const BOOL result = UnpackTo(reader, target, unpacked, making ? *making : usual);
     CloseHandle(reader.file);
     return result;
 }

@@ -11,9 +11,9 @@ inline HANDLE OpenSource(const WCHAR* path)
     return CreateFileW(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
 }
 
-inline HANDLE OpenTarget(const WCHAR* path)
+inline HANDLE OpenTarget(const WCHAR* path, DWORD creation = CREATE_ALWAYS)
 {
-    return CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    return CreateFileW(path, GENERIC_WRITE, 0, nullptr, creation, 0, nullptr);
 }
 
 // Called right after a call that failed. Keeps the error of the first one.

@@ -44,22 +44,30 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
         WORD mode;
         bool answer;
         const char* a;
-        std::size_t questions;
+        const char* b;
+        Lines questions;
     };
-    writeSet(entryBytes(1, "\\a", 0, HelloBytes) + entryBytes(1, "\\folder\\b", 0, HelloBytes));
+    // The set has the second file twice. The first one makes its folder.
+    std::string again = Hello;
+    again.replace(again.find("hello"), 5, "again");
+    writeSet(entryBytes(1, "\\a", 0, HelloBytes) + entryBytes(1, "\\folder\\b", 0, HelloBytes) +
+             entryBytes(1, "\\folder\\b", HelloBytes, 2 * HelloBytes));
+    writeOnCard("QLBX0001.QDT", Hello + again);
+    const Lines both = {u"replace \\a", u"replace \\folder\\b"};
     for (const Case& c :
-         {Case{RestoreModeReplace, false, "hello", 0}, Case{RestoreModeSkip, true, "new", 0},
-          Case{RestoreModeAsk, true, "hello", 1}, Case{RestoreModeAsk, false, "new", 1}, Case{7, false, "hello", 0}}) {
+         {Case{RestoreModeReplace, false, "hello", "again", {}}, Case{RestoreModeSkip, true, "new", "hello", {}},
+          Case{RestoreModeAsk, true, "hello", "again", both}, Case{RestoreModeAsk, false, "new", "hello", both},
+          Case{7, false, "hello", "again", {}}}) {
         SCOPED_TRACE(c.mode);
         write("a", "new");
         removeAll("folder");
         gOptions.restoreMode = c.mode;
         gUser.shown.clear();
-        gUser.answers = {c.answer};
+        gUser.answers = {c.answer, c.answer};
         restore();
         EXPECT_EQ(read("a"), c.a);
-        EXPECT_EQ(read("folder/b"), "hello");
-        EXPECT_EQ(gUser.shownWith(u"ask "), Lines(c.questions, u"replace \\a"));
+        EXPECT_EQ(read("folder/b"), c.b);
+        EXPECT_EQ(gUser.shownWith(u"ask "), c.questions);
     }
     std::filesystem::remove(set_ / "QLBX0001.QDT");
     write("a", "new");
