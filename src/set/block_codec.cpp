@@ -68,7 +68,8 @@ bool SkipRun(Instructions& block, DWORD literals)
 
 bool CodecWorks()
 {
-    return lzo_init() == LZO_E_OK;
+    static const bool works = lzo_init() == LZO_E_OK;
+    return works;
 }
 
 // The CRC-32 of the library takes longer than packing.
