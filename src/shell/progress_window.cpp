@@ -64,10 +64,9 @@ void InitProgress(HWND dialog, const ProgressInit& init)
     SendDlgItemMessageW(dialog, BarId, PBM_SETPOS, 0, 0);
 }
 
-LRESULT StepBar(HWND dialog)
+void StepBar(HWND dialog)
 {
     SendDlgItemMessageW(dialog, BarId, PBM_STEPIT, 0, 0);
-    return SendDlgItemMessageW(dialog, BarId, PBM_GETPOS, 0, 0);
 }
 
 void SetText(HWND dialog, int id, WPARAM text)
@@ -88,7 +87,8 @@ INT_PTR ProgressDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
         SetTimer(dialog, AnimationTimer, AnimationMilliseconds, nullptr);
         return FALSE;
     case WM_TIMER:
-        if (StepBar(dialog) >= gProgressRange)
+        StepBar(dialog);
+        if (SendDlgItemMessageW(dialog, BarId, PBM_GETPOS, 0, 0) >= gProgressRange)
             PostMessageW(dialog, CloseMessage, 0, 0);
         return FALSE;
     case CloseMessage:
