@@ -23,20 +23,19 @@ OpenFiles& OpenFiles::instance()
 
 bool OpenFiles::conflicts(const FileKey& key, const Sharing& sharing) const
 {
-    const auto found = files_.find(key);
-    if (found == files_.end() || sharing.access == 0)
+    const Entry* const open = find(key);
+    if (!open || sharing.access == 0)
         return false;
-    const Entry& open = found->second;
-    return ((sharing.access & GENERIC_READ) != 0 && open.forbidReading > 0) ||
-           ((sharing.access & GENERIC_WRITE) != 0 && open.forbidWriting > 0) ||
-           ((sharing.share & FILE_SHARE_READ) == 0 && open.readers > 0) ||
-           ((sharing.share & FILE_SHARE_WRITE) == 0 && open.writers > 0);
+    return ((sharing.access & GENERIC_READ) != 0 && open->forbidReading > 0) ||
+           ((sharing.access & GENERIC_WRITE) != 0 && open->forbidWriting > 0) ||
+           ((sharing.share & FILE_SHARE_READ) == 0 && open->readers > 0) ||
+           ((sharing.share & FILE_SHARE_WRITE) == 0 && open->writers > 0);
 }
 
 std::shared_ptr<SharedFile> OpenFiles::enter(const FileKey& key, const Sharing& sharing, MountedFolder& mount,
                                              std::uint64_t size)
 {
-    Entry& entry = files_[key];
+    Entry& entry = findOrAdd(key);
     if (!entry.file)
         entry.file = std::make_shared<SharedFile>(mount, key, size);
     entry.count(sharing, 1);
@@ -56,7 +55,7 @@ bool OpenFiles::wasMadeHere(const HostStatus& status) const
 
 void OpenFiles::enter(const std::shared_ptr<SharedFile>& temporary, const Sharing& sharing)
 {
-    Entry& entry = files_[temporary->key()];
+    Entry& entry = findOrAdd(temporary->key());
     entry.file = temporary;
     entry.count(sharing, 1);
 }
@@ -136,22 +135,22 @@ DWORD OpenFiles::giveName(const TemporaryFiles::Nameless& nameless)
 
 void OpenFiles::changeKey(SharedFile& file, const FileKey& key)
 {
-    if (auto entry = files_.extract(file.key())) {
-        entry.key() = key;
-        files_.insert(std::move(entry));
-    }
+    if (Entry* const entry = find(file.key()))
+        entry->key = key;
     file.setKey(key);
 }
 
 void OpenFiles::leave(const SharedFile& file, const Sharing& sharing)
 {
     const kernel::MutexLock lock(mutex_);
-    const auto found = files_.find(file.key());
-    if (found == files_.end())
+    Entry* const found = find(file.key());
+    if (!found)
         return;
-    found->second.count(sharing, -1);
-    if (found->second.handles == 0)
-        files_.erase(found);
+    found->count(sharing, -1);
+    if (found->handles != 0)
+        return;
+    std::swap(*found, files_.back());
+    files_.pop_back();
 }
 
 std::optional<std::uint64_t> OpenFiles::sizeOfWritten(const FileKey& key)
@@ -159,10 +158,10 @@ std::optional<std::uint64_t> OpenFiles::sizeOfWritten(const FileKey& key)
     if (!SharedFile::anyGathers())
         return std::nullopt;
     const kernel::MutexLock lock(mutex_);
-    const auto found = files_.find(key);
-    if (found == files_.end() || found->second.writers == 0)
+    const Entry* const found = find(key);
+    if (!found || found->writers == 0)
         return std::nullopt;
-    const SharedFile& file = *found->second.file;
+    const SharedFile& file = *found->file;
     const kernel::MutexLock fileLock(file.mutex());
     return file.size();
 }
@@ -188,11 +187,29 @@ DWORD OpenFiles::writeOutAll(const MountedFolder& mount)
     return first;
 }
 
+const OpenFiles::Entry* OpenFiles::find(const FileKey& key) const
+{
+    const auto found = std::ranges::find(files_, key, &Entry::key);
+    return found == files_.end() ? nullptr : &*found;
+}
+
+OpenFiles::Entry* OpenFiles::find(const FileKey& key)
+{
+    const auto found = std::ranges::find(files_, key, &Entry::key);
+    return found == files_.end() ? nullptr : &*found;
+}
+
+OpenFiles::Entry& OpenFiles::findOrAdd(const FileKey& key)
+{
+    Entry* const found = find(key);
+    return found ? *found : files_.emplace_back(Entry{.key = key, .file = nullptr});
+}
+
 std::vector<std::shared_ptr<SharedFile>> OpenFiles::everyFile()
 {
     const kernel::MutexLock lock(mutex_);
     std::vector<std::shared_ptr<SharedFile>> all;
-    for (const auto& [key, entry] : files_)
+    for (const Entry& entry : files_)
         all.push_back(entry.file);
     return all;
 }

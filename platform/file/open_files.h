@@ -23,7 +23,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace platform::file {
@@ -43,7 +42,7 @@ public:
     kernel::SharedMutex& openings() const RETURN_CAPABILITY(openings_) { return openings_; }
     kernel::Mutex& mutex() const RETURN_CAPABILITY(mutex_) { return mutex_; }
 
-    bool isOpen(const FileKey& key) const REQUIRES(mutex_) { return files_.contains(key); }
+    bool isOpen(const FileKey& key) const REQUIRES(mutex_) { return find(key) != nullptr; }
     bool conflicts(const FileKey& key, const Sharing& sharing) const REQUIRES(mutex_);
 
     // Counts a handle. `size` is used if the file wasn't open.
@@ -85,14 +84,8 @@ public:
     [[nodiscard]] DWORD writeOutAll(const MountedFolder& mount) EXCLUDES(mutex_);
 
 private:
-    struct KeyHash {
-        std::size_t operator()(const FileKey& key) const noexcept
-        {
-            return static_cast<std::size_t>((key.inode ^ (key.device << 7)) * 0x9E3779B97F4A7C15);
-        }
-    };
-
     struct Entry {
+        FileKey key;
         std::shared_ptr<SharedFile> file;
         int handles = 0;
         int readers = 0;
@@ -111,6 +104,11 @@ private:
         bool operator==(const MadeFile&) const = default;
     };
 
+    // Null if the file isn't open.
+    const Entry* find(const FileKey& key) const REQUIRES(mutex_);
+    Entry* find(const FileKey& key) REQUIRES(mutex_);
+    Entry& findOrAdd(const FileKey& key) REQUIRES(mutex_);
+
     std::vector<std::shared_ptr<SharedFile>> everyFile() EXCLUDES(mutex_);
     [[nodiscard]] DWORD giveName(const TemporaryFiles::Nameless& nameless) REQUIRES(mutex_);
     [[nodiscard]] DWORD giveNames(const std::vector<TemporaryFiles::Nameless>& nameless) REQUIRES(mutex_);
@@ -118,7 +116,8 @@ private:
 
     mutable kernel::SharedMutex openings_;
     mutable kernel::Mutex mutex_;
-    std::unordered_map<FileKey, Entry, KeyHash> files_ GUARDED_BY(mutex_);
+    // A run has fewer than ten files open, so a search from the start is fastest.
+    std::vector<Entry> files_ GUARDED_BY(mutex_);
     std::array<MadeFile, 8> made_ GUARDED_BY(mutex_);
     std::size_t nextMade_ GUARDED_BY(mutex_) = 0;
     TemporaryFiles temporaries_ GUARDED_BY(mutex_);
