@@ -4,7 +4,6 @@ import os
 import re
 import shutil
 import subprocess
-import unittest
 
 from companions import BIN, database
 from device_contents import NAMES, ContentsTest, texts
@@ -180,7 +179,3 @@ class DialogTest(ContentsTest):
         self.assertEqual(shown(self.quillbox(left).transcript, "answer"), [])
         self.assertEqual(self.content(self.card), stored)
         self.assertEqual(self.content(), {b"a": b"new"})
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -6,7 +6,6 @@ import re
 import signal
 import subprocess
 import time
-import unittest
 
 from companions import BIN, SANITIZED
 import independent_set
@@ -320,7 +319,3 @@ class StopTest(CommandTest):
             self.assert_no_temporary_file()
             self.assertEqual({**stored, **self.content()}, files, "what is restored is whole")
         self.assertIn(6, codes, "no run was stopped in between")
-
-
-if __name__ == "__main__":
-    unittest.main()

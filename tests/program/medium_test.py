@@ -5,7 +5,6 @@ It is tmpfs, mounted at a second place, so that its content can be read after it
 import os
 import subprocess
 import time
-import unittest
 
 import independent_set
 from companions import BIN
@@ -87,7 +86,3 @@ class MediumTest(ProgramTest):
         self.assertLess(len(left), FILES, "no source was deleted before")
         self.assertEqual({**{name: stored.get(name) for name in before if name not in left}, **left}, before)
         self.assertEqual(list((self.store).glob("Stick*")), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,6 +1,5 @@
 """The settings: how the registry stores them, what the dialog shows of them and what it writes back."""
 import struct
-import unittest
 
 from device_contents import ContentsTest
 
@@ -44,7 +43,3 @@ class OptionsTest(ContentsTest):
         self.quillbox('command 504\nuncheck 1028\ncheck 1026\ncheck 1023\ncheck 1024\nok\n')
         given |= {"mode": 1024, "verify": 0, "log": 1}
         self.assertEqual(self.settings(), values(record(listed=kept, **given), kept))
-
-
-if __name__ == "__main__":
-    unittest.main()

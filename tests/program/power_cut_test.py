@@ -3,7 +3,6 @@ import contextlib
 import os
 import shutil
 import subprocess
-import unittest
 
 from program import ProgramTest, full_backup, full_restore, options_script
 
@@ -81,7 +80,3 @@ class PowerCutTest(ProgramTest):
                 (device / "object-store").mkdir(parents=True)
                 self.quillbox(full_restore(set="\\Stick\\QUILBOX\\QLBX0001.QLT"), "--card", f"Stick={self.card}", device=device)
                 self.assertTrue(self.content(cut() / "device" / "object-store") == before)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,5 +1,4 @@
 """All databases and the registry of a device into a set and back: nothing is lost but what the format can't hold."""
-import unittest
 
 import independent_set
 from companions import SANITIZED, database, lines
@@ -117,7 +116,3 @@ class RoundTripTest(ContentsTest):
         self.assertEqual(self.exported(), before)
         self.assertEqual([path.read_bytes() for path in outside], [b"mine"] * 2)
         self.assertEqual(self.content(), {b"folder/kept": b"kept"})
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -3,7 +3,6 @@ import contextlib
 import os
 import sqlite3
 import subprocess
-import unittest
 
 import independent_set
 from companions import BIN, database, lines
@@ -142,7 +141,3 @@ class DamageTest(ContentsTest):
         self.assertIn('was replaced: "\\Target.CDB"', said)
         self.assertEqual(self.content(), {b"Target.CDB": b"the user's", b"TMVRegFile.QBR": b"mine"})
         self.assertEqual(self.items(3), {})
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,7 +2,6 @@
 import os
 import random
 import re
-import unittest
 
 import independent_set
 from device_contents import NAMES
@@ -75,7 +74,3 @@ class WholeJobTest(ProgramTest):
         self.assertRegex(next(line for line in lines if "Full Restore" in line), r"Backup date:.*\(.*\\nComments:\\nmine")
         self.assertEqual([re.fullmatch(r"LOG\(\d\d:\d\d:\d\d\): (.*) ", line)[1] for line in self.log()],
                          ["INF: Start file backup: \\a.txt", "INF: End file backup\\a.txt"])
-
-
-if __name__ == "__main__":
-    unittest.main()

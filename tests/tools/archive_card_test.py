@@ -10,7 +10,6 @@ import pathlib
 import random
 import shutil
 import subprocess
-import unittest
 
 from companions import BIN, CompanionTest, SANITIZED
 from host_trouble import needs_strace, traced
@@ -291,7 +290,3 @@ class HostileTest(CompanionTest):
                 self.assertNotIn(b"Sanitizer", run.stderr)
         self.assertIn(f"{good}: sealed", self.set_tool("seal", self.folder, code=1).text)
         self.set_tool("find", "good", self.folder, self.folder / "none", code=2)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -3,7 +3,6 @@ import json
 import os
 import random
 import subprocess
-import unittest
 
 from companions import CompanionTest, SANITIZED
 from independent_set import DATABASE, FILE, REGISTRY, Set, image_bytes, pack_stream
@@ -94,7 +93,3 @@ class ShowTest(CompanionTest):
         self.assertEqual([(item["bytes"], item["packedBytes"], item["ratio"]) for item in listed],
                          [(50, 70, 1.4), (5, 25, 5.0), (0, 12, None)])
         self.assertIn("70           50   140 % \\c\n", self.set_tool("list", path, "--long").text)
-
-
-if __name__ == "__main__":
-    unittest.main()

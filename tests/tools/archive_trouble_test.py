@@ -161,7 +161,3 @@ class RegistryBoundTest(CompanionTest):
             self.assertIn(b"too many keys and values", done.stdout + done.stderr)
             self.assertEqual(done.returncode, 2 if command[0] == "diff" else 1)
         self.set_tool("verify", huge)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,7 +2,6 @@
 import fcntl
 import json
 import os
-import unittest
 
 from companions import CompanionTest, SANITIZED, database, lines
 from independent_set import FILE, Set
@@ -115,7 +114,3 @@ class CoveredTest(CompanionTest):
             fcntl.flock(lock, fcntl.LOCK_EX)
             self.assertIn("is in use", self.covered(code=1).said)
         self.assertIn("not a device", self.device_tool("covered", self.folder, self.sets, code=2).said)
-
-
-if __name__ == "__main__":
-    unittest.main()

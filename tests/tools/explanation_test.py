@@ -9,7 +9,6 @@ import os
 import random
 import subprocess
 import sys
-import unittest
 
 import card_reader
 from companions import BIN, SANITIZED, CompanionTest, names_in
@@ -148,7 +147,3 @@ class ExplanationTest(CompanionTest):
 
 def tree(folder):
     return {os.fsencode(path.relative_to(folder)): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -326,7 +326,3 @@ class RefusalTest(MountTest):
                                 ([self.sets, full / "file"], "there is no folder"), ([self.sets, full / "none"], "there is no folder")):
             with self.subTest(words=words):
                 self.assertIn(sentence, self.run_program("quillbox-mount", *words, code=2).said)
-
-
-if __name__ == "__main__":
-    unittest.main()

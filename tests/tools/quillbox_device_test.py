@@ -8,7 +8,6 @@ import signal
 import sqlite3
 import subprocess
 import time
-import unittest
 
 from companions import BIN, REGISTRY_HEAD, CompanionTest, database, lines, names_in
 from host_trouble import needs_strace, traced
@@ -403,7 +402,3 @@ class HostTest(DeviceToolTest):
         with out.open("a") as appended:
             self.device_tool("database", "export", self.device, "/dev/stdout", stdout=appended)
         self.assertEqual(out.read_text(), "before\n" + lines(KINDS))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -6,7 +6,6 @@ import json
 import os
 import resource
 import signal
-import unittest
 
 from companions import BIN, CompanionTest, names_in
 from host_trouble import needs_strace, traced
@@ -323,7 +322,3 @@ class HarmTest(SetToolTest):
         self.assertIn("<U+001B>", self.set_tool("list", path).text)
         self.assertNotIn("\x1b", self.set_tool("list", "no \x1b[2J", code=2).said)
         self.assertEqual(json.loads(self.set_tool("list", path, "--json").text)["items"][0]["name"], name)
-
-
-if __name__ == "__main__":
-    unittest.main()

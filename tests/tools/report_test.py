@@ -3,7 +3,6 @@ import datetime
 import json
 import re
 import sys
-import unittest
 
 from selenium.webdriver.common.keys import Keys
 
@@ -262,7 +261,3 @@ class ReportTest(CompanionTest):
         self.assertGreater(found, 0, word[:80])
         thing = table.replace("-table", "")
         return f"{found} {thing}" if found == len(texts) else f"{found} of {len(texts)} {thing}"
-
-
-if __name__ == "__main__":
-    unittest.main()

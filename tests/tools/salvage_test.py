@@ -7,7 +7,6 @@ import shutil
 import struct
 import subprocess
 import tempfile
-import unittest
 
 from companions import BIN, CompanionTest, SANITIZED, database, lines, names_in
 from host_trouble import needs_strace, traced
@@ -368,7 +367,3 @@ class SalvageTroubleTest(SalvageTest):
         self.assertGreater(lacks, 0)
         self.assertTrue(item["unreadable"] and end - 2 * RAW_BLOCK < item["soundBytes"] <= end, item)
         self.assertEqual((len(written), written[:item["soundBytes"]], written[-RAW_BLOCK:]), (len(raw), raw[:item["soundBytes"]], raw[-RAW_BLOCK:]))
-
-
-if __name__ == "__main__":
-    unittest.main()

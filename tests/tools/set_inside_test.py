@@ -236,7 +236,3 @@ def packed_zeros():
     left = 131072 - 4 - 33
     packed = bytes([21, 0, 0, 0, 0, 32]) + bytes(left // 255) + bytes([left % 255]) + b"\0\0" + bytes.fromhex("110000")
     return struct.pack("<I", len(packed)) + packed
-
-
-if __name__ == "__main__":
-    unittest.main()
