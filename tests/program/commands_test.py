@@ -7,6 +7,7 @@ import signal
 import subprocess
 import time
 
+import card_reader
 from companions import BIN, SANITIZED
 import independent_set
 from program import ProgramTest
@@ -60,7 +61,7 @@ class BackupTest(CommandTest):
                 made = self.result("backup", "--to", storage, "--files")["set"]
                 self.assertEqual(os.path.dirname(made["path"]), str(sets))
                 self.assertEqual(made["list"], f"{path}\\QUILBOX\\QLBX{made['number']:04d}.QLT")
-                names = {name for _, name, _ in independent_set.read_set(sets / f"QLBX{made['number']:04d}.QLT")}
+                names = {name for _, name, _ in card_reader.read_set(sets / f"QLBX{made['number']:04d}.QLT")}
                 self.assertFalse({name for name in names if "foreign" in name})
         found = json.loads(self.command("sets", share, "--json").text)["sets"]
         self.assertEqual([one["items"]["files"] for one in found], [3, 3])

@@ -6,7 +6,7 @@ import os
 import subprocess
 import time
 
-import independent_set
+import card_reader
 from companions import BIN
 from program import ProgramTest, full_backup, options_script
 
@@ -80,9 +80,9 @@ class MediumTest(ProgramTest):
         self.assertEqual({path: path.read_bytes() for path in old}, old)
         left = self.content()
         # Without an entry the item that was being stored isn't part of the set.
-        os.truncate(data, independent_set.read_list(data.with_suffix(".QLT").read_bytes())[1][-1][3])
+        os.truncate(data, card_reader.entries(data.with_suffix(".QLT"))[-1].end)
         stored = {name.replace("\\", "/").encode()[1:]: content for kind, name, content in
-                  independent_set.read_set(data.with_suffix(".QLT")) if kind == 1}
+                  card_reader.read_set(data.with_suffix(".QLT")) if kind == 1}
         self.assertLess(len(left), FILES, "no source was deleted before")
         self.assertEqual({**{name: stored.get(name) for name in before if name not in left}, **left}, before)
         self.assertEqual(list((self.store).glob("Stick*")), [])

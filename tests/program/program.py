@@ -3,8 +3,8 @@ import os
 import shutil
 import time
 
+from card_reader import read_set
 from companions import CompanionTest
-from independent_set import read_set
 
 SET = "\\Card\\QUILBOX\\QLBX0001.QLT"
 # Check boxes of "Full Backup".

@@ -1,112 +1,11 @@
-"""Reads and writes sets without any of Quillbox's code: made from docs/format.md alone, with its LZO1X decoder."""
+"""Writes sets without any of Quillbox's code: made from docs/format.md alone."""
 import pathlib
 import struct
 
 MAGIC = b"QBXPK"
 RAW_BLOCK = 131072
-PACKED_BLOCK = RAW_BLOCK + RAW_BLOCK // 16 + 64 + 3
 CLOSING_BLOCK = bytes.fromhex("110000")
 FILE, DATABASE, REGISTRY = 1, 2, 3
-
-
-class Damaged(Exception):
-    pass
-
-
-class Reader:
-    """Bytes that are taken from the beginning to the end."""
-
-    def __init__(self, raw, what):
-        self.raw = raw
-        self.what = what
-        self.at = 0
-
-    def take(self, count):
-        if self.at + count > len(self.raw):
-            raise Damaged(f"{self.what} ends early")
-        piece = self.raw[self.at:self.at + count]
-        self.at += count
-        return piece
-
-    def number(self, size=4):
-        return int.from_bytes(self.take(size), "little")
-
-    def ended(self):
-        return self.at == len(self.raw)
-
-
-# LZO1X
-
-class Block(Reader):
-    """One packed block that is being read, and what it has given so far."""
-
-    def __init__(self, packed):
-        super().__init__(packed, "a block")
-        self.unpacked = bytearray()
-
-    def long_length(self, base):
-        zeros = 0
-        while (last := self.number(1)) == 0:
-            zeros += 1
-        return base + 255 * zeros + last
-
-    def literals(self, count):
-        self.unpacked += self.take(count)
-        self.check_room()
-
-    def match(self, length, distance):
-        start = len(self.unpacked) - distance
-        if start < 0:
-            raise Damaged("a match reaches before the block's begin")
-        for position in range(start, start + length):
-            self.unpacked.append(self.unpacked[position])
-        self.check_room()
-
-    def check_room(self):
-        if len(self.unpacked) > RAW_BLOCK:
-            raise Damaged("a block unpacks to more than it may")
-
-
-def unpack(packed):
-    block = Block(packed)
-    state = 0
-    if packed and packed[0] > 17:
-        count = block.number(1) - 17
-        block.literals(count)
-        state = min(count, 4)
-    while True:
-        b = block.number(1)
-        if b < 16 and state == 0:
-            block.literals(3 + b if b else block.long_length(18))
-            state = 4
-            continue
-        if b < 16 and state == 4:
-            block.match(3, 4 * block.number(1) + (b >> 2) + 2049)
-            state = b & 3
-        elif b < 16:
-            block.match(2, 4 * block.number(1) + (b >> 2) + 1)
-            state = b & 3
-        elif b < 32:
-            length = 2 + (b & 7) if b & 7 else block.long_length(9)
-            word = block.number(2)
-            distance = 16384 + 2048 * (b & 8) + (word >> 2)
-            if distance == 16384:
-                break
-            block.match(length, distance)
-            state = word & 3
-        elif b < 64:
-            length = 2 + (b & 31) if b & 31 else block.long_length(33)
-            word = block.number(2)
-            block.match(length, (word >> 2) + 1)
-            state = word & 3
-        else:
-            length = 3 + ((b >> 5) & 1) if b < 128 else 5 + ((b >> 5) & 3)
-            block.match(length, 8 * block.number(1) + ((b >> 2) & 7) + 1)
-            state = b & 3
-        block.literals(state)
-    if not block.ended():
-        raise Damaged("bytes follow the end of a block")
-    return bytes(block.unpacked)
 
 
 def pack(raw):
@@ -124,70 +23,12 @@ def pack(raw):
 
 # Streams
 
-def unpack_stream(stream):
-    reader = Reader(stream, "the stream")
-    if reader.take(len(MAGIC)) != MAGIC:
-        raise Damaged("no stream begins at the start offset")
-    pieces = []
-    while True:
-        size = reader.number()
-        if size == 0 or size > PACKED_BLOCK:
-            raise Damaged(f"a block has a length of {size}")
-        piece = unpack(reader.take(size))
-        if not piece:
-            break
-        pieces.append(piece)
-    if not reader.ended():
-        raise Damaged("bytes follow the closing block")
-    return b"".join(pieces)
-
-
 def pack_stream(raw):
     pieces = [raw[at:at + RAW_BLOCK] for at in range(0, len(raw), RAW_BLOCK)] + [b""]
     return MAGIC + b"".join(struct.pack("<I", len(packed)) + packed for packed in map(pack, pieces))
 
 
 # Sets
-
-def text(raw, what):
-    decoded = raw.decode("utf-16-le", "surrogatepass")
-    if decoded[-1:] != "\0" or "\0" in decoded[:-1]:
-        raise Damaged(f"{what} isn't terminated where it should be")
-    return decoded[:-1]
-
-
-def read_list(raw):
-    """The comment and (kind, name, start, end) of each entry."""
-    reader = Reader(raw, "the list")
-    comment = text(reader.take(2 * reader.number()), "the comment")
-    entries = []
-    while not reader.ended():
-        kind, flag = reader.take(2)
-        if kind not in (FILE, DATABASE, REGISTRY) or flag != 1:
-            raise Damaged(f"an entry of kind {kind} with a second byte of {flag}")
-        name = text(reader.take(2 * reader.number()), "a name")
-        entries.append((kind, name, reader.number(), reader.number()))
-    return comment, entries
-
-
-def read_set(list_path):
-    """The items of a set as (kind, name, content), in their order. Raises Damaged at the first deviation from the format."""
-    _, entries = read_list(list_path.read_bytes())
-    data = list_path.with_suffix(".QDT").read_bytes()
-    items = []
-    expected = 0
-    for kind, name, start, end in entries:
-        if start != expected or end < start or end > len(data):
-            raise Damaged(f"{name}: its stream lies from {start} to {end}")
-        expected = end
-        try:
-            items.append((kind, name, unpack_stream(data[start:end])))
-        except Damaged as fault:
-            raise Damaged(f"{name}: {fault}") from fault
-    if expected != len(data):
-        raise Damaged(f"the data file has {len(data)} bytes, the entries {expected}")
-    return items
-
 
 def entry_bytes(kind, name, start, end):
     packed_name = (name + "\0").encode("utf-16-le", "surrogatepass")

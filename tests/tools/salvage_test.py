@@ -8,9 +8,10 @@ import struct
 import subprocess
 import tempfile
 
+import card_reader
 from companions import BIN, CompanionTest, SANITIZED, database, lines, names_in
 from host_trouble import needs_strace, traced
-from independent_set import DATABASE, FILE, MAGIC, RAW_BLOCK, REGISTRY, Set, entry_bytes, image_bytes, pack_stream, read_list, registry_bytes
+from independent_set import DATABASE, FILE, MAGIC, RAW_BLOCK, REGISTRY, Set, entry_bytes, image_bytes, pack_stream, registry_bytes
 
 PAGE = 4096
 KINDS = {FILE: "file", DATABASE: "database", REGISTRY: "registry"}
@@ -86,8 +87,8 @@ class RuinedSetTest(SalvageTest):
         path = card / "QUILBOX/QLBX0001.QLT"
         run("quillbox-set", "extract", path, out)
         files = {FILE: lambda name: name[1:].replace("\\", "/"), DATABASE: lambda name: name + ".jsonl", REGISTRY: lambda _: "registry.reg"}
-        items = [(kind, name, (out / files[kind](name)).read_bytes(), start, end)
-                 for kind, name, start, end in read_list(path.read_bytes())[1]]
+        items = [(each.kind, each.name, (out / files[each.kind](each.name)).read_bytes(), each.start, each.end)
+                 for each in card_reader.entries(path)]
         return path, path.with_suffix(".QDT").read_bytes(), items
 
     def check(self, data, items, bad=(), *more):
