@@ -1,11 +1,10 @@
 """Whole jobs on many real files: every byte and every name comes back, also through other programs."""
 import os
 import random
-import re
 
 import independent_set
 from device_contents import NAMES
-from program import ProgramTest, full_backup, full_restore, options_script, shown
+from program import ProgramTest, full_backup, full_restore
 
 FILE_COUNT = 20_000
 BLOCK = 131_072
@@ -54,23 +53,3 @@ class WholeJobTest(ProgramTest):
         made.write(self.sets)
         self.quillbox(full_restore())
         self.assertEqual(self.content(), contents)
-
-    def test_texts_of_a_job_are_those_of_the_resources(self):
-        self.write("a.txt", b"a" * 3000)
-        script = ('command 40006\nok\nidle\n' + options_script(log=True) + full_backup(comment="mine") +
-                  'answer "File:*" no\n' + full_restore())
-        lines = shown(self.quillbox(script).transcript, "window", "text")
-        # The windows whose texts name no time and no size.
-        self.assertEqual([line for line in lines if line.startswith(("window message", "window progress", "text"))], [
-            'window message "Error" text "No Backup File found" buttons ok default ok',
-            'window progress "Construct File List" text "Computing list to backup"',
-            'window progress "Backuping Files" text "Backuping Files"',
-            'text "Backuping Files" 1002 "File: \\a.txt"', 'text "Backuping Files" 1029 "Backuped: 0"',
-            'window progress "Restoring Files" text "Restoring Files"',
-            'text "Restoring Files" 1002 "File: \\a.txt"',
-            'window message "Warning" text "File:\\a.txt exists replace ?" buttons yes,no default no'])
-        again = shown(self.quillbox('answer "Override*" no\n' + full_backup()).transcript, "window")
-        self.assertIn('window message "Info?" text "Override \\Card\\QUILBOX\\QLBX0001.QLT file" buttons yes,no default no', again)
-        self.assertRegex(next(line for line in lines if "Full Restore" in line), r"Backup date:.*\(.*\\nComments:\\nmine")
-        self.assertEqual([re.fullmatch(r"LOG\(\d\d:\d\d:\d\d\): (.*) ", line)[1] for line in self.log()],
-                         ["INF: Start file backup: \\a.txt", "INF: End file backup\\a.txt"])
