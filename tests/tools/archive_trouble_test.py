@@ -1,13 +1,11 @@
 """The commands on many sets while the host or the user gets in their way."""
-import json
 import os
-import pathlib
 import subprocess
 import unittest
 
-from companions import BIN, CompanionTest, SANITIZED
+from companions import BIN, CompanionTest, SANITIZED, files_below
 from host_trouble import needs_strace, traced
-from independent_set import DATABASE, FILE, REGISTRY, Set, image_bytes, pack_stream, registry_bytes
+from independent_set import DATABASE, FILE, REGISTRY, Set, image_bytes, registry_bytes
 
 MANY = 300 if SANITIZED else 5000
 
@@ -39,20 +37,17 @@ class TroubleTest(CompanionTest):
                 "report": [tool, "report", self.card, "--force", "--output", self.folder / "out.html"],
                 "covered": [BIN / "quillbox-device", "covered", self.device, self.card]}
 
-    def content(self, folder):
-        return {str(path.relative_to(folder)): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
-
     @needs_strace
     def test_ctrl_c_ends_each_command_with_nothing_half_written(self):
         for name, command in self.commands().items():
-            before, stops = self.content(self.card), 0
+            before, stops = files_below(self.card), 0
             for nth in (3, 8, 14):
                 with self.subTest(command=name, nth=nth):
                     done = traced(command, "pread64,unlink", f"pread64:signal=INT:when={nth}")
                     stops += done.returncode == -2
                     self.assertIn(done.returncode, (-2, 0, 1), done.stderr)
                     self.assertEqual([path for path in self.folder.rglob("*.part")], [])
-                    after = self.content(self.card)
+                    after = files_below(self.card)
                     self.assertTrue(before.items() <= after.items() or name == "prune")
                     self.assertEqual({path for path in after if path.endswith("QLT") and path[:-3] + "QDT" not in after}, set())
                     if name == "seal":
@@ -68,7 +63,7 @@ class TroubleTest(CompanionTest):
             command = [BIN / "quillbox-set", "extract", path, self.folder / "out", name]
             done = traced(command, "pwrite64", "pwrite64:signal=INT:when=2")
             self.assertEqual(done.returncode, -2)
-            self.assertEqual(self.content(self.folder / "out"), {})
+            self.assertEqual(files_below(self.folder / "out"), {})
 
     @needs_strace
     def test_sets_that_vanish_in_the_middle_are_named_and_never_pass_as_sound(self):
@@ -79,7 +74,7 @@ class TroubleTest(CompanionTest):
                     done = traced(commands[name], "openat2", f"openat2:error=ENOENT:when={nth}+")
                     self.assertIn(done.returncode, (1, 2))
                     self.assertRegex(done.stdout + done.stderr, b"can't be|Unsound|missing|[1-9] damaged")
-        self.assertEqual(len(self.content(self.card)), 6)  # prune removed nothing
+        self.assertEqual(len(files_below(self.card)), 6)  # prune removed nothing
 
     def test_find_goes_on_after_a_set_that_was_removed_meanwhile(self):
         big = Set()
@@ -109,7 +104,7 @@ class TroubleTest(CompanionTest):
                 self.assertEqual(done.returncode, 1, done.stderr)
                 self.assertIn(said, done.stdout + done.stderr)
                 self.assertIn(b"QLBX0002.QLT", done.stdout + done.stderr)
-        self.assertEqual(len(self.content(self.card)), 6)
+        self.assertEqual(len(files_below(self.card)), 6)
 
     def test_a_full_target_leaves_nothing_half_written(self):
         small = self.folder / "small"

@@ -107,5 +107,10 @@ class CompanionTest(unittest.TestCase):
         return pathlib.Path(tempfile.mkdtemp(prefix="out", dir=self.folder))
 
 
+def files_below(folder):
+    """The content of each file by its path in the folder."""
+    return {str(path.relative_to(folder)): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+
+
 def names_in(folder):
     return sorted(path.name for path in folder.iterdir())

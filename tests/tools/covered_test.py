@@ -5,18 +5,9 @@ import os
 
 from companions import CompanionTest, SANITIZED, database, lines
 from independent_set import FILE, Set
+import program
 
 FILES, RECORDS = (400, 500) if SANITIZED else (20000, 40000)
-SCRIPT = """command 40003
-check 1005
-check 1006
-check 1007
-ok
-wait "Select"
-select 1003 "\\Card"
-ok
-idle
-"""
 
 
 def record(number, subject="Task"):
@@ -35,7 +26,7 @@ class CoveredTest(CompanionTest):
         (self.store / os.fsdecode(b"raw \xff")).write_bytes(b"odd name")
         self.add_records([record(number) for number in range(RECORDS)])
         (self.device / "cards/Card").mkdir(parents=True)
-        for script in ("idle\n", SCRIPT):  # the first end of the program puts its settings into the registry
+        for script in ("idle\n", program.full_backup(program.FILES, program.DATABASES, program.REGISTRY)):  # the first end of the program puts its settings into the registry
             self.run_program("quillbox", "--device", self.device, "--timeout", "0", "--script", "-", given=script)
         self.sets = self.folder / "sets"
         (self.device / "cards/Card/QUILBOX").rename(self.sets)

@@ -5,13 +5,12 @@ CompanionTest.verified() holds the reader against quillbox-set in all other suit
 import contextlib
 import io
 import json
-import os
 import random
 import subprocess
 import sys
 
 import card_reader
-from companions import BIN, SANITIZED, CompanionTest, names_in
+from companions import SANITIZED, CompanionTest, files_below, names_in
 from independent_set import CLOSING_BLOCK, DATABASE, FILE, MAGIC, REGISTRY, Set, image_bytes, pack, registry_bytes
 
 RECORDS = [[(0x37001F, "text \ud800"), (0x100041, b"\1\2"), (0x20002, 0xFFFD), (0x30003, 5, 0x100), (0x400040, 1 << 40),
@@ -142,8 +141,4 @@ class ExplanationTest(CompanionTest):
         done = self.set_tool("extract", path, theirs, *options, code=None)
         with contextlib.redirect_stdout(io.StringIO()):
             code = card_reader.READER.main(["extract", *reader_options, str(path), str(ours)])
-        self.assertEqual((code, tree(ours)), (done.returncode, tree(theirs)), path)
-
-
-def tree(folder):
-    return {os.fsencode(path.relative_to(folder)): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
+        self.assertEqual((code, files_below(ours)), (done.returncode, files_below(theirs)), path)

@@ -4,7 +4,6 @@ import contextlib
 import ctypes
 import errno
 import os
-import pathlib
 import random
 import resource
 import shutil

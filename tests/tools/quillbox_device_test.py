@@ -9,7 +9,7 @@ import sqlite3
 import subprocess
 import time
 
-from companions import BIN, REGISTRY_HEAD, CompanionTest, database, lines, names_in
+from companions import BIN, REGISTRY_HEAD, CompanionTest, database, files_below, lines, names_in
 from host_trouble import needs_strace, traced
 
 TOOL = BIN / "quillbox-device"
@@ -328,9 +328,9 @@ class HostTest(DeviceToolTest):
             stored.commit()
             shutil.copytree(self.device, medium)  # with a log, as a process leaves it that is killed
         self.assertGreater((medium / "device.db-wal").stat().st_size, 0)
-        files = {path: path.read_bytes() for path in medium.rglob("*") if path.is_file()}
-        for path in files:
-            path.chmod(0o444)  # as on a CD
+        files = files_below(medium)
+        for name in files:
+            (medium / name).chmod(0o444)  # as on a CD
         script = 'mount --bind "$1" "$1" && mount -o remount,ro,bind "$1" && shift && exec setpriv --bounding-set -dac_override "$@"'
 
         def read(*command, code=0):
@@ -349,7 +349,7 @@ class HostTest(DeviceToolTest):
         with open(medium / "device.lock", "rb") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
             self.assertIn("is open in another Quillbox", read("show", medium, code=1))
-        self.assertEqual({path: path.read_bytes() for path in medium.rglob("*") if path.is_file()}, files)
+        self.assertEqual(files_below(medium), files)
 
     @contextlib.contextmanager
     def keeps_rights(self, path):

@@ -7,16 +7,12 @@ import os
 import resource
 import signal
 
-from companions import BIN, CompanionTest, names_in
+from companions import BIN, CompanionTest, files_below, names_in
 from host_trouble import needs_strace, traced
 from independent_set import DATABASE, FILE, REGISTRY, Set, entry_bytes, image_bytes, pack_stream, registry_bytes
 
 TOOL = BIN / "quillbox-set"
 CUT = -7  # where a stream ends without its closing block
-
-
-def files_below(folder):
-    return {str(path.relative_to(folder)): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
 
 
 class SetToolTest(CompanionTest):
