@@ -25,8 +25,7 @@ TEST_F(CardTest, WritePastTheCapacityTakesTheBytesThatFit)
             total += written = write(file, bytes.substr(total, 260));
         EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
         EXPECT_EQ(total, capacity);
-        EXPECT_EQ(write(file, "x"), 0U);
-        EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
+        EXPECT_EQ(errorOf(write(file, "x") != 0), ERROR_DISK_FULL);
         SetFilePointer(file, 0, nullptr, FILE_BEGIN);  // existing bytes can be replaced
         EXPECT_EQ(write(file, bytes.substr(0, capacity)), capacity);
         EXPECT_TRUE(CloseHandle(file));
@@ -44,8 +43,7 @@ TEST_F(CardTest, DeletedAndCutFilesMakeRoomAndAHoleNeedsIt)
         SetFilePointer(file, 800, nullptr, FILE_BEGIN);
         EXPECT_EQ(write(file, std::string(300, 'x')), 200U);
         SetFilePointer(file, 5000, nullptr, FILE_BEGIN);
-        EXPECT_EQ(write(file, "x"), 0U);
-        EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
+        EXPECT_EQ(errorOf(write(file, "x") != 0), ERROR_DISK_FULL);
         EXPECT_EQ(used(), 1000U);
         CloseHandle(file);
         make(u"\\Card\\f", std::string(900, 'x'));

@@ -16,12 +16,8 @@ TEST_F(FileTest, AttributesComeFromModeNameAndStoredBits)
     ::chmod((root() / ".point").c_str(), 0555);
     EXPECT_EQ(GetFileAttributesW(u"\\.point"), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY);
 
-    struct Stored {
-        std::string text;
-        DWORD attributes;
-    };
     using namespace std::string_literals;
-    const Stored cases[] = {
+    const std::pair<std::string, DWORD> cases[] = {
         {"0x26", FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE},
         {"0x22\0"s, FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE},
         {"0x2040", FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE},
@@ -34,9 +30,9 @@ TEST_F(FileTest, AttributesComeFromModeNameAndStoredBits)
         {"\0\0\3\0\3\0\0\0\x22\0\0\0"s, FILE_ATTRIBUTE_NORMAL},
         {std::string(500, '0'), FILE_ATTRIBUTE_NORMAL},
     };
-    for (const Stored& each : cases) {
-        hostMark(root() / "plain", each.text);
-        EXPECT_EQ(GetFileAttributesW(u"\\plain"), each.attributes) << each.text;
+    for (const auto& [text, attributes] : cases) {
+        hostMark(root() / "plain", text);
+        EXPECT_EQ(GetFileAttributesW(u"\\plain"), attributes) << text;
     }
 }
 

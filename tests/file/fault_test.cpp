@@ -2,13 +2,9 @@
 #include "file_fixture.h"
 
 #include "file/file_move.h"
-#include "file/host_faults.h"
 #include "file/whole_file.h"
 
-#include <sys/wait.h>
-
 #include <cerrno>
-#include <functional>
 #include <vector>
 
 using namespace platform::file;

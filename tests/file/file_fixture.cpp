@@ -3,12 +3,8 @@
 #include "kernel/troubles.h"
 
 #include <fcntl.h>
-#include <sys/wait.h>
-#include <sys/xattr.h>
-#include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 
 using namespace platform::file;
 
@@ -40,60 +36,6 @@ std::filesystem::path FileTest::addFolder(const std::u16string& name, bool card,
     return folder;
 }
 
-void FileTest::hostMark(const std::filesystem::path& path, const std::string& attribute) const
-{
-    ASSERT_EQ(::setxattr(path.c_str(), "user.DOSATTRIB", attribute.data(), attribute.size(), 0), 0)
-        << "the temporary folder's file system needs user attributes";
-}
-
-HANDLE FileTest::open(const std::u16string& path, DWORD access, DWORD creation, DWORD share)
-{
-    return CreateFileW(path.c_str(), access, share, nullptr, creation, 0, nullptr);
-}
-
-DWORD FileTest::openError(const std::u16string& path, DWORD access, DWORD creation, DWORD share)
-{
-    SetLastError(0);
-    const HANDLE file = open(path, access, creation, share);
-    if (file == INVALID_HANDLE_VALUE)
-        return GetLastError();
-    CloseHandle(file);
-    return 0;
-}
-
-DWORD FileTest::write(HANDLE file, const std::string& bytes)
-{
-    DWORD written = 0;
-    (void)WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
-    return written;
-}
-
-void FileTest::make(const std::u16string& path, const std::string& bytes)
-{
-    const HANDLE file = open(path, GENERIC_WRITE, CREATE_ALWAYS);
-    EXPECT_EQ(write(file, bytes), bytes.size());
-    EXPECT_TRUE(CloseHandle(file));
-}
-
-std::string FileTest::read(HANDLE file, DWORD bytes)
-{
-    std::string buffer(bytes, '\0');
-    DWORD got = 0;
-    (void)ReadFile(file, buffer.data(), bytes, &got, nullptr);
-    buffer.resize(got);
-    return buffer;
-}
-
-std::string FileTest::readAll(const std::u16string& path, DWORD piece)
-{
-    const HANDLE file = open(path, GENERIC_READ, OPEN_EXISTING);
-    std::string all;
-    for (std::string part = read(file, piece); !part.empty(); part = read(file, piece))
-        all += part;
-    CloseHandle(file);
-    return all;
-}
-
 std::set<std::u16string> FileTest::list(const std::u16string& pattern)
 {
     std::set<std::u16string> names;
@@ -121,25 +63,6 @@ std::set<std::u16string> FileTest::takeNoted()
     return noted;
 }
 
-std::uint64_t FileTest::hostCallsOf(const std::function<void()>& action, const FaultPlan& plan)
-{
-    setFaultPlan(plan);
-    action();
-    const std::uint64_t calls = hostCallsMade();
-    clearFaultPlan();
-    return calls;
-}
-
-int FileTest::statusOfChild(const std::function<bool()>& action)
-{
-    const pid_t child = ::fork();
-    if (child == 0)
-        ::_exit(action() ? 0 : 1);
-    int status = -1;
-    ::waitpid(child, &status, 0);
-    return status;
-}
-
 // The child inherits the descriptor, so nothing has to wait for it.
 OtherProcess::OtherProcess(const std::filesystem::path& path, int flags)
 {
@@ -159,10 +82,10 @@ OtherProcess::~OtherProcess()
     ::waitpid(child_, nullptr, 0);
 }
 
-std::string patternBytes(std::size_t count)
+std::string patternBytes(std::size_t count, std::uint32_t seed)
 {
     std::string bytes(count, '\0');
-    std::uint32_t state = 12345;
+    std::uint32_t state = seed;
     for (char& byte : bytes) {
         state = state * 1664525 + 1013904223;
         byte = static_cast<char>(state >> 24);

@@ -9,7 +9,9 @@
 #include "ce/file.h"
 #include "ce/handle.h"
 
-#include <sys/types.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <functional>
@@ -26,7 +28,11 @@ protected:
     // Host side.
     [[nodiscard]] const std::filesystem::path& root() const { return root_; }
     [[nodiscard]] std::filesystem::path outside() const { return root_.parent_path(); }
-    void hostMark(const std::filesystem::path& path, const std::string& attribute) const;
+    void hostMark(const std::filesystem::path& path, const std::string& attribute) const
+    {
+        ASSERT_EQ(::setxattr(path.c_str(), "user.DOSATTRIB", attribute.data(), attribute.size(), 0), 0)
+            << "the temporary folder's file system needs user attributes";
+    }
     // Mounts a folder "mounted NAME" of outside(), which can exist already.
     std::filesystem::path addFolder(const std::u16string& name, bool card,
                                     std::optional<std::uint64_t> capacity = std::nullopt) const;
@@ -34,12 +40,50 @@ protected:
     void remount() const;
 
     // Device side.
-    [[nodiscard]] static HANDLE open(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0);
-    [[nodiscard]] static DWORD openError(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0);
-    [[nodiscard]] static DWORD write(HANDLE file, const std::string& bytes);  // bytes written
-    static void make(const std::u16string& path, const std::string& bytes);   // or replaces its content
-    [[nodiscard]] static std::string read(HANDLE file, DWORD bytes);
-    [[nodiscard]] static std::string readAll(const std::u16string& path, DWORD piece = 260);
+    [[nodiscard]] static HANDLE open(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0)
+    {
+        return CreateFileW(path.c_str(), access, share, nullptr, creation, 0, nullptr);
+    }
+    [[nodiscard]] static DWORD openError(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0)
+    {
+        SetLastError(0);
+        const HANDLE file = open(path, access, creation, share);
+        if (file == INVALID_HANDLE_VALUE)
+            return GetLastError();
+        CloseHandle(file);
+        return 0;
+    }
+    // Returns the number of bytes that were written.
+    [[nodiscard]] static DWORD write(HANDLE file, const std::string& bytes)
+    {
+        DWORD written = 0;
+        (void)WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+        return written;
+    }
+    // Makes a file or replaces its content.
+    static void make(const std::u16string& path, const std::string& bytes)
+    {
+        const HANDLE file = open(path, GENERIC_WRITE, CREATE_ALWAYS);
+        EXPECT_EQ(write(file, bytes), bytes.size());
+        EXPECT_TRUE(CloseHandle(file));
+    }
+    [[nodiscard]] static std::string read(HANDLE file, DWORD bytes)
+    {
+        std::string buffer(bytes, '\0');
+        DWORD got = 0;
+        (void)ReadFile(file, buffer.data(), bytes, &got, nullptr);
+        buffer.resize(got);
+        return buffer;
+    }
+    [[nodiscard]] static std::string readAll(const std::u16string& path, DWORD piece = 260)
+    {
+        const HANDLE file = open(path, GENERIC_READ, OPEN_EXISTING);
+        std::string all;
+        for (std::string part = read(file, piece); !part.empty(); part = read(file, piece))
+            all += part;
+        CloseHandle(file);
+        return all;
+    }
 
     // 0 if the call succeeded, else the last error.
     [[nodiscard]] static DWORD errorOf(BOOL result) { return result ? 0 : GetLastError(); }
@@ -49,9 +93,24 @@ protected:
     static std::set<std::u16string> takeNoted();
 
     // Runs `action` under the plan and returns the number of its host calls.
-    static std::uint64_t hostCallsOf(const std::function<void()>& action, const platform::file::FaultPlan& plan = {});
+    static std::uint64_t hostCallsOf(const std::function<void()>& action, const platform::file::FaultPlan& plan = {})
+    {
+        platform::file::setFaultPlan(plan);
+        action();
+        const std::uint64_t calls = platform::file::hostCallsMade();
+        platform::file::clearFaultPlan();
+        return calls;
+    }
     // Returns the wait status of a child process that runs `action`: 0 if the action ended, returning true.
-    static int statusOfChild(const std::function<bool()>& action);
+    static int statusOfChild(const std::function<bool()>& action)
+    {
+        const pid_t child = ::fork();
+        if (child == 0)
+            ::_exit(action() ? 0 : 1);
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        return status;
+    }
 
 private:
     std::filesystem::path root_ = at("root");
@@ -73,4 +132,4 @@ private:
 };
 
 // Bytes without a short period, so that a part at a wrong offset differs.
-[[nodiscard]] std::string patternBytes(std::size_t count);
+[[nodiscard]] std::string patternBytes(std::size_t count, std::uint32_t seed = 12345);

@@ -5,7 +5,6 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <functional>
 
 using namespace platform::file;
 

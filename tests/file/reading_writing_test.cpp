@@ -29,10 +29,7 @@ TEST_F(FileTest, TwoHandlesAgreeWithAPlainStringWhateverTheSizeAndOrderOfTheCall
     std::string model;
     const HANDLE writer = open(u"\\f", GENERIC_READ | GENERIC_WRITE, CREATE_NEW, FILE_SHARE_READ);
     const HANDLE reader = open(u"\\f", GENERIC_READ, OPEN_EXISTING, FILE_SHARE_READ | FILE_SHARE_WRITE);
-    struct {
-        HANDLE file;
-        std::size_t offset;
-    } handles[] = {{writer, 0}, {reader, 0}};
+    std::pair<HANDLE, std::size_t> handles[] = {{writer, 0}, {reader, 0}};
     auto& [ignored, offset] = handles[0];
     for (int step = 0; step < 8000; ++step) {
         SCOPED_TRACE(step);
@@ -144,8 +141,7 @@ TEST_F(FileTest, FileThatIsOpenWhenItsMountEndsKeepsItsBytes)
         (void)write(file, bytes.substr(offset, 100));
     remount();
     EXPECT_EQ(hostRead(root() / "f"), bytes);
-    EXPECT_EQ(write(file, "late"), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(errorOf(write(file, "late") != 0), ERROR_INVALID_HANDLE);
 }
 
 }  // namespace

@@ -104,8 +104,7 @@ TEST_F(RemovableTest, NothingCountsAsFlushedAfterItWasTakenOut)
     EXPECT_EQ(openError(names[2], GENERIC_WRITE, CREATE_NEW), 0U);
     ASSERT_TRUE(unmount(MNT_DETACH));
 
-    EXPECT_FALSE(FlushFileBuffers(straight));
-    EXPECT_EQ(GetLastError(), ERROR_NOT_READY);
+    EXPECT_EQ(errorOf(FlushFileBuffers(straight)), ERROR_NOT_READY);
     EXPECT_EQ(write(straight, "x"), 0U);
     EXPECT_EQ(errorOf(FlushFileBuffers(gathered)), ERROR_NOT_READY);
     CloseHandle(gathered);

@@ -64,11 +64,7 @@ TEST_F(FileTest, FileInUseIsNeitherEmptiedNorDeleted)
 
 TEST_F(FileTest, FileThatAnotherProcessHasOpenIsSharedOnlyIfBothMayReadOrAllIsShared)
 {
-    struct Case {
-        int otherFlags;
-        DWORD access, share, error;
-    };
-    const Case cases[] = {
+    const std::tuple<int, DWORD, DWORD, DWORD> cases[] = {
         {O_WRONLY, Read, 0, ERROR_SHARING_VIOLATION},
         {O_WRONLY, Read, ShareRead, ERROR_SHARING_VIOLATION},
         {O_WRONLY, Read, ShareBoth, 0},
@@ -76,11 +72,11 @@ TEST_F(FileTest, FileThatAnotherProcessHasOpenIsSharedOnlyIfBothMayReadOrAllIsSh
         {O_RDONLY, Write, 0, ERROR_SHARING_VIOLATION},
     };
     hostWrite(root() / "f", "bytes");
-    for (const Case& each : cases) {
-        SCOPED_TRACE(&each - cases);
-        const OtherProcess other(root() / "f", each.otherFlags);
+    for (const auto& [otherFlags, access, share, error] : cases) {
+        SCOPED_TRACE(testing::Message() << otherFlags << ' ' << access << ' ' << share);
+        const OtherProcess other(root() / "f", otherFlags);
         ASSERT_TRUE(other.opened());
-        EXPECT_EQ(openError(u"\\f", each.access, OPEN_EXISTING, each.share), each.error);
+        EXPECT_EQ(openError(u"\\f", access, OPEN_EXISTING, share), error);
         EXPECT_EQ(openError(u"\\f", Write, CREATE_ALWAYS), ERROR_SHARING_VIOLATION);
         EXPECT_EQ(hostRead(root() / "f"), "bytes");
     }

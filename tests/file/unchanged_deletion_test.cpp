@@ -6,11 +6,8 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
-#include <functional>
 
 namespace fs = std::filesystem;
 
@@ -239,12 +236,7 @@ void writeTo(int flags)
 
 TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
 {
-    struct Case {
-        const char* name;
-        void (*act)();
-        std::uint64_t times;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, void (*)(), std::uint64_t> cases[] = {
         {"replace", replaceFile, 1},
         {"replace twice", replaceFile, 2},
         {"append", [] { writeTo(O_APPEND); }, 1},
@@ -252,15 +244,15 @@ TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
         {"make", [] { writeTo(O_CREAT | O_EXCL); }, 1},
         {"replace and make", [] { intruder.times == 0 ? replaceFile() : writeTo(O_CREAT | O_EXCL); }, 3},
     };
-    for (const Case& each : cases) {
+    for (const auto& [name, act, times] : cases) {
         std::uint64_t calls = 0;
         for (std::uint64_t nth = 1; nth == 1 || calls >= nth - 1; ++nth) {
-            SCOPED_TRACE(std::string(each.name) + " at " + std::to_string(nth));
+            SCOPED_TRACE(std::string(name) + " at " + std::to_string(nth));
             const FileStamp stamp = writeAndStampNow("bytes");
             intruder = {file(), 0, {}, -1};
             DWORD error = 0;
             const FaultPlan plan = {
-                .kind = FaultKind::Meanwhile, .nthCall = nth, .error = 0, .calls = each.times, .meanwhile = each.act};
+                .kind = FaultKind::Meanwhile, .nthCall = nth, .error = 0, .calls = times, .meanwhile = act};
             calls = hostCallsOf([&] { error = deletion(stamp); }, plan);
             writeAndClose(intruder.held);
             const std::multiset<std::string> found = contents();
