@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <deque>
 #include <numeric>
-#include <random>
 
 namespace {
 
@@ -72,22 +71,13 @@ bool packsWhole(const WCHAR* target)
     return CompressFile(u"\\source", target, &packed) && packed.whole;
 }
 
-Bytes randomBytes(std::size_t count, unsigned seed)
-{
-    std::mt19937 random(seed);
-    Bytes bytes(count, '\0');
-    for (char& byte : bytes)
-        byte = static_cast<char>(random());
-    return bytes;
-}
-
 // Stretches of 19 new bytes, each followed by a copy of 4 bytes from more than 2,048 bytes before. Such a copy takes 3
 // bytes, and 19 new bytes are the fewest whose length takes 2. Copies from nearer begin each part that the library
 // packs separately, since it searches less densely where it finds nothing.
 Bytes expandingBytes()
 {
     constexpr std::size_t stretch = 19, copied = 4, cycle = stretch + copied, farthest = 95, part = 49152;
-    Bytes bytes = randomBytes(RawBlockBytes, 1);
+    Bytes bytes = patternBytes(RawBlockBytes, 1);
     for (std::size_t at = stretch; at + copied <= bytes.size(); at += cycle) {
         const std::size_t back = std::min(farthest, at % part / cycle) * cycle;
         const std::size_t from = at - stretch + 7 - std::min(back, at - stretch);
@@ -115,7 +105,7 @@ TEST_F(CompressedStreamTest, EverySizeAroundABlockGivesTheFormatAndComesBack)
 {
     for (const std::size_t size : {0U, 1U, 4U, 131071U, 131072U, 131073U, 2 * 131072U, 327680U}) {
         SCOPED_TRACE(size);
-        const Bytes source = randomBytes(size, static_cast<unsigned>(size));
+        const Bytes source = patternBytes(size);
         make(u"\\source", source);
         ASSERT_TRUE(packsWhole(u"\\stream"));
         const Bytes stream = read(u"\\stream");
@@ -147,31 +137,30 @@ Bytes mixedBlocks(unsigned count)
     Bytes bytes;
     for (unsigned block = 0; block < count; block++)
         bytes = bytes + (block % 3 == 0   ? Bytes(RawBlockBytes, static_cast<char>(block))
-                         : block % 3 == 1 ? randomBytes(RawBlockBytes, block)
+                         : block % 3 == 1 ? patternBytes(RawBlockBytes, block)
                                           : expandingBytes());
-    return bytes + randomBytes(4711, count);
+    return bytes + patternBytes(4711, count);
 }
 
 TEST_F(CompressedStreamTest, LongestLiteralRunIsFoundInEachKindOfInstruction)
 {
-    struct Case {
-        Bytes block;
-        DWORD rawBytes;
-        DWORD longest;
-    };
     const Bytes end = hex("11 00 00");
     const Bytes four = hex("15 61 62 63 64");
-    for (const Case& c :
-         {Case{end, 0, 0}, Case{four + end, 4, 4}, Case{hex("00 00 01") + Bytes(274, 'a') + end, 274, 274},
-          Case{four + hex("4C 00  02 65 66 67 68 69") + end, 12, 5},               // short match, run of 5
-          Case{four + hex("2F 0F 00 65 66 67  40 00") + end, 27, 4},               // 3 literals after a match
-          Case{four + hex("20 00 01 0C 00  0D") + Bytes(16, 'b') + end, 309, 16},  // long match
-          Case{four + hex("4D 00 65  04 00") + end, 10, 4}}) {
+    const std::tuple<Bytes, DWORD, DWORD> cases[] = {
+        {end, 0, 0},
+        {four + end, 4, 4},
+        {hex("00 00 01") + Bytes(274, 'a') + end, 274, 274},
+        {four + hex("4C 00  02 65 66 67 68 69") + end, 12, 5},               // short match, run of 5
+        {four + hex("2F 0F 00 65 66 67  40 00") + end, 27, 4},               // 3 literals after a match
+        {four + hex("20 00 01 0C 00  0D") + Bytes(16, 'b') + end, 309, 16},  // long match
+        {four + hex("4D 00 65  04 00") + end, 10, 4},
+    };
+    for (const auto& [packed, rawBytes, longest] : cases) {
         DWORD bytes = 0;
-        const auto* block = reinterpret_cast<const BYTE*>(c.block.data());
-        ASSERT_TRUE(UnpackBlock(block, static_cast<DWORD>(c.block.size()), gRawBuffer, bytes));
-        EXPECT_EQ(bytes, c.rawBytes);
-        EXPECT_EQ(LongestLiteralRun(block, static_cast<DWORD>(c.block.size())), c.longest);
+        const auto* block = reinterpret_cast<const BYTE*>(packed.data());
+        ASSERT_TRUE(UnpackBlock(block, static_cast<DWORD>(packed.size()), gRawBuffer, bytes));
+        EXPECT_EQ(bytes, rawBytes);
+        EXPECT_EQ(LongestLiteralRun(block, static_cast<DWORD>(packed.size())), longest);
     }
 }
 
@@ -218,7 +207,7 @@ TEST_F(CompressedStreamTest, AfterAShortReadLaterOnesAskForNoMoreAndOnlyEndOfFil
           Case{{10, 0}, ERROR_HANDLE_EOF, {full, 10}, {10, 0}, TRUE}, Case{{0}, ERROR_GEN_FAILURE, {full}, {}, FALSE},
           Case{{full, 0}, ERROR_GEN_FAILURE, {full, full}, {full}, FALSE},
           Case{{10, 10, 4}, ERROR_GEN_FAILURE, {full, 10, 10}, {10, 10}, FALSE}}) {
-        const Bytes source = randomBytes(std::accumulate(c.blocks.begin(), c.blocks.end(), std::size_t{0}), 7);
+        const Bytes source = patternBytes(std::accumulate(c.blocks.begin(), c.blocks.end(), std::size_t{0}), 7);
         make(u"\\source", source);
         ScriptedReads reads = {c.delivered, c.errorOfLast, {}};
         gScriptedReads = &reads;
@@ -259,7 +248,7 @@ TEST_F(CompressedStreamTest, SourceThatIsMissingInUseOrNoStreamLeavesTheTargetUn
 TEST_F(CompressedStreamTest, NoFailingHostCallGivesAWholeStreamOrTargetWithAGap)
 {
     // A gap between blocks of one size doesn't damage the stream.
-    for (const Bytes& source : {randomBytes(RawBlockBytes * 4 + 5, 4), Bytes(RawBlockBytes * 61, '\0')}) {
+    for (const Bytes& source : {patternBytes(RawBlockBytes * 4 + 5, 4), Bytes(RawBlockBytes * 61, '\0')}) {
         make(u"\\source", source);
         withEachFailure([&](const auto& faulted) {
             DeleteFileW(u"\\stream");

@@ -20,16 +20,52 @@ inline const Bytes closing = hex("03 00 00 00  11 00 00");
 
 class SetTest : public FileTest {
 protected:
-    SetTest();
-    ~SetTest() override;
+    SetTest() : FileTest(memoryFolder())
+    {
+        RenewLists();
+        gRegistryMarked = 0;
+        gRegistryEntry = {};
+        gComment[0] = 0;
+    }
+    ~SetTest() override
+    {
+        delete gFileList;
+        delete gDatabaseList;
+        gFileList = gDatabaseList = nullptr;
+    }
 
     // Mounts an empty card `\Card` whose files can contain this many bytes together.
-    void addCard(std::uint64_t capacity) const;
+    void addCard(std::uint64_t capacity) const
+    {
+        remount();
+        std::filesystem::remove_all(outside() / "mounted Card");
+        addFolder(u"Card", true, capacity);
+    }
 
-    static Bytes read(const std::u16string& path);
-    static bool exists(const WCHAR* path);
+    static Bytes read(const std::u16string& path)
+    {
+        EXPECT_TRUE(exists(path.c_str()));
+        return readAll(path, 1'000'000);
+    }
+    static bool exists(const WCHAR* path) { return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES; }
 };
 
 // The entries of a list in its order: the whole blobs, and those of a loaded set by their fields.
-Blobs blobsOf(ItemList& list);
-std::vector<LoadedItem> itemsOf(ItemList* list);
+inline Blobs blobsOf(ItemList& list)
+{
+    Blobs blobs;
+    EntryBuffer entry;
+    DWORD length = 0;
+    for (BOOL more = list.First(entry.bytes, &length); more; more = list.Next(entry.bytes, &length))
+        blobs.emplace_back(entry.bytes, entry.bytes + length);
+    return blobs;
+}
+
+inline std::vector<LoadedItem> itemsOf(ItemList* list)
+{
+    std::vector<LoadedItem> items;
+    ForEachEntry(list, [&](const EntryBuffer& entry) {
+        items.emplace_back(entry.name, EntryStartOffset(entry.bytes), EntryEndOffset(entry.bytes));
+    });
+    return items;
+}
