@@ -32,19 +32,16 @@ TEST_F(DatabasesTest, WalkMeetsEachDatabaseOfItsTypeUntilOneIsDeleted)
     const HANDLE enumeration = CeFindFirstDatabase(0);
     ASSERT_EQ(CeFindNextDatabase(enumeration), contacts);
     ASSERT_TRUE(CeDeleteDatabase(contacts));
-    EXPECT_EQ(CeFindNextDatabase(enumeration), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_KEY_DELETED);
+    EXPECT_EQ(errorOf(CeFindNextDatabase(enumeration) != 0), ERROR_KEY_DELETED);
     EXPECT_TRUE(CloseHandle(enumeration));
-    EXPECT_EQ(CeFindNextDatabase(enumeration), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(CeFindNextDatabase(enumeration) != 0), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(DatabasesTest, NameIsFoundWithoutCaseAndKeptAsWrittenUpToALimit)
 {
     const CEOID oid = create(u"Ärger");
     SetLastError(99);
-    EXPECT_EQ(create(u"äRGER"), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_DUP_NAME);
+    EXPECT_EQ(errorOf(create(u"äRGER") != 0), ERROR_DUP_NAME);
     EXPECT_EQ(std::u16string(infoOf(u"ärgeR").szDbaseName), u"Ärger");
 
     SetLastError(99);
@@ -54,21 +51,17 @@ TEST_F(DatabasesTest, NameIsFoundWithoutCaseAndKeptAsWrittenUpToALimit)
     EXPECT_EQ(create(std::u16string(30, u'n')), 0U);
 
     for (const std::u16string name : {u"", u"half \xD83D", u"\xDE00"}) {
-        EXPECT_EQ(create(name), 0U);
-        EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+        EXPECT_EQ(errorOf(create(name) != 0), ERROR_INVALID_PARAMETER);
     }
     CEOID none = 0;
-    EXPECT_EQ(CeOpenDatabase(&none, u"nowhere", 0, 0, nullptr), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
-    EXPECT_EQ(CeOpenDatabase(&none, nullptr, 0, 0, nullptr), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(CeOpenDatabase(&none, u"nowhere", 0, 0, nullptr) != INVALID_HANDLE_VALUE), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(errorOf(CeOpenDatabase(&none, nullptr, 0, 0, nullptr) != INVALID_HANDLE_VALUE), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(DatabasesTest, TypeSortOrdersAndCountsAreKept)
 {
     const SORTORDERSPEC specs[] = {{0x10003, CEDB_SORT_DESCENDING}, {0xFFFF001F, 0xFFFFFFFF}, {3, 4}, {5, 6}, {7, 8}};
-    EXPECT_EQ(CeCreateDatabase(u"five", 1, 5, specs), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(CeCreateDatabase(u"five", 1, 5, specs) != 0), ERROR_INVALID_PARAMETER);
     ASSERT_NE(CeCreateDatabase(u"four", 0xFFFFFFFF, 4, specs), 0U);
     ASSERT_NE(create(u"none"), 0U);
 
@@ -97,10 +90,8 @@ TEST_F(DatabasesTest, TypeSortOrdersAndCountsAreKept)
     EXPECT_EQ(info.wObjType, OBJTYPE_RECORD);
     ASSERT_TRUE(CeOidGetInfo(info.infRecord.oidParent, &info));
     EXPECT_EQ(std::u16string(info.infDatabase.szDbaseName), u"four");
-    EXPECT_FALSE(CeOidGetInfo(record + 100, &info));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    EXPECT_FALSE(CeOidGetInfo(record, nullptr));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(CeOidGetInfo(record + 100, &info)), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(errorOf(CeOidGetInfo(record, nullptr)), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(DatabasesTest, OpenDatabaseIsNotDeletedAndNoOidIsUsedTwice)
@@ -110,12 +101,10 @@ TEST_F(DatabasesTest, OpenDatabaseIsNotDeletedAndNoOidIsUsedTwice)
     const HANDLE second = opened(u"A");
     const CEOID record = add(first, {blob(1, "")});
     CloseHandle(first);
-    EXPECT_FALSE(CeDeleteDatabase(oid));
-    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(errorOf(CeDeleteDatabase(oid)), ERROR_SHARING_VIOLATION);
     CloseHandle(second);
     EXPECT_TRUE(CeDeleteDatabase(oid));
-    EXPECT_FALSE(CeDeleteDatabase(oid));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(CeDeleteDatabase(oid)), ERROR_INVALID_PARAMETER);
     CEOIDINFO info = {};
     EXPECT_FALSE(CeOidGetInfo(record, &info));
 
@@ -128,13 +117,10 @@ TEST_F(DatabasesTest, CallsFailWithoutADeviceAndOldHandlesFailOnTheNextOne)
     create(u"A");
     const HANDLE database = opened(u"A");
     close();
-    EXPECT_EQ(CeFindFirstDatabase(0), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
-    EXPECT_EQ(create(u"B"), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(errorOf(CeFindFirstDatabase(0) != INVALID_HANDLE_VALUE), ERROR_GEN_FAILURE);
+    EXPECT_EQ(errorOf(create(u"B") != 0), ERROR_GEN_FAILURE);
     open();
-    EXPECT_EQ(add(database, {blob(1, "")}), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(add(database, {blob(1, "")}) != 0), ERROR_INVALID_PARAMETER);
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
 // When changes reach the disk: gathered changes, kills, a full disk, a damaged record.
 
 #include "database/connection.h"
-#include "database/device_database.h"
 #include "kernel/troubles.h"
 #include "store_fixture.h"
 
@@ -141,8 +140,7 @@ TEST_F(GatheringTest, ChangeOfSeveralCallsIsAppliedAsAWholeOrNotAtAll)
     EXPECT_TRUE(EndStoreChange(FALSE));
     left(u"A", u"B");
     change(true);
-    EXPECT_FALSE(EndStoreChange(TRUE));
-    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+    EXPECT_EQ(errorOf(EndStoreChange(TRUE)), ERROR_GEN_FAILURE);
     left(u"A", u"B");
     change(false);
     EXPECT_TRUE(EndStoreChange(TRUE));
@@ -193,8 +191,7 @@ TEST_F(GatheringTest, DamagedRecordIsRefusedAndCostsOnlyItself)
         SCOPED_TRACE(bytes);
         sql("UPDATE store_record SET properties = " + bytes + " WHERE oid = " + oid);
         const OpenDatabase reader(u"A", CEDB_AUTOINCREMENT);
-        EXPECT_TRUE(read(reader).empty());
-        EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+        EXPECT_EQ(errorOf(!read(reader).empty()), ERROR_GEN_FAILURE);
         EXPECT_EQ(write(reader, first, {text(1, u"new")}), 0U);
         EXPECT_NE(CeSeekDatabase(reader, CEDB_SEEK_CURRENT, 1, nullptr), 0U);
         EXPECT_EQ(read(reader), Record{text(1, u"sound")});

@@ -1,6 +1,5 @@
 // Records: values, the pointer, seeks, changes.
 
-#include "database/device_database.h"
 #include "store_fixture.h"
 
 namespace {
@@ -56,8 +55,7 @@ TEST_F(RecordsTest, WriteReplacesAddsAndDeletesPropertiesAndKeepsTheOthers)
     noBlob.val.blob = {1, nullptr};
     for (const CEOID target : {CEOID{0}, oid, oid + 1, CEOID{1}}) {
         for (auto [bad, count] : {std::pair{noText, WORD{1}}, {noText, WORD{0}}, {noBlob, WORD{1}}}) {
-            EXPECT_EQ(CeWriteRecordProps(database, target, count, &bad), 0U);
-            EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+            EXPECT_EQ(errorOf(CeWriteRecordProps(database, target, count, &bad) != 0), ERROR_INVALID_PARAMETER);
         }
     }
     EXPECT_EQ(recordsOf(u"A"), Records{{}});
@@ -87,8 +85,7 @@ TEST_F(RecordsTest, RecordOfAnotherDatabaseIsRefused)
     DWORD index = 0;
     EXPECT_EQ(write(a, foreign, {text(1, u"a")}), 0U);
     EXPECT_FALSE(CeDeleteRecord(a, foreign));
-    EXPECT_EQ(CeSeekDatabase(a, CEDB_SEEK_CEOID, foreign, &index), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(CeSeekDatabase(a, CEDB_SEEK_CEOID, foreign, &index) != 0), ERROR_INVALID_PARAMETER);
     EXPECT_TRUE(read(a).empty());
     EXPECT_EQ(recordsOf(u"B"), Records{{text(1, u"b")}});
 }
@@ -141,15 +138,10 @@ TEST_F(RecordsTest, SeekReturnsTheRecordAndItsPosition)
     EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_END, 0, &end), 0U);
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
     EXPECT_EQ(end, 10U);
-    EXPECT_TRUE(read(database).empty());
-    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
-    struct Case {
-        DWORD how;
-        DWORD value;
-        int position;  // -1: refused
-    };
+    EXPECT_EQ(errorOf(!read(database).empty()), ERROR_NO_MORE_ITEMS);
     const DWORD last = 0xFFFFFFFF;
-    const Case cases[] = {
+    // How and how far, and the position then. -1: refused.
+    const std::tuple<DWORD, DWORD, int> cases[] = {
         {CEDB_SEEK_BEGINNING, 0, 0},     {CEDB_SEEK_CURRENT, 4, 4},
         {CEDB_SEEK_CURRENT, last, 3},    {CEDB_SEEK_BEGINNING, 9, 9},
         {CEDB_SEEK_END, 1, 9},           {CEDB_SEEK_END, 10, 0},
@@ -169,8 +161,7 @@ TEST_F(RecordsTest, SeekReturnsTheRecordAndItsPosition)
         EXPECT_TRUE(position < 0 || index == static_cast<DWORD>(position)) << index;
     }
     CloseHandle(database);
-    EXPECT_EQ(CeSeekDatabase(database, CEDB_SEEK_END, 1, nullptr), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(CeSeekDatabase(database, CEDB_SEEK_END, 1, nullptr) != 0), ERROR_INVALID_PARAMETER);
 }
 
 TEST_F(RecordsTest, BufferThatIsTooSmallIsLeftAloneOrReplaced)
@@ -184,8 +175,7 @@ TEST_F(RecordsTest, BufferThatIsTooSmallIsLeftAloneOrReplaced)
     const auto read = [&](DWORD flags, const CEPROPID* asked = nullptr) {
         return CeReadRecordProps(database, flags, &count, asked, &buffer, &bytes) != 0;
     };
-    EXPECT_FALSE(read(0));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(errorOf(read(0)), ERROR_INSUFFICIENT_BUFFER);
     EXPECT_EQ(buffer, first);
     EXPECT_TRUE(read(CEDB_ALLOWREALLOC));
     EXPECT_EQ(count, 2);
@@ -200,8 +190,7 @@ TEST_F(RecordsTest, BufferThatIsTooSmallIsLeftAloneOrReplaced)
     EXPECT_EQ(values[0].val.blob.dwCount, 0U);
     EXPECT_EQ(values[1].val.lVal, 5);
     count = 1;
-    EXPECT_FALSE(read(0, asked));
-    EXPECT_EQ(GetLastError(), ERROR_NO_DATA);
+    EXPECT_EQ(errorOf(read(0, asked)), ERROR_NO_DATA);
     LocalFree(buffer);
 }
 
@@ -209,8 +198,7 @@ TEST_F(RecordsTest, FullDatabaseRefusesTheNextRecordAndKeepsTheOthers)
 {
     const Record record = {number(1, CEVT_I4, LONG{1})};
     create(u"B", 0, Records(CEDB_MAXRECORDS, record));
-    EXPECT_EQ(add(OpenDatabase(u"B"), record), 0U);
-    EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
+    EXPECT_EQ(errorOf(add(OpenDatabase(u"B"), record) != 0), ERROR_DISK_FULL);
     EXPECT_EQ(infoOf(u"B").wNumRecords, 0xFFFF);
     EXPECT_EQ(recordsOf(u"B").size(), 0xFFFFU);
 }

@@ -1,11 +1,12 @@
-// When the disk is full, memory runs out or a record is too large, a restore fails and keeps the old database.
+// When the disk is full, memory runs out or a record is too large, a restore fails and keeps the old database. A kill
+// at any call leaves the old database or the new one. Without an old one, it leaves the first records of the new one.
 
 #include "failing_memory.h"
 #include "image_fixture.h"
 #include "kernel/troubles.h"
+#include "killed_process.h"
 
 #include "database/connection.h"
-#include "database/device_database.h"
 
 namespace {
 
@@ -93,38 +94,135 @@ TEST_F(RestoreFaultTest, MemoryThatRunsOutAnywhereLeavesTheOldDatabaseWhole)
 TEST_F(RestoreFaultTest, RecordThatIsTooLargeCostsNoOtherRecordAndNoOldDatabase)
 {
     const DWORD half = MaxRecordContent / 2;
-    struct Case {
-        std::vector<DWORD> blobs;
-        bool fits;
-    };
-    const Case cases[] = {
+    const std::pair<std::vector<DWORD>, bool> cases[] = {
         {{MaxRecordContent}, true},
         {{MaxRecordContent + 1}, false},
         {{MaxRecordContent + 1, 3}, false},  // the rest of the record is stepped over
         {{half, half}, true},
         {{half, half + 1}, false},
     };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.blobs.back());
-        std::string bytes = imageWith(recordOf(each.blobs));
+    for (const auto& [blobs, fits] : cases) {
+        SCOPED_TRACE(blobs.back());
+        std::string bytes = imageWith(recordOf(blobs));
         bytes[14] = '\4';
         bytes += std::string("\1\0\2\0\1\0\5\0\0\0", 10);
-        EXPECT_EQ(restore(bytes), each.fits ? RestoreDone : RestoreFailed);
-        EXPECT_EQ(GetLastError(), each.fits ? ERROR_SUCCESS : ERROR_GEN_FAILURE);
+        EXPECT_EQ(restore(bytes), fits ? RestoreDone : RestoreFailed);
+        EXPECT_EQ(GetLastError(), fits ? ERROR_SUCCESS : ERROR_GEN_FAILURE);
         const Records records = recordsOf(u"Ab");
-        EXPECT_EQ(records.size(), each.fits ? 4U : 3U);
+        EXPECT_EQ(records.size(), fits ? 4U : 3U);
         EXPECT_EQ(records.back(), (Record{number(1, CEVT_I2, SHORT{5})}));
         Record record;
-        for (const DWORD size : each.blobs)
+        for (const DWORD size : blobs)
             record.push_back(blob(static_cast<WORD>(record.size()), std::string(size, 'z')));
-        EXPECT_EQ(add(OpenDatabase(u"Ab"), record) != 0, each.fits);
+        EXPECT_EQ(add(OpenDatabase(u"Ab"), record) != 0, fits);
         ASSERT_TRUE(remove(u"Ab"));
 
         makeOld(u"Ab");
-        EXPECT_EQ(restore(bytes), each.fits ? RestoreDone : RestoreFailed);
-        EXPECT_EQ(isOld(u"Ab"), !each.fits);
+        EXPECT_EQ(restore(bytes), fits ? RestoreDone : RestoreFailed);
+        EXPECT_EQ(isOld(u"Ab"), !fits);
         ASSERT_TRUE(remove(u"Ab"));
     }
+}
+
+constexpr DWORD OldType = 9;
+constexpr DWORD NewType = 7;
+
+class RestoreKillTest : public DatabaseImageTest {
+protected:
+    RestoreKillTest() { gQuestions.yes = true; }
+
+    // The image of these records, in the image's order, and a device that may have an old database of that name.
+    void prepare(Records records, bool withOld)
+    {
+        imaged_ = std::move(records);
+        create(u"A", NewType, reversed(imaged_));
+        ASSERT_TRUE(DumpDatabase(u"A"));
+        ASSERT_TRUE(remove(u"A"));
+        if (withOld)
+            create(u"A", OldType, old_);
+        create(u"Other", OldType);
+        close();
+        fs::copy_file(at("device.db"), at("before.db"));
+    }
+    // False once the restore ended by itself.
+    [[nodiscard]] bool killedRestore(int calls) const
+    {
+        fs::remove(at("device.db-wal"));
+        fs::copy_file(at("before.db"), at("device.db"), fs::copy_options::overwrite_existing);
+        return killedBeforeCall(calls, [&] {
+            open();
+            _exit(RestoreDatabase(u"\\A.CDB") == RestoreDone ? 0 : 1);
+        });
+    }
+    // How many records of the image the database has; -1 for the old one, -2 for none.
+    [[nodiscard]] int found() const
+    {
+        open();  // which checks every page of it
+        EXPECT_TRUE(exists(u"Other"));
+        if (!exists(u"A"))
+            return -2;
+        const Records records = recordsOf(u"A");
+        EXPECT_EQ(infoOf(u"A").wNumRecords, records.size());
+        if (infoOf(u"A").dwDbaseType == OldType) {
+            EXPECT_EQ(records, old_);
+            return -1;
+        }
+        EXPECT_LE(records.size(), imaged_.size());
+        EXPECT_TRUE(std::equal(records.begin(), records.end(), imaged_.begin()));
+        return static_cast<int>(records.size());
+    }
+    [[nodiscard]] int whole() const { return static_cast<int>(imaged_.size()); }
+
+private:
+    const Records old_ = {{text(1, u"old")}, {blob(2, "old too")}};
+    Records imaged_;
+};
+
+TEST_F(RestoreKillTest, KillAtAnyCallLeavesTheOldOrTheNewDatabaseWhole)
+{
+    Record large;  // more than one write of the usual size
+    for (WORD i = 0; i < 300; ++i)
+        large.push_back(number(i, CEVT_I4, LONG{i}));
+    prepare({{text(1, u"first"), number(2, CEVT_I4, LONG{1})},
+             large,
+             {blob(1, std::string(9000, 'b'))},
+             {text(1, u"last")}},
+            true);
+    std::vector<int> seen;
+    bool killed = true;
+    for (int calls = 0; killed; ++calls) {
+        SCOPED_TRACE(calls);
+        killed = killedRestore(calls);
+        seen.push_back(found());
+        close();
+        if (HasFailure())
+            return;
+    }
+    const auto firstNew = std::find(seen.begin(), seen.end(), whole());
+    EXPECT_EQ(std::count(seen.begin(), firstNew, -1), firstNew - seen.begin());
+    EXPECT_EQ(std::count(firstNew, seen.end(), whole()), seen.end() - firstNew);
+    EXPECT_NE(firstNew, seen.begin());
+    EXPECT_NE(firstNew, seen.end());
+}
+
+TEST_F(RestoreKillTest, KillBetweenTwoFlushesOfANewDatabaseLosesOnlyItsLastRecords)
+{
+    Records records;
+    for (char i = 'a'; i < 'e'; ++i)
+        records.push_back({number(1, CEVT_UI2, WORD(i)), blob(2, std::string(3'000'000, i))});
+    prepare(records, false);
+    int between = 0;
+    // A step that shares no factor with the calls of a page.
+    for (int calls = 1000; killedRestore(calls); calls += 1597) {
+        SCOPED_TRACE(calls);
+        const int state = found();
+        close();
+        between += state > 0 && state < whole() ? 1 : 0;
+        if (HasFailure())
+            return;
+    }
+    EXPECT_EQ(found(), whole());
+    EXPECT_GT(between, 0);
 }
 
 }  // namespace

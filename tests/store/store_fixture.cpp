@@ -1,10 +1,5 @@
 #include "store_fixture.h"
 
-#include "database/device_database.h"
-#include "store/object_store.h"
-
-#include <cstring>
-
 namespace {
 
 CEPROPVAL toValue(const Property& property)
@@ -79,46 +74,6 @@ StoreTest::~StoreTest()
     close();
 }
 
-void StoreTest::open() const
-{
-    std::string error;
-    ASSERT_TRUE(platform::database::openDeviceDatabase(at("device.db"), error)) << error;
-}
-
-void StoreTest::close()
-{
-    platform::store::closeStore();
-    platform::database::closeDeviceDatabase();
-}
-
-CEOID StoreTest::create(const std::u16string& name, DWORD type, const Records& records)
-{
-    const CEOID oid = CeCreateDatabase(name.c_str(), type, 0, nullptr);
-    if (records.empty())
-        return oid;
-    const OpenDatabase database(name);
-    for (const Record& record : records)
-        EXPECT_NE(add(database, record), 0U) << GetLastError();
-    return oid;
-}
-
-bool StoreTest::remove(const std::u16string& name)
-{
-    return CeDeleteDatabase(oidOf(name)) != 0;
-}
-
-CEOID StoreTest::oidOf(const std::u16string& name)
-{
-    CEOID oid = 0;
-    const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr);
-    return database != INVALID_HANDLE_VALUE && CloseHandle(database) ? oid : 0;
-}
-
-CEOID StoreTest::add(HANDLE database, const Record& record)
-{
-    return write(database, 0, record);
-}
-
 CEOID StoreTest::write(HANDLE database, CEOID oid, const Record& record)
 {
     std::vector<CEPROPVAL> values;
@@ -140,23 +95,4 @@ Record StoreTest::read(HANDLE database, CEOID* oid)
         record.push_back(fromValue(reinterpret_cast<const CEPROPVAL*>(buffer)[i]));
     LocalFree(buffer);
     return record;
-}
-
-Records StoreTest::recordsOf(const std::u16string& name)
-{
-    const OpenDatabase database(name, CEDB_AUTOINCREMENT);
-    Records records;
-    CEOID oid = 0;
-    for (Record record = read(database, &oid); oid != 0; record = read(database, &oid))
-        records.push_back(record);
-    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
-    return records;
-}
-
-CEDBASEINFO StoreTest::infoOf(const std::u16string& name)
-{
-    CEOIDINFO info = {};
-    EXPECT_TRUE(CeOidGetInfo(oidOf(name), &info)) << GetLastError();
-    EXPECT_EQ(info.wObjType, OBJTYPE_DATABASE);
-    return info.infDatabase;
 }
