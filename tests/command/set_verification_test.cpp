@@ -43,9 +43,7 @@ protected:
 TEST_F(SetVerificationTest, SoundSetPassesAndEveryChangedBitOfAnItemIsFound)
 {
     std::mt19937 random(1);
-    std::string large(300000, 0);
-    for (char& byte : large)
-        byte = static_cast<char>(random());
+    const std::string large = patternBytes(300'000);
     for (const auto& [name, content] :
          {std::pair("empty", std::string()), {"large", large}, {"small", large.substr(0, 2000)}}) {
         write(name, content);

@@ -2,9 +2,7 @@
 
 #include "engine_fixture.h"
 
-#include "engine/backup_run.h"
 #include "engine/options.h"
-#include "set/set_state.h"
 #include "time/clock.h"
 
 #include "ce/dialog.h"
@@ -12,7 +10,6 @@
 #include <fcntl.h>
 
 #include <cerrno>
-#include <fstream>
 
 namespace {
 

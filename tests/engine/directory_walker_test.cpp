@@ -39,14 +39,7 @@ protected:
 TEST_F(WalkerTest, EachEntryIsSeenOnceAndContentsBeforeTheirFolder)
 {
     write("w/.hidden/inside", "");
-    struct Case {
-        const WCHAR* root;
-        BOOL recurse;
-        BOOL foldersOnly;
-        const WCHAR* pattern;
-        DWORD count;
-    };
-    const Case cases[] = {
+    const std::tuple<const WCHAR*, BOOL, BOOL, const WCHAR*, DWORD> cases[] = {
         {u"\\w\\", TRUE, FALSE, nullptr, 7},  // a folder whose name begins with a point isn't entered
         {u"\\w\\", TRUE, TRUE, nullptr, 2},
         {u"\\w\\", FALSE, FALSE, nullptr, 5},
@@ -54,12 +47,12 @@ TEST_F(WalkerTest, EachEntryIsSeenOnceAndContentsBeforeTheirFolder)
         {u"\\w\\", TRUE, FALSE, u"*.TXT", 1},  // a folder that doesn't match isn't entered
         {u"\\w\\", TRUE, FALSE, u"s*", 3},     // in a folder that does, the pattern no longer applies
     };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(&each - cases);
+    for (const auto& [root, recurse, foldersOnly, pattern, count] : cases) {
+        SCOPED_TRACE(testing::Message() << recurse << foldersOnly << ' ' << count);
         SeenPaths seen;
-        EXPECT_EQ(walk(seen, each.root, each.recurse, each.foldersOnly, each.pattern), each.count);
-        EXPECT_EQ(seen.paths.size(), each.count);
-        EXPECT_EQ(WalkDirectory(each.root, each.pattern, each.recurse, each.foldersOnly, nullptr, 0), each.count);
+        EXPECT_EQ(walk(seen, root, recurse, foldersOnly, pattern), count);
+        EXPECT_EQ(seen.paths.size(), count);
+        EXPECT_EQ(WalkDirectory(root, pattern, recurse, foldersOnly, nullptr, 0), count);
     }
     SeenPaths all;
     walk(all, u"\\w\\", TRUE, FALSE);

@@ -2,12 +2,10 @@
 
 #include "engine_fixture.h"
 
-#include "engine/backup_run.h"
 #include "engine/options.h"
 #include "engine/questions.h"
 #include "engine/registry_calls.h"
 #include "kernel/troubles.h"
-#include "set/set_state.h"
 #include "thread_ahead.h"
 
 #include "ce/outcome.h"
@@ -15,7 +13,6 @@
 
 #include <sys/stat.h>
 
-#include <fstream>
 #include <utility>
 
 namespace {

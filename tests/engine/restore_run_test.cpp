@@ -2,12 +2,9 @@
 
 #include "engine_fixture.h"
 
-#include "engine/backup_run.h"
 #include "engine/options.h"
-#include "engine/restore_run.h"
 #include "kernel/job.h"
 #include "kernel/troubles.h"
-#include "set/set_state.h"
 
 #include "ce/dialog.h"
 #include "ce/outcome.h"

@@ -1,16 +1,12 @@
 // run_progress_test.cpp - what a run reports to the host of how far it has come.
 #include "engine_fixture.h"
 
-#include "engine/backup_run.h"
-#include "engine/restore_run.h"
 #include "kernel/run_progress.h"
-#include "set/set_state.h"
 
 #include "ce/progress.h"
 
 #include <algorithm>
 #include <array>
-#include <random>
 
 namespace {
 
@@ -29,6 +25,8 @@ class RunProgressTest : public EngineTest {
 protected:
     RunProgressTest()
     {
+        gFullFiles = 1;
+        gFullDatabases = gFullRegistry = 0;
         gUser.seesMessage = [this](const std::u16string&) {
             const RunProgress now = runProgress();
             seen_.push_back({now.itemsDone, now.bytesDone, now.underway});
@@ -40,15 +38,12 @@ protected:
 
 TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
 {
-    mount();
     openStore();
     makeDatabase(u"Notes", 1);
     write("small", std::string(100, 's'));
     write("large", std::string(300000, 'l'));
-    gFullFiles = gFullDatabases = 1;
-    gFullRegistry = 0;
+    gFullDatabases = 1;
     const unsigned before = runProgress().number;
-    gUser.choice = u"\\Card";
     RunFullBackup();
 
     const RunProgress stored = runProgress();
@@ -82,12 +77,8 @@ TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
 
 TEST_F(RunProgressTest, BytesCountOfFilesThatWereReadAhead)
 {
-    mount();
     for (int file = 0; file < 300; file++)
         write("small " + std::to_string(file), std::string(1000, 's'));
-    gFullFiles = 1;
-    gFullDatabases = gFullRegistry = 0;
-    gUser.choice = u"\\Card";
     RunFullBackup();
     EXPECT_EQ(runProgress().itemsDone, 300U);
     EXPECT_EQ(runProgress().bytesDone, 300000U);
@@ -95,11 +86,7 @@ TEST_F(RunProgressTest, BytesCountOfFilesThatWereReadAhead)
 
 TEST_F(RunProgressTest, OneLargeFileMovesTheBytesBeforeItIsDone)
 {
-    mount();
-    std::mt19937 random(1);
-    std::string content(3000000, 0);
-    for (char& byte : content)
-        byte = static_cast<char>(random());
+    const std::string content = patternBytes(3'000'000);
     write("large", content);
     mark(u"\\large");
     std::uint64_t most = 0;

@@ -7,13 +7,11 @@
 
 #include "engine_fixture.h"
 
-#include "engine/backup_run.h"
 #include "engine/options.h"
 #include "engine/questions.h"
 #include "kernel/troubles.h"
 #include "set/list_file.h"
 #include "set/list_reader.h"
-#include "set/set_state.h"
 #include "set/stream_decoding.h"
 #include "thread_ahead.h"
 
@@ -22,9 +20,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
-#include <map>
-#include <optional>
 
 using namespace platform::file;
 using platform::kernel::Since;

@@ -5,17 +5,11 @@
 #include "engine_fixture.h"
 
 #include "backup_items.h"
-#include "engine/backup_run.h"
 #include "engine/options.h"
 #include "engine/registry_calls.h"
-#include "engine/restore_run.h"
 #include "engine/set_paths.h"
-#include "set/set_state.h"
 
 #include "ce/dialog.h"
-#include "ce/store.h"
-
-#include <fstream>
 
 namespace {
 
