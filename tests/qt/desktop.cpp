@@ -17,7 +17,6 @@
 #include <QMenuBar>
 #include <QTemporaryDir>
 #include <QToolTip>
-#include <QtTest/QTest>
 
 #include <algorithm>
 #include <stdexcept>
@@ -178,11 +177,6 @@ void Desktop::TearDown()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-bool Desktop::eventually(const std::function<bool()>& holds)
-{
-    return QTest::qWaitFor(holds, 60000);
-}
-
 QWidget& Desktop::await(const QString& title)
 {
     if (!eventually([&] { return isThere(title); }))
@@ -195,21 +189,10 @@ bool Desktop::isThere(const QString& title)
     return findWindow(title) != nullptr;
 }
 
-void Desktop::awaitGone(const QString& title)
-{
-    EXPECT_TRUE(eventually([&] { return !isThere(title); })) << title.toStdString();
-}
-
 bool Desktop::rests()
 {
     const auto windows = window::topLevelWindows();
     return windows.size() == 1 && window::takesInput(windows.front());
-}
-
-void Desktop::awaitRest()
-{
-    EXPECT_TRUE(eventually(rests));
-    drawFrame();
 }
 
 void Desktop::endBetweenFrames()
@@ -261,24 +244,6 @@ void Desktop::clickRow(QWidget& window, const QString& text)
     });
 }
 
-void Desktop::type(QWidget& window, const QString& text)
-{
-    for (const QChar letter : text)
-        act(window, [&] { QTest::keyClicks(window.focusWidget(), QString(letter)); });
-}
-
-void Desktop::press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers)
-{
-    act(window, [&] { QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, key, modifiers); });
-}
-
-void Desktop::tabTo(QWidget& window, const std::function<bool(QWidget&)>& isMeant)
-{
-    for (int times = 0; times < 30 && !isMeant(*window.focusWidget()); ++times)
-        press(window, Qt::Key_Tab);
-    ASSERT_TRUE(isMeant(*window.focusWidget()));
-}
-
 QWidget& Desktop::open(const DialogOfMenu& dialog)
 {
     QWidget& main = await(MainTitle);
@@ -296,28 +261,6 @@ QWidget& Desktop::open(const DialogOfMenu& dialog)
         wanted->trigger();
     });
     return await(dialog.title);
-}
-
-QWidget& Desktop::openRestore(const QString& item, const QString& title)
-{
-    QWidget& chooser = open({{"Operations", "Restore", item}, "Select"});
-    clickRow(chooser, "\\Storage Card\\QUILBOX\\QLBX0001.QLT");
-    click(chooser, "OK");
-    return await(title);
-}
-
-void Desktop::leave(QWidget& dialog)
-{
-    const QString title = dialog.windowTitle();
-    press(dialog, Qt::Key_Escape);
-    awaitGone(title);
-}
-
-void Desktop::chooseStorage()
-{
-    QWidget& chooser = await("Select");
-    clickRow(chooser, "\\Storage Card");
-    click(chooser, "OK");
 }
 
 QWidget& Desktop::ask(const QString& text, const QString& title, UINT type, std::atomic<int>* answer)
@@ -340,14 +283,6 @@ QListView& Desktop::showRows(const std::vector<std::u16string>& rows, int extent
     QWidget& dialog = await("Rows");
     EXPECT_TRUE(eventually([&] { return dialog.isActiveWindow(); }));
     return *dialog.findChild<QListView*>();
-}
-
-platform::device::ShownSet Desktop::openSet(const std::filesystem::path& listFile)
-{
-    auto set = device_->showSet(listFile);
-    if (set.error.empty())
-        request_.make(set.listFile);
-    return set;
 }
 
 void Desktop::backUpAllFiles(const QString& comment)

@@ -10,6 +10,7 @@
 
 #include <QListView>
 #include <QWidget>
+#include <QtTest/QTest>
 
 #include <atomic>
 #include <functional>
@@ -35,29 +36,71 @@ protected:
     void TearDown() override;
 
     // Handles events until the condition holds. False after a minute: nothing waits that long when all is well.
-    static bool eventually(const std::function<bool()>& holds);
+    static bool eventually(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 60000); }
     // Throws if the window doesn't appear.
     static QWidget& await(const QString& title);
     static bool isThere(const QString& title);
-    static void awaitGone(const QString& title);
+    static void awaitGone(const QString& title)
+    {
+        EXPECT_TRUE(eventually([&] { return !isThere(title); })) << title.toStdString();
+    }
     // Does the program wait for input, with no window over the main window?
     static bool rests();
-    void awaitRest();
+    void awaitRest()
+    {
+        EXPECT_TRUE(eventually(rests));
+        drawFrame();
+    }
 
     // Does the input when the window is in front and takes input: the program would drop earlier input. Then waits
     // until the program takes input again or another window is in front.
     void act(QWidget& window, const std::function<void()>& input);
     void click(QWidget& window, const QString& name);
     void clickRow(QWidget& window, const QString& text);
-    void type(QWidget& window, const QString& text);
-    void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
+    void type(QWidget& window, const QString& text)
+    {
+        for (const QChar letter : text)
+            act(window, [&] { QTest::keyClicks(window.focusWidget(), QString(letter)); });
+    }
+    void press(QWidget& window, Qt::Key key, Qt::KeyboardModifiers modifiers = {})
+    {
+        act(window, [&] { QTest::keyClick(window.focusWidget() ? window.focusWidget() : &window, key, modifiers); });
+    }
+    void press(QWidget& window, std::initializer_list<Qt::Key> keys)
+    {
+        for (const Qt::Key key : keys)
+            press(window, key);
+    }
     // Tab, until the control has the focus.
-    void tabTo(QWidget& window, const std::function<bool(QWidget&)>& isMeant);
+    void tabTo(QWidget& window, const std::function<bool(QWidget&)>& isMeant)
+    {
+        for (int times = 0; times < 30 && !isMeant(*window.focusWidget()); ++times)
+            press(window, Qt::Key_Tab);
+        ASSERT_TRUE(isMeant(*window.focusWidget()));
+    }
 
     QWidget& open(const DialogOfMenu& dialog);
-    QWidget& openRestore(const QString& item, const QString& title);  // of the first set on the card
-    void leave(QWidget& dialog);                                      // by Escape
-    void chooseStorage();
+    // Of the first set on the card.
+    QWidget& openRestore(const QString& item, const QString& title)
+    {
+        QWidget& chooser = open({{"Operations", "Restore", item}, "Select"});
+        clickRow(chooser, "\\Storage Card\\QUILBOX\\QLBX0001.QLT");
+        click(chooser, "OK");
+        return await(title);
+    }
+    // By Escape.
+    void leave(QWidget& dialog)
+    {
+        const QString title = dialog.windowTitle();
+        press(dialog, Qt::Key_Escape);
+        awaitGone(title);
+    }
+    void chooseStorage(const QString& row = "\\Storage Card")
+    {
+        QWidget& chooser = await("Select");
+        clickRow(chooser, row);
+        click(chooser, "OK");
+    }
 
     // These run on threads of their own, which end when the window is closed.
     QWidget& ask(const QString& text, const QString& title, UINT type, std::atomic<int>* answer = nullptr);
@@ -65,7 +108,13 @@ protected:
     QListView& showRows(const std::vector<std::u16string>& rows, int extent = 0);
 
     // Has the window show the selection of what to restore from the set.
-    platform::device::ShownSet openSet(const std::filesystem::path& listFile);
+    platform::device::ShownSet openSet(const std::filesystem::path& listFile)
+    {
+        auto set = device_->showSet(listFile);
+        if (set.error.empty())
+            request_.make(set.listFile);
+        return set;
+    }
     // From the toolbar to the end of the run: all files, onto the storage card.
     void backUpAllFiles(const QString& comment);
     std::filesystem::path store() const { return at("device/object-store"); }

@@ -3,7 +3,6 @@
 
 #include <QApplication>
 #include <QFileDialog>
-#include <QListView>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QTreeView>
@@ -32,9 +31,7 @@ TEST_F(DeviceTripTest, AddedCardIsListedAtOnceAndTakesABackup)
     std::filesystem::create_directory(at("Stick"));
     const auto stick = QString::fromStdString(at("Stick"));
     QWidget& main = await(MainTitle);
-    press(main, Qt::Key_Home);
-    press(main, Qt::Key_Down);
-    press(main, Qt::Key_Right);
+    press(main, {Qt::Key_Home, Qt::Key_Down, Qt::Key_Right});
     ASSERT_TRUE(eventually([&] { return isListed("My Documents"); }));
     choose("Add card...", "Add card", stick);
     EXPECT_TRUE(eventually([&] { return isListed("Stick"); }));
@@ -48,9 +45,7 @@ TEST_F(DeviceTripTest, AddedCardIsListedAtOnceAndTakesABackup)
     QWidget& dialog = await("Full Backup");
     click(dialog, "Registry");
     click(dialog, "OK");
-    QWidget& chooser = await("Select");
-    clickRow(chooser, "\\Stick");
-    click(chooser, "OK");
+    chooseStorage("\\Stick");
     awaitRest();
     EXPECT_TRUE(QFile::exists(stick + "/QUILBOX/QLBX0001.QLT"));
 }

@@ -17,8 +17,6 @@
 #include <QScrollBar>
 #include <QTextDocument>
 
-#include <map>
-
 namespace {
 
 const DialogOfMenu& Filter = dialogsOfMenu()[0];

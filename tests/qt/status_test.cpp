@@ -43,11 +43,7 @@ private:
 
 TEST_F(StatusTextTest, OutcomeNamesTheSetItsItemsAndWhatIsMissing)
 {
-    struct {
-        RunProgress run;
-        std::size_t leftOut;
-        const char* text;
-    } const cases[] = {
+    const std::tuple<RunProgress, std::size_t, const char*> cases[] = {
         {{.run = RunStores,
           .listPath = u"\\Stick\\QUILBOX\\QLBX0003.QLT",
           .bytesDone = 38'000'000,
@@ -65,8 +61,8 @@ TEST_F(StatusTextTest, OutcomeNamesTheSetItsItemsAndWhatIsMissing)
          1,
          "Restored from set 1 on \\A: nothing in 1:06:40 min; 1 item left out"},
     };
-    for (const auto& each : cases)
-        EXPECT_EQ(outcomeText(each.run, each.leftOut).toStdString(), each.text);
+    for (const auto& [run, leftOut, text] : cases)
+        EXPECT_EQ(outcomeText(run, leftOut).toStdString(), text);
 }
 
 TEST_F(StatusTextTest, FilterIsNamedWithWhateverHidesFiles)

@@ -7,7 +7,6 @@
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QTreeView>
-#include <QtTest/QTest>
 
 namespace {
 
@@ -196,8 +195,7 @@ TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
 {
     QWidget& main = await(MainTitle);
     ASSERT_EQ(main.focusWidget(), tree_);
-    press(main, Qt::Key_Home);
-    press(main, Qt::Key_Down);
+    press(main, {Qt::Key_Home, Qt::Key_Down});
     EXPECT_EQ(tree_->currentIndex(), item(Files));
     press(main, Qt::Key_Right);
     awaitItem(Documents);
@@ -213,8 +211,7 @@ TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
     type(main, "t");
     EXPECT_EQ(tree_->currentIndex(), item(ToDo));
     EXPECT_EQ(mark(ToDo), Qt::Checked);
-    press(main, Qt::Key_Down);
-    press(main, Qt::Key_Up);
+    press(main, {Qt::Key_Down, Qt::Key_Up});
     EXPECT_EQ(mark(ToDo), Qt::Unchecked);
 
     // With Ctrl the rows scroll and the caret stays.
@@ -224,9 +221,7 @@ TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
     press(main, Qt::Key_Down, Qt::ControlModifier);
     EXPECT_GT(tree_->verticalScrollBar()->value(), 0);
     EXPECT_EQ(tree_->currentIndex(), item(ToDo));
-    press(main, Qt::Key_Home);
-    press(main, Qt::Key_Down);
-    press(main, Qt::Key_Left);
+    press(main, {Qt::Key_Home, Qt::Key_Down, Qt::Key_Left});
     awaitUnlisted(Documents);
     EXPECT_EQ(tree_->currentIndex(), item(Files));
 }

@@ -65,19 +65,16 @@ TEST_F(WindowTripTest, MessageBoxTakesEnterLettersAndEscapeButNoRepeatedKeyAndSh
 TEST_F(WindowTripTest, KeysOpenWhatTheMenuAndTheTipsSayTheyOpen)
 {
     QWidget& main = await(MainTitle);
-    const struct {
-        Qt::Key key;
-        Qt::KeyboardModifiers modifiers;
-        QString title;
-    } cases[] = {{Qt::Key_B, Qt::ControlModifier, "Full Backup"},
-                 {Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier, "Backup selected Item"},
-                 {Qt::Key_R, Qt::ControlModifier, "Select"},
-                 {Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier, "Select"}};
+    const std::tuple<Qt::Key, Qt::KeyboardModifiers, QString> cases[] = {
+        {Qt::Key_B, Qt::ControlModifier, "Full Backup"},
+        {Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier, "Backup selected Item"},
+        {Qt::Key_R, Qt::ControlModifier, "Select"},
+        {Qt::Key_R, Qt::ControlModifier | Qt::ShiftModifier, "Select"}};
     backUpAllFiles("");
     press(main, Qt::Key_End);  // marks the registry
-    for (const auto& each : cases) {
-        press(main, each.key, each.modifiers);
-        leave(await(each.title));
+    for (const auto& [key, modifiers, title] : cases) {
+        press(main, key, modifiers);
+        leave(await(title));
     }
     QStringList tips;
     for (const QToolButton* button : main.findChildren<QToolButton*>())
