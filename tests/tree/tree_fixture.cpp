@@ -12,9 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
-#include <map>
 #include <set>
-#include <sstream>
 
 using namespace platform::window;
 
@@ -134,12 +132,6 @@ void TreeTest::open(const std::string& path)
         if (!stateOf(item(folder)).expanded)
             clickButton(folder);
     }
-}
-
-void TreeTest::listAgain(const std::string& path)
-{
-    clickButton("Files");
-    open(path);
 }
 
 void TreeTest::setCount(const std::string& path, WORD count)

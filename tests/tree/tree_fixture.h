@@ -32,7 +32,11 @@ protected:
     // Expands each folder on the way that is collapsed.
     static void open(const std::string& path);
     // Collapses "Files" and lists it again down to that folder.
-    static void listAgain(const std::string& path = "Files");
+    static void listAgain(const std::string& path = "Files")
+    {
+        clickButton("Files");
+        open(path);
+    }
 
     // Sets the mark count, and the image that goes with it.
     static void setCount(const std::string& path, WORD count);

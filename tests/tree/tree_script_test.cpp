@@ -12,7 +12,6 @@
 #include <gmock/gmock.h>
 
 #include <regex>
-#include <sstream>
 #include <utility>
 
 namespace {
@@ -188,10 +187,7 @@ gone main "KORV Quillbox"
 TEST_F(TreeScriptTest, FailureSaysWhatTheScriptExpectedAndWhatIsShown)
 {
     write({"empty/"});
-    const struct {
-        const char* script;
-        const char* error;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"expect image \"Files\" 9\n", "line 1: expected image 9 of \"Files\", which has 2"},
         {"click \"Files\\empty\"\n", "line 1: expected the tree item \"Files\\empty\""},  // "Files" is collapsed
         {"expand \"Files\"\nexpand \"Files\\empty\"\n", "line 2: the tree item \"Files\\empty\" can't be expanded"},

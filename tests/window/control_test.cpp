@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <tuple>
 
 namespace platform::window::test {
 namespace {
@@ -107,12 +108,7 @@ TEST_F(ControlTest, ProgressBarStopsAtItsTopAndStartsOverWithTheNextStep)
     const HWND bar = make(u"msctls_progress32", 0);
     EXPECT_EQ(SendMessageW(bar, PBM_SETRANGE, 0, static_cast<LPARAM>(MAKELONG(0, 1500))),
               static_cast<LRESULT>(MAKELONG(0, 100)));
-    const struct {
-        UINT message;
-        WPARAM value;
-        LRESULT answer;
-        LRESULT position;
-    } steps[] = {
+    const std::tuple<UINT, WPARAM, LRESULT, LRESULT> steps[] = {
         {PBM_SETSTEP, 10, 10, 0},       {PBM_SETPOS, 1490, 0, 1490},
         {PBM_STEPIT, 0, 1490, 1500},    {PBM_STEPIT, 0, 1500, 0},
         {PBM_SETSTEP, 0, 10, 0},        {PBM_STEPIT, 0, 0, 0},

@@ -261,11 +261,7 @@ TEST_F(DialogTest, MessageBoxReturnsTheButtonPressedAndIsClosedOnlyIfThatIsAnAns
         user.key(box, VK_ESCAPE);
         user.key(box, VK_RETURN);
     };
-    const struct {
-        UINT type;
-        Action action;
-        int answer;
-    } cases[] = {
+    const std::tuple<UINT, Action, int> cases[] = {
         {MB_OK, key(VK_RETURN), IDOK},
         {MB_OK, key(VK_ESCAPE), IDOK},
         {MB_OK, close, IDOK},

@@ -4,7 +4,6 @@
 
 #include <list>
 #include <span>
-#include <utility>
 
 namespace platform::window::test {
 
@@ -15,17 +14,6 @@ void TestUser::changed(HWND window, Change change)
         focusChanges_.insert(window);
     ++changes_;
     came_.notify_all();
-}
-
-std::set<HWND> TestUser::takeFocusChanges()
-{
-    const std::lock_guard lock(mutex_);
-    return std::exchange(focusChanges_, {});
-}
-
-void TestUser::textChanged(HWND window, std::u16string_view)
-{
-    changed(window, Change::Text);
 }
 
 void TestUser::waitUntil(const std::function<bool()>& condition)
@@ -53,21 +41,6 @@ HWND TestUser::window(const std::u16string& title)
     return found;
 }
 
-void TestUser::click(HWND window, long row)
-{
-    waitUntil([&] { return takesInput(window) && postClick(window, row); });
-}
-
-void TestUser::key(HWND window, WORD virtualKey, bool shift, bool control, bool alt)
-{
-    waitUntil([&] { return takesInput(window) && postKey(window, virtualKey, shift, control, alt); });
-}
-
-void TestUser::type(HWND window, const std::u16string& text)
-{
-    waitUntil([&] { return takesInput(window) && postText(window, text); });
-}
-
 WindowThread::WindowThread(std::function<HWND()> make)
 {
     std::promise<HWND> made;
@@ -88,37 +61,6 @@ void WindowThread::join()
         return;
     PostMessageW(window_, WM_CLOSE, 0, 0);
     thread_.join();
-}
-
-const WCHAR* windowClass(const WCHAR* name, WNDPROC procedure)
-{
-    WNDCLASSW added = {};
-    added.lpfnWndProc = procedure;
-    added.lpszClassName = name;
-    RegisterClassW(&added);
-    return name;
-}
-
-HWND makeWindow(const WCHAR* className, HWND owner)
-{
-    return CreateWindowExW(0, className, className, WS_VISIBLE, 0, 0, 300, 200, owner, nullptr, nullptr, nullptr);
-}
-
-WindowState stateOf(HWND window)
-{
-    WindowState state;
-    (void)readWindow(window, state);
-    return state;
-}
-
-std::u16string textOf(HWND window)
-{
-    return stateOf(window).text;
-}
-
-LRESULT send(HWND window, UINT message, WPARAM wParam, const void* lParam)
-{
-    return SendMessageW(window, message, wParam, reinterpret_cast<LPARAM>(lParam));
 }
 
 namespace {

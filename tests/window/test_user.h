@@ -15,6 +15,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace platform::window::test {
@@ -28,19 +29,32 @@ public:
     ~TestUser() override { setDisplay(nullptr); }
 
     void changed(HWND window, Change change) override;
-    void textChanged(HWND window, std::u16string_view text) override;
+    void textChanged(HWND window, std::u16string_view) override { changed(window, Change::Text); }
 
     // Returns when the condition holds. Checks it again after each change.
     void waitUntil(const std::function<bool()>& condition);
     // The visible top-level window of that title, once its thread takes input.
     HWND window(const std::u16string& title);
     // Each posts its input as soon as the window's thread takes input.
-    void click(HWND window, long row = -1);
-    void key(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
-    void type(HWND window, const std::u16string& text);
+    void click(HWND window, long row = -1)
+    {
+        waitUntil([&] { return takesInput(window) && postClick(window, row); });
+    }
+    void key(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false)
+    {
+        waitUntil([&] { return takesInput(window) && postKey(window, virtualKey, shift, control, alt); });
+    }
+    void type(HWND window, const std::u16string& text)
+    {
+        waitUntil([&] { return takesInput(window) && postText(window, text); });
+    }
 
     // The windows that got or lost the focus since the last call.
-    std::set<HWND> takeFocusChanges();
+    std::set<HWND> takeFocusChanges()
+    {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(focusChanges_, {});
+    }
 
 private:
     std::mutex mutex_;
@@ -67,14 +81,37 @@ private:
 };
 
 // Registers a class of that name with the procedure, once.
-const WCHAR* windowClass(const WCHAR* name, WNDPROC procedure);
-HWND makeWindow(const WCHAR* className, HWND owner = nullptr);
+inline const WCHAR* windowClass(const WCHAR* name, WNDPROC procedure)
+{
+    WNDCLASSW added = {};
+    added.lpfnWndProc = procedure;
+    added.lpszClassName = name;
+    RegisterClassW(&added);
+    return name;
+}
+
+inline HWND makeWindow(const WCHAR* className, HWND owner = nullptr)
+{
+    return CreateWindowExW(0, className, className, WS_VISIBLE, 0, 0, 300, 200, owner, nullptr, nullptr, nullptr);
+}
 
 // SendMessageW with a pointer.
-LRESULT send(HWND window, UINT message, WPARAM wParam = 0, const void* lParam = nullptr);
+inline LRESULT send(HWND window, UINT message, WPARAM wParam = 0, const void* lParam = nullptr)
+{
+    return SendMessageW(window, message, wParam, reinterpret_cast<LPARAM>(lParam));
+}
 
-[[nodiscard]] WindowState stateOf(HWND window);
-[[nodiscard]] std::u16string textOf(HWND window);
+[[nodiscard]] inline WindowState stateOf(HWND window)
+{
+    WindowState state;
+    (void)readWindow(window, state);
+    return state;
+}
+
+[[nodiscard]] inline std::u16string textOf(HWND window)
+{
+    return stateOf(window).text;
+}
 
 struct TestControl {
     std::u16string className;

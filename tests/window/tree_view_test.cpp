@@ -2,7 +2,6 @@
 #include "window/input.h"
 
 #include <string_view>
-#include <utility>
 
 namespace {
 
