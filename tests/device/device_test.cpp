@@ -6,9 +6,7 @@
 #include "ce/registry.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/xattr.h>

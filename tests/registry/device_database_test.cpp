@@ -3,7 +3,6 @@
 #include "registry_fixture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <sys/prctl.h>
 #include <sys/wait.h>

@@ -137,17 +137,13 @@ TEST_F(RegistryFileTest, FileCutAnywhereIsRefusedAndKeptUnderAnotherName)
     EXPECT_EQ(copied(), whole);
 }
 
-struct Damage {
-    const char* name;
-    std::u16string body;  // after the head, in a file of 1 key and 1 value
-};
-
 const std::u16string Key = u"[HKEY_USERS\\k]\r\n";
 TEST_F(RegistryFileTest, DamagedTextLeavesTheRegistryAsItWas)
 {
     add(u"stays", u"old", REG_BINARY, "old");
     const std::string old = copied();
-    const Damage damages[] = {
+    // Each name, and what follows the head in a file of 1 key and 1 value.
+    const std::pair<const char*, std::u16string> damages[] = {
         {"Unknown root", u"[HKEY_OTHER\\k]\r\n@=\"\""},
         {"No key", u"@=\"\""},
         {"Key not closed", u"[HKEY_USERS\\k\r\n@=\"\""},

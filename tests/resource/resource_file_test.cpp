@@ -10,7 +10,7 @@
 
 #include <set>
 #include <span>
-#include <string>
+#include <tuple>
 
 namespace platform::resource {
 namespace {
@@ -74,14 +74,10 @@ TEST_F(ResourceCallsTest, FindGivesTheEntryOrTheDocumentedError)
 
 TEST_F(ResourceCallsTest, TextIsCutToItsBufferAtAWholeCharacter)
 {
-    struct Case {
-        UINT id;
-        int characters;
-        std::u16string text;
-    };
-    for (const auto& [id, characters, text] :
-         {Case{19, 4, u"\U0001F4BEc"}, Case{19, 2, u""}, Case{17, 2, u"a"}, Case{16, 4, u""}, Case{18, 4, u""},
-          Case{31, 4, u""}, Case{300, 4, u""}, Case{0x10011, 4, u""}}) {
+    const std::tuple<UINT, int, std::u16string> cases[] = {
+        {19, 4, u"\U0001F4BEc"}, {19, 2, u""},     {17, 2, u"a"}, {16, 4, u""}, {18, 4, u""}, {31, 4, u""},
+        {300, 4, u""},           {0x10011, 4, u""}};
+    for (const auto& [id, characters, text] : cases) {
         SCOPED_TRACE(id);
         std::u16string buffer(5, u'#');
         EXPECT_EQ(LoadStringW(nullptr, id, buffer.data(), characters), static_cast<int>(text.size()));

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 namespace {
 
@@ -127,12 +128,7 @@ TEST(NumberTest, NumbersStopAtTheRestAndAtTheEndsOfTheirRange)
 
 TEST(CodePageTest, TextIsConvertedIntoABufferOfTheSizeAskedForAndIntoNoSmallerOne)
 {
-    struct Row {
-        std::u16string text;
-        int characters;
-        std::string bytes;
-    };
-    const Row rows[] = {
+    const std::tuple<std::u16string, int, std::string> rows[] = {
         {u"aé\u20AC\xD83D\xDE00", -1, std::string("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\0", 11)},
         {u"ab\u20AC", 3, "ab\xE2\x82\xAC"},
         // Lone surrogates. The count divides the pair at the end.
@@ -159,14 +155,7 @@ TEST(CodePageTest, TextIsConvertedIntoABufferOfTheSizeAskedForAndIntoNoSmallerOn
 TEST(CodePageTest, InvalidArgumentsAreRefused)
 {
     BOOL used = FALSE;
-    struct Row {
-        DWORD error;
-        UINT page;
-        DWORD flags;
-        int characters, bytes;
-        BOOL* usedDefault;
-    };
-    const Row rows[] = {
+    const std::tuple<DWORD, UINT, DWORD, int, int, BOOL*> rows[] = {
         {ERROR_INVALID_PARAMETER, 1252, 0, -1, 8, nullptr},    {ERROR_INVALID_PARAMETER, CP_UTF8, 0, 0, 8, nullptr},
         {ERROR_INVALID_PARAMETER, CP_UTF8, 0, -2, 8, nullptr}, {ERROR_INVALID_PARAMETER, CP_UTF8, 0, -1, -1, nullptr},
         {ERROR_INVALID_PARAMETER, CP_UTF8, 0, -1, 8, &used},   {ERROR_INVALID_FLAGS, CP_UTF8, 1, -1, 8, nullptr},
@@ -180,12 +169,7 @@ TEST(CodePageTest, InvalidArgumentsAreRefused)
 
 TEST(WildcardTest, StarMatchesAnyTextAndQuestionMarkOneCharacter)
 {
-    struct Row {
-        const char16_t* name;
-        const char16_t* pattern;
-        bool matches;
-    };
-    const Row rows[] = {
+    const std::tuple<std::u16string, std::u16string, bool> rows[] = {
         {u"a.txt", u"*", true},          {u"A.TXT", u"*.txt", true},  {u"a.txtx", u"*.txt", false},
         {u".txt", u"*.txt", true},       {u"txt", u"*.txt", false},   {u"abc", u"a?c", true},
         {u"ac", u"a?c", false},          {u"abc", u"abc?", false},    {u"abc", u"a*b*c*", true},
@@ -194,7 +178,7 @@ TEST(WildcardTest, StarMatchesAnyTextAndQuestionMarkOneCharacter)
     };
     for (const auto& [name, pattern, matches] : rows)
         EXPECT_EQ(matchesWildcards(name, pattern, Case::Ignored), matches)
-            << testing::PrintToString(std::u16string(name)) << " " << testing::PrintToString(std::u16string(pattern));
+            << testing::PrintToString(name) << " " << testing::PrintToString(pattern);
     EXPECT_TRUE(matchesWildcards(u"a\U0001F600.txt", u"a?.txt", Case::Counts));
     EXPECT_FALSE(matchesWildcards(u"A.TXT", u"a.txt", Case::Counts));
 }
