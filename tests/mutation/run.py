@@ -8,16 +8,15 @@ Takes what HEAD holds, changes each operator, condition, constant, call, assignm
 all mutants, and QUILLBOX_MUTANT switches one on. At first each test runs alone, without a mutant: that shows which mutants
 it reaches and how long it takes. Each mutant then runs the tests that reach it.
 
-A mutant of the code that deletes files can delete any file. So each test process has mount and process namespaces where all
-is read-only but /tmp and /dev/shm, which are small file systems in memory. They end with it, and so do its children. This
-needs root or user namespaces, and Linux 6.6 (extended attributes of users in tmpfs).
+A mutant of the code that deletes files can delete any file. So bubblewrap starts each test where all is read-only but /tmp
+and /dev/shm, which are small file systems in memory. They end with it, and so do its children. This needs the package
+bubblewrap and Linux 6.6 (extended attributes of users in tmpfs).
 
 Not covered: headers, constants outside of functions, what only scripts, tools and the window test.
 """
 import argparse
 import collections
 import concurrent.futures
-import ctypes
 import hashlib
 import io
 import json
@@ -39,8 +38,9 @@ FLAGS = f"-O1 -w -Wno-narrowing -Werror=vla -fmax-errors=0 -fdiagnostics-color=n
 # A test that prints nothing for SILENT_SECONDS may hang. It counts as hanging if it then prints nothing for HANG_FACTOR times
 # the time that the test takes without the mutant, because on a busy machine any test is slow.
 SILENT_SECONDS, HANG_FACTOR = 5, 4
-ISOLATED = """ulimit -v 8388608; for place in /tmp /dev/shm; do mount -t tmpfs -o size=512m tmpfs $place || exit 99; done
-              cd /tmp; "$@"; exit $?"""
+MEMORY_FOLDERS = [word for folder in ("/tmp", "/dev/shm") for word in ("--size", str(512 << 20), "--tmpfs", folder)]
+ISOLATED = ["prlimit", f"--as={8 << 30}", "bwrap", "--ro-bind", "/", "/", "--dev-bind", "/dev", "/dev", "--proc", "/proc", *MEMORY_FOLDERS,
+            "--chdir", "/tmp", "--unshare-pid", "--die-with-parent", *(["--cap-add", "ALL"] if os.geteuid() == 0 else [])]
 
 
 def output(*command):
@@ -116,26 +116,6 @@ def mutants_in_errors(text, build, owners):
     return wrong
 
 
-def make_read_only():
-    """Makes all file systems read-only for this process and its children."""
-    CLONE_NEWNS, CLONE_NEWUSER = 0x20000, 0x10000000
-    user, group = os.geteuid(), os.getegid()
-    if ctypes.CDLL(None).unshare(CLONE_NEWNS | (CLONE_NEWUSER if user else 0)) != 0:
-        sys.exit("this needs root or user namespaces")
-    if user:
-        for file, text in ("setgroups", "deny"), ("uid_map", f"0 {user} 1"), ("gid_map", f"0 {group} 1"):
-            pathlib.Path("/proc/self", file).write_text(text)
-    output("mount", "--make-rprivate", "/")
-    mounts = [line.split() for line in pathlib.Path("/proc/self/mounts").read_text().splitlines()]
-    places = {fields[1].encode().decode("unicode_escape"): fields[3].split(",") for fields in mounts}
-    for place, options in places.items():
-        kept = {"nosuid", "nodev", "noexec", "noatime", "relatime"} & set(options)
-        command = ["mount", "-o", ",".join(["remount", "bind", "ro", *kept]), place]
-        subprocess.run(command, check=False, stderr=subprocess.DEVNULL)
-    if writable := [place for place in places if os.access(place, os.W_OK)]:
-        sys.exit(f"still writable: {' '.join(writable)}")
-
-
 class Run:
     def __init__(self, mutants, programs):
         self.mutants = {m.number: m for m in mutants}
@@ -150,9 +130,7 @@ class Run:
         environment = {**os.environ, "QUILLBOX_MUTANT": str(mutant), "TMPDIR": "/tmp"}
         if reached is not None:
             environment["QUILLBOX_REACHED"] = str(reached)
-        command = ["setpriv", "--pdeathsig", "KILL", "unshare", "--mount", "--pid", "--fork", "--kill-child", "--mount-proc",
-                   "sh", "-c", ISOLATED, "sh", program]
-        return subprocess.Popen([*command, *arguments], env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+        return subprocess.Popen([*ISOLATED, program, *arguments], env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                 stderr=subprocess.STDOUT, pass_fds=[] if reached is None else [reached])
 
     def record(self, program):
@@ -267,7 +245,6 @@ def main():
         sys.exit("tests can't see a scratch folder below /tmp or /dev/shm")
 
     mutants, programs = build_mutants(scratch, options.jobs)
-    make_read_only()
     print(f"{len(mutants)} mutants in {', '.join(program.name for program in programs)}", flush=True)
     run = Run(mutants, programs)
     numbers = [m.number for m in mutants if options.only in m.file]
