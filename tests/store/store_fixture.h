@@ -17,7 +17,11 @@ struct Property {
     WORD flags = 0;
     bool operator==(const Property&) const = default;
 };
-void PrintTo(const Property& property, std::ostream* out);
+
+inline void PrintTo(const Property& property, std::ostream* out)
+{
+    *out << std::hex << property.id << " (" << property.value.size() << " bytes, flags " << property.flags << ")";
+}
 
 using Record = std::vector<Property>;
 using Records = std::vector<Record>;
@@ -34,19 +38,63 @@ Property number(WORD id, WORD type, Value value, WORD flags = 0)
     std::memcpy(bits.data(), &value, sizeof value);
     return {propertyId(id, type), bits, flags};
 }
-Property text(WORD id, const std::u16string& value, WORD flags = 0);
-Property blob(WORD id, const std::string& value, WORD flags = 0);
+
+// With the NUL: `value` of the property is used as a text in place.
+inline Property text(WORD id, const std::u16string& value, WORD flags = 0)
+{
+    return {propertyId(id, CEVT_LPWSTR),
+            std::string(reinterpret_cast<const char*>(value.c_str()), (value.size() + 1) * sizeof(WCHAR)), flags};
+}
+
+inline Property blob(WORD id, const std::string& value, WORD flags = 0)
+{
+    return {propertyId(id, CEVT_BLOB), value, flags};
+}
+
+inline CEPROPVAL toValue(const Property& property)
+{
+    CEPROPVAL value = {};
+    value.propid = property.id;
+    value.wFlags = property.flags;
+    if (LOWORD(property.id) == CEVT_LPWSTR)
+        value.val.lpwstr = reinterpret_cast<WCHAR*>(const_cast<char*>(property.value.data()));
+    else if (LOWORD(property.id) == CEVT_BLOB)
+        value.val.blob = {static_cast<DWORD>(property.value.size()),
+                          reinterpret_cast<BYTE*>(const_cast<char*>(property.value.data()))};
+    else
+        std::memcpy(&value.val, property.value.data(), property.value.size());
+    return value;
+}
+
+inline Property fromValue(const CEPROPVAL& value)
+{
+    const auto& [bytes, content] = value.val.blob;
+    switch (LOWORD(value.propid)) {
+    case CEVT_LPWSTR:
+        return text(HIWORD(value.propid), value.val.lpwstr, value.wFlags);
+    case CEVT_BLOB:
+        return blob(HIWORD(value.propid), {reinterpret_cast<const char*>(content), bytes}, value.wFlags);
+    default:
+        return {value.propid, {reinterpret_cast<const char*>(&value.val), sizeof value.val}, value.wFlags};
+    }
+}
 
 // The test fails if there is no such database.
-HANDLE opened(const std::u16string& name, DWORD flags = 0);
+inline HANDLE opened(const std::u16string& name, DWORD flags = 0)
+{
+    CEOID oid = 0;
+    const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, flags, nullptr);
+    EXPECT_NE(database, INVALID_HANDLE_VALUE) << GetLastError();
+    return database;
+}
 
 // An open database. The end of the scope closes it, and the test fails if the close fails.
 class OpenDatabase {
 public:
-    explicit OpenDatabase(const std::u16string& name, DWORD flags = 0);
+    explicit OpenDatabase(const std::u16string& name, DWORD flags = 0) : handle_(opened(name, flags)) {}
     OpenDatabase(const OpenDatabase&) = delete;
     OpenDatabase& operator=(const OpenDatabase&) = delete;
-    ~OpenDatabase();
+    ~OpenDatabase() { EXPECT_TRUE(CloseHandle(handle_)) << GetLastError(); }
 
     operator HANDLE() const { return handle_; }
 
@@ -56,8 +104,8 @@ private:
 
 class StoreTest : public HostFolder {
 protected:
-    StoreTest();
-    ~StoreTest() override;
+    StoreTest() : HostFolder(memoryFolder()) { open(); }
+    ~StoreTest() override { close(); }
 
     void open() const
     {
@@ -94,9 +142,28 @@ protected:
     static bool exists(const std::u16string& name) { return oidOf(name) != 0; }
     // 0 when it was refused.
     static CEOID add(HANDLE database, const Record& record) { return write(database, 0, record); }
-    static CEOID write(HANDLE database, CEOID oid, const Record& record);
+    static CEOID write(HANDLE database, CEOID oid, const Record& record)
+    {
+        std::vector<CEPROPVAL> values;
+        for (const Property& property : record)
+            values.push_back(toValue(property));
+        return CeWriteRecordProps(database, oid, static_cast<WORD>(values.size()), values.data());
+    }
     // The record at the pointer; none on failure.
-    static Record read(HANDLE database, CEOID* oid = nullptr);
+    static Record read(HANDLE database, CEOID* oid = nullptr)
+    {
+        WORD count = 0;
+        BYTE* buffer = nullptr;
+        DWORD bytes = 0;
+        const CEOID found = CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &buffer, &bytes);
+        if (oid)
+            *oid = found;
+        Record record;
+        for (WORD i = 0; found != 0 && i < count; ++i)
+            record.push_back(fromValue(reinterpret_cast<const CEPROPVAL*>(buffer)[i]));
+        LocalFree(buffer);
+        return record;
+    }
     // From the first record to the last.
     static Records recordsOf(const std::u16string& name)
     {

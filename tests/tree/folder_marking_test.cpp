@@ -1,4 +1,3 @@
-#include "engine/options.h"
 #include "tree/marking.h"
 #include "tree_fixture.h"
 

@@ -1,6 +1,4 @@
-#include "set/set_state.h"
 #include "tree/marking.h"
-#include "tree/tree_events.h"
 #include "tree_fixture.h"
 
 #include "ce/store.h"

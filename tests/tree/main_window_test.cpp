@@ -1,6 +1,5 @@
 // The program's entry point on a thread of its own, without a script and without a display.
 #include "controls/bands_display.h"
-#include "set/set_state.h"
 #include "tree/tree_model.h"
 #include "tree_fixture.h"
 #include "window/display.h"

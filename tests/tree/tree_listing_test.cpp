@@ -1,5 +1,3 @@
-#include "engine/options.h"
-#include "set/set_state.h"
 #include "tree_fixture.h"
 #include "window/display.h"
 

@@ -4,7 +4,6 @@
 #include "headless/script_run.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
-#include "set/set_state.h"
 #include "time/clock.h"
 
 #include "ce/winmain.h"
