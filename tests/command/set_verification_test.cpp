@@ -5,7 +5,6 @@
 
 #include "engine/questions.h"
 #include "engine/stored_digests.h"
-#include "kernel/troubles.h"
 #include "set/block_codec.h"
 
 #include "ce/outcome.h"

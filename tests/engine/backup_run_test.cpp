@@ -2,12 +2,7 @@
 
 #include "engine_fixture.h"
 
-#include "engine/options.h"
-#include "time/clock.h"
-
 #include "ce/dialog.h"
-
-#include <fcntl.h>
 
 #include <cerrno>
 

@@ -7,17 +7,43 @@
 
 #include "database/device_database.h"
 #include "engine/backup_run.h"
+#include "engine/options.h"
 #include "engine/restore_run.h"
 #include "set/set_state.h"
+#include "store/object_store.h"
+#include "time/clock.h"
 
 #include "ce/store.h"
+
+#include <chrono>
 
 #include <vector>
 
 class EngineTest : public FileTest {
 protected:
-    EngineTest();
-    ~EngineTest() override;
+    EngineTest() : FileTest(memoryFolder())
+    {
+        platform::time::stopClockAt({2000, 3, 0, 5, 9, 7, 3, 0});
+        platform::time::setShortDateFormat(u"dd/MM/yyyy");
+        gOptions = {};
+        gOptions.restoreMode = RestoreModeReplace;
+        gUser = {};
+        answerRuns();
+        gUser.choice = u"\\Card";
+        RenewLists();
+        card_ = addFolder(u"Card", true);
+        set_ = card_ / "QUILBOX";
+    }
+    ~EngineTest() override
+    {
+        EXPECT_FALSE(gUser.waitCursor) << "each run has ended";
+        platform::store::closeStore();
+        platform::database::closeDeviceDatabase();
+        platform::time::resumeClock();
+        platform::time::setShortDateFormat(u"");
+        RenewLists();
+        gRegistryMarked = 0;
+    }
 
     // Mounts the device's folders, the card with a capacity if one is given.
     void mount(std::optional<std::uint64_t> cardCapacity = std::nullopt) const
@@ -27,7 +53,13 @@ protected:
     }
 
     // Files of the object store, by host path below it.
-    void write(const std::string& name, const std::string& content) const;
+    void write(const std::string& name, const std::string& content) const
+    {
+        hostWrite(root() / name, content);
+        // A file that was written a moment ago isn't deleted.
+        std::filesystem::last_write_time(root() / name,
+                                         std::filesystem::file_time_type::clock::now() - std::chrono::seconds(10));
+    }
     std::string read(const std::string& name) const { return hostRead(root() / name); }
     bool exists(const std::string& name) const
     {
@@ -51,7 +83,16 @@ protected:
         ASSERT_NE(CeCreateDatabase(name.c_str(), type, 1, &order), 0U);
     }
     // 0 if no database has this name.
-    static DWORD typeOfDatabase(const std::u16string& name);
+    static DWORD typeOfDatabase(const std::u16string& name)
+    {
+        CEOID oid = 0;
+        const HANDLE database = CeOpenDatabase(&oid, name.c_str(), 0, 0, nullptr);
+        if (database == INVALID_HANDLE_VALUE)
+            return 0;
+        CloseHandle(database);
+        CEOIDINFO info = {};
+        return CeOidGetInfo(oid, &info) ? info.infDatabase.dwDbaseType : 0;
+    }
 
     static void mark(const std::u16string& path) { add(gFileList, path); }
     static void markDatabase(const std::u16string& name) { add(gDatabaseList, name); }

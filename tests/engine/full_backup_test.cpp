@@ -2,10 +2,8 @@
 
 #include "engine_fixture.h"
 
-#include "engine/options.h"
 #include "engine/questions.h"
 #include "engine/registry_calls.h"
-#include "kernel/troubles.h"
 #include "thread_ahead.h"
 
 #include "ce/outcome.h"

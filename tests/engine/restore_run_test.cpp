@@ -2,9 +2,7 @@
 
 #include "engine_fixture.h"
 
-#include "engine/options.h"
 #include "kernel/job.h"
-#include "kernel/troubles.h"
 
 #include "ce/dialog.h"
 #include "ce/outcome.h"

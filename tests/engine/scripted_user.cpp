@@ -1,5 +1,6 @@
 #include "scripted_user.h"
 
+#include "engine/options.h"
 #include "engine/questions.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
@@ -12,6 +13,7 @@
 
 ScriptedUser gUser;
 
+Options gOptions;
 HWND gMainWindow;
 WCHAR gTextA[TextChars];
 WCHAR gTextB[TextChars];

@@ -7,9 +7,7 @@
 
 #include "engine_fixture.h"
 
-#include "engine/options.h"
 #include "engine/questions.h"
-#include "kernel/troubles.h"
 #include "set/list_file.h"
 #include "set/list_reader.h"
 #include "set/stream_decoding.h"

@@ -5,7 +5,6 @@
 #include "engine_fixture.h"
 
 #include "backup_items.h"
-#include "engine/options.h"
 #include "engine/registry_calls.h"
 #include "engine/set_paths.h"
 

@@ -1,7 +1,6 @@
 // capacity_test.cpp - a full card or file system takes the bytes that fit, and deleted or cut files make room.
 #include "file_fixture.h"
 
-#include <fcntl.h>
 #include <sys/mount.h>
 
 namespace {

@@ -4,15 +4,18 @@
 #include "file/host_faults.h"
 #include "file/name_space.h"
 #include "host_folder.h"
+#include "kernel/troubles.h"
 
 #include "ce/error.h"
 #include "ce/file.h"
 #include "ce/handle.h"
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -22,8 +25,12 @@ inline constexpr DWORD Write = GENERIC_WRITE;
 
 class FileTest : public HostFolder {
 protected:
-    explicit FileTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path());
-    ~FileTest() override;
+    explicit FileTest(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) : HostFolder(parent)
+    {
+        std::filesystem::create_directory(root_);
+        remount();
+    }
+    ~FileTest() override { platform::file::removeAllMounts(); }
 
     // Host side.
     [[nodiscard]] const std::filesystem::path& root() const { return root_; }
@@ -35,9 +42,21 @@ protected:
     }
     // Mounts a folder "mounted NAME" of outside(), which can exist already.
     std::filesystem::path addFolder(const std::u16string& name, bool card,
-                                    std::optional<std::uint64_t> capacity = std::nullopt) const;
+                                    std::optional<std::uint64_t> capacity = std::nullopt) const
+    {
+        const std::filesystem::path folder = at("mounted " + std::filesystem::path(name).string());
+        std::filesystem::create_directory(folder);
+        if (!platform::file::addMount({name, ::open(folder.c_str(), O_RDONLY | O_DIRECTORY), card, capacity}))
+            std::abort();
+        return folder;
+    }
     // Leaves the root alone mounted.
-    void remount() const;
+    void remount() const
+    {
+        platform::file::removeAllMounts();
+        if (!platform::file::addMount({u"", ::open(root_.c_str(), O_RDONLY | O_DIRECTORY), false, std::nullopt}))
+            std::abort();
+    }
 
     // Device side.
     [[nodiscard]] static HANDLE open(const std::u16string& path, DWORD access, DWORD creation, DWORD share = 0)
@@ -87,10 +106,33 @@ protected:
 
     // 0 if the call succeeded, else the last error.
     [[nodiscard]] static DWORD errorOf(BOOL result) { return result ? 0 : GetLastError(); }
-    [[nodiscard]] static std::set<std::u16string> list(const std::u16string& pattern);
+    [[nodiscard]] static std::set<std::u16string> list(const std::u16string& pattern)
+    {
+        std::set<std::u16string> names;
+        WIN32_FIND_DATAW found = {};
+        const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
+        if (search == INVALID_HANDLE_VALUE)
+            return names;
+        do
+            EXPECT_TRUE(names.insert(found.cFileName).second) << "listed twice";
+        while (FindNextFileW(search, &found));
+        EXPECT_TRUE(FindClose(search));
+        return names;
+    }
 
     // Takes the failures that were noted since the last time, as "read \\path" or "write \\path".
-    static std::set<std::u16string> takeNoted();
+    static std::set<std::u16string> takeNoted()
+    {
+        using namespace platform::kernel;
+        std::set<std::u16string> noted;
+        for (const Trouble kind : {Trouble::Reading, Trouble::Writing}) {
+            for (const auto& each : troublesOf(kind, Troubled::File)) {
+                noted.insert((kind == Trouble::Reading ? u"read " : u"write ") + each.name);
+                forgetTrouble(kind, Troubled::File, each.name, each.error);
+            }
+        }
+        return noted;
+    }
 
     // Runs `action` under the plan and returns the number of its host calls.
     static std::uint64_t hostCallsOf(const std::function<void()>& action, const platform::file::FaultPlan& plan = {})
@@ -119,10 +161,25 @@ private:
 // Another process that has a file open for the lifetime of this object.
 class OtherProcess {
 public:
-    OtherProcess(const std::filesystem::path& path, int flags);
+    // The child inherits the descriptor, so nothing has to wait for it.
+    OtherProcess(const std::filesystem::path& path, int flags)
+    {
+        const int file = ::open(path.c_str(), flags);
+        opened_ = file >= 0;
+        child_ = ::fork();
+        while (child_ == 0)
+            ::pause();
+        ::close(file);
+    }
     OtherProcess(const OtherProcess&) = delete;
     OtherProcess& operator=(const OtherProcess&) = delete;
-    ~OtherProcess();
+    ~OtherProcess()
+    {
+        if (child_ <= 0)
+            return;
+        ::kill(child_, SIGKILL);
+        ::waitpid(child_, nullptr, 0);
+    }
 
     [[nodiscard]] bool opened() const { return opened_; }
 
@@ -132,4 +189,13 @@ private:
 };
 
 // Bytes without a short period, so that a part at a wrong offset differs.
-[[nodiscard]] std::string patternBytes(std::size_t count, std::uint32_t seed = 12345);
+[[nodiscard]] inline std::string patternBytes(std::size_t count, std::uint32_t seed = 12345)
+{
+    std::string bytes(count, '\0');
+    std::uint32_t state = seed;
+    for (char& byte : bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<char>(state >> 24);
+    }
+    return bytes;
+}

@@ -2,8 +2,6 @@
 // end.
 #include "file_fixture.h"
 
-#include <fcntl.h>
-
 #include <cerrno>
 
 using namespace platform::file;

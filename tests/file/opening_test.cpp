@@ -2,7 +2,6 @@
 // device, and only files and folders are visible in it.
 #include "file_fixture.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace {

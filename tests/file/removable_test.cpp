@@ -2,7 +2,6 @@
 // place, so that its content can be read after the first place is unmounted.
 #include "file_fixture.h"
 
-#include <fcntl.h>
 #include <sys/mount.h>
 
 #include <atomic>

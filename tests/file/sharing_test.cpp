@@ -1,8 +1,6 @@
 // sharing_test.cpp - which opens of one file exclude each other, in this process and in others.
 #include "file_fixture.h"
 
-#include <fcntl.h>
-
 #include <atomic>
 #include <thread>
 #include <vector>

@@ -4,7 +4,6 @@
 
 #include "ce/file_deletion.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <cerrno>
