@@ -20,7 +20,9 @@
 #include "ce/text.h"
 
 #include <algorithm>
+#include <functional>
 #include <string_view>
+#include <unordered_set>
 
 namespace {
 
@@ -36,6 +38,7 @@ struct RestoreRun {
     ItemOutcome item;                // of the current item
     bool declined = false;           // the options or the user keep what the device has in place of the current item
     WCHAR newFolder[MAX_PATH] = {};  // the folder that this run made last, as FolderOf returns it; empty for none
+    std::unordered_set<std::size_t> namesInIt;  // hashes of the names that the set has had in it
 };
 
 // The folder of a path, with the backslash at its end; empty without one.
@@ -43,6 +46,11 @@ std::u16string_view FolderOf(const WCHAR* path)
 {
     const std::u16string_view whole = path;
     return whole.substr(0, whole.rfind(u'\\') + 1);
+}
+
+std::size_t HashOf(const WCHAR* path)
+{
+    return std::hash<std::u16string_view>()(path);
 }
 
 // One item: its stream is copied out of the data file to the temporary stream, which is then unpacked.
@@ -118,8 +126,10 @@ bool Unpack(RestoreRun& run, const WCHAR* path)
     StreamOutcome unpacked;
     TargetMaking making;
     (void)DecompressFile(TemporaryStreamPath, path, &unpacked, &making);
-    if (making.folderIsNew)
+    if (making.folderIsNew) {
         CopyText(run.newFolder, FolderOf(path).size() + 1, path);
+        run.namesInIt = {HashOf(path)};
+    }
     if (!unpacked.whole)
         NoteFailure(run.item, unpacked.error);
     return unpacked.made != FALSE;
@@ -196,13 +206,15 @@ bool IsToRestore(RestoreRun& run, const WCHAR* name)
     return !run.declined;
 }
 
-bool LiesInNewFolder(const RestoreRun& run, const WCHAR* name)
+// Whether the file lies in a folder that this run has made, and the set has had no such name in it. Two names of the
+// same hash count as one.
+bool IsNewInNewFolder(RestoreRun& run, const WCHAR* name)
 {
-    return run.newFolder[0] != 0 && FolderOf(name) == run.newFolder;
+    return run.newFolder[0] != 0 && FolderOf(name) == run.newFolder && run.namesInIt.insert(HashOf(name)).second;
 }
 
-// A file in a new folder mostly doesn't exist, so its opening finds out, which saves a call for each file. If there is
-// one all the same, the options decide.
+// Only another program can have made such a file, so its opening finds out, which saves a call for each file. If there
+// is one all the same, the options decide.
 void RestoreIntoNewFolder(RestoreRun& run, const EntryBuffer& entry)
 {
     const DWORD before = run.restoredBytes;
@@ -220,7 +232,7 @@ void RestoreIntoNewFolder(RestoreRun& run, const EntryBuffer& entry)
 void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
     RestoreItem(run, KindOf(ItemKindFile), entry, [&] {
-        if (!OptionsReplace() && LiesInNewFolder(run, entry.name)) {
+        if (!OptionsReplace() && IsNewInNewFolder(run, entry.name)) {
             RestoreIntoNewFolder(run, entry);
             return;
         }

@@ -64,6 +64,20 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
         EXPECT_EQ(read("folder/b"), c.b);
         EXPECT_EQ(gUser.shownWith(u"ask "), c.questions);
     }
+    // The second file appears after the first one has made their folder.
+    writeSet(entryBytes(1, "\\folder\\b", 0, HelloBytes) + entryBytes(1, "\\folder\\c", 0, HelloBytes));
+    gUser.seesCount = [&] {
+        if (std::filesystem::exists(root() / "folder"))
+            write("folder/c", "new");
+    };
+    for (const bool replaces : {false, true}) {
+        removeAll("folder");
+        gOptions.restoreMode = RestoreModeAsk;
+        gUser.answers = {replaces};
+        restore();
+        EXPECT_EQ(read("folder/c"), replaces ? "hello" : "new");
+    }
+    gUser.seesCount = nullptr;
     std::filesystem::remove(set_ / "QLBX0001.QDT");
     write("a", "new");
     gUser.shown.clear();
