@@ -6,6 +6,8 @@
 
 #include "text/host_name.h"
 
+#include "ce/error.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -150,7 +152,8 @@ void DatabaseImport::gatherChanges()
 void DatabaseImport::storeChanges()
 {
     if (std::exchange(gathering_, std::nullopt) && !EndStoreChange(TRUE))
-        throw FormatFault("the records can't be stored");
+        throw FormatFault(GetLastError() == ERROR_DISK_FULL ? "the disk has no room for the records"
+                                                            : "the records can't be stored");
 }
 
 std::string DatabaseImport::summary() const
