@@ -203,25 +203,36 @@ bool isOffset(std::string_view text)
            text.substr(3, 2) < "60";
 }
 
+// "19700101", "19700101T000000" or "19700101T000000Z".
+bool isStart(std::string_view text)
+{
+    if (text.size() != 8 && (text.size() != 15 || text[8] != 'T') &&
+        (text.size() != 16 || text[8] != 'T' || text[15] != 'Z'))
+        return false;
+    try {
+        (void)momentFrom(text);
+        return true;
+    } catch (const FormatFault&) {
+        return false;
+    }
+}
+
 // libical reads a damaged offset as some other one, and ignores an observance with a damaged start.
 bool isUsable(const Component& observance)
 {
-    std::size_t given = 0;
+    bool hasStart = false;
+    bool hasFrom = false;
+    bool hasTo = false;
     for (const ContentLine& line : observance.lines) {
-        const bool isStart = line.name == "DTSTART";
-        if (!isStart && line.name != "TZOFFSETFROM" && line.name != "TZOFFSETTO")
+        const std::string_view value = trimmed(line.value);
+        bool& has = line.name == "DTSTART" ? hasStart : line.name == "TZOFFSETFROM" ? hasFrom : hasTo;
+        if (line.name != "DTSTART" && line.name != "TZOFFSETFROM" && line.name != "TZOFFSETTO")
             continue;
-        try {
-            if (isStart)
-                (void)momentFrom(line.value);
-            else if (!isOffset(line.value))
-                return false;
-        } catch (const FormatFault&) {
+        if (has || !(line.name == "DTSTART" ? isStart(value) : isOffset(value)))
             return false;
-        }
-        ++given;
+        has = true;
     }
-    return given == 3;
+    return hasStart && hasFrom && hasTo;
 }
 
 // The number of rules of the definition: its observances and their dates. A rule counts again for each century since

@@ -21,11 +21,13 @@ std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
     return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
 }
 
-// Some programs break the last line of a component softly, too.
-bool isEnd(std::string_view line)
+// Some programs break the last line of a component softly, too. A value that has the beginning of a component, such as
+// a card in a note, can have its end as well.
+bool endsComponent(std::string_view line, std::string_view value)
 {
     const std::string text = inCapitals(line.substr(0, std::min<std::size_t>(line.size(), 14)));
-    return text == "END:VCARD" || text == "END:VEVENT" || text == "END:VTODO" || text == "END:VCALENDAR";
+    return (text == "END:VCARD" || text == "END:VEVENT" || text == "END:VTODO" || text == "END:VCALENDAR") &&
+           inCapitals(value).find("BEGIN:V") == std::string::npos;
 }
 
 }  // namespace
@@ -142,7 +144,7 @@ bool ComponentReader::readLogical()
         const std::size_t softBreak = softBreaks ? softBreakIn(logical_, begin) : std::string::npos;
         if (softBreak != std::string::npos) {
             logical_.erase(softBreak);
-            if (isEnd(physical_))
+            if (endsComponent(physical_, logical_))
                 break;
             begin = softBreak;
             logical_ += physical_;
