@@ -134,6 +134,8 @@ def faults_of_names():
 def faults_of_search_paths(compile_commands):
     for command in json.loads(pathlib.Path(compile_commands).read_text(encoding="utf-8")):
         source = pathlib.Path(command["file"])
+        if source.parent.name == "Unity":  # it includes sources of the room in whose folder it lies
+            source = ROOT / source.relative_to(pathlib.Path(compile_commands).resolve().parent)
         if not source.is_relative_to(ROOT) or source.relative_to(ROOT).parts[0] not in PRODUCT:
             continue
         words = shlex.split(command["command"])
