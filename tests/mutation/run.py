@@ -39,7 +39,7 @@ FLAGS = f"-O1 -w -Wno-narrowing -Werror=vla -fmax-errors=0 -fdiagnostics-color=n
 # the time that the test takes without the mutant, because on a busy machine any test is slow.
 SILENT_SECONDS, HANG_FACTOR = 5, 4
 MEMORY_FOLDERS = [word for folder in ("/tmp", "/dev/shm") for word in ("--size", str(512 << 20), "--tmpfs", folder)]
-ISOLATED = ["prlimit", f"--as={8 << 30}", "bwrap", "--ro-bind", "/", "/", "--dev-bind", "/dev", "/dev", "--proc", "/proc", *MEMORY_FOLDERS,
+ISOLATED = ["prlimit", f"--as={8 << 30}", "bwrap", "--ro-bind", "/", "/", "--dev", "/dev", "--proc", "/proc", *MEMORY_FOLDERS,
             "--chdir", "/tmp", "--unshare-pid", "--die-with-parent", *(["--cap-add", "ALL"] if os.geteuid() == 0 else [])]
 
 
