@@ -43,7 +43,8 @@ def inputs(build, words):
 
 
 def state(build, suite):
-    properties = [p for p in suite["properties"] if p["name"] in ("ENVIRONMENT", "SKIP_RETURN_CODE", "WILL_FAIL")]
+    properties = [p for p in suite["properties"] if p["name"] in ("ENVIRONMENT", "SKIP_RETURN_CODE", "WILL_FAIL", "PASS_REGULAR_EXPRESSION",
+                                                                      "FAIL_REGULAR_EXPRESSION")]
     settings = sorted(pair for pair in os.environ.items() if pair[0].startswith("QUILLBOX_") or pair[0].endswith("SAN_OPTIONS"))
     known = hashlib.sha256(json.dumps([suite["command"], properties, settings]).encode())
     for path in inputs(build, suite["command"]):
