@@ -163,6 +163,8 @@ class DialogTest(ContentsTest):
             'key "H"\nexpect 1004 "h"\nok\nwait "Select"\nselect 1003 "\\Card"\nok\nidle\n'
             f'command 40006\nwait "Select"\nselect 1003 "{SET}"\nok\nwait "Full Restore"\nkey "X"\n'
             'expect 1004 "*Comments:\\nh"\ncancel\nidle\n')
+        self.assertIn('window message "Info?" text "Override \\Card\\QUILBOX\\QLBX0001.QLT file" buttons yes,no default no',
+                      self.quillbox('answer "*" no\n' + full_backup()).transcript)
 
     def test_dialog_left_by_its_close_box_is_left_without_a_choice(self):
         self.write("a", b"old")

@@ -96,7 +96,7 @@ class FaultsTest(ProgramTest):
             "A number is out of range": lambda: self.backup("--replace", "100"),
             "A profile has an unknown key": self.profile,
             "There is no such profile": lambda: ["--profile", "none", "sets"],
-            "A file exists, and nobody can be asked": lambda: ["restore", self.made_set()],
+            "A file exists, and nobody can be asked": lambda: self.made_set() and self.write("a", b"new") and ["restore", self.set],
             "The device doesn't exist": lambda: ["--device", self.folder / "typo", *self.backup()],
             "The device is in use": self.own_device,
             "The card is in use by another device": self.other_card,
@@ -106,7 +106,7 @@ class FaultsTest(ProgramTest):
             "Every number is taken": self.taken,
             "There is no set with the number to replace": lambda: self.backup("--replace", "7"),
             "There is nothing of the kind": lambda: ["backup", "--to", "Card", "--databases"],
-            "An item doesn't exist (there are no wildcards)": lambda: self.backup("--item", "/do*\nx"),
+            "An item doesn't exist (there are no wildcards)": lambda: self.write("doc\nx") and self.backup("--item", "/do*\nx"),
             "SET is a folder": lambda: ["restore", self.made_set().parent],
             "SET doesn't exist": lambda: ["restore", self.sets / "QLBX0009"],
             "There isn't enough room": lambda: ["--card", f"Small={self.folder}/small,capacity=6000", *self.backup(to="Small")],
@@ -130,4 +130,5 @@ class FaultsTest(ProgramTest):
                 self.assertTrue(any(fnmatch.fnmatchcase(line, f"*{sentence.strip('`')}*") for line in lines), done.said)
                 self.assertLessEqual(before.items(), self.everything().items(), "something is lost")
                 if code in "12":
+                    self.assertIn(done.text, ("", "No set was made.\n"))
                     self.assertEqual(self.everything(), before)

@@ -105,7 +105,7 @@ TEST_F(CompressedStreamTest, EverySizeAroundABlockGivesTheFormatAndComesBack)
 {
     for (const std::size_t size : {0U, 1U, 4U, 131071U, 131072U, 131073U, 2 * 131072U, 327680U}) {
         SCOPED_TRACE(size);
-        const Bytes source = patternBytes(size);
+        const Bytes source = patternBytes(size, static_cast<std::uint32_t>(size));
         make(u"\\source", source);
         ASSERT_TRUE(packsWhole(u"\\stream"));
         const Bytes stream = read(u"\\stream");
