@@ -3,7 +3,6 @@ import os
 import re
 import shutil
 import subprocess
-import unittest
 
 from installation import BUILD, ROOT, InstallationTest, main
 

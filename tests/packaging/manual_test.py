@@ -1,7 +1,6 @@
 """Manual pages and completions: they are whole, well formed, and true."""
 import os
 import re
-import unittest
 
 from installation import ROOT, InstallationTest, main
 

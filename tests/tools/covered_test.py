@@ -26,7 +26,8 @@ class CoveredTest(CompanionTest):
         (self.store / os.fsdecode(b"raw \xff")).write_bytes(b"odd name")
         self.add_records([record(number) for number in range(RECORDS)])
         (self.device / "cards/Card").mkdir(parents=True)
-        for script in ("idle\n", program.full_backup(program.FILES, program.DATABASES, program.REGISTRY)):  # the first end of the program puts its settings into the registry
+        # The first end of the program puts its settings into the registry.
+        for script in ("idle\n", program.full_backup(program.FILES, program.DATABASES, program.REGISTRY)):
             self.run_program("quillbox", "--device", self.device, "--timeout", "0", "--script", "-", given=script)
         self.sets = self.folder / "sets"
         (self.device / "cards/Card/QUILBOX").rename(self.sets)

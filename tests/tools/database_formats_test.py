@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """Databases as vCard, iCalendar and CSV: our own files come back record for record, those of others as far as they can,
 and a damaged file changes nothing."""
 import base64
@@ -685,7 +684,3 @@ class RefusedFilesTest(FormsTest):
             {"Subject": "kept"}, {"LastName": "a", "FirstName": "b", "Notes": "x"}, {"Subject": "more"}])
         self.import_file("--form", "vcard", "--name", "Second", given=card)
         self.assertIn("database Second: type 24, 1 record\n", self.tool("database", "list", self.device))
-
-
-if __name__ == "__main__":
-    unittest.main()
