@@ -25,7 +25,9 @@ bool appendName(std::string& path, std::u16string_view name)
     if (!path.empty())
         path.push_back('/');
     if (name.size() <= 255 && !name.empty() && name.front() != u'.' && std::ranges::all_of(name, isSameOnHost)) {
-        std::ranges::transform(name, std::back_inserter(path), [](char16_t unit) { return static_cast<char>(unit); });
+        const auto start = static_cast<std::ptrdiff_t>(path.size());
+        path.resize(path.size() + name.size());
+        std::ranges::transform(name, path.begin() + start, [](char16_t unit) { return static_cast<char>(unit); });
         return true;
     }
     const std::optional<std::string> hostName = text::toHostName(name);
@@ -84,6 +86,7 @@ HostPath resolvePath(std::u16string_view devicePath)
         if (devicePath.empty() || devicePath.ends_with(u'\\'))
             return failed(ERROR_INVALID_NAME);
     }
+    path.below.reserve(devicePath.size());  // enough for most paths
 
     for (bool first = true; !devicePath.empty(); first = false) {
         const std::size_t end = std::min(devicePath.find(u'\\'), devicePath.size());
