@@ -1,6 +1,7 @@
 #include "entries.h"
 
 #include "attributes.h"
+#include "file_stamp.h"
 #include "host/error.h"
 #include "open_files.h"
 #include "parent_folder.h"
@@ -128,6 +129,16 @@ DWORD removeFolderAt(const HostPath& path)
     const int result = removeEmptyFolder(parent.get(), path.name());
     path.mount->noteChange(deviceOf(status));
     return result == -ENOTEMPTY || result == -EEXIST ? ERROR_DIR_NOT_EMPTY : platformError(result);
+}
+
+// The folders on the way aren't opened one by one: a link among them can't lead to another file with the same stamp.
+// The host's answer doesn't include bytes that this process has gathered for the file.
+bool isUnchangedAt(const HostPath& path, const FileStamp& stamp)
+{
+    HostStatus status = {};
+    return stamp.provesWrites && path.error == 0 && !path.isMount() &&
+           readStatus(path.mount->folder(), path.below.c_str(), status) == 0 && isUnchanged(stamp, status) &&
+           !OpenFiles::instance().sizeOfWritten(keyOf(status));
 }
 
 DWORD makeFolderAt(const HostPath& path)

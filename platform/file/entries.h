@@ -5,6 +5,7 @@
 #include "host_calls.h"
 #include "open_files.h"
 
+#include "ce/file_stamp.h"
 #include "ce/types.h"
 
 namespace platform::file {
@@ -18,6 +19,9 @@ struct Attributes {
 
 // Whether it is certain that there is no entry.
 [[nodiscard]] bool isNothingAt(const HostPath& path);
+
+// Whether the entry is certainly the file of the stamp, with the same bytes.
+[[nodiscard]] bool isUnchangedAt(const HostPath& path, const FileStamp& stamp);
 
 // 0 or the error.
 [[nodiscard]] DWORD makeFolderAt(const HostPath& path);

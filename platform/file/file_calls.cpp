@@ -1,4 +1,4 @@
-// The calls of ce/file.h and ce/file_deletion.h. The last error is set here and nowhere else in this room.
+// The calls of ce/file.h and ce/file_stamp.h. The last error is set here and nowhere else in this room.
 #include "ce/file.h"
 
 #include "entries.h"
@@ -11,7 +11,7 @@
 #include "volume_flush.h"
 
 #include "ce/error.h"
-#include "ce/file_deletion.h"
+#include "ce/file_stamp.h"
 
 using namespace platform;
 using namespace platform::file;
@@ -165,6 +165,11 @@ BOOL GetFileStamp(HANDLE file, FileStamp* stamp)
     if (!open)
         return fail(ERROR_INVALID_HANDLE);
     return stamp ? succeedUnless(open->stamp(*stamp), Trouble::Reading, *open) : fail(ERROR_INVALID_PARAMETER);
+}
+
+BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp)
+{
+    return stamp && isUnchangedAt(resolvePath(boundedPath(path)), *stamp) ? TRUE : FALSE;
 }
 
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information)

@@ -1,9 +1,9 @@
-// file_stamp.h - makes the stamp of a file, and compares a file with its stamp (ce/file_deletion.h).
+// file_stamp.h - makes the stamp of a file, and compares a file with its stamp (ce/file_stamp.h).
 #pragma once
 
 #include "host_calls.h"
 
-#include "ce/file_deletion.h"
+#include "ce/file_stamp.h"
 
 #include <ctime>
 

@@ -22,9 +22,9 @@ constexpr auto MostBytes = static_cast<std::uint64_t>(std::numeric_limits<std::i
 }
 
 OpenFile::OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sharing& sharing, Descriptor descriptor,
-                   HostPath hostPath)
+                   HostPath hostPath, const FileStamp& opened)
     : table_(table), file_(std::move(file)), sharing_(sharing), descriptor_(std::move(descriptor)),
-      hostPath_(std::move(hostPath))
+      hostPath_(std::move(hostPath)), opened_(opened)
 {
 }
 
@@ -180,6 +180,10 @@ DWORD OpenFile::handOver()
 
 DWORD OpenFile::stamp(FileStamp& stamp)
 {
+    if (!mayWrite() && !othersMayWrite() && opened_.inode != 0) {
+        stamp = opened_;
+        return 0;
+    }
     const kernel::MutexLock lock(file_->mutex());
     if (file_->isNameless()) {
         stamp = {};  // no file of the host has this stamp

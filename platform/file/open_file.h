@@ -9,7 +9,7 @@
 #include "shared_file.h"
 
 #include "ce/file.h"
-#include "ce/file_deletion.h"
+#include "ce/file_stamp.h"
 
 #include <cstdint>
 #include <memory>
@@ -21,9 +21,9 @@ namespace platform::file {
 class OpenFile final : public kernel::Object {
 public:
     // `file` was entered into `table` under `sharing`, and leaves it in the destructor. A temporary file is opened
-    // without a descriptor.
+    // without a descriptor, and has no stamp of its opening.
     OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sharing& sharing, Descriptor descriptor,
-             HostPath hostPath);
+             HostPath hostPath, const FileStamp& opened = {});
     ~OpenFile() override;
 
     [[nodiscard]] DWORD close() override;
@@ -72,6 +72,7 @@ private:
     const Sharing sharing_;
     Descriptor descriptor_;
     const HostPath hostPath_;
+    const FileStamp opened_;
 
     std::uint64_t position_ GUARDED_BY(file_->mutex()) = 0;
     ReadAhead ahead_ GUARDED_BY(file_->mutex());

@@ -1,9 +1,9 @@
-// unchanged_deletion.h - deletes a file if it still has its stamp (ce/file_deletion.h).
+// unchanged_deletion.h - deletes a file if it still has its stamp (ce/file_stamp.h).
 #pragma once
 
 #include "device_path.h"
 
-#include "ce/file_deletion.h"
+#include "ce/file_stamp.h"
 
 namespace platform::file {
 

@@ -137,6 +137,9 @@ bool NamesSingleItems(const BackupRequest& request)
 RunPlan PrepareBackup(const BackupRequest& request)
 {
     gBackupRequest = request;
+    gOptions.deleteBackedUp = request.deletesSources;
+    gOptions.generateLog = request.writesLog;
+    gDigestsBlocks = request.verifies;
     RunPlan plan = CheckTarget(request);
     if (plan.refused)
         return plan;
@@ -152,9 +155,6 @@ RunPlan PrepareBackup(const BackupRequest& request)
 
 DWORD PerformBackup()
 {
-    gOptions.deleteBackedUp = gBackupRequest.deletesSources;
-    gOptions.generateLog = gBackupRequest.writesLog;
-    gDigestsBlocks = gBackupRequest.verifies;
     gStoredDigests.clear();
     CopyText(gComment, gBackupRequest.comment.c_str());
     ComposeComment();

@@ -37,9 +37,26 @@ void BackUpFile(BackupRun& run, const WCHAR* name, SmallStream* ahead)
     StepRunProgress(run.progress);
 }
 
+// Whether the stream that the listing has packed is still that of the file.
+bool UseKeptStream(AheadItem& item)
+{
+    const KeptStream& kept = item.offer.kept;
+    if (!kept.bytes || !IsFileUnchanged(item.path, &kept.source))
+        return false;
+    item.stream = {.state = SmallStreamState::Packed,
+                   .error = ERROR_SUCCESS,
+                   .bytes = kept.count,
+                   .readBytes = kept.readBytes,
+                   .digest = kept.digest,
+                   .kept = kept.bytes,
+                   .pieces = {}};
+    return true;
+}
+
 void PackAhead(AheadItem& item, SmallStreamMemory& memory)
 {
-    PackSmallStream(item.path, item.stream, memory);
+    if (!UseKeptStream(item))
+        PackSmallStream(item.path, item.stream, memory);
 }
 
 void BackUpNext(BackupRun& run)
@@ -50,21 +67,27 @@ void BackUpNext(BackupRun& run)
         return;
     }
     CopyText(run.itemName, next.path);
+    if (!next.finished)
+        UseKeptStream(next);
     BackUpFile(run, next.path, &next.stream);
 }
 
 // A source that is to be deleted isn't read ahead, because its stamp has to be taken before it is read.
 void BackUpFiles(BackupRun& run)
 {
-    StartAhead(gOptions.deleteBackedUp || !CodecWorks() ? nullptr : PackAhead, IsRoomForSmallStream);
+    const bool packsAhead = !gOptions.deleteBackedUp && CodecWorks();
+    StartAhead(packsAhead ? PackAhead : nullptr, IsRoomForSmallStream);
+    DWORD number = 0;
     ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
         if (IsAheadFull())
             BackUpNext(run);
-        OfferAhead(entry.name, 0, 0);
+        OfferAhead(entry.name, {.kept = packsAhead ? FindKeptStream(number) : KeptStream{}});
+        number++;
     });
     while (!IsAheadEmpty())
         BackUpNext(run);
     StopAhead();
+    ForgetKeptStreams();
     DeleteCollected(run.deletion, run.listFile, run.dataFile);
     SetCursor(nullptr);
     CloseRunProgress(run.progress);

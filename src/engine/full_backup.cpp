@@ -2,6 +2,7 @@
 
 #include "engine/directory_walker.h"
 #include "engine/item_names.h"
+#include "engine/options.h"
 #include "engine/paths_too_long.h"
 #include "engine/questions.h"
 #include "set/set_state.h"
@@ -50,6 +51,8 @@ struct KnownFolder {
 };
 KnownFolder gKnownFolder;
 
+bool gPacksTinyFiles;
+
 bool LiesDirectlyInCard(const WCHAR* folder)
 {
     if (lstrcmpW(gKnownFolder.path, folder) != 0) {
@@ -59,11 +62,13 @@ bool LiesDirectlyInCard(const WCHAR* folder)
     return HasAttribute(gKnownFolder.attributes, FILE_ATTRIBUTE_TEMPORARY);
 }
 
-void AddItem(const ItemKind& kind, const WCHAR* name, std::uint64_t bytes)
+bool AddItem(const ItemKind& kind, const WCHAR* name, std::uint64_t bytes)
 {
     ItemList* list = *kind.list;
-    if (!list || !list->Add(name, NameBytes(name), bytes))
-        ReportItem(OutcomeNotStored, kind.reportedAs, name, ERROR_NOT_ENOUGH_MEMORY);
+    if (list && list->Add(name, NameBytes(name), bytes))
+        return true;
+    ReportItem(OutcomeNotStored, kind.reportedAs, name, ERROR_NOT_ENOUGH_MEMORY);
+    return false;
 }
 
 // A file that was deleted since the folder was read isn't part of the backup. No program can read a module in ROM.
@@ -74,9 +79,16 @@ void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
         ReportItem(OutcomeNotStored, OutcomeFile, path, error);
 }
 
-// Only opening a file shows whether it can be read. A file that is in use is left out.
-void TestReadable(AheadItem& item)
+// Only opening a file shows whether it can be read. A file that is in use is left out. A tiny file is packed while it
+// is open.
+void TestReadable(AheadItem& item, SmallStreamMemory& memory)
 {
+    if (item.offer.packs) {
+        PackSmallStream(item.path, item.stream, memory, &item.source);
+        if (item.stream.state == SmallStreamState::NotOpened)
+            item.error = item.stream.error;
+        return;
+    }
     const HANDLE file = CreateFileW(item.path, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         item.error = GetLastError();
@@ -89,11 +101,13 @@ void AddNext(HWND progress)
 {
     AheadItem& next = TakeAhead();
     if (!next.finished)
-        TestReadable(next);
-    if (next.error == ERROR_SUCCESS)
-        AddItem(KindOf(ItemKindFile), next.path, next.bytes);
-    else
-        ReportUnreadable(next.path, next.attributes, next.error);
+        WorkOnTaken(next);
+    if (next.error != ERROR_SUCCESS)
+        ReportUnreadable(next.path, next.offer.attributes, next.error);
+    else if (AddItem(KindOf(ItemKindFile), next.path, next.offer.bytes) &&
+             next.stream.state == SmallStreamState::Packed)
+        KeepStream(gFileList->Count() - 1, next.stream, next.source);
+    DropSmallStream(next.stream);
     ProgressStep(progress, 0);
 }
 
@@ -101,7 +115,9 @@ void OfferFile(const WCHAR* path, DWORD attributes, HWND progress)
 {
     if (IsAheadFull())
         AddNext(progress);
-    OfferAhead(path, attributes, gWalkedEntry.bytes);
+    OfferAhead(path, {.attributes = attributes,
+                      .bytes = gWalkedEntry.bytes,
+                      .packs = gPacksTinyFiles && gWalkedEntry.bytes <= MostKeptSourceBytes && IsRoomForKeptStream()});
 }
 
 // FALSE, which ends the walk of this folder, if the run is to stop.
@@ -143,7 +159,9 @@ void WalkForItems(const WCHAR* root, WalkCallback add, HWND progress)
 {
     gPathsTooLong = {};
     gPathsTooLong.areItems = TRUE;
-    StartAhead([](AheadItem& item, SmallStreamMemory&) { TestReadable(item); }, [] { return true; });
+    // A source that is to be deleted is stamped and read by the run.
+    gPacksTinyFiles = !gOptions.deleteBackedUp && CodecWorks();
+    StartAhead(TestReadable, IsRoomForSmallStream);
     WalkDirectory(root, nullptr, TRUE, FALSE, add, reinterpret_cast<UINT_PTR>(progress));
     while (!IsAheadEmpty())
         AddNext(progress);
@@ -166,6 +184,12 @@ void ListAllNames(const ItemKind& kind, HWND progress)
     });
 }
 
+void ForgetListing()
+{
+    RenewLists();
+    ForgetKeptStreams();
+}
+
 void ListAll(const ItemKind& kind)
 {
     HWND progress = gRunQuestions.openProgress(LoadText(kind.listing, gTextA), LoadText(TextComputingList, gTextB),
@@ -183,7 +207,7 @@ void ListAll(const ItemKind& kind)
 
 void ListDevice()
 {
-    RenewLists();
+    ForgetListing();
     gPathsTooLong = {};
     for (const ItemKind& kind : ItemKinds) {
         if (kind.list && *kind.inFullBackup)
@@ -213,7 +237,7 @@ DWORD RunFullBackup()
     ListDevice();
     if (JobIsToStop()) {
         ReportNoSet(u"\\", ERROR_CANCELLED);
-        RenewLists();
+        ForgetListing();
         return 0;
     }
     const PathsTooLong left = gPathsTooLong;  // the run's own walk can note further ones
@@ -223,7 +247,7 @@ DWORD RunFullBackup()
     const bool nothing = NothingIsMarked();
     RunBackup(BackupListedItems);
     gRegistryMarked = registryMarked;
-    RenewLists();
+    ForgetListing();
     // After the run, so that the set is complete while the message is open, and not if the user cancelled the run.
     if (gLastSetNumber != 0 || nothing)
         ShowPathsTooLong(left);

@@ -7,7 +7,7 @@
 #pragma once
 
 #include "ce/file.h"
-#include "ce/file_deletion.h"
+#include "ce/file_stamp.h"
 
 inline constexpr DWORD DeletionGroup = 64;
 

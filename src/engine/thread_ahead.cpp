@@ -85,8 +85,10 @@ DWORD RunSecondThread(void* /*unused*/)
     return 0;
 }
 
+// Said to be awake at once, so that it isn't called again until it sleeps the next time.
 void WakeSecondThread()
 {
+    gSleeps = false;
     gCalls++;
     gCalls.notify_one();
 }
@@ -136,12 +138,11 @@ bool IsAheadEmpty()
     return gOffered == gTaken;
 }
 
-void OfferAhead(const WCHAR* path, DWORD attributes, std::uint64_t bytes)
+void OfferAhead(const WCHAR* path, const AheadOffer& offer)
 {
     AheadItem& item = ItemOf(gOffered);
     CopyText(item.path, path);
-    item.attributes = attributes;
-    item.bytes = bytes;
+    item.offer = offer;
     item.error = ERROR_SUCCESS;
     item.stream.state = SmallStreamState::Left;
     item.finished = false;
@@ -162,4 +163,10 @@ AheadItem& TakeAhead()
     }
     WakeIfWorthwhile();
     return item;
+}
+
+void WorkOnTaken(AheadItem& item)
+{
+    gWork(item, gRunMemory);
+    item.finished = true;
 }

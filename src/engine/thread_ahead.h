@@ -7,22 +7,30 @@
 // One walk at a time, and all calls on the run's thread. thread_ahead.cpp explains what the two threads share.
 #pragma once
 
-#include "set/small_stream.h"
+#include "kept_streams.h"
 
 #include <atomic>
 
-inline constexpr DWORD AheadItems = 64;
+inline constexpr DWORD AheadItems = 256;
 
 // The second thread is woken when so many items wait. Otherwise it would be woken for each. A test sets 1.
 inline DWORD gAheadWakes = AheadItems / 2;
 
+// What the run's thread knows of an item when it offers it.
+struct AheadOffer {
+    DWORD attributes = 0;  // as the listing found them
+    std::uint64_t bytes = 0;
+    bool packs = false;    // the listing packs the file
+    KeptStream kept = {};  // what the listing has packed of it, for the run
+};
+
 struct AheadItem {
     std::atomic<bool> finished;
     WCHAR path[MAX_PATH];
-    DWORD attributes;  // as the listing found them
-    std::uint64_t bytes;
-    DWORD error;         // of opening it, for the listing
-    SmallStream stream;  // for the run
+    AheadOffer offer;
+    DWORD error;       // of opening it, for the listing
+    FileStamp source;  // of what was packed, for the listing
+    SmallStream stream;
 };
 
 // The work on an item. Both threads do it, each with a memory of its own.
@@ -39,9 +47,12 @@ bool IsAheadFull();
 bool IsAheadEmpty();
 
 // Offers the next item; there is room for it.
-void OfferAhead(const WCHAR* path, DWORD attributes, std::uint64_t bytes);
+void OfferAhead(const WCHAR* path, const AheadOffer& offer);
 
 // Returns the oldest item. If nobody has begun the work on it, that is left to the caller, and `finished` is false.
 // Otherwise it waits until the work is finished, and works on items meanwhile that nobody has begun. The item is valid
 // until the next OfferAhead.
 AheadItem& TakeAhead();
+
+// Does the work on an item that TakeAhead has returned unfinished.
+void WorkOnTaken(AheadItem& item);

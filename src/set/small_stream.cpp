@@ -104,6 +104,16 @@ bool PackWhole(HANDLE file, SmallStream& stream, SmallStreamMemory& memory)
            AppendBlock(memory.raw, 0, memory, filled) && Keep(stream, memory.stream, filled);
 }
 
+void WriteBytes(Target& target, const SmallStream& stream)
+{
+    if (stream.kept) {
+        Write(target, stream.kept, stream.bytes);
+        return;
+    }
+    for (DWORD i = 0; i < PiecesOf(stream.bytes); i++)
+        Write(target, gPieces[stream.pieces[i]], BytesInPiece(i, stream.bytes));
+}
+
 }  // namespace
 
 bool IsRoomForSmallStream()
@@ -111,18 +121,25 @@ bool IsRoomForSmallStream()
     return gFree >= SmallStreamPieces;
 }
 
-void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory)
+void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory, FileStamp* stamp)
 {
     stream.state = SmallStreamState::Left;
+    stream.kept = nullptr;
     const HANDLE file = OpenSource(source);
     if (file == INVALID_HANDLE_VALUE) {
         stream.state = SmallStreamState::NotOpened;
         stream.error = GetLastError();
         return;
     }
-    if (PackWhole(file, stream, memory))
+    if ((!stamp || GetFileStamp(file, stamp)) && PackWhole(file, stream, memory))
         stream.state = SmallStreamState::Packed;
     CloseHandle(file);
+}
+
+void CopySmallStream(const SmallStream& stream, BYTE* bytes)
+{
+    for (DWORD i = 0; i < PiecesOf(stream.bytes); i++)
+        std::memcpy(bytes + i * StreamPieceBytes, gPieces[stream.pieces[i]], BytesInPiece(i, stream.bytes));
 }
 
 BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& packed)
@@ -135,8 +152,7 @@ BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& pa
     packed.made = file != INVALID_HANDLE_VALUE;
     if (packed.made) {
         Target written = {file, packed, false, 0};
-        for (DWORD i = 0; i < PiecesOf(stream.bytes); i++)
-            Write(written, gPieces[stream.pieces[i]], BytesInPiece(i, stream.bytes));
+        WriteBytes(written, stream);
         CloseTarget(written);
         packed.bytes = written.bytes;
         packed.whole = packed.error == ERROR_SUCCESS;
@@ -149,7 +165,7 @@ BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& pa
 
 void DropSmallStream(SmallStream& stream)
 {
-    if (stream.state == SmallStreamState::Packed)
+    if (stream.state == SmallStreamState::Packed && !stream.kept)
         ReturnPieces(stream, PiecesOf(stream.bytes));
     stream.state = SmallStreamState::Left;
 }

@@ -163,6 +163,56 @@ TEST_F(FullBackupTest, RegistryIsBackedUpIfItsBoxIsTickedAndItsMarkIsRestored)
     gRegCopyFile = nullptr;
 }
 
+// The listing packs tiny files. Only the stream of a file that hasn't changed since is stored.
+TEST_F(FullBackupTest, TinyFileIsStoredAsItIsWhenItsTurnComes)
+{
+    using namespace platform::kernel;
+    const char* const names[] = {"same", "rewritten", "replaced", "longer", "gone", "grew large", "used"};
+    for (const char* name : names)
+        write(name, std::string("old ") + name);
+    const auto time = std::filesystem::last_write_time(root() / "rewritten");
+    ListDevice();
+    ASSERT_EQ(gFileList->Count(), std::size(names));
+    hostWrite(root() / "rewritten", "new rewritten");
+    std::filesystem::last_write_time(root() / "rewritten", time);
+    write("other", "new replaced");
+    std::filesystem::rename(root() / "other", root() / "replaced");
+    write("longer", "new and longer");
+    removeAll("gone");
+    write("grew large", patternBytes(300'000));
+    const OtherProcess user(root() / "used", O_WRONLY);
+    ASSERT_TRUE(user.opened());
+    BeginJob();
+    BackUpTo({u"\\Card", 0}, BackupListedItems);
+    EXPECT_EQ(troublesOf(Trouble::Storing, Troubled::File, Since::Job).size(), 0U);
+    removeAll("");
+    std::filesystem::create_directories(root());
+    mount();
+    restore();
+    EXPECT_EQ(read("same"), "old same");
+    EXPECT_EQ(read("rewritten"), "new rewritten");
+    EXPECT_EQ(read("replaced"), "new replaced");
+    EXPECT_EQ(read("longer"), "new and longer");
+    EXPECT_EQ(read("grew large"), patternBytes(300'000));
+    EXPECT_EQ(read("used"), "old used") << "it was read before another program opened it";
+    EXPECT_FALSE(exists("gone"));
+}
+
+// More than there is room for.
+TEST_F(FullBackupTest, EachOfManyTinyFilesIsStoredUnderItsName)
+{
+    constexpr std::size_t Files = 5000;
+    for (std::size_t i = 0; i < Files; i++)
+        write("d" + std::to_string(i % 50) + "/" + std::to_string(i), std::to_string(i) + patternBytes(2000));
+    RunFullBackup();
+    removeAll("");
+    std::filesystem::create_directories(root());
+    mount();
+    restore();
+    for (std::size_t i = 0; i < Files; i++)
+        ASSERT_EQ(read("d" + std::to_string(i % 50) + "/" + std::to_string(i)), std::to_string(i) + patternBytes(2000));
+}
+
 TEST_F(FullBackupTest, SetLogAndStepsAreTheSameHoweverFarTheSecondThreadIsAhead)
 {
     constexpr std::size_t Sizes[] = {0, 1, 500, 4093, 60'000, 131'071, 131'072, 131'073, 200'000, 12};

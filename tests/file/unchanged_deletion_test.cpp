@@ -2,7 +2,7 @@
 #include "file_fixture.h"
 #include "file_stamp.h"
 
-#include "ce/file_deletion.h"
+#include "ce/file_stamp.h"
 
 #include <sys/stat.h>
 
@@ -57,6 +57,8 @@ protected:
         return errorOf(DeleteUnchangedFile(Path, &stamp));
     }
 
+    static bool isUnchanged(const FileStamp& stamp) { return IsFileUnchanged(Path, &stamp) != FALSE; }
+
     // The contents of the files in the folder, whatever their names.
     [[nodiscard]] std::multiset<std::string> contents() const
     {
@@ -96,11 +98,29 @@ TEST_F(UnchangedDeletionTest, OnlyTheUnchangedFileIsDeleted)
         const FileStamp stamp = writeAndStamp("bytes");
         change(file());
         const std::string content = hostRead(file());
+        EXPECT_EQ(isUnchanged(stamp), error == 0);
         EXPECT_EQ(deletion(stamp), error);
         const bool kept = error == ERROR_FILE_INVALID || error == ERROR_ACCESS_DENIED;
         EXPECT_EQ(fs::exists(file()), kept);
         EXPECT_EQ(contents(), kept ? std::multiset{content} : std::multiset<std::string>());
     }
+}
+
+TEST_F(UnchangedDeletionTest, FileCountsAsUnchangedOnlyIfThatIsCertain)
+{
+    FileStamp stamp = writeAndStamp("bytes");
+    EXPECT_TRUE(isUnchanged(stamp));
+    EXPECT_FALSE(IsFileUnchanged(u"\\d", &stamp));
+    EXPECT_FALSE(IsFileUnchanged(nullptr, &stamp));
+    EXPECT_FALSE(IsFileUnchanged(Path, nullptr));
+    EXPECT_EQ(hostCallsOf([&] { EXPECT_FALSE(isUnchanged(stamp)); }, {.nthCall = 1, .error = EIO}), 1U);
+    const HANDLE here = open(Path, GENERIC_WRITE, OPEN_EXISTING);
+    EXPECT_TRUE(write(here, "B")) << "the host doesn't have it yet";
+    EXPECT_FALSE(isUnchanged(stamp));
+    CloseHandle(here);
+    stamp = stampNow();
+    stamp.provesWrites = FALSE;
+    EXPECT_FALSE(isUnchanged(stamp));
 }
 
 TEST_F(UnchangedDeletionTest, FileInUseHereOrElsewhereStays)

@@ -7,7 +7,7 @@
 
 #include "set/stream_outcome.h"
 
-#include "ce/file_deletion.h"
+#include "ce/file_stamp.h"
 #include "ce/types.h"
 
 // The digests of a stream's blocks, in their order, as one number.

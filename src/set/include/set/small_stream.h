@@ -22,6 +22,7 @@ struct SmallStream {
     DWORD bytes;           // of the stream
     DWORD readBytes;       // of the source
     std::uint64_t digest;  // as in PackedStream
+    const BYTE* kept;      // the bytes, if the caller keeps them; null if they are in the shared memory
     BYTE pieces[SmallStreamPieces];
 };
 
@@ -35,8 +36,12 @@ struct SmallStreamMemory {
 // Whether there is room for the stream of any source.
 bool IsRoomForSmallStream();
 
-// Any thread. CodecWorks() is true.
-void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory);
+// Any thread. CodecWorks() is true. `stamp`, if not null, gets that of the source before it is read. If there is none,
+// the stream isn't packed.
+void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory, FileStamp* stamp = nullptr);
+
+// Copies the bytes of a packed stream to `bytes`, which has room for them.
+void CopySmallStream(const SmallStream& stream, BYTE* bytes);
 
 // Writes a packed stream to the new file `target`, as CompressFile does, and gives its memory back. The stamp in
 // `packed` is empty.

@@ -1,7 +1,8 @@
-// ce/file_deletion.h - deletes a file only if it hasn't changed since it was read.
+// ce/file_stamp.h - says by a stamp whether a file has changed since it was read, and deletes it only if it hasn't.
 //
 // A program that moves content elsewhere stamps the open file before it reads, and deletes it by that stamp when its
-// copy is safe. Content that another program writes after the stamp isn't deleted.
+// copy is safe. Content that another program writes after the stamp isn't deleted. A program that keeps what it read
+// asks by the stamp whether the file still has it.
 #pragma once
 
 #include "ce/types.h"
@@ -25,9 +26,14 @@ struct FileStamp {
 // Nonzero on success. Bytes that this process has gathered for the file are passed to the host first, so that the stamp
 // includes them. Open the file without sharing, take the stamp at once, and read then. Each change of the bytes that
 // are read then shows, even one by a program that has mapped the file into memory, whose first write alone changes the
-// times.
+// times. For a file that is open for reading only and not shared for writing, the stamp is that of its opening.
 // 0 on failure: 6 for a handle that is no open file, 31, 87 for a null stamp, and the errors of WriteFile.
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
+
+// Nonzero if the file at `path` certainly still has the bytes that it had at its stamp. 0 if it has changed, is another
+// file, is gone, or if that can't be said: provesWrites is 0, or the host failed. Sets no error, and notes no failure
+// of the device. On tmpfs a write to a file that is mapped into memory changes no time, so it isn't seen.
+BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 
 // Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another
 // process that opens the file during the call waits for its end.
