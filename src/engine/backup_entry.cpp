@@ -15,6 +15,7 @@
 #include "engine/questions.h"
 #include "engine/set_paths.h"
 #include "engine/stored_digests.h"
+#include "piece_copy.h"
 #include "run_progress.h"
 #include "set/block_pipeline.h"
 
@@ -23,6 +24,7 @@
 namespace {
 
 constexpr DWORD HandOverBytes = 262144;
+constexpr std::uint64_t NoLimit = ~std::uint64_t{0};
 
 // Offsets have 32 bits.
 bool FitsOffsets(const BackupRun& run)
@@ -73,19 +75,10 @@ void HandOverData(BackupRun& run)
 void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
 {
     ByteCounter counter = StartByteCounter(run.progress, TextBackedUpCountFormat);
-    BYTE piece[PieceBytes];
     std::uint64_t read = 0;
     DWORD handedOver = run.dataBytes;
-    for (;;) {
-        DWORD bytes = 0;
-        if (!ReadFile(stream, piece, PieceBytes, &bytes, nullptr))
-            NoteFailure(run.item, GetLastError());
-        if (bytes == 0)
-            break;
+    const auto copied = [&](DWORD bytes, DWORD written) {
         read += bytes;
-        DWORD written = 0;
-        if (!WriteFile(run.dataFile, piece, bytes, &written, nullptr) || written != bytes)
-            failed(&run);
         run.dataBytes += written;
         if (showCount)
             ShowBytes(counter, run.dataBytes);
@@ -93,7 +86,9 @@ void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed faile
             HandOverData(run);
             handedOver = run.dataBytes;
         }
-    }
+    };
+    CopyPieces(
+        stream, run.dataFile, NoLimit, run.item, [&] { failed(&run); }, copied);
     if (read != run.packed.bytes)
         NoteFailure(run.item, ERROR_HANDLE_EOF);
 }

@@ -7,6 +7,7 @@
 #include "engine/questions.h"
 #include "engine/registry_calls.h"
 #include "item_outcome.h"
+#include "piece_copy.h"
 #include "run_progress.h"
 #include "set/block_pipeline.h"
 #include "set/compressed_stream.h"
@@ -68,25 +69,19 @@ void RestoreItem(RestoreRun& run, const ItemKind& kind, const EntryBuffer& entry
     ReportItemDone(kind.reportedAs, EntryStreamBytes(entry.bytes), IsWhole(run.item) && !run.declined);
 }
 
-void CopyPieces(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, bool showCount)
+void CopyStream(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, bool showCount)
 {
     ByteCounter counter = StartByteCounter(run.progress, TextRestoredCountFormat);
-    BYTE piece[PieceBytes];
-    while (offset <= end) {
-        DWORD bytes = 0;
-        if (!ReadFile(run.dataFile, piece, std::min(PieceBytes, end - offset), &bytes, nullptr))
-            NoteFailure(run.item, GetLastError());
-        if (bytes == 0)
-            break;
+    const auto copied = [&](DWORD bytes, DWORD /*unused*/) {
         offset += bytes;
-        DWORD written = 0;
-        if (!WriteFile(temporary, piece, bytes, &written, nullptr))
-            NoteFailure(run.item, GetLastError());
         if (showCount) {
             run.restoredBytes += bytes;
             ShowBytes(counter, run.restoredBytes);
         }
-    }
+    };
+    const DWORD most = end > offset ? end - offset : 0;
+    CopyPieces(
+        run.dataFile, temporary, most, run.item, [&] { NoteFailure(run.item, GetLastError()); }, copied);
     if (offset != end)
         NoteFailure(run.item, ERROR_FILE_CORRUPT);
 }
@@ -114,7 +109,7 @@ bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, bool showCount)
         return false;
     }
     StepRunProgress(run.progress);
-    CopyPieces(run, temporary, start, EntryEndOffset(entry.bytes), showCount);
+    CopyStream(run, temporary, start, EntryEndOffset(entry.bytes), showCount);
     if (!CloseHandle(temporary))
         NoteFailure(run.item, GetLastError());
     return true;

@@ -23,10 +23,6 @@ void ShowItem(HWND progress, const ItemKind& kind, const WCHAR* name);
 // Moves the bar by the step of one item.
 void StepRunProgress(HWND progress);
 
-// A stream is copied between the data file and a temporary file in pieces of this size. The counter of bytes follows
-// each.
-inline constexpr DWORD PieceBytes = 260;
-
 // The counter of thousands of bytes, for one stream.
 struct ByteCounter {
     HWND progress;
