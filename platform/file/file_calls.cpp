@@ -145,6 +145,13 @@ BOOL HandOverFileBuffers(HANDLE file)
     return open ? succeedUnless(open->handOver(), Trouble::Writing, *open) : fail(ERROR_INVALID_HANDLE);
 }
 
+BOOL WriteAfter(HANDLE file, HANDLE earlier)
+{
+    const auto open = findOpenFile(file);
+    const auto openEarlier = findOpenFile(earlier);
+    return open && openEarlier ? succeedUnless(open->writeAfter(*openEarlier)) : fail(ERROR_INVALID_HANDLE);
+}
+
 BOOL DropFromCache(HANDLE file)
 {
     const auto open = findOpenFile(file);

@@ -84,7 +84,8 @@ Written OpenFile::write(std::span<const std::byte> bytes)
     position_ += written.bytes;
     if (written.hostIsFull && SharedFile::anyReserves()) {
         // Room that other files have reserved but don't use must not make this write fail. releaseReserves locks each
-        // file in turn, so this one is unlocked: a thread never holds the locks of two files.
+        // file in turn, so this one is unlocked: a thread that holds the lock of a file takes no other than that of the
+        // file before it (SharedFile::writeAfter).
         lock.unlock();
         table_.releaseReserves();
         lock.lock();
@@ -176,6 +177,20 @@ DWORD OpenFile::handOver()
         return error;
     const kernel::MutexLock lock(file_->mutex());
     return file_->writeOut();
+}
+
+DWORD OpenFile::writeAfter(const OpenFile& earlier)
+{
+    if (!mayWrite() || !earlier.mayWrite())
+        return ERROR_ACCESS_DENIED;
+    {
+        const kernel::MutexLock lock(earlier.file_->mutex());
+        if (earlier.file_ == file_ || earlier.file_->isWrittenAfterAnother())
+            return ERROR_INVALID_PARAMETER;
+    }
+    const kernel::MutexLock lock(file_->mutex());
+    file_->writeAfter(earlier.file_);
+    return 0;
 }
 
 DWORD OpenFile::stamp(FileStamp& stamp)

@@ -180,6 +180,10 @@ DWORD SharedFile::writeOut()
 {
     if (gathered_ == 0)
         return lost_;
+    if (const DWORD error = writeOutEarlier(); error != 0) {
+        loseGathered(0, error);
+        return lost_;
+    }
     const std::uint64_t offset = size_ - gathered_;
     const HostWrite done =
         mount_->isGone() ? HostWrite{0, -ENOMEDIUM} : writeBoth(gatherer_, offset, {gather_.get(), gathered_}, {});
@@ -187,9 +191,17 @@ DWORD SharedFile::writeOut()
     if (done.bytes != 0)
         writtenTo_ = offset + done.bytes;
     if (done.error != 0)
-        loseGathered(done.bytes, done.error);
+        loseGathered(done.bytes, ioError(done.error));
     gathered_ = 0;
     return lost_;
+}
+
+DWORD SharedFile::writeOutEarlier()
+{
+    if (!earlier_)
+        return 0;
+    const kernel::MutexLock lock(earlier_->mutex());
+    return earlier_->writeOut();
 }
 
 DWORD SharedFile::release()
@@ -251,13 +263,17 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
     }
+    if (const DWORD error = writeOutEarlier(); error != 0) {
+        loseGathered(0, error);
+        return {0, error};
+    }
     const std::size_t before = gathered_;
     const HostWrite done = writeBoth(descriptor, offset - before, {gather_.get(), before}, bytes);
     noteChange();
     if (done.bytes != 0)
         writtenTo_ = offset - before + done.bytes;
     if (done.bytes < before) {
-        loseGathered(done.bytes, done.error);
+        loseGathered(done.bytes, ioError(done.error));
         return {0, lost_};
     }
     gathered_ = 0;
@@ -267,10 +283,10 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<
 
 // The host has taken only the first `kept` of the gathered bytes. The file ends after them: the others were reported as
 // written, so the error stays until the file is cut.
-void SharedFile::loseGathered(std::size_t kept, long hostError)
+void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;
-    lost_ = ioError(hostError);
+    lost_ = error;
     mount_->giveBackRoom(missing);
     size_ -= missing;
     gathered_ = 0;

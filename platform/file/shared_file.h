@@ -101,6 +101,12 @@ public:
     // later write and writeOut fails with that error, until endAt cuts the file where it is whole.
     [[nodiscard]] DWORD writeOut() REQUIRES(mutex_);
 
+    // Each write to the host is preceded by one of what is gathered for `earlier`. The lock of `earlier` is taken while
+    // this one is held. No two threads block each other by that, because `earlier` isn't written after another file at
+    // the time of this call, so that there is no cycle.
+    void writeAfter(std::shared_ptr<SharedFile> earlier) REQUIRES(mutex_) { earlier_ = std::move(earlier); }
+    bool isWrittenAfterAnother() const REQUIRES(mutex_) { return earlier_ != nullptr; }
+
     // Writes out, ends gathering and gives the reserved room after the end back to the host.
     [[nodiscard]] DWORD release() REQUIRES(mutex_);
 
@@ -121,7 +127,8 @@ private:
     [[nodiscard]] int spill() REQUIRES(mutex_);
     [[nodiscard]] Written putStraight(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
         REQUIRES(mutex_);
-    void loseGathered(std::size_t kept, long hostError) REQUIRES(mutex_);
+    [[nodiscard]] DWORD writeOutEarlier() REQUIRES(mutex_);
+    void loseGathered(std::size_t kept, DWORD error) REQUIRES(mutex_);
     [[nodiscard]] bool canGather(int descriptor, std::uint64_t offset, std::size_t bytes) REQUIRES(mutex_);
     bool fitsLastBlock(int descriptor, std::uint64_t end) const REQUIRES(mutex_);
     [[nodiscard]] bool makeReserve(int descriptor, std::uint64_t end) REQUIRES(mutex_);
@@ -136,6 +143,8 @@ private:
     std::uint64_t size_ GUARDED_BY(mutex_);
     std::uint64_t version_ GUARDED_BY(mutex_) = 0;
     DWORD lost_ GUARDED_BY(mutex_) = 0;  // the error that lost gathered bytes
+
+    std::shared_ptr<SharedFile> earlier_ GUARDED_BY(mutex_);
 
     // The end of the latest write to the host, so that the host has a block for the byte before; 0 if not known.
     std::uint64_t writtenTo_ GUARDED_BY(mutex_) = 0;

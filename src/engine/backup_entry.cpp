@@ -1,8 +1,9 @@
 // What holds at any moment of a run, also if the process is killed or the card is full:
 //
 // - An entry of the list is whole or is the last one. A cut entry would hide all entries after it from a reader.
-// - The bytes of a whole entry are in the data file. They are passed to the host before the entry's end offset is
-//   written.
+// - The bytes of a whole entry are in the data file. They are passed to the host before the entry's end offset. The
+// file
+//   layer sees to that where entries wait (WriteAfter).
 // - run.dataBytes is the length of the data file, so that the next item's start offset is right whatever failed before.
 // - A source is deleted only if its entry is whole. After a damaged entry no more sources are deleted
 //   (source_deletion.h).
@@ -32,13 +33,17 @@ bool FitsOffsets(const BackupRun& run)
     return run.packed.bytes <= 0xFFFFFFFF - run.dataBytes;
 }
 
+bool CutList(BackupRun& run, DWORD end)
+{
+    return SetFilePointer(run.listFile, static_cast<LONG>(end), nullptr, FILE_BEGIN) == end &&
+           SetEndOfFile(run.listFile);
+}
+
 // Cuts the list back to the entries before this one. The sources that are still to be deleted have such entries, so
 // they are deleted if the list could be cut. No later source of this run is deleted.
 void CutEntryOff(BackupRun& run, const BackupEntry& entry)
 {
-    const bool cut = SetFilePointer(run.listFile, static_cast<LONG>(entry.start), nullptr, FILE_BEGIN) == entry.start &&
-                     SetEndOfFile(run.listFile);
-    if (cut)
+    if (CutList(run, entry.start))
         DeleteCollected(run.deletion, run.listFile, run.dataFile);
     ForbidDeletion(run.deletion);
 }
@@ -60,13 +65,41 @@ bool WasDeletedMeanwhile(const BackupRun& run)
            (run.item.error == ERROR_FILE_NOT_FOUND || run.item.error == ERROR_PATH_NOT_FOUND);
 }
 
-// Passes the data written so far to the host, which may read it from then on.
-void HandOverData(BackupRun& run)
+// Passes the data written so far to the host, which may read it from then on. 0 or the error.
+DWORD HandOverData(BackupRun& run)
 {
-    if (HandOverFileBuffers(run.dataFile))
-        ReportStoredBytes(run.dataBytes);
-    else
-        NoteFailure(run.item, GetLastError());
+    if (!HandOverFileBuffers(run.dataFile))
+        return GetLastError();
+    ReportStoredBytes(run.dataBytes);
+    return ERROR_SUCCESS;
+}
+
+// Cuts the list back to the entries that the host has.
+void LoseWaitingEntries(BackupRun& run, DWORD error)
+{
+    (void)HandOverFileBuffers(run.listFile);  // fails, but afterwards nothing is gathered that a cut would write out
+    for (DWORD i = 0; i < run.waiting.count; i++)
+        ReportItem(OutcomeNotStored, OutcomeFile, run.waiting.paths[i], error);
+    if (gDigestsBlocks)
+        gStoredDigests.resize(gStoredDigests.size() - run.waiting.count);
+    run.waiting.count = 0;
+    (void)CutList(run, run.waiting.start);
+}
+
+// Only files wait, and only if their sources are kept: a source is deleted when the list names it.
+bool CanWait(const BackupRun& run, BYTE kind)
+{
+    return kind == ItemKindFile && run.writesListAfterData && !gOptions.deleteBackedUp &&
+           run.packed.bytes <= MostWaitingStreamBytes;
+}
+
+void AddWaitingEntry(BackupRun& run, const BackupEntry& entry)
+{
+    if (run.waiting.count == 0)
+        run.waiting.start = entry.start;
+    CopyText(run.waiting.paths[run.waiting.count++], run.itemName);
+    if (run.waiting.count == MostWaitingEntries)
+        SettleWaitingEntries(run);
 }
 
 // dataBytes grows by what WriteFile reports, so that on a full card the next item's offset is still right. The number
@@ -83,7 +116,8 @@ void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed faile
         if (showCount)
             ShowBytes(counter, run.dataBytes);
         if (run.dataBytes - handedOver >= HandOverBytes) {
-            HandOverData(run);
+            if (const DWORD error = HandOverData(run); error != ERROR_SUCCESS)
+                NoteFailure(run.item, error);
             handedOver = run.dataBytes;
         }
     };
@@ -168,6 +202,9 @@ HANDLE OpenTemporaryStream(BackupRun& run)
 BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE stream, bool showCount, WriteFailed failed)
 {
     BackupEntry entry = {};
+    entry.waits = CanWait(run, kind);
+    if (!entry.waits)
+        SettleWaitingEntries(run);
     entry.start = SetFilePointer(run.listFile, 0, nullptr, FILE_CURRENT);
     entry.listed = WriteEntryHead(run.listFile, kind, name, run.dataBytes, failed, &run) == 0;
     CopyStream(run, stream, showCount, failed);
@@ -175,15 +212,40 @@ BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE str
     return entry;
 }
 
+void SettleWaitingEntries(BackupRun& run)
+{
+    if (run.waiting.count == 0)
+        return;
+    DWORD error = HandOverData(run);
+    if (error == ERROR_SUCCESS && !HandOverFileBuffers(run.listFile))
+        error = GetLastError();
+    if (error != ERROR_SUCCESS)
+        LoseWaitingEntries(run, error);
+    run.waiting.count = 0;
+}
+
 void EndEntry(BackupRun& run, BackupEntry& entry)
 {
-    HandOverData(run);
-    if (!WriteEntryEnd(run.listFile, run.dataBytes) || !HandOverFileBuffers(run.listFile)) {
+    const bool waits = entry.waits && entry.listed && IsWhole(run.item);
+    if (const DWORD error = waits ? DWORD{ERROR_SUCCESS} : HandOverData(run); error != ERROR_SUCCESS)
+        NoteFailure(run.item, error);
+    if (!WriteEntryEnd(run.listFile, run.dataBytes)) {
         NoteFailure(run.item, GetLastError());
         entry.listed = FALSE;
     }
-    if (!entry.listed)
+    const bool lost = (!waits || !entry.listed) && !HandOverFileBuffers(run.listFile);
+    if (lost)
+        NoteFailure(run.item, GetLastError());
+    if (entry.listed && !lost) {
+        if (gDigestsBlocks)
+            gStoredDigests.push_back(run.packed.digest);
+        if (waits)
+            AddWaitingEntry(run, entry);
+    } else if (lost && run.waiting.count != 0) {
+        LoseWaitingEntries(run, run.item.error);
+    } else {
         CutEntryOff(run, entry);
-    else if (gDigestsBlocks)
-        gStoredDigests.push_back(run.packed.digest);
+    }
+    if (!waits || !entry.listed)
+        run.waiting.count = 0;
 }

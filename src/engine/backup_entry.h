@@ -13,6 +13,17 @@
 #include "ce/file.h"
 #include "ce/window.h"
 
+// Entries of tiny files that are complete but not yet passed to the host. Two writes to the host for each would take
+// half of the run's time for such a file.
+inline constexpr DWORD MostWaitingEntries = 16;
+inline constexpr DWORD MostWaitingStreamBytes = 4096;
+
+struct WaitingEntries {
+    DWORD count;
+    DWORD start;  // offset of the first one in the list file
+    WCHAR paths[MostWaitingEntries][MAX_PATH];
+};
+
 // Exists during one backup only.
 struct BackupRun {
     HANDLE listFile = INVALID_HANDLE_VALUE;
@@ -30,6 +41,8 @@ struct BackupRun {
     bool temporaryIsDeleted = false;  // there is no file at temporaryPath
     WCHAR itemName[MAX_PATH] = {};    // the last name that the lists returned; empty before the first
     SourceDeletion deletion = {};
+    bool writesListAfterData = false;  // the file layer passes no part of the list to the host before its data
+    WaitingEntries waiting = {};
 };
 
 // Without a log the line is dropped.
@@ -63,6 +76,7 @@ void DeleteTemporaryStream(BackupRun& run);
 struct BackupEntry {
     DWORD start;  // its offset in the list file
     BOOL listed;  // every write of it has succeeded so far
+    bool waits;   // it is passed to the host with others, unless its item fails
 };
 
 // Writes the entry's first fields, copies `stream` into the data file and closes it. `failed` is called after each
@@ -70,6 +84,11 @@ struct BackupEntry {
 BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE stream, bool showCount,
                         WriteFailed failed);
 
+// Passes the waiting entries and their data to the host. If that fails, their items are reported, and the list is cut
+// back to the entries before them.
+void SettleWaitingEntries(BackupRun& run);
+
 // Completes the entry. The data is passed to the host before the list names it, so that a killed run leaves no entry
-// without its data. An entry that isn't whole is cut off the list: a reader couldn't find the entries after it.
+// without its data. An entry that isn't whole is cut off the list: a reader couldn't find the entries after it. The
+// entry of a tiny file can wait; see SettleWaitingEntries.
 void EndEntry(BackupRun& run, BackupEntry& entry);

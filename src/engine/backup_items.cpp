@@ -88,6 +88,7 @@ void BackUpFiles(BackupRun& run)
         BackUpNext(run);
     StopAhead();
     ForgetKeptStreams();
+    SettleWaitingEntries(run);
     DeleteCollected(run.deletion, run.listFile, run.dataFile);
     SetCursor(nullptr);
     CloseRunProgress(run.progress);

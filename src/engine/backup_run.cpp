@@ -132,8 +132,10 @@ bool OpenLogAndData(BackupRun& run)
     run.log = new (std::nothrow) BackupLog(path);
     FormatDataPath(path, run.storageRoot, run.number);
     run.dataFile = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
-    if (run.dataFile != INVALID_HANDLE_VALUE)
+    if (run.dataFile != INVALID_HANDLE_VALUE) {
+        run.writesListAfterData = WriteAfter(run.listFile, run.dataFile) != FALSE;
         return true;
+    }
     const DWORD error = GetLastError();
     Log(run, u"ERR: Backup File create(%08x)", error);
     ReportRunWithoutSet(run, error);

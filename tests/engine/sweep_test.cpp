@@ -286,16 +286,17 @@ TEST_F(SweepTest, BackupLosesNothingAndReportsWhatIsLeftOutWhicheverCallFails)
 TEST_F(SweepTest, BackupWhoseWritesAreGatheredLosesNothingWhicheverCallFails)
 {
     sources_ = manySources();
-    const Way way = {false, true};
-    bool reached = true;
-    for (std::uint64_t n = 1; reached; n++) {
-        SCOPED_TRACE(n);
-        startBackup(way);
-        const FaultPlan plan = {.kind = FaultKind::Fail, .nthCall = n, .error = n % 2 == 0 ? EIO : ENOSPC};
-        reached = hostCallsOf([&] { run(way); }, plan) >= n;
-        expectEachSourceKeptAndReported(way);
-        expectListsOfWholeEntries();
-        ASSERT_FALSE(HasFatalFailure());
+    for (const Way way : {Way{false, true}, Way{false, false}}) {
+        bool reached = true;
+        for (std::uint64_t n = 1; reached; n++) {
+            SCOPED_TRACE(testing::Message() << (way.deletes ? "deleting, " : "") << n);
+            startBackup(way);
+            const FaultPlan plan = {.kind = FaultKind::Fail, .nthCall = n, .error = n % 2 == 0 ? EIO : ENOSPC};
+            reached = hostCallsOf([&] { run(way); }, plan) >= n;
+            expectEachSourceKeptAndReported(way);
+            expectListsOfWholeEntries();
+            ASSERT_FALSE(HasFatalFailure());
+        }
     }
 }
 

@@ -132,6 +132,68 @@ TEST_F(FaultTest, FileWhoseAttributesCannotBeReadIsNeitherReplacedNorDeletedAndO
     }
 }
 
+TEST_F(FaultTest, FileThatIsWrittenAfterAnotherNeverNamesBytesThatTheHostLacks)
+{
+    constexpr std::size_t Start = 40'000;  // writes after it are gathered
+    const auto begin = [](HANDLE& data, HANDLE& list) {
+        data = open(u"\\data", GENERIC_WRITE, CREATE_ALWAYS);
+        list = open(u"\\list", GENERIC_WRITE, CREATE_ALWAYS);
+        return write(data, patternBytes(Start)) == Start && write(list, patternBytes(Start)) == Start;
+    };
+    // Each entry of the list is the length that the data has then.
+    const auto add = [](HANDLE data, HANDLE list, std::size_t& length) {
+        length += write(data, patternBytes(40));
+        return write(list, std::to_string(length) + "\n");
+    };
+    const auto lastEntry = [this] {
+        const std::string list = hostRead(root() / "list");
+        const std::size_t end = list.rfind('\n');
+        return end == std::string::npos || end < Start ? Start : std::stoul(list.substr(list.rfind('\n', end - 1) + 1));
+    };
+    bool ended = false;
+    for (std::uint64_t n = 1; !ended; n++) {
+        SCOPED_TRACE(n);
+        ended = statusOfChild([&] {
+                    HANDLE data = nullptr;
+                    HANDLE list = nullptr;
+                    std::size_t length = Start;
+                    bool good = begin(data, list) && WriteAfter(list, data);
+                    setFaultPlan({.kind = FaultKind::Kill, .nthCall = n});
+                    for (int entry = 1; entry <= 12'000; entry++) {
+                        good = good && add(data, list, length) != 0;
+                        good = good && (entry % 700 != 0 || HandOverFileBuffers(list));
+                    }
+                    return good;
+                }) == 0;
+        ASSERT_LE(lastEntry(), std::filesystem::file_size(root() / "data"));
+    }
+    EXPECT_GT(lastEntry(), 500'000U);
+
+    HANDLE data = nullptr;
+    HANDLE list = nullptr;
+    std::size_t length = Start;
+    ASSERT_TRUE(begin(data, list));
+    ASSERT_TRUE(WriteAfter(list, data));
+    EXPECT_GT(add(data, list, length), 0U);
+    hostCallsOf([&] { EXPECT_EQ(errorOf(HandOverFileBuffers(list)), ERROR_GEN_FAILURE); },
+                {.nthCall = 1, .error = EIO});
+    EXPECT_EQ(hostRead(root() / "list").substr(0, Start), patternBytes(Start));
+    EXPECT_EQ(lastEntry(), Start);
+    EXPECT_EQ(SetFilePointer(list, Start, nullptr, FILE_BEGIN), Start);
+    EXPECT_TRUE(SetEndOfFile(list)) << "cut where it is whole";
+    EXPECT_FALSE(write(list, "after lost data") == 15U && HandOverFileBuffers(list));
+    EXPECT_EQ(errorOf(WriteAfter(data, list)), ERROR_INVALID_PARAMETER) << "they would wait for each other";
+    EXPECT_EQ(errorOf(WriteAfter(list, list)), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(errorOf(WriteAfter(list, nullptr)), ERROR_INVALID_HANDLE);
+    CloseHandle(list);
+    CloseHandle(data);
+    const HANDLE reader = open(u"\\list", GENERIC_READ, OPEN_EXISTING);
+    const HANDLE writer = open(u"\\data", GENERIC_WRITE, OPEN_EXISTING);
+    EXPECT_EQ(errorOf(WriteAfter(writer, reader)), ERROR_ACCESS_DENIED);
+    CloseHandle(reader);
+    CloseHandle(writer);
+}
+
 TEST_F(FaultTest, OnlyFlushedBytesAndFoldersSurviveAPowerCut)
 {
     const auto card = addFolder(u"Card", true);
