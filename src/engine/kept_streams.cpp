@@ -10,7 +10,7 @@
 namespace {
 
 constexpr DWORD ChunkBytes = 65536;
-constexpr DWORD Chunks = 144;
+constexpr DWORD Chunks = 128;
 constexpr DWORD MostStreamBytes = 2 * MostKeptSourceBytes;  // a longer stream isn't kept
 
 // Without what all kept sources have in common: the device, and that their stamps prove writes.
