@@ -79,3 +79,13 @@ function(quillbox_test name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   add_test(NAME ${name} COMMAND ${name})
 endfunction()
+
+# quillbox_one_thread(SUITE...): ThreadSanitizer can find nothing in these suites. Its build leaves their programs out.
+function(quillbox_one_thread)
+  set_property(TEST ${ARGN} APPEND PROPERTY LABELS one_thread)
+  foreach(suite ${ARGN})
+    if(QUILLBOX_SANITIZE STREQUAL "thread" AND TARGET ${suite})
+      set_target_properties(${suite} PROPERTIES EXCLUDE_FROM_ALL ON)
+    endif()
+  endforeach()
+endfunction()
