@@ -6,7 +6,7 @@
 #include "engine/options.h"
 #include "engine/set_paths.h"
 #include "engine/stored_digests.h"
-#include "refused_plan.h"
+#include "run_plans.h"
 #include "set/block_pipeline.h"
 #include "set/set_state.h"
 #include "set_verification.h"
@@ -89,11 +89,19 @@ bool ListDatabase(const std::u16string& wanted)
     return true;
 }
 
+// A kind without an option of its own goes with the kind in whose words it is reported.
+bool AsksForAllOf(const BackupRequest& request, const ItemKind& kind)
+{
+    return kind.reportedAs == OutcomeFile       ? request.files
+           : kind.reportedAs == OutcomeDatabase ? request.databases
+                                                : request.registry;
+}
+
 // The name of the first item that doesn't exist; empty if all do.
 std::u16string ListItems(const BackupRequest& request)
 {
-    gFullFiles = request.files;
-    gFullDatabases = request.databases;
+    for (const ItemKind& kind : ItemKinds)
+        *kind.inFullBackup = AsksForAllOf(request, kind);
     const std::u16string storage = request.storage + u"\\";
     gFolderLeftOut = request.leavesStorageOut ? storage.c_str() : nullptr;
     ListDevice();
@@ -148,8 +156,8 @@ RunPlan PrepareBackup(const BackupRequest& request)
         return RefusedPlan(u"There is no \"" + missing + u"\" on the device.");
     if (NothingIsMarked())
         return RefusedPlan(u"There is nothing to back up.");
-    plan.items = {CountOf(gFileList), CountOf(gDatabaseList), gRegistryMarked};
-    plan.bytes = (gFileList ? gFileList->ContentBytes() : 0) + BytesOfDatabases();
+    plan = PlanOfLists();
+    plan.bytes += BytesOfDatabases();
     return plan;
 }
 

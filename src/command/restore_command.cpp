@@ -2,7 +2,7 @@
 
 #include "engine/options.h"
 #include "engine/restore_run.h"
-#include "refused_plan.h"
+#include "run_plans.h"
 #include "set/list_file.h"
 #include "set/set_questions.h"
 #include "set/set_state.h"
@@ -106,12 +106,9 @@ DWORD CountExisting(ItemList* list, std::u16string& first, const Exists& exists)
     return count;
 }
 
-RunPlan PlanOfLists()
+RunPlan PlanOfRestore()
 {
-    RunPlan plan;
-    plan.items = {CountOf(gFileList), CountOf(gDatabaseList), gRegistryMarked};
-    for (const ItemList* list : {gFileList, gDatabaseList})
-        plan.bytes += list ? list->ContentBytes() : 0;
+    RunPlan plan = PlanOfLists();
     plan.existing.files = CountExisting(gFileList, plan.firstExistingFile, [](const WCHAR* path) {
         return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
     });
@@ -138,7 +135,7 @@ RunPlan PrepareRestore(const RestoreRequest& request)
     if (NothingIsMarked())
         return RefusedPlan(u"There is nothing to restore in the set.");
     gIsWholeSet = !found.leftSomethingOut;
-    return PlanOfLists();
+    return PlanOfRestore();
 }
 
 void PerformRestore(Existing files)

@@ -2,6 +2,7 @@
 
 #include "engine/directory_walker.h"
 #include "engine/set_paths.h"
+#include "run_plans.h"
 #include "set/list_file.h"
 #include "set/list_reader.h"
 #include "storages.h"
@@ -25,21 +26,6 @@ std::u16string UsersComment(const std::u16string& comment)
     return second == std::u16string::npos ? comment : comment.substr(second + 2);
 }
 
-void CountItem(ItemCounts& items, BYTE kind)
-{
-    switch (KindOf(kind).number) {
-    case ItemKindFile:
-        items.files++;
-        break;
-    case ItemKindDatabase:
-        items.databases++;
-        break;
-    default:
-        items.registries++;
-        break;
-    }
-}
-
 void ReadList(HANDLE list, SetSummary& summary)
 {
     static ListReader reader;  // too large for the stack
@@ -49,7 +35,7 @@ void ReadList(HANDLE list, SetSummary& summary)
     (void)ReadListHead(reader, comment);
     summary.comment = UsersComment(comment);
     while (ReadListEntry(reader, entry))
-        CountItem(summary.items, entry.kind);
+        AddItems(summary.items, KindOf(entry.kind), 1);
     summary.damaged = reader.readError != ERROR_SUCCESS || reader.bytesAfterEntries != 0;
 }
 
