@@ -236,17 +236,24 @@ void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
         (void)Unpack(run, entry.name);
         (void)DeleteFileW(TemporaryStreamPath);
     });
-    StepRunProgress(run.progress);
+}
+
+// Calls restore(run, entry) for each item in the list of this kind, under a progress window with the text `title`.
+void RestoreListed(RestoreRun& run, const ItemKind& kind, UINT title, void (*restore)(RestoreRun&, const EntryBuffer&))
+{
+    run.progress = OpenRunProgress(title, CountOf(*kind.list));
+    SetWaitCursor();
+    ForEachEntry(*kind.list, [&](const EntryBuffer& entry) {
+        if (StopsBefore(kind, entry.name))
+            return;
+        restore(run, entry);
+        StepRunProgress(run.progress);
+    });
 }
 
 void RestoreFiles(RestoreRun& run)
 {
-    run.progress = OpenRunProgress(TextRestoringFiles, CountOf(gFileList));
-    SetWaitCursor();
-    ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
-        if (!StopsBefore(KindOf(ItemKindFile), entry.name))
-            RestoreFile(run, entry);
-    });
+    RestoreListed(run, KindOf(ItemKindFile), TextRestoringFiles, RestoreFile);
     SetCursor(nullptr);
     CloseRunProgress(run.progress);
 }
@@ -309,18 +316,12 @@ void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
         RemoveNewFolders(imagePath, existing);
         (void)DeleteFileW(TemporaryStreamPath);
     });
-    StepRunProgress(run.progress);
 }
 
 // Its window stays open for the registry.
 void RestoreDatabases(RestoreRun& run)
 {
-    run.progress = OpenRunProgress(TextRestoringDatabases, CountOf(gDatabaseList));
-    SetWaitCursor();
-    ForEachEntry(gDatabaseList, [&](const EntryBuffer& entry) {
-        if (!StopsBefore(KindOf(ItemKindDatabase), entry.name))
-            RestoreDatabaseItem(run, entry);
-    });
+    RestoreListed(run, KindOf(ItemKindDatabase), TextRestoringDatabases, RestoreDatabaseItem);
 }
 
 // The registry. The stream is unpacked to a file, which the platform takes over.
