@@ -142,26 +142,9 @@ public:
     }
 
 protected:
-    void mousePressEvent(QMouseEvent* event) override
-    {
-        if (event->button() != Qt::LeftButton)
-            return;
-        const auto [item, part, isBox] = hit(event->position().toPoint());
-        if (const TreeMarking folder = marking(item); isBox && folder.isFolder())
-            folder.toggle(input());
-        else
-            input().treeClick(window(), item, part);
-    }
-    void mouseDoubleClickEvent(QMouseEvent* event) override
-    {
-        if (event->button() != Qt::LeftButton)
-            return;
-        const auto [item, part, isBox] = hit(event->position().toPoint());
-        if (const TreeMarking folder = marking(item); isBox && folder.isFolder())
-            folder.toggle(input());  // both clicks of a double click are clicks
-        else
-            input().treeDoubleClick(window(), item, part);
-    }
+    void mousePressEvent(QMouseEvent* event) override { click(*event, &UserInput::treeClick); }
+    // On the box of a folder, both clicks of a double click are clicks.
+    void mouseDoubleClickEvent(QMouseEvent* event) override { click(*event, &UserInput::treeDoubleClick); }
     // For the item under the pointer, or with the keyboard for the selected one. Nothing is selected, because that
     // would mark a file.
     void contextMenuEvent(QContextMenuEvent* event) override
@@ -235,6 +218,16 @@ private:
     };
 
     TreeMarking marking(HTREEITEM item) const { return {window(), item}; }
+    void click(const QMouseEvent& event, bool (UserInput::*post)(HWND, HTREEITEM, window::TreePart) const)
+    {
+        if (event.button() != Qt::LeftButton)
+            return;
+        const auto [item, part, isBox] = hit(event.position().toPoint());
+        if (const TreeMarking folder = marking(item); isBox && folder.isFolder())
+            folder.toggle(input());
+        else
+            (input().*post)(window(), item, part);
+    }
     HTREEITEM currentItem() const { return items_.itemAt(selection_.currentIndex()); }
 
     static QKeySequence keysOf(WORD command)
