@@ -359,7 +359,7 @@ void RestoreRegistry(RestoreRun& run)
 
 DWORD ShowNothingToRestore(const WCHAR* listPath, WORD mode)
 {
-    // The user wanted all of the set, and nothing comes back.
+    // The user wanted all of the set, and nothing is restored.
     if (mode == RestoreFull)
         ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_NO_DATA);
     MessageBoxW(gMainWindow, LoadText(TextNothingToRestore, gTextA), u"Info", MB_OK);

@@ -1,5 +1,5 @@
-// run_progress.h - the progress window of a backup or restore. A null window, for a run without items or if none could
-// be made, is fine everywhere.
+// run_progress.h - the progress window of a backup or restore. Each call also takes null for the window: a run without
+// items has none, and the window can fail to open.
 #pragma once
 
 #include "set/item_kinds.h"

@@ -1,4 +1,4 @@
-// status_report.h - tells the host what is marked, which files the tree hides, and which set is the newest.
+// status_report.h - reports to the host what is marked, which files the tree hides, and which set is the newest.
 #pragma once
 
 // Called after whatever can change one of them. Costs next to nothing if nothing has changed. During a backup or

@@ -1,6 +1,6 @@
 // questions.h - the dialogs before a run and its progress windows. The shell defines them, in the sources that are
 // named below, so that the engine doesn't depend on templates and controls. A run opens a progress window by
-// gRunQuestions, which also has the questions that it asks on its way.
+// gRunQuestions, which also has the questions that it asks while it runs.
 #pragma once
 
 #include "set/set_questions.h"

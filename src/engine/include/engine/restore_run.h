@@ -11,8 +11,8 @@ inline constexpr DWORD RestorePartial = 2;
 // list file, otherwise 1. gRegistryMarked is unchanged. Once a list was loaded, the item lists are empty at the end.
 DWORD RunRestore(DWORD mode);
 
-// Restores the items in the lists from the data file. `wholeSet`: they are all that the list file has, so data without
-// an entry is reported. The rest as RestoreSet.
+// As RestoreSet, but doesn't ask the user what to restore. `wholeSet`: the lists have all entries of the list file, so
+// data without an entry is reported.
 void RestoreLists(const WCHAR* dataPath, const WCHAR* listPath, bool wholeSet);
 
 // Asks the user, then restores the items in the lists from the data file. gOptions.restoreMode decides about files that

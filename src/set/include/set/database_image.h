@@ -9,7 +9,7 @@
 // Writes the image of a database into "%s.CDB" in the root of the device. An old file is replaced.
 // 1: all records were read, or the image can't be created. An image that couldn't be written whole is deleted, so that
 //    packing it fails instead of storing less than the database has.
-// 0: the database can't be opened or isn't whole: a record can't be read, which is empty in the image, or there are
+// 0: the database can't be opened or isn't whole: a record can't be read (it is empty in the image), or there are
 //    more or fewer records than the database says. The store reports each of these to its host.
 // `made`, if it isn't null, is whether a new file was created. If it is false, a file at the path is the user's.
 BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);

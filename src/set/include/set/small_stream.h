@@ -2,7 +2,7 @@
 // comes to it. All streams that wait for the run share 1 MB.
 //
 // Only the usual case is handled here. Whatever else happens to a source, it is left to CompressFile, which does it all
-// again. An open that fails is the exception: its error counts.
+// again. An open that fails is the exception: its error is final.
 #pragma once
 
 #include "set/block_codec.h"
