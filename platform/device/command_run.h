@@ -1,5 +1,5 @@
 // command_run.h - runs a command of quillbox: opens the device, performs one run of the program without a window, and
-// tells how it went.
+// reports how it went.
 #pragma once
 
 #include "command_line.h"

@@ -1,4 +1,4 @@
-// command_runs.h - the commands on an open device. Each tells how it went and returns the exit code.
+// command_runs.h - the commands on an open device. Each reports how it went and returns the exit code.
 #pragma once
 
 #include "command_names.h"

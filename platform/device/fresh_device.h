@@ -12,7 +12,7 @@ enum class FolderKind {
     Other,   // holds something else
 };
 
-// Throws a Refusal if the folder can't be read, or is none.
+// Throws a Refusal if the folder can't be read, or isn't a folder.
 [[nodiscard]] FolderKind kindOf(const std::filesystem::path& folder);
 
 // Makes an empty folder a device, whole or not at all: a kill in between leaves one that kindOf calls empty.

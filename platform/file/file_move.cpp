@@ -43,7 +43,7 @@ DWORD errorOfMove(int result)
     return result == -EXDEV ? DWORD{ERROR_NOT_SAME_DEVICE} : platformError(result);
 }
 
-// Moves the entry to a path where nothing may be. The host refuses to replace, so it isn't asked first.
+// Moves the entry to a path where nothing may exist. The host refuses to replace, so it isn't asked first.
 DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
 {
     std::optional<ParentFolder> other;

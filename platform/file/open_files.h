@@ -5,7 +5,7 @@
 // - `openings` is held shared from the host's opening of a file until the file is entered or closed again. Two threads
 //   can open files at the same time. If the host says then that a file is in use, the reason can be the other thread's
 //   descriptor of the same file, which isn't in the table yet, or the lease that it has taken for a moment. So such an
-//   opening closes the file and is made again while it holds the lock alone, when no other opening is on its way. Calls
+//   opening closes the file and is made again while it holds the lock alone, when no other opening is underway. Calls
 //   that delete or move a file hold it alone too.
 // - `mutex` guards the table. It is held only while the table is read or changed, and over calls on the host only to
 //   give a temporary file its name.

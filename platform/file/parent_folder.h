@@ -31,7 +31,7 @@ private:
 // The error for a negative errno of statusAt, or of another call on the entry.
 [[nodiscard]] DWORD errorAt(const HostPath& path, const ParentFolder& parent, int result);
 
-// The error for a call that found no entry: 3 if a folder on the way is missing, the host's error if that folder can't
+// The error for a call that found no entry: 3 if a folder of the path is missing, the host's error if that folder can't
 // be searched, otherwise 2.
 [[nodiscard]] DWORD missingError(const HostPath& path);
 

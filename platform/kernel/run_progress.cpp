@@ -1,5 +1,5 @@
 // Only the thread of the run changes the numbers that are atomic, so a load and a store are enough to add. A display
-// reads them at any time. What a run tells once, at its beginning and its end, is under the mutex.
+// reads them at any time. What a run reports once, at its beginning and its end, is under the mutex.
 #include "kernel/run_progress.h"
 
 #include "ce/outcome.h"

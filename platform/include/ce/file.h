@@ -78,7 +78,7 @@ struct BY_HANDLE_FILE_INFORMATION {
 // On success CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed, otherwise to 0. The other
 // ways set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
 //
-// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder on the way is missing, or no folder; 5 a folder, a
+// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder of the path is missing or a file; 5 a folder, a
 //   read-only file asked for writing, a ROM file asked for writing, a ROM module, no permission; 32 open elsewhere in a
 //   way that conflicts; 80 exists already (CREATE_NEW); 87 bad creation; 112 no room for the entry; 123 bad name; 206
 //   path too long; 19 a read-only file system; 4 too many open files; 31 the host's input or output failed.
@@ -175,7 +175,7 @@ BOOL RemoveDirectoryW(const WCHAR* path);
 DWORD GetFileAttributesW(const WCHAR* path);
 
 // Whether it is certain that nothing stands at the path: GetFileAttributesW would fail with 2 or 3. Costs one question
-// to the host, where that call needs several to tell the two errors apart. No last error.
+// to the host, where that call needs several to distinguish the two errors. No last error.
 BOOL IsNothingAt(const WCHAR* path);
 
 // Begins a search; only the last part of `pattern` may contain * (any number of characters, also none) and ? (one

@@ -1,4 +1,4 @@
-// ce/registry_file.h - writes the whole registry to a file, and replaces it by the content of one.
+// ce/registry_file.h - writes the whole registry to a file, and replaces the registry by such a file.
 //
 // Programs look these up by name ("RegCopyFile", "RegRestoreFile"), since not every device has them.
 #pragma once

@@ -1,4 +1,4 @@
-// ce/status.h - what the program tells the host for a status bar below its main window. For display only.
+// ce/status.h - what the program reports to the host for a status bar below its main window. For display only.
 #pragma once
 
 #include "ce/types.h"

@@ -14,8 +14,8 @@ void takeTurnBack(Thread& thread, unsigned level) REQUIRES(coreMutex);
 // Lets every send that waits for the thread run. The caller holds the turn before and after.
 void letSendersIn(Thread& self) REQUIRES(coreMutex);
 
-// Puts the calling system thread under the name of the thread that owns a window, from construction to destruction.
-// `self`, the thread in whose name it ran before, is without its turn meanwhile.
+// Lets the calling system thread run in the name of the thread that owns a window, from construction to destruction.
+// `self`, the thread in whose name it ran before, has no turn meanwhile.
 class Visit {
 public:
     Visit(Thread& self, HWND window) REQUIRES(coreMutex);

@@ -56,8 +56,8 @@ public:
     // The bytes that can still be stored in a folder that the root shows; nothing if the host doesn't say.
     [[nodiscard]] virtual std::optional<std::uint64_t> roomIn(const std::u16string& path) const = 0;
 
-    // Shows what is mounted directly in one of `folders` as cards while it is there. `changed` is called on another
-    // thread after one came or went, again and again until it returns true.
+    // Shows each medium as a card while it is mounted directly in one of `folders`. After one was mounted or unmounted,
+    // another thread calls `changed` repeatedly until it returns true.
     virtual void showMedia(std::vector<std::filesystem::path> folders, std::function<bool()> changed) = 0;
 };
 

@@ -10,10 +10,10 @@
 
 namespace platform::file {
 
-// Makes the file `path`, where nothing may be. If the call fails, or the process ends meanwhile, nothing is there. Any
-// thread.
-// 0, or the error: 50 the file system can't do it or the card has a capacity, 80 and 183 something is there, otherwise
-// those of CreateFileW and WriteFile.
+// Makes the file `path`. Nothing may exist there before. If the call fails, or the process ends meanwhile, nothing
+// exists there afterwards. Any thread.
+// 0, or the error: 50 the file system can't do it or the card has a capacity, 80 and 183 something exists there,
+// otherwise those of CreateFileW and WriteFile.
 [[nodiscard]] DWORD makeWholeFile(std::u16string_view path, std::span<const std::byte> content);
 
 }  // namespace platform::file

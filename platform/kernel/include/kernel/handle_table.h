@@ -1,6 +1,6 @@
 // handle_table.h - finds the object of a handle: a file, a search, a thread, a database.
 //
-// A handle is a key of slot_table.h, so a closed handle is refused for good. Any thread may use the table. An object
+// A handle is a key of slot_table.h, so a closed handle stays refused. Any thread may use the table. An object
 // lives until the last call on it returns.
 #pragma once
 
