@@ -76,8 +76,8 @@ private:
     icaltimezone* zone_;
 };
 
-// The year, or one with the same days of the week: the host's tables end with 2037, and other libraries take a time
-// that grows with the year.
+// The year, or after 2037, where the host's tables end, an earlier one with the same days of the week. Libraries that
+// compute later years take the longer, the later the year is.
 int yearWithRules(int year)
 {
     using namespace std::chrono;

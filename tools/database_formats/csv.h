@@ -46,7 +46,7 @@ private:
 };
 
 // The head of the database is empty, except for the address book of another program, which has the usual head of
-// contacts. Columns whose heading isn't known are left out. `columns` makes any file an address book.
+// contacts. Columns whose heading isn't known are left out. With `columns` any file is read as an address book.
 void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns);
 
 }  // namespace database_formats

@@ -22,7 +22,7 @@ struct HeldContent {
     std::size_t places = 0;
 };
 
-// In memory are a digest for each record, and the registry with short values.
+// Keeps in memory a digest for each record, and the registry with short values.
 class DeviceContent {
 public:
     // Throws a Failure.

@@ -1,4 +1,4 @@
-// report.h - what a command tells about a device, as lines of text or as one JSON object.
+// report.h - what a command prints about a device, as lines of text or as one JSON object.
 #pragma once
 
 #include <nlohmann/json.hpp>

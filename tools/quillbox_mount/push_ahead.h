@@ -20,8 +20,8 @@ public:
     // wait for the answer to another read before it takes a file.
     void after(fuse_session* session, ShownSets& sets, Place file) noexcept;
 
-    // Returns when nothing is pushed any more, and nothing will be. Call it while requests are still answered: the
-    // kernel takes a page only after the read that it waits for was answered.
+    // Prevents further pushes, and waits for the one that is in progress. Call it while requests are still answered:
+    // the kernel takes a page only after the read that it waits for was answered.
     void end() noexcept;
 
 private:

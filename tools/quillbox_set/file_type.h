@@ -1,4 +1,4 @@
-// file_type.h - tells what a file is by its content, for the extension of its name.
+// file_type.h - finds out what a file is by its content, for the extension of its name.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// run_table.h - what many sets have of the same things, such as items: a row for each thing, with each of its states
-// once. So 200 sets of the same files need little more space than one.
+// run_table.h - a table of things that many sets have, such as items. Each thing has a row, and successive
+// sets with the same state of it share one element. So 200 sets of the same files need little more space than one.
 #pragma once
 
 #include <cstdint>

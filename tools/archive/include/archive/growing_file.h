@@ -44,7 +44,7 @@ public:
     // Another target in place of the first one, also after a move that failed. The writes must have succeeded.
     void setTarget(std::u16string target);
 
-    // Makes the file appear at the target, and the missing folders on the way. With `replace`, an existing file is
+    // Makes the file appear at the target, and makes missing folders of its path. With `replace`, an existing file is
     // replaced atomically, after this one was flushed to the disk, and this one takes its rights. Otherwise an existing
     // file is an error. So is a link or another object that the name space doesn't show: ERROR_DUP_NAME. Returns
     // error().

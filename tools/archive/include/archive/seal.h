@@ -18,8 +18,8 @@ struct SealCheck {
 // Reads both files of the set if it is sealed.
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted);
 
-// Whether the file with the checksums has that of the data file, whatever it says of the list. Reads the data file
-// then.
+// Whether the set is sealed and the checksum of its data file is right. Nothing else is checked, so the checksum of the
+// list can be wrong. Reads the data file of a sealed set.
 bool sealProvesData(const SetFiles& files, const MountedSet& mounted);
 
 struct SetDigests {
@@ -32,8 +32,8 @@ struct FileDigest {
     std::uint64_t bytes;  // size of the file
 };
 
-// Nothing if a file of the set can't be read to its end. If `data` has the size of the data file, it counts, and the
-// data file isn't read.
+// Nothing if a file of the set can't be read to its end. If `data` has the size of the data file, its digest is
+// used, and the data file isn't read.
 std::optional<SetDigests> digestsOf(const MountedSet& mounted, const std::optional<FileDigest>& data = std::nullopt);
 
 // Writes the file with these checksums. It replaces an older one. Returns ERROR_SUCCESS or the error.

@@ -17,8 +17,8 @@ struct FoundSets {
 // `recursive` a folder is searched in depth. Links to folders inside of it are not followed, so the search ends.
 FoundSets searchSets(const std::vector<std::string>& where, bool recursive);
 
-// The sets in a folder of the host that the name space of this process shows as `shownAs`, without those that are links
-// to another folder.
+// The sets in a folder of the host that the name space of this process shows as `shownAs`, without those that a link
+// shows from another folder.
 FoundSets searchShownFolder(const std::string& folder, const std::u16string& shownAs);
 
 // The path of the list file, which names the set in all output.
