@@ -19,8 +19,9 @@ enum class FolderKind {
 // No device's database may be open. Throws a Refusal if it can't be written.
 void makeDevice(const std::filesystem::path& folder, bool demonstration);
 
-// Takes away what killed processes have left in a device: a first start at its very end, a change of the database. The
-// caller has the device's lock. Throws a Refusal if the first can't be deleted; the second hinders nobody.
+// Deletes what killed processes have left in a device: the folder of an unfinished first start, and an unfinished copy
+// of the database. The caller has the device's lock. Throws a Refusal if the folder can't be deleted. The copy does no
+// harm.
 void clearLeftovers(const std::filesystem::path& folder);
 
 }  // namespace platform::device

@@ -16,9 +16,9 @@ namespace platform::device {
 
 class MediaWatch {
 public:
-    // A medium is what is mounted directly in one of `folders`. Shows those that are there before it returns, and
-    // watches on a thread of its own until it is destroyed. `changed` is called there after media came or went, again
-    // and again until it returns true.
+    // A medium is what is mounted directly in one of `folders`. Shows those that are there before it returns. A
+    // thread watches for changes until the object is destroyed. After media were mounted or unmounted, that thread
+    // calls `changed` repeatedly until it returns true.
     MediaWatch(std::vector<std::filesystem::path> folders, ShownFolders& shown, std::function<bool()> changed);
     ~MediaWatch();
     MediaWatch(const MediaWatch&) = delete;

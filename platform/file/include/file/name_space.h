@@ -36,8 +36,9 @@ struct Mount {
 // name, or if the folder isn't there.
 [[nodiscard]] bool addRemovable(Removable removable);
 
-// Removes it. From then on each call on its paths and each write to its open files fails with ERROR_NOT_READY, and so
-// does a flush of anything written there before. A new one can get the name. False if there is no such folder.
+// Removes a removable folder. From then on each call on its paths and each write to its open files fails with
+// ERROR_NOT_READY, and so does a flush of what was written there before. A new folder can get the name. False if there
+// is no such folder.
 bool removeRemovable(const std::u16string& name);
 
 // Closes the removable folders that no call has used for this long, and that have no open file.

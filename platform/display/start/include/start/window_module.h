@@ -15,8 +15,8 @@ class RestoreRequest;
 inline constexpr int WindowNoDesktop = 3;
 inline constexpr int WindowDesktopLost = 5;  // 4 means that something was left out
 
-// What the window asks of the host, for what the user chooses in the window's own menu. Called on the toolkit's thread.
-// Each call may be missing. A result that isn't empty is a sentence for the user that says why it failed.
+// The host's part of the commands in the window's own menu. Called on the toolkit's thread. Each function can be empty.
+// A result that isn't an empty text is a sentence for the user that says why the call failed.
 struct HostServices {
     std::function<std::string(const std::filesystem::path& folder, bool card)> showFolder;
     std::function<std::string(const std::filesystem::path& device)> openDevice;
