@@ -13,8 +13,9 @@ constexpr DWORD ChunkBytes = 65536;
 constexpr DWORD Chunks = 128;
 constexpr DWORD MostStreamBytes = 2 * MostKeptSourceBytes;  // a longer stream isn't kept
 
-// Without what all kept sources have in common: the device, and that their stamps prove writes.
+// Without what all kept sources have in common: that their stamps prove writes.
 struct KeptHead {
+    std::uint64_t device;
     std::uint64_t inode;
     std::int64_t writeSeconds;
     std::int64_t changeSeconds;
@@ -33,7 +34,6 @@ struct Position {
 };
 
 std::unique_ptr<BYTE[]> gChunks[Chunks];
-std::uint64_t gDevice;
 bool gIsFull;
 Position gEnd;
 Position gNext;
@@ -66,7 +66,7 @@ bool MakeRoom()
 bool CanKeep(const SmallStream& stream, const FileStamp& source)
 {
     return stream.bytes <= MostStreamBytes && stream.readBytes <= MostKeptSourceBytes && source.provesWrites &&
-           source.length == stream.readBytes && (gDevice == 0 || gDevice == source.device);
+           source.length == stream.readBytes;
 }
 
 }  // namespace
@@ -80,8 +80,8 @@ void KeepStream(DWORD entry, const SmallStream& stream, const FileStamp& source)
 {
     if (!CanKeep(stream, source) || !MakeRoom())
         return;
-    gDevice = source.device;
-    const KeptHead head = {.inode = source.inode,
+    const KeptHead head = {.device = source.device,
+                           .inode = source.inode,
                            .writeSeconds = source.writeSeconds,
                            .changeSeconds = source.changeSeconds,
                            .digest = stream.digest,
@@ -105,7 +105,7 @@ KeptStream FindKeptStream(DWORD entry)
         const BYTE* const bytes = At(gNext) + sizeof head;
         Advance(gNext, head.count);
         if (head.entry == entry)
-            return {.source = {.device = gDevice,
+            return {.source = {.device = head.device,
                                .inode = head.inode,
                                .length = head.readBytes,
                                .writeSeconds = head.writeSeconds,
@@ -125,7 +125,6 @@ void ForgetKeptStreams()
 {
     for (auto& chunk : gChunks)
         chunk = nullptr;
-    gDevice = 0;
     gIsFull = false;
     gEnd = gNext = {};
 }

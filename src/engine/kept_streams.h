@@ -19,7 +19,7 @@ struct KeptStream {
     std::uint64_t digest;
 };
 
-// Whether there is room for further streams. They have 8 MB, which is enough for 90,000 files of a line of text.
+// Whether there is room for further streams. They have 8 MB, which is enough for 80,000 files of a line of text.
 bool IsRoomForKeptStream();
 
 // Keeps a packed stream for the entry of gFileList with this number, counted from 0. The numbers ascend. Without room,
