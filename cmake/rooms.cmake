@@ -48,9 +48,9 @@ endif()
 
 # The code of a test need not be fast, but g++ gives some warnings only if it analyses the flow of values, from -O1 on.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-  set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O0;-g1>)
+  set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O0>)
 else()
-  set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O1;-g1>)
+  set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O1>)
 endif()
 
 # What nearly every test includes, compiled once for all of them where that works (see quillbox_test).
@@ -80,7 +80,8 @@ function(quillbox_test name)
   add_test(NAME ${name} COMMAND ${name})
 endfunction()
 
-# quillbox_one_thread(SUITE...): ThreadSanitizer can find nothing in these suites. Its build leaves their programs out.
+# quillbox_one_thread(SUITE...): ThreadSanitizer can find nothing in these suites. They start no thread, or only those of a
+# backup, which other suites make, too. Its build leaves their programs out.
 function(quillbox_one_thread)
   set_property(TEST ${ARGN} APPEND PROPERTY LABELS one_thread)
   foreach(suite ${ARGN})
