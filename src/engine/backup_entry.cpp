@@ -1,9 +1,8 @@
 // What holds at any moment of a run, also if the process is killed or the card is full:
 //
 // - An entry of the list is whole or is the last one. A cut entry would hide all entries after it from a reader.
-// - The bytes of a whole entry are in the data file. They are passed to the host before the entry's end offset. The
-// file
-//   layer sees to that where entries wait (WriteAfter).
+// - The bytes of a whole entry are in the data file. They are passed to the host before the entry's end offset. Where
+//   entries wait, the file layer sees to that (WriteAfter).
 // - run.dataBytes is the length of the data file, so that the next item's start offset is right whatever failed before.
 // - A source is deleted only if its entry is whole. After a damaged entry no more sources are deleted
 //   (source_deletion.h).

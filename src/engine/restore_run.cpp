@@ -239,6 +239,7 @@ void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 }
 
 // Calls restore(run, entry) for each item in the list of this kind, under a progress window with the text `title`.
+// The window stays open.
 void RestoreListed(RestoreRun& run, const ItemKind& kind, UINT title, void (*restore)(RestoreRun&, const EntryBuffer&))
 {
     run.progress = OpenRunProgress(title, CountOf(*kind.list));

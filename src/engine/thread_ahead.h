@@ -2,7 +2,8 @@
 //
 // The run's thread offers items and gets them back in the same order. What belongs to a run stays on its thread: the
 // order of the items, the lists, log, data and reports. The second thread only opens, reads, packs and closes sources,
-// up to AheadItems - 1 items before their turn. Nothing on the device depends on how far it is.
+// and asks whether one has changed, up to AheadItems - 1 items before their turn. Nothing on the device depends on how
+// far it is.
 //
 // One walk at a time, and all calls on the run's thread. thread_ahead.cpp explains what the two threads share.
 #pragma once

@@ -78,8 +78,8 @@ DWORD ContentOf(CEPROPID property, DWORD bytes)
     return IsText(property) ? std::max<DWORD>(bytes, sizeof(WCHAR)) - DWORD{sizeof(WCHAR)} : bytes;
 }
 
-// Reads the value of a text or blob. It takes `bytes` bytes of the file. Returns 0 or an error. Unless the error is
-// ERROR_HANDLE_EOF, nothing of the value has been read.
+// Reads the value of a text or blob. It takes `bytes` bytes of the file. Returns 0 or an error. After an error
+// other than ERROR_HANDLE_EOF nothing of the value has been read.
 DWORD TakeSizedValue(ImageReader& reader, DWORD bytes, CEPROPVAL& property)
 {
     const DWORD content = ContentOf(property.propid, bytes);

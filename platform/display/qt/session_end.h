@@ -10,7 +10,8 @@ namespace platform::qt {
 // One at a time.
 class SessionEnd final : public QObject {
 public:
-    // Calls `end` on the toolkit's thread. The run has been asked before to stop at its next item.
+    // Calls `end` on the toolkit's thread. A run, if there is one, has been asked before to
+    // stop at its next item.
     explicit SessionEnd(const std::function<void()>& end);
 };
 

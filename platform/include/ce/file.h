@@ -78,7 +78,7 @@ struct BY_HANDLE_FILE_INFORMATION {
 // On success CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed, otherwise to 0. The other
 // ways set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
 //
-// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder of the path is missing or a file; 5 a folder, a
+// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder of the path is missing, or is a file; 5 a folder, a
 //   read-only file asked for writing, a ROM file asked for writing, a ROM module, no permission; 32 open elsewhere in a
 //   way that conflicts; 80 exists already (CREATE_NEW); 87 bad creation; 112 no room for the entry; 123 bad name; 206
 //   path too long; 19 a read-only file system; 4 too many open files; 31 the host's input or output failed.
@@ -116,11 +116,11 @@ BOOL FlushFileBuffers(HANDLE file);
 // failure means that bytes which were reported as written are missing.
 BOOL HandOverFileBuffers(HANDLE file);
 
-// From now on, nothing of `file` is passed to the host before what is gathered for `earlier` by then. So `file` can name
-// bytes of `earlier`, and after a kill it names none that aren't there. If those bytes are lost, what is gathered for
-// `file` is lost, too, and its writes fail with the same error until SetEndOfFile cuts it. Ends with the last handle of
-// `file`. Nonzero on success. Fails with 5 without write access to both, 6, and 87 for one file twice or if `earlier` is
-// itself written after another file.
+// From now on, nothing of `file` is passed to the host before what is gathered for `earlier` by then. So `file` can
+// name bytes of `earlier`, and after a kill it names none that aren't there. If those bytes are lost, what is gathered
+// for `file` is lost, too, and its writes fail with the same error until SetEndOfFile cuts it. Ends with the last
+// handle of `file`. Nonzero on success. Fails with 5 without write access to both, 6, and 87 for one file twice or if
+// `earlier` is itself written after another file.
 BOOL WriteAfter(HANDLE file, HANDLE earlier);
 
 // Nonzero when all that this process made, wrote, renamed or deleted on the device, in its own folder and in each card

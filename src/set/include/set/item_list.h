@@ -26,7 +26,8 @@ public:
     ~ItemList();
 
     // Appends a copy of `bytes` bytes, also if there is an equal blob. Constant time before the first search.
-    // `contentBytes`: the size of the item itself. 0 if there is no memory, and then the list is unchanged.
+    // `contentBytes` is what the progress of a run counts for the item: the size of a file before a backup, that of the
+    // stream before a restore, or 0. Returns 0 if there is no memory, and then the list is unchanged.
     BOOL Add(const void* blob, DWORD bytes, std::uint64_t contentBytes = 0);
 
     // 1 if a blob begins with these bytes. A key with the NUL of a name matches that name, a key without it all names

@@ -22,8 +22,8 @@ struct ReportOutcome {
 // Verifies the sets and writes the page. `faults` are sentences for the page about what couldn't be found. The state of
 // `out` shows whether all of it could be written.
 //
-// Keeps in memory the names and the states of all items, records and values of the registry, each state once however
-// many sets have it. RunTable limits that.
+// Keeps in memory the names and the states of all items, records and values of the registry, each state once for all
+// successive sets that have it. RunTable limits that.
 ReportOutcome writeReport(const std::vector<archive::SetFiles>& sets, const std::vector<std::string>& faults,
                           std::ostream& out, archive::Progress& progress);
 
