@@ -136,9 +136,9 @@ DWORD removeFolderAt(const HostPath& path)
 bool isUnchangedAt(const HostPath& path, const FileStamp& stamp)
 {
     HostStatus status = {};
-    return stamp.provesWrites && path.error == 0 && !path.isMount() &&
-           readStatus(path.mount->folder(), path.below.c_str(), status) == 0 && isUnchanged(stamp, status) &&
-           !OpenFiles::instance().sizeOfWritten(keyOf(status));
+    return stamp.provesWrites && stamp.wasAlone && path.error == 0 && !path.isMount() &&
+           readStatus(path.mount->folder(), path.below.c_str(), status, Status::Fresh) == 0 &&
+           isUnchanged(stamp, status) && !OpenFiles::instance().sizeOfWritten(keyOf(status));
 }
 
 DWORD makeFolderAt(const HostPath& path)

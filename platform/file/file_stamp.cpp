@@ -45,7 +45,8 @@ FileStamp stampOf(const HostStatus& status, const timespec& asked)
             .changeSeconds = status.stx_ctime.tv_sec,
             .writeNanoseconds = status.stx_mtime.tv_nsec,
             .changeNanoseconds = status.stx_ctime.tv_nsec,
-            .provesWrites = provesWrites(status, asked) ? TRUE : FALSE};
+            .provesWrites = provesWrites(status, asked) ? TRUE : FALSE,
+            .wasAlone = FALSE};
 }
 
 bool hasSameContent(const FileStamp& stamp, const HostStatus& status)

@@ -9,7 +9,7 @@
 
 namespace platform::file {
 
-// `asked` is the time on this machine's clock just before the host was asked for `status`.
+// Without wasAlone. `asked` is the time on this machine's clock just before the host was asked for `status`.
 FileStamp stampOf(const HostStatus& status, const timespec& asked);
 
 // Whether it is the same file with the same length and time of writing.

@@ -74,12 +74,13 @@ int openBelow(int folder, const char* path, int flags, unsigned mode)
     return opened;
 }
 
-int readStatus(int folder, const char* name, HostStatus& status)
+int readStatus(int folder, const char* name, HostStatus& status, Status wanted)
 {
     if (const int error = passGate())
         return -error;
     return unlessInterrupted([&] {
-        return ::statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH | AT_NO_AUTOMOUNT,
+        const int sync = wanted == Status::Fresh ? AT_STATX_FORCE_SYNC : AT_STATX_SYNC_AS_STAT;
+        return ::statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH | AT_NO_AUTOMOUNT | sync,
                        STATX_BASIC_STATS | STATX_BTIME, &status);
     });
 }

@@ -29,8 +29,10 @@ using HostStatus = struct statx;
 // Of a file that is made. The host takes the bits of the user's mask off.
 inline constexpr unsigned NewFileMode = 0666;
 
-// Reads the status of the entry `name` of `folder`, or with an empty name of the descriptor itself. Follows no link.
-[[nodiscard]] int readStatus(int folder, const char* name, HostStatus& status);
+// Reads the status of the entry `name` of `folder`, or with an empty name of the descriptor itself. Follows no link. A
+// network file system can answer from what it knew some time ago, but not if the status is to be fresh.
+enum class Status { AsKnown, Fresh };
+[[nodiscard]] int readStatus(int folder, const char* name, HostStatus& status, Status wanted = Status::AsKnown);
 
 // Reads the extended attribute `attribute` of the entry that readStatus would report about. The number of its bytes;
 // -ENODATA if there is none, -ERANGE if `value` is too small.

@@ -30,6 +30,7 @@ struct Request {
     bool isRomModule = false;
     bool isOpenHere = false;
     bool isUnsure = false;
+    bool isAlone = false;  // no other process has the file open
     bool wasMadeHere = false;
 
     bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
@@ -148,8 +149,10 @@ DWORD checkExisting(Request& request, const OpenFiles& table) EXCLUDES(table.mut
         return error;
     request.isOpenHere = conflicts;
     // If this process already has a descriptor of the file, the host would report that as a use elsewhere.
-    request.isUnsure = !conflicts && sharing.access != 0 && !isOpen && !request.wasMadeHere &&
-                       isUsedElsewhere(request.descriptor.get(), sharing, key.device);
+    const bool asks = !conflicts && sharing.access != 0 && !isOpen && !request.wasMadeHere;
+    const Lease lease = asks ? probeLease(request.descriptor.get(), sharing, key.device) : Lease::NotGiven;
+    request.isUnsure = lease == Lease::InUse;
+    request.isAlone = lease == Lease::Held && sharing.share == 0;
     return request.isOpenHere || request.isUnsure ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
 }
 
@@ -202,8 +205,9 @@ Opened openOnHost(const HostPath& path, const Sharing& sharing, DWORD creation, 
     if (!shared)
         return failed(request, ERROR_SHARING_VIOLATION);
     const int descriptor = request.descriptor.get();
-    auto file = std::make_shared<OpenFile>(table, shared, sharing, std::move(request.descriptor), path,
-                                           stampOf(request.status, asked));
+    FileStamp stamp = stampOf(request.status, asked);
+    stamp.wasAlone = request.isAlone ? TRUE : FALSE;
+    auto file = std::make_shared<OpenFile>(table, shared, sharing, std::move(request.descriptor), path, stamp);
     if (request.existed && request.truncates()) {
         const kernel::MutexLock lock(shared->mutex());
         if (const DWORD error = shared->endAt(descriptor, 0); error != 0)

@@ -44,15 +44,16 @@ std::optional<int> probingLease(const Sharing& sharing)
 
 }  // namespace
 
-bool isUsedElsewhere(int file, const Sharing& sharing, std::uint64_t device)
+Lease probeLease(int file, const Sharing& sharing, std::uint64_t device)
 {
     const std::optional<int> lease = probingLease(sharing);
     if (!lease || !leasesCanBeTrusted(file, device))
-        return false;
+        return Lease::NotGiven;
     const int result = setLease(file, *lease);
-    if (result == 0)
-        (void)setLease(file, F_UNLCK);  // fails only if the lease is gone already
-    return result == -EAGAIN;
+    if (result != 0)
+        return result == -EAGAIN ? Lease::InUse : Lease::NotGiven;
+    (void)setLease(file, F_UNLCK);  // fails only if the lease is gone already
+    return Lease::Held;
 }
 
 LeaseTaken takeLease(int file, std::uint64_t device)

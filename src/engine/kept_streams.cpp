@@ -13,7 +13,8 @@ constexpr DWORD ChunkBytes = 65536;
 constexpr DWORD Chunks = 128;
 constexpr DWORD MostStreamBytes = 2 * MostKeptSourceBytes;  // a longer stream isn't kept
 
-// Without what all kept sources have in common: that their stamps prove writes.
+// Without what all kept sources have in common: that their stamps prove writes, and that no other process had them
+// open.
 struct KeptHead {
     std::uint64_t device;
     std::uint64_t inode;
@@ -66,7 +67,7 @@ bool MakeRoom()
 bool CanKeep(const SmallStream& stream, const FileStamp& source)
 {
     return stream.bytes <= MostStreamBytes && stream.readBytes <= MostKeptSourceBytes && source.provesWrites &&
-           source.length == stream.readBytes;
+           source.wasAlone && source.length == stream.readBytes;
 }
 
 }  // namespace
@@ -112,7 +113,8 @@ KeptStream FindKeptStream(DWORD entry)
                                .changeSeconds = head.changeSeconds,
                                .writeNanoseconds = head.writeNanoseconds,
                                .changeNanoseconds = head.changeNanoseconds,
-                               .provesWrites = TRUE},
+                               .provesWrites = TRUE,
+                               .wasAlone = TRUE},
                     .bytes = bytes,
                     .count = head.count,
                     .readBytes = head.readBytes,

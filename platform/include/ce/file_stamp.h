@@ -21,6 +21,9 @@ struct FileStamp {
     // seconds. So if the time of change has no fraction of a second, both times must be at least 4 seconds old. It
     // isn't certain either if a time is in the future.
     BOOL provesWrites;
+    // Whether it is certain that no other process had the file open, and so none had it mapped into memory. A write to
+    // a page that was mapped and written before changes no time until the host has written that page to the disk.
+    BOOL wasAlone;
 };
 
 // Nonzero on success. Bytes that this process has gathered for the file are passed to the host first, so that the stamp
@@ -31,8 +34,8 @@ struct FileStamp {
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 
 // Nonzero if the file at `path` certainly still has the bytes that it had at its stamp. 0 if it has changed, is another
-// file, is gone, or if that can't be said: provesWrites is 0, or the host failed. Sets no error, and notes no failure
-// of the device. On tmpfs a write to a file that is mapped into memory changes no time, so it isn't seen.
+// file, is gone, or if that can't be said: provesWrites or wasAlone is 0, or the host failed. Sets no error, and notes
+// no failure of the device. On tmpfs a write to a file that is mapped into memory changes no time, so it isn't seen.
 BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 
 // Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another
