@@ -185,7 +185,7 @@ DWORD OpenFile::writeAfter(const OpenFile& earlier)
         return ERROR_ACCESS_DENIED;
     {
         const kernel::MutexLock lock(earlier.file_->mutex());
-        if (earlier.file_ == file_ || earlier.file_->isWrittenAfterAnother())
+        if (earlier.file_ == file_ || earlier.file_->isWrittenAfterAnother() || file_->isTemporary())
             return ERROR_INVALID_PARAMETER;
     }
     const kernel::MutexLock lock(file_->mutex());

@@ -1,6 +1,7 @@
 // open_files.h - the table of the files that this process has open, with what their handles allow each other.
 //
-// Two locks, besides that of each file. A thread that needs several takes them in this order:
+// Two locks, besides that of each file, which is taken last. The lock of a file that is written after another one comes
+// before that one's (SharedFile::writeAfter). A thread that needs several takes them in this order:
 //
 // - `openings` is held shared from the host's opening of a file until the file is entered or closed again. Two threads
 //   can open files at the same time. If the host says then that a file is in use, the reason can be the other thread's

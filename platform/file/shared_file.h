@@ -103,7 +103,7 @@ public:
 
     // Each write to the host is preceded by one of what is gathered for `earlier`. The lock of `earlier` is taken while
     // this one is held. No two threads block each other by that, because `earlier` isn't written after another file at
-    // the time of this call, so that there is no cycle.
+    // the time of this call, so that there is no cycle. No other thread makes such a call at the same time.
     void writeAfter(std::shared_ptr<SharedFile> earlier) REQUIRES(mutex_) { earlier_ = std::move(earlier); }
     bool isWrittenAfterAnother() const REQUIRES(mutex_) { return earlier_ != nullptr; }
 

@@ -185,6 +185,11 @@ TEST_F(FaultTest, FileThatIsWrittenAfterAnotherNeverNamesBytesThatTheHostLacks)
     EXPECT_EQ(errorOf(WriteAfter(data, list)), ERROR_INVALID_PARAMETER) << "they would wait for each other";
     EXPECT_EQ(errorOf(WriteAfter(list, list)), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(errorOf(WriteAfter(list, nullptr)), ERROR_INVALID_HANDLE);
+    ASSERT_TRUE(DeclareTemporaryFile(u"\\temporary"));
+    const HANDLE temporary = open(u"\\temporary", GENERIC_WRITE, CREATE_ALWAYS);
+    EXPECT_EQ(errorOf(WriteAfter(temporary, data)), ERROR_INVALID_PARAMETER) << "it has no bytes to order";
+    CloseHandle(temporary);
+    EXPECT_TRUE(DeleteFileW(u"\\temporary") && WithdrawTemporaryFile(u"\\temporary"));
     CloseHandle(list);
     CloseHandle(data);
     const HANDLE reader = open(u"\\list", GENERIC_READ, OPEN_EXISTING);

@@ -119,8 +119,8 @@ BOOL HandOverFileBuffers(HANDLE file);
 // From now on, nothing of `file` is passed to the host before what is gathered for `earlier` by then. So `file` can
 // name bytes of `earlier`, and after a kill it names none that aren't there. If those bytes are lost, what is gathered
 // for `file` is lost, too, and its writes fail with the same error until SetEndOfFile cuts it. Ends with the last
-// handle of `file`. Nonzero on success. Fails with 5 without write access to both, 6, and 87 for one file twice or if
-// `earlier` is itself written after another file.
+// handle of `file`. Nonzero on success. Fails with 5 without write access to both, 6, and 87 for one file twice, for a
+// temporary `file`, or if `earlier` is itself written after another file. For one thread at a time.
 BOOL WriteAfter(HANDLE file, HANDLE earlier);
 
 // Nonzero when all that this process made, wrote, renamed or deleted on the device, in its own folder and in each card
