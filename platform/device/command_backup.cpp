@@ -68,7 +68,8 @@ BackupRequest requestOf(const BackupOptions& options, const Session& session)
             .replaced = options.replaced,
             .deletesSources = options.deletesSources,
             .writesLog = options.writesLog,
-            .verifies = options.verifies};
+            .verifies = options.verifies,
+            .onlyPlans = options.dryRun};
 }
 
 Rotation rotated(const Session& session, const BackupOptions& options, DWORD number, bool complete)

@@ -148,6 +148,7 @@ RunPlan PrepareBackup(const BackupRequest& request)
     gOptions.deleteBackedUp = request.deletesSources;
     gOptions.generateLog = request.writesLog;
     gDigestsBlocks = request.verifies;
+    gOnlyLists = request.onlyPlans;
     RunPlan plan = CheckTarget(request);
     if (plan.refused)
         return plan;

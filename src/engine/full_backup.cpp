@@ -160,7 +160,7 @@ void WalkForItems(const WCHAR* root, WalkCallback add, HWND progress)
     gPathsTooLong = {};
     gPathsTooLong.areItems = TRUE;
     // A source that is to be deleted is stamped and read by the run.
-    gPacksTinyFiles = !gOptions.deleteBackedUp && CodecWorks();
+    gPacksTinyFiles = !gOnlyLists && !gOptions.deleteBackedUp && CodecWorks();
     StartAhead(TestReadable, IsRoomForSmallStream);
     WalkDirectory(root, nullptr, TRUE, FALSE, add, reinterpret_cast<UINT_PTR>(progress));
     while (!IsAheadEmpty())

@@ -55,7 +55,8 @@ struct BackupRequest {
     DWORD replaced = 0;  // number of the set to replace; 0 for the first number that is free
     bool deletesSources = false;
     bool writesLog = false;
-    bool verifies = false;  // reads the set back and compares it with what was read from the device
+    bool verifies = false;   // reads the set back and compares it with what was read from the device
+    bool onlyPlans = false;  // the backup is prepared, but not performed
 };
 
 // Refused if the storage doesn't exist or has no free number, or if an item doesn't exist, or there is none.

@@ -27,6 +27,9 @@ struct BackupTarget {
     DWORD replaced;        // the number of the set to replace; 0 for the first number that is free
 };
 
+// No run follows the listing, so the listing packs nothing for one.
+inline bool gOnlyLists;
+
 // Replaces the lists by what the whole device has of the kinds for which gFullFiles and so on are 1. full_backup.cpp
 void ListDevice();
 
