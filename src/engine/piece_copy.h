@@ -1,8 +1,9 @@
 // piece_copy.h - copies a stream between the data file and a temporary file, in pieces of 260 bytes.
 //
-// A read or write that fails concerns one piece, and the next piece is tried. The counter of bytes follows each piece.
-// For speed the platform gets many pieces in one call. If such a call fails, its pieces are tried one by one, so what
-// is copied, reported and logged is the same as if each piece had been read and written by itself.
+// A write that fails concerns one piece, and the next piece is tried. A read that gives nothing ends the copy. The
+// counter of bytes follows each piece. For speed the platform gets many pieces in one call. If such a call fails, its
+// pieces are tried one by one, so what is copied and logged is the same as if each piece had been read and written by
+// itself.
 #pragma once
 
 #include "item_outcome.h"

@@ -168,5 +168,4 @@ AheadItem& TakeAhead()
 void WorkOnTaken(AheadItem& item)
 {
     gWork(item, gRunMemory);
-    item.finished = true;
 }

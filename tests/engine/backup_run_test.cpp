@@ -1,6 +1,7 @@
 // backup_run_test.cpp - the questions, the files and the log of a backup.
 
 #include "engine_fixture.h"
+#include "piece_copy.h"
 
 #include "ce/dialog.h"
 
@@ -169,5 +170,43 @@ TEST_F(BackupRunTest, StreamThatAnEarlierRunLeftIsNeverTakenForAnItem)
         gUser.answers = {true};
         backUp();
         EXPECT_EQ(readOnCard("QLBX0001.QDT"), "") << permissions;
+    }
+}
+
+TEST_F(BackupRunTest, PiecesThatAreWrittenTogetherFailLikeSingleOnes)
+{
+    using Copied = std::vector<std::pair<DWORD, DWORD>>;
+    const std::string bytes = patternBytes(PieceBytes * PiecesAtOnce + 700);
+    write("from", bytes);
+    const auto copy = [&](std::uint64_t capacity, const auto& passOn) {
+        remount();
+        addFolder(u"Card", true, capacity);
+        (void)DeleteFileW(u"\\Card\\to");
+        const HANDLE from = open(u"\\from", GENERIC_READ, OPEN_EXISTING);
+        const HANDLE to = open(u"\\Card\\to", GENERIC_WRITE, CREATE_NEW);
+        Copied copied;
+        int failures = 0;
+        passOn(
+            from, to, [&] { failures++; }, [&](DWORD read, DWORD written) { copied.emplace_back(read, written); });
+        CloseHandle(from);
+        CloseHandle(to);
+        return std::tuple(copied, failures, hostRead(card_ / "to"));
+    };
+    for (const std::uint64_t capacity : {0U, 1U, 259U, 260U, 261U, 700U, 8059U, 8060U, 8061U, 8500U, 8759U, 8760U}) {
+        SCOPED_TRACE(capacity);
+        const auto together = copy(capacity, [](HANDLE from, HANDLE to, const auto& failed, const auto& copied) {
+            ItemOutcome item;
+            CopyPieces(from, to, ~std::uint64_t{0}, item, failed, copied);
+        });
+        const auto single = copy(capacity, [&](HANDLE, HANDLE to, const auto& failed, const auto& copied) {
+            for (std::size_t at = 0; at < bytes.size(); at += PieceBytes) {
+                const std::string piece = bytes.substr(at, PieceBytes);
+                const auto written = static_cast<DWORD>(FileTest::write(to, piece));
+                if (written != piece.size())
+                    failed();
+                copied(static_cast<DWORD>(piece.size()), written);
+            }
+        });
+        EXPECT_EQ(together, single);
     }
 }
