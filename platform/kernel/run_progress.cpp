@@ -100,6 +100,13 @@ void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made)
         add(all.made[kind - 1], DWORD{1});
 }
 
+void TakeBackItemsMade(DWORD kind, DWORD count)
+{
+    CurrentRun& all = currentRun();
+    if (kind >= OutcomeFile && kind <= all.made.size())
+        add(all.made[kind - 1], DWORD{0} - count);
+}
+
 void EndRun()
 {
     CurrentRun& all = currentRun();

@@ -19,6 +19,7 @@
 #include "run_progress.h"
 #include "set/block_pipeline.h"
 
+#include "ce/progress.h"
 #include "ce/text.h"
 
 namespace {
@@ -73,15 +74,16 @@ DWORD HandOverData(BackupRun& run)
     return ERROR_SUCCESS;
 }
 
-// Cuts the list back to the entries that the host has.
+// Reports the items of the waiting entries, which the host has lost, and cuts the list back to the entries before them.
 void LoseWaitingEntries(BackupRun& run, DWORD error)
 {
-    (void)HandOverFileBuffers(run.listFile);  // fails, but afterwards nothing is gathered that a cut would write out
     for (DWORD i = 0; i < run.waiting.count; i++)
         ReportItem(OutcomeNotStored, OutcomeFile, run.waiting.paths[i], error);
+    TakeBackItemsMade(OutcomeFile, run.waiting.count);
     if (gDigestsBlocks)
         gStoredDigests.resize(gStoredDigests.size() - run.waiting.count);
     run.waiting.count = 0;
+    (void)HandOverFileBuffers(run.listFile);  // whether it fails or not, nothing is gathered that the cut would write
     (void)CutList(run, run.waiting.start);
 }
 
@@ -97,8 +99,6 @@ void AddWaitingEntry(BackupRun& run, const BackupEntry& entry)
     if (run.waiting.count == 0)
         run.waiting.start = entry.start;
     CopyText(run.waiting.paths[run.waiting.count++], run.itemName);
-    if (run.waiting.count == MostWaitingEntries)
-        SettleWaitingEntries(run);
 }
 
 // dataBytes grows by what WriteFile reports, so that on a full card the next item's offset is still right. The number
@@ -124,6 +124,15 @@ void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed faile
         stream, run.dataFile, NoLimit, run.item, [&] { failed(&run); }, copied);
     if (read != run.packed.bytes)
         NoteFailure(run.item, ERROR_HANDLE_EOF);
+}
+
+// Passes the entry to the host, and those that wait before it. 0 or the error.
+DWORD HandOverEntries(BackupRun& run)
+{
+    if (!HandOverFileBuffers(run.listFile))
+        return GetLastError();
+    run.waiting.count = 0;
+    return ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -202,7 +211,7 @@ BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE str
 {
     BackupEntry entry = {};
     entry.waits = CanWait(run, kind);
-    if (!entry.waits)
+    if (!entry.waits || run.waiting.count == MostWaitingEntries)
         SettleWaitingEntries(run);
     entry.start = SetFilePointer(run.listFile, 0, nullptr, FILE_CURRENT);
     entry.listed = WriteEntryHead(run.listFile, kind, name, run.dataBytes, failed, &run) == 0;
@@ -232,19 +241,15 @@ void EndEntry(BackupRun& run, BackupEntry& entry)
         NoteFailure(run.item, GetLastError());
         entry.listed = FALSE;
     }
-    const bool lost = (!waits || !entry.listed) && !HandOverFileBuffers(run.listFile);
-    if (lost)
-        NoteFailure(run.item, GetLastError());
-    if (entry.listed && !lost) {
-        if (gDigestsBlocks)
-            gStoredDigests.push_back(run.packed.digest);
-        if (waits)
-            AddWaitingEntry(run, entry);
-    } else if (lost && run.waiting.count != 0) {
-        LoseWaitingEntries(run, run.item.error);
-    } else {
+    const DWORD lost = waits && entry.listed ? DWORD{ERROR_SUCCESS} : HandOverEntries(run);
+    if (lost != ERROR_SUCCESS)
+        NoteFailure(run.item, lost);
+    if (lost != ERROR_SUCCESS && run.waiting.count != 0)
+        LoseWaitingEntries(run, lost);  // this entry comes after them
+    else if (lost != ERROR_SUCCESS || !entry.listed)
         CutEntryOff(run, entry);
-    }
-    if (!waits || !entry.listed)
-        run.waiting.count = 0;
+    else if (gDigestsBlocks)
+        gStoredDigests.push_back(run.packed.digest);
+    if (lost == ERROR_SUCCESS && entry.listed && waits)
+        AddWaitingEntry(run, entry);
 }

@@ -8,6 +8,9 @@
 #include "engine_fixture.h"
 
 #include "engine/questions.h"
+#include "engine/stored_digests.h"
+#include "kernel/run_progress.h"
+#include "set/block_codec.h"
 #include "set/list_file.h"
 #include "set/list_reader.h"
 #include "set/stream_decoding.h"
@@ -73,12 +76,14 @@ BOOL collect(const BYTE* raw, DWORD bytes, void* context)
     return TRUE;
 }
 
-// So many that log, list and data are longer than what the file layer gathers before it writes.
+// So many that log, list and data are longer than what the file layer gathers before it writes, that a group of waiting
+// entries is full, and that a larger file ends another one.
 Contents manySources()
 {
     Contents sources;
-    for (char letter = 'a'; letter < 'm'; letter++)
-        sources[std::string(80, letter)] = patternBytes(5000).substr(static_cast<std::size_t>(letter), 400);
+    for (char letter = 'a'; letter < 'y'; letter++)
+        sources[std::string(80, letter)] =
+            patternBytes(9000).substr(static_cast<std::size_t>(letter), letter == 't' ? 5000 : 400);
     return sources;
 }
 
@@ -287,16 +292,24 @@ TEST_F(SweepTest, BackupWhoseWritesAreGatheredLosesNothingWhicheverCallFails)
 {
     sources_ = manySources();
     for (const Way way : {Way{false, true}, Way{false, false}}) {
+        gDigestsBlocks = true;
         bool reached = true;
         for (std::uint64_t n = 1; reached; n++) {
             SCOPED_TRACE(testing::Message() << (way.deletes ? "deleting, " : "") << n);
             startBackup(way);
+            gStoredDigests.clear();
             const FaultPlan plan = {.kind = FaultKind::Fail, .nthCall = n, .error = n % 2 == 0 ? EIO : ENOSPC};
             reached = hostCallsOf([&] { run(way); }, plan) >= n;
             expectEachSourceKeptAndReported(way);
             expectListsOfWholeEntries();
             ASSERT_FALSE(HasFatalFailure());
+            const std::size_t reported = troublesOf(Trouble::Storing, Troubled::File, Since::Job).size();
+            if (gLastSetNumber != 1 || !LoadList(u"\\Card\\QUILBOX\\QLBX0001.QLT"))
+                continue;
+            ASSERT_EQ(gStoredDigests.size(), gFileList->Count());
+            ASSERT_EQ(platform::kernel::runProgress().made[OutcomeFile - 1], sources_.size() - reported);
         }
+        gDigestsBlocks = false;
     }
 }
 

@@ -27,5 +27,8 @@ void ReportStoredBytes(std::uint64_t bytes);
 // has.
 void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made);
 
+// `count` items of this kind that were reported as made aren't.
+void TakeBackItemsMade(DWORD kind, DWORD count);
+
 // The run has ended, and what it made is on the disk.
 void EndRun();
