@@ -85,7 +85,7 @@ DWORD RunSecondThread(void* /*unused*/)
     return 0;
 }
 
-// Said to be awake at once, so that it isn't called again until it sleeps the next time.
+// Marks the second thread as awake at once, so that it isn't woken again before it sleeps the next time.
 void WakeSecondThread()
 {
     gSleeps = false;

@@ -1,6 +1,5 @@
 // small_stream.h - packs a source that is shorter than a block into memory, so that it can be packed before the run
-// comes to it. All streams that wait for the run share 1 MB, except those that
-// the caller keeps.
+// comes to it. All streams that wait for the run share 1 MB, except those that the caller keeps.
 //
 // Only the usual case is handled here. Whatever else happens to a source, it is left to CompressFile, which does it all
 // again. An open that fails is the exception: its error is final.
