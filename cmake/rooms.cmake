@@ -29,6 +29,17 @@ target_compile_options(quillbox_flags INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>
 add_library(ce_api INTERFACE)
 target_include_directories(ce_api INTERFACE ${PROJECT_SOURCE_DIR}/platform/include)
 
+# The headers of the standard library that most rooms include, compiled once for all of them. Only where sources are
+# compiled together: other builds find an include that is missing.
+if(CMAKE_UNITY_BUILD)
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/room_headers.cpp CONTENT "")
+  add_library(quillbox_room_headers STATIC EXCLUDE_FROM_ALL ${PROJECT_BINARY_DIR}/room_headers.cpp)
+  target_link_libraries(quillbox_room_headers PRIVATE quillbox_flags)
+  target_precompile_headers(quillbox_room_headers PRIVATE
+    <algorithm> <array> <atomic> <chrono> <cstring> <functional> <map> <memory> <mutex> <optional> <span> <sstream>
+    <string> <thread> <unordered_map> <vector>)
+endif()
+
 # quillbox_room(NAME [OBJECT] SOURCES file... [USES target...] [PRIVATE_USES target...])
 # Sources are relative to the room's folder. Rooms of one folder share its include folder.
 function(quillbox_room name)
@@ -40,18 +51,28 @@ function(quillbox_room name)
   endif()
   target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
   target_link_libraries(${name} PUBLIC ce_api ${room_USES} PRIVATE quillbox_flags ${room_PRIVATE_USES})
+  if(TARGET quillbox_room_headers)
+    target_precompile_headers(${name} REUSE_FROM quillbox_room_headers)
+  endif()
+endfunction()
+
+# quillbox_compile_quickly(TARGET...): a sanitized build doesn't optimise these. They read options and print. Most of their
+# code comes from header-only libraries, and optimising it takes longer than running it.
+function(quillbox_compile_quickly)
+  if(QUILLBOX_SANITIZE)
+    foreach(target ${ARGN})
+      target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>)
+      set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+    endforeach()
+  endif()
 endfunction()
 
 if(NOT BUILD_TESTING)
   return()
 endif()
 
-# The code of a test need not be fast, but g++ gives some warnings only if it analyses the flow of values, from -O1 on.
-if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-  set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O0>)
-else()
-  set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O1>)
-endif()
+# The code of a test need not be fast.
+set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O0>)
 
 # What nearly every test includes, compiled once for all of them where that works (see quillbox_test).
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/test_headers.cpp CONTENT "")
@@ -71,9 +92,8 @@ function(quillbox_test name)
   list(TRANSFORM test_INSIDE PREPEND ${PROJECT_SOURCE_DIR}/)
   target_include_directories(${name} PRIVATE ${test_INSIDE})
   target_compile_options(${name} PRIVATE ${quillbox_test_options})
-  # Not with g++ 12, which then reports false warnings (-Wrestrict) in the standard library's headers. Not for tests that use
-  # the toolkit: they are compiled with -fPIC, and the precompiled headers aren't.
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND NOT test_USES MATCHES "qt")
+  # Not for tests that use the toolkit: they are compiled with -fPIC, and the precompiled headers aren't.
+  if(CMAKE_UNITY_BUILD AND NOT test_USES MATCHES "qt")
     target_precompile_headers(${name} REUSE_FROM quillbox_test_headers)
   endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
