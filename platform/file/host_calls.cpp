@@ -104,11 +104,18 @@ ssize_t readExtended(int folder, const char* name, const char* attribute, std::s
     return readExtendedByProc(folder, name, attribute, value);
 }
 
-int writeExtended(int file, const char* attribute, std::span<const char> value)
+int writeExtended(int fileOrFolder, const char* attribute, std::span<const char> value)
 {
     if (const int error = passGate())
         return -error;
-    return unlessInterrupted([&] { return ::fsetxattr(file, attribute, value.data(), value.size(), 0); });
+    return unlessInterrupted([&] { return ::fsetxattr(fileOrFolder, attribute, value.data(), value.size(), 0); });
+}
+
+int removeExtended(int fileOrFolder, const char* attribute)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::fremovexattr(fileOrFolder, attribute); });
 }
 
 ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t offset)

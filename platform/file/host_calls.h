@@ -38,8 +38,9 @@ enum class Status { AsKnown, Fresh };
 // -ENODATA if there is none, -ERANGE if `value` is too small.
 [[nodiscard]] ssize_t readExtended(int folder, const char* name, const char* attribute, std::span<char> value);
 
-// Sets the extended attribute of an open file.
-[[nodiscard]] int writeExtended(int file, const char* attribute, std::span<const char> value);
+// Sets or removes the extended attribute of an open file or folder.
+[[nodiscard]] int writeExtended(int fileOrFolder, const char* attribute, std::span<const char> value);
+[[nodiscard]] int removeExtended(int fileOrFolder, const char* attribute);
 
 [[nodiscard]] ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t offset);
 [[nodiscard]] ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t offset);

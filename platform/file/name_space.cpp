@@ -139,17 +139,20 @@ std::optional<std::uint64_t> usedBytes(const std::u16string& mountName)
 std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
 {
     constexpr const char* Aside = "left-behind";
+    std::vector<std::u16string> moved;
+    if (!mayHoldMarkedFiles(rootFolder()))
+        return moved;
     FolderReader reader(Descriptor(openBelow(rootFolder(), ".", O_RDONLY | O_DIRECTORY)));
     const std::vector<std::string> names = markedFilesIn(reader);
-    std::vector<std::u16string> moved;
-    if (names.empty())
-        return moved;
-    (void)makeFolder(deviceFolder, Aside);  // it may exist; the opening below decides
+    if (!names.empty())
+        (void)makeFolder(deviceFolder, Aside);  // it may exist; the opening below decides
     const Descriptor aside(openBelow(deviceFolder, Aside, O_RDONLY | O_DIRECTORY));
     for (const std::string& name : names) {
         if (moveFile(reader.folder(), name.c_str(), aside.get(), name.c_str(), true) == 0)
             moved.push_back(text::toDeviceName(name));
     }
+    if (moved.size() == names.size() && reader.error() == 0)
+        removeMark(rootFolder());
     return moved;
 }
 

@@ -111,6 +111,7 @@ DWORD OpenFiles::giveName(const TemporaryFiles::Nameless& nameless)
 {
     const HostPath& path = nameless.path;
     const ParentFolder parent(path);
+    temporaries_.expectMade(path);
     Descriptor named(parent.get() < 0 ? parent.get()
                                       : openBelow(parent.get(), path.name(), O_RDWR | O_CREAT | O_EXCL, NewFileMode));
     if (!named)
@@ -118,7 +119,7 @@ DWORD OpenFiles::giveName(const TemporaryFiles::Nameless& nameless)
     HostStatus status = {};
     DWORD error = host::ioError(readStatus(named.get(), "", status));
     if (error == 0) {
-        markTemporary(named.get());
+        temporaries_.noteMade(path, named.get());
         path.mount->expectChange(deviceOf(status), path.parent());
         const kernel::MutexLock lock(nameless.file->mutex());
         error = nameless.file->moveTo(std::move(named), deviceOf(status));

@@ -9,7 +9,7 @@
 //   opening closes the file and is made again while it holds the lock alone, when no other opening is underway. Calls
 //   that delete or move a file hold it alone too.
 // - `mutex` guards the table. It is held only while the table is read or changed, and over calls on the host only to
-//   give a temporary file its name.
+//   give a temporary file its name, and to mark the root folder.
 #pragma once
 
 #include "attributes.h"

@@ -19,6 +19,11 @@ using host::platformError;
 
 namespace {
 
+bool makesFile(DWORD creation)
+{
+    return creation != OPEN_EXISTING && creation != TRUNCATE_EXISTING;
+}
+
 // A call of CreateFileW, and what is known about its file so far.
 struct Request {
     const HostPath& path;
@@ -35,7 +40,7 @@ struct Request {
 
     bool truncates() const { return creation == CREATE_ALWAYS || creation == TRUNCATE_EXISTING; }
     bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
-    bool makes() const { return creation != OPEN_EXISTING && creation != TRUNCATE_EXISTING; }
+    bool makes() const { return makesFile(creation); }
 
     // For the other handles, a truncation is a write.
     Sharing effectiveSharing() const { return {sharing.access | (truncates() ? GENERIC_WRITE : 0), sharing.share}; }
@@ -241,7 +246,7 @@ std::optional<Opened> openTemporary(const HostPath& path, const Sharing& sharing
         if (table.conflicts(file->key(), sharing))
             return Opened{.error = ERROR_SHARING_VIOLATION, .existed = true, .file = nullptr, .isOpenHere = true};
     } else {
-        if (creation == OPEN_EXISTING || creation == TRUNCATE_EXISTING || (sharing.access & GENERIC_WRITE) == 0)
+        if (!makesFile(creation) || (sharing.access & GENERIC_WRITE) == 0)
             return std::nullopt;
         file = table.temporaries().make(path);
         if (!file)
@@ -265,6 +270,8 @@ Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation)
             return std::move(*opened);
         if (const DWORD error = table.nameOnTheWayTo(path); error != 0)
             return {error, false, nullptr};
+        if (makesFile(creation))
+            table.temporaries().expectMade(path);
     }
     {
         const kernel::SharedLock opening(table.openings());

@@ -17,6 +17,23 @@ constexpr const char* MarkName = "user.quillbox.temporary";
 // The number of no device of the host.
 constexpr std::uint64_t NoDevice = ~std::uint64_t{0};
 
+void mark(int fileOrFolder)
+{
+    constexpr std::array Value = {'1'};
+    (void)writeExtended(fileOrFolder, MarkName, Value);
+}
+
+bool hasMark(int folder, const char* name)
+{
+    std::array<char, 1> value{};
+    return readExtended(folder, name, MarkName, value) == 1;
+}
+
+bool isInRoot(const HostPath& path)
+{
+    return path.mount->name().empty() && path.nameStart == 0;
+}
+
 bool standsOnHost(const HostPath& path)
 {
     const ParentFolder parent(path);
@@ -36,7 +53,7 @@ bool isAtOrBelow(const HostPath& path, const HostPath& file)
 void TemporaryFiles::declare(const HostPath& path)
 {
     if (!at(path))
-        declared_.push_back({path, standsOnHost(path), nullptr});
+        declared_.push_back({.path = path, .isOnHost = standsOnHost(path), .file = nullptr});
 }
 
 void TemporaryFiles::withdraw(const HostPath& path)
@@ -73,6 +90,8 @@ void TemporaryFiles::noteDeleted(const HostPath& path)
     if (!declared)
         return;
     declared->isOnHost = false;
+    if (std::exchange(declared->isMarked, false) && isInRoot(path) && --markedInRoot_ == 0)
+        removeMark(path.mount->folder());
     if (const auto file = std::exchange(declared->file, nullptr)) {
         const kernel::MutexLock lock(file->mutex());
         if (file->isInMemory())
@@ -80,10 +99,20 @@ void TemporaryFiles::noteDeleted(const HostPath& path)
     }
 }
 
-void TemporaryFiles::noteMade(const HostPath& path, int file) const
+void TemporaryFiles::expectMade(const HostPath& path) const
 {
-    if (at(path))
-        markTemporary(file);
+    if (isInRoot(path) && at(path))
+        mark(path.mount->folder());
+}
+
+void TemporaryFiles::noteMade(const HostPath& path, int file)
+{
+    Declared* const declared = at(path);
+    if (!declared)
+        return;
+    mark(file);
+    if (!std::exchange(declared->isMarked, true) && isInRoot(path))
+        ++markedInRoot_;
 }
 
 std::vector<TemporaryFiles::Nameless> TemporaryFiles::onTheWayTo(const HostPath& path) const
@@ -135,17 +164,20 @@ TemporaryFiles::Declared* TemporaryFiles::at(const HostPath& path)
     return const_cast<Declared*>(std::as_const(*this).at(path));
 }
 
-void markTemporary(int file)
-{
-    constexpr std::array Value = {'1'};
-    (void)writeExtended(file, MarkName, Value);
-}
-
 bool isMarkedTemporary(int folder, const char* name)
 {
-    std::array<char, 1> value{};
     HostStatus status = {};
-    return readExtended(folder, name, MarkName, value) == 1 && readStatus(folder, name, status) == 0 && isFile(status);
+    return hasMark(folder, name) && readStatus(folder, name, status) == 0 && isFile(status);
+}
+
+bool mayHoldMarkedFiles(int folder)
+{
+    return hasMark(folder, ".");
+}
+
+void removeMark(int folder)
+{
+    (void)removeExtended(folder, MarkName);
 }
 
 }  // namespace platform::file

@@ -42,8 +42,10 @@ public:
     // The file at the path was deleted, the nameless one or that of the host.
     void noteDeleted(const HostPath& path);
 
-    // Marks a file that was just made on the host, if its path is declared.
-    void noteMade(const HostPath& path, int file) const;
+    // Around the making of a file on the host, if its path is declared. The root folder gets its mark before the file
+    // has a name, so that a killed process leaves no marked file in a root without the mark.
+    void expectMade(const HostPath& path) const;
+    void noteMade(const HostPath& path, int file);
 
     struct Nameless {
         HostPath path;
@@ -61,6 +63,7 @@ private:
     struct Declared {
         HostPath path;
         bool isOnHost = false;  // something can stand at the path
+        bool isMarked = false;  // a file that was made there has the mark
         std::shared_ptr<SharedFile> file;
     };
     template <class Wanted>
@@ -70,13 +73,16 @@ private:
 
     std::vector<Declared> declared_;
     std::uint64_t made_ = 0;
+    std::size_t markedInRoot_ = 0;    // the root folder has the mark as long as one of them can be there
     TemporaryContent::Memory spare_;  // of the file that was deleted last
 };
 
-// Marks a file that was just made. If a killed process leaves it in the root, it is recognised by the mark whatever its
-// name is. On a file system without extended attributes it stays unmarked.
-void markTemporary(int file);
-
+// A file on the host has a mark. If a killed process leaves it in the root, it is recognised by the mark whatever its
+// name is. The root folder is marked too, so that it is searched only if there can be such a file. On a file system
+// without extended attributes both stay unmarked.
 bool isMarkedTemporary(int folder, const char* name);
+
+bool mayHoldMarkedFiles(int folder);
+void removeMark(int folder);
 
 }  // namespace platform::file

@@ -142,6 +142,40 @@ TEST_F(TemporaryFileTest, NothingIsLeftWhereverTheProcessIsKilled)
     }
 }
 
+TEST_F(TemporaryFileTest, StartSetsAsideWhatAKilledProcessLeftAndSearchesOnlyAMarkedRoot)
+{
+    const auto isMarked = [](const fs::path& path) {
+        return ::getxattr(path.c_str(), "user.quillbox.temporary", nullptr, 0) > 0;
+    };
+    const auto runs = [](std::uint64_t nthCall, bool deletes) {
+        platform::file::setFaultPlan({.kind = platform::file::FaultKind::Kill, .nthCall = nthCall});
+        bool good = DeclareTemporaryFile(u"\\t") != FALSE;
+        const HANDLE file = open(u"\\t", GENERIC_WRITE, CREATE_ALWAYS);
+        good = good && write(file, "temporary") == 9 && FlushFileBuffers(file) && CloseHandle(file);
+        return good && (!deletes || DeleteFileW(u"\\t"));
+    };
+    const platform::file::Descriptor device(::open(outside().c_str(), O_RDONLY | O_DIRECTORY));
+    const auto setAside = [&] { return platform::file::setLeftTemporariesAside(device.get()); };
+    std::size_t left = 0;
+    int status = -1;
+    for (std::uint64_t n = 1; status != 0; n++) {
+        SCOPED_TRACE(n);
+        status = statusOfChild([&] { return runs(n, true); });
+        EXPECT_EQ(isMarked(root()), status != 0 && n > 2) << "from before the name until after the deletion";
+        const bool wasThere = isMarked(root() / "t");
+        left += wasThere ? 1 : 0;
+        EXPECT_EQ(setAside(), wasThere ? std::vector<std::u16string>{u"t"} : std::vector<std::u16string>{});
+        EXPECT_FALSE(isMarked(root()) || isMarked(root() / "t"));
+        fs::remove(root() / "t");
+    }
+    EXPECT_GT(left, 2U);
+    EXPECT_EQ(hostRead(outside() / "left-behind" / "t"), "temporary");
+
+    ASSERT_EQ(statusOfChild([&] { return runs(0, false); }), 0);
+    ASSERT_EQ(::removexattr(root().c_str(), "user.quillbox.temporary"), 0);
+    EXPECT_EQ(hostCallsOf([&] { EXPECT_TRUE(setAside().empty()); }), 1U);
+}
+
 TEST_F(TemporaryFileTest, AttributesAreReadAgainAfterAChange)
 {
     hostWrite(root() / "f", "x");
