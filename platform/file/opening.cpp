@@ -194,8 +194,11 @@ Opened openOnHost(const HostPath& path, const Sharing& sharing, DWORD creation, 
         request.isUnsure = result == -EAGAIN;  // a lease
         return failed(request, openError(request, result));
     }
-    if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0)
+    if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0) {
+        if (!request.existed)
+            (void)removeFile(ParentFolder(path).get(), path.name());
         return {ioError(result), false, nullptr};
+    }
     if (request.existed) {
         if (const DWORD error = checkExisting(request, table); error != 0)
             return failed(request, error);
