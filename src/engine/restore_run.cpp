@@ -21,9 +21,6 @@
 #include "ce/text.h"
 
 #include <algorithm>
-#include <functional>
-#include <string_view>
-#include <unordered_set>
 
 namespace {
 
@@ -35,24 +32,17 @@ const WCHAR RestoredRegistryPath[] = u"\\BKREG.TMP";
 struct RestoreRun {
     HANDLE dataFile = INVALID_HANDLE_VALUE;
     HWND progress = nullptr;
-    DWORD restoredBytes = 0;         // of files and databases, copied out of the data file so far
-    ItemOutcome item;                // of the current item
-    bool declined = false;           // the options or the user keep what the device has in place of the current item
-    WCHAR newFolder[MAX_PATH] = {};  // the folder that this run made last, as FolderOf returns it; empty for none
-    std::unordered_set<std::size_t> namesInIt;  // hashes of the names that the set has had in it
+    DWORD restoredBytes = 0;      // of files and databases, copied out of the data file so far
+    ItemOutcome item;             // of the current item
+    bool declined = false;        // the options or the user keep what the device has in place of the current item
+    bool lastWasMissing = false;  // the device had no file of the name of the last one, when that mattered
 };
 
-// The folder of a path, with the backslash at its end; empty without one.
-std::u16string_view FolderOf(const WCHAR* path)
-{
-    const std::u16string_view whole = path;
-    return whole.substr(0, whole.rfind(u'\\') + 1);
-}
+// The longest stream that is copied out before it is known whether its file may be restored.
+constexpr DWORD MostTriedBytes = 16384;
 
-std::size_t HashOf(const WCHAR* path)
-{
-    return std::hash<std::u16string_view>()(path);
-}
+// What the progress window shows while a stream is copied out.
+enum class Shown { Nothing, Step, StepAndCount };
 
 // One item: its stream is copied out of the data file to the temporary stream, which is then unpacked.
 
@@ -69,12 +59,12 @@ void RestoreItem(RestoreRun& run, const ItemKind& kind, const EntryBuffer& entry
     ReportItemDone(kind.reportedAs, EntryStreamBytes(entry.bytes), IsWhole(run.item) && !run.declined);
 }
 
-void CopyStream(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, bool showCount)
+void CopyStream(RestoreRun& run, HANDLE temporary, DWORD offset, DWORD end, Shown shown)
 {
     ByteCounter counter = StartByteCounter(run.progress, TextRestoredCountFormat);
     const auto copied = [&](DWORD bytes, DWORD /*unused*/) {
         offset += bytes;
-        if (showCount) {
+        if (shown == Shown::StepAndCount) {
             run.restoredBytes += bytes;
             ShowBytes(counter, run.restoredBytes);
         }
@@ -96,7 +86,7 @@ HANDLE CreateTemporaryStream()
 
 // Copies the bytes of `entry` to the temporary stream, fewer if the data file ends before. False if there is no
 // temporary stream; otherwise the caller deletes it.
-bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, bool showCount)
+bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, Shown shown)
 {
     const DWORD start = EntryStartOffset(entry.bytes);
     if (SetFilePointer(run.dataFile, static_cast<LONG>(start), nullptr, FILE_BEGIN) == INVALID_SET_FILE_POINTER) {
@@ -108,39 +98,23 @@ bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, bool showCount)
         NoteFailure(run.item, GetLastError());
         return false;
     }
-    StepRunProgress(run.progress);
-    CopyStream(run, temporary, start, EntryEndOffset(entry.bytes), showCount);
+    if (shown != Shown::Nothing)
+        StepRunProgress(run.progress);
+    CopyStream(run, temporary, start, EntryEndOffset(entry.bytes), shown);
     if (!CloseHandle(temporary))
         NoteFailure(run.item, GetLastError());
     return true;
 }
 
-// Unpacks the temporary stream into a file. Whether the file was made; it isn't if the stream has no magic.
-bool Unpack(RestoreRun& run, const WCHAR* path)
+// Unpacks the temporary stream into a file. Whether the file was made; it isn't if the stream has no magic, or if there
+// is one already and `keepsOld`.
+bool Unpack(RestoreRun& run, const WCHAR* path, bool keepsOld = false)
 {
     StreamOutcome unpacked;
-    TargetMaking making;
-    (void)DecompressFile(TemporaryStreamPath, path, &unpacked, &making);
-    if (making.folderIsNew) {
-        CopyText(run.newFolder, FolderOf(path).size() + 1, path);
-        run.namesInIt = {HashOf(path)};
-    }
+    (void)DecompressFile(TemporaryStreamPath, path, &unpacked, keepsOld);
     if (!unpacked.whole)
         NoteFailure(run.item, unpacked.error);
     return unpacked.made != FALSE;
-}
-
-// As Unpack, but false if a file is there already. That isn't a failure of the item.
-bool UnpackIfNothingIsThere(RestoreRun& run, const WCHAR* path)
-{
-    StreamOutcome unpacked;
-    TargetMaking making = {.keepsOld = true};
-    (void)DecompressFile(TemporaryStreamPath, path, &unpacked, &making);
-    if (!unpacked.made && unpacked.error == ERROR_FILE_EXISTS)
-        return false;
-    if (!unpacked.whole)
-        NoteFailure(run.item, unpacked.error);
-    return true;
 }
 
 // Unpacks into a temporary file. False if a file at the path is the user's, which is neither used nor deleted.
@@ -184,7 +158,8 @@ bool OptionsAllow(RestoreRun& run, const WCHAR* name)
     if (OptionsReplace())
         return true;
     DWORD error = ERROR_SUCCESS;
-    if (IsMissing(name, error))
+    run.lastWasMissing = IsMissing(name, error);
+    if (run.lastWasMissing)
         return true;
     if (gOptions.restoreMode == RestoreModeAsk)
         return AskReplace(name);
@@ -201,37 +176,40 @@ bool IsToRestore(RestoreRun& run, const WCHAR* name)
     return !run.declined;
 }
 
-// Whether the file lies in a folder that this run has made, and the set has had no such name in it. Two names of the
-// same hash count as one.
-bool IsNewInNewFolder(RestoreRun& run, const WCHAR* name)
+void ShowRestored(RestoreRun& run, DWORD bytes)
 {
-    return run.newFolder[0] != 0 && FolderOf(name) == run.newFolder && run.namesInIt.insert(HashOf(name)).second;
+    StepRunProgress(run.progress);
+    ByteCounter counter = StartByteCounter(run.progress, TextRestoredCountFormat);
+    run.restoredBytes += bytes;
+    ShowBytes(counter, run.restoredBytes);
 }
 
-// Only another program can have made such a file, so its opening finds out, which saves a call for each file. If there
-// is one all the same, the options decide.
-void RestoreIntoNewFolder(RestoreRun& run, const EntryBuffer& entry)
+// Restores a small file that is likely missing without looking it up first, which saves a call on the host. Its opening
+// as a new file finds out. False if the file couldn't be made for any reason. Then the device is unchanged, and nothing
+// was shown.
+bool RestoreIfMissing(RestoreRun& run, const EntryBuffer& entry)
 {
-    const DWORD before = run.restoredBytes;
-    if (!CopyStreamOut(run, entry, true))
-        return;
-    if (!UnpackIfNothingIsThere(run, entry.name)) {
-        if (IsToRestore(run, entry.name))
-            (void)Unpack(run, entry.name);
-        else
-            run.restoredBytes = before;
+    const DWORD bytes = EntryStreamBytes(entry.bytes);
+    if (!run.lastWasMissing || bytes > MostTriedBytes)
+        return false;
+    bool made = false;
+    if (CopyStreamOut(run, entry, Shown::Nothing)) {
+        made = IsWhole(run.item) && Unpack(run, entry.name, true);
+        (void)DeleteFileW(TemporaryStreamPath);
     }
-    (void)DeleteFileW(TemporaryStreamPath);
+    if (made)
+        ShowRestored(run, bytes);
+    else
+        run.item = {};
+    return made;
 }
 
 void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
 {
     RestoreItem(run, KindOf(ItemKindFile), entry, [&] {
-        if (!OptionsReplace() && IsNewInNewFolder(run, entry.name)) {
-            RestoreIntoNewFolder(run, entry);
+        if (RestoreIfMissing(run, entry))
             return;
-        }
-        if (!IsToRestore(run, entry.name) || !CopyStreamOut(run, entry, true))
+        if (!IsToRestore(run, entry.name) || !CopyStreamOut(run, entry, Shown::StepAndCount))
             return;
         (void)Unpack(run, entry.name);
         (void)DeleteFileW(TemporaryStreamPath);
@@ -305,7 +283,7 @@ void MakeDatabase(RestoreRun& run, const WCHAR* imagePath, const WCHAR* name)
 void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
 {
     RestoreItem(run, KindOf(ItemKindDatabase), entry, [&] {
-        if (!CopyStreamOut(run, entry, true))
+        if (!CopyStreamOut(run, entry, Shown::StepAndCount))
             return;
         WCHAR imagePath[MAX_PATH];
         wsprintfW(imagePath, u"\\%s.CDB", entry.name);
@@ -346,7 +324,7 @@ void RestoreRegistry(RestoreRun& run)
         return;
     bool copied = false;
     RestoreItem(run, KindOf(ItemKindRegistry), gRegistryEntry, [&] {
-        copied = CopyStreamOut(run, gRegistryEntry, false);
+        copied = CopyStreamOut(run, gRegistryEntry, Shown::Step);
         if (copied)
             PassRegistryOn(run);
     });

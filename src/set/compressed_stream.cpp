@@ -136,30 +136,27 @@ BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
     return result;
 }
 
-// Makes each folder on the path, from the root on. A failure needs no check: the target can't be opened then. Whether
-// the last one is new.
-bool MakeFoldersOf(const WCHAR* path)
+// Makes each folder on the path, from the root on. A failure needs no check: the target can't be opened then.
+void MakeFoldersOf(const WCHAR* path)
 {
-    bool made = false;
     WCHAR prefix[MAX_PATH];
     const std::size_t characters = CopyText(prefix, path);
     for (std::size_t i = 1; i < characters; i++) {
         if (prefix[i] != u'\\')
             continue;
         prefix[i] = 0;
-        made = CreateDirectoryW(prefix, nullptr) != FALSE;
+        (void)CreateDirectoryW(prefix, nullptr);
         prefix[i] = u'\\';
     }
-    return made;
 }
 
-HANDLE OpenTargetWithFolders(const WCHAR* path, TargetMaking& making)
+HANDLE OpenTargetWithFolders(const WCHAR* path, bool keepsOld)
 {
-    const DWORD creation = making.keepsOld ? CREATE_NEW : CREATE_ALWAYS;
+    const DWORD creation = keepsOld ? CREATE_NEW : CREATE_ALWAYS;
     const HANDLE target = OpenTarget(path, creation);
-    if (target != INVALID_HANDLE_VALUE)
+    if (target != INVALID_HANDLE_VALUE || (keepsOld && GetLastError() != ERROR_PATH_NOT_FOUND))
         return target;
-    making.folderIsNew = MakeFoldersOf(path);
+    MakeFoldersOf(path);
     return OpenTarget(path, creation);
 }
 
@@ -222,13 +219,13 @@ BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
     }
 }
 
-BOOL UnpackTo(StreamReader& reader, const WCHAR* path, StreamOutcome& unpacked, TargetMaking& making)
+BOOL UnpackTo(StreamReader& reader, const WCHAR* path, StreamOutcome& unpacked, bool keepsOld)
 {
     if (ReadMagic(reader) != StreamFault::None) {
         NoteFailure(unpacked, ERROR_FILE_CORRUPT);
         return FALSE;
     }
-    const HANDLE file = OpenTargetWithFolders(path, making);
+    const HANDLE file = OpenTargetWithFolders(path, keepsOld);
     if (file == INVALID_HANDLE_VALUE) {
         NoteFailure(unpacked);
         return FALSE;
@@ -272,10 +269,9 @@ BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* outcom
     return result;
 }
 
-BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* outcome, TargetMaking* making)
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* outcome, bool keepsOld)
 {
     StreamOutcome unused;
-    TargetMaking usual;
     StreamOutcome& unpacked = outcome ? *outcome : unused;
     unpacked = {};
     if (!CodecWorks()) {
@@ -287,7 +283,7 @@ BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* out
         NoteFailure(unpacked);
         return FALSE;
     }
-    const BOOL result = UnpackTo(reader, target, unpacked, making ? *making : usual);
+    const BOOL result = UnpackTo(reader, target, unpacked, keepsOld);
     CloseHandle(reader.file);
     return result;
 }

@@ -3,6 +3,7 @@
 #include "engine_fixture.h"
 
 #include "kernel/job.h"
+#include "kernel/run_progress.h"
 
 #include "ce/dialog.h"
 #include "ce/outcome.h"
@@ -64,20 +65,6 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
         EXPECT_EQ(read("folder/b"), c.b);
         EXPECT_EQ(gUser.shownWith(u"ask "), c.questions);
     }
-    // The second file appears after the first one has made their folder.
-    writeSet(entryBytes(1, "\\folder\\b", 0, HelloBytes) + entryBytes(1, "\\folder\\c", 0, HelloBytes));
-    gUser.seesCount = [&] {
-        if (std::filesystem::exists(root() / "folder"))
-            write("folder/c", "new");
-    };
-    for (const bool replaces : {false, true}) {
-        removeAll("folder");
-        gOptions.restoreMode = RestoreModeAsk;
-        gUser.answers = {replaces};
-        restore();
-        EXPECT_EQ(read("folder/c"), replaces ? "hello" : "new");
-    }
-    gUser.seesCount = nullptr;
     std::filesystem::remove(set_ / "QLBX0001.QDT");
     write("a", "new");
     gUser.shown.clear();
@@ -85,6 +72,36 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
     EXPECT_EQ(read("a"), "new");
     EXPECT_EQ(gFileList->Count(), 0U);
     EXPECT_EQ(gUser.shownWith(u"open").size(), 0U) << "without a data file no restore begins";
+}
+
+TEST_F(RestoreRunTest, FileThatIsTriedInVainAfterAMissingOneLooksAsIfItHadBeenLookedUp)
+{
+    std::string entries;
+    for (const char* name : {"a", "old", "b", "c", "folder", "d", "con*", "e"})
+        entries += entryBytes(1, std::string("\\") + name, 0, HelloBytes);
+    writeSet(entries + entryBytes(1, "\\damaged", 1, HelloBytes));
+    std::filesystem::create_directory(root() / "folder");
+    write("old", "new");
+    write("damaged", "new");
+    gOptions.restoreMode = RestoreModeAsk;
+    gUser.answers = {false, true, false, true};
+    restore();
+    const std::string restored = "step; step; ", declined = "step; ";
+    const std::string transcript = gUser.transcript();
+    EXPECT_NE(transcript.find("message File: \\a; " + restored + "message File: \\old; ask replace \\old; " + declined +
+                              "message File: \\b; " + restored + "message File: \\c; " + restored +
+                              "message File: \\folder; ask replace \\folder; " + restored + "message File: \\d; " +
+                              restored + "message File: \\con*; ask replace \\con*; " + declined +
+                              "message File: \\e; " + restored + "message File: \\damaged; ask replace \\damaged; " +
+                              restored + "close"),
+              std::string::npos)
+        << transcript;
+    for (const char* name : {"a", "b", "c", "d", "e"})
+        EXPECT_EQ(read(name), "hello") << name;
+    EXPECT_EQ(read("old"), "new");
+    EXPECT_EQ(read("damaged"), "new");
+    EXPECT_FALSE(exists("BK000.TMP"));
+    EXPECT_EQ(platform::kernel::runProgress().made[0], 5U);
 }
 
 TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreReportedAndNoRestoreKeepsTheMarks)

@@ -32,17 +32,10 @@ struct PackedStream : StreamOutcome {
 // `packed` may be null.
 BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* packed = nullptr);
 
-// How the target of DecompressFile is made.
-struct TargetMaking {
-    bool keepsOld = false;     // an old target isn't replaced: error 80
-    bool folderIsNew = false;  // set by the call: it has made the target's folder
-};
-
 // Unpacks the stream `source` into the new file `target` and makes the folders that are missing on its path. An old
-// target is replaced.
+// target is replaced, or with `keepsOld` left: error 80.
 // 1: the stream was read to its end and each block was unpacked. The target can still lack bytes, and the stream its
 //    closing block: `unpacked` says whether it is whole.
 // 0: otherwise. If the source isn't a stream the target is unchanged, else it has the blocks before the fault.
-// `unpacked` and `making` may be null.
-BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* unpacked = nullptr,
-                    TargetMaking* making = nullptr);
+// `unpacked` may be null.
+BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* unpacked = nullptr, bool keepsOld = false);
