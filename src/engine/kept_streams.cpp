@@ -1,8 +1,13 @@
-// The streams lie one after another in chunks, each after a head, in the order of the entries. Writing and reading
+// The streams lie one after another in chunks, each after its numbers, in the order of the entries. Writing and reading
 // advance a position each. A record never crosses the end of a chunk: with less room than the largest record needs, the
 // next chunk is used.
+//
+// The numbers of a record are stored as differences from those of the record before it, which are small, in seven bits
+// a byte. What all kept sources have in common isn't stored: their device, that their stamps prove writes, and that no
+// other process had them open.
 #include "kept_streams.h"
 
+#include <array>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -11,23 +16,15 @@ namespace {
 
 constexpr DWORD ChunkBytes = 65536;
 constexpr DWORD Chunks = 128;
-constexpr DWORD MostStreamBytes = 2 * MostKeptSourceBytes;  // a longer stream isn't kept
 
-// Without what all kept sources have in common: that their stamps prove writes, and that no other process had them
-// open.
-struct KeptHead {
-    std::uint64_t device;
-    std::uint64_t inode;
-    std::int64_t writeSeconds;
-    std::int64_t changeSeconds;
-    std::uint64_t digest;
-    std::uint32_t writeNanoseconds;
-    std::uint32_t changeNanoseconds;
-    DWORD entry;
-    WORD readBytes;  // also the length in the stamp
-    WORD count;
-};
-static_assert(MostStreamBytes <= 0xFFFF);
+// Times are in nanoseconds since 1970. The length in the stamp is that of what was read.
+enum Number { Entry, Inode, Written, Changed, Digest, ReadBytes, StreamBytes, NumberCount };
+using Numbers = std::array<std::uint64_t, NumberCount>;
+
+constexpr std::uint64_t Nanoseconds = 1'000'000'000;
+constexpr std::uint64_t MostSeconds = 9'000'000'000;  // the nanoseconds fit 63 bits
+constexpr DWORD MostNumberBytes = 10;
+constexpr DWORD MostRecordBytes = NumberCount * MostNumberBytes + StreamPieceBytes;
 
 struct Position {
     DWORD chunk;
@@ -36,24 +33,63 @@ struct Position {
 
 std::unique_ptr<BYTE[]> gChunks[Chunks];
 bool gIsFull;
+std::uint64_t gDevice;  // of the sources
 Position gEnd;
+Numbers gWritten;  // of the last record
 Position gNext;
+Numbers gRead;           // of the last record that was read
+const BYTE* gReadBytes;  // its stream; null before the first
 
 BYTE* At(const Position& position)
 {
     return gChunks[position.chunk].get() + position.offset;
 }
 
-void Advance(Position& position, DWORD streamBytes)
+void Advance(Position& position, const BYTE* end)
 {
-    position.offset += static_cast<DWORD>(sizeof(KeptHead)) + streamBytes;
-    if (position.offset > ChunkBytes - sizeof(KeptHead) - MostStreamBytes)
+    position.offset = static_cast<DWORD>(end - gChunks[position.chunk].get());
+    if (position.offset > ChunkBytes - MostRecordBytes)
         position = {position.chunk + 1, 0};
 }
 
 bool IsBefore(const Position& position, const Position& end)
 {
     return position.chunk < end.chunk || (position.chunk == end.chunk && position.offset < end.offset);
+}
+
+// The sign goes to the lowest bit, so that small differences of both signs take few bytes.
+BYTE* PutDifference(BYTE* to, std::uint64_t difference)
+{
+    std::uint64_t rest = difference << 1 ^ (0 - (difference >> 63));
+    for (; rest >= 0x80; rest >>= 7)
+        *to++ = static_cast<BYTE>(rest | 0x80);
+    *to++ = static_cast<BYTE>(rest);
+    return to;
+}
+
+const BYTE* GetDifference(const BYTE* from, std::uint64_t& difference)
+{
+    std::uint64_t bits = 0;
+    for (unsigned shift = 0;; shift += 7) {
+        const BYTE byte = *from++;
+        bits |= std::uint64_t{byte & 0x7FU} << shift;
+        if (byte < 0x80)
+            break;
+    }
+    difference = bits >> 1 ^ (0 - (bits & 1));
+    return from;
+}
+
+void ReadNextRecord()
+{
+    const BYTE* from = At(gNext);
+    for (std::uint64_t& number : gRead) {
+        std::uint64_t difference = 0;
+        from = GetDifference(from, difference);
+        number += difference;
+    }
+    gReadBytes = from;
+    Advance(gNext, from + KeptBytes(static_cast<DWORD>(gRead[StreamBytes])));
 }
 
 bool MakeRoom()
@@ -64,10 +100,36 @@ bool MakeRoom()
     return !gIsFull;
 }
 
+bool IsInRange(std::int64_t seconds)
+{
+    return seconds >= 0 && static_cast<std::uint64_t>(seconds) < MostSeconds;
+}
+
 bool CanKeep(const SmallStream& stream, const FileStamp& source)
 {
-    return stream.bytes <= MostStreamBytes && stream.readBytes <= MostKeptSourceBytes && source.provesWrites &&
-           source.wasAlone && source.length == stream.readBytes;
+    const bool isFirst = gEnd.chunk == 0 && gEnd.offset == 0;
+    return stream.bytes <= StreamPieceBytes && stream.readBytes <= MostKeptSourceBytes && source.provesWrites &&
+           source.wasAlone && source.length == stream.readBytes && (isFirst || source.device == gDevice) &&
+           IsInRange(source.writeSeconds) && IsInRange(source.changeSeconds);
+}
+
+std::uint64_t TimeOf(std::int64_t seconds, std::uint32_t nanoseconds)
+{
+    return static_cast<std::uint64_t>(seconds) * Nanoseconds + nanoseconds;
+}
+
+// The stamp of the record that was read last.
+FileStamp StampRead()
+{
+    return {.device = gDevice,
+            .inode = gRead[Inode],
+            .length = gRead[ReadBytes],
+            .writeSeconds = static_cast<std::int64_t>(gRead[Written] / Nanoseconds),
+            .changeSeconds = static_cast<std::int64_t>(gRead[Changed] / Nanoseconds),
+            .writeNanoseconds = static_cast<std::uint32_t>(gRead[Written] % Nanoseconds),
+            .changeNanoseconds = static_cast<std::uint32_t>(gRead[Changed] % Nanoseconds),
+            .provesWrites = TRUE,
+            .wasAlone = TRUE};
 }
 
 }  // namespace
@@ -81,46 +143,33 @@ void KeepStream(DWORD entry, const SmallStream& stream, const FileStamp& source)
 {
     if (!CanKeep(stream, source) || !MakeRoom())
         return;
-    const KeptHead head = {.device = source.device,
-                           .inode = source.inode,
-                           .writeSeconds = source.writeSeconds,
-                           .changeSeconds = source.changeSeconds,
-                           .digest = stream.digest,
-                           .writeNanoseconds = source.writeNanoseconds,
-                           .changeNanoseconds = source.changeNanoseconds,
-                           .entry = entry,
-                           .readBytes = static_cast<WORD>(stream.readBytes),
-                           .count = static_cast<WORD>(stream.bytes)};
-    std::memcpy(At(gEnd), &head, sizeof head);
-    CopySmallStream(stream, At(gEnd) + sizeof head);
-    Advance(gEnd, head.count);
+    gDevice = source.device;
+    const Numbers numbers = {entry,
+                             source.inode,
+                             TimeOf(source.writeSeconds, source.writeNanoseconds),
+                             TimeOf(source.changeSeconds, source.changeNanoseconds),
+                             stream.digest,
+                             stream.readBytes,
+                             stream.bytes};
+    BYTE* to = At(gEnd);
+    for (std::size_t i = 0; i < NumberCount; i++)
+        to = PutDifference(to, numbers[i] - gWritten[i]);
+    CopyKeptBytes(stream, to);
+    Advance(gEnd, to + KeptBytes(stream.bytes));
+    gWritten = numbers;
 }
 
 KeptStream FindKeptStream(DWORD entry)
 {
-    while (IsBefore(gNext, gEnd)) {
-        KeptHead head = {};
-        std::memcpy(&head, At(gNext), sizeof head);
-        if (head.entry > entry)
-            break;
-        const BYTE* const bytes = At(gNext) + sizeof head;
-        Advance(gNext, head.count);
-        if (head.entry == entry)
-            return {.source = {.device = head.device,
-                               .inode = head.inode,
-                               .length = head.readBytes,
-                               .writeSeconds = head.writeSeconds,
-                               .changeSeconds = head.changeSeconds,
-                               .writeNanoseconds = head.writeNanoseconds,
-                               .changeNanoseconds = head.changeNanoseconds,
-                               .provesWrites = TRUE,
-                               .wasAlone = TRUE},
-                    .bytes = bytes,
-                    .count = head.count,
-                    .readBytes = head.readBytes,
-                    .digest = head.digest};
-    }
-    return {};
+    while ((!gReadBytes || gRead[Entry] < entry) && IsBefore(gNext, gEnd))
+        ReadNextRecord();
+    if (!gReadBytes || gRead[Entry] != entry)
+        return {};
+    return {.source = StampRead(),
+            .bytes = gReadBytes,
+            .count = static_cast<DWORD>(gRead[StreamBytes]),
+            .readBytes = static_cast<DWORD>(gRead[ReadBytes]),
+            .digest = gRead[Digest]};
 }
 
 void ForgetKeptStreams()
@@ -129,4 +178,6 @@ void ForgetKeptStreams()
         chunk = nullptr;
     gIsFull = false;
     gEnd = gNext = {};
+    gWritten = gRead = {};
+    gReadBytes = nullptr;
 }

@@ -13,17 +13,18 @@ inline constexpr std::uint64_t MostKeptSourceBytes = 2048;
 
 struct KeptStream {
     FileStamp source;   // from before the file was read
-    const BYTE* bytes;  // of the stream; null for none
+    const BYTE* bytes;  // KeptBytes(count) of the stream; null for none
     DWORD count;
     DWORD readBytes;  // of the source
     std::uint64_t digest;
 };
 
-// Whether there is room for further streams. They have 8 MB, which is enough for 80,000 files of a line of text.
+// Whether there is room for further streams. They have 8 MB, which is enough for 200,000 files of a line of text.
 bool IsRoomForKeptStream();
 
 // Keeps a packed stream for the entry of gFileList with this number, counted from 0. The numbers ascend. Without room,
-// or if the stamp can't prove that the file has not changed, the stream isn't kept.
+// or if the stamp can't prove that the file has not changed, the stream isn't kept. Neither is it if the file isn't on
+// the host's device of the first one.
 void KeepStream(DWORD entry, const SmallStream& stream, const FileStamp& source);
 
 // The stream that is kept for the entry, if any. The numbers ascend.

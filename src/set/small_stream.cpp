@@ -15,6 +15,9 @@ constexpr DWORD Pieces = 256;  // 1 MB
 constexpr DWORD BitsInWord = 64;
 static_assert(Pieces - 1 <= 0xFF);
 
+// The end of every stream: the length of the closing block, and the block.
+constexpr BYTE StreamEnd[4 + ClosingBlockBytes] = {ClosingBlockBytes, 0, 0, 0, 0x11, 0, 0};
+
 BYTE gPieces[Pieces][StreamPieceBytes];
 std::atomic<std::uint64_t> gTaken[Pieces / BitsInWord];
 std::atomic<DWORD> gFree = Pieces;
@@ -100,14 +103,21 @@ bool PackWhole(HANDLE file, SmallStream& stream, SmallStreamMemory& memory)
     stream.digest = gDigestsBlocks && bytes != 0 ? DigestWith(0, DigestOfBlock(memory.raw, bytes)) : 0;
     std::memcpy(memory.stream, StreamMagic, StreamMagicBytes);
     DWORD filled = StreamMagicBytes;
-    return (bytes == 0 || AppendBlock(memory.raw, bytes, memory, filled)) &&
-           AppendBlock(memory.raw, 0, memory, filled) && Keep(stream, memory.stream, filled);
+    if (bytes != 0 && !AppendBlock(memory.raw, bytes, memory, filled))
+        return false;
+    std::memcpy(memory.stream + filled, StreamEnd, sizeof StreamEnd);
+    return Keep(stream, memory.stream, filled + static_cast<DWORD>(sizeof StreamEnd));
 }
 
 void WriteBytes(Target& target, const SmallStream& stream)
 {
     if (stream.kept) {
-        Write(target, stream.kept, stream.bytes);
+        BYTE whole[StreamPieceBytes];
+        const DWORD kept = KeptBytes(stream.bytes);
+        std::memcpy(whole, StreamMagic, StreamMagicBytes);
+        std::memcpy(whole + StreamMagicBytes, stream.kept, kept);
+        std::memcpy(whole + StreamMagicBytes + kept, StreamEnd, sizeof StreamEnd);
+        Write(target, whole, stream.bytes);
         return;
     }
     for (DWORD i = 0; i < PiecesOf(stream.bytes); i++)
@@ -136,10 +146,9 @@ void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory
     CloseHandle(file);
 }
 
-void CopySmallStream(const SmallStream& stream, BYTE* bytes)
+void CopyKeptBytes(const SmallStream& stream, BYTE* bytes)
 {
-    for (DWORD i = 0; i < PiecesOf(stream.bytes); i++)
-        std::memcpy(bytes + i * StreamPieceBytes, gPieces[stream.pieces[i]], BytesInPiece(i, stream.bytes));
+    std::memcpy(bytes, gPieces[stream.pieces[0]] + StreamMagicBytes, KeptBytes(stream.bytes));
 }
 
 BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& packed)

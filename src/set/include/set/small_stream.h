@@ -22,7 +22,7 @@ struct SmallStream {
     DWORD bytes;           // of the stream
     DWORD readBytes;       // of the source
     std::uint64_t digest;  // as in PackedStream
-    const BYTE* kept;      // the bytes, if the caller keeps them; null if they are in the shared memory
+    const BYTE* kept;      // what CopyKeptBytes gave, if the caller keeps it; null if the shared memory has the bytes
     BYTE pieces[SmallStreamPieces];
 };
 
@@ -40,8 +40,15 @@ bool IsRoomForSmallStream();
 // the stream isn't packed.
 void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory, FileStamp* stamp = nullptr);
 
-// Copies the bytes of a packed stream to `bytes`, which has room for them.
-void CopySmallStream(const SmallStream& stream, BYTE* bytes);
+// How many bytes the caller has to keep of a stream with `streamBytes`: not those with which every stream begins and
+// ends.
+constexpr DWORD KeptBytes(DWORD streamBytes)
+{
+    return streamBytes - StreamMagicBytes - 4 - ClosingBlockBytes;
+}
+
+// Copies them out of a packed stream of at most StreamPieceBytes.
+void CopyKeptBytes(const SmallStream& stream, BYTE* bytes);
 
 // Writes a packed stream to the new file `target`, as CompressFile does, and gives its memory back. The stamp in
 // `packed` is empty.
