@@ -10,13 +10,13 @@
 //
 // These are sequentially consistent, so whoever reads a new number also sees the item that belongs to it.
 //
-// The second thread sleeps on gCalls when no item is left to begin. It reads gCalls before it looks for one. It isn't
-// woken for a few items: the run's thread begins whatever nobody has begun, so no item ever waits for it.
+// The second thread sleeps when no item is left to begin. It isn't woken for a few items: the run's thread begins
+// whatever nobody has begun, so no item ever waits for it.
 #include "thread_ahead.h"
 
-#include "ce/handle.h"
+#include "set/second_thread.h"
+
 #include "ce/text.h"
-#include "ce/thread.h"
 
 namespace {
 
@@ -29,10 +29,7 @@ std::atomic<DWORD> gOffered;
 AheadWork gWork;
 bool (*gHasRoom)();
 
-std::atomic<DWORD> gCalls;
-std::atomic<bool> gSleeps;
-std::atomic<bool> gStopping;
-std::atomic<bool> gThreadRuns;
+SecondThread gThreadAhead;
 
 SmallStreamMemory gRunMemory;
 SmallStreamMemory gSecondMemory;
@@ -69,35 +66,16 @@ bool WorkOnNext(SmallStreamMemory& memory)
     return true;
 }
 
-DWORD RunSecondThread(void* /*unused*/)
+bool WorkAhead()
 {
-    while (!gStopping) {
-        const DWORD calls = gCalls;
-        if (WorkOnNext(gSecondMemory))
-            continue;
-        gSleeps = true;
-        if (!gStopping)
-            gCalls.wait(calls);
-        gSleeps = false;
-    }
-    gThreadRuns = false;
-    gThreadRuns.notify_one();
-    return 0;
-}
-
-// Marks the second thread as awake at once, so that it isn't woken again before it sleeps the next time.
-void WakeSecondThread()
-{
-    gSleeps = false;
-    gCalls++;
-    gCalls.notify_one();
+    return WorkOnNext(gSecondMemory);
 }
 
 // A thread that is just about to sleep can be overlooked here. Then the next call wakes it.
 void WakeIfWorthwhile()
 {
-    if (gSleeps && gOffered - gBegun >= gAheadWakes && gHasRoom())
-        WakeSecondThread();
+    if (gThreadAhead.sleeps && gOffered - gBegun >= gAheadWakes && gHasRoom())
+        WakeSecondThread(gThreadAhead);
 }
 
 }  // namespace
@@ -108,22 +86,13 @@ void StartAhead(AheadWork work, bool (*hasRoom)())
     gBegun = gOffered = 0;
     gWork = work;
     gHasRoom = hasRoom;
-    gStopping = gSleeps = false;
-    gThreadRuns = work != nullptr;
-    if (!work)
-        return;
-    const HANDLE thread = CreateThread(nullptr, 0, RunSecondThread, nullptr, 0, nullptr);
-    if (thread)
-        CloseHandle(thread);
-    else
-        gThreadRuns = false;
+    if (work)
+        StartSecondThread(gThreadAhead, WorkAhead);
 }
 
 void StopAhead()
 {
-    gStopping = true;
-    WakeSecondThread();
-    gThreadRuns.wait(true);
+    StopSecondThread(gThreadAhead);
     for (; gTaken != gBegun; gTaken++)
         DropSmallStream(ItemOf(gTaken).stream);
 }

@@ -11,14 +11,11 @@
 // The blocks are a ring. gOldest and gCount say which of them are in use, and only the run's thread reads or writes
 // those two. The second thread looks at all blocks instead: one that isn't in use is never Offered.
 //
-// The second thread sleeps on gCalls. It reads gCalls before it looks for work, and every offer that it should notice
-// changes gCalls after the block is Offered. So an offer that it has overlooked makes its wait return at once.
-//
 // No call waits for a block that nobody works on. FinishBlock packs what is offered by itself, the oldest block first,
 // and waits only when the oldest block is Underway, which is then on the second thread.
 #include "set/block_pipeline.h"
 
-#include "ce/thread.h"
+#include "set/second_thread.h"
 
 namespace {
 
@@ -29,9 +26,7 @@ DWORD gCount;
 PackingMemory gRunMemory;
 PackingMemory gSecondMemory;
 
-std::atomic<DWORD> gCalls;
-std::atomic<bool> gStopping;
-std::atomic<bool> gThreadRuns;
+SecondThread gPackingThread;
 
 PipelinedBlock& BlockAt(DWORD index)
 {
@@ -53,25 +48,12 @@ bool WorkOn(PipelinedBlock& block, PackingMemory& memory)
     return true;
 }
 
-DWORD RunSecondThread(void* /*unused*/)
+bool WorkOnOffered()
 {
-    while (!gStopping) {
-        const DWORD calls = gCalls;
-        bool worked = false;
-        for (PipelinedBlock& block : gBlocks)
-            worked |= WorkOn(block, gSecondMemory);
-        if (!worked && !gStopping)
-            gCalls.wait(calls);
-    }
-    gThreadRuns = false;
-    gThreadRuns.notify_one();
-    return 0;
-}
-
-void WakeSecondThread()
-{
-    gCalls++;
-    gCalls.notify_one();
+    bool worked = false;
+    for (PipelinedBlock& block : gBlocks)
+        worked |= WorkOn(block, gSecondMemory);
+    return worked;
 }
 
 // The second thread isn't woken for a single block, which the run's thread finishes before another could begin, nor for
@@ -79,8 +61,8 @@ void WakeSecondThread()
 void Offer(PipelinedBlock& block, bool takesTime)
 {
     block.state = BlockState::Offered;
-    if (gThreadRuns && gCount > 1 && takesTime)
-        WakeSecondThread();
+    if (gPackingThread.runs && gCount > 1 && takesTime)
+        WakeSecondThread(gPackingThread);
 }
 
 bool WorkOnAnyBlock()
@@ -96,20 +78,12 @@ bool WorkOnAnyBlock()
 
 void StartPipelineThread()
 {
-    gStopping = false;
-    gThreadRuns = true;
-    const HANDLE thread = CreateThread(nullptr, 0, RunSecondThread, nullptr, 0, nullptr);
-    if (thread)
-        CloseHandle(thread);
-    else
-        gThreadRuns = false;
+    StartSecondThread(gPackingThread, WorkOnOffered);
 }
 
 void StopPipelineThread()
 {
-    gStopping = true;
-    WakeSecondThread();
-    gThreadRuns.wait(true);
+    StopSecondThread(gPackingThread);
 }
 
 PipelinedBlock& TakeBlock()
