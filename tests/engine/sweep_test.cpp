@@ -30,7 +30,8 @@ using platform::kernel::troublesOf;
 
 namespace {
 
-using Contents = std::map<std::string, std::string>;
+using Contents = std::map<std::string, std::string>;  // by the name below the root
+using Items = std::map<std::u16string, std::string>;  // by the path on the device
 
 const Contents Sources = {
     {"a.txt", "The first of the files."},
@@ -154,28 +155,37 @@ protected:
         return exists(name) && read(name) == sources_.at(name);
     }
 
-    // Whether a set of the card has the item with its whole content.
-    [[nodiscard]] bool isStored(const std::string& name) const
+    // What the sets of the card have completely, in one pass over each set.
+    [[nodiscard]] std::vector<Items> storedItems() const
     {
+        std::vector<Items> sets;
         std::error_code noSet;
         for (const auto& file : std::filesystem::directory_iterator(set_, noSet)) {
             const std::u16string path = u"\\Card\\QUILBOX\\" + file.path().stem().u16string();
-            if (file.path().extension() == ".QLT" && LoadList((path + u".QLT").c_str()) &&
-                decode(path + u".QDT", devicePath(name)) == sources_.at(name))
-                return true;
+            if (file.path().extension() == ".QLT" && LoadList((path + u".QLT").c_str()))
+                sets.push_back(decodeListed(path + u".QDT"));
         }
-        return false;
+        return sets;
     }
 
-    static std::optional<std::string> decode(const std::u16string& dataPath, const std::u16string& name)
+    [[nodiscard]] bool isStored(const std::vector<Items>& sets, const std::string& name) const
+    {
+        return std::ranges::any_of(sets, [&](const Items& items) {
+            const auto found = items.find(devicePath(name));
+            return found != items.end() && found->second == sources_.at(name);
+        });
+    }
+
+    // The items of the loaded list whose streams are whole.
+    static Items decodeListed(const std::u16string& dataPath)
     {
         const HANDLE data = open(dataPath, GENERIC_READ, OPEN_EXISTING);
-        std::optional<std::string> found;
+        Items found;
         ForEachEntry(gFileList, [&](const EntryBuffer& entry) {
             std::string raw;
-            if (name == entry.name && DecodeStream(data, EntryStartOffset(entry.bytes), EntryEndOffset(entry.bytes),
-                                                   collect, &raw) == StreamFault::None)
-                found = raw;
+            if (DecodeStream(data, EntryStartOffset(entry.bytes), EntryEndOffset(entry.bytes), collect, &raw) ==
+                StreamFault::None)
+                found[entry.name] = raw;
         });
         CloseHandle(data);
         return found;
@@ -184,8 +194,9 @@ protected:
     void expectNothingLost()
     {
         mount();
+        const std::vector<Items> sets = storedItems();
         for (const auto& [name, content] : sources_)
-            ASSERT_TRUE(isOnDevice(name) || isStored(name)) << name << " is lost";
+            ASSERT_TRUE(isOnDevice(name) || isStored(sets, name)) << name << " is lost";
     }
 
     void expectEachSourceKeptAndReported(const Way& way)
@@ -193,11 +204,12 @@ protected:
         mount();
         const bool noSet =
             !troublesOf(Trouble::Numbering, Troubled::File, Since::Job).empty() || !wasOffered(u"\\Card");
+        const std::vector<Items> sets = storedItems();
         for (const auto& [name, content] : sources_) {
             SCOPED_TRACE(name);
             const std::u16string path = devicePath(name);
             const bool kept = isOnDevice(name);
-            const bool stored = isStored(name);
+            const bool stored = isStored(sets, name);
             ASSERT_TRUE(kept || stored) << "lost";
             ASSERT_TRUE(stored || noSet || (way.full && isHidden(path)) || isReported(Trouble::Storing, path))
                 << "left out without a report";
@@ -344,11 +356,12 @@ TEST_F(SweepTest, KilledBackupLeavesACurrentLogAndNoEntryWithoutItsData)
         ASSERT_FALSE(std::filesystem::exists(set_ / "BKTMP.000"));
         if (!LoadList(u"\\Card\\QUILBOX\\QLBX0001.QLT"))
             continue;
+        const Items stored = decodeListed(u"\\Card\\QUILBOX\\QLBX0001.QDT");
         std::size_t listed = 0;
         for (const auto& [name, content] : sources_) {
-            const auto stored = decode(u"\\Card\\QUILBOX\\QLBX0001.QDT", devicePath(name));
-            ASSERT_TRUE(!stored || *stored == content) << name;
-            listed += stored ? 1 : 0;
+            const auto found = stored.find(devicePath(name));
+            ASSERT_TRUE(found == stored.end() || found->second == content) << name;
+            listed += found != stored.end() ? 1 : 0;
         }
         // The entry that was being written at the kill has no offsets yet.
         ASSERT_LE(gFileList->Count(), listed + 1);
@@ -369,7 +382,8 @@ TEST_F(SweepTest, BackupLosesNothingAndReportsWhatIsLeftOutWhereverTheCardIsFull
             expectEachSourceKeptAndReported(way);
             expectListsOfWholeEntries();
             ASSERT_FALSE(HasFatalFailure());
-            allStored = troublesOf(Trouble::Storing, Troubled::File, Since::Job).empty() && isStored("sub/run.txt");
+            allStored = troublesOf(Trouble::Storing, Troubled::File, Since::Job).empty() &&
+                        isStored(storedItems(), "sub/run.txt");
             ASSERT_LT(capacity, 10'000U) << "a card of any size is full";
         }
     }
