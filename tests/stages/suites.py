@@ -5,8 +5,9 @@
 Exit code: that of ctest.
 
 A suite that passed is run again when its command or its settings in the environment, one of the programs that it uses, or one
-of the files of the repository that it reads has changed. A compiled suite uses itself. A script uses the programs that its command names, or all of the build if
-it names none, and reads every script below tests/. A folder of the repository in the command is read whole.
+of the files of the repository that it reads has changed. A compiled suite uses itself. A script uses the programs that its
+command names, or else those in its own folder of programs (tests/CMakeLists.txt), or else all of the build. It reads every
+script below tests/. A folder of the repository in the command is read whole.
 """
 import functools
 import hashlib
@@ -31,9 +32,17 @@ def files_in(folder):
     return sorted(path for path in folder.rglob("*") if path.is_file())
 
 
-def inputs(build, words):
+def own_programs(build, properties):
+    """Those of a script that finds no others."""
+    settings = [line.partition("=") for p in properties if p["name"] == "ENVIRONMENT" for line in p["value"]]
+    folders = [pathlib.Path(value) for name, _, value in settings if name == "QUILLBOX_BIN"]
+    return [program for folder in folders if folder != build / "bin" for program in files_in(folder)]
+
+
+def inputs(build, words, properties):
     paths = [pathlib.Path(word) for word in words if word.startswith("/")]
     programs = [path for path in paths if build in path.parents and path.is_file()]
+    programs = programs or own_programs(build, properties)
     if not programs:
         programs = files_in(build / "bin") + files_in(build / "lib")
     scripts = SCRIPTS if any(path.suffix == ".py" for path in paths) else []
@@ -47,7 +56,7 @@ def state(build, suite):
                                                                       "FAIL_REGULAR_EXPRESSION")]
     settings = sorted(pair for pair in os.environ.items() if pair[0].startswith("QUILLBOX_") or pair[0].endswith("SAN_OPTIONS"))
     known = hashlib.sha256(json.dumps([suite["command"], properties, settings]).encode())
-    for path in inputs(build, suite["command"]):
+    for path in inputs(build, suite["command"], suite["properties"]):
         known.update(str(path).encode() + b"\0" + digest(path))
     return known.hexdigest()
 
