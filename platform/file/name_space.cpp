@@ -50,14 +50,22 @@ std::uint64_t measure(int folder)
     return readable ? measure(std::move(readable), counted) : 0;
 }
 
-std::vector<std::string> markedFilesIn(FolderReader& reader)
-{
+struct MarkedFiles {
     std::vector<std::string> names;
+    bool areAll = true;  // the host could say of each file whether it has the mark
+};
+
+MarkedFiles markedFilesIn(FolderReader& reader)
+{
+    MarkedFiles found;
     while (const auto name = reader.next()) {
-        if (isMarkedTemporary(reader.folder(), name->data()))
-            names.emplace_back(*name);
+        const std::optional<bool> isMarked = isMarkedTemporary(reader.folder(), name->data());
+        if (isMarked.value_or(false))
+            found.names.emplace_back(*name);
+        found.areAll = found.areAll && isMarked;
     }
-    return names;
+    found.areAll = found.areAll && reader.error() == 0;
+    return found;
 }
 
 }  // namespace
@@ -143,15 +151,15 @@ std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
     if (!mayHoldMarkedFiles(rootFolder()))
         return moved;
     FolderReader reader(Descriptor(openBelow(rootFolder(), ".", O_RDONLY | O_DIRECTORY)));
-    const std::vector<std::string> names = markedFilesIn(reader);
-    if (!names.empty())
+    const MarkedFiles found = markedFilesIn(reader);
+    if (!found.names.empty())
         (void)makeFolder(deviceFolder, Aside);  // it may exist; the opening below decides
     const Descriptor aside(openBelow(deviceFolder, Aside, O_RDONLY | O_DIRECTORY));
-    for (const std::string& name : names) {
+    for (const std::string& name : found.names) {
         if (moveFile(reader.folder(), name.c_str(), aside.get(), name.c_str(), true) == 0)
             moved.push_back(text::toDeviceName(name));
     }
-    if (moved.size() == names.size() && reader.error() == 0)
+    if (found.areAll && moved.size() == found.names.size())
         removeMark(rootFolder());
     return moved;
 }

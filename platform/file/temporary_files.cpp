@@ -23,10 +23,13 @@ void mark(int fileOrFolder)
     (void)writeExtended(fileOrFolder, MarkName, Value);
 }
 
-bool hasMark(int folder, const char* name)
+// Nothing if the host can't say.
+std::optional<bool> hasMark(int folder, const char* name)
 {
     std::array<char, 1> value{};
-    return readExtended(folder, name, MarkName, value) == 1;
+    const ssize_t result = readExtended(folder, name, MarkName, value);
+    const bool hasNone = result == -ENODATA || result == -EOPNOTSUPP || result == -ENOENT || result == -EPERM;
+    return result >= 0 || hasNone ? std::optional(result == 1) : std::nullopt;
 }
 
 bool isInRoot(const HostPath& path)
@@ -90,8 +93,6 @@ void TemporaryFiles::noteDeleted(const HostPath& path)
     if (!declared)
         return;
     declared->isOnHost = false;
-    if (std::exchange(declared->isMarked, false) && isInRoot(path) && --markedInRoot_ == 0)
-        removeMark(path.mount->folder());
     if (const auto file = std::exchange(declared->file, nullptr)) {
         const kernel::MutexLock lock(file->mutex());
         if (file->isInMemory())
@@ -105,14 +106,10 @@ void TemporaryFiles::expectMade(const HostPath& path) const
         mark(path.mount->folder());
 }
 
-void TemporaryFiles::noteMade(const HostPath& path, int file)
+void TemporaryFiles::noteMade(const HostPath& path, int file) const
 {
-    Declared* const declared = at(path);
-    if (!declared)
-        return;
-    mark(file);
-    if (!std::exchange(declared->isMarked, true) && isInRoot(path))
-        ++markedInRoot_;
+    if (at(path))
+        mark(file);
 }
 
 std::vector<TemporaryFiles::Nameless> TemporaryFiles::onTheWayTo(const HostPath& path) const
@@ -164,15 +161,18 @@ TemporaryFiles::Declared* TemporaryFiles::at(const HostPath& path)
     return const_cast<Declared*>(std::as_const(*this).at(path));
 }
 
-bool isMarkedTemporary(int folder, const char* name)
+std::optional<bool> isMarkedTemporary(int folder, const char* name)
 {
     HostStatus status = {};
-    return hasMark(folder, name) && readStatus(folder, name, status) == 0 && isFile(status);
+    const std::optional<bool> marked = hasMark(folder, name);
+    if (!marked.value_or(false))
+        return marked;
+    return readStatus(folder, name, status) == 0 ? std::optional(isFile(status)) : std::nullopt;
 }
 
 bool mayHoldMarkedFiles(int folder)
 {
-    return hasMark(folder, ".");
+    return hasMark(folder, ".").value_or(true);
 }
 
 void removeMark(int folder)

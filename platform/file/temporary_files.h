@@ -16,6 +16,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace platform::file {
@@ -42,10 +43,12 @@ public:
     // The file at the path was deleted, the nameless one or that of the host.
     void noteDeleted(const HostPath& path);
 
-    // Around the making of a file on the host, if its path is declared. The root folder gets its mark before the file
-    // has a name, so that a killed process leaves no marked file in a root without the mark.
+    // A file is about to be made on the host. If its path is declared and in the root folder, marks that folder, so
+    // that a killed process leaves no marked file in a root without the mark.
     void expectMade(const HostPath& path) const;
-    void noteMade(const HostPath& path, int file);
+
+    // The file was made. Marks it if its path is declared.
+    void noteMade(const HostPath& path, int file) const;
 
     struct Nameless {
         HostPath path;
@@ -63,7 +66,6 @@ private:
     struct Declared {
         HostPath path;
         bool isOnHost = false;  // something can stand at the path
-        bool isMarked = false;  // a file that was made there has the mark
         std::shared_ptr<SharedFile> file;
     };
     template <class Wanted>
@@ -73,14 +75,15 @@ private:
 
     std::vector<Declared> declared_;
     std::uint64_t made_ = 0;
-    std::size_t markedInRoot_ = 0;    // the root folder has the mark as long as one of them can be there
     TemporaryContent::Memory spare_;  // of the file that was deleted last
 };
 
 // A file on the host has a mark. If a killed process leaves it in the root, it is recognised by the mark whatever its
-// name is. The root folder is marked too, so that it is searched only if there can be such a file. On a file system
-// without extended attributes both stay unmarked.
-bool isMarkedTemporary(int folder, const char* name);
+// name is. The root folder is marked too, until a start has searched it. So a start searches it only if there can be
+// such a file. On a file system without extended attributes both stay unmarked.
+
+// Nothing if the host can't say.
+std::optional<bool> isMarkedTemporary(int folder, const char* name);
 
 bool mayHoldMarkedFiles(int folder);
 void removeMark(int folder);
