@@ -3,8 +3,8 @@
 // next chunk is used.
 //
 // The numbers of a record are stored as differences from those of the record before it, which are small, in seven bits
-// a byte. What all kept sources have in common isn't stored: their device, that their stamps prove writes, and that no
-// other process had them open.
+// a byte. What all kept sources have in common isn't stored: that their stamps prove writes, and that no other process
+// had them open.
 #include "kept_streams.h"
 
 #include <array>
@@ -18,7 +18,7 @@ constexpr DWORD ChunkBytes = 65536;
 constexpr DWORD Chunks = 128;
 
 // Times are in nanoseconds since 1970. The length in the stamp is that of what was read.
-enum Number { Entry, Inode, Written, Changed, Digest, ReadBytes, StreamBytes, NumberCount };
+enum Number { Entry, Device, Inode, Written, Changed, Digest, ReadBytes, StreamBytes, NumberCount };
 using Numbers = std::array<std::uint64_t, NumberCount>;
 
 constexpr std::uint64_t Nanoseconds = 1'000'000'000;
@@ -33,7 +33,6 @@ struct Position {
 
 std::unique_ptr<BYTE[]> gChunks[Chunks];
 bool gIsFull;
-std::uint64_t gDevice;  // of the sources
 Position gEnd;
 Numbers gWritten;  // of the last record
 Position gNext;
@@ -107,10 +106,9 @@ bool IsInRange(std::int64_t seconds)
 
 bool CanKeep(const SmallStream& stream, const FileStamp& source)
 {
-    const bool isFirst = gEnd.chunk == 0 && gEnd.offset == 0;
     return stream.bytes <= StreamPieceBytes && stream.readBytes <= MostKeptSourceBytes && source.provesWrites &&
-           source.wasAlone && source.length == stream.readBytes && (isFirst || source.device == gDevice) &&
-           IsInRange(source.writeSeconds) && IsInRange(source.changeSeconds);
+           source.wasAlone && source.length == stream.readBytes && IsInRange(source.writeSeconds) &&
+           IsInRange(source.changeSeconds);
 }
 
 std::uint64_t TimeOf(std::int64_t seconds, std::uint32_t nanoseconds)
@@ -121,7 +119,7 @@ std::uint64_t TimeOf(std::int64_t seconds, std::uint32_t nanoseconds)
 // The stamp of the record that was read last.
 FileStamp StampRead()
 {
-    return {.device = gDevice,
+    return {.device = gRead[Device],
             .inode = gRead[Inode],
             .length = gRead[ReadBytes],
             .writeSeconds = static_cast<std::int64_t>(gRead[Written] / Nanoseconds),
@@ -143,8 +141,8 @@ void KeepStream(DWORD entry, const SmallStream& stream, const FileStamp& source)
 {
     if (!CanKeep(stream, source) || !MakeRoom())
         return;
-    gDevice = source.device;
     const Numbers numbers = {entry,
+                             source.device,
                              source.inode,
                              TimeOf(source.writeSeconds, source.writeNanoseconds),
                              TimeOf(source.changeSeconds, source.changeNanoseconds),

@@ -23,8 +23,7 @@ struct KeptStream {
 bool IsRoomForKeptStream();
 
 // Keeps a packed stream for the entry of gFileList with this number, counted from 0. The numbers ascend. Without room,
-// or if the stamp can't prove that the file has not changed, the stream isn't kept. Neither is it if the file isn't on
-// the host's device of the first one.
+// or if the stamp can't prove that the file has not changed, the stream isn't kept.
 void KeepStream(DWORD entry, const SmallStream& stream, const FileStamp& source);
 
 // The stream that is kept for the entry, if any. The numbers ascend.
