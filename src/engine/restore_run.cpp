@@ -35,7 +35,7 @@ struct RestoreRun {
     DWORD restoredBytes = 0;      // of files and databases, copied out of the data file so far
     ItemOutcome item;             // of the current item
     bool declined = false;        // the options or the user keep what the device has in place of the current item
-    bool lastWasMissing = false;  // the device had no file of the name of the last one, when that mattered
+    bool lastWasMissing = false;  // the file that was looked up or made last didn't exist before
 };
 
 // The longest stream that is copied out before it is known whether its file may be restored.
@@ -180,13 +180,15 @@ void ShowRestored(RestoreRun& run, DWORD bytes)
 {
     StepRunProgress(run.progress);
     ByteCounter counter = StartByteCounter(run.progress, TextRestoredCountFormat);
-    run.restoredBytes += bytes;
-    ShowBytes(counter, run.restoredBytes);
+    for (DWORD shown = 0; shown < bytes; shown += PieceBytes) {
+        run.restoredBytes += std::min(PieceBytes, bytes - shown);
+        ShowBytes(counter, run.restoredBytes);
+    }
 }
 
 // Restores a small file that is likely missing without looking it up first, which saves a call on the host. Its opening
-// as a new file finds out. False if the file couldn't be made for any reason. Then the device is unchanged, and nothing
-// was shown.
+// as a new file finds out. False if the file couldn't be made for any reason. Then no file has changed, and nothing was
+// shown.
 bool RestoreIfMissing(RestoreRun& run, const EntryBuffer& entry)
 {
     const DWORD bytes = EntryStreamBytes(entry.bytes);

@@ -19,8 +19,8 @@ struct SecondThread {
 // the other calls do nothing.
 void StartSecondThread(SecondThread& thread, bool (*work)());
 
-// Wakes the thread. What the run's thread wrote before is seen by the work() that follows. A thread that is about to
-// sleep can still have `sleeps` false. It isn't overlooked: its wait returns at once.
+// Wakes the thread, also one that is about to sleep and still has `sleeps` false. What the run's thread wrote before is
+// seen by the work() that follows.
 void WakeSecondThread(SecondThread& thread);
 
 // Lets the work() that has begun end, and waits until the thread has ended. Does nothing if it doesn't run.
