@@ -74,17 +74,18 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
     EXPECT_EQ(gUser.shownWith(u"open").size(), 0U) << "without a data file no restore begins";
 }
 
-TEST_F(RestoreRunTest, FileThatIsTriedInVainAfterAMissingOneLooksAsIfItHadBeenLookedUp)
+TEST_F(RestoreRunTest, FileThatExistsAfterAMissingOneIsAskedForAndReportedAsUsual)
 {
     std::string entries;
     for (const char* name : {"a", "old", "b", "c", "folder", "d", "con*", "e"})
         entries += entryBytes(1, std::string("\\") + name, 0, HelloBytes);
-    writeSet(entries + entryBytes(1, "\\damaged", 1, HelloBytes));
+    entries += entryBytes(1, "\\damaged", 1, HelloBytes);
+    writeSet(entries + entryBytes(1, "\\f", 0, HelloBytes) + entryBytes(1, "\\old", 0, HelloBytes));
     std::filesystem::create_directory(root() / "folder");
     write("old", "new");
     write("damaged", "new");
     gOptions.restoreMode = RestoreModeAsk;
-    gUser.answers = {false, true, false, true};
+    gUser.answers = {false, true, false, true, false};
     restore();
     const std::string restored = "step; step; ", declined = "step; ";
     const std::string transcript = gUser.transcript();
@@ -93,15 +94,16 @@ TEST_F(RestoreRunTest, FileThatIsTriedInVainAfterAMissingOneLooksAsIfItHadBeenLo
                               "message File: \\folder; ask replace \\folder; " + restored + "message File: \\d; " +
                               restored + "message File: \\con*; ask replace \\con*; " + declined +
                               "message File: \\e; " + restored + "message File: \\damaged; ask replace \\damaged; " +
-                              restored + "close"),
+                              restored + "message File: \\f; " + restored + "message File: \\old; ask replace \\old; " +
+                              declined + "close"),
               std::string::npos)
         << transcript;
-    for (const char* name : {"a", "b", "c", "d", "e"})
+    for (const char* name : {"a", "b", "c", "d", "e", "f"})
         EXPECT_EQ(read(name), "hello") << name;
     EXPECT_EQ(read("old"), "new");
     EXPECT_EQ(read("damaged"), "new");
     EXPECT_FALSE(exists("BK000.TMP"));
-    EXPECT_EQ(platform::kernel::runProgress().made[0], 5U);
+    EXPECT_EQ(platform::kernel::runProgress().made[0], 6U);
 }
 
 TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreReportedAndNoRestoreKeepsTheMarks)
