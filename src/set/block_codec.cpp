@@ -9,14 +9,16 @@ static_assert(sizeof(PackingMemory) == LZO1X_1_MEM_COMPRESS);
 
 namespace {
 
-// The instructions of a block (docs/format.md, "LZO1X"), of which only the literal runs are of interest.
+// A position in the instructions of a packed block (docs/format.md, "LZO1X"). The functions below evaluate only the
+// literals, the raw bytes that the block contains unchanged.
 struct Instructions {
     const BYTE* next;
     const BYTE* end;
-    DWORD state;  // literals at the end of the instruction before, at most 4
+    DWORD state;  // number of literals at the end of the previous instruction, at most 4
 };
 
-// A first byte above this is a run of as many more literals.
+// If the first byte of a block is above this value, the block begins with literals. Their number is the byte minus this
+// value.
 constexpr DWORD FirstRunBase = 17;
 constexpr DWORD ManyLiterals = 4;
 
@@ -33,14 +35,14 @@ DWORD TakeLongLength(Instructions& block, DWORD base)
     return base + Take(block);
 }
 
-// Takes the two bytes whose low bits are the number of literals after a match.
+// Takes two bytes as one number. The two low bits of this number are the number of literals after a match.
 DWORD TakeWord(Instructions& block)
 {
     const DWORD low = Take(block);
     return low | Take(block) << 8;
 }
 
-// Takes an instruction without its literals, whose number it returns.
+// Takes the bytes of an instruction, but not the literals after them. Returns the number of these literals.
 DWORD TakeInstruction(Instructions& block)
 {
     const DWORD code = Take(block);
@@ -56,7 +58,7 @@ DWORD TakeInstruction(Instructions& block)
     return TakeWord(block) & 3;
 }
 
-// False at the end of the block.
+// Skips the literals of a run. Returns false at the end of the block.
 bool SkipRun(Instructions& block, DWORD literals)
 {
     block.state = std::min(literals, ManyLiterals);
@@ -72,7 +74,7 @@ bool CodecWorks()
     return works;
 }
 
-// The CRC-32 of the library takes longer than packing.
+// The library's CRC-32 isn't used, since it takes longer than packing.
 std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes)
 {
     return std::hash<std::string_view>()({reinterpret_cast<const char*>(raw), rawBytes});
@@ -90,7 +92,7 @@ bool PackBlock(const BYTE* raw, DWORD rawBytes, BYTE* packed, DWORD& packedBytes
 bool UnpackBlock(const BYTE* packed, DWORD packedBytes, BYTE* raw, DWORD& rawBytes)
 {
     lzo_uint produced = RawBlockBytes;
-    // The checking decoder, since a set can come from anywhere.
+    // A set can come from anywhere, so a block can be malformed. This decoder checks all lengths.
     const bool good = lzo1x_decompress_safe(packed, packedBytes, raw, &produced, nullptr) == LZO_E_OK;
     rawBytes = static_cast<DWORD>(produced);
     return good;

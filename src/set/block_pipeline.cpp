@@ -1,18 +1,18 @@
-// Who may touch a block:
+// Which thread may access a block in which state:
 //
 //   Idle       the run's thread, which reads into it
 //   Offered    nobody, until a thread changes the state to Underway
-//   Underway   the thread that made that change: one compare-and-exchange decides between the two
+//   Underway   the thread that made that change; a compare-and-exchange lets only one of the two threads make it
 //   Finished   the run's thread, which writes the result to a file
 //
-// `state` is the only field that both threads access at the same time. It is sequentially consistent, so whoever reads
-// a new state also sees what the other thread wrote into the block before it.
+// `state` is the only field that both threads access at the same time. It is sequentially consistent. So a thread that
+// reads a new state also sees what the other thread wrote into the block before it set that state.
 //
-// The blocks are a ring. gOldest and gCount say which of them are in use, and only the run's thread reads or writes
-// those two. The second thread looks at all blocks instead: one that isn't in use is never Offered.
+// The blocks form a ring. gOldest and gCount say which of them are in use. Only the run's thread reads or writes these
+// two variables. The second thread looks at all blocks instead, since a block that isn't in use is never Offered.
 //
-// No call waits for a block that nobody works on. FinishBlock packs what is offered by itself, the oldest block first,
-// and waits only when the oldest block is Underway, which is then on the second thread.
+// No call waits for a block that no thread works on. FinishBlock packs and unpacks Offered blocks itself, the oldest
+// first. It waits only if no block is Offered and the second thread still works on the oldest one.
 #include "set/block_pipeline.h"
 
 #include "set/second_thread.h"
@@ -33,7 +33,7 @@ PipelinedBlock& BlockAt(DWORD index)
     return gBlocks[(gOldest + index) % PipelinedBlocks];
 }
 
-// False if the block isn't offered, or the other thread was faster.
+// Packs or unpacks the block if it is Offered. Returns false if it isn't, or if the other thread has begun it first.
 bool WorkOn(PipelinedBlock& block, PackingMemory& memory)
 {
     BlockState expected = BlockState::Offered;
@@ -56,8 +56,9 @@ bool WorkOnOffered()
     return worked;
 }
 
-// The second thread isn't woken for a single block, which the run's thread finishes before another could begin, nor for
-// one that takes less time than waking.
+// Makes the block Offered and usually wakes the second thread. In two cases this thread isn't woken. If this is the
+// only block in the pipeline, the run's thread finishes it before the second thread could begin. If `takesTime` is
+// false, the work on the block takes less time than waking the thread.
 void Offer(PipelinedBlock& block, bool takesTime)
 {
     block.state = BlockState::Offered;
@@ -119,8 +120,8 @@ const PipelinedBlock& FinishBlock()
     return block;
 }
 
-// A block that is still Offered is taken back. For one that is Underway there is nothing to do but wait, since the
-// second thread writes into it.
+// Takes back each block that is still Offered. Waits for each block that is Underway, since the second thread still
+// writes into it.
 void EmptyPipeline()
 {
     for (DWORD i = 0; i < gCount; i++) {

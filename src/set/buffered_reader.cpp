@@ -7,7 +7,8 @@
 
 namespace {
 
-// The bytes after the failure can't be read in their order any more, so the reader ends here.
+// Notes the error. After a failed read the rest of the file can't be read in order any more, so only the bytes in the
+// buffer are left.
 void Fail(BufferedReader& reader, DWORD error)
 {
     reader.readError = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;

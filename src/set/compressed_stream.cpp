@@ -1,9 +1,11 @@
-// Both directions work alike: as many blocks as the pipeline takes are read and offered, then the oldest one is awaited
-// and written. So the run's thread reads and writes in the order of the file while the blocks between are packed.
+// Packing and unpacking work in the same way. The run's thread reads blocks and offers them until the pipeline is full
+// (block_pipeline.h). Then it waits until the oldest block is finished, and writes that block. So it reads and writes
+// in the order of the file. Meanwhile the blocks that it has read and not yet written are packed or unpacked.
 //
-// The result of a call and its outcome differ on purpose. The result says whether the source could be processed to its
-// end, which decides what a run does next and logs. The outcome says whether nothing is missing from the target, which
-// decides whether an item is reported and its source deleted. A write that fails therefore changes only the outcome.
+// The result of CompressFile and DecompressFile differs from the outcome (StreamOutcome) on purpose. The result says
+// whether the source could be processed to its end. What a run does next and logs depends on the result. The outcome
+// says whether the target is complete. Whether the item is reported, and whether its source is deleted, depends on the
+// outcome. A write that fails therefore changes only the outcome.
 #include "set/compressed_stream.h"
 
 #include "set/block_pipeline.h"
@@ -19,7 +21,7 @@
 
 namespace {
 
-// Gathers the small pieces of a stream, so that a small stream takes one write.
+// Gathers the small pieces of a stream, so that a small stream is written by one call.
 struct StreamWriter {
     Target target;
     DWORD filled;
@@ -33,7 +35,7 @@ void WriteGathered(StreamWriter& writer)
     writer.filled = 0;
 }
 
-// A piece that is larger than the buffer is written directly, after those before it.
+// A piece that is larger than the buffer is written directly, after the bytes in the buffer.
 void Put(StreamWriter& writer, const void* bytes, DWORD count)
 {
     if (count > sizeof writer.bytes - writer.filled)
@@ -48,14 +50,14 @@ void Put(StreamWriter& writer, const void* bytes, DWORD count)
 
 struct SourceReader {
     HANDLE file;
-    DWORD wanted;  // after a short read, later reads ask for no more than it returned
-    bool atEnd;    // the last read met the end: its block, usually one of no raw bytes, closes the stream
+    DWORD wanted;  // size of the next read; after a short read it is what that read returned
+    bool atEnd;    // the last read reached the end; its block closes the stream and usually has no raw bytes
     bool failed;
     std::uint64_t bytes;   // read so far
     std::uint64_t digest;  // of the blocks that are packed
 };
 
-// Reads the next block and offers it to the pipeline. False if the read fails: then no block is offered.
+// Reads the next block and offers it to the pipeline. If the read fails, returns false and offers no block.
 bool OfferNextBlock(SourceReader& source)
 {
     PipelinedBlock& block = TakeBlock();
@@ -71,7 +73,7 @@ bool OfferNextBlock(SourceReader& source)
 }
 
 // Keeps the pipeline full while there is something to read, and writes the blocks in their order. After a failed read
-// the blocks before it are still written.
+// the blocks that were read earlier are still written.
 BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
 {
     DWORD offered = 0;
@@ -97,7 +99,8 @@ BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
     return TRUE;
 }
 
-// After a failure blocks can still be in the pipeline. They must be dropped, since the next stream uses it too.
+// After a failure blocks can still be in the pipeline. They must be dropped, since the next stream uses the same
+// pipeline.
 BOOL PackAll(SourceReader& source, StreamWriter& writer)
 {
     Put(writer, StreamMagic, StreamMagicBytes);
@@ -107,16 +110,17 @@ BOOL PackAll(SourceReader& source, StreamWriter& writer)
     return result;
 }
 
-// A read of 0 bytes counts as the end of the source, but a failing disk can return one before it. More bytes than the
-// length are fine: the source has grown meanwhile.
+// Notes a failure if fewer bytes were read than the source had before the first read. A read of 0 bytes is treated as
+// the end of the source, but a failing disk can return 0 bytes earlier. If more bytes were read, the source has grown
+// meanwhile. This isn't a failure.
 void CheckLength(const SourceReader& source, PackedStream& packed)
 {
     if (source.bytes < packed.source.length)
         NoteFailure(packed, ERROR_HANDLE_EOF);
 }
 
-// The stamp is taken before the first read: a source that changes while it is read no longer matches it, and isn't
-// deleted.
+// Packs the source. Takes the source's stamp, which has its length and times, before the first read. If the source
+// changes while it is read, it no longer matches the stamp. So the source isn't deleted after the backup.
 BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
 {
     if (!GetFileStamp(from, &packed.source))
@@ -136,7 +140,8 @@ BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
     return result;
 }
 
-// Makes each folder on the path, from the root on. A failure needs no check: the target can't be opened then.
+// Makes the folders of the path, beginning at the root. Failures aren't checked here, since opening the target fails if
+// a folder is missing.
 void MakeFoldersOf(const WCHAR* path)
 {
     WCHAR prefix[MAX_PATH];
@@ -160,14 +165,14 @@ HANDLE OpenTargetWithFolders(const WCHAR* path, bool keepsOld)
     return OpenTarget(path, creation);
 }
 
-// The unpacked blocks of a stream, in their order.
+// Receives the unpacked blocks of a stream, in their order.
 struct BlockSink {
     Target target;
     bool closed;    // the last block had no raw bytes
-    bool overlong;  // a block followed one of no raw bytes
+    bool overlong;  // a block followed the closing block
 };
 
-// A stream that is closed more than once is damaged, but its blocks are written all the same.
+// Writes the raw bytes of a block. Blocks after the closing block are written too, although such a stream is damaged.
 void TakeUnpacked(BlockSink& sink, const PipelinedBlock& block)
 {
     sink.overlong |= sink.closed;
@@ -176,8 +181,9 @@ void TakeUnpacked(BlockSink& sink, const PipelinedBlock& block)
         Write(sink.target, block.raw, block.rawBytes);
 }
 
-// Reads the next block and offers it. False if there is none, because the stream has ended or can't be read any
-// further.
+// Reads the next block and offers it to the pipeline. Returns false if there is no block to offer. In that case
+// `readable` becomes true at the end of the stream, and false if the stream is damaged or a block can't be read. If the
+// read of a block's length fails, the outcome notes the failure, but `readable` becomes true as at the end.
 bool OfferNextPackedBlock(StreamReader& reader, StreamOutcome& outcome, bool& readable)
 {
     PipelinedBlock& block = TakeBlock();
@@ -194,8 +200,8 @@ bool OfferNextPackedBlock(StreamReader& reader, StreamOutcome& outcome, bool& re
     return true;
 }
 
-// The stream ends where the file ends. The closing block is unpacked like any other. A last block that is shorter than
-// its length says is unpacked too, if that succeeds: then the result is TRUE, but the outcome isn't whole.
+// The stream ends where the file ends. The closing block is unpacked like any other block. A last block that is shorter
+// than its length field says is unpacked too. If that succeeds, the result is TRUE, but the outcome isn't whole.
 BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
 {
     bool more = true;

@@ -71,7 +71,7 @@ void PutHeader(ImageWriter& writer, const CEDBASEINFO& info)
     }
 }
 
-// A type without a value in the format has only its id and flags.
+// If the property's type has no value in the format, writes only the id and the flags.
 void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
 {
     PutValue(writer, property.propid);
@@ -100,10 +100,11 @@ void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
     PutValue(writer, property.wFlags);
 }
 
-// False if the record can't be read. An empty record is written instead, because the header already has their number.
+// Writes the current record. If it can't be read, returns false and writes an empty record instead, because the image
+// needs as many records as its header says.
 bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
 {
-    // The call enlarges the buffer for a large record. The next record begins with a small one again.
+    // CeReadRecordProps enlarges the buffer for a large record. Each record begins with a small buffer.
     auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, RecordBufferBytes));
     DWORD bytes = buffer ? RecordBufferBytes : 0;
     WORD count = 0;
@@ -120,8 +121,8 @@ bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
     return read;
 }
 
-// Writes the records from the last to the first, exactly `expected` of them. False if the database has more or fewer,
-// or one can't be read.
+// Writes the records from the last to the first, exactly `expected` of them. Returns false if the database has more or
+// fewer records, or if a record can't be read.
 bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
 {
     bool complete = true;
@@ -140,7 +141,8 @@ bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
     return complete;
 }
 
-// Whether all records were read. TRUE also if the image can't be created: then there is no file, and packing it fails.
+// Writes the image file. Returns whether all records were read. Also returns TRUE if the image file can't be created.
+// In that case `made` is unchanged.
 BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* name, BOOL& made)
 {
     WCHAR path[MAX_PATH];

@@ -1,11 +1,12 @@
-// A restore first settles which databases it replaces, then reads the image into the store.
+// A restore first determines which databases it replaces. Then it reads the image and writes its records into the
+// store.
 //
-// If it replaces any, the deletion of the old ones and all records of the new one are one change of the store, which is
-// undone when a record can't be restored. If it replaces none, there is nothing to protect: the records that can be
-// restored are kept.
+// If a restore replaces databases, it deletes them and writes all records of the new database in one change of the
+// store. If a record can't be restored, this change is undone. If a restore replaces no database, only the records that
+// can't be restored are missing.
 //
-// The reader continues after a record that is damaged but whose length is known. A record whose length isn't known is
-// the last one that is read.
+// After a damaged record the reader continues if it knows the length of the record. Otherwise that record is the last
+// one that it reads.
 #include "set/database_image.h"
 #include "set/image_reader.h"
 #include "set/set_questions.h"
@@ -22,14 +23,15 @@ namespace {
 
 constexpr DWORD ExtensionChars = 4;  // ".CDB"
 
-// Databases that the user has agreed to replace: that with the name in the path, and that with the name in the image.
+// The databases that the user has agreed to replace, at most two. One has the name from the path, and one has the name
+// in the image.
 struct ReplacedDatabases {
     CEOID oids[2];
     DWORD count;
 };
 
-// The name is the path between the root and the extension. A folder is part of it, so that "sub\Target" is another
-// database than "Target".
+// Writes the database's name, which is the path without the leading backslash and the extension. The name includes the
+// folders, so "sub\Target" is a different database from "Target".
 void NameOfPath(WCHAR (&name)[NameChars], const WCHAR* imagePath)
 {
     CopyText(name, *imagePath == u'\\' ? imagePath + 1 : imagePath);
@@ -37,7 +39,7 @@ void NameOfPath(WCHAR (&name)[NameChars], const WCHAR* imagePath)
     name[length - std::min<std::size_t>(length, ExtensionChars)] = 0;
 }
 
-// 0 with the last error if it can't be opened.
+// Returns 0 and sets the last error if the database can't be opened.
 CEOID FindDatabase(const WCHAR* name)
 {
     CEOID oid = 0;
@@ -56,12 +58,13 @@ bool MayReplace(const WCHAR* name)
     return may;
 }
 
-// Asks the user if there is a database of this name that hasn't been asked for yet. RestoreDone if it may be replaced
-// or there is none.
+// If a database of this name exists and the user hasn't been asked about it yet, asks whether it may be replaced.
+// Returns RestoreDone if it may be replaced or doesn't exist.
 RestoreResult AskToReplace(ReplacedDatabases& replaced, const WCHAR* name)
 {
     const CEOID oid = FindDatabase(name);
-    // No database can have a name that the store refuses.
+    // No database can have an invalid name, and the store refuses such a name by ERROR_INVALID_PARAMETER. So this error
+    // also means that there is no such database.
     if (oid == 0 && GetLastError() != ERROR_FILE_NOT_FOUND && GetLastError() != ERROR_INVALID_PARAMETER)
         return RestoreFailed;
     if (oid == 0 || std::find(replaced.oids, replaced.oids + replaced.count, oid) != replaced.oids + replaced.count)
@@ -72,7 +75,8 @@ RestoreResult AskToReplace(ReplacedDatabases& replaced, const WCHAR* name)
     return RestoreDone;
 }
 
-// Opens a new database, or the old one if that couldn't be deleted. The store takes at most CEDB_MAXSORTORDER orders.
+// Creates a database and opens it. If an old database of this name couldn't be deleted, opens the old database. The new
+// database gets at most CEDB_MAXSORTORDER sort orders, because the store accepts no more.
 HANDLE MakeDatabase(const ImageHeader& header)
 {
     CEOID oid =
@@ -82,7 +86,8 @@ HANDLE MakeDatabase(const ImageHeader& header)
     return CeOpenDatabase(&oid, header.name, 0, CEDB_AUTOINCREMENT, nullptr);
 }
 
-// Each function from here on returns 0, or the error of the first thing that isn't restored.
+// Each of the following functions with a DWORD result returns 0 for success. Otherwise it returns the error of the
+// first part that couldn't be restored.
 
 DWORD EmptyDatabase(HANDLE database)
 {
@@ -105,7 +110,8 @@ void SkipProperties(ImageReader& reader, WORD count)
         count--;
 }
 
-// Reads `count` properties and writes them as one record in one call, so that a killed restore leaves no part of one.
+// Reads `count` properties and writes them as one record in one call. So the database has no incomplete record, even if
+// the process is killed.
 DWORD RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* properties, WORD count)
 {
     WORD read = 0;
@@ -122,7 +128,7 @@ DWORD RestoreProperties(ImageReader& reader, HANDLE database, CEPROPVAL* propert
     return error;
 }
 
-// A record without properties is left out.
+// Reads a record and writes it to the database. A record without properties isn't written.
 DWORD RestoreRecord(ImageReader& reader, HANDLE database)
 {
     WORD count = 0;
@@ -144,7 +150,8 @@ DWORD RestoreRecord(ImageReader& reader, HANDLE database)
     return error;
 }
 
-// Stops at the first record that can't be restored if `allOrNone`; otherwise it restores the others.
+// If `allOrNone`, stops at the first record that can't be restored. Otherwise restores the remaining records. Returns
+// the first error.
 DWORD RestoreRecords(ImageReader& reader, HANDLE database, WORD records, bool allOrNone)
 {
     DWORD first = 0;
@@ -164,7 +171,7 @@ DWORD FillDatabase(ImageReader& reader, const ImageHeader& header, bool allOrNon
     DWORD error = EmptyDatabase(database);
     if (error == 0)
         error = RestoreRecords(reader, database, header.recordCount, allOrNone);
-    // Outside of a store change the close writes the records to the disk.
+    // Outside of a store change, closing the database writes the records to the disk.
     if (!CloseHandle(database) && error == 0)
         error = GetLastError();
     return error;

@@ -19,7 +19,7 @@ bool HasSize(CEPROPID property)
     return IsText(property) || LOWORD(property) == CEVT_BLOB;
 }
 
-// The size of a value whose type determines it.
+// Returns the size of a value if its type determines the size. Otherwise returns 0.
 DWORD FixedBytes(CEPROPID property)
 {
     switch (LOWORD(property)) {
@@ -43,7 +43,8 @@ BOOL Fail(ImageReader& reader, DWORD error)
     return FALSE;
 }
 
-// After a value whose size isn't known nothing can be read.
+// Notes the error and leaves nothing to read. If the size of a value isn't known, the position of the next value isn't
+// known either.
 BOOL End(ImageReader& reader)
 {
     reader.next = reader.filled;
@@ -51,7 +52,8 @@ BOOL End(ImageReader& reader)
     return Fail(reader, reader.readError != ERROR_SUCCESS ? reader.readError : ERROR_HANDLE_EOF);
 }
 
-// A NUL before the last character ends the name there.
+// Reads a database's name and returns whether it is valid. If a NUL comes before the last character, the name ends at
+// that NUL.
 bool TakeName(ImageReader& reader, WCHAR (&name)[NameChars])
 {
     DWORD bytes = 0;
@@ -72,14 +74,15 @@ bool TakeSortSpecs(ImageReader& reader, ImageHeader& header)
     return true;
 }
 
-// The bytes that count towards MaxRecordContent: those of a text without its NUL.
+// Returns how many bytes of a value count towards MaxRecordContent, the limit for one record. The NUL of a text doesn't
+// count.
 DWORD ContentOf(CEPROPID property, DWORD bytes)
 {
     return IsText(property) ? std::max<DWORD>(bytes, sizeof(WCHAR)) - DWORD{sizeof(WCHAR)} : bytes;
 }
 
-// Reads the value of a text or blob. It takes `bytes` bytes of the file. Returns 0 or an error. After an error
-// other than ERROR_HANDLE_EOF nothing of the value has been read.
+// Reads the value of a text or blob, which has `bytes` bytes in the file. Returns 0 or an error. After an error other
+// than ERROR_HANDLE_EOF no byte of the value has been read.
 DWORD TakeSizedValue(ImageReader& reader, DWORD bytes, CEPROPVAL& property)
 {
     const DWORD content = ContentOf(property.propid, bytes);
@@ -87,7 +90,7 @@ DWORD TakeSizedValue(ImageReader& reader, DWORD bytes, CEPROPVAL& property)
         return ERROR_GEN_FAILURE;
     reader.content += content;
     const DWORD whole = IsText(property.propid) ? bytes & ~DWORD{1} : bytes;
-    // With a NUL, since the text may lack its own.
+    // The block has room for an additional NUL, since the text may lack its own.
     auto* block = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, std::size_t{whole} + sizeof(WCHAR)));
     if (!block)
         return ERROR_NOT_ENOUGH_MEMORY;

@@ -1,6 +1,7 @@
 // The list is doubly linked and ends with a sentinel, an empty node that the next Add fills. While the user marks a
-// folder each file is searched before it is added, so there is an index beside the links. It is made by the first
-// search and kept up to date from then on. If there is no memory for it, searches walk the list.
+// folder, each file is searched for in the list before it is added. An index makes these searches fast. The first
+// search makes the index, and from then on Add and Remove update it. If there is no memory for the index, a search
+// walks the list.
 #include "set/item_list.h"
 
 #include <algorithm>
@@ -44,12 +45,13 @@ bool BeginsWith(const ItemNode* node, Key key)
 
 }  // namespace
 
-// The nodes, sorted by the bytes of their blobs. A blob comes before the longer ones that begin with it, and equal ones
-// are in the order in which they were added. So the first node that isn't below a key equals it, or begins with it, or
-// no node does. If several are equal to it, it is the one that was added first.
+// The nodes, sorted by the bytes of their blobs. A blob comes before longer blobs that begin with it. Equal blobs are
+// in the order in which they were added. A search for a key tests only the first node that isn't below the key. If any
+// blob equals the key or begins with it, this node's blob does. If several blobs equal the key, this node was added
+// first.
 //
-// The pointers are in blocks of a few hundred. A balanced tree would take five times the memory, and a search would
-// touch more of it.
+// The pointers to the nodes are stored in blocks of a few hundred. A balanced tree would take five times the memory,
+// and a search in the tree would read more memory.
 struct ItemList::Index {
     using Block = std::vector<ItemNode*>;
     static constexpr std::size_t BlockNodes = 512;
@@ -74,7 +76,7 @@ ItemList::Index::Position ItemList::Index::FirstNotBelow(Key key)
     return {block, block == blocks.end() ? Block::iterator() : std::ranges::partition_point(*block, below)};
 }
 
-// Inserts after equal nodes. A full block is split in two halves.
+// Inserts the node after all equal nodes. A full block is first split in two halves.
 void ItemList::Index::Insert(ItemNode* added)
 {
     if (blocks.empty()) {
@@ -119,7 +121,7 @@ ItemList::~ItemList()
     }
 }
 
-// Both allocations are made before the list changes, so that it is unchanged if one fails.
+// Makes both allocations before it changes the list. So the list is unchanged if one of them fails.
 BOOL ItemList::Add(const void* blob, DWORD bytes, std::uint64_t contentBytes)
 {
     if (!tail)
@@ -211,7 +213,7 @@ BOOL ItemList::DeliverCursor(void* buffer, DWORD* length) const
     return TRUE;
 }
 
-// Null if there is no memory for the index: then a search walks the list.
+// Returns null if there is no memory for the index. In that case a search walks the list.
 ItemList::Index* ItemList::GetIndex()
 {
     if (index)
@@ -234,11 +236,11 @@ void ItemList::PutIntoIndex(ItemNode* added)
     try {
         index->Insert(added);
     } catch (const std::bad_alloc&) {
-        index.reset();  // an index that lacks an entry would give wrong answers
+        index.reset();  // a search in an index that lacks a node could return a wrong result
     }
 }
 
-// Finds the node that equals the key and removes it from the index. Null if there is none.
+// Finds the node that equals the key and removes it from the index. Returns null if there is none.
 ItemNode* ItemList::TakeFirstEqual(const void* key, DWORD bytes)
 {
     const Key wanted = {static_cast<const BYTE*>(key), bytes};

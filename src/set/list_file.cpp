@@ -10,20 +10,20 @@
 
 namespace {
 
-// Readers ignore it.
+// The value of the flag field. Readers ignore it.
 constexpr BYTE EntryFlag = 1;
 
 constexpr WCHAR DataEnding[] = u"QDT";
 constexpr std::size_t EndingChars = 3;
 
-// A short write is a failure, also if the call reports success.
+// A write of too few bytes is a failure, even if the call reports success.
 bool Write(HANDLE file, const void* bytes, DWORD count)
 {
     DWORD written = 0;
     return WriteFile(file, bytes, count, &written, nullptr) && written == count;
 }
 
-// Writes the fields of an entry. Each is tried, also after a failure.
+// The state while the fields of an entry are written. After a failed write the remaining fields are still written.
 struct EntryWriter {
     HANDLE list;
     WriteFailed failed;
@@ -43,8 +43,8 @@ void WriteField(EntryWriter& writer, const void* bytes, DWORD count)
 struct ListLoad {
     EntryFilter keep;
     void* context;
-    bool lacksEntries;  // the damage of the list has cost entries
-    bool hasRegistry;   // gRegistryEntry is an entry with a stream
+    bool lacksEntries;  // entries are missing because the list is damaged
+    bool hasRegistry;   // gRegistryEntry was set by an entry with a stream
 };
 
 bool Keeps(const ListLoad& load, BYTE kind, const ListEntry& entry)
@@ -59,12 +59,14 @@ void AddToList(const ItemKind& kind, const ListEntry& entry)
         ReportItem(OutcomeNotRestored, kind.reportedAs, entry.blob.name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
-// Of several entries the last one counts, except that one without a stream doesn't replace one with a stream: it comes
-// from zeros or a cut entry at the end of a damaged list.
+// If the list has several registry entries, the last one is used. But an entry without a stream doesn't replace an
+// entry with a stream. An entry without a stream comes from zero bytes or from a cut entry at the end of a damaged
+// list.
 void TakeRegistry(ListLoad& load, const ListEntry& entry)
 {
     const bool namesStream = entry.endOffset > entry.startOffset;
-    // A backup writes one such entry and no unknown kind, so this one may have been a file's or database's.
+    // A backup writes at most one registry entry and no unknown kind. So a second registry entry, or an entry of an
+    // unknown kind, may be the damaged entry of a file or database.
     load.lacksEntries |= load.hasRegistry || entry.kind != ItemKindRegistry;
     if (load.hasRegistry && !namesStream)
         return;
@@ -124,7 +126,7 @@ BOOL LoadList(const WCHAR* listPath, EntryFilter keep, void* context)
     RenewLists();
     ListReader reader;
     StartListReader(reader, list);
-    (void)ReadListHead(reader, gComment);  // a damaged comment is shown as far as it goes
+    (void)ReadListHead(reader, gComment);  // if the comment is damaged, its readable beginning is shown
     ListLoad load = {keep, context, false, false};
     ListEntry entry;
     while (ReadListEntry(reader, entry))

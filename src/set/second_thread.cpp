@@ -1,5 +1,6 @@
-// The second thread reads `calls` before it looks for work, and WakeSecondThread changes `calls` after the work is
-// there. So if the thread has overlooked the work, its wait for another value of `calls` returns at once.
+// The second thread reads `calls` before it looks for work. WakeSecondThread changes `calls` after the run's thread has
+// made work available. So if the thread hasn't found the new work, `calls` has changed since the thread read it, and
+// the thread's wait for a change returns at once.
 #include "set/second_thread.h"
 
 #include "ce/handle.h"
@@ -40,7 +41,8 @@ void StartSecondThread(SecondThread& thread, bool (*work)())
 
 void WakeSecondThread(SecondThread& thread)
 {
-    // The thread counts as awake at once, so that it isn't woken again before it sleeps the next time.
+    // `sleeps` is set to false at once. So a caller that checks `sleeps` doesn't wake the thread again before the
+    // thread's next sleep.
     thread.sleeps = false;
     thread.calls++;
     thread.calls.notify_one();

@@ -1,5 +1,6 @@
-// The shared memory consists of pieces of 4 KB. A bit for each says whether it is taken. Threads take and return pieces
-// with atomic operations on the bits, which also order what they read and write in the pieces.
+// The shared memory consists of pieces of 4 KB. One bit for each piece says whether it is taken. Threads take and
+// return pieces with atomic operations on the bits. These operations also order the reads and writes of the bytes in
+// the pieces.
 #include "set/small_stream.h"
 
 #include "stream_files.h"
@@ -22,7 +23,7 @@ BYTE gPieces[Pieces][StreamPieceBytes];
 std::atomic<std::uint64_t> gTaken[Pieces / BitsInWord];
 std::atomic<DWORD> gFree = Pieces;
 
-// False if another thread has taken the last one.
+// Takes a free piece. Returns false if there is none, for example because another thread has just taken the last one.
 bool TakePiece(BYTE& piece)
 {
     for (DWORD word = 0; word < Pieces / BitsInWord; word++) {
@@ -71,7 +72,7 @@ bool Keep(SmallStream& stream, const BYTE* bytes, DWORD count)
     return true;
 }
 
-// Reads all of a file that is shorter than a block and doesn't change its length meanwhile.
+// Reads the whole file. Returns false if it isn't shorter than a block, or if its length changes during the read.
 bool ReadWhole(HANDLE file, BYTE* raw, DWORD& bytes)
 {
     LONG high = 0;

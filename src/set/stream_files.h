@@ -1,4 +1,4 @@
-// stream_files.h - the files that packing and unpacking read and write, and the outcome of the calls on them.
+// stream_files.h - opens, writes and closes the files of packing and unpacking, and notes the outcome of these calls.
 #pragma once
 
 #include "set/stream_outcome.h"
@@ -16,7 +16,7 @@ inline HANDLE OpenTarget(const WCHAR* path, DWORD creation = CREATE_ALWAYS)
     return CreateFileW(path, GENERIC_WRITE, 0, nullptr, creation, 0, nullptr);
 }
 
-// Called right after a call that failed. Keeps the error of the first one.
+// Notes the error of a call that has just failed. If the outcome already has an error, it stays unchanged.
 inline void NoteFailure(StreamOutcome& outcome)
 {
     const DWORD error = GetLastError();
@@ -33,7 +33,7 @@ inline void NoteFailure(StreamOutcome& outcome, DWORD error)
 struct Target {
     HANDLE file;
     StreamOutcome& outcome;
-    bool cut;             // a write failed, and nothing more is written: a gap in the middle could go unnoticed
+    bool cut;             // a write failed; nothing more is written, since a gap in the middle could go unnoticed
     std::uint64_t bytes;  // written so far
 };
 
@@ -51,7 +51,7 @@ inline void Write(Target& target, const void* bytes, DWORD count)
 
 inline void CloseTarget(Target& target)
 {
-    target.cut |= !CloseHandle(target.file);  // writes the last bytes, for which there may be no room
+    target.cut |= !CloseHandle(target.file);  // writes the last bytes, which can fail
     if (target.cut)
         NoteFailure(target.outcome);
 }

@@ -1,5 +1,4 @@
-// block_codec.h - how one block of a stream is packed and unpacked: LZO1X. No other unit uses the library or depends on
-// its properties.
+// block_codec.h - packs and unpacks one block of a stream with LZO1X. No other unit calls the LZO library.
 #pragma once
 
 #include "ce/types.h"
@@ -11,21 +10,22 @@ inline constexpr BYTE StreamMagic[StreamMagicBytes] = {'Q', 'B', 'X', 'P', 'K'};
 // Raw bytes in a full block.
 inline constexpr DWORD RawBlockBytes = 131072;
 
-// The most that a full block can need when it is packed, by the rule of the installed library: n + n/16 + 64 + 3.
+// The largest size in bytes of a full block when it is packed. For n raw bytes the installed library produces at most n
+// + n/16 + 64 + 3 bytes.
 inline constexpr DWORD PackedBlockBytes = RawBlockBytes + RawBlockBytes / 16 + 64 + 3;
 
-// A packed block of no raw bytes: the last block of a stream.
+// The size in bytes of a packed block without raw bytes. The last block of a stream is such a block.
 inline constexpr DWORD ClosingBlockBytes = 3;
 
-// What packing needs beside the two blocks. Two threads that pack at the same time need one each.
+// Working memory that packing needs in addition to the raw and the packed block. Each thread that packs needs its own.
 struct PackingMemory {
     alignas(void*) BYTE bytes[16384 * sizeof(void*)];
 };
 
-// A number that depends on every byte, to compare the raw bytes of two blocks within this process.
+// Returns a hash of all raw bytes of a block. Compare it only with hashes that this process computed.
 std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes);
 
-// Whether a block that is packed or unpacked gets a digest. Set while there is no second thread.
+// Whether the digest of each packed or unpacked block is computed. Changes only while no second thread runs.
 inline bool gDigestsBlocks;
 
 // Whether the library can be used on this machine. Checked before a whole file is packed or unpacked.
@@ -34,11 +34,11 @@ bool CodecWorks();
 // Packs up to RawBlockBytes of `raw` into `packed`, which has room for PackedBlockBytes.
 bool PackBlock(const BYTE* raw, DWORD rawBytes, BYTE* packed, DWORD& packedBytes, PackingMemory& memory);
 
-// Unpacks into `raw`, which has room for RawBlockBytes. False if the bytes aren't a block, or one that is larger; then
-// `rawBytes` is what was unpacked before the fault was noticed. Never reads or writes outside of the two blocks,
-// whatever the bytes are.
+// Unpacks into `raw`, which has room for RawBlockBytes. Returns false if `packed` isn't a valid block or has more raw
+// bytes than fit. In that case `rawBytes` is the number of bytes that were unpacked before the fault was noticed. Never
+// reads or writes outside of the two buffers, even if the bytes are damaged.
 bool UnpackBlock(const BYTE* packed, DWORD packedBytes, BYTE* raw, DWORD& rawBytes);
 
-// The length of the longest run of raw bytes that are in the block as they are. UnpackBlock must have accepted the
-// block.
+// Returns the length of the longest literal run. A literal run is a sequence of raw bytes that the packed block
+// contains unchanged. The block must be one that UnpackBlock has accepted.
 DWORD LongestLiteralRun(const BYTE* packed, DWORD packedBytes);

@@ -1,17 +1,19 @@
-// database_image.h - writes a database of the object store to an image file and makes a database from one
-// (docs/format.md, "Database image"). Independent of sets. RestoreDatabase is defined in database_restore.cpp.
+// database_image.h - writes a database of the object store to an image file, and makes a database from an image file
+// (docs/format.md, "Database image"). RestoreDatabase is defined in database_restore.cpp.
 //
-// The run's thread only.
+// All calls are made on the run's thread.
 #pragma once
 
 #include "ce/types.h"
 
-// Writes the image of a database into "%s.CDB" in the root of the device. An old file is replaced.
-// 1: all records were read, or the image can't be created. An image that couldn't be written whole is deleted, so that
-//    packing it fails instead of storing less than the database has.
-// 0: the database can't be opened or isn't whole: a record can't be read (it is empty in the image), or there are
-//    more or fewer records than the database says. The store reports each of these to its host.
-// `made`, if it isn't null, is whether a new file was created. If it is false, a file at the path is the user's.
+// Writes the image of database "Name" into the file "Name.CDB" in the root of the device. An old file is replaced.
+// 1: All records were read, or the image file couldn't be created. An image file that couldn't be written whole is
+//    deleted. So packing it fails instead of storing less than the database has.
+// 0: The database can't be opened, a record can't be read, or the database has more or fewer records than its
+//    description says. The image has an empty record in place of one that can't be read. The store reports each of
+//    these failures to the host.
+// If `made` isn't null, it receives whether a new file was created. If none was created, a file that exists at the path
+// is the user's.
 BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);
 
 enum RestoreResult {
@@ -20,13 +22,14 @@ enum RestoreResult {
     RestoreDeclined = 2,  // the user didn't allow a replacement; nothing was changed
 };
 
-// Makes a database from an image, whose file is left. The database gets the name in the image.
+// Makes a database from an image and leaves the image file unchanged. The database gets the name that the image
+// contains.
 //
-// The user is asked before a database is replaced: the one with the name in the path, "sub\Name" for "\sub\Name.CDB",
-// and the one with the name in the image, if that is another one. The replacement is one change of the store: after
-// RestoreFailed, or if the process is killed, the old database is still whole. If there is nothing to replace,
-// RestoreFailed leaves all records that could be restored.
+// The restore can replace two databases. One has the name from the path: "sub\Name" for "\sub\Name.CDB". The other has
+// the name in the image, if the two names differ. The user is asked before a database is replaced. The replacement is
+// one change of the store. So the old databases are still whole after RestoreFailed, or if the process is killed. If no
+// database is to be replaced, the new database has all records that could be restored, even after RestoreFailed.
 //
-// Errors: 38 the image ends too early, 31 the image or the store is damaged, 87 no database can have its name, 112 no
-// room, 8 no memory, and those of the file calls.
+// Errors: 38 if the image ends too early, 31 if the image or the store is damaged, 87 if no database can have the name,
+// 112 if the disk has no room, 8 if there is no memory, and the errors of the file calls.
 RestoreResult RestoreDatabase(const WCHAR* imagePath);

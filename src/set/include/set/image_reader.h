@@ -1,7 +1,7 @@
 // image_reader.h - reads a database image, whole or damaged (docs/format.md, "Database image").
 //
-// Each count and size is compared with the bytes that the file has before it is used, so a damaged image can't make the
-// reader allocate more than that.
+// The reader compares the size of a text or blob with the number of bytes that are left in the file before it allocates
+// memory. So a damaged size can't make it allocate more memory than the file has bytes.
 #pragma once
 
 #include "set/buffered_reader.h"
@@ -10,14 +10,15 @@
 #include "ce/store.h"
 #include "ce/types.h"
 
-// An image with more sort orders is refused. No device makes more than 4.
+// The largest number of sort orders in an image. An image with more is refused. No device makes an image with more than
+// 4.
 inline constexpr DWORD ImageSortOrders = 90;
-// A record with more properties is read into allocated memory.
+// A record with more properties than this number is read into allocated memory instead of the stack.
 inline constexpr DWORD ImageProperties = 255;
 
 struct ImageReader : BufferedReader {
     DWORD content;  // bytes of texts and blobs in the current record so far
-    DWORD error;    // of the first call that returned 0
+    DWORD error;    // error of the first call that returned 0
 };
 
 struct ImageHeader {
@@ -28,22 +29,25 @@ struct ImageHeader {
     SORTORDERSPEC sortSpecs[ImageSortOrders];
 };
 
-// Begins to read `file`, which is open for reading, at its start.
+// Prepares to read the image in `file` from its start. The file must be open for reading.
 void StartImageReader(ImageReader& reader, HANDLE file);
 
-// Reads the fields before the first record. 0 if the file ends within them (error 38). Also 0, with error 31, if the
-// name is empty, longer than 260 characters, has an odd number of bytes or no NUL, or if there are more than
-// ImageSortOrders. No record can be read then.
+// Reads the fields before the first record. Returns 0 with error 38 if the file ends within them. Returns 0 with error
+// 31 if the name isn't valid, or if there are more than ImageSortOrders sort orders. A name isn't valid if it is empty,
+// has more than 260 characters or an odd number of bytes, or doesn't end in a NUL. After a result of 0 no record can be
+// read.
 BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header);
 
-// A record is the number of its properties, then the properties. Each call returns 0 if the file ends too early (38) or
-// can't be read (the error of the read), and so do all calls after that.
+// Reads the number of properties, with which each record begins. This call, ReadProperty and SkipProperty return 0 with
+// error 38 if the file ends too early, and with the error of the read if the file can't be read. After that all three
+// calls return 0.
 BOOL ReadPropertyCount(ImageReader& reader, WORD& count);
 
-// A text or blob is allocated by LocalAlloc, to be freed by FreeProperty. A text always ends in a NUL; an odd byte at
-// its end is dropped. For a type that has no value in an image `val` is all zeros. On 0 nothing is allocated. 0 also if
-// there is no memory for the value (8), or if the texts and blobs of the record are more than a database takes (31):
-// then the property is skipped, and the next call reads the one after it.
+// ReadProperty reads the next property. It allocates a text or blob by LocalAlloc, and FreeProperty frees that memory.
+// A text always ends in a NUL. If a text has an odd number of bytes, its last byte is dropped. If the property's type
+// has no value in an image, `val` is all zeros. If ReadProperty returns 0, nothing is allocated. It also returns 0 if
+// there is no memory for the value (error 8), or if the texts and blobs of the record are larger than a database
+// accepts (error 31). In these two cases the property is skipped, and the next call reads the property after it.
 BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property);
 BOOL SkipProperty(ImageReader& reader);
 void FreeProperty(const CEPROPVAL& property);

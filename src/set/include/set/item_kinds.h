@@ -1,8 +1,9 @@
-// item_kinds.h - the kinds of items: a row for each, with all that the rest of the program treats alike in all kinds.
-// The rest is in the engine, where backup_items.cpp stores an item, restore_run.cpp restores it and item_names.cpp
-// enumerates what the device has, and in tree_model.h of the tree.
+// item_kinds.h - defines the lists of items, and a table with a row for each kind of item. The row has all data of the
+// kind that the program uses in the same way for each kind. The code that differs by kind is in the engine:
+// backup_items.cpp stores an item, restore_run.cpp restores an item, and item_names.cpp enumerates the items of the
+// device. tree_model.h has a similar table for the tree.
 //
-// The main window's thread only.
+// All calls are made on the main window's thread.
 #pragma once
 
 #include "set/item_list.h"
@@ -16,9 +17,10 @@ inline constexpr BYTE ItemKindFile = 1;
 inline constexpr BYTE ItemKindDatabase = 2;
 inline constexpr BYTE ItemKindRegistry = 3;
 
-// What is marked, or what a loaded set contains. The tree and the loader of a set write the lists, and the runs read
-// them. An entry is a name while the user marks, and a name with offsets after a set was loaded. Null before RenewLists
-// and if there was no memory for them.
+// The files and databases that are marked, or that a loaded set contains. The tree, the listing of a full backup and
+// LoadList fill the lists, and the runs read them. The entry of a marked item is a name. The entry of an item of a
+// loaded set is a name and two offsets. The pointers are null before the first RenewLists, and after a RenewLists that
+// found no memory.
 inline ItemList* gFileList;
 inline ItemList* gDatabaseList;
 
@@ -26,23 +28,23 @@ inline ItemList* gDatabaseList;
 inline constexpr DWORD FileListId = 10002;
 inline constexpr DWORD DatabaseListId = 10000;
 
-// What the next full backup includes, 1 or 0.
+// Whether the next full backup includes files, databases and the registry. Each is 1 or 0.
 inline DWORD gFullFiles;
 inline DWORD gFullDatabases;
 inline DWORD gFullRegistry;
 
 struct ItemKind {
-    BYTE number;          // first byte of its entries
-    const char* word;     // what quillbox-set calls it
-    const WCHAR* ending;  // of the file to which quillbox-set extracts one; none for the registry
-    DWORD reportedAs;     // what the report of an item that failed calls it (ce/outcome.h)
-    ItemList** list;      // null for the registry, a single item (gRegistryMarked)
+    BYTE number;          // first byte of an entry of this kind in a list file
+    const char* word;     // name of the kind in quillbox-set
+    const WCHAR* ending;  // extension of a file to which quillbox-set extracts an item; null for the registry
+    DWORD reportedAs;     // the kind in the report of an item that failed (ce/outcome.h)
+    ItemList** list;      // null for the registry, which is a single item (gRegistryMarked)
     DWORD listId;         // tag of the list
     DWORD* inFullBackup;  // set by a check box of the full backup's dialog
     int fullBackupBox;    // id of that check box
-    TextId listing;       // title of the window while a full backup lists them; none for the registry
+    TextId listing;       // title of the window while a full backup lists the items; none for the registry
     TextId row;           // row of a list box, a format for the name
-    TextId message;       // message of the window while one is stored or restored, a format for the name
+    TextId message;       // message of the window while an item is stored or restored, a format for the name
 };
 
 inline constexpr ItemKind ItemKinds[] = {
@@ -90,7 +92,7 @@ inline constexpr bool IsItemKind(BYTE number)
     return false;
 }
 
-// The row of the kind; for an unknown number that of the registry.
+// Returns the row of the kind. For an unknown number it returns the row of the registry.
 inline constexpr const ItemKind& KindOf(BYTE number)
 {
     for (const ItemKind& kind : ItemKinds) {
@@ -100,7 +102,7 @@ inline constexpr const ItemKind& KindOf(BYTE number)
     return KindOf(ItemKindRegistry);
 }
 
-// Entries of a list; 0 for one that couldn't be made.
+// Returns the number of entries; 0 for a list that couldn't be made.
 inline DWORD CountOf(const ItemList* list)
 {
     return list ? list->Count() : 0;
@@ -108,5 +110,4 @@ inline DWORD CountOf(const ItemList* list)
 
 // Deletes the lists and makes new, empty ones.
 void RenewLists();
-// Deletes the lists.
 void DeleteLists();

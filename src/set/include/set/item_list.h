@@ -1,7 +1,8 @@
-// item_list.h - an ordered list of byte blobs, for what the user marked or what a loaded set has. The list doesn't
-// interpret the blobs; those of its callers begin with a terminated name.
+// item_list.h - defines an ordered list of byte blobs. Each blob describes an item that the user marked or that a
+// loaded set contains. The list doesn't interpret the blobs. Its callers add only blobs that begin with a terminated
+// name.
 //
-// The main window's thread only.
+// All calls are made on the main window's thread.
 #pragma once
 
 #include "ce/types.h"
@@ -25,16 +26,18 @@ public:
     ItemList& operator=(const ItemList&) = delete;
     ~ItemList();
 
-    // Appends a copy of `bytes` bytes, also if there is an equal blob. Constant time before the first search.
-    // `contentBytes` is what the progress of a run counts for the item: the size of a file before a backup, that of the
-    // stream before a restore, or 0. Returns 0 if there is no memory, and then the list is unchanged.
+    // Appends a copy of the `bytes` bytes of `blob`, even if the list has an equal blob. Until the list is first
+    // searched, Add takes constant time. `contentBytes` is the number of bytes by which the item advances a run's
+    // progress: the size of the file before a backup, the size of the stream before a restore, or 0. Returns 0 if there
+    // is no memory. In that case the list is unchanged.
     BOOL Add(const void* blob, DWORD bytes, std::uint64_t contentBytes = 0);
 
-    // 1 if a blob begins with these bytes. A key with the NUL of a name matches that name, a key without it all names
-    // that begin with it. 0 bytes match any blob.
+    // Returns 1 if a blob begins with the bytes of the key. A key that includes the NUL of a name matches only that
+    // name. A key without the NUL matches all names that begin with it. A key of 0 bytes matches any blob.
     BOOL Contains(const void* key, DWORD bytes);
 
-    // Removes the blob that equals the key, the one added first if there are several. 0 if there is none.
+    // Removes the blob that equals the key. If several are equal, removes the one that was added first. Returns 0 if no
+    // blob equals the key.
     BOOL Remove(const void* key, DWORD bytes);
 
     [[nodiscard]] BOOL IsEmpty() const;
@@ -42,15 +45,15 @@ public:
     // The sum of the sizes that were given to Add.
     [[nodiscard]] std::uint64_t ContentBytes() const;
 
-    // A walk is First, then Next until it returns 0. Each copies a blob into `buffer`, which has room for the largest
-    // one, and its length in bytes into `length`. One walk at a time, and no Add or Remove meanwhile. Next returns 0 if
-    // First did, or wasn't called.
+    // A walk calls First, then Next until the result is 0. Each call copies a blob into `buffer` and writes the blob's
+    // length in bytes to `length`. `buffer` must have room for the largest blob. Only one walk at a time is possible,
+    // and Add and Remove mustn't be called during a walk. Next returns 0 if First returned 0 or wasn't called.
     BOOL First(void* buffer, DWORD* length);
     BOOL Next(void* buffer, DWORD* length);
 
     ItemNode* head = nullptr;
     ItemNode* tail = nullptr;    // the sentinel
-    ItemNode* cursor = nullptr;  // of the current walk
+    ItemNode* cursor = nullptr;  // node of the current walk
     DWORD id;                    // a tag, which the list doesn't use
 
 private:

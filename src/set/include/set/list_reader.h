@@ -1,7 +1,7 @@
 // list_reader.h - reads a list file entry by entry, whole or damaged (docs/format.md, "List file").
 //
-// The memory doesn't grow with the file. A text that is longer than its buffer is skipped, as far as the file has its
-// bytes, and reading continues after it.
+// The memory that the reader uses doesn't grow with the file. If a text is longer than its buffer, the reader skips the
+// rest of the text and continues after it. If the file ends within that rest, the list ends too.
 #pragma once
 
 #include "set/buffered_reader.h"
@@ -10,45 +10,46 @@
 
 #include "ce/types.h"
 
-// Faults of the head or an entry, to be combined.
+// Faults of the head or of an entry. They can be combined.
 enum ListFault : DWORD {
-    TextEmpty = 1,          // a length of 0: there is not even a NUL
+    TextEmpty = 1,          // the length is 0, so the text doesn't even have a NUL
     TextTooLong = 2,        // a length above 260
     TextNotTerminated = 4,  // there is no NUL
     TextEndsEarly = 8,      // there is a NUL before the last character
     CutByEndOfFile = 16,
 };
 
-// After a failed read (readError) the list counts as ended.
+// After a failed read (readError) the reader treats the list as ended.
 struct ListReader : BufferedReader {
-    DWORD bytesAfterEntries;  // at the end: 1 or 2 bytes that are too few to begin another entry, otherwise 0
+    DWORD bytesAfterEntries;  // set at the end: 1 or 2 if only so many bytes follow the last entry, which are too few
+                              // for another entry; otherwise 0
 };
 
 struct ListEntry {
     BYTE kind;
     BYTE flag;
-    DWORD nameLength;  // characters, as it is in the file
+    DWORD nameLength;  // in characters, as the file says
     DWORD faults;      // ListFault bits
     DWORD startOffset;
-    DWORD endOffset;   // both 0 if the end of the file cuts the entry
+    DWORD endOffset;   // both offsets are 0 if the end of the file cuts the entry
     EntryBuffer blob;  // the name, always terminated, and the offsets
     DWORD blobBytes;
 };
 
-// Begins to read `file`, which is open for reading and at its start.
+// Prepares to read `file`. It must be open for reading, and its current position must be 0.
 void StartListReader(ListReader& reader, HANDLE file);
 
-// Reads the comment. It is cut to 259 characters if it is longer, and always terminated. Returns ListFault bits.
+// Reads the comment. A longer one is cut to 259 characters. The result is always terminated. Returns ListFault bits.
 DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars]);
 
-// Reads the next entry, also a damaged one. False at the end.
+// Reads the next entry, even if it is damaged. Returns false at the end of the list.
 bool ReadListEntry(ListReader& reader, ListEntry& entry);
 
-// Skips the next entries without copying them, as long as they lie wholly before `stop` in the buffer. Stops at the
-// registry and at an entry whose name has not 1 to 260 characters, which ReadListEntry reads. Returns how many it
-// skipped.
+// Skips the next entries whose bytes are all in the buffer before `stop`. Stops before an entry of the registry, and
+// before an entry whose name doesn't have 1 to 260 characters. ReadListEntry reads the entry at which this call
+// stopped. Returns the number of skipped entries.
 DWORD SkipListEntries(ListReader& reader, const BYTE* stop);
 
-// Whether the entry's name can be used. The registry's always can, since it has no meaning. Any other must have a NUL
-// and at most 260 characters, unless it is cut by the end of the file.
+// Whether the entry's name can be used. The registry's name has no meaning, so it can always be used. Any other name
+// must have 1 to 260 characters. It must also have a NUL, unless the end of the file cuts the name.
 bool NameIsUsable(const ListEntry& entry);

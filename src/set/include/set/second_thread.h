@@ -1,6 +1,7 @@
-// second_thread.h - a thread that works beside the run's thread while there is work, and sleeps otherwise.
+// second_thread.h - starts, wakes and stops a thread that works beside the run's thread. The thread sleeps while there
+// is no work.
 //
-// All calls on the run's thread.
+// All calls are made on the run's thread.
 #pragma once
 
 #include "ce/types.h"
@@ -8,7 +9,7 @@
 #include <atomic>
 
 struct SecondThread {
-    bool (*work)();  // on the second thread: does a part of the work; false if there is nothing to do
+    bool (*work)();  // called on the second thread: does a part of the work; returns false if there is nothing to do
     std::atomic<DWORD> calls;
     std::atomic<bool> sleeps;
     std::atomic<bool> stopping;
@@ -19,9 +20,10 @@ struct SecondThread {
 // the other calls do nothing.
 void StartSecondThread(SecondThread& thread, bool (*work)());
 
-// Wakes the thread, also one that is about to sleep and still has `sleeps` false. What the run's thread wrote before is
-// seen by the work() that follows.
+// Wakes the thread, even if it is about to sleep and hasn't set `sleeps` yet. In its next call of work() the thread
+// sees all data that the run's thread wrote before this call.
 void WakeSecondThread(SecondThread& thread);
 
-// Lets the work() that has begun end, and waits until the thread has ended. Does nothing if it doesn't run.
+// Stops the thread after its current call of work(), and waits until the thread has ended. Does nothing if the thread
+// doesn't run.
 void StopSecondThread(SecondThread& thread);

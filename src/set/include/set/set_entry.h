@@ -1,5 +1,5 @@
-// set_entry.h - an item in memory: its name and, in a loaded set, the offsets of its stream (docs/format.md, "Entries
-// in memory").
+// set_entry.h - defines the bytes that describe an item in memory: its name and, in a loaded set, the offsets of its
+// stream (docs/format.md, "Entries in memory").
 #pragma once
 
 #include "set/item_list.h"
@@ -9,14 +9,15 @@
 
 #include <cstring>
 
-// A name with its terminator, in characters.
+// The length of the longest name with its NUL, in characters.
 inline constexpr DWORD NameChars = MAX_PATH;
 
-// The two offsets after a name, and the largest blob, in bytes.
+// The size in bytes of the two offsets after a name, and of the largest blob.
 inline constexpr DWORD OffsetsBytes = 8;
 inline constexpr DWORD LargestEntryBytes = NameChars * sizeof(WCHAR) + OffsetsBytes;
 
-// Has room for any blob of a list. Each begins with the name; those of a loaded set have the offsets after it.
+// A buffer with room for any blob of a list. Each blob begins with the name. In a blob of a loaded set the offsets
+// follow the name.
 union EntryBuffer {
     BYTE bytes[LargestEntryBytes] = {};
     WCHAR name[LargestEntryBytes / sizeof(WCHAR)];
@@ -24,20 +25,21 @@ union EntryBuffer {
 };
 static_assert(sizeof(EntryBuffer) == 528);
 
-// Bytes of a blob without offsets.
+// The size in bytes of a blob without offsets.
 inline DWORD NameBytes(const WCHAR* name)
 {
     return static_cast<DWORD>((wcslen(name) + 1) * sizeof(WCHAR));
 }
 
-// Bytes of the name in a blob with offsets, rounded up to a multiple of 4.
+// The size in bytes of the name in a blob with offsets. It includes the name's NUL and the padding to a multiple of 4.
+// The offsets follow the padding.
 inline DWORD SetEntryNameSize(const WCHAR* name)
 {
     return (NameBytes(name) + 3) & ~DWORD{3};
 }
 
-// The offsets of the stream in the data file: its first byte, and the byte after its last. `blob` is that of an entry
-// of a loaded set.
+// Return the offset of the stream's first byte in the data file, and the offset after its last byte. `blob` must be
+// from a loaded set.
 inline DWORD EntryStartOffset(const BYTE* blob)
 {
     DWORD offset = 0;
@@ -52,7 +54,7 @@ inline DWORD EntryEndOffset(const BYTE* blob)
     return offset;
 }
 
-// The length of the stream; 0 if the offsets are damaged.
+// The length of the stream. It is 0 if the end offset isn't above the start offset.
 inline DWORD EntryStreamBytes(const BYTE* blob)
 {
     const DWORD start = EntryStartOffset(blob);
@@ -60,7 +62,7 @@ inline DWORD EntryStreamBytes(const BYTE* blob)
     return end > start ? end - start : 0;
 }
 
-// Appends the offsets to the name in `entry`. Returns the bytes of the blob.
+// Appends the offsets to the name in `entry`. Returns the size of the blob in bytes.
 inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOffset)
 {
     const DWORD nameSize = SetEntryNameSize(entry.name);
@@ -69,8 +71,8 @@ inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOff
     return nameSize + OffsetsBytes;
 }
 
-// Calls visit(const EntryBuffer&) for each blob of a list, in its order; for none if `list` is null. The list must not
-// change meanwhile (item_list.h).
+// Calls visit(const EntryBuffer&) for each blob of a list, in the order of the list. Visits none if `list` is null. The
+// list must not change during the walk (item_list.h).
 template <class Visit>
 void ForEachEntry(ItemList* list, const Visit& visit)
 {

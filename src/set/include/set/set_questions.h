@@ -1,22 +1,24 @@
-// set_questions.h - what a run asks and shows while it works.
+// set_questions.h - declares the functions by which a run asks the user and opens windows.
 #pragma once
 
 #include "ce/window.h"
 
-// Owner of every window of a run. Null until the main window exists (main_window.cpp of the shell).
+// The main window, which owns every window of a run. Null until it exists (shell/main_window.cpp).
 extern HWND gMainWindow;
 
-// The functions that a run calls. The program sets them before the first run, and none is null. The window's show
-// message boxes and progress windows (run_windows.cpp of the shell), a command's answer by its options.
+// The functions that a run calls. The program sets all of them before the first run. If the program has a main window,
+// the functions show message boxes and progress windows (shell/run_windows.cpp). In a command they answer according to
+// the command's options.
 struct RunQuestions {
     // Whether the set of this list file may be replaced by a new one.
     bool (*mayReplaceSet)(const WCHAR* listPath);
     // Whether a restore may replace this file or database.
     bool (*mayReplaceFile)(const WCHAR* path);
     bool (*mayReplaceDatabase)(const WCHAR* name);
-    // Says that the registry was restored.
+    // Tells the user that the registry was restored.
     void (*showRegistryRestored)();
-    // ProgressOpen (engine/questions.h). Null if the run has no progress window.
+    // Opens a progress window (ProgressOpen in engine/questions.h). Returns null in a command, or if no window could be
+    // made.
     HWND (*openProgress)(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step);
 };
 inline RunQuestions gRunQuestions;

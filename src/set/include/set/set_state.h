@@ -1,6 +1,7 @@
-// set_state.h - what is marked, or what a loaded set contains, in addition to the lists of item_kinds.h.
+// set_state.h - declares the mark of the registry, the registry's entry and the comment. Together with the lists of
+// item_kinds.h, these variables say what is marked, or what a loaded set contains.
 //
-// The main window's thread only.
+// Only the main window's thread uses this file.
 #pragma once
 
 #include "set/item_kinds.h"

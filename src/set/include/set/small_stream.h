@@ -1,58 +1,64 @@
-// small_stream.h - packs a source that is shorter than a block into memory, so that it can be packed before the run
-// comes to it. All streams that wait for the run share 1 MB, except those that the caller keeps.
+// small_stream.h - packs a source that is shorter than a block into memory. So the source can be packed before the run
+// begins to store it. The streams that aren't written yet share 1 MB of memory. If a caller copies a stream into memory
+// of its own (CopyKeptBytes), the copy isn't part of the 1 MB.
 //
-// Only the usual case is handled here. Whatever else happens to a source, it is left to CompressFile, which does it all
-// again. An open that fails is the exception: its error is final.
+// PackSmallStream leaves some sources unpacked, for example one that is too long or changes its length meanwhile.
+// CompressFile packs such a source from the beginning. If the source can't be opened, CompressFile isn't called, and
+// the error of opening is final.
 #pragma once
 
 #include "set/block_codec.h"
 #include "set/compressed_stream.h"
 
-// The most that the stream of such a source can have: magic, a block, the closing block, and the lengths of the two.
+// The largest size in bytes of a stream that is packed here: magic, a block, the closing block, and the lengths of the
+// two blocks.
 inline constexpr DWORD SmallStreamBytes = StreamMagicBytes + 4 + PackedBlockBytes + 4 + ClosingBlockBytes;
 
 inline constexpr DWORD StreamPieceBytes = 4096;
 inline constexpr DWORD SmallStreamPieces = (SmallStreamBytes + StreamPieceBytes - 1) / StreamPieceBytes;
 
-enum class SmallStreamState { Left, NotOpened, Packed };  // Left: CompressFile has to do it
+enum class SmallStreamState { Left, NotOpened, Packed };  // Left: CompressFile has to pack the source
 
 struct SmallStream {
     SmallStreamState state;
-    DWORD error;           // why it couldn't be opened
-    DWORD bytes;           // of the stream
-    DWORD readBytes;       // of the source
+    DWORD error;           // why the source couldn't be opened
+    DWORD bytes;           // length of the stream
+    DWORD readBytes;       // bytes that were read from the source
     std::uint64_t digest;  // as in PackedStream
-    const BYTE* kept;      // what CopyKeptBytes gave, if the caller keeps it; null if the shared memory has the bytes
+    const BYTE* kept;      // the caller's copy (CopyKeptBytes); null if the shared memory has the stream
     BYTE pieces[SmallStreamPieces];
 };
 
-// What packing needs. Two threads that pack at the same time need one each.
+// Working memory for packing. Each thread that packs needs its own.
 struct SmallStreamMemory {
     BYTE raw[RawBlockBytes];
-    BYTE stream[SmallStreamBytes + PackedBlockBytes - RawBlockBytes];  // the codec may use more room than it fills
+    // While the codec packs, it may write beyond the end of its result. So there is room after the largest stream.
+    BYTE stream[SmallStreamBytes + PackedBlockBytes - RawBlockBytes];
     PackingMemory packing;
 };
 
-// Whether there is room for the stream of any source.
+// Whether the shared memory has room for the largest stream.
 bool IsRoomForSmallStream();
 
-// Any thread. CodecWorks() is true. `stamp`, if not null, gets that of the source before it is read. If there is none,
-// the stream isn't packed.
+// Packs the source into the shared memory and sets `stream`. Can be called on any thread. CodecWorks() must be true. If
+// `stamp` isn't null, it receives the source's stamp before the source is read. If the stamp can't be read, the source
+// isn't packed.
 void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory, FileStamp* stamp = nullptr);
 
-// How many bytes the caller has to keep of a stream with `streamBytes`: not those with which every stream begins and
-// ends.
+// Returns how many bytes of a stream of `streamBytes` bytes a caller has to copy. The bytes with which every stream
+// begins and ends needn't be copied.
 constexpr DWORD KeptBytes(DWORD streamBytes)
 {
     return streamBytes - StreamMagicBytes - 4 - ClosingBlockBytes;
 }
 
-// Copies them out of a packed stream of at most StreamPieceBytes.
+// Copies a packed stream into `bytes`, without the bytes with which every stream begins and ends (KeptBytes). The
+// stream must have at most StreamPieceBytes bytes.
 void CopyKeptBytes(const SmallStream& stream, BYTE* bytes);
 
-// Writes a packed stream to the new file `target`, as CompressFile does, and gives its memory back. The stamp in
-// `packed` is empty.
+// Writes a packed stream to the new file `target`, as CompressFile does, and frees the stream's shared memory. The
+// stamp in `packed` is empty.
 BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& packed);
 
-// Gives the memory back. `state` is Left then.
+// Frees the stream's shared memory. `state` is Left afterwards.
 void DropSmallStream(SmallStream& stream);

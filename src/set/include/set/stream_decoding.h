@@ -1,7 +1,7 @@
-// stream_decoding.h - reads a compressed stream block by block and checks each length before it uses it
-// (docs/format.md, "Compressed stream").
+// stream_decoding.h - reads a compressed stream block by block and checks each length before its use (docs/format.md,
+// "Compressed stream").
 //
-// One operation on streams at a time: ReadBlock and DecodeStream use static buffers.
+// Only one operation on streams at a time is possible, since ReadBlock and DecodeStream use static buffers.
 #pragma once
 
 #include "set/block_codec.h"
@@ -16,13 +16,13 @@ enum class StreamFault {
     EmptyBlock,     // a length of 0
     BlockTooLong,   // a length above PackedBlockBytes
     BlockCut,       // the stream ends inside a block
-    BlockDamaged,   // the bytes can't be unpacked, or are more than a block when unpacked
+    BlockDamaged,   // the bytes can't be unpacked, or unpack to more than a block
     NotClosed,      // whole blocks, but no closing block
     BytesAfterEnd,  // bytes after the closing block
     StoppedBySink,
 };
 
-// The bytes left of a stream that ends where its file ends.
+// The value of bytesLeft for a stream that ends where its file ends.
 inline constexpr std::uint64_t WholeFile = ~std::uint64_t{0};
 
 // A stream that begins at the current position of its file.
@@ -31,14 +31,14 @@ struct StreamReader {
     std::uint64_t bytesLeft;  // to the end of the stream; may be more than the file has
 };
 
-// Reads the magic. NoMagic also if there are too few bytes.
+// Reads the magic. Returns NoMagic also if there are too few bytes.
 StreamFault ReadMagic(StreamReader& reader);
 
-// Begins to read the stream that fills the bytes of `file` from `start` to before `end`, as far as after its magic.
+// Prepares to read the stream in the bytes of `file` from `start` up to but not including `end`. Reads its magic.
 StreamFault BeginStream(StreamReader& reader, HANDLE file, DWORD start, DWORD end);
 
-// A block as it is in the stream. With BlockCut `bytes` is what there is of it. At the end of the stream, and with any
-// other fault, it is 0.
+// The result of ReadPackedBlock. `bytes` is the packed size of the block. With BlockCut it is the number of packed
+// bytes that were read before the stream ended. At the end of the stream, and with any other fault, `bytes` is 0.
 struct PackedBlock {
     StreamFault fault = StreamFault::None;
     bool atEnd = false;
@@ -60,9 +60,10 @@ struct StreamBlock {
 // Reads the next block and unpacks it into gRawBuffer.
 StreamBlock ReadBlock(StreamReader& reader);
 
-// Receives the raw bytes of each block in turn. 0 stops the decoding.
+// Called with the raw bytes of each block, in the order of the stream. A result of 0 stops the decoding.
 using RawBytesSink = BOOL (*)(const BYTE* raw, DWORD bytes, void* context);
 
-// Decodes the stream that fills the bytes of `file` from `start` to before `end`. Its closing block must be the last
-// thing in it. `sink` may be null. Before a fault is returned, the sink has received every block before it.
+// Decodes the stream that fills the bytes of `file` from `start` up to but not including `end`. The closing block must
+// be the last thing in the stream. `sink` may be null. If there is a fault, the sink receives all blocks before the
+// fault.
 StreamFault DecodeStream(HANDLE file, DWORD start, DWORD end, RawBytesSink sink, void* context);

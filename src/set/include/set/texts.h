@@ -4,7 +4,7 @@
 
 #include "ce/types.h"
 
-// A text with its NUL, in characters.
+// The length of the longest text with its NUL, in characters.
 inline constexpr DWORD TextChars = 260;
 
 // A text whose id contains "Format" is a format string for a name or for numbers.
@@ -46,6 +46,6 @@ enum TextId : UINT {
 extern WCHAR gTextA[TextChars];
 extern WCHAR gTextB[TextChars];
 
-// Copies text `id` into `scratch`, which is gTextA or gTextB, and returns it: empty if there is no such text. Valid
-// until the next LoadText into the same buffer.
+// Copies text `id` into `scratch`, which is gTextA or gTextB, and returns `scratch`. If there is no such text,
+// `scratch` is empty. The result is valid until the next LoadText into the same buffer.
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars]);
