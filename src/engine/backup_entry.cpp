@@ -1,14 +1,15 @@
-// What holds at any moment of a run, also if the process is killed or the card is full:
+// The following holds at any moment of a run, even if the process is killed or the card is full:
 //
-// - An entry of the list is whole or is the last one. A cut entry would hide all entries after it from a reader.
-// - The bytes of a whole entry are in the data file. They are passed to the host before the entry's end offset. Where
-//   entries wait, the file layer sees to that (WriteAfter).
-// - run.dataBytes is the length of the data file, so that the next item's start offset is right whatever failed before.
+// - All entries of the list are whole, except perhaps the last one. A cut entry would hide all entries after it from a
+//   reader.
+// - If an entry is whole, all bytes of its stream are in the data file. The bytes are passed to the host before the
+//   entry's end offset. For waiting entries (backup_entry.h) the file layer ensures this order (WriteAfter).
+// - run.dataBytes is the length of the data file. So the start offset of the next item is correct even after a failure.
 // - A source is deleted only if its entry is whole. After a damaged entry no more sources are deleted
 //   (source_deletion.h).
 //
-// If a step of an item fails, run.item notes the failure. The remaining steps still run, because the log has a line for
-// each failed write.
+// If a step of an item fails, run.item notes the failure. The remaining steps are still made, because the log is to
+// have a line for each failed write.
 #include "backup_entry.h"
 
 #include "engine/options.h"
@@ -27,7 +28,7 @@ namespace {
 constexpr DWORD HandOverBytes = 262144;
 constexpr std::uint64_t NoLimit = ~std::uint64_t{0};
 
-// Offsets have 32 bits.
+// Whether the end offset of the packed item fits into the 32 bits of an offset.
 bool FitsOffsets(const BackupRun& run)
 {
     return run.packed.bytes <= 0xFFFFFFFF - run.dataBytes;
@@ -39,8 +40,8 @@ bool CutList(BackupRun& run, DWORD end)
            SetEndOfFile(run.listFile);
 }
 
-// Cuts the list back to the entries before this one. The sources that are still to be deleted have such entries, so
-// they are deleted if the list could be cut. No later source of this run is deleted.
+// Cuts the entry off the end of the list. The entries of the sources that were collected for deletion are before it. So
+// these sources are deleted if the list could be cut. No later source of this run is deleted.
 void CutEntryOff(BackupRun& run, const BackupEntry& entry)
 {
     if (CutList(run, entry.start))
@@ -57,15 +58,16 @@ bool IsFileOfRun(const BackupRun& run, const WCHAR* path)
     return lstrcmpW(path, run.temporaryPath) == 0 || (gOptions.generateLog && lstrcmpW(path, logPath) == 0);
 }
 
-// Whether a file that a full backup found was deleted before it was read. That is a failure only if the user marked the
-// file.
+// Whether the file was found by a full backup and deleted before it was read. This isn't a failure. If the user marked
+// the file, its deletion is a failure, and the result is false.
 bool WasDeletedMeanwhile(const BackupRun& run)
 {
     return run.ofWholeDevice && !run.packed.opened &&
            (run.item.error == ERROR_FILE_NOT_FOUND || run.item.error == ERROR_PATH_NOT_FOUND);
 }
 
-// Passes the data written so far to the host, which may read it from then on. 0 or the error.
+// Passes the data that was written so far to the host. Reports to the host that it can read this data. Returns 0 or the
+// error.
 DWORD HandOverData(BackupRun& run)
 {
     if (!HandOverFileBuffers(run.dataFile))
@@ -74,7 +76,8 @@ DWORD HandOverData(BackupRun& run)
     return ERROR_SUCCESS;
 }
 
-// Reports the items of the waiting entries, which the host has lost, and cuts the list back to the entries before them.
+// Called if the waiting entries couldn't be passed to the host. Reports their items as not stored, and cuts these
+// entries off the end of the list.
 void LoseWaitingEntries(BackupRun& run, DWORD error)
 {
     for (DWORD i = 0; i < run.waiting.count; i++)
@@ -83,11 +86,13 @@ void LoseWaitingEntries(BackupRun& run, DWORD error)
     if (gDigestsBlocks)
         gStoredDigests.resize(gStoredDigests.size() - run.waiting.count);
     run.waiting.count = 0;
-    (void)HandOverFileBuffers(run.listFile);  // whether it fails or not, nothing is gathered that the cut would write
+    (void)HandOverFileBuffers(run.listFile);  // empties the buffer, even if it fails, so that the cut writes no bytes
     (void)CutList(run, run.waiting.start);
 }
 
-// Only files wait, and only if their sources are kept: a source is deleted when the list names it.
+// Whether the entry may stay in memory until others are passed to the host too. Only entries of tiny files may. If
+// sources are to be deleted, no entry stays in memory, because a source is deleted only when the list file has its
+// entry.
 bool CanWait(const BackupRun& run, BYTE kind)
 {
     return kind == ItemKindFile && run.writesListAfterData && !gOptions.deleteBackedUp &&
@@ -101,9 +106,10 @@ void AddWaitingEntry(BackupRun& run, const BackupEntry& entry)
     CopyText(run.waiting.paths[run.waiting.count++], run.itemName);
 }
 
-// dataBytes grows by what WriteFile reports, so that on a full card the next item's offset is still right. The number
-// of bytes read is compared with the number packed, because a failing disk can end the stream early. A long stream is
-// handed over in parts, so that the host can read them while the run copies the rest with one processor.
+// Copies the temporary stream into the data file. dataBytes grows by the number of bytes that WriteFile reports, so
+// that the next item's offset is correct even on a full card. The number of bytes read is compared with the number
+// packed, because a failing disk can end the stream early. A long stream is passed to the host in parts. So the host
+// can read the first parts on an idle processor while the run copies the rest.
 void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
 {
     ByteCounter counter = StartByteCounter(run.progress, TextBackedUpCountFormat);
@@ -126,7 +132,7 @@ void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed faile
         NoteFailure(run.item, ERROR_HANDLE_EOF);
 }
 
-// Passes the entry to the host, and those that wait before it. 0 or the error.
+// Passes the current entry and the waiting entries before it to the host. Returns 0 or the error.
 DWORD HandOverEntries(BackupRun& run)
 {
     if (!HandOverFileBuffers(run.listFile))
@@ -172,7 +178,8 @@ void DeleteTemporaryStream(BackupRun& run)
 
 BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead)
 {
-    // The stream of a killed run can still be locked for a moment, and opening it would fail. A new file isn't.
+    // The temporary stream of a killed run can still be locked for a moment. In that case opening it would fail. So the
+    // old file is deleted. The new file isn't locked.
     if (!run.temporaryIsDeleted)
         DeleteTemporaryStream(run);
     BOOL result = FALSE;
@@ -183,7 +190,7 @@ BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead)
         result = WriteSmallStream(*ahead, run.temporaryPath, run.packed);
     else
         run.packed.error = ahead->error;
-    if (run.packed.made)  // otherwise a file that has appeared there is another program's
+    if (run.packed.made)  // if it wasn't made, a file at this path is another program's
         run.temporaryIsDeleted = false;
     if (!run.packed.whole)
         NoteFailure(run.item, run.packed.error);
@@ -245,7 +252,7 @@ void EndEntry(BackupRun& run, BackupEntry& entry)
     if (lost != ERROR_SUCCESS)
         NoteFailure(run.item, lost);
     if (lost != ERROR_SUCCESS && run.waiting.count != 0)
-        LoseWaitingEntries(run, lost);  // this entry comes after them
+        LoseWaitingEntries(run, lost);  // also cuts off this entry, which comes after the waiting ones
     else if (lost != ERROR_SUCCESS || !entry.listed)
         CutEntryOff(run, entry);
     else if (gDigestsBlocks)

@@ -1,5 +1,5 @@
-// backup_entry.h - the state of a backup run, and the steps that put an item into its set: pack it to the temporary
-// stream, then write an entry to the list file and the stream's bytes to the data file.
+// backup_entry.h - declares the state of a backup run, and the steps that store an item in the set. The item is packed
+// to the temporary stream. Then an entry is written to the list file, and the stream's bytes to the data file.
 #pragma once
 
 #include "item_outcome.h"
@@ -13,14 +13,15 @@
 #include "ce/file.h"
 #include "ce/window.h"
 
-// Entries of tiny files that are complete but not yet passed to the host. Two writes to the host for each would take
-// half of the run's time for such a file.
+// Completed entries of tiny files stay in memory as waiting entries, so that several are passed to the host together.
+// If each entry were passed alone, its two writes to the host would take half of the run's time for the file. The
+// following numbers limit how many entries wait, and the size in bytes of the stream of a waiting entry.
 inline constexpr DWORD MostWaitingEntries = 16;
 inline constexpr DWORD MostWaitingStreamBytes = 4096;
 
 struct WaitingEntries {
     DWORD count;
-    DWORD start;  // offset of the first one in the list file
+    DWORD start;  // offset of the first waiting entry in the list file
     WCHAR paths[MostWaitingEntries][MAX_PATH];
 };
 
@@ -29,23 +30,23 @@ struct BackupRun {
     HANDLE listFile = INVALID_HANDLE_VALUE;
     HANDLE dataFile = INVALID_HANDLE_VALUE;
     HWND progress = nullptr;
-    BackupLog* log = nullptr;    // null before the set has its number, or if there is no memory for it
+    BackupLog* log = nullptr;    // null before the set has its number, or if there is no memory for the log
     BOOL ofWholeDevice = FALSE;  // the items were found by a full backup, not marked by the user
     DWORD number = 0;
-    DWORD folderError = ERROR_SUCCESS;  // of making the folder of the sets
-    DWORD dataBytes = 0;                // in the data file so far: the start offset of the next item
+    DWORD folderError = ERROR_SUCCESS;  // error of making the folder of the sets
+    DWORD dataBytes = 0;                // length of the data file so far, which is the start offset of the next item
     WCHAR storageRoot[MAX_PATH] = {};
     WCHAR temporaryPath[MAX_PATH] = {};
-    ItemOutcome item;                 // of the current item
+    ItemOutcome item;                 // outcome of the current item
     PackedStream packed = {};         // the current item's stream at temporaryPath
     bool temporaryIsDeleted = false;  // there is no file at temporaryPath
-    WCHAR itemName[MAX_PATH] = {};    // the last name that the lists returned; empty before the first
+    WCHAR itemName[MAX_PATH] = {};    // name of the last file or database that was begun; empty before the first
     SourceDeletion deletion = {};
-    bool writesListAfterData = false;  // the file layer passes no part of the list to the host before its data
+    bool writesListAfterData = false;  // the file layer passes an entry to the host only after the entry's data
     WaitingEntries waiting = {};
 };
 
-// Without a log the line is dropped.
+// Writes a line to the log. Does nothing if the run has no log.
 template <class... Arguments>
 void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
 {
@@ -53,42 +54,46 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
         run.log->Write(format, arguments...);
 }
 
-// Called after a failed write of an item's entry or data, while the last error is still that of the write. `context` is
-// the run. LogFailedWrite also writes a line to the log, which only files get.
+// Note the failure of the current item. Both functions are called right after a failed write of an item's entry or
+// data, while GetLastError() is still the error of that write. `context` is the run. LogFailedWrite also writes a line
+// to the log. StoreStream is called with LogFailedWrite for files only.
 void NoteFailedWrite(void* context);
 void LogFailedWrite(void* context);
 
-// Begin and end an item. EndItem reports one that isn't in the set whole, and returns whether it is.
+// Begin and end an item. EndItem returns whether the whole item is in the set. If it isn't, although there was
+// something to store, EndItem reports the item.
 void BeginItem(BackupRun& run);
 bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name);
 
-// Packs the file at `path` into the temporary stream and returns the result of CompressFile. A temporary stream that an
-// earlier run or item left is deleted first, so that it is never taken for this item's. `ahead` is what was done of it
-// ahead; null for nothing.
+// Packs the file at `path` into the temporary stream. Returns the result of CompressFile. A temporary stream that an
+// earlier run or item left is deleted first, so that it is never stored for this item. `ahead` is the result of packing
+// the item in advance (thread_ahead.h). It is null if nothing was packed in advance.
 BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead = nullptr);
 
-// Opens the temporary stream. INVALID_HANDLE_VALUE if there is none. It is also returned if the data file would grow
-// beyond the 32 bits of the offsets. The failure is then logged, the stream deleted, and the item gets no entry.
+// Opens the temporary stream. Returns INVALID_HANDLE_VALUE if there is no such stream, or if the data file would grow
+// beyond the 32 bits of the offsets. In the second case the call also logs the failure and deletes the stream, and the
+// item gets no entry.
 HANDLE OpenTemporaryStream(BackupRun& run);
 void DeleteTemporaryStream(BackupRun& run);
 
 // An entry that is being written.
 struct BackupEntry {
-    DWORD start;  // its offset in the list file
-    BOOL listed;  // every write of it has succeeded so far
-    bool waits;   // it is passed to the host with others, unless its item fails
+    DWORD start;  // offset of the entry in the list file
+    BOOL listed;  // all writes of the entry have succeeded so far
+    bool waits;   // the entry is passed to the host together with others, unless its item fails
 };
 
-// Writes the entry's first fields, copies `stream` into the data file and closes it. `failed` is called after each
-// write that fails. The writes after it are still made.
+// Writes the entry's first fields, copies `stream` into the data file and closes the stream. Calls `failed` after each
+// write that fails. The remaining writes are still made.
 BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE stream, bool showCount,
                         WriteFailed failed);
 
-// Passes the waiting entries and their data to the host. If that fails, their items are reported, and the list is cut
-// back to the entries before them.
+// Passes the waiting entries and their data to the host. If that fails, reports the items of these entries as not
+// stored, and cuts the entries off the end of the list.
 void SettleWaitingEntries(BackupRun& run);
 
-// Completes the entry. The data is passed to the host before the list names it, so that a killed run leaves no entry
-// without its data. An entry that isn't whole is cut off the list: a reader couldn't find the entries after it. The
-// entry of a tiny file can wait; see SettleWaitingEntries.
+// Completes the entry by writing its end offset. The data is passed to the host before the end offset, so that a killed
+// run leaves no entry without its data. An entry that isn't whole is cut off the list, because a reader couldn't find
+// the entries after it. EndEntry may keep the entry of a tiny file and its data in memory. SettleWaitingEntries writes
+// them later, together with those of other tiny files.
 void EndEntry(BackupRun& run, BackupEntry& entry);

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Files. Each is packed as it is.
+// Files. The source itself is packed.
 
 void StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
 {
@@ -37,7 +37,8 @@ void BackUpFile(BackupRun& run, const WCHAR* name, SmallStream* ahead)
     StepRunProgress(run.progress);
 }
 
-// Whether the stream that the listing has packed is still that of the file.
+// Takes the stream that the listing has packed for this file, if the file hasn't changed since. Returns whether the
+// stream is taken.
 bool UseKeptStream(AheadItem& item)
 {
     const KeptStream& kept = item.offer.kept;
@@ -72,7 +73,8 @@ void BackUpNext(BackupRun& run)
     BackUpFile(run, next.path, &next.stream);
 }
 
-// A source that is to be deleted isn't read ahead, because its stamp has to be taken before it is read.
+// A source that is to be deleted isn't packed in advance. Its deletion needs a stamp from before the source was read,
+// and a stream that was packed in advance has no stamp.
 void BackUpFiles(BackupRun& run)
 {
     const bool packsAhead = !gOptions.deleteBackedUp && CodecWorks();
@@ -94,9 +96,10 @@ void BackUpFiles(BackupRun& run)
     CloseRunProgress(run.progress);
 }
 
-// Databases. Each is written to an image file in the root, which is packed and deleted.
+// Databases. Each database is written to an image file in the root. The image file is packed and then deleted.
 
-// Whether the image was begun. Otherwise a file at its path is the user's, and is neither stored nor deleted.
+// Writes the database to an image file. Returns whether this file was created. If it wasn't, a file at its path is the
+// user's. The user's file is neither stored nor deleted.
 BOOL MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* path)
 {
     const TemporaryFile image = ExpectTemporaryFile(path);
@@ -110,7 +113,8 @@ BOOL MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* path)
     return made;
 }
 
-// The image of a failed dump is stored too, as far as it goes. Without an image there is a second line in the log.
+// Packs the image of a database and opens the packed stream. If DumpDatabase fails but makes an image, this image is
+// stored too, with the records that could be read. If there is no image, the log gets a second line on the failure.
 HANDLE PackDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath)
 {
     const BOOL made = MakeImage(run, name, imagePath);
@@ -153,14 +157,16 @@ void BackUpDatabases(BackupRun& run)
     });
 }
 
-// The registry. The platform writes it to one file, which is packed and deleted.
+// The registry. The platform writes it to one file. The file is packed and then deleted.
 
 const WCHAR DumpedRegistryPath[] = u"\\TMVRegFile.QBR";
-// Without its backslash the path names the same file, because the platform has no current folder.
+// The platform has no current folder, and each path begins at the root. So the path without its backslash means the
+// same file.
 const WCHAR* const RegistryName = DumpedRegistryPath + 1;
 
-// False if the path has a file of the user's or an old registry. Such a file is neither stored nor deleted. After a
-// failed call the file is stored as far as the call wrote it.
+// Lets the platform write the registry to a file. Returns whether the file may be stored and deleted. If the platform's
+// call failed and a file existed at the path before, the result is false, because that file is the user's or an old
+// registry. If the call failed and no file existed before, the part that the call wrote is stored.
 bool CopyRegistry(BackupRun& run)
 {
     const TemporaryFile file = ExpectTemporaryFile(DumpedRegistryPath);
@@ -173,7 +179,7 @@ bool CopyRegistry(BackupRun& run)
     return IsOwnFile(file, copied);
 }
 
-// Readers ignore the name of the entry, which is that of the item before.
+// The registry's entry gets the name of the item before the registry. Readers ignore this name.
 void StoreRegistry(BackupRun& run, HANDLE stream)
 {
     BackupEntry entry = StoreStream(run, ItemKindRegistry, run.itemName, stream, false, NoteFailedWrite);

@@ -1,9 +1,9 @@
-// backup_items.h - the items of a backup run.
+// backup_items.h - stores the items of a backup run.
 #pragma once
 
 #include "backup_entry.h"
 
-// Stores what is marked into the set: the files, the databases, the registry, in the order of their lists. A failed
-// item is reported and written to the log, and the run continues. The progress window of the files is that of the run;
-// the databases get a window of their own, which stays open.
+// Stores the marked items into the set: first the files and then the databases, in the order of their lists, then the
+// registry. A failed item is reported and written to the log, and the run continues. The files use the progress window
+// of the run. The databases get a new window, which is still open when the call returns.
 void BackUpItems(BackupRun& run);

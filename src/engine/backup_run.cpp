@@ -24,7 +24,8 @@ namespace {
 
 constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
 
-// Day first where the user's short date begins with the day, otherwise month first.
+// Returns whether the user's short date begins with the day. If so, the date in the comment begins with the day,
+// otherwise with the month.
 bool DayComesFirst()
 {
     WCHAR format[TextChars] = {};
@@ -42,8 +43,8 @@ BOOL CollectStorageFolder(const WCHAR* name, const WCHAR* folder, DWORD attribut
     return TRUE;
 }
 
-// Lets the user choose a card or the device itself. On TRUE `storageRoot` is the card's path without a trailing
-// backslash, or empty for the device.
+// Lets the user choose a card or the device itself. Returns TRUE after a choice. In that case `storageRoot` is the
+// card's path without a trailing backslash, or empty for the device.
 BOOL ChooseStorage(WCHAR (&storageRoot)[MAX_PATH])
 {
     ChoiceList storages;
@@ -73,8 +74,8 @@ HANDLE CreateList(const WCHAR* path, DWORD creation, DWORD& error)
     return list;
 }
 
-// Creates the list file. If there is one already, asks the user whether to replace it. `error` is the reason if no file
-// was created.
+// Creates the list file. If it can't be created as a new file, usually because it exists, asks the user whether to
+// replace it. If no file was created, `error` is the reason.
 HANDLE OpenList(const WCHAR* path, DWORD& error)
 {
     HANDLE list = CreateList(path, CREATE_NEW, error);
@@ -87,8 +88,9 @@ HANDLE OpenList(const WCHAR* path, DWORD& error)
     return list;
 }
 
-// Finds the first number whose list file can be created, unless the run is to stop. Reports "all numbers are taken"
-// only if that is the only reason why there is none; otherwise the first other reason.
+// Creates the list file with the first number for which this is possible. Gives up if the run is to stop. If no list
+// file can be created, reports the first error other than that of an existing file. If there was no other error,
+// reports that all numbers are taken.
 bool SettleNumber(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -121,8 +123,8 @@ bool ReplaceList(BackupRun& run)
     return run.listFile != INVALID_HANDLE_VALUE;
 }
 
-// A data file of this number is replaced, also if the list file is new. Checksums of a replaced set are deleted,
-// because the new set would count as damaged by them.
+// Creates the log and the data file. Replaces an old data file of this number, even if the list file is new. Deletes
+// the checksums of a replaced set. The new set doesn't match them and would be treated as damaged.
 bool OpenLogAndData(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -152,8 +154,9 @@ bool WriteHead(BackupRun& run)
     return false;
 }
 
-// After the run the card can be taken out, so the set must be on the disk. The data goes first: a list on the disk
-// never names bytes that aren't. The platform reports a failure by the name of the file.
+// After the run the card can be taken out, so the set must be on the disk. The data file is flushed first. So the list
+// on the disk never has an entry whose bytes aren't on the disk. If a flush fails, the platform reports the file by its
+// name.
 void FlushSet(BackupRun& run)
 {
     for (HANDLE file : {run.dataFile, run.listFile}) {
@@ -186,7 +189,7 @@ void MakeSet(BackupRun& run)
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
-    // The run goes on after a failure. It ends only if the list file can't be created.
+    // If the folder can't be made, the run continues. The run ends if the list file can't be created.
     if (!CreateDirectoryW(folder, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
         run.folderError = GetLastError();
     const bool listed = run.number != 0 ? ReplaceList(run) : SettleNumber(run);
@@ -205,7 +208,7 @@ void MakeSet(BackupRun& run)
 
 }  // namespace
 
-// The comment is cut if it no longer fits.
+// Cuts the comment if it doesn't fit together with the date.
 void ComposeComment()
 {
     SYSTEMTIME now;

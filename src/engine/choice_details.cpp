@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::uint64_t Thousand = 1000;
 
-// Whole numbers of two to four digits.
+// Writes the free space as a whole number of at most four digits and a unit. If the unit is KB or larger, the number
+// has at least two digits.
 void FormatFreeSpace(WCHAR (&detail)[TextChars], std::uint64_t bytes)
 {
     const WCHAR* const formats[] = {u"%u bytes free", u"%u KB free", u"%u MB free", u"%u GB free", u"%u TB free"};
@@ -35,7 +36,7 @@ bool ReadComment(const WCHAR* listPath, WCHAR (&comment)[CommentChars])
     return whole;
 }
 
-// The character after the end of the line; the terminator in the last line.
+// Returns the beginning of the next line. After the last line this is the terminator.
 const WCHAR* NextLine(const WCHAR* line)
 {
     while (*line && *line != u'\n')
@@ -43,7 +44,8 @@ const WCHAR* NextLine(const WCHAR* line)
     return *line ? line + 1 : line;
 }
 
-// Appends the line without its end, and a blank.
+// Appends the line without its line end, then a blank. `at` is the length of the text in `detail`. Returns the new
+// length.
 std::size_t AppendLine(WCHAR (&detail)[TextChars], std::size_t at, const WCHAR* line)
 {
     for (; *line && *line != u'\r' && *line != u'\n' && at + 2 < TextChars; line++)

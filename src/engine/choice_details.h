@@ -1,13 +1,14 @@
-// choice_details.h - what the user should know of a storage or a set before choosing it. The chooser shows it beside
-// the choice (questions.h).
+// choice_details.h - describes a storage or a set for the user who is to choose one. The chooser dialog shows this text
+// beside the choice (questions.h).
 #pragma once
 
 #include "set/texts.h"
 
 #include "ce/types.h"
 
-// Its free space. Empty if that can't be read.
+// Describes the storage by its free space. `detail` is empty if the free space can't be read.
 void DescribeStorage(const WCHAR* storage, WCHAR (&detail)[TextChars]);
 
-// Its date and comment, the latter in one line. Empty if the list file can't be read.
+// Describes the set by its date and its comment. The comment is put in one line. `detail` is empty if the list file
+// can't be read or its comment is damaged.
 void DescribeSet(const WCHAR* listPath, WCHAR (&detail)[TextChars]);

@@ -1,4 +1,5 @@
-// choice_list.h - the choices that a walk collects for the user (ChooseFromList), as a double-NUL list that grows.
+// choice_list.h - defines the list of choices that ChooseFromList shows to the user. A walk through folders adds the
+// choices one by one.
 #pragma once
 
 #include "ce/types.h"
@@ -12,5 +13,5 @@ struct ChoiceList {
 
 bool IsEmpty(const ChoiceList& list);
 
-// Appends a text. An empty one would end the list and is left out.
+// Appends a text. An empty text is left out, since it would end the list.
 void AddChoice(ChoiceList& list, const WCHAR* text);

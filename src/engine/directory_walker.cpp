@@ -12,7 +12,8 @@ const WCHAR* gFolderLeftOut;
 
 namespace {
 
-// Recursion: each level makes the path longer, so the length of a path limits the depth.
+// This function and WalkDirectory call each other. Each level makes the path longer, so the limit of a path's length
+// also limits the depth.
 DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, WalkCallback callback, UINT_PTR context)
 {
     WCHAR subfolder[MAX_PATH];
@@ -32,7 +33,7 @@ DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, Walk
 std::uint64_t BytesOfFile(const WCHAR* path)
 {
     BY_HANDLE_FILE_INFORMATION information = {};
-    // This opening asks for no access, so it succeeds for such files too.
+    // This call asks for no access, so it also succeeds for a file that is in use or can't be read.
     HANDLE file = CreateFileW(path, 0, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return 0;

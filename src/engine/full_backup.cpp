@@ -16,19 +16,19 @@
 
 namespace {
 
-// The number of files isn't known beforehand. After its end the bar starts again.
+// The number of files isn't known in advance. When the bar has reached its end, it starts again.
 constexpr DWORD ListingRange = 1500;
 constexpr DWORD ListingStep = 10;
 
-// Whether the name is one that the file with the checksums of a set gets: QLBX0001.SUM. Other files can end in SUM,
-// too.
+// Whether the name is that of a set's checksum file, such as QLBX0001.SUM. Other files can end in SUM too, so the
+// length and the beginning of the name are tested as well.
 bool IsSealName(const WCHAR* name)
 {
     const std::u16string_view whole = name;
     return whole.size() == 12 && whole.starts_with(u"QLBX") && whole.ends_with(u".SUM");
 }
 
-// Whether the name is that of a file of a set, which a full backup leaves out in any folder.
+// Whether the name is that of a file of a set. A full backup leaves out such files in any folder.
 bool IsSetFile(const WCHAR* name)
 {
     const std::size_t characters = wcslen(name);
@@ -43,8 +43,8 @@ bool HasAttribute(DWORD attributes, DWORD wanted)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
 
-// The attributes of the folder of the last file. A walk lists a folder's files one after the other, so nearly all of
-// them need no call of the platform.
+// The folder of the file that was found last, and the attributes of this folder. A walk lists a folder's files one
+// after the other. So for nearly all files the attributes are known without a call of the platform.
 struct KnownFolder {
     WCHAR path[MAX_PATH];
     DWORD attributes;
@@ -71,7 +71,8 @@ bool AddItem(const ItemKind& kind, const WCHAR* name, std::uint64_t bytes)
     return false;
 }
 
-// A file that was deleted since the folder was read isn't part of the backup. No program can read a module in ROM.
+// Reports a file that can't be read. Two kinds of files aren't reported. A file that was deleted after its folder was
+// read isn't part of the backup. A module in ROM can't be read by any program.
 void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
 {
     const bool gone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
@@ -79,8 +80,8 @@ void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
         ReportItem(OutcomeNotStored, OutcomeFile, path, error);
 }
 
-// Only opening a file shows whether it can be read. A file that is in use is left out. A tiny file is packed while it
-// is open.
+// Opens the file, since only this shows whether it can be read. If the file can't be opened, for example because it is
+// in use, `error` is set, and the backup leaves the file out. A tiny file is packed while it is open.
 void TestReadable(AheadItem& item, SmallStreamMemory& memory)
 {
     if (item.offer.packs) {
@@ -96,7 +97,7 @@ void TestReadable(AheadItem& item, SmallStreamMemory& memory)
         CloseHandle(file);
 }
 
-// Adds the oldest file that was found, so that the list has the order of the walk.
+// Adds the oldest file that was offered and isn't added yet. So the list has the order of the walk.
 void AddNext(HWND progress)
 {
     AheadItem& next = TakeAhead();
@@ -120,7 +121,7 @@ void OfferFile(const WCHAR* path, DWORD attributes, HWND progress)
                       .packs = gPacksTinyFiles && gWalkedEntry.bytes <= MostKeptSourceBytes && IsRoomForKeptStream()});
 }
 
-// FALSE, which ends the walk of this folder, if the run is to stop.
+// Returns FALSE if the run is to stop. This ends the walk of the folder.
 BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR progress)
 {
     if (JobIsToStop())
@@ -140,7 +141,8 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes,
     return TRUE;
 }
 
-// A file below a folder that the user named. It may lie directly in a card, and the list can have it already.
+// Adds a file below a folder that the user named. Unlike in a full backup, the file may be directly in a card. A file
+// that the list has already isn't added again.
 BOOL AddFileOfFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR /*unused*/)
 {
     if (JobIsToStop())
@@ -159,7 +161,8 @@ void WalkForItems(const WCHAR* root, WalkCallback add, HWND progress)
 {
     gPathsTooLong = {};
     gPathsTooLong.areItems = TRUE;
-    // A source that is to be deleted is stamped and read by the run.
+    // Sources that are to be deleted aren't packed here. The run packs them itself, since it needs their stamps from
+    // before the read.
     gPacksTinyFiles = !gOnlyLists && !gOptions.deleteBackedUp && CodecWorks();
     StartAhead(TestReadable, IsRoomForSmallStream);
     WalkDirectory(root, nullptr, TRUE, FALSE, add, reinterpret_cast<UINT_PTR>(progress));
@@ -219,7 +222,7 @@ void ListPath(const WCHAR* path)
 {
     const DWORD attributes = GetFileAttributesW(path);
     if (!HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY)) {
-        // One that can't be read is reported by the run.
+        // If the file can't be read, the run reports it.
         if (!gFileList || !gFileList->Contains(path, NameBytes(path)))
             AddItem(KindOf(ItemKindFile), path, BytesOfFile(path));
         return;
@@ -240,7 +243,7 @@ DWORD RunFullBackup()
         ForgetListing();
         return 0;
     }
-    const PathsTooLong left = gPathsTooLong;  // the run's own walk can note further ones
+    const PathsTooLong left = gPathsTooLong;  // the run's own walk can note further paths
 
     const DWORD registryMarked = gRegistryMarked;
     gRegistryMarked = gFullRegistry ? 1 : 0;
@@ -248,7 +251,8 @@ DWORD RunFullBackup()
     RunBackup(BackupListedItems);
     gRegistryMarked = registryMarked;
     ForgetListing();
-    // After the run, so that the set is complete while the message is open, and not if the user cancelled the run.
+    // The message is shown after the run, so that the set is complete while the message is open. It isn't shown if the
+    // user cancelled the run.
     if (gLastSetNumber != 0 || nothing)
         ShowPathsTooLong(left);
     return 1;

@@ -14,8 +14,8 @@ void ForEachDatabase(const std::function<void(const WCHAR*)>& visit)
         return;
     while (const CEOID oid = CeFindNextDatabase(enumeration)) {
         CEOIDINFO info = {};
-        // A missing database was deleted since the enumeration returned it. A leading backslash marks a system
-        // database.
+        // If the call fails, the database was deleted after the enumeration returned it. The names of system databases
+        // begin with a backslash. No backup includes system databases.
         const bool there = CeOidGetInfo(oid, &info) && info.wObjType == OBJTYPE_DATABASE;
         const WCHAR* name = info.infDatabase.szDbaseName;
         visit(there && name[0] != u'\\' ? name : nullptr);

@@ -1,5 +1,5 @@
-// item_outcome.h - the outcome of the item that a run is working on, and the program's temporary files, for the report
-// of items that aren't whole (ce/outcome.h).
+// item_outcome.h - notes whether the current item of a run has failed, and distinguishes temporary files of the program
+// from files of the user. A run reports failed items and replaced files of the user (ce/outcome.h).
 #pragma once
 
 #include "set/item_kinds.h"
@@ -8,7 +8,7 @@
 #include "ce/types.h"
 
 struct ItemOutcome {
-    DWORD error = ERROR_SUCCESS;  // of the first call that failed
+    DWORD error = ERROR_SUCCESS;  // error of the first call that failed
 };
 
 inline bool IsWhole(const ItemOutcome& item)
@@ -16,21 +16,23 @@ inline bool IsWhole(const ItemOutcome& item)
     return item.error == ERROR_SUCCESS;
 }
 
-// A call can fail without setting an error. The item isn't whole then either.
+// Notes the error of a failed call, unless an earlier error was noted. A call can fail without setting an error. In
+// that case ERROR_GEN_FAILURE is noted.
 inline void NoteFailure(ItemOutcome& item, DWORD error)
 {
     if (IsWhole(item))
         item.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-// Called before an item. True if the run is to stop: it then leaves the item out, which is reported.
+// Called before an item. Returns true if the run is to stop. In that case the run leaves the item out, and this call
+// has reported the item as not reached.
 bool StopsBefore(const ItemKind& kind, const WCHAR* name);
 
-// Reports that a temporary file of the program has replaced a file of the user's of the same name.
+// Reports that a temporary file of the program has replaced a user's file of the same name.
 void ReportReplacedFile(const WCHAR* path);
 
-// A temporary file that a call of the platform or of the set's room is about to make. The user can have a file of the
-// same name, which must not be taken for the program's.
+// A temporary file that a call of the platform or of the room `set` is about to make. The user can have a file of the
+// same name. The program must not use or delete the user's file as its own.
 struct TemporaryFile {
     const WCHAR* path;
     bool existed;  // before the call
@@ -38,6 +40,7 @@ struct TemporaryFile {
 
 TemporaryFile ExpectTemporaryFile(const WCHAR* path);
 
-// Called after the call; `made` says whether the call began a new file. True if a file at the path is the program's, to
-// be used and deleted. Reports a file that was replaced.
+// Called after the call that makes the file. `made` says whether that call began a new file. Returns true if a file at
+// the path is the program's and may be used and deleted. If the call replaced a file of the user, reports the
+// replacement.
 bool IsOwnFile(const TemporaryFile& file, bool made);

@@ -1,10 +1,10 @@
-// The streams lie one after another in chunks, each after its numbers, in the order of the entries. Writing and reading
-// advance a position each. A record never crosses the end of a chunk: with less room than the largest record needs, the
-// next chunk is used.
+// Each kept stream has a record, which consists of numbers and the bytes of the stream. The records are stored one
+// after another in chunks, in the order of the entries. The next record is written at gEnd and read at gNext. A record
+// never crosses the end of a chunk: if a chunk has less room than the largest record needs, the next chunk is used.
 //
-// The numbers of a record are stored as differences from those of the record before it, which are small, in seven bits
-// a byte. What all kept sources have in common isn't stored: that their stamps prove writes, and that no other process
-// had them open.
+// The numbers of a record are stored as differences from the numbers of the record before it, with seven bits in each
+// byte. The differences are small and so take few bytes. The fields provesWrites and wasAlone of a stamp aren't stored,
+// since they are TRUE for all kept sources.
 #include "kept_streams.h"
 
 #include <array>
@@ -17,12 +17,12 @@ namespace {
 constexpr DWORD ChunkBytes = 65536;
 constexpr DWORD Chunks = 128;
 
-// Times are in nanoseconds since 1970. The length in the stamp is that of what was read.
+// The numbers of a record. Times are in nanoseconds since 1970. ReadBytes is also the length in the stamp.
 enum Number { Entry, Device, Inode, Written, Changed, Digest, ReadBytes, StreamBytes, NumberCount };
 using Numbers = std::array<std::uint64_t, NumberCount>;
 
 constexpr std::uint64_t Nanoseconds = 1'000'000'000;
-constexpr std::uint64_t MostSeconds = 9'000'000'000;  // the nanoseconds fit 63 bits
+constexpr std::uint64_t MostSeconds = 9'000'000'000;  // so the nanoseconds fit into 63 bits
 constexpr DWORD MostNumberBytes = 10;
 constexpr DWORD MostRecordBytes = NumberCount * MostNumberBytes + StreamPieceBytes;
 
@@ -34,10 +34,10 @@ struct Position {
 std::unique_ptr<BYTE[]> gChunks[Chunks];
 bool gIsFull;
 Position gEnd;
-Numbers gWritten;  // of the last record
+Numbers gWritten;  // numbers of the record that was written last
 Position gNext;
-Numbers gRead;           // of the last record that was read
-const BYTE* gReadBytes;  // its stream; null before the first
+Numbers gRead;           // numbers of the record that was read last
+const BYTE* gReadBytes;  // stream of the record that was read last; null before the first read
 
 BYTE* At(const Position& position)
 {
@@ -56,7 +56,7 @@ bool IsBefore(const Position& position, const Position& end)
     return position.chunk < end.chunk || (position.chunk == end.chunk && position.offset < end.offset);
 }
 
-// The sign goes to the lowest bit, so that small differences of both signs take few bytes.
+// Writes a difference. Its sign is moved to the lowest bit, so that a small negative difference takes few bytes too.
 BYTE* PutDifference(BYTE* to, std::uint64_t difference)
 {
     std::uint64_t rest = difference << 1 ^ (0 - (difference >> 63));

@@ -1,9 +1,9 @@
 // piece_copy.h - copies a stream between the data file and a temporary file, in pieces of 260 bytes.
 //
-// A write that fails concerns one piece, and the next piece is tried. A read that gives nothing ends the copy. The
-// counter of bytes follows each piece. For speed the platform gets many pieces in one call. If such a call fails, its
-// pieces are tried one by one, so what is copied and logged is the same as if each piece had been read and written by
-// itself.
+// If the write of a piece fails, the remaining pieces are still written. A read that returns no bytes ends the copy.
+// The callback `copied` is called after each piece. For speed one call of the platform reads or writes many pieces. If
+// such a call fails, the remaining pieces are tried one by one. So the copied bytes and the log are the same as if each
+// piece had been read and written by a call of its own.
 #pragma once
 
 #include "item_outcome.h"
@@ -14,11 +14,13 @@
 
 inline constexpr DWORD PieceBytes = 260;
 
-// Pieces in one call. The file layer gathers writes of up to 8 KB.
+// The number of pieces in one call. Together these pieces are just below 8 KB, the largest write that the file layer
+// gathers.
 inline constexpr DWORD PiecesAtOnce = 31;
 
-// Writes `count` bytes. Calls `failed` right after each write of a piece that fails, and copied(read, written) after
-// each piece. The write of several pieces that fails counts for the piece in which it ended. It isn't repeated.
+// Writes `count` bytes. Calls `failed` right after each failed write, and copied(read, written) after each piece. If a
+// write of several pieces fails, only the piece in which the write ended is treated as failed. That piece isn't written
+// again.
 template <class Failed, class Copied>
 void WritePieces(HANDLE to, const BYTE* bytes, DWORD count, const Failed& failed, const Copied& copied)
 {
@@ -42,7 +44,7 @@ void WritePieces(HANDLE to, const BYTE* bytes, DWORD count, const Failed& failed
     }
 }
 
-// Copies at most `most` bytes, fewer if `from` ends before. A failed read is noted in `item`.
+// Copies at most `most` bytes, or fewer if `from` ends earlier. Notes a failed read in `item`.
 template <class Failed, class Copied>
 void CopyPieces(HANDLE from, HANDLE to, std::uint64_t most, ItemOutcome& item, const Failed& failed,
                 const Copied& copied)

@@ -10,5 +10,5 @@ void LookUpRegistryFileCalls()
     HMODULE platform = LoadLibraryW(u"\\WINDOWS\\COREDLL.DLL");
     gRegCopyFile = reinterpret_cast<RegistryFileCall>(GetProcAddressW(platform, u"RegCopyFile"));
     gRegRestoreFile = reinterpret_cast<RegistryFileCall>(GetProcAddressW(platform, u"RegRestoreFile"));
-    FreeLibrary(platform);  // the program keeps it loaded, so the pointers stay valid
+    FreeLibrary(platform);  // the program keeps the library loaded, so the pointers stay valid
 }

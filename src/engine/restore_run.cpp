@@ -24,7 +24,8 @@
 
 namespace {
 
-// Both in the device's root, wherever the set is. They exist during one item only.
+// The temporary files of a restore. Both are in the device's root, even if the set is on a card. Each exists only while
+// one item is restored.
 const WCHAR TemporaryStreamPath[] = u"\\BK000.TMP";
 const WCHAR RestoredRegistryPath[] = u"\\BKREG.TMP";
 
@@ -32,21 +33,22 @@ const WCHAR RestoredRegistryPath[] = u"\\BKREG.TMP";
 struct RestoreRun {
     HANDLE dataFile = INVALID_HANDLE_VALUE;
     HWND progress = nullptr;
-    DWORD restoredBytes = 0;      // of files and databases, copied out of the data file so far
-    ItemOutcome item;             // of the current item
-    bool declined = false;        // the options or the user keep what the device has in place of the current item
-    bool lastWasMissing = false;  // the file that was looked up or made last didn't exist before
+    DWORD restoredBytes = 0;      // bytes of files and databases that were copied out of the data file so far
+    ItemOutcome item;             // outcome of the current item
+    bool declined = false;        // the current item isn't restored: the options or the user keep what the device has
+    bool lastWasMissing = false;  // the file that was looked up last didn't exist
 };
 
-// The longest stream that is copied out before it is known whether its file may be restored.
+// The size in bytes of the longest stream that is copied out of the data file before the run knows whether its file may
+// be restored.
 constexpr DWORD MostTriedBytes = 16384;
 
 // What the progress window shows while a stream is copied out.
 enum class Shown { Nothing, Step, StepAndCount };
 
-// One item: its stream is copied out of the data file to the temporary stream, which is then unpacked.
+// One item. Its stream is copied from the data file to the temporary stream. Then the temporary stream is unpacked.
 
-// Calls restore() between the beginning and the end of an item, and reports an item that isn't whole.
+// Restores one item: shows it, calls restore(), and reports the item if it isn't whole.
 template <class Restore>
 void RestoreItem(RestoreRun& run, const ItemKind& kind, const EntryBuffer& entry, const Restore& restore)
 {
@@ -84,8 +86,8 @@ HANDLE CreateTemporaryStream()
     return temporary;
 }
 
-// Copies the bytes of `entry` to the temporary stream, fewer if the data file ends before. False if there is no
-// temporary stream; otherwise the caller deletes it.
+// Copies the bytes of `entry` to the temporary stream, or fewer if the data file ends earlier. Returns false if no
+// temporary stream was created. Otherwise the caller must delete the temporary stream.
 bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, Shown shown)
 {
     const DWORD start = EntryStartOffset(entry.bytes);
@@ -106,8 +108,8 @@ bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, Shown shown)
     return true;
 }
 
-// Unpacks the temporary stream into a file. Whether the file was made; it isn't if the stream has no magic, or if there
-// is one already and `keepsOld`.
+// Unpacks the temporary stream into a file. Returns whether the file was created. It isn't created if the stream has no
+// magic, or if `keepsOld` is true and a file exists at the path.
 bool Unpack(RestoreRun& run, const WCHAR* path, bool keepsOld = false)
 {
     StreamOutcome unpacked;
@@ -117,7 +119,8 @@ bool Unpack(RestoreRun& run, const WCHAR* path, bool keepsOld = false)
     return unpacked.made != FALSE;
 }
 
-// Unpacks into a temporary file. False if a file at the path is the user's, which is neither used nor deleted.
+// Unpacks into a temporary file. Returns false if the file at the path is still the user's. In that case the caller
+// neither uses nor deletes the file.
 bool UnpackToTemporaryFile(RestoreRun& run, const WCHAR* path)
 {
     const TemporaryFile file = ExpectTemporaryFile(path);
@@ -126,7 +129,8 @@ bool UnpackToTemporaryFile(RestoreRun& run, const WCHAR* path)
 
 // Files.
 
-// The user can stop the run at the question, which is then a No to this file.
+// Asks the user whether the file may be replaced. The user can also stop the run at this question. The answer is then
+// treated as No, and the file is reported as not reached.
 bool AskReplace(const WCHAR* name)
 {
     if (gRunQuestions.mayReplaceFile(name))
@@ -135,8 +139,8 @@ bool AskReplace(const WCHAR* name)
     return false;
 }
 
-// Whether no file of that name exists. If the call fails for another reason, given in `error`, the file counts as
-// existing.
+// Returns whether the device has no file of that name. If this can't be found out, returns false, and `error` is the
+// reason.
 bool IsMissing(const WCHAR* name, DWORD& error)
 {
     error = ERROR_SUCCESS;
@@ -186,9 +190,9 @@ void ShowRestored(RestoreRun& run, DWORD bytes)
     }
 }
 
-// Restores a small file that is likely missing without looking it up first, which saves a call on the host. Its opening
-// as a new file finds out. False if the file couldn't be made for any reason. Then no file has changed, and nothing was
-// shown.
+// Restores a small file that probably doesn't exist on the device yet. The file isn't looked up first, so a call on the
+// host is saved. If the file exists, creating it as a new file fails. Returns false if the file wasn't made. In that
+// case no file has changed, and nothing was shown.
 bool RestoreIfMissing(RestoreRun& run, const EntryBuffer& entry)
 {
     const DWORD bytes = EntryStreamBytes(entry.bytes);
@@ -218,8 +222,8 @@ void RestoreFile(RestoreRun& run, const EntryBuffer& entry)
     });
 }
 
-// Calls restore(run, entry) for each item in the list of this kind, under a progress window with the text `title`.
-// The window stays open.
+// Calls restore(run, entry) for each item in the list of this kind. Opens a progress window with the text `title`, and
+// leaves the window open.
 void RestoreListed(RestoreRun& run, const ItemKind& kind, UINT title, void (*restore)(RestoreRun&, const EntryBuffer&))
 {
     run.progress = OpenRunProgress(title, CountOf(*kind.list));
@@ -239,10 +243,11 @@ void RestoreFiles(RestoreRun& run)
     CloseRunProgress(run.progress);
 }
 
-// Databases. The stream is unpacked to an image file in the root, from which the database is made. RestoreDatabase asks
-// the user whether it replaces a database that exists.
+// Databases. The stream is unpacked to an image file in the root, and the database is made from this file. If a
+// database exists, RestoreDatabase asks the user whether to replace it.
 
-// The length of the longest folder of the path that exists, in characters; 0 for the root.
+// Returns the length in characters of the path of the deepest folder in `path` that exists. The length is 0 for the
+// root.
 std::size_t ExistingFolderChars(const WCHAR* path)
 {
     WCHAR folder[MAX_PATH];
@@ -256,7 +261,7 @@ std::size_t ExistingFolderChars(const WCHAR* path)
     return 0;
 }
 
-// Removes the folders of the path that are longer than `existing` characters and empty.
+// Removes the empty folders of `path` whose own paths are longer than `existing` characters.
 void RemoveNewFolders(const WCHAR* path, std::size_t existing)
 {
     WCHAR folder[MAX_PATH];
@@ -268,8 +273,8 @@ void RemoveNewFolders(const WCHAR* path, std::size_t existing)
     }
 }
 
-// Makes the database from its image and deletes the image. The user's No to a replacement isn't a failure, but the user
-// can also stop the run at that question.
+// Makes the database from its image and deletes the image. It isn't a failure if the user doesn't allow a replacement.
+// The user can also stop the run at that question. In that case the database is reported as not reached.
 void MakeDatabase(RestoreRun& run, const WCHAR* imagePath, const WCHAR* name)
 {
     SetLastError(ERROR_SUCCESS);
@@ -289,7 +294,7 @@ void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
             return;
         WCHAR imagePath[MAX_PATH];
         wsprintfW(imagePath, u"\\%s.CDB", entry.name);
-        // A backslash in the database's name makes folders.
+        // If the database's name has backslashes, unpacking makes folders for the image.
         const std::size_t existing = ExistingFolderChars(imagePath);
         if (UnpackToTemporaryFile(run, imagePath))
             MakeDatabase(run, imagePath, entry.name);
@@ -299,13 +304,13 @@ void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
     });
 }
 
-// Its window stays open for the registry.
+// The progress window stays open for the registry.
 void RestoreDatabases(RestoreRun& run)
 {
     RestoreListed(run, KindOf(ItemKindDatabase), TextRestoringDatabases, RestoreDatabaseItem);
 }
 
-// The registry. The stream is unpacked to a file, which the platform takes over.
+// The registry. The stream is unpacked to a file, and the platform restores the registry from this file.
 
 void PassRegistryOn(RestoreRun& run)
 {
@@ -313,13 +318,15 @@ void PassRegistryOn(RestoreRun& run)
         SetLastError(ERROR_SUCCESS);
         if (!gRegRestoreFile || !gRegRestoreFile(RestoredRegistryPath))
             NoteFailure(run.item, GetLastError());
-        (void)DeleteFileW(RestoredRegistryPath);  // fails after a success, when the platform has moved the file
+        // After a success the platform has moved the file, and this call fails.
+        (void)DeleteFileW(RestoredRegistryPath);
     }
     (void)WithdrawTemporaryFile(RestoredRegistryPath);
     (void)DeleteFileW(TemporaryStreamPath);
 }
 
-// Whatever the platform answered, the user is asked to restart the device. A failure is in the report.
+// Restores the registry if the restore includes it. Afterwards asks the user to restart the device, even if the
+// platform couldn't restore the registry. The report contains such a failure.
 void RestoreRegistry(RestoreRun& run)
 {
     if (!gRegistryMarked || StopsBefore(KindOf(ItemKindRegistry), u""))
@@ -340,7 +347,7 @@ void RestoreRegistry(RestoreRun& run)
 
 DWORD ShowNothingToRestore(const WCHAR* listPath, WORD mode)
 {
-    // The user wanted all of the set, and nothing is restored.
+    // The user wanted to restore the whole set, but nothing is restored. This is a failure.
     if (mode == RestoreFull)
         ReportItem(OutcomeNotRestored, OutcomeFile, listPath, ERROR_NO_DATA);
     MessageBoxW(gMainWindow, LoadText(TextNothingToRestore, gTextA), u"Info", MB_OK);
@@ -360,8 +367,8 @@ void ReportNothingRestored(DWORD error)
     }
 }
 
-// Reports the list as damaged if the data file goes on after the last stream that an entry names: then entries are
-// missing at the end of the list.
+// Reports the list as damaged if the data file continues after the end of the last stream that an entry names. In that
+// case entries are missing at the end of the list.
 void ReportDataWithoutEntry(HANDLE dataFile, const WCHAR* listPath)
 {
     DWORD end = gRegistryMarked ? EntryEndOffset(gRegistryEntry.bytes) : 0;
@@ -382,7 +389,8 @@ void RestoreItems(RestoreRun& run)
     RestoreRegistry(run);
 }
 
-// The choice of a set. It is found by the name of its list file, in any folder.
+// Lets the user choose a set. The search goes through all folders of the device, and takes each file whose name ends in
+// QLT as the list file of a set.
 
 BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, DWORD /*attributes*/, UINT_PTR context)
 {

@@ -10,8 +10,8 @@ namespace {
 const char LineEnd[] = " \r\n";
 constexpr DWORD LineEndBytes = sizeof LineEnd - 1;
 
-// The number of bytes of `text` that fit into `room`, in whole characters. The device's code page is UTF-8, where each
-// byte of a character after its first is 10xxxxxx.
+// Returns how many bytes of `text` fit into `room` without cutting a character. The device's code page is UTF-8. In
+// UTF-8 each byte of a character after its first byte is 10xxxxxx.
 DWORD WholeBytes(const char* text, DWORD bytes, DWORD room)
 {
     if (bytes <= room)
@@ -21,8 +21,8 @@ DWORD WholeBytes(const char* text, DWORD bytes, DWORD room)
     return room;
 }
 
-// A control character becomes its picture (U+2400 and on). A file's name can have line breaks, which would look like
-// further lines of the log.
+// Replaces a control character by its picture (U+2400 and on). The name of a file can have line breaks, which would
+// look like further lines of the log.
 WCHAR PictureOf(WCHAR character)
 {
     constexpr WCHAR Pictures = 0x2400;

@@ -4,12 +4,12 @@
 #include "ce/file.h"
 #include "ce/text.h"
 
-// The longest message and line in characters, and the longest line in bytes, each with its NUL. A longer one is cut at
-// a whole character, before the line end.
+// The sizes of the longest message and line, each with its NUL. LogChars is in characters, and LogBytes is the size of
+// the longest line in bytes. A longer line is cut before its line end, and never inside a character.
 inline constexpr DWORD LogChars = 260;
 inline constexpr DWORD LogBytes = 260;
 
-// A log that can't be created or written loses its lines. It never ends the run.
+// If the log can't be created or written, its lines are lost, but the run continues.
 class BackupLog {
 public:
     // Creates the file, or replaces an old one, if gOptions.generateLog is on.
@@ -18,7 +18,8 @@ public:
     BackupLog& operator=(const BackupLog&) = delete;
     ~BackupLog() = default;
 
-    // Writes one line, which is in the file when the call returns. 0 if nothing was written.
+    // Writes one line, which is in the file when the call returns. Returns 0 if the line couldn't be written or passed
+    // to the host. Also returns 0 if the log is off, or if its file couldn't be created.
     template <class... Arguments>
     BOOL Write(const WCHAR* format, const Arguments&... arguments)
     {

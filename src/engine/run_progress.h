@@ -1,5 +1,5 @@
-// run_progress.h - the progress window of a backup or restore. Each call also takes null for the window: a run without
-// items has none, and the window can fail to open.
+// run_progress.h - the progress window of a backup or restore. Each call accepts null for the window, because a run
+// without items has no window, and because opening the window can fail.
 #pragma once
 
 #include "set/item_kinds.h"
@@ -7,11 +7,12 @@
 #include "ce/progress.h"
 #include "ce/window.h"
 
-// Opens a window for `items` items, with text `id` as its title and message; null if there are no items. Above 1000
-// items the bar has no step left and doesn't move, but message and counter do.
+// Opens a window for `items` items, with text `id` as its title and message. Returns null if there are no items. With
+// more than 1000 items the step of the bar is 0: the bar doesn't move, but message and counter change.
 HWND OpenRunProgress(UINT id, DWORD items);
 
-// Reports to the host that the run begins with all that is in the lists, and the registry if it is marked.
+// Reports to the host that the run begins. The report has the number and the total size of the items in the lists, and
+// counts the registry if it is marked.
 void ReportRunBegins(DWORD run, const WCHAR* listPath);
 
 // Closes the window and sets `progress` to null.
@@ -23,16 +24,17 @@ void ShowItem(HWND progress, const ItemKind& kind, const WCHAR* name);
 // Moves the bar by the step of one item.
 void StepRunProgress(HWND progress);
 
-// The counter of thousands of bytes, for one stream.
+// Shows in the window how many thousands of bytes were copied. Each stream has its own counter.
 struct ByteCounter {
     HWND progress;
     const WCHAR* format;
     DWORD shownThousands;
 };
 
-// `id` is the counter's format. Its text is in gTextA as long as the counter is used.
+// Starts the counter. `id` is the number of the text that is its format. The counter uses the format in gTextA, so this
+// buffer mustn't change meanwhile.
 ByteCounter StartByteCounter(HWND progress, UINT id);
 
-// Shows a number of bytes. Nothing is sent to the window while the thousands stay the same, as they do for most pieces
-// of a stream.
+// Shows a number of bytes. Sends nothing to the window if the number of thousands is unchanged, as it is for most
+// pieces of a stream.
 void ShowBytes(ByteCounter& counter, DWORD bytes);

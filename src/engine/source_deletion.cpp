@@ -7,7 +7,7 @@ namespace {
 
 void ReportNotDeleted(const WCHAR* path, DWORD error)
 {
-    // A file that doesn't exist any more counts as deleted.
+    // A file that doesn't exist any more is treated as deleted.
     if (error != ERROR_FILE_NOT_FOUND && error != ERROR_PATH_NOT_FOUND)
         ReportItem(OutcomeNotDeleted, OutcomeFile, path, error);
 }
@@ -32,7 +32,7 @@ void DeleteCollected(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile)
 {
     if (deletion.collected == 0)
         return;
-    // The data first, so that a list on the disk never names data that isn't.
+    // The data file is flushed first, so that the list on the disk never has an entry whose data isn't on the disk.
     if (!FlushFileBuffers(dataFile) || !FlushFileBuffers(listFile)) {
         ForbidDeletion(deletion);
         return;

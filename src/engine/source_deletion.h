@@ -1,9 +1,9 @@
-// source_deletion.h - the option "Delete backuped files".
+// source_deletion.h - deletes sources after they were stored, for the option "Delete backuped files".
 //
-// A source is deleted when its stream is whole and in the data file, the list names it, both files are on the disk, and
-// the source hasn't changed since it was read. A flush of a file takes a card tens of milliseconds, so sources are
-// collected and deleted in groups. After a failed flush or a damaged list no more sources of the run are deleted. A
-// source that should be deleted and isn't is reported.
+// A source is deleted when its whole stream is in the data file, its entry is in the list, and both files are on the
+// disk. If the source has changed since it was read, it isn't deleted. Flushing a file to a card takes tens of
+// milliseconds. Therefore sources are collected and deleted in groups. After a failed flush, or if the list is damaged,
+// no more sources of the run are deleted. A source that should have been deleted but wasn't is reported.
 #pragma once
 
 #include "ce/file.h"
@@ -18,16 +18,18 @@ struct StoredSource {
 
 struct SourceDeletion {
     BOOL forbidden;
-    DWORD collected;  // in `sources`
+    DWORD collected;  // number of used elements in `sources`
     StoredSource sources[DeletionGroup];
 };
 
-// Adds a source that is stored whole. A full group is deleted. `stamp` is that of the source when it was read.
+// Adds a source that is stored whole. If this fills the group, deletes the sources of the group. `stamp` is the
+// source's stamp from before it was read.
 void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileStamp& stamp, HANDLE listFile,
                       HANDLE dataFile);
 
-// Flushes both files and then deletes the collected sources. If a flush fails, these and all later ones are kept.
+// Flushes both files and then deletes the collected sources. If a flush fails, neither these sources nor any later ones
+// are deleted.
 void DeleteCollected(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile);
 
-// Keeps the collected sources and all later ones of the run.
+// From this call on no source of the run is deleted. Reports the collected sources as not deleted.
 void ForbidDeletion(SourceDeletion& deletion);

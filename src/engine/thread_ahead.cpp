@@ -1,17 +1,19 @@
-// The items are a ring, and numbered from 0 on in the order in which they are offered.
+// The items form a ring. They are numbered from 0 on in the order in which they are offered.
 //
 //   gTaken <= gBegun <= gOffered <= gTaken + AheadItems
 //
 //   gTaken    the number of the oldest item. Only the run's thread reads and writes it.
-//   gBegun    the first item that nobody has begun. Either thread begins it, by the compare-and-exchange that raises
-//             gBegun. Until it has finished the item, it alone may touch it.
+//   gBegun    the number of the first item that no thread has begun. A thread begins this item by the
+//             compare-and-exchange that raises gBegun. Only that thread may access the item until the item is finished.
 //   gOffered  the next number to offer. Only the run's thread writes it, after it has filled the item.
-//   finished  set by the thread that worked on the item. After that the run's thread alone may touch it.
+//   finished  set by the thread that worked on the item. From then on only the run's thread may access the item.
 //
-// These are sequentially consistent, so whoever reads a new number also sees the item that belongs to it.
+// gBegun, gOffered and `finished` are atomic and sequentially consistent. So a thread that reads a new number also sees
+// the content of the item with that number.
 //
-// The second thread sleeps when no item is left to begin. It isn't woken for a few items: the run's thread begins
-// whatever nobody has begun, so no item ever waits for it.
+// The second thread sleeps when no item is left to begin. It isn't woken for a few items (gAheadWakes). The run's
+// thread itself begins an item that it needs and that no thread has begun. So the run never waits until the second
+// thread wakes.
 #include "thread_ahead.h"
 
 #include "set/second_thread.h"
@@ -25,7 +27,7 @@ DWORD gTaken;
 std::atomic<DWORD> gBegun;
 std::atomic<DWORD> gOffered;
 
-// Written while there is no second thread.
+// Written only while no second thread runs.
 AheadWork gWork;
 bool (*gHasRoom)();
 
@@ -39,7 +41,7 @@ AheadItem& ItemOf(DWORD number)
     return gItems[number % AheadItems];
 }
 
-// False if there is nothing to begin.
+// Begins the next item and writes its number to `number`. Returns false if there is nothing to begin.
 bool Begin(DWORD& number)
 {
     number = gBegun;
@@ -71,7 +73,8 @@ bool WorkAhead()
     return WorkOnNext(gSecondMemory);
 }
 
-// A thread that is just about to sleep can be overlooked here. Then the next call wakes it.
+// Wakes the second thread if it sleeps and enough items wait for it. If the thread is about to sleep and hasn't set
+// `sleeps` yet, this call doesn't wake it, but the next call does.
 void WakeIfWorthwhile()
 {
     if (gThreadAhead.sleeps && gOffered - gBegun >= gAheadWakes && gHasRoom())

@@ -1,11 +1,12 @@
-// thread_ahead.h - works on the next items on a second thread while the run's thread is at an earlier one.
+// thread_ahead.h - works on the next items on a second thread while the run's thread works on an earlier item.
 //
-// The run's thread offers items and gets them back in the same order. What belongs to a run stays on its thread: the
-// order of the items, the lists, log, data and reports. The second thread only opens, reads, packs and closes sources,
-// and asks whether one has changed, up to AheadItems - 1 items before their turn. Nothing on the device depends on how
-// far it is.
+// The run's thread offers items and takes them back in the same order. Only the run's thread changes the lists, writes
+// the log and the data, and makes the reports. The second thread only opens, reads, packs and closes sources, and tests
+// whether a source has changed. It can be ahead of the run's thread by up to AheadItems - 1 items. How far it is ahead
+// has no effect on what is written to the device.
 //
-// One walk at a time, and all calls on the run's thread. thread_ahead.cpp explains what the two threads share.
+// A walk lasts from StartAhead to StopAhead. Only one walk at a time is possible. All calls are made on the run's
+// thread. thread_ahead.cpp explains which data the two threads share.
 #pragma once
 
 #include "kept_streams.h"
@@ -14,45 +15,46 @@
 
 inline constexpr DWORD AheadItems = 256;
 
-// The second thread is woken when so many items wait. Otherwise it would be woken for each. A test sets 1.
+// The second thread is woken when this number of items hasn't been begun. A test sets 1, so that the thread is woken
+// for each item.
 inline DWORD gAheadWakes = AheadItems / 2;
 
-// What the run's thread knows of an item when it offers it.
+// Data that the run's thread adds to an item when it offers the item.
 struct AheadOffer {
     DWORD attributes = 0;  // as the listing found them
     std::uint64_t bytes = 0;
     bool packs = false;    // the listing packs the file
-    KeptStream kept = {};  // what the listing has packed of it, for the run
+    KeptStream kept = {};  // the stream that the listing has packed and kept, for the run
 };
 
 struct AheadItem {
     std::atomic<bool> finished;
     WCHAR path[MAX_PATH];
     AheadOffer offer;
-    DWORD error;       // of opening it, for the listing
-    FileStamp source;  // of what was packed, for the listing
+    DWORD error;       // error of opening the file, for the listing
+    FileStamp source;  // stamp of the file that was packed, for the listing
     SmallStream stream;
 };
 
-// The work on an item. Both threads do it, each with a memory of its own.
+// The function that works on an item. Both threads call it, each with its own memory.
 using AheadWork = void (*)(AheadItem& item, SmallStreamMemory& memory);
 
-// Begins a walk with `work`. With a null one nothing is done ahead. `hasRoom` says whether an item may be begun ahead.
-// Where no thread can be made, the run's thread does all.
+// Begins a walk with `work`. If `work` is null, nothing is done in advance. `hasRoom` returns whether work on an item
+// may begin in advance. If no thread can be made, the run's thread does all the work.
 void StartAhead(AheadWork work, bool (*hasRoom)());
 
-// Stops the second thread and waits until it has ended. Items that are left are dropped.
+// Stops the second thread and waits until it has ended. Drops the items that weren't taken.
 void StopAhead();
 
 bool IsAheadFull();
 bool IsAheadEmpty();
 
-// Offers the next item; there is room for it.
+// Offers the next item. There must be room for it (IsAheadFull).
 void OfferAhead(const WCHAR* path, const AheadOffer& offer);
 
-// Returns the oldest item. If nobody has begun the work on it, that is left to the caller, and `finished` is false.
-// Otherwise it waits until the work is finished, and works on items meanwhile that nobody has begun. The item is valid
-// until the next OfferAhead.
+// Returns the oldest item. If no thread has begun the work on it, `finished` is false and the caller does the work.
+// Otherwise the call waits until the work is finished. While the call waits, it works on items that no thread has
+// begun. The returned item is valid until the next OfferAhead.
 AheadItem& TakeAhead();
 
 // Does the work on an item that TakeAhead has returned unfinished.

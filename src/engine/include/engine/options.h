@@ -1,5 +1,6 @@
-// options.h - the settings (docs/format.md, "Options"). The runs and the tree read them and the dialogs change them.
-// The shell loads them at the start and saves them at the end (options_store.cpp).
+// options.h - declares the settings of the program (docs/format.md, "Options"). The runs and the tree read the
+// settings, and the dialogs change them. The shell loads them at the start and saves them at the end
+// (options_store.cpp).
 #pragma once
 
 #include "ce/text.h"
@@ -12,14 +13,14 @@ inline constexpr WORD RestoreModeReplace = 1023;
 inline constexpr WORD RestoreModeSkip = 1024;
 inline constexpr WORD RestoreModeAsk = 1025;
 
-// Stored unchanged in the registry, so the layout is a format: little-endian, 568 bytes.
+// The registry stores this structure unchanged. So its layout is a format: little-endian, 568 bytes.
 struct Options {
     WORD restoreMode;
     WORD reserved1;
     DWORD deleteBackedUp;
     DWORD verifyBackup;  // stored and shown, but without effect
     DWORD generateLog;
-    WCHAR extensions[ExtensionsChars];  // NUL-terminated entries of at most 3 characters, closed by an empty one
+    WCHAR extensions[ExtensionsChars];  // texts of at most 3 characters with their NULs, then an empty text
     FILETIME newerThan;                 // 0: never set
     DWORD newerThanOn;
     DWORD extensionFilterOn;
@@ -34,10 +35,10 @@ static_assert(sizeof(Options) == 568);
 static_assert(offsetof(Options, extensions) == 16 && offsetof(Options, newerThan) == 536);
 static_assert(offsetof(Options, maxBackupSizeMb) == 560 && offsetof(Options, showRomFiles) == 564);
 
-// The main window's thread only.
+// Only the main window's thread uses this variable.
 extern Options gOptions;
 
-// Calls visit(extension) for each entry of gOptions.extensions, in its order, until it returns false.
+// Calls visit(extension) for each text in gOptions.extensions, in their order, until visit returns false.
 template <class Visit>
 void ForEachExtension(const Visit& visit)
 {

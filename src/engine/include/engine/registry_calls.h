@@ -1,5 +1,5 @@
-// registry_calls.h - the calls that write the registry to one file and restore it from one. Not every platform has
-// them.
+// registry_calls.h - the calls that write the registry to a file and restore the registry from such a file. Not every
+// platform has these calls.
 #pragma once
 
 #include "ce/registry_file.h"

@@ -3,20 +3,23 @@
 
 #include "ce/types.h"
 
-// `mode`, of which only the low 16 bits count.
+// The values of `mode`. Only the low 16 bits of `mode` are used.
 inline constexpr DWORD RestoreFull = 1;
 inline constexpr DWORD RestorePartial = 2;
 
-// Searches the device and its cards for list files, lets the user choose one and restores its set. 0 if there is no
-// list file, otherwise 1. gRegistryMarked is unchanged. Once a list was loaded, the item lists are empty at the end.
+// Searches the device and its cards for list files, lets the user choose one and restores its set. Returns 0 if there
+// is no list file, otherwise 1. Afterwards gRegistryMarked has its old value. If a list was loaded, the item lists are
+// empty afterwards.
 DWORD RunRestore(DWORD mode);
 
-// As RestoreSet, but doesn't ask the user what to restore. `wholeSet`: the lists have all entries of the list file, so
-// data without an entry is reported.
+// Restores the items in the lists as RestoreSet does, but doesn't ask the user what to restore. `wholeSet` says that
+// the lists have all entries of the list file. In that case the list is reported as damaged if the data file is longer
+// than the entries say.
 void RestoreLists(const WCHAR* dataPath, const WCHAR* listPath, bool wholeSet);
 
-// Asks the user, then restores the items in the lists from the data file. gOptions.restoreMode decides about files that
-// exist. 0 if the dialog was cancelled or nothing is to be restored; otherwise 1, also if the data file can't be
-// opened. An item that failed is in the report of the host. The lists and gRegistryMarked stay as the dialog left them.
-// On the main window's thread, which it blocks.
+// Shows the dialog of a restore, then restores the items in the lists from the data file. gOptions.restoreMode decides
+// whether files that exist are replaced. Returns 0 if the dialog was cancelled or nothing is to be restored. Otherwise
+// returns 1, even if the data file can't be opened. The report of the host names each item that failed. The lists and
+// gRegistryMarked stay as the dialog left them. RestoreSet must be called on the main window's thread, and blocks this
+// thread.
 DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode);
