@@ -19,7 +19,7 @@
 
 namespace {
 
-// Of the run that was prepared last.
+// The request of the run that was prepared last.
 BackupRequest gBackupRequest;
 
 RunPlan RefuseStorage(const std::u16string& storage)
@@ -47,7 +47,8 @@ bool HasFreeNumber(const std::u16string& storage)
     return false;
 }
 
-// Whether the set can have its number. Otherwise the plan is refused.
+// Checks that the storage exists and that the set can have its number. If one of the two fails, the returned plan is
+// refused.
 RunPlan CheckTarget(const BackupRequest& request)
 {
     if (!IsStorage(request.storage))
@@ -67,7 +68,8 @@ RunPlan CheckTarget(const BackupRequest& request)
     return plan;
 }
 
-// The stored name of the database, which is found without regard to case; empty if there is none.
+// Returns the name that the database has in the store. `wanted` may differ from that name in case. Returns an empty
+// text if there is no such database.
 std::u16string StoredName(const std::u16string& wanted)
 {
     std::u16string found;
@@ -89,7 +91,8 @@ bool ListDatabase(const std::u16string& wanted)
     return true;
 }
 
-// A kind without an option of its own goes with the kind in whose words it is reported.
+// Whether the request asks for all items of this kind. The request has an option for each kind that `reportedAs` can
+// contain.
 bool AsksForAllOf(const BackupRequest& request, const ItemKind& kind)
 {
     return kind.reportedAs == OutcomeFile       ? request.files
@@ -97,7 +100,7 @@ bool AsksForAllOf(const BackupRequest& request, const ItemKind& kind)
                                                 : request.registry;
 }
 
-// The name of the first item that doesn't exist; empty if all do.
+// Fills the lists. Returns the name of the first item that doesn't exist. The name is empty if all items exist.
 std::u16string ListItems(const BackupRequest& request)
 {
     for (const ItemKind& kind : ItemKinds)
@@ -119,7 +122,7 @@ std::u16string ListItems(const BackupRequest& request)
     return {};
 }
 
-// A database's size is that of its records.
+// Returns the size of all listed databases. The size of a database is the size of its records.
 std::uint64_t BytesOfDatabases()
 {
     std::uint64_t bytes = 0;
@@ -170,7 +173,8 @@ DWORD PerformBackup()
     BackupTarget target = {};
     CopyText(target.root, gBackupRequest.storage.c_str());
     target.replaced = gBackupRequest.replaced;
-    // A file that the user named and that disappears meanwhile is reported, one that a full backup found isn't.
+    // With BackupSelectedItems the run reports a file that is deleted before it is read. This is right for a file that
+    // the user named, but not for one that a full backup found.
     BackUpTo(target, NamesSingleItems(gBackupRequest) ? BackupSelectedItems : BackupListedItems);
     if (gBackupRequest.verifies && gLastSetNumber != 0) {
         WCHAR listPath[MAX_PATH];

@@ -5,7 +5,7 @@
 #include "engine/registry_calls.h"
 #include "set/set_state.h"
 
-// The options that are saved don't count: a command has its own.
+// The saved options aren't used, since a command has its own options.
 void BeginCommand(HINSTANCE instance)
 {
     gInstance = instance;

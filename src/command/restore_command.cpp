@@ -15,10 +15,10 @@
 
 namespace {
 
-// Of the run that was prepared last.
+// The request of the run that was prepared last.
 RestoreRequest gRestoreRequest;
 
-// Which of the names of the request the set has, while its list is loaded.
+// Says which names of the request the set has. KeepEntry fills this structure while the set's list is loaded.
 struct FoundNames {
     std::vector<bool> paths;
     std::vector<bool> databases;
@@ -32,7 +32,7 @@ bool IsAtOrBelow(const WCHAR* name, const std::u16string& path)
     return whole.starts_with(path) && (whole.size() == path.size() || whole[path.size()] == u'\\');
 }
 
-// Whether one of the names matches. Each that does is noted.
+// Returns whether any of the names matches. Sets the element of `found` for each name that matches.
 template <class Matches>
 bool Find(const std::vector<std::u16string>& names, std::vector<bool>& found, const Matches& matches)
 {
@@ -68,7 +68,7 @@ bool KeepEntry(BYTE kind, const WCHAR* name, void* context)
     return wanted;
 }
 
-// The first name that the set doesn't have; empty if it has all.
+// Returns the first name of the request that the set doesn't have. Returns an empty text if the set has all names.
 std::u16string MissingName(const FoundNames& found)
 {
     for (std::size_t i = 0; i < found.paths.size(); i++) {

@@ -1,4 +1,4 @@
-// run_plans.h - what the plans and summaries of the commands have in common.
+// run_plans.h - makes the plans of runs and counts items, for all commands.
 #pragma once
 
 #include "set/item_kinds.h"
@@ -7,13 +7,14 @@
 
 #include <string>
 
-// The plan of a run that can't be performed. `sentence` says why. It is empty if the reason was reported by
-// ce/outcome.h.
+// Returns the plan of a run that can't be performed. `sentence` says why. If the reason was reported through
+// ce/outcome.h, `sentence` is empty.
 RunPlan RefusedPlan(const std::u16string& sentence);
 
-// The items in the lists, the registry if gRegistryMarked is 1, and the bytes of the items whose sizes the lists have.
+// Returns the plan of a run with the items in the lists, and with the registry if gRegistryMarked is 1. The plan's
+// number of bytes is the sum of the sizes in the lists.
 RunPlan PlanOfLists();
 
-// Adds to the number of the items of this kind. A kind without a number of its own is counted with the kind in whose
-// words it is reported.
+// Adds `items` to the number of items of this kind. If `counts` has no number for the kind, adds them to the kind under
+// which the items are reported (ItemKind::reportedAs).
 void AddItems(ItemCounts& counts, const ItemKind& kind, DWORD items);

@@ -13,7 +13,8 @@
 
 namespace {
 
-// Unpacks the blocks with both threads. Whether all of them are whole, and only the last one closes the stream.
+// Unpacks the blocks of a stream with both threads and adds their digests to `digest`. Returns true if all blocks are
+// whole and only the last one is a closing block.
 bool AddBlocks(StreamReader& reader, std::uint64_t& digest)
 {
     DWORD offered = 0;

@@ -14,11 +14,11 @@
 
 namespace {
 
-// Of the file with checksums, QLBX0001.SUM, which the host writes after a command.
+// The ending of a set's file with checksums, such as QLBX0001.SUM. The host writes this file after a command.
 const WCHAR SealEnding[] = u"SUM";
 constexpr std::size_t EndingChars = 3;
 
-// The program puts two lines before the user's text.
+// Removes the two lines that the program puts in front of the user's text.
 std::u16string UsersComment(const std::u16string& comment)
 {
     const std::size_t first = comment.find(u"\r\n");

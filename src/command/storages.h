@@ -1,4 +1,4 @@
-// storages.h - the storages of the device by their paths.
+// storages.h - finds the storages of the device.
 #pragma once
 
 #include "ce/types.h"

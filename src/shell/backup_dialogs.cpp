@@ -1,4 +1,4 @@
-// backup_dialogs.cpp - dialogs 108 and 109: the comment of a new set, and what it will hold.
+// backup_dialogs.cpp - dialogs 108 and 109: the comment and the content of a new set.
 
 #include "dialogs.h"
 #include "engine/questions.h"
@@ -14,8 +14,9 @@ constexpr WORD SelectedItemsDialog = 109;
 
 WCHAR* gBackupComment;
 
-// The check boxes are clear at first, whatever the last full backup chose, and the comment is empty. In dialog 108 the
-// id of the list box is that of a check box, which ignores the messages that add rows.
+// Shows the items in the list box of dialog 109. In dialog 108 a check box has the id of the list box, and ignores the
+// messages that add rows. The comment and the check boxes aren't set. So each dialog opens with an empty comment and
+// clear boxes, whatever the user chose for the last full backup.
 void ShowItems(HWND dialog)
 {
     HWND listBox = GetDlgItem(dialog, ItemListBoxId);
@@ -25,8 +26,9 @@ void ShowItems(HWND dialog)
     SetFocus(GetDlgItem(dialog, CommentId));
 }
 
-// If the dialog doesn't have the control, the flag stays as it is. In dialog 109 two of the ids are those of a list box
-// and a label. They set their flags to 0, which has no effect, since only a full backup reads the flags.
+// Sets the flag to the state of a check box. If the dialog has no control with this id, the flag is unchanged. In
+// dialog 109 a list box and a label have two of the ids, so two flags become 0. This has no effect, since only a full
+// backup reads the flags.
 void TakeFlag(HWND dialog, int id, DWORD& flag)
 {
     if (HWND box = GetDlgItem(dialog, id))

@@ -1,5 +1,5 @@
-// filter_dialog.cpp - dialog 110: which files the tree shows. Each control changes gOptions at once, and Cancel
-// restores the filter from a saved copy.
+// filter_dialog.cpp - dialog 110, in which the user chooses which files the tree shows. Each control changes gOptions
+// at once, and Cancel restores the filter from a saved copy.
 
 #include "dialogs.h"
 #include "engine/options.h"
@@ -34,10 +34,10 @@ struct AttributeBox {
 };
 constexpr AttributeBox AttributeBoxes[] = {{ArchiveId, 0x20}, {HiddenId, 0x02}, {SystemId, 0x04}, {ReadOnlyId, 0x01}};
 
-// Half of the list. Only this half is saved in the registry and copied when the dialog opens.
+// Half of the size of gOptions.extensions. Only this half is saved in the registry and copied when the dialog opens.
 constexpr std::size_t SavedExtensionBytes = 260;
 
-// gOptions at the first opening of the dialog. Only the list of extensions is copied at each opening.
+// A copy of gOptions from the first opening of the dialog. Later openings copy only the list of extensions.
 Options gFilterSnapshot;
 bool gFilterSnapshotTaken;
 
@@ -73,7 +73,6 @@ void ShowExtensions(HWND dialog)
     });
 }
 
-// Shows gOptions in the controls.
 void FilterDialogRefresh(HWND dialog, HWND picker)
 {
     if (gOptions.extensionFilterOn)
@@ -90,7 +89,7 @@ void FilterDialogRefresh(HWND dialog, HWND picker)
         SetCheck(dialog, box.id, (gOptions.hiddenAttributes & box.bit) != 0);
 }
 
-// The picker replaces a control of the template, which is hidden.
+// Hides a control of the template and creates the picker in its place.
 void CreateDatePicker(HWND dialog)
 {
     HWND frame = GetDlgItem(dialog, DateFrameId);
@@ -134,7 +133,7 @@ void AddExtension(HWND dialog)
     SetDlgItemTextW(dialog, NewExtensionId, u"");
 }
 
-// Writes the list again, from the remaining rows.
+// Removes the selected row. Then writes gOptions.extensions again from the remaining rows.
 void RemoveExtension(HWND dialog)
 {
     const LRESULT row = SendDlgItemMessageW(dialog, ExtensionsId, LB_GETCURSEL, 0, 0);
@@ -158,8 +157,9 @@ void ClickAttribute(HWND dialog, const AttributeBox& box)
     DeriveHideByAttribute();
 }
 
-// Restores only the fields of the filter. The copy is from the first opening, and the other fields can have changed
-// since then: an old value could turn the deletion of stored files on again.
+// Restores only the fields of the filter. The copy is from the first opening of the dialog, and the other fields of
+// gOptions can have changed since then. If they were restored too, an old value could turn the deletion of stored files
+// on again.
 void RestoreFilter()
 {
     std::memcpy(gOptions.extensions, gFilterSnapshot.extensions, sizeof gOptions.extensions);

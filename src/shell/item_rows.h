@@ -5,11 +5,10 @@
 
 inline constexpr int ItemListBoxId = 1006;
 
-// A prefix and a name of 260 characters.
+// The size of a row in characters: a prefix and a name of 260 characters.
 inline constexpr DWORD RowChars = 260 + 16;
 
-// The row of an item of this kind.
 void FormatItemRow(WCHAR (&row)[RowChars], BYTE kind, const WCHAR* name);
 
-// Adds a row for each entry of the lists and, if it is marked, the registry.
+// Adds a row for each entry of the lists, and a row for the registry if it is marked.
 void AddItemRows(HWND listBox);

@@ -43,7 +43,7 @@ constexpr int FirstToolbarCommand = 500;
 constexpr int ToolbarImages = 7;  // the bar has room for these; the bitmap has five
 HWND gToolBand;
 
-bool gJobRuns;  // the lists contain what the job works with, not what the user has marked
+bool gJobRuns;  // while set, the lists contain the items of the job and not the user's marks
 
 constexpr UINT_PTR RootImagesTimer = 1;
 constexpr UINT RootImagesMilliseconds = 500;
@@ -142,7 +142,7 @@ void ReportMarks()
         ReportStatusToHost();
 }
 
-// One backup or restore. It can change files, so the tree lists them again.
+// Runs one backup or restore. Such a job can change files, so the tree lists the files again afterwards.
 void RunJob(HWND window, WORD command)
 {
     gJobRuns = true;

@@ -26,7 +26,8 @@ void ShowOptions(HWND dialog)
     WCHAR size[MAX_PATH];
     wsprintfW(size, u"%d", gOptions.maxBackupSizeMb);
     SetDlgItemTextW(dialog, MaxBackupSizeId, size);
-    // Options from elsewhere can have another value, such as the id of a check box.
+    // The registry can have another value for restoreMode, such as the id of a check box. In that case no button is
+    // checked.
     for (const WORD mode : RestoreModes) {
         if (mode == gOptions.restoreMode)
             SetCheck(dialog, mode, true);

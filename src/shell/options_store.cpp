@@ -12,7 +12,7 @@ const WCHAR OptionsKey[] = u"software\\KORV\\QUILLBOX";
 const WCHAR OptionValue[] = u"Option";
 const WCHAR ExtValue[] = u"Ext";
 
-// Half of the field. The rest of a longer list of extensions isn't saved.
+// The size of the saved extensions, half of the size of gOptions.extensions. The rest of a longer list isn't saved.
 constexpr DWORD ExtBytes = 260;
 
 HKEY OpenOptionsKey()
@@ -39,7 +39,8 @@ DWORD LoadOptions()
     if (!key)
         return 0;
 
-    // A value that is missing or larger than the field changes nothing.
+    // A value that is missing or larger than its field isn't read. If the value of the extensions isn't read, their
+    // list is empty.
     DWORD bytes = sizeof gOptions;
     (void)RegQueryValueExW(key, OptionValue, nullptr, nullptr, reinterpret_cast<BYTE*>(&gOptions), &bytes);
     std::memset(gOptions.extensions, 0, sizeof gOptions.extensions);

@@ -1,4 +1,4 @@
-// options_store.h - keeps gOptions in the registry between two starts of the program.
+// options_store.h - saves gOptions in the registry for the next start of the program.
 #pragma once
 
 #include "engine/options.h"
@@ -6,6 +6,7 @@
 // Fills gOptions with the values that apply before anything was saved.
 void SetDefaultOptions();
 
-// Read gOptions from the registry and write it there. 1, or 0 if the key can't be opened, and then nothing changes.
+// LoadOptions reads gOptions from the registry, and SaveOptions writes it to the registry. Both return 1, or 0 if the
+// key can't be opened. In that case nothing changes.
 DWORD LoadOptions();
 DWORD SaveOptions();

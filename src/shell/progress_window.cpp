@@ -1,4 +1,5 @@
-// progress_window.cpp - dialog 106. It has a thread of its own, so that it is drawn while a run blocks the main thread.
+// progress_window.cpp - dialog 106, the progress window of a run. The window has a thread of its own, so that it is
+// drawn while a run blocks the main thread.
 //
 // The two threads share gProgressRange and, while a window is being opened, ProgressStart.dialog. Both are atomic.
 // Texts and steps are sent as messages to the window.
@@ -38,7 +39,8 @@ struct ProgressInit {
     const WCHAR* message;
 };
 
-// On the stack of ProgressOpen. The thread doesn't use it after it has written `dialog`.
+// This structure is on the stack of ProgressOpen. After the new thread has written `dialog`, it doesn't use the
+// structure any more.
 struct ProgressStart {
     ProgressInit* init;
     std::atomic<HWND> dialog;  // null until the window is made; NoDialog if it can't be
@@ -50,7 +52,7 @@ struct ProgressStart {
 
 const HWND NoDialog = reinterpret_cast<HWND>(INVALID_HANDLE_VALUE);
 
-// The end of the bar of the window that was opened last. An older window whose bar still runs uses it too.
+// The end of the bar of the window that was opened last. An older window whose bar still runs uses this end too.
 std::atomic<LONG> gProgressRange;
 
 void InitProgress(HWND dialog, const ProgressInit& init)
@@ -137,8 +139,8 @@ HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD s
     if (!thread)
         return nullptr;
     CloseHandle(thread);
-    // Polled, because the thread can't notify after it has written `dialog`: `start` may be gone by then. The interval
-    // is short, because each progress window of a run waits for it.
+    // Polls `dialog`. After the new thread has written `dialog`, it can't notify this thread through `start`, because
+    // `start` may no longer exist. The interval is short, because each call of ProgressOpen waits this long at least.
     HWND dialog = start.dialog;
     for (; !dialog; dialog = start.dialog)
         Sleep(PollMilliseconds);

@@ -54,8 +54,9 @@ bool RowIs(HWND listBox, LRESULT row, const WCHAR* text)
            lstrcmpW(rowText, text) == 0;
 }
 
-// The list box searches without regard to case, but two names that differ only in case are two items. Of the rows that
-// it finds this is the one that is equal, or the first one if none is.
+// Returns the row that equals the text exactly. The list box searches without regard to case, but two names that differ
+// only in case are two items. So this function compares each row that the list box finds with the text. If no row
+// equals the text, returns the first row that was found.
 LRESULT FindRow(HWND listBox, const WCHAR* text)
 {
     const auto search = [&](LRESULT before) {
@@ -80,8 +81,8 @@ bool IsSelected(BYTE kind, const WCHAR* name, void* context)
     return row != LB_ERR && SendMessageW(listBox, LB_GETSEL, static_cast<WPARAM>(row), 0) > 0;
 }
 
-// Loads the lists again, with the selected entries only. If the file can no longer be opened, the lists keep all
-// entries.
+// For a partial restore, loads the lists again with the selected entries only. If the list file can no longer be
+// opened, the lists still have all entries.
 void TakeSelection(HWND dialog)
 {
     if (!IsFull())

@@ -1,4 +1,4 @@
-// run_windows.cpp - what a run asks, as message boxes.
+// run_windows.cpp - shows the questions of a run as message boxes.
 
 #include "dialogs.h"
 #include "engine/questions.h"

@@ -1,12 +1,14 @@
 // status_report.h - reports to the host what is marked, which files the tree hides, and which set is the newest.
 #pragma once
 
-// Called after whatever can change one of them. Costs next to nothing if nothing has changed. During a backup or
-// restore it isn't called: the lists contain what that works with.
+// Called after anything that can change the marks, the filter or the newest set. Takes almost no time if nothing has
+// changed. During a backup or restore the lists contain the items of the run and not the marks, so the function isn't
+// called then.
 void ReportStatusToHost();
 
-// Looks for the newest set, on each card and on the device. Called at the start.
+// Looks for the newest set on the device and on each card. Called at the start and after each backup or restore.
 void FindNewestSet();
 
-// A backup or restore has ended. It may have made a set, and emptied the lists of what is marked.
+// Looks for the newest set and reports the status. Called when a backup or restore has ended, since the run may have
+// made a set or emptied the lists of marked items.
 void ReportJobEnd();

@@ -12,7 +12,8 @@ WCHAR gTextB[TextChars];
 WCHAR* LoadText(UINT id, WCHAR (&scratch)[TextChars])
 {
     std::memset(scratch, 0, sizeof scratch);
-    // Without a buffer the call returns the text in the resource: not terminated, its length in the word before it.
+    // Without a buffer the call returns a pointer to the text in the resource. This text isn't terminated. The 16-bit
+    // word before the text contains its length.
     const auto* text = reinterpret_cast<const WCHAR*>(LoadStringW(gInstance, id, nullptr, 0));
     if (!text)
         return scratch;

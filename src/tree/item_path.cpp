@@ -8,8 +8,8 @@
 
 namespace {
 
-// Puts `text`, and a backslash if something follows, before the characters at `start`. `first` is the beginning of the
-// buffer. Returns the new start, null if the text doesn't fit.
+// Writes `text` in front of the text that begins at `start`. If that text isn't empty, writes a backslash between the
+// two. `first` is the beginning of the buffer. Returns the new start, or null if `text` doesn't fit.
 WCHAR* Prepend(WCHAR* start, const WCHAR* first, const WCHAR* text)
 {
     const std::size_t characters = wcslen(text);
@@ -23,8 +23,8 @@ WCHAR* Prepend(WCHAR* start, const WCHAR* first, const WCHAR* text)
     return start;
 }
 
-// The texts of the items from below "Files" to this one, joined by backslashes. They are put into `names` from its end
-// on, since the walk goes upwards. Null if an item can't be read or the texts don't fit.
+// Returns the texts of the items from below "Files" down to this item, joined by backslashes. The loop goes upwards, so
+// it writes into `names` from the end to the beginning. Returns null if an item can't be read or the texts don't fit.
 const WCHAR* NamesOfItem(HTREEITEM handle, WCHAR (&names)[MAX_PATH])
 {
     WCHAR* start = &names[MAX_PATH - 1];

@@ -3,13 +3,16 @@
 
 #include "tree/tree_model.h"
 
-// The path of a folder for the walker: no leading backslash, one at the end ("A\B\"), and "\" for "Files". 0 with an
-// empty `path` if an item can't be read or the path doesn't fit.
+// Writes the path of a folder as MarkFolder and ListChildren use it: without a leading backslash and with one at the
+// end ("A\B\"). The path of "Files" is "\". Returns 0 with an empty `path` if an item can't be read or the path doesn't
+// fit.
 BOOL FolderPathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH]);
 
-// The path of a file as it is in gFileList: a leading backslash and none at the end ("\A\B\c.txt"). 0 like above.
+// Writes the path of a file as gFileList has it: with a leading backslash and none at the end ("\A\B\c.txt"). Returns 0
+// with an empty `path` if an item can't be read or the path doesn't fit.
 BOOL FilePathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH]);
 
-// The same path, from the arguments of a walk's callback, whose folder has a leading backslash only if it is the root.
-// 0 if it doesn't fit.
+// Writes the path of a file or folder with a leading backslash, as FilePathOfItem does. `folder` and `name` are
+// arguments of a WalkCallback in a walk that begins at the path of FolderPathOfItem. So `folder` has a leading
+// backslash only if it is the root. Returns 0 if the path doesn't fit.
 BOOL FullPathOfEntry(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name);

@@ -1,7 +1,8 @@
-// A mark is recorded twice. The lists have the names, and a run takes only those. The items of the tree have a
-// MarkCount, which chooses their images. The two can differ: a folder that isn't expanded has no items for the files
-// that are marked below it, and MarkFolder adds the number of all visited entries to the counts, not that of the marked
-// files. So the counts serve as images alone, and whatever would bring one below zero sets it to 0.
+// A mark is recorded twice. The lists have the names of the marked items, and a run uses only the lists. The items of
+// the tree have a MarkCount, which determines their pictures. Lists and counts can differ for two reasons. A folder
+// that isn't expanded has no items for the marked files below it. MarkFolder adds the number of all visited files and
+// folders to the counts, not the number of marked files. So the counts are used only for the pictures. If a change
+// would bring a count below zero, the count is set to 0.
 #include "tree/marking.h"
 
 #include "engine/directory_walker.h"
@@ -16,8 +17,9 @@
 
 namespace {
 
-// The MarkCount of an item is modulo 65536. A count above these has been taken below zero, and becomes 0. The first is
-// for single items, the other two for the items below a folder that is unmarked and the folders above it.
+// A MarkCount has 16 bits. If it is brought below zero, it becomes a number just below 65536. So a count above the
+// limit is treated as negative and set to 0. HighestItemCount is the limit for single items. When a folder is unmarked,
+// HighestChildCount is the limit for the items below it, and HighestAncestorCount the limit for the folders above it.
 constexpr WORD HighestItemCount = 65530;
 constexpr WORD HighestChildCount = 65280;
 constexpr WORD HighestAncestorCount = 65520;
@@ -41,7 +43,7 @@ WORD OneLess(WORD count)
     return less > HighestItemCount ? WORD{0} : less;
 }
 
-// Adds a name to the list, or removes it if the list has it. True if the list has it afterwards.
+// Adds a name to the list, or removes it if the list has it already. Returns whether the list has the name afterwards.
 bool ToggleName(ItemList* list, const WCHAR* name, std::uint64_t bytes)
 {
     if (!list)
@@ -74,12 +76,12 @@ bool ToggleFile(HTREEITEM item)
     if (!FilePathOfItem(item, path))
         return false;
     const bool marked = ToggleName(gFileList, path, BytesOfFile(path));
-    // "Files", the only item above a file of the root, doesn't count marks.
+    // This changes nothing for a file in the root. The only item above it is "Files", which doesn't count marks.
     CountOnFolders(item, marked);
     return marked;
 }
 
-// True if the item is marked now.
+// Returns whether the item is marked now.
 bool ToggleInLists(const TreeItem& item)
 {
     const WORD code = TreeCodeOf(item.parameter);
@@ -134,9 +136,9 @@ BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, 
     return TRUE;
 }
 
-// Returns the number of entries that the walks visited, which is added to the counts of the folders. It isn't the
-// number of files that were marked. Even with the filter by extension, the first walk marks all files, whatever their
-// extension. The other walks only add to the total.
+// Marks or unmarks the files below the folder. Returns the number of files and folders that the walks visited, not the
+// number of files that were marked. The first walk marks files with any extension, even if the filter by extension is
+// on. So the other walks mark nothing new and only add to the total.
 DWORD WalkFolder(HTREEITEM item, DWORD mark)
 {
     WCHAR root[MAX_PATH];
@@ -159,7 +161,8 @@ void TakeFromCount(TreeItem& item, WORD code, DWORD number)
     SetMark(item, code, count > HighestChildCount ? WORD{0} : count);
 }
 
-// Returns the number of items. A folder without listed items counts as one.
+// Changes the MarkCounts of `first`, of its later siblings and of all items below these. Returns the number of files
+// among them. A folder without items in the tree counts as one file. Files in ROM don't change and don't count.
 DWORD MarkVisibleChildren(DWORD mark, HTREEITEM first)
 {
     DWORD total = 0;
@@ -191,7 +194,7 @@ void MarkAncestor(TreeItem& item, DWORD mark, DWORD total)
     else if (count > HighestAncestorCount)
         count = 0;
     SetMark(item, TreeCodeFolder, count);
-    // A folder that was just marked shows its tick, also if the total is 0.
+    // A folder that was just marked, and the folders above it, show a tick even if the total is 0.
     if (mark)
         item.image = MarkedImage(TreeCodeFolder);
 }

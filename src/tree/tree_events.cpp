@@ -10,8 +10,8 @@
 
 namespace {
 
-// A click on the selected item toggles it. A click on another item changes the selection, and that notification toggles
-// it. So each click is one toggle.
+// Toggles the item under the pointer if it is the selected item. A click on another item changes the selection, and the
+// notification of that change toggles the item. So each click toggles an item once.
 void Click()
 {
     const DWORD position = GetMessagePos();
@@ -53,7 +53,8 @@ void PlaceTree(HWND window)
                  SWP_NOZORDER | SWP_SHOWWINDOW);
 }
 
-// `image` is for an empty list, and the next one for a list with entries.
+// Sets the picture of a top item. `image` is the index of the picture for an empty list. The picture at the next index
+// is for a list with entries.
 void UpdateRootImage(HTREEITEM root, const ItemList* list, WORD code, int image)
 {
     TreeItem item;

@@ -30,8 +30,8 @@ bool IsListed(ItemList* list, const WCHAR* name)
     return list && list->Contains(name, NameBytes(name));
 }
 
-// Without its NUL the key matches each entry that begins with it. Such an entry is below the folder, or beside it with
-// a name that begins like the folder's.
+// Returns whether gFileList has a path that begins with `folderPath`. The key is passed without its NUL, so it matches
+// the beginning of a path. That path is usually below the folder. But for the folder "\AB" it can also be "\ABC.TXT".
 bool HoldsMarks(const WCHAR* folderPath)
 {
     return gFileList && gFileList->Contains(folderPath, NameBytes(folderPath) - DWORD{sizeof(WCHAR)});
@@ -50,7 +50,7 @@ bool HasAnyEntry(const WCHAR* folderPath)
     return true;
 }
 
-// A file of a listed extension anywhere below, or any folder.
+// Whether the folder directly contains any folder, or a file with one of the extensions of gOptions.
 bool HasFilteredEntry(const WCHAR* folderPath)
 {
     WCHAR root[MAX_PATH];
@@ -75,7 +75,7 @@ void InsertFolder(HTREEITEM parent, const WCHAR* name, const WCHAR* path)
 void InsertFile(HTREEITEM parent, const WCHAR* name, const WCHAR* path, DWORD attributes)
 {
     if (IsRomFile(attributes)) {
-        // No dialog of the program turns this off, but options from elsewhere can.
+        // No dialog of the program turns this option off, but it can be off in the registry.
         if (gOptions.showRomFiles)
             InsertTreeItem(parent, TVI_LAST, name, false, TreeParameter(TreeCodeRomFile, 0),
                            UnmarkedImage(TreeCodeRomFile));
@@ -138,7 +138,7 @@ bool FilterHidesFile(const WCHAR* path, DWORD attributes)
 {
     if (gOptions.hideByAttribute && (attributes & gOptions.hiddenAttributes) != 0)
         return true;
-    // To read the time the file must be opened, so this is done only if the date counts.
+    // Reading the time opens the file. So the time is read only if the filter by date is on.
     if (!gOptions.newerThanOn)
         return false;
     const FILETIME written = WriteTimeOf(path);

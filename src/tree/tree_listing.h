@@ -1,4 +1,4 @@
-// tree_listing.h - what the tree lists: the items below one that expands, and the filter for files.
+// tree_listing.h - adds the items below an item that expands, and filters the files.
 #pragma once
 
 #include "engine/options.h"
@@ -6,22 +6,23 @@
 
 #include "ce/text.h"
 
-// Adds the items below `item`: the names of a kind, or one level of a folder, of which the filter hides some files.
-// They show what is marked in the lists. `code` is the TreeCode of `item`; below any other item nothing is added.
-// Always 1.
+// Adds the items below `item`, whose TreeCode is `code`. Below the top item of a kind, adds the names of the kind.
+// Below "Files" or a folder, adds the subfolders, and the files that the filter doesn't hide. Below any other item,
+// adds nothing. The pictures of the added items show what the lists contain. Always returns 1.
 DWORD ListChildren(HTREEITEM item, WORD code);
 
-// Whether gOptions hides the file by its attributes or its date. A file that can't be opened is older than any date.
+// Whether gOptions hides the file by its attributes or its date. A file that can't be opened is treated as older than
+// any date.
 bool FilterHidesFile(const WCHAR* path, DWORD attributes);
 
 bool IsRomFile(DWORD attributes);
 
-// Calls visit(pattern) with "*.txt" and so on for each extension of gOptions, until it returns false.
+// Calls visit(pattern) for each extension of gOptions, until visit returns false. An example of a pattern is "*.txt".
 template <class Visit>
 void ForEachExtensionPattern(const Visit& visit)
 {
     ForEachExtension([&](const WCHAR* extension) {
-        WCHAR pattern[ExtensionsChars + 2];  // the list comes from the registry: an entry can be as long as the list
+        WCHAR pattern[ExtensionsChars + 2];  // one extension from the registry can fill the whole list
         wsprintfW(pattern, u"*.%s", extension);
         return visit(pattern);
     });

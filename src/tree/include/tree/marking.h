@@ -3,14 +3,17 @@
 
 #include "tree/tree_model.h"
 
-// Marks a file, a database or the registry, or unmarks it if it is marked. Folders, top items and files in ROM don't
-// change. The folders above a file count the mark. Always 1; a null handle changes nothing.
+// Marks a file, a database or the registry, or unmarks it if it is marked. Folders, the top items "Files" and
+// "Databases", and files in ROM don't change. The folders above a file get new MarkCounts (tree_model.h). Always
+// returns 1. A null handle changes nothing.
 DWORD ToggleItem(HTREEITEM item);
 
-// Marks (`mark` 1) or unmarks (0) all files below the selected folder, whether the tree lists them or not: each is
-// added to gFileList or removed from it. Files in ROM and those that the filter by attribute or date hides don't
-// change. Folders are never in the list. 0 if the selected item isn't a folder, and then nothing changes; otherwise 1.
+// Marks (`mark` 1) or unmarks (`mark` 0) all files below the selected folder, even those that the tree doesn't list.
+// Adds each file to gFileList when it is marked, and removes it when it is unmarked. Files in ROM, and files that the
+// filter by attribute or date hides, don't change. Folders are never in gFileList. If the selected item isn't a folder,
+// returns 0 and changes nothing. Otherwise returns 1.
 DWORD MarkFolder(DWORD mark);
 
-// Sets the images of `first` and its later siblings by their counts, and of the items below folders that have no marks.
+// Sets the pictures of `first` and its later siblings by their MarkCounts. A folder's picture is set only if its count
+// is 0. In that case the pictures of the items below the folder are set too.
 DWORD RefreshMarks(HTREEITEM first);

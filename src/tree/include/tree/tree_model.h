@@ -1,7 +1,8 @@
-// tree_model.h - the items of the tree: their parameters, their images and the top items.
+// tree_model.h - reads, changes and adds items of the tree view, and defines their parameters and pictures.
 //
-// There is no model beside the control, which keeps the text, images and parameter of each item. A run takes what is in
-// the lists (item_kinds.h); the image of an item shows the same. The main window's thread only.
+// The tree view stores the text, the picture and the parameter of each item, and the program has no copy. The pictures
+// show what is marked, but a run uses only the lists of marked items (item_kinds.h). All calls are made on the main
+// window's thread.
 #pragma once
 
 #include "set/item_kinds.h"
@@ -15,7 +16,7 @@ extern HTREEITEM gRootDatabases;
 extern HTREEITEM gRootFiles;
 extern HTREEITEM gRootRegistry;
 
-// Low half of an item's parameter: what the item is. There are no other values.
+// The low half of an item's parameter is one of these codes. The code says what the item is.
 inline constexpr WORD TreeCodeFile = 10006;
 inline constexpr WORD TreeCodeRomFile = 10008;  // shown, never marked
 inline constexpr WORD TreeCodeFolder = 10009;
@@ -25,11 +26,13 @@ inline constexpr WORD TreeCodeRegistryMarked = 10016;
 inline constexpr WORD TreeCodeDatabasesRoot = 10100;
 inline constexpr WORD TreeCodeFilesRoot = 10200;
 
-// The image of a top item while nothing is marked. The next one is for marks.
+// The index of a top item's picture while none of its items is marked. The picture at the next index shows that items
+// are marked.
 inline constexpr int ImageDatabasesRoot = 0;
 inline constexpr int ImageFilesRoot = 2;
 
-// A kind whose items the tree lists by name below a top item (engine/item_names.h).
+// A kind of items, such as databases. The tree has a top item for the kind and lists the names of the kind's items
+// below it (engine/item_names.h).
 struct NamedKind {
     BYTE kind;
     const WCHAR* rootText;
@@ -46,12 +49,13 @@ inline constexpr NamedKind NamedKinds[] = {{.kind = ItemKindDatabase,
                                             .itemCode = TreeCodeDatabase,
                                             .rootImage = ImageDatabasesRoot}};
 
-// The kind that has this TreeCode for its top item, or for its items; otherwise null.
+// Return the kind whose top item has this TreeCode, or whose items have it. Return null if there is no such kind.
 const NamedKind* NamedKindOfRoot(WORD code);
 const NamedKind* NamedKindOfItem(WORD code);
 
-// High half: the MarkCount, the number of marks on the item or below it. It isn't exact, and only whether it is 0
-// shows. It counts modulo 65536, so a count just below 65536 is negative.
+// The high half of an item's parameter is its MarkCount: the number of marks on the item and below it. This number
+// isn't exact (marking.cpp), and the pictures show only whether it is 0. The count has 16 bits, so a value just below
+// 65536 is a negative number.
 inline WORD TreeCodeOf(LPARAM parameter)
 {
     return LOWORD(static_cast<DWORD>(parameter));
@@ -67,7 +71,7 @@ inline LPARAM TreeParameter(WORD code, WORD markCount)
     return static_cast<LPARAM>(MAKELONG(code, markCount));
 }
 
-// The image of a file, folder, database or the registry, by its code.
+// The index of the picture for an unmarked item with this TreeCode. The picture at the next index is for a marked one.
 inline int UnmarkedImage(WORD code)
 {
     return code - 10000;
@@ -78,27 +82,29 @@ inline int MarkedImage(WORD code)
     return code - 9999;
 }
 
-// An item, read from the control to be changed and written back.
+// A copy of an item. ReadTreeItem reads it from the tree view, and WriteTreeItem writes it back.
 struct TreeItem {
     HTREEITEM handle;
     LPARAM parameter;
-    int image;  // for both the selected and the unselected item
+    int image;  // index of the picture, whether the item is selected or not
     WCHAR text[MAX_PATH];
 };
 
-// 0 if the handle isn't that of an item, or null. The text is read too if `withText`.
+// Reads an item, with its text only if `withText` is true. Returns 0 if `handle` is null or belongs to no item.
 BOOL ReadTreeItem(HTREEITEM handle, TreeItem& item, bool withText);
-// Writes parameter and image in one call, so that no reader sees one without the other.
+// Writes the parameter and the picture in one call, so that no reader gets a new parameter with an old picture.
 BOOL WriteTreeItem(const TreeItem& item);
-// Sets the code and the count of `item` and the image for them: the marked one unless the count is 0.
+// Sets the code, the count and the picture in `item`. The picture is that of a marked item if the count isn't 0, and
+// otherwise that of an unmarked item.
 void SetMark(TreeItem& item, WORD code, WORD markCount);
 
-// Adds an item and returns its handle, or null. `after` is TVI_FIRST, TVI_LAST or TVI_SORT.
+// Adds an item. Returns its handle, or null if it couldn't be added. `after` is TVI_FIRST, TVI_LAST or TVI_SORT.
 HTREEITEM InsertTreeItem(HTREEITEM parent, HTREEITEM after, const WCHAR* text, bool withButton, LPARAM parameter,
                          int image);
 
 HTREEITEM NextTreeItem(WPARAM relation, HTREEITEM item);
 
-// 1, or 0 if the image list can't be made: then there is no tree.
+// Loads the pictures into the tree view. Returns 0 if the list of pictures can't be made, and the main window then
+// removes the tree. Otherwise returns 1.
 DWORD CreateTreeImages();
 DWORD InsertRootItems(HWND tree);
