@@ -1,9 +1,10 @@
-// ce/command.h - the program's runs without its windows, for a host that has read a command from a shell or a timer.
+// ce/command.h - lets the host make backups and restores without windows, for a command from a shell or a timer.
 //
-// Defined by the program. The host opens the device, calls BeginCommand once and then prepares and performs one run.
-// Preparing finds out what the run has to do and changes nothing; performing does it. In between the host can tell the
-// user what is ahead. What a run leaves out is reported as in a window (ce/outcome.h), and its progress too
-// (ce/progress.h). The program's main thread only.
+// The program defines these functions. The host opens the device, calls BeginCommand once, and then prepares and
+// performs one run. A Prepare function finds out what the run has to do, and changes nothing. A Perform function does
+// it. Before the host calls a Perform function, it can tell the user what the run will do. A run reports the items that
+// it leaves out (ce/outcome.h) and its progress (ce/progress.h), like a run in a window. All calls are made on the
+// program's main thread.
 #pragma once
 
 #include "ce/handle.h"
@@ -21,14 +22,13 @@ struct ItemCounts {
     DWORD registries = 0;
 };
 
-// What a run has ahead.
+// What a run will do.
 struct RunPlan {
     bool refused = false;     // the run can't be performed
     std::u16string sentence;  // why it is refused; empty if the reason was reported by ce/outcome.h
     ItemCounts items;
-    std::uint64_t bytes =
-        0;  // of the items before a backup, of their streams before a restore; 0 for one of unknown size
-    // A restore only: what the device has already.
+    std::uint64_t bytes = 0;  // a backup: of the items, a restore: of their streams; an item of unknown size adds 0
+    // Only for a restore: the items that exist on the device already.
     ItemCounts existing;
     std::u16string firstExistingFile;
     std::u16string firstExistingDatabase;
@@ -37,20 +37,21 @@ struct RunPlan {
 // `instance` is that of WinMain.
 void BeginCommand(HINSTANCE instance);
 
-// Whether a set can be stored there: the path is that of a card, or empty for the device itself.
+// Whether a set can be stored at `path`: the path of a card, or empty for the device itself.
 bool IsStorage(const std::u16string& path);
 
 struct BackupRequest {
-    // All that the device has of a kind. The filter of the window has no effect.
+    // Whether all items of the kind are backed up. The filter of the window has no effect.
     bool files = false;
     bool databases = false;
     bool registry = false;
-    // Single items in addition: files, and folders with all below them, by their paths, which begin with a backslash.
+    // Single items in addition: the paths of files and folders, which begin with a backslash. A folder includes
+    // everything below it.
     std::vector<std::u16string> paths;
     std::vector<std::u16string> databaseNames;
 
     std::u16string storage;         // the card's path, which begins with a backslash; empty for the device itself
-    bool leavesStorageOut = false;  // nothing below the storage is an item, whatever its kind of folder
+    bool leavesStorageOut = false;  // no file below the storage is an item, even if the storage is no card
     std::u16string comment;
     DWORD replaced = 0;  // number of the set to replace; 0 for the first number that is free
     bool deletesSources = false;
@@ -59,7 +60,8 @@ struct BackupRequest {
     bool onlyPlans = false;  // the backup is prepared, but not performed
 };
 
-// Refused if the storage doesn't exist or has no free number, or if an item doesn't exist, or there is none.
+// The plan is refused if the storage doesn't exist or has no free number, if an item doesn't exist, or if there is no
+// item.
 RunPlan PrepareBackup(const BackupRequest& request);
 
 // The number of the set that was made; 0 if none was.
@@ -74,15 +76,16 @@ struct RestoreRequest {
     std::vector<std::u16string> databaseNames;
     bool registry = true;
     Existing files = Existing::Ask;
-    // Asked for each database that exists, and for each file with Existing::Ask.
+    // mayReplaceDatabase is called for each database that exists on the device. With Existing::Ask, mayReplaceFile is
+    // called for each file that exists on the device.
     std::function<bool(const WCHAR* path)> mayReplaceFile;
     std::function<bool(const WCHAR* name)> mayReplaceDatabase;
 };
 
-// Refused if the list can't be read, or if the set lacks an item that is named, or has none.
+// The plan is refused if the list can't be read, if the set lacks an item that is named, or if the set has no items.
 RunPlan PrepareRestore(const RestoreRequest& request);
 
-// `files`, which can depend on the plan, replaces that of the request.
+// `files` replaces RestoreRequest::files, so the host can decide after it has seen the plan.
 void PerformRestore(Existing files);
 
 struct SetSummary {
@@ -95,8 +98,8 @@ struct SetSummary {
     bool damaged = false;     // the list file can't be read to its end, or there is no data file
 };
 
-// The set of a list file; nothing if the file can't be opened.
+// The summary of the set of a list file. Empty if the file can't be opened.
 std::optional<SetSummary> SummaryOfSet(const WCHAR* listPath);
 
-// The sets on one storage, in the order of their numbers, or on all.
+// The sets on one storage, in the order of their numbers. Without `storage`, the sets on all storages.
 std::vector<SetSummary> FindSets(const std::optional<std::u16string>& storage);

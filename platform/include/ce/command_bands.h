@@ -1,8 +1,8 @@
 // ce/command_bands.h - the bar of bands across the top of a main window: a menu, a toolbar.
 //
-// A button or menu item sends WM_COMMAND with its id to the bands' parent. WM_NOTIFY with RBN_HEIGHTCHANGE comes when
-// the bar's height changes, also while it is built, and whenever the parent gets a new size, so that the parent can
-// move the windows below the bands. Nothing else is notified.
+// A button or menu item sends WM_COMMAND with its id to the bands' parent. The parent also gets WM_NOTIFY with
+// RBN_HEIGHTCHANGE, so that it can move the windows below the bands. This happens when the bar's height changes, even
+// while the bar is built, and whenever the parent gets a new size. The bands send no other notifications.
 #pragma once
 
 #include "ce/controls.h"
@@ -61,16 +61,16 @@ inline constexpr DWORD CMDBAR_HELP = 11;
 
 // Null on failure. The bands are hidden until CommandBands_Show.
 HWND CommandBands_Create(HINSTANCE instance, HWND parent, UINT id, DWORD styles, HIMAGELIST images);
-// Each band gets a separate command bar. 0 with 87 for a wrong cbSize, 1400.
+// Each band gets a separate command bar. Fails with 87 for a wrong cbSize, and with 1400.
 BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REBARBANDINFOW* infos);
 // The command bar in band `index`, from 0; null if there is no such band.
 HWND CommandBands_GetCommandBar(HWND bands, UINT index);
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE instance, DWORD flags, REBARBANDINFOW* info);
 BOOL CommandBands_Show(HWND bands, BOOL show);
-// Virtual pixels.
+// Both heights are in virtual pixels.
 UINT CommandBands_Height(HWND bands);
 int CommandBar_Height(HWND bar);
-// Loads menu resource `menuId` and inserts it to the left of button `at`. 0 with 1814, 1400.
+// Loads menu resource `menuId` and inserts it to the left of button `at`. Fails with 1814 and 1400.
 BOOL CommandBar_InsertMenubar(HWND bar, HINSTANCE instance, WORD menuId, WORD at);
 // Returns the index of the first image, or -1. `count` may exceed the number of images in the bitmap. A width
 // and height of 0 mean 16 by 16.

@@ -1,6 +1,6 @@
 // ce/controls.h - the messages and styles of the standard controls: button, static, edit, list box, progress bar, tree
-// view, date picker, and the image lists. Each control handles its messages as documented. It ignores other messages
-// and returns 0. Messages that set state send no notification.
+// view, date picker, and the image lists. Each control handles its messages as documented. For any other message it
+// does nothing and returns 0. Messages that set state send no notification.
 #pragma once
 
 #include "ce/window.h"
@@ -67,8 +67,9 @@ inline constexpr UINT LB_GETSELCOUNT = 0x190;
 inline constexpr UINT LB_SETHORIZONTALEXTENT = 0x194;
 inline constexpr UINT LB_GETCARETINDEX = 0x19F;
 inline constexpr UINT LB_FINDSTRINGEXACT = 0x1A2;
-// An addition of this platform. Sets a detail of row wParam, the text at lParam, which a display shows beside the row.
-// It isn't part of the row's text, by which the row is found and read. LB_ERR if there is no such row.
+// An addition of this platform. Sets the detail of row wParam to the text at lParam. A display shows the detail beside
+// the row. The detail isn't part of the row's text, so messages that find or read a row don't include it. LB_ERR if
+// there is no such row.
 inline constexpr UINT LB_SETROWDETAIL = 0x1F0;
 
 // Progress bar.
@@ -94,7 +95,8 @@ inline constexpr WPARAM TVE_TOGGLE = 3;
 inline constexpr WPARAM TVE_COLLAPSERESET = 0x8000;
 inline constexpr UINT TVM_EXPAND = 0x1102;
 
-// Classes that InitCommonControlsEx names. All are registered from the start.
+// The groups of control classes that a program is going to use. InitCommonControlsEx only checks dwSize, because all
+// classes are registered from the start.
 struct INITCOMMONCONTROLSEX {
     DWORD dwSize;
     DWORD dwICC;
@@ -109,6 +111,6 @@ BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes);
 inline constexpr COLORREF CLR_NONE = 0xFFFFFFFF;
 inline constexpr COLORREF CLR_DEFAULT = 0xFF000000;
 
-// An image list from a bitmap resource, which is cut into images of `width` pixels. Null with 1813 or 1814.
+// Makes an image list from a bitmap resource. The bitmap is cut into images of `width` pixels. Null with 1813 or 1814.
 HIMAGELIST ImageList_LoadImage(HINSTANCE instance, const WCHAR* name, int width, int grow, COLORREF mask, UINT type,
                                UINT flags);

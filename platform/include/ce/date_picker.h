@@ -5,9 +5,10 @@
 #include "ce/controls.h"
 #include "ce/time.h"
 
-// (0, SYSTEMTIME): GDT_VALID. Gets the date shown, with the time of day that was set.
+// wParam 0, lParam a SYSTEMTIME*. Gets the date shown, with the time of day that was set. Returns GDT_VALID.
 inline constexpr UINT DTM_GETSYSTEMTIME = 0x1001;
-// (GDT_VALID, SYSTEMTIME): nonzero, 0 for a date that doesn't exist; wDayOfWeek is ignored.
+// wParam GDT_VALID, lParam a SYSTEMTIME*, whose wDayOfWeek is ignored. Returns nonzero, 0 for a date that doesn't
+// exist.
 inline constexpr UINT DTM_SETSYSTEMTIME = 0x1002;
 inline constexpr WPARAM GDT_VALID = 0;
 inline constexpr UINT DTN_DATETIMECHANGE = static_cast<UINT>(-759);

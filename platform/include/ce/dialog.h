@@ -37,9 +37,9 @@ inline constexpr UINT MB_DEFBUTTON2 = 0x100;
 inline constexpr UINT MB_DEFBUTTON3 = 0x200;
 
 // Runs a modal dialog from a template, plain or extended. The dialog is made hidden, gets WM_INITDIALOG (wParam: the
-// control that gets the focus, lParam: `parameter`), and is then shown whether or not it has WS_VISIBLE. Its owner is
-// disabled until it ends. The result is the value of EndDialog; -1 if the dialog could not be made (a damaged template,
-// a class that doesn't exist), 0 for a bad owner.
+// control that gets the focus, lParam: `parameter`), and is then shown whether or not it has WS_VISIBLE. The owner is
+// disabled until the dialog ends. The result is the value of EndDialog; -1 if the dialog could not be made (a damaged
+// template, a class that doesn't exist), 0 for a bad owner.
 INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 
@@ -49,11 +49,10 @@ HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, 
                                 LPARAM parameter);
 
 // Ends a modal dialog when its procedure returns. The owner is enabled before the dialog is destroyed. Allowed in
-// WM_INITDIALOG. Fails with 1400, 5 for a dialog that isn't modal.
+// WM_INITDIALOG. Fails with 1400, or with 5 for a dialog that isn't modal.
 BOOL EndDialog(HWND dialog, INT_PTR result);
 
-// The keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. Nonzero if the message was one of these, which is then
-// handled.
+// Handles the keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. Returns nonzero if the message was one of these.
 BOOL IsDialogMessage(HWND dialog, MSG* message);
 
 // The first control of that id in creation order; null with 1421.
@@ -64,11 +63,12 @@ BOOL SetDlgItemTextW(HWND dialog, int id, const WCHAR* text);
 // At most capacity - 1 characters and a NUL. For a missing control the text is empty and the result 0.
 UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 
-// A modal question or notice. `text` null is empty, `caption` null is "Error". \n breaks lines, & is text. Esc and the
-// close box give IDCANCEL if there is a Cancel button, and IDOK if OK is the only button. Otherwise they do nothing.
-// 0 if it could not be made.
+// Shows a modal question or notice. Returns the id of the button that ended it (IDOK and so on), 0 if it could not be
+// made. A null `text` is empty, a null `caption` is "Error". In the text, \n breaks lines, and & has no special
+// meaning. Esc and the close box return IDCANCEL if there is a Cancel button, and IDOK if OK is the only button.
+// Otherwise they do nothing.
 //
-// With MB_YESNO in a job (ce/outcome.h) the user can let an answer hold for all further questions of the job with the
-// same caption and the same words up to the name. Those aren't shown. The user can also stop the job, which answers No
-// to this question and all further ones.
+// In a job (ce/outcome.h), a question with MB_YESNO lets the user choose that the answer also applies to all further
+// questions of the job that have the same caption and the same words up to the name. Those questions aren't shown. The
+// user can also stop the job. The answer to this question and to all further ones is then No.
 int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

@@ -1,7 +1,10 @@
 // ce/error.h - the last error: one number per thread, set by each call that fails.
 //
-// A call that succeeds leaves it unchanged, unless its header says that it sets it. The numbers are the platform's
-// documented ones.
+// A call that succeeds leaves the last error unchanged, unless its header says otherwise. The numbers are the
+// platform's documented ones.
+//
+// The headers of ce/ give errors by number. "0 with 87" means that the call returns 0 and sets the last error to 87. If
+// a comment gives no reason for an error number, the name of that number in this header says it.
 #pragma once
 
 #include "ce/types.h"

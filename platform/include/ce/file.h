@@ -1,10 +1,14 @@
-// ce/file.h - files and folders of the device's one name space.
+// ce/file.h - files and folders of the device, which are all in one tree.
 //
-// Paths: from the root `\`; no drive letters, no current folder, so a path without a leading backslash starts at the
-// root. At most 259 characters and the NUL; a longer one fails with 206. Names are compared exactly, case included;
-// only search patterns match without case. Cards are folders of the root. Links, fifos, sockets and device nodes of the
-// host are not part of the name space: they are not listed, not followed and not overwritten, and a call that names one
-// fails as if it didn't exist.
+// Paths begin at the root `\`. There are no drive letters and no current folder, so a path without a leading backslash
+// also begins at the root. A path has at most 259 characters and the NUL. A longer path fails with 206. Names are
+// case-sensitive. Only search patterns match without case. Cards are folders in the root. Links, fifos, sockets and
+// device nodes of the host are not part of the tree: they are not listed, not followed and not overwritten. A call on
+// the path of such an entry fails as if the entry didn't exist. If the call would make a file or folder there, it fails
+// with 5.
+//
+// A card can be removed while the program runs. From then on, calls on its paths fail with 21, and so do writes and
+// flushes of its open files.
 //
 // A name that is empty, "." or "..", or that holds one of * ? " < > | fails with 123.
 #pragma once
@@ -44,7 +48,7 @@ inline constexpr DWORD FILE_ATTRIBUTE_ROMMODULE = 0x2000;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 
-// What a search finds. dwOID differs between two files that had the same path one after the other.
+// What a search finds. If a file is deleted and another one is made at its path, that one has another dwOID.
 struct WIN32_FIND_DATAW {
     DWORD dwFileAttributes;
     FILETIME ftCreationTime;
@@ -70,94 +74,103 @@ struct BY_HANDLE_FILE_INFORMATION {
     DWORD dwOID;
 };
 
-// Opens or makes a file. `access` is GENERIC_READ and/or GENERIC_WRITE, or 0 for a query that conflicts with nothing.
-// The open succeeds only if each handle open on the file allows `access` and `share` allows the access of each of them;
-// handles of other processes count as far as the host reports them. `security`, `attributes` and `templateFile` are not
-// used: null, 0 and null.
+// Opens or makes a file. `access` is GENERIC_READ and/or GENERIC_WRITE, or 0 for a handle that can only ask about the
+// file. Such a handle conflicts with no other. The call succeeds only if each handle that is open on the file allows
+// `access`, and `share` allows the access of each such handle. Handles of other processes are included as far as the
+// host reports them. `security`, `attributes` and `templateFile` are not used: pass null, 0 and null.
 //
 // On success CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed, otherwise to 0. The other
-// ways set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
+// values of `creation` set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
 //
-// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder of the path is missing, or is a file; 5 a folder, a
-//   read-only file asked for writing, a ROM file asked for writing, a ROM module, no permission; 32 open elsewhere in a
-//   way that conflicts; 80 exists already (CREATE_NEW); 87 bad creation; 112 no room for the entry; 123 bad name; 206
-//   path too long; 19 a read-only file system; 4 too many open files; 31 the host's input or output failed.
+// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder of the path is missing, or is a file; 5 a folder, writing
+//   to a read-only file or to a ROM file, a ROM module, no permission; 32 another open handle conflicts; 80 the file
+//   exists already (CREATE_NEW); 87 an invalid value of `creation`; 112 no space for the directory entry; 123 an
+//   invalid name; 206 the path is too long; 19 a read-only file system; 4 too many open files; 31 the host's input or
+//   output failed.
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* security, DWORD creation, DWORD attributes,
                    HANDLE templateFile);
 
-// Reads up to `bytes` bytes at the handle's position and advances it. Fewer bytes are read only at the end of the file;
-// at or after the end the call succeeds with 0 bytes. Fails with 5 without read access, 6, 31. `bytesRead` may not be
-// null. On failure it is the number of bytes that were read before the fault.
+// Reads up to `bytes` bytes at the handle's position and advances it. Fewer bytes are read only at the end of the file.
+// At or after the end the call succeeds with 0 bytes. Fails with 5 without read access, 6, 31. `bytesRead` may not be
+// null. On failure `*bytesRead` is the number of bytes that were read before the error.
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);
 
-// Writes at the handle's position and advances it by the bytes written. After success the bytes are in the file, and no
-// later call fails because of them, unless the disk itself fails. In that case the next call on the file fails with 31,
-// the file ends before the missing bytes, and each later write fails. Fails with 112 on a full card, 5 without write
-// access, 6, 31. `bytesWritten` may not be null. It is the number of bytes that are in the file, also on failure: a
-// full card still takes the bytes that fit.
+// Writes at the handle's position and advances it by the bytes written. After success the bytes are in the file. A
+// later call can fail because of them only if the disk itself fails. In that case the next call on the file fails with
+// 31, the file ends before the missing bytes, and each later write fails. Fails with 112 on a full card, 5 without
+// write access, 6, 31. `bytesWritten` may not be null. `*bytesWritten` is the number of these bytes that are in the
+// file, also on failure: a full card still takes the bytes that fit.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
-// Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half the distance is an unsigned
-// 32-bit offset, so offsets of 2 GiB and more work; otherwise it is signed. The result is the low half of the new
-// position, which may be after the end.
-// 0xFFFFFFFF on failure: 6, 87, 131 before the start. (For the position 0xFFFFFFFF itself the last error is 0.)
+// Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half, the distance is an
+// unsigned 32-bit offset, so offsets of 2 GiB and more work. In all other cases the distance is signed. The result is
+// the low half of the new position, which may be after the end.
+// 0xFFFFFFFF on failure: 6, 87, 131 before the start. If 0xFFFFFFFF is the low half of the new position, the last error
+// is 0.
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
 // Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with 5 without write
 // access, 6, 31, 112.
 BOOL SetEndOfFile(HANDLE file);
 
-// Nonzero when all that was written through this handle is on the disk, and the file's directory entry
-// too. Fails with 6, 5 without write access, 31, 112.
+// Flushes the file. Nonzero when the file's directory entry is on the disk, and all bytes that this process has written
+// to the file through any handle. Fails with 6, 5 without write access, 31, 112.
 BOOL FlushFileBuffers(HANDLE file);
 
-// Passes to the host what was written to the file and is still gathered in this process. From then on it survives the
-// end of the process, but not a power cut. Costs nothing if nothing is gathered. Fails with the errors of WriteFile; a
-// failure means that bytes which were reported as written are missing.
+// Passes to the host the bytes that were written to the file and are still gathered in this process. From then on these
+// bytes survive the end of the process, but not a power cut. The call costs nothing if no bytes are gathered. Fails
+// with the errors of WriteFile. A failure means that bytes which were reported as written are missing.
 BOOL HandOverFileBuffers(HANDLE file);
 
-// From now on, nothing of `file` is passed to the host before what is gathered for `earlier` by then. So `file` can
-// name bytes of `earlier`, and after a kill it names none that aren't there. If those bytes are lost, what is gathered
-// for `file` is lost, too, and its writes fail with the same error until SetEndOfFile cuts it. Ends with the last
-// handle of `file`. Nonzero on success. Fails with 5 without write access to both, 6, and 87 for one file twice, for a
-// temporary `file`, or if `earlier` is itself written after another file. For one thread at a time.
+// Sets an order: from now on, each time before bytes of `file` are passed to the host, all bytes that are gathered for
+// `earlier` are passed. So if `file` refers to bytes of `earlier` and the process is killed, those bytes aren't
+// missing. If the gathered bytes of `earlier` are lost, those of `file` are lost, too, and writes to `file` fail with
+// the same error until SetEndOfFile cuts `file`. The order ends when the last handle of `file` is closed. Nonzero on
+// success. Fails with 5 without write access to both files, 6, and 87 if both handles are of the same file, if `file`
+// is temporary, or if `earlier` is itself written after another file. Only one thread at a time may call this.
 BOOL WriteAfter(HANDLE file, HANDLE earlier);
 
-// Nonzero when all that this process made, wrote, renamed or deleted on the device, in its own folder and in each card
-// and further folder, is on the disk. Covers all changes since the start or the last call, and costs nothing for a
-// folder without changes. After a failure the other folders are still flushed. On failure the last error is that of the
-// first folder that failed (31, 112), and a later call tries that folder again.
+// Flushes everything that this process has made, written, renamed or deleted since its start or the last call, in the
+// device's own folder and in all cards and further folders. Nonzero when all of this is on the disk. A folder without
+// changes costs nothing. If a folder fails, the other folders are still flushed. The last error is that of the first
+// folder that failed: 31, 112, or 21 for a card that was removed. A later call tries the failed folders again, but not
+// a card that was removed.
 BOOL FlushChangedVolumes(void);
 
-// Lets the host forget what it has cached of the file, so that later reads come from the disk where that is possible.
-// Bytes that aren't on the disk yet stay. Nonzero on success, 0 with 6 or the host's error.
+// Asks the host to drop the file's bytes from its cache, so that later reads come from the disk. Bytes that aren't on
+// the disk yet stay in the cache. Nonzero on success, 0 with 6 or the host's error.
 BOOL DropFromCache(HANDLE file);
 
 // Nonzero on success, 0 with 6 for a handle that isn't an open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// The bytes that can still be written to the device's own folder, the card or the further folder that holds `path`, and
-// its size. A card's capacity counts. Each pointer may be null. The path need not exist. Fails with 5, 31, 123, 206.
+// Gets the number of bytes that can still be written to the device's own folder, the card or the further folder that
+// contains `path`, and the size of that folder. A card's capacity limits both. Each pointer may be null. Nothing need
+// exist at `path`. Fails with 5, 31, 123, 206.
 BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint64_t* total, std::uint64_t* totalFree);
 
 // Declares that the files which the program makes at `path` are temporary, until WithdrawTemporaryFile. Such a file
-// counts for the capacity of its card, and all calls treat it like any other file. But it is not on the host as long as
-// no call needs it there, so that it costs little, other programs don't see it, and nothing of it is left if the
-// process is killed. It is put on the host before a search of its folder, FlushFileBuffers, HandOverFileBuffers,
-// SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and any call with its path or a path below it, other
-// than making it, opening it for reading, and deleting it. These calls fail as the making of a file does. If the
-// process is killed afterwards, and the file is in the root, the next opening of the device moves it out of the name
-// space; not so on a file system without extended attributes.
+// uses up the capacity of its card, and all calls treat it like any other file. But the file is put on the host only
+// when a call needs it there. Until then it costs little, other programs don't see it, and nothing is left of it if the
+// process is killed.
 //
-// If something stands at the path when it is declared, the declaration begins when that is deleted. What another
-// program puts there later stays, and isn't seen as long as there is a temporary file. Fails with 3, 5, 123, 206.
+// A temporary file is put on the host before a search of its folder, FlushFileBuffers, HandOverFileBuffers,
+// SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and any call with its path or a path below it. The
+// exceptions are the calls that make it, open it for reading and delete it. A call that puts the file on the host can
+// also fail with the errors of making a file. If the process is killed while such a file is on the host and in the
+// root, the next opening of the device moves the file out of the device's tree. On a file system without extended
+// attributes the file stays in the root.
+//
+// If a file exists at the path when the path is declared, the declaration takes effect when DeleteFileW deletes that
+// file. If another program makes a file at the path later, that file isn't touched. As long as there is a temporary
+// file at the path, this process doesn't see the other one. Fails with 3, 5, 123, 206.
 BOOL DeclareTemporaryFile(const WCHAR* path);
 
-// Ends a declaration. A file that is still there is put on the host and becomes an ordinary file. Fails as the making
-// of that file does, also with 80, and then the declaration remains.
+// Ends a declaration. A temporary file that still exists is put on the host and becomes an ordinary file. Fails with
+// the errors of making that file, also with 80. After a failure the declaration remains.
 BOOL WithdrawTemporaryFile(const WCHAR* path);
 
-// Fails with 2, 3, 5 for a folder, a read-only or a ROM file, 19, 32 while open in this process, 123, 206.
+// Fails with 2, 3, 5 (a folder, a read-only file or a ROM file), 19, 32 (open in this process), 123, 206.
 BOOL DeleteFileW(const WCHAR* path);
 
 // Fails with 183 if a file or folder of that name exists, 3 if the parent is missing, 5, 19, 112, 123,
@@ -168,26 +181,27 @@ BOOL CreateDirectoryW(const WCHAR* path, const void* security);
 // 19, 123, 206.
 BOOL RemoveDirectoryW(const WCHAR* path);
 
-// The attributes, FILE_ATTRIBUTE_NORMAL if none is set; needs no open and works on files in use. A folder may have a
-// trailing backslash, and "\" is the root. The folder of a card has FILE_ATTRIBUTE_TEMPORARY, the entries below it
-// don't.
+// Returns the attributes, FILE_ATTRIBUTE_NORMAL if none is set. Also works on files that are in use. The path of a
+// folder may have a trailing backslash, and "\" is the root. The folder of a card has FILE_ATTRIBUTE_TEMPORARY, the
+// entries below it don't.
 // 0xFFFFFFFF on failure: 2, 3, 5, 123, 206.
 DWORD GetFileAttributesW(const WCHAR* path);
 
-// Whether it is certain that nothing stands at the path: GetFileAttributesW would fail with 2 or 3. Costs one question
-// to the host, where that call needs several to distinguish the two errors. No last error.
+// Whether it is certain that nothing exists at the path, so that GetFileAttributesW would fail with 2 or 3. Makes one
+// call on the host. GetFileAttributesW makes several, because it distinguishes the two errors. Doesn't set the last
+// error.
 BOOL IsNothingAt(const WCHAR* path);
 
-// Begins a search; only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
-// character). "*" and "*.*" match every name; matching is without case. There are no entries "." and "..". The order is
-// the host's; callers must not expect any. Files that come or go during the search may be seen or not. Names longer
-// than 259 characters are left out.
+// Begins a search. Only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
+// character). "*" and "*.*" match every name; matching is without case. There are no entries "." and "..". The entries
+// come in the host's order, so callers must not rely on an order. A file that is made or deleted during the search may
+// or may not be found. Names longer than 259 characters are left out.
 // INVALID_HANDLE_VALUE on failure: 2 nothing matches, 3 no such folder, 5, 123, 206.
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
 
-// As FindFirstFileW. `level` is FindExInfoStandard and `found` a WIN32_FIND_DATAW, `filter` null and `flags` 0;
-// anything else fails with 87. With FindExSearchLimitToDirectories the search leaves out files, which saves asking the
-// host about each. A caller must not rely on that: a real device may ignore it.
+// Like FindFirstFileW. `level` must be FindExInfoStandard, `found` a WIN32_FIND_DATAW, `filter` null and `flags` 0.
+// Anything else fails with 87. With FindExSearchLimitToDirectories the search leaves out files. This saves a call on
+// the host for each file. But a caller must expect files, because a real device may return them.
 enum FINDEX_INFO_LEVELS { FindExInfoStandard };
 enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
 HANDLE FindFirstFileExW(const WCHAR* pattern, FINDEX_INFO_LEVELS level, void* found, FINDEX_SEARCH_OPS operation,

@@ -1,66 +1,72 @@
-// ce/file_stamp.h - says by a stamp whether a file has changed since it was read, and deletes it only if it hasn't.
+// ce/file_stamp.h - takes the stamp of a file, which shows later whether the file has changed, and deletes a file only
+// if it still has its stamp.
 //
-// A program that moves content elsewhere stamps the open file before it reads, and deletes it by that stamp when its
-// copy is safe. Content that another program writes after the stamp isn't deleted. A program that keeps what it read
-// asks by the stamp whether the file still has it.
+// A program that moves the content of a file elsewhere takes the stamp of the open file before it reads the file. When
+// the copy is safe, the program deletes the file by that stamp. If another program has written to the file after the
+// stamp was taken, the file isn't deleted. A program that keeps the bytes of a file in memory can ask by the stamp
+// whether the file still has these bytes.
 #pragma once
 
 #include "ce/types.h"
 
 // Identity, length and times of an open file at one moment. It holds no resources, so copy and keep it freely.
 struct FileStamp {
-    std::uint64_t device;  // which file
+    std::uint64_t device;  // st_dev of the host
     std::uint64_t inode;
     std::uint64_t length;        // in bytes
     std::int64_t writeSeconds;   // last write of the content
     std::int64_t changeSeconds;  // last change of the content, names or permissions
     std::uint32_t writeNanoseconds;
     std::uint32_t changeNanoseconds;
-    // Whether each later write changes the times. That isn't certain if the file was written less than 50 ms before the
-    // stamp was taken, because a second write could leave the same time. Some file systems count in steps of one or two
-    // seconds. So if the time of change has no fraction of a second, both times must be at least 4 seconds old. It
-    // isn't certain either if a time is in the future.
+    // Whether it is certain that each later write changes the times. It isn't certain if the file was written less than
+    // 50 ms before the stamp was taken, because a second write could leave the same time. Some file systems store times
+    // in steps of one or two seconds. So if the time of change has no fraction of a second, both times must be at least
+    // 4 seconds old. It isn't certain either if the write time is in the future.
     BOOL provesWrites;
-    // Whether it is certain that no other process had the file open, and so none had it mapped into memory. A write to
-    // a page that was mapped and written before changes no time until the host has written that page to the disk.
+    // Whether it is certain that no other process had the file open, and so none had it mapped into memory. If a
+    // process has already written to a mapped page, further writes to this page change no time until the host has
+    // written the page to the disk.
     BOOL wasAlone;
 };
 
-// Nonzero on success. Bytes that this process has gathered for the file are passed to the host first, so that the stamp
-// includes them. Open the file without sharing, take the stamp at once, and read then. Each change of the bytes that
-// are read then shows, even one by a program that has mapped the file into memory, whose first write alone changes the
-// times. For a file that is open for reading only and not shared for writing, the stamp is that of its opening.
+// Takes the stamp of an open file. Nonzero on success. Bytes that this process has gathered for the file are passed to
+// the host first, so that the stamp includes them. Open the file without sharing, take the stamp at once, and read the
+// file after that. Then the stamp shows each later change of the bytes, even by a program that maps the file into
+// memory: the first write of that program changes the times. If the file is open for reading only and not shared for
+// writing, the call returns the stamp of the moment when the file was opened.
 // 0 on failure: 6 for a handle that is no open file, 31, 87 for a null stamp, and the errors of WriteFile.
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 
-// Nonzero if the file at `path` certainly still has the bytes that it had at its stamp. 0 if it has changed, is another
-// file, is gone, or if that can't be said: provesWrites or wasAlone is 0, or the host failed. Sets no error, and notes
-// no failure of the device. On tmpfs a write to a file that is mapped into memory changes no time, so it isn't seen.
+// Nonzero if it is certain that the file at `path` still has the bytes that it had when the stamp was taken. 0 if the
+// file has changed, was replaced or is gone. Also 0 if nothing is certain, because provesWrites or wasAlone is 0 or the
+// host failed. Doesn't set the last error, and a failure isn't noted as one of the device. On tmpfs a write to a file
+// that is mapped into memory changes no time, so this call doesn't notice it.
 BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 
 // Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another
-// process that opens the file during the call waits for its end.
+// process that opens the file during the call waits until the call ends.
 // Fails with
-//   2, 3     there is no file any more;
+//   2, 3     the file doesn't exist any more;
 //   5, 19, 123, 206  as DeleteFileW;
-//   32       it is open in this or another process, or another process began to open it meanwhile;
+//   32       the file is open in this or another process, or another process began to open it during the call;
 //   50       the file system can neither rename without replacing nor link, so that nothing can be deleted safely;
 //   87       a null stamp;
-//   1006     it isn't the file of the stamp any more, or has changed since;
+//   1006     another file is at the path, or the file has changed since the stamp;
 //   1237     provesWrites is 0: try again with a new copy in some seconds;
 //   31       the host failed.
-// All but 2, 3, 32, 1006 and 1237 are noted as failures of the device, like those of DeleteFileW.
+// The errors 5, 19, 31, 50, 123 and 206 are noted as failures of the device, like those of DeleteFileW.
 //
 // After a failure the file still has its name and its content. There is one exception: another program replaces the
 // file during the deletion and makes a third file at the path microseconds later. Then the third file keeps the path,
-// and the second one stays in the folder under the name below.
+// and the second file stays in the folder under the other name that is described below.
 //
-// How: the call takes a lease on the file, renames it within its folder to "NAME (being deleted by Quillbox
-// 0123456789abcdef)", compares it again under that name, and deletes it there. So a file that another program puts at
-// the path is never deleted. A process that is killed in between leaves the file under that name.
+// The deletion has four steps. The call takes a lease on the file, renames the file within its folder to "NAME (being
+// deleted by Quillbox 0123456789abcdef)", compares the renamed file with the stamp, and deletes it under that name. So
+// a file that another program puts at the path is never deleted. If the process is killed after the renaming, the file
+// keeps the other name.
 //
 // On network folders, on file systems without leases and for files of another user the host gives no lease. The call
-// then does all but the lease. It doesn't notice a program that has the file open, and what that program writes in the
-// microseconds between the last comparison and the deletion is lost. On a network folder the times are the server's. If
-// its clock is slow, `provesWrites` may be nonzero too early.
+// then does the other steps. But it doesn't notice if another program has the file open. What that program writes in
+// the microseconds between the comparison and the deletion is lost. On a network folder the times are the server's. If
+// the server's clock is slow, `provesWrites` may be nonzero too early.
 BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp);

@@ -1,4 +1,5 @@
-// ce/memory.h - blocks of the process heap, some of which a call allocates and its caller frees.
+// ce/memory.h - allocates and frees blocks of the process heap. Some calls of the platform return such a block, which
+// their caller frees.
 #pragma once
 
 #include "ce/types.h"
@@ -9,7 +10,7 @@ inline constexpr UINT LMEM_FIXED = 0;
 inline constexpr UINT LMEM_ZEROINIT = 0x40;
 inline constexpr UINT LPTR = 0x40;
 
-// A block of `bytes` bytes, aligned for any type; for 0 bytes, too, a separate block.
+// Allocates a block of `bytes` bytes, aligned for any type. A block of 0 bytes also has an address of its own.
 // Null on failure, with last error 8. Free with LocalFree.
 HLOCAL LocalAlloc(UINT flags, std::size_t bytes);
 

@@ -11,7 +11,7 @@ using FARPROC = void (*)();
 // Null with last error 126 for any other name.
 HMODULE LoadLibraryW(const WCHAR* name);
 
-// The entry point of exactly that name (case counts). Cast it to its real type before calling it.
+// The entry point of exactly that name. The comparison is case-sensitive. Cast it to its real type before calling it.
 // Null with last error 127 if the platform doesn't have it, 6 for a module that isn't loaded.
 FARPROC GetProcAddressW(HMODULE module, const WCHAR* name);
 

@@ -19,7 +19,7 @@ constexpr CEPROPID property(DWORD number, WORD type)
     return (number << 16) | type;
 }
 
-// The numbers of the properties; those of one name mean the same in each database. Times are local times of the device,
+// The numbers of the properties. A property means the same in each database. Times are local times of the device,
 // without a zone.
 inline constexpr CEPROPID Subject = property(0x0037, CEVT_LPWSTR);
 inline constexpr CEPROPID Notes = property(0x4005, CEVT_BLOB);         // UTF-8, lines end with CR LF

@@ -1,8 +1,8 @@
 // ce/progress.h - reports to the host how far a run, one backup or restore, has come. The host may show it.
 //
 // The program's own windows don't show the number of items and bytes that are still to come. A call stores a few
-// numbers and returns, without a lock and without a message, so a run can make one for each item and for each block of
-// data. The thread of the run only.
+// numbers and returns, without a lock and without a message, so a run can make a call for each item and for each block
+// of data. Only the thread of the run calls these functions.
 #pragma once
 
 #include "ce/types.h"
@@ -11,24 +11,25 @@
 inline constexpr DWORD RunStores = 1;
 inline constexpr DWORD RunRestores = 2;
 
-// A run begins. `listPath` is the full path of its set's list file. `items` and `bytes` are what it has to do in all.
-// `bytes` can lack items whose size isn't known, and files can have changed since, so the bytes done can exceed it.
+// Reports that a run begins. `listPath` is the full path of its set's list file. `items` and `bytes` are what it has to
+// do in all. `bytes` doesn't include items of unknown size, and files can change after they were measured. So the bytes
+// that are done can exceed `bytes`.
 void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes);
 
-// The bytes of the current item that are done so far. For items that take long; a run needn't call it.
+// Reports how many bytes of the current item are done so far. A run calls this function only for items that take long.
 void ReportItemBytes(std::uint64_t bytes);
 
-// The first `bytes` bytes of the set's data file have been passed to the host, and the run won't change them. For a
-// host that reads them during the run.
+// Reports that the first `bytes` bytes of the set's data file have been passed to the host, and that the run won't
+// change them. So the host can read them during the run.
 void ReportStoredBytes(std::uint64_t bytes);
 
-// The current item is done. `kind` is OutcomeFile and so on (ce/outcome.h), `bytes` its size as far as the run knows
-// it. `made`: it is whole in the set, or on the device. It isn't after a failure, or if the user keeps what the device
-// has.
+// Reports that the current item is done. `kind` is OutcomeFile and so on (ce/outcome.h), `bytes` its size as far as the
+// run knows it. `made` is TRUE if the whole item is in the set, or in a restore on the device. It is FALSE after a
+// failure, or if the user has chosen to keep the item that the device has.
 void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made);
 
-// `count` items of this kind that were reported as made aren't.
+// Corrects earlier reports: `count` items of this kind that were reported as made aren't made after all.
 void TakeBackItemsMade(DWORD kind, DWORD count);
 
-// The run has ended, and what it made is on the disk.
+// Reports that the run has ended, and that what it made is on the disk.
 void EndRun();

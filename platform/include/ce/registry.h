@@ -22,20 +22,20 @@ inline constexpr DWORD REG_MULTI_SZ = 7;
 inline constexpr DWORD REG_CREATED_NEW_KEY = 1;
 inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 
-// Opens `subKey` below `key`, making each level that is missing. `disposition` may be null. `reserved` and `options` 0,
-// `security` null. The name of a level must be valid UTF-16, without lone surrogates. 6 bad key; 87 an empty level, a
-// leading backslash, a name above 255 characters, more than 16 levels below the predefined key, other arguments; 112
-// full; 31 the store can't be written or read.
+// Opens `subKey` below `key`, and makes each level that is missing. `disposition` may be null. `reserved` and `options`
+// must be 0, `security` null. The name of a level must be valid UTF-16, without lone surrogates. Errors: 6 an invalid
+// key; 87 an empty level, a leading backslash, a name above 255 characters, more than 16 levels below the predefined
+// key, or other invalid arguments; 112 the disk is full; 31 the store can't be written or read.
 LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR* className, DWORD options, DWORD access,
                      const void* security, HKEY* result, DWORD* disposition);
 
-// Copies a value into `data`, `*bytes` bytes large, and sets `*bytes` to its size. `data` null asks for the size.
-// `type` may be null. A null or empty name is the key's default value. 2 no such value, and nothing is changed; 234 too
-// small: `*bytes` is the size, `data` is unchanged; 6.
+// Copies a value into the buffer `data` of `*bytes` bytes, and sets `*bytes` to the size of the value. With a null
+// `data` it copies nothing. `type` may be null. A null or empty name is the key's default value. Errors: 2 there is no
+// such value, and nothing is changed; 234 the buffer is too small: `*bytes` is set, `data` is unchanged; 6.
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes);
 
 // Sets a value and its type. Both are on the disk when the call returns. A null or empty name is the key's default
-// value. 6, 87 a name above 255 characters or with a lone surrogate, or more than 16 MiB, 112, 31.
+// value. Errors: 6; 87 a name above 255 characters or with a lone surrogate, or more than 16 MiB; 112; 31.
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
 
 // Fails with 6 for a key that isn't open. Closing a predefined key succeeds and does nothing.

@@ -1,6 +1,6 @@
 // ce/registry_file.h - writes the whole registry to a file, and replaces the registry by such a file.
 //
-// Programs look these up by name ("RegCopyFile", "RegRestoreFile"), since not every device has them.
+// Not every device has these functions. So programs look them up by name ("RegCopyFile", "RegRestoreFile").
 #pragma once
 
 #include "ce/error.h"
@@ -8,13 +8,13 @@
 
 // Writes the whole registry to a file and replaces an old one. The file is text in the REGEDIT format, UTF-16
 // (docs/format.md, "Registry file"). Nonzero on success, otherwise 0 with the last error of the file call that failed,
-// or 31 if the registry can't be read. Then there is no file.
+// or 31 if the registry can't be read. After a failure there is no file, unless an old one could not be replaced.
 BOOL RegCopyFile(const WCHAR* path);
 
-// Takes such a file over: removes it from `path`. At the next start of the device its content replaces the registry,
-// completely or not at all.
-// Nonzero on success, otherwise 0 with the last error of the file call that failed (5 for a file that may not be
-// deleted, 112 if the device's disk has no room), 31 without a device or for a file that isn't a whole registry, of
-// which a copy is kept. After a failure the file stays at `path`, and a file that was taken over earlier still replaces
-// the registry at the next start.
+// Stores the content of a file of this format with the device, and removes the file from `path`. At the next start of
+// the device, this content replaces the registry, completely or not at all.
+// Nonzero on success, otherwise 0. The last error is that of the file call that failed. For example, it is 5 for a file
+// that may not be deleted, and 112 if the device's disk has no room. It is 31 if no device is open or if the file isn't
+// a whole registry. A copy of such a file is kept. After any failure the file stays at `path`, and content that an
+// earlier call stored still replaces the registry at the next start.
 BOOL RegRestoreFile(const WCHAR* path);

@@ -24,14 +24,14 @@ inline const WCHAR* const RT_DIALOG = MAKEINTRESOURCEW(RT_DIALOG_ID);
 HRSRC FindResourceW(HMODULE module, const WCHAR* name, const WCHAR* type);
 
 // The address of the resource's bytes, valid as long as the process runs. Nothing has to be freed.
-// Null with 6 for a handle that FindResourceW didn't give.
+// Null with 6 for a handle that FindResourceW didn't return.
 HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 
-// Bytes of the resource, without padding; 0 with 6.
+// The length of the resource in bytes, without padding; 0 with 6.
 DWORD SizeofResource(HMODULE module, HRSRC resource);
 
-// Copies text `id` into `buffer`: at most characters - 1 and a NUL; the result counts without the NUL,
-// 0 if there is no such text (1814) or no room (122). A surrogate pair stays whole. With a null buffer the result is
-// the address of the text inside the resource, as a pointer in an integer: not terminated, its length in characters is
-// in the WORD before it.
+// Copies text `id` into `buffer`: at most characters - 1 characters, and a NUL. Returns the number of characters
+// without the NUL, 0 if there is no such text (1814) or no space (122). A surrogate pair stays whole. With a null
+// buffer the result is the address of the text inside the resource, as an integer. That text is not terminated. Its
+// length in characters is in the WORD before it.
 LONG_PTR LoadStringW(HINSTANCE instance, UINT id, WCHAR* buffer, int characters);

@@ -9,13 +9,13 @@ struct ProgramStatus {
     DWORD markedDatabases;
     BOOL registryMarked;
     const WCHAR* shownExtensions;  // double-NUL list: the tree shows only files with one of these; null: all files
-    FILETIME shownSince;           // it shows only files that were written then or later; 0: all files
-    DWORD hiddenAttributes;        // it hides files with one of these FILE_ATTRIBUTE_ bits
+    FILETIME shownSince;           // the tree shows only files that were written then or later; 0: all files
+    DWORD hiddenAttributes;        // the tree hides files with one of these FILE_ATTRIBUTE_ bits
     BOOL deletesStored;            // a backup deletes the files that it has stored
     const WCHAR* newestSet;        // path of the list file of the newest set on the storages; empty: there is none
     FILETIME newestSetTime;        // UTC
-    DWORD jobs;                    // that have ended. One may have emptied the lists of what is marked.
+    DWORD jobs;                    // number of jobs that have ended; each may have cleared the marks
 };
 
-// The host copies the status. Any thread.
+// The host copies the status. Can be called on any thread.
 void ReportStatus(const ProgramStatus& status);

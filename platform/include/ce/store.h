@@ -1,19 +1,19 @@
 // ce/store.h - the databases of the object store: records of typed properties.
 //
 // Each database and each record has a CEOID of its own. A CEOID is never used again. A database's name has at most 31
-// characters; a longer one is cut at a whole character by every call. Names are compared without case and kept as
-// written; an empty one, or one with half of a surrogate pair, fails with 87.
+// characters. Each call cuts a longer name at a whole character. Names are compared without case and stored as written.
+// An empty name, or a name with half of a surrogate pair, fails with 87.
 //
 // The records of a database are in the order in which they were made. Sort orders are stored and returned, but have no
 // effect: a database can be opened in that one order only.
 //
-// When changes are on the disk: a database is made or deleted as a whole, and this is on the disk when the call
-// returns. Changes of records through one handle are gathered, so that thousands share one flush. They are written
-// together when the handle is closed; before another handle changes something, a database is made or deleted, or the
-// registry is used; and before a further change as soon as there are 4096 changes or 8 MiB, or the first one is half a
-// second old. A process that is killed loses at most the changes that were gathered last, and never a part of a record.
-// The database can be opened afterwards. If the disk has no room for all gathered changes, as many as fit are written,
-// in their order. If changes are lost, CloseHandle fails with 112 or 31.
+// A database is made or deleted as a whole, and this change is on the disk when the call returns. Changes of records
+// through one handle are gathered, so that thousands of them share one flush. They are written together when the handle
+// is closed, before another handle changes something, before a database is made or deleted, and before the registry is
+// used. They are also written before a further change if 4096 changes or 8 MiB are gathered, or if the first of them is
+// half a second old. A process that is killed loses at most the changes that were gathered last, and never a part of a
+// record. The database can be opened afterwards. If the disk has no space for all gathered changes, as many as fit are
+// written, in their order. If changes are lost, CloseHandle fails with 112 or 31.
 //
 // CloseHandle closes a handle. A call with a handle that is not open fails with 87. Error 31 means that no device is
 // open, that the host's disk failed, or that a record is damaged.
@@ -63,8 +63,8 @@ inline constexpr DWORD CEDB_MAXDBASENAMELEN = 32;  // characters with the NUL
 inline constexpr WORD CEDB_MAXSORTORDER = 4;
 inline constexpr DWORD CEDB_MAXRECORDS = 0xFFFF;  // the largest wNumRecords
 
-// Bytes that the texts (without their NULs) and the blobs of one record may have together, a hundred times as many as
-// on a real device. Limits the memory that a record of a damaged or hostile set can take.
+// The largest total size of the texts and blobs of one record, in bytes without the NULs of the texts. It is a hundred
+// times as large as on a real device. It limits the memory that a record of a damaged or hostile set can take.
 inline constexpr DWORD MaxRecordContent = 16 * 1024 * 1024;
 
 // CEDBASEINFO.dwFlags: which fields are filled.
@@ -85,7 +85,7 @@ struct CEDBASEINFO {
     WORD wNumRecords;
     WORD wNumSortOrder;
     DWORD dwSize;             // bytes of all records in the store
-    FILETIME ftLastModified;  // UTC, of the first change of the latest gathered group
+    FILETIME ftLastModified;  // UTC: when the first change of the latest gathered group was made
     SORTORDERSPEC rgSortSpecs[CEDB_MAXSORTORDER];
 };
 
@@ -132,67 +132,70 @@ struct CEPROPVAL {
 // INVALID_HANDLE_VALUE on failure: 31.
 HANDLE CeFindFirstDatabase(DWORD type);
 
-// The next one. 0 with 259 at the end, 1018 if a database was deleted since the walk began, 87, 31.
+// Returns the next database of the walk. 0 with 259 at the end, 1018 if a database was deleted since the walk began,
+// 87, 31.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
-// Nonzero on success. 6 no such object, 87 no `info`, 31; `info` is unchanged then.
+// Nonzero on success. Fails with 6 no such object, 87 no `info`, 31. After a failure `info` is unchanged.
 BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info);
 
-// Makes a database with at most CEDB_MAXSORTORDER sort orders; with none, it gets one with the property 0. Sets the
-// last error to 0 on success. 0 on failure: 52 the name exists, 87, 112, 31.
+// Makes a database with at most CEDB_MAXSORTORDER sort orders. If `sortOrders` is 0, the database gets one sort order,
+// with the property 0. Sets the last error to 0 on success. 0 on failure: 52 the name exists, 87, 112, 31.
 CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SORTORDERSPEC* specs);
 
-// Nonzero when the database and its records are gone from the disk. 32 while a handle on it is open, 87 no
-// such database, 112, 31.
+// Deletes a database. Nonzero when the database and its records are gone from the disk. Fails with 32 while a handle on
+// the database is open, 87 no such database, 112, 31.
 BOOL CeDeleteDatabase(CEOID oid);
 
-// Opens a database, by name if `*oid` is 0 (which is set then), otherwise by oid. The handle's pointer is at the first
-// record. With CEDB_AUTOINCREMENT each read advances it, otherwise it stays. `sortProperty` must be 0; `notified` is
-// not used, because there are no notifications of changes.
-// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags or a sort property, 31, also for a database that
-// only the walk finds, because its stored name is damaged.
+// Opens a database. If `*oid` is 0, the database is found by its name, and `*oid` is set. Otherwise it is found by
+// `*oid`. The handle's pointer is at the first record. With CEDB_AUTOINCREMENT each read advances it, otherwise it
+// stays. `sortProperty` must be 0; `notified` is not used, because there are no notifications of changes.
+// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags or a sort property, 31. Error 31 also means that
+// the stored name of the database is damaged, so that only CeFindNextDatabase finds the database.
 HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWORD flags, HWND notified);
 
-// Moves the pointer. The result is the record at the new position, and `*index`, which may be null, is its position
-// from 0.
+// Moves the pointer and returns the record at the new position. `*index` is set to the new position, counted from 0.
+// `index` may be null.
 //   CEDB_SEEK_CEOID      to the record of that oid
 //   CEDB_SEEK_BEGINNING  `value` records after the first
 //   CEDB_SEEK_END        `value` records before the end: 0 is the position after the last record, 1 the last record
 //   CEDB_SEEK_CURRENT    `value`, read as a signed number, records after the present position
 // The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance, and after a
 // deletion positions are counted again.
-// 0 if there is no record at the new position. The last error is then 0 after the last record, to which CEDB_SEEK_END
-// moves with 0 (31 if the database has more or fewer records than it says; the pointer moves there too). It is 25
-// beyond an end: the pointer moves after the last record, or stays if the move was towards the beginning. 87 for
-// another `how`, a handle that isn't open, or an oid that is no record of the database. 31.
+// Returns 0 if there is no record at the new position. The last error tells why:
+//   0   CEDB_SEEK_END with 0 has moved the pointer after the last record
+//   25  the position is beyond an end: the pointer moves after the last record, or stays if the move was towards the
+//       beginning
+//   31  the same as 0, but the database has more or fewer records than it says; or another cause of error 31
+//   87  another `how`, a handle that isn't open, or an oid that is no record of the database
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 
-// Reads the record at the pointer. `ids` null: all its properties, in the order in which they were first written, and
-// `*count` becomes their number. Otherwise the `*count` requested ones, in their order. A missing property is returned
-// with its id and CEDB_PROPNOTFOUND. If all are missing, the call fails with 232. The block `*buffer` of `*bytes` bytes
-// gets the CEPROPVALs first, then their texts and blobs. With CEDB_ALLOWREALLOC a block that is null or too small is
-// replaced by one of LocalAlloc; free with LocalFree.
+// Reads the record at the pointer. With a null `ids` it reads all properties, in the order in which they were first
+// written, and sets `*count` to their number. Otherwise it reads the `*count` properties of `ids`, in this order. A
+// missing property is returned with its id and CEDB_PROPNOTFOUND. If all are missing, the call fails with 232. The
+// block `*buffer` of `*bytes` bytes gets the CEPROPVALs first, then their texts and blobs. With CEDB_ALLOWREALLOC a
+// block that is null or too small is replaced by one of LocalAlloc, which the caller frees with LocalFree.
 // Returns the record's oid. 0 on failure, and the pointer stays: 259 after the last record, 1018 the record was deleted
-// (with CEDB_AUTOINCREMENT the next one is read instead), 232, 122 too small, 8, 87, 31. After the last record it is 31
-// if the database has more or fewer records than it says.
+// (with CEDB_AUTOINCREMENT the next one is read instead), 232, 122 too small, 8, 87, 31. After the last record the
+// error is 31 instead of 259 if the database has more or fewer records than it says.
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes);
 
-// Writes properties into a record, or with oid 0 into a new record after all others, which doesn't move the pointer. A
-// property with an id that the record has already is replaced, one with CEDB_PROPDELETE is removed. The other
-// properties stay. CEDB_PROPNOTFOUND, which a read can have set, isn't stored. 0 on failure, and nothing is changed: 87
-// no properties, a null text or blob, more than MaxRecordContent, no such record; 112 no room, or a record beyond
-// CEDB_MAXRECORDS; 8, 31.
+// Writes properties into a record. With oid 0 it makes a new record after all others, and the pointer doesn't move. If
+// the record has a property with the same id, the new property replaces it. A property with CEDB_PROPDELETE is removed
+// from the record. All other properties of the record stay. CEDB_PROPNOTFOUND, which a read can have set, isn't stored.
+// 0 on failure, and nothing is changed: 87 no properties, a null text or blob, more than MaxRecordContent, no such
+// record; 112 no room, or a record beyond CEDB_MAXRECORDS; 8, 31.
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
-// Nonzero on success. If the pointer was at the record, it moves to the next one. 87 no such record in this database,
-// 112, 31.
+// Deletes a record. Nonzero on success. If the pointer was at the record, it moves to the next one. Fails with 87 no
+// such record in this database, 112, 31.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
-// A transaction, which a real device doesn't have. All databases that are made or deleted and all records that are
-// changed between the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has succeeded. A kill
-// before that, EndStoreChange(FALSE) and any failure, such as a full disk, leave everything as it was. Handles that
-// were opened in between can be used after a success, and must be closed before EndStoreChange(FALSE). Nothing else of
-// the device may be changed in between.
+// Begins or ends a transaction. A real device doesn't have these calls. All databases that are made or deleted and all
+// records that are changed between the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has
+// succeeded. A kill before that, EndStoreChange(FALSE) and any failure, such as a full disk, leave everything as it
+// was. Handles that were opened in between can be used after a success, and must be closed before
+// EndStoreChange(FALSE). Nothing else of the device may be changed in between.
 // Nonzero on success; EndStoreChange(FALSE) always succeeds if a change is open. 87 a change is already open
 // (BeginStoreChange) or none is (EndStoreChange); 112, 8, 31.
 BOOL BeginStoreChange();

@@ -13,7 +13,7 @@
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;
 
-// One argument of a format: a whole number or a wide text. Made implicitly from the values that callers pass.
+// One argument of a format: a whole number or a wide text. The values that callers pass are converted to it implicitly.
 class FormatArgument {
 public:
     template <class T>
@@ -42,7 +42,7 @@ private:
 // Returns the characters written, without the NUL.
 int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<const FormatArgument> arguments);
 
-// The platform's calls that use it. wsprintfW takes the size from the array.
+// The platform's calls, which use FormatWide. wsprintfW takes the size from the array.
 template <class... Arguments>
 int wnsprintfW(WCHAR* out, std::size_t capacity, const WCHAR* format, const Arguments&... arguments)
 {
@@ -63,8 +63,8 @@ int wsprintfW(WCHAR (&out)[Capacity], const WCHAR* format, const Arguments&... a
 // Characters before the NUL.
 std::size_t wcslen(const WCHAR* text);
 
-// Copies `count` characters. A shorter source is filled up with NULs. A longer one, or one of equal length, gets no
-// NUL.
+// Writes exactly `count` characters. If the text is shorter, NULs follow it. If the text has `count` characters or
+// more, its first `count` characters are written without a NUL.
 WCHAR* wcsncpy(WCHAR* out, const WCHAR* text, std::size_t count);
 
 // Copies a text into an array of `capacity` characters. A text that doesn't fit is cut at a whole character.
@@ -83,16 +83,16 @@ int lstrcmpW(const WCHAR* left, const WCHAR* right);
 // The same without case, by simple case folding of each character.
 int lstrcmpiW(const WCHAR* left, const WCHAR* right);
 
-// Skips blanks, reads a sign and digits, and ignores the rest; 0 without digits. A number beyond the range of LONG
-// becomes the end of the range.
+// Skips blanks, reads a sign and digits, and ignores the rest; 0 without digits. A number outside the range of LONG
+// becomes the nearest number in the range.
 LONG _wtol(const WCHAR* text);
 
 // The device's code page: always CP_UTF8, so a log can contain any name.
 UINT GetACP();
 
-// Converts to `codePage` (CP_ACP or CP_UTF8). `characters` -1: the text ends at its NUL, which is converted and counted
-// too. `bytes` 0 asks for the size. A lone surrogate becomes U+FFFD. `defaultCharacter` and `usedDefault` must be null.
-// Returns bytes.
+// Converts to `codePage` (CP_ACP or CP_UTF8). With `characters` -1 the text ends at its NUL, which is converted and
+// counted, too. With `bytes` 0 the call only returns the size. A lone surrogate becomes U+FFFD. `defaultCharacter` and
+// `usedDefault` must be null. Returns the number of bytes.
 // 0 on failure: 122 too small (the content of `out` is then undefined), 87, 1004 for flags other than 0.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int characters, char* out, int bytes,
                         const char* defaultCharacter, BOOL* usedDefault);

@@ -28,10 +28,11 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
 // 0 with 87 for a file time of 0x8000000000000000 or more.
 BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* time);
 
-// -1, 0 or 1: the first is earlier, equal, later.
+// -1 if the first time is earlier, 0 if both are equal, 1 if the first time is later.
 LONG CompareFileTime(const FILETIME* first, const FILETIME* second);
 
-// The setting as text. The result is its length in characters with the NUL; `characters` 0 asks for it.
-// LOCALE_SSHORTDATE looks like "M/d/yy", "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's LC_TIME.
+// Gets the setting as text. Returns the length of the text in characters with the NUL. With `characters` 0 it only
+// returns this length. LOCALE_SSHORTDATE looks like "M/d/yy", "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's
+// LC_TIME.
 // 0 on failure: 122 too small, 87 another setting, 1004.
 int GetLocaleInfoW(LCID locale, DWORD setting, WCHAR* out, int characters);

@@ -1,9 +1,13 @@
 // ce/tree_view.h - the tree view control "SysTreeView32": a hierarchy of items, of which one can be selected.
 //
-// It notifies its parent by WM_NOTIFY, in this order: NM_CLICK before the selection moves, TVN_SELCHANGINGW (nonzero
-// refuses), TVN_SELCHANGEDW; TVN_ITEMEXPANDINGW (nonzero refuses) before and TVN_ITEMEXPANDEDW after an item expands or
-// collapses; TVN_DELETEITEMW for each item that is deleted. Both clicks of a double click send NM_CLICK; NM_DBLCLK
-// follows the second one. Handles of deleted items are invalid: a message with one gives 0.
+// The control notifies its parent by WM_NOTIFY. A click sends NM_CLICK before the selection moves. The second click of
+// a double click sends NM_CLICK, too, and then NM_DBLCLK. Before the selection moves, the control sends
+// TVN_SELCHANGINGW. If the parent returns nonzero, the selection doesn't move. Otherwise the control sends
+// TVN_SELCHANGEDW after the move. Before an item is expanded or collapsed, the control sends TVN_ITEMEXPANDINGW. If the
+// parent returns nonzero, the item stays as it is. Otherwise the control sends TVN_ITEMEXPANDEDW afterwards. For each
+// deleted item it sends TVN_DELETEITEMW. Handles of deleted items are invalid: a message with such a handle returns 0.
+//
+// In the comments below, a message is described as "(wParam, lParam): result".
 #pragma once
 
 #include "ce/controls.h"
@@ -25,9 +29,10 @@ inline const HTREEITEM TVI_FIRST = reinterpret_cast<HTREEITEM>(static_cast<INT_P
 inline const HTREEITEM TVI_LAST = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0002)));
 inline const HTREEITEM TVI_SORT = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0003)));
 
-// (0, item): nonzero; deletes all items below it, too. An item of null or TVI_ROOT deletes everything.
+// (0, item): nonzero. Deletes the item and all items below it. With null or TVI_ROOT as the item, deletes all items.
 inline constexpr UINT TVM_DELETEITEM = 0x1101;
-// TVM_EXPAND (action, item) is in ce/controls.h: the two notifications come only while TVIS_EXPANDEDONCE is clear.
+// TVM_EXPAND (action, item) is declared in ce/controls.h. It sends TVN_ITEMEXPANDINGW and TVN_ITEMEXPANDEDW only while
+// TVIS_EXPANDEDONCE is clear.
 inline constexpr UINT TVM_GETCOUNT = 0x1105;
 // TVM_SETIMAGELIST (TVSIL_NORMAL, image list): the previous list.
 inline constexpr UINT TVM_GETIMAGELIST = 0x1108;
@@ -38,12 +43,13 @@ inline constexpr UINT TVM_GETNEXTITEM = 0x110A;
 inline constexpr UINT TVM_SELECTITEM = 0x110B;
 // (0, TVHITTESTINFO): the item whose row contains the point, or 0.
 inline constexpr UINT TVM_HITTEST = 0x1111;
-// (0, item): expands the items above it, as TVM_EXPAND does, and scrolls to it.
+// (0, item): expands the items above this item, as TVM_EXPAND does, and scrolls to the item.
 inline constexpr UINT TVM_ENSUREVISIBLE = 0x1114;
 // (0, TVINSERTSTRUCTW): the new item's handle, or 0. The text is copied. Never selects or expands.
 inline constexpr UINT TVM_INSERTITEMW = 0x1132;
-// (0, TVITEMW): nonzero; 0 for an invalid handle, and then the record is unchanged. hItem is read whatever the mask is.
-// A text is cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set: messages select and expand an item.
+// (0, TVITEMW): nonzero. 0 for an invalid handle, and the TVITEMW is unchanged. hItem is read whatever the mask is. A
+// text is cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set. To select or expand an item, use
+// TVM_SELECTITEM or TVM_EXPAND.
 inline constexpr UINT TVM_GETITEMW = 0x113E;
 inline constexpr UINT TVM_SETITEMW = 0x113F;
 

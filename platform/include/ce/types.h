@@ -57,7 +57,8 @@ inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~UINT_PTR{0}
 // Size of the fixed buffers for paths and texts, in characters with the NUL.
 inline constexpr DWORD MAX_PATH = 260;
 
-// 100 ns steps since 1601-01-01 UTC, the low half first; alignment 4, so never a 64-bit integer.
+// The number of 100 ns steps since 1601-01-01 UTC, the low half first. Its alignment is 4, so never access it as a
+// 64-bit integer.
 struct FILETIME {
     DWORD dwLowDateTime;
     DWORD dwHighDateTime;

@@ -1,8 +1,8 @@
 // ce/window.h - windows, classes, messages, timers.
 //
-// A window is owned by the thread that made it, and its procedure runs in that thread's name only: either on the thread
-// itself or, while it waits in GetMessageW, on the thread that sends to it. DestroyWindow works only in the name of the
-// owner.
+// The thread that made a window owns it. The window's procedure runs only in the name of its owner. This means that it
+// runs on the owner itself, or on a thread that sends a message to the window while the owner waits for messages or in
+// a send. DestroyWindow works only in the name of the owner.
 #pragma once
 
 #include "ce/error.h"
@@ -147,30 +147,33 @@ inline constexpr WORD VK_F4 = 0x73;
 // 0 with 1410 if a class of that name (without case) exists already, 87 without a name or procedure.
 ATOM RegisterClassW(const WNDCLASSW* windowClass);
 
-// Sends WM_CREATE (lParam: CREATESTRUCTW) before it returns; -1 from it stops the creation. CW_USEDEFAULT for position
-// and size means the whole work area. For a child `menu` is its id.
+// Makes a window, and sends WM_CREATE (lParam: CREATESTRUCTW) to it. If the window's procedure returns -1 for this
+// message, the call fails. CW_USEDEFAULT for position and size means the whole work area. For a child window, `menu` is
+// its id.
 // Null on failure: 1407 no such class, 1400 no such parent or one of another thread.
 HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, DWORD style, int x, int y, int width,
                      int height, HWND parent, HMENU menu, HINSTANCE instance, void* parameter);
 
-// Sends WM_DESTROY to the window first, then to its children. The windows that it owns are destroyed, too. Its timers
-// end, and messages posted to it are dropped. Fails with 1400, 5 in the name of another thread.
+// Destroys the window, its children and the windows that it owns. The owned windows are destroyed first. Then
+// WM_DESTROY is sent to the window, and after that to its children. The timers of the windows end, and messages posted
+// to them are dropped. Fails with 1400, or with 5 in the name of another thread.
 BOOL DestroyWindow(HWND window);
 
-// WM_CLOSE destroys; WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH set and return the title. Other messages return 0.
+// WM_CLOSE destroys the window. WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH set and return the title. Other messages
+// return 0.
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Runs the window's procedure and returns its result. If another thread owns the window, the call waits until that
 // thread retrieves messages or waits in a send itself. Meanwhile, messages sent to the caller's windows are handled. 0
-// with 1400 for an invalid handle, also if the window is destroyed while the call waits.
+// with 1400 if the handle is invalid, or if the window is destroyed while the call waits.
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Adds the message to the end of the thread's queue. Never waits. Nonzero on success, 0 with 1400.
+// Adds the message to the end of the queue of the window's thread. Never waits. Nonzero on success, 0 with 1400.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Takes the calling thread's next message: posted, input, quit, timers, in this order. Sent messages are handled during
 // the call. `window` null: all windows of the thread; otherwise the window and its children. `low` and `high` 0: no
-// bounds. WM_QUIT comes whatever the filter.
+// bounds. The call returns WM_QUIT whatever the filter.
 // 0 for WM_QUIT, -1 for a bad window handle (1400), otherwise nonzero.
 BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high);
 
@@ -178,16 +181,16 @@ BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high);
 BOOL TranslateMessage(const MSG* message);
 LRESULT DispatchMessageW(const MSG* message);
 
-// WM_QUIT with `exitCode` is retrieved when no posted message is left.
+// Makes GetMessageW return WM_QUIT with `exitCode` when no posted message is left.
 void PostQuitMessage(int exitCode);
 
 // WM_TIMER (wParam: id) comes every `milliseconds`. It has the lowest priority of all messages, and at most one is
 // pending. A call with the same window and id replaces the timer. The timer ends with its window. `procedure` must be
-// null. 0 with 1400.
+// null. Nonzero, or 0 with 1400. KillTimer takes the id that SetTimer got, which can be 0, and not the result.
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure);
 BOOL KillTimer(HWND window, UINT_PTR id);
 
-// Nonzero if it was visible before.
+// Returns nonzero if the window was visible before.
 BOOL ShowWindow(HWND window, int show);
 // Has no effect: the program paints nothing, because the display shows the window's state by itself. Nonzero, 0 with
 // 1400.
@@ -195,7 +198,7 @@ BOOL UpdateWindow(HWND window);
 BOOL IsWindow(HWND window);
 BOOL IsWindowVisible(HWND window);
 BOOL IsWindowEnabled(HWND window);
-// Nonzero if it was disabled before.
+// Returns nonzero if the window was disabled before.
 BOOL EnableWindow(HWND window, BOOL enable);
 // Returns the window that had the focus; null if none had it or on failure.
 HWND SetFocus(HWND window);
@@ -203,9 +206,11 @@ HWND GetFocus();
 HWND GetParent(HWND window);
 BOOL SetForegroundWindow(HWND window);
 
-// Finds a top-level window. Texts are compared without case, and null matches any text. Null if there is no such
-// window. All windows of a device are in this process, because only one process at a time has the device open: a second
-// start is handled before its program begins.
+// Searches the top-level windows of this process. Texts are compared without case, and null matches any text. Returns
+// null if there is no such window.
+//
+// WinMain calls this function to find an earlier instance of the program, and never finds one. Only one process at a
+// time can open a device. A second quillbox process for the same device ends before it calls WinMain.
 HWND FindWindowW(const WCHAR* className, const WCHAR* title);
 
 BOOL SetWindowTextW(HWND window, const WCHAR* text);
