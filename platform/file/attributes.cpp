@@ -8,7 +8,7 @@ namespace {
 
 std::uint64_t ticks(const statx_timestamp& time)
 {
-    // From 1601, where a FILETIME begins, to 1970. Earlier times become 0.
+    // The seconds from 1601, where a FILETIME begins, to 1970. A time before 1601 becomes 0.
     constexpr std::int64_t SecondsBefore = 11644473600;
     const std::int64_t seconds = time.tv_sec + SecondsBefore;
     return seconds < 0 ? 0 : static_cast<std::uint64_t>(seconds) * 10'000'000 + time.tv_nsec / 100;
@@ -53,7 +53,7 @@ FILETIME creationTime(const HostStatus& status)
 
 DWORD objectId(const HostStatus& status)
 {
-    // A file system gives a freed inode number to a later file, which has another birth time.
+    // A file system can reuse the inode number of a deleted file. The new file has another birth time.
     std::uint64_t mixed = status.stx_ino * 0x9E3779B97F4A7C15;
     if ((status.stx_mask & STATX_BTIME) != 0)
         mixed ^= ticks(status.stx_btime) * 0xC2B2AE3D27D4EB4F;

@@ -9,26 +9,29 @@
 
 namespace platform::file {
 
-// All attributes; FILE_ATTRIBUTE_NORMAL if there is no other. `stored` are those of storedAttributes. `leadingPoint`:
-// the name begins with a point.
+// Returns the attributes, or FILE_ATTRIBUTE_NORMAL if there are none. The caller adds FILE_ATTRIBUTE_TEMPORARY for a
+// card. `stored` is what storedAttributes returned. `leadingPoint` says whether the name begins with a dot.
 DWORD attributesOf(const HostStatus& status, DWORD stored, bool leadingPoint);
 
-// Only files and folders are part of the name space.
+// The device's name space contains only files and folders. Links, fifos, sockets and device nodes of the host aren't
+// part of it.
 bool isFile(const HostStatus& status);
 bool isFolder(const HostStatus& status);
 
 FILETIME fileTime(const statx_timestamp& time);
 
-// The birth time if the file system keeps it, otherwise the earlier of the times of change and of writing.
+// The birth time if the file system stores it. Otherwise the change time (ctime) or the write time (mtime), whichever
+// is earlier.
 FILETIME creationTime(const HostStatus& status);
 
-// Differs between two files that had the same name or the same inode number one after the other.
+// Returns a number that identifies the file or folder. A later file of the same name gets another number. If the file
+// system stores birth times, a later file with the same inode number gets another number, too.
 DWORD objectId(const HostStatus& status);
 
-// The number of the host's device (its file system).
+// The host's number of the file system (st_dev) that contains the file or folder.
 std::uint64_t deviceOf(const HostStatus& status);
 
-// Identifies a file of the host, whatever its name.
+// Identifies a file of the host independently of its name.
 struct FileKey {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;

@@ -12,7 +12,7 @@ namespace platform::file {
 
 namespace {
 
-// Characters that are the same byte in the name on the host. Most names consist of these alone.
+// Whether the character is the same single byte in the name on the host. Most names contain only such characters.
 constexpr bool isSameOnHost(char16_t character)
 {
     return character > 0x1F && character < 0x7F && character != u'/' && character != u'*' && character != u'?' &&

@@ -1,4 +1,5 @@
-// device_path.h - translates a path of the device to a path below a mounted host folder. Makes no call on the host.
+// device_path.h - translates a path of the device to a path below a mounted host folder. The only calls on the host are
+// those that open a removable card.
 #pragma once
 
 #include "mounted_folder.h"
@@ -11,30 +12,31 @@
 namespace platform::file {
 
 struct HostPath {
-    // 123 or 206 for an invalid path, 3 without a root folder, 21 in a card that was taken out, or the error of opening
-    // a card; the other fields are empty then.
+    // 0 or the error: 123 or 206 for an invalid path, 3 if there is no root folder, 21 for a path on a card that was
+    // removed, otherwise the error of opening the card. After an error the other fields are empty.
     DWORD error = 0;
     MountUse mount;
     std::string below;             // the path below the mount, parts joined by '/'; empty for the mounted folder itself
     std::size_t nameStart = 0;     // offset of the last part in `below`
-    bool endsInBackslash = false;  // and is not the root alone
+    bool endsInBackslash = false;  // of the device path; false for the root alone
 
     bool isMount() const { return below.empty(); }
     const char* name() const { return below.c_str() + nameStart; }
 
     bool isSame(const HostPath& other) const { return mount == other.mount && below == other.below; }
 
-    // The path of the folder that contains the entry, as openBelow takes it.
+    // The path of the folder that contains the entry; "." if that is the mounted folder itself.
     std::string parent() const { return nameStart == 0 ? "." : below.substr(0, nameStart - 1); }
 };
 
-// One trailing backslash is accepted and noted; two make an empty name, which is an error.
+// Translates a path of the device. Accepts one trailing backslash, and sets endsInBackslash for it. Two trailing
+// backslashes are an error, because there is an empty name between them.
 HostPath resolvePath(std::u16string_view devicePath);
 
-// The path on the device, from its root on.
+// Returns the path on the device, which begins at the device's root.
 std::u16string devicePathOf(const HostPath& hostPath);
 
-// A path given by a caller, of which at most MAX_PATH characters are read. Empty for null.
+// Returns the caller's path as a view, which is empty for null. Reads at most MAX_PATH characters.
 std::u16string_view boundedPath(const WCHAR* path);
 
 }  // namespace platform::file

@@ -48,7 +48,8 @@ Deleted deleteTemporary(const HostPath& path, const SharedFile& file, OpenFiles&
     return {};
 }
 
-// Before the host is asked about a path.
+// Call it before the host is asked about `path`. If a temporary file is at this path, or at the path of a folder above
+// it, gives that file its name on the host. 0 or the error.
 DWORD nameTemporaries(const HostPath& path)
 {
     OpenFiles& table = OpenFiles::instance();
@@ -83,8 +84,8 @@ Attributes attributesAt(const HostPath& path)
         return {path.error, 0};
     if (const DWORD error = nameTemporaries(path); error != 0)
         return {error, 0};
-    // The entry is looked up in its folder, because the host reads no extended attribute by a descriptor that was
-    // opened with O_PATH.
+    // The host doesn't read extended attributes through a descriptor that was opened with O_PATH. So the entry is
+    // looked up by its name in its folder.
     const ParentFolder parent(path);
     HostStatus status = {};
     if (const int result = statusAt(parent, path, status); result < 0)
@@ -92,7 +93,7 @@ Attributes attributesAt(const HostPath& path)
     if (path.endsInBackslash && !isFolder(status))
         return {ERROR_PATH_NOT_FOUND, 0};
     const bool isRoot = path.isMount() && path.mount->name().empty();
-    // A mounted folder can have any name on the host; its name on the device counts.
+    // A mounted folder can have any name on the host. Its name on the device decides whether it is hidden.
     const bool leadingPoint = path.isMount() ? path.mount->name().starts_with(u'.') : *path.name() == '.';
     const StoredAttributes stored = storedAttributes(parent.get(), path.name(), status);
     if (stored.error != 0)
@@ -131,8 +132,9 @@ DWORD removeFolderAt(const HostPath& path)
     return result == -ENOTEMPTY || result == -EEXIST ? ERROR_DIR_NOT_EMPTY : platformError(result);
 }
 
-// The folders on the way aren't opened one by one: a link among them can't lead to another file with the same stamp.
-// The host's answer doesn't include bytes that this process has gathered for the file.
+// Here the host follows links among the folders of the path. This does no harm, because only the file of the stamp has
+// the stamp's device and inode number. The host's status doesn't include bytes that this process still gathers for the
+// file. If there can be such bytes, the result is false.
 bool isUnchangedAt(const HostPath& path, const FileStamp& stamp)
 {
     HostStatus status = {};

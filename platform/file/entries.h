@@ -1,4 +1,4 @@
-// entries.h - attributes, making and removing of files and folders, without opening them.
+// entries.h - calls on files and folders by their path, without a handle: reading attributes, making folders, deleting.
 #pragma once
 
 #include "device_path.h"
@@ -17,10 +17,10 @@ struct Attributes {
 
 [[nodiscard]] Attributes attributesAt(const HostPath& path);
 
-// Whether it is certain that there is no entry.
+// Whether it is certain that nothing exists at the path.
 [[nodiscard]] bool isNothingAt(const HostPath& path);
 
-// Whether the entry is certainly the file of the stamp, with the same bytes.
+// Whether it is certain that the stamp was taken of the file at the path, and that the file still has the same bytes.
 [[nodiscard]] bool isUnchangedAt(const HostPath& path, const FileStamp& stamp);
 
 // 0 or the error.
@@ -29,14 +29,15 @@ struct Attributes {
 
 struct Deleted {
     DWORD error = 0;
-    bool isOpenHere = false;  // the error is that this process has the file open
+    bool isOpenHere = false;  // it failed because this process has the file open
 };
 
 // Deletes a file that isn't open in this process.
 [[nodiscard]] Deleted deleteFileAt(const HostPath& path);
 
-// Why the rules of the name space forbid the deletion of the entry; 0 if they don't. `folder` holds the entry. No file
-// is opened meanwhile, so that the answer holds.
+// Returns the error if the entry may not be deleted, otherwise 0. Folders, read-only files, ROM files and files that
+// this process has open may not be deleted. `folder` is a descriptor of the folder that contains the entry. The caller
+// holds `openings` exclusively, so no thread of this process opens the file before the deletion.
 [[nodiscard]] DWORD deletionError(const HostPath& path, int folder, const HostStatus& status, const OpenFiles& table)
     REQUIRES(table.openings()) EXCLUDES(table.mutex());
 

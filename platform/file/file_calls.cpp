@@ -94,7 +94,7 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten,
     if (!open)
         return fail(ERROR_INVALID_HANDLE);
     const Written written = open->write({static_cast<const std::byte*>(bytes), count});
-    *bytesWritten = static_cast<DWORD>(written.bytes);  // on a full card, those that fit
+    *bytesWritten = static_cast<DWORD>(written.bytes);  // fewer than `count` if the card is full
     return succeedUnless(written.error, Trouble::Writing, *open);
 }
 
@@ -244,7 +244,7 @@ BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp)
 BOOL CreateDirectoryW(const WCHAR* path, const void*)
 {
     const DWORD error = makeFolderAt(resolvePath(boundedPath(path)));
-    if (error != ERROR_PATH_NOT_FOUND)  // the failure to make that folder was noted already
+    if (error != ERROR_PATH_NOT_FOUND)  // the parent is missing, and the failure to make it was noted
         noteFileTrouble(Trouble::Writing, boundedPath(path), error);
     return succeedUnless(error);
 }
@@ -252,7 +252,7 @@ BOOL CreateDirectoryW(const WCHAR* path, const void*)
 BOOL RemoveDirectoryW(const WCHAR* path)
 {
     const DWORD error = removeFolderAt(resolvePath(boundedPath(path)));
-    if (error != ERROR_DIR_NOT_EMPTY)  // expected: programs try it to find out whether the folder is used
+    if (error != ERROR_DIR_NOT_EMPTY)  // expected: programs call this to find out whether the folder is empty
         noteFileTrouble(Trouble::Writing, boundedPath(path), error);
     return succeedUnless(error);
 }

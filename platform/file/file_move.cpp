@@ -21,7 +21,7 @@ using host::platformError;
 
 namespace {
 
-// An entry that moveFile looked up. `result` is that of statusAt.
+// An entry that moveFile looked up. `result` is what statusAt returned.
 struct Entry {
     explicit Entry(const HostPath& path) : folder(path), result(statusAt(folder, path, status)) {}
 
@@ -30,8 +30,8 @@ struct Entry {
     int result;
 };
 
-// Sets the rights before the move. Afterwards would be too late: users without permission for the replaced file could
-// open the new one meanwhile.
+// Gives the file that is moved the rights of the file that it replaces. This must happen before the move. Otherwise a
+// user without permission for the replaced file could open the new file before its rights are set.
 DWORD takeRightsOf(const HostStatus& replaced, int folder, const char* name)
 {
     const Descriptor moved(openBelow(folder, name, O_RDONLY));
@@ -43,7 +43,8 @@ DWORD errorOfMove(int result)
     return result == -EXDEV ? DWORD{ERROR_NOT_SAME_DEVICE} : platformError(result);
 }
 
-// Moves the entry to a path where nothing may exist. The host refuses to replace, so it isn't asked first.
+// Moves the entry to `to`, and fails if something exists there. No check comes before the move, because the host
+// refuses to replace an entry.
 DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
 {
     std::optional<ParentFolder> other;
@@ -63,7 +64,7 @@ DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
     return result == -EEXIST ? DWORD{ERROR_ALREADY_EXISTS} : errorOfMove(result);
 }
 
-// Moves the entry to a path where a file may be, which is replaced.
+// Moves the entry to `to`. If a file exists there, the move replaces it.
 DWORD moveOver(const HostPath& from, const Entry& moved, const HostPath& to, const OpenFiles& table)
     REQUIRES(table.openings()) EXCLUDES(table.mutex())
 {

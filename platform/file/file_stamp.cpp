@@ -11,22 +11,25 @@ namespace {
 
 constexpr std::int64_t Second = 1'000'000'000;
 
-// The host's clock for file times advances in steps of up to 10 ms, and exFAT stores times in such steps.
+// Longer than a fine step of file times. The host's clock for file times advances in steps of up to 10 ms, and exFAT
+// stores times in such steps.
 constexpr std::int64_t FineStep = 50'000'000;
 
-// FAT stores times in steps of two seconds, some file systems in whole seconds.
+// Longer than a coarse step: FAT stores times in steps of two seconds, some other file systems in whole seconds.
 constexpr std::int64_t CoarseStep = 4 * Second;
 
-// The result is limited to some days, which is enough to compare it with a step.
+// Returns the time from `from` to `to`, limited to about 11 days in both directions so that it can't overflow. The
+// callers only compare the result with a few seconds.
 std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
 {
     const std::int64_t seconds = std::clamp<std::int64_t>(to.tv_sec - from.tv_sec, -1'000'000, 1'000'000);
     return seconds * Second + to.tv_nsec - from.tv_nsec;
 }
 
-// Whether any later write changes the stamp. A write sets the time of writing to the present, so the time stays the
-// same only if it is less than a step of the clock ago. A program that sets it back afterwards changes the time of
-// change, which the stamp has, too. If that time is coarse, it must be as long ago, too.
+// Whether it is certain that any later write changes the stamp. A write sets the write time to the present. So a later
+// write can leave the write time unchanged only if the last write was less than a step of the clock ago. A program that
+// sets the write time back changes the change time, which is also part of the stamp. If the change time is stored in
+// coarse steps, both times must be older than such a step.
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
     const std::int64_t age = nanosecondsBetween(status.stx_mtime, asked);

@@ -9,13 +9,15 @@
 
 namespace platform::file {
 
-// Without wasAlone. `asked` is the time on this machine's clock just before the host was asked for `status`.
+// Makes a stamp from `status`. The caller sets its wasAlone. `asked` is the time just before `status` was read, on this
+// machine's clock.
 FileStamp stampOf(const HostStatus& status, const timespec& asked);
 
-// Whether it is the same file with the same length and time of writing.
+// Whether `status` is the status of the stamp's file, and the file has the same length and write time as in the stamp.
 bool hasSameContent(const FileStamp& stamp, const HostStatus& status);
 
-// Whether the time of change is the same, too. A program can set back the time of writing, but not this one.
+// Like hasSameContent, but the change time must be the same, too. A program can set back the write time, but not the
+// change time.
 bool isUnchanged(const FileStamp& stamp, const HostStatus& status);
 
 }  // namespace platform::file

@@ -15,7 +15,7 @@ struct Known {
     FileSystem system;
 };
 
-// A run alternates between few devices.
+// A run alternates between a few file systems.
 struct Memory {
     kernel::Mutex mutex;
     std::array<Known, 4> known;

@@ -1,4 +1,5 @@
-// file_system.h - the kind and block size of the file system that holds a file. Asks the host once for each device.
+// file_system.h - the kind and block size of the file system that holds a file. The answers for the last four st_dev
+// numbers are remembered.
 #pragma once
 
 #include "host_calls.h"
@@ -8,7 +9,8 @@
 
 namespace platform::file {
 
-// `file` is a descriptor on the device of that number. Empty if the host doesn't say. Any thread.
+// Returns the file system of `file`, a descriptor of a file or folder whose st_dev is `device`. Empty if the host
+// doesn't report it. Can be called on any thread.
 std::optional<FileSystem> fileSystemOf(int file, std::uint64_t device);
 
 }  // namespace platform::file

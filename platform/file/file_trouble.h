@@ -1,4 +1,5 @@
-// file_trouble.h - chooses the failed calls of this room that are reported at the end (kernel/troubles.h).
+// file_trouble.h - decides which failed calls on files are noted (kernel/troubles.h). The host shows noted failures
+// later.
 #pragma once
 
 #include "kernel/troubles.h"
@@ -11,11 +12,12 @@ namespace platform::file {
 
 using kernel::Trouble;
 
-// Notes the failure of a call that names a file or folder, unless the error only says that it doesn't exist, or exists
-// already. For something that was to be made, a missing folder counts as a failure.
+// Notes the failure of a call on a file or folder. Ignores an error that only says that the file or folder doesn't
+// exist, or that it exists already. But if a file or folder was to be made, a missing parent folder is noted.
 void noteFileTrouble(Trouble kind, std::u16string_view path, DWORD error);
 
-// Call it after a file was made or replaced: an earlier failure because its folder was missing is forgotten.
+// Call it after a file was made or replaced. If an earlier attempt to make the file failed because the parent folder
+// was missing, removes the note of that failure.
 void noteFileMade(std::u16string_view path);
 
 }  // namespace platform::file

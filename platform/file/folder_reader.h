@@ -19,9 +19,10 @@ public:
 
     int folder() const { return folder_.get(); }
 
-    // The next name, NUL-terminated and valid until the next call. Entries that are neither files nor folders, and
-    // files if only folders are wanted, are skipped if the file system says so in the folder. Empty at the end and on
-    // failure; then error() is set.
+    // Returns the next name, which is NUL-terminated and valid until the next call. The result is empty at the end and
+    // after a failure, and error() tells these two apart.
+    // Skips entries that are neither files nor folders, and also files if only folders are wanted. The caller must
+    // check the type again, because some file systems don't store the types of the entries in the folder.
     [[nodiscard]] std::optional<std::string_view> next();
 
     // 0 or a negative errno.

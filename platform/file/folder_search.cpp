@@ -39,7 +39,8 @@ bool isPattern(std::u16string_view text)
            text.find_first_of(std::u16string_view(u"/\"<>|")) == std::u16string_view::npos;
 }
 
-// "*.*" matches every name, also one without a point. Walks ask for "*" alone.
+// "*.*" matches every name, also one without a dot. "*" is compared first, because walks through folders use this
+// pattern.
 bool matchesPattern(std::u16string_view name, std::u16string_view pattern)
 {
     return pattern == u"*" || pattern == u"*.*" || text::matchesWildcards(name, pattern, text::Case::Ignored);
@@ -91,8 +92,8 @@ bool FolderSearch::nextMount(WIN32_FIND_DATAW& found)
     return false;
 }
 
-// False if the entry isn't part of the name space, was deleted since the folder was read, or can't be read, which is
-// noted as a trouble.
+// Fills `found`. Returns false if the entry isn't to be listed. Such an entry is of another type than wanted, was
+// deleted after the folder was read, or has a status that can't be read. In the last case, the failure is noted.
 bool FolderSearch::describe(std::string_view hostName, std::u16string_view name, WIN32_FIND_DATAW& found)
 {
     HostStatus status = {};

@@ -1,4 +1,4 @@
-// folder_search.h - the object of a search handle.
+// folder_search.h - the object behind the handle that FindFirstFileW returns.
 #pragma once
 
 #include "device_path.h"
@@ -48,7 +48,8 @@ private:
     std::size_t mountsSeen_ = 0;
 };
 
-// Opens the folder for a search. The errors are those of FindFirstFileW, except that no entry matches.
+// The result of beginSearch, which opens the folder for a search. The errors are those of FindFirstFileW, without the
+// error for no match: only next() compares entries with the pattern.
 struct SearchBegun {
     DWORD error = 0;
     std::shared_ptr<FolderSearch> search;

@@ -1,4 +1,4 @@
-// free_space.h - how much a mounted folder still holds.
+// free_space.h - how many bytes still fit into a mounted folder.
 #pragma once
 
 #include "device_path.h"
@@ -13,7 +13,8 @@ struct FreeSpace {
     std::uint64_t total = 0;
 };
 
-// Of the folder that holds the path: what its file system and its capacity allow.
+// Returns the free bytes and the size of the mounted folder that contains the path. The folder's file system and its
+// capacity limit both numbers.
 [[nodiscard]] FreeSpace freeSpaceAt(const HostPath& path);
 
 }  // namespace platform::file

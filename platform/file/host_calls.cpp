@@ -19,7 +19,7 @@ namespace platform::file {
 
 namespace {
 
-// The C library's headers don't have this call yet.
+// The system call getxattrat, which the C library's headers don't declare yet.
 constexpr long NumberOfGetxattrat = 464;
 struct ExtendedArguments {
     std::uint64_t value;
@@ -282,7 +282,8 @@ std::optional<FileSystem> readFileSystem(int file)
 
 int setLease(int file, int type)
 {
-    // Dropping a lease can't be made to fail: a test that made it fail would have to wait for the lease.
+    // Dropping a lease doesn't pass the gate. If a test made this call fail, the lease would remain, and the test would
+    // have to wait for the end of the lease.
     if (const int error = type == F_UNLCK ? 0 : passGate())
         return -error;
     return unlessInterrupted([&] { return ::fcntl(file, F_SETLEASE, type); });

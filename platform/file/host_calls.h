@@ -1,7 +1,8 @@
 // host_calls.h - every system call that the file layer makes on the host's files and folders.
 //
-// No other source of this room makes such calls, so that a test can count them and make each one fail (host_gate.h). A
-// negative result is a negative errno; errno itself isn't used. Interrupted calls are made again.
+// No other source of this room makes such calls, so that a test can count them and make each one fail (host_gate.h).
+// The exceptions are free_space.cpp, which asks for the free space, and power_cut.cpp, which only tests link. A
+// negative result is a negative errno; errno itself isn't used. Interrupted calls are repeated.
 #pragma once
 
 #include "host/descriptor.h"
@@ -22,20 +23,21 @@ using host::Descriptor;
 // What the host reports about a file or folder.
 using HostStatus = struct statx;
 
-// Opens `path` below `folder`; "." is the folder itself. The path can't lead out of the folder by "..", an absolute
-// path or a link: no link is followed. Doesn't wait for the other end of a fifo.
+// Opens `path` below `folder`; "." is the folder itself. No link is followed, and neither ".." nor an absolute path can
+// lead out of the folder. Opening a fifo doesn't wait for a process at its other end.
 [[nodiscard]] int openBelow(int folder, const char* path, int flags, unsigned mode = 0);
 
-// Of a file that is made. The host takes the bits of the user's mask off.
+// The mode of a new file. The host clears the bits of the process's umask in it.
 inline constexpr unsigned NewFileMode = 0666;
 
-// Reads the status of the entry `name` of `folder`, or with an empty name of the descriptor itself. Follows no link. A
-// network file system can answer from what it knew some time ago, but not if the status is to be fresh.
+// Reads the status of the entry `name` of `folder`. If `name` is empty, reads the status of the descriptor itself. If
+// the entry is a link, the status is that of the link. A network file system may answer from its cache. With
+// Status::Fresh, the file system asks the server.
 enum class Status { AsKnown, Fresh };
 [[nodiscard]] int readStatus(int folder, const char* name, HostStatus& status, Status wanted = Status::AsKnown);
 
-// Reads the extended attribute `attribute` of the entry that readStatus would report about. The number of its bytes;
-// -ENODATA if there is none, -ERANGE if `value` is too small.
+// Reads an extended attribute of the entry `name` of `folder`, or of the descriptor itself if `name` is empty. Returns
+// the length of the value in bytes, -ENODATA if there is no such attribute, or -ERANGE if `value` is too small.
 [[nodiscard]] ssize_t readExtended(int folder, const char* name, const char* attribute, std::span<char> value);
 
 // Sets or removes the extended attribute of an open file or folder.
@@ -44,20 +46,20 @@ enum class Status { AsKnown, Fresh };
 
 [[nodiscard]] ssize_t readAt(int file, std::span<std::byte> bytes, std::uint64_t offset);
 [[nodiscard]] ssize_t writeAt(int file, std::span<const iovec> bytes, std::uint64_t offset);
-// Writes all bytes; -ENOSPC if the host takes no more of them.
+// Writes all bytes. Returns 0 or a negative errno, -ENOSPC if the host accepts 0 bytes.
 [[nodiscard]] int writeAllAt(int file, std::span<const std::byte> bytes, std::uint64_t offset);
 [[nodiscard]] int setSize(int file, std::uint64_t size);
 
-// Reserves room, also after the end of the file, which stays the same.
+// Reserves disk space for a range of the file, which can be after its end. The file's length doesn't change.
 [[nodiscard]] int reserve(int file, std::uint64_t offset, std::uint64_t bytes);
 
 [[nodiscard]] int flushToDisk(int fileOrFolder);
 
-// Drops the pages of the file that are on the disk from the host's cache.
+// Drops the file's pages from the host's cache, except pages that are not yet on the disk.
 [[nodiscard]] int dropCached(int file);
 
-// Flushes the whole file system that holds the file or folder. Fails if the host couldn't write some bytes since the
-// descriptor was opened.
+// Flushes the whole file system that holds the file or folder. Also fails if the host has failed to write some bytes
+// since the descriptor was opened.
 [[nodiscard]] int flushFileSystem(int fileOrFolder);
 
 [[nodiscard]] int makeFolder(int folder, const char* name);
@@ -67,16 +69,17 @@ enum class Status { AsKnown, Fresh };
 // Gives an open file the owner, group and mode of `old` (host::setRights).
 [[nodiscard]] int takeRights(int file, const HostStatus& old);
 
-// Without `replace`: -EEXIST if `newName` exists, -EINVAL if the file system has no renaming that refuses to replace.
+// Moves or renames a file. Without `replace` the result is -EEXIST if `newName` exists. It is -EINVAL if the file
+// system can't rename without replacing an existing file.
 [[nodiscard]] int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace);
 
-// Gives the file a second name; -EEXIST if there is such an entry.
+// Gives the file a second name. Returns -EEXIST if `newName` exists.
 [[nodiscard]] int linkFile(int folder, const char* name, const char* newName);
 
-// Gives a nameless file (O_TMPFILE) its name; -EEXIST if there is such an entry.
+// Gives a nameless file (O_TMPFILE) its name. Returns -EEXIST if `name` exists.
 [[nodiscard]] int nameFile(int file, int folder, const char* name);
 
-// As getdents64: bytes of entries, 0 at the end.
+// Reads entries of the folder like getdents64. Returns the number of bytes, 0 at the end of the folder.
 [[nodiscard]] ssize_t readEntries(int folder, std::span<std::byte> entries);
 
 struct FileSystem {
@@ -84,13 +87,15 @@ struct FileSystem {
     std::uint64_t blockBytes = 0;
 };
 
-// The file system that holds the file; empty if the host doesn't say. fileSystemOf asks the host less often.
+// Returns the file system that holds the file. Empty if the host doesn't report it. Use fileSystemOf where possible,
+// because it remembers the answers.
 [[nodiscard]] std::optional<FileSystem> readFileSystem(int file);
 
 // Takes or drops a lease (F_RDLCK, F_WRLCK, F_UNLCK).
 [[nodiscard]] int setLease(int file, int type);
 
-// The lease that this process holds on the file. If another process waits for the file, the lease that remains.
+// Returns the type of the lease that this process holds on the file. If another process waits to open the file, returns
+// the type to which the host will reduce the lease.
 [[nodiscard]] int leaseOf(int file);
 
 }  // namespace platform::file

@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    // The plan, if the call that is counted now is one of those that it is for.
+    // Counts a call. Returns the plan if it applies to this call.
     [[nodiscard]] std::optional<FaultPlan> countCall()
     {
         const std::lock_guard lock(mutex_);
@@ -69,7 +69,7 @@ private:
         return isDue ? std::optional(plan_) : std::nullopt;
     }
 
-    // Only a power cut needs the records, and they cost time.
+    // Recording changes costs time, and only a power cut needs the records.
     bool recordsChanges()
     {
         const std::lock_guard lock(mutex_);

@@ -9,23 +9,23 @@ namespace platform::file {
 
 enum class HostCall { Read, Other };
 
-// In place of an errno: the call isn't made and delivers no bytes.
+// beforeCall can return GivesNothing instead of an errno. Then the read isn't made, and its result is 0 bytes.
 inline constexpr int GivesNothing = -1;
 
-// Any thread calls these. Descriptors are open during the call.
+// The functions can be called on any thread. The descriptors are open during the call.
 class HostCallWatcher {
 public:
     HostCallWatcher() = default;
     HostCallWatcher(const HostCallWatcher&) = delete;
     HostCallWatcher& operator=(const HostCallWatcher&) = delete;
 
-    // 0 to let the call be made, or the errno that it fails with. A reading call can also get GivesNothing.
+    // Returns 0 to let the call be made, or the errno with which it fails. For a read it can also return GivesNothing.
     [[nodiscard]] virtual int beforeCall(HostCall call) = 0;
 
     // Bytes of the file, or its size, are about to change.
     virtual void beforeChange(int file) = 0;
 
-    // These report calls that succeeded. Each path is relative to the folder that precedes it.
+    // The functions below report calls that succeeded. Each path is relative to the folder argument before it.
     virtual void afterResize(int file, std::uint64_t size) = 0;
     virtual void afterMaking(int folder, const char* path) = 0;
     virtual void afterMove(int folder, const char* name, int newFolder, const char* newName) = 0;
@@ -39,7 +39,7 @@ protected:
 // Null, or a watcher that lives as long as the process.
 inline constinit std::atomic<HostCallWatcher*> hostCallWatcher = nullptr;
 
-// 0, or what beforeCall returned.
+// Returns the result of beforeCall; 0 without a watcher.
 [[nodiscard]] inline int passGate(HostCall call = HostCall::Other)
 {
     HostCallWatcher* const watcher = hostCallWatcher.load(std::memory_order_acquire);

@@ -12,10 +12,10 @@ namespace platform::file {
 
 namespace {
 
-// Longer than the coarsest step of a file system's times.
+// Longer than the coarsest step in which a file system stores times.
 constexpr std::int64_t SettledSeconds = 3;
 
-// Each change of an attribute sets the change time on these, from this machine's clock.
+// On these file systems, each change of an attribute sets the change time from this machine's clock.
 constexpr std::array<std::uint64_t, 5> TimingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC,
                                                             TMPFS_MAGIC, F2FS_SUPER_MAGIC};
 

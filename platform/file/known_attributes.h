@@ -1,8 +1,9 @@
 // known_attributes.h - remembers the stored attributes of recent files, so that a run asks the host once for each file.
 //
-// The host updates a file's change time whenever its attributes change, so an answer holds while that time is the same.
-// That is certain only if the last change is so long ago that another one can't get the same time, and only on file
-// systems whose times come from this machine's clock. Answers about other files aren't remembered.
+// The host sets a file's change time whenever an attribute of the file changes. So an answer stays valid as long as the
+// change time is the same. This is certain only under two conditions: the last change is so long ago that another
+// change can't get the same time, and the file system takes its times from this machine's clock. An answer is
+// remembered only under these conditions.
 #pragma once
 
 #include "host_calls.h"
@@ -22,13 +23,15 @@ class KnownAttributes {
 public:
     static KnownAttributes& instance();
 
-    // Empty if the answer isn't known.
+    // Returns the stored attributes. Empty if they aren't remembered.
     std::optional<DWORD> find(const HostStatus& status);
 
-    // Remembers the host's answer. isSettled was true before the host was asked, and `status` is from before, too.
+    // Remembers the stored attributes `bits`. The caller has read `status` before it asked the host for `bits`, and
+    // isSettled returned true for `status`.
     void note(const HostStatus& status, DWORD bits);
 
-    // Whether an answer about this file can be remembered. `folder` is on the file's file system.
+    // Whether an answer about this file can be remembered. `folder` is a descriptor on the same file system as the
+    // file.
     static bool isSettled(int folder, const HostStatus& status);
 
 private:
@@ -40,7 +43,8 @@ private:
         DWORD bits = 0;
     };
 
-    // Inode numbers in a folder are mostly consecutive, so the memory used is in proportion to the number of files.
+    // Memory is allocated in chunks of slots by inode number. Inode numbers in a folder are mostly consecutive, so few
+    // chunks are needed for few files.
     static constexpr std::size_t ChunkSlots = 64;
     static constexpr std::size_t Chunks = 8192;
     using Chunk = std::array<Slot, ChunkSlots>;

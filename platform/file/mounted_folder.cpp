@@ -118,7 +118,7 @@ void MountedFolder::giveBackRoom(std::uint64_t bytes)
     if (!capacity_)
         return;
     std::uint64_t used = used_.load();
-    // Another process can have made a deleted file longer, so this can be more than was taken.
+    // `bytes` can exceed `used`, because another process may have made the deleted file longer.
     while (!used_.compare_exchange_weak(used, used - std::min(used, bytes))) {
     }
 }

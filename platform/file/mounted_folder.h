@@ -1,4 +1,5 @@
-// mounted_folder.h - a host folder of the name space: its capacity, and which of its file systems were changed.
+// mounted_folder.h - a host folder that is mounted in the device's name space: its capacity, and a flag for each of its
+// file systems that says whether it was changed.
 #pragma once
 
 #include "attributes.h"
@@ -25,15 +26,17 @@ namespace platform::file {
 // A file system of the host that holds files of a mounted folder.
 struct Volume {
     std::uint64_t device = 0;
-    // A folder on it, opened before the first change: a flush by it reports each write that failed since.
+    // A descriptor of a folder on the file system, opened before the first change. A flush through this descriptor
+    // reports each write that has failed since the descriptor was opened.
     Descriptor readable;
     std::atomic<bool> changed = false;
 
-    // The one of an open folder; null if it can't be read.
+    // Makes the volume of an open folder. Null if the folder can't be read.
     static std::unique_ptr<Volume> of(int folder);
 };
 
-// Lives until the name space is taken down. The descriptors of a removable folder are open only while it is used.
+// A folder of the host that is mounted in the device's name space. The object lives until removeAllMounts. The
+// descriptors of a removable folder are open only while the folder is used.
 class MountedFolder {
 public:
     // `own` is the volume of the folder itself.
@@ -44,7 +47,7 @@ public:
 
     const std::u16string& name() const { return name_; }
     const std::string& hostName() const { return hostName_; }
-    // The caller has a MountUse.
+    // The caller must have a MountUse of this folder.
     int folder() const { return folder_.get(); }
     bool isCard() const { return card_; }
     bool hasCapacity() const { return capacity_.has_value(); }
@@ -52,31 +55,37 @@ public:
     std::uint64_t used() const { return used_.load(); }
 
     bool isRemovable() const { return removable_.has_value(); }
-    // Opens a removable folder, and counts the use. 0 or the error.
+    // Opens the removable folder if it is closed, and increments the number of uses. 0 or the error.
     [[nodiscard]] DWORD beginUse() EXCLUDES(useMutex_);
     [[nodiscard]] bool beginUseIfOpen() EXCLUDES(useMutex_);
     void endUse() EXCLUDES(useMutex_);
-    // Closes it if nothing uses it, nothing used it for this long, and no change is left to flush.
+    // Closes a removable folder if nothing uses it, nothing has used it for `time`, and all its changes are flushed. A
+    // folder that is gone is closed as soon as nothing uses it.
     void closeIfUnused(std::chrono::milliseconds time) EXCLUDES(useMutex_);
 
-    // The folder was unmounted from its place. Its open files may still work, but nothing written to them is kept.
+    // Notes that the medium of the folder was unmounted. The host may still accept writes to its open files, but the
+    // written bytes may be lost.
     void setGone() { gone_ = true; }
     bool isGone() const { return gone_; }
-    // Asks the host. What was flushed before this returns true is on the medium. Always true unless removable.
+    // Asks the host whether the folder is still mounted at its path. If it is, everything that was flushed before this
+    // call is on the medium. Always true for a folder that isn't removable.
     [[nodiscard]] bool isInPlace();
 
-    // Takes up to `bytes` from the capacity that is left. Returns what it took; all of it if there is no capacity.
+    // Subtracts up to `bytes` bytes from the free capacity. Returns the number of bytes subtracted, which is always
+    // `bytes` if the folder has no capacity.
     [[nodiscard]] std::uint64_t takeRoom(std::uint64_t bytes);
     void giveBackRoom(std::uint64_t bytes);
 
-    // Call it before a change on the host's device of that number. Folders below this one can be on other devices;
-    // `path` is that of a folder on the device.
+    // Registers the file system whose st_dev is `device`, so that a later noteChange() can mark it as changed. Call it
+    // before a change on this file system. If another file system is mounted below the folder, `device` can differ from
+    // the folder's own st_dev. `path` is the path of a folder on the file system, relative to this mounted folder.
     void expectChange(std::uint64_t device, const std::string& path);
 
-    // Call it after the change. So a flush at the same time either includes the change or leaves it noted.
+    // Marks the registered file system as changed. Call it after the change, not before. Otherwise a flush that runs at
+    // the same time could miss the change and still clear the mark.
     void noteChange(std::uint64_t device);
 
-    // They live as long as the folder.
+    // Returns the volumes with changes that aren't flushed. The pointers are valid as long as the folder is in use.
     std::vector<Volume*> changedVolumes();
 
 private:
@@ -104,17 +113,17 @@ private:
     Clock::time_point lastUse_ GUARDED_BY(useMutex_);
 };
 
-// Refers to a folder, and keeps a removable one open. Other folders aren't counted: each thread that resolves a path
-// would write the counter.
+// Refers to a mounted folder, and keeps it open if it is removable. Only uses of removable folders are counted. If
+// those of the root were counted, all threads that resolve paths would write to the same counter.
 class MountUse {
 public:
     MountUse() = default;
-    // The caller has begun the use of a removable folder.
+    // If the folder is removable, the caller has called beginUse.
     explicit MountUse(MountedFolder* folder) : folder_(folder) {}
     MountUse(const MountUse& other) : folder_(other.folder_)
     {
         if (folder_ && folder_->isRemovable())
-            (void)folder_->beginUseIfOpen();  // it is open, as the other one keeps it so
+            (void)folder_->beginUseIfOpen();  // succeeds: `other` keeps the folder open
     }
     MountUse(MountUse&& other) noexcept : folder_(std::exchange(other.folder_, nullptr)) {}
     MountUse& operator=(MountUse other) noexcept

@@ -1,6 +1,7 @@
-// mounts.h - the list of mounted folders. Folders are only added to it, and live until forgetMounts: a removable one
-// that was taken out stays in the list, so that its paths don't lead to the root folder. Reading takes no lock. Any
-// thread.
+// mounts.h - the list of mounted folders. A removable folder stays in the list after it was removed from the device, so
+// that its paths fail. If it left the list, the same paths would lead to entries of the root folder. Only forgetMounts
+// takes folders out of the list. Reading the list takes no lock. Unless a comment says otherwise, the functions can be
+// called on any thread.
 #pragma once
 
 #include "mounted_folder.h"
@@ -11,28 +12,30 @@
 
 namespace platform::file {
 
-// What a name of the root refers to.
+// What a name in the root folder refers to.
 struct FoundMount {
     MountUse folder;
-    DWORD error = 0;  // with a name that a removable folder has or had, if the folder can't be used
+    DWORD error = 0;  // not 0 if the name is or was that of a removable folder which can't be used
 };
 
 // The root folder; null before there is one.
 MountedFolder* rootMount();
 
-// The folder mounted in the root under that name; null without an error if there is none. Opens a removable folder.
+// Returns the folder that is mounted in the root under that name, and opens it if it is removable. If there is none,
+// the folder is null and the error is 0.
 FoundMount findMount(std::u16string_view name);
 
-// The folders mounted in the root, in the order in which they were added. It stays as it is when others are added.
+// The folders mounted in the root, in the order in which they were added. The returned list never changes. When a
+// folder is added, a new list is made.
 const std::vector<MountedFolder*>& mountsInRoot();
 
 // Whether a mounted folder hides the entry of the root folder that has this name on the host.
 bool hiddenByMount(std::string_view hostName);
 
-// Adds a folder; one without a name becomes the root. False if a folder that isn't gone has the name.
+// Adds a folder. A folder without a name becomes the root. Returns false if another folder has the name and isn't gone.
 [[nodiscard]] bool insertMount(std::unique_ptr<MountedFolder> added);
 
-// No call on a file is in progress, and no file or search is open.
+// Removes all folders. Call it only while no call on a file is in progress, and no file or search is open.
 void forgetMounts();
 
 }  // namespace platform::file

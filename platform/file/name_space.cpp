@@ -23,7 +23,8 @@ namespace platform::file {
 
 namespace {
 
-// The bytes of all files below. A file with several names counts once; what can't be read isn't counted.
+// Returns the total length of all files below the folder. A file with several names is added once. Files and folders
+// that can't be read are left out.
 std::uint64_t measure(Descriptor folder, std::set<FileKey>& counted)
 {
     std::uint64_t bytes = 0;
@@ -52,7 +53,7 @@ std::uint64_t measure(int folder)
 
 struct MarkedFiles {
     std::vector<std::string> names;
-    bool areAll = true;  // the host could say of each file whether it has the mark
+    bool areAll = true;  // the host has reported for each file whether it has the mark
 };
 
 MarkedFiles markedFilesIn(FolderReader& reader)
@@ -72,7 +73,8 @@ MarkedFiles markedFilesIn(FolderReader& reader)
 
 void prepareProcess()
 {
-    // When another process breaks a lease that this one holds, the host sends SIGIO, which ends a process by default.
+    // When another process breaks a lease of this process, the host sends SIGIO to this process. By default, this
+    // signal ends a process.
     struct sigaction action = {};
     if (::sigaction(SIGIO, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
         action.sa_handler = SIG_IGN;
@@ -153,7 +155,7 @@ std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
     FolderReader reader(Descriptor(openBelow(rootFolder(), ".", O_RDONLY | O_DIRECTORY)));
     const MarkedFiles found = markedFilesIn(reader);
     if (!found.names.empty())
-        (void)makeFolder(deviceFolder, Aside);  // it may exist; the opening below decides
+        (void)makeFolder(deviceFolder, Aside);  // fails if it exists; the opening below decides
     const Descriptor aside(openBelow(deviceFolder, Aside, O_RDONLY | O_DIRECTORY));
     for (const std::string& name : found.names) {
         if (moveFile(reader.folder(), name.c_str(), aside.get(), name.c_str(), true) == 0)

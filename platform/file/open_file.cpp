@@ -30,9 +30,9 @@ OpenFile::OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sha
 
 OpenFile::~OpenFile()
 {
-    (void)close();  // once more: a write on another thread can end, and gather bytes, after CloseHandle
-    // Closed before the file leaves the table: otherwise the next opening would take this descriptor for another
-    // process's.
+    (void)close();  // again: a write on another thread can gather bytes after CloseHandle
+    // The descriptor is closed before the file leaves the table. Otherwise the next opening of the file would take this
+    // descriptor for that of another process.
     descriptor_ = Descriptor();
     table_.leave(*file_, sharing_);
 }
@@ -83,9 +83,9 @@ Written OpenFile::write(std::span<const std::byte> bytes)
     Written written = file_->write(descriptor(), position_, bytes);
     position_ += written.bytes;
     if (written.hostIsFull && SharedFile::anyReserves()) {
-        // Room that other files have reserved but don't use must not make this write fail. releaseReserves locks each
-        // file in turn, so this one is unlocked: a thread that holds the lock of a file takes no other than that of the
-        // file before it (SharedFile::writeAfter).
+        // Other files can have reserved disk space that they don't use. This write must not fail for that reason, so
+        // releaseReserves gives the space back. It locks each file in turn. A thread that holds the lock of one file
+        // may lock another file only for SharedFile::writeAfter. So this file is unlocked before.
         lock.unlock();
         table_.releaseReserves();
         lock.lock();
@@ -101,7 +101,7 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
 {
     const kernel::MutexLock lock(file_->mutex());
     if (method == FILE_CURRENT && distance == 0 && file_->hasGathered())
-        return {position_, 0};  // a mere query: no reason to write out what is gathered
+        return {position_, 0};  // only asks for the position: no reason to write out gathered bytes
     std::uint64_t from = 0;
     if (method == FILE_CURRENT) {
         from = position_;
@@ -116,8 +116,8 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
     const std::uint64_t position = from + static_cast<std::uint64_t>(distance);
     if (position > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    // After lost bytes nothing is gathered, so this doesn't fail: a program must be able to go back to the last whole
-    // byte and end the file there.
+    // After bytes were lost, nothing is gathered, so the write below is skipped and the call succeeds. A program must
+    // then be able to move to the end of the intact bytes and cut the file there.
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
@@ -146,8 +146,8 @@ DWORD OpenFile::flush()
     if (const DWORD error = file_->writeOut(); error != 0)
         return error;
     const DWORD error = flushToHost();
-    // A medium that was taken out explains every other error. The host may also have flushed to a file system that is
-    // unmounted already.
+    // If the medium was removed, the call returns ERROR_NOT_READY whatever the flush returned. Even a flush that
+    // succeeded may have gone to a file system that was already unmounted.
     return hostPath_.mount->isInPlace() ? error : ERROR_NOT_READY;
 }
 
@@ -155,7 +155,7 @@ DWORD OpenFile::flushToHost()
 {
     if (const int result = flushToDisk(descriptor()); result < 0)
         return ioError(result);
-    // No call renames or deletes an open file, so its entry needs to be flushed only once.
+    // The file's directory entry needs only one flush, because no call renames or deletes a file that is open.
     if (!entriesFlushed_) {
         if (const DWORD error = flushEntries(); error != 0)
             return error;
@@ -243,7 +243,8 @@ DWORD OpenFile::describe(BY_HANDLE_FILE_INFORMATION& information)
     return 0;
 }
 
-// For calls whose failure is noted as one of reading: a failure to write out is noted as one of writing.
+// Writes out the gathered bytes, and notes a failure as a failed write. The calling functions read, so their own
+// failures are noted as failed reads.
 DWORD OpenFile::writeOut()
 {
     const DWORD error = file_->writeOut();
@@ -252,7 +253,7 @@ DWORD OpenFile::writeOut()
     return error;
 }
 
-// Writes out what is gathered, then asks the host for the length: another process may have changed it.
+// Writes out the gathered bytes, then asks the host for the length, which another process may have changed.
 DWORD OpenFile::refreshSize(HostStatus& status)
 {
     if (const DWORD error = writeOut(); error != 0)
@@ -263,7 +264,9 @@ DWORD OpenFile::refreshSize(HostStatus& status)
     return 0;
 }
 
-// A reader that lets nobody write has the right length since it was opened, so the host isn't asked.
+// Sets `end` to the length of the file. Asks the host only if another process can have changed the file. No other
+// process can change a file without a name on the host. Nor can it change a file whose handle only reads and doesn't
+// share the file for writing.
 DWORD OpenFile::endOfFile(std::uint64_t& end)
 {
     HostStatus status = {};
@@ -273,8 +276,8 @@ DWORD OpenFile::endOfFile(std::uint64_t& end)
     return error;
 }
 
-// Flushes the folder of the file, then the folder of that one, and so on: a folder that was made just before may not be
-// on the disk yet either.
+// Flushes the folder of the file and all folders above it, up to the mounted folder. A folder above can be new, too,
+// and its own entry may not be on the disk yet.
 DWORD OpenFile::flushEntries() const
 {
     std::string folder = hostPath_.below;

@@ -1,4 +1,4 @@
-// open_file.h - the object of a file handle: a position in a file, and what the handle may do there.
+// open_file.h - the object of a file handle: the handle's position in the file, and its access.
 #pragma once
 
 #include "device_path.h"
@@ -20,8 +20,8 @@ namespace platform::file {
 // Any thread may use it. The lock of the file serialises the calls of all its handles.
 class OpenFile final : public kernel::Object {
 public:
-    // `file` was entered into `table` under `sharing`, and leaves it in the destructor. A temporary file is opened
-    // without a descriptor, and has no stamp of its opening.
+    // Before this, the caller calls table.enter() for `file` with `sharing`. The destructor calls table.leave(). For a
+    // temporary file, `descriptor` is empty and `opened` is left out.
     OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sharing& sharing, Descriptor descriptor,
              HostPath hostPath, const FileStamp& opened = {});
     ~OpenFile() override;
@@ -57,7 +57,7 @@ private:
     {
         return file_->isTemporary() ? file_->temporaryFile() : descriptor_.get();
     }
-    // Before a call that needs a temporary file on the host. 0 or the error.
+    // Gives a temporary file its name on the host. Call it before a call that needs the file there. 0 or the error.
     [[nodiscard]] DWORD placeOnHost() EXCLUDES(file_->mutex())
     {
         return file_->isTemporary() ? table_.nameOnHost(*file_) : 0;
@@ -77,7 +77,7 @@ private:
 
     std::uint64_t position_ GUARDED_BY(file_->mutex()) = 0;
     ReadAhead ahead_ GUARDED_BY(file_->mutex());
-    std::uint64_t aheadVersion_ GUARDED_BY(file_->mutex()) = 0;  // of the file's bytes in ahead_
+    std::uint64_t aheadVersion_ GUARDED_BY(file_->mutex()) = 0;  // file_->version() of the bytes in ahead_
     bool entriesFlushed_ GUARDED_BY(file_->mutex()) = false;
 };
 

@@ -1,15 +1,19 @@
-// open_files.h - the table of the files that this process has open, with what their handles allow each other.
+// open_files.h - the table of the files that this process has open. For each file it counts the handles, and what they
+// access and forbid.
 //
-// Two locks, besides that of each file, which is taken last. The lock of a file that is written after another one comes
-// before that one's (SharedFile::writeAfter). A thread that needs several takes them in this order:
+// The table has two locks, and each file has a lock of its own. A thread that needs several of these locks takes them
+// in this order: `openings`, `mutex`, the lock of a file. SharedFile::writeAfter makes one file be written after an
+// earlier one. The lock of the earlier file is then taken last.
 //
-// - `openings` is held shared from the host's opening of a file until the file is entered or closed again. Two threads
-//   can open files at the same time. If the host says then that a file is in use, the reason can be the other thread's
-//   descriptor of the same file, which isn't in the table yet, or the lease that it has taken for a moment. So such an
-//   opening closes the file and is made again while it holds the lock alone, when no other opening is underway. Calls
-//   that delete or move a file hold it alone too.
-// - `mutex` guards the table. It is held only while the table is read or changed, and over calls on the host only to
-//   give a temporary file its name, and to mark the root folder.
+// - `openings` is held shared from the host's opening of a file until the file is in the table or closed again. So two
+//   threads can open files at the same time. The host may then report to one thread that a file is in use, although
+//   only the other thread uses it. The other thread can have a descriptor that isn't in the table yet, or a lease for a
+//   moment. After such a report the first thread closes the file and takes `openings` exclusively, so that no other
+//   opening is in progress. Then it opens the file again. Calls that delete or move a file hold `openings` exclusively,
+//   too.
+// - `mutex` guards the table. It is held only while the table is read or changed. Calls on the host are made under it
+//   only for temporary files: to look up a path that is declared, to give a file its name, and to mark a file or the
+//   root folder.
 #pragma once
 
 #include "attributes.h"
@@ -28,8 +32,8 @@
 
 namespace platform::file {
 
-// What a handle asks for and what it allows others; GENERIC_* and FILE_SHARE_* bits. Access 0 asks for nothing and
-// forbids nothing.
+// The access of a handle and the access that it allows to other handles, as GENERIC_* and FILE_SHARE_* bits. A handle
+// with access 0 can neither read nor write, and forbids nothing.
 struct Sharing {
     DWORD access = 0;
     DWORD share = 0;
@@ -46,41 +50,45 @@ public:
     bool isOpen(const FileKey& key) const REQUIRES(mutex_) { return find(key) != nullptr; }
     bool conflicts(const FileKey& key, const Sharing& sharing) const REQUIRES(mutex_);
 
-    // Counts a handle. `size` is used if the file wasn't open.
+    // Adds a handle of the file. `size` is the length of the file; it is used only if the file wasn't open.
     [[nodiscard]] std::shared_ptr<SharedFile> enter(const FileKey& key, const Sharing& sharing, MountedFolder& mount,
                                                     std::uint64_t size) REQUIRES(mutex_);
 
-    // Counts a handle of a temporary file.
+    // Adds a handle of a temporary file.
     void enter(const std::shared_ptr<SharedFile>& temporary, const Sharing& sharing) REQUIRES(mutex_);
 
-    // Remembers a file that was just made. Only this process is expected to use it: programs that open each new file
-    // for a moment (indexers, scanners) must not make it look in use when it is opened again.
+    // Remembers a file that this process has just made. When the process opens this file again, it doesn't ask the host
+    // whether another process uses the file. Otherwise an indexer or scanner, which opens each new file for a moment,
+    // could make that opening fail.
     void noteMade(const HostStatus& status) REQUIRES(mutex_);
     bool wasMadeHere(const HostStatus& status) const REQUIRES(mutex_);
 
     TemporaryFiles& temporaries() REQUIRES(mutex_) { return temporaries_; }
 
-    // Give temporary files their names on the host: the given file, those that a call on `path` concerns, those in a
-    // folder, or all. 0 or the error. Another program's entry of the same name is an error only for the given file.
+    // Give temporary files their names on the host: the given file, the files at `path` and at its folders, the files
+    // in a folder, or all files. 0 or the error. If an entry of another program already has the name of a file,
+    // nameOnHost fails. The other three functions leave that file nameless.
     [[nodiscard]] DWORD nameOnHost(const SharedFile& file) EXCLUDES(mutex_);
     [[nodiscard]] DWORD nameOnTheWayTo(const HostPath& path) REQUIRES(mutex_);
     [[nodiscard]] DWORD nameInFolder(const HostPath& folder) EXCLUDES(mutex_);
     [[nodiscard]] DWORD nameAll() EXCLUDES(mutex_);
 
-    // Ends the declaration of a path, unless a file there can't be given its name. 0 or the error.
+    // Ends the declaration of a path. If the file there can't get its name on the host, the declaration remains. 0 or
+    // the error.
     [[nodiscard]] DWORD withdrawTemporary(const HostPath& path) REQUIRES(mutex_);
 
-    // Takes back what enter() counted.
+    // Removes a handle that enter() has added.
     void leave(const SharedFile& file, const Sharing& sharing) EXCLUDES(mutex_);
 
-    // The length of a file that is open for writing here; the host may not have its last bytes yet. Otherwise empty.
+    // Returns the length of a file that this process has open for writing, if the host may not have the file's last
+    // bytes yet. Otherwise empty.
     std::optional<std::uint64_t> sizeOfWritten(const FileKey& key) EXCLUDES(mutex_);
 
-    // Writes out and gives back what all files have reserved, because the host is full. The caller holds no file's
-    // lock.
+    // Writes out the gathered bytes of all files, and gives their reserved space back to the host. Call it when the
+    // host is full. The caller holds no file's lock.
     void releaseReserves() EXCLUDES(mutex_);
 
-    // Writes out what is gathered for the files of a mounted folder; 0 or the first error. The caller holds no file's
+    // Writes out the gathered bytes of all files of a mounted folder. 0 or the first error. The caller holds no file's
     // lock.
     [[nodiscard]] DWORD writeOutAll(const MountedFolder& mount) EXCLUDES(mutex_);
 
@@ -97,7 +105,7 @@ private:
         void count(const Sharing& sharing, int step);
     };
 
-    // With its object id, since a later file can get the inode number.
+    // The object id is included, because a later file can get the same inode number.
     struct MadeFile {
         FileKey key;
         DWORD objectId = 0;

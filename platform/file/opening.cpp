@@ -42,7 +42,7 @@ struct Request {
     bool writes() const { return truncates() || (sharing.access & GENERIC_WRITE) != 0; }
     bool makes() const { return makesFile(creation); }
 
-    // For the other handles, a truncation is a write.
+    // The access and sharing that are compared with those of other handles. A truncation is regarded as a write.
     Sharing effectiveSharing() const { return {sharing.access | (truncates() ? GENERIC_WRITE : 0), sharing.share}; }
 };
 
@@ -51,7 +51,8 @@ int openFlags(const Request& request, bool isNew)
     const bool reads = (request.sharing.access & GENERIC_READ) != 0;
     if (isNew ? (request.sharing.access & GENERIC_WRITE) != 0 : request.writes())
         return reads ? O_RDWR : O_WRONLY;
-    // A query needs only the entry. A descriptor with O_PATH doesn't count as a use of the file.
+    // A handle with access 0 needs only the directory entry. The host doesn't regard a descriptor with O_PATH as a use
+    // of the file.
     return reads || isNew ? O_RDONLY : O_PATH;
 }
 
@@ -67,8 +68,8 @@ int openNew(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
     return result;
 }
 
-// The reader of a fifo would notice its opening for writing, so the kind of an entry is read before it is opened for
-// writing.
+// The reader of a fifo notices if the fifo is opened for writing. So the type of an entry is read before the entry is
+// opened for writing.
 bool isFileForWriting(const HostPath& path)
 {
     const Descriptor entry(openBelow(path.mount->folder(), path.below.c_str(), O_PATH));
@@ -87,7 +88,8 @@ int openOld(Request& request)
     return result;
 }
 
-// The likelier case is tried first: a file that may be replaced mostly doesn't exist yet.
+// Opens an existing file or makes a new one, and tries the likelier case first. With CREATE_ALWAYS, the file mostly
+// doesn't exist yet.
 int openEither(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
     if (!request.makes())
@@ -114,18 +116,21 @@ DWORD openError(const Request& request, int result)
     if (error != ERROR_FILE_NOT_FOUND)
         return error;
     const DWORD missing = missingError(request.path);
-    // The path is taken by something that isn't part of the name space.
+    // The folder exists. So if the file was to be made, a link, fifo, socket or device node at the path has prevented
+    // this.
     return missing == ERROR_FILE_NOT_FOUND && request.makes() ? ERROR_ACCESS_DENIED : missing;
 }
 
-// Rules of the name space that the host doesn't have, or doesn't apply for the administrator.
+// Returns the error if a rule of the device forbids the opening. The host doesn't have these rules, or doesn't apply
+// them to the administrator. Returns an I/O error if the stored attributes can't be read. Otherwise returns 0. Sets
+// request.isRomModule if the file is a ROM module.
 DWORD kindError(Request& request)
 {
     if (isFolder(request.status))
         return ERROR_ACCESS_DENIED;
     if (!isFile(request.status))
         return request.makes() ? ERROR_ACCESS_DENIED : ERROR_FILE_NOT_FOUND;
-    // A file that this process made just before has no stored attributes yet.
+    // A file that this process has just made has no stored attributes yet.
     const StoredAttributes stored =
         request.wasMadeHere ? StoredAttributes{} : storedAttributes(request.descriptor.get(), "", request.status);
     if (stored.error != 0)
@@ -153,7 +158,8 @@ DWORD checkExisting(Request& request, const OpenFiles& table) EXCLUDES(table.mut
     if (const DWORD error = kindError(request); error != 0)
         return error;
     request.isOpenHere = conflicts;
-    // If this process already has a descriptor of the file, the host would report that as a use elsewhere.
+    // The host is asked only if this process has no other descriptor of the file. Otherwise the host would report that
+    // other descriptor as a use by another process.
     const bool asks = !conflicts && sharing.access != 0 && !isOpen && !request.wasMadeHere;
     const Lease lease = asks ? probeLease(request.descriptor.get(), sharing, key.device) : Lease::NotGiven;
     request.isUnsure = lease == Lease::InUse;
@@ -161,7 +167,7 @@ DWORD checkExisting(Request& request, const OpenFiles& table) EXCLUDES(table.mut
     return request.isOpenHere || request.isUnsure ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
 }
 
-// Counts the handle in the table; null if a handle that another thread has opened meanwhile forbids it.
+// Adds the handle to the table. Null if a handle that another thread opened meanwhile forbids this one.
 std::shared_ptr<SharedFile> enter(const Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
     const FileKey key = keyOf(request.status);
@@ -188,10 +194,10 @@ Opened openOnHost(const HostPath& path, const Sharing& sharing, DWORD creation, 
     REQUIRES_SHARED(table.openings()) EXCLUDES(table.mutex())
 {
     Request request{.path = path, .sharing = sharing, .creation = creation, .descriptor = {}};
-    timespec asked = {};  // at most a tick of the clock before now, which makes the file look younger
+    timespec asked = {};  // can be a clock tick too early, which makes the file look younger: that is safe
     (void)::clock_gettime(CLOCK_REALTIME_COARSE, &asked);
     if (const int result = openEither(request, table); result < 0) {
-        request.isUnsure = result == -EAGAIN;  // a lease
+        request.isUnsure = result == -EAGAIN;  // there is a lease on the file
         return failed(request, openError(request, result));
     }
     if (const int result = readStatus(request.descriptor.get(), "", request.status); result < 0) {
@@ -237,7 +243,7 @@ std::optional<DWORD> badRequest(const HostPath& path, DWORD creation)
     return std::nullopt;
 }
 
-// Opens or makes a temporary file that has no name on the host. Empty if the host has to be asked.
+// Opens or makes a temporary file that has no name on the host. Empty if the file must be opened or made on the host.
 std::optional<Opened> openTemporary(const HostPath& path, const Sharing& sharing, DWORD creation, OpenFiles& table)
     REQUIRES(table.mutex())
 {

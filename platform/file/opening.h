@@ -14,9 +14,9 @@ struct Opened {
     DWORD error = 0;
     bool existed = false;
     std::shared_ptr<OpenFile> file;  // null on error
-    bool isRomModule = false;        // the error is that nobody may read a module in ROM
-    bool isOpenHere = false;         // the error is that a handle of this process forbids it
-    bool isUnsure = false;           // the host says that the file is in use
+    bool isRomModule = false;        // failed: nobody may read a module in ROM
+    bool isOpenHere = false;         // failed: a handle of this process forbids it
+    bool isUnsure = false;           // failed: the file is in use, perhaps only because another thread opens it
 };
 
 [[nodiscard]] Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation);

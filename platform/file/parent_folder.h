@@ -1,4 +1,4 @@
-// parent_folder.h - looks up the entry of a folder that a path of the device names.
+// parent_folder.h - looks up the directory entry that a path of the device names.
 #pragma once
 
 #include "device_path.h"
@@ -8,8 +8,8 @@
 
 namespace platform::file {
 
-// The folder that holds the entry, opened for reaching entries. For an entry directly in a mounted folder this is the
-// mount's descriptor, and none is opened.
+// The folder that contains the entry, opened to look up entries. If that is the mounted folder itself, the object uses
+// the mount's descriptor and opens none.
 class ParentFolder {
 public:
     explicit ParentFolder(const HostPath& path);
@@ -22,20 +22,21 @@ private:
     int number_ = -1;
 };
 
-// The error for a path that no file can have; 0 for any other path.
+// Returns the error for a path that no file can have, and 0 for any other path.
 [[nodiscard]] DWORD cannotBeAFile(const HostPath& path);
 
-// Reads the status of the entry. A negative errno if there is no entry, or one that is not part of the name space.
+// Reads the status of the entry. Returns 0 or a negative errno, which is -ELOOP if the entry is neither a file nor a
+// folder.
 [[nodiscard]] int statusAt(const ParentFolder& parent, const HostPath& path, HostStatus& status);
 
-// The error for a negative errno of statusAt, or of another call on the entry.
+// Translates a negative errno of statusAt, or of another call on the entry, to an error of the platform.
 [[nodiscard]] DWORD errorAt(const HostPath& path, const ParentFolder& parent, int result);
 
-// The error for a call that found no entry: 3 if a folder of the path is missing, the host's error if that folder can't
-// be searched, otherwise 2.
+// Returns the error for a call that found no entry: 3 if a folder of the path is missing, the host's error if a folder
+// of the path can't be searched, otherwise 2.
 [[nodiscard]] DWORD missingError(const HostPath& path);
 
-// Is the entry a link, a fifo, a socket or a device? They are not part of the name space.
+// Whether the entry is a link, a fifo, a socket or a device node. These are not part of the device's name space.
 bool isOutsideNameSpace(const HostPath& path);
 
 }  // namespace platform::file

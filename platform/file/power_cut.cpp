@@ -36,7 +36,7 @@ struct Name {
 
 struct ChangedEntry {
     Name now;
-    std::optional<Name> before;  // on the disk; empty for an entry that was made
+    std::optional<Name> before;  // its name on the disk; empty for a new entry
 };
 
 struct Unflushed {

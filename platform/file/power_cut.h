@@ -1,28 +1,29 @@
-// power_cut.h - records what a disk would lose at a power cut: bytes and folder entries that were never flushed.
+// power_cut.h - records the bytes and folder entries that were never flushed, which a disk could lose at a power cut.
 //
-// Only tests link it (target platform_file_faults). Each function can be called from any thread.
+// Only tests link this file (target platform_file_faults). Each function can be called from any thread.
 #pragma once
 
 #include <cstdint>
 
 namespace platform::file {
 
-// Before a write or a change of size. The size that the file has at its first change counts as flushed.
+// Call it before a write or a change of size. The size that the file has before its first change is regarded as
+// flushed.
 void noteChange(int file);
 
-// After the file's size was set to `size`.
+// Call it after the file's size was set to `size`.
 void noteResize(int file, std::uint64_t size);
 
-// After a file or folder was made at `path` below `folder`.
+// Call it after a file or folder was made at `path` below `folder`.
 void noteMaking(int folder, const char* path);
 
-// After an entry got another name or folder.
+// Call it after an entry got another name or folder.
 void noteMove(int folder, const char* name, int newFolder, const char* newName);
 
-// After a flush of a file or a folder.
+// Call it after a flush of a file or a folder.
 void noteFlush(int fileOrFolder);
 
-// After a flush of the whole file system that holds the file or folder.
+// Call it after a flush of the whole file system that holds the file or folder.
 void noteFileSystemFlush(int fileOrFolder);
 
 // Removes from the disk everything that was not flushed.

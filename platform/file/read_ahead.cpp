@@ -14,11 +14,12 @@ namespace {
 
 constexpr std::size_t BufferBytes = 65536;
 
-// Bytes fetched by the first read, and after a seek: more would be wasted on scattered reads. Each consecutive fetch
-// doubles them.
+// A buffered fetch that doesn't begin where the previous one ended reads this many bytes. A larger number would be
+// wasted on scattered reads. Each fetch that does begin there reads twice as many bytes as the previous one, up to
+// BufferBytes.
 constexpr std::size_t FirstFill = 4096;
 
-// A shorter file is fetched as a whole.
+// If a file is shorter than this, a buffered read at offset 0 fetches the whole file.
 constexpr std::uint64_t WholeBelow = BufferBytes / 2;
 
 // A read of this length or more isn't buffered.
@@ -73,7 +74,8 @@ ReadAhead::Fetched ReadAhead::fetch(int file, std::uint64_t offset, std::span<st
         const long came = fill(file, offset, knownSize);
         if (came >= 0)
             return {static_cast<std::size_t>(came), nextFill_, takeBuffered(offset, out), 0};
-        // A damaged sector after the caller's bytes must not fail this read, so it is tried without reading ahead.
+        // The read ahead can fail because of a damaged sector after the caller's bytes. The caller's read must not fail
+        // for this reason. So it is repeated without reading ahead.
     }
     const long came = readAt(file, out, offset);
     const std::size_t bytes = came > 0 ? static_cast<std::size_t>(came) : 0;
@@ -86,7 +88,8 @@ long ReadAhead::fill(int file, std::uint64_t offset, std::uint64_t knownSize)
         buffer_ = std::make_unique_for_overwrite<std::byte[]>(BufferBytes);
     const bool follows = filled_ != 0 && offset == start_ + filled_;
     nextFill_ = follows ? std::min(nextFill_ * 2, BufferBytes) : FirstFill;
-    // One byte more than the file has, so that the result shows the end and no second read is needed for it.
+    // This asks for one byte more than the file has. So the read returns fewer bytes than asked for, which shows where
+    // the file ends. No second read is needed.
     if (offset == 0 && knownSize < WholeBelow)
         nextFill_ = std::max(nextFill_, static_cast<std::size_t>(knownSize) + 1);
     start_ = offset;

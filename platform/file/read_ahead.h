@@ -1,4 +1,4 @@
-// read_ahead.h - serves small consecutive reads from one larger read of the host's file.
+// read_ahead.h - reads more of a file than was asked for, so that the next small reads need no call on the host.
 #pragma once
 
 #include "ce/types.h"
@@ -11,18 +11,19 @@
 namespace platform::file {
 
 struct ReadResult {
-    std::size_t bytes = 0;  // read, also before an error
+    std::size_t bytes = 0;  // that were read, also if an error follows
     DWORD error = 0;
 };
 
 class ReadAhead {
 public:
-    // Reads from `offset` on. `knownSize` is the length of the file as far as it is known. `endIsFirm`: nobody else may
-    // write to the file, so once a read has found the end there, later ones don't ask the host again.
+    // Reads from `offset`. `knownSize` is the length of the file as far as this process knows it. `endIsFirm` says that
+    // nobody else may write to the file. In this case, after a read has found the end of the file, later reads at the
+    // end don't ask the host.
     [[nodiscard]] ReadResult read(int file, std::uint64_t offset, std::span<std::byte> out, std::uint64_t knownSize,
                                   bool endIsFirm);
 
-    // Call it when bytes of the file have changed.
+    // Drops the buffered bytes. Call it when bytes of the file have changed.
     void forget();
 
 private:

@@ -22,30 +22,32 @@ namespace {
 
 constexpr std::size_t GatherBytes = 65536;
 
-// Longer writes aren't gathered: copying them costs more than the calls on the host that it saves.
+// Longer writes aren't gathered. Copying their bytes would take longer than the calls on the host that gathering saves.
 constexpr std::size_t GatheredPiece = 8192;
 
-// Gathering begins at this offset. A file system may keep the first bytes of a file in its inode, without a block, and
-// then nothing guarantees room for the bytes after them.
+// Gathering begins at this offset. A file system may keep the first bytes of a file in its inode, without a block. In
+// this case nothing guarantees space for the bytes that follow.
 constexpr std::uint64_t GatherFrom = 1024;
 
-// Below this offset only the rest of the last block is used: reserving costs a small file more than it saves.
+// Below this offset, bytes are gathered only for the rest of the last block. For a small file, reserving space takes
+// longer than gathering saves.
 constexpr std::uint64_t ReserveFrom = 32768;
 
-// Room is reserved for a quarter of the file's length, within these limits, so that what is given back at the end stays
-// in proportion.
+// A quarter of the file's length is reserved, within these limits. So a short file doesn't reserve much space that it
+// gives back unused at the end.
 constexpr std::uint64_t ReserveLeast = 131072;
 constexpr std::uint64_t ReserveMost = 4194304;
 
-// File systems that guarantee the room: a block that was written takes more bytes without new room, reserved room can't
-// be used up by others, and setting a file to its present size frees it. btrfs writes each block to a new location and
-// keeps the reservation; ZFS only checks that there is room.
+// File systems that guarantee the space. On these, bytes in an allocated block need no new space, other files can't use
+// up reserved space, and setting a file to its present size frees its reserved space. btrfs isn't in the list, because
+// it writes each block to a new location and doesn't free the reserved space. ZFS isn't, because it only checks that
+// there is space.
 constexpr std::array<std::uint64_t, 3> ReservingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, TMPFS_MAGIC};
 
 std::atomic<int> reserves = 0;
 std::atomic<int> gatherers = 0;
 
-// The block size, if the file system guarantees room.
+// The block size, if the file system guarantees the space.
 std::optional<std::uint64_t> blocksOf(int file, std::uint64_t device)
 {
     const std::optional<FileSystem> system = fileSystemOf(file, device);
@@ -142,13 +144,13 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
     return written;
 }
 
-// Moves the bytes of a file in memory to the host.
+// Moves the bytes of a file from memory to a nameless file of the host.
 int SharedFile::spill()
 {
     if (const int result = content_->spill(size_); result < 0)
         return result;
     HostStatus status = {};
-    // Without the number the file is written without gathering.
+    // If this fails, device_ stays a number that no file system has.
     if (readStatus(content_->file(), "", status) == 0)
         device_ = deviceOf(status);
     writtenTo_ = size_;
@@ -157,7 +159,8 @@ int SharedFile::spill()
 
 DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
 {
-    // Lost bytes came after size_. A file that is cut there or before is whole again, so its error no longer counts.
+    // The lost bytes were at size_ and after it. If the new size is at most size_, the file doesn't need these bytes,
+    // so the error is ignored.
     if (const DWORD error = release(); error != 0 && size > size_)
         return error;
     const std::uint64_t growth = size > size_ ? size - size_ : 0;
@@ -208,7 +211,8 @@ DWORD SharedFile::release()
 {
     const DWORD error = writeOut();
     if (reservedTo_ != 0) {
-        // Setting a file to its present size frees the reserved room after it. If that fails, only the room is lost.
+        // Setting a file to its present size frees the reserved space after its end. If this fails, no bytes are lost,
+        // but the space stays reserved.
         if (reservedTo_ > size_ || reservesNothing_)
             (void)file::setSize(gatherer_, size_);
         reservedTo_ = 0;
@@ -257,7 +261,7 @@ Written SharedFile::put(int descriptor, std::uint64_t offset, std::span<const st
 
 Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
 {
-    // The gathered bytes must reach the host first. If they come right before these, one call writes both.
+    // The gathered bytes must reach the host first. If they come right before the new bytes, one call writes both.
     const bool together = gathered_ != 0 && descriptor == gatherer_ && offset == size_;
     if (!together) {
         if (const DWORD error = writeOut(); error != 0)
@@ -281,8 +285,8 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<
     return {done.bytes - before, error, error == ERROR_DISK_FULL};
 }
 
-// The host has taken only the first `kept` of the gathered bytes. The file ends after them: the others were reported as
-// written, so the error stays until the file is cut.
+// Call it when the host has written only the first `kept` of the gathered bytes. The file then ends after them. The
+// other gathered bytes were reported as written. So each later write fails with the error until the file is cut.
 void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;
@@ -316,8 +320,8 @@ void SharedFile::startGathering(int descriptor)
         gather_ = std::make_unique_for_overwrite<std::byte[]>(GatherBytes);
 }
 
-// Whether the bytes up to `end` fit into the block that holds the last byte on the host. It was written by this
-// process, so the host has given the whole block.
+// Whether the bytes up to `end` fit into the block that contains the last byte on the host. This process wrote that
+// byte, so the host has allocated the whole block.
 bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
 {
     const std::uint64_t hostEnd = size_ - gathered_;
@@ -327,7 +331,7 @@ bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
     return block && hostEnd % *block != 0 && (end - 1) / *block == hostEnd / *block;
 }
 
-// Reserves room up to `end` and beyond. False if the file system can't or the host is full.
+// Reserves space up to `end` and beyond. Returns false if the file system can't do that or if the host is full.
 bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
 {
     if (reservedTo_ == 0 && !reservesNothing_)
@@ -341,7 +345,7 @@ bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
     reservesNothing_ = result < 0;
     if (result < 0 && ioError(result) != ERROR_DISK_FULL)
         return false;
-    // A host that became full may have reserved a part of the room. release() has to give that back, too.
+    // If the host is full, it may have reserved a part of the space. release() must give back this part, too.
     if (reservedTo_ == 0)
         ++reserves;
     startGathering(descriptor);

@@ -1,22 +1,22 @@
 // shared_file.h - one file of the host, shared by all handles that have it open: its length, and the writes that are
 // gathered for it.
 //
-// Gathering: small writes at the end of the file are collected in memory and written to the host together. The host
-// must already have given room for them, so that a write that was reported as done can't fail later for lack of room.
-// The room is the rest of the last block of a small file, or space reserved after the end of a larger one. On file
-// systems that can't guarantee the room, each write goes to the host at once.
+// Gathering: small writes at the end of the file are collected in memory and written to the host together. A write is
+// gathered only if the host has already allocated disk space for its bytes. Otherwise a write that was reported as done
+// could fail later because the disk is full. In a small file, the allocated space is the rest of the last block. In a
+// larger file, it is space that was reserved after the end. On file systems that can't guarantee the space, each write
+// goes to the host at once.
 //
-// A temporary file that the host doesn't know by a name has its bytes in temporary_content.h until it gets a name or is
-// deleted. While they are in memory, nothing is gathered. Once they are in a nameless file of the host, it is written
-// like any other file.
+// The bytes of a temporary file are in a TemporaryContent, either in memory or in a file of the host. While they are in
+// memory, no writes are gathered. Once they are in a file of the host, that file is written like any other file.
 //
 // Invariants, whenever the lock is free:
-// - The host has the first size_ - gathered_ bytes, unless they are in memory, and the gathered bytes come right after
-// them.
-// - Gathered bytes lie below reservedTo_ or in a block that the host has already.
-// - The card's capacity is charged for each byte that this process added, gathered ones included.
+// - The first size_ - gathered_ bytes of the file are on the host. Only a temporary file can be wholly in memory
+//   instead. The gathered bytes come right after the bytes on the host.
+// - Gathered bytes lie below reservedTo_ or in a block that the host has already allocated.
+// - Each byte that this process added, also a gathered one, is subtracted from the card's free capacity.
 // - gatherer_ is an open descriptor for writing, from the first gathered write until release().
-// - Once gathered bytes are lost, lost_ has the error, and size_ ends before the first lost byte.
+// - Once gathered bytes are lost, lost_ has the error, and size_ is the offset of the first lost byte.
 #pragma once
 
 #include "attributes.h"
@@ -34,9 +34,9 @@
 namespace platform::file {
 
 struct Written {
-    std::size_t bytes = 0;  // that are part of the file now, on failure too
+    std::size_t bytes = 0;  // that are in the file now, also after a failure
     DWORD error = 0;
-    bool hostIsFull = false;  // the host refused the rest, not the card's capacity
+    bool hostIsFull = false;  // the rest failed because of the host, not because of the card's capacity
 };
 
 class SharedFile {
@@ -46,43 +46,44 @@ public:
     // A new temporary file. No file of the host has its key.
     SharedFile(MountedFolder& mount, const FileKey& key, std::unique_ptr<TemporaryContent> content);
 
-    // Guards this object and what the file's handles hold.
+    // Guards this object and the state of the file's handles (OpenFile).
     kernel::Mutex& mutex() const RETURN_CAPABILITY(mutex_) { return mutex_; }
 
     MountedFolder& mount() const { return *mount_; }
 
     // The key in the table of open files. It changes when a temporary file gets a name on the host. The lock of that
-    // table guards it, not the one of this file.
+    // table guards the key, not the lock of this file.
     const FileKey& key() const { return key_; }
     void setKey(const FileKey& key) { key_ = key; }
 
-    // Whether it was made as a temporary file. Later it can get a name on the host.
+    // Whether it was made as a temporary file. This stays true after the file gets a name on the host.
     bool isTemporary() const { return content_ != nullptr; }
 
-    // Whether it has no name on the host.
+    // Whether it is a temporary file without a name on the host.
     bool isNameless() const REQUIRES(mutex_) { return content_ && !content_->isNamed(); }
     bool isInMemory() const REQUIRES(mutex_) { return content_ && content_->isInMemory(); }
 
-    // Of a file in memory: copies bytes from `offset` on, fewer at the end.
+    // For a file in memory: copies bytes from `offset`, and returns how many. At the end of the file these are fewer
+    // than `out` can take.
     std::size_t readMemory(std::uint64_t offset, std::span<std::byte> out) const REQUIRES(mutex_)
     {
         return content_->read(offset, out, size_);
     }
 
-    // The host's file of a temporary one; -1 while it is in memory.
+    // The descriptor of a temporary file on the host; -1 while its bytes are in memory.
     int temporaryFile() const REQUIRES(mutex_) { return content_->file(); }
 
-    // Copies a nameless file to `named`, an empty file of the host on that device, which replaces its content. 0 or the
-    // error, and then nothing has changed.
+    // Copies a nameless file to `named`, an empty file of the host whose st_dev is `device`. From then on, this object
+    // reads and writes `named`. Returns 0 or the error. After an error this object still uses the nameless file.
     [[nodiscard]] DWORD moveTo(Descriptor named, std::uint64_t device) REQUIRES(mutex_);
 
-    // For a file that nobody uses any more: the memory that it had.
+    // Returns the memory of a file that nobody uses any more, so that the next temporary file can use it.
     [[nodiscard]] TemporaryContent::Memory takeMemory() REQUIRES(mutex_) { return content_->takeMemory(); }
 
     // The length, gathered bytes included.
     std::uint64_t size() const REQUIRES(mutex_) { return size_; }
 
-    // Sets the length to what the host says. Nothing is gathered.
+    // Sets the length to that on the host. No bytes may be gathered.
     void setSize(std::uint64_t size) REQUIRES(mutex_) { size_ = size; }
 
     // Changes whenever bytes of the file change.
@@ -97,29 +98,31 @@ public:
     // Makes the file `size` bytes long, within the card's capacity; 0 or the error.
     [[nodiscard]] DWORD endAt(int descriptor, std::uint64_t size) REQUIRES(mutex_);
 
-    // Writes the gathered bytes to the host. After a failure, bytes that were reported as written are missing: each
-    // later write and writeOut fails with that error, until endAt cuts the file where it is whole.
+    // Writes the gathered bytes to the host. After a failure, bytes that were reported as written are missing. Each
+    // later write and writeOut then fails with the same error, until endAt cuts the file before the missing bytes.
     [[nodiscard]] DWORD writeOut() REQUIRES(mutex_);
 
-    // Each write to the host is preceded by one of what is gathered for `earlier`. The lock of `earlier` is taken while
-    // this one is held. No two threads block each other by that, because `earlier` isn't written after another file at
-    // the time of this call, so that there is no cycle. No other thread makes such a call at the same time.
+    // From now on, each time before bytes of this file are written to the host, the gathered bytes of `earlier` are
+    // written. The lock of `earlier` is then taken while the lock of this file is held. A deadlock would need a cycle
+    // of such files. The caller rules out a cycle: at the time of the call, `earlier` itself isn't written after
+    // another file, and no other thread calls writeAfter.
     void writeAfter(std::shared_ptr<SharedFile> earlier) REQUIRES(mutex_) { earlier_ = std::move(earlier); }
     bool isWrittenAfterAnother() const REQUIRES(mutex_) { return earlier_ != nullptr; }
 
-    // Writes out, ends gathering and gives the reserved room after the end back to the host.
+    // Writes out the gathered bytes, ends gathering and gives the reserved space after the end back to the host.
     [[nodiscard]] DWORD release() REQUIRES(mutex_);
 
-    // As release() if `descriptor` gathers, otherwise as writeOut(). For a descriptor that is about to be closed.
+    // Call it before `descriptor` is closed. Calls release() if gathered bytes are written with `descriptor`, otherwise
+    // writeOut().
     [[nodiscard]] DWORD release(int descriptor) REQUIRES(mutex_)
     {
         return descriptor == gatherer_ ? release() : writeOut();
     }
 
-    // Whether any file has reserved room. Giving it back can make room on a full host.
+    // Whether any file has reserved space. If the host is full and this space is given back, other writes can succeed.
     static bool anyReserves();
 
-    // Whether any file is gathering, so that the host may not have its last bytes.
+    // Whether bytes may be gathered for any file. In this case the host may not have the last bytes of that file.
     static bool anyGathers();
 
 private:
@@ -138,21 +141,22 @@ private:
     mutable kernel::Mutex mutex_;
     MountedFolder* const mount_;
     FileKey key_;
-    const std::unique_ptr<TemporaryContent> content_ PT_GUARDED_BY(mutex_);  // null for any other file
-    std::uint64_t device_ GUARDED_BY(mutex_);  // the number of the host's device that holds the file
+    const std::unique_ptr<TemporaryContent> content_ PT_GUARDED_BY(mutex_);  // null unless temporary
+    std::uint64_t device_ GUARDED_BY(mutex_);  // st_dev of the host's file system that holds the file
     std::uint64_t size_ GUARDED_BY(mutex_);
     std::uint64_t version_ GUARDED_BY(mutex_) = 0;
-    DWORD lost_ GUARDED_BY(mutex_) = 0;  // the error that lost gathered bytes
+    DWORD lost_ GUARDED_BY(mutex_) = 0;  // the error by which gathered bytes were lost; 0: none are lost
 
     std::shared_ptr<SharedFile> earlier_ GUARDED_BY(mutex_);
 
-    // The end of the latest write to the host, so that the host has a block for the byte before; 0 if not known.
+    // If not 0, the host has allocated a block for the byte before this offset. After a write to the host this is the
+    // end offset of the write. moveTo and spill set it to size_. endAt sets it to 0.
     std::uint64_t writtenTo_ GUARDED_BY(mutex_) = 0;
 
     std::unique_ptr<std::byte[]> gather_ GUARDED_BY(mutex_);
     std::size_t gathered_ GUARDED_BY(mutex_) = 0;      // bytes in gather_; they end at size_
     int gatherer_ GUARDED_BY(mutex_) = -1;             // the descriptor to write them with; -1: not gathering
-    std::uint64_t reservedTo_ GUARDED_BY(mutex_) = 0;  // end of the reserved room; 0 if there is none
+    std::uint64_t reservedTo_ GUARDED_BY(mutex_) = 0;  // end of the reserved space; 0 if there is none
     bool reservesNothing_ GUARDED_BY(mutex_) = false;  // the host has refused to reserve
 };
 

@@ -1,4 +1,4 @@
-// stored_attributes.h - the attributes that the host keeps with a file or folder for the device.
+// stored_attributes.h - the attributes of the device that are stored with a file or folder of the host.
 #pragma once
 
 #include "host_calls.h"
@@ -9,13 +9,13 @@ namespace platform::file {
 
 struct StoredAttributes {
     DWORD bits = 0;
-    int error = 0;  // a negative errno if the host failed, so that there may be bits
+    int error = 0;  // a negative errno if the host failed; then the bits aren't known
 };
 
-// Reads the extended attribute `user.DOSATTRIB` of an entry of `folder`, or with an empty name of the descriptor
-// itself: hexadecimal text such as "0x22". Any other text gives no bits. Bits that the host itself decides (folder,
-// normal, card) are left out. `status` is that of the entry, read just before: if the answer is known for it, the host
-// isn't asked.
+// Reads the extended attribute `user.DOSATTRIB` of the entry `name` of `folder`, or of the descriptor itself if `name`
+// is empty. The attribute's value is hexadecimal text such as "0x22". Any other text results in no bits. The bits for
+// folder, normal and card are ignored, because other code sets them. `status` is the entry's status, which the caller
+// has read just before. If the bits for this status are remembered (known_attributes.h), the host isn't asked.
 [[nodiscard]] StoredAttributes storedAttributes(int folder, const char* name, const HostStatus& status);
 
 }  // namespace platform::file

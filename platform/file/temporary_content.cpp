@@ -17,7 +17,8 @@ namespace {
 
 constexpr unsigned OwnerOnly = 0600;
 
-// A file system without nameless files gets one whose name is deleted at once.
+// Makes a nameless file. If the file system has no nameless files, makes a file with a name and deletes the name at
+// once.
 int makeNameless(const HostPath& path)
 {
     const ParentFolder parent(path);

@@ -1,5 +1,6 @@
-// temporary_content.h - the bytes of a temporary file that has no name on the host (temporary_files.h): in memory, or
-// in a nameless file of the host once they are more. Both are gone when the process ends, however it ends.
+// temporary_content.h - the bytes of a temporary file (temporary_files.h). They are in memory at first, and in a
+// nameless file of the host when they don't fit into memory any more. Both disappear when the process ends, even if it
+// is killed. When the file gets a name on the host, its bytes move to the file with that name.
 #pragma once
 
 #include "device_path.h"
@@ -13,7 +14,7 @@
 
 namespace platform::file {
 
-// The lock of the file that it belongs to guards it.
+// The lock of the SharedFile that owns this object guards it.
 class TemporaryContent {
 public:
     static constexpr std::size_t MemoryBytes = 262144;
@@ -23,21 +24,23 @@ public:
 
     bool isInMemory() const { return memory_ != nullptr; }
 
-    // These two need the bytes in memory. `size` is the length of the file.
+    // These are only for bytes in memory. takes() returns whether a write of `bytes` bytes at `offset` fits into
+    // memory. `size` is the length of the file.
     bool takes(std::uint64_t offset, std::size_t bytes, std::uint64_t size) const;
     void put(std::uint64_t offset, std::span<const std::byte> bytes);
     std::size_t read(std::uint64_t offset, std::span<std::byte> out, std::uint64_t size) const;
 
-    // Moves the bytes from memory to a nameless file. 0 or a negative errno, and then they are still in memory.
+    // Moves the bytes from memory to a nameless file. Returns 0 or a negative errno. After a failure the bytes are
+    // still in memory.
     [[nodiscard]] int spill(std::uint64_t size);
 
-    // The host's file; -1 while the bytes are in memory.
+    // The descriptor of the host's file; -1 while the bytes are in memory.
     int file() const { return file_.get(); }
 
     // Copies all bytes to `file`; 0 or a negative errno.
     [[nodiscard]] int copyTo(int file, std::uint64_t size) const;
 
-    // From now on the bytes are those of `named`, a file of the host to which they were copied.
+    // From now on the bytes are in `named`, a file of the host to which they were copied before.
     void replaceBy(Descriptor named);
     bool isNamed() const { return named_; }
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* MarkName = "user.quillbox.temporary";
 
-// The number of no device of the host.
+// An st_dev that no file system of the host has.
 constexpr std::uint64_t NoDevice = ~std::uint64_t{0};
 
 void mark(int fileOrFolder)
@@ -23,7 +23,7 @@ void mark(int fileOrFolder)
     (void)writeExtended(fileOrFolder, MarkName, Value);
 }
 
-// Nothing if the host can't say.
+// Whether the entry has the mark. Empty if the host doesn't report it.
 std::optional<bool> hasMark(int folder, const char* name)
 {
     std::array<char, 1> value{};
@@ -44,7 +44,7 @@ bool standsOnHost(const HostPath& path)
     return parent.get() < 0 || statusAt(parent, path, status) != -ENOENT;
 }
 
-// Whether `path` is that of `file`, or would be below it if it were a folder.
+// Whether `path` is the path of `file`, or would be below `file` if that were a folder.
 bool isAtOrBelow(const HostPath& path, const HostPath& file)
 {
     return path.mount == file.mount && path.below.starts_with(file.below) &&

@@ -1,11 +1,12 @@
 // temporary_files.h - the files that the program declared to be temporary (DeclareTemporaryFile).
 //
-// Such a file is made, read and deleted within a moment, so the host needn't know of it: it has no name there, and its
-// bytes are in memory unless they are many (temporary_content.h). It is given its name on the host before any call that
-// could notice the difference, and is then a file like any other, until it is deleted.
+// Such a file is made, read and deleted within a moment, so the host needn't have it. The file has no name on the host,
+// and its bytes are in memory as long as they fit there (temporary_content.h). Before a call that could notice the
+// missing name, the file gets its name on the host. From then on it is a file like any other, until it is deleted.
 //
-// A file that something else has put at the path is never touched for it. What stood there when the path was declared
-// is treated as without the declaration, until it is deleted. What appears later stays.
+// A declaration never affects a file that something else has put at the path. If a file exists there at the time of the
+// declaration, the declaration takes effect only after noteDeleted was called for the path. A file that another program
+// makes there later isn't touched.
 #pragma once
 
 #include "device_path.h"
@@ -21,13 +22,13 @@
 
 namespace platform::file {
 
-// The lock of the table of open files guards it.
+// OpenFiles::mutex() guards this object.
 class TemporaryFiles {
 public:
-    // Looks once whether something stands at the path.
+    // Declares the path. Looks once whether something exists there.
     void declare(const HostPath& path);
 
-    // From then on the path is an ordinary one. The caller has given a file there its name.
+    // Ends the declaration of the path. If there is a nameless file, the caller gives it its name before.
     void withdraw(const HostPath& path);
     void withdrawAll() { declared_.clear(); }
 
@@ -37,35 +38,37 @@ public:
     // The nameless file at exactly that path; null if there is none.
     std::shared_ptr<SharedFile> find(const HostPath& path) const;
 
-    // Makes a nameless file. Null if the path isn't declared, or something stands there.
+    // Makes a nameless file. Null if the path isn't declared, or if a file may exist there already.
     [[nodiscard]] std::shared_ptr<SharedFile> make(const HostPath& path);
 
-    // The file at the path was deleted, the nameless one or that of the host.
+    // Call it after the file at the path was deleted, whether it was nameless or on the host.
     void noteDeleted(const HostPath& path);
 
-    // A file is about to be made on the host. If its path is declared and in the root folder, marks that folder, so
-    // that a killed process leaves no marked file in a root without the mark.
+    // Call it before a file is made on the host. If the file's path is declared and directly in the root folder, marks
+    // the root folder. The folder is marked before the file. So even a killed process never leaves a marked file in an
+    // unmarked root folder.
     void expectMade(const HostPath& path) const;
 
-    // The file was made. Marks it if its path is declared.
+    // Call it after the file was made. Marks the file if its path is declared.
     void noteMade(const HostPath& path, int file) const;
 
     struct Nameless {
         HostPath path;
         std::shared_ptr<SharedFile> file;
     };
-    // The nameless files that a call on `path` concerns: the one there, and one that would be a folder of that path.
+    // The nameless files that need their name before a call on `path`: the file at `path`, and a file at the path of a
+    // folder above `path`.
     std::vector<Nameless> onTheWayTo(const HostPath& path) const;
     std::vector<Nameless> inFolder(const HostPath& folder) const;
     std::vector<Nameless> all() const;
 
-    // The file has got its name.
+    // Call it after the file got its name on the host.
     void noteNamed(const SharedFile& file);
 
 private:
     struct Declared {
         HostPath path;
-        bool isOnHost = false;  // something can stand at the path
+        bool isOnHost = false;  // something may exist at the path
         std::shared_ptr<SharedFile> file;
     };
     template <class Wanted>
@@ -75,14 +78,16 @@ private:
 
     std::vector<Declared> declared_;
     std::uint64_t made_ = 0;
-    TemporaryContent::Memory spare_;  // of the file that was deleted last
+    TemporaryContent::Memory spare_;  // of the file that was deleted last, for the next one
 };
 
-// A file on the host has a mark. If a killed process leaves it in the root, it is recognised by the mark whatever its
-// name is. The root folder is marked too, until a start has searched it. So a start searches it only if there can be
-// such a file. On a file system without extended attributes both stay unmarked.
+// A temporary file that is on the host has a special extended attribute, the mark. If a killed process leaves such a
+// file in the root folder, the next start recognises the file by the mark. The root folder has the mark, too, until a
+// start has moved all marked files out of it. So a start searches the root folder only if the folder has the mark, or
+// if the host doesn't report whether it has one. On a file system without extended attributes, neither the files nor
+// the folder are marked.
 
-// Nothing if the host can't say.
+// Whether the entry is a file with the mark. Empty if the host doesn't report it.
 std::optional<bool> isMarkedTemporary(int folder, const char* name);
 
 bool mayHoldMarkedFiles(int folder);

@@ -24,7 +24,7 @@ using host::platformError;
 
 namespace {
 
-// The file to delete, open, and under a lease if the file system has leases.
+// The file to delete. It is open, and this process has a lease on it if the file system has leases.
 struct Held {
     Descriptor file;
     HostStatus status = {};
@@ -62,8 +62,9 @@ DWORD hold(const HostPath& path, const ParentFolder& parent, const FileStamp& st
     return stamp.provesWrites ? 0 : ERROR_RETRY;
 }
 
-// For file systems where a renaming can't refuse to replace. Moving back needs a hard link then, which never replaces,
-// so this checks first that the file system can make one. Otherwise there is no safe way to delete the file.
+// Moves the file aside on a file system where a renaming can't refuse to replace an entry. On such a file system
+// moveBack makes a hard link, because that never replaces an entry. So this function first checks that the file system
+// can make hard links. If it can't, there is no safe way to delete the file.
 int moveAsideByLinks(int folder, const char* name, const char* aside)
 {
     if (const int result = linkFile(folder, name, aside); result < 0)
@@ -88,7 +89,8 @@ int moveBackOnce(int folder, const char* aside, const char* name)
     return linked == 0 ? removeFile(folder, aside) : linked;
 }
 
-// Tried several times, because a failure can be temporary, and nobody would look for the file under its other name.
+// Gives the file its old name back, because nobody would look for the file under the other name. Tries several times,
+// because a failure can be temporary.
 int moveBack(int folder, const char* aside, const char* name)
 {
     int result = -EIO;
@@ -97,8 +99,9 @@ int moveBack(int folder, const char* aside, const char* name)
     return result;
 }
 
-// Why the file that was moved aside must not be deleted; 0 if it may be. The lease is checked last: a process that has
-// found the file by its old name waits in its opening for the lease, and would write to a deleted file.
+// Returns the reason why the file that was moved aside must not be deleted, as an error; 0 if it may be deleted. The
+// lease is checked last. It shows whether another process has found the file by its old name and waits in its open call
+// for the end of the lease. In this case the file stays. Otherwise that process would write to a deleted file.
 DWORD reasonToStay(int folder, const char* aside, const Held& held, const FileStamp& stamp)
 {
     HostStatus status = {};
@@ -128,7 +131,8 @@ DWORD deleteHeld(const HostPath& path, int folder, const Held& held, const FileS
         error = ioError(removeFile(folder, aside.c_str()));
     if (error == 0)
         return 0;
-    // -EEXIST: another process made a new file at the path. Both stay, since only the user knows which one is wanted.
+    // -EEXIST: another process made a new file at the path. Both files stay, because only the user knows which one is
+    // wanted.
     const int result = moveBack(folder, aside.c_str(), path.name());
     if (result < 0 && result != -ENOENT)
         noteLeftAside(path, aside, result);
@@ -141,7 +145,7 @@ DWORD deleteUnchangedAt(const HostPath& path, const FileStamp& stamp)
 {
     if (const DWORD error = cannotBeAFile(path))
         return error;
-    // No thread of this process opens the file meanwhile: its opening would break the lease.
+    // While this lock is held, no other thread of this process opens the file. Such an opening would break the lease.
     OpenFiles& table = OpenFiles::instance();
     const kernel::ExclusiveLock alone(table.openings());
     {

@@ -20,7 +20,8 @@ using host::platformError;
 
 namespace {
 
-// These can refuse a lease with EAGAIN, as for a file in use, though no process uses the file.
+// These file systems can refuse a lease with EAGAIN even if no process uses the file. On other file systems this error
+// means that the file is in use.
 constexpr std::array<std::uint64_t, 11> NetworkFileSystems = {
     NFS_SUPER_MAGIC, SMB_SUPER_MAGIC,  CIFS_SUPER_MAGIC,        SMB2_SUPER_MAGIC,      CEPH_SUPER_MAGIC, AFS_FS_MAGIC,
     V9FS_MAGIC,      CODA_SUPER_MAGIC, 0x0BD00BD0 /* Lustre */, 0x01161970 /* GFS2 */, OCFS2_SUPER_MAGIC};
@@ -31,12 +32,13 @@ bool leasesCanBeTrusted(int file, std::uint64_t device)
     return system && std::ranges::find(NetworkFileSystems, system->kind) == NetworkFileSystems.end();
 }
 
-// The lease that the host refuses while another process uses the file in a forbidden way; empty if there is none.
+// The type of lease that the host refuses while another process uses the file in a way that `sharing` forbids. Empty if
+// no type fits.
 std::optional<int> probingLease(const Sharing& sharing)
 {
     if ((sharing.share & (FILE_SHARE_READ | FILE_SHARE_WRITE)) == 0)
         return F_WRLCK;
-    // The host gives no read lease on a file that this process writes.
+    // The host grants no read lease on a file that this process has open for writing.
     if ((sharing.share & FILE_SHARE_WRITE) == 0 && (sharing.access & GENERIC_WRITE) == 0)
         return F_RDLCK;
     return std::nullopt;

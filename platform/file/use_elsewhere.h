@@ -1,4 +1,5 @@
-// use_elsewhere.h - finds out by leases whether another process uses a file.
+// use_elsewhere.h - finds out whether another process uses a file. It asks the host for a lease, which the host refuses
+// for a file in use.
 #pragma once
 
 #include "open_files.h"
@@ -8,19 +9,19 @@
 namespace platform::file {
 
 enum class Lease {
-    Held,     // the host gives it: no other process has the file open
+    Held,     // the host grants it: no other process has the file open in a conflicting way
     InUse,    // another process has the file open
     NotGiven  // the host refuses the lease for another reason
 };
 
-// Whether another process uses the file in a way that `sharing` forbids (InUse). `file` is the only descriptor of this
-// process on it. A lease is taken and dropped at once. NotGiven if the host can't say: for a file of another user, on a
-// network file system, and for sharing that no lease expresses. If sharing allows others to read, Held doesn't exclude
-// readers.
+// Returns InUse if another process uses the file in a way that `sharing` forbids. `file` is the only descriptor of this
+// process on the file. The call takes a lease and drops it at once. Returns NotGiven if a lease doesn't show whether
+// the file is used. Examples are a file of another user, a network file system, and a `sharing` that no type of lease
+// fits. If `sharing` allows others to read, other processes may be reading the file even if the result is Held.
 [[nodiscard]] Lease probeLease(int file, const Sharing& sharing, std::uint64_t device);
 
-// Takes a write lease and keeps it until `file` is closed. Another process that opens the file waits for that. `error`
-// is set if the host failed.
+// Takes a write lease and keeps it until `file` is closed. Until then, another process that opens the file waits.
+// `error` is set if the host failed.
 struct LeaseTaken {
     Lease lease = Lease::NotGiven;
     DWORD error = 0;

@@ -19,7 +19,7 @@ struct Changed {
     Volume* volume = nullptr;
 };
 
-// Those that are open.
+// The mounted folders that are open.
 std::vector<MountUse> openMounts()
 {
     std::vector<MountUse> all;
@@ -32,7 +32,8 @@ std::vector<MountUse> openMounts()
     return all;
 }
 
-// What was changed on a medium before it was taken out is reported once.
+// Adds to `failed` the folders whose medium was removed before all changes were flushed. Each such folder is reported
+// once.
 void reportLost(std::vector<FailedFlush>& failed)
 {
     for (MountedFolder* const mount : mountsInRoot()) {
@@ -46,8 +47,9 @@ void reportLost(std::vector<FailedFlush>& failed)
     }
 }
 
-// Clears the marks of all folders on one file system, which needs one flush for all of them. This comes before the
-// flush, so that a change during the flush sets the mark again.
+// Clears Volume::changed for all mounted folders on one file system, and returns the volumes that were changed. One
+// flush is enough for all of them. The flags are cleared before the flush, so that a change during the flush sets its
+// flag again.
 std::vector<Volume*> takeMarks(const std::vector<Changed>& changed, std::uint64_t device)
 {
     std::vector<Volume*> taken;

@@ -1,4 +1,4 @@
-// volume_flush.h - writes all that this process changed on the device to the disk.
+// volume_flush.h - writes to the disk everything that this process has changed on the device.
 #pragma once
 
 #include "mounted_folder.h"
@@ -14,8 +14,9 @@ struct FailedFlush {
     DWORD error = 0;
 };
 
-// Writes out what is gathered for open files, then flushes each file system that was changed since its last flush. All
-// are tried; a file system that failed still counts as changed. Any thread.
+// Gives temporary files their names on the host, and writes out the gathered bytes of open files. Then flushes each
+// file system that was changed since its last flush. If one fails, the others are still flushed. A file system that
+// failed stays noted as changed, unless its medium was removed. Can be called on any thread.
 [[nodiscard]] std::vector<FailedFlush> flushChangedVolumes();
 
 }  // namespace platform::file

@@ -1,5 +1,6 @@
-// host_faults.h - lets a test make the nth system call of the file room fail, kill the process there, simulate a power
-// cut, or do at that moment what another program might do. Only tests link this (target platform_file_faults).
+// host_faults.h - lets a test choose what happens at the nth system call of the file room. The call can fail, the
+// process can be killed, a power cut can be simulated, or a function of the test can act as another program. Only tests
+// link this (target platform_file_faults).
 #pragma once
 
 #include <cstdint>
@@ -9,9 +10,10 @@ namespace platform::file {
 enum class FaultKind {
     Fail,       // the call isn't made and fails with `error` (an errno)
     Kill,       // the process is killed before the call is made
-    PowerCut,   // as Kill, but first all that was never flushed is removed from the disk: bytes after the size that
-                // a file had at its last flush, and entries made since the last flush of their folder. Deleted
-                // entries stay deleted: that is the worst that a disk can do.
+    PowerCut,   // like Kill, but first everything that was never flushed is removed from the disk. This cuts each file
+                // to its size at its last flush, and removes the entries that were made since the last flush of
+                // their folder. Entries that were moved since that flush move back. Deleted entries stay deleted,
+                // which is the worst that a disk can do.
     ShortRead,  // if the call reads bytes of a file, it delivers none, as at the end of the file
     Meanwhile,  // `meanwhile` runs before the call is made; it must not call the file room
 };
@@ -24,7 +26,7 @@ struct FaultPlan {
     void (*meanwhile)() = nullptr;
 };
 
-// Any thread.
+// Both can be called on any thread.
 void setFaultPlan(const FaultPlan& plan);
 void clearFaultPlan();
 

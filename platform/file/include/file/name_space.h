@@ -1,8 +1,9 @@
-// name_space.h - sets up the folders of the host that make up the device's name space.
+// name_space.h - sets up the device's name space: the tree of all paths of the device.
 //
-// The root `\` is one host folder; further folders (cards, folders of the user) appear in it by name. A mounted folder
-// hides an entry of the same name in the root folder. Folders can be added at any time; only removable ones go before
-// the end. Any thread, unless a call says otherwise.
+// The name space consists of folders of the host. One of them is the root `\`. The others (cards, folders of the user)
+// appear in the root under their names. Such a mounted folder hides an entry of the same name in the root folder.
+// Folders can be added at any time. Only removable folders can be removed before removeAllMounts. All functions can be
+// called on any thread, unless their comment says otherwise.
 #pragma once
 
 #include "file/removable.h"
@@ -15,9 +16,10 @@
 
 namespace platform::file {
 
-// Prepares the process for file calls: its owner can read and write the files that it makes, whatever the umask is, and
-// a broken lease doesn't end it. addMount calls this. Call it directly only to make files before that. No other thread
-// makes files during the call.
+// Prepares the process for file calls. Changes the umask so that the owner can read and write the files that the
+// process makes. Also makes the process ignore SIGIO. By default this signal would end the process when another process
+// breaks one of its leases. addMount calls this function. Call it directly only if the process makes files before
+// addMount. No other thread may make files during the call.
 void prepareProcess();
 
 // One host folder in the name space.
@@ -28,32 +30,32 @@ struct Mount {
     std::optional<std::uint64_t> capacity;  // bytes that its files can hold together, including the present ones
 };
 
-// Adds a folder. With a capacity, adds up the bytes of its files. False if the name is taken or isn't a valid name, or
-// if the folder can't be read; the descriptor is closed then.
+// Adds a folder. If it has a capacity, the call adds up the bytes of its files. Returns false if the name is taken or
+// invalid, or if the folder can't be read. In each of these cases the descriptor is closed.
 [[nodiscard]] bool addMount(Mount mount);
 
-// Adds a removable folder, which a search of the root finds from then on. False if the name is taken or isn't a valid
-// name, or if the folder isn't there.
+// Adds a removable folder. From then on, a search of the root finds it. Returns false if the name is taken or invalid,
+// or if the host's folder doesn't exist.
 [[nodiscard]] bool addRemovable(Removable removable);
 
-// Removes a removable folder. From then on each call on its paths and each write to its open files fails with
-// ERROR_NOT_READY, and so does a flush of what was written there before. A new folder can get the name. False if there
-// is no such folder.
+// Removes a removable folder. From then on, each call on its paths and each write or flush of its open files fails with
+// ERROR_NOT_READY. The flush fails even if the bytes were written before the removal. A new folder can get the name.
+// Returns false if there is no such folder.
 bool removeRemovable(const std::u16string& name);
 
-// Closes the removable folders that no call has used for this long, and that have no open file.
+// Closes the removable folders that no call has used for `time`, that have no open file, and whose changes are flushed.
 void closeUnusedFolders(std::chrono::milliseconds time);
 
 // Closes all open files and searches, and removes all folders. No other thread makes calls meanwhile.
 void removeAllMounts();
 
-// The bytes that the files of a folder with a capacity have now; empty without a capacity.
+// The total length of the files of a folder with a capacity. Empty if the folder has no capacity.
 std::optional<std::uint64_t> usedBytes(const std::u16string& mountName);
 
 // Moves the temporary files that a killed process left in the root folder (DeclareTemporaryFile) to the folder
-// "left-behind" of `deviceFolder`, an open descriptor, and returns their names. A file of the same name there is
-// replaced. They aren't deleted, since somebody may have written to them. Call it before the program starts, while this
-// process alone has the device.
+// "left-behind" of `deviceFolder`, an open descriptor. Returns the names of the moved files. A moved file replaces a
+// file of the same name in that folder. The files aren't deleted, because another program may have written to them.
+// Call this function before the program starts, while only this process has the device open.
 [[nodiscard]] std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder);
 
 // The descriptor of the root folder; -1 before there is one.

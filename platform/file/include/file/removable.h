@@ -1,4 +1,4 @@
-// removable.h - a card that comes and goes while the program runs; file/name_space.h has the calls.
+// removable.h - describes a card that can be added and removed while the program runs (addRemovable, removeRemovable).
 #pragma once
 
 #include <functional>
@@ -6,8 +6,8 @@
 
 namespace platform::file {
 
-// A card whose host folder can go at any time, such as a medium that is mounted there. The name space opens the folder
-// only while the program uses it, so the host can unmount it at other times.
+// A card whose host folder can disappear at any time, for example because a medium is mounted there. The name space
+// opens the folder only while the program uses it, so the host can unmount it at other times.
 struct Removable {
     std::u16string name;
     std::string place;          // the path of the host folder

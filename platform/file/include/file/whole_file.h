@@ -1,5 +1,5 @@
-// whole_file.h - makes a file that has all of its content when it gets its name, which the platform's own calls don't
-// offer.
+// whole_file.h - makes a file that appears at its path only when it has all of its content. The platform's own calls
+// don't offer this.
 #pragma once
 
 #include "ce/types.h"
@@ -11,7 +11,7 @@
 namespace platform::file {
 
 // Makes the file `path`. Nothing may exist there before. If the call fails, or the process ends meanwhile, nothing
-// exists there afterwards. Any thread.
+// exists there afterwards. Can be called on any thread.
 // 0, or the error: 50 the file system can't do it or the card has a capacity, 80 and 183 something exists there,
 // otherwise those of CreateFileW and WriteFile.
 [[nodiscard]] DWORD makeWholeFile(std::u16string_view path, std::span<const std::byte> content);
