@@ -59,8 +59,8 @@ struct BandsState : ClassState {
     }
 };
 
-// Puts the bands side by side, as many as fit into the parent's width, and the others below. True if the height has
-// changed.
+// Places as many bands side by side as fit into the parent's width, and the other bands in further rows. Returns true
+// if the height of all rows together has changed.
 bool layOut(Window& bands) REQUIRES(coreMutex)
 {
     auto& state = stateOf<BandsState>(bands);
@@ -263,7 +263,7 @@ HWND CommandBands_GetCommandBar(HWND bands, UINT index)
     return state->bands[index].bar;
 }
 
-// The display draws the close box and the help button. Here they only need their width.
+// The display draws the close box and the help button. The core only reserves their width.
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE, DWORD flags, REBARBANDINFOW*)
 {
     {

@@ -55,7 +55,7 @@ void setCheck(Window& button, WPARAM wanted) REQUIRES(coreMutex)
 {
     const DWORD kind = kindOf(button);
     const int check = static_cast<int>(std::min<WPARAM>(wanted, static_cast<WPARAM>(highestCheck(kind))));
-    // Tab moves to the checked one of a group of radio buttons.
+    // In a group of radio buttons, Tab moves only to the checked button.
     if (isRadio(kind))
         button.style = check ? button.style | WS_TABSTOP : button.style & ~WS_TABSTOP;
     auto& state = stateOf<ButtonState>(button);
@@ -73,7 +73,7 @@ void checkAloneInGroup(Window& button) REQUIRES(coreMutex)
             setCheck(*other, BST_UNCHECKED);
 }
 
-// The state changes before the notification, so the parent reads the new one.
+// Presses the button. The check state changes before the parent is notified, so the parent reads the new state.
 void press(HWND handle)
 {
     {

@@ -1,4 +1,5 @@
-// A date picker has the fields day, month and year, in the order of the user's short dates. Keys change one of them.
+// A date picker has the fields day, month and year, in the order of the user's short dates. Keys change one field at a
+// time.
 #include "controls/control_classes.h"
 #include "controls/date_display.h"
 #include "window/input.h"
@@ -39,13 +40,13 @@ struct DatePickerState : ClassState {
     DatePickerState() { GetLocalTime(&date); }
 
     SYSTEMTIME date{};
-    std::array<DateField, 3> order = orderOfFields();  // from left to right, as the user's short dates have them
+    std::array<DateField, 3> order = orderOfFields();  // from left to right in the user's short dates
     std::size_t field = 0;                             // the index in `order` that keys change
-    int typed = 0;                                     // digits typed into it so far
+    int typed = 0;                                     // the number typed into that field so far
     int typedDigits = 0;
 };
 
-// The date with its day of the week. Nothing for a date that doesn't exist.
+// Returns the date with the correct day of the week, or nothing if the date doesn't exist.
 std::optional<SYSTEMTIME> completed(const SYSTEMTIME& date)
 {
     FILETIME time;
@@ -84,7 +85,7 @@ WORD& fieldOf(SYSTEMTIME& date, DateField field)
     return field == DateField::Day ? date.wDay : field == DateField::Month ? date.wMonth : date.wYear;
 }
 
-// A day past the end of the month becomes its last day.
+// Returns the date with a new value in one field. A day past the end of the month becomes the last day of the month.
 SYSTEMTIME withField(SYSTEMTIME date, DateField field, int value)
 {
     fieldOf(date, field) = static_cast<WORD>(value);
@@ -92,7 +93,7 @@ SYSTEMTIME withField(SYSTEMTIME date, DateField field, int value)
     return date;
 }
 
-// True if the day has changed.
+// Returns true if the year, month or day has changed.
 bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& date) REQUIRES(coreMutex)
 {
     const auto complete = completed(date);
@@ -106,7 +107,8 @@ bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& da
     return changed;
 }
 
-// After the last value of the field comes the first, and no other field changes.
+// Adds `by` to the field that keys change. A step past the last value leads to the first, and a step before the first
+// leads to the last. No larger field changes.
 bool step(const Window& window, DatePickerState& picker, int by) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];
@@ -133,8 +135,8 @@ void moveField(DatePickerState& picker, bool right)
     picker.typedDigits = 0;
 }
 
-// A typed number is set as soon as it is in the field's range: a day as "1" and again as "15", a year after four
-// digits.
+// A typed number is set as soon as it is in the field's range. For example, typing 15 sets the day to 1 and then to 15.
+// A year is set after four digits.
 bool typeDigit(const Window& window, DatePickerState& picker, int digit) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];
@@ -179,7 +181,7 @@ bool typeCharacter(const Window& window, DatePickerState& picker, WPARAM charact
     return false;
 }
 
-// The time of day stays.
+// Sets the year, month and day. The time of day doesn't change.
 bool chooseDay(const Window& window, DatePickerState& picker, WPARAM yearAndMonth, LPARAM day) REQUIRES(coreMutex)
 {
     SYSTEMTIME date = picker.date;
@@ -229,7 +231,8 @@ LRESULT answer(const Window& window, DatePickerState& picker, UINT message, WPAR
     return TRUE;
 }
 
-// A program that makes its picker at run time may forget WS_TABSTOP. Without it Tab would never reach the picker.
+// Sets WS_TABSTOP, because a program that makes its picker at run time may omit that style. Without the style, Tab
+// would never reach the picker.
 void becomeTabStop(HWND handle)
 {
     const Lock lock(coreMutex);

@@ -19,7 +19,7 @@ struct EditState : ClassState {
     explicit EditState(DWORD style) : readOnly((style & ES_READONLY) != 0) {}
 
     EditSelection selection;
-    std::size_t limit = FirstLimit;  // characters that the user can make it hold
+    std::size_t limit = FirstLimit;  // most characters that the user can enter
     bool readOnly;
 
     bool editsText() const REQUIRES(coreMutex) override { return true; }
@@ -44,7 +44,7 @@ void setSelection(Window& edit, EditState& state, EditSelection selection) REQUI
     announce(edit, Change::Selection);
 }
 
-// What the parent is notified of after a change.
+// The events of which the parent is notified after a change.
 struct EditOutcome {
     bool changed = false;
     bool full = false;
@@ -60,7 +60,8 @@ void report(HWND handle, EditOutcome outcome)
     notifyCommand(handle, EN_CHANGE);
 }
 
-// A single line that doesn't scroll holds only as many characters as fit its width.
+// Returns the maximum length of a text that the user enters. In a single-line edit that doesn't scroll, the text must
+// fit into the width.
 std::size_t limitOf(const Window& edit, const EditState& state) REQUIRES(coreMutex)
 {
     if (isMultiLine(edit) || (edit.style & ES_AUTOHSCROLL))
@@ -101,7 +102,8 @@ EditOutcome takeNewText(Window& edit, EditState& state, std::u16string_view text
     return {.changed = changed, .full = whole.size() < fitted.size()};
 }
 
-// Deletes the selection. If it is empty, deletes from the caret to where `neighbour` moves it.
+// Deletes the selection. If the selection is empty, deletes the text between the caret and the offset that `neighbour`
+// returns.
 EditOutcome erase(Window& edit, EditState& state, std::size_t (*neighbour)(std::u16string_view, std::size_t))
     REQUIRES(coreMutex)
 {
@@ -241,8 +243,8 @@ void selectByProgram(Window& edit, EditState& state, int start, int end) REQUIRE
         setSelection(edit, state, {at(start), at(end)});
 }
 
-// A multi-line edit leaves Tab to the dialog, and Enter too unless it makes a line break. Ctrl and Enter never makes
-// one.
+// Returns which keys the edit handles without the dialog manager. A multi-line edit leaves Tab to the dialog. If Enter
+// makes no line break, the edit leaves this key to the dialog too. Ctrl+Enter never makes a line break.
 LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message) REQUIRES(coreMutex)
 {
     LRESULT code = HasSelection | WantsCharacters | WantsArrows;
@@ -277,7 +279,8 @@ LRESULT answer(Window& edit, UINT message, WPARAM wParam, LPARAM lParam) REQUIRE
     }
 }
 
-// A multi-line edit takes all keys, so the dialog manager doesn't see Esc and the edit has to close the dialog.
+// Closes the dialog of a multi-line edit after Esc. The dialog manager doesn't handle this key, because the edit asks
+// for all keys.
 void closeDialog(HWND handle)
 {
     HWND dialog = nullptr;

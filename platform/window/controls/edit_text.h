@@ -1,6 +1,6 @@
 // edit_text.h - the text of an edit control and its selection, without window or messages.
 //
-// A surrogate pair and a \r\n count as one character: the caret is never inside.
+// A surrogate pair is treated as one character, and so is a \r\n. The caret is never inside such a pair.
 #pragma once
 
 #include <cstddef>
@@ -22,15 +22,17 @@ std::size_t previousCharacter(std::u16string_view text, std::size_t at);
 std::size_t nextCharacter(std::u16string_view text, std::size_t at);
 std::size_t lineStart(std::u16string_view text, std::size_t at);
 std::size_t lineEnd(std::u16string_view text, std::size_t at);
-// The same column one line up or down, or the end of that line if it is shorter. `at` itself on the first or last line.
+// These functions return the offset of the same column in the line above or below. If that line is shorter, they return
+// its end. If there is no such line, they return `at`.
 std::size_t lineAbove(std::u16string_view text, std::size_t at);
 std::size_t lineBelow(std::u16string_view text, std::size_t at);
 
-// Typed text as an edit holds it. Every kind of line break becomes \r\n, or is removed for a single line. Other control
-// characters are removed, except tabs in a multi-line edit.
+// Converts typed text to the text that an edit holds. Every kind of line break becomes \r\n, or is removed for a
+// single-line edit. Other control characters are removed, except tabs in a multi-line edit.
 std::u16string fitToEdit(std::u16string_view typed, bool multiLine);
 
-// At most `room` UTF-16 units, cut before a character that doesn't fit as a whole.
+// Returns the first UTF-16 units of the text, at most `room` of them. A character that doesn't fit as a whole is left
+// out.
 std::u16string_view cutToRoom(std::u16string_view text, std::size_t room);
 
 }  // namespace platform::window

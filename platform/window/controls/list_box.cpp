@@ -12,7 +12,7 @@ namespace platform::window {
 
 namespace {
 
-// Messages of the program. They change rows and selection without notifying the parent.
+// The following functions handle messages of the program. They change rows and selection without notifying the parent.
 
 LRESULT addRow(Window& box, ListBoxState& state, LPARAM text, std::optional<long> at) REQUIRES(coreMutex)
 {
@@ -115,7 +115,8 @@ LRESULT findRow(ListBoxState& state, long after, LPARAM text)
     return found ? static_cast<LRESULT>(*found) : LB_ERR;
 }
 
-// LB_ERR, not 0, for an index that isn't a row, such as an LB_ERR that the caller passes on: 0 means "not selected".
+// Returns 1 if the row is selected and 0 if it isn't. Returns LB_ERR if there is no such row. The index can be LB_ERR,
+// because a caller may pass the result of an earlier call.
 LRESULT isSelected(ListBoxState& state, long index)
 {
     if (!isRow(state, index))
@@ -214,7 +215,7 @@ long findListRow(HWND listBox, const std::u16string& text)
     auto* state = findState<ListBoxState>(listBox, WindowKind::ListBox);
     if (!state)
         return -1;
-    // The rows' own search ignores case, so look through all of its results for the exact text.
+    // ListRows::find ignores case. So all of its results are compared with the exact text.
     const auto first = state->rows.find(text, std::nullopt);
     for (auto found = first; found; found = state->rows.find(text, found)) {
         if (state->rows.row(*found).text == text)

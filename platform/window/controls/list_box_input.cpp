@@ -11,7 +11,7 @@ namespace {
 
 constexpr int RowHeight = 13;
 
-// Input of the user. The state changes first, then the parent is notified.
+// The following functions handle input of the user. The state changes first, and then the parent is notified.
 
 struct RowOutcome {
     bool notify = false;
@@ -50,7 +50,7 @@ RowOutcome moveCaret(Window& box, ListBoxState& state, long index) REQUIRES(core
     return {.notify = moved || state.multiple};
 }
 
-// The row to which a key moves the caret. Nothing for any other key.
+// Returns the row to which the key moves the caret, or nothing if the key doesn't move the caret.
 std::optional<long> targetOf(const Window& box, const ListBoxState& state, WPARAM key) REQUIRES(coreMutex)
 {
     const long page = std::max<long>((box.rectangle.bottom - box.rectangle.top) / RowHeight, 1);
@@ -74,8 +74,8 @@ std::optional<long> targetOf(const Window& box, const ListBoxState& state, WPARA
     }
 }
 
-// Shift and a key that moves: the rows from where the selection began to the new caret are selected, and those between
-// the old and the new caret that it leaves no longer are.
+// Handles Shift with a key that moves the caret. Selects the rows from the anchor, where the selection began, to the
+// new caret. Deselects the other rows between the old and the new caret.
 RowOutcome extendSelection(Window& box, ListBoxState& state, long index) REQUIRES(coreMutex)
 {
     if (!isRow(state, 0))
@@ -116,7 +116,8 @@ RowOutcome pressKey(Window& box, ListBoxState& state, WPARAM key, LPARAM modifie
     return moveCaret(box, state, *target);
 }
 
-// The next row that begins with what was typed, or else contains it. -1 if there is none.
+// Returns the next row that begins with `typed`. If no row begins with `typed`, returns the next row that contains it.
+// If there is no such row either, returns -1.
 long search(ListBoxState& state, std::u16string_view typed)
 {
     const bool oneLetter = isOneLetter(typed);
@@ -133,7 +134,8 @@ long search(ListBoxState& state, std::u16string_view typed)
     return -1;
 }
 
-// A blank selects or deselects the caret row, unless it continues a text that a row has.
+// If a blank continues a typed text and the search finds a row for the longer text, the blank is part of that text.
+// With multiple selection, any other blank selects or deselects the caret row.
 RowOutcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQUIRES(coreMutex)
 {
     if (character < u' ')

@@ -1,4 +1,4 @@
-// list_box_state.h - what a list box holds, for its messages (list_box.cpp) and its input (list_box_input.cpp).
+// list_box_state.h - the data of a list box, shared by its messages (list_box.cpp) and its input (list_box_input.cpp).
 //
 // A list box has at most one selected row, or any number of them with LBS_MULTIPLESEL.
 #pragma once
@@ -48,7 +48,8 @@ inline void select(ListBoxState& state, long index, bool selected)
     state.selectedCount += selected ? 1 : -1;
 }
 
-// For a single selection. -1: no row.
+// Selects the row in a list box with single selection, and deselects the row that was selected before. With -1 no row
+// is selected afterwards.
 inline void moveSelection(ListBoxState& state, long index)
 {
     if (isRow(state, state.caret))
@@ -58,7 +59,7 @@ inline void moveSelection(ListBoxState& state, long index)
         select(state, index, true);
 }
 
-// A key, a character, a click or a double click on the list box.
+// Handles a key, a character, a click or a double click on the list box.
 LRESULT takeListInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) EXCLUDES(coreMutex);
 
 }  // namespace platform::window

@@ -1,7 +1,8 @@
-// list_rows.h - the rows of a list box, sorted as they are added, and found by their text. Case doesn't count.
+// list_rows.h - the rows of a list box. A sorted box adds each row in order. Sorting and searching ignore case.
 //
-// Rows are kept in blocks of a few hundred, so an insertion in the middle of 100,000 rows moves few of them. find()
-// uses a binary search: over the rows if they are sorted, otherwise over an index by text that it makes on demand.
+// Rows are stored in blocks of a few hundred, so an insertion in the middle of 100,000 rows moves few of them. find()
+// uses a binary search. It searches the rows themselves if they are sorted, otherwise an index by text. It makes this
+// index on demand.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +25,7 @@ public:
     explicit ListRows(bool sorted) : keepSorted_(sorted), inOrder_(sorted) {}
 
     std::size_t size() const { return size_; }
-    // `index` below size().
+    // `index` must be below size().
     Row& row(std::size_t index);
     // Calls `action` for each row, in the order of the box.
     template <class Action>
@@ -35,14 +36,17 @@ public:
                 action(*each);
     }
 
-    // Adds in sorted order, after equal texts, or at the end of an unsorted box. Gives the index.
+    // Adds the row at its position in the order, after rows with equal text. In an unsorted box adds the row at the
+    // end. Returns the index.
     std::size_t add(std::u16string_view text);
-    // `index` at most size(). The rows count as unsorted from then on.
+    // `index` must be at most size(). From then on find() treats the rows as unsorted, until clear(). A sorted box then
+    // has no order, so add() puts a row at any position.
     void insert(std::size_t index, std::u16string_view text);
     void erase(std::size_t index);
     void clear();
 
-    // The first row after `after` with that whole text. After the last row the search continues with the first.
+    // Returns the index of the first row after `after` whose whole text equals `text`. After the last row the search
+    // continues with the first.
     std::optional<std::size_t> find(std::u16string_view text, std::optional<std::size_t> after);
 
 private:
@@ -64,7 +68,7 @@ private:
     std::size_t size_ = 0;
     bool keepSorted_;
     bool inOrder_;
-    // Made on demand. Empty if the rows have changed since.
+    // Both vectors are made on demand. They are empty if the rows have changed since then.
     std::vector<std::size_t> starts_;  // index of each block's first row
     std::vector<std::size_t> byText_;  // the rows' indices in the order of their texts
 };

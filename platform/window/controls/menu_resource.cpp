@@ -12,7 +12,8 @@ constexpr WORD FlagPopup = 0x10;
 constexpr WORD FlagEnd = 0x80;
 constexpr int MostLevels = 16;
 
-// Reads one level, up to the item marked as its last. The items of a popup follow the popup directly.
+// Reads one level of the menu, up to the item that is marked as the last of its level. The items of a popup follow the
+// popup directly.
 std::vector<MenuItem> readLevel(ByteReader& reader, int levels)
 {
     std::vector<MenuItem> items;

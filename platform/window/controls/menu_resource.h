@@ -1,4 +1,4 @@
-// menu_resource.h - a menu as the resource compiler writes it.
+// menu_resource.h - reads a menu in the format that the resource compiler writes.
 #pragma once
 
 #include "controls/bands_display.h"
@@ -8,8 +8,8 @@
 
 namespace platform::window {
 
-// The items of the menu's top level. Nothing if the bytes end before the menu does, if it has the extended format, or
-// if its popups are nested more than 16 levels deep.
+// Returns the items of the menu's top level. Returns nothing if the bytes end before the menu does, if the menu has the
+// extended format, or if its popups are nested more than 16 levels deep.
 [[nodiscard]] std::optional<std::vector<MenuItem>> readMenu(std::span<const std::byte> bytes);
 
 }  // namespace platform::window

@@ -34,7 +34,8 @@ int moveTo(Window& bar, std::int64_t position) REQUIRES(coreMutex)
     return before;
 }
 
-// A step that ends exactly at the upper limit stays there. Only one beyond it starts again at the lower limit.
+// A step that ends exactly at the upper limit stays at that limit. Only a step beyond the upper limit starts again at
+// the lower limit.
 int step(Window& bar) REQUIRES(coreMutex)
 {
     const auto& state = stateOf<ProgressState>(bar);

@@ -15,7 +15,8 @@ Core& core()
 Window* findWindow(HWND handle)
 {
     Core& all = core();
-    return all.windows[all.windows.find(reinterpret_cast<std::uintptr_t>(handle))].get();  // slot 0 holds null
+    return all.windows[all.windows.find(reinterpret_cast<std::uintptr_t>(handle))]
+        .get();  // find() returns 0 for a dead handle; slot 0 holds null
 }
 
 Window& addWindow()
@@ -55,7 +56,8 @@ void removeWindow(Window& window)
     else
         std::erase(all.topLevel, handle);
     announce(window, Change::Destroyed);
-    // Both a frame that retrieves messages of this window alone and a send to it have to see that it is gone.
+    // A call of GetMessageW may wait for messages of this window only, and a send may wait for the turn of the window's
+    // thread. Both must wake up and fail, because the window no longer exists.
     noteArrival(*window.thread);
     wakeTurnWaiters();
 

@@ -1,4 +1,5 @@
-// Each thread has a focus and an active window, so changing them never waits for another thread.
+// Moves the focus and changes the active window. Each thread has its own focus and its own active window. So these
+// functions never wait for another thread.
 #include "window/focus.h"
 
 #include <algorithm>
@@ -52,8 +53,9 @@ Window* nextInGroup(Window& control, bool backward)
 
 namespace {
 
-// The window that gets the focus when `top` becomes active. In a window that isn't a dialog, controls without
-// WS_TABSTOP count too: the program's main loop doesn't handle Tab, so the keyboard couldn't reach its tree otherwise.
+// Returns the window that gets the focus when `top` becomes active. If `top` isn't a dialog, a control without
+// WS_TABSTOP can get the focus too. The tree in the main window is such a control. Without this rule the keyboard
+// couldn't reach the tree, because the main window's message loop doesn't handle Tab.
 HWND focusFor(Window& top) REQUIRES(coreMutex)
 {
     Window* last = findWindow(top.lastFocus);
@@ -123,7 +125,7 @@ HWND SetFocus(HWND window)
         SetLastError(ERROR_INVALID_WINDOW_HANDLE);
         return nullptr;
     }
-    // A disabled window drops input, so with the focus it would make the keyboard useless.
+    // Input for a disabled window is dropped. If a disabled window had the focus, all keys would be lost.
     if (wanted && (wanted->thread != &self || wanted->dying || !takesInputOf(*wanted))) {
         SetLastError(ERROR_ACCESS_DENIED);
         return nullptr;

@@ -30,7 +30,7 @@ public:
         return firstBitmap_;
     }
 
-    // Gives the index of the first added image.
+    // Returns the index of the first added image.
     [[nodiscard]] int add(WORD bitmap, int images)
     {
         const kernel::MutexLock lock(mutex_);
@@ -53,7 +53,7 @@ std::shared_ptr<ImageList> findList(HIMAGELIST list)
     return kernel::findHandle<ImageList>(list);
 }
 
-// In pixels. 0 if the bitmap is missing or too short.
+// Returns the width in pixels. Returns 0 if the bitmap is missing or its resource is too short.
 int widthOfBitmap(WORD id)
 {
     constexpr std::size_t WidthAt = 4;
@@ -109,7 +109,7 @@ HBITMAP LoadBitmapW(HINSTANCE instance, const WCHAR* name)
     return static_cast<HBITMAP>(LoadImageW(instance, name, IMAGE_BITMAP, 0, 0, 0));
 }
 
-// A bitmap's handle only carries its number in the resources, so there is nothing to free.
+// A bitmap's handle contains only the bitmap's resource number, so there is nothing to free.
 BOOL DeleteObject(HBITMAP bitmap)
 {
     return resourceIdOf(bitmap) != 0 ? TRUE : fail(ERROR_INVALID_HANDLE);

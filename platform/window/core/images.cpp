@@ -11,8 +11,8 @@ using namespace platform::window;
 
 namespace {
 
-// A handle holds its kind in the upper bits and a number in the lower 16. Kinds begin with 1, so no handle is null even
-// if its number is 0.
+// The upper bits of a handle contain its kind, and the lower 16 bits contain a number. Kinds begin with 1, so no handle
+// is null even if its number is 0.
 enum class Kind : std::uintptr_t { Icon = 1, Bitmap = 2, ImageList = 3, Cursor = 4, Brush = 5 };
 
 template <class Handle>
@@ -21,7 +21,8 @@ Handle makeHandle(Kind kind, std::uintptr_t number)
     return reinterpret_cast<Handle>((static_cast<std::uintptr_t>(kind) << 16) | number);
 }
 
-// The number in a name made by MAKEINTRESOURCEW. Images in the resources have no other names.
+// Returns the number in a name that MAKEINTRESOURCEW made, or nothing for any other name. Images in the resources have
+// only numbers as names.
 std::optional<WORD> numberOf(const WCHAR* name)
 {
     const auto number = reinterpret_cast<std::uintptr_t>(name);

@@ -53,7 +53,7 @@ bool queueText(HWND handle, UINT message, std::u16string text)
     return window && queue(*window, {MSG{nullptr, message, 0, 0, 0, {}}, std::move(text)});
 }
 
-// A key for a top-level window goes to the control in it that has the focus.
+// A key for a top-level window goes to the focused control in that window.
 Window& keyTarget(Window& window) REQUIRES(coreMutex)
 {
     Window* focused = findWindow(window.thread->focus);
@@ -247,7 +247,7 @@ bool isEdit(HWND handle)
     return window && window->state->editsText();
 }
 
-// An edit gets a text as a whole, every other window one WM_CHAR for each character.
+// An edit receives a text in one message. Every other window receives one WM_CHAR for each typed character.
 void typeInto(const MSG& message)
 {
     if (isEdit(message.hwnd)) {

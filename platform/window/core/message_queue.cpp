@@ -1,15 +1,18 @@
-// What a thread retrieves, in this order: posted messages, input, WM_QUIT, timers that are due. Only the thread in
-// whose name the caller runs is served. Any thread may add to the queues.
+// Implements the message queues and timers of threads. GetMessageW returns posted messages first, then input, WM_QUIT,
+// and messages of timers that are due. It takes them from the queues of the thread in whose name the caller runs. Any
+// thread may add to the queues.
 //
-// GetMessageW holds the mutex except while it waits or destroys windows. Its loop relies on this:
+// GetMessageW holds the mutex except while it waits or destroys windows. Its loop relies on these facts:
 //
-// - Whatever can make a message retrievable calls noteArrival: a post, input, PostQuitMessage, SetTimer, a window that
-//   is enabled, removed or to be destroyed. It adds to Thread::arrivals and wakes the frames that wait. A frame reads
-//   the counter before it gives its turn up, so it misses nothing that comes afterwards.
-// - Several frames of one thread can wait at a time, one for each visit with a message loop. All wake. The frame of the
-//   current level takes its turn back first, and those below it when the visits above them have ended.
-// - The turn is free during the wait, so sends to the thread's windows run then. After the wait the frame takes the
-//   turn back before it touches a queue.
+// - A waiting call of GetMessageW continues when a timer is due or when noteArrival is called. The functions that queue
+//   messages and input call noteArrival, and so do PostQuitMessage, SetTimer, EnableWindow, removeWindow and
+//   destroyLater. noteArrival increments Thread::arrivals and wakes the waiting calls. A call reads this counter before
+//   it gives the turn up, so it misses no later arrival.
+// - Several calls of GetMessageW can wait in one thread's name: a call of the thread itself, and one in each visit that
+//   has a message loop. An arrival wakes all of them. The call in the visit that began last takes the turn back first.
+//   Each of the other calls takes it after the visits that began later have ended.
+// - The turn is free during the wait, so sends to the thread's windows can run. After the wait the call takes the turn
+//   back before it reads a queue.
 #include "turn.h"
 #include "window/core.h"
 #include "window/input.h"
@@ -96,7 +99,8 @@ Timer* nextTimer(Thread& self, const Filter& filter) REQUIRES(coreMutex)
     return next;
 }
 
-// WM_TIMER is made when it is retrieved: a thread that was busy for several periods gets one message.
+// WM_TIMER is created only when it is retrieved. So a thread that was busy for several periods of a timer gets one
+// message.
 bool takeTimer(Thread& self, const Filter& filter, MSG& message) REQUIRES(coreMutex)
 {
     Timer* timer = nextTimer(self, filter);
@@ -114,8 +118,8 @@ bool isForEdit(const MSG& message) REQUIRES(coreMutex)
     return target && target->state->editsText();
 }
 
-// A timer's message and a character typed into an edit are handled quickly. Anything else may start a run, such as the
-// same character on a button, which presses it.
+// Returns false for a timer's message, and for keys and text in an edit, except Enter and Esc. Any other message may
+// start a run. For example, a space typed on a button presses the button.
 bool mayTakeLong(const MSG& message) REQUIRES(coreMutex)
 {
     switch (message.message) {
@@ -141,7 +145,8 @@ bool takeNext(Thread& self, const Filter& filter, MSG& message) REQUIRES(coreMut
     return true;
 }
 
-// Waits for an arrival or until a timer is due. The turn need not be free at the end.
+// Waits until `arrivals` differs from `seen` or a timer is due. The caller has given its turn up. When the wait ends,
+// another system thread may hold the turn.
 void waitWithoutTurn(Thread& self, const Filter& filter, std::uint64_t seen) REQUIRES(coreMutex)
 {
     while (self.arrivals == seen) {
@@ -151,14 +156,15 @@ void waitWithoutTurn(Thread& self, const Filter& filter, std::uint64_t seen) REQ
         } else if (timer->due <= Clock::now()) {
             return;
         } else {
-            // A copy: while the mutex is free the timer may be killed, or its vector may move.
+            // The time is copied, because the wait unlocks the mutex. During the wait another thread may kill the timer
+            // or make the vector reallocate.
             const Clock::time_point due = timer->due;
             self.arrived.waitUntil(coreMutex, due);
         }
     }
 }
 
-// Gives the turn up until something arrives or a timer is due, and holds it again at the end.
+// Gives the turn up, waits until something arrives or a timer is due, and takes the turn back.
 void waitForArrival(Thread& self, const Filter& filter) REQUIRES(coreMutex)
 {
     const unsigned level = self.level;

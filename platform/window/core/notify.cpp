@@ -4,7 +4,7 @@ namespace platform::window {
 
 namespace {
 
-// The parent; null for a window without one. Sets the control's id.
+// Returns the parent and sets `id` to the control's id. Returns null for a window without a parent.
 HWND parentOf(HWND control, int& id)
 {
     const Lock lock(coreMutex);

@@ -1,4 +1,5 @@
-// A send to a window of the own thread is a call of its procedure. A send to another thread runs there as a Visit.
+// A send to a window of the sender's own thread calls the window's procedure. A send to a window of another thread
+// makes a Visit (turn.h), which runs the procedure in the name of that thread.
 #include "turn.h"
 #include "window/core.h"
 #include "window/input.h"
@@ -10,7 +11,8 @@ namespace kernel = platform::kernel;
 
 namespace {
 
-// The last error is the calling system thread's, so what the receiver sets must not reach the sender.
+// Calls the procedure and then restores the sender's last error. The procedure runs on the sender's system thread, so
+// it can overwrite that error.
 LRESULT runAsReceiver(WNDPROC procedure, HWND window, UINT message, WPARAM wParam, LPARAM lParam) REQUIRES(coreMutex)
 {
     const DWORD error = GetLastError();
@@ -55,7 +57,8 @@ LRESULT DispatchMessageW(const MSG* message)
 
 namespace {
 
-// The character that a key types, if the core makes one. Other typed text comes as InputText, not as keys.
+// Returns the character that TranslateMessage posts for a key, or nothing if it posts none. Other typed text arrives as
+// InputText, not as keys.
 std::optional<WPARAM> characterOf(WPARAM key, LPARAM modifiers)
 {
     const bool shift = modifiers & KeyWithShift;

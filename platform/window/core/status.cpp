@@ -21,7 +21,8 @@ std::uint64_t ticksOf(const FILETIME& time)
     return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
-// The timer of the main window reports twice a second, mostly nothing new.
+// Stores the status, and announces it if it has changed. The timer of the main window reports the status twice a
+// second, and most reports equal the one before.
 void take(StatusState status)
 {
     const Lock lock(coreMutex);

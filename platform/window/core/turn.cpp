@@ -1,14 +1,15 @@
-// Who waits for what, and who wakes whom:
+// Implements turns and visits, which core.h explains. These rules say who waits for a turn, and who wakes the waiters:
 //
-// - All waits for a turn are on Core::turnFreed. Whatever can end such a wait notifies all waiters: a turn is given up,
-//   a send no longer waits, or a window is removed. Each waiter then checks its own condition again.
-// - A frame that takes its turn back needs the turn free and no visit above it. Visits end in the reverse of their
-//   order, so only one frame of a thread can have the current level.
-// - A send needs the turn free and no frame of the receiver that is ready to continue (Thread::waitingLevel), so a
-//   ready frame runs before the sends. In return letSendersIn, which each call of GetMessageW begins with, lets the
-//   waiting sends run before the next message. Without the first rule a stream of sends would stop the thread's queue.
-//   Without the second one a full queue would stop the sends.
-// - No frame holds a turn while it waits for one, so waits can't form a cycle.
+// - All waits for a turn are on Core::turnFreed. All waiters are notified when a turn is given up, a send stops waiting
+//   or a window is removed. Each waiter then checks its own condition again.
+// - A frame can take its turn back when the turn is free and no visit above the frame is in progress. The visit that
+//   began last ends first, so only one frame of a thread can have the current level.
+// - A send can begin when the receiver's turn is free, unless a frame of the receiver waits only for the turn
+//   (Thread::waitingLevel). That frame runs before the sends. Without this rule an endless series of sends would block
+//   the thread's queue.
+// - Each call of GetMessageW begins with letSendersIn, so the waiting sends run before the next message. Without this
+//   rule a queue that is never empty would block the sends.
+// - No frame holds a turn while it waits for another turn, so waits can't form a cycle.
 #include "turn.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ namespace platform::window {
 
 namespace {
 
-// Removes the thread's windows when the system thread ends. No procedure runs any more.
+// Called when the system thread ends. Removes the thread's windows without calling their procedures.
 void endThread(Thread& thread)
 {
     const Lock lock(coreMutex);
@@ -28,7 +29,7 @@ void endThread(Thread& thread)
         if (window && window->thread == &thread)
             removeWindow(*window);
     }
-    // Other threads destroy what these windows owned on them.
+    // The removed windows may own windows of other threads. Those threads destroy the owned windows.
     for (const HWND top : tops) {
         Window* window = findWindow(top);
         if (window && window->owner && !findWindow(window->owner) &&
@@ -49,7 +50,6 @@ struct ThreadRecord {
     Thread* current = &own;
 };
 
-// Made at the thread's first call.
 ThreadRecord& threadRecord() REQUIRES(coreMutex)
 {
     thread_local ThreadRecord record;
@@ -68,7 +68,8 @@ bool isFreeForSends(const Thread& thread) REQUIRES(coreMutex)
     return !thread.turnTaken && thread.waitingLevel != thread.level;
 }
 
-// Waits for the turn of the window's thread. Null if the window is destroyed meanwhile.
+// Waits until the turn of the window's thread is free for a send. Returns null if the window is destroyed during the
+// wait.
 Window* waitForReceiver(HWND window) REQUIRES(coreMutex)
 {
     Window* found = findWindow(window);
@@ -80,7 +81,7 @@ Window* waitForReceiver(HWND window) REQUIRES(coreMutex)
             found = findWindow(window);
         }
         waiting.erase(std::ranges::find(waiting, window));
-        wakeTurnWaiters();  // letSendersIn waits until no send for its thread is left
+        wakeTurnWaiters();  // letSendersIn waits until no send to its thread waits
     }
     return found;
 }

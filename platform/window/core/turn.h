@@ -1,21 +1,22 @@
-// turn.h - who runs in which thread's name. core.h explains turns.
+// turn.h - takes and gives up turns. A turn is the right to run in a thread's name (see core.h).
 #pragma once
 
 #include "window/core.h"
 
 namespace platform::window {
 
-// Lets others run in the thread's name.
+// Lets other system threads run in the thread's name.
 void giveUpTurn(Thread& thread) REQUIRES(coreMutex);
 
-// Waits until the turn is free and all visits above `level` have ended, and takes it.
+// Waits until the turn is free and all visits above `level` have ended, and then takes the turn.
 void takeTurnBack(Thread& thread, unsigned level) REQUIRES(coreMutex);
 
-// Lets every send that waits for the thread run. The caller holds the turn before and after.
+// Returns after all sends that wait for the thread's turn have run. The caller holds the turn before and after the
+// call.
 void letSendersIn(Thread& self) REQUIRES(coreMutex);
 
-// Lets the calling system thread run in the name of the thread that owns a window, from construction to destruction.
-// `self`, the thread in whose name it ran before, has no turn meanwhile.
+// As long as a Visit exists, the calling system thread runs in the name of the thread that owns `window`. `self` is the
+// thread in whose name it ran before. The Visit gives up the turn of `self`, and its destructor takes that turn back.
 class Visit {
 public:
     Visit(Thread& self, HWND window) REQUIRES(coreMutex);
@@ -31,7 +32,7 @@ private:
     void end() REQUIRES(coreMutex);
 
     Thread& self_;
-    unsigned level_ = 0;  // of the frame that makes the visit
+    unsigned level_ = 0;  // the level of `self_` when the visit began
     Thread* visited_ = nullptr;
     const Window* receiver_ = nullptr;
 };

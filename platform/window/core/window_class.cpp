@@ -13,7 +13,7 @@ namespace platform::window {
 
 namespace {
 
-// Atoms count all classes; the built-in ones have the lowest.
+// Classes get their atoms in the order of registration. The built-in classes are registered first.
 constexpr ATOM FirstAtom = 0xC000;
 
 void registerBuiltIn(Core& all) REQUIRES(coreMutex)

@@ -24,7 +24,7 @@ std::unique_ptr<ClassState> makeState(const WindowClass& windowClass, DWORD styl
     return windowClass.makeState ? windowClass.makeState(style) : std::make_unique<ClassState>();
 }
 
-// Null, with the last error, if the class or the parent is missing.
+// Returns null and sets the last error if the class or the parent is missing.
 Window* makeWindow(Creation& creation) REQUIRES(coreMutex)
 {
     const WindowClass* windowClass = findClass(creation.className);
@@ -121,8 +121,9 @@ void destroyPending(Thread& self)
 
 namespace {
 
-// Gives the owned windows of the calling thread, which the caller destroys at once. Those of other threads are marked:
-// each thread destroys its own when it next retrieves messages, so the caller waits for no thread.
+// Returns those windows of the calling thread that `owner` owns. The caller destroys them at once. Windows of other
+// threads that `owner` owns are added to Thread::toDestroy. Each thread destroys its own windows in GetMessageW, so the
+// caller waits for no other thread.
 std::vector<HWND> releaseOwned(HWND owner) REQUIRES(coreMutex)
 {
     std::vector<HWND> own;
@@ -146,7 +147,7 @@ void collectBelow(const Window& window, std::vector<HWND>& found) REQUIRES(coreM
     }
 }
 
-// WM_DESTROY for the window, then for its descendants, each parent before its children.
+// Sends WM_DESTROY to the window and then to its descendants. A parent receives the message before its children.
 void sendDestroy(HWND window)
 {
     SendMessageW(window, WM_DESTROY, 0, 0);
@@ -161,7 +162,7 @@ void sendDestroy(HWND window)
             SendMessageW(child, WM_DESTROY, 0, 0);
 }
 
-// If the window was the active one, its visible owner becomes active.
+// Removes the window. If the window was active and its owner is visible, the owner becomes active.
 void removeAndActivateOwner(HWND handle)
 {
     HWND next = nullptr;
@@ -190,7 +191,7 @@ using namespace platform::window;
 HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, DWORD style, int x, int y, int width,
                      int height, HWND parent, HMENU menu, HINSTANCE instance, void* parameter)
 {
-    // An atom in place of a name: not supported.
+    // An atom in place of a class name is not supported.
     if (reinterpret_cast<std::uintptr_t>(className) <= 0xFFFF) {
         SetLastError(ERROR_CANNOT_FIND_WND_CLASS);
         return nullptr;
@@ -220,7 +221,7 @@ BOOL DestroyWindow(HWND handle)
     if (window->thread != &currentThread())
         return fail(ERROR_ACCESS_DENIED);
     if (window->dying)
-        return TRUE;  // called again while it handles WM_DESTROY
+        return TRUE;  // called again while the window handles WM_DESTROY
     const HWND ownerToEnable = window->state->takeOwnerToEnable();
     const std::vector<HWND> owned = releaseOwned(handle);
     lock.unlock();

@@ -15,7 +15,8 @@ bool isOwn(const Window& window) REQUIRES(coreMutex)
     return window.thread == &currentThread();
 }
 
-// The child is a set of command bands, and a window has at most one.
+// Sends ParentSized to the child that follows the parent's size. Only command bands follow it, and a window contains
+// them at most once.
 void layOutFollower(HWND parent)
 {
     HWND follower = nullptr;
@@ -94,7 +95,7 @@ BOOL EnableWindow(HWND handle, BOOL enable)
     if (wasDisabled != (enable == FALSE)) {
         window->style = enable ? window->style & ~WS_DISABLED : window->style | WS_DISABLED;
         announce(*window, Change::Enabled);
-        noteArrival(*window->thread);  // a close that was kept may be deliverable now
+        noteArrival(*window->thread);  // a queued close may be deliverable now
         const bool own = isOwn(*window);
         lock.unlock();
         if (!own) {
@@ -167,7 +168,8 @@ BOOL GetClientRect(HWND handle, RECT* rectangle)
 
 namespace {
 
-// The rectangle that SetWindowPos asks for, within limits that keep sums of coordinates inside LONG.
+// Returns the rectangle that the arguments of SetWindowPos ask for. Coordinates and sizes are cut to the range of
+// `Far`, so sums of coordinates fit in a LONG.
 RECT wantedRectangle(const RECT& before, int x, int y, int width, int height, UINT flags)
 {
     constexpr int Far = 1 << 20;

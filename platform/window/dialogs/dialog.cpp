@@ -29,8 +29,8 @@ Size sizeOf(const DialogLaunch& launch)
     return {horizontalPixels(layout.width), verticalPixels(layout.height)};
 }
 
-// With DS_CENTER in the middle of the owner or the screen, otherwise at the template's position in the owner's client
-// area.
+// Returns the position of the dialog. With DS_CENTER the dialog is in the middle of its owner. Otherwise it is at the
+// template's position in the owner's client area. Without an owner, the screen is used instead.
 POINT positionFor(const DialogLaunch& launch, Size size)
 {
     const Lock lock(coreMutex);
@@ -42,8 +42,8 @@ POINT positionFor(const DialogLaunch& launch, Size size)
     return {area.left + horizontalPixels(launch.layout.x), area.top + verticalPixels(launch.layout.y)};
 }
 
-// A dialog with a control of an unknown class isn't opened at all: without the control its question would be
-// incomplete.
+// Do the classes of all controls exist? If one doesn't, the dialog isn't opened, because its question would be
+// incomplete without the control.
 bool knowsClasses(const DialogTemplate& layout)
 {
     const Lock lock(coreMutex);
@@ -95,7 +95,8 @@ bool makeControl(const DialogLaunch& launch, const ControlTemplate& control, HWN
     return createWindow(std::move(creation)) != nullptr;
 }
 
-// From here on the program's procedure gets the dialog's messages. Gives the first control that takes the focus.
+// Sets the procedure of the program, which receives the dialog's messages from then on. Returns the first control with
+// WS_TABSTOP that accepts the focus.
 HWND attachProcedure(HWND handle, DLGPROC procedure)
 {
     const Lock lock(coreMutex);
@@ -126,7 +127,8 @@ bool hasEnded(HWND handle)
     return !window || window->dying || findDialog(window)->ended;
 }
 
-// A procedure that returns 0 should have set the focus. If it hasn't, no control has the focus, so this sets it.
+// Sends WM_INITDIALOG and sets the first focus. A procedure that returns 0 should have set the focus itself. If no
+// control of the dialog has the focus after that, this function sets the focus nevertheless.
 void initialize(const DialogLaunch& launch, HWND dialog)
 {
     const HWND first = attachProcedure(dialog, launch.procedure);
@@ -137,7 +139,8 @@ void initialize(const DialogLaunch& launch, HWND dialog)
     SendMessageW(first, EM_SETSEL, 0, -1);
 }
 
-// Makes the dialog and sends WM_INITDIALOG, without showing it. Null with the last error.
+// Makes the dialog and sends WM_INITDIALOG, but doesn't show the dialog. Returns null and sets the last error if the
+// dialog can't be made.
 HWND openHidden(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
 {
     if (!knowsClasses(launch.layout)) {
@@ -157,7 +160,8 @@ HWND openHidden(const DialogLaunch& launch, bool modal, HWND ownerToEnable)
     return dialog;
 }
 
-// Gives the owner's top-level window if this call disabled it, otherwise null.
+// Disables the owner's top-level window and returns it. Returns null if that window is disabled already or doesn't
+// exist.
 HWND disableOwner(HWND handle)
 {
     HWND top = nullptr;
@@ -172,8 +176,8 @@ HWND disableOwner(HWND handle)
     return top;
 }
 
-// Handles messages for all windows of the thread until the dialog has ended. WM_QUIT ends the loop and is posted again
-// for the loop around it.
+// Handles messages for all windows of the thread until the dialog has ended. WM_QUIT ends the loop. It is posted again
+// for the caller's message loop.
 void serve(HWND dialog)
 {
     while (!hasEnded(dialog)) {
@@ -201,7 +205,8 @@ INT_PTR resultOf(HWND handle)
 
 INT_PTR runModal(const DialogLaunch& launch)
 {
-    // Before WM_INITDIALOG, whose handler may show windows: the owner must take no command meanwhile.
+    // The owner is disabled before WM_INITDIALOG is sent. The handler of that message may show windows, and the owner
+    // must accept no command meanwhile.
     const HWND ownerToEnable = disableOwner(launch.owner);
     const HWND dialog = openHidden(launch, true, ownerToEnable);
     if (!dialog) {
@@ -227,8 +232,8 @@ HWND openModeless(const DialogLaunch& launch)
 
 namespace {
 
-// Only templates in the resources are accepted, since the size of others isn't known. Nothing, with the last error, for
-// another address, a damaged template or a null procedure.
+// Accepts only templates in the resources, because the size of any other template isn't known. Returns nothing and sets
+// the last error if the address isn't in the resources, the template is damaged or the procedure is null.
 std::optional<DialogLaunch> launchFrom(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                        LPARAM parameter)
 {
@@ -287,6 +292,6 @@ BOOL EndDialog(HWND handle, INT_PTR result)
     if (ownerToEnable)
         EnableWindow(ownerToEnable, TRUE);
     ShowWindow(handle, SW_HIDE);
-    PostMessageW(handle, WM_NULL, 0, 0);  // wakes its loop, which then ends
+    PostMessageW(handle, WM_NULL, 0, 0);  // wakes the dialog's message loop, which then ends
     return TRUE;
 }

@@ -1,4 +1,4 @@
-// dialog.h - opening a dialog whose template is read already.
+// dialog.h - opening a dialog whose template has been read.
 #pragma once
 
 #include "dialog_template.h"
@@ -20,9 +20,10 @@ struct DialogLaunch {
     std::u16string questionKind;  // job_questions.h
 };
 
-// Runs the dialog until EndDialog and gives its value. -1 if the dialog couldn't be made, 0 if it ended otherwise.
+// Runs the dialog until EndDialog and returns the result that was passed to EndDialog. Returns -1 if the dialog
+// couldn't be made, and 0 if it ended without EndDialog.
 INT_PTR runModal(const DialogLaunch& launch) EXCLUDES(coreMutex);
-// Null, with the last error, if the dialog couldn't be made.
+// Returns null and sets the last error if the dialog couldn't be made.
 [[nodiscard]] HWND openModeless(const DialogLaunch& launch) EXCLUDES(coreMutex);
 
 }  // namespace platform::window

@@ -19,7 +19,8 @@ void command(HWND dialog, int id, HWND control)
     SendMessageW(dialog, WM_COMMAND, MAKELONG(static_cast<WORD>(id), BN_CLICKED), reinterpret_cast<LPARAM>(control));
 }
 
-// Sends the command of a button. Does nothing if the button is disabled, but sends it if no button has the id.
+// Sends the command `id` to the dialog, even if no button has that id. Does nothing if the button with that id is
+// disabled.
 void commandOf(HWND handle, int id)
 {
     HWND control = nullptr;
@@ -34,7 +35,9 @@ void commandOf(HWND handle, int id)
     command(handle, id, control);
 }
 
-// Presses the push button `at`, at which the key arrived, or else the default button.
+// Handles Enter. `at` is the control that received the key. If `at` is an enabled push button, presses that button. If
+// `at` isn't a push button, presses the default button. Sends IDOK if `at` is a disabled push button, or if the dialog
+// has no default button.
 void enter(HWND handle, HWND at)
 {
     int id = IDOK;
@@ -55,7 +58,8 @@ void enter(HWND handle, HWND at)
     commandOf(handle, id);
 }
 
-// Arrow keys move the focus, and click the radio button that gets it.
+// Handles an arrow key. Moves the focus within the group of `from`. If the control that gets the focus is a radio
+// button, clicks that button.
 void moveInGroup(HWND from, bool backward)
 {
     HWND target = nullptr;
@@ -76,7 +80,8 @@ void moveInGroup(HWND from, bool backward)
         SendMessageW(target, BM_CLICK, 0, 0);
 }
 
-// The letter after &, folded. For the buttons of a message box, which have no &, the first letter. 0 if there is none.
+// Returns the control's mnemonic with its case folded, or 0 if there is none. The mnemonic is the letter after & in the
+// control's text. The buttons of a message box have no &, so their mnemonic is the first letter.
 char16_t mnemonicOf(const Window& control) REQUIRES(coreMutex)
 {
     const bool isText = control.windowClass->kind == WindowKind::Static && !(control.style & SS_NOPREFIX);
@@ -95,7 +100,8 @@ char16_t mnemonicOf(const Window& control) REQUIRES(coreMutex)
     return firstLetter && !text.empty() ? platform::text::foldCase(text[0]) : char16_t{0};
 }
 
-// The first control after `from` with that mnemonic. The mnemonic of a label selects the control after the label.
+// Returns the first control after `from` that has this mnemonic. If a label has the mnemonic, returns the control after
+// the label.
 Window* controlOf(Window& dialog, const Window* from, char16_t letter) REQUIRES(coreMutex)
 {
     const std::vector<Window*>& all = dialog.children;
@@ -134,7 +140,7 @@ bool pressMnemonic(HWND handle, HWND from, char16_t character)
     return true;
 }
 
-// Which keys the control handles without the dialog manager.
+// Asks the control which keys it handles without the dialog manager.
 LRESULT dialogCodeOf(const MSG& message)
 {
     return SendMessageW(message.hwnd, WM_GETDLGCODE, message.wParam, reinterpret_cast<LPARAM>(&message));

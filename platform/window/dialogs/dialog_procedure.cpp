@@ -33,8 +33,8 @@ void closeAsCancel(HWND handle)
     PostMessageW(handle, WM_COMMAND, MAKELONG(IDCANCEL, BN_CLICKED), reinterpret_cast<LPARAM>(control));
 }
 
-// DM_SETDEFID has the number of a program's private message, so the id may be anything. An id that no control has means
-// no default button.
+// Makes the control with that id the default button. If no control has the id, the dialog has no default button
+// afterwards. A program can use the number of DM_SETDEFID for a private message, so `id` can be any value.
 LRESULT setDefaultButton(const Window& window, DialogState& dialog, int id) REQUIRES(coreMutex)
 {
     dialog.defaultId = findChild(window, id) ? id : 0;
@@ -103,8 +103,8 @@ LRESULT defaultDialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM 
     return moveIntoScreen(*window);
 }
 
-// A dialog procedure's result says whether it has handled the message. Only for WM_INITDIALOG is it the message's
-// result.
+// Calls the program's dialog procedure, and then the default procedure if the program's procedure returned 0. Only the
+// result for WM_INITDIALOG is returned to the sender.
 LRESULT dialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (const DLGPROC procedure = procedureOf(handle)) {

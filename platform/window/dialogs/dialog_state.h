@@ -18,7 +18,7 @@ struct DialogState : ClassState {
     bool messageBox = false;  // made by MessageBoxW, with these MB_ bits:
     UINT messageBoxType = 0;
     std::u16string questionKind;   // of a question that a job asks (job_questions.h), otherwise empty
-    HWND ownerToEnable = nullptr;  // disabled until this dialog ends
+    HWND ownerToEnable = nullptr;  // the owner window, which is disabled until this dialog ends
 
     void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex) override;
     bool isDialog() const REQUIRES(coreMutex) override { return true; }

@@ -16,7 +16,7 @@ constexpr WORD FirstClassAtom = 0x80;
 constexpr std::array<std::u16string_view, 6> StandardClasses = {u"Button",  u"Edit",      u"Static",
                                                                 u"ListBox", u"ScrollBar", u"ComboBox"};
 
-// The menu, class or text field: empty, a number, or characters.
+// A field for a menu, a class or a text. It is empty, or it contains a number or characters.
 struct NameField {
     std::optional<WORD> ordinal;
     std::u16string text;
@@ -57,7 +57,8 @@ bool takeClass(const NameField& field, ControlTemplate& control)
     return true;
 }
 
-// No id is 0xFFFF in the plain format and 0xFFFFFFFF, which is -1, in the extended one.
+// Returns the id of a control in the plain format. A control without an id has 0xFFFF in this format. In the extended
+// format it has 0xFFFFFFFF, which is -1.
 int plainId(WORD id)
 {
     return id == 0xFFFF ? -1 : int{id};

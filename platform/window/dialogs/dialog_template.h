@@ -21,7 +21,7 @@ struct ControlTemplate {
     int id = 0;
     std::u16string className;
     std::u16string text;
-    WORD iconId = 0;  // if the template has a number in place of the text
+    WORD iconId = 0;  // not 0 if the template has a number in place of the text
 };
 
 struct DialogTemplate {
@@ -35,12 +35,13 @@ struct DialogTemplate {
     std::vector<ControlTemplate> controls;
 };
 
-// Nothing if the bytes end too early, if the dialog has a menu or a class, or if a control has the number of an unknown
-// class. Reads nothing outside the bytes. Allocates only for controls that are there, whatever the count says.
+// Returns nothing if the bytes end too early, if the dialog has a menu or a class, or if a control has the number of an
+// unknown class. Never reads outside the bytes. Allocates only for controls that the bytes contain, even if the
+// template's count is higher.
 [[nodiscard]] std::optional<DialogTemplate> readDialogTemplate(std::span<const std::byte> bytes);
 
-// Dialog units to virtual pixels. A horizontal unit is 6/4 pixels, a vertical one 13/8. Rounds to the nearest pixel,
-// halves away from zero.
+// Convert dialog units to virtual pixels. A horizontal unit is 6/4 pixels, a vertical unit 13/8 pixels. Results are
+// rounded to the nearest pixel, halves away from zero.
 int horizontalPixels(int units);
 int verticalPixels(int units);
 

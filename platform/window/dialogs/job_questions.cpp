@@ -15,11 +15,11 @@ namespace {
 constexpr UINT KindBits = 0xF;
 
 struct StandingAnswers {
-    std::uint64_t job = 0;  // to whose questions
+    std::uint64_t job = 0;  // the job to which the answers apply
     std::map<std::u16string, int> byKind;
 };
 
-// Those of the job that is in progress.
+// Returns the answers for the job that is in progress. Removes the answers for an earlier job.
 StandingAnswers& answers() REQUIRES(coreMutex)
 {
     static StandingAnswers all;
@@ -30,7 +30,9 @@ StandingAnswers& answers() REQUIRES(coreMutex)
 
 }  // namespace
 
-// A name follows a colon, or is a path and begins with a backslash.
+// The kind consists of the caption and the text before the name of the file or database. In the text of a question,
+// such a name follows a colon, or it is a path that begins with a backslash. So the kind ends before the first colon or
+// backslash.
 std::u16string questionKindOf(std::u16string_view text, std::u16string_view caption, UINT type)
 {
     if (kernel::currentJob() == 0 || (type & KindBits) != MB_YESNO)

@@ -41,7 +41,8 @@ constexpr int IconSize = 32;
 constexpr int ButtonWidth = 60;
 constexpr int ButtonHeight = 18;
 
-// From left to right. Empty for a type that doesn't exist.
+// Returns the answers of that type of message box, from left to right. The result is empty for a type that doesn't
+// exist.
 std::span<const Answer> answersOf(UINT type)
 {
     static constexpr Answer JustOk[] = {Ok};
@@ -68,7 +69,8 @@ std::span<const Answer> answersOf(UINT type)
     }
 }
 
-// The answer of Esc and the close box. 0 if they do nothing: then each answer has an effect, and the user must choose.
+// Returns the answer for Esc and the close box, or 0 if they do nothing. They do nothing in types with several answers
+// and no Cancel, so the user must choose an answer.
 int escapeOf(UINT type)
 {
     switch (type & KindBits) {
@@ -82,7 +84,7 @@ int escapeOf(UINT type)
     }
 }
 
-// The answer that changes nothing.
+// Returns the answer after which the program changes nothing.
 int refusalOf(UINT type)
 {
     switch (type & KindBits) {
@@ -129,7 +131,7 @@ HWND ownerOf(HWND box)
     return window ? window->owner : nullptr;
 }
 
-// `answer` 0 refuses.
+// Answers the message box. If `answer` is 0, the answer is the one that refusalOf() returns.
 void answer(HWND box, int answer, AnswerReach reach)
 {
     const std::u16string kind = questionKind(box);
@@ -141,7 +143,7 @@ void answer(HWND box, int answer, AnswerReach reach)
     const HWND owner = ownerOf(box);
     end(box, answer ? answer : refusalOf(typeOf(box)));
     if (reach == AnswerReach::JobAndOwner)
-        (void)postClose(owner);  // kept until the job ends
+        (void)postClose(owner);  // the close stays queued until the job ends
 }
 
 INT_PTR messageBoxProcedure(HWND box, UINT message, WPARAM wParam, LPARAM lParam)

@@ -1,5 +1,6 @@
-// The parent can do anything while it handles a notification: delete the item, add children to it, move the selection.
-// So each step looks up the window and its items again, and stops if they are gone.
+// Selects, expands, collapses and deletes items, and notifies the parent window. While the parent handles a
+// notification, it can change the tree. For example, it can delete the item or move the selection. So each step looks
+// up the window and the items again, and stops if they don't exist any more.
 #include "tree_control.h"
 #include "window/notify.h"
 
@@ -11,7 +12,7 @@ namespace platform::window {
 
 namespace {
 
-// A tree with the core's mutex held. False if the tree is gone.
+// Locks the core's mutex and looks up a tree. Converts to false if the tree doesn't exist any more.
 class SCOPED_CAPABILITY Look {
 public:
     explicit Look(HWND handle) ACQUIRE(coreMutex) : window_(findWindow(handle)), tree_(findTree(handle)) {}
@@ -32,7 +33,7 @@ private:
     TreeViewState* tree_;
 };
 
-// An item as notifications describe it, without its text.
+// The description of an item in notifications, without the item's text.
 TVITEMW recordOf(const TreeViewState& tree, HTREEITEM handle)
 {
     TVITEMW record = {};
@@ -98,7 +99,8 @@ bool selectTreeItem(HWND handle, HTREEITEM item, UINT cause, Refusal refusal)
 
 namespace {
 
-// Moves the selection from a descendant to the item, which is about to collapse and hide the descendant.
+// If a descendant of the item is selected, moves the selection to the item. The item is about to collapse, and that
+// would hide the descendant.
 void moveSelectionTo(HWND handle, HTREEITEM item)
 {
     bool below = false;
@@ -114,7 +116,7 @@ void moveSelectionTo(HWND handle, HTREEITEM item)
         selectTreeItem(handle, item, TVC_UNKNOWN, Refusal::Ignored);
 }
 
-// False for an item without children, which can't be expanded.
+// Returns false if the item has no children and should be expanded.
 bool setExpanded(const Look& tree, ItemIndex index, bool expanded) REQUIRES(coreMutex)
 {
     Item& item = tree.items()[index];
@@ -129,7 +131,8 @@ bool setExpanded(const Look& tree, ItemIndex index, bool expanded) REQUIRES(core
 
 enum class Notification { Send, Omit };
 
-// True if this call expanded, or collapsed, the item.
+// Returns true if this call expanded or collapsed the item. Returns false if the parent refused the change or has made
+// the change itself.
 bool fold(HWND handle, HTREEITEM item, bool expand, Notification notification)
 {
     NMTREEVIEWW change = {};
@@ -158,7 +161,7 @@ bool fold(HWND handle, HTREEITEM item, bool expand, Notification notification)
     return true;
 }
 
-// The item and its descendants, each after all of its own descendants.
+// Returns the item and its descendants. Each item comes after its own descendants.
 std::vector<HTREEITEM> fromTheLeavesUp(const TreeItems& items, ItemIndex top)
 {
     std::vector<HTREEITEM> handles;
@@ -184,7 +187,7 @@ void remove(const Look& tree, ItemIndex index) REQUIRES(coreMutex)
     tree.announce();
 }
 
-// Notifies the parent of each item before it is removed.
+// Removes the items. Before each removal, notifies the tree's parent window.
 void removeAndNotify(HWND handle, const std::vector<HTREEITEM>& items)
 {
     for (const HTREEITEM item : items) {

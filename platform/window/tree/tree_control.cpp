@@ -34,7 +34,8 @@ bool isTop(HTREEITEM parent)
     return !parent || parent == TVI_ROOT;
 }
 
-// Empty for LPSTR_TEXTCALLBACK (-1): texts that the parent would supply on demand aren't supported.
+// Returns the text of the record. The result is empty if the pointer is null or LPSTR_TEXTCALLBACK (-1). That value
+// asks the parent for the text on demand, which isn't supported.
 std::u16string_view textOf(const TVITEMW& record)
 {
     const auto address = reinterpret_cast<std::intptr_t>(record.pszText);
@@ -80,12 +81,12 @@ LRESULT insertItem(const Window& window, TreeViewState& tree, const TVINSERTSTRU
     setFields(tree.items[index], insert->item);
     tree.log.inserted(tree.items, index);
     if (isFirst)
-        tree.log.updated(tree.items, parent);  // it may have a button now
+        tree.log.updated(tree.items, parent);  // the parent item may have a button now
     announceTree(window, tree);
     return answerWith(tree.items.handleOf(index));
 }
 
-// Never leaves half of a surrogate pair.
+// Copies as much of the text as fits, but never half of a surrogate pair.
 void copyText(std::u16string_view text, WCHAR* out, int capacity)
 {
     if (!out || capacity <= 0)
@@ -254,7 +255,7 @@ LRESULT selectByProgram(HWND handle, WPARAM relation, HTREEITEM item)
     return TRUE;
 }
 
-// Without a selection the arrow keys would have no item to start from.
+// If no item is selected, selects the first one, so that the arrow keys have an item to start from.
 LRESULT takeFocus(HWND handle)
 {
     HTREEITEM first = nullptr;

@@ -1,6 +1,6 @@
-// tree_control.h - what a tree view holds, and the functions that its sources share. tree_control.cpp answers messages,
-// tree_input.cpp handles clicks and keys, tree_changes.cpp moves the selection, expands, collapses, deletes and
-// notifies the parent, and tree_rows.cpp computes positions.
+// tree_control.h - the data of a tree view, and the functions that its sources share. tree_control.cpp answers
+// messages, tree_input.cpp handles clicks and keys, tree_changes.cpp moves the selection, expands, collapses, deletes
+// and notifies the parent, and tree_rows.cpp computes positions.
 #pragma once
 
 #include "tree_items.h"
@@ -17,7 +17,7 @@ struct TreeViewState : ClassState {
     TreeLog log;
     bool announced = false;  // Change::Tree was reported and the changes aren't taken yet
     HTREEITEM selected = nullptr;
-    HTREEITEM top = nullptr;  // the item in the first row in view; null or dead: the first item
+    HTREEITEM top = nullptr;  // the item in the first row in view; if null or erased, the first item
     HIMAGELIST images = nullptr;
     TypeAhead typed;
 };
@@ -28,35 +28,39 @@ inline TreeViewState* findTree(HWND tree) REQUIRES(coreMutex)
     return findState<TreeViewState>(tree, WindowKind::TreeView);
 }
 
-// Reports Change::Tree. To be called after each change that the display shows.
+// Reports Change::Tree, unless an earlier report is still pending (`announced`). Must be called after each change that
+// the display shows.
 void announceTree(const Window& window, TreeViewState& tree) REQUIRES(coreMutex);
 
 // Positions (tree_rows.cpp).
 int rowsInView(const Window& window) REQUIRES(coreMutex);
 // Scrolls the item into view.
 void bringIntoView(const Window& window, TreeViewState& tree, ItemIndex index) REQUIRES(coreMutex);
-// Scrolls the item into view and gives a screen point in that part of it. Index 0: a point below the rows.
+// Scrolls the item into view. Returns a point in that part of the item's row, in screen coordinates. If `index` is 0,
+// the point is below the rows.
 POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePart part) REQUIRES(coreMutex);
-// The item at hit.pt, in client coordinates. Fills in flags and hItem.
+// Returns the item at hit.pt, which is in client coordinates. Sets hit.flags and hit.hItem.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit) REQUIRES(coreMutex);
 
-// ---- Called in the name of the owner thread (tree_changes.cpp). They notify the parent, which may destroy the tree or
-// the item.
+// ---- The following functions must be called in the name of the thread that owns the tree. Most are in
+// tree_changes.cpp. They notify the parent window, which may destroy the tree or the item.
 
 enum class Refusal { Possible, Ignored };
 
-// Selects the item, or nothing for null. False if the parent refused or the item is dead. If the item is selected
-// already the result is true and the parent isn't notified.
+// Selects the item. If `item` is null, no item is selected afterwards. Returns false if the item doesn't exist any
+// more, or if `refusal` is Possible and the parent refused. If the item is selected already, returns true without
+// notifying the parent.
 bool selectTreeItem(HWND tree, HTREEITEM item, UINT cause, Refusal refusal) EXCLUDES(coreMutex);
-// TVM_EXPAND. Notifies the parent only if the item was never expanded.
+// Handles TVM_EXPAND. Notifies the parent only if the item has never been expanded.
 LRESULT foldByProgram(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
-// Always notifies the parent. `action` is TVE_EXPAND, TVE_COLLAPSE or TVE_TOGGLE. An item without a
-// button stays as it is.
+// Expands or collapses an item for the user. Always notifies the parent. `action` is TVE_EXPAND, TVE_COLLAPSE or
+// TVE_TOGGLE. An item without a button isn't changed.
 void foldByUser(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
 BOOL deleteTreeItem(HWND tree, HTREEITEM item) EXCLUDES(coreMutex);
 
-// Collapses what is expanded and expands it again, so that the parent lists it anew (tree_relist.cpp). The selection
-// goes to the nearest item with a button at or above the selected one, since the parent may act on any other.
+// Collapses the expanded top items and then expands all items that were expanded before. So the parent lists their
+// children again (tree_relist.cpp). Then selects the item that was selected before. If that item has no button, selects
+// its nearest ancestor with a button instead, because the parent may act when an item without a button is selected.
 void relistTree(HWND tree) EXCLUDES(coreMutex);
 
 // Handles WM_KEYDOWN, WM_CHAR, InputClick, InputDoubleClick and InputRelist (tree_input.cpp).

@@ -15,7 +15,8 @@ void notify(HWND handle, UINT code)
     notifyParent(handle, header);
 }
 
-// Sets the pointer, for GetMessagePos, to where the user clicked. False for an item that no row shows.
+// Stores the position of the clicked part of the item. GetMessagePos returns that position. Returns false if the tree
+// is disabled or no row shows the item.
 bool setPointer(HWND handle, HTREEITEM item, TreePart part)
 {
     const Lock lock(coreMutex);
@@ -35,7 +36,7 @@ bool isOnItem(TreePart part)
     return part == TreePart::Label || part == TreePart::Icon;
 }
 
-// False if the parent has handled the click itself.
+// Notifies the parent of the click. Returns false if the parent has handled the click itself.
 bool click(HWND handle, HTREEITEM item, TreePart part)
 {
     NMHDR header = {};
@@ -49,7 +50,8 @@ bool click(HWND handle, HTREEITEM item, TreePart part)
     return true;
 }
 
-// The second click of a double click. It acts as a click first, even if it hits another item than the first click did.
+// Handles the second click of a double click. This click first has the effect of a single click, even if it hits
+// another item than the first click did.
 void doubleClick(HWND handle, HTREEITEM item, TreePart part)
 {
     if (!click(handle, item, part))
@@ -77,7 +79,7 @@ HTREEITEM nextWithin(HWND handle, HTREEITEM item, HTREEITEM top)
     return index == 0 || within == 0 ? nullptr : tree->items.handleOf(tree->items.nextWithin(index, within));
 }
 
-// Expands the items below `top`, including those that the parent adds during an expansion.
+// Expands `top` and all items below it, including items that the parent adds during an expansion.
 void expandAllBelow(HWND handle, HTREEITEM top)
 {
     for (HTREEITEM at = top; at; at = nextWithin(handle, at, top))
@@ -95,7 +97,7 @@ ItemIndex manyRows(const TreeItems& items, ItemIndex from, int rows)
     return from;
 }
 
-// The item to which a key moves the selection; `from` itself if it doesn't move.
+// Returns the item to which the key moves the selection, or `from` if the key doesn't move the selection.
 ItemIndex targetOf(const Window& window, const TreeViewState& tree, ItemIndex from, WPARAM key) REQUIRES(coreMutex)
 {
     const TreeItems& items = tree.items;
@@ -139,7 +141,7 @@ void moveByKey(HWND handle, WPARAM key)
         selectTreeItem(handle, target, TVC_BYKEYBOARD, Refusal::Possible);
 }
 
-// Can the item be expanded, or collapsed?
+// Can the key expand the item, or with `expand` false, collapse it?
 bool foldsByKey(HWND handle, HTREEITEM item, bool expand)
 {
     const Lock lock(coreMutex);
@@ -185,7 +187,8 @@ void pressKey(HWND handle, WPARAM key)
     moveByKey(handle, key);
 }
 
-// The next item that begins with what was typed. After the last item the search continues with the first.
+// Returns the next visible item whose text begins with `typed`, or null if there is none. After the last item the
+// search continues with the first.
 HTREEITEM search(const TreeViewState& tree, std::u16string_view typed)
 {
     const TreeItems& items = tree.items;
@@ -204,7 +207,7 @@ HTREEITEM search(const TreeViewState& tree, std::u16string_view typed)
     return at != 0 && beginsWith(items[at].text, start) ? items.handleOf(at) : nullptr;
 }
 
-// The key that a character means while no search is in progress. 0 for any other character.
+// Returns the key whose effect the character has if no search is in progress. Returns 0 if there is no such key.
 WORD keyOf(char16_t character)
 {
     switch (character) {
@@ -238,7 +241,8 @@ void typeCharacter(HWND handle, char16_t character)
         key = tree->typed.inProgress() ? WORD{0} : keyOf(character);
         const std::u16string typed = tree->typed.with(character);
         found = key ? nullptr : search(*tree, typed);
-        // A blank is part of a name only if that finds one. Otherwise it acts as a click on the selected item.
+        // If a blank continues a typed text and the search finds an item for the longer text, the blank is part of that
+        // text. Otherwise the blank acts as a click on the selected item.
         if (character == u' ' && (!found || typed.size() == 1)) {
             clicked = tree->selected;
             tree->typed.end();
@@ -254,7 +258,7 @@ void typeCharacter(HWND handle, char16_t character)
         selectTreeItem(handle, found, TVC_BYKEYBOARD, Refusal::Possible);
 }
 
-// The next letter begins a new search, from the item where this input leads.
+// Ends the typed text. The next letter begins a new search from the selected item.
 void endTyping(HWND handle)
 {
     const Lock lock(coreMutex);
@@ -304,7 +308,7 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     if (!typesCharacter(wParam))
         endTyping(handle);
     notifyKey(handle, wParam);
-    // With Ctrl the arrow keys scroll, which the display does.
+    // With Ctrl the arrow keys only scroll, and the display does that by itself.
     if (!(lParam & KeyWithControl))
         pressKey(handle, wParam);
     return 0;

@@ -186,7 +186,8 @@ ItemIndex TreeItems::precedingByText(ItemIndex parent, std::u16string_view text)
     return after;
 }
 
-// The index of the children by text. Null if the children aren't sorted. insertByText keeps a made index up to date.
+// Returns the index of the children by text. The first call makes the index, and insertByText keeps it up to date.
+// Returns null if the children aren't sorted.
 TreeItems::Order* TreeItems::orderOf(ItemIndex parent)
 {
     const auto known = orders_.find(parent);

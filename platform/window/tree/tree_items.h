@@ -1,9 +1,9 @@
 // tree_items.h - the items of one tree view, as parents, children and siblings.
 //
-// Items are in numbered slots and refer to each other by slot numbers. A handle is a slot number and the number of
-// times that the slot has been used, so the handle of an erased item stays invalid when its slot is used again.
-// Inserting first, last or after a sibling, and erasing, take constant time. Inserting by text takes logarithmic time
-// while the siblings are sorted.
+// Items are in numbered slots and refer to each other by slot numbers. A handle consists of a slot number and the
+// number of times that the slot has been used. So the handle of an erased item stays invalid when its slot is used
+// again. Erasing takes constant time, and so does inserting an item first, last or after a sibling. Inserting by text
+// takes logarithmic time if the siblings are sorted.
 #pragma once
 
 #include "kernel/slot_table.h"
@@ -21,11 +21,12 @@
 
 namespace platform::window {
 
-// A slot number. Slot 0 is the invisible parent of the top items. Elsewhere 0 means "no item".
+// A slot number. Slot 0 is the invisible parent of the top items. In every other role 0 means "no item".
 using ItemIndex = std::uint32_t;
 
 struct Item {
-    static constexpr std::int8_t ButtonByChildren = -1;  // not set: a button while there are children
+    static constexpr std::int8_t ButtonByChildren =
+        -1;  // not set by the program: the item has a button if it has children
 
     std::u16string text;
     LPARAM parameter = 0;
@@ -39,7 +40,7 @@ struct Item {
     std::int8_t button = ButtonByChildren;  // otherwise 0 or 1
     bool expanded = false;
     bool expandedOnce = false;
-    // What the display has received: see tree_log.h.
+    // TreeLog uses these fields.
     bool shown = false;
     bool updateNoted = false;
     bool foldNoted = false;
@@ -55,14 +56,15 @@ public:
     const Item& operator[](ItemIndex index) const { return slots_[index]; }
     std::size_t count() const { return count_; }
 
-    // 0 for null and for the handle of an erased item.
+    // Returns 0 for null and for the handle of an erased item.
     ItemIndex find(HTREEITEM handle) const;
-    // Null for 0.
+    // Returns null for 0.
     HTREEITEM handleOf(ItemIndex index) const;
 
     // `after`: a child of `parent`, or 0 to insert before all others.
     ItemIndex insertAfter(ItemIndex parent, ItemIndex after, std::u16string_view text);
-    // Ignores case. Inserts after equal texts. If the siblings aren't sorted, inserts before the first greater one.
+    // Inserts an item in the order of the texts, without regard to case, and after siblings with an equal text. If the
+    // siblings aren't sorted, inserts the item before the first sibling with a greater text.
     ItemIndex insertByText(ItemIndex parent, std::u16string_view text);
     void setText(ItemIndex index, std::u16string_view text);
     // Erases the item and its descendants; 0 erases all items.
@@ -70,16 +72,18 @@ public:
 
     int levelOf(ItemIndex index) const;  // 0: a top item
     bool isWithin(ItemIndex index, ItemIndex ancestor) const;
-    // The item itself, or its topmost collapsed ancestor.
+    // Returns the topmost collapsed ancestor of the item, or the item itself if all its ancestors are expanded.
     ItemIndex nearestVisible(ItemIndex index) const;
 
-    // Walk the visible items in the order of the rows. 0 after the last and before the first.
+    // These functions walk through the visible items in the order of the rows. They return 0 after the last item and
+    // before the first.
     ItemIndex firstVisible() const { return slots_[0].firstChild; }
     ItemIndex nextVisible(ItemIndex index) const;
     ItemIndex previousVisible(ItemIndex index) const;
     ItemIndex lastVisible() const { return lastVisibleBelow(0); }
 
-    // Walks all descendants of `top`, visible or not, beginning with nextWithin(top, top). 0 after the last.
+    // Walks through all descendants of `top`, visible or not. The walk begins with nextWithin(top, top). Returns 0
+    // after the last descendant.
     ItemIndex nextWithin(ItemIndex index, ItemIndex top) const;
 
 private:
@@ -103,7 +107,7 @@ private:
 
     kernel::SlotTable<Item, std::deque> slots_;
     std::size_t count_ = 0;
-    std::unordered_map<ItemIndex, Order> orders_;  // of the parents whose children insertByText keeps sorted
+    std::unordered_map<ItemIndex, Order> orders_;  // for parents whose children insertByText keeps sorted
 };
 
 }  // namespace platform::window

@@ -11,7 +11,8 @@ bool isNew(const TreeItems& items, ItemIndex index)
     return index != 0 && !items[index].shown;
 }
 
-// Adds the range of adjacent new siblings that `index` is in. If their parent is new too, adds its range first.
+// Adds to `changes` the range of adjacent new siblings that contains `index`. If their parent is new too, adds the
+// parent's range first.
 void deliver(TreeItems& items, ItemIndex index, TreeChanges& changes)
 {
     const ItemIndex parent = items[index].parent;
@@ -33,7 +34,7 @@ void deliver(TreeItems& items, ItemIndex index, TreeChanges& changes)
 
 void TreeLog::inserted(TreeItems& items, ItemIndex index)
 {
-    // A new neighbour is in the log already and represents this item too.
+    // If a neighbour is new, the log has an item of the neighbour's range already. The range now includes this item.
     if (asked_ && !isNew(items, items[index].previous) && !isNew(items, items[index].next))
         inserted_.push_back(items.handleOf(index));
 }
@@ -44,7 +45,7 @@ void TreeLog::removing(TreeItems& items, ItemIndex index)
         return;
     const Item& item = items[index];
     if (!item.shown) {
-        // The log may have had this item as the representative of its neighbours.
+        // The log may contain only this item of a range of new items. So its new neighbours are added to the log.
         for (const ItemIndex neighbour : {item.previous, item.next}) {
             if (isNew(items, neighbour))
                 inserted_.push_back(items.handleOf(neighbour));
@@ -118,7 +119,7 @@ void TreeLog::startOver(TreeItems& items)
         items[index].shown = items[index].updateNoted = items[index].foldNoted = false;
 }
 
-// This order visits parents before their children.
+// nextWithin() visits parents before their children.
 void TreeLog::takeEverything(TreeItems& items, TreeChanges& changes)
 {
     for (ItemIndex index = items.nextWithin(0, 0); index != 0; index = items.nextWithin(index, 0))

@@ -1,8 +1,8 @@
-// tree_log.h - what has changed in a tree since its display last asked.
+// tree_log.h - the changes in a tree since its display last took them.
 //
-// The log holds handles only, and one handle for a range of adjacent insertions, so it stays small however long the
-// display takes. Until a display asks for the first time it holds nothing. Item::shown is true for items that the
-// display has received.
+// The log stores only handles, and usually only one handle for a range of adjacent inserted items. So the log stays
+// small even if the display doesn't take the changes for a long time. Before the first take() the log records no
+// insertions and removals. Item::shown is true for items that the display has received.
 #pragma once
 
 #include "tree_control/tree_state.h"
@@ -15,13 +15,13 @@ namespace platform::window {
 class TreeLog {
 public:
     void inserted(TreeItems& items, ItemIndex index);
-    // To be called before the item and its descendants are erased.
+    // Must be called before the item and its descendants are erased.
     void removing(TreeItems& items, ItemIndex index);
     void updated(TreeItems& items, ItemIndex index);
     void folded(TreeItems& items, ItemIndex index);
     void show(HTREEITEM item) { toShow_ = item; }
 
-    // Gives all fields but `selected`, and empties the log.
+    // Returns the changes, with all fields set except `selected`, and empties the log.
     [[nodiscard]] TreeChanges take(TreeItems& items);
     // Makes the next take() deliver all items as inserted.
     void startOver(TreeItems& items);
@@ -31,7 +31,7 @@ private:
 
     bool asked_ = false;
     std::vector<TreeRemoval> removed_;
-    HTREEITEM afterRemoved_ = nullptr;  // the neighbours of the last removal, when it happened
+    HTREEITEM afterRemoved_ = nullptr;  // the siblings after and before the items removed last
     HTREEITEM beforeRemoved_ = nullptr;
     std::vector<HTREEITEM> inserted_;
     std::vector<HTREEITEM> updated_;

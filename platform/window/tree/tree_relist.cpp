@@ -6,7 +6,8 @@ namespace platform::window {
 
 namespace {
 
-// An expanded item, by its text, since its handle dies when it is listed anew.
+// An expanded item. It is identified by its text, because its handle becomes invalid when the program lists the item
+// again.
 struct Branch {
     std::u16string text;
     std::vector<Branch> expanded;
@@ -22,7 +23,8 @@ std::vector<Branch> expandedBelow(const TreeItems& items, ItemIndex parent)
     return branches;
 }
 
-// The texts from a top item down to the nearest item with a button at or above the selected one.
+// Returns the texts of the selected item and its ancestors, from the top item down. If the selected item has no button,
+// the path ends at the nearest ancestor with a button.
 std::vector<std::u16string> pathToKeep(const TreeItems& items, ItemIndex selected)
 {
     while (selected != 0 && !items[selected].hasButton())
@@ -33,7 +35,8 @@ std::vector<std::u16string> pathToKeep(const TreeItems& items, ItemIndex selecte
     return path;
 }
 
-// Null for none. Takes the lock for itself, as the parent works between two calls.
+// Returns the child that has that text and a button, or null if there is none. Each call locks the mutex and unlocks it
+// again, because the mutex must be unlocked while the parent handles notifications between two calls.
 HTREEITEM childWith(HWND handle, HTREEITEM parent, const std::u16string& text)
 {
     const Lock lock(coreMutex);

@@ -1,4 +1,5 @@
-// The rows of a tree, for programs that ask which item is at a point. The display lays its rows out by itself.
+// Computes the positions of a tree's rows for a program that asks which item is at a point. The display computes the
+// positions of its own rows.
 //
 // All rows have the same height, and the first row in view shows TreeViewState::top. Only rows in view are read, so the
 // cost doesn't depend on the number of items.
@@ -13,7 +14,7 @@ namespace platform::window {
 namespace {
 
 constexpr int RowHeight = 16;
-constexpr int LevelWidth = 19;  // of one indentation, and of the button before an item
+constexpr int LevelWidth = 19;  // the width of one indentation, and of an item's button
 constexpr int CharacterWidth = 6;
 
 ItemIndex topOf(const TreeViewState& tree)
@@ -22,7 +23,7 @@ ItemIndex topOf(const TreeViewState& tree)
     return top != 0 ? top : tree.items.firstVisible();
 }
 
-// The item `row` rows below the first row in view. 0 if there are fewer.
+// Returns the item that is `row` rows below the first row in view, or 0 if there are fewer rows.
 ItemIndex itemInRow(const TreeViewState& tree, int row)
 {
     ItemIndex at = topOf(tree);
@@ -31,7 +32,7 @@ ItemIndex itemInRow(const TreeViewState& tree, int row)
     return at;
 }
 
-// Counted from the first row in view. -1 if it isn't in view.
+// Returns the row of the item, counted from the first row in view, or -1 if the item isn't in view.
 int rowOf(const Window& window, const TreeViewState& tree, ItemIndex index) REQUIRES(coreMutex)
 {
     ItemIndex at = topOf(tree);
@@ -116,7 +117,7 @@ POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePa
     return {point.x + origin.x, point.y + origin.y};
 }
 
-// A point right of the view still hits a label, since the display may scroll sideways.
+// A point to the right of the view can still hit a label, because the display may be scrolled sideways.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit)
 {
     hit.hItem = nullptr;

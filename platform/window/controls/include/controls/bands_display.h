@@ -1,4 +1,4 @@
-// bands_display.h - what a display asks about command bands; window/display.h has the rest.
+// bands_display.h - the data of command bands that a display reads. window/display.h has the rest of the interface.
 #pragma once
 
 #include "ce/types.h"
@@ -27,13 +27,13 @@ struct BandState {
     HWND bar = nullptr;
     std::vector<MenuItem> menu;
     std::vector<BarButton> buttons;
-    WORD bitmapId = 0;  // of the buttons' cells
+    WORD bitmapId = 0;  // contains the pictures of the buttons
     WORD imageId = 0;   // the bitmap beside the band's gripper; 0: none
-    RECT rectangle{};   // in the bands, virtual pixels
+    RECT rectangle{};   // relative to the command bands, virtual pixels
     bool gripper = true;
 };
 
-// Locks the core's mutex while it copies. Empty for a dead window.
+// Locks the core's mutex while it copies. The result is empty if the window doesn't exist any more.
 std::vector<BandState> bandsOf(HWND commandBands);
 
 }  // namespace platform::window

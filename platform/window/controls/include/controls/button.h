@@ -1,11 +1,11 @@
-// button.h - what the dialog manager asks about buttons.
+// button.h - functions that tell the dialog manager the kind of a button.
 #pragma once
 
 #include "window/core.h"
 
 namespace platform::window {
 
-// False for a window that isn't a button.
+// These functions return false for a window that isn't a button.
 bool isPushButton(const Window& window) REQUIRES(coreMutex);
 bool isDefaultPushButton(const Window& window) REQUIRES(coreMutex);  // by its style
 bool isAutoRadioButton(const Window& window) REQUIRES(coreMutex);

@@ -1,4 +1,4 @@
-// control_classes.h - the window classes of this room.
+// control_classes.h - the window classes of all controls except the tree view.
 #pragma once
 
 #include "window/class_state.h"

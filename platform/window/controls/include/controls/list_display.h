@@ -1,4 +1,4 @@
-// list_display.h - what a display asks about a list box; window/display.h has the rest.
+// list_display.h - the data of a list box that a display reads. window/display.h has the rest of the interface.
 #pragma once
 
 #include "ce/types.h"
@@ -10,13 +10,13 @@ namespace platform::window {
 
 struct ListRow {
     std::u16string text;
-    std::u16string detail;  // to be shown beside it
+    std::u16string detail;  // to be shown beside the text
     bool selected = false;
 };
 
-// Each locks the core's mutex while it runs.
-std::vector<ListRow> listRows(HWND listBox);  // empty for a dead window
-// The index of the row with that whole text, where case counts. -1 if there is none.
+// Both functions lock the core's mutex while they run.
+std::vector<ListRow> listRows(HWND listBox);  // empty if the window doesn't exist any more
+// Returns the index of the first row whose text equals `text`, including case. Returns -1 if there is none.
 long findListRow(HWND listBox, const std::u16string& text);
 
 }  // namespace platform::window

@@ -1,4 +1,4 @@
-// byte_reader.h - reads little-endian fields from untrusted bytes. A read past the end gives zero, and from then on
+// byte_reader.h - reads little-endian fields from untrusted bytes. A read past the end returns zero, and from then on
 // failed() is true.
 #pragma once
 
@@ -34,7 +34,7 @@ public:
 
     SHORT signedWord() { return static_cast<SHORT>(word()); }
 
-    // UTF-16 up to its NUL, which is consumed too.
+    // Returns the UTF-16 text up to the next NUL, and skips the NUL.
     std::u16string text()
     {
         std::u16string result;
@@ -49,7 +49,7 @@ public:
             at_ += count;
     }
 
-    // Skips to the next offset that is a multiple of 4. Only a later read notices that this is past the end.
+    // Skips to the next offset that is a multiple of 4. If that offset is past the end, the next read fails.
     void alignToDword() { at_ = (at_ + 3) & ~std::size_t{3}; }
 
 private:

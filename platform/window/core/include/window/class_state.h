@@ -1,7 +1,8 @@
-// class_state.h - window classes, and what a class adds to each of its windows.
+// class_state.h - the description of a window class, and the data and behaviour that a class adds to its windows.
 //
-// The core treats all windows alike. Where a control, a dialog or the command bands differ, the core asks the window's
-// ClassState, so the core needs no header of the rooms above it.
+// The core contains no code for single classes. If controls, dialogs or command bands have behaviour of their own, the
+// core calls virtual functions of the window's ClassState. So the core includes no headers of the rooms that implement
+// these windows.
 #pragma once
 
 #include "window/display.h"
@@ -15,30 +16,34 @@ namespace platform::window {
 
 struct Window;
 
-// What a window holds because of its class. Each control derives its own; a window of the program has this one.
-// `window` is always the window that the state is of.
+// The data that a window has because of its class. Controls and dialogs derive their own structs from this one. A
+// window whose class the program registered has a plain ClassState. The parameter `window` is always the window to
+// which the state belongs.
 struct ClassState {
     ClassState() = default;
     ClassState(const ClassState&) = delete;
     ClassState& operator=(const ClassState&) = delete;
     virtual ~ClassState() = default;
 
-    // Fills in those fields of `state` that not every window has.
+    // Sets those fields of `state` that only windows of this class have.
     virtual void describe(const Window& /*window*/, WindowState& /*state*/) const REQUIRES(coreMutex) {}
-    // Can the keyboard focus be on it, if its class takes the focus at all?
+    // Can this window have the keyboard focus? The core calls this function only if WindowClass::takesFocus is true.
     virtual bool acceptsFocus(const Window& /*window*/) const REQUIRES(coreMutex) { return true; }
-    // Does it edit text? Typed text then arrives as a whole, and handling it never takes long.
+    // Does the window edit text? The core sends typed text to such a window in one message. Typing into it never starts
+    // long work such as a run.
     virtual bool editsText() const REQUIRES(coreMutex) { return false; }
-    // Is it laid out again when its parent gets a new size? The core then sends it ParentSized (window/input.h).
+    // Must the window be laid out again when its parent gets a new size? If so, the core sends the message ParentSized
+    // (window/input.h) to the window.
     virtual bool followsParentSize() const REQUIRES(coreMutex) { return false; }
-    // Does it have a disabled button for the command?
+    // Does the window contain a disabled toolbar button for the command?
     virtual bool disablesCommand(const Window& /*window*/, WORD /*id*/) const REQUIRES(coreMutex) { return false; }
 
-    // Did the dialog manager make it?
+    // Did the dialog manager create the window?
     virtual bool isDialog() const REQUIRES(coreMutex) { return false; }
-    // Of a dialog: the push button that Enter would press now. Null if there is none.
+    // Returns the push button of a dialog that Enter would press now, or null if there is none.
     virtual const Window* buttonForEnter(const Window& /*window*/) const REQUIRES(coreMutex) { return nullptr; }
-    // Of a modal dialog: the window that it disabled, on the first call. Null if there is none.
+    // Returns the window that a modal dialog disabled when it opened. Returns null if the dialog disabled none, and in
+    // every call after the first. The caller enables the window.
     [[nodiscard]] virtual HWND takeOwnerToEnable() REQUIRES(coreMutex) { return nullptr; }
 };
 
@@ -47,7 +52,7 @@ struct WindowClass {
     WNDPROC procedure = nullptr;
     WindowKind kind = WindowKind::Main;
     bool takesFocus = false;
-    std::unique_ptr<ClassState> (*makeState)(DWORD style) = nullptr;  // null: a plain ClassState
+    std::unique_ptr<ClassState> (*makeState)(DWORD style) = nullptr;  // null: windows get a plain ClassState
     WORD iconId = 0;
 };
 

@@ -1,19 +1,24 @@
-// core.h - the windows and threads that the window core keeps.
+// core.h - the core's data about windows and threads.
 //
-// coreMutex (core_mutex.h) guards all of it. It is not held while a window procedure runs, so a pointer to a Window is
-// dead after each unlock: keep the handle and look the window up again.
+// coreMutex (core_mutex.h) guards all of this data. It is unlocked while a window procedure runs, and the procedure can
+// destroy windows. So a pointer to a Window can be invalid after each unlock. Store the handle instead, and look the
+// window up again.
 //
-// A window procedure runs in the name of the thread that owns the window, and only one system thread at a time may run
-// in a thread's name. That right is the thread's *turn*. It isn't a lock but a state in the fields of Thread:
+// A window procedure runs in the name of the thread that owns the window. The right to run in a thread's name is the
+// thread's *turn*. Only one system thread at a time can hold it. The turn isn't a lock. Its state is in the fields of
+// Thread, and these rules apply:
 //
-// - A thread holds its turn from its first call on. It gives the turn up while it waits in GetMessageW, and for the
-//   length of each send to a window of another thread.
-// - A send takes the receiver's turn as soon as it is free, runs the procedure on the sender's system thread under the
-//   receiver's name, and gives the turn back. So a send needs no switch between system threads.
-// - A system thread holds at most one turn, and none while it waits. So two threads that send to each other don't block
-//   each other, and a receiver can send back to its sender.
-// - Such visits nest as the calls do. `level` counts them, and a call frame continues only after the visits above it
-//   have ended. A message loop inside a visit serves the receiver's queue.
+// - A thread holds its turn from its first call of a window function on. It gives the turn up while it waits in
+//   GetMessageW, and during each send to a window of another thread.
+// - A send to a window of another thread takes that thread's turn as soon as the turn is free. Then the window
+//   procedure runs on the sender's system thread, in the name of the receiving thread. After that the send gives the
+//   turn up. Such a send is a *visit* (turn.h). A visit needs no switch between system threads.
+// - A system thread holds at most one turn, and none while it waits for a turn or for messages. So two threads that
+//   send to each other don't block each other, and a receiver can send back to its sender.
+// - A procedure that runs in a visit can wait, and then another visit to the same thread can begin. So visits nest.
+//   Thread::level is the number of visits to the thread that are in progress. A call frame that waits for the turn or
+//   for messages continues only after the visits that began later, above the frame, have ended. A message loop inside a
+//   visit retrieves messages from the queues of the receiving thread.
 #pragma once
 
 #include "kernel/slot_table.h"
@@ -38,10 +43,10 @@ namespace platform::window {
 
 using Clock = std::chrono::steady_clock;
 
-// A key, a click or a text that the owner thread hasn't retrieved yet.
+// Input of the user that the window's thread hasn't retrieved yet.
 struct Input {
     MSG message{};
-    std::u16string text;  // with InputText and InputNewText
+    std::u16string text;  // only with InputText and InputNewText
 };
 
 struct Timer {
@@ -51,36 +56,40 @@ struct Timer {
     Clock::time_point due;
 };
 
-// One thread as its windows see it. Lives as long as the system thread.
+// The core's data about one thread. Lives as long as the system thread.
 struct Thread {
     std::uint64_t id GUARDED_BY(coreMutex) = 0;
 
     bool turnTaken GUARDED_BY(coreMutex) = true;
     unsigned level GUARDED_BY(coreMutex) = 0;  // visits in progress
-    // Set while the call frame of this level waits only for the turn. New senders let it take the turn first. Otherwise
-    // a thread that is sent to without a pause would never handle what was posted to it.
+    // The level of a call frame that waits to take the turn back. If this level equals `level`, no visit must end
+    // before the frame continues, and sends from other threads wait until the frame has taken the turn. Without this
+    // rule, a thread that receives sends without a pause would never handle its posted messages.
     std::optional<unsigned> waitingLevel GUARDED_BY(coreMutex);
 
     std::deque<MSG> posted GUARDED_BY(coreMutex);
     std::deque<Input> input GUARDED_BY(coreMutex);
     std::vector<Timer> timers GUARDED_BY(coreMutex);
-    // Windows whose owner, of another thread, is gone. GetMessageW destroys them.
+    // Windows of this thread whose owner window belonged to another thread and was destroyed. GetMessageW destroys
+    // them.
     std::vector<HWND> toDestroy GUARDED_BY(coreMutex);
     bool quit GUARDED_BY(coreMutex) = false;
     int exitCode GUARDED_BY(coreMutex) = 0;
     std::u16string arrivedText GUARDED_BY(coreMutex);  // of the input message retrieved last
 
-    // How often something came into the queues. A waiting frame looks at its queues again when this has changed.
+    // The number of calls of noteArrival for this thread. When the number has changed, a call that waits in GetMessageW
+    // checks the queues again.
     std::uint64_t arrivals GUARDED_BY(coreMutex) = 0;
     kernel::Condition arrived GUARDED_BY(coreMutex);
-    int retrieving GUARDED_BY(coreMutex) = 0;  // frames that wait in GetMessageW
-    // The message retrieved last may take long to handle: input that comes meanwhile is dropped.
+    int retrieving GUARDED_BY(coreMutex) = 0;  // call frames that wait in GetMessageW
+    // True if handling the message that was retrieved last may take long. Until the thread waits in GetMessageW again,
+    // most input for its windows is dropped (see display.h).
     bool inCommand GUARDED_BY(coreMutex) = true;
 
     HWND focus GUARDED_BY(coreMutex) = nullptr;
     HWND active GUARDED_BY(coreMutex) = nullptr;  // top-level window
     HCURSOR cursor GUARDED_BY(coreMutex) = nullptr;
-    POINT pointer GUARDED_BY(coreMutex){};  // where the user clicked last, on the screen
+    POINT pointer GUARDED_BY(coreMutex){};  // the user's last click, in screen coordinates
 };
 
 struct Window {
@@ -88,7 +97,8 @@ struct Window {
     Thread* thread GUARDED_BY(coreMutex) = nullptr;
     const WindowClass* windowClass GUARDED_BY(coreMutex) = nullptr;
     Window* parent GUARDED_BY(coreMutex) = nullptr;  // of a child
-    HWND owner GUARDED_BY(coreMutex) = nullptr;      // of a top-level window; may be of another thread, may be gone
+    HWND owner GUARDED_BY(coreMutex) =
+        nullptr;  // of a top-level window; can belong to another thread or be destroyed already
     std::vector<Window*> children GUARDED_BY(coreMutex);
     int id GUARDED_BY(coreMutex) = 0;
     DWORD style GUARDED_BY(coreMutex) = 0;
@@ -96,18 +106,19 @@ struct Window {
     RECT rectangle GUARDED_BY(coreMutex){};
     std::u16string text GUARDED_BY(coreMutex);
     WORD iconId GUARDED_BY(coreMutex) = 0;
-    HWND lastFocus GUARDED_BY(coreMutex) = nullptr;  // top-level: the focus when another window became active
+    HWND lastFocus GUARDED_BY(coreMutex) = nullptr;  // of a top-level window: its control that had the focus last
     bool dying GUARDED_BY(coreMutex) = false;
     std::unique_ptr<ClassState> state GUARDED_BY(coreMutex) PT_GUARDED_BY(coreMutex);  // never null
 };
 
 struct Core {
     kernel::SlotTable<std::unique_ptr<Window>> windows GUARDED_BY(coreMutex);
-    std::vector<HWND> topLevel GUARDED_BY(coreMutex);  // the one in front first
+    std::vector<HWND> topLevel GUARDED_BY(coreMutex);  // the frontmost window first
     std::deque<WindowClass> classes GUARDED_BY(coreMutex);
     std::uint64_t threadsSoFar GUARDED_BY(coreMutex) = 0;
 
-    // Notified when a turn becomes free or a window is gone. Without waiters the system call is saved.
+    // Notified when a turn becomes free, a send stops waiting or a window is removed. If no frame waits, the
+    // notification is skipped to save the system call.
     kernel::Condition turnFreed GUARDED_BY(coreMutex);
     int turnWaiters GUARDED_BY(coreMutex) = 0;
     std::vector<HWND> waitingSends GUARDED_BY(coreMutex);  // the receivers of the sends that wait for a turn
@@ -117,20 +128,21 @@ struct Core {
     int waitCursors GUARDED_BY(coreMutex) = 0;
 };
 
-// Never destroyed: a detached thread may outlive main().
+// The data is never destroyed, because a detached thread can use it after main() has returned.
 Core& core();
 
-// In whose name the calling system thread runs.
+// The thread in whose name the calling system thread runs.
 Thread& currentThread() REQUIRES(coreMutex);
 
-// Null for a dead handle.
+// Null if the handle's window doesn't exist any more.
 Window* findWindow(HWND handle) REQUIRES(coreMutex);
 
 [[nodiscard]] Window& addWindow() REQUIRES(coreMutex);
-// Hides the window from displays, and has its own thread destroy it when it next retrieves messages.
+// Hides the window from displays. The window's own thread destroys it in GetMessageW.
 void destroyLater(Window& window) REQUIRES(coreMutex);
 bool isToBeDestroyed(const Window& window) REQUIRES(coreMutex);
-// Removes the window and its children from the table, with their timers and whatever is queued for them. Sends nothing.
+// Removes the window and its children from the table. Removes their timers and their queued messages and input too.
+// Sends no message.
 void removeWindow(Window& window) REQUIRES(coreMutex);
 
 template <class State>
@@ -139,7 +151,7 @@ State& stateOf(const Window& window) REQUIRES(coreMutex)
     return static_cast<State&>(*window.state);
 }
 
-// The control's state if the window is of that kind, otherwise null.
+// Returns the state of the window. Returns null if the window doesn't exist or is of another kind.
 template <class State>
 State* findState(HWND handle, WindowKind kind) REQUIRES(coreMutex)
 {
@@ -147,11 +159,11 @@ State* findState(HWND handle, WindowKind kind) REQUIRES(coreMutex)
     return window && window->windowClass->kind == kind ? &stateOf<State>(*window) : nullptr;
 }
 
-// The child with that id, the first if there are several. Null if there is none.
+// Returns the first child with that id, or null if there is none.
 Window* findChild(const Window& parent, int id) REQUIRES(coreMutex);
 bool isWithin(const Window& window, const Window& ancestor) REQUIRES(coreMutex);
 Window& topLevelOf(Window& window) REQUIRES(coreMutex);
-bool isVisible(const Window& window) REQUIRES(coreMutex);     // its ancestors as well
+bool isVisible(const Window& window) REQUIRES(coreMutex);     // neither it nor an ancestor is hidden
 bool takesInputOf(const Window& window) REQUIRES(coreMutex);  // neither it nor an ancestor is disabled
 inline bool hasStyle(const Window& window, DWORD bits) REQUIRES(coreMutex)
 {
@@ -161,18 +173,20 @@ inline bool hasStyle(const Window& window, DWORD bits) REQUIRES(coreMutex)
 void announce(const Window& window, Change change) REQUIRES(coreMutex);
 void announceGlobal(Change change) REQUIRES(coreMutex);
 
-// Something came into the thread's queues, or its frames have to look at their windows again.
+// Wakes the calls that wait in GetMessageW for this thread. Must be called after something was added to the thread's
+// queues, and after a change to a window that such a call may wait for.
 void noteArrival(Thread& thread) REQUIRES(coreMutex);
 
-// A turn became free, or a window that a send waits for is gone.
+// Must be called when a turn became free, a send stopped waiting or a window was removed.
 void wakeTurnWaiters() REQUIRES(coreMutex);
 
-// Keeps the text's capacity where the new text fits, so a counter that changes a million times allocates nothing.
+// Sets the text and reports the change to the display. Reuses the old text's memory if the new text fits, so a counter
+// that changes a million times allocates nothing.
 void setText(Window& window, std::u16string_view text) REQUIRES(coreMutex);
-// For a text that was changed in place.
+// Reports the window's text to the display. Must be called after `text` was changed without setText.
 void announceText(const Window& window) REQUIRES(coreMutex);
 
-// Sets the last error and gives null, zero or false.
+// Sets the last error and returns 0.
 int fail(DWORD error);
 
 }  // namespace platform::window

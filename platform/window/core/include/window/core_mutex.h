@@ -1,8 +1,8 @@
 // core_mutex.h - the one mutex of the window core.
 //
-// It guards the windows, the queues, the timers and what each control holds. It is held for a look-up or a change,
-// never while a window procedure runs. Code that runs under it must not block. The only such code outside the core is
-// Display::changed.
+// The mutex guards the windows, the queues, the timers and the data of each control. A function holds it for a look-up
+// or a change, but never while a window procedure runs. Code that runs while the mutex is held must not block. Outside
+// platform/window, only the functions of a Display run while it is held.
 #pragma once
 
 #include "kernel/mutex.h"

@@ -1,25 +1,30 @@
-// focus.h - which window has the focus, and which gets it next.
+// focus.h - finds the window that gets the focus next, and moves the focus.
 #pragma once
 
 #include "window/core.h"
 
 namespace platform::window {
 
-// Is it visible and enabled, and does its class take the focus?
+// Can the window get the focus? It must be visible and enabled, and its class must take the focus.
 bool acceptsFocus(const Window& window) REQUIRES(coreMutex);
-// The next child of the dialog, in creation order, that has WS_TABSTOP and accepts the focus. After the last child the
-// search continues with the first. Without `from` it begins with the first child, or backward with the last. Null if no
-// child qualifies.
+// Returns the next child of the dialog, in creation order, that has WS_TABSTOP and accepts the focus. After the last
+// child the search continues with the first. If `from` is null, the search begins with the first child, or with the
+// last child if `backward` is true. Returns null if no child qualifies.
 Window* nextTabStop(const Window& dialog, const Window* from, bool backward) REQUIRES(coreMutex);
-// The next control of the group that accepts the focus, with the same order; `control` itself if no other does.
+// Returns the next control, in creation order, that is in the group of `control` and accepts the focus. After the last
+// control of the group the search continues with the first. Returns `control` itself if no other control accepts the
+// focus.
 Window* nextInGroup(Window& control, bool backward) REQUIRES(coreMutex);
-// The group of `control`: its siblings from the last WS_GROUP at or before it up to the next WS_GROUP.
+// Returns the group of `control`. A group begins with the parent's first child or with a control that has WS_GROUP. It
+// ends before the next control that has WS_GROUP.
 std::vector<Window*> groupOf(Window& control) REQUIRES(coreMutex);
 
-// Makes a top-level window the active one. The focus goes to the control that had it last, or to the first that can
-// have it. Does nothing for a window of another thread, as does moveFocusOff.
+// Makes a top-level window the active one. The focus goes to the control of the window that had the focus last. If that
+// control can't have the focus, the first control that can have the focus gets it. If there is none, the window itself
+// gets the focus. Does nothing for a window of another thread.
 void activate(HWND topLevel) EXCLUDES(coreMutex);
-// If the focus is in `window`, which can no longer keep it, moves it to the next control that can.
+// If the focus is in `window`, moves the focus to the next tab stop after `window`, or to no window if there is none.
+// Must be called when `window` is hidden, disabled or destroyed. Does nothing for a window of another thread.
 void moveFocusOff(HWND window) EXCLUDES(coreMutex);
 
 }  // namespace platform::window

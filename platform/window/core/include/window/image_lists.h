@@ -1,7 +1,7 @@
 // image_lists.h - image lists that a program makes with ImageList_Create.
 //
-// A list has the size of its images and the number of the bitmap that they are cut from, but no pixels. The display
-// draws from the resource.
+// A list stores the size of its images and the resource number of its first bitmap, but no pixels. The display cuts the
+// images from the bitmap's resource.
 #pragma once
 
 #include "ce/types.h"
@@ -13,7 +13,7 @@ struct ImageSize {
     int height = 0;
 };
 
-// Zero for null or a handle of anything else. Any thread may call both.
+// The result is zero if the handle isn't that of a list. Any thread may call these functions.
 ImageSize imageSizeOf(HIMAGELIST list);
 WORD firstBitmapOf(HIMAGELIST list);
 

@@ -1,13 +1,13 @@
 // images.h - handles of icons, bitmaps, cursors and image lists.
 //
-// A handle carries the number of its resource and no pixels. The display draws from the resource.
+// A handle contains the number of its resource but no pixels. The display draws from the resource.
 #pragma once
 
 #include "ce/types.h"
 
 namespace platform::window {
 
-// The number of the resource. 0 for null or a handle of anything else.
+// The number of the resource of an icon, a bitmap or a loaded image list. 0 for any other handle.
 WORD resourceIdOf(const void* handle);
 
 }  // namespace platform::window

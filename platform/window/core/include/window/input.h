@@ -1,7 +1,8 @@
-// input.h - raw input, as messages between the display and the owner thread.
+// input.h - the messages that bring the display's raw input to the thread that owns the window.
 //
-// Their numbers are above those that a program can use, so the program's message loop dispatches them unseen. Keys are
-// the exception: they arrive as WM_KEYDOWN and WM_SYSKEYDOWN.
+// The numbers of these messages are larger than those that a program can use. So the program's message loop passes such
+// a message to DispatchMessageW without handling it. Keys are the exception: they arrive as the platform's own messages
+// WM_KEYDOWN and WM_SYSKEYDOWN.
 #pragma once
 
 #include "window/core.h"
@@ -9,7 +10,7 @@
 namespace platform::window {
 
 inline constexpr UINT InputFirst = 0x10000;
-inline constexpr UINT InputClick = 0x10001;        // wParam: row (-1: all ones), or a tree's item, with lParam: part
+inline constexpr UINT InputClick = 0x10001;  // wParam: row (-1: all ones); of a tree: item, with its part in lParam
 inline constexpr UINT InputDoubleClick = 0x10002;  // likewise
 inline constexpr UINT InputText = 0x10003;         // Thread::arrivedText, as typed
 inline constexpr UINT InputNewText = 0x10004;      // Thread::arrivedText, an edit's whole text
@@ -21,31 +22,31 @@ inline constexpr UINT InputDate = 0x10009;     // wParam: month and year, lParam
 inline constexpr UINT InputFocus = 0x1000A;
 inline constexpr UINT InputAnswer = 0x1000C;  // wParam: id, or 0 to refuse, lParam: AnswerReach
 inline constexpr UINT InputRelist = 0x1000D;  // a tree's expanded items
-// No input: sent to a child that follows the size of its parent, after the parent's WM_SIZE.
+// This message isn't input. It is sent after the parent's WM_SIZE to a child that follows the size of its parent.
 inline constexpr UINT ParentSized = 0x1000B;
 
-// What else an answer to a message box has an effect on.
+// What an answer to a message box affects.
 enum class AnswerReach { OneQuestion, AllOfItsKind, Job, JobAndOwner };
 
-// Bits of a key message's lParam. The platform defines the one for Alt and reserves the others.
+// Bits of a key message's lParam. The platform defines the bit for Alt and reserves the other two.
 inline constexpr LPARAM KeyWithAlt = LPARAM{1} << 29;
 inline constexpr LPARAM KeyWithShift = LPARAM{1} << 25;
 inline constexpr LPARAM KeyWithControl = LPARAM{1} << 26;
 
-// Queues raw input for the window, by the rules of display.h. False if it was dropped.
+// Queues raw input for the window, according to the rules in display.h. Returns false if the input was dropped.
 bool queueInput(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Queues a click on a control, and directly after it a command of its top-level window or a key for it. False if both
-// were dropped.
+// Queue a click on a control and directly after the click a second input. The first function adds a command for the
+// control's top-level window, the second one a key for the control. The result is false if both inputs were dropped.
 bool queueClickAndCommand(HWND control, WPARAM wParam, LPARAM lParam, WORD command);
 bool queueClickAndKey(HWND control, WPARAM wParam, LPARAM lParam, WORD virtualKey);
 
-// Can the window take it now?
+// Can the window of the input take the input now?
 bool isDeliverable(const Input& input) REQUIRES(coreMutex);
-// Must it be dropped because its window was disabled after it was queued?
+// Must the input be dropped because its window was disabled after the input was queued?
 bool isToBeDropped(const Input& input) REQUIRES(coreMutex);
 
-// Delivers a message of this header, for DispatchMessageW.
+// Delivers one of the messages above. DispatchMessageW calls this function.
 LRESULT dispatchInput(const MSG& message);
 
 }  // namespace platform::window

@@ -5,13 +5,13 @@
 
 namespace platform::window {
 
-// Sends WM_COMMAND with the control's id and the code.
+// Sends WM_COMMAND with the control's id and the code to the parent.
 void notifyCommand(HWND control, WORD code) EXCLUDES(coreMutex);
-// Sends WM_NOTIFY and gives the parent's answer, 0 without a parent. `header` is the first field of the notification's
-// structure. This sets its window and id, the caller its code.
+// Sends WM_NOTIFY to the parent and returns the parent's answer, or 0 without a parent. `header` is the first field of
+// the notification's structure. The caller sets the code in it, and this function sets the window and the id.
 LRESULT notifyParent(HWND control, NMHDR& header) EXCLUDES(coreMutex);
 
-// What WM_GETDLGCODE answers.
+// The bits of the answer to WM_GETDLGCODE.
 inline constexpr LRESULT WantsArrows = 1;       // DLGC_WANTARROWS
 inline constexpr LRESULT WantsTab = 2;          // DLGC_WANTTAB
 inline constexpr LRESULT WantsAllKeys = 4;      // DLGC_WANTALLKEYS

@@ -1,7 +1,7 @@
-// program_status.h - what a status bar below the main window shows: what the program reported (ce/status.h), and the
-// device that it runs on.
+// program_status.h - what a status bar below the main window shows: the status that the program reported (ce/status.h),
+// and the device on which the program runs.
 //
-// The core announces a change to the display as Change::Status, without a window.
+// The core reports a change of the status to the display as Change::Status, with a null window.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 namespace platform::window {
 
 struct StatusState {
-    std::u16string device;  // the name of its folder; empty if unknown
+    std::u16string device;  // the name of the device's folder; empty if unknown
     std::uint32_t markedFiles = 0;
     std::uint64_t markedBytes = 0;
     std::uint32_t markedDatabases = 0;
@@ -23,12 +23,12 @@ struct StatusState {
     bool deletesStored = false;
     std::u16string newestSet;         // empty: there is none, or the program hasn't reported one yet
     std::uint64_t newestSetTime = 0;  // as a FILETIME
-    std::uint32_t jobs = 0;           // that have ended; one may have changed what is marked
+    std::uint32_t jobs = 0;           // jobs that have ended; each may have changed the marks
 
     bool operator==(const StatusState&) const = default;
 };
 
-// Any thread, but not inside Display::changed.
+// Any thread may call these functions, but not inside Display::changed, where the core's mutex is held.
 [[nodiscard]] StatusState programStatus();
 void setDeviceName(std::u16string name);
 

@@ -10,7 +10,8 @@ namespace platform::window {
 
 class TypeAhead {
 public:
-    // What is searched for if the character is typed now. After a pause of a second the text begins anew.
+    // Returns the text to search for if the user types `character` now. If the user last typed more than a second ago,
+    // this text is `character` alone.
     std::u16string with(char16_t character) const;
     void note(std::u16string typed);
     void end() { typed_.clear(); }
@@ -23,17 +24,17 @@ private:
     Clock::time_point typedAt_;
 };
 
-// Is it the key of a character that may continue the text? Any other key ends it.
+// Is `key` the key of a character that may continue the typed text? Any other key ends the text.
 inline bool typesCharacter(WPARAM key)
 {
     return key == VK_SPACE || (key >= u'0' && key <= u'9') || (key >= u'A' && key <= u'Z');
 }
 
-// Typing the same letter again means the next row with that letter: the text is that letter, and the search begins
-// after the current row.
+// Is the text one letter, typed once or several times? In that case the user wants the next row that begins with the
+// letter. So the caller searches for the letter alone, and the search begins after the current row.
 bool isOneLetter(std::u16string_view typed);
 
-// Without regard to case.
+// Both functions ignore case.
 bool beginsWith(std::u16string_view text, std::u16string_view start);
 bool contains(std::u16string_view text, std::u16string_view part);
 

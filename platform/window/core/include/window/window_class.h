@@ -8,10 +8,11 @@
 
 namespace platform::window {
 
-// Null if there is none. Case doesn't count.
+// Returns the class with that name, or null if there is none. Ignores case.
 const WindowClass* findClass(std::u16string_view name) REQUIRES(coreMutex);
 
-// The classes that exist without RegisterClassW: the controls and dialogs. Defined above the rooms of the controls.
+// Returns the classes of controls and dialogs, which exist without RegisterClassW. The function is defined in
+// built_in_classes.cpp, because the core includes no headers of the rooms that contain these classes.
 std::vector<WindowClass> builtInClasses();
 
 }  // namespace platform::window

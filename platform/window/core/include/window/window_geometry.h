@@ -1,4 +1,4 @@
-// window_geometry.h - from client coordinates to the screen.
+// window_geometry.h - converts client coordinates to screen coordinates.
 #pragma once
 
 #include "window/core.h"

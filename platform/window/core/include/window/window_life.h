@@ -5,7 +5,7 @@
 
 namespace platform::window {
 
-// The arguments of CreateWindowExW, with texts that need no NUL.
+// The arguments of CreateWindowExW, but the texts need no NUL.
 struct Creation {
     std::u16string_view className;
     std::u16string_view title;
@@ -20,18 +20,19 @@ struct Creation {
     WORD iconId = 0;
     HINSTANCE instance = nullptr;
     void* parameter = nullptr;
-    std::unique_ptr<ClassState> state;  // null: as the class makes it
+    std::unique_ptr<ClassState> state;  // null: the class makes it
 };
 
 // The screen of the device, in virtual pixels.
 inline constexpr int ScreenWidth = 640;
 inline constexpr int ScreenHeight = 480;
 
-// Null with the last error: 1407 no such class, 1400 no such parent or one of another thread. Null as well if WM_CREATE
-// answered -1 or the window was destroyed meanwhile.
+// Returns null and sets the last error to 1407 if the class doesn't exist. Returns null and sets the last error to 1400
+// if `parent` doesn't exist. With WS_CHILD the same happens if `parent` is being destroyed or belongs to another
+// thread. Also returns null if WM_CREATE returned -1 or if the window was destroyed during this call.
 [[nodiscard]] HWND createWindow(Creation creation) EXCLUDES(coreMutex);
 
-// Destroys the windows in Thread::toDestroy. The mutex is free while their procedures run.
+// Destroys the windows in Thread::toDestroy. The mutex is unlocked while their procedures run.
 void destroyPending(Thread& self) REQUIRES(coreMutex);
 
 }  // namespace platform::window

@@ -1,15 +1,17 @@
-// tree_display.h - what a display reads from a tree view and posts to it; window/display.h has the rest.
+// tree_display.h - functions with which a display reads a tree view and posts to it. window/display.h has the rest of
+// the interface.
 //
-// A display receives a tree of 100,000 items as a few ranges of handles. It reads texts and images only of the items
-// that it shows.
+// The core passes even a tree of 100,000 items to the display as a few ranges of handles. The display reads texts and
+// images only of the items that it shows.
 //
-// The core reports changed(tree, Change::Tree) once, and again only after takeTreeChanges. The display applies the
-// changes to its mirror of the tree in this order: removed, inserted, updated, folded, selected. A mirror begins empty,
-// and the first takeTreeChanges delivers all items as inserted.
+// The core calls changed(tree, Change::Tree) for the first change. After that the core makes no such call until the
+// display has called takeTreeChanges. The display has a copy of the tree, the mirror, and applies the changes to the
+// mirror in this order: removed, inserted, updated, folded, selected. At first the mirror is empty, and the first
+// takeTreeChanges delivers all items as inserted.
 //
-// The display scrolls its rows by itself, also for Ctrl with an arrow key. It posts every other key with postKey, typed
-// letters with postText, and clicks as the item and its part, not as a point. Only the core moves the selection,
-// expands and collapses.
+// The display scrolls its rows by itself, also for Ctrl with an arrow key. It posts every other key with postKey, and
+// typed letters with postText. It posts a click as an item and a part of the item's row, not as a point. Only the core
+// moves the selection and expands or collapses items.
 #pragma once
 
 #include "tree_control/tree_state.h"
@@ -18,26 +20,31 @@
 
 namespace platform::window {
 
-// Each locks the core's mutex while it copies. Empty or false for a dead window or item.
-// `fromTheStart`: delivers all items as inserted, whatever was taken before.
+// The functions up to treeItemsBelow lock the core's mutex while they copy. If the window or item doesn't exist any
+// more, the result is empty or false. With `fromTheStart`, takeTreeChanges delivers all items as inserted, even if the
+// display has taken them before.
 [[nodiscard]] TreeChanges takeTreeChanges(HWND tree, bool fromTheStart = false);
 [[nodiscard]] bool readTreeItem(HWND tree, HTREEITEM item, TreeItemState& state);
-// The items that are alive, in the given order, all as of one moment.
+// Reads those of the `items` that still exist, in the given order and all at one moment.
 std::vector<TreeItemState> readTreeItems(HWND tree, std::span<const HTREEITEM> items);
 TreePictures treePictures(HWND tree);
 
-// This is for callers without a mirror.
-std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);  // the children; null: the top items
+// Returns the children of `parent`, or the top items if `parent` is null. Only callers without a mirror need this
+// function.
+std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);
 
-// Raw input, dropped and queued by the rules of window/display.h. A null item is the empty space below the rows. A
-// double click is a postTreeClick for the first and a postTreeDoubleClick for the second click.
+// Functions for raw input, which is queued or dropped by the rules of window/display.h. A null item means the empty
+// space below the rows. For a double click the display calls postTreeClick for the first click and postTreeDoubleClick
+// for the second.
 bool postTreeClick(HWND tree, HTREEITEM item, TreePart part);
 bool postTreeDoubleClick(HWND tree, HTREEITEM item, TreePart part);
-// A click on the item's label, and after it a command of the tree's top-level window or a key for the tree. Both are
-// queued or neither is, so the program can't work between them and drop the second.
+// Post a click on the item's label, and then a command for the tree's top-level window or a key for the tree. Click and
+// command, or click and key, are queued together. So the click can't make the program busy before the command or key is
+// queued.
 bool postTreeCommand(HWND tree, HTREEITEM item, WORD command);
 bool postTreeKey(HWND tree, HTREEITEM item, WORD virtualKey);
-// Has the program list anew what is expanded. The rows that are expanded stay so, as far as they are still there.
+// Makes the program list the children of all expanded items again. Afterwards those of the items that still exist are
+// expanded again.
 bool postTreeRelist(HWND tree);
 
 }  // namespace platform::window
