@@ -1,4 +1,4 @@
-// pattern.h - the patterns of a script, and texts as it compares them.
+// pattern.h - the patterns of a script, and the texts that it compares with them.
 #pragma once
 
 #include <string>
@@ -6,11 +6,11 @@
 
 namespace platform::headless {
 
-// The text on one line: each line break (\r\n, \r or \n) as the two characters \n.
+// Puts the text on one line: replaces each line break (\r\n, \r or \n) by a backslash and an n.
 std::u16string onOneLine(std::u16string_view text);
 
-// True if the pattern matches the whole text, with regard to case. * matches any characters, ? matches one. Call
-// onOneLine() before, if the text can have line breaks.
+// True if the pattern matches the whole text, with regard to case. * matches any number of characters, ? matches one
+// character. If the text can have line breaks, pass the result of onOneLine().
 bool matches(std::u16string_view pattern, std::u16string_view text);
 
 }  // namespace platform::headless

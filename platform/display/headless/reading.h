@@ -1,6 +1,7 @@
 // reading.h - the texts, controls and commands of a window that a user can see.
 //
-// A function with a handle reads the core's current state. It finds nothing in a window that is destroyed.
+// A function whose parameter is a handle reads the core's current state. Such a function finds nothing if the window is
+// destroyed.
 #pragma once
 
 #include "snapshot.h"
@@ -13,29 +14,29 @@
 
 namespace platform::headless {
 
-// The first visible control with that id.
+// Returns the first visible control with that id.
 std::optional<window::WindowState> findControl(HWND top, int id);
 
-// The texts of the visible labels and edits, in creation order, with line breaks between them.
+// Returns the texts of the visible labels and edits, in creation order, with line breaks between them.
 std::u16string textsOf(const Snapshot& snapshot);
 
-// On one line: the message of a message box; the caption and the texts of another window.
+// Returns the message of a message box, or the caption and texts of any other window. The result is on one line.
 std::u16string textOf(const Snapshot& snapshot);
 
 // True for a check box or radio button.
 bool isCheckable(const window::WindowState& control);
 
-// What a control shows, one line each: the rows of a list; "[x] " or "[ ] " and the text of a check box or radio
-// button; the text of another control.
+// Returns the lines that a control shows. A list has one line for each row. A check box or radio button has one line:
+// "[x] " or "[ ] " and its text. Any other control has one line with its text.
 std::vector<std::u16string> linesOf(const window::WindowState& control);
 
 // True if the window's bands have an enabled menu item or toolbar button with that id.
 bool hasCommand(HWND top, int id);
 
-// The control with the focus, or else the window.
+// Returns the focused control in the window, or the window itself if no control has the focus.
 HWND focusIn(HWND top);
 
-// The name of a message box's button in scripts: "ok", "cancel", ... Empty for another id.
+// Returns the name of a message box's button in scripts: "ok", "cancel", ... The name is empty for any other id.
 std::string_view answerName(int id);
 
 struct Buttons {

@@ -71,7 +71,8 @@ struct Line {
     std::string error;
 };
 
-// Splits a line at its blanks, up to a comment. A text in double quotes is one token, in which quotes are doubled.
+// Splits a line at its blanks, up to a comment. A text in double quotes is one token. A quote inside that text is
+// written twice.
 Line split(std::string_view line)
 {
     Line result;
@@ -130,7 +131,7 @@ std::optional<int> parseAnswer(std::string_view word)
     return std::nullopt;
 }
 
-// Modifiers, then a named key, a letter or a digit, as in "Ctrl+Shift+End".
+// Reads a key such as "Ctrl+Shift+End": modifiers and then the name of a key, a letter or a digit.
 std::optional<KeyStroke> parseKey(std::string_view name)
 {
     constexpr std::pair<std::string_view, bool KeyStroke::*> modifiers[] = {
@@ -166,7 +167,7 @@ std::optional<KeyStroke> parseKey(std::string_view name)
     return stroke.virtualKey ? std::optional(stroke) : std::nullopt;
 }
 
-// Sets one argument of the action. Returns an error, or nothing.
+// Sets one argument of the action. Returns an error message, or an empty text.
 std::string takeArgument(Argument kind, const Token& token, Action& action)
 {
     if (kind == Argument::Text || kind == Argument::Key) {
@@ -201,7 +202,8 @@ std::string takeArgument(Argument kind, const Token& token, Action& action)
     return {};
 }
 
-// The syntax that the first one or two words of the line name, and the number of these words.
+// Finds the syntax whose name is the first word or the first two words of the line. Returns the syntax and the number
+// of words in its name.
 std::pair<const Syntax*, std::size_t> findSyntax(const std::vector<Token>& tokens)
 {
     for (const Syntax& syntax : syntaxes()) {
@@ -217,7 +219,7 @@ std::pair<const Syntax*, std::size_t> findSyntax(const std::vector<Token>& token
     return {nullptr, 0};
 }
 
-// Returns an error, or nothing.
+// Returns an error message, or an empty text.
 std::string parseLine(const std::vector<Token>& tokens, Action& action)
 {
     const auto [syntax, used] = findSyntax(tokens);

@@ -23,7 +23,8 @@ void complain(const ScriptOptions& options, const std::string& sentence)
         *options.errors << sentence << std::endl;
 }
 
-// The first line that fails, with its number and the reason. Empty if all were done.
+// Performs the actions up to the first one that fails. Returns the line number of that action and the reason, or an
+// empty text if all actions were done.
 std::string performAll(ScriptUser& user, const Script& script)
 {
     for (const Action& action : script.actions) {
@@ -44,7 +45,8 @@ int runScript(const std::function<int()>& program, std::istream& in, const Scrip
     }
 
     Transcript transcript(options.transcript);
-    // Shared with the program's thread, which continues after this call if the program can't be closed.
+    // The screen is shared with the program's thread. If the program can't be closed, that thread continues after this
+    // call.
     const auto screen = std::make_shared<ScriptScreen>(transcript);
     window::setDisplay(screen.get());
     std::thread thread([screen, program] {

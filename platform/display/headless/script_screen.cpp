@@ -16,7 +16,8 @@ namespace {
 // True on the thread that runs the program.
 thread_local bool isProgramThread = false;
 
-// True if the change can make an action possible, or begins or ends the time that counts for the timeout.
+// Returns true if the change can make an action possible. Also returns true for Idle and Busy, with which the time that
+// counts for the timeout begins and ends.
 bool wakes(Change change)
 {
     switch (change) {

@@ -1,7 +1,7 @@
-// script_screen.h - the display of a script: what a user would see, and a wait for changes of that.
+// script_screen.h - the display of a script: reads what a user would see, and waits for changes.
 //
-// The core reports changes on the program's threads and under its lock. The script's thread reads and waits. It doesn't
-// poll: each change that can make an action possible wakes it.
+// The core reports changes on the program's threads, with the core's mutex held. The script's thread reads and waits.
+// It doesn't poll, because each change that can make an action possible wakes that thread.
 #pragma once
 
 #include "transcript.h"
@@ -31,10 +31,10 @@ public:
     bool hasEnded() const;
     // The number of changes so far that can make an action possible.
     std::uint64_t changes() const;
-    // Returns when changes() isn't `seen` any more, or after `timeout`. Without one, it waits for any time.
+    // Returns when changes() isn't `seen` any more, or after `timeout`. Without a timeout, waits without a limit.
     void waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> timeout) const;
 
-    // The foremost window of the program's main thread that is visible and enabled.
+    // The foremost visible and enabled window of the program's main thread.
     std::optional<window::WindowState> top() const;
     // The visible top-level windows of other threads, foremost first. They show the progress of a run.
     std::vector<window::WindowState> progressWindows() const;
@@ -55,11 +55,11 @@ private:
 
     Transcript& transcript_;
 
-    mutable std::mutex mutex_;  // of the next five
+    mutable std::mutex mutex_;  // guards the next five members
     mutable std::condition_variable more_;
     std::uint64_t changes_ = 0;
     bool ended_ = false;
-    HWND firstWindow_ = nullptr;  // of the program's thread
+    HWND firstWindow_ = nullptr;  // of the program's thread: its first, or the next after a destroyed one
     std::uint64_t programThread_ = 0;
 
     std::map<HWND, Shown> shown_ GUARDED_BY(window::coreMutex);

@@ -20,10 +20,11 @@ using window::WindowState;
 
 namespace {
 
-// After so many windows that were closed and appeared again unchanged, closeProgram() gives up.
+// closeProgram() gives up after it has closed this many windows with the same content as a window that it closed
+// before.
 constexpr int RepeatsAtMost = 200;
-// The longest wait that counts for the timeout at once. If the host stops the process for a minute, only this much
-// counts.
+// The longest single wait. A wait shortens the time left by at most this length. So if the host stops the process for a
+// minute, the script still has the rest of its timeout.
 constexpr std::chrono::milliseconds LongestWait(50);
 
 }  // namespace
@@ -114,8 +115,8 @@ bool ScriptUser::closeProgram()
     return screen_.hasEnded();
 }
 
-// Only time in which the program waits for input counts for the timeout, so a run can take any time. changes() is read
-// before the check: a change during the check makes waitForMore() return at once.
+// Only time in which the program waits for input counts for the timeout, so a run can take any length of time.
+// changes() is read before the check, so a change during the check makes waitForMore() return at once.
 Failure ScriptUser::await(std::string_view expected, const Condition& holds,
                           std::optional<steady_clock::duration> atMost)
 {
@@ -129,7 +130,8 @@ Failure ScriptUser::await(std::string_view expected, const Condition& holds,
         if (screen_.hasEnded())
             return "expected " + std::string(expected) + ", but the program has ended";
         if (findTop() && !giveStandingAnswer()) {
-            // Only here, so that the transcript has the same order on every machine.
+            // The line is added only when the program waits for input, so that the transcript has the same order on
+            // every machine.
             if (!waitingLine_.empty())
                 transcript_.add(std::exchange(waitingLine_, {}));
             if (holds())
@@ -149,7 +151,7 @@ Failure ScriptUser::await(std::string_view expected, const Condition& holds,
     }
 }
 
-// Like await(), for an enabled control of the window in front for which `fits` is true.
+// Waits like await(), for an enabled control with the action's id in the window in front. `fits` must return true too.
 Failure ScriptUser::awaitControl(const Action& action, std::string_view what, const Condition& fits)
 {
     return await(std::string(what) + " " + std::to_string(action.id) + " that takes input", [&] {
@@ -191,7 +193,7 @@ Failure ScriptUser::setCheck(const Action& action, bool on)
     if (failure || !clicked)
         return failure;
 
-    // A click doesn't uncheck a radio button, and a program can undo a click.
+    // The result is checked, because a click doesn't uncheck a radio button, and a program can undo a click.
     failure = await("a window", [] { return true; });
     if (!failure && window::readWindow(control_.window, control_) && !isAsWanted())
         return "a click doesn't " + std::string(on ? "check " : "uncheck ") + std::to_string(action.id) +
@@ -199,7 +201,8 @@ Failure ScriptUser::setCheck(const Action& action, bool on)
     return failure;
 }
 
-// Each input waits until the program has handled the one before. Otherwise it would be dropped.
+// Posts the inputs to an edit. A busy program drops input. So each input is posted only after the program has handled
+// the one before it.
 Failure ScriptUser::editBy(const Action& action, std::initializer_list<Condition> inputs)
 {
     for (const Condition& input : inputs) {
@@ -333,7 +336,8 @@ Failure ScriptUser::printText()
     return failure;
 }
 
-// Answers the message box in front if a standing answer fits. True if it did. The script's actions don't get that box.
+// A standing answer is one that the script set with the action `answer`. If such an answer matches the message box in
+// front, answers the box and returns true. The script's other actions don't see that box.
 bool ScriptUser::giveStandingAnswer()
 {
     if (top_.kind != WindowKind::MessageBox)
@@ -354,7 +358,7 @@ bool ScriptUser::giveStandingAnswer()
     return false;
 }
 
-// True if the program waits for input with a window in front, which is then in top_.
+// If the program waits for input with a window in front, sets top_ to that window and returns true.
 bool ScriptUser::findTop()
 {
     if (!screen_.programIsIdle())

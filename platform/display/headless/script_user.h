@@ -1,6 +1,7 @@
-// script_user.h - does the actions of a script on the screen.
+// script_user.h - performs the actions of a script on the screen.
 //
-// Each action waits until the program takes input and the action is possible. The script's thread only.
+// Each action waits until the program takes input and the action is possible. Only the script's thread may use a
+// ScriptUser.
 #pragma once
 
 #include "script.h"
@@ -17,13 +18,13 @@
 
 namespace platform::headless {
 
-// Why an action failed, without its line number. Nothing if it was done.
+// Why an action failed, without its line number. Empty if the action was done.
 using Failure = std::optional<std::string>;
 
 class ScriptUser {
 public:
-    // `timeout`: how long an action may wait until it can be done, zero for no limit.
-    // `output`: for what `print` writes, or null.
+    // `timeout`: how long an action may wait until it can be done, zero for no limit. `output`: the stream to which
+    // `print` writes, or null.
     ScriptUser(ScriptScreen& screen, Transcript& transcript, std::chrono::milliseconds timeout, std::ostream* output)
         : screen_(screen), transcript_(transcript), timeout_(timeout), output_(output)
     {
@@ -31,8 +32,8 @@ public:
 
     [[nodiscard]] Failure perform(const Action& action);
 
-    // Closes all windows, the main window last, and waits for the program's end. Standing answers stay in force. False
-    // if the program can't be closed.
+    // Closes all windows, the main window last, and waits for the program's end. Answers that the script set with the
+    // action `answer` still apply. Returns false if the program can't be closed.
     [[nodiscard]] bool closeProgram();
 
 private:
@@ -40,8 +41,9 @@ private:
 
     using TreeInput = std::function<bool(HWND, const window::TreeItemState&)>;
 
-    // Waits until the program waits for input with a window in front, and `holds` is true. `holds` can post input: it
-    // is called only then, and again only if it was false. `atMost`: a shorter timeout for this call.
+    // Waits until the program waits for input with a window in front and `holds` returns true. `holds` is called only
+    // while the program waits for input, so it can post input. It is called again only after it has returned false.
+    // `atMost` replaces a longer timeout for this call.
     [[nodiscard]] Failure await(std::string_view expected, const Condition& holds,
                                 std::optional<std::chrono::steady_clock::duration> atMost = std::nullopt);
     [[nodiscard]] Failure awaitControl(const Action& action, std::string_view what, const Condition& fits);
@@ -58,7 +60,7 @@ private:
     [[nodiscard]] Failure cancel();
     [[nodiscard]] Failure close();
     [[nodiscard]] Failure key(const Action& action);
-    // On the tree view and the date picker. Defined in tree_actions.cpp.
+    // The actions on the tree view and the date picker are defined in tree_actions.cpp.
     [[nodiscard]] Failure atTreeItem(const Action& action, const TreeInput& input);
     [[nodiscard]] Failure foldTreeItem(const Action& action, bool expand);
     [[nodiscard]] Failure clickTreeItem(const Action& action);
@@ -83,7 +85,7 @@ private:
     std::chrono::milliseconds timeout_;
     std::ostream* output_;
     std::vector<Action> standingAnswers_;
-    std::string waitingLine_;  // for the transcript, until the action takes effect
+    std::string waitingLine_;  // the action's line, until await() adds it to the transcript
     HWND answered_ = nullptr;  // the message box that got the last standing answer
 
     // The window and control that await() and awaitControl() found last.

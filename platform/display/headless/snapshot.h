@@ -1,4 +1,4 @@
-// snapshot.h - a window and its controls as they are at one moment.
+// snapshot.h - a copy of the state of a window and its controls.
 #pragma once
 
 #include "window/display.h"
@@ -13,11 +13,12 @@ struct Snapshot {
     std::vector<window::WindowState> controls;  // in creation order
 };
 
-// Nothing for a dead window.
+// Returns nothing if the window doesn't exist any more. The core's mutex is locked for each window separately, so the
+// program can change a control between two copies.
 [[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
 
-// The same for a caller inside Display::changed, which holds the core's mutex. A window that exists only for a moment
-// can be seen only then.
+// Returns the same for a caller inside Display::changed, where the core's mutex is held. So nothing changes while the
+// windows are copied. A window that exists only for a moment can be read only in this way.
 [[nodiscard]] std::optional<Snapshot> snapshotUnderLock(HWND window) REQUIRES(window::coreMutex);
 
 }  // namespace platform::headless

@@ -1,7 +1,7 @@
-// transcript.h - a line about each event on the screen, in order. docs/script.md describes the lines.
+// transcript.h - collects a line about each event on the screen, in order. docs/script.md describes the lines.
 //
-// Any thread adds lines, also under the window core's lock. Only the script's thread writes them to the file, so that
-// no thread waits for the file while it holds that lock.
+// Any thread may add lines, even while it holds the window core's mutex. Only the script's thread writes the lines to
+// the file, so that no thread waits for the file while it holds that mutex.
 #pragma once
 
 #include <iosfwd>
@@ -26,7 +26,7 @@ private:
     std::string pending_;
 };
 
-// The text on one line, in double quotes, as UTF-8. Quotes in the text are doubled.
+// Returns the text on one line, in double quotes, as UTF-8. Quotes in the text are doubled.
 std::string quoted(std::u16string_view text);
 
 }  // namespace platform::headless

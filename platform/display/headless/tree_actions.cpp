@@ -41,7 +41,7 @@ bool readNumber(std::string_view text, WORD& number)
     return error == std::errc() && end == text.data() + text.size();
 }
 
-// "2026-11-24".
+// Reads a date such as "2026-11-24".
 std::optional<SYSTEMTIME> parseDate(const std::string& text)
 {
     constexpr std::size_t Length = 10;

@@ -1,7 +1,7 @@
 // tree_reading.h - the items of a tree view that a user can see.
 //
-// The path of an item consists of the texts from the top item to it, separated by backslashes. Items below a collapsed
-// item aren't found.
+// The path of an item consists of the texts of its ancestors, from the top item down, and its own text. Backslashes
+// separate the texts. Items below a collapsed item aren't found.
 #pragma once
 
 #include "tree_control/tree_display.h"
@@ -15,13 +15,14 @@
 
 namespace platform::headless {
 
-// The visible tree view of a window; null if it has none.
+// Returns the visible tree view of a window, or null if the window has none.
 HWND findTree(HWND top);
 
-// The first item with this path, with regard to case.
+// Returns the first item with this path, with regard to case.
 std::optional<window::TreeItemState> findTreeItem(HWND tree, std::u16string_view path);
 
-// Each visible item with its image, as in "Files [3]", indented by two blanks for each level.
+// Returns a line for each visible item, such as "Files [3]". The number is that of the item's picture. The line is
+// indented by two blanks for each level.
 std::vector<std::u16string> linesOfTree(HWND tree);
 
 }  // namespace platform::headless

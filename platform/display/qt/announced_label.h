@@ -1,7 +1,7 @@
-// announced_label.h - a label whose text a screen reader speaks when the label asks for it, wherever the focus is.
+// announced_label.h - a label whose text a screen reader speaks on request, even if the focus is elsewhere.
 //
-// The toolkit passes announcements to screen readers only since version 6.8. So the label is a notification for them,
-// which they speak when it appears.
+// Versions of the toolkit before 6.8 can't pass announcements to screen readers. So the label presents itself to screen
+// readers as a notification. A screen reader speaks a notification when it appears.
 #pragma once
 
 #include <QLabel>
@@ -12,7 +12,7 @@ class AnnouncedLabel final : public QLabel {
 public:
     explicit AnnouncedLabel(QWidget* parent = nullptr);
 
-    // Has the present text spoken.
+    // Makes a screen reader speak the current text.
     void announce();
 };
 

@@ -24,7 +24,7 @@ using window::BandState;
 using window::BarButton;
 using window::MenuItem;
 
-// If the text has no mnemonic, its first letter becomes one.
+// If the text has no mnemonic, its first letter becomes its mnemonic.
 QString withMnemonic(const std::u16string& text)
 {
     const QString shown = toQt(text);
@@ -77,7 +77,8 @@ QString contentOf(const std::vector<MenuItem>& items)
     return content;
 }
 
-// Everything of the bands that is visible, as one text to compare.
+// Returns the whole visible content of the bands as one text. As long as this text stays the same, the bar needn't be
+// built again.
 QString contentOf(const std::vector<BandState>& bands)
 {
     QString content;
@@ -93,7 +94,8 @@ QString contentOf(const std::vector<BandState>& bands)
     return content;
 }
 
-// What the button does, and its keys. Only the tip shows these: the menu item that does the same has them.
+// Returns the tip of a button. It says what the button does, and shows the keys of its command. The shortcut itself
+// belongs to the menu item with the same command.
 QString tipOf(const BandState& band, const BarButton& button)
 {
     QString tip = pictureName(band.bitmapId, button.image);
@@ -115,7 +117,7 @@ BandBar::BandBar(QWidget* parent, std::function<void(WORD)> command, QMenu& ownM
 
 void BandBar::show(const std::vector<BandState>& bands)
 {
-    // The core also reports a change whenever the window's size changes. Nothing visible here depends on that.
+    // The core also reports a change whenever the window's size changes. Nothing visible here depends on the size.
     const QString content = contentOf(bands);
     if (content == shown_)
         return;
@@ -132,7 +134,7 @@ void BandBar::show(const std::vector<BandState>& bands)
 
 void BandBar::openMenu()
 {
-    // The menu takes the focus, and gives it back when it closes.
+    // The menu takes the focus. When the menu closes, the focus returns to the widget that had it before.
     if (menu_ && !menu_->actions().isEmpty())
         menu_->setActiveAction(menu_->actions().front());
 }
@@ -151,7 +153,7 @@ void BandBar::addMenu(const std::vector<MenuItem>& items)
 {
     menu_ = new BandMenu(this);
     menu_->setAccessibleName(tr("Menu"));
-    // Some desktops would move it out of the window.
+    // Some desktops would move a native menu bar out of the window.
     menu_->setNativeMenuBar(false);
     menu_->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Preferred);
     for (const MenuItem& item : items)

@@ -19,8 +19,8 @@ namespace platform::qt {
 
 class BandBar final : public QWidget {
 public:
-    // `command` is called with the id of the menu item or button that the user chose.
-    // `ownMenu` follows the program's menus.
+    // `command` is called with the id of the menu item or button that the user chose. `ownMenu` is shown after the
+    // program's menus.
     BandBar(QWidget* parent, std::function<void(WORD)> command, QMenu& ownMenu);
 
     void show(const std::vector<window::BandState>& bands);
@@ -36,7 +36,7 @@ private:
     QMenu& ownMenu_;
     QHBoxLayout* row_;
     QMenuBar* menu_ = nullptr;
-    QString shown_;  // contentOf() the bands
+    QString shown_;  // contentOf() of the bands that are shown
 };
 
 }  // namespace platform::qt

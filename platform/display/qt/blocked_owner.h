@@ -1,6 +1,6 @@
-// blocked_owner.h - keeps the user's input from the owner of a question, except for a request to close it.
+// blocked_owner.h - blocks the user's input to the owner window of a question, except a request to close the owner.
 //
-// The toolkit's own modality would block that request too.
+// A modal window of the toolkit would block that request too.
 #pragma once
 
 #include <QObject>
@@ -12,7 +12,8 @@ namespace platform::qt {
 
 class BlockedOwner final : public QObject {
 public:
-    // Until it is destroyed. `closing` is called when the user asks to close the owner. The owner isn't closed.
+    // Blocks the owner until this object is destroyed. `closing` is called when the user asks to close the owner. The
+    // request itself doesn't close the owner.
     BlockedOwner(QWidget& owner, QWidget& question, std::function<void()> closing);
 
 protected:

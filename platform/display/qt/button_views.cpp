@@ -17,11 +17,12 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// A setting of the program that no run reads.
+// The text of the check box for a setting that no run reads.
 constexpr std::u16string_view VerifyText = u"Verify backuped file";
 
-// A mouse press doesn't move the focus: the core does that after the click. Tab goes to the core too, but without this
-// policy a screen reader would take the button for one that can't have the focus.
+// Sets a policy with which a mouse press doesn't move the focus, because the core moves the focus after the click. The
+// core handles Tab too. But without Qt::TabFocus, a screen reader would treat the button as one that can't have the
+// focus.
 void acceptFocus(QWidget& button)
 {
     button.setFocusPolicy(Qt::TabFocus);
@@ -54,7 +55,8 @@ public:
     int rowMiddle() const override { return height() / 2; }
 };
 
-// A check box or a radio button. A click doesn't change its state: the core decides, and then follow() shows the state.
+// A check box or a radio button. A click doesn't change the state of the widget. The core decides about the new state,
+// and then follow() shows it.
 template <class Button>
 class CheckView final : public Button, public View {
 public:
@@ -96,20 +98,22 @@ protected:
     void nextCheckState() override {}
 
 private:
-    // A screen reader toggles the widget without a click. The core gets a click instead.
+    // Called when a screen reader toggles the widget without a click. Undoes the toggle, and posts a click to the core
+    // instead.
     void refuseToggle()
     {
         if (following_)
             return;
         const bool wanted = Button::isChecked();
         showChecked();
-        // When a radio button was checked, the toolkit has unchecked another one. That isn't an input.
+        // When a radio button is checked, the toolkit unchecks another one. That isn't input of the user.
         if (!isRadio || wanted)
             input().click(this->window());
     }
 
-    // Screen readers recognise radio buttons by their exclusiveness. But only the core knows their groups, so the
-    // toolkit must not uncheck the others here.
+    // Shows the checked state. Only the core knows the groups of radio buttons, so the toolkit must not uncheck other
+    // buttons here. That is why autoExclusive is off during the change. A radio button has this property at all other
+    // times, because screen readers recognise radio buttons by it.
     void showChecked()
     {
         following_ = true;
@@ -129,7 +133,7 @@ class GroupView final : public QGroupBox, public View {
 public:
     GroupView(HWND window, const UserInput& input, QWidget* parent) : QGroupBox(parent), View(window, input)
     {
-        // The buttons inside are its siblings, and must get the mouse.
+        // The buttons inside the group box are its siblings. They must receive the mouse events.
         setAttribute(Qt::WA_TransparentForMouseEvents);
         lower();
     }

@@ -26,7 +26,7 @@ void ChangeBatch::changed(HWND window, window::Change change)
 
 void ChangeBatch::textChanged(HWND window, std::u16string_view)
 {
-    changed(window, window::Change::Text);  // the screen reads the text when it shows it
+    changed(window, window::Change::Text);  // the screen reads the text from the core when it shows the text
 }
 
 std::vector<Changed> ChangeBatch::take()
@@ -40,7 +40,7 @@ void ChangeBatch::waitUntil(const std::function<bool()>& condition, std::chrono:
     const auto end = std::chrono::steady_clock::now() + timeout;
     std::unique_lock lock(mutex_);
     while (true) {
-        // An Idle that comes while the condition is checked changes the count, so the wait below returns at once.
+        // If an Idle arrives while the condition is checked, the count changes. So the wait below returns at once.
         const unsigned seen = idles_;
         lock.unlock();
         if (condition())

@@ -1,8 +1,8 @@
 // change_batch.h - the changes in the window core since the screen was last updated.
 //
-// Any thread of the program adds changes. The display's thread takes them once per frame, and then reads the windows'
-// current state. So a run that sets its counter 100,000 times a second updates the screen only once per frame: a
-// further change of the same window only sets a bit. Uses no toolkit.
+// Any thread of the program adds changes. The display's thread takes the changes once per frame, and then reads the
+// windows' current state. A further change of the same window only sets a bit. So a run that sets its counter 100,000
+// times a second updates the screen only once per frame. This class uses no toolkit.
 #pragma once
 
 #include "window/display.h"
@@ -33,14 +33,14 @@ private:
 };
 
 struct Changed {
-    HWND window = nullptr;  // null for changes that concern all windows: Idle, Busy, Cursor
+    HWND window = nullptr;  // null for Idle, Busy, Cursor and Status
     Changes changes;
 };
 
 class ChangeBatch final : public window::Display {
 public:
-    // `begun` is called at the first change of each batch, on the thread that made the change and under the core's
-    // lock. It must return at once and call nothing of the core.
+    // `begun` is called at the first change of each batch, on the thread that made the change and with the core's mutex
+    // held. It must return at once and must not call the core.
     explicit ChangeBatch(std::function<void()> begun) : begun_(std::move(begun)) {}
 
     void changed(HWND window, window::Change change) override;
@@ -49,17 +49,18 @@ public:
     // Returns the batch, ordered by the first change of each window, and begins the next one.
     [[nodiscard]] std::vector<Changed> take();
 
-    // Returns when `condition` holds, or after `timeout`. Checks it first, and again each time that a thread of the
-    // program begins to wait for messages. `condition` may call the core.
+    // Returns when `condition` returns true, or after `timeout`. Calls `condition` first, and again each time that a
+    // thread of the program begins to wait for messages. `condition` may call the core.
     void waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 
 private:
     std::function<void()> begun_;
-    // Guards all below. Never locked around a call of the core, which holds its lock when it calls changed().
+    // Guards the members below. The core calls changed() with its own mutex held, and changed() locks this mutex. So
+    // this mutex must not be held during a call of the core. Otherwise two threads could wait for each other.
     std::mutex mutex_;
     std::condition_variable idlesGrew_;
     std::vector<Changed> entries_;
-    std::size_t last_ = 0;  // the entry of the last change, which the next change often repeats
+    std::size_t last_ = 0;  // the entry of the last change; the next change is often of the same window
     unsigned idles_ = 0;
 };
 

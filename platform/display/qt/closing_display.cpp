@@ -4,8 +4,9 @@ namespace platform::qt {
 
 using window::Change;
 
-// A change that comes while closeInputWindows() runs is counted, so the wait returns at once and no window is missed.
-// The mutex is free meanwhile: the core calls changed() under its lock, and closeInputWindows() takes that lock.
+// A change that is reported while closeInputWindows() runs is counted. In that case the wait returns at once, so no
+// window is missed. closeInputWindows() locks the core's mutex. The core calls changed() with that mutex held, and
+// changed() locks mutex_. So mutex_ must be unlocked during closeInputWindows().
 void ClosingDisplay::closeUntil(const std::function<bool()>& hasEnded)
 {
     window::setDisplay(this);
@@ -22,8 +23,8 @@ void ClosingDisplay::closeUntil(const std::function<bool()>& hasEnded)
     window::setDisplay(nullptr);
 }
 
-// The window in front comes first, so a question is closed before the window that it blocks. One request for each
-// window is enough, because the core keeps a request that comes while the program works.
+// Closes the window in front first, so a question is closed before the window that it blocks. One request for each
+// window is enough, because a close that arrives while the program is busy stays in the core's queue.
 void ClosingDisplay::closeInputWindows()
 {
     for (const HWND top : window::topLevelWindows()) {

@@ -1,6 +1,6 @@
 // closing_display.h - the display of a program that has lost its desktop: closes the windows until the program ends.
 //
-// Uses no toolkit.
+// This class uses no toolkit.
 #pragma once
 
 #include "window/display.h"
@@ -14,10 +14,10 @@ namespace platform::qt {
 
 class ClosingDisplay final : public window::Display {
 public:
-    // Replaces the current display, and returns when `hasEnded` holds. A run is completed. Each window that waits for
-    // the user is closed, which refuses a question.
+    // Replaces the current display. Returns when `hasEnded` returns true. A run in progress is completed. Each window
+    // that waits for the user is closed, and each question is answered with the button that refuses.
     void closeUntil(const std::function<bool()>& hasEnded);
-    // From any thread: `hasEnded` may hold now.
+    // Must be called when `hasEnded` may return true now. Any thread may call wake().
     void wake();
 
     void changed(HWND window, window::Change change) override;
@@ -26,7 +26,7 @@ public:
 private:
     void closeInputWindows();
 
-    std::mutex mutex_;  // of changes_
+    std::mutex mutex_;  // guards changes_
     std::condition_variable changesGrew_;
     unsigned changes_ = 0;
     std::set<HWND> closed_;  // only the thread in closeUntil() uses it

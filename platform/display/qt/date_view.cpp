@@ -45,7 +45,8 @@ public:
             followDate();
     }
 
-    // The toolkit's hint is that of a spin box, and some styles draw the arrow of the calendar wider.
+    // Returns a width that includes the calendar's arrow. The toolkit's size hint is that of a spin box, but some
+    // styles draw the calendar's arrow wider than the arrows of a spin box.
     int leastWidth() const override
     {
         QStyleOptionComboBox box;
@@ -59,7 +60,8 @@ public:
         const int needed = style()->sizeFromContents(QStyle::CT_LineEdit, &frame, text, lineEdit()).width();
         return std::max(box.rect.width(), needed + box.rect.width() - field.width());
     }
-    // The program's height is too small for the fonts of today. There is free space to the left.
+    // The height in the program's template is too small for current fonts, so the view can be higher. The view can also
+    // be wider than in the template. In that case it grows to the left, where there is free space.
     QRect geometryIn(const QRect& rect) const override
     {
         QRect whole = rect;
@@ -103,8 +105,8 @@ private:
         return widest;
     }
 
-    // Completes a year of two digits, which the toolkit would drop: the result is at most YearsAhead years in the
-    // future.
+    // Completes a year of two digits, which the toolkit would drop. The completed year is at most YearsAhead years in
+    // the future.
     void completeYear()
     {
         QString shortFormat = displayFormat();
@@ -125,7 +127,7 @@ private:
         if (!window::readDate(window(), date))
             return;
         const QDate wanted(date.wYear, date.wMonth, date.wDay);
-        // Setting the same date again would remove the digits of a field that is being typed.
+        // Setting the same date again would remove the digits that the user is typing into a field.
         if (wanted == this->date())
             return;
         following_ = true;

@@ -18,7 +18,8 @@ const QString Portal = QStringLiteral("org.freedesktop.portal.Desktop");
 constexpr uint PortalSuspend = 4;
 constexpr int LastWait = 1000;  // milliseconds
 
-// The toolkit would start a bus of its own for a session without one.
+// Is there a session bus? This must be checked before each use of the bus, because in a session without a bus the
+// toolkit would start a bus of its own.
 bool hasSessionBus()
 {
     return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") && QDBusConnection::sessionBus().isConnected();

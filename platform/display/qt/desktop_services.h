@@ -1,8 +1,8 @@
-// desktop_services.h - what the session's desktop offers for a run: its progress on the icon in the taskbar, no sleep
-// of the computer meanwhile, and a notification at its end.
+// desktop_services.h - services of the desktop for a run. They show the run's progress on the icon in the taskbar,
+// prevent the computer from sleeping during the run, and show a notification when the run ends.
 //
-// All of it goes over D-Bus and nothing waits for an answer. On a desktop without one of these services nothing
-// happens.
+// All calls go over D-Bus. Only the destructor waits for an answer. On a desktop without one of these services, the
+// calls to that service have no effect.
 #pragma once
 
 #include <QDBusPendingCall>
@@ -17,10 +17,11 @@ namespace platform::qt {
 class DesktopServices final : public QObject {
 public:
     DesktopServices() = default;
-    // Waits a moment until the last notification is with the desktop.
+    // Waits at most a second until the desktop has received the last notification.
     ~DesktopServices() override;
 
-    // A run begins: the computer doesn't sleep until endRun(). `reason` is for the user.
+    // Called when a run begins. Prevents the computer from sleeping until endRun(). The desktop can show `reason` to
+    // the user.
     void beginRun(const QString& reason);
     // The share of the run that is done, from 0 to 1.
     void showShare(double share);
@@ -33,10 +34,10 @@ private:
     void inhibitByPortal(const QString& reason);
     void updateLauncher(double share, bool visible);
 
-    unsigned run_ = 0;  // an inhibitor that arrives after its run is dropped
+    unsigned run_ = 0;  // number of the run; an inhibitor that arrives after its run has ended is dropped
     bool underway_ = false;
     int shownPercent_ = -1;
-    QDBusUnixFileDescriptor inhibitor_;  // the computer may sleep when it is closed
+    QDBusUnixFileDescriptor inhibitor_;  // when this descriptor is closed, the computer may sleep again
     QString portalRequest_;
     std::optional<QDBusPendingCall> notification_;
 };

@@ -5,16 +5,16 @@
 
 namespace platform::qt {
 
-// The role under which a model gives the detail of a row.
+// The role with which a model returns the detail of a row.
 inline constexpr int DetailRole = Qt::UserRole;
 
 class DetailDelegate final : public RowDelegate {
 public:
     using RowDelegate::RowDelegate;
 
-    // The distance of the column from the beginning of the texts, in pixels. 0: no row has a detail.
+    // Sets the distance of the column from the beginning of the texts, in pixels. 0 means that no row has a detail.
     void setColumn(int column) { column_ = column; }
-    // The distance for texts that are at most so wide.
+    // Returns the distance for a list whose widest text has that width.
     static int columnFor(int widestText, const QFontMetrics& metrics);
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;

@@ -1,4 +1,5 @@
-// device_menu.h - the window's own menu, beside those of the program: devices, cards and folders of the host.
+// device_menu.h - the menu that the window adds to those of the program. It opens devices, and adds cards and folders
+// of the host.
 #pragma once
 
 #include "start/window_module.h"
@@ -14,8 +15,9 @@ class DeviceMenu {
     Q_DECLARE_TR_FUNCTIONS(DeviceMenu)
 
 public:
-    // `window` outlives the menu and is the owner of its dialogs. Nothing can be added while the program doesn't rest,
-    // because the host stores it in the database that a run uses.
+    // `window` outlives the menu and is the owner of its dialogs. While `programRests` returns false, the program is
+    // busy and the user can't open or add anything. The reason is that the host stores additions in the database that a
+    // run uses.
     DeviceMenu(QWidget& window, const display::HostServices& host, std::function<bool()> programRests);
 
     QMenu& menu() { return menu_; }

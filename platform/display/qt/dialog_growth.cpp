@@ -8,7 +8,8 @@ namespace {
 
 using Kind = GrowingControl::Kind;
 
-// A list has more rows to show than a comment has lines.
+// How a list and an edit of several lines share additional height. A list gets more, because it has more rows than a
+// comment has lines.
 constexpr int ListWeight = 3;
 constexpr int LinesWeight = 1;
 
@@ -35,7 +36,7 @@ bool hasNeighbour(const GrowingControl& control, const std::vector<GrowingContro
         controls, [&](const GrowingControl& other) { return other.visible && isRightOf(other.rect, control.rect); });
 }
 
-// How far the control moves to the right and how much wider it gets.
+// Moves the rectangle of the control to the right, or makes it wider.
 void growSideways(const GrowingControl& control, const std::vector<GrowingControl>& controls, int extra, QRect& rect)
 {
     const bool besideGrowing = std::ranges::any_of(controls, [&](const GrowingControl& other) {

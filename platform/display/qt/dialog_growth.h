@@ -1,4 +1,5 @@
-// dialog_growth.h - where the controls of a dialog are if the user makes it larger than its template.
+// dialog_growth.h - computes the positions of a dialog's controls if the user makes the dialog larger than its
+// template.
 //
 // Lists and edits of several lines take the additional space. Controls below and beside them move.
 #pragma once
@@ -18,10 +19,10 @@ struct GrowingControl {
     bool visible = true;
 };
 
-// Whether there is a control that can take more space.
+// Is there a control that can take more space?
 bool canGrow(const std::vector<GrowingControl>& controls);
 
-// The rectangles of the controls, in the same order, in a dialog that is larger by `extra`.
+// Returns the rectangles of the controls, in the same order, for a dialog that is larger by `extra`.
 std::vector<QRect> grown(const std::vector<GrowingControl>& controls, QSize extra);
 
 }  // namespace platform::qt

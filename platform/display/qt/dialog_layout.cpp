@@ -1,5 +1,5 @@
-// dialog_layout.cpp - the layout of a dialog: that of its template in the user's font and style, and a larger one if
-// the user makes the window larger.
+// dialog_layout.cpp - computes the layout of a dialog from its template and the user's font and style. If the user
+// makes the window larger, the layout grows too.
 #include "dialog_view.h"
 
 #include "header_bar.h"
@@ -27,11 +27,12 @@ constexpr int FrameLine = 1;
 // Virtual pixels.
 constexpr int BottomMargin = 6;
 constexpr int RowTolerance = 3;
-// Rows of text: items, amount, time.
+// The rows of text below a progress bar: items, amount, time.
 constexpr int RunDetailRows = 3;
-// A text can have any length. If it needs a wider dialog than this, it wraps or is cut.
+// The largest factor by which a long text makes the dialog wider. A text that needs a still wider dialog wraps or is
+// cut.
 constexpr double MostStretch = 1.6;
-// Of the screen, for a dialog that is wider than its template when it opens.
+// If a dialog is wider than its template when it opens, it has at most this part of the screen's width.
 constexpr double LargestFirstWidth = 0.6;
 
 GrowingControl::Kind growthOf(const WindowState& state)
@@ -93,7 +94,6 @@ int DialogView::headerHeight() const
     return header_ ? header_->sizeHint().height() : 0;
 }
 
-// Places the parts of the window, and its controls as its size allows.
 void DialogView::layOut()
 {
     const int line = header_ ? FrameLine : 0;
@@ -111,7 +111,8 @@ void DialogView::layOut()
     grip_->raise();
 }
 
-// The size that the user gave it last time, otherwise as wide as its lists want.
+// Returns how much larger than its template the dialog opens. The dialog gets the size to which the user changed it
+// last time. If the user never changed its size, it is as wide as its lists need.
 QSize DialogView::findFirstExtra()
 {
     if (!canGrow(growing_))
@@ -158,8 +159,8 @@ void DialogView::placeControls(const DialogUnits& units)
     alignRows(units.scaled({0, 0, 0, RowTolerance}).height());
 }
 
-// Controls whose rows differ by at most `tolerance` pixels get their texts on one line. Templates place them a unit or
-// so apart.
+// If the rows of controls differ by at most `tolerance` pixels, moves the controls so that their texts are on one line.
+// In the templates such controls differ by about one unit.
 void DialogView::alignRows(int tolerance)
 {
     std::vector<int> rows;
@@ -176,7 +177,7 @@ void DialogView::alignRows(int tolerance)
     }
 }
 
-// The factor for the width that the widest text needs.
+// Returns the factor by which the dialog must be wider so that its widest text fits. The factor is at most MostStretch.
 double DialogView::stretchFor(const DialogUnits& units) const
 {
     double stretch = 1;

@@ -11,7 +11,7 @@ namespace platform::qt {
 
 using window::WindowKind;
 
-// The name of a control without a text, and the group of one that belongs to a group.
+// Sets the name of each control without a text, and the group of each control that belongs to a group.
 void DialogView::nameControls()
 {
     for (const Control& control : controls_) {
@@ -20,7 +20,7 @@ void DialogView::nameControls()
         const QString caption = windowTitle();
         const quillbox::ControlName known = quillbox::findControlName(fromQt(caption), control.state.id);
         if (kind == WindowKind::ProgressBar)
-            widget.setAccessibleName(caption);  // the texts beside it change
+            widget.setAccessibleName(caption);  // not a text beside the bar, because those texts change
         else if (kind == WindowKind::Edit || kind == WindowKind::ListBox || kind == WindowKind::DatePicker)
             widget.setAccessibleName(known.name.empty() ? nameFor(control) : toQt(std::u16string(known.name)));
         const QString group = known.group.empty() ? groupAround(control) : toQt(std::u16string(known.group));
@@ -29,7 +29,7 @@ void DialogView::nameControls()
     }
 }
 
-// The title of the group box around a button; empty if there is none.
+// Returns the title of the group box around a button, or an empty text if there is none.
 QString DialogView::groupAround(const Control& control) const
 {
     if (control.state.kind != WindowKind::Button)
@@ -42,8 +42,9 @@ QString DialogView::groupAround(const Control& control) const
     return {};
 }
 
-// Names a control without a text by the nearest text before it in its row, or else by the nearest text above it. A
-// distance above counts the dialog's width more, so a text in the row always wins.
+// Returns the name of a control without a text. The name is the nearest text to the left in the control's row, or if
+// there is none, the nearest text above the control. The width of the dialog is added to the distance of a text above.
+// So a text in the row is always nearer.
 QString DialogView::nameFor(const Control& control) const
 {
     const QRect own = control.view->widget().geometry();

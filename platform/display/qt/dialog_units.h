@@ -1,4 +1,5 @@
-// dialog_units.h - converts the core's virtual pixels to pixels of the desktop, by the dialog's font and style.
+// dialog_units.h - converts the core's virtual pixels to pixels of the desktop, according to the dialog's font and
+// style.
 //
 // In the core's layout of dialogs, 4 x 8 units of a template are 6 x 13 virtual pixels.
 #pragma once
@@ -18,7 +19,9 @@ struct DialogUnits {
     QRect scaled(const RECT& rect) const;
 };
 
-// x comes from the width of letters. y is large enough for the height that the style gives each kind of control.
+// Returns units for the font and style of the dialog. x is computed from the width of letters. y is large enough for a
+// row of text, a check box, an edit and a push button, with the heights that the style gives them. Other kinds of
+// controls aren't measured.
 DialogUnits dialogUnitsOf(const QWidget& dialog);
 
 }  // namespace platform::qt

@@ -46,7 +46,7 @@ std::vector<HWND> tabStopsOf(HWND dialog)
     return stops;
 }
 
-// Which keys an edit or a date picker does not handle itself.
+// Does an edit or a date picker leave this key to the dialog?
 bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifiers)
 {
     if (key == VK_ESCAPE || (key == VK_TAB && !(modifiers & Qt::ControlModifier)) || (modifiers & Qt::AltModifier))
@@ -56,7 +56,7 @@ bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifi
     return key == VK_RETURN && !breaksLines;
 }
 
-// A list box searches for the text that is typed.
+// Does the key type text? A list box searches for typed text.
 bool isTypedText(const QKeyEvent& event)
 {
     const bool commands = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier);
@@ -69,7 +69,8 @@ bool isForCore(const WindowState& state, WORD key, Qt::KeyboardModifiers modifie
         return false;
     if (state.kind == WindowKind::Edit || state.kind == WindowKind::DatePicker)
         return isForDialog(state, key, modifiers);
-    // The toolkit's button handles the space bar: it is pressed with the key, and clicked when the key is released.
+    // The toolkit's button handles the space bar itself. It shows the button as pressed while the key is down, and
+    // clicks it when the key is released.
     return state.kind != WindowKind::Button || key != VK_SPACE;
 }
 
@@ -135,7 +136,7 @@ void DialogView::followRun(const RunView& run)
                 u'\n'));
 }
 
-// Marks the button that Enter presses now as the default button.
+// Marks the button that Enter would press now as the default button.
 void DialogView::followFocus()
 {
     QAbstractButton* pressed = header_ ? header_->buttons().front() : nullptr;
@@ -170,7 +171,8 @@ const DialogView::Control* DialogView::controlOf(const QWidget* widget) const
     return found == controls_.end() ? nullptr : &*found;
 }
 
-// The control that has the focus in the core. The toolkit's focus can differ for a moment, or be in the header.
+// Returns the control that has the focus in the core. The toolkit's focus can be at another control for a moment, or in
+// the header.
 const DialogView::Control* DialogView::focusedControl() const
 {
     const auto found = std::find_if(controls_.begin(), controls_.end(), [](const Control& control) {
@@ -202,7 +204,7 @@ bool DialogView::eventFilter(QObject* watched, QEvent* event)
     return postKey(key);
 }
 
-// True if the dialog has handled the key.
+// Returns true if the dialog has handled the key.
 bool DialogView::postKey(QKeyEvent& event)
 {
     const WORD key = virtualKeyOf(event);
@@ -229,7 +231,8 @@ bool DialogView::postKey(QKeyEvent& event)
     return true;
 }
 
-// The push button in the row of an edit, which takes what is typed there. Enter presses it unless the edit is empty.
+// Returns the push button in the row of a single-line edit. The button acts on the text of the edit, so Enter in the
+// edit presses that button. Returns null if there is no such button or if the edit is empty.
 const DialogView::Control* DialogView::buttonBeside(const Control& edit) const
 {
     const auto* line = qobject_cast<const QLineEdit*>(&edit.view->widget());
@@ -245,8 +248,9 @@ const DialogView::Control* DialogView::buttonBeside(const Control& edit) const
     return found == controls_.end() ? nullptr : &*found;
 }
 
-// The core has no windows for the header's buttons. Tab reaches them after the core's last tab stop and before its
-// first. While one of them has the focus of the toolkit, the core's focus stays at the tab stop that had it before.
+// Handles Tab if the key moves the focus to, from or between the buttons of the header. Returns false if the core must
+// handle the key. The core has no windows for these buttons. Tab reaches them after the core's last tab stop and before
+// its first. While a button of the header has the toolkit's focus, the core's focus doesn't move.
 bool DialogView::tabThroughHeader(bool backward)
 {
     if (!header_)
@@ -268,7 +272,8 @@ bool DialogView::tabThroughHeader(bool backward)
         moveTo(stays ? (backward ? *(at - 1) : *(at + 1)) : (backward ? buttons.back() : buttons.front()));
         return true;
     }
-    // From the header to the tab stop on that side, which may still have the core's focus.
+    // The focus leaves the header and moves to the core's first or last tab stop. If that tab stop still has the core's
+    // focus, only the toolkit's focus must move.
     const Control* focused = focusedControl();
     if (focused && focused->view->window() == (backward ? stops.back() : stops.front()))
         moveTo(&focused->view->widget());
@@ -292,7 +297,9 @@ void DialogView::changeEvent(QEvent* event)
         showFocus();
 }
 
-// Corrects the focus: the toolkit chooses one when a window becomes active, and doesn't show it to mouse users.
+// Moves the toolkit's focus to the control with the core's focus, and makes the focus visible. When a window becomes
+// active, the toolkit chooses a control by itself. If the user uses the mouse, the toolkit doesn't show which control
+// has the focus.
 void DialogView::showFocus()
 {
     setAttribute(Qt::WA_KeyboardFocusChange);
@@ -300,8 +307,9 @@ void DialogView::showFocus()
         focused->view->widget().setFocus(Qt::TabFocusReason);
 }
 
-// A screen reader has given the control the focus: the mouse, Tab and this program give other reasons. The core must
-// get the focus too. The post is queued, because the toolkit is still changing the focus.
+// Posts to the core that the control gets the focus. Called when a screen reader has set the focus. If the mouse, Tab
+// or this program sets the focus, the focus event has another reason. The post is queued, because the toolkit is still
+// changing the focus.
 void DialogView::postFocus(const Control& control)
 {
     QMetaObject::invokeMethod(
@@ -329,7 +337,8 @@ void DialogView::paintEvent(QPaintEvent* event)
     QDialog::paintEvent(event);
     if (!header_)
         return;
-    // The window has no frame of the window manager, so nothing would separate it from the window below.
+    // The window has no frame of the window manager. Without this line nothing would separate the dialog from the
+    // window behind it.
     QPainter painter(this);
     drawOutline(painter, rect(), lineColor(palette()));
 }

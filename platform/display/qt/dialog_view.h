@@ -21,7 +21,7 @@ class HeaderBar;
 
 class DialogView final : public QDialog, public TopView {
 public:
-    // `modal`: its owner takes no input until the dialog is closed.
+    // `modal`: the owner takes no input until the dialog is closed.
     DialogView(const window::WindowState& state, const UserInput& input, QWidget* owner, bool modal);
 
     using View::window;
@@ -49,7 +49,7 @@ protected:
 private:
     struct Control {
         View* view;
-        window::WindowState state;  // when the control was added
+        window::WindowState state;  // as it was when the control was added
     };
 
     void arrange();
@@ -77,12 +77,12 @@ private:
     HeaderBar* header_ = nullptr;
     QLabel* runDetails_ = nullptr;  // below the controls of a dialog with a progress bar
     std::vector<Control> controls_;
-    QSizeGrip* grip_ = nullptr;            // the window has no frame of the window manager
+    QSizeGrip* grip_ = nullptr;            // needed for a window without a frame of the window manager
     RECT rect_{};                          // of the client area, virtual pixels
     std::vector<GrowingControl> growing_;  // the controls in the layout of the template
-    QSize least_;                          // of the window
-    QSize firstExtra_{0, 0};               // when it opened
-    QSize extra_{0, 0};                    // how much larger it is
+    QSize least_;                          // the smallest size of the window
+    QSize firstExtra_{0, 0};               // extra_ when the window opened
+    QSize extra_{0, 0};                    // how much larger than least_ the window is
 };
 
 }  // namespace platform::qt

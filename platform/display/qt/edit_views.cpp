@@ -19,8 +19,8 @@ QString withBreaks(QString text, const char* from, const char* to)
     return text.replace(QLatin1String(from), QLatin1String(to));
 }
 
-// What both kinds have in common. The toolkit does the editing. At each change the whole text goes to the core, which
-// can limit it. Derived classes connect the widget's signal to report().
+// The common part of single-line and multi-line edits. The toolkit edits the text. After each change the view posts the
+// whole text to the core, which can limit the length. Derived classes connect the widget's signal to report().
 template <class Widget>
 class EditBase : public Widget, public View {
 public:
@@ -59,7 +59,8 @@ protected:
     }
 
 private:
-    // While the program hasn't handled the typed text, the core's text is older than that of the widget.
+    // Shows the core's text. Until the program has handled the typed text, the core's text is older than that of the
+    // widget. So the widget keeps its own text in that time.
     void followText(const WindowState& state)
     {
         if (!Widget::hasFocus() || window::takesInput(this->window()))
@@ -108,7 +109,7 @@ public:
     void follow(const WindowState& state, Changes changes) override
     {
         EditBase::follow(state, changes);
-        // A text that can't be changed can be selected by keyboard, and long lines wrap.
+        // In a read-only edit the user can select text by keyboard, and long lines wrap.
         if (!isReadOnly())
             return;
         setLineWrapMode(QPlainTextEdit::WidgetWidth);

@@ -1,11 +1,11 @@
-// focus_outline.h - a line around the widget that has the focus, for widgets whose style draws none.
+// focus_outline.h - draws a line around a widget that has the focus, if the style draws no such line.
 #pragma once
 
 #include <QWidget>
 
 namespace platform::qt {
 
-// Covers its parent, `target`, and is visible while that has the focus.
+// Covers its parent, `target`, and is visible while `target` has the focus.
 class FocusOutline final : public QWidget {
 public:
     explicit FocusOutline(QWidget* target);

@@ -30,7 +30,7 @@ private:
     std::vector<QAbstractButton*> buttons_;
 };
 
-// Also removes the window manager's frame from the dialog.
+// Makes the bar of a dialog, and removes the window manager's frame from the dialog.
 HeaderBar* makeHeaderBar(QWidget* dialog, const std::function<void()>& ok, const std::function<void()>& close);
 
 }  // namespace platform::qt

@@ -39,7 +39,7 @@ WORD virtualKeyOf(const QKeyEvent& event)
         if (key == ofToolkit)
             return virtualKey;
     }
-    // Letters and digits have the same numbers in both.
+    // Letters and digits have the same numbers in the toolkit and on the platform.
     const bool plain = (key >= Qt::Key_A && key <= Qt::Key_Z) || (key >= Qt::Key_0 && key <= Qt::Key_9);
     return plain ? static_cast<WORD>(key) : WORD{0};
 }

@@ -1,4 +1,4 @@
-// keys.h - the toolkit's keys as virtual keys of the platform.
+// keys.h - converts keys of the toolkit to virtual keys of the platform, and scrolls a view by the arrow keys.
 #pragma once
 
 #include "ce/types.h"
@@ -8,10 +8,10 @@
 
 namespace platform::qt {
 
-// 0 for a key that the platform's windows don't use.
+// Returns 0 for a key that the platform's windows don't use.
 WORD virtualKeyOf(const QKeyEvent& event);
 
-// Scrolls by one step if `key` is an arrow key. False for any other key.
+// Scrolls by one step if `key` is an arrow key. Returns false for any other key.
 bool scrollByArrow(QAbstractScrollArea& area, int key);
 
 }  // namespace platform::qt

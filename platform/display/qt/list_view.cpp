@@ -31,8 +31,8 @@ using window::Change;
 using window::ListRow;
 using window::WindowState;
 
-constexpr int StepLetters = 8;  // for one step of the horizontal scroll bar, in average letters
-constexpr int CountMargin = 2;  // around the number of selected rows
+constexpr int StepLetters = 8;  // one step of the horizontal scroll bar, in average letters
+constexpr int CountMargin = 2;  // margin of the text with the number of selected rows, in pixels
 
 class Rows final : public QAbstractListModel {
 public:
@@ -72,8 +72,8 @@ private:
     std::vector<ListRow> rows_;
 };
 
-// A selection that only the core changes. The toolkit and screen readers call select() and setCurrentIndex(). Each such
-// request goes to the core as a click on the row, and follow() shows the result.
+// A selection that only the core changes. The toolkit and screen readers call select() and setCurrentIndex(). Each of
+// these calls posts a click on the row to the core, and follow() shows the result.
 class ListSelection final : public QItemSelectionModel {
 public:
     ListSelection(QAbstractItemModel* model, std::function<void(int)> request)
@@ -111,8 +111,8 @@ private:
     std::function<void(int)> request_;
 };
 
-// The sum of the widths of a text's UTF-16 units, each measured alone. It is nearly exact for most scripts. It is too
-// large where characters join or combine, and for characters of two units.
+// Estimates the width of a text as the sum of the widths of its UTF-16 units. The sum is nearly exact for most scripts.
+// It is too large if characters join or combine, or if a character has two units.
 class SummedWidth {
 public:
     explicit SummedWidth(const QFontMetrics& metrics) : metrics_(metrics) {}
@@ -140,9 +140,10 @@ bool isPlain(const std::u16string& text)
     return std::ranges::all_of(text, [](char16_t unit) { return unit < FirstMark; });
 }
 
-// The rows that can be the widest. The layout of 100,000 texts takes seconds, and the sums take some milliseconds. So
-// the sums choose the rows, and the caller lays out only those. Texts that aren't plain have sums that are too large,
-// and would displace all plain ones, so both kinds are chosen separately.
+// Returns rows of which one is probably the widest. The layout of 100,000 texts takes seconds, but SummedWidth takes
+// only milliseconds for them. So this function chooses rows by SummedWidth, and the caller lays out only those rows.
+// The sum of a text that isn't plain can be much too large. Such texts would displace all plain ones, so the widest
+// rows of each kind are chosen separately.
 std::vector<int> likelyWidest(const std::vector<ListRow>& rows, const QFontMetrics& metrics)
 {
     constexpr std::ptrdiff_t FewPlain = 8;
@@ -197,7 +198,8 @@ public:
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
         setTextElideMode(Qt::ElideNone);
         setHorizontalScrollMode(ScrollPerPixel);
-        // The dialog sends all other keys to the core, for which Left and Right mean Up and Down.
+        // Ctrl with an arrow key scrolls the list. The dialog sends all other keys to the core. To the core, Left and
+        // Right mean Up and Down.
         for (const Qt::Key arrow : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right}) {
             auto* scroll = new QShortcut(Qt::CTRL | arrow, this, nullptr, nullptr, Qt::WidgetShortcut);
             connect(scroll, &QShortcut::activated, this, [this, arrow] { scrollByArrow(*this, arrow); });
@@ -225,7 +227,7 @@ public:
             scrollTo(caret);
     }
 
-    // With details the rows are wider than the template's list.
+    // Rows with details are wider than the list in the template.
     int wantedWidth() override
     {
         const bool hasDetails = detailColumn() > 0;
@@ -277,7 +279,7 @@ protected:
         horizontalScrollBar()->setSingleStep(StepLetters * fontMetrics().averageCharWidth());
         QListView::doItemsLayout();
     }
-    // The toolkit would take the last row's width as that of all rows.
+    // Sets the width that the user can scroll. The toolkit would use the width of the last row for all rows.
     void updateGeometries() override
     {
         const int requested = virtualWidth_ > 0 ? extent_ * width() / virtualWidth_ : 0;
@@ -288,7 +290,7 @@ protected:
         count_.setGeometry(rows.left(), rows.bottom() + 1, rows.width(), viewportMargins().bottom());
     }
 
-    // After scrolling, the pointer is over another row.
+    // Hides the tip, because the pointer is over another row after scrolling.
     void scrollContentsBy(int dx, int dy) override
     {
         QListView::scrollContentsBy(dx, dy);
@@ -296,7 +298,8 @@ protected:
     }
 
 private:
-    // Only short lists have details.
+    // Returns the position of the column of details, or 0 if no row has a detail. All rows are measured, which is fast
+    // enough because only short lists have details.
     int detailColumn() const
     {
         if (std::ranges::none_of(rows_.all(), [](const ListRow& row) { return !row.detail.empty(); }))
@@ -317,7 +320,8 @@ private:
         return text.left() < 0 || text.right() >= viewport()->width();
     }
 
-    // Below the rows, once some are selected. A list can have many more than it shows.
+    // Shows the number of selected rows below the list if the number isn't 0. Without it the user couldn't see how many
+    // rows outside the view are selected.
     void showCount(std::ptrdiff_t selected)
     {
         count_.setText(QStringLiteral("%1 of %2 selected").arg(selected).arg(rows_.rowCount({})));
@@ -348,11 +352,11 @@ private:
     ListSelection selection_;
     DetailDelegate delegate_;
     FocusOutline outline_;
-    QLabel count_{this};  // of the selected rows; hidden if there are none
+    QLabel count_{this};  // the number of selected rows; hidden if it is 0
     int pressed_ = -1;
-    int widest_ = 0;        // row, pixels
+    int widest_ = 0;        // the width of the widest row, pixels
     int extent_ = 0;        // width that the program requests for the rows, virtual pixels
-    int virtualWidth_ = 0;  // of the list box, virtual pixels
+    int virtualWidth_ = 0;  // the width of the list box, virtual pixels
 };
 
 }  // namespace

@@ -22,7 +22,7 @@ using window::WindowState;
 constexpr const char* GeometryKey = "mainWindow/place";
 constexpr QSize FirstSize(60, 24);  // in average letters and rows
 
-// Has the command bands, and the tree below them as its only control.
+// The main window. It has the command bands, and the tree below them as its only control.
 class MainView final : public QMainWindow, public TopView {
 public:
     MainView(const WindowState& state, const UserInput& input, const display::HostServices& host)
@@ -104,7 +104,7 @@ private:
     DeviceMenu deviceMenu_;
     BandBar* bands_;
     StatusBar* status_;
-    bool toClose_ = false;  // when the program has finished what it does
+    bool toClose_ = false;  // the window is to close when the program isn't busy any more
 };
 
 }  // namespace

@@ -42,7 +42,7 @@ QMessageBox::Icon iconOf(UINT type)
     }
 }
 
-// The toolkit's button, with a text and a mnemonic in the user's language.
+// Returns the toolkit's button for the answer. It has a text and a mnemonic in the user's language.
 std::optional<QMessageBox::StandardButton> desktopButton(int id)
 {
     switch (id) {
@@ -65,7 +65,7 @@ std::optional<QMessageBox::StandardButton> desktopButton(int id)
     }
 }
 
-// A message box of the toolkit. It makes its own text and buttons from those of the core.
+// A message box of the toolkit. It makes its own text and buttons from the controls of the core's message box.
 class MessageView final : public QMessageBox, public TopView {
 public:
     MessageView(const WindowState& state, const UserInput& input, QWidget* owner)
@@ -84,10 +84,11 @@ public:
         setUp();
         if (state.jobQuestion)
             addAnswersForMore();
-        // Before the buttons, which would handle them.
+        // eventFilter() must get key presses before the buttons handle them.
         for (QWidget* child : findChildren<QWidget*>())
             child->installEventFilter(this);
-        // The toolkit would close the box when a button is clicked. It must stay until the core destroys the window.
+        // The toolkit would close the box when a button is clicked. But the box must stay until the core destroys the
+        // window.
         auto* row = findChild<QDialogButtonBox*>();
         disconnect(row, nullptr, this, nullptr);
         connect(row, &QDialogButtonBox::clicked, this, [this](QAbstractButton* button) { press(button); });
@@ -106,7 +107,7 @@ public:
     void reject() override { input().close(window()); }
 
 protected:
-    // Before this event the box has no size.
+    // The box is placed here, because it has no size before this event.
     void showEvent(QShowEvent* event) override
     {
         QMessageBox::showEvent(event);
@@ -117,7 +118,8 @@ protected:
         event->ignore();
         input().close(window());
     }
-    // A key that was down when the box appeared only repeats. It was meant for another window, so it answers nothing.
+    // A key that was already down when the box appeared arrives only as a repeated key press. It was meant for another
+    // window, so it must not answer the question.
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
@@ -140,7 +142,7 @@ protected:
     }
 
 private:
-    // The first letter of a button's text presses it, with or without Alt.
+    // Returns the button whose text begins with the typed letter. That letter presses the button, with or without Alt.
     QAbstractButton* buttonFor(const QString& typed) const
     {
         for (const auto& [button, window] : buttons_) {
@@ -164,7 +166,8 @@ private:
             input().click(found->second);
     }
 
-    // A job can ask about each of thousands of files.
+    // A job can ask the same question about thousands of files. So the box gets a check box that repeats the answer for
+    // all further questions, and a button that stops the run.
     void addAnswersForMore()
     {
         setCheckBox(new QCheckBox(QStringLiteral("&Do the same for all further questions of this kind")));
@@ -173,7 +176,7 @@ private:
         describeStop(QStringLiteral("What is done so far stays. The rest is left out."));
     }
 
-    // The user has asked to close the owner, which waits for the job.
+    // Called when the user has asked to close the owner. The owner can close only when the job has ended.
     void offerToClose()
     {
         closes_ = true;
@@ -207,7 +210,7 @@ private:
             if (icon() == NoIcon)
                 label->setContentsMargins({});
         }
-        // Without an icon the toolkit leaves its column of the grid empty.
+        // Without an icon the toolkit leaves the icon's column of the grid empty.
         auto* grid = qobject_cast<QGridLayout*>(layout());
         if (QLayoutItem* first = grid ? grid->itemAtPosition(0, 0) : nullptr; first && icon() == NoIcon) {
             if (QSpacerItem* indent = first->spacerItem())
@@ -219,7 +222,7 @@ private:
     {
         const auto standard = desktopButton(state.id);
         QPushButton* button = standard ? addButton(*standard) : addButton(toQt(state.text), QMessageBox::ActionRole);
-        button->setIcon({});  // as the buttons of a dialog's header
+        button->setIcon({});  // like the buttons of a dialog's header
         buttons_[button] = state.window;
         if (state.defaultButton) {
             setDefaultButton(button);
@@ -228,7 +231,7 @@ private:
     }
 
     std::map<QAbstractButton*, HWND> buttons_;
-    QPushButton* stop_ = nullptr;  // of a job's question
+    QPushButton* stop_ = nullptr;  // only in a job's question
     bool closes_ = false;          // the user has asked to close the owner
 };
 

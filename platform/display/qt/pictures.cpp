@@ -33,7 +33,7 @@ bool canDrawSvg()
     return can;
 }
 
-// The colour of the top left pixel is transparent.
+// Returns the picture in that cell. All pixels that have the colour of the strip's top left pixel are transparent.
 QIcon cutFromStrip(const Strip& strip, int cell)
 {
     if (strip.cell.isEmpty())

@@ -1,4 +1,4 @@
-// pictures.h - the program's pictures, by the number of the resource and the cell in it.
+// pictures.h - finds the program's pictures by the number of the resource and the cell in it.
 #pragma once
 
 #include "ce/types.h"
@@ -8,14 +8,14 @@
 
 namespace platform::qt {
 
-// The SVG picture, which is sharp at every scale. If the toolkit can't draw SVG, the bitmap of the resource. Empty if
-// there is no such picture.
+// Returns the SVG picture, which is sharp at every scale. If the toolkit can't draw SVG, returns a picture from the
+// resource's bitmap. The result is empty if there is no such picture.
 QIcon pictureOf(WORD resource, int cell);
 
-// The text that a screen reader reads. Empty if the picture has none.
+// Returns the text that a screen reader reads for the picture, or an empty text if there is none.
 QString pictureName(WORD resource, int cell);
 
-// What a tip says about it. Empty if there is nothing to say.
+// Returns the text of a tip for the picture, or an empty text if there is none.
 QString pictureTip(WORD resource, int cell);
 
 }  // namespace platform::qt

@@ -14,7 +14,7 @@ namespace platform::qt {
 
 namespace {
 
-// The toolkit's style draws lines in the window's colour, darker by this factor in hundredths.
+// The toolkit's style draws lines in the window's colour, but darker. This is the factor in hundredths.
 constexpr int Darkening = 140;
 // The side of a check box, as a part of the font's height.
 constexpr double BoxHeight = 0.75;
@@ -27,7 +27,8 @@ Option withVisibleLines(const Option& option)
     return visible;
 }
 
-// The toolkit's style draws the arrow of a selected row in the colour of other rows, and half transparent.
+// Draws the arrow of a selected row in the colour of selected texts. The toolkit's style would draw the arrow in the
+// colour for unselected rows, and half transparent.
 void drawExpander(QPainter& painter, const QStyleOption& option)
 {
     if (!option.state.testFlag(QStyle::State_Children))

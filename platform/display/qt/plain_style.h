@@ -1,4 +1,5 @@
-// plain_style.h - visible lines where the style of the desktop draws none.
+// plain_style.h - makes the toolkit's own style draw visible lines. The toolkit uses that style if the desktop has
+// none.
 #pragma once
 
 #include <QColor>
@@ -8,12 +9,12 @@ class QPainter;
 
 namespace platform::qt {
 
-// If the desktop has no style, adds visible lines, and boxes that grow with the font, to the toolkit's style.
-// Call it after the application object exists.
+// If the application uses the toolkit's own style, makes that style draw visible lines, and check boxes that grow with
+// the font. The application object must exist when usePlainStyle() is called.
 void usePlainStyle();
 
-// Draws a line of one pixel along the inner edge of the rectangle. It fills rectangles, because a pen's line can
-// disappear on a screen with a fractional scale.
+// Draws a line of one pixel along the inner edge of the rectangle. The line consists of filled rectangles, because the
+// line of a pen can disappear on a screen with a fractional scale.
 void drawOutline(QPainter& painter, const QRect& rect, const QColor& color);
 
 }  // namespace platform::qt

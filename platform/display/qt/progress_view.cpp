@@ -12,7 +12,8 @@ public:
     BarView(const WindowState& state, const UserInput& input, QWidget* parent)
         : QProgressBar(parent), View(state.window, input)
     {
-        setTextVisible(false);  // while the number of items isn't known, the bar starts again and again
+        setTextVisible(
+            false);  // no percentage, because the bar starts again and again while the number of items isn't known
     }
 
     using View::window;
@@ -26,7 +27,8 @@ public:
         setValue(state.progressPosition);
     }
 
-    // The program moves its bar by whole steps for each item, and not at all for many items.
+    // Shows how much of the run is done, and not the position of the program's bar. The program's bar moves by a whole
+    // step for each item. In a run of more than 1,000 items it doesn't move at all.
     void followRun(const RunView& run) override
     {
         showsRun_ = run.progress.underway;

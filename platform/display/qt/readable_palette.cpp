@@ -7,7 +7,7 @@ namespace platform::qt {
 
 namespace {
 
-// What WCAG 2.1 asks of texts, and of what isn't a text.
+// The contrast that WCAG 2.1 requires for texts, and for shapes that aren't texts.
 constexpr double TextContrast = 4.5;
 constexpr double ShapeContrast = 3;
 constexpr double Step = 0.05;
@@ -28,7 +28,7 @@ double luminance(const QColor& color)
     return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }
 
-// `color`, moved towards `end` until it has the contrast with `other`.
+// Returns `color`, moved towards `end` until the contrast of the result with `other` is at least `wanted`.
 QColor movedTo(const QColor& end, const QColor& color, const QColor& other, double wanted)
 {
     QColor moved = color;

@@ -1,18 +1,21 @@
-// readable_palette.h - colours of the desktop, changed where a text or a line would be hard to see.
+// readable_palette.h - replaces colours of the desktop that have too little contrast.
 #pragma once
 
 #include <QPalette>
 
 namespace platform::qt {
 
-// The ratio of two colours' luminances, from 1 to 21.
+// Returns the ratio of two colours' luminances, from 1 to 21.
 double contrast(const QColor& one, const QColor& other);
 
-// Of a line on the window's surface. At least 3 to 1 with usual colours, light or dark.
+// Returns the colour of a line on the window's surface, which is between the colours of the surface and of the text.
+// In usual palettes, light or dark, this colour has a contrast of at least 3 to 1 with the surface. In a palette whose
+// text has little contrast, the colour has less.
 QColor lineColor(const QPalette& palette);
 
-// Changes the background of a selection until its text has at least 4.5 to 1, and the text of what is disabled until it
-// has at least 3 to 1.
+// Changes the background of a selection until the selected text has a contrast of at least 4.5 to 1. Moves the colour
+// of disabled texts towards that of enabled texts until the contrast is at least 3 to 1. If the colour of enabled texts
+// itself has less contrast, so do the disabled texts.
 void makeReadable(QPalette& palette);
 
 }  // namespace platform::qt

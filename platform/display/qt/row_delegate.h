@@ -1,7 +1,7 @@
-// row_delegate.h - draws the rows of lists and trees with their texts on the same line.
+// row_delegate.h - draws the rows of lists and trees with their texts at the same height in each row.
 //
-// A character that the font lacks, such as the picture of a line break, comes from another font. The toolkit would move
-// the whole text of such a row up or down.
+// The toolkit draws a character that the font lacks, such as the symbol for a line break, in another font. It would
+// move the whole text of such a row up or down.
 #pragma once
 
 #include <QStyledItemDelegate>

@@ -8,11 +8,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The work that each item takes in addition to its bytes, as a number of bytes. So the share grows evenly with many
-// small files and with few large ones.
+// The work that each item takes in addition to its bytes, as a number of bytes. Because of this addition, the share
+// grows evenly both with many small files and with few large ones.
 constexpr double BytesOfAnItem = 64 * 1024;
 
-// An earlier estimate would jump about.
+// No estimate is shown before this time has passed and this share is done, because an early estimate would change too
+// much.
 constexpr auto ShortestWork = 2s;
 constexpr double SmallestShare = 0.02;
 

@@ -1,4 +1,4 @@
-// run_view.h - a run as the window shows it: how much of it is done, and how long the rest will take.
+// run_view.h - the part of a run that is done, and an estimate of how long the rest will take.
 #pragma once
 
 #include "kernel/run_progress.h"
@@ -10,7 +10,7 @@ namespace platform::qt {
 
 struct RunView {
     kernel::RunProgress progress;
-    double share = 0;  // of the work that is done, from 0 to 1
+    double share = 0;  // the part of the work that is done, from 0 to 1
     std::optional<std::chrono::seconds> remaining;
     bool closesAfterwards = false;  // the user has asked to close the window
 };
@@ -20,13 +20,13 @@ class RunClock {
 public:
     using Duration = std::chrono::steady_clock::duration;
 
-    // Called repeatedly while a run is underway. `waits`: a question is open.
+    // Called repeatedly while a run is underway. `waits` is true if a question is open.
     [[nodiscard]] RunView look(const kernel::RunProgress& progress, bool waits);
 
 private:
     unsigned run_ = 0;
-    Duration seen_{};    // of the run, at the last look
-    Duration worked_{};  // of that, without the questions
+    Duration seen_{};    // the run's time at the last call of look()
+    Duration worked_{};  // the part of seen_ in which no question was open
 };
 
 }  // namespace platform::qt

@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 
 constexpr auto BetweenLooks = 200ms;
 
-// Those that failed, and those that a stopped run didn't reach.
+// Returns the number of items that failed or that a stopped run didn't reach.
 std::size_t itemsLeftOut(const kernel::RunProgress& run)
 {
     const kernel::Trouble failed = run.run == RunRestores ? kernel::Trouble::Restoring : kernel::Trouble::Storing;
@@ -47,7 +47,8 @@ void RunWatch::programWorks()
         timer_.start();
 }
 
-// A run can begin and end between two looks.
+// A run can begin and end between two calls. So the run's number is compared with that of the last run whose outcome
+// was shown.
 void RunWatch::look()
 {
     const kernel::RunProgress progress = kernel::runProgress();

@@ -1,4 +1,4 @@
-// run_watch.h - shows in the windows and on the desktop how far a run has come, and what it has made at its end.
+// run_watch.h - shows the progress of a run and its outcome, in the windows and on the desktop.
 #pragma once
 
 #include "desktop_services.h"
@@ -17,12 +17,14 @@ class RunWatch final : public QObject {
 public:
     using Tops = std::unordered_map<HWND, TopView*>;
 
-    // Shows it in all of `tops`, whichever they are at that time.
+    // Each call of look() shows the run in all windows that are in `tops` at that time.
     RunWatch(const Tops& tops, std::function<bool()> programIsIdle);
 
-    // The program begins to do something, which may be a run. From then on it looks a few times a second.
+    // Must be called when the program becomes busy, perhaps with a run. From then on a timer calls look() a few times a
+    // second, until the program waits for input.
     void programWorks();
-    // Looks at once: the program waits for the user, or the windows are about to close.
+    // Reads the progress of the run and shows it. Must also be called when the program begins to wait for the user,
+    // when a window opens, and before the windows close.
     void look();
 
 private:
@@ -34,7 +36,7 @@ private:
     QTimer timer_;  // runs while the program is busy or a run is underway
     DesktopServices desktop_;
     RunClock clock_;
-    unsigned begun_;  // the last run of which the desktop knows
+    unsigned begun_;  // the last run that was reported to desktop_
     unsigned ended_;  // the last run whose outcome was shown
 };
 

@@ -21,8 +21,9 @@ using platform::display::WindowDesktopLost;
 using platform::display::WindowNoDesktop;
 using platform::display::WindowStart;
 
-// If the toolkit can't open the desktop or loses it, it ends the process and doesn't return to its caller. It writes a
-// message before that, so the message handler below does the remaining work. For this it needs the state of the start.
+// If the toolkit can't open the desktop or loses the connection to it, the toolkit writes a message and then ends the
+// process. It doesn't return to its caller. So the message handler below does the remaining work. The handler needs
+// this state.
 struct RunState {
     std::atomic<bool> windowsOpen = false;
     std::atomic<bool> programEnded = true;
@@ -30,7 +31,7 @@ struct RunState {
     ClosingDisplay closingDisplay;
 };
 
-// Never destroyed, because the program's thread can run longer than main().
+// Returns the state. It is never destroyed, because the program's thread can run longer than main().
 RunState& runState()
 {
     static auto& state = *new RunState;
@@ -51,7 +52,7 @@ void report(std::string_view sentence)
     std::_Exit(WindowNoDesktop);
 }
 
-// The toolkit's thread closes windows instead of showing them, until the program's thread has ended.
+// Makes the toolkit's thread close windows instead of showing them, until the program's thread has ended.
 void closeProgram()
 {
     runState().closingDisplay.closeUntil([] { return runState().programEnded.load(); });
@@ -75,8 +76,8 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& tex
         endWithLostDesktop();
         std::_Exit(WindowDesktopLost);
     }
-    // After one of these messages the toolkit ends the process. The exit handlers would be too late: before them,
-    // objects are destroyed that the program's thread still uses.
+    // After one of these messages the toolkit ends the process. The exit handlers would be too late, because objects
+    // that the program's thread still uses are destroyed before these handlers run.
     if (text.startsWith(QLatin1String("The X11 connection broke")) ||
         text.startsWith(QLatin1String("The Wayland connection broke")))
         endWithLostDesktop();
@@ -95,7 +96,8 @@ int showProgram(QApplication& application, const WindowStart& start)
         result = start.program();
         runState().programEnded = true;
         runState().closingDisplay.wake();
-        // Not quit(): it first asks the windows, and a window that is still on the screen would refuse.
+        // This calls exit(), because quit() would first ask the windows, and a window that is still on the screen would
+        // refuse.
         QMetaObject::invokeMethod(
             &application, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
     });
@@ -121,7 +123,8 @@ extern "C" int quillboxRunWithWindow(const WindowStart* start)
     usePlainStyle();
     QApplication::setQuitOnLastWindowClosed(false);  // the program decides when it ends
     runState().windowsOpen = true;
-    // For an end without a message. Registered after the application was made, so that it is called first.
+    // The toolkit can also end the process without a message. Exit handlers run in reverse order. This one is
+    // registered after the application was made, so that it runs before those of the toolkit.
     std::atexit(endWithLostDesktop);
     return showProgram(application, *start);
 }

@@ -25,7 +25,7 @@ constexpr auto FrameTime = 16ms;
 // How long the toolkit's thread waits for the program's reaction to an input. A run takes longer and continues after
 // the wait.
 constexpr auto ReactionTime = 50ms;
-// A shorter wait cursor would only flicker.
+// The wait cursor appears only if the program has been busy for this time, because a shorter one would only flicker.
 constexpr auto CursorTime = 150ms;
 
 bool isTopLevel(const WindowState& state)
@@ -33,7 +33,8 @@ bool isTopLevel(const WindowState& state)
     return (state.style & WS_CHILD) == 0;
 }
 
-// At any depth, also in a window owned by it. The toolkit's isAncestorOf() ends at windows.
+// Is the widget inside `owner` at any depth, or in a window that `owner` owns? The toolkit's isAncestorOf() doesn't
+// include such windows.
 bool isInside(const QWidget& widget, const QWidget& owner)
 {
     const QWidget* above = widget.parentWidget();
@@ -48,7 +49,6 @@ bool isAlive(HWND window)
     return window::readWindow(window, state);
 }
 
-// Shows the states that every kind of control has, then those of its kind.
 void followControl(View& view, const WindowState& state, Changes changes)
 {
     view.widget().setEnabled(state.enabled);
@@ -58,7 +58,8 @@ void followControl(View& view, const WindowState& state, Changes changes)
 
 }  // namespace
 
-// The batch calls back on a thread of the program and under the core's lock, so the call is only queued here.
+// The batch calls its function on a thread of the program and with the core's mutex held. So that function only queues
+// the start of the timer.
 Screen::Screen(display::HostServices host)
     : batch_([this] {
           QMetaObject::invokeMethod(
@@ -88,7 +89,7 @@ Screen::~Screen()
         host_.restoreRequest->setListener({});
     window::setDisplay(nullptr);
     runWatch_.look();
-    // Windows that the program destroyed after the last frame.
+    // Removes the windows that the program destroyed after the last frame.
     while (!tops_.empty())
         remove(tops_.begin()->first);
 }
@@ -97,7 +98,7 @@ void Screen::flush()
 {
     frameTimer_.stop();
     focus_ = nullptr;
-    // Before the changes are shown: a question that is answered for the user then never appears.
+    // This comes before the changes are shown, so that a dialog that setOpener_ answers for the user never appears.
     setOpener_.step();
     for (const Changed& changed : batch_.take())
         apply(changed);
@@ -119,7 +120,7 @@ void Screen::showReaction()
     flush();
 }
 
-// True if the thread of the main window waits for messages, even if another window is in front.
+// Returns true if the thread of the main window waits for messages, even if another window is in front.
 bool Screen::programIsIdle() const
 {
     return !main_ || window::takesInput(main_) || window::topLevelWindows().empty();
@@ -144,7 +145,7 @@ void Screen::apply(const Changed& changed)
         if (TopView* top = topOf(state.parent))
             addControl(*top, state);
     } else if (!state.parent || isAlive(state.parent)) {
-        build(state);  // If the owner is dead, its windows are about to be destroyed too.
+        build(state);  // A window whose owner doesn't exist any more is about to be destroyed too.
     }
 }
 
@@ -178,7 +179,8 @@ void Screen::applyGlobal(Changes changes)
         main->followStatus(window::programStatus());
 }
 
-// While the program was busy, an edit with the focus ignored its changes of the text.
+// Shows the text of the edit that has the focus. While the program was busy, the edit ignored the program's changes of
+// the text.
 void Screen::followFocusedEdit()
 {
     const auto focused =
@@ -271,7 +273,8 @@ void Screen::remove(HWND window)
     view->widget().deleteLater();
 }
 
-// The widget of a top-level window deletes its controls and the windows that it owns, even if the core still has them.
+// Removes the views of the controls in `top` and of the windows that `top` owns. The toolkit deletes the widgets of
+// these views together with `top`, even if the core still has the windows.
 void Screen::removeInside(const QWidget& top)
 {
     const auto isOwned = [&top](const auto& other) { return isInside(other.second->widget(), top); };

@@ -1,7 +1,8 @@
 // screen.h - shows all windows of the core on the desktop.
 //
 // The program's threads add changes to a batch. The toolkit's thread takes the batch once per frame, reads the current
-// state of the changed windows, and updates their views. All calls are made on the toolkit's thread.
+// state of the changed windows, and updates their views. The functions of Screen must be called on the toolkit's
+// thread.
 #pragma once
 
 #include "change_batch.h"
@@ -21,7 +22,7 @@ namespace platform::qt {
 
 class Screen final : public QObject {
 public:
-    // The core's display until it is destroyed.
+    // The new object is the core's display until its destruction.
     explicit Screen(display::HostServices host = {});
     ~Screen() override;
 
@@ -50,7 +51,7 @@ private:
     SetOpener setOpener_;
     QTimer frameTimer_;                      // runs while there are changes to show
     QTimer cursorTimer_;                     // runs while the program has been busy for a short time
-    std::unordered_map<HWND, View*> views_;  // top-level windows and controls. Each widget owns those inside it.
+    std::unordered_map<HWND, View*> views_;  // of top-level windows and controls; parents delete the widgets
     RunWatch::Tops tops_;
     RunWatch runWatch_;
     HWND main_ = nullptr;

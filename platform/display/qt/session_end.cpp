@@ -17,7 +17,8 @@ namespace {
 
 constexpr int None = -1;
 
-// It is never closed, because a signal can come later.
+// The descriptor of the event with which a signal handler wakes the toolkit's thread. It is never closed, because a
+// signal can arrive later.
 std::atomic<int> signalled = None;
 
 void noteSignal()

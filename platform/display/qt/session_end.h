@@ -7,11 +7,11 @@
 
 namespace platform::qt {
 
-// One at a time.
+// At most one object may exist at a time.
 class SessionEnd final : public QObject {
 public:
-    // Calls `end` on the toolkit's thread. A run, if there is one, has been asked before to
-    // stop at its next item.
+    // When the session ends or a signal arrives, asks a run in progress to stop at its next item, and then calls `end`
+    // on the toolkit's thread.
     explicit SessionEnd(const std::function<void()>& end);
 };
 

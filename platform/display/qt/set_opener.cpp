@@ -11,7 +11,7 @@ using window::WindowState;
 
 namespace {
 
-// The enabled window in front that waits for the user; null while the program works.
+// Returns the enabled window in front, or null while the program is busy. Sets `state` to the state of that window.
 HWND waitingWindow(WindowState& state)
 {
     for (const HWND top : window::topLevelWindows()) {
@@ -36,7 +36,7 @@ void SetOpener::step()
     if (!window)
         return;
     if (!commanded_) {
-        // A dialog that is open is the user's to end.
+        // If a dialog is open, nothing is posted. A later step posts the command after the user has closed the dialog.
         commanded_ = front.kind == WindowKind::Main && window::postCommand(window, quillbox::PartialRestore);
         return;
     }
@@ -44,7 +44,8 @@ void SetOpener::step()
         listFile_.reset();
 }
 
-// True if nothing is left to do: OK is pressed, or the window has no such row.
+// Selects the set's row, or presses OK if the row is selected already. Returns true if OK was pressed or if the dialog
+// has no such row. In both cases nothing is left to do.
 bool SetOpener::choose(HWND dialog) const
 {
     for (const HWND child : window::childrenOf(dialog)) {

@@ -1,7 +1,7 @@
-// set_opener.h - takes the user who opens a set to the selection of what to restore from it.
+// set_opener.h - opens the dialog for restoring from a set, after the user has opened the set in the file manager.
 //
-// It does what the user would do for that: the command for a partial restore, the click on the set's row, OK. If the
-// program asks anything else meanwhile, it leaves the rest to the user.
+// SetOpener posts the input that would lead the user to this dialog: the command for a partial restore, a click on the
+// set's row, and OK. If the program opens another dialog instead, SetOpener stops, and the user does the rest.
 #pragma once
 
 #include "ce/types.h"
@@ -13,10 +13,10 @@ namespace platform::qt {
 
 class SetOpener {
 public:
-    // `listFile` is the set's list on the device.
+    // `listFile` is the path of the set's list file on the device.
     void begin(std::u16string listFile);
 
-    // Does the next step if the program waits for it. To be called after each change.
+    // Does the next step if the program waits for input. Must be called after each change.
     void step();
 
 private:

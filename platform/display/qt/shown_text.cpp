@@ -9,13 +9,14 @@ namespace platform::qt {
 
 namespace {
 
-// A word that is wider than a fifth of the screen may break, after each twentieth of the screen's width.
+// If a word is wider than a fifth of the screen, it may break after each twentieth of the screen's width.
 constexpr int LongWords = 5;
 constexpr int Pieces = 20;
 
 constexpr QChar MayBreak(u'\u200B');  // zero width space
 
-// Breaks only between grapheme clusters, so that a letter keeps its accents.
+// Inserts MayBreak into the word, so that no piece is wider than `widest`. The breaks are only between grapheme
+// clusters, so that a letter isn't separated from its accents.
 QString inPieces(const QString& word, const QFontMetrics& metrics, int widest)
 {
     QTextBoundaryFinder boundaries(QTextBoundaryFinder::Grapheme, word);

@@ -1,4 +1,4 @@
-// shown_text.h - texts of the window core as the toolkit shows them, and back.
+// shown_text.h - converts texts of the window core to texts of the toolkit, and back.
 #pragma once
 
 #include <QFontMetrics>
@@ -8,18 +8,20 @@
 
 namespace platform::qt {
 
-// Without any change: for texts that the user can edit.
+// These functions change nothing in the text. They are for texts that the user can edit.
 QString toQtUnchanged(const std::u16string& text);
 std::u16string fromQt(const QString& text);
 
-// For display: names as on the host.
+// Converts a text for display. Names look as they do on the host.
 QString toQt(const std::u16string& text);
 
-// For display in one row: control characters, such as a line break in a name, become visible characters.
+// Converts a text for display in one row. Control characters, such as a line break in a name, become visible
+// characters.
 QString toQtLine(const std::u16string& text);
 
-// The text with invisible characters where a line may break: after each backslash, and within words that are long
-// compared with `screenWidth` (pixels). The toolkit cuts off what it can't break, and a name may be one long word.
+// Returns the text with additional invisible characters at which a line may break. They are after each backslash, and
+// within words that are long compared with `screenWidth` (in pixels). A name may be one long word, and the toolkit cuts
+// off a word that it can't break.
 QString breakable(const QString& text, const QFontMetrics& metrics, int screenWidth);
 
 }  // namespace platform::qt

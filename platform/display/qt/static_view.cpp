@@ -19,8 +19,8 @@ constexpr int Slack = 3;
 // Virtual pixels. A text wraps if the template gives it at least this height.
 constexpr int TwoRows = 26;
 
-// A path has no blanks, so a line breaks inside a word if necessary. If the rows aren't enough, three points replace a
-// part of the last one. QLabel can do neither.
+// A label. A path can be one word without blanks, so a line breaks inside a word if necessary. If the text needs more
+// rows than there are, three points replace a part of the last row. QLabel itself can do neither.
 class TextView final : public QLabel, public View {
 public:
     TextView(const WindowState& state, const UserInput& input, QWidget* parent)

@@ -116,7 +116,8 @@ void StatusBar::showMessage()
     newest_->setText(run_.isEmpty() ? newestSetText(status_) : QString());
     const bool hasNewest = !newest_->text().isEmpty();
     newest_->setVisible(hasNewest);
-    // Most texts have two rows in all, so the tree keeps its size when the text changes.
+    // The message and the newest set together take at least two rows. Most texts fit into two rows. So the size of the
+    // tree above the bar rarely changes when a text changes.
     message_->setMinimumHeight((hasNewest ? 1 : 2) * fontMetrics().lineSpacing());
 }
 

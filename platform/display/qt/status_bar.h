@@ -1,5 +1,5 @@
-// status_bar.h - the status bar below the main window: what is marked or how far a run has come, what the tree hides,
-// whether a backup deletes files, and the date of the newest set.
+// status_bar.h - the status bar below the main window. It shows what is marked or how far a run has come, what the tree
+// hides, whether a backup deletes files, and the date of the newest set.
 #pragma once
 
 #include "run_view.h"
@@ -19,15 +19,16 @@ public:
 
     void follow(const window::StatusState& status);
     void followRun(const RunView& run);
-    // The window has appeared. A screen reader speaks how to begin, if that is shown.
+    // Must be called when the window has appeared. If the bar shows the text on how to begin, a screen reader speaks
+    // it.
     void present();
-    // Shown until something else is marked or another run begins, and spoken by a screen reader.
+    // Shows the outcome of a run until the marks change or another run begins. A screen reader speaks the outcome.
     void showOutcome(const QString& outcome);
 
 private:
     void showMessage();
 
-    QLabel* notice_;  // what the user could overlook: a filter, the deletion of files. Hidden without these.
+    QLabel* notice_;  // facts that the user could overlook: a filter, the deletion of files. Hidden if neither applies.
     AnnouncedLabel* message_;
     QLabel* newest_;  // hidden during a run
     window::StatusState status_;

@@ -94,7 +94,7 @@ QLatin1String jobText(const RunProgress& run)
     return QLatin1String(run.run == RunRestores ? "restore" : "backup");
 }
 
-// A set by its number and storage where its path has the usual form, otherwise by its path.
+// Describes a set by its number and storage. If the path doesn't have the usual form, describes the set by the path.
 QString setText(const std::u16string& listPath, bool begins)
 {
     static const QRegularExpression usual(QStringLiteral(R"(^(.*)\\QUILBOX\\QLBX0*(\d+)\.QLT$)"));
@@ -153,7 +153,9 @@ QString itemsText(const RunView& run)
         .arg(QLocale().toString(run.progress.itemsDone), countText(run.progress.items, "item", "items"));
 }
 
-// Files can have grown since they were listed, and the sizes of databases aren't known beforehand.
+// More bytes can be done than were expected, because files can have grown since they were listed, and the sizes of
+// databases aren't known before the run. In that case the text shows the number of bytes that are done as the expected
+// number too.
 QString amountText(const RunView& run)
 {
     const RunProgress& progress = run.progress;

@@ -1,5 +1,5 @@
-// status_texts.h - the sentences of the status bar and the progress window, in the numbers and dates of the user's
-// locale.
+// status_texts.h - the sentences of the status bar and the progress window, with numbers and dates in the format of the
+// user's locale.
 #pragma once
 
 #include "run_view.h"
@@ -9,9 +9,9 @@
 
 namespace platform::qt {
 
-// What the next backup of selected items takes: "3 files (1.2 MB) and the registry are marked".
+// Says what the next backup of selected items will store: "3 files (1.2 MB) and the registry are marked".
 QString markedText(const window::StatusState& status);
-// Which files the tree hides; empty without a filter.
+// Says which files the tree hides. The text is empty if there is no filter.
 QString filterText(const window::StatusState& status);
 // "Newest set: 11/25/26 10:19 PM"; empty if there is none.
 QString newestSetText(const window::StatusState& status);
@@ -25,12 +25,12 @@ QString timeText(const RunView& run);
 // "Closes when the backup is done."
 QString closingText(const RunView& run);
 
-// For the desktop: "A backup is underway", and at its end "The backup is done".
+// Texts for the desktop: "A backup is underway", and when the run has ended, "The backup is done".
 QString runReason(const kernel::RunProgress& run);
 QString endedText(const kernel::RunProgress& run);
 
-// What a run has made: "Set 3 on \Stick: 214 files, 3 databases, registry, 38 MB in 12 s". `leftOut`: the number of
-// items that it couldn't store or restore.
+// What a run has made: "Set 3 on \Stick: 214 files, 3 databases, registry, 38 MB in 12 s". `leftOut` is the number of
+// items that the run couldn't store or restore.
 QString outcomeText(const kernel::RunProgress& run, std::size_t leftOut);
 
 }  // namespace platform::qt

@@ -22,7 +22,8 @@ void TopView::comeToFront()
     if (own.isMinimized())
         own.setWindowState(own.windowState() & ~Qt::WindowMinimized);
     own.raise();
-    // If a question blocks the window, the user must answer that first. Not each is modal for the toolkit.
+    // If a question blocks the window, the user must answer the question first. Some questions aren't modal windows for
+    // the toolkit, so this function also looks for message boxes.
     const auto boxes = own.findChildren<QMessageBox*>(Qt::FindDirectChildrenOnly);
     const auto box = std::ranges::find_if(boxes, &QWidget::isVisible);
     QWidget* question = box != boxes.end() ? *box : QApplication::activeModalWidget();

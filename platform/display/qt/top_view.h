@@ -12,21 +12,23 @@ public:
 
     // The parent widget of the controls.
     virtual QWidget& content() { return widget(); }
-    // True if the view makes its widgets itself, and no views of its controls.
+    // Returns true if the view makes the widgets of its controls itself. In that case no views are made for the
+    // controls.
     virtual bool makesOwnControls() const { return false; }
     // Called in the order in which the core created the controls.
     virtual void addControl(View& control, const window::WindowState& state) = 0;
     virtual void removeControl(View& control) = 0;
-    // One of its controls got or lost the focus.
+    // Called when a control of the window got or lost the focus.
     virtual void followFocus() {}
     virtual void followBands(HWND bands) { static_cast<void>(bands); }
-    // What the program reports for a status bar has changed, and a run has ended with this outcome.
+    // followStatus() is called when the status that the program reports has changed. showOutcome() is called when a run
+    // has ended.
     virtual void followStatus(const window::StatusState& status) { static_cast<void>(status); }
     virtual void showOutcome(const QString& outcome) { static_cast<void>(outcome); }
     // Has the user asked to close the window while the program works?
     virtual bool isToClose() const { return false; }
 
-    // Called once, when its controls exist: lays the window out and shows it over its owner.
+    // Lays the window out and shows it over its owner. Called once, when the controls exist.
     virtual void present() = 0;
     // Shows or removes the wait cursor.
     void setWaiting(bool waiting);

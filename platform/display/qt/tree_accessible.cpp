@@ -1,7 +1,8 @@
-// tree_accessible.cpp - the tree of the main window for screen readers.
+// tree_accessible.cpp - presents the tree of the main window to screen readers.
 //
-// The toolkit's accessible interface of a tree has no state for partly marked items. Its rows are numbered in the order
-// of display, without those below collapsed items, as in a table with one column.
+// The toolkit's accessible interface of a tree has no state for partly marked items. The interface in this file has
+// such a state. It numbers the rows in the order of display, like a table with one column. Rows below collapsed items
+// have no number.
 
 #include "tree_items_model.h"
 #include "view_makers.h"
@@ -24,14 +25,15 @@ namespace {
 // The view's events count the header as child 0, even if it is hidden.
 constexpr int HeaderChildren = 1;
 
-// All rows have the same height. So a row's number follows from its position, without counting the rows above.
+// Returns how far the view is scrolled. All rows have the same height, so rowOf() computes a row's number from its
+// position without counting the rows above.
 int scrolledPixels(const QTreeView& view, int rowHeight)
 {
     const int value = view.verticalScrollBar()->value();
     return view.verticalScrollMode() == QAbstractItemView::ScrollPerItem ? value * rowHeight : value;
 }
 
-// -1 for an item below a collapsed one.
+// Returns the number of the item's row, or -1 for an item below a collapsed one.
 int rowOf(const QTreeView& view, const QModelIndex& index)
 {
     const QRect rect = view.visualRect(index);
@@ -167,7 +169,7 @@ public:
                                                    : QAccessibleWidget::interface_cast(type);
     }
 
-    // Gives the current item a new object and reports that it has the focus.
+    // Makes a new accessible object for the current item and reports that this object has the focus.
     void reportFocusAgain()
     {
         const QModelIndex current = view_.currentIndex();
@@ -222,7 +224,8 @@ public:
     bool unselectRow(int) override { return false; }
     bool unselectColumn(int) override { return false; }
 
-    // The event names rows within a parent item. Instead, each known item is asked whether it still exists.
+    // The event contains row numbers within a parent item, which don't identify items here. So this function checks for
+    // each known item whether it still exists.
     void modelChange(QAccessibleTableModelChangeEvent* event) override
     {
         using Event = QAccessibleTableModelChangeEvent;
@@ -253,7 +256,7 @@ private:
         auto* known = static_cast<TreeItemAccessible*>(QAccessible::accessibleInterface(id));
         if (known && known->index() == index)
             return known;
-        if (known)  // of a deleted item, whose handle is in use again
+        if (known)  // `known` is of a deleted item whose handle is in use again
             QAccessible::deleteAccessibleInterface(id);
         id = QAccessible::registerAccessibleInterface(new TreeItemAccessible(&view_, index));
         return QAccessible::accessibleInterface(id);

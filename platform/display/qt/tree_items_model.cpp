@@ -13,7 +13,7 @@ namespace {
 
 using window::TreeItemState;
 
-// Invalid for an item that can't be marked.
+// Returns the check state for the mark. The result is invalid for an item that can't be marked.
 QVariant checkStateOf(quillbox::ShownMark mark)
 {
     switch (mark) {
@@ -205,7 +205,8 @@ void TreeItemsModel::forget(const Node& node)
     nodes_.erase(node.item);
 }
 
-// An item that the core has already deleted has no text and no image. The change that removes it comes next.
+// Returns the text, image and state of an item. If the core has deleted the item already, the result has no text and no
+// image. In that case the change that removes the item from the model arrives soon.
 const TreeItemState& TreeItemsModel::read(const Node& node) const
 {
     if (last_.item != node.item && !window::readTreeItem(tree_, node.item, last_)) {

@@ -22,8 +22,8 @@ public:
     // `toggle` is called with an item whose check state a screen reader changes.
     TreeItemsModel(HWND tree, std::function<void(HTREEITEM)> toggle, QObject* parent);
 
-    // Applies the removed, inserted and updated items, in this order. True if the button of an updated item appeared or
-    // disappeared.
+    // Applies the removed, inserted and updated items, in this order. Returns true if the button of an updated item
+    // appeared or disappeared.
     bool apply(const window::TreeChanges& changes);
     void setPictures(const window::TreePictures& pictures);
 
@@ -34,9 +34,11 @@ public:
     QModelIndex parent(const QModelIndex& index) const override;
     int rowCount(const QModelIndex& parent) const override;
     int columnCount(const QModelIndex&) const override { return 1; }
-    // True for an item with a button: its children may be inserted only when it is expanded.
+    // Returns true for an item with a button, even if the item has no children yet. The program may insert the children
+    // only when the item is expanded.
     bool hasChildren(const QModelIndex& parent) const override;
-    // Text, picture, and the meaning of the picture as a description, a tip and a check state.
+    // Returns the text or the picture of an item, or the meaning of the picture as a description, a tip or a check
+    // state.
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;

@@ -16,7 +16,7 @@ TreeMarking::TreeMarking(HWND tree, HTREEITEM item) : tree_(tree)
     const WORD bitmap = window::treePictures(tree).bitmapId;
     const ShownMark mark = quillbox::shownMark(bitmap, state_.image);
     isFolder_ = quillbox::isFolderThatTakesMarks(bitmap, state_.image);
-    // The top items "Databases" and "Files" show what is marked below them, and take no mark.
+    // The top items "Databases" and "Files" show what is marked below them, and can't be marked themselves.
     canClick_ = !isFolder_ && mark != ShownMark::None && (state_.level > 0 || !state_.hasButton);
     isMarked_ = (isFolder_ && mark == ShownMark::PartlyMarked) || (canClick_ && mark == ShownMark::Marked);
 }
@@ -31,7 +31,8 @@ void TreeMarking::set(const UserInput& input, bool marked) const
 
 void TreeMarking::expandAllBelow(const UserInput& input) const
 {
-    // Only a folder or a top item has a button, and the click that selects one marks nothing.
+    // treeKey() first clicks the item to select it. Only a folder or a top item has a button, and a click on such an
+    // item marks nothing.
     if (canExpand())
         input.treeKey(tree_, state_.item, VK_MULTIPLY);
 }

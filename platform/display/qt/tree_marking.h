@@ -1,4 +1,5 @@
-// tree_marking.h - what a row's picture says about marking: how the user marks and unmarks the item.
+// tree_marking.h - marks and unmarks an item of the tree for the user. The picture in the item's row shows whether the
+// item can be marked.
 #pragma once
 
 #include "user_input.h"
@@ -7,7 +8,7 @@
 
 namespace platform::qt {
 
-// A folder is marked by a command, any other item by a click, which marks and unmarks by turns.
+// Commands mark and unmark a folder. A click marks any other item, and the next click unmarks it.
 class TreeMarking {
 public:
     TreeMarking(HWND tree, HTREEITEM item);
@@ -19,7 +20,7 @@ public:
 
     void mark(const UserInput& input) const { set(input, true); }
     void unmark(const UserInput& input) const { set(input, false); }
-    // A folder of which something is marked looks marked.
+    // A folder is treated as marked if anything in it is marked.
     void toggle(const UserInput& input) const { set(input, !isMarked_); }
     void expandAllBelow(const UserInput& input) const;
 
@@ -29,7 +30,7 @@ private:
     HWND tree_;
     window::TreeItemState state_;
     bool isFolder_ = false;
-    bool canClick_ = false;  // and what a click does is mark or unmark
+    bool canClick_ = false;  // a click marks or unmarks the item
     bool isMarked_ = false;
 };
 

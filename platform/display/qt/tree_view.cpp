@@ -33,8 +33,8 @@ using window::TreeChanges;
 using window::TreePart;
 using window::WindowState;
 
-// A selection that only the core changes. A request of the toolkit or of a screen reader goes to the core as a click,
-// and follow() shows the result.
+// A selection that only the core changes. If the toolkit or a screen reader wants to select an item, a click on the
+// item is posted to the core, and follow() shows the result.
 class TreeSelection final : public QItemSelectionModel {
 public:
     TreeSelection(QAbstractItemModel* model, std::function<void(const QModelIndex&)> request)
@@ -66,8 +66,8 @@ private:
     std::function<void(const QModelIndex&)> request_;
 };
 
-// The item's picture contains the check box, so the delegate draws no other one. It also draws the picture without the
-// colour of the selection.
+// Draws an item. The item's picture contains the check box, so no other check box is drawn. The picture of a selected
+// item is drawn without the colour of the selection.
 class ItemDelegate final : public RowDelegate {
 public:
     using RowDelegate::RowDelegate;
@@ -136,17 +136,17 @@ public:
         const QModelIndex current = selection_.currentIndex();
         const QString mark = current.data(Qt::AccessibleDescriptionRole).toString();
         const bool isMarkNew = std::exchange(currentMark_, mark) != mark;
-        // If another item has become the current one, a screen reader reads it without this.
+        // If another item has become the current one, a screen reader reads it without this call.
         if (before == current && (isMarkNew || isFolded(tree, tree.selected)) && hasFocus() && QAccessible::isActive())
             reportCurrentAgain(*this);
     }
 
 protected:
     void mousePressEvent(QMouseEvent* event) override { click(*event, &UserInput::treeClick); }
-    // On the box of a folder, both clicks of a double click are clicks.
+    // On the check box of a folder, a double click has the effect of two clicks.
     void mouseDoubleClickEvent(QMouseEvent* event) override { click(*event, &UserInput::treeDoubleClick); }
-    // For the item under the pointer, or with the keyboard for the selected one. Nothing is selected, because that
-    // would mark a file.
+    // Opens the menu of the item under the pointer. If the user opens the menu with the keyboard, it is the menu of the
+    // selected item. The item under the pointer isn't selected, because selecting a file would mark the file.
     void contextMenuEvent(QContextMenuEvent* event) override
     {
         const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
@@ -177,7 +177,8 @@ protected:
         }
     }
 
-    // The toolkit reports that the tree has the focus, but not which item. The report comes after its own.
+    // The toolkit reports to screen readers that the tree has the focus, but not which item in it. reportFocus()
+    // reports the item after the toolkit's report.
     void focusInEvent(QFocusEvent* event) override
     {
         QTreeView::focusInEvent(event);
@@ -214,7 +215,7 @@ private:
     struct Hit {
         HTREEITEM item = nullptr;
         TreePart part = TreePart::Label;
-        bool isBox = false;  // the left half of the picture, where the box is
+        bool isBox = false;  // the point is in the left half of the picture, where the check box is
     };
 
     TreeMarking marking(HTREEITEM item) const { return {window(), item}; }
@@ -253,7 +254,7 @@ private:
             return action;
         };
         const TreeMarking state = marking(item);
-        // The keys work on the selected item, so the menu of another one doesn't show them.
+        // The keys work on the selected item, so the menu of another item doesn't show them.
         const bool showsKeys = item == currentItem();
         QAction* mark = add(tr("&Mark"), state.canMark(), &TreeMarking::mark);
         QAction* unmark = add(tr("&Unmark"), state.canUnmark(), &TreeMarking::unmark);
@@ -267,7 +268,7 @@ private:
         menu->popup(place);
     }
 
-    // Whether a part of the item's text is outside the view.
+    // Returns true if a part of the item's text is outside the view.
     bool isCut(const QModelIndex& index) const
     {
         if (!index.isValid())
@@ -286,12 +287,13 @@ private:
             return;
         pictures_ = pictures;
         items_.setPictures(pictures);
-        // The size of the bitmaps, enlarged if the user's font is larger than they were drawn for.
+        // The size of the bitmaps, enlarged if the user's font is larger than the font for which they were drawn.
         const qreal larger = std::max(1.0, fontMetrics().height() / (1.25 * pictures.height));
         setIconSize(QSize(qRound(pictures.width * larger), qRound(pictures.height * larger)));
     }
 
-    // True if every item above it is expanded. Otherwise scrollTo() would expand them.
+    // Returns true if every ancestor of the item is expanded. The caller scrolls only to such items, because scrollTo()
+    // would expand collapsed ancestors.
     bool isOnARow(const QModelIndex& index) const
     {
         QModelIndex above = index.parent();
@@ -350,7 +352,7 @@ private:
     ItemDelegate delegate_;
     FocusOutline outline_;
     window::TreePictures pictures_;
-    QString currentMark_;  // of the current item, as a screen reader reads it
+    QString currentMark_;  // the mark of the current item, as a screen reader reads it
     bool begun_ = false;
     bool widening_ = false;
 };

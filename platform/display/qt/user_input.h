@@ -1,7 +1,8 @@
 // user_input.h - posts the user's input to the window core.
 //
-// After each post that the core takes, the caller waits a short time for the program's reaction and shows it. So the
-// next key goes to the window that has the focus by then, however fast the user types.
+// After each input that the core has queued, the toolkit's thread waits a short time for the program's reaction and
+// shows the result. So the next key goes to the window that has the focus after the reaction, even if the user types
+// fast.
 #pragma once
 
 #include "controls/date_display.h"
@@ -16,11 +17,11 @@ namespace platform::qt {
 
 class UserInput {
 public:
-    // `posted` is called after each post that the core has taken.
+    // `posted` is called after each input that the core has queued.
     explicit UserInput(std::function<void()> posted) : posted_(std::move(posted)) {}
 
-    // As the calls of display.h. False: the core dropped the input, because the program works or the window is
-    // disabled.
+    // Each function calls one of the functions with which a display posts input to the core. The result is false if the
+    // core dropped the input, because the program is busy or the window is disabled.
     bool click(HWND window, long row = -1) const { return report(window::postClick(window, row)); }
     bool doubleClick(HWND window, long row) const { return report(window::postDoubleClick(window, row)); }
     bool newText(HWND edit, std::u16string text) const { return report(window::postNewText(edit, std::move(text))); }

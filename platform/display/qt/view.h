@@ -1,7 +1,7 @@
 // view.h - a widget that shows a window of the core.
 //
-// A view decides nothing. It posts the user's input to the core, and changes only when the core reports a change. Used
-// only on the toolkit's thread.
+// A view posts the user's input to the core, and changes only when the core reports a change. Views are used only on
+// the toolkit's thread.
 #pragma once
 
 #include "change_batch.h"
@@ -26,20 +26,23 @@ public:
     HWND window() const { return window_; }
     virtual QWidget& widget() = 0;
 
-    // Shows `state`. `changes`: what may have changed since the last call.
+    // Shows `state`. `changes` says what may have changed since the last call.
     virtual void follow(const window::WindowState& state, Changes changes) = 0;
-    // Shows how far a run has come. Called a few times a second while it is underway.
+    // Shows how far a run has come. Called a few times a second while the run is underway.
     virtual void followRun(const RunView& run) { static_cast<void>(run); }
 
-    // The width in pixels that the text needs in one row; 0 if any width is enough.
+    // Returns the width in pixels that the text needs in one row, or 0 if any width is enough.
     virtual int leastWidth() const { return 0; }
-    // The width in pixels that it needs to show everything, if the dialog can give it so much; 0: any width.
+    // Returns the width in pixels that the view needs to show its whole content, or 0 if any width is enough. If
+    // possible, the dialog opens with such a width.
     virtual int wantedWidth() { return 0; }
-    // The widget's geometry in the rectangle that the dialog template gives it, both in pixels of the dialog's content.
+    // Returns the geometry of the widget. `rect` is the rectangle in the dialog template. Both are in pixels of the
+    // dialog's content.
     virtual QRect geometryIn(const QRect& rect) const { return rect; }
-    // The distance in pixels from the widget's top to the middle of its one row of text; -1 if it has no such row.
+    // Returns the distance in pixels from the widget's top to the middle of its text. Returns -1 if the widget doesn't
+    // have exactly one row of text.
     virtual int rowMiddle() const { return -1; }
-    // A text that can name a control beside or below it.
+    // Returns a text that can be the name of a control to the right of this view or below it.
     virtual QString label() const { return {}; }
 
 protected:

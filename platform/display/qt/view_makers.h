@@ -1,6 +1,6 @@
 // view_makers.h - makes the view of each kind of window. The source of each kind defines its maker.
 //
-// `parent` and `owner` delete the widget of the view together with their own.
+// The toolkit deletes the widget of a view together with its `parent` or `owner`.
 #pragma once
 
 #include "top_view.h"
@@ -12,28 +12,29 @@ class QTreeView;
 
 namespace platform::qt {
 
-// Makes the view for the control's kind. Null for a kind that isn't shown.
+// Makes the view for the control's kind. Returns null for a kind that isn't shown.
 View* makeControlView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 
-// Push buttons, check boxes, radio buttons and group boxes, by the window's style.
+// Makes a push button, a check box, a radio button or a group box, according to the window's style.
 View* makeButtonView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 View* makeDateView(const window::WindowState& state, const UserInput& input, QWidget* parent);
-// One line or many, by the window's style.
+// Makes an edit of one line or of several lines, according to the window's style.
 View* makeEditView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 View* makeListView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 View* makeProgressView(const window::WindowState& state, const UserInput& input, QWidget* parent);
-// A text or an icon.
+// Makes a label with a text or an icon.
 View* makeStaticView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 View* makeTreeView(const window::WindowState& state, const UserInput& input, QWidget* parent);
 
 TopView* makeMainView(const window::WindowState& state, const UserInput& input, const display::HostServices& host);
 TopView* makeMessageView(const window::WindowState& state, const UserInput& input, QWidget* owner);
 
-// tree_accessible.cpp: shows screen readers each tree view with a TreeItemsModel as a tree whose items can be
-// partly marked. Repeated calls change nothing.
+// The next two functions are defined in tree_accessible.cpp. After the first call of useTreeAccessible(), screen
+// readers find items that can be partly marked in each tree view with a TreeItemsModel. Further calls change nothing.
 void useTreeAccessible();
-// The current item of the tree was expanded, collapsed, marked or unmarked. The toolkit passes no event on from which a
-// screen reader could tell that, so it gets the item as a new object with the focus, and reads it with its new state.
+// Must be called when the current item of the tree was expanded, collapsed, marked or unmarked. The toolkit sends no
+// event for such a change to a screen reader. So this function replaces the accessible object of the item by a new one
+// with the focus. The screen reader reads the new object with its new state.
 void reportCurrentAgain(QTreeView& tree);
 
 }  // namespace platform::qt

@@ -1,7 +1,7 @@
-// window_settings.h - what the window remembers of itself, such as its size.
+// window_settings.h - settings of the windows on the desktop, such as their sizes.
 //
-// It is stored with the user's settings of the desktop and not on the device: the program has no option for it, and the
-// device can move between computers.
+// The settings are stored with the user's settings on the host. They aren't on the device, because the program has no
+// options for them and the device can move to another computer.
 #pragma once
 
 #include <QSettings>

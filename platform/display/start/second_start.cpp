@@ -26,14 +26,15 @@ namespace {
 
 using host::Descriptor;
 
-// A request is this byte and the path of a set, or nothing after it. The answer is the byte and a sentence, or nothing.
+// A request consists of this byte and the path of a set, or of the byte alone. The answer consists of this byte and a
+// sentence for the user, or of the byte alone.
 constexpr char Granted = 1;
 constexpr std::size_t LongestMessage = 8192;
 
-// For each send and receive, so that a stopped process can't block another one for ever.
+// The time limit for each send and receive. It prevents a stopped process from blocking another one for ever.
 constexpr timeval SocketTimeout{.tv_sec = 5, .tv_usec = 0};
 
-// Only this user may have access to it: otherwise another user could create the socket.
+// Does only this user have access to the folder? If others had access, another user could create the socket in it.
 bool isPrivateFolder(const std::string& folder)
 {
     struct stat status {};
@@ -53,7 +54,7 @@ std::optional<std::string> runtimeFolder()
     return own;
 }
 
-// FNV-1a over the canonical path, so that each spelling of the folder's name gives the same result.
+// FNV-1a over the canonical path, so that all spellings of the folder's path have the same hash.
 std::string hashOf(const std::filesystem::path& folder)
 {
     std::error_code error;
@@ -98,7 +99,7 @@ const sockaddr* generic(const sockaddr_un& address)
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
-// A window that doesn't exist yet will be in front when it is created.
+// If no window exists yet, nothing is to be done: the window will be in front when it is created.
 void bringWindowToFront()
 {
     if (const HWND window = ::FindWindowW(nullptr, nullptr))
@@ -111,7 +112,7 @@ void send(const Descriptor& peer, const std::string& text)
     (void)::send(peer.get(), message.data(), message.size(), MSG_NOSIGNAL);
 }
 
-// Empty if nothing valid comes.
+// Returns the text of the message, or nothing if no valid message arrives.
 std::optional<std::string> receive(const Descriptor& peer)
 {
     std::string message(LongestMessage, 0);

@@ -15,7 +15,7 @@ namespace {
 constexpr const char* ModuleFile = "quillbox-window.so";
 constexpr const char* EntryPoint = "quillboxRunWithWindow";
 
-// The way from the program to its module is the same in a build and in an installation, wherever that is.
+// The relative path from the program to its module is the same in a build and in an installation.
 std::filesystem::path modulePath()
 {
     std::error_code error;
@@ -33,7 +33,7 @@ bool isDesktopNamed()
 
 int runWithWindow(const WindowStart& start)
 {
-    // Never unloaded, because the toolkit's threads and exit handlers are in it.
+    // The module is never unloaded, because the toolkit's threads and exit handlers run code in it.
     void* module = dlopen(modulePath().c_str(), RTLD_NOW | RTLD_LOCAL);
     void* entry = module ? dlsym(module, EntryPoint) : nullptr;
     if (!entry && start.otherwise != 0)

@@ -8,7 +8,7 @@
 namespace platform::headless {
 
 struct ScriptOptions {
-    // How long an action may wait until it is possible; zero for no limit. Time in which the program works doesn't
+    // How long an action may wait until it is possible; zero for no limit. Time in which the program is busy doesn't
     // count.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     std::ostream* output = nullptr;      // for the actions `print ...`
@@ -16,9 +16,10 @@ struct ScriptOptions {
     std::ostream* transcript = nullptr;  // for a line about each window, text and answer; null for none
 };
 
-// Runs `program` on a new thread and does the script's actions. After the last line, or the first line that fails,
-// closes the program's windows and waits for its end. 0: every line was done. 1: a line failed, or the program can't be
-// closed. 2: the script can't be read or contains an error; the program isn't started.
+// Runs `program` on a new thread and performs the script's actions. After the last line, or the first line that fails,
+// closes the program's windows and waits until the program ends. Returns 0 if every line was done, and 1 if a line
+// failed or the program can't be closed. Returns 2, without starting the program, if the script can't be read or
+// contains an error.
 int runScript(const std::function<int()>& program, std::istream& script, const ScriptOptions& options);
 
 }  // namespace platform::headless

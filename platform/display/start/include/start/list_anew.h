@@ -1,9 +1,10 @@
-// list_anew.h - has the main window list anew what its tree shows, after folders came or went.
+// list_anew.h - makes the main window list the folders in its tree again, after folders were added or removed.
 #pragma once
 
 namespace platform::display {
 
-// False if the program works or asks something now. True if there is no tree.
+// Returns false if the program is busy or asks a question. In that case nothing is listed. Returns true if there is no
+// tree.
 [[nodiscard]] bool listAnew();
 
 }  // namespace platform::display

@@ -1,4 +1,5 @@
-// restore_request.h - a set that the user opened in the file manager, for the window that shows it.
+// restore_request.h - a request to show a set in the window. It is made when the user opens the set in the file
+// manager.
 #pragma once
 
 #include <functional>
@@ -8,19 +9,19 @@
 
 namespace platform::display {
 
-// Any thread may use it. A later request replaces one that wasn't taken yet.
+// Any thread may call these functions. A new request replaces an earlier one that wasn't taken yet.
 class RestoreRequest {
 public:
-    // `listFile` is the set's list on the device.
+    // `listFile` is the path of the set's list file on the device.
     void make(std::u16string listFile);
-    // Empty without a request.
+    // Returns the request's list file and removes the request. Returns nothing if there is no request.
     std::optional<std::u16string> take();
-    // `made` is called at once if a request waits, and after each one, on the thread that makes it. An empty function
-    // ends that.
+    // `made` is called at once if a request waits. Later it is called for each new request, on the thread that makes
+    // the request. An empty function removes the listener.
     void setListener(std::function<void()> made);
 
 private:
-    std::mutex mutex_;  // held while the listener runs, so that none runs after it was removed
+    std::mutex mutex_;  // held while the listener runs, so a removed listener never runs
     std::optional<std::u16string> listFile_;
     std::function<void()> made_;
 };

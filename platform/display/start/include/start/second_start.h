@@ -1,7 +1,8 @@
-// second_start.h - one device, one window: a second start brings the first start's window to the front.
+// second_start.h - makes sure that a device has only one window. A second process of Quillbox with the same device
+// brings the window of the first process to the front.
 //
-// The process that has a device open listens on a socket in the user's runtime folder. The socket is named after the
-// device's folder. A start that finds the device in use sends its request there.
+// The process that has a device open listens on a socket in the user's runtime folder. The socket's name contains a
+// hash of the path of the device's folder. A process that finds the device in use sends its request to that socket.
 #pragma once
 
 #include <filesystem>
@@ -18,17 +19,18 @@ public:
     virtual ~FirstStart() = default;
 };
 
-// Opens a set in the window of the first start. Returns a sentence for the user on failure, otherwise an empty text.
+// Opens a set in the window of the first process. Returns a sentence for the user on failure, otherwise an empty text.
 using SetOpener = std::function<std::string(const std::filesystem::path& listFile)>;
 
-// `openSet` is called on the thread that answers, for a second start that names a set.
-// Call it only while this process has the device open: it replaces a socket that a killed process left.
-// Null if there is no safe folder for the socket. A second start then only finds the device in use.
+// Begins to answer the requests of second processes. `openSet` is called on the answering thread if a request names a
+// set. Call answerSecondStarts only while this process has the device open. An existing socket is then one that a
+// killed process has left, and this function replaces it. Returns null if the socket can't be made, for example because
+// there is no safe folder for it. In that case a second process only finds that the device is in use.
 [[nodiscard]] std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& deviceFolder,
                                                              SetOpener openSet = {});
 
-// Brings the window of the process that has the device open to the front, and opens the set there if one is named.
-// Empty if no process answers, otherwise what its SetOpener returned.
+// Asks the process that has the device open to bring its window to the front, and to open the set if one is named.
+// Returns the text that the SetOpener of that process returned, or nothing if no process answers.
 [[nodiscard]] std::optional<std::string> askFirstStart(const std::filesystem::path& deviceFolder,
                                                        const std::filesystem::path& set = {});
 
