@@ -174,8 +174,9 @@ void Connection::releaseGathering(bool kept)
     std::exchange(gatheringEnded_, nullptr)(Step::Failed);
 }
 
-// If only the flush fails, the log contains the whole commit, and the next start would apply it. So this overwrites the
-// beginning of that commit in the log with one that changes nothing.
+// Commits the open transaction. If only the flush of the write-ahead log fails, the commit fails although the log
+// contains all of it. The next start of the program would apply this failed commit. So a second commit follows, which
+// changes nothing. It overwrites the beginning of the failed commit in the log.
 Step Connection::commit()
 {
     const Step committed = run("COMMIT");

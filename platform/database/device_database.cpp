@@ -1,4 +1,4 @@
-// The schema of the device's database, and its opening.
+// The schema of the device's database, and the functions that open and close the database.
 #include "database/device_database.h"
 
 #include "host/files.h"
@@ -18,11 +18,11 @@ namespace {
 // "QBDV" in SQLite's header identifies a device's database.
 constexpr std::int64_t applicationId = 0x51424456;
 
-// Entry n, counted from 1, migrates the schema from version n - 1 to n. Only append entries, because devices of every
-// version exist.
+// Element n, counted from 1, migrates the schema from version n - 1 to version n. Devices of every version exist, so
+// elements are only appended.
 const char* const migrations[] = {
-    // 1: the registry, and the host folders that the device remembers. `folded` is the name without case, which
-    // searches use. The four predefined keys have the ids 1 to 4 and no parent.
+    // 1: the tables of the registry, and of the host folders that the device remembers. `folded` is the case-folded
+    // name. Searches compare this name. The four predefined keys have the ids 1 to 4 and no parent.
     R"sql(
 CREATE TABLE registry_key (
     id INTEGER PRIMARY KEY,
@@ -51,9 +51,9 @@ CREATE TABLE remembered_folder (
     capacity INTEGER
 ) STRICT;
 )sql",
-    // 2: the object store's databases. Databases and records share one range of oids, databases have the lower part,
-    // and no oid is used twice. `properties` has the format of store/record_bytes.h. The triggers keep the counts
-    // right, also when a part of a transaction is rolled back.
+    // 2: the tables of the object store's databases. Databases have oids below 0x1000000, and records have the oids
+    // from 0x1000000 on. No oid is used twice. `properties` has the format of store/record_bytes.h. The triggers keep
+    // `records` and `bytes` of each database correct, even if a part of a transaction is rolled back.
     R"sql(
 CREATE TABLE store_database (
     oid INTEGER PRIMARY KEY AUTOINCREMENT CHECK (oid < 0x1000000),
@@ -89,7 +89,7 @@ CREATE TRIGGER store_record_removed AFTER DELETE ON store_record BEGIN
 END;
 )sql",
 };
-// SQLite treats a shorter file as a new one.
+// SQLite treats a file with fewer bytes as a new, empty database.
 constexpr std::uintmax_t smallestFile = 512;
 constexpr auto schemaVersion = static_cast<std::int64_t>(std::size(migrations));
 
@@ -111,7 +111,7 @@ std::string quoted(const fs::path& file)
     return "\"" + file.string() + "\"";
 }
 
-// Nothing if the file doesn't exist.
+// The size of the file in bytes. Nothing if it can't be read, for example because the file doesn't exist.
 std::optional<std::uintmax_t> sizeOf(const fs::path& file)
 {
     std::error_code error;
@@ -119,7 +119,8 @@ std::optional<std::uintmax_t> sizeOf(const fs::path& file)
     return error ? std::nullopt : std::optional(bytes);
 }
 
-// The write-ahead log beside the file, with changes that aren't in the file yet. The file may be a link.
+// Returns the path of the write-ahead log. The log contains changes that aren't in the database file yet. If `file` is
+// a link, the log is beside the target of the link.
 fs::path logOf(const fs::path& file)
 {
     std::error_code error;
@@ -132,8 +133,9 @@ bool hasLog(const fs::path& file)
     return sizeOf(logOf(file)).value_or(0) > 0;
 }
 
-// Renames a log beside a missing or empty file, because SQLite would delete it, and it may have the only copy of the
-// changes. False if that fails. `sentence` says what happened.
+// If the database file is missing or empty, renames its write-ahead log. Otherwise SQLite would delete the log, which
+// may be the only copy of the changes. Returns false if the log can't be renamed. `sentence` says where the renamed log
+// is, or that the renaming failed.
 bool keepOrphanedLog(const fs::path& file, std::string& sentence)
 {
     if (sizeOf(file).value_or(0) > 0 || !hasLog(file))
@@ -177,8 +179,8 @@ std::string sentenceOf(const fs::path& file, int code, const std::string& messag
 std::string faultOf(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
-    // Set it before the first access. Then the write-ahead log needs no shared memory, and other processes are locked
-    // out.
+    // The exclusive mode must be set before the first access. In this mode the write-ahead log needs no shared memory,
+    // and no other process can open the database.
     if (connection.execute("PRAGMA locking_mode = EXCLUSIVE; PRAGMA foreign_keys = ON") != Step::Done)
         return failed();
     const auto version = connection.readNumber("PRAGMA user_version");
@@ -197,14 +199,15 @@ std::string faultOf(sqlite3* database, Connection& connection, const fs::path& f
         return sentenceOf(file, SQLITE_CORRUPT,
                           "schema " + std::to_string(*version) + " with " + std::to_string(*tables) +
                               " tables and indexes");
-    // This also compares indexes with tables. A record that is missing in an index would otherwise be lost unnoticed.
+    // integrity_check also compares the indexes with the tables. Without this check, a backup would leave out a record
+    // that is missing from an index, without any error.
     Statement check = connection.prepare("PRAGMA integrity_check(1)");
     if (check.step() != Step::Row)
         return failed();
     return check.text(0) == u"ok" ? "" : sentenceOf(file, SQLITE_CORRUPT, text::toUtf8(check.text(0)));
 }
 
-// Migrates the file to this version. Each step is atomic.
+// Migrates the file to the schema of this version. Each step is atomic.
 std::string migrate(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
@@ -249,7 +252,8 @@ bool openDeviceDatabase(const fs::path& file, std::string& sentence)
     if (opened != SQLITE_OK)
         return refuse(sentenceOf(path, opened, connection->lastMessage()));
     if (std::string fault = faultOf(database, *connection, path); !fault.empty()) {
-        // Otherwise closing would write the log of a killed process into the file.
+        // A killed process may have left a log. Without this setting, closing would write its changes into the database
+        // file.
         sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hasLog(path) ? 1 : 0, nullptr);
         return refuse(std::move(fault));
     }

@@ -1,4 +1,4 @@
-// background_thread.h - a thread beside the run's thread.
+// background_thread.h - starts a thread that works beside the thread of a run.
 #pragma once
 
 #include <csignal>
@@ -7,7 +7,8 @@
 
 namespace platform::device {
 
-// Starts a thread that gets no signals. The thread of the run must get them, because one has to interrupt its question.
+// Starts a thread that blocks all signals. So the thread of the run receives each signal. The signal can interrupt that
+// thread while it waits for an answer of the user.
 template <class Function>
 [[nodiscard]] std::thread startBackgroundThread(Function&& function)
 {

@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
-// "\Stick", or "the device" for its root.
+// Returns the path of a storage in quotes, or "the device" for the device's root.
 std::string storageText(const std::u16string& path)
 {
     return path.empty() ? "the device" : "\"" + text::toUtf8(path) + "\"";
@@ -83,8 +83,8 @@ Rotation rotated(const Session& session, const BackupOptions& options, DWORD num
 }
 
 struct MadeSet {
-    DWORD number = 0;      // 0: there is none
-    bool isWhole = false;  // it has everything that was to be stored
+    DWORD number = 0;      // 0: no set was made
+    bool isWhole = false;  // the set has everything that was to be stored
     SealEnd seal = SealEnd::NotTried;
 };
 

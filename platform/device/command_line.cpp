@@ -40,7 +40,8 @@ ExtraFolder parseFolder(const std::string& option, const std::string& value)
     return folder;
 }
 
-// Parses NAME=DIR or NAME=DIR,capacity=BYTES. Only the last ",capacity=" counts, so the folder may contain commas.
+// Parses NAME=DIR or NAME=DIR,capacity=BYTES. Only the last ",capacity=" ends the folder, so the folder may contain
+// commas.
 ExtraFolder parseCard(const std::string& option, const std::string& value)
 {
     ExtraFolder card = parseFolder(option, value);
@@ -109,7 +110,8 @@ public:
     ~Parser() = default;
 
     ParsedCommandLine parse(int count, const char* const* words);
-    // Reads lines of a profile alone. Throws what is wrong with them, also that an option is missing.
+    // Reads lines of a profile and nothing else. If something is wrong with the lines, for example if an option is
+    // missing, throws an exception that says so.
     void readProfile(std::istream& lines)
     {
         app_.parse_from_stream(lines);
@@ -132,7 +134,7 @@ private:
     std::string timeout_ = "60";
     std::string mediaFolder_;
     std::string set_;
-    std::string profile_;  // the path of its file
+    std::string profile_;  // the path of the profile's file
     CLI::Option* deviceOption_ = nullptr;
     CLI::Option* mediaOption_ = nullptr;
     CLI::Option* scriptOption_ = nullptr;
@@ -160,7 +162,7 @@ void Parser::addDevice()
 {
     deviceOption_ = app_.add_option("--device", device_, "The device's folder; created if it is missing");
     deviceOption_->type_name("DIR");
-    // One value per option, so that a second word after the option is an error and not a second card.
+    // Each option takes one value. Otherwise a second word after the option would be a second card and not an error.
     app_.add_option("--card", cards_, "A folder of this computer as a card, for this start")
         ->type_name("NAME=DIR[,capacity=BYTES]")
         ->allow_extra_args(false);
@@ -231,7 +233,7 @@ ParsedCommandLine Parser::parse(int count, const char* const* words)
     try {
         app_.parse(count, words);
         const CommandLine options = given();
-        const std::string faults = faultsOfProfile();  // the parser takes a cut value for a whole one
+        const std::string faults = faultsOfProfile();  // the parser doesn't notice that a # has cut a value
         return faults.empty() ? ParsedCommandLine{options, "", 0} : ParsedCommandLine{std::nullopt, faults, BadUsage};
     } catch (const CLI::ParseError& error) {
         std::ostringstream out;

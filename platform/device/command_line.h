@@ -20,13 +20,13 @@ struct CommandLine {
     std::optional<std::string> script;  // a file, or "-" for standard input
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     std::optional<std::string> transcript;  // a file, or "-" for standard output
-    std::optional<Command> command;         // otherwise a script or the window
+    std::optional<Command> command;         // nothing: a script or the window runs
 };
 
 struct ParsedCommandLine {
     std::optional<CommandLine> options;  // nothing: show `message` and exit
     std::string message;                 // help, version, or what is wrong
-    int exitCode = 0;                    // 2 for bad usage; then show the message on standard error
+    int exitCode = 0;                    // 2 for bad usage: show the message on standard error
 };
 
 [[nodiscard]] ParsedCommandLine parseCommandLine(int count, const char* const* words);

@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t MostNamed = 10;  // sets in a sentence
+constexpr std::size_t MostNamed = 10;  // how many sets a sentence names at most
 
 std::string inCapitals(std::string text)
 {
@@ -23,7 +23,8 @@ std::string inCapitals(std::string text)
     return text;
 }
 
-// In a word that begins with a slash a backslash is a part of a name, as in the names of the host.
+// Slashes and backslashes separate the names of a path. If the word begins with a slash, only slashes separate names,
+// and a backslash is part of a name, as on the host.
 std::u16string pathOf(const std::string& word)
 {
     const std::string separators = word.starts_with('/') ? "/" : "/\\";
@@ -55,7 +56,7 @@ std::vector<std::string> listsIn(const fs::path& folder)
     return names;
 }
 
-// The sentence for a user who named a folder.
+// The sentence for a user who named a folder instead of a set.
 std::string setIsWanted(const fs::path& folder)
 {
     std::vector<std::string> names = listsIn(folder);
@@ -71,7 +72,8 @@ std::string setIsWanted(const fs::path& folder)
     return sentence + (named < names.size() ? " and " + std::to_string(names.size() - named) + " more." : ".");
 }
 
-// The list file, or an empty path. The word can have the ending of the data file, or none.
+// Returns the list file of the set that the word names, or an empty path. The word can end in .QLT, in .QDT or in
+// neither.
 fs::path listFileOf(const fs::path& word)
 {
     const std::string extension = inCapitals(word.extension().string());

@@ -8,15 +8,16 @@
 
 namespace platform::device {
 
-// Where a set is stored: a folder of the host, if the word has a slash, otherwise a path on the device, which is empty
-// for "Main device".
+// Where a set is stored. A word that contains a slash, and the words "." and "..", name a folder of the host. Any other
+// word names a path on the device. For "Main device" this path is empty.
 struct NamedStorage {
     std::optional<std::filesystem::path> folder;
     std::u16string path;
 };
 [[nodiscard]] NamedStorage storageNamed(const std::string& word);
 
-// The set of a list file: on the host or, with a word that begins with a backslash, on the device.
+// The set that a word names. A word that begins with a backslash is the path of a list file on the device. Any other
+// word is a path on the host.
 struct NamedSet {
     std::optional<std::filesystem::path> listFile;
     std::u16string path;
@@ -29,7 +30,8 @@ struct NamedItems {
     std::vector<std::u16string> databases;
     bool registry = false;
 };
-// A word that begins with a slash or a backslash names a file or folder, and "registry" the registry.
+// A word that begins with a slash or a backslash names a file or folder. "registry" names the registry, and any other
+// word names a database.
 [[nodiscard]] NamedItems itemsNamed(const std::vector<std::string>& words);
 
 }  // namespace platform::device

@@ -16,7 +16,7 @@ class App;
 namespace platform::device {
 
 struct BackupOptions {
-    std::string to;  // a card's name, "Main device", or a folder of the host, which has a slash
+    std::string to;  // a card's name, "Main device", or the path of a host folder, with a slash
     bool all = false;
     bool files = false;
     bool databases = false;
@@ -56,10 +56,10 @@ struct Command {
     std::variant<BackupOptions, RestoreOptions, SetsOptions, ProfileOptions> options;
     bool json = false;
     bool quiet = false;
-    std::chrono::seconds wait{0};  // for a device that another process has open
+    std::chrono::seconds wait{0};  // how long to wait for a device or card in use
 };
 
-// The options as they are parsed. They must live as long as the parser.
+// The values of the options. The parser writes them, so they must live as long as the parser.
 struct CommandParser {
     BackupOptions backup;
     RestoreOptions restore;

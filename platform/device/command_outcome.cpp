@@ -36,7 +36,7 @@ const char* wordFor(int exitCode)
     }
 }
 
-// The sentences of standard error, and the names after them.
+// Returns what was left out: sentences, each with the names of further items. Standard error gets the same sentences.
 Json leftOutJson()
 {
     Json all = Json::array();
@@ -49,7 +49,7 @@ Json leftOutJson()
     return all;
 }
 
-// Names of the host can have bytes that are no UTF-8.
+// Names of the host can contain bytes that aren't UTF-8. JSON can't contain such bytes, so they are replaced.
 void printJson(const Json& json)
 {
     std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';

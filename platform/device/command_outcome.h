@@ -15,18 +15,19 @@ namespace platform::device {
 [[nodiscard]] std::string itemsText(const ItemCounts& items);
 [[nodiscard]] nlohmann::ordered_json itemsJson(const ItemCounts& items);
 
-// How a run ended, apart from what it has reported.
-// LeftOut: something that isn't an item of the run has failed.
+// How a run ended. Items that the run has reported as left out don't change this value. LeftOut: something other than
+// an item failed, for example the checksums of the set.
 enum class RunEnd { Over, LeftOut, MadeNothing, Stopped };
 
 // Whether a run has left items out because it was stopped.
 [[nodiscard]] bool leftItemsUnreached();
 
-// Ends a command that has done nothing, because of this reason. An empty one was reported by the program.
+// Ends a command that has done nothing. `reason` says why. If the program has already reported the reason, `reason` is
+// empty.
 int endRefused(const Command& command, const std::string& reason, int exitCode);
 
-// Ends a run. Standard error names what was left out, the JSON object has the facts, and the sentence is printed unless
-// the command is quiet and the run complete. Returns the exit code.
+// Ends a run and returns the exit code. Prints what was left out to standard error. With --json, prints a JSON object
+// with the facts. Without --json, prints the sentence, unless the run was complete and --quiet was given.
 int endRun(const Command& command, RunEnd end, const std::string& sentence, const nlohmann::ordered_json& facts);
 
 // Prints the result of a command that isn't a run.

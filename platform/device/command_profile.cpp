@@ -38,7 +38,7 @@ void addMissingFolders(const CommandLine& line, std::vector<ProfileFault>& fault
         faults.push_back({0, "The folder " + quoted(*storage) + " for the sets doesn't exist now."});
 }
 
-// What is wrong with the whole profile although each line is good.
+// Adds the faults of the profile as a whole. Each of its lines alone is good.
 void addCommonFaults(const std::string& name, const std::string& text, std::vector<ProfileFault>& faults)
 {
     const bool backsUp = text.find("[backup]") != std::string::npos;

@@ -19,7 +19,8 @@ Existing policyOf(WithExisting said)
     return said == WithExisting::Replace ? Existing::Replace : Existing::Skip;
 }
 
-// What the user has to say because it can't be asked; nothing if all is said.
+// Returns a sentence that names the options that the command needs because the user can't be asked. Returns nothing if
+// none is missing or the user can be asked.
 std::optional<std::string> whatIsUnsaid(const RestoreOptions& options, const RunPlan& plan)
 {
     const bool files = options.files == WithExisting::Unsaid && plan.existing.files != 0;

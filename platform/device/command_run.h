@@ -8,7 +8,7 @@
 
 namespace platform::device {
 
-// Returns the exit code. `options` has a command; `instance` is that of the program.
+// Returns the exit code. `options` must have a command. `instance` is the program's instance handle.
 int runCommand(const CommandLine& options, HINSTANCE instance);
 
 }  // namespace platform::device

@@ -23,7 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-// Only a restore makes a device, and then an empty one: a backup of a new device would store what nobody wants.
+// If the device doesn't exist, returns the sentence with which the command is refused. A restore (`mayMake`) isn't
+// refused, because it creates an empty device. A backup of an empty device would contain nothing of the user's.
 std::optional<std::string> whyNoDevice(const fs::path& folder, bool mayMake)
 {
     std::error_code error;
@@ -32,7 +33,8 @@ std::optional<std::string> whyNoDevice(const fs::path& folder, bool mayMake)
     return quoted(folder) + " is not a device: it has no folder \"object-store\".";
 }
 
-// The medium that the user means by the name of a card, if the device has nothing of this name.
+// Returns the folder of the user's medium whose name is that of the card. Returns nothing if there is no such medium,
+// or if the device itself has something with this name.
 std::optional<fs::path> mediumNamed(const Device& device, const std::u16string& path)
 {
     const auto name = path.empty() ? std::nullopt : text::toHostName(path.substr(1));

@@ -20,9 +20,10 @@ struct Session {
     [[nodiscard]] std::string hostPath(const std::u16string& path) const;
 };
 
-// Opens the device, waiting for it as long as the command says, and calls run(session) for the exit code. A folder of
-// the host is shown as a card, and so is a medium of the user whose name no folder of the device has. A device that
-// doesn't exist is refused unless `mayMake`.
+// Opens the device and returns the exit code of run(session). While another process uses the device or the card, waits
+// as long as --wait says. If `storage` is a folder of the host, the device shows this folder as a card. If `storage` is
+// a name that the device doesn't have, the device shows the user's medium with that name as a card. If the device
+// doesn't exist, it is created if `mayMake` is true. Otherwise the command is refused.
 int onDevice(const CommandLine& line, HINSTANCE instance, const NamedStorage& storage, bool mayMake,
              const std::function<int(const Session& session)>& run);
 

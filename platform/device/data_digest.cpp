@@ -18,19 +18,20 @@ namespace platform::device {
 
 namespace {
 
-// What the run wrote within a millisecond is still in the processor's cache when it is hashed, and so is the small
-// piece.
+// The thread looks for new bytes every millisecond. So the bytes are still in the processor's cache when they are
+// hashed. The buffer for a piece is small enough to stay in the cache too.
 constexpr std::size_t PieceBytes = 32768;
 constexpr std::chrono::milliseconds LookAgain{1};
 
-// The run has just made the file, so the ending is in capitals.
+// The names of the files of a new set are in capitals, so the ending is QLT.
 std::string dataFileOf(std::string listFile)
 {
     constexpr std::string_view ListEnding = "QLT";
     return listFile.replace(listFile.size() - ListEnding.size(), ListEnding.size(), "QDT");
 }
 
-// Adds the bytes from `begin` to before `end` of the file. False if it can't be read that far.
+// Adds the bytes from offset `begin` up to offset `end`, without the byte at `end`. Returns false if they can't be
+// read.
 bool addBytes(archive::Sha256& hash, int file, std::uint64_t begin, std::uint64_t end, std::vector<std::byte>& piece)
 {
     while (begin < end) {
@@ -53,7 +54,8 @@ DataDigest::DataDigest(const Session& session, bool wanted) : session_(session)
             try {
                 follow(runBefore);
             } catch (const std::exception&) {
-                // Without a digest of the run, the seal reads the whole file and meets the same failure.
+                // Without a digest, sealing the set reads the whole file. If this read fails too, sealing reports the
+                // failure.
             }
         });
 }
@@ -81,7 +83,7 @@ void DataDigest::end()
     thread_.join();
 }
 
-// Waits a moment unless the run is over.
+// Waits a moment for the end of the run. Returns whether the run is over.
 bool DataDigest::isOver()
 {
     const kernel::MutexLock lock(mutex_);
@@ -97,7 +99,7 @@ void DataDigest::follow(unsigned runBefore)
     host::Descriptor file;
     std::uint64_t done = 0;
     for (bool over = false; !over;) {
-        over = isOver();  // before the number of bytes is read, so that it is the last one
+        over = isOver();  // asked first: once the run is over, the number of bytes below is final
         const kernel::RunProgress run = kernel::runProgress();
         if (run.number == runBefore || run.storedBytes == done)
             continue;

@@ -1,8 +1,8 @@
 // data_digest.h - computes the digest of a set's data file while the run writes the file, so that the seal needn't read
 // the file again.
 //
-// The thread reads only bytes that the run has passed to the host and won't change (ReportStoredBytes). It shares
-// nothing with the run but the numbers of kernel/run_progress.h.
+// The thread reads only bytes that the run has written to the file and won't change (ReportStoredBytes). The only data
+// that the thread shares with the run are the numbers of kernel/run_progress.h.
 #pragma once
 
 #include "command_session.h"
@@ -17,13 +17,14 @@ namespace platform::device {
 
 class DataDigest {
 public:
-    // Waits for the next run, and follows it. Does nothing if not `wanted`.
+    // Starts a thread that waits for the next run and hashes what that run writes. Does nothing if `wanted` is false.
     DataDigest(const Session& session, bool wanted);
     DataDigest(const DataDigest&) = delete;
     DataDigest& operator=(const DataDigest&) = delete;
     ~DataDigest();
 
-    // To be called after the run: the digest of all that it stored. Nothing if the file couldn't be read.
+    // Returns the digest of all bytes that the run wrote to the data file. Call it after the run. Nothing if the run
+    // wrote no bytes or the file couldn't be read.
     [[nodiscard]] std::optional<archive::FileDigest> finish();
 
 private:

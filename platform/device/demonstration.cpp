@@ -43,7 +43,7 @@ void writeFile(const fs::path& file, const DemonstrationFile& source)
         refuse("The file " + quoted(file) + " can't be made", errno);
     if (source.inRom &&
         ::fsetxattr(opened.get(), "user.DOSATTRIB", RomAttributes.data(), RomAttributes.size(), 0) != 0) {
-        fs::remove(file, error);  // without the attribute it would be a file like others
+        fs::remove(file, error);  // without the attribute it wouldn't be in ROM
         return;
     }
     writeAll(opened, file, source.content);
@@ -53,7 +53,7 @@ void writeFile(const fs::path& file, const DemonstrationFile& source)
         refuse("The file " + quoted(file) + " can't be written", errno);
 }
 
-// Makes the key where it is missing.
+// Sets a value, and makes its key if the key is missing.
 bool setValue(const DemonstrationValue& value)
 {
     HKEY key = nullptr;

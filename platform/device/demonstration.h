@@ -5,11 +5,13 @@
 
 namespace platform::device {
 
-// Writes the files below the empty `folder`, in "object-store" and in a card in "cards": about 1 MB in all. Flushes
-// nothing. Where the host keeps no extended attributes there are no files in ROM. Throws a Refusal on failure.
+// Writes the files, about 1 MB in all, below the empty `folder`: to "object-store" and to a card in "cards". Doesn't
+// flush them. If the host's file system has no extended attributes, the files in ROM are left out. Throws a Refusal on
+// failure.
 void writeDemonstrationFiles(const std::filesystem::path& folder);
 
-// Sets the values of the open registry and makes the databases of the open store. False if one can't be written.
+// Sets the values of the open registry and makes the databases of the open store. Returns false if a value or a
+// database can't be written.
 [[nodiscard]] bool fillDemonstrationStore();
 
 }  // namespace platform::device

@@ -1,4 +1,4 @@
-// Opening a device: its lock, its registry, the folders of its name space.
+// Opens a device: locks it, opens its registry and shows its folders.
 #include "device/device.h"
 
 #include "device/remembered_folders.h"
@@ -39,7 +39,7 @@ public:
 
     ~OpenedDevice() override
     {
-        // The locks are members, so they are released after this, when everything is closed.
+        // The locks are members, so they are released after this function has closed everything.
         media_.reset();
         file::removeAllMounts();
         store::closeStore();
@@ -115,8 +115,8 @@ std::vector<MountPoint> cardsIn(const fs::path& cards)
     return mountPoints;
 }
 
-// The remembered folders that exist: a card that isn't inserted is no failure. A folder of the command line replaces a
-// remembered one of the same name.
+// Returns the remembered folders that exist. A missing folder isn't an error, because it can be a card that isn't
+// inserted. A folder of the command line replaces a remembered folder of the same name.
 std::vector<MountPoint> rememberedMountPoints(const std::vector<ExtraFolder>& extras)
 {
     std::vector<MountPoint> mountPoints;
@@ -130,7 +130,8 @@ std::vector<MountPoint> rememberedMountPoints(const std::vector<ExtraFolder>& ex
     return mountPoints;
 }
 
-// Warns of a missing database only if the device had one before. A device made by hand needs none.
+// Returns a warning if the database is missing or empty although the device had one before. A device that was made by
+// hand has had no database, so it causes no warning.
 std::optional<std::string> OpenedDevice::whatIsLost() const
 {
     std::error_code error;
@@ -145,7 +146,7 @@ std::optional<std::string> OpenedDevice::whatIsLost() const
 
 std::vector<std::string> OpenedDevice::open(const std::vector<ExtraFolder>& extras, bool demonstration)
 {
-    // Check this under the lock, which ensures that no other process is creating the device.
+    // The device is locked here, so no other process can be creating it at the same time.
     if (kindOf(folder_) == FolderKind::Device)
         clearLeftovers(folder_);
     else

@@ -40,7 +40,8 @@ namespace platform::device {
 # The member of CEVALUNION that holds a column's value. All other columns are texts.
 MEMBERS = {"Start": "filetime", "Due": "filetime", "Birthday": "filetime", "Notes": "blob", "Minutes": "lVal",
            "RepetitionDays": "ulVal", "ReminderMinutes": "uiVal", "Priority": "iVal", "Done": "iVal"}
-CONSTANTS = {"RepetitionDays": "Repetition"}  # in ce/personal_databases.h. All other columns have the constant's name.
+# The constant of ce/personal_databases.h for a column. Every other column has the name of its constant.
+CONSTANTS = {"RepetitionDays": "Repetition"}
 
 
 def rows_of(path):
@@ -49,7 +50,7 @@ def rows_of(path):
 
 
 def literal(text):
-    """JSON's escapes are C++'s, too."""
+    """Returns a string literal. The escapes of JSON are valid in C++ too."""
     return json.dumps(text, ensure_ascii=False)
 
 

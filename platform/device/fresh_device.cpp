@@ -1,4 +1,4 @@
-// What a folder is before it is opened as a device, and how an empty one becomes one.
+// Finds out what a folder is before it is opened as a device, and makes an empty folder a device.
 #include "fresh_device.h"
 
 #include "demonstration.h"
@@ -23,7 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 using host::Descriptor;
 
-// A fresh device grows here. Its object store moves out last, which makes the folder a device.
+// A new device is first built in this folder, and then its parts are moved out. The object store is moved last. From
+// then on kindOf returns Device for the device's folder.
 constexpr const char* UnfinishedFolder = ".quillbox-unfinished";
 
 void check(const std::error_code& error, const std::string& what, const fs::path& path)
@@ -43,8 +44,8 @@ std::set<std::string> namesIn(const fs::path& folder)
     return names;
 }
 
-// A power cut after the moves must not find a device of empty files. One flush of the file system is much
-// cheaper than one of each file.
+// Flushes the new files before they are moved. Otherwise a power cut after the moves could leave a device with empty
+// files. One flush of the file system takes much less time than a flush of each file.
 void flush(const fs::path& folder)
 {
     const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -52,7 +53,8 @@ void flush(const fs::path& folder)
         refuse("The device can't be made in " + quoted(folder), errno);
 }
 
-// Moves a finished part to its place, unless an earlier, broken-off start has done so already.
+// Moves a finished part to the device's folder. Does nothing if an earlier start of the program has moved this part and
+// was then interrupted.
 void moveOut(const fs::path& folder, const char* part)
 {
     std::error_code error;
@@ -99,7 +101,7 @@ void makeDevice(const fs::path& folder, bool demonstration)
         std::string sentence;
         if (!registry::openRegistry(unfinished / "device.db", sentence))
             throw Refusal(sentence);
-        // Here alone: the whole device is flushed before it counts.
+        // SQLite needn't flush here, because flush() below flushes everything before the folder becomes a device.
         (void)database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
         const bool filled = fillDemonstrationStore();
         store::closeStore();

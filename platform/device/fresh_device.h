@@ -1,4 +1,4 @@
-// fresh_device.h - what a folder is before it is opened as a device, and how an empty one becomes one.
+// fresh_device.h - finds out what a folder is before it is opened as a device, and makes an empty folder a device.
 #pragma once
 
 #include <filesystem>
@@ -7,7 +7,7 @@ namespace platform::device {
 
 enum class FolderKind {
     Missing,
-    Empty,   // or left by a first start that was broken off
+    Empty,   // or contains only what an interrupted first start left
     Device,  // has an object store
     Other,   // holds something else
 };
@@ -15,13 +15,13 @@ enum class FolderKind {
 // Throws a Refusal if the folder can't be read, or isn't a folder.
 [[nodiscard]] FolderKind kindOf(const std::filesystem::path& folder);
 
-// Makes an empty folder a device, whole or not at all: a kill in between leaves one that kindOf calls empty.
-// No device's database may be open. Throws a Refusal if it can't be written.
+// Makes an empty folder a device. If the process is killed before the device is complete, kindOf returns Empty for the
+// folder. No database of a device may be open during the call. Throws a Refusal if the device can't be written.
 void makeDevice(const std::filesystem::path& folder, bool demonstration);
 
 // Deletes what killed processes have left in a device: the folder of an unfinished first start, and an unfinished copy
-// of the database. The caller has the device's lock. Throws a Refusal if the folder can't be deleted. The copy does no
-// harm.
+// of the database. The caller must have locked the device. Throws a Refusal if the folder can't be deleted. If the copy
+// can't be deleted, this isn't an error, because the copy does no harm.
 void clearLeftovers(const std::filesystem::path& folder);
 
 }  // namespace platform::device

@@ -17,8 +17,9 @@ namespace platform::device {
 
 namespace {
 
-// " (process 1234)" for the process that has locked the file; empty if the host doesn't say. A line of the file reads
-// "1: FLOCK  ADVISORY  WRITE 1234 fd:01:5678 0 EOF", with the numbers of the device and the inode.
+// Returns " (process 1234)" for the process that has locked the file. Returns an empty text if the host doesn't name
+// the process. A line of /proc/locks reads "1: FLOCK  ADVISORY  WRITE 1234 fd:01:5678 0 EOF". It contains the process,
+// the st_dev numbers and the inode.
 std::string processWithLock(const Descriptor& locked)
 {
     struct stat status {};
@@ -63,7 +64,7 @@ bool hadDatabase(const Descriptor& deviceLock)
 void noteDatabase(const Descriptor& deviceLock)
 {
     if (!hadDatabase(deviceLock))
-        (void)!::write(deviceLock.get(), "database\n", 9);  // after a failure only a warning is missing later
+        (void)!::write(deviceLock.get(), "database\n", 9);  // if this fails, only a later warning is missing
 }
 
 bool tryLockCard(const Descriptor& opened)

@@ -1,5 +1,5 @@
-// locks.h - locks against two processes on one device and two devices on one card, and the note in a device's lock
-// file.
+// locks.h - locks a device, so that no second process opens it, and a card, so that no second device uses it. Also
+// writes a note to the device's lock file.
 #pragma once
 
 #include "host/descriptor.h"
@@ -10,17 +10,19 @@ namespace platform::device {
 
 using host::Descriptor;
 
-// Locks the device while the descriptor lives. Throws a Refusal if another process has locked it, or if the folder
+// Locks the device until the descriptor is closed. Throws a Refusal if another process has locked it, or if the folder
 // can't be written to.
 [[nodiscard]] Descriptor lockDevice(const std::filesystem::path& folder);
 
-// Locks a card's folder, of which `opened` is a descriptor. False, with errno, if another process has locked it. If the
-// file system can't lock folders, as some network shares, the card is used without a lock.
+// Locks the folder of a card. `opened` is its descriptor. Returns false and sets errno if another process has locked
+// the folder. Some file systems, for example of network shares, can't lock folders. On such a file system it returns
+// true, and the card is used without a lock.
 [[nodiscard]] bool tryLockCard(const Descriptor& opened);
-// Throws a Refusal in place of the result.
+// Like tryLockCard, but throws a Refusal instead of returning false.
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder);
 
-// The lock file notes that the device has had a database, so that a missing one can be reported.
+// noteDatabase writes to the lock file that the device has a database. hadDatabase returns whether that was written. So
+// a later start can report that the database is missing.
 [[nodiscard]] bool hadDatabase(const Descriptor& deviceLock);
 void noteDatabase(const Descriptor& deviceLock);
 

@@ -48,7 +48,8 @@ using platform::device::tell;
 using platform::device::tellLeftOut;
 using platform::device::tellWarnings;
 
-// Any number that isn't null: the program is the only module with resources.
+// The program's instance handle. Only one module has resources, so any value but null can identify it. LoadCursorW
+// takes a null handle as a request for a cursor of the system.
 const auto instance = reinterpret_cast<HINSTANCE>(UINT_PTR{1});
 
 void showBox(const std::string& text, UINT icon)
@@ -56,7 +57,7 @@ void showBox(const std::string& text, UINT icon)
     MessageBoxW(nullptr, platform::text::fromUtf8(text).c_str(), u"Quillbox", MB_OK | icon);
 }
 
-// Someone who started Quillbox from the desktop doesn't see standard error, so the sentence is shown in a box, too.
+// A user who started Quillbox from the desktop doesn't see standard error, so a message box shows the sentence too.
 int tellAtStart(const std::string& sentence, int exitCode)
 {
     (void)tell(sentence, exitCode);
@@ -86,7 +87,8 @@ int startProgram()
     return WinMain(instance, nullptr, commandLine, SW_SHOW);
 }
 
-// If another process has the device open, it shows its window, unless it runs a script. Empty if none answers.
+// Asks the process that has the device open to show its window, and returns the exit code. Returns nothing if no
+// process answers. For example, a process that runs a script doesn't answer.
 std::optional<int> showFirstStart(const CommandLine& options)
 {
     const auto set = options.set ? std::filesystem::absolute(*options.set) : std::filesystem::path();
@@ -98,7 +100,8 @@ std::optional<int> showFirstStart(const CommandLine& options)
     return answer->empty() ? 0 : tellAtStart(*answer, ExitNothingDone);
 }
 
-// Another device has a process and a window of its own.
+// Starts a second process of Quillbox for another device, because a process can open only one device. Returns a
+// sentence for the user on failure, otherwise an empty text.
 std::string startOn(const std::filesystem::path& device)
 {
     const std::string folder = device.string();
@@ -126,8 +129,9 @@ int runProgramInWindow(platform::device::Device& device, const CommandLine& opti
     device.showMedia(options.mediaFolders, platform::display::listAnew);
     platform::window::setDeviceName(platform::text::toDeviceName(device.folder().filename().string()));
     const auto firstStart = platform::display::answerSecondStarts(options.device, openSet);
-    // Report at the end of the program's thread, because without a desktop the other thread doesn't return.
     platform::kernel::setJobEndHandler(showLeftOut);
+    // If the desktop disappears, runWithWindow() ends the process and never returns. So the program's thread reports
+    // what was left out.
     const auto program = [&] {
         for (const std::string& warning : warnings)
             showBox(warning, MB_ICONEXCLAMATION);

@@ -21,11 +21,12 @@ namespace {
 
 constexpr const char* MountList = "/proc/self/mountinfo";
 
-// How long a medium stays open after its last use. The host can't unmount it meanwhile.
+// A medium stays open for this time after its last use. The host can't unmount a medium that is open.
 constexpr auto UseEnds = 1000ms;
 constexpr int LookAgain = 500;  // milliseconds
 
-// The host writes a blank, a tab, a line break and a backslash in a path as three octal digits.
+// In the mount list, the host writes a blank, tab, line break or backslash of a path as a backslash and three octal
+// digits.
 fs::path unescaped(const std::string& word)
 {
     std::string path;
@@ -102,7 +103,7 @@ void MediaWatch::watch()
     }
 }
 
-// Whether media came or went.
+// Shows the media that were mounted and removes those that were unmounted. Returns whether anything changed.
 bool MediaWatch::follow()
 {
     const auto now = mountedIn(folders_);

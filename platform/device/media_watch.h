@@ -16,9 +16,9 @@ namespace platform::device {
 
 class MediaWatch {
 public:
-    // A medium is what is mounted directly in one of `folders`. Shows those that are there before it returns. A
-    // thread watches for changes until the object is destroyed. After media were mounted or unmounted, that thread
-    // calls `changed` repeatedly until it returns true.
+    // A medium is a file system that is mounted directly in one of `folders`. The constructor shows the media that are
+    // mounted already. A thread watches for changes until the object is destroyed. After media were mounted or
+    // unmounted, that thread calls `changed` repeatedly until `changed` returns true.
     MediaWatch(std::vector<std::filesystem::path> folders, ShownFolders& shown, std::function<bool()> changed);
     ~MediaWatch();
     MediaWatch(const MediaWatch&) = delete;
@@ -33,7 +33,8 @@ private:
     const std::function<bool()> changed_;
     const host::Descriptor mounts_;
     const host::Descriptor end_;
-    // The places, each with the host's number of its mount, which differs when another medium is mounted there.
+    // The folder of each medium, with the host's number of the mount. If a second medium is mounted in the same folder
+    // later, the number differs.
     std::map<std::filesystem::path, std::string> media_;
     std::thread thread_;
 };

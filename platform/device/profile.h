@@ -8,7 +8,8 @@
 
 namespace platform::device {
 
-// $XDG_CONFIG_HOME/quillbox/NAME.toml, or below ~/.config. Nothing if HOME isn't an absolute path.
+// $XDG_CONFIG_HOME/quillbox/NAME.toml, or $HOME/.config/quillbox/NAME.toml. Nothing if neither variable is an absolute
+// path.
 [[nodiscard]] std::optional<std::filesystem::path> profileFile(const std::string& name);
 
 struct ProfileFault {
@@ -16,10 +17,12 @@ struct ProfileFault {
     std::string sentence;  // names the file and the line
 };
 
-// What is wrong with the lines of a profile, in their order. Whether they go together isn't checked.
+// Returns what is wrong with single lines of a profile, in the order of the lines. Doesn't check whether the lines fit
+// together.
 [[nodiscard]] std::vector<ProfileFault> profileFaults(const std::filesystem::path& file);
 
-// What is wrong with these lines of a profile: a section and a key with its value. Empty if they are good.
+// Returns what is wrong with an excerpt of a profile: the line of a section, and a line with a key and its value. Empty
+// if nothing is wrong.
 [[nodiscard]] std::string faultOfProfileLine(const std::string& lines);
 
 }  // namespace platform::device

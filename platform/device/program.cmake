@@ -1,4 +1,4 @@
-# The program as the user starts it. Included after all targets that it links.
+# The program `quillbox`. This file is included after all targets that the program links.
 set(folder ${CMAKE_CURRENT_LIST_DIR})
 add_executable(quillbox ${folder}/main.cpp ${folder}/command_backup.cpp ${folder}/command_names.cpp ${folder}/command_outcome.cpp
                         ${folder}/command_profile.cpp ${folder}/command_restore.cpp ${folder}/command_run.cpp
@@ -7,7 +7,8 @@ add_executable(quillbox ${folder}/main.cpp ${folder}/command_backup.cpp ${folder
 quillbox_compile_quickly(quillbox)
 target_link_libraries(quillbox PRIVATE quillbox_flags quillbox_program platform_device platform_headless platform_kernel platform_text
                                        platform_resource quillbox_resources platform_start archive nlohmann_json::nlohmann_json)
-# The window is a module that is loaded when there is a desktop. It uses the window core of the program.
+# The window is a module that the program loads when it needs a window. The module uses the window core of the program, so
+# the program exports its symbols.
 set_target_properties(quillbox PROPERTIES ENABLE_EXPORTS ON)
 if(QUILLBOX_WINDOW)
   add_dependencies(quillbox quillbox_qt_display)

@@ -21,7 +21,8 @@ namespace platform::device {
 
 namespace {
 
-// The files of a set on the host. They are opened by their paths on the device.
+// Finds the files of a set by the host path of its list file. They will be opened by their paths on the device. The
+// paths begin with `shownFolder`.
 std::optional<archive::SetFiles> filesOf(const Session& session, const std::u16string& listPath)
 {
     auto files = archive::findSet(session.hostPath(listPath));

@@ -1,4 +1,4 @@
-// set_care.h - what a backup does with a set when it is on its storage.
+// set_care.h - what a backup does after it has written a set: it writes the checksums and removes old sets.
 #pragma once
 
 #include "command_session.h"
@@ -12,18 +12,19 @@ namespace platform::device {
 
 enum class SealEnd { NotTried, Sealed, Failed, Stopped };
 
-// Writes the checksums of a set that the run has just written. After a failure, standard error has the reason.
-// `listPath` is on the device. `data` is the digest of the data file, as far as it is known.
+// Writes the checksums of a set that the run has just written. After a failure, prints the reason to standard error.
+// `listPath` is the path on the device. `data` is the digest of the data file, if it is known already.
 [[nodiscard]] SealEnd sealNewSet(const Session& session, const std::u16string& listPath,
                                  const std::optional<archive::FileDigest>& data);
 
 struct Rotation {
     std::vector<std::string> removed;  // list files on the host
-    bool isWhole = true;               // otherwise standard error says what is wrong
+    bool isWhole = true;               // false: something failed, and standard error says what
     bool isStopped = false;
 };
 
-// Removes the sets beside the new one that no rule keeps. The new set, damaged sets and the newest sound set stay.
+// Removes old sets from the folder of the new set, unless one of the rules keeps them. Never removes the new set, a
+// damaged set or the newest sound set.
 [[nodiscard]] Rotation rotateSets(const Session& session, const std::u16string& listPath,
                                   const archive::KeepRules& rules);
 

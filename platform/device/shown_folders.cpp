@@ -32,7 +32,8 @@ std::u16string nameOf(const ExtraFolder& extra)
     return name;
 }
 
-// For the name space, which opens a medium whenever the program uses it.
+// Returns a descriptor, or a negative errno. The file layer calls this function when the program uses a medium that
+// isn't open.
 int openAndLockMedium(const fs::path& place)
 {
     Descriptor opened = openShownFolder(place);
@@ -67,7 +68,8 @@ std::optional<std::string> ShownFolders::add(MountPoint mountPoint)
     refuseDouble(added);
     auto warning = whatIsHiddenBy(mountPoint);
     if (mountPoint.card) {
-        // Open the folder again, since the name space closes the other descriptor before the lock may be released.
+        // The lock needs a second descriptor of the folder, because the file layer closes the first one before the lock
+        // may be released.
         Descriptor& cardLock =
             cardLocks_.emplace_back(::openat(mountPoint.opened.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         lockCard(cardLock, mountPoint.folder);
@@ -86,7 +88,8 @@ bool ShownFolders::addMedium(const fs::path& place)
 {
     const MutexLock lock(mutex_);
     struct stat status {};
-    // A folder of the user on this file system would contain the same files under a second name.
+    // If the device shows a folder of this file system already, the medium would show the same files under a second
+    // name.
     if (::stat(place.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) ||
         std::ranges::any_of(shown_, [&](const Shown& shown) { return shown.device == status.st_dev; }))
         return false;
@@ -181,7 +184,7 @@ const ShownFolders::Shown* ShownFolders::find(const std::u16string& name) const
     return found == shown_.end() ? nullptr : &*found;
 }
 
-// Two names of one folder would let one file be open twice.
+// If one folder had two names, the program could open one file twice, under different paths.
 void ShownFolders::refuseDouble(const Shown& added) const
 {
     for (const Shown& earlier : shown_) {
@@ -212,7 +215,8 @@ bool ShownFolders::isTaken(const std::u16string& name) const
            (hostName && fs::exists(fs::symlink_status(device_ / "object-store" / *hostName, error)));
 }
 
-// A mounted folder hides the device's own folder of that name, whose content is then missing in backups.
+// Returns a warning if the mounted folder hides a folder of the device that has the same name and isn't empty. The
+// content of the hidden folder is missing in backups.
 std::optional<std::string> ShownFolders::whatIsHiddenBy(const MountPoint& mountPoint) const
 {
     const auto hostName = text::toHostName(mountPoint.name);

@@ -1,6 +1,6 @@
 // shown_folders.h - the folders of the host that an open device shows: its own, the cards, and those of the user.
 //
-// Any thread: some come and go while the program runs.
+// Any thread may use the object. It changes while the program runs, because media are mounted and unmounted.
 #pragma once
 
 #include "host/descriptor.h"
@@ -30,33 +30,36 @@ struct MountPoint {
 class ShownFolders {
 public:
     explicit ShownFolders(std::filesystem::path device) : device_(std::move(device)) {}
-    // Unlocks the cards. Remove the folders from the name space before that.
+    // Unlocks the cards. The file layer must have removed the folders before.
     ~ShownFolders() = default;
     ShownFolders(const ShownFolders&) = delete;
     ShownFolders& operator=(const ShownFolders&) = delete;
 
-    // Throws a Refusal: the name is taken, the folder is shown already, or another device has locked the card. Returns
-    // a warning if the folder hides one of the device.
+    // Shows a folder. Throws a Refusal if the name is taken, the folder is shown already, or another device has locked
+    // the card. Returns a warning if the folder hides a folder of the device.
     std::optional<std::string> add(MountPoint mountPoint) EXCLUDES(mutex_);
 
-    // Shows what is mounted in the folder `place` as a card, under the name of that folder, until removeMedium. False
-    // if the device shows something of that file system already, or if nothing can be shown.
+    // Shows the file system that is mounted in the folder `place` as a card, under the name of that folder.
+    // removeMedium removes the card. Returns false if the device shows a folder of that file system already, or if the
+    // card can't be shown.
     [[nodiscard]] bool addMedium(const std::filesystem::path& place) EXCLUDES(mutex_);
     void removeMedium(const std::filesystem::path& place) EXCLUDES(mutex_);
 
-    // A name for a further folder that no folder of the root has: that of the folder, or with a number in brackets.
+    // Returns the name under which `folder` can be shown: its own name, followed by a number in brackets if something
+    // in the root has that name.
     std::string freeName(const std::filesystem::path& folder) const EXCLUDES(mutex_);
 
-    // The device's path of an entry of the host, if a shown folder contains it.
+    // Returns the path on the device of a file or folder of the host. Nothing if no shown folder contains it.
     std::optional<std::u16string> pathOf(const std::filesystem::path& entry) const EXCLUDES(mutex_);
 
-    // The device's path of a folder that is shown itself; nothing for any other.
+    // Returns the path on the device of a folder of the host that was itself added. Nothing for any other folder.
     std::optional<std::u16string> pathOfShown(const std::filesystem::path& folder) const EXCLUDES(mutex_);
 
-    // The host's path of a path on the device, which begins with a backslash; that of the root if it is empty.
+    // Returns the path on the host of a file or folder of the device. `path` begins with a backslash, or is empty for
+    // the device's root.
     std::filesystem::path hostPathOf(const std::u16string& path) const EXCLUDES(mutex_);
 
-    // The bytes that can still be stored in a shown folder; nothing if the host doesn't say.
+    // Returns how many bytes can still be stored in a shown folder. Nothing if the host doesn't say.
     std::optional<std::uint64_t> roomIn(const std::u16string& path) const EXCLUDES(mutex_);
 
 private:
@@ -81,7 +84,7 @@ private:
     std::vector<Descriptor> cardLocks_ GUARDED_BY(mutex_);
 };
 
-// Opens the folder that `extra` names. Throws a Refusal.
+// Opens the folder that `extra` names. Throws a Refusal on failure.
 MountPoint mountPointOf(const ExtraFolder& extra);
 
 }  // namespace platform::device

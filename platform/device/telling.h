@@ -7,17 +7,17 @@
 
 namespace platform::device {
 
-// Returns the exit code, for callers that end with it. Control characters are replaced, because a file's name in the
-// sentence could send commands to the terminal.
+// Prints the sentence. Returns `exitCode`, so that a caller can end with `return tell(...)`. Control characters are
+// replaced, because a file's name in the sentence could send commands to the terminal.
 int tell(const std::string& sentence, int exitCode);
 
-// The text without control characters.
+// The text with a question mark in place of each control character.
 std::string onScreen(std::string text);
 
 void tellWarnings(const OpenResult& opened);
 
-// Tells what was left out since the start. The program's own windows may not have reported it. Returns the exit code,
-// or ExitLeftOut in place of ExitComplete if there is something.
+// Prints what the runs have left out since the process started. The program's own windows may not have shown it.
+// Returns ExitLeftOut if `exitCode` is ExitComplete and something was left out. Otherwise returns `exitCode`.
 int tellLeftOut(int exitCode);
 
 }  // namespace platform::device

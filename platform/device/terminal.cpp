@@ -30,7 +30,7 @@ const char* const EraseLine = "\r\033[K";
 
 void put(const std::string& text)
 {
-    (void)!::write(STDERR_FILENO, text.data(), text.size());  // the line isn't worth a failure
+    (void)!::write(STDERR_FILENO, text.data(), text.size());  // a failed write is ignored, because no result is lost
 }
 
 std::string timeText(double seconds)
@@ -58,7 +58,8 @@ std::string lineOf(const kernel::RunProgress& run)
     return line;
 }
 
-// Reads a line from the terminal; nothing if it ends, or if a signal asks to stop the run meanwhile.
+// Reads a line from the terminal. Returns nothing at the end of the input, or if a signal asks to stop the run during
+// the question.
 std::optional<std::string> readAnswer()
 {
     std::string line;

@@ -1,4 +1,5 @@
-// terminal.h - what a command shows and asks on a terminal while it runs. Nothing of it goes to a pipe or a file.
+// terminal.h - what a command shows and asks on a terminal while it runs. Nothing of this is written to a pipe or a
+// file.
 #pragma once
 
 #include "kernel/mutex.h"
@@ -28,7 +29,8 @@ public:
     ProgressLine& operator=(const ProgressLine&) = delete;
     ~ProgressLine();
 
-    // While a question is on the screen, the line isn't shown.
+    // Removes the line if `paused` is true, so that a question can be shown. If `paused` is false, shows the line
+    // again.
     void pause(bool paused);
 
 private:
@@ -41,19 +43,20 @@ private:
     std::thread thread_;
 };
 
-// Asks whether something that exists may be replaced. The user can answer for all further ones of a kind.
+// Asks whether existing items of one kind, files or databases, may be replaced. The user can give one answer for all
+// further items.
 class ReplaceQuestion {
 public:
     explicit ReplaceQuestion(ProgressLine*& line) : line_(line) {}
 
-    // `what` is "The file \"\\a\"". No if the user doesn't answer, or stops the run.
+    // `what` is "The file \"\\a\"". Returns false if the user doesn't answer or stops the run.
     [[nodiscard]] bool ask(const std::string& what);
     [[nodiscard]] unsigned refused() const { return refused_; }
 
 private:
     [[nodiscard]] bool answer(const std::string& what);
 
-    ProgressLine*& line_;  // null while there is none
+    ProgressLine*& line_;  // null while no line is shown
     std::optional<bool> forAll_;
     unsigned refused_ = 0;
 };

@@ -24,14 +24,13 @@ constexpr std::size_t MostNamed = 20;
 
 constexpr std::array Kinds = {Troubled::File, Troubled::DatabaseList, Troubled::Database, Troubled::Registry};
 
-// What the program itself reported of items comes first. Items that are named there aren't named again for the call
-// that failed.
+// The kinds of failures that the program itself reports. Their sentences come first. If one of them names an item,
+// failed calls for the same item are left out.
 constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing,   Trouble::Restoring,
                                  Trouble::Deleting,  Trouble::Replacing, Trouble::Reaching};
 constexpr std::array Noted = {Trouble::Reading, Trouble::Writing};
 
-// The reason of a failed item of a set, for errors that have another meaning there than in a single call. Otherwise
-// null.
+// Returns the reason why an item of a set failed. Returns null if the error has no special meaning for such an item.
 const char* reasonOfItem(Trouble kind, Troubled what, DWORD error)
 {
     switch (error) {
@@ -136,7 +135,7 @@ std::string noSet(const NamedTrouble& trouble)
     return failed + reasonOf(Trouble::Numbering, Troubled::File, trouble.error) + ".";
 }
 
-// One sentence for each kind of thing, so that a database isn't overlooked among many files.
+// Adds one sentence for each kind of thing, so that a user doesn't overlook a database among many files.
 void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles, std::vector<LeftOut>& all)
 {
     if (troubles.empty())
@@ -159,8 +158,10 @@ void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles
     all.push_back(std::move(leftOut));
 }
 
-// Combines what the program reported with what the calls noted. For databases and the registry the error of the call is
-// shown, since it is more exact than that of the program.
+// Combines the errors that the program reported with the errors of single calls. If both have an error for a database
+// or the registry, the report contains that of the call, because it is more exact. If the program reported a damaged
+// set, the report contains this error. For a file, the report contains the error of the call only if the program
+// reported error 31.
 class Report {
 public:
     explicit Report(Since since) : since_(since)
@@ -201,7 +202,7 @@ public:
 private:
     using Name = std::pair<Troubled, std::u16string>;
 
-    // Only the program can find out that a set is damaged.
+    // Returns whether the error of a call is more exact than `reported`. A call can't find out that a set is damaged.
     static bool knowsBetter(Troubled what, DWORD reported)
     {
         return what == Troubled::File ? reported == ERROR_GEN_FAILURE : reported != ERROR_FILE_CORRUPT;
@@ -210,7 +211,7 @@ private:
     Since since_;
     std::map<Name, DWORD> noted_;
     std::set<Name> told_;
-    std::vector<std::u16string> foldersWithoutSet_;  // failures of files in them have the same cause
+    std::vector<std::u16string> foldersWithoutSet_;  // a failure of a file in such a folder has the same cause
 };
 
 }  // namespace

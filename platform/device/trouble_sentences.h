@@ -9,12 +9,13 @@
 namespace platform::device {
 
 struct LeftOut {
-    std::string sentence;                  // their number, and the name of the first with its reason
-    std::vector<std::string> furtherOnes;  // names after the first, with their reasons
-    std::size_t unnamed = 0;               // number of further ones without a name here
+    std::string sentence;                  // the number of items, and the name of the first one with its reason
+    std::vector<std::string> furtherOnes;  // names of the items after the first one, with their reasons
+    std::size_t unnamed = 0;               // how many further items aren't named here
 };
 
-// Empty if all went well. The program itself may have reported nothing to the user.
+// Returns sentences about everything that was left out, also if the program itself reported nothing to the user.
+// Returns nothing if all went well.
 [[nodiscard]] std::vector<LeftOut> whatWasLeftOut(kernel::Since since);
 
 }  // namespace platform::device

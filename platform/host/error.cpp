@@ -12,7 +12,7 @@ DWORD platformError(long error)
     case 0:
         return ERROR_SUCCESS;
     case ENOENT:
-    case ELOOP:  // a link or a path that leads out of the name space: counts as missing
+    case ELOOP:  // a link (ELOOP), or a path that leaves the device's folder (EXDEV): reported as missing
     case EXDEV:
         return ERROR_FILE_NOT_FOUND;
     case ENOTDIR:

@@ -13,7 +13,7 @@ namespace platform::kernel {
 namespace {
 
 struct Table {
-    Mutex mutex;  // guards the slots and nothing else: no object is called or destroyed under it
+    Mutex mutex;  // guards the slots; no object is closed or destroyed under this lock
     SlotTable<std::shared_ptr<Object>> slots;
 };
 
@@ -73,7 +73,7 @@ BOOL CloseHandle(HANDLE handle)
 {
     using namespace platform::kernel;
     std::shared_ptr<Object> object = findObject(handle);
-    // Of two threads that close one handle, one gets the object.
+    // If two threads close the same handle, removeHandle returns the object to only one of them.
     if (!object || !object->takesCloseHandle() || !removeHandle(handle)) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;

@@ -10,7 +10,7 @@ namespace platform::kernel {
 
 namespace {
 
-// A signal handler may use only atomics without a lock.
+// A signal handler may use only lock-free atomics.
 std::atomic<std::uint64_t> jobsSoFar = 0;
 std::atomic<std::uint64_t> current = 0;
 std::atomic<std::uint64_t> stopped = 0;  // the number of the job that was asked to stop
@@ -57,7 +57,7 @@ void stopEveryJobAtSignal(void (*then)())
     action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before = {};
-        // nohup, for example, has a signal ignored.
+        // nohup, for example, starts the process with SIGHUP ignored. Such a signal must stay ignored.
         if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
             (void)::sigaction(signal, &action, nullptr);
     }

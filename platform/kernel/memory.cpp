@@ -7,7 +7,7 @@
 
 HLOCAL LocalAlloc(UINT flags, std::size_t bytes)
 {
-    // For 0 bytes the host can return null, which callers take for a failure.
+    // For 0 bytes malloc and calloc can return null, and callers would treat that as a failure.
     const std::size_t size = std::max<std::size_t>(bytes, 1);
     void* const block = (flags & LMEM_ZEROINIT) != 0 ? std::calloc(1, size) : std::malloc(size);
     if (!block)

@@ -27,7 +27,7 @@ EntryPoints& entryPoints()
     return only;
 }
 
-// The library can't be unloaded, so an address serves as its handle and the handle table isn't needed.
+// The library is never unloaded, so the address of a static variable can be its handle.
 HMODULE theModule()
 {
     static constexpr char only = 0;

@@ -1,5 +1,5 @@
-// Only the thread of the run changes the numbers that are atomic, so a load and a store are enough to add. A display
-// reads them at any time. What a run reports once, at its beginning and its end, is under the mutex.
+// Only the thread of the run changes the atomic numbers, so a load and a store are enough to add to a number. A display
+// can read the numbers at any time. The mutex guards the data that a run reports only at its beginning and its end.
 #include "kernel/run_progress.h"
 
 #include "ce/outcome.h"
@@ -16,7 +16,7 @@ using Clock = std::chrono::steady_clock;
 
 struct CurrentRun {
     std::mutex mutex;
-    RunProgress told;  // without the numbers below
+    RunProgress told;  // everything except the numbers in the atomic members
     unsigned runs = 0;
     Clock::time_point begun;
     std::atomic<DWORD> itemsDone = 0;

@@ -17,8 +17,8 @@ namespace platform::kernel {
 void secureStandardStreams()
 {
     for (const int number : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The host gives the lowest free number, which is this one. A descriptor of a folder with O_PATH can always be
-        // opened, and can't be read or written.
+        // open() returns the lowest free descriptor, which is `number`. With O_PATH a folder can always be opened, and
+        // its descriptor can't be read or written.
         if (::fcntl(number, F_GETFD) < 0)
             (void)::open("/", O_PATH | O_DIRECTORY);
     }

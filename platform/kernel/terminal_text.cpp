@@ -18,7 +18,8 @@ bool isContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80;
 }
 
-// The bytes of a character that begins with this one; 0 if none does.
+// Returns the number of bytes of the UTF-8 character that begins with this byte. Returns 0 for ASCII, and for a byte
+// with which no character begins.
 std::size_t lengthFrom(char first)
 {
     const auto byte = static_cast<unsigned char>(first);
@@ -43,7 +44,7 @@ TerminalText::~TerminalText()
     stream_.rdbuf(terminal_);
 }
 
-// Ends a character, which may be cut.
+// Writes the bytes of `character_`. Writes a question mark instead if they aren't a whole character or can't be shown.
 bool TerminalText::end()
 {
     if (character_.empty())

@@ -1,4 +1,4 @@
-// terminal_text.h - what a terminal of any locale can show of UTF-8.
+// terminal_text.h - writes UTF-8 to a terminal of any locale.
 #pragma once
 
 #include <ostream>
@@ -7,9 +7,9 @@
 
 namespace platform::kernel {
 
-// Writes text to a terminal through the buffer of a stream, until it is destroyed. What could change the terminal's
-// state becomes a question mark: bytes that aren't UTF-8, the controls U+0080 to U+009F, and every character that isn't
-// ASCII if the terminal doesn't expect UTF-8.
+// Until the object is destroyed, all text of the stream goes through the object to the terminal. ASCII is unchanged.
+// Bytes that aren't UTF-8 and the controls U+0080 to U+009F could change the terminal's state, so they become question
+// marks. If the terminal doesn't expect UTF-8, every character that isn't ASCII becomes a question mark.
 class TerminalText : public std::streambuf {
 public:
     TerminalText(std::ostream& stream, bool expectsUtf8);
@@ -29,7 +29,7 @@ private:
     std::ostream& stream_;
     std::streambuf* terminal_;
     bool expectsUtf8_;
-    std::string character_;  // its bytes so far
+    std::string character_;  // the bytes of an incomplete character
 };
 
 // Whether the environment names a locale with UTF-8.

@@ -26,8 +26,8 @@ using ByName = std::unordered_map<std::u16string, Noted>;
 struct NotedTroubles {
     std::mutex mutex;
     std::size_t noted = 0;
-    bool searches = false;     // SearchForChoices is on: a folder that the user may not read isn't noted
-    std::size_t jobStart = 0;  // the order of the first trouble of the present job
+    bool searches = false;     // set by SearchForChoices: reading errors "access denied" aren't noted
+    std::size_t jobStart = 0;  // troubles with at least this order belong to the present job
     std::map<std::pair<Trouble, Troubled>, ByName> names;
     std::function<void(HWND)> jobEnds;
 };
@@ -55,7 +55,7 @@ void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD er
     const auto [known, isNew] = all.names[{kind, what}].try_emplace(std::u16string(name), noted);
     if (isNew)
         return;
-    // A trouble that an earlier job had counts for this job, with the reason of this time.
+    // An earlier job noted this failure already. Now the failure belongs to the current job, with the new error.
     if (known->second.order < all.jobStart)
         known->second = noted;
     else if (saysLittle(known->second.error))

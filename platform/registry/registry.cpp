@@ -36,7 +36,8 @@ LONG error(DWORD number)
     return static_cast<LONG>(number);
 }
 
-// The error of a step that should be Done. A failure is also noted, and reported to the user at the end.
+// Returns the platform's error for the result of a step. Any result other than Done is a failure, and is noted as a
+// trouble of the registry.
 LONG errorOf(Step step, Trouble kind)
 {
     if (step == Step::Done)
@@ -70,7 +71,8 @@ std::optional<KeyPosition> positionOf(HKEY key)
     return std::nullopt;
 }
 
-// The names of the levels that lie between `level` and the key; nothing if the path is no good.
+// Splits the path `subKey` into the names of its levels. `level` is the level of the key at which the path begins.
+// Returns nothing if a name isn't valid or the path leads too deep.
 std::optional<std::vector<std::u16string_view>> levelsOf(std::u16string_view subKey, int level)
 {
     std::vector<std::u16string_view> names;

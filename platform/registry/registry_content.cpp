@@ -16,7 +16,7 @@ using database::DatabaseUse;
 using database::Step;
 using database::Transaction;
 
-// False also for a database in which keys lie deeper than any call could put them.
+// Returns false if a write failed, or if the database contains a larger value than any call could store.
 bool writeValues(Connection& connection, RegistryTextWriter& writer, std::int64_t key)
 {
     auto values = valuesOf(connection, key);
@@ -30,7 +30,8 @@ bool writeValues(Connection& connection, RegistryTextWriter& writer, std::int64_
     }
 }
 
-// Writes a key and all below it. The recursion is at most LevelLimit deep.
+// Writes a key and all below it. Returns false if a key lies deeper than any call could create it. So the recursion is
+// at most LevelLimit deep.
 bool writeKey(Connection& connection, RegistryTextWriter& writer, KeyPath& path,  // NOLINT(misc-no-recursion)
               std::int64_t row)
 {
@@ -55,7 +56,8 @@ public:
 
     bool key(const KeyPath& path) override
     {
-        // In a file in the usual order, a key shares most of its path with the previous one, so reuse those rows.
+        // A file usually has the keys in the order of their paths. So a key often shares its first levels with the key
+        // before it, and the rows of these levels are used again.
         std::size_t known = 0;
         if (path.root == path_.root)
             known =
@@ -79,7 +81,7 @@ public:
 
     bool removedKey(const KeyPath& path) override
     {
-        path_ = {path.root, {}};  // the rows that are known may be below the key
+        path_ = {path.root, {}};  // the rows in rows_ may be below the removed key
         rows_.clear();
         std::int64_t parent = path.root;
         for (std::size_t level = 0; level + 1 < path.levels.size(); ++level) {
@@ -104,7 +106,7 @@ private:
 
     Connection& connection_;
     KeyPath path_;
-    std::vector<std::int64_t> rows_;  // of the path's levels
+    std::vector<std::int64_t> rows_;  // of the levels of path_
     Step step_ = Step::Done;
 };
 

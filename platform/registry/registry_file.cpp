@@ -14,7 +14,7 @@ using namespace platform::kernel;
 
 namespace {
 
-// 0 or the error.
+// Writes the registry to the file. Returns 0 or the error.
 DWORD writeRegistry(HANDLE file)
 {
     DWORD error = ERROR_SUCCESS;
@@ -27,7 +27,8 @@ DWORD writeRegistry(HANDLE file)
     return written || error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-// Notes the trouble for the registry: the file calls themselves note trouble only for the file.
+// Notes a failure for the registry, sets the last error and returns FALSE. The file calls have noted it only for the
+// file.
 BOOL fail(Trouble kind, DWORD error)
 {
     noteTrouble(kind, Troubled::Registry, {}, error);
@@ -46,13 +47,14 @@ BOOL RegCopyFile(const WCHAR* path)
     CloseHandle(file);
     if (error == ERROR_SUCCESS)
         return TRUE;
-    (void)DeleteFileW(path);  // a truncated file could be mistaken for the registry
+    (void)DeleteFileW(path);  // a truncated file could be mistaken for a whole registry
     return fail(Trouble::Reading, error);
 }
 
 BOOL RegRestoreFile(const WCHAR* path)
 {
-    // Open it for writing too, so that a file which may not be deleted is refused before anything changes.
+    // The file is deleted at the end, which fails for a read-only file. Opening it for writing fails for such a file
+    // too. So the call fails before anything changes.
     const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_FILE_NOT_FOUND ? FALSE : fail(Trouble::Writing, GetLastError());
@@ -60,7 +62,7 @@ BOOL RegRestoreFile(const WCHAR* path)
     CloseHandle(file);
     if (error != ERROR_SUCCESS)
         return fail(Trouble::Writing, error);
-    if (DeleteFileW(path))  // last, so that a copy exists at every moment
+    if (DeleteFileW(path))  // last, so that the file or its staged copy exists at every moment
         return TRUE;
     const DWORD notDeleted = GetLastError();
     platform::registry::unstageRegistry();

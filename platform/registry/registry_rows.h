@@ -1,4 +1,4 @@
-// registry_rows.h - the registry's tables: keys by number, values by key and name. Names are found without case.
+// registry_rows.h - the registry's tables: keys by number, values by key and name. Names are compared without case.
 #pragma once
 
 #include "database/connection.h"
@@ -16,14 +16,14 @@ struct FoundKey {
     bool made = false;
 };
 
-// Finds the key of that name below `parent`, or creates it. Done, or how it failed.
+// Finds the key of that name below `parent`, or creates it. Returns Done or the kind of failure.
 [[nodiscard]] database::Step openOrMakeKey(database::Connection& connection, std::int64_t parent,
                                            std::u16string_view name, FoundKey& key);
 
 // The statement that reads one value: a row of type and data, or no row.
 [[nodiscard]] database::Statement valueOf(database::Connection& connection, std::int64_t key, std::u16string_view name);
 
-// Sets or replaces a value. Done, or how it failed.
+// Sets or replaces a value. Returns Done or the kind of failure.
 [[nodiscard]] database::Step writeValue(database::Connection& connection, std::int64_t key, std::u16string_view name,
                                         DWORD type, std::span<const std::byte> data);
 
@@ -33,15 +33,15 @@ struct FoundKey {
 // Rows of name, type and data: the values of a key, ordered by name without case, so the default value is first.
 [[nodiscard]] database::Statement valuesOf(database::Connection& connection, std::int64_t key);
 
-// Deletes a value, or a key with all below it, if there is one. Done, or how it failed.
+// Deletes a value, or a key with all below it, if it exists. Returns Done or the kind of failure.
 [[nodiscard]] database::Step removeValue(database::Connection& connection, std::int64_t key, std::u16string_view name);
 [[nodiscard]] database::Step removeKey(database::Connection& connection, std::int64_t parent, std::u16string_view name);
 
-// Finds the key of that name below `parent`: Row, Done if there is none, or how it failed.
+// Finds the key of that name below `parent`. Returns Row if it exists, Done if it doesn't, or the kind of failure.
 [[nodiscard]] database::Step findKey(database::Connection& connection, std::int64_t parent, std::u16string_view name,
                                      std::int64_t& key);
 
-// Deletes all values and all keys except the predefined ones. Done, or how it failed.
+// Deletes all values and all keys except the predefined ones. Returns Done or the kind of failure.
 [[nodiscard]] database::Step removeEverything(database::Connection& connection);
 
 }  // namespace platform::registry

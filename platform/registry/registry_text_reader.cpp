@@ -141,7 +141,7 @@ private:
     RegistryTextSink& sink_;
     std::vector<std::byte> data_;  // of the value that is read
     std::size_t keys_ = 0;
-    bool hasKey_ = false;  // values belong to the last key
+    bool hasKey_ = false;  // the last key wasn't deleted, so values can follow
     bool old_ = false;     // version 4, whose texts in hexadecimal digits have one byte for each character
     std::size_t values_ = 0;
     bool closed_ = false;
@@ -194,7 +194,8 @@ void Reader::readComment()
         if (comment.size() < LongestComment)
             comment.push_back(unit);
     }
-    // A whole registry must have the counts of its closing line. A text edited by hand needn't have them.
+    // A whole registry must have as many keys and values as its closing line says. A text with Wholeness::Free may have
+    // been edited by hand, so its numbers may differ.
     if (wholeness_ == Wholeness::Free || !comment.starts_with(ClosingWords))
         return;
     if (comment != closingLine(keys_, values_))
@@ -213,7 +214,8 @@ std::u16string unescapedLevel(std::u16string_view line, std::size_t& at)
             level.push_back(line[at++]);
             continue;
         }
-        // Of three backslashes the first one ends the level, since an escape is two of them and digits.
+        // An escape is two backslashes and four digits. So if there are three backslashes, the first one separates two
+        // levels and the other two begin an escape.
         const std::u16string_view ahead = line.substr(at, 3);
         if (!ahead.starts_with(u"\\\\") || ahead == u"\\\\\\")
             break;
@@ -264,7 +266,7 @@ void Reader::readKey()
         if (line.size() > LongestKeyLine)
             throw Fault{"the key's path is too long"};
     }
-    // A name may contain brackets, so the last one of the line ends it.
+    // A name may contain brackets, so the key ends at the last bracket of the line.
     const std::size_t end = line.find_last_not_of(u" \t");
     if (end == std::u16string::npos || line[end] != u']')
         throw Fault{"the key's bracket isn't closed"};

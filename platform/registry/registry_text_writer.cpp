@@ -23,8 +23,8 @@ bool isControl(char16_t unit)
     return unit < FirstPrintable;
 }
 
-// The text, if it can be written in quotes: its only NUL is at the end, and an editor can show all its characters.
-// Other data of that type is written as hexadecimal bytes.
+// Returns the text if it can be written in quotes. Its only NUL must be at the end, and an editor must be able to show
+// all its characters. Otherwise returns nothing, and the caller writes the data as hexadecimal bytes.
 std::optional<std::u16string> plainText(std::span<const std::byte> data)
 {
     if (data.size() < sizeof(char16_t) || data.size() % sizeof(char16_t) != 0)
@@ -61,7 +61,8 @@ bool RegistryTextWriter::key(const KeyPath& path)
     for (const std::u16string& level : path.levels) {
         put(u'\\');
         for (const char16_t unit : level) {
-            if (isControl(unit)) {  // "\\" begins an escape; it can't be a separator, since no level is empty
+            if (isControl(unit)) {
+                // Two backslashes begin an escape. They can't be two separators, because no level is empty.
                 put(u"\\\\");
                 putHexadecimal(unit, 4);
             } else {

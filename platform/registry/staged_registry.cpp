@@ -62,7 +62,7 @@ public:
     }
 };
 
-// The fault of a registry file, which must be at offset 0.
+// The fault of a registry file. The offset of the open file must be 0.
 std::optional<RegistryTextFault> faultOf(HostFile& file)
 {
     IgnoringSink sink;
@@ -92,7 +92,8 @@ bool keepAside(const fs::path& folder, std::string& sentence)
     return !failure;
 }
 
-// Deletes the staged file after it has replaced the registry. A second replacement would undo later changes.
+// Deletes the staged file after its content has replaced the registry. If the file stayed, the next start would replace
+// the registry again and undo later changes.
 bool takeAway(const fs::path& folder, std::string& sentence)
 {
     std::error_code failure;
@@ -143,14 +144,14 @@ DWORD stageRegistry(HANDLE file)
 void unstageRegistry()
 {
     const std::scoped_lock lock(staging().mutex);
-    std::error_code ignored;  // if the file can't be deleted, the next start restores it, as the caller first asked
+    std::error_code ignored;  // if this fails, the next start restores the file, as the caller first asked
     fs::remove(staging().folder / StagedName, ignored);
 }
 
 bool enforceStagedRegistry(const fs::path& folder, std::string& sentence)
 {
     std::error_code ignored;
-    fs::remove(folder / GrowingName, ignored);  // a killed process left it; it may be truncated
+    fs::remove(folder / GrowingName, ignored);  // an unfinished copy that a killed process left
     HostFile staged(folder / StagedName, O_RDONLY);
     if (staged.error() == ENOENT)
         return true;

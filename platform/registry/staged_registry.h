@@ -1,6 +1,7 @@
-// staged_registry.h - a registry file beside the device's database, which replaces the registry at the next start.
+// staged_registry.h - writes a registry file beside the device's database. At the next start, the
+// content of that file replaces the registry.
 //
-// The file is written under another name and renamed when it is whole, so a staged file is never a part of one.
+// The copy is written under another name and renamed when it is complete. So a staged file is always complete.
 #pragma once
 
 #include "ce/handle.h"
@@ -14,18 +15,18 @@ namespace platform::registry {
 // Sets the folder of staged files. An empty path means that no registry is open, so nothing can be staged.
 void setStagingFolder(const std::filesystem::path& folder);
 
-// Stages a copy of an open file, from its beginning, and replaces the one staged before. 0 when the copy is on the
-// disk. 31 for a file that isn't a whole registry: the copy is kept as "registry.refused", and the file staged before
-// stays. After any other error there is no copy.
+// Copies an open file, whose offset must be 0. The copy becomes the staged file and replaces an earlier one. Returns 0
+// when the copy is on the disk. If the file isn't a whole registry, returns 31, keeps the copy as "registry.refused"
+// and leaves an earlier staged file unchanged. After any other failure there is no copy.
 [[nodiscard]] DWORD stageRegistry(HANDLE file);
 
 // Deletes the staged file.
 void unstageRegistry();
 
-// Replaces the registry in the open database by the file staged in `folder`, if there is one, in one transaction. A
-// file that isn't a whole registry is renamed to "registry.refused". Then the registry stays as it is, and `sentence`
-// is a warning. False with a sentence for the user if the disk fails: then the registry and the staged file stay as
-// they are.
+// If there is a staged file in `folder`, replaces the registry in the open database by its content, in one transaction.
+// If the staged file isn't a whole registry, renames it to "registry.refused" and leaves the registry unchanged.
+// `sentence` is then a warning. Returns false with a sentence for the user if the disk fails. After such a failure the
+// staged file still exists. The registry is unchanged, unless only the deletion of the staged file failed.
 [[nodiscard]] bool enforceStagedRegistry(const std::filesystem::path& folder, std::string& sentence);
 
 }  // namespace platform::registry

@@ -13,7 +13,8 @@ using platform::resource::ResourceKey;
 
 namespace {
 
-// The key that a call's argument names: a number as the pointer's value, "#123", or a text.
+// Returns the key that the argument of a call means. The argument is a number in place of an address, or the address of
+// a text. A text such as "#123" also means a number.
 ResourceKey keyOf(const WCHAR* name)
 {
     const auto number = reinterpret_cast<UINT_PTR>(name);
@@ -29,7 +30,7 @@ ResourceKey keyOf(const WCHAR* name)
     return value <= 0xFFFF ? ResourceKey(static_cast<WORD>(value)) : ResourceKey(text);
 }
 
-// A handle is the entry's number, from 1 on.
+// A handle is the entry's number, counted from 1.
 HRSRC handleOf(const ResourceFile& file, const Resource& entry)
 {
     return reinterpret_cast<HRSRC>(static_cast<UINT_PTR>(&entry - file.entries().data()) + 1);
@@ -45,7 +46,8 @@ const Resource* entryOf(HRSRC handle)
     return nullptr;
 }
 
-// The number of the text's characters that fit, never half a surrogate pair.
+// Returns how many UTF-16 units of the text fit into a buffer of `characters` units. If the cut would split a surrogate
+// pair, the number is one lower.
 std::size_t fitting(std::span<const std::byte> text, std::size_t characters)
 {
     const std::size_t all = text.size() / sizeof(WCHAR);

@@ -35,7 +35,7 @@ bool sameKey(const ResourceKey& left, const ResourceKey& right)
     return std::ranges::equal(std::get<std::u16string>(left), std::get<std::u16string>(right), {}, folded, folded);
 }
 
-// Reads from an offset on. A read beyond the end of the bytes fails with false.
+// Reads bytes in order, from an offset on. A read beyond the end of the bytes returns false.
 class Reader {
 public:
     Reader(std::span<const std::byte> bytes, std::size_t offset) : bytes_(bytes), offset_(offset) {}

@@ -43,7 +43,7 @@ std::u16string cutName(const WCHAR* name)
     return cut;
 }
 
-// Fills StoreState::misplaced. 0, or the error of the search.
+// Fills StoreState::misplaced with the databases that have a wrong folded name. Returns 0 or the error of the search.
 DWORD findMisplaced(Connection& connection)
 {
     std::unordered_map<CEOID, std::u16string> found;
@@ -61,7 +61,8 @@ DWORD findMisplaced(Connection& connection)
     return 0;
 }
 
-// Call it for a name that no row has as folded name. Error 31 if a row with a wrong folded name has it.
+// Call it after a search for the folded name has found no row. Returns 31 if a row has the name `written` but a wrong
+// folded name, because such a database isn't missing. Otherwise returns 0, or the error of the search.
 DWORD misplaced(Connection& connection, const std::u16string& written)
 {
     if (!storeState().misplaced)

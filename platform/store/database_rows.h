@@ -15,15 +15,16 @@ namespace platform::store {
 // The name of a database, cut to 31 characters.
 struct DatabaseName {
     std::u16string written;
-    std::u16string folded;  // without case, the key of the row
+    std::u16string folded;  // the case-folded name, by which the row is found
 
-    // Nothing for a name that can't be used.
+    // Nothing if the name is null, empty or not valid UTF-16.
     [[nodiscard]] static std::optional<DatabaseName> of(const WCHAR* name);
 };
 
-// The database of that type with the lowest oid above `after`. Type 0 is any.
+// Finds the database of this type that has the lowest oid above `after`. Type 0 means any type.
 [[nodiscard]] Found<CEOID> databaseAfter(database::Connection& connection, CEOID after, DWORD type);
-// If only a row with a wrong folded name has that name, the result is an error, not a missing database.
+// Finds a database by its folded name. In a damaged device.db, a row can have the right name but a wrong folded name.
+// If only such a row has the name, the result is an error, because the database isn't missing.
 [[nodiscard]] Found<CEOID> databaseNamed(database::Connection& connection, const DatabaseName& name);
 [[nodiscard]] Found<CEDBASEINFO> databaseInfo(database::Connection& connection, CEOID oid);
 [[nodiscard]] Found<CEOID> ownerOfRecord(database::Connection& connection, CEOID record);
@@ -32,7 +33,7 @@ struct DatabaseName {
 [[nodiscard]] Found<CEOID> addDatabase(database::Connection& connection, const DatabaseName& name, DWORD type,
                                        std::span<const SORTORDERSPEC> sortOrders);
 
-// Deletes the database with its records in one statement. 0 or the platform's error number.
+// Deletes the database with its records in one statement. Returns 0 or the platform's error number.
 [[nodiscard]] DWORD removeDatabase(database::Connection& connection, CEOID oid);
 
 }  // namespace platform::store

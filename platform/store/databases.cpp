@@ -26,7 +26,7 @@ Result fail(DWORD error, Result failed)
     return failed;
 }
 
-// The last error for a search: `missing` if there is no such row.
+// Returns 0 if the search found a row, `missing` if there is no such row, and otherwise the error of the search.
 template <class Row>
 DWORD faultOf(const Found<Row>& found, DWORD missing)
 {

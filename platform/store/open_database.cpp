@@ -19,7 +19,8 @@ using database::Transaction;
 
 namespace {
 
-// The most changes that a killed process loses. A flush takes milliseconds, so a few per second don't slow a run down.
+// The limits of the changes that a handle gathers. If the process is killed, these changes are lost. A flush takes
+// milliseconds, so a few flushes per second don't slow a run down.
 constexpr unsigned GatheredChanges = 4096;
 constexpr std::size_t GatheredBytes = std::size_t{8} << 20;
 constexpr std::chrono::milliseconds GatheredTime(500);
@@ -48,10 +49,10 @@ DWORD OpenDatabase::beginChange(Connection& connection)
         return ERROR_INVALID_PARAMETER;
     if (storeState().changeIsOpen)
         return joinChange(connection);
-    // The changes of another handle must be on the disk before this one.
+    // The changes of another handle must be on the disk before this handle changes anything.
     if (connection.isGathering() && (!owns_ || gatheredEnough()))
         connection.endGathering();
-    if (changes_.size() == changes_.capacity())  // so that keepChange, after the change, can't run out of memory
+    if (changes_.size() == changes_.capacity())  // so that keepChange can't run out of memory after the change
         changes_.reserve(2 * changes_.size() + 16);
     if (connection.isGathering())
         return 0;
@@ -112,7 +113,8 @@ void OpenDatabase::gatheringEnded(Connection& connection, Step step)
     const auto changes = std::exchange(changes_, {});
     if (step == Step::Done)
         return;
-    // The rollback removed new records and restored deleted ones, so known positions are stale.
+    // The rollback removed new records and restored deleted ones. So the positions of records that were counted before
+    // are no longer valid.
     ++storeState().recordsRemoved;
     try {
         if (step == Step::Full)

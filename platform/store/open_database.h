@@ -1,5 +1,5 @@
 // open_database.h - the object of a database's handle: a pointer into the records, and the changes that the handle
-// gathers so that they share one flush.
+// gathers so that one flush writes them.
 //
 // Use it only while a database::DatabaseUse lives.
 #pragma once
@@ -19,24 +19,26 @@
 
 namespace platform::store {
 
-// The pointer is at the first record whose oid is at least `from`. So the deletion of that record moves it to the next
-// one without further work.
+// The pointer is at the first record whose oid is at least `from`. So if that record is deleted, the pointer is at the
+// next record without further work.
 struct RecordPointer {
-    // The end: above every oid, so it stays the end when records are added.
+    // A pointer with this number is after the last record. The number is above every oid, so the pointer stays there
+    // when records are added.
     static constexpr std::int64_t AfterLast = std::int64_t{1} << 32;
 
     std::int64_t from = 0;
-    bool exact = false;  // the record `from` existed when the pointer was set
+    bool exact = false;  // a record with the oid `from` existed when the pointer was set
 };
 
-// The position of a record, counted from 0. It is valid until a record is removed, because new records are appended.
+// The position of a record, counted from 0. New records are appended, so the position is valid until a record is
+// removed.
 struct KnownPosition {
     CEOID oid = 0;
     DWORD position = 0;
     std::uint64_t recordsRemoved = 0;
 };
 
-// A changed record with its new bytes. No bytes if it was removed.
+// A changed record with its new bytes. There are no bytes if the record was removed.
 struct GatheredChange {
     CEOID record = 0;
     std::optional<RecordBytes> bytes;
@@ -53,11 +55,13 @@ public:
     [[nodiscard]] const std::u16string& name() const { return name_; }
     [[nodiscard]] bool autoIncrement() const { return autoIncrement_; }
 
-    // Call it before each change. Begins to gather changes unless this handle does so already. Ends the gathering of
-    // another handle, and its own one if that is large or old enough. 0, or the platform's error number.
+    // Call it before each change. Commits the changes that another handle has gathered. Commits those of this handle if
+    // there are many of them or if the gathering began some time ago. After that, the handle gathers changes. Returns 0
+    // or the platform's error number.
     [[nodiscard]] DWORD beginChange(database::Connection& connection);
 
-    // Call it after each change. Keeps a copy, which is needed to repeat the change if the disk is too full for all.
+    // Call it after each change. Keeps a copy of the change. If the disk has no space for all gathered changes, SQLite
+    // rolls them back. The handle then uses the copies to repeat as many changes as fit.
     void keepChange(GatheredChange change);
 
     // Writes the gathered changes to the disk. Returns an error if any change was lost since the handle was opened.
@@ -79,12 +83,12 @@ private:
     const std::u16string name_;
     const bool autoIncrement_;
     bool closed_ = false;
-    bool owns_ = false;         // the open gathering is this handle's
-    std::uint64_t joined_ = 0;  // StoreState::changes of the last change of several calls that it took part in
+    bool owns_ = false;         // this handle began the gathering that is open
+    std::uint64_t joined_ = 0;  // StoreState::changes when the handle last changed something after BeginStoreChange
     std::vector<GatheredChange> changes_;
     std::size_t bytes_ = 0;
     std::chrono::steady_clock::time_point begun_;
-    DWORD loss_ = 0;  // why changes were lost
+    DWORD loss_ = 0;  // the reason of the last loss of changes; 0 if none was lost
 };
 
 }  // namespace platform::store

@@ -17,7 +17,8 @@ constexpr std::size_t HeadBytes = IdBytes + sizeof(WORD);
 constexpr std::size_t SizeBytes = sizeof(DWORD);
 constexpr std::size_t PropertyLimit = 0xFFFF;
 
-// These flags are valid for a single call. If they were stored, every later read would return them.
+// CEDB_PROPNOTFOUND and CEDB_PROPDELETE are valid for a single call. If they were stored, every later read would return
+// them.
 WORD withoutCallFlags(WORD flags)
 {
     return static_cast<WORD>(flags & ~(CEDB_PROPNOTFOUND | CEDB_PROPDELETE));
@@ -33,7 +34,7 @@ bool hasSize(WORD type)
     return type == CEVT_LPWSTR || type == CEVT_BLOB;
 }
 
-// Size of a value whose type has no stored size.
+// Returns the size of a value that is neither a text nor a blob.
 std::size_t fixedBytes(WORD type)
 {
     switch (type) {
@@ -60,7 +61,7 @@ Value valueAt(RecordView bytes, std::size_t offset)
     return value;
 }
 
-// The property at the beginning of `bytes`. Nothing if it is longer than `bytes`.
+// Returns the property at the beginning of `bytes`. Returns nothing if the property is longer than `bytes`.
 std::optional<PropertyView> propertyAt(RecordView bytes)
 {
     if (bytes.size() < HeadBytes)
@@ -135,7 +136,7 @@ std::size_t dataBytes(const PropertyView& property)
     case CEVT_LPWSTR:
         return property.value.size() + sizeof(WCHAR);
     case CEVT_BLOB:
-        return property.value.size() + property.value.size() % sizeof(WCHAR);  // the next text stays aligned
+        return property.value.size() + property.value.size() % sizeof(WCHAR);  // keeps the next text aligned
     default:
         return 0;
     }

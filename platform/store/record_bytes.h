@@ -1,9 +1,10 @@
 // record_bytes.h - the bytes of a record in the device's database.
 //
 // A record is a sequence of properties: id (4 bytes), flags (2), value. Integers are little-endian. The value has 2, 4
-// or 8 bytes, according to its type. A text or blob is its size in characters or bytes (4), then that many, without a
-// NUL. A value of an unknown type is the 16 bytes of CEVALUNION. The flags CEDB_PROPNOTFOUND and CEDB_PROPDELETE aren't
-// stored. Older files may have the first, which is ignored.
+// or 8 bytes, according to its type. A text or blob begins with its size (4 bytes), which is the number of characters
+// of a text or the number of bytes of a blob. The content follows without a NUL. A value of an unknown type is the 16
+// bytes of CEVALUNION. The flags CEDB_PROPNOTFOUND and CEDB_PROPDELETE aren't stored. An older file may contain
+// CEDB_PROPNOTFOUND, and reading ignores this flag.
 #pragma once
 
 #include "ce/store.h"
@@ -28,19 +29,22 @@ struct PropertyView {
 };
 using PropertyViews = std::vector<PropertyView>;
 
-// The properties of a record. Nothing if the bytes are damaged, or have more than MaxRecordContent.
+// Returns the properties of a record. Returns nothing if the bytes are damaged, if there are more than 65535
+// properties, or if texts and blobs together have more than MaxRecordContent bytes.
 [[nodiscard]] std::optional<PropertyViews> propertiesOf(RecordView record);
 
-// The properties of the given ids, in the order of the ids. Missing ones are marked. Nothing if all are missing.
+// Returns the properties with the given ids, in the order of the ids. Those that the record doesn't have are marked as
+// missing. Returns nothing if all are missing.
 [[nodiscard]] std::optional<PropertyViews> pick(const PropertyViews& properties, std::span<const CEPROPID> ids);
 
-// The record after the changes: each replaces a property, appends it or removes it (CEDB_PROPDELETE). Nothing if a text
-// or blob is null, for more than 65535 properties or for more than MaxRecordContent.
+// Returns the record after the changes. A change replaces a property, appends it or, with CEDB_PROPDELETE, removes it.
+// Returns nothing if a text or blob is null, if there are more than 65535 properties, or if texts and blobs together
+// have more than MaxRecordContent bytes.
 [[nodiscard]] std::optional<RecordBytes> withChanges(const PropertyViews& properties,
                                                      std::span<const CEPROPVAL> changes);
 
-// The block that CeReadRecordProps returns: CEPROPVALs, then texts and blobs. blockBytes is its size in bytes, and
-// fillBlock writes it.
+// CeReadRecordProps returns a block of CEPROPVALs, followed by their texts and blobs. blockBytes returns the size of
+// this block in bytes, and fillBlock writes it.
 [[nodiscard]] std::size_t blockBytes(const PropertyViews& properties);
 void fillBlock(const PropertyViews& properties, BYTE* block);
 

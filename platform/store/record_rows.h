@@ -14,10 +14,10 @@ namespace platform::store {
 template <class Row>
 struct Found {
     std::optional<Row> row;
-    DWORD error = 0;  // without a row: 0 if there is none, otherwise the platform's error number
+    DWORD error = 0;  // without a row: 0 if none was found, otherwise the platform's error number
 };
 
-// A record in the table. Destroy it before any change.
+// A record in the table. Destroy the object before any change to the database.
 struct RecordRow {
     CEOID oid;
     RecordView properties;  // valid while `row` lives
@@ -27,7 +27,8 @@ struct RecordRow {
 // The platform's error number for a step that failed.
 [[nodiscard]] DWORD errorOf(database::Step step);
 
-// recordAt finds the owner's record of that oid, recordFrom its first record whose oid is at least `from`.
+// recordAt finds the record with this oid in the database `owner`. recordFrom finds the first record of that database
+// whose oid is at least `from`.
 [[nodiscard]] Found<RecordRow> recordAt(database::Connection& connection, CEOID owner, std::int64_t oid);
 [[nodiscard]] Found<RecordRow> recordFrom(database::Connection& connection, CEOID owner, std::int64_t from);
 
@@ -41,11 +42,11 @@ struct RecordRow {
 // Number of records before `oid`. Counts them one by one.
 [[nodiscard]] Found<DWORD> countBefore(database::Connection& connection, CEOID owner, std::int64_t oid);
 
-// Number of records, as the database's row has it. Doesn't count them.
+// The number of records that is stored in the database's row. Doesn't count the records.
 [[nodiscard]] Found<DWORD> countOf(database::Connection& connection, CEOID owner);
 
-// 31 if the number of record rows differs from countOf, so records are missing or belong to another database.
-// Otherwise 0, or the error of the count.
+// Counts the rows of the records. Returns 31 if their number differs from countOf. In that case records are missing, or
+// some belong to another database. Otherwise returns 0, or the error of the count.
 [[nodiscard]] DWORD faultOfCount(database::Connection& connection, CEOID owner);
 
 }  // namespace platform::store

@@ -14,7 +14,8 @@ using namespace platform::store;
 
 namespace {
 
-// One seek. Each of its ways sets the pointer and returns the oid of the record, or 0 with an error.
+// Performs a seek of a handle. Each function moves the pointer and returns the oid of the record at the new position.
+// If no record is there, or if reading fails, it sets the last error and returns 0.
 class Seek {
 public:
     Seek(Connection& connection, OpenDatabase& open) : connection_(connection), open_(open) {}
@@ -25,7 +26,7 @@ public:
         return found.row == oid ? stand(oid) : refuse(found.error != 0 ? found.error : ERROR_INVALID_PARAMETER);
     }
 
-    // Starts at the first record whose oid is at least `from`.
+    // Moves the pointer `records` records forward from the first record whose oid is at least `from`.
     CEOID forward(std::int64_t from, std::int64_t records)
     {
         const auto found = oidFrom(connection_, open_.database(), from, records);
@@ -36,14 +37,15 @@ public:
         return refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
-    // Starts at the first record whose oid is at least `from`. `records` is at least 1.
+    // Moves the pointer `records` records back from the first record whose oid is at least `from`. `records` is at
+    // least 1.
     CEOID back(std::int64_t from, std::int64_t records)
     {
         const auto found = oidBefore(connection_, open_.database(), from, records - 1);
         return found.row ? stand(*found.row) : refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
-    // A walk back starts here, so report missing records now.
+    // A walk from the last record to the first begins with this seek. So this seek checks whether records are missing.
     CEOID afterLast()
     {
         moveAfterLast();
@@ -91,7 +93,8 @@ CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
     }
 }
 
-// The position of `pointer` if it takes no counting: at the end, or at the record whose position was returned last.
+// Returns the position of `pointer` if it is known without counting the records. It is known at the end, and at the
+// record whose position was returned last.
 std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& open, const RecordPointer& pointer)
 {
     if (pointer.from == RecordPointer::AfterLast)
@@ -101,8 +104,8 @@ std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& o
     return std::nullopt;
 }
 
-// The position of the pointer after a seek that started at `before`. Computes it from the seek's distance if the start
-// is known, and counts otherwise.
+// Returns the position of the pointer after a seek that started at `before`. If the position of the start is known,
+// adds the distance of the seek to it. Otherwise counts the records.
 DWORD positionAfter(Connection& connection, OpenDatabase& open, const RecordPointer& before, DWORD how, DWORD value)
 {
     std::optional<DWORD> position = knownPosition(connection, open, open.pointer);

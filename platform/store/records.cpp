@@ -30,8 +30,8 @@ Outcome failed(DWORD error)
     return {0, error};
 }
 
-// Runs `call` on an open handle, which no other thread can use meanwhile. Out of memory becomes an error. `kind` says
-// what the call is for.
+// Runs `call` on an open handle, which no other thread can use meanwhile. If memory runs out, the call fails with error
+// 8. `kind` says whether the call reads or writes.
 template <class Call>
 CEOID onHandle(HANDLE database, Trouble kind, Call call)
 {
@@ -43,7 +43,7 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
                                 : !use ? failed(ERROR_GEN_FAILURE)
                                        : call(*use, *open);
         if (use && outcome.error != 0)
-            (void)use->isGathering();  // if a full disk caused a rollback, this runs the handler for it
+            (void)use->isGathering();  // runs the handler of a rollback that a full disk caused
         if (open)
             noteStoreTrouble(kind, Troubled::Database, name, outcome.error);
         if (outcome.error != 0)
@@ -70,7 +70,7 @@ Found<RecordRow> currentRecord(Connection& connection, const OpenDatabase& open)
     return next;
 }
 
-// Makes the caller's block large enough. 0 or the platform's error number.
+// Makes the caller's block large enough. Returns 0 or the platform's error number.
 DWORD provideBlock(std::size_t bytes, DWORD flags, BYTE** buffer, DWORD* size)
 {
     if (*buffer != nullptr ? *size >= bytes : bytes == 0)
@@ -90,10 +90,10 @@ DWORD provideBlock(std::size_t bytes, DWORD flags, BYTE** buffer, DWORD* size)
 
 struct ChangedRecord {
     std::optional<RecordBytes> bytes;
-    DWORD error = 0;  // why there are none
+    DWORD error = 0;  // why there are no bytes
 };
 
-// The bytes of a record after the changes. oid 0 is a new record.
+// Returns the bytes of a record after the changes. An oid of 0 means a new record.
 ChangedRecord changedRecord(Connection& connection, CEOID owner, CEOID oid, std::span<const CEPROPVAL> changes)
 {
     if (oid == 0)
@@ -157,7 +157,7 @@ Outcome removeRecord(Connection& connection, OpenDatabase& open, CEOID oid)
 
 struct Opening {
     std::shared_ptr<OpenDatabase> database;
-    DWORD error = 0;  // why there is none
+    DWORD error = 0;  // why the database isn't open
 };
 
 Opening openDatabase(Connection& connection, CEOID oid, bool autoIncrement)

@@ -19,7 +19,8 @@ void changeEnded(Step step)
     state.changeFault = step == Step::Done ? 0 : errorOf(step);
     if (step == Step::Done)
         return;
-    // The rollback restored what was deleted and removed what was new.
+    // The rollback restored deleted databases and records and removed new ones. Increasing these counters makes open
+    // enumerations of databases end, and makes cached positions of records invalid.
     ++state.databasesDeleted;
     ++state.recordsRemoved;
     state.misplaced.reset();
@@ -59,7 +60,7 @@ BOOL EndStoreChange(BOOL kept)
         if (!use || !state.changeIsOpen)
             return fail(use ? ERROR_INVALID_PARAMETER : ERROR_GEN_FAILURE);
         state.changeIsOpen = false;
-        const bool wasWhole = use->isGathering();  // otherwise the call that failed has noted the trouble already
+        const bool wasWhole = use->isGathering();  // false: a call failed and has noted the failure
         use->releaseGathering(kept != FALSE);
         if (!kept || state.changeFault == 0)
             return TRUE;

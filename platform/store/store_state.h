@@ -1,4 +1,4 @@
-// store_state.h - what the object store keeps in memory while the process runs.
+// store_state.h - the state of the object store that is in memory only.
 #pragma once
 
 #include "database/connection.h"
@@ -12,21 +12,23 @@
 
 namespace platform::store {
 
-// Use it only while a database::DatabaseUse lives, which lets one thread in at a time.
+// Use it only while a database::DatabaseUse lives. Only one thread at a time can have a DatabaseUse.
 struct StoreState {
-    std::unordered_map<CEOID, unsigned> openHandles;  // number of handles on each database; 0 has no entry
-    std::uint64_t databasesDeleted = 0;               // a walk that began at another number has ended
-    std::uint64_t recordsRemoved = 0;                 // a position that was counted at another number is stale
-    bool changeIsOpen = false;                        // between BeginStoreChange and EndStoreChange
+    std::unordered_map<CEOID, unsigned> openHandles;  // number of handles on each database that has any
+    std::uint64_t databasesDeleted = 0;               // a walk that began with another value has ended
+    std::uint64_t recordsRemoved = 0;                 // a position that was counted with another value is stale
+    bool changeIsOpen = false;                        // true from BeginStoreChange to EndStoreChange
     std::uint64_t changes = 0;                        // number of calls of BeginStoreChange that succeeded
-    DWORD changeFault = 0;                            // why the latest of them isn't on the disk
-    std::u16string changedName;                       // the database that the latest of them created last
-    // Names of the databases whose row has a wrong folded name. Searched for once, since no call makes such a row.
+    DWORD changeFault = 0;                            // 0, or why the change that began last isn't on the disk
+    std::u16string changedName;                       // the database that was last created in that change
+    // Names of the databases whose row has a wrong folded name. No call creates such a row, so one search finds all of
+    // them.
     std::optional<std::unordered_map<CEOID, std::u16string>> misplaced;
 };
 [[nodiscard]] StoreState& storeState();
 
-// Call it before each change. 0, or why the change that BeginStoreChange began has failed already.
+// Call it before each change. Returns an error if the change that BeginStoreChange began has failed and was rolled
+// back, otherwise 0.
 [[nodiscard]] DWORD faultOfChange(database::Connection& connection);
 
 }  // namespace platform::store

@@ -13,14 +13,16 @@ namespace platform::store {
 using kernel::Trouble;
 using kernel::Troubled;
 
-// Notes only failures of the disk, of memory and damage, not wrong calls or missing objects. `error` may be 0.
+// Notes the error if it says that the disk failed or is full, that memory ran out, or that data is damaged. Errors of
+// wrong calls and of missing objects aren't noted. `error` may be 0.
 inline void noteStoreTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error)
 {
     if (error == ERROR_GEN_FAILURE || error == ERROR_DISK_FULL || error == ERROR_NOT_ENOUGH_MEMORY)
         kernel::noteTrouble(kind, what, name, error);
 }
 
-// Returns the result of `call`. If it runs out of memory, notes that, sets the last error 8 and returns `failed`.
+// Returns the result of `call`. If `call` runs out of memory, notes the failure, sets the last error to 8 and returns
+// `failed`.
 template <class Result, class Call>
 Result withinMemory(Trouble kind, Troubled what, std::u16string_view name, Result failed, Call call)
 {

@@ -1,4 +1,4 @@
-// The table covers the scripts with capitals that are common in file names.
+// Folds case by a table. The table covers the scripts with capitals that are common in file names.
 #include "text/case_folding.h"
 
 #include <algorithm>
@@ -8,7 +8,7 @@ namespace platform::text {
 
 namespace {
 
-// Every `step`th character from first to last is a capital. Its small letter is the capital plus `distance`.
+// Every `step`th character from `first` to `last` is a capital. Its small letter is `distance` higher.
 struct Capitals {
     char16_t first;
     char16_t last;

@@ -10,10 +10,11 @@ namespace {
 using platform::text::isHighSurrogate;
 using platform::text::isLowSurrogate;
 
-// Widths are limited to this, which is longer than any buffer, so that they can't overflow.
+// The largest width of a conversion. A larger number in the format is cut to this value, so the calculation of the
+// width can't overflow.
 constexpr std::size_t WidthLimit = 1U << 20;
 
-// One conversion of a format: what is between the percent sign and the letter, and the letter.
+// One conversion of a format: whether it pads with zeros, its width, and its letter.
 struct Conversion {
     bool zeros = false;
     std::size_t width = 0;
@@ -59,7 +60,7 @@ private:
     WCHAR cutAt_ = 0;  // the first unit that didn't fit
 };
 
-// Reads a conversion from after the percent sign, and moves `format` after the letter.
+// Reads the conversion that follows a percent sign. Moves `format` to the position after the letter.
 Conversion readConversion(const WCHAR*& format)
 {
     Conversion conversion;
@@ -72,8 +73,8 @@ Conversion readConversion(const WCHAR*& format)
     return conversion;
 }
 
-// The absolute value of the argument, read with the signedness of the conversion and at least 32 bits, the width that C
-// passes.
+// Returns the absolute value of the argument. %d takes the argument as signed, and every other conversion takes it as
+// unsigned. An argument of up to 4 bytes is read as 32 bits, because C passes it with 32 bits.
 std::uint64_t magnitudeOf(const Conversion& conversion, const FormatArgument& argument, bool& negative)
 {
     const bool isSigned = conversion.letter == u'd';

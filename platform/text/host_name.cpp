@@ -9,7 +9,7 @@ namespace platform::text {
 
 namespace {
 
-// The escape of a byte is this character plus the byte.
+// A byte is escaped as the character U+F700 + byte.
 constexpr char16_t EscapeBase = 0xF700;
 constexpr std::size_t HostNameBytes = 255;  // the longest name that the host's file systems allow
 
@@ -92,7 +92,7 @@ std::optional<std::string> toHostName(std::u16string_view deviceName)
     if (host.empty() || host == "." || host == ".." || host.size() > HostNameBytes ||
         host.find('/') != std::string::npos || host.find('\0') != std::string::npos)
         return std::nullopt;
-    // A needless escape (of a letter or of a valid character) would give one file two names.
+    // A name with a needless escape, such as the escape of a letter, would be a second name of the same file.
     if (escaped && toDeviceName(host) != deviceName)
         return std::nullopt;
     return host;

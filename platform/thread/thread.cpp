@@ -10,7 +10,7 @@
 
 namespace {
 
-// A thread's handle has no content: the thread continues after it is closed.
+// The object of a thread's handle. It has no members, because closing the handle doesn't affect the thread.
 class Thread final : public platform::kernel::Object {};
 
 HANDLE fail(DWORD error)

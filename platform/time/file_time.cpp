@@ -10,7 +10,7 @@ using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
 constexpr sys_days firstDay = std::chrono::year{1601} / 1 / 1;
-constexpr int lastYear = 30827;  // the last whole year below 0x8000000000000000
+constexpr int lastYear = 30827;  // the last whole year whose file times are below 0x8000000000000000
 constexpr std::uint64_t stepsOfMillisecond = 10'000;
 constexpr std::uint64_t millisecondsOfDay = 86'400'000;
 
@@ -33,7 +33,7 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime)
         return fail(ERROR_INVALID_PARAMETER);
     const year_month_day date(std::chrono::year{time->wYear}, std::chrono::month{time->wMonth},
                               std::chrono::day{time->wDay});
-    // Check first, since std::chrono's month and day would cut numbers above 255.
+    // std::chrono's month and day cut numbers above 255, so check the numbers of `time` too.
     if (time->wMonth > 12 || time->wDay > 31 || !date.ok() || time->wHour > 23 || time->wMinute > 59 ||
         time->wSecond > 59 || time->wMilliseconds > 999)
         return fail(ERROR_INVALID_PARAMETER);

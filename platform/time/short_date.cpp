@@ -13,7 +13,7 @@ namespace platform::time {
 
 namespace {
 
-// The low half is the setting, the high half flags.
+// The low 16 bits of the argument are the setting, and the high 16 bits are flags.
 constexpr DWORD settingMask = 0xFFFF;
 
 struct ChosenFormat {
@@ -27,7 +27,8 @@ ChosenFormat& chosenFormat()
     return chosen;
 }
 
-// The date format of the environment's locale, not of the process's. A locale that isn't installed counts as C.
+// The date format of the environment's locale, not of the process's. If that locale isn't installed, the format of the
+// locale C is used.
 std::string hostDateFormat()
 {
     struct Freed {
@@ -37,7 +38,8 @@ std::string hostDateFormat()
     return locale ? nl_langinfo_l(D_FMT, locale.get()) : "%m/%d/%y";
 }
 
-// The platform's letters for one conversion; empty if it isn't part of a date. `unpadded` means no leading zeros.
+// Returns the platform's letters for one conversion. Returns an empty text if the conversion isn't part of a date.
+// `unpadded` means no leading zeros.
 std::u16string_view pictureOf(char conversion, bool unpadded)
 {
     switch (conversion) {

@@ -1,4 +1,4 @@
-// connection.h - one SQLite database file: its statements, its transactions. No other room includes SQLite.
+// connection.h - the statements and transactions of one SQLite database file. No other room includes SQLite.
 //
 // Only one thread at a time may use a connection. DatabaseUse (device_database.h) gives access to it under a lock.
 #pragma once
@@ -31,18 +31,20 @@ enum class Step {
 
 class Connection;
 
-// Version 14 of clang destroys the temporaries of a statement with a consteval call only when the block ends.
+// With clang 14, the temporary objects of a C++ statement that calls a consteval function live until the end of the
+// block. So the constructor is constexpr for clang.
 #ifdef __clang__
 #define SQL_LITERAL constexpr
 #else
 #define SQL_LITERAL consteval
 #endif
 
-// The text of a statement. It must be a literal, because a connection finds its prepared statements by the address.
+// The text of a statement. It must be a literal, because a connection finds its prepared statements by the address of
+// the text.
 class Sql {
 public:
     template <std::size_t Size>
-    // NOLINTNEXTLINE(google-explicit-constructor): it is written where it is used
+    // NOLINTNEXTLINE(google-explicit-constructor): callers pass a literal
     SQL_LITERAL Sql(const char (&text)[Size]) : text_(text), size_(static_cast<int>(Size - 1))
     {
     }
@@ -54,7 +56,7 @@ private:
     int size_;
 };
 
-// The unused prepared statements of one text.
+// Prepared statements with the same text that aren't in use.
 using Prepared = std::vector<sqlite3_stmt*>;
 
 // A prepared statement, borrowed from its connection for one use.
@@ -76,7 +78,8 @@ public:
 
     [[nodiscard]] Step step();
 
-    // Read the row that step() found. Columns count from 0. Bytes are valid until the next step.
+    // The following functions read the row that step() found. Columns are numbered from 0. Bytes are valid until the
+    // next step.
     [[nodiscard]] std::int64_t integer(int column) const;
     [[nodiscard]] std::u16string text(int column) const;
     [[nodiscard]] std::span<const std::byte> bytes(int column) const;
@@ -95,7 +98,7 @@ private:
     void bindOne(int index, std::span<const std::byte> bytes);
 
     Prepared* home_;           // the destructor returns the statement to it
-    sqlite3_stmt* statement_;  // null if it could not be prepared; then each step fails
+    sqlite3_stmt* statement_;  // null if preparing failed; each step fails in that case
 };
 
 class Connection {
@@ -105,37 +108,39 @@ public:
     Connection& operator=(const Connection&) = delete;
     ~Connection();
 
-    // Keeps the prepared statement and reuses it the next time.
+    // Returns a prepared statement with this text. When its use ends, the connection keeps it for the next call.
     [[nodiscard]] Statement prepare(Sql sql);
 
-    // One statement or several, without parameters or rows.
+    // Executes one or more statements that have no parameters and return no rows.
     [[nodiscard]] Step execute(const std::string& sql);
 
-    // The first column of the first row, of a statement without parameters.
+    // Returns the first column of the first row of a statement without parameters. Nothing if there is no row.
     [[nodiscard]] std::optional<std::int64_t> readNumber(Sql sql);
 
-    // Gathers the changes of several calls in one transaction, so that they share one flush. Begins the transaction
-    // unless it is open. `ended` is called once at its end: with Done if all changes are on the disk, otherwise after a
-    // rollback.
+    // Begins a transaction that gathers the changes of several calls. All of these changes share one flush. `ended` is
+    // called once, at the end of the transaction. Its argument is Done if all changes are on the disk, and another
+    // value if they were rolled back. If such a transaction is open already, the call does nothing and ignores `ended`.
     [[nodiscard]] Step gather(std::function<void(Step)> ended);
 
-    // False also after a failed statement rolled the transaction back. Then `ended` has been called.
+    // Returns whether the transaction of gather() is open. If a failed statement has rolled back this transaction,
+    // calls `ended` and returns false.
     [[nodiscard]] bool isGathering();
 
     // Commits the gathered changes, unless the gathering is held. Also ends the transaction of keepReading().
     void endGathering();
 
-    // Keeps the gathering open until it is released. Then all changes are on the disk, or none.
+    // Between holdGathering() and releaseGathering(), endGathering() doesn't commit. If `kept` is true,
+    // releaseGathering() commits all gathered changes. Otherwise it rolls back all of them.
     void holdGathering() { held_ = isGathering(); }
     void releaseGathering(bool kept);
 
-    // Makes the following reads share one transaction. Otherwise each read begins one, which asks the host for the
-    // file's size. The transaction ends before the next change.
+    // Makes the following reads share one transaction. Without this, each read begins a transaction of its own, and
+    // SQLite asks the host for the file's size each time. The shared transaction ends before the next change.
     void keepReading();
 
     [[nodiscard]] std::int64_t lastInsertId() const;
 
-    // What SQLite says about the last failure.
+    // SQLite's message about the last failure.
     [[nodiscard]] std::string lastMessage() const;
 
 private:
@@ -144,7 +149,9 @@ private:
     void endReading();
     [[nodiscard]] Step commit();
     void undo();
-    [[nodiscard]] Step run(const char* sql);  // allocates nothing here, so a transaction can always be ended
+    // Executes `sql` without creating a Statement. Creating one allocates memory and could fail, but ending a
+    // transaction must always be possible.
+    [[nodiscard]] Step run(const char* sql);
 
     sqlite3* database_;
     bool reading_ = false;                      // a transaction is open for reads alone
@@ -153,7 +160,8 @@ private:
     std::unordered_map<const char*, Prepared> prepared_;
 };
 
-// An atomic change. The destructor rolls back what isn't committed. During a gathering it is a savepoint of that one.
+// An atomic change. The destructor rolls back a change that wasn't committed. While changes are gathered, the object is
+// a savepoint of the transaction that gathers them.
 class Transaction {
 public:
     explicit Transaction(Connection& connection);
@@ -161,10 +169,12 @@ public:
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction();
 
-    // Done if it has begun. Otherwise change nothing, since each statement would be committed separately.
+    // Returns Done if the transaction has begun. After any other result the caller must change nothing, because SQLite
+    // would commit each statement separately.
     [[nodiscard]] Step begun() const { return begun_; }
 
-    // Done when the change is on the disk or gathered. Otherwise nothing is changed, nor will be at the next start.
+    // Returns Done if the change is on the disk or gathered. Otherwise the change isn't made, and the next start of the
+    // program doesn't make it either.
     [[nodiscard]] Step commit();
 
 private:

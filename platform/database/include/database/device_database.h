@@ -10,20 +10,20 @@
 
 namespace platform::database {
 
-// Opens the file, creates it if it is missing, and migrates it to this version's schema. False with a
-// sentence for the user if it is damaged, open elsewhere, newer than this version or not a device's
-// database. Then the file is unchanged. Fails also while a database is open.
-// On success `sentence` is empty or a warning: the file was missing or empty, and the write-ahead log beside it was
-// renamed.
+// Opens the file, creates it if it is missing, and migrates it to this version's schema. Returns false with a sentence
+// for the user if the file is damaged, open in another program, newer than this version or not a device's database. In
+// these cases the file is unchanged. Also returns false if this process has a database open already.
+// On success `sentence` is empty, or it is a warning that the file was missing or empty and that the write-ahead log
+// beside it was renamed.
 [[nodiscard]] bool openDeviceDatabase(const std::filesystem::path& file, std::string& sentence);
 
 // Commits the gathered changes and closes the file. Does nothing if none is open.
 void closeDeviceDatabase();
 
-// Whether a use of the database first commits the changes that were gathered before (End), or not (GoOn).
+// Whether a use of the database first commits the changes that were gathered so far (End) or goes on gathering (GoOn).
 enum class Gathered { End, GoOn };
 
-// Locks the open database for the duration of one call. Don't nest it.
+// Locks the open database for the duration of one call. A thread that has a DatabaseUse must not create another one.
 class DatabaseUse {
 public:
     explicit DatabaseUse(Gathered gathered = Gathered::End);

@@ -1,7 +1,7 @@
 // device.h - the device: a folder of the host.
 //
-// object-store/ is the root of the name space, and each folder in cards/ is a card. device.db contains the registry,
-// the databases and the remembered folders of the host. Only one process at a time can open a device.
+// object-store/ is the device's root folder, and each folder in cards/ is a card. device.db contains the registry, the
+// databases and the remembered folders of the host. Only one process at a time can open a device.
 #pragma once
 
 #include "device/extra_folder.h"
@@ -17,7 +17,7 @@ namespace platform::device {
 
 struct OpenError {
     std::string sentence;  // for the user, without a final line break
-    bool inUse = false;    // another process owns the device or a card
+    bool inUse = false;    // another process uses the device or a card
 };
 
 // A set that the program can restore from.
@@ -29,56 +29,60 @@ struct ShownSet {
 // A folder in which sets are stored.
 struct ShownStorage {
     std::u16string path;  // on the device; empty for its root
-    bool isNew = false;   // the device has shown it only since this call
+    bool isNew = false;   // the device didn't show the folder before this call
     OpenError error;      // with a sentence if it can't be shown
 };
 
-// An opened device. Its destructor closes every file and unlocks the device. Any thread can make the calls.
+// An opened device. Its destructor closes every file and unlocks the device. Any thread may call its functions.
 class Device {
 public:
     virtual ~Device() = default;
     [[nodiscard]] virtual const std::filesystem::path& folder() const = 0;
 
-    // Shows a folder of the host in the root, now and at every start, under its own name or with a number after it.
-    // Returns a sentence for the user on failure, otherwise an empty text.
+    // Shows a folder of the host in the device's root, now and after every later start. The device shows it under its
+    // own name, followed by a number if that name is taken. Returns a sentence for the user on failure, otherwise an
+    // empty text.
     [[nodiscard]] virtual std::string showFolder(const std::filesystem::path& folder, bool card) = 0;
 
-    // Shows the storage of a set until the device is closed, as a card, unless the device shows it already. `listFile`
-    // is on the host.
+    // Shows the storage of a set as a card until the device is closed. Does nothing if the device shows the set
+    // already. `listFile` is the path of the set's list file on the host.
     [[nodiscard]] virtual ShownSet showSet(const std::filesystem::path& listFile) = 0;
 
-    // Shows a folder of the host as a storage until the device is closed: as a card, unless the device shows it
+    // Shows a folder of the host as a card until the device is closed. Does nothing if the device shows the folder
     // already.
     [[nodiscard]] virtual ShownStorage showStorage(const std::filesystem::path& folder) = 0;
 
-    // The host's path of a path on the device, which begins with a backslash; that of the root if it is empty.
+    // Returns the path on the host of a file or folder of the device. `path` begins with a backslash, or is empty for
+    // the device's root.
     [[nodiscard]] virtual std::filesystem::path hostPath(const std::u16string& path) const = 0;
-    // The bytes that can still be stored in a folder that the root shows; nothing if the host doesn't say.
+    // Returns how many bytes can still be stored in a folder that is shown in the root. `path` is empty for the root
+    // itself. Returns nothing if the host doesn't report a number.
     [[nodiscard]] virtual std::optional<std::uint64_t> roomIn(const std::u16string& path) const = 0;
 
-    // Shows each medium as a card while it is mounted directly in one of `folders`. After one was mounted or unmounted,
-    // another thread calls `changed` repeatedly until it returns true.
+    // Shows each medium as a card while it is mounted directly in one of `folders`. After a medium was mounted or
+    // unmounted, another thread calls `changed` repeatedly until `changed` returns true.
     virtual void showMedia(std::vector<std::filesystem::path> folders, std::function<bool()> changed) = 0;
 };
 
-// Where the desktop mounts the media of this user.
+// The folders in which the desktop mounts the media of this user.
 [[nodiscard]] std::vector<std::filesystem::path> usualMediaFolders();
 
 struct OpenResult {
     std::unique_ptr<Device> device;  // null on failure
     OpenError error;
-    std::vector<std::string> warnings;  // sentences for the user of a device that is open
+    std::vector<std::string> warnings;  // sentences for the user if the device was opened
 };
 
-// Opens the device in `folder`: from then on the process uses its name space, registry and cards. A folder with an
+// Opens the device in `folder`: from then on the process uses its folders, registry and cards. A folder with an
 // object-store/ is a device, and its missing parts are created. A folder that doesn't exist or is empty becomes a
-// device, with demonstration content if `demonstration`, otherwise empty. Any other folder is refused, because it may
-// contain the user's own files.
+// device. If `demonstration` is true, the new device has demonstration content, otherwise it is empty. Any other folder
+// is refused, because it may contain the user's own files.
 [[nodiscard]] OpenResult openDevice(const std::filesystem::path& folder, const std::vector<ExtraFolder>& extras,
                                     bool demonstration);
 
-// The folder that this variable of the environment names, or `usual` below the user's home. A variable without an
-// absolute path is ignored, as the XDG rules demand. Nothing if both are ignored.
+// Returns the folder that the environment variable names. If the variable doesn't contain an absolute path, it is
+// ignored, as the XDG rules demand. In that case the result is `usual` below the user's home. Returns nothing if HOME
+// isn't an absolute path either.
 [[nodiscard]] std::optional<std::filesystem::path> userFolder(const char* variable, const char* usual);
 
 // $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device.

@@ -10,14 +10,15 @@
 
 namespace platform::device {
 
-// In the order of their names. Throws a std::runtime_error with a sentence for the user if they can't be read.
+// Returns the folders in the order of their names. Throws a std::runtime_error with a sentence for the user if they
+// can't be read.
 [[nodiscard]] std::vector<ExtraFolder> rememberedFolders();
 
-// Remembers a folder from the next start on, and replaces one of the same name. False if the name isn't valid on
-// the device or the database can't be written.
+// Remembers a folder, which is shown from the next start on. Replaces a remembered folder of the same name. Returns
+// false if the name isn't valid on the device or the database can't be written.
 [[nodiscard]] bool rememberFolder(const ExtraFolder& folder);
 
-// False if no folder of that name is remembered.
+// Forgets a folder. Returns false if no folder of that name is remembered or the database can't be written.
 [[nodiscard]] bool forgetFolder(const std::string& name);
 
 }  // namespace platform::device

@@ -7,7 +7,7 @@
 
 namespace platform::host {
 
-// A negative number is not open. It can be a negative errno, which get() then returns.
+// A negative number means that nothing is open. It can be a negative errno, and get() returns it.
 class Descriptor {
 public:
     Descriptor() = default;

@@ -5,11 +5,11 @@
 
 namespace platform::host {
 
-// `error` is an errno, of either sign; 0 gives 0.
+// Returns the platform's error number for an errno. `error` may be positive or negative. 0 becomes ERROR_SUCCESS.
 DWORD platformError(long error);
 
-// The same for a call on a file or folder that is open already. Numbers which say that it is missing, in use or named
-// wrongly can't be true then, so they become ERROR_GEN_FAILURE.
+// Like platformError, but for a call on a file or folder that is open already. An open file can't be missing, in use by
+// another program or wrongly named. So a number with such a meaning becomes ERROR_GEN_FAILURE.
 DWORD ioError(long error);
 
 }  // namespace platform::host

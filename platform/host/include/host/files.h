@@ -1,4 +1,4 @@
-// files.h - what several rooms do with files of the host outside the device's name space.
+// files.h - functions that several rooms use for files of the host. These files have no path on the device.
 #pragma once
 
 #include "host/descriptor.h"
@@ -14,19 +14,21 @@ namespace platform::host {
 struct Rights {
     uid_t owner = 0;
     gid_t group = 0;
-    mode_t mode = 0;  // other bits than the permissions are ignored
+    mode_t mode = 0;  // bits other than the permissions are ignored
 };
 
-// Gives an open file these rights. An owner or a group that this user can't set is left as it is. If that is the group,
-// it gets no permissions, because they were meant for another group. 0, or the errno if the mode can't be set.
+// Sets the rights of an open file. If this user may not set the owner or the group, that one stays unchanged. If the
+// group stays unchanged, it gets no permissions, because the permissions in `rights` were meant for another group.
+// Returns 0, or the errno if the mode can't be set.
 [[nodiscard]] int setRights(int file, const Rights& rights);
 
-// Writes a file to the disk. Follows no link. 0 or the errno.
+// Flushes a file to the disk. Fails if the path is a symbolic link. Returns 0 or the errno.
 [[nodiscard]] int flush(const std::filesystem::path& file);
-// Writes the entries of a folder to the disk. The path may be a link to it. 0 or the errno.
+// Flushes the directory entries of a folder to the disk. The path may be a symbolic link to the folder. Returns 0 or
+// the errno.
 [[nodiscard]] int flushFolder(const std::filesystem::path& folder);
 
-// 16 hexadecimal digits that nobody can predict, for the name of a file that no other program may use.
+// Returns 16 hexadecimal digits that nobody can predict. They are for the name of a file that no other program may use.
 std::string unguessableName();
 
 }  // namespace platform::host

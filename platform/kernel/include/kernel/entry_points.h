@@ -1,4 +1,5 @@
-// entry_points.h - the platform's calls that a program can look up by name. Their rooms register them.
+// entry_points.h - the platform's calls that a program can look up by name. The room that implements a call registers
+// it.
 #pragma once
 
 #include "ce/module.h"
@@ -7,7 +8,7 @@
 
 namespace platform::kernel {
 
-// Registers `entryPoint` under exactly that name and replaces an earlier one. Any thread.
+// Registers `entryPoint` under exactly this name. Replaces an earlier entry point of the name. Any thread may call it.
 void registerEntryPoint(std::u16string name, FARPROC entryPoint);
 
 }  // namespace platform::kernel

@@ -8,10 +8,10 @@
 
 namespace platform::kernel {
 
-// Part of a sentence: "the disk is full". Null for an error that the caller has to describe itself.
+// Returns part of a sentence, such as "the disk is full". Null for an error that the caller has to describe itself.
 const char* errorReason(DWORD error);
 
-// Part of a sentence, which may contain any character of a path.
+// Returns part of a sentence. It may contain a path, and so any character that a path can have.
 std::string reasonOf(const std::exception& error);
 
 }  // namespace platform::kernel

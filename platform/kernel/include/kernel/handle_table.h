@@ -1,7 +1,7 @@
 // handle_table.h - finds the object of a handle: a file, a search, a thread, a database.
 //
-// A handle is a key of slot_table.h, so a closed handle stays refused. Any thread may use the table. An object
-// lives until the last call on it returns.
+// A handle is a key of slot_table.h. So a closed handle is refused even if another object has the slot now. Any thread
+// may use the table. While a call uses an object, the object isn't destroyed, even if its handle is closed.
 #pragma once
 
 #include "ce/types.h"
@@ -22,22 +22,22 @@ public:
     Object& operator=(const Object&) = delete;
     virtual ~Object() = default;
 
-    // Whether CloseHandle closes it. Only FindClose closes a search.
+    // Whether CloseHandle closes the object. False for a search, which only FindClose closes.
     [[nodiscard]] virtual bool takesCloseHandle() const { return true; }
 
-    // Called by CloseHandle after the handle was removed, for work that can fail. CloseHandle reports the error; the
-    // handle is closed all the same.
+    // Performs the part of closing that can fail, and returns the error. CloseHandle calls this function after it has
+    // removed the handle, and reports the error. So the handle is closed even after an error.
     [[nodiscard]] virtual DWORD close() { return 0; }
 };
 
-// A new handle, never null nor INVALID_HANDLE_VALUE.
+// Returns a new handle, which is neither null nor INVALID_HANDLE_VALUE.
 [[nodiscard]] HANDLE addHandle(std::shared_ptr<Object> object);
 
 // Null for a handle that is not open.
 std::shared_ptr<Object> findObject(HANDLE handle);
 
-// The object, if it has that class; otherwise null. Fastest for a final class, where a comparison of types replaces the
-// dynamic cast.
+// Returns the object of the handle if its class is `Kind`, otherwise null. For a final class, a comparison of types
+// replaces the slower dynamic cast.
 template <class Kind>
 std::shared_ptr<Kind> findHandle(HANDLE handle)
 {

@@ -12,12 +12,13 @@ void noteJobEnd();
 // The number of the job that is in progress, counted from 1. 0 if there is none.
 std::uint64_t currentJob();
 
-// Both requests can come from any thread and from a signal handler. The job ends between two of its items.
+// Any thread and a signal handler may call these two functions. A stopped job ends before its next item.
 void stopJob();       // does nothing if no job is in progress
-void stopEveryJob();  // also those that begin later
+void stopEveryJob();  // stops also the jobs that begin later
 
-// From now on SIGINT, SIGTERM and SIGHUP stop every job, and call `then` in the signal handler if it isn't null. A
-// second such signal ends the process at once. A signal that the caller of the process ignores stays ignored.
+// From now on SIGINT, SIGTERM and SIGHUP stop every job. The signal handler also calls `then` if `then` isn't null. A
+// second signal of the same number ends the process at once. A signal that was ignored when the process started stays
+// ignored.
 void stopEveryJobAtSignal(void (*then)() = nullptr);
 
 }  // namespace platform::kernel

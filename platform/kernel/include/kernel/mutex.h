@@ -48,7 +48,7 @@ private:
     std::unique_lock<Mutex> lock_;
 };
 
-// Is held by one thread alone, or shared by any number of threads.
+// A mutex that is held by one thread alone, or shared by any number of threads.
 class CAPABILITY("mutex") SharedMutex {
 public:
     SharedMutex() = default;
@@ -86,20 +86,20 @@ private:
     SharedMutex& mutex_;
 };
 
-// The reverse: releases a mutex that the caller holds, and takes it again at the end of the block.
+// The reverse of MutexLock: releases a mutex that the caller holds, and locks it again at the end of the block.
 class SCOPED_CAPABILITY MutexUnlock {
 public:
     explicit MutexUnlock(Mutex& mutex) RELEASE(mutex) : mutex_(mutex) { mutex.unlock(); }
     MutexUnlock(const MutexUnlock&) = delete;
     MutexUnlock& operator=(const MutexUnlock&) = delete;
-    // RELEASE ends what the constructor did, here by locking.
+    // For the analysis, RELEASE on this destructor ends the effect of the constructor, so the mutex is held again.
     ~MutexUnlock() RELEASE() { mutex_.lock(); }
 
 private:
     Mutex& mutex_;
 };
 
-// Waits release the mutex and hold it again when they return. They can return without a notification.
+// A wait releases the mutex, and locks it again before it returns. It can return without a notification.
 class Condition {
 public:
     void wait(Mutex& mutex) REQUIRES(mutex)

@@ -1,7 +1,8 @@
 // slot_table.h - numbered slots for objects, and keys that stay invalid after their object was removed.
 //
-// A key holds a slot's number and how often the slot has been used. So the key of a removed object is refused also when
-// another object has its slot, and no made-up key leads to memory. The caller locks where several threads use a table.
+// A key contains the number of a slot and a counter of how often the slot has been used. So the key of a removed object
+// is refused even if another object is in the slot now. A key isn't an address, so the table can refuse an invented
+// key. If several threads use a table, the callers must lock it.
 #pragma once
 
 #include <cstdint>
@@ -10,8 +11,9 @@
 
 namespace platform::kernel {
 
-// Slots are numbered from 1. Number 0 means "none". The table never adds, finds or removes the content of slot 0; its
-// user may set it. With std::deque as Sequence, references to contents stay valid when others are added.
+// Slots are numbered from 1. Number 0 means "none". The table never adds, finds or removes the content of slot 0, but
+// the owner of the table may set it. If Sequence is std::deque, references to contents stay valid when another content
+// is added.
 template <class Content, template <class...> class Sequence = std::vector>
 class SlotTable {
 public:
@@ -20,7 +22,7 @@ public:
 
     SlotTable() { slots_.emplace_back(); }
 
-    // The slot emptied last is used again first.
+    // Uses the slot that was emptied last, or a new slot if none is empty.
     Number add(Content content)
     {
         if (free_.empty()) {
@@ -34,7 +36,7 @@ public:
         return number;
     }
 
-    // `number` is that of a filled slot. Its content is left as Content().
+    // `number` must be the number of a filled slot. The content of the slot becomes Content().
     Content remove(Number number)
     {
         Slot& slot = slots_[number];
@@ -44,7 +46,7 @@ public:
         return std::exchange(slot.content, Content());
     }
 
-    // 0 for a key of no object. Neither null nor a key of all ones is ever a key of an object.
+    // Returns 0 if no object has this key. No object ever has the key 0 or the key whose bits are all ones.
     Number find(Key key) const
     {
         const Key number = key & 0xFFFFFFFF;
@@ -64,7 +66,7 @@ public:
     Number end() const { return static_cast<Number>(slots_.size()); }
 
 private:
-    static constexpr std::uint32_t LastUse = 0x7FFFFFFF;  // so that no key consists of ones alone
+    static constexpr std::uint32_t LastUse = 0x7FFFFFFF;  // so that the bits of a key are never all ones
 
     struct Slot {
         Content content{};

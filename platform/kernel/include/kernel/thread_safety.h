@@ -1,5 +1,5 @@
-// thread_safety.h - annotations that say which mutex guards what. Clang proves them (-Wthread-safety): guarded data is
-// touched, and an annotated function called, only while the mutex is held. Other compilers ignore them.
+// thread_safety.h - annotations that say which mutex guards which data. With -Wthread-safety, clang reports a use of
+// guarded data, or a call of an annotated function, without the mutex. Other compilers ignore the annotations.
 //
 // The mutexes to use with them are in kernel/mutex.h. Put an annotation after the declaration that it describes:
 //
@@ -18,14 +18,15 @@
 // On a class: its constructor locks a mutex and its destructor unlocks it.
 #define SCOPED_CAPABILITY THREAD_SAFETY_ATTRIBUTE(scoped_lockable)
 
-// On data: it may be used only while the mutex is held. PT_GUARDED_BY guards what the pointer points to, not the
-// pointer.
+// On data: it may be used only while the mutex is held. PT_GUARDED_BY guards the data that a pointer points to, and not
+// the pointer itself.
 #define GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(guarded_by(mutex))
 #define PT_GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(pt_guarded_by(mutex))
 
-// On a function: the caller holds the mutex (REQUIRES) or doesn't (EXCLUDES); the function locks it (ACQUIRE), unlocks
-// it (RELEASE), or locks it if the result is the first argument (TRY_ACQUIRE). With _SHARED, other threads can hold it
-// at the same time, shared too. RETURN_CAPABILITY: the result is the mutex.
+// On a function. REQUIRES: the caller must hold the mutex. EXCLUDES: the caller must not hold it. ACQUIRE: the function
+// locks the mutex. RELEASE: the function unlocks it. TRY_ACQUIRE: the function locks it if the result equals the first
+// argument. With _SHARED the mutex is held shared, so other threads can hold it shared at the same time.
+// RETURN_CAPABILITY: the function returns the mutex.
 #define REQUIRES(...) THREAD_SAFETY_ATTRIBUTE(requires_capability(__VA_ARGS__))
 #define EXCLUDES(...) THREAD_SAFETY_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define ACQUIRE(...) THREAD_SAFETY_ATTRIBUTE(acquire_capability(__VA_ARGS__))
@@ -36,5 +37,5 @@
 #define TRY_ACQUIRE(...) THREAD_SAFETY_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define RETURN_CAPABILITY(mutex) THREAD_SAFETY_ATTRIBUTE(lock_returned(mutex))
 
-// On a function: clang doesn't check it. A comment at the function says why it is correct.
+// On a function: clang doesn't check this function. A comment at the function says why the function is correct.
 #define NO_THREAD_SAFETY_ANALYSIS THREAD_SAFETY_ATTRIBUTE(no_thread_safety_analysis)

@@ -1,8 +1,9 @@
-// troubles.h - records failures to read or write the device, and those that the program reports, since the process
-// started.
+// troubles.h - a record of the failures since the process started: failures to read or write the device, and failures
+// that the program reports.
 //
-// A program gets the error of each call, and may ignore it. main() needs the record to report at the end what is
-// missing. Only failures are recorded, not that something doesn't exist or that an end is reached. Any thread.
+// A program gets the error of each call and may ignore it. main() uses this record to report at the end what is
+// missing. The record doesn't contain errors which only say that something doesn't exist, or that a file or list ends.
+// Any thread may use the record.
 #pragma once
 
 #include "ce/types.h"
@@ -15,28 +16,29 @@
 
 namespace platform::kernel {
 
-// The device's calls note Reading and Writing. The program reports the others (ce/outcome.h).
+// The platform's calls for files, databases and the registry note Reading and Writing. The program reports the other
+// kinds (ce/outcome.h).
 enum class Trouble { Reading, Writing, Storing, Restoring, Deleting, Replacing, Reaching, Numbering };
 
 // The kind of thing that failed. DatabaseList: the names of the databases couldn't be read.
 enum class Troubled { File, Database, DatabaseList, Registry };
 
-// `name` is the path on the device of a file or folder, the name of a database, otherwise empty. `error` is the
-// platform's number.
+// `name` is the path on the device for a file or folder, the name for a database, and empty otherwise. `error` is the
+// platform's error number.
 void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error);
 
-// Removes the trouble if it has this error: the call has succeeded since.
+// Removes the noted failure if its error is `error`. Callers use this if a call fails at first and succeeds later.
 void forgetTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error);
 
-// Which troubles are wanted: those since the process started, or since the latest call of BeginJob.
+// The period whose troubles are returned: since the process started, or since the latest call of BeginJob.
 enum class Since { Start, Job };
 
 struct NamedTrouble {
     std::u16string name;
-    DWORD error = 0;  // the first one, or the first other than a missing folder
+    DWORD error = 0;  // the first error; an error other than a missing folder takes precedence
 };
 
-// Each name once, in the order in which they were noted. Those whose error is a missing folder come last.
+// Returns each name once, in the order in which they were noted. Names whose error is a missing folder come last.
 std::vector<NamedTrouble> troublesOf(Trouble kind, Troubled what, Since since = Since::Start);
 
 // Sets the function that EndJob calls, on the thread that ends the job.

@@ -15,7 +15,7 @@ inline constexpr std::int64_t CurrentUserRow = 2;
 inline constexpr std::int64_t LocalMachineRow = 3;
 inline constexpr std::int64_t UsersRow = 4;
 
-// Their names, in the order of the rows from 1.
+// The names of the predefined keys, in the order of their row numbers.
 inline constexpr std::u16string_view PredefinedNames[] = {u"HKEY_CLASSES_ROOT", u"HKEY_CURRENT_USER",
                                                           u"HKEY_LOCAL_MACHINE", u"HKEY_USERS"};
 

@@ -6,13 +6,14 @@
 
 namespace platform::registry {
 
-// Opens the device's database, which contains the registry, and creates it if it is missing. If a registry file is
-// staged beside it, the file replaces the registry. A damaged one is renamed instead. Afterwards programs can look up
-// RegCopyFile and RegRestoreFile. False with a sentence for the user if the database or the staged file can't be used.
-// Then the registry is unchanged. On success `sentence` is empty or a warning that names the renamed file.
+// Opens the device's database, which contains the registry. Creates the database if it is missing. If a registry file
+// is staged beside the database, its content replaces the registry. A damaged staged file is renamed instead. After
+// openRegistry, programs can look up RegCopyFile and RegRestoreFile. Returns false with a sentence for the user if the
+// database or the staged file can't be used. In that case the registry is unchanged, unless only the deletion of the
+// staged file failed. On success `sentence` is empty or a warning that names the renamed file.
 [[nodiscard]] bool openRegistry(const std::filesystem::path& database, std::string& sentence);
 
-// Closes the database. Keys that are still open become invalid, and stay so when it is opened again.
+// Closes the database. Keys that are still open become invalid, and stay invalid when the registry is opened again.
 void closeRegistry();
 
 }  // namespace platform::registry

@@ -1,5 +1,5 @@
-// registry_text_reader.h - reads keys and values from the text of a registry file (docs/format.md, "Registry file").
-// Independent of tables and files. The bytes are untrusted.
+// registry_text_reader.h - reads keys and values from the text of a registry file (docs/format.md, "Registry file"). A
+// function of the caller supplies the text, and an object of the caller receives the content. The bytes are untrusted.
 #pragma once
 
 #include "registry/registry_names.h"
@@ -20,29 +20,32 @@ class RegistryTextSink {
 public:
     virtual ~RegistryTextSink() = default;
 
-    // False ends the reading. A value belongs to the key before it.
+    // Each function returns false to end the reading. A value belongs to the last key before it.
     virtual bool key(const KeyPath& path) = 0;
     virtual bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) = 0;
-    // A text that isn't a whole registry can also delete a key with all below it, and a value of the key before it.
+    // With Wholeness::Free, a text can also delete a key with all below it, or a value of the last key before it.
     virtual bool removedKey(const KeyPath& /*path*/) { return false; }
     virtual bool removedValue(std::u16string_view /*name*/) { return false; }
 };
 
-// Fills the buffer with the next bytes and returns their number: less than the buffer only at the end.
+// Fills the buffer with the next bytes and returns their number. A number below the size of the buffer means that the
+// text ends there.
 using RegistryTextSource = std::function<std::size_t(std::span<std::byte>)>;
 
-// Required: the text must be a whole registry, with the closing line and its counts. Free: it may be any text in the
-// format, for example one written by hand, also of version 4, and may delete keys and values.
+// Required: the text must contain a whole registry. It must end with a closing line, and the numbers of keys and values
+// in this line must be right. Free: any text in the format is read, also a text that begins with REGEDIT4, and a text
+// without a closing line. The numbers in a closing line aren't checked. The text may delete keys and values.
 enum class Wholeness { Required, Free };
 
-// Where reading ended before the text did.
+// Where and why the reading ended before the end of the text.
 struct RegistryTextFault {
     std::size_t line = 0;   // from 1
     const char* what = "";  // "the key's name is too long"
-    bool bySink = false;    // the sink ended it; the text has no fault
+    bool bySink = false;    // the sink ended the reading; the text has no fault
 };
 
-// Reads the whole text into `sink`. Nothing on success. Uses memory for one piece of the text and one value.
+// Reads the whole text into `sink`. Returns nothing on success. Keeps only one piece of the text and one value in
+// memory.
 [[nodiscard]] std::optional<RegistryTextFault> readRegistryText(const RegistryTextSource& source, Wholeness wholeness,
                                                                 RegistryTextSink& sink);
 

@@ -1,5 +1,5 @@
-// registry_text_writer.h - writes keys and values as the text of a registry file (docs/format.md, "Registry file").
-// Independent of tables and files.
+// registry_text_writer.h - writes keys and values as the text of a registry file (docs/format.md, "Registry file"). The
+// caller passes the keys and values, and a function of the caller receives the text.
 #pragma once
 
 #include "registry/registry_names.h"
@@ -14,15 +14,16 @@
 
 namespace platform::registry {
 
-// Uses memory for one piece of the text, however long the text is.
+// Keeps only one piece of the text in memory, however long the text is.
 class RegistryTextWriter {
 public:
-    // Takes the next bytes of the file; false ends the writing.
+    // Receives the next bytes of the file. If it returns false, the writing ends.
     using Output = std::function<bool(std::span<const std::byte>)>;
 
     explicit RegistryTextWriter(Output output);
 
-    // Each is false once the output has refused bytes. A key's values follow it.
+    // key() and value() return false once the output has refused bytes. Call value() for the values of a key after the
+    // key.
     [[nodiscard]] bool key(const KeyPath& path);
     [[nodiscard]] bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data);
 

@@ -16,7 +16,8 @@
 
 namespace platform::resource {
 
-// A type or a name: a number or a text. Texts compare without the case of A to Z.
+// The type or the name of a resource. Each is a number or a text. Texts are compared without regard to the case of A to
+// Z.
 using ResourceKey = std::variant<WORD, std::u16string>;
 
 struct Resource {
@@ -27,9 +28,9 @@ struct Resource {
 
 class ResourceFile {
 public:
-    // Nothing if the bytes don't begin like a resource file. A truncated or inconsistent entry ends the
-    // file: then entries() has the entries before it, and isWhole() is false.
-    // The bytes must outlive the result.
+    // Parses the bytes of a resource file, which must outlive the result. Returns nothing if the bytes don't begin like
+    // a resource file. Parsing ends at a truncated or inconsistent entry. In that case entries() has only the entries
+    // before that entry, and isWhole() is false.
     [[nodiscard]] static std::optional<ResourceFile> parse(std::span<const std::byte> file);
 
     [[nodiscard]] bool isWhole() const { return whole_; }
@@ -39,8 +40,8 @@ public:
     // The first entry of that type and name; null if there is none.
     [[nodiscard]] const Resource* find(const ResourceKey& type, const ResourceKey& name) const;
 
-    // The UTF-16 bytes of text `id`, without a NUL. The WORD before them is the number of characters.
-    // Nothing if the text is missing, empty (the same in the file), or in a damaged block.
+    // The UTF-16 bytes of text `id`, without a NUL. The WORD before them is the number of characters. Returns nothing
+    // if the text is missing or empty, which look alike in the file, or if its block is damaged.
     [[nodiscard]] std::optional<std::span<const std::byte>> findText(UINT id) const;
 
 private:
@@ -49,12 +50,12 @@ private:
 };
 
 // Sets the resources that the platform's calls use. Call it before the program starts. The bytes must stay valid until
-// the process ends and be aligned to 4. False if they aren't a resource file or are damaged; then the undamaged entries
-// are used.
+// the process ends and be aligned to 4. Returns false if they aren't a resource file or are damaged. In a damaged file
+// only the entries before the damage are used.
 bool setResources(std::span<const std::byte> file);
 
-// The bytes from `address` to the end of the resource that contains it; empty if no resource does. For callers that
-// have only the address.
+// Returns the bytes from `address` to the end of the resource that contains `address`. Returns an empty span if no
+// resource contains it.
 [[nodiscard]] std::span<const std::byte> resourceAt(const void* address);
 
 // The process's resources; null before setResources().

@@ -1,10 +1,10 @@
-// object_store.h - the end of the object store in this process. Its calls are in ce/store.h.
+// object_store.h - closes the object store. The store's other calls are in ce/store.h.
 #pragma once
 
 namespace platform::store {
 
-// Closes all handles on databases and walks, writes their gathered changes to the disk, and undoes a change that
-// BeginStoreChange began and EndStoreChange didn't end. Call it before the device's database is closed.
+// Closes all handles of databases and of walks. Writes the gathered changes of these handles to the disk. Undoes a
+// change that BeginStoreChange began and EndStoreChange didn't end. Call it before the device's database is closed.
 void closeStore();
 
 }  // namespace platform::store

@@ -18,7 +18,7 @@ namespace detail {
     return detail::foldBeyondAscii(character);
 }
 
-// Compares folded code units: below 0, 0 or above 0.
+// Compares the folded code units. The result is below 0, 0 or above 0.
 [[nodiscard]] int compareWithoutCase(std::u16string_view left, std::u16string_view right);
 
 }  // namespace platform::text

@@ -8,11 +8,11 @@
 
 namespace platform::time {
 
-// Makes GetLocalTime return `now` until resumeClock. Any thread may call them.
+// Makes GetLocalTime return `now` until resumeClock is called. Any thread may call these functions.
 void stopClockAt(const SYSTEMTIME& now);
 void resumeClock();
 
-// Sets the short date format. An empty one restores the host's. Any thread may call it.
+// Sets the short date format. An empty format restores that of the host. Any thread may call it.
 void setShortDateFormat(std::u16string format);
 
 // Converts a date format of the host to the platform's: "%d.%m.%Y" becomes "dd.MM.yyyy". Letters that aren't
