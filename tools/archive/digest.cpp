@@ -40,7 +40,7 @@ void Sha256::add(std::span<const std::byte> bytes)
     sha256_update(&context_, bytes.size(), reinterpret_cast<const std::uint8_t*>(bytes.data()));
 }
 
-// The library begins anew after a digest.
+// sha256_digest() also resets the context, so the object can be used again.
 Digest Sha256::finish()
 {
     Digest digest{};

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t BufferBytes = std::size_t{1024} * 1024;
 static_assert(BufferBytes > FileWindow::MostAhead);
 
-// What is skipped where the host can't read.
+// Unreadable parts of a file are skipped in units of this size.
 constexpr std::size_t PageBytes = 4096;
 
 bool seekTo(HANDLE file, std::uint64_t offset)
@@ -60,7 +60,8 @@ void FileWindow::moveTo(std::uint64_t offset)
         filled_ += readInto(std::span(buffer_).subspan(filled_, left), base_ + filled_);
 }
 
-// Returns the number of bytes that were read, or that can't be read and are 0. It is never 0.
+// Reads into `target`. If the host can't read at `offset`, fills the beginning of `target` with zeros instead. Returns
+// how many bytes were read or filled, which is never 0.
 std::size_t FileWindow::readInto(std::span<BYTE> target, std::uint64_t offset)
 {
     DWORD bytes = 0;
@@ -68,7 +69,7 @@ std::size_t FileWindow::readInto(std::span<BYTE> target, std::uint64_t offset)
         (void)ReadFile(file_, target.data(), static_cast<DWORD>(target.size()), &bytes, nullptr);
     if (bytes != 0)
         return bytes;
-    // One page after the other, as far as the fault goes.
+    // The read of the whole target failed. Reads only the first page, which may be readable even if a later page isn't.
     const std::size_t page = std::min(PageBytes - static_cast<std::size_t>(offset % PageBytes), target.size());
     if (page < target.size() && seekTo(file_, offset) &&
         ReadFile(file_, target.data(), static_cast<DWORD>(page), &bytes, nullptr) && bytes != 0)

@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::size_t heldBytes = std::size_t{256} * 1024;
 
-// Makes the missing folders of the path and returns them. A folder that can't be made is no error here: the opening of
-// the file fails then.
+// Makes the missing folders of the path and returns them. If a folder can't be made, the opening of the file fails
+// later, so this function reports no error.
 std::vector<std::u16string> makeFoldersOf(const std::u16string& path)
 {
     std::vector<std::u16string> made;
@@ -40,7 +40,8 @@ bool exists(const std::u16string& path)
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-// Calls `make`, and once more after the missing folders of `path` were made. Each call returns an error.
+// Calls `make`, which returns an error code. If a folder of `path` is missing, makes the missing folders and calls
+// `make` once more. Returns the error code of the last call.
 template <class Make>
 DWORD withFoldersOf(const std::u16string& path, std::vector<std::u16string>& madeFolders, const Make& make)
 {
@@ -134,7 +135,8 @@ DWORD GrowingFile::moveToTarget(bool replace)
     return error_;
 }
 
-// Makes the target of what is in memory. False if it has to be stored first.
+// Makes the target file directly from the content in memory. Returns false if the content has to be stored in a
+// temporary file first.
 bool GrowingFile::makeWhole()
 {
     const DWORD error =
@@ -145,7 +147,7 @@ bool GrowingFile::makeWhole()
     return true;
 }
 
-// Puts what is in memory into a file, unless there is one.
+// Makes the temporary file with the content from memory, unless the file exists already.
 bool GrowingFile::store()
 {
     if (file_ || error_ != ERROR_SUCCESS)
@@ -182,7 +184,7 @@ void GrowingFile::moveStored(bool replace)
 void GrowingFile::removeMadeFolders()
 {
     for (; !madeFolders_.empty(); madeFolders_.pop_back())
-        (void)RemoveDirectoryW(madeFolders_.back().c_str());  // fails if it is in use by now
+        (void)RemoveDirectoryW(madeFolders_.back().c_str());  // fails if the folder isn't empty
 }
 
 }  // namespace archive

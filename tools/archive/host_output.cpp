@@ -25,8 +25,8 @@ struct TemporaryFile {
     Descriptor opened;
 };
 
-// A new file in the target's folder. Its name can't be guessed, so nobody can put a link there first. Not open on
-// failure.
+// Makes a new file in the target's folder. Its name can't be guessed, so nobody can make a link of that name first. If
+// the file can't be made, `opened` is no open descriptor.
 TemporaryFile makeBeside(const fs::path& target, mode_t mode)
 {
     const fs::path path = target.parent_path() / ("." + host::unguessableName() + ".part");
@@ -34,7 +34,8 @@ TemporaryFile makeBeside(const fs::path& target, mode_t mode)
     return made ? TemporaryFile{path.string(), std::move(made)} : TemporaryFile{};
 }
 
-// What the path leads to. Nothing if the path is free, so that a new file can be made. Throws.
+// Returns the status of the object that the path leads to. Returns nothing if the path is free for a new file. Throws
+// in all other cases.
 std::optional<struct stat> statusOf(const std::string& target)
 {
     struct stat found {};
@@ -50,16 +51,17 @@ std::optional<struct stat> statusOf(const std::string& target)
     return std::nullopt;
 }
 
-// True if the path is a name of standard output, such as /dev/stdout. It may be a file that the shell has opened, which
-// must not be replaced.
+// True if the path leads to standard output, such as /dev/stdout. Standard output may be a regular file that the shell
+// has opened. That file must not be replaced.
 bool isStandardOutput(const struct stat& found)
 {
     struct stat output {};
     return ::fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == found.st_dev && output.st_ino == found.st_ino;
 }
 
-// Objects without a disk, such as pipes, need no flush: fsync fails with EINVAL or EROFS. The descriptor was opened
-// before the first write, so the kernel reports each failed write since then.
+// Returns false if a write has failed. The descriptor was opened before the first write, so fsync() reports each write
+// that failed since then. Objects without a disk, such as pipes, need no flush. For them fsync() fails with EINVAL or
+// EROFS.
 bool flushToDisk(int file)
 {
     return ::fsync(file) == 0 || errno == EINVAL || errno == EROFS;
@@ -104,10 +106,10 @@ Output::~Output()
         fs::remove(temporary_, ignored);
 }
 
-// A file that replaces another one gets the other one's rights at the end. Until then only its owner can read it.
+// A file that replaces another one gets the rights of that file in finish(). Until then only the user can read it.
 void Output::openTemporary()
 {
-    catchSignals();  // from here on there is something to remove
+    catchSignals();  // so that a signal leaves no temporary file
     TemporaryFile made = makeBeside(target_, replaced_ ? 0600 : 0666);
     temporary_ = made.path;
     disk_ = std::move(made.opened);

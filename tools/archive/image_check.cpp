@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::size_t pieceUnits = 2048;
 
-// The properties of one record, with what their texts and blobs point to.
+// The properties of one record, and the texts and blobs that they point to.
 class KeptRecord {
 public:
     void clear()
@@ -35,7 +35,8 @@ public:
     void addToText(std::span<const char16_t> units) { text_.append(units.data(), units.size()); }
     void addToBlob(std::span<const std::byte> bytes) { blob_.insert(blob_.end(), bytes.begin(), bytes.end()); }
 
-    // A text or blob is what was added since the last property.
+    // Adds the property. If its value is a text or a blob, the value consists of all pieces that were added since the
+    // previous property.
     void add(CEPROPVAL property)
     {
         if (LOWORD(property.propid) == CEVT_LPWSTR)
@@ -192,7 +193,8 @@ private:
         }
     }
 
-    // Whether the record is passed on, as far as it has been read.
+    // True if there is a sink and the current record is small enough for it. `content_` already includes the announced
+    // size of the value that is being read.
     bool isKept() const { return sink_ && content_ <= MaxRecordContent; }
 
     bool takeBlob(DWORD bytes)

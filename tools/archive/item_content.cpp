@@ -31,7 +31,7 @@ void readFile(const OpenFile& data, const ListEntry& entry, ContentSink& sink, C
         report.fault = streamFaultText(fault);
 }
 
-// Counts what it passes on.
+// Counts the keys and values, and passes each of them to `sink`.
 class Counter final : public registry::RegistryTextSink {
 public:
     Counter(ContentSink& sink, ContentReport& report) : sink_(sink), report_(report) {}
@@ -60,7 +60,7 @@ private:
     bool refused_ = false;
 };
 
-// With the reader that a device uses.
+// Uses the same reader that a restore on a device uses for the registry.
 void readRegistry(const OpenFile& data, const ListEntry& entry, ContentSink& sink, ContentReport& report)
 {
     UnpackedStream stream(data, entry);

@@ -17,7 +17,7 @@ bool isSafe(char16_t unit)
     return unit >= 0x20 && std::u16string_view(u"\\/*?\"<>|").find(unit) == std::u16string_view::npos;
 }
 
-// A database's name can contain characters that a file's name can't, such as a backslash.
+// Replaces the characters that a file's name can't contain, such as a backslash. A database's name can contain them.
 std::u16string safeName(std::u16string_view name)
 {
     std::u16string safe;

@@ -15,7 +15,7 @@ namespace {
 // Records are read from the last one to the first one, in groups of about this size, so that few seeks are needed.
 constexpr std::uint64_t groupBytes = std::uint64_t{256} * 1024;
 
-// The conversion to text needs several copies of a record in memory, so a record that is too large is refused.
+// Returns an error text if a record is too large. The conversion to text needs several copies of a record in memory.
 std::string tooLargeRecord(const ImageReport& image)
 {
     return image.tooLarge == 0 ? ""
@@ -23,7 +23,8 @@ std::string tooLargeRecord(const ImageReport& image)
                                      " of its image has more than 16 MiB; --raw extracts the database";
 }
 
-// The first record of the group that ends before the record `end`.
+// Returns the index of the first record of a group. The group ends before the record with the index `end`. It has as
+// many records as fit into groupBytes, but at least one.
 std::size_t groupBefore(const ImageReport& image, std::size_t end)
 {
     std::size_t first = end - 1;
@@ -99,7 +100,7 @@ std::string writeItemText(const OpenFile& data, Item item, std::optional<databas
     std::string damage;
     if (format && item.isRegistry())
         damage = readContent(data, item, sink).fault;
-    item.entry.kind = ItemKindFile;  // the bytes as they are
+    item.entry.kind = ItemKindFile;  // so the bytes are written as they are
     const std::string fault = readContent(data, item, sink).fault;
     return fault.empty() ? damage : fault;
 }

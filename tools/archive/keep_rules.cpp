@@ -11,7 +11,7 @@ namespace {
 using std::chrono::days;
 using std::chrono::sys_days;
 
-// A number that is the same for the sets of one period.
+// Returns a number that is the same for all sets of one period.
 using Period = std::int64_t (*)(const SetDate& date, std::int64_t index);
 
 std::int64_t each(const SetDate& /*date*/, std::int64_t index)
@@ -47,8 +47,9 @@ void note(std::string& reasons, std::string_view reason)
     reasons += reason;
 }
 
-// The minutes of the moment that is so long before the date. A day that the month doesn't have counts into the next
-// month: a month before the 31st of March is the "31st of February", the 2nd or 3rd of March.
+// Subtracts `within` from the date and returns the result in minutes since 1970. If the resulting month doesn't have
+// the day, the surplus days count into the next month. For example, one month before 31 March is "31 February", which
+// is 2 or 3 March.
 std::int64_t before(const SetDate& date, const Within& within)
 {
     const auto month = std::chrono::year(date.year - within.years) / std::chrono::month(date.month) / 1 -
@@ -93,7 +94,7 @@ std::vector<std::string> keptBecause(const std::vector<SetDate>& newestFirst, co
         unsigned left;
         std::string_view name;
         Period period;
-        std::optional<std::int64_t> latest;  // the period of the set that it kept last
+        std::optional<std::int64_t> latest;  // the period of the set that the rule kept last
     };
     Rule counting[] = {{rules.last, "last", each, {}},
                        {rules.daily, "daily", dayOf, {}},

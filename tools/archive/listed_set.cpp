@@ -51,8 +51,8 @@ bool ListedSet::next(Item& item)
     return true;
 }
 
-// One search in the buffer serves for all entries before the place that it finds. What may match, and what the buffer
-// has only a part of, is read.
+// One search in the buffer finds the next occurrence of `part`. All entries that end before that offset are skipped
+// without being read. next() then reads the entry that may match, or an entry that is only partly in the buffer.
 bool ListedSet::nextWith(std::u16string_view part, Item& item)
 {
     const BYTE* const end = reader_->buffer + reader_->filled;

@@ -41,7 +41,7 @@ void catchSignals()
     action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction old {};
-        // A program that was started to ignore a signal, as by nohup, goes on ignoring it.
+        // A signal that was ignored when the program was started, for example by nohup, stays ignored.
         if (::sigaction(number, nullptr, &old) == 0 && old.sa_handler != SIG_IGN)
             ::sigaction(number, &action, nullptr);
     }

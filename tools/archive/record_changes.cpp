@@ -44,7 +44,7 @@ std::string identityOf(std::span<const CEPROPVAL> record, DWORD type)
     return type == personal::AppointmentsType ? title + "\n" + textOf(record, personal::Start) : title;
 }
 
-// Both lists of fields have the order of the ids.
+// The result is in the order of the fields' names.
 std::vector<FieldChange> fieldChanges(const std::vector<Field>& before, const std::vector<Field>& after)
 {
     std::map<std::string, FieldChange> changes;
@@ -63,7 +63,7 @@ std::vector<FieldChange> fieldChanges(const std::vector<Field>& before, const st
     return found;
 }
 
-// The records whose content isn't on the other side.
+// Returns the records that have no counterpart with the same content in `others`.
 std::vector<const RecordText*> unmatched(const std::vector<RecordText>& records, const std::vector<RecordText>& others)
 {
     std::map<Digest, std::size_t> there;

@@ -10,7 +10,7 @@ namespace archive {
 namespace {
 
 constexpr std::size_t MostBytes = std::size_t{64} << 20;
-constexpr std::size_t BytesOfPlace = 160;  // without its texts
+constexpr std::size_t BytesOfPlace = 160;  // the memory of one RegistryPlace without its texts
 
 }  // namespace
 
@@ -29,7 +29,7 @@ bool RegistryValues::key(const platform::registry::KeyPath& path)
     return put({key_, false, u""}, "");
 }
 
-// The later one of two values of the same name counts.
+// If a key has two values of the same name, the later one replaces the earlier one.
 bool RegistryValues::value(std::u16string_view name, DWORD type, std::span<const std::byte> data)
 {
     return put({key_, true, std::u16string(name)}, shownRegistryValue(type, data));

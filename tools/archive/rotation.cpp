@@ -25,7 +25,7 @@ std::string faultOf(const SetFiles& files)
     return set.isOpen() ? firstFaultOf(set) : set.trouble();
 }
 
-// Deletes a file that may be missing. Returns the reason of a failure.
+// Deletes the file if it exists. Returns the reason of a failure, or an empty text.
 std::string deleteFile(const fs::path& path)
 {
     return ::unlink(path.c_str()) == 0 || errno == ENOENT
@@ -67,8 +67,9 @@ std::vector<JudgedSet> judgeSets(const std::vector<SetFiles>& sets, const KeepRu
     return judged;
 }
 
-// The list goes first, and its removal is on the disk before the rest is deleted. What is left after a kill is no set,
-// and the next backup takes the number and replaces the files.
+// Deletes the list file first. The other files are deleted only after this deletion is on the disk. If the process is
+// killed in between, a data file without a list file remains. That isn't a set, so the next backup uses its number and
+// replaces it.
 std::string removeSet(const SetFiles& files)
 {
     const fs::path folder = files.folder;

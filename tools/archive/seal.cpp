@@ -13,10 +13,10 @@ namespace archive {
 namespace {
 
 constexpr std::size_t PieceBytes = 262144;
-constexpr std::uint64_t MostSealBytes = 65536;  // a real one has two lines
+constexpr std::uint64_t MostSealBytes = 65536;  // a real file of checksums has two lines
 constexpr std::size_t DigitCount = 64;
 
-// A line of sha256sum. Nothing for another text.
+// A line of a file in the format of sha256sum.
 struct SumLine {
     Digest digest;
     std::string name;
@@ -58,7 +58,7 @@ std::optional<SumLine> parsed(std::string_view line)
     const auto digest = digestFrom(line.substr(0, DigitCount));
     if (!digest)
         return std::nullopt;
-    const std::string_view name = line.substr(DigitCount + 2);  // after a blank, and a blank or an asterisk
+    const std::string_view name = line.substr(DigitCount + 2);  // after a blank, then a blank or an asterisk
     return SumLine{*digest, isEscaped ? unescaped(name) : std::string(name)};
 }
 
@@ -74,7 +74,8 @@ std::optional<std::string> readSeal(const OpenFile& file)
     return text;
 }
 
-// The digest that the text has for the file. The case of the name can have changed with the mounting of the card.
+// Returns the digest that the text has for the file `name`. The case of the name is ignored: the same card can show its
+// names in another case after another mount.
 std::optional<Digest> digestFor(std::string_view text, const std::string& name)
 {
     while (!text.empty()) {
@@ -87,7 +88,7 @@ std::optional<Digest> digestFor(std::string_view text, const std::string& name)
     return std::nullopt;
 }
 
-// Nothing if the file can't be read to its end.
+// Returns nothing if the file can't be read to its end.
 std::optional<Digest> digestOfFile(const std::u16string& path)
 {
     const OpenFile file(path, GENERIC_READ, OPEN_EXISTING);

@@ -27,7 +27,7 @@ bool isUsablePath(std::u16string_view path)
     return good;
 }
 
-// One verification. Its state is what is known from the earlier items.
+// Checks one set. The members store the facts about earlier items that the check of an item needs.
 class Verification {
 public:
     Verification(ListedSet& set, const std::u16string& dataPath, CheckSink& sink)

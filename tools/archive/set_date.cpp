@@ -19,13 +19,13 @@ namespace archive {
 
 namespace {
 
-constexpr std::int64_t NearMinutes = 36 * 60;  // a day and a half, because the zone of the device is unknown
+constexpr std::int64_t NearMinutes = 36 * 60;  // a day and a half, because the time zone of the device is unknown
 
 enum class Order { DayFirst, MonthFirst };
 
 }  // namespace
 
-// The date in a comment, as far as it is known.
+// What is known about the date of one set.
 struct SetDates::Dated {
     std::array<unsigned, 2> dayAndMonth{};  // in the order of the comment
     SetDate date;
@@ -33,7 +33,7 @@ struct SetDates::Dated {
     std::int64_t written = 0;  // when the list file was written, in nanoseconds since 1970
     bool hasDate = false;
     std::optional<Order> order;  // nothing: both are possible, or the day equals the month
-    bool byNeighbours = false;   // it can't decide others
+    bool byNeighbours = false;   // the order was copied from a neighbouring set, so it can't decide other sets
 
     bool isAmbiguous() const { return hasDate && !order && dayAndMonth[0] != dayAndMonth[1]; }
 };
@@ -64,7 +64,8 @@ void settle(Dated& dated, Order order, DateSource source)
     dated.order = order;
 }
 
-// Reads the date at the start of the comment. The texts of the program aren't translated.
+// Reads the date at the start of the comment. The comment begins with the same words on every device, because the
+// program's texts aren't translated.
 template <class Dated>
 void readComment(std::u16string_view comment, Dated& dated)
 {
@@ -195,7 +196,9 @@ SetDates::Dated& SetDates::read(std::size_t set)
     return dated;
 }
 
-// The nearest set in the same folder whose own date or time shows the order decides. Of two as near, the one before.
+// Takes the order of day and month from the nearest set in the same folder whose own comment or file time shows the
+// order. If two such sets are equally near, the earlier one in `sets_` decides. If there is none, the day counts as
+// first.
 void SetDates::decideByNeighbours(std::size_t set)
 {
     std::optional<Order> order;

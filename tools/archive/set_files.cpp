@@ -29,7 +29,7 @@ bool endsIn(std::string_view name, std::string_view ending)
     return name.size() >= ending.size() && isSameWithoutCase(name.substr(name.size() - ending.size()), ending);
 }
 
-// The name with another extension. It is in small letters if the old one is.
+// Returns the name with another extension. The new extension is in small letters if the old one is.
 std::string withEnding(const std::string& name, std::string_view ending)
 {
     std::string other = name.substr(0, name.size() - ending.size());
@@ -51,7 +51,7 @@ int openFolder(const std::string& path)
     return ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
 }
 
-// The other two files lie beside the list.
+// Returns the set of this list file. The other two files are in the same folder.
 SetFiles withList(FolderNames& home, const std::string& listName)
 {
     const auto beside = [&](std::string_view ending) {
@@ -124,7 +124,8 @@ std::optional<SetFiles> findSet(const std::string& argument)
     return listAt(argument + "." + std::string(listEnding));
 }
 
-// A link to a list file is followed, because the user gave its path. In the name space no link is followed.
+// Follows a link to a list file, because the user gave the path of the link. The platform's calls, which later open the
+// files, follow no link.
 std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName)
 {
     const auto found = folder.like(listName);

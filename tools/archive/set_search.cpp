@@ -91,7 +91,7 @@ private:
     }
 
     FoundSets found_;
-    std::size_t offered_ = 0;               // sets found so far, also those found before
+    std::size_t offered_ = 0;               // number of sets found so far; a set found twice counts twice
     std::unordered_set<std::string> seen_;  // paths of list files
 };
 

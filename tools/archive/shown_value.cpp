@@ -28,7 +28,8 @@ std::string shownValue(const CEPROPVAL& property)
     return shortText(database_formats::valueText(property, database_formats::Controls::Coded));
 }
 
-// The writer of registry files puts an equals sign before the value, after the name.
+// RegistryTextWriter writes "@=", the value, a line break after each piece of a long value, and a closing comment.
+// Returns only the value without the line breaks.
 std::string shownRegistryValue(DWORD type, std::span<const std::byte> data)
 {
     std::u16string text;

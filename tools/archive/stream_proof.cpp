@@ -8,11 +8,12 @@ namespace {
 
 constexpr std::uint64_t SectorBytes = 512;
 
-// A lost sector that begins in the length of a block can leave the length as it is, if its last bytes are 0. Then less
-// than a sector of the block is replaced. With runs of at most half a sector, other bytes are replaced too.
+// A lost sector can begin inside the length of a block. If the replaced bytes of the length were 0 and are still 0, the
+// length is still right. Then less than a whole sector of the block itself is replaced. If each run of literals has at
+// most half a sector, such a loss still replaces other bytes than literals.
 constexpr DWORD LongestRun = SectorBytes / 2;
 
-// Smaller blocks take less time than another thread.
+// A smaller block is packed in less time than a thread takes to start.
 constexpr std::size_t WorthThread = 16384;
 
 }  // namespace
@@ -57,7 +58,7 @@ bool StreamProof::isProven()
            std::ranges::equal(packAgain(raw_), packed_);
 }
 
-// Empty if it can't be packed.
+// Returns an empty span if `raw` can't be packed.
 std::span<const BYTE> StreamProof::packAgain(std::span<const BYTE> raw)
 {
     DWORD bytes = 0;

@@ -19,17 +19,19 @@ namespace {
 using View = std::span<const BYTE>;
 
 constexpr std::size_t LengthBytes = 4;
-// A block and the one after it.
+// The largest size of two successive blocks with their lengths.
 constexpr std::size_t BlockAhead = 2 * (LengthBytes + PackedBlockBytes);
-// A search looks at some offsets at a time, each with its block ahead.
+// A search tests many offsets of one view. After each of them the view must have BlockAhead bytes.
 constexpr std::size_t SearchAhead = BlockAhead + std::size_t{128} * 1024;
 static_assert(SearchAhead <= FileWindow::MostAhead);
 
-// A piece without a beginning that is followed by nothing, and what a damaged block gives, must have so many raw bytes.
+// If nothing valid follows a block (another block, a new stream or the end of the file), the block must yield at least
+// so many raw bytes. This applies to a damaged block, and to the first block of a piece whose beginning is lost.
 constexpr DWORD LeastPiece = 64;
 
-// The work on bytes that turn out to be no block may be so many bytes for each byte of the file, and so many in
-// addition. Each false beginning of a stream counts for some bytes more, since it can make a file.
+// The work on bytes that turn out to be no block is limited to WorkForByte bytes for each byte of the file so far, plus
+// WorkInAddition. A failed attempt to unpack costs WorkForFalseBlock bytes more. A damaged block that nothing valid
+// follows costs WorkForCutBlock bytes, because such a block can make the caller write a file.
 constexpr std::uint64_t WorkForByte = 32;
 constexpr std::uint64_t WorkInAddition = std::uint64_t{64} * 1024 * 1024;
 constexpr std::uint64_t WorkForFalseBlock = 256;
@@ -46,7 +48,7 @@ struct BlockView {
     bool hasEndMark() const { return isWhole && std::ranges::equal(packed.last(EndMark.size()), EndMark); }
 };
 
-// Nothing if the format has no block of this length.
+// Returns nothing if the format has no block of this length.
 std::optional<BlockView> blockIn(View view)
 {
     if (view.size() < LengthBytes + ClosingBlockBytes)
@@ -64,7 +66,7 @@ bool beginsWithMagic(View view)
     return view.size() >= StreamMagicBytes && std::memcmp(view.data(), StreamMagic, StreamMagicBytes) == 0;
 }
 
-// What is after a block that may be damaged.
+// What follows a block that may be damaged.
 enum class After { Nothing, End, ClosingBlock, DataBlock };
 
 class Scan {
@@ -93,7 +95,7 @@ public:
     }
 
 private:
-    // With the magic, or without one.
+    // `magicBytes` is 0 if the stream begins without a magic.
     void beginStream(std::size_t magicBytes)
     {
         endStream();
@@ -120,14 +122,14 @@ private:
         sink_.end(stream_);
     }
 
-    // Goes on with the search one byte later.
+    // Ends the stream, and continues the search one byte later.
     void loseTrack()
     {
         endStream();
         at_++;
     }
 
-    // The next bytes belong to the stream.
+    // Adds the next bytes to the stream.
     void take(std::size_t bytes)
     {
         noteHoles(bytes);
@@ -161,7 +163,8 @@ private:
         if (!block || !mayTry())
             return loseTrack();
         DWORD bytes = 0;
-        // Zeros in place of what the host couldn't read can be unpacked, too.
+        // The window has zeros in place of bytes that the host couldn't read. A block with such zeros may unpack, but
+        // it is damaged.
         const bool isReadable = window_.readable(at_, block->bytes()) == block->bytes();
         if (!unpack(*block, raw_, bytes) || (!isReadable && bytes != 0))
             return takeDamagedBlock(view, *block, bytes);
@@ -177,14 +180,15 @@ private:
         deliver(raw);
     }
 
-    // `bytes` are what it gave before the fault. If nothing that fits is after it, its length may be wrong too.
+    // `bytes` is the number of raw bytes that were unpacked before the fault. If nothing valid follows the block, its
+    // length may be wrong too.
     void takeDamagedBlock(View view, const BlockView& block, DWORD bytes)
     {
         const After after = block.isWhole ? afterBlock(view.subspan(block.bytes())) : After::Nothing;
         if (after == After::Nothing && bytes < LeastPiece)
             return loseTrack();
         deliverDamaged(block.packed, View(raw_).first(bytes));
-        if (after == After::DataBlock) {  // a block before the last one is full
+        if (after == After::DataBlock) {  // only the last block of a stream can be shorter
             std::ranges::fill(raw_, BYTE{0});
             deliver(View(raw_).first(RawBlockBytes - bytes));
         }
@@ -195,7 +199,7 @@ private:
         take(block.bytes());
     }
 
-    // The packer would have written the same bytes up to the damage.
+    // Packs the raw bytes again to find out how many are sound: up to the damage, the packer writes the same bytes.
     void deliverDamaged(View packed, View raw)
     {
         DWORD sound = 0;

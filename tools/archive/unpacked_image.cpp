@@ -8,7 +8,7 @@ namespace archive {
 
 namespace {
 
-// Makes the bytes from `start` to before `end` the ones that the reader reads next. They are all that it can read.
+// Makes the reader read the bytes from `start` up to, but not including, `end`.
 bool seekTo(ImageReader& reader, std::uint64_t start, std::uint64_t end)
 {
     auto high = static_cast<LONG>(start >> 32);
@@ -48,7 +48,8 @@ bool ImageRecords::add(ImageReader& reader)
 UnpackedImage::UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image)
     : image_(image), file_(u"\\"), reader_(std::make_unique<ImageReader>())
 {
-    // The report has the faults of the stream. What is before them is unpacked.
+    // `image` already reports the faults of the stream, so the result is ignored. The bytes before a fault are
+    // unpacked.
     (void)DecodeStream(data.handle(), entry.startOffset, entry.endOffset, GrowingFile::writeRaw, &file_);
     StartImageReader(*reader_, file_.handle());
 }

@@ -39,10 +39,10 @@ public:
     // result of checkImage for the same entry.
     UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image);
 
-    // The error of the unpacking.
+    // Returns the error of the unpacking, or ERROR_SUCCESS.
     DWORD error() const { return file_.error(); }
 
-    // Reads the complete records from index `first` to before index `end`.
+    // Reads the complete records from index `first` up to, but not including, `end`.
     [[nodiscard]] bool read(std::size_t first, std::size_t end, ImageRecords& records);
 
 private:

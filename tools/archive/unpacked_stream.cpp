@@ -48,7 +48,8 @@ StreamFault UnpackedStream::finish()
     return fault_;
 }
 
-// The rest of the block. Empty at the end of the stream, and after a fault.
+// Returns the rest of the current block. If no byte of it is left, unpacks and returns the next block. Returns an empty
+// span at the end of the stream, and after a fault.
 std::span<const std::byte> UnpackedStream::ahead()
 {
     if (next_ == filled_ && fault_ == StreamFault::None && !ended_)

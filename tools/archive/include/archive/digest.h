@@ -1,4 +1,4 @@
-// digest.h - SHA-256, for checksum files and for comparing contents without keeping them.
+// digest.h - computes SHA-256 digests, for checksum files and for comparing contents without storing them.
 #pragma once
 
 #include <nettle/sha2.h>
@@ -14,7 +14,7 @@ namespace archive {
 
 using Digest = std::array<std::byte, 32>;
 
-// 64 hexadecimal digits in small letters.
+// Returns the digest as 64 hexadecimal digits in small letters.
 std::string hexadecimal(const Digest& digest);
 std::optional<Digest> digestFrom(std::string_view digits);
 
@@ -22,7 +22,7 @@ class Sha256 {
 public:
     Sha256();
     void add(std::span<const std::byte> bytes);
-    // The digest of everything that was added since the last call. The object can then be used again.
+    // Returns the digest of all bytes that were added since the last finish(). The object can be used again afterwards.
     Digest finish();
 
 private:

@@ -10,16 +10,16 @@
 
 namespace archive {
 
-// One message for each bit of `faults` (see ListFault). `text` names the text with the faults: "the comment", "its
-// name".
+// Returns one message for each bit that is set in `faults` (see ListFault). `text` names the faulty text, for example
+// "the comment" or "its name".
 std::vector<std::string> listFaultTexts(DWORD faults, const std::string& text);
 
-// "the data file is missing", "the data file can't be opened: no permission".
+// Returns a message such as "the data file is missing" or "the data file can't be opened: no permission".
 std::string notOpened(const std::string& what, DWORD error);
 
 std::string streamFaultText(StreamFault fault);
 
-// What the error of the platform means for an extraction.
+// Returns a sentence that explains an error of the platform's calls to a user who extracts items.
 std::string errorText(DWORD error);
 
 }  // namespace archive

@@ -1,4 +1,5 @@
-// file_window.h - reads a file from its beginning to its end through a buffer in which one can look ahead.
+// file_window.h - reads a file from its beginning to its end through a buffer. The caller can look ahead in the
+// buffer.
 #pragma once
 
 #include "archive/set_files.h"
@@ -11,24 +12,25 @@ namespace archive {
 
 class FileWindow {
 public:
-    // The most that can be looked ahead.
+    // The largest `ahead` that from() accepts.
     static constexpr std::size_t MostAhead = std::size_t{512} * 1024;
 
     explicit FileWindow(const OpenFile& file);
 
     std::uint64_t size() const { return size_; }
-    // Bytes that the host couldn't read. They are 0 in the window.
+    // The number of bytes so far that the host couldn't read. The window contains zeros instead of them.
     std::uint64_t unreadable() const { return unreadable_; }
 
-    // The bytes from `offset` on: at least `ahead` of them, or as many as the file has. An offset may not be less than
-    // that of the call before. Valid until the next call.
+    // Returns the bytes of the file from `offset` on. The span has at least `ahead` bytes, or all bytes up to the end
+    // of the file. `offset` may not be lower than in the previous call. The span is valid until the next call.
     std::span<const BYTE> from(std::uint64_t offset, std::size_t ahead);
 
-    // How many bytes the host could read from `offset` on, up to `bytes`. They must be in the span of the last call.
+    // Returns how many of the `bytes` bytes from `offset` on come before the first one that the host couldn't read. The
+    // bytes must be in the span of the last call.
     std::size_t readable(std::uint64_t offset, std::size_t bytes) const;
 
 private:
-    // Bytes that the host couldn't read.
+    // A range of bytes that the host couldn't read.
     struct Hole {
         std::uint64_t begin;
         std::uint64_t end;
@@ -42,7 +44,7 @@ private:
     std::uint64_t unreadable_ = 0;
     std::uint64_t base_ = 0;  // offset of the first byte in the buffer
     std::size_t filled_ = 0;
-    std::vector<Hole> holes_;  // those in the buffer, in the order of their offsets
+    std::vector<Hole> holes_;  // unreadable bytes in the buffer, in the order of their offsets
     std::vector<BYTE> buffer_;
 };
 

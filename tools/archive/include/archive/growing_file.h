@@ -1,11 +1,12 @@
-// growing_file.h - a file that appears at its target once it is complete. So neither an incomplete item nor a kill
-// costs a file that exists there.
+// growing_file.h - a file that appears at its target path only when it is complete. So an incomplete item or a killed
+// process doesn't damage an existing file at that path.
 //
-// What is written stays in memory up to 256 KB. Then it goes to a file with an unguessable name in the target's folder.
-// Without the move, that file and the folders that were made for the target are deleted.
+// Up to 256 KB of content stay in memory. Longer content goes to a temporary file with an unguessable name in the
+// target's folder. If the file isn't moved to its target, the destructor deletes the temporary file and the folders
+// that were made for the target.
 //
-// It uses the calls of the name space, which confine a set's paths to the folder of the extraction. The Output of
-// quillbox-device writes to paths that the user gives, so it uses the host's calls and follows links.
+// GrowingFile uses the platform's file calls, which confine a set's paths to the folder of the extraction. The class
+// Output (host_output.h) writes to paths that the user gives, so it uses the host's calls and follows links.
 #pragma once
 
 #include "archive/set_files.h"
@@ -30,24 +31,26 @@ public:
     DWORD error() const { return error_; }  // of the first call that failed
     std::uint64_t bytes() const { return bytes_; }
 
-    // False once a write has failed.
+    // Returns false if this write or an earlier call has failed.
     bool write(std::span<const std::byte> bytes);
-    // Takes back what was written after the first `bytes`. They may not be more than bytes().
+    // Cuts the content to its first `bytes` bytes. `bytes` may not be more than bytes().
     bool cut(std::uint64_t bytes);
-    // The same as a sink for DecodeStream. `target` is the GrowingFile. Throws a Stopped (long_work.h).
+    // A sink for DecodeStream that calls write(). `target` is the GrowingFile. Throws a Stopped if the work is to stop
+    // (long_work.h).
     static BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target);
-    // For reading what was written. INVALID_HANDLE_VALUE if it can't be stored; see error().
+    // Stores the content in the temporary file and returns the handle of that file, for reading. Returns
+    // INVALID_HANDLE_VALUE if the content can't be stored (see error()).
     HANDLE handle();
-    // The same as a file. Null if it can't be stored.
+    // Does the same as handle(), but returns the open file. Null if the content can't be stored.
     const OpenFile* opened();
 
-    // Another target in place of the first one, also after a move that failed. The writes must have succeeded.
+    // Sets another target path. It may be called after moveToTarget() has failed. A failed write remains an error.
     void setTarget(std::u16string target);
 
-    // Makes the file appear at the target, and makes missing folders of its path. With `replace`, an existing file is
-    // replaced atomically, after this one was flushed to the disk, and this one takes its rights. Otherwise an existing
-    // file is an error. So is a link or another object that the name space doesn't show: ERROR_DUP_NAME. Returns
-    // error().
+    // Makes the file appear at the target path, and makes missing folders of that path. If a file exists at the target
+    // path, the result depends on `replace`. With `replace`, the new file is flushed to the disk, replaces the existing
+    // file atomically and takes its rights. Without `replace`, the existing file is an error. If the path has a link or
+    // another object that the platform doesn't show, the error is ERROR_DUP_NAME in both cases. Returns error().
     DWORD moveToTarget(bool replace);
 
 private:
@@ -57,12 +60,12 @@ private:
     void removeMadeFolders();
 
     std::u16string target_;
-    std::vector<std::byte> held_;   // what was written, as long as there is no file
-    std::u16string path_;           // of the file; empty without one
+    std::vector<std::byte> held_;   // the content while there is no temporary file
+    std::u16string path_;           // of the temporary file; empty if there is none
     std::optional<OpenFile> file_;  // open until it is moved
     std::vector<std::u16string> madeFolders_;
     DWORD error_ = ERROR_SUCCESS;
-    DWORD contentError_ = ERROR_SUCCESS;  // not all of the content was written, so no target can have it
+    DWORD contentError_ = ERROR_SUCCESS;  // of a write that failed; a new target doesn't clear it
     std::uint64_t bytes_ = 0;
 };
 

@@ -1,4 +1,4 @@
-// host_output.h - a file of the host that a command writes: a path that the user gives.
+// host_output.h - writes a file of the host to a path that the user gives.
 #pragma once
 
 #include "host/descriptor.h"
@@ -12,15 +12,17 @@
 
 namespace archive {
 
-// A new file of the host, or standard output for "-". The file has its name, and is on the disk, only when finish() has
-// returned. If the name is a link, the file that the link leads to is replaced. The new file gets the rights of the one
-// that it replaces. A signal makes checkStop() throw from then on (long_work.h). A pipe, a device or another object
-// that is no regular file is written to directly.
+// A new file of the host, or standard output for "-". Until finish() the file has a temporary name. finish() flushes
+// the file to the disk and renames the file. If the final name is a link, the file that the link leads to is replaced.
+// The new file gets the rights of the file that it replaces. As soon as there is a temporary file, SIGINT, SIGTERM and
+// SIGHUP make checkStop() throw (long_work.h). A pipe, a device or another object that is no regular file is written to
+// directly.
 //
-// What fails throws a std::runtime_error with a sentence for the user, which may contain any character of the path.
+// A failure throws a std::runtime_error with a sentence for the user. The sentence may contain any character of the
+// path.
 class Output {
 public:
-    // Throws if the file can't be made. Without `force` also if there is a file or a disk of the name.
+    // Throws if the file can't be made. Without `force`, also throws if a regular file or a block device has the name.
     Output(const std::string& file, bool force);
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
@@ -39,7 +41,7 @@ private:
     bool isPrinted_ = true;
     std::optional<struct stat> replaced_;  // the file that is replaced, if there is one
     std::string temporary_;                // path of the file until it gets its name; empty if there is none
-    platform::host::Descriptor disk_;      // of the file that is written to, for its flush
+    platform::host::Descriptor disk_;      // descriptor of the written file, for the flush
     std::ofstream file_;
 };
 

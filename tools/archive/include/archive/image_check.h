@@ -1,7 +1,7 @@
-// image_check.h - checks that the image of a database complies with the format, while it is unpacked. Only the offsets
-// of its records are kept.
+// image_check.h - unpacks the image of a database and checks that the image complies with the format. Of the records,
+// only the offsets are kept in memory.
 //
-// A restore reads a damaged image as far as possible (image_reader.h). This check names what is wrong with it.
+// A restore reads a damaged image as far as possible (image_reader.h). This check says what is wrong with the image.
 #pragma once
 
 #include "archive/unpacked_stream.h"
@@ -41,20 +41,21 @@ public:
     RecordSink& operator=(const RecordSink&) = delete;
     virtual ~RecordSink() = default;
 
-    // The head has been read. The report has no records yet.
+    // Is called after the head was read. The report has only the facts from the head.
     virtual void head(const ImageReport& /*image*/) {}
-    // A complete record of at most MaxRecordContent, the last one of the database first. `number` is from 1. Its texts
-    // and blobs are valid only during the call.
+    // Receives a complete record with at most MaxRecordContent bytes of texts and blobs. The records come in the order
+    // of the image, in which the last record of the database is number 1. The texts and blobs are valid only during the
+    // call.
     virtual void record(unsigned /*number*/, std::span<const CEPROPVAL> /*properties*/) {}
 };
 
-// Reads the stream to its end. `sink` may be null.
+// Reads the stream to its end, and returns what the image contains and its first fault. `sink` may be null.
 ImageReport checkImage(const OpenFile& data, const ListEntry& entry, RecordSink* sink = nullptr);
 
-// The type of the database, from the first block of the stream. Nothing if the head can't be read.
+// Returns the type of the database, from the first block of the stream. Returns nothing if the head can't be read.
 std::optional<DWORD> typeOfImage(const OpenFile& data, const ListEntry& entry);
 
-// What isn't a fault, but can surprise a user who restores the item of this name.
+// Returns warnings about facts that aren't faults, but can surprise a user who restores the item `itemName`.
 std::vector<std::string> imageWarnings(const ImageReport& image, std::u16string_view itemName);
 
 }  // namespace archive

@@ -14,10 +14,11 @@ namespace archive {
 // Receives the content of one item. The base class ignores all of it.
 class ContentSink : public RecordSink, public platform::registry::RegistryTextSink {
 public:
-    // The next bytes of a file. False ends the reading, which is no fault.
+    // Receives the next bytes of a file. If the function returns false, the reading ends without a fault.
     virtual bool bytes(std::span<const std::byte> /*piece*/) { return true; }
 
-    // The content of the registry. False ends the reading; then the item counts as damaged.
+    // Receive the content of the registry. If key() or value() returns false, the reading ends and the item counts as
+    // damaged.
     bool key(const platform::registry::KeyPath& /*path*/) override { return true; }
     bool value(std::u16string_view /*name*/, DWORD /*type*/, std::span<const std::byte> /*data*/) override
     {
@@ -26,18 +27,18 @@ public:
 };
 
 struct ContentReport {
-    std::string fault;       // the first one of the item. Empty if it is sound.
+    std::string fault;       // the first fault of the item; empty if the item is sound
     ImageReport image;       // of a database
     std::uint64_t keys = 0;  // of the registry
     std::uint64_t values = 0;
-    std::uint64_t bytes = 0;  // unpacked, as far as it was read
+    std::uint64_t bytes = 0;  // the number of unpacked bytes that were read
 };
 
-// Reads the item to its end. An item of an unknown kind is read like a file. Before a fault, `sink` has received what
-// comes before the damage.
+// Reads the item to its end. An item of an unknown kind is read like a file. If the item is damaged, `sink` receives
+// the content before the damage.
 ContentReport readContent(const OpenFile& data, const Item& item, ContentSink& sink);
 
-// The path as it is in a registry file: "HKEY_CURRENT_USER\Software".
+// Returns the path as a registry file contains it, for example "HKEY_CURRENT_USER\Software".
 std::u16string keyText(const platform::registry::KeyPath& path);
 
 }  // namespace archive

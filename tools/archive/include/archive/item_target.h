@@ -1,4 +1,4 @@
-// item_target.h - the path of the file that an item becomes outside of its set.
+// item_target.h - computes the path of the file to which an item of a set is written.
 #pragma once
 
 #include "archive/listed_set.h"
@@ -12,22 +12,24 @@
 
 namespace archive {
 
-// A path below the root. A file has its own name. A database has the extension of the format, such as NAME.jsonl, and
-// each character that no file's name can contain is replaced. The registry is registry.reg. Without a format, the files
-// have the bytes of the items in the set: NAME.CDB and registry.reg-image. The name isn't checked.
+// Returns the path of the item's file, relative to the root. For a file, the path is the item's name. For a database,
+// the file name is the item's name with the extension of the format, such as NAME.jsonl. Each character of the name
+// that no file name can contain is replaced. For the registry, the file name is registry.reg. Without a format, a
+// database becomes NAME.CDB and the registry becomes registry.reg-image. The bytes of these two files are the same as
+// in the set. The function doesn't check the item's name.
 std::u16string targetOf(const Item& item, std::optional<database_formats::Format> format);
 
-// Why the item has no target, by its entry alone. Empty if it has one.
+// Returns the reason why the item can't have a target path, or an empty text. Checks only the entry.
 std::string targetFault(const Item& item);
 
-// The names on the host of the folders of a target and of the file itself. At least one. Nothing if it can't be a path
-// of the host.
+// Splits a target path into the names of its folders and of the file, and converts each of them to its name on the
+// host. Returns at least one name, or nothing if the target can't be a path of the host.
 std::optional<std::vector<std::string>> hostNamesOf(std::u16string_view target);
 
-// The path on the host of a target below the host's folder. The target must have names on the host.
+// Returns the path on the host of a target below the host folder `folder`. hostNamesOf() must succeed for the target.
 std::string hostPathOf(const std::string& folder, std::u16string_view target);
 
-// True if `path` is this folder of the root, or in it.
+// True if `path` is the folder `folder` of the root, or is inside that folder.
 bool leadsInto(std::u16string_view path, std::u16string_view folder);
 
 }  // namespace archive

@@ -12,18 +12,18 @@
 
 namespace archive {
 
-// Writes the complete records of the image. An image has the records of a database in the opposite order, so they are
-// written from the last one to the first one. Then equal databases give equal files, whether they are exported from a
-// device or extracted from a set. A record is written as a restore would store it. Records without properties are left
-// out, and so is what the format can't hold, which is added to `leftOut`. The image is unpacked to a file in the root
-// of the name space.
+// Writes the complete records of the image. An image contains the records of a database in reverse order. The function
+// reverses them again, so the file has the order of the database. An export from a device writes the same order. So
+// equal databases become equal files. Each record is written as a restore would store it. Records without properties
+// are left out. Values that the format can't represent are also left out, and are added to `leftOut`. The function
+// unpacks the image to a temporary file in the root folder.
 //
-// Returns an empty text, or the reason of a failure. Afterwards the state of `out` shows whether all of it was written.
+// Returns an empty text, or the reason of a failure. If a write to `out` failed, only the state of `out` shows that.
 std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
                           database_formats::Format format, std::ostream& out, database_formats::LeftOut& leftOut);
 
-// Writes any item. `format` is as in targetOf() (item_target.h). Returns the fault of the item, or an empty text. What
-// comes before the fault has been written.
+// Writes any item. `format` has the same meaning as in targetOf() (item_target.h). Returns the fault of the item, or an
+// empty text. If the item has a fault, the content before the fault has been written.
 std::string writeItemText(const OpenFile& data, Item item, std::optional<database_formats::Format> format,
                           std::ostream& out, database_formats::LeftOut& leftOut);
 

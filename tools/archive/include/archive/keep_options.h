@@ -7,8 +7,8 @@
 
 namespace archive {
 
-// --keep-last, --keep-daily, --keep-weekly, --keep-monthly, --keep-yearly and --keep-within. The rules stay the
-// caller's.
+// Adds --keep-last, --keep-daily, --keep-weekly, --keep-monthly, --keep-yearly and --keep-within. `rules` must exist
+// until the command line was parsed, because the parser writes to `rules`.
 void addKeepOptions(CLI::App& command, KeepRules& rules);
 
 }  // namespace archive

@@ -1,4 +1,4 @@
-// keep_rules.h - which of several sets to keep (docs/archive.md, "prune").
+// keep_rules.h - decides which of several sets to keep (docs/archive.md, "prune").
 #pragma once
 
 #include "archive/set_date.h"
@@ -10,7 +10,7 @@
 
 namespace archive {
 
-// A time back from the newest set, counted by the calendar.
+// The years, months, days and hours that are subtracted from the date of the newest set.
 struct Within {
     int years = 0;
     int months = 0;
@@ -18,11 +18,12 @@ struct Within {
     int hours = 0;
 };
 
-// "30d", "1y6m", "2w", "12h". Nothing for another text.
+// Parses texts such as "30d", "1y6m", "2w" and "12h". Returns nothing for any other text.
 std::optional<Within> withinFrom(std::string_view text);
 
 struct KeepRules {
-    // How many to keep: the last ones, and the last one of each day, ISO week, month and year. 0: the rule isn't used.
+    // `last` is how many of the newest sets to keep. The other four numbers say for how many days, ISO weeks, months
+    // and years to keep the newest set of the period. A number of 0 disables its rule.
     unsigned last = 0;
     unsigned daily = 0;
     unsigned weekly = 0;
@@ -33,8 +34,8 @@ struct KeepRules {
     bool areEmpty() const { return last + daily + weekly + monthly + yearly == 0 && !within; }
 };
 
-// Why each set is kept: "last, daily". Empty: it isn't. The newest set comes first. A rule that counts periods and has
-// found fewer than it may keep also keeps the oldest set.
+// Returns for each set which rules keep it, such as "last, daily", or an empty text if none does. The newest set comes
+// first. If a rule with a number has found fewer sets than this number, it also keeps the oldest set.
 std::vector<std::string> keptBecause(const std::vector<SetDate>& newestFirst, const KeepRules& rules);
 
 }  // namespace archive

@@ -14,25 +14,25 @@ struct Item {
     ListEntry entry;
 
     std::u16string_view name() const { return entry.blob.name; }
-    // The name that is shown, and that the user can ask for. It is "registry" for the registry, whose entry has no
-    // meaningful name.
+    // The name that is shown to the user, and that the user can type. For the registry it is "registry", because its
+    // entry has no meaningful name.
     std::u16string_view shownName() const { return isRegistry() ? u"registry" : name(); }
     bool isFile() const { return entry.kind == ItemKindFile; }
     bool isDatabase() const { return entry.kind == ItemKindDatabase; }
     bool isRegistry() const { return entry.kind == ItemKindRegistry; }
 
-    // "file", "database", "registry", or "kind 7".
+    // Returns "file", "database", "registry", or a text such as "kind 7".
     std::string kindText() const;
 
-    // For the screen: "file \a", "database Tasks", "registry".
+    // Returns a text for the screen, such as "file \a", "database Tasks" or "registry".
     std::string text() const;
 
-    // The size of the stream, computed from the offsets. 0 if they are invalid.
+    // Returns the size of the stream, computed from the offsets. Returns 0 if the offsets are invalid.
     DWORD packedBytes() const;
 };
 
-// The name of an item, or a pattern, as the user typed it. A slash counts as a backslash, because it is easier to type
-// in a shell, and no name contains a slash.
+// Converts the name of an item, or a pattern, from the text that the user typed. A slash becomes a backslash: a slash
+// is easier to type in a shell, and no name contains a slash.
 std::u16string nameFromUser(const std::string& typed);
 
 class ListedSet {
@@ -47,11 +47,12 @@ public:
     // Reads the next item. False at the end.
     [[nodiscard]] bool next(Item& item);
 
-    // Reads the next item whose name has these characters in it, or that is the registry. It may also return others.
-    // Names are compared in the buffer of the list, so that a search through many sets is fast.
+    // Reads on to the next item whose name contains `part`, or to the registry. The result can also be another item, so
+    // the caller must check the name. The function searches the buffer of the list for `part` without reading each
+    // entry. This makes a search in many sets fast.
     [[nodiscard]] bool nextWith(std::u16string_view part, Item& item);
 
-    // Valid only at the end.
+    // bytesAfterItems() and readFailed() are valid only after next() has returned false.
     DWORD bytesAfterItems() const { return reader_->bytesAfterEntries; }
     [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }
 

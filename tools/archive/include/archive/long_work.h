@@ -1,4 +1,4 @@
-// long_work.h - long work can be stopped by Ctrl-C, and shows its progress.
+// long_work.h - lets the user stop long work by Ctrl-C, and shows the progress of the work.
 #pragma once
 
 #include <chrono>
@@ -12,20 +12,22 @@ namespace archive {
 // second signal ends the process at once.
 void catchSignals();
 
+// The exception that ends long work.
 class Stopped : public std::runtime_error {
 public:
     Stopped() : std::runtime_error("stopped") {}
 };
 
-// Throws a Stopped after such a signal, or when the job of the platform is to stop. Everything that reads sets calls it
-// for each item and each block.
+// Throws the exception Stopped after SIGINT, SIGTERM or SIGHUP, or if the platform's job is to stop. Everything that
+// reads sets calls checkStop() for each item and each block.
 void checkStop();
 
-// Ends the process by the signal that catchSignals() has caught, as the shell expects it. Call it after the handling of
-// a Stopped.
+// Ends the process by raising the signal that catchSignals() has caught. So the shell sees which signal ended the
+// process. Call it after the exception Stopped was caught.
 [[noreturn]] void endBySignal();
 
-// One line on standard error that is overwritten, if that is a terminal. The destructor removes it.
+// A line on standard error that each step overwrites. It is shown only if standard error is a terminal. The destructor
+// removes it.
 class Progress {
 public:
     explicit Progress(std::size_t total) : total_(total) {}
@@ -33,11 +35,11 @@ public:
     Progress& operator=(const Progress&) = delete;
     ~Progress() { clear(); }
 
-    // The next of `total` parts begins. `name` is printed.
+    // Begins the next of the `total` parts and shows `name`.
     void begin(const std::string& name);
-    // How much of the part is done.
+    // Shows how much of the part is done.
     void at(std::uint64_t done, std::uint64_t ofAll);
-    // Removes the line before something else is printed. The next call of at() shows it again.
+    // Removes the line. Call it before something else is printed. The next call of at() shows the line again.
     void clear();
 
 private:

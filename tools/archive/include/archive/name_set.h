@@ -1,4 +1,4 @@
-// name_set.h - the names that occurred in a set, which may have millions of items.
+// name_set.h - remembers which names of items occurred in a set. A set can have millions of items.
 #pragma once
 
 #include "ce/types.h"
@@ -9,8 +9,8 @@
 
 namespace archive {
 
-// A hash of 128 bits instead of a name. Two names with the same hash would count as one name, but 128 bits make that
-// too unlikely to happen by chance.
+// A hash of 128 bits, which is stored instead of a name. Two names with the same hash would count as one name. With 128
+// bits this is too unlikely to happen by chance.
 struct NameHash {
     NameHash(BYTE kind, std::u16string_view name);
     bool operator==(const NameHash&) const = default;
@@ -28,7 +28,7 @@ class NameSet {
 public:
     bool has(BYTE kind, std::u16string_view name) const { return hashes_.contains(NameHash(kind, name)); }
 
-    // False if this name of this kind was there already.
+    // Returns false if this name of this kind was added before.
     bool add(BYTE kind, std::u16string_view name) { return hashes_.insert(NameHash(kind, name)).second; }
 
 private:

@@ -9,10 +9,11 @@
 
 namespace archive {
 
-// Several sets that are open at the same time have the root of the first one.
+// Sets that are open at the same time share the root folder of the set that was opened first.
 class OpenedSet {
 public:
-    // The folder `root` becomes the root of the name space. Empty: the set's own folder.
+    // The host folder `root` becomes the device's root folder. If `root` is empty, the set's own folder becomes the
+    // root.
     explicit OpenedSet(const SetFiles& files, const std::string& root = "");
 
     // False if the set has vanished or there is no permission. Then only trouble() can be called.

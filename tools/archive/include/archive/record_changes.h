@@ -1,4 +1,4 @@
-// record_changes.h - what has changed between two states of the records of a database.
+// record_changes.h - finds the differences between two states of the records of a database.
 #pragma once
 
 #include "archive/digest.h"
@@ -26,7 +26,7 @@ struct RecordText {
     std::vector<Field> fields;
 };
 
-// A field that is missing before or after has no value there.
+// If only one of the two states has the field, there is no value for the other state.
 struct FieldChange {
     std::string name;
     std::optional<std::string> before;
@@ -44,13 +44,14 @@ struct RecordChange {
 // Records are matched by their content first, then by their identities.
 std::vector<RecordChange> changesOf(const std::vector<RecordText>& before, const std::vector<RecordText>& after);
 
-// Each digest that `left` has more often than `right`, as often as that.
+// Returns each digest that `left` contains more often than `right`, as many times as the difference.
 std::vector<Digest> moreIn(std::vector<Digest> left, std::vector<Digest> right);
 
 // Collects the records of a database. Records without properties don't count, because a restore leaves them out.
 class RecordCollector final : public ContentSink {
 public:
-    // Whether to keep the text of a record. Without it only the digests are kept, 32 bytes each.
+    // Returns whether to store the text of the record. Without this function only the digests are stored, 32 bytes
+    // each.
     using Wanted = std::function<bool(const Digest& digest, std::span<const CEPROPVAL> properties)>;
 
     explicit RecordCollector(Wanted wanted) : wanted_(std::move(wanted)) {}
@@ -59,7 +60,7 @@ public:
     void record(unsigned number, std::span<const CEPROPVAL> properties) override;
 
     DWORD type() const { return type_; }
-    // Each as its property and its flags.
+    // Each sort order is a pair of the property's id and the flags.
     const std::vector<std::pair<CEPROPID, DWORD>>& sortOrders() const { return sortOrders_; }
 
     std::vector<Digest> digests;

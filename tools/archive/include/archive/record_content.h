@@ -1,4 +1,4 @@
-// record_content.h - the content of a record, as far as a set can hold it.
+// record_content.h - computes the part of a record that a set can store, and a digest of that part.
 #pragma once
 
 #include "archive/digest.h"
@@ -10,15 +10,15 @@
 
 namespace archive {
 
-// The properties that the store of a device contains after a restore has written this record. They point to the texts
-// and blobs of `record`.
+// Returns the properties that the device's object store contains after a restore has written `record`. Their values
+// point to the texts and blobs of `record`.
 std::vector<CEPROPVAL> restoredRecord(std::span<const CEPROPVAL> record);
 
-// Whether an image holds values of this type. Of others it keeps only the id and the flags.
+// Returns whether an image can store a value of this type. For other types, an image has only the id and the flags.
 bool setKeepsValue(const CEPROPVAL& property);
 
 // Records have the same digest if they have the same properties with the same flags and values, in any order. Values
-// that an image can't hold don't count.
+// that an image can't hold are ignored.
 class RecordHasher {
 public:
     Digest hash(std::span<const CEPROPVAL> record);

@@ -9,7 +9,7 @@
 
 namespace archive {
 
-// A key itself has no name. A key is before its values.
+// A key, or a value of a key. For a key, `name` is empty. A key sorts before its values.
 struct RegistryPlace {
     std::u16string key;
     bool isValue = false;
@@ -19,8 +19,9 @@ struct RegistryPlace {
     auto operator<=>(const RegistryPlace&) const = default;
 };
 
-// The texts of the values are short (shown_value.h). That of a key is empty. A registry whose keys and values need more
-// than 64 MiB here is refused, because a hostile one could have any number.
+// Collects the keys and values of a registry. The texts of the values are short (shown_value.h), and the text of a key
+// is empty. A hostile registry can have any number of keys and values. So a registry is refused if `places` would need
+// more than 64 MiB.
 class RegistryValues final : public ContentSink {
 public:
     bool key(const platform::registry::KeyPath& path) override;
@@ -32,10 +33,10 @@ private:
     bool put(RegistryPlace place, std::string text);
 
     std::u16string key_;
-    std::size_t bytes_ = 0;  // of the places, roughly
+    std::size_t bytes_ = 0;  // memory of `places`, roughly
 };
 
-// For the screen: the path of the key in brackets, and after it the name of the value in quotes.
+// Returns a text for the screen: the path of the key in brackets, and after it the name of the value in quotes.
 std::string onScreen(const RegistryPlace& place);
 
 }  // namespace archive

@@ -1,4 +1,5 @@
-// rotation.h - which of several sets go by the rules of the user, and their removal (docs/archive.md, "prune").
+// rotation.h - decides by the user's rules which of several sets to remove, and removes a set (docs/archive.md,
+// "prune").
 #pragma once
 
 #include "archive/keep_rules.h"
@@ -10,22 +11,23 @@
 
 namespace archive {
 
-// A set and what becomes of it.
+// A set, and the decision on it.
 struct JudgedSet {
     SetFiles files;
     SetDate date;
     bool isSound;
-    std::string reason;  // why it is kept: "daily, weekly", "the newest" or its damage. Empty: it goes.
+    std::string reason;  // why the set is kept, such as "daily, weekly"; empty if it is to be removed
 
     bool isToGo() const { return reason.empty(); }
 };
 
-// Checks every set and applies the rules to the sound ones. The newest sound set and every damaged set stay. The newest
-// set comes first. No set may be open. `sets` must be all sets of the storage: one that is missing could be newer.
+// Checks every set and applies the rules to the sound ones. The newest sound set and every damaged set are kept. In the
+// result the newest set comes first. No set may be open. `sets` must contain all sets of the storage, because a set
+// that isn't in it could be the newest.
 std::vector<JudgedSet> judgeSets(const std::vector<SetFiles>& sets, const KeepRules& rules, Progress& progress);
 
-// Deletes the files of a set on the host. Whenever it is interrupted, no list is left without its data. Returns the
-// reason of a failure, or an empty text.
+// Deletes the files of a set on the host. Even if it is interrupted, no list file is left without its data file.
+// Returns the reason of a failure, or an empty text.
 std::string removeSet(const SetFiles& files);
 
 }  // namespace archive

@@ -11,15 +11,15 @@
 namespace archive {
 
 struct SealCheck {
-    bool isSealed = false;            // there is a file with checksums, good or bad
-    std::vector<std::string> faults;  // what differs from it
+    bool isSealed = false;            // there is a file with checksums, even if it can't be read
+    std::vector<std::string> faults;  // what differs from the file with checksums
 };
 
-// Reads both files of the set if it is sealed.
+// Compares the set with its checksums. Reads both files of the set if it is sealed.
 SealCheck checkSeal(const SetFiles& files, const MountedSet& mounted);
 
-// Whether the set is sealed and the checksum of its data file is right. Nothing else is checked, so the checksum of the
-// list can be wrong. Reads the data file of a sealed set.
+// Returns whether the set is sealed and the checksum of its data file is right. The checksum of the list file isn't
+// checked. Reads the data file of a sealed set.
 bool sealProvesData(const SetFiles& files, const MountedSet& mounted);
 
 struct SetDigests {
@@ -32,11 +32,11 @@ struct FileDigest {
     std::uint64_t bytes;  // size of the file
 };
 
-// Nothing if a file of the set can't be read to its end. If `data` has the size of the data file, its digest is
-// used, and the data file isn't read.
+// Returns the digests of both files of the set, or nothing if one of them can't be read to its end. If `data` has the
+// size of the data file, the function uses the digest in `data` and doesn't read the data file.
 std::optional<SetDigests> digestsOf(const MountedSet& mounted, const std::optional<FileDigest>& data = std::nullopt);
 
-// Writes the file with these checksums. It replaces an older one. Returns ERROR_SUCCESS or the error.
+// Writes the file with these checksums, and replaces an older one. Returns ERROR_SUCCESS or the error.
 [[nodiscard]] DWORD writeSeal(const SetFiles& files, const MountedSet& mounted, const SetDigests& digests);
 
 }  // namespace archive

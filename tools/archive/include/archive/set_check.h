@@ -8,16 +8,17 @@
 
 namespace archive {
 
-// Receives what a check finds, and if it wants, the content of the items.
+// Receives what a check finds. A subclass can also receive the content of the items.
 class CheckSink : public ContentSink {
 public:
-    // Each item of the list, before anything else about it.
+    // Receives each item of the list. This is the first call for the item.
     virtual void item(const Item& /*item*/) {}
     // `item` is null for a fault of the list file or the data file as a whole.
     virtual void fault(const Item* /*item*/, const std::string& /*reason*/) {}
-    // What isn't a fault, but can surprise the user.
+    // Receives what isn't a fault, but can surprise the user.
     virtual void warning(const Item* /*item*/, const std::string& /*reason*/) {}
-    // Before and after the content of an item. An item whose offsets are wrong has none.
+    // begin() and end() are called before and after the content of an item is read. They aren't called if the content
+    // can't be found. The causes are a cut entry, a wrong end offset, and a data file that can't be opened.
     virtual void begin(const Item& /*item*/) {}
     virtual void end(const Item& /*item*/, const ContentReport& /*content*/) {}
 };
@@ -31,16 +32,17 @@ struct SetState {
     bool isSound() const { return faults == 0; }
 };
 
-// Whether the name of a file or a database can be restored on this host. A restore makes a temporary file \NAME.CDB for
-// a database.
+// Returns whether a restore on this host can use the name of the item, which must be a file or a database. For a
+// database, a restore makes a temporary file \NAME.CDB. So the name must also be usable in that path.
 bool isUsableName(const Item& item);
 
 enum class SealUse { Checked, Ignored };
 
-// Reads the whole set, from which no item was read before. A sealed set that was changed is unsound.
+// Reads and checks the whole set. The caller may not have read an item from the set before. If the set was changed
+// after it was sealed, it is unsound.
 SetState checkSet(const OpenedSet& set, CheckSink& sink, SealUse seal = SealUse::Checked);
 
-// The first fault of the set, with its item. Empty if the set is sound.
+// Returns the first fault of the set, with its item. Empty if the set is sound.
 std::string firstFaultOf(const OpenedSet& set, SealUse seal = SealUse::Checked);
 
 }  // namespace archive

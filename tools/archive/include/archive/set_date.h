@@ -1,4 +1,4 @@
-// set_date.h - when a set was made (docs/archive.md, "The date of a set").
+// set_date.h - finds out when a set was made (docs/archive.md, "The date of a set").
 #pragma once
 
 #include "archive/set_files.h"
@@ -14,12 +14,13 @@ namespace archive {
 enum class DateSource {
     Comment,         // the comment allows one date only
     FileOrder,       // two dates are possible, and one of them is near the time of the list file
-    NeighbourOrder,  // the sets beside it have the day first, or the month
-    AssumedOrder,    // nothing decides, so the day counts as first
+    NeighbourOrder,  // two dates are possible, and neighbouring sets show whether the day comes first
+    AssumedOrder,    // two dates are possible and nothing decides, so the day counts as first
     FileTime,        // there is no date in the comment
 };
 
-// A local time of the device, without a zone. Without a date in the comment: the host's local time of the list file.
+// The date of a set. It is a local time of the device, without a time zone. If the comment of the set has no date, it
+// is the modification time of the list file in the host's local time.
 struct SetDate {
     int year = 1601;
     unsigned month = 1;
@@ -28,19 +29,19 @@ struct SetDate {
     unsigned minute = 0;
     DateSource source = DateSource::FileTime;
 
-    // Days and minutes since 1970, for comparisons.
+    // Return the days and the minutes since 1970, for comparisons.
     std::int64_t days() const;
     std::int64_t minutes() const;
-    // "2026-11-25 22:31"
+    // Returns a text such as "2026-11-25 22:31".
     std::string text() const;
-    // Why the date isn't certain, for the user. Empty if it is.
+    // Tells the user why the date isn't certain. Empty if it is certain.
     std::string_view doubt() const;
-    // The text, and the doubt in parentheses.
+    // Returns the text, with the doubt in parentheses after it.
     std::string textWithDoubt() const;
 };
 
-// The dates of several sets. The comment of a set is read when its date, or one that it decides, is asked for. A set
-// that can't be read has the time of its file.
+// The dates of several sets. The comment of a set is read only when its date is asked for, or when its date is needed
+// to decide the date of another set. If a set can't be read, its date is the time of its list file.
 class SetDates {
 public:
     explicit SetDates(std::vector<SetFiles> sets);
@@ -49,7 +50,8 @@ public:
     ~SetDates();
 
     const SetDate& of(std::size_t set);
-    // When the list file of the set was written, in nanoseconds since 1970. 0 if the host doesn't say.
+    // Returns when the list file of the set was written, in nanoseconds since 1970. Returns 0 if the host doesn't
+    // report it.
     std::int64_t written(std::size_t set);
 
 private:
@@ -62,8 +64,8 @@ private:
     std::vector<std::unique_ptr<Dated>> dates_;
 };
 
-// The indexes of the sets, the oldest first. A date has no seconds, so of two sets with one date the one whose list
-// file was written first is the older one.
+// Returns the indexes of the sets, the oldest first. A date has no seconds. If two sets have the same date, the one
+// whose list file was written first counts as older.
 std::vector<std::size_t> byDate(SetDates& dates, std::size_t sets);
 
 }  // namespace archive

@@ -1,4 +1,4 @@
-// set_files.h - finds the two files of a set on the host, and opens them through the platform's name space.
+// set_files.h - finds the files of a set on the host, and opens them with the platform's calls.
 #pragma once
 
 #include "ce/types.h"
@@ -18,8 +18,8 @@ struct SetFiles {
     std::string dataName;
     std::string sumName;  // of the file with the checksums (seal.h), which need not exist
 
-    // The path of the folder in the name space, if a program shows it there already. Empty: the folder is mounted when
-    // the set is opened.
+    // The folder's path on the platform, if the program has mounted the folder already. If it is empty, the folder is
+    // mounted when the set is opened.
     std::u16string shownFolder = {};
 };
 
@@ -35,10 +35,11 @@ public:
 
     const std::string& folder() const { return folder_; }
     const std::vector<std::string>& sorted();
-    // The folder may have more names.
+    // True if the folder couldn't be read to its end, so it may have more names.
     [[nodiscard]] bool readFailed();
     const std::string& reason() const { return reason_; }  // of the failure
-    // The wanted name if the folder has it, otherwise the first one that differs from it only in case.
+    // Returns the wanted name if the folder has it. Otherwise returns the first name that differs only in case, or
+    // nothing.
     std::optional<std::string> like(const std::string& wanted);
 
 private:
@@ -52,24 +53,28 @@ private:
     std::unordered_map<std::u16string, std::string> withoutCase_;
 };
 
-// `argument` is the path of a list file or of a data file, or that path without the extension. If there is no file of
-// this name, a file is taken whose name differs only in case, because the names on a card are in capitals or in small
-// letters, depending on how it is mounted. Nothing if there is no list file.
+// Returns the set of `argument`, which is the path of a list file or of a data file, or that path without the
+// extension. The names on a card are in capitals or in small letters, depending on how the card is mounted. So if no
+// file has the name in `argument`, the function uses a file whose name differs only in case. Returns nothing if there
+// is no list file.
 std::optional<SetFiles> findSet(const std::string& argument);
-// The set of this list file in the folder. The folder is read at most once for all its sets.
+// Returns the set of the list file `listName` in the folder. A FolderNames reads its folder at most once, so use the
+// same object for all sets of a folder.
 std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName);
 
-// A data file whose list need not exist, and the file with the checksums beside it. Its name may have any ending; then
-// there are no checksums. Nothing if it isn't a file.
+// Finds a data file whose list file need not exist. If `path` has the extension of a data file, the result also names
+// the list file and the file with the checksums of the same folder. For any other extension these two names are empty.
+// Returns nothing if `path` isn't a regular file.
 std::optional<SetFiles> findData(const std::string& path);
 
-// The files of a set that is to be made: `stem` is the path of its list or data file, also without the ending.
+// Returns the files of a set that is to be made. `stem` is the path of its list file or data file, with or without the
+// extension.
 SetFiles newSet(const std::string& stem);
 
-// A new name in the root. A hostile set can't contain it, because it can't be guessed.
+// Returns a new name for an entry of the root folder. Nobody can guess the name, so a hostile set can't contain it.
 std::u16string unguessableName();
 
-// The paths of the set's files in the name space.
+// The paths of the set's files on the platform.
 struct MountedSet {
     std::u16string folder;  // of the set, without a backslash at its end
     std::u16string listPath;
@@ -77,13 +82,13 @@ struct MountedSet {
     std::u16string sumPath;
 };
 
-// Makes the host's folder `root` the root of the name space unless there is one, and mounts the set's folder in it
-// under an unguessable name, unless the name space shows it already. Nothing if a folder can't be opened, or a file's
-// name can't be a name on a device.
+// Returns the paths of the set's files on the platform. If `files.shownFolder` is set, the program has mounted the
+// folder already. Otherwise mounts the set's folder in the root folder under an unguessable name. If the platform has
+// no root folder yet, first makes the host folder `root` the root. Returns nothing if a folder can't be opened.
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
 
-// Mounts a set as mountSet() does. When the last object is destroyed, all mounts are removed. A program that shows the
-// folders of its sets keeps its mounts.
+// Calls mountSet(). When the last SetMount that mounted a folder is destroyed, all mounts are removed. If the set has a
+// `shownFolder`, its SetMount neither adds nor removes mounts.
 class SetMount {
 public:
     SetMount(const SetFiles& files, const std::string& root);
@@ -101,7 +106,7 @@ private:
     bool mounts_;
 };
 
-// An open file of the name space. The destructor closes it.
+// A file that was opened with the platform's calls. The destructor closes it.
 class OpenFile {
 public:
     OpenFile(const std::u16string& path, DWORD access, DWORD creation);

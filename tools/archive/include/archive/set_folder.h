@@ -14,20 +14,21 @@ struct SetFolder {
     std::string reason;              // of the failure
 };
 
-// The sets in the folder itself.
+// Returns the sets in the folder, without those in its subfolders.
 SetFolder listsIn(const std::string& folder);
 
-// The sets in the folder. If it has none: the sets in its subfolder QUILBOX. Nothing if `argument` isn't a folder.
+// Returns the sets in the folder. If the folder has none, returns the sets in its subfolder QUILBOX. Returns nothing if
+// `argument` isn't a folder.
 std::optional<SetFolder> findSets(const std::string& argument);
 
-// "this folder can't be read (Permission denied): /card/QUILBOX". It is safe to print.
+// Returns a message that is safe to print: "this folder can't be read (Permission denied): /card/QUILBOX".
 std::string notRead(const SetFolder& folder);
 
-// The message for a folder without sets. It is safe to print.
+// Returns the message for a folder without sets. It is safe to print.
 std::string noSetIn(const SetFolder& folder);
 
-// The message for a user who named a folder where a set is needed: "/card/QUILBOX is a folder; name one of its sets:
-// QLBX0001.QLT, QLBX0002.QLT". It is safe to print.
+// Returns the message for a user who named a folder where a set is needed: "/card/QUILBOX is a folder; name one of its
+// sets: QLBX0001.QLT, QLBX0002.QLT". It is safe to print.
 std::string setIsWanted(const SetFolder& folder);
 
 }  // namespace archive

@@ -9,19 +9,20 @@
 namespace archive {
 
 struct FoundSets {
-    std::vector<SetFiles> sets;       // each once, in the order of the arguments and of the names in a folder
+    std::vector<SetFiles> sets;       // each set once, in the order of the arguments and of the names in a folder
     std::vector<std::string> faults;  // sentences about arguments without sets and folders that can't be read
 };
 
-// Each argument is a list file, a data file, their path without the ending, or a folder with sets (set_folder.h). With
-// `recursive` a folder is searched in depth. Links to folders inside of it are not followed, so the search ends.
+// Returns the sets of all arguments. Each argument is a list file, a data file, their path without the extension, or a
+// folder with sets (set_folder.h). With `recursive`, a folder is searched with all its subfolders. Links to folders
+// aren't followed, so the search always ends.
 FoundSets searchSets(const std::vector<std::string>& where, bool recursive);
 
-// The sets in a folder of the host that the name space of this process shows as `shownAs`, without those that a link
-// shows from another folder.
+// Returns the sets in a host folder that this process has mounted at the path `shownAs`. Leaves out a set whose list
+// file is a link to a file in another folder.
 FoundSets searchShownFolder(const std::string& folder, const std::u16string& shownAs);
 
-// The path of the list file, which names the set in all output.
+// Returns the path of the list file. All output uses this path to name the set.
 std::string pathOf(const SetFiles& set);
 
 }  // namespace archive

@@ -10,12 +10,13 @@
 
 namespace archive {
 
-// A text of more than `mostBytes` is cut, and its size and its SHA-256 follow. UTF-8.
+// Returns the UTF-8 text as it is if it has at most `mostBytes` bytes. Otherwise cuts the text, and appends the size
+// and the SHA-256 of the whole text.
 std::string shortText(const std::string& text, std::size_t mostBytes = 200);
 
 std::string shownValue(const CEPROPVAL& property);
 
-// As in a registry file: "text", dword:0000001f, hex:01,02.
+// Returns the value as a registry file contains it: "text", dword:0000001f, hex:01,02.
 std::string shownRegistryValue(DWORD type, std::span<const std::byte> data);
 
 }  // namespace archive

@@ -1,16 +1,17 @@
 // stream_proof.h - finds out whether a part of a stream can have been replaced although the stream still unpacks.
 //
-// A stream has no checksum. But a card loses whole sectors, and two facts show that none was lost:
+// A stream has no checksum. But a card loses only whole sectors. So no sector of a stream can have been replaced if
+// each of its blocks meets one of two conditions:
 //
-// - A block that is smaller than a sector shares each of its sectors with something else of the stream: the magic, a
-//   length or the end of a block. The stream can't be read with those replaced. Where in the file a sector began isn't
-//   known, since files may have been joined.
-// - The packer gives the same packed block for the same raw bytes. If the unpacked bytes are packed again and give the
-//   same block, all of its matches and lengths are as they were. Only literals can be different: raw bytes that are in
-//   the block unchanged. So there must be no run of them that could fill a sector.
+// - The block is smaller than a sector. A lost sector that replaces a part of the block then also replaces a magic, a
+//   length or the end of a block. So the stream can't be unpacked. This is true wherever the sectors begin. Their
+//   offsets are unknown, because the file may consist of several joined files.
+// - The packer makes the same block from the unpacked bytes again. Since it always packs the same raw bytes to the same
+//   block, all matches and lengths of the block are intact. Only literals can have changed, which are raw bytes that
+//   are in the block as they are. So the block must also have no run of literals that could fill a sector.
 //
-// What is left are blocks with long runs of literals, as every file has that is packed already, and blocks that another
-// packer wrote.
+// The proof fails for blocks with long runs of literals, which occur in every file that was compressed before. It also
+// fails for blocks that another packer wrote.
 #pragma once
 
 #include "set/block_codec.h"
@@ -27,14 +28,16 @@ class StreamProof {
 public:
     StreamProof();
 
-    // The next stream begins.
+    // Begins the next stream.
     void begin();
-    // The next block of it, which was unpacked. Large blocks are packed on another thread, up to the next call.
+    // Adds the next block of the stream, packed and unpacked. A large block is checked on another thread. The next call
+    // waits for that thread.
     void add(std::span<const BYTE> packed, std::span<const BYTE> raw);
-    // Whether no sector of the blocks can have been replaced. Without blocks: true.
+    // True if no sector of the added blocks can have been replaced. Also true if no block was added.
     [[nodiscard]] bool holds();
 
-    // How many bytes at the beginning of a damaged block are as the packer writes them for `raw`, which it gave.
+    // `raw` is what was unpacked from the damaged block `packed`. Packs `raw` again, and returns how many bytes at the
+    // beginning of both blocks are equal.
     std::size_t agreeing(std::span<const BYTE> packed, std::span<const BYTE> raw);
 
 private:
@@ -46,7 +49,7 @@ private:
     std::vector<BYTE> raw_;
     std::vector<BYTE> packedAgain_;
     std::unique_ptr<PackingMemory> memory_;
-    std::future<bool> underway_;  // the last member: its end is awaited before the others are destroyed
+    std::future<bool> underway_;  // the last member, so its thread ends before the other members are destroyed
 };
 
 }  // namespace archive

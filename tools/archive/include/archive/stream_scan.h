@@ -1,7 +1,7 @@
-// stream_scan.h - finds compressed streams in a file without a list (docs/format.md, "Compressed stream"), in a data
-// file that is damaged, cut or joined from several.
+// stream_scan.h - finds compressed streams in a data file without using its list (docs/format.md, "Compressed stream").
+// The file may be damaged, cut or joined from several.
 //
-// The memory doesn't depend on the file. The time grows in proportion to the size of the file, whatever is in it.
+// The use of memory doesn't depend on the file. The time is proportional to the size of the file, whatever its content.
 #pragma once
 
 #include "archive/set_files.h"
@@ -12,15 +12,16 @@
 
 namespace archive {
 
-// A stream, or a piece of one whose beginning is lost.
+// A stream, or the rest of a stream whose beginning is lost.
 struct FoundStream {
     std::uint64_t start = 0;  // offset in the file
-    std::uint64_t end = 0;    // the offset after its last byte, as far as it could be followed
+    std::uint64_t end = 0;    // the offset after the last byte that belongs to the stream
     std::uint64_t rawBytes = 0;
-    // The raw bytes before the first damage, as far as it can be told. What else a damaged block gave is after them.
+    // The number of raw bytes before the first damage, as far as it can be determined. A damaged block can yield
+    // further raw bytes. They come after the sound bytes and may be wrong.
     std::uint64_t soundBytes = 0;
-    unsigned damagedBlocks = 0;  // those that can't be unpacked, or that the host couldn't read
-    bool hasMagic = false;       // false: a piece that begins with some block
+    unsigned damagedBlocks = 0;  // blocks that can't be unpacked, or that the host couldn't read
+    bool hasMagic = false;       // false: a piece that begins with a later block
     bool isClosed = false;       // it has its closing block
     bool isReadable = true;      // the host could read all of its bytes
     bool isProven = false;       // no sector of it can have been replaced (stream_proof.h)
@@ -36,10 +37,11 @@ public:
     ScanSink& operator=(const ScanSink&) = delete;
     virtual ~ScanSink() = default;
 
-    // A stream of which at least one block, or a part of one, can be unpacked.
+    // Announces a stream. At least one block of the stream, or a part of one, can be unpacked.
     virtual void begin(const FoundStream& stream) = 0;
-    // Its next raw bytes. What is missing of a damaged block in the middle is 0. `stream` already counts these bytes,
-    // and the damaged block if they aren't sound.
+    // Receives the next raw bytes of the stream. They are zeros for the missing bytes of a damaged block in the middle.
+    // The counts in `stream` already include the bytes. If the bytes aren't sound, the counts also include the damaged
+    // block.
     virtual void bytes(const FoundStream& stream, std::span<const std::byte> raw) = 0;
     virtual void end(const FoundStream& stream) = 0;
 };
@@ -48,13 +50,13 @@ struct ScanTotals {
     std::uint64_t fileBytes = 0;
     std::uint64_t unreadable = 0;   // bytes that the host couldn't read
     std::uint64_t unclaimed = 0;    // bytes that belong to no stream
-    std::uint64_t lostStreams = 0;  // streams that begin but have nothing that can be unpacked
+    std::uint64_t lostStreams = 0;  // streams whose beginning was found, but that have nothing that can be unpacked
     bool gaveUp = false;  // parts weren't searched, because too many bytes looked like a block but weren't one
 };
 
 enum class Proving { Wanted, NotNeeded };
 
-// Reads the file to its end. With NotNeeded every stream counts as proven.
+// Reads the file to its end. With NotNeeded every whole stream counts as proven.
 ScanTotals scanStreams(const OpenFile& file, Proving proving, ScanSink& sink);
 
 }  // namespace archive

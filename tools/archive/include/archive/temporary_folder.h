@@ -1,4 +1,4 @@
-// temporary_folder.h - a folder of the host for the time of one piece of work.
+// temporary_folder.h - a temporary folder of the host.
 #pragma once
 
 #include <string>

@@ -1,6 +1,6 @@
 // unpacked_stream.h - reads the raw bytes of an item. They are unpacked block by block, so only one block is in memory.
 //
-// Uses the static buffers of compressed_stream.h. So only one stream can be read at a time.
+// UnpackedStream uses the static buffers of compressed_stream.h. So only one stream can be read at a time.
 #pragma once
 
 #include "archive/listed_set.h"
@@ -16,14 +16,14 @@ class UnpackedStream {
 public:
     UnpackedStream(const OpenFile& data, const ListEntry& entry);
 
-    // Returns the number of bytes read. It is less than asked only if the stream ends or has a fault.
+    // Returns the number of bytes read. It is less than the size of `buffer` only if the stream ends or has a fault.
     [[nodiscard]] std::size_t read(std::span<std::byte> buffer);
     [[nodiscard]] bool skip(std::uint64_t bytes);
 
     // The number of raw bytes that were read or skipped so far.
     std::uint64_t taken() const { return taken_; }
 
-    // Skips the rest, and checks the whole stream by the rules of DecodeStream.
+    // Skips the rest, checks the whole stream by the rules of DecodeStream, and returns the first fault.
     [[nodiscard]] StreamFault finish();
 
 private:
