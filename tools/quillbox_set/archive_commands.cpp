@@ -86,7 +86,7 @@ void addExplain(CLI::App& app, CommandLine& line)
 
 void addFind(CLI::App& app, CommandLine& line)
 {
-    const auto options = std::make_shared<FindOptions>();  // the callback keeps them
+    const auto options = std::make_shared<FindOptions>();  // shared with the callback, which runs later
     CLI::App* find = app.add_subcommand("find", "finds items in sets by name, and by what is inside");
     find->add_option(
             "PATTERN", options->pattern,

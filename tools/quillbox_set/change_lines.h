@@ -12,10 +12,10 @@
 
 namespace quillbox_set {
 
-// "added", "removed", "changed".
+// Returns "added", "removed" or "changed".
 std::string_view nameOf(archive::Change change);
 
-// "LastName: \"a\" -> \"b\"", one line for each field.
+// Returns one line for each field, such as: LastName: "a" -> "b".
 std::string linesOf(const std::vector<archive::FieldChange>& fields, const std::string& indent);
 nlohmann::ordered_json jsonOf(const std::vector<archive::FieldChange>& fields);
 

@@ -1,4 +1,4 @@
-// common_arguments.h - what the commands of quillbox-set have in common.
+// common_arguments.h - the command-line arguments that several commands of quillbox-set share.
 #pragma once
 
 #include "archive/set_search.h"
@@ -10,10 +10,10 @@
 
 namespace quillbox_set {
 
-// The arguments that several commands have. The options of each command are with it.
+// The values of these arguments. The options of a single command are in a struct of that command.
 struct CommandLine {
     std::string set;
-    std::string second;  // the argument after SET, or the only one of another kind
+    std::string second;  // the argument after SET, or a single argument of another kind
     std::vector<std::string> where;
     bool recursive = false;
     bool json = false;
@@ -24,9 +24,9 @@ struct CommandLine {
 };
 
 void addSet(CLI::App& command, CommandLine& line);
-// WHERE and --recursive.
+// Adds WHERE and --recursive.
 void addWhereAlone(CLI::App& command, CommandLine& line);
-// The same and --json.
+// Adds WHERE, --recursive and --json.
 void addWhere(CLI::App& command, CommandLine& line);
 void addJson(CLI::App& command, CommandLine& line);
 

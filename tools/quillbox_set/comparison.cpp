@@ -41,7 +41,7 @@ bool readAt(const OpenFile& file, DWORD offset, std::span<std::byte> piece)
            bytes == piece.size();
 }
 
-// The size and the digest of a file's content.
+// Computes the digest of a file's content.
 class FileDigest final : public ContentSink {
 public:
     bool bytes(std::span<const std::byte> piece) override
@@ -185,7 +185,7 @@ private:
         return content.fault.empty();
     }
 
-    // Reads an item of both sets. False, after a message, if one is damaged.
+    // Reads an item of both sets. If one of the two items is damaged, prints a message and returns false.
     template <class Sink>
     bool readBoth(const Item& older, Sink& olderSink, const Item& newer, Sink& newerSink, std::uint64_t (&bytes)[2])
     {
@@ -222,7 +222,7 @@ private:
         if (gone.empty() && come.empty() && sameHead)
             return;
         lines_.printDatabase(older, left, right);
-        // A second reading keeps the texts of the records that differ.
+        // Reads both databases again and stores the texts of the records that differ.
         RecordCollector olderTexts(
             [&](const Digest& digest, auto) { return std::ranges::binary_search(gone, digest); });
         RecordCollector newerTexts(

@@ -1,4 +1,4 @@
-// comparison.h - `quillbox-set diff`: what has changed between two sets.
+// comparison.h - `quillbox-set diff`: prints what has changed between two sets.
 #pragma once
 
 #include "archive/set_files.h"
@@ -9,9 +9,10 @@ inline constexpr int exitSame = 0;
 inline constexpr int exitDifferent = 1;
 inline constexpr int exitTrouble = 2;  // also damage
 
-// Prints a line for each item that was added, removed or changed, and what has changed inside. `patch`: text files as
-// unified diffs. Returns one of the exit codes above. An index of the newer set is in memory, of some 60 bytes for an
-// item, and one of each database that differs, of 32 bytes for a record. The registry is in memory with short values.
+// Prints a line for each item that was added, removed or changed, and what has changed in the item. With `patch`, also
+// prints the changes of text files as unified diffs. Returns one of the exit codes above. An index of the newer set is
+// in memory, with some 60 bytes for each item. During the comparison of two databases, 32 bytes for each record are in
+// memory too. During the comparison of two registries, all keys and values are in memory, with long values shortened.
 int compareSets(const archive::SetFiles& older, const archive::SetFiles& newer, bool patch, bool json);
 
 }  // namespace quillbox_set

@@ -13,7 +13,7 @@
 #include <set>
 #include <string_view>
 
-// In explanation_files.S. The first byte of each text, and the end of the last one.
+// Symbols of explanation_files.S: the first byte of each text, and the end of the last text.
 extern "C" const char quillboxReadme[];
 extern "C" const char quillboxReader[];
 extern "C" const char quillboxExplanationEnd[];
@@ -30,7 +30,7 @@ struct Paper {
     std::string text;
 };
 
-// The editors of the device and of old computers need CR LF.
+// Converts line ends to CR LF, which the editors of the device and of old computers need.
 std::string withCarriageReturns(std::string_view text)
 {
     std::string lines;
@@ -64,7 +64,7 @@ DWORD write(const std::u16string& path, const std::string& text, bool force)
     return file.write(std::as_bytes(std::span(text))) ? file.moveToTarget(force) : file.error();
 }
 
-// Returns whether the folder of the set has the papers now.
+// Writes both files into the folder of the set. Returns true if the folder has both files now and they are on the disk.
 bool explain(const SetFiles& files, bool force)
 {
     const SetMount mount(files, files.folder);

@@ -1,12 +1,12 @@
-// explanation.h - `quillbox-set explain`: writes what somebody needs who finds the sets without this program.
+// explanation.h - `quillbox-set explain`: writes files that explain the sets to somebody without this program.
 #pragma once
 
 #include "archive/set_search.h"
 
 namespace quillbox_set {
 
-// Writes README.TXT and QLBXREAD.PY into each folder of the sets, and prints a line for each file. A file that is there
-// with other content is replaced only with `force`. Returns the exit code.
+// Writes README.TXT and QLBXREAD.PY into each folder of the sets, and prints a line for each file. If such a file
+// exists with other content, it is replaced only with `force`. Returns the exit code.
 int explainSets(const archive::FoundSets& found, bool force);
 
 }  // namespace quillbox_set

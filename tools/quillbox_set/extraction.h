@@ -13,16 +13,16 @@ namespace quillbox_set {
 
 struct ExtractionOptions {
     std::vector<std::string> names;  // names of items, or patterns. Empty: all items.
-    // The format of databases. The registry is then written as a .reg file. Nothing: both are written as they are in
-    // the set.
+    // The format of databases. With a format, the registry is written as a .reg file. Without a format, databases and
+    // the registry are written as they are in the set.
     std::optional<database_formats::Format> format = database_formats::Format::JsonLines;
     bool force = false;        // replaces existing files
     bool keepDamaged = false;  // keeps what could be unpacked of a damaged item
     bool json = false;
-    std::string folder;  // to write to, on the host. JSON names the written files in it.
+    std::string folder;  // the host folder to write to; in JSON output, the paths of files begin with it
 };
 
-// The folder is the root of the name space. Prints what became of each item. Returns the exit code.
+// `options.folder` must be the platform's root folder. Prints the result for each item. Returns the exit code.
 int extractItems(archive::ListedSet& set, const archive::MountedSet& files, const ExtractionOptions& options);
 
 }  // namespace quillbox_set

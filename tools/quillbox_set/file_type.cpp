@@ -14,7 +14,8 @@ struct KnownBeginning {
     std::u16string_view extension;
 };
 
-// How texts begin, in small letters. The library takes milliseconds for a text, because it looks for hundreds of words.
+// The beginnings of texts, in small letters. The library can recognise these types too. But the library takes
+// milliseconds for a text, because it looks for hundreds of words.
 constexpr std::array TextBeginnings = std::to_array<KnownBeginning>({
     {"<!doctype html", u".html"},
     {"<html", u".html"},
@@ -25,7 +26,7 @@ constexpr std::array TextBeginnings = std::to_array<KnownBeginning>({
     {"begin:vcalendar", u".ics"},
 });
 
-// How the names of types begin to which the library gives no extension, or several.
+// The beginnings of type names. For these types the library has no extension or several ones.
 constexpr std::array TypeBeginnings = std::to_array<KnownBeginning>({
     {"application/octet-stream", u".bin"},
     {"image/jpeg", u".jpg"},
@@ -68,7 +69,8 @@ std::u16string textExtension(std::span<const std::byte> head)
     return std::u16string(row ? row->extension : u".txt");
 }
 
-// The library names several for one type: "jpeg/jpg/jpe/jfif". On a handheld names have three letters.
+// The library can name several extensions for one type, such as "jpeg/jpg/jpe/jfif". Returns the first one with three
+// letters, because most extensions on a handheld have three letters. If there is none, returns the first extension.
 std::string_view preferred(std::string_view several)
 {
     std::string_view best = several.substr(0, several.find('/'));

@@ -12,13 +12,14 @@ namespace quillbox_set {
 
 class FileTypes {
 public:
-    // What more of a file's beginning isn't looked at.
+    // The type depends only on this many bytes at the beginning of a file.
     static constexpr std::size_t HeadBytes = 4096;
 
-    // Without the library's data every file is of an unknown type.
+    // Loads the library's data. If that fails, every file has an unknown type.
     FileTypes();
 
-    // ".jpg" for a file that begins with these bytes, ".txt" for a text, ".bin" for an unknown type.
+    // Returns the extension for a file that begins with these bytes, such as ".jpg". It is ".txt" for a text and ".bin"
+    // for an unknown type.
     std::u16string extensionOf(std::span<const std::byte> head) const;
 
 private:

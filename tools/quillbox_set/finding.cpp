@@ -25,7 +25,7 @@ using screen_text::onScreen;
 
 namespace {
 
-// The longest part of the pattern without wildcards.
+// Returns the longest part of the pattern without wildcards.
 std::u16string longestPlainPart(std::u16string_view pattern)
 {
     std::u16string_view longest;
@@ -101,7 +101,7 @@ private:
     {
         progress_.clear();
         found_ = true;
-        const SetDate& date = dates_.of(number_);  // only of sets that have something
+        const SetDate& date = dates_.of(number_);  // the date is read only for sets with a match
         if (!options_.json)
             return printResult(false, nullptr,
                                onScreen(path_) + "  " + date.textWithDoubt() + "  " + item.text() + where);
@@ -127,7 +127,7 @@ private:
     SetDates dates_;
     std::u16string pattern_;
     platform::text::Case rule_;
-    std::u16string part_;  // characters that are in each name that matches
+    std::u16string part_;  // a text that each matching name contains
     bool isPath_;
     Words words_;
     Progress progress_;

@@ -8,13 +8,13 @@
 namespace quillbox_set {
 
 struct FindOptions {
-    std::string pattern;  // of names. Without a separator it also matches the last part of a path.
-    std::string text;     // words that must also be inside. Empty: the names decide.
+    std::string pattern;  // of item names; without a separator, the pattern also matches the last part of a path
+    std::string text;     // words that the item must also contain; empty: only the name decides
     bool ignoreCase = false;
     bool json = false;
 };
 
-// Prints a line for each place as soon as it is found. Returns the exit code: exitFaults also if nothing was found.
+// Prints a line for each match as soon as it is found. Returns the exit code. If nothing was found, it is exitFaults.
 int findItems(const archive::FoundSets& found, const FindOptions& options);
 
 }  // namespace quillbox_set

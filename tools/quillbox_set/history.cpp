@@ -29,14 +29,14 @@ using screen_text::onScreen;
 
 namespace {
 
-// What one set has of the item. Equal texts are equal states.
+// The state of the item in one set. Two states are equal if their texts are equal.
 struct State {
-    std::string text;  // empty: the set doesn't have it
+    std::string text;  // empty: the set doesn't have the item
     std::vector<RecordText> records;
     std::string fault;
 };
 
-// The digest of a whole item, whatever its kind.
+// Computes the digest of an item that is read as a file.
 class ItemDigest final : public ContentSink {
 public:
     bool bytes(std::span<const std::byte> piece) override
@@ -62,7 +62,7 @@ State stateOfRegistry(const OpenFile& data, const Item& item, const HistoryOptio
     RegistryValues values;
     const ContentReport content = readContent(data, item, values);
     if (!options.value) {
-        Item asFile = item;  // the digest is that of its text
+        Item asFile = item;  // the digest is that of the registry's text
         asFile.entry.kind = ItemKindFile;
         State state = stateOfFile(data, asFile);
         state.text = counted(content.keys, "key") + ", " + counted(content.values, "value") + ", " + state.text;
@@ -79,7 +79,7 @@ State stateOfRegistry(const OpenFile& data, const Item& item, const HistoryOptio
     return {"", {}, content.fault};
 }
 
-// Equal databases have the same text, whatever the order of their records is.
+// Returns a digest that is computed from the digests of a database's records. The order of the records has no effect.
 std::string digestOf(std::vector<Digest> records)
 {
     std::ranges::sort(records);
@@ -130,7 +130,7 @@ public:
             return report(set.trouble());
         State state = stateIn(set);
         if (!state.fault.empty())
-            return report(state.fault);  // what it was before still counts
+            return report(state.fault);  // the next set is compared with the state before the damage
         compare(state);
         last_ = std::move(state);
     }

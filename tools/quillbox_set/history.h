@@ -1,4 +1,4 @@
-// history.h - `quillbox-set history`: one item over several sets.
+// history.h - `quillbox-set history`: prints how one item changed over several sets.
 #pragma once
 
 #include "archive/set_search.h"
@@ -16,8 +16,9 @@ struct HistoryOptions {
     bool json = false;
 };
 
-// Prints when the item appeared, changed and vanished, in the order of the dates of the sets. Returns the exit code:
-// exitFaults also if no set has it. One state of the item is in memory, with the records that have the words.
+// Prints when the item appeared, changed and vanished, in the order of the sets' dates. Returns the exit code. If no
+// set has the item, it is exitFaults. Only the last state of the item is in memory, with the records that contain the
+// words.
 int showHistory(const archive::FoundSets& found, const HistoryOptions& options);
 
 }  // namespace quillbox_set

@@ -34,14 +34,14 @@ struct ItemRow {
     std::string kind;
     std::u16string name;
     DWORD packedBytes = 0;
-    std::optional<std::uint64_t> bytes;  // nothing if the stream is damaged, and unless the options ask for it
+    std::optional<std::uint64_t> bytes;  // nothing if the stream is damaged, or if the options don't ask for sizes
     ItemInside inside;
     bool isWhole = true;
 };
 
 std::optional<std::uint64_t> unpackedBytes(const OpenFile& data, const Item& item)
 {
-    Item asFile = item;  // its bytes count, not what they mean
+    Item asFile = item;  // so the content isn't interpreted
     asFile.entry.kind = ItemKindFile;
     ContentSink ignored;
     const ContentReport content = readContent(data, asFile, ignored);
@@ -62,7 +62,7 @@ ItemRow rowOf(const OpenFile& data, const Item& item, const ListingOptions& opti
     return row;
 }
 
-// An empty item has no ratio.
+// Returns "-" if the item is empty or its size isn't known.
 std::string ratioOf(const ItemRow& row)
 {
     if (row.bytes.value_or(0) == 0)
@@ -73,7 +73,7 @@ std::string ratioOf(const ItemRow& row)
     return text;
 }
 
-// One row of the table. `bytes` and `ratio` are printed only if the options ask for them.
+// Prints one row of the table. `bytes` and `ratio` are printed only if the options ask for them.
 void printCells(const std::string& kind, const std::string& packedBytes, const std::string& bytes,
                 const std::string& ratio, const std::string& name, const ListingOptions& options)
 {
@@ -107,7 +107,7 @@ Json jsonOf(const ItemRow& row, const ListingOptions& options)
     return json;
 }
 
-// Equal items stay in the order of the set.
+// Sorts the rows. Rows that are equal in this order stay in the order of the set.
 void sortRows(std::vector<ItemRow>& rows, ListOrder order)
 {
     if (order == ListOrder::ByName)
@@ -118,8 +118,8 @@ void sortRows(std::vector<ItemRow>& rows, ListOrder order)
         std::ranges::stable_sort(rows, std::greater(), &ItemRow::packedBytes);
 }
 
-// Calls print(row) for each item, in the order that the options ask for. Returns whether everything that was unpacked
-// is whole.
+// Calls print(row) for each item, in the order that the options ask for. Returns false if an item that was unpacked is
+// damaged.
 template <class Print>
 bool forEachRow(ListedSet& set, const OpenFile& data, const ListingOptions& options, const Print& print)
 {

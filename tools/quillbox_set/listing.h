@@ -9,10 +9,11 @@ enum class ListOrder { OfSet, ByName, BySize, ByPackedSize };
 
 struct ListingOptions {
     bool json = false;
-    bool sizes = false;   // also unpacked sizes
-    bool ratios = false;  // and the packed size in percent of them
+    bool sizes = false;   // also prints unpacked sizes
+    bool ratios = false;  // also prints the packed size in percent of the unpacked size
     bool inside = false;  // also what databases and the registry contain
-    // Any order but that of the set keeps a row for each item in memory. The largest item comes first.
+    // With any order except OfSet, a row for each item is in memory. BySize and ByPackedSize put the largest item
+    // first.
     ListOrder order = ListOrder::OfSet;
 };
 

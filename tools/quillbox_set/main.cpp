@@ -52,7 +52,7 @@ std::optional<database_formats::Format> formatOf(const Packing& packing)
     return packing.raw ? std::nullopt : database_formats::formatNamed(packing.format);
 }
 
-// Opens the set and runs `action` on it.
+// Opens the set and calls `action` with it.
 template <class Action>
 int onSet(const std::string& argument, const Action& action)
 {
@@ -160,7 +160,7 @@ void addSalvage(CLI::App& app, CommandLine& line)
         ->required();
     command->add_option("--list", options->lists, "a list file of that time (.QLT), also a cut one, for the names")
         ->type_name("OLD")
-        ->allow_extra_args(false);  // one after each --list
+        ->allow_extra_args(false);  // one path after each --list
     CLI::Option* set = command->add_option("--set", options->set, "also writes a new set: STEM.QLT and STEM.QDT")
                            ->type_name("STEM")
                            ->check(emptyFault);

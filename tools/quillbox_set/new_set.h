@@ -14,16 +14,16 @@ namespace quillbox_set {
 
 class NewSet {
 public:
-    // Notes a stream that can be unpacked whole, from `start` to before `end` in the data file. Returns an empty text,
-    // or why the item can't be in a sound set.
+    // Adds an item whose whole stream can be unpacked. The stream has the bytes from `start` up to, but not including,
+    // `end` in the data file. Returns an empty text, or why the item can't be in a sound set.
     std::string add(BYTE kind, const std::u16string& name, std::uint64_t start, std::uint64_t end);
 
     std::uint64_t items() const { return entries_.size(); }
     // The names of the items that the host couldn't read again. The set doesn't have them.
     const std::vector<std::u16string>& unreadable() const { return unreadable_; }
 
-    // Writes the set with its items in the order of their kinds. Neither of the two files may exist. Returns an empty
-    // text, or the reason of a failure; then there are no new files.
+    // Writes the set with its items in the order of their kinds. Neither the list file nor the data file may exist.
+    // Returns an empty text, or the reason of a failure. After a failure there are no new files.
     std::string write(const archive::OpenFile& data, const archive::MountedSet& target, const std::u16string& comment);
 
 private:

@@ -15,7 +15,7 @@ using namespace archive;
 
 namespace {
 
-// So many entries show whether a list agrees with the data file.
+// The number of entries that are tested to find out where in the data file a list belongs.
 constexpr std::size_t SampledEntries = 1000;
 
 bool isUndamaged(const ListEntry& entry)
@@ -67,7 +67,7 @@ OldEntry* OldLists::of(std::uint64_t start, std::uint64_t end, bool isWhole)
     return nullptr;
 }
 
-// Whether a stream begins at the offset, or the file ends there.
+// Returns whether a stream begins at the offset, or the file ends there.
 bool OldLists::isBoundary(std::uint64_t offset) const
 {
     if (offset == data_.size())

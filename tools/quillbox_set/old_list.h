@@ -1,4 +1,4 @@
-// old_list.h - the entries of lists that may belong to a data file, as far as they agree with it.
+// old_list.h - finds the entries that belong to the streams of a data file, in lists that may belong to that file.
 #pragma once
 
 #include "archive/listed_set.h"
@@ -22,17 +22,19 @@ class OldLists {
 public:
     explicit OldLists(const archive::OpenFile& data) : data_(data) {}
 
-    // Takes the undamaged entries. If the data file is longer than the list says, it may have been joined from several,
-    // and this one may be the last of them. Then the entries are moved if more of them agree with streams there.
+    // Adds the undamaged entries of the list. The data file can be longer than the largest end offset of these entries.
+    // Then it may consist of several data files, and the list may belong to the last one. In that case add() tests the
+    // first 1,000 entries at their own offsets and at offsets raised by the difference in length. If more entries match
+    // stream boundaries at the raised offsets, it raises the offsets of all entries.
     void add(archive::ListedSet& list);
-    // Call it after the last list.
+    // Sorts the entries and removes repeated ones. Call it after the last list.
     void sort();
 
-    // The entry of a stream that begins there. Null if there is none. A cut stream agrees with its entry if it doesn't
-    // reach beyond the entry's end, a whole one if it ends there.
+    // Returns the entry of the stream from `start` to `end`, or null if there is none. The entry must begin at `start`.
+    // The entry of a whole stream must end at `end`. The entry of a cut stream may also end after `end`.
     OldEntry* of(std::uint64_t start, std::uint64_t end, bool isWhole);
 
-    // Whether a list has an item of this kind and name, so that it is no other stream's name.
+    // True if a list has an item of this kind and name. Then no other stream may get this name.
     bool hasName(BYTE kind, std::u16string_view name) const { return names_.has(kind, name); }
 
     const std::vector<OldEntry>& entries() const { return entries_; }

@@ -32,7 +32,7 @@ int pruneSets(const FoundSets& found, const KeepRules& rules, bool dryRun, bool 
 {
     int code = reportFaults(found);
     if (code != exitGood)
-        return code;  // sets that couldn't be seen could be newer
+        return code;  // a set that wasn't found could be the newest
     Progress progress(found.sets.size());
     const std::vector<JudgedSet> judged = judgeSets(found.sets, rules, progress);
     progress.clear();

@@ -19,7 +19,8 @@ using namespace archive;
 
 namespace {
 
-// Whether the bytes can be the head of a database image. Few other files begin like this, so few are read twice.
+// Returns whether the bytes can be the head of a database image. Such a stream is read a second time. Few other files
+// begin like an image, so few are read twice for nothing.
 bool looksLikeImage(std::span<const std::byte> head)
 {
     DWORD nameBytes = 0;
@@ -104,7 +105,7 @@ void RecoveredItems::end(const FoundStream& stream)
         item.name = content.kind == ItemKindDatabase ? content.image.name : u"registry";
     }
     item.damage = content.fault + (content.format() ? "" : "; its image is kept as it is");
-    // A copy of an item that a list names must not take its name.
+    // If a list names an item, another stream with a copy of that item must not get the name.
     const bool isNamed = entry || !lists_.hasName(item.kind, item.name);
     write(item, content, isNamed);
     addToSet(item, isNamed);
@@ -113,8 +114,10 @@ void RecoveredItems::end(const FoundStream& stream)
     report_.add(item);
 }
 
-// `claimed` is the kind that a list says; 0 if there is none. A whole file that only begins like a database is a file.
-// A damaged one counts as a database if it has complete records and a name as databases have it.
+// Returns what the content of the stream is. `claimed` is the kind in the entry of a list, or 0 without an entry.
+// Content can begin like a database or a registry but have a fault. Then it keeps that kind only if the entry claims
+// the kind or the stream isn't whole. A database with a fault must also have a complete record. Without an entry, its
+// name must also be printable. All other content is a file.
 RecoveredItems::Content RecoveredItems::contentOf(const FoundStream& stream, BYTE claimed)
 {
     const OpenFile* const file = sound_ ? sound_->finish() : nullptr;
@@ -143,7 +146,7 @@ void RecoveredItems::write(RecoveredItem& item, const Content& content, bool isN
     const std::u16string known = isNamed ? knownTarget(item, content) : u"";
     if (!known.empty())
         writeTo(known, item, content);
-    // The host can't have a file with that name, or it has one.
+    // The item has no usable path of its own, or the file couldn't be written to that path.
     if (item.target.empty())
         writeTo(newTarget(content), item, content);
 }
@@ -170,7 +173,7 @@ void RecoveredItems::writeTo(const std::u16string& target, RecoveredItem& item, 
     targets_.add(0, target);
 }
 
-// Empty if the item has no name of its own, or nothing can be written there.
+// Returns the path that follows from the item's name. Empty if the item has no name, or if the path can't be used.
 std::u16string RecoveredItems::knownTarget(const RecoveredItem& item, const Content& content) const
 {
     if (item.name.empty())

@@ -1,5 +1,6 @@
-// recovered_items.h - writes the streams that are found in a data file as files: databases as JSON lines, the registry
-// as a .reg file, all others as they were. A database with a record that is too large stays an image.
+// recovered_items.h - writes the streams that are found in a data file as files. Databases become JSON lines, the
+// registry becomes a .reg file, and all other streams are only unpacked. A database with a record that is too large
+// stays an image.
 #pragma once
 
 #include "archive/growing_file.h"
@@ -20,12 +21,12 @@
 
 namespace quillbox_set {
 
-// Which items the new set takes.
+// Which items the new set gets.
 enum class Wanted { Nothing, Complete, CompleteAndUnproven };
 
 class RecoveredItems final : public archive::ScanSink {
 public:
-    // The folder for the files is the root of the name space.
+    // The platform's root folder must be the folder for the files.
     RecoveredItems(const archive::OpenFile& data, const archive::MountedSet& mounted, OldLists& lists, Wanted wanted,
                    RecoveryReport& report);
 
@@ -42,7 +43,8 @@ private:
         std::string fault;           // by the rules of its kind. Empty if it is sound.
         archive::ImageReport image;  // of a database
 
-        // Nothing if the bytes are written as they are. A record can be too large to convert it.
+        // The format to convert a database to. Nothing if a record is too large to be converted; then the bytes are
+        // written as they are.
         std::optional<database_formats::Format> format() const;
     };
 
@@ -64,9 +66,9 @@ private:
     archive::NameSet targets_;
     unsigned numbered_ = 0;
     std::optional<archive::GrowingFile> file_;  // the raw bytes of the current stream
-    std::vector<std::byte> head_;               // the first of them
-    // Its sound bytes as a stream of its own, if it may be a database or the registry. So a damaged one can be read by
-    // the functions for sound ones, up to the damage.
+    std::vector<std::byte> head_;               // the first raw bytes of the current stream
+    // The sound bytes of the current stream, packed into a new undamaged stream. So the functions for sound streams can
+    // read the content of a damaged stream up to the damage. Null unless the content may be a database or the registry.
     std::optional<SoundStream> sound_;
     archive::Progress progress_{1};
 };

@@ -48,7 +48,7 @@ std::string path(const std::u16string& target)
     return shown;
 }
 
-// "offset 17, 40 bytes packed"
+// Returns a text such as "offset 17, 40 bytes packed".
 std::string place(std::uint64_t start, std::uint64_t end)
 {
     return "offset " + std::to_string(start) + ", " + counted(end - start, "byte") + " packed";
@@ -61,7 +61,7 @@ std::string padded(std::string word)
     return word;
 }
 
-// What is missing of a partial item.
+// Returns what is missing of a partial item.
 std::string damageOf(const RecoveredItem& item)
 {
     const FoundStream& stream = item.stream;

@@ -22,7 +22,7 @@ struct RecoveredItem {
     archive::FoundStream stream;
     Recovery state = Recovery::Partial;
     BYTE kind = 0;
-    std::u16string name;      // from a list, or of a database from its image. Empty if it isn't known.
+    std::u16string name;      // from a list, or for a database from its image; empty if unknown
     std::u16string target;    // path below the folder. Empty if nothing was written.
     std::uint64_t bytes = 0;  // of the file that was written
     std::string damage;       // what is wrong with the content of a database or of the registry
@@ -30,18 +30,18 @@ struct RecoveredItem {
     std::string notInSet;     // why it isn't in the new set
 };
 
-// What became of the new set. All is empty if none was wanted.
+// The result for the new set. All members are empty if no new set was wanted.
 struct NewSetResult {
     std::string path;                        // of its list. Empty if it wasn't written.
     std::string summary;                     // a sentence for people
-    std::vector<std::u16string> unreadable;  // names of the items that it lacks, because they couldn't be read again
+    std::vector<std::u16string> unreadable;  // names of items that are missing, because they couldn't be read again
 };
 
 struct RecoveryCounts {
     std::uint64_t complete = 0;
     std::uint64_t unproven = 0;
     std::uint64_t partial = 0;
-    std::uint64_t lost = 0;    // entries of a list with no stream
+    std::uint64_t lost = 0;    // entries of a list for which no stream was found
     std::uint64_t failed = 0;  // items that couldn't be written
 };
 
@@ -53,10 +53,10 @@ public:
     RecoveryReport(const std::string& file, const std::string& folder, bool json);
 
     void add(const RecoveredItem& item);
-    // The entry of a list that agrees with no stream.
+    // Adds an entry of a list for which no stream was found.
     void addLost(const OldEntry& entry);
 
-    // Moves recovered.txt to its place. Returns an empty text, or the reason of a failure.
+    // Completes the report and writes recovered.txt. Returns an empty text, or the reason of a failure.
     std::string finish(const archive::ScanTotals& totals, const NewSetResult& set);
 
     const RecoveryCounts& counts() const { return counts_; }

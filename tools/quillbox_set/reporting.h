@@ -1,4 +1,4 @@
-// reporting.h - writes a page about several sets.
+// reporting.h - `quillbox-set report`: writes a page about several sets.
 #pragma once
 
 #include "archive/set_search.h"
@@ -8,7 +8,7 @@
 namespace quillbox_set {
 
 // Writes the page to `output` (see archive/host_output.h), and a line about it to standard output. Returns the exit
-// code: 1 also if a set is damaged. Without any set there is no page.
+// code. It is 1 if a set is damaged. If there is no set, no page is written.
 int writeReport(const archive::FoundSets& found, const std::string& output, bool force);
 
 }  // namespace quillbox_set

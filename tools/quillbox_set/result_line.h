@@ -12,20 +12,21 @@
 
 namespace quillbox_set {
 
-// Bytes of the host as the text of a JSON value. Bytes that aren't UTF-8 become U+FFFD when it is printed.
+// Returns a JSON text with bytes of the host. When the text is printed, bytes that aren't UTF-8 become U+FFFD.
 nlohmann::ordered_json jsonText(std::string_view bytes);
 
-// Prints the object in one line, after the version (json_list.h), or the text, which must be safe to print. The first
-// line is passed on at once, and further ones every 20 ms, so that a reader of a pipe sees results as they are found.
+// With `json`, prints the version (json_list.h) and the fields of the object in one line. Otherwise prints the text,
+// which must be safe to print. The first line is flushed at once, and later lines at most every 20 ms. So a reader of a
+// pipe sees results as they are found.
 void printResult(bool json, const nlohmann::ordered_json& object, const std::string& text);
 
 // Prints a message on standard error. Returns exitNoSet.
 int reportTrouble(const std::string& text);
 
-// Names on standard error what the text of a database doesn't have, if there is anything.
+// If the text of a database leaves something out, says so on standard error.
 void reportLeftOut(std::u16string_view database, const database_formats::LeftOut& leftOut);
 
-// Prints what the search didn't find. Returns the exit code for it.
+// Prints the faults of the search. Returns exitNoSet if there is one, otherwise exitGood.
 int reportFaults(const archive::FoundSets& found);
 
 }  // namespace quillbox_set

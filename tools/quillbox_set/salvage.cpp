@@ -32,7 +32,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What is known before the data file is read. The mounts end after everything that is open.
+// The sets of one call of `salvage`, and the folders that are mounted for them. Declare the Work before each OpenFile.
+// The files are then closed before the folders are unmounted.
 struct Work {
     SetFiles files;
     SetFiles newFiles;
@@ -47,7 +48,8 @@ bool exists(const std::string& folder, const std::string& name)
     return fs::symlink_status(fs::path(folder) / name, error).type() != fs::file_type::not_found;
 }
 
-// The folder for the files. The destructor deletes what was made of it and is still empty, also after a stop.
+// The folder for the files. The constructor makes missing folders of its path. The destructor deletes those of the new
+// folders that are still empty. It also runs after a signal.
 class TargetFolder {
 public:
     explicit TargetFolder(const std::string& folder)
@@ -75,7 +77,7 @@ public:
             (void)::rmdir(path.c_str());  // fails if it isn't empty
     }
 
-    // Empty, or why it can't be used.
+    // Why the folder can't be used. Empty if it can.
     const std::string& trouble() const { return trouble_; }
 
 private:
@@ -83,7 +85,7 @@ private:
     std::vector<fs::path> made_;  // the innermost one first
 };
 
-// Nothing of the new set may exist, so it is checked before the long work.
+// Checks before the long work that no file of the new set exists. Returns an empty text, or the reason of a failure.
 std::string prepareSet(const SalvageOptions& options, Work& work)
 {
     if (options.set.empty())

@@ -1,4 +1,4 @@
-// salvage.h - `quillbox-set salvage`: gets items back out of a data file whose list is lost, or that is damaged.
+// salvage.h - `quillbox-set salvage`: recovers items from a data file that is damaged or whose list is lost.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@ namespace quillbox_set {
 
 struct SalvageOptions {
     std::string file;                // the data file
-    std::string folder;              // where the files go; missing or empty
-    std::vector<std::string> lists;  // list files that may belong to it
+    std::string folder;              // for the files; it must be missing or empty
+    std::vector<std::string> lists;  // list files that may belong to the data file
     std::string set;                 // path of a new set without its ending. Empty: none.
-    bool unproven = false;           // the new set also takes what is whole but unproven
+    bool unproven = false;           // the new set also gets whole streams that aren't proven (stream_proof.h)
     bool json = false;
 };
 

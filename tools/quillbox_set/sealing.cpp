@@ -34,7 +34,7 @@ Outcome seal(const SetFiles& files, bool force)
         return {true, "is sealed already"};
     if (old.isSealed && !force)
         return {false, old.faults.front() + " (--force seals it again)"};
-    // The digests are taken first, so that a change during the check can't get a seal.
+    // The digests are computed before the check. So they never include a change that was made during the check.
     const auto digests = digestsOf(set.mounted());
     const std::string fault = firstFaultOf(set, SealUse::Ignored);
     if (!fault.empty() || !digests)

@@ -38,7 +38,7 @@ struct SetRow {
     std::string dataFault;
 };
 
-// Nothing if the list file can't be read. Standard error says why.
+// Returns nothing if the list file can't be read, and prints the reason on standard error.
 std::optional<SetRow> rowOf(MountedSet mounted, FolderNames& names, const std::string& name)
 {
     const auto files = findSet(names, name);

@@ -5,7 +5,8 @@
 
 namespace quillbox_set {
 
-// Prints the path of the list file and the first line of the comment for each set. Returns the exit code.
+// Prints a line for each set: the path of the list file, the first line of the comment, the number of items, and the
+// size of the data file. Returns the exit code.
 int listSets(const archive::SetFolder& folder, bool json);
 
 }  // namespace quillbox_set

@@ -13,15 +13,15 @@ namespace quillbox_set {
 
 class SoundStream {
 public:
-    // The file is in the root of the name space. The destructor deletes it.
+    // Makes the file in the platform's root folder. The destructor deletes the file.
     SoundStream();
 
-    // At most RawBlockBytes.
+    // Adds a block of at most RawBlockBytes.
     void add(std::span<const std::byte> raw);
     // Closes the stream. Returns the file, or null if it couldn't be written.
     const archive::OpenFile* finish();
 
-    // An item whose stream it is.
+    // Returns an item of this kind whose stream is the whole file.
     archive::Item item(BYTE kind) const;
 
 private:

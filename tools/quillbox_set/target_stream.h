@@ -8,7 +8,8 @@
 
 namespace quillbox_set {
 
-// For a std::ostream. The stream fails once a write to the file has failed. Flush it after the last output.
+// A buffer for a std::ostream. After a write to the file has failed, output to the stream fails. Flush the stream after
+// the last output.
 class TargetBuffer final : public std::streambuf {
 public:
     explicit TargetBuffer(archive::GrowingFile& target);

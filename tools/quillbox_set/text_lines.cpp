@@ -17,7 +17,8 @@ constexpr std::string_view Mark8 = "\xEF\xBB\xBF";
 constexpr std::string_view Mark16Little = "\xFF\xFE";
 constexpr std::string_view Mark16Big = "\xFE\xFF";
 
-// A text in Western languages has a NUL in every second byte, and none in the others.
+// Returns the name of the encoding, or null. In UTF-16, a text in a Western language has NULs in every second byte, and
+// no NULs in the other bytes.
 const char* encodingOfUtf16(std::string_view piece)
 {
     std::size_t nuls[2] = {};
@@ -35,7 +36,8 @@ bool isControl(char c)
     return code < 0x20 && std::string_view("\t\n\r\f\x1A\x1B").find(c) == std::string_view::npos;
 }
 
-// The bytes of a character of UTF-8 that begins with this byte. 0 if no longer character does.
+// Returns the length of the UTF-8 character that begins with this byte. Returns 0 if no character of more than one byte
+// begins with it.
 std::size_t lengthFrom(char lead)
 {
     const auto code = static_cast<unsigned char>(lead);
@@ -47,7 +49,7 @@ bool isContinuation(char c)
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
 }
 
-// The piece may end inside a character.
+// Returns whether the piece is UTF-8. The piece may end inside a character.
 bool isUtf8(std::string_view piece)
 {
     std::size_t cut = 0;
@@ -57,7 +59,7 @@ bool isUtf8(std::string_view piece)
     return database_formats::isValidUtf8(piece.substr(0, piece.size() - cut));
 }
 
-// Null if the file isn't a text.
+// Returns the name of the encoding for iconv. Returns null if the file isn't a text.
 const char* encodingOf(std::string_view piece)
 {
     if (piece.starts_with(Mark16Little))

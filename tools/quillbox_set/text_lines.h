@@ -11,18 +11,22 @@
 
 namespace quillbox_set {
 
-// UTF-8, UTF-16 (also without a byte order mark) and Windows-1252. A file with other control characters than those of
-// texts isn't a text. The memory depends on the longest line, but a line of more than 1 MiB is passed on in parts.
+// Reads UTF-8, UTF-16 (also without a byte order mark) and Windows-1252. The bytes of the first call of add() decide
+// whether the file is a text. Bytes with a UTF-16 byte order mark are always a text. Other bytes that contain NULs must
+// be UTF-16. Bytes without NULs must not contain control characters that texts don't have.
+//
+// The object keeps the present line in memory, as UTF-16. When 1 MiB of a line is in memory, the object passes this
+// part to the sink and goes on with the rest of the line.
 class TextLines {
 public:
-    // Receives a line without its end, and its number from 1.
+    // Receives a line, or a part of a long line, without the line end. The number of the first line is 1.
     using Sink = std::function<void(std::u16string_view line, std::uint64_t number)>;
 
     explicit TextLines(Sink sink) : sink_(std::move(sink)) {}
 
-    // The next bytes of the file. False if it isn't a text; nothing more can be added then.
+    // Adds the next bytes of the file. Returns false if the file isn't a text. Then nothing more can be added.
     [[nodiscard]] bool add(std::span<const std::byte> piece);
-    // The end of the file.
+    // Call it at the end of the file.
     void finish();
 
 private:

@@ -1,4 +1,4 @@
-// text_patch.h - two text files of sets as a unified diff.
+// text_patch.h - returns the differences of two text files of sets as a unified diff.
 #pragma once
 
 #include "archive/item_content.h"
@@ -12,7 +12,8 @@ struct FileInSet {
     const archive::Item& item;
 };
 
-// Both files are in memory. A line in parentheses if one of them isn't a text, or is too large.
+// Reads both files into memory. If one of them isn't a text or is too large, returns a line in parentheses that says
+// so.
 std::string textPatch(const FileInSet& older, const FileInSet& newer);
 
 }  // namespace quillbox_set

@@ -22,7 +22,7 @@ constexpr DWORD TypeText = 1;
 constexpr DWORD TypeExpandedText = 2;
 constexpr DWORD TypeSeveralTexts = 7;
 
-// A text of the registry, with its NULs as blanks. Empty for another type.
+// Returns the text of a registry value, with blanks in place of NULs. Empty for a value that is no text.
 std::u16string textOf(DWORD type, std::span<const std::byte> data)
 {
     std::u16string text;
@@ -57,7 +57,7 @@ void TextSearch::line(std::u16string_view text, std::uint64_t number)
         found_("line " + std::to_string(number) + ": " + onScreen(text.substr(0, ShownUnits)), {{"line", number}});
 }
 
-// An image has the last record first. The number that is shown counts as the database does.
+// The output has the record's number in the database. It must be computed, because an image has the last record first.
 void TextSearch::record(unsigned number, std::span<const CEPROPVAL> properties)
 {
     words_.begin();
@@ -94,7 +94,8 @@ bool TextSearch::key(const platform::registry::KeyPath& path)
     return true;
 }
 
-// The words can be spread over the key, the name and the text. Values of a key that has all words aren't repeated.
+// The words can be spread over the key, the name and the text. If the key alone has all words, its values aren't
+// printed.
 bool TextSearch::value(std::u16string_view name, DWORD type, std::span<const std::byte> data)
 {
     if (keyHasAll_)

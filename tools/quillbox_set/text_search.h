@@ -14,10 +14,10 @@ namespace quillbox_set {
 
 class TextSearch final : public archive::ContentSink {
 public:
-    // Receives where the words are: "record 3: LastName, FirstName", "line 12: ...", and the same as an object.
+    // Receives where the words are, as a text ("record 3: LastName, FirstName", "line 12: ...") and as a JSON object.
     using Found = std::function<void(const std::string& text, const nlohmann::ordered_json& inside)>;
 
-    // For one item. The words stay the caller's.
+    // Searches one item. `words` must exist as long as this object.
     TextSearch(Words& words, Found found);
 
     // Call it after the content.

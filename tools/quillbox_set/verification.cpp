@@ -43,7 +43,7 @@ Json asJson(const Item* item, const std::string& reason, bool isWarning)
     return fault;
 }
 
-// "Sound: 3 items, 1 warning, not sealed."
+// Returns a text such as "Sound: 3 items, 1 warning, not sealed."
 std::string summary(const SetState& state)
 {
     std::string text = state.isSound() ? "Sound: " : "Unsound: " + counted(state.faults, "fault") + " in ";
@@ -53,7 +53,7 @@ std::string summary(const SetState& state)
     return text + (state.isSealed ? ", sealed." : ", not sealed.");
 }
 
-// The faults of one set alone: lines, or the elements of a JSON array.
+// Prints the faults of a single set, as lines or as the elements of a JSON array.
 class OneReport final : public CheckSink {
 public:
     OneReport(Progress& progress, bool json, std::uint64_t dataBytes) : progress_(progress), dataBytes_(dataBytes)
@@ -93,7 +93,7 @@ private:
     std::optional<JsonList> list_;
 };
 
-// The faults of one of several sets, each with the path of the set.
+// Prints the faults of one of several sets, each fault with the path of the set.
 class LineReport final : public CheckSink {
 public:
     LineReport(Progress& progress, const std::string& path, bool json) : progress_(progress), path_(path), json_(json)

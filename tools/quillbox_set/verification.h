@@ -1,4 +1,4 @@
-// verification.h - `quillbox-set verify`.
+// verification.h - `quillbox-set verify`: checks sets and prints their faults.
 #pragma once
 
 #include "archive/set_search.h"
@@ -8,7 +8,8 @@ namespace quillbox_set {
 // Prints each fault with its item, and a summary. Returns the exit code.
 int verifySet(const archive::SetFiles& files, bool json);
 
-// The same for several sets: each fault with its set, and a line for each set. JSON is one object a line.
+// Does the same for several sets. Prints each fault with the path of its set, and a line for each set. JSON output is
+// one object a line.
 int verifySets(const archive::FoundSets& found, bool json);
 
 }  // namespace quillbox_set

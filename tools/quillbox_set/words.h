@@ -14,9 +14,9 @@ public:
 
     bool isEmpty() const { return words_.empty(); }
 
-    // Forgets the parts.
+    // Begins a new text and forgets the parts of the previous text.
     void begin();
-    // Whether a word is in this part that was in none before.
+    // Adds a part. Returns true if the part contains a word that no earlier part contains.
     bool add(std::u16string_view part);
     // Whether the parts together have all words.
     bool areAllFound() const { return found_ == words_.size(); }
