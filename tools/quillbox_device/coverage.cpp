@@ -31,8 +31,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Compares the files of one set with those of the device, byte for byte, while the set is checked. Its databases and
-// its registry are collected for a comparison afterwards.
+// Compares the files of one set with those of the device, byte for byte, while the set is checked. Collects the
+// databases and the registry of the set, which are compared afterwards.
 class SetComparison final : public CheckSink {
 public:
     SetComparison(const DeviceFiles& files, const std::vector<bool>& isCovered, DeviceContent& content,
@@ -60,7 +60,7 @@ public:
     bool bytes(std::span<const std::byte> piece) override
     {
         if (!file_ || !isEqual_)
-            return true;  // the set is still checked
+            return true;  // goes on, so that the whole set is checked
         buffer_.resize(std::max(buffer_.size(), piece.size() + 1));
         isEqual_ = readUpTo(piece.size()) && std::memcmp(buffer_.data(), piece.data(), piece.size()) == 0;
         return true;
@@ -87,7 +87,7 @@ public:
         opened_ = {};
     }
 
-    // The files of the device that the set holds, if it is sound.
+    // The files of the device that the set contains, if the set is sound.
     const std::vector<std::size_t>& equal() const { return equal_; }
 
 private:
@@ -109,7 +109,7 @@ private:
     const std::vector<bool>& isCovered_;
     DeviceContent& content_;
     Progress& progress_;
-    std::optional<std::size_t> file_;  // that is compared
+    std::optional<std::size_t> file_;  // the file that is compared now
     platform::host::Descriptor opened_;
     bool isEqual_ = false;
     std::vector<std::byte> buffer_;
@@ -173,7 +173,8 @@ public:
 private:
     bool isComplete() const { return content_.isCovered() && std::ranges::find(isCovered_, false) == isCovered_.end(); }
 
-    // Erasing the device would erase such a set.
+    // Returns whether the set is stored on the device. Erasing the device would erase such a set too, so it doesn't
+    // count.
     bool isOnDevice(const SetFiles& set) const
     {
         std::error_code error;
@@ -221,7 +222,7 @@ private:
     DeviceContent content_;
     std::vector<bool> isCovered_;  // for each file
     Report report_;
-    std::vector<std::pair<Json, std::string>> summary_;  // of each set that holds something
+    std::vector<std::pair<Json, std::string>> summary_;  // one for each set that contains something of the device
 };
 
 }  // namespace

@@ -1,4 +1,4 @@
-// coverage.h - `quillbox-device covered`: whether sound sets hold everything that a device has.
+// coverage.h - `quillbox-device covered`: checks whether sound sets contain everything that a device has.
 #pragma once
 
 #include <filesystem>
@@ -7,9 +7,9 @@
 
 namespace quillbox_device {
 
-// Compares every file, record and registry value of the device with what is in sound sets, the newest first, and prints
-// what no set holds, and how much each set holds, as lines or as one JSON object. Nothing on the device is changed.
-// Returns exitGood if everything is covered, otherwise exitFailed. Throws a Failure.
+// Compares every file, record and registry value of the device with the content of the sound sets, the newest set
+// first. Prints what no set contains and how much each set contains, as lines or as one JSON object. Changes nothing on
+// the device. Returns exitGood if everything is covered, otherwise exitFailed. Throws a Failure.
 int showCoverage(const std::filesystem::path& device, const std::vector<std::string>& where, bool recursive, bool json);
 
 }  // namespace quillbox_device

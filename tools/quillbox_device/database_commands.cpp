@@ -35,7 +35,7 @@ void exportOne(const StoredDatabase& database, database_formats::DatabaseWriter&
         WORD count = 0;
         while (CeReadRecordProps(opened.handle(), CEDB_ALLOWREALLOC, &count, nullptr, &block.bytes, &block.size) != 0) {
             archive::checkStop();
-            if (count != 0)  // no reader takes a record without properties
+            if (count != 0)  // no reader accepts a record without properties
                 writer.add({reinterpret_cast<const CEPROPVAL*>(block.bytes), count});
         }
         if (GetLastError() != ERROR_NO_MORE_ITEMS)

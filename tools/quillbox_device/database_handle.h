@@ -1,4 +1,4 @@
-// database_handle.h - owners of what a walk through the records of a database on the open device needs.
+// database_handle.h - classes for reading all records of a database of the open device: its handle, and the memory.
 #pragma once
 
 #include "failure.h"
@@ -24,7 +24,7 @@ public:
     ~DatabaseHandle() { (void)close(); }
 
     HANDLE handle() const { return handle_; }
-    // False if the store has lost something that was written.
+    // Returns false if the store has lost something that was written.
     [[nodiscard]] bool close() { return CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE)) != 0; }
 
 private:

@@ -21,7 +21,8 @@ using screen_text::onScreen;
 namespace {
 
 constexpr std::size_t MostDatabases = 0xFFFF;
-// A longer time saves little more, and the log beside the database would grow.
+// The time for which one transaction gathers changes. A longer time would save little, and the log beside the database
+// would grow.
 constexpr std::chrono::milliseconds GatheredTime(500);
 
 std::string inQuotes(const std::u16string& name)
@@ -53,8 +54,8 @@ CEOID made(DatabaseHead head)
     return oid;
 }
 
-// The name of the device's database of this type: the usual name if a database has it, otherwise that of the only
-// database of the type. Without a database of the type: the usual name.
+// Returns the usual name `head.name` if a database of this type has it. Otherwise returns the name of the only database
+// of this type. If the device has none, returns the usual name.
 std::u16string onlyOneOfType(const DatabaseHead& head)
 {
     std::u16string name;
@@ -86,7 +87,7 @@ std::size_t DatabaseImport::begin(const DatabaseHead& found)
     gatherChanges();
     if (databases_.size() == MostDatabases)
         throw FormatFault("the file has more than 65535 databases");
-    // In a format with heads the records of a database follow its head, so the one before it is complete.
+    // In a format with heads, the records of a database follow its head. So the previous database is complete.
     if (formatHasHeads_ && !databases_.empty())
         complete(databases_.back());
     DatabaseHead head = destination(found);
@@ -137,7 +138,8 @@ void DatabaseImport::finish()
     storeChanges();
 }
 
-// One transaction for many databases, because each one takes as long as some records do.
+// Ending a transaction takes as long as storing some records. So one transaction contains all changes of GatheredTime,
+// even if they belong to many databases.
 void DatabaseImport::gatherChanges()
 {
     const auto now = std::chrono::steady_clock::now();
@@ -196,7 +198,8 @@ void DatabaseImport::refuseIfUnusable(const std::u16string& wantedName, const St
                           ", but the records in the file are of type " + std::to_string(typeInFile));
 }
 
-// The head of the database to import into. The device's database of contacts can have another name than the usual one.
+// Returns the head of the database to import into. For example, the device's database of contacts can have another name
+// than the usual one.
 DatabaseHead DatabaseImport::destination(DatabaseHead head) const
 {
     if (name_) {

@@ -138,7 +138,8 @@ void addCard(const fs::path& device, const std::string& name, const fs::path& fo
     const ExtraFolder added{name, fs::absolute(folder).lexically_normal(), !plainFolder, capacity};
     if (!fs::is_directory(folder))
         throw Failure("\"" + folder.string() + "\" is not a folder.");
-    // Opening the device with the folder checks everything that a start checks, before the device remembers the folder.
+    // Opens the device with the added folder, which makes all checks of a normal start. Only then is the folder stored
+    // on the device.
     openExisting(device).reset();
     const auto tried = platform::device::openDevice(device, {added}, false);
     if (!tried.device)

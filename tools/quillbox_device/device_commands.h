@@ -1,5 +1,5 @@
-// device_commands.h - the commands that show a device, make one, and change the folders that it shows. Each of them
-// throws a Failure.
+// device_commands.h - the commands that show a device, make one, and change the folders that the device shows. A
+// command that fails throws a Failure.
 #pragma once
 
 #include <cstdint>
@@ -9,14 +9,14 @@
 
 namespace quillbox_device {
 
-// Prints what the device holds, as text or as a JSON object.
+// Prints what the device contains, as text or as a JSON object.
 void show(const std::filesystem::path& device, bool json);
 
-// Makes a device of a folder that is missing or empty. `demonstration`: with sample content.
+// Makes a device in a folder that is missing or empty. With `demonstration`, the device gets sample content.
 void init(const std::filesystem::path& device, bool demonstration);
 
-// Folders of the host that the device shows in its root at every start. `capacity` is in bytes. A plain folder isn't a
-// card. `removeCard` leaves the folder's content as it is.
+// These commands list, add and remove folders of the host that the device shows in its root at every start. `capacity`
+// is in bytes. With `plainFolder`, the folder isn't a card. removeCard() leaves the content of the folder as it is.
 void listCards(const std::filesystem::path& device, bool json);
 void addCard(const std::filesystem::path& device, const std::string& name, const std::filesystem::path& folder,
              std::optional<std::uint64_t> capacity, bool plainFolder);

@@ -161,10 +161,10 @@ DeviceContent::Database* DeviceContent::named(std::u16string_view name)
     return found == databases_.end() ? nullptr : &*found;
 }
 
-// The titles of the first ones.
+// Returns the titles of the first records that no set holds.
 std::vector<std::string> DeviceContent::uncoveredTitles(const Database& database) const
 {
-    // Of equal records only as many are reported as no set holds.
+    // If the device has several equal records and the sets hold some of them, only the rest is reported.
     std::vector<Digest> open = database.uncovered;
     RecordCollector collector([&](const Digest& digest, std::span<const CEPROPVAL>) {
         const auto found = std::ranges::lower_bound(open, digest);

@@ -1,4 +1,4 @@
-// device_content.h - the records and the registry values of the open device, and which of them sound sets hold.
+// device_content.h - finds out which records and registry values of the open device are contained in sound sets.
 #pragma once
 
 #include "archive/record_changes.h"
@@ -16,20 +16,21 @@
 
 namespace quillbox_device {
 
-// How many records, and keys and values, of the device a set holds.
+// How much of the device's content a set contains. `places` is the number of keys and values of the registry that no
+// earlier set contains.
 struct HeldContent {
     std::size_t records = 0;
     std::size_t places = 0;
 };
 
-// Keeps in memory a digest for each record, and the registry with short values.
+// Stores in memory a digest for each record, and the registry with long values shortened.
 class DeviceContent {
 public:
     // Throws a Failure.
     void readDevice();
 
-    // The content of one set is passed on between beginSet() and takeSet(), in the order of its items. Only takeSet()
-    // makes it count, so don't call it for an unsound set.
+    // Call the functions from beginSet() to takeSet() with the content of one set, in the order of its items. Only
+    // takeSet() makes this content count as contained in a set. So don't call takeSet() for an unsound set.
     void beginSet();
     void beginDatabase();
     void head(const archive::ImageReport& image);
@@ -41,14 +42,14 @@ public:
     {
         return registry_->value(name, type, data);
     }
-    // Returns what of it the device has.
+    // Returns how much of the device's content the set holds.
     HeldContent takeSet();
 
     bool isCovered() const;
 
     // Reports each record, value and database that no set holds. Returns their number.
     std::uint64_t reportUncovered(Report& report) const;
-    // Reports what a set can't hold.
+    // Reports which values of the device a set can't hold.
     void reportNotes(Report& report) const;
 
 private:
@@ -58,7 +59,7 @@ private:
         DWORD type = 0;
         std::vector<std::pair<CEPROPID, DWORD>> sortOrders;
         std::vector<archive::Digest> records;    // sorted
-        std::vector<archive::Digest> uncovered;  // those that no set holds as often
+        std::vector<archive::Digest> uncovered;  // records that occur here more often than in any set
         bool isHeld = false;                     // a set has a database of this name, type and sort orders
     };
     // A database of the set.
@@ -75,8 +76,8 @@ private:
     std::uint64_t reportDatabase(const Database& database, Report& report) const;
 
     std::vector<Database> databases_;
-    std::map<archive::RegistryPlace, std::string> registryOpen_;  // what no set holds yet
-    std::uint64_t valuesNotKept_ = 0;                             // of types that an image has no value for
+    std::map<archive::RegistryPlace, std::string> registryOpen_;  // keys and values that no set holds yet
+    std::uint64_t valuesNotKept_ = 0;                             // values of types that an image can't hold
 
     std::unique_ptr<archive::RecordCollector> database_;  // of the set
     std::u16string databaseName_;

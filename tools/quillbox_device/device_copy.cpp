@@ -18,10 +18,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The database and the log of what was changed last.
+// The database, and the log that has the latest changes.
 constexpr const char* Copied[] = {"device.db", "device.db-wal"};
 
-// Quillbox holds this lock alone while it runs. A shared one keeps it from starting, and needs no right to write.
+// Locks device.lock in shared mode, which needs no write permission. Quillbox has an exclusive lock on this file while
+// it is open, so the shared lock keeps it from starting. Returns no open descriptor if the file is missing.
 platform::host::Descriptor lock(const fs::path& device)
 {
     platform::host::Descriptor opened(::open((device / "device.lock").c_str(), O_RDONLY | O_CLOEXEC));

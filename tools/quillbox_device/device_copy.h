@@ -1,4 +1,4 @@
-// device_copy.h - the databases and the registry of a device, opened without a change to the device.
+// device_copy.h - opens the databases and the registry of a device without changing the device.
 #pragma once
 
 #include "archive/temporary_folder.h"
@@ -9,8 +9,9 @@
 
 namespace quillbox_device {
 
-// Locks the device against Quillbox, copies its database to a folder for temporary files, and opens the copy. The calls
-// of the store and of the registry then read it. The destructor closes and deletes the copy.
+// Locks the device so that Quillbox can't start on it, copies its database to a folder for temporary files, and opens
+// the copy. From then on the calls of the store and of the registry read the copy. The destructor closes and deletes
+// the copy.
 class DeviceCopy {
 public:
     // Throws a Failure, or a std::runtime_error if temporary files can't be made or have no room.

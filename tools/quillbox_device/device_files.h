@@ -1,4 +1,5 @@
-// device_files.h - the files of a device that nothing has opened: its object store, read as files of the host.
+// device_files.h - the files in the object store of a device. They are read with the host's calls while no process has
+// the device open.
 #pragma once
 
 #include "archive/name_set.h"
@@ -15,7 +16,7 @@
 
 namespace quillbox_device {
 
-// What shows that a file was changed.
+// These values show whether a file was changed.
 struct Stamp {
     std::uint64_t inode = 0;
     std::int64_t size = 0;
@@ -29,7 +30,7 @@ Stamp stampOf(const struct stat& status);
 struct DeviceFile {
     std::string path;  // below the object store
     Stamp stamp;
-    std::string fault;  // why no set can hold it, such as "a link". Empty for a file.
+    std::string fault;  // why no set can hold it, such as "it is a link or no file"; empty for a regular file
 };
 
 // An index of the files. It takes some 200 bytes of memory for a file.
@@ -39,13 +40,13 @@ public:
     explicit DeviceFiles(const std::filesystem::path& device);
 
     const std::vector<DeviceFile>& all() const { return files_; }
-    // By the full name on the device, as in a set.
+    // Finds a file by its full path on the device, as it is in the list of a set.
     std::optional<std::size_t> find(std::u16string_view name) const;
 
     // Opens a file for reading, without following a link.
     platform::host::Descriptor open(std::size_t file) const;
 
-    // The paths that were made, changed or deleted since the index was made.
+    // Returns the paths that were made, changed or deleted since the index was made.
     std::vector<std::string> changedSince() const;
 
 private:

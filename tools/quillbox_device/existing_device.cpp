@@ -66,8 +66,9 @@ bool isClosedToWriting(const fs::path& path)
     return ::access(path.c_str(), W_OK) != 0 && errno != ENOENT;
 }
 
-// Deletes the changing copy at its end, unless the copy has been renamed and is the database by then. It also deletes
-// the files of an earlier change that was killed, because SQLite would apply that change's log to the new copy.
+// Owns the copy of the database in which a change is made. The destructor deletes the copy, unless it was renamed and
+// is the database now. The constructor deletes the files of an earlier change that was killed. Otherwise SQLite would
+// apply the log of that change to the new copy.
 class Copy {
 public:
     explicit Copy(fs::path database) : database_(std::move(database))
@@ -121,9 +122,9 @@ DeviceToRead::~DeviceToRead()
         closeDatabase();
 }
 
-// The log beside the database may hold changes of a process that was killed, and a staged registry is to replace the
-// one in the database. A reading that excludes a writer needs a lock, but where nobody can write there may be no lock
-// file.
+// Copies the database, its log and a staged registry. The log beside the database may contain changes of a process that
+// was killed. A staged registry is a file that is to replace the registry in the database. A shared lock excludes
+// writers during the copying. If nobody can write to the folder, the lock file may be missing, and no lock is needed.
 void DeviceToRead::openCopy()
 {
     lock_ = platform::host::Descriptor(::open((folder_ / "device.lock").c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
@@ -138,7 +139,7 @@ void DeviceToRead::openCopy()
         if (fs::exists(from)) {
             const fs::path copied = fs::path(copy_->path()) / to;
             fs::copy_file(from, copied);
-            fs::permissions(copied, fs::perms::owner_read | fs::perms::owner_write);  // a CD gives no right to write
+            fs::permissions(copied, fs::perms::owner_read | fs::perms::owner_write);  // a file on a CD is read-only
         } else if (from == database && lock_ && fs::file_size(folder_ / "device.lock") != 0) {
             warn("\"" + from.string() + "\" is missing: the device has no databases and an empty registry.");
         }
@@ -151,10 +152,10 @@ void DeviceToRead::openCopy()
 
 void changeAsAWhole(const platform::device::Device& device, const std::function<void()>& change)
 {
-    // If device.db is a link, it stays one: the copy replaces the file that the link leads to.
+    // If device.db is a link, it stays a link: the copy replaces the file that the link leads to.
     const fs::path database = fs::canonical(device.folder() / "device.db");
     const fs::path changing = platform::device::changingCopyOf(database);
-    closeDatabase();  // writes everything to the one file and deletes the log
+    closeDatabase();  // writes the log's changes to the database file and deletes the log
     if (fs::exists(database.string() + "-wal"))
         throw Failure("The device's database \"" + database.string() + "\" can't be closed.");
     const Copy copy(database);
@@ -164,7 +165,7 @@ void changeAsAWhole(const platform::device::Device& device, const std::function<
     std::string sentence;
     if (!platform::registry::openRegistry(changing, sentence))
         throw Failure(sentence);
-    // The flush below covers the whole copy, so single transactions need none.
+    // The flush below covers the whole copy, so single transactions need no flush.
     (void)platform::database::DatabaseUse()->execute("PRAGMA synchronous = OFF");
     change();
     closeDatabase();

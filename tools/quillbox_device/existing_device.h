@@ -13,11 +13,12 @@
 
 namespace quillbox_device {
 
-// Opens a device. Unlike the program it makes none of a missing or empty folder. Throws a Failure.
+// Opens an existing device. Unlike quillbox, this function makes no device of a missing or empty folder. Throws a
+// Failure.
 std::unique_ptr<platform::device::Device> openExisting(const std::filesystem::path& folder);
 
-// A device that a command only reads. One that can't be written, for example on a read-only medium, is read from a copy
-// of its database in a temporary folder.
+// Opens a device that a command only reads. If the device can't be written, for example on a read-only medium, its
+// database is copied to a temporary folder, and the command reads the copy.
 class DeviceToRead {
 public:
     // Throws a Failure.
@@ -32,14 +33,14 @@ private:
     void openCopy();
 
     std::filesystem::path folder_;
-    std::unique_ptr<platform::device::Device> device_;  // null for one that can't be written
-    platform::host::Descriptor lock_;                   // of such a device, if there is a lock file
-    std::optional<archive::TemporaryFolder> copy_;      // has the copy, if there is one
+    std::unique_ptr<platform::device::Device> device_;  // null if the device can't be written
+    platform::host::Descriptor lock_;                   // if the device can't be written but has a lock file
+    std::optional<archive::TemporaryFolder> copy_;      // for the copy, if the device can't be written
 };
 
-// Runs `change` on a copy of the device's database, and then replaces the database by the copy. So a change is made
-// completely or not at all, even if the process is killed. Throws a Failure. Afterwards `device` can't be used any
-// more.
+// Calls `change`, which changes a copy of the device's database, and then replaces the database by the copy. So a
+// change is made completely or not at all, even if the process is killed. Throws a Failure. Afterwards `device` can't
+// be used any more.
 void changeAsAWhole(const platform::device::Device& device, const std::function<void()>& change);
 
 }  // namespace quillbox_device

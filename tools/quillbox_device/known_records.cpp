@@ -25,13 +25,15 @@ bool isSame(const CEPROPVAL& left, const CEPROPVAL& right)
     return left.wFlags == right.wFlags && valueText(left, Controls::Kept) == valueText(right, Controls::Kept);
 }
 
-// A reader gives 0 for a number that the file doesn't have.
+// Returns whether the property is a number 0. If a number is missing from a file, the reader of the file returns 0. So
+// a record without the number is equal to a record with 0.
 bool isDefault(const CEPROPVAL& property)
 {
     return LOWORD(property.propid) != CEVT_LPWSTR && valueText(property, Controls::Kept) == "0";
 }
 
-// Bytes that aren't a text get no line in any form, so a file can't say that they were deleted.
+// vCard and iCalendar have no line for bytes that aren't a text, and an address book in CSV has no column for them. So
+// if they are missing from the file, that doesn't mean that they were deleted.
 bool isText(const CEPROPVAL& property)
 {
     if (LOWORD(property.propid) != CEVT_BLOB)
@@ -40,7 +42,8 @@ bool isText(const CEPROPVAL& property)
     return database_formats::isValidUtf8({reinterpret_cast<const char*>(blob.lpb), blob.dwCount});
 }
 
-// Finds the properties of a record, which can have 65535 of them.
+// Finds properties of a record by their ids. The constructor sorts the properties, because a record can have 65535 of
+// them.
 class ById {
 public:
     explicit ById(std::span<const CEPROPVAL> record)
@@ -49,7 +52,7 @@ public:
             properties_.push_back(&property);
         std::ranges::stable_sort(properties_, {}, idOf);
     }
-    // Null if there is none.
+    // Returns null if there is none.
     const CEPROPVAL* find(CEPROPID id) const
     {
         const auto found = std::ranges::lower_bound(properties_, id, {}, idOf);
@@ -62,8 +65,8 @@ private:
     std::vector<const CEPROPVAL*> properties_;
 };
 
-// What must be written so that the old record gets the content of the new one. Deletions come first, because they make
-// room for what is added.
+// Returns what must be written so that the old record gets the content of the new one. Deletions come first, because
+// they make room for what is added.
 std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const CEPROPVAL> wanted, DWORD type)
 {
     const ById olds(old);
@@ -85,7 +88,7 @@ std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const
     return changes;
 }
 
-// Both a full disk and a full database give ERROR_DISK_FULL.
+// Returns why a record couldn't be written. Both a full disk and a full database cause ERROR_DISK_FULL.
 const char* whyNotWritten(HANDLE database)
 {
     if (GetLastError() == ERROR_INVALID_PARAMETER)
@@ -98,7 +101,8 @@ const char* whyNotWritten(HANDLE database)
                : "the disk has no room for another record";
 }
 
-// The changes of a record can be more than one call takes.
+// Writes the properties with several calls if necessary. A call takes at most 65535 properties, but a record can have
+// more changes.
 void write(HANDLE database, CEOID oid, std::span<const CEPROPVAL> properties)
 {
     constexpr std::size_t MostAtOnce = 0xFFFF;
@@ -143,7 +147,8 @@ Taken KnownRecords::store(HANDLE database, DWORD type, std::span<const CEPROPVAL
         recognised_[oid] = true;
         ReadBlock block;
         WORD count = 0;
-        // Without an index, because it is counted from the first record.
+        // The last argument, for the index of the record, is null. To find the index, the store would have to count all
+        // records before this one.
         if (CeSeekDatabase(database, CEDB_SEEK_CEOID, oid, nullptr) == 0 ||
             CeReadRecordProps(database, CEDB_ALLOWREALLOC, &count, nullptr, &block.bytes, &block.size) == 0)
             throw FormatFault("a record of the device can't be read");

@@ -1,4 +1,4 @@
-// known_records.h - recognises records of a file that a database has already, by their UIDs or their content.
+// known_records.h - recognises records of a file that a database already has, by their UIDs or their content.
 #pragma once
 
 #include "database_formats/identifier.h"
@@ -16,18 +16,19 @@ enum class Taken { Added, Changed, Unchanged };
 
 class KnownRecords {
 public:
-    // Nothing is known of a database that was just made.
+    // For a database that was just made and has no records.
     KnownRecords() = default;
-    // Knows the records of the database. Throws a Failure.
+    // Reads the records of the database, to recognise them. Throws a Failure.
     explicit KnownRecords(CEOID database);
 
-    // Stores the record through the handle, which must be one on the database. A record that the database has isn't
-    // added a second time. If its UID is the same but its content has changed, the database's record gets the changes:
-    // its other properties stay, except those that the usual fields of its type would give. Throws a FormatFault.
+    // Stores the record through `database`, which must be a handle of the same database. A record that the database
+    // already has isn't added a second time. If the UID is the same but the content differs, the record in the database
+    // gets the changed properties. If it has properties that `record` lacks, the usual properties of the type are
+    // deleted, except bytes that aren't a text. The others stay. Throws a FormatFault.
     Taken store(HANDLE database, DWORD type, std::span<const CEPROPVAL> record);
 
 private:
-    // The records of each UID and each content, the oldest first. A record that was recognised once isn't again.
+    // The records of each UID and of each content, the oldest first. Each record is recognised only once.
     std::unordered_map<std::string, std::deque<CEOID>> byIdentifier_;
     std::unordered_map<CEOID, bool> recognised_;
     database_formats::Identifiers incoming_;

@@ -48,8 +48,8 @@ std::optional<Format> formatOf(const CommandLine& line)
     return line.format.empty() ? std::nullopt : database_formats::formatNamed(line.format);
 }
 
-// The option parser would convert a negative number to a large one, and a device stores 63 bits. Empty for a good
-// number.
+// Returns why the text is no capacity, or an empty text. The option parser would convert a negative number to a large
+// one, and a device stores a capacity in 63 bits.
 std::string capacityFault(const std::string& text)
 {
     std::int64_t bytes = -1;

@@ -1,5 +1,5 @@
-// registry_commands.h - the commands that export and import a device's registry as a .reg file. Each of them throws a
-// Failure, and has changed nothing then unless the message says so.
+// registry_commands.h - the commands that export and import a device's registry as a .reg file. A command that fails
+// throws a Failure. It has then changed nothing on the device, unless the message says otherwise.
 #pragma once
 
 #include <filesystem>
@@ -7,10 +7,11 @@
 
 namespace quillbox_device {
 
-// `file`: see Output (archive/host_output.h).
+// `file` has the same meaning as for an Output (archive/host_output.h).
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force);
 
-// Sets the keys and values that the file contains. All others stay. `file`: see Input (host_input.h).
+// Sets the keys and values that the file contains. All others stay. `file` has the same meaning as for an Input
+// (host_input.h).
 void importRegistry(const std::filesystem::path& device, const std::string& file);
 
 }  // namespace quillbox_device

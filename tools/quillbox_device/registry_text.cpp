@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view Utf16Mark = "\xFF\xFE";
 constexpr std::string_view Utf8Mark = "\xEF\xBB\xBF";
-// The text is converted as a whole.
+// A file that isn't UTF-16 is converted as a whole in memory, so its size is limited.
 constexpr std::size_t MostBytes = std::size_t{64} * 1024 * 1024;
 
 }  // namespace
@@ -46,7 +46,7 @@ std::string RegistryText::readPart(std::size_t bytes)
 {
     std::string part(bytes, 0);
     input_.stream().read(part.data(), static_cast<std::streamsize>(bytes));
-    if (input_.stream().bad())  // not the end of the file: the Failure undoes the import
+    if (input_.stream().bad())  // a read error, not the end of the file; the Failure undoes the import
         throw Failure("\"" + name_ + "\" can't be read. Nothing was imported.");
     part.resize(static_cast<std::size_t>(input_.stream().gcount()));
     return part;

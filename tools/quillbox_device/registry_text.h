@@ -1,4 +1,4 @@
-// registry_text.h - a .reg file in any of the encodings in which programs save it, as the UTF-16 text of the platform.
+// registry_text.h - reads a .reg file in any encoding in which programs save it, and converts it to UTF-16 text.
 #pragma once
 
 #include "host_input.h"
@@ -11,15 +11,14 @@ namespace quillbox_device {
 
 class RegistryText {
 public:
-    // `name` is for messages. Throws a Failure for a file of 8 bits a character that is too large or in no known
-    // encoding.
+    // `name` is for messages. Throws a Failure if a file that isn't UTF-16 is too large or has no known encoding.
     RegistryText(Input& input, const std::string& name);
 
-    // Fills the buffer with the next bytes and returns their number: less than the buffer only at the end. Throws a
-    // Failure.
+    // Fills the buffer with the next bytes and returns their number. It is less than the size of the buffer only at the
+    // end. Throws a Failure.
     std::size_t read(std::span<std::byte> buffer);
 
-    // Whether the file isn't UTF-8 and was read as Windows-1252.
+    // True if the file isn't UTF-8 and was therefore read as Windows-1252.
     bool isGuessed() const { return guessed_; }
 
 private:
@@ -28,7 +27,7 @@ private:
 
     Input& input_;
     std::string name_;
-    std::string ahead_;  // of the text, not yet read
+    std::string ahead_;  // the bytes for read() that were read ahead from the file
     std::size_t used_ = 0;
     bool guessed_ = false;
 };

@@ -8,7 +8,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Of the object. It changes when a field changes its name or its meaning.
+// The version of the JSON object. It changes when a field changes its name or its meaning.
 constexpr int Version = 1;
 
 }  // namespace

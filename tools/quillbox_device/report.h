@@ -9,12 +9,12 @@ namespace quillbox_device {
 
 class Report {
 public:
-    // The JSON object begins with its version, and with the lists that it has even if they are empty.
+    // The JSON object begins with its version and these lists. A list without elements is in the object too.
     Report(bool json, std::initializer_list<const char*> lists);
 
-    // Prints the line, which must be safe to print, or adds the element to the list of that name.
+    // Prints the line, which must be safe to print. For JSON, adds the element to the list `list` instead.
     void add(const char* list, const nlohmann::ordered_json& element, const std::string& line);
-    // A field of the object itself. The line is printed unless it is empty.
+    // Prints the line unless it is empty. For JSON, sets a field of the object instead.
     void set(const char* name, const nlohmann::ordered_json& value, const std::string& line);
     // Prints the object.
     void finish() const;

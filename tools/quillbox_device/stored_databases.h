@@ -1,4 +1,4 @@
-// stored_databases.h - the databases of the open device.
+// stored_databases.h - finds and describes the databases of the open device.
 #pragma once
 
 #include "database_formats/database_format.h"
@@ -18,15 +18,15 @@ struct StoredDatabase {
     CEDBASEINFO info{};
 };
 
-// All databases, the oldest first. Throws a Failure.
+// Returns all databases, the oldest first. Throws a Failure.
 std::vector<StoredDatabase> storedDatabases();
 
-// The name is compared without case. Nothing if the device has no such database. Throws a Failure.
+// Returns the database of this name, which is compared without case. Nothing if there is none. Throws a Failure.
 std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
 
 database_formats::DatabaseHead headOf(const CEDBASEINFO& info);
 
-// A line about it, without a line end.
+// Returns a line about the database, without a line end.
 std::string textOf(const StoredDatabase& database);
 nlohmann::ordered_json jsonOf(const StoredDatabase& database);
 
