@@ -16,16 +16,16 @@ namespace database_formats {
 namespace {
 
 constexpr std::string_view BetweenValues = ":::";
-// Programs that require a year write this one for a birthday without a year.
+// Programs that require a year write 1604 for a birthday without a year.
 constexpr std::string_view NoYear = "1604";
 
-// What must be known of the whole file before a row of it can be read.
+// Facts about the whole file that the reader needs before it can convert the first row.
 struct Survey {
     bool utf8 = true;
     DayOrderSearch order;
 };
 
-// Runs `work` on each row after the headings. A fault gets the line of its row.
+// Calls `work` with each row after the headings. A FormatFault gets the line number of its row.
 template <class Work>
 void forEachRow(LineReader& lines, std::size_t columns, Work work)
 {
@@ -62,15 +62,16 @@ Survey surveyOf(LineReader& lines, const std::vector<AddressColumn>& columns)
     return survey;
 }
 
-// It refers to the row and its columns, because a cell can have millions of values.
+// One value of a cell. It contains views of the row's texts and of the headings. Copies would take too much memory,
+// because a cell can have millions of values.
 struct Value {
     std::string_view text;
-    std::string_view name;  // under which it is left out
+    std::string_view name;  // the name under which LeftOut counts the value
     std::string_view label;
     Rank rank;
 };
 
-// The values of a row, by what they say about the contact.
+// The values of a row, grouped by field of the contact.
 class ContactValues {
 public:
     ContactValues(const std::vector<AddressColumn>& columns, const std::vector<std::string>& texts, LeftOut& leftOut)
@@ -85,7 +86,7 @@ public:
         }
     }
 
-    // The best value of that field. The others are counted as left out.
+    // Returns the value of the field with the highest rank. Counts the field's other values as left out.
     std::optional<Value> take(Field field)
     {
         std::vector<Value>& values = values_[field];
@@ -123,7 +124,8 @@ private:
     LeftOut& leftOut_;
 };
 
-// What names of a contact that are shown can repeat, sorted.
+// Returns the contact's companies, mail addresses and telephone numbers, sorted. The shown name can be a copy of one of
+// these texts.
 std::vector<std::string_view> textsToRepeat(ContactValues& values)
 {
     std::vector<std::string_view> texts;
@@ -134,7 +136,8 @@ std::vector<std::string_view> textsToRepeat(ContactValues& values)
     return texts;
 }
 
-// A name as it is shown becomes the last name if there is no other name. One that only repeats others isn't lost.
+// If the contact has no first or last name, its shown name becomes the last name. A shown name that only repeats other
+// values isn't counted as left out.
 void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
 {
     std::string last = values.takeText(Field::LastName);
@@ -165,7 +168,7 @@ void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
                     (telephone->label.empty() ? "" : ", ") + "imported as home)");
 }
 
-// Groups that programs make for all contacts, such as "* myContacts", say nothing about this one.
+// Skips groups that programs make for all contacts, such as "* myContacts". They say nothing about the single contact.
 void takeCategories(ContactValues& values, Record& contact)
 {
     std::string categories;
@@ -175,7 +178,7 @@ void takeCategories(ContactValues& values, Record& contact)
     addUtf8(contact, personal::Categories, categories);
 }
 
-// A birthday in one column, or in three of them.
+// Reads a birthday from one column, or from three columns for the day, the month and the year.
 void takeBirthday(ContactValues& values, Record& contact, DayOrder order, LeftOut& leftOut)
 {
     const auto year = values.take(Field::BirthYear);
@@ -194,7 +197,7 @@ void takeBirthday(ContactValues& values, Record& contact, DayOrder order, LeftOu
         leftOut.add((day ? *day : year ? *year : *month).name);
 }
 
-// A line end of a device is CR LF.
+// Converts line ends to CR LF, which the device uses.
 std::string withLineEnds(std::string_view text)
 {
     std::string notes;

@@ -1,4 +1,4 @@
-// address_book.h - contacts from the CSV of other programs, in which each column has that program's own name.
+// address_book.h - reads contacts from the CSV of other programs. Each program has its own names for the columns.
 #pragma once
 
 #include "address_columns.h"
@@ -11,12 +11,12 @@
 
 namespace database_formats {
 
-// Reads the file from its beginning. It goes through the file twice, because only the whole of it shows its character
-// set, and whether a date begins with the day or the month.
+// Reads the file from its beginning. The function reads it twice, because only the whole file shows its character set
+// and whether its dates begin with the day or the month.
 void readAddressBook(LineReader& lines, const std::vector<AddressColumn>& columns, DatabaseTarget& target,
                      LeftOut& leftOut);
 
-// The texts of a row in UTF-8. One that isn't UTF-8 is Windows-1252.
+// Returns the texts of a row in UTF-8. A text that isn't valid UTF-8 is read as Windows-1252.
 std::vector<std::string> textsOf(const std::vector<CsvCell>& row);
 
 }  // namespace database_formats

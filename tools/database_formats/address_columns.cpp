@@ -116,7 +116,7 @@ constexpr KnownHeading knownHeadings[] = {
     {"notizen", Field::Notes},
 };
 
-// Our own names, as a user gives them in a ColumnMap.
+// Quillbox's own names of the properties. A user writes them in a ColumnMap.
 constexpr KnownHeading ownNames[] = {
     {"LastName", Field::LastName},
     {"FirstName", Field::FirstName},
@@ -130,10 +130,10 @@ constexpr KnownHeading ownNames[] = {
     {"", Field::Ignored},
 };
 
-// Names of our own tables that are columns of other programs' address books, too.
+// Column names that both our own tables and other programs' address books use.
 constexpr std::string_view AlsoOfOthers[] = {"Subject", "Priority", "Company", "Birthday", "Categories", "Notes"};
 
-// "e-mail # address" for "E-mail 2 Address".
+// Returns "e-mail # address" for "E-mail 2 Address".
 std::string withoutNumbers(std::string_view heading)
 {
     std::string name;
@@ -167,11 +167,12 @@ bool isOfOthers(const std::string& heading)
     return knownHeading(heading) != nullptr && !propertyNamed(heading);
 }
 
-// The columns "Phone 1 - Label" or "Phone 1 - Type" say what is in "Phone 1 - Value".
+// Connects columns with their label columns. "Phone 1 - Label" or "Phone 1 - Type" says what kind of number is in
+// "Phone 1 - Value".
 void connectLabels(std::vector<AddressColumn>& columns)
 {
     constexpr std::string_view Separator = " - ";
-    std::map<std::string, std::size_t> labels;  // the column of each "phone 1"
+    std::map<std::string, std::size_t> labels;  // the label column of each prefix such as "phone 1"
     for (std::size_t at = 0; at < columns.size(); ++at) {
         const std::string name = folded(columns[at].heading);
         const std::size_t end = name.rfind(Separator);

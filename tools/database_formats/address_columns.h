@@ -29,24 +29,26 @@ enum class Field {
     Notes,
 };
 
-// How good a telephone or town is: a contact has only one, which is that at home.
+// The rank of a telephone number or a town, from worst to best. A contact of a device has only one telephone number and
+// one town, which are those at home. A Machine is a fax or a pager.
 enum class Rank { Machine, HomeMachine, Other, Home };
 
 struct AddressColumn {
     std::string heading;  // in UTF-8
     Field field = Field::LeftOut;
     Rank rank = Rank::Other;
-    std::optional<std::size_t> label;  // the column that says of what kind the value is, such as "Work"
+    std::optional<std::size_t> label;  // the column with the kind of the value, such as "Work"
 };
 
-// The columns of an address book. Nothing if the headings aren't those of one, or are those of a table that we wrote.
+// Returns the columns of an address book. Returns nothing if the headings aren't those of an address book, or are those
+// of a table that quillbox wrote. If `columns` isn't empty, any headings count as those of an address book.
 std::optional<std::vector<AddressColumn>> addressColumns(const std::vector<std::string>& headings,
                                                          const ColumnMap& columns);
 
-// The rank of a value with this label.
+// Returns the rank of a value with this label.
 Rank rankOf(std::string_view label);
 
-// Without capital letters and without blanks around it.
+// Returns the text in lower case (ASCII only) and without blanks at both ends.
 std::string folded(std::string_view text);
 
 }  // namespace database_formats

@@ -23,7 +23,7 @@ using namespace personal;
 constexpr LONG MinutesOfDay = 1440;
 constexpr std::int64_t StepsOfSecond = 10'000'000;
 
-// Lines about the entry in the calendar, not about the appointment or task.
+// Lines about the component itself, not about the appointment or task.
 constexpr std::string_view IgnoredOfItems[] = {"DTSTAMP", "CREATED", "LAST-MODIFIED", "SEQUENCE", "PRODID", "VERSION"};
 
 bool isMidnight(const Moment& moment)
@@ -51,7 +51,7 @@ void addStart(Component& event, std::span<const CEPROPVAL> appointment)
         event.add("DURATION", durationText(minutes));
 }
 
-// A repetition has no meaning without a start.
+// Adds the repetition if the appointment has a start. A repetition has no meaning without a start.
 void addRepetition(Component& event, std::span<const CEPROPVAL> appointment)
 {
     const CEPROPVAL* start = propertyIn(appointment, Start);
@@ -90,8 +90,8 @@ private:
     const CalendarZones& zones_;
 };
 
-// The moment as the host's local time. Without a zone the moment is local time already. An unknown zone is ignored, and
-// counted as left out under "TZID".
+// Returns the moment as the host's local time. A moment without a zone is local time already. An unknown zone is
+// ignored, and counted as left out under "TZID".
 std::optional<FILETIME> localTime(const Moment& moment, const std::string& zoneName, ItemFields& fields)
 {
     if (moment.minutesEast)
@@ -104,7 +104,8 @@ std::optional<FILETIME> localTime(const Moment& moment, const std::string& zoneN
     return fileTimeOf(moment);
 }
 
-// What `read` gives for the value of the line, without blanks around it. Nothing for a value that `read` refuses.
+// Calls `read` with the trimmed value of the line and returns its result. Returns nothing if `read` throws a
+// FormatFault.
 template <class Read>
 auto valueOf(const ContentLine& line, Read read) -> std::optional<decltype(read(std::string_view()))>
 {
@@ -115,7 +116,8 @@ auto valueOf(const ContentLine& line, Read read) -> std::optional<decltype(read(
     }
 }
 
-// The moment in the line. Nothing for one that doesn't exist or is before 1601, which is counted as left out.
+// Returns the moment in the line. If the moment doesn't exist or is before 1601, counts the line as left out and
+// returns nothing.
 std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ItemFields& fields)
 {
     const auto moment = valueOf(line, momentFrom);
@@ -127,7 +129,7 @@ std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ItemFields
     return CalendarTime{*local, *moment, !moment->hasTime};
 }
 
-// The length of the appointment in minutes.
+// Returns the length of the appointment in minutes.
 LONG takeMinutes(ItemFields& fields, const CalendarTime* start)
 {
     const ContentLine* end = fields.take("DTEND");
@@ -151,8 +153,8 @@ LONG takeMinutes(ItemFields& fields, const CalendarTime* start)
     return static_cast<LONG>(minutes);
 }
 
-// How many minutes before the start the alarm rings. Nothing if an appointment can't hold that, for example an alarm
-// after the start, or one relative to the end.
+// Returns how many minutes before the start the alarm rings. Returns nothing for an alarm that an appointment can't
+// hold, such as one after the start or one relative to the end.
 std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTime* start, ItemFields& fields)
 {
     std::int64_t before = -1;
@@ -167,7 +169,7 @@ std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTi
     return fits ? std::optional(static_cast<USHORT>(before / 60)) : std::nullopt;
 }
 
-// The minutes of the first trigger of the alarm that an appointment can hold.
+// Returns the minutes of the alarm's first usable trigger. A trigger is usable if an appointment can hold its time.
 std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* start, ItemFields& fields)
 {
     for (const ContentLine& line : alarm.lines) {
@@ -179,7 +181,8 @@ std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* star
     return std::nullopt;
 }
 
-// Counts what an alarm has besides its time, such as a sound or a text of its own.
+// Counts lines of an alarm that an appointment can't hold as left out. Examples are a sound, and a text that differs
+// from the subject.
 void leaveAlarm(const Component& alarm, const Component& event, ItemFields& fields)
 {
     const auto isUsual = [&](const ContentLine& line) {
@@ -195,7 +198,8 @@ void leaveAlarm(const Component& alarm, const Component& event, ItemFields& fiel
             fields.leaveOut("VALARM " + line.name);
 }
 
-// The minutes of the first alarm that an appointment can hold. All other parts are counted as left out.
+// Returns the minutes of the first alarm that an appointment can hold, or 0 if there is none. Counts all other parts of
+// the event as left out.
 USHORT takeReminder(const Component& event, ItemFields& fields, const CalendarTime* start)
 {
     std::optional<USHORT> reminder;

@@ -1,4 +1,4 @@
-// calendar_item.h - an appointment as a VEVENT, a task as a VTODO of iCalendar, and back.
+// calendar_item.h - converts an appointment to a VEVENT and a task to a VTODO of iCalendar, and back.
 #pragma once
 
 #include "calendar_zones.h"
@@ -12,8 +12,9 @@
 
 namespace database_formats {
 
-// Both directions use only the standard's own lines. written_text.h finds out what these can't hold. Times are written
-// without a zone, because the device's clock has none. A time with a zone is converted to the host's local time.
+// The conversions in both directions use only lines of the standard. writtenText() counts the properties that these
+// lines can't represent. Times are written without a zone, because the device's clock has none. A time with a zone is
+// converted to the host's local time.
 Component eventOf(std::span<const CEPROPVAL> appointment);
 Component todoOf(std::span<const CEPROPVAL> task);
 

@@ -19,7 +19,8 @@
 
 namespace database_formats {
 
-// An offset changes by less than a day, so a day before a moment of local time the offset before any change applies.
+// A time zone. A change of its offset is smaller than a day. So a change near a moment of local time can't affect the
+// offset that applies one day earlier.
 class Zone {
 public:
     Zone() = default;
@@ -27,16 +28,16 @@ public:
     Zone& operator=(const Zone&) = delete;
     virtual ~Zone() = default;
 
-    // Seconds east of UTC, at this number of seconds since 1970.
+    // Returns the offset in seconds east of UTC. `seconds` is the time in UTC since 1970.
     virtual std::int64_t offsetAt(std::int64_t seconds) const = 0;
 };
 
 namespace {
 
-// Bound the time that a hostile calendar takes. libical goes through the changes of all years since a rule began.
+// Limits on the time that a hostile calendar takes. libical computes the changes of all years since a rule began.
 constexpr std::size_t MostRules = 500;
 constexpr std::size_t MostZones = 1000;
-constexpr std::size_t LongestName = 255;  // of a zone that isn't the calendar's own, with its prefix
+constexpr std::size_t LongestName = 255;  // of a zone of the host or of Windows, with its prefix
 constexpr std::int64_t SecondsOfDay = 86400;
 constexpr int LastYear = 2037;  // of the host's tables
 
@@ -76,8 +77,8 @@ private:
     icaltimezone* zone_;
 };
 
-// The year, or after 2037, where the host's tables end, an earlier one with the same days of the week. Libraries that
-// compute later years take the longer, the later the year is.
+// The host's zone tables end in 2037. For a later year, returns an earlier year whose dates have the same days of the
+// week. Returns any other year unchanged. Libraries can compute later years, but their time grows with the year.
 int yearWithRules(int year)
 {
     using namespace std::chrono;
@@ -125,7 +126,7 @@ std::optional<FILETIME> localTimeAt(std::time_t seconds, DWORD steps)
                        .minutesEast = std::nullopt});
 }
 
-// Null if the host has no zone of this name.
+// Returns null if the host has no zone of this name.
 const date::time_zone* hostZone(std::string_view name)
 {
     try {
@@ -135,7 +136,8 @@ const date::time_zone* hostZone(std::string_view name)
     }
 }
 
-// The zone of this name, or of what follows a prefix ("/example.org/"). Null if there is none.
+// Returns the host's zone of this name. If the name begins with a slash, the function also tries the name without its
+// prefix ("/example.org/"). Returns null if the host has no such zone.
 const date::time_zone* hostZoneIn(std::string_view name)
 {
     const bool prefixed = name.starts_with('/');
@@ -148,7 +150,7 @@ const date::time_zone* hostZoneIn(std::string_view name)
     }
 }
 
-// The host's zone for a name of Windows. Null if there is none.
+// Returns the host's zone for a zone name of Windows, or null.
 const date::time_zone* windowsZone(std::string_view name)
 {
     const std::u16string windows(name.begin(), name.end());  // the names are ASCII
@@ -168,8 +170,8 @@ const date::time_zone* knownZone(std::string_view name)
     return host != nullptr ? host : windowsZone(name);
 }
 
-// True for a rule that changes the offset a few times a year at most. A rule such as "every second" in a hostile file
-// would take hours.
+// True for a rule that changes the offset a few times a year at most. In a hostile file, a rule such as "every second"
+// would take hours to compute.
 bool isYearly(const std::string& rule)
 {
     bool yearly = false;
@@ -187,7 +189,7 @@ bool isYearly(const std::string& rule)
     return yearly && (rule.find("BYDAY") == std::string::npos || rule.find("BYMONTH=") != std::string::npos);
 }
 
-// The centuries for which a rule with this DTSTART has changes.
+// Returns the number of full centuries from this DTSTART to 2037.
 std::size_t centuriesSince(std::string_view start)
 {
     int year = 0;
@@ -195,7 +197,7 @@ std::size_t centuriesSince(std::string_view start)
     return static_cast<std::size_t>(std::clamp(LastYear - year, 0, LastYear) / 100);
 }
 
-// "+0100" or "-053000".
+// True for an offset such as "+0100" or "-053000".
 bool isOffset(std::string_view text)
 {
     return (text.size() == 5 || text.size() == 7) && (text[0] == '+' || text[0] == '-') &&
@@ -203,7 +205,7 @@ bool isOffset(std::string_view text)
            text.substr(3, 2) < "60";
 }
 
-// "19700101", "19700101T000000" or "19700101T000000Z".
+// True for a start such as "19700101", "19700101T000000" or "19700101T000000Z".
 bool isStart(std::string_view text)
 {
     if (text.size() != 8 && (text.size() != 15 || text[8] != 'T') &&
@@ -217,7 +219,8 @@ bool isStart(std::string_view text)
     }
 }
 
-// libical reads a damaged offset as some other one, and ignores an observance with a damaged start.
+// Returns whether libical can read the observance. Libical would read a damaged offset as a different offset, and would
+// ignore an observance with a damaged start.
 bool isUsable(const Component& observance)
 {
     bool hasStart = false;
@@ -235,8 +238,9 @@ bool isUsable(const Component& observance)
     return hasStart && hasFrom && hasTo;
 }
 
-// The number of rules of the definition: its observances and their dates. A rule counts again for each century since
-// it began. Nothing if one of them isn't yearly or usable.
+// Returns how many rules the definition adds to the number that MostRules limits. Each observance adds one, and one
+// more for each century since its start. Each comma in an RRULE and every hundred commas in an RDATE add one. Returns
+// nothing if an observance isn't usable or an RRULE isn't yearly.
 std::optional<std::size_t> rulesOf(const Component& definition)
 {
     std::size_t rules = 0;
@@ -303,7 +307,8 @@ std::optional<FILETIME> localTimeOf(const Moment& moment)
     return localTimeAt(secondsOf(moment) - std::int64_t{60} * moment.minutesEast.value_or(0), moment.steps);
 }
 
-// A moment that occurs twice is the first one. A moment that a change of the offset skips has the offset before it.
+// If the moment occurs twice in the zone, the first occurrence applies. If a change of the offset skips the moment, the
+// offset before the change applies.
 std::optional<FILETIME> localTimeOf(const Moment& moment, const Zone& zone)
 {
     Moment known = moment;

@@ -1,9 +1,14 @@
-// calendar_zones.h - the time zones of a calendar, and the conversion of their moments to the host's local time, which
-// a device's clock shows.
+// calendar_zones.h - finds the time zones of a calendar, and converts times in these zones to the host's local time.
+// The clock of a device shows local time.
 //
-// A zone is one of the host ("Europe/Paris", also after a prefix: "/example.org/2007/Europe/Paris"), one of Windows
-// ("W. Europe Standard Time"), or one that the calendar defines itself (a VTIMEZONE), in this order. Known names come
-// first, because many calendars define only the rules of the year in which they were written.
+// The name of a zone is looked up in three lists, in this order:
+//
+// - the zones of the host, such as "Europe/Paris". The name may have a prefix: "/example.org/2007/Europe/Paris";
+// - the zones of Windows, such as "W. Europe Standard Time";
+// - the zones that the calendar defines itself (VTIMEZONE).
+//
+// The calendar's own definitions come last, because many calendars define only the rules of the year in which they were
+// written.
 #pragma once
 
 #include "component.h"
@@ -19,7 +24,7 @@
 
 namespace database_formats {
 
-// A moment with an offset from UTC as local time. Nothing before 1601.
+// Converts a moment that has an offset from UTC to the host's local time. Returns nothing for a time before 1601.
 std::optional<FILETIME> localTimeOf(const Moment& moment);
 
 class Zone;
@@ -31,23 +36,23 @@ public:
     CalendarZones& operator=(const CalendarZones&) = delete;
     ~CalendarZones();
 
-    // Adds the zone that a VTIMEZONE defines. False for one that isn't used: it has no name, its rules are damaged or
-    // aren't yearly, or the zones of the calendar have more than 500 rules. The definition of a known zone isn't
-    // needed and counts as used.
+    // Adds the zone that a VTIMEZONE defines. If the host or Windows has a zone of this name, the function ignores the
+    // definition and returns true. Returns false if the definition has no name, no rules, damaged rules or rules that
+    // aren't yearly. Also returns false if the zones of the calendar would have more than 500 rules.
     bool define(const Component& definition);
 
-    // Null if no zone has this name, and for a name after the first thousand.
+    // Returns null if no zone has this name, or if a thousand other names were already looked up.
     const Zone* named(const std::string& name) const;
 
 private:
     std::unique_ptr<Zone> madeZone(const std::string& name) const;
 
     std::map<std::string, std::string, std::less<>> definitions_;  // the text of each VTIMEZONE, by its name
-    mutable std::map<std::string, std::unique_ptr<Zone>, std::less<>> zones_;  // null for a name of no zone
+    mutable std::map<std::string, std::unique_ptr<Zone>, std::less<>> zones_;  // null if no zone has the name
     std::size_t rules_ = 0;
 };
 
-// A moment in the zone as local time. Nothing before 1601.
+// Converts a moment in the zone to the host's local time. Returns nothing for a time before 1601.
 std::optional<FILETIME> localTimeOf(const Moment& moment, const Zone& zone);
 
 }  // namespace database_formats

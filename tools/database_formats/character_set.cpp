@@ -24,7 +24,7 @@ void Decoder::Closer::operator()(void* converter) const
 
 std::string Decoder::toUtf8(std::string bytes)
 {
-    if (bytes.empty())  // as most cells of a table are
+    if (bytes.empty())  // most cells of a table are empty
         return bytes;
     std::string utf8(bytes.size() * 4 + 16, '\0');
     char* in = bytes.data();
@@ -32,9 +32,10 @@ std::string Decoder::toUtf8(std::string bytes)
     std::size_t inLeft = bytes.size();
     std::size_t outLeft = utf8.size();
     constexpr auto Failed = static_cast<std::size_t>(-1);
-    // A text that wasn't valid can leave a state behind.
+    // Resets the converter, which an invalid text can leave in another state.
     iconv(converter_.get(), nullptr, nullptr, nullptr, nullptr);
-    // The last call flushes the converter: it can hold back a letter that the next byte could have combined with.
+    // The second call flushes the converter. The converter can keep back a letter until it sees whether the next byte
+    // combines with the letter.
     if (iconv(converter_.get(), &in, &inLeft, &out, &outLeft) == Failed ||
         iconv(converter_.get(), nullptr, nullptr, &out, &outLeft) == Failed)
         throw FormatFault("a value isn't valid in the character set \"" + shownName(characterSet_) + "\"");

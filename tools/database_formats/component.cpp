@@ -10,19 +10,20 @@ namespace database_formats {
 namespace {
 
 constexpr std::size_t DeepestNesting = 8;
-// No real card has more.
+// More than any real contact, appointment or task has.
 constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
 
-// The offset of a soft line break of quoted-printable: a "=" at the end of the line that begins at `lineBegin`. Blanks
-// may follow it, because some mail programs add them.
+// Returns the offset of a soft line break of quoted-printable in the line that begins at `lineBegin`. Such a break is a
+// "=" at the end of the line. Blanks may follow the "=", because some mail programs add them.
 std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
 {
     const std::size_t last = text.substr(lineBegin).find_last_not_of(" \t");
     return last != std::string_view::npos && text[lineBegin + last] == '=' ? lineBegin + last : std::string::npos;
 }
 
-// Some programs break the last line of a component softly, too. A value that has the beginning of a component, such as
-// a card in a note, can have its end as well.
+// Returns whether `line` ends the component although a soft line break precedes it. Some programs write such a break
+// even on the last line of a component. If `value` contains the beginning of another component, such as a vCard in a
+// note, `line` can be the end of that component. Then the function returns false.
 bool endsComponent(std::string_view line, std::string_view value)
 {
     const std::string text = inCapitals(line.substr(0, std::min<std::size_t>(line.size(), 14)));
@@ -127,8 +128,8 @@ std::optional<ContentLine> ComponentReader::nextLine()
     return std::nullopt;
 }
 
-// Joins the next line with the lines that continue it. A line that begins with a blank continues the one before it. In
-// quoted-printable a soft line break does too.
+// Joins the next line with the lines that continue it. A line that begins with a blank continues the previous line. In
+// quoted-printable, a line after a soft line break also does.
 bool ComponentReader::readLogical()
 {
     if (!readPhysical())

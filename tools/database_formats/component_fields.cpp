@@ -12,7 +12,7 @@ namespace database_formats {
 
 namespace {
 
-// True for "CATEGORIES:" and "N:;;;;".
+// True for a line without content, such as "CATEGORIES:" and "N:;;;;".
 bool isEmpty(const ContentLine& line)
 {
     return line.value.find_first_not_of("; ") == std::string::npos;

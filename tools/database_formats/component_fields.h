@@ -19,23 +19,24 @@ class ComponentFields {
 public:
     ComponentFields(const Component& component, LeftOut& leftOut) : component_(component), leftOut_(leftOut) {}
 
-    // Takes the best line of that name. A line of the type `type` is better than others, and lines of the types in
-    // `last` are the worst. Of equally good lines the first one is taken. Null if no line has a value that is text.
-    // Other lines of that name are counted as left out. Throws a FormatFault if the value of the line can't be read.
+    // Returns the best line of that name. A line of the type `type` is better than others, and lines of the types in
+    // `last` are the worst. Of equally good lines, the first one is returned. The other lines of that name are counted
+    // as left out. Lines without content are neither returned nor counted. Returns null if no line of that name has a
+    // value that is text. Throws a FormatFault if the value of the best line can't be read.
     const ContentLine* take(std::string_view name, std::string_view type = {},
                             std::span<const std::string_view> last = {});
 
-    // Adds the text of the line as a property, if there is such a line.
+    // Adds the text of the line of that name as a property, if there is such a line.
     void takeText(Record& record, std::string_view name, CEPROPID id);
     // Adds all categories, of one or several lines, as one text: "A,B" becomes "A;B".
     void takeCategories(Record& record);
-    // Adds the text of the line as the bytes of the notes.
+    // Adds the text of the line of that name as the bytes of the notes.
     void takeNotes(Record& record, std::string_view name);
 
     void leaveOut(std::string_view name) { leftOut_.add(name); }
-    // Counts all lines of that name as left out, under another name.
+    // Counts all lines of that name with content as left out, under the name `shownName`.
     void leaveOut(std::string_view name, std::string_view shownName);
-    // Counts all lines whose name wasn't taken. Lines with a name in `ignored` don't count.
+    // Counts all remaining lines with content as left out: those whose name wasn't taken and isn't in `ignored`.
     void leaveRest(std::span<const std::string_view> ignored);
 
 private:
@@ -46,10 +47,10 @@ private:
     std::vector<std::string> taken_;
 };
 
-// The text of the property with this id. Empty if there is none.
+// Returns the text of the property with this id. Empty if there is none.
 std::string textIn(std::span<const CEPROPVAL> properties, CEPROPID id);
 
-// Lines that both vCard and iCalendar write. An empty value gets no line.
+// Add lines that both vCard and iCalendar have. For an empty value, no line is added.
 void addTextLine(Component& component, std::string_view name, const std::string& text);
 void addCategories(Component& component, const std::string& categories);
 void addNotes(Component& component, std::string_view name, std::span<const CEPROPVAL> properties);

@@ -21,10 +21,10 @@ constexpr std::size_t FirstNamePart = 1;
 constexpr std::size_t TownPart = 3;
 constexpr std::size_t MostParts = 8;
 
-// Types of numbers that aren't for calls. Such a number is taken only if the card has no other one.
+// Types of telephone numbers that aren't for calls. Such a number is imported only if the vCard has no other number.
 constexpr std::string_view NotForCalls[] = {"FAX", "PAGER", "MODEM", "BBS"};
 
-// Lines about the card, not about the contact.
+// Lines about the vCard itself, not about the contact.
 constexpr std::string_view IgnoredOfCards[] = {"VERSION", "PRODID", "REV", "X-ABSHOWAS"};
 
 void addName(Component& card, const std::string& last, const std::string& first,
@@ -48,7 +48,7 @@ void addBirthday(Component& card, std::span<const CEPROPVAL> contact)
     card.add("BDAY", midnight ? basicDate(*day) : basicTime(*day));
 }
 
-// The parts of a value such as N or ADR. It remembers which of them were taken.
+// Splits a value such as N or ADR into its parts, and records which of them were taken.
 class StructuredValue {
 public:
     explicit StructuredValue(const ContentLine* line)
@@ -86,8 +86,9 @@ std::string withoutScheme(std::string text)
     return text;
 }
 
-// A card without N has the whole name in FN, which becomes the last name. If FN only repeats the company, the telephone
-// number or the mail address, the contact has no name (see addName).
+// If a vCard has no N, the whole name is in FN and becomes the last name. addName() writes an FN even for a contact
+// without a name, with the company, the telephone number or the mail address. So an FN that only repeats one of these
+// values isn't imported.
 void takeName(ComponentFields& fields, Record& contact, const Component& card)
 {
     StructuredValue name(fields.take("N"));
@@ -111,7 +112,7 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
     addUtf8(contact, FirstName, first);
 }
 
-// A contact has only a telephone at home, so the type of another one is lost.
+// A contact has only a home telephone number. If the number has another type, counts the type as left out.
 void takeTelephone(ComponentFields& fields, Record& contact)
 {
     const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls);
@@ -123,11 +124,12 @@ void takeTelephone(ComponentFields& fields, Record& contact)
             fields.leaveOut("TEL (" + std::string(type) + ", imported as home)");
 }
 
-// The date without its time zone, because a birthday is the same day in every zone. Nothing for a date without a year,
-// a year alone, a text, or a date that doesn't exist. Such a birthday is no reason to refuse the whole file.
+// Returns the date without its time zone, because a birthday is the same day in every zone. Returns nothing if the
+// value isn't a complete date that exists. Examples are a value without a year and a value that is marked as text. Such
+// a value is no reason to refuse the whole file.
 std::optional<FILETIME> birthdayIn(const ContentLine& line)
 {
-    // Versions that require a year have this parameter for the year that means "none".
+    // In versions of vCard that require a year, this parameter names the year that means "no year".
     const std::string_view noYear = line.parameter("X-APPLE-OMIT-YEAR");
     if (inCapitals(line.parameter("VALUE")) == "TEXT" || (!noYear.empty() && line.value.starts_with(noYear)))
         return std::nullopt;

@@ -1,4 +1,4 @@
-// contact_card.h - a contact as a card of vCard 4, and a card of version 2.1, 3 or 4 as a contact.
+// contact_card.h - converts a contact to a vCard of version 4, and a vCard of version 2.1, 3 or 4 to a contact.
 #pragma once
 
 #include "component.h"
@@ -11,7 +11,8 @@
 
 namespace database_formats {
 
-// Both directions use only the standard's own lines. written_text.h finds out what these can't hold.
+// The conversions in both directions use only lines of the standard. writtenText() counts the properties that these
+// lines can't represent.
 Component cardOf(std::span<const CEPROPVAL> contact);
 Record contactFrom(const Component& card, LeftOut& leftOut);
 

@@ -20,7 +20,8 @@ bool isContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// The offset where the parameter at `offset` ends: that of the first semicolon or colon that isn't quoted.
+// Returns the offset where the parameter at `offset` ends. This is the offset of the first semicolon or colon that
+// isn't quoted.
 std::size_t endOfParameter(std::string_view text, std::size_t offset)
 {
     for (bool quoted = false; offset < text.size(); ++offset) {
@@ -91,7 +92,7 @@ void append(std::string& text, const ContentLine& line)
     // The space at the beginning of a continuation line is one of its 75 bytes.
     for (std::size_t at = 0, room = FoldedBytes; at < whole.size(); room = FoldedBytes - 1) {
         std::size_t end = std::min(at + room, whole.size());
-        // A character has three such bytes at most. A text that isn't UTF-8 can have any number of them.
+        // A UTF-8 character has at most three continuation bytes. A text that isn't UTF-8 can have more in a row.
         for (int back = 0; back < 3 && end < whole.size() && isContinuation(whole[end]); ++back)
             --end;
         text += at == 0 ? "" : " ";

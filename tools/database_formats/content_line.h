@@ -22,9 +22,9 @@ struct ContentLine {
     std::size_t number = 0;  // number of the line in the file where it begins
     std::string fault = {};  // why the value can't be read as text. Ignored unless the line is used.
     bool guessed = false;    // the character set of the value is a guess
-    bool leftOut = false;    // nobody can convert the file so that the value becomes text
+    bool leftOut = false;    // the user can't convert the file so that the value becomes text
 
-    // The value of the first parameter of that name. Empty if there is none.
+    // Returns the value of the first parameter of that name. Empty if there is none.
     std::string_view parameter(std::string_view parameterName) const;
     // `type` is in capitals.
     bool hasType(std::string_view type) const;
@@ -36,8 +36,8 @@ ContentLine contentLineFrom(std::string_view text, std::size_t number);
 // Appends the line with CR LF. It is folded after 75 bytes, but never within a character.
 void append(std::string& text, const ContentLine& line);
 
-// A text inside of a value, and back. A line end is CR LF in the text, and "\n" in the value. Control characters are
-// left out.
+// Convert a text to its spelling in a value, and back. A line end is CR LF in the text, and a backslash and an n in the
+// value. escaped() drops control characters except tabs.
 std::string escaped(std::string_view text);
 std::string unescaped(std::string_view value);
 
@@ -45,7 +45,8 @@ std::string unescaped(std::string_view value);
 // parts are still escaped.
 std::vector<std::string_view> partsOf(std::string_view value, char separator, std::size_t most);
 
-// Runs `work` on the line. A FormatFault without a line number gets that of the line.
+// Calls `work` and returns its result. If it throws a FormatFault without a line number, the fault gets the number of
+// `line`.
 template <class Work>
 auto atLine(const ContentLine& line, Work work)
 {
@@ -63,7 +64,7 @@ void requireText(const ContentLine& line);
 
 std::string inCapitals(std::string_view text);
 
-// Without blanks at its beginning and end.
+// Returns the value without blanks at its beginning and end.
 std::string_view trimmed(std::string_view value);
 
 }  // namespace database_formats

@@ -16,7 +16,8 @@ namespace database_formats {
 
 namespace {
 
-// Precedes each row in the temporary file. A later record can add columns, which this row doesn't have then.
+// Precedes each row in the temporary file. `columns` is the number of columns when the row was written. Later records
+// can add columns.
 struct RowHead {
     std::size_t bytes;
     std::size_t columns;
@@ -33,7 +34,7 @@ std::string cell(const std::string& text)
     return quoted + '"';
 }
 
-// Bounds the size of the file: each record has a cell for each property that any record has.
+// Limits the size of the file. Each row has a cell for each property that occurs in any record.
 constexpr std::size_t MostCells = 100'000'000;
 
 [[noreturn]] void failTemporary()

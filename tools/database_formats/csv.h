@@ -1,8 +1,8 @@
-// csv.h - a database as CSV (RFC 4180), and back. A row is a record, and a column is a property.
+// csv.h - writes a database as CSV (RFC 4180), and reads CSV. A row is a record, and a column is a property.
 //
 // The heading of a column is the property's name, or its id in eight hexadecimal digits. If a record has flags for a
-// property, there is a second column "NAME flags". An empty cell is a property that the record doesn't have. Two quotes
-// are a property with an empty value. Contacts, appointments and tasks always have their usual columns.
+// property, there is a second column "NAME flags". An empty cell is a property that the record doesn't have. A cell of
+// two quotes is a property with an empty value. Contacts, appointments and tasks always have their usual columns.
 #pragma once
 
 #include "database_formats/column_map.h"
@@ -45,8 +45,9 @@ private:
     std::size_t rowCount_ = 0;
 };
 
-// The head of the database is empty, except for the address book of another program, which has the usual head of
-// contacts. Columns whose heading isn't known are left out. With `columns` any file is read as an address book.
+// Reads the file into one database. An address book of another program gets the usual head of contacts. Any other file
+// gets an empty head. Columns with an unknown heading are left out. If `columns` isn't empty, any file is read as an
+// address book.
 void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns);
 
 }  // namespace database_formats

@@ -25,7 +25,7 @@ bool CsvRows::next(std::vector<CsvCell>& row, std::size_t mostCells)
         const bool quoted = at < text_.size() && text_[at] == '"';
         if (quoted)
             at = takeQuoted(at + 1, cell);
-        if (separator_ == 0)  // after a quoted cell, because the cell can contain other separators
+        if (separator_ == 0)  // only now, because a quoted first cell can contain other separators
             determineSeparator(at);
         if (!quoted)
             at = takePlain(at, cell);
@@ -55,7 +55,7 @@ bool CsvRows::readLine()
     return true;
 }
 
-// `offset` is that after the opening quote. Returns the offset after the closing quote.
+// `offset` is the offset after the opening quote. Returns the offset after the closing quote.
 std::size_t CsvRows::takeQuoted(std::size_t offset, CsvCell& cell)
 {
     cell.quoted = true;

@@ -17,9 +17,9 @@ class CsvRows {
 public:
     explicit CsvRows(LineReader& lines) : lines_(lines) {}
 
-    // Reads the next row that isn't empty. False at the end. The first row determines the separator of all cells: a
-    // comma, a semicolon or a tab. Throws a FormatFault with the line where the row begins, also for a row of more than
-    // `mostCells` cells.
+    // Reads the next row that isn't empty. Returns false at the end. The first row determines the separator of all
+    // cells: a comma, a semicolon or a tab. Throws a FormatFault for a damaged row and for a row of more than
+    // `mostCells` cells. The fault has the number of the line where the row begins.
     [[nodiscard]] bool next(std::vector<CsvCell>& row, std::size_t mostCells);
 
     // The line where the last row began.

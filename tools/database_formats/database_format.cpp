@@ -89,7 +89,8 @@ std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, Lef
     return std::make_unique<JsonLinesWriter>(out);
 }
 
-// A calendar and a table are read twice, so one from a pipe is kept in memory.
+// The readers of iCalendar and CSV read their file twice. A pipe can be read only once, so its content is kept in
+// memory.
 void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns)
 {
     std::stringstream kept;

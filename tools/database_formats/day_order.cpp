@@ -17,8 +17,8 @@ struct DateParts {
     bool yearFirst = false;
 };
 
-// Three numbers with the same separator, of which the first or the last one has four digits. What follows a blank is
-// the time of day, which a birthday doesn't have.
+// Parses three numbers with the same separator. The first or the last number must have four digits. Text after a blank
+// is a time of day and is ignored.
 std::optional<DateParts> partsFrom(std::string_view text)
 {
     text = trimmed(text);

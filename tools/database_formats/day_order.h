@@ -1,4 +1,4 @@
-// day_order.h - the birthdays in address books of other programs: 1985-04-12, 12.04.1985, 4/12/1985.
+// day_order.h - reads the birthdays in address books of other programs: 1985-04-12, 12.04.1985, 4/12/1985.
 #pragma once
 
 #include "ce/types.h"
@@ -11,27 +11,27 @@ namespace database_formats {
 
 enum class DayOrder { MonthFirst, DayFirst };
 
-// Finds out whether a file writes 4/12/1985 or 12/4/1985.
+// Finds out whether 12 April 1985 is 4/12/1985 or 12/4/1985 in a file.
 class DayOrderSearch {
 public:
-    // The text of a birthday.
+    // Adds the text of a birthday.
     void add(std::string_view text);
-    // Nothing if no birthday shows it.
+    // Returns nothing if no birthday shows the order, or if birthdays contradict each other.
     std::optional<DayOrder> found() const;
-    // Whether there was a birthday of which the order matters.
+    // Returns whether there was a birthday whose meaning depends on the order.
     bool isNeeded() const { return open_ + dayFirst_ + monthFirst_ != 0; }
 
 private:
     std::size_t dayFirst_ = 0;
     std::size_t monthFirst_ = 0;
-    std::size_t open_ = 0;  // birthdays that may be either
+    std::size_t open_ = 0;  // number of birthdays that are possible in both orders
 };
 
-// The date. Nothing for a text that isn't a complete date, or a date that doesn't exist. In a date with points the day
-// is always first.
+// Returns the date. Returns nothing if the text isn't a complete date that exists. `order` doesn't apply to a date with
+// points, such as 12.04.1985, or to a date that begins with the year.
 std::optional<FILETIME> dayFrom(std::string_view text, DayOrder order);
 
-// True for a text like 0/0/00, with which programs say that there is no date.
+// True for a text like 0/0/00, which programs write if there is no date.
 bool isNoDate(std::string_view text);
 
 }  // namespace database_formats

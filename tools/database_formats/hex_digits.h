@@ -1,4 +1,4 @@
-// hex_digits.h - values of the store as hexadecimal digits, and back.
+// hex_digits.h - converts values of the object store to hexadecimal digits, and back.
 #pragma once
 
 #include "ce/store.h"
@@ -13,19 +13,20 @@ namespace database_formats {
 
 std::string hexadecimal(std::uint64_t number, unsigned digits);
 
-// Nothing unless the text consists of one to sixteen hexadecimal digits.
+// Returns nothing unless the text consists of one to sixteen hexadecimal digits.
 std::optional<std::uint64_t> fromHexadecimal(std::string_view digits);
 
-// Two digits for each byte. bytesOf throws a FormatFault for another text.
+// Convert bytes to two hexadecimal digits each, and back. bytesOf throws a FormatFault for any other text.
 std::string digitsOf(const CEBLOB& blob);
 std::string bytesOf(std::string_view digits);
 
-// The sixteen bytes of a value as two numbers, the upper one first: thirty-two digits, or only the sixteen of the lower
-// number if the upper one is 0. fromBits throws a FormatFault for another text.
+// Convert the sixteen bytes of a value to hexadecimal digits, and back. The bytes are two numbers of eight bytes. In
+// the text, the upper number comes first. If the upper number is 0, the text has only the sixteen digits of the lower
+// number. Otherwise it has thirty-two digits. fromBits throws a FormatFault for any other text.
 std::string bitsOf(const CEVALUNION& value);
 CEVALUNION fromBits(std::string_view digits);
 
-// From exactly eight digits. Throws a FormatFault for another text.
+// Parses exactly eight hexadecimal digits. Throws a FormatFault for any other text.
 CEPROPID idOf(std::string_view digits);
 
 }  // namespace database_formats

@@ -48,7 +48,7 @@ void readZones(LineReader& lines, CalendarZones& zones, LeftOut& leftOut)
     lines.restart();
 }
 
-// Counts the calendar's own name, colour and so on as left out. Returns its METHOD.
+// Counts the calendar's own name, colour and so on as left out. Returns the METHOD of the calendar.
 std::string takeCalendarLines(ComponentReader& items, LeftOut& leftOut)
 {
     constexpr std::string_view AboutTheFile[] = {"VERSION", "PRODID", "CALSCALE", "METHOD"};
@@ -62,9 +62,9 @@ std::string takeCalendarLines(ComponentReader& items, LeftOut& leftOut)
     return method;
 }
 
-// The name under which an item is left out that must not become a record: a cancelled one, somebody's answer to an
-// invitation, and one that replaces a single day of a repetition, because the record of the repetition has that day
-// too. Empty for any other item.
+// Returns the name under which an item is counted as left out, or an empty text for an item that becomes a record.
+// Three kinds of items must not become records: a cancelled item, an answer to an invitation, and an item that replaces
+// a single day of a repetition. The record of the repetition already includes that day.
 std::string leftOutName(const Component& item, const std::string& method)
 {
     if (method == "CANCEL" || method == "REPLY")

@@ -1,4 +1,4 @@
-// icalendar.h - databases of appointments and tasks as an iCalendar file, and back.
+// icalendar.h - writes databases of appointments and tasks as an iCalendar file, and reads such a file.
 #pragma once
 
 #include "database_formats/database.h"
@@ -10,7 +10,8 @@ namespace database_formats {
 
 class ICalendarWriter : public DatabaseWriter {
 public:
-    // Counts appointments without a start as left out: other programs refuse a file with such an appointment.
+    // The writer leaves out appointments without a start and counts them in `leftOut`. Other programs refuse a file
+    // with such an appointment.
     ICalendarWriter(std::ostream& out, LeftOut& leftOut) : out_(out), leftOut_(leftOut) {}
 
     void begin(const DatabaseHead& head) override;

@@ -21,8 +21,8 @@ constexpr std::size_t DeepestNesting = 4;
 constexpr std::size_t MostKeys = 16;  // of an object. Its lookup of a key is linear.
 constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;
 
-// Throws a FormatFault for a line that exceeds a limit. It counts brackets, commas and colons before the line is
-// parsed: the parser's own callback takes time in proportion to the square of the length of an array.
+// Throws a FormatFault for a line that exceeds a limit. The function counts brackets, commas and colons before the line
+// is parsed. The parser's own callback would be too slow: its time grows with the square of the length of an array.
 void requireWithinLimits(std::string_view line)
 {
     std::size_t values = 0;
@@ -91,7 +91,7 @@ void JsonLinesWriter::begin(const DatabaseHead& head)
 {
     Json json{{"database", platform::text::toUtf8(head.name)}, {"type", head.type}};
     Json& sort = json["sort"] = Json::array();
-    // A database without sort orders has one of no property.
+    // For a database without sort orders, `head.sort` has a single element, with property 0 and without flags.
     const bool hasNone = head.sort.size() == 1 && head.sort.front().propid == 0 && head.sort.front().dwFlags == 0;
     for (const SORTORDERSPEC& order : head.sort)
         if (!hasNone)

@@ -1,4 +1,4 @@
-// json_lines.h - databases as JSON lines, and back.
+// json_lines.h - writes databases as JSON lines, and reads them.
 //
 // A line {"database": NAME, "type": N, "sort": [{"property": N, "flags": N}...]} begins a database. Each following line
 // {"record": [PROPERTY...]} is one record, in the order of the database. property_json.h describes PROPERTY.

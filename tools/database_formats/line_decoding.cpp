@@ -22,7 +22,7 @@ Encoding encodingOf(const ContentLine& line)
     return word == "BASE64" || word == "B" ? Encoding::Base64 : Encoding::None;
 }
 
-// A "=" that isn't followed by two digits is kept, because some programs write it for itself.
+// Keeps a "=" that isn't followed by two hexadecimal digits, because some programs write a plain "=" without coding it.
 std::string fromQuotedPrintable(std::string_view value)
 {
     std::string bytes;
@@ -99,8 +99,9 @@ std::string fromWindows1252(const std::string& bytes)
     }
 }
 
-// Quoted-printable without CHARSET must be ASCII or UTF-8. Old desktop programs wrote Windows-1252. The user can't
-// convert such a file, because its bytes are ASCII. So Windows-1252 is assumed, and reported.
+// Quoted-printable without CHARSET should be ASCII or UTF-8, but old desktop programs wrote Windows-1252. The user
+// can't convert such a file, because its coded bytes are all ASCII. So a text that isn't valid UTF-8 is read as
+// Windows-1252, and the guess is reported.
 void bringToUtf8(ContentLine& line)
 {
     const Encoding encoding = encodingOf(line);
@@ -125,7 +126,7 @@ bool isQuotedPrintable(std::string_view line)
 {
     const std::string head = inCapitals(line.substr(0, line.find(':')));
     const std::size_t at = head.find("QUOTED-PRINTABLE");
-    // If a line has two encodings, the first one counts.
+    // If a line has two encodings, the first one applies.
     return at != std::string::npos && head.find("BASE64") > at && head.find("ENCODING=B") > at;
 }
 

@@ -1,16 +1,17 @@
-// line_decoding.h - decodes the values in older cards: quoted-printable, BASE64, character sets, fewer escapes.
+// line_decoding.h - decodes values of vCard 2.1 and 3.0: quoted-printable, BASE64, character sets, the escapes of 2.1.
 #pragma once
 
 #include "content_line.h"
 
 namespace database_formats {
 
-// `line` is a line as in the file.
+// `line` is the whole line as in the file.
 bool isQuotedPrintable(std::string_view line);
 
-// Converts the value to UTF-8 as the parameters of the line say. If that fails, the value stays as it is, and `fault`
-// says why. `leftOut` is set unless the line is plain text, which the user can convert. If the character set had to be
-// guessed, `guessed` is set.
+// Converts the value to UTF-8 as the parameters of the line say. If the character set had to be guessed, sets
+// `guessed`. If the conversion fails, the value stays as it is, and `fault` says why. A user can convert a file whose
+// lines are plain text, but not the encoded value of a line. So a failure sets `leftOut` if the line has an encoding or
+// a CHARSET.
 void decode(ContentLine& line);
 
 // Converts a value of vCard 2.1 to the escapes of later versions. In 2.1 a backslash escapes only ";", "," and itself.

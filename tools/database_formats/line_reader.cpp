@@ -71,7 +71,8 @@ void LineReader::determineEncoding()
         rest_.remove_prefix(2);
 }
 
-// A character of two units can lie on the border of two pieces, so its first unit waits for the next piece.
+// A character of two units can be split between two pieces. Then its first unit stays in `text_` until the next piece
+// is converted.
 void LineReader::convert(bool ended)
 {
     if (rest_.size() % 2 != 0)

@@ -120,7 +120,8 @@ Moment momentFrom(std::string_view text)
     Moment moment = MomentParser(text).parse();
     if (moment.second == 60)  // a leap second, which the times of the store don't have
         moment.second = 59;
-    // SystemTimeToFileTime checks that the date exists, but only after 1601. The calendar repeats every 400 years.
+    // SystemTimeToFileTime checks whether the date exists, but refuses all years before 1601. The calendar repeats
+    // every 400 years, so 2000 years later the same dates exist.
     const SYSTEMTIME time = systemTimeOf(moment, moment.year + 2000);
     FILETIME ignored{};
     if (!SystemTimeToFileTime(&time, &ignored))

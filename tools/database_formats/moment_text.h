@@ -1,4 +1,4 @@
-// moment_text.h - conversion between ISO 8601 texts, dates with times, and the times of the store.
+// moment_text.h - converts between ISO 8601 texts, dates with times, and the times of the object store.
 #pragma once
 
 #include "ce/types.h"
@@ -19,21 +19,21 @@ struct Moment {
     std::optional<int> minutesEast;  // offset from UTC, 0 for "Z". Nothing: the text has no offset.
 };
 
-// A date ("2025-03-11" or "20250311"), optionally with a time ("T08:30", "T083000", "T08:30:00.5") and an offset ("Z",
-// "+01:00", "-0530"). A space is accepted in place of the T. Throws a FormatFault.
+// Parses a date ("2025-03-11" or "20250311"), optionally with a time ("T08:30", "T083000", "T08:30:00.5") and an offset
+// ("Z", "+01:00", "-0530"). A space is accepted in place of the T. Throws a FormatFault.
 Moment momentFrom(std::string_view text);
 
-// Ignores `minutesEast`. Nothing before 1601.
+// Converts the date and the time of day, and ignores `minutesEast`. Returns nothing for a time before 1601.
 std::optional<FILETIME> fileTimeOf(const Moment& moment);
 
-// Nothing after the year 9999.
+// Returns nothing for a time after the year 9999.
 std::optional<Moment> momentOf(const FILETIME& time);
 
-// "2025-03-11T08:30:00", with ".1234567" if there is a fraction of a second. After the year 9999: the number of 100 ns
-// steps since 1601.
+// Returns a text such as "2025-03-11T08:30:00", with ".1234567" if there is a fraction of a second. After the year
+// 9999, returns the number of 100 ns steps since 1601.
 std::string timeText(const FILETIME& time);
 
-// "20250311T083000" and "20250311".
+// Return texts such as "20250311T083000" and "20250311".
 std::string basicTime(const Moment& moment);
 std::string basicDate(const Moment& moment);
 

@@ -30,7 +30,7 @@ const std::string& textIn(const Json& json, const char* what)
 }
 
 // Removes a piece from the beginning of the text and returns it. No piece ends between the two units of a character.
-// With pieces, a large text isn't in memory a second time.
+// Writing in pieces avoids a second copy of a large text in memory.
 std::u16string_view takePiece(std::u16string_view& text)
 {
     constexpr std::size_t PieceUnits = 4096;
@@ -76,7 +76,7 @@ void writeBytes(std::ostream& out, CEBLOB bytes)
     out << '"';
 }
 
-// Nothing for a value that JSON has no number for.
+// Returns the value as a JSON number. Returns nothing if JSON has no number for the value.
 std::optional<Json> numberIn(const CEPROPVAL& property)
 {
     switch (LOWORD(property.propid)) {

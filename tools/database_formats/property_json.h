@@ -1,4 +1,4 @@
-// property_json.h - a property of a record as JSON, and back without loss.
+// property_json.h - writes a property of a record as JSON, and reads it back without loss.
 #pragma once
 
 #include "database_formats/record.h"
@@ -18,7 +18,7 @@ namespace database_formats {
 //   text    a string. "units" in place of "value" is a list of UTF-16 units, for a text that isn't valid UTF-16.
 //   blob    a string of hexadecimal digits
 //   other   "bits" in place of "value", in hexadecimal digits (see bitsOf). Also for a number that JSON can't hold.
-// Writes large values in pieces, so it needs no second copy of them in memory.
+// Writes large values in pieces, so that no second copy of them is in memory.
 void writeJson(std::ostream& out, const CEPROPVAL& property);
 
 // Adds the property to the record. Throws a FormatFault.

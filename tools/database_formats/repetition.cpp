@@ -54,7 +54,8 @@ std::string_view weekdayOf(const Moment& moment)
     return names[weekday(sys_days(date)).c_encoding()];
 }
 
-// True if the part of the rule only repeats what follows from the start, so that it can be ignored.
+// Returns true if the part of the rule can be ignored. The part either repeats what follows from the start of the
+// appointment, or it is WKST. WKST has no effect on the rules that are accepted.
 bool followsFromStart(const std::string& frequency, std::string_view name, std::string_view value, const Moment& start)
 {
     if (name == "WKST")

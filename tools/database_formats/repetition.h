@@ -1,4 +1,4 @@
-// repetition.h - durations and repetitions as iCalendar writes them.
+// repetition.h - converts durations and repetitions of iCalendar.
 #pragma once
 
 #include "moment_text.h"
@@ -12,15 +12,16 @@
 
 namespace database_formats {
 
-// The seconds of a duration such as "PT45M", "P1D" or "-PT15M". Throws a FormatFault.
+// Returns the seconds of a duration such as "PT45M", "P1D" or "-PT15M". Throws a FormatFault.
 std::int64_t durationFrom(std::string_view text);
 
-// "P2D" for whole days, otherwise "PT45M".
+// Returns a text such as "P2D" for whole days, otherwise a text such as "PT45M".
 std::string durationText(LONG minutes);
 
-// The interval of a rule in days: 7 for weekly, 365 for yearly. Nothing for a rule that has more than an interval, such
-// as an end, several days of a week, or months.
+// Returns the interval of a rule in days: 7 for FREQ=WEEKLY, 365 for FREQ=YEARLY. Returns nothing for a rule that an
+// interval in days can't express. Examples are FREQ=MONTHLY, a rule with an end and a rule with several weekdays.
 std::optional<ULONG> repetitionFrom(std::string_view rule, const Moment& start);
+// Returns a rule such as "FREQ=WEEKLY;INTERVAL=2" for 14 days.
 std::string repetitionText(ULONG days);
 
 }  // namespace database_formats

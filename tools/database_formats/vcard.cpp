@@ -14,7 +14,8 @@ namespace database_formats {
 
 namespace {
 
-// The line with the version may follow the lines that it applies to, so the whole card is read first.
+// Converts the escapes of a vCard of version 2.1. The version applies to all lines, but the line with the version may
+// come after other lines. So the function needs the whole vCard.
 void convertEscapes(Component& card)
 {
     if (std::ranges::none_of(card.lines,
@@ -70,7 +71,7 @@ void readVCards(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut)
         return;
     if (leftOut.count() != 0)
         throw FormatFault("there is no card in the file");
-    (void)target.begin(contactsHead());  // the export of an empty database
+    (void)target.begin(contactsHead());  // a file without vCards is the export of an empty database
 }
 
 }  // namespace database_formats

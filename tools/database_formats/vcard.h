@@ -1,4 +1,4 @@
-// vcard.h - databases of contacts as a vCard file, and back.
+// vcard.h - writes databases of contacts as a vCard file, and reads such a file.
 #pragma once
 
 #include "database_formats/database.h"

@@ -14,7 +14,7 @@ namespace database_formats {
 
 namespace {
 
-// The component as a reader of the file gets it.
+// Returns the component as a reader would read it from a file.
 Component readBackFrom(const std::string& text)
 {
     std::istringstream in(text);
@@ -25,7 +25,7 @@ Component readBackFrom(const std::string& text)
     return std::move(*component);
 }
 
-// A number of 0 is the same as none: neither gets a line.
+// Returns whether the property is a number 0. The formats have no line for a number 0, and none for a missing number.
 bool isNothing(const CEPROPVAL& property)
 {
     return LOWORD(property.propid) != CEVT_LPWSTR && property.wFlags == 0 && valueText(property, Controls::Kept) == "0";
@@ -53,7 +53,7 @@ std::string writtenText(const Component& component, const Reading& read, std::sp
             if (!comesBack(property, readBack.properties()))
                 leftOut.add(nameOf(property.propid));
     } catch (const FormatFault& fault) {
-        // Without its line, which is relative to the beginning of this record.
+        // The line number is dropped: it is relative to the beginning of this record.
         throw FormatFault(std::string("the format can't hold a record: ") + fault.what());
     }
     return text;

@@ -1,4 +1,4 @@
-// written_text.h - writes a component, and finds out what of a record it can't hold.
+// written_text.h - writes a component, and finds out which properties of a record the component can't hold.
 #pragma once
 
 #include "component.h"
@@ -13,11 +13,12 @@
 
 namespace database_formats {
 
-// Reads the fields of a component.
+// A function that converts a component to a record.
 using Reading = std::function<Record(const Component&, LeftOut&)>;
 
-// The text of the component that was made of `properties`. It is read again: each property that doesn't come back as it
-// was is counted as left out, under its name. Throws a FormatFault if the record is too large to be read again.
+// Returns the text of `component`, which was made from `properties`. The function also reads the text again with
+// `read`. If a property then has another value or is missing, the function counts it as left out under the property's
+// name. Throws a FormatFault if the record is too large to be read again.
 std::string writtenText(const Component& component, const Reading& read, std::span<const CEPROPVAL> properties,
                         LeftOut& leftOut);
 

@@ -1,4 +1,4 @@
-// bounded_cache.h - values that took time to make. Those that were used last are kept.
+// bounded_cache.h - a cache for values that take time to make. It keeps the most recently used ones.
 #pragma once
 
 #include "kernel/mutex.h"
@@ -12,16 +12,16 @@
 
 namespace quillbox_mount {
 
-// Any thread. A value that is dropped lives on as long as somebody uses it.
+// Can be used on any thread. A value that the cache drops stays alive as long as a caller has a pointer to it.
 template <class Value>
 class BoundedCache {
 public:
     using Shared = std::shared_ptr<Value>;
 
-    // The costs of all kept values together are at most `limit`.
+    // The sum of the costs of all cached values is at most `limit`.
     explicit BoundedCache(std::uint64_t limit) : limit_(limit) {}
 
-    // Null if there is no such value.
+    // Returns null if there is no such value.
     Shared find(std::uint64_t key) EXCLUDES(mutex_)
     {
         const platform::kernel::MutexLock lock(mutex_);
@@ -32,8 +32,9 @@ public:
         return place->second->value;
     }
 
-    // Returns the value that is kept, which is another one if a second thread made it at the same time. A value that
-    // costs more than the limit is kept alone.
+    // Adds the value and returns it. If another thread has already added a value for the key, returns the earlier
+    // value. A value that costs more than the limit counts as much as the limit. So the cache then drops all other
+    // values.
     Shared add(std::uint64_t key, Shared value, std::uint64_t cost) EXCLUDES(mutex_)
     {
         const platform::kernel::MutexLock lock(mutex_);
@@ -58,7 +59,7 @@ private:
 
     const std::uint64_t limit_;
     platform::kernel::Mutex mutex_;
-    std::list<Entry> entries_ GUARDED_BY(mutex_);  // the one that was used last comes first
+    std::list<Entry> entries_ GUARDED_BY(mutex_);  // the most recently used one comes first
     std::unordered_map<std::uint64_t, typename std::list<Entry>::iterator> places_ GUARDED_BY(mutex_);
     std::uint64_t used_ GUARDED_BY(mutex_) = 0;
 };

@@ -12,7 +12,7 @@ namespace quillbox_mount {
 
 namespace {
 
-constexpr std::size_t CopiedBytes = 262144;  // with one call
+constexpr std::size_t CopiedBytes = 262144;  // bytes that one read copies
 
 std::filesystem::path dataPathOf(const archive::SetFiles& files)
 {

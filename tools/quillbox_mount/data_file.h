@@ -1,4 +1,4 @@
-// data_file.h - the data file of a set, for reads at any place by any thread.
+// data_file.h - the data file of a set. Any thread can read it at any offset.
 #pragma once
 
 #include "archive/set_files.h"
@@ -15,26 +15,27 @@ namespace quillbox_mount {
 
 class DataFile {
 public:
-    // A link isn't followed. A file that can't be opened is one that can't be read.
+    // Opens the file, but doesn't follow a link. If the file can't be opened, all reads fail.
     explicit DataFile(const archive::SetFiles& files);
 
-    // It couldn't be opened only because too many files are open, or there is too little memory.
+    // True if the file couldn't be opened only because too many files are open or memory is short.
     [[nodiscard]] bool mayOpenLater() const { return mayOpenLater_; }
 
-    // False if another file has the name now, or if the file was written to. True if it couldn't be opened.
+    // Returns false if another file has the name now, or if the file was written to. Returns true if the constructor
+    // couldn't open the file.
     [[nodiscard]] bool isStill(const archive::SetFiles& files) const;
 
-    // Returns the number of bytes read. It is less than asked only at the end of the file and after an error. It is 0
-    // once the file was written to.
+    // Returns the number of bytes read. The number is smaller than requested only at the end of the file and after an
+    // error. It is 0 once the file was written to.
     [[nodiscard]] std::size_t read(std::uint64_t offset, std::span<std::byte> buffer) const;
 
-    // Writes the bytes from `start` to before `end` to a stream. False if they aren't all there, or after a failed
-    // write.
+    // Copies the bytes from `start` up to, but not including, `end` to a stream. Returns false if the file doesn't have
+    // all of these bytes or if a write fails.
     [[nodiscard]] bool copy(std::uint64_t start, std::uint64_t end, std::ostream& out) const;
 
 private:
     platform::host::Descriptor file_;
-    struct stat opened_ {};  // as it was opened
+    struct stat opened_ {};  // the status of the file when it was opened
     bool mayOpenLater_ = false;
 };
 

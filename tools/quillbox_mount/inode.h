@@ -1,4 +1,4 @@
-// inode.h - libfuse, and how it names files and passes their bytes.
+// inode.h - includes libfuse, and converts between its types and ours: inode numbers and buffers.
 #pragma once
 
 #include "shown_sets.h"
@@ -20,7 +20,7 @@ inline Place placeOf(fuse_ino_t inode)
     return {static_cast<std::uint32_t>(inode >> 32), static_cast<std::uint32_t>(inode)};
 }
 
-// A buffer of this size for the kernel. The macro of libfuse for it isn't C++.
+// Returns a libfuse buffer of this size. Libfuse's own macro for this isn't valid C++.
 inline fuse_bufvec bufferOf(std::size_t bytes)
 {
     fuse_bufvec buffer{};

@@ -36,7 +36,8 @@ int refuse(int exitCode, const std::string& sentence)
     return exitCode;
 }
 
-// The process leaves its working folder when it goes to the background, and the paths of the sets are absolute.
+// When the process goes to the background, it leaves its working folder. So the path of the mount's folder must be
+// absolute, as those of the sets are.
 int mount(const CommandLine& line)
 {
     const archive::FoundSets found = archive::searchSets({line.where}, line.recursive);

@@ -1,14 +1,16 @@
-// mount_point.h - what has to be there before sets can be mounted.
+// mount_point.h - checks whether sets can be mounted on a folder and on this computer.
 #pragma once
 
 #include <string>
 
 namespace quillbox_mount {
 
-// Why the folder can't be mounted on: a sentence without its point. Empty if it is an empty folder.
+// Returns why nothing can be mounted on the folder, as a sentence without its final point. Returns an empty text if the
+// folder exists and is empty.
 std::string folderFault(const std::string& folder);
 
-// Why this computer can't mount a file system of a user's program. Empty if it can, as far as that shows.
+// Returns why this computer can't mount a file system of a user's program. Returns an empty text if nothing is known to
+// prevent the mount.
 std::string computerFault();
 
 }  // namespace quillbox_mount

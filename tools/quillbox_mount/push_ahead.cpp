@@ -9,7 +9,8 @@ namespace quillbox_mount {
 namespace {
 
 constexpr std::uint32_t MostPushedFiles = 128;
-constexpr std::uint64_t MostSkipped = 8;  // folders and files that a client that reads in order may pass over
+// A client may skip this number of folders and files and still count as reading in order.
+constexpr std::uint64_t MostSkipped = 8;
 constexpr std::uint64_t MostOfOne = 131072;
 constexpr std::uint64_t MostPushedBytes = 4 * 1024 * 1024;
 
@@ -18,8 +19,8 @@ std::uint64_t numberOf(Place file)
     return std::uint64_t{file.set} << 32 | file.node;
 }
 
-// Adds to the number of pushed bytes. False if the kernel doesn't know the file, because no client has listed its
-// folder.
+// Pushes the content into the kernel's cache, and adds its size to `bytes`. Returns false if the kernel doesn't know
+// the file, because no client has listed its folder.
 bool push(fuse_session* session, Place file, const Content& content, std::uint64_t& bytes)
 {
     off_t offset = 0;
@@ -34,7 +35,7 @@ bool push(fuse_session* session, Place file, const Content& content, std::uint64
     return true;
 }
 
-// `file` becomes the last one that was pushed, or that is empty.
+// Pushes the files that follow `file`. `file` becomes the last file that was pushed. An empty file counts as pushed.
 void pushAfter(fuse_session* session, ShownSets& sets, Place& file, const std::atomic<bool>& ends)
 {
     std::uint64_t bytes = 0;
@@ -57,7 +58,7 @@ void PushAhead::after(fuse_session* session, ShownSets& sets, Place file) noexce
     try {
         pushAfter(session, sets, file, ends_);
     } catch (const std::exception&) {
-        // There is too little memory, and the kernel asks for the files.
+        // There is too little memory. The kernel will request the files when a client reads them.
     }
     last_ = numberOf(file);
     isPushing_.clear();

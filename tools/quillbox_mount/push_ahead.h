@@ -1,7 +1,8 @@
-// push_ahead.h - gives the kernel small files before it asks for them, when they are read in the order of their set.
+// push_ahead.h - pushes small files into the kernel's cache before a client reads them. It does so if the client reads
+// files in the order of their set.
 //
-// A copy of many small files otherwise waits for an answer for each. With this the kernel has most of them already, and
-// the mount unpacks the next ones while the copy works.
+// Without this, a client that copies many small files waits for an answer for each file. With it, the kernel already
+// has most of the files, and the mount unpacks the next ones while the client works.
 #pragma once
 
 #include "shown_sets.h"
@@ -13,21 +14,22 @@ struct fuse_session;
 
 namespace quillbox_mount {
 
-// Any thread.
+// Can be used on any thread.
 class PushAhead {
 public:
-    // Call it after the answer to a read of this file. The caller answers no request meanwhile, since the kernel may
-    // wait for the answer to another read before it takes a file.
+    // Call it after the answer to a read of this file. The call can block, because the kernel may need the answer to
+    // another read before it accepts a pushed file. The calling thread can't send this answer. So other threads must
+    // answer requests in the meantime.
     void after(fuse_session* session, ShownSets& sets, Place file) noexcept;
 
-    // Prevents further pushes, and waits for the one that is in progress. Call it while requests are still answered:
-    // the kernel takes a page only after the read that it waits for was answered.
+    // Prevents further pushes, and waits for the push that is in progress. Call it while other threads still answer
+    // requests. If a read of a pushed page is pending, the kernel accepts the page only after this read was answered.
     void end() noexcept;
 
 private:
     std::atomic<std::uint64_t> last_ = 0;  // the last file that was read or pushed
-    std::atomic<bool> ends_ = false;       // a thread looks at it after it has set isPushing_
-    std::atomic_flag isPushing_;           // one thread pushes, so that the others can answer
+    std::atomic<bool> ends_ = false;       // a thread checks `ends_` after it has set isPushing_
+    std::atomic_flag isPushing_;           // only one thread pushes at a time, so that the others can answer requests
 };
 
 }  // namespace quillbox_mount

@@ -15,13 +15,13 @@ namespace quillbox_mount {
 
 namespace {
 
-// Nothing ever changes, so the kernel asks once.
+// How long the kernel may cache an answer. The mounted files never change, so the kernel needs to ask only once.
 constexpr double Forever = 365.0 * 24 * 60 * 60;
 constexpr blksize_t FilePreferredBytes = 131072;
-// The C library of a client reads folders with a buffer of this size, and then keeps as much freed memory. With less
-// than this, cp maps and unmaps its buffer of 128 KB for each file.
+// The C library of a client reads folders with a buffer of this size. After it has freed the buffer, it keeps up to
+// this much freed memory for reuse. With a smaller value, cp would map and unmap its buffer of 128 KB for each file.
 constexpr blksize_t FolderPreferredBytes = 262144;
-constexpr std::size_t MostParts = 512;  // of an answer. The host takes 1024 (IOV_MAX).
+constexpr std::size_t MostParts = 512;  // of an answer. The host accepts 1024 (IOV_MAX).
 constexpr mode_t FolderMode = S_IFDIR | 0555;
 constexpr mode_t FileMode = S_IFREG | 0444;
 
@@ -35,7 +35,8 @@ ShownSets& setsOf(fuse_req_t request)
     return stateOf(request).sets;
 }
 
-// Answers with the error that `act` returns, or that an exception stands for. `act` answers itself if it returns 0.
+// Calls `act`. If `act` returns 0, it has answered the request itself. Otherwise answers with the error that `act`
+// returns, or with the error for the exception that it throws.
 template <class Act>
 void answer(fuse_req_t request, const Act& act)
 {
@@ -56,7 +57,7 @@ struct stat statusOf(Place place, const Attributes& attributes)
     struct stat status {};
     status.st_ino = inodeOf(place);
     status.st_mode = attributes.isFolder ? FolderMode : FileMode;
-    status.st_nlink = 1;  // of a folder: the number isn't known
+    status.st_nlink = 1;  // also for a folder, whose number of links isn't known
     static const uid_t user = ::getuid();
     static const gid_t group = ::getgid();
     status.st_uid = user;
@@ -68,7 +69,8 @@ struct stat statusOf(Place place, const Attributes& attributes)
     return status;
 }
 
-// A size that isn't known yet is asked for again when it is needed.
+// Fills `entry`. Returns 0 or an error. If the size isn't known yet, the attributes get a timeout of 0. Then the kernel
+// asks for them again when it needs the size.
 int entryOf(ShownSets& sets, Place place, fuse_entry_param& entry)
 {
     Attributes attributes{};
@@ -96,7 +98,7 @@ void find(fuse_req_t request, fuse_ino_t parent, const char* name)
         Place found;
         fuse_entry_param entry{};
         const int error = setsOf(request).find(placeOf(parent), name, found);
-        entry.entry_timeout = Forever;  // that there is no such name stays true, too
+        entry.entry_timeout = Forever;  // a name that doesn't exist will never exist
         if (error == EIO)
             return error;
         if (const int unread = error == 0 ? entryOf(setsOf(request), found, entry) : 0)
@@ -118,7 +120,7 @@ void getAttributes(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*
     });
 }
 
-// ENOSYS tells the kernel that it needs no request to open a file, and to close one.
+// ENOSYS tells the kernel that it can open and close files without a request.
 void open(fuse_req_t request, fuse_ino_t /*inode*/, fuse_file_info* file)
 {
     file->keep_cache = 1;
@@ -173,7 +175,7 @@ void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset,
     state.ahead.after(state.session, state.sets, placeOf(inode));
 }
 
-// The bytes of a listing, up to a limit.
+// Collects the bytes of a listing, up to a limit.
 class Listing {
 public:
     Listing(fuse_req_t request, std::size_t limit)
@@ -181,7 +183,7 @@ public:
     {
     }
 
-    // False if there is no room. `next` is where a listing goes on after this entry.
+    // Returns false if there is no room for the entry. `next` is the offset where a listing continues after this entry.
     bool add(const char* name, const fuse_entry_param& entry, bool withAttributes, off_t next)
     {
         char* const at = bytes_.get() + used_;
@@ -203,7 +205,8 @@ private:
     std::size_t used_ = 0;
 };
 
-// The entries of a folder are "." and "..", then its children. The offset of an entry is its number in this order.
+// Describes the entry of a folder with this number. The entries are ".", "..", and then the children of the folder. The
+// number is the offset of the entry in a listing.
 int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttributes, std::string& name,
             fuse_entry_param& entry)
 {
@@ -226,8 +229,8 @@ int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttribut
     return error;
 }
 
-// Measures files ahead while the client uses the answer. One thread does it at a time, so that no two measure the same
-// files.
+// Determines the sizes of the next files while the client uses the answer. Only one thread does so at a time, because
+// two threads would measure the same files.
 void measureAfter(RequestState& state, Place file) noexcept
 {
     if (state.isMeasuring.test_and_set())
@@ -235,7 +238,7 @@ void measureAfter(RequestState& state, Place file) noexcept
     try {
         state.sets.measureAfter(file);
     } catch (const std::exception&) {
-        // There is too little memory, and the next listing does it.
+        // There is too little memory. The next listing tries again.
     }
     state.isMeasuring.clear();
 }

@@ -1,4 +1,4 @@
-// requests.h - the requests of the kernel that the mount answers.
+// requests.h - the functions that answer the kernel's requests to the mounted file system.
 #pragma once
 
 #include "inode.h"
@@ -14,9 +14,10 @@ struct RequestState {
     ShownSets& sets;
     fuse_session* session = nullptr;
     PushAhead ahead = {};
-    std::atomic_flag isMeasuring = {};  // a thread measures files ahead
-    bool mayLeaveOutOpen = false;     // the kernel reads files and folders that were never opened. Set before the first
-    bool mayLeaveOutOpenDir = false;  // request.
+    std::atomic_flag isMeasuring = {};  // set while a thread determines the sizes of the next files
+    // True if the kernel also reads files and folders that were never opened. Set before the first request.
+    bool mayLeaveOutOpen = false;
+    bool mayLeaveOutOpenDir = false;
 };
 
 const fuse_lowlevel_ops& requests();

@@ -13,7 +13,7 @@ namespace {
 
 constexpr DWORD LengthBytes = sizeof(DWORD);
 
-// What unpacking needs, for each thread.
+// The buffers for unpacking. Each thread has its own.
 struct Workspace {
     BYTE packed[PackedBlockBytes];
     BYTE raw[RawBlockBytes];
@@ -27,11 +27,12 @@ Workspace& workspace()
 
 }  // namespace
 
-// A stream of at most so many blocks (8 MB) is unpacked for its size. With a size that is too large, the kernel would
-// show zeros after the end to a second reader.
+// A stream of at most this many blocks (8 MB) is unpacked as a whole to determine its size. If the reported size were
+// too large, the kernel would show zeros after the end to a second reader.
 constexpr std::size_t MostCounted = 64;
 
-// Reads a stream that is shorter than the buffer with one pread, and lengths of blocks that lie close together too.
+// Reads from the data file through a buffer. A stream that is shorter than the buffer needs only one pread. One pread
+// also reads the lengths of several blocks that lie close together.
 class SeekableStream::Source {
 public:
     Source(const DataFile& data, std::uint64_t start, std::uint64_t end) : data_(data), end_(end), lastLength_(start)
@@ -44,7 +45,7 @@ public:
         return filled_ >= StreamMagicBytes && std::memcmp(buffer_.data(), StreamMagic, StreamMagicBytes) == 0;
     }
 
-    // The packed size of the block at `offset`. 0 if there is no whole block.
+    // Returns the packed size of the block at `offset`, or 0 if the stream has no whole block there.
     DWORD packedBytesAt(std::uint64_t offset)
     {
         DWORD packed = 0;
@@ -56,7 +57,7 @@ public:
         return packed <= PackedBlockBytes && packed <= end_ - offset - LengthBytes ? packed : 0;
     }
 
-    // False if the bytes aren't all there.
+    // Returns false if not all of the bytes can be read.
     bool read(std::uint64_t offset, std::span<std::byte> bytes) const
     {
         if (!holds(offset, bytes.size()))
@@ -79,8 +80,8 @@ private:
 
     const DataFile& data_;
     const std::uint64_t end_;
-    std::uint64_t lastLength_;             // where the length that was asked for last is
-    std::array<std::byte, 16384> buffer_;  // what is at `begin_`
+    std::uint64_t lastLength_;             // offset of the block length that was read last
+    std::array<std::byte, 16384> buffer_;  // the bytes from offset `begin_` on
     std::uint64_t begin_ = 0;
     std::size_t filled_ = 0;
 };
@@ -96,7 +97,8 @@ SeekableStream::SeekableStream(const DataFile& data, DWORD start, DWORD end, std
     measure(source);
 }
 
-// Returns whether the stream is whole as far as the lengths of its blocks say.
+// Returns whether the lengths of the blocks lead exactly to `end` and the last block is the empty one that closes a
+// stream.
 bool SeekableStream::findBlocks(Source& source, DWORD start, DWORD end)
 {
     if (!source.beginsWithMagic())
@@ -169,7 +171,8 @@ SeekableStream::Place SeekableStream::placeOf(std::uint64_t offset)
     return {Place::Kind::Block, static_cast<std::size_t>(after - starts_.begin()) - 1, *(after - 1)};
 }
 
-// Gives the next block its place. It is kept only if it can have the wanted byte.
+// Unpacks the next block to find out where it ends in the raw bytes. The block is cached only if it can contain the
+// byte at `wanted`.
 void SeekableStream::placeNext(std::uint64_t wanted)
 {
     const std::size_t next = starts_.size() - 1;
@@ -184,7 +187,7 @@ void SeekableStream::placeNext(std::uint64_t wanted)
         size_ = starts_.back() + (damaged_ ? 1 : 0);
 }
 
-// Null if it doesn't unpack.
+// Returns null if the block can't be unpacked.
 std::shared_ptr<RawBlock> SeekableStream::unpacked(std::size_t block, const Source* source) const
 {
     Workspace& work = workspace();
@@ -201,7 +204,7 @@ std::shared_ptr<RawBlock> SeekableStream::unpacked(std::size_t block, const Sour
 
 std::shared_ptr<RawBlock> SeekableStream::cached(std::size_t block, const Source* source) const
 {
-    constexpr std::uint64_t EntryBytes = 200;  // what a block costs besides its bytes
+    constexpr std::uint64_t EntryBytes = 200;  // the memory for a cached block besides its bytes
     const std::uint64_t key = set_ | offsets_[block];
     if (auto kept = cache_.find(key))
         return kept;

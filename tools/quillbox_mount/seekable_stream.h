@@ -1,8 +1,8 @@
-// seekable_stream.h - the raw bytes of one stream, read at any place. Only the blocks that are asked for are unpacked.
+// seekable_stream.h - the raw bytes of one stream, readable at any offset.
 //
-// The stream says where its blocks are, but not how many raw bytes are in each. A block before the last one has
-// RawBlockBytes, unless the file grew while it was backed up. So a block has its place only after those before it were
-// unpacked once. From then on each read unpacks no other block than those with its bytes.
+// The stream contains the packed size of each block, but not the number of its raw bytes. A block before the last one
+// has RawBlockBytes, unless the file grew while it was backed up. So the raw offset of a block is known only after all
+// blocks before it were unpacked once. From then on each read unpacks only the blocks that contain its bytes.
 #pragma once
 
 #include "bounded_cache.h"
@@ -21,7 +21,7 @@
 namespace quillbox_mount {
 
 using RawBlock = const std::vector<std::byte>;
-using BlockCache = BoundedCache<RawBlock>;  // by the set's number << 32 and the block's offset in the data file
+using BlockCache = BoundedCache<RawBlock>;  // key: the set's number << 32 | the block's offset in the data file
 
 // Some consecutive bytes of a block.
 struct Piece {
@@ -30,38 +30,40 @@ struct Piece {
     std::size_t bytes;
 };
 
-// Any thread.
+// Can be used on any thread.
 class SeekableStream {
 public:
-    // Reads the lengths of the blocks from `start` to before `end`, and unpacks the last one. `data`, `cache`
-    // and `ends` outlive the stream. `set` is the set's number in the cache. Once `ends` is true, the search for
-    // blocks stops, and what it hasn't found counts as damaged.
+    // Reads the lengths of the blocks between the offsets `start` and `end`, and unpacks the last block. `data`,
+    // `cache` and `ends` must outlive the stream. `set` is the set's number in the cache. Once `ends` is true, the
+    // search for blocks stops, and the rest of the stream counts as damaged.
     SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache,
                    const std::atomic<bool>& ends);
 
-    // The number of raw bytes. In a stream of more than 64 blocks it is too large until a read has come to the end, if
-    // a block before the last one isn't full. For a damaged stream: what is before the damage, and one byte that can't
-    // be read.
+    // The number of raw bytes. A stream of more than 64 blocks can have a block before the last one that isn't full.
+    // Then the number is too large until a read has reached the end. For a damaged stream, the number includes the
+    // bytes before the damage, and one byte that can't be read.
     std::uint64_t size() const { return size_; }
-    // In a stream of more than 64 blocks that shows only after a read, if it isn't in the lengths or the last block.
+    // Returns whether damage was found. In a stream of more than 64 blocks, only a read finds damage that is neither in
+    // the lengths nor in the last block.
     bool isDamaged() EXCLUDES(mutex_);
 
-    // What the stream itself needs.
+    // The memory that this object needs without the cached blocks.
     std::uint64_t memoryBytes() const
     {
         return sizeof *this + offsets_.size() * (sizeof(DWORD) + sizeof(std::uint64_t));
     }
 
-    // Appends the pieces from `offset` on. They are fewer bytes only at the end. False if damage is among them, or if
-    // `offset` is beyond the end, but not beyond a size that was too large. The kernel would believe an empty answer
-    // that comes before the one with the last bytes, and show zeros between the two.
+    // Appends the pieces with the bytes from `offset` on. The pieces have fewer than `bytes` bytes only at the end of
+    // the stream. Returns false if there is damage in these bytes. Also returns false if `offset` is beyond the end,
+    // but below a size that was reported too large. With an empty answer for such an offset, and a later answer with
+    // the last bytes, the kernel would show zeros between the last bytes and the offset.
     [[nodiscard]] bool read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces) EXCLUDES(mutex_);
 
 private:
     struct Place {
         enum class Kind { Block, End, Damage } kind;
         std::size_t block;
-        std::uint64_t start;  // of the block, in raw bytes. End and Damage: where the bytes end.
+        std::uint64_t start;  // raw offset of the block. For End and Damage: where the raw bytes end.
     };
 
     class Source;
@@ -77,14 +79,15 @@ private:
     const std::uint64_t set_;
     BlockCache& cache_;
     const std::atomic<bool>& ends_;
-    std::vector<DWORD> offsets_;  // of the blocks with raw bytes, and of what follows them
+    // In the data file: where each block with raw bytes begins, and where the last one ends.
+    std::vector<DWORD> offsets_;
     std::atomic<std::uint64_t> size_ = 0;
-    std::uint64_t firstSize_ = 0;  // size() at first
+    std::uint64_t firstSize_ = 0;  // size() after construction
 
     platform::kernel::Mutex mutex_;
-    // Where each block begins in the raw bytes, and where the last of these ends: of the blocks that have their place.
+    // The blocks whose raw offset is known: where each of them begins in the raw bytes, and where the last one ends.
     std::vector<std::uint64_t> starts_ GUARDED_BY(mutex_) = {0};
-    std::size_t blocks_ GUARDED_BY(mutex_) = 0;  // that can have a place: those before the damage
+    std::size_t blocks_ GUARDED_BY(mutex_) = 0;  // number of blocks before the damage
     bool damaged_ GUARDED_BY(mutex_) = false;
 };
 

@@ -23,7 +23,7 @@ struct Free {
     void operator()(fuse_loop_config* config) const { fuse_loop_cfg_destroy(config); }
 };
 
-// While it exists, the folder is mounted.
+// Mounts the sets on the folder. The destructor unmounts the folder.
 class Mounted {
 public:
     Mounted(fuse_session* session, const std::string& folder)
@@ -45,7 +45,8 @@ private:
     bool isMounted_;
 };
 
-// Signals that end the mount, and the one that interrupts the thread of the loop.
+// The signals that EndBySignal waits for. All but SIGUSR1 end the mount. SIGUSR1 interrupts the thread of the loop and
+// the wait of EndBySignal.
 constexpr int Ending[] = {SIGINT, SIGTERM, SIGHUP, SIGUSR1};
 constexpr int Interrupting = SIGUSR1;
 
@@ -58,7 +59,8 @@ sigset_t endingSignals()
     return all;
 }
 
-// Called before anything is mounted. The threads that are started later block the signals too.
+// Blocks the signals that EndBySignal waits for. Call it before another thread is started, because new threads inherit
+// the blocked signals.
 void blockEndingSignals()
 {
     struct sigaction nothing {};
@@ -69,9 +71,9 @@ void blockEndingSignals()
     (void)pthread_sigmask(SIG_BLOCK, &ending, nullptr);
 }
 
-// A thread that waits for a signal and then ends the loop. The library's own handlers would end it at any moment. If a
-// thread is pushing a file then, the kernel can hold a page of it for a read that nobody answers any more, and the
-// thread never ends.
+// A thread that waits for a signal and then ends the loop. It replaces libfuse's own handlers, because they can end the
+// loop while a thread pushes file content to the kernel. The push then needs a page that the kernel has locked for a
+// pending read. No thread answers that read any more, so the push blocks forever.
 class EndBySignal {
 public:
     explicit EndBySignal(RequestState& state) : state_(state), thread_([this] { work(); })
@@ -99,8 +101,9 @@ private:
         state_.ahead.end();
         state_.sets.end();
         fuse_session_exit(state_.session);
-        // The loop waits for a semaphore that fuse_session_exit doesn't post. It may be about to wait, so once isn't
-        // enough.
+        // The loop waits for a semaphore that fuse_session_exit doesn't post, so a signal must interrupt the wait. A
+        // signal that arrives just before the wait begins has no effect. So the signal is sent repeatedly until the
+        // loop has ended.
         for (; !loopEnded_; std::this_thread::sleep_for(std::chrono::milliseconds(10)))
             (void)pthread_kill(loop_, Interrupting);
     }
@@ -111,7 +114,7 @@ private:
     std::thread thread_;
 };
 
-// Each text that was read and each set keeps a file open.
+// Raises the limit as far as possible. Each cached text and each set that was read keeps a file open.
 void raiseLimitOfOpenFiles()
 {
     rlimit limit{};
@@ -121,11 +124,11 @@ void raiseLimitOfOpenFiles()
     }
 }
 
-// The caller says in one sentence what is wrong.
+// Drops libfuse's own messages. The caller of serve() reports an error in one sentence.
 void dropMessage(fuse_log_level /*level*/, const char* /*format*/, va_list /*arguments*/) {}
 
-// Blocks of 128 KB come and go in all threads. By default the library would map each one anew, and grow and shrink a
-// heap for each thread, so that most of the time went to page faults.
+// All threads allocate and free blocks of 128 KB. By default the C library would map each block anew, and grow and
+// shrink a heap for each thread. Most of the time would then be spent on page faults.
 void keepMemory()
 {
     // NOLINTBEGIN(concurrency-mt-unsafe): there is one thread
@@ -143,7 +146,7 @@ std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
     keepMemory();
     raiseLimitOfOpenFiles();
     blockEndingSignals();
-    // The kernel checks the permissions by the attributes, and refuses every write.
+    // With these options the kernel checks permissions against the attributes, and refuses every write.
     char program[] = "quillbox-mount";
     char option[] = "-oro,default_permissions,fsname=quillbox,subtype=quillbox-mount";
     char* words[] = {program, option, nullptr};
@@ -161,7 +164,8 @@ std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
         return notMounted;
     const std::unique_ptr<fuse_loop_config, Free> config(fuse_loop_cfg_create());
     const EndBySignal signals(state);
-    const int ended = fuse_session_loop_mt(session.get(), config.get());  // 0, -1 without a thread, or -errno
+    // Returns 0, or -1 if a thread can't be started, or -errno.
+    const int ended = fuse_session_loop_mt(session.get(), config.get());
     if (ended == -1)
         return "the sets aren't mounted any more: a thread can't be started";
     if (ended < 0)

@@ -20,8 +20,8 @@ std::unique_ptr<const SetTree> SetReading::readTree(const SetFiles& files)
     return set.isOpen() ? std::make_unique<const SetTree>(set) : nullptr;
 }
 
-// The item alone becomes a data file in the temporary folder. The text has no name any more when that folder is
-// deleted.
+// Copies the item's stream to a temporary folder, as a data file that contains nothing else. The file of the text is in
+// this folder, too. It stays open without a name when the folder is deleted.
 ItemText SetReading::writeText(const DataFile& data, const Node& node)
 {
     const platform::kernel::MutexLock lock(mutex_);
@@ -41,7 +41,9 @@ ItemText SetReading::writeText(const DataFile& data, const Node& node)
     item.entry.endOffset = node.endOffset - node.startOffset;
     const std::string path = folder.path() + "/text";
     std::ofstream out(path, std::ios::binary);
-    database_formats::LeftOut leftOut;  // quillbox-set names it, and JSON lines have all of it
+    // Counts what the format can't represent. The mount doesn't show these counts. Quillbox-set reports them, and JSON
+    // lines leave nothing out.
+    database_formats::LeftOut leftOut;
     const std::string fault = writeItemText(copied, item, node.format, out, leftOut);
     out.flush();
     if (!fault.empty() || !out)

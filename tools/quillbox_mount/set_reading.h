@@ -1,11 +1,12 @@
-// set_reading.h - what the mount reads by the room `archive`, which reads one set at a time.
+// set_reading.h - reads sets with the code of tools/archive, which can read only one set at a time.
 //
 // The threads of the mount share these things, each with a mutex of its own:
-// - this object, which uses the platform's name space and the static buffers of src/set;
-// - the caches (bounded_cache.h): unpacked blocks, the places of blocks, texts;
-// - a stream that two of them read at the same time (seekable_stream.h).
-// Atomic are the sizes of files (shown_sets.h), the size of a stream, the file that was pushed last, and what says that
-// the mount ends. A set is loaded under a mutex of ShownSets. Its tree is written once, before it is shared.
+// - a SetReading, which uses the platform's mounts of host folders and the static buffers of src/set;
+// - the caches (bounded_cache.h): unpacked blocks, streams with the offsets of their blocks, texts;
+// - a stream that two threads read at the same time (seekable_stream.h).
+// The following are atomic: the sizes of files (shown_sets.h), the size of a stream, the file that was pushed last, and
+// the flags that end the mount. A set is loaded under a mutex of ShownSets. Its tree is written once, before it is
+// shared.
 #pragma once
 
 #include "archive/set_files.h"
@@ -23,18 +24,19 @@ namespace quillbox_mount {
 // An item as text, in a file without a name.
 struct ItemText {
     platform::host::Descriptor file = {};  // not open if the item is damaged or there is no room for the text
-    std::uint64_t bytes = 1;               // then this is a byte that can't be read
+    std::uint64_t bytes = 1;  // 1 if `file` isn't open: the shown file then has one byte, which can't be read
 };
 
-// Any thread. The calls wait for each other.
+// Can be used on any thread. A mutex ensures that only one call runs at a time.
 class SetReading {
 public:
-    // Null if the list can't be read.
+    // Returns null if the list can't be read.
     std::unique_ptr<const SetTree> readTree(const archive::SetFiles& files) EXCLUDES(mutex_);
 
-    // Needs space in the folder for temporary files: for the text, and for the item's stream and the image of a
-    // database meanwhile. `data` is the set's data file as it was opened: the names of the set may lead to another one
-    // now.
+    // Writes the item as text to a file without a name. This needs space in the folder for temporary files: for the
+    // text, and during the call also for the item's stream and the image of a database. `data` is the set's data file,
+    // which is already open. The call doesn't open the data file by its path, because the path may lead to another file
+    // by now.
     ItemText writeText(const DataFile& data, const Node& node) EXCLUDES(mutex_);
 
 private:

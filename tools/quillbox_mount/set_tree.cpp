@@ -33,7 +33,8 @@ std::optional<std::uint32_t> SetTree::child(std::uint32_t folder, std::string_vi
     return found == places_.end() ? std::nullopt : std::optional(found->second);
 }
 
-// A database is shown in each format that holds it. One whose type can't be read is damaged, and is shown once.
+// A database is shown in each format that can hold it. If its type can't be read, the database is damaged and is shown
+// only as JSON lines.
 void SetTree::addItem(const OpenFile& data, const Item& item)
 {
     if (std::string fault = targetFault(item); !fault.empty()) {
@@ -62,7 +63,7 @@ void SetTree::addItem(const Item& item, Format format)
         leftOut_ += item.text() + ": " + fault + '\n';
 }
 
-// Returns why it isn't possible, or an empty text.
+// Returns why the file can't be added, or an empty text.
 std::string SetTree::addPath(const std::vector<std::string>& names, Node&& file)
 {
     std::uint32_t folder = root;
@@ -90,7 +91,7 @@ std::uint32_t SetTree::add(std::uint32_t folder, const std::string& name, Node&&
     return index;
 }
 
-// An item of that name keeps it.
+// If an item already has the name of the note, the name gets a number, as in "comment (2).txt".
 void SetTree::addNote(const std::string& stem, std::string&& content)
 {
     Node note;

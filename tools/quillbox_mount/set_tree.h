@@ -1,4 +1,5 @@
-// set_tree.h - the folders and files that show one set, as its list says. It has nothing of their content.
+// set_tree.h - the folders and files that show one set. The tree is made from the set's list and contains no content of
+// items.
 #pragma once
 
 #include "archive/opened_set.h"
@@ -23,11 +24,11 @@ struct Node {
         Folder,
         File,  // an item whose stream has the bytes of the file
         Text,  // an item that is written as text
-        Note,  // a file of the set as a whole
+        Note,  // a file about the whole set, such as its comment
     };
 
     Kind kind = Kind::Folder;
-    BYTE itemKind = 0;  // of an item, and where its stream is
+    BYTE itemKind = 0;  // of an item; the two offsets are those of its stream
     DWORD startOffset = 0;
     DWORD endOffset = 0;
     database_formats::Format format = database_formats::Format::JsonLines;  // of a Text
@@ -39,7 +40,7 @@ struct Node {
 
 class SetTree {
 public:
-    // Reads the list to its end. What can't be shown is named in the file left-out.txt.
+    // Reads the list to its end. The note left-out.txt names the items that can't be shown.
     explicit SetTree(const archive::OpenedSet& set);
 
     static constexpr std::uint32_t root = 0;
@@ -67,8 +68,8 @@ private:
     std::uint32_t add(std::uint32_t folder, const std::string& name, Node&& node);
     void addNote(const std::string& stem, std::string&& content);
 
-    std::deque<Node> nodes_;                                      // they stay where they are
-    std::unordered_map<Place, std::uint32_t, HashPlace> places_;  // the names are those of the nodes
+    std::deque<Node> nodes_;                                      // a deque, so that their addresses stay the same
+    std::unordered_map<Place, std::uint32_t, HashPlace> places_;  // the names in a Place are views of the nodes' names
     std::string leftOut_;
 };
 

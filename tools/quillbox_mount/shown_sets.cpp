@@ -14,10 +14,11 @@ constexpr std::uint64_t MiB = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t BlocksLimit = 64 * MiB;
 constexpr std::uint64_t StreamsLimit = 32 * MiB;
 constexpr std::uint64_t TextsLimit = 256 * MiB;  // on the disk, in files without names
-// Measured ahead: more than one answer to a listing has, in time that nobody notices.
+// Limits on the files that one call of measureAfter() measures. One answer to a listing has fewer files, and measuring
+// them takes no noticeable time.
 constexpr std::uint32_t MostMeasured = 1024;
 constexpr std::uint64_t MostMeasuredBytes = 4 * MiB;
-constexpr std::uint64_t MostTexts = 256;  // each has a descriptor, too
+constexpr std::uint64_t MostTexts = 256;  // each also keeps a descriptor open
 
 std::time_t timeOf(const archive::SetDate& date)
 {
@@ -36,7 +37,8 @@ std::uint64_t keyOf(std::uint32_t set, std::uint32_t node)
     return std::uint64_t{set} << 32 | node;
 }
 
-// `size` becomes `now` if it is 0 or larger. Another thread may know a smaller one by now.
+// Sets `size` to `now` if `size` is 0 or larger than `now`. If another thread has set a smaller value in the meantime,
+// keeps that value.
 void lower(std::atomic<std::uint64_t>& size, std::uint64_t now)
 {
     for (std::uint64_t known = size; known == 0 || known > now;) {
@@ -210,7 +212,8 @@ int ShownSets::read(Place file, std::uint64_t offset, std::uint64_t bytes, Conte
     if (node.kind == Node::Kind::File) {
         const auto stream = streamOf(set, *loaded, file.node);
         const bool isRead = stream->read(offset, bytes, content.pieces);
-        lower(loaded->sizes[file.node], stream->size() + 1);  // the read may have come to the end
+        // The read may have reached the end, which can lower the size.
+        lower(loaded->sizes[file.node], stream->size() + 1);
         return isRead ? 0 : EIO;
     }
     if (node.kind == Node::Kind::Text) {
@@ -240,7 +243,7 @@ std::shared_ptr<SeekableStream> ShownSets::streamOf(const Shown& set, const Load
     return streams_.add(keyOf(set.number, node), made, made->memoryBytes());
 }
 
-// Two threads may write the same text, one after the other. That costs only time.
+// Two threads may write the same text, one after the other. This wastes time but has no other effect.
 std::shared_ptr<const ItemText> ShownSets::textOf(const Shown& set, const Loaded& loaded, std::uint32_t node)
 {
     if (auto kept = texts_.find(keyOf(set.number, node)))
@@ -249,7 +252,7 @@ std::shared_ptr<const ItemText> ShownSets::textOf(const Shown& set, const Loaded
         return std::make_shared<const ItemText>();
     auto made = std::make_shared<const ItemText>(reading_.writeText(loaded.data, loaded.tree->node(node)));
     if (!made->file)
-        return made;  // there may be room for it later, so it is tried again
+        return made;  // not cached, so that the next call tries again: there may be room for the text then
     return texts_.add(keyOf(set.number, node), made, made->bytes + TextsLimit / MostTexts);
 }
 

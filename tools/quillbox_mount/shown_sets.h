@@ -1,4 +1,4 @@
-// shown_sets.h - all that the mount shows: a folder for each set, its files, and their content.
+// shown_sets.h - the files and folders that the mount shows: a folder for each set, its files, and their content.
 #pragma once
 
 #include "archive/set_files.h"
@@ -23,7 +23,7 @@
 
 namespace quillbox_mount {
 
-// A set, and a node of its tree. The folder of all sets is the node 0 of set 0, so the sets count from 1.
+// A node of a set's tree. The sets are numbered from 1. Node 0 of set 0 is the folder of all sets.
 struct Place {
     std::uint32_t set = 0;
     std::uint32_t node = 0;
@@ -36,28 +36,28 @@ struct Attributes {
     bool isFolder;
     std::uint64_t bytes;
     std::time_t changed;
-    bool areFinal;  // false: the size isn't known yet, and 0
+    bool areFinal;  // false if the size isn't known yet. `bytes` is 0 then.
 };
 
-// What a read found: one of the three. It must live until it has been copied.
+// The result of a read. Only one of the three members is set. The object must live until its bytes have been copied.
 struct Content {
     std::vector<Piece> pieces;
     std::shared_ptr<const ItemText> text;
     std::string_view note;
 };
 
-// Which sizes are asked for. That of a text takes long, because the text has to be written.
+// Which sizes the caller wants. The size of a text takes long, because the text has to be written first.
 enum class Sizes { None, IfQuick, All };
 
-// Any thread, after the constructor. The results of the calls are 0 or an errno: ENOENT without such a name or place,
-// EIO for damage and for sets that can't be read.
+// After construction, the functions can be called on any thread. They return 0 or an errno: ENOENT if the name or Place
+// doesn't exist, EIO for damage and for sets that can't be read.
 class ShownSets {
 public:
     // Reads the dates of the sets.
     explicit ShownSets(const std::vector<archive::SetFiles>& sets);
 
-    // Reads the list of a set that is the only one. Otherwise the first request for a set reads its list, because a
-    // card may have many sets.
+    // If there is only one set, reads its list. If there are several, the first request for a set reads its list,
+    // because a card may have many sets.
     void readSingle();
 
     [[nodiscard]] int find(Place folder, std::string_view name, Place& found);
@@ -67,24 +67,26 @@ public:
         Place place;
         std::string_view name;
     };
-    // ENOENT if the folder has no more.
+    // Returns ENOENT if the folder has no child of this index.
     [[nodiscard]] int child(Place folder, std::size_t index, Child& found);
     Place parent(Place place);
 
-    // Finds out the sizes of some files that follow in the set. Somebody who lists one folder often lists the next.
+    // Determines the sizes of some files that follow `place` in its set. A client that lists one folder often lists the
+    // next one.
     void measureAfter(Place place);
 
-    // The bytes from `offset` on, and not more than there are.
+    // Reads the bytes from `offset` on, but not beyond the end of the file. For a text, `content` gets the whole text.
     [[nodiscard]] int read(Place file, std::uint64_t offset, std::uint64_t bytes, Content& content);
 
-    // From now on no call takes long. What isn't known yet counts as damaged.
+    // Makes all later calls return soon. From then on, blocks whose offset isn't known yet count as damaged.
     void end() { ends_ = true; }
 
-    // All bytes of a file with at most `most` of them, if somebody has asked for its size. False for anything else.
+    // Reads all bytes of a file. Returns false if the file has more than `most` bytes, if its size isn't known yet, or
+    // if `file` isn't an item that is shown as a file.
     [[nodiscard]] bool readSmall(Place file, std::uint64_t most, Content& content);
 
 private:
-    // What is read of a set when it is needed first.
+    // The parts of a set that are read when the set is needed for the first time.
     struct Loaded {
         Loaded(std::unique_ptr<const SetTree>&& ofSet, DataFile&& opened)
             : tree(std::move(ofSet)), data(std::move(opened)), sizes(tree->size())
@@ -93,8 +95,8 @@ private:
 
         std::unique_ptr<const SetTree> tree;
         DataFile data;
-        std::vector<std::atomic<std::uint64_t>> sizes;  // of the files, plus 1. 0: not known yet.
-        std::atomic<std::uint32_t> measuredEnd = 0;     // the files before it were measured ahead
+        std::vector<std::atomic<std::uint64_t>> sizes;  // the size of each file plus 1, or 0 if it isn't known yet
+        std::atomic<std::uint32_t> measuredEnd = 0;     // measureAfter() has measured up to this node
     };
     struct Shown {
         Shown(std::uint32_t numberOfSet, const archive::SetFiles& filesOfSet, std::string nameOfFolder,

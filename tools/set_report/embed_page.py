@@ -3,15 +3,16 @@
 
 embed_page.py PAGE_FOLDER OUTPUT_FOLDER
 
-Writes report_head.html and report_tail.html, between which a report puts its data. The page's policy names the digests of its
-style and its script, so that a browser runs nothing else.
+Writes report_head.html and report_tail.html. A report consists of the first file, its data and the second file. The content
+security policy of the page contains the digests of its style and its script. So a browser applies no other style and runs no
+other script.
 """
 import base64
 import hashlib
 import pathlib
 import sys
 
-# In this order, as one script.
+# The page's script consists of these files, in this order.
 SCRIPTS = ("elements", "model", "row_table", "timeline", "treemap", "changes", "records", "page")
 
 

@@ -4,7 +4,8 @@ namespace set_report {
 
 namespace {
 
-// In JSON these characters occur only inside texts. Both separators begin with the bytes E2 80.
+// Returns the escape for the character at the beginning of `from`, or an empty text if the character needs none. JSON
+// has the escaped characters only inside texts. The separators U+2028 and U+2029 have three bytes each.
 std::string_view escapeOf(std::string_view from)
 {
     switch (from[0]) {

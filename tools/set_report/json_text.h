@@ -8,11 +8,11 @@
 
 namespace set_report {
 
-// The value as JSON in one line. No text in it can end the script element, begin another one or be a line end of
-// JavaScript: < > & U+2028 and U+2029 are escaped. Bytes that aren't UTF-8 become U+FFFD.
+// Returns the value as JSON in one line. < > & U+2028 and U+2029 are escaped. So no text in the value can end the
+// script element, begin another one or end a line of JavaScript. Bytes that aren't UTF-8 become U+FFFD.
 std::string jsonText(const nlohmann::ordered_json& value);
 
-// The text as a JSON string, in the same way.
+// Returns the text as a JSON string with the same escapes.
 std::string jsonString(std::string_view text);
 
 }  // namespace set_report

@@ -33,7 +33,7 @@ class Report {
 public:
     explicit Report(std::size_t sets) : sets_(sets) {}
 
-    // The newest set comes first.
+    // Adds a set to the report. The newest set must be added first.
     void add(std::size_t number, const SetFiles& files, const SetDate& date, Progress& progress)
     {
         tables_.beginSet(static_cast<unsigned>(number));

@@ -1,5 +1,6 @@
-// run_table.h - a table of things that many sets have, such as items. Each thing has a row, and successive
-// sets with the same state of it share one element. So 200 sets of the same files need little more space than one.
+// run_table.h - a table of things that many sets have, such as items. Each thing has a row. Successive sets in which
+// the thing has the same state share one element of the row. So 200 sets of the same files need little more space than
+// one.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +11,7 @@
 
 namespace set_report {
 
-// Identifies a thing in all sets. It is a hash, and long enough that two things never have the same one by chance.
+// Identifies a thing in all sets. It is a hash of 128 bits, so two things never have the same key by chance.
 struct RowKey {
     bool operator==(const RowKey&) const = default;
 
@@ -24,16 +25,18 @@ struct RowKeyHash {
 
 class RunTable {
 public:
-    // The rows become at most about this long. What comes later is ignored.
+    // Once all rows together have more than this many bytes, everything that is added later is ignored.
     explicit RunTable(std::size_t mostBytes) : mostBytes_(mostBytes) {}
 
-    // The next set. Their numbers are those of their dates, and the newest one comes first.
+    // Begins the next set. Sets are numbered in the order of their dates, and the newest set must come first.
     void beginSet(unsigned set) { set_ = set; }
 
-    // The set has the thing in this state. Things with the same key in one set are different things.
+    // Adds a thing of the current set in this state. If a key is added twice in one set, these are two different
+    // things.
     //
-    // head() returns what is the same in all sets, as elements of a JSON array: "1,\"\\a\"". `state` has elements of
-    // that array too, or is empty. Equal texts are equal states.
+    // head() returns the part of the row that is the same in all sets, as elements of a JSON array, such as
+    // "1,\"\\a\"". `state` consists of further elements of that array, or is empty. States are equal if their texts are
+    // equal.
     template <class Head>
     void add(const RowKey& key, const Head& head, const std::string& state)
     {
@@ -41,11 +44,11 @@ public:
             addRun(rowOf(key, head), state);
     }
 
-    // The oldest set of which nothing was ignored.
+    // Returns the number of the oldest set from which everything was added.
     unsigned completeFrom() const { return completeFrom_; }
 
-    // Writes an array of the rows: [head, first set, last set, state, first set, last set, state, ...]. A run of sets
-    // has the same state. The newest one comes first.
+    // Writes an array of the rows: [head, first set, last set, state, first set, last set, state, ...]. A run is a
+    // number of successive sets in which the thing has the same state. The newest run comes first.
     void write(std::ostream& out) const;
 
 private:
@@ -57,13 +60,14 @@ private:
     struct Row {
         std::string head;
         std::vector<Run> runs;
-        unsigned set;         // the last one that had its key
-        std::uint64_t times;  // that this set had it so far
+        unsigned set;         // the last set that had the row's key
+        std::uint64_t times;  // how often that set had the key so far
     };
 
     bool isFull() const { return completeFrom_ != 0; }
 
-    // The second thing of the same key in one set has the row that the second one has in other sets.
+    // A set can have several things with the same key. The second thing has the same row as the second one of another
+    // set.
     template <class Head>
     Row& rowOf(const RowKey& key, const Head& head)
     {
@@ -76,7 +80,7 @@ private:
         Row& row = order_[found->second];
         row.times = row.set == set_ ? row.times + 1 : 1;
         row.set = set_;
-        constexpr std::uint64_t OddNumber = 0x9E3779B97F4A7C15;  // so that neighbouring keys don't meet
+        constexpr std::uint64_t OddNumber = 0x9E3779B97F4A7C15;  // keeps the keys derived from neighbouring keys apart
         return row.times == 1 ? row : rowOf({key.first, key.second + (row.times - 1) * OddNumber}, head);
     }
     void addRun(Row& row, const std::string& state);

@@ -24,7 +24,7 @@ using screen_text::onScreen;
 
 namespace {
 
-constexpr std::size_t MostWarnings = 100;         // that the page lists of one set
+constexpr std::size_t MostWarnings = 100;         // on the page for one set
 constexpr std::size_t MostBytesOfValue = 20'000;  // of a property
 
 std::string shownName(std::u16string_view name)
@@ -46,7 +46,7 @@ RowKey rowKey(BYTE kind, std::u16string_view name)
     return {hash.first, hash.second};
 }
 
-// Lines stay lines.
+// Returns the value of a property as text. Its line breaks are kept.
 std::string shownValue(const CEPROPVAL& property)
 {
     const std::string text = LOWORD(property.propid) == CEVT_LPWSTR
@@ -63,7 +63,7 @@ std::span<const std::byte> bytesOf(std::u16string_view text)
     return std::as_bytes(std::span(text));
 }
 
-// The length comes first, so that no two lists of texts are the same bytes.
+// Hashes the length before the text, so that two different lists of texts never have the same bytes.
 void addText(Sha256& hash, std::u16string_view text)
 {
     const std::uint64_t length = text.size();
@@ -140,7 +140,7 @@ void SetReading::begin(const Item& item)
 
 void SetReading::end(const Item& /*item*/, const ContentReport& content)
 {
-    std::ranges::sort(digests_);  // a restore doesn't keep the order of the records
+    std::ranges::sort(digests_);  // a restore may change the order of the records, so the digest ignores the order
     hash_.add(std::as_bytes(std::span(digests_)));
     const Digest digest = hash_.finish();
     if (!content.fault.empty())

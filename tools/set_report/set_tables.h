@@ -1,4 +1,4 @@
-// set_tables.h - verifies a set, and puts what it has into the tables of a report.
+// set_tables.h - verifies a set, and puts its contents into the tables of a report.
 #pragma once
 
 #include "archive/long_work.h"
@@ -18,11 +18,11 @@
 
 namespace set_report {
 
-// Gives each text a number, from 0 in the order of their first use.
+// Numbers texts from 0, in the order of their first use.
 class NumberedTexts {
 public:
     std::size_t numberOf(const std::string& text);
-    // The texts are JSON. Writes an array of them.
+    // Writes an array of the texts. Each text must be JSON.
     void write(std::ostream& out) const;
 
 private:
@@ -30,14 +30,16 @@ private:
     std::vector<const std::string*> texts_;
 };
 
-// What all sets have. docs/archive.md names the limits.
+// The contents of all sets. docs/archive.md names the limits. In each row of a RunTable, the head is the same in all
+// sets, and the state can differ from set to set.
 struct ReportTables {
-    // Head: kind and name. State: number of the content, unpacked bytes, packed bytes, fault or 0. The number and the
-    // unpacked bytes are 0 and -1 if the item can't be read to its end.
+    // Head: kind and name. State: number of the content, unpacked bytes, packed bytes, fault or 0. If the item can't be
+    // read to its end, the number is 0 and the unpacked bytes are -1.
     RunTable items{std::size_t{64} * 1024 * 1024};
-    // Head: number of the database, and an array of the numbers of properties with their values. No state.
+    // Head: number of the database, and an array with the number and the value of each property. No state.
     RunTable records{std::size_t{32} * 1024 * 1024};
-    // Of the registry. Head: key and name of the value, or null for the key itself. State: the value as a text.
+    // The registry's keys and values. Head: key and name of the value, or null for the key itself. State: the value as
+    // a text, or 0 for a key.
     RunTable values{std::size_t{16} * 1024 * 1024};
 
     NumberedTexts databases;                                       // each as an array: name and type
@@ -66,7 +68,7 @@ public:
     bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) override;
 
 private:
-    // What is known so far of the current item.
+    // What is known of the current item so far.
     struct State {
         BYTE kind = 0;
         std::u16string name;
@@ -95,7 +97,7 @@ private:
     archive::RecordHasher records_;
     std::vector<archive::Digest> digests_;  // of the records of the current database
     std::size_t database_ = 0;
-    std::u16string key_;  // the current one of the registry
+    std::u16string key_;  // the current key of the registry
 };
 
 }  // namespace set_report

@@ -1,4 +1,4 @@
-// What has changed between two sets: items, the records of databases, and the values of the registry.
+// The changes between two sets: of items, of the records of databases, and of the keys and values of the registry.
 
 const Added = "Added", Removed = "Removed", Changed = "Changed", Moved = "Moved", Damaged = "Damaged";
 
@@ -9,7 +9,8 @@ function changesBetween(older, newer) {
   return [...itemChanges(older, newer), ...recordChanges(older, newer), ...valueChanges(older, newer)];
 }
 
-// Calls found(index of the row, offset in the older set, offset in the newer one) for each row that one of the sets has.
+// Calls found(row, offset of its run in the older set, the same for the newer set, index of the row) for each row that at least one
+// of the sets has. An offset is -1 if that set doesn't have the row.
 function inEither(rows, runs, older, newer, found) {
   rows.forEach((row, number) => {
     const before = runAt(row, runs, older);
@@ -54,7 +55,8 @@ function unreadNames(kind, ...among) {
   return new Set(data.items.filter(row => row[0] === kind && isUnread(row)).map(row => row[1]));
 }
 
-// Records without an equal one in the other set. Two that are the same contact, appointment or task are one that has changed.
+// Records that the other set doesn't have. Two different records that describe the same contact, appointment or task are shown as
+// one record that has changed.
 function recordChanges(older, newer) {
   if (Math.min(older, newer) < data.recordsFrom) return [];
   const gone = new Map(), come = [], unread = unreadNames(2, older, newer);

@@ -1,7 +1,7 @@
-// Elements and texts. What comes from a set becomes a text node or an attribute here, never markup.
+// Elements and texts. A text from a set becomes a text node or an attribute here. It never becomes markup.
 
 const SVG = "http://www.w3.org/2000/svg";
-const LongestText = 400; // of a cell. A longer text costs time at each layout, and is whole in its details.
+const LongestText = 400; // of a cell. A longer text slows down each layout. Its details show the whole text.
 
 function element(name, attributes = {}, ...children) {
   return filled(document.createElement(name), attributes, children);
@@ -38,7 +38,7 @@ function listed(list, texts) {
   list.replaceChildren(...texts.map(text => element("li", {}, text)));
 }
 
-// A small table, all of whose rows are shown. A cell is a text or an element.
+// A small table. All its rows are elements. A cell is a text or an element.
 function simpleTable(caption, columns, rows) {
   const head = columns.map(({ title, number, wide }) =>
     element("th", { scope: "col", class: classes("plain", number && "number", wide && "wide") }, title));
@@ -66,15 +66,15 @@ function size(bytes) {
 
 const shortened = text => text.length > LongestText ? text.slice(0, LongestText) + "…" : text;
 
-const narrow = matchMedia("(max-width: 40rem)"); // as in the style
+const narrow = matchMedia("(max-width: 40rem)"); // the same width as in style.css
 
-// Of a path, a narrow window has room for the last part only.
+// A narrow window has room only for the last part of a path.
 function pathText(path) {
   const at = path.lastIndexOf("\\");
   return narrow.matches && at > 0 ? `…${path.slice(at)}` : path;
 }
 
-// Shows all of something. The dialog returns the focus to where it was when it closes.
+// Shows the details of something in a dialog. When the dialog closes, the focus returns to where it was before.
 function showDetails(title, ...content) {
   byId("details-title").replaceChildren(title);
   byId("details-body").replaceChildren(...content);

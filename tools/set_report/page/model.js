@@ -1,5 +1,5 @@
-// What the page was given: the sets, the oldest first, and rows of what they have. A row is an array: what is the same in all
-// sets, then runs of sets in which the thing has the same state, the newest first.
+// The data of the page: the sets, the oldest first, and rows of their contents. A row is an array. It begins with what is the same
+// in all sets. Then come runs, which are ranges of sets in which the thing has the same state, the newest first.
 
 const data = JSON.parse(byId("data").textContent);
 const sets = data.sets;
@@ -14,14 +14,14 @@ const ItemRuns = { start: 2, width: 6 };
 const RecordRuns = { start: 2, width: 2 };
 const ValueRuns = { start: 2, width: 3 };
 
-// The offset in the row of the run with this set. -1: the set doesn't have it.
+// Returns the offset in the row at which the run with this set begins, or -1 if the set doesn't have the thing.
 function runAt(row, { start, width }, set) {
   for (let at = start; at < row.length && row[at + 1] >= set; at += width)
     if (row[at] <= set) return at;
   return -1;
 }
 
-// Names compare without case, and the search too.
+// Names are compared and searched without regard to case.
 const lowNames = data.items.map(row => row[1].toLowerCase());
 
 function itemAt(number, at) {
@@ -36,7 +36,7 @@ function itemsOf(set) {
     const at = runAt(data.items[number], ItemRuns, set);
     if (at >= 0) items.push(itemAt(number, at));
   }
-  return items.sort((left, right) => left.kind - right.kind); // as in a set: the rows of older sets come last
+  return items.sort((left, right) => left.kind - right.kind); // as in a set; the rows of things that only older sets have come last
 }
 
 function recordsOf(set) {
@@ -61,7 +61,7 @@ function valuesOf(set) {
   return data.values.filter(row => runAt(row, ValueRuns, set) >= 0);
 }
 
-// Sets of the same minute also have the names of their files.
+// If several sets have the same minute, their names contain the names of their files.
 const timesOfDate = new Map();
 for (const { date } of sets) timesOfDate.set(date, (timesOfDate.get(date) ?? 0) + 1);
 const setNames = sets.map(({ date, path }) => timesOfDate.get(date) === 1 ? date : `${date} (${path.split("/").pop()})`);

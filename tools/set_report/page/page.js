@@ -1,4 +1,4 @@
-// The page: what all sets are like, and the chosen set.
+// The page: an overview of all sets, and the contents of the chosen set.
 
 const ItemColumns = [
   { title: "Name", text: item => pathText(item.name), sort: item => item.low, bad: item => item.fault },
@@ -26,7 +26,7 @@ const page = {
   showRecords: recordSections(byId("records")),
 };
 
-// Everything about an item, and its states in all sets.
+// Shows all details of an item, and its states in all sets.
 function showItem(item) {
   const row = data.items[item.number];
   const states = [];

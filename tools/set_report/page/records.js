@@ -1,4 +1,4 @@
-// The records of databases and the values of the registry as tables to read.
+// The records of databases, and the keys and values of the registry, as tables.
 
 const field = (name, show = text => text) => record => record.fields.has(name) ? show(record.fields.get(name)) : "";
 const moment = text => text.replace("T", " ").replace(/:00$/, "");
@@ -58,14 +58,15 @@ function showValue(row) {
 
 const spanOf = (first, last) => first === last ? setName(first) : `${setName(first)} to ${setName(last)}`;
 
-// The sets that have it, the oldest first.
+// The sets that have the row, the oldest first.
 function spans(row, { start, width }) {
   const texts = [];
   for (let at = row.length - width; at >= start; at -= width) texts.push(spanOf(row[at], row[at + 1]));
   return texts.join("\n");
 }
 
-// The tables that the report has something for, each in a section with a heading.
+// Makes the tables, each in a section with a heading, and leaves out those for which the report has no rows. Returns a function that
+// shows the rows of a set.
 function recordSections(root) {
   const section = (id, title) => {
     const home = element("div", { id: `${id}-table` });

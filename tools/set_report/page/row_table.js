@@ -1,11 +1,12 @@
-// A table of any number of rows, of which only those in view are elements. It can be searched and sorted.
+// A table with any number of rows. Only the rows in view are elements. The user can search and sort the table.
 //
-// columns: { title, text(row), sort(row), width, number, wide }. A wide column isn't shown in a narrow window. `sort` gives what the
-// rows are compared by; without it their texts are compared.
-// options: { name, thing, search(row), choices: [[text, keeps(row)], ...], open(row), empty, sorted: the column that the rows are sorted by at first }
+// columns: { title, text(row), sort(row), width, number, wide }. A wide column isn't shown in a narrow window. Sorting compares the
+// results of `sort`, or those of `text` if there is no `sort`.
+// options: { name, thing, search(row), choices: [[text, keeps(row)], ...], open(row), empty, sorted }. `sorted` is the index of the column
+// by which the rows are sorted at first.
 
 const RowHeight = 32;
-const TallestSpace = 8_000_000; // pixels. Browsers don't lay out much taller elements.
+const TallestSpace = 8_000_000; // pixels. Browsers can't lay out elements that are much taller.
 const PrintedRows = 1000;
 
 class RowTable {
@@ -66,7 +67,7 @@ class RowTable {
       head.setAttribute("aria-sort", number !== at ? "none" : this.descending ? "descending" : "ascending"));
   }
 
-  // Rows that compare as equal stay in the order of the set.
+  // Rows that compare as equal keep their order in the set.
   sortRows() {
     const column = this.columns[this.sorted];
     const keyOf = column.sort ?? column.text;
@@ -76,7 +77,7 @@ class RowTable {
     this.order = keyed.map(({ row }) => row);
   }
 
-  // Keeps the rows that have all words of the search.
+  // Shows only the rows that contain all words of the search.
   filter() {
     const words = this.input.value.toLowerCase().split(/\s+/).filter(Boolean);
     const keeps = this.choice ? this.options.choices[this.choice.value][1] : null;
@@ -99,7 +100,7 @@ class RowTable {
     return Math.min(this.shown.length * RowHeight, TallestSpace);
   }
 
-  // The rows that fit the frame, without the head of the table.
+  // How many rows have room in the frame below the head of the table.
   visibleRows() {
     return Math.max(1, Math.floor(this.frame.clientHeight / RowHeight) - 1);
   }
@@ -109,7 +110,8 @@ class RowTable {
     return Math.max(1, this.table.tHead.offsetHeight + this.spaceHeight() - this.frame.clientHeight);
   }
 
-  // The first row in view. A table that is too tall for its scroll bar scrolls by several rows at a time.
+  // The index of the first row in view. If the table has so many rows that TallestSpace limits its height, it scrolls by several
+  // rows at a time.
   firstInView() {
     const rows = Math.max(0, this.shown.length - this.visibleRows());
     return Math.round(Math.min(1, this.frame.scrollTop / this.scrollRange()) * rows);

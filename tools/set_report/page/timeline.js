@@ -1,11 +1,11 @@
-// The sets as bars, one beside the other in the order of their dates. To the keyboard and a screen reader they are radio buttons.
+// The sets as bars in the order of their dates. For the keyboard and for screen readers the bars are radio buttons.
 
 const ChartHeight = 150;
 const NarrowestBar = 10; // pixels from one bar to the next
 const WidestBar = 56;
 const LabelWidth = 84;
 const ScaleWidth = 64;
-const MarkHeight = 18; // above the highest bar
+const MarkHeight = 18; // pixels for the mark of a damaged set, above the highest bar
 
 class Timeline {
   constructor(root, choose) {
@@ -59,7 +59,7 @@ class Timeline {
     });
   }
 
-  // Dates below the bars, as many as there is room for. The newest one always has its date.
+  // The dates below the bars, as many as there is room for. The date of the newest set is always there.
   labels(pitch) {
     const step = Math.ceil(LabelWidth / pitch);
     const labels = [];

@@ -1,14 +1,14 @@
-// What takes the space in a set: a picture of rectangles, and a table with the same for the keyboard and a screen reader.
+// What takes the space in a set: a picture of rectangles. A table shows the largest of them for the keyboard and for screen readers.
 
-const DeepestFolder = 64; // the rest of a path is then the name of a file
+const DeepestFolder = 64; // levels. Below them the rest of a path counts as the name of the file.
 const MostRectangles = 150;
 const MostInside = 60;
 const MostLevels = 4;
 const LargestRows = 12;
-const HeadHeight = 20; // of a folder that shows what is in it
+const HeadHeight = 20; // of a folder whose contents are drawn inside it
 const LetterWidth = 6.6;
 
-// A folder. What it holds is folders and leaves; a leaf has an item.
+// A folder. It contains folders and leaves, and each leaf has an item.
 class SizeFolder {
   constructor(name, parent = null) {
     Object.assign(this, { name, parent, bytes: 0, items: 0, folders: new Map(), leaves: [] });
@@ -48,8 +48,8 @@ function sizeTree(items) {
   return root;
 }
 
-// Lays the nodes into a rectangle, row by row, so that each is as near to a square as it can be. Returns [node, area] for those
-// that are large enough to be seen. The largest node comes first.
+// Lays out the nodes in a rectangle, row by row, so that the area of each node is as close to a square as possible. The nodes must
+// be sorted, the largest first. Returns [node, area] for each node that is large enough to be seen.
 function squares(nodes, area) {
   let { x, y, width, height } = area;
   let left = nodes.reduce((sum, node) => sum + node.bytes, 0);
@@ -72,7 +72,7 @@ function squares(nodes, area) {
   return placed.filter(([, { width: wide, height: high }]) => wide > 1.5 && high > 1.5);
 }
 
-// The nodes of one row along the short side: the next one is taken as long as the worst proportions get no worse.
+// Selects the nodes of one row along the short side. It adds the next node as long as this doesn't make the worst proportions worse.
 function bestRow(nodes, from, short, scale) {
   const worst = (sum, smallest, largest) => {
     const side = sum * scale / short;
@@ -94,7 +94,7 @@ class Treemap {
     new ResizeObserver(() => this.node && this.draw()).observe(picture);
   }
 
-  // The tree of many items takes a while, so the page shows everything else first.
+  // The tree of many items takes a while to compute, so the page shows everything else first.
   setItems(items) {
     this.items = items;
     requestAnimationFrame(() => setTimeout(() => items === this.items && this.show(sizeTree(items))));
@@ -147,7 +147,7 @@ class Treemap {
     this.picture.replaceChildren(picture);
   }
 
-  // A folder that is large enough shows what is in it.
+  // If a folder is large enough, its contents are drawn inside it.
   rectangle(node, area, tint, level) {
     const group = drawn("g", { class: classes("opens", node.item?.fault && "damaged"), onclick: event => { event.stopPropagation(); this.open(node); } },
       drawn("title", {}, `${shortened(node.name)}, ${size(node.bytes)}, ${this.share(node.bytes)}${node.item?.fault ? ", damaged" : ""}`),

@@ -1,4 +1,4 @@
-// character_set.h - texts of other programs that aren't UTF-8.
+// character_set.h - converts texts of other programs that aren't UTF-8.
 #pragma once
 
 #include <memory>
@@ -6,7 +6,7 @@
 
 namespace database_formats {
 
-// What programs on Windows write if they don't name the character set.
+// The character set of programs on Windows that write text without naming the character set.
 inline constexpr const char* UsualCharacterSet = "WINDOWS-1252";
 
 // Converts many texts of one character set, which is opened only once.
@@ -15,7 +15,7 @@ public:
     // Throws a FormatFault if the set isn't known.
     explicit Decoder(std::string characterSet);
 
-    // The bytes as UTF-8. Throws a FormatFault if they aren't valid in the character set.
+    // Returns the bytes as UTF-8. Throws a FormatFault if they aren't valid in the character set.
     std::string toUtf8(std::string bytes);
 
 private:

@@ -1,4 +1,4 @@
-// column_map.h - what a user says about the columns of an address book in CSV.
+// column_map.h - the user's own assignment of the columns of an address book in CSV to properties.
 #pragma once
 
 #include <istream>
@@ -8,12 +8,12 @@
 
 namespace database_formats {
 
-// Of the heading of a column, trimmed and without capital letters: the name of a contact's property. Empty for a column
-// that is ignored without a message.
+// Maps the heading of a column, trimmed and in lower case, to the name of a contact's property. An empty name marks a
+// column that is ignored without a message.
 using ColumnMap = std::map<std::string, std::string, std::less<>>;
 
 // Reads lines like "Family name = LastName". Empty lines and lines that begin with # are ignored. Throws a FormatFault
-// with the line.
+// with the number of a wrong line.
 ColumnMap columnMapFrom(std::istream& in);
 
 }  // namespace database_formats

@@ -1,6 +1,8 @@
-// database.h - a database as readers and writers of all formats pass it: its head, then one record after another.
+// database.h - the interfaces through which readers and writers of all formats pass a database: first its head, then
+// its records one by one.
 //
-// Neither of them keeps records, so the databases can come from and go to a store, a set or a file.
+// Readers and writers pass on each record at once, and don't store it in memory. A database can come from an object
+// store, a set or a file, and go to any of them.
 #pragma once
 
 #include "database_formats/format_fault.h"
@@ -36,7 +38,7 @@ public:
     virtual void finish() = 0;
 };
 
-// Receives what a reader finds. Both functions may throw a FormatFault, which ends the reading.
+// Receives what a reader finds. begin() and add() may throw a FormatFault, which ends the reading.
 class DatabaseTarget {
 public:
     DatabaseTarget() = default;
@@ -44,9 +46,9 @@ public:
     DatabaseTarget& operator=(const DatabaseTarget&) = delete;
     virtual ~DatabaseTarget() = default;
 
-    // A database begins. Returns the number that add() gets for its records.
+    // Begins a database. Returns the number that the caller passes to add() for its records.
     virtual std::size_t begin(const DatabaseHead& head) = 0;
-    // A record with at least one property. Its texts and blobs are valid only during the call.
+    // Adds a record with at least one property. Its texts and blobs are valid only during the call.
     virtual void add(std::size_t database, std::span<const CEPROPVAL> properties) = 0;
 };
 

@@ -1,4 +1,5 @@
-// database_format.h - databases as text that other programs read, and back: JSON lines, vCard, iCalendar, CSV.
+// database_format.h - writes databases as JSON lines, vCard, iCalendar or CSV for other programs, and reads these
+// formats.
 //
 // docs/forms.md describes what each format can hold.
 #pragma once
@@ -23,27 +24,27 @@ enum class Format {
     Csv,        // the records of any one database
 };
 
-// By the name that the user gives: "jsonl", "vcard", "ical" or "csv". Nothing for another name.
+// Returns the format with this name: "jsonl", "vcard", "ical" or "csv". Returns nothing for any other name.
 std::optional<Format> formatNamed(std::string_view name);
 
-// By the file's extension. JSON lines for an unknown extension.
+// Returns the format of the file's extension, or JSON lines for an unknown extension.
 Format formatOfFile(std::string_view file);
 
-// The extension of the format's files, with its point: ".jsonl".
+// Returns the extension of the format's files, with its point: ".jsonl".
 std::string_view extensionOf(Format format);
 
-// Whether the format can hold a database of this type.
+// Returns whether the format can hold a database of this type.
 bool holds(Format format, DWORD type);
 
-// The writer writes to `out`. After its last call the state of `out` shows whether all of it could be written.
-// `leftOut` counts what the format can't hold.
+// Returns a writer that writes to `out`. After the last call of the writer, the state of `out` shows whether everything
+// could be written. `leftOut` counts what the format can't represent.
 std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, LeftOut& leftOut);
 
 // Reads a file to its end. Throws a FormatFault with the number of the line that is wrong. `target` has then received
 // everything before that line. `leftOut` counts what no property can hold.
 //
 // Only JSON lines contain the heads of databases. For vCard, iCalendar and address books of other programs in CSV the
-// head is the usual one of a device. For other CSV it is empty. `columns` is for CSV.
+// head is the usual one of a device. For other CSV the head is empty. Only CSV uses `columns`.
 void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns = {});
 
 }  // namespace database_formats

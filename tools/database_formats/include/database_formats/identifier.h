@@ -1,4 +1,4 @@
-// identifier.h - the UID of a record in vCard and iCalendar. Other programs recognise an item by it.
+// identifier.h - the UID of a record in vCard and iCalendar. Other programs recognise an item by its UID.
 #pragma once
 
 #include "ce/store.h"
@@ -12,20 +12,24 @@
 
 namespace database_formats {
 
-// Gives the records of a database their UIDs, one after another in the order of the database.
+// Returns the UIDs of a database's records. Call its functions for each record in the order of the database.
 class Identifiers {
 public:
-    // The UID that the record has from another program, or otherwise one of its content.
+    // Returns the record's own UID, which comes from another program or from an earlier export. If the record has no
+    // UID of its own, returns ofContent().
     std::string of(std::span<const CEPROPVAL> record);
-    // Depends only on the content of the record besides its UID. Equal records are numbered.
+    // Returns a UID that depends only on the record's properties other than its own UID. Equal records get different
+    // UIDs, because each UID contains a counter of equal records.
     std::string ofContent(std::span<const CEPROPVAL> record);
 
 private:
     std::unordered_map<std::uint64_t, std::size_t> equalRecords_;
-    std::unordered_set<std::string> used_;  // of records that were changed after they got a UID of their content
+    // The own UIDs of the records so far. ofContent() returns none of them. Without this check, the own UID of a record
+    // that was changed could equal a UID that is computed later.
+    std::unordered_set<std::string> used_;
 };
 
-// The property with this id. Null if there is none.
+// Returns the property with this id. Null if there is none.
 const CEPROPVAL* propertyIn(std::span<const CEPROPVAL> properties, CEPROPID id);
 
 }  // namespace database_formats

@@ -1,4 +1,4 @@
-// left_out.h - counts the fields of a file that a reader couldn't import, or not for certain.
+// left_out.h - counts the fields of a file that a reader couldn't import, and those with a guessed character set.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,8 @@
 
 namespace database_formats {
 
-// A name from a file, as a message can show it: its first 60 bytes, without control characters.
+// Returns the first 60 bytes of the name of a field as a message can show them. The name comes from the imported file.
+// Each control character becomes a text such as <U+001B>, so the result can be longer than 60 bytes.
 std::string shownName(std::string_view name);
 
 // Counts how often each name was added.
@@ -20,7 +21,7 @@ public:
 
     std::size_t count() const { return count_; }
 
-    // "PHOTO 10, X-NICK 2"
+    // Returns a text such as "PHOTO 10, X-NICK 2".
     std::string text() const;
 
 private:
@@ -30,20 +31,20 @@ private:
 
 class LeftOut {
 public:
-    // A field that no property of the record can hold.
+    // Counts a field that no property of the record can hold.
     void add(std::string_view name) { names_.add(name); }
-    // A field that was imported, but whose character set had to be guessed, because the file doesn't name it.
+    // Counts a field that was imported with a guessed character set, because the file doesn't name the character set.
     void addGuess(std::string_view name) { guesses_.add(name); }
 
-    // Something to say about the whole file, in a sentence without its point.
+    // Adds a message about the whole file: a sentence without its final point.
     void note(std::string sentence) { notes_.push_back(std::move(sentence)); }
 
     std::size_t count() const { return names_.count(); }
 
-    // "12 fields were left out: PHOTO 10, X-NICK 2"
+    // Returns a sentence such as "12 fields were left out: PHOTO 10, X-NICK 2", without a final point.
     std::string sentence() const;
-    // All that there is to say, in sentences without their points. A guess is
-    // "2 fields name no character set and were read as Windows-1252: N 1, NOTE 1".
+    // Returns all messages as sentences without their final points. The message for guesses is "2 fields name no
+    // character set and were read as Windows-1252: N 1, NOTE 1".
     std::vector<std::string> sentences() const;
 
 private:

@@ -10,14 +10,15 @@
 
 namespace database_formats {
 
-// The usual properties of a contact, an appointment or a task, in the usual order. Empty for other types of databases:
-// the names don't apply to their properties.
+// Returns the usual properties of a contact, an appointment or a task, in the usual order. Empty for other types of
+// databases, because the names don't apply to their properties.
 std::span<const CEPROPID> usualProperties(DWORD databaseType);
 
-// "LastName". If the property has no name: its id in eight hexadecimal digits.
+// Returns the name of the property, such as "LastName". If the property has no name, returns its id in eight
+// hexadecimal digits.
 std::string nameOf(CEPROPID id);
 
-// From a name or eight hexadecimal digits. Nothing for another text.
+// Returns the property with this name or id. The id has eight hexadecimal digits. Returns nothing for any other text.
 std::optional<CEPROPID> propertyNamed(std::string_view name);
 
 }  // namespace database_formats

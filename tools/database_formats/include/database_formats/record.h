@@ -10,11 +10,11 @@
 
 namespace database_formats {
 
-// Each call that adds a property throws a FormatFault if no record can hold it: a text with a NUL in it, a blob of 4
-// GiB or more, flags that a stored property can't have, or more than 65535 properties.
+// Each call that adds a property throws a FormatFault if no record can have the property. Examples are a text with a
+// NUL in it, a blob of 4 GiB or more, flags that a stored property can't have, and a property beyond the first 65535.
 class Record {
 public:
-    // A value that is neither a text nor a blob.
+    // Adds a value that is neither a text nor a blob.
     void add(CEPROPID id, WORD flags, const CEVALUNION& value);
     void addText(CEPROPID id, WORD flags, std::u16string text);
     void addBlob(CEPROPID id, WORD flags, std::string bytes);

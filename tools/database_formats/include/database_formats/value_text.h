@@ -1,4 +1,4 @@
-// value_text.h - a property's value as text, and back without loss. CSV uses it for its cells.
+// value_text.h - converts a property's value to text, and back without loss. CSV uses this text for its cells.
 //
 // The meaning of the text depends on the property's type:
 //   number  decimal digits
@@ -18,8 +18,8 @@
 
 namespace database_formats {
 
-// Whether line ends and tabs in a text are written as they are, or make it a text in hexadecimal digits. Other control
-// characters always do.
+// Kept: line ends and tabs in a text are written as they are. Coded: a text that contains them is written in
+// hexadecimal digits. A text with any other control character is always written in hexadecimal digits.
 enum class Controls { Kept, Coded };
 
 std::string valueText(const CEPROPVAL& property, Controls controls);
@@ -27,13 +27,13 @@ std::string valueText(const CEPROPVAL& property, Controls controls);
 // Adds a property with the value that the text represents. Throws a FormatFault.
 void addFromText(Record& record, CEPROPID id, WORD flags, std::string_view text);
 
-// The flags of a property, from decimal digits. Throws a FormatFault.
+// Returns the flags of a property, from decimal digits. Throws a FormatFault.
 WORD flagsFrom(std::string_view digits);
 
-// UTF-8 as UTF-16. Throws a FormatFault if the text isn't valid UTF-8.
+// Converts UTF-8 to UTF-16. Throws a FormatFault if the text isn't valid UTF-8.
 std::u16string validText(std::string_view utf8);
 
-// Adds the text to the record unless it is empty. Throws a FormatFault if it isn't valid UTF-8.
+// Adds the text to the record unless the text is empty. Throws a FormatFault if the text isn't valid UTF-8.
 void addUtf8(Record& record, CEPROPID id, std::string_view utf8);
 bool isValidUtf8(std::string_view bytes);
 

@@ -7,14 +7,15 @@
 
 namespace screen_text {
 
-// UTF-8. Control characters, and characters that change the direction of writing, are shown as <U+001B>. No file on a
-// device has a name with < or >, so the result is unambiguous for names of files.
+// Returns the text as UTF-8. A control character, or a character that changes the direction of writing, becomes its
+// number in angle brackets, such as <U+001B>. No file on a device has a name with < or >, so the result is unambiguous
+// for names of files.
 std::string onScreen(std::u16string_view text);
 
-// The same for bytes of the host. They should be UTF-8. Other bytes become U+FFFD.
+// The same for bytes of the host. They should be UTF-8. Invalid bytes become U+FFFD.
 std::string onScreen(std::string_view text);
 
-// The same for each line. Line breaks stay, and `indent` is added before each line.
+// Calls onScreen for each line of a text. In the result each line begins with `indent` and ends with a line feed.
 std::string linesOnScreen(std::u16string_view text, std::string_view indent);
 
 // "1 item", "2 items".

@@ -19,11 +19,11 @@ struct ReportOutcome {
     bool isShortened = false;  // the page would have become too large, so it names what it leaves out
 };
 
-// Verifies the sets and writes the page. `faults` are sentences for the page about what couldn't be found. The state of
-// `out` shows whether all of it could be written.
+// Verifies the sets and writes the page. `faults` are sentences for the page about folders that can't be read or
+// contain no sets. The state of `out` shows whether the whole page could be written.
 //
-// Keeps in memory the names and the states of all items, records and values of the registry, each state once for all
-// successive sets that have it. RunTable limits that.
+// Keeps in memory the names and the states of all items, records and values of the registry. If a thing has the same
+// state in successive sets, these sets share one copy of the state. RunTable limits the memory.
 ReportOutcome writeReport(const std::vector<archive::SetFiles>& sets, const std::vector<std::string>& faults,
                           std::ostream& out, archive::Progress& progress);
 
