@@ -43,7 +43,7 @@ TEST(CommandLineTest, OptionsThatAreNotGivenHaveTheirDefaults)
     EXPECT_EQ(options.timeout.count(), 250);
 }
 
-TEST(CommandLineTest, PathOfACardOrFolderIsKeptWhateverItHolds)
+TEST(CommandLineTest, PathOfACardOrFolderIsKeptWhateverCharactersItHas)
 {
     const std::tuple<const char*, const char*, const char*, std::optional<std::uint64_t>> extras[] = {
         {"--card", "X=/p", "/p", {}},
@@ -80,7 +80,7 @@ TEST(CommandLineTest, WordsThatMakeNoSenseAreBadUsage)
     for (const char* option : {"--device", "--script"})
         refused({option, "a", option, "b"}, "");
     for (const char* option : {"--timeout", "--transcript"})
-        refused({option, "5"}, "");  // without a script
+        refused({option, "5"}, "");  // both need a script
     refused({"--device", ""}, "");
     refused({"a.QLT", "b.QLT"}, "");
     refused({"--script", "s", "a.QLT"}, "");

@@ -52,7 +52,7 @@ protected:
     }
 };
 
-TEST_F(DeviceTest, SecondStartIsRefusedWhileTheFirstLivesAndLeavesItAlone)
+TEST_F(DeviceTest, DeviceCannotBeOpenedTwiceAndTheRefusalLeavesTheOpenOneUsable)
 {
     auto first = opened();
     expectRefusal("is open in another Quillbox", {}, true);
@@ -65,7 +65,7 @@ TEST_F(DeviceTest, SecondStartIsRefusedWhileTheFirstLivesAndLeavesItAlone)
     EXPECT_TRUE(opened().device);
 }
 
-TEST_F(DeviceTest, FoldersInCardsAreCardsAndLinksAndFilesAreNot)
+TEST_F(DeviceTest, EachFolderInCardsIsACardButNoLinkOrFileIs)
 {
     hostWrite(at("device/object-store/a.txt"), "a");
     fs::create_directories(at("device/cards/Störage \xFF"));
@@ -130,7 +130,7 @@ TEST_F(DeviceTest, ContentThatAFolderHidesIsReported)
 
 TEST_F(DeviceTest, OnlyADatabaseThatWasThereIsReportedAsLost)
 {
-    // A folder that the user has filled, which isn't a device yet.
+    // A folder with files of the user that was never opened as a device.
     hostWrite(at("device/object-store/a.txt"), "");
     hostWrite(at("device/cards"), "");
     expectRefusal("cards\" must be a folder");
@@ -145,7 +145,7 @@ TEST_F(DeviceTest, OnlyADatabaseThatWasThereIsReportedAsLost)
     EXPECT_THAT(opened().warnings, ElementsAre(HasSubstr("device.db\" is empty")));
 }
 
-TEST_F(DeviceTest, LeftoversOfAKilledChangeOfTheDatabaseAreDeletedWhereALinkLeads)
+TEST_F(DeviceTest, LeftoversOfAKilledDatabaseChangeAreDeletedBesideTheTargetOfALink)
 {
     ASSERT_TRUE(opened().device);
     fs::create_directories(at("elsewhere"));
@@ -175,7 +175,7 @@ TEST_F(DeviceTest, ExtraFoldersThatCannotBeShownAreRefusedWithTheirName)
     EXPECT_TRUE(opened({{"X", at("x"), true, {}}}).device);
 }
 
-TEST_F(DeviceTest, OneDeviceAtATimeHasACardButAPlainFolderIsShared)
+TEST_F(DeviceTest, CardIsUsedByOneDeviceAtATimeButAPlainFolderIsShared)
 {
     fs::create_directories(at("stick"));
     const ExtraFolder card{"Stick", at("stick"), true, {}};
@@ -189,7 +189,7 @@ TEST_F(DeviceTest, OneDeviceAtATimeHasACardButAPlainFolderIsShared)
     close(other);
 }
 
-TEST_F(DeviceTest, FoldersAppearForTheirStartOrAreRememberedAndACardKeepsItsCapacity)
+TEST_F(DeviceTest, ExtraFoldersLastForOneStartUnlessRememberedAndACardKeepsItsCapacity)
 {
     using namespace platform::device;
     constexpr DWORD Folder = FILE_ATTRIBUTE_DIRECTORY;
@@ -219,7 +219,7 @@ TEST_F(DeviceTest, FoldersAppearForTheirStartOrAreRememberedAndACardKeepsItsCapa
     EXPECT_EQ(attributes(u"\\Stick"), Folder) << "what is given for this start counts";
 }
 
-// The folder in which a new device is made, inside its own folder, until it is complete.
+// A new device is made in a folder of this name inside the device's folder, until it is complete.
 constexpr const char* Unfinished = ".quillbox-unfinished";
 
 class FirstStartTest : public HostFolder {
@@ -229,7 +229,8 @@ protected:
         const auto result = openDevice(at(name), {}, true);
         ASSERT_TRUE(result.device) << result.error.sentence;
     }
-    // Moves parts of a complete device back into that folder, as a kill would leave them.
+    // Moves parts of a complete device back into the folder Unfinished. A kill during the first start leaves such a
+    // state.
     void undo(const std::string& name, const std::vector<std::string>& parts) const
     {
         fs::create_directories(at(name) / Unfinished);
@@ -238,7 +239,7 @@ protected:
     }
 };
 
-// What it holds is compared by fresh_device_test.py.
+// fresh_device_test.py compares the whole content of a fresh device.
 TEST_F(FirstStartTest, FreshDeviceHasACardAndFilesInRom)
 {
     const auto result = openDevice(at("deep/er/device"), {}, true);
@@ -296,7 +297,7 @@ TEST_F(FirstStartTest, WhatTheUserChangesStaysAtTheNextStart)
     EXPECT_TRUE(fs::exists(at("device/mine.txt")));
 }
 
-TEST_F(FirstStartTest, DefaultFolderFollowsTheDataHomeAndElseTheHomeThatIsAbsolute)
+TEST_F(FirstStartTest, DefaultFolderIsBelowXdgDataHomeOrElseHomeAndOnlyIfThePathIsAbsolute)
 {
     setenv("HOME", "/home/someone", 1);
     setenv("XDG_DATA_HOME", "/data", 1);

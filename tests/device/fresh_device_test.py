@@ -21,7 +21,7 @@ class FreshDeviceTest(CompanionTest):
         with (CONTENT / "files.csv").open(encoding="utf-8", newline="") as lines:
             rows = list(csv.DictReader(lines))
         self.assertEqual(files_below(CONTENT / "device"), {row["Path"] for row in rows})
-        made = files_below(self.device)  # without those in ROM where the host keeps no extended attributes
+        made = files_below(self.device)  # if the host keeps no extended attributes, the files in ROM are missing
         self.assertLessEqual({row["Path"] for row in rows if not row["InRom"]}, made)
         self.assertLessEqual(made, {row["Path"] for row in rows})
         for row in rows:
@@ -32,7 +32,7 @@ class FreshDeviceTest(CompanionTest):
                     modified = datetime.fromtimestamp(file.stat().st_mtime, timezone.utc)
                     self.assertEqual(f"{modified:%Y-%m-%dT%H:%M}", row["Modified"])
 
-    def test_the_registry_is_that_of_the_file(self):
+    def test_the_registry_is_that_of_registry_reg(self):
         bare = self.folder / "bare"
         self.device_tool("init", bare)
         self.device_tool("registry", "import", bare, CONTENT / "registry.reg")

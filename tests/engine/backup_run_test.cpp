@@ -14,7 +14,8 @@ using Lines = std::vector<std::u16string>;
 
 class BackupRunTest : public EngineTest {
 protected:
-    // Backs one file up again and again, each time with the next host call failing, until the log has the line.
+    // Backs up one file repeatedly until the log contains the line. In each backup another host call fails: first the
+    // first one, then the second one, and so on.
     void backUpUntilLogged(const std::string& line) const
     {
         for (std::uint64_t n = 1; readOnCard("BACKUP0001.LOG").find(line) == std::string::npos; n++) {
@@ -29,7 +30,7 @@ protected:
 
 }  // namespace
 
-TEST_F(BackupRunTest, NothingMarkedIsReportedAndMakesNothing)
+TEST_F(BackupRunTest, BackupWithNoMarkedItemReportsItAndWritesNothing)
 {
     for (const DWORD mode : {BackupListedItems, BackupSelectedItems}) {
         gUser.shown.clear();
@@ -56,7 +57,7 @@ TEST_F(BackupRunTest, CommentHasTheDayFirstOnlyWhereTheShortDateHasItAndIsCutToF
     EXPECT_EQ(list.substr(4 + 2 * 258, 4), std::string("c\0\0\0", 4));
 }
 
-TEST_F(BackupRunTest, TakenNumbersAreAskedAboutAndNoKeepsThem)
+TEST_F(BackupRunTest, RefusingToReplaceASetKeepsItAndMovesOnToTheNextNumber)
 {
     write("a", "new");
     mark(u"\\a");
@@ -116,7 +117,7 @@ TEST_F(BackupRunTest, SetThatCannotBeBegunEndsTheRunWithOneLogLine)
 
 TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitAfterItsPath)
 {
-    // They take 23 of 259 characters.
+    // The names of a set take 23 of the 259 characters of a path.
     const std::u16string fits(235, u'f');
     for (const std::u16string& name : {std::u16string(u"folder"), fits, std::u16string(236, u'l')}) {
         const int folder = ::open(card_.c_str(), O_RDONLY | O_DIRECTORY);
@@ -132,7 +133,7 @@ TEST_F(BackupRunTest, EveryCardIsOfferedIfTheNamesOfASetFitAfterItsPath)
     EXPECT_TRUE(std::filesystem::is_empty(card_));
 }
 
-TEST_F(BackupRunTest, MoreThanAThousandItemsLeaveTheBarStill)
+TEST_F(BackupRunTest, ProgressBarDoesNotMoveForMoreThanAThousandItems)
 {
     for (int i = 0; i < 1001; i++)
         mark(u"\\missing");

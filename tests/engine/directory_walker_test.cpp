@@ -45,7 +45,7 @@ TEST_F(WalkerTest, EachEntryIsSeenOnceAndContentsBeforeTheirFolder)
         {u"\\w\\", FALSE, FALSE, nullptr, 5},
         {u"\\w\\none\\", TRUE, FALSE, nullptr, 0},
         {u"\\w\\", TRUE, FALSE, u"*.TXT", 1},  // a folder that doesn't match isn't entered
-        {u"\\w\\", TRUE, FALSE, u"s*", 3},     // in a folder that does, the pattern no longer applies
+        {u"\\w\\", TRUE, FALSE, u"s*", 3},     // in a folder that matches, the pattern no longer applies
     };
     for (const auto& [root, recurse, foldersOnly, pattern, count] : cases) {
         SCOPED_TRACE(testing::Message() << recurse << foldersOnly << ' ' << count);
@@ -61,7 +61,7 @@ TEST_F(WalkerTest, EachEntryIsSeenOnceAndContentsBeforeTheirFolder)
     EXPECT_NE(at(u"\\w\\sub"), all.paths.end());
 }
 
-TEST_F(WalkerTest, StopEndsOnlyItsLevel)
+TEST_F(WalkerTest, StopEndsTheWalkOfItsFolderOnlyAndNotOfTheFoldersAbove)
 {
     write("w/sub/deep/a", "");
     write("w/sub/deep/b", "");
@@ -70,6 +70,6 @@ TEST_F(WalkerTest, StopEndsOnlyItsLevel)
         SeenPaths seen = {{}, stop};
         walked += walk(seen, u"\\w\\", TRUE, FALSE);
     }
-    // The walk that stopped at the first of the two missed the second. The other walk missed nothing.
+    // The walk that stopped at deep\a didn't visit deep\b. The walk that stopped at deep\b had visited everything.
     EXPECT_EQ(walked, 8U + 9U);
 }

@@ -24,7 +24,7 @@ protected:
         gFullRegistry = 0;
     }
 
-    // The names of a full backup, in no order.
+    // Makes a full backup and returns the names of its files, sorted.
     std::vector<std::u16string> backedUp()
     {
         gUser.shown.clear();
@@ -37,7 +37,7 @@ protected:
 
 }  // namespace
 
-TEST_F(FullBackupTest, TakesFilesButNotThoseThatAreInUseInRomSetsLinksOrDirectlyOnACard)
+TEST_F(FullBackupTest, EveryFileIsTakenExceptSetsLinksRomFilesFilesInUseAndFilesDirectlyOnACard)
 {
     for (const char* name : {"a.txt", "deep/er/b.txt", "x.QDT", "x.QLT", ".QDT", "y.qdt", "QDT", "rom.dll", "busy"})
         write(name, "");
@@ -62,7 +62,7 @@ TEST_F(FullBackupTest, PathsThatDoNotFitAreReportedAfterTheBackupAndNoOthersAreM
     const std::string fit[] = {"a", std::string(55, 'e') + "/x", std::string(57, 'n')};
     for (const std::string& name : fit)
         write(folder + "/" + name, "");
-    for (const std::size_t level : {1U, 2U})  // one character more than fits
+    for (const std::size_t level : {1U, 2U})  // one character too long
         write(folder + "/" + fit[level][0] + fit[level], "");
     BeginJob();
     EXPECT_EQ(backedUp().size(), std::size(fit));
@@ -91,7 +91,7 @@ TEST_F(FullBackupTest, FileThatDisappearsBeforeItIsReadIsReportedOnlyIfItWasMark
     const auto reported = [&](const auto& run) {
         write("one", "");
         write("two", "");
-        // The first file that is read deletes the other one.
+        // When the backup begins the first file, the test deletes the other one.
         gUser.seesMessage = [this](const std::u16string& message) {
             removeAll(message == u"File: \\one" ? "two" : "one");
             gUser.seesMessage = nullptr;
@@ -122,7 +122,7 @@ TEST_F(FullBackupTest, CancelKeepsTheMarksAndABackupOfNothingClearsThem)
     gRegistryMarked = 0;
 }
 
-TEST_F(FullBackupTest, ProgressStepsForEachFileThatTheListingTries)
+TEST_F(FullBackupTest, ListingMovesTheProgressBarForEachFileAndDatabaseThatItTries)
 {
     openStore();
     for (const WCHAR* name : {u"\\system's", u"D"})
@@ -147,7 +147,7 @@ TEST_F(FullBackupTest, ProgressStepsForEachFileThatTheListingTries)
     EXPECT_EQ(gDatabaseList->Count(), 0U) << "a full backup leaves no marks";
 }
 
-TEST_F(FullBackupTest, RegistryIsBackedUpIfItsBoxIsTickedAndItsMarkIsRestored)
+TEST_F(FullBackupTest, RegistryMarkIsRestoredAndOnlyATickedBoxBacksUpTheRegistry)
 {
     static int copies;
     copies = 0;
@@ -163,7 +163,8 @@ TEST_F(FullBackupTest, RegistryIsBackedUpIfItsBoxIsTickedAndItsMarkIsRestored)
     gRegCopyFile = nullptr;
 }
 
-// The listing packs tiny files. Only the stream of a file that hasn't changed since is stored.
+// The listing of the device already packs tiny files. The backup stores this stream only if the file hasn't changed
+// since.
 TEST_F(FullBackupTest, TinyFileIsStoredAsItIsWhenItsTurnComes)
 {
     using namespace platform::kernel;
@@ -198,7 +199,7 @@ TEST_F(FullBackupTest, TinyFileIsStoredAsItIsWhenItsTurnComes)
     EXPECT_FALSE(exists("gone"));
 }
 
-// More than there is room for.
+// More tiny files than the listing has room for.
 TEST_F(FullBackupTest, EachOfManyTinyFilesIsStoredUnderItsName)
 {
     constexpr std::size_t Files = 5000;
@@ -225,11 +226,12 @@ TEST_F(FullBackupTest, SetLogAndStepsAreTheSameHoweverFarTheSecondThreadIsAhead)
     gOptions.generateLog = 1;
     gUser.notesAll = true;
     std::vector<std::string> runs[2];
-    for (const DWORD wakes : {AheadItems + 1, DWORD{1}}) {  // never, and whenever an item waits
+    // The second thread is never woken, or for each waiting item.
+    for (const DWORD wakes : {AheadItems + 1, DWORD{1}}) {
         gAheadWakes = wakes;
         std::filesystem::remove_all(set_);
         gUser.shown.clear();
-        // Gives the second thread time to get far ahead at the first item, and later to fall behind.
+        // The pause at the first item lets the second thread get far ahead. Later the second thread falls behind.
         gUser.seesMessage = [first = true](const std::u16string&) mutable {
             if (std::exchange(first, false))
                 Sleep(20);

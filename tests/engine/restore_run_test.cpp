@@ -1,4 +1,4 @@
-// restore_run_test.cpp - a restore's questions, its policies, and what a set from anywhere can't do.
+// restore_run_test.cpp - the questions and policies of a restore, and what a hostile set can't do.
 
 #include "engine_fixture.h"
 
@@ -15,16 +15,17 @@ namespace {
 
 using Lines = std::vector<std::u16string>;
 
-// An empty comment: its length in characters, its terminator.
+// The head of a list with an empty comment: its length in characters, then its terminator.
 const std::string Head = {1, 0, 0, 0, 0, 0};
-// Stream of the five bytes "hello": magic, a block of one literal run with LZO's end mark, the closing block.
+// The stream of the five bytes "hello": the magic, a block with one literal run and LZO's end mark, and the closing
+// block.
 const std::string Hello =
     std::string("QBXPK") + std::string("\x09\0\0\0\x16hello\x11\0\0", 13) + std::string("\x03\0\0\0\x11\0\0", 7);
 constexpr std::uint32_t HelloBytes = 25;
 
 class RestoreRunTest : public EngineTest {
 protected:
-    // Set 1 of the card, with the data of two streams.
+    // Writes set 1 of the card. Its data file has two streams.
     void writeSet(const std::string& entries) const
     {
         writeOnCard("QLBX0001.QLT", Head + entries);
@@ -43,7 +44,7 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
         const char* b;
         Lines questions;
     };
-    // The set has the second file twice. The first one makes its folder.
+    // The set contains \folder\b twice. Its first entry makes the folder when it is restored.
     std::string again = Hello;
     again.replace(again.find("hello"), 5, "again");
     writeSet(entryBytes(1, "\\a", 0, HelloBytes) + entryBytes(1, "\\folder\\b", 0, HelloBytes) +
@@ -74,7 +75,7 @@ TEST_F(RestoreRunTest, PolicyAppliesToExistingFilesOnly)
     EXPECT_EQ(gUser.shownWith(u"open").size(), 0U) << "without a data file no restore begins";
 }
 
-TEST_F(RestoreRunTest, FileThatExistsAfterAMissingOneIsAskedForAndReportedAsUsual)
+TEST_F(RestoreRunTest, FileThatExistsAfterAMissingOneIsAskedAboutAndReportedAsUsual)
 {
     std::string entries;
     for (const char* name : {"a", "old", "b", "c", "folder", "d", "con*", "e"})
@@ -106,7 +107,7 @@ TEST_F(RestoreRunTest, FileThatExistsAfterAMissingOneIsAskedForAndReportedAsUsua
     EXPECT_EQ(platform::kernel::runProgress().made[0], 6U);
 }
 
-TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreReportedAndNoRestoreKeepsTheMarks)
+TEST_F(RestoreRunTest, MissingOrEmptySetIsReportedAndOnlyALoadedSetClearsTheMarks)
 {
     mark(u"\\marked");
     EXPECT_EQ(RunRestore(RestoreFull), 0U);
@@ -129,7 +130,7 @@ TEST_F(RestoreRunTest, NoSetNoChoiceAndNoItemsAreReportedAndNoRestoreKeepsTheMar
     EXPECT_EQ(gFileList->Count(), 0U);
 }
 
-TEST_F(RestoreRunTest, EverySetIsOfferedByTheEndOfItsName)
+TEST_F(RestoreRunTest, EveryNameThatEndsInQltIsOfferedAsASet)
 {
     std::filesystem::create_directories(set_ / "folderQLT");
     for (const char* name : {"xQLT", "QLT", "lower.qlt", "QL"})
@@ -185,7 +186,7 @@ TEST_F(RestoreRunTest, CraftedNamesStayInsideTheDeviceAndNamesWithAnotherCaseAre
         EXPECT_EQ(found.path().filename().string().find("escaped"), std::string::npos) << found.path();
 }
 
-TEST_F(RestoreRunTest, OffsetsThatMakeNoSenseRestoreNothingAndCostNoFileOfAnImagesName)
+TEST_F(RestoreRunTest, ItemWithImpossibleOffsetsIsNotRestoredAndAFileNamedLikeItsImageStays)
 {
     write("X.CDB", "the user's own");
     writeSet(entryBytes(1, "\\beyond", 5000, 6000) + entryBytes(1, "\\swapped", HelloBytes, 0) +
@@ -198,7 +199,7 @@ TEST_F(RestoreRunTest, OffsetsThatMakeNoSenseRestoreNothingAndCostNoFileOfAnImag
     EXPECT_EQ(read("X.CDB"), "the user's own");
 }
 
-// A list doesn't say how many items it had, so each sign of damage counts.
+// A list doesn't contain its number of items, so a restore reports each sign of damage.
 TEST_F(RestoreRunTest, DamagedListIsReported)
 {
     using namespace platform::kernel;
@@ -246,7 +247,7 @@ TEST_F(RestoreRunTest, StoppedRunKeepsWhatItHasDoneAndReportsTheRest)
 
     for (const char* name : {"a", "b", "c"})
         write(name, "new");
-    // The request comes just before the question about a.
+    // The stop is requested just before the question about \a.
     gOptions.restoreMode = RestoreModeAsk;
     EXPECT_EQ(stoppedAt(u"File: \\a", [] { restore(); }), (Lines{u"\\a", u"\\b"}));
     gOptions.restoreMode = RestoreModeReplace;

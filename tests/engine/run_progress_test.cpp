@@ -1,4 +1,4 @@
-// run_progress_test.cpp - what a run reports to the host of how far it has come.
+// run_progress_test.cpp - the progress that a run reports to the host.
 #include "engine_fixture.h"
 
 #include "kernel/run_progress.h"
@@ -13,7 +13,7 @@ namespace {
 using platform::kernel::RunProgress;
 using platform::kernel::runProgress;
 
-// Before the item that is shown now was begun.
+// The progress at the message for an item, before the item is begun.
 struct SeenProgress {
     DWORD itemsDone;
     std::uint64_t bytesDone;
@@ -55,7 +55,7 @@ TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
     EXPECT_EQ(stored.bytes, 300100U);
     EXPECT_EQ(stored.itemsDone, 3U);
     EXPECT_EQ(stored.made, (std::array<DWORD, 3>{2, 1, 0}));
-    EXPECT_GT(stored.bytesDone, 300100U);  // those of the database too
+    EXPECT_GT(stored.bytesDone, 300100U);  // includes the bytes of the database
     ASSERT_EQ(seen_.size(), 3U);
     EXPECT_EQ(seen_[0], (SeenProgress{0, 0, true}));
     EXPECT_TRUE(seen_[1] == (SeenProgress{1, 100, true}) || seen_[1] == (SeenProgress{1, 300000, true}));
@@ -75,7 +75,7 @@ TEST_F(RunProgressTest, HostLearnsWhatIsDoneAndWhatIsToDoOfItemsAndBytes)
     EXPECT_EQ(seen_.back().itemsDone, 2U);
 }
 
-TEST_F(RunProgressTest, BytesCountOfFilesThatWereReadAhead)
+TEST_F(RunProgressTest, FilesThatWereReadAheadAreCountedInTheBytesDone)
 {
     for (int file = 0; file < 300; file++)
         write("small " + std::to_string(file), std::string(1000, 's'));
@@ -84,7 +84,7 @@ TEST_F(RunProgressTest, BytesCountOfFilesThatWereReadAhead)
     EXPECT_EQ(runProgress().bytesDone, 300000U);
 }
 
-TEST_F(RunProgressTest, OneLargeFileMovesTheBytesBeforeItIsDone)
+TEST_F(RunProgressTest, BytesDoneGrowWhileOneLargeFileIsBackedUp)
 {
     const std::string content = patternBytes(3'000'000);
     write("large", content);

@@ -1,6 +1,6 @@
 // whole_run_test.cpp - a whole backup and its restore, byte by byte and step by step, and what each failure leaves.
 //
-// The expected bytes were worked out by hand from docs/format.md. Their streams contain raw bytes that don't pack.
+// The expected bytes were worked out by hand from docs/format.md. Their streams contain incompressible bytes.
 
 #include "engine_fixture.h"
 
@@ -16,11 +16,12 @@ using Names = std::vector<std::string>;
 
 const std::string Registry = "keys and values";
 
-// Their streams take 2001 and 999 bytes, for a counter that shows full thousands: 0 after the second, 3 after both.
+// Sizes of the files a.bin and b.bin. Their streams take 2001 and 999 bytes. The counter shows full thousands. So it
+// shows 0 after b.bin alone, and 3 after both files.
 constexpr std::size_t SizeOfA = 1973;
 constexpr std::size_t SizeOfB = 975;
 
-// Magic, one block of a single run of literals, the closing block.
+// Returns a stream: the magic, one block with a single run of literals, and the closing block.
 std::string streamOf(const std::string& raw)
 {
     const std::size_t count = raw.size();
@@ -32,7 +33,7 @@ std::string streamOf(const std::string& raw)
            numberBytes(3) + end;
 }
 
-// A database with one sort order and without records.
+// Returns the image of a database with one sort order and without records.
 std::string imageOf(const std::string& name, std::uint32_t type)
 {
     const std::string text = textBytes(name);
@@ -48,7 +49,7 @@ std::string logOf(const Names& messages)
     return log;
 }
 
-// Shows no megabytes of escapes.
+// Compares without EXPECT_EQ, which would print megabytes of escapes.
 void expectBytes(const std::string& found, const std::string& wanted)
 {
     const auto offset = std::mismatch(found.begin(), found.end(), wanted.begin(), wanted.end()).first - found.begin();
@@ -65,7 +66,8 @@ Names namesIn(const std::filesystem::path& folder)
     return names;
 }
 
-// The platform's two calls. The first one writes a file and fails as the test wants.
+// Replaces the platform's two calls for the registry. The test chooses whether the call that copies the registry writes
+// a file, and which result it returns.
 struct {
     bool writes;
     BOOL result;
@@ -124,14 +126,14 @@ protected:
         }
         void close()
         {
-            SetCursor(nullptr);  // BackUpItems leaves the wait cursor to the end of the run
+            SetCursor(nullptr);  // BackUpItems leaves the wait cursor set until the end of the run
             CloseHandle(listFile);
             CloseHandle(dataFile);
             lines.Close();
         }
     };
 
-    // Those that no handle keeps from being opened for reading and writing.
+    // Returns the names in the folder that can be opened for reading and writing, because no open handle prevents it.
     static Names namesThatOpen(const std::filesystem::path& folder, const std::u16string& path)
     {
         Names names = namesIn(folder);
@@ -193,8 +195,8 @@ TEST_F(WholeRunTest, BackupHasTheFormatsAndTheOrderAndReplacesAnOldSet)
     expectBytes(readOnCard("QLBX0001.QDT"), streamOf(patternBytes(SizeOfB)) + streamOf(patternBytes(SizeOfA)) +
                                                 streamOf(imageOf("E", 7)) + streamOf(imageOf("D", 7)) +
                                                 streamOf(Registry));
-    // 43 characters of the program, 4 of the user, the terminator. The registry's entry has the name of the entry
-    // before.
+    // The comment has 43 characters of the program, 4 of the user, and the terminator. The registry's entry repeats the
+    // name of the previous entry.
     expectBytes(readOnCard("QLBX0001.QLT"),
                 numberBytes(48) + textBytes("Backup date:05/03/2000 (09:07)\r\nComments:\r\nmine") +
                     entryBytes(1, "\\b.bin", 0, 999) + entryBytes(1, "\\a.bin", 999, 3000) +
@@ -249,7 +251,7 @@ TEST_F(WholeRunTest, RestoreHasItsOrderAndThePolicyAppliesToFilesOnly)
     EXPECT_EQ(gFileList->Count() + gDatabaseList->Count() + gRegistryMarked, 0U);
 }
 
-TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
+TEST_F(WholeRunTest, RegistryAloneIsBackedUpWithoutAWindowAndRestoredWithItsMarkUnchanged)
 {
     gRegistryMarked = 1;
     gUser.choice = u"Main device";
@@ -284,7 +286,7 @@ TEST_F(WholeRunTest, RegistryAloneShowsNoWindowAndRestoresKeepItsMark)
         << "a restore that wasn't tried isn't reported";
 }
 
-TEST_F(WholeRunTest, EachFailureHasItsLogLinesAndItsItemNoEntry)
+TEST_F(WholeRunTest, FailedItemIsLoggedAndHasNoEntryUnlessAPartOfTheRegistryWasWritten)
 {
     struct Case {
         const char* name;
@@ -335,8 +337,8 @@ TEST_F(WholeRunTest, EachFailureHasItsLogLinesAndItsItemNoEntry)
     }
 }
 
-// As if so much had been stored that only the stream of one byte fits below 4 GiB.
-TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsStored)
+// The test sets the number of stored bytes so high that only the stream of one byte fits below 4 GiB.
+TEST_F(WholeRunTest, ItemThatWouldEndBeyond4GiBIsLeftOutAndOneThatJustFitsIsStored)
 {
     const std::string stream = streamOf("1");
     write("two", "12");
@@ -363,7 +365,7 @@ TEST_F(WholeRunTest, ItemThatWouldPassTheOffsetsIsLeftOutAndOneThatJustFitsIsSto
     EXPECT_EQ(namesIn(set_), (Names{"data", "list", "log"}));
 }
 
-// Each write to a file that is open for reading fails.
+// The test opens the list or the data for reading only, so that each write to it fails.
 TEST_F(WholeRunTest, EachFailedWriteHasItsLineAndKeepsTheSource)
 {
     writeOnCard("list", "");
@@ -371,7 +373,8 @@ TEST_F(WholeRunTest, EachFailedWriteHasItsLineAndKeepsTheSource)
     write("a.bin", patternBytes(SizeOfA));
     mark(u"\\a.bin");
     gOptions.deleteBackedUp = 1;
-    // Kind, flag, length, name and start of the entry; 7 pieces of 260 bytes and one of 181.
+    // The list gets 5 writes: kind, flag, length, name and start of the entry. The data gets 8: 7 pieces of 260 bytes
+    // and one of 181.
     for (const auto& [list, data, writes] :
          {std::tuple{GENERIC_READ, GENERIC_WRITE, 5}, {GENERIC_WRITE, GENERIC_READ, 8}}) {
         OpenRun run(list, data);

@@ -1,4 +1,4 @@
-// capacity_test.cpp - a full card or file system takes the bytes that fit, and deleted or cut files make room.
+// capacity_test.cpp - a full card or file system accepts the bytes that fit, and deleted or truncated files make room.
 #include "file_fixture.h"
 
 #include <sys/mount.h>
@@ -34,7 +34,7 @@ TEST_F(CardTest, WritePastTheCapacityTakesTheBytesThatFit)
     }
 }
 
-TEST_F(CardTest, DeletedAndCutFilesMakeRoomAndAHoleNeedsIt)
+TEST_F(CardTest, DeletedOrTruncatedFileFreesItsRoomOnTheCardAndAHoleTakesRoom)
 {
     addFolder(u"Card", true, 1000);
     for (int round = 0; round < 2; ++round) {
@@ -52,7 +52,7 @@ TEST_F(CardTest, DeletedAndCutFilesMakeRoomAndAHoleNeedsIt)
     }
 }
 
-TEST_F(CardTest, FilesThatTheCardHasAlreadyCount)
+TEST_F(CardTest, FilesThatWereOnTheCardBeforeItWasMountedUseUpItsCapacity)
 {
     const auto folder = outside() / "mounted Card";
     hostWrite(folder / "a" / "b" / "old", std::string(300, 'x'));

@@ -18,7 +18,7 @@ protected:
     // Runs `action` twice, and cuts the power at the last host call of the second run.
     void cutPowerAtTheEndOf(const std::function<void()>& action) const
     {
-        // Counted twice, because the first action of a process makes some calls that it never makes again.
+        // The calls are counted in the second round, because the first action of a process makes some calls only once.
         std::uint64_t calls = 0;
         for (int round = 0; round < 2; round++) {
             calls = hostCallsOf(action);
@@ -78,7 +78,7 @@ TEST_F(FaultTest, ReadErrorComesAfterTheBytesBeforeIt)
     hostWrite(root() / "f", bytes);
     HANDLE file = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
     std::string got;
-    setFaultPlan({FaultKind::Fail, 3, EIO});  // after reads ahead of 4096 and 8192 bytes
+    setFaultPlan({FaultKind::Fail, 3, EIO});  // calls 1 and 2 read 4096 and 8192 bytes ahead
     for (std::string piece(1000, 0); piece.size() == 1000; got += piece)
         piece = read(file, 1000);
     EXPECT_EQ(got, bytes) << "a read that fails ahead is repeated with the size that the caller asked for";
@@ -132,15 +132,15 @@ TEST_F(FaultTest, FileWhoseAttributesCannotBeReadIsNeitherReplacedNorDeletedAndO
     }
 }
 
-TEST_F(FaultTest, FileThatIsWrittenAfterAnotherNeverNamesBytesThatTheHostLacks)
+TEST_F(FaultTest, ListWrittenAfterADataFileNeverNamesDataThatTheHostDoesNotHaveYet)
 {
-    constexpr std::size_t Start = 40'000;  // writes after it are gathered
+    constexpr std::size_t Start = 40'000;  // from this size on, writes are gathered
     const auto begin = [](HANDLE& data, HANDLE& list) {
         data = open(u"\\data", GENERIC_WRITE, CREATE_ALWAYS);
         list = open(u"\\list", GENERIC_WRITE, CREATE_ALWAYS);
         return write(data, patternBytes(Start)) == Start && write(list, patternBytes(Start)) == Start;
     };
-    // Each entry of the list is the length that the data has then.
+    // Each entry of the list is the length of the data at that time.
     const auto add = [](HANDLE data, HANDLE list, std::size_t& length) {
         length += write(data, patternBytes(40));
         return write(list, std::to_string(length) + "\n");
@@ -203,7 +203,7 @@ TEST_F(FaultTest, OnlyFlushedBytesAndFoldersSurviveAPowerCut)
 {
     const auto card = addFolder(u"Card", true);
     const std::string bytes = patternBytes(90'000);
-    // The card is flushed with all volumes, and the root by its open file.
+    // Two kinds of flush: FlushChangedVolumes for the file on the card, FlushFileBuffers for the file in the root.
     cutPowerAtTheEndOf([&] {
         const auto made = [](const std::u16string& folder) {
             CreateDirectoryW(folder.c_str(), nullptr);

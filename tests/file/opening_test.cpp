@@ -1,5 +1,5 @@
 // opening_test.cpp - what the calls with a path do to each kind of entry, and their errors. No path leads out of the
-// device, and only files and folders are visible in it.
+// device. Only files and folders are visible in the device.
 #include "file_fixture.h"
 
 #include <sys/stat.h>
@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 class EntryTest : public FileTest {
 protected:
-    // One entry of each kind, in the device and outside of it.
+    // Makes one entry of each kind, in the device and outside of it.
     void prepare() const
     {
         fs::remove_all(root());
@@ -29,7 +29,7 @@ protected:
         addFolder(u"Card", true);
     }
 
-    // The last error, also of an open that succeeds.
+    // Opens and closes the path. Returns the last error, which an open that succeeds can set, too.
     static DWORD opened(const WCHAR* path, DWORD access, DWORD creation)
     {
         SetLastError(0);
@@ -59,7 +59,7 @@ TEST_F(EntryTest, EachCallDoesItsWorkOrFailsWithItsErrorAndChangesNothing)
                     Exists = ERROR_FILE_EXISTS, Already = ERROR_ALREADY_EXISTS, NotEmpty = ERROR_DIR_NOT_EMPTY;
     struct Row {
         std::vector<std::u16string> paths;
-        DWORD errors[10];  // of the calls
+        DWORD errors[10];  // one for each of Calls
     };
     const Row rows[] = {
         {{u"\\file", u"file"}, {0, 0, Exists, Already, Already, 0, 0, Already, NoPath, 0}},
@@ -91,7 +91,7 @@ TEST_F(EntryTest, EachCallDoesItsWorkOrFailsWithItsErrorAndChangesNothing)
     }
 }
 
-// U+F72F would be a slash if each private-use character became the byte in its code.
+// U+F700 to U+F7FF represent bytes that can't be shown. If that applied to every byte, U+F72F would be a slash.
 TEST_F(EntryTest, CraftedNamesAreInvalidInEachCall)
 {
     prepare();
@@ -131,14 +131,14 @@ TEST_F(FileTest, CallsOnAHandleOfTheWrongKindFail)
     expectError(ReadFile(search, &byte, 1, &count, nullptr), ERROR_INVALID_HANDLE);
     EXPECT_EQ(count, 0U);
     EXPECT_TRUE(FindClose(search));
-    // The handle may only read.
+    // The handle is open for reading only.
     expectError(WriteFile(file, &byte, 1, &count, nullptr), ERROR_ACCESS_DENIED);
     expectError(FlushFileBuffers(file), ERROR_ACCESS_DENIED);
     expectError(HandOverFileBuffers(file), ERROR_ACCESS_DENIED);
     EXPECT_TRUE(CloseHandle(file));
 }
 
-TEST_F(FileTest, MountThatCannotServeIsRefused)
+TEST_F(FileTest, MountWithAnInvalidOrTakenNameOrWithoutAFolderIsRefused)
 {
     const auto folder = [&] { return ::open(root().c_str(), O_RDONLY | O_DIRECTORY); };
     addFolder(u"Card", true);

@@ -1,5 +1,5 @@
-// removable_test.cpp - a medium that comes and goes while the program runs: tmpfs, mounted for the test at a second
-// place, so that its content can be read after the first place is unmounted.
+// removable_test.cpp - a medium that is mounted and unmounted while the program runs. The test uses a tmpfs that is
+// also mounted at a second path. So its content can be read after the first path is unmounted.
 #include "file_fixture.h"
 
 #include <sys/mount.h>
@@ -42,7 +42,7 @@ protected:
     int refusal_ = 0;
 };
 
-TEST_F(RemovableTest, AppearsAndGoesAndItsPathsNeverLeadToTheRoot)
+TEST_F(RemovableTest, RemovableCardComesAndGoesAndItsPathsNeverLeadToTheRoot)
 {
     EXPECT_EQ(list(u"\\*"), std::set<std::u16string>{u"Stick"});
     EXPECT_EQ(GetFileAttributesW(u"\\Stick"), FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY);
@@ -67,14 +67,14 @@ TEST_F(RemovableTest, AppearsAndGoesAndItsPathsNeverLeadToTheRoot)
     EXPECT_FALSE(platform::file::addRemovable({u"Stick", place_, {}})) << "the name is taken";
 }
 
-TEST_F(RemovableTest, HostCanUnmountItWhenNothingUsesIt)
+TEST_F(RemovableTest, HostCanUnmountARemovableCardOnlyWhenNothingUsesIt)
 {
     const HANDLE file = open(u"\\Stick\\f", GENERIC_WRITE, CREATE_NEW);
     platform::file::closeUnusedFolders(0ms);
     EXPECT_FALSE(unmount()) << "a file is open";
     EXPECT_EQ(write(file, "x"), 1U);
     CloseHandle(file);
-    // A temporary file, which is made and deleted again and again, keeps its folder open.
+    // A temporary file is made and deleted repeatedly, so the program keeps its folder open.
     for (int times = 0; times < 3; ++times) {
         EXPECT_EQ(openError(u"\\Stick\\t", GENERIC_WRITE, CREATE_ALWAYS), 0U);
         EXPECT_EQ(openError(u"\\Stick\\t", GENERIC_READ, OPEN_EXISTING), 0U);
@@ -91,8 +91,9 @@ TEST_F(RemovableTest, HostCanUnmountItWhenNothingUsesIt)
     EXPECT_FALSE(std::filesystem::exists(place_ / "f"));
 }
 
-// The host still writes to a file system that is unmounted while files are open, but that file system is lost.
-TEST_F(RemovableTest, NothingCountsAsFlushedAfterItWasTakenOut)
+// If a file system is unmounted while files are open, the host still accepts writes to these files. But the user may
+// have taken the medium out.
+TEST_F(RemovableTest, NothingCountsAsFlushedAfterTheMediumWasTakenOut)
 {
     const std::u16string names[] = {u"\\Stick\\gathered", u"\\Stick\\straight", u"\\Stick\\closed"};
     const HANDLE gathered = open(names[0], GENERIC_WRITE, CREATE_NEW);
@@ -113,7 +114,7 @@ TEST_F(RemovableTest, NothingCountsAsFlushedAfterItWasTakenOut)
     EXPECT_TRUE(FlushChangedVolumes()) << "reported once";
 }
 
-TEST_F(RemovableTest, ComesAndGoesWhileOtherThreadsUseIt)
+TEST_F(RemovableTest, RemovableCardCanComeAndGoWhileAnotherThreadUsesIt)
 {
     std::atomic<bool> ends = false;
     std::thread user([&] {

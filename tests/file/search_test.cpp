@@ -46,7 +46,7 @@ TEST_F(FileTest, SearchThatFindsNothingReportsWhy)
         EXPECT_EQ(errorOf(FindFirstFileW(pattern.c_str(), &found) != INVALID_HANDLE_VALUE), error);
 }
 
-TEST_F(FileTest, SearchForFoldersLeavesOutFilesAndDoesNotAskAboutThem)
+TEST_F(FileTest, SearchForFoldersLeavesOutFilesAndMakesNoHostCallsForThem)
 {
     const auto foldersIn = [](const std::u16string& pattern) {
         Names names;
@@ -71,7 +71,7 @@ TEST_F(FileTest, SearchForFoldersLeavesOutFilesAndDoesNotAskAboutThem)
               INVALID_HANDLE_VALUE);
 }
 
-TEST_F(FileTest, NothingIsCertainOnlyWhereNeitherFileNorFolderCanBe)
+TEST_F(FileTest, IsNothingAtIsTrueOnlyIfThereIsCertainlyNeitherFileNorFolder)
 {
     hostWrite(root() / "file", "");
     std::filesystem::create_symlink("file", root() / "link");

@@ -60,7 +60,7 @@ TEST_F(FileTest, FileInUseIsNeitherEmptiedNorDeleted)
     EXPECT_TRUE(DeleteFileW(u"\\f"));
 }
 
-TEST_F(FileTest, FileThatAnotherProcessHasOpenIsSharedOnlyIfBothMayReadOrAllIsShared)
+TEST_F(FileTest, FileOpenInAnotherProcessCanBeOpenedIfBothOnlyReadOrTheCallAllowsWriting)
 {
     const std::tuple<int, DWORD, DWORD, DWORD> cases[] = {
         {O_WRONLY, Read, 0, ERROR_SHARING_VIOLATION},
@@ -80,7 +80,7 @@ TEST_F(FileTest, FileThatAnotherProcessHasOpenIsSharedOnlyIfBothMayReadOrAllIsSh
     }
 }
 
-// Indexers open every new file for a moment.
+// Indexing programs open every new file for a moment.
 TEST_F(FileTest, NewFileThatAnotherProcessReadsIsNotInUse)
 {
     make(u"\\f", "bytes");
@@ -112,8 +112,8 @@ TEST_F(FileTest, ThreadsThatWriteByOneHandleLoseNoBytes)
         ASSERT_EQ(bytes.substr(offset, 100), std::string(100, bytes[offset]));
 }
 
-// The host reports the other thread's descriptor as a use by somebody else, and a lease that it takes for a moment
-// makes an opening fail.
+// For one thread, the host reports the other thread's descriptor like that of another process. Each thread also takes a
+// lease for a moment, which makes an opening by the other thread fail.
 TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess)
 {
     hostWrite(root() / "f", "content");
@@ -132,7 +132,7 @@ TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess
         openOften();
         other.join();
         EXPECT_EQ(opened + refused, 6000);
-        // A handle that doesn't share refuses those that are opened meanwhile.
+        // While a handle that doesn't share is open, further opens are refused.
         EXPECT_GE(opened, share == 0 ? 1 : 6000);
     }
     EXPECT_EQ(takeNoted(), std::set<std::u16string>{});

@@ -1,4 +1,4 @@
-// temporary_file_test.cpp - files that the program declared to be temporary; and what is remembered of attributes.
+// temporary_file_test.cpp - files that the program declared as temporary, and the cache of attributes.
 #include "file_fixture.h"
 
 #include "attributes.h"
@@ -24,7 +24,7 @@ protected:
     fs::path card_;
 };
 
-TEST_F(TemporaryFileTest, IsAFileForTheProgramAndNotOnTheHost)
+TEST_F(TemporaryFileTest, TemporaryFileIsReadAndCountedLikeAnyFileButIsNotOnTheHost)
 {
     ASSERT_TRUE(DeclareTemporaryFile(u"\\Card\\t"));
     for (const std::size_t size : {0UL, 3000UL, InMemory, InMemory + 1, 3 * InMemory}) {
@@ -52,7 +52,7 @@ TEST_F(TemporaryFileTest, IsAFileForTheProgramAndNotOnTheHost)
     CloseHandle(tooLong);
 }
 
-TEST_F(TemporaryFileTest, IsOnTheHostBeforeACallThatCouldNoticeTheDifference)
+TEST_F(TemporaryFileTest, TemporaryFileIsPutOnTheHostBeforeACallThatCouldNoticeItsAbsence)
 {
     BY_HANDLE_FILE_INFORMATION information;
     const std::pair<const char*, std::function<void(HANDLE)>> calls[] = {
@@ -92,7 +92,7 @@ TEST_F(TemporaryFileTest, IsOnTheHostBeforeACallThatCouldNoticeTheDifference)
     }
 }
 
-TEST_F(TemporaryFileTest, FileOfSomebodyElseAtItsPathStaysUnlessItWasThereAtTheDeclaration)
+TEST_F(TemporaryFileTest, LaterFileOfAnotherProgramAtTheTemporaryPathStaysAndAnEarlierOneIsReplaced)
 {
     hostWrite(card_ / "t", "before");
     ASSERT_TRUE(DeclareTemporaryFile(u"\\Card\\t"));
@@ -172,7 +172,7 @@ TEST_F(TemporaryFileTest, StartSetsAsideWhatAKilledProcessLeftAndSearchesOnlyAMa
     EXPECT_EQ(hostRead(outside() / "left-behind" / "t"), "temporary");
     EXPECT_EQ(hostCallsOf([&] { EXPECT_TRUE(setAside().empty()); }), 1U);
 
-    // While a call fails, or no file can be moved, the next start searches again.
+    // If a call fails or a file can't be moved, the next start searches again.
     ASSERT_EQ(statusOfChild([&] { return runs(0, false); }), 0);
     fs::remove_all(outside() / "left-behind");
     hostWrite(outside() / "left-behind", "in the way");

@@ -1,4 +1,5 @@
-// unchanged_deletion_test.cpp - a file is deleted only if it is still as it was stamped, whatever others do meanwhile.
+// unchanged_deletion_test.cpp - a file is deleted only if it hasn't changed since its stamp was taken, whatever other
+// programs do at the same time.
 #include "file_fixture.h"
 #include "file_stamp.h"
 
@@ -30,7 +31,7 @@ protected:
         return stamp;
     }
 
-    // Writes the file and stamps it until the stamp proves that it was the last write.
+    // Writes the file, and takes stamps of it until one proves that any later write will change the stamp.
     FileStamp writeAndStamp(const std::string& bytes) const
     {
         FileStamp stamp = writeAndStampNow(bytes);
@@ -40,7 +41,7 @@ protected:
         return stamp;
     }
 
-    // For tests without a second write that could leave the same times.
+    // Like writeAndStamp() but without the wait. For tests in which no second write can leave the same times.
     FileStamp writeAndStampNow(const std::string& bytes) const
     {
         fs::remove_all(file().parent_path());
@@ -50,7 +51,7 @@ protected:
         return stamp;
     }
 
-    // 0 or the error.
+    // Returns 0 or the error of the deletion.
     static DWORD deletion(const FileStamp& stamp)
     {
         SetLastError(0);
@@ -139,7 +140,7 @@ TEST_F(UnchangedDeletionTest, FileInUseHereOrElsewhereStays)
     EXPECT_FALSE(fs::exists(file()));
 }
 
-// A second write could leave the same time as the first.
+// A second write soon after the first could leave the same time.
 TEST_F(UnchangedDeletionTest, StampSoonAfterAWriteProvesNothing)
 {
     struct Case {
@@ -150,10 +151,10 @@ TEST_F(UnchangedDeletionTest, StampSoonAfterAWriteProvesNothing)
     const Case cases[] = {
         {{100, 1, {}}, {100, 1, {}}, {100, 40'000'000}, FALSE},
         {{100, 1, {}}, {100, 1, {}}, {100, 60'000'000}, TRUE},
-        {{90, 0, {}}, {100, 1, {}}, {100, 40'000'000}, TRUE},     // set back: the change time shows a write
+        {{90, 0, {}}, {100, 1, {}}, {100, 40'000'000}, TRUE},     // set back, but the change time shows the write
         {{200, 1, {}}, {100, 1, {}}, {150, 0}, FALSE},            // in the future
-        {{100, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},  // whole seconds
-        {{90, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},   // set back
+        {{100, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},  // the host stores whole seconds
+        {{90, 0, {}}, {100, 0, {}}, {103, 900'000'000}, FALSE},   // whole seconds, and the write time was set back
         {{100, 0, {}}, {100, 0, {}}, {104, 1}, TRUE},
         {{-9'000'000'000'000, 1, {}}, {100, 1, {}}, {101, 0}, TRUE},
     };
@@ -170,7 +171,7 @@ TEST_F(UnchangedDeletionTest, StampSoonAfterAWriteProvesNothing)
     EXPECT_EQ(hostRead(file()), "bytes");
 }
 
-// EINVAL comes from a file system that can't refuse to replace, EACCES for a file that gets no lease.
+// A file system that can't rename without replacing returns EINVAL. A file that can get no lease returns EACCES.
 TEST_F(UnchangedDeletionTest, FileThatIsNotDeletedKeepsItsNameWhicheverCallFails)
 {
     const std::pair<int, std::uint64_t> faults[] = {{EIO, 1},    {EIO, 2},    {EINVAL, 1}, {EACCES, 1},
@@ -213,7 +214,7 @@ TEST_F(UnchangedDeletionTest, KillLeavesTheFileUnderANameThatSaysWhy)
 struct Intruder {
     fs::path file;
     int times = 0;
-    std::multiset<std::string> survive;  // contents that only the deletion could have removed
+    std::multiset<std::string> survive;  // contents that must still exist
     int held = -1;                       // a descriptor to which the intruder writes after the deletion
 };
 Intruder intruder;
@@ -227,7 +228,7 @@ void replaceFile()
     intruder.survive = {bytes};
 }
 
-// -1: the file is missing, or a blocking open would wait for the lease.
+// Returns -1 if the file is missing or if a blocking open would wait for the lease.
 int openWith(int flags)
 {
     const int descriptor = ::open(intruder.file.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | flags, 0666);
@@ -253,7 +254,7 @@ void writeTo(int flags)
     writeAndClose(openWith(flags));
 }
 
-TEST_F(UnchangedDeletionTest, NothingThatOthersDoBetweenItsCallsIsLost)
+TEST_F(UnchangedDeletionTest, NothingThatAnotherProgramWritesDuringADeletionIsLost)
 {
     const std::tuple<const char*, void (*)(), std::uint64_t> cases[] = {
         {"replace", replaceFile, 1},

@@ -1,4 +1,5 @@
-// How a script and a program end, wait and answer questions. The tests in tests/tree run scripts on the real program.
+// How a script runs with a program: ends, waits and answers to questions. The tests in tests/tree run scripts on the
+// real program.
 #include "headless/script_run.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
@@ -21,14 +22,14 @@ namespace {
 
 using testing::HasSubstr;
 
-// Commands of the program.
+// Commands of the test's own small program.
 constexpr WORD AskThree = 40006;
 constexpr WORD Work = 40009;
 constexpr WORD StayOpen = 40011;
 constexpr WORD AskMuch = 40007;
 constexpr UINT LetGo = WM_APP;
 
-std::string gNotes;  // the answers that the program got, and what else it did
+std::string gNotes;  // the answers that the program got, and its other actions
 std::atomic<HWND> gStubborn;
 std::atomic<bool> gRuns;
 
@@ -97,7 +98,7 @@ protected:
         gNotes.clear();
     }
 
-    // The exit code. The usual timeout is longer than any host delays a program.
+    // Returns the exit code. The default timeout is longer than any delay of the program by the host.
     int run(const std::string& text, std::chrono::milliseconds timeout = std::chrono::minutes(5))
     {
         std::istringstream script(text);
@@ -129,7 +130,7 @@ TEST_F(ScriptRunTest, FirstStandingAnswerThatFitsTheBoxAnswersIt)
     EXPECT_EQ(gNotes, "2 1 5 ");
 }
 
-TEST_F(ScriptRunTest, EndOfTheScriptAnswersWhatIsOpenAndWhatTheProgramAsksThen)
+TEST_F(ScriptRunTest, QuestionsThatAreOpenOrAskedAfterTheEndOfTheScriptAreAnswered)
 {
     EXPECT_EQ(run("answer \"*\" retry\nanswer \"*\" ok\ncommand 40006\nyes\n"), 0);
     EXPECT_EQ(run("command 40006\n"), 0);

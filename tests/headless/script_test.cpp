@@ -1,4 +1,4 @@
-// How the lines of a script are read as actions, and the errors for lines that aren't actions.
+// How lines of a script become actions, and the errors for lines that aren't actions.
 
 #include "pattern.h"
 #include "script.h"
@@ -85,7 +85,7 @@ TEST(ScriptTest, LineThatIsNoActionIsRefusedWithItsNumberAndReason)
     }
 }
 
-TEST(PatternTest, TextOfSeveralLinesIsMatchedOnOne)
+TEST(PatternTest, TextOfSeveralLinesIsMatchedAsOneLine)
 {
     EXPECT_EQ(onOneLine(u"a\r\nb\nc\rd"), u"a\\nb\\nc\\nd");
     EXPECT_TRUE(matches(u"a\\n*", onOneLine(u"a\r\nb")));

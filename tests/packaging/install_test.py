@@ -1,4 +1,5 @@
-"""An installed Quillbox is whole: the validators of the desktop accept its files, and it is found by what uses it."""
+"""An installed Quillbox is complete: the desktop's validators accept its files, and the programs that use Quillbox find
+it."""
 import os
 import re
 import shutil
@@ -33,7 +34,7 @@ class InstallTest(InstallationTest):
             self.assertIn(f":application/x-quillbox-{kind}:{pattern}:cs", globs)
         self.assertIn(b"[60:application/x-quillbox-data]\n>0=\0\5QBXPK", (mime / "magic").read_bytes())
 
-    def test_programs_are_stripped_and_the_window_is_found(self):
+    def test_programs_are_stripped_and_the_part_with_the_window_can_be_loaded(self):
         for program in ("quillbox", "quillbox-set", "quillbox-device", "quillbox-mount"):
             self.assertIn("1.0.0", self.run_tool(self.prefix / "bin" / program, "--version"))
             self.assertNotIn(".symtab", self.run_tool("readelf", "--section-headers", "--wide", self.prefix / "bin" / program))

@@ -1,4 +1,4 @@
-"""Manual pages and completions: they are whole, well formed, and true."""
+"""Manual pages and completions: they are complete, well formed and correct."""
 import os
 import re
 
@@ -21,7 +21,7 @@ class ManualTest(InstallationTest):
         cls.user = {"HOME": str(cls.home), "PATH": f"{cls.prefix}/bin:{os.environ['PATH']}", "LC_ALL": "C.UTF-8"}
 
     def commands(self, program, *words):
-        """Each command of a program with its options, as --help has them."""
+        """Yields each command of a program with its options, as --help shows them."""
         said = self.run_tool(self.prefix / "bin" / program, *words, "--help")
         yield words, set(re.findall(r"^  (?:-h,)?(--[a-z-]+)", said, re.M))
         _, _, below = said.partition("Subcommands:")
@@ -33,14 +33,14 @@ class ManualTest(InstallationTest):
         return {line.split("\t")[0] for line in said.splitlines()}
 
     def examples(self):
-        """The commands of docs/examples.md, with the folder of the stick as it is here."""
+        """Returns the commands of docs/examples.md, with the test's own path for the stick."""
         mounts = os.access("/dev/fuse", os.R_OK | os.W_OK)
         lines = [line[4:] for line in (ROOT / "docs/examples.md").read_text().splitlines()
                  if line.startswith("    ") and (mounts or "~/sets" not in line)]
         self.assertGreater(len(lines), 20)
         return "\n".join(lines).replace("/media/stick", str(self.stick))
 
-    def test_pages_have_no_fault_and_each_option_and_complete_it(self):
+    def test_pages_pass_mandoc_and_name_every_option_and_the_shell_completes_it(self):
         pages = sorted(self.manual.rglob("*.[15]"))
         self.assertEqual([page.name for page in pages],
                          ["quillbox-device.1", "quillbox-mount.1", "quillbox-set.1", "quillbox.1", "quillbox-script.5", "quillbox-set.5"])
@@ -58,7 +58,7 @@ class ManualTest(InstallationTest):
     def test_examples_run_one_after_the_other(self):
         self.run_tool("bash", "-euo", "pipefail", "-c", self.examples(), env=self.user, cwd=self.folder)
 
-    def test_words_are_completed_from_what_is_there(self):
+    def test_words_are_completed_to_commands_files_sets_cards_items_and_profiles(self):
         self.run_tool("bash", "-euc", "quillbox-device init --demonstration device; mkdir -p card ~/.config/quillbox; "
                       "touch ~/.config/quillbox/nightly.toml; quillbox --device device backup --to ./card --quiet; "
                       "mkdir -p 'device/cards/Storage Card/QUILBOX'; touch 'device/cards/Storage Card/QUILBOX/QLBX0002.QLT'", env=self.user, cwd=self.folder)

@@ -1,4 +1,5 @@
-"""What the user chooses in the tree and in the dialogs: what the set then holds, and what stays when a dialog is left."""
+"""The user's choices in the tree and in the dialogs: what the set then contains, and what remains when a dialog is
+left."""
 import functools
 import os
 import re
@@ -41,7 +42,7 @@ def images(expected):
 
 
 def printed_trees(output):
-    """What each `print tree` printed: every item's path with its image, in the order of the screen."""
+    """Returns the output of each `print tree`: every item's path with its image, in the order of the screen."""
     trees = []
     above = []
     for line in output.splitlines():
@@ -68,7 +69,7 @@ class TreeTest(ContentsTest):
         return printed_trees(self.quillbox(script).text)
 
     def files(self, number=1):
-        """The files of a set with their content."""
+        """Returns the files of a set with their content."""
         return {name: content for (kind, name), content in self.items(number).items() if kind == FILE}
 
 
@@ -79,7 +80,7 @@ class MarkingTest(TreeTest):
         cancelled = "cancel\nidle\n"
         restore_cancelled = full_restore().replace('wait "Full Restore"\nok', 'wait "Full Restore"\ncancel')
         self.quillbox(full_backup())
-        # What each leaves: whether "Files" was collapsed, and whether the marks are gone from the lists.
+        # For each command: whether it collapses "Files", and whether it removes the marks from the lists.
         for command, reset, cleared in (
                 ("command 504\ncancel\n", False, False), ("command 40009\nok\n", False, False),
                 ("command 503\nok\n", True, False), ("command 40010\ncancel\n", True, False),
@@ -110,7 +111,7 @@ class MarkingTest(TreeTest):
             expand("Files") + click("Files\\F") + MARK_FOLDER + click("Files\\gone") + MARK_FOLDER +
             click("Files\\other") + expand("Files\\long") + "print tree\n" + BACK_UP_MARKED + expand("Files", "Files\\F") +
             images({"Files\\F\\came": 6, "Files\\F\\stays": 7, "Files\\other": 7}))
-        # The tree that it prints doesn't fit the pipe, so the program stops here until the rest of it is read.
+        # The printed tree is larger than the pipe. So the program blocks at this point until the test reads the rest.
         with subprocess.Popen([BIN / "quillbox", "--device", self.device, "--script", self.file("script", script)],
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, pipesize=4096) as process:
             process.stdout.read(1)
@@ -155,7 +156,7 @@ class NamesTest(TreeTest):
 
 
 class DialogTest(ContentsTest):
-    def test_keyboard_begins_where_the_user_types_and_a_sets_comment_stays(self):
+    def test_focus_begins_in_the_edit_of_a_dialog_and_a_sets_comment_is_read_only(self):
         self.write("a", b"a")
         self.quillbox(
             'command 503\nwait "File filter"\ncheck 1014\nkey "T"\nkey "X"\nexpect 1016 "tx"\npress 1017\nkey "C"\n'
@@ -166,7 +167,7 @@ class DialogTest(ContentsTest):
         self.assertIn('window message "Info?" text "Override \\Card\\QUILBOX\\QLBX0001.QLT file" buttons yes,no default no',
                       self.quillbox('answer "*" no\n' + full_backup()).transcript)
 
-    def test_dialog_left_by_its_close_box_is_left_without_a_choice(self):
+    def test_a_dialog_closed_by_its_close_box_makes_no_choice(self):
         self.write("a", b"old")
         self.quillbox(EVERYTHING)
         stored = self.content(self.card)

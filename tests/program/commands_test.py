@@ -1,4 +1,4 @@
-"""quillbox backup, restore and sets: what they do, say and return, without a window and without a script."""
+"""quillbox backup, restore and sets: what they do, print and return, without a window and without a script."""
 import json
 import os
 import random
@@ -48,7 +48,7 @@ class BackupTest(CommandTest):
                 self.assertEqual((independent_set.REGISTRY, "") in self.items(number), registry)
                 self.assertEqual(found["items"], {"files": len(files), "databases": 0, "registry": int(registry)})
 
-    def test_storage_is_a_card_the_device_or_a_folder_of_the_host_that_is_left_out(self):
+    def test_a_set_can_go_to_a_card_the_device_or_a_host_folder_which_is_not_backed_up(self):
         self.fill()
         share = self.folder / "a share"
         (share / "docs").mkdir(parents=True)
@@ -78,7 +78,7 @@ class BackupTest(CommandTest):
         self.assertEqual(self.registry(), before)
         self.assertEqual(set(self.content()), {b"a", b".hidden/d"})
 
-    def test_dry_run_and_what_is_left_out(self):
+    def test_a_dry_run_stores_nothing_and_a_file_in_use_is_reported_as_left_out(self):
         self.fill()
         self.assertRegex(self.command("backup", "--to", "Card", "--dry-run").text,
                          r'^To store: 3 files and the registry, 18 bytes\. "\\Card" has room for .* [KMGT]B\.\n$')
@@ -126,7 +126,7 @@ class RotationTest(CommandTest):
         self.assertIn("Removed 2 old sets.", self.command("backup", "--to", "Card", "--keep-last", "2").text)
         self.assertEqual(self.numbers(), [1, 5])
 
-    def test_what_is_incomplete_or_damaged_removes_nothing_sound(self):
+    def test_an_incomplete_backup_removes_no_old_set_and_a_damaged_old_set_stays(self):
         self.fill()
         for number in (1, 2, 3):
             self.old_set(number, 20 + number)
@@ -165,7 +165,7 @@ class RestoreTest(CommandTest):
         said = self.run_program("quillbox", "--device", other, "restore", self.folder / "QUILBOX/QLBX0001", "--existing", "skip", code=2).said
         self.assertRegex(said, r'already 3 databases of the set, such as ".* Database"\. Say skip or replace with --databases\.')
 
-    def test_on_a_terminal_it_asks_and_all_answers_the_rest(self):
+    def test_a_restore_on_a_terminal_asks_about_each_file_and_an_answer_can_apply_to_all(self):
         for answers, replaced in (("y\nn\nn\n", 1), ("a\n", 3), ("o\n", 0)):
             for name in ("a", "docs/b", "docs/deep/c"):
                 self.write(name, b"new")
@@ -184,9 +184,9 @@ class RestoreTest(CommandTest):
 
 
 class RefusalTest(CommandTest):
-    """Nothing is done, and the sentence and the exit code say why. faults_test.py has most refusals."""
+    """A refused command does nothing, and its message and exit code say why. faults_test.py tests most refusals."""
 
-    def test_what_cannot_begin(self):
+    def test_a_command_that_cannot_begin_says_why_and_changes_nothing(self):
         self.fill()
         self.write("only", b"")
         lists = self.folder / "lists" / "QUILBOX"
@@ -215,7 +215,7 @@ class RefusalTest(CommandTest):
             independent_set.Set().write(self.sets, number)
         self.command("backup", "--to", "Card", "--replace", "99")
 
-    def test_a_device_in_use_says_by_whom_and_wait_waits(self):
+    def test_a_refusal_names_the_process_that_uses_the_device_and_wait_waits_for_its_end(self):
         script = self.file("script", 'command 40011\nwait "Options"\nprint text\nwait "never"\n')
         self.write("a", b"a")
         with subprocess.Popen([BIN / "quillbox", "--device", self.device, "--script", script], stdout=subprocess.PIPE) as first:

@@ -1,4 +1,4 @@
-"""The settings: how the registry stores them, what the dialog shows of them and what it writes back."""
+"""The settings: how the registry stores them, how the dialog shows them, and what it writes back."""
 import struct
 
 from device_contents import ContentsTest
@@ -16,7 +16,7 @@ def record(mode=1025, delete=0, verify=0, log=0, listed=b"", newer=0, switches=(
 
 
 def values(option, ext):
-    """The key's values, as a .reg file has them."""
+    """Returns the values of the key as lines of a .reg file."""
     return [f'"Ext"=hex:{ext.ljust(EXT_BYTES, bytes(1)).hex(",")}', f'"Option"=hex:{option.hex(",")}']
 
 
@@ -30,8 +30,9 @@ class OptionsTest(ContentsTest):
         self.quillbox("idle\n")
         self.assertEqual(self.settings(), values(record(), b""))
 
-    def test_what_no_control_shows_or_changes_is_kept(self):
-        # A mode that is the id of a check box, a size that can't be typed, two lists of which the shorter one counts.
+    def test_settings_that_no_control_shows_or_changes_are_kept(self):
+        # The mode is the id of a check box. The size can't be typed. There are two lists, of which the shorter one
+        # applies.
         given = {"mode": 1022, "verify": 1, "newer": 0x01DA0000_12345678, "switches": (1, 1, 1, 4), "size": 300}
         kept = extensions("txt", "c")
         from_elsewhere = values(record(listed=extensions("x") * 130, **given), kept)

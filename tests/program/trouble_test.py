@@ -1,4 +1,5 @@
-"""Trouble from outside: bad usage, streams that can't be used, shut folders, damaged stores and sets, files in the way."""
+"""Trouble from outside: bad usage, streams that can't be used, folders that can't be entered, damaged stores and sets,
+files in the way."""
 import contextlib
 import os
 import sqlite3
@@ -30,7 +31,7 @@ class HostTest(ProgramTest):
         commands = ([*start, script, "--transcript", "-"], ["--help"], ["--version"])
         self.assert_fails_where_output_takes_nothing("quillbox", commands, r"quillbox: standard output can't be written\.")
         for _, output in unwritable_outputs():
-            self.run_program("quillbox", *start, script, **output)  # has nothing to print
+            self.run_program("quillbox", *start, script, **output)  # the program has nothing to print
         done = self.run_program("quillbox", *start, script, "--transcript", "/dev/full", code=1)
         self.assertEqual(done.said, "quillbox: the transcript \"/dev/full\" can't be written.\n")
         done = self.run_program("quillbox", *start, "-", code=2, stdin=None, preexec_fn=lambda: os.close(0))
@@ -38,13 +39,14 @@ class HostTest(ProgramTest):
         self.assertEqual((self.device / "device.lock").read_text(), "database\n")
 
     def printed(self, words, locale, stream, terminal=True):
-        """What words writes to the stream "stdout" or "stderr": a terminal may hand out one line in several reads."""
+        """Returns the output of the command `words` to the stream "stdout" or "stderr". A terminal may return one line
+        in several reads."""
         reader, writer = os.openpty() if terminal else os.pipe()
         with open(reader, "rb", buffering=0) as received:
             subprocess.run(words, **{stream: writer}, check=False, env={**os.environ, "LC_ALL": locale})
             os.close(writer)
             text = b""
-            with contextlib.suppress(OSError):  # a terminal ends with EIO
+            with contextlib.suppress(OSError):  # a terminal reports its end as EIO
                 while more := received.read(4096):
                     text += more
         return text
@@ -71,10 +73,10 @@ class HostTest(ProgramTest):
             user = {"user": 65534, "group": 65534, "extra_groups": []}
         said = self.quillbox(full_backup(), code=4, **user).said
         self.assertIn('"\\shut\\a" (no permission, or it is read-only)', said)
-        # A search for sets meets the folder too, and what is restored isn't in it.
+        # The search for sets also meets this folder. The restore writes no file into it.
         self.quillbox(options_script(policy=1023) + full_restore(), **user)
 
-    def test_what_is_made_is_its_owners_whatever_the_mask(self):
+    def test_new_files_are_accessible_to_their_owner_only_whatever_the_umask(self):
         self.write("small", b"small")
         self.addCleanup(os.umask, os.umask(0o777))
         self.quillbox(full_backup())
@@ -83,12 +85,12 @@ class HostTest(ProgramTest):
 
 
 class DamageTest(ContentsTest):
-    def test_what_the_store_cannot_give_is_reported_by_a_backup_and_an_export(self):
+    def test_items_that_the_store_cannot_read_are_reported_by_a_backup_and_an_export(self):
         self.fill(database("First", texts("1")), database("Second", texts("2")))
         self.quillbox("idle\n")
         sound = (self.device / "device.db").read_bytes()
         deep = ",".join(f"({100 + level}, {99 + level if level else 4}, 'k', 'k')" for level in range(17))
-        # What the backup says of the damage, how many items it stores, and whether an export fails too.
+        # For each damage: what the backup reports, how many items it stores, and the exit code of an export.
         for sql, reported, stored, exported in (
                 ("UPDATE store_record SET properties = x'01'", rf'^quillbox: 2 databases .* is database ".*" {DAMAGED}', 3, 1),
                 ("UPDATE store_database SET folded = 'else' WHERE name = 'First'", f'database "First" {DAMAGED}', 2, 1),
@@ -130,12 +132,13 @@ class DamageTest(ContentsTest):
         self.assertGreater(len(found), 100)
         self.assertEqual(found, lines(*after(1, [many])).splitlines()[1:len(found) + 1])
 
-    def test_file_of_the_user_with_the_name_of_a_runs_file_stays(self):
+    def test_a_user_file_replaced_by_a_runs_file_is_reported_and_a_read_only_one_stays(self):
         self.fill(database("Target", texts("first")))
         self.write("Target.CDB", b"the user's")
         mine = self.write("TMVRegFile.QBR", b"mine")
         mine.chmod(0o444)
-        # The set of the files first, then one of the databases, whose image takes the file's place; then it comes back.
+        # Set 1 contains the files. During the backup of the databases, the image of one replaces the user's file
+        # Target.CDB. The restore of set 1 brings the file back.
         backups = 'answer "Override*" no\n' + full_backup(FILES) + full_backup(DATABASES) + full_backup(REGISTRY)
         said = self.quillbox(backups + full_restore('answer "*" yes\n'), code=4).said
         self.assertIn('was replaced: "\\Target.CDB"', said)

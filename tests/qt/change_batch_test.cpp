@@ -1,4 +1,4 @@
-// change_batch_test.cpp - the changes that the core's threads leave for the display's thread.
+// change_batch_test.cpp - the changes that the threads of the window core collect for the thread of the display.
 #include "change_batch.h"
 
 #include <gtest/gtest.h>
@@ -39,7 +39,7 @@ TEST(ChangeBatchTest, MillionChangesOfAWindowAreOneEntryAndOneNotice)
     EXPECT_EQ(batch.take().size(), 1U);
 }
 
-TEST(ChangeBatchTest, NoChangeIsLostBetweenTwoTakesAndAnIdleEndsTheWait)
+TEST(ChangeBatchTest, NoChangeIsLostBetweenTwoCallsOfTakeAndAnIdleChangeEndsTheWait)
 {
     constexpr std::uintptr_t Windows = 2000;
     ChangeBatch batch([] {});

@@ -65,7 +65,7 @@ TEST_F(StatusTextTest, OutcomeNamesTheSetItsItemsAndWhatIsMissing)
         EXPECT_EQ(outcomeText(run, leftOut).toStdString(), text);
 }
 
-TEST_F(StatusTextTest, FilterIsNamedWithWhateverHidesFiles)
+TEST_F(StatusTextTest, FilterTextNamesEachConditionThatHidesFiles)
 {
     StatusState status;
     EXPECT_EQ(filterText(status), QString());
@@ -78,7 +78,7 @@ TEST_F(StatusTextTest, FilterIsNamedWithWhateverHidesFiles)
               "Files shown: only *.txt, *.c; written since 12/30/24; not archive or hidden");
 }
 
-TEST(RunClockTest, RemainingTimeFollowsTheWorkAndNotTheQuestions)
+TEST(RunClockTest, RemainingTimeIsEstimatedFromTheWorkWithoutTheTimeOfQuestions)
 {
     RunClock clock;
     RunProgress progress{.number = 1, .underway = true, .listPath = u"", .items = 1000};
@@ -93,7 +93,7 @@ TEST(RunClockTest, RemainingTimeFollowsTheWorkAndNotTheQuestions)
     const RunView run = clock.look(progress, false);
     EXPECT_EQ(run.remaining, 20s);
     EXPECT_DOUBLE_EQ(run.share, 0.5);
-    // One item of many bytes moves the share by its bytes.
+    // With a single large item, the share follows the bytes.
     progress = {.number = 2,
                 .underway = true,
                 .listPath = u"",
@@ -127,7 +127,7 @@ TEST(DialogGrowthTest, ListsAndCommentsTakeTheSpaceAndTheOthersMove)
 
 class StatusTripTest : public Desktop {
 protected:
-    // All texts of the status bar, the hidden ones left out.
+    // Returns all visible texts of the status bar.
     static QString status()
     {
         QStringList texts;
@@ -156,7 +156,7 @@ TEST_F(StatusTripTest, FilterAndDeletionAreSaidInTheWindowAndEnterAddsAnExtensio
     QWidget& dialog = open(FilterMenuDialog);
     click(dialog, box);
     type(dialog, "txt");
-    press(dialog, Qt::Key_Return);  // adds
+    press(dialog, Qt::Key_Return);  // adds the extension
     EXPECT_EQ(dialog.findChild<QLineEdit*>()->text(), QString());
     EXPECT_TRUE(findRow(*dialog.findChild<QListView*>()->model(), "txt").isValid());
     press(dialog, Qt::Key_Return);
@@ -178,7 +178,7 @@ TEST_F(StatusTripTest, FilterAndDeletionAreSaidInTheWindowAndEnterAddsAnExtensio
     EXPECT_TRUE(eventually([] { return !status().contains("deletes"); }));
 }
 
-// A run's progress window, with a run of more items than the bar of the program has steps.
+// The run has more items than the program's progress bar has steps.
 TEST_F(StatusTripTest, RunOfAnyLengthShowsItsTotalsMovesTheBarAndSaysWhatItMade)
 {
     BeginRun(RunStores, u"\\Card\\QUILBOX\\QLBX0007.QLT", 5000, 1'000'000);
@@ -187,7 +187,7 @@ TEST_F(StatusTripTest, RunOfAnyLengthShowsItsTotalsMovesTheBarAndSaysWhatItMade)
     const HWND progress = ProgressOpen(u"Run", u"", 7, 1);
     QWidget& window = await("Run");
     EXPECT_TRUE(platform::window::postResize(platform::window::topLevelWindows().front(), 400,
-                                             300));  // the program works for a moment
+                                             300));  // a request that the program works on for a moment
     const auto* bar = window.findChild<QProgressBar*>();
     EXPECT_TRUE(eventually([&] { return bar->maximum() == 1000 && bar->value() == 500; })) << bar->value();
     QString details;
@@ -201,7 +201,7 @@ TEST_F(StatusTripTest, RunOfAnyLengthShowsItsTotalsMovesTheBarAndSaysWhatItMade)
     expectStatus("Set 7 on \\Card: " + QLocale().toString(2500) + " files");
 }
 
-TEST_F(StatusTripTest, FirstStartGetsAHintAndARequestToCloseIsConfirmed)
+TEST_F(StatusTripTest, StatusBarHintsHowToBeginAndSaysThatTheWindowClosesAfterTheRun)
 {
     StatusBar bar(nullptr);
     const auto shows = [&](const QString& text) {
@@ -218,13 +218,13 @@ TEST_F(StatusTripTest, FirstStartGetsAHintAndARequestToCloseIsConfirmed)
     EXPECT_TRUE(shows("Closes when the backup is done."));
 }
 
-TEST_F(StatusTripTest, OutcomeStaysUntilSomethingElseIsMarked)
+TEST_F(StatusTripTest, OutcomeStaysInTheStatusBarWhileAnotherDialogOpensAndCloses)
 {
     backUpAllFiles("Before the journey");
     expectStatus("Set 1 on \\Storage Card: ");
     expectStatus("Newest set: " + QLocale().toString(QDate::currentDate(), QLocale::ShortFormat));
 
-    // The chooser shows date and comment beside the set.
+    // The dialog that chooses a set shows date and comment beside it.
     QWidget& chooser = open({{"Operations", "Restore", "Full..."}, "Select"});
     const QAbstractItemModel& rows = *chooser.findChild<QListView*>()->model();
     const QModelIndex set = findRow(rows, "\\Storage Card\\QUILBOX\\QLBX0001.QLT");

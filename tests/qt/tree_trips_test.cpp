@@ -26,7 +26,7 @@ protected:
         awaitItem(Registry);
     }
 
-    // Invalid if it isn't listed.
+    // Returns the item of the path, or an invalid index if the item isn't listed.
     QModelIndex item(const QStringList& path) const
     {
         QModelIndex found;
@@ -71,7 +71,7 @@ protected:
     QTreeView* tree_ = nullptr;
 };
 
-TEST_F(TreeTripTest, OnlyLabelAndPictureMarkAndTheExpanderOnlyFolds)
+TEST_F(TreeTripTest, ClickBesideAnItemMarksNothingAClickOnItsPictureDoesAndTheExpanderOnlyFolds)
 {
     clickOn(Registry, tree_->viewport()->width() - tree_->visualRect(item(Registry)).left() - 2);
     clickOn(Registry, OnPicture, Qt::RightButton);
@@ -101,7 +101,7 @@ TEST_F(TreeTripTest, OnlyLabelAndPictureMarkAndTheExpanderOnlyFolds)
     EXPECT_TRUE(tree_->isExpanded(item(Files)));
 }
 
-// On the text a click only selects, as it does in the program.
+// A click on the text only selects the item.
 TEST_F(TreeTripTest, ClickOnTheBoxOfAFolderAndKeysMarkWhatIsInIt)
 {
     clickButton(Files);
@@ -132,7 +132,7 @@ TEST_F(TreeTripTest, ClickOnTheBoxOfAFolderAndKeysMarkWhatIsInIt)
 
 TEST_F(TreeTripTest, ContextMenuMarksUnmarksAndExpandsWithoutSelectingAFile)
 {
-    // Chooses an item of the menu on a row; false if it is disabled.
+    // Chooses an item of a row's context menu. Returns false if the item is disabled.
     const auto choose = [&](const QStringList& path, const QString& text) {
         const QPoint point = pointOn(path, OnPicture);
         QContextMenuEvent event(QContextMenuEvent::Mouse, point, tree_->viewport()->mapToGlobal(point));
@@ -162,7 +162,7 @@ TEST_F(TreeTripTest, ContextMenuMarksUnmarksAndExpandsWithoutSelectingAFile)
     awaitMark(Welcome, Qt::Unchecked);
 }
 
-TEST_F(TreeTripTest, ClickMarksAndUnmarksF5ListsAnewAndARunCollapsesTheTree)
+TEST_F(TreeTripTest, ClickTogglesAMarkAndF5ListsAgainAndABackupCollapsesTheTree)
 {
     clickButton(Files);
     awaitItem(Documents);
@@ -191,7 +191,7 @@ TEST_F(TreeTripTest, ClickMarksAndUnmarksF5ListsAnewAndARunCollapsesTheTree)
     EXPECT_FALSE(tree_->isExpanded(item(Files)));
 }
 
-TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
+TEST_F(TreeTripTest, KeysMoveTheCaretMarkItemsAndFoldFoldersAndTheViewFollowsTheCaret)
 {
     QWidget& main = await(MainTitle);
     ASSERT_EQ(main.focusWidget(), tree_);
@@ -207,7 +207,7 @@ TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
     press(main, Qt::Key_End);
     EXPECT_EQ(tree_->currentIndex(), item(Registry));
     EXPECT_TRUE(tree_->viewport()->rect().contains(tree_->visualRect(item(Registry))));
-    EXPECT_EQ(mark(Registry), Qt::Checked);  // a caret that lands on it marks it
+    EXPECT_EQ(mark(Registry), Qt::Checked);  // the arrival of the caret marks the item
     type(main, "t");
     EXPECT_EQ(tree_->currentIndex(), item(ToDo));
     EXPECT_EQ(mark(ToDo), Qt::Checked);
@@ -226,15 +226,15 @@ TEST_F(TreeTripTest, KeysMoveMarkAndFoldAndTheViewFollowsTheCaret)
     EXPECT_EQ(tree_->currentIndex(), item(Files));
 }
 
-// screen_reader_test.py proves what a screen reader reads of the marks, where the host has what it needs.
+// screen_reader_test.py tests what a screen reader reads of the marks, if the host has the necessary tools.
 TEST_F(TreeTripTest, InputOfAScreenReaderGoesToTheProgram)
 {
-    // A selection by the reader is a click for the program, which marks the item.
+    // A selection by the screen reader reaches the program as a click, which marks the item.
     act(*tree_->window(),
         [&] { tree_->selectionModel()->setCurrentIndex(item(Registry), QItemSelectionModel::ClearAndSelect); });
     awaitMark(Registry, Qt::Checked);
     EXPECT_EQ(tree_->currentIndex(), item(Registry));
-    // So is a toggle.
+    // A toggle by the screen reader reaches it as a click, too.
     act(*tree_->window(),
         [&] { EXPECT_FALSE(tree_->model()->setData(item(Registry), Qt::Unchecked, Qt::CheckStateRole)); });
     awaitMark(Registry, Qt::Unchecked);
@@ -254,7 +254,7 @@ TEST_F(TreeTripTest, FocusComesBackFromTheMenuThatF10Opened)
     }
 }
 
-TEST_F(TreeTripTest, TipsSayWhyAFileCantBeMarkedTheWholeOfACutNameAndWhatMarkDoes)
+TEST_F(TreeTripTest, TipsShowACutNameWholeAndExplainARomFileAndTheMarkButton)
 {
     const std::string longName = "long " + std::string(200, 'w');
     hostWrite(store() / "Windows" / longName, "w");

@@ -44,7 +44,7 @@ TEST_F(WindowTripTest, MessageBoxTakesEnterLettersAndEscapeButNoRepeatedKeyAndSh
         std::atomic<int> answer = 0;
         auto& box = static_cast<QMessageBox&>(ask("Replace ?", "Info?", each.type, &answer));
         EXPECT_EQ(box.focusWidget(), box.button(each.standard));
-        // A key that was held down since before the box appeared.
+        // Repeats of a key that was pressed before the box appeared have no effect.
         for (const Qt::Key held : {Qt::Key_Y, Qt::Key_Return, Qt::Key_Escape}) {
             QKeyEvent repeat(QEvent::KeyPress, held, {}, held == Qt::Key_Y ? "y" : "", true);
             QApplication::sendEvent(box.focusWidget(), &repeat);
@@ -109,7 +109,7 @@ TEST_F(WindowTripTest, RestoreThatAsksIsAnsweredOnceOrStoppedByClosingTheWindow)
     EXPECT_FALSE(troublesOf(Trouble::Reaching, Troubled::File, Since::Job).empty());
 }
 
-TEST_F(WindowTripTest, EachWayToCancelADialogCloses)
+TEST_F(WindowTripTest, EachWayToCancelADialogClosesIt)
 {
     for (const DialogOfMenu& dialog : dialogsOfMenu()) {
         SCOPED_TRACE(dialog.title.toStdString());
@@ -125,7 +125,7 @@ TEST_F(WindowTripTest, EachWayToCancelADialogCloses)
 TEST_F(WindowTripTest, ButtonsShowTheCoresStatesAndArrowsMoveInTheGroup)
 {
     QWidget& dialog = open({{"File", "Options..."}, "Options"});
-    // A screen reader toggles without a click. The program must get it as a click.
+    // A screen reader toggles a check box without a click. The program must receive the toggle as a click.
     act(dialog, [&] { static_cast<QCheckBox*>(findControl(dialog, "Generate log file"))->toggle(); });
     EXPECT_TRUE(isChecked(dialog, "Generate log file"));
     click(dialog, "Ask");
@@ -148,7 +148,7 @@ TEST_F(WindowTripTest, SizeIsRememberedThoughTheProgramEndsBeforeTheNextFrame)
 }
 
 // The thread of a progress window can end after the main window has gone.
-TEST_F(WindowTripTest, ProgressWindowGoesWithTheMainWindowAndDoesNotComeBack)
+TEST_F(WindowTripTest, ProgressWindowClosesWithTheMainWindowAndDoesNotComeBack)
 {
     std::barrier steps(2);
     const HWND owner = platform::window::topLevelWindows().front();
@@ -190,7 +190,7 @@ TEST_F(WindowTripTest, NamesAreShownAsOnTheHostAndTypedTextIsNotMapped)
     click(await(MainTitle), "Full backup");
     QWidget& backup = await("Full Backup");
     act(backup, [&] { backup.findChild<QPlainTextEdit*>()->insertPlainText(QChar(0xF73F)); });
-    press(backup, Qt::Key_Return);  // in this edit a line break
+    press(backup, Qt::Key_Return);  // inserts a line break in this edit
     type(backup, "!");
     click(backup, "All files");
     click(backup, "OK");

@@ -10,7 +10,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <set>
+#include <tuple>
 
 namespace {
 
@@ -37,19 +39,20 @@ protected:
         ASSERT_TRUE(platform::file::addMount(
             {u"", ::open(store().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), false, capacity}));
     }
-    // One value, and the key that contains it.
+    // Adds one value, and the key that contains it.
     static void add(const std::u16string& path, const WCHAR* name, DWORD type, const std::string& data,
                     HKEY root = HKEY_CURRENT_USER)
     {
         ASSERT_EQ(set(path.empty() ? root : made(root, path), name, data, type), 0);
     }
-    // The whole registry as its file.
+    // Returns the registry file of the whole registry.
     [[nodiscard]] std::string copied() const
     {
         EXPECT_TRUE(RegCopyFile(u"\\copy.reg")) << GetLastError();
         return hostRead(store() / "copy.reg");
     }
-    // Makes a staged file of these bytes, and opens the registry again.
+    // Makes a staged file of these bytes, and opens the registry again. Returns whether the registry took the file
+    // over.
     [[nodiscard]] bool takenOver(const std::string& bytes) const
     {
         platform::registry::closeRegistry();
@@ -118,7 +121,7 @@ TEST_F(RegistryFileTest, EveryTypeAndEveryNameComesBackAtTheNextStartAndNotBefor
     const std::string changed = copied();
     ASSERT_EQ(reopened(), "");
     EXPECT_EQ(copied(), changed) << "a restored registry was applied twice";
-    // A text that lost a value both times would compare equal.
+    // If a value were lost in both copies, they would still be equal. So this value is read.
     EXPECT_EQ(get(made(HKEY_CURRENT_USER, u"a]b\\c[d\r\ne\\Ä 😀"), u"q\"uo\\te\r\nend="),
               utf16(std::u16string(u"x\r\ny\0", 5)));
 }
@@ -142,7 +145,7 @@ TEST_F(RegistryFileTest, DamagedTextLeavesTheRegistryAsItWas)
 {
     add(u"stays", u"old", REG_BINARY, "old");
     const std::string old = copied();
-    // Each name, and what follows the head in a file of 1 key and 1 value.
+    // The name of each damage, and the text after the head of a file whose head names 1 key and 1 value.
     const std::pair<const char*, std::u16string> damages[] = {
         {"Unknown root", u"[HKEY_OTHER\\k]\r\n@=\"\""},
         {"No key", u"@=\"\""},
@@ -275,7 +278,8 @@ TEST_F(RegistryFileTest, KillWhileAFileIsStagedOrAppliedLeavesTheOldOrTheNewRegi
                     (void)RegRestoreFile(u"\\given.reg");
             });
             const bool kept = fs::exists(given) && hostRead(given) == newer;
-            if (source == staged && fs::exists(staged)) {  // the state without the rest of the work
+            // Reads the registry as it is before the staged file is applied.
+            if (source == staged && fs::exists(staged)) {
                 fs::rename(staged, at("aside"));
                 ASSERT_EQ(open(), "");
                 found.insert(copied());

@@ -10,13 +10,13 @@
 
 namespace {
 
-// Reads as only other devices do them: with fewer bytes than a file has, or with an error and bytes at once.
+// Reads with results that only other devices give: fewer bytes than the file has, or an error together with bytes.
 struct ScriptedReads {
-    std::deque<DWORD> bytes;  // delivered by each read. Later reads deliver what they ask for.
+    std::deque<DWORD> bytes;  // number of bytes for each read. Later reads return all that they ask for.
     DWORD errorOfLast;
     std::vector<DWORD> asked;
 };
-ScriptedReads* gScriptedReads;  // null: reads are the platform's
+ScriptedReads* gScriptedReads;  // null if reads aren't scripted
 
 }  // namespace
 
@@ -45,8 +45,8 @@ namespace {
 
 class CompressedStreamTest : public SetTest {
 protected:
-    // Runs `round` with the nth host call failing, or it and the next one, for each n up to the first that isn't
-    // reached.
+    // Runs `round` with the nth host call failing, for each n until the code makes fewer than n calls. Then does the
+    // same with the nth call and the next one failing.
     template <class Round>
     static void withEachFailure(const Round& round)
     {
@@ -71,9 +71,10 @@ bool packsWhole(const WCHAR* target)
     return CompressFile(u"\\source", target, &packed) && packed.whole;
 }
 
-// Stretches of 19 new bytes, each followed by a copy of 4 bytes from more than 2,048 bytes before. Such a copy takes 3
-// bytes, and 19 new bytes are the fewest whose length takes 2. Copies from nearer begin each part that the library
-// packs separately, since it searches less densely where it finds nothing.
+// Bytes that grow when they are packed. They consist of runs of 19 new bytes, each followed by a copy of 4 bytes from
+// more than 2,048 bytes earlier. Such a copy takes 3 bytes. A run of 19 new bytes is the shortest whose length takes 2
+// bytes. The library packs the block in parts. Each part begins with copies from a shorter distance, because the
+// library searches less densely where it finds nothing.
 Bytes expandingBytes()
 {
     constexpr std::size_t stretch = 19, copied = 4, cycle = stretch + copied, farthest = 95, part = 49152;
@@ -87,7 +88,7 @@ Bytes expandingBytes()
     return bytes;
 }
 
-// The packed sizes of a stream's blocks; empty if the lengths don't add up.
+// Returns the packed sizes of a stream's blocks, or nothing if the lengths don't match the size of the stream.
 std::vector<DWORD> blockSizes(const Bytes& stream)
 {
     std::vector<DWORD> sizes;
@@ -101,7 +102,7 @@ std::vector<DWORD> blockSizes(const Bytes& stream)
     return at == stream.size() ? sizes : std::vector<DWORD>{};
 }
 
-TEST_F(CompressedStreamTest, EverySizeAroundABlockGivesTheFormatAndComesBack)
+TEST_F(CompressedStreamTest, SourcesOfSizesAroundABlockArePackedInTheFormatAndUnpackedUnchanged)
 {
     for (const std::size_t size : {0U, 1U, 4U, 131071U, 131072U, 131073U, 2 * 131072U, 327680U}) {
         SCOPED_TRACE(size);
@@ -118,7 +119,7 @@ TEST_F(CompressedStreamTest, EverySizeAroundABlockGivesTheFormatAndComesBack)
     }
 }
 
-// The bound that the library documented earlier, 133,139 bytes for a full block, is too small for this one.
+// The bound that the library documented earlier, 133,139 bytes for a full block, is too small for this block.
 TEST_F(CompressedStreamTest, BlockThatGrowsWhenPackedFitsItsBuffer)
 {
     const Bytes source = expandingBytes();
@@ -131,7 +132,7 @@ TEST_F(CompressedStreamTest, BlockThatGrowsWhenPackedFitsItsBuffer)
     EXPECT_EQ(read(u"\\back"), source);
 }
 
-// Blocks that take very different times, so that two threads finish them out of their order.
+// Returns blocks whose packing takes very different times, so that two threads finish them out of order.
 Bytes mixedBlocks(unsigned count)
 {
     Bytes bytes;
@@ -175,7 +176,7 @@ TEST_F(CompressedStreamTest, SecondThreadKeepsAllBlocksInTheirOrder)
     std::size_t end = magic.size();
     for (std::size_t block = 0; block <= 10; block++)
         end += 4 + sizes[block];
-    damaged[end - 1] = 1;  // in the mark that ends the eleventh block
+    damaged[end - 1] = 1;  // a byte of the mark that ends the eleventh block
     make(u"\\damaged", damaged);
 
     for (int run = 0; run < 5; run++) {
@@ -190,7 +191,7 @@ TEST_F(CompressedStreamTest, SecondThreadKeepsAllBlocksInTheirOrder)
     }
 }
 
-TEST_F(CompressedStreamTest, AfterAShortReadLaterOnesAskForNoMoreAndOnlyEndOfFileIsNoError)
+TEST_F(CompressedStreamTest, ReadsAfterAShortOneAskForNoMoreBytesAndAnyErrorExceptEndOfFileIsAFailure)
 {
     struct Case {
         std::deque<DWORD> delivered;
@@ -245,9 +246,10 @@ TEST_F(CompressedStreamTest, SourceThatIsMissingInUseOrNoStreamLeavesTheTargetUn
     EXPECT_FALSE(exists(u"\\new"));
 }
 
-TEST_F(CompressedStreamTest, NoFailingHostCallGivesAWholeStreamOrTargetWithAGap)
+TEST_F(CompressedStreamTest, StreamOrTargetWithAGapIsNeverReportedAsWholeWhicheverHostCallFails)
 {
-    // A gap between blocks of one size doesn't damage the stream.
+    // The blocks of each source have the same packed size. A gap between such blocks would leave the stream readable,
+    // so the test compares the contents.
     for (const Bytes& source : {patternBytes(RawBlockBytes * 4 + 5, 4), Bytes(RawBlockBytes * 61, '\0')}) {
         make(u"\\source", source);
         withEachFailure([&](const auto& faulted) {

@@ -10,7 +10,7 @@ namespace {
 const Bytes exampleHead = hex("03 00 00 00  48 00 69 00 00 00");
 const Bytes exampleEntry = hex("02 01  02 00 00 00  58 00 00 00  00 00 00 00  64 00 00 00");
 
-// Two files, a database and the registry, whose entry has the name of the item before.
+// Two files, a database and the registry. The registry's entry has the name of the previous item.
 const Bytes fourItems = hex("01 00 00 00  00 00") + entryBytes(1, "\\a", 0, 12) + entryBytes(1, "\\bc", 12, 32) +
                         entryBytes(2, "X", 32, 48) + entryBytes(3, "X", 48, 0x80000000);
 
@@ -35,7 +35,7 @@ DWORD writeExample(HANDLE list)
 
 TEST_F(ListFileTest, WritersGiveTheFormatAndReportEachWriteThatAFullCardCuts)
 {
-    const std::size_t ends[] = {10, 11, 12, 16, 20, 24, 28};  // of the head and of each field of the entry
+    const std::size_t ends[] = {10, 11, 12, 16, 20, 24, 28};  // the end of the head, and of each field of the entry
     for (std::uint64_t capacity = 0; capacity <= 28; capacity++) {
         SCOPED_TRACE(capacity);
         addCard(capacity);
@@ -67,7 +67,7 @@ TEST_F(ListFileTest, EachKindIsLoadedWithOffsetsUpTo4GiB)
     EXPECT_EQ(std::u16string(gComment), u"Hi");
     EXPECT_EQ(gRegistryMarked, 1U) << "a list without a registry leaves the mark";
 
-    // An unknown kind is the registry, and the later registry counts.
+    // An entry of an unknown kind is read as the registry. Of two registry entries the later one applies.
     make(u"\\A.QLT", fourItems + hex("07 01  01 00 00 00  00 00  11 00 00 00  22 00 00 00"));
     ASSERT_TRUE(LoadList(u"\\A.QLT"));
     EXPECT_EQ(EntryStartOffset(gRegistryEntry.bytes), 0x11U);
@@ -89,7 +89,7 @@ TEST_F(ListFileTest, EachKindIsLoadedWithOffsetsUpTo4GiB)
     EXPECT_EQ(std::u16string(gComment), u"Hi");
 }
 
-// Longer than the buffer of a reader, whose end falls on different fields.
+// The list is longer than the buffer of a reader. The buffer's end falls on different fields.
 TEST_F(ListFileTest, LongListComesBackEntryForEntry)
 {
     const HANDLE list = open(u"\\A.QLT", GENERIC_WRITE, CREATE_NEW);
@@ -109,7 +109,7 @@ TEST_F(ListFileTest, LongListComesBackEntryForEntry)
 
 const Bytes nul = hex("00 00");
 
-// A number, and characters that need not be as many.
+// Returns a count and characters. The count can differ from the number of the characters.
 Bytes counted(DWORD count, const Bytes& characters)
 {
     return numberBytes(count) + characters;
@@ -144,7 +144,7 @@ struct Fault {
 
 class ListDamageTest : public SetTest {};
 
-TEST_F(ListDamageTest, CostsOnlyItself)
+TEST_F(ListDamageTest, DamagedEntryOrCommentOfAListLosesNoOtherEntry)
 {
     const Fault faults[] = {
         {"name of 261 characters", head + entry(1, 261, letters(260) + nul) + fileB, {itemB}},
@@ -186,7 +186,8 @@ TEST_F(ListDamageTest, CostsOnlyItself)
     }
 }
 
-// The items before the cut are complete. The cut entry has no stream, and no field of another entry.
+// The entries before the cut are complete. The cut entry has no stream, and none of its fields comes from another
+// entry.
 TEST_F(ListDamageTest, ListCutAtEveryByteGivesNoStaleValues)
 {
     const Bytes whole = head + fileA + fileB + registry;

@@ -33,7 +33,7 @@ struct Damage {
 
 class StreamDamageTest : public SetTest {};
 
-TEST_F(StreamDamageTest, IsFoundAndTheBlocksBeforeItAreKept)
+TEST_F(StreamDamageTest, DamageIsFoundAndTheBlocksBeforeItAreKept)
 {
     const Damage damages[] = {
         {"None", closing, TRUE, StreamFault::None},
@@ -62,7 +62,7 @@ TEST_F(StreamDamageTest, IsFoundAndTheBlocksBeforeItAreKept)
         EXPECT_EQ(unpacked.whole != 0, fault == StreamFault::None);
         EXPECT_EQ(unpacked.error, unpacked.whole ? ERROR_SUCCESS : ERROR_FILE_CORRUPT);
 
-        // In a data file the bytes of other streams surround it.
+        // In a data file, bytes of other streams are before and after the stream.
         make(u"\\data", magic + stream + magic);
         const HANDLE data = open(u"\\data", GENERIC_READ, OPEN_EXISTING);
         Bytes collected;
@@ -90,7 +90,7 @@ TEST_F(StreamDamageTest, StreamCutAtEveryByteGivesTheWholeBlocksBeforeTheCut)
     }
 }
 
-TEST_F(StreamDamageTest, StreamAbove2GiBIsFoundAndOffsetsThatMakeNoSenseGiveNone)
+TEST_F(StreamDamageTest, StreamThatStartsAbove2GiBIsDecodedAndImpossibleOffsetsGiveNoStream)
 {
     const HANDLE data = open(u"\\data", GENERIC_READ | GENERIC_WRITE, CREATE_ALWAYS);
     const DWORD start = 0x90000000;

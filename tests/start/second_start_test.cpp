@@ -1,5 +1,5 @@
-// second_start_test.cpp - a second start reaches the first start on its device, and no other. The test of the rough
-// desktop proves that the window then comes to the front.
+// second_start_test.cpp - a second process of the program reaches the first process on the same device, and no other
+// process. rough_desktop_test.py tests that the window then comes to the front.
 #include "host_folder.h"
 #include "start/second_start.h"
 
@@ -11,9 +11,9 @@ namespace fs = std::filesystem;
 using platform::display::answerSecondStarts;
 using platform::display::askFirstStart;
 
-class SecondStartTest : public HostFolder {
+class SecondProcessTest : public HostFolder {
 protected:
-    SecondStartTest()
+    SecondProcessTest()
     {
         for (const char* name : {"device", "other"})
             fs::create_directory(folder_ / name);
@@ -30,7 +30,7 @@ protected:
     fs::path device_ = at("device");
 };
 
-TEST_F(SecondStartTest, StartOnTheSameDeviceIsAnsweredAndNoOther)
+TEST_F(SecondProcessTest, RequestForTheSameDeviceIsAnsweredAndOneForAnotherDeviceIsNot)
 {
     EXPECT_FALSE(askFirstStart(device_));
     const auto first = answerSecondStarts(device_);
@@ -43,12 +43,12 @@ TEST_F(SecondStartTest, StartOnTheSameDeviceIsAnsweredAndNoOther)
     EXPECT_EQ(askFirstStart(device_), "") << "only to the front";
 }
 
-TEST_F(SecondStartTest, SocketOfAKilledProcessIsReplacedAndRemovedAtTheEndAndNoneIsMadeWhereOthersMayWrite)
+TEST_F(SecondProcessTest, SocketOfAKilledProcessIsReplacedAndRemovedAtTheEndAndNoneIsMadeWhereOthersMayWrite)
 {
     {
         const auto first = answerSecondStarts(device_);
         EXPECT_EQ(sockets(), 1);
-        // As after a kill: the socket still exists when the next owner starts.
+        // The state after a kill: the socket still exists when the next first process starts.
         const auto second = answerSecondStarts(device_);
         EXPECT_TRUE(askFirstStart(device_));
     }

@@ -21,7 +21,7 @@ TEST_F(DatabaseImageTest, ImageHasTheBytesOfTheFormatAndComesBackAndIsDeletedIfI
     EXPECT_EQ(DumpDatabase(u"nowhere"), 0);
     EXPECT_FALSE(fs::exists(root() / "nowhere.CDB"));
 
-    // The image can't be made where a folder has its name.
+    // The image can't be made if a folder has its name.
     fs::create_directory(root() / "AB.CDB");
     BOOL made = TRUE;
     EXPECT_EQ(DumpDatabase(u"AB", &made), 1);
@@ -63,7 +63,7 @@ TEST_F(DatabaseImageTest, ExistingDatabaseIsReplacedOnlyAfterAYes)
     EXPECT_EQ(gQuestions.asked.size(), 2U);
     expectGolden(goldenRestored());
 
-    // An open database can't be deleted: its content is replaced, and it keeps its type.
+    // An open database can't be deleted. So the restore replaces its content, and the database keeps its type.
     remove(u"Ab");
     makeOld(u"Ab");
     {
@@ -97,7 +97,7 @@ TEST_F(DatabaseImageTest, DatabaseThatTheImageNamesIsReplacedOnlyAfterAYes)
     expectGolden(goldenRestored());
 }
 
-// A set contains both images if the device has the folder.
+// A set contains the images of both databases if the device has the folder `sub`.
 TEST_F(DatabaseImageTest, NameWithAFolderIsNotTakenForItsLastPart)
 {
     fs::create_directory(root() / "sub");
@@ -139,21 +139,21 @@ struct Damage {
     const char* name;
     std::string bytes;
     RestoreResult result = RestoreFailed;
-    Records records = {};  // that are restored where there is no old database
+    Records records = {};  // the records that are restored if there is no old database
 };
 
 const std::string name = hex("06 00 00 00  41 00 62 00 00 00");
 const std::string type = hex("00 00 00 00");
-const std::string head = name + type + hex("01 00 00 00");  // for one record, without sort orders
+const std::string head = name + type + hex("01 00 00 00");  // of an image with one record and without sort orders
 const std::string property = hex("02 00 01 00  05 00  00 00");
 const std::string rest = type + hex("01 00 00 00  01 00") + property;  // what follows the name
 const Records five = {{number(1, CEVT_I2, SHORT{5})}};
 const std::string order = property;  // any eight bytes
-// What follows the property with the wrong size looks like whole properties.
+// The bytes after the property with the wrong size look like whole properties.
 const std::string beforeHuge = name + type + hex("02 00 00 00  02 00");
 const std::string afterHuge = property + property + hex("01 00") + property;
 
-TEST_F(DatabaseImageTest, DamagedImageCostsNoDatabaseAndNoMemory)
+TEST_F(DatabaseImageTest, OldDatabaseStaysUnlessADamagedImageCanBeRestored)
 {
     const Damage damages[] = {
         {"Name size of 0", hex("00 00 00 00") + rest},
@@ -201,7 +201,7 @@ TEST_F(DatabaseImageTest, DamagedImageCostsNoDatabaseAndNoMemory)
     }
 }
 
-TEST_F(DatabaseImageTest, LongNameIsCutByTheStoreAndItsDatabaseIsAskedFor)
+TEST_F(DatabaseImageTest, LongNameIsCutByTheStoreAndReplacingItsDatabaseIsAskedAbout)
 {
     const std::string longName(200, 'n');
     const std::string bytes = hex("92 01 00 00") + repeated(hex("6E 00"), 200) + hex("00 00") + rest;
@@ -212,7 +212,7 @@ TEST_F(DatabaseImageTest, LongNameIsCutByTheStoreAndItsDatabaseIsAskedFor)
     EXPECT_EQ(gQuestions.asked[0], std::u16string(200, u'n'));
 }
 
-// A changed bit in the row of the database can change its count.
+// A changed bit in the database's row in device.db can change its count of records.
 TEST_F(DatabaseImageTest, DatabaseWithAWrongCountOfRecordsIsReportedAndGivesNoImage)
 {
     using namespace platform::kernel;

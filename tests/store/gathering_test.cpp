@@ -1,4 +1,4 @@
-// When changes reach the disk: gathered changes, kills, a full disk, a damaged record.
+// When changes of the store reach the disk: gathered changes, kills, a full disk, a damaged record.
 
 #include "database/connection.h"
 #include "kernel/troubles.h"
@@ -15,7 +15,7 @@ namespace {
 
 class GatheringTest : public StoreTest {
 protected:
-    // Runs `work` in another process, which is killed before it closes anything.
+    // Runs `work` in another process, and kills this process before it closes the store.
     template <class Work>
     void inKilledProcess(Work work)
     {
@@ -90,7 +90,7 @@ TEST_F(GatheringTest, ChangeAfterAReadIsOnTheDiskWhenItsCallReturns)
     EXPECT_EQ(infoOf(u"A").dwDbaseType, 5U);
 }
 
-TEST_F(GatheringTest, RecordThatFindsNoRoomCostsNoOther)
+TEST_F(GatheringTest, RecordThatFindsNoRoomIsRefusedAndTheOthersAreKept)
 {
     create(u"Full", 0, {{text(1, u"kept")}});
     create(u"B");
@@ -124,7 +124,7 @@ TEST_F(GatheringTest, ChangeOfSeveralCallsIsAppliedAsAWholeOrNotAtAll)
         EXPECT_TRUE(BeginStoreChange());
         EXPECT_FALSE(BeginStoreChange());
         EXPECT_TRUE(remove(u"A"));
-        if (lost)  // as a full disk may do it
+        if (lost)  // as SQLite may do on a full disk
             sql("ROLLBACK");
         EXPECT_EQ(create(u"B") != 0, !lost);
         if (!lost)
@@ -153,7 +153,7 @@ TEST_F(GatheringTest, ChangeOfSeveralCallsIsAppliedAsAWholeOrNotAtAll)
         EXPECT_TRUE(BeginStoreChange());
         create(u"C");
         const OpenDatabase kept(u"C");
-        for (const bool last : {false, true}) {  // the handle goes on in the next change
+        for (const bool last : {false, true}) {  // the same handle is used in the next change
             add(kept, {text(1, u"c")});
             EXPECT_TRUE(EndStoreChange(TRUE));
             EXPECT_TRUE(last || BeginStoreChange());

@@ -11,7 +11,7 @@ class RecordsTest : public StoreTest {
 protected:
     RecordsTest() { create(u"A"); }
 
-    // Records that hold their numbers.
+    // Adds records, each with its number as the only property.
     static std::vector<CEOID> addNumbered(HANDLE database, WORD records)
     {
         std::vector<CEOID> oids;
@@ -21,11 +21,11 @@ protected:
     }
 };
 
-TEST_F(RecordsTest, ValuesThatNoTextFormKeepsComeBackBitForBit)
+TEST_F(RecordsTest, ValuesThatATextFormWouldLoseAreReadBackBitForBit)
 {
     const Record record = {
         number(1, CEVT_UI4, ULONG{0xFFFFFFFF}, 0xFCFF),
-        number(2, CEVT_R8, std::uint64_t{0x7FF0000000000001}),  // a NaN that signals
+        number(2, CEVT_R8, std::uint64_t{0x7FF0000000000001}),  // a signaling NaN
         number(3, CEVT_BOOL, BOOL{-1}),
         text(4, {0xD800, u'x', 0xDC00, 0xFFFF, 1}),
         blob(5, std::string("\0\1\2", 3)),
@@ -45,7 +45,7 @@ TEST_F(RecordsTest, WriteReplacesAddsAndDeletesPropertiesAndKeepsTheOthers)
     EXPECT_EQ(write(database, oid, {text(2, u"other"), text(1, u"", CEDB_PROPDELETE), text(4, u"four"), text(4, u"4")}),
               oid);
     EXPECT_EQ(recordsOf(u"A"), (Records{{text(2, u"other"), text(3, u"three"), text(4, u"4")}}));
-    // A record may lose its last property and stay.
+    // A record stays when its last property is deleted.
     write(database, oid, {text(2, u"", CEDB_PROPDELETE), text(3, u"", CEDB_PROPDELETE), text(4, u"", CEDB_PROPDELETE)});
     EXPECT_EQ(recordsOf(u"A"), Records{{}});
 
@@ -61,12 +61,12 @@ TEST_F(RecordsTest, WriteReplacesAddsAndDeletesPropertiesAndKeepsTheOthers)
     EXPECT_EQ(recordsOf(u"A"), Records{{}});
 }
 
-TEST_F(RecordsTest, FlagOfAnAnswerIsNotStoredWithTheProperty)
+TEST_F(RecordsTest, NotFoundFlagIsNotStoredWithAProperty)
 {
     const OpenDatabase database(u"A");
     const CEOID oid = add(database, {text(1, u"one", CEDB_PROPNOTFOUND), text(2, u"two", CEDB_PROPNOTFOUND | 5)});
     EXPECT_EQ(recordsOf(u"A"), (Records{{text(1, u"one"), text(2, u"two", 5)}}));
-    // As a file of an earlier version has it; a write to something else doesn't bring it back.
+    // A file of an earlier version can contain the flag. A write of another property doesn't bring the flag back.
     ASSERT_EQ(
         DatabaseUse()->execute("UPDATE store_record SET properties = x'1F0001000001000000001F0002000502000000001F000300"
                                "010000000000'"),
@@ -90,7 +90,7 @@ TEST_F(RecordsTest, RecordOfAnotherDatabaseIsRefused)
     EXPECT_EQ(recordsOf(u"B"), Records{{text(1, u"b")}});
 }
 
-TEST_F(RecordsTest, ReadAndDeleteMeetsEveryRecord)
+TEST_F(RecordsTest, ReadingAndDeletingInTurnMeetsEveryRecordOnlyWithAutoincrement)
 {
     for (const DWORD flags : {CEDB_AUTOINCREMENT, DWORD{0}}) {
         const auto oids = addNumbered(OpenDatabase(u"A"), 40);
@@ -140,7 +140,7 @@ TEST_F(RecordsTest, SeekReturnsTheRecordAndItsPosition)
     EXPECT_EQ(end, 10U);
     EXPECT_EQ(errorOf(!read(database).empty()), ERROR_NO_MORE_ITEMS);
     const DWORD last = 0xFFFFFFFF;
-    // How and how far, and the position then. -1: refused.
+    // The kind and distance of the seek, and the position after it. -1: the seek is refused.
     const std::tuple<DWORD, DWORD, int> cases[] = {
         {CEDB_SEEK_BEGINNING, 0, 0},     {CEDB_SEEK_CURRENT, 4, 4},
         {CEDB_SEEK_CURRENT, last, 3},    {CEDB_SEEK_BEGINNING, 9, 9},

@@ -34,10 +34,10 @@ TEST(HostNameTest, ValidTextKeepsItsCharactersAndAnEscapeIsNotReadAsItsByte)
     EXPECT_EQ(toDeviceName("x\xEF\x9D\x9Cy"), u"x\xF7EF\xF79D\xF79Cy");  // the escape of a backslash
     EXPECT_EQ(toDeviceName("a\xE2\x82x"), u"a\xF7E2\xF782x");
     EXPECT_EQ(toDeviceName("\xEF\xBF\xBF"), u"\xFFFF");            // the last of the basic plane
-    EXPECT_EQ(toDeviceName("\xF0\x90\x81\x9C"), u"\xD800\xDC5C");  // its low byte is that of a backslash
+    EXPECT_EQ(toDeviceName("\xF0\x90\x81\x9C"), u"\xD800\xDC5C");  // the low byte of the second unit is a backslash
 }
 
-TEST(HostNameTest, NameWithASeparatorOrTwoFormsOrTooLongIsRefused)
+TEST(HostNameTest, NameThatIsReservedInvalidAmbiguousOrTooLongIsRefused)
 {
     const auto expectRefused = [](const char* what, const std::vector<std::u16string>& names) {
         for (const std::u16string& name : names)
@@ -55,12 +55,12 @@ TEST(HostNameTest, NameWithASeparatorOrTwoFormsOrTooLongIsRefused)
     EXPECT_EQ(toHostName(u"\xF7EF\xF79C"), "\xEF\x9C");  // incomplete UTF-8
 }
 
-TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveOneFormAtMost)
+TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveAtMostOneHostName)
 {
     std::mt19937 random(20261124);
     // Bytes and code units of difficult combinations are drawn more often than others.
     const std::string bytes =
-        "a.\\?\xEF\x9C\x9D\x9F\x80\xBF\xC3\xA9\xE2\xF0\xED\xFF"  // and for overlong forms and those out of range
+        "a.\\?\xEF\x9C\x9D\x9F\x80\xBF\xC3\xA9\xE2\xF0\xED\xFF"  // next line: overlong and out-of-range forms
         "\xC0\xAF\xE0\xA0\xF4\x90\xF5";
     const std::u16string units = u"a.\xF72E\xF72F\xF700\xF7EF\xF79C\xF780\xF7C3\xF7A9\xD83D\xDE00";
     for (int round = 0; round < 40000; ++round) {
@@ -86,12 +86,13 @@ TEST(HostNameTest, RandomHostNamesComeBackAndRandomDeviceNamesHaveOneFormAtMost)
 TEST(HostNameTest, ShownNameHasThePlainCharactersAndDiffersFromOtherNames)
 {
     EXPECT_EQ(toShown(toDeviceName("What? \"a*b\" <1|2>.txt")), u"What? \"a*b\" <1|2>.txt");
-    // A backslash in a name differs from one between names.
+    // A backslash within a name is shown differently from one between names.
     EXPECT_EQ(toShown(u"\\" + toDeviceName("a\\b") + u"\\c"), u"\\a\u2216b\\c");
     EXPECT_EQ(toShown(toDeviceName("caf\xE9")), u"caf\uFFFDE9");
     EXPECT_NE(toShown(toDeviceName("caf\xE9")), toShown(toDeviceName("caf\xE8")));
     EXPECT_EQ(toShown(u"Grüße \xD83D\xDE00 \xE000"), u"Grüße \xD83D\xDE00 \xE000");
-    // Only a set can contain these escapes. They aren't shown as a separator, a point or a letter.
+    // Names on the host never give these escapes, but a set can contain them. They aren't shown as a separator, a point
+    // or a letter.
     EXPECT_EQ(toShown(u"\xF72F\xF72E\xF741\xF700"), u"\xF72F\xF72E\xF741\xF700");
 }
 

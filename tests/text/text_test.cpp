@@ -80,7 +80,7 @@ TEST(CopyTest, CopiesStayInTheirBuffers)
     EXPECT_EQ(std::u16string(padded, 4), std::u16string(u"wx\0\0", 4));
 }
 
-TEST(ComparisonTest, ComparisonsTellCaseAndPrefixApart)
+TEST(ComparisonTest, LstrcmpRespectsCaseLstrcmpiIgnoresItAndAPrefixComesFirst)
 {
     EXPECT_EQ(lstrcmpW(u"Names", u"Names"), 0);
     EXPECT_NE(lstrcmpW(u"Names", u"names"), 0);
@@ -91,7 +91,7 @@ TEST(ComparisonTest, ComparisonsTellCaseAndPrefixApart)
     EXPECT_GT(lstrcmpiW(u"b", u"A"), 0);
 }
 
-TEST(ComparisonTest, CapitalsOfEachScriptFoldOnceToTheirSmallLetters)
+TEST(ComparisonTest, CapitalsOfEachScriptFoldToSmallLettersAndFoldingTwiceChangesNothingMore)
 {
     // Letters without case, and those with a dotted or dotless i, stay as they are.
     const std::pair<std::u16string, std::u16string> cases[] = {
@@ -113,7 +113,7 @@ TEST(ComparisonTest, CapitalsOfEachScriptFoldOnceToTheirSmallLetters)
     }
 }
 
-TEST(NumberTest, NumbersStopAtTheRestAndAtTheEndsOfTheirRange)
+TEST(NumberTest, NumbersAreReadUpToTheFirstOtherCharacterAndLimitedToTheirRange)
 {
     const std::pair<const WCHAR*, LONG> cases[] = {{u" \t\n+42 MB", 42},
                                                    {u"-7x", -7},
@@ -131,7 +131,7 @@ TEST(CodePageTest, TextIsConvertedIntoABufferOfTheSizeAskedForAndIntoNoSmallerOn
     const std::tuple<std::u16string, int, std::string> rows[] = {
         {u"aé\u20AC\xD83D\xDE00", -1, std::string("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\0", 11)},
         {u"ab\u20AC", 3, "ab\xE2\x82\xAC"},
-        // Lone surrogates. The count divides the pair at the end.
+        // Lone surrogates. The count of 4 splits the pair at the end.
         {u"\xD83D-\xDE00\xD83D\xDE00", 4, "\xEF\xBF\xBD-\xEF\xBF\xBD\xEF\xBF\xBD"},
     };
     for (const auto& [text, characters, bytes] : rows) {

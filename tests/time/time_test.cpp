@@ -29,7 +29,7 @@ SYSTEMTIME localTime()
     return local;
 }
 
-// std::time() can be late by up to a tick.
+// std::time() can lag by up to a tick.
 std::time_t preciseSeconds()
 {
     timespec now{};
@@ -39,7 +39,7 @@ std::time_t preciseSeconds()
 
 TEST(ClockTest, LocalTimeFollowsTheZoneAndAStoppedClockStandsStill)
 {
-    setenv("TZ", "EAST-13:45", 1);  // 13 h 45 min ahead, so a swap of local and UTC shows at any hour
+    setenv("TZ", "EAST-13:45", 1);  // 13 h 45 min ahead of UTC, so a mix-up of local time and UTC shows at any hour
     tzset();
     const std::time_t before = preciseSeconds();
     const SYSTEMTIME local = localTime();
@@ -79,7 +79,7 @@ TEST(FileTimeTest, EachDateOfFourCenturiesComesBackAndIsLaterThanThoseBefore)
 {
     FILETIME earlier = fileTime(0);
     EXPECT_EQ(CompareFileTime(&earlier, &earlier), 0);
-    // 97 days and some: meets each month, leap days, the centuries, each weekday.
+    // The step is a little more than 97 days. So the loop meets each month, leap days, the centuries and each weekday.
     for (std::uint64_t steps = 1; steps < 126'227'808'000'000'000; steps += 83'865'127'650'000) {
         const FILETIME time = fileTime(steps - 1);
         SYSTEMTIME fields{};
@@ -131,7 +131,7 @@ TEST(ShortDateTest, FormatsOfLocalesKeepTheirOrderAndPadding)
         EXPECT_EQ(platform::time::pictureOfDateFormat(host), picture) << host;
 }
 
-TEST(ShortDateTest, EnvironmentDecidesAndSmallBuffersAndOtherSettingsAreRefused)
+TEST(ShortDateTest, UnknownLocaleHasTheFormatOfCAndSmallBuffersAndOtherSettingsAreRefused)
 {
     WCHAR out[9] = {};
     for (const char* name : {"xx_NOT_INSTALLED", "C"}) {

@@ -1,4 +1,4 @@
-"""A card with 99 sets of a changing device: each command must say what follows from the known history.
+"""A card with 99 sets of a changing device: each command must print what follows from the known history.
 
 The history is made here, and the expected answers are computed from it. The sets come from independent_set.py.
 """
@@ -33,12 +33,12 @@ def write_set(folder, number, state, date, day_first=True):
     made.add(DATABASE, "Contacts Database", image_bytes("Contacts Database", 24, [], records))
     values = [f'"{name}"=dword:{number:08x}' for name, number in sorted(state["values"].items())]
     path = made.add(REGISTRY, "", registry_bytes({KEY: values})).write(folder, number)
-    os.utime(path, (1, 1))  # so that it doesn't decide between day and month
+    os.utime(path, (1, 1))  # so that the file's time doesn't decide between day and month
     return path
 
 
 def changed(source, state):
-    """The next state: some things are added, changed or removed."""
+    """Returns the next state, with some things added, changed or removed."""
     after = {part: dict(content) for part, content in state.items()}
     for part, name, value in (("files", lambda n: f"\\Notes\\note {n}.txt", lambda n: f"one\ntwo {n}\nthree\n".encode()),
                               ("contacts", lambda n: f"Meyer{n}", lambda n: f"040 {n}"), ("values", lambda n: f"v{n}", lambda n: n)):
@@ -52,7 +52,8 @@ def changed(source, state):
 
 
 class Kept:
-    """The documented rules, in another way: for each rule the whole list of periods at once."""
+    """The documented rules of `prune`, computed in another way: for each rule from the whole list of periods at
+    once."""
 
     PERIODS = {"daily": lambda d: d.date(), "weekly": lambda d: d.isocalendar()[:2], "monthly": lambda d: (d.year, d.month),
                "yearly": lambda d: d.year}
@@ -235,7 +236,7 @@ class PruneTest(CompanionTest):
             made.write(card, number)
             self.set_tool("seal", card)
 
-    def test_damaged_sets_take_no_place_and_stay(self):
+    def test_damaged_sets_are_never_pruned_and_do_not_count_as_kept(self):
         card = self.folder / "QUILBOX"
         self.five(card)
         (card / "QLBX0005.QDT").write_bytes(b"")
@@ -259,7 +260,7 @@ class PruneTest(CompanionTest):
 
 
 class HostileTest(CompanionTest):
-    """Every command over the sets, streams, images and registries that the fuzzers keep."""
+    """Runs every command over the sets, streams, images and registries of the fuzzers' corpus."""
 
     def test_damage_is_named_and_sound_neighbours_are_served(self):
         corpus = pathlib.Path(__file__).resolve().parents[2] / "fuzz/corpus"

@@ -1,4 +1,4 @@
-"""The commands on many sets while the host or the user gets in their way."""
+"""The commands on many sets while calls of the host fail or the user disturbs them."""
 import os
 import subprocess
 import unittest
@@ -11,7 +11,7 @@ MANY = 300 if SANITIZED else 5000
 
 
 def made(number=0):
-    """A set with an item of each kind, the file in several blocks."""
+    """Returns a set with an item of each kind. The file has several blocks."""
     record = [(0x37001F, f"Sand the rudder {number}")]
     return (Set(f"Backup date:{13 + number}/11/2025 (10:00)").add(FILE, "\\a", b"line %d\n" % number * 9000)
             .add(DATABASE, "Tasks", image_bytes("Tasks", 26, [], [record] * 3))
@@ -26,7 +26,7 @@ class TroubleTest(CompanionTest):
         self.device_tool("init", self.device)
 
     def commands(self):
-        """Each long command: its words, and the calls in the middle of which it is disturbed."""
+        """Returns the words of each command that runs long enough to be disturbed."""
         first, second, _ = self.paths
         tool = BIN / "quillbox-set"
         return {"verify": [tool, "verify", self.card], "seal": [tool, "seal", self.card],
@@ -82,7 +82,7 @@ class TroubleTest(CompanionTest):
             big.add(FILE, f"\\a long name that soon fills the pipe {number:08}", b"")
         big.write(self.card, 1)
         with subprocess.Popen([BIN / "quillbox-set", "find", "*", self.card], stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
-            process.stdout.read(1)  # it now waits until somebody reads the rest
+            process.stdout.read(1)  # the program now waits until the test reads the rest
             self.paths[1].unlink()
             out, said = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 1)
@@ -92,7 +92,7 @@ class TroubleTest(CompanionTest):
     @unittest.skipUnless(os.geteuid() == 0, "needs the administrator, who can become another user")
     def test_without_permission_the_set_is_named_and_the_others_are_served(self):
         self.folder.chmod(0o755)
-        program = self.folder / "quillbox-set"  # where anybody may start it
+        program = self.folder / "quillbox-set"  # a copy that every user may start
         program.write_bytes((BIN / "quillbox-set").read_bytes())
         program.chmod(0o755)
         self.paths[1].chmod(0)
@@ -127,7 +127,7 @@ class TroubleTest(CompanionTest):
         self.assertEqual(sorted(os.listdir(small / "QUILBOX")), ["QLBX0001.QDT", "QLBX0001.QLT"])
         self.set_tool("verify", path)
 
-    def test_a_folder_without_sets_is_said_by_each_command(self):
+    def test_each_command_refuses_a_folder_without_sets(self):
         empty = self.output_folder()
         for command in (["verify"], ["seal"], ["find", "*"], ["history", "a"]):
             self.assertIn("no set in the folder", self.set_tool(*command, empty, code=2).said)
@@ -135,7 +135,7 @@ class TroubleTest(CompanionTest):
         for command in (["cat", empty, "a"], ["diff", empty, self.paths[0]], ["prune", empty / "none", "--keep-last", 1]):
             self.set_tool(*command, code=2)
 
-    def test_a_drawer_with_thousands_of_sets_takes_no_time_that_grows_with_their_square(self):
+    def test_find_searches_thousands_of_sets_in_one_folder_within_a_minute(self):
         drawer = self.folder / "drawer/in depth"
         drawer.mkdir(parents=True)
         for number in range(1, MANY + 1):
@@ -148,7 +148,7 @@ class TroubleTest(CompanionTest):
 @unittest.skipIf(SANITIZED, "a sanitizer takes more memory than any limit allows")
 class RegistryBoundTest(CompanionTest):
     def test_a_registry_of_any_size_takes_bounded_memory(self):
-        # A short text whose values need 450 MB, because each is kept with the long path of its key.
+        # A short file whose values need 450 MB of memory, because each value is kept with the long path of its key.
         key = "HKEY_CURRENT_USER" + ("\\" + "k" * 250) * 15
         values = [f'"{number}"=dword:00000001' for number in range(60_000)]
         huge = Set().add(FILE, "\\a", b"served").add(REGISTRY, "", registry_bytes({key: values})).write(self.folder, 1)

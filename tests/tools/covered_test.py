@@ -1,4 +1,4 @@
-"""`quillbox-device covered`: it finds each single difference between a device and the sets of it, and changes nothing."""
+"""`quillbox-device covered`: it finds each single difference between a device and its sets, and changes nothing."""
 import fcntl
 import json
 import os
@@ -26,7 +26,7 @@ class CoveredTest(CompanionTest):
         (self.store / os.fsdecode(b"raw \xff")).write_bytes(b"odd name")
         self.add_records([record(number) for number in range(RECORDS)])
         (self.device / "cards/Card").mkdir(parents=True)
-        # The first end of the program puts its settings into the registry.
+        # When the program ends for the first time, it writes its settings to the registry.
         for script in ("idle\n", program.full_backup(program.FILES, program.DATABASES, program.REGISTRY)):
             self.run_program("quillbox", "--device", self.device, "--timeout", "0", "--script", "-", given=script)
         self.sets = self.folder / "sets"
@@ -70,7 +70,7 @@ class CoveredTest(CompanionTest):
         self.assertIn('not covered: registry [HKEY_USERS\\new]\nnot covered: registry [HKEY_USERS\\new] "a": dword:00000001\n', said)
         self.assertIn("Not covered: 2 things", said)
         self.add_records([record(5, "Other")])
-        self.add_records([record(3), record(3)])  # a second one like it
+        self.add_records([record(3), record(3)])  # of the two, the import adds one: a second record like the existing one
         said = self.covered(code=1).text
         self.assertIn(f"not covered: database Tasks: 2 of {RECORDS + 2} records\n    Task 3\n    Other 5\n", said)
         self.add_records([record(1)], "More")
@@ -80,7 +80,7 @@ class CoveredTest(CompanionTest):
         self.assertEqual(found, {"version": 1, "files": [], "changes": [], "unkeptValueCount": 0, "uncoveredCount": 5, "values": [
             {"key": "HKEY_USERS\\new", "value": None, "content": None}, {"key": "HKEY_USERS\\new", "value": "a", "content": "dword:00000001"}]})
 
-    def test_only_sound_sets_off_the_device_count(self):
+    def test_covered_counts_only_sound_sets_that_are_not_on_the_device(self):
         def copy(folder):
             folder.mkdir()
             for path in self.sets.iterdir():

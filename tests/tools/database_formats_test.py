@@ -1,5 +1,5 @@
-"""Databases as vCard, iCalendar and CSV: our own files come back record for record, those of others as far as they can,
-and a damaged file changes nothing."""
+"""Databases as vCard, iCalendar and CSV. Our own files are imported record for record, and files of other programs as
+far as possible. A damaged file changes nothing."""
 import base64
 import collections
 import datetime
@@ -27,7 +27,7 @@ ODD_TEXTS = ["", " ", "a;b,c\\d:e", "two\r\nlines", "one\nline", "a\rb", "tab\th
 ODD_BLOBS = ["", "00ff", "6869", "610d0a62", "610a62", "6865783a", "c3a9", "c3", "0d", "07", "20"]
 ODD_TIMES = [0, 1, MIDNIGHT, MIDNIGHT + 10_000_000 * 3661, MIDNIGHT + 1, 2 ** 63, 2 ** 64 - 1, 2_650_467_744_000_000_000]
 ODD_NUMBERS = [0, 1, 2, 3, 7, 14, 365, 366, 1440, 2880, 65535, 2 ** 31 - 1]
-# By the type that the low half of an id names.
+# The key is the type, which is the lower half of an id.
 ODD_VALUES = {
     "001f": [*({"value": text} for text in ODD_TEXTS), {"units": [0xD800, 0x41]}],
     "0041": [{"value": blob} for blob in ODD_BLOBS],
@@ -43,7 +43,7 @@ EVENT = "BEGIN:VCALENDAR\nBEGIN:VEVENT\nSUMMARY:a\n%s\nEND:VEVENT\nEND:VCALENDAR
 
 
 def component(kind, *fields, end="\n"):
-    """A component of a vCard or iCalendar file, with these lines."""
+    """Returns a component of a vCard or iCalendar file with these lines."""
     return "".join(line + end for line in (f"BEGIN:{kind}", *fields, f"END:{kind}"))
 
 
@@ -52,7 +52,7 @@ def card(*fields, **more):
 
 
 def odd_records(usual, seed, count=150):
-    """Records with some of the usual properties, some others, in some order."""
+    """Returns records with random usual properties and others, in a random order."""
     chance = random.Random(seed)
     others = ["00010002", "00020012", "00030003", "00040013", "00050005", "0006000b", "00070040", "0008001f", "00090041",
               "000a0063"]
@@ -83,7 +83,7 @@ def tasks(*records):
 
 
 def ticks(text):
-    """2025-03-11 08:30 as the store counts it."""
+    """Returns a time such as 2025-03-11 08:30 as the number that the store uses."""
     since = datetime.datetime.fromisoformat(text) - datetime.datetime(1601, 1, 1)
     return (since.days * 86400 + since.seconds) * 10_000_000
 
@@ -94,7 +94,7 @@ class FormsTest(CompanionTest):
         self.tool("init", self.device)
 
     def tool(self, *arguments, zone="Europe/Vienna", **more):
-        """Runs quillbox-device; its output. Its errors come to self.said."""
+        """Runs quillbox-device and returns its output. self.said gets its errors."""
         done = self.device_tool(*arguments, env={**os.environ, "TZ": zone}, **more)
         self.said = done.said
         return done.text
@@ -108,7 +108,7 @@ class FormsTest(CompanionTest):
         return [json.loads(line)["record"] for line in out.splitlines()[1:]]
 
     def named(self, name, device=None):
-        """The records as names and values, blobs as text, without their UIDs."""
+        """Returns the records as names and values without their UIDs. Blobs become text."""
         return [{IDS.get(p["id"], p["id"]): bytes.fromhex(p["value"]).decode() if p["id"][4:] == "0041" else p["value"]
                  for p in record if p["id"] != NAMES["Identifier"]} for record in self.records(name, device)]
 
@@ -122,8 +122,9 @@ class FormsTest(CompanionTest):
 
 class OwnFilesTest(FormsTest):
     def exported_and_imported(self, file, *databases):
-        """Exports to a file and imports it into another device. Returns the file's text and, of each database, the records before
-        and after. Whatever differs must have been reported under its name, as often as it differs."""
+        """Exports to a file and imports it into another device. Returns the file's text, and the records of each
+        database before and after. The export must have reported each property that differs under its name, as often as
+        it differs."""
         path = self.folder / file
         self.tool("database", "export", self.device, path)
         said = self.said
@@ -198,7 +199,7 @@ class OwnFilesTest(FormsTest):
             self.assertIn(said, self.tool("database", "import", self.device, "-", "--form", form, "--replace", given=given))
         self.assertEqual(self.tool("database", "export", self.device, "--name", CONTACTS), contacts())
 
-    def test_the_demonstration_loses_nothing(self):
+    def test_the_demonstration_databases_lose_nothing_by_export_and_import(self):
         self.device = self.folder / "demonstration"
         self.tool("init", self.device, "--demonstration")
         for file, *databases in (("own.vcf", CONTACTS), ("own.ics", APPOINTMENTS, TASKS)):
@@ -217,7 +218,8 @@ class OwnFilesTest(FormsTest):
                 self.assertEqual("LastName" in csv.read_bytes().decode(), kind == 24)
                 before = self.exported()
                 self.tool("database", "import", self.device, "--name", CONTACTS, csv, "--replace")
-                # CSV has one order for all records; all else is there, the database's type and sort orders too.
+                # CSV has the same order of properties for all records. Everything else comes back, including the
+                # database's type and sort orders.
                 self.assertEqual(unordered(self.exported()), unordered(before))
 
     def test_an_item_keeps_its_uid_and_isnt_added_twice(self):
@@ -232,7 +234,7 @@ class OwnFilesTest(FormsTest):
             out = self.tool("database", "import", self.device, "-", "--form", form, "--add", given=file)
             self.assertEqual(out, "Contacts Database: 0 records added, 4 there already\n")
             self.assertEqual(self.exported(), before)
-        # One of another program and one of the device are changed in the file.
+        # Two records are changed in the file: one with the UID of another program, and one whose UID the export made.
         changed = text.replace("NOTE:x", "TEL:1").replace("N:own;", "N:Owner;", 1)
         out = self.tool("database", "import", self.device, "-", "--form", "vcard", "--add", given=changed)
         self.assertEqual(out, "Contacts Database: 0 records added, 2 changed, 2 there already\n")
@@ -320,7 +322,7 @@ class ForeignFilesTest(FormsTest):
             self.assertEqual([contact.get("Birthday") for contact in self.named(CONTACTS)],
                              [ticks("1990-05-01"), ticks("1990-05-01T23:00")] + [None] * 7 + [ticks("1990-05-01")])
 
-    def test_a_telephone_is_preferred_to_a_machine(self):
+    def test_a_telephone_number_is_preferred_to_one_of_a_fax_pager_or_modem(self):
         for given, lost in (("TEL;TYPE=HOME,FAX:1 TEL;TYPE=CELL:2", "TEL 1, TEL (CELL, imported as home) 1"),
                             ("TEL;WORK;FAX:1 TEL;PAGER:3 TEL:2 TEL;CELL:4", "TEL 3"),
                             ('TEL;TYPE="home,fax":1 TEL;TYPE=work:3 TEL;TYPE=home,voice:2', "TEL 2"),
@@ -390,7 +392,7 @@ class ForeignFilesTest(FormsTest):
                           {"LastName": "a"})
 
     def test_a_file_in_utf_16_is_read_in_each_form(self):
-        long = "😀" + "x😀" * 60_000  # each border of a piece lies in a character
+        long = "😀" + "x😀" * 60_000  # so that each border of a piece splits a character
         for mark in ("utf-16-le", "utf-16-be"):
             for form, text in (("vcard", card("N:" + long)), ("csv", f"LastName\n{long}\n"),
                                ("jsonl", contacts([{"id": NAMES["LastName"], "value": long}]))):
@@ -399,7 +401,7 @@ class ForeignFilesTest(FormsTest):
         self.assertIn("the file ends within a character of UTF-16", said)
 
     def test_events_of_other_programs_are_understood(self):
-        # Of each event its lines, and what becomes of it: its start and what else isn't 0.
+        # For each event: its lines, and the start and other values that aren't 0 of the appointment.
         events = {
             "utc": ("DTSTART:20250701T080000Z DTEND:20250701T093000Z", "2025-07-01T10:00", {"Minutes": 90}),
             "zone": ("DTSTART;TZID=America/New_York:20250701T080000 DURATION:PT1H30M", "2025-07-01T14:00", {"Minutes": 90}),
@@ -434,7 +436,8 @@ class ForeignFilesTest(FormsTest):
 
     def test_times_are_converted_from_zones_of_any_kind(self):
         def zone(name, *rules):
-            """A zone of its own: an hour behind New York, from March to November three hours before."""
+            """Returns the definition of a zone: one hour behind New York, and from March to November one hour ahead of
+            it."""
             return component("VTIMEZONE", "TZID:" + name, component("STANDARD", "DTSTART:19701101T020000", "TZOFFSETFROM:-0300",
                              "TZOFFSETTO:-0600", *rules or ["RRULE:FREQ=YEARLY;BYMONTH=11;BYDAY=1SU"]).rstrip(),
                              component("DAYLIGHT", "DTSTART:19700301T020000", "TZOFFSETFROM:-0600", "TZOFFSETTO:-0300",
@@ -444,15 +447,16 @@ class ForeignFilesTest(FormsTest):
         unusable = [zone("Hostile", "RRULE:FREQ=SECONDLY"), *(zone("Damaged").replace(*damage) for damage in (
             ("TO:-0600", "TO:+25"), ("FROM:-0300", "FROM:-0360"), ("DTSTART:1970", "DTSTART:soon"), ("TZOFFSETTO:-0600", "X:1"),
             ("TZOFFSETTO:-0600", "TZOFFSETFROM:-0600"), ("1101T020000", "1101T0200")))]
-        # Of each event its zone and time, and that time in Vienna.
+        # For each event: its zone, its time, and this time in Vienna.
         times = [("Own", "20250701T080000", "2025-07-01T13:00"), ("Own", "20251201T080000", "2025-12-01T15:00"),
                  ('"Berlin, or so"', "20250701T080000", "2025-07-01T13:00"), ("Own", "19980701T080000", "1998-07-01T13:00"),
-                 ("Europe/Berlin", "20250701T080000", "2025-07-01T08:00"),  # the host knows it better
+                 ("Europe/Berlin", "20250701T080000", "2025-07-01T08:00"),  # the host's definition applies
                  ("Pacific Standard Time", "20250701T080000", "2025-07-01T17:00"),
                  ("/example.org/2007_1/America/Argentina/Buenos_Aires", "20250701T080000", "2025-07-01T13:00"),
                  ("/example.org/Own", "20250701T080000", "2025-07-01T08:00"), ("Damaged", "20250701T080000", "2025-07-01T08:00"),
                  ("Hostile", "20250701T080000", "2025-07-01T08:00"),
-                 # What occurs twice is the first one, and what is skipped comes before the change.
+                 # If a time occurs twice, the first one applies. For a skipped time, the offset before the change
+                 # applies.
                  ("America/New_York", "20251102T013000", "2025-11-02T06:30"),
                  ("America/New_York", "20250309T023000", "2025-03-09T08:30"), ("Own", "20251102T013000", "2025-11-02T05:30"),
                  ("Europe/London", "19690101T080000", "1969-01-01T08:00"), ("US/Eastern", "21000701T080000", "2100-07-01T14:00")]
@@ -539,7 +543,7 @@ class ForeignFilesTest(FormsTest):
                            "Minutes": 5},
                           {"FirstName": "D", "Birthday": ticks("1985-04-12T08:30"), "Notes": "", "Minutes": -1},
                           name="New", left_out="2 fields were left out: Shoe<U+001B>size 2")
-        # What separates the cells is found outside of a quoted heading.
+        # The separator is searched outside of quoted headings.
         for table in ('"Foo;x",LastName\n,a\n', '"Foo,\tx";LastName\n;a\n', '"Foo\n"";x",LastName\n,a\n',
                       'Foo\t"LastName"\n\ta\n'):
             with self.subTest(table=table):
@@ -549,7 +553,7 @@ class ForeignFilesTest(FormsTest):
 @unittest.skipIf(SANITIZED, "a sanitizer changes times and memory")
 class LimitsTest(FormsTest):
     def limited(self, *arguments, **more):
-        """Runs quillbox-device with ten seconds and 512 MiB."""
+        """Runs quillbox-device with limits of ten seconds and 512 MiB."""
         def limit():
             resource.setrlimit(resource.RLIMIT_CPU, (10, 10))
             resource.setrlimit(resource.RLIMIT_AS, (512 << 20, 512 << 20))
@@ -586,7 +590,7 @@ class LimitsTest(FormsTest):
         self.assertIn("0 records added, 65535 there already", self.limited("database", "import", self.device, out, "--add"))
         self.assertIn("the database already has 65535 records", self.refused("vcard", CARD % "NOTE:x", "--add"))
 
-    def test_a_record_changes_to_as_many_properties_as_a_device_can_hold(self):
+    def test_an_import_can_give_a_record_as_many_properties_as_a_device_can_hold(self):
         uid = {"id": NAMES["Identifier"], "value": "u"}
         texts = ("LastName", "FirstName", "Company", "HomeTelephone", "Mail", "Town", "Categories")
         self.import_file(given=contacts([uid, *({"id": NAMES[name], "value": "old"} for name in texts)]))
@@ -618,7 +622,7 @@ class RefusedFilesTest(FormsTest):
         good = CARD % "NOTE:x"
 
         def with_field(field):
-            """A sound card, and one with that field in line 9."""
+            """Returns a sound card, and a second card with this field in line 9."""
             return good + CARD % field
 
         files = {

@@ -1,6 +1,7 @@
-"""What `quillbox-set explain` writes beside the sets. The reader must agree with quillbox-set, also about damage.
+"""The reader that `quillbox-set explain` writes beside the sets. It must find the same items and the same damage as
+quillbox-set.
 
-CompanionTest.verified() holds the reader against quillbox-set in all other suites.
+In all other suites CompanionTest.verified() compares the reader with quillbox-set.
 """
 import contextlib
 import io
@@ -25,7 +26,8 @@ PIECES = [unit.encode("utf-16-le", "surrogatepass") for unit in '\\"=[]@;:,-()\r
 
 
 def changed(rng, raw, changes, text=False):
-    """The bytes with some random changes: of a bit, a byte, a length, or of characters that a registry file knows."""
+    """Returns the bytes with some random changes: of a bit, a byte or a length, or of characters with a meaning in a
+    registry file."""
     raw = bytearray(raw)
     for _ in range(changes):
         at = rng.randrange(len(raw) + 1)
@@ -59,13 +61,13 @@ class ExplanationTest(CompanionTest):
         self.path = Set().add(FILE, "\\a", b"1").write(self.sets)
 
     def read(self, *words, code=0):
-        """What the reader that was written beside the sets prints."""
+        """Runs the reader that was written beside the sets, and returns its output."""
         words = [sys.executable, "-I", "-B", self.sets / "QLBXREAD.PY", *words]
         done = subprocess.run(words, capture_output=True, check=False, timeout=60)
         self.assertEqual(done.returncode, code, done.stderr)
         return done.stdout.decode()
 
-    def test_the_papers_are_written_once_and_replace_no_other_file(self):
+    def test_the_explanation_is_written_once_and_replaces_another_file_only_by_force(self):
         self.assertEqual(self.set_tool("explain", self.card).text.count(": written\n"), 2)
         self.assertEqual(self.set_tool("explain", self.path).text.count(": is there already\n"), 2)
         readme = (self.sets / "README.TXT").read_bytes()
@@ -93,7 +95,7 @@ class ExplanationTest(CompanionTest):
         self.assertIn("QLBX0001.QLT: sound, 1 items", self.read("verify", code=1))
         self.read("extract", self.path, self.folder / "out")
         self.assertEqual((self.folder / "out/a").read_bytes(), b"1")
-        self.read("extract", self.path, self.folder / "out", code=1)  # it has content already
+        self.read("extract", self.path, self.folder / "out", code=1)  # the folder isn't empty any more
         for wrong in ([], ["fly"], ["extract", self.path]):
             self.read(*wrong, code=2)
         for path in self.sets.glob("*.QLT"):
@@ -127,7 +129,7 @@ class ExplanationTest(CompanionTest):
             self.verified(self.sets / "QLBX0001.QLT", found.returncode)
 
     def packed_stream(self):
-        """A stream that quillbox packed, with matches of each kind: near, far, overlapping, long."""
+        """Returns a stream that quillbox packed, with matches of each kind: near, far, overlapping, long."""
         rng = random.Random(3)
         words = [rng.randbytes(rng.randrange(2, 9)) for _ in range(400)]
         self.device_tool("init", self.device)

@@ -1,4 +1,5 @@
-"""quillbox-mount: what it shows equals what extract writes, also for eight readers at a time, and damage stays where it is."""
+"""quillbox-mount: its files equal those that extract writes, also with eight readers at a time, and damage affects only
+its own item."""
 import concurrent.futures
 import contextlib
 import ctypes
@@ -37,7 +38,7 @@ def end_with_this_process():
 
 
 def blocks(*raw):
-    """A stream of these blocks, which need not be full."""
+    """Returns a stream of these blocks, which need not be full."""
     return MAGIC + b"".join(struct.pack("<I", len(packed)) + packed for packed in map(pack, [*raw, b""]))
 
 
@@ -54,7 +55,7 @@ class MountTest(CompanionTest):
 
     @contextlib.contextmanager
     def mounted(self, where=None, *options):
-        """The process, while the folder is mounted. Whatever ends the test, the folder is unmounted."""
+        """Yields the process while the folder is mounted. However the test ends, the folder is unmounted."""
         process = subprocess.Popen([TOOL, "--foreground", where or self.sets, self.shown, *options], stderr=subprocess.PIPE,
                                    preexec_fn=end_with_this_process)
         try:
@@ -76,7 +77,8 @@ class MountTest(CompanionTest):
 @unittest.skipIf(fuse_fault(), fuse_fault())
 class ShownTest(MountTest):
     def rich_set(self):
-        """Names that need escapes, all sizes around a block, a database of each kind, and the registry."""
+        """Returns a set with names that need escapes, all sizes around a block, a database of each kind, and the
+        registry."""
         made = Set(DATED.format(14))
         for name, size in (("empty", 0), ("one", 1), ("full", RAW_BLOCK), ("more", RAW_BLOCK + 1), ("large", 5 * RAW_BLOCK + 77)):
             made.add(FILE, f"\\sizes\\{name}.bin", random.Random(name).randbytes(size))
@@ -90,7 +92,7 @@ class ShownTest(MountTest):
         return made.add(REGISTRY, "", registry_bytes({"HKEY_USERS\\a": ['@="x"'], "HKEY_USERS\\b": ['"n"=dword:00000001']}))
 
     def expected(self, path):
-        """As extract writes it in the four formats, and the comment."""
+        """Returns the files that extract writes in the four formats, and the comment."""
         whole = self.extracted(path)
         for form, names in (("vcard", ["Contacts"]), ("ical", ["Appointments", "Tasks"]), ("csv", ["Contacts", "Appointments", "Tasks", "a\\b*"])):
             whole.update(self.extracted(path, "--form", form, *names))
@@ -139,8 +141,8 @@ class ShownTest(MountTest):
         with self.mounted(), concurrent.futures.ThreadPoolExecutor(READERS) as readers:
             list(readers.map(read_some, range(READERS)))
 
-    def test_one_read_can_get_more_blocks_than_an_answer_has_parts(self):
-        parts = [b"%d" % number for number in range(20_000)]  # more lengths than are read with one call
+    def test_a_file_of_more_blocks_than_one_answer_has_parts_is_read_whole(self):
+        parts = [b"%d" % number for number in range(20_000)]  # more block lengths than one call reads
         Set().add(FILE, "\\many", stream=blocks(*parts)).write(self.sets)
         with self.mounted():
             self.assertEqual((self.shown / "QLBX0001/many").read_bytes(), b"".join(parts))
@@ -218,7 +220,7 @@ class ShownTest(MountTest):
             self.assertEqual((folder / "x").read_bytes(), b"first", "the list is read once")
 
     def test_damage_is_an_error_when_it_is_read_and_its_neighbours_are_whole(self):
-        whole, large = pack_stream(b"hello"), pack_stream(bytes(range(256)) * 2048)  # of four blocks
+        whole, large = pack_stream(b"hello"), pack_stream(bytes(range(256)) * 2048)  # large has four blocks
         block = (len(large) - len(whole)) // 4 + 1
         torn = large[:2 * block + 100] + b"\xff" * 9 + large[2 * block + 109:]
         streams = {"magic": b"QBXPL" + whole[5:], "nothing": b"", "cut in a length": whole[:7], "cut in a block": whole[:12],
@@ -272,15 +274,15 @@ class LifeTest(MountTest):
                 self.assertEqual(list(self.shown.iterdir()), [])
 
     @needs_strace
-    def test_a_signal_ends_it_while_files_are_read(self):
+    def test_a_signal_ends_the_mount_while_files_are_read(self):
         made = Set()
         for number in range(200):
             made.add(FILE, f"\\files\\{number:03}", random.Random(number).randbytes(100_000))
         made.write(self.sets)
         for wait in (0.1, 0.3, 0.5):
-            # The search for leaks doesn't work in a process that is traced.
+            # The leak check doesn't work in a traced process.
             with unittest.mock.patch.dict(os.environ, ASAN_OPTIONS="detect_leaks=0"), self.mounted() as process:
-                # Answers and pushes take long, so that the signal comes in the middle of one.
+                # strace delays answers and pushes, so that the signal comes in the middle of one.
                 strace = subprocess.Popen(["strace", "-fqq", "-o", "/dev/null", "-e", "trace=writev", "-e", "inject=writev:delay_exit=3000",
                                            "-p", str(process.pid)], stderr=subprocess.DEVNULL)
                 files = sorted((self.shown / "QLBX0001/files").iterdir())
@@ -291,7 +293,7 @@ class LifeTest(MountTest):
                 reader.wait(60)
                 strace.wait(60)
 
-    def test_it_goes_to_the_background_once_it_is_mounted_and_ends_when_it_is_unmounted(self):
+    def test_a_read_only_mount_is_made_in_the_background_and_can_be_unmounted(self):
         self.addCleanup(subprocess.run, ["fusermount3", "-uzq", self.shown], check=False)
         self.run_program("quillbox-mount", "sets", "shown", cwd=self.folder)
         self.assertEqual((self.shown / "QLBX0001/a").read_bytes(), b"1")
@@ -317,7 +319,7 @@ class LifeTest(MountTest):
 
 
 class RefusalTest(MountTest):
-    def test_bad_usage_missing_sets_and_folders_that_are_not_empty_give_2(self):
+    def test_bad_usage_missing_sets_and_folders_that_are_not_empty_exit_with_2(self):
         Set().write(self.sets)
         full = self.file("file").parent
         for words, sentence in (([], "WHERE is required"), ([self.sets], "DIR is required"), (["none", self.shown], "no list file for none"),

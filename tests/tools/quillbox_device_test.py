@@ -35,7 +35,8 @@ class DeviceToolTest(CompanionTest):
         self.tool("init", self.device)
 
     def tool(self, *arguments, code=0, given="", **more):
-        """Runs quillbox-device. Its output, or if it is to fail its errors, which it prints in no other case."""
+        """Runs quillbox-device. Returns its output, or its errors if `code` isn't 0. In no other case it prints
+        errors."""
         done = self.device_tool(*arguments, code=code, given=given, **more)
         self.assertEqual(done.said.startswith("quillbox-device: "), code != 0)
         return done.said if code else done.text
@@ -44,7 +45,7 @@ class DeviceToolTest(CompanionTest):
         return self.tool("database", "import", self.device, "-", *options, given=given, code=code)
 
     def everything(self):
-        """The whole device: what it exports and the names of its files."""
+        """Returns the whole device: its exports and the names of its files."""
         return self.exported(), self.registry(), names_in(self.device)
 
 
@@ -103,7 +104,8 @@ class ContentTest(DeviceToolTest):
             running.stdin.write(lines(ONE).encode() + half.encode())
             end = time.monotonic() + 30
             while not (log.exists() and log.stat().st_size) and time.monotonic() < end:
-                more = database(f"D{end - time.monotonic()}", RECORDS[:2])  # changes are gathered for a while
+                # The import gathers changes for a while, so the test sends more databases until the log has some.
+                more = database(f"D{end - time.monotonic()}", RECORDS[:2])
                 running.stdin.write(lines(more).encode() + b"\n" * 100_000)
                 running.stdin.flush()
                 time.sleep(0.01)
@@ -139,7 +141,7 @@ class ContentTest(DeviceToolTest):
         self.tool("registry", "import", self.device, out)
         self.assertIn("Robin Vähä", self.registry().decode("utf-16"))
 
-    def test_a_registry_file_can_have_any_encoding_and_delete(self):
+    def test_a_registry_file_is_read_in_each_encoding_and_can_delete_keys_and_values(self):
         def imported(text, **more):
             self.tool("registry", "import", self.device, self.file("in.reg", text), **more)
             text = self.registry().decode("utf-16").replace("\r\n", "\n")
@@ -152,7 +154,7 @@ class ContentTest(DeviceToolTest):
             self.assertEqual(imported(REGISTRY_HEAD + "[-hkey_users\\A]\n[-HKEY_USERS\\none\\at all]\n"), "")
         guessed = self.device_tool("registry", "import", self.device, self.file("in.reg", (REGISTRY_HEAD[1:] + keys).encode("cp1252")))
         self.assertEqual(guessed.said, "quillbox-device: The file isn't UTF-8 and was read as Windows-1252.\n")
-        # What was deleted can be made again, and a value that isn't there can be deleted.
+        # A deleted key can be made again, and the deletion of a missing value is no error.
         self.assertEqual(imported(REGISTRY_HEAD + '[HKEY_USERS\\a]\n"X"=-\n"none"=-\n[-HKEY_USERS\\a\\b]\n[HKEY_USERS\\a\\b\\d]\n'),
                          '\n[HKEY_USERS\\a]\n"ü"="ö"\n\n[HKEY_USERS\\a\\b]\n\n[HKEY_USERS\\a\\b\\d]\n')
         for bad in (b"REGEDIT4\n[HKEY_USERS]\n\"a\"=\"\x81\"\n", b"REGEDIT4\n[HKEY_USERS]\n@=hex(1):e4,00\n", b"REGEDIT5\n", b""):
@@ -211,7 +213,7 @@ class ContentTest(DeviceToolTest):
         self.assertIn("can't be read: No such file or directory.", self.tool("database", "import", self.device, missing, code=2))
         self.assertEqual((names_in(self.folder), letter.read_text()), (["device", "letter"], "mine"))
 
-    def test_no_name_from_outside_steers_the_terminal(self):
+    def test_no_control_character_of_a_name_reaches_the_terminal(self):
         name = "\x1b]0;x\x07\u202e\x9b"
         evil = self.file("evil.jsonl", lines(database(name)))
         self.tool("database", "import", self.device, evil)
@@ -232,7 +234,7 @@ class ContentTest(DeviceToolTest):
 
 
 class HostTest(DeviceToolTest):
-    """What the host does to the streams, the files and the calls of a command."""
+    """Commands whose streams, files or calls the host makes fail."""
 
     def test_output_that_cannot_be_printed_is_no_success(self):
         made = self.file("in.jsonl", lines(KINDS))
@@ -252,7 +254,7 @@ class HostTest(DeviceToolTest):
                 with self.subTest(what=what, start=start):
                     self.assertRegex(self.device_tool(what, "import", self.device, "-", code=1, **start).said,
                                      r'^quillbox-device: "-".* can\'t be read.*\. Nothing was imported\.\n$')
-        # A file that opens, of which each read fails.
+        # This file can be opened, but each read of it fails.
         self.assertIn("can't be read", self.tool("registry", "import", self.device, "/proc/self/mem", code=1))
 
     @needs_strace
@@ -291,7 +293,7 @@ class HostTest(DeviceToolTest):
         before = self.everything()
         for command in (["database", "import", self.device, self.file("in.jsonl", lines(KINDS))],
                         ["registry", "import", self.device, self.registry_file("in.reg", "[HKEY_USERS\\new]\r\n")]):
-            # The second: a commit that fails, and a log of it that stays.
+            # With the second injection, a commit fails and its log stays.
             for injected in (["fsync,fdatasync:error=EIO"], ["fdatasync:error=EIO:when=2+", "unlink:error=EIO"]):
                 with self.subTest(command=command, injected=injected):
                     done = traced([TOOL, *command], "fsync,fdatasync,unlink", *injected)
@@ -326,7 +328,7 @@ class HostTest(DeviceToolTest):
         with contextlib.closing(sqlite3.connect(self.device / "device.db")) as stored:
             stored.execute("INSERT INTO remembered_folder VALUES ('Log', X'2F', 1, NULL)")
             stored.commit()
-            shutil.copytree(self.device, medium)  # with a log, as a process leaves it that is killed
+            shutil.copytree(self.device, medium)  # while the log exists, as after a kill
         self.assertGreater((medium / "device.db-wal").stat().st_size, 0)
         files = files_below(medium)
         for name in files:
@@ -353,7 +355,8 @@ class HostTest(DeviceToolTest):
 
     @contextlib.contextmanager
     def keeps_rights(self, path):
-        """Expects that the file is replaced within the block and keeps its owner and its mode, which allows only the owner."""
+        """Expects that the block replaces the file, and that the file keeps its owner and its mode, which allows only
+        the owner."""
         path.chmod(0o600)
         if os.geteuid() == 0:
             os.chown(path, 1234, 1234)

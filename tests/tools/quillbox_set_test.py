@@ -1,4 +1,4 @@
-"""quillbox-set as its users run it: on good sets, on sets with every kind of fault, on malicious sets.
+"""quillbox-set as its users run it: on sound sets, on sets with every kind of fault, on malicious sets.
 
 The sets come from independent_set.py.
 """
@@ -12,7 +12,7 @@ from host_trouble import needs_strace, traced
 from independent_set import DATABASE, FILE, REGISTRY, Set, entry_bytes, image_bytes, pack_stream, registry_bytes
 
 TOOL = BIN / "quillbox-set"
-CUT = -7  # where a stream ends without its closing block
+CUT = -7  # as the end of a slice, it cuts off a stream's closing block
 
 
 class SetToolTest(CompanionTest):
@@ -94,7 +94,7 @@ class CommandTest(SetToolTest):
             has_content = {name: content != b"" for name, content in files_below(out).items()}
             self.assertEqual(has_content, {"empty": False, "x": True, **others})
 
-    def test_files_of_another_case_are_found_and_capital_ones_come_first(self):
+    def test_files_named_in_another_case_are_found_and_capital_names_come_first(self):
         path = self.one_file().write(self.folder)
         listed, data = path.read_bytes(), path.with_suffix(".QDT").read_bytes()
         for list_name, data_name, named in (("qlbx0001.qlt", "qlbx0001.qdt", "QLBX0001"),
@@ -139,7 +139,7 @@ class CommandTest(SetToolTest):
         self.assertEqual(self.set_tool("list", path).text.splitlines()[-1].split(), ["registry", "0", "registry"])
         self.assertEqual(self.verified(path, 1)["faults"][0]["name"], "registry")
 
-    def test_usage_and_missing_files_give_2_and_a_missing_data_file_1(self):
+    def test_bad_usage_and_missing_files_exit_with_2_and_a_missing_data_file_with_1(self):
         missing = self.folder / "none"
         for command in ([], ["verify"], ["list", missing], ["extract", missing, self.out]):
             self.set_tool(*command, code=2)
@@ -235,11 +235,11 @@ class DamageTest(SetToolTest):
         ]:
             with self.subTest(name):
                 self.assert_fault(damaged.write(self.folder), item, reason)
-        sound = Set().add(FILE, "\\a", b"").add(FILE, "\\A", b"")  # names that differ by case are two
+        sound = Set().add(FILE, "\\a", b"").add(FILE, "\\A", b"")  # names that differ only by case are different items
         for name in ("\u00c4", ".", "..", "x\\y\\plain"):
             sound.add(DATABASE, name)
         self.verified(sound.write(self.folder), 0)
-        for length, code in ((251, 0), (252, 1)):  # no file's name has room for .CDB after the longer one
+        for length, code in ((251, 0), (252, 1)):  # the longer one leaves no room for .CDB in a file name
             self.verified(Set().add(DATABASE, "A" * length, image_bytes("A")).write(self.folder), code)
 
     def test_each_fault_of_bytes_and_offsets_is_named(self):

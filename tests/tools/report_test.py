@@ -1,4 +1,4 @@
-"""quillbox-set report: the page in a browser says what the sets have, does nothing else, and can be used by everybody."""
+"""quillbox-set report: in a browser, the page shows the content of the sets, does nothing else, and is accessible."""
 import datetime
 import json
 import re
@@ -25,7 +25,8 @@ def contact(last, first, telephone, notes=b""):
 
 
 def history(card):
-    """Three sets: files that come, change, move and go, contacts, an appointment, and a registry."""
+    """Writes three sets with files that are added, changed, moved and removed, with contacts, an appointment and a
+    registry."""
     berta, carl = contact("Meyer", "Berta", "030 1234", b"Likes boats.\r\nTwo cats."), contact("Zorn", "Carl", "040 77")
     changed = contact("Meyer", "Berta", "030 9999", b"Likes boats.\r\nTwo cats.")
     meeting = [[(SUBJECT, "Paint the hull"), (START, MARCH_11), (MINUTES, 90)]]
@@ -57,11 +58,11 @@ class ReportTest(CompanionTest):
         self.set_tool("report", self.card, "--force", "--output", self.page, code=code)
         self.page.write_text(edit(self.page.read_text(encoding="utf-8")), encoding="utf-8")
         self.browser.open(self.page)
-        self.browser.wait("return document.querySelector('#treemap svg')")  # it comes last
+        self.browser.wait("return document.querySelector('#treemap svg')")  # the last part of the page
         return self.browser
 
     def rows(self, table):
-        """The cells of the rows in view."""
+        """Returns the cells of the visible rows."""
         return self.browser.run("return [...document.querySelectorAll(`#${arguments[0]} tr[data-at]`)].map(row => [...row.cells].map(cell => cell.textContent))", table)
 
     def search(self, table, words, found):
@@ -94,7 +95,7 @@ class ReportTest(CompanionTest):
         self.assertIn("Docs\\", browser.text("#largest"))
         self.assertEqual(browser.faults(), [])
 
-    def test_the_table_sorts_searches_and_is_used_by_the_keyboard_alone(self):
+    def test_the_table_can_be_sorted_searched_and_used_by_the_keyboard_alone(self):
         made = Set()
         for number in range(MANY):
             made.add(FILE, f"\\folder {number % 7}\\File {number}", b"x" * (number % 50))
@@ -150,7 +151,7 @@ class ReportTest(CompanionTest):
         self.open_report()
         self.assertTrue(browser.run("return document.querySelector('#treemap').hidden && document.querySelectorAll('#largest button').length === 1"))
 
-    def test_the_timeline_is_used_by_the_keyboard_and_a_print_has_the_rows(self):
+    def test_the_timeline_works_by_keyboard_and_a_print_has_at_most_1000_rows(self):
         history(self.card)
         browser = self.open_report()
         checked = "return document.querySelector('#timeline [aria-checked=true]')"
@@ -174,20 +175,20 @@ class ReportTest(CompanionTest):
         self.assertLess(len(self.rows("items-table")), 50)
 
     def test_hostile_texts_stay_texts(self):
-        for number in (1, 2):  # each text has changed between the sets
+        for number in (1, 2):  # two sets, so that each text appears as a change, too
             made = Set("Hi" + HOSTILE[0])
             for at, name in enumerate(HOSTILE):
                 made.add(FILE, "\\" + name, b"x" * number).add(DATABASE, f"d{at}", image_bytes(f"d{at}", 24, [], [contact(name, f"n{number}", name, name.encode(errors="replace"))]))
             values = [f'"{re.sub(r"[^ -~]", "", name[:200])}"="v{number}"'.replace('"}', '\\"}') for name in HOSTILE]
             made.add(REGISTRY, "", registry_bytes({"HKEY_CURRENT_USER\\" + HOSTILE[1]: values[:2]})).write(self.folder / "<img src=x onerror=canary=1>/QUILBOX", number)
         self.card = self.folder / "<img src=x onerror=canary=1>"
-        browser = self.open_report(code=1)  # names like these aren't sound
+        browser = self.open_report(code=1)  # such names are faults of the set
         source = self.page.read_text(encoding="utf-8")
         self.assertEqual((source.count("</script"), source.count("<img"), source.count("\u2028")), (2, 0, 0))
         for name in HOSTILE:
             shown = "".join(f"<u+{ord(c):04x}>" if c in "\x01\x1b\x7f\u2028\u2029\u202e\u2066" else "\ufffd" if c == "\ud800" else c for c in name).lower()
             for table in ("items-table", "contacts-table"):
-                word = shown.split()[-1][:200]  # longer texts are cut
+                word = shown.split()[-1][:200]  # the page cuts longer texts
                 self.search(table, word, self.count_with(table, word))
         self.search("items-table", "", "31 items")
         browser.run("for (const row of document.querySelectorAll('tr[data-at]')) { row.click(); document.querySelector('dialog').close(); }")
@@ -197,7 +198,7 @@ class ReportTest(CompanionTest):
                          ["undefined", 2, 0, "[object Object]"])
         self.assertEqual(browser.faults(), [])
 
-    def test_what_cannot_be_read_is_neither_whole_nor_removed(self):
+    def test_items_of_a_set_without_data_are_shown_as_damaged_and_not_as_removed(self):
         for number in (1, 2):
             made = Set(f"Backup date:1{number}/11/2025 (10:00)").add(FILE, "\\good", b"1")
             made.add(DATABASE, "Contacts Database", image_bytes("Contacts Database", 24, [], [[(0x40150F1F, "Berta")]]))
@@ -237,7 +238,7 @@ class ReportTest(CompanionTest):
         self.assertIn("</html>", self.set_tool("report", self.card, "--output", "-").text)
         self.assert_fails_where_output_takes_nothing("quillbox-set", [["report", self.card, "--output", "-"]], ".*can't be written.?")
 
-    def test_nobody_is_shut_out(self):
+    def test_the_page_has_no_accessibility_faults_in_light_and_dark_and_at_both_widths(self):
         if not AXE.exists():
             print("axe-core isn't installed, so the barriers of the page weren't looked for", file=sys.stderr)
             self.skipTest("axe-core isn't installed")
@@ -253,7 +254,7 @@ class ReportTest(CompanionTest):
         self.assertEqual(browser.barriers(), [])
 
     def count_with(self, table, word):
-        """How many of all rows have the word, by what the page was given."""
+        """Returns how many of all rows contain the word, computed from the page's data."""
         data = json.loads(self.browser.text("#data"))
         texts = [row[1] for row in data["items"]] if table == "items-table" else \
             ["\n".join([data["databases"][row[0]][0], *row[1][1::2]]) for row in data["records"] if row[2] <= 1 <= row[3]]

@@ -25,10 +25,11 @@ void add(RunTable& table, std::uint64_t key, const std::string& state)
         RowKey{key, key}, [&] { return "\"" + std::to_string(key) + "\""; }, state);
 }
 
-TEST(RunTableTest, StatesAreRunsOfSetsAndThingsOfOneNameStayApart)
+TEST(RunTableTest, ConsecutiveSetsWithEqualStateFormOneRunAndThingsOfTheSameNameStayApart)
 {
     RunTable table(1000);
-    const char* const states[] = {"a", "b", "b", "", "b"};  // of the sets 4 to 0, the empty one without the thing
+    // The states of thing 1 in the sets 4 to 0. An empty one means that the set doesn't have the thing.
+    const char* const states[] = {"a", "b", "b", "", "b"};
     for (unsigned set = 5; set-- > 0;) {
         table.beginSet(set);
         if (const std::string state = states[4 - set]; !state.empty())
@@ -40,7 +41,7 @@ TEST(RunTableTest, StatesAreRunsOfSetsAndThingsOfOneNameStayApart)
     EXPECT_EQ(table.completeFrom(), 0U);
 }
 
-TEST(RunTableTest, WhatIsTooMuchIsIgnoredFromTheOldestSets)
+TEST(RunTableTest, BeyondTheLimitTheRunsOfTheOldestSetsAreIgnored)
 {
     RunTable table(100);
     for (unsigned set = 9; set-- > 0;) {

@@ -1,4 +1,4 @@
-"""quillbox-set salvage: sets are ruined in many ways, and what comes back is compared with what was in them."""
+"""quillbox-set salvage: sets are ruined in many ways, and the salvaged items are compared with the originals."""
 import json
 import os
 import pathlib
@@ -24,7 +24,7 @@ def text(source, words):
 
 
 def content(source):
-    """One file: a text or a table, which are compressed, a picture, which isn't, or zeros, and of any size."""
+    """Returns the content of a file of a random size: a text, a table, an incompressible picture, or zeros."""
     size = int(2 ** source.uniform(0, 18.5))
     table = b"".join(bytes([source.randrange(256), 0, 0, source.randrange(4)]) for _ in range(size // 8 + 1))
     return source.choice([text(source, size // 6 + 1).encode(), table, JPEG + source.randbytes(size // 4), bytes(size)])
@@ -32,7 +32,8 @@ def content(source):
 
 class SalvageTest(CompanionTest):
     def salvage(self, data, *more):
-        """The folder with the files, and the report. The exit code is 0 if all of the data file is complete."""
+        """Returns the folder with the files, and the report. The exit code must be 0 exactly if the whole data file was
+        salvaged completely."""
         out = self.output_folder()
         command = [BIN / "quillbox-set", "salvage", data, "--into", out, "--json", *more]
         done = subprocess.run(list(map(str, command)), capture_output=True, check=False, timeout=600)
@@ -47,7 +48,8 @@ class SalvageTest(CompanionTest):
         return pathlib.Path(out, item["target"][1:].replace("\\", "/")).read_bytes()
 
     def report(self, out, text):
-        """The JSON. Each target must be in the folder, and is given as the device would name it."""
+        """Returns the JSON report. Each target must be in the folder, and is converted to the device's form of the
+        path."""
         found = json.loads(text)
         for item in found["items"]:
             if item.get("target"):
@@ -57,7 +59,7 @@ class SalvageTest(CompanionTest):
 
 
 class RuinedSetTest(SalvageTest):
-    """Sets that the program itself has packed."""
+    """Sets that quillbox itself has packed."""
 
     @classmethod
     def setUpClass(cls):
@@ -67,7 +69,8 @@ class RuinedSetTest(SalvageTest):
 
     @classmethod
     def backed_up(cls, seed):
-        """The path of the list, the data, and the items as (kind, name, what salvage writes, start, end)."""
+        """Makes a backup. Returns the path of the list, the data, and the items as (kind, name, content of the salvaged
+        file, start, end)."""
         source = random.Random(seed)
         device, card, out = cls.home / f"device{seed}", cls.home / f"card{seed}", cls.home / f"out{seed}"
 
@@ -92,7 +95,8 @@ class RuinedSetTest(SalvageTest):
         return path, path.with_suffix(".QDT").read_bytes(), items
 
     def check(self, data, items, bad=(), *more):
-        """Salvages the data file, of which the pages `bad` were overwritten, and compares what can be compared."""
+        """Salvages the data file, whose pages `bad` were overwritten, and compares everything that was salvaged for
+        certain."""
         out, found = self.salvage(self.file("ruined.QDT", bytes(data)), *more)
         at = {item["offset"]: item for item in found["items"] if item["state"] != "lost"}
         stored = {(KINDS[kind], raw) for kind, _, raw, _, _ in items}
@@ -163,7 +167,7 @@ class RuinedSetTest(SalvageTest):
                 for each in (new.with_suffix(".QLT"), new.with_suffix(".QDT")):
                     each.unlink()
                 shutil.rmtree(out)
-        self.assertGreater(wrong, 0)  # what is unproven can be wrong
+        self.assertGreater(wrong, 0)  # unproven items can be wrong, and some must be
 
     def test_two_joined_data_files_give_the_items_of_both_and_take_the_names_of_either_list(self):
         (first, data, items), (second, more_data, more_items) = self.sets
@@ -188,7 +192,7 @@ class RuinedSetTest(SalvageTest):
 
 
 class DamagedStreamTest(SalvageTest):
-    """Single streams, of which the damage is known to the byte."""
+    """Single streams whose damage is known to the byte."""
 
     def found(self, made, *more):
         return self.salvage(self.file("ruined.QDT", made.data if isinstance(made, Set) else made), *more)
@@ -196,7 +200,7 @@ class DamagedStreamTest(SalvageTest):
     def states(self, found):
         return [(item["state"], item["kind"], item["target"], item["unpackedBytes"], item["soundBytes"]) for item in found["items"]]
 
-    def test_a_damaged_block_in_the_middle_is_filled_and_lost_lengths_make_pieces(self):
+    def test_a_damaged_block_is_filled_and_a_damaged_length_splits_the_item_in_pieces(self):
         raw = random.Random(3).randbytes(4 * RAW_BLOCK + 99)
         stream = pack_stream(raw)
         second = len(MAGIC) + 4 + int.from_bytes(stream[5:9], "little")  # where the second block begins
@@ -269,7 +273,7 @@ class DamagedStreamTest(SalvageTest):
         old.listed += entry_bytes(DATABASE, "c", start, len(made.add(DATABASE, "c").data))
         out, found = self.found(made, "--list", old.write(self.folder / "old"), "--set", self.folder / "copy")
         self.assertEqual([(item["target"], bool(item["notInSet"])) for item in found["items"]][2:],
-                         [("\\recovered-0003.jsonl", True), ("\\c.jsonl", False)])  # not the copy that comes first
+                         [("\\recovered-0003.jsonl", True), ("\\c.jsonl", False)])  # the second copy gets the name
         hostile = Set()
         for name in ("\\..\\..\\escaped", "\\recovered.txt", "\\a", "\\a\\b", "\\a", "no backslash"):
             hostile.add(FILE, name, name.encode())
@@ -350,7 +354,8 @@ class SalvageTroubleTest(SalvageTest):
         raw, end, lacks = random.Random(2).randbytes(1_500_000), 1 << 20, 0
         data = Set().add(FILE, "\\a", raw).add(DATABASE, "Tasks").add(FILE, "\\b", b"last").write(self.folder / "long").with_suffix(".QDT")
         middle = []
-        for nth in range(1, 16):  # the first reads are those of the start. The host is asked three times for a page.
+        # The first reads are those at the program's start. The program tries to read a page three times.
+        for nth in range(1, 16):
             out, new = self.output_folder(), self.folder / f"new{nth}"
             done = traced([BIN / "quillbox-set", "salvage", data, "--into", out, "--json", "--set", new, "--unproven"],
                           "pread64", f"pread64:error=EIO:when={nth}..{nth + 2}")

@@ -1,5 +1,5 @@
-// The filter dialog from the program's own template. Cancel restores what the first opening in a process showed, so
-// every test opens the dialog with the default options first.
+// The filter dialog from the program's own template. Cancel restores the options that the first opening of the dialog
+// in the process showed. So every test first opens the dialog with the default options.
 #include "controls/date_display.h"
 #include "controls/list_display.h"
 #include "dialogs.h"
@@ -79,7 +79,7 @@ protected:
             all += row.text + u" ";
         return all;
     }
-    // As the options have them, each ended by a blank.
+    // Returns the extensions in the options, with a blank after each.
     static std::u16string extensions()
     {
         const std::u16string_view field(gOptions.extensions, ExtensionsChars);
@@ -169,7 +169,7 @@ TEST_F(FilterDialogTest, DateFollowsThePickerAndStaysUnsetUntilItIsTouched)
     EXPECT_EQ(newerThan(), "never");
     chooseDate(2020, 2, 29);
     EXPECT_EQ(newerThan(), "2020-2-29");
-    for (const int id : {NewerThan, ExtensionFilter}) {  // neither touches the date
+    for (const int id : {NewerThan, ExtensionFilter}) {  // neither changes the date
         press(id);
         EXPECT_EQ(shownDate(), "2020-2-29");
     }
@@ -180,11 +180,11 @@ TEST_F(FilterDialogTest, DateFollowsThePickerAndStaysUnsetUntilItIsTouched)
     EXPECT_EQ(shownDate(), "2025-12-24");
     EXPECT_FALSE(isChecked(NewerThan));
     gOptions.newerThan = {};
-    command(IDOK);  // stores the date even with the filter off
+    command(IDOK);  // OK stores the date even if the filter is off
     EXPECT_EQ(newerThan(), "2025-12-24");
 }
 
-TEST_F(FilterDialogTest, CancelRestoresTheFilterOfTheFirstOpeningTheListOfThisOneAndNothingElse)
+TEST_F(FilterDialogTest, CancelRestoresTheExtensionsOfThisOpeningButTheOtherFilterOptionsOfTheFirst)
 {
     press(Hidden);
     press(ExtensionFilter);

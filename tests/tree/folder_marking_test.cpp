@@ -9,7 +9,7 @@ namespace {
 
 class FolderMarkingTest : public TreeTest {};
 
-TEST_F(FolderMarkingTest, EverythingBelowIsMarkedListedOrNot)
+TEST_F(FolderMarkingTest, EveryMarkableFileBelowAFolderIsMarkedWhetherListedOrNot)
 {
     write({"A/a", "A/B/b", "A/B/C/c", "A/rom", "Ax", "other/o"});
     setAttributes("A/rom", "0x40");
@@ -28,16 +28,16 @@ TEST_F(FolderMarkingTest, EverythingBelowIsMarkedListedOrNot)
     EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 a:6:0 rom:8:0");
 }
 
-TEST_F(FolderMarkingTest, OnlyAFolderIsMarkedThisWay)
+TEST_F(FolderMarkingTest, MarkFolderDoesNothingUnlessAFolderIsSelected)
 {
     write({"a"});
-    EXPECT_EQ(MarkFolder(1), 0U);  // nothing selected
+    EXPECT_EQ(MarkFolder(1), 0U);  // nothing is selected
     open("Files");
     for (const char* each : {"Files", "Databases", "Registry", "Files\\a"}) {
         click(each);
         EXPECT_EQ(MarkFolder(0), 0U) << each;
     }
-    EXPECT_EQ(markedFiles(), "\\a");  // by the click
+    EXPECT_EQ(markedFiles(), "\\a");  // marked by the click
 }
 
 TEST_F(FolderMarkingTest, FoldersAboveKeepTheirTickUntilTheyAreListedAgain)
@@ -60,17 +60,17 @@ TEST_F(FolderMarkingTest, FoldersAboveKeepTheirTickUntilTheyAreListedAgain)
     EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 empty:9:0");
 }
 
-TEST_F(FolderMarkingTest, UnmarkingTakesMoreFromListedChildrenThanTheyCount)
+TEST_F(FolderMarkingTest, UnmarkingAFolderClearsListedChildrenThatCountFewerMarksThanItSubtracts)
 {
     write({"A/B/x", "A/B/y", "A/B/z", "A/a"});
     open("Files\\A\\B");
     click("Files\\A\\B\\x");
     click("Files\\A");
-    MarkFolder(0);  // takes 3 from B, which counts 1, and 1 from a, which counts 0
+    MarkFolder(0);  // subtracts 3 from the count 1 of B, and 1 from the count 0 of a
     EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 x:6:0 y:6:0 z:6:0 a:6:0");
 }
 
-TEST_F(FolderMarkingTest, AttributesKeepAFileFromBeingMarkedAndExtensionsDont)
+TEST_F(FolderMarkingTest, UnmarkingAFolderSkipsFilesHiddenByAttributeAndMarkingIncludesOtherExtensions)
 {
     write({"A/a.txt", "A/b.doc", "A/s.txt", "A/B/c.doc"});
     setAttributes("A/s.txt", "0x4");
@@ -81,9 +81,9 @@ TEST_F(FolderMarkingTest, AttributesKeepAFileFromBeingMarkedAndExtensionsDont)
     MarkFolder(1);
     const std::string all = "\\A\\B\\c.doc \\A\\a.txt \\A\\b.doc \\A\\s.txt";
     EXPECT_EQ(markedFiles(), all);
-    EXPECT_EQ(marks("Files\\A"), "A:10:7");  // five entries, and once more the two with the extension
+    EXPECT_EQ(marks("Files\\A"), "A:10:7");  // counts the five entries, and the two with the extension once more
     gOptions.hideByAttribute = 1;
-    MarkFolder(0);  // what is hidden keeps its mark
+    MarkFolder(0);  // hidden files keep their marks
     EXPECT_EQ(markedFiles(), "\\A\\s.txt");
     MarkFolder(1);
     EXPECT_EQ(markedFiles(), all);

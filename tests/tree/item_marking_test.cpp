@@ -21,9 +21,9 @@ TEST_F(ItemMarkingTest, OneClickIsOneToggleWhateverIsSelected)
     EXPECT_EQ(marks("Files"), "Files:2:0 a:6:0 ab:7:1");
     click("Files\\a");
     EXPECT_EQ(markedFiles(), "\\a \\ab");
-    click("Files\\ab");  // marked, and not selected
+    click("Files\\ab");  // it was marked but not selected
     click("Files\\a");
-    click("Files\\a");  // selected already
+    click("Files\\a");  // it was already selected
     EXPECT_EQ(markedFiles(), "\\a");
     EXPECT_EQ(marks("Files"), "Files:2:0 a:7:1 ab:6:0");
 
@@ -35,7 +35,7 @@ TEST_F(ItemMarkingTest, OneClickIsOneToggleWhateverIsSelected)
     EXPECT_EQ(marks("Files"), "Files:2:0 a:6:0 ab:6:0");
 }
 
-TEST_F(ItemMarkingTest, ClickOnTheIconMarksLikeOneOnTheLabelAndOneBesideThemOnlyTheSelectedItem)
+TEST_F(ItemMarkingTest, ClickOnTheIconTogglesAnItemAndAClickBesideIconAndLabelOnlyIfItIsSelected)
 {
     write({"a", "F/b"});
     open("Files\\F");
@@ -43,19 +43,19 @@ TEST_F(ItemMarkingTest, ClickOnTheIconMarksLikeOneOnTheLabelAndOneBesideThemOnly
     click("Files\\F\\b", TreePart::Icon);
     EXPECT_EQ(markedFiles(), "\\F\\b \\a");
     for (const TreePart part : {TreePart::Right, TreePart::Indent}) {
-        click("Files\\a", part);  // the other one stays selected
+        click("Files\\a", part);  // b stays selected
         EXPECT_EQ(selected(), "b");
         EXPECT_EQ(markedFiles(), "\\F\\b \\a");
         click("Files\\F\\b", part);
         EXPECT_EQ(markedFiles(), "\\a");
         click("Files\\F\\b", part);
     }
-    clickButton("Files\\F");  // collapsing it selects it
+    clickButton("Files\\F");  // the collapse selects F
     EXPECT_EQ(selected(), "F");
     EXPECT_EQ(markedFiles(), "\\F\\b \\a");
 }
 
-TEST_F(ItemMarkingTest, FoldersAboveCountTheirFiles)
+TEST_F(ItemMarkingTest, FoldersAboveCountMarkedFilesAndCountOneAfterTheyAreListedAgain)
 {
     write({"A/B/one", "A/B/two"});
     open("Files\\A\\B");
@@ -69,7 +69,7 @@ TEST_F(ItemMarkingTest, FoldersAboveCountTheirFiles)
 
     click("Files\\A\\B\\one");
     click("Files\\A\\B\\two");
-    listAgain("Files\\A\\B");  // a folder that is listed again counts 1, however many marks lie below it
+    listAgain("Files\\A\\B");  // a folder that is listed again counts 1, whatever the number of marks below it
     EXPECT_EQ(marks("Files\\A"), "A:10:1 B:10:1 one:7:1 two:7:1");
     click("Files\\A\\B\\one");
     EXPECT_EQ(marks("Files\\A"), "A:9:0 B:9:0 one:6:0 two:7:1");
@@ -83,7 +83,7 @@ TEST_F(ItemMarkingTest, CollapsingKeepsMarksAndTogglesNothing)
     write({"A/a", "A/b"});
     open("Files\\A");
     click("Files\\A\\b");
-    clickButton("Files\\A");  // its files leave the tree, the selected one too
+    clickButton("Files\\A");  // its files leave the tree, including the selected one
     EXPECT_EQ(markedFiles(), "\\A\\b");
     EXPECT_EQ(selected(), "A");
     EXPECT_EQ(marks("Files\\A"), "A:10:1");
@@ -116,7 +116,7 @@ TEST_F(ItemMarkingTest, DatabasesAndTheRegistryAreMarkedInTheirOwnLists)
     UpdateRootImages();
     EXPECT_EQ(marks("Databases"), "Databases:1:0 Contacts:12:1 Tasks:12:1 appointments:11:0");
     RenewLists();
-    click("Databases\\Contacts");  // its image is out of date: the click adds it to the list
+    click("Databases\\Contacts");  // its image still shows the old mark, but the click adds it to the new list
     EXPECT_EQ(marks("Databases\\Contacts"), "Contacts:12:2");
     EXPECT_EQ(gDatabaseList->Count(), 1U);
     click("Databases\\Contacts");
@@ -132,10 +132,10 @@ TEST_F(ItemMarkingTest, DatabasesAndTheRegistryAreMarkedInTheirOwnLists)
     }
 }
 
-// A mark count wraps at 65,536. Each operation has its own limit, above which it treats a count as negative.
+// A mark count wraps at 65,536. Each operation treats counts above a limit of its own as negative.
 using MarkCountTest = TreeTest;
 
-TEST_F(MarkCountTest, FileThatLosesItsMarkTakesOneFromEachFolder)
+TEST_F(MarkCountTest, FileThatLosesItsMarkSubtractsOneFromTheCountOfEachFolderAbove)
 {
     write({"A/B/f"});
     open("Files\\A\\B");
@@ -147,14 +147,14 @@ TEST_F(MarkCountTest, FileThatLosesItsMarkTakesOneFromEachFolder)
     EXPECT_EQ(marks("Files\\A"), "A:9:0 B:10:65530 f:7:65530");
 
     setCount("Files\\A\\B", 65535);
-    click("Files\\A\\B\\f");  // counting up, it wraps to 0 and still shows its tick
+    click("Files\\A\\B\\f");  // the count of B wraps up to 0, but B still shows its tick
     EXPECT_EQ(marks("Files\\A\\B"), "B:10:0 f:7:65531");
     setCount("Files\\A\\B\\f", 65532);
     click("Files\\A\\B\\f");
     EXPECT_EQ(marks("Files\\A\\B\\f"), "f:6:0");
 }
 
-TEST_F(MarkCountTest, DatabaseThatLosesItsMarkIsClearedBelowZero)
+TEST_F(MarkCountTest, DatabaseThatLosesItsMarkIsClearedIfItsCountIsBelowZero)
 {
     ASSERT_NE(CeCreateDatabase(u"Tasks", 0, 0, nullptr), 0U);
     open("Databases");
@@ -167,7 +167,7 @@ TEST_F(MarkCountTest, DatabaseThatLosesItsMarkIsClearedBelowZero)
     }
 }
 
-TEST_F(MarkCountTest, RefreshClearsWhatIsBelowZero)
+TEST_F(MarkCountTest, RefreshClearsItemsWhoseCountIsBelowZero)
 {
     write({"A/f", "A/g"});
     open("Files\\A");
@@ -181,14 +181,14 @@ TEST_F(MarkCountTest, RefreshClearsWhatIsBelowZero)
     EXPECT_EQ(marks("Files\\A"), "A:9:0 f:7:65530 g:6:0");
 }
 
-TEST_F(MarkCountTest, UnmarkedFolderTakesFromItsListedChildrenAndClearsTheFoldersAbove)
+TEST_F(MarkCountTest, UnmarkingAFolderSubtractsFromListedChildrenAndClearsFoldersAboveThatAreBelowZero)
 {
     write({"P/Q/A/f", "P/Q/A/g", "P/Q/A/M/x", "P/Q/A/N/x"});
     open("Files\\P\\Q\\A");
     click("Files\\P\\Q\\A");
     setCount("Files\\P\\Q\\A\\f", 65281);
     setCount("Files\\P\\Q\\A\\g", 65282);
-    setCount("Files\\P\\Q\\A\\M", 65281);  // collapsed, so it counts as one
+    setCount("Files\\P\\Q\\A\\M", 65281);  // M is collapsed, so its content counts as one
     setCount("Files\\P\\Q\\A\\N", 65282);
     setCount("Files\\P\\Q\\A", 5);
     setCount("Files\\P\\Q", 65520);

@@ -23,7 +23,7 @@ protected:
     MainWindowTest()
     {
         EXPECT_TRUE(platform::resource::setResources(quillbox::embeddedResources()));
-        // The program makes its own.
+        // The program makes its own lists.
         delete std::exchange(gFileList, nullptr);
         delete std::exchange(gDatabaseList, nullptr);
         program = std::async(std::launch::async, [] { return WinMain(nullptr, nullptr, nullptr, 0); });
@@ -75,7 +75,7 @@ TEST_F(MainWindowTest, BandsRefuseWhatTheyCannotShow)
     EXPECT_FALSE(postCommand(window, 599));
 }
 
-TEST_F(MainWindowTest, SecondStartBringsTheFirstWindowToTheFrontAndTouchesNothing)
+TEST_F(MainWindowTest, SecondCallOfWinMainReturnsAndKeepsTheWindowTheTreeAndTheFileList)
 {
     const ItemList* const files = gFileList;
     const HWND tree = gTreeView;

@@ -10,7 +10,7 @@ using testing::UnorderedElementsAre;
 
 class TreeListingTest : public TreeTest {};
 
-TEST_F(TreeListingTest, FoldersStandAboveFilesWithAButtonForWhatTheyHold)
+TEST_F(TreeListingTest, FoldersAreListedBeforeFilesAndHaveAButtonIfTheyAreNotEmpty)
 {
     write({"empty/", "full/x", "file"});
     open("Files");
@@ -33,7 +33,7 @@ TEST_F(TreeListingTest, WaitCursorIsShownWhileALevelIsListed)
     CursorCounter cursor;
     platform::window::setDisplay(&cursor);
     open("Files");
-    EXPECT_EQ(cursor.changes, 2);  // it came and went
+    EXPECT_EQ(cursor.changes, 2);  // the wait cursor was set and removed
     EXPECT_FALSE(platform::window::showsWaitCursor());
     clickButton("Files");
     EXPECT_EQ(cursor.changes, 2);
@@ -59,12 +59,12 @@ TEST_F(TreeListingTest, RomFilesAreShownAndNeverMarked)
     click("Files\\rom");
     EXPECT_EQ(marks("Files"), "Files:2:0 rom:8:0");
     EXPECT_EQ(markedFiles(), "");
-    gOptions.showRomFiles = 0;  // no control of the program sets it, but a stored record can
+    gOptions.showRomFiles = 0;  // no control of the program sets this option, but a stored record of options can
     listAgain();
     EXPECT_THAT(listed("Files"), IsEmpty());
 }
 
-TEST_F(TreeListingTest, ExtensionFilterListsFoldersWithSomethingToShow)
+TEST_F(TreeListingTest, ExtensionFilterHidesOtherFilesAndListsEveryFolder)
 {
     write({"a.txt", "b.TXT", "c.doc", "only/d.doc", "deep/sub/e.bin", "named.txt/"});
     useFilter(u"txt,h");
@@ -72,7 +72,7 @@ TEST_F(TreeListingTest, ExtensionFilterListsFoldersWithSomethingToShow)
     EXPECT_THAT(listed("Files"), UnorderedElementsAre("a.txt", "b.TXT", "deep", "named.txt", "named.txt", "only"));
     EXPECT_FALSE(hasButton("Files\\only"));
     EXPECT_TRUE(hasButton("Files\\deep"));
-    // What isn't an extension finds no files. Folders stay.
+    // Text that isn't an extension matches no files. Folders are still listed.
     for (const WCHAR* typed : {u"", u"\\", u"..\\", u"/", u".", u" ", u"only\\*"}) {
         gOptions.extensions[0] = 0;
         useFilter(typed);
@@ -97,7 +97,7 @@ TEST_F(TreeListingTest, AttributesAndDateHideFilesAndNoFolders)
     useDate(2000);
     listAgain();
     EXPECT_THAT(listed("Files"), UnorderedElementsAre("F", "exact", "new", "system"));
-    EXPECT_TRUE(hasButton("Files\\F"));  // though all its files are hidden
+    EXPECT_TRUE(hasButton("Files\\F"));  // although all its files are hidden
     open("Files\\F");
     EXPECT_THAT(listed("Files\\F"), IsEmpty());
 }

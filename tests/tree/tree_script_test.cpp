@@ -1,4 +1,4 @@
-// The whole program without a screen: its tree as a script uses it.
+// The whole program without a screen: a script uses its tree.
 #include "tree_fixture.h"
 
 #include "headless/script_run.h"
@@ -23,7 +23,7 @@ protected:
 
     int run(const std::string& text, std::chrono::milliseconds timeout = std::chrono::minutes(5))
     {
-        // The program makes its own.
+        // The program makes its own lists.
         delete std::exchange(gFileList, nullptr);
         delete std::exchange(gDatabaseList, nullptr);
         std::istringstream script(text);
@@ -43,7 +43,7 @@ protected:
     std::ostringstream transcript;
 };
 
-TEST_F(TreeScriptTest, MarksWithMouseAndKeyboardAndSeesEachImage)
+TEST_F(TreeScriptTest, ScriptMarksWithMouseAndKeyboardAndSeesTheImageOfEachItem)
 {
     write({"Docs/a.txt"});
     EXPECT_EQ(run(R"(
@@ -124,7 +124,7 @@ TEST_F(TreeScriptTest, DialogGetsWhatTheScriptTypesChecksAndSelects)
                                                     "File:.a\nFile:.b\n"));
 }
 
-// Each progress window goes on a thread of its own, so the place of its last line isn't fixed.
+// Each progress window is destroyed on a thread of its own. So the position of its last line in the transcript varies.
 const std::regex EndOfProgress("gone progress.*\n");
 
 TEST_F(TreeScriptTest, TranscriptHasEveryWindowTextAndAnswerInOrder)

@@ -59,7 +59,7 @@ protected:
         });
         dialog = user.window(u"Test");
     }
-    // Runs one on this thread.
+    // Runs a modal dialog on this thread.
     static INT_PTR run(const std::vector<TestControl>& controls, HWND owner)
     {
         return DialogBoxIndirectParamW(nullptr, makeTemplate(u"Test", controls), owner, dialogProc, 0);
@@ -88,7 +88,7 @@ protected:
     }
     struct Move {
         WORD key;
-        int id;  // has the focus then
+        int id;  // the control with the focus after the key
         bool shift = false;
     };
     void keysMoveTheFocus(const std::vector<Move>& moves)
@@ -124,11 +124,11 @@ TEST_F(DialogTest, OwnerIsDisabledWhileTheDialogIsOpenAndGetsTheFocusBack)
     EXPECT_EQ(focusAfter, owner);
 }
 
-TEST_F(DialogTest, FocusReachesEachControlThatTakesTheKeyboardAndIsAnnouncedForBoth)
+TEST_F(DialogTest, FocusReachesEachEnabledControlAndItsChangeIsAnnouncedForBothControls)
 {
     open();
     EXPECT_TRUE(focused(10));
-    // A label's letter moves the focus to the control after the label.
+    // The letter of a label moves the focus to the next control.
     keysMoveTheFocus({{VK_TAB, 11}, {VK_TAB, 13}, {VK_TAB, 10}, {VK_TAB, 13, true}, {u'L', 10}, {VK_TAB, 11}});
     (void)user.takeFocusChanges();
     keysMoveTheFocus({{VK_TAB, 13}});
@@ -175,7 +175,7 @@ TEST_F(DialogTest, DefaultButtonIsPressedFromAnEditUnlessItIsDisabled)
     EXPECT_EQ(pressOk(), IDOK);
 }
 
-TEST_F(DialogTest, EnterInAMultiLineEditIsOkWithCtrlOrIfTheTextIsReadOnly)
+TEST_F(DialogTest, EnterInAMultiLineEditPressesOkWithCtrlOrIfTheTextIsReadOnly)
 {
     for (const bool readOnly : {false, true}) {
         open({{u"EDIT", u"", 10, WS_TABSTOP | ES_MULTILINE | ES_WANTRETURN | (readOnly ? ES_READONLY : 0)}});
@@ -189,7 +189,7 @@ TEST_F(DialogTest, DisablingTheFocusedControlMovesTheFocusOn)
     seen.onInit = [](HWND dialog) {
         SetFocus(GetDlgItem(dialog, 11));
         EnableWindow(GetDlgItem(dialog, 11), FALSE);
-        SetFocus(GetDlgItem(dialog, 12));  // disabled, so it can't have the focus
+        SetFocus(GetDlgItem(dialog, 12));  // it is disabled, so it can't get the focus
     };
     seen.initResult = 0;
     open();
@@ -209,7 +209,7 @@ TEST_F(DialogTest, ArrowsMoveAndCheckInTheGroupAndTabFindsTheCheckedButton)
           {u"BUTTON", u"Frame", -1, BS_GROUPBOX},
           {u"BUTTON", u"Next", 24, WS_GROUP | WS_TABSTOP}});
     EXPECT_TRUE(focused(20));
-    // Down skips the disabled button and the frame, and goes on at the top of the group.
+    // Down skips the disabled button and the frame, and continues at the top of the group.
     keysMoveTheFocus({{VK_TAB, 22}, {VK_DOWN, 21}});
     EXPECT_EQ(stateOf(control(21)).check, 1);
     EXPECT_EQ(stateOf(control(22)).check, 0);
@@ -230,7 +230,7 @@ TEST_F(DialogTest, DialogThatEndsWhileItIsInitializedIsNeverShown)
     EXPECT_FALSE(IsWindow(seen.dialog));
     EXPECT_TRUE(IsWindowEnabled(main));
     MSG message = {};
-    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);  // the loop outside receives it, too
+    EXPECT_EQ(GetMessageW(&message, nullptr, 0, 0), 0);  // the outer loop receives WM_QUIT, too
     EXPECT_EQ(message.wParam, 4U);
     DestroyWindow(main);
 }
@@ -254,7 +254,7 @@ TEST_F(DialogTest, MessageBoxReturnsTheButtonPressedAndIsClosedOnlyIfThatIsAnAns
     const auto key = [this](WORD virtualKey) -> Action { return [=, this](HWND box) { user.key(box, virtualKey); }; };
     const Action close = [](HWND box) { ASSERT_TRUE(postClose(box)); };
     const Action refuse = [](HWND box) { ASSERT_TRUE(postRefusal(box)); };
-    // Neither the close box nor Esc answers.
+    // Neither the close box nor Esc answers this box.
     const Action mustChoose = [this](HWND box) {
         EXPECT_FALSE(postClose(box));
         SendMessageW(box, WM_CLOSE, 0, 0);

@@ -8,7 +8,7 @@ namespace {
 using namespace platform::window;
 using namespace platform::window::test;
 
-// Writes down what the tree notifies its parent of: "changed a>b mouse".
+// Records the notifications of the tree to its parent: "changed a>b mouse".
 class TreeViewTest : public TreeControlTest {
 protected:
     TreeViewTest() : TreeControlTest(u"TreeParent", procedure) { running = this; }
@@ -43,7 +43,7 @@ protected:
         SendMessageW(tree, message, reinterpret_cast<WPARAM>(item), static_cast<LPARAM>(part));
     }
     std::string selected() const { return name(get(TVGN_CARET)); }
-    // What is selected after each key, and after each letter.
+    // Returns the selected items after each key or letter.
     std::string press(const std::vector<WORD>& keys, UINT message = WM_KEYDOWN) const
     {
         std::string visited;
@@ -79,14 +79,14 @@ private:
         const auto& change = *reinterpret_cast<const NMTREEVIEWW*>(lParam);
         const std::string line = running->describe(change);
         running->lines += (line.empty() || running->lines.empty() ? "" : ", ") + line;
-        const auto current = running->answer;  // a copy, since it may replace itself
+        const auto current = running->answer;  // a copy, because the call may replace `answer`
         return current(change);
     }
 
     std::string describe(const NMTREEVIEWW& change) const
     {
         const char* const causes[] = {"", " mouse", " key"};
-        // A click is notified with the header alone.
+        // The notification of a click has only the header.
         const auto direction = [&] { return change.action == TVE_COLLAPSE ? " shut" : " open"; };
         const auto selection = [&] { return name(change.itemOld.hItem) + ">" + name(change.itemNew.hItem); };
         switch (change.hdr.code) {
@@ -142,7 +142,7 @@ TEST_F(TreeViewTest, ClickIsNotifiedBeforeTheSelectionMoves)
     EXPECT_EQ(selected(), "b");
 
     answer = [](const NMTREEVIEWW&) { return 0; };
-    click(a, TreePart::Label, InputDoubleClick);  // the first click of the two was on b
+    click(a, TreePart::Label, InputDoubleClick);  // the first of the two clicks was on b
     EXPECT_EQ(notified(), "click a, changing b>a, changed b>a mouse, double click");
 }
 
@@ -164,7 +164,7 @@ TEST_F(TreeViewTest, PointOfAClickFindsTheItemHoweverFarItIsScrolledOrIndented)
     }
     click(item, TreePart::Button);
     EXPECT_EQ(flags, TVHT_ONITEMBUTTON);
-    click(deep);  // hidden below a collapsed item, so the user can't have clicked it
+    click(deep);  // the item is hidden below a collapsed one, so this can't be a user's click
     EXPECT_EQ(underPointer(), item);
     for (const auto& [point, outside] :
          {std::pair{POINT{3, -1}, TVHT_ABOVE}, {POINT{-1, 500}, TVHT_BELOW | TVHT_TOLEFT}}) {
@@ -193,14 +193,14 @@ TEST_F(TreeViewTest, EachExpansionByTheUserIsNotified)
     click(a, TreePart::Button, InputDoubleClick);
     EXPECT_EQ(notified(), "click a, expanding a open, expanded a open, double click");
 
-    click(empty, TreePart::Button);  // no child was added, so it stays collapsed
+    click(empty, TreePart::Button);  // no child was added, so the item stays collapsed
     EXPECT_EQ(notified(), "click e, expanding e open");
     EXPECT_FALSE(isExpanded(empty));
     answer = [](const NMTREEVIEWW& change) { return change.hdr.code == TVN_ITEMEXPANDINGW ? 1 : 0; };
     click(a, TreePart::Button);
     EXPECT_TRUE(isExpanded(a));
 
-    // The selection leaves a collapsing item, and the parent can't refuse that.
+    // When an item is collapsed, the selection moves from its child to the item. The parent can't refuse this.
     select(get(TVGN_CHILD, a));
     answer = [](const NMTREEVIEWW& change) { return change.hdr.code == TVN_SELCHANGINGW ? 1 : 0; };
     click(a, TreePart::Button);
@@ -231,10 +231,10 @@ TEST_F(TreeViewTest, ExpansionByTheProgramIsNotifiedOnceUntilReset)
     EXPECT_EQ(state(a), TVIS_SELECTED);
     EXPECT_EQ(children(a), "");
 
-    send(TVM_EXPAND, TVE_EXPAND, a);  // its button stayed, and the parent is notified again
+    send(TVM_EXPAND, TVE_EXPAND, a);  // the item has kept its button, and the parent is notified again
     EXPECT_EQ(notified(), "expanding a open");
 
-    // The user has expanded it before and it has no child now, so the toggle fails without a notification.
+    // The user has expanded the item before, and it has no child now. So the toggle fails without a notification.
     b = add(a, u"b");
     click(a, TreePart::Button);
     click(a, TreePart::Button);
@@ -266,7 +266,7 @@ TEST_F(TreeViewTest, SelectionOfADeletedItemMovesToANeighbour)
     EXPECT_EQ(send(TVM_GETCOUNT), 0);
     EXPECT_EQ(get(TVGN_CARET), nullptr);
     add(nullptr, u"first");
-    SetFocus(tree);  // selects an item if none is selected
+    SetFocus(tree);  // the focus selects an item if none is selected
     EXPECT_EQ(selected(), "first");
 }
 
@@ -355,7 +355,7 @@ TEST_F(TreeViewTest, KeysReachEveryItem)
     EXPECT_EQ(selected(), "a");
 }
 
-TEST_F(TreeViewTest, TypedLettersSelectUntilAnotherKeyAndABlankThatFindsNothingClicks)
+TEST_F(TreeViewTest, TypedTextSelectsUntilAnotherKeyIsPressedAndABlankWithoutAMatchIsAClick)
 {
     for (const WCHAR* each : {u"b1", u"c", u"b2", u"bb", u"a b"})
         add(nullptr, each);
@@ -382,7 +382,8 @@ TEST_F(TreeViewTest, ItemsAreInsertedAtTheRequestedPosition)
     remove(c);
     add(nullptr, u"C", TVI_SORT);
     EXPECT_EQ(children(nullptr), "ABCde");
-    add(nullptr, u"z", TVI_FIRST);  // unsorted from here on: TVI_SORT inserts before the first greater item
+    // The items are unsorted from here on. TVI_SORT inserts before the first greater item.
+    add(nullptr, u"z", TVI_FIRST);
     HTREEITEM y = add(nullptr, u"y", TVI_LAST);
     add(nullptr, u"c", TVI_SORT);
     EXPECT_EQ(children(nullptr), "czABCdey");
