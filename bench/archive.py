@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures the commands on many sets against the tools that a user could take instead.
+"""Measures the commands on many sets against the tools that a user could use instead.
 
     bench/archive.py                     all, medians of five rounds
     bench/archive.py find diff --rounds 3 --folder /dev/shm/bench
@@ -10,8 +10,8 @@ diff     two sets, 20,000 files   quillbox-set verify on both
 covered  20,000 files             diff -rq on the device's folder and an extracted copy
 salvage  500 MB without the list  quillbox-set verify on the set
 
-Each command and its peer run in turn. The figures are medians, and the ratios those of the medians. The script needs some
-1.5 GB in the folder, which is a tmpfs by default.
+The command on the right is the peer. Each command and its peer run in turn. The figures are medians, and the ratios are
+those of the medians. The script needs some 1.5 GB in the folder, which is a tmpfs by default.
 """
 import argparse
 import os
@@ -32,15 +32,15 @@ AIMS = {"verify": 0.8, "find": 2.0, "diff": 1.2, "covered": 1.5, "salvage": 2.0}
 
 
 def backed_up(base, make):
-    """A device with the files, and the path of the set that holds it all."""
+    """Makes a device with the files and backs it up. Returns the device, and the path of the set's list."""
     device, card = base / "device", base / "device/cards/Card"
     (device / "object-store").mkdir(parents=True)
     card.mkdir(parents=True)
     make(device / "object-store")
     script = BACKUP_SCRIPT.replace("check 1005\n", "check 1005\ncheck 1007\n")
-    for text in ("idle\n", script):  # the first end of the program puts its settings into the registry
+    for text in ("idle\n", script):  # when the program ends for the first time, it writes its settings to the registry
         Run([QUILLBOX, "--device", device, "--timeout", "0", "--script", "-"], text)
-    folder = base / "sets"  # not on the device, which one may erase
+    folder = base / "sets"  # not on the device, because some measurements delete it
     shutil.move(card / "QUILBOX", folder)
     return device, folder / "QLBX0001.QLT"
 
@@ -65,7 +65,7 @@ def made_find(base):
     for number in range(2, SETS + 1):
         shutil.copy(path, folder / f"QLBX{number:04d}.QLT")
         os.link(path.with_suffix(".QDT"), folder / f"QLBX{number:04d}.QDT")
-    # As bytes of UTF-16, which the list files hold.
+    # The list files contain UTF-16, so grep searches for its bytes.
     pattern = "".join(f"{c}\\x00" for c in "note 01234")
     return ([SET_TOOL, "find", "note 01234*", folder],
             ["bash", "-c", f"LC_ALL=C grep -a -c -P '{pattern}' {folder}/*.QLT"])
@@ -100,7 +100,7 @@ def made_salvage(base):
 
 MADE = {"verify": made_verify, "verify sealed": made_sealed, "find": made_find, "diff": made_diff, "covered": made_covered,
         "salvage": made_salvage}
-CODES = {"diff": 1, "salvage": 1}  # the sets differ; random bytes are unproven
+CODES = {"diff": 1, "salvage": 1}  # diff: the sets differ. salvage: the file of random bytes is unproven.
 
 
 def seconds(command, code=0):

@@ -4,9 +4,9 @@
     bench/commands.py                    documents, small and large files, medians of five rounds
     bench/commands.py large --rounds 3 --folder /dev/shm/bench
 
-The script, the command, the command without checksums and the one with --verify run in turn, and each round begins with
-another of them. The corpora are those of compare.py, and as there a disturbed round is repeated. The script reads no
-set back and writes no checksums.
+Four kinds of backup run in turn: the script, the command, the command without checksums, and the command with --verify.
+Each round begins with another kind. The corpora are those of compare.py. As in compare.py, a disturbed round is
+repeated. The script reads no set back and writes no checksums.
 """
 import argparse
 import os
@@ -31,7 +31,7 @@ def back_up(corpus, kind):
 
 
 def measure(corpus, rounds):
-    """The runs of the quietest rounds, by kind."""
+    """Returns the runs of the quietest rounds by kind."""
     def run_one(number):
         turn = number % len(KINDS)
         kinds = list(KINDS)

@@ -3,13 +3,13 @@
 
     bench/compare.py                     the corpora with a peer, medians of five rounds
     bench/compare.py small tiny          only these corpora
-    bench/compare.py growth              whether the time of a file grows with their number
+    bench/compare.py growth              whether the time for a file grows with the number of files
     bench/compare.py --busy small        while another process uses one core
     bench/compare.py --rounds 3 --folder /dev/shm/bench
 
-Quillbox and the peer run in turn, and their order changes from round to round. The figures are medians and the ratios
-of the medians. A round during which other processes used the processors is repeated. The script makes the corpora in
-the folder (a tmpfs by default, some 3 GB). With --keep they stay there.
+Quillbox and the peer run in turn, and their order changes from round to round. The figures are medians, and the ratios
+are those of the medians. A round during which other processes used the processors is repeated. The script makes the
+corpora in the folder (a tmpfs by default, some 3 GB). With --keep they stay there.
 """
 import argparse
 import os
@@ -43,7 +43,7 @@ ok
 idle
 """
 
-# Largest allowed ratio of the time to that of the peer.
+# Largest allowed ratio of Quillbox's time to that of the peer.
 AIMS = {
     ("documents", "backup"): 0.80, ("small", "backup"): 1.00, ("large", "backup"): 0.85,
     ("documents", "restore"): 1.10, ("small", "restore"): 1.20, ("large", "restore"): 0.70,
@@ -52,19 +52,20 @@ BUSY_AIMS = {("documents", "backup"): 1.25, ("small", "backup"): 1.60}
 # Largest allowed microseconds for a file, in memory and on ext4.
 TIME_AIMS = {("tiny", "backup"): 12, ("tiny", "restore"): 16}
 EXT4_TIME_AIMS = {("small", "backup"): 24, ("small", "restore"): 29}
-# The slowest corpus of the growth may take so many times as long for a file as the fastest one.
+# The time for a file in the slowest corpus of the growth may be at most this many times that in the fastest one.
 GROWTH_AIM = 1.10
 MEMORY_AIM_KILOBYTES = 24 * 1024
 MEMORY_AIM_ITEM_BYTES = 120
 SPARSE_MEMORY_AIM_KILOBYTES = 8 * 1024
 
-# A round is repeated if other processes used more of the processors than this share of one, up to REPEATS times in all.
+# A round is repeated if other processes used more than this share of one processor. In all, the script runs at most 1 +
+# REPEATS times the wanted number of rounds.
 QUIET_SHARE = 0.15
 REPEATS = 2
 
 
 def words(source, count):
-    """Text that compresses about as well as prose."""
+    """Returns text that compresses about as well as prose."""
     lexicon = [("".join(source.choice("etaoinshrdlucmfwypvbgkjqxz") for _ in range(source.randint(2, 9))))
                for _ in range(3000)]
     return " ".join(source.choices(lexicon, k=count))
@@ -154,18 +155,19 @@ GROWTH = ("tiny-25000", "tiny-50000", "tiny-100000", "tiny-200000", "flat-200000
 
 
 def busy_seconds():
-    """The processor time of all processes since the machine was started."""
+    """Returns the processor time of all processes since the machine was started."""
     with open("/proc/stat") as file:
         user, nice, system, _, _, irq, softirq, steal = map(int, file.readline().split()[1:9])
     return (user + nice + system + irq + softirq + steal) / os.sysconf("SC_CLK_TCK")
 
 
 class Run:
-    """Wall and processor seconds of one command, its largest resident memory in kilobytes, and how many processors
-    others used meanwhile."""
+    """Runs one command. Measures its wall and processor seconds, its largest resident memory in kilobytes, and how many
+    processors other processes used at the same time."""
 
     def __init__(self, command, stdin=None):
-        # The command is started by a small launcher: otherwise it would inherit the memory maximum of this interpreter.
+        # A small launcher starts the command. Otherwise the command would inherit the memory maximum of this
+        # interpreter.
         reader, writer = os.pipe()
         before = busy_seconds()
         process = subprocess.run([LAUNCHER, str(writer), *command], input=stdin, text=True, pass_fds=[writer])
@@ -217,7 +219,7 @@ class Corpus:
         return Run(["bash", "-c", f"set -o pipefail; lzop -d -c '{self.archive}' | tar -C '{self.untarred}' -xf -"])
 
     def compare(self):
-        """Ends the script unless every name and byte was restored: otherwise the figures mean nothing."""
+        """Ends the script unless every name and byte was restored. If they weren't, the figures would mean nothing."""
         if subprocess.run(["diff", "-r", self.store, self.restored / "object-store"]).returncode != 0:
             sys.exit(f"bench: {self.name}: the restored files differ")
 
@@ -235,8 +237,8 @@ def run_round(corpus, sides):
 
 
 def quietest(name, rounds, run_one, quiet=True):
-    """The quietest rounds. A disturbed one is repeated, unless the disturbance is wanted. run_one(number) returns the runs
-    of a round by their names."""
+    """Runs the rounds and returns the quietest ones. Repeats a disturbed round, unless the disturbance is wanted.
+    run_one(number) runs a round and returns its runs by their names."""
     def others(runs):
         return max(run.others for run in runs.values())
 
@@ -252,7 +254,7 @@ def quietest(name, rounds, run_one, quiet=True):
 
 
 def measure(corpus, rounds, quiet=True):
-    """The medians of the quietest rounds."""
+    """Returns the medians of the quietest rounds."""
     sides = [("quillbox", corpus.quillbox_backup, corpus.quillbox_restore)]
     if corpus.name in WITH_PEER:
         sides.append(("peer", corpus.peer_backup, corpus.peer_restore))
@@ -285,7 +287,7 @@ class Verdict:
         for missed in self.missed:
             print(f"MISSED: {missed}")
         print(f"{len(self.missed)} aims missed" if self.missed else "every aim met")
-        return 3 if self.missed else 0  # 1: it couldn't be measured
+        return 3 if self.missed else 0  # not 1, which means that the measurement failed
 
 
 def report(corpus, result, verdict, aims, time_aims):

@@ -5,8 +5,8 @@
     bench/databases.py --rounds 9 --records 10000
 
 Quillbox and the peer run in turn, and their order changes from round to round. The ratios are those of whole runs,
-including the start of the program. The start alone, a run without actions on the same device, is printed separately.
-The files are in a tmpfs by default.
+including the start of the program. The time of the start alone is printed separately. To measure it, the script runs the
+program on the same device without actions. The files are in a tmpfs by default.
 """
 import argparse
 import json
@@ -22,15 +22,15 @@ from compare import BACKUP_SCRIPT, LAUNCHER, QUILLBOX, RESTORE_SCRIPT, Run, empt
 
 DEVICE_TOOL = QUILLBOX.with_name("quillbox-device")
 ALL_FILES, ALL_DATABASES = "check 1005", "check 1006"
-# Largest allowed ratio of the time to that of the peer.
+# Largest allowed ratio of Quillbox's time to that of the peer.
 AIMS = {"backup": 3.0, "restore": 5.0}
-# Twice the records may take at most this many times as long. More would mean that the time of a record grows with their
-# number.
+# Twice as many records may take at most this many times as long. A larger ratio would mean that the time for a record
+# grows with the number of records.
 TWICE_AIM = 2.2
 
 
 def rows(count):
-    """Rows with a value of each type: three texts, four numbers, a flag, a time, bytes."""
+    """Yields rows with a value of each type: three texts, four numbers, a flag, a time, bytes."""
     source = random.Random(1)
     text = words(source, 50_000).split(" ")
 
@@ -97,7 +97,7 @@ class Corpus:
         return Run(["bash", "-c", f"sqlite3 '{self.loaded}' <'{self.dump}'"])
 
     def compare(self):
-        """Ends the script unless every record was restored: otherwise the figures mean nothing.
+        """Ends the script unless every record was restored. If they weren't, the figures would mean nothing.
 
         A restore reverses the order of the records and sets the flag to 0.
         """

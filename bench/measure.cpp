@@ -6,7 +6,8 @@
 // command doesn't inherit the descriptor.
 //
 // The kernel keeps the memory maximum of a process when the process executes another program. So the process that
-// starts the command must be small: the maximum of a script's interpreter would count as that of the command.
+// starts the command must be small. If a script's interpreter started it, the interpreter's maximum would count as that
+// of the command.
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

@@ -8,10 +8,10 @@ small   cp -r of 20,000 files       quillbox-set extract of the same set
 large   cp -r of 512 MB             the same
 list    ls -lU of 100,000 files     ls -lU of the extracted folder
 tree    ls -lUR of as many, in folders of 50    ls -lUR of the extracted folder
-random  4 KB anywhere in 500 MB     no peer: the time of a read once every block has its place
+random  4 KB anywhere in 500 MB     no peer: the time of a read after all blocks were unpacked once
 
-A copy and a listing begin with a new mount, so the kernel knows nothing. The figures are medians, and the ratios those of the
-medians. The script needs some 3 GB in the folder, which is a tmpfs by default.
+Each copy and each listing begins with a new mount, so the kernel's caches are empty. The figures are medians, and the
+ratios are those of the medians. The script needs some 3 GB in the folder, which is a tmpfs by default.
 """
 import argparse
 import contextlib
@@ -49,7 +49,7 @@ def make_one_folder(folder):
 
 @contextlib.contextmanager
 def mounted(path):
-    """The folder of the set."""
+    """Mounts the set, and yields its folder."""
     folder = path.parent.parent / "shown"
     folder.mkdir(exist_ok=True)
     subprocess.run([MOUNT_TOOL, path, folder], check=True)

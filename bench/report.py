@@ -4,8 +4,8 @@ changes to another set.
 
     bench/report.py [--items 100000] [--sets 2] [--rounds 5]
 
-"open" is from the start of the navigation to the end of the first frame with rows. "search" is the longest time after one letter of a word.
-Medians of the rounds.
+"open" is the time from the start of the navigation to the end of the first frame with rows. "search" is the longest time after
+one letter of a word. The figures are medians of the rounds.
 """
 import argparse
 import pathlib
@@ -40,7 +40,8 @@ return performance.now() - start"""
 
 
 def write_set(folder, number, items):
-    """Each set has other content in every fiftieth file. The pieces are joined once, because Set.add takes time that grows."""
+    """Writes a set. Every fiftieth file has another content in each set. The pieces are joined only once, because the
+    time of Set.add grows with the size of the set."""
     made = Set(f"Backup date:{13 + number:02}/11/2025 (10:00)")
     listed, data, end = [made.listed], [], 0
     for item in range(items):

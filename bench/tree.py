@@ -4,10 +4,10 @@
     bench/tree.py                        medians of five rounds
     bench/tree.py --rounds 3 --folder /dev/shm/bench --bin build/bin
 
-The cost of an action is the difference of two runs, one script with the action and one without. So the start of the
-program doesn't count. The peers are what a user would type: `ls -lU` lists a folder, and `find -printf '%p %T@'` walks
-through one. Each round runs the two scripts and the peer of an operation, in an order that changes from round to round.
-The figures are medians and the ratios of the medians.
+The cost of an action is the difference between the times of two scripts, one with the action and one without. So the
+start of the program doesn't count. The peers are what a user would type: `ls -lU` lists a folder, and
+`find -printf '%p %T@'` walks through one. Each round runs the two scripts and the peer of an operation, in an order that changes from round to round.
+The figures are medians, and the ratios are those of the medians.
 """
 import argparse
 import os
@@ -31,15 +31,16 @@ UNMARK = "command 501\n"
 COLLAPSE = 'collapse "Files\\big"\n'
 REPEATS = 5
 
-# Corpus, script without the action, script with it, how often that script does it, peer.
+# For each operation: the corpus, the script without the action, the script with it, how often the second script does
+# the action, and the peer.
 OPERATIONS = {
     "expand": ("flat", LIST, EXPAND, 1, "ls -lU '{}'"),
     "mark": ("deep", SELECT, MARK, 1, "find '{}' -printf '%p %T@\\n'"),
     "mark again": ("deep", MARK, MARK + "command 500\n" * REPEATS, REPEATS, "find '{}' -printf '%p %T@\\n'"),
     "unmark": ("deep", MARK, MARK + UNMARK, 1, "find '{}' -printf '%p %T@\\n'"),
 }
-# Measured with all files and with half of them. Each script also undoes its action and repeats both, because one action
-# alone takes too little time to compare.
+# These operations are measured with all files and with half of them. Each script also undoes its action, and repeats
+# both steps, because one action alone takes too little time for a comparison.
 GROWING = {
     "expand and collapse": ("flat", LIST, LIST + ('expand "Files\\big"\n' + COLLAPSE) * REPEATS),
     "mark and unmark": ("deep", SELECT, SELECT + ("command 500\n" + UNMARK) * REPEATS),
@@ -74,7 +75,7 @@ class Corpus:
 
 
 class Figures:
-    """Times of one action on one corpus, in seconds: medians over the rounds."""
+    """The times of one action on one corpus in seconds, as medians of the rounds."""
 
     def __init__(self, corpus, without, action, rounds, repeats=1, peer=None):
         sides = {"without": lambda: corpus.run(without), "with": lambda: corpus.run(action)}
@@ -117,7 +118,7 @@ def report_growth(name, whole, half, verdicts):
 
 
 def report_memory(corpus, verdicts):
-    """Memory that the core needs for a file: its item in the tree and its entry in the list of marks."""
+    """Reports the memory that the core needs for a file: its item in the tree and its entry in the list of marks."""
     both = corpus.run(EXPAND + 'click "Files\\big"\ncommand 500\n').memory - corpus.run(LIST).memory
     each = both * 1024 / corpus.files
     print(f"memory      {each:.0f} bytes for a file that is listed and marked" + verdicts.add(each, CORE_AIM_BYTES))

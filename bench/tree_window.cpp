@@ -46,7 +46,7 @@ void waitFor(const std::function<bool()>& holds)
         QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
 }
 
-// Waits until the program accepts input: it drops input while it is busy.
+// Waits until the program accepts input. The program drops input while it is busy.
 void awaitRest()
 {
     const auto rests = [] {
@@ -69,7 +69,7 @@ long residentKilobytes()
     return 0;
 }
 
-// The tree view as the user sees it: clicks on items, and waits until a state has been painted.
+// Uses the tree view as a user does: clicks on items, and waits until a state has been painted.
 class TreeOnScreen final : public QObject {
 public:
     explicit TreeOnScreen(QTreeView& view) : view_(view) { view.viewport()->installEventFilter(this); }
@@ -104,7 +104,7 @@ public:
     {
         if (event->type() == QEvent::Paint && !painted_ && wanted_ && wanted_()) {
             wanted_ = nullptr;
-            // Queued, so that it runs after the painting.
+            // The call is queued, so it runs after the painting.
             QMetaObject::invokeMethod(
                 this, [this] { painted_ = true; }, Qt::QueuedConnection);
         }
@@ -206,7 +206,7 @@ int main(int count, char** words)
         WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
         ended = true;
         QMetaObject::invokeMethod(
-            &application, [] {}, Qt::QueuedConnection);  // wakes waitFor()
+            &application, [] {}, Qt::QueuedConnection);  // an event that wakes waitFor()
     });
     waitFor([] { return mainWindow() != nullptr; });
     measure(*mainWindow(), QString::fromUtf8(words[2]));

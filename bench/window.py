@@ -1,13 +1,14 @@
 #!/usr/bin/python3
-"""Measures the window: a backup of 20,000 small files compared with the same backup by script, how fast the window
-answers during the backup, and how soon it appears.
+"""Measures the window: the time of a backup of 20,000 small files compared with the same backup by script, how fast the
+window answers during the backup, and how soon it appears.
 
     bench/window.py                      medians of five rounds
     bench/window.py --rounds 3 --folder /dev/shm/bench --bin build/bin
 
-Script and window run in each round, in an order that changes from round to round. A backup is measured from the creation
-of its data file to the last write to its list, by the times of the file system. So neither dialogs nor the start of the
-program count. An answer is the round trip of a request from a screen reader. The thread that draws the window answers it.
+Script and window run in each round, in an order that changes from round to round. The time of a backup is that from the
+creation of its data file to the last write to its list, as the file system stores these times. So it includes neither
+the dialogs nor the start of the program. An answer is the round trip of a request from a screen reader. The thread that
+draws the window answers it.
 """
 import argparse
 import pathlib
@@ -27,7 +28,7 @@ from steps import Keyboard  # noqa: E402
 RATIO_AIM = 1.15
 ANSWER_AIM_SECONDS = 0.1
 START_AIM_SECONDS = 2.0
-STEP = 7  # pixels by which the window is moved at a time
+STEP = 7  # number of pixels of one move of the window
 
 
 def seconds_of(stamp):
@@ -72,7 +73,7 @@ class Bench:
         return process, time.perf_counter() - begun
 
     def in_window(self, desktop, meanwhile=lambda user, main: time.sleep(0.01)):
-        """Seconds of a backup in the window, and seconds until the window appeared."""
+        """Makes a backup in the window. Returns its seconds, and the seconds until the window appeared."""
         self.clear()
         process, start = self.start_window(desktop)
         user = User(process, 1)
@@ -88,7 +89,7 @@ class Bench:
         data = self.sets / "QLBX0001.QDT"
         while not data.exists():
             time.sleep(0.002)  # a busy loop would take processor time from the backup
-        # The program keeps the request to close, and ends when the run is over.
+        # The program remembers the request to close, and ends after the run.
         user.window(MAIN)
         xdotool("key", "alt+F4")
         while process.poll() is None:
@@ -97,7 +98,7 @@ class Bench:
 
 
 class Questions:
-    """Asks for the position of the window again and again, while it is being moved."""
+    """Asks repeatedly for the position of the window while the window is moved."""
 
     def __init__(self):
         self.answers = []

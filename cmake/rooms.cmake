@@ -1,15 +1,16 @@
-# A room is a target with one purpose. Its public headers lie in include/<room>/, and others include them as
-# "<room>/x.h". Its other headers lie beside the sources and can be included only from there. A room sees the public
+# A room is a target with one purpose. Its public headers are in include/<room>/, and other rooms include them as
+# "<room>/x.h". Its other headers are beside its sources, and only these sources can include them. A room sees the public
 # headers of the rooms that it names under USES or PRIVATE_USES. Any other include doesn't compile.
 
 add_library(quillbox_flags INTERFACE)
 target_compile_options(quillbox_flags INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
-# Sources that are compiled together are included by a generated one. g++ takes them for headers then, and warns of types
+# If sources are compiled together, a generated source includes them. Then g++ takes them for headers, and warns of types
 # that it would accept in a source.
 if(CMAKE_UNITY_BUILD)
   target_compile_options(quillbox_flags INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
 endif()
-# Clang proves the annotations of kernel/thread_safety.h; a mutex that isn't held is an error whatever QUILLBOX_WERROR says.
+# Clang checks the annotations of kernel/thread_safety.h. An access without the mutex is an error, whatever the value of
+# QUILLBOX_WERROR is.
 if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
   target_compile_options(quillbox_flags INTERFACE -Wthread-safety -Werror=thread-safety)
 endif()
@@ -21,7 +22,7 @@ if(QUILLBOX_SANITIZE)
                                                   -fno-sanitize-recover=all)
   target_link_options(quillbox_flags INTERFACE -fsanitize=${QUILLBOX_SANITIZE})
 endif()
-# ccache can keep what was compiled with a precompiled header only with these.
+# Only with these options can ccache keep the results of compilations that use a precompiled header.
 target_compile_options(quillbox_flags INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fpch-preprocess>
                                                 "$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
 
@@ -29,8 +30,8 @@ target_compile_options(quillbox_flags INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>
 add_library(ce_api INTERFACE)
 target_include_directories(ce_api INTERFACE ${PROJECT_SOURCE_DIR}/platform/include)
 
-# The headers of the standard library that most rooms include, compiled once for all of them. Only where sources are
-# compiled together: other builds find an include that is missing.
+# The headers of the standard library that most rooms include are compiled once for all rooms. This is done only in builds
+# that compile sources together, because the other builds are to find missing includes.
 if(CMAKE_UNITY_BUILD)
   file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/room_headers.cpp CONTENT "")
   add_library(quillbox_room_headers STATIC EXCLUDE_FROM_ALL ${PROJECT_BINARY_DIR}/room_headers.cpp)
@@ -56,8 +57,8 @@ function(quillbox_room name)
   endif()
 endfunction()
 
-# quillbox_compile_quickly(TARGET...): a sanitized build doesn't optimise these. They read options and print. Most of their
-# code comes from header-only libraries, and optimising it takes longer than running it.
+# quillbox_compile_quickly(TARGET...): a sanitized build doesn't optimise these targets. They read options and print. Most
+# of their code comes from header-only libraries, and optimising this code takes longer than running it.
 function(quillbox_compile_quickly)
   if(QUILLBOX_SANITIZE)
     foreach(target ${ARGN})
@@ -74,7 +75,7 @@ endif()
 # The code of a test need not be fast.
 set(quillbox_test_options $<$<CONFIG:RelWithDebInfo>:-O0>)
 
-# What nearly every test includes, compiled once for all of them where that works (see quillbox_test).
+# The headers that nearly every test includes are compiled once for all tests that can use the result (see quillbox_test).
 file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/test_headers.cpp CONTENT "")
 add_library(quillbox_test_headers STATIC EXCLUDE_FROM_ALL ${PROJECT_BINARY_DIR}/test_headers.cpp)
 target_link_libraries(quillbox_test_headers PRIVATE quillbox_flags GTest::gtest GTest::gmock)
@@ -84,7 +85,8 @@ target_precompile_headers(quillbox_test_headers PRIVATE
   <set> <sstream> <string> <thread> <vector>)
 
 # quillbox_test(NAME SOURCES file... USES target... [INSIDE folder...])
-# A test of a room's parts sees its private headers: INSIDE names the room's folder.
+# INSIDE names the folders whose headers the test may include besides the public ones, such as the folder of a room whose
+# parts it tests.
 function(quillbox_test name)
   cmake_parse_arguments(test "" "" "SOURCES;USES;INSIDE" ${ARGN})
   add_executable(${name} ${test_SOURCES})
@@ -92,7 +94,7 @@ function(quillbox_test name)
   list(TRANSFORM test_INSIDE PREPEND ${PROJECT_SOURCE_DIR}/)
   target_include_directories(${name} PRIVATE ${test_INSIDE})
   target_compile_options(${name} PRIVATE ${quillbox_test_options})
-  # Not for tests that use the toolkit: they are compiled with -fPIC, and the precompiled headers aren't.
+  # Tests that use Qt can't use the precompiled headers: they are compiled with -fPIC, and the headers aren't.
   if(CMAKE_UNITY_BUILD AND NOT test_USES MATCHES "qt")
     target_precompile_headers(${name} REUSE_FROM quillbox_test_headers)
   endif()
@@ -100,8 +102,9 @@ function(quillbox_test name)
   add_test(NAME ${name} COMMAND ${name})
 endfunction()
 
-# quillbox_one_thread(SUITE...): ThreadSanitizer can find nothing in these suites. They start no thread, or only those of a
-# backup, which other suites make, too. Its build leaves their programs out.
+# quillbox_one_thread(SUITE...): ThreadSanitizer can't find anything in these suites that it doesn't find in others. They
+# start no thread, or only the threads of a backup, which other suites start, too. The build with ThreadSanitizer leaves
+# their programs out.
 function(quillbox_one_thread)
   set_property(TEST ${ARGN} APPEND PROPERTY LABELS one_thread)
   foreach(suite ${ARGN})

@@ -1,5 +1,5 @@
-// decompress_stream.cpp - reads any bytes as a stream in two ways: unpacked to a file, and decoded in place. Both must
-// agree on whether the stream is whole.
+// decompress_stream.cpp - reads any bytes as a stream in two ways: it unpacks them to a file, and it decodes them in
+// place. The results must agree on whether the stream is whole.
 
 #include "require.h"
 #include "set/compressed_stream.h"

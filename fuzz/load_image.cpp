@@ -1,5 +1,5 @@
-// load_image.cpp - reads any bytes as a database image. All texts that are read must be terminated, their content must
-// not exceed the size of the file, and skipping the records must give the same result as reading them.
+// load_image.cpp - reads any bytes as a database image. All texts that are read must be terminated. Texts and blobs
+// together must not be larger than the file. Skipping the records must succeed exactly if reading them does.
 
 #include "require.h"
 #include "set/image_reader.h"
@@ -7,7 +7,8 @@
 
 namespace {
 
-// Number of bytes in a text or blob. Reads each of them, so that a sanitizer notices bytes outside of a buffer.
+// Returns the number of bytes in a text or blob. Reads each byte, so that a sanitizer detects bytes outside of a
+// buffer.
 std::size_t contentOf(const CEPROPVAL& property)
 {
     if (LOWORD(property.propid) == CEVT_LPWSTR)
@@ -20,7 +21,7 @@ std::size_t contentOf(const CEPROPVAL& property)
     return property.val.blob.dwCount;
 }
 
-// True if all records can be read.
+// Returns true if all records can be read.
 bool readRecords(ImageReader& reader, WORD records, std::size_t fileBytes)
 {
     std::size_t content = 0;
@@ -31,7 +32,7 @@ bool readRecords(ImageReader& reader, WORD records, std::size_t fileBytes)
         for (; properties > 0; --properties) {
             CEPROPVAL property;
             if (!ReadProperty(reader, property)) {
-                require(!ReadPropertyCount(reader, properties));  // after a failure nothing more is read
+                require(!ReadPropertyCount(reader, properties));  // after a failure the reader must read nothing more
                 return false;
             }
             content += contentOf(property);

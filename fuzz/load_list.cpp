@@ -1,4 +1,4 @@
-// load_list.cpp - loads any bytes as a list file. The loaded names and offsets must be within the limits that the runs
+// load_list.cpp - loads any bytes as a list file. The loaded entries and names must be within the limits that the runs
 // rely on.
 
 #include "require.h"

@@ -1,6 +1,7 @@
 // load_registry.cpp - reads any bytes as a registry file. The keys and values that are read must be within the limits
-// of the registry. If the text is good, it is written again, and reading and writing that copy must not change it. A
-// text without a byte order mark is UTF-8, which is easier to vary than UTF-16.
+// of the registry. If the text is valid, its content is written as a second text. Reading and writing the second text
+// must give the same text again. An input without a byte order mark is taken as UTF-8, which is easier for a fuzzer to
+// vary than UTF-16.
 
 #include "registry/registry_text_reader.h"
 #include "registry/registry_text_writer.h"
@@ -28,7 +29,7 @@ void requireKey(const KeyPath& path)
     }
 }
 
-// Writes the keys and values that it receives as a whole registry.
+// Writes the keys and values that it receives as the file of a whole registry.
 class Copy final : public RegistryTextSink {
 public:
     bool key(const KeyPath& path) override
@@ -41,7 +42,7 @@ public:
         requireName(name);
         return writer_.value(name, type, data);
     }
-    // What is deleted isn't in the copy.
+    // The copy doesn't contain deleted keys and values.
     bool removedKey(const KeyPath& path) override
     {
         requireKey(path);
@@ -67,7 +68,7 @@ private:
     }};
 };
 
-// The text, read and written again. Nothing if the text isn't good.
+// Reads the text, and returns a new text with the same content. Returns nothing if the text isn't valid.
 std::optional<std::string> copied(std::string_view text, Wholeness wholeness)
 {
     const auto source = [&](std::span<std::byte> buffer) {
@@ -93,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto whole = copied(text, Wholeness::Required);
     const auto free = copied(text, Wholeness::Free);
-    // What is good as a whole registry is also good as a free one, with the same content.
+    // A text that is valid with Wholeness::Required must also be valid with Wholeness::Free, with the same content.
     require(!whole || free == whole);
     if (free)
         require(copied(*free, Wholeness::Required) == free);

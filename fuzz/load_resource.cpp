@@ -1,4 +1,5 @@
-// load_resource.cpp - sets any bytes as the resource file of the process, and then makes every call that reads it.
+// load_resource.cpp - sets any bytes as the resource file of the process, and then makes every call that reads
+// resources.
 
 #include "resource/resource_file.h"
 
@@ -9,7 +10,7 @@
 
 namespace {
 
-// Reads each byte, so that a sanitizer notices a span that points outside of the file.
+// Reads each byte, so that a sanitizer detects a span that points outside of the file.
 unsigned sum(std::span<const std::byte> bytes)
 {
     unsigned total = 0;
@@ -29,8 +30,8 @@ const WCHAR* nameOf(const platform::resource::ResourceKey& key)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    // A block of exactly this size, so that a sanitizer notices each byte that is read after its end. operator new
-    // gives it the alignment that resources need.
+    // The block has exactly the size of the input, so a sanitizer detects a read after its end. operator new aligns the
+    // block as resources need.
     const std::unique_ptr<std::byte[]> file(new std::byte[size]);
     if (size)
         std::memcpy(file.get(), data, size);
@@ -44,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             seen = SizeofResource(nullptr, found);
             seen = sum(platform::resource::resourceAt(LoadResource(nullptr, found)));
         }
-        // Enough ids for all texts of the blocks that a small input contains.
+        // These ids cover all texts that a small input contains.
         for (UINT id = 0; id < 512; ++id) {
             WCHAR text[8];
             seen = static_cast<unsigned>(LoadStringW(nullptr, id, text, 8));

@@ -1,7 +1,7 @@
-// read_format.cpp - reads any bytes as an exported file of databases in QUILLBOX_FUZZED_FORMAT. Bytes before a NUL are
-// a file of columns, which matter only for CSV. Our writer must be able to write each record that is read, or says that
-// it is left out, unless a property occurs twice in it. Reading the written record must give the same record, with
-// nothing left out.
+// read_format.cpp - reads any bytes as an exported file of databases in QUILLBOX_FUZZED_FORMAT. If the input contains a
+// NUL, the bytes before the NUL are a file of columns. Only CSV uses this file. Our writer must write each record that
+// is read, or count parts of it as left out. The writer may refuse only a record with the same property twice. If
+// nothing was left out, reading the written record must give the same record.
 
 #include "database_formats/database_format.h"
 #include "database_formats/identifier.h"
@@ -20,7 +20,8 @@ using namespace database_formats;
 
 constexpr Format FuzzedFormat = Format::QUILLBOX_FUZZED_FORMAT;
 
-// In no order and without numbers that are 0, which vCard and iCalendar don't tell from missing ones.
+// Returns the properties as sorted texts. Leaves out numbers that are 0, because vCard and iCalendar don't distinguish
+// them from missing numbers.
 std::vector<std::string> textsOf(std::span<const CEPROPVAL> record)
 {
     std::vector<std::string> texts;
@@ -65,7 +66,7 @@ public:
         try {
             read(FuzzedFormat, file, returned, leftOut);
         } catch (const FormatFault&) {
-            std::abort();  // the text is from our own writer
+            std::abort();  // the file is from our own writer and must be readable
         }
         if (database_formats::propertyIn(record, personal::Identifier) == nullptr)
             std::erase_if(returned.texts, isIdentifier);
@@ -106,7 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         std::istringstream file(end == std::string::npos ? text : text.substr(end + 1));
         read(FuzzedFormat, file, kept, leftOut, columnMapFrom(columns));
     } catch (const FormatFault&) {
-        // Most inputs aren't such a file.
+        // Most inputs can't be read as such a file.
     }
     (void)leftOut.sentence();
     return 0;

@@ -1,4 +1,5 @@
-// require.h - the check of a fuzz target. A fuzzer reports an input that ends the process.
+// require.h - the check of a fuzz target. If the condition is false, the process is aborted and the fuzzer reports the
+// input.
 #pragma once
 
 #include <cstdlib>

@@ -1,4 +1,5 @@
-// scan_streams.cpp - searches any bytes for streams. Each one that is found must be what the decoder of streams says.
+// scan_streams.cpp - searches any bytes for streams. The scan and the decoder of streams must agree on whether each
+// found stream is complete.
 
 #include "archive/stream_scan.h"
 #include "require.h"

@@ -14,7 +14,7 @@
 #include <filesystem>
 #include <string>
 
-// Exists as long as the process. Its destructor removes the folder.
+// A target keeps one object as long as the process runs. The destructor removes the folder.
 class TemporaryRoot {
 public:
     TemporaryRoot()
@@ -29,7 +29,7 @@ public:
     TemporaryRoot& operator=(const TemporaryRoot&) = delete;
     ~TemporaryRoot()
     {
-        std::error_code ignored;  // a folder that remains is small
+        std::error_code ignored;  // a folder that can't be removed is small
         std::filesystem::remove_all(folder_, ignored);
     }
 

@@ -1,4 +1,4 @@
-# Writes the AppStream file. Without an address of the project's pages it has no link and no screenshot.
+# Writes the AppStream file. If QUILLBOX_HOMEPAGE is empty, the file has no link and no screenshot.
 set(QUILLBOX_HOMEPAGE "" CACHE STRING "Address of the project's pages; the screenshot is at ADDRESS/docs/window.png")
 set(links "")
 if(QUILLBOX_HOMEPAGE)

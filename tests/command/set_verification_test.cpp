@@ -1,4 +1,4 @@
-// set_verification_test.cpp - a set that isn't what was read is noticed.
+// set_verification_test.cpp - the verification of a stored set reports each item that differs from what was read.
 
 #include "engine_fixture.h"
 #include "set_verification.h"

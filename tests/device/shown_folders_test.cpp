@@ -1,4 +1,4 @@
-// shown_folders_test.cpp - folders, sets and media that come to a device, and go, while it is open.
+// shown_folders_test.cpp - folders, sets and media that are added to an open device and removed from it.
 #include "device/device.h"
 #include "device/remembered_folders.h"
 #include "host_folder.h"
@@ -87,7 +87,7 @@ TEST_F(ShownFoldersTest, MediaAreCardsWhileTheyAreMounted)
     if (::mount("none", first.c_str(), "tmpfs", 0, "size=1m") != 0)
         GTEST_SKIP() << "mounting a file system needs the administrator";
     std::atomic<int> told = 0;
-    device_->showMedia({media}, [&] { return ++told % 2 == 0; });  // the first time, the program is busy
+    device_->showMedia({media}, [&] { return ++told % 2 == 0; });  // false, as from a busy program, on every odd call
     EXPECT_TRUE(isThere(u"\\My Stick"));
     EXPECT_FALSE(isThere(u"\\second")) << "nothing is mounted there";
     ASSERT_EQ(::mount("none", second.c_str(), "tmpfs", 0, "size=1m"), 0);
@@ -99,7 +99,7 @@ TEST_F(ShownFoldersTest, MediaAreCardsWhileTheyAreMounted)
     EXPECT_TRUE(eventually([&] { return told == 4; }));
     EXPECT_EQ(GetFileAttributesW(u"\\second"), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), ERROR_NOT_READY);
-    // Another medium at the place of the first one is another card.
+    // A second medium that is mounted at the path of the first one is another card.
     hostWrite(first / "old", "x");
     ASSERT_EQ(::umount2(first.c_str(), MNT_DETACH), 0);
     ASSERT_EQ(::mount("none", first.c_str(), "tmpfs", 0, "size=1m"), 0);

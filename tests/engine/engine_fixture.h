@@ -45,18 +45,18 @@ protected:
         gRegistryMarked = 0;
     }
 
-    // Mounts the device's folders, the card with a capacity if one is given.
+    // Mounts the root and the card. `cardCapacity` limits the card's size.
     void mount(std::optional<std::uint64_t> cardCapacity = std::nullopt) const
     {
         remount();
         addFolder(u"Card", true, cardCapacity);
     }
 
-    // Files of the object store, by host path below it.
+    // Files of the object store. The name is the host path below its folder.
     void write(const std::string& name, const std::string& content) const
     {
         hostWrite(root() / name, content);
-        // A file that was written a moment ago isn't deleted.
+        // A backup doesn't delete a file that was written a moment ago.
         std::filesystem::last_write_time(root() / name,
                                          std::filesystem::file_time_type::clock::now() - std::chrono::seconds(10));
     }
@@ -82,7 +82,7 @@ protected:
         SORTORDERSPEC order = {0x20002, CEDB_SORT_DESCENDING};
         ASSERT_NE(CeCreateDatabase(name.c_str(), type, 1, &order), 0U);
     }
-    // 0 if no database has this name.
+    // Returns 0 if no database has this name.
     static DWORD typeOfDatabase(const std::u16string& name)
     {
         CEOID oid = 0;

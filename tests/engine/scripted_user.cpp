@@ -27,7 +27,7 @@ void note(std::u16string line)
     gUser.shown.push_back(std::move(line));
 }
 
-// Calls without a window do nothing.
+// Records the line. A call for no window does nothing.
 DWORD noteIn(HWND progress, std::u16string line)
 {
     if (progress == Window)

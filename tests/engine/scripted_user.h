@@ -11,7 +11,7 @@
 struct ScriptedUser {
     std::u16string comment;                                  // typed into the backup dialogs
     bool confirms = true;                                    // OK in the backup and restore dialogs
-    std::u16string choice;                                   // row of a chooser; empty: none is chosen
+    std::u16string choice;                                   // the row that the user chooses; empty: none
     std::vector<bool> answers;                               // to questions; later ones get No
     std::function<void(const std::u16string&)> seesMessage;  // called with each progress message
     std::function<void()> seesCount;                         // called with each counter
@@ -19,8 +19,8 @@ struct ScriptedUser {
     std::vector<std::u16string> shown;    // "ask question", "box caption|text|type", "choose prompt|row|row",
                                           // "registry restored", "open title|range|step",
                                           // "dialog kind", "message ...", "step", "animate", "close"
-    std::vector<std::u16string> details;  // of the choices that were offered
-    // Whether `shown` also has "count ...", without repetitions, and changes of the cursor, "wait" and "no wait".
+    std::vector<std::u16string> details;  // the second text of each choice that was offered
+    // If true, `shown` also gets "count ..." without repetitions, and "wait" and "no wait" for changes of the cursor.
     bool notesAll = false;
     bool waitCursor = false;  // the cursor that is shown now
 

@@ -1,9 +1,9 @@
-// sweep_test.cpp - a run in which each call on the host fails in turn, the card is full after each byte, or the process
-// or the power ends at each call. No source and no content is lost, no file is replaced against the policy, and each
-// item that isn't in the set, isn't restored or isn't deleted is reported.
+// sweep_test.cpp - repeats a run with a fault at every point. In turn, each call on the host fails, the card is full
+// after each byte, or the process or the power ends at each call. No source and no content is lost, and no file is
+// replaced against the policy. Each item that isn't in the set, isn't restored or isn't deleted is reported.
 //
-// Each round of failing calls takes other errors, so that the normal suite tries every call with some of them.
-// QUILLBOX_EVERY_ERROR=1 tries every call with all of them, some 30,000 faults.
+// The normal suite tries each call with only a few of the errors, and the next call with others. QUILLBOX_EVERY_ERROR=1
+// tries every call with all errors, some 30,000 faults.
 
 #include "engine_fixture.h"
 
@@ -30,8 +30,8 @@ using platform::kernel::troublesOf;
 
 namespace {
 
-using Contents = std::map<std::string, std::string>;  // by the name below the root
-using Items = std::map<std::u16string, std::string>;  // by the path on the device
+using Contents = std::map<std::string, std::string>;  // key: the name below the root
+using Items = std::map<std::u16string, std::string>;  // key: the path on the device
 
 const Contents Sources = {
     {"a.txt", "The first of the files."},
@@ -43,9 +43,8 @@ const Contents Sources = {
 // The files on the device before a restore.
 const Contents Present = {{"a.txt", "Written after the backup."}, {"empty", "Not empty any more."}};
 
-// The documented errors of the calls that the file layer makes, except those that would lie about what exists: ENOENT
-// of an existing file, ENOTDIR of a folder, EEXIST of a new file. ELOOP and EXDEV mean that a path leads out of the
-// device.
+// The documented errors of the calls that the file layer makes. ENOENT, ENOTDIR and EEXIST aren't among them, because
+// they would be false about what exists. Nor are ELOOP and EXDEV, which mean that a path leads out of the device.
 constexpr int Errors[] = {EIO,          ENOSPC,    EACCES, ENOMEM,  EROFS,   EMFILE,   EBADF,  EINVAL,
                           EPERM,        ESTALE,    ENODEV, ENXIO,   EDQUOT,  EFBIG,    ENFILE, EBUSY,
                           EOPNOTSUPP,   EOVERFLOW, EFAULT, ETXTBSY, EAGAIN,  EISDIR,   EMLINK, ENOSYS,
@@ -64,7 +63,8 @@ bool isReported(Trouble kind, const std::u16string& path)
                                [&](const auto& each) { return each.name == path; });
 }
 
-// Whether the path or a folder above it couldn't be read. A full backup can't know then what it leaves out.
+// Returns whether the path or a folder above it couldn't be read. In that case a full backup can't know which files it
+// leaves out.
 bool isHidden(const std::u16string& path)
 {
     return std::ranges::any_of(troublesOf(Trouble::Reading, Troubled::File, Since::Job),
@@ -77,8 +77,8 @@ BOOL collect(const BYTE* raw, DWORD bytes, void* context)
     return TRUE;
 }
 
-// So many that log, list and data are longer than what the file layer gathers before it writes, that a group of waiting
-// entries is full, and that a larger file ends another one.
+// These files have three effects. The log, the list and the data are longer than what the file layer gathers before it
+// writes. One group of waiting entries becomes full. A larger file ends another group.
 Contents manySources()
 {
     Contents sources;
@@ -140,7 +140,7 @@ protected:
             backUp();
     }
 
-    // Runs a backup in a child process under the plan. False if the plan ended it.
+    // Runs a backup in a child process under the plan. Returns false if the plan ended the process.
     static bool backUpEnds(const FaultPlan& plan)
     {
         return statusOfChild([&] {
@@ -155,7 +155,7 @@ protected:
         return exists(name) && read(name) == sources_.at(name);
     }
 
-    // What the sets of the card have completely, in one pass over each set.
+    // Returns the complete items of each set on the card. It reads each set once.
     [[nodiscard]] std::vector<Items> storedItems() const
     {
         std::vector<Items> sets;
@@ -176,7 +176,7 @@ protected:
         });
     }
 
-    // The items of the loaded list whose streams are whole.
+    // Returns the items of the loaded list whose streams are complete.
     static Items decodeListed(const std::u16string& dataPath)
     {
         const HANDLE data = open(dataPath, GENERIC_READ, OPEN_EXISTING);
@@ -220,7 +220,7 @@ protected:
         }
     }
 
-    // Whether the user could choose this. Otherwise he sees that it isn't offered, and no run begins.
+    // Returns whether the user could choose this. If it wasn't offered, the user sees so, and no run begins.
     static bool wasOffered(const std::u16string& wanted)
     {
         return std::ranges::any_of(gUser.shownWith(u"choose "), [&](const std::u16string& choices) {
@@ -228,7 +228,7 @@ protected:
         });
     }
 
-    // An entry that couldn't be written completely was removed from its list.
+    // The run has removed each entry that it couldn't write completely from its list.
     static void expectListsOfWholeEntries()
     {
         for (const WCHAR* path : {u"\\Card\\QUILBOX\\QLBX0001.QLT", u"\\Card\\QUILBOX\\QLBX0002.QLT"}) {
@@ -256,14 +256,15 @@ protected:
                 ASSERT_EQ(read(name), Present.at(name)) << "replaced against the policy";
                 continue;
             }
-            // A user who is asked about a file that may exist, and says No, needs no report.
+            // If the user was asked whether to replace the file and answered No, no report is needed.
             const bool asked = !gUser.shownWith(u"ask replace " + devicePath(name)).empty();
             ASSERT_TRUE(isOnDevice(name) || asked || noList || isReported(Trouble::Restoring, devicePath(name)))
                 << "not restored, without a report";
         }
     }
 
-    // Calls `round` with the nth call failing, for each n until one isn't reached.
+    // Calls `round` repeatedly with a plan in which the nth call fails: for n = 1, 2, ... until the run makes fewer
+    // than n calls.
     template <class Round>
     static void sweep(const Round& round)
     {
@@ -272,7 +273,7 @@ protected:
         for (std::uint64_t n = 1; reached && !HasFatalFailure(); n++) {
             std::size_t tried = 0;
             for (const int error : Errors) {
-                // Each call is tried with three errors, and the next call with the next three.
+                // Each call is tried with three errors, and the next call with three others.
                 if (HasFatalFailure() || (!everyError && (tried++ + n * 3) % std::size(Errors) >= 3))
                     continue;
                 SCOPED_TRACE(testing::Message() << "call " << n << ", " << strerrorname_np(error));
@@ -299,7 +300,7 @@ TEST_F(SweepTest, BackupLosesNothingAndReportsWhatIsLeftOutWhicheverCallFails)
     }
 }
 
-// Here a failing write may lose bytes that were gathered before.
+// In this test a failing write can lose bytes that earlier calls gathered.
 TEST_F(SweepTest, BackupWhoseWritesAreGatheredLosesNothingWhicheverCallFails)
 {
     sources_ = manySources();
@@ -339,8 +340,8 @@ TEST_F(SweepTest, BackupThatDeletesLosesNothingWhereverTheProcessIsKilledOrThePo
     }
 }
 
-// A log line and the data are in their files before what depends on them. So after a kill the log names the item whose
-// stream is incomplete on the card, and the list names no item that can't be read.
+// A log line is written before the item that it announces, and data before the list entry that refers to it. So after a
+// kill, the log names the item whose stream is incomplete on the card, and the list names no item that can't be read.
 TEST_F(SweepTest, KilledBackupLeavesACurrentLogAndNoEntryWithoutItsData)
 {
     sources_ = manySources();
@@ -395,7 +396,7 @@ TEST_F(SweepTest, SourceThatChangesAfterItWasReadIsNotDeleted)
     const std::filesystem::path source = root() / "a.txt";
     const auto time = std::filesystem::last_write_time(source);
     gUser.seesMessage = [&](const std::u16string& message) {
-        // The first file was read and is deleted only with its group.
+        // At this message a.txt was already read. It is deleted only later, with its group.
         if (message != u"File: \\sub\\run.txt")
             return;
         write("a.txt", "Of the size in the set.");

@@ -21,7 +21,7 @@ TEST_F(FileTest, AttributesComeFromModeNameAndStoredBits)
         {"0x26", FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM | FILE_ATTRIBUTE_ARCHIVE},
         {"0x22\0"s, FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE},
         {"0x2040", FILE_ATTRIBUTE_INROM | FILE_ATTRIBUTE_ROMMODULE},
-        {"0x110", FILE_ATTRIBUTE_NORMAL},  // an attribute makes neither a folder nor a card
+        {"0x110", FILE_ATTRIBUTE_NORMAL},  // the attribute turns a file into neither a folder nor a card
         {"22", FILE_ATTRIBUTE_NORMAL},
         {"0x", FILE_ATTRIBUTE_NORMAL},
         {"0x2G", FILE_ATTRIBUTE_NORMAL},

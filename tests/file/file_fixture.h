@@ -40,7 +40,7 @@ protected:
         ASSERT_EQ(::setxattr(path.c_str(), "user.DOSATTRIB", attribute.data(), attribute.size(), 0), 0)
             << "the temporary folder's file system needs user attributes";
     }
-    // Mounts a folder "mounted NAME" of outside(), which can exist already.
+    // Mounts the folder "mounted NAME" in outside(). Creates it if it doesn't exist.
     std::filesystem::path addFolder(const std::u16string& name, bool card,
                                     std::optional<std::uint64_t> capacity = std::nullopt) const
     {
@@ -50,7 +50,7 @@ protected:
             std::abort();
         return folder;
     }
-    // Leaves the root alone mounted.
+    // Removes all mounts and mounts the root again.
     void remount() const
     {
         platform::file::removeAllMounts();
@@ -104,7 +104,7 @@ protected:
         return all;
     }
 
-    // 0 if the call succeeded, else the last error.
+    // Returns 0 if the call succeeded, or the last error.
     [[nodiscard]] static DWORD errorOf(BOOL result) { return result ? 0 : GetLastError(); }
     [[nodiscard]] static std::set<std::u16string> list(const std::u16string& pattern)
     {
@@ -120,7 +120,7 @@ protected:
         return names;
     }
 
-    // Takes the failures that were noted since the last time, as "read \\path" or "write \\path".
+    // Returns the failures that were noted, as "read \\path" or "write \\path", and forgets them.
     static std::set<std::u16string> takeNoted()
     {
         using namespace platform::kernel;
@@ -143,7 +143,7 @@ protected:
         platform::file::clearFaultPlan();
         return calls;
     }
-    // Returns the wait status of a child process that runs `action`: 0 if the action ended, returning true.
+    // Returns the wait status of a child process that runs `action`. The status is 0 if `action` returned true.
     static int statusOfChild(const std::function<bool()>& action)
     {
         const pid_t child = ::fork();
@@ -161,7 +161,7 @@ private:
 // Another process that has a file open for the lifetime of this object.
 class OtherProcess {
 public:
-    // The child inherits the descriptor, so nothing has to wait for it.
+    // The file is open in the child as soon as the child exists, because it inherits the descriptor.
     OtherProcess(const std::filesystem::path& path, int flags)
     {
         const int file = ::open(path.c_str(), flags);
@@ -188,7 +188,7 @@ private:
     bool opened_ = false;
 };
 
-// Bytes without a short period, so that a part at a wrong offset differs.
+// Returns bytes without a short period, so that a comparison finds bytes at a wrong offset.
 [[nodiscard]] inline std::string patternBytes(std::size_t count, std::uint32_t seed = 12345)
 {
     std::string bytes(count, '\0');

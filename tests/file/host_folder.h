@@ -24,8 +24,8 @@ protected:
         std::error_code ignored;
         std::filesystem::remove_all(base_, ignored);
     }
-    // The parent for tests that don't need a real disk: in memory, where a flush costs nothing, unless TMPDIR names
-    // another folder.
+    // Returns the parent folder for tests that don't need a real disk. It is in memory, where a flush costs nothing,
+    // unless TMPDIR is set.
     static std::filesystem::path memoryFolder()
     {
         const bool useMemory = !std::getenv("TMPDIR") && std::filesystem::is_directory("/dev/shm");
@@ -34,20 +34,21 @@ protected:
 
     [[nodiscard]] std::filesystem::path at(const std::string& name) const { return base_ / name; }
 
-    // Makes the folders above it, too.
+    // Writes the file, and creates the folders above it.
     static void hostWrite(const std::filesystem::path& file, const std::string& bytes)
     {
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << bytes;
     }
-    // Empty if it can't be read.
+    // Returns the content of the file, or an empty text if it can't be read.
     [[nodiscard]] static std::string hostRead(const std::filesystem::path& file)
     {
         std::ostringstream content;
         content << std::ifstream(file, std::ios::binary).rdbuf();
         return content.str();
     }
-    // Every entry below, files with their content and others with their kind; the database is not compared.
+    // Returns every entry below the folder: files with their content, and others with their kind. Files of the device's
+    // own state ("device.*") have no content here.
     [[nodiscard]] static std::map<std::string, std::string> treeOf(const std::filesystem::path& folder)
     {
         std::map<std::string, std::string> tree;

@@ -1,4 +1,4 @@
-// noted_failures_test.cpp - each failure of the host changes the result of a call or is noted for the report at the
+// noted_failures_test.cpp - each failure of the host changes the result of a call, or is recorded for the report at the
 // end.
 #include "file_fixture.h"
 
@@ -15,7 +15,7 @@ protected:
     NotedFailuresTest() : FileTest(memoryFolder()) { (void)takeNoted(); }
     ~NotedFailuresTest() override { clearFaultPlan(); }
 
-    // Makes each kind of call and returns all that is visible of the host, as a text.
+    // Makes each kind of call. Returns, as a text, all that these calls show of the host.
     [[nodiscard]] std::string everything() const
     {
         std::string seen;
@@ -59,7 +59,7 @@ protected:
     }
 };
 
-// Without the errors that say that something doesn't exist, or exists already.
+// The errors that mean that something doesn't exist or already exists are left out.
 TEST_F(NotedFailuresTest, EachFailureOfTheHostChangesAResultOrIsNoted)
 {
     prepare();
@@ -79,7 +79,7 @@ TEST_F(NotedFailuresTest, EachFailureOfTheHostChangesAResultOrIsNoted)
     }
 }
 
-// Their room was reserved, so a full disk can't refuse them, but a failing one can.
+// Space on the disk is reserved for gathered bytes. So a full disk can't refuse them, but a failing disk can.
 TEST_F(NotedFailuresTest, GatheredBytesThatTheDiskRefusesAreNoLongerInTheFile)
 {
     const auto card = addFolder(u"Card", true, 200'000);

@@ -9,7 +9,7 @@
 
 namespace {
 
-// By handle and by name.
+// Returns the size of the file by its handle and by its name.
 std::vector<std::size_t> sizesOf(HANDLE file)
 {
     BY_HANDLE_FILE_INFORMATION information = {};
@@ -20,8 +20,8 @@ std::vector<std::size_t> sizesOf(HANDLE file)
             std::size_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow};
 }
 
-// Compares with a string, which has no buffers. One handle writes and the other only reads, so that what the first one
-// gathers and the second one has read ahead must agree.
+// Compares the file with a string, which has no buffers. One handle writes and the other only reads. The reader must
+// see the bytes that the writer has gathered, even where it has read ahead.
 TEST_F(FileTest, TwoHandlesAgreeWithAPlainStringWhateverTheSizeAndOrderOfTheCalls)
 {
     std::mt19937 random(4711);
@@ -126,7 +126,7 @@ TEST_F(FileTest, SeekOutOfRangeKeepsTheOffset)
     EXPECT_EQ(read(file, 2), "34");
     EXPECT_EQ(SetFilePointer(file, 100, nullptr, FILE_CURRENT), 105U);
     EXPECT_EQ(read(file, 2), "");
-    // This offset has the value that reports a failure.
+    // As a result this offset equals the value that reports a failure.
     SetLastError(77);
     EXPECT_EQ(SetFilePointer(file, -1, nullptr, FILE_BEGIN), INVALID_SET_FILE_POINTER);
     EXPECT_EQ(GetLastError(), ERROR_SUCCESS);

@@ -1,6 +1,7 @@
-// chosen_mutant.h - included into each source of a mutation run, which asks at each mutant whether it is switched on.
-// QUILLBOX_MUTANT: number of the mutant that is. QUILLBOX_REACHED: descriptor of a file with one byte for each mutant,
-// set to 1 when the mutant is asked for. A mapped file, so that processes that are killed leave their bytes too.
+// chosen_mutant.h - each source of a mutation run includes it, and asks at each mutant whether the mutant is switched
+// on. QUILLBOX_MUTANT is the number of the mutant that is switched on. QUILLBOX_REACHED is the descriptor of a file
+// with one byte for each mutant. The byte becomes 1 when the program reaches the mutant. The file is mapped, so that it
+// keeps the bytes of a killed process too.
 #pragma once
 
 #include <sys/mman.h>
@@ -30,7 +31,7 @@ inline int readChosen()
     return chosen = number ? std::atoi(number) : 0;
 }
 
-// Not constexpr: a mutant of a constant expression must fail to compile, so that it is left out.
+// Not constexpr, so that a mutant in a constant expression doesn't compile and is left out.
 inline bool isChosen(int mutant)
 {
     const int known = chosen.load(std::memory_order_relaxed);

@@ -1,7 +1,8 @@
-"""Finds the mutants of a C++ source, and writes the source with all of them in it, each switched on by its number.
+"""Finds the mutants of a C++ source, and writes the source with all mutants in it. Each mutant is switched on by its
+number.
 
-It reads tokens, not syntax: an operator between blanks is binary, as clang-format writes it, and its operands reach to the
-next operator that binds less. The caller leaves out what doesn't compile.
+It reads tokens, not syntax. An operator between blanks is binary, because clang-format writes it so. Its operands reach
+to the next operator with a lower precedence. The caller leaves out mutants that don't compile.
 """
 import bisect
 import dataclasses
@@ -20,10 +21,10 @@ SWAPS = {"&&": "||", "||": "&&", "+": "-", "-": "+", "*": "/", "/": "*", "%": "*
 WORDS = {"true": "false", "false": "true", "TRUE": "FALSE", "FALSE": "TRUE"}
 NUMBER = re.compile(r"(0[xX][\da-fA-F']+|[\d']+)([uUlLzZ]*)")
 OPENING, CLOSING = {"(", "[", "{"}, {")", "]", "}"}
-STOPS = {"return", "case", "else", "do", "throw", ";", ",", ":", "?"}  # an operand reaches no further
+STOPS = {"return", "case", "else", "do", "throw", ";", ",", ":", "?"}  # an operand ends before these
 HEADS = {"if", "while", "for", "switch"}
 NOTHING = {"", "{}", "0", "false", "FALSE", "nullptr", "std::nullopt"}  # `return {}` would return the same
-# A call, an assignment or an increment, and no declaration.
+# DROPPABLE matches a call, an assignment or an increment, but no declaration.
 KEYWORDS = "return|if|else|while|for|switch|do|throw|using|case|delete|static_assert"
 DROPPABLE = re.compile(rf"(?:\(void\)\s*)?(?:\+\+|--|(?!(?:{KEYWORDS})\b)"
                        r"[*:\w][\w:]*(?:(?:\.|->)\w+|\[[^\]]*\]|\(\))*\s*(?:\(|[-+|&^*/]?=(?!=)|<<=|>>=|\+\+|--))")
@@ -59,7 +60,8 @@ class Source:
         return self.words[i] in BINDS and self.text[token.start() - 1].isspace() and self.text[token.end()].isspace()
 
     def opens_code(self, i):
-        """Whether the brace opens a function, a lambda or a block, rather than a type, a namespace or a list."""
+        """Returns whether the brace opens a function, a lambda or a block, rather than a type, a namespace or a
+        list."""
         return self.words[i - 1] in (")", "]", "else", "do", "try", "noexcept", "override", "const", ";", "}")
 
     def closes_head(self, i):
@@ -98,7 +100,7 @@ class Source:
                               "truth" if word in COMPARISONS else "value")
 
     def condition(self, i):
-        """The condition of an if or while, whose parenthesis is at i."""
+        """Yields the mutants of the condition of an if or while, whose opening parenthesis is token i."""
         last = self.pair[i] - 1
         first = max([i] + [k for k in range(i, last) if self.words[k] == ";"]) + 1
         named = [self.words[k - 1] for k in range(first, last) if self.words[k] == "=" and self.is_binary(k)]
@@ -139,8 +141,8 @@ class Source:
                 yield self.mutant(i, i, f"{other}{number[2]}")
 
     def find(self):
-        """In functions alone, and not in statements that have to be constant."""
-        code = []  # of each open bracket, whether it is in a function
+        """Finds mutants only in functions, and not in statements that have to be constant."""
+        code = []  # for each open bracket: whether it is in a function
         constant = label = False
         for i, word in enumerate(self.words):
             before = self.words[i - 1] if i else ""
@@ -170,11 +172,11 @@ class Source:
 
 
 def instrumented(text, mutants):
-    """The text with these mutants, and for each of its lines the numbers of the mutants on it."""
+    """Returns the text with these mutants, and for each of its lines the numbers of the mutants on it."""
     def render(start, end, inside):
         out = ""
         while inside:
-            mutant = min(inside, key=lambda m: (m.start, -m.end, m.number))  # the widest, which has the others in it
+            mutant = min(inside, key=lambda m: (m.start, -m.end, m.number))  # the widest one, which contains the others
             nested = [m for m in inside if m is not mutant and m.start < mutant.end and m.end <= mutant.end]
             inside = [m for m in inside if m is not mutant and m.start >= mutant.end and m not in nested]
             was = render(mutant.start, mutant.end, nested)

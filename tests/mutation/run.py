@@ -3,16 +3,18 @@
 
     tests/mutation/run.py --sample 300 --seed 1 --survivors survivors.txt --matrix matrix.txt
 
-Takes what HEAD holds, changes each operator, condition, constant, call, assignment and return value of each function in turn
-(mutants.py), and runs the GoogleTest programs on it. A mutant is killed if a test fails, crashes or hangs. One build holds
-all mutants, and QUILLBOX_MUTANT switches one on. At first each test runs alone, without a mutant: that shows which mutants
-it reaches and how long it takes. Each mutant then runs the tests that reach it.
+Takes the files of HEAD, changes each operator, condition, constant, call, assignment and return value of each function
+in turn (mutants.py), and runs the GoogleTest programs on the changed code. A mutant is killed if a test fails, crashes
+or hangs. One build holds all mutants, and QUILLBOX_MUTANT switches one on. At first each test runs alone and without a
+mutant. This shows which mutants the test reaches and how long it takes. Each mutant then runs the tests that reach it.
 
-A mutant of the code that deletes files can delete any file. So bubblewrap starts each test where all is read-only but /tmp
-and /dev/shm, which are small file systems in memory. They end with it, and so do its children. This needs the package
-bubblewrap and Linux 6.6 (extended attributes of users in tmpfs).
+A mutant of the code that deletes files can delete any file. So bubblewrap starts each test in an environment where
+everything is read-only but /tmp and /dev/shm, which are small file systems in memory. When the test ends, these file
+systems disappear and its child processes are killed. This needs the package bubblewrap and Linux 6.6 (extended
+attributes of users in tmpfs).
 
-Not covered: headers, constants outside of functions, what only scripts, tools and the window test.
+Not covered: headers, constants outside of functions, and code that only the tests of scripts, tools and the window
+reach.
 """
 import argparse
 import collections
@@ -35,8 +37,9 @@ from mutants import Source, instrumented
 HERE = pathlib.Path(__file__).resolve().parent
 MUTATED = re.compile(r"(src|platform/file)/.*\.cpp")
 FLAGS = f"-O1 -w -Wno-narrowing -Werror=vla -fmax-errors=0 -fdiagnostics-color=never -include {HERE}/chosen_mutant.h"
-# A test that prints nothing for SILENT_SECONDS may hang. It counts as hanging if it then prints nothing for HANG_FACTOR times
-# the time that the test takes without the mutant, because on a busy machine any test is slow.
+# A test that prints nothing for SILENT_SECONDS may hang. It counts as hanging if it then prints nothing for HANG_FACTOR
+# times the test's time without the mutant. This time is measured at that moment, because on a busy machine any test is
+# slow.
 SILENT_SECONDS, HANG_FACTOR = 5, 4
 MEMORY_FOLDERS = [word for folder in ("/tmp", "/dev/shm") for word in ("--size", str(512 << 20), "--tmpfs", folder)]
 ISOLATED = ["prlimit", f"--as={8 << 30}", "bwrap", "--ro-bind", "/", "/", "--dev", "/dev", "--proc", "/proc", *MEMORY_FOLDERS,
@@ -48,14 +51,14 @@ def output(*command):
 
 
 def write_if_new(path, content):
-    """Leaves a file that is the same alone, so that it isn't compiled again."""
+    """Writes the file unless it already has this content. So an unchanged file isn't compiled again."""
     path.parent.mkdir(parents=True, exist_ok=True)
     if not path.exists() or path.read_bytes() != content:
         path.write_bytes(content)
 
 
 def extract(tree):
-    """Writes the tree, and gives the sources to mutate."""
+    """Writes the files of HEAD to the tree, except the sources to mutate. Yields these with their paths."""
     with tarfile.open(fileobj=io.BytesIO(output("git", "-C", HERE.parents[1], "archive", "HEAD"))) as archive:
         for file in filter(tarfile.TarInfo.isfile, archive):
             content = archive.extractfile(file).read()
@@ -105,7 +108,8 @@ def build_mutants(scratch, jobs):
 
 
 def mutants_in_errors(text, build, owners):
-    """Of each error the mutants in the first line that has any, of those that the compiler names; else the nearest above."""
+    """Returns the mutants that cause the compiler's errors: for each error, those in the first line that the compiler
+    names and that has mutants. If no such line has any, those in the nearest line above the first one."""
     wrong = set()
     for error in re.split(r"^(?=\S+:\d+:\d+: (?:fatal )?error: )", text, flags=re.M)[1:]:
         named = [(pathlib.Path(os.path.normpath(build / file)), int(line) - 1)
@@ -119,10 +123,10 @@ def mutants_in_errors(text, build, owners):
 class Run:
     def __init__(self, mutants, programs):
         self.mutants = {m.number: m for m in mutants}
-        self.seconds = {}  # of each (program, test)
-        self.reaching = collections.defaultdict(list)  # of each mutant, the tests
-        self.killers = {}  # of each mutant that was run, the tests that fail
-        self.hung = set()  # mutants
+        self.seconds = {}  # by (program, test)
+        self.reaching = collections.defaultdict(list)  # by mutant: the tests that reach it
+        self.killers = {}  # by mutant that was run: the tests that fail
+        self.hung = set()  # mutants with which a test hung
         for program in programs:
             self.record(program)
 
@@ -153,8 +157,9 @@ class Run:
             os.close(flags)
 
     def judge(self, number, every, slow):
-        """Finds the tests that kill the mutant; without `every` up to the first. The slow ones run one by one, and only if no
-        other kills it; after a test that hangs none runs, since each may take as long."""
+        """Finds the tests that kill the mutant. Without `every` it stops at the first one. Slow tests run one by one,
+        and only if no other test kills the mutant. After a test that hangs no further test runs, because each may take
+        as long."""
         quick = collections.defaultdict(list)
         for test in self.reaching[number]:
             if self.seconds[test] <= slow:
@@ -168,7 +173,8 @@ class Run:
         self.killers[number] = killers
 
     def failing(self, number, tests, every):
-        """The tests of one program that fail. A crash ends the program, so the tests after it need another process."""
+        """Returns the tests of one program that fail. A crash ends the program, so the remaining tests need another
+        process."""
         program, left, failed = tests[0][0], [name for _, name in tests], set()
         while left:
             process = self.start(program, ["--gtest_filter=" + ":".join(left)] + ["--gtest_fail_fast"] * (not every), number)
@@ -183,7 +189,7 @@ class Run:
         return {(program, name) for name in failed}
 
     def read(self, process, program, number):
-        """The output of a test program, which is killed if a test hangs or prints without end."""
+        """Returns the output of a test program. Kills the program if a test hangs or prints without end."""
         text, more = b"", b" "
         while more and len(text) < 1 << 24:
             silent = not select.select([process.stdout], [], [], SILENT_SECONDS)[0]
@@ -217,7 +223,7 @@ class Run:
             print(f"{mutant.file}:{mutant.line}: {mutant.shown}  [{tests or 'no'} tests reach it]", file=out)
 
     def write_matrix(self, out):
-        """A mutant that hangs ran too few tests to be killed by one alone."""
+        """A mutant that hangs doesn't count as killed by one test alone, because too few tests ran with it."""
         killed = collections.Counter(test for tests in self.killers.values() for test in tests)
         alone = collections.Counter(next(iter(tests)) for number, tests in self.killers.items()
                                     if len(tests) == 1 and number not in self.hung)

@@ -20,7 +20,7 @@ class InstallationTest(unittest.TestCase):
         cls.run_tool("cmake", "--install", BUILD, "--prefix", cls.prefix, "--strip")
         configured = next(line.split("=", 1)[1] for line in (BUILD / "CMakeCache.txt").read_text().splitlines()
                           if line.startswith("CMAKE_INSTALL_PREFIX:"))
-        for path in cls.prefix.rglob("*"):  # files that name other files expect the prefix of the configuration
+        for path in cls.prefix.rglob("*"):  # files that contain paths have the configured prefix in them
             if path.is_file() and not path.is_symlink() and f"{configured}/".encode() in (content := path.read_bytes()):
                 if b"\0" not in content:
                     path.write_bytes(content.replace(f"{configured}/".encode(), f"{cls.prefix}/".encode()))
@@ -35,5 +35,6 @@ class InstallationTest(unittest.TestCase):
 
 
 def main():
-    # The folder of the packaging is in the command so that a change in it runs the suite again.
+    # The suite's command names the folder `packaging`, so that the suite runs again after a change there. unittest must
+    # not see this argument.
     unittest.main(argv=sys.argv[:1])

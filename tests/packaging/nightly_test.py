@@ -1,4 +1,5 @@
-"""A backup every night: systemd accepts the units, and what they start backs up a profile and tells of a failure."""
+"""A backup every night: systemd accepts the units, and the script that they start backs up a profile and reports a
+failure."""
 import os
 import signal
 import subprocess
@@ -56,7 +57,7 @@ class NightlyTest(InstallationTest):
         self.profile("stopped", to="./other", files=300, size=100_000)
         (self.folder / "other").mkdir()
         self.tool("systemd-inhibit", "exec cat\n")
-        for _ in range(5):  # the backup may be over before the signal
+        for _ in range(5):  # repeated, because a backup may end before the signal
             before = len(list((self.folder / "other").rglob("*.QDT")))
             with subprocess.Popen([self.programs / "backup-profile", "stopped"], env=self.user, cwd=self.folder,
                                   stdout=subprocess.PIPE, stderr=subprocess.DEVNULL) as run:

@@ -1,9 +1,10 @@
-"""Devices filled with databases and a registry, and what a restore makes of them."""
+"""Devices filled with databases and a registry, and their contents after a restore."""
 import independent_set
 from companions import REGISTRY_HEAD, lines
 from program import CONFIRM_REGISTRY, SET, ProgramTest, full_restore
 
-# Difficult names as the host has them, and as the device shows them: a byte that can't be shown is U+F700 and the byte.
+# Difficult names on the host, and the same names on the device. A byte that can't be shown becomes U+F700 plus the
+# byte.
 NAMES = {
     b"caf\xe9": "caf\uf7e9", b"\xff\xfe": "\uf7ff\uf7fe", b"\xed\xa0\x80": "\uf7ed\uf7a0\uf780",
     b"x" * 255: "x" * 255, ("\u20ac" * 85).encode(): "\u20ac" * 85, b"\xe9" * 200: "\uf7e9" * 200,
@@ -21,7 +22,8 @@ I2, I4, R8, BOOL, UI2, UI4, TEXT, TIME, BYTES = 2, 3, 5, 11, 18, 19, 31, 64, 65
 
 
 def item(number, kind, value, flags=0):
-    """A property as an export has it. Of a text that is no Unicode the value is a list of its units, of bytes it is bytes."""
+    """Returns a property as in an export. `value` is bytes for a blob, and a list of UTF-16 units for a text that isn't
+    valid Unicode."""
     found = {"id": f"{number:04x}{kind:04x}"}
     if flags:
         found["flags"] = flags
@@ -30,7 +32,7 @@ def item(number, kind, value, flags=0):
 
 
 def every_type(number):
-    """A record of all types, which names its number."""
+    """Returns a record with a property of each type. Its values depend on `number`."""
     return [item(1, TEXT, f"Name {number}"), item(2, I2, number % 65536 - 32768), item(3, UI2, number % 65536),
             item(4, I4, -number), item(5, UI4, 2 ** 32 - 1 - number), item(6, BOOL, number % 2), item(7, R8, number / 8),
             item(8, TIME, number << 32 | number, 0x40), item(9, BYTES, number.to_bytes(4, "little") * (number % 5)),
@@ -38,24 +40,24 @@ def every_type(number):
 
 
 def texts(*values):
-    """A record with one text for each value."""
+    """Returns one record for each value. The record contains only this text."""
     return [[item(1, TEXT, value)] for value in values]
 
 
 def stored(record):
-    """The record as it comes out of a set, which has no values of these two types."""
+    """Returns the record as a restore makes it: a set doesn't keep the values of BOOL and R8."""
     lost = {f"{BOOL:04x}": 0, f"{R8:04x}": 0.0}
     return [{**one, "value": lost[one["id"][4:]]} if one["id"][4:] in lost else one for one in record]
 
 
 def after(rounds, databases):
-    """The databases after so many backups and restores: each reverses the order of the records."""
+    """Returns the databases after this number of backups and restores. Each round reverses the order of the records."""
     return [{**one, "records": [stored(record) for record in one["records"][::-1 if rounds % 2 else 1]]}
             for one in databases]
 
 
 def image(one):
-    """The image of a database, by the independent writer."""
+    """Returns the image of a database, made by the independent writer."""
     def value(found):
         if "units" in found:
             return b"".join(unit.to_bytes(2, "little") for unit in found["units"]).decode("utf-16-le", "surrogatepass")
@@ -75,7 +77,8 @@ class ContentsTest(ProgramTest):
             self.device_tool("registry", "import", device, "-", given=(REGISTRY_HEAD + registry).encode("utf-16-le"))
 
     def write_set(self, *databases, registry=None, folder=None):
-        """Set 1 on the card, by the independent writer. A database may also be a name and the bytes of its image."""
+        """Writes set 1 to the card with the independent writer. A database may also be a name and the bytes of its
+        image."""
         made = independent_set.Set()
         for one in databases:
             name, content = (one["name"], image(one)) if isinstance(one, dict) else one
@@ -85,7 +88,7 @@ class ContentsTest(ProgramTest):
         return made.write(folder or self.sets)
 
     def assert_holds(self, *databases, device=None):
-        """Not by assertEqual, which would compare megabytes for a picture of the difference."""
+        """Compares without assertEqual, which would take long to show the difference between megabytes."""
         found, wanted = self.exported(device).splitlines(), lines(*databases).splitlines()
         for number, (have, want) in enumerate(zip(found, wanted)):
             self.assertEqual(have[:2000], want[:2000], f"line {number + 1}")

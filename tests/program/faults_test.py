@@ -1,4 +1,5 @@
-"""Each row of the table of faults in docs/commands.md: the fault is made, and exit code and sentence are those of the table."""
+"""The test causes each fault of the table in docs/commands.md, and expects the exit code and the sentence of the
+table."""
 import fnmatch
 import os
 import pathlib
@@ -13,7 +14,7 @@ PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/commands.md"
 
 
 def rows():
-    """Fault, exit code and sentence. In a sentence * is any text."""
+    """Returns fault, exit code and sentence of each row. In a sentence * means any text."""
     table = PAGE.read_text().split("## What can go wrong\n")[1].split("\n## ")[0]
     return re.findall(r"^\| (.+?) \| (\d) \| (.+?) \|$", table, re.M)
 
@@ -39,7 +40,7 @@ class FaultsTest(ProgramTest):
         return ["--profile", "nightly", "backup"]
 
     def used(self, device, *more):
-        """A process that has a device open until the end of the test."""
+        """Starts a process that keeps a device open until the end of the test."""
         (device / "object-store").mkdir(parents=True, exist_ok=True)
         process = subprocess.Popen([BIN / "quillbox", "--device", device, *more, "--script", "-"], stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         process.stdin.write(b'command 40011\nwait "Options"\nprint text\nwait "never"\n')
@@ -50,7 +51,7 @@ class FaultsTest(ProgramTest):
         self.addCleanup(process.kill)
 
     def read_only(self):
-        """A folder that another user owns, and the program without the rights of an administrator."""
+        """Makes a folder that another user owns, and has the program run without the rights of an administrator."""
         target = self.folder / "others"
         target.mkdir(mode=0o755)
         if os.geteuid() == 0:
@@ -85,12 +86,12 @@ class FaultsTest(ProgramTest):
         return self.backup()
 
     def everything(self):
-        """All files but those in which a device that exists keeps its state."""
+        """Returns all files but those with the state of an existing device."""
         return {name: content for name, content in self.content(self.folder).items()
                 if not name.startswith((b"device/device.", b"other/device."))}
 
     def faults(self):
-        """How each fault is made. Returns the words of the command."""
+        """Returns for each fault a function that causes it and returns the words of the command."""
         return {
             "An option is missing": lambda: ["backup"],
             "A number is out of range": lambda: self.backup("--replace", "100"),

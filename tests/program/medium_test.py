@@ -1,6 +1,6 @@
-"""A removable medium: it appears as a card when it is mounted, takes a backup, and is pulled out of another one.
+"""A removable medium: it appears as a card when it is mounted, stores one backup, and is pulled out during another one.
 
-It is tmpfs, mounted at a second place, so that its content can be read after it is gone.
+The medium is a tmpfs that is also mounted at a second path, so that its content can be read after it was pulled out.
 """
 import os
 import subprocess
@@ -79,7 +79,7 @@ class MediumTest(ProgramTest):
         self.assertIn("the card was taken out", said)
         self.assertEqual({path: path.read_bytes() for path in old}, old)
         left = self.content()
-        # Without an entry the item that was being stored isn't part of the set.
+        # The item that was being stored has no entry in the list, so the test cuts off its data.
         os.truncate(data, card_reader.entries(data.with_suffix(".QLT"))[-1].end)
         stored = {name.replace("\\", "/").encode()[1:]: content for kind, name, content in
                   card_reader.read_set(data.with_suffix(".QLT")) if kind == 1}

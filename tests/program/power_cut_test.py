@@ -1,4 +1,4 @@
-"""A power cut after exit code 0: what a run reported as done is on the disk, whole."""
+"""A power cut after exit code 0: everything that a run reported as done is completely on the disk."""
 import contextlib
 import os
 import shutil
@@ -6,14 +6,14 @@ import subprocess
 
 from program import ProgramTest, full_backup, full_restore, options_script
 
-# How each is made, its size in MiB, and what lets a copy be mounted beside it.
+# For each file system: the command that makes it, its size in MiB, and the mount options of a copy beside the original.
 FILE_SYSTEMS = {"ext4": (["mkfs.ext4", "-q", "-F"], 64, "loop"), "xfs": (["mkfs.xfs", "-q", "-f"], 320, "loop,nouuid")}
 FILE_COUNT = 300
 
 
 class PowerCutTest(ProgramTest):
-    """A disk is an image in a file. What the file holds at one moment is what the kernel has sent to the disk by then:
-    a copy of it, mounted, is the disk after a power cut."""
+    """A disk is an image in a file. At any moment the file contains exactly the data that the kernel has sent to the
+    disk. So a mounted copy of the file shows the disk after a power cut at that moment."""
 
     @contextlib.contextmanager
     def mounted(self, image, options):
@@ -30,7 +30,8 @@ class PowerCutTest(ProgramTest):
 
     @contextlib.contextmanager
     def disk(self, kind):
-        """A new file system, mounted, and a call that mounts what a power cut would leave of it now."""
+        """Yields a new mounted file system, and a function that mounts the state after a power cut at the time of its
+        call."""
         make, megabytes, options_of_copy = FILE_SYSTEMS[kind]
         if not shutil.which(make[0]):
             self.skipTest(make[0] + " is missing")
@@ -40,7 +41,7 @@ class PowerCutTest(ProgramTest):
         subprocess.run([*make, image], check=True, capture_output=True)
         with contextlib.ExitStack() as mounts:
             place = mounts.enter_context(self.mounted(image, "loop"))
-            subprocess.run(["sync"], check=True)  # the file system itself is there before the test begins
+            subprocess.run(["sync"], check=True)  # the new file system itself must be on the disk before the test begins
 
             def cut():
                 after = self.folder / f"{kind}.after"

@@ -13,7 +13,7 @@ CONFIRM_REGISTRY = 'wait "Restore"\nok\n'
 
 
 def full_backup(*boxes, storage="\\Card", comment=""):
-    """Without `boxes` a backup of all files."""
+    """Returns the lines of a full backup. Without `boxes` it backs up all files."""
     checks = "".join(f"check {box}\n" for box in boxes or [FILES])
     return f"""command 40003
 wait "Full Backup"
@@ -27,7 +27,7 @@ idle
 
 
 def full_restore(then="", set=SET):
-    """`then` answers what the restore asks: CONFIRM_REGISTRY if the set has a registry."""
+    """Returns the lines of a full restore. `then` answers its questions: CONFIRM_REGISTRY if the set has a registry."""
     return f"""command 40006
 wait "Select"
 select 1003 "{set}"
@@ -39,7 +39,8 @@ ok
 
 
 def options_script(policy=None, log=None, delete=None):
-    """`policy` is the restore option's control: 1023 to replace files, 1024 to skip them, 1025 to ask."""
+    """Returns the lines that set options. `policy` is the id of a restore option's control: 1023 to replace files, 1024
+    to skip them, 1025 to ask."""
     lines = ["command 40011", 'wait "Options"']
     if policy:
         lines.append(f"check {policy}")
@@ -50,7 +51,7 @@ def options_script(policy=None, log=None, delete=None):
 
 
 def shown(transcript, *kinds):
-    """The transcript's lines of these kinds: what the user saw."""
+    """Returns the transcript's lines of these kinds, which show what the user saw."""
     return [line for line in transcript if line.split(" ", 1)[0] in kinds]
 
 
@@ -67,7 +68,7 @@ class ProgramTest(CompanionTest):
         self.card.mkdir(parents=True)
 
     def quillbox(self, script, *arguments, device=None, **more):
-        """Runs a script. The finished process also has the lines of its transcript: .transcript."""
+        """Runs a script. Returns the finished process, which also has the lines of the transcript: .transcript."""
         transcript = self.folder / "transcript"
         done = self.run_program("quillbox", "--device", device or self.device, "--script", "-", "--transcript", transcript,
                                 "--timeout", "20", *arguments, given=script, env={**os.environ, "LC_ALL": "C.UTF-8"}, **more)
@@ -78,12 +79,12 @@ class ProgramTest(CompanionTest):
         path = self.store / os.fsdecode(name)
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
-        # A file that was written a moment ago isn't deleted after its backup.
+        # A backup doesn't delete a file that was written a moment ago.
         os.utime(path, (time.time() - 10,) * 2)
         return path
 
     def content(self, folder=None):
-        """Every file below the object store, by its name as bytes."""
+        """Returns the content of every file below the object store. The key is the name as bytes."""
         folder = os.fsencode(folder or self.store)
         found = {}
         for place, _, names in os.walk(folder):
@@ -98,13 +99,14 @@ class ProgramTest(CompanionTest):
         self.store.mkdir()
 
     def log(self):
-        """The lines of the first set's log, which have a blank at their end."""
+        """Returns the lines of the first set's log. Each line ends with a blank."""
         lines = (self.sets / "BACKUP0001.LOG").read_bytes().decode().split("\r\n")
         self.assertEqual(lines.pop(), "")
         return lines
 
     def items(self, number=1):
-        """A set's items with their bytes, by kind and name. Each is there once. The registry's name means nothing."""
+        """Returns the bytes of a set's items by kind and name. Each item must occur once. The registry's name has no
+        meaning and becomes ""."""
         items = read_set(self.sets / f"QLBX{number:04d}.QLT")
         found = {(kind, name if kind in (1, 2) else ""): content for kind, name, content in items}
         self.assertEqual(len(found), len(items), [name for _, name, _ in items])

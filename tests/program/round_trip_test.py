@@ -1,4 +1,5 @@
-"""All databases and the registry of a device into a set and back: nothing is lost but what the format can't hold."""
+"""All databases and the registry of a device are stored in a set and restored. Nothing is lost but what the format
+can't hold."""
 
 import independent_set
 from companions import SANITIZED, database, lines
@@ -38,7 +39,7 @@ class RoundTripTest(ContentsTest):
         databases = all_kinds(MANY)
         other = self.folder / "other"
         self.fill(*databases, registry=KEYS)
-        self.quillbox("idle\n")  # which leaves its options in the registry
+        self.quillbox("idle\n")  # the program leaves its options in the registry
         registry = self.registry()
         self.quillbox(full_backup(DATABASES, REGISTRY))
         self.assert_holds(*databases)
@@ -51,7 +52,7 @@ class RoundTripTest(ContentsTest):
         self.assertEqual(self.registry(other), registry)
         self.assertEqual(list((other / "object-store").iterdir()), [])
 
-        # The other device's set into the first one, where all of them exist.
+        # Restores the other device's set into the first device, where all databases exist.
         self.quillbox(full_backup(DATABASES, REGISTRY, storage="Main device"), device=other)
         for made in (other / "object-store" / "QUILBOX").iterdir():
             made.replace(self.sets / made.name)
@@ -110,7 +111,7 @@ class RoundTripTest(ContentsTest):
             failures = sum(line.endswith(f"ERR: Database backup: {name} ") for line in log)
             self.assertEqual(failures, 0 if name in stored else 1, log)
 
-        # A set that has these names although no backup stores them.
+        # A set with these names, which no backup would store.
         self.write_set(*(database(name, texts("hostile")) for name in paths))
         self.quillbox('answer "Database:*" no\n' + full_restore(), code=4)
         self.assertEqual(self.exported(), before)

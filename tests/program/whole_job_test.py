@@ -1,4 +1,5 @@
-"""Whole jobs on many real files: every byte and every name comes back, also through other programs."""
+"""Complete backups and restores of many real files: every byte and every name comes back, also with other readers and
+writers of sets."""
 import os
 import random
 
@@ -13,7 +14,7 @@ EDGES = [0, 1, 2, 259, 260, 261, BLOCK - 1, BLOCK, BLOCK + 1, 2 * BLOCK, 2 * BLO
 
 class WholeJobTest(ProgramTest):
     def fill(self, count=0):
-        """So many files of text and noise, and files with difficult names and sizes."""
+        """Writes `count` files of text and noise, and files with difficult names and sizes."""
         chance = random.Random(count)
         words = [chance.randbytes(chance.randint(1, 12)) for _ in range(50)]
         text = b" ".join(chance.choices(words, k=20_000))
@@ -42,7 +43,8 @@ class WholeJobTest(ProgramTest):
         out = self.output_folder()
         self.set_tool("extract", self.set, out)
         self.assertTrue(self.content(out) == before)
-        # The independent reader gives the device's names; the content is different in nearly every file.
+        # The independent reader returns the names on the device, so only contents are compared. Nearly every file has a
+        # different content.
         self.assertEqual(sorted(self.items().values()), sorted(before.values()))
 
     def test_quillbox_restores_what_another_writer_made(self):

@@ -34,7 +34,7 @@ QWidget* findWindow(const QString& title)
     return nullptr;
 }
 
-// Of the core's visible windows; null if there is none.
+// Returns the front one of the window core's visible windows, or null if there is none.
 HWND frontWindow()
 {
     for (const HWND each : window::topLevelWindows()) {
@@ -149,7 +149,8 @@ void Desktop::SetUp()
         WCHAR none[] = u"";
         WinMain(reinterpret_cast<HINSTANCE>(UINT_PTR{1}), nullptr, none, SW_SHOW);
     });
-    // A window becomes active some time after it appears. Without this wait it could take the focus from a dialog.
+    // A window becomes active some time after it appears. Without this wait, the main window could take the focus from
+    // a dialog.
     const QWidget& main = await(MainTitle);
     ASSERT_TRUE(eventually([&] { return main.isActiveWindow(); }));
 }
@@ -213,7 +214,7 @@ void Desktop::act(QWidget& target, const std::function<void()>& input)
     require([&] {
         if (!isInFront(title) || !window::takesInput(frontWindow()))
             return false;
-        // Without a window manager nothing activates a window when the one over it disappears.
+        // There is no window manager here, so nothing activates a window when the window over it disappears.
         if (!target.isActiveWindow())
             target.activateWindow();
         return target.isActiveWindow();

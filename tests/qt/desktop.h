@@ -32,19 +32,19 @@ const std::vector<DialogOfMenu>& dialogsOfMenu();
 class Desktop : public HostFolder {
 protected:
     void SetUp() override;
-    // Closes what is open, the main window last.
+    // Closes all open windows, the main window last.
     void TearDown() override;
 
-    // Handles events until the condition holds. False after a minute: nothing waits that long when all is well.
+    // Handles events until the condition holds. Returns false after a minute. No successful test waits that long.
     static bool eventually(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 60000); }
-    // Throws if the window doesn't appear.
+    // Waits for the window and returns it. Throws if the window doesn't appear.
     static QWidget& await(const QString& title);
     static bool isThere(const QString& title);
     static void awaitGone(const QString& title)
     {
         EXPECT_TRUE(eventually([&] { return !isThere(title); })) << title.toStdString();
     }
-    // Does the program wait for input, with no window over the main window?
+    // Returns whether the program waits for input and no window is over the main window.
     static bool rests();
     void awaitRest()
     {
@@ -52,8 +52,8 @@ protected:
         drawFrame();
     }
 
-    // Does the input when the window is in front and takes input: the program would drop earlier input. Then waits
-    // until the program takes input again or another window is in front.
+    // Waits until the window is in front and takes input, because the program drops input before that. Then calls
+    // `input`, and waits until the program takes input again or another window is in front.
     void act(QWidget& window, const std::function<void()>& input);
     void click(QWidget& window, const QString& name);
     void clickRow(QWidget& window, const QString& text);
@@ -71,7 +71,7 @@ protected:
         for (const Qt::Key key : keys)
             press(window, key);
     }
-    // Tab, until the control has the focus.
+    // Presses Tab until the control has the focus.
     void tabTo(QWidget& window, const std::function<bool(QWidget&)>& isMeant)
     {
         for (int times = 0; times < 30 && !isMeant(*window.focusWidget()); ++times)
@@ -80,7 +80,7 @@ protected:
     }
 
     QWidget& open(const DialogOfMenu& dialog);
-    // Of the first set on the card.
+    // Opens the restore dialog for the first set on the card.
     QWidget& openRestore(const QString& item, const QString& title)
     {
         QWidget& chooser = open({{"Operations", "Restore", item}, "Select"});
@@ -88,7 +88,7 @@ protected:
         click(chooser, "OK");
         return await(title);
     }
-    // By Escape.
+    // Closes the dialog with Escape.
     void leave(QWidget& dialog)
     {
         const QString title = dialog.windowTitle();
@@ -102,12 +102,12 @@ protected:
         click(chooser, "OK");
     }
 
-    // These run on threads of their own, which end when the window is closed.
+    // The windows of these two functions run on threads of their own. A thread ends when its window is closed.
     QWidget& ask(const QString& text, const QString& title, UINT type, std::atomic<int>* answer = nullptr);
     // A list box with these rows, which asks for the width `extent`, in a dialog called "Rows".
     QListView& showRows(const std::vector<std::u16string>& rows, int extent = 0);
 
-    // Has the window show the selection of what to restore from the set.
+    // Asks the main window to show the dialog that selects what to restore from the set.
     platform::device::ShownSet openSet(const std::filesystem::path& listFile)
     {
         auto set = device_->showSet(listFile);
@@ -115,11 +115,11 @@ protected:
             request_.make(set.listFile);
         return set;
     }
-    // From the toolbar to the end of the run: all files, onto the storage card.
+    // Backs up all files to the storage card: starts the run from the toolbar and waits for its end.
     void backUpAllFiles(const QString& comment);
     std::filesystem::path store() const { return at("device/object-store"); }
     std::filesystem::path sets() const { return at("device/cards/Storage Card/QUILBOX"); }
-    // Is it a name or comment in the list of the first set?
+    // Returns whether the text is a name or comment in the list of the first set.
     bool listContains(const std::u16string& text) const;
 
     // Shows the latest changes now, as the next frame would.
@@ -139,9 +139,9 @@ private:
 
 // The name that a screen reader reads.
 QString nameOf(const QWidget& widget);
-// Null if the window shows no such control.
+// Returns null if the window shows no such control.
 QWidget* findControl(QWidget& window, const QString& name);
-// A row of the model by its text; invalid if there is none.
+// Returns a row of the model by its text, or an invalid index.
 QModelIndex findRow(const QAbstractItemModel& model, const QString& text, const QModelIndex& above = {});
 // The tip that the view shows at a point of its viewport.
 QString tipAt(const QAbstractItemView& view, const QPoint& point);

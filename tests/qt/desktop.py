@@ -17,7 +17,7 @@ import time
 
 TOOLS = ["Xvfb", "openbox", "xdotool", "xprop", "xwininfo", "dbus-daemon"]
 MISSING = 77  # exit code
-ROWS = {"list item", "table cell"}  # their list has the focus, not they
+ROWS = {"list item", "table cell"}  # roles of rows: their list has the focus
 MAIN = "KORV Quillbox"
 LOOKS_PER_SECOND = 50
 
@@ -46,12 +46,13 @@ class TimedOut(SystemExit):
 
 
 def wait_for(what, condition, seconds=60):
-    """The condition's first true value. The limit is a number of looks, so a host that stops for a while costs none."""
+    """Returns the condition's first true value. The limit is a number of checks and not a time, so it still holds if
+    the host stops for a while."""
     from gi.repository import GLib
     for _ in range(seconds * LOOKS_PER_SECOND):
         while GLib.MainContext.default().iteration(False):
             pass
-        with contextlib.suppress(GLib.Error, NotImplementedError):  # the object that it asks about has just gone
+        with contextlib.suppress(GLib.Error, NotImplementedError):  # the object has just disappeared
             if found := condition():
                 return found
         time.sleep(1 / LOOKS_PER_SECOND)
@@ -71,7 +72,7 @@ def xdotool(*words):
 
 
 class Desktop:
-    """One for each process, because the environment decides once to which bus AT-SPI connects."""
+    """A process can have only one Desktop, because AT-SPI chooses its bus once, by the environment."""
 
     def __init__(self, bin_folder, size="1000x800"):
         self.bin = pathlib.Path(bin_folder)
@@ -84,7 +85,7 @@ class Desktop:
             os.environ.pop(name, None)
         os.environ.update(QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", QT_QPA_PLATFORM="xcb", NO_AT_BRIDGE="0",
                           XDG_CONFIG_HOME=str(self.base / "config"), XDG_RUNTIME_DIR=str(self.base / "runtime"))
-        # The number of the display is fixed, because two servers that search for a free one can find the same.
+        # The number of the display is given, because two servers that search for a free number can find the same one.
         # -noreset: a server that resets after its only client would refuse one that is just connecting.
         self.display = os.environ["DISPLAY"] = ":" + self.answer_of(
             "Xvfb", f":{100 + os.getpid() % 50000}", "-screen", "0", f"{size}x24", "-nolisten", "tcp", "-noreset",
@@ -108,7 +109,7 @@ class Desktop:
                                **{"stderr": None, **process_options}), scale)
 
     def answer_of(self, *words):
-        """Starts a program that writes one line to the descriptor {}."""
+        """Starts a program that writes one line to the descriptor in place of {}. Returns this line."""
         reader, writer = os.pipe()
         self.start(*[word.format(writer) for word in words], pass_fds=[writer])
         os.close(writer)
@@ -123,12 +124,12 @@ class Desktop:
 
 
 class User:
-    """Of one program. `scale`: pixels of the screen for one of the program's."""
+    """A user of one program. `scale` is the number of screen pixels for one pixel of the program."""
 
     def __init__(self, process, scale):
         import pyatspi
         from gi.repository import Atspi
-        # By default a program that doesn't answer for a second has no states and no names.
+        # With the default timeout of one second, AT-SPI would report no states and no names for a busy program.
         Atspi.set_timeout(60000, 60000)
         self.process, self.scale, self.atspi = process, scale, pyatspi
         desktop = pyatspi.Registry.getDesktop(0)
@@ -151,7 +152,7 @@ class User:
         return next((w for w in self.application if w and w.name == title and self.shows(w)), None)
 
     def window(self, title):
-        """When it has its final position and the focus."""
+        """Returns the window as soon as it has its final position and the focus."""
         def settled():
             window, active = self.is_there(title), xdotool("getactivewindow")
             if not window or not active or xdotool("getwindowname", active) != title:
@@ -164,21 +165,21 @@ class User:
         return wait_for(f"the window {title!r}", settled)
 
     def search(self, node, fits):
-        """The first node below that fits, depth first."""
+        """Returns the first fitting node below `node`, depth first."""
         for child in node or []:
             if child and (found := child if fits(child) else self.search(child, fits)):
                 return found
         return None
 
     def find(self, title, name, role=None, starts=False, seconds=60):
-        """A visible object in the window, by its name or the beginning of that."""
+        """Returns a visible object in the window by its name, or by the beginning of its name if `starts` is set."""
         def fits(node):
             same = node.name.startswith(name) if starts else node.name == name
             return same and role in (None, node.getRoleName()) and self.shows(node)
         return wait_for(f"{name!r} in {title!r}", lambda: self.search(self.is_there(title), fits), seconds)
 
     def focused(self, title):
-        """The control that has the focus. For a moment none has it."""
+        """Returns the control that has the focus, or None: at times no control has it."""
         return self.search(self.window(title),
                            lambda node: self.has(node, "FOCUSED") and node.getRoleName() not in ROWS)
 
@@ -226,16 +227,16 @@ class User:
         return wait_for(what, condition)
 
     def sets(self, title, name, state, act):
-        """Input that sets a state of a control."""
+        """Repeats the input until the control has the state."""
         self.until(f"{name!r} {state.lower()}", act, lambda: self.has(self.find(title, name), state))
 
     def opens(self, title, act):
-        """Input that opens a window."""
+        """Repeats the input until the window is open."""
         self.until(title, act, lambda: self.is_there(title))
         return self.window(title)
 
     def ends(self, title, act):
-        """Input that closes the window. Another one with this title may follow."""
+        """Repeats the input until the window is closed. Another window with this title may follow."""
         window = self.window(title)
         self.until(f"the end of {title!r}", act,
                    lambda: not any(w == window and self.shows(w) for w in self.application if w))

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""What the program asks of the desktop during a run: no sleep, its progress in the taskbar, and at the end a notification
-if its window isn't in front. The desktop's services are played by this script.
+"""The program's requests to the desktop during a run: no sleep, its progress in the taskbar, and at the end a
+notification if its window isn't in front. This script plays the desktop's services.
 
     desktop_services_test.py BIN-FOLDER
 Exit code 77: a tool is missing.
@@ -22,12 +22,12 @@ INTERFACES = """<node>
     <arg type='s' direction='in'/><arg type='h' direction='out'/>
   </method></interface>
 </node>"""
-FILES = 9000  # the window is minimised before the run ends
+FILES = 9000  # so many that the test can minimise the window before the run ends
 LAUNCHER = "com.canonical.Unity.LauncherEntry"
 
 
 class Services:
-    """Answers while wait_for() waits."""
+    """The desktop's services. They answer calls only while wait_for() runs."""
 
     def __init__(self):
         from gi.repository import Gio
@@ -50,7 +50,7 @@ class Services:
         self.held, writer = os.pipe()
         os.set_blocking(self.held, False)
         descriptors = self.gio.UnixFDList.new()
-        descriptors.append(writer)  # a copy, which the answer hands over
+        descriptors.append(writer)  # makes a copy of the descriptor, which the answer passes on
         os.close(writer)
         invocation.return_value_with_unix_fd_list(GLib.Variant("(h)", [0]), descriptors)
 

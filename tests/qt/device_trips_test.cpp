@@ -1,4 +1,4 @@
-// device_trips_test.cpp - cards, folders and sets of the host that the user brings into the open window.
+// device_trips_test.cpp - cards, folders and sets of the host that the user opens in the window of a running program.
 #include "desktop.h"
 
 #include <QApplication>
@@ -11,7 +11,7 @@ namespace {
 
 class DeviceTripTest : public Desktop {
 protected:
-    // Chooses the folder in the desktop's dialog, which the item of the menu "Device" opens.
+    // Opens the desktop's file dialog with an item of the menu "Device", and chooses the folder.
     void choose(const QString& item, const QString& title, const QString& folder)
     {
         auto& dialog = dynamic_cast<QFileDialog&>(open({{"Device", item}, title}));
@@ -67,7 +67,7 @@ TEST_F(DeviceTripTest, SetOfAnotherFolderOpensTheRestoreSelection)
     }
     EXPECT_NE(openSet(elsewhere / "QLBX0001.QDT").error, "");
 
-    // While the user answers something, the set waits.
+    // While another dialog is open, the dialog for the set waits.
     QWidget& about = open({{"File", "About..."}, "Quillbox"});
     EXPECT_EQ(openSet(elsewhere / "QLBX0001.QLT").error, "");
     drawFrame();

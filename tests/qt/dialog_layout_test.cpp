@@ -21,7 +21,7 @@ namespace {
 
 const DialogOfMenu& Filter = dialogsOfMenu()[0];
 
-// At a font of the given size in points.
+// The parameter is the size of the font in points.
 class DialogLayoutTest : public Desktop, public testing::WithParamInterface<int> {
 protected:
     void SetUp() override
@@ -63,7 +63,7 @@ int widthOfText(const QWidget& control)
     return widest;
 }
 
-// Of the one row of text.
+// Returns the vertical middle of the control, or of its first line of text if it is a label.
 int middleOf(const QWidget& control)
 {
     return control.y() +
@@ -105,7 +105,7 @@ TEST_P(DialogLayoutTest, NoTextIsCutAndRowsAreStraightAndApart)
     }
 }
 
-// Nobody can answer a question without its end, and a name can be as long as the file system allows.
+// A question must be shown to its end, although a name in it can be as long as the file system allows.
 TEST_P(DialogLayoutTest, EveryMessageIsShownWhole)
 {
     for (const QString& name :
@@ -119,7 +119,7 @@ TEST_P(DialogLayoutTest, EveryMessageIsShownWhole)
         EXPECT_GE(label->width(), label->minimumSizeHint().width());
         EXPECT_GE(label->height(), label->heightForWidth(label->width()));
         EXPECT_LE(box.width(), box.screen()->availableGeometry().width());
-        // No surrogate pair and no accent is separated.
+        // No break separates a surrogate pair, or a letter from its accent.
         EXPECT_EQ(QString::fromUtf8(label->text().toUtf8()), label->text());
         EXPECT_FALSE(label->text().contains(QStringLiteral("\u200B\u0301")));
         press(box, Qt::Key_N);
@@ -140,7 +140,7 @@ int widestRow(const QListView& list)
     return widest;
 }
 
-// Pixels that can be seen by scrolling sideways.
+// Returns the width in pixels that scrolling sideways can show.
 int reachableWidth(const QListView& list)
 {
     return list.horizontalScrollBar()->maximum() + list.viewport()->width();
@@ -151,7 +151,8 @@ TEST_P(DialogLayoutTest, ListScrollsToTheEndOfItsWidestRowWhereverThatIs)
     std::vector<std::u16string> rows;
     for (int row = 0; row < 20000; ++row)
         rows.push_back(u"File:\\" + QString::number(row).toStdU16String() + std::u16string(60, u'i'));
-    rows[12345] = u"File:\\5" + std::u16string(50, u'W');  // fewer letters than the others, and not the last
+    // The widest row has fewer letters than the others and isn't the last one.
+    rows[12345] = u"File:\\5" + std::u16string(50, u'W');
     const QListView& list = showRows(rows);
     const int widest = widestRow(list);
     EXPECT_GT(widest, list.viewport()->width());
@@ -211,7 +212,7 @@ TEST_F(DialogInputTest, DateIsTheOneThatWasTypedAndItsYearIsShownWhole)
     };
     typeAndPress("12251998", Qt::Key_Tab);
     EXPECT_EQ(date->date(), QDate(1998, 12, 25)) << date->text().toStdString();
-    // Two digits of a year mean the nearest such year, both when Tab leaves and when Enter presses OK.
+    // Two digits of a year mean the nearest year that ends with them, both after Tab and after Enter, which presses OK.
     typeAndPress("030599", Qt::Key_Tab);
     EXPECT_EQ(date->date(), QDate(1999, 3, 5)) << date->text().toStdString();
     typeAndPress("040698", Qt::Key_Return);
@@ -233,7 +234,7 @@ TEST_F(DialogInputTest, ArrowsWithControlScrollAListAndMoveNoSelection)
     EXPECT_GT(bar.value(), 0);
     EXPECT_LT(bar.value(), list.viewport()->width());
     EXPECT_EQ(list.currentIndex().row(), 0);
-    press(dialog, Qt::Key_Right);  // without Ctrl it moves to another row
+    press(dialog, Qt::Key_Right);  // without Ctrl the key selects another row
     EXPECT_EQ(list.currentIndex().row(), 1);
     EXPECT_GT(bar.value(), 0);
     press(dialog, Qt::Key_Left, Qt::ControlModifier);
@@ -241,7 +242,7 @@ TEST_F(DialogInputTest, ArrowsWithControlScrollAListAndMoveNoSelection)
     leave(dialog);
 }
 
-// The picture of a line break comes from another font.
+// A line break is shown as a symbol from another font.
 TEST_F(DialogInputTest, LettersOfARowAreAtTheSameHeightWhateverOtherCharactersItHas)
 {
     QListView& list = showRows({u"ab", u"ab\n"});

@@ -1,9 +1,9 @@
-"""Orca, the screen reader, on the desktop of a test. What it would say is written to a file."""
+"""Orca, the screen reader, on the desktop of a test. Orca writes its phrases to a file instead of speaking them."""
 import shutil
 
 from desktop import TimedOut, require, wait_for
 
-# Orca reads this file at its start. Other desktops of this host can have an Orca too.
+# Orca reads this file at its start. Other desktops on this host can run an Orca, too.
 CUSTOMIZATIONS = """
 import sys
 import orca.settings
@@ -30,11 +30,11 @@ class Orca:
         require(process.poll() is None, f"Orca ended with {process.returncode}")
 
     def said(self):
-        """What it has said since the last phrase that was waited for."""
+        """Returns what Orca has said since the last phrase for which says() waited."""
         return self.spoken.read_text().splitlines()[self.heard:] if self.spoken.exists() else []
 
     def says(self, phrase):
-        """Waits until it says something that begins so."""
+        """Waits until Orca says something that begins with the phrase."""
         def found():
             return next((at for at, text in enumerate(self.said(), 1) if text.startswith(phrase)), None)
         try:

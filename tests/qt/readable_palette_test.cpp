@@ -1,4 +1,4 @@
-// readable_palette_test.cpp - colours that are hard to see are changed, and those that aren't stay.
+// readable_palette_test.cpp - colours with too little contrast are replaced, and other colours stay.
 #include "readable_palette.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Starts that fail, and a desktop that is missing or disappears during a backup. The program reports it, the run is
-completed, and its set is complete.
+"""Starts that fail, and a desktop that is missing or disappears during a backup. The program reports the trouble. A
+backup is completed, and its set is complete.
 
     rough_desktop_test.py BIN-FOLDER [CASE]
 Exit code 77: a tool is missing.
@@ -40,7 +40,7 @@ class Case:
         self.steps.full_backup("\\Card", "All files")
 
     def await_data(self, number):
-        """The first bytes of the set."""
+        """Waits for the first bytes of the set."""
         data = self.path_of(number, ".QDT")
         wait_for(f"the data of set {number}", lambda: data.exists() and data.stat().st_size > 0)
 
@@ -54,12 +54,12 @@ class Case:
         require(count == FILES, f"{count} of {FILES} files are in set {number}")
 
     def end_session(self):
-        """By the signal that a session's end sends. Returns the exit code."""
+        """Sends the signal that the end of a session sends. Returns the exit code."""
         self.user.process.send_signal(signal.SIGTERM)
         return self.user.process.wait(300)
 
     def lose_desktop(self):
-        """Returns what the program wrote to standard error."""
+        """Ends the X server. Returns the program's output on standard error."""
         self.desktop.server.kill()
         code, errors = self.user.process.wait(300), self.errors.read_text()
         require(code == DESKTOP_LOST, f"without its desktop it ended with {code}: {errors}")
@@ -68,7 +68,8 @@ class Case:
 
 
 def no_desktop(desktop):
-    """None is named, the named one doesn't exist, the toolkit has no such plugin, the program has no window module."""
+    """Four starts without a usable desktop: no display is named, the named one doesn't exist, the toolkit has no such
+    plugin, the program has no window module."""
     bare = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "QT_QPA_PLATFORM")}
     alone = desktop.base / "alone" / "bin"
     alone.mkdir(parents=True)
@@ -85,7 +86,7 @@ def no_desktop(desktop):
 
 
 def lost_with_a_full_card(desktop):
-    """In the middle of a run. The files that didn't fit are reported."""
+    """The desktop is lost in the middle of a run. The program reports the files that didn't fit on the card."""
     case = Case(desktop, capacity=2_000_000)
     case.back_up()
     case.await_data(1)
@@ -94,7 +95,8 @@ def lost_with_a_full_card(desktop):
 
 
 def asked_to_replace(desktop):
-    """A second backup that asks whether to replace set 1, and the list of that set."""
+    """Starts a second backup, which asks whether to replace set 1. Returns the case, and the bytes of that set's
+    list."""
     case = Case(desktop)
     case.back_up()
     wait_for("set 1", lambda: case.is_sound(1))
@@ -105,7 +107,8 @@ def asked_to_replace(desktop):
 
 
 def lost_under_a_question(desktop):
-    """The question is refused. So the old set stays, and the run makes another one."""
+    """Without a desktop, the question counts as answered with No. So the old set stays, and the run makes another
+    one."""
     case, old = asked_to_replace(desktop)
     case.lose_desktop()
     require(case.path_of(1, ".QLT").read_bytes() == old, "the old set was overwritten")
@@ -113,7 +116,7 @@ def lost_under_a_question(desktop):
 
 
 def ended_amid_a_run(desktop):
-    """The run ends at its next item. Its set is sound, and what it lacks is reported."""
+    """The run ends at its next item. Its set is sound, and the program reports the items that it lacks."""
     case = Case(desktop)
     case.back_up()
     case.await_data(1)
@@ -123,7 +126,8 @@ def ended_amid_a_run(desktop):
 
 
 def ended_under_a_question(desktop):
-    """The question is refused. So the old set stays, and no other one is made."""
+    """When the session ends, the question counts as answered with No. So the old set stays. If the run makes another
+    set, that set is sound."""
     case, old = asked_to_replace(desktop)
     case.end_session()
     require(case.path_of(1, ".QLT").read_bytes() == old, "the old set was overwritten")
@@ -131,7 +135,7 @@ def ended_under_a_question(desktop):
 
 
 def full_card(desktop):
-    """After the run a message says what didn't fit, and the program goes on."""
+    """After the run a message names what didn't fit on the card. The program stays open."""
     case = Case(desktop, capacity=2_000_000)
     case.back_up()
     texts = [node.name for node in case.user.window("Warning") if node and node.name]
@@ -142,7 +146,7 @@ def full_card(desktop):
 
 
 def minimised(desktop):
-    """A second start brings the window back, and ends."""
+    """A second process for the same device brings back the window of the first one, and ends."""
     case = Case(desktop)
     case.user.window(MAIN)
     xdotool("windowminimize", "--sync", xdotool("getactivewindow"))
@@ -155,7 +159,8 @@ def minimised(desktop):
 
 
 def start_errors(desktop):
-    """An error before the program starts is shown in a box and on standard error; without a desktop only there."""
+    """An error before the program starts is shown in a box and on standard error. Without a desktop it is shown only on
+    standard error."""
     device, damaged, lost = (desktop.base / name for name in ("device", "damaged", "lost"))
     for folder in (device, damaged, lost):
         (folder / "object-store").mkdir(parents=True)
@@ -188,7 +193,8 @@ def start_errors(desktop):
 
 
 def set_by_argument(desktop):
-    """The window opens with the choice of what to restore; a second start has the first window do so."""
+    """With a set as its argument, the program opens the dialog that selects what to restore. If the program already
+    runs, a second process has the first one open this dialog."""
     device, store = desktop.base / "device", desktop.base / "Old"
     store.mkdir()
     script = 'command 40003\nwait "Full Backup"\ncheck 1007\nok\nwait "Select"\nselect 1003 "\\Card"\nok\nidle\n'
@@ -216,7 +222,7 @@ def main(bin_folder, name=None):
         next(case for case in CASES if case.__name__ == name)(Desktop(bin_folder))
         print(f"{name}: passed")
         return 0
-    # Each needs a desktop of its own, since some of them end it.
+    # Each case needs a desktop of its own, because some cases end their desktop.
     started = [subprocess.Popen([sys.executable, __file__, bin_folder, case.__name__]) for case in CASES]
     return max(process.wait() for process in started)
 

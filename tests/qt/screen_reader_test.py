@@ -1,6 +1,5 @@
 #!/usr/bin/python3
-"""What a screen reader gets of the main window and every dialog: each control has a name, and marks and the focus are
-reported.
+"""The main window and every dialog for a screen reader: each control has a name, and marks and the focus are reported.
 
     screen_reader_test.py BIN-FOLDER
 Exit code 77: a tool is missing.
@@ -11,11 +10,11 @@ from desktop import MAIN, Desktop, require, require_tools, wait_for
 from steps import Keyboard
 from tour import tour
 
-# Containers without a meaning.
+# Roles of containers that need no name, because they have no meaning.
 SILENT = {"filler", "panel", "viewport", "scroll pane", "scroll bar", "application", "layered pane", "separator"}
 CAPTION = [("push button", "OK"), ("push button", "Cancel")]
 COMMENTS = ("text", "Backupset comments")
-# What must be there, by the name of the tour's step: (role, name).
+# The objects that a step of the tour must show, as (role, name). The key is the name of the step.
 EXPECTED = {
     "1-main": [("push button", name) for name in ("Mark", "Unmark", "Full backup", "Filter", "Options")] + [
         ("menu item", "File"), ("menu item", "Operations"), ("tree", "Items on the device")] + [
@@ -49,7 +48,7 @@ class Reader:
         self.faults = []
 
     def read(self, node, depth=0):
-        """(role, name) of each visible object below, also printed as a tree."""
+        """Returns (role, name) of each visible object below `node`, and prints them as a tree."""
         seen = []
         for child in node:
             if not child or not self.user.shows(child):
@@ -76,7 +75,7 @@ class Reader:
             self.check_mark("Files", "some marked", "INDETERMINATE")
             self.check_mark("My Documents", "folder, some marked", "INDETERMINATE")
             self.check_toggles("To do.txt", ("file, not marked", []), ("file, marked", ["CHECKED"]))
-        if name == "10-question":  # over a progress window
+        if name == "10-question":  # the question is over a progress window, which is checked here
             self.faults += [f"progress: a {child.getRoleName()} without a name"
                             for window in self.user.application if window and window.name == "Backuping Files"
                             for child in window[0]
@@ -95,7 +94,7 @@ class Reader:
 
 
 def check_focus(user):
-    """Focus that the program moves, that the screen reader moves, and that Tab moves from there."""
+    """The program moves the focus, then the screen reader does, and then Tab moves it on from there."""
     title, keyboard = "File filter", Keyboard(user)
     keyboard.menu(title, "File", "Filter...")
     keyboard.tick(title, "Show only files with these extentions :")

@@ -11,7 +11,7 @@ from desktop import MAIN, Desktop, require_tools
 from orca import Orca
 from steps import Keyboard
 
-# A key, and what is said before the user presses the next one.
+# Each key, and the phrases that Orca says before the user presses the next key.
 MARK = [
     ("f", "Files collapsed", "nothing marked"),
     ("Right", "Files expanded"),
@@ -55,7 +55,7 @@ def main(bin_folder):
         orca.says(phrase)
     for key, *phrases in MARK + BACK_UP + RESTORE:
         if len(key) == 1:
-            time.sleep(1.1)  # the tree takes letters within a second as one name
+            time.sleep(1.1)  # the tree combines letters within a second to one name
         user.keys(key)
         for phrase in phrases:
             orca.says(phrase)

@@ -7,7 +7,7 @@ CARD = "\\Storage Card"
 
 
 class Steps:
-    """What both have in common."""
+    """The steps that are the same with mouse and keyboard."""
 
     def __init__(self, user):
         self.user = user
@@ -39,7 +39,7 @@ class Mouse(Steps):
         self.user.ends_program(lambda: self.click_menu("File", "Exit"))
 
     def mark(self, folders, name):
-        """The registry, and an item in the innermost folder."""
+        """Marks the registry, and an item in the innermost folder."""
         self.user.window(MAIN)
         self.mark_row("Registry")
         for folder in folders:
@@ -54,7 +54,7 @@ class Mouse(Steps):
         self.user.sets(MAIN, name, "CHECKED", lambda: self.click_row(name, 20))
 
     def click_row(self, name, x):
-        """`x`: distance to the left edge of the row's picture, in pixels at a font of usual size."""
+        """`x` is the distance from the left edge of the row's picture, in pixels at a font of usual size."""
         row = self.user.rectangle(self.user.find(MAIN, name, "table cell"))
         self.user.click_at(row.x + x * row.height // 17, row.y + row.height // 2)
 
@@ -89,7 +89,8 @@ class Keyboard(Steps):
         self.user.ends_program(lambda: self.user.keys("alt+f", "e"))
 
     def mark(self, folders, name):
-        """The registry, and an item in the innermost folder. Letters skip files, which arrows would mark."""
+        """Marks the registry, and an item in the innermost folder. It moves by typed letters, because arrow keys would
+        mark the files on the way."""
         self.user.window(MAIN)
         self.user.tab_to(MAIN, "Items on the device")
         self.user.sets(MAIN, "Registry", "CHECKED", lambda: self.user.keys("End"))
@@ -100,7 +101,7 @@ class Keyboard(Steps):
 
     def type_first_letter(self, name, state):
         def type_letter():
-            time.sleep(1.1)  # the tree takes letters within a second as one name
+            time.sleep(1.1)  # the tree combines letters within a second to one name
             self.user.type(name[0].lower())
         self.user.find(MAIN, name)
         self.user.sets(MAIN, name, state, type_letter)

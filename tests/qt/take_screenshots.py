@@ -14,7 +14,8 @@ from tour import tour
 
 
 def colours(**parts):
-    """The session's settings with the user's colours, as the toolkit reads them: ground and text of each part."""
+    """Returns the settings of the session with the user's colours, as the toolkit reads them. Each part has a
+    background and a text colour."""
     return "".join(f"[Colors:{part}]\nBackgroundNormal={ground}\nForegroundNormal={text}\n"
                    for part, (ground, text) in parts.items())
 
@@ -39,7 +40,7 @@ def picture(*words):
 
 
 def wait_until_still(name):
-    """Until two pictures in a row are the same."""
+    """Waits until two successive pictures are the same."""
     pictures = [b""]
 
     def is_still():
@@ -69,7 +70,7 @@ def main(bin_folder, target, variant=None):
     if variant:
         return take_all(bin_folder, target, variant)
     pathlib.Path(target).mkdir(parents=True, exist_ok=True)
-    # Each needs a desktop of its own.
+    # Each variant needs a desktop of its own.
     taking = [subprocess.Popen([sys.executable, __file__, bin_folder, target, each]) for each in VARIANTS]
     return max(process.wait() for process in taking)
 

@@ -17,7 +17,8 @@ def tour(user, visit):
 
 
 def mark_some_items(user, visit):
-    """Then every picture of the tree is visible: marked and not, in ROM, and folders with and without a mark."""
+    """Marks items so that every picture of the tree is visible: marked and unmarked items, files in ROM, and folders
+    with and without a mark."""
     mouse = Mouse(user)
     for name in "Files", "Windows", "My Documents", "Databases":
         mouse.expand(name)

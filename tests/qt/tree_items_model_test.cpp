@@ -64,7 +64,7 @@ TEST_F(TreeItemsModelTest, RowsAreThoseOfTheTreeAfterAnyChanges)
             const HTREEITEM some = all.empty() ? TVI_ROOT : all[random() % all.size()];
             if (all.size() > 5 && random() % 4 == 0) {
                 remove(some);
-                all.clear();  // the items below it are gone too
+                all.clear();  // the items below the deleted item are gone, too
             } else {
                 const HTREEITEM positions[] = {TVI_FIRST, TVI_LAST, TVI_SORT, some};
                 add(random() % 3 == 0 ? TVI_ROOT : some, std::to_string(random()), positions[random() % 4]);

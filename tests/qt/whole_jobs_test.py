@@ -17,7 +17,7 @@ def content(store):
 
 
 def empty(store):
-    """Except for the files in ROM, which no set contains."""
+    """Deletes all files but those in ROM, which no set contains."""
     for path in [*store.iterdir()]:
         if path.name != "Windows":
             shutil.rmtree(path) if path.is_dir() else path.unlink()

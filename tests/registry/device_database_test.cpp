@@ -40,7 +40,7 @@ protected:
         using namespace platform::registry;
         return readContent(source, Wholeness::Free, Unnamed::Removed).good();
     }
-    // The error, after a check that the file is unchanged.
+    // Returns the error of the open. Expects that the file is unchanged.
     [[nodiscard]] std::string refusal() const
     {
         const std::string before = hostRead(file());
@@ -67,7 +67,7 @@ TEST_F(DeviceDatabaseTest, FileOfAnotherProgramOrVersionIsRefusedAndUnchanged)
     }
 }
 
-// An enumeration reads only the index.
+// An enumeration reads only the index and not the table, so damage in the index must be found, too.
 TEST_F(DeviceDatabaseTest, ChangedBitInAnIndexIsDamage)
 {
     changeAndClose("INSERT INTO store_database (oid, name, folded, type, modified) VALUES (5, 'a', 'a', 0, 0); "
@@ -79,17 +79,17 @@ TEST_F(DeviceDatabaseTest, ChangedBitInAnIndexIsDamage)
     platform::registry::closeRegistry();
     std::string damaged = hostRead(file());
     const std::size_t page = (static_cast<std::size_t>(root.value()) - 1) * 4096;
-    ASSERT_EQ(damaged[page], 0x0A);  // a leaf
+    ASSERT_EQ(damaged[page], 0x0A);  // a leaf page of an index
     const std::size_t pointer = page + 8 + 2 * std::size_t{100};
     const std::size_t cell = page + static_cast<unsigned char>(damaged[pointer]) * std::size_t{256} +
                              static_cast<unsigned char>(damaged[pointer + 1]);
-    ASSERT_EQ(damaged[cell + 4], 5);  // after the sizes of cell and header and two types
+    ASSERT_EQ(damaged[cell + 4], 5);  // the byte after the sizes of cell and header and two types
     damaged[cell + 4] ^= 2;
     hostWrite(file(), damaged);
     EXPECT_THAT(refusal(), HasSubstr("is damaged"));
 }
 
-// SQLite would make a new database and delete the log beside it.
+// Without this, SQLite would make a new database and delete the log beside it.
 TEST_F(DeviceDatabaseTest, LogWhoseDatabaseIsMissingOrEmptyIsKeptUnderAnotherName)
 {
     const std::filesystem::path log = file().string() + "-wal";
@@ -155,7 +155,7 @@ TEST_F(DeviceDatabaseTest, ErrorNamesTheMissingFolder)
 TEST_F(DeviceDatabaseTest, WithoutATransactionOrItsCommitNothingIsChanged)
 {
     ASSERT_EQ(open(), "");
-    ASSERT_EQ(DatabaseUse()->execute("BEGIN"), Step::Done);  // in which no other transaction can begin
+    ASSERT_EQ(DatabaseUse()->execute("BEGIN"), Step::Done);  // no other transaction can begin inside this one
     HKEY key = nullptr;
     EXPECT_NE(make(HKEY_USERS, u"a\\b", key), 0);
     EXPECT_FALSE(import(u"[HKEY_USERS\\c]\r\n"));

@@ -12,7 +12,7 @@ bool killedBeforeCall(int calls, const std::function<void()>& work)
     const pid_t child = fork();
     if (child == 0) {
         if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0)
-            _exit(1);  // the parent would not see the stop
+            _exit(1);  // without tracing, the parent wouldn't see the stops
         raise(SIGSTOP);
         work();
         _exit(0);
@@ -21,7 +21,8 @@ bool killedBeforeCall(int calls, const std::function<void()>& work)
     waitpid(child, &status, 0);
     EXPECT_TRUE(WIFSTOPPED(status)) << "this host allows no tracing";
     ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_EXITKILL);
-    for (int stop = 0; stop <= 2 * calls && WIFSTOPPED(status); ++stop) {  // one before and one after each call
+    // The process stops before and after each call.
+    for (int stop = 0; stop <= 2 * calls && WIFSTOPPED(status); ++stop) {
         ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
         waitpid(child, &status, 0);
     }

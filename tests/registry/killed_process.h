@@ -3,5 +3,6 @@
 
 #include <functional>
 
-// Runs `work` in another process and kills it before its system call number `calls`. False if it ended before that.
+// Runs `work` in another process. Kills this process before the system call with the number `calls`. Returns false if
+// the process ended earlier.
 bool killedBeforeCall(int calls, const std::function<void()>& work);

@@ -16,7 +16,7 @@ protected:
 
     [[nodiscard]] std::filesystem::path file() const { return at("device.db"); }
 
-    // The error or warning. Empty if there is none.
+    // Opens the registry. Returns the error or warning, or an empty text.
     [[nodiscard]] std::string open() const
     {
         std::string sentence;

@@ -15,7 +15,7 @@ TREE_CELLS = 18
 
 
 def rows_of(bitmap):
-    """The rows of 4-bit pixels, top first, and the colours."""
+    """Returns the rows of 4-bit pixels from top to bottom, and the colours."""
     start, = struct.unpack_from("<I", bitmap, 10)
     width, height, planes, bits = struct.unpack_from("<iiHH", bitmap, 18)
     assert (planes, bits) == (1, 4), f"{bits} bits a pixel"

@@ -17,7 +17,8 @@ namespace {
 
 using namespace std::string_literals;
 
-// Type and name take whole multiples of 4 bytes. So do the entries, and the padding may be missing at the end.
+// Returns an entry. Type and name each take a multiple of 4 bytes, and so does the entry. At the end of a file the
+// padding may be missing.
 std::string entry(const std::string& type, const std::string& name, const std::string& data)
 {
     const std::string padding((4 - data.size() % 4) % 4, '\0');
@@ -31,8 +32,8 @@ std::string numbered(std::uint16_t id)
     return numberBytes(0xFFFF + 0x10000U * id);
 }
 
-// The empty entry. Texts 16 to 31, with "ab" as 17 and "\U0001F4BEc" as 19. "Logo" of type "kind", one byte. Nothing,
-// of type 3 as 9.
+// The file has four entries: the empty entry; the texts 16 to 31, with "ab" as 17 and "\U0001F4BEc" as 19; "Logo" of
+// type "kind" with one byte; number 9 of type 3 without content.
 const std::string SmallFile =
     entry(numbered(0), numbered(0), "") +
     entry(numbered(6), numbered(2), utf16(u"\0\2ab\0\3\U0001F4BEc"s) + std::string(24, '\0')) +
@@ -86,7 +87,7 @@ TEST_F(ResourceCallsTest, TextIsCutToItsBufferAtAWholeCharacter)
             EXPECT_EQ(std::u16string(buffer.c_str()), text);
         }
     }
-    // Without a buffer the result is the address of the text, whose length is before it.
+    // Without a buffer the result is the address of the text. The unit before this address contains the text's length.
     EXPECT_EQ(LoadStringW(nullptr, 18, nullptr, 0), 0);
     const auto* text = reinterpret_cast<const WCHAR*>(LoadStringW(nullptr, 17, nullptr, 0));
     ASSERT_NE(text, nullptr);

@@ -32,11 +32,11 @@ RESERVED = [
     (r"nettle/.*", ["tools/archive/include/archive/digest.h"]),
     (r"fuse.*", ["tools/quillbox_mount"]),
 ]
-# src/ uses the platform's calls and the language, nothing of the host.
+# src/ uses only the platform's calls and the language. These headers of the host are forbidden there.
 HOST = re.compile(r"unistd\.h|fcntl\.h|dirent\.h|pthread\.h|dlfcn\.h|sys/.*|linux/.*|arpa/.*|netinet/.*|poll\.h|signal\.h"
                   r"|filesystem|fstream|thread|mutex|condition_variable|iostream|cstdio|stdio\.h|wchar\.h|cwchar")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.M)
-# The order of the program's rooms: each includes headers only of those before it.
+# The program's rooms in their order. Each room includes headers only of earlier rooms.
 LAYERS = ["src/set", "src/engine", "src/command", "src/tree", "src/shell"]
 
 
@@ -45,13 +45,13 @@ def files(*folders):
 
 
 def room_of(path):
-    """The folder that holds the room's sources."""
+    """Returns the folder with the sources of the file's room."""
     relative = path.relative_to(ROOT).as_posix()
     return relative.split("/include/")[0] if "/include/" in relative else relative.rsplit("/", 1)[0]
 
 
 def public_headers():
-    """Each public header by the name under which it is included."""
+    """Returns each public header by the name under which it is included."""
     return {"/".join(path.parts[-2:]): path for path in files(*PRODUCT)
             if path.suffix == ".h" and path.parent.parent.name == "include"}
 
@@ -65,7 +65,8 @@ def faults_of_reserved(relative, name):
 
 
 def faults_of_own(path, name, public):
-    """An include in quotes: "room/x.h" is public, "x.h" lies beside the file that includes it."""
+    """Yields the faults of an include in quotes. "room/x.h" must be public, and "x.h" must be beside the file that
+    includes it."""
     relative = path.relative_to(ROOT).as_posix()
     if ".." in name or name.count("/") > 1:
         yield f"{relative}: {name} names a path; write \"room/x.h\""
@@ -94,7 +95,8 @@ def faults_of_includes(public):
 
 
 def unit_graph(public):
-    """Who includes whom, by unit: a header and the source of the same name in one room are one unit."""
+    """Returns for each unit the units that it includes. A header and a source of the same name in one room are one
+    unit."""
     graph = {}
     for path in files(*PRODUCT):
         unit = (room_of(path), path.stem)
@@ -122,7 +124,8 @@ def faults_of_cycles(public):
 
 
 def faults_of_names():
-    """Two private headers of one name would be distinguished only by the order of a test's search paths."""
+    """Yields private headers that have the same name. Only the order of a test's search paths would distinguish
+    them."""
     seen = {}
     for path in files(*PRODUCT):
         if path.suffix == ".h" and "/include/" not in path.as_posix():
@@ -134,7 +137,7 @@ def faults_of_names():
 def faults_of_search_paths(compile_commands):
     for command in json.loads(pathlib.Path(compile_commands).read_text(encoding="utf-8")):
         source = pathlib.Path(command["file"])
-        if source.parent.name == "Unity":  # it includes sources of the room in whose folder it lies
+        if source.parent.name == "Unity":  # a unity source: its path below the build names the room
             source = ROOT / source.relative_to(pathlib.Path(compile_commands).resolve().parent)
         if not source.is_relative_to(ROOT) or source.relative_to(ROOT).parts[0] not in PRODUCT:
             continue

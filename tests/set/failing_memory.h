@@ -1,4 +1,4 @@
-// failing_memory.h - makes the nth allocation from here on fail, and all after it, also those by LocalAlloc.
+// failing_memory.h - makes the nth allocation after the call fail, and all later ones, including those by LocalAlloc.
 #pragma once
 
 // 0: every allocation succeeds again.

@@ -34,7 +34,7 @@ BOOL remove(ItemList& list, const Bytes& key)
     return list.Remove(raw(key), static_cast<DWORD>(key.size()));
 }
 
-// Compares with the simplest list: the search structure must not change a result, whatever the order of calls is.
+// Compares the list with the simplest possible one. Whatever the order of calls, the index must not change a result.
 TEST(ItemListTest, AnyOrderOfCallsGivesWhatALinearSearchGives)
 {
     for (unsigned seed = 0; seed < 22; seed++) {

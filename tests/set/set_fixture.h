@@ -14,7 +14,7 @@ using Blobs = std::vector<Bytes>;
 // Name, start offset and end offset.
 using LoadedItem = std::tuple<std::u16string, DWORD, DWORD>;
 
-// Of a stream: its first bytes, and the block that ends it.
+// The first bytes of a stream, and the block that ends it.
 inline const Bytes magic = hex("51 42 58 50 4B");
 inline const Bytes closing = hex("03 00 00 00  11 00 00");
 
@@ -34,7 +34,7 @@ protected:
         gFileList = gDatabaseList = nullptr;
     }
 
-    // Mounts an empty card `\Card` whose files can contain this many bytes together.
+    // Mounts an empty card `\Card`. Its files together can contain `capacity` bytes.
     void addCard(std::uint64_t capacity) const
     {
         remount();
@@ -50,7 +50,8 @@ protected:
     static bool exists(const WCHAR* path) { return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES; }
 };
 
-// The entries of a list in its order: the whole blobs, and those of a loaded set by their fields.
+// The first function returns the entries of a list in order as whole blobs, the second those of a loaded set by their
+// fields.
 inline Blobs blobsOf(ItemList& list)
 {
     Blobs blobs;

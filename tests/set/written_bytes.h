@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-// "51 42 58": pairs of digits between blanks.
+// Returns the bytes of hexadecimal digits such as "51 42 58".
 inline std::string hex(const std::string& digits)
 {
     std::istringstream pairs(digits);
@@ -34,13 +34,13 @@ inline std::string utf16(std::u16string_view text)
     return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(char16_t)};
 }
 
-// The characters of an ASCII text with its terminator.
+// Returns the characters of an ASCII text with its terminator.
 inline std::string textBytes(const std::string& text)
 {
     return utf16(std::u16string(text.begin(), text.end()) + u'\0');
 }
 
-// An entry of a list file.
+// Returns an entry of a list file.
 inline std::string entryBytes(char kind, const std::string& name, std::uint32_t start, std::uint32_t end)
 {
     return std::string{kind, 1} + numberBytes(static_cast<std::uint32_t>(name.size()) + 1) + textBytes(name) +

@@ -1,13 +1,14 @@
 #!/usr/bin/env python3
-"""Runs the suites of a build that could end otherwise than when they last passed.
+"""Runs the suites of a build whose result may have changed since they last passed.
 
     suites.py BUILD-FOLDER [CTEST OPTION...]      the options choose among the suites, as -L and -E do
 Exit code: that of ctest.
 
-A suite that passed is run again when its command or its settings in the environment, one of the programs that it uses, or one
-of the files of the repository that it reads has changed. A compiled suite uses itself. A script uses the programs that its
-command names, or else those in its own folder of programs (tests/CMakeLists.txt), or else all of the build. It reads every
-script below tests/. A folder of the repository in the command is read whole.
+A suite that passed runs again when its command, its environment variables, one of the programs that it uses, or one of
+the files of the repository that it reads has changed. A compiled suite uses itself. A script uses the programs that its
+command names. If it names none, it uses those in its own folder of programs (tests/CMakeLists.txt), or otherwise all
+programs of the build. It reads every script below tests/. If its command names a folder of the repository, it reads all
+files of this folder.
 """
 import functools
 import hashlib
@@ -33,7 +34,7 @@ def files_in(folder):
 
 
 def own_programs(build, properties):
-    """Those of a script that finds no others."""
+    """Returns the programs of a script that has a folder of programs of its own."""
     settings = [line.partition("=") for p in properties if p["name"] == "ENVIRONMENT" for line in p["value"]]
     folders = [pathlib.Path(value) for name, _, value in settings if name == "QUILLBOX_BIN"]
     return [program for folder in folders if folder != build / "bin" for program in files_in(folder)]
@@ -73,7 +74,7 @@ def main(folder, *options):
     if not due:
         return 0
 
-    # Many suites wait for windows and disks: a few more at once than there are processors.
+    # Many suites wait for windows and disks, so a few more run at once than there are processors.
     report = build / "suites.xml"
     report.unlink(missing_ok=True)
     chosen = "^(" + "|".join(map(re.escape, due)) + ")$"

@@ -1,16 +1,16 @@
 #!/usr/bin/env python3
-"""Runs clang-tidy on the sources that could have a new complaint since they last had none.
+"""Runs clang-tidy on the sources that may have a new complaint because something changed since they last had none.
 
     tidy.py BUILD-FOLDER SOURCE...      BUILD-FOLDER has the compile commands
 Exit code 1: clang-tidy has complaints, and they are on standard output.
 
-Sources of one folder with the same options are read together, as one translation unit that includes them. This takes a fraction
-of the time, most of which clang-tidy spends on the headers of the system. The sources of a unit with a complaint are read once more,
-each alone.
+Sources of one folder with the same options are read together, as one translation unit that includes them. This takes a
+fraction of the time, because clang-tidy spends most time on the headers of the system. The sources of a unit with a
+complaint are read once more, each alone.
 
-What a source was found good for is kept as an empty file whose name is a hash of all that clang-tidy read: the compile
-command, clang-tidy's own version and settings, the source, and each header of the project that the source can include. Headers
-of the system aren't part of it.
+If a source has no complaint, the script makes an empty file. The file's name is a hash of all that clang-tidy read: the
+compile command, clang-tidy's own version and settings, the source, and each header of the project that the source can
+include. Headers of the system aren't part of the hash.
 """
 import collections
 import concurrent.futures
@@ -41,7 +41,7 @@ def found(path):
 
 
 def project_files(source, folders):
-    """The source and all that it can include, whatever its #if say."""
+    """Returns the source and all project files that it can include, whatever the conditions of its #if are."""
     seen, waiting = set(), [source]
     while waiting:
         path = waiting.pop()
@@ -66,7 +66,8 @@ def state(entry):
 
 
 def options(entry):
-    """Of the compile command: those that say how the source is read, without the source and the target."""
+    """Returns the options of the compile command that determine how the source is read, without the source and the
+    target."""
     words = shlex.split(entry["command"])
     words = words[words.index(next(word for word in words if word.startswith("-"))):]
     target = words.index("-o")
@@ -74,7 +75,7 @@ def options(entry):
 
 
 def batches(entries):
-    """Groups of sources that can be read together."""
+    """Returns groups of sources that can be read together."""
     alike = collections.defaultdict(list)
     for entry in entries:
         alike[os.path.dirname(entry["file"]), options(entry)].append(entry)
@@ -82,7 +83,7 @@ def batches(entries):
 
 
 def joined(build, batch):
-    """A file that includes the sources."""
+    """Writes a file that includes the sources, and returns its path."""
     name = hashlib.sha256("\n".join(entry["file"] for entry in batch).encode()).hexdigest()
     path = pathlib.Path(build, "together", name + ".cpp").absolute()
     path.parent.mkdir(exist_ok=True)
@@ -97,14 +98,14 @@ def is_clean_together(build, batch):
 
 
 def may_have_unused_name(source):
-    """clang-tidy looks for unused names only in the main file, which the joined one isn't."""
+    """clang-tidy looks for unused names only in the main file. In a joined unit the source isn't the main file."""
     text = re.sub(r"//.*", "", pathlib.Path(source).read_text())
     names = re.findall(r"^\s*using (?:\w+::)+(\w+);", text, re.MULTILINE) + re.findall(r"^\s*namespace (\w+) = ", text, re.MULTILINE)
     return any(len(re.findall(rf"\b{name}\b", text)) == 1 for name in names)
 
 
 def complaints(build, batch):
-    """Of each source of the batch, what clang-tidy says about it, or an empty text."""
+    """Returns for each source of the batch clang-tidy's complaints, or an empty text."""
     found = {}
     clean = len(batch) > 1 and is_clean_together(build, batch)
     for source in [entry["file"] for entry in batch]:

@@ -18,8 +18,9 @@
 
 namespace fs = std::filesystem;
 
-// A database "Ab" of type 0x01020304 with one sort order and two records. They contain each type, also one whose value
-// an image doesn't keep. The record that was made last comes first.
+// The image of a database "Ab" of type 0x01020304 with one sort order and two records. The records contain a property
+// of each type, including a BOOL, whose value an image doesn't keep. In an image the record that was made last comes
+// first.
 inline const std::string goldenImage = hex("06 00 00 00  41 00 62 00 00 00"
                                            " 04 03 02 01  02 00  01 00"
                                            " 1F 00 02 00  01 00 00 00"
@@ -57,7 +58,7 @@ protected:
     }
     ~DatabaseImageTest() override { platform::file::removeAllMounts(); }
 
-    // The root with this many bytes in place of the one before.
+    // Mounts the root again, with this capacity in bytes.
     void mount(std::optional<std::uint64_t> capacity = {}) const
     {
         platform::file::removeAllMounts();
@@ -87,7 +88,7 @@ protected:
             add(database, record);
     }
 
-    // An image doesn't keep the value of a BOOL.
+    // The records after a restore. An image doesn't keep the value of a BOOL.
     static Records goldenRestored()
     {
         Records records = reversed(goldenRecords());
@@ -95,7 +96,7 @@ protected:
         return records;
     }
 
-    // Everything about a database but its oid and times.
+    // Compares everything about the database but its oid and times.
     static void expectGolden(const Records& records)
     {
         const CEDBASEINFO info = infoOf(u"Ab");

@@ -1,5 +1,6 @@
 // When the disk is full, memory runs out or a record is too large, a restore fails and keeps the old database. A kill
-// at any call leaves the old database or the new one. Without an old one, it leaves the first records of the new one.
+// at any call leaves either the old or the new database. If there was no old one, the kill leaves the first records of
+// the new one.
 
 #include "failing_memory.h"
 #include "image_fixture.h"
@@ -18,14 +19,14 @@ class RestoreFaultTest : public DatabaseImageTest {
 protected:
     RestoreFaultTest() { gQuestions.yes = true; }
 
-    // The golden image with a third record.
+    // Returns the golden image with a third record.
     static std::string imageWith(const std::string& record)
     {
         std::string bytes = goldenImage;
         bytes[14] = '\3';
         return bytes + record;
     }
-    // A record of blobs of these sizes.
+    // Returns a record of blobs of these sizes.
     static std::string recordOf(const std::vector<DWORD>& blobs)
     {
         std::string record{static_cast<char>(blobs.size()), '\0'};
@@ -51,7 +52,7 @@ TEST_F(RestoreFaultTest, FullDiskLeavesTheOldDatabaseWholeAndIsReported)
         (void)DatabaseUse()->execute("PRAGMA max_page_count = " + std::to_string(pages));
         result = restore(bytes);
         ASSERT_EQ(GetLastError(), result == RestoreFailed ? ERROR_DISK_FULL : ERROR_SUCCESS);
-        close();  // as the next start finds it
+        close();  // and opens it again, as the next start of the program does
         open();
         refused += result == RestoreFailed ? 1 : 0;
         ASSERT_EQ(isOld(u"Ab"), result == RestoreFailed);
@@ -76,7 +77,7 @@ TEST_F(RestoreFaultTest, MemoryThatRunsOutAnywhereLeavesTheOldDatabaseWhole)
     refused = 0;
     gQuestions.answered = [] { failAllocationsFrom(refused); };
     RestoreResult result = RestoreFailed;
-    std::ofstream(root() / "Free.CDB", std::ios::binary) << bytes;  // whose name differs from that of its database
+    std::ofstream(root() / "Free.CDB", std::ios::binary) << bytes;  // the file's name differs from that of its database
     while (result == RestoreFailed && refused < 1000) {
         SCOPED_TRACE(refused);
         ++refused;
@@ -97,7 +98,7 @@ TEST_F(RestoreFaultTest, RecordThatIsTooLargeCostsNoOtherRecordAndNoOldDatabase)
     const std::pair<std::vector<DWORD>, bool> cases[] = {
         {{MaxRecordContent}, true},
         {{MaxRecordContent + 1}, false},
-        {{MaxRecordContent + 1, 3}, false},  // the rest of the record is stepped over
+        {{MaxRecordContent + 1, 3}, false},  // the rest of the record is skipped
         {{half, half}, true},
         {{half, half + 1}, false},
     };
@@ -131,7 +132,8 @@ class RestoreKillTest : public DatabaseImageTest {
 protected:
     RestoreKillTest() { gQuestions.yes = true; }
 
-    // The image of these records, in the image's order, and a device that may have an old database of that name.
+    // Makes the image of these records, which are in the image's order. With `withOld` the device has an old database
+    // of that name.
     void prepare(Records records, bool withOld)
     {
         imaged_ = std::move(records);
@@ -144,7 +146,7 @@ protected:
         close();
         fs::copy_file(at("device.db"), at("before.db"));
     }
-    // False once the restore ended by itself.
+    // Returns false if the restore ended before the kill.
     [[nodiscard]] bool killedRestore(int calls) const
     {
         fs::remove(at("device.db-wal"));
@@ -154,10 +156,10 @@ protected:
             _exit(RestoreDatabase(u"\\A.CDB") == RestoreDone ? 0 : 1);
         });
     }
-    // How many records of the image the database has; -1 for the old one, -2 for none.
+    // Returns how many records of the image the database has, -1 for the old database, or -2 for none.
     [[nodiscard]] int found() const
     {
-        open();  // which checks every page of it
+        open();  // checks every page of the database
         EXPECT_TRUE(exists(u"Other"));
         if (!exists(u"A"))
             return -2;
@@ -180,7 +182,7 @@ private:
 
 TEST_F(RestoreKillTest, KillAtAnyCallLeavesTheOldOrTheNewDatabaseWhole)
 {
-    Record large;  // more than one write of the usual size
+    Record large;  // too large for one write of the usual size
     for (WORD i = 0; i < 300; ++i)
         large.push_back(number(i, CEVT_I4, LONG{i}));
     prepare({{text(1, u"first"), number(2, CEVT_I4, LONG{1})},
@@ -212,7 +214,7 @@ TEST_F(RestoreKillTest, KillBetweenTwoFlushesOfANewDatabaseLosesOnlyItsLastRecor
         records.push_back({number(1, CEVT_UI2, WORD(i)), blob(2, std::string(3'000'000, i))});
     prepare(records, false);
     int between = 0;
-    // A step that shares no factor with the calls of a page.
+    // The step has no common factor with the number of calls for a page. So the kills meet different calls.
     for (int calls = 1000; killedRestore(calls); calls += 1597) {
         SCOPED_TRACE(calls);
         const int state = found();

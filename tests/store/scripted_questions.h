@@ -9,11 +9,11 @@
 struct ScriptedQuestions {
     std::vector<std::u16string> asked;  // names of the databases that may be replaced
     bool yes = false;
-    bool waitCursor = true;        // now
-    bool waitCursorAsked = false;  // it showed while a question stood
+    bool waitCursor = true;        // the wait cursor shows now
+    bool waitCursorAsked = false;  // the wait cursor showed during a question
     void (*answered)() = nullptr;  // called after each answer
 };
 extern ScriptedQuestions gQuestions;
 
-// Begins again, with nothing asked and No as the answer.
+// Resets gQuestions: nothing was asked, and the answer is No.
 void answerQuestions();

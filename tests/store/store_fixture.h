@@ -10,7 +10,7 @@
 #include <cstring>
 #include <vector>
 
-// A property with its value as bytes: of a text or blob its content, otherwise the bits of the union.
+// A property with its value as bytes: the content of a text or blob, or the bits of the union for any other type.
 struct Property {
     CEPROPID id = 0;
     std::string value;
@@ -39,7 +39,7 @@ Property number(WORD id, WORD type, Value value, WORD flags = 0)
     return {propertyId(id, type), bits, flags};
 }
 
-// With the NUL: `value` of the property is used as a text in place.
+// The value includes the NUL, because toValue() passes a pointer to it as a text.
 inline Property text(WORD id, const std::u16string& value, WORD flags = 0)
 {
     return {propertyId(id, CEVT_LPWSTR),
@@ -79,7 +79,7 @@ inline Property fromValue(const CEPROPVAL& value)
     }
 }
 
-// The test fails if there is no such database.
+// Opens a database. The test fails if there is no such database.
 inline HANDLE opened(const std::u16string& name, DWORD flags = 0)
 {
     CEOID oid = 0;
@@ -88,7 +88,7 @@ inline HANDLE opened(const std::u16string& name, DWORD flags = 0)
     return database;
 }
 
-// An open database. The end of the scope closes it, and the test fails if the close fails.
+// An open database. The destructor closes it, and the test fails if that fails.
 class OpenDatabase {
 public:
     explicit OpenDatabase(const std::u16string& name, DWORD flags = 0) : handle_(opened(name, flags)) {}
@@ -118,9 +118,9 @@ protected:
         platform::database::closeDeviceDatabase();
     }
 
-    // 0 if the call succeeded, else the last error.
+    // Returns 0 if the call succeeded, or the last error.
     static DWORD errorOf(bool succeeded) { return succeeded ? 0 : GetLastError(); }
-    // 0 when it was refused. With records, the database is closed again.
+    // Creates a database and adds the records. Returns 0 if the database was refused.
     static CEOID create(const std::u16string& name, DWORD type = 0, const Records& records = {})
     {
         const CEOID oid = CeCreateDatabase(name.c_str(), type, 0, nullptr);
@@ -132,7 +132,7 @@ protected:
         return oid;
     }
     static bool remove(const std::u16string& name) { return CeDeleteDatabase(oidOf(name)) != 0; }
-    // 0 if there is no such database.
+    // Returns 0 if there is no such database.
     static CEOID oidOf(const std::u16string& name)
     {
         CEOID oid = 0;
@@ -140,7 +140,7 @@ protected:
         return database != INVALID_HANDLE_VALUE && CloseHandle(database) ? oid : 0;
     }
     static bool exists(const std::u16string& name) { return oidOf(name) != 0; }
-    // 0 when it was refused.
+    // Returns 0 if the record was refused.
     static CEOID add(HANDLE database, const Record& record) { return write(database, 0, record); }
     static CEOID write(HANDLE database, CEOID oid, const Record& record)
     {
@@ -149,7 +149,7 @@ protected:
             values.push_back(toValue(property));
         return CeWriteRecordProps(database, oid, static_cast<WORD>(values.size()), values.data());
     }
-    // The record at the pointer; none on failure.
+    // Returns the record at the pointer, or an empty record on failure.
     static Record read(HANDLE database, CEOID* oid = nullptr)
     {
         WORD count = 0;
@@ -164,7 +164,7 @@ protected:
         LocalFree(buffer);
         return record;
     }
-    // From the first record to the last.
+    // Returns all records from the first to the last.
     static Records recordsOf(const std::u16string& name)
     {
         const OpenDatabase database(name, CEDB_AUTOINCREMENT);

@@ -4,7 +4,7 @@ import io
 
 CONTACT = {"last": "Müller", "first": "Jörg", "company": "Kübel, Sohn & Co", "home": "+49 221 1", "mail": "joerg@example.org",
            "town": "Köln", "notes": "eins\nzwei; \"drei\""}
-# What a contact of a device has no place for.
+# Values that a contact of a device can't hold.
 MORE = {"middle": "Karl", "mobile": "+49 170 2", "mail2": "zwei@example.org"}
 
 OUTLOOK = """Title,First Name,Middle Name,Last Name,Suffix,Company,Department,Job Title,Business Street,Business Street 2,Business \
@@ -59,7 +59,7 @@ IN_GOOGLE = {**IN_ENGLISH, "company": "Organization Name", "home": "Phone 2 - Va
              "town": "Address 1 - City", "mobile": "Phone 1 - Value", "mail2": "E-mail 2 - Value"}
 IN_GOOGLE_OLD = {**IN_GOOGLE, "last": "Family Name", "first": "Given Name", "middle": "Additional Name",
                  "company": "Organization 1 - Name"}
-# Two values in one cell.
+# Both mail addresses are in one cell.
 IN_GOOGLE_LIST = {**IN_GOOGLE, "mail2": None, "mail": "E-mail 1 - Value"}
 IN_THUNDERBIRD = {**IN_ENGLISH, "company": "Organization", "mail": "Primary Email", "middle": "Nickname", "mobile": "Mobile Number",
                   "mail2": "Secondary Email"}
@@ -74,7 +74,7 @@ LABELS_APPLE = {"Phone 1 - Label": "iPhone", "Phone 2 - Label": "_$!<Home>!$_", 
 LABELS_APPLE_OLD = {"Phone 1 - Type": "iPhone", "Phone 2 - Type": "_$!<Home>!$_", "Name": "Müller, Jörg"}
 
 DATE, AMERICAN, GERMAN = {"Birthday": "1985-04-12"}, {"Birthday": "4/12/1985"}, {"Geburtstag": "12.4.1985"}
-# Of each kind its encoding, separator, columns, their meaning and further cells.
+# For each kind of file: its encoding, separator and columns, the meaning of the columns, and further cells.
 KINDS = {
     "Outlook": ("cp1252", ",", OUTLOOK, IN_ENGLISH, AMERICAN),
     "Outlook, UTF-8": ("utf-8-sig", ",", OUTLOOK, IN_ENGLISH, AMERICAN),
@@ -98,7 +98,8 @@ KINDS = {
 
 
 def address_book(kind, second_birthday=""):
-    """The file, and the names of its cells for which a contact has no place. A second contact proves the order of a date."""
+    """Returns the file, and the names of its cells that a contact can't hold. The birthday of a second contact shows
+    the order of day and month."""
     encoding, separator, headings, places, more = KINDS[kind]
     names = headings.split(",")
     cells = {places[what]: value for what, value in (CONTACT | MORE).items() if places[what]}

@@ -1,4 +1,4 @@
-"""quillbox-set on many sets: checks them, seals them, and finds what is in them."""
+"""quillbox-set on many sets: checks them, seals them, and finds their items."""
 import json
 import os
 import random
@@ -31,7 +31,7 @@ class SealTest(CompanionTest):
         self.assertIn("Sound: 3 items, sealed.", self.set_tool("verify", self.folder / names[0]).text)
         source = random.Random(2)
         folders = []
-        for number in range(100 if SANITIZED else 1000):  # one set each, so that one process checks many
+        for number in range(100 if SANITIZED else 1000):  # each in a folder of its own, so that one process checks all
             folder = self.folder / f"flipped{number}"
             made.write(folder)
             (folder / "QLBX0001.SUM").write_bytes((self.folder / "QLBX0001.SUM").read_bytes())

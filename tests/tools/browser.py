@@ -1,4 +1,4 @@
-"""A browser without a window that opens pages from the disk, and notes what a page must not do."""
+"""A browser without a window. It opens pages from the disk, and records actions that a page isn't allowed."""
 import json
 import os
 import pathlib
@@ -8,8 +8,8 @@ from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.support.ui import WebDriverWait
 
-SECONDS = 120  # how long a condition may take on a busy machine
-AXE = pathlib.Path("/usr/local/share/quillbox-check/axe.min.js")  # put there by packaging/install-axe
+SECONDS = 120  # the limit for a condition on a busy machine
+AXE = pathlib.Path("/usr/local/share/quillbox-check/axe.min.js")  # installed by packaging/install-axe
 
 WATCH = """window.violations = [];
 document.addEventListener("securitypolicyviolation", event => violations.push(event.violatedDirective + " " + event.blockedURI));
@@ -52,18 +52,19 @@ class Browser:
         return self.run("return document.querySelector(arguments[0]).textContent", selector)
 
     def wait(self, script, *arguments):
-        """Until the script returns something true, and returns that."""
+        """Runs the script until it returns a true value, and returns this value."""
         return WebDriverWait(self.driver, SECONDS, poll_frequency=.05).until(lambda _: self.run(script, *arguments))
 
     def faults(self):
-        """What the page did against its policy, its errors, and each request besides that of the page."""
+        """Returns the page's violations of its policy, its errors, and each request other than that for the page
+        itself."""
         found = self.run("return violations") + [entry["message"] for entry in self.driver.get_log("browser")]
         messages = [json.loads(entry["message"])["message"] for entry in self.driver.get_log("performance")]
         requests = [message["params"]["request"]["url"] for message in messages if message["method"] == "Network.requestWillBeSent"]
         return found + [url for url in requests if url != self.driver.current_url.split("#")[0]]
 
     def barriers(self):
-        """What axe-core calls a barrier for people with disabilities. Nothing if axe-core isn't installed."""
+        """Returns what axe-core reports as a barrier for people with disabilities. Needs axe-core."""
         self.run(AXE.read_text(encoding="utf-8") + "; window.axe = axe")
         found = self.driver.execute_async_script("axe.run(document, { resultTypes: ['violations'] }).then(arguments[0])")
         return [(fault["id"], fault["impact"], [node["html"][:200] for node in fault["nodes"][:3]]) for fault in found["violations"]]

@@ -18,12 +18,13 @@ REGISTRY_HEAD = "\ufeffWindows Registry Editor Version 5.00\r\n\r\n"
 
 
 def database(name, records=(), kind=0, sort=()):
-    """A database. A record is a list of properties as an export has them, a sort order a property and its flags."""
+    """Returns a database. A record is a list of properties as in an export. A sort order is a property and its
+    flags."""
     return {"name": name, "type": kind, "sort": list(sort), "records": list(records)}
 
 
 def lines(*databases):
-    """The databases as an import takes them and an export gives them."""
+    """Returns the databases as JSON lines, the format of imports and exports."""
     made = []
     for one in databases:
         sort = [{"property": identifier, "flags": flags} for identifier, flags in one["sort"]]
@@ -33,7 +34,7 @@ def lines(*databases):
 
 
 class CompanionTest(unittest.TestCase):
-    """Has an empty folder and, below it, the path of a device that doesn't exist yet."""
+    """Each test has an empty folder. self.device is a path in this folder for a device, which doesn't exist yet."""
 
     def setUp(self):
         base = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
@@ -42,9 +43,10 @@ class CompanionTest(unittest.TestCase):
         self.device = self.folder / "device"
 
     def run_program(self, program, *arguments, code=0, given="", **start):
-        """Runs a program to its end, which must have this exit code unless it is None. `start` goes to subprocess.run.
+        """Runs a program to its end. The exit code must be `code`, unless `code` is None. `start` goes to
+        subprocess.run.
 
-        Returns the finished process, with its output and its errors also decoded: .text and .said.
+        Returns the finished process. Its decoded output is .text, its decoded errors are .said.
         """
         if "stdin" not in start:
             start["input"] = given if isinstance(given, bytes) else given.encode()
@@ -57,7 +59,7 @@ class CompanionTest(unittest.TestCase):
         return done
 
     def assert_fails_where_output_takes_nothing(self, program, commands, reported):
-        """`reported` is a pattern for the errors."""
+        """Runs each command with each kind of output that can't be written. `reported` is a pattern for the errors."""
         for name, output in unwritable_outputs():
             for command in commands:
                 with self.subTest(output=name, command=command):
@@ -67,7 +69,7 @@ class CompanionTest(unittest.TestCase):
         return self.run_program("quillbox-set", *arguments, **more)
 
     def verified(self, path, code=0):
-        """What `quillbox-set verify --json` says. The reader for cards must find the same."""
+        """Returns the result of `quillbox-set verify --json`. The reader QLBXREAD.PY must find the same faults."""
         found = json.loads(self.set_tool("verify", path, "--json", code=code).text)
         self.assertEqual(found["sound"], code == 0)
         self.assertEqual(found["warnings"], sum("warning" in fault for fault in found["faults"]))
@@ -77,7 +79,7 @@ class CompanionTest(unittest.TestCase):
         return found
 
     def assert_fault(self, path, item, reason):
-        """Exactly one fault besides warnings, so that none hides another item after it."""
+        """Expects exactly one fault besides warnings. So the fault hides no item after it."""
         faults = [fault for fault in self.verified(path, 1)["faults"] if "warning" not in fault]
         self.assertEqual([fault.get("item") for fault in faults], [item], faults)
         self.assertIn(reason, faults[0]["reason"])
@@ -86,11 +88,11 @@ class CompanionTest(unittest.TestCase):
         return self.run_program("quillbox-device", *arguments, **more)
 
     def exported(self, device=None):
-        """All databases of a device as JSON lines."""
+        """Returns all databases of a device as JSON lines."""
         return self.device_tool("database", "export", device or self.device).text
 
     def registry(self, device=None):
-        """The registry file that a device exports, which is no UTF-8."""
+        """Returns the registry file that a device exports, as bytes, because it isn't UTF-8."""
         export = [BIN / "quillbox-device", "registry", "export", device or self.device]
         return subprocess.run(export, capture_output=True, check=True).stdout
 
@@ -103,12 +105,12 @@ class CompanionTest(unittest.TestCase):
         return self.file(name, (REGISTRY_HEAD + text).encode("utf-16-le"))
 
     def output_folder(self):
-        """A new, empty folder."""
+        """Returns a new, empty folder."""
         return pathlib.Path(tempfile.mkdtemp(prefix="out", dir=self.folder))
 
 
 def files_below(folder):
-    """The content of each file by its path in the folder."""
+    """Returns the content of each file by its path in the folder."""
     return {str(path.relative_to(folder)): path.read_bytes() for path in folder.rglob("*") if path.is_file()}
 
 

@@ -1,4 +1,5 @@
-"""What the host does to a process: a standard stream that is missing or full, calls that fail, a kill in between."""
+"""Trouble that the host makes for a process: a standard stream that is missing or full, calls that fail, a kill at a
+call."""
 import os
 import re
 import shutil
@@ -10,7 +11,8 @@ needs_strace = unittest.skipUnless(shutil.which("strace"), "strace isn't install
 
 
 def unwritable_outputs():
-    """Each standard output that takes nothing: its name, and how subprocess.run gives it."""
+    """Yields each kind of standard output that can't be written: its name, and the arguments of subprocess.run for
+    it."""
     with open("/dev/full", "wb") as full:
         yield "full", {"stdout": full}
     reader, writer = os.pipe()
@@ -21,9 +23,11 @@ def unwritable_outputs():
 
 
 def traced(command, calls, *injected, **more):
-    """Runs a program and records those calls, of which strace makes some fail or kill as `injected` says.
+    """Runs a program and records the calls with names in `calls`. strace makes some of them fail or kill the program,
+    as `injected` says.
 
-    The finished process has the recorded calls in their order: .by_thread as thread and name, .calls as names alone.
+    Returns the finished process. It has the recorded calls in their order: .by_thread as thread and name, .calls as
+    names alone.
     """
     what = [word for each in ("trace=" + calls, *("inject=" + each for each in injected)) for word in ("-e", each)]
     with tempfile.NamedTemporaryFile("r") as trace:

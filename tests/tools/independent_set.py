@@ -1,4 +1,4 @@
-"""Writes sets without any of Quillbox's code: made from docs/format.md alone."""
+"""Writes sets without any of Quillbox's code. This module follows docs/format.md alone."""
 import pathlib
 import struct
 
@@ -9,7 +9,7 @@ FILE, DATABASE, REGISTRY = 1, 2, 3
 
 
 def pack(raw):
-    """Literals alone: valid, if not small."""
+    """Packs with literals alone. The result is valid, but not small."""
     count = len(raw)
     if count == 0:
         head = b""
@@ -36,7 +36,7 @@ def entry_bytes(kind, name, start, end):
 
 
 def value_bytes(kind, value):
-    """What an image keeps of a value of the type `kind`; of a text, its units come as bytes."""
+    """Returns the bytes that an image keeps of a value of the type `kind`."""
     if kind in (2, 18):
         return struct.pack("<H", value & 0xFFFF)
     if kind in (3, 19):
@@ -52,7 +52,8 @@ def value_bytes(kind, value):
 
 
 def image_bytes(name, kind=0, sort=(), records=()):
-    """A database's image. A record is a list of (id, value) or (id, value, flags); the first is the database's first."""
+    """Returns a database's image. A record is a list of (id, value) or (id, value, flags). The first record is the
+    first one of the database."""
     packed_name = (name + "\0").encode("utf-16-le")
     image = bytearray(struct.pack("<I", len(packed_name))) + packed_name + struct.pack("<IHH", kind, len(records), len(sort))
     image += b"".join(struct.pack("<II", *order) for order in sort)
@@ -65,7 +66,7 @@ def image_bytes(name, kind=0, sort=(), records=()):
 
 
 def registry_bytes(keys):
-    """A registry file. `keys` names the values of each key, as they are in the file: {"HKEY_USERS\\a": ['@="x"']}."""
+    """Returns a registry file. `keys` has the values of each key as lines of the file: {"HKEY_USERS\\a": ['@="x"']}."""
     top = ["HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE", "HKEY_USERS"]
     every = sorted({**{key: [] for key in top}, **keys}.items())
     lines = ["Windows Registry Editor Version 5.00", ""]
@@ -76,7 +77,7 @@ def registry_bytes(keys):
 
 
 class Set:
-    """A set that is being made. What add() puts in is good; a test may damage `listed` and `data`."""
+    """A set that is being made. Items from add() are sound. A test may damage `listed` and `data`."""
 
     def __init__(self, comment="Hi"):
         packed_comment = (comment + "\0").encode("utf-16-le")
@@ -84,7 +85,7 @@ class Set:
         self.data = b""
 
     def add(self, kind, name, raw=None, stream=None):
-        """Without `raw` a database without records, or a registry of the top keys alone."""
+        """Adds an item. Without `raw` it adds a database without records, or a registry of the top keys alone."""
         if raw is None:
             raw = image_bytes(name) if kind == DATABASE else registry_bytes({})
         stream = pack_stream(raw) if stream is None else stream
@@ -93,7 +94,7 @@ class Set:
         return self
 
     def write(self, folder, number=1):
-        """The path of the list file. The folder is made if it is missing."""
+        """Writes the set, and returns the path of its list file. Creates the folder if it is missing."""
         path = pathlib.Path(folder, f"QLBX{number:04d}.QLT")
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(self.listed)

@@ -1,4 +1,5 @@
-"""What quillbox-set says of databases and the registry inside of sets, and what it makes of them: good and damaged."""
+"""The output of quillbox-set about databases and the registry inside of sets, and the files that it writes for them:
+sound and damaged ones."""
 import json
 import resource
 import struct
@@ -36,11 +37,11 @@ class InsideTest(CompanionTest):
         return Set().add(DATABASE, name, image).add(REGISTRY, "", registry).write(self.folder)
 
     def faults_of(self, path, code):
-        """Each fault or warning as (item, text)."""
+        """Returns each fault or warning as (item, text)."""
         return [(fault["item"], fault["reason"]) for fault in self.verified(path, code)["faults"]]
 
     def extracted(self, path, *options, code=0):
-        """The files by name."""
+        """Extracts the set, and returns the paths of the files by name."""
         out = self.output_folder()
         self.set_tool("extract", *options, path, out, code=code)
         return {found.name: found for found in out.iterdir()}
@@ -54,7 +55,7 @@ class GoodInsideTest(InsideTest):
         self.assertEqual(found["registry.reg"].read_bytes(), REGISTRY_BYTES)
 
     def test_values_and_records_across_the_blocks_of_a_stream_come_out_whole(self):
-        # Characters of two units lie across each even offset.
+        # The text has characters of two units at odd and at even offsets.
         blob, text = bytes(range(256)) * 1200, "\u4e16\"" + "wide \U0001F600" * 60000
         records = [[(0x10003, number)] for number in range(40000)] + [[(0x10041, blob), (0x1001F, text)], []]
         found = lines_of(self.extracted(self.set_of(image_bytes("Tasks", 0, [], records)))["Tasks.jsonl"])
@@ -63,7 +64,8 @@ class GoodInsideTest(InsideTest):
         self.assertEqual(len(found), 40002, "a record without properties is none")
 
     def test_flags_of_a_property_come_out_as_a_restore_takes_them(self):
-        """0x100 is set only in results, 0x200 deletes a property. No stored property has them, and no import accepts them."""
+        """0x100 is set only in results, 0x200 deletes a property. No stored property has these flags, and no import
+        accepts them."""
         path = self.set_of(image_bytes("Tasks", 7, [], [
             [(0x10003, 1, 0x100), (0x20003, 2, 0x101), (0x30003, 3, 0x200)],
             [(0x10003, 4), (0x20003, 5), (0x10003, 6, 0x300), (0x20003, 7)], [(0x10003, 8, 0x200)]]))
@@ -84,7 +86,7 @@ class GoodInsideTest(InsideTest):
         self.assertEqual([item["inside"] for item in items],
                          [{"name": "Tasks", "type": 26, "records": 3, "sort": LINES[0]["sort"]}, {"keys": 6, "values": 2}])
         path.with_suffix(".QDT").write_bytes(b"")
-        self.set_tool("list", path)  # unpacks nothing
+        self.set_tool("list", path)  # still works, because it unpacks nothing
         for options in (["--inside"], ["--sizes", "--json"], ["--sizes"]):
             self.set_tool("list", path, *options, code=1)
         damaged = self.set_tool("list", path, "--inside", "--json", code=1)
@@ -183,7 +185,8 @@ class DamagedInsideTest(InsideTest):
         self.assertEqual(len(list(out.iterdir())), 2, "no temporary file is left")
 
     def test_verify_and_extract_agree_on_a_database_and_a_registry_cut_and_changed_at_every_byte(self):
-        """All the damage in one set, one item for each: one process verifies the set and one extracts it."""
+        """One set contains all the damage, with one item for each. So a single process verifies it, and another one
+        extracts it."""
         def damaged(raw):
             return [raw[:cut] for cut in range(len(raw))] + [
                 raw[:at] + bytes([raw[at] ^ mask]) + raw[at + 1:] for at in range(len(raw)) for mask in (1, 255)]
@@ -207,14 +210,14 @@ class DamagedInsideTest(InsideTest):
 
     @unittest.skipIf(SANITIZED, "a sanitizer needs more memory than the limit")
     def test_memory_stays_bounded_whatever_an_image_claims(self):
-        """Gigabytes of one value out of a few megabytes of set."""
+        """A set of a few megabytes can contain gigabytes of one value."""
         limit = (64 << 20, 64 << 20)
         limited = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_DATA, limit)}
         head = image_bytes("Tasks", 0, [], [[]])[:-2] + b"\1\0" + struct.pack("<I", 0x10041)
         out = self.output_folder()
 
         def blob(claimed, blocks, rest):
-            """A set with one blob that claims a size and has so many full blocks of zeros."""
+            """Writes a set with one blob. It claims a size, and has this number of full blocks of zeros."""
             stream = pack_stream(head + struct.pack("<I", claimed))[:-7] + packed_zeros() * blocks + pack_stream(rest)[5:]
             return Set().add(DATABASE, "Tasks", stream=stream).write(self.folder)
 
@@ -223,7 +226,7 @@ class DamagedInsideTest(InsideTest):
         done = self.set_tool("extract", blob(2000 * 131072, 2000, b"\0\0"), out, code=1, **limited)
         self.assertIn("16 MiB", done.said)
         self.assertEqual(list(out.iterdir()), [])
-        # As text a value takes up to nine times as much; in memory it is there once.
+        # As text a value takes up to nine times its size, but in memory the program keeps it only once.
         self.set_tool("extract", blob(120 * 131072, 120, b"\0\0"), out, **limited)
         self.assertGreater((out / "Tasks.jsonl").stat().st_size, 2 * 120 * 131072)
         text = image_bytes("Tasks", 0, [], [[(0x1001F, "\ud800" * 4_000_000)]])
@@ -232,7 +235,7 @@ class DamagedInsideTest(InsideTest):
 
 
 def packed_zeros():
-    """A full block of zeros as a match that overlaps itself: a zero, and what is left at distance 1."""
+    """Returns a packed block of 131072 zeros: some literal zeros, then one match of distance 1 that overlaps itself."""
     left = 131072 - 4 - 33
     packed = bytes([21, 0, 0, 0, 0, 32]) + bytes(left // 255) + bytes([left % 255]) + b"\0\0" + bytes.fromhex("110000")
     return struct.pack("<I", len(packed)) + packed

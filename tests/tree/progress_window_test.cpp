@@ -1,4 +1,4 @@
-// The progress window from the program's own template, while this thread is the run that drives it.
+// The progress window from the program's own template. The test's thread acts as the run that drives the window.
 #include "engine/questions.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"
@@ -20,13 +20,13 @@ constexpr int BarId = 1001;
 constexpr int MessageId = 1002;
 constexpr int CountId = 1029;
 
-// Counts the moves of the bar and notices the end of the window.
+// Counts the moves of the bar, and waits for the end of the window.
 class ProgressWindowTest : public testing::Test, public Display {
 protected:
     ProgressWindowTest()
     {
         EXPECT_TRUE(platform::resource::setResources(quillbox::embeddedResources()));
-        gMainWindow = nullptr;  // the program of another test may have left its window's handle
+        gMainWindow = nullptr;  // an earlier test may have left the handle of its main window
         setDisplay(this);
     }
     ~ProgressWindowTest() override { setDisplay(nullptr); }

@@ -52,7 +52,8 @@ protected:
         device_.reset();
     }
 
-    // Files of the object store, by their host paths below it. A path that ends with a slash makes a folder.
+    // Writes files of the object store. A name is the host path below its folder. A path that ends with a slash makes a
+    // folder.
     void write(std::initializer_list<const char*> names) const
     {
         for (const char* name : names) {
@@ -63,20 +64,20 @@ protected:
                 std::filesystem::create_directories(path);
         }
     }
-    // The platform's attributes of a file, as hexadecimal text.
+    // Sets the platform's attributes of a file, as hexadecimal text.
     void setAttributes(const std::string& name, const std::string& attributes) const
     {
         const std::filesystem::path path = at("device/object-store") / name;
         ASSERT_EQ(setxattr(path.c_str(), "user.DOSATTRIB", attributes.data(), attributes.size(), 0), 0);
     }
-    // When it was written, in seconds since 1970.
+    // Sets the time of a file's last write, in seconds since 1970.
     void setTime(const std::string& name, std::int64_t seconds) const
     {
         const std::chrono::sys_seconds time{std::chrono::seconds(seconds)};
         std::filesystem::last_write_time(at("device/object-store") / name, std::chrono::file_clock::from_sys(time));
     }
 
-    // An item by the texts from a top item on: "Files\\A\\b.txt". Null if it isn't listed.
+    // Returns an item by the texts on its path: "Files\\A\\b.txt". Returns null if it isn't listed.
     static HTREEITEM item(const std::string& path)
     {
         std::stringstream parts(path);
@@ -92,7 +93,7 @@ protected:
         }
         return found;
     }
-    // What the user does: a click on the label or on another part.
+    // Clicks on the item's label or on another part, as the user does.
     static void click(const std::string& path, platform::window::TreePart part = platform::window::TreePart::Label)
     {
         HTREEITEM clicked = item(path);
@@ -101,7 +102,7 @@ protected:
                      static_cast<LPARAM>(part));
     }
     static void clickButton(const std::string& path) { click(path, platform::window::TreePart::Button); }
-    // Expands each folder on the way that is collapsed.
+    // Expands each collapsed item on the path.
     static void open(const std::string& path)
     {
         for (std::size_t end = 0; end != std::string::npos;) {
@@ -111,7 +112,7 @@ protected:
                 clickButton(folder);
         }
     }
-    // Collapses "Files" and lists it again down to that folder.
+    // Collapses "Files", and expands it again down to the folder.
     static void listAgain(const std::string& path = "Files")
     {
         clickButton("Files");
@@ -126,10 +127,10 @@ protected:
         SetMark(found, TreeCodeOf(found.parameter), count);
         WriteTreeItem(found);
     }
-    // The item and all that is listed below it, siblings sorted by name, with images and mark counts: "A:9:0
-    // b.txt:7:1".
+    // Returns the item and all items listed below it, with images and mark counts: "A:9:0 b.txt:7:1". Siblings are
+    // sorted by name.
     static std::string marks(const std::string& path) { return marksFrom(item(path)); }
-    // The names of its children in the tree's order.
+    // Returns the names of the item's children in the tree's order.
     static std::vector<std::string> listed(const std::string& path)
     {
         std::vector<std::string> names;
@@ -139,7 +140,7 @@ protected:
     }
     static bool hasButton(const std::string& path) { return stateOf(item(path)).hasButton; }
     static std::string selected() { return platform::text::toUtf8(stateOf(NextTreeItem(TVGN_CARET, nullptr)).text); }
-    // The entries of the file list, sorted: "\\A\\b.txt \\c".
+    // Returns the entries of the file list, sorted: "\\A\\b.txt \\c".
     static std::string markedFiles()
     {
         std::multiset<std::string> names;
@@ -150,14 +151,14 @@ protected:
         return joined(names);
     }
 
-    // Given as "txt,doc".
+    // Shows only files with these extensions, given as "txt,doc".
     static void useFilter(const std::u16string& extensions)
     {
         gOptions.extensionFilterOn = 1;
         for (std::size_t i = 0; i < extensions.size(); i++)
             gOptions.extensions[i] = extensions[i] == u',' ? u'\0' : extensions[i];
     }
-    // Hides what is older, in seconds since 1970.
+    // Hides older files. The date is given in seconds since 1970.
     static void useDate(std::int64_t seconds)
     {
         constexpr std::int64_t TicksASecond = 10'000'000;

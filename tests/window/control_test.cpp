@@ -37,7 +37,7 @@ protected:
                                reinterpret_cast<HMENU>(std::intptr_t{1}), nullptr, nullptr);
     }
 
-    // A user's key or text, through the queue and the loop, without a dialog.
+    // Sends a user's key or text through the queue and the message loop, without a dialog.
     void press(HWND control, WPARAM key, LPARAM modifiers = 0)
     {
         const MSG message = {control, WM_KEYDOWN, key, modifiers, 0, {}};
@@ -147,9 +147,9 @@ TEST_F(ControlTest, SortedBoxReturnsWhereARowWentAndFindsItWithoutCase)
     EXPECT_EQ(rows(box), u"database:x FILE:A file:a File:b Registry ");
     EXPECT_EQ(find(box, u"File:a"), 1);
     EXPECT_EQ(find(box, u"File:a", 1), 2);
-    EXPECT_EQ(find(box, u"File:a", 2), 1);  // the search goes on from the top
+    EXPECT_EQ(find(box, u"File:a", 2), 1);  // the search continues at the top
     EXPECT_EQ(find(box, u"registry"), 4);
-    EXPECT_EQ(find(box, u"File:"), LB_ERR);  // it compares the whole text
+    EXPECT_EQ(find(box, u"File:"), LB_ERR);  // the search compares the whole text
     EXPECT_EQ(findListRow(box, u"file:a"), 2);
     EXPECT_EQ(findListRow(box, u"File:a"), -1);
     EXPECT_EQ(send(box, LB_INSERTSTRING, 0, u"zzz"), 0);
@@ -169,7 +169,7 @@ TEST_F(ControlTest, HundredThousandRowsInAnyOrderAreSortedAndFound)
     const HWND unsorted = make(u"ListBox", 0);
     for (WPARAM step = 0; step < Count; ++step)
         for (const HWND each : {box, unsorted})
-            add(each, text(step * 7919 % Count));  // a prime, so each number comes once
+            add(each, text(step * 7919 % Count));  // 7919 is a prime, so each number comes once
     send(box, LB_SETSEL, TRUE, reinterpret_cast<void*>(Count - 1));
     for (WPARAM number = 99; number < Count; number += 100) {
         ASSERT_EQ(find(box, text(number)), static_cast<LRESULT>(number));
@@ -286,7 +286,7 @@ TEST_F(ControlTest, CaretOfAMultiLineEditIsNeverInsideALineBreak)
 {
     const HWND edit = make(u"Edit", ES_MULTILINE);
     SetWindowTextW(edit, u"ab\r\nc");
-    EXPECT_TRUE(codes.empty());  // a text of many lines that the program sets is not notified
+    EXPECT_TRUE(codes.empty());  // no notification when the program sets the text of a multi-line edit
     SendMessageW(edit, EM_SETSEL, 4, 4);
     press(edit, VK_LEFT);
     EXPECT_EQ(stateOf(edit).selectionEnd, 2);

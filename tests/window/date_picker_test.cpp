@@ -101,7 +101,7 @@ TEST_F(DatePickerTest, KeysStepWithinTheCurrentField)
 {
     set(dateOf(2024, 1, 31));
     const std::pair<std::vector<WORD>, const char*> steps[] = {
-        {{VK_UP}, "2024-1-1"},  // after the last day comes the first
+        {{VK_UP}, "2024-1-1"},  // the first day follows the last one
         {{VK_DOWN}, "2024-1-31"},
         {{VK_RIGHT, VK_UP}, "2024-2-29"},  // the day is limited to the month's last
         {{VK_RIGHT, VK_SUBTRACT}, "2023-2-28"},
@@ -110,7 +110,7 @@ TEST_F(DatePickerTest, KeysStepWithinTheCurrentField)
     };
     for (const auto& [keys, expected] : steps)
         EXPECT_EQ(after(keys), expected);
-    after({VK_END, VK_RETURN, VK_F4});  // nothing changes
+    after({VK_END, VK_RETURN, VK_F4});  // these keys change nothing
     EXPECT_EQ(changes, 6);
 }
 

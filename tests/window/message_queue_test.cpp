@@ -60,7 +60,7 @@ TEST(MessageQueueTest, FilterLeavesMessagesOfOtherWindowsAndNumbersQueued)
     ASSERT_EQ(GetMessageW(&message, nullptr, 0, 0), 1);
     EXPECT_EQ(message.hwnd, first);
 
-    // Messages and timers of a window are dropped with it.
+    // When a window is destroyed, its messages and timers are dropped.
     PostMessageW(first, Marker, 0, 0);
     PostMessageW(second, Marker + 1, 0, 0);
     SetTimer(first, 1, 1, nullptr);
@@ -78,7 +78,7 @@ TEST(MessageQueueTest, TimerTicksMissedWhileBusyComeAsOne)
     const HWND window = makePlain();
     constexpr auto Period = std::chrono::milliseconds(40);
     SetTimer(window, 7, 1000000, nullptr);
-    EXPECT_EQ(SetTimer(window, 7, Period.count(), nullptr), 7U);  // replaces
+    EXPECT_EQ(SetTimer(window, 7, Period.count(), nullptr), 7U);  // replaces the timer with the same id
     spinPast(4 * Period);
     const auto beforeFirst = std::chrono::steady_clock::now();
     EXPECT_EQ(nextMessage(window), WM_TIMER);
@@ -90,7 +90,7 @@ TEST(MessageQueueTest, TimerTicksMissedWhileBusyComeAsOne)
     DestroyWindow(window);
 }
 
-// A window whose command 9 works until it is released.
+// The state of a window whose command 9 runs until the test releases it.
 struct WorkingWindow {
     std::promise<void> begun;
     std::promise<void> release;

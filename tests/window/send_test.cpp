@@ -11,7 +11,7 @@ constexpr UINT AskBack = WM_APP + 2;
 constexpr UINT Die = WM_APP + 3;
 constexpr UINT Block = WM_APP + 4;
 
-// Ask returns wParam + 1. AskBack sends Ask to the window in lParam and returns what that returns.
+// Ask returns wParam + 1. AskBack sends Ask with wParam + 1 to the window in lParam, and returns the result.
 LRESULT answering(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
 {
     switch (message) {
@@ -36,7 +36,7 @@ HWND makeAnswering()
     return makeWindow(windowClass(u"Answering", answering));
 }
 
-// The window's thread begins to block, and ends that once `released` is set.
+// Makes the window's thread block until `released` is set. Returns as soon as it blocks.
 void block(HWND window, std::future<void>& released)
 {
     std::promise<void> begun;
@@ -56,7 +56,7 @@ TEST(SendTest, TwoThreadsThatSendToEachOtherDontBlock)
         for (int round = 0; round < Rounds; ++round)
             ASSERT_EQ(SendMessageW(peer, AskBack, static_cast<WPARAM>(round), reinterpret_cast<LPARAM>(own)),
                       round + 2);
-        // Answers the other thread until that has finished, too.
+        // Answers the other thread until that thread has finished, too.
         PostMessageW(peer, WM_CLOSE, 0, 0);
         MSG message;
         while (GetMessageW(&message, own, 0, 0) > 0)
@@ -96,7 +96,7 @@ TEST(SendTest, SendEndsWithAnErrorWhenTheReceivingThreadEnds)
     std::promise<void> asked;
     std::thread owner([&] {
         made.set_value(makeAnswering());
-        asked.get_future().wait();  // ends without having served a message
+        asked.get_future().wait();  // the thread ends and has served no message
     });
     const HWND window = made.get_future().get();
     std::thread sender([&] {
@@ -133,7 +133,7 @@ TEST(SendTest, OwnedWindowOfAnotherThreadIsDestroyedWithItsOwner)
     const HWND owner = makeAnswering();
     WindowThread other([owner] { return makeWindow(u"Answering", owner); });
     DestroyWindow(owner);
-    other.join();  // its loop ends with its window
+    other.join();  // the thread's loop ends with its window
     EXPECT_FALSE(IsWindow(other.window()));
 }
 
@@ -157,7 +157,7 @@ TEST(SendTest, ManySendersAreEachAnsweredAndPostedMessagesAreServedBetweenTheirS
         sender.join();
 }
 
-// The handler runs on the sender's system thread.
+// The handler of a sent message runs on the sender's host thread.
 TEST(SendTest, LoopInsideASentMessageServesTheReceiversMessages)
 {
     static std::thread::id loopRanOn;

@@ -1,4 +1,4 @@
-// Dialog templates and menus, whole and damaged, and the command bands that show a menu.
+// Dialog templates and menus, sound and damaged, and the command bands that show a menu.
 #include "test_user.h"
 
 #include "dialog_template.h"
@@ -55,7 +55,7 @@ TEST(DialogTemplateTest, DamagedTemplateIsRefusedOrOpensAsAWhole)
             const std::u16string whole = templateWords(u"T", Controls, extended, style);
             const auto bytes = std::as_bytes(std::span(whole));
             for (std::size_t size = 0; size < bytes.size(); ++size) {
-                // A copy of that size, so that a sanitizer sees a read past its end.
+                // A copy of exactly this size, so that a sanitizer detects a read past its end.
                 const std::vector<std::byte> cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size));
                 ASSERT_FALSE(readDialogTemplate(cut)) << size;
             }
@@ -73,7 +73,7 @@ TEST(DialogTemplateTest, DamagedTemplateIsRefusedOrOpensAsAWhole)
         }
 }
 
-// Each entry has its flags, its command unless it is a popup, and its text.
+// An entry of a menu consists of flags, a command unless it is a popup, and a text.
 constexpr char16_t Popup = 0x10;
 constexpr char16_t Last = 0x80;
 
@@ -102,7 +102,7 @@ TEST(MenuTest, NestedMenuIsReadWholeOrNotAtAll)
     EXPECT_EQ((*menu)[1].items[0].items[0].id, 40003);
     for (std::size_t size = 0; size < whole.size(); ++size)
         ASSERT_FALSE(readMenu(whole.first(size))) << size;
-    // So many levels that reading them by recursion would overflow the stack.
+    // A recursive reader would overflow its stack with this number of levels.
     std::u16string deep = u"\0\0"s;
     for (int level = 0; level < 100000; ++level)
         deep += u"\x10\0"s;
@@ -134,7 +134,7 @@ TEST(BandsTest, BandsNotifyTheirHeightWhenBuiltAndWheneverTheWindowIsSized)
     }
     ASSERT_TRUE(CommandBar_InsertMenubar(CommandBands_GetCommandBar(bands, 0), nullptr, 104, 0));
     CommandBands_Show(bands, TRUE);
-    MoveWindow(window, 0, 0, 200, 100, TRUE);  // both bands no longer fit side by side
+    MoveWindow(window, 0, 0, 200, 100, TRUE);  // now the two bands don't fit side by side
     MoveWindow(window, 0, 0, 640, 100, TRUE);
     EXPECT_EQ(heights, (std::vector<UINT>{26, 52, 26}));
     DestroyWindow(window);

@@ -107,7 +107,7 @@ const void* addResource(WORD type, WORD name, const std::u16string& content)
         const std::u16string padding(8 + data.size() % 2, u'\0');
         return lengths + words({0xFFFF, ofType, 0xFFFF, named}) + padding.substr(0, 8) + data + padding.substr(8);
     };
-    // Resources stay for the life of the process, so the earlier files do, too.
+    // Addresses of resources must stay valid as long as the process runs. So the earlier files are kept, too.
     static std::list<std::u16string> files = {entry(0, 0, u"")};
     const std::size_t offset = files.back().size() + 16;
     files.push_back(files.back() + entry(type, name, content));

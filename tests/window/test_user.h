@@ -20,7 +20,7 @@
 
 namespace platform::window::test {
 
-// A display that shows nothing and lets a test wait for what it would have shown.
+// A display that shows nothing. A test can wait until it would have shown a certain state.
 class TestUser : public Display {
 public:
     TestUser() { setDisplay(this); }
@@ -31,11 +31,11 @@ public:
     void changed(HWND window, Change change) override;
     void textChanged(HWND window, std::u16string_view) override { changed(window, Change::Text); }
 
-    // Returns when the condition holds. Checks it again after each change.
+    // Returns when the condition holds. Checks the condition after each change.
     void waitUntil(const std::function<bool()>& condition);
-    // The visible top-level window of that title, once its thread takes input.
+    // Waits until the visible top-level window of that title takes input, and returns it.
     HWND window(const std::u16string& title);
-    // Each posts its input as soon as the window's thread takes input.
+    // Each of these functions posts its input as soon as the window's thread takes input.
     void click(HWND window, long row = -1)
     {
         waitUntil([&] { return takesInput(window) && postClick(window, row); });
@@ -49,7 +49,7 @@ public:
         waitUntil([&] { return takesInput(window) && postText(window, text); });
     }
 
-    // The windows that got or lost the focus since the last call.
+    // Returns the windows that got or lost the focus since the last call.
     std::set<HWND> takeFocusChanges()
     {
         const std::lock_guard lock(mutex_);
@@ -63,10 +63,10 @@ private:
     long changes_ = 0;
 };
 
-// A thread that makes a window and serves messages until the window is gone.
+// A thread that makes a window and serves messages until the window is destroyed.
 class WindowThread {
 public:
-    // `make` gives the window.
+    // `make` runs on the new thread and returns the window.
     explicit WindowThread(std::function<HWND()> make);
     WindowThread(const WindowThread&) = delete;
     WindowThread& operator=(const WindowThread&) = delete;
@@ -80,7 +80,7 @@ private:
     std::thread thread_;
 };
 
-// Registers a class of that name with the procedure, once.
+// Registers a class of that name with the procedure, unless the class exists. Returns the name.
 inline const WCHAR* windowClass(const WCHAR* name, WNDPROC procedure)
 {
     WNDCLASSW added = {};
@@ -95,7 +95,7 @@ inline HWND makeWindow(const WCHAR* className, HWND owner = nullptr)
     return CreateWindowExW(0, className, className, WS_VISIBLE, 0, 0, 300, 200, owner, nullptr, nullptr, nullptr);
 }
 
-// SendMessageW with a pointer.
+// Calls SendMessageW with a pointer.
 inline LRESULT send(HWND window, UINT message, WPARAM wParam = 0, const void* lParam = nullptr)
 {
     return SendMessageW(window, message, wParam, reinterpret_cast<LPARAM>(lParam));
@@ -120,14 +120,14 @@ struct TestControl {
     DWORD style = 0;
 };
 
-// A template in the extended format or the plain one. Each control is below the one before it.
+// Returns a template in the extended or the plain format. Each control is below the previous one.
 [[nodiscard]] std::u16string templateWords(const std::u16string& title, const std::vector<TestControl>& controls,
                                            bool extended, DWORD style, DWORD exStyle = WS_EX_CAPTIONOKBTN);
 
-// A template that DialogBoxIndirectParamW takes: made one of the process's resources.
+// Returns a template for DialogBoxIndirectParamW. It is added to the resources of the process.
 [[nodiscard]] const void* makeTemplate(const std::u16string& title, const std::vector<TestControl>& controls,
                                        DWORD style = 0x80c808c0);
-// Makes the words a resource of that type and number, and returns their address.
+// Adds the words as a resource of that type and number, and returns their address.
 const void* addResource(WORD type, WORD name, const std::u16string& content);
 
 }  // namespace platform::window::test

@@ -1,4 +1,4 @@
-// What a display is told of a tree: which items changed since it last asked.
+// The report of a tree to a display: the items that changed since the display last asked.
 #include "tree_control_fixture.h"
 
 namespace {
