@@ -7,8 +7,8 @@ Exit code: that of ctest.
 A suite that passed runs again when its command, its environment variables, one of the programs that it uses, or one of
 the files of the repository that it reads has changed. A compiled suite uses itself. A script uses the programs that its
 command names. If it names none, it uses those in its own folder of programs (tests/CMakeLists.txt), or otherwise all
-programs of the build. It reads every script below tests/. If its command names a folder of the repository, it reads all
-files of this folder.
+programs of the build. It reads every script below tests/. It also reads the files and folders of the repository that its
+command or its property REQUIRED_FILES names.
 """
 import functools
 import hashlib
@@ -41,14 +41,15 @@ def own_programs(build, properties):
 
 
 def inputs(build, words, properties):
-    paths = [pathlib.Path(word) for word in words if word.startswith("/")]
+    required = [file for p in properties if p["name"] == "REQUIRED_FILES" for file in p["value"]]
+    paths = [pathlib.Path(word) for word in [*words, *required] if word.startswith("/")]
     programs = [path for path in paths if build in path.parents and path.is_file()]
     programs = programs or own_programs(build, properties)
     if not programs:
         programs = files_in(build / "bin") + files_in(build / "lib")
     scripts = SCRIPTS if any(path.suffix == ".py" for path in paths) else []
-    read = [file for path in paths if path.is_dir() and ROOT in path.parents and build not in path.parents
-            for file in files_in(path)]
+    read = [file for path in paths if ROOT in path.parents and build not in path.parents
+            for file in (files_in(path) if path.is_dir() else [path])]
     return programs + scripts + read
 
 
