@@ -89,8 +89,9 @@ class Desktop:
         # -noreset: a server that resets after its only client would refuse one that is just connecting.
         self.display = os.environ["DISPLAY"] = ":" + self.answer_of(
             "Xvfb", f":{100 + os.getpid() % 50000}", "-screen", "0", f"{size}x24", "-nolisten", "tcp", "-noreset",
-            "-displayfd", "{}")
+            "-fbdir", str(self.base), "-displayfd", "{}")
         self.server = self.started[-1]
+        self.picture = self.base / "Xvfb_screen0"  # what the screen shows now, in the format of xwd
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.answer_of(
             "dbus-daemon", "--session", "--nofork", "--print-address={}")
         # A window that appears before the window manager gets no frame and no focus.

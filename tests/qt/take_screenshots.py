@@ -1,15 +1,16 @@
 #!/usr/bin/python3
 """Takes pictures of the main window and every dialog, of the real program under a real X server with a window manager.
 
-    take_screenshots.py BIN-FOLDER TARGET-FOLDER [VARIANT]
+    take_screenshots.py BIN-FOLDER TARGET-FOLDER [VARIANT...]
 Exit code 77: a tool is missing. 1: a window didn't appear.
 """
+import collections
 import os
 import pathlib
 import subprocess
 import sys
 
-from desktop import Desktop, require_tools, wait_for
+from desktop import LOOKS_PER_SECOND, Desktop, require_tools, wait_for
 from tour import tour
 
 
@@ -35,17 +36,13 @@ VARIANTS = {  # size of the screen, scale, settings
 }
 
 
-def picture(*words):
-    return subprocess.run(["import", "-window", "root", *words], check=True, capture_output=True).stdout
-
-
-def wait_until_still(name):
-    """Waits until two successive pictures are the same."""
-    pictures = [b""]
+def wait_until_still(desktop, name):
+    """Waits until some successive pictures are the same."""
+    seen = collections.deque(maxlen=LOOKS_PER_SECOND // 8)
 
     def is_still():
-        pictures.append(picture("rgb:-"))
-        return pictures[-1] == pictures.pop(0)
+        seen.append(desktop.picture.read_bytes())
+        return len(seen) == seen.maxlen and len(set(seen)) == 1
     wait_for(f"a picture without movement: {name}", is_still)
 
 
@@ -59,19 +56,19 @@ def take_all(bin_folder, target, variant):
         environment.update(XDG_CURRENT_DESKTOP="KDE", KDE_SESSION_VERSION="5")
 
     def visit(name, _):
-        wait_until_still(name)
-        picture(pathlib.Path(target) / f"{variant}-{name}.png")
+        wait_until_still(desktop, name)
+        subprocess.run(["convert", f"xwd:{desktop.picture}", pathlib.Path(target) / f"{variant}-{name}.png"], check=True)
     tour(desktop.start_program(desktop.base / "device", scale=scale, env=environment), visit)
     return 0
 
 
-def main(bin_folder, target, variant=None):
-    require_tools("import")
-    if variant:
-        return take_all(bin_folder, target, variant)
+def main(bin_folder, target, *variants):
+    require_tools("convert")
+    if len(variants) == 1:
+        return take_all(bin_folder, target, *variants)
     pathlib.Path(target).mkdir(parents=True, exist_ok=True)
     # Each variant needs a desktop of its own.
-    taking = [subprocess.Popen([sys.executable, __file__, bin_folder, target, each]) for each in VARIANTS]
+    taking = [subprocess.Popen([sys.executable, __file__, bin_folder, target, each]) for each in variants or VARIANTS]
     return max(process.wait() for process in taking)
 
 
