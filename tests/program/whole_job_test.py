@@ -4,10 +4,11 @@ import os
 import random
 
 import independent_set
+from companions import SANITIZED
 from device_contents import NAMES
 from program import ProgramTest, full_backup, full_restore
 
-FILE_COUNT = 20_000
+FILE_COUNT = 2000 if SANITIZED else 20_000
 BLOCK = 131_072
 EDGES = [0, 1, 2, 259, 260, 261, BLOCK - 1, BLOCK, BLOCK + 1, 2 * BLOCK, 2 * BLOCK + BLOCK // 2]
 
@@ -29,7 +30,7 @@ class WholeJobTest(ProgramTest):
             self.write(f"even {size}", bytes(size))
         return self.content()
 
-    def test_twenty_thousand_files_and_difficult_names_come_back(self):
+    def test_thousands_of_files_and_difficult_names_come_back(self):
         before = self.fill(FILE_COUNT)
         self.quillbox(full_backup(comment="all of it"))
         self.assertIn("Sound", self.set_tool("verify", self.set).text)

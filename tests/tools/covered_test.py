@@ -7,7 +7,7 @@ from companions import CompanionTest, SANITIZED, database, lines
 from independent_set import FILE, Set
 import program
 
-FILES, RECORDS = (400, 500) if SANITIZED else (20000, 40000)
+FILES, RECORDS = (400, 500) if SANITIZED else (2000, 4000)
 
 
 def record(number, subject="Task"):
