@@ -43,8 +43,9 @@ BOOL RegCopyFile(const WCHAR* path)
     const HANDLE file = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return fail(Trouble::Reading, GetLastError());
-    const DWORD error = writeRegistry(file);
-    CloseHandle(file);
+    DWORD error = writeRegistry(file);
+    if (!CloseHandle(file) && error == ERROR_SUCCESS)  // writes the last bytes
+        error = GetLastError();
     if (error == ERROR_SUCCESS)
         return TRUE;
     (void)DeleteFileW(path);  // a truncated file could be mistaken for a whole registry

@@ -1,3 +1,4 @@
+#include "file/host_faults.h"
 #include "file/name_space.h"
 #include "kernel/troubles.h"
 #include "killed_process.h"
@@ -209,6 +210,31 @@ TEST_F(RegistryFileTest, FailedCallSetsItsErrorAndLeavesNoIncompleteFile)
     expectError(ERROR_GEN_FAILURE, RegRestoreFile(u"\\a.reg"));
     EXPECT_FALSE(fs::exists(store() / "b.reg"));
     EXPECT_TRUE(fs::exists(store() / "a.reg"));
+}
+
+TEST_F(RegistryFileTest, FailedCallOfTheHostLeavesNoIncompleteFile)
+{
+    using namespace platform::file;
+    const auto nthFails = [](std::uint64_t nth, const WCHAR* path, decltype(&RegCopyFile) call) {
+        setFaultPlan({.kind = FaultKind::Fail, .nthCall = nth, .error = EIO});
+        const bool good = call(path);
+        const bool failed = hostCallsMade() >= nth;
+        clearFaultPlan();
+        EXPECT_TRUE(good || failed);
+        return std::pair(good, failed);
+    };
+    for (int number = 0; number < 35; ++number)  // so that the file layer gathers the last bytes of the file
+        add(u"k", std::u16string(1, static_cast<WCHAR>(u'A' + number)).c_str(), REG_BINARY, std::string(350, 'x'));
+    const std::string whole = copied();
+    ASSERT_GT(whole.size(), 65536U);
+    ASSERT_LT(whole.size(), 65536U + 8192U);
+    for (auto [nth, failed] = std::pair(1U, true); failed; ++nth) {
+        SCOPED_TRACE(nth);
+        fs::remove(store() / "new.reg");
+        bool good = false;
+        std::tie(good, failed) = nthFails(nth, u"\\new.reg", RegCopyFile);
+        EXPECT_TRUE(hostRead(store() / "new.reg") == (good ? whole : ""));
+    }
 }
 
 TEST_F(RegistryFileTest, DamagedFileIsRefusedAtOnceAndDoesNotReplaceAGoodOne)
