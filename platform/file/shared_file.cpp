@@ -147,12 +147,10 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
 // Moves the bytes of a file from memory to a nameless file of the host.
 int SharedFile::spill()
 {
-    if (const int result = content_->spill(size_); result < 0)
-        return result;
     HostStatus status = {};
-    // If this fails, device_ stays a number that no file system has.
-    if (readStatus(content_->file(), "", status) == 0)
-        device_ = deviceOf(status);
+    if (const int result = content_->spill(size_, status); result < 0)
+        return result;
+    device_ = deviceOf(status);
     writtenTo_ = size_;
     return 0;
 }

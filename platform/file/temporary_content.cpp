@@ -58,12 +58,14 @@ std::size_t TemporaryContent::read(std::uint64_t offset, std::span<std::byte> ou
     return bytes;
 }
 
-int TemporaryContent::spill(std::uint64_t size)
+int TemporaryContent::spill(std::uint64_t size, HostStatus& status)
 {
     Descriptor nameless(makeNameless(path_));
     if (!nameless)
         return nameless.get();
     if (const int result = writeAllAt(nameless.get(), {memory_.get(), size}, 0); result < 0)
+        return result;
+    if (const int result = readStatus(nameless.get(), "", status); result < 0)
         return result;
     file_ = std::move(nameless);
     memory_.reset();

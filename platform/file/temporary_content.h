@@ -30,9 +30,9 @@ public:
     void put(std::uint64_t offset, std::span<const std::byte> bytes);
     std::size_t read(std::uint64_t offset, std::span<std::byte> out, std::uint64_t size) const;
 
-    // Moves the bytes from memory to a nameless file. Returns 0 or a negative errno. After a failure the bytes are
-    // still in memory.
-    [[nodiscard]] int spill(std::uint64_t size);
+    // Moves the bytes from memory to a nameless file, and reads its status. Returns 0 or a negative errno. After a
+    // failure the bytes are still in memory.
+    [[nodiscard]] int spill(std::uint64_t size, HostStatus& status);
 
     // The descriptor of the host's file; -1 while the bytes are in memory.
     int file() const { return file_.get(); }
