@@ -21,11 +21,10 @@ std::uint64_t ticksOf(const FILETIME& time)
     return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
-// Stores the status, and announces it if it has changed. The timer of the main window reports the status twice a
-// second, and most reports equal the one before.
-void take(StatusState status)
+// The timer of the main window reports the status twice a second. Most reports equal the one before and aren't
+// announced.
+void take(StatusState status) REQUIRES(coreMutex)
 {
-    const Lock lock(coreMutex);
     if (core().status == status)
         return;
     core().status = std::move(status);
@@ -42,7 +41,8 @@ StatusState programStatus()
 
 void setDeviceName(std::u16string name)
 {
-    StatusState status = programStatus();
+    const Lock lock(coreMutex);
+    StatusState status = core().status;
     status.device = std::move(name);
     take(std::move(status));
 }
@@ -54,7 +54,6 @@ using namespace platform::window;
 void ReportStatus(const ProgramStatus& reported)
 {
     StatusState status;
-    status.device = programStatus().device;
     status.markedFiles = reported.markedFiles;
     status.markedBytes = reported.markedBytes;
     status.markedDatabases = reported.markedDatabases;
@@ -67,5 +66,7 @@ void ReportStatus(const ProgramStatus& reported)
     status.newestSet = reported.newestSet;
     status.newestSetTime = ticksOf(reported.newestSetTime);
     status.jobs = reported.jobs;
+    const Lock lock(coreMutex);
+    status.device = core().status.device;
     take(std::move(status));
 }
