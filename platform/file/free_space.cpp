@@ -1,11 +1,9 @@
 #include "free_space.h"
 
 #include "host/error.h"
-
-#include <sys/statvfs.h>
+#include "host_calls.h"
 
 #include <algorithm>
-#include <cerrno>
 
 namespace platform::file {
 
@@ -13,9 +11,9 @@ FreeSpace freeSpaceAt(const HostPath& path)
 {
     if (path.error != 0)
         return {.error = path.error};
-    struct statvfs status {};
-    if (::fstatvfs(path.mount->folder(), &status) != 0)
-        return {.error = host::platformError(-errno)};
+    struct statvfs status = {};
+    if (const int result = readSpace(path.mount->folder(), status); result < 0)
+        return {.error = host::platformError(result)};
     FreeSpace space{.available = std::uint64_t{status.f_bavail} * status.f_frsize,
                     .total = std::uint64_t{status.f_blocks} * status.f_frsize};
     if (const auto capacity = path.mount->capacity()) {

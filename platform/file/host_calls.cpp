@@ -280,6 +280,13 @@ std::optional<FileSystem> readFileSystem(int file)
     return FileSystem{static_cast<std::uint32_t>(status.f_type), static_cast<std::uint64_t>(status.f_bsize)};
 }
 
+int readSpace(int fileOrFolder, struct statvfs& space)
+{
+    if (const int error = passGate())
+        return -error;
+    return unlessInterrupted([&] { return ::fstatvfs(fileOrFolder, &space); });
+}
+
 int setLease(int file, int type)
 {
     // Dropping a lease doesn't pass the gate. If a test made this call fail, the lease would remain, and the test would

@@ -1,13 +1,14 @@
 // host_calls.h - every system call that the file layer makes on the host's files and folders.
 //
 // No other source of this room makes such calls, so that a test can count them and make each one fail (host_gate.h).
-// The exceptions are free_space.cpp, which asks for the free space, and power_cut.cpp, which only tests link. A
-// negative result is a negative errno; errno itself isn't used. Interrupted calls are repeated.
+// The exception is power_cut.cpp, which only tests link. A negative result is a negative errno; errno itself isn't
+// used. Interrupted calls are repeated.
 #pragma once
 
 #include "host/descriptor.h"
 
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/types.h>
 #include <sys/uio.h>
 
@@ -90,6 +91,9 @@ struct FileSystem {
 // Returns the file system that holds the file. Empty if the host doesn't report it. Use fileSystemOf where possible,
 // because it remembers the answers.
 [[nodiscard]] std::optional<FileSystem> readFileSystem(int file);
+
+// Reads the size and the free space of the file system that holds the file or folder.
+[[nodiscard]] int readSpace(int fileOrFolder, struct statvfs& space);
 
 // Takes or drops a lease (F_RDLCK, F_WRLCK, F_UNLCK).
 [[nodiscard]] int setLease(int file, int type);
