@@ -3,6 +3,16 @@
 #include "ce/file.h"
 #include "ce/outcome.h"
 
+namespace {
+
+// Whether something is at the path. If this can't be found out, the answer is true.
+bool MayExist(const WCHAR* path)
+{
+    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES || GetLastError() != ERROR_FILE_NOT_FOUND;
+}
+
+}  // namespace
+
 bool StopsBefore(const ItemKind& kind, const WCHAR* name)
 {
     if (!JobIsToStop())
@@ -18,14 +28,15 @@ void ReportReplacedFile(const WCHAR* path)
 
 TemporaryFile ExpectTemporaryFile(const WCHAR* path)
 {
-    const bool existed = GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
+    const bool existed = MayExist(path);
     (void)DeclareTemporaryFile(path);
     return {path, existed};
 }
 
+// A call can fail after it has replaced the file. RegCopyFile then deletes the file.
 bool IsOwnFile(const TemporaryFile& file, bool made)
 {
-    if (made && file.existed)
+    if (file.existed && (made || !MayExist(file.path)))
         ReportReplacedFile(file.path);
     return made || !file.existed;
 }

@@ -35,12 +35,12 @@ void ReportReplacedFile(const WCHAR* path);
 // same name. The program must not use or delete the user's file as its own.
 struct TemporaryFile {
     const WCHAR* path;
-    bool existed;  // before the call
+    bool existed;  // before the call, or the device couldn't say
 };
 
 TemporaryFile ExpectTemporaryFile(const WCHAR* path);
 
 // Called after the call that makes the file. `made` says whether that call began a new file. Returns true if a file at
-// the path is the program's and may be used and deleted. If the call replaced a file of the user, reports the
-// replacement.
+// the path is the program's and may be used and deleted. If the call replaced a file of the user, or deleted it,
+// reports that.
 bool IsOwnFile(const TemporaryFile& file, bool made);

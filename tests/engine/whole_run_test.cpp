@@ -7,8 +7,15 @@
 #include "backup_items.h"
 #include "engine/registry_calls.h"
 #include "engine/set_paths.h"
+#include "kernel/troubles.h"
 
 #include "ce/dialog.h"
+#include "ce/outcome.h"
+
+using platform::kernel::Since;
+using platform::kernel::Trouble;
+using platform::kernel::Troubled;
+using platform::kernel::troublesOf;
 
 namespace {
 
@@ -334,6 +341,19 @@ TEST_F(WholeRunTest, FailedItemIsLoggedAndHasNoEntryUnlessAPartOfTheRegistryWasW
         EXPECT_EQ(namesIn(root()), Names{c.kept});
         EXPECT_EQ(read(c.kept), users);
         removeAll(c.kept);
+    }
+}
+
+TEST_F(WholeRunTest, UsersFileIsReportedIfAFailedCopyOfTheRegistryHasDeletedIt)
+{
+    gRegistryMarked = 1;
+    gRegCopyFile = [](const WCHAR* path) { return static_cast<BOOL>(DeleteFileW(path) && false); };
+    for (const bool isThere : {false, true}) {
+        if (isThere)
+            write("TMVRegFile.QBR", "the user's");
+        BeginJob();
+        backUp();
+        EXPECT_EQ(troublesOf(Trouble::Replacing, Troubled::File, Since::Job).size(), isThere ? 1U : 0U);
     }
 }
 
