@@ -279,9 +279,10 @@ class HostTest(DeviceToolTest):
                 self.assertEqual(done.returncode, 1, done.stderr)
             out.write_text("old")
             for target in (out, new):
-                done = traced([*export, target, "--force"], "fsync", "fsync:error=EIO")
-                self.assertEqual((done.returncode, done.stderr.decode()),
-                                 (1, f'quillbox-device: "{target}" can\'t be written.\n'))
+                for call, why in (("fsync", ""), ("rename", ": Input/output error")):
+                    done = traced([*export, target, "--force"], call, call + ":error=EIO")
+                    self.assertEqual((done.returncode, done.stderr.decode()),
+                                     (1, f'quillbox-device: "{target}" can\'t be written{why}.\n'))
             self.assertEqual((out.read_text(), names_in(self.folder)), ("old", ["device", "out"]))
             done = traced([*export, out, "--force"], "fsync", "fsync:error=EIO:when=2")
             self.assertEqual(done.returncode, 1)

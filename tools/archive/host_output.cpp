@@ -34,8 +34,13 @@ TemporaryFile makeBeside(const fs::path& target, mode_t mode)
     return made ? TemporaryFile{path.string(), std::move(made)} : TemporaryFile{};
 }
 
-// Returns the status of the object that the path leads to. Returns nothing if the path is free for a new file. Throws
-// in all other cases.
+[[noreturn]] void refuse(const std::string& target, const std::error_code& reason)
+{
+    throw std::runtime_error("\"" + target + "\" can't be written: " + reason.message() + ".");
+}
+
+// Returns the status of the object that the path leads to. Returns nothing if the path is free for a new file.
+// Otherwise throws.
 std::optional<struct stat> statusOf(const std::string& target)
 {
     struct stat found {};
@@ -44,8 +49,7 @@ std::optional<struct stat> statusOf(const std::string& target)
     const int error = errno;
     std::error_code ignored;
     if (error != ENOENT)
-        throw std::runtime_error("\"" + target + "\" can't be written: " + std::generic_category().message(error) +
-                                 ".");
+        refuse(target, std::error_code(error, std::generic_category()));
     if (fs::is_symlink(fs::symlink_status(target, ignored)))
         throw std::runtime_error("\"" + target + "\" is a link that leads nowhere.");
     return std::nullopt;
@@ -84,7 +88,10 @@ Output::Output(const std::string& file, bool force) : target_(file)
     if (!force && found && (isFile || S_ISBLK(found->st_mode)))
         throw std::runtime_error("\"" + file + "\" exists already; --force replaces it.");
     if (isFile) {
-        target_ = fs::canonical(file).string();
+        std::error_code failure;
+        target_ = fs::canonical(file, failure).string();
+        if (failure)
+            refuse(file, failure);
         replaced_ = found;
     }
     if (!found || isFile) {
@@ -134,7 +141,10 @@ void Output::finish()
         throw std::runtime_error((isPrinted_ ? "Standard output" : "\"" + target_ + "\"") + " can't be written.");
     if (temporary_.empty())
         return;
-    fs::rename(temporary_, target_);
+    std::error_code failure;
+    fs::rename(temporary_, target_, failure);
+    if (failure)
+        refuse(target_, failure);
     temporary_.clear();
     const fs::path folder = fs::path(target_).parent_path();
     if (host::flushFolder(folder) != 0)
