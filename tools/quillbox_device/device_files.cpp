@@ -64,12 +64,13 @@ void DeviceFiles::readFolder(const std::string& path, const std::u16string& name
 {
     archive::checkStop();
     const char* const shown = path.empty() ? "." : path.c_str();
-    const int opened = ::openat(root_.get(), shown, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    const std::unique_ptr<DIR, CloseFolder> folder(opened < 0 ? nullptr : ::fdopendir(opened));
+    platform::host::Descriptor opened(::openat(root_.get(), shown, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const std::unique_ptr<DIR, CloseFolder> folder(opened ? ::fdopendir(opened.get()) : nullptr);
     if (!folder) {
         files_.push_back({path, {}, "the folder can't be read: " + std::generic_category().message(errno)});
         return;
     }
+    const int number = opened.release();  // the folder owns it
     errno = 0;
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads this folder
     for (const dirent* entry = ::readdir(folder.get()); entry; entry = ::readdir(folder.get())) {
@@ -78,7 +79,7 @@ void DeviceFiles::readFolder(const std::string& path, const std::u16string& name
             continue;
         std::string inner = path.empty() ? std::string(own) : path + "/" + std::string(own);
         struct stat status {};
-        if (::fstatat(opened, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (::fstatat(number, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
             files_.push_back({inner, {}, std::generic_category().message(errno)});
         } else if (S_ISDIR(status.st_mode)) {
             waiting.push_back(std::move(inner));
