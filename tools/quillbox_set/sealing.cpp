@@ -37,8 +37,10 @@ Outcome seal(const SetFiles& files, bool force)
     // The digests are computed before the check. So they never include a change that was made during the check.
     const auto digests = digestsOf(set.mounted());
     const std::string fault = firstFaultOf(set, SealUse::Ignored);
-    if (!fault.empty() || !digests)
+    if (!fault.empty())
         return {false, "is unsound, so it isn't sealed: " + fault};
+    if (!digests)
+        return {false, "can't be read, so it isn't sealed"};
     const DWORD error = writeSeal(files, set.mounted(), *digests);
     return error == ERROR_SUCCESS ? Outcome{true, "sealed"} : Outcome{false, "can't be sealed: " + errorText(error)};
 }
