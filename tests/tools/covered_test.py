@@ -2,6 +2,7 @@
 import fcntl
 import json
 import os
+import shutil
 
 from companions import CompanionTest, SANITIZED, database, lines
 from independent_set import FILE, Set
@@ -75,8 +76,10 @@ class CoveredTest(CompanionTest):
         self.assertIn(f"not covered: database Tasks: 2 of {RECORDS + 2} records\n    Task 3\n    Other 5\n", said)
         self.add_records([record(1)], "More")
         self.assertIn("not covered: database More: no set has it", self.covered(code=1).text)
-        found = json.loads(self.covered(self.sets, "--json", code=1).text)
-        self.assertEqual([found.pop(name)[0]["recordCount"] for name in ("sets", "databases")], [RECORDS, RECORDS + 2])
+        shutil.copytree(self.sets, self.folder / "again")  # holds nothing that the first doesn't hold
+        found = json.loads(self.covered(self.sets, self.folder / "again", "--json", code=1).text)
+        self.assertEqual([[each["recordCount"] for each in found.pop(name)] for name in ("sets", "databases")],
+                         [[RECORDS], [RECORDS + 2, 1]])
         self.assertEqual(found, {"version": 1, "files": [], "changes": [], "unkeptValueCount": 0, "uncoveredCount": 5, "values": [
             {"key": "HKEY_USERS\\new", "value": None, "content": None}, {"key": "HKEY_USERS\\new", "value": "a", "content": "dword:00000001"}]})
 

@@ -132,9 +132,9 @@ HeldContent DeviceContent::takeSet()
             continue;
         Database& own = *held.database;
         own.isHeld = true;
-        const std::vector<Digest> missing = moreIn(own.records, held.records);
-        taken.records += own.records.size() - missing.size();
-        own.uncovered = both(own.uncovered, missing);
+        const std::size_t open = own.uncovered.size();
+        own.uncovered = both(own.uncovered, moreIn(own.records, held.records));
+        taken.records += open - own.uncovered.size();
     }
     if (registry_) {
         taken.places = std::erase_if(registryOpen_, [&](const auto& open) {

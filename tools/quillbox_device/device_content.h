@@ -16,8 +16,8 @@
 
 namespace quillbox_device {
 
-// How much of the device's content a set contains. `places` is the number of keys and values of the registry that no
-// earlier set contains.
+// How much of the device's content a set holds, without what the sets before it hold. `places` are keys and values of
+// the registry.
 struct HeldContent {
     std::size_t records = 0;
     std::size_t places = 0;
@@ -42,7 +42,7 @@ public:
     {
         return registry_->value(name, type, data);
     }
-    // Returns how much of the device's content the set holds.
+    // Returns how much the set holds that the sets before it don't hold.
     HeldContent takeSet();
 
     bool isCovered() const;
