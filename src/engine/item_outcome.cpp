@@ -3,16 +3,6 @@
 #include "ce/file.h"
 #include "ce/outcome.h"
 
-namespace {
-
-// Whether something is at the path. If this can't be found out, the answer is true.
-bool MayExist(const WCHAR* path)
-{
-    return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES || GetLastError() != ERROR_FILE_NOT_FOUND;
-}
-
-}  // namespace
-
 bool StopsBefore(const ItemKind& kind, const WCHAR* name)
 {
     if (!JobIsToStop())
@@ -28,7 +18,7 @@ void ReportReplacedFile(const WCHAR* path)
 
 TemporaryFile ExpectTemporaryFile(const WCHAR* path)
 {
-    const bool existed = MayExist(path);
+    const bool existed = IsNothingAt(path) == FALSE;
     (void)DeclareTemporaryFile(path);
     return {path, existed};
 }
@@ -36,7 +26,7 @@ TemporaryFile ExpectTemporaryFile(const WCHAR* path)
 // A call can fail after it has replaced the file. RegCopyFile then deletes the file.
 bool IsOwnFile(const TemporaryFile& file, bool made)
 {
-    if (file.existed && (made || !MayExist(file.path)))
+    if (file.existed && (made || IsNothingAt(file.path)))
         ReportReplacedFile(file.path);
     return made || !file.existed;
 }

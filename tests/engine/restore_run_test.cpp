@@ -221,6 +221,17 @@ TEST_F(RestoreRunTest, DamagedListIsReported)
     }
 }
 
+// The temporary image is in the folder that the name of the database begins with.
+TEST_F(RestoreRunTest, DatabaseWhoseNameHasAMissingFolderReplacesNoFile)
+{
+    using namespace platform::kernel;
+    writeSet(entryBytes(2, "sub\\X", 0, HelloBytes));
+    writeOnCard("QLBX0001.QDT", Hello);
+    BeginJob();
+    restore();
+    EXPECT_TRUE(troublesOf(Trouble::Replacing, Troubled::File, Since::Job).empty());
+}
+
 TEST_F(RestoreRunTest, StoppedRunKeepsWhatItHasDoneAndReportsTheRest)
 {
     using namespace platform::kernel;
