@@ -157,8 +157,8 @@ BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* nam
     PutHeader(writer, info);
     const bool complete = PutRecords(writer, database, info.wNumRecords);
     Flush(writer);
-    CloseHandle(writer.file);
-    if (writer.failed)
+    const BOOL closed = CloseHandle(writer.file);  // closing writes the bytes that the file layer has gathered
+    if (writer.failed || !closed)
         (void)DeleteFileW(path);
     return complete ? TRUE : FALSE;
 }

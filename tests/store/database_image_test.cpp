@@ -1,5 +1,6 @@
 // Databases to images and back: the bytes of the format, the questions, damaged images.
 
+#include "file/host_faults.h"
 #include "image_fixture.h"
 #include "kernel/troubles.h"
 
@@ -31,6 +32,27 @@ TEST_F(DatabaseImageTest, ImageHasTheBytesOfTheFormatAndComesBackAndIsDeletedIfI
     EXPECT_EQ(restore(goldenImage), RestoreDone);
     EXPECT_TRUE(gQuestions.asked.empty());
     expectGolden(goldenRestored());
+}
+
+TEST_F(DatabaseImageTest, ImageIsWholeOrDeletedWhicheverCallOfTheHostFails)
+{
+    using namespace platform::file;
+    // So many records that the file layer gathers the last bytes of the image.
+    create(u"Ab", 5, Records(390, {text(1, std::u16string(80, u'x'))}));
+    EXPECT_EQ(DumpDatabase(u"Ab"), 1);
+    const std::string whole = image("Ab");
+    ASSERT_GT(whole.size(), 65536U);
+    for (auto [nth, failed] = std::pair(1U, true); failed; ++nth) {
+        SCOPED_TRACE(nth);
+        std::ofstream(root() / "Ab.CDB") << "old";
+        setFaultPlan({.kind = FaultKind::Fail, .nthCall = nth, .error = EIO});
+        BOOL made = FALSE;
+        EXPECT_EQ(DumpDatabase(u"Ab", &made), 1);
+        failed = hostCallsMade() >= nth;
+        clearFaultPlan();
+        const std::string left = image("Ab");
+        EXPECT_TRUE(left == whole || (failed && left == (made ? "" : "old"))) << left.size();
+    }
 }
 
 TEST_F(DatabaseImageTest, EmptyValuesComeBackAndARecordWithoutPropertiesIsLeftOut)
