@@ -6,12 +6,14 @@
     bench/compare.py growth              whether the time for a file grows with the number of files
     bench/compare.py --busy small        while another process uses one core
     bench/compare.py --rounds 3 --folder /dev/shm/bench
+    bench/compare.py small --folder /mnt/ext4/bench
 
 Quillbox and the peer run in turn, and their order changes from round to round. The figures are medians, and the ratios
 are those of the medians. A round during which other processes used the processors is repeated. The script makes the
 corpora in the folder (a tmpfs by default, some 3 GB). With --keep they stay there.
 """
 import argparse
+import functools
 import os
 import pathlib
 import random
@@ -119,8 +121,11 @@ def make_tiny(folder, files=100_000):
 
 
 def make_flat(folder):
+    # Not in the root, which the tree lists after each run. bench/tree.py measures that.
+    subfolder = folder / "flat"
+    subfolder.mkdir()
     for number in range(200_000):
-        (folder / f"{number:06d}.txt").write_text(f"tiny file {number}\n")
+        (subfolder / f"{number:06d}.txt").write_text(f"tiny file {number}\n")
 
 
 def make_deep(folder):
@@ -161,23 +166,37 @@ def busy_seconds():
     return (user + nice + system + irq + softirq + steal) / os.sysconf("SC_CLK_TCK")
 
 
+def kernel_seconds():
+    """Returns the processor time of the kernel's threads. On a disk they write what the measured processes have changed."""
+    ticks = 0
+    for path in pathlib.Path("/proc").glob("[0-9]*/stat"):
+        try:
+            fields = path.read_text().rpartition(")")[2].split()
+        except OSError:  # it has just ended
+            continue
+        if fields[1] == "2":  # the parent of all of them
+            ticks += int(fields[11]) + int(fields[12])
+    return ticks / os.sysconf("SC_CLK_TCK")
+
+
 class Run:
     """Runs one command. Measures its wall and processor seconds, its largest resident memory in kilobytes, and how many
     processors other processes used at the same time."""
 
-    def __init__(self, command, stdin=None):
+    def __init__(self, command, stdin=None, flushes=True):
         # A small launcher starts the command. Otherwise the command would inherit the memory maximum of this
         # interpreter.
         reader, writer = os.pipe()
-        before = busy_seconds()
-        process = subprocess.run([LAUNCHER, str(writer), *command], input=stdin, text=True, pass_fds=[writer])
+        before = busy_seconds() - kernel_seconds()
+        launcher = [LAUNCHER, str(writer), *([] if flushes else ["--no-flush"])]
+        process = subprocess.run([*launcher, *command], input=stdin, text=True, pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as report:
             figures = report.read().split()
         if process.returncode != 0 or len(figures) != 3:
             sys.exit(f"bench: failed: {command}")
         self.wall, self.cpu, self.memory = float(figures[0]), float(figures[1]), int(figures[2])
-        self.others = max(0.0, busy_seconds() - before - self.cpu) / max(self.wall, 0.01)
+        self.others = max(0.0, busy_seconds() - kernel_seconds() - before - self.cpu) / max(self.wall, 0.01)
 
 
 def empty(folder):
@@ -200,19 +219,19 @@ class Corpus:
         self.items = sum(len(names) for _, _, names in os.walk(self.store))
         self.bytes = sum(p.stat().st_size for p in self.store.rglob("*") if p.is_file())
 
-    def quillbox_backup(self):
+    def quillbox_backup(self, flushes=True):
         empty(self.card)
-        return Run([QUILLBOX, "--device", self.device, "--timeout", "0", "--script", "-"], BACKUP_SCRIPT)
+        return Run([QUILLBOX, "--device", self.device, "--timeout", "0", "--script", "-"], BACKUP_SCRIPT, flushes)
 
     def peer_backup(self):
         self.archive.unlink(missing_ok=True)
         return Run(["bash", "-c", f"set -o pipefail; tar -C '{self.store}' -cf - . | lzop -1 -c >'{self.archive}'"])
 
-    def quillbox_restore(self):
+    def quillbox_restore(self, flushes=True):
         empty(self.restored)
         (self.restored / "object-store").mkdir()
         return Run([QUILLBOX, "--device", self.restored, "--card", f"Card={self.card}", "--timeout", "0",
-                    "--script", "-"], RESTORE_SCRIPT)
+                    "--script", "-"], RESTORE_SCRIPT, flushes)
 
     def peer_restore(self):
         empty(self.untarred)
@@ -258,6 +277,9 @@ def measure(corpus, rounds, quiet=True):
     sides = [("quillbox", corpus.quillbox_backup, corpus.quillbox_restore)]
     if corpus.name in WITH_PEER:
         sides.append(("peer", corpus.peer_backup, corpus.peer_restore))
+    if is_ext4(corpus.device):
+        sides.append(("without flush", functools.partial(corpus.quillbox_backup, flushes=False),
+                      functools.partial(corpus.quillbox_restore, flushes=False)))
 
     def run_one(number):
         turn = number % len(sides)
@@ -303,6 +325,9 @@ def report(corpus, result, verdict, aims, time_aims):
             line += f" (cpu {cpu / peer_cpu:4.2f})"
             if aim := aims.get((corpus.name, operation)):
                 line += verdict.of(what, wall / peer_wall, aim)
+        if (operation, "without flush") in result:
+            each = result[operation, "without flush"][0] / corpus.items * 1e6
+            line += f"   without flush {each:7.1f} us/item"
         if aim := time_aims.get((corpus.name, operation)):
             line += verdict.of(what, each, aim, " us/item")
         allowed = (SPARSE_MEMORY_AIM_KILOBYTES if corpus.name == "sparse" else
