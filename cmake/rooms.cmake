@@ -57,15 +57,19 @@ function(quillbox_room name)
   endif()
 endfunction()
 
-# quillbox_compile_quickly(TARGET...): a sanitized build doesn't optimise these targets. They read options and print. Most
-# of their code comes from header-only libraries, and optimising this code takes longer than running it.
+# quillbox_compile_quickly(TARGET...): these targets read options and print, and most of their code comes from header-only
+# libraries. A sanitized build doesn't optimise them, because that takes longer than running them. Other builds optimise them for
+# size, because all of their code is in memory during a backup.
 function(quillbox_compile_quickly)
+  set(optimisation -Os)
   if(QUILLBOX_SANITIZE)
-    foreach(target ${ARGN})
-      target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O0>)
-      set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
-    endforeach()
+    set(optimisation -O0)
   endif()
+  foreach(target ${ARGN})
+    target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:${optimisation}>)
+    # A precompiled header must have been compiled with the same options.
+    set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+  endforeach()
 endfunction()
 
 if(NOT BUILD_TESTING)
