@@ -1,8 +1,8 @@
 // ce/command.h - lets the host make backups and restores without windows, for a command from a shell or a timer.
 //
 // The program defines these functions. The host opens the device, calls BeginCommand once, and then prepares and
-// performs one run. A Prepare function finds out what the run has to do, and changes nothing. A Perform function does
-// it. Before the host calls a Perform function, it can tell the user what the run will do. A run reports the items that
+// performs one run. A Prepare function finds out what the run has to do, and changes nothing. A Perform function
+// performs the run. Between the two calls the host can tell the user what the run will do. A run reports the items that
 // it leaves out (ce/outcome.h) and its progress (ce/progress.h), like a run in a window. All calls are made on the
 // program's main thread.
 #pragma once
@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-// Files, databases and the registry, one number each.
+// The number of files and of databases. `registries` is 1 for the registry, otherwise 0.
 struct ItemCounts {
     DWORD files = 0;
     DWORD databases = 0;
@@ -27,31 +27,33 @@ struct RunPlan {
     bool refused = false;     // the run can't be performed
     std::u16string sentence;  // why it is refused; empty if the reason was reported by ce/outcome.h
     ItemCounts items;
-    std::uint64_t bytes = 0;  // a backup: of the items, a restore: of their streams; an item of unknown size adds 0
+    std::uint64_t bytes = 0;  // size of a backup's items, or of the streams of a restore; an unknown size counts as 0
     // Only for a restore: the items that exist on the device already.
     ItemCounts existing;
     std::u16string firstExistingFile;
     std::u16string firstExistingDatabase;
 };
 
-// `instance` is that of WinMain.
+// Prepares the program for a run without windows. `instance` is the value that WinMain would get.
 void BeginCommand(HINSTANCE instance);
 
-// Whether a set can be stored at `path`: the path of a card, or empty for the device itself.
+// Returns whether a set can be stored at `path`. This is so if `path` is the path of a card, or empty for the device
+// itself. A card's path must be short enough for the paths of a set's files.
 bool IsStorage(const std::u16string& path);
 
 struct BackupRequest {
-    // Whether all items of the kind are backed up. The filter of the window has no effect.
+    // Whether all items of the kind are backed up. The filter, which hides files in the window's tree, has no effect
+    // here.
     bool files = false;
     bool databases = false;
     bool registry = false;
-    // Single items in addition: the paths of files and folders, which begin with a backslash. A folder includes
-    // everything below it.
+    // Single items that are backed up in addition. A path is that of a file or folder, and begins with a backslash. A
+    // folder includes everything below it.
     std::vector<std::u16string> paths;
     std::vector<std::u16string> databaseNames;
 
     std::u16string storage;         // the card's path, which begins with a backslash; empty for the device itself
-    bool leavesStorageOut = false;  // no file below the storage is an item, even if the storage is no card
+    bool leavesStorageOut = false;  // `files` doesn't include the files below `storage`
     std::u16string comment;
     DWORD replaced = 0;  // number of the set to replace; 0 for the first number that is free
     bool deletesSources = false;
@@ -60,11 +62,12 @@ struct BackupRequest {
     bool onlyPlans = false;  // the backup is prepared, but not performed
 };
 
-// The plan is refused if the storage doesn't exist or has no free number, if an item doesn't exist, or if there is no
-// item.
+// Prepares a backup and returns its plan. The plan is refused if the storage doesn't exist, if `replaced` is 0 and the
+// storage has no free number, or if there is no set with the number `replaced`. It is also refused if an item doesn't
+// exist, or if there is nothing to back up.
 RunPlan PrepareBackup(const BackupRequest& request);
 
-// The number of the set that was made; 0 if none was.
+// Performs the backup that was prepared last. Returns the number of the new set, or 0 if no set was made.
 DWORD PerformBackup();
 
 enum class Existing { Replace, Skip, Ask };
@@ -72,7 +75,7 @@ enum class Existing { Replace, Skip, Ask };
 struct RestoreRequest {
     std::u16string listPath;
     bool everything = true;             // otherwise only the items that are named
-    std::vector<std::u16string> paths;  // files, and folders with all below them
+    std::vector<std::u16string> paths;  // files, and folders with everything below them
     std::vector<std::u16string> databaseNames;
     bool registry = true;
     Existing files = Existing::Ask;
@@ -82,24 +85,26 @@ struct RestoreRequest {
     std::function<bool(const WCHAR* name)> mayReplaceDatabase;
 };
 
-// The plan is refused if the list can't be read, if the set lacks an item that is named, or if the set has no items.
+// Prepares a restore and returns its plan. The plan is refused if the list can't be read, if the set lacks an item that
+// the request names, or if the set has no items.
 RunPlan PrepareRestore(const RestoreRequest& request);
 
-// `files` replaces RestoreRequest::files, so the host can decide after it has seen the plan.
+// Performs the restore that was prepared last. `files` replaces RestoreRequest::files, so the host can decide after it
+// has seen the plan.
 void PerformRestore(Existing files);
 
 struct SetSummary {
     std::u16string listPath;
-    std::u16string comment;  // without the program's own lines before it
+    std::u16string comment;  // the user's text, without the lines that the program puts in front of it
     FILETIME written;        // UTC: the last write of the list file
     ItemCounts items;
-    std::uint64_t bytes = 0;  // of both files
+    std::uint64_t bytes = 0;  // size of the list file and the data file
     bool sealed = false;      // there is a file with checksums beside the list
     bool damaged = false;     // the list file can't be read to its end, or there is no data file
 };
 
-// The summary of the set of a list file. Empty if the file can't be opened.
+// Returns the summary of the set to which the list file belongs. Returns nothing if the list file can't be opened.
 std::optional<SetSummary> SummaryOfSet(const WCHAR* listPath);
 
-// The sets on one storage, in the order of their numbers. Without `storage`, the sets on all storages.
+// Returns the sets on one storage, in the order of their numbers. Without `storage`, returns the sets on all storages.
 std::vector<SetSummary> FindSets(const std::optional<std::u16string>& storage);

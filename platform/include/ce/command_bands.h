@@ -1,4 +1,4 @@
-// ce/command_bands.h - the bar of bands across the top of a main window: a menu, a toolbar.
+// ce/command_bands.h - the bar across the top of a main window. It consists of bands, such as a menu and a toolbar.
 //
 // A button or menu item sends WM_COMMAND with its id to the bands' parent. The parent also gets WM_NOTIFY with
 // RBN_HEIGHTCHANGE, so that it can move the windows below the bands. This happens when the bar's height changes, even
@@ -56,7 +56,7 @@ inline constexpr UINT TB_ADDBUTTONSW = WM_USER + 68;
 inline constexpr BYTE TBSTATE_ENABLED = 4;
 inline constexpr BYTE TBSTYLE_SEP = 1;
 
-// CommandBands_AddAdornments always adds a close button, and with this flag also a help button.
+// CommandBands_AddAdornments always adds a close button. With this flag it adds a help button, too.
 inline constexpr DWORD CMDBAR_HELP = 11;
 
 // Null on failure. The bands are hidden until CommandBands_Show.

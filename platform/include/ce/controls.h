@@ -1,6 +1,7 @@
 // ce/controls.h - the messages and styles of the standard controls: button, static, edit, list box, progress bar, tree
-// view, date picker, and the image lists. Each control handles its messages as documented. For any other message it
-// does nothing and returns 0. Messages that set state send no notification.
+// view, date picker, and the image lists. Each control handles its messages as the platform documents them. For any
+// other message it does nothing and returns 0. If the program changes a control by a message, the control sends no
+// notification.
 #pragma once
 
 #include "ce/window.h"

@@ -5,7 +5,8 @@
 #include "ce/controls.h"
 #include "ce/time.h"
 
-// wParam 0, lParam a SYSTEMTIME*. Gets the date shown, with the time of day that was set. Returns GDT_VALID.
+// wParam 0, lParam a SYSTEMTIME*. Gets the date that the picker shows. The time of day is the one that
+// DTM_SETSYSTEMTIME has set. Returns GDT_VALID.
 inline constexpr UINT DTM_GETSYSTEMTIME = 0x1001;
 // wParam GDT_VALID, lParam a SYSTEMTIME*, whose wDayOfWeek is ignored. Returns nonzero, 0 for a date that doesn't
 // exist.

@@ -3,7 +3,8 @@
 
 #include "ce/window.h"
 
-// Nonzero if the message was handled. After 0 the dialog manager handles it.
+// The procedure of a dialog. It returns nonzero if it has handled the message. If it returns 0, the dialog manager
+// handles the message.
 using DLGPROC = INT_PTR (*)(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
 inline constexpr DWORD DS_SETFONT = 0x40;
@@ -68,7 +69,7 @@ UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 // meaning. Esc and the close box return IDCANCEL if there is a Cancel button, and IDOK if OK is the only button.
 // Otherwise they do nothing.
 //
-// In a job (ce/outcome.h), a question with MB_YESNO lets the user choose that the answer also applies to all further
-// questions of the job that have the same caption and the same words up to the name. Those questions aren't shown. The
-// user can also stop the job. The answer to this question and to all further ones is then No.
+// In a job (ce/outcome.h), a question with MB_YESNO lets the user apply the answer to all further questions of the same
+// kind. These are the questions of the job that have the same caption and the same words up to the name. They aren't
+// shown. The user can also stop the job. The answer to this question and to all further ones is then No.
 int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

@@ -4,7 +4,7 @@
 // platform's documented ones.
 //
 // The headers of ce/ give errors by number. "0 with 87" means that the call returns 0 and sets the last error to 87. If
-// a comment gives no reason for an error number, the name of that number in this header says it.
+// a comment mentions an error number without a reason, the name of the number in this header is the reason.
 #pragma once
 
 #include "ce/types.h"

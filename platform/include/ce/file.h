@@ -10,7 +10,7 @@
 // A card can be removed while the program runs. From then on, calls on its paths fail with 21, and so do writes and
 // flushes of its open files.
 //
-// A name that is empty, "." or "..", or that holds one of * ? " < > | fails with 123.
+// A path fails with 123 if one of its names is empty, "." or "..", or contains one of the characters * ? " < > |.
 #pragma once
 
 #include "ce/error.h"
@@ -39,7 +39,7 @@ inline constexpr DWORD FILE_ATTRIBUTE_SYSTEM = 0x4;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_ARCHIVE = 0x20;
 inline constexpr DWORD FILE_ATTRIBUTE_INROM = 0x40;
-inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;  // set only if no other bit is
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;  // set only if no other bit is set
 inline constexpr DWORD FILE_ATTRIBUTE_TEMPORARY = 0x100;
 inline constexpr DWORD FILE_ATTRIBUTE_COMPRESSED = 0x800;
 inline constexpr DWORD FILE_ATTRIBUTE_ROMSTATICREF = 0x1000;
@@ -48,7 +48,8 @@ inline constexpr DWORD FILE_ATTRIBUTE_ROMMODULE = 0x2000;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 
-// What a search finds. If a file is deleted and another one is made at its path, that one has another dwOID.
+// A file or folder that a search has found. If it is deleted and a new one is made at the same path, the new one has a
+// different dwOID.
 struct WIN32_FIND_DATAW {
     DWORD dwFileAttributes;
     FILETIME ftCreationTime;
@@ -95,11 +96,11 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* sec
 // null. On failure `*bytesRead` is the number of bytes that were read before the error.
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);
 
-// Writes at the handle's position and advances it by the bytes written. After success the bytes are in the file. A
-// later call can fail because of them only if the disk itself fails. In that case the next call on the file fails with
-// 31, the file ends before the missing bytes, and each later write fails. Fails with 112 on a full card, 5 without
-// write access, 6, 31. `bytesWritten` may not be null. `*bytesWritten` is the number of these bytes that are in the
-// file, also on failure: a full card still takes the bytes that fit.
+// Writes at the handle's position and advances it by the bytes written. After success the bytes are in the file. They
+// can be lost later only if the disk itself fails. In that case the next call on the file fails with 31, the file ends
+// before the missing bytes, and each later write fails. Fails with 112 on a full card, 5 without write access, 6, 31.
+// `bytesWritten` may not be null. `*bytesWritten` is the number of bytes that this call has written, even if the call
+// fails. If a card becomes full, the bytes that fit are written.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
 // Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half, the distance is an
@@ -113,8 +114,8 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
 // access, 6, 31, 112.
 BOOL SetEndOfFile(HANDLE file);
 
-// Flushes the file. Nonzero when the file's directory entry is on the disk, and all bytes that this process has written
-// to the file through any handle. Fails with 6, 5 without write access, 31, 112.
+// Flushes the file. After a nonzero result the file's directory entry is on the disk. All bytes that this process has
+// written to the file through any handle are on the disk, too. Fails with 6, 5 without write access, 31, 112.
 BOOL FlushFileBuffers(HANDLE file);
 
 // Passes to the host the bytes that were written to the file and are still gathered in this process. From then on these
@@ -122,12 +123,12 @@ BOOL FlushFileBuffers(HANDLE file);
 // with the errors of WriteFile. A failure means that bytes which were reported as written are missing.
 BOOL HandOverFileBuffers(HANDLE file);
 
-// Sets an order: from now on, each time before bytes of `file` are passed to the host, all bytes that are gathered for
-// `earlier` are passed. So if `file` refers to bytes of `earlier` and the process is killed, those bytes aren't
-// missing. If the gathered bytes of `earlier` are lost, those of `file` are lost, too, and writes to `file` fail with
-// the same error until SetEndOfFile cuts `file`. The order ends when the last handle of `file` is closed. Nonzero on
-// success. Fails with 5 without write access to both files, 6, and 87 if both handles are of the same file, if `file`
-// is temporary, or if `earlier` is itself written after another file. Only one thread at a time may call this.
+// Sets an order of writes. From now on, before this process passes bytes of `file` to the host, it passes all bytes
+// that are gathered for `earlier`. So if `file` refers to bytes of `earlier` and the process is killed, those bytes
+// aren't missing. If the gathered bytes of `earlier` are lost, those of `file` are lost, too, and writes to `file` fail
+// with the same error until SetEndOfFile cuts `file`. The order ends when the last handle of `file` is closed. Nonzero
+// on success. Fails with 5 without write access to both files, 6, and 87 if both handles are of the same file, if
+// `file` is temporary, or if `earlier` is itself written after another file. Only one thread at a time may call this.
 BOOL WriteAfter(HANDLE file, HANDLE earlier);
 
 // Flushes everything that this process has made, written, renamed or deleted since its start or the last call, in the
@@ -144,9 +145,9 @@ BOOL DropFromCache(HANDLE file);
 // Nonzero on success, 0 with 6 for a handle that isn't an open file.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// Gets the number of bytes that can still be written to the device's own folder, the card or the further folder that
-// contains `path`, and the size of that folder. A card's capacity limits both. Each pointer may be null. Nothing need
-// exist at `path`. Fails with 5, 31, 123, 206.
+// Examines the card or further folder that contains `path`, otherwise the device's own folder. Gets the number of bytes
+// that can still be written there, and the total size. The capacity of a card limits both numbers. Each pointer may be
+// null. Nothing need exist at `path`. Fails with 5, 31, 123, 206.
 BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint64_t* total, std::uint64_t* totalFree);
 
 // Declares that the files which the program makes at `path` are temporary, until WithdrawTemporaryFile. Such a file
@@ -154,16 +155,16 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint6
 // when a call needs it there. Until then it costs little, other programs don't see it, and nothing is left of it if the
 // process is killed.
 //
-// A temporary file is put on the host before a search of its folder, FlushFileBuffers, HandOverFileBuffers,
-// SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and any call with its path or a path below it. The
-// exceptions are the calls that make it, open it for reading and delete it. A call that puts the file on the host can
-// also fail with the errors of making a file. If the process is killed while such a file is on the host and in the
-// root, the next opening of the device moves the file out of the device's tree. On a file system without extended
-// attributes the file stays in the root.
+// The following calls first put the temporary file on the host: a search of its folder, FlushFileBuffers,
+// HandOverFileBuffers, SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and any call with its path or a
+// path below it. Three calls with its path don't do this: the one that makes the file, one that opens it for reading,
+// and the one that deletes it. A call that puts the file on the host can also fail with the errors of making a file. If
+// the process is killed while such a file is on the host and in the root, the next opening of the device moves the file
+// out of the device's tree. On a file system without extended attributes the file stays in the root.
 //
 // If a file exists at the path when the path is declared, the declaration takes effect when DeleteFileW deletes that
 // file. If another program makes a file at the path later, that file isn't touched. As long as there is a temporary
-// file at the path, this process doesn't see the other one. Fails with 3, 5, 123, 206.
+// file at the path, this process doesn't see the other program's file. Fails with 3, 5, 123, 206.
 BOOL DeclareTemporaryFile(const WCHAR* path);
 
 // Ends a declaration. A temporary file that still exists is put on the host and becomes an ordinary file. Fails with

@@ -9,7 +9,8 @@
 
 #include "ce/types.h"
 
-// Identity, length and times of an open file at one moment. It holds no resources, so copy and keep it freely.
+// The identity, length and times of an open file at one moment. A stamp can be copied and kept freely, since nothing
+// has to be released.
 struct FileStamp {
     std::uint64_t device;  // st_dev of the host
     std::uint64_t inode;

@@ -11,9 +11,10 @@ using FARPROC = void (*)();
 // Null with last error 126 for any other name.
 HMODULE LoadLibraryW(const WCHAR* name);
 
-// The entry point of exactly that name. The comparison is case-sensitive. Cast it to its real type before calling it.
+// Returns the address of the function with this name. Names are compared with case. Cast the address to the type of the
+// function before you call it.
 // Null with last error 127 if the platform doesn't have it, 6 for a module that isn't loaded.
 FARPROC GetProcAddressW(HMODULE module, const WCHAR* name);
 
-// Nonzero on success; 6 for a module that isn't loaded.
+// Nonzero on success, 0 with 6 for a module that isn't loaded.
 BOOL FreeLibrary(HMODULE module);

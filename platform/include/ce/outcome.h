@@ -1,8 +1,8 @@
 // ce/outcome.h - reports the outcome of a job, one backup or restore, to the host.
 //
-// The program's own texts don't mention every failure. The host shows what is reported here: at the end of the job if
-// the host has a window, and at the end of the process on standard error and in the exit code. All functions can be
-// called on any thread.
+// The program's own texts don't mention every failure. The host shows what is reported here. If it has a window, it
+// shows the reports at the end of the job. At the end of the process it writes them to standard error, and the exit
+// code says that there were reports. All functions can be called on any thread.
 #pragma once
 
 #include "ce/handle.h"
@@ -20,17 +20,17 @@ inline constexpr DWORD OutcomeFile = 1;
 inline constexpr DWORD OutcomeDatabase = 2;
 inline constexpr DWORD OutcomeRegistry = 3;
 
-// `name` is a file's full path, a database's name, or anything for the registry. `error` is the reason, a number of
-// ce/error.h. If an item is reported twice in one job, only the first report is kept.
+// `name` is the full path of a file or the name of a database. For the registry, `name` has no meaning. `error` is the
+// reason, a number of ce/error.h. If an item is reported twice in one job, only the first report is kept.
 void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 
-// Reports that no set could be created in `folder`. ERROR_FILE_EXISTS: every number is taken. ERROR_CANCELLED: the job
-// was stopped before it created the set.
+// Reports that no set could be created in `folder`. `error` is ERROR_FILE_EXISTS if every number is taken, and
+// ERROR_CANCELLED if the job was stopped before it created the set. Otherwise `error` is that of the call that failed.
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
-// Turns the search for choices on or off. While it is on, a folder that the user may not enter or read isn't reported.
-// The program turns it on while it looks for things that the user can choose. Nothing in such a folder can be chosen,
-// so its failure doesn't matter.
+// Tells the host that the program begins or ends a search for things that the user can choose, such as sets. During the
+// search the host doesn't note that a folder or file can't be read for lack of rights. The user couldn't choose
+// anything there, so these failures don't matter.
 void SearchForChoices(BOOL on);
 
 // Called at the beginning and the end of each job. At EndJob the host shows what was reported and what failed since

@@ -38,7 +38,7 @@ inline constexpr CEPROPID Birthday = property(0x4042, CEVT_FILETIME);
 inline constexpr CEPROPID Start = property(0x4002, CEVT_FILETIME);
 inline constexpr CEPROPID Minutes = property(0x4015, CEVT_I4);
 inline constexpr CEPROPID Place = property(0x4208, CEVT_LPWSTR);
-inline constexpr CEPROPID ReminderMinutes = property(0x4501, CEVT_UI2);  // before the start, 0 for none
+inline constexpr CEPROPID ReminderMinutes = property(0x4501, CEVT_UI2);  // minutes before the start; 0 for no reminder
 inline constexpr CEPROPID Repetition = property(0x4016, CEVT_UI4);       // days, 0 for none
 
 inline constexpr CEPROPID Due = property(0x4104, CEVT_FILETIME);

@@ -11,9 +11,9 @@
 inline constexpr DWORD RunStores = 1;
 inline constexpr DWORD RunRestores = 2;
 
-// Reports that a run begins. `listPath` is the full path of its set's list file. `items` and `bytes` are what it has to
-// do in all. `bytes` doesn't include items of unknown size, and files can change after they were measured. So the bytes
-// that are done can exceed `bytes`.
+// Reports that a run begins. `listPath` is the full path of its set's list file. `items` is the number of the run's
+// items, and `bytes` is their total size. `bytes` doesn't include items of unknown size, and files can grow after they
+// were measured. So the run can process more than `bytes` bytes.
 void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes);
 
 // Reports how many bytes of the current item are done so far. A run calls this function only for items that take long.
@@ -23,9 +23,10 @@ void ReportItemBytes(std::uint64_t bytes);
 // change them. So the host can read them during the run.
 void ReportStoredBytes(std::uint64_t bytes);
 
-// Reports that the current item is done. `kind` is OutcomeFile and so on (ce/outcome.h), `bytes` its size as far as the
-// run knows it. `made` is TRUE if the whole item is in the set, or in a restore on the device. It is FALSE after a
-// failure, or if the user has chosen to keep the item that the device has.
+// Reports that the current item is done. `kind` is OutcomeFile and so on (ce/outcome.h). `bytes` is the size of the
+// item as far as the run knows it. In a backup `made` is TRUE if the whole item is in the set, and in a restore if the
+// whole item is on the device. It is FALSE after a failure, or if the user has chosen to keep the item that the device
+// has.
 void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made);
 
 // Corrects earlier reports: `count` items of this kind that were reported as made aren't made after all.

@@ -1,11 +1,11 @@
-// ce/status.h - what the program reports to the host for a status bar below its main window. For display only.
+// ce/status.h - reports to the host what a status bar below the main window shows. The host uses it for nothing else.
 #pragma once
 
 #include "ce/types.h"
 
 struct ProgramStatus {
     DWORD markedFiles;
-    std::uint64_t markedBytes;  // of these files
+    std::uint64_t markedBytes;  // total size of the marked files
     DWORD markedDatabases;
     BOOL registryMarked;
     const WCHAR* shownExtensions;  // double-NUL list: the tree shows only files with one of these; null: all files

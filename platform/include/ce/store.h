@@ -5,7 +5,7 @@
 // An empty name, or a name with half of a surrogate pair, fails with 87.
 //
 // The records of a database are in the order in which they were made. Sort orders are stored and returned, but have no
-// effect: a database can be opened in that one order only.
+// effect. A database can't be opened in another order.
 //
 // A database is made or deleted as a whole, and this change is on the disk when the call returns. Changes of records
 // through one handle are gathered, so that thousands of them share one flush. They are written together when the handle
@@ -27,8 +27,8 @@
 using CEOID = DWORD;
 using CEPROPID = DWORD;  // the property's number in the high half, its type (CEVT_*) in the low one
 
-inline constexpr DWORD CEDB_AUTOINCREMENT = 1;  // CeOpenDatabase
-inline constexpr DWORD CEDB_ALLOWREALLOC = 1;   // CeReadRecordProps
+inline constexpr DWORD CEDB_AUTOINCREMENT = 1;  // a flag of CeOpenDatabase
+inline constexpr DWORD CEDB_ALLOWREALLOC = 1;   // a flag of CeReadRecordProps
 
 inline constexpr DWORD CEDB_SEEK_CEOID = 1;
 inline constexpr DWORD CEDB_SEEK_BEGINNING = 2;
@@ -93,7 +93,7 @@ struct CERECORDINFO {
     CEOID oidParent;  // its database
 };
 
-// What an object is; wObjType says which member is valid.
+// Describes a database or a record. wObjType says which of the two members is valid.
 struct CEOIDINFO {
     WORD wObjType;
     WORD wPad;
@@ -128,12 +128,13 @@ struct CEPROPVAL {
     CEVALUNION val;
 };
 
-// Begins a walk over the databases of a type (0 for all), oldest first. Succeeds also for an empty store.
+// Begins an enumeration of the databases of a type (0 for all types). The oldest database comes first. The call
+// succeeds even if the store has no database.
 // INVALID_HANDLE_VALUE on failure: 31.
 HANDLE CeFindFirstDatabase(DWORD type);
 
-// Returns the next database of the walk. 0 with 259 at the end, 1018 if a database was deleted since the walk began,
-// 87, 31.
+// Returns the next database of the enumeration. 0 with 259 at the end, 1018 if a database was deleted since the
+// enumeration began, 87, 31.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
 // Nonzero on success. Fails with 6 no such object, 87 no `info`, 31. After a failure `info` is unchanged.

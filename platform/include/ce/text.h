@@ -13,7 +13,8 @@
 inline constexpr UINT CP_ACP = 0;
 inline constexpr UINT CP_UTF8 = 65001;
 
-// One argument of a format: a whole number or a wide text. The values that callers pass are converted to it implicitly.
+// One argument of a format: a whole number or a wide text. The values that callers pass are converted to this type
+// implicitly.
 class FormatArgument {
 public:
     template <class T>
@@ -39,7 +40,7 @@ private:
 // Formats into `out`, `capacity` characters with the NUL. Supports %s %d %u %x %%, each with a width and zeros before a
 // number. These are the formats that the program uses; the platform has more. %s is a wide text, and a null text shows
 // as "(null)". A conversion without an argument, or with one of the wrong type, produces no output.
-// Returns the characters written, without the NUL.
+// Returns the number of characters that it has written, without the NUL.
 int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<const FormatArgument> arguments);
 
 // The platform's calls, which use FormatWide. wsprintfW takes the size from the array.
@@ -60,7 +61,7 @@ int wsprintfW(WCHAR (&out)[Capacity], const WCHAR* format, const Arguments&... a
     return wnsprintfW(out, Capacity, format, arguments...);
 }
 
-// Characters before the NUL.
+// Returns the number of characters before the NUL.
 std::size_t wcslen(const WCHAR* text);
 
 // Writes exactly `count` characters. If the text is shorter, NULs follow it. If the text has `count` characters or
@@ -68,7 +69,7 @@ std::size_t wcslen(const WCHAR* text);
 WCHAR* wcsncpy(WCHAR* out, const WCHAR* text, std::size_t count);
 
 // Copies a text into an array of `capacity` characters. A text that doesn't fit is cut at a whole character.
-// Returns the characters copied.
+// Returns the number of copied characters.
 std::size_t CopyText(WCHAR* out, std::size_t capacity, const WCHAR* text);
 
 template <std::size_t Capacity>
@@ -80,7 +81,7 @@ std::size_t CopyText(WCHAR (&out)[Capacity], const WCHAR* text)
 // 0 when the texts are equal, case included; otherwise negative or positive, by the first code unit that differs.
 int lstrcmpW(const WCHAR* left, const WCHAR* right);
 
-// The same without case, by simple case folding of each character.
+// Compares like lstrcmpW, but without case. Each character is converted by simple case folding.
 int lstrcmpiW(const WCHAR* left, const WCHAR* right);
 
 // Skips blanks, reads a sign and digits, and ignores the rest; 0 without digits. A number outside the range of LONG

@@ -23,7 +23,7 @@ inline constexpr UINT TVIS_SELECTED = 2;
 inline constexpr UINT TVIS_EXPANDED = 0x20;
 inline constexpr UINT TVIS_EXPANDEDONCE = 0x40;
 
-// Sign-extended from their 32 bits.
+// These values have 32 bits in the platform's documentation. Here they are sign-extended to the size of a pointer.
 inline const HTREEITEM TVI_ROOT = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0000)));
 inline const HTREEITEM TVI_FIRST = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0001)));
 inline const HTREEITEM TVI_LAST = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0002)));

@@ -33,7 +33,7 @@ using LRESULT = LONG_PTR;
 using WCHAR = char16_t;
 
 // A handle is a number that is looked up, never an address. A closed handle is refused even if its slot is in use
-// again. The different pointer types only let the compiler distinguish the kinds of handles.
+// again. Most kinds of handles have a pointer type of their own, so that the compiler can distinguish them.
 using HANDLE = void*;
 using HWND = struct HWND_*;
 using HINSTANCE = struct HINSTANCE_*;

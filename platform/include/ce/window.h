@@ -1,8 +1,8 @@
 // ce/window.h - windows, classes, messages, timers.
 //
 // The thread that made a window owns it. The window's procedure runs only in the name of its owner. This means that it
-// runs on the owner itself, or on a thread that sends a message to the window while the owner waits for messages or in
-// a send. DestroyWindow works only in the name of the owner.
+// runs on the owner itself, or on another thread that sends a message to the window. In the second case the owner must
+// be waiting for messages, or waiting in a send of its own. DestroyWindow works only in the name of the owner.
 #pragma once
 
 #include "ce/error.h"
@@ -171,9 +171,9 @@ LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 // Adds the message to the end of the queue of the window's thread. Never waits. Nonzero on success, 0 with 1400.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Takes the calling thread's next message: posted, input, quit, timers, in this order. Sent messages are handled during
-// the call. `window` null: all windows of the thread; otherwise the window and its children. `low` and `high` 0: no
-// bounds. The call returns WM_QUIT whatever the filter.
+// Takes the calling thread's next message. Posted messages come first, then input, then WM_QUIT, then timers. Sent
+// messages are handled during the call. `window` null: all windows of the thread; otherwise the window and its
+// children. `low` and `high` 0: no bounds. The call returns WM_QUIT whatever the filter.
 // 0 for WM_QUIT, -1 for a bad window handle (1400), otherwise nonzero.
 BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high);
 
@@ -186,7 +186,8 @@ void PostQuitMessage(int exitCode);
 
 // WM_TIMER (wParam: id) comes every `milliseconds`. It has the lowest priority of all messages, and at most one is
 // pending. A call with the same window and id replaces the timer. The timer ends with its window. `procedure` must be
-// null. Nonzero, or 0 with 1400. KillTimer takes the id that SetTimer got, which can be 0, and not the result.
+// null. Nonzero, or 0 with 1400. KillTimer takes the `id` that was passed to SetTimer, which can be 0. It doesn't take
+// the result of SetTimer.
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure);
 BOOL KillTimer(HWND window, UINT_PTR id);
 
