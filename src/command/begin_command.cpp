@@ -5,7 +5,8 @@
 #include "engine/registry_calls.h"
 #include "set/set_state.h"
 
-// The saved options aren't used, since a command has its own options.
+// All options get the value 0. The options that the window has saved aren't loaded, since a command has options of its
+// own.
 void BeginCommand(HINSTANCE instance)
 {
     gInstance = instance;

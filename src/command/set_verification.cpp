@@ -14,7 +14,7 @@
 namespace {
 
 // Unpacks the blocks of a stream with both threads and adds their digests to `digest`. Returns true if all blocks are
-// whole and only the last one is a closing block.
+// whole, the last one is a closing block, and no other block is a closing block.
 bool AddBlocks(StreamReader& reader, std::uint64_t& digest)
 {
     DWORD offered = 0;

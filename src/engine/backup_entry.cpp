@@ -40,8 +40,9 @@ bool CutList(BackupRun& run, DWORD end)
            SetEndOfFile(run.listFile);
 }
 
-// Cuts the entry off the end of the list. The entries of the sources that were collected for deletion are before it. So
-// these sources are deleted if the list could be cut. No later source of this run is deleted.
+// Cuts the entry off the end of the list. The sources that were collected for deletion have whole entries, which
+// precede this entry in the list. If the list could be cut, these sources are deleted. No later source of this run is
+// deleted.
 void CutEntryOff(BackupRun& run, const BackupEntry& entry)
 {
     if (CutList(run, entry.start))

@@ -56,7 +56,8 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
 
 // Note the failure of the current item. Both functions are called right after a failed write of an item's entry or
 // data, while GetLastError() is still the error of that write. `context` is the run. LogFailedWrite also writes a line
-// to the log. StoreStream is called with LogFailedWrite for files only.
+// to the log. For a file StoreStream is called with LogFailedWrite, for a database or the registry with
+// NoteFailedWrite.
 void NoteFailedWrite(void* context);
 void LogFailedWrite(void* context);
 

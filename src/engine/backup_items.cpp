@@ -164,9 +164,10 @@ const WCHAR DumpedRegistryPath[] = u"\\TMVRegFile.QBR";
 // same file.
 const WCHAR* const RegistryName = DumpedRegistryPath + 1;
 
-// Lets the platform write the registry to a file. Returns whether the file may be stored and deleted. If the platform's
-// call failed and a file existed at the path before, the result is false, because that file is the user's or an old
-// registry. If the call failed and no file existed before, the part that the call wrote is stored.
+// Lets the platform write the registry to a file. Returns whether the file may be stored and deleted. The result is
+// true after a call that succeeded. If the call failed, the result depends on whether a file existed at the path before
+// the call. If one existed, the result is false, because a file at the path can be the user's or an old registry. If
+// none existed, the result is true, and the part that the call wrote is stored.
 bool CopyRegistry(BackupRun& run)
 {
     const TemporaryFile file = ExpectTemporaryFile(DumpedRegistryPath);

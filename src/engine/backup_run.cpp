@@ -154,9 +154,9 @@ bool WriteHead(BackupRun& run)
     return false;
 }
 
-// After the run the card can be taken out, so the set must be on the disk. The data file is flushed first. So the list
-// on the disk never has an entry whose bytes aren't on the disk. If a flush fails, the platform reports the file by its
-// name.
+// Flushes the set to the disk, because the card can be taken out after the run. Flushes the data file first, so that
+// the list on the disk never has an entry whose bytes aren't on the disk. If a flush fails, the platform reports the
+// file by its name.
 void FlushSet(BackupRun& run)
 {
     for (HANDLE file : {run.dataFile, run.listFile}) {

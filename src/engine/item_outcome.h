@@ -24,8 +24,8 @@ inline void NoteFailure(ItemOutcome& item, DWORD error)
         item.error = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-// Called before an item. Returns true if the run is to stop. In that case the run leaves the item out, and this call
-// has reported the item as not reached.
+// Returns true if the run is to stop before this item. In that case the function has reported the item as not reached,
+// and the caller must leave the item out.
 bool StopsBefore(const ItemKind& kind, const WCHAR* name);
 
 // Reports that a temporary file of the program has replaced a user's file of the same name.
@@ -35,12 +35,12 @@ void ReportReplacedFile(const WCHAR* path);
 // same name. The program must not use or delete the user's file as its own.
 struct TemporaryFile {
     const WCHAR* path;
-    bool existed;  // before the call, or the device couldn't say
+    bool existed;  // a file existed at the path before the call, or the device couldn't say whether one did
 };
 
 TemporaryFile ExpectTemporaryFile(const WCHAR* path);
 
-// Called after the call that makes the file. `made` says whether that call began a new file. Returns true if a file at
-// the path is the program's and may be used and deleted. If the call replaced a file of the user, or deleted it,
-// reports that.
+// Call this function after the call that makes the temporary file. `made` is true if that call has created a new file.
+// Returns true if a file at the path belongs to the program, which may use and delete it. If a file of the user was
+// replaced or deleted by that call, reports this.
 bool IsOwnFile(const TemporaryFile& file, bool made);

@@ -1,10 +1,11 @@
 // Each kept stream has a record, which consists of numbers and the bytes of the stream. The records are stored one
-// after another in chunks, in the order of the entries. The next record is written at gEnd and read at gNext. A record
-// never crosses the end of a chunk: if a chunk has less room than the largest record needs, the next chunk is used.
+// after another in chunks, in the order of the entries. KeepStream writes a record at gEnd, and FindKeptStream reads a
+// record at gNext. A record never crosses the end of a chunk: if a chunk has less room than the largest record needs,
+// the next chunk is used.
 //
 // The numbers of a record are stored as differences from the numbers of the record before it, with seven bits in each
-// byte. The differences are small and so take few bytes. The fields provesWrites and wasAlone of a stamp aren't stored,
-// since they are TRUE for all kept sources.
+// byte. Most of the differences are small and so take few bytes. The fields provesWrites and wasAlone of a stamp aren't
+// stored, since they are TRUE for all kept sources.
 #include "kept_streams.h"
 
 #include <array>
@@ -56,7 +57,7 @@ bool IsBefore(const Position& position, const Position& end)
     return position.chunk < end.chunk || (position.chunk == end.chunk && position.offset < end.offset);
 }
 
-// Writes a difference. Its sign is moved to the lowest bit, so that a small negative difference takes few bytes too.
+// Writes a difference. Moves its sign to the lowest bit, so that a small negative difference takes few bytes, too.
 BYTE* PutDifference(BYTE* to, std::uint64_t difference)
 {
     std::uint64_t rest = difference << 1 ^ (0 - (difference >> 63));

@@ -44,7 +44,7 @@ void WritePieces(HANDLE to, const BYTE* bytes, DWORD count, const Failed& failed
     }
 }
 
-// Copies at most `most` bytes, or fewer if `from` ends earlier. Notes a failed read in `item`.
+// Copies `most` bytes, or fewer if `from` ends earlier. Notes a failed read in `item`.
 template <class Failed, class Copied>
 void CopyPieces(HANDLE from, HANDLE to, std::uint64_t most, ItemOutcome& item, const Failed& failed,
                 const Copied& copied)

@@ -119,8 +119,8 @@ bool Unpack(RestoreRun& run, const WCHAR* path, bool keepsOld = false)
     return unpacked.made != FALSE;
 }
 
-// Unpacks into a temporary file. Returns false if the file at the path is still the user's. In that case the caller
-// neither uses nor deletes the file.
+// Unpacks into a temporary file. Returns false if the temporary file wasn't created and a file of the user may be at
+// the path. In that case the caller must neither use nor delete a file at the path.
 bool UnpackToTemporaryFile(RestoreRun& run, const WCHAR* path)
 {
     const TemporaryFile file = ExpectTemporaryFile(path);

@@ -4,8 +4,8 @@
 #include "ce/file.h"
 #include "ce/text.h"
 
-// The sizes of the longest message and line, each with its NUL. LogChars is in characters, and LogBytes is the size of
-// the longest line in bytes. A longer line is cut before its line end, and never inside a character.
+// LogChars is the size of the longest message in characters. LogBytes is the size of the longest line in bytes. Both
+// include the NUL. A longer line is cut at a whole character, and the line end is appended after the cut.
 inline constexpr DWORD LogChars = 260;
 inline constexpr DWORD LogBytes = 260;
 

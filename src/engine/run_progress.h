@@ -31,8 +31,8 @@ struct ByteCounter {
     DWORD shownThousands;
 };
 
-// Starts the counter. `id` is the number of the text that is its format. The counter uses the format in gTextA, so this
-// buffer mustn't change meanwhile.
+// Starts the counter. Text `id` is the format of the shown number. The call loads this text into gTextA, and the
+// counter uses it there. So gTextA mustn't change while the counter is in use.
 ByteCounter StartByteCounter(HWND progress, UINT id);
 
 // Shows a number of bytes. Sends nothing to the window if the number of thousands is unchanged, as it is for most

@@ -2,8 +2,9 @@
 //
 // A source is deleted when its whole stream is in the data file, its entry is in the list, and both files are on the
 // disk. If the source has changed since it was read, it isn't deleted. Flushing a file to a card takes tens of
-// milliseconds. Therefore sources are collected and deleted in groups. After a failed flush, or if the list is damaged,
-// no more sources of the run are deleted. A source that should have been deleted but wasn't is reported.
+// milliseconds. Therefore the stored sources are collected in a group. Both files are flushed once for the whole group,
+// and then its sources are deleted. After a failed flush, or if the list is damaged, no more sources of the run are
+// deleted. A source that should have been deleted but wasn't is reported.
 #pragma once
 
 #include "ce/file.h"

@@ -11,9 +11,9 @@
 // gBegun, gOffered and `finished` are atomic and sequentially consistent. So a thread that reads a new number also sees
 // the content of the item with that number.
 //
-// The second thread sleeps when no item is left to begin. It isn't woken for a few items (gAheadWakes). The run's
-// thread itself begins an item that it needs and that no thread has begun. So the run never waits until the second
-// thread wakes.
+// The second thread sleeps when no item is left to begin. It isn't woken while fewer than gAheadWakes items are left to
+// begin. The run's thread itself begins an item that it needs and that no thread has begun. So the run never waits
+// until the second thread wakes.
 #include "thread_ahead.h"
 
 #include "set/second_thread.h"

@@ -15,24 +15,24 @@
 
 inline constexpr DWORD AheadItems = 256;
 
-// The second thread is woken when this number of items hasn't been begun. A test sets 1, so that the thread is woken
-// for each item.
+// The second thread is woken when there are at least this many offered items that no thread has begun. A test sets 1,
+// so that the thread is woken for each item.
 inline DWORD gAheadWakes = AheadItems / 2;
 
 // Data that the run's thread adds to an item when it offers the item.
 struct AheadOffer {
     DWORD attributes = 0;  // as the listing found them
     std::uint64_t bytes = 0;
-    bool packs = false;    // the listing packs the file
-    KeptStream kept = {};  // the stream that the listing has packed and kept, for the run
+    bool packs = false;    // for the listing: whether the file is packed
+    KeptStream kept = {};  // for the run: the stream that the listing has packed and kept
 };
 
 struct AheadItem {
     std::atomic<bool> finished;
     WCHAR path[MAX_PATH];
     AheadOffer offer;
-    DWORD error;       // error of opening the file, for the listing
-    FileStamp source;  // stamp of the file that was packed, for the listing
+    DWORD error;       // for the listing: error of opening the file
+    FileStamp source;  // for the listing: stamp of the file that was packed
     SmallStream stream;
 };
 

@@ -14,7 +14,7 @@ namespace {
 struct Instructions {
     const BYTE* next;
     const BYTE* end;
-    DWORD state;  // number of literals at the end of the previous instruction, at most 4
+    DWORD state;  // number of literals after the previous instruction; 4 means 4 or more
 };
 
 // If the first byte of a block is above this value, the block begins with literals. Their number is the byte minus this
@@ -74,7 +74,7 @@ bool CodecWorks()
     return works;
 }
 
-// The library's CRC-32 isn't used, since it takes longer than packing.
+// This function doesn't use the library's CRC-32, because computing that CRC takes longer than packing the block.
 std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes)
 {
     return std::hash<std::string_view>()({reinterpret_cast<const char*>(raw), rawBytes});

@@ -9,7 +9,8 @@
 // reads a new state also sees what the other thread wrote into the block before it set that state.
 //
 // The blocks form a ring. gOldest and gCount say which of them are in use. Only the run's thread reads or writes these
-// two variables. The second thread looks at all blocks instead, since a block that isn't in use is never Offered.
+// two variables. The second thread doesn't need them, because it looks at all blocks. A block that isn't in use is
+// never Offered.
 //
 // No call waits for a block that no thread works on. FinishBlock packs and unpacks Offered blocks itself, the oldest
 // first. It waits only if no block is Offered and the second thread still works on the oldest one.
@@ -56,9 +57,9 @@ bool WorkOnOffered()
     return worked;
 }
 
-// Makes the block Offered and usually wakes the second thread. In two cases this thread isn't woken. If this is the
-// only block in the pipeline, the run's thread finishes it before the second thread could begin. If `takesTime` is
-// false, the work on the block takes less time than waking the thread.
+// Makes the block Offered and usually wakes the second thread. There are two cases in which it doesn't wake the second
+// thread. If this block is the only one in the pipeline, the run's thread finishes it before the second thread could
+// begin. If `takesTime` is false, the work on the block takes less time than waking the second thread.
 void Offer(PipelinedBlock& block, bool takesTime)
 {
     block.state = BlockState::Offered;

@@ -50,7 +50,7 @@ void Put(StreamWriter& writer, const void* bytes, DWORD count)
 
 struct SourceReader {
     HANDLE file;
-    DWORD wanted;  // size of the next read; after a short read it is what that read returned
+    DWORD wanted;  // size of the next read: the number of bytes that the last read returned
     bool atEnd;    // the last read reached the end; its block closes the stream and usually has no raw bytes
     bool failed;
     std::uint64_t bytes;   // read so far

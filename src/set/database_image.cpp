@@ -104,7 +104,7 @@ void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
 // needs as many records as its header says.
 bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
 {
-    // CeReadRecordProps enlarges the buffer for a large record. Each record begins with a small buffer.
+    // The buffer is small at first. If a record is large, CeReadRecordProps replaces the buffer by a larger one.
     auto* buffer = static_cast<BYTE*>(LocalAlloc(LMEM_FIXED, RecordBufferBytes));
     DWORD bytes = buffer ? RecordBufferBytes : 0;
     WORD count = 0;

@@ -2,8 +2,8 @@
 // store.
 //
 // If a restore replaces databases, it deletes them and writes all records of the new database in one change of the
-// store. If a record can't be restored, this change is undone. If a restore replaces no database, only the records that
-// can't be restored are missing.
+// store. If a record can't be restored, this change is undone. If a restore replaces no database, nothing is undone,
+// and the new database lacks only the records that can't be restored.
 //
 // After a damaged record the reader continues if it knows the length of the record. Otherwise that record is the last
 // one that it reads.
@@ -39,7 +39,7 @@ void NameOfPath(WCHAR (&name)[NameChars], const WCHAR* imagePath)
     name[length - std::min<std::size_t>(length, ExtensionChars)] = 0;
 }
 
-// Returns 0 and sets the last error if the database can't be opened.
+// Returns the oid of the database. If the database can't be opened, returns 0 and sets the last error.
 CEOID FindDatabase(const WCHAR* name)
 {
     CEOID oid = 0;
@@ -150,8 +150,8 @@ DWORD RestoreRecord(ImageReader& reader, HANDLE database)
     return error;
 }
 
-// If `allOrNone`, stops at the first record that can't be restored. Otherwise restores the remaining records. Returns
-// the first error.
+// Restores the records of the image. After a record that can't be restored, it stops if `allOrNone` is true, and
+// otherwise continues with the next record. Returns the first error.
 DWORD RestoreRecords(ImageReader& reader, HANDLE database, WORD records, bool allOrNone)
 {
     DWORD first = 0;

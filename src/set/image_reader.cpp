@@ -43,8 +43,8 @@ BOOL Fail(ImageReader& reader, DWORD error)
     return FALSE;
 }
 
-// Notes the error and leaves nothing to read. If the size of a value isn't known, the position of the next value isn't
-// known either.
+// Notes the error and makes the reader treat the image as ended. Called if a value can't be read to its end, because
+// then the reader can't find the next value.
 BOOL End(ImageReader& reader)
 {
     reader.next = reader.filled;

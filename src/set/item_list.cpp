@@ -16,7 +16,8 @@ struct Key {
     DWORD length;
 };
 
-// memcmp must not get a null pointer, which a key of no bytes may have.
+// Compares like memcmp, but accepts null pointers for 0 bytes. A key of 0 bytes may have a null pointer, and memcmp
+// must not get one.
 int Compare(const BYTE* left, const BYTE* right, DWORD bytes)
 {
     return bytes == 0 ? 0 : std::memcmp(left, right, bytes);
@@ -213,7 +214,8 @@ BOOL ItemList::DeliverCursor(void* buffer, DWORD* length) const
     return TRUE;
 }
 
-// Returns null if there is no memory for the index. In that case a search walks the list.
+// Returns the index, and makes it first if it doesn't exist yet. Returns null if there is no memory for it. In that
+// case a search walks the list.
 ItemList::Index* ItemList::GetIndex()
 {
     if (index)

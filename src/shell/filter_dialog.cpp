@@ -34,7 +34,8 @@ struct AttributeBox {
 };
 constexpr AttributeBox AttributeBoxes[] = {{ArchiveId, 0x20}, {HiddenId, 0x02}, {SystemId, 0x04}, {ReadOnlyId, 0x01}};
 
-// Half of the size of gOptions.extensions. Only this half is saved in the registry and copied when the dialog opens.
+// Half of the size of gOptions.extensions. Only this half is copied each time the dialog opens, and only this half is
+// loaded at the next start of the program.
 constexpr std::size_t SavedExtensionBytes = 260;
 
 // A copy of gOptions from the first opening of the dialog. Later openings copy only the list of extensions.
@@ -117,7 +118,7 @@ void AppendExtension(HWND dialog, const WCHAR* extension)
     if (newEnd + 1 > ExtensionsChars)
         return;
     CopyText(gOptions.extensions + end, ExtensionsChars - end, extension);
-    gOptions.extensions[newEnd] = 0;  // the saved options can have other characters there
+    gOptions.extensions[newEnd] = 0;  // the options from the registry can have another character here
     SetFocus(GetDlgItem(dialog, NewExtensionId));
     FilterDialogRefresh(dialog, gDatePicker);
 }

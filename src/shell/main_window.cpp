@@ -40,7 +40,7 @@ constexpr UINT MenuBandWidth = 145;
 constexpr UINT ToolBandWidth = 110;
 constexpr int ToolbarButtons = 5;
 constexpr int FirstToolbarCommand = 500;
-constexpr int ToolbarImages = 7;  // the bar has room for these; the bitmap has five
+constexpr int ToolbarImages = 7;  // passed to CommandBar_AddBitmap, although the bitmap has only five images
 HWND gToolBand;
 
 bool gJobRuns;  // while set, the lists contain the items of the job and not the user's marks
@@ -110,7 +110,7 @@ void CreateTree(HWND window)
         SetTimer(window, RootImagesTimer, RootImagesMilliseconds, nullptr);
         return;
     }
-    // The window remains without a tree.
+    // In this case the window has no tree.
     DestroyWindow(gTreeView);
     gTreeView = nullptr;
 }

@@ -12,7 +12,8 @@ const WCHAR OptionsKey[] = u"software\\KORV\\QUILLBOX";
 const WCHAR OptionValue[] = u"Option";
 const WCHAR ExtValue[] = u"Ext";
 
-// The size of the saved extensions, half of the size of gOptions.extensions. The rest of a longer list isn't saved.
+// The size of the value with the extensions. It is half of the size of gOptions.extensions. LoadOptions takes the
+// extensions only from this value, so the rest of a longer list is lost at the next start.
 constexpr DWORD ExtBytes = 260;
 
 HKEY OpenOptionsKey()

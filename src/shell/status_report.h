@@ -1,9 +1,9 @@
 // status_report.h - reports to the host what is marked, which files the tree hides, and which set is the newest.
 #pragma once
 
-// Called after anything that can change the marks, the filter or the newest set. Takes almost no time if nothing has
-// changed. During a backup or restore the lists contain the items of the run and not the marks, so the function isn't
-// called then.
+// Passes the current status to ReportStatus (ce/status.h). Called after anything that can change the marks, the filter
+// or the newest set. Takes almost no time if nothing has changed. During a backup or restore the lists contain the
+// items of the run and not the marks, so the function isn't called then.
 void ReportStatusToHost();
 
 // Looks for the newest set on the device and on each card. Called at the start and after each backup or restore.

@@ -1,8 +1,8 @@
 // A mark is recorded twice. The lists have the names of the marked items, and a run uses only the lists. The items of
-// the tree have a MarkCount, which determines their pictures. Lists and counts can differ for two reasons. A folder
-// that isn't expanded has no items for the marked files below it. MarkFolder adds the number of all visited files and
-// folders to the counts, not the number of marked files. So the counts are used only for the pictures. If a change
-// would bring a count below zero, the count is set to 0.
+// the tree have a MarkCount, which determines their pictures. Lists and counts can differ for two reasons. First, a
+// folder that isn't expanded has no items for the marked files below it. Second, MarkFolder adds the number of all
+// visited files and folders to the counts, not the number of marked files. So the counts are used only for the
+// pictures. If a change would bring a count below zero, the count is set to 0.
 #include "tree/marking.h"
 
 #include "engine/directory_walker.h"
@@ -65,7 +65,7 @@ void CountOnFolders(HTREEITEM file, bool marked)
         const WORD count = MarkCountOf(folder.parameter);
         SetMark(folder, TreeCodeFolder, marked ? static_cast<WORD>(count + 1) : OneLess(count));
         if (marked)
-            folder.image = MarkedImage(TreeCodeFolder);  // also if the count has wrapped to 0
+            folder.image = MarkedImage(TreeCodeFolder);  // even if the count was raised from 65535 to 0
         WriteTreeItem(folder);
     }
 }
@@ -137,8 +137,9 @@ BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, 
 }
 
 // Marks or unmarks the files below the folder. Returns the number of files and folders that the walks visited, not the
-// number of files that were marked. The first walk marks files with any extension, even if the filter by extension is
-// on. So the other walks mark nothing new and only add to the total.
+// number of files that were marked. If the filter by extension is on, one more walk follows for each extension of the
+// filter. But the first walk has already marked or unmarked the files with any extension. So the further walks change
+// no marks. They only increase the total.
 DWORD WalkFolder(HTREEITEM item, DWORD mark)
 {
     WCHAR root[MAX_PATH];

@@ -4,9 +4,10 @@
 #include "ce/types.h"
 
 // Called for each file and subfolder of a folder. `folder` ends in a backslash, so that `folder` followed by `name` is
-// the full path. This path can have more than 259 characters. `attributes` are those that the search returned, since a
-// call of GetFileAttributesW for each file would take much of the time of a full backup, and half of the time of
-// marking a folder. A result of 0 ends the listing of this folder, and the walk continues in the parent folder.
+// the full path. This path can have more than 259 characters. `attributes` are those that the search has returned. The
+// walk doesn't call GetFileAttributesW for each file. These calls would take much of the time of a full backup, and
+// half of the time of marking a folder. A result of 0 ends the listing of this folder, and the walk continues in the
+// parent folder.
 using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context);
 
 // Further data of the file or folder for which the callback is called.

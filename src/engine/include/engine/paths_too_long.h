@@ -7,7 +7,7 @@
 struct PathsTooLong {
     DWORD count;
     BOOL areItems;              // they are items of a backup, and each is reported as not stored
-    WCHAR first[2 * MAX_PATH];  // room for any folder and any name in it
+    WCHAR first[2 * MAX_PATH];  // the first path; has room for any folder and any name in it
 };
 
 // What the latest walk left out. A caller that uses this variable clears it before its walk.

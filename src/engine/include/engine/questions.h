@@ -11,7 +11,7 @@
 // The program's instance. Set just before the main window is made (main_window.cpp).
 extern HINSTANCE gInstance;
 
-// `kind` of ShowBackupDialog.
+// The values of `kind` of ShowBackupDialog.
 inline constexpr WORD FullBackupKind = 1;
 inline constexpr WORD SelectedItemsKind = 2;
 

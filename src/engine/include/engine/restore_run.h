@@ -12,9 +12,9 @@ inline constexpr DWORD RestorePartial = 2;
 // empty afterwards.
 DWORD RunRestore(DWORD mode);
 
-// Restores the items in the lists as RestoreSet does, but doesn't ask the user what to restore. `wholeSet` says that
-// the lists have all entries of the list file. In that case the list is reported as damaged if the data file is longer
-// than the entries say.
+// Restores the items in the lists as RestoreSet does, but doesn't ask the user what to restore. `wholeSet` is true if
+// the lists have all entries of the list file. In that case the list is reported as damaged if the data file continues
+// after the last stream of the entries.
 void RestoreLists(const WCHAR* dataPath, const WCHAR* listPath, bool wholeSet);
 
 // Shows the dialog of a restore, then restores the items in the lists from the data file. gOptions.restoreMode decides

@@ -25,10 +25,12 @@ struct PackingMemory {
 // Returns a hash of all raw bytes of a block. Compare it only with hashes that this process computed.
 std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes);
 
-// Whether the digest of each packed or unpacked block is computed. Changes only while no second thread runs.
+// Whether the digest of each packed or unpacked block is computed. The variable is changed only while no second thread
+// runs.
 inline bool gDigestsBlocks;
 
-// Whether the library can be used on this machine. Checked before a whole file is packed or unpacked.
+// Returns whether the library can be used on this machine. Callers check this once before they pack or unpack the
+// blocks of a file.
 bool CodecWorks();
 
 // Packs up to RawBlockBytes of `raw` into `packed`, which has room for PackedBlockBytes.

@@ -1,8 +1,8 @@
 // block_pipeline.h - packs and unpacks the blocks of one stream on the run's thread. During a run and the verification
 // after it, a second thread helps.
 //
-// Only the run's thread reads and writes files, in the same order as without a second thread. The two threads share
-// only the work of the codec. The run's thread takes a block, reads into it and offers it. Up to PipelinedBlocks blocks
+// Only the run's thread reads and writes files, in the same order as without a second thread. The second thread only
+// packs and unpacks blocks. The run's thread takes a block, reads into it and offers it. Up to PipelinedBlocks blocks
 // can be in the pipeline. FinishBlock returns the finished blocks in the order in which they were offered.
 //
 // The pipeline processes one stream at a time. All calls are made on the run's thread. block_pipeline.cpp explains
@@ -21,7 +21,7 @@ enum class BlockState { Idle, Offered, Underway, Finished };
 struct PipelinedBlock {
     std::atomic<BlockState> state;
     bool unpacks;  // the block is to be unpacked, otherwise packed
-    bool good;     // valid in the state Finished: the codec succeeded
+    bool good;     // whether the codec succeeded; valid in the state Finished
     DWORD rawBytes;
     DWORD packedBytes;
     std::uint64_t digest;  // of the raw bytes; valid in the state Finished, if gDigestsBlocks
@@ -44,5 +44,5 @@ void OfferToUnpack(PipelinedBlock& block, DWORD packedBytes);
 // Waits until the oldest offered block is finished, and returns it. Its bytes are valid until the next TakeBlock.
 const PipelinedBlock& FinishBlock();
 
-// Drops all blocks that were taken or offered and not finished.
+// Drops all blocks that TakeBlock has returned and FinishBlock hasn't returned.
 void EmptyPipeline();

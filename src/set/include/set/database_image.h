@@ -7,8 +7,8 @@
 #include "ce/types.h"
 
 // Writes the image of database "Name" into the file "Name.CDB" in the root of the device. An old file is replaced.
-// 1: All records were read, or the image file couldn't be created. An image file that couldn't be written whole is
-//    deleted. So packing it fails instead of storing less than the database has.
+// 1: All records were read, or the image file couldn't be created. If the image file couldn't be written completely,
+//    it is deleted. Then it can't be packed, so no incomplete image is stored in the set.
 // 0: The database can't be opened, a record can't be read, or the database has more or fewer records than its
 //    description says. The image has an empty record in place of one that can't be read. The store reports each of
 //    these failures to the host.
@@ -17,7 +17,7 @@
 BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);
 
 enum RestoreResult {
-    RestoreFailed = 0,    // the database lacks something of the image; GetLastError() is the reason
+    RestoreFailed = 0,    // the database lacks a part of the image; GetLastError() is the reason
     RestoreDone = 1,      // all records are in the database and on the disk
     RestoreDeclined = 2,  // the user didn't allow a replacement; nothing was changed
 };

@@ -17,7 +17,7 @@ inline constexpr DWORD ImageSortOrders = 90;
 inline constexpr DWORD ImageProperties = 255;
 
 struct ImageReader : BufferedReader {
-    DWORD content;  // bytes of texts and blobs in the current record so far
+    DWORD content;  // bytes of the texts and blobs that were read from the current record so far
     DWORD error;    // error of the first call that returned 0
 };
 

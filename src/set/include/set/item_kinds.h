@@ -1,5 +1,5 @@
-// item_kinds.h - defines the lists of items, and a table with a row for each kind of item. The row has all data of the
-// kind that the program uses in the same way for each kind. The code that differs by kind is in the engine:
+// item_kinds.h - defines the lists of items, and a table with a row for each kind of item. Code that treats all kinds
+// alike reads the kind's names, lists and texts from this row. Code that differs by kind is in the engine:
 // backup_items.cpp stores an item, restore_run.cpp restores an item, and item_names.cpp enumerates the items of the
 // device. tree_model.h has a similar table for the tree.
 //
@@ -28,7 +28,7 @@ inline ItemList* gDatabaseList;
 inline constexpr DWORD FileListId = 10002;
 inline constexpr DWORD DatabaseListId = 10000;
 
-// Whether the next full backup includes files, databases and the registry. Each is 1 or 0.
+// Whether the next full backup includes files, databases and the registry. Each variable is 1 or 0.
 inline DWORD gFullFiles;
 inline DWORD gFullDatabases;
 inline DWORD gFullRegistry;

@@ -42,7 +42,7 @@ public:
 
     [[nodiscard]] BOOL IsEmpty() const;
     [[nodiscard]] DWORD Count() const;
-    // The sum of the sizes that were given to Add.
+    // The sum of `contentBytes` of the items in the list.
     [[nodiscard]] std::uint64_t ContentBytes() const;
 
     // A walk calls First, then Next until the result is 0. Each call copies a blob into `buffer` and writes the blob's

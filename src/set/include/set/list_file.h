@@ -18,8 +18,8 @@ DWORD WriteEntryHead(HANDLE list, BYTE kind, const WCHAR* name, DWORD startOffse
 // Writes the last field of an entry. Returns 1 if the whole field was written.
 BOOL WriteEntryEnd(HANDLE list, DWORD endOffset);
 
-// Returns whether an entry is kept. If the `kind` in the file is unknown, the filter gets ItemKindRegistry. The name of
-// the registry's entry has no meaning.
+// A filter returns whether LoadList keeps an entry. If the kind in the file is unknown, LoadList passes
+// ItemKindRegistry as `kind`. The name of the registry's entry has no meaning.
 using EntryFilter = bool (*)(BYTE kind, const WCHAR* name, void* context);
 
 // Replaces the lists and gComment by the content of the list file. If `keep` is null, all entries are kept. If the

@@ -21,8 +21,9 @@ enum ListFault : DWORD {
 
 // After a failed read (readError) the reader treats the list as ended.
 struct ListReader : BufferedReader {
-    DWORD bytesAfterEntries;  // set at the end: 1 or 2 if only so many bytes follow the last entry, which are too few
-                              // for another entry; otherwise 0
+    // Set at the end of the list: the number of bytes after the last entry, if they are too few for the beginning of
+    // another entry (1 or 2). Otherwise 0.
+    DWORD bytesAfterEntries;
 };
 
 struct ListEntry {
@@ -45,9 +46,9 @@ DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars]);
 // Reads the next entry, even if it is damaged. Returns false at the end of the list.
 bool ReadListEntry(ListReader& reader, ListEntry& entry);
 
-// Skips the next entries whose bytes are all in the buffer before `stop`. Stops before an entry of the registry, and
-// before an entry whose name doesn't have 1 to 260 characters. ReadListEntry reads the entry at which this call
-// stopped. Returns the number of skipped entries.
+// Skips entries, beginning with the next one. Stops before the first entry that isn't completely in the buffer in front
+// of `stop`. Also stops before an entry of the registry, and before an entry whose name doesn't have 1 to 260
+// characters. ReadListEntry then reads the entry before which this call stopped. Returns the number of skipped entries.
 DWORD SkipListEntries(ListReader& reader, const BYTE* stop);
 
 // Whether the entry's name can be used. The registry's name has no meaning, so it can always be used. Any other name

@@ -1,6 +1,6 @@
 // small_stream.h - packs a source that is shorter than a block into memory. So the source can be packed before the run
-// begins to store it. The streams that aren't written yet share 1 MB of memory. If a caller copies a stream into memory
-// of its own (CopyKeptBytes), the copy isn't part of the 1 MB.
+// begins to store it. All streams that are packed and not yet written share 1 MB of memory. If a caller copies a stream
+// into memory of its own (CopyKeptBytes), the copy isn't part of the 1 MB.
 //
 // PackSmallStream leaves some sources unpacked, for example one that is too long or changes its length meanwhile.
 // CompressFile packs such a source from the beginning. If the source can't be opened, CompressFile isn't called, and
@@ -24,7 +24,7 @@ struct SmallStream {
     DWORD error;           // why the source couldn't be opened
     DWORD bytes;           // length of the stream
     DWORD readBytes;       // bytes that were read from the source
-    std::uint64_t digest;  // as in PackedStream
+    std::uint64_t digest;  // digest of the stream, as in PackedStream
     const BYTE* kept;      // the caller's copy (CopyKeptBytes); null if the shared memory has the stream
     BYTE pieces[SmallStreamPieces];
 };
@@ -41,8 +41,8 @@ struct SmallStreamMemory {
 bool IsRoomForSmallStream();
 
 // Packs the source into the shared memory and sets `stream`. Can be called on any thread. CodecWorks() must be true. If
-// `stamp` isn't null, it receives the source's stamp before the source is read. If the stamp can't be read, the source
-// isn't packed.
+// `stamp` isn't null, the call takes the stamp of the source before it reads the source, and writes the stamp to
+// `stamp`. If the stamp can't be taken, the source isn't packed.
 void PackSmallStream(const WCHAR* source, SmallStream& stream, SmallStreamMemory& memory, FileStamp* stamp = nullptr);
 
 // Returns how many bytes of a stream of `streamBytes` bytes a caller has to copy. The bytes with which every stream

@@ -28,7 +28,7 @@ inline constexpr std::uint64_t WholeFile = ~std::uint64_t{0};
 // A stream that begins at the current position of its file.
 struct StreamReader {
     HANDLE file;
-    std::uint64_t bytesLeft;  // to the end of the stream; may be more than the file has
+    std::uint64_t bytesLeft;  // bytes up to the end of the stream; may be more than the file has
 };
 
 // Reads the magic. Returns NoMagic also if there are too few bytes.
@@ -64,6 +64,5 @@ StreamBlock ReadBlock(StreamReader& reader);
 using RawBytesSink = BOOL (*)(const BYTE* raw, DWORD bytes, void* context);
 
 // Decodes the stream that fills the bytes of `file` from `start` up to but not including `end`. The closing block must
-// be the last thing in the stream. `sink` may be null. If there is a fault, the sink receives all blocks before the
-// fault.
+// be at the end of the stream. `sink` may be null. If there is a fault, the sink receives all blocks before the fault.
 StreamFault DecodeStream(HANDLE file, DWORD start, DWORD end, RawBytesSink sink, void* context);

@@ -14,6 +14,7 @@ DWORD ToggleItem(HTREEITEM item);
 // returns 0 and changes nothing. Otherwise returns 1.
 DWORD MarkFolder(DWORD mark);
 
-// Sets the pictures of `first` and its later siblings by their MarkCounts. A folder's picture is set only if its count
-// is 0. In that case the pictures of the items below the folder are set too.
+// Sets the pictures of the files and folders among `first` and its later siblings by their MarkCounts. The picture of a
+// folder is set only if the count of the folder is 0. In that case the pictures of the items below the folder are set,
+// too.
 DWORD RefreshMarks(HTREEITEM first);

@@ -26,8 +26,8 @@ inline constexpr WORD TreeCodeRegistryMarked = 10016;
 inline constexpr WORD TreeCodeDatabasesRoot = 10100;
 inline constexpr WORD TreeCodeFilesRoot = 10200;
 
-// The index of a top item's picture while none of its items is marked. The picture at the next index shows that items
-// are marked.
+// The index of the picture of a top item while no item below it is marked. The picture at the next index shows that
+// items are marked.
 inline constexpr int ImageDatabasesRoot = 0;
 inline constexpr int ImageFilesRoot = 2;
 
@@ -49,7 +49,8 @@ inline constexpr NamedKind NamedKinds[] = {{.kind = ItemKindDatabase,
                                             .itemCode = TreeCodeDatabase,
                                             .rootImage = ImageDatabasesRoot}};
 
-// Return the kind whose top item has this TreeCode, or whose items have it. Return null if there is no such kind.
+// NamedKindOfRoot returns the kind whose top item has this TreeCode. NamedKindOfItem returns the kind whose items have
+// this TreeCode. Both return null if there is no such kind.
 const NamedKind* NamedKindOfRoot(WORD code);
 const NamedKind* NamedKindOfItem(WORD code);
 
