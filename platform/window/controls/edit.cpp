@@ -243,8 +243,8 @@ void selectByProgram(Window& edit, EditState& state, int start, int end) REQUIRE
         setSelection(edit, state, {at(start), at(end)});
 }
 
-// Returns which keys the edit handles without the dialog manager. A multi-line edit leaves Tab to the dialog. If Enter
-// makes no line break, the edit leaves this key to the dialog too. Ctrl+Enter never makes a line break.
+// Returns which keys the edit handles without the dialog manager. A multi-line edit leaves Tab to the dialog. It also
+// leaves Enter to the dialog if this key makes no line break in it. Ctrl+Enter never makes a line break.
 LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message) REQUIRES(coreMutex)
 {
     LRESULT code = HasSelection | WantsCharacters | WantsArrows;

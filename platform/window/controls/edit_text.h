@@ -1,6 +1,7 @@
 // edit_text.h - the text of an edit control and its selection, without window or messages.
 //
-// A surrogate pair is treated as one character, and so is a \r\n. The caret is never inside such a pair.
+// A surrogate pair is treated as one character, and so is a \r\n. Such a character has two UTF-16 units, and the caret
+// is never between them.
 #pragma once
 
 #include <cstddef>

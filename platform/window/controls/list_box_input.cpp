@@ -116,8 +116,10 @@ RowOutcome pressKey(Window& box, ListBoxState& state, WPARAM key, LPARAM modifie
     return moveCaret(box, state, *target);
 }
 
-// Returns the next row that begins with `typed`. If no row begins with `typed`, returns the next row that contains it.
-// If there is no such row either, returns -1.
+// Searches the rows from the caret row on. If `typed` is one letter, typed once or several times, searches for that
+// letter from the row after the caret row on. After the last row the search continues with the first. Returns the first
+// row that begins with the text, or if there is none, the first row that contains it. If there is no such row either,
+// returns -1.
 long search(ListBoxState& state, std::u16string_view typed)
 {
     const bool oneLetter = isOneLetter(typed);

@@ -137,7 +137,7 @@ std::optional<std::size_t> ListRows::find(std::u16string_view text, std::optiona
 {
     orderByText();
     const auto indexAt = [this](std::size_t position) { return inOrder_ ? position : byText_[position]; };
-    // A position is an index in the order by text. Rows with equal texts are in the order of their indices.
+    // `position` is a row's number in the order of the texts. Rows with equal texts are in the order of their indices.
     const auto partition = [&](auto isBeforeTarget) {
         std::size_t low = 0;
         std::size_t high = size_;

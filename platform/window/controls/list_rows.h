@@ -1,4 +1,5 @@
-// list_rows.h - the rows of a list box. A sorted box adds each row in order. Sorting and searching ignore case.
+// list_rows.h - the rows of a list box. In a sorted box, add() keeps the rows in the order of their texts. Sorting and
+// searching ignore case.
 //
 // Rows are stored in blocks of a few hundred, so an insertion in the middle of 100,000 rows moves few of them. find()
 // uses a binary search. It searches the rows themselves if they are sorted, otherwise an index by text. It makes this
@@ -39,8 +40,8 @@ public:
     // Adds the row at its position in the order, after rows with equal text. In an unsorted box adds the row at the
     // end. Returns the index.
     std::size_t add(std::u16string_view text);
-    // `index` must be at most size(). From then on find() treats the rows as unsorted, until clear(). A sorted box then
-    // has no order, so add() puts a row at any position.
+    // Inserts the row at `index`, which must be at most size(). After that the rows of a sorted box can be out of
+    // order. So until clear(), find() treats the rows as unsorted, and add() can put a row at any position.
     void insert(std::size_t index, std::u16string_view text);
     void erase(std::size_t index);
     void clear();

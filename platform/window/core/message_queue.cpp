@@ -118,8 +118,9 @@ bool isForEdit(const MSG& message) REQUIRES(coreMutex)
     return target && target->state->editsText();
 }
 
-// Returns false for a timer's message, and for keys and text in an edit, except Enter and Esc. Any other message may
-// start a run. For example, a space typed on a button presses the button.
+// Returns false for a timer's message, for text that is typed into an edit, and for a key in an edit. Exceptions are
+// Enter, Esc and a key with Alt, which return true. Any other message may start a run. For example, a space typed on a
+// button presses the button.
 bool mayTakeLong(const MSG& message) REQUIRES(coreMutex)
 {
     switch (message.message) {

@@ -21,8 +21,8 @@ std::uint64_t ticksOf(const FILETIME& time)
     return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
-// The timer of the main window reports the status twice a second. Most reports equal the one before and aren't
-// announced.
+// Stores the status, and reports it to the display if it differs from the stored one. The timer of the main window
+// calls this function twice a second, usually with an unchanged status.
 void take(StatusState status) REQUIRES(coreMutex)
 {
     if (core().status == status)

@@ -4,9 +4,9 @@
 //   or a window is removed. Each waiter then checks its own condition again.
 // - A frame can take its turn back when the turn is free and no visit above the frame is in progress. The visit that
 //   began last ends first, so only one frame of a thread can have the current level.
-// - A send can begin when the receiver's turn is free, unless a frame of the receiver waits only for the turn
-//   (Thread::waitingLevel). That frame runs before the sends. Without this rule an endless series of sends would block
-//   the thread's queue.
+// - A send can begin when the receiver's turn is free, unless a frame of the receiver waits for the turn but not for
+//   the end of a visit (Thread::waitingLevel). That frame runs before the sends. Without this rule an endless series of
+//   sends would block the thread's queue.
 // - Each call of GetMessageW begins with letSendersIn, so the waiting sends run before the next message. Without this
 //   rule a queue that is never empty would block the sends.
 // - No frame holds a turn while it waits for another turn, so waits can't form a cycle.
@@ -81,7 +81,7 @@ Window* waitForReceiver(HWND window) REQUIRES(coreMutex)
             found = findWindow(window);
         }
         waiting.erase(std::ranges::find(waiting, window));
-        wakeTurnWaiters();  // letSendersIn waits until no send to its thread waits
+        wakeTurnWaiters();  // letSendersIn may be waiting for this send to leave the list
     }
     return found;
 }

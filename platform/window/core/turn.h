@@ -11,8 +11,8 @@ void giveUpTurn(Thread& thread) REQUIRES(coreMutex);
 // Waits until the turn is free and all visits above `level` have ended, and then takes the turn.
 void takeTurnBack(Thread& thread, unsigned level) REQUIRES(coreMutex);
 
-// Returns after all sends that wait for the thread's turn have run. The caller holds the turn before and after the
-// call.
+// Returns when no send waits for the thread's turn any more. A waiting send runs, or it fails because its window is
+// destroyed. The caller holds the turn before and after the call.
 void letSendersIn(Thread& self) REQUIRES(coreMutex);
 
 // As long as a Visit exists, the calling system thread runs in the name of the thread that owns `window`. `self` is the

@@ -55,7 +55,8 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass)
     return static_cast<ATOM>(FirstAtom + core().classes.size());
 }
 
-// All classes exist from the start, so a dialog opens even if its program didn't register the classes of its controls.
+// Registers nothing, because all classes exist from the start. So a dialog opens even if its program didn't register
+// the classes of its controls.
 BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes)
 {
     return classes && classes->dwSize == sizeof *classes ? TRUE : fail(ERROR_INVALID_PARAMETER);

@@ -168,8 +168,8 @@ BOOL GetClientRect(HWND handle, RECT* rectangle)
 
 namespace {
 
-// Returns the rectangle that the arguments of SetWindowPos ask for. Coordinates and sizes are cut to the range of
-// `Far`, so sums of coordinates fit in a LONG.
+// Returns the rectangle that the arguments of SetWindowPos ask for. Coordinates are limited to the range from -Far to
+// Far, and sizes to the range from 0 to Far. So the sum of a coordinate and a size fits in a LONG.
 RECT wantedRectangle(const RECT& before, int x, int y, int width, int height, UINT flags)
 {
     constexpr int Far = 1 << 20;

@@ -176,8 +176,8 @@ HWND disableOwner(HWND handle)
     return top;
 }
 
-// Handles messages for all windows of the thread until the dialog has ended. WM_QUIT ends the loop. It is posted again
-// for the caller's message loop.
+// Handles messages for all windows of the thread until the dialog has ended. WM_QUIT ends this loop too. In that case
+// this function posts WM_QUIT again, so that the caller's message loop also ends.
 void serve(HWND dialog)
 {
     while (!hasEnded(dialog)) {

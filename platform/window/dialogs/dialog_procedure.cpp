@@ -103,8 +103,8 @@ LRESULT defaultDialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM 
     return moveIntoScreen(*window);
 }
 
-// Calls the program's dialog procedure, and then the default procedure if the program's procedure returned 0. Only the
-// result for WM_INITDIALOG is returned to the sender.
+// Calls the program's dialog procedure, and for WM_INITDIALOG returns its result. For any other message, returns 0 if
+// the procedure handled the message. If it didn't (it returned 0), calls the default procedure and returns that result.
 LRESULT dialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (const DLGPROC procedure = procedureOf(handle)) {

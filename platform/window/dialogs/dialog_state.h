@@ -14,9 +14,9 @@ struct DialogState : ClassState {
     bool modal = false;
     bool ended = false;
     INT_PTR result = 0;
-    int defaultId = 0;        // of the default button; 0: none
-    bool messageBox = false;  // made by MessageBoxW, with these MB_ bits:
-    UINT messageBoxType = 0;
+    int defaultId = 0;             // of the default button; 0: none
+    bool messageBox = false;       // MessageBoxW made the dialog
+    UINT messageBoxType = 0;       // of a message box: its MB_ bits
     std::u16string questionKind;   // of a question that a job asks (job_questions.h), otherwise empty
     HWND ownerToEnable = nullptr;  // the owner window, which is disabled until this dialog ends
 

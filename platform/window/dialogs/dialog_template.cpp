@@ -57,8 +57,8 @@ bool takeClass(const NameField& field, ControlTemplate& control)
     return true;
 }
 
-// Returns the id of a control in the plain format. A control without an id has 0xFFFF in this format. In the extended
-// format it has 0xFFFFFFFF, which is -1.
+// Converts a control's id from the plain format. A control without an id has 0xFFFF in this format. The result is then
+// -1, as in the extended format, where such a control has 0xFFFFFFFF.
 int plainId(WORD id)
 {
     return id == 0xFFFF ? -1 : int{id};

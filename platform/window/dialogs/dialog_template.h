@@ -40,8 +40,8 @@ struct DialogTemplate {
 // template's count is higher.
 [[nodiscard]] std::optional<DialogTemplate> readDialogTemplate(std::span<const std::byte> bytes);
 
-// Convert dialog units to virtual pixels. A horizontal unit is 6/4 pixels, a vertical unit 13/8 pixels. Results are
-// rounded to the nearest pixel, halves away from zero.
+// These functions convert dialog units to virtual pixels. A horizontal unit is 6/4 pixels, a vertical unit 13/8 pixels.
+// Results are rounded to the nearest pixel, halves away from zero.
 int horizontalPixels(int units);
 int verticalPixels(int units);
 

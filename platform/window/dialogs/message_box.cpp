@@ -41,8 +41,8 @@ constexpr int IconSize = 32;
 constexpr int ButtonWidth = 60;
 constexpr int ButtonHeight = 18;
 
-// Returns the answers of that type of message box, from left to right. The result is empty for a type that doesn't
-// exist.
+// Returns the answers that a message box of this type offers, from left to right. The result is empty for a type that
+// doesn't exist.
 std::span<const Answer> answersOf(UINT type)
 {
     static constexpr Answer JustOk[] = {Ok};

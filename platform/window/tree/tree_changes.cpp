@@ -116,7 +116,8 @@ void moveSelectionTo(HWND handle, HTREEITEM item)
         selectTreeItem(handle, item, TVC_UNKNOWN, Refusal::Ignored);
 }
 
-// Returns false if the item has no children and should be expanded.
+// Expands or collapses the item, without a notification of the parent. Returns false if `expanded` is true and the item
+// has no children. In that case nothing changes.
 bool setExpanded(const Look& tree, ItemIndex index, bool expanded) REQUIRES(coreMutex)
 {
     Item& item = tree.items()[index];

@@ -34,8 +34,8 @@ bool isTop(HTREEITEM parent)
     return !parent || parent == TVI_ROOT;
 }
 
-// Returns the text of the record. The result is empty if the pointer is null or LPSTR_TEXTCALLBACK (-1). That value
-// asks the parent for the text on demand, which isn't supported.
+// Returns the text of the record. The result is empty if the pointer is null or LPSTR_TEXTCALLBACK (-1). With
+// LPSTR_TEXTCALLBACK the tree would have to ask the parent for the text on demand, which isn't supported.
 std::u16string_view textOf(const TVITEMW& record)
 {
     const auto address = reinterpret_cast<std::intptr_t>(record.pszText);

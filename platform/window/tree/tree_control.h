@@ -1,6 +1,6 @@
 // tree_control.h - the data of a tree view, and the functions that its sources share. tree_control.cpp answers
-// messages, tree_input.cpp handles clicks and keys, tree_changes.cpp moves the selection, expands, collapses, deletes
-// and notifies the parent, and tree_rows.cpp computes positions.
+// messages, and tree_input.cpp handles clicks and keys. tree_changes.cpp moves the selection, expands, collapses and
+// deletes items, and notifies the parent. tree_rows.cpp computes positions.
 #pragma once
 
 #include "tree_items.h"

@@ -141,7 +141,7 @@ void moveByKey(HWND handle, WPARAM key)
         selectTreeItem(handle, target, TVC_BYKEYBOARD, Refusal::Possible);
 }
 
-// Can the key expand the item, or with `expand` false, collapse it?
+// If `expand` is true: can a key expand the item now? If `expand` is false: can a key collapse the item now?
 bool foldsByKey(HWND handle, HTREEITEM item, bool expand)
 {
     const Lock lock(coreMutex);
@@ -187,8 +187,9 @@ void pressKey(HWND handle, WPARAM key)
     moveByKey(handle, key);
 }
 
-// Returns the next visible item whose text begins with `typed`, or null if there is none. After the last item the
-// search continues with the first.
+// Searches the visible items from the selected item on. If `typed` is one letter, typed once or several times, searches
+// for that letter from the item after the selected one on. After the last item the search continues with the first.
+// Returns the first item whose text begins with the searched text, or null if there is none.
 HTREEITEM search(const TreeViewState& tree, std::u16string_view typed)
 {
     const TreeItems& items = tree.items;

@@ -186,8 +186,8 @@ ItemIndex TreeItems::precedingByText(ItemIndex parent, std::u16string_view text)
     return after;
 }
 
-// Returns the index of the children by text. The first call makes the index, and insertByText keeps it up to date.
-// Returns null if the children aren't sorted.
+// Returns the children of `parent` as a set in the order of their texts. The first call makes the set. insertByText and
+// erase update it, and the other changes of the children delete it. Returns null if the children aren't sorted.
 TreeItems::Order* TreeItems::orderOf(ItemIndex parent)
 {
     const auto known = orders_.find(parent);

@@ -45,7 +45,8 @@ void TreeLog::removing(TreeItems& items, ItemIndex index)
         return;
     const Item& item = items[index];
     if (!item.shown) {
-        // The log may contain only this item of a range of new items. So its new neighbours are added to the log.
+        // Of a range of new items, the log may contain only the item that is now removed. So the neighbours of that
+        // item are added to the log if they are new.
         for (const ItemIndex neighbour : {item.previous, item.next}) {
             if (isNew(items, neighbour))
                 inserted_.push_back(items.handleOf(neighbour));
@@ -119,7 +120,8 @@ void TreeLog::startOver(TreeItems& items)
         items[index].shown = items[index].updateNoted = items[index].foldNoted = false;
 }
 
-// nextWithin() visits parents before their children.
+// Adds all new items to `changes.inserted`. nextWithin() visits parents before their children, so they are added in
+// that order.
 void TreeLog::takeEverything(TreeItems& items, TreeChanges& changes)
 {
     for (ItemIndex index = items.nextWithin(0, 0); index != 0; index = items.nextWithin(index, 0))

@@ -62,9 +62,9 @@ struct Thread {
 
     bool turnTaken GUARDED_BY(coreMutex) = true;
     unsigned level GUARDED_BY(coreMutex) = 0;  // visits in progress
-    // The level of a call frame that waits to take the turn back. If this level equals `level`, no visit must end
-    // before the frame continues, and sends from other threads wait until the frame has taken the turn. Without this
-    // rule, a thread that receives sends without a pause would never handle its posted messages.
+    // The level of a call frame that waits to take the turn back. If this level equals `level`, the frame needn't wait
+    // for the end of a visit. In that case sends from other threads wait until the frame has taken the turn. Without
+    // this rule, a thread that receives sends without a pause would never handle its posted messages.
     std::optional<unsigned> waitingLevel GUARDED_BY(coreMutex);
 
     std::deque<MSG> posted GUARDED_BY(coreMutex);
@@ -75,7 +75,7 @@ struct Thread {
     std::vector<HWND> toDestroy GUARDED_BY(coreMutex);
     bool quit GUARDED_BY(coreMutex) = false;
     int exitCode GUARDED_BY(coreMutex) = 0;
-    std::u16string arrivedText GUARDED_BY(coreMutex);  // of the input message retrieved last
+    std::u16string arrivedText GUARDED_BY(coreMutex);  // the text of the input message that was retrieved last
 
     // The number of calls of noteArrival for this thread. When the number has changed, a call that waits in GetMessageW
     // checks the queues again.

@@ -19,9 +19,11 @@ Window* nextInGroup(Window& control, bool backward) REQUIRES(coreMutex);
 // ends before the next control that has WS_GROUP.
 std::vector<Window*> groupOf(Window& control) REQUIRES(coreMutex);
 
-// Makes a top-level window the active one. The focus goes to the control of the window that had the focus last. If that
-// control can't have the focus, the first control that can have the focus gets it. If there is none, the window itself
-// gets the focus. Does nothing for a window of another thread.
+// Makes `topLevel` the active window. Its control that had the focus last gets the focus again, if that control accepts
+// the focus. Otherwise the first control that has WS_TABSTOP and accepts the focus gets it. If there is no such control
+// and the window isn't a dialog, the first control that accepts the focus gets it. If there is none either, the window
+// itself gets the focus. If the window is disabled, it becomes active but the focus doesn't move. Does nothing for a
+// window of another thread.
 void activate(HWND topLevel) EXCLUDES(coreMutex);
 // If the focus is in `window`, moves the focus to the next tab stop after `window`, or to no window if there is none.
 // Must be called when `window` is hidden, disabled or destroyed. Does nothing for a window of another thread.

@@ -7,7 +7,7 @@
 
 namespace platform::window {
 
-// The number of the resource of an icon, a bitmap or a loaded image list. 0 for any other handle.
+// Returns the resource number of an icon, a bitmap or a loaded image list. Returns 0 for any other handle.
 WORD resourceIdOf(const void* handle);
 
 }  // namespace platform::window

@@ -10,8 +10,9 @@
 namespace platform::window {
 
 inline constexpr UINT InputFirst = 0x10000;
-inline constexpr UINT InputClick = 0x10001;  // wParam: row (-1: all ones); of a tree: item, with its part in lParam
-inline constexpr UINT InputDoubleClick = 0x10002;  // likewise
+// wParam is the row of a list box, with all bits set for -1. For a tree, wParam is the item and lParam the TreePart.
+inline constexpr UINT InputClick = 0x10001;
+inline constexpr UINT InputDoubleClick = 0x10002;  // like InputClick
 inline constexpr UINT InputText = 0x10003;         // Thread::arrivedText, as typed
 inline constexpr UINT InputNewText = 0x10004;      // Thread::arrivedText, an edit's whole text
 inline constexpr UINT InputClose = 0x10005;
@@ -20,8 +21,8 @@ inline constexpr UINT InputCommand = 0x10007;  // wParam: id
 inline constexpr UINT InputResize = 0x10008;   // wParam: width, lParam: height
 inline constexpr UINT InputDate = 0x10009;     // wParam: month and year, lParam: day
 inline constexpr UINT InputFocus = 0x1000A;
-inline constexpr UINT InputAnswer = 0x1000C;  // wParam: id, or 0 to refuse, lParam: AnswerReach
-inline constexpr UINT InputRelist = 0x1000D;  // a tree's expanded items
+inline constexpr UINT InputAnswer = 0x1000C;  // wParam: id (0: refuse), lParam: AnswerReach
+inline constexpr UINT InputRelist = 0x1000D;  // lists the expanded items of a tree again
 // This message isn't input. It is sent after the parent's WM_SIZE to a child that follows the size of its parent.
 inline constexpr UINT ParentSized = 0x1000B;
 
@@ -36,8 +37,9 @@ inline constexpr LPARAM KeyWithControl = LPARAM{1} << 26;
 // Queues raw input for the window, according to the rules in display.h. Returns false if the input was dropped.
 bool queueInput(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Queue a click on a control and directly after the click a second input. The first function adds a command for the
-// control's top-level window, the second one a key for the control. The result is false if both inputs were dropped.
+// These functions queue a click on a control, and directly after it a second input. queueClickAndCommand adds a command
+// for the control's top-level window. queueClickAndKey adds a key for the control. The result is false if both inputs
+// were dropped.
 bool queueClickAndCommand(HWND control, WPARAM wParam, LPARAM lParam, WORD command);
 bool queueClickAndKey(HWND control, WPARAM wParam, LPARAM lParam, WORD virtualKey);
 

@@ -38,13 +38,13 @@ std::vector<HTREEITEM> treeItemsBelow(HWND tree, HTREEITEM parent);
 // for the second.
 bool postTreeClick(HWND tree, HTREEITEM item, TreePart part);
 bool postTreeDoubleClick(HWND tree, HTREEITEM item, TreePart part);
-// Post a click on the item's label, and then a command for the tree's top-level window or a key for the tree. Click and
-// command, or click and key, are queued together. So the click can't make the program busy before the command or key is
-// queued.
+// These functions post a click on the item's label and a second input. postTreeCommand adds a command for the tree's
+// top-level window, and postTreeKey adds a key for the tree. Both inputs are queued together. So the click can't make
+// the program busy before the second input is queued.
 bool postTreeCommand(HWND tree, HTREEITEM item, WORD command);
 bool postTreeKey(HWND tree, HTREEITEM item, WORD virtualKey);
-// Makes the program list the children of all expanded items again. Afterwards those of the items that still exist are
-// expanded again.
+// Makes the program list the children of all expanded items again. Afterwards each of these expanded items is expanded
+// again if it still exists.
 bool postTreeRelist(HWND tree);
 
 }  // namespace platform::window
