@@ -16,8 +16,8 @@ namespace {
 // True on the thread that runs the program.
 thread_local bool isProgramThread = false;
 
-// Returns true if the change can make an action possible. Also returns true for Idle and Busy, with which the time that
-// counts for the timeout begins and ends.
+// Returns true if the change can make an action possible. Also returns true for Idle and Busy, because only the time
+// between an Idle and the next Busy counts for the timeout of an action.
 bool wakes(Change change)
 {
     switch (change) {

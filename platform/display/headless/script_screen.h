@@ -59,7 +59,7 @@ private:
     mutable std::condition_variable more_;
     std::uint64_t changes_ = 0;
     bool ended_ = false;
-    HWND firstWindow_ = nullptr;  // of the program's thread: its first, or the next after a destroyed one
+    HWND firstWindow_ = nullptr;  // the first window of the program's thread; once destroyed, the next that it creates
     std::uint64_t programThread_ = 0;
 
     std::map<HWND, Shown> shown_ GUARDED_BY(window::coreMutex);

@@ -20,8 +20,8 @@ using window::WindowState;
 
 namespace {
 
-// closeProgram() gives up after it has closed this many windows with the same content as a window that it closed
-// before.
+// closeProgram() counts the windows that have the same content as a window that it closed before. It gives up when the
+// count reaches this number.
 constexpr int RepeatsAtMost = 200;
 // The longest single wait. A wait shortens the time left by at most this length. So if the host stops the process for a
 // minute, the script still has the rest of its timeout.

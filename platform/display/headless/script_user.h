@@ -18,13 +18,13 @@
 
 namespace platform::headless {
 
-// Why an action failed, without its line number. Empty if the action was done.
+// The reason why an action failed, without the line number. Empty if the action was done.
 using Failure = std::optional<std::string>;
 
 class ScriptUser {
 public:
-    // `timeout`: how long an action may wait until it can be done, zero for no limit. `output`: the stream to which
-    // `print` writes, or null.
+    // `timeout`: how long the script waits until an action is possible, or zero for no limit. `output`: the stream to
+    // which `print` writes, or null.
     ScriptUser(ScriptScreen& screen, Transcript& transcript, std::chrono::milliseconds timeout, std::ostream* output)
         : screen_(screen), transcript_(transcript), timeout_(timeout), output_(output)
     {

@@ -17,8 +17,8 @@ struct Snapshot {
 // program can change a control between two copies.
 [[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
 
-// Returns the same for a caller inside Display::changed, where the core's mutex is held. So nothing changes while the
-// windows are copied. A window that exists only for a moment can be read only in this way.
+// Does the same as snapshotOf(), but for a caller inside Display::changed, where the core's mutex is held. So nothing
+// changes while the windows are copied. A window that exists only for a moment can be read only in this way.
 [[nodiscard]] std::optional<Snapshot> snapshotUnderLock(HWND window) REQUIRES(window::coreMutex);
 
 }  // namespace platform::headless

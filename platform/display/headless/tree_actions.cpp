@@ -21,7 +21,8 @@ using window::WindowState;
 
 namespace {
 
-// How long an image can take to become the expected one. Some images change on a timer of the program.
+// If an item shows another image than the script expects, the script waits this long for the expected image. Some
+// images change only when a timer of the program is due.
 constexpr std::chrono::seconds ImagesSettleWithin(2);
 
 HWND findDatePicker(HWND top, int id)

@@ -17,7 +17,7 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// The text of the check box for a setting that no run reads.
+// The text of a check box whose setting is stored but has no effect on any run. A tip on this check box says so.
 constexpr std::u16string_view VerifyText = u"Verify backuped file";
 
 // Sets a policy with which a mouse press doesn't move the focus, because the core moves the focus after the click. The
@@ -106,7 +106,8 @@ private:
             return;
         const bool wanted = Button::isChecked();
         showChecked();
-        // When a radio button is checked, the toolkit unchecks another one. That isn't input of the user.
+        // When a radio button is checked, the toolkit unchecks another one. The user didn't toggle that other button,
+        // so no click on it is posted.
         if (!isRadio || wanted)
             input().click(this->window());
     }

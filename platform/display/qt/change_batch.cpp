@@ -40,7 +40,7 @@ void ChangeBatch::waitUntil(const std::function<bool()>& condition, std::chrono:
     const auto end = std::chrono::steady_clock::now() + timeout;
     std::unique_lock lock(mutex_);
     while (true) {
-        // If an Idle arrives while the condition is checked, the count changes. So the wait below returns at once.
+        // If Change::Idle is reported while `condition` runs, idles_ increases. So the wait below returns at once.
         const unsigned seen = idles_;
         lock.unlock();
         if (condition())

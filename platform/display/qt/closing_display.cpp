@@ -4,9 +4,10 @@ namespace platform::qt {
 
 using window::Change;
 
-// A change that is reported while closeInputWindows() runs is counted. In that case the wait returns at once, so no
-// window is missed. closeInputWindows() locks the core's mutex. The core calls changed() with that mutex held, and
-// changed() locks mutex_. So mutex_ must be unlocked during closeInputWindows().
+// closeInputWindows() locks the core's mutex. The core calls changed() with that mutex held, and changed() locks
+// mutex_. So mutex_ must be unlocked during closeInputWindows(), or two threads could wait for each other. A change
+// that is reported during closeInputWindows() increments changes_. Then the wait returns at once, so no window is
+// missed.
 void ClosingDisplay::closeUntil(const std::function<bool()>& hasEnded)
 {
     window::setDisplay(this);

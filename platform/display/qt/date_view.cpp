@@ -18,7 +18,7 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// The first date of a FILETIME.
+// The earliest date that a FILETIME can contain.
 const QDate FirstDate(1601, 1, 1);
 constexpr int Century = 100;
 constexpr int YearsAhead = 20;
@@ -29,7 +29,8 @@ public:
         : QDateEdit(parent), View(state.window, input)
     {
         setCalendarPopup(true);
-        // A year of two digits could mean two centuries.
+        // The format of the user's locale may have a year of two digits, which leaves the century open. The view shows
+        // all four digits.
         if (QString format = displayFormat(); !format.contains(QLatin1String("yyyy")))
             setDisplayFormat(format.replace(QLatin1String("yy"), QLatin1String("yyyy")));
         setMinimumDate(FirstDate);
@@ -74,7 +75,7 @@ public:
 protected:
     bool event(QEvent* event) override
     {
-        // This event comes before the key press, which the dialog handles.
+        // Completes the year before the dialog handles Enter. The toolkit sends this event before the key press.
         if (event->type() == QEvent::ShortcutOverride &&
             virtualKeyOf(static_cast<const QKeyEvent&>(*event)) == VK_RETURN)
             completeYear();

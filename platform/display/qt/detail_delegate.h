@@ -14,7 +14,7 @@ public:
 
     // Sets the distance of the column from the beginning of the texts, in pixels. 0 means that no row has a detail.
     void setColumn(int column) { column_ = column; }
-    // Returns the distance for a list whose widest text has that width.
+    // Returns the distance for a list in which the widest text is `widestText` pixels wide.
     static int columnFor(int widestText, const QFontMetrics& metrics);
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;

@@ -15,9 +15,8 @@ class DeviceMenu {
     Q_DECLARE_TR_FUNCTIONS(DeviceMenu)
 
 public:
-    // `window` outlives the menu and is the owner of its dialogs. While `programRests` returns false, the program is
-    // busy and the user can't open or add anything. The reason is that the host stores additions in the database that a
-    // run uses.
+    // `window` outlives the menu and is the owner of its dialogs. If `programRests` returns false, the program is busy.
+    // The user can't open or add anything then, because the host stores additions in the database that a run uses.
     DeviceMenu(QWidget& window, const display::HostServices& host, std::function<bool()> programRests);
 
     QMenu& menu() { return menu_; }

@@ -8,8 +8,8 @@ namespace {
 
 using Kind = GrowingControl::Kind;
 
-// How a list and an edit of several lines share additional height. A list gets more, because it has more rows than a
-// comment has lines.
+// How a list and an edit of several lines share additional height. A list gets more, because it usually has more rows
+// than the text in the edit has lines.
 constexpr int ListWeight = 3;
 constexpr int LinesWeight = 1;
 

@@ -32,7 +32,7 @@ constexpr int RunDetailRows = 3;
 // The largest factor by which a long text makes the dialog wider. A text that needs a still wider dialog wraps or is
 // cut.
 constexpr double MostStretch = 1.6;
-// If a dialog is wider than its template when it opens, it has at most this part of the screen's width.
+// If a dialog opens wider than least_ because its lists need it, it has at most this part of the screen's width.
 constexpr double LargestFirstWidth = 0.6;
 
 GrowingControl::Kind growthOf(const WindowState& state)
@@ -111,8 +111,9 @@ void DialogView::layOut()
     grip_->raise();
 }
 
-// Returns how much larger than its template the dialog opens. The dialog gets the size to which the user changed it
-// last time. If the user never changed its size, it is as wide as its lists need.
+// Returns how much larger than least_ the dialog is when it opens. If the user has changed its size in the past, the
+// dialog gets that size. Otherwise it is as wide as its lists need, up to LargestFirstWidth. The result is zero for a
+// dialog without controls that can grow.
 QSize DialogView::findFirstExtra()
 {
     if (!canGrow(growing_))
@@ -159,8 +160,8 @@ void DialogView::placeControls(const DialogUnits& units)
     alignRows(units.scaled({0, 0, 0, RowTolerance}).height());
 }
 
-// If the rows of controls differ by at most `tolerance` pixels, moves the controls so that their texts are on one line.
-// In the templates such controls differ by about one unit.
+// If the vertical positions of two controls' texts differ by at most `tolerance` pixels, moves one control so that the
+// texts are on one line. In the templates such controls differ by about one unit.
 void DialogView::alignRows(int tolerance)
 {
     std::vector<int> rows;

@@ -19,9 +19,10 @@ struct DialogUnits {
     QRect scaled(const RECT& rect) const;
 };
 
-// Returns units for the font and style of the dialog. x is computed from the width of letters. y is large enough for a
-// row of text, a check box, an edit and a push button, with the heights that the style gives them. Other kinds of
-// controls aren't measured.
+// Returns the factors x and y for the font and style of the dialog. x is computed from the width of letters. y is the
+// largest of four factors, for a row of text, a check box, an edit and a push button. Each factor converts the usual
+// height of such an element in a template to the height that the font or the style requires. Other kinds of controls
+// aren't measured.
 DialogUnits dialogUnitsOf(const QWidget& dialog);
 
 }  // namespace platform::qt

@@ -307,9 +307,9 @@ void DialogView::showFocus()
         focused->view->widget().setFocus(Qt::TabFocusReason);
 }
 
-// Posts to the core that the control gets the focus. Called when a screen reader has set the focus. If the mouse, Tab
-// or this program sets the focus, the focus event has another reason. The post is queued, because the toolkit is still
-// changing the focus.
+// Posts to the core that the control gets the focus. Called when a screen reader has set the focus. The focus event
+// then has the reason Qt::OtherFocusReason. It has another reason if the mouse, Tab or this program sets the focus. The
+// post is queued, because the toolkit is still changing the focus.
 void DialogView::postFocus(const Control& control)
 {
     QMetaObject::invokeMethod(

@@ -59,8 +59,8 @@ protected:
     }
 
 private:
-    // Shows the core's text. Until the program has handled the typed text, the core's text is older than that of the
-    // widget. So the widget keeps its own text in that time.
+    // Shows the core's text. The text that the user is typing may be newer than the core's, because the program hasn't
+    // handled it yet. So a widget with the focus keeps its own text until the program waits for input.
     void followText(const WindowState& state)
     {
         if (!Widget::hasFocus() || window::takesInput(this->window()))

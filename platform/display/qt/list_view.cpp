@@ -142,8 +142,8 @@ bool isPlain(const std::u16string& text)
 
 // Returns rows of which one is probably the widest. The layout of 100,000 texts takes seconds, but SummedWidth takes
 // only milliseconds for them. So this function chooses rows by SummedWidth, and the caller lays out only those rows.
-// The sum of a text that isn't plain can be much too large. Such texts would displace all plain ones, so the widest
-// rows of each kind are chosen separately.
+// For a text that isn't plain (see isPlain) the sum can be much too large. Such texts would displace all plain texts
+// from the result. So the widest rows with plain texts and the widest other rows are chosen separately.
 std::vector<int> likelyWidest(const std::vector<ListRow>& rows, const QFontMetrics& metrics)
 {
     constexpr std::ptrdiff_t FewPlain = 8;
@@ -198,8 +198,8 @@ public:
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
         setTextElideMode(Qt::ElideNone);
         setHorizontalScrollMode(ScrollPerPixel);
-        // Ctrl with an arrow key scrolls the list. The dialog sends all other keys to the core. To the core, Left and
-        // Right mean Up and Down.
+        // Ctrl with an arrow key scrolls the list. The dialog sends all other keys to the core, which treats Left and
+        // Right like Up and Down.
         for (const Qt::Key arrow : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right}) {
             auto* scroll = new QShortcut(Qt::CTRL | arrow, this, nullptr, nullptr, Qt::WidgetShortcut);
             connect(scroll, &QShortcut::activated, this, [this, arrow] { scrollByArrow(*this, arrow); });
@@ -227,7 +227,8 @@ public:
             scrollTo(caret);
     }
 
-    // Rows with details are wider than the list in the template.
+    // If rows have details, returns the width at which the widest row fits. In the template the list is too narrow for
+    // such rows.
     int wantedWidth() override
     {
         const bool hasDetails = detailColumn() > 0;
@@ -259,7 +260,7 @@ protected:
         input().click(this->window(), row);
     }
     void mouseReleaseEvent(QMouseEvent*) override {}
-    // The dialog sends keys to the core.
+    // Leaves the key to the dialog, which sends it to the core.
     void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
 
     bool viewportEvent(QEvent* event) override
@@ -279,7 +280,8 @@ protected:
         horizontalScrollBar()->setSingleStep(StepLetters * fontMetrics().averageCharWidth());
         QListView::doItemsLayout();
     }
-    // Sets the width that the user can scroll. The toolkit would use the width of the last row for all rows.
+    // Sets the width of the content that the user can scroll. The toolkit alone would use the width of the last row,
+    // even if other rows are wider.
     void updateGeometries() override
     {
         const int requested = virtualWidth_ > 0 ? extent_ * width() / virtualWidth_ : 0;
@@ -342,7 +344,8 @@ private:
         const int screenWidth = screen()->availableGeometry().width();
         const bool isOneLine = fontMetrics().horizontalAdvance(row) < screenWidth / 2;
         const QString lines = isOneLine ? row : breakable(row, fontMetrics(), screenWidth);
-        // The tip is marked as rich text. Otherwise the toolkit could take a name with angle brackets as rich text.
+        // The text is escaped and put into a rich-text paragraph. If it were passed as it is, the toolkit could take a
+        // name with angle brackets for rich text.
         const QString tip = QStringLiteral("<p style='white-space:%1'>%2</p>")
                                 .arg(isOneLine ? "pre" : "pre-wrap", lines.toHtmlEscaped());
         QToolTip::showText(event.globalPos(), tip, viewport(), visualRect(index));

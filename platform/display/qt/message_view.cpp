@@ -176,7 +176,8 @@ private:
         describeStop(QStringLiteral("What is done so far stays. The rest is left out."));
     }
 
-    // Called when the user has asked to close the owner. The owner can close only when the job has ended.
+    // Called when the user has asked to close the owner, which can close only when the job has ended. Changes the stop
+    // button so that it stops the job and then closes the owner.
     void offerToClose()
     {
         closes_ = true;
@@ -210,7 +211,8 @@ private:
             if (icon() == NoIcon)
                 label->setContentsMargins({});
         }
-        // Without an icon the toolkit leaves the icon's column of the grid empty.
+        // Without an icon the toolkit still reserves the icon's column of the grid. So the empty column is made narrow
+        // here.
         auto* grid = qobject_cast<QGridLayout*>(layout());
         if (QLayoutItem* first = grid ? grid->itemAtPosition(0, 0) : nullptr; first && icon() == NoIcon) {
             if (QSpacerItem* indent = first->spacerItem())

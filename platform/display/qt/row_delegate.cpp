@@ -38,7 +38,8 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, c
     const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &row, row.widget) + 1;
     const QRect text =
         style->subElementRect(QStyle::SE_ItemViewItemText, &row, row.widget).adjusted(margin, 0, -margin, 0);
-    // Draws the row without its text, because the style would centre the text by the height of the other font.
+    // Draws the row without its text, because the style would centre the text by the height of the font in which it
+    // draws the characters that the row's font lacks.
     const QString whole = std::exchange(row.text, QString());
     style->drawControl(QStyle::CE_ItemViewItem, &row, painter, row.widget);
     const int top = text.top() + (text.height() - row.fontMetrics.height()) / 2;

@@ -81,7 +81,8 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& tex
     if (text.startsWith(QLatin1String("The X11 connection broke")) ||
         text.startsWith(QLatin1String("The Wayland connection broke")))
         endWithLostDesktop();
-    // If the desktop can't be opened, the fatal message is enough.
+    // Before the desktop is open, these messages aren't printed. If it can't be opened, the text of the fatal message
+    // is enough.
     if (runState().windowsOpen && type != QtDebugMsg && type != QtInfoMsg)
         std::cerr << text.toStdString() << std::endl;
 }
@@ -97,7 +98,7 @@ int showProgram(QApplication& application, const WindowStart& start)
         runState().programEnded = true;
         runState().closingDisplay.wake();
         // This calls exit(), because quit() would first ask the windows, and a window that is still on the screen would
-        // refuse.
+        // refuse to close.
         QMetaObject::invokeMethod(
             &application, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
     });

@@ -98,7 +98,7 @@ void Screen::flush()
 {
     frameTimer_.stop();
     focus_ = nullptr;
-    // This comes before the changes are shown, so that a dialog that setOpener_ answers for the user never appears.
+    // step() is called before the changes are shown. So a dialog that setOpener_ answers for the user never appears.
     setOpener_.step();
     for (const Changed& changed : batch_.take())
         apply(changed);
@@ -207,7 +207,8 @@ TopView* Screen::makeTop(const WindowState& state)
     if (window::readWindow(state.parent, owner)) {
         if (TopView* top = topOf(state.parent))
             ownerWidget = &top->widget();
-        // A window on the owner's thread blocks the owner. The window of a run has another thread.
+        // A window on the owner's thread blocks the owner. The progress window of a run belongs to another thread, so
+        // it doesn't block the owner.
         modal = owner.thread == state.thread;
     }
     switch (state.kind) {

@@ -12,7 +12,8 @@ namespace platform::qt {
 QString toQtUnchanged(const std::u16string& text);
 std::u16string fromQt(const QString& text);
 
-// Converts a text for display. Names look as they do on the host.
+// Converts a text for display. Escapes in the names of files are replaced by the characters that the names have on the
+// host.
 QString toQt(const std::u16string& text);
 
 // Converts a text for display in one row. Control characters, such as a line break in a name, become visible

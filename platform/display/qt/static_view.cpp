@@ -16,7 +16,7 @@ using window::WindowState;
 
 // A line needs a few pixels more than the sum of its letters' widths.
 constexpr int Slack = 3;
-// Virtual pixels. A text wraps if the template gives it at least this height.
+// A text wraps if the template gives it at least this height, in virtual pixels.
 constexpr int TwoRows = 26;
 
 // A label. A path can be one word without blanks, so a line breaks inside a word if necessary. If the text needs more

@@ -30,7 +30,7 @@ QString runReason(const kernel::RunProgress& run);
 QString endedText(const kernel::RunProgress& run);
 
 // What a run has made: "Set 3 on \Stick: 214 files, 3 databases, registry, 38 MB in 12 s". `leftOut` is the number of
-// items that the run couldn't store or restore.
+// items that the run couldn't store or restore, or that it didn't reach because it was stopped.
 QString outcomeText(const kernel::RunProgress& run, std::size_t leftOut);
 
 }  // namespace platform::qt

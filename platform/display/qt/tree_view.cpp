@@ -146,7 +146,8 @@ protected:
     // On the check box of a folder, a double click has the effect of two clicks.
     void mouseDoubleClickEvent(QMouseEvent* event) override { click(*event, &UserInput::treeDoubleClick); }
     // Opens the menu of the item under the pointer. If the user opens the menu with the keyboard, it is the menu of the
-    // selected item. The item under the pointer isn't selected, because selecting a file would mark the file.
+    // selected item. Opening the menu doesn't select the item under the pointer, because selecting a file would mark
+    // the file.
     void contextMenuEvent(QContextMenuEvent* event) override
     {
         const bool byMouse = event->reason() == QContextMenuEvent::Mouse;

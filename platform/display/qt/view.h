@@ -34,7 +34,7 @@ public:
     // Returns the width in pixels that the text needs in one row, or 0 if any width is enough.
     virtual int leastWidth() const { return 0; }
     // Returns the width in pixels that the view needs to show its whole content, or 0 if any width is enough. If
-    // possible, the dialog opens with such a width.
+    // possible, the dialog is so wide when it opens that the view gets this width.
     virtual int wantedWidth() { return 0; }
     // Returns the geometry of the widget. `rect` is the rectangle in the dialog template. Both are in pixels of the
     // dialog's content.

@@ -29,8 +29,9 @@ View* makeTreeView(const window::WindowState& state, const UserInput& input, QWi
 TopView* makeMainView(const window::WindowState& state, const UserInput& input, const display::HostServices& host);
 TopView* makeMessageView(const window::WindowState& state, const UserInput& input, QWidget* owner);
 
-// The next two functions are defined in tree_accessible.cpp. After the first call of useTreeAccessible(), screen
-// readers find items that can be partly marked in each tree view with a TreeItemsModel. Further calls change nothing.
+// The next two functions are defined in tree_accessible.cpp. useTreeAccessible() makes the toolkit use the accessible
+// interface of that file for each tree view with a TreeItemsModel. So a screen reader can say that an item is partly
+// marked. Further calls change nothing.
 void useTreeAccessible();
 // Must be called when the current item of the tree was expanded, collapsed, marked or unmarked. The toolkit sends no
 // event for such a change to a screen reader. So this function replaces the accessible object of the item by a new one

@@ -26,8 +26,8 @@ namespace {
 
 using host::Descriptor;
 
-// A request consists of this byte and the path of a set, or of the byte alone. The answer consists of this byte and a
-// sentence for the user, or of the byte alone.
+// The first byte of each request and of each answer. In a request, the path of a set can follow. In an answer, a
+// sentence for the user can follow.
 constexpr char Granted = 1;
 constexpr std::size_t LongestMessage = 8192;
 

@@ -8,12 +8,12 @@
 namespace platform::headless {
 
 struct ScriptOptions {
-    // How long an action may wait until it is possible; zero for no limit. Time in which the program is busy doesn't
-    // count.
+    // How long the script waits until an action is possible, or zero for no limit. Time in which the program is busy
+    // doesn't count.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     std::ostream* output = nullptr;      // for the actions `print ...`
     std::ostream* errors = nullptr;      // for "line N: ..."
-    std::ostream* transcript = nullptr;  // for a line about each window, text and answer; null for none
+    std::ostream* transcript = nullptr;  // for a line about each window, text and answer; null: not written
 };
 
 // Runs `program` on a new thread and performs the script's actions. After the last line, or the first line that fails,

@@ -16,8 +16,8 @@ public:
     void make(std::u16string listFile);
     // Returns the request's list file and removes the request. Returns nothing if there is no request.
     std::optional<std::u16string> take();
-    // `made` is called at once if a request waits. Later it is called for each new request, on the thread that makes
-    // the request. An empty function removes the listener.
+    // If there is a request that wasn't taken yet, `made` is called at once. Later it is called for each new request,
+    // on the thread that makes the request. An empty function removes the listener.
     void setListener(std::function<void()> made);
 
 private:

@@ -25,7 +25,8 @@ using SetOpener = std::function<std::string(const std::filesystem::path& listFil
 // Begins to answer the requests of second processes. `openSet` is called on the answering thread if a request names a
 // set. Call answerSecondStarts only while this process has the device open. An existing socket is then one that a
 // killed process has left, and this function replaces it. Returns null if the socket can't be made, for example because
-// there is no safe folder for it. In that case a second process only finds that the device is in use.
+// there is no safe folder for it. In that case a second process finds that the device is in use, but can't bring the
+// window to the front.
 [[nodiscard]] std::unique_ptr<FirstStart> answerSecondStarts(const std::filesystem::path& deviceFolder,
                                                              SetOpener openSet = {});
 
