@@ -39,8 +39,8 @@ TemporaryFile makeBeside(const fs::path& target, mode_t mode)
     throw std::runtime_error("\"" + target + "\" can't be written: " + reason.message() + ".");
 }
 
-// Returns the status of the object that the path leads to. Returns nothing if the path is free for a new file.
-// Otherwise throws.
+// Returns the status of the object that the path leads to. Returns nothing if nothing exists at the path. Throws if the
+// path is a link that leads nowhere, or if the status can't be read.
 std::optional<struct stat> statusOf(const std::string& target)
 {
     struct stat found {};

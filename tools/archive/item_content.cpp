@@ -60,7 +60,7 @@ private:
     bool refused_ = false;
 };
 
-// Uses the same reader that a restore on a device uses for the registry.
+// Reads the registry with the same reader as a restore on a device.
 void readRegistry(const OpenFile& data, const ListEntry& entry, ContentSink& sink, ContentReport& report)
 {
     UnpackedStream stream(data, entry);

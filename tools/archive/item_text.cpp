@@ -15,7 +15,8 @@ namespace {
 // Records are read from the last one to the first one, in groups of about this size, so that few seeks are needed.
 constexpr std::uint64_t groupBytes = std::uint64_t{256} * 1024;
 
-// Returns an error text if a record is too large. The conversion to text needs several copies of a record in memory.
+// The conversion to text needs several copies of a record in memory. So this function returns an error text if the
+// image has a record that is too large. Otherwise it returns an empty text.
 std::string tooLargeRecord(const ImageReport& image)
 {
     return image.tooLarge == 0 ? ""

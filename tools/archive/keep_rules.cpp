@@ -11,7 +11,8 @@ namespace {
 using std::chrono::days;
 using std::chrono::sys_days;
 
-// Returns a number that is the same for all sets of one period.
+// A function that returns the number of the period, such as a day, to which a set belongs. `index` is the index of the
+// set, where the newest set has the index 0.
 using Period = std::int64_t (*)(const SetDate& date, std::int64_t index);
 
 std::int64_t each(const SetDate& /*date*/, std::int64_t index)

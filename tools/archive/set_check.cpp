@@ -130,7 +130,7 @@ private:
             addFault(&item, content.fault);
         sink_.end(item, content);
         if (!item.isDatabase() || item.entry.faults != 0)
-            return;  // there is no name to compare
+            return;  // only a database has an image, and only a sound name can be compared with it
         for (const std::string& warning : imageWarnings(content.image, item.name()))
             addWarning(&item, warning);
     }

@@ -197,8 +197,8 @@ SetDates::Dated& SetDates::read(std::size_t set)
 }
 
 // Takes the order of day and month from the nearest set in the same folder whose own comment or file time shows the
-// order. If two such sets are equally near, the earlier one in `sets_` decides. If there is none, the day counts as
-// first.
+// order. If two such sets are equally near, the earlier one in `sets_` decides. If there is no such set, the day counts
+// as first.
 void SetDates::decideByNeighbours(std::size_t set)
 {
     std::optional<Order> order;
@@ -209,7 +209,7 @@ void SetDates::decideByNeighbours(std::size_t set)
             order = dated.order;
     };
     for (std::size_t distance = 1; distance < sets_.size() && !order; distance++) {
-        ask(set - distance);  // wraps below the first set, to an index that no set has
+        ask(set - distance);  // a negative result wraps to a huge index that no set has
         ask(set + distance);
     }
     Dated& dated = *dates_[set];

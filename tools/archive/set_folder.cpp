@@ -15,7 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view FolderOfSets = "QUILBOX";
-constexpr std::size_t MostNamed = 10;  // in a sentence
+constexpr std::size_t MostNamed = 10;  // of the list files in one message
 
 }  // namespace
 

@@ -9,11 +9,11 @@ namespace {
 constexpr std::uint64_t SectorBytes = 512;
 
 // A lost sector can begin inside the length of a block. If the replaced bytes of the length were 0 and are still 0, the
-// length is still right. Then less than a whole sector of the block itself is replaced. If each run of literals has at
-// most half a sector, such a loss still replaces other bytes than literals.
+// length is still right. Then only the rest of the sector, which is less than 512 bytes, replaces bytes of the block
+// itself. If each run of literals has at most half a sector, this rest still replaces other bytes than literals.
 constexpr DWORD LongestRun = SectorBytes / 2;
 
-// A smaller block is packed in less time than a thread takes to start.
+// A block with fewer raw bytes is packed in less time than a thread takes to start.
 constexpr std::size_t WorthThread = 16384;
 
 }  // namespace

@@ -25,13 +25,15 @@ constexpr std::size_t BlockAhead = 2 * (LengthBytes + PackedBlockBytes);
 constexpr std::size_t SearchAhead = BlockAhead + std::size_t{128} * 1024;
 static_assert(SearchAhead <= FileWindow::MostAhead);
 
-// If nothing valid follows a block (another block, a new stream or the end of the file), the block must yield at least
-// so many raw bytes. This applies to a damaged block, and to the first block of a piece whose beginning is lost.
+// Something valid after a block is another block, a new stream or the end of the file. If nothing valid follows a
+// damaged block, the block is used only if it yields at least this many raw bytes. The same applies to the first block
+// of a stream whose beginning is lost.
 constexpr DWORD LeastPiece = 64;
 
 // The work on bytes that turn out to be no block is limited to WorkForByte bytes for each byte of the file so far, plus
-// WorkInAddition. A failed attempt to unpack costs WorkForFalseBlock bytes more. A damaged block that nothing valid
-// follows costs WorkForCutBlock bytes, because such a block can make the caller write a file.
+// WorkInAddition. A failed attempt to unpack a block costs the number of its packed and unpacked bytes, plus
+// WorkForFalseBlock. A damaged block that nothing valid follows costs WorkForCutBlock bytes, because such a block can
+// make the caller write a file.
 constexpr std::uint64_t WorkForByte = 32;
 constexpr std::uint64_t WorkInAddition = std::uint64_t{64} * 1024 * 1024;
 constexpr std::uint64_t WorkForFalseBlock = 256;
@@ -48,7 +50,7 @@ struct BlockView {
     bool hasEndMark() const { return isWhole && std::ranges::equal(packed.last(EndMark.size()), EndMark); }
 };
 
-// Returns nothing if the format has no block of this length.
+// Returns nothing if the view is too short for a block, or if no block can have the length that the view begins with.
 std::optional<BlockView> blockIn(View view)
 {
     if (view.size() < LengthBytes + ClosingBlockBytes)
@@ -181,7 +183,7 @@ private:
     }
 
     // `bytes` is the number of raw bytes that were unpacked before the fault. If nothing valid follows the block, its
-    // length may be wrong too.
+    // length may be wrong too. Then the search continues one byte after the beginning of the block.
     void takeDamagedBlock(View view, const BlockView& block, DWORD bytes)
     {
         const After after = block.isWhole ? afterBlock(view.subspan(block.bytes())) : After::Nothing;

@@ -30,7 +30,7 @@ public:
 
 private:
     std::vector<CEPROPVAL> properties_;
-    std::vector<std::size_t> ends_ = {0};  // offset in properties_ where each record ends, after a 0
+    std::vector<std::size_t> ends_ = {0};  // a 0, and then for each record the index in properties_ where it ends
 };
 
 class UnpackedImage {

@@ -35,8 +35,8 @@ public:
     bool write(std::span<const std::byte> bytes);
     // Cuts the content to its first `bytes` bytes. `bytes` may not be more than bytes().
     bool cut(std::uint64_t bytes);
-    // A sink for DecodeStream that calls write(). `target` is the GrowingFile. Throws a Stopped if the work is to stop
-    // (long_work.h).
+    // A sink for DecodeStream that calls write(). `target` is the GrowingFile. Throws the exception Stopped if the work
+    // is to stop (long_work.h).
     static BOOL writeRaw(const BYTE* raw, DWORD bytes, void* target);
     // Stores the content in the temporary file and returns the handle of that file, for reading. Returns
     // INVALID_HANDLE_VALUE if the content can't be stored (see error()).
@@ -44,13 +44,15 @@ public:
     // Does the same as handle(), but returns the open file. Null if the content can't be stored.
     const OpenFile* opened();
 
-    // Sets another target path. It may be called after moveToTarget() has failed. A failed write remains an error.
+    // Sets another target path, for example after moveToTarget() has failed. If a write has failed, error() still
+    // returns the error of that write.
     void setTarget(std::u16string target);
 
     // Makes the file appear at the target path, and makes missing folders of that path. If a file exists at the target
     // path, the result depends on `replace`. With `replace`, the new file is flushed to the disk, replaces the existing
-    // file atomically and takes its rights. Without `replace`, the existing file is an error. If the path has a link or
-    // another object that the platform doesn't show, the error is ERROR_DUP_NAME in both cases. Returns error().
+    // file atomically and takes its rights. Without `replace`, the existing file is an error. If a link or another
+    // object that the platform doesn't show exists at the target path, the error is ERROR_DUP_NAME in both cases.
+    // Returns error().
     DWORD moveToTarget(bool replace);
 
 private:

@@ -1,5 +1,5 @@
-// image_check.h - unpacks the image of a database and checks that the image complies with the format. Of the records,
-// only the offsets are kept in memory.
+// image_check.h - unpacks the image of a database and checks that the image complies with the format. The memory
+// contains at most one record at a time, and the offset where each record ends.
 //
 // A restore reads a damaged image as far as possible (image_reader.h). This check says what is wrong with the image.
 #pragma once

@@ -17,8 +17,8 @@ public:
     // Receives the next bytes of a file. If the function returns false, the reading ends without a fault.
     virtual bool bytes(std::span<const std::byte> /*piece*/) { return true; }
 
-    // Receive the content of the registry. If key() or value() returns false, the reading ends and the item counts as
-    // damaged.
+    // key() and value() receive the content of the registry. If one of them returns false, the reading ends and the
+    // item counts as damaged.
     bool key(const platform::registry::KeyPath& /*path*/) override { return true; }
     bool value(std::u16string_view /*name*/, DWORD /*type*/, std::span<const std::byte> /*data*/) override
     {

@@ -47,7 +47,8 @@ public:
     // Reads the next item. False at the end.
     [[nodiscard]] bool next(Item& item);
 
-    // Reads on to the next item whose name contains `part`, or to the registry. The result can also be another item, so
+    // Skips some items whose names don't contain `part`, and reads the item after them. False at the end. The function
+    // never skips an item with `part` in its name, and never the registry. The item that it reads can have any name, so
     // the caller must check the name. The function searches the buffer of the list for `part` without reading each
     // entry. This makes a search in many sets fast.
     [[nodiscard]] bool nextWith(std::u16string_view part, Item& item);

@@ -8,8 +8,8 @@
 
 namespace archive {
 
-// From now on SIGINT, SIGTERM and SIGHUP make checkStop() throw, so that the destructors delete unfinished files. A
-// second signal ends the process at once.
+// From now on SIGINT, SIGTERM and SIGHUP make checkStop() throw, so that the destructors delete unfinished files. If
+// the same signal comes a second time, it ends the process at once.
 void catchSignals();
 
 // The exception that ends long work.
@@ -18,8 +18,8 @@ public:
     Stopped() : std::runtime_error("stopped") {}
 };
 
-// Throws the exception Stopped after SIGINT, SIGTERM or SIGHUP, or if the platform's job is to stop. Everything that
-// reads sets calls checkStop() for each item and each block.
+// Throws the exception Stopped if the platform's job is to stop. After catchSignals(), the signals SIGINT, SIGTERM and
+// SIGHUP stop every job. Everything that reads sets calls checkStop() for each item and each block.
 void checkStop();
 
 // Ends the process by raising the signal that catchSignals() has caught. So the shell sees which signal ended the
@@ -39,7 +39,7 @@ public:
     void begin(const std::string& name);
     // Shows how much of the part is done.
     void at(std::uint64_t done, std::uint64_t ofAll);
-    // Removes the line. Call it before something else is printed. The next call of at() shows the line again.
+    // Removes the line. Call clear() before something else is printed. The next call of at() shows the line again.
     void clear();
 
 private:

@@ -12,13 +12,13 @@ namespace archive {
 // Sets that are open at the same time share the root folder of the set that was opened first.
 class OpenedSet {
 public:
-    // The host folder `root` becomes the device's root folder. If `root` is empty, the set's own folder becomes the
-    // root.
+    // If the platform has no root folder yet, the host folder `root` becomes the root folder. If `root` is empty, the
+    // set's own folder is used for this.
     explicit OpenedSet(const SetFiles& files, const std::string& root = "");
 
-    // False if the set has vanished or there is no permission. Then only trouble() can be called.
+    // False if the set's folder or list file can't be opened. Then mounted() and list() must not be called.
     bool isOpen() const { return trouble_.empty(); }
-    const std::string& trouble() const { return trouble_; }  // "the list file can't be opened"
+    const std::string& trouble() const { return trouble_; }  // such as "the list file can't be opened"
 
     const SetFiles& files() const { return files_; }
     const MountedSet& mounted() const { return *mount_; }

@@ -44,14 +44,15 @@ struct RecordChange {
 // Records are matched by their content first, then by their identities.
 std::vector<RecordChange> changesOf(const std::vector<RecordText>& before, const std::vector<RecordText>& after);
 
-// Returns each digest that `left` contains more often than `right`, as many times as the difference.
+// Compares how often each digest occurs in the two lists. If `left` contains a digest n times more often than `right`,
+// the result contains the digest n times.
 std::vector<Digest> moreIn(std::vector<Digest> left, std::vector<Digest> right);
 
-// Collects the records of a database. Records without properties don't count, because a restore leaves them out.
+// Collects the records of a database. Ignores records without properties, because a restore leaves them out.
 class RecordCollector final : public ContentSink {
 public:
-    // Returns whether to store the text of the record. Without this function only the digests are stored, 32 bytes
-    // each.
+    // Returns whether to store the text of the record. If `wanted` is empty, the collector stores only the digests,
+    // which have 32 bytes each.
     using Wanted = std::function<bool(const Digest& digest, std::span<const CEPROPVAL> properties)>;
 
     explicit RecordCollector(Wanted wanted) : wanted_(std::move(wanted)) {}

@@ -23,7 +23,7 @@ struct JudgedSet {
 
 // Checks every set and applies the rules to the sound ones. The newest sound set and every damaged set are kept. In the
 // result the newest set comes first. No set may be open. `sets` must contain all sets of the storage, because a set
-// that isn't in it could be the newest.
+// that the caller left out could be the newest one.
 std::vector<JudgedSet> judgeSets(const std::vector<SetFiles>& sets, const KeepRules& rules, Progress& progress);
 
 // Deletes the files of a set on the host. Even if it is interrupted, no list file is left without its data file.

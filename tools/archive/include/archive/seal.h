@@ -32,8 +32,8 @@ struct FileDigest {
     std::uint64_t bytes;  // size of the file
 };
 
-// Returns the digests of both files of the set, or nothing if one of them can't be read to its end. If `data` has the
-// size of the data file, the function uses the digest in `data` and doesn't read the data file.
+// Returns the digests of both files of the set, or nothing if one of them can't be read to its end. If `data->bytes`
+// equals the size of the data file, the function returns `data->digest` for that file without reading the file.
 std::optional<SetDigests> digestsOf(const MountedSet& mounted, const std::optional<FileDigest>& data = std::nullopt);
 
 // Writes the file with these checksums, and replaces an older one. Returns ERROR_SUCCESS or the error.

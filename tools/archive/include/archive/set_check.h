@@ -32,14 +32,14 @@ struct SetState {
     bool isSound() const { return faults == 0; }
 };
 
-// Returns whether a restore on this host can use the name of the item, which must be a file or a database. For a
-// database, a restore makes a temporary file \NAME.CDB. So the name must also be usable in that path.
+// The item must be a file or a database. Returns whether a restore on this host can use its name. For a database, a
+// restore makes a temporary file \NAME.CDB. So the name must also be usable in that path.
 bool isUsableName(const Item& item);
 
 enum class SealUse { Checked, Ignored };
 
-// Reads and checks the whole set. The caller may not have read an item from the set before. If the set was changed
-// after it was sealed, it is unsound.
+// Reads and checks the whole set. The caller may not have read an item from the set before. With SealUse::Checked, a
+// set that was changed after it was sealed is unsound.
 SetState checkSet(const OpenedSet& set, CheckSink& sink, SealUse seal = SealUse::Checked);
 
 // Returns the first fault of the set, with its item. Empty if the set is sound.

@@ -15,7 +15,7 @@ enum class DateSource {
     Comment,         // the comment allows one date only
     FileOrder,       // two dates are possible, and one of them is near the time of the list file
     NeighbourOrder,  // two dates are possible, and neighbouring sets show whether the day comes first
-    AssumedOrder,    // two dates are possible and nothing decides, so the day counts as first
+    AssumedOrder,    // two dates are possible and nothing decides, so the first number counts as the day
     FileTime,        // there is no date in the comment
 };
 
@@ -34,14 +34,14 @@ struct SetDate {
     std::int64_t minutes() const;
     // Returns a text such as "2026-11-25 22:31".
     std::string text() const;
-    // Tells the user why the date isn't certain. Empty if it is certain.
+    // Returns a text for the user that says why the date isn't certain. Empty if the date is certain.
     std::string_view doubt() const;
     // Returns the text, with the doubt in parentheses after it.
     std::string textWithDoubt() const;
 };
 
-// The dates of several sets. The comment of a set is read only when its date is asked for, or when its date is needed
-// to decide the date of another set. If a set can't be read, its date is the time of its list file.
+// The dates of several sets. The comment of a set is read only when of() or written() is called for the set, or when
+// the date of another set depends on it. If a set can't be read, its date is the time of its list file.
 class SetDates {
 public:
     explicit SetDates(std::vector<SetFiles> sets);

@@ -62,16 +62,17 @@ std::optional<SetFiles> findSet(const std::string& argument);
 // same object for all sets of a folder.
 std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName);
 
-// Finds a data file whose list file need not exist. If `path` has the extension of a data file, the result also names
-// the list file and the file with the checksums of the same folder. For any other extension these two names are empty.
-// Returns nothing if `path` isn't a regular file.
+// Finds a data file whose list file need not exist. If `path` has the extension of a data file, the result also
+// contains the names of the list file and of the file with the checksums, in the same folder. For any other extension
+// these two names are empty. Returns nothing if `path` isn't a regular file.
 std::optional<SetFiles> findData(const std::string& path);
 
 // Returns the files of a set that is to be made. `stem` is the path of its list file or data file, with or without the
 // extension.
 SetFiles newSet(const std::string& stem);
 
-// Returns a new name for an entry of the root folder. Nobody can guess the name, so a hostile set can't contain it.
+// Returns a new name for an entry of the root folder. Nobody can guess the name, so no path in a hostile set can lead
+// to the entry.
 std::u16string unguessableName();
 
 // The paths of the set's files on the platform.
@@ -87,8 +88,8 @@ struct MountedSet {
 // no root folder yet, first makes the host folder `root` the root. Returns nothing if a folder can't be opened.
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
 
-// Calls mountSet(). When the last SetMount that mounted a folder is destroyed, all mounts are removed. If the set has a
-// `shownFolder`, its SetMount neither adds nor removes mounts.
+// The constructor calls mountSet(). When the last SetMount that mounted a folder is destroyed, all mounts are removed.
+// If the set has a `shownFolder`, its SetMount neither adds nor removes mounts.
 class SetMount {
 public:
     SetMount(const SetFiles& files, const std::string& root);

@@ -1,7 +1,7 @@
 // stream_proof.h - finds out whether a part of a stream can have been replaced although the stream still unpacks.
 //
-// A stream has no checksum. But a card loses only whole sectors. So no sector of a stream can have been replaced if
-// each of its blocks meets one of two conditions:
+// A stream has no checksum. But damage on a card always replaces whole sectors. Such damage can be excluded if each
+// block of the stream meets one of two conditions:
 //
 // - The block is smaller than a sector. A lost sector that replaces a part of the block then also replaces a magic, a
 //   length or the end of a block. So the stream can't be unpacked. This is true wherever the sectors begin. Their
@@ -36,8 +36,8 @@ public:
     // True if no sector of the added blocks can have been replaced. Also true if no block was added.
     [[nodiscard]] bool holds();
 
-    // `raw` is what was unpacked from the damaged block `packed`. Packs `raw` again, and returns how many bytes at the
-    // beginning of both blocks are equal.
+    // Packs `raw`, which was unpacked from the damaged block `packed`, a second time. Compares the new block with
+    // `packed`, and returns how many bytes at the beginning are equal.
     std::size_t agreeing(std::span<const BYTE> packed, std::span<const BYTE> raw);
 
 private:

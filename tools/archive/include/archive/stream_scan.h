@@ -39,9 +39,9 @@ public:
 
     // Announces a stream. At least one block of the stream, or a part of one, can be unpacked.
     virtual void begin(const FoundStream& stream) = 0;
-    // Receives the next raw bytes of the stream. They are zeros for the missing bytes of a damaged block in the middle.
-    // The counts in `stream` already include the bytes. If the bytes aren't sound, the counts also include the damaged
-    // block.
+    // Receives the next raw bytes of the stream. If a damaged block in the middle of the stream yields too few bytes,
+    // zeros are passed for the missing bytes. `stream.rawBytes` already includes the bytes. If the bytes are sound, so
+    // does `stream.soundBytes`. Otherwise `stream.damagedBlocks` already includes the damaged block.
     virtual void bytes(const FoundStream& stream, std::span<const std::byte> raw) = 0;
     virtual void end(const FoundStream& stream) = 0;
 };
@@ -50,7 +50,7 @@ struct ScanTotals {
     std::uint64_t fileBytes = 0;
     std::uint64_t unreadable = 0;   // bytes that the host couldn't read
     std::uint64_t unclaimed = 0;    // bytes that belong to no stream
-    std::uint64_t lostStreams = 0;  // streams whose beginning was found, but that have nothing that can be unpacked
+    std::uint64_t lostStreams = 0;  // streams with a beginning, but without anything that can be unpacked
     bool gaveUp = false;  // parts weren't searched, because too many bytes looked like a block but weren't one
 };
 
