@@ -13,7 +13,7 @@ namespace quillbox_set {
 // The values of these arguments. The options of a single command are in a struct of that command.
 struct CommandLine {
     std::string set;
-    std::string second;  // the argument after SET, or a single argument of another kind
+    std::string second;  // a further argument, such as NEW of `diff` or STORAGE of `prune`
     std::vector<std::string> where;
     bool recursive = false;
     bool json = false;

@@ -17,8 +17,8 @@ struct DatabaseFile {
     bool replace;  // true: replaces an existing file
 };
 
-// Writes the file. Returns an empty text and sets `bytes` to the size of the file. If the function fails, it returns
-// the reason and makes no file.
+// Writes the database to the file `target`. Returns an empty text and sets `bytes` to the size of the file. If the
+// function fails, it returns the reason and makes no file.
 std::string writeDatabaseFile(const archive::OpenFile& data, const ListEntry& entry, const archive::ImageReport& image,
                               const DatabaseFile& target, std::optional<std::uint64_t>& bytes);
 

@@ -171,7 +171,7 @@ private:
         if (fault == StreamFault::StoppedBySink)
             return errorText(target.error());
         std::string reason = fault == StreamFault::None ? damage : streamFaultText(fault);
-        // An empty file of a damaged item would look like a file that was always empty.
+        // An empty file of a damaged item would look like a file that was always empty. So the empty file isn't kept.
         if (!reason.empty() && (!options_.keepDamaged || target.bytes() == 0))
             return reason;
         if (target.moveToTarget(options_.force) != ERROR_SUCCESS)

@@ -13,8 +13,8 @@ namespace quillbox_set {
 
 struct ExtractionOptions {
     std::vector<std::string> names;  // names of items, or patterns. Empty: all items.
-    // The format of databases. With a format, the registry is written as a .reg file. Without a format, databases and
-    // the registry are written as they are in the set.
+    // The format of databases. With a format, the registry is written as a .reg file. Without a format, the unpacked
+    // bytes of databases and of the registry are written without any conversion.
     std::optional<database_formats::Format> format = database_formats::Format::JsonLines;
     bool force = false;        // replaces existing files
     bool keepDamaged = false;  // keeps what could be unpacked of a damaged item

@@ -15,7 +15,7 @@ public:
     // The type depends only on this many bytes at the beginning of a file.
     static constexpr std::size_t HeadBytes = 4096;
 
-    // Loads the library's data. If that fails, every file has an unknown type.
+    // Loads the data of libmagic. If that fails, every file has an unknown type.
     FileTypes();
 
     // Returns the extension for a file that begins with these bytes, such as ".jpg". It is ".txt" for a text and ".bin"

@@ -25,7 +25,7 @@ using screen_text::onScreen;
 
 namespace {
 
-// Returns the longest part of the pattern without wildcards.
+// Returns the longest part of the pattern that contains no wildcard.
 std::u16string longestPlainPart(std::u16string_view pattern)
 {
     std::u16string_view longest;

@@ -14,7 +14,8 @@ struct FindOptions {
     bool json = false;
 };
 
-// Prints a line for each match as soon as it is found. Returns the exit code. If nothing was found, it is exitFaults.
+// Prints a line for each match as soon as it is found. Returns the exit code. If nothing was found, the exit code is
+// exitFaults.
 int findItems(const archive::FoundSets& found, const FindOptions& options);
 
 }  // namespace quillbox_set

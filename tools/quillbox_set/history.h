@@ -17,8 +17,8 @@ struct HistoryOptions {
 };
 
 // Prints when the item appeared, changed and vanished, in the order of the sets' dates. Returns the exit code. If no
-// set has the item, it is exitFaults. Only the last state of the item is in memory, with the records that contain the
-// words.
+// set has the item, the exit code is exitFaults. At most two states of the item are in memory, each with the records
+// that contain the words.
 int showHistory(const archive::FoundSets& found, const HistoryOptions& options);
 
 }  // namespace quillbox_set

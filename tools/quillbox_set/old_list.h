@@ -27,11 +27,12 @@ public:
     // first 1,000 entries at their own offsets and at offsets raised by the difference in length. If more entries match
     // stream boundaries at the raised offsets, it raises the offsets of all entries.
     void add(archive::ListedSet& list);
-    // Sorts the entries and removes repeated ones. Call it after the last list.
+    // Sorts the entries and removes repeated ones. Call sort() after the last add(), before of().
     void sort();
 
     // Returns the entry of the stream from `start` to `end`, or null if there is none. The entry must begin at `start`.
-    // The entry of a whole stream must end at `end`. The entry of a cut stream may also end after `end`.
+    // The entry of a whole stream must end at `end`. The entry of another stream may also end after `end`, because the
+    // stream may be cut.
     OldEntry* of(std::uint64_t start, std::uint64_t end, bool isWhole);
 
     // True if a list has an item of this kind and name. Then no other stream may get this name.

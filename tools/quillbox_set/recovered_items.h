@@ -68,7 +68,8 @@ private:
     std::optional<archive::GrowingFile> file_;  // the raw bytes of the current stream
     std::vector<std::byte> head_;               // the first raw bytes of the current stream
     // The sound bytes of the current stream, packed into a new undamaged stream. So the functions for sound streams can
-    // read the content of a damaged stream up to the damage. Null unless the content may be a database or the registry.
+    // read the content of a damaged stream up to the damage. Has no value unless the content may be a database or the
+    // registry.
     std::optional<SoundStream> sound_;
     archive::Progress progress_{1};
 };

@@ -61,7 +61,7 @@ std::string padded(std::string word)
     return word;
 }
 
-// Returns what is missing of a partial item.
+// Returns what is missing or damaged in a partial item.
 std::string damageOf(const RecoveredItem& item)
 {
     const FoundStream& stream = item.stream;

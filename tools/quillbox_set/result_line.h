@@ -12,7 +12,8 @@
 
 namespace quillbox_set {
 
-// Returns a JSON text with bytes of the host. When the text is printed, bytes that aren't UTF-8 become U+FFFD.
+// Returns the bytes, such as a path of the host, as a JSON string. When the string is printed, bytes that aren't UTF-8
+// become U+FFFD.
 nlohmann::ordered_json jsonText(std::string_view bytes);
 
 // With `json`, prints the version (json_list.h) and the fields of the object in one line. Otherwise prints the text,

@@ -49,7 +49,7 @@ bool exists(const std::string& folder, const std::string& name)
 }
 
 // The folder for the files. The constructor makes missing folders of its path. The destructor deletes those of the new
-// folders that are still empty. It also runs after a signal.
+// folders that are still empty. The destructor also runs after a signal.
 class TargetFolder {
 public:
     explicit TargetFolder(const std::string& folder)
@@ -85,7 +85,8 @@ private:
     std::vector<fs::path> made_;  // the innermost one first
 };
 
-// Checks before the long work that no file of the new set exists. Returns an empty text, or the reason of a failure.
+// Checks before the long work that none of the new set's files exists, and mounts their folder. Returns an empty text,
+// or the reason of a failure.
 std::string prepareSet(const SalvageOptions& options, Work& work)
 {
     if (options.set.empty())

@@ -12,7 +12,7 @@ namespace quillbox_set {
 
 namespace {
 
-constexpr std::size_t LongestPart = std::size_t{1} << 19;  // units of a line
+constexpr std::size_t LongestPart = std::size_t{1} << 19;  // in UTF-16 units; a longer line is passed on in parts
 constexpr std::string_view Mark8 = "\xEF\xBB\xBF";
 constexpr std::string_view Mark16Little = "\xFF\xFE";
 constexpr std::string_view Mark16Big = "\xFE\xFF";

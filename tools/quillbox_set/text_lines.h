@@ -13,9 +13,9 @@ namespace quillbox_set {
 
 // Reads UTF-8, UTF-16 (also without a byte order mark) and Windows-1252. The bytes of the first call of add() decide
 // whether the file is a text. Bytes with a UTF-16 byte order mark are always a text. Other bytes that contain NULs must
-// be UTF-16. Bytes without NULs must not contain control characters that texts don't have.
+// be UTF-16. Bytes without NULs must not contain control characters other than a tab, LF, CR, form feed, SUB and ESC.
 //
-// The object keeps the present line in memory, as UTF-16. When 1 MiB of a line is in memory, the object passes this
+// The object keeps the current line in memory, as UTF-16. When 1 MiB of a line is in memory, the object passes this
 // part to the sink and goes on with the rest of the line.
 class TextLines {
 public:

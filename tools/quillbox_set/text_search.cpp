@@ -16,7 +16,7 @@ using screen_text::onScreen;
 
 namespace {
 
-constexpr std::size_t ShownUnits = 120;  // of a line
+constexpr std::size_t ShownUnits = 120;  // the most units of a line that are printed
 
 constexpr DWORD TypeText = 1;
 constexpr DWORD TypeExpandedText = 2;

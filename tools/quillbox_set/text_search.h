@@ -20,7 +20,7 @@ public:
     // Searches one item. `words` must exist as long as this object.
     TextSearch(Words& words, Found found);
 
-    // Call it after the content.
+    // Call finish() after the whole content of the item was read.
     void finish();
 
     bool bytes(std::span<const std::byte> piece) override { return lines_.add(piece); }
