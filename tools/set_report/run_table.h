@@ -28,11 +28,12 @@ public:
     // Once all rows together have more than this many bytes, everything that is added later is ignored.
     explicit RunTable(std::size_t mostBytes) : mostBytes_(mostBytes) {}
 
-    // Begins the next set. Sets are numbered in the order of their dates, and the newest set must come first.
+    // Begins the next set. The oldest set has the lowest number. Begin the newest set first, then the others in
+    // descending order of their numbers.
     void beginSet(unsigned set) { set_ = set; }
 
-    // Adds a thing of the current set in this state. If a key is added twice in one set, these are two different
-    // things.
+    // Adds a thing of the current set in this state. If a key is added twice in one set, the two calls add two
+    // different things.
     //
     // head() returns the part of the row that is the same in all sets, as elements of a JSON array, such as
     // "1,\"\\a\"". `state` consists of further elements of that array, or is empty. States are equal if their texts are
@@ -44,11 +45,12 @@ public:
             addRun(rowOf(key, head), state);
     }
 
-    // Returns the number of the oldest set from which everything was added.
+    // Returns a number. The rows are complete for all sets with this number or a higher one.
     unsigned completeFrom() const { return completeFrom_; }
 
-    // Writes an array of the rows: [head, first set, last set, state, first set, last set, state, ...]. A run is a
-    // number of successive sets in which the thing has the same state. The newest run comes first.
+    // Writes an array of the rows: [head, first set, last set, state, first set, last set, state, ...]. Each group of
+    // first set, last set and state describes successive sets in which the thing has this state. The group with the
+    // newest sets comes first.
     void write(std::ostream& out) const;
 
 private:

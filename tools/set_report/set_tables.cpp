@@ -24,8 +24,8 @@ using screen_text::onScreen;
 
 namespace {
 
-constexpr std::size_t MostWarnings = 100;         // on the page for one set
-constexpr std::size_t MostBytesOfValue = 20'000;  // of a property
+constexpr std::size_t MostWarnings = 100;         // that the page shows for one set
+constexpr std::size_t MostBytesOfValue = 20'000;  // of a property; a longer text is cut
 
 std::string shownName(std::u16string_view name)
 {
