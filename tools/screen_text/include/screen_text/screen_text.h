@@ -7,12 +7,12 @@
 
 namespace screen_text {
 
-// Returns the text as UTF-8. A control character, or a character that changes the direction of writing, becomes its
-// number in angle brackets, such as <U+001B>. No file on a device has a name with < or >, so the result is unambiguous
-// for names of files.
+// Returns the text as UTF-8. Some characters become their number in angle brackets, such as <U+001B>. These are the
+// control characters, the line and paragraph separators, and the characters that change the direction of writing. No
+// file on a device has a name with < or >, so the result is unambiguous for names of files.
 std::string onScreen(std::u16string_view text);
 
-// The same for bytes of the host. They should be UTF-8. Invalid bytes become U+FFFD.
+// Does the same for bytes of the host, which should be UTF-8. Invalid bytes become U+FFFD.
 std::string onScreen(std::string_view text);
 
 // Calls onScreen for each line of a text. In the result each line begins with `indent` and ends with a line feed.
