@@ -71,7 +71,7 @@ struct Value {
     Rank rank;
 };
 
-// The values of a row, grouped by field of the contact.
+// The values of a row. They are grouped by the field of the contact to which they belong.
 class ContactValues {
 public:
     ContactValues(const std::vector<AddressColumn>& columns, const std::vector<std::string>& texts, LeftOut& leftOut)
@@ -86,7 +86,7 @@ public:
         }
     }
 
-    // Returns the value of the field with the highest rank. Counts the field's other values as left out.
+    // Of the values of `field`, returns the one with the highest rank. Counts the other values as left out.
     std::optional<Value> take(Field field)
     {
         std::vector<Value>& values = values_[field];
@@ -168,7 +168,8 @@ void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
                     (telephone->label.empty() ? "" : ", ") + "imported as home)");
 }
 
-// Skips groups that programs make for all contacts, such as "* myContacts". They say nothing about the single contact.
+// Adds the categories to the contact. Skips groups to which a program adds every contact, such as "* myContacts". They
+// say nothing about a single contact.
 void takeCategories(ContactValues& values, Record& contact)
 {
     std::string categories;

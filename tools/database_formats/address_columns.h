@@ -30,14 +30,14 @@ enum class Field {
 };
 
 // The rank of a telephone number or a town, from worst to best. A contact of a device has only one telephone number and
-// one town, which are those at home. A Machine is a fax or a pager.
+// one town, and both belong to the contact's home. A Machine is a fax or a pager.
 enum class Rank { Machine, HomeMachine, Other, Home };
 
 struct AddressColumn {
     std::string heading;  // in UTF-8
     Field field = Field::LeftOut;
     Rank rank = Rank::Other;
-    std::optional<std::size_t> label;  // the column with the kind of the value, such as "Work"
+    std::optional<std::size_t> label;  // index of the column with the kind of the value, such as "Work"
 };
 
 // Returns the columns of an address book. Returns nothing if the headings aren't those of an address book, or are those

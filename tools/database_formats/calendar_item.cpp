@@ -77,7 +77,7 @@ struct CalendarTime {
     bool dateOnly = false;  // a whole day
 };
 
-// Reads the fields of an item in a calendar with these zones.
+// Reads the fields of an appointment or a task. `zones` are the zones of its calendar.
 class ItemFields : public ComponentFields {
 public:
     ItemFields(const Component& item, const CalendarZones& zones, LeftOut& leftOut)
@@ -169,7 +169,8 @@ std::optional<USHORT> minutesBefore(const ContentLine& trigger, const CalendarTi
     return fits ? std::optional(static_cast<USHORT>(before / 60)) : std::nullopt;
 }
 
-// Returns the minutes of the alarm's first usable trigger. A trigger is usable if an appointment can hold its time.
+// Finds the alarm's first trigger that an appointment can hold. Returns how many minutes before the start this trigger
+// is. Returns nothing if there is no such trigger.
 std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* start, ItemFields& fields)
 {
     for (const ContentLine& line : alarm.lines) {
@@ -181,8 +182,8 @@ std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* star
     return std::nullopt;
 }
 
-// Counts lines of an alarm that an appointment can't hold as left out. Examples are a sound, and a text that differs
-// from the subject.
+// Counts as left out the lines of the alarm that an appointment can't hold. Examples are a sound, and a text that
+// differs from the subject.
 void leaveAlarm(const Component& alarm, const Component& event, ItemFields& fields)
 {
     const auto isUsual = [&](const ContentLine& line) {
@@ -198,8 +199,8 @@ void leaveAlarm(const Component& alarm, const Component& event, ItemFields& fiel
             fields.leaveOut("VALARM " + line.name);
 }
 
-// Returns the minutes of the first alarm that an appointment can hold, or 0 if there is none. Counts all other parts of
-// the event as left out.
+// Finds the first alarm that an appointment can hold. Returns how many minutes before the start it rings, or 0 if there
+// is no such alarm. Counts all other parts of the event as left out.
 USHORT takeReminder(const Component& event, ItemFields& fields, const CalendarTime* start)
 {
     std::optional<USHORT> reminder;

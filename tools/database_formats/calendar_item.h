@@ -12,9 +12,9 @@
 
 namespace database_formats {
 
-// The conversions in both directions use only lines of the standard. writtenText() counts the properties that these
-// lines can't represent. Times are written without a zone, because the device's clock has none. A time with a zone is
-// converted to the host's local time.
+// The conversions in both directions use only lines that the standard for iCalendar defines. writtenText() counts the
+// properties that these lines can't represent. eventOf() and todoOf() write times without a zone, because the device's
+// clock has none. appointmentFrom() and taskFrom() convert a time with a zone to the host's local time.
 Component eventOf(std::span<const CEPROPVAL> appointment);
 Component todoOf(std::span<const CEPROPVAL> task);
 

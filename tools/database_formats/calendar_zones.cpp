@@ -19,8 +19,8 @@
 
 namespace database_formats {
 
-// A time zone. A change of its offset is smaller than a day. So a change near a moment of local time can't affect the
-// offset that applies one day earlier.
+// A time zone. Its offset from UTC is less than a day. So if a local time is taken for a time in UTC, the real moment
+// lies between one day earlier and one day later. localTimeOf() compares the offsets at these two times.
 class Zone {
 public:
     Zone() = default;
@@ -34,12 +34,13 @@ public:
 
 namespace {
 
-// Limits on the time that a hostile calendar takes. libical computes the changes of all years since a rule began.
+// These limits bound the time that a hostile calendar can take. For each rule, libical computes the changes of all
+// years since the rule began.
 constexpr std::size_t MostRules = 500;
 constexpr std::size_t MostZones = 1000;
-constexpr std::size_t LongestName = 255;  // of a zone of the host or of Windows, with its prefix
+constexpr std::size_t LongestName = 255;  // the most bytes of the name of a host or Windows zone, with its prefix
 constexpr std::int64_t SecondsOfDay = 86400;
-constexpr int LastYear = 2037;  // of the host's tables
+constexpr int LastYear = 2037;  // the last year of the host's tables
 
 class HostZone final : public Zone {
 public:
@@ -78,7 +79,8 @@ private:
 };
 
 // The host's zone tables end in 2037. For a later year, returns an earlier year whose dates have the same days of the
-// week. Returns any other year unchanged. Libraries can compute later years, but their time grows with the year.
+// week. Returns any other year unchanged. The libraries could compute later years, but this takes longer the later the
+// year is.
 int yearWithRules(int year)
 {
     using namespace std::chrono;
@@ -219,8 +221,8 @@ bool isStart(std::string_view text)
     }
 }
 
-// Returns whether libical can read the observance. Libical would read a damaged offset as a different offset, and would
-// ignore an observance with a damaged start.
+// Returns whether libical can read the observance, which is a part of a VTIMEZONE. Libical would read a damaged offset
+// as a different offset, and would ignore an observance with a damaged start.
 bool isUsable(const Component& observance)
 {
     bool hasStart = false;

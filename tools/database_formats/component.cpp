@@ -129,7 +129,7 @@ std::optional<ContentLine> ComponentReader::nextLine()
 }
 
 // Joins the next line with the lines that continue it. A line that begins with a blank continues the previous line. In
-// quoted-printable, a line after a soft line break also does.
+// quoted-printable, the line after a soft line break also continues the previous line.
 bool ComponentReader::readLogical()
 {
     if (!readPhysical())

@@ -15,7 +15,7 @@ struct Component {
     std::string name;  // in capitals
     std::vector<ContentLine> lines;
     std::vector<Component> parts;
-    std::size_t number = 0;  // number of the line in the file where the component begins
+    std::size_t number = 0;  // line number in the file where the component begins
 
     void add(std::string lineName, std::string value, std::vector<Parameter> parameters = {});
 };
@@ -33,12 +33,13 @@ public:
 
     // Returns the next component, or nothing at the end of the file. Folded lines are joined. Quoted-printable, BASE64
     // and character sets are decoded. If a line can't be decoded, the reader stores the reason in the `fault` of the
-    // line and goes on. So a damaged line matters only to callers that need it. A line that can't be parsed also gets a
-    // `fault`. Its name is then the text before the first colon or semicolon. Lines end with LF, CR, CR LF or CR CR LF.
-    // Throws a FormatFault for a damaged file, and for a component that is nested too deep or too large.
+    // line and goes on. So a damaged line is an error only for a caller that needs this line. A line that can't be
+    // parsed also gets a `fault`. Its name is then the text before the first colon or semicolon. Lines end with LF, CR,
+    // CR LF or CR CR LF. Throws a FormatFault for a damaged file, and for a component that is nested too deep or too
+    // large.
     std::optional<Component> next();
 
-    // Returns the lines of the container itself that next() has read since the last call.
+    // Returns the lines of the container itself that next() has read since takeContainerLines() was last called.
     std::vector<ContentLine> takeContainerLines() { return std::exchange(containerLines_, {}); }
 
 private:
@@ -51,7 +52,7 @@ private:
     LineReader& lines_;
     std::string container_;
     std::vector<ContentLine> containerLines_;
-    std::string read_;          // the last line up to its LF, which can consist of several lines that end with CR
+    std::string read_;          // the last line from lines_. It can contain several lines that end with CR.
     std::size_t readUsed_ = 0;  // number of bytes of read_ that were taken so far
     std::size_t number_ = 0;    // line number of physical_
     std::string physical_;      // the next line. Read ahead, because it can continue the previous one.
@@ -59,7 +60,7 @@ private:
     std::string logical_;
     std::size_t logicalNumber_ = 0;
     std::size_t bytes_ = 0;  // number of bytes of the component so far
-    std::size_t count_ = 0;  // number of its lines and parameters so far
+    std::size_t count_ = 0;  // number of lines and parameters of the component so far
     bool inContainer_ = false;
 };
 

@@ -21,8 +21,9 @@ public:
 
     // Returns the best line of that name. A line of the type `type` is better than others, and lines of the types in
     // `last` are the worst. Of equally good lines, the first one is returned. The other lines of that name are counted
-    // as left out. Lines without content are neither returned nor counted. Returns null if no line of that name has a
-    // value that is text. Throws a FormatFault if the value of the best line can't be read.
+    // as left out. Lines without content are neither returned nor counted. A line with `leftOut` (content_line.h) is
+    // counted, but never returned. Returns null if no line of that name remains. Throws a FormatFault if the value of
+    // the best line can't be read.
     const ContentLine* take(std::string_view name, std::string_view type = {},
                             std::span<const std::string_view> last = {});
 
@@ -47,10 +48,11 @@ private:
     std::vector<std::string> taken_;
 };
 
-// Returns the text of the property with this id. Empty if there is none.
+// Returns the text of the property with this id, or an empty text if there is no such property.
 std::string textIn(std::span<const CEPROPVAL> properties, CEPROPID id);
 
-// Add lines that both vCard and iCalendar have. For an empty value, no line is added.
+// Add lines that both vCard and iCalendar have. For an empty value, no line is added. Notes that aren't UTF-8 or
+// contain a NUL aren't added either.
 void addTextLine(Component& component, std::string_view name, const std::string& text);
 void addCategories(Component& component, const std::string& categories);
 void addNotes(Component& component, std::string_view name, std::span<const CEPROPVAL> properties);

@@ -15,7 +15,7 @@ namespace {
 
 using namespace personal;
 
-// The parts of N and ADR that a contact can hold.
+// The indexes of the parts of N and ADR that a contact can hold, and the most parts into which such a value is split.
 constexpr std::size_t LastNamePart = 0;
 constexpr std::size_t FirstNamePart = 1;
 constexpr std::size_t TownPart = 3;
@@ -86,9 +86,9 @@ std::string withoutScheme(std::string text)
     return text;
 }
 
-// If a vCard has no N, the whole name is in FN and becomes the last name. addName() writes an FN even for a contact
-// without a name, with the company, the telephone number or the mail address. So an FN that only repeats one of these
-// values isn't imported.
+// If a vCard has no N, the whole name is in FN and becomes the last name. For a contact without a name, addName()
+// writes the company, the telephone number or the mail address as FN. So an FN that only repeats one of these values
+// isn't imported.
 void takeName(ComponentFields& fields, Record& contact, const Component& card)
 {
     StructuredValue name(fields.take("N"));

@@ -11,8 +11,8 @@
 
 namespace database_formats {
 
-// The conversions in both directions use only lines of the standard. writtenText() counts the properties that these
-// lines can't represent.
+// The conversions in both directions use only lines that the standard for vCard defines. writtenText() counts the
+// properties that these lines can't represent.
 Component cardOf(std::span<const CEPROPVAL> contact);
 Record contactFrom(const Component& card, LeftOut& leftOut);
 

@@ -129,7 +129,7 @@ std::string unescaped(std::string_view value)
         else if (next == '\\' || next == ',' || next == ';' || next == ':' || next == '"')
             text += next;
         else {
-            if (value[at] == '\n' && !text.ends_with('\r'))  // decoded from quoted-printable
+            if (value[at] == '\n' && !text.ends_with('\r'))  // a LF alone comes from decoded quoted-printable
                 text += '\r';
             text += value[at];
             continue;

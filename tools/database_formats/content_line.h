@@ -11,22 +11,22 @@
 namespace database_formats {
 
 struct Parameter {
-    std::string name;  // in capitals. "TYPE" if the file has only a value.
+    std::string name;  // in capitals. "TYPE" if the parameter in the file is only a value.
     std::string value;
 };
 
 struct ContentLine {
-    std::string name;  // in capitals, without the group before it
+    std::string name;  // in capitals, without a group such as "item1." before it
     std::vector<Parameter> parameters;
     std::string value;       // as in the file: commas, semicolons and line ends are escaped
-    std::size_t number = 0;  // number of the line in the file where it begins
+    std::size_t number = 0;  // line number in the file where this line begins
     std::string fault = {};  // why the value can't be read as text. Ignored unless the line is used.
     bool guessed = false;    // the character set of the value is a guess
-    bool leftOut = false;    // the user can't convert the file so that the value becomes text
+    bool leftOut = false;    // `fault` is set, and a conversion of the whole file can't remove the fault
 
     // Returns the value of the first parameter of that name. Empty if there is none.
     std::string_view parameter(std::string_view parameterName) const;
-    // `type` is in capitals.
+    // Returns whether a parameter TYPE contains `type`, which must be in capitals.
     bool hasType(std::string_view type) const;
 };
 
@@ -36,8 +36,9 @@ ContentLine contentLineFrom(std::string_view text, std::size_t number);
 // Appends the line with CR LF. It is folded after 75 bytes, but never within a character.
 void append(std::string& text, const ContentLine& line);
 
-// Convert a text to its spelling in a value, and back. A line end is CR LF in the text, and a backslash and an n in the
-// value. escaped() drops control characters except tabs.
+// escaped() converts a text to a value as it is written in a file, and unescaped() converts a value back. A line end is
+// CR LF in the text, and a backslash and an n in the value. escaped() replaces a CR without LF by a space, and drops
+// all other control characters except tabs.
 std::string escaped(std::string_view text);
 std::string unescaped(std::string_view value);
 
@@ -45,8 +46,8 @@ std::string unescaped(std::string_view value);
 // parts are still escaped.
 std::vector<std::string_view> partsOf(std::string_view value, char separator, std::size_t most);
 
-// Calls `work` and returns its result. If it throws a FormatFault without a line number, the fault gets the number of
-// `line`.
+// Calls `work` and returns its result. If `work` throws a FormatFault without a line number, the fault gets the number
+// of `line`.
 template <class Work>
 auto atLine(const ContentLine& line, Work work)
 {

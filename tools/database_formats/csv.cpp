@@ -45,7 +45,7 @@ constexpr std::size_t MostCells = 100'000'000;
 constexpr std::size_t MostColumns = 2 * 0xFFFF;  // the properties of a record, each with its flags
 constexpr std::string_view FlagsSuffix = " flags";
 
-// Contains either values or flags of a property. A column that contains neither is left out.
+// A column contains either the values or the flags of a property. A column that contains neither isn't imported.
 struct Column {
     std::string name;
     std::optional<CEPROPID> property;

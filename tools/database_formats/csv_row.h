@@ -22,7 +22,7 @@ public:
     // `mostCells` cells. The fault has the number of the line where the row begins.
     [[nodiscard]] bool next(std::vector<CsvCell>& row, std::size_t mostCells);
 
-    // The line where the last row began.
+    // The number of the line where the last row began.
     std::size_t line() const { return line_; }
 
 private:
@@ -35,7 +35,7 @@ private:
     LineReader& lines_;
     std::string text_;             // the current line
     bool carriageReturn_ = false;  // the line ended with CR LF
-    std::size_t rowBytes_ = 0;     // of the row so far
+    std::size_t rowBytes_ = 0;     // number of bytes of the row so far
     std::size_t line_ = 0;
     char separator_ = 0;  // 0: not yet determined
 };

@@ -18,7 +18,8 @@ public:
     void add(std::string_view text);
     // Returns nothing if no birthday shows the order, or if birthdays contradict each other.
     std::optional<DayOrder> found() const;
-    // Returns whether there was a birthday whose meaning depends on the order.
+    // Returns whether there was a birthday that can be read only with the order. A birthday with points and one that
+    // begins with the year don't need it.
     bool isNeeded() const { return open_ + dayFirst_ + monthFirst_ != 0; }
 
 private:

@@ -16,13 +16,15 @@ std::string hexadecimal(std::uint64_t number, unsigned digits);
 // Returns nothing unless the text consists of one to sixteen hexadecimal digits.
 std::optional<std::uint64_t> fromHexadecimal(std::string_view digits);
 
-// Convert bytes to two hexadecimal digits each, and back. bytesOf throws a FormatFault for any other text.
+// digitsOf() writes two hexadecimal digits for each byte, and bytesOf() converts them back. bytesOf() throws a
+// FormatFault for any other text.
 std::string digitsOf(const CEBLOB& blob);
 std::string bytesOf(std::string_view digits);
 
-// Convert the sixteen bytes of a value to hexadecimal digits, and back. The bytes are two numbers of eight bytes. In
-// the text, the upper number comes first. If the upper number is 0, the text has only the sixteen digits of the lower
-// number. Otherwise it has thirty-two digits. fromBits throws a FormatFault for any other text.
+// bitsOf() converts the sixteen bytes of a value to hexadecimal digits, and fromBits() converts them back. The bytes
+// are two numbers of eight bytes. In the text, the upper number comes first. If the upper number is 0, the text has
+// only the sixteen digits of the lower number. Otherwise it has thirty-two digits. fromBits throws a FormatFault for
+// any other text.
 std::string bitsOf(const CEVALUNION& value);
 CEVALUNION fromBits(std::string_view digits);
 

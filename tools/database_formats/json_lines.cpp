@@ -18,7 +18,7 @@ using Json = nlohmann::ordered_json;
 
 // Limits on the memory that a parsed line takes. No record is nested deeper, and no record of a device has more values.
 constexpr std::size_t DeepestNesting = 4;
-constexpr std::size_t MostKeys = 16;  // of an object. Its lookup of a key is linear.
+constexpr std::size_t MostKeys = 16;  // the most keys of an object. The time to find a key grows with their number.
 constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;
 
 // Throws a FormatFault for a line that exceeds a limit. The function counts brackets, commas and colons before the line

@@ -71,8 +71,8 @@ void LineReader::determineEncoding()
         rest_.remove_prefix(2);
 }
 
-// A character of two units can be split between two pieces. Then its first unit stays in `text_` until the next piece
-// is converted.
+// Converts the piece of the file in `rest_` to UTF-8. If the piece ends within a character of two units, the first unit
+// stays in `text_` until the next piece is converted.
 void LineReader::convert(bool ended)
 {
     if (rest_.size() % 2 != 0)

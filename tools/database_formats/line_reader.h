@@ -1,5 +1,5 @@
-// line_reader.h - reads a file line by line. Limits on lines and records bound the memory that a damaged or hostile
-// file can take.
+// line_reader.h - reads a file line by line. The sizes of lines and records are limited, so that a damaged or hostile
+// file can't take much memory.
 #pragma once
 
 #include <bit>
@@ -12,7 +12,7 @@
 
 namespace database_formats {
 
-// The largest number of bytes of a file that a reader takes for one record. No device has that much memory.
+// The largest number of bytes that one record may have in a file. No device has that much memory.
 inline constexpr std::size_t LongestRecord = std::size_t{64} * 1024 * 1024;
 
 // A file in UTF-8 may begin with this mark, which isn't part of its text.
@@ -27,7 +27,7 @@ public:
     // UTF-16 with a byte order mark is converted to UTF-8.
     [[nodiscard]] bool next(std::string& line, std::size_t longest);
 
-    // Goes back to the first position of the stream. The stream must be seekable.
+    // Goes back to the position that the stream had when the LineReader was made. The stream must be seekable.
     void restart();
 
     // The number of the last line that was read, from 1.

@@ -14,9 +14,9 @@ namespace database_formats {
 struct Moment {
     int year = 0, month = 0, day = 0;
     int hour = 0, minute = 0, second = 0;
-    DWORD steps = 0;  // of 100 ns since the second
+    DWORD steps = 0;  // number of 100 ns steps since the beginning of the second
     bool hasTime = false;
-    std::optional<int> minutesEast;  // offset from UTC, 0 for "Z". Nothing: the text has no offset.
+    std::optional<int> minutesEast;  // offset from UTC, 0 for "Z". Not set if the text has no offset.
 };
 
 // Parses a date ("2025-03-11" or "20250311"), optionally with a time ("T08:30", "T083000", "T08:30:00.5") and an offset

@@ -25,7 +25,8 @@ Component readBackFrom(const std::string& text)
     return std::move(*component);
 }
 
-// Returns whether the property is a number 0. The formats have no line for a number 0, and none for a missing number.
+// Returns whether the property is a number 0. The formats have no line for a number that is 0 or missing. So a number 0
+// that is missing after the text was read again isn't lost.
 bool isNothing(const CEPROPVAL& property)
 {
     return LOWORD(property.propid) != CEVT_LPWSTR && property.wFlags == 0 && valueText(property, Controls::Kept) == "0";

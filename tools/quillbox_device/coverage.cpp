@@ -87,7 +87,8 @@ public:
         opened_ = {};
     }
 
-    // The files of the device that the set contains, if the set is sound.
+    // Returns the indexes of the device's files that the set contains and that no set before it contained. They are
+    // valid only if the set is sound.
     const std::vector<std::size_t>& equal() const { return equal_; }
 
 private:
@@ -173,8 +174,8 @@ public:
 private:
     bool isComplete() const { return content_.isCovered() && std::ranges::find(isCovered_, false) == isCovered_.end(); }
 
-    // Returns whether the set is stored on the device. Erasing the device would erase such a set too, so it doesn't
-    // count.
+    // Returns whether the set is stored on the device. Erasing the device would erase such a set too, so the command
+    // ignores the set.
     bool isOnDevice(const SetFiles& set) const
     {
         std::error_code error;
@@ -220,7 +221,7 @@ private:
     DeviceFiles files_;
     DeviceCopy copy_;
     DeviceContent content_;
-    std::vector<bool> isCovered_;  // for each file
+    std::vector<bool> isCovered_;  // for each of files_.all(): whether a set contains the file
     Report report_;
     std::vector<std::pair<Json, std::string>> summary_;  // one for each set that contains something of the device
 };

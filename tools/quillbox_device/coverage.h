@@ -8,8 +8,9 @@
 namespace quillbox_device {
 
 // Compares every file, record and registry value of the device with the content of the sound sets, the newest set
-// first. Prints what no set holds, and how much each set holds that no newer set holds, as lines or as one JSON object.
-// Changes nothing on the device. Returns exitGood if everything is covered, otherwise exitFailed. Throws a Failure.
+// first. Prints what none of these sets contains. Also prints how much of the device each set contains that no newer
+// set contains. The output consists of lines or of one JSON object. The command changes nothing on the device. Returns
+// exitGood if everything is covered, otherwise exitFailed. Throws a Failure.
 int showCoverage(const std::filesystem::path& device, const std::vector<std::string>& where, bool recursive, bool json);
 
 }  // namespace quillbox_device

@@ -1,5 +1,5 @@
 // database_commands.h - the commands that list, export and import a device's databases. A command that fails throws a
-// Failure. It has then changed nothing on the device, unless the message says otherwise.
+// Failure, and leaves the device unchanged unless the message says otherwise.
 #pragma once
 
 #include "database_import.h"
@@ -14,14 +14,17 @@ namespace quillbox_device {
 
 void listDatabases(const std::filesystem::path& device, bool json);
 
-// Exports the database `name`, or without a name all databases that the format can hold. Without a format, the
-// extension of the file selects it. `file` has the same meaning as for an Output (archive/host_output.h).
+// Exports the database `name`. If `name` is missing, exports all databases that the format can hold. If `format` is
+// missing, the extension of the file selects the format. `file` is the path of the new file, or "-" for standard
+// output. If `force` is false and a regular file or a block device has this name, the function throws and writes
+// nothing.
 void exportDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
                      std::optional<database_formats::Format> format, const std::string& file, bool force);
 
-// Imports the databases of a file, all of them or none. `name` and `existing` have the same meaning as for a
-// DatabaseImport, and `file` the same as for an Input (host_input.h). Without a format, the extension of the file
-// selects it. Prints what was done to each database. Prints on standard error which fields of the file no database can
+// Imports the databases of a file, all of them or none. If `name` is given, the file must contain one database, and
+// this database is imported under `name`. `existing` says what happens if the device already has a database of the same
+// name. `file` is a path, or "-" for standard input. If `format` is missing, the extension of the file selects the
+// format. Prints what was done to each database. Prints on standard error which fields of the file no database can
 // hold. `columnFile` is the path of a file with the lines of a ColumnMap, or empty.
 void importDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
                      std::optional<database_formats::Format> format, const std::string& file, Existing existing,

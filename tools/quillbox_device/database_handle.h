@@ -1,4 +1,4 @@
-// database_handle.h - classes for reading all records of a database of the open device: its handle, and the memory.
+// database_handle.h - classes for reading the records of a database: its handle, and the memory for a record.
 #pragma once
 
 #include "failure.h"
@@ -24,7 +24,7 @@ public:
     ~DatabaseHandle() { (void)close(); }
 
     HANDLE handle() const { return handle_; }
-    // Returns false if the store has lost something that was written.
+    // Closes the database. Returns false if something that was written to it couldn't be stored.
     [[nodiscard]] bool close() { return CloseHandle(std::exchange(handle_, INVALID_HANDLE_VALUE)) != 0; }
 
 private:

@@ -54,8 +54,9 @@ CEOID made(DatabaseHead head)
     return oid;
 }
 
-// Returns the usual name `head.name` if a database of this type has it. Otherwise returns the name of the only database
-// of this type. If the device has none, returns the usual name.
+// Selects a database of the type `head.type` on the device. If one of them has the usual name `head.name`, or if there
+// is none, returns the usual name. Otherwise returns the name of the only database of this type. Throws a FormatFault
+// if there are several and none has the usual name.
 std::u16string onlyOneOfType(const DatabaseHead& head)
 {
     std::u16string name;
@@ -198,8 +199,8 @@ void DatabaseImport::refuseIfUnusable(const std::u16string& wantedName, const St
                           ", but the records in the file are of type " + std::to_string(typeInFile));
 }
 
-// Returns the head of the database to import into. For example, the device's database of contacts can have another name
-// than the usual one.
+// Returns the head with the name of the database to import into. This name can differ from the one in `head`. For
+// example, the device's database of contacts may not have the usual name.
 DatabaseHead DatabaseImport::destination(DatabaseHead head) const
 {
     if (name_) {

@@ -1,4 +1,4 @@
-// database_import.h - imports databases, which a reader has found in a file, into the open device.
+// database_import.h - imports the databases of a file into the open device.
 #pragma once
 
 #include "database_handle.h"
@@ -18,36 +18,37 @@
 
 namespace quillbox_device {
 
-// What an import does to a database that exists already on the device.
+// What an import does if the device already has a database of the same name.
 enum class Existing { Refused, Replaced, AddedTo };
 
 class DatabaseImport : public database_formats::DatabaseTarget {
 public:
-    // With `name`, the file must contain one database, which is imported under this name. `formatHasHeads` says whether
-    // the format contains names, types and sort orders of databases. Without them, a replaced database keeps its own
-    // type and sort orders. If there is also no `name`, the records go to the device's database of their type.
+    // If `name` is given, the file must contain one database, and this database is imported under `name`.
+    // `formatHasHeads` says whether the format contains the names, types and sort orders of databases. If it is false,
+    // a database that is replaced keeps its type and sort orders. If in addition no `name` is given, the records go to
+    // the device's database of their type.
     DatabaseImport(const std::optional<std::string>& name, Existing existing, bool formatHasHeads);
 
-    // begin() and add() throw a FormatFault or a Failure. Some earlier changes then remain in the device's database, so
-    // the caller must discard the database.
+    // begin() and add() throw a FormatFault or a Failure. The open database file may then contain a part of the import,
+    // and the caller must discard it. So the caller imports into a copy of device.db (changeAsAWhole()).
     std::size_t begin(const database_formats::DatabaseHead& head) override;
     void add(std::size_t database, std::span<const CEPROPVAL> properties) override;
 
-    // Throws a FormatFault if the store has lost something that was written.
+    // Ends the import. Throws a FormatFault if something couldn't be stored.
     void finish();
 
     // Returns one line about the result for each database: "Contacts Database: 12 records replaced by 3".
     std::string summary() const;
 
-    // Returns the names of imported databases that can't be names of files. A backup may leave such a database out,
-    // because it makes a temporary file with the name of each database.
+    // Returns the names of imported databases that can't be names of files. A backup makes a temporary file with the
+    // name of each database. So it may leave out a database with such a name.
     std::vector<std::u16string> namesOfNoFile() const;
 
 private:
     void gatherChanges();
     void storeChanges();
     database_formats::DatabaseHead destination(database_formats::DatabaseHead head) const;
-    // `old` is the database of this name on the device.
+    // Throws if the import can't use `old`, which is the device's database of the name `wantedName`.
     void refuseIfUnusable(const std::u16string& wantedName, const StoredDatabase& old, DWORD typeInFile) const;
 
     struct Imported {
@@ -65,9 +66,9 @@ private:
     bool formatHasHeads_;
     std::optional<std::chrono::steady_clock::time_point> gathering_;  // when the current transaction began
     std::vector<std::unique_ptr<DatabaseHandle>> databases_;
-    std::vector<KnownRecords> known_;  // of each of databases_
-    std::vector<Imported> imported_;   // for each of databases_
-    std::unordered_set<CEOID> made_;   // databases that this import made; the file may contain each database only once
+    std::vector<KnownRecords> known_;  // one for each of databases_
+    std::vector<Imported> imported_;   // one for each of databases_
+    std::unordered_set<CEOID> made_;   // databases that this import made. The file must not contain one of them again.
 };
 
 }  // namespace quillbox_device

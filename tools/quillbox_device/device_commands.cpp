@@ -49,7 +49,7 @@ void add(Report& report, const ExtraFolder& folder)
 struct Content {
     std::uintmax_t files = 0;
     std::uintmax_t bytes = 0;
-    std::uintmax_t closedFolders = 0;  // that can't be read
+    std::uintmax_t closedFolders = 0;  // number of folders that can't be read
 };
 
 Content contentOf(const fs::path& folder)
@@ -138,8 +138,8 @@ void addCard(const fs::path& device, const std::string& name, const fs::path& fo
     const ExtraFolder added{name, fs::absolute(folder).lexically_normal(), !plainFolder, capacity};
     if (!fs::is_directory(folder))
         throw Failure("\"" + folder.string() + "\" is not a folder.");
-    // Opens the device with the added folder, which makes all checks of a normal start. Only then is the folder stored
-    // on the device.
+    // Opens the device together with the new folder. This makes all checks of a normal start. The device stores the
+    // folder in its list only if the checks succeed.
     openExisting(device).reset();
     const auto tried = platform::device::openDevice(device, {added}, false);
     if (!tried.device)

@@ -23,7 +23,7 @@ using screen_text::onScreen;
 
 namespace {
 
-constexpr std::size_t MostPrinted = 20;  // records of a database
+constexpr std::size_t MostPrinted = 20;  // the most records that are listed for one database
 
 void forEachRecord(CEOID database, const std::function<void(std::span<const CEPROPVAL>)>& use)
 {
@@ -161,7 +161,7 @@ DeviceContent::Database* DeviceContent::named(std::u16string_view name)
     return found == databases_.end() ? nullptr : &*found;
 }
 
-// Returns the titles of the first records that no set holds.
+// Returns the titles of the first records that no set contains, at most MostPrinted titles.
 std::vector<std::string> DeviceContent::uncoveredTitles(const Database& database) const
 {
     // If the device has several equal records and the sets hold some of them, only the rest is reported.

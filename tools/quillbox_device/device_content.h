@@ -16,21 +16,23 @@
 
 namespace quillbox_device {
 
-// How much of the device's content a set holds, without what the sets before it hold. `places` are keys and values of
-// the registry.
+// How much of the device a set contains. Content is counted only for the first compared set that contains it. `places`
+// is the number of keys and values of the registry.
 struct HeldContent {
     std::size_t records = 0;
     std::size_t places = 0;
 };
 
-// Stores in memory a digest for each record, and the registry with long values shortened.
+// Compares the records and the registry of the open device with sets. To save memory, this class keeps only a digest of
+// each record, and shortens long registry values.
 class DeviceContent {
 public:
     // Throws a Failure.
     void readDevice();
 
-    // Call the functions from beginSet() to takeSet() with the content of one set, in the order of its items. Only
-    // takeSet() makes this content count as contained in a set. So don't call takeSet() for an unsound set.
+    // The functions from beginSet() to takeSet() take the content of one set, in the order of the set's items. The call
+    // of takeSet() at the end marks this content as contained in a sound set. Don't call takeSet() if the set is
+    // unsound.
     void beginSet();
     void beginDatabase();
     void head(const archive::ImageReport& image);
@@ -42,7 +44,7 @@ public:
     {
         return registry_->value(name, type, data);
     }
-    // Returns how much the set holds that the sets before it don't hold.
+    // Returns how much of the device this set contains that no set before it contained.
     HeldContent takeSet();
 
     bool isCovered() const;
@@ -59,7 +61,7 @@ private:
         DWORD type = 0;
         std::vector<std::pair<CEPROPID, DWORD>> sortOrders;
         std::vector<archive::Digest> records;    // sorted
-        std::vector<archive::Digest> uncovered;  // records that occur here more often than in any set
+        std::vector<archive::Digest> uncovered;  // records that the device has more often than any set
         bool isHeld = false;                     // a set has a database of this name, type and sort orders
     };
     // A database of the set.
@@ -79,7 +81,7 @@ private:
     std::map<archive::RegistryPlace, std::string> registryOpen_;  // keys and values that no set holds yet
     std::uint64_t valuesNotKept_ = 0;                             // values of types that an image can't hold
 
-    std::unique_ptr<archive::RecordCollector> database_;  // of the set
+    std::unique_ptr<archive::RecordCollector> database_;  // the database of the set that is read now
     std::u16string databaseName_;
     std::unique_ptr<archive::RegistryValues> registry_;
     std::vector<Held> held_;

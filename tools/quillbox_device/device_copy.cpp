@@ -21,8 +21,9 @@ namespace fs = std::filesystem;
 // The database, and the log that has the latest changes.
 constexpr const char* Copied[] = {"device.db", "device.db-wal"};
 
-// Locks device.lock in shared mode, which needs no write permission. Quillbox has an exclusive lock on this file while
-// it is open, so the shared lock keeps it from starting. Returns no open descriptor if the file is missing.
+// Locks device.lock in shared mode, which needs no write permission. While Quillbox has the device open, it holds an
+// exclusive lock on this file. So it can't start while the shared lock exists. Returns no open descriptor if the file
+// is missing.
 platform::host::Descriptor lock(const fs::path& device)
 {
     platform::host::Descriptor opened(::open((device / "device.lock").c_str(), O_RDONLY | O_CLOEXEC));

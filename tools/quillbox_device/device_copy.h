@@ -10,8 +10,8 @@
 namespace quillbox_device {
 
 // Locks the device so that Quillbox can't start on it, copies its database to a folder for temporary files, and opens
-// the copy. From then on the calls of the store and of the registry read the copy. The destructor closes and deletes
-// the copy.
+// the copy. From then on the platform's functions for databases and for the registry read the copy. The destructor
+// closes and deletes the copy.
 class DeviceCopy {
 public:
     // Throws a Failure, or a std::runtime_error if temporary files can't be made or have no room.

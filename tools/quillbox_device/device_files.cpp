@@ -70,7 +70,7 @@ void DeviceFiles::readFolder(const std::string& path, const std::u16string& name
         files_.push_back({path, {}, "the folder can't be read: " + std::generic_category().message(errno)});
         return;
     }
-    const int number = opened.release();  // the folder owns it
+    const int number = opened.release();  // `folder` closes it
     errno = 0;
     // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads this folder
     for (const dirent* entry = ::readdir(folder.get()); entry; entry = ::readdir(folder.get())) {

@@ -28,25 +28,26 @@ struct Stamp {
 Stamp stampOf(const struct stat& status);
 
 struct DeviceFile {
-    std::string path;  // below the object store
+    std::string path;  // relative to the folder of the object store
     Stamp stamp;
     std::string fault;  // why no set can hold it, such as "it is a link or no file"; empty for a regular file
 };
 
-// An index of the files. It takes some 200 bytes of memory for a file.
+// An index of the device's files. The index takes some 200 bytes of memory for each file.
 class DeviceFiles {
 public:
     // Reads all folders. Throws a Failure if the device's own folder can't be opened.
     explicit DeviceFiles(const std::filesystem::path& device);
 
     const std::vector<DeviceFile>& all() const { return files_; }
-    // Finds a file by its full path on the device, as it is in the list of a set.
+    // Finds a file by its full path on the device, written as in the list of a set. Returns the file's index in all().
     std::optional<std::size_t> find(std::u16string_view name) const;
 
-    // Opens a file for reading, without following a link.
+    // Opens the file with this index in all() for reading. Doesn't follow a link.
     platform::host::Descriptor open(std::size_t file) const;
 
-    // Returns the paths that were made, changed or deleted since the index was made.
+    // Reads all folders again. Returns the paths of files that were created, changed or deleted since the constructor
+    // ran.
     std::vector<std::string> changedSince() const;
 
 private:

@@ -8,9 +8,9 @@ namespace quillbox_device {
 
 inline constexpr int exitGood = 0;
 inline constexpr int exitFailed = 1;    // nothing was changed, unless the message says otherwise
-inline constexpr int exitBadUsage = 2;  // or no such device
+inline constexpr int exitBadUsage = 2;  // also if there is no such device
 
-// Its text is a message for the user, in complete sentences.
+// Ends a command that fails. The text of the exception is a message for the user, in complete sentences.
 class Failure : public std::runtime_error {
 public:
     explicit Failure(const std::string& sentence, int exitCode = exitFailed)

@@ -8,7 +8,8 @@
 
 namespace quillbox_device {
 
-// A file of the host, or standard input for "-". Throws a Failure.
+// A file of the host that is read, or standard input if the path is "-". The constructor throws a Failure if the file
+// can't be opened.
 class Input {
 public:
     explicit Input(const std::string& file);

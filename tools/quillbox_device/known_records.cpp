@@ -25,15 +25,16 @@ bool isSame(const CEPROPVAL& left, const CEPROPVAL& right)
     return left.wFlags == right.wFlags && valueText(left, Controls::Kept) == valueText(right, Controls::Kept);
 }
 
-// Returns whether the property is a number 0. If a number is missing from a file, the reader of the file returns 0. So
-// a record without the number is equal to a record with 0.
+// Returns whether the property is a number 0. Some file formats have no way to distinguish a number 0 from a missing
+// number. So a record without the number is treated as equal to a record with 0.
 bool isDefault(const CEPROPVAL& property)
 {
     return LOWORD(property.propid) != CEVT_LPWSTR && valueText(property, Controls::Kept) == "0";
 }
 
-// vCard and iCalendar have no line for bytes that aren't a text, and an address book in CSV has no column for them. So
-// if they are missing from the file, that doesn't mean that they were deleted.
+// Returns false if the property is bytes that aren't a text. vCard and iCalendar have no line for such bytes, and an
+// address book in CSV has no column for them. So a file without these bytes doesn't mean that the user has deleted
+// them.
 bool isText(const CEPROPVAL& property)
 {
     if (LOWORD(property.propid) != CEVT_BLOB)
@@ -65,8 +66,8 @@ private:
     std::vector<const CEPROPVAL*> properties_;
 };
 
-// Returns what must be written so that the old record gets the content of the new one. Deletions come first, because
-// they make room for what is added.
+// Returns the properties to write to the record `old` so that it gets the content of `wanted`. Deletions come first,
+// because they make room for what is added.
 std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const CEPROPVAL> wanted, DWORD type)
 {
     const ById olds(old);

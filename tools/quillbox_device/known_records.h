@@ -1,4 +1,4 @@
-// known_records.h - recognises records of a file that a database already has, by their UIDs or their content.
+// known_records.h - finds out which records of a file a database already has. Compares UIDs and content.
 #pragma once
 
 #include "database_formats/identifier.h"
@@ -21,14 +21,17 @@ public:
     // Reads the records of the database, to recognise them. Throws a Failure.
     explicit KnownRecords(CEOID database);
 
-    // Stores the record through `database`, which must be a handle of the same database. A record that the database
-    // already has isn't added a second time. If the UID is the same but the content differs, the record in the database
-    // gets the changed properties. If it has properties that `record` lacks, the usual properties of the type are
-    // deleted, except bytes that aren't a text. The others stay. Throws a FormatFault.
+    // Stores the record through `database`, which must be a handle of the same database. If the database has a record
+    // with the same UID or the same content, the function adds no second one. If the UID is the same but the content
+    // differs, the stored record gets the changed properties. A stored property that `record` lacks is deleted only if
+    // it is a usual property of the database type `type`. Bytes that aren't a text, and numbers that are 0, are never
+    // deleted. Throws a FormatFault.
     Taken store(HANDLE database, DWORD type, std::span<const CEPROPVAL> record);
 
 private:
-    // The records of each UID and of each content, the oldest first. Each record is recognised only once.
+    // The database's records by UID. Each record is listed under its own UID, if it has one, and under the UID that is
+    // computed from its content. The records of a UID are in the order of the database. Once a record was recognised,
+    // no further record of the file can match it.
     std::unordered_map<std::string, std::deque<CEOID>> byIdentifier_;
     std::unordered_map<CEOID, bool> recognised_;
     database_formats::Identifiers incoming_;

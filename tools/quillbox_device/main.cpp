@@ -48,8 +48,8 @@ std::optional<Format> formatOf(const CommandLine& line)
     return line.format.empty() ? std::nullopt : database_formats::formatNamed(line.format);
 }
 
-// Returns why the text is no capacity, or an empty text. The option parser would convert a negative number to a large
-// one, and a device stores a capacity in 63 bits.
+// Returns why the text isn't a valid capacity, or an empty text if it is valid. The option parser would convert a
+// negative number to a large one, and a device stores a capacity in 63 bits.
 std::string capacityFault(const std::string& text)
 {
     std::int64_t bytes = -1;
@@ -188,7 +188,8 @@ int run(int count, char** arguments)
     }
 }
 
-// The message can contain names of files and databases with control characters.
+// Prints the message of the exception and returns `exitCode`. The message can contain names of files and databases, so
+// onScreen() replaces the control characters in it.
 int report(const std::exception& error, int exitCode)
 {
     std::cerr << "quillbox-device: " << screen_text::onScreen(std::string_view(platform::kernel::reasonOf(error)))

@@ -1,5 +1,5 @@
 // registry_commands.h - the commands that export and import a device's registry as a .reg file. A command that fails
-// throws a Failure. It has then changed nothing on the device, unless the message says otherwise.
+// throws a Failure, and leaves the device unchanged unless the message says otherwise.
 #pragma once
 
 #include <filesystem>
@@ -7,11 +7,11 @@
 
 namespace quillbox_device {
 
-// `file` has the same meaning as for an Output (archive/host_output.h).
+// `file` is the path of the new file, or "-" for standard output. If `force` is false and a regular file or a block
+// device has this name, the function throws and writes nothing.
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force);
 
-// Sets the keys and values that the file contains. All others stay. `file` has the same meaning as for an Input
-// (host_input.h).
+// Sets the keys and values that the file contains. All others stay. `file` is a path, or "-" for standard input.
 void importRegistry(const std::filesystem::path& device, const std::string& file);
 
 }  // namespace quillbox_device

@@ -11,14 +11,15 @@ namespace quillbox_device {
 
 class RegistryText {
 public:
-    // `name` is for messages. Throws a Failure if a file that isn't UTF-16 is too large or has no known encoding.
+    // `name` is for messages. Throws a Failure if the file can't be read. A file that isn't UTF-16 must be UTF-8 or
+    // Windows-1252 and have at most 64 MiB. Otherwise the constructor throws a Failure, too.
     RegistryText(Input& input, const std::string& name);
 
-    // Fills the buffer with the next bytes and returns their number. It is less than the size of the buffer only at the
-    // end. Throws a Failure.
+    // Fills the buffer with the next bytes of the UTF-16 text and returns their number. The number is less than the
+    // size of the buffer only at the end of the text. Throws a Failure if the file can't be read.
     std::size_t read(std::span<std::byte> buffer);
 
-    // True if the file isn't UTF-8 and was therefore read as Windows-1252.
+    // True if the file is neither UTF-16 nor UTF-8 and was therefore read as Windows-1252.
     bool isGuessed() const { return guessed_; }
 
 private:
@@ -27,7 +28,8 @@ private:
 
     Input& input_;
     std::string name_;
-    std::string ahead_;  // the bytes for read() that were read ahead from the file
+    // The bytes that read() returns first: the two bytes of the UTF-16 mark, or the whole file converted to UTF-16.
+    std::string ahead_;
     std::size_t used_ = 0;
     bool guessed_ = false;
 };

@@ -12,11 +12,12 @@ public:
     // The JSON object begins with its version and these lists. A list without elements is in the object too.
     Report(bool json, std::initializer_list<const char*> lists);
 
-    // Prints the line, which must be safe to print. For JSON, adds the element to the list `list` instead.
+    // Prints the line, in which the caller has already replaced control characters. For JSON, adds the element to the
+    // list `list` instead.
     void add(const char* list, const nlohmann::ordered_json& element, const std::string& line);
     // Prints the line unless it is empty. For JSON, sets a field of the object instead.
     void set(const char* name, const nlohmann::ordered_json& value, const std::string& line);
-    // Prints the object.
+    // Prints the JSON object. For lines of text, does nothing.
     void finish() const;
 
 private:

@@ -21,7 +21,7 @@ struct StoredDatabase {
 // Returns all databases, the oldest first. Throws a Failure.
 std::vector<StoredDatabase> storedDatabases();
 
-// Returns the database of this name, which is compared without case. Nothing if there is none. Throws a Failure.
+// Returns the database of this name, or nothing if there is none. Names are compared without case. Throws a Failure.
 std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
 
 database_formats::DatabaseHead headOf(const CEDBASEINFO& info);

@@ -21,7 +21,7 @@ public:
     // The sum of the costs of all cached values is at most `limit`.
     explicit BoundedCache(std::uint64_t limit) : limit_(limit) {}
 
-    // Returns null if there is no such value.
+    // Returns null if the cache has no value for the key.
     Shared find(std::uint64_t key) EXCLUDES(mutex_)
     {
         const platform::kernel::MutexLock lock(mutex_);
@@ -33,8 +33,7 @@ public:
     }
 
     // Adds the value and returns it. If another thread has already added a value for the key, returns the earlier
-    // value. A value that costs more than the limit counts as much as the limit. So the cache then drops all other
-    // values.
+    // value. If `cost` is larger than the limit, the cache uses the limit as the cost, and drops all other values.
     Shared add(std::uint64_t key, Shared value, std::uint64_t cost) EXCLUDES(mutex_)
     {
         const platform::kernel::MutexLock lock(mutex_);

@@ -12,7 +12,7 @@ namespace quillbox_mount {
 
 namespace {
 
-constexpr std::size_t CopiedBytes = 262144;  // bytes that one read copies
+constexpr std::size_t CopiedBytes = 262144;  // the number of bytes that copy() reads at once
 
 std::filesystem::path dataPathOf(const archive::SetFiles& files)
 {

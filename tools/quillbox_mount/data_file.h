@@ -18,11 +18,12 @@ public:
     // Opens the file, but doesn't follow a link. If the file can't be opened, all reads fail.
     explicit DataFile(const archive::SetFiles& files);
 
-    // True if the file couldn't be opened only because too many files are open or memory is short.
+    // True if the constructor couldn't open the file because too many files were open or memory was short. A later
+    // attempt may succeed.
     [[nodiscard]] bool mayOpenLater() const { return mayOpenLater_; }
 
-    // Returns false if another file has the name now, or if the file was written to. Returns true if the constructor
-    // couldn't open the file.
+    // Returns whether the path of the data file still leads to the open file, and whether this file is unchanged since
+    // it was opened. Also returns true if the constructor couldn't open the file.
     [[nodiscard]] bool isStill(const archive::SetFiles& files) const;
 
     // Returns the number of bytes read. The number is smaller than requested only at the end of the file and after an

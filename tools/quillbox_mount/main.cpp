@@ -36,8 +36,8 @@ int refuse(int exitCode, const std::string& sentence)
     return exitCode;
 }
 
-// When the process goes to the background, it leaves its working folder. So the path of the mount's folder must be
-// absolute, as those of the sets are.
+// When the process goes to the background, it leaves its working folder. So the path of the folder to mount on must be
+// absolute. The paths of the sets are already absolute.
 int mount(const CommandLine& line)
 {
     const archive::FoundSets found = archive::searchSets({line.where}, line.recursive);

@@ -19,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* Device = "/dev/fuse";
-constexpr const char* Helper = "fusermount3";  // mounts for users that aren't root
+constexpr const char* Helper = "fusermount3";  // the program that mounts file systems for users other than root
 
 bool isOnPath(const char* program)
 {

@@ -9,8 +9,8 @@ namespace quillbox_mount {
 // folder exists and is empty.
 std::string folderFault(const std::string& folder);
 
-// Returns why this computer can't mount a file system of a user's program. Returns an empty text if nothing is known to
-// prevent the mount.
+// Returns why this computer can't mount a file system that a program without root rights provides (FUSE). Returns an
+// empty text if nothing is known to prevent the mount.
 std::string computerFault();
 
 }  // namespace quillbox_mount

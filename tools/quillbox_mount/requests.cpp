@@ -15,13 +15,15 @@ namespace quillbox_mount {
 
 namespace {
 
-// How long the kernel may cache an answer. The mounted files never change, so the kernel needs to ask only once.
+// How many seconds the kernel may cache an answer. The mounted files never change, so one request for each answer is
+// enough.
 constexpr double Forever = 365.0 * 24 * 60 * 60;
 constexpr blksize_t FilePreferredBytes = 131072;
-// The C library of a client reads folders with a buffer of this size. After it has freed the buffer, it keeps up to
-// this much freed memory for reuse. With a smaller value, cp would map and unmap its buffer of 128 KB for each file.
+// The preferred block size that the mount reports for folders. The C library of a client allocates a buffer of this
+// size to read a folder. Once this buffer was freed, the library keeps freed memory up to this size for reuse. With a
+// smaller size, cp would map and unmap its buffer of 128 KB for each file.
 constexpr blksize_t FolderPreferredBytes = 262144;
-constexpr std::size_t MostParts = 512;  // of an answer. The host accepts 1024 (IOV_MAX).
+constexpr std::size_t MostParts = 512;  // the most parts of one answer. The host accepts 1024 (IOV_MAX).
 constexpr mode_t FolderMode = S_IFDIR | 0555;
 constexpr mode_t FileMode = S_IFREG | 0444;
 
@@ -57,7 +59,7 @@ struct stat statusOf(Place place, const Attributes& attributes)
     struct stat status {};
     status.st_ino = inodeOf(place);
     status.st_mode = attributes.isFolder ? FolderMode : FileMode;
-    status.st_nlink = 1;  // also for a folder, whose number of links isn't known
+    status.st_nlink = 1;  // 1 also for a folder, because its real number isn't known
     static const uid_t user = ::getuid();
     static const gid_t group = ::getgid();
     status.st_uid = user;
@@ -142,7 +144,7 @@ void openFolder(fuse_req_t request, fuse_ino_t /*inode*/, fuse_file_info* file)
 
 void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset, fuse_file_info* /*file*/)
 {
-    RequestState& state = stateOf(request);  // the answer ends the request
+    RequestState& state = stateOf(request);  // `request` can't be used after the answer
     answer(request, [&] {
         Content content;
         const auto start = static_cast<std::uint64_t>(offset);
@@ -205,8 +207,8 @@ private:
     std::size_t used_ = 0;
 };
 
-// Describes the entry of a folder with this number. The entries are ".", "..", and then the children of the folder. The
-// number is the offset of the entry in a listing.
+// Sets `name` and `entry` to the folder's entry of this number. Entry 0 is ".", entry 1 is "..", and the children of
+// the folder follow. The number is the offset of the entry in a listing.
 int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttributes, std::string& name,
             fuse_entry_param& entry)
 {
@@ -245,7 +247,7 @@ void measureAfter(RequestState& state, Place file) noexcept
 
 void list(fuse_req_t request, fuse_ino_t folder, std::size_t bytes, off_t offset, bool withAttributes)
 {
-    RequestState& state = stateOf(request);  // the answer ends the request
+    RequestState& state = stateOf(request);  // `request` can't be used after the answer
     Place reached;
     answer(request, [&] {
         Listing listing(request, bytes);

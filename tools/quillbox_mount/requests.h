@@ -15,7 +15,8 @@ struct RequestState {
     fuse_session* session = nullptr;
     PushAhead ahead = {};
     std::atomic_flag isMeasuring = {};  // set while a thread determines the sizes of the next files
-    // True if the kernel also reads files and folders that were never opened. Set before the first request.
+    // True if the kernel can open files (mayLeaveOutOpen) or folders (mayLeaveOutOpenDir) without a request to the
+    // mount. Both are set before the first request.
     bool mayLeaveOutOpen = false;
     bool mayLeaveOutOpenDir = false;
 };

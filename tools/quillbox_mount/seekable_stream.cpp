@@ -27,8 +27,8 @@ Workspace& workspace()
 
 }  // namespace
 
-// A stream of at most this many blocks (8 MB) is unpacked as a whole to determine its size. If the reported size were
-// too large, the kernel would show zeros after the end to a second reader.
+// A stream of at most this many blocks (8 MB) is unpacked as a whole, so its reported size is right. If the reported
+// size were too large, the kernel would show zeros after the end of the file to a second reader.
 constexpr std::size_t MostCounted = 64;
 
 // Reads from the data file through a buffer. A stream that is shorter than the buffer needs only one pread. One pread
@@ -97,8 +97,8 @@ SeekableStream::SeekableStream(const DataFile& data, DWORD start, DWORD end, std
     measure(source);
 }
 
-// Returns whether the lengths of the blocks lead exactly to `end` and the last block is the empty one that closes a
-// stream.
+// Finds the blocks by their lengths. Returns true if the last block ends exactly at `end` and is the empty block that
+// closes a stream.
 bool SeekableStream::findBlocks(Source& source, DWORD start, DWORD end)
 {
     if (!source.beginsWithMagic())
@@ -171,8 +171,8 @@ SeekableStream::Place SeekableStream::placeOf(std::uint64_t offset)
     return {Place::Kind::Block, static_cast<std::size_t>(after - starts_.begin()) - 1, *(after - 1)};
 }
 
-// Unpacks the next block to find out where it ends in the raw bytes. The block is cached only if it can contain the
-// byte at `wanted`.
+// Unpacks the first block whose end in the raw bytes isn't known yet, to determine this end. The block is cached only
+// if it can contain the byte at `wanted`.
 void SeekableStream::placeNext(std::uint64_t wanted)
 {
     const std::size_t next = starts_.size() - 1;

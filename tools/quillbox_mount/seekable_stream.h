@@ -1,8 +1,9 @@
 // seekable_stream.h - the raw bytes of one stream, readable at any offset.
 //
-// The stream contains the packed size of each block, but not the number of its raw bytes. A block before the last one
-// has RawBlockBytes, unless the file grew while it was backed up. So the raw offset of a block is known only after all
-// blocks before it were unpacked once. From then on each read unpacks only the blocks that contain its bytes.
+// A stream contains the packed size of each block, but not the number of the block's raw bytes. Each block before the
+// last one has RawBlockBytes raw bytes, unless the file grew while it was backed up. So the raw offset of a block is
+// known only after all blocks before it were unpacked once. From then on a read unpacks only the blocks that contain
+// the requested bytes.
 #pragma once
 
 #include "bounded_cache.h"
@@ -33,15 +34,16 @@ struct Piece {
 // Can be used on any thread.
 class SeekableStream {
 public:
-    // Reads the lengths of the blocks between the offsets `start` and `end`, and unpacks the last block. `data`,
-    // `cache` and `ends` must outlive the stream. `set` is the set's number in the cache. Once `ends` is true, the
-    // search for blocks stops, and the rest of the stream counts as damaged.
+    // Reads the lengths of the blocks between the offsets `start` and `end` of the data file, and unpacks the last
+    // block. If the stream has at most 64 blocks, unpacks all of them. `data`, `cache` and `ends` must outlive the
+    // stream. `set` is the number of the set in the keys of `cache`. Once `ends` is true, the search for blocks stops,
+    // and the rest of the stream counts as damaged.
     SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache,
                    const std::atomic<bool>& ends);
 
-    // The number of raw bytes. A stream of more than 64 blocks can have a block before the last one that isn't full.
-    // Then the number is too large until a read has reached the end. For a damaged stream, the number includes the
-    // bytes before the damage, and one byte that can't be read.
+    // The number of raw bytes. The number is too large if a stream of more than 64 blocks has a block before the last
+    // one that isn't full. Once a read has reached the end of the stream, the number is right. For a damaged stream,
+    // the number includes the bytes before the damage, and one byte that can't be read.
     std::uint64_t size() const { return size_; }
     // Returns whether damage was found. In a stream of more than 64 blocks, only a read finds damage that is neither in
     // the lengths nor in the last block.
@@ -53,10 +55,10 @@ public:
         return sizeof *this + offsets_.size() * (sizeof(DWORD) + sizeof(std::uint64_t));
     }
 
-    // Appends the pieces with the bytes from `offset` on. The pieces have fewer than `bytes` bytes only at the end of
-    // the stream. Returns false if there is damage in these bytes. Also returns false if `offset` is beyond the end,
-    // but below a size that was reported too large. With an empty answer for such an offset, and a later answer with
-    // the last bytes, the kernel would show zeros between the last bytes and the offset.
+    // Appends to `pieces` the next `bytes` bytes from `offset` on, or fewer if the stream ends before. Returns false if
+    // there is damage in these bytes. The size that size() returned first can be too large. If `offset` is below that
+    // size but beyond the real end, read() also returns false. If it returned no bytes instead, and a later read
+    // returned the last bytes of the stream, the kernel would show zeros between these bytes and `offset`.
     [[nodiscard]] bool read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces) EXCLUDES(mutex_);
 
 private:
@@ -79,13 +81,14 @@ private:
     const std::uint64_t set_;
     BlockCache& cache_;
     const std::atomic<bool>& ends_;
-    // In the data file: where each block with raw bytes begins, and where the last one ends.
+    // The offsets in the data file where the blocks with raw bytes begin, and the offset where the last of them ends.
     std::vector<DWORD> offsets_;
     std::atomic<std::uint64_t> size_ = 0;
     std::uint64_t firstSize_ = 0;  // size() after construction
 
     platform::kernel::Mutex mutex_;
-    // The blocks whose raw offset is known: where each of them begins in the raw bytes, and where the last one ends.
+    // The raw offsets where the first blocks begin, as far as they are known, and the raw offset where the last of
+    // these blocks ends.
     std::vector<std::uint64_t> starts_ GUARDED_BY(mutex_) = {0};
     std::size_t blocks_ GUARDED_BY(mutex_) = 0;  // number of blocks before the damage
     bool damaged_ GUARDED_BY(mutex_) = false;

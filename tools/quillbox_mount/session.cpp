@@ -71,9 +71,9 @@ void blockEndingSignals()
     (void)pthread_sigmask(SIG_BLOCK, &ending, nullptr);
 }
 
-// A thread that waits for a signal and then ends the loop. It replaces libfuse's own handlers, because they can end the
-// loop while a thread pushes file content to the kernel. The push then needs a page that the kernel has locked for a
-// pending read. No thread answers that read any more, so the push blocks forever.
+// A thread that waits for a signal and then ends the loop. It replaces libfuse's own signal handlers, because these can
+// end the loop while a thread pushes file content to the kernel. The push can need a page that the kernel has locked
+// for a pending read. After the end of the loop no thread answers that read, so the push would block forever.
 class EndBySignal {
 public:
     explicit EndBySignal(RequestState& state) : state_(state), thread_([this] { work(); })
@@ -114,7 +114,7 @@ private:
     std::thread thread_;
 };
 
-// Raises the limit as far as possible. Each cached text and each set that was read keeps a file open.
+// Raises the limit as far as possible, because each cached text and each set that was read keeps a file open.
 void raiseLimitOfOpenFiles()
 {
     rlimit limit{};
@@ -164,7 +164,7 @@ std::string serve(ShownSets& sets, const std::string& folder, Ground ground)
         return notMounted;
     const std::unique_ptr<fuse_loop_config, Free> config(fuse_loop_cfg_create());
     const EndBySignal signals(state);
-    // Returns 0, or -1 if a thread can't be started, or -errno.
+    // The loop returns 0, or -1 if a thread can't be started, or -errno if requests can't be read.
     const int ended = fuse_session_loop_mt(session.get(), config.get());
     if (ended == -1)
         return "the sets aren't mounted any more: a thread can't be started";

@@ -20,8 +20,8 @@ std::unique_ptr<const SetTree> SetReading::readTree(const SetFiles& files)
     return set.isOpen() ? std::make_unique<const SetTree>(set) : nullptr;
 }
 
-// Copies the item's stream to a temporary folder, as a data file that contains nothing else. The file of the text is in
-// this folder, too. It stays open without a name when the folder is deleted.
+// Copies the item's stream to a temporary folder, as a data file that contains nothing else. The text is written to a
+// file in the same folder. This file stays open after the function has deleted the folder.
 ItemText SetReading::writeText(const DataFile& data, const Node& node)
 {
     const platform::kernel::MutexLock lock(mutex_);
@@ -41,8 +41,8 @@ ItemText SetReading::writeText(const DataFile& data, const Node& node)
     item.entry.endOffset = node.endOffset - node.startOffset;
     const std::string path = folder.path() + "/text";
     std::ofstream out(path, std::ios::binary);
-    // Counts what the format can't represent. The mount doesn't show these counts. Quillbox-set reports them, and JSON
-    // lines leave nothing out.
+    // Counts what the format can't represent. The mount doesn't show these counts. The user can see them with
+    // quillbox-set, or can read the item as JSON lines, which contain everything.
     database_formats::LeftOut leftOut;
     const std::string fault = writeItemText(copied, item, node.format, out, leftOut);
     out.flush();

@@ -5,8 +5,8 @@
 // - the caches (bounded_cache.h): unpacked blocks, streams with the offsets of their blocks, texts;
 // - a stream that two threads read at the same time (seekable_stream.h).
 // The following are atomic: the sizes of files (shown_sets.h), the size of a stream, the file that was pushed last, and
-// the flags that end the mount. A set is loaded under a mutex of ShownSets. Its tree is written once, before it is
-// shared.
+// the flags that end the mount. A set is loaded under a mutex of ShownSets. The tree of a set is written once, before
+// other threads can read it.
 #pragma once
 
 #include "archive/set_files.h"

@@ -63,7 +63,7 @@ void SetTree::addItem(const Item& item, Format format)
         leftOut_ += item.text() + ": " + fault + '\n';
 }
 
-// Returns why the file can't be added, or an empty text.
+// Adds the file with the path `names`. Returns why the file can't be added, or an empty text.
 std::string SetTree::addPath(const std::vector<std::string>& names, Node&& file)
 {
     std::uint32_t folder = root;
@@ -91,7 +91,7 @@ std::uint32_t SetTree::add(std::uint32_t folder, const std::string& name, Node&&
     return index;
 }
 
-// If an item already has the name of the note, the name gets a number, as in "comment (2).txt".
+// Adds a note. If an item already has the note's name, a number is added to the name of the note: "comment (2).txt".
 void SetTree::addNote(const std::string& stem, std::string&& content)
 {
     Node note;

@@ -28,7 +28,7 @@ struct Node {
     };
 
     Kind kind = Kind::Folder;
-    BYTE itemKind = 0;  // of an item; the two offsets are those of its stream
+    BYTE itemKind = 0;  // of an item. The two offsets are where its stream begins and ends.
     DWORD startOffset = 0;
     DWORD endOffset = 0;
     database_formats::Format format = database_formats::Format::JsonLines;  // of a Text
@@ -40,7 +40,7 @@ struct Node {
 
 class SetTree {
 public:
-    // Reads the list to its end. The note left-out.txt names the items that can't be shown.
+    // Reads the list of the set to its end. Items that can't be shown are named in the note left-out.txt.
     explicit SetTree(const archive::OpenedSet& set);
 
     static constexpr std::uint32_t root = 0;
@@ -68,7 +68,7 @@ private:
     std::uint32_t add(std::uint32_t folder, const std::string& name, Node&& node);
     void addNote(const std::string& stem, std::string&& content);
 
-    std::deque<Node> nodes_;                                      // a deque, so that their addresses stay the same
+    std::deque<Node> nodes_;  // a deque, so that the addresses of nodes don't change
     std::unordered_map<Place, std::uint32_t, HashPlace> places_;  // the names in a Place are views of the nodes' names
     std::string leftOut_;
 };

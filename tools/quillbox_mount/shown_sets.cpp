@@ -14,11 +14,11 @@ constexpr std::uint64_t MiB = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t BlocksLimit = 64 * MiB;
 constexpr std::uint64_t StreamsLimit = 32 * MiB;
 constexpr std::uint64_t TextsLimit = 256 * MiB;  // on the disk, in files without names
-// Limits on the files that one call of measureAfter() measures. One answer to a listing has fewer files, and measuring
-// them takes no noticeable time.
+// Limits on the files that one call of measureAfter() measures. One answer to a listing has fewer files than this.
+// Measuring this many files and bytes takes no noticeable time.
 constexpr std::uint32_t MostMeasured = 1024;
 constexpr std::uint64_t MostMeasuredBytes = 4 * MiB;
-constexpr std::uint64_t MostTexts = 256;  // each also keeps a descriptor open
+constexpr std::uint64_t MostTexts = 256;  // the most texts in the cache. Each also keeps a descriptor open.
 
 std::time_t timeOf(const archive::SetDate& date)
 {

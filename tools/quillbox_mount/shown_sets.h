@@ -46,18 +46,19 @@ struct Content {
     std::string_view note;
 };
 
-// Which sizes the caller wants. The size of a text takes long, because the text has to be written first.
+// Which sizes the caller of attributes() wants. It takes long to determine the size of a text, because the text has to
+// be written first.
 enum class Sizes { None, IfQuick, All };
 
-// After construction, the functions can be called on any thread. They return 0 or an errno: ENOENT if the name or Place
-// doesn't exist, EIO for damage and for sets that can't be read.
+// After construction, the functions can be called on any thread. Those that return an int return 0 or an errno. ENOENT
+// means that the name or the node doesn't exist. EIO means that there is damage or that the set can't be read.
 class ShownSets {
 public:
     // Reads the dates of the sets.
     explicit ShownSets(const std::vector<archive::SetFiles>& sets);
 
-    // If there is only one set, reads its list. If there are several, the first request for a set reads its list,
-    // because a card may have many sets.
+    // If there is only one set, reads its list. If there are several sets, does nothing. The list of each set is then
+    // read at the first request for the set, because a card may have many sets.
     void readSingle();
 
     [[nodiscard]] int find(Place folder, std::string_view name, Place& found);
@@ -72,13 +73,14 @@ public:
     Place parent(Place place);
 
     // Determines the sizes of some files that follow `place` in its set. A client that lists one folder often lists the
-    // next one.
+    // next folder and asks for these sizes.
     void measureAfter(Place place);
 
     // Reads the bytes from `offset` on, but not beyond the end of the file. For a text, `content` gets the whole text.
     [[nodiscard]] int read(Place file, std::uint64_t offset, std::uint64_t bytes, Content& content);
 
-    // Makes all later calls return soon. From then on, blocks whose offset isn't known yet count as damaged.
+    // Stops the search for blocks in all streams, so calls return soon. From then on, a block whose offset isn't known
+    // yet counts as damaged.
     void end() { ends_ = true; }
 
     // Reads all bytes of a file. Returns false if the file has more than `most` bytes, if its size isn't known yet, or
@@ -96,7 +98,7 @@ private:
         std::unique_ptr<const SetTree> tree;
         DataFile data;
         std::vector<std::atomic<std::uint64_t>> sizes;  // the size of each file plus 1, or 0 if it isn't known yet
-        std::atomic<std::uint32_t> measuredEnd = 0;     // measureAfter() has measured up to this node
+        std::atomic<std::uint32_t> measuredEnd = 0;     // the first node after those that measureAfter() measured
     };
     struct Shown {
         Shown(std::uint32_t numberOfSet, const archive::SetFiles& filesOfSet, std::string nameOfFolder,

@@ -1,4 +1,4 @@
-// character_set.h - converts texts of other programs that aren't UTF-8.
+// character_set.h - converts texts in other character sets to UTF-8.
 #pragma once
 
 #include <memory>
@@ -6,10 +6,12 @@
 
 namespace database_formats {
 
-// The character set of programs on Windows that write text without naming the character set.
+// The assumed character set of a text that isn't UTF-8 and doesn't name its character set. Programs on Windows write
+// such texts.
 inline constexpr const char* UsualCharacterSet = "WINDOWS-1252";
 
-// Converts many texts of one character set, which is opened only once.
+// Converts texts from one character set. For many texts this is faster than toUtf8() below, because the converter is
+// opened only once.
 class Decoder {
 public:
     // Throws a FormatFault if the set isn't known.

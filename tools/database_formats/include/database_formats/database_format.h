@@ -43,8 +43,9 @@ std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, Lef
 // Reads a file to its end. Throws a FormatFault with the number of the line that is wrong. `target` has then received
 // everything before that line. `leftOut` counts what no property can hold.
 //
-// Only JSON lines contain the heads of databases. For vCard, iCalendar and address books of other programs in CSV the
-// head is the usual one of a device. For other CSV the head is empty. Only CSV uses `columns`.
+// Only JSON lines contain the heads of databases. For vCard, for iCalendar and for address books of other programs in
+// CSV, `target` gets the head that a device usually has for such records. For other CSV, it gets an empty head. Only
+// CSV uses `columns`.
 void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns = {});
 
 }  // namespace database_formats

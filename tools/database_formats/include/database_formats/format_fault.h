@@ -7,12 +7,12 @@
 
 namespace database_formats {
 
-// Its text is a clause that callers complete to a sentence: "a text has a NUL in it".
+// The text of the exception is a clause that callers complete to a sentence: "a text has a NUL in it".
 class FormatFault : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 
-    std::size_t line = 0;  // of the file, from 1. 0: unknown, or the fault isn't in a line.
+    std::size_t line = 0;  // line number in the file, from 1. 0 if it is unknown or the fault isn't in a line.
 };
 
 }  // namespace database_formats

@@ -12,14 +12,15 @@
 
 namespace database_formats {
 
-// Returns the UIDs of a database's records. Call its functions for each record in the order of the database.
+// Returns the UIDs of a database's records. For each record, call one of the functions. The records must come in the
+// order of the database.
 class Identifiers {
 public:
     // Returns the record's own UID, which comes from another program or from an earlier export. If the record has no
     // UID of its own, returns ofContent().
     std::string of(std::span<const CEPROPVAL> record);
-    // Returns a UID that depends only on the record's properties other than its own UID. Equal records get different
-    // UIDs, because each UID contains a counter of equal records.
+    // Returns a UID that is computed from the record's properties without its own UID. The UID also contains the number
+    // of equal records so far, so equal records get different UIDs.
     std::string ofContent(std::span<const CEPROPVAL> record);
 
 private:

@@ -1,4 +1,4 @@
-// left_out.h - counts the fields of a file that a reader couldn't import, and those with a guessed character set.
+// left_out.h - counts the fields of a file that weren't imported, and those whose character set was guessed.
 #pragma once
 
 #include <cstddef>
@@ -10,8 +10,8 @@
 
 namespace database_formats {
 
-// Returns the first 60 bytes of the name of a field as a message can show them. The name comes from the imported file.
-// Each control character becomes a text such as <U+001B>, so the result can be longer than 60 bytes.
+// Prepares a field name that was read from an imported file for display in a message. Uses at most the first 60 bytes
+// of the name. Replaces each control character by a text such as <U+001B>, so the result can be longer than 60 bytes.
 std::string shownName(std::string_view name);
 
 // Counts how often each name was added.

@@ -18,8 +18,8 @@
 
 namespace database_formats {
 
-// Kept: line ends and tabs in a text are written as they are. Coded: a text that contains them is written in
-// hexadecimal digits. A text with any other control character is always written in hexadecimal digits.
+// Says how a text with line ends or tabs is written. Kept: they are written as they are. Coded: the whole text is
+// written in hexadecimal digits. A text with any other control character is always written in hexadecimal digits.
 enum class Controls { Kept, Coded };
 
 std::string valueText(const CEPROPVAL& property, Controls controls);
