@@ -8,7 +8,7 @@ namespace {
 
 std::uint64_t ticks(const statx_timestamp& time)
 {
-    // The seconds from 1601, where a FILETIME begins, to 1970. A time before 1601 becomes 0.
+    // The seconds from 1601 to 1970. A FILETIME begins in 1601, so an earlier time becomes 0.
     constexpr std::int64_t SecondsBefore = 11644473600;
     const std::int64_t seconds = time.tv_sec + SecondsBefore;
     return seconds < 0 ? 0 : static_cast<std::uint64_t>(seconds) * 10'000'000 + time.tv_nsec / 100;

@@ -20,8 +20,8 @@ bool isFolder(const HostStatus& status);
 
 FILETIME fileTime(const statx_timestamp& time);
 
-// The birth time if the file system stores it. Otherwise the change time (ctime) or the write time (mtime), whichever
-// is earlier.
+// Returns the birth time if the file system stores it. Otherwise returns the change time (ctime) or the write time
+// (mtime), whichever is earlier.
 FILETIME creationTime(const HostStatus& status);
 
 // Returns a number that identifies the file or folder. A later file of the same name gets another number. If the file

@@ -12,14 +12,16 @@ namespace platform::file {
 
 namespace {
 
-// Whether the character is the same single byte in the name on the host. Most names contain only such characters.
+// Whether the character becomes a single byte of the same value in the host's name. Most names contain only such
+// characters.
 constexpr bool isSameOnHost(char16_t character)
 {
     return character > 0x1F && character < 0x7F && character != u'/' && character != u'*' && character != u'?' &&
            character != u'"' && character != u'<' && character != u'>' && character != u'|';
 }
 
-// Adds one part to a path of the host. False if no host name maps to it.
+// Appends one name of a device path, converted to its host name, to a path of the host. Returns false if no host name
+// converts to this name.
 bool appendName(std::string& path, std::u16string_view name)
 {
     if (!path.empty())

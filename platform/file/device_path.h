@@ -33,7 +33,7 @@ struct HostPath {
 // backslashes are an error, because there is an empty name between them.
 HostPath resolvePath(std::u16string_view devicePath);
 
-// Returns the path on the device, which begins at the device's root.
+// Returns the full path on the device. It begins with a backslash, which means the device's root.
 std::u16string devicePathOf(const HostPath& hostPath);
 
 // Returns the caller's path as a view, which is empty for null. Reads at most MAX_PATH characters.

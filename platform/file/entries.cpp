@@ -48,8 +48,8 @@ Deleted deleteTemporary(const HostPath& path, const SharedFile& file, OpenFiles&
     return {};
 }
 
-// Call it before the host is asked about `path`. If a temporary file is at this path, or at the path of a folder above
-// it, gives that file its name on the host. 0 or the error.
+// If a temporary file without a name on the host is at `path`, or at the path of one of its folders, gives that file
+// its name. Call this function before any call on the host for `path`. Returns 0 or the error.
 DWORD nameTemporaries(const HostPath& path)
 {
     OpenFiles& table = OpenFiles::instance();

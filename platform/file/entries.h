@@ -29,10 +29,10 @@ struct Attributes {
 
 struct Deleted {
     DWORD error = 0;
-    bool isOpenHere = false;  // it failed because this process has the file open
+    bool isOpenHere = false;  // the deletion failed because this process has the file open
 };
 
-// Deletes a file that isn't open in this process.
+// Deletes a file. Fails if this process has the file open.
 [[nodiscard]] Deleted deleteFileAt(const HostPath& path);
 
 // Returns the error if the entry may not be deleted, otherwise 0. Folders, read-only files, ROM files and files that

@@ -114,7 +114,7 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD metho
     const OpenFile::Sought sought = open->seek(whole, method);
     if (sought.error != 0) {
         if (sought.error != ERROR_INVALID_PARAMETER &&
-            sought.error != ERROR_NEGATIVE_SEEK)  // a mistake of the program, not a failure of the device
+            sought.error != ERROR_NEGATIVE_SEEK)  // both are mistakes of the program, not failures of the device
             kernel::noteTrouble(Trouble::Reading, kernel::Troubled::File, open->path(), sought.error);
         SetLastError(sought.error);
         return INVALID_SET_FILE_POINTER;
@@ -244,7 +244,7 @@ BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp)
 BOOL CreateDirectoryW(const WCHAR* path, const void*)
 {
     const DWORD error = makeFolderAt(resolvePath(boundedPath(path)));
-    if (error != ERROR_PATH_NOT_FOUND)  // the parent is missing, and the failure to make it was noted
+    if (error != ERROR_PATH_NOT_FOUND)  // with this error, the failure to make the parent was noted already
         noteFileTrouble(Trouble::Writing, boundedPath(path), error);
     return succeedUnless(error);
 }
@@ -252,7 +252,7 @@ BOOL CreateDirectoryW(const WCHAR* path, const void*)
 BOOL RemoveDirectoryW(const WCHAR* path)
 {
     const DWORD error = removeFolderAt(resolvePath(boundedPath(path)));
-    if (error != ERROR_DIR_NOT_EMPTY)  // expected: programs call this to find out whether the folder is empty
+    if (error != ERROR_DIR_NOT_EMPTY)  // not a failure: programs find out in this way if a folder is empty
         noteFileTrouble(Trouble::Writing, boundedPath(path), error);
     return succeedUnless(error);
 }

@@ -30,8 +30,8 @@ struct Entry {
     int result;
 };
 
-// Gives the file that is moved the rights of the file that it replaces. This must happen before the move. Otherwise a
-// user without permission for the replaced file could open the new file before its rights are set.
+// Gives the file that is moved the owner, group and mode of the file that it replaces. This must happen before the
+// move. Otherwise a user without permission for the replaced file could open the new file before its rights are set.
 DWORD takeRightsOf(const HostStatus& replaced, int folder, const char* name)
 {
     const Descriptor moved(openBelow(folder, name, O_RDONLY));
@@ -54,7 +54,7 @@ DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
     if (folder < 0)
         return errorAt(to, *other, folder);
     int result = moveFile(moved.folder.get(), from.name(), folder, to.name(), false);
-    if (result == -EINVAL) {  // the file system has no renaming that refuses to replace
+    if (result == -EINVAL) {  // the file system can't refuse to replace an entry
         HostStatus status = {};
         const int found = readStatus(folder, to.name(), status);
         result = found == 0 ? -EEXIST : found;

@@ -11,11 +11,12 @@ namespace {
 
 constexpr std::int64_t Second = 1'000'000'000;
 
-// Longer than a fine step of file times. The host's clock for file times advances in steps of up to 10 ms, and exFAT
-// stores times in such steps.
+// More than the length of a fine step of file times. The host's clock for file times advances in steps of up to 10 ms,
+// and exFAT stores times in steps of 10 ms.
 constexpr std::int64_t FineStep = 50'000'000;
 
-// Longer than a coarse step: FAT stores times in steps of two seconds, some other file systems in whole seconds.
+// More than the length of a coarse step. FAT stores times in steps of two seconds, some other file systems in whole
+// seconds.
 constexpr std::int64_t CoarseStep = 4 * Second;
 
 // Returns the time from `from` to `to`, limited to about 11 days in both directions so that it can't overflow. The

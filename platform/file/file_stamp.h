@@ -9,11 +9,11 @@
 
 namespace platform::file {
 
-// Makes a stamp from `status`. The caller sets its wasAlone. `asked` is the time just before `status` was read, on this
-// machine's clock.
+// Makes a stamp from `status`. The caller sets the stamp's field wasAlone. `asked` is the time on this machine's clock
+// just before `status` was read.
 FileStamp stampOf(const HostStatus& status, const timespec& asked);
 
-// Whether `status` is the status of the stamp's file, and the file has the same length and write time as in the stamp.
+// Whether `status` belongs to the file of the stamp, and the file has the same length and write time as in the stamp.
 bool hasSameContent(const FileStamp& stamp, const HostStatus& status);
 
 // Like hasSameContent, but the change time must be the same, too. A program can set back the write time, but not the

@@ -15,7 +15,7 @@ struct Known {
     FileSystem system;
 };
 
-// A run alternates between a few file systems.
+// A run uses only a few file systems in turn. So it is enough to remember the last four answers.
 struct Memory {
     kernel::Mutex mutex;
     std::array<Known, 4> known;

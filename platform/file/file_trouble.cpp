@@ -6,7 +6,8 @@ namespace platform::file {
 
 namespace {
 
-// Errors by which a program learns that something doesn't exist, or exists already.
+// Whether the error tells the program only that something doesn't exist, that it exists already, or that a list has
+// ended.
 bool isNormal(Trouble kind, DWORD error)
 {
     switch (error) {

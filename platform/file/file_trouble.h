@@ -1,5 +1,5 @@
-// file_trouble.h - decides which failed calls on files are noted (kernel/troubles.h). The host shows noted failures
-// later.
+// file_trouble.h - decides which failed calls on files are noted (kernel/troubles.h). The user sees the noted failures
+// later, in a report.
 #pragma once
 
 #include "kernel/troubles.h"
@@ -13,11 +13,12 @@ namespace platform::file {
 using kernel::Trouble;
 
 // Notes the failure of a call on a file or folder. Ignores an error that only says that the file or folder doesn't
-// exist, or that it exists already. But if a file or folder was to be made, a missing parent folder is noted.
+// exist, or that it exists already. If the call was to make a file or folder, a missing parent folder is noted
+// nevertheless.
 void noteFileTrouble(Trouble kind, std::u16string_view path, DWORD error);
 
-// Call it after a file was made or replaced. If an earlier attempt to make the file failed because the parent folder
-// was missing, removes the note of that failure.
+// If an earlier attempt to make the file failed because the parent folder was missing, removes the note of that
+// failure. Call this function after a file was made or replaced.
 void noteFileMade(std::u16string_view path);
 
 }  // namespace platform::file

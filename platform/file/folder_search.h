@@ -25,7 +25,7 @@ public:
     // The folder's path on the device.
     const std::u16string& path() const { return path_; }
 
-    // Fills `found` with the next entry. 0, ERROR_NO_MORE_FILES, or the error of reading the folder.
+    // Fills `found` with the next entry. Returns 0, ERROR_NO_MORE_FILES, or the error of reading the folder.
     [[nodiscard]] DWORD next(WIN32_FIND_DATAW& found);
 
 private:
@@ -48,8 +48,8 @@ private:
     std::size_t mountsSeen_ = 0;
 };
 
-// The result of beginSearch, which opens the folder for a search. The errors are those of FindFirstFileW, without the
-// error for no match: only next() compares entries with the pattern.
+// The result of beginSearch, which opens the folder for a search. `error` is one of the errors of FindFirstFileW, but
+// never the one for no match. Only next() compares entries with the pattern.
 struct SearchBegun {
     DWORD error = 0;
     std::shared_ptr<FolderSearch> search;

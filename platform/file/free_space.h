@@ -13,8 +13,8 @@ struct FreeSpace {
     std::uint64_t total = 0;
 };
 
-// Returns the free bytes and the size of the mounted folder that contains the path. The folder's file system and its
-// capacity limit both numbers.
+// Returns the free bytes and the size of the mounted folder that contains the path. If the folder has a capacity,
+// neither number exceeds what the capacity allows.
 [[nodiscard]] FreeSpace freeSpaceAt(const HostPath& path);
 
 }  // namespace platform::file

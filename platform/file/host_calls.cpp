@@ -39,7 +39,8 @@ auto unlessInterrupted(const Call& call) -> decltype(call())
     }
 }
 
-// For Linux before 6.13: reaches the attribute of an entry by the folder's path in /proc.
+// Reads an extended attribute through the path of the folder's descriptor in /proc. Linux before 6.13 needs this,
+// because it doesn't have getxattrat.
 ssize_t readExtendedByProc(int folder, const char* name, const char* attribute, std::span<char> value)
 {
     std::array<char, 320> path{};  // a name has at most 255 bytes
@@ -253,7 +254,7 @@ int nameFile(int file, int folder, const char* name)
     if (const int error = passGate())
         return -error;
     int result = unlessInterrupted([&] { return ::linkat(file, "", folder, name, AT_EMPTY_PATH); });
-    if (result == -ENOENT) {  // Linux before 6.10 allows that to the administrator only
+    if (result == -ENOENT) {  // Linux before 6.10 allows AT_EMPTY_PATH only to the administrator
         std::array<char, 32> path{};
         (void)std::snprintf(path.data(), path.size(), "/proc/self/fd/%d", file);
         result = unlessInterrupted([&] { return ::linkat(AT_FDCWD, path.data(), folder, name, AT_SYMLINK_FOLLOW); });

@@ -70,8 +70,8 @@ enum class Status { AsKnown, Fresh };
 // Gives an open file the owner, group and mode of `old` (host::setRights).
 [[nodiscard]] int takeRights(int file, const HostStatus& old);
 
-// Moves or renames a file. Without `replace` the result is -EEXIST if `newName` exists. It is -EINVAL if the file
-// system can't rename without replacing an existing file.
+// Moves or renames a file. Without `replace`, the result is -EEXIST if `newName` exists, or -EINVAL if the file system
+// can't refuse to replace an existing file.
 [[nodiscard]] int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace);
 
 // Gives the file a second name. Returns -EEXIST if `newName` exists.

@@ -60,7 +60,7 @@ public:
     }
 
 private:
-    // Counts a call. Returns the plan if it applies to this call.
+    // Counts a call. If the plan is to be carried out at this call, returns the plan.
     [[nodiscard]] std::optional<FaultPlan> countCall()
     {
         const std::lock_guard lock(mutex_);

@@ -9,10 +9,10 @@ namespace platform::file {
 
 enum class HostCall { Read, Other };
 
-// beforeCall can return GivesNothing instead of an errno. Then the read isn't made, and its result is 0 bytes.
+// If beforeCall returns GivesNothing instead of an errno, the host isn't called, and the read returns 0 bytes.
 inline constexpr int GivesNothing = -1;
 
-// The functions can be called on any thread. The descriptors are open during the call.
+// The functions can be called on any thread. The descriptors in their arguments are open during the call.
 class HostCallWatcher {
 public:
     HostCallWatcher() = default;
@@ -22,10 +22,11 @@ public:
     // Returns 0 to let the call be made, or the errno with which it fails. For a read it can also return GivesNothing.
     [[nodiscard]] virtual int beforeCall(HostCall call) = 0;
 
-    // Bytes of the file, or its size, are about to change.
+    // Is called before bytes of the file change, and before its size changes.
     virtual void beforeChange(int file) = 0;
 
-    // The functions below report calls that succeeded. Each path is relative to the folder argument before it.
+    // The functions below are called after a call that succeeded. Each path is relative to the folder argument before
+    // it.
     virtual void afterResize(int file, std::uint64_t size) = 0;
     virtual void afterMaking(int folder, const char* path) = 0;
     virtual void afterMove(int folder, const char* name, int newFolder, const char* newName) = 0;

@@ -18,7 +18,7 @@
 
 namespace platform::file {
 
-// Any thread may use it.
+// Any thread may use the object.
 class KnownAttributes {
 public:
     static KnownAttributes& instance();
@@ -26,7 +26,7 @@ public:
     // Returns the stored attributes. Empty if they aren't remembered.
     std::optional<DWORD> find(const HostStatus& status);
 
-    // Remembers the stored attributes `bits`. The caller has read `status` before it asked the host for `bits`, and
+    // Remembers the stored attributes `bits`. Before the caller asked the host for `bits`, it read `status`, and
     // isSettled returned true for `status`.
     void note(const HostStatus& status, DWORD bits);
 

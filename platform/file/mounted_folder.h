@@ -1,5 +1,5 @@
-// mounted_folder.h - a host folder that is mounted in the device's name space: its capacity, and a flag for each of its
-// file systems that says whether it was changed.
+// mounted_folder.h - a host folder that is mounted in the device's name space: its capacity, and which of its file
+// systems this process has changed.
 #pragma once
 
 #include "attributes.h"
@@ -31,7 +31,7 @@ struct Volume {
     Descriptor readable;
     std::atomic<bool> changed = false;
 
-    // Makes the volume of an open folder. Null if the folder can't be read.
+    // Makes a Volume for the file system that contains `folder`, an open folder. Null if the folder can't be read.
     static std::unique_ptr<Volume> of(int folder);
 };
 
@@ -39,10 +39,10 @@ struct Volume {
 // descriptors of a removable folder are open only while the folder is used.
 class MountedFolder {
 public:
-    // `own` is the volume of the folder itself.
+    // `own` is the Volume for the file system that contains the folder itself.
     MountedFolder(std::u16string name, Descriptor folder, std::unique_ptr<Volume> own, bool card,
                   std::optional<std::uint64_t> capacity, std::uint64_t used);
-    // A removable folder; `identity` is that of the host folder.
+    // Makes a removable folder. `identity` contains the st_dev and the inode number of the host folder.
     MountedFolder(Removable removable, const FileKey& identity);
 
     const std::u16string& name() const { return name_; }
@@ -55,12 +55,13 @@ public:
     std::uint64_t used() const { return used_.load(); }
 
     bool isRemovable() const { return removable_.has_value(); }
-    // Opens the removable folder if it is closed, and increments the number of uses. 0 or the error.
+    // beginUse opens the removable folder if it is closed, and increments the number of uses. Returns 0 or the error.
+    // beginUseIfOpen increments the number only if the folder is open, and returns whether it is open.
     [[nodiscard]] DWORD beginUse() EXCLUDES(useMutex_);
     [[nodiscard]] bool beginUseIfOpen() EXCLUDES(useMutex_);
     void endUse() EXCLUDES(useMutex_);
-    // Closes a removable folder if nothing uses it, nothing has used it for `time`, and all its changes are flushed. A
-    // folder that is gone is closed as soon as nothing uses it.
+    // Closes a removable folder if nothing uses it. A folder that isn't gone is closed only if, in addition, nothing
+    // has used it for `time` and all its changes are flushed.
     void closeIfUnused(std::chrono::milliseconds time) EXCLUDES(useMutex_);
 
     // Notes that the medium of the folder was unmounted. The host may still accept writes to its open files, but the
@@ -114,7 +115,8 @@ private:
 };
 
 // Refers to a mounted folder, and keeps it open if it is removable. Only uses of removable folders are counted. If
-// those of the root were counted, all threads that resolve paths would write to the same counter.
+// those of the root were counted too, all threads that resolve paths would write to the same counter and slow each
+// other down.
 class MountUse {
 public:
     MountUse() = default;

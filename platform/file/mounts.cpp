@@ -18,7 +18,9 @@ struct Mounts {
 
     kernel::Mutex mutex;
     std::vector<std::unique_ptr<MountedFolder>> folders GUARDED_BY(mutex);
-    std::vector<std::unique_ptr<const List>> lists GUARDED_BY(mutex);  // a reader can still use an earlier one
+    // The current list and all earlier ones. Earlier lists aren't destroyed, because another thread can still read
+    // them.
+    std::vector<std::unique_ptr<const List>> lists GUARDED_BY(mutex);
 
     void publish() REQUIRES(mutex)
     {
@@ -36,7 +38,7 @@ Mounts& mounts()
     return only;
 }
 
-// The folder that was added last under the name.
+// Returns the folder that was added last under the name. Null if there is none.
 MountedFolder* newest(std::u16string_view name)
 {
     const List& list = mountsInRoot();

@@ -23,8 +23,8 @@ namespace platform::file {
 
 namespace {
 
-// Returns the total length of all files below the folder. A file with several names is added once. Files and folders
-// that can't be read are left out.
+// Returns the total length of all files below the folder. The length of a file with several names is added only once.
+// Files and folders that can't be read are left out.
 std::uint64_t measure(Descriptor folder, std::set<FileKey>& counted)
 {
     std::uint64_t bytes = 0;
@@ -155,7 +155,7 @@ std::vector<std::u16string> setLeftTemporariesAside(int deviceFolder)
     FolderReader reader(Descriptor(openBelow(rootFolder(), ".", O_RDONLY | O_DIRECTORY)));
     const MarkedFiles found = markedFilesIn(reader);
     if (!found.names.empty())
-        (void)makeFolder(deviceFolder, Aside);  // fails if it exists; the opening below decides
+        (void)makeFolder(deviceFolder, Aside);  // -EEXIST does no harm; after any other error the opening below fails
     const Descriptor aside(openBelow(deviceFolder, Aside, O_RDONLY | O_DIRECTORY));
     for (const std::string& name : found.names) {
         if (moveFile(reader.folder(), name.c_str(), aside.get(), name.c_str(), true) == 0)

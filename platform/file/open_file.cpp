@@ -30,7 +30,7 @@ OpenFile::OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sha
 
 OpenFile::~OpenFile()
 {
-    (void)close();  // again: a write on another thread can gather bytes after CloseHandle
+    (void)close();  // again, because a write on another thread can gather bytes after CloseHandle
     // The descriptor is closed before the file leaves the table. Otherwise the next opening of the file would take this
     // descriptor for that of another process.
     descriptor_ = Descriptor();
@@ -84,8 +84,8 @@ Written OpenFile::write(std::span<const std::byte> bytes)
     position_ += written.bytes;
     if (written.hostIsFull && SharedFile::anyReserves()) {
         // Other files can have reserved disk space that they don't use. This write must not fail for that reason, so
-        // releaseReserves gives the space back. It locks each file in turn. A thread that holds the lock of one file
-        // may lock another file only for SharedFile::writeAfter. So this file is unlocked before.
+        // releaseReserves gives the space back. releaseReserves locks each file in turn. A thread that holds the lock
+        // of one file may lock another file only for SharedFile::writeAfter. So this file is unlocked before the call.
         lock.unlock();
         table_.releaseReserves();
         lock.lock();
@@ -116,8 +116,8 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
     const std::uint64_t position = from + static_cast<std::uint64_t>(distance);
     if (position > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    // After bytes were lost, nothing is gathered, so the write below is skipped and the call succeeds. A program must
-    // then be able to move to the end of the intact bytes and cut the file there.
+    // After gathered bytes were lost, a program must be able to move to the end of the intact bytes and cut the file
+    // there. The call succeeds in this state, because no bytes are gathered and the write below is skipped.
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
@@ -264,9 +264,9 @@ DWORD OpenFile::refreshSize(HostStatus& status)
     return 0;
 }
 
-// Sets `end` to the length of the file. Asks the host only if another process can have changed the file. No other
-// process can change a file without a name on the host. Nor can it change a file whose handle only reads and doesn't
-// share the file for writing.
+// Sets `end` to the length of the file. Asks the host only if another process can have changed the file. Another
+// process can't change a file without a name on the host. While a handle only reads and doesn't share the file for
+// writing, another process can't change the file either.
 DWORD OpenFile::endOfFile(std::uint64_t& end)
 {
     HostStatus status = {};
@@ -276,8 +276,8 @@ DWORD OpenFile::endOfFile(std::uint64_t& end)
     return error;
 }
 
-// Flushes the folder of the file and all folders above it, up to the mounted folder. A folder above can be new, too,
-// and its own entry may not be on the disk yet.
+// Flushes the folder of the file and all folders above it, up to the mounted folder. The folders above are flushed
+// because they can be new, too. Then their own entries may not be on the disk yet.
 DWORD OpenFile::flushEntries() const
 {
     std::string folder = hostPath_.below;

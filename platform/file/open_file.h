@@ -17,11 +17,11 @@
 
 namespace platform::file {
 
-// Any thread may use it. The lock of the file serialises the calls of all its handles.
+// Any thread may use the object. The lock of the file serialises the calls of all its handles.
 class OpenFile final : public kernel::Object {
 public:
-    // Before this, the caller calls table.enter() for `file` with `sharing`. The destructor calls table.leave(). For a
-    // temporary file, `descriptor` is empty and `opened` is left out.
+    // The caller first calls table.enter() for `file` with `sharing`, and then constructs this object. The destructor
+    // calls table.leave(). For a temporary file, `descriptor` is empty and `opened` is left out.
     OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sharing& sharing, Descriptor descriptor,
              HostPath hostPath, const FileStamp& opened = {});
     ~OpenFile() override;
@@ -57,7 +57,8 @@ private:
     {
         return file_->isTemporary() ? file_->temporaryFile() : descriptor_.get();
     }
-    // Gives a temporary file its name on the host. Call it before a call that needs the file there. 0 or the error.
+    // Gives a temporary file its name on the host. Call it before a call that needs the file on the host. Returns 0 or
+    // the error.
     [[nodiscard]] DWORD placeOnHost() EXCLUDES(file_->mutex())
     {
         return file_->isTemporary() ? table_.nameOnHost(*file_) : 0;

@@ -171,7 +171,7 @@ void OpenFiles::releaseReserves()
 {
     for (const auto& file : everyFile()) {
         const kernel::MutexLock lock(file->mutex());
-        (void)file->release();  // the file keeps an error for its next call
+        (void)file->release();  // a later write to the file returns the error
     }
 }
 

@@ -1,9 +1,9 @@
-// open_files.h - the table of the files that this process has open. For each file it counts the handles, and what they
-// access and forbid.
+// open_files.h - the table of the files that this process has open. For each file, the table has the number of handles,
+// and how many of them read, write, forbid reading and forbid writing.
 //
 // The table has two locks, and each file has a lock of its own. A thread that needs several of these locks takes them
-// in this order: `openings`, `mutex`, the lock of a file. SharedFile::writeAfter makes one file be written after an
-// earlier one. The lock of the earlier file is then taken last.
+// in this order: `openings`, `mutex`, the lock of a file. If SharedFile::writeAfter was called for a file, the bytes of
+// that file are written after those of an earlier file. In that case the lock of the earlier file is taken last.
 //
 // - `openings` is held shared from the host's opening of a file until the file is in the table or closed again. So two
 //   threads can open files at the same time. The host may then report to one thread that a file is in use, although
@@ -65,9 +65,10 @@ public:
 
     TemporaryFiles& temporaries() REQUIRES(mutex_) { return temporaries_; }
 
-    // Give temporary files their names on the host: the given file, the files at `path` and at its folders, the files
-    // in a folder, or all files. 0 or the error. If an entry of another program already has the name of a file,
-    // nameOnHost fails. The other three functions leave that file nameless.
+    // Each of these functions gives temporary files their names on the host. nameOnHost does this for the given file,
+    // nameOnTheWayTo for the files at `path` and at the paths of its folders, nameInFolder for the files in a folder,
+    // and nameAll for all files. Each returns 0 or the error. If an entry of another program already has the name of a
+    // file, nameOnHost fails. The other three functions leave that file nameless.
     [[nodiscard]] DWORD nameOnHost(const SharedFile& file) EXCLUDES(mutex_);
     [[nodiscard]] DWORD nameOnTheWayTo(const HostPath& path) REQUIRES(mutex_);
     [[nodiscard]] DWORD nameInFolder(const HostPath& folder) EXCLUDES(mutex_);

@@ -68,8 +68,8 @@ int openNew(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
     return result;
 }
 
-// The reader of a fifo notices if the fifo is opened for writing. So the type of an entry is read before the entry is
-// opened for writing.
+// Returns false if the entry is a link, a fifo, a socket or a device node. Call this function before the entry is
+// opened for writing, because the reader of a fifo notices such an opening.
 bool isFileForWriting(const HostPath& path)
 {
     const Descriptor entry(openBelow(path.mount->folder(), path.below.c_str(), O_PATH));
@@ -108,7 +108,8 @@ int openEither(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 DWORD openError(const Request& request, int result)
 {
     DWORD error = platformError(result);
-    // Opening a device or a socket fails with these errors, but so does opening a file on a failing disk.
+    // Opening a device node or a socket fails with these errors, but so does opening a file on a failing disk. So the
+    // type of the entry decides.
     if ((result == -ENXIO || result == -ENODEV) && isOutsideNameSpace(request.path))
         error = ERROR_FILE_NOT_FOUND;
     if (error == ERROR_FILE_EXISTS && isOutsideNameSpace(request.path))
@@ -116,8 +117,8 @@ DWORD openError(const Request& request, int result)
     if (error != ERROR_FILE_NOT_FOUND)
         return error;
     const DWORD missing = missingError(request.path);
-    // The folder exists. So if the file was to be made, a link, fifo, socket or device node at the path has prevented
-    // this.
+    // The folder exists. If the call was to make the file, the host would have made it, unless a link, fifo, socket or
+    // device node is at the path.
     return missing == ERROR_FILE_NOT_FOUND && request.makes() ? ERROR_ACCESS_DENIED : missing;
 }
 
@@ -194,7 +195,7 @@ Opened openOnHost(const HostPath& path, const Sharing& sharing, DWORD creation, 
     REQUIRES_SHARED(table.openings()) EXCLUDES(table.mutex())
 {
     Request request{.path = path, .sharing = sharing, .creation = creation, .descriptor = {}};
-    timespec asked = {};  // can be a clock tick too early, which makes the file look younger: that is safe
+    timespec asked = {};  // can be a clock tick too early; the stamp then proves less, which is safe
     (void)::clock_gettime(CLOCK_REALTIME_COARSE, &asked);
     if (const int result = openEither(request, table); result < 0) {
         request.isUnsure = result == -EAGAIN;  // there is a lease on the file

@@ -14,9 +14,9 @@ struct Opened {
     DWORD error = 0;
     bool existed = false;
     std::shared_ptr<OpenFile> file;  // null on error
-    bool isRomModule = false;        // failed: nobody may read a module in ROM
-    bool isOpenHere = false;         // failed: a handle of this process forbids it
-    bool isUnsure = false;           // failed: the file is in use, perhaps only because another thread opens it
+    bool isRomModule = false;        // the call failed, because nobody may read a module in ROM
+    bool isOpenHere = false;         // the call failed, because a handle of this process forbids it
+    bool isUnsure = false;           // the file is in use, perhaps only because another thread opens it
 };
 
 [[nodiscard]] Opened openFile(const HostPath& path, const Sharing& sharing, DWORD creation);

@@ -7,23 +7,25 @@
 
 namespace platform::file {
 
-// Call it before a write or a change of size. The size that the file has before its first change is regarded as
-// flushed.
+// Records that bytes or the size of the file are about to change. Call it before the change. The size that the file has
+// before its first change is regarded as flushed.
 void noteChange(int file);
 
-// Call it after the file's size was set to `size`.
+// If `size` is below the file's flushed size, lowers the flushed size to it. Call it after the file's size was set to
+// `size`.
 void noteResize(int file, std::uint64_t size);
 
-// Call it after a file or folder was made at `path` below `folder`.
+// Records a new directory entry. Call it after a file or folder was made at `path` below `folder`.
 void noteMaking(int folder, const char* path);
 
-// Call it after an entry got another name or folder.
+// Records that an entry got another name or folder. Call it after the move.
 void noteMove(int folder, const char* name, int newFolder, const char* newName);
 
-// Call it after a flush of a file or a folder.
+// Records that the bytes of a file, or the entries of a folder, are on the disk. Call it after the flush.
 void noteFlush(int fileOrFolder);
 
-// Call it after a flush of the whole file system that holds the file or folder.
+// Records that everything on the file system that holds the file or folder is on the disk. Call it after the flush of
+// the whole file system.
 void noteFileSystemFlush(int fileOrFolder);
 
 // Removes from the disk everything that was not flushed.

@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::size_t BufferBytes = 65536;
 
-// A buffered fetch that doesn't begin where the previous one ended reads this many bytes. A larger number would be
-// wasted on scattered reads. Each fetch that does begin there reads twice as many bytes as the previous one, up to
-// BufferBytes.
+// The number of bytes that a buffered fetch reads if it doesn't begin where the previous one ended. With a larger
+// number, scattered reads would fetch many bytes that nobody uses. A fetch that begins where the previous one ended
+// reads twice as many bytes as the previous one, up to BufferBytes.
 constexpr std::size_t FirstFill = 4096;
 
 // If a file is shorter than this, a buffered read at offset 0 fetches the whole file.
@@ -88,7 +88,7 @@ long ReadAhead::fill(int file, std::uint64_t offset, std::uint64_t knownSize)
         buffer_ = std::make_unique_for_overwrite<std::byte[]>(BufferBytes);
     const bool follows = filled_ != 0 && offset == start_ + filled_;
     nextFill_ = follows ? std::min(nextFill_ * 2, BufferBytes) : FirstFill;
-    // This asks for one byte more than the file has. So the read returns fewer bytes than asked for, which shows where
+    // The read asks for one byte more than the file has. So it returns fewer bytes than it asks for, which shows where
     // the file ends. No second read is needed.
     if (offset == 0 && knownSize < WholeBelow)
         nextFill_ = std::max(nextFill_, static_cast<std::size_t>(knownSize) + 1);

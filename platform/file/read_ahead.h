@@ -11,7 +11,7 @@
 namespace platform::file {
 
 struct ReadResult {
-    std::size_t bytes = 0;  // that were read, also if an error follows
+    std::size_t bytes = 0;  // the number of bytes read, also if `error` isn't 0
     DWORD error = 0;
 };
 

@@ -29,8 +29,8 @@ constexpr std::size_t GatheredPiece = 8192;
 // this case nothing guarantees space for the bytes that follow.
 constexpr std::uint64_t GatherFrom = 1024;
 
-// Below this offset, bytes are gathered only for the rest of the last block. For a small file, reserving space takes
-// longer than gathering saves.
+// Below this offset, no space is reserved, and bytes are gathered only as long as they fit into the last block. For a
+// small file, reserving space takes longer than gathering saves.
 constexpr std::uint64_t ReserveFrom = 32768;
 
 // A quarter of the file's length is reserved, within these limits. So a short file doesn't reserve much space that it
@@ -38,16 +38,16 @@ constexpr std::uint64_t ReserveFrom = 32768;
 constexpr std::uint64_t ReserveLeast = 131072;
 constexpr std::uint64_t ReserveMost = 4194304;
 
-// File systems that guarantee the space. On these, bytes in an allocated block need no new space, other files can't use
-// up reserved space, and setting a file to its present size frees its reserved space. btrfs isn't in the list, because
-// it writes each block to a new location and doesn't free the reserved space. ZFS isn't, because it only checks that
-// there is space.
+// File systems that guarantee disk space for gathered bytes. On these, bytes in an allocated block need no new space,
+// other files can't use up reserved space, and setting a file to its present size frees its reserved space. btrfs isn't
+// in the list, because it writes each block to a new location and doesn't free the reserved space. ZFS isn't in the
+// list either, because it only checks that there is space.
 constexpr std::array<std::uint64_t, 3> ReservingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, TMPFS_MAGIC};
 
 std::atomic<int> reserves = 0;
 std::atomic<int> gatherers = 0;
 
-// The block size, if the file system guarantees the space.
+// Returns the block size if the file system is in the list above. Otherwise returns nothing.
 std::optional<std::uint64_t> blocksOf(int file, std::uint64_t device)
 {
     const std::optional<FileSystem> system = fileSystemOf(file, device);
@@ -283,8 +283,9 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<
     return {done.bytes - before, error, error == ERROR_DISK_FULL};
 }
 
-// Call it when the host has written only the first `kept` of the gathered bytes. The file then ends after them. The
-// other gathered bytes were reported as written. So each later write fails with the error until the file is cut.
+// Drops the gathered bytes after the first `kept`, which are the only ones that the host has written. The file then
+// ends after them. The dropped bytes were reported as written. So each later write fails with the error until the file
+// is cut.
 void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;

@@ -34,7 +34,7 @@
 namespace platform::file {
 
 struct Written {
-    std::size_t bytes = 0;  // that are in the file now, also after a failure
+    std::size_t bytes = 0;  // the number of bytes written, also after a failure
     DWORD error = 0;
     bool hostIsFull = false;  // the rest failed because of the host, not because of the card's capacity
 };
@@ -51,15 +51,15 @@ public:
 
     MountedFolder& mount() const { return *mount_; }
 
-    // The key in the table of open files. It changes when a temporary file gets a name on the host. The lock of that
-    // table guards the key, not the lock of this file.
+    // The key in the table of open files. The key changes when a temporary file gets a name on the host. It is guarded
+    // by the lock of the table, and not by the lock of this file.
     const FileKey& key() const { return key_; }
     void setKey(const FileKey& key) { key_ = key; }
 
-    // Whether it was made as a temporary file. This stays true after the file gets a name on the host.
+    // Whether this file was made as a temporary file. The result stays true after the file gets a name on the host.
     bool isTemporary() const { return content_ != nullptr; }
 
-    // Whether it is a temporary file without a name on the host.
+    // Whether this file is a temporary file without a name on the host.
     bool isNameless() const REQUIRES(mutex_) { return content_ && !content_->isNamed(); }
     bool isInMemory() const REQUIRES(mutex_) { return content_ && content_->isInMemory(); }
 
@@ -80,18 +80,19 @@ public:
     // Returns the memory of a file that nobody uses any more, so that the next temporary file can use it.
     [[nodiscard]] TemporaryContent::Memory takeMemory() REQUIRES(mutex_) { return content_->takeMemory(); }
 
-    // The length, gathered bytes included.
+    // The length of the file, including the gathered bytes.
     std::uint64_t size() const REQUIRES(mutex_) { return size_; }
 
-    // Sets the length to that on the host. No bytes may be gathered.
+    // Sets the length to `size`, which the host has reported. Call it only while no bytes are gathered.
     void setSize(std::uint64_t size) REQUIRES(mutex_) { size_ = size; }
 
-    // Changes whenever bytes of the file change.
+    // A number that changes whenever bytes of the file change.
     std::uint64_t version() const REQUIRES(mutex_) { return version_; }
 
     bool hasGathered() const REQUIRES(mutex_) { return gathered_ != 0; }
 
-    // Writes through `descriptor`, within the card's capacity. A temporary file uses its own descriptor.
+    // Writes `bytes` at `offset` through `descriptor`, as far as the card's capacity allows. A temporary file has a
+    // descriptor of its own, which is used instead of `descriptor`.
     [[nodiscard]] Written write(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
         REQUIRES(mutex_);
 
@@ -112,8 +113,8 @@ public:
     // Writes out the gathered bytes, ends gathering and gives the reserved space after the end back to the host.
     [[nodiscard]] DWORD release() REQUIRES(mutex_);
 
-    // Call it before `descriptor` is closed. Calls release() if gathered bytes are written with `descriptor`, otherwise
-    // writeOut().
+    // Calls release() if gathered bytes are written with `descriptor`, otherwise writeOut(). Call this function before
+    // `descriptor` is closed.
     [[nodiscard]] DWORD release(int descriptor) REQUIRES(mutex_)
     {
         return descriptor == gatherer_ ? release() : writeOut();

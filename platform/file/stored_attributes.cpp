@@ -32,9 +32,9 @@ DWORD parseStored(std::string_view text)
     return error == std::errc() && end == text.data() + text.size() ? bits & StoredBits : 0;
 }
 
-// Whether the error means that no attribute can be read: the entry has no such attribute or a longer one, its file
-// system has no extended attributes, this user may not read them, the entry is gone, or attributes can't be read
-// through this descriptor.
+// Whether a file with this error is regarded as a file without stored attributes. Such an error has one of these
+// reasons: the entry has no such attribute or a longer one, its file system has no extended attributes, this user may
+// not read them, the entry is gone, or attributes can't be read through this descriptor.
 bool meansNoAttribute(long error)
 {
     constexpr std::array<long, 9> Reasons = {ENODATA, ERANGE, EOPNOTSUPP, ENOSYS, EINVAL, EACCES, EPERM, ENOENT, EBADF};

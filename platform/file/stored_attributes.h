@@ -9,7 +9,7 @@ namespace platform::file {
 
 struct StoredAttributes {
     DWORD bits = 0;
-    int error = 0;  // a negative errno if the host failed; then the bits aren't known
+    int error = 0;  // a negative errno if the host failed, in which case the bits aren't known
 };
 
 // Reads the extended attribute `user.DOSATTRIB` of the entry `name` of `folder`, or of the descriptor itself if `name`

@@ -24,8 +24,8 @@ public:
 
     bool isInMemory() const { return memory_ != nullptr; }
 
-    // These are only for bytes in memory. takes() returns whether a write of `bytes` bytes at `offset` fits into
-    // memory. `size` is the length of the file.
+    // Call these functions only while the bytes are in memory. takes() returns whether a write of `bytes` bytes at
+    // `offset` fits into memory. `size` is the length of the file.
     bool takes(std::uint64_t offset, std::size_t bytes, std::uint64_t size) const;
     void put(std::uint64_t offset, std::span<const std::byte> bytes);
     std::size_t read(std::uint64_t offset, std::span<std::byte> out, std::uint64_t size) const;

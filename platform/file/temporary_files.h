@@ -25,10 +25,11 @@ namespace platform::file {
 // OpenFiles::mutex() guards this object.
 class TemporaryFiles {
 public:
-    // Declares the path. Looks once whether something exists there.
+    // Declares the path, and asks the host whether something exists there.
     void declare(const HostPath& path);
 
-    // Ends the declaration of the path. If there is a nameless file, the caller gives it its name before.
+    // Ends the declaration of the path. If a nameless file is at the path, the caller must first give the file its
+    // name.
     void withdraw(const HostPath& path);
     void withdrawAll() { declared_.clear(); }
 
@@ -41,15 +42,16 @@ public:
     // Makes a nameless file. Null if the path isn't declared, or if a file may exist there already.
     [[nodiscard]] std::shared_ptr<SharedFile> make(const HostPath& path);
 
-    // Call it after the file at the path was deleted, whether it was nameless or on the host.
+    // Records that nothing exists at the path, so that make() can make a nameless file there. Call it after a file at
+    // the path was deleted, whether the file was nameless or on the host.
     void noteDeleted(const HostPath& path);
 
-    // Call it before a file is made on the host. If the file's path is declared and directly in the root folder, marks
-    // the root folder. The folder is marked before the file. So even a killed process never leaves a marked file in an
-    // unmarked root folder.
+    // Marks the root folder if the file's path is declared and directly in the root folder. Call this function before a
+    // file is made on the host. Because the folder is marked before the file, even a killed process never leaves a
+    // marked file in an unmarked root folder.
     void expectMade(const HostPath& path) const;
 
-    // Call it after the file was made. Marks the file if its path is declared.
+    // Marks the file if its path is declared. Call this function after the file was made on the host.
     void noteMade(const HostPath& path, int file) const;
 
     struct Nameless {
@@ -62,7 +64,8 @@ public:
     std::vector<Nameless> inFolder(const HostPath& folder) const;
     std::vector<Nameless> all() const;
 
-    // Call it after the file got its name on the host.
+    // Records that something is at the path on the host, so that the path has no nameless file any more. Call it after
+    // the file got its name on the host.
     void noteNamed(const SharedFile& file);
 
 private:

@@ -7,7 +7,7 @@
 
 namespace platform::file {
 
-// 0 or the error of DeleteUnchangedFile.
+// Deletes the file at `path`. Returns 0 or the error of DeleteUnchangedFile.
 [[nodiscard]] DWORD deleteUnchangedAt(const HostPath& path, const FileStamp& stamp);
 
 }  // namespace platform::file

@@ -20,7 +20,7 @@ using host::platformError;
 
 namespace {
 
-// These file systems can refuse a lease with EAGAIN even if no process uses the file. On other file systems this error
+// File systems that can refuse a lease with EAGAIN even if no process uses the file. On other file systems this error
 // means that the file is in use.
 constexpr std::array<std::uint64_t, 11> NetworkFileSystems = {
     NFS_SUPER_MAGIC, SMB_SUPER_MAGIC,  CIFS_SUPER_MAGIC,        SMB2_SUPER_MAGIC,      CEPH_SUPER_MAGIC, AFS_FS_MAGIC,

@@ -20,8 +20,8 @@ enum class Lease {
 // fits. If `sharing` allows others to read, other processes may be reading the file even if the result is Held.
 [[nodiscard]] Lease probeLease(int file, const Sharing& sharing, std::uint64_t device);
 
-// Takes a write lease and keeps it until `file` is closed. Until then, another process that opens the file waits.
-// `error` is set if the host failed.
+// The result of takeLease, which takes a write lease and keeps it until `file` is closed. Until then, another process
+// that opens the file waits. `error` is set if the host failed.
 struct LeaseTaken {
     Lease lease = Lease::NotGiven;
     DWORD error = 0;

@@ -15,7 +15,7 @@ namespace platform::file {
 
 namespace {
 
-// 0 or a negative errno.
+// Makes the whole file in its folder, whose descriptor is `folder`. Returns 0 or a negative errno.
 int makeIn(int folder, const HostPath& path, std::span<const std::byte> content)
 {
     const Descriptor file(openBelow(folder, ".", O_TMPFILE | O_WRONLY, NewFileMode));

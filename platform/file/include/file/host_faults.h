@@ -22,7 +22,7 @@ struct FaultPlan {
     FaultKind kind = FaultKind::Fail;
     std::uint64_t nthCall = 0;  // counted from 1 since the plan was set; 0: the plan only counts
     int error = 0;
-    std::uint64_t calls = 1;  // how many successive calls this happens to; a kill comes at the first
+    std::uint64_t calls = 1;  // the number of successive calls to which the plan applies
     void (*meanwhile)() = nullptr;
 };
 

@@ -24,7 +24,7 @@ void prepareProcess();
 
 // One host folder in the name space.
 struct Mount {
-    std::u16string name;                    // of its folder in the root; empty for the root itself
+    std::u16string name;                    // the folder's name in the root; empty for the root itself
     int folder = -1;                        // an open descriptor of the host folder, which the name space then owns
     bool card = false;                      // the folder has FILE_ATTRIBUTE_TEMPORARY
     std::optional<std::uint64_t> capacity;  // bytes that its files can hold together, including the present ones
@@ -39,14 +39,14 @@ struct Mount {
 [[nodiscard]] bool addRemovable(Removable removable);
 
 // Removes a removable folder. From then on, each call on its paths and each write or flush of its open files fails with
-// ERROR_NOT_READY. The flush fails even if the bytes were written before the removal. A new folder can get the name.
-// Returns false if there is no such folder.
+// ERROR_NOT_READY. The flush fails even if the bytes were written before the removal. After the removal, another folder
+// can be added under the same name. Returns false if there is no such folder.
 bool removeRemovable(const std::u16string& name);
 
 // Closes the removable folders that no call has used for `time`, that have no open file, and whose changes are flushed.
 void closeUnusedFolders(std::chrono::milliseconds time);
 
-// Closes all open files and searches, and removes all folders. No other thread makes calls meanwhile.
+// Closes all open files and searches, and removes all folders. Call it only while no other thread makes calls on files.
 void removeAllMounts();
 
 // The total length of the files of a folder with a capacity. Empty if the folder has no capacity.

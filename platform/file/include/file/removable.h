@@ -6,12 +6,14 @@
 
 namespace platform::file {
 
-// A card whose host folder can disappear at any time, for example because a medium is mounted there. The name space
-// opens the folder only while the program uses it, so the host can unmount it at other times.
+// A card whose host folder can disappear at any time, for example because the user unmounts the medium in this folder.
+// The host can't unmount a medium while a descriptor of its folder is open. So the name space opens the folder only
+// while the program uses it.
 struct Removable {
     std::u16string name;
-    std::string place;          // the path of the host folder
-    std::function<int()> open;  // opens that folder: a descriptor, which the name space then owns, or a negative errno
+    std::string place;  // the path of the host folder
+    // Opens that folder. Returns a descriptor, which the name space then owns, or a negative errno.
+    std::function<int()> open;
 };
 
 }  // namespace platform::file

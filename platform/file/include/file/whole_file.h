@@ -10,8 +10,8 @@
 
 namespace platform::file {
 
-// Makes the file `path`. Nothing may exist there before. If the call fails, or the process ends meanwhile, nothing
-// exists there afterwards. Can be called on any thread.
+// Makes a file with this content at `path`, where nothing may exist before. If the call fails, or the process ends
+// during the call, the call leaves no file at `path`. Can be called on any thread.
 // 0, or the error: 50 the file system can't do it or the card has a capacity, 80 and 183 something exists there,
 // otherwise those of CreateFileW and WriteFile.
 [[nodiscard]] DWORD makeWholeFile(std::u16string_view path, std::span<const std::byte> content);
