@@ -7,8 +7,8 @@
 
 namespace platform::device {
 
-// Starts a thread that blocks all signals. So the thread of the run receives each signal. The signal can interrupt that
-// thread while it waits for an answer of the user.
+// Starts a thread that blocks all signals. So the host delivers each signal to the thread of the run. The signal can
+// interrupt that thread while it waits for an answer of the user.
 template <class Function>
 [[nodiscard]] std::thread startBackgroundThread(Function&& function)
 {

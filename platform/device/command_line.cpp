@@ -162,7 +162,8 @@ void Parser::addDevice()
 {
     deviceOption_ = app_.add_option("--device", device_, "The device's folder; created if it is missing");
     deviceOption_->type_name("DIR");
-    // Each option takes one value. Otherwise a second word after the option would be a second card and not an error.
+    // Each --card and each --folder takes one value. Otherwise a second word after the option would be a second card or
+    // folder and not an error.
     app_.add_option("--card", cards_, "A folder of this computer as a card, for this start")
         ->type_name("NAME=DIR[,capacity=BYTES]")
         ->allow_extra_args(false);

@@ -23,8 +23,9 @@ std::string inCapitals(std::string text)
     return text;
 }
 
-// Slashes and backslashes separate the names of a path. If the word begins with a slash, only slashes separate names,
-// and a backslash is part of a name, as on the host.
+// Converts a word to a path on the device. If the word begins with a slash, only slashes separate the names of its
+// path, and a backslash is part of a name, as on the host. In any other word, both slashes and backslashes separate
+// names.
 std::u16string pathOf(const std::string& word)
 {
     const std::string separators = word.starts_with('/') ? "/" : "/\\";
@@ -72,8 +73,8 @@ std::string setIsWanted(const fs::path& folder)
     return sentence + (named < names.size() ? " and " + std::to_string(names.size() - named) + " more." : ".");
 }
 
-// Returns the list file of the set that the word names, or an empty path. The word can end in .QLT, in .QDT or in
-// neither.
+// Returns the list file of the set that the word names, or an empty path if there is none. The word can end in .QLT, in
+// .QDT or in neither.
 fs::path listFileOf(const fs::path& word)
 {
     const std::string extension = inCapitals(word.extension().string());

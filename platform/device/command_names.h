@@ -1,4 +1,4 @@
-// command_names.h - how the words of a command name storages, sets and items.
+// command_names.h - converts the words of a command to the storages, sets and items that they mean.
 #pragma once
 
 #include <filesystem>
@@ -8,8 +8,8 @@
 
 namespace platform::device {
 
-// Where a set is stored. A word that contains a slash, and the words "." and "..", name a folder of the host. Any other
-// word names a path on the device. For "Main device" this path is empty.
+// Where a set is stored. A word that contains a slash means a folder of the host, and so do the words "." and "..". Any
+// other word means a path on the device. For "Main device" this path is empty.
 struct NamedStorage {
     std::optional<std::filesystem::path> folder;
     std::u16string path;

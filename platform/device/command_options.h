@@ -16,14 +16,14 @@ class App;
 namespace platform::device {
 
 struct BackupOptions {
-    std::string to;  // a card's name, "Main device", or the path of a host folder, with a slash
+    std::string to;  // a card's name, "Main device", or the path of a host folder with a slash in it
     bool all = false;
     bool files = false;
     bool databases = false;
     bool registry = false;
     std::vector<std::string> items;
     std::string comment;
-    unsigned replaced = 0;  // 0: the first number that is free
+    unsigned replaced = 0;  // the number of the set to replace; 0: use the first free number
     bool deletesSources = false;
     bool writesLog = false;
     bool leavesUnsealed = false;

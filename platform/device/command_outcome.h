@@ -15,19 +15,19 @@ namespace platform::device {
 [[nodiscard]] std::string itemsText(const ItemCounts& items);
 [[nodiscard]] nlohmann::ordered_json itemsJson(const ItemCounts& items);
 
-// How a run ended. Items that the run has reported as left out don't change this value. LeftOut: something other than
-// an item failed, for example the checksums of the set.
+// How a run ended. The value doesn't depend on items that the run has reported as left out. LeftOut means that
+// something other than an item failed, for example writing the checksums of the set.
 enum class RunEnd { Over, LeftOut, MadeNothing, Stopped };
 
 // Whether a run has left items out because it was stopped.
 [[nodiscard]] bool leftItemsUnreached();
 
-// Ends a command that has done nothing. `reason` says why. If the program has already reported the reason, `reason` is
-// empty.
+// Reports that a command has done nothing, and returns the exit code. `reason` says why. If the program has already
+// reported the reason, `reason` is empty.
 int endRefused(const Command& command, const std::string& reason, int exitCode);
 
-// Ends a run and returns the exit code. Prints what was left out to standard error. With --json, prints a JSON object
-// with the facts. Without --json, prints the sentence, unless the run was complete and --quiet was given.
+// Reports the end of a run and returns the exit code. Prints what was left out to standard error. With --json, prints a
+// JSON object with the facts. Without --json, prints the sentence, unless the run was complete and --quiet was given.
 int endRun(const Command& command, RunEnd end, const std::string& sentence, const nlohmann::ordered_json& facts);
 
 // Prints the result of a command that isn't a run.

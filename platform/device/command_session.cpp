@@ -23,8 +23,9 @@ namespace {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
-// If the device doesn't exist, returns the sentence with which the command is refused. A restore (`mayMake`) isn't
-// refused, because it creates an empty device. A backup of an empty device would contain nothing of the user's.
+// If the device doesn't exist and the command may not create it (`mayMake` is false), returns the reason for refusing
+// the command. Otherwise returns nothing. A restore may create an empty device. A backup may not, because a backup of
+// an empty device would contain nothing of the user's.
 std::optional<std::string> whyNoDevice(const fs::path& folder, bool mayMake)
 {
     std::error_code error;

@@ -43,7 +43,7 @@ void writeFile(const fs::path& file, const DemonstrationFile& source)
         refuse("The file " + quoted(file) + " can't be made", errno);
     if (source.inRom &&
         ::fsetxattr(opened.get(), "user.DOSATTRIB", RomAttributes.data(), RomAttributes.size(), 0) != 0) {
-        fs::remove(file, error);  // without the attribute it wouldn't be in ROM
+        fs::remove(file, error);  // without the attribute, the file wouldn't count as a file in ROM
         return;
     }
     writeAll(opened, file, source.content);

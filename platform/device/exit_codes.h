@@ -6,7 +6,7 @@ namespace platform::device {
 inline constexpr int ExitComplete = 0;
 inline constexpr int ExitNothingDone = 1;  // the program or its run couldn't start, or a line of a script failed
 inline constexpr int ExitBadUsage = 2;
-inline constexpr int ExitLeftOut = 4;  // 3 and 5 are in window_module.h: no display, display lost
+inline constexpr int ExitLeftOut = 4;  // window_module.h has 3 (no display) and 5 (display lost)
 inline constexpr int ExitStopped = 6;
 
 }  // namespace platform::device

@@ -7,9 +7,9 @@ namespace platform::device {
 
 enum class FolderKind {
     Missing,
-    Empty,   // or contains only what an interrupted first start left
+    Empty,   // empty, or has only files that an interrupted first start left
     Device,  // has an object store
-    Other,   // holds something else
+    Other,   // contains something else
 };
 
 // Throws a Refusal if the folder can't be read, or isn't a folder.

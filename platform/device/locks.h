@@ -21,8 +21,8 @@ using host::Descriptor;
 // Like tryLockCard, but throws a Refusal instead of returning false.
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder);
 
-// noteDatabase writes to the lock file that the device has a database. hadDatabase returns whether that was written. So
-// a later start can report that the database is missing.
+// noteDatabase writes to the lock file that the device has a database. hadDatabase returns whether the lock file says
+// so. A later start uses this to report that the database is missing.
 [[nodiscard]] bool hadDatabase(const Descriptor& deviceLock);
 void noteDatabase(const Descriptor& deviceLock);
 

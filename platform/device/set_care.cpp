@@ -21,8 +21,8 @@ namespace platform::device {
 
 namespace {
 
-// Finds the files of a set by the host path of its list file. They will be opened by their paths on the device. The
-// paths begin with `shownFolder`.
+// Finds the files of a set by the host path of its list file. Sets `shownFolder` in the result to the folder on the
+// device, so that the files are later opened by their paths on the device.
 std::optional<archive::SetFiles> filesOf(const Session& session, const std::u16string& listPath)
 {
     auto files = archive::findSet(session.hostPath(listPath));

@@ -32,8 +32,8 @@ std::u16string nameOf(const ExtraFolder& extra)
     return name;
 }
 
-// Returns a descriptor, or a negative errno. The file layer calls this function when the program uses a medium that
-// isn't open.
+// Opens and locks the folder of a medium. Returns a descriptor, or a negative errno. The file layer calls this function
+// when the program uses a medium that isn't open.
 int openAndLockMedium(const fs::path& place)
 {
     Descriptor opened = openShownFolder(place);

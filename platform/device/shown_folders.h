@@ -1,4 +1,5 @@
-// shown_folders.h - the folders of the host that an open device shows: its own, the cards, and those of the user.
+// shown_folders.h - the folders of the host that an open device shows: its own folders, the cards, and the folders that
+// the user has added.
 //
 // Any thread may use the object. It changes while the program runs, because media are mounted and unmounted.
 #pragma once
@@ -52,7 +53,7 @@ public:
     // Returns the path on the device of a file or folder of the host. Nothing if no shown folder contains it.
     std::optional<std::u16string> pathOf(const std::filesystem::path& entry) const EXCLUDES(mutex_);
 
-    // Returns the path on the device of a folder of the host that was itself added. Nothing for any other folder.
+    // If `folder` of the host was itself added, returns its path on the device. Returns nothing for any other folder.
     std::optional<std::u16string> pathOfShown(const std::filesystem::path& folder) const EXCLUDES(mutex_);
 
     // Returns the path on the host of a file or folder of the device. `path` begins with a backslash, or is empty for

@@ -23,7 +23,7 @@ namespace platform::device {
 // A line on standard error that shows how far the run has come. The destructor removes it.
 class ProgressLine {
 public:
-    // Shows nothing if not `shown`.
+    // Shows nothing if `shown` is false.
     explicit ProgressLine(bool shown);
     ProgressLine(const ProgressLine&) = delete;
     ProgressLine& operator=(const ProgressLine&) = delete;
@@ -49,7 +49,8 @@ class ReplaceQuestion {
 public:
     explicit ReplaceQuestion(ProgressLine*& line) : line_(line) {}
 
-    // `what` is "The file \"\\a\"". Returns false if the user doesn't answer or stops the run.
+    // Returns true if the item may be replaced. Returns false if it may not, if the user doesn't answer, or if the user
+    // stops the run. `what` describes the item, for example "The file \"\\a\"".
     [[nodiscard]] bool ask(const std::string& what);
     [[nodiscard]] unsigned refused() const { return refused_; }
 

@@ -91,7 +91,8 @@ std::string manyOf(Trouble kind, Troubled what)
     return what == Troubled::Registry ? " registries " : " databases ";
 }
 
-// The words before the name of a single thing, and before the name of the first of several.
+// The words of a sentence before the name of a thing. `one` is for a sentence about a single thing. `many` is for a
+// sentence about several things, which names the first one.
 struct Wording {
     const char* one;
     const char* many;
@@ -135,7 +136,8 @@ std::string noSet(const NamedTrouble& trouble)
     return failed + reasonOf(Trouble::Numbering, Troubled::File, trouble.error) + ".";
 }
 
-// Adds one sentence for each kind of thing, so that a user doesn't overlook a database among many files.
+// Adds the sentences for one kind of failure and one kind of thing. Databases have a sentence of their own, so that a
+// user doesn't overlook a database among many files.
 void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles, std::vector<LeftOut>& all)
 {
     if (troubles.empty())
@@ -158,10 +160,10 @@ void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles
     all.push_back(std::move(leftOut));
 }
 
-// Combines the errors that the program reported with the errors of single calls. If both have an error for a database
-// or the registry, the report contains that of the call, because it is more exact. If the program reported a damaged
-// set, the report contains this error. For a file, the report contains the error of the call only if the program
-// reported error 31.
+// Combines the errors that the program reported with the errors of single calls. If both have an error for the same
+// item, the report contains one of them. For a database or the registry, it contains the error of the call, which is
+// more exact, unless the program reported a damaged set. For a file, it contains the error that the program reported,
+// unless this is error 31.
 class Report {
 public:
     explicit Report(Since since) : since_(since)

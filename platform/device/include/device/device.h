@@ -23,14 +23,14 @@ struct OpenError {
 // A set that the program can restore from.
 struct ShownSet {
     std::u16string listFile;  // its path on the device
-    std::string error;        // a sentence for the user if it can't be shown; empty otherwise
+    std::string error;        // a sentence for the user if the set can't be shown; empty otherwise
 };
 
 // A folder in which sets are stored.
 struct ShownStorage {
     std::u16string path;  // on the device; empty for its root
     bool isNew = false;   // the device didn't show the folder before this call
-    OpenError error;      // with a sentence if it can't be shown
+    OpenError error;      // has a sentence if the folder can't be shown
 };
 
 // An opened device. Its destructor closes every file and unlocks the device. Any thread may call its functions.
@@ -44,8 +44,8 @@ public:
     // empty text.
     [[nodiscard]] virtual std::string showFolder(const std::filesystem::path& folder, bool card) = 0;
 
-    // Shows the storage of a set as a card until the device is closed. Does nothing if the device shows the set
-    // already. `listFile` is the path of the set's list file on the host.
+    // Shows the folder that contains a set as a card until the device is closed. Does nothing if the device shows the
+    // set already. `listFile` is the path of the set's list file on the host.
     [[nodiscard]] virtual ShownSet showSet(const std::filesystem::path& listFile) = 0;
 
     // Shows a folder of the host as a card until the device is closed. Does nothing if the device shows the folder

@@ -1,6 +1,6 @@
 // remembered_folders.h - folders of the host that a device shows in its root at every start.
 //
-// They are stored in the open device's database.
+// The list of these folders is stored in the open device's database.
 #pragma once
 
 #include "device/extra_folder.h"
