@@ -175,8 +175,8 @@ void Connection::releaseGathering(bool kept)
 }
 
 // Commits the open transaction. If only the flush of the write-ahead log fails, the commit fails although the log
-// contains all of it. The next start of the program would apply this failed commit. So a second commit follows, which
-// changes nothing. It overwrites the beginning of the failed commit in the log.
+// contains the whole transaction. The next start of the program would then apply this transaction. So a second commit
+// follows, which changes nothing. The second commit overwrites the beginning of the failed one in the log.
 Step Connection::commit()
 {
     const Step committed = run("COMMIT");

@@ -252,8 +252,8 @@ bool openDeviceDatabase(const fs::path& file, std::string& sentence)
     if (opened != SQLITE_OK)
         return refuse(sentenceOf(path, opened, connection->lastMessage()));
     if (std::string fault = faultOf(database, *connection, path); !fault.empty()) {
-        // A killed process may have left a log. Without this setting, closing would write its changes into the database
-        // file.
+        // A killed process may have left a log. Without this setting, closing would write the changes in the log into
+        // the database file.
         sqlite3_db_config(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, hasLog(path) ? 1 : 0, nullptr);
         return refuse(std::move(fault));
     }

@@ -31,16 +31,16 @@ enum class Step {
 
 class Connection;
 
-// With clang 14, the temporary objects of a C++ statement that calls a consteval function live until the end of the
-// block. So the constructor is constexpr for clang.
+// A defect of clang 14: if a C++ statement calls a consteval function, its temporary objects, such as a Statement, live
+// until the end of the block. So the constructor is constexpr for clang.
 #ifdef __clang__
 #define SQL_LITERAL constexpr
 #else
 #define SQL_LITERAL consteval
 #endif
 
-// The text of a statement. It must be a literal, because a connection finds its prepared statements by the address of
-// the text.
+// The text of an SQL statement. The text must be a literal, because a connection finds its prepared statements by the
+// address of the text.
 class Sql {
 public:
     template <std::size_t Size>
@@ -56,7 +56,7 @@ private:
     int size_;
 };
 
-// Prepared statements with the same text that aren't in use.
+// Those prepared statements of one text that aren't in use.
 using Prepared = std::vector<sqlite3_stmt*>;
 
 // A prepared statement, borrowed from its connection for one use.
@@ -108,7 +108,8 @@ public:
     Connection& operator=(const Connection&) = delete;
     ~Connection();
 
-    // Returns a prepared statement with this text. When its use ends, the connection keeps it for the next call.
+    // Returns a prepared statement with this text. When the Statement is destroyed, the connection keeps the prepared
+    // statement for later calls.
     [[nodiscard]] Statement prepare(Sql sql);
 
     // Executes one or more statements that have no parameters and return no rows.
