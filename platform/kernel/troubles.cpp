@@ -27,7 +27,7 @@ struct NotedTroubles {
     std::mutex mutex;
     std::size_t noted = 0;
     bool searches = false;     // set by SearchForChoices: reading errors "access denied" aren't noted
-    std::size_t jobStart = 0;  // troubles with at least this order belong to the present job
+    std::size_t jobStart = 0;  // the lowest `order` of a trouble of the present job
     std::map<std::pair<Trouble, Troubled>, ByName> names;
     std::function<void(HWND)> jobEnds;
 };
