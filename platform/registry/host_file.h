@@ -1,4 +1,4 @@
-// host_file.h - an open file of the host. Its user reads and writes files beside the device's database.
+// host_file.h - an open file of the host. The registry uses it to read and write files beside the device's database.
 #pragma once
 
 #include "host/descriptor.h"

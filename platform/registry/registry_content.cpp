@@ -16,7 +16,7 @@ using database::DatabaseUse;
 using database::Step;
 using database::Transaction;
 
-// Returns false if a write failed, or if the database contains a larger value than any call could store.
+// Returns false if reading or writing fails, or if the database contains a larger value than any call could store.
 bool writeValues(Connection& connection, RegistryTextWriter& writer, std::int64_t key)
 {
     auto values = valuesOf(connection, key);
@@ -30,8 +30,8 @@ bool writeValues(Connection& connection, RegistryTextWriter& writer, std::int64_
     }
 }
 
-// Writes a key and all below it. Returns false if a key lies deeper than any call could create it. So the recursion is
-// at most LevelLimit deep.
+// Writes a key and all below it. Returns false if reading or writing fails. Also returns false if a key lies deeper
+// than any call could create it, which limits the depth of the recursion.
 bool writeKey(Connection& connection, RegistryTextWriter& writer, KeyPath& path,  // NOLINT(misc-no-recursion)
               std::int64_t row)
 {

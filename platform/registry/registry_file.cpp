@@ -27,8 +27,8 @@ DWORD writeRegistry(HANDLE file)
     return written || error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;
 }
 
-// Notes a failure for the registry, sets the last error and returns FALSE. The file calls have noted it only for the
-// file.
+// Notes a failure for the registry, sets the last error and returns FALSE. The calls on the file have noted the failure
+// only for the file.
 BOOL fail(Trouble kind, DWORD error)
 {
     noteTrouble(kind, Troubled::Registry, {}, error);

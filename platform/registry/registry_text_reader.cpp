@@ -19,7 +19,7 @@ constexpr std::u16string_view Headline = u"Windows Registry Editor Version 5.00"
 constexpr std::u16string_view OldHeadline = u"REGEDIT4";
 constexpr std::u16string_view ClosingWords = u"; End of registry: ";
 constexpr std::size_t LongestComment = 256;  // longer comments are cut; a closing line is shorter
-// Each character of each name may be an escape of six characters.
+// The length of a line in which each character of each name is an escape of six characters.
 constexpr std::size_t LongestKeyLine = std::size_t{LevelLimit + 1} * (NameLimit + 1) * 6;
 
 // Thrown inside this file only.
@@ -141,8 +141,8 @@ private:
     RegistryTextSink& sink_;
     std::vector<std::byte> data_;  // of the value that is read
     std::size_t keys_ = 0;
-    bool hasKey_ = false;  // the last key wasn't deleted, so values can follow
-    bool old_ = false;     // version 4, whose texts in hexadecimal digits have one byte for each character
+    bool hasKey_ = false;  // true if the last key wasn't deleted, so that values can follow
+    bool old_ = false;     // true for version 4, where a text in hexadecimal digits has one byte for each character
     std::size_t values_ = 0;
     bool closed_ = false;
 };

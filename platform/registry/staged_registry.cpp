@@ -144,7 +144,7 @@ DWORD stageRegistry(HANDLE file)
 void unstageRegistry()
 {
     const std::scoped_lock lock(staging().mutex);
-    std::error_code ignored;  // if this fails, the next start restores the file, as the caller first asked
+    std::error_code ignored;  // if this fails, the next start replaces the registry, as the caller first asked
     fs::remove(staging().folder / StagedName, ignored);
 }
 

@@ -25,8 +25,9 @@ void unstageRegistry();
 
 // If there is a staged file in `folder`, replaces the registry in the open database by its content, in one transaction.
 // If the staged file isn't a whole registry, renames it to "registry.refused" and leaves the registry unchanged.
-// `sentence` is then a warning. Returns false with a sentence for the user if the disk fails. After such a failure the
-// staged file still exists. The registry is unchanged, unless only the deletion of the staged file failed.
+// `sentence` is then a warning. Returns false with a sentence for the user if a disk operation fails. After such a
+// failure the registry is unchanged, and the staged file still exists. There is one exception: if only the deletion of
+// the staged file, or the flush of this deletion, failed, the registry has been replaced.
 [[nodiscard]] bool enforceStagedRegistry(const std::filesystem::path& folder, std::string& sentence);
 
 }  // namespace platform::registry

@@ -23,7 +23,8 @@ inline constexpr std::u16string_view PredefinedNames[] = {u"HKEY_CLASSES_ROOT", 
 inline constexpr std::size_t NameLimit = 255;
 inline constexpr int LevelLimit = 16;
 
-// Limits the memory that a registry file can ask for. Real values are far smaller.
+// The largest number of bytes of a value. It limits the memory that reading a registry file can need. Real values are
+// far smaller.
 inline constexpr std::size_t ValueBytesLimit = std::size_t{16} * 1024 * 1024;
 
 // The path of a key: its predefined key and the names of the levels below.

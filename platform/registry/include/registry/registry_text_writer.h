@@ -22,8 +22,8 @@ public:
 
     explicit RegistryTextWriter(Output output);
 
-    // key() and value() return false once the output has refused bytes. Call value() for the values of a key after the
-    // key.
+    // After key(), call value() for each value of that key. Both functions return false once the output has refused
+    // bytes.
     [[nodiscard]] bool key(const KeyPath& path);
     [[nodiscard]] bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data);
 
