@@ -55,13 +55,13 @@ public:
     [[nodiscard]] const std::u16string& name() const { return name_; }
     [[nodiscard]] bool autoIncrement() const { return autoIncrement_; }
 
-    // Call it before each change. Commits the changes that another handle has gathered. Commits those of this handle if
-    // there are many of them or if the gathering began some time ago. After that, the handle gathers changes. Returns 0
-    // or the platform's error number.
+    // Prepares this handle for a change. Commits the changes that another handle has gathered. Commits those of this
+    // handle if there are many of them or if the gathering began some time ago. After that, the handle gathers changes.
+    // Call this function before each change. Returns 0 or the platform's error number.
     [[nodiscard]] DWORD beginChange(database::Connection& connection);
 
-    // Call it after each change. Keeps a copy of the change. If the disk has no space for all gathered changes, SQLite
-    // rolls them back. The handle then uses the copies to repeat as many changes as fit.
+    // Keeps a copy of a change. Call this function after each change. If the disk has no space for all gathered
+    // changes, SQLite rolls them back. The handle then uses the copies to repeat as many changes as fit.
     void keepChange(GatheredChange change);
 
     // Writes the gathered changes to the disk. Returns an error if any change was lost since the handle was opened.

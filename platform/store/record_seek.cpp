@@ -14,8 +14,8 @@ using namespace platform::store;
 
 namespace {
 
-// Performs a seek of a handle. Each function moves the pointer and returns the oid of the record at the new position.
-// If no record is there, or if reading fails, it sets the last error and returns 0.
+// Performs a seek of a handle. Each function that returns a CEOID moves the pointer and returns the oid of the record
+// at the new position. If no record is there, or if reading fails, the function sets the last error and returns 0.
 class Seek {
 public:
     Seek(Connection& connection, OpenDatabase& open) : connection_(connection), open_(open) {}

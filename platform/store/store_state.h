@@ -15,8 +15,8 @@ namespace platform::store {
 // Use it only while a database::DatabaseUse lives. Only one thread at a time can have a DatabaseUse.
 struct StoreState {
     std::unordered_map<CEOID, unsigned> openHandles;  // number of handles on each database that has any
-    std::uint64_t databasesDeleted = 0;               // a walk that began with another value has ended
-    std::uint64_t recordsRemoved = 0;                 // a position that was counted with another value is stale
+    std::uint64_t databasesDeleted = 0;               // a walk ends if this number has changed since it began
+    std::uint64_t recordsRemoved = 0;                 // known positions are invalid once this number has changed
     bool changeIsOpen = false;                        // true from BeginStoreChange to EndStoreChange
     std::uint64_t changes = 0;                        // number of calls of BeginStoreChange that succeeded
     DWORD changeFault = 0;                            // 0, or why the change that began last isn't on the disk
@@ -27,8 +27,8 @@ struct StoreState {
 };
 [[nodiscard]] StoreState& storeState();
 
-// Call it before each change. Returns an error if the change that BeginStoreChange began has failed and was rolled
-// back, otherwise 0.
+// Returns an error if the change that BeginStoreChange began has failed and was rolled back, otherwise 0. Call this
+// function before each change.
 [[nodiscard]] DWORD faultOfChange(database::Connection& connection);
 
 }  // namespace platform::store
