@@ -9,7 +9,8 @@ namespace detail {
 [[nodiscard]] char16_t foldBeyondAscii(char16_t character);
 }
 
-// The small letter of a capital in Latin, Greek, Cyrillic, Armenian or full-width Latin. Every other character is
+// Returns the small letter of a capital in Latin, Greek, Cyrillic, Armenian or full-width Latin. Variants of a letter,
+// such as the micro sign and the sigma at a word's end, also become the usual small letter. Every other character is
 // returned unchanged. One character folds to one character, so the German sharp s is unchanged too.
 [[nodiscard]] inline char16_t foldCase(char16_t character)
 {
@@ -18,7 +19,8 @@ namespace detail {
     return detail::foldBeyondAscii(character);
 }
 
-// Compares the folded code units. The result is below 0, 0 or above 0.
+// Compares the folded code units in order. The result is negative if `left` comes first, 0 if both are equal, and
+// positive if `right` comes first.
 [[nodiscard]] int compareWithoutCase(std::u16string_view left, std::u16string_view right);
 
 }  // namespace platform::text

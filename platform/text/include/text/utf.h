@@ -23,7 +23,7 @@ inline constexpr bool isSurrogate(char16_t unit)
     return (unit & 0xF800) == 0xD800;
 }
 
-// Code units of the character at `at`: 2 for a surrogate pair, otherwise 1.
+// The number of code units of the character at `at`. It is 2 for a surrogate pair, otherwise 1.
 inline constexpr std::size_t characterUnits(std::u16string_view text, std::size_t at)
 {
     return isHighSurrogate(text[at]) && at + 1 < text.size() && isLowSurrogate(text[at + 1]) ? 2 : 1;
