@@ -252,6 +252,13 @@ class OwnFilesTest(FormsTest):
         self.assertEqual(sorted(without_identifiers(self.records(CONTACTS))[0], key=str),
                          sorted([{"id": NAMES["LastName"], "value": "b"}, *kept[1:]], key=str))
 
+    def test_notes_with_a_single_zero_are_added_and_deleted_like_others(self):
+        self.import_file(given=contacts([{"id": NAMES["LastName"], "value": "a"}]))
+        text = self.tool("database", "export", self.device, "--form", "vcard")
+        for file, notes in ((text.replace("END:VCARD", "NOTE:0\r\nEND:VCARD"), ["30"]), (text, [])):
+            self.import_file("--form", "vcard", "--add", given=file)
+            self.assertEqual([each["value"] for each in self.records(CONTACTS)[0] if each["id"] == NAMES["Notes"]], notes)
+
 
 class ForeignFilesTest(FormsTest):
     def assert_taken(self, form, text, *expected, left_out="", name=CONTACTS):

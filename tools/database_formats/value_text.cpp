@@ -152,6 +152,12 @@ std::string valueText(const CEPROPVAL& property, Controls controls)
     }
 }
 
+bool isZero(const CEPROPVAL& property)
+{
+    const WORD type = LOWORD(property.propid);
+    return type != CEVT_LPWSTR && type != CEVT_BLOB && valueText(property, Controls::Kept) == "0";
+}
+
 void addFromText(Record& record, CEPROPID id, WORD flags, std::string_view text)
 {
     const WORD type = LOWORD(id);

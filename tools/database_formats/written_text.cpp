@@ -25,18 +25,11 @@ Component readBackFrom(const std::string& text)
     return std::move(*component);
 }
 
-// Returns whether the property is a number 0. The formats have no line for a number that is 0 or missing. So a number 0
-// that is missing after the text was read again isn't lost.
-bool isNothing(const CEPROPVAL& property)
-{
-    return LOWORD(property.propid) != CEVT_LPWSTR && property.wFlags == 0 && valueText(property, Controls::Kept) == "0";
-}
-
 bool comesBack(const CEPROPVAL& property, std::span<const CEPROPVAL> readBack)
 {
     const CEPROPVAL* found = propertyIn(readBack, property.propid);
     if (found == nullptr)
-        return isNothing(property);
+        return isZero(property) && property.wFlags == 0;  // the formats have no line for a number 0
     return found->wFlags == property.wFlags && valueText(*found, Controls::Kept) == valueText(property, Controls::Kept);
 }
 

@@ -16,6 +16,7 @@ namespace quillbox_device {
 
 using database_formats::Controls;
 using database_formats::FormatFault;
+using database_formats::isZero;
 using database_formats::valueText;
 
 namespace {
@@ -23,13 +24,6 @@ namespace {
 bool isSame(const CEPROPVAL& left, const CEPROPVAL& right)
 {
     return left.wFlags == right.wFlags && valueText(left, Controls::Kept) == valueText(right, Controls::Kept);
-}
-
-// Returns whether the property is a number 0. Some file formats have no way to distinguish a number 0 from a missing
-// number. So a record without the number is treated as equal to a record with 0.
-bool isDefault(const CEPROPVAL& property)
-{
-    return LOWORD(property.propid) != CEVT_LPWSTR && valueText(property, Controls::Kept) == "0";
 }
 
 // Returns false if the property is bytes that aren't a text. vCard and iCalendar have no line for such bytes, and an
@@ -75,11 +69,11 @@ std::vector<CEPROPVAL> changesTo(std::span<const CEPROPVAL> old, std::span<const
     std::vector<CEPROPVAL> changes;
     for (const CEPROPID id : database_formats::usualProperties(type))
         if (const CEPROPVAL* before = olds.find(id);
-            before != nullptr && wanteds.find(id) == nullptr && !isDefault(*before) && isText(*before))
+            before != nullptr && wanteds.find(id) == nullptr && !isZero(*before) && isText(*before))
             changes.push_back({id, 0, CEDB_PROPDELETE, {}});
     for (const CEPROPVAL& property : wanted) {
         const CEPROPVAL* before = olds.find(property.propid);
-        const bool same = before != nullptr ? isSame(*before, property) : isDefault(property);
+        const bool same = before != nullptr ? isSame(*before, property) : isZero(property);
         if (!same && property.propid != personal::Identifier)
             changes.push_back(property);
     }

@@ -24,6 +24,10 @@ enum class Controls { Kept, Coded };
 
 std::string valueText(const CEPROPVAL& property, Controls controls);
 
+// Returns whether the property is a number 0. Some file formats have no way to distinguish a number 0 from a missing
+// number.
+bool isZero(const CEPROPVAL& property);
+
 // Adds a property with the value that the text represents. Throws a FormatFault.
 void addFromText(Record& record, CEPROPID id, WORD flags, std::string_view text);
 
