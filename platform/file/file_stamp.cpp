@@ -20,7 +20,7 @@ constexpr std::int64_t FineStep = 50'000'000;
 constexpr std::int64_t CoarseStep = 4 * Second;
 
 // Returns the time from `from` to `to`, limited to about 11 days in both directions so that it can't overflow. The
-// callers only compare the result with a few seconds.
+// caller compares the result only with FineStep or CoarseStep.
 std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
 {
     const std::int64_t seconds = std::clamp<std::int64_t>(to.tv_sec - from.tv_sec, -1'000'000, 1'000'000);

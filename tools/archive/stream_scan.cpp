@@ -21,7 +21,8 @@ using View = std::span<const BYTE>;
 constexpr std::size_t LengthBytes = 4;
 // The largest size of two successive blocks with their lengths.
 constexpr std::size_t BlockAhead = 2 * (LengthBytes + PackedBlockBytes);
-// A search tests many offsets of one view. After each of them the view must have BlockAhead bytes.
+// A search tests many offsets of one view. After each of them the view must have BlockAhead bytes,
+// or all bytes up to the end of the file.
 constexpr std::size_t SearchAhead = BlockAhead + std::size_t{128} * 1024;
 static_assert(SearchAhead <= FileWindow::MostAhead);
 

@@ -39,7 +39,8 @@ public:
     // result of checkImage for the same entry.
     UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image);
 
-    // Returns the error of the unpacking, or ERROR_SUCCESS.
+    // Returns the error of writing the file, or ERROR_SUCCESS. Damage of the stream isn't an error here. `image` has
+    // it.
     DWORD error() const { return file_.error(); }
 
     // Reads the complete records from index `first` up to, but not including, `end`.

@@ -1,7 +1,7 @@
 // view.h - a widget that shows a window of the core.
 //
-// A view posts the user's input to the core, and changes only when the core reports a change. Views are used only on
-// the toolkit's thread.
+// A view posts the user's input to the core. It changes only when the core reports a change or followRun() is called.
+// Views are used only on the toolkit's thread.
 #pragma once
 
 #include "change_batch.h"

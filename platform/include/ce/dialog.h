@@ -53,7 +53,8 @@ HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, 
 // WM_INITDIALOG. Fails with 1400, or with 5 for a dialog that isn't modal.
 BOOL EndDialog(HWND dialog, INT_PTR result);
 
-// Handles the keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. Returns nonzero if the message was one of these.
+// Handles the keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. A control can keep such keys for itself
+// (WM_GETDLGCODE). Returns nonzero if this call has handled the message, so that the caller must not dispatch it.
 BOOL IsDialogMessage(HWND dialog, MSG* message);
 
 // The first control of that id in creation order; null with 1421.

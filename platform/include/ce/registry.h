@@ -31,7 +31,8 @@ LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR*
 
 // Copies a value into the buffer `data` of `*bytes` bytes, and sets `*bytes` to the size of the value. With a null
 // `data` it copies nothing. `type` may be null. A null or empty name is the key's default value. Errors: 2 there is no
-// such value, and nothing is changed; 234 the buffer is too small: `*bytes` is set, `data` is unchanged; 6.
+// such value, and nothing is changed; 234 the buffer is too small: `*bytes` is set, `data` is unchanged; 6; 87
+// other invalid arguments; 31 the store can't be read.
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes);
 
 // Sets a value and its type. Both are on the disk when the call returns. A null or empty name is the key's default

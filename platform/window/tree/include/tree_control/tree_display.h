@@ -40,7 +40,7 @@ bool postTreeClick(HWND tree, HTREEITEM item, TreePart part);
 bool postTreeDoubleClick(HWND tree, HTREEITEM item, TreePart part);
 // These functions post a click on the item's label and a second input. postTreeCommand adds a command for the tree's
 // top-level window, and postTreeKey adds a key for the tree. Both inputs are queued together. So the click can't make
-// the program busy before the second input is queued.
+// the program busy before the second input is queued. If the result is false, neither is queued.
 bool postTreeCommand(HWND tree, HTREEITEM item, WORD command);
 bool postTreeKey(HWND tree, HTREEITEM item, WORD virtualKey);
 // Makes the program list the children of all expanded items again. Afterwards each of these expanded items is expanded
