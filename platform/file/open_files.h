@@ -5,15 +5,16 @@
 // in this order: `openings`, `mutex`, the lock of a file. If SharedFile::writeAfter was called for a file, the bytes of
 // that file are written after those of an earlier file. In that case the lock of the earlier file is taken last.
 //
-// - `openings` is held shared from the host's opening of a file until the file is in the table or closed again. So two
-//   threads can open files at the same time. The host may then report to one thread that a file is in use, although
-//   only the other thread uses it. The other thread can have a descriptor that isn't in the table yet, or a lease for a
-//   moment. After such a report the first thread closes the file and takes `openings` exclusively, so that no other
-//   opening is in progress. Then it opens the file again. Calls that delete or move a file hold `openings` exclusively,
-//   too.
-// - `mutex` guards the table. It is held only while the table is read or changed. Calls on the host are made under it
-//   only for temporary files: to look up a path that is declared, to give a file its name, and to mark a file or the
-//   root folder.
+// - A thread that opens a file holds `openings` shared from the host's opening of the file until the file is in the
+//   table or closed again. So two threads can open the same file at the same time. The second thread may then have a
+//   descriptor that isn't in the table yet, or a lease for a moment. Because of these, the host can report to the first
+//   thread that another process uses the file, although only the second thread does. After such a report the first
+//   thread closes the file and takes `openings` exclusively, so that no other opening is in progress. Then the first
+//   thread opens the file again. Calls that delete or move a file hold `openings` exclusively, too.
+// - `mutex` guards the table. It is held only while the table is read or changed. Under `mutex`, calls on the host are
+//   made only for temporary files: to find out whether a file exists at a path that the program declares
+//   (DeclareTemporaryFile), to give a temporary file its name on the host, and to set the extended attribute of a
+//   temporary file or of the root folder.
 #pragma once
 
 #include "attributes.h"

@@ -47,7 +47,8 @@ constexpr std::array<std::uint64_t, 3> ReservingFileSystems = {EXT4_SUPER_MAGIC,
 std::atomic<int> reserves = 0;
 std::atomic<int> gatherers = 0;
 
-// Returns the block size if the file system is in the list above. Otherwise returns nothing.
+// Returns the block size of the file system. Returns nothing if the file system isn't in the list above, or if its
+// block size is unknown.
 std::optional<std::uint64_t> blocksOf(int file, std::uint64_t device)
 {
     const std::optional<FileSystem> system = fileSystemOf(file, device);

@@ -45,7 +45,7 @@ INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, 
                                 LPARAM parameter);
 
 // Makes a modeless dialog. It is shown only with WS_VISIBLE, its owner stays enabled, and DestroyWindow ends it. The
-// call never waits for an owner of another thread. Null on failure.
+// owner window may belong to another thread. The call doesn't wait for that thread. Null on failure.
 HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 

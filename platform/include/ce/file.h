@@ -83,24 +83,35 @@ struct BY_HANDLE_FILE_INFORMATION {
 // On success CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed, otherwise to 0. The other
 // values of `creation` set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
 //
-// INVALID_HANDLE_VALUE on failure: 2 no such file; 3 a folder of the path is missing, or is a file; 5 a folder, writing
-//   to a read-only file or to a ROM file, a ROM module, no permission; 32 another open handle conflicts; 80 the file
-//   exists already (CREATE_NEW); 87 an invalid value of `creation`; 112 no space for the directory entry; 123 an
-//   invalid name; 206 the path is too long; 19 a read-only file system; 4 too many open files; 31 the host's input or
-//   output failed.
+// Returns INVALID_HANDLE_VALUE on failure, with one of these errors:
+// - 2: the file doesn't exist.
+// - 3: a folder of the path is missing, or is a file.
+// - 4: too many files are open.
+// - 5: the path names a folder or a ROM module, the call asks to write to a read-only file or a ROM file, or the user
+//   has no permission.
+// - 19: the file system is read-only.
+// - 31: the host's input or output failed.
+// - 32: another open handle conflicts with the call.
+// - 80: `creation` is CREATE_NEW, and the path exists already.
+// - 87: `creation` has an invalid value.
+// - 112: there is no space for the directory entry.
+// - 123: a name in the path is invalid.
+// - 206: the path is too long.
 HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* security, DWORD creation, DWORD attributes,
                    HANDLE templateFile);
 
 // Reads up to `bytes` bytes at the handle's position and advances it. Fewer bytes are read only at the end of the file.
-// At or after the end the call succeeds with 0 bytes. Fails with 5 without read access, 6, 31. `bytesRead` may not be
-// null. On failure `*bytesRead` is the number of bytes that were read before the error.
+// At or after the end the call succeeds with 0 bytes. Fails with 5 if the handle has no read access, with 6 if it isn't
+// an open file, and with 31 if the host's input failed. `bytesRead` may not be null. On failure `*bytesRead` is the
+// number of bytes that were read before the error.
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);
 
 // Writes at the handle's position and advances it by the bytes written. After success the bytes are in the file. They
 // can be lost later only if the disk itself fails. In that case the next call on the file fails with 31, the file ends
-// before the missing bytes, and each later write fails. Fails with 112 on a full card, 5 without write access, 6, 31.
-// `bytesWritten` may not be null. `*bytesWritten` is the number of bytes that this call has written, even if the call
-// fails. If a card becomes full, the bytes that fit are written.
+// before the missing bytes, and each later write fails. Fails with 5 if the handle has no write access, with 6 if it
+// isn't an open file, with 31 if the host's output failed, and with 112 if the card is full. If a card becomes full,
+// the bytes that fit are written. `bytesWritten` may not be null. `*bytesWritten` is the number of bytes that this call
+// has written, even if the call fails.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
 // Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half, the distance is an
