@@ -138,8 +138,9 @@ Step OpenDatabase::changeTogether(Connection& connection, std::span<const Gather
     return step == Step::Done ? transaction.commit() : step;
 }
 
-// If the disk has no room for all changes, tries each half separately, down to single changes. The oids of new records
-// are still free, because nothing was changed since the full disk caused the rollback.
+// If the disk has no room for all changes, tries each half separately, down to single changes. Each new record is
+// inserted again with its old oid. No other record has taken this oid, because only these changes were made after the
+// rollback.
 void OpenDatabase::changeWhatFits(Connection& connection, std::span<const GatheredChange> changes)
 {
     if (changes.empty())

@@ -103,8 +103,9 @@ LRESULT defaultDialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM 
     return moveIntoScreen(*window);
 }
 
-// Calls the program's dialog procedure, and for WM_INITDIALOG returns its result. For any other message, returns 0 if
-// the procedure handled the message. If it didn't (it returned 0), calls the default procedure and returns that result.
+// Calls the program's dialog procedure. For WM_INITDIALOG, returns the procedure's result. For any other message, a
+// nonzero result of the procedure means that it handled the message. In that case dialogProcedure returns 0. Otherwise
+// it calls the default procedure and returns the result of that call.
 LRESULT dialogProcedure(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
 {
     if (const DLGPROC procedure = procedureOf(handle)) {
