@@ -48,8 +48,8 @@ bool ImageRecords::add(ImageReader& reader)
 UnpackedImage::UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image)
     : image_(image), file_(u"\\"), reader_(std::make_unique<ImageReader>())
 {
-    // `image` already reports the faults of the stream, so the result is ignored. The bytes before a fault are
-    // unpacked.
+    // checkImage has already found the faults of the stream and stored them in `image`. So the return value of
+    // DecodeStream is ignored. DecodeStream unpacks the bytes before a fault.
     (void)DecodeStream(data.handle(), entry.startOffset, entry.endOffset, GrowingFile::writeRaw, &file_);
     StartImageReader(*reader_, file_.handle());
 }

@@ -34,7 +34,8 @@ std::string cell(const std::string& text)
     return quoted + '"';
 }
 
-// Limits the size of the file. Each row has a cell for each property that occurs in any record.
+// The largest number of cells that an export writes. Each row has a cell for each property that occurs in any record.
+// So without this limit, records with different properties could make the file very large.
 constexpr std::size_t MostCells = 100'000'000;
 
 [[noreturn]] void failTemporary()

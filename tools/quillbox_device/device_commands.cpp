@@ -139,7 +139,7 @@ void addCard(const fs::path& device, const std::string& name, const fs::path& fo
     if (!fs::is_directory(folder))
         throw Failure("\"" + folder.string() + "\" is not a folder.");
     // Opens the device together with the new folder. This makes all checks of a normal start. The device stores the
-    // folder in its list only if the checks succeed.
+    // folder in its list only if these checks and the check of the name succeed.
     openExisting(device).reset();
     const auto tried = platform::device::openDevice(device, {added}, false);
     if (!tried.device)

@@ -1,4 +1,5 @@
-// file_type.h - finds out what a file is by its content, for the extension of its name.
+// file_type.h - determines the type of a file from its content. The type decides the extension that a recovered file
+// gets.
 #pragma once
 
 #include <cstddef>

@@ -49,11 +49,12 @@ inline constexpr std::u16string_view ReportPath = u"\\recovered.txt";
 
 class RecoveryReport {
 public:
-    // `file` is the data file, for the head of the report. `folder` is the host's folder for the files.
+    // `file` is the path of the data file, which the report shows at its beginning. `folder` is the host's path of the
+    // folder that gets the recovered files. In JSON the paths of these files begin with `folder`.
     RecoveryReport(const std::string& file, const std::string& folder, bool json);
 
     void add(const RecoveredItem& item);
-    // Adds an entry of a list for which no stream was found.
+    // Adds the entry of a list as lost: the data file has no stream that matches the entry.
     void addLost(const OldEntry& entry);
 
     // Completes the report and writes recovered.txt. Returns an empty text, or the reason of a failure.

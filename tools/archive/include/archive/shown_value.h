@@ -16,7 +16,8 @@ std::string shortText(const std::string& text, std::size_t mostBytes = 200);
 
 std::string shownValue(const CEPROPVAL& property);
 
-// Returns the value as a registry file contains it: "text", dword:0000001f, hex:01,02.
+// Returns the value in the notation of a registry file, in one line: "text", dword:0000001f, hex:01,02. A long result
+// is cut by shortText.
 std::string shownRegistryValue(DWORD type, std::span<const std::byte> data);
 
 }  // namespace archive
