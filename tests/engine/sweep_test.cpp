@@ -50,8 +50,9 @@ constexpr int Errors[] = {EIO,          ENOSPC,    EACCES, ENOMEM,  EROFS,   EMF
                           EOPNOTSUPP,   EOVERFLOW, EFAULT, ETXTBSY, EAGAIN,  EISDIR,   EMLINK, ENOSYS,
                           ENAMETOOLONG, ESPIPE,    EPIPE,  E2BIG,   ENODATA, ENOTEMPTY};
 
-// How many calls, or bytes of the card, a sweep skips to the next round. The sanitized builds set it for rounds in
-// which a sanitizer finds nothing new (CMakeLists.txt).
+// Returns the step of a sweep, in calls or in bytes of the card's capacity, from one round to the next. It is 1 unless
+// the environment variable sets another step. The sanitized builds set it (CMakeLists.txt), because a sanitizer finds
+// nothing new in the rounds that are left out.
 std::uint64_t stepFrom(const char* variable)
 {
     const char* text = std::getenv(variable);
