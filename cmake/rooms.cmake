@@ -57,19 +57,30 @@ function(quillbox_room name)
   endif()
 endfunction()
 
-# quillbox_compile_quickly(TARGET...): these targets read options and print, and most of their code comes from header-only
-# libraries. A sanitized build doesn't optimise them, because that takes longer than running them. Other builds optimise them for
-# size, because all of their code is in memory during a backup.
-function(quillbox_compile_quickly)
-  set(optimisation -Os)
-  if(QUILLBOX_SANITIZE)
-    set(optimisation -O0)
-  endif()
+# A precompiled header must have been compiled with the same options, so these targets use none.
+function(quillbox_compile_differently options)
   foreach(target ${ARGN})
-    target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:${optimisation}>)
-    # A precompiled header must have been compiled with the same options.
+    target_compile_options(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:${options}>)
     set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
   endforeach()
+endfunction()
+
+# quillbox_compile_quickly(TARGET...): a sanitized build doesn't optimise these targets. They read options and print. Most
+# of their code comes from header-only libraries, and optimising this code takes longer than running it.
+function(quillbox_compile_quickly)
+  if(QUILLBOX_SANITIZE)
+    quillbox_compile_differently(-O0 ${ARGN})
+  endif()
+endfunction()
+
+# quillbox_compile_small(TARGET...): the same, but other builds optimise these targets for size, because nearly all of their
+# code is in memory during a backup.
+function(quillbox_compile_small)
+  if(QUILLBOX_SANITIZE)
+    quillbox_compile_quickly(${ARGN})
+  else()
+    quillbox_compile_differently(-Os ${ARGN})
+  endif()
 endfunction()
 
 if(NOT BUILD_TESTING)
