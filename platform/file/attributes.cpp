@@ -53,7 +53,7 @@ FILETIME creationTime(const HostStatus& status)
 
 DWORD objectId(const HostStatus& status)
 {
-    // A file system can reuse the inode number of a deleted file. The new file has another birth time.
+    // A file system can reuse the inode number of a deleted file, but the new file has another birth time.
     std::uint64_t mixed = status.stx_ino * 0x9E3779B97F4A7C15;
     if ((status.stx_mask & STATX_BTIME) != 0)
         mixed ^= ticks(status.stx_btime) * 0xC2B2AE3D27D4EB4F;

@@ -24,8 +24,9 @@ FILETIME fileTime(const statx_timestamp& time);
 // (mtime), whichever is earlier.
 FILETIME creationTime(const HostStatus& status);
 
-// Returns a number that identifies the file or folder. A later file of the same name gets another number. If the file
-// system stores birth times, a later file with the same inode number gets another number, too.
+// Returns a nonzero number, computed from the inode number and, if the file system stores it, the birth time. A later
+// file of the same name nearly always gets another number. It can get the same number if the file system stores no
+// birth times and uses the inode number of the deleted file again.
 DWORD objectId(const HostStatus& status);
 
 // The host's number of the file system (st_dev) that contains the file or folder.

@@ -20,8 +20,8 @@ constexpr bool isSameOnHost(char16_t character)
            character != u'"' && character != u'<' && character != u'>' && character != u'|';
 }
 
-// Appends one name of a device path, converted to its host name, to a path of the host. Returns false if no host name
-// converts to this name.
+// Converts one name of a device path to its host name, and appends that to a host path. Returns false if the device
+// name has no host name (see toHostName).
 bool appendName(std::string& path, std::u16string_view name)
 {
     if (!path.empty())

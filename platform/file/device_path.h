@@ -12,8 +12,9 @@
 namespace platform::file {
 
 struct HostPath {
-    // 0 or the error: 123 or 206 for an invalid path, 3 if there is no root folder, 21 for a path on a card that was
-    // removed, otherwise the error of opening the card. After an error the other fields are empty.
+    // 0 or the error: 206 if the path has more than 259 characters, 123 if it is empty or has an invalid name, 3 if
+    // there is no root folder, 21 if the card of the path was removed, otherwise the error of opening the card. After
+    // an error the other fields have their default values.
     DWORD error = 0;
     MountUse mount;
     std::string below;             // the path below the mount, parts joined by '/'; empty for the mounted folder itself

@@ -23,7 +23,7 @@ struct Attributes {
 // Whether it is certain that the stamp was taken of the file at the path, and that the file still has the same bytes.
 [[nodiscard]] bool isUnchangedAt(const HostPath& path, const FileStamp& stamp);
 
-// 0 or the error.
+// Both return 0, or an error of CreateDirectoryW or RemoveDirectoryW.
 [[nodiscard]] DWORD makeFolderAt(const HostPath& path);
 [[nodiscard]] DWORD removeFolderAt(const HostPath& path);
 
@@ -35,9 +35,10 @@ struct Deleted {
 // Deletes a file. Fails if this process has the file open.
 [[nodiscard]] Deleted deleteFileAt(const HostPath& path);
 
-// Returns the error if the entry may not be deleted, otherwise 0. Folders, read-only files, ROM files and files that
-// this process has open may not be deleted. `folder` is a descriptor of the folder that contains the entry. The caller
-// holds `openings` exclusively, so no thread of this process opens the file before the deletion.
+// Returns 0 if the entry may be deleted, otherwise the error. Folders, read-only files, ROM files, files that this
+// process has open, and files for which storedAttributes fails may not be deleted. `folder` is a descriptor of the
+// folder that contains the entry. The caller holds `openings` exclusively, so no thread of this process opens the file
+// before the deletion.
 [[nodiscard]] DWORD deletionError(const HostPath& path, int folder, const HostStatus& status, const OpenFiles& table)
     REQUIRES(table.openings()) EXCLUDES(table.mutex());
 

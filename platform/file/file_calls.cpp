@@ -94,7 +94,7 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten,
     if (!open)
         return fail(ERROR_INVALID_HANDLE);
     const Written written = open->write({static_cast<const std::byte*>(bytes), count});
-    *bytesWritten = static_cast<DWORD>(written.bytes);  // fewer than `count` if the card is full
+    *bytesWritten = static_cast<DWORD>(written.bytes);  // after an error, the bytes written before it
     return succeedUnless(written.error, Trouble::Writing, *open);
 }
 
@@ -244,7 +244,7 @@ BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp)
 BOOL CreateDirectoryW(const WCHAR* path, const void*)
 {
     const DWORD error = makeFolderAt(resolvePath(boundedPath(path)));
-    if (error != ERROR_PATH_NOT_FOUND)  // with this error, the failure to make the parent was noted already
+    if (error != ERROR_PATH_NOT_FOUND)  // a failure to make the parent folder was noted already
         noteFileTrouble(Trouble::Writing, boundedPath(path), error);
     return succeedUnless(error);
 }

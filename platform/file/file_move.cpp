@@ -43,8 +43,8 @@ DWORD errorOfMove(int result)
     return result == -EXDEV ? DWORD{ERROR_NOT_SAME_DEVICE} : platformError(result);
 }
 
-// Moves the entry to `to`, and fails if something exists there. No check comes before the move, because the host
-// refuses to replace an entry.
+// Moves the entry to `to`, and fails if something exists there. The host refuses to replace an entry, so no check comes
+// before the move. If the file system can't refuse that, this function first checks that nothing exists at `to`.
 DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
 {
     std::optional<ParentFolder> other;

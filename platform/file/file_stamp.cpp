@@ -29,8 +29,8 @@ std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
 
 // Whether it is certain that any later write changes the stamp. A write sets the write time to the present. So a later
 // write can leave the write time unchanged only if the last write was less than a step of the clock ago. A program that
-// sets the write time back changes the change time, which is also part of the stamp. If the change time is stored in
-// coarse steps, both times must be older than such a step.
+// sets the write time back changes the change time, which is also part of the stamp. If the change time has no fraction
+// of a second, the file system may store times in coarse steps, and both times must be older than such a step.
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
     const std::int64_t age = nanosecondsBetween(status.stx_mtime, asked);

@@ -9,8 +9,8 @@
 
 namespace platform::file {
 
-// Makes a stamp from `status`. The caller sets the stamp's field wasAlone. `asked` is the time on this machine's clock
-// just before `status` was read.
+// Makes a stamp from `status`. The stamp's field wasAlone is FALSE until the caller sets it. `asked` is the time on
+// this machine's clock just before `status` was read.
 FileStamp stampOf(const HostStatus& status, const timespec& asked);
 
 // Whether `status` belongs to the file of the stamp, and the file has the same length and write time as in the stamp.

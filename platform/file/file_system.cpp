@@ -15,7 +15,7 @@ struct Known {
     FileSystem system;
 };
 
-// A run uses only a few file systems in turn. So it is enough to remember the last four answers.
+// A backup or restore uses only a few file systems. So it is enough to remember the latest four answers of the host.
 struct Memory {
     kernel::Mutex mutex;
     std::array<Known, 4> known;

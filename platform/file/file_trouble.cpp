@@ -6,8 +6,9 @@ namespace platform::file {
 
 namespace {
 
-// Whether the error tells the program only that something doesn't exist, that it exists already, or that a list has
-// ended.
+// Returns true if the error isn't a failure of the device: it is 0, or it says only that something doesn't exist, that
+// it exists already, or that a list has ended. If the call was to write, a missing parent folder (3) or an invalid name
+// (123) is a failure.
 bool isNormal(Trouble kind, DWORD error)
 {
     switch (error) {

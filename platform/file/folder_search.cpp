@@ -39,8 +39,7 @@ bool isPattern(std::u16string_view text)
            text.find_first_of(std::u16string_view(u"/\"<>|")) == std::u16string_view::npos;
 }
 
-// "*.*" matches every name, also one without a dot. "*" is compared first, because walks through folders use this
-// pattern.
+// "*.*" matches every name, also one without a dot. "*" is compared first, because most searches use it.
 bool matchesPattern(std::u16string_view name, std::u16string_view pattern)
 {
     return pattern == u"*" || pattern == u"*.*" || text::matchesWildcards(name, pattern, text::Case::Ignored);

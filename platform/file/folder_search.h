@@ -48,8 +48,9 @@ private:
     std::size_t mountsSeen_ = 0;
 };
 
-// The result of beginSearch, which opens the folder for a search. `error` is one of the errors of FindFirstFileW, but
-// never the one for no match. Only next() compares entries with the pattern.
+// The result of beginSearch, which opens the folder for a search. `error` is 0 or an error of FindFirstFileW. It
+// doesn't say whether an entry matches the pattern, because only next() compares entries with the pattern. `search` is
+// null after an error.
 struct SearchBegun {
     DWORD error = 0;
     std::shared_ptr<FolderSearch> search;

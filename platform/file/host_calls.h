@@ -1,8 +1,8 @@
 // host_calls.h - every system call that the file layer makes on the host's files and folders.
 //
 // No other source of this room makes such calls, so that a test can count them and make each one fail (host_gate.h).
-// The exception is power_cut.cpp, which only tests link. A negative result is a negative errno; errno itself isn't
-// used. Interrupted calls are repeated.
+// The exceptions are the closing of descriptors (host/descriptor.h) and power_cut.cpp, which only tests link. A
+// negative result is a negative errno, so callers don't read errno. Interrupted calls are repeated.
 #pragma once
 
 #include "host/descriptor.h"
@@ -67,7 +67,7 @@ enum class Status { AsKnown, Fresh };
 [[nodiscard]] int removeFile(int folder, const char* name);
 [[nodiscard]] int removeEmptyFolder(int folder, const char* name);
 
-// Gives an open file the owner, group and mode of `old` (host::setRights).
+// Gives an open file the owner, group and mode of `old`, as far as this user may set them (host::setRights).
 [[nodiscard]] int takeRights(int file, const HostStatus& old);
 
 // Moves or renames a file. Without `replace`, the result is -EEXIST if `newName` exists, or -EINVAL if the file system

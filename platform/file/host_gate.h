@@ -1,5 +1,5 @@
-// host_gate.h - lets a watcher see each system call of host_calls.h, and make it fail. The program has no watcher: only
-// tests link one (file/host_faults.h).
+// host_gate.h - lets a watcher see the system calls of host_calls.h, and make them fail. Only the dropping of a lease
+// isn't shown to the watcher. The program has no watcher: only tests link one (file/host_faults.h).
 #pragma once
 
 #include <atomic>
@@ -22,7 +22,7 @@ public:
     // Returns 0 to let the call be made, or the errno with which it fails. For a read it can also return GivesNothing.
     [[nodiscard]] virtual int beforeCall(HostCall call) = 0;
 
-    // Is called before bytes of the file change, and before its size changes.
+    // Is called before the bytes or the size of the file change, and after a new file with a name was made.
     virtual void beforeChange(int file) = 0;
 
     // The functions below are called after a call that succeeded. Each path is relative to the folder argument before
@@ -40,7 +40,7 @@ protected:
 // Null, or a watcher that lives as long as the process.
 inline constinit std::atomic<HostCallWatcher*> hostCallWatcher = nullptr;
 
-// Returns the result of beforeCall; 0 without a watcher.
+// Calls beforeCall of the watcher and returns its result. Returns 0 without a watcher.
 [[nodiscard]] inline int passGate(HostCall call = HostCall::Other)
 {
     HostCallWatcher* const watcher = hostCallWatcher.load(std::memory_order_acquire);

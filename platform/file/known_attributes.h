@@ -1,4 +1,5 @@
-// known_attributes.h - remembers the stored attributes of recent files, so that a run asks the host once for each file.
+// known_attributes.h - remembers the stored attributes (stored_attributes.h) of recent files, so that a backup or
+// restore asks the host only once for each file.
 //
 // The host sets a file's change time whenever an attribute of the file changes. So an answer stays valid as long as the
 // change time is the same. This is certain only under two conditions: the last change is so long ago that another
@@ -26,8 +27,8 @@ public:
     // Returns the stored attributes. Empty if they aren't remembered.
     std::optional<DWORD> find(const HostStatus& status);
 
-    // Remembers the stored attributes `bits`. Before the caller asked the host for `bits`, it read `status`, and
-    // isSettled returned true for `status`.
+    // Remembers the stored attributes `bits` of a file. Before the caller asked the host for `bits`, it must have read
+    // `status`, and isSettled must have returned true for `status`.
     void note(const HostStatus& status, DWORD bits);
 
     // Whether an answer about this file can be remembered. `folder` is a descriptor on the same file system as the
@@ -43,8 +44,8 @@ private:
         DWORD bits = 0;
     };
 
-    // Memory is allocated in chunks of slots by inode number. Inode numbers in a folder are mostly consecutive, so few
-    // chunks are needed for few files.
+    // Slots are allocated in chunks, and each chunk is for consecutive inode numbers. The files of a folder mostly have
+    // consecutive inode numbers, so they need few chunks.
     static constexpr std::size_t ChunkSlots = 64;
     static constexpr std::size_t Chunks = 8192;
     using Chunk = std::array<Slot, ChunkSlots>;

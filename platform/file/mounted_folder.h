@@ -36,7 +36,7 @@ struct Volume {
 };
 
 // A folder of the host that is mounted in the device's name space. The object lives until removeAllMounts. The
-// descriptors of a removable folder are open only while the folder is used.
+// descriptors of a removable folder are open only from a use of the folder until closeIfUnused closes them.
 class MountedFolder {
 public:
     // `own` is the Volume for the file system that contains the folder itself.
@@ -68,8 +68,9 @@ public:
     // written bytes may be lost.
     void setGone() { gone_ = true; }
     bool isGone() const { return gone_; }
-    // Asks the host whether the folder is still mounted at its path. If it is, everything that was flushed before this
-    // call is on the medium. Always true for a folder that isn't removable.
+    // Asks the host whether the medium of the folder is still mounted at its path. If it isn't, the folder is
+    // gone from then on. Returns false if the folder is gone. After true, everything that was flushed before this call
+    // is on the medium. Always true for a folder that isn't removable.
     [[nodiscard]] bool isInPlace();
 
     // Subtracts up to `bytes` bytes from the free capacity. Returns the number of bytes subtracted, which is always
@@ -77,9 +78,9 @@ public:
     [[nodiscard]] std::uint64_t takeRoom(std::uint64_t bytes);
     void giveBackRoom(std::uint64_t bytes);
 
-    // Registers the file system whose st_dev is `device`, so that a later noteChange() can mark it as changed. Call it
-    // before a change on this file system. If another file system is mounted below the folder, `device` can differ from
-    // the folder's own st_dev. `path` is the path of a folder on the file system, relative to this mounted folder.
+    // Registers the file system whose st_dev is `device`, so that a later noteChange() can mark it as changed. Call
+    // this function before each change. `path` is the path of a folder on the file system, relative to this mounted
+    // folder. `device` differs from the folder's own st_dev if another file system is mounted below the folder.
     void expectChange(std::uint64_t device, const std::string& path);
 
     // Marks the registered file system as changed. Call it after the change, not before. Otherwise a flush that runs at

@@ -14,12 +14,12 @@ using List = std::vector<MountedFolder*>;
 
 struct Mounts {
     std::unique_ptr<MountedFolder> root;
-    std::atomic<const List*> current;  // the last one in `lists`
+    std::atomic<const List*> current;  // the last one in `lists`; null if there is none
 
     kernel::Mutex mutex;
     std::vector<std::unique_ptr<MountedFolder>> folders GUARDED_BY(mutex);
-    // The current list and all earlier ones. Earlier lists aren't destroyed, because another thread can still read
-    // them.
+    // The current list and all earlier ones. An earlier list isn't destroyed before forgetMounts, because another
+    // thread can still read it.
     std::vector<std::unique_ptr<const List>> lists GUARDED_BY(mutex);
 
     void publish() REQUIRES(mutex)

@@ -32,8 +32,8 @@ const std::vector<MountedFolder*>& mountsInRoot();
 // Whether a mounted folder hides the entry of the root folder that has this name on the host.
 bool hiddenByMount(std::string_view hostName);
 
-// Adds a folder. A folder without a name becomes the root. Returns false if there is a folder of that name already,
-// unless that folder was removed.
+// Adds a folder. A folder without a name becomes the root. Call this function only once for the root. For any other
+// folder, returns false if there is a folder of that name already, unless that folder was removed.
 [[nodiscard]] bool insertMount(std::unique_ptr<MountedFolder> added);
 
 // Removes all folders. Call it only while no call on a file is in progress, and no file or search is open.

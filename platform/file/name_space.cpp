@@ -53,7 +53,7 @@ std::uint64_t measure(int folder)
 
 struct MarkedFiles {
     std::vector<std::string> names;
-    bool areAll = true;  // the host has reported for each file whether it has the mark
+    bool areAll = true;  // the whole folder was read, and the host has reported for each file whether it has the mark
 };
 
 MarkedFiles markedFilesIn(FolderReader& reader)

@@ -30,7 +30,7 @@ OpenFile::OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sha
 
 OpenFile::~OpenFile()
 {
-    (void)close();  // again, because a write on another thread can gather bytes after CloseHandle
+    (void)close();  // again, because a write on another thread can gather bytes after CloseHandle has called it
     // The descriptor is closed before the file leaves the table. Otherwise the next opening of the file would take this
     // descriptor for that of another process.
     descriptor_ = Descriptor();
@@ -264,9 +264,9 @@ DWORD OpenFile::refreshSize(HostStatus& status)
     return 0;
 }
 
-// Sets `end` to the length of the file. Asks the host only if another process can have changed the file. Another
-// process can't change a file without a name on the host. While a handle only reads and doesn't share the file for
-// writing, another process can't change the file either.
+// Sets `end` to the length of the file. Asks the host only if another process may have changed the file. No other
+// process changes a file that has no name on the host. A handle that only reads, and that doesn't share the file for
+// writing, forbids changes by others.
 DWORD OpenFile::endOfFile(std::uint64_t& end)
 {
     HostStatus status = {};
@@ -276,8 +276,8 @@ DWORD OpenFile::endOfFile(std::uint64_t& end)
     return error;
 }
 
-// Flushes the folder of the file and all folders above it, up to the mounted folder. The folders above are flushed
-// because they can be new, too. Then their own entries may not be on the disk yet.
+// Flushes the folder of the file and all folders above it, up to the mounted folder. The folders above can be new, too,
+// so their own entries may not be on the disk yet.
 DWORD OpenFile::flushEntries() const
 {
     std::string folder = hostPath_.below;

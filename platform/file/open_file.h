@@ -21,7 +21,8 @@ namespace platform::file {
 class OpenFile final : public kernel::Object {
 public:
     // The caller first calls table.enter() for `file` with `sharing`, and then constructs this object. The destructor
-    // calls table.leave(). For a temporary file, `descriptor` is empty and `opened` is left out.
+    // calls table.leave(). `opened` is the stamp that the file had when it was opened. For a temporary file,
+    // `descriptor` is empty and `opened` is left out.
     OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sharing& sharing, Descriptor descriptor,
              HostPath hostPath, const FileStamp& opened = {});
     ~OpenFile() override;

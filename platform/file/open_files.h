@@ -58,9 +58,9 @@ public:
     // Adds a handle of a temporary file.
     void enter(const std::shared_ptr<SharedFile>& temporary, const Sharing& sharing) REQUIRES(mutex_);
 
-    // Remembers a file that this process has just made. When the process opens this file again, it doesn't ask the host
-    // whether another process uses the file. Otherwise an indexer or scanner, which opens each new file for a moment,
-    // could make that opening fail.
+    // Remembers a file that this process has just made, until it has made eight more files. When the process opens a
+    // remembered file again, it doesn't ask the host whether another process uses the file. Otherwise an indexer or
+    // scanner, which opens each new file for a moment, could make that opening fail.
     void noteMade(const HostStatus& status) REQUIRES(mutex_);
     bool wasMadeHere(const HostStatus& status) const REQUIRES(mutex_);
 
@@ -75,8 +75,8 @@ public:
     [[nodiscard]] DWORD nameInFolder(const HostPath& folder) EXCLUDES(mutex_);
     [[nodiscard]] DWORD nameAll() EXCLUDES(mutex_);
 
-    // Ends the declaration of a path. If the file there can't get its name on the host, the declaration remains. 0 or
-    // the error.
+    // Ends the declaration of a path. Returns 0 or the error. If the file at the path can't get its name on the host,
+    // the declaration remains.
     [[nodiscard]] DWORD withdrawTemporary(const HostPath& path) REQUIRES(mutex_);
 
     // Removes a handle that enter() has added.
@@ -90,8 +90,8 @@ public:
     // host is full. The caller holds no file's lock.
     void releaseReserves() EXCLUDES(mutex_);
 
-    // Writes out the gathered bytes of all files of a mounted folder. 0 or the first error. The caller holds no file's
-    // lock.
+    // Writes out the gathered bytes of all files of a mounted folder. Returns 0 or the first error. The caller holds no
+    // file's lock.
     [[nodiscard]] DWORD writeOutAll(const MountedFolder& mount) EXCLUDES(mutex_);
 
 private:
@@ -127,7 +127,7 @@ private:
 
     mutable kernel::SharedMutex openings_;
     mutable kernel::Mutex mutex_;
-    // A run has fewer than ten files open, so a search from the start is fastest.
+    // A backup or restore has fewer than ten files open, so a linear search is fastest.
     std::vector<Entry> files_ GUARDED_BY(mutex_);
     std::array<MadeFile, 8> made_ GUARDED_BY(mutex_);
     std::size_t nextMade_ GUARDED_BY(mutex_) = 0;

@@ -168,7 +168,7 @@ DWORD checkExisting(Request& request, const OpenFiles& table) EXCLUDES(table.mut
     return request.isOpenHere || request.isUnsure ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
 }
 
-// Adds the handle to the table. Null if a handle that another thread opened meanwhile forbids this one.
+// Adds the handle to the table. Null if a handle that another thread opened after checkExisting forbids this one.
 std::shared_ptr<SharedFile> enter(const Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
     const FileKey key = keyOf(request.status);
@@ -195,7 +195,7 @@ Opened openOnHost(const HostPath& path, const Sharing& sharing, DWORD creation, 
     REQUIRES_SHARED(table.openings()) EXCLUDES(table.mutex())
 {
     Request request{.path = path, .sharing = sharing, .creation = creation, .descriptor = {}};
-    timespec asked = {};  // can be a clock tick too early; the stamp then proves less, which is safe
+    timespec asked = {};  // if this is a clock tick too early, provesWrites may be FALSE, which is safe
     (void)::clock_gettime(CLOCK_REALTIME_COARSE, &asked);
     if (const int result = openEither(request, table); result < 0) {
         request.isUnsure = result == -EAGAIN;  // there is a lease on the file

@@ -8,8 +8,8 @@
 
 namespace platform::file {
 
-// The folder that contains the entry, opened to look up entries. If that is the mounted folder itself, the object uses
-// the mount's descriptor and opens none.
+// The folder that contains the entry, opened to look up entries. If that is the mounted folder itself, or if the path
+// is that of the mounted folder, the object uses the descriptor of the mounted folder and opens none.
 class ParentFolder {
 public:
     explicit ParentFolder(const HostPath& path);
@@ -29,7 +29,8 @@ private:
 // folder.
 [[nodiscard]] int statusAt(const ParentFolder& parent, const HostPath& path, HostStatus& status);
 
-// Translates a negative errno of statusAt, or of another call on the entry, to an error of the platform.
+// Translates a negative errno of statusAt, or of another call on the entry, to an error of the platform. A missing
+// entry becomes 2, and a missing folder of the path becomes 3.
 [[nodiscard]] DWORD errorAt(const HostPath& path, const ParentFolder& parent, int result);
 
 // Returns the error for a call that found no entry: 3 if a folder of the path is missing, the host's error if a folder

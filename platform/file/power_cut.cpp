@@ -28,7 +28,7 @@ struct ChangedFile {
 struct Name {
     Inode folder;
     std::string name;
-    int keptOpen = -1;  // the folder
+    int keptOpen = -1;  // a descriptor of the folder
 
     std::string path() const { return "/proc/self/fd/" + std::to_string(keptOpen) + "/" + name; }
     bool operator==(const Name& other) const { return folder == other.folder && name == other.name; }

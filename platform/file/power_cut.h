@@ -28,7 +28,8 @@ void noteFlush(int fileOrFolder);
 // the whole file system.
 void noteFileSystemFlush(int fileOrFolder);
 
-// Removes from the disk everything that was not flushed.
+// Cuts each changed file to its flushed size, removes the new entries that weren't flushed, and gives the entries whose
+// move wasn't flushed their old names back.
 void undoUnflushed();
 
 // Forgets all that was recorded.

@@ -75,7 +75,7 @@ ReadAhead::Fetched ReadAhead::fetch(int file, std::uint64_t offset, std::span<st
         if (came >= 0)
             return {static_cast<std::size_t>(came), nextFill_, takeBuffered(offset, out), 0};
         // The read ahead can fail because of a damaged sector after the caller's bytes. The caller's read must not fail
-        // for this reason. So it is repeated without reading ahead.
+        // for this reason. So the read is repeated without reading ahead.
     }
     const long came = readAt(file, out, offset);
     const std::size_t bytes = came > 0 ? static_cast<std::size_t>(came) : 0;

@@ -284,9 +284,8 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<
     return {done.bytes - before, error, error == ERROR_DISK_FULL};
 }
 
-// Drops the gathered bytes after the first `kept`, which are the only ones that the host has written. The file then
-// ends after them. The dropped bytes were reported as written. So each later write fails with the error until the file
-// is cut.
+// Drops all gathered bytes except the first `kept`, which the host has written. The file then ends after the kept
+// bytes. The dropped bytes were reported as written. So each later write fails with the error until the file is cut.
 void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;
@@ -320,8 +319,9 @@ void SharedFile::startGathering(int descriptor)
         gather_ = std::make_unique_for_overwrite<std::byte[]>(GatherBytes);
 }
 
-// Whether the bytes up to `end` fit into the block that contains the last byte on the host. This process wrote that
-// byte, so the host has allocated the whole block.
+// Returns true if this process wrote the last byte that the file has on the host, and the bytes up to `end` fit into
+// the block of that byte. Because of the write, the host has allocated the whole block. Returns false on a file system
+// that isn't one of ReservingFileSystems.
 bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
 {
     const std::uint64_t hostEnd = size_ - gathered_;

@@ -16,7 +16,8 @@
 // - Gathered bytes lie below reservedTo_ or in a block that the host has already allocated.
 // - Each byte that this process added, also a gathered one, is subtracted from the card's free capacity.
 // - gatherer_ is an open descriptor for writing, from the first gathered write until release().
-// - Once gathered bytes are lost, lost_ has the error, and size_ is the offset of the first lost byte.
+// - From the loss of gathered bytes until endAt succeeds, lost_ has the error, and size_ is the offset of the first
+//   lost byte.
 #pragma once
 
 #include "attributes.h"
@@ -36,14 +37,14 @@ namespace platform::file {
 struct Written {
     std::size_t bytes = 0;  // the number of bytes written, also after a failure
     DWORD error = 0;
-    bool hostIsFull = false;  // the rest failed because of the host, not because of the card's capacity
+    bool hostIsFull = false;  // the rest failed because the host's disk is full, not because of the card's capacity
 };
 
 class SharedFile {
 public:
     SharedFile(MountedFolder& mount, const FileKey& key, std::uint64_t size);
 
-    // A new temporary file. No file of the host has its key.
+    // For a new temporary file. `key` must not be the key of a file on the host.
     SharedFile(MountedFolder& mount, const FileKey& key, std::unique_ptr<TemporaryContent> content);
 
     // Guards this object and the state of the file's handles (OpenFile).
@@ -77,7 +78,7 @@ public:
     // reads and writes `named`. Returns 0 or the error. After an error this object still uses the nameless file.
     [[nodiscard]] DWORD moveTo(Descriptor named, std::uint64_t device) REQUIRES(mutex_);
 
-    // Returns the memory of a file that nobody uses any more, so that the next temporary file can use it.
+    // Takes the memory of a temporary file that was deleted, so that the next temporary file can use it.
     [[nodiscard]] TemporaryContent::Memory takeMemory() REQUIRES(mutex_) { return content_->takeMemory(); }
 
     // The length of the file, including the gathered bytes.
@@ -86,7 +87,7 @@ public:
     // Sets the length to `size`, which the host has reported. Call it only while no bytes are gathered.
     void setSize(std::uint64_t size) REQUIRES(mutex_) { size_ = size; }
 
-    // A number that changes whenever bytes of the file change.
+    // A number that changes whenever this process changes bytes or the length of the file.
     std::uint64_t version() const REQUIRES(mutex_) { return version_; }
 
     bool hasGathered() const REQUIRES(mutex_) { return gathered_ != 0; }

@@ -1,4 +1,4 @@
-// stored_attributes.h - the attributes of the device that are stored with a file or folder of the host.
+// stored_attributes.h - the device's attributes (FILE_ATTRIBUTE_*) that are stored with a file or folder of the host.
 #pragma once
 
 #include "host_calls.h"

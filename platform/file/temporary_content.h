@@ -1,6 +1,7 @@
-// temporary_content.h - the bytes of a temporary file (temporary_files.h). They are in memory at first, and in a
-// nameless file of the host when they don't fit into memory any more. Both disappear when the process ends, even if it
-// is killed. When the file gets a name on the host, its bytes move to the file with that name.
+// temporary_content.h - the bytes of a temporary file (temporary_files.h). At first the bytes are in memory. When they
+// no longer fit there, they move to a nameless file of the host. The memory and the nameless file disappear when the
+// process ends, even if it is killed. When the temporary file gets a name on the host, its bytes are copied to the file
+// with that name.
 #pragma once
 
 #include "device_path.h"
@@ -18,14 +19,14 @@ namespace platform::file {
 class TemporaryContent {
 public:
     static constexpr std::size_t MemoryBytes = 262144;
-    using Memory = std::unique_ptr<std::byte[]>;  // of MemoryBytes
+    using Memory = std::unique_ptr<std::byte[]>;  // MemoryBytes bytes long
 
     TemporaryContent(HostPath path, Memory memory);
 
     bool isInMemory() const { return memory_ != nullptr; }
 
-    // Call these functions only while the bytes are in memory. takes() returns whether a write of `bytes` bytes at
-    // `offset` fits into memory. `size` is the length of the file.
+    // Call these functions only while the bytes are in memory. `size` is the length of the file. takes() returns
+    // whether a write of `bytes` bytes at `offset` fits into memory and begins at or before the end of the file.
     bool takes(std::uint64_t offset, std::size_t bytes, std::uint64_t size) const;
     void put(std::uint64_t offset, std::span<const std::byte> bytes);
     std::size_t read(std::uint64_t offset, std::span<std::byte> out, std::uint64_t size) const;

@@ -4,9 +4,8 @@
 // and its bytes are in memory as long as they fit there (temporary_content.h). Before a call that could notice the
 // missing name, the file gets its name on the host. From then on it is a file like any other, until it is deleted.
 //
-// A declaration never affects a file that something else has put at the path. If a file exists there at the time of the
-// declaration, the declaration takes effect only after noteDeleted was called for the path. A file that another program
-// makes there later isn't touched.
+// A declaration never affects a file that exists at the path already, or that another program makes there later. If a
+// file exists at the path when the path is declared, the declaration takes effect only when noteDeleted is called.
 #pragma once
 
 #include "device_path.h"
@@ -43,15 +42,15 @@ public:
     [[nodiscard]] std::shared_ptr<SharedFile> make(const HostPath& path);
 
     // Records that nothing exists at the path, so that make() can make a nameless file there. Call it after a file at
-    // the path was deleted, whether the file was nameless or on the host.
+    // the path was deleted or moved away, whether the file was nameless or on the host.
     void noteDeleted(const HostPath& path);
 
-    // Marks the root folder if the file's path is declared and directly in the root folder. Call this function before a
-    // file is made on the host. Because the folder is marked before the file, even a killed process never leaves a
-    // marked file in an unmarked root folder.
+    // Sets the mark (see below) on the root folder, if the file's path is declared and directly in the root folder.
+    // Call this function before a file is made on the host. Because the folder is marked before the file, even a killed
+    // process never leaves a marked file in an unmarked root folder.
     void expectMade(const HostPath& path) const;
 
-    // Marks the file if its path is declared. Call this function after the file was made on the host.
+    // Sets the mark on the file if its path is declared. Call this function after the file was made on the host.
     void noteMade(const HostPath& path, int file) const;
 
     struct Nameless {
@@ -64,14 +63,14 @@ public:
     std::vector<Nameless> inFolder(const HostPath& folder) const;
     std::vector<Nameless> all() const;
 
-    // Records that something is at the path on the host, so that the path has no nameless file any more. Call it after
-    // the file got its name on the host.
+    // Records that `file` isn't nameless any more, because it has got its name on the host. So make() makes no nameless
+    // file at its path until noteDeleted() is called.
     void noteNamed(const SharedFile& file);
 
 private:
     struct Declared {
         HostPath path;
-        bool isOnHost = false;  // something may exist at the path
+        bool isOnHost = false;  // something may exist at the path on the host
         std::shared_ptr<SharedFile> file;
     };
     template <class Wanted>
@@ -81,7 +80,7 @@ private:
 
     std::vector<Declared> declared_;
     std::uint64_t made_ = 0;
-    TemporaryContent::Memory spare_;  // of the file that was deleted last, for the next one
+    TemporaryContent::Memory spare_;  // of a deleted file, for the next temporary file
 };
 
 // A temporary file that is on the host has a special extended attribute, the mark. If a killed process leaves such a

@@ -24,7 +24,7 @@ using host::platformError;
 
 namespace {
 
-// The file to delete. It is open, and this process has a lease on it if the file system has leases.
+// The file to delete. It is open, and this process has a lease on it if the host grants one.
 struct Held {
     Descriptor file;
     HostStatus status = {};
@@ -89,8 +89,8 @@ int moveBackOnce(int folder, const char* aside, const char* name)
     return linked == 0 ? removeFile(folder, aside) : linked;
 }
 
-// Gives the file its old name back, because nobody would look for the file under the other name. Tries several times,
-// because a failure can be temporary.
+// Gives the file its old name back, because nobody would look for the file under the name that it got for the deletion.
+// Tries several times, because a failure can be temporary.
 int moveBack(int folder, const char* aside, const char* name)
 {
     int result = -EIO;

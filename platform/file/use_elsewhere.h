@@ -9,8 +9,8 @@
 namespace platform::file {
 
 enum class Lease {
-    Held,     // the host grants it: no other process has the file open in a conflicting way
-    InUse,    // another process has the file open
+    Held,     // the host grants the lease: no other process has the file open in a conflicting way
+    InUse,    // another process has the file open in a conflicting way
     NotGiven  // the host refuses the lease for another reason
 };
 
@@ -21,7 +21,7 @@ enum class Lease {
 [[nodiscard]] Lease probeLease(int file, const Sharing& sharing, std::uint64_t device);
 
 // The result of takeLease, which takes a write lease and keeps it until `file` is closed. Until then, another process
-// that opens the file waits. `error` is set if the host failed.
+// that opens the file waits. `error` isn't 0 if the host failed.
 struct LeaseTaken {
     Lease lease = Lease::NotGiven;
     DWORD error = 0;

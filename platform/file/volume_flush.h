@@ -16,8 +16,8 @@ struct FailedFlush {
 
 // Gives temporary files their names on the host, and writes out the gathered bytes of open files. Then flushes each
 // file system that was changed since its last flush. If the flush of one file system fails, the others are still
-// flushed. The file system whose flush failed stays marked as changed, unless its medium was removed. Can be called on
-// any thread.
+// flushed. The file system whose flush failed stays marked as changed, unless its medium was removed. Returns the
+// folders for which a step failed, with the errors. Can be called on any thread.
 [[nodiscard]] std::vector<FailedFlush> flushChangedVolumes();
 
 }  // namespace platform::file

@@ -10,12 +10,12 @@ namespace platform::file {
 enum class FaultKind {
     Fail,       // the call isn't made and fails with `error` (an errno)
     Kill,       // the process is killed before the call is made
-    PowerCut,   // like Kill, but first everything that was never flushed is removed from the disk. This cuts each file
-                // to its size at its last flush, and removes the entries that were made since the last flush of
-                // their folder. Entries that were moved since that flush move back. Deleted entries stay deleted,
-                // which is the worst that a disk can do.
+    PowerCut,   // like Kill, but first the process brings the disk to a state that a power cut could leave. It cuts
+                // each file to its size at its last flush or, without a flush, before its first change. It removes the
+                // entries that were made since the last flush of their folder, and moves back the entries that were
+                // moved since that flush. Deleted entries stay deleted, which is the worst that a disk can do.
     ShortRead,  // if the call reads bytes of a file, it delivers none, as at the end of the file
-    Meanwhile,  // `meanwhile` runs before the call is made; it must not call the file room
+    Meanwhile,  // before the call is made, the function `meanwhile` runs, which must not call the file room
 };
 
 struct FaultPlan {
@@ -30,7 +30,7 @@ struct FaultPlan {
 void setFaultPlan(const FaultPlan& plan);
 void clearFaultPlan();
 
-// Calls made since the plan was set.
+// The number of system calls since the plan was set. Calls that the plan made fail are counted, too.
 std::uint64_t hostCallsMade();
 
 }  // namespace platform::file

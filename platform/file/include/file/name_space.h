@@ -17,15 +17,16 @@
 namespace platform::file {
 
 // Prepares the process for file calls. Changes the umask so that the owner can read and write the files that the
-// process makes. Also makes the process ignore SIGIO. By default this signal would end the process when another process
-// breaks one of its leases. addMount calls this function. Call it directly only if the process makes files before
-// addMount. No other thread may make files during the call.
+// process makes. Also makes the process ignore SIGIO, unless an action for it is set. The host sends this signal when
+// another process breaks a lease of this process, and by default the signal ends the process. addMount calls this
+// function. Call it directly only if the process makes files before addMount. No other thread may make files during the
+// call.
 void prepareProcess();
 
 // One host folder in the name space.
 struct Mount {
     std::u16string name;                    // the folder's name in the root; empty for the root itself
-    int folder = -1;                        // an open descriptor of the host folder, which the name space then owns
+    int folder = -1;                        // an open descriptor of the host folder; addMount takes it over
     bool card = false;                      // the folder has FILE_ATTRIBUTE_TEMPORARY
     std::optional<std::uint64_t> capacity;  // bytes that its files can hold together, including the present ones
 };
@@ -34,22 +35,25 @@ struct Mount {
 // invalid, or if the folder can't be read. In each of these cases the descriptor is closed.
 [[nodiscard]] bool addMount(Mount mount);
 
-// Adds a removable folder. From then on, a search of the root finds it. Returns false if the name is taken or invalid,
-// or if the host's folder doesn't exist.
+// Adds a removable folder. Each search of the root that begins later finds the folder, as long as it can be opened.
+// Returns false if the name is taken or invalid, or if the host reports no folder at `place`.
 [[nodiscard]] bool addRemovable(Removable removable);
 
 // Removes a removable folder. From then on, each call on its paths and each write or flush of its open files fails with
 // ERROR_NOT_READY. The flush fails even if the bytes were written before the removal. After the removal, another folder
-// can be added under the same name. Returns false if there is no such folder.
+// can be added under the same name. Returns false if no removable folder was added under this name.
 bool removeRemovable(const std::u16string& name);
 
-// Closes the removable folders that no call has used for `time`, that have no open file, and whose changes are flushed.
+// Closes the descriptors of each removable folder that has no open file, search or declared temporary file, that no
+// call has used for `time`, and whose changes are flushed. For a folder that was removed, only the first condition
+// counts.
 void closeUnusedFolders(std::chrono::milliseconds time);
 
 // Closes all open files and searches, and removes all folders. Call it only while no other thread makes calls on files.
 void removeAllMounts();
 
-// The total length of the files of a folder with a capacity. Empty if the folder has no capacity.
+// Returns the length of all files of a mounted folder together: their length when the folder was added, plus what this
+// process has added since then, minus what it has deleted. Empty if there is no such folder or if it has no capacity.
 std::optional<std::uint64_t> usedBytes(const std::u16string& mountName);
 
 // Moves the temporary files that a killed process left in the root folder (DeclareTemporaryFile) to the folder

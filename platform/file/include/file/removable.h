@@ -6,13 +6,13 @@
 
 namespace platform::file {
 
-// A card whose host folder can disappear at any time, for example because the user unmounts the medium in this folder.
-// The host can't unmount a medium while a descriptor of its folder is open. So the name space opens the folder only
-// while the program uses it.
+// A card whose host folder can disappear at any time, for example because the user unmounts the medium at this folder.
+// The host can't unmount a medium while a descriptor of its folder is open. So the name space opens the folder when the
+// program uses it, and closeUnusedFolders closes it.
 struct Removable {
     std::u16string name;
     std::string place;  // the path of the host folder
-    // Opens that folder. Returns a descriptor, which the name space then owns, or a negative errno.
+    // Opens that folder. Returns a negative errno, or a descriptor, which the name space closes later.
     std::function<int()> open;
 };
 
