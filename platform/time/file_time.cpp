@@ -33,7 +33,7 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime)
         return fail(ERROR_INVALID_PARAMETER);
     const year_month_day date(std::chrono::year{time->wYear}, std::chrono::month{time->wMonth},
                               std::chrono::day{time->wDay});
-    // std::chrono's month and day cut numbers above 255, so check the numbers of `time` too.
+    // std::chrono's month and day don't keep numbers above 255, so check the numbers of `time` too.
     if (time->wMonth > 12 || time->wDay > 31 || !date.ok() || time->wHour > 23 || time->wMinute > 59 ||
         time->wSecond > 59 || time->wMilliseconds > 999)
         return fail(ERROR_INVALID_PARAMETER);

@@ -1,4 +1,4 @@
-// The short date format, from the host's LC_TIME.
+// GetLocaleInfoW: the short date format, which setShortDateFormat has set or which comes from the host's LC_TIME.
 #include "time/clock.h"
 
 #include "text/host_name.h"
@@ -13,7 +13,7 @@ namespace platform::time {
 
 namespace {
 
-// The low 16 bits of the argument are the setting, and the high 16 bits are flags.
+// The low 16 bits of GetLocaleInfoW's argument `setting` are the setting itself, and the high 16 bits are flags.
 constexpr DWORD settingMask = 0xFFFF;
 
 struct ChosenFormat {
@@ -38,8 +38,8 @@ std::string hostDateFormat()
     return locale ? nl_langinfo_l(D_FMT, locale.get()) : "%m/%d/%y";
 }
 
-// Returns the platform's letters for one conversion. Returns an empty text if the conversion isn't part of a date.
-// `unpadded` means no leading zeros.
+// Returns the platform's text for one conversion of strftime, such as "dd" for 'd'. Returns an empty text if the
+// conversion isn't part of a date. `unpadded` means no leading zeros.
 std::u16string_view pictureOf(char conversion, bool unpadded)
 {
     switch (conversion) {

@@ -1,4 +1,4 @@
-// files.h - functions that several rooms use for files of the host. These files have no path on the device.
+// files.h - functions that several rooms use for files of the host, also for files that have no path on the device.
 #pragma once
 
 #include "host/descriptor.h"
@@ -17,8 +17,8 @@ struct Rights {
     mode_t mode = 0;  // bits other than the permissions are ignored
 };
 
-// Sets the rights of an open file. If this user may not set the owner or the group, that one stays unchanged. If the
-// group stays unchanged, it gets no permissions, because the permissions in `rights` were meant for another group.
+// Sets the rights of an open file. If this user may not set the owner or the group, that one stays unchanged. A group
+// that couldn't be set gets no permissions, because the permissions in `rights` were meant for another group.
 // Returns 0, or the errno if the mode can't be set.
 [[nodiscard]] int setRights(int file, const Rights& rights);
 
@@ -28,7 +28,8 @@ struct Rights {
 // the errno.
 [[nodiscard]] int flushFolder(const std::filesystem::path& folder);
 
-// Returns 16 hexadecimal digits that nobody can predict. They are for the name of a file that no other program may use.
+// Returns 16 hexadecimal digits that nobody can predict. A file name with these digits doesn't collide with a name that
+// another program uses.
 std::string unguessableName();
 
 }  // namespace platform::host

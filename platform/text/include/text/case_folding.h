@@ -9,9 +9,9 @@ namespace detail {
 [[nodiscard]] char16_t foldBeyondAscii(char16_t character);
 }
 
-// Returns the small letter of a capital in Latin, Greek, Cyrillic, Armenian or full-width Latin. Variants of a letter,
-// such as the micro sign and the sigma at a word's end, also become the usual small letter. Every other character is
-// returned unchanged. One character folds to one character, so the German sharp s is unchanged too.
+// Returns the small letter of a common capital in Latin, Greek, Cyrillic, Armenian or full-width Latin. Variants of a
+// letter, such as the micro sign and the sigma at a word's end, also become the usual small letter. Every other
+// character is returned unchanged. One character folds to one character, so the German sharp s is unchanged too.
 [[nodiscard]] inline char16_t foldCase(char16_t character)
 {
     if (character < 0x80)

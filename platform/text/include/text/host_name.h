@@ -17,7 +17,7 @@ namespace platform::text {
 [[nodiscard]] std::u16string toDeviceName(std::string_view hostName);
 
 // Returns nothing for a name that no host name converts to. Such a name is empty, "." or "..", or it contains \ / * ? "
-// < > |, NUL, a lone surrogate or a needless escape, or it has more than 255 bytes on the host.
+// < > |, NUL, a lone surrogate or an escape that toDeviceName wouldn't make, or it has more than 255 bytes on the host.
 [[nodiscard]] std::optional<std::string> toHostName(std::u16string_view deviceName);
 
 // Converts a text that contains names to a text for display, which can't be converted back. No font can show escapes,

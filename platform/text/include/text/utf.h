@@ -49,7 +49,7 @@ struct Decoded {
 // The first character of `text`, which must not be empty. A lone surrogate is invalid.
 [[nodiscard]] Decoded decodeUtf16(std::u16string_view text);
 
-// These functions write one valid character and return the number of units written.
+// Encode one valid character, and return the number of bytes or code units written.
 unsigned encodeUtf8(char32_t character, char (&out)[4]);
 unsigned encodeUtf16(char32_t character, char16_t (&out)[2]);
 

@@ -1,4 +1,4 @@
-// clock.h - fixes the results of the time and date calls, for tests and scripts.
+// clock.h - fixes the results of the time and date calls, for tests.
 #pragma once
 
 #include "ce/time.h"
