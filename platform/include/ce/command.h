@@ -1,10 +1,10 @@
 // ce/command.h - lets the host make backups and restores without windows, for a command from a shell or a timer.
 //
 // The program defines these functions. The host opens the device, calls BeginCommand once, and then prepares and
-// performs one run. A Prepare function finds out what the run has to do, and changes nothing. A Perform function
-// performs the run. Between the two calls the host can tell the user what the run will do. A run reports the items that
-// it leaves out (ce/outcome.h) and its progress (ce/progress.h), like a run in a window. All calls are made on the
-// program's main thread.
+// performs one run, which is a backup or a restore. A Prepare function finds out what the run has to do, and changes
+// nothing. A Perform function performs the run. Between the two calls the host can tell the user what the run will do.
+// A run reports its failures (ce/outcome.h) and its progress (ce/progress.h), like a run in a window. All calls are
+// made on the program's main thread.
 #pragma once
 
 #include "ce/handle.h"
@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-// The number of files and of databases. `registries` is 1 for the registry, otherwise 0.
+// The number of items of each kind. `registries` is 1 if the registry is among the items, otherwise 0.
 struct ItemCounts {
     DWORD files = 0;
     DWORD databases = 0;
@@ -24,11 +24,11 @@ struct ItemCounts {
 
 // What a run will do.
 struct RunPlan {
-    bool refused = false;     // the run can't be performed
-    std::u16string sentence;  // why it is refused; empty if the reason was reported by ce/outcome.h
+    bool refused = false;     // true: the run can't be performed
+    std::u16string sentence;  // why the run is refused; empty if the reason was reported through ce/outcome.h
     ItemCounts items;
-    std::uint64_t bytes = 0;  // size of a backup's items, or of the streams of a restore; an unknown size counts as 0
-    // Only for a restore: the items that exist on the device already.
+    std::uint64_t bytes = 0;  // size of a backup's items, or of a restore's streams in the set; unknown: 0
+    // Only for a restore: those of the files and databases that exist on the device already.
     ItemCounts existing;
     std::u16string firstExistingFile;
     std::u16string firstExistingDatabase;
@@ -37,8 +37,8 @@ struct RunPlan {
 // Prepares the program for a run without windows. `instance` is the value that WinMain would get.
 void BeginCommand(HINSTANCE instance);
 
-// Returns whether a set can be stored at `path`. This is so if `path` is the path of a card, or empty for the device
-// itself. A card's path must be short enough for the paths of a set's files.
+// Returns true if sets can be stored at `path`. An empty `path` means the device itself, where this is always possible.
+// Any other `path` must be that of a card, and short enough for the paths of a set's files.
 bool IsStorage(const std::u16string& path);
 
 struct BackupRequest {
@@ -53,18 +53,18 @@ struct BackupRequest {
     std::vector<std::u16string> databaseNames;
 
     std::u16string storage;         // the card's path, which begins with a backslash; empty for the device itself
-    bool leavesStorageOut = false;  // `files` doesn't include the files below `storage`
+    bool leavesStorageOut = false;  // true: `files` doesn't include the files below `storage`
     std::u16string comment;
-    DWORD replaced = 0;  // number of the set to replace; 0 for the first number that is free
+    DWORD replaced = 0;  // number of the set to replace; 0: the set gets the first free number
     bool deletesSources = false;
     bool writesLog = false;
     bool verifies = false;   // reads the set back and compares it with what was read from the device
     bool onlyPlans = false;  // the backup is prepared, but not performed
 };
 
-// Prepares a backup and returns its plan. The plan is refused if the storage doesn't exist, if `replaced` is 0 and the
-// storage has no free number, or if there is no set with the number `replaced`. It is also refused if an item doesn't
-// exist, or if there is nothing to back up.
+// Prepares a backup and returns its plan. The plan is refused if IsStorage returns false for the storage, if `replaced`
+// is 0 and the storage has no free number, or if `replaced` isn't 0 and there is no set with this number. It is also
+// refused if a single item of the request doesn't exist, or if there is nothing to back up.
 RunPlan PrepareBackup(const BackupRequest& request);
 
 // Performs the backup that was prepared last. Returns the number of the new set, or 0 if no set was made.
@@ -74,19 +74,19 @@ enum class Existing { Replace, Skip, Ask };
 
 struct RestoreRequest {
     std::u16string listPath;
-    bool everything = true;             // otherwise only the items that are named
+    bool everything = true;             // true: all files and databases of the set; false: only the named ones
     std::vector<std::u16string> paths;  // files, and folders with everything below them
     std::vector<std::u16string> databaseNames;
     bool registry = true;
     Existing files = Existing::Ask;
-    // mayReplaceDatabase is called for each database that exists on the device. With Existing::Ask, mayReplaceFile is
-    // called for each file that exists on the device.
+    // These functions return true if the restore may replace the item. mayReplaceDatabase is called for each database
+    // that exists on the device. With Existing::Ask, mayReplaceFile is called for each file that exists on the device.
     std::function<bool(const WCHAR* path)> mayReplaceFile;
     std::function<bool(const WCHAR* name)> mayReplaceDatabase;
 };
 
 // Prepares a restore and returns its plan. The plan is refused if the list can't be read, if the set lacks an item that
-// the request names, or if the set has no items.
+// the request names, or if the request selects none of the set's items.
 RunPlan PrepareRestore(const RestoreRequest& request);
 
 // Performs the restore that was prepared last. `files` replaces RestoreRequest::files, so the host can decide after it
@@ -106,5 +106,6 @@ struct SetSummary {
 // Returns the summary of the set to which the list file belongs. Returns nothing if the list file can't be opened.
 std::optional<SetSummary> SummaryOfSet(const WCHAR* listPath);
 
-// Returns the sets on one storage, in the order of their numbers. Without `storage`, returns the sets on all storages.
+// Returns the sets on `storage`, in the order of their numbers. An empty path means the device itself. If `storage` has
+// no value, returns the sets on all storages.
 std::vector<SetSummary> FindSets(const std::optional<std::u16string>& storage);

@@ -1,8 +1,9 @@
 // ce/command_bands.h - the bar across the top of a main window. It consists of bands, such as a menu and a toolbar.
 //
 // A button or menu item sends WM_COMMAND with its id to the bands' parent. The parent also gets WM_NOTIFY with
-// RBN_HEIGHTCHANGE, so that it can move the windows below the bands. This happens when the bar's height changes, even
-// while the bar is built, and whenever the parent gets a new size. The bands send no other notifications.
+// RBN_HEIGHTCHANGE, so that it can move the windows below the bands. The bands send this notification when the bar's
+// height changes, even while the bar is built, and whenever the parent gets a new size. They send no other
+// notification.
 #pragma once
 
 #include "ce/controls.h"
@@ -59,19 +60,22 @@ inline constexpr BYTE TBSTYLE_SEP = 1;
 // CommandBands_AddAdornments always adds a close button. With this flag it adds a help button, too.
 inline constexpr DWORD CMDBAR_HELP = 11;
 
-// Null on failure. The bands are hidden until CommandBands_Show.
+// Makes a bar without bands. It is hidden until CommandBands_Show, unless `styles` contains WS_VISIBLE. Null with 1400
+// if `parent` isn't a window of the calling thread.
 HWND CommandBands_Create(HINSTANCE instance, HWND parent, UINT id, DWORD styles, HIMAGELIST images);
-// Each band gets a separate command bar. Fails with 87 for a wrong cbSize, and with 1400.
+// Adds `count` bands. A band shows its hwndChild if RBBIM_CHILD is set, otherwise a new command bar. Fails with 87 for
+// null `infos` or a wrong cbSize, and with 1400 if `bands` aren't command bands or an hwndChild isn't a window.
 BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REBARBANDINFOW* infos);
-// The command bar in band `index`, from 0; null if there is no such band.
+// Returns the window that band `index` shows. The first band is 0. Null with 1400 if there is no such band.
 HWND CommandBands_GetCommandBar(HWND bands, UINT index);
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE instance, DWORD flags, REBARBANDINFOW* info);
 BOOL CommandBands_Show(HWND bands, BOOL show);
-// Both heights are in virtual pixels.
+// Return the height of the whole bar and of one command bar, in virtual pixels. 0 for any other window.
 UINT CommandBands_Height(HWND bands);
 int CommandBar_Height(HWND bar);
-// Loads menu resource `menuId` and inserts it to the left of button `at`. Fails with 1814 and 1400.
+// Loads menu resource `menuId` and shows it to the left of all buttons, in place of an earlier menu. `at` is not used.
+// Fails with 1814 if there is no such resource, with 1812 if it is damaged, and with 1400 if `bar` is no command bar.
 BOOL CommandBar_InsertMenubar(HWND bar, HINSTANCE instance, WORD menuId, WORD at);
-// Returns the index of the first image, or -1. `count` may exceed the number of images in the bitmap. A width
-// and height of 0 mean 16 by 16.
+// Sets the bitmap with the images of the bar's buttons, 16 by 16 pixels each. It replaces an earlier bitmap. `count`,
+// `width` and `height` are not used. Returns 0, the index of the first image, or -1 on failure.
 int CommandBar_AddBitmap(HWND bar, HINSTANCE instance, int bitmapId, int count, int width, int height);

@@ -70,8 +70,8 @@ inline constexpr UINT LB_SETHORIZONTALEXTENT = 0x194;
 inline constexpr UINT LB_GETCARETINDEX = 0x19F;
 inline constexpr UINT LB_FINDSTRINGEXACT = 0x1A2;
 // An addition of this platform. Sets the detail of row wParam to the text at lParam. A display shows the detail beside
-// the row. The detail isn't part of the row's text, so messages that find or read a row don't include it. LB_ERR if
-// there is no such row.
+// the row. The detail isn't part of the row's text, so messages that find or read a row don't include it. Returns
+// LB_ERR if there is no such row.
 inline constexpr UINT LB_SETROWDETAIL = 0x1F0;
 
 // Progress bar.
@@ -113,6 +113,7 @@ BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes);
 inline constexpr COLORREF CLR_NONE = 0xFFFFFFFF;
 inline constexpr COLORREF CLR_DEFAULT = 0xFF000000;
 
-// Makes an image list from a bitmap resource. The bitmap is cut into images of `width` pixels. Null with 1813 or 1814.
+// Makes an image list from the bitmap resource with the number `name`. The list refers to the whole bitmap: `width`,
+// `grow`, `mask` and `flags` are not used. Null with 87 if `type` isn't IMAGE_BITMAP, with 1812, 1813 or 1814.
 HIMAGELIST ImageList_LoadImage(HINSTANCE instance, const WCHAR* name, int width, int grow, COLORREF mask, UINT type,
                                UINT flags);

@@ -4,7 +4,7 @@
 #include "ce/window.h"
 
 // The procedure of a dialog. It returns nonzero if it has handled the message. If it returns 0, the dialog manager
-// handles the message.
+// handles the message. For WM_INITDIALOG, nonzero lets the dialog manager set the focus.
 using DLGPROC = INT_PTR (*)(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
 inline constexpr DWORD DS_SETFONT = 0x40;
@@ -37,40 +37,45 @@ inline constexpr UINT MB_DEFBUTTON1 = 0;
 inline constexpr UINT MB_DEFBUTTON2 = 0x100;
 inline constexpr UINT MB_DEFBUTTON3 = 0x200;
 
-// Runs a modal dialog from a template, plain or extended. The dialog is made hidden, gets WM_INITDIALOG (wParam: the
-// control that gets the focus, lParam: `parameter`), and is then shown whether or not it has WS_VISIBLE. The owner is
-// disabled until the dialog ends. The result is the value of EndDialog; -1 if the dialog could not be made (a damaged
-// template, a class that doesn't exist), 0 for a bad owner.
+// Runs a modal dialog from a template, plain or extended, that is in the program's resources. The dialog is made
+// hidden, gets WM_INITDIALOG (wParam: the control that gets the focus, lParam: `parameter`), and is then shown whether
+// or not it has WS_VISIBLE. The owner's top-level window is disabled until the dialog ends. Returns the `result` of
+// EndDialog, 0 if WM_QUIT or DestroyWindow ended the dialog, and 0 with 1400 for an invalid owner. Returns -1 if the
+// dialog can't be made: 1812 the template isn't in the resources, 87 it is damaged or `procedure` is null, 1407 a
+// control's class doesn't exist.
 INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 
 // Makes a modeless dialog. It is shown only with WS_VISIBLE, its owner stays enabled, and DestroyWindow ends it. The
-// owner window may belong to another thread. The call doesn't wait for that thread. Null on failure.
+// owner window may belong to another thread. The call doesn't wait for that thread. Null on failure, with 1400 for an
+// invalid owner or with an error of DialogBoxIndirectParamW.
 HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 
 // Ends a modal dialog when its procedure returns. The owner is enabled before the dialog is destroyed. Allowed in
-// WM_INITDIALOG. Fails with 1400, or with 5 for a dialog that isn't modal.
+// WM_INITDIALOG. Fails with 1400, or with 5 for a window that isn't a modal dialog.
 BOOL EndDialog(HWND dialog, INT_PTR result);
 
 // Handles the keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. A control can keep such keys for itself
 // (WM_GETDLGCODE). Returns nonzero if this call has handled the message, so that the caller must not dispatch it.
 BOOL IsDialogMessage(HWND dialog, MSG* message);
 
-// The first control of that id in creation order; null with 1421.
+// The first control with this id, in the order of creation. Null with 1421 if there is none, or with 1400.
 HWND GetDlgItem(HWND dialog, int id);
-// 0 if the dialog has no control of this id.
+// Returns the result of the message, or 0 if the dialog has no control with this id.
 LRESULT SendDlgItemMessageW(HWND dialog, int id, UINT message, WPARAM wParam, LPARAM lParam);
 BOOL SetDlgItemTextW(HWND dialog, int id, const WCHAR* text);
-// At most capacity - 1 characters and a NUL. For a missing control the text is empty and the result 0.
+// Copies at most capacity - 1 characters and a NUL. Returns the number of characters without the NUL. If the dialog has
+// no control with this id, the text is empty and the result is 0.
 UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 
-// Shows a modal question or notice. Returns the id of the button that ended it (IDOK and so on), 0 if it could not be
-// made. A null `text` is empty, a null `caption` is "Error". In the text, \n breaks lines, and & has no special
-// meaning. Esc and the close box return IDCANCEL if there is a Cancel button, and IDOK if OK is the only button.
-// Otherwise they do nothing.
+// Shows a modal message box. Returns the id of the button that ended the box (IDOK and so on), 0 if WM_QUIT ended it,
+// or 0 on failure, with 1400 for an invalid owner and 87 for an unknown type. A null `text` is empty, a null `caption`
+// is "Error". In the text, \n breaks lines, and & has no special meaning. Esc and the close box return IDCANCEL if
+// there is a Cancel button, and IDOK if OK is the only button. Otherwise they do nothing.
 //
-// In a job (ce/outcome.h), a question with MB_YESNO lets the user apply the answer to all further questions of the same
-// kind. These are the questions of the job that have the same caption and the same words up to the name. They aren't
-// shown. The user can also stop the job. The answer to this question and to all further ones is then No.
+// In a job (ce/outcome.h), the user can apply the answer to a box with MB_YESNO to all further boxes of the same kind.
+// Boxes of one kind have the same caption, and the same text up to the first colon or backslash. In the rest of the job
+// a box of this kind isn't shown, and the call returns the answer at once. From a box with MB_YESNO the user can also
+// stop the job. This box and all further ones of the job with MB_YESNO return IDNO.
 int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

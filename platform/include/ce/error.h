@@ -1,7 +1,7 @@
-// ce/error.h - the last error: one number per thread, set by each call that fails.
+// ce/error.h - the last error, one number per thread.
 //
-// A call that succeeds leaves the last error unchanged, unless its header says otherwise. The numbers are the
-// platform's documented ones.
+// A call that fails sets the last error, and a call that succeeds leaves it unchanged, unless the comment or the header
+// of the call says otherwise. The numbers are the platform's documented ones.
 //
 // The headers of ce/ give errors by number. "0 with 87" means that the call returns 0 and sets the last error to 87. If
 // a comment mentions an error number without a reason, the name of the number in this header is the reason.

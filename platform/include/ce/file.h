@@ -1,16 +1,22 @@
 // ce/file.h - files and folders of the device, which are all in one tree.
 //
 // Paths begin at the root `\`. There are no drive letters and no current folder, so a path without a leading backslash
-// also begins at the root. A path has at most 259 characters and the NUL. A longer path fails with 206. Names are
-// case-sensitive. Only search patterns match without case. Cards are folders in the root. Links, fifos, sockets and
-// device nodes of the host are not part of the tree: they are not listed, not followed and not overwritten. A call on
-// the path of such an entry fails as if the entry didn't exist. If the call would make a file or folder there, it fails
-// with 5.
+// also begins at the root. A path has at most 259 characters and the NUL. Names are case-sensitive. Only search
+// patterns match without case. Memory cards are folders in the root. Further folders of the host can be mounted in the
+// root, too. Links, fifos, sockets and device nodes of the host are not part of the tree: they are not listed, not
+// followed and not overwritten. A call on the path of such an entry fails as if the entry didn't exist. If the call
+// would make a file or folder there, it fails with 5.
 //
 // A card can be removed while the program runs. From then on, calls on its paths fail with 21, and so do writes and
 // flushes of its open files.
 //
-// A path fails with 123 if one of its names is empty, "." or "..", or contains one of the characters * ? " < > |.
+// A path fails with 123 if one of its names is empty, "." or "..", contains a lone surrogate or one of the characters
+// / * ? " < > |, or has more than 255 bytes on the host.
+//
+// Where a comment below gives no reason for an error, the reason is: 2 the file or folder doesn't exist, 3 a folder of
+// the path is missing or is a file, 5 the user has no permission, 6 the handle isn't an open file, 19 the file system
+// is read-only, 31 the host's input or output failed, 112 the disk or the card is full, 123 a name is invalid, 206 the
+// path is too long.
 #pragma once
 
 #include "ce/error.h"
@@ -83,7 +89,7 @@ struct BY_HANDLE_FILE_INFORMATION {
 // On success CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed, otherwise to 0. The other
 // values of `creation` set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
 //
-// Returns INVALID_HANDLE_VALUE on failure, with one of these errors:
+// Returns INVALID_HANDLE_VALUE on failure. The last error is 8, 21 (see above), or one of these:
 // - 2: the file doesn't exist.
 // - 3: a folder of the path is missing, or is a file.
 // - 4: too many files are open.
@@ -102,63 +108,67 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* sec
 
 // Reads up to `bytes` bytes at the handle's position and advances it. Fewer bytes are read only at the end of the file.
 // At or after the end the call succeeds with 0 bytes. Fails with 5 if the handle has no read access, with 6 if it isn't
-// an open file, and with 31 if the host's input failed. `bytesRead` may not be null. On failure `*bytesRead` is the
+// an open file, and with 31 if the host's input failed. `bytesRead` must not be null. On failure `*bytesRead` is the
 // number of bytes that were read before the error.
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);
 
-// Writes at the handle's position and advances it by the bytes written. After success the bytes are in the file. They
-// can be lost later only if the disk itself fails. In that case the next call on the file fails with 31, the file ends
-// before the missing bytes, and each later write fails. Fails with 5 if the handle has no write access, with 6 if it
-// isn't an open file, with 31 if the host's output failed, and with 112 if the card is full. If a card becomes full,
-// the bytes that fit are written. `bytesWritten` may not be null. `*bytesWritten` is the number of bytes that this call
-// has written, even if the call fails.
+// Writes at the handle's position and advances it by the bytes written. The process may gather the bytes in memory and
+// pass them to the host later, for example in HandOverFileBuffers or CloseHandle. Reads and searches of this process
+// see the gathered bytes. If the process is killed, gathered bytes are lost. Bytes are gathered only if the host
+// guarantees disk space for them. If the host can't write them nevertheless, the call that passes them fails. In that
+// case the file ends before the missing bytes, and each later write fails until SetEndOfFile cuts the file. Fails with
+// 5 if the handle has no write access, with 6, 31 or 112. If the disk or the card becomes full, the bytes that fit are
+// written. `bytesWritten` must not be null. `*bytesWritten` is the number of bytes that this call has written, even if
+// the call fails.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
 // Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half, the distance is an
-// unsigned 32-bit offset, so offsets of 2 GiB and more work. In all other cases the distance is signed. The result is
-// the low half of the new position, which may be after the end.
-// 0xFFFFFFFF on failure: 6, 87, 131 before the start. If 0xFFFFFFFF is the low half of the new position, the last error
-// is 0.
+// unsigned 32-bit offset, so offsets of 2 GiB and more work. In all other cases the distance is signed. Returns the low
+// half of the new position, and sets `*distanceHigh` to the high half. The position may be after the end of the file.
+// 0xFFFFFFFF on failure: 6, 31, 87 for an unknown `method` or a position of 2^63 or more, 131 for a position before the
+// start, and the errors of WriteFile if gathered bytes can't be written. If 0xFFFFFFFF is the low half of the new
+// position, the last error is 0.
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
-// Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with 5 without write
-// access, 6, 31, 112.
+// Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with 5 if the handle
+// has no write access, 6, 31, 112.
 BOOL SetEndOfFile(HANDLE file);
 
-// Flushes the file. After a nonzero result the file's directory entry is on the disk. All bytes that this process has
-// written to the file through any handle are on the disk, too. Fails with 6, 5 without write access, 31, 112.
+// Flushes the file. After a nonzero result the file's directory entry is on the disk, and so are all bytes that this
+// process has written to the file through any handle. Fails with 5 if the handle has no write access, 6, 31, 112.
 BOOL FlushFileBuffers(HANDLE file);
 
 // Passes to the host the bytes that were written to the file and are still gathered in this process. From then on these
 // bytes survive the end of the process, but not a power cut. The call costs nothing if no bytes are gathered. Fails
-// with the errors of WriteFile. A failure means that bytes which were reported as written are missing.
+// with the errors of WriteFile. After an error other than 5 and 6, bytes that were reported as written may be missing.
 BOOL HandOverFileBuffers(HANDLE file);
 
 // Sets an order of writes. From now on, before this process passes bytes of `file` to the host, it passes all bytes
-// that are gathered for `earlier`. So if `file` refers to bytes of `earlier` and the process is killed, those bytes
-// aren't missing. If the gathered bytes of `earlier` are lost, those of `file` are lost, too, and writes to `file` fail
-// with the same error until SetEndOfFile cuts `file`. The order ends when the last handle of `file` is closed. Nonzero
-// on success. Fails with 5 without write access to both files, 6, and 87 if both handles are of the same file, if
-// `file` is temporary, or if `earlier` is itself written after another file. Only one thread at a time may call this.
+// that are gathered for `earlier`. So if `file` refers to bytes of `earlier` and the process is killed, the bytes of
+// `earlier` aren't missing. If the gathered bytes of `earlier` are lost, those of `file` are lost, too, and writes to
+// `file` fail with the same error until SetEndOfFile cuts `file`. The order ends when the last handle of `file` is
+// closed. Nonzero on success. Fails with 5 if a handle has no write access, with 6, and with 87 if both handles are of
+// the same file, if `file` is temporary, or if `earlier` is itself written after another file. Only one thread at a
+// time may call WriteAfter.
 BOOL WriteAfter(HANDLE file, HANDLE earlier);
 
 // Flushes everything that this process has made, written, renamed or deleted since its start or the last call, in the
 // device's own folder and in all cards and further folders. Nonzero when all of this is on the disk. A folder without
 // changes costs nothing. If a folder fails, the other folders are still flushed. The last error is that of the first
-// folder that failed: 31, 112, or 21 for a card that was removed. A later call tries the failed folders again, but not
-// a card that was removed.
+// folder that failed, such as 31, 112, or 21 for a card that was removed. A later call tries the failed folders again,
+// but not a card that was removed.
 BOOL FlushChangedVolumes(void);
 
 // Asks the host to drop the file's bytes from its cache, so that later reads come from the disk. Bytes that aren't on
 // the disk yet stay in the cache. Nonzero on success, 0 with 6 or the host's error.
 BOOL DropFromCache(HANDLE file);
 
-// Nonzero on success, 0 with 6 for a handle that isn't an open file.
+// Nonzero on success. Fails with 6, 31, and 87 for a null `information`.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// Examines the card or further folder that contains `path`, otherwise the device's own folder. Gets the number of bytes
-// that can still be written there, and the total size. The capacity of a card limits both numbers. Each pointer may be
-// null. Nothing need exist at `path`. Fails with 5, 31, 123, 206.
+// Examines the card or further folder that contains `path`, otherwise the device's own folder. Sets `*available` and
+// `*totalFree` to the number of bytes that can still be written there, and `*total` to the total size. The capacity of
+// a card limits these numbers. Each pointer may be null. Nothing need exist at `path`. Fails with 5, 31, 123, 206.
 BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint64_t* total, std::uint64_t* totalFree);
 
 // Declares that the files which the program makes at `path` are temporary, until WithdrawTemporaryFile. Such a file
@@ -168,29 +178,32 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint6
 //
 // The following calls first put the temporary file on the host: a search of its folder, FlushFileBuffers,
 // HandOverFileBuffers, SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and any call with its path or a
-// path below it. Three calls with its path don't do this: the one that makes the file, one that opens it for reading,
-// and the one that deletes it. A call that puts the file on the host can also fail with the errors of making a file. If
-// the process is killed while such a file is on the host and in the root, the next opening of the device moves the file
-// out of the device's tree. On a file system without extended attributes the file stays in the root.
+// path below it. These calls with its path don't put the file on the host: the one that makes it, one that opens it
+// only for reading, DeleteFileW, IsFileUnchanged, GetDiskFreeSpaceExW and DeclareTemporaryFile. A call that puts the
+// file on the host can also fail with the errors of making a file. If the process is killed while a temporary file is
+// on the host and in the root, the next opening of the device moves the file out of the device's tree. On a file system
+// without extended attributes the file stays in the root.
 //
 // If a file exists at the path when the path is declared, the declaration takes effect when DeleteFileW deletes that
 // file. If another program makes a file at the path later, that file isn't touched. As long as there is a temporary
-// file at the path, this process doesn't see the other program's file. Fails with 3, 5, 123, 206.
+// file at the path, this process doesn't see the other program's file. Fails with 5 for a card or the root, 123, 206.
 BOOL DeclareTemporaryFile(const WCHAR* path);
 
 // Ends a declaration. A temporary file that still exists is put on the host and becomes an ordinary file. Fails with
-// the errors of making that file, also with 80. After a failure the declaration remains.
+// the errors of making that file, and with 80 if another program has made a file at the path. After a failure the
+// declaration remains.
 BOOL WithdrawTemporaryFile(const WCHAR* path);
 
-// Fails with 2, 3, 5 (a folder, a read-only file or a ROM file), 19, 32 (open in this process), 123, 206.
+// Deletes a file. Fails with 5 also for a folder, a read-only file or a ROM file, 32 if this process has the file open,
+// 2, 3, 19, 123, 206.
 BOOL DeleteFileW(const WCHAR* path);
 
-// Fails with 183 if a file or folder of that name exists, 3 if the parent is missing, 5, 19, 112, 123,
-// 206. `security` is not used.
+// Makes a folder. Fails with 183 if a file or folder exists at the path, 3, 5, 19, 112, 123, 206. `security` is not
+// used.
 BOOL CreateDirectoryW(const WCHAR* path, const void* security);
 
-// Removes an empty folder. Fails with 145 if the folder isn't empty, 2, 3 (also for a file), 5 for a card and the root,
-// 19, 123, 206.
+// Removes an empty folder. Fails with 145 if the folder isn't empty, 5 also for a card or the root, 3 also for the path
+// of a file, 2, 19, 123, 206.
 BOOL RemoveDirectoryW(const WCHAR* path);
 
 // Returns the attributes, FILE_ATTRIBUTE_NORMAL if none is set. Also works on files that are in use. The path of a
@@ -199,16 +212,16 @@ BOOL RemoveDirectoryW(const WCHAR* path);
 // 0xFFFFFFFF on failure: 2, 3, 5, 123, 206.
 DWORD GetFileAttributesW(const WCHAR* path);
 
-// Whether it is certain that nothing exists at the path, so that GetFileAttributesW would fail with 2 or 3. Makes one
-// call on the host. GetFileAttributesW makes several, because it distinguishes the two errors. Doesn't set the last
-// error.
+// Nonzero if it is certain that nothing exists at the path, so that GetFileAttributesW would fail with 2 or 3. Makes
+// only one call on the host. GetFileAttributesW makes several, because it distinguishes the two errors. Doesn't set the
+// last error.
 BOOL IsNothingAt(const WCHAR* path);
 
 // Begins a search. Only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
-// character). "*" and "*.*" match every name; matching is without case. There are no entries "." and "..". The entries
-// come in the host's order, so callers must not rely on an order. A file that is made or deleted during the search may
-// or may not be found. Names longer than 259 characters are left out.
-// INVALID_HANDLE_VALUE on failure: 2 nothing matches, 3 no such folder, 5, 123, 206.
+// character). "*" and "*.*" match every name. Names are matched without case. There are no entries "." and "..". The
+// entries come in the host's order, so callers must not rely on an order. A file that is made or deleted during the
+// search may or may not be found. Names longer than 259 characters are left out. INVALID_HANDLE_VALUE on failure: 2
+// nothing matches, 3 no such folder, 5, 123, 206.
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
 
 // Like FindFirstFileW. `level` must be FindExInfoStandard, `found` a WIN32_FIND_DATAW, `filter` null and `flags` 0.
@@ -219,8 +232,8 @@ enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories }
 HANDLE FindFirstFileExW(const WCHAR* pattern, FINDEX_INFO_LEVELS level, void* found, FINDEX_SEARCH_OPS operation,
                         const void* filter, DWORD flags);
 
-// Nonzero with the next entry; 0 with 18 at the end, 6 for a handle that isn't a search.
+// Gets the next entry. Nonzero on success, 0 with 18 at the end, 6 for a handle that isn't a search, or 31.
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found);
 
-// Nonzero on success, 0 with 6.
+// Nonzero on success, 0 with 6 for a handle that isn't a search.
 BOOL FindClose(HANDLE search);

@@ -39,15 +39,16 @@ struct FileStamp {
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 
 // Nonzero if it is certain that the file at `path` still has the bytes that it had when the stamp was taken. 0 if the
-// file has changed, was replaced or is gone. Also 0 if nothing is certain, because provesWrites or wasAlone is 0 or the
-// host failed. Doesn't set the last error, and a failure isn't noted as one of the device. On tmpfs a write to a file
-// that is mapped into memory changes no time, so this call doesn't notice it.
+// file has changed, was replaced or is gone. Also 0 if nothing is certain, because provesWrites or wasAlone is 0, the
+// host failed, or this process may have gathered bytes for the file. Doesn't set the last error, and the host doesn't
+// report a failure to the user. On tmpfs a write to a file that is mapped into memory changes no time, so this call
+// doesn't notice such a write.
 BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 
 // Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another
 // process that opens the file during the call waits until the call ends.
 // Fails with
-//   2, 3     the file doesn't exist any more;
+//   2, 3     the file doesn't exist;
 //   5, 19, 123, 206  as DeleteFileW;
 //   32       the file is open in this or another process, or another process began to open it during the call;
 //   50       the file system can neither rename without replacing nor link, so that nothing can be deleted safely;
@@ -55,11 +56,11 @@ BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 //   1006     another file is at the path, or the file has changed since the stamp;
 //   1237     provesWrites is 0: try again with a new copy in some seconds;
 //   31       the host failed.
-// The errors 5, 19, 31, 50, 123 and 206 are noted as failures of the device, like those of DeleteFileW.
+// The host reports all errors except 2, 3, 32, 87, 1006 and 1237 to the user as failures of the device.
 //
-// After a failure the file still has its name and its content. There is one exception: another program replaces the
-// file during the deletion and makes a third file at the path microseconds later. Then the third file keeps the path,
-// and the second file stays in the folder under the other name that is described below.
+// After a failure the file still has its content, and normally its name. It stays in the folder under the other name
+// that is described below if it can't be renamed back. The cause is a failure of the host, or another program that has
+// made a new file at the path during the deletion.
 //
 // The deletion has four steps. The call takes a lease on the file, renames the file within its folder to "NAME (being
 // deleted by Quillbox 0123456789abcdef)", compares the renamed file with the stamp, and deletes it under that name. So
@@ -67,7 +68,7 @@ BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 // keeps the other name.
 //
 // On network folders, on file systems without leases and for files of another user the host gives no lease. The call
-// then does the other steps. But it doesn't notice if another program has the file open. What that program writes in
-// the microseconds between the comparison and the deletion is lost. On a network folder the times are the server's. If
-// the server's clock is slow, `provesWrites` may be nonzero too early.
+// does the other steps nevertheless, but it doesn't notice if another program has the file open. What that program
+// writes in the microseconds between the comparison and the deletion is lost. On a network folder the times are the
+// server's. If the server's clock is slow, `provesWrites` may be nonzero too early.
 BOOL DeleteUnchangedFile(const WCHAR* path, const FileStamp* stamp);

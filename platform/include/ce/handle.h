@@ -1,10 +1,10 @@
-// ce/handle.h - closes a handle of any kind: file, thread, database, enumeration.
+// ce/handle.h - closes the handle of a file, a thread, a database or an enumeration of databases.
 #pragma once
 
 #include "ce/types.h"
 
-// Nonzero on success. Fails with 6 for a handle that is not open (already closed, or never valid), and for a search
-// handle, which only FindClose closes. If another thread is in a call with this handle, the object lives until that
-// call ends. Closing a thread's handle doesn't end the thread. If the host can't write the last bytes of a file, the
-// handle is closed, but the call fails with 31 or 112.
+// Nonzero on success. Fails with 6 for a handle that is not open (already closed, or never valid), and for a handle
+// that another call closes, such as FindClose or RegCloseKey. If another thread is in a call with this handle, the
+// object lives until that call ends. Closing a thread's handle doesn't end the thread. If the last changes of a file or
+// a database can't be written, the handle is closed, but the call fails with the error of the write, such as 31 or 112.
 BOOL CloseHandle(HANDLE handle);

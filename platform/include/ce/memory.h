@@ -14,5 +14,5 @@ inline constexpr UINT LPTR = 0x40;
 // Null on failure, with last error 8. Free with LocalFree.
 HLOCAL LocalAlloc(UINT flags, std::size_t bytes);
 
-// Null on success, also for a null block.
+// Frees the block. A null block is allowed. Always returns null.
 HLOCAL LocalFree(HLOCAL block);

@@ -21,7 +21,8 @@ inline constexpr DWORD OutcomeDatabase = 2;
 inline constexpr DWORD OutcomeRegistry = 3;
 
 // `name` is the full path of a file or the name of a database. For the registry, `name` has no meaning. `error` is the
-// reason, a number of ce/error.h. If an item is reported twice in one job, only the first report is kept.
+// reason, a number of ce/error.h. If an item is reported twice with the same outcome in one job, the host shows it
+// once, and keeps the first error that isn't 3.
 void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 
 // Reports that no set could be created in `folder`. `error` is ERROR_FILE_EXISTS if every number is taken, and
@@ -29,8 +30,8 @@ void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
 // Tells the host that the program begins or ends a search for things that the user can choose, such as sets. During the
-// search the host doesn't note that a folder or file can't be read for lack of rights. The user couldn't choose
-// anything there, so these failures don't matter.
+// search the host doesn't record it as a failure if the user has no permission to read a folder or file. The user
+// couldn't choose anything there, so such failures don't matter.
 void SearchForChoices(BOOL on);
 
 // Called at the beginning and the end of each job. At EndJob the host shows what was reported and what failed since
@@ -38,6 +39,7 @@ void SearchForChoices(BOOL on);
 void BeginJob();
 void EndJob(HWND owner);
 
-// TRUE once the user has asked to stop the job that is in progress. A job calls this function between its items. If the
-// job stops, the items that it has finished stay, and it reports each other item as OutcomeNotReached.
+// TRUE once the current job must stop, because the user or a signal has asked for it. A job calls this function between
+// its items. If the job stops, the items that it has finished stay, and it reports each other item as
+// OutcomeNotReached.
 BOOL JobIsToStop();

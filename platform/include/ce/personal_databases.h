@@ -23,7 +23,7 @@ constexpr CEPROPID property(DWORD number, WORD type)
 // without a zone.
 inline constexpr CEPROPID Subject = property(0x0037, CEVT_LPWSTR);
 inline constexpr CEPROPID Notes = property(0x4005, CEVT_BLOB);         // UTF-8, lines end with CR LF
-inline constexpr CEPROPID Categories = property(0x4004, CEVT_LPWSTR);  // "Business;Boat"
+inline constexpr CEPROPID Categories = property(0x4004, CEVT_LPWSTR);  // separated by semicolons
 
 inline constexpr CEPROPID Identifier = property(0x40F1, CEVT_LPWSTR);  // the UID in vCard and iCalendar
 
@@ -39,7 +39,7 @@ inline constexpr CEPROPID Start = property(0x4002, CEVT_FILETIME);
 inline constexpr CEPROPID Minutes = property(0x4015, CEVT_I4);
 inline constexpr CEPROPID Place = property(0x4208, CEVT_LPWSTR);
 inline constexpr CEPROPID ReminderMinutes = property(0x4501, CEVT_UI2);  // minutes before the start; 0 for no reminder
-inline constexpr CEPROPID Repetition = property(0x4016, CEVT_UI4);       // days, 0 for none
+inline constexpr CEPROPID Repetition = property(0x4016, CEVT_UI4);       // period in days; 0: not repeated
 
 inline constexpr CEPROPID Due = property(0x4104, CEVT_FILETIME);
 inline constexpr CEPROPID Done = property(0x4109, CEVT_I2);      // 0 or 1

@@ -32,5 +32,5 @@ void ReportItemDone(DWORD kind, std::uint64_t bytes, BOOL made);
 // Corrects earlier reports: `count` items of this kind that were reported as made aren't made after all.
 void TakeBackItemsMade(DWORD kind, DWORD count);
 
-// Reports that the run has ended, and that what it made is on the disk.
+// Reports that the run has ended. What it made is on the disk, unless a flush has failed.
 void EndRun();

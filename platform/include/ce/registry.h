@@ -31,12 +31,13 @@ LONG RegCreateKeyExW(HKEY key, const WCHAR* subKey, DWORD reserved, const WCHAR*
 
 // Copies a value into the buffer `data` of `*bytes` bytes, and sets `*bytes` to the size of the value. With a null
 // `data` it copies nothing. `type` may be null. A null or empty name is the key's default value. Errors: 2 there is no
-// such value, and nothing is changed; 234 the buffer is too small: `*bytes` is set, `data` is unchanged; 6; 87
-// other invalid arguments; 31 the store can't be read.
+// such value, and nothing is changed; 234 the buffer is too small: `*bytes` is set, `data` is unchanged; 6 an invalid
+// key; 87 `reserved` isn't null, or `data` is given without `bytes`; 31 the store can't be read.
 LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* bytes);
 
 // Sets a value and its type. Both are on the disk when the call returns. A null or empty name is the key's default
-// value. Errors: 6; 87 a name above 255 characters or with a lone surrogate, or more than 16 MiB; 112; 31.
+// value. Errors: 6 an invalid key; 87 a name above 255 characters or with a lone surrogate, more than 16 MiB of data,
+// or other invalid arguments; 112 the disk is full; 31 the store can't be written.
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
 
 // Fails with 6 for a key that isn't open. Closing a predefined key succeeds and does nothing.

@@ -13,10 +13,10 @@
 BOOL RegCopyFile(const WCHAR* path);
 
 // Stores the content of a file of this format with the device, and removes the file from `path`. At the next start of
-// the device, this content replaces the registry, completely or not at all.
-// Nonzero on success, otherwise 0. The last error is that of the file call that failed. For example, it is 5 for a file
-// that may not be deleted, and 112 if the device's disk has no room. It is 31 if no device is open, or if the file
-// doesn't contain a whole registry. In the second case a copy of the file is kept in the device's folder on the host,
-// as registry.refused. After any failure the file stays at `path`, and content that an earlier call stored still
-// replaces the registry at the next start.
+// the device, this content replaces the registry, completely or not at all. Nonzero on success, otherwise 0. The last
+// error is that of the file call that failed. For example, it is 5 for a file that may not be deleted, and 112 if the
+// device's disk has no room. It is 31 if no device is open, or if the file doesn't contain a whole registry. In the
+// second case a copy of the file is kept in the device's folder on the host, as registry.refused. After any failure the
+// file stays at `path`. Content that an earlier call stored normally stays, too, and replaces the registry at the next
+// start. It is lost if the failure came only after the new content was stored.
 BOOL RegRestoreFile(const WCHAR* path);

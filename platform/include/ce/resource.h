@@ -4,7 +4,8 @@
 #include "ce/error.h"
 #include "ce/types.h"
 
-// A resource type or name that is a number is passed as a pointer with that value; its high bits are zero.
+// Converts the number of a resource or of a resource type to the pointer that calls take as its name. Keeps only the
+// low 16 bits.
 inline const WCHAR* MAKEINTRESOURCEW(UINT_PTR number)
 {
     return reinterpret_cast<const WCHAR*>(number & 0xFFFF);
@@ -19,8 +20,8 @@ inline constexpr WORD RT_GROUP_ICON_ID = 14;
 
 inline const WCHAR* const RT_DIALOG = MAKEINTRESOURCEW(RT_DIALOG_ID);
 
-// Name and type are numbers or texts. Texts are compared without case; "#123" is the number 123.
-// Null on failure: 1812 no resources, 1813 no such type, 1814 no such name.
+// Name and type are numbers or texts. Texts are compared without regard to the case of A to Z. "#123" is the number
+// 123. Null on failure: 1812 no resources, 1813 no such type, 1814 no such name.
 HRSRC FindResourceW(HMODULE module, const WCHAR* name, const WCHAR* type);
 
 // The address of the resource's bytes, valid as long as the process runs. Nothing has to be freed.

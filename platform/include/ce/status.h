@@ -1,4 +1,5 @@
-// ce/status.h - reports to the host what a status bar below the main window shows. The host uses it for nothing else.
+// ce/status.h - reports to the host what a status bar below the main window shows. The host uses these data only for
+// the status bar.
 #pragma once
 
 #include "ce/types.h"
@@ -8,7 +9,7 @@ struct ProgramStatus {
     std::uint64_t markedBytes;  // total size of the marked files
     DWORD markedDatabases;
     BOOL registryMarked;
-    const WCHAR* shownExtensions;  // double-NUL list: the tree shows only files with one of these; null: all files
+    const WCHAR* shownExtensions;  // the tree shows only these; each ends with a NUL, the list with another; null: all
     FILETIME shownSince;           // the tree shows only files that were written then or later; 0: all files
     DWORD hiddenAttributes;        // the tree hides files with one of these FILE_ATTRIBUTE_ bits
     BOOL deletesStored;            // a backup deletes the files that it has stored

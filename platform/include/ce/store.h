@@ -15,8 +15,9 @@
 // record. The database can be opened afterwards. If the disk has no space for all gathered changes, as many as fit are
 // written, in their order. If changes are lost, CloseHandle fails with 112 or 31.
 //
-// CloseHandle closes a handle. A call with a handle that is not open fails with 87. Error 31 means that no device is
-// open, that the host's disk failed, or that a record is damaged.
+// CloseHandle closes a handle. The calls below fail with 87 for a handle that is not open. Error 8 means that memory
+// ran out, and 112 that the disk is full. Error 31 means that no device is open, that the host's disk failed, or that a
+// record is damaged.
 #pragma once
 
 #include "ce/error.h"
@@ -39,7 +40,7 @@ inline constexpr DWORD CEDB_SORT_DESCENDING = 1;
 inline constexpr DWORD CEDB_SORT_CASEINSENSITIVE = 2;
 inline constexpr DWORD CEDB_SORT_UNKNOWNFIRST = 4;
 
-// CEPROPVAL.wFlags. All other bits can be used by the caller and are stored.
+// CEPROPVAL.wFlags. All bits except these two can be used by the caller and are stored.
 inline constexpr WORD CEDB_PROPNOTFOUND = 0x100;
 inline constexpr WORD CEDB_PROPDELETE = 0x200;
 
@@ -85,7 +86,7 @@ struct CEDBASEINFO {
     WORD wNumRecords;
     WORD wNumSortOrder;
     DWORD dwSize;             // bytes of all records in the store
-    FILETIME ftLastModified;  // UTC: when the first change of the latest gathered group was made
+    FILETIME ftLastModified;  // UTC: when the latest group of gathered changes began, at first the creation
     SORTORDERSPEC rgSortSpecs[CEDB_MAXSORTORDER];
 };
 
@@ -120,7 +121,7 @@ union CEVALUNION {
     double dblVal;
 };
 
-// One property. For a type that isn't named above, the bits of `val` are stored unchanged.
+// One property. For a type that is none of CEVT_..., the bits of `val` are stored unchanged.
 struct CEPROPVAL {
     CEPROPID propid;
     WORD wLenData;  // not used
@@ -137,11 +138,13 @@ HANDLE CeFindFirstDatabase(DWORD type);
 // enumeration began, 87, 31.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
-// Nonzero on success. Fails with 6 no such object, 87 no `info`, 31. After a failure `info` is unchanged.
+// Nonzero on success. Fails with 6 if there is no object with this oid, 87 for a null `info`, 31. After a failure
+// `info` is unchanged.
 BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info);
 
 // Makes a database with at most CEDB_MAXSORTORDER sort orders. If `sortOrders` is 0, the database gets one sort order,
-// with the property 0. Sets the last error to 0 on success. 0 on failure: 52 the name exists, 87, 112, 31.
+// with the property 0. Sets the last error to 0 on success. 0 on failure: 52 the name exists, 87 an invalid name or
+// invalid sort orders, 112, 31.
 CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SORTORDERSPEC* specs);
 
 // Deletes a database. Nonzero when the database and its records are gone from the disk. Fails with 32 while a handle on
@@ -151,8 +154,9 @@ BOOL CeDeleteDatabase(CEOID oid);
 // Opens a database. If `*oid` is 0, the database is found by its name, and `*oid` is set. Otherwise it is found by
 // `*oid`. The handle's pointer is at the first record. With CEDB_AUTOINCREMENT each read advances it, otherwise it
 // stays. `sortProperty` must be 0; `notified` is not used, because there are no notifications of changes.
-// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags or a sort property, 31. Error 31 also means that
-// the stored name of the database is damaged, so that only CeFindNextDatabase finds the database.
+// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags, a sort property, a null `oid` or an invalid
+// name, 31. Error 31 also means that the stored name of the database is damaged, so that only CeFindNextDatabase finds
+// the database.
 HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWORD flags, HWND notified);
 
 // Moves the pointer and returns the record at the new position. `*index` is set to the new position, counted from 0.
@@ -163,11 +167,11 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 //   CEDB_SEEK_CURRENT    `value`, read as a signed number, records after the present position
 // The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance, and after a
 // deletion positions are counted again.
-// Returns 0 if there is no record at the new position. The last error tells why:
+// Returns 0 if there is no record at the new position, or on failure. The last error is:
 //   0   CEDB_SEEK_END with 0 has moved the pointer after the last record
 //   25  the position is beyond an end: the pointer moves after the last record, or stays if the move was towards the
 //       beginning
-//   31  the same as 0, but the database has more or fewer records than it says; or another cause of error 31
+//   31  as 0, but the number of records isn't the number that the database has stored; or another cause of error 31
 //   87  another `how`, a handle that isn't open, or an oid that is no record of the database
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 
@@ -178,18 +182,19 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 // block that is null or too small is replaced by one of LocalAlloc, which the caller frees with LocalFree.
 // Returns the record's oid. 0 on failure, and the pointer stays: 259 after the last record, 1018 the record was deleted
 // (with CEDB_AUTOINCREMENT the next one is read instead), 232, 122 too small, 8, 87, 31. After the last record the
-// error is 31 instead of 259 if the database has more or fewer records than it says.
+// error is 31 instead of 259 if the number of records isn't the number that the database has stored.
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes);
 
 // Writes properties into a record. With oid 0 it makes a new record after all others, and the pointer doesn't move. If
 // the record has a property with the same id, the new property replaces it. A property with CEDB_PROPDELETE is removed
 // from the record. All other properties of the record stay. CEDB_PROPNOTFOUND, which a read can have set, isn't stored.
-// 0 on failure, and nothing is changed: 87 no properties, a null text or blob, more than MaxRecordContent, no such
-// record; 112 no room, or a record beyond CEDB_MAXRECORDS; 8, 31.
+// Returns the record's oid. 0 on failure, and nothing is changed: 87 no properties, a null text or blob, more than
+// MaxRecordContent, no such record; 112 no room, or a record beyond CEDB_MAXRECORDS; 8, 31.
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
-// Deletes a record. Nonzero on success. If the pointer was at the record, it moves to the next one. Fails with 87 no
-// such record in this database, 112, 31.
+// Deletes a record. Nonzero on success. If the pointer was at the record, seeks start from the next record afterwards,
+// and a read fails with 1018 or reads the next record (see CeReadRecordProps). Fails with 87 if the database has no
+// such record, 112, 31.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
 // Begins or ends a transaction. A real device doesn't have these calls. All databases that are made or deleted and all
@@ -197,7 +202,7 @@ BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 // succeeded. A kill before that, EndStoreChange(FALSE) and any failure, such as a full disk, leave everything as it
 // was. Handles that were opened in between can be used after a success, and must be closed before
 // EndStoreChange(FALSE). Nothing else of the device may be changed in between.
-// Nonzero on success; EndStoreChange(FALSE) always succeeds if a change is open. 87 a change is already open
-// (BeginStoreChange) or none is (EndStoreChange); 112, 8, 31.
+// Nonzero on success. EndStoreChange(FALSE) always succeeds if a transaction is open. BeginStoreChange fails with 87 if
+// a transaction is open already, EndStoreChange fails with 87 if none is open. Other errors are 112, 8 and 31.
 BOOL BeginStoreChange();
 BOOL EndStoreChange(BOOL kept);

@@ -1,7 +1,8 @@
 // ce/text.h - wide texts: bounded formatting, comparison, conversion to the device's code page.
 //
 // Every destination is passed with its size in characters, including the NUL. A text that doesn't fit is cut at a whole
-// character (a surrogate pair stays whole), and the result is always terminated.
+// character (a surrogate pair stays whole), and the result is always terminated. wcsncpy and WideCharToMultiByte are
+// exceptions, which their comments describe.
 #pragma once
 
 #include "ce/error.h"
@@ -94,6 +95,6 @@ UINT GetACP();
 // Converts to `codePage` (CP_ACP or CP_UTF8). With `characters` -1 the text ends at its NUL, which is converted and
 // counted, too. With `bytes` 0 the call only returns the size. A lone surrogate becomes U+FFFD. `defaultCharacter` and
 // `usedDefault` must be null. Returns the number of bytes.
-// 0 on failure: 122 too small (the content of `out` is then undefined), 87, 1004 for flags other than 0.
+// 0 on failure: 122 `out` is too small, and its content is undefined; 1004 `flags` isn't 0; 87 other invalid arguments.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int characters, char* out, int bytes,
                         const char* defaultCharacter, BOOL* usedDefault);

@@ -8,7 +8,8 @@
 using LPTHREAD_START_ROUTINE = DWORD (*)(void* parameter);
 
 // Starts `procedure(parameter)` on a new thread. `security` must be null, `stackBytes` and `flags` 0; `id` may be null.
-// The thread continues to run after its handle was closed. Null on failure: 8, 87 for other arguments.
+// Closing the handle doesn't end the thread. Null on failure: 8 the host can't start a thread, 87 a null `procedure`,
+// or an invalid `security` or `flags`.
 HANDLE CreateThread(const void* security, DWORD stackBytes, LPTHREAD_START_ROUTINE procedure, void* parameter,
                     DWORD flags, DWORD* id);
 

@@ -22,7 +22,7 @@ inline constexpr DWORD LOCALE_SSHORTDATE = 0x1F;
 void GetLocalTime(SYSTEMTIME* now);
 
 // Converts without regard to time zones; wDayOfWeek is ignored.
-// 0 with 87 for a date that doesn't exist or is before 1601.
+// 0 with 87 for a date or a time of day that doesn't exist, and for years before 1601 and after 30827.
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
 
 // 0 with 87 for a file time of 0x8000000000000000 or more.
@@ -31,8 +31,8 @@ BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* time);
 // -1 if the first time is earlier, 0 if both are equal, 1 if the first time is later.
 LONG CompareFileTime(const FILETIME* first, const FILETIME* second);
 
-// Gets the setting as text. Returns the length of the text in characters with the NUL. With `characters` 0 it only
-// returns this length. LOCALE_SSHORTDATE looks like "M/d/yy", "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's
-// LC_TIME.
-// 0 on failure: 122 too small, 87 another setting, 1004.
+// Gets the setting as text. Returns the length of the text in characters with the NUL. With `characters` 0 the call
+// only returns this length. The only setting is LOCALE_SSHORTDATE of LOCALE_SYSTEM_DEFAULT. It looks like "M/d/yy",
+// "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's LC_TIME. 0 on failure: 122 `out` is too small, 1004 `setting`
+// contains flags, 87 another locale or setting.
 int GetLocaleInfoW(LCID locale, DWORD setting, WCHAR* out, int characters);

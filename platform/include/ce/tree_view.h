@@ -3,9 +3,11 @@
 // The control notifies its parent by WM_NOTIFY. A click sends NM_CLICK before the selection moves. The second click of
 // a double click sends NM_CLICK, too, and then NM_DBLCLK. Before the selection moves, the control sends
 // TVN_SELCHANGINGW. If the parent returns nonzero, the selection doesn't move. Otherwise the control sends
-// TVN_SELCHANGEDW after the move. Before an item is expanded or collapsed, the control sends TVN_ITEMEXPANDINGW. If the
-// parent returns nonzero, the item stays as it is. Otherwise the control sends TVN_ITEMEXPANDEDW afterwards. For each
-// deleted item it sends TVN_DELETEITEMW. Handles of deleted items are invalid: a message with such a handle returns 0.
+// TVN_SELCHANGEDW after the move. The parent can't refuse a move that the control makes because the selected item is
+// deleted or hidden. Before an item is expanded or collapsed, the control sends TVN_ITEMEXPANDINGW. If the parent
+// returns nonzero, the item stays as it is. Otherwise the control sends TVN_ITEMEXPANDEDW afterwards. For TVM_EXPAND it
+// sends these two notifications only while TVIS_EXPANDEDONCE is clear. Before an item is deleted, the control sends
+// TVN_DELETEITEMW. Handles of deleted items are invalid: a message with such a handle returns 0.
 //
 // In the comments below, a message is described as "(wParam, lParam): result".
 #pragma once
@@ -29,23 +31,28 @@ inline const HTREEITEM TVI_FIRST = reinterpret_cast<HTREEITEM>(static_cast<INT_P
 inline const HTREEITEM TVI_LAST = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0002)));
 inline const HTREEITEM TVI_SORT = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0003)));
 
-// (0, item): nonzero. Deletes the item and all items below it. With null or TVI_ROOT as the item, deletes all items.
+// (0, item): nonzero, or 0 for an invalid handle. Deletes the item and all items below it. With null or TVI_ROOT as the
+// item, deletes all items.
 inline constexpr UINT TVM_DELETEITEM = 0x1101;
-// TVM_EXPAND (action, item) is declared in ce/controls.h. It sends TVN_ITEMEXPANDINGW and TVN_ITEMEXPANDEDW only while
-// TVIS_EXPANDEDONCE is clear.
+// TVM_EXPAND (TVE_..., item) is declared in ce/controls.h.
+
+// (0, 0): the number of items.
 inline constexpr UINT TVM_GETCOUNT = 0x1105;
-// TVM_SETIMAGELIST (TVSIL_NORMAL, image list): the previous list.
+// TVM_GETIMAGELIST (TVSIL_NORMAL, 0): the image list. TVM_SETIMAGELIST (TVSIL_NORMAL, image list): the previous list.
 inline constexpr UINT TVM_GETIMAGELIST = 0x1108;
 inline constexpr UINT TVM_SETIMAGELIST = 0x1109;
 // (TVGN_..., item): a handle, or 0 if there is no such item.
 inline constexpr UINT TVM_GETNEXTITEM = 0x110A;
-// (TVGN_CARET, item): nonzero; 0 if the parent refused. Null selects nothing.
+// (TVGN_CARET, item): nonzero, or 0 if the parent refused or for an invalid handle. Selects the item and makes it
+// visible as TVM_ENSUREVISIBLE does. With null as the item, no item is selected afterwards.
 inline constexpr UINT TVM_SELECTITEM = 0x110B;
 // (0, TVHITTESTINFO): the item whose row contains the point, or 0.
 inline constexpr UINT TVM_HITTEST = 0x1111;
-// (0, item): expands the items above this item, as TVM_EXPAND does, and scrolls to the item.
+// (0, item): nonzero, or 0 for an invalid handle. Expands the items above this item, as TVM_EXPAND does, and scrolls to
+// the item.
 inline constexpr UINT TVM_ENSUREVISIBLE = 0x1114;
-// (0, TVINSERTSTRUCTW): the new item's handle, or 0. The text is copied. Never selects or expands.
+// (0, TVINSERTSTRUCTW): the new item's handle, or 0 for an invalid hParent. The text is copied. Selects and expands
+// nothing.
 inline constexpr UINT TVM_INSERTITEMW = 0x1132;
 // (0, TVITEMW): nonzero. 0 for an invalid handle, and the TVITEMW is unchanged. hItem is read whatever the mask is. A
 // text is cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set. To select or expand an item, use

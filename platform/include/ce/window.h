@@ -144,23 +144,25 @@ inline constexpr WORD VK_ADD = 0x6B;
 inline constexpr WORD VK_SUBTRACT = 0x6D;
 inline constexpr WORD VK_F4 = 0x73;
 
-// 0 with 1410 if a class of that name (without case) exists already, 87 without a name or procedure.
+// Registers a window class. Names of classes are compared without case. 0 with 1410 if a class with the name exists
+// already, or with 87 if the class has no name or no procedure.
 ATOM RegisterClassW(const WNDCLASSW* windowClass);
 
 // Makes a window, and sends WM_CREATE (lParam: CREATESTRUCTW) to it. If the window's procedure returns -1 for this
-// message, the call fails. CW_USEDEFAULT for position and size means the whole work area. For a child window, `menu` is
-// its id.
-// Null on failure: 1407 no such class, 1400 no such parent or one of another thread.
+// message, the call fails. If `x` or `width` of a top-level window is CW_USEDEFAULT, the window fills the whole work
+// area. For a child window, `menu` is its id. Null on failure: 1407 no such class, 1400 an invalid `parent`, or a child
+// window whose parent is null or belongs to another thread.
 HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, DWORD style, int x, int y, int width,
                      int height, HWND parent, HMENU menu, HINSTANCE instance, void* parameter);
 
-// Destroys the window, its children and the windows that it owns. The owned windows are destroyed first. Then
-// WM_DESTROY is sent to the window, and after that to its children. The timers of the windows end, and messages posted
-// to them are dropped. Fails with 1400, or with 5 in the name of another thread.
+// Destroys the window, its children and the windows that it owns. The owned windows are destroyed first, except those
+// of another thread, which that thread destroys in its current or next GetMessageW. WM_DESTROY is sent to the window,
+// and after that to its children. The timers of the windows end, and messages posted to them are dropped. Fails with
+// 1400, or with 5 in the name of another thread.
 BOOL DestroyWindow(HWND window);
 
-// WM_CLOSE destroys the window. WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH set and return the title. Other messages
-// return 0.
+// WM_CLOSE destroys the window. WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH set and return the title. WM_SETICON with
+// ICON_SMALL sets the icon. All other messages have no effect and return 0.
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Runs the window's procedure and returns its result. If another thread owns the window, the call waits until that
@@ -172,22 +174,23 @@ LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Takes the calling thread's next message. Posted messages come first, then input, then WM_QUIT, then timers. Sent
-// messages are handled during the call. `window` null: all windows of the thread; otherwise the window and its
-// children. `low` and `high` 0: no bounds. The call returns WM_QUIT whatever the filter.
-// 0 for WM_QUIT, -1 for a bad window handle (1400), otherwise nonzero.
+// messages are handled during the call. If `window` isn't null, the call takes only messages of this window and its
+// descendants. If `low` or `high` isn't 0, it takes only messages from `low` to `high`. WM_QUIT is always taken.
+// 0 for WM_QUIT, -1 for an invalid window (1400) or a null `message` (87), otherwise nonzero.
 BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high);
 
-// Posts WM_CHAR for a key message that types a character.
+// If the message is WM_KEYDOWN or WM_SYSKEYDOWN of a key that types a character, posts WM_CHAR or WM_SYSCHAR and
+// returns nonzero.
 BOOL TranslateMessage(const MSG* message);
 LRESULT DispatchMessageW(const MSG* message);
 
-// Makes GetMessageW return WM_QUIT with `exitCode` when no posted message is left.
+// Makes GetMessageW return WM_QUIT with `exitCode` when no posted message and no input is left.
 void PostQuitMessage(int exitCode);
 
 // WM_TIMER (wParam: id) comes every `milliseconds`. It has the lowest priority of all messages, and at most one is
 // pending. A call with the same window and id replaces the timer. The timer ends with its window. `procedure` must be
-// null. Nonzero, or 0 with 1400. KillTimer takes the `id` that was passed to SetTimer, which can be 0. It doesn't take
-// the result of SetTimer.
+// null. Nonzero, or 0 with 1400. KillTimer takes the `id` that was passed to SetTimer and not its result, which is 1
+// for the id 0. KillTimer fails with 1400, or with 87 if there is no such timer.
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure);
 BOOL KillTimer(HWND window, UINT_PTR id);
 
@@ -201,7 +204,8 @@ BOOL IsWindowVisible(HWND window);
 BOOL IsWindowEnabled(HWND window);
 // Returns nonzero if the window was disabled before.
 BOOL EnableWindow(HWND window, BOOL enable);
-// Returns the window that had the focus; null if none had it or on failure.
+// Null takes the focus away. Returns the window that had the focus. Null if none had it, with 1400 for an invalid
+// window, or with 5 for a window that is disabled or belongs to another thread.
 HWND SetFocus(HWND window);
 HWND GetFocus();
 HWND GetParent(HWND window);
@@ -219,7 +223,7 @@ BOOL SetWindowTextW(HWND window, const WCHAR* text);
 int GetWindowTextW(HWND window, WCHAR* text, int capacity);
 int GetWindowTextLengthW(HWND window);
 
-// In virtual pixels; the client area begins at 0,0.
+// In virtual pixels, which the display can scale. The left and top of the client area are 0.
 BOOL GetClientRect(HWND window, RECT* rectangle);
 // In virtual pixels of the screen.
 BOOL GetWindowRect(HWND window, RECT* rectangle);
@@ -230,10 +234,11 @@ BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, 
 BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
 
 HICON LoadIconW(HINSTANCE instance, const WCHAR* name);
-// An icon (as HICON) or bitmap of the resources by number; null with 1813 or 1814.
+// Returns the icon (as HICON) or the bitmap with the number `name` in the resources. Null with 1812, 1813 or 1814, or
+// with 87 for another `type`.
 HANDLE LoadImageW(HINSTANCE instance, const WCHAR* name, UINT type, int width, int height, UINT flags);
-// `instance` null: a cursor of the platform, by its number (IDC_WAIT).
+// The only cursor is the platform's IDC_WAIT, with a null `instance`. Null with 1814 for any other cursor.
 HCURSOR LoadCursorW(HINSTANCE instance, const WCHAR* name);
-// Null removes the wait cursor. Returns the previous cursor.
+// Sets the cursor of the calling thread, and returns the previous one. Null removes the wait cursor.
 HCURSOR SetCursor(HCURSOR cursor);
 HBRUSH GetStockObject(int object);
