@@ -64,7 +64,7 @@ void removeHandlesIf(const std::function<bool(const Object&)>& chosen)
         }
     }
     for (const auto& object : removed)
-        (void)object->close();  // nobody can receive the error any more
+        (void)object->close();  // no caller can receive the error
 }
 
 }  // namespace platform::kernel

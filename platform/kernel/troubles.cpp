@@ -26,7 +26,7 @@ using ByName = std::unordered_map<std::u16string, Noted>;
 struct NotedTroubles {
     std::mutex mutex;
     std::size_t noted = 0;
-    bool searches = false;     // set by SearchForChoices: reading errors "access denied" aren't noted
+    bool searches = false;     // set by SearchForChoices: a missing permission to read isn't noted
     std::size_t jobStart = 0;  // the lowest `order` of a trouble of the present job
     std::map<std::pair<Trouble, Troubled>, ByName> names;
     std::function<void(HWND)> jobEnds;

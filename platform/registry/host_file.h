@@ -18,7 +18,7 @@ public:
     [[nodiscard]] int error() const { return error_; }
     [[nodiscard]] bool isRegularFile() const;
 
-    // Reads fewer bytes only at the end of the file or after an error.
+    // Returns the number of bytes read. It is below the buffer's size only at the end of the file or after an error.
     [[nodiscard]] std::size_t read(std::span<std::byte> buffer);
     [[nodiscard]] bool rewind();
     [[nodiscard]] bool write(std::span<const std::byte> bytes);

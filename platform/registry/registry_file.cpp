@@ -44,7 +44,7 @@ BOOL RegCopyFile(const WCHAR* path)
     if (file == INVALID_HANDLE_VALUE)
         return fail(Trouble::Reading, GetLastError());
     DWORD error = writeRegistry(file);
-    if (!CloseHandle(file) && error == ERROR_SUCCESS)  // writes the last bytes
+    if (!CloseHandle(file) && error == ERROR_SUCCESS)  // CloseHandle writes the last bytes
         error = GetLastError();
     if (error == ERROR_SUCCESS)
         return TRUE;

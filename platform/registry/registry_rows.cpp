@@ -83,7 +83,7 @@ Step removeValue(Connection& connection, std::int64_t key, std::u16string_view n
     return connection.prepare("DELETE FROM registry_value WHERE key = ? AND folded = ?").bind(key, sought).step();
 }
 
-// The database itself deletes all keys and values below the key.
+// The foreign keys of the tables make the database delete all keys and values below the key.
 Step removeKey(Connection& connection, std::int64_t parent, std::u16string_view name)
 {
     const std::u16string sought = folded(name);

@@ -20,17 +20,20 @@ struct FoundKey {
 [[nodiscard]] database::Step openOrMakeKey(database::Connection& connection, std::int64_t parent,
                                            std::u16string_view name, FoundKey& key);
 
-// The statement that reads one value: a row of type and data, or no row.
+// Returns the statement that reads one value. Its row has the columns type and data. It has no row if the value is
+// missing.
 [[nodiscard]] database::Statement valueOf(database::Connection& connection, std::int64_t key, std::u16string_view name);
 
 // Sets or replaces a value. Returns Done or the kind of failure.
 [[nodiscard]] database::Step writeValue(database::Connection& connection, std::int64_t key, std::u16string_view name,
                                         DWORD type, std::span<const std::byte> data);
 
-// Rows of number and name: the keys directly below `parent`, ordered by name without case.
+// Returns the statement that reads the keys directly below `parent`, ordered by name without case. The columns are the
+// key's number and its name.
 [[nodiscard]] database::Statement keysBelow(database::Connection& connection, std::int64_t parent);
 
-// Rows of name, type and data: the values of a key, ordered by name without case, so the default value is first.
+// Returns the statement that reads the values of a key, ordered by name without case, so the default value is first.
+// The columns are name, type and data.
 [[nodiscard]] database::Statement valuesOf(database::Connection& connection, std::int64_t key);
 
 // Deletes a value, or a key with all below it, if it exists. Returns Done or the kind of failure.

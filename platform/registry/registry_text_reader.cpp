@@ -56,12 +56,12 @@ bool sameWithoutCase(std::u16string_view left, std::u16string_view right)
            });
 }
 
-// The code units of the text, with a look-ahead of one.
+// Reads the text one code unit at a time.
 class Units {
 public:
     explicit Units(const RegistryTextSource& source) : source_(source), piece_(PieceBytes) {}
 
-    // Nothing at the end.
+    // Returns the next code unit and stays before it. Returns nothing at the end.
     [[nodiscard]] std::optional<char16_t> next()
     {
         if (at_ == count_ && !refill())

@@ -137,7 +137,7 @@ void RegistryTextWriter::putHexadecimal(std::uint32_t number, unsigned digits)
         put(u"0123456789abcdef"[(number >> (4 * --digits)) & 0xF]);
 }
 
-// Line breaks in a name are written unchanged.
+// Writes control characters, such as line breaks in a value's name, unchanged.
 void RegistryTextWriter::putQuoted(std::u16string_view text)
 {
     put(u'"');

@@ -62,7 +62,7 @@ public:
     }
 };
 
-// The fault of a registry file. The offset of the open file must be 0.
+// Returns what is wrong with a registry file, or nothing. The offset of the open file must be 0.
 std::optional<RegistryTextFault> faultOf(HostFile& file)
 {
     IgnoringSink sink;

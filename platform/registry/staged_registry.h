@@ -1,5 +1,5 @@
-// staged_registry.h - writes a registry file beside the device's database. At the next start, the
-// content of that file replaces the registry.
+// staged_registry.h - writes the staged file, a registry file beside the device's database. At the next start, its
+// content replaces the registry.
 //
 // The copy is written under another name and renamed when it is complete. So a staged file is always complete.
 #pragma once
@@ -17,7 +17,8 @@ void setStagingFolder(const std::filesystem::path& folder);
 
 // Copies an open file, whose offset must be 0. The copy becomes the staged file and replaces an earlier one. Returns 0
 // when the copy is on the disk. If the file isn't a whole registry, returns 31, keeps the copy as "registry.refused"
-// and leaves an earlier staged file unchanged. After any other failure there is no copy.
+// and leaves an earlier staged file unchanged. After any other failure there is no copy. If a whole registry was copied
+// and only the flush of the folder failed, an earlier staged file is gone, too.
 [[nodiscard]] DWORD stageRegistry(HANDLE file);
 
 // Deletes the staged file.

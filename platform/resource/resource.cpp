@@ -13,8 +13,8 @@ using platform::resource::ResourceKey;
 
 namespace {
 
-// Returns the key that the argument of a call means. The argument is a number in place of an address, or the address of
-// a text. A text such as "#123" also means a number.
+// Converts the argument of a call to a key. The argument is a number in place of an address, or the address of a text.
+// A text such as "#123" also means a number.
 ResourceKey keyOf(const WCHAR* name)
 {
     const auto number = reinterpret_cast<UINT_PTR>(name);

@@ -1,5 +1,5 @@
-// entry_points.h - the platform's calls that a program can look up by name. The room that implements a call registers
-// it.
+// entry_points.h - the platform's calls that a program can look up by name (ce/module.h). The code that implements such
+// a call registers the call.
 #pragma once
 
 #include "ce/module.h"
@@ -8,7 +8,8 @@
 
 namespace platform::kernel {
 
-// Registers `entryPoint` under exactly this name. Replaces an earlier entry point of the name. Any thread may call it.
+// Registers `entryPoint` under exactly this name. Replaces an earlier one with this name. Any thread may call this
+// function.
 void registerEntryPoint(std::u16string name, FARPROC entryPoint);
 
 }  // namespace platform::kernel

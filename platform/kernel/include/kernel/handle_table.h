@@ -1,7 +1,7 @@
 // handle_table.h - finds the object of a handle: a file, a search, a thread, a database.
 //
-// A handle is a key of slot_table.h. So a closed handle is refused even if another object has the slot now. Any thread
-// may use the table. While a call uses an object, the object isn't destroyed, even if its handle is closed.
+// A handle is a key of slot_table.h, so a closed handle is refused even if another object has its slot. Any thread may
+// use the table. While a call uses an object, the object isn't destroyed, even if its handle is closed.
 #pragma once
 
 #include "ce/types.h"
@@ -22,7 +22,7 @@ public:
     Object& operator=(const Object&) = delete;
     virtual ~Object() = default;
 
-    // Whether CloseHandle closes the object. False for a search, which only FindClose closes.
+    // Whether CloseHandle closes the object. False, for example, for a search, which only FindClose closes.
     [[nodiscard]] virtual bool takesCloseHandle() const { return true; }
 
     // Performs the part of closing that can fail, and returns the error. CloseHandle calls this function after it has

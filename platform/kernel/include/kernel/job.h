@@ -14,7 +14,7 @@ std::uint64_t currentJob();
 
 // Any thread and a signal handler may call these two functions. A stopped job ends before its next item.
 void stopJob();       // does nothing if no job is in progress
-void stopEveryJob();  // stops also the jobs that begin later
+void stopEveryJob();  // stops the job that is in progress and all later ones
 
 // From now on SIGINT, SIGTERM and SIGHUP stop every job. The signal handler also calls `then` if `then` isn't null. A
 // second signal of the same number ends the process at once. A signal that was ignored when the process started stays

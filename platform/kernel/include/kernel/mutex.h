@@ -15,8 +15,8 @@ public:
     Mutex(const Mutex&) = delete;
     Mutex& operator=(const Mutex&) = delete;
 
-    // Most locks are held for some ten nanoseconds, and putting a thread to sleep and waking it takes microseconds. So
-    // a thread tries for a moment before it sleeps.
+    // Most locks are held for tens of nanoseconds, but putting a thread to sleep and waking it takes microseconds. So a
+    // thread tries several times before it sleeps.
     void lock() ACQUIRE()
     {
         for (int attempt = 0; attempt < 50; ++attempt) {

@@ -1,4 +1,4 @@
-// run_progress.h - how far the present run has come, for a display that shows it.
+// run_progress.h - how far the current run (ce/progress.h) has come, for a display that shows this.
 #pragma once
 
 #include "ce/types.h"
@@ -12,7 +12,7 @@ namespace platform::kernel {
 struct RunProgress {
     unsigned number = 0;    // the number of the run, counted from 1; 0 before the first run
     DWORD run = 0;          // RunStores or RunRestores
-    bool underway = false;  // false: no run is in progress, and the members describe the end of the last one
+    bool underway = false;  // false: no run is in progress, and the other members describe the last one
     std::u16string listPath;
     DWORD items = 0;  // the number of items of the whole run
     std::uint64_t bytes = 0;
@@ -23,8 +23,8 @@ struct RunProgress {
     std::chrono::steady_clock::duration time{};  // since the run began, or the duration of the ended run
 };
 
-// Returns the current run, or the last one if no run is in progress. Any thread may call it. The numbers are read one
-// by one while the run goes on, so they can be from different moments.
+// Returns the progress of the current run, or of the last one if no run is in progress. Any thread may call this
+// function. The numbers are read one by one while the run goes on, so they can be from different moments.
 [[nodiscard]] RunProgress runProgress();
 
 }  // namespace platform::kernel

@@ -8,7 +8,7 @@ namespace platform::kernel {
 // Prepares the standard streams. Call this function first in main(). If one of the three descriptors is closed, the
 // function opens it on something that can't be read or written. Otherwise a file that is opened later would get the
 // number of the closed descriptor, and the messages for the user would be written to that file. After this call, a
-// write to a pipe that nobody reads, or beyond a limit of file size, returns an error and no longer ends the process.
+// write to a pipe that nobody reads, or beyond a limit of file size, returns an error and doesn't end the process.
 // On a terminal, std::cout and std::cerr show a question mark for each character that the terminal's locale can't show.
 void secureStandardStreams();
 

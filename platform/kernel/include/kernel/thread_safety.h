@@ -18,8 +18,8 @@
 // On a class: its constructor locks a mutex and its destructor unlocks it.
 #define SCOPED_CAPABILITY THREAD_SAFETY_ATTRIBUTE(scoped_lockable)
 
-// On data: it may be used only while the mutex is held. PT_GUARDED_BY guards the data that a pointer points to, and not
-// the pointer itself.
+// On data: the data may be used only while the mutex is held. PT_GUARDED_BY guards the data that a pointer points to,
+// and not the pointer itself.
 #define GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(guarded_by(mutex))
 #define PT_GUARDED_BY(mutex) THREAD_SAFETY_ATTRIBUTE(pt_guarded_by(mutex))
 

@@ -1,9 +1,9 @@
 // troubles.h - a record of the failures since the process started: failures to read or write the device, and failures
 // that the program reports.
 //
-// A program gets the error of each call and may ignore it. main() uses this record to report at the end what is
-// missing. The record doesn't contain errors which only say that something doesn't exist, or that a file or list ends.
-// Any thread may use the record.
+// A program gets the error of each call and may ignore it. main() uses this record to tell the user at the end what
+// failed. The platform's calls don't note errors that only say that something doesn't exist, or that a file or list
+// ends. But a call that writes notes that the parent folder is missing. Any thread may use the record.
 #pragma once
 
 #include "ce/types.h"
@@ -20,14 +20,16 @@ namespace platform::kernel {
 // kinds (ce/outcome.h).
 enum class Trouble { Reading, Writing, Storing, Restoring, Deleting, Replacing, Reaching, Numbering };
 
-// The kind of thing that failed. DatabaseList: the names of the databases couldn't be read.
+// What the failed call was about. DatabaseList: databases, but no single one whose name is known, for example in an
+// enumeration.
 enum class Troubled { File, Database, DatabaseList, Registry };
 
 // `name` is the path on the device for a file or folder, the name for a database, and empty otherwise. `error` is the
 // platform's error number.
 void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error);
 
-// Removes the noted failure if its error is `error`. Callers use this if a call fails at first and succeeds later.
+// Removes the failure from the record if its error is `error`. Callers use this function if a call fails at first and
+// succeeds later.
 void forgetTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD error);
 
 // The period whose troubles are returned: since the process started, or since the latest call of BeginJob.
@@ -35,7 +37,9 @@ enum class Since { Start, Job };
 
 struct NamedTrouble {
     std::u16string name;
-    DWORD error = 0;  // the first error; an error other than a missing folder takes precedence
+    // The first error other than 3 (a missing folder), or 3 if there is no other error. If a later job has noted the
+    // failure again, the error is from that job.
+    DWORD error = 0;
 };
 
 // Returns each name once, in the order in which they were noted. Names whose error is a missing folder come last.

@@ -40,7 +40,7 @@ enum class Wholeness { Required, Free };
 // Where and why the reading ended before the end of the text.
 struct RegistryTextFault {
     std::size_t line = 0;   // from 1
-    const char* what = "";  // "the key's name is too long"
+    const char* what = "";  // for example "the key's path is too long"
     bool bySink = false;    // the sink ended the reading; the text has no fault
 };
 

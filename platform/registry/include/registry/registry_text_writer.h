@@ -42,7 +42,7 @@ private:
 
     Output output_;
     std::u16string pending_;
-    std::size_t column_ = 0;  // of the line, in code units
+    std::size_t column_ = 0;  // code units in the current line
     std::size_t keys_ = 0;
     std::size_t values_ = 0;
     bool good_ = true;

@@ -1,5 +1,5 @@
-// resource_file.h - finds an entry in the bytes of a compiled resource file. It interprets no entry except the blocks
-// of texts.
+// resource_file.h - finds the entries in the bytes of a compiled resource file. It doesn't interpret the bytes of an
+// entry, except the blocks of 16 texts in which the texts for LoadStringW are stored.
 //
 // The bytes are untrusted: no read goes beyond their end.
 #pragma once
@@ -50,8 +50,8 @@ private:
 };
 
 // Sets the resources that the platform's calls use. Call it before the program starts. The bytes must stay valid until
-// the process ends and be aligned to 4. Returns false if they aren't a resource file or are damaged. In a damaged file
-// only the entries before the damage are used.
+// the process ends and be aligned to 4. Returns false if they aren't aligned, aren't a resource file, or are damaged.
+// In a damaged file only the entries before the damage are used.
 bool setResources(std::span<const std::byte> file);
 
 // Returns the bytes from `address` to the end of the resource that contains `address`. Returns an empty span if no
