@@ -51,9 +51,9 @@ CREATE TABLE remembered_folder (
     capacity INTEGER
 ) STRICT;
 )sql",
-    // 2: the tables of the object store's databases. Databases have oids below 0x1000000, and records have the oids
-    // from 0x1000000 on. No oid is used twice. `properties` has the format of store/record_bytes.h. The triggers keep
-    // `records` and `bytes` of each database correct, even if a part of a transaction is rolled back.
+    // 2: the tables of the object store's databases. Object identifiers (oids) below 0x1000000 are those of databases,
+    // and the others are those of records. No oid is used twice. `properties` has the format of store/record_bytes.h.
+    // The triggers keep `records` and `bytes` of each database correct, even if a part of a transaction is rolled back.
     R"sql(
 CREATE TABLE store_database (
     oid INTEGER PRIMARY KEY AUTOINCREMENT CHECK (oid < 0x1000000),
@@ -175,7 +175,8 @@ std::string sentenceOf(const fs::path& file, int code, const std::string& messag
     }
 }
 
-// Checks the file without writing to it, since it may be another program's database.
+// Checks the file without writing to it, since it may be another program's database. Returns a sentence for the user,
+// or an empty text if the database can be used.
 std::string faultOf(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };
@@ -207,7 +208,8 @@ std::string faultOf(sqlite3* database, Connection& connection, const fs::path& f
     return check.text(0) == u"ok" ? "" : sentenceOf(file, SQLITE_CORRUPT, text::toUtf8(check.text(0)));
 }
 
-// Migrates the file to the schema of this version. Each step is atomic.
+// Migrates the file to the schema of this version. Each step is atomic. On failure returns a sentence for the
+// user, otherwise an empty text.
 std::string migrate(sqlite3* database, Connection& connection, const fs::path& file)
 {
     const auto failed = [&] { return sentenceOf(file, sqlite3_errcode(database), connection.lastMessage()); };

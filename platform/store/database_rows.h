@@ -1,4 +1,4 @@
-// database_rows.h - the rows that describe databases: name, type, sort orders, counts.
+// database_rows.h - finds, adds and removes the rows that describe databases: name, type, sort orders, counts.
 #pragma once
 
 #include "database/connection.h"

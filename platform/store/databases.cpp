@@ -1,4 +1,4 @@
-// The calls on databases: walk, information, creation, deletion.
+// The calls on databases: enumeration, information, creation, deletion.
 #include "ce/store.h"
 
 #include "database/device_database.h"

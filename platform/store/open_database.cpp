@@ -19,8 +19,8 @@ using database::Transaction;
 
 namespace {
 
-// The limits of the changes that a handle gathers. If the process is killed, these changes are lost. A flush takes
-// milliseconds, so a few flushes per second don't slow a run down.
+// The limits of the changes that a handle gathers. If the process is killed, the gathered changes are lost. A flush
+// takes milliseconds, so a few flushes per second don't slow a backup or restore down.
 constexpr unsigned GatheredChanges = 4096;
 constexpr std::size_t GatheredBytes = std::size_t{8} << 20;
 constexpr std::chrono::milliseconds GatheredTime(500);
@@ -49,7 +49,8 @@ DWORD OpenDatabase::beginChange(Connection& connection)
         return ERROR_INVALID_PARAMETER;
     if (storeState().changeIsOpen)
         return joinChange(connection);
-    // The changes of another handle must be on the disk before this handle changes anything.
+    // The changes of another handle must be on the disk before this handle changes anything. Those of this handle are
+    // committed when they reach a limit.
     if (connection.isGathering() && (!owns_ || gatheredEnough()))
         connection.endGathering();
     if (changes_.size() == changes_.capacity())  // so that keepChange can't run out of memory after the change
@@ -139,8 +140,8 @@ Step OpenDatabase::changeTogether(Connection& connection, std::span<const Gather
 }
 
 // If the disk has no room for all changes, tries each half separately, down to single changes. Each new record is
-// inserted again with its old oid. No other record has taken this oid, because only these changes were made after the
-// rollback.
+// inserted again with its old oid. No other record has taken this oid, because nothing but these changes was made since
+// the rollback.
 void OpenDatabase::changeWhatFits(Connection& connection, std::span<const GatheredChange> changes)
 {
     if (changes.empty())

@@ -1,7 +1,7 @@
-// open_database.h - the object of a database's handle: a pointer into the records, and the changes that the handle
-// gathers so that one flush writes them.
+// open_database.h - the object to which the handle of an open database refers: a pointer into the records, and the
+// changes that the handle gathers so that one flush writes them.
 //
-// Use it only while a database::DatabaseUse lives.
+// Use it only while a database::DatabaseUse lives. But call close() without one, because close() creates its own.
 #pragma once
 
 #include "database/connection.h"
@@ -35,7 +35,7 @@ struct RecordPointer {
 struct KnownPosition {
     CEOID oid = 0;
     DWORD position = 0;
-    std::uint64_t recordsRemoved = 0;
+    std::uint64_t recordsRemoved = 0;  // StoreState::recordsRemoved when the position was stored
 };
 
 // A changed record with its new bytes. There are no bytes if the record was removed.
@@ -55,13 +55,14 @@ public:
     [[nodiscard]] const std::u16string& name() const { return name_; }
     [[nodiscard]] bool autoIncrement() const { return autoIncrement_; }
 
-    // Prepares this handle for a change. Commits the changes that another handle has gathered. Commits those of this
-    // handle if there are many of them or if the gathering began some time ago. After that, the handle gathers changes.
-    // Call this function before each change. Returns 0 or the platform's error number.
+    // Prepares this handle for a change. Call this function before each change. Returns 0 or the platform's error
+    // number. Commits the changes that another handle has gathered. Commits those of this handle if there are many of
+    // them or if the gathering began some time ago. After that, the handle gathers changes. Between BeginStoreChange
+    // and EndStoreChange the function commits nothing, and the following change belongs to that transaction.
     [[nodiscard]] DWORD beginChange(database::Connection& connection);
 
-    // Keeps a copy of a change. Call this function after each change. If the disk has no space for all gathered
-    // changes, SQLite rolls them back. The handle then uses the copies to repeat as many changes as fit.
+    // Keeps a copy of a gathered change. Call this function after each change. If the disk has no space for all
+    // gathered changes, SQLite rolls them back. The handle then uses the copies to repeat as many changes as fit.
     void keepChange(GatheredChange change);
 
     // Writes the gathered changes to the disk. Returns an error if any change was lost since the handle was opened.
@@ -83,8 +84,8 @@ private:
     const std::u16string name_;
     const bool autoIncrement_;
     bool closed_ = false;
-    bool owns_ = false;         // this handle began the gathering that is open
-    std::uint64_t joined_ = 0;  // StoreState::changes when the handle last changed something after BeginStoreChange
+    bool owns_ = false;         // this handle began the transaction that gathers changes now
+    std::uint64_t joined_ = 0;  // StoreState::changes when joinChange last marked the database as modified
     std::vector<GatheredChange> changes_;
     std::size_t bytes_ = 0;
     std::chrono::steady_clock::time_point begun_;

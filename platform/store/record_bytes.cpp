@@ -99,7 +99,7 @@ void append(RecordBytes& bytes, RecordView piece)
     bytes.insert(bytes.end(), piece.begin(), piece.end());
 }
 
-// A view of the caller's value. Nothing for a text or blob that is null.
+// Returns a view of the caller's value. Returns nothing if a text, or a blob that isn't empty, is null.
 std::optional<RecordView> valueOf(const CEPROPVAL& property)
 {
     const WORD type = typeOf(property.propid);
@@ -114,7 +114,7 @@ std::optional<RecordView> valueOf(const CEPROPVAL& property)
                    ? std::nullopt
                    : std::optional(std::as_bytes(std::span(blob.lpb, blob.dwCount)));
     }
-    // All members of the union have offset 0.
+    // All members of the union have offset 0, so the value is at its beginning.
     return std::as_bytes(std::span(&property.val, 1)).first(fixedBytes(type));
 }
 

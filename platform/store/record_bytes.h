@@ -37,9 +37,9 @@ using PropertyViews = std::vector<PropertyView>;
 // missing. Returns nothing if all are missing.
 [[nodiscard]] std::optional<PropertyViews> pick(const PropertyViews& properties, std::span<const CEPROPID> ids);
 
-// Returns the record after the changes. A change replaces a property, appends it or, with CEDB_PROPDELETE, removes it.
-// Returns nothing if a text or blob is null, if there are more than 65535 properties, or if texts and blobs together
-// have more than MaxRecordContent bytes.
+// Returns the bytes of the record after the changes. A change replaces a property, appends it or, with CEDB_PROPDELETE,
+// removes it. Returns nothing if a text, or a blob that isn't empty, is null. Also returns nothing if there are more
+// than 65535 properties, or if texts and blobs together have more than MaxRecordContent bytes.
 [[nodiscard]] std::optional<RecordBytes> withChanges(const PropertyViews& properties,
                                                      std::span<const CEPROPVAL> changes);
 

@@ -1,4 +1,5 @@
-// record_rows.h - the rows of one database's records, in the order of their oids.
+// record_rows.h - finds and counts the rows of the table store_record that belong to one database, in the order of
+// their oids.
 #pragma once
 
 #include "database/connection.h"
@@ -17,7 +18,7 @@ struct Found {
     DWORD error = 0;  // without a row: 0 if none was found, otherwise the platform's error number
 };
 
-// A record in the table. Destroy the object before any change to the database.
+// A record in the table. Destroy the object before any change of the store.
 struct RecordRow {
     CEOID oid;
     RecordView properties;  // valid while `row` lives
@@ -45,8 +46,8 @@ struct RecordRow {
 // The number of records that is stored in the database's row. Doesn't count the records.
 [[nodiscard]] Found<DWORD> countOf(database::Connection& connection, CEOID owner);
 
-// Counts the rows of the records. Returns 31 if their number differs from countOf. In that case records are missing, or
-// some belong to another database. Otherwise returns 0, or the error of the count.
+// Counts the rows of the database's records. Returns 31 if their number differs from countOf, because records are
+// missing or belong to another database. Otherwise returns 0, or the error of the count.
 [[nodiscard]] DWORD faultOfCount(database::Connection& connection, CEOID owner);
 
 }  // namespace platform::store

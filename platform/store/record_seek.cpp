@@ -45,7 +45,9 @@ public:
         return found.row ? stand(*found.row) : refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
-    // A walk from the last record to the first begins with this seek. So this seek checks whether records are missing.
+    // Moves the pointer after the last record. Returns 0, because no record is there. The last error is the result of
+    // faultOfCount, which is 0 if no record is missing. A caller that reads from the last record to the first begins
+    // with this seek, so this seek checks whether records are missing.
     CEOID afterLast()
     {
         moveAfterLast();
@@ -93,8 +95,8 @@ CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
     }
 }
 
-// Returns the position of `pointer` if it is known without counting the records. It is known at the end, and at the
-// record whose position was returned last.
+// Returns the position of `pointer` if it is known without counting the records. It is known at the end. It is also
+// known at the record whose position was returned last, unless a record was removed since then.
 std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& open, const RecordPointer& pointer)
 {
     if (pointer.from == RecordPointer::AfterLast)

@@ -43,7 +43,7 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
                                 : !use ? failed(ERROR_GEN_FAILURE)
                                        : call(*use, *open);
         if (use && outcome.error != 0)
-            (void)use->isGathering();  // runs the handler of a rollback that a full disk caused
+            (void)use->isGathering();  // if the failure has rolled back the gathered changes, runs their handler
         if (open)
             noteStoreTrouble(kind, Troubled::Database, name, outcome.error);
         if (outcome.error != 0)
@@ -52,7 +52,9 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
     });
 }
 
-// The record at the pointer.
+// Returns the record at the pointer. If it was deleted and another record follows, returns that record with
+// CEDB_AUTOINCREMENT, and error 1018 without this flag. If no record follows, the error is that of faultOfCount, or 259
+// if no record is missing.
 Found<RecordRow> currentRecord(Connection& connection, const OpenDatabase& open)
 {
     if (open.pointer.exact) {  // faster than a search for the next record

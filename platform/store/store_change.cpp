@@ -1,4 +1,4 @@
-// BeginStoreChange and EndStoreChange: the changes between them are atomic.
+// BeginStoreChange and EndStoreChange: the changes between the two calls are one transaction.
 #include "ce/store.h"
 
 #include "database/device_database.h"
@@ -60,7 +60,7 @@ BOOL EndStoreChange(BOOL kept)
         if (!use || !state.changeIsOpen)
             return fail(use ? ERROR_INVALID_PARAMETER : ERROR_GEN_FAILURE);
         state.changeIsOpen = false;
-        const bool wasWhole = use->isGathering();  // false: a call failed and has noted the failure
+        const bool wasWhole = use->isGathering();  // false: a call failed, and has noted the failure
         use->releaseGathering(kept != FALSE);
         if (!kept || state.changeFault == 0)
             return TRUE;

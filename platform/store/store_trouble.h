@@ -1,4 +1,5 @@
-// store_trouble.h - notes the failures that the host reports to the user at the end (kernel/troubles.h).
+// store_trouble.h - notes the failures that the host reports to the user at the end of a job or of the process
+// (kernel/troubles.h).
 #pragma once
 
 #include "kernel/troubles.h"

@@ -1,4 +1,4 @@
-// connection.h - the statements and transactions of one SQLite database file. No other room includes SQLite.
+// connection.h - the statements and transactions of one SQLite database file. No other room includes sqlite3.h.
 //
 // Only one thread at a time may use a connection. DatabaseUse (device_database.h) gives access to it under a lock.
 #pragma once
@@ -20,13 +20,13 @@ struct sqlite3_stmt;
 
 namespace platform::database {
 
-// The result of a step of a statement. After Full, NoMemory and Failed the database is unchanged.
+// The result of a step of a statement. After Full, NoMemory and Failed the statement has changed nothing.
 enum class Step {
     Row,   // a row can be read
     Done,  // no more rows, and the change is made
     Full,  // the host's disk is full
     NoMemory,
-    Failed,  // the database can't be read or written, or a constraint forbids it
+    Failed,  // any other failure, for example a read error or a constraint that forbids the change
 };
 
 class Connection;
@@ -66,7 +66,7 @@ public:
     Statement& operator=(Statement&&) = delete;
     ~Statement();
 
-    // Binds the parameters in their order: whole numbers, texts, bytes, nullptr for NULL. Texts and bytes
+    // Binds the parameters in their order: whole numbers, texts, bytes, nullptr for NULL. Texts are copied, but bytes
     // must live until the last step.
     template <class... Values>
     Statement& bind(const Values&... values)
@@ -79,7 +79,7 @@ public:
     [[nodiscard]] Step step();
 
     // The following functions read the row that step() found. Columns are numbered from 0. Bytes are valid until the
-    // next step.
+    // next step or the destruction of the Statement.
     [[nodiscard]] std::int64_t integer(int column) const;
     [[nodiscard]] std::u16string text(int column) const;
     [[nodiscard]] std::span<const std::byte> bytes(int column) const;
@@ -112,31 +112,36 @@ public:
     // statement for later calls.
     [[nodiscard]] Statement prepare(Sql sql);
 
-    // Executes one or more statements that have no parameters and return no rows.
+    // Executes one or more statements without parameters, and ignores rows that they return. Stops at the first
+    // statement that fails. Returns Done if none failed.
     [[nodiscard]] Step execute(const std::string& sql);
 
-    // Returns the first column of the first row of a statement without parameters. Nothing if there is no row.
+    // Returns the first column of the first row of a statement without parameters. Returns nothing if there is no row
+    // or the statement fails.
     [[nodiscard]] std::optional<std::int64_t> readNumber(Sql sql);
 
-    // Begins a transaction that gathers the changes of several calls. All of these changes share one flush. `ended` is
-    // called once, at the end of the transaction. Its argument is Done if all changes are on the disk, and another
-    // value if they were rolled back. If such a transaction is open already, the call does nothing and ignores `ended`.
+    // Begins a transaction that gathers the changes of several calls. All of these changes share one flush to the disk.
+    // `ended` is called once, at the end of the transaction. Its argument is Done if all changes are on the disk, and
+    // another value if they were rolled back. If such a transaction is open already, the call returns Done and ignores
+    // `ended`.
     [[nodiscard]] Step gather(std::function<void(Step)> ended);
 
     // Returns whether the transaction of gather() is open. If a failed statement has rolled back this transaction,
     // calls `ended` and returns false.
     [[nodiscard]] bool isGathering();
 
-    // Commits the gathered changes, unless the gathering is held. Also ends the transaction of keepReading().
+    // Commits the gathered changes, unless holdGathering() prevents this. Also ends the transaction of keepReading().
     void endGathering();
 
     // Between holdGathering() and releaseGathering(), endGathering() doesn't commit. If `kept` is true,
-    // releaseGathering() commits all gathered changes. Otherwise it rolls back all of them.
+    // releaseGathering() commits all gathered changes. Otherwise it rolls back all of them. Without an open transaction
+    // of gather(), both functions do nothing.
     void holdGathering() { held_ = isGathering(); }
     void releaseGathering(bool kept);
 
-    // Makes the following reads share one transaction. Without this, each read begins a transaction of its own, and
-    // SQLite asks the host for the file's size each time. The shared transaction ends before the next change.
+    // Makes the following reads share one transaction. Without it, each read begins a transaction of its own, and
+    // SQLite asks the host for the file's size each time. The next gather() or endGathering() ends the shared
+    // transaction. One of the two must be called before the next change. Does nothing while changes are gathered.
     void keepReading();
 
     [[nodiscard]] std::int64_t lastInsertId() const;
@@ -150,8 +155,8 @@ private:
     void endReading();
     [[nodiscard]] Step commit();
     void undo();
-    // Executes `sql` without creating a Statement. Creating one allocates memory and could fail, but ending a
-    // transaction must always be possible.
+    // Executes `sql` without creating a Statement. Creating one could throw std::bad_alloc, but ending a transaction
+    // must always be possible.
     [[nodiscard]] Step run(const char* sql);
 
     sqlite3* database_;

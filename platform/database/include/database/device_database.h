@@ -10,20 +10,21 @@
 
 namespace platform::database {
 
-// Opens the file, creates it if it is missing, and migrates it to this version's schema. Returns false with a sentence
-// for the user if the file is damaged, open in another program, newer than this version or not a device's database. In
-// these cases the file is unchanged. Also returns false if this process has a database open already.
+// Opens the file, creates it if it is missing, and migrates it to this version's schema. On failure returns false and
+// sets `sentence` to a sentence for the user. If the file is damaged, open in another program, newer than this version
+// or not a device's database, it is unchanged. The call also fails if this process has a database open already.
 // On success `sentence` is empty, or it is a warning that the file was missing or empty and that the write-ahead log
 // beside it was renamed.
 [[nodiscard]] bool openDeviceDatabase(const std::filesystem::path& file, std::string& sentence);
 
-// Commits the gathered changes and closes the file. Does nothing if none is open.
+// Calls endGathering(), which commits the gathered changes unless they are held, and closes the file. Does nothing if
+// no file is open.
 void closeDeviceDatabase();
 
 // Whether a use of the database first commits the changes that were gathered so far (End) or goes on gathering (GoOn).
 enum class Gathered { End, GoOn };
 
-// Locks the open database for the duration of one call. A thread that has a DatabaseUse must not create another one.
+// Locks the open database as long as the object exists. A thread that has a DatabaseUse must not create another one.
 class DatabaseUse {
 public:
     explicit DatabaseUse(Gathered gathered = Gathered::End);

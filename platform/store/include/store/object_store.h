@@ -3,8 +3,9 @@
 
 namespace platform::store {
 
-// Closes all handles of databases and of walks. Writes the gathered changes of these handles to the disk. Undoes a
-// change that BeginStoreChange began and EndStoreChange didn't end. Call it before the device's database is closed.
+// Closes all handles of databases and of enumerations (CeFindFirstDatabase). Writes the gathered changes of these
+// handles to the disk. Undoes a change that BeginStoreChange began and EndStoreChange didn't end. Call it before the
+// device's database file is closed.
 void closeStore();
 
 }  // namespace platform::store
