@@ -1,4 +1,4 @@
-// background_thread.h - starts a thread that works beside the thread of a run.
+// background_thread.h - starts a thread that works while another thread performs a run (a backup or a restore).
 #pragma once
 
 #include <csignal>
@@ -7,8 +7,8 @@
 
 namespace platform::device {
 
-// Starts a thread that blocks all signals. So the host delivers each signal to the thread of the run. The signal can
-// interrupt that thread while it waits for an answer of the user.
+// Starts a thread that blocks all signals, so the host delivers each signal to the thread of the run. There the signal
+// also interrupts the wait for an answer of the user.
 template <class Function>
 [[nodiscard]] std::thread startBackgroundThread(Function&& function)
 {

@@ -1,4 +1,4 @@
-// command_line.h - the host's command line.
+// command_line.h - the command line of quillbox.
 #pragma once
 
 #include "command_options.h"
@@ -20,7 +20,7 @@ struct CommandLine {
     std::optional<std::string> script;  // a file, or "-" for standard input
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     std::optional<std::string> transcript;  // a file, or "-" for standard output
-    std::optional<Command> command;         // nothing: a script or the window runs
+    std::optional<Command> command;         // empty: a script runs, or the window opens
 };
 
 struct ParsedCommandLine {

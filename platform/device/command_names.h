@@ -1,4 +1,4 @@
-// command_names.h - converts the words of a command to the storages, sets and items that they mean.
+// command_names.h - finds out which storage, set or items the words of a command line mean.
 #pragma once
 
 #include <filesystem>

@@ -44,7 +44,7 @@ struct RestoreOptions {
 };
 
 struct SetsOptions {
-    std::string storage;  // empty: all
+    std::string storage;  // empty: all storages
 };
 
 struct ProfileOptions {
@@ -56,10 +56,11 @@ struct Command {
     std::variant<BackupOptions, RestoreOptions, SetsOptions, ProfileOptions> options;
     bool json = false;
     bool quiet = false;
-    std::chrono::seconds wait{0};  // how long to wait for a device or card in use
+    std::chrono::seconds wait{0};  // how long to wait for a device or card that another process uses
 };
 
-// The values of the options. The parser writes them, so they must live as long as the parser.
+// Adds the commands with their options to a CLI::App, and holds the values that the app parses. The object must still
+// exist when the app parses a command line.
 struct CommandParser {
     BackupOptions backup;
     RestoreOptions restore;
@@ -74,7 +75,7 @@ struct CommandParser {
     CLI::App* profileCommand = nullptr;
 
     void addTo(CLI::App& app);
-    // The command that was given; nothing without one.
+    // Returns the command on the parsed command line, or nothing if there is no command.
     [[nodiscard]] std::optional<Command> given() const;
 };
 

@@ -15,22 +15,22 @@ namespace platform::device {
 [[nodiscard]] std::string itemsText(const ItemCounts& items);
 [[nodiscard]] nlohmann::ordered_json itemsJson(const ItemCounts& items);
 
-// How a run ended. The value doesn't depend on items that the run has reported as left out. LeftOut means that
-// something other than an item failed, for example writing the checksums of the set.
+// How a run (a backup or a restore) ended. `Over` doesn't say whether items were left out, because endRun() finds that
+// out itself. `LeftOut` means that something other than an item failed, for example writing the checksums of the set.
 enum class RunEnd { Over, LeftOut, MadeNothing, Stopped };
 
-// Whether a run has left items out because it was stopped.
+// Returns true if a run has left items out because it was stopped.
 [[nodiscard]] bool leftItemsUnreached();
 
-// Reports that a command has done nothing, and returns the exit code. `reason` says why. If the program has already
-// reported the reason, `reason` is empty.
+// Reports that a command has done nothing, and returns `exitCode`. `reason` is a sentence, or empty if the program has
+// reported the reason (ce/outcome.h). A reported reason is printed in any case.
 int endRefused(const Command& command, const std::string& reason, int exitCode);
 
 // Reports the end of a run and returns the exit code. Prints what was left out to standard error. With --json, prints a
 // JSON object with the facts. Without --json, prints the sentence, unless the run was complete and --quiet was given.
 int endRun(const Command& command, RunEnd end, const std::string& sentence, const nlohmann::ordered_json& facts);
 
-// Prints the result of a command that isn't a run.
+// Prints a result that isn't the end of a run: `json` with --json, otherwise `text`.
 void print(const Command& command, const std::string& text, const nlohmann::ordered_json& json);
 
 }  // namespace platform::device

@@ -1,5 +1,5 @@
-// command_run.h - runs a command of quillbox: opens the device, performs one run of the program without a window, and
-// reports how it went.
+// command_run.h - runs a command of quillbox without a window, and reports how it went. Every command but `profile`
+// opens the device.
 #pragma once
 
 #include "command_line.h"

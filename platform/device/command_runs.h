@@ -1,4 +1,4 @@
-// command_runs.h - the commands on an open device. Each reports how it went and returns the exit code.
+// command_runs.h - the commands of quillbox. Each function reports how its command went and returns the exit code.
 #pragma once
 
 #include "command_names.h"
@@ -7,7 +7,7 @@
 namespace platform::device {
 
 int runBackup(const Session& session, const BackupOptions& options);
-// `listPath` is on the device.
+// `listPath` is the path of the set's list file on the device.
 int runRestore(const Session& session, const RestoreOptions& options, const std::u16string& listPath);
 int runSets(const Session& session, const SetsOptions& options);
 

@@ -13,17 +13,18 @@ namespace platform::device {
 struct Session {
     const Command& command;
     OpenResult opened;
-    ShownStorage storage;  // where the command stores sets or looks for them
+    ShownStorage storage;  // where a backup stores its set, or where `sets` looks for sets
 
     // Whether the user sees how far the run has come.
     [[nodiscard]] bool showsProgress() const;
     [[nodiscard]] std::string hostPath(const std::u16string& path) const;
 };
 
-// Opens the device and returns the exit code of run(session). While another process uses the device or the card, waits
-// as long as --wait says. If `storage` is a folder of the host, the device shows this folder as a card. If `storage` is
-// a name that the device doesn't have, the device shows the user's medium with that name as a card. If the device
-// doesn't exist, it is created if `mayMake` is true. Otherwise the command is refused.
+// Opens the device, calls run(session) and returns its exit code. If the device can't be opened, reports that and
+// returns ExitNothingDone. While another process uses the device or the card, waits at most as long as --wait says. If
+// `storage` is a folder of the host, the device shows this folder as a card. If `storage` is a name that the device
+// doesn't have, and the user has a medium with that name, the device shows the medium as a card. If the device doesn't
+// exist, it is created if `mayMake` is true, and the command is refused if `mayMake` is false.
 int onDevice(const CommandLine& line, HINSTANCE instance, const NamedStorage& storage, bool mayMake,
              const std::function<int(const Session& session)>& run);
 

@@ -18,8 +18,8 @@ namespace platform::device {
 
 namespace {
 
-// The thread looks for new bytes every millisecond. So the bytes are still in the processor's cache when they are
-// hashed. The buffer for a piece is small enough to stay in the cache too.
+// The thread looks for new bytes every millisecond, so that they are usually still in the processor's cache when they
+// are hashed. The buffer for a piece is small enough to stay in the cache too.
 constexpr std::size_t PieceBytes = 32768;
 constexpr std::chrono::milliseconds LookAgain{1};
 
@@ -30,8 +30,8 @@ std::string dataFileOf(std::string listFile)
     return listFile.replace(listFile.size() - ListEnding.size(), ListEnding.size(), "QDT");
 }
 
-// Adds the bytes from offset `begin` up to offset `end`, without the byte at `end`. Returns false if they can't be
-// read.
+// Adds the bytes from offset `begin` up to offset `end`, without the byte at `end`, to the hash. Returns false if they
+// can't be read.
 bool addBytes(archive::Sha256& hash, int file, std::uint64_t begin, std::uint64_t end, std::vector<std::byte>& piece)
 {
     while (begin < end) {
@@ -83,7 +83,7 @@ void DataDigest::end()
     thread_.join();
 }
 
-// Waits a moment for the end of the run. Returns whether the run is over.
+// Returns true if end() was called. Waits up to LookAgain for this call.
 bool DataDigest::isOver()
 {
     const kernel::MutexLock lock(mutex_);

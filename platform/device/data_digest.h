@@ -1,8 +1,8 @@
-// data_digest.h - computes the digest of a set's data file while the run writes the file, so that the seal needn't read
-// the file again.
+// data_digest.h - computes the digest of a set's data file while a backup writes the file. So the file needn't be read
+// again when the set's file with checksums is written.
 //
-// The thread reads only bytes that the run has written to the file and won't change (ReportStoredBytes). The only data
-// that the thread shares with the run are the numbers of kernel/run_progress.h.
+// A thread of its own reads the bytes that the backup has written to the file and won't change (ReportStoredBytes). The
+// thread learns about the backup only from kernel/run_progress.h.
 #pragma once
 
 #include "command_session.h"
@@ -17,14 +17,15 @@ namespace platform::device {
 
 class DataDigest {
 public:
-    // Starts a thread that waits for the next run and hashes what that run writes. Does nothing if `wanted` is false.
+    // Starts a thread that waits for the next run and hashes the bytes of its data file. Does nothing if `wanted` is
+    // false.
     DataDigest(const Session& session, bool wanted);
     DataDigest(const DataDigest&) = delete;
     DataDigest& operator=(const DataDigest&) = delete;
     ~DataDigest();
 
-    // Returns the digest of all bytes that the run wrote to the data file. Call it after the run. Nothing if the run
-    // wrote no bytes or the file couldn't be read.
+    // Call it after the run. Returns the digest of all bytes that the run wrote to the data file. Returns nothing if
+    // the run wrote no bytes, if the file couldn't be read, or if `wanted` was false.
     [[nodiscard]] std::optional<archive::FileDigest> finish();
 
 private:

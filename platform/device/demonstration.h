@@ -10,8 +10,8 @@ namespace platform::device {
 // failure.
 void writeDemonstrationFiles(const std::filesystem::path& folder);
 
-// Sets the values of the open registry and makes the databases of the open store. Returns false if a value or a
-// database can't be written.
+// Writes the demonstration's values to the open registry, and makes its databases in the open store. Returns false if a
+// value or a database can't be written.
 [[nodiscard]] bool fillDemonstrationStore();
 
 }  // namespace platform::device

@@ -60,7 +60,7 @@ public:
         media_.emplace(std::move(folders), shown_, std::move(changed));
     }
 
-    // Returns warnings.
+    // Returns warnings, which are sentences for the user.
     [[nodiscard]] std::vector<std::string> open(const std::vector<ExtraFolder>& extras, bool demonstration);
 
 private:
@@ -84,7 +84,7 @@ void makeMissingFolder(const fs::path& folder)
         refuse("The folder " + quoted(folder) + " can't be made", errno);
 }
 
-// Opens a folder of the device itself. A link is refused, because it would lead out of the device.
+// Opens a folder of the device itself. A link is refused, because it could lead out of the device.
 Descriptor openOwnFolder(const fs::path& folder)
 {
     Descriptor opened = openFolder(folder, O_NOFOLLOW);
@@ -116,7 +116,7 @@ std::vector<MountPoint> cardsIn(const fs::path& cards)
 }
 
 // Returns the remembered folders that exist. A missing folder isn't an error, because it can be a card that isn't
-// inserted. A folder of the command line replaces a remembered folder of the same name.
+// inserted. A folder of the command line (`extras`) replaces a remembered folder of the same name.
 std::vector<MountPoint> rememberedMountPoints(const std::vector<ExtraFolder>& extras)
 {
     std::vector<MountPoint> mountPoints;
@@ -282,7 +282,7 @@ std::optional<fs::path> defaultDeviceFolder()
 
 std::vector<fs::path> usualMediaFolders()
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread exists yet
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread calls getpwuid
     const passwd* const user = ::getpwuid(::getuid());
     if (!user || !user->pw_name || !*user->pw_name)
         return {};

@@ -40,7 +40,7 @@ namespace platform::device {
 # The member of CEVALUNION that holds a column's value. All other columns are texts.
 MEMBERS = {"Start": "filetime", "Due": "filetime", "Birthday": "filetime", "Notes": "blob", "Minutes": "lVal",
            "RepetitionDays": "ulVal", "ReminderMinutes": "uiVal", "Priority": "iVal", "Done": "iVal"}
-# The constant of ce/personal_databases.h for a column. Every other column has the name of its constant.
+# The columns whose names differ from the names of their constants in ce/personal_databases.h.
 CONSTANTS = {"RepetitionDays": "Repetition"}
 
 
@@ -59,7 +59,7 @@ def bytes_literal(data):
 
 
 def file_entries(folder, blob):
-    """Appends each file's content to `blob`."""
+    """Yields the C++ initialiser of each file, and appends the content of the file to `blob`."""
     for row in rows_of(folder / "files.csv"):
         content = (folder / "device" / row["Path"]).read_bytes()
         modified = datetime.datetime.fromisoformat(row["Modified"] + "+00:00").timestamp()

@@ -4,7 +4,7 @@
 namespace platform::device {
 
 inline constexpr int ExitComplete = 0;
-inline constexpr int ExitNothingDone = 1;  // the program or its run couldn't start, or a line of a script failed
+inline constexpr int ExitNothingDone = 1;  // nothing was done, a line of a script failed, or output can't be written
 inline constexpr int ExitBadUsage = 2;
 inline constexpr int ExitLeftOut = 4;  // window_module.h has 3 (no display) and 5 (display lost)
 inline constexpr int ExitStopped = 6;

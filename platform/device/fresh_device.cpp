@@ -53,8 +53,8 @@ void flush(const fs::path& folder)
         refuse("The device can't be made in " + quoted(folder), errno);
 }
 
-// Moves a finished part to the device's folder. Does nothing if an earlier start of the program has moved this part and
-// was then interrupted.
+// Moves a finished part to the device's folder. Does nothing if this part wasn't built, or if an earlier start of the
+// program moved the part and was then interrupted.
 void moveOut(const fs::path& folder, const char* part)
 {
     std::error_code error;

@@ -15,8 +15,9 @@ enum class FolderKind {
 // Throws a Refusal if the folder can't be read, or isn't a folder.
 [[nodiscard]] FolderKind kindOf(const std::filesystem::path& folder);
 
-// Makes an empty folder a device. If the process is killed before the device is complete, kindOf returns Empty for the
-// folder. No database of a device may be open during the call. Throws a Refusal if the device can't be written.
+// Makes an empty folder a device, with demonstration content if `demonstration` is true. If the process is killed
+// before the device is complete, kindOf returns Empty for the folder. No database of a device may be open during the
+// call. Throws a Refusal if the device can't be written.
 void makeDevice(const std::filesystem::path& folder, bool demonstration);
 
 // Deletes what killed processes have left in a device: the folder of an unfinished first start, and an unfinished copy

@@ -1,5 +1,5 @@
 // locks.h - locks a device, so that no second process opens it, and a card, so that no second device uses it. Also
-// writes a note to the device's lock file.
+// records in the device's lock file that the device has a database.
 #pragma once
 
 #include "host/descriptor.h"
@@ -10,13 +10,13 @@ namespace platform::device {
 
 using host::Descriptor;
 
-// Locks the device until the descriptor is closed. Throws a Refusal if another process has locked it, or if the folder
-// can't be written to.
+// Locks the device until the descriptor is closed. Throws a Refusal if another process has locked it, or if the lock
+// file in `folder` can't be created, opened for writing or locked.
 [[nodiscard]] Descriptor lockDevice(const std::filesystem::path& folder);
 
 // Locks the folder of a card. `opened` is its descriptor. Returns false and sets errno if another process has locked
-// the folder. Some file systems, for example of network shares, can't lock folders. On such a file system it returns
-// true, and the card is used without a lock.
+// the folder. Some file systems, for example of network shares, can't lock folders. On such a file system the function
+// returns true, and the card is used without a lock.
 [[nodiscard]] bool tryLockCard(const Descriptor& opened);
 // Like tryLockCard, but throws a Refusal instead of returning false.
 void lockCard(const Descriptor& opened, const std::filesystem::path& folder);

@@ -1,4 +1,4 @@
-// The host's main(): opens a device and starts the program on it.
+// The main() of quillbox: parses the command line, opens a device and starts the program on it.
 #include "command_line.h"
 #include "command_run.h"
 #include "device/device.h"
@@ -130,8 +130,8 @@ int runProgramInWindow(platform::device::Device& device, const CommandLine& opti
     platform::window::setDeviceName(platform::text::toDeviceName(device.folder().filename().string()));
     const auto firstStart = platform::display::answerSecondStarts(options.device, openSet);
     platform::kernel::setJobEndHandler(showLeftOut);
-    // If the desktop disappears, runWithWindow() ends the process and never returns. So the program's thread reports
-    // what was left out.
+    // If the desktop disappears, runWithWindow() ends the process and never returns. So tellLeftOut() is called on the
+    // program's thread and not after runWithWindow().
     const auto program = [&] {
         for (const std::string& warning : warnings)
             showBox(warning, MB_ICONEXCLAMATION);

@@ -17,8 +17,8 @@ std::string trimmed(const std::string& line)
     return begin == std::string::npos ? "" : line.substr(begin, line.find_last_not_of(" \t\r") + 1 - begin);
 }
 
-// Whether a value begins with a quote that isn't closed. This is also true if the value has a # within the quotes,
-// because the parser of profiles ends a value at a #, even within quotes.
+// Returns true if the value of the entry begins with a quote that isn't closed. A # ends the value even within quotes,
+// because the parser of profiles ends a value there too.
 bool hasOpenQuote(const std::string& entry)
 {
     const std::string value = trimmed(entry.substr(0, entry.find('#')).substr(entry.find('=') + 1));

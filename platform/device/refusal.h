@@ -24,7 +24,7 @@ inline std::string quoted(const std::filesystem::path& path)
     return "\"" + path.string() + "\"";
 }
 
-// "... can't be read: Permission denied", from an errno.
+// Throws a Refusal with a sentence such as "The folder ... can't be read: Permission denied.". `error` is an errno.
 [[noreturn]] inline void refuse(const std::string& what, int error)
 {
     throw Refusal(what + ": " + std::generic_category().message(error) + ".");

@@ -13,12 +13,13 @@ namespace platform::device {
 enum class SealEnd { NotTried, Sealed, Failed, Stopped };
 
 // Writes the checksums of a set that the run has just written. After a failure, prints the reason to standard error.
-// `listPath` is the path on the device. `data` is the digest of the data file, if it is known already.
+// `listPath` is the path of the set's list file on the device. `data` is the digest of the data file, if it is known
+// already.
 [[nodiscard]] SealEnd sealNewSet(const Session& session, const std::u16string& listPath,
                                  const std::optional<archive::FileDigest>& data);
 
 struct Rotation {
-    std::vector<std::string> removed;  // list files on the host
+    std::vector<std::string> removed;  // paths of their list files on the host
     bool isWhole = true;               // false: something failed, and standard error says what
     bool isStopped = false;
 };

@@ -31,13 +31,14 @@ struct MountPoint {
 class ShownFolders {
 public:
     explicit ShownFolders(std::filesystem::path device) : device_(std::move(device)) {}
-    // Unlocks the cards. The file layer must have removed the folders before.
+    // Unlocks the cards. Call file::removeAllMounts() before the destructor runs.
     ~ShownFolders() = default;
     ShownFolders(const ShownFolders&) = delete;
     ShownFolders& operator=(const ShownFolders&) = delete;
 
-    // Shows a folder. Throws a Refusal if the name is taken, the folder is shown already, or another device has locked
-    // the card. Returns a warning if the folder hides a folder of the device.
+    // Shows a folder. Throws a Refusal if the name is taken, the folder is shown already, another device has locked the
+    // card, or the file layer can't show the folder. Returns a warning if the folder hides a folder of the device that
+    // isn't empty.
     std::optional<std::string> add(MountPoint mountPoint) EXCLUDES(mutex_);
 
     // Shows the file system that is mounted in the folder `place` as a card, under the name of that folder.
@@ -60,7 +61,8 @@ public:
     // the device's root.
     std::filesystem::path hostPathOf(const std::u16string& path) const EXCLUDES(mutex_);
 
-    // Returns how many bytes can still be stored in a shown folder. Nothing if the host doesn't say.
+    // Returns how many bytes can still be stored in a shown folder. Returns nothing if no folder is shown at `path`, or
+    // if the host doesn't report a number.
     std::optional<std::uint64_t> roomIn(const std::u16string& path) const EXCLUDES(mutex_);
 
 private:

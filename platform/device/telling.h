@@ -16,8 +16,8 @@ std::string onScreen(std::string text);
 
 void tellWarnings(const OpenResult& opened);
 
-// Prints what the runs have left out since the process started. The program's own windows may not have shown it.
-// Returns ExitLeftOut if `exitCode` is ExitComplete and something was left out. Otherwise returns `exitCode`.
+// Prints to standard error what was left out since the process started, because the program's own windows may not have
+// shown it. Returns ExitLeftOut if `exitCode` is ExitComplete and something was left out. Otherwise returns `exitCode`.
 int tellLeftOut(int exitCode);
 
 }  // namespace platform::device

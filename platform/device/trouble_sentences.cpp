@@ -24,8 +24,8 @@ constexpr std::size_t MostNamed = 20;
 
 constexpr std::array Kinds = {Troubled::File, Troubled::DatabaseList, Troubled::Database, Troubled::Registry};
 
-// The kinds of failures that the program itself reports. Their sentences come first. If one of them names an item,
-// failed calls for the same item are left out.
+// The kinds of failures that the program itself reports. Their sentences come first. An item for which the program
+// reports a failure isn't included again among the failed calls.
 constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing,   Trouble::Restoring,
                                  Trouble::Deleting,  Trouble::Replacing, Trouble::Reaching};
 constexpr std::array Noted = {Trouble::Reading, Trouble::Writing};

@@ -20,7 +20,7 @@ struct OpenError {
     bool inUse = false;    // another process uses the device or a card
 };
 
-// A set that the program can restore from.
+// A set (one backup: a list file and a data file) that the program can restore from.
 struct ShownSet {
     std::u16string listFile;  // its path on the device
     std::string error;        // a sentence for the user if the set can't be shown; empty otherwise
@@ -29,7 +29,7 @@ struct ShownSet {
 // A folder in which sets are stored.
 struct ShownStorage {
     std::u16string path;  // on the device; empty for its root
-    bool isNew = false;   // the device didn't show the folder before this call
+    bool isNew = false;   // the device didn't show the folder before showStorage()
     OpenError error;      // has a sentence if the folder can't be shown
 };
 
@@ -39,24 +39,25 @@ public:
     virtual ~Device() = default;
     [[nodiscard]] virtual const std::filesystem::path& folder() const = 0;
 
-    // Shows a folder of the host in the device's root, now and after every later start. The device shows it under its
-    // own name, followed by a number if that name is taken. Returns a sentence for the user on failure, otherwise an
-    // empty text.
+    // Shows a folder of the host in the device's root, as a card if `card` is true, and remembers the folder for later
+    // starts. The device shows it under its own name, followed by a number if that name is taken. Returns an empty
+    // text, or a sentence for the user if the folder can't be shown or can't be remembered.
     [[nodiscard]] virtual std::string showFolder(const std::filesystem::path& folder, bool card) = 0;
 
-    // Shows the folder that contains a set as a card until the device is closed. Does nothing if the device shows the
-    // set already. `listFile` is the path of the set's list file on the host.
+    // Shows the folder that contains a set as a card until the device is closed. If the folder is named QUILBOX, the
+    // card is its parent folder. If the device already shows a folder that contains the set, only returns the set's
+    // path. `listFile` is the path of the set's list file on the host.
     [[nodiscard]] virtual ShownSet showSet(const std::filesystem::path& listFile) = 0;
 
-    // Shows a folder of the host as a card until the device is closed. Does nothing if the device shows the folder
-    // already.
+    // Shows a folder of the host as a card until the device is closed. If the device shows this folder already, only
+    // returns its path.
     [[nodiscard]] virtual ShownStorage showStorage(const std::filesystem::path& folder) = 0;
 
     // Returns the path on the host of a file or folder of the device. `path` begins with a backslash, or is empty for
     // the device's root.
     [[nodiscard]] virtual std::filesystem::path hostPath(const std::u16string& path) const = 0;
-    // Returns how many bytes can still be stored in a folder that is shown in the root. `path` is empty for the root
-    // itself. Returns nothing if the host doesn't report a number.
+    // Returns how many bytes can still be stored in the root (empty `path`) or in a folder that is shown in the root.
+    // Returns nothing if the device shows no folder at `path`, or if the host doesn't report a number.
     [[nodiscard]] virtual std::optional<std::uint64_t> roomIn(const std::u16string& path) const = 0;
 
     // Shows each medium as a card while it is mounted directly in one of `folders`. After a medium was mounted or
@@ -73,10 +74,11 @@ struct OpenResult {
     std::vector<std::string> warnings;  // sentences for the user if the device was opened
 };
 
-// Opens the device in `folder`: from then on the process uses its folders, registry and cards. A folder with an
-// object-store/ is a device, and its missing parts are created. A folder that doesn't exist or is empty becomes a
-// device. If `demonstration` is true, the new device has demonstration content, otherwise it is empty. Any other folder
-// is refused, because it may contain the user's own files.
+// Opens the device in `folder`: from then on the process uses its folders, registry and cards. `extras` are folders
+// that the device also shows until it is closed. A folder with an object-store/ is a device, and its missing parts are
+// created. A folder that doesn't exist, is empty or has only what an interrupted first start left becomes a device. If
+// `demonstration` is true, the new device has demonstration content, otherwise it is empty. Any other folder is
+// refused, because it may contain the user's own files.
 [[nodiscard]] OpenResult openDevice(const std::filesystem::path& folder, const std::vector<ExtraFolder>& extras,
                                     bool demonstration);
 
@@ -85,7 +87,8 @@ struct OpenResult {
 // isn't an absolute path either.
 [[nodiscard]] std::optional<std::filesystem::path> userFolder(const char* variable, const char* usual);
 
-// $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device.
+// Returns $XDG_DATA_HOME/quillbox/device, or $HOME/.local/share/quillbox/device. Returns nothing if neither variable is
+// an absolute path.
 [[nodiscard]] std::optional<std::filesystem::path> defaultDeviceFolder();
 
 }  // namespace platform::device

@@ -12,7 +12,7 @@ struct ExtraFolder {
     std::string name;              // in the device's root, as UTF-8
     std::filesystem::path folder;  // on the host
     bool card = false;
-    std::optional<std::uint64_t> capacity;  // bytes
+    std::optional<std::uint64_t> capacity;  // the most bytes that its files may have together
 };
 
 }  // namespace platform::device
