@@ -1,4 +1,4 @@
-// pattern.h - the patterns of a script, and the texts that it compares with them.
+// pattern.h - compares texts on the screen with the patterns of a script.
 #pragma once
 
 #include <string>
@@ -10,7 +10,7 @@ namespace platform::headless {
 std::u16string onOneLine(std::u16string_view text);
 
 // True if the pattern matches the whole text, with regard to case. * matches any number of characters, ? matches one
-// character. If the text can have line breaks, pass the result of onOneLine().
+// character. A caller whose text can have line breaks passes the result of onOneLine().
 bool matches(std::u16string_view pattern, std::u16string_view text);
 
 }  // namespace platform::headless

@@ -23,14 +23,14 @@ std::u16string textsOf(const Snapshot& snapshot);
 // Returns the message of a message box, or the caption and texts of any other window. The result is on one line.
 std::u16string textOf(const Snapshot& snapshot);
 
-// True for a check box or radio button.
+// True if a control of the kind Button is a check box or radio button. For any other kind, the result means nothing.
 bool isCheckable(const window::WindowState& control);
 
 // Returns the lines that a control shows. A list has one line for each row. A check box or radio button has one line:
 // "[x] " or "[ ] " and its text. Any other control has one line with its text.
 std::vector<std::u16string> linesOf(const window::WindowState& control);
 
-// True if the window's bands have an enabled menu item or toolbar button with that id.
+// True if the window's command bands have an enabled menu item or toolbar button with that id.
 bool hasCommand(HWND top, int id);
 
 // Returns the focused control in the window, or the window itself if no control has the focus.

@@ -203,7 +203,7 @@ std::string takeArgument(Argument kind, const Token& token, Action& action)
 }
 
 // Finds the syntax whose name is the first word or the first two words of the line. Returns the syntax and the number
-// of words in its name.
+// of words in its name, or null and 0 if no syntax fits.
 std::pair<const Syntax*, std::size_t> findSyntax(const std::vector<Token>& tokens)
 {
     for (const Syntax& syntax : syntaxes()) {

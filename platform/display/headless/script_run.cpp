@@ -45,8 +45,8 @@ int runScript(const std::function<int()>& program, std::istream& in, const Scrip
     }
 
     Transcript transcript(options.transcript);
-    // The screen is shared with the program's thread. If the program can't be closed, that thread continues after this
-    // call.
+    // The program's thread shares the ownership of the screen, because that thread continues after this call if the
+    // program can't be closed.
     const auto screen = std::make_shared<ScriptScreen>(transcript);
     window::setDisplay(screen.get());
     std::thread thread([screen, program] {

@@ -1,7 +1,7 @@
 // script_screen.h - the display of a script: reads what a user would see, and waits for changes.
 //
 // The core reports changes on the program's threads, with the core's mutex held. The script's thread reads and waits.
-// It doesn't poll, because each change that can make an action possible wakes that thread.
+// Each change that can make an action possible wakes that thread.
 #pragma once
 
 #include "transcript.h"
@@ -24,19 +24,21 @@ public:
     void changed(HWND window, window::Change change) REQUIRES(window::coreMutex) override;
     void textChanged(HWND window, std::u16string_view text) REQUIRES(window::coreMutex) override;
 
-    // Call these on the program's thread, before and after the program runs.
+    // Both must be called on the program's thread: programBegins() before the program runs, and programEnded() after
+    // it.
     void programBegins();
     void programEnded();
 
     bool hasEnded() const;
-    // The number of changes so far that can make an action possible.
+    // The number of changes so far that wake the script's thread: those that can make an action possible, and those
+    // with which the program becomes busy or ends.
     std::uint64_t changes() const;
-    // Returns when changes() isn't `seen` any more, or after `timeout`. Without a timeout, waits without a limit.
+    // Returns when changes() differs from `seen`, or after `timeout`. Without a timeout, waits without a limit.
     void waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> timeout) const;
 
     // The foremost visible and enabled window of the program's main thread.
     std::optional<window::WindowState> top() const;
-    // The visible top-level windows of other threads, foremost first. They show the progress of a run.
+    // The visible top-level windows of other threads, foremost first. They show the progress of a backup or restore.
     std::vector<window::WindowState> progressWindows() const;
     // True if the program's main thread waits for input.
     bool programIsIdle() const;
@@ -59,7 +61,7 @@ private:
     mutable std::condition_variable more_;
     std::uint64_t changes_ = 0;
     bool ended_ = false;
-    HWND firstWindow_ = nullptr;  // the first window of the program's thread; once destroyed, the next that it creates
+    HWND firstWindow_ = nullptr;  // the first window of the program's thread; if it is destroyed, the next created one
     std::uint64_t programThread_ = 0;
 
     std::map<HWND, Shown> shown_ GUARDED_BY(window::coreMutex);

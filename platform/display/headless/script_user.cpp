@@ -20,11 +20,11 @@ using window::WindowState;
 
 namespace {
 
-// closeProgram() counts the windows that have the same content as a window that it closed before. It gives up when the
-// count reaches this number.
+// closeProgram() counts the windows that have the same content as an already closed window. When the count reaches this
+// number, closeProgram() gives up.
 constexpr int RepeatsAtMost = 200;
-// The longest single wait. A wait shortens the time left by at most this length. So if the host stops the process for a
-// minute, the script still has the rest of its timeout.
+// While time counts for the timeout, await() waits in steps of at most this length. Each step shortens the time left by
+// at most this length. So if the host stops the process for a minute, the script still has the rest of its timeout.
 constexpr std::chrono::milliseconds LongestWait(50);
 
 }  // namespace
@@ -96,8 +96,8 @@ Failure ScriptUser::perform(const Action& action)
 
 bool ScriptUser::closeProgram()
 {
-    // A run can ask about each of its files. Each answer changes the question's text or the count in the progress
-    // window, so such a run isn't taken for a program that can't be closed.
+    // A backup or restore (a run) can ask about each of its files. Each answer changes the question's text or the count
+    // in the progress window, so such a run isn't taken for a program that can't be closed.
     std::unordered_set<std::string> closed;
     int repeats = 0;
     const auto close = [&] {
@@ -115,8 +115,8 @@ bool ScriptUser::closeProgram()
     return screen_.hasEnded();
 }
 
-// Only time in which the program waits for input counts for the timeout, so a run can take any length of time.
-// changes() is read before the check, so a change during the check makes waitForMore() return at once.
+// Only time in which the program waits for input counts for the timeout, so a backup or restore can take any length of
+// time. changes() is read before `holds` is called, so a change during that call makes waitForMore() return at once.
 Failure ScriptUser::await(std::string_view expected, const Condition& holds,
                           std::optional<steady_clock::duration> atMost)
 {
@@ -130,8 +130,8 @@ Failure ScriptUser::await(std::string_view expected, const Condition& holds,
         if (screen_.hasEnded())
             return "expected " + std::string(expected) + ", but the program has ended";
         if (findTop() && !giveStandingAnswer()) {
-            // The line is added only when the program waits for input, so that the transcript has the same order on
-            // every machine.
+            // The action's line is added only when the program waits for input, so that the transcript has the same
+            // order on every machine.
             if (!waitingLine_.empty())
                 transcript_.add(std::exchange(waitingLine_, {}));
             if (holds())
@@ -151,7 +151,8 @@ Failure ScriptUser::await(std::string_view expected, const Condition& holds,
     }
 }
 
-// Waits like await(), for an enabled control with the action's id in the window in front. `fits` must return true too.
+// Waits until the window in front has an enabled control with the action's id and `fits` returns true. `fits` finds
+// this control in control_.
 Failure ScriptUser::awaitControl(const Action& action, std::string_view what, const Condition& fits)
 {
     return await(std::string(what) + " " + std::to_string(action.id) + " that takes input", [&] {
@@ -201,8 +202,8 @@ Failure ScriptUser::setCheck(const Action& action, bool on)
     return failure;
 }
 
-// Posts the inputs to an edit. A busy program drops input. So each input is posted only after the program has handled
-// the one before it.
+// Posts the inputs to an edit. The core drops input for a busy program. So each input is posted only after the program
+// has handled the one before it.
 Failure ScriptUser::editBy(const Action& action, std::initializer_list<Condition> inputs)
 {
     for (const Condition& input : inputs) {

@@ -41,9 +41,10 @@ private:
 
     using TreeInput = std::function<bool(HWND, const window::TreeItemState&)>;
 
-    // Waits until the program waits for input with a window in front and `holds` returns true. `holds` is called only
-    // while the program waits for input, so it can post input. It is called again only after it has returned false.
-    // `atMost` replaces a longer timeout for this call.
+    // Waits until the program waits for input with a window in front and `holds` returns true. Fails if the timeout
+    // passes or the program ends. `holds` may post input, because it is called only while the program waits for input,
+    // and never again after it has returned true. `expected` says in the failure what the script waited for. `atMost`
+    // replaces a longer timeout, or no timeout, for this call.
     [[nodiscard]] Failure await(std::string_view expected, const Condition& holds,
                                 std::optional<std::chrono::steady_clock::duration> atMost = std::nullopt);
     [[nodiscard]] Failure awaitControl(const Action& action, std::string_view what, const Condition& fits);

@@ -18,7 +18,7 @@ struct Snapshot {
 [[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
 
 // Does the same as snapshotOf(), but for a caller inside Display::changed, where the core's mutex is held. So nothing
-// changes while the windows are copied. A window that exists only for a moment can be read only in this way.
+// changes while the windows are copied. The transcript needs this function for windows that exist only for a moment.
 [[nodiscard]] std::optional<Snapshot> snapshotUnderLock(HWND window) REQUIRES(window::coreMutex);
 
 }  // namespace platform::headless

@@ -56,7 +56,7 @@ std::optional<SYSTEMTIME> parseDate(const std::string& text)
 
 }  // namespace
 
-// Waits until the item is visible, then posts `input` to it once.
+// Waits until the item is visible and `input`, which can post input to the item, returns true.
 Failure ScriptUser::atTreeItem(const Action& action, const TreeInput& input)
 {
     return await("the tree item " + quoted(action.text), [&] {

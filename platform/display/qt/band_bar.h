@@ -36,7 +36,7 @@ private:
     QMenu& ownMenu_;
     QHBoxLayout* row_;
     QMenuBar* menu_ = nullptr;
-    QString shown_;  // contentOf() of the bands that are shown
+    QString shown_;  // the content of the bar, as contentOf() in the source file returns it
 };
 
 }  // namespace platform::qt

@@ -56,7 +56,7 @@ public:
 };
 
 // A check box or a radio button. A click doesn't change the state of the widget. The core decides about the new state,
-// and then follow() shows it.
+// which follow() then shows.
 template <class Button>
 class CheckView final : public Button, public View {
 public:
@@ -98,8 +98,8 @@ protected:
     void nextCheckState() override {}
 
 private:
-    // Called when a screen reader toggles the widget without a click. Undoes the toggle, and posts a click to the core
-    // instead.
+    // Called when the widget is toggled. If showChecked() didn't toggle the widget, a screen reader has toggled a
+    // button without a click. In that case this function undoes the toggle and posts a click to the core instead.
     void refuseToggle()
     {
         if (following_)

@@ -1,8 +1,8 @@
 // change_batch.h - the changes in the window core since the screen was last updated.
 //
 // Any thread of the program adds changes. The display's thread takes the changes once per frame, and then reads the
-// windows' current state. A further change of the same window only sets a bit. So a run that sets its counter 100,000
-// times a second updates the screen only once per frame. This class uses no toolkit.
+// windows' current state. A further change of the same window only sets a bit. So a text that changes 100,000 times a
+// second is updated on the screen only once per frame. This class uses no toolkit.
 #pragma once
 
 #include "window/display.h"
@@ -40,7 +40,7 @@ struct Changed {
 class ChangeBatch final : public window::Display {
 public:
     // `begun` is called at the first change of each batch, on the thread that made the change and with the core's mutex
-    // held. It must return at once and must not call the core.
+    // held. It must return at once, and must call neither the core nor this object.
     explicit ChangeBatch(std::function<void()> begun) : begun_(std::move(begun)) {}
 
     void changed(HWND window, window::Change change) override;

@@ -5,9 +5,9 @@ namespace platform::qt {
 using window::Change;
 
 // closeInputWindows() locks the core's mutex. The core calls changed() with that mutex held, and changed() locks
-// mutex_. So mutex_ must be unlocked during closeInputWindows(), or two threads could wait for each other. A change
-// that is reported during closeInputWindows() increments changes_. Then the wait returns at once, so no window is
-// missed.
+// mutex_. So mutex_ must be unlocked during closeInputWindows(), or two threads could wait for each other. If
+// changed() calls wake() during closeInputWindows(), changes_ increases. So the wait that follows returns at once, and
+// no window is missed.
 void ClosingDisplay::closeUntil(const std::function<bool()>& hasEnded)
 {
     window::setDisplay(this);

@@ -62,7 +62,7 @@ public:
         return std::max(box.rect.width(), needed + box.rect.width() - field.width());
     }
     // The height in the program's template is too small for current fonts, so the view can be higher. The view can also
-    // be wider than in the template. In that case it grows to the left, where there is free space.
+    // be wider than in the template. In that case the view grows to the left, where there is free space.
     QRect geometryIn(const QRect& rect) const override
     {
         QRect whole = rect;

@@ -1,5 +1,6 @@
-// desktop_services.h - services of the desktop for a run. They show the run's progress on the icon in the taskbar,
-// prevent the computer from sleeping during the run, and show a notification when the run ends.
+// desktop_services.h - services of the desktop for a run, which is a backup or a restore. They show the run's progress
+// on the icon in the taskbar, prevent the computer from sleeping during the run, and show a notification when the run
+// ends.
 //
 // All calls go over D-Bus. Only the destructor waits for an answer. On a desktop without one of these services, the
 // calls to that service have no effect.
@@ -23,7 +24,7 @@ public:
     // Called when a run begins. Prevents the computer from sleeping until endRun(). The desktop can show `reason` to
     // the user.
     void beginRun(const QString& reason);
-    // The share of the run that is done, from 0 to 1.
+    // Shows the share of the run that is done, from 0 to 1.
     void showShare(double share);
     void endRun();
 

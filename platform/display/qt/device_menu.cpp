@@ -32,7 +32,7 @@ DeviceMenu::DeviceMenu(QWidget& window, const display::HostServices& host, std::
     anew->setShortcut(Qt::Key_F5);
 }
 
-// Opens a dialog in which the user chooses a folder. It is the desktop's own dialog if the desktop has one.
+// Opens a dialog in which the user chooses a folder. This dialog is the desktop's own if the desktop has one.
 void DeviceMenu::askForFolder(const QString& title,
                               const std::function<std::string(const std::filesystem::path&)>& action)
 {

@@ -1,5 +1,5 @@
-// device_menu.h - the menu that the window adds to those of the program. It opens devices, and adds cards and folders
-// of the host.
+// device_menu.h - the menu that the main window adds to the menus of the program. Its commands open a device, add cards
+// and folders of the host, and list the folders in the tree again.
 #pragma once
 
 #include "start/window_module.h"
@@ -15,8 +15,9 @@ class DeviceMenu {
     Q_DECLARE_TR_FUNCTIONS(DeviceMenu)
 
 public:
-    // `window` outlives the menu and is the owner of its dialogs. If `programRests` returns false, the program is busy.
-    // The user can't open or add anything then, because the host stores additions in the database that a run uses.
+    // `window` outlives the menu and is the owner of its dialogs. `programRests` returns false while the program is
+    // busy. The commands that open a device or add a card or folder are disabled in that case, because the host stores
+    // additions in the database that a backup or restore uses.
     DeviceMenu(QWidget& window, const display::HostServices& host, std::function<bool()> programRests);
 
     QMenu& menu() { return menu_; }

@@ -36,7 +36,8 @@ bool hasNeighbour(const GrowingControl& control, const std::vector<GrowingContro
         controls, [&](const GrowingControl& other) { return other.visible && isRightOf(other.rect, control.rect); });
 }
 
-// Moves the rectangle of the control to the right, or makes it wider.
+// Moves `rect` to the right if a growing control is beside the control, on its left. Otherwise widens `rect` if the
+// control itself grows or is a label with nothing to its right.
 void growSideways(const GrowingControl& control, const std::vector<GrowingControl>& controls, int extra, QRect& rect)
 {
     const bool besideGrowing = std::ranges::any_of(controls, [&](const GrowingControl& other) {

@@ -1,7 +1,7 @@
-// dialog_growth.h - computes the positions of a dialog's controls if the user makes the dialog larger than its
-// template.
+// dialog_growth.h - computes the rectangles of a dialog's controls if the dialog is larger than its template.
 //
-// Lists and edits of several lines take the additional space. Controls below and beside them move.
+// Lists and edits of several lines take the additional space. Controls below and to the right of them move. Labels with
+// nothing to their right become wider.
 #pragma once
 
 #include <QRect>
@@ -12,7 +12,7 @@
 namespace platform::qt {
 
 struct GrowingControl {
-    enum class Kind { Fixed, Text, Lines, List };
+    enum class Kind { Fixed, Text, Lines, List };  // Text: a label; Lines: an edit of several lines
 
     QRect rect;  // in the layout of the template
     Kind kind = Kind::Fixed;

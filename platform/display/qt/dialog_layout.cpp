@@ -32,7 +32,8 @@ constexpr int RunDetailRows = 3;
 // The largest factor by which a long text makes the dialog wider. A text that needs a still wider dialog wraps or is
 // cut.
 constexpr double MostStretch = 1.6;
-// If a dialog opens wider than least_ because its lists need it, it has at most this part of the screen's width.
+// If a dialog opens wider than least_ because its lists need the width, the dialog has at most this part of the
+// screen's width.
 constexpr double LargestFirstWidth = 0.6;
 
 GrowingControl::Kind growthOf(const WindowState& state)
@@ -111,9 +112,10 @@ void DialogView::layOut()
     grip_->raise();
 }
 
-// Returns how much larger than least_ the dialog is when it opens. If the user has changed its size in the past, the
-// dialog gets that size. Otherwise it is as wide as its lists need, up to LargestFirstWidth. The result is zero for a
-// dialog without controls that can grow.
+// Returns how much larger than least_ the dialog is when it opens. If the user has resized this dialog in the past, the
+// result is the stored difference. Otherwise the dialog is as wide as its lists need, up to LargestFirstWidth. The
+// result is zero for a dialog without controls that can grow. If a dialog can grow but has no frame of the window
+// manager, this function also makes its size grip.
 QSize DialogView::findFirstExtra()
 {
     if (!canGrow(growing_))

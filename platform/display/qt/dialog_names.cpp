@@ -42,9 +42,9 @@ QString DialogView::groupAround(const Control& control) const
     return {};
 }
 
-// Returns the name of a control without a text. The name is the nearest text to the left in the control's row, or if
-// there is none, the nearest text above the control. The width of the dialog is added to the distance of a text above.
-// So a text in the row is always nearer.
+// Returns the name of a control without a text. The name is the nearest text to the left in the control's row. If there
+// is none, the name is the nearest text above the control, or otherwise the dialog's caption. The width of the dialog
+// is added to the distance of a text above. So a text in the row is always nearer.
 QString DialogView::nameFor(const Control& control) const
 {
     const QRect own = control.view->widget().geometry();

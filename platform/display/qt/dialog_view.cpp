@@ -46,7 +46,7 @@ std::vector<HWND> tabStopsOf(HWND dialog)
     return stops;
 }
 
-// Does an edit or a date picker leave this key to the dialog?
+// Returns true if an edit or a date picker leaves this key to the dialog.
 bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifiers)
 {
     if (key == VK_ESCAPE || (key == VK_TAB && !(modifiers & Qt::ControlModifier)) || (modifiers & Qt::AltModifier))
@@ -56,7 +56,7 @@ bool isForDialog(const WindowState& edit, WORD key, Qt::KeyboardModifiers modifi
     return key == VK_RETURN && !breaksLines;
 }
 
-// Does the key type text? A list box searches for typed text.
+// Returns true if the key types text. A list box searches for typed text.
 bool isTypedText(const QKeyEvent& event)
 {
     const bool commands = event.modifiers() & (Qt::ControlModifier | Qt::AltModifier);
@@ -307,9 +307,9 @@ void DialogView::showFocus()
         focused->view->widget().setFocus(Qt::TabFocusReason);
 }
 
-// Posts to the core that the control gets the focus. Called when a screen reader has set the focus. The focus event
-// then has the reason Qt::OtherFocusReason. It has another reason if the mouse, Tab or this program sets the focus. The
-// post is queued, because the toolkit is still changing the focus.
+// Posts to the core that the control gets the focus. Called for a focus event with the reason Qt::OtherFocusReason,
+// which means that a screen reader has set the focus. The event has another reason if the mouse, Tab or this module
+// sets the focus. The call to the core is queued, because the toolkit is still changing the focus.
 void DialogView::postFocus(const Control& control)
 {
     QMetaObject::invokeMethod(

@@ -1,7 +1,7 @@
 // dialog_view.h - a dialog of the core, with the layout of its template.
 //
-// The template is in units of an old font. arrange() scales it to the font and style of the desktop, widens it for long
-// texts up to a limit, and aligns the texts of a row.
+// The core lays the template out for one fixed font (dialog_units.h). arrange() scales this layout to the font and
+// style of the desktop, makes the dialog wider for long texts up to a limit, and aligns the texts of a row.
 #pragma once
 
 #include "dialog_growth.h"

@@ -45,7 +45,7 @@ protected:
     {
         if (input().newText(this->window(), fromQt(wholeText())))
             return;
-        // The core dropped the change, so it is undone.
+        // The core dropped the change, so the view shows the core's text again.
         WindowState state;
         if (window::readWindow(this->window(), state))
             setIfDifferent(toQtUnchanged(state.text));
@@ -59,8 +59,9 @@ protected:
     }
 
 private:
-    // Shows the core's text. The text that the user is typing may be newer than the core's, because the program hasn't
-    // handled it yet. So a widget with the focus keeps its own text until the program waits for input.
+    // Shows the core's text. While the user types, the widget's text can be newer than the core's, because the program
+    // may not have handled the latest input. So a widget with the focus keeps its own text until the program waits for
+    // input.
     void followText(const WindowState& state)
     {
         if (!Widget::hasFocus() || window::takesInput(this->window()))

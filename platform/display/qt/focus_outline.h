@@ -1,4 +1,5 @@
-// focus_outline.h - draws a line around a widget that has the focus, if the style draws no such line.
+// focus_outline.h - draws a line around a widget while it has the focus, for widgets whose focus the style doesn't
+// show.
 #pragma once
 
 #include <QWidget>

@@ -15,7 +15,7 @@ namespace platform::qt {
 
 namespace {
 
-// Draws a cross in the colour of texts. It doesn't use the style's picture, which is a small bitmap.
+// Draws a cross in the colour of texts, because the style's picture of a cross is a small bitmap.
 class CloseButton final : public QPushButton {
 public:
     explicit CloseButton(QWidget* parent) : QPushButton(parent)

@@ -1,5 +1,5 @@
-// header_bar.h - the caption of a dialog with an OK button in it: title, OK, close. It replaces the frame of the window
-// manager, which can't have such a button.
+// header_bar.h - the caption of a dialog that has an OK button in its caption: title, OK, close. The caption replaces
+// the window manager's frame, which can't have an OK button.
 #pragma once
 
 #include <QString>
@@ -18,7 +18,7 @@ public:
     HeaderBar(QWidget* parent, const std::function<void()>& ok, const std::function<void()>& close);
 
     void setTitle(const QString& title);
-    // In the order of Tab: OK, close.
+    // Returns the buttons OK and close, in the order in which Tab reaches them.
     const std::vector<QAbstractButton*>& buttons() const { return buttons_; }
 
 protected:

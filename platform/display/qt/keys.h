@@ -8,10 +8,10 @@
 
 namespace platform::qt {
 
-// Returns 0 for a key that the platform's windows don't use.
+// Returns the virtual key, or 0 for a key that the platform's windows don't use.
 WORD virtualKeyOf(const QKeyEvent& event);
 
-// Scrolls by one step if `key` is an arrow key. Returns false for any other key.
+// If `key`, a Qt::Key, is an arrow key, scrolls by one step and returns true. Returns false for any other key.
 bool scrollByArrow(QAbstractScrollArea& area, int key);
 
 }  // namespace platform::qt

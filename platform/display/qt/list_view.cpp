@@ -72,8 +72,9 @@ private:
     std::vector<ListRow> rows_;
 };
 
-// A selection that only the core changes. The toolkit and screen readers call select() and setCurrentIndex(). Each of
-// these calls posts a click on the row to the core, and follow() shows the result.
+// A selection that only the core changes. The toolkit and screen readers call select(). If the call would change
+// whether the row is selected, select() posts a click on the row to the core, and follow() shows the result.
+// setCurrentIndex() does nothing, because only the core moves the current row.
 class ListSelection final : public QItemSelectionModel {
 public:
     ListSelection(QAbstractItemModel* model, std::function<void(int)> request)
@@ -142,8 +143,8 @@ bool isPlain(const std::u16string& text)
 
 // Returns rows of which one is probably the widest. The layout of 100,000 texts takes seconds, but SummedWidth takes
 // only milliseconds for them. So this function chooses rows by SummedWidth, and the caller lays out only those rows.
-// For a text that isn't plain (see isPlain) the sum can be much too large. Such texts would displace all plain texts
-// from the result. So the widest rows with plain texts and the widest other rows are chosen separately.
+// For a text that isn't plain (see isPlain), the sum can be much too large. Such texts would displace all plain
+// texts from the result. So the widest rows with plain texts and the widest other rows are chosen separately.
 std::vector<int> likelyWidest(const std::vector<ListRow>& rows, const QFontMetrics& metrics)
 {
     constexpr std::ptrdiff_t FewPlain = 8;
@@ -322,8 +323,8 @@ private:
         return text.left() < 0 || text.right() >= viewport()->width();
     }
 
-    // Shows the number of selected rows below the list if the number isn't 0. Without it the user couldn't see how many
-    // rows outside the view are selected.
+    // Shows the number of selected rows below the list if the number isn't 0. Without the number, the user couldn't see
+    // that rows outside the visible part of the list are selected.
     void showCount(std::ptrdiff_t selected)
     {
         count_.setText(QStringLiteral("%1 of %2 selected").arg(selected).arg(rows_.rowCount({})));
@@ -344,8 +345,8 @@ private:
         const int screenWidth = screen()->availableGeometry().width();
         const bool isOneLine = fontMetrics().horizontalAdvance(row) < screenWidth / 2;
         const QString lines = isOneLine ? row : breakable(row, fontMetrics(), screenWidth);
-        // The text is escaped and put into a rich-text paragraph. If it were passed as it is, the toolkit could take a
-        // name with angle brackets for rich text.
+        // The text is escaped and put into a rich-text paragraph. Otherwise the toolkit could take a name with angle
+        // brackets for rich text.
         const QString tip = QStringLiteral("<p style='white-space:%1'>%2</p>")
                                 .arg(isOneLine ? "pre" : "pre-wrap", lines.toHtmlEscaped());
         QToolTip::showText(event.globalPos(), tip, viewport(), visualRect(index));

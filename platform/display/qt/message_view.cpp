@@ -42,7 +42,8 @@ QMessageBox::Icon iconOf(UINT type)
     }
 }
 
-// Returns the toolkit's button for the answer. It has a text and a mnemonic in the user's language.
+// Returns the toolkit's button for the answer. The button has a text and a mnemonic in the user's language. Returns
+// nothing if the toolkit has no such button.
 std::optional<QMessageBox::StandardButton> desktopButton(int id)
 {
     switch (id) {
@@ -166,8 +167,8 @@ private:
             input().click(found->second);
     }
 
-    // A job can ask the same question about thousands of files. So the box gets a check box that repeats the answer for
-    // all further questions, and a button that stops the run.
+    // A job (a backup or restore) can ask the same question about thousands of files. So the box gets a check box that
+    // repeats the answer for all further questions of this kind, and a button that stops the job.
     void addAnswersForMore()
     {
         setCheckBox(new QCheckBox(QStringLiteral("&Do the same for all further questions of this kind")));

@@ -1,4 +1,4 @@
-// pictures.h - finds the program's pictures by the number of the resource and the cell in it.
+// pictures.h - finds the program's pictures by the number of the resource and the number of the cell in the resource.
 #pragma once
 
 #include "ce/types.h"

@@ -14,7 +14,8 @@ namespace platform::qt {
 
 namespace {
 
-// The toolkit's style draws lines in the window's colour, but darker. This is the factor in hundredths.
+// The toolkit's style draws lines in a darker shade of the palette's window colour. withVisibleLines() makes a
+// colour lighter by this factor, in percent. So the style's darker shade of the result is the intended colour again.
 constexpr int Darkening = 140;
 // The side of a check box, as a part of the font's height.
 constexpr double BoxHeight = 0.75;

@@ -28,7 +28,7 @@ public:
     }
 
     // Shows how much of the run is done, and not the position of the program's bar. The program's bar moves by a whole
-    // step for each item. In a run of more than 1,000 items it doesn't move at all.
+    // step for each item. In a run of more than 1,000 items the program's bar doesn't move at all.
     void followRun(const RunView& run) override
     {
         showsRun_ = run.progress.underway;

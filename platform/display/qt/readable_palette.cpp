@@ -28,7 +28,7 @@ double luminance(const QColor& color)
     return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }
 
-// Returns `color`, moved towards `end` until the contrast of the result with `other` is at least `wanted`.
+// Returns `color`, moved towards `end` until its contrast with `other` is at least `wanted`, or it is nearly `end`.
 QColor movedTo(const QColor& end, const QColor& color, const QColor& other, double wanted)
 {
     QColor moved = color;

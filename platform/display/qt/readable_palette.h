@@ -5,7 +5,7 @@
 
 namespace platform::qt {
 
-// Returns the ratio of two colours' luminances, from 1 to 21.
+// Returns the contrast ratio of two colours by the formula of WCAG 2.1, from 1 to 21.
 double contrast(const QColor& one, const QColor& other);
 
 // Returns the colour of a line on the window's surface, which is between the colours of the surface and of the text.

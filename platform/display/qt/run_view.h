@@ -1,4 +1,5 @@
-// run_view.h - the part of a run that is done, and an estimate of how long the rest will take.
+// run_view.h - the part of a run that is done, and an estimate of how long the rest will take. A run is a backup or a
+// restore.
 #pragma once
 
 #include "kernel/run_progress.h"
@@ -11,6 +12,7 @@ namespace platform::qt {
 struct RunView {
     kernel::RunProgress progress;
     double share = 0;  // the part of the work that is done, from 0 to 1
+    // Empty while too little is done for an estimate.
     std::optional<std::chrono::seconds> remaining;
     bool closesAfterwards = false;  // the user has asked to close the window
 };

@@ -20,11 +20,12 @@ public:
     // Each call of look() shows the run in all windows that are in `tops` at that time.
     RunWatch(const Tops& tops, std::function<bool()> programIsIdle);
 
-    // Must be called when the program becomes busy, perhaps with a run. From then on a timer calls look() a few times a
-    // second, until the program waits for input.
+    // Must be called when the program becomes busy, perhaps with a run. From that time on a timer calls look() a few
+    // times a second, until the program waits for input and no run is in progress.
     void programWorks();
-    // Reads the progress of the run and shows it. Must also be called when the program begins to wait for the user,
-    // when a window opens, and before the windows close.
+    // Shows the progress of the current run, or the outcome of a run that has ended since the last call. The timer
+    // isn't enough: look() must also be called when the program begins to wait for the user, when a window opens, and
+    // before the windows close.
     void look();
 
 private:

@@ -22,8 +22,7 @@ using platform::display::WindowNoDesktop;
 using platform::display::WindowStart;
 
 // If the toolkit can't open the desktop or loses the connection to it, the toolkit writes a message and then ends the
-// process. It doesn't return to its caller. So the message handler below does the remaining work. The handler needs
-// this state.
+// process without returning to its caller. So the message handler below must do the remaining work, with this state.
 struct RunState {
     std::atomic<bool> windowsOpen = false;
     std::atomic<bool> programEnded = true;
@@ -31,7 +30,7 @@ struct RunState {
     ClosingDisplay closingDisplay;
 };
 
-// Returns the state. It is never destroyed, because the program's thread can run longer than main().
+// Returns the state, which is never destroyed, because the program's thread can run longer than main().
 RunState& runState()
 {
     static auto& state = *new RunState;
@@ -52,7 +51,7 @@ void report(std::string_view sentence)
     std::_Exit(WindowNoDesktop);
 }
 
-// Makes the toolkit's thread close windows instead of showing them, until the program's thread has ended.
+// Called on the toolkit's thread. Closes the program's windows instead of showing them, until the program has returned.
 void closeProgram()
 {
     runState().closingDisplay.closeUntil([] { return runState().programEnded.load(); });
@@ -81,8 +80,8 @@ void handleMessage(QtMsgType type, const QMessageLogContext&, const QString& tex
     if (text.startsWith(QLatin1String("The X11 connection broke")) ||
         text.startsWith(QLatin1String("The Wayland connection broke")))
         endWithLostDesktop();
-    // Before the desktop is open, these messages aren't printed. If it can't be opened, the text of the fatal message
-    // is enough.
+    // Before the desktop is open, no warning is printed. If the desktop can't be opened, endWithoutDesktop() prints the
+    // fatal message, which is enough.
     if (runState().windowsOpen && type != QtDebugMsg && type != QtInfoMsg)
         std::cerr << text.toStdString() << std::endl;
 }

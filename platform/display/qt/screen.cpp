@@ -22,10 +22,11 @@ using window::WindowState;
 using namespace std::chrono_literals;
 
 constexpr auto FrameTime = 16ms;
-// How long the toolkit's thread waits for the program's reaction to an input. A run takes longer and continues after
-// the wait.
+// The longest time that the toolkit's thread waits for the program's reaction to an input. A backup or restore takes
+// longer and continues after the wait.
 constexpr auto ReactionTime = 50ms;
-// The wait cursor appears only if the program has been busy for this time, because a shorter one would only flicker.
+// The wait cursor appears only if the program has been busy for this time, because a cursor for a shorter time would
+// only flicker.
 constexpr auto CursorTime = 150ms;
 
 bool isTopLevel(const WindowState& state)
@@ -89,7 +90,7 @@ Screen::~Screen()
         host_.restoreRequest->setListener({});
     window::setDisplay(nullptr);
     runWatch_.look();
-    // Removes the windows that the program destroyed after the last frame.
+    // Removes the remaining views. The program may have destroyed their windows after the last frame.
     while (!tops_.empty())
         remove(tops_.begin()->first);
 }
@@ -98,7 +99,8 @@ void Screen::flush()
 {
     frameTimer_.stop();
     focus_ = nullptr;
-    // step() is called before the changes are shown. So a dialog that setOpener_ answers for the user never appears.
+    // step() is called before the changes are shown. So a dialog that setOpener_ answers for the user can be gone
+    // before it would appear.
     setOpener_.step();
     for (const Changed& changed : batch_.take())
         apply(changed);
@@ -120,7 +122,8 @@ void Screen::showReaction()
     flush();
 }
 
-// Returns true if the thread of the main window waits for messages, even if another window is in front.
+// Returns true if the thread of the main window waits for messages, even if another window is in front. Also returns
+// true if no main window is shown or the core has no window.
 bool Screen::programIsIdle() const
 {
     return !main_ || window::takesInput(main_) || window::topLevelWindows().empty();
@@ -145,7 +148,7 @@ void Screen::apply(const Changed& changed)
         if (TopView* top = topOf(state.parent))
             addControl(*top, state);
     } else if (!state.parent || isAlive(state.parent)) {
-        build(state);  // A window whose owner doesn't exist any more is about to be destroyed too.
+        build(state);  // not if the owner is destroyed, because this window is about to be destroyed too
     }
 }
 

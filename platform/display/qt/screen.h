@@ -50,7 +50,7 @@ private:
     display::HostServices host_;
     SetOpener setOpener_;
     QTimer frameTimer_;                      // runs while there are changes to show
-    QTimer cursorTimer_;                     // runs while the program has been busy for a short time
+    QTimer cursorTimer_;                     // runs for a short time after the program has become busy
     std::unordered_map<HWND, View*> views_;  // of top-level windows and controls; parents delete the widgets
     RunWatch::Tops tops_;
     RunWatch runWatch_;

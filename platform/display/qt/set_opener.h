@@ -13,7 +13,7 @@ namespace platform::qt {
 
 class SetOpener {
 public:
-    // `listFile` is the path of the set's list file on the device.
+    // Begins to open the set. `listFile` is the path of the set's list file on the device.
     void begin(std::u16string listFile);
 
     // Does the next step if the program waits for input. Must be called after each change.

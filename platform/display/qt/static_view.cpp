@@ -20,7 +20,7 @@ constexpr int Slack = 3;
 constexpr int TwoRows = 26;
 
 // A label. A path can be one word without blanks, so a line breaks inside a word if necessary. If the text needs more
-// rows than there are, three points replace a part of the last row. QLabel itself can do neither.
+// rows than there are, an ellipsis replaces a part of the last row. QLabel itself can do neither.
 class TextView final : public QLabel, public View {
 public:
     TextView(const WindowState& state, const UserInput& input, QWidget* parent)
@@ -89,7 +89,7 @@ protected:
 private:
     bool wraps_ = false;
 
-    // The points replace the middle, because the end of a path is more important.
+    // The ellipsis replaces the middle, because the end of a path is more important.
     void drawCut(QPainter& painter, const QString& rest, int y) const
     {
         const QString cut = fontMetrics().elidedText(rest, Qt::ElideMiddle, width());

@@ -20,7 +20,7 @@ public:
     void follow(const window::StatusState& status);
     void followRun(const RunView& run);
     // Must be called when the window has appeared. If the bar shows the text on how to begin, a screen reader speaks
-    // it.
+    // this text.
     void present();
     // Shows the outcome of a run until the marks change or another run begins. A screen reader speaks the outcome.
     void showOutcome(const QString& outcome);

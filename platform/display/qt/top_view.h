@@ -25,7 +25,7 @@ public:
     // has ended.
     virtual void followStatus(const window::StatusState& status) { static_cast<void>(status); }
     virtual void showOutcome(const QString& outcome) { static_cast<void>(outcome); }
-    // Has the user asked to close the window while the program works?
+    // Returns true if the user has asked to close the window while the program was busy.
     virtual bool isToClose() const { return false; }
 
     // Lays the window out and shows it over its owner. Called once, when the controls exist.
@@ -35,7 +35,8 @@ public:
     void comeToFront();
 };
 
-// Moves the window to the middle of its owner, but inside the screen.
+// Moves the window to the middle of its owner, but inside the screen. If no owner is visible, moves the window to the
+// middle of the screen.
 void placeOverOwner(QWidget& window);
 
 }  // namespace platform::qt

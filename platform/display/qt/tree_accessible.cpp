@@ -22,18 +22,18 @@ namespace platform::qt {
 
 namespace {
 
-// The view's events count the header as child 0, even if it is hidden.
+// In its events for screen readers, the view counts the header as child 0, even if the header is hidden.
 constexpr int HeaderChildren = 1;
 
-// Returns how far the view is scrolled. All rows have the same height, so rowOf() computes a row's number from its
-// position without counting the rows above.
+// Returns how far the view is scrolled down.
 int scrolledPixels(const QTreeView& view, int rowHeight)
 {
     const int value = view.verticalScrollBar()->value();
     return view.verticalScrollMode() == QAbstractItemView::ScrollPerItem ? value * rowHeight : value;
 }
 
-// Returns the number of the item's row, or -1 for an item below a collapsed one.
+// Returns the number of the item's row, or -1 for an item below a collapsed one. All rows have the same height, so the
+// number is computed from the row's position, without counting the rows above.
 int rowOf(const QTreeView& view, const QModelIndex& index)
 {
     const QRect rect = view.visualRect(index);
@@ -224,8 +224,8 @@ public:
     bool unselectRow(int) override { return false; }
     bool unselectColumn(int) override { return false; }
 
-    // The event contains row numbers within a parent item, which don't identify items here. So this function checks for
-    // each known item whether it still exists.
+    // The event contains row numbers within a parent item, but doesn't say which item is the parent. So this function
+    // checks for each known item whether it still exists.
     void modelChange(QAccessibleTableModelChangeEvent* event) override
     {
         using Event = QAccessibleTableModelChangeEvent;
@@ -263,7 +263,7 @@ private:
     }
 
     QTreeView& view_;
-    mutable std::unordered_map<HTREEITEM, QAccessible::Id> items_;  // only items that were asked for
+    mutable std::unordered_map<HTREEITEM, QAccessible::Id> items_;  // only the items that screen readers have asked for
 };
 
 QAccessibleInterface* makeAccessible(const QString& className, QObject* object)

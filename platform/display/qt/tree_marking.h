@@ -8,7 +8,8 @@
 
 namespace platform::qt {
 
-// Commands mark and unmark a folder. A click marks any other item, and the next click unmarks it.
+// The program has commands that mark and unmark a folder. Any other item that can be marked is marked by a click, and
+// unmarked by the next click.
 class TreeMarking {
 public:
     TreeMarking(HWND tree, HTREEITEM item);
@@ -20,7 +21,8 @@ public:
 
     void mark(const UserInput& input) const { set(input, true); }
     void unmark(const UserInput& input) const { set(input, false); }
-    // A folder is treated as marked if anything in it is marked.
+    // Unmarks a marked item and marks any other item that can be marked. A folder counts as marked if anything in it is
+    // marked.
     void toggle(const UserInput& input) const { set(input, !isMarked_); }
     void expandAllBelow(const UserInput& input) const;
 

@@ -145,9 +145,9 @@ protected:
     void mousePressEvent(QMouseEvent* event) override { click(*event, &UserInput::treeClick); }
     // On the check box of a folder, a double click has the effect of two clicks.
     void mouseDoubleClickEvent(QMouseEvent* event) override { click(*event, &UserInput::treeDoubleClick); }
-    // Opens the menu of the item under the pointer. If the user opens the menu with the keyboard, it is the menu of the
-    // selected item. Opening the menu doesn't select the item under the pointer, because selecting a file would mark
-    // the file.
+    // If the user opens the menu with the mouse, shows the menu of the item under the pointer, and otherwise that of
+    // the selected item. Opening the menu doesn't select the item under the pointer, because selecting a file would
+    // mark the file.
     void contextMenuEvent(QContextMenuEvent* event) override
     {
         const bool byMouse = event->reason() == QContextMenuEvent::Mouse;
@@ -178,7 +178,7 @@ protected:
         }
     }
 
-    // The toolkit reports to screen readers that the tree has the focus, but not which item in it. reportFocus()
+    // The toolkit reports to screen readers that the tree has the focus, but not which of its items. reportFocus()
     // reports the item after the toolkit's report.
     void focusInEvent(QFocusEvent* event) override
     {

@@ -21,7 +21,7 @@ public:
     explicit UserInput(std::function<void()> posted) : posted_(std::move(posted)) {}
 
     // Each function calls one of the functions with which a display posts input to the core. The result is false if the
-    // core dropped the input, because the program is busy or the window is disabled.
+    // core dropped the input, for example because the program is busy or the window is disabled.
     bool click(HWND window, long row = -1) const { return report(window::postClick(window, row)); }
     bool doubleClick(HWND window, long row) const { return report(window::postDoubleClick(window, row)); }
     bool newText(HWND edit, std::u16string text) const { return report(window::postNewText(edit, std::move(text))); }

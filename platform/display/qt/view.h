@@ -1,7 +1,7 @@
 // view.h - a widget that shows a window of the core.
 //
-// A view posts the user's input to the core. It changes only when the core reports a change or followRun() is called.
-// Views are used only on the toolkit's thread.
+// A view posts the user's input to the core. The view's content changes when the core reports a change or followRun()
+// is called. Edits and date pickers also change while the user edits them. Views are used only on the toolkit's thread.
 #pragma once
 
 #include "change_batch.h"
@@ -36,8 +36,8 @@ public:
     // Returns the width in pixels that the view needs to show its whole content, or 0 if any width is enough. If
     // possible, the dialog is so wide when it opens that the view gets this width.
     virtual int wantedWidth() { return 0; }
-    // Returns the geometry of the widget. `rect` is the rectangle in the dialog template. Both are in pixels of the
-    // dialog's content.
+    // Returns the geometry of the widget. `rect` is the control's rectangle in the template, scaled to the desktop.
+    // Both rectangles are in pixels, relative to the dialog's content.
     virtual QRect geometryIn(const QRect& rect) const { return rect; }
     // Returns the distance in pixels from the widget's top to the middle of its text. Returns -1 if the widget doesn't
     // have exactly one row of text.

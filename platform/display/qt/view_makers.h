@@ -1,4 +1,5 @@
-// view_makers.h - makes the view of each kind of window. The source of each kind defines its maker.
+// view_makers.h - the functions that make the views of all windows except dialogs. makeControlView() is defined in
+// view_makers.cpp, and each other maker in the source file of its view.
 //
 // The toolkit deletes the widget of a view together with its `parent` or `owner`.
 #pragma once
@@ -34,8 +35,8 @@ TopView* makeMessageView(const window::WindowState& state, const UserInput& inpu
 // marked. Further calls change nothing.
 void useTreeAccessible();
 // Must be called when the current item of the tree was expanded, collapsed, marked or unmarked. The toolkit sends no
-// event for such a change to a screen reader. So this function replaces the accessible object of the item by a new one
-// with the focus. The screen reader reads the new object with its new state.
+// event for such a change to a screen reader. So this function replaces the accessible object of the item by a new
+// object, and reports that the new object has the focus. The screen reader reads the new object with its new state.
 void reportCurrentAgain(QTreeView& tree);
 
 }  // namespace platform::qt

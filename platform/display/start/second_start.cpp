@@ -31,10 +31,12 @@ using host::Descriptor;
 constexpr char Granted = 1;
 constexpr std::size_t LongestMessage = 8192;
 
-// The time limit for each send and receive. It prevents a stopped process from blocking another one for ever.
+// The time limit for each send and receive. The limit prevents a stopped process from blocking the other process for
+// ever.
 constexpr timeval SocketTimeout{.tv_sec = 5, .tv_usec = 0};
 
-// Does only this user have access to the folder? If others had access, another user could create the socket in it.
+// Returns true if only this user has access to the folder. If other users had access, one of them could create the
+// socket in the folder.
 bool isPrivateFolder(const std::string& folder)
 {
     struct stat status {};
@@ -99,7 +101,7 @@ const sockaddr* generic(const sockaddr_un& address)
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
-// If no window exists yet, nothing is to be done: the window will be in front when it is created.
+// Does nothing if the program has no window yet, because a new window appears in front anyway.
 void bringWindowToFront()
 {
     if (const HWND window = ::FindWindowW(nullptr, nullptr))

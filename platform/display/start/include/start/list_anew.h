@@ -3,8 +3,8 @@
 
 namespace platform::display {
 
-// Returns false if the program is busy or asks a question. In that case nothing is listed. Returns true if there is no
-// tree.
+// Only posts the request to the tree. Returns false if the request was dropped, because the program is busy or asks a
+// question. Otherwise returns true, even if there is no tree.
 [[nodiscard]] bool listAnew();
 
 }  // namespace platform::display

@@ -1,5 +1,5 @@
-// restore_request.h - a request to show a set in the window. It is made when the user opens the set in the file
-// manager.
+// restore_request.h - a request to show a set in the window. The request is made when the user opens the set in the
+// file manager.
 #pragma once
 
 #include <functional>
@@ -16,8 +16,9 @@ public:
     void make(std::u16string listFile);
     // Returns the request's list file and removes the request. Returns nothing if there is no request.
     std::optional<std::u16string> take();
-    // If there is a request that wasn't taken yet, `made` is called at once. Later it is called for each new request,
-    // on the thread that makes the request. An empty function removes the listener.
+    // If there is a request that wasn't taken yet, `made` is called at once. Later `made` is called for each new
+    // request, on the thread that makes the request. `made` must not call this object, whose mutex is held during the
+    // call. An empty function removes the listener.
     void setListener(std::function<void()> made);
 
 private:

@@ -1,6 +1,6 @@
 // window_module.h - loads the window module, which shows the program's windows on the user's desktop.
 //
-// Only the module uses the toolkit, so a start without a window never loads the toolkit.
+// Only the module uses the toolkit (Qt), so a start without a window never loads the toolkit.
 #pragma once
 
 #include <filesystem>
@@ -15,8 +15,9 @@ class RestoreRequest;
 inline constexpr int WindowNoDesktop = 3;
 inline constexpr int WindowDesktopLost = 5;  // 4 means that something was left out
 
-// The host's functions for the commands in the window's own menu. Called on the toolkit's thread. Each function can be
-// empty. A result that isn't an empty text is a sentence for the user that says why the call failed.
+// The host's functions for the menu that the window adds to those of the program. They are called on the toolkit's
+// thread. Each function can be empty. With `card`, showFolder adds the folder as a card. A result is an empty text, or
+// on failure a sentence for the user.
 struct HostServices {
     std::function<std::string(const std::filesystem::path& folder, bool card)> showFolder;
     std::function<std::string(const std::filesystem::path& device)> openDevice;
@@ -26,25 +27,25 @@ struct HostServices {
 struct WindowStart {
     std::function<int()> program;
     HostServices host;
-    // The exit code if no window can be opened. If this value is 0, an explanation is printed and the exit code is
-    // WindowNoDesktop. If it isn't 0, no explanation is printed. A program that would only show a message uses such a
-    // value if the message is on standard error already.
+    // What happens if no window can be opened. If this value is 0, an explanation is printed and the exit code is
+    // WindowNoDesktop. Any other value is itself the exit code, and no explanation is printed. A program that would
+    // only show a message sets such a value if the message is on standard error already.
     int otherwise = 0;
 };
 
-// Returns true if the environment names a desktop.
+// Returns true if the environment names a desktop: DISPLAY, WAYLAND_DISPLAY or QT_QPA_PLATFORM is set.
 [[nodiscard]] bool isDesktopNamed();
 
 // Runs `start.program` on a new thread, and shows the program's windows until the program returns. Call it on the
 // process's first thread, which becomes the toolkit's thread. Returns the program's result. If the module can't be
-// loaded or no window can be opened, the program doesn't run. WindowStart::otherwise says what the result is in that
-// case, and whether an explanation is printed on stderr. If the desktop disappears while the program runs, the current
-// run is completed and each question is refused. After that the process ends with WindowDesktopLost and an explanation
-// on stderr.
+// loaded, this function returns an exit code. If no window can be opened, the process ends in this call. In both cases
+// the program doesn't run, and WindowStart::otherwise says what the exit code is and whether an explanation is printed
+// on stderr. If the desktop disappears while the program runs, an explanation is printed on stderr, a backup or restore
+// in progress is completed, and each question is refused. After that the process ends with WindowDesktopLost.
 [[nodiscard]] int runWithWindow(const WindowStart& start);
 
 }  // namespace platform::display
 
-// The module's entry point. It does what the comment on runWithWindow() says. Only the module defines this function, in
-// display/qt/run_with_window.cpp. The program looks the function up by name.
+// The module's entry point, which runWithWindow() looks up by name and calls. Only the module defines this function, in
+// display/qt/run_with_window.cpp.
 extern "C" int quillboxRunWithWindow(const platform::display::WindowStart* start);
