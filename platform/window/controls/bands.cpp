@@ -47,7 +47,7 @@ struct BandsState : ClassState {
     std::vector<Band> bands;
     int adornmentWidth = 0;
     int height = 0;
-    WORD imagesId = 0;  // bitmap of the image list
+    WORD imagesId = 0;  // resource number of the image list's bitmap
 
     bool followsParentSize() const REQUIRES(coreMutex) override { return true; }
     bool disablesCommand(const Window& window, WORD id) const REQUIRES(coreMutex) override
@@ -59,8 +59,8 @@ struct BandsState : ClassState {
     }
 };
 
-// Places as many bands side by side as fit into the parent's width, and the other bands in further rows. Returns true
-// if the height of all rows together has changed.
+// Places as many bands side by side as fit into the parent's width, and the other bands in further rows. A band with
+// RBBS_BREAK begins a new row. Returns true if the height of all rows together has changed.
 bool layOut(Window& bands) REQUIRES(coreMutex)
 {
     auto& state = stateOf<BandsState>(bands);

@@ -108,7 +108,7 @@ bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& da
 }
 
 // Adds `by` to the field that keys change. A step past the last value leads to the first, and a step before the first
-// leads to the last. No larger field changes.
+// leads to the last. Nothing is carried over to another field.
 bool step(const Window& window, DatePickerState& picker, int by) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];

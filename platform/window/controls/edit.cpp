@@ -243,8 +243,9 @@ void selectByProgram(Window& edit, EditState& state, int start, int end) REQUIRE
         setSelection(edit, state, {at(start), at(end)});
 }
 
-// Returns which keys the edit handles without the dialog manager. A multi-line edit leaves Tab to the dialog. It also
-// leaves Enter to the dialog if this key makes no line break in it. Ctrl+Enter never makes a line break.
+// Returns the DLGC_ bits (window/notify.h) that say which keys the edit handles by itself. A multi-line edit leaves two
+// keys to the dialog manager: Tab without Ctrl, and Enter if this key makes no line break. Enter makes a line break
+// only without Ctrl, and only in an edit that has ES_WANTRETURN and isn't read-only.
 LRESULT dialogCode(const Window& edit, WPARAM key, const MSG* message) REQUIRES(coreMutex)
 {
     LRESULT code = HasSelection | WantsCharacters | WantsArrows;

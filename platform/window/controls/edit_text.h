@@ -29,7 +29,7 @@ std::size_t lineAbove(std::u16string_view text, std::size_t at);
 std::size_t lineBelow(std::u16string_view text, std::size_t at);
 
 // Converts typed text to the text that an edit holds. Every kind of line break becomes \r\n, or is removed for a
-// single-line edit. Other control characters are removed, except tabs in a multi-line edit.
+// single-line edit. The other ASCII control characters are removed, except tabs in a multi-line edit.
 std::u16string fitToEdit(std::u16string_view typed, bool multiLine);
 
 // Returns the first UTF-16 units of the text, at most `room` of them. A character that doesn't fit as a whole is left

@@ -136,8 +136,8 @@ long search(ListBoxState& state, std::u16string_view typed)
     return -1;
 }
 
-// If a blank continues a typed text and the search finds a row for the longer text, the blank is part of that text.
-// With multiple selection, any other blank selects or deselects the caret row.
+// If a space continues a typed text and the search finds a row for the longer text, the space is part of that text.
+// With multiple selection, any other space selects or deselects the caret row.
 RowOutcome typeCharacter(Window& box, ListBoxState& state, char16_t character) REQUIRES(coreMutex)
 {
     if (character < u' ')

@@ -2,8 +2,7 @@
 // searching ignore case.
 //
 // Rows are stored in blocks of a few hundred, so an insertion in the middle of 100,000 rows moves few of them. find()
-// uses a binary search. It searches the rows themselves if they are sorted, otherwise an index by text. It makes this
-// index on demand.
+// uses a binary search in the rows if they are sorted, and otherwise in an index by text, which it makes on demand.
 #pragma once
 
 #include <cstddef>
@@ -47,7 +46,8 @@ public:
     void clear();
 
     // Returns the index of the first row after `after` whose whole text equals `text`. After the last row the search
-    // continues with the first.
+    // continues with the first. Without `after` the search begins with the first row. Returns nothing if there is no
+    // such row.
     std::optional<std::size_t> find(std::u16string_view text, std::optional<std::size_t> after);
 
 private:

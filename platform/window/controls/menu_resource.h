@@ -9,7 +9,7 @@
 namespace platform::window {
 
 // Returns the items of the menu's top level. Returns nothing if the bytes end before the menu does, if the menu has the
-// extended format, or if its popups are nested more than 16 levels deep.
+// extended format, or if it has more than 16 levels.
 [[nodiscard]] std::optional<std::vector<MenuItem>> readMenu(std::span<const std::byte> bytes);
 
 }  // namespace platform::window

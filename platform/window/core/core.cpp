@@ -16,7 +16,7 @@ Window* findWindow(HWND handle)
 {
     Core& all = core();
     return all.windows[all.windows.find(reinterpret_cast<std::uintptr_t>(handle))]
-        .get();  // find() returns 0 for a dead handle; slot 0 holds null
+        .get();  // find() returns 0 if no window has the handle; slot 0 holds null
 }
 
 Window& addWindow()
@@ -56,8 +56,8 @@ void removeWindow(Window& window)
     else
         std::erase(all.topLevel, handle);
     announce(window, Change::Destroyed);
-    // A call of GetMessageW may wait for messages of this window only, and a send may wait for the turn of the window's
-    // thread. Both must wake up and fail, because the window no longer exists.
+    // A call of GetMessageW may wait for messages of this window only, and a send to this window may wait for the turn
+    // of its thread. Both must wake up and fail, because the window no longer exists.
     noteArrival(*window.thread);
     wakeTurnWaiters();
 

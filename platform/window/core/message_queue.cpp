@@ -10,7 +10,7 @@
 //   it gives the turn up, so it misses no later arrival.
 // - Several calls of GetMessageW can wait in one thread's name: a call of the thread itself, and one in each visit that
 //   has a message loop. An arrival wakes all of them. The call in the visit that began last takes the turn back first.
-//   Each of the other calls takes it after the visits that began later have ended.
+//   Each of the other calls takes the turn back after the visits that began during its wait have ended.
 // - The turn is free during the wait, so sends to the thread's windows can run. After the wait the call takes the turn
 //   back before it reads a queue.
 #include "turn.h"
@@ -118,9 +118,9 @@ bool isForEdit(const MSG& message) REQUIRES(coreMutex)
     return target && target->state->editsText();
 }
 
-// Returns false for a timer's message, for text that is typed into an edit, and for a key in an edit. Exceptions are
-// Enter, Esc and a key with Alt, which return true. Any other message may start a run. For example, a space typed on a
-// button presses the button.
+// Returns whether handling the message may take long. It doesn't for a timer's message, for text typed into an edit, or
+// for a key pressed in an edit without Alt, except Enter and Esc. Any other message may start a backup or other long
+// work. For example, a space typed on a button presses the button.
 bool mayTakeLong(const MSG& message) REQUIRES(coreMutex)
 {
     switch (message.message) {

@@ -21,8 +21,8 @@ std::uint64_t ticksOf(const FILETIME& time)
     return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
-// Stores the status, and reports it to the display if it differs from the stored one. The timer of the main window
-// calls this function twice a second, usually with an unchanged status.
+// Stores the status, and reports it to the display if it differs from the stored one. The program's main window reports
+// its status twice a second, usually an unchanged one.
 void take(StatusState status) REQUIRES(coreMutex)
 {
     if (core().status == status)

@@ -2,8 +2,8 @@
 //
 // - All waits for a turn are on Core::turnFreed. All waiters are notified when a turn is given up, a send stops waiting
 //   or a window is removed. Each waiter then checks its own condition again.
-// - A frame can take its turn back when the turn is free and no visit above the frame is in progress. The visit that
-//   began last ends first, so only one frame of a thread can have the current level.
+// - A call frame can take its turn back when the turn is free and the visits that began during the frame's wait have
+//   ended. The visit that began last ends first, so only one frame of a thread can have the current level.
 // - A send can begin when the receiver's turn is free, unless a frame of the receiver waits for the turn but not for
 //   the end of a visit (Thread::waitingLevel). That frame runs before the sends. Without this rule an endless series of
 //   sends would block the thread's queue.

@@ -8,11 +8,12 @@ namespace platform::window {
 // Lets other system threads run in the thread's name.
 void giveUpTurn(Thread& thread) REQUIRES(coreMutex);
 
-// Waits until the turn is free and all visits above `level` have ended, and then takes the turn.
+// Waits until the turn is free and Thread::level equals `level`, and then takes the turn. `level` is the value from
+// before giveUpTurn, so the visits that began during the wait have ended.
 void takeTurnBack(Thread& thread, unsigned level) REQUIRES(coreMutex);
 
-// Returns when no send waits for the thread's turn any more. A waiting send runs, or it fails because its window is
-// destroyed. The caller holds the turn before and after the call.
+// If sends wait for the thread's turn, gives the turn up until none is waiting. Each of these sends has then run, or
+// has failed because its window was destroyed. The caller holds the turn before and after the call.
 void letSendersIn(Thread& self) REQUIRES(coreMutex);
 
 // As long as a Visit exists, the calling system thread runs in the name of the thread that owns `window`. `self` is the

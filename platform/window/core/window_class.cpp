@@ -55,8 +55,8 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass)
     return static_cast<ATOM>(FirstAtom + core().classes.size());
 }
 
-// Registers nothing, because all classes exist from the start. So a dialog opens even if its program didn't register
-// the classes of its controls.
+// Registers nothing, because the classes of all controls exist from the start. So a dialog opens even if the program
+// hasn't called this function.
 BOOL InitCommonControlsEx(const INITCOMMONCONTROLSEX* classes)
 {
     return classes && classes->dwSize == sizeof *classes ? TRUE : fail(ERROR_INVALID_PARAMETER);

@@ -24,7 +24,7 @@ std::unique_ptr<ClassState> makeState(const WindowClass& windowClass, DWORD styl
     return windowClass.makeState ? windowClass.makeState(style) : std::make_unique<ClassState>();
 }
 
-// Returns null and sets the last error if the class or the parent is missing.
+// Returns null and sets the last error if the class doesn't exist or the parent isn't valid (see createWindow).
 Window* makeWindow(Creation& creation) REQUIRES(coreMutex)
 {
     const WindowClass* windowClass = findClass(creation.className);

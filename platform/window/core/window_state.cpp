@@ -53,7 +53,7 @@ BOOL ShowWindow(HWND handle, int show)
     }
     lock.unlock();
     if (!own)
-        return wasVisible;  // don't wait for the other thread
+        return wasVisible;  // sending a message would wait for the window's thread
 
     if (wasVisible != visible)
         SendMessageW(handle, WM_SHOWWINDOW, visible ? 1 : 0, 0);

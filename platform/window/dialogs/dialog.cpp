@@ -95,8 +95,9 @@ bool makeControl(const DialogLaunch& launch, const ControlTemplate& control, HWN
     return createWindow(std::move(creation)) != nullptr;
 }
 
-// Sets the procedure of the program, which receives the dialog's messages from then on. Returns the first control with
-// WS_TABSTOP that accepts the focus.
+// Sets the dialog's procedure, which receives the dialog's messages from then on. Also makes the first control with
+// BS_DEFPUSHBUTTON the default button. Returns the first control that has WS_TABSTOP and accepts the focus, or null if
+// there is none.
 HWND attachProcedure(HWND handle, DLGPROC procedure)
 {
     const Lock lock(coreMutex);
@@ -127,8 +128,8 @@ bool hasEnded(HWND handle)
     return !window || window->dying || findDialog(window)->ended;
 }
 
-// Sends WM_INITDIALOG and sets the first focus. A procedure that returns 0 should have set the focus itself. If no
-// control of the dialog has the focus after that, this function sets the focus nevertheless.
+// Sends WM_INITDIALOG. If the procedure returns nonzero, sets the focus to the first tab stop. A procedure that returns
+// 0 should have set the focus to a control of the dialog. If it hasn't, this function sets the focus nevertheless.
 void initialize(const DialogLaunch& launch, HWND dialog)
 {
     const HWND first = attachProcedure(dialog, launch.procedure);

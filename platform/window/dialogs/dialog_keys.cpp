@@ -100,8 +100,9 @@ char16_t mnemonicOf(const Window& control) REQUIRES(coreMutex)
     return firstLetter && !text.empty() ? platform::text::foldCase(text[0]) : char16_t{0};
 }
 
-// Returns the first control after `from` that has this mnemonic. If a label has the mnemonic, returns the control after
-// the label.
+// Returns the first visible and enabled control after `from` that has this mnemonic. After the last control the search
+// continues with the first. If a label has the mnemonic, returns the next control that takes the focus. Returns null if
+// there is no such control.
 Window* controlOf(Window& dialog, const Window* from, char16_t letter) REQUIRES(coreMutex)
 {
     const std::vector<Window*>& all = dialog.children;

@@ -10,7 +10,7 @@ namespace platform::window {
 inline constexpr std::u16string_view DialogClassName = u"Dialog";
 
 struct DialogState : ClassState {
-    DLGPROC procedure = nullptr;  // of the program; null until all controls exist
+    DLGPROC procedure = nullptr;  // null until all controls exist
     bool modal = false;
     bool ended = false;
     INT_PTR result = 0;
@@ -18,7 +18,7 @@ struct DialogState : ClassState {
     bool messageBox = false;       // MessageBoxW made the dialog
     UINT messageBoxType = 0;       // of a message box: its MB_ bits
     std::u16string questionKind;   // of a question that a job asks (job_questions.h), otherwise empty
-    HWND ownerToEnable = nullptr;  // the owner window, which is disabled until this dialog ends
+    HWND ownerToEnable = nullptr;  // the owner window that this dialog has disabled; null: none
 
     void describe(const Window& window, WindowState& state) const REQUIRES(coreMutex) override;
     bool isDialog() const REQUIRES(coreMutex) override { return true; }

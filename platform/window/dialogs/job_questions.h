@@ -1,8 +1,8 @@
 // job_questions.h - the questions that a job asks (ce/outcome.h), and answers that apply to several questions.
 //
-// A job can ask about each of its files. Two questions are of the same kind if they have the same caption and the same
-// words before the name of the file or database. If the user answers all questions of a kind at once, the answer
-// applies only to the current job.
+// A job is one backup or restore. It can ask about each of its files. Two questions are of the same kind if they have
+// the same caption and the same words before the name of the file or database. If the user answers all questions of a
+// kind at once, the answer applies only to the current job.
 #pragma once
 
 #include "window/core_mutex.h"

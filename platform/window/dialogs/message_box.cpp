@@ -131,7 +131,8 @@ HWND ownerOf(HWND box)
     return window ? window->owner : nullptr;
 }
 
-// Answers the message box. If `answer` is 0, the answer is the one that refusalOf() returns.
+// Ends the message box with `answer`, or with the answer of refusalOf() if `answer` is 0. If the message box is a
+// question of a job, `reach` says whether the answer also applies to later questions or stops the job.
 void answer(HWND box, int answer, AnswerReach reach)
 {
     const std::u16string kind = questionKind(box);

@@ -133,7 +133,7 @@ bool setExpanded(const Look& tree, ItemIndex index, bool expanded) REQUIRES(core
 enum class Notification { Send, Omit };
 
 // Returns true if this call expanded or collapsed the item. Returns false if the parent refused the change or has made
-// the change itself.
+// it itself, if the item doesn't exist, or if an item to expand has no children.
 bool fold(HWND handle, HTREEITEM item, bool expand, Notification notification)
 {
     NMTREEVIEWW change = {};
@@ -162,7 +162,7 @@ bool fold(HWND handle, HTREEITEM item, bool expand, Notification notification)
     return true;
 }
 
-// Returns the item and its descendants. Each item comes after its own descendants.
+// Returns the item and its descendants, or all items if `top` is 0. Each item comes after its own descendants.
 std::vector<HTREEITEM> fromTheLeavesUp(const TreeItems& items, ItemIndex top)
 {
     std::vector<HTREEITEM> handles;

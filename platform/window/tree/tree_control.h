@@ -28,8 +28,8 @@ inline TreeViewState* findTree(HWND tree) REQUIRES(coreMutex)
     return findState<TreeViewState>(tree, WindowKind::TreeView);
 }
 
-// Reports Change::Tree, unless an earlier report is still pending (`announced`). Must be called after each change that
-// the display shows.
+// Reports Change::Tree, unless it was reported before and the display hasn't taken the changes since (`announced`).
+// Must be called after each change that the display shows.
 void announceTree(const Window& window, TreeViewState& tree) REQUIRES(coreMutex);
 
 // Positions (tree_rows.cpp).
@@ -39,7 +39,7 @@ void bringIntoView(const Window& window, TreeViewState& tree, ItemIndex index) R
 // Scrolls the item into view. Returns a point in that part of the item's row, in screen coordinates. If `index` is 0,
 // the point is below the rows.
 POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePart part) REQUIRES(coreMutex);
-// Returns the item at hit.pt, which is in client coordinates. Sets hit.flags and hit.hItem.
+// Returns the item at hit.pt, which is in client coordinates, or 0 if there is none. Sets hit.flags and hit.hItem.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit) REQUIRES(coreMutex);
 
 // ---- The following functions must be called in the name of the thread that owns the tree. Most are in
@@ -47,14 +47,14 @@ ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO
 
 enum class Refusal { Possible, Ignored };
 
-// Selects the item. If `item` is null, no item is selected afterwards. Returns false if the item doesn't exist any
-// more, or if `refusal` is Possible and the parent refused. If the item is selected already, returns true without
-// notifying the parent.
+// Selects the item and notifies the parent with the reason `cause`, a TVC_ number. If `item` is null, no item is
+// selected afterwards. Returns false if the item doesn't exist, or if `refusal` is Possible and the parent refused. If
+// the item is selected already, returns true without notifying the parent.
 bool selectTreeItem(HWND tree, HTREEITEM item, UINT cause, Refusal refusal) EXCLUDES(coreMutex);
-// Handles TVM_EXPAND. Notifies the parent only if the item has never been expanded.
+// Handles TVM_EXPAND. Notifies the parent of the change only if Item::expandedOnce was false before.
 LRESULT foldByProgram(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
-// Expands or collapses an item for the user. Always notifies the parent. `action` is TVE_EXPAND, TVE_COLLAPSE or
-// TVE_TOGGLE. An item without a button isn't changed.
+// Expands or collapses an item for the user, and notifies the parent each time. `action` is TVE_EXPAND, TVE_COLLAPSE or
+// TVE_TOGGLE. Does nothing if the item has no button, or if it is expanded or collapsed already as `action` says.
 void foldByUser(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
 BOOL deleteTreeItem(HWND tree, HTREEITEM item) EXCLUDES(coreMutex);
 

@@ -15,8 +15,8 @@ void notify(HWND handle, UINT code)
     notifyParent(handle, header);
 }
 
-// Stores the position of the clicked part of the item. GetMessagePos returns that position. Returns false if the tree
-// is disabled or no row shows the item.
+// Scrolls the item into view and stores the position of the clicked part, which GetMessagePos returns. Returns false if
+// the tree is disabled, if the item doesn't exist, or if an ancestor of the item is collapsed.
 bool setPointer(HWND handle, HTREEITEM item, TreePart part)
 {
     const Lock lock(coreMutex);
@@ -36,7 +36,8 @@ bool isOnItem(TreePart part)
     return part == TreePart::Label || part == TreePart::Icon;
 }
 
-// Notifies the parent of the click. Returns false if the parent has handled the click itself.
+// Notifies the parent of the click. If the parent returns nonzero, it has handled the click, and this function returns
+// false. Otherwise a click on the button expands or collapses the item, and a click on the label or icon selects it.
 bool click(HWND handle, HTREEITEM item, TreePart part)
 {
     NMHDR header = {};
@@ -242,8 +243,8 @@ void typeCharacter(HWND handle, char16_t character)
         key = tree->typed.inProgress() ? WORD{0} : keyOf(character);
         const std::u16string typed = tree->typed.with(character);
         found = key ? nullptr : search(*tree, typed);
-        // If a blank continues a typed text and the search finds an item for the longer text, the blank is part of that
-        // text. Otherwise the blank acts as a click on the selected item.
+        // If a space continues a typed text and the search finds an item for the longer text, the space is part of that
+        // text. Otherwise the space acts as a click on the selected item.
         if (character == u' ' && (!found || typed.size() == 1)) {
             clicked = tree->selected;
             tree->typed.end();
@@ -309,7 +310,7 @@ LRESULT takeTreeInput(HWND handle, UINT message, WPARAM wParam, LPARAM lParam)
     if (!typesCharacter(wParam))
         endTyping(handle);
     notifyKey(handle, wParam);
-    // With Ctrl the arrow keys only scroll, and the display does that by itself.
+    // A key with Ctrl doesn't change the tree. Ctrl with an arrow key scrolls, and the display does that by itself.
     if (!(lParam & KeyWithControl))
         pressKey(handle, wParam);
     return 0;

@@ -75,15 +75,15 @@ public:
     // Returns the topmost collapsed ancestor of the item, or the item itself if all its ancestors are expanded.
     ItemIndex nearestVisible(ItemIndex index) const;
 
-    // These functions walk through the visible items in the order of the rows. They return 0 after the last item and
-    // before the first.
+    // These functions walk through the visible items in the order of the rows. An item is visible if all its ancestors
+    // are expanded. The functions return 0 after the last visible item and before the first.
     ItemIndex firstVisible() const { return slots_[0].firstChild; }
     ItemIndex nextVisible(ItemIndex index) const;
     ItemIndex previousVisible(ItemIndex index) const;
     ItemIndex lastVisible() const { return lastVisibleBelow(0); }
 
-    // Walks through all descendants of `top`, visible or not. The walk begins with nextWithin(top, top). Returns 0
-    // after the last descendant.
+    // Returns the descendant of `top` that follows `index` in the order of the rows, visible or not. nextWithin(top,
+    // top) returns the first descendant. Returns 0 after the last one.
     ItemIndex nextWithin(ItemIndex index, ItemIndex top) const;
 
 private:

@@ -18,7 +18,7 @@ struct MenuItem {
 
 struct BarButton {
     int id = 0;
-    int image = 0;  // cell of the bar's bitmap
+    int image = 0;  // index of the picture in the bar's bitmap
     bool enabled = true;
     bool separator = false;
 };
@@ -33,7 +33,7 @@ struct BandState {
     bool gripper = true;
 };
 
-// Locks the core's mutex while it copies. The result is empty if the window doesn't exist any more.
+// Locks the core's mutex while it copies. The result is empty if the window doesn't exist.
 std::vector<BandState> bandsOf(HWND commandBands);
 
 }  // namespace platform::window

@@ -7,7 +7,7 @@ namespace platform::window {
 
 // These functions return false for a window that isn't a button.
 bool isPushButton(const Window& window) REQUIRES(coreMutex);
-bool isDefaultPushButton(const Window& window) REQUIRES(coreMutex);  // by its style
+bool isDefaultPushButton(const Window& window) REQUIRES(coreMutex);  // has the style BS_DEFPUSHBUTTON
 bool isAutoRadioButton(const Window& window) REQUIRES(coreMutex);
 
 }  // namespace platform::window

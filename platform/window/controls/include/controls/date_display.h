@@ -11,7 +11,7 @@
 
 namespace platform::window {
 
-// Reads the date that the picker shows. Returns false if the window doesn't exist any more.
+// Reads the date that the picker shows. Returns false if the window doesn't exist.
 [[nodiscard]] bool readDate(HWND picker, SYSTEMTIME& date);
 
 // Posts raw input by the rules of window/display.h. Only the year, month and day of `date` are used. A date that

@@ -15,7 +15,7 @@ struct ListRow {
 };
 
 // Both functions lock the core's mutex while they run.
-std::vector<ListRow> listRows(HWND listBox);  // empty if the window doesn't exist any more
+std::vector<ListRow> listRows(HWND listBox);  // empty if the window doesn't exist
 // Returns the index of the first row whose text equals `text`, including case. Returns -1 if there is none.
 long findListRow(HWND listBox, const std::u16string& text);
 

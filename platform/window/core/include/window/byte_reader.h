@@ -1,5 +1,5 @@
-// byte_reader.h - reads little-endian fields from untrusted bytes. A read past the end returns zero, and from then on
-// failed() is true.
+// byte_reader.h - reads little-endian fields from untrusted bytes. A read or skip past the end makes failed() true.
+// From then on all reads return zero or an empty text.
 #pragma once
 
 #include "ce/types.h"

@@ -1,8 +1,8 @@
 // class_state.h - the description of a window class, and the data and behaviour that a class adds to its windows.
 //
-// The core contains no code for single classes. If controls, dialogs or command bands have behaviour of their own, the
-// core calls virtual functions of the window's ClassState. So the core includes no headers of the rooms that implement
-// these windows.
+// The core contains no code for particular classes. Where the behaviour depends on the class, the core calls a virtual
+// function of the window's ClassState. So the core includes no headers of the rooms that implement controls, dialogs
+// and command bands.
 #pragma once
 
 #include "window/display.h"
@@ -25,12 +25,12 @@ struct ClassState {
     ClassState& operator=(const ClassState&) = delete;
     virtual ~ClassState() = default;
 
-    // Sets those fields of `state` that only windows of this class have.
+    // Sets those fields of `state` that depend on the data of this class.
     virtual void describe(const Window& /*window*/, WindowState& /*state*/) const REQUIRES(coreMutex) {}
     // Can this window have the keyboard focus? The core calls this function only if WindowClass::takesFocus is true.
     virtual bool acceptsFocus(const Window& /*window*/) const REQUIRES(coreMutex) { return true; }
-    // Does the window edit text? The core sends typed text to such a window in one message. Typing into it never starts
-    // long work such as a run.
+    // Does the window edit text? The core sends typed text to such a window in one message. Typing into the window
+    // never starts long work, such as a backup.
     virtual bool editsText() const REQUIRES(coreMutex) { return false; }
     // Must the window be laid out again when its parent gets a new size? If so, the core sends the message ParentSized
     // (window/input.h) to the window.
@@ -42,8 +42,8 @@ struct ClassState {
     virtual bool isDialog() const REQUIRES(coreMutex) { return false; }
     // Returns the push button of a dialog that Enter would press now, or null if there is none.
     virtual const Window* buttonForEnter(const Window& /*window*/) const REQUIRES(coreMutex) { return nullptr; }
-    // Returns the window that a modal dialog disabled when it opened. Returns null if the dialog disabled none, and in
-    // every call after the first. The caller enables the window.
+    // Returns the window that a modal dialog disabled when it opened. The caller must enable that window. Returns null
+    // if the dialog disabled none, and in every call after the first.
     [[nodiscard]] virtual HWND takeOwnerToEnable() REQUIRES(coreMutex) { return nullptr; }
 };
 

@@ -17,8 +17,8 @@
 //   send to each other don't block each other, and a receiver can send back to its sender.
 // - A procedure that runs in a visit can wait, and then another visit to the same thread can begin. So visits nest.
 //   Thread::level is the number of visits to the thread that are in progress. A call frame that waits for the turn or
-//   for messages continues only after the visits that began later, above the frame, have ended. A message loop inside a
-//   visit retrieves messages from the queues of the receiving thread.
+//   for messages continues only after the visits that began during its wait have ended. A message loop inside a visit
+//   retrieves messages from the queues of the receiving thread.
 #pragma once
 
 #include "kernel/slot_table.h"
@@ -62,9 +62,10 @@ struct Thread {
 
     bool turnTaken GUARDED_BY(coreMutex) = true;
     unsigned level GUARDED_BY(coreMutex) = 0;  // visits in progress
-    // The level of a call frame that waits to take the turn back. If this level equals `level`, the frame needn't wait
-    // for the end of a visit. In that case sends from other threads wait until the frame has taken the turn. Without
-    // this rule, a thread that receives sends without a pause would never handle its posted messages.
+    // Set while a call frame waits to take the turn back: the value of `level` when the frame gave the turn up. If it
+    // equals the current `level`, the frame needn't wait for the end of a visit. In that case sends from other threads
+    // wait until the frame has taken the turn. Without this rule, a thread that receives sends without a pause would
+    // never handle its posted messages.
     std::optional<unsigned> waitingLevel GUARDED_BY(coreMutex);
 
     std::deque<MSG> posted GUARDED_BY(coreMutex);
@@ -82,14 +83,14 @@ struct Thread {
     std::uint64_t arrivals GUARDED_BY(coreMutex) = 0;
     kernel::Condition arrived GUARDED_BY(coreMutex);
     int retrieving GUARDED_BY(coreMutex) = 0;  // call frames that wait in GetMessageW
-    // True if handling the message that was retrieved last may take long. Until the thread waits in GetMessageW again,
-    // most input for its windows is dropped (see display.h).
+    // True if handling the message that was retrieved last may take long. If so, most input for the thread's windows is
+    // dropped until the thread waits in GetMessageW again (see display.h).
     bool inCommand GUARDED_BY(coreMutex) = true;
 
     HWND focus GUARDED_BY(coreMutex) = nullptr;
     HWND active GUARDED_BY(coreMutex) = nullptr;  // top-level window
     HCURSOR cursor GUARDED_BY(coreMutex) = nullptr;
-    POINT pointer GUARDED_BY(coreMutex){};  // the user's last click, in screen coordinates
+    POINT pointer GUARDED_BY(coreMutex){};  // the user's last click on a tree view, in screen coordinates
 };
 
 struct Window {
@@ -134,7 +135,7 @@ Core& core();
 // The thread in whose name the calling system thread runs.
 Thread& currentThread() REQUIRES(coreMutex);
 
-// Null if the handle's window doesn't exist any more.
+// Returns null if no window has this handle.
 Window* findWindow(HWND handle) REQUIRES(coreMutex);
 
 [[nodiscard]] Window& addWindow() REQUIRES(coreMutex);
@@ -174,7 +175,7 @@ void announce(const Window& window, Change change) REQUIRES(coreMutex);
 void announceGlobal(Change change) REQUIRES(coreMutex);
 
 // Wakes the calls that wait in GetMessageW for this thread. Must be called after something was added to the thread's
-// queues, and after a change to a window that such a call may wait for.
+// queues, and after any other event to which such a call must react, such as the removal of a window.
 void noteArrival(Thread& thread) REQUIRES(coreMutex);
 
 // Must be called when a turn became free, a send stopped waiting or a window was removed.

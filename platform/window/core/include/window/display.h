@@ -1,8 +1,8 @@
 // display.h - the interface between the window core and the component that shows the windows.
 //
 // A display shows the core's windows and posts the user's input to them. It doesn't decide what the input does. The
-// core reports each change at once, and it holds coreMutex during the call. Some runs change a text 100,000 times a
-// second. So a display only notes the change and returns.
+// core reports each change at once by a call of the Display, and holds coreMutex during this call. A backup or restore
+// can change a text 100,000 times a second, so a display must only store the change and return.
 #pragma once
 
 #include "window/core_mutex.h"
@@ -20,12 +20,12 @@ namespace platform::window {
 enum class Change {
     Created,    // a window exists but isn't shown yet
     Shown,      // shown or hidden
-    Destroyed,  // the window doesn't exist any more
+    Destroyed,  // the window ceases to exist
     Text,       // title or text
     Enabled,
-    Focus,       // this window has got or lost the focus
+    Focus,       // this window has got or lost the focus, or a dialog's default button has changed
     Check,       // a button's check state
-    Rows,        // a list box's rows
+    Rows,        // a list box's rows or their minimum width
     Selection,   // a list box's selection or caret row; an edit's selection
     Progress,    // a bar's range or position
     Bands,       // a menu, the buttons or the bands of command bands
@@ -33,10 +33,10 @@ enum class Change {
     Foreground,  // the window is to come to the front
     Cursor,      // the wait cursor appeared or disappeared
     Idle,        // a thread has begun to wait for messages: its windows take input now
-    Busy,        // a thread has stopped waiting
+    Busy,        // a thread has stopped waiting for messages
     ReadOnly,    // an edit's read-only state
     Icon,        // a window's small icon
-    Tree,        // a tree view's items; see tree_control/tree_display.h
+    Tree,        // a tree view's items, selection or pictures; see tree_control/tree_display.h
     Date,        // a date picker's date
     Status,      // what the program reports for a status bar; see program_status.h
 };
@@ -50,7 +50,7 @@ public:
     virtual void textChanged(HWND window, std::u16string_view text) REQUIRES(coreMutex) = 0;
 };
 
-// Sets the one display of the process, or null. The core works without one.
+// Sets the display of the process. Null removes the display. The core works without one.
 void setDisplay(Display* display);
 
 // The kinds of windows that a display distinguishes.
@@ -89,11 +89,11 @@ struct WindowState {
     bool defaultButton = false;  // Enter would press it now
     UINT messageBoxType = 0;     // message box: the MB_ bits
     bool jobQuestion =
-        false;                // message box: a job asks the question, so postAnswerToAll and postStopJob have an effect
+        false;                // message box: a Yes-or-No question of a job, which is a backup or restore (ce/outcome.h)
     int caretRow = -1;        // list box
     int extent = 0;           // list box: the minimum width of its rows, virtual pixels
-    long selectionStart = 0;  // edit, in characters; the caret is at selectionEnd
-    long selectionEnd = 0;
+    long selectionStart = 0;  // edit: offset of the anchor in UTF-16 units; can be larger than selectionEnd
+    long selectionEnd = 0;    // edit: offset of the caret in UTF-16 units
     bool readOnly = false;
     int progressLow = 0;
     int progressHigh = 0;
@@ -101,8 +101,8 @@ struct WindowState {
     WORD iconId = 0;  // a static that shows an icon; a top-level window's small icon
 };
 
-// The functions from here to showsWaitCursor lock the core's mutex. If the window doesn't exist any more, the result is
-// false or empty.
+// The functions from here to showsWaitCursor lock the core's mutex. If the window doesn't exist, the result is false or
+// empty.
 [[nodiscard]] bool readWindow(HWND window, WindowState& state);
 std::vector<HWND> childrenOf(HWND window);  // in creation order
 std::vector<HWND> topLevelWindows();        // the frontmost window first; hidden windows too
@@ -117,11 +117,11 @@ bool showsWaitCursor();
 std::vector<HWND> childrenOfLocked(HWND window) REQUIRES(coreMutex);
 
 // Functions for raw input. Each call queues the input for the window's thread, which handles the input when it
-// retrieves messages. If the window or an ancestor is disabled, the input is dropped and the result is false. The same
-// happens if the thread is busy. A thread that handles a timer or a character in an edit doesn't count as busy, so fast
-// typing loses nothing. A close is queued even if the thread is busy. If a modal dialog then disables the window, the
-// close stays queued until the window is enabled again. A new size is queued even if the thread is busy or the window
-// is disabled.
+// retrieves messages. The input is dropped and the result is false if the window or an ancestor is disabled, or if the
+// thread is busy. A thread that doesn't wait for messages is busy, unless it handles a timer's message or typing in an
+// edit. So fast typing loses nothing. A close is queued even if the thread is busy. If a modal dialog then disables the
+// window, the close stays queued until the window is enabled again. A new size is queued even if the thread is busy or
+// the window is disabled.
 bool postClick(HWND window, long row = -1);  // a button, an edit; a list box's row (-1: empty space)
 bool postDoubleClick(HWND window, long row);
 bool postKey(HWND window, WORD virtualKey, bool shift = false, bool control = false, bool alt = false);
@@ -136,11 +136,12 @@ bool postResize(HWND topLevel, int width, int height);  // client area, virtual 
 // Functions that answer a message box without a click on one of its buttons.
 bool postRefusal(
     HWND messageBox);  // the answer that changes nothing: Cancel, No, Abort, or OK if it is the only button
-// Answers this question with the button `id`. Later questions of the same kind in the same job get the same answer.
-// Questions of the same kind have the same caption, and the same words before the name of the file or database.
+// Answers this question with the button `id`. If WindowState::jobQuestion is true, later questions of the same kind in
+// the same job get the same answer. Questions of the same kind have the same caption, and the same words before the
+// name of the file or database.
 bool postAnswerToAll(HWND messageBox, int id);
-// Answers like postRefusal, and asks the job to stop. With `closesOwner`, the owner window of the message box is closed
-// after the job.
+// Answers like postRefusal. If WindowState::jobQuestion is true, also asks the job to stop. With `closesOwner`, the
+// owner window of the message box is closed after the job.
 bool postStopJob(HWND messageBox, bool closesOwner);
 
 }  // namespace platform::window

@@ -25,8 +25,9 @@ std::vector<Window*> groupOf(Window& control) REQUIRES(coreMutex);
 // itself gets the focus. If the window is disabled, it becomes active but the focus doesn't move. Does nothing for a
 // window of another thread.
 void activate(HWND topLevel) EXCLUDES(coreMutex);
-// If the focus is in `window`, moves the focus to the next tab stop after `window`, or to no window if there is none.
-// Must be called when `window` is hidden, disabled or destroyed. Does nothing for a window of another thread.
+// If `window` or a descendant has the focus, moves the focus to the next tab stop after `window`. If there is none, or
+// if `window` is a top-level window, no window has the focus afterwards. Must be called when `window` is hidden,
+// disabled or destroyed. Does nothing for a window of another thread.
 void moveFocusOff(HWND window) EXCLUDES(coreMutex);
 
 }  // namespace platform::window

@@ -13,7 +13,8 @@ struct ImageSize {
     int height = 0;
 };
 
-// The result is zero if the handle isn't that of a list. Any thread may call these functions.
+// The result is zero if `list` isn't the handle of such a list. firstBitmapOf also returns 0 for a list without a
+// bitmap. Any thread may call these functions.
 ImageSize imageSizeOf(HIMAGELIST list);
 WORD firstBitmapOf(HIMAGELIST list);
 

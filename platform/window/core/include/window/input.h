@@ -22,7 +22,7 @@ inline constexpr UINT InputResize = 0x10008;   // wParam: width, lParam: height
 inline constexpr UINT InputDate = 0x10009;     // wParam: month and year, lParam: day
 inline constexpr UINT InputFocus = 0x1000A;
 inline constexpr UINT InputAnswer = 0x1000C;  // wParam: id (0: refuse), lParam: AnswerReach
-inline constexpr UINT InputRelist = 0x1000D;  // lists the expanded items of a tree again
+inline constexpr UINT InputRelist = 0x1000D;  // lists the children of a tree's expanded items again
 // This message isn't input. It is sent after the parent's WM_SIZE to a child that follows the size of its parent.
 inline constexpr UINT ParentSized = 0x1000B;
 

@@ -23,7 +23,7 @@ struct StatusState {
     bool deletesStored = false;
     std::u16string newestSet;         // empty: there is none, or the program hasn't reported one yet
     std::uint64_t newestSetTime = 0;  // as a FILETIME
-    std::uint32_t jobs = 0;           // number of jobs that have ended; each may have changed the marks
+    std::uint32_t jobs = 0;           // number of backups and restores that have ended; each may have changed the marks
 
     bool operator==(const StatusState&) const = default;
 };

@@ -27,9 +27,9 @@ struct Creation {
 inline constexpr int ScreenWidth = 640;
 inline constexpr int ScreenHeight = 480;
 
-// Returns null and sets the last error to 1407 if the class doesn't exist. Returns null and sets the last error to 1400
-// if `parent` doesn't exist. With WS_CHILD the same happens if `parent` is being destroyed or belongs to another
-// thread. Also returns null if WM_CREATE returned -1 or if the window was destroyed during this call.
+// Returns null and sets the last error to 1407 if the class doesn't exist, or to 1400 if `parent` is neither null nor
+// the handle of a window. With WS_CHILD the error is also 1400 if `parent` is null, is being destroyed or belongs to
+// another thread. Also returns null if WM_CREATE returned -1 or if the window was destroyed during this call.
 [[nodiscard]] HWND createWindow(Creation creation) EXCLUDES(coreMutex);
 
 // Destroys the windows in Thread::toDestroy. The mutex is unlocked while their procedures run.

@@ -43,8 +43,8 @@ bool postTreeDoubleClick(HWND tree, HTREEITEM item, TreePart part);
 // the program busy before the second input is queued. If the result is false, neither is queued.
 bool postTreeCommand(HWND tree, HTREEITEM item, WORD command);
 bool postTreeKey(HWND tree, HTREEITEM item, WORD virtualKey);
-// Makes the program list the children of all expanded items again. Afterwards each of these expanded items is expanded
-// again if it still exists.
+// Makes the program list the children of the expanded items again, except those below a collapsed item. Afterwards each
+// of these expanded items is expanded again if it still exists and has a button.
 bool postTreeRelist(HWND tree);
 
 }  // namespace platform::window
