@@ -2,14 +2,14 @@
 //
 // - All entries of the list are whole, except perhaps the last one. A cut entry would hide all entries after it from a
 //   reader.
-// - If an entry is whole, all bytes of its stream are in the data file. The bytes are passed to the host before the
-//   entry's end offset. For waiting entries (backup_entry.h) the file layer ensures this order (WriteAfter).
+// - If an entry is whole, the data file has all bytes between the entry's two offsets. The bytes are passed to the host
+//   before the entry's end offset. For waiting entries (backup_entry.h) the file layer ensures this order (WriteAfter).
 // - run.dataBytes is the length of the data file. So the start offset of the next item is correct even after a failure.
-// - A source is deleted only if its entry is whole. After a damaged entry no more sources are deleted
-//   (source_deletion.h).
+// - A source is deleted only if its entry is whole. After an entry that couldn't be written completely, no later source
+//   is deleted (source_deletion.h).
 //
-// If a step of an item fails, run.item notes the failure. The remaining steps are still made, because the log is to
-// have a line for each failed write.
+// If a step of an item fails, run.item notes the failure. The remaining steps are still made, because the log must have
+// a line for each failed write.
 #include "backup_entry.h"
 
 #include "engine/options.h"
@@ -87,13 +87,13 @@ void LoseWaitingEntries(BackupRun& run, DWORD error)
     if (gDigestsBlocks)
         gStoredDigests.resize(gStoredDigests.size() - run.waiting.count);
     run.waiting.count = 0;
-    (void)HandOverFileBuffers(run.listFile);  // empties the buffer, even if it fails, so that the cut writes no bytes
+    (void)HandOverFileBuffers(run.listFile);  // even if this fails, no gathered bytes are left that the cut could write
     (void)CutList(run, run.waiting.start);
 }
 
-// Whether the entry may stay in memory until others are passed to the host too. Only entries of tiny files may. If
-// sources are to be deleted, no entry stays in memory, because a source is deleted only when the list file has its
-// entry.
+// Whether the entry may become a waiting entry (backup_entry.h). Only entries of tiny files may, and only if the file
+// layer passes the data to the host before the entry. If sources are to be deleted, no entry waits, because a source is
+// deleted only when the list file has its entry.
 bool CanWait(const BackupRun& run, BYTE kind)
 {
     return kind == ItemKindFile && run.writesListAfterData && !gOptions.deleteBackedUp &&
@@ -107,10 +107,10 @@ void AddWaitingEntry(BackupRun& run, const BackupEntry& entry)
     CopyText(run.waiting.paths[run.waiting.count++], run.itemName);
 }
 
-// Copies the temporary stream into the data file. dataBytes grows by the number of bytes that WriteFile reports, so
-// that the next item's offset is correct even on a full card. The number of bytes read is compared with the number
-// packed, because a failing disk can end the stream early. A long stream is passed to the host in parts. So the host
-// can read the first parts on an idle processor while the run copies the rest.
+// Copies the temporary stream to the end of the data file. dataBytes grows by the number of bytes that WriteFile
+// reports, so that the next item's offset is correct even on a full card. The number of bytes read is compared with the
+// number packed, because a failing disk can end the stream early. A long stream is passed to the host in parts, so that
+// the host can hash the first parts on another thread while the run copies the rest.
 void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
 {
     ByteCounter counter = StartByteCounter(run.progress, TextBackedUpCountFormat);
@@ -179,8 +179,8 @@ void DeleteTemporaryStream(BackupRun& run)
 
 BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead)
 {
-    // The temporary stream of a killed run can still be locked for a moment. In that case opening it would fail. So the
-    // old file is deleted. The new file isn't locked.
+    // The temporary stream of a killed run can still be locked for a moment, and opening it would fail. So the old file
+    // is deleted, and CompressFile or WriteSmallStream makes a new one.
     if (!run.temporaryIsDeleted)
         DeleteTemporaryStream(run);
     BOOL result = FALSE;
@@ -191,7 +191,7 @@ BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead)
         result = WriteSmallStream(*ahead, run.temporaryPath, run.packed);
     else
         run.packed.error = ahead->error;
-    if (run.packed.made)  // if it wasn't made, a file at this path is another program's
+    if (run.packed.made)  // otherwise a file at this path isn't the run's
         run.temporaryIsDeleted = false;
     if (!run.packed.whole)
         NoteFailure(run.item, run.packed.error);

@@ -1,5 +1,6 @@
 // backup_entry.h - declares the state of a backup run, and the steps that store an item in the set. The item is packed
-// to the temporary stream. Then an entry is written to the list file, and the stream's bytes to the data file.
+// into a temporary file, the temporary stream. Then an entry is written to the list file, and the bytes of the
+// temporary stream are copied to the end of the data file.
 #pragma once
 
 #include "item_outcome.h"
@@ -14,8 +15,8 @@
 #include "ce/window.h"
 
 // Completed entries of tiny files stay in memory as waiting entries, so that several are passed to the host together.
-// If each entry were passed alone, its two writes to the host would take half of the run's time for the file. The
-// following numbers limit how many entries wait, and the size in bytes of the stream of a waiting entry.
+// If each entry were passed alone, the two writes to the host (data and entry) would take half of the run's time for
+// the file. The following numbers limit how many entries wait, and the size in bytes of the stream of a waiting entry.
 inline constexpr DWORD MostWaitingEntries = 16;
 inline constexpr DWORD MostWaitingStreamBytes = 4096;
 
@@ -33,16 +34,16 @@ struct BackupRun {
     BackupLog* log = nullptr;    // null before the set has its number, or if there is no memory for the log
     BOOL ofWholeDevice = FALSE;  // the items were found by a full backup, not marked by the user
     DWORD number = 0;
-    DWORD folderError = ERROR_SUCCESS;  // error of making the folder of the sets
+    DWORD folderError = ERROR_SUCCESS;  // why the folder of the sets couldn't be made; 0 if it exists
     DWORD dataBytes = 0;                // length of the data file so far, which is the start offset of the next item
     WCHAR storageRoot[MAX_PATH] = {};
     WCHAR temporaryPath[MAX_PATH] = {};
     ItemOutcome item;                 // outcome of the current item
-    PackedStream packed = {};         // the current item's stream at temporaryPath
+    PackedStream packed = {};         // outcome of packing the current item into the temporary stream
     bool temporaryIsDeleted = false;  // there is no file at temporaryPath
     WCHAR itemName[MAX_PATH] = {};    // name of the last file or database that was begun; empty before the first
     SourceDeletion deletion = {};
-    bool writesListAfterData = false;  // the file layer passes an entry to the host only after the entry's data
+    bool writesListAfterData = false;  // WriteAfter has succeeded: an entry reaches the host only after its data
     WaitingEntries waiting = {};
 };
 
@@ -54,26 +55,28 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
         run.log->Write(format, arguments...);
 }
 
-// Note the failure of the current item. Both functions are called right after a failed write of an item's entry or
-// data, while GetLastError() is still the error of that write. `context` is the run. LogFailedWrite also writes a line
-// to the log. For a file StoreStream is called with LogFailedWrite, for a database or the registry with
-// NoteFailedWrite.
+// Note the failure of the current item. Call both functions while GetLastError() is the error of a failed write of the
+// item's entry or data. `context` is the run. LogFailedWrite also writes a line to the log. For a file StoreStream is
+// called with LogFailedWrite, for a database or the registry with NoteFailedWrite.
 void NoteFailedWrite(void* context);
 void LogFailedWrite(void* context);
 
-// Begin and end an item. EndItem returns whether the whole item is in the set. If it isn't, although there was
-// something to store, EndItem reports the item.
+// Begin and end an item. EndItem returns whether all steps of the item have succeeded. Otherwise it reports the item as
+// not stored. Two kinds of files aren't reported: files of the run itself, and files that a full backup found and that
+// were deleted before the run read them.
 void BeginItem(BackupRun& run);
 bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name);
 
-// Packs the file at `path` into the temporary stream. Returns the result of CompressFile. A temporary stream that an
-// earlier run or item left is deleted first, so that it is never stored for this item. `ahead` is the result of packing
-// the item in advance (thread_ahead.h). It is null if nothing was packed in advance.
+// Packs the file at `path` into the temporary stream. Returns 1 if the temporary stream was created, the file was read
+// to its end and each block was packed. After such a result the stream can still lack bytes, for example because the
+// card is full. run.item notes this and any other failure. A temporary stream that an earlier run or item left is
+// deleted first, so that it is never stored for this item. `ahead` is the result of packing the item in advance
+// (thread_ahead.h). It is null if nothing was packed in advance.
 BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead = nullptr);
 
-// Opens the temporary stream. Returns INVALID_HANDLE_VALUE if there is no such stream, or if the data file would grow
-// beyond the 32 bits of the offsets. In the second case the call also logs the failure and deletes the stream, and the
-// item gets no entry.
+// Opens the temporary stream for reading. Returns INVALID_HANDLE_VALUE if PackItem created no stream, if the stream
+// can't be opened, or if the data file would grow beyond the 32 bits of the offsets. In each case the item gets no
+// entry. In the last case the call also deletes the stream and writes a line to the log.
 HANDLE OpenTemporaryStream(BackupRun& run);
 void DeleteTemporaryStream(BackupRun& run);
 
@@ -94,7 +97,7 @@ BackupEntry StoreStream(BackupRun& run, BYTE kind, const WCHAR* name, HANDLE str
 void SettleWaitingEntries(BackupRun& run);
 
 // Completes the entry by writing its end offset. The data is passed to the host before the end offset, so that a killed
-// run leaves no entry without its data. An entry that isn't whole is cut off the list, because a reader couldn't find
-// the entries after it. EndEntry may keep the entry of a tiny file and its data in memory. SettleWaitingEntries writes
-// them later, together with those of other tiny files.
+// run leaves no entry without its data. If the entry can't be written or passed to the host completely, it is cut off
+// the end of the list, because a reader couldn't find the entries after it. EndEntry may keep the entry of a tiny file
+// and its data in memory. SettleWaitingEntries writes them later, together with those of other tiny files.
 void EndEntry(BackupRun& run, BackupEntry& entry);

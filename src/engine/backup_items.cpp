@@ -12,7 +12,7 @@
 
 namespace {
 
-// Files. The source itself is packed.
+// Files. The file on the device is packed directly, without an intermediate file.
 
 void StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
 {
@@ -37,8 +37,8 @@ void BackUpFile(BackupRun& run, const WCHAR* name, SmallStream* ahead)
     StepRunProgress(run.progress);
 }
 
-// Takes the stream that the listing has packed for this file, if the file hasn't changed since. Returns whether the
-// stream is taken.
+// If the listing has packed and kept the file's stream, and the file hasn't changed since, sets item.stream to the kept
+// stream and returns true.
 bool UseKeptStream(AheadItem& item)
 {
     const KeptStream& kept = item.offer.kept;
@@ -114,7 +114,8 @@ BOOL MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* path)
 }
 
 // Packs the image of a database and opens the packed stream. If DumpDatabase fails but makes an image, this image is
-// stored too, with the records that could be read. If there is no image, the log gets a second line on the failure.
+// stored too, with the records that could be read. If there is no image or it can't be packed, the log gets a line,
+// even if MakeImage has written the same line before.
 HANDLE PackDatabase(BackupRun& run, const WCHAR* name, const WCHAR* imagePath)
 {
     const BOOL made = MakeImage(run, name, imagePath);
@@ -164,10 +165,10 @@ const WCHAR DumpedRegistryPath[] = u"\\TMVRegFile.QBR";
 // same file.
 const WCHAR* const RegistryName = DumpedRegistryPath + 1;
 
-// Lets the platform write the registry to a file. Returns whether the file may be stored and deleted. The result is
-// true after a call that succeeded. If the call failed, the result depends on whether a file existed at the path before
-// the call. If one existed, the result is false, because a file at the path can be the user's or an old registry. If
-// none existed, the result is true, and the part that the call wrote is stored.
+// Lets the platform write the registry to a file. Returns true if the file may be stored and deleted. This is so after
+// a success. It is also so after a failure if no file existed at the path before the call, because any file there now
+// was made by the call. Returns false after a failure if a file existed, because the file at the path can be the user's
+// or an old registry.
 bool CopyRegistry(BackupRun& run)
 {
     const TemporaryFile file = ExpectTemporaryFile(DumpedRegistryPath);

@@ -3,7 +3,7 @@
 
 #include "backup_entry.h"
 
-// Stores the marked items into the set: first the files and then the databases, in the order of their lists, then the
-// registry. A failed item is reported and written to the log, and the run continues. The files use the progress window
-// of the run. The databases get a new window, which is still open when the call returns.
+// Stores the marked items in the set: first the files and then the databases, in the order of their lists, then the
+// registry. If an item fails, reports it to the host (ce/outcome.h) and continues with the next one. The files use the
+// progress window of the run. The databases get a new window, which is still open when the call returns.
 void BackUpItems(BackupRun& run);

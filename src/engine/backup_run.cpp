@@ -24,8 +24,8 @@ namespace {
 
 constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
 
-// Returns whether the user's short date begins with the day. If so, the date in the comment begins with the day,
-// otherwise with the month.
+// Returns whether the short date format of the locale begins with the day. If so, the date in the comment begins with
+// the day, otherwise with the month.
 bool DayComesFirst()
 {
     WCHAR format[TextChars] = {};
@@ -88,9 +88,9 @@ HANDLE OpenList(const WCHAR* path, DWORD& error)
     return list;
 }
 
-// Creates the list file with the first number for which this is possible. Gives up if the run is to stop. If no list
-// file can be created, reports the first error other than that of an existing file. If there was no other error,
-// reports that all numbers are taken.
+// Creates the list file with the first number that is free or whose set the user agrees to replace. If no list file is
+// created, returns false and reports the first of these reasons that applies: the run is to stop, the folder couldn't
+// be made, a call failed with another error than that of an existing file, or all numbers are taken.
 bool SettleNumber(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -124,7 +124,8 @@ bool ReplaceList(BackupRun& run)
 }
 
 // Creates the log and the data file. Replaces an old data file of this number, even if the list file is new. Deletes
-// the checksums of a replaced set. The new set doesn't match them and would be treated as damaged.
+// the checksums of an old set of this number, because the new set wouldn't match them and would be treated as damaged.
+// If the data file can't be created, reports that there is no set and returns false.
 bool OpenLogAndData(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -189,7 +190,7 @@ void MakeSet(BackupRun& run)
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
-    // If the folder can't be made, the run continues. The run ends if the list file can't be created.
+    // If the folder can't be made, the run ends only if the list file can't be created in it either.
     if (!CreateDirectoryW(folder, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
         run.folderError = GetLastError();
     const bool listed = run.number != 0 ? ReplaceList(run) : SettleNumber(run);
@@ -208,7 +209,7 @@ void MakeSet(BackupRun& run)
 
 }  // namespace
 
-// Cuts the comment if it doesn't fit together with the date.
+// Cuts the user's text if the comment would have more than 259 characters, including the lines before this text.
 void ComposeComment()
 {
     SYSTEMTIME now;

@@ -65,7 +65,7 @@ void DescribeStorage(const WCHAR* storage, WCHAR (&detail)[TextChars])
         FormatFreeSpace(detail, available);
 }
 
-// A comment begins with the line "Backup date:...", then the line "Comments:", then the text of the user.
+// The first line of a comment is "Backup date:..." and the second is "Comments:". The text of the user follows.
 void DescribeSet(const WCHAR* listPath, WCHAR (&detail)[TextChars])
 {
     detail[0] = 0;

@@ -1,5 +1,5 @@
-// choice_list.h - defines the list of choices that ChooseFromList shows to the user. A walk through folders adds the
-// choices one by one.
+// choice_list.h - defines the list of choices that ChooseFromList shows to the user. The choices are added one by one,
+// most of them during a walk (directory_walker.h).
 #pragma once
 
 #include "ce/types.h"

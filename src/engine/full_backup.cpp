@@ -16,7 +16,8 @@
 
 namespace {
 
-// The number of files isn't known in advance. When the bar has reached its end, it starts again.
+// The range and the step of the progress bar during the listing. The number of files isn't known in advance. So when
+// the bar has reached its end, it starts again.
 constexpr DWORD ListingRange = 1500;
 constexpr DWORD ListingStep = 10;
 
@@ -28,7 +29,8 @@ bool IsSealName(const WCHAR* name)
     return whole.size() == 12 && whole.starts_with(u"QLBX") && whole.ends_with(u".SUM");
 }
 
-// Whether the name is that of a file of a set. A full backup leaves out such files in any folder.
+// Whether the name is that of a set's list file, data file or checksum file. The listing leaves out such files in any
+// folder.
 bool IsSetFile(const WCHAR* name)
 {
     const std::size_t characters = wcslen(name);
@@ -71,8 +73,8 @@ bool AddItem(const ItemKind& kind, const WCHAR* name, std::uint64_t bytes)
     return false;
 }
 
-// Reports a file that can't be read. Two kinds of files aren't reported. A file that was deleted after its folder was
-// read isn't part of the backup. A module in ROM can't be read by any program.
+// Reports a file that can't be opened. There are two exceptions: a file that was deleted after its folder was read,
+// because it isn't part of the backup, and a module in ROM, because no program can read it.
 void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
 {
     const bool gone = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
@@ -80,8 +82,8 @@ void ReportUnreadable(const WCHAR* path, DWORD attributes, DWORD error)
         ReportItem(OutcomeNotStored, OutcomeFile, path, error);
 }
 
-// Opens the file, since only this shows whether it can be read. If the file can't be opened, for example because it is
-// in use, `error` is set, and the backup leaves the file out. A tiny file is packed while it is open.
+// Opens the file, since only this shows whether it can be read. If it can't be opened, for example because it is in
+// use, item.error is set, and the backup leaves the file out. A tiny file is packed while it is open.
 void TestReadable(AheadItem& item, SmallStreamMemory& memory)
 {
     if (item.offer.packs) {
@@ -97,7 +99,8 @@ void TestReadable(AheadItem& item, SmallStreamMemory& memory)
         CloseHandle(file);
 }
 
-// Adds the oldest file that was offered and isn't added yet. So the list has the order of the walk.
+// Takes the oldest file from the thread ahead (thread_ahead.h), and adds it to the list if it can be read. So the list
+// has the order of the walk.
 void AddNext(HWND progress)
 {
     AheadItem& next = TakeAhead();
@@ -121,7 +124,7 @@ void OfferFile(const WCHAR* path, DWORD attributes, HWND progress)
                       .packs = gPacksTinyFiles && gWalkedEntry.bytes <= MostKeptSourceBytes && IsRoomForKeptStream()});
 }
 
-// Returns FALSE if the run is to stop. This ends the walk of the folder.
+// Returns FALSE if the job is to stop. This result ends the listing of the folder.
 BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR progress)
 {
     if (JobIsToStop())
@@ -161,8 +164,8 @@ void WalkForItems(const WCHAR* root, WalkCallback add, HWND progress)
 {
     gPathsTooLong = {};
     gPathsTooLong.areItems = TRUE;
-    // Sources that are to be deleted aren't packed here. The run packs them itself, since it needs their stamps from
-    // before the read.
+    // If the sources are to be deleted, the run packs them and not the listing. The run needs stamps of the sources
+    // from before it read them.
     gPacksTinyFiles = !gOnlyLists && !gOptions.deleteBackedUp && CodecWorks();
     StartAhead(TestReadable, IsRoomForSmallStream);
     WalkDirectory(root, nullptr, TRUE, FALSE, add, reinterpret_cast<UINT_PTR>(progress));
@@ -251,8 +254,8 @@ DWORD RunFullBackup()
     RunBackup(BackupListedItems);
     gRegistryMarked = registryMarked;
     ForgetListing();
-    // The message is shown after the run, so that the set is complete while the message is open. It isn't shown if the
-    // user cancelled the run.
+    // The message is shown after the run, so that the set is complete while the message is open. If the run made no
+    // set, the message is shown only if there was nothing to back up.
     if (gLastSetNumber != 0 || nothing)
         ShowPathsTooLong(left);
     return 1;

@@ -14,7 +14,7 @@ void ForEachDatabase(const std::function<void(const WCHAR*)>& visit)
         return;
     while (const CEOID oid = CeFindNextDatabase(enumeration)) {
         CEOIDINFO info = {};
-        // If the call fails, the database was deleted after the enumeration returned it. The names of system databases
+        // The call fails if the database was deleted after the enumeration returned it. The names of system databases
         // begin with a backslash. No backup includes system databases.
         const bool there = CeOidGetInfo(oid, &info) && info.wObjType == OBJTYPE_DATABASE;
         const WCHAR* name = info.infDatabase.szDbaseName;

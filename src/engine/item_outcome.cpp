@@ -23,7 +23,8 @@ TemporaryFile ExpectTemporaryFile(const WCHAR* path)
     return {path, existed};
 }
 
-// A call can fail after it has replaced the file. RegCopyFile then deletes the file.
+// The call that makes the file can fail after it has replaced the user's file. RegCopyFile then deletes its incomplete
+// file, so that nothing is at the path.
 bool IsOwnFile(const TemporaryFile& file, bool made)
 {
     if (file.existed && (made || IsNothingAt(file.path)))

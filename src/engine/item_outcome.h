@@ -40,7 +40,7 @@ struct TemporaryFile {
 
 TemporaryFile ExpectTemporaryFile(const WCHAR* path);
 
-// Call this function after the call that makes the temporary file. `made` is true if that call has created a new file.
-// Returns true if a file at the path belongs to the program, which may use and delete it. If a file of the user was
-// replaced or deleted by that call, reports this.
+// Call this function after the call that makes the temporary file. `made` is true if that call has created the file,
+// even in place of an old one. Returns true if a file at the path belongs to the program, which may use and delete it.
+// If that call has replaced or deleted a file of the user, reports this.
 bool IsOwnFile(const TemporaryFile& file, bool made);

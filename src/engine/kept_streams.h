@@ -13,7 +13,7 @@ inline constexpr std::uint64_t MostKeptSourceBytes = 2048;
 
 struct KeptStream {
     FileStamp source;   // stamp from before the file was read
-    const BYTE* bytes;  // the KeptBytes(count) kept bytes of the stream; null if no stream is kept
+    const BYTE* bytes;  // the KeptBytes(count) bytes that differ from stream to stream; null if no stream is kept
     DWORD count;
     DWORD readBytes;  // bytes that were read from the source
     std::uint64_t digest;

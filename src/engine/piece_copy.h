@@ -18,9 +18,9 @@ inline constexpr DWORD PieceBytes = 260;
 // gathers.
 inline constexpr DWORD PiecesAtOnce = 31;
 
-// Writes `count` bytes. Calls `failed` right after each failed write, and copied(read, written) after each piece. If a
-// write of several pieces fails, only the piece in which the write ended is treated as failed. That piece isn't written
-// again.
+// Writes `count` bytes. Calls `failed` right after each failed write. Calls copied(bytes, written) after each piece,
+// with the size of the piece and the number of its bytes that were written. If a write of several pieces fails, only
+// the piece in which the write ended is treated as failed. That piece isn't written again.
 template <class Failed, class Copied>
 void WritePieces(HANDLE to, const BYTE* bytes, DWORD count, const Failed& failed, const Copied& copied)
 {

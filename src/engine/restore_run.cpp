@@ -46,7 +46,8 @@ constexpr DWORD MostTriedBytes = 16384;
 // What the progress window shows while a stream is copied out.
 enum class Shown { Nothing, Step, StepAndCount };
 
-// One item. Its stream is copied from the data file to the temporary stream. Then the temporary stream is unpacked.
+// One item. Its stream is copied from the data file to a temporary file, the temporary stream. Then the temporary
+// stream is unpacked.
 
 // Restores one item: shows it, calls restore(), and reports the item if it isn't whole.
 template <class Restore>
@@ -108,8 +109,8 @@ bool CopyStreamOut(RestoreRun& run, const EntryBuffer& entry, Shown shown)
     return true;
 }
 
-// Unpacks the temporary stream into a file. Returns whether the file was created. It isn't created if the stream has no
-// magic, or if `keepsOld` is true and a file exists at the path.
+// Unpacks the temporary stream into a file. Returns whether the file was created. For example, it isn't created if the
+// stream has no magic, if the path can't be opened for writing, or if `keepsOld` is true and a file exists at the path.
 bool Unpack(RestoreRun& run, const WCHAR* path, bool keepsOld = false)
 {
     StreamOutcome unpacked;
@@ -190,9 +191,9 @@ void ShowRestored(RestoreRun& run, DWORD bytes)
     }
 }
 
-// Restores a small file that probably doesn't exist on the device yet. The file isn't looked up first, so a call on the
-// host is saved. If the file exists, creating it as a new file fails. Returns false if the file wasn't made. In that
-// case no file has changed, and nothing was shown.
+// Restores a small file that probably doesn't exist on the device yet, since the file that was looked up last didn't
+// exist either. The file isn't looked up first, so a call on the host is saved. If the file exists, creating it as a
+// new file fails. Returns false if the file wasn't made. In that case no file has changed, and nothing was shown.
 bool RestoreIfMissing(RestoreRun& run, const EntryBuffer& entry)
 {
     const DWORD bytes = EntryStreamBytes(entry.bytes);
@@ -273,8 +274,9 @@ void RemoveNewFolders(const WCHAR* path, std::size_t existing)
     }
 }
 
-// Makes the database from its image and deletes the image. It isn't a failure if the user doesn't allow a replacement.
-// The user can also stop the run at that question. In that case the database is reported as not reached.
+// Makes the database from its image and deletes the image. RestoreDatabase asks the user before it replaces a database.
+// If the user refuses, this isn't a failure. If the user stops the run at this question, the database is reported as
+// not reached.
 void MakeDatabase(RestoreRun& run, const WCHAR* imagePath, const WCHAR* name)
 {
     SetLastError(ERROR_SUCCESS);
@@ -326,7 +328,8 @@ void PassRegistryOn(RestoreRun& run)
 }
 
 // Restores the registry if the restore includes it. Afterwards asks the user to restart the device, even if the
-// platform couldn't restore the registry. The report contains such a failure.
+// platform couldn't restore the registry, which is reported as a failure. If copying the stream couldn't begin, doesn't
+// ask.
 void RestoreRegistry(RestoreRun& run)
 {
     if (!gRegistryMarked || StopsBefore(KindOf(ItemKindRegistry), u""))
@@ -389,8 +392,8 @@ void RestoreItems(RestoreRun& run)
     RestoreRegistry(run);
 }
 
-// Lets the user choose a set. The search goes through all folders of the device, and takes each file whose name ends in
-// QLT as the list file of a set.
+// Lets the user choose a set. The search goes through all folders of the device, and takes each file or folder whose
+// name ends in QLT as the list file of a set.
 
 BOOL CollectSetFile(const WCHAR* name, const WCHAR* folder, DWORD /*attributes*/, UINT_PTR context)
 {

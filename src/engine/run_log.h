@@ -18,8 +18,8 @@ public:
     BackupLog& operator=(const BackupLog&) = delete;
     ~BackupLog() = default;
 
-    // Writes one line, which is in the file when the call returns. Returns 0 if the line couldn't be written or passed
-    // to the host. Also returns 0 if the log is off, or if its file couldn't be created.
+    // Writes one line and passes it to the host, so that a killed run doesn't lose it. Returns 0 if the line couldn't
+    // be written or passed to the host, if the log is off, or if its file couldn't be created. Otherwise returns 1.
     template <class... Arguments>
     BOOL Write(const WCHAR* format, const Arguments&... arguments)
     {

@@ -7,12 +7,13 @@
 #include "ce/progress.h"
 #include "ce/window.h"
 
-// Opens a window for `items` items, with text `id` as its title and message. Returns null if there are no items. With
-// more than 1000 items the step of the bar is 0: the bar doesn't move, but message and counter change.
+// Opens a window for `items` items, with text `id` as its title and message. Returns null if there are no items, or if
+// no window could be made. With more than 1000 items the step of the bar is 0: the bar doesn't move, but message and
+// counter change.
 HWND OpenRunProgress(UINT id, DWORD items);
 
-// Reports to the host that the run begins. The report has the number and the total size of the items in the lists, and
-// counts the registry if it is marked.
+// Reports to the host that the run begins. `run` is RunStores or RunRestores (ce/progress.h). The report has the number
+// and the total size of the items in the lists. It counts the registry if it is marked, but without a size.
 void ReportRunBegins(DWORD run, const WCHAR* listPath);
 
 // Closes the window and sets `progress` to null.
@@ -24,7 +25,8 @@ void ShowItem(HWND progress, const ItemKind& kind, const WCHAR* name);
 // Moves the bar by the step of one item.
 void StepRunProgress(HWND progress);
 
-// Shows in the window how many thousands of bytes were copied. Each stream has its own counter.
+// Shows in the window how many thousands of bytes were copied. A new ByteCounter is made for each stream, but the shown
+// number includes the streams that were copied before.
 struct ByteCounter {
     HWND progress;
     const WCHAR* format;

@@ -1,12 +1,13 @@
-// thread_ahead.h - works on the next items on a second thread while the run's thread works on an earlier item.
+// thread_ahead.h - works on the next items on a second thread, the thread ahead, while the run's thread works on an
+// earlier item.
 //
 // The run's thread offers items and takes them back in the same order. Only the run's thread changes the lists, writes
 // the log and the data, and makes the reports. The second thread only opens, reads, packs and closes sources, and tests
 // whether a source has changed. It can be ahead of the run's thread by up to AheadItems - 1 items. How far it is ahead
 // has no effect on what is written to the device.
 //
-// A walk lasts from StartAhead to StopAhead. Only one walk at a time is possible. All calls are made on the run's
-// thread. thread_ahead.cpp explains which data the two threads share.
+// The work on a sequence of items begins with StartAhead and ends with StopAhead. Only one sequence at a time is
+// possible. All calls are made on the run's thread. thread_ahead.cpp explains which data the two threads share.
 #pragma once
 
 #include "kept_streams.h"
@@ -23,7 +24,7 @@ inline DWORD gAheadWakes = AheadItems / 2;
 struct AheadOffer {
     DWORD attributes = 0;  // as the listing found them
     std::uint64_t bytes = 0;
-    bool packs = false;    // for the listing: whether the file is packed
+    bool packs = false;    // for the listing: the file is to be packed
     KeptStream kept = {};  // for the run: the stream that the listing has packed and kept
 };
 
@@ -39,8 +40,9 @@ struct AheadItem {
 // The function that works on an item. Both threads call it, each with its own memory.
 using AheadWork = void (*)(AheadItem& item, SmallStreamMemory& memory);
 
-// Begins a walk with `work`. If `work` is null, nothing is done in advance. `hasRoom` returns whether work on an item
-// may begin in advance. If no thread can be made, the run's thread does all the work.
+// Begins the work on a sequence of items. `work` is called for each item that is begun in advance, and by WorkOnTaken.
+// If `work` is null, nothing is done in advance. `hasRoom` returns whether work on an item may begin in advance. If no
+// thread can be made, the run's thread does all the work.
 void StartAhead(AheadWork work, bool (*hasRoom)());
 
 // Stops the second thread and waits until it has ended. Drops the items that weren't taken.
@@ -52,9 +54,9 @@ bool IsAheadEmpty();
 // Offers the next item. There must be room for it (IsAheadFull).
 void OfferAhead(const WCHAR* path, const AheadOffer& offer);
 
-// Returns the oldest item. If no thread has begun the work on it, `finished` is false and the caller does the work.
-// Otherwise the call waits until the work is finished. While the call waits, it works on items that no thread has
-// begun. The returned item is valid until the next OfferAhead.
+// Returns the oldest item. If no thread has begun the work on it, `finished` is false, and the caller does the work.
+// Otherwise the call waits until the work is finished. Meanwhile it works on items that no thread has begun. The
+// returned item is valid until the next OfferAhead.
 AheadItem& TakeAhead();
 
 // Does the work on an item that TakeAhead has returned unfinished.

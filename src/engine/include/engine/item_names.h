@@ -6,6 +6,7 @@
 
 #include <functional>
 
-// Calls visit(name) for each item of this kind, in the device's order. Does nothing for files and the registry. The
-// name is valid only during the call. For an item that no backup includes, the name is null.
+// Calls visit(name) for each item of the kind (ItemKindDatabase and so on, set/item_kinds.h), in the device's order.
+// Does nothing for files and the registry. The name is valid only during the call. For an item that no backup includes,
+// such as a database of the system, the name is null.
 void ForEachName(BYTE kind, const std::function<void(const WCHAR* name)>& visit);

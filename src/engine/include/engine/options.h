@@ -1,6 +1,6 @@
-// options.h - declares the settings of the program (docs/format.md, "Options"). The runs and the tree read the
-// settings, and the dialogs change them. The shell loads them at the start and saves them at the end
-// (options_store.cpp).
+// options.h - declares the settings of the program (docs/format.md, "Options"). Backups, restores and the tree read the
+// settings. The dialogs and the commands change them. The window loads them at the start and saves them at the end
+// (shell/options_store.cpp).
 #pragma once
 
 #include "ce/text.h"
@@ -8,19 +8,20 @@
 
 inline constexpr DWORD ExtensionsChars = 260;
 
-// What a restore does with a file that exists. The values are the ids of radio buttons of the options dialog.
+// What a restore does with a file that exists on the device. The values are the ids of radio buttons of the options
+// dialog.
 inline constexpr WORD RestoreModeReplace = 1023;
 inline constexpr WORD RestoreModeSkip = 1024;
 inline constexpr WORD RestoreModeAsk = 1025;
 
-// The registry stores this structure unchanged. So its layout is a format: little-endian, 568 bytes.
+// The registry stores the bytes of this structure: 568 bytes, little-endian. So the layout must not change.
 struct Options {
     WORD restoreMode;
     WORD reserved1;
     DWORD deleteBackedUp;
     DWORD verifyBackup;  // stored and shown, but without effect
     DWORD generateLog;
-    WCHAR extensions[ExtensionsChars];  // texts of at most 3 characters with their NULs, then an empty text
+    WCHAR extensions[ExtensionsChars];  // texts with NULs, then an empty text; the dialog allows 3 characters each
     FILETIME newerThan;                 // 0: never set
     DWORD newerThanOn;
     DWORD extensionFilterOn;

@@ -8,7 +8,8 @@
 
 #include "ce/window.h"
 
-// The program's instance. Set just before the main window is made (main_window.cpp).
+// The program's instance. Set before the main window is made (main_window.cpp), or at the beginning of a command
+// (begin_command.cpp).
 extern HINSTANCE gInstance;
 
 // The values of `kind` of ShowBackupDialog.
@@ -28,17 +29,18 @@ INT_PTR ShowRestoreDialog(WORD mode, const WCHAR* listPath);
 // Writes a text that describes a choice into `detail`. The text can be empty.
 using DescribeChoice = void (*)(const WCHAR* choice, WCHAR (&detail)[TextChars]);
 
-// Lets the user choose from a double-NUL list. `describe` writes the text that is shown beside a choice. After a
-// choice, returns 1 and writes the chosen text into `result`. `result` has room for 260 characters, and a longer text
-// is cut. If the dialog was left without a choice, returns 0 and leaves `result` unchanged. Defined in
-// chooser_dialog.cpp.
+// Lets the user choose from a double-NUL list: texts with their NULs, then an empty text. `describe` writes the text
+// that is shown beside a choice. After a choice, returns 1 and writes the chosen text into `result`. `result` has room
+// for 260 characters, and a longer text is cut. If the dialog was left without a choice, returns 0 and leaves `result`
+// unchanged. Defined in chooser_dialog.cpp.
 INT_PTR ChooseFromList(HWND owner, const WCHAR* prompt, const WCHAR* choices, WCHAR* result, DescribeChoice describe);
 
 // The calls for a progress window, which has a thread of its own. Defined in progress_window.cpp. ProgressOpen returns
-// when the window shows its texts. It returns null if no window could be made. The other calls do nothing if `progress`
-// is null, so a run needs no window. ProgressStep, ProgressSetMessage and ProgressSetCount return when the window shows
-// the value. ProgressAnimate and ProgressClose return at once. After ProgressAnimate the bar runs to its end, and then
-// the window closes. The handle is invalid after ProgressClose.
+// when the window shows its texts. It returns null if no window could be made. The bar of the window runs from 0 to
+// `range`, and ProgressStep moves it by `step`. The calls after ProgressOpen do nothing if `progress` is null, so a run
+// needs no window. ProgressStep, ProgressSetMessage and ProgressSetCount return when the window shows the change.
+// ProgressAnimate and ProgressClose return at once. After ProgressAnimate the bar runs to its end, and then the window
+// closes. The handle is invalid after ProgressClose.
 HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step);
 DWORD ProgressStep(HWND progress, DWORD unused);
 DWORD ProgressSetMessage(HWND progress, const WCHAR* text);

@@ -7,14 +7,14 @@
 inline constexpr DWORD FirstSetNumber = 1;
 inline constexpr DWORD LastSetNumber = 99;
 
-// SetPathsFit returns whether the paths of a set on this storage are short enough. `root` is the storage's path without
-// a trailing backslash, or empty for the main device.
+// `root` is the path of the storage without a trailing backslash, or empty for the main device. SetPathsFit returns
+// whether the path of each file of a set on this storage has at most 259 characters.
 bool SetPathsFit(const WCHAR* root);
 void FormatSetFolder(WCHAR (&path)[MAX_PATH], const WCHAR* root);
 void FormatListPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatDataPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
-// The path of the checksums that `quillbox-set seal` wrote for a set.
+// The path of the file with the checksums of a set (docs/archive.md).
 void FormatSumsPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
 void FormatLogPath(WCHAR (&path)[MAX_PATH], const WCHAR* root, DWORD number);
-// The path of the temporary stream.
+// The path of the temporary stream (backup_entry.h).
 void FormatTemporaryPath(WCHAR (&path)[MAX_PATH], const WCHAR* root);

@@ -6,6 +6,6 @@
 
 #include <vector>
 
-// The digests of the contents of the set's entries, in the order of the entries (set/compressed_stream.h). A run fills
-// the vector if gDigestsBlocks is true.
+// One digest for each entry of the new set, in the order of the entries. The digest is that of the item's unpacked
+// bytes (DigestWith in set/compressed_stream.h). A backup fills the vector if gDigestsBlocks is true.
 inline std::vector<std::uint64_t> gStoredDigests;
