@@ -9,8 +9,8 @@ static_assert(sizeof(PackingMemory) == LZO1X_1_MEM_COMPRESS);
 
 namespace {
 
-// A position in the instructions of a packed block (docs/format.md, "LZO1X"). The functions below evaluate only the
-// literals, the raw bytes that the block contains unchanged.
+// A position in the instructions of a packed block (docs/format.md, "LZO1X"). The functions below only count the
+// literals, which are the raw bytes that the block contains unchanged.
 struct Instructions {
     const BYTE* next;
     const BYTE* end;
@@ -35,7 +35,7 @@ DWORD TakeLongLength(Instructions& block, DWORD base)
     return base + Take(block);
 }
 
-// Takes two bytes as one number. The two low bits of this number are the number of literals after a match.
+// Takes two bytes as a little-endian number. Its two low bits are the number of literals after the instruction.
 DWORD TakeWord(Instructions& block)
 {
     const DWORD low = Take(block);
@@ -58,7 +58,7 @@ DWORD TakeInstruction(Instructions& block)
     return TakeWord(block) & 3;
 }
 
-// Skips the literals of a run. Returns false at the end of the block.
+// Skips a literal run (block_codec.h). Returns false if the block ends with this run.
 bool SkipRun(Instructions& block, DWORD literals)
 {
     block.state = std::min(literals, ManyLiterals);
@@ -74,7 +74,7 @@ bool CodecWorks()
     return works;
 }
 
-// This function doesn't use the library's CRC-32, because computing that CRC takes longer than packing the block.
+// This function doesn't use the LZO library's CRC-32, because computing that CRC takes longer than packing the block.
 std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes)
 {
     return std::hash<std::string_view>()({reinterpret_cast<const char*>(raw), rawBytes});

@@ -34,7 +34,8 @@ PipelinedBlock& BlockAt(DWORD index)
     return gBlocks[(gOldest + index) % PipelinedBlocks];
 }
 
-// Packs or unpacks the block if it is Offered. Returns false if it isn't, or if the other thread has begun it first.
+// Packs or unpacks the block if it is Offered. Returns false if it isn't, for example because the other thread has
+// begun to work on it.
 bool WorkOn(PipelinedBlock& block, PackingMemory& memory)
 {
     BlockState expected = BlockState::Offered;
@@ -57,9 +58,9 @@ bool WorkOnOffered()
     return worked;
 }
 
-// Makes the block Offered and usually wakes the second thread. There are two cases in which it doesn't wake the second
-// thread. If this block is the only one in the pipeline, the run's thread finishes it before the second thread could
-// begin. If `takesTime` is false, the work on the block takes less time than waking the second thread.
+// Makes the block Offered. Wakes the second thread if it runs, except in two cases. If this block is the only one in
+// the pipeline, the run's thread next either works on the block itself or offers another one. That next call of Offer
+// can wake the second thread. If `takesTime` is false, the work on the block takes less time than waking the thread.
 void Offer(PipelinedBlock& block, bool takesTime)
 {
     block.state = BlockState::Offered;

@@ -7,8 +7,8 @@
 
 namespace {
 
-// Notes the error. After a failed read the rest of the file can't be read in order any more, so only the bytes in the
-// buffer are left.
+// Sets readError. Only the bytes in the buffer can still be taken, because the file's length or its current position is
+// unknown after the failure.
 void Fail(BufferedReader& reader, DWORD error)
 {
     reader.readError = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;

@@ -54,7 +54,7 @@ struct SourceReader {
     bool atEnd;    // the last read reached the end; its block closes the stream and usually has no raw bytes
     bool failed;
     std::uint64_t bytes;   // read so far
-    std::uint64_t digest;  // of the blocks that are packed
+    std::uint64_t digest;  // DigestWith of the blocks that were packed so far
 };
 
 // Reads the next block and offers it to the pipeline. If the read fails, returns false and offers no block.
@@ -72,8 +72,8 @@ bool OfferNextBlock(SourceReader& source)
     return !source.failed;
 }
 
-// Keeps the pipeline full while there is something to read, and writes the blocks in their order. After a failed read
-// the blocks that were read earlier are still written.
+// Keeps the pipeline full while there is something to read, and writes the blocks in their order. Returns FALSE if a
+// read fails or a block can't be packed. After a failed read the blocks that were read before it are still written.
 BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
 {
     DWORD offered = 0;
@@ -110,9 +110,9 @@ BOOL PackAll(SourceReader& source, StreamWriter& writer)
     return result;
 }
 
-// Notes a failure if fewer bytes were read than the source had before the first read. A read of 0 bytes is treated as
-// the end of the source, but a failing disk can return 0 bytes earlier. If more bytes were read, the source has grown
-// meanwhile. This isn't a failure.
+// Stores an error if fewer bytes were read than the source had before the first read. A read of 0 bytes is treated as
+// the end of the source, but a failing disk can return 0 bytes before the end. If more bytes were read, the source has
+// grown during the reading, which isn't a failure.
 void CheckLength(const SourceReader& source, PackedStream& packed)
 {
     if (source.bytes < packed.source.length)
@@ -165,10 +165,10 @@ HANDLE OpenTargetWithFolders(const WCHAR* path, bool keepsOld)
     return OpenTarget(path, creation);
 }
 
-// Receives the unpacked blocks of a stream, in their order.
+// The state while the unpacked blocks of a stream are written in their order.
 struct BlockSink {
     Target target;
-    bool closed;    // the last block had no raw bytes
+    bool closed;    // the block that was written last had no raw bytes
     bool overlong;  // a block followed the closing block
 };
 
@@ -183,7 +183,7 @@ void TakeUnpacked(BlockSink& sink, const PipelinedBlock& block)
 
 // Reads the next block and offers it to the pipeline. Returns false if there is no block to offer. In that case
 // `readable` becomes true at the end of the stream, and false if the stream is damaged or a block can't be read. If the
-// read of a block's length fails, the outcome notes the failure, but `readable` becomes true as at the end.
+// read of a block's length fails, the outcome gets the error, but `readable` becomes true as at the end.
 bool OfferNextPackedBlock(StreamReader& reader, StreamOutcome& outcome, bool& readable)
 {
     PipelinedBlock& block = TakeBlock();
@@ -200,8 +200,9 @@ bool OfferNextPackedBlock(StreamReader& reader, StreamOutcome& outcome, bool& re
     return true;
 }
 
-// The stream ends where the file ends. The closing block is unpacked like any other block. A last block that is shorter
-// than its length field says is unpacked too. If that succeeds, the result is TRUE, but the outcome isn't whole.
+// The stream ends where the file ends. The closing block is unpacked like any other block. If the file ends inside the
+// last block, the bytes that it has of this block are unpacked too. If that succeeds, the result is TRUE, but the
+// outcome isn't whole.
 BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
 {
     bool more = true;

@@ -100,8 +100,8 @@ void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
     PutValue(writer, property.wFlags);
 }
 
-// Writes the current record. If it can't be read, returns false and writes an empty record instead, because the image
-// needs as many records as its header says.
+// Writes the current record. If it can't be read, returns false and writes a record without properties in its place,
+// because the image needs as many records as its header says.
 bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
 {
     // The buffer is small at first. If a record is large, CeReadRecordProps replaces the buffer by a larger one.
@@ -121,8 +121,8 @@ bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
     return read;
 }
 
-// Writes the records from the last to the first, exactly `expected` of them. Returns false if the database has more or
-// fewer records, or if a record can't be read.
+// Writes exactly `expected` records, beginning with the last record of the database. Writes records without properties
+// in place of missing ones. Returns false if the database has more or fewer records, or if a record can't be read.
 bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
 {
     bool complete = true;

@@ -1,5 +1,5 @@
-// A restore first determines which databases it replaces. Then it reads the image and writes its records into the
-// store.
+// A restore first determines which databases it replaces. Then it reads the records of the image and writes them into
+// the store.
 //
 // If a restore replaces databases, it deletes them and writes all records of the new database in one change of the
 // store. If a record can't be restored, this change is undone. If a restore replaces no database, nothing is undone,
@@ -58,8 +58,9 @@ bool MayReplace(const WCHAR* name)
     return may;
 }
 
-// If a database of this name exists and the user hasn't been asked about it yet, asks whether it may be replaced.
-// Returns RestoreDone if it may be replaced or doesn't exist.
+// If a database of this name exists and isn't in `replaced`, asks the user whether it may be replaced. Returns
+// RestoreDone if it may be replaced or doesn't exist, RestoreDeclined if it may not be replaced, and RestoreFailed if
+// the store can't open it.
 RestoreResult AskToReplace(ReplacedDatabases& replaced, const WCHAR* name)
 {
     const CEOID oid = FindDatabase(name);

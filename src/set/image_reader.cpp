@@ -19,7 +19,7 @@ bool HasSize(CEPROPID property)
     return IsText(property) || LOWORD(property) == CEVT_BLOB;
 }
 
-// Returns the size of a value if its type determines the size. Otherwise returns 0.
+// Returns the size of a value in bytes if its type determines the size. Otherwise returns 0.
 DWORD FixedBytes(CEPROPID property)
 {
     switch (LOWORD(property)) {
@@ -43,8 +43,8 @@ BOOL Fail(ImageReader& reader, DWORD error)
     return FALSE;
 }
 
-// Notes the error and makes the reader treat the image as ended. Called if a value can't be read to its end, because
-// then the reader can't find the next value.
+// Sets reader.error, if it isn't set yet, and makes the reader treat the image as ended. Called if a value can't be
+// read to its end, because the position of the next value is unknown in that case.
 BOOL End(ImageReader& reader)
 {
     reader.next = reader.filled;

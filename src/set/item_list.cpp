@@ -1,7 +1,7 @@
 // The list is doubly linked and ends with a sentinel, an empty node that the next Add fills. While the user marks a
 // folder, each file is searched for in the list before it is added. An index makes these searches fast. The first
 // search makes the index, and from then on Add and Remove update it. If there is no memory for the index, a search
-// walks the list.
+// compares the nodes one after the other.
 #include "set/item_list.h"
 
 #include <algorithm>
@@ -59,7 +59,7 @@ struct ItemList::Index {
 
     struct Position {
         std::vector<Block>::iterator block;
-        Block::iterator node;  // valid if there is a block
+        Block::iterator node;  // valid if `block` isn't the end of `blocks`
     };
 
     std::vector<Block> blocks;  // none of them empty
@@ -214,8 +214,7 @@ BOOL ItemList::DeliverCursor(void* buffer, DWORD* length) const
     return TRUE;
 }
 
-// Returns the index, and makes it first if it doesn't exist yet. Returns null if there is no memory for it. In that
-// case a search walks the list.
+// Returns the index, and makes it first if it doesn't exist. Returns null if there is no memory for it.
 ItemList::Index* ItemList::GetIndex()
 {
     if (index)
@@ -242,7 +241,8 @@ void ItemList::PutIntoIndex(ItemNode* added)
     }
 }
 
-// Finds the node that equals the key and removes it from the index. Returns null if there is none.
+// Returns the first node whose blob equals the key, and removes it from the index but not from the list. Returns null
+// if no blob equals the key.
 ItemNode* ItemList::TakeFirstEqual(const void* key, DWORD bytes)
 {
     const Key wanted = {static_cast<const BYTE*>(key), bytes};

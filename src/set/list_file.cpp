@@ -43,7 +43,7 @@ void WriteField(EntryWriter& writer, const void* bytes, DWORD count)
 struct ListLoad {
     EntryFilter keep;
     void* context;
-    bool lacksEntries;  // entries are missing because the list is damaged
+    bool lacksEntries;  // an entry was left out because of damage, or its name ends early, or its kind may be wrong
     bool hasRegistry;   // gRegistryEntry was set by an entry with a stream
 };
 
@@ -59,9 +59,9 @@ void AddToList(const ItemKind& kind, const ListEntry& entry)
         ReportItem(OutcomeNotRestored, kind.reportedAs, entry.blob.name, ERROR_NOT_ENOUGH_MEMORY);
 }
 
-// If the list has several registry entries, the last one is used. But an entry without a stream doesn't replace an
-// entry with a stream. An entry without a stream comes from zero bytes or from a cut entry at the end of a damaged
-// list.
+// An entry of an unknown kind counts as a registry entry. If the list has several registry entries, the last one is
+// used. But an entry without a stream doesn't replace an entry with a stream. In a damaged list, bytes that are all
+// zero and a cut entry at the end look like an entry without a stream.
 void TakeRegistry(ListLoad& load, const ListEntry& entry)
 {
     const bool namesStream = entry.endOffset > entry.startOffset;

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The size of the fields for kind and flag. If the file ends right after these fields, they aren't an entry.
+// The size in bytes of the fields for kind and flag. If the file ends right after these fields, they aren't an entry.
 constexpr DWORD KindBytes = 2;
 
 // Returns the faults of a text that has `length` characters in the file. The buffer `text` has room for `room`
@@ -23,8 +23,8 @@ DWORD FaultsOfText(const WCHAR* text, DWORD characters, DWORD length, DWORD room
     return end + 1 == text + length ? 0 : DWORD{TextEndsEarly};
 }
 
-// Reads a text of `length` characters with its NUL. Skips the characters that don't fit into `room`. Always terminates
-// the text. Returns ListFault bits.
+// Reads a text that has `length` characters in the file, including its NUL. Stores at most `room` of them and skips the
+// others. Always terminates the text. Returns ListFault bits.
 DWORD TakeText(ListReader& reader, DWORD length, WCHAR* text, DWORD room)
 {
     const DWORD kept = std::min(length, room);
@@ -57,7 +57,7 @@ DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars])
     const DWORD faults = TakeText(reader, length, comment, CommentChars);
     const std::size_t characters = wcslen(comment);
     if (length >= CommentChars && characters == CommentChars - 1 && IsHighSurrogate(comment[characters - 1]))
-        comment[characters - 1] = 0;  // don't keep half of a surrogate pair
+        comment[characters - 1] = 0;  // the first half of a surrogate pair whose second half was cut
     return faults;
 }
 

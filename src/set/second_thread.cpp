@@ -1,6 +1,6 @@
 // The second thread reads `calls` before it looks for work. WakeSecondThread changes `calls` after the run's thread has
 // made work available. So if the second thread hasn't found the new work, `calls` has changed since the second thread
-// read it. Its wait for a change of `calls` then returns at once.
+// read it. In that case thread.calls.wait() returns at once.
 #include "set/second_thread.h"
 
 #include "ce/handle.h"

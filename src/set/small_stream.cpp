@@ -72,7 +72,8 @@ bool Keep(SmallStream& stream, const BYTE* bytes, DWORD count)
     return true;
 }
 
-// Reads the whole file. Returns false if it isn't shorter than a block, or if its length changes during the read.
+// Reads the whole file. Returns false if the file isn't shorter than a block, changes its length during the read, or
+// can't be read.
 bool ReadWhole(HANDLE file, BYTE* raw, DWORD& bytes)
 {
     LONG high = 0;

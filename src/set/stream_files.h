@@ -1,4 +1,5 @@
-// stream_files.h - opens, writes and closes the files of packing and unpacking, and notes the outcome of these calls.
+// stream_files.h - opens the source and the target of packing and unpacking, and writes and closes the target.
+// NoteFailure stores the first error in a StreamOutcome.
 #pragma once
 
 #include "set/stream_outcome.h"
@@ -16,7 +17,7 @@ inline HANDLE OpenTarget(const WCHAR* path, DWORD creation = CREATE_ALWAYS)
     return CreateFileW(path, GENERIC_WRITE, 0, nullptr, creation, 0, nullptr);
 }
 
-// Notes the error of a call that has just failed. If the outcome already has an error, it stays unchanged.
+// Stores the last error in the outcome, unless the outcome already has an error. If the last error is 0, stores 31.
 inline void NoteFailure(StreamOutcome& outcome)
 {
     const DWORD error = GetLastError();
@@ -33,7 +34,7 @@ inline void NoteFailure(StreamOutcome& outcome, DWORD error)
 struct Target {
     HANDLE file;
     StreamOutcome& outcome;
-    bool cut;             // a write failed; nothing more is written, since a gap in the middle could go unnoticed
+    bool cut;             // a call failed; no write follows it, since a gap in the middle could go unnoticed
     std::uint64_t bytes;  // written so far
 };
 

@@ -25,15 +25,16 @@ struct PackingMemory {
 // Returns a hash of all raw bytes of a block. Compare it only with hashes that this process computed.
 std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes);
 
-// Whether the digest of each packed or unpacked block is computed. The variable is changed only while no second thread
-// runs.
+// Whether the digest of each packed or unpacked block is computed. The variable is changed only while no other thread
+// packs or unpacks blocks.
 inline bool gDigestsBlocks;
 
 // Returns whether the library can be used on this machine. Callers check this once before they pack or unpack the
 // blocks of a file.
 bool CodecWorks();
 
-// Packs up to RawBlockBytes of `raw` into `packed`, which has room for PackedBlockBytes.
+// Packs up to RawBlockBytes of `raw` into `packed`, which has room for PackedBlockBytes. Returns false if the library
+// fails.
 bool PackBlock(const BYTE* raw, DWORD rawBytes, BYTE* packed, DWORD& packedBytes, PackingMemory& memory);
 
 // Unpacks into `raw`, which has room for RawBlockBytes. Returns false if `packed` isn't a valid block or has more raw

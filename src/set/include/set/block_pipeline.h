@@ -1,5 +1,5 @@
-// block_pipeline.h - packs and unpacks the blocks of one stream on the run's thread. During a run and the verification
-// after it, a second thread helps.
+// block_pipeline.h - packs and unpacks the blocks of one stream on the run's thread, which is the thread that executes
+// a backup or a restore. During a run and the verification after it, a second thread helps.
 //
 // Only the run's thread reads and writes files, in the same order as without a second thread. The second thread only
 // packs and unpacks blocks. The run's thread takes a block, reads into it and offers it. Up to PipelinedBlocks blocks
@@ -41,7 +41,7 @@ PipelinedBlock& TakeBlock();
 void OfferToPack(PipelinedBlock& block, DWORD rawBytes);
 void OfferToUnpack(PipelinedBlock& block, DWORD packedBytes);
 
-// Waits until the oldest offered block is finished, and returns it. Its bytes are valid until the next TakeBlock.
+// Returns the oldest offered block after it is packed or unpacked. Its bytes are valid until the next TakeBlock.
 const PipelinedBlock& FinishBlock();
 
 // Drops all blocks that TakeBlock has returned and FinishBlock hasn't returned.

@@ -11,7 +11,8 @@
 #include "ce/file_stamp.h"
 #include "ce/types.h"
 
-// Adds the digest of the next block to the digest of a stream. The result depends on the order of the blocks.
+// Combines the digest of the previous blocks of a stream with the digest of the next block. Returns the digest of all
+// these blocks. The result depends on their order.
 inline std::uint64_t DigestWith(std::uint64_t digest, std::uint64_t blockDigest)
 {
     constexpr std::uint64_t OddFactor = 0x9E3779B97F4A7C15;
@@ -26,21 +27,24 @@ struct PackedStream : StreamOutcome {
     FileStamp source;         // stamp of the source before the first read
 };
 
-// Packs `source` into the new file `target`. If a file exists at the path of the target, it is replaced. If it can't be
-// replaced, it stays unchanged.
+// Packs `source` into the new file `target`. A file at the path of the target is replaced. If it can't be replaced, it
+// stays unchanged.
 // 1: The source was read to its end. The stream can still lack bytes, because the card is full or because a failing
 //    disk ended the source early. `packed->whole` is 0 in these cases.
-// 0: The source wasn't read to its end. If the source or the target couldn't be opened, nothing is written. After a
-//    later failure the target has the blocks before the failure.
+// 0: The library can't be used (CodecWorks), a file couldn't be opened, the source couldn't be read to its end, or a
+//    block couldn't be packed. In the first two cases nothing is written. Otherwise the target has the blocks before
+//    the failure.
 // `packed` may be null.
 BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* packed = nullptr);
 
 // Unpacks the stream `source` into the new file `target` and makes the missing folders of the target's path. If a file
-// exists at the path of the target, it is replaced. But if `keepsOld` is true, it stays unchanged, and the call fails
-// with error 80.
-// 1: The stream was read to its end and each block was unpacked. The target can still lack bytes, and the closing block
-//    of the stream can be missing. `unpacked->whole` is 0 in these cases.
-// 0: The call failed earlier. If the source isn't a stream, the target is unchanged. After a later fault the target has
-//    the blocks before the fault.
+// exists at the path of the target, `keepsOld` decides. If it is false, the file is replaced. If it is true, the file
+// stays unchanged, and the call fails with error 80.
+// 1: The stream was read to its end and each block was unpacked. A failed read of a block's length counts as the end.
+//    The target can still lack bytes, and the closing block can be missing or not be the last one. `unpacked->whole` is
+//    0 in these cases.
+// 0: The library can't be used (CodecWorks), a file couldn't be opened, the source isn't a stream, or a block couldn't
+//    be read or unpacked. In the first three cases the target is unchanged. Otherwise it has the blocks before the
+//    failure.
 // `unpacked` may be null.
 BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* unpacked = nullptr, bool keepsOld = false);

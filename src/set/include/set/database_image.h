@@ -7,17 +7,18 @@
 #include "ce/types.h"
 
 // Writes the image of database "Name" into the file "Name.CDB" in the root of the device. An old file is replaced.
-// 1: All records were read, or the image file couldn't be created. If the image file couldn't be written completely,
-//    it is deleted. Then it can't be packed, so no incomplete image is stored in the set.
-// 0: The database can't be opened, a record can't be read, or the database has more or fewer records than its
-//    description says. The image has an empty record in place of one that can't be read. The store reports each of
-//    these failures to the host.
+// 1: All records were read, or the image file couldn't be created. An image file that couldn't be written completely is
+//    deleted, so that no incomplete image is stored in the set.
+// 0: The database or its description can't be read, a record can't be read, or the database has more or fewer records
+//    than its description says. The image has a record without properties in place of each record that is missing or
+//    can't be read. If a call of the store fails because of the disk, damaged data or a lack of memory, the store
+//    reports the failure to the host.
 // If `made` isn't null, it receives whether a new file was created. If none was created, a file that exists at the path
 // is the user's.
 BOOL DumpDatabase(const WCHAR* name, BOOL* made = nullptr);
 
 enum RestoreResult {
-    RestoreFailed = 0,    // the database lacks a part of the image; GetLastError() is the reason
+    RestoreFailed = 0,    // not everything could be restored; GetLastError() is the reason
     RestoreDone = 1,      // all records are in the database and on the disk
     RestoreDeclined = 2,  // the user didn't allow a replacement; nothing was changed
 };
@@ -27,8 +28,9 @@ enum RestoreResult {
 //
 // The restore can replace two databases. One has the name from the path: "sub\Name" for "\sub\Name.CDB". The other has
 // the name in the image, if the two names differ. The user is asked before a database is replaced. The replacement is
-// one change of the store. So the old databases are still whole after RestoreFailed, or if the process is killed. If no
-// database is to be replaced, the new database has all records that could be restored, even after RestoreFailed.
+// one change of the store. So the old databases are still whole after RestoreFailed, or if the process is killed before
+// the end. If no database is to be replaced, RestoreFailed can leave a new database with the records that could be
+// restored.
 //
 // Errors: 38 if the image ends too early, 31 if the image or the store is damaged, 87 if no database can have the name,
 // 112 if the disk has no room, 8 if there is no memory, and the errors of the file calls.

@@ -13,7 +13,8 @@
 // The largest number of sort orders in an image. An image with more is refused. No device makes an image with more than
 // 4.
 inline constexpr DWORD ImageSortOrders = 90;
-// A record with more properties than this number is read into allocated memory instead of the stack.
+// The properties of a record are read into an array on the stack if there are at most this many, otherwise into
+// allocated memory.
 inline constexpr DWORD ImageProperties = 255;
 
 struct ImageReader : BufferedReader {
@@ -32,15 +33,15 @@ struct ImageHeader {
 // Prepares to read the image in `file` from its start. The file must be open for reading.
 void StartImageReader(ImageReader& reader, HANDLE file);
 
-// Reads the fields before the first record. Returns 0 with error 38 if the file ends within them. Returns 0 with error
-// 31 if the name isn't valid, or if there are more than ImageSortOrders sort orders. A name isn't valid if it is empty,
-// has more than 260 characters or an odd number of bytes, or doesn't end in a NUL. After a result of 0 no record can be
-// read.
+// Reads the fields before the first record. Returns 0 with error 38 if the file ends within them, and with the error of
+// the read if the file can't be read. Returns 0 with error 31 if the name isn't valid, or if there are more than
+// ImageSortOrders sort orders. A name isn't valid if it is empty, has more than 260 characters with its NUL or an odd
+// number of bytes, or doesn't end in a NUL. After a result of 0 the position of the first record is unknown.
 BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header);
 
 // Reads the number of properties, with which each record begins. This call, ReadProperty and SkipProperty return 0 with
-// error 38 if the file ends too early, and with the error of the read if the file can't be read. After that all three
-// calls return 0.
+// error 38 if the file ends too early, and with the error of the read if the file can't be read. After these two errors
+// all three calls return 0.
 BOOL ReadPropertyCount(ImageReader& reader, WORD& count);
 
 // ReadProperty reads the next property. It allocates a text or blob by LocalAlloc, and FreeProperty frees that memory.

@@ -102,7 +102,7 @@ inline constexpr const ItemKind& KindOf(BYTE number)
     return KindOf(ItemKindRegistry);
 }
 
-// Returns the number of entries; 0 for a list that couldn't be made.
+// Returns the number of entries, or 0 if `list` is null.
 inline DWORD CountOf(const ItemList* list)
 {
     return list ? list->Count() : 0;

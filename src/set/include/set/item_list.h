@@ -32,12 +32,13 @@ public:
     // is no memory. In that case the list is unchanged.
     BOOL Add(const void* blob, DWORD bytes, std::uint64_t contentBytes = 0);
 
-    // Returns 1 if a blob begins with the bytes of the key. A key that includes the NUL of a name matches only that
-    // name. A key without the NUL matches all names that begin with it. A key of 0 bytes matches any blob.
+    // Returns 1 if a blob begins with the bytes of the key. If the key is a name with its NUL, it matches only that
+    // name. If the key is a name without its NUL, it matches all names that begin with it. A key of 0 bytes matches any
+    // blob.
     BOOL Contains(const void* key, DWORD bytes);
 
-    // Removes the blob that equals the key. If several are equal, removes the one that was added first. Returns 0 if no
-    // blob equals the key.
+    // Removes the blob that equals the key. If several blobs equal it, removes the one that was added first. Returns 0
+    // if no blob equals the key.
     BOOL Remove(const void* key, DWORD bytes);
 
     [[nodiscard]] BOOL IsEmpty() const;

@@ -1,7 +1,7 @@
 // list_reader.h - reads a list file entry by entry, whole or damaged (docs/format.md, "List file").
 //
 // The memory that the reader uses doesn't grow with the file. If a text is longer than its buffer, the reader skips the
-// rest of the text and continues after it. If the file ends within that rest, the list ends too.
+// rest of the text and continues after it. If the file ends within that rest, no further entry can be read.
 #pragma once
 
 #include "set/buffered_reader.h"
@@ -12,8 +12,8 @@
 
 // Faults of the head or of an entry. They can be combined.
 enum ListFault : DWORD {
-    TextEmpty = 1,          // the length is 0, so the text doesn't even have a NUL
-    TextTooLong = 2,        // a length above 260
+    TextEmpty = 1,          // the length, which includes the NUL, is 0
+    TextTooLong = 2,        // the length is above 260 characters
     TextNotTerminated = 4,  // there is no NUL
     TextEndsEarly = 8,      // there is a NUL before the last character
     CutByEndOfFile = 16,
@@ -40,17 +40,20 @@ struct ListEntry {
 // Prepares to read `file`. It must be open for reading, and its current position must be 0.
 void StartListReader(ListReader& reader, HANDLE file);
 
-// Reads the comment. A longer one is cut to 259 characters. The result is always terminated. Returns ListFault bits.
+// Reads the comment. Stores at most its first 259 characters, or 258 if the cut would separate a surrogate pair. The
+// result is always terminated. Returns ListFault bits.
 DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars]);
 
 // Reads the next entry, even if it is damaged. Returns false at the end of the list.
 bool ReadListEntry(ListReader& reader, ListEntry& entry);
 
-// Skips entries, beginning with the next one. Stops before the first entry that isn't completely in the buffer in front
-// of `stop`. Also stops before an entry of the registry, and before an entry whose name doesn't have 1 to 260
-// characters. ReadListEntry then reads the entry before which this call stopped. Returns the number of skipped entries.
+// Skips entries, beginning with the next one, without reading them. `stop` points into reader.buffer or to the end of
+// its bytes. The call skips only entries that end at or before `stop`. It stops before the first other entry, before an
+// entry of the registry, and before an entry whose name doesn't have a length of 1 to 260. The next ReadListEntry reads
+// the entry at which this call stopped. Returns the number of skipped entries.
 DWORD SkipListEntries(ListReader& reader, const BYTE* stop);
 
-// Whether the entry's name can be used. The registry's name has no meaning, so it can always be used. Any other name
-// must have 1 to 260 characters. It must also have a NUL, unless the end of the file cuts the name.
+// Whether the entry's name can be used. The registry's name has no meaning, so it can always be used. The length of any
+// other name must be 1 to 260, unless the end of the file cuts the length field. The name must also have a NUL, unless
+// the end of the file cuts the name.
 bool NameIsUsable(const ListEntry& entry);

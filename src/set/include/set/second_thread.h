@@ -17,11 +17,11 @@ struct SecondThread {
 };
 
 // Starts the thread, which calls work() until it is stopped. If no thread can be made, `runs` is false afterwards, and
-// the other calls do nothing.
+// the other calls have no effect.
 void StartSecondThread(SecondThread& thread, bool (*work)());
 
-// Wakes the thread, even if it is about to sleep and hasn't set `sleeps` yet. In its next call of work() the thread
-// sees all data that the run's thread wrote before this call.
+// Wakes the thread, even if it is about to sleep but hasn't set `sleeps`. In its next call of work() the thread sees
+// all data that the run's thread wrote before it called WakeSecondThread.
 void WakeSecondThread(SecondThread& thread);
 
 // Stops the thread after its current call of work(), and waits until the thread has ended. Does nothing if the thread

@@ -38,8 +38,8 @@ inline DWORD SetEntryNameSize(const WCHAR* name)
     return (NameBytes(name) + 3) & ~DWORD{3};
 }
 
-// Return the offset of the stream's first byte in the data file, and the offset after its last byte. `blob` must be
-// from a loaded set.
+// EntryStartOffset returns the offset of the stream's first byte in the data file. EntryEndOffset returns the offset
+// after its last byte. `blob` must be from a loaded set.
 inline DWORD EntryStartOffset(const BYTE* blob)
 {
     DWORD offset = 0;
@@ -54,7 +54,7 @@ inline DWORD EntryEndOffset(const BYTE* blob)
     return offset;
 }
 
-// The length of the stream. It is 0 if the end offset isn't above the start offset.
+// The length of the stream in bytes. It is 0 if the end offset isn't above the start offset.
 inline DWORD EntryStreamBytes(const BYTE* blob)
 {
     const DWORD start = EntryStartOffset(blob);
@@ -72,7 +72,7 @@ inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOff
 }
 
 // Calls visit(const EntryBuffer&) for each blob of a list, in the order of the list. Visits none if `list` is null. The
-// list must not change during the walk (item_list.h).
+// list must not change until the function returns (item_list.h).
 template <class Visit>
 void ForEachEntry(ItemList* list, const Visit& visit)
 {

@@ -23,7 +23,7 @@ struct RunQuestions {
 };
 inline RunQuestions gRunQuestions;
 
-// Shows the wait cursor while a run works. SetCursor(nullptr) removes it.
+// Shows the wait cursor until SetCursor(nullptr) removes it.
 inline void SetWaitCursor()
 {
     SetCursor(LoadCursorW(nullptr, reinterpret_cast<const WCHAR*>(IDC_WAIT)));

@@ -1,5 +1,5 @@
-// set_state.h - declares the mark of the registry, the registry's entry and the comment. Together with the lists of
-// item_kinds.h, these variables say what is marked, or what a loaded set contains.
+// set_state.h - declares the variables for the registry and for the comment. Together with the lists of item_kinds.h,
+// these variables say what the user has marked, or what a loaded set contains.
 //
 // Only the main window's thread uses this file.
 #pragma once

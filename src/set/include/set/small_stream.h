@@ -2,9 +2,9 @@
 // begins to store it. All streams that are packed and not yet written share 1 MB of memory. If a caller copies a stream
 // into memory of its own (CopyKeptBytes), the copy isn't part of the 1 MB.
 //
-// PackSmallStream leaves some sources unpacked, for example one that is too long or changes its length meanwhile.
-// CompressFile packs such a source from the beginning. If the source can't be opened, CompressFile isn't called, and
-// the error of opening is final.
+// PackSmallStream leaves some sources to CompressFile, for example one that is too long or that changes its length
+// while it is read. CompressFile packs such a source from the beginning. If the source can't be opened, CompressFile
+// isn't called, and the error of opening is the final result.
 #pragma once
 
 #include "set/block_codec.h"
@@ -32,7 +32,7 @@ struct SmallStream {
 // Working memory for packing. Each thread that packs needs its own.
 struct SmallStreamMemory {
     BYTE raw[RawBlockBytes];
-    // While the codec packs, it may write beyond the end of its result. So there is room after the largest stream.
+    // While the codec packs, it may write beyond the end of its result. So the array is larger than the largest stream.
     BYTE stream[SmallStreamBytes + PackedBlockBytes - RawBlockBytes];
     PackingMemory packing;
 };
@@ -56,8 +56,9 @@ constexpr DWORD KeptBytes(DWORD streamBytes)
 // stream must have at most StreamPieceBytes bytes.
 void CopyKeptBytes(const SmallStream& stream, BYTE* bytes);
 
-// Writes a packed stream to the new file `target`, as CompressFile does, and frees the stream's shared memory. The
-// stamp in `packed` is empty.
+// Writes a packed stream to the new file `target`, as CompressFile does, and frees the stream's shared memory. Returns
+// 0 if the target can't be opened. After a failed write the result is 1, but `packed.whole` is 0. The stamp in `packed`
+// is all zeros.
 BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& packed);
 
 // Frees the stream's shared memory. `state` is Left afterwards.

@@ -31,7 +31,7 @@ struct StreamReader {
     std::uint64_t bytesLeft;  // bytes up to the end of the stream; may be more than the file has
 };
 
-// Reads the magic. Returns NoMagic also if there are too few bytes.
+// Reads the magic. Returns NoMagic if the bytes differ from StreamMagic or are too few.
 StreamFault ReadMagic(StreamReader& reader);
 
 // Prepares to read the stream in the bytes of `file` from `start` up to but not including `end`. Reads its magic.
@@ -39,6 +39,7 @@ StreamFault BeginStream(StreamReader& reader, HANDLE file, DWORD start, DWORD en
 
 // The result of ReadPackedBlock. `bytes` is the packed size of the block. With BlockCut it is the number of packed
 // bytes that were read before the stream ended. At the end of the stream, and with any other fault, `bytes` is 0.
+// `atEnd` is true at the end of the stream, and if the read of a block's length fails.
 struct PackedBlock {
     StreamFault fault = StreamFault::None;
     bool atEnd = false;
@@ -53,7 +54,7 @@ extern BYTE gRawBuffer[RawBlockBytes];
 
 struct StreamBlock {
     StreamFault fault = StreamFault::None;
-    bool atEnd = false;  // the stream ends here, and there is no block
+    bool atEnd = false;  // there is no block; as in PackedBlock
     DWORD rawBytes = 0;  // in gRawBuffer
 };
 
