@@ -47,8 +47,8 @@ bool HasFreeNumber(const std::u16string& storage)
     return false;
 }
 
-// Checks that the storage exists and that the set can have its number. If one of the two fails, the returned plan is
-// refused.
+// Checks that the storage exists. If the request replaces a set, checks that this set exists, and otherwise that a
+// number is free. If a check fails, the returned plan is refused.
 RunPlan CheckTarget(const BackupRequest& request)
 {
     if (!IsStorage(request.storage))
@@ -91,8 +91,7 @@ bool ListDatabase(const std::u16string& wanted)
     return true;
 }
 
-// Whether the request asks for all items of this kind. The request has an option for each kind that `reportedAs` can
-// contain.
+// Whether the request asks for all items of this kind. BackupRequest has a member for each value of `reportedAs`.
 bool AsksForAllOf(const BackupRequest& request, const ItemKind& kind)
 {
     return kind.reportedAs == OutcomeFile       ? request.files
@@ -100,7 +99,8 @@ bool AsksForAllOf(const BackupRequest& request, const ItemKind& kind)
                                                 : request.registry;
 }
 
-// Fills the lists. Returns the name of the first item that doesn't exist. The name is empty if all items exist.
+// Fills the lists with the items of the request. Returns the first path or database name of the request that doesn't
+// exist, or an empty text if all exist.
 std::u16string ListItems(const BackupRequest& request)
 {
     for (const ItemKind& kind : ItemKinds)

@@ -5,8 +5,8 @@
 #include "engine/registry_calls.h"
 #include "set/set_state.h"
 
-// All options get the value 0. The options that the window has saved aren't loaded, since a command has options of its
-// own.
+// All fields of gOptions become 0. The settings that the window has saved aren't loaded, because the command's request
+// contains the settings of its run.
 void BeginCommand(HINSTANCE instance)
 {
     gInstance = instance;

@@ -15,6 +15,6 @@ RunPlan RefusedPlan(const std::u16string& sentence);
 // number of bytes is the sum of the sizes in the lists.
 RunPlan PlanOfLists();
 
-// Adds `items` to the number of items of this kind. If `counts` has no number for the kind, adds them to the kind under
-// which the items are reported (ItemKind::reportedAs).
+// Adds `items` to the number in `counts` that belongs to the kind under which such items are reported
+// (ItemKind::reportedAs).
 void AddItems(ItemCounts& counts, const ItemKind& kind, DWORD items);

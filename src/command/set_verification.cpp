@@ -13,8 +13,9 @@
 
 namespace {
 
-// Unpacks the blocks of a stream with both threads and adds their digests to `digest`. Returns true if all blocks are
-// whole, the last one is a closing block, and no other block is a closing block.
+// Unpacks the blocks of a stream on the run's thread and the pipeline thread (block_pipeline.h), and adds their digests
+// to `digest`. Returns true if all blocks are whole, the last one is a closing block, and no other block is a closing
+// block.
 bool AddBlocks(StreamReader& reader, std::uint64_t& digest)
 {
     DWORD offered = 0;

@@ -34,11 +34,11 @@ struct AttributeBox {
 };
 constexpr AttributeBox AttributeBoxes[] = {{ArchiveId, 0x20}, {HiddenId, 0x02}, {SystemId, 0x04}, {ReadOnlyId, 0x01}};
 
-// Half of the size of gOptions.extensions. Only this half is copied each time the dialog opens, and only this half is
-// loaded at the next start of the program.
+// Half of the size of gOptions.extensions. Only the first half is copied each time the dialog opens, and only the first
+// half is loaded at the next start of the program.
 constexpr std::size_t SavedExtensionBytes = 260;
 
-// A copy of gOptions from the first opening of the dialog. Later openings copy only the list of extensions.
+// A copy of gOptions from the first opening of the dialog. Later openings copy only the first half of the extensions.
 Options gFilterSnapshot;
 bool gFilterSnapshotTaken;
 
@@ -90,7 +90,7 @@ void FilterDialogRefresh(HWND dialog, HWND picker)
         SetCheck(dialog, box.id, (gOptions.hiddenAttributes & box.bit) != 0);
 }
 
-// Hides a control of the template and creates the picker in its place.
+// Hides the control DateFrameId of the dialog template and creates the date picker in its place.
 void CreateDatePicker(HWND dialog)
 {
     HWND frame = GetDlgItem(dialog, DateFrameId);

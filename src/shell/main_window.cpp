@@ -43,7 +43,7 @@ constexpr int FirstToolbarCommand = 500;
 constexpr int ToolbarImages = 7;  // passed to CommandBar_AddBitmap, although the bitmap has only five images
 HWND gToolBand;
 
-bool gJobRuns;  // while set, the lists contain the items of the job and not the user's marks
+bool gJobRuns;  // a backup or restore is in progress; the lists can contain its items instead of the user's marks
 
 constexpr UINT_PTR RootImagesTimer = 1;
 constexpr UINT RootImagesMilliseconds = 500;
@@ -110,7 +110,7 @@ void CreateTree(HWND window)
         SetTimer(window, RootImagesTimer, RootImagesMilliseconds, nullptr);
         return;
     }
-    // In this case the window has no tree.
+    // Without the pictures or the top items the window has no tree.
     DestroyWindow(gTreeView);
     gTreeView = nullptr;
 }
@@ -142,7 +142,7 @@ void ReportMarks()
         ReportStatusToHost();
 }
 
-// Runs one backup or restore. Such a job can change files, so the tree lists the files again afterwards.
+// Runs one backup or restore. It can change files, so the tree lists the files again afterwards.
 void RunJob(HWND window, WORD command)
 {
     gJobRuns = true;

@@ -1,4 +1,4 @@
-// options_dialog.cpp - dialog 111: all settings but those of the filter.
+// options_dialog.cpp - dialog 111: the settings except those of the filter dialog and showRomFiles.
 
 #include "dialogs.h"
 #include "engine/options.h"

@@ -6,7 +6,7 @@
 // Fills gOptions with the values that apply before anything was saved.
 void SetDefaultOptions();
 
-// LoadOptions reads gOptions from the registry, and SaveOptions writes it to the registry. Both return 1, or 0 if the
-// key can't be opened. In that case nothing changes.
+// LoadOptions reads gOptions from the registry, and SaveOptions writes it to the registry. Both return 0 and change
+// nothing if the key can't be opened. Otherwise they return 1, even if a value can't be read or written.
 DWORD LoadOptions();
 DWORD SaveOptions();

@@ -39,11 +39,11 @@ struct ProgressInit {
     const WCHAR* message;
 };
 
-// This structure is on the stack of ProgressOpen. After the new thread has written `dialog`, it doesn't use the
-// structure any more.
+// This structure is on the stack of ProgressOpen. The new thread writes `dialog` last, and doesn't use the structure
+// after that.
 struct ProgressStart {
     ProgressInit* init;
-    std::atomic<HWND> dialog;  // null until the window is made; NoDialog if it can't be
+    std::atomic<HWND> dialog;  // null at first; NoDialog if the window can't be made
     HWND owner;
     HINSTANCE instance;
     DWORD resource;
@@ -52,7 +52,8 @@ struct ProgressStart {
 
 const HWND NoDialog = reinterpret_cast<HWND>(INVALID_HANDLE_VALUE);
 
-// The end of the bar of the window that was opened last. An older window whose bar still runs uses this end too.
+// The end of the progress bar in the window that was opened last. An older window whose bar is still moving to its end
+// compares the position of its bar with this value too.
 std::atomic<LONG> gProgressRange;
 
 void InitProgress(HWND dialog, const ProgressInit& init)

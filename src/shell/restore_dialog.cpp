@@ -56,7 +56,7 @@ bool RowIs(HWND listBox, LRESULT row, const WCHAR* text)
 
 // Returns the row that equals the text exactly. The list box searches without regard to case, but two names that differ
 // only in case are two items. So this function compares each row that the list box finds with the text. If no row
-// equals the text, returns the first row that was found.
+// equals the text, returns the first row that was found, or LB_ERR if none was found.
 LRESULT FindRow(HWND listBox, const WCHAR* text)
 {
     const auto search = [&](LRESULT before) {
@@ -82,7 +82,7 @@ bool IsSelected(BYTE kind, const WCHAR* name, void* context)
 }
 
 // For a partial restore, loads the lists again with the selected entries only. If the list file can no longer be
-// opened, the lists still have all entries.
+// opened, the lists keep all entries.
 void TakeSelection(HWND dialog)
 {
     if (!IsFull())

@@ -6,7 +6,8 @@
 // items of the run and not the marks, so the function isn't called then.
 void ReportStatusToHost();
 
-// Looks for the newest set on the device and on each card. Called at the start and after each backup or restore.
+// Looks for the newest set on the device and on each card, for the next ReportStatusToHost. Called at the start and
+// after each backup or restore.
 void FindNewestSet();
 
 // Looks for the newest set and reports the status. Called when a backup or restore has ended, since the run may have

@@ -17,7 +17,7 @@
 
 namespace {
 
-// A MarkCount has 16 bits. If it is brought below zero, it becomes a number just below 65536. So a count above the
+// A MarkCount has 16 bits. If a change brings it below zero, it becomes a number just below 65536. So a count above a
 // limit is treated as negative and set to 0. HighestItemCount is the limit for single items. When a folder is unmarked,
 // HighestChildCount is the limit for the items below it, and HighestAncestorCount the limit for the folders above it.
 constexpr WORD HighestItemCount = 65530;
@@ -81,7 +81,8 @@ bool ToggleFile(HTREEITEM item)
     return marked;
 }
 
-// Returns whether the item is marked now.
+// Toggles the mark of an item in its list, or only computes the new mark for the registry (ToggleRegistry sets it).
+// Returns whether the item is marked afterwards.
 bool ToggleInLists(const TreeItem& item)
 {
     const WORD code = TreeCodeOf(item.parameter);
@@ -137,9 +138,9 @@ BOOL MarkFileInFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, 
 }
 
 // Marks or unmarks the files below the folder. Returns the number of files and folders that the walks visited, not the
-// number of files that were marked. If the filter by extension is on, one more walk follows for each extension of the
-// filter. But the first walk has already marked or unmarked the files with any extension. So the further walks change
-// no marks. They only increase the total.
+// number of files that were marked. The first walk marks or unmarks the files of all extensions, even if the filter by
+// extension is on. In that case one more walk follows for each extension of the filter. These walks change no marks and
+// only increase the total.
 DWORD WalkFolder(HTREEITEM item, DWORD mark)
 {
     WCHAR root[MAX_PATH];

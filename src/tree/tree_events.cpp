@@ -10,8 +10,8 @@
 
 namespace {
 
-// Toggles the item under the pointer if it is the selected item. A click on another item changes the selection, and the
-// notification of that change toggles the item. So each click toggles an item once.
+// Toggles the mark of the item under the pointer if the item is already selected. A click on another item selects that
+// item, and the notification of the new selection toggles its mark. So each click toggles one mark once.
 void Click()
 {
     const DWORD position = GetMessagePos();

@@ -11,10 +11,10 @@ DWORD ToggleItem(HTREEITEM item);
 // Marks (`mark` 1) or unmarks (`mark` 0) all files below the selected folder, even those that the tree doesn't list.
 // Adds each file to gFileList when it is marked, and removes it when it is unmarked. Files in ROM, and files that the
 // filter by attribute or date hides, don't change. Folders are never in gFileList. If the selected item isn't a folder,
-// returns 0 and changes nothing. Otherwise returns 1.
+// or is the top item "Files", returns 0 and changes nothing. Otherwise returns 1.
 DWORD MarkFolder(DWORD mark);
 
-// Sets the pictures of the files and folders among `first` and its later siblings by their MarkCounts. The picture of a
-// folder is set only if the count of the folder is 0. In that case the pictures of the items below the folder are set,
-// too.
+// Sets the pictures of the files and folders among `first` and its later siblings according to their MarkCounts. The
+// picture of a folder is set only if the count of the folder is 0. In that case the pictures of the items below the
+// folder are set, too. Always returns 1.
 DWORD RefreshMarks(HTREEITEM first);

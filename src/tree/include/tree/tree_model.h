@@ -55,8 +55,8 @@ const NamedKind* NamedKindOfRoot(WORD code);
 const NamedKind* NamedKindOfItem(WORD code);
 
 // The high half of an item's parameter is its MarkCount: the number of marks on the item and below it. This number
-// isn't exact (marking.cpp), and the pictures show only whether it is 0. The count has 16 bits, so a value just below
-// 65536 is a negative number.
+// isn't exact (marking.cpp), and the pictures show only whether it is 0. The count has 16 bits, so a count that falls
+// below 0 becomes a value just below 65536. marking.cpp treats such a value as 0.
 inline WORD TreeCodeOf(LPARAM parameter)
 {
     return LOWORD(static_cast<DWORD>(parameter));
@@ -105,7 +105,7 @@ HTREEITEM InsertTreeItem(HTREEITEM parent, HTREEITEM after, const WCHAR* text, b
 
 HTREEITEM NextTreeItem(WPARAM relation, HTREEITEM item);
 
-// Loads the pictures into the tree view. Returns 0 if the list of pictures can't be made, and the main window then
+// Loads the pictures into the tree view. Returns 0 if the list of pictures can't be made. In that case the main window
 // removes the tree. Otherwise returns 1.
 DWORD CreateTreeImages();
 DWORD InsertRootItems(HWND tree);
