@@ -60,8 +60,8 @@ void FileWindow::moveTo(std::uint64_t offset)
         filled_ += readInto(std::span(buffer_).subspan(filled_, left), base_ + filled_);
 }
 
-// Reads into `target`. If the host can't read at `offset`, fills the beginning of `target` with zeros instead. Returns
-// how many bytes were read or filled, which is never 0.
+// Reads the file from `offset` on into `target`. If the byte at `offset` can't be read, fills the beginning of `target`
+// with zeros. Returns how many bytes were read or filled, which is never 0.
 std::size_t FileWindow::readInto(std::span<BYTE> target, std::uint64_t offset)
 {
     DWORD bytes = 0;

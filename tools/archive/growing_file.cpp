@@ -147,7 +147,8 @@ bool GrowingFile::makeWhole()
     return true;
 }
 
-// Makes the temporary file with the content from memory, unless the file exists already.
+// Makes the temporary file with the content from memory, unless it was made before. Returns false if this or an earlier
+// call has failed.
 bool GrowingFile::store()
 {
     if (file_ || error_ != ERROR_SUCCESS)

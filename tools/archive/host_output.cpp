@@ -25,8 +25,8 @@ struct TemporaryFile {
     Descriptor opened;
 };
 
-// Makes a new file in the target's folder. Its name can't be guessed, so nobody can make a link of that name first. If
-// the file can't be made, `opened` is no open descriptor.
+// Makes a new file in the target's folder. Its name can't be guessed, so nobody can make a link of that name
+// beforehand. If the file can't be made, `opened` has no descriptor.
 TemporaryFile makeBeside(const fs::path& target, mode_t mode)
 {
     const fs::path path = target.parent_path() / ("." + host::unguessableName() + ".part");
@@ -55,17 +55,17 @@ std::optional<struct stat> statusOf(const std::string& target)
     return std::nullopt;
 }
 
-// True if the path leads to standard output, such as /dev/stdout. Standard output may be a regular file that the shell
-// has opened. That file must not be replaced.
+// True if `found` is the object that standard output writes to, for example because the path is /dev/stdout. Standard
+// output may be a regular file that the shell has opened. That file must not be replaced.
 bool isStandardOutput(const struct stat& found)
 {
     struct stat output {};
     return ::fstat(STDOUT_FILENO, &output) == 0 && output.st_dev == found.st_dev && output.st_ino == found.st_ino;
 }
 
-// Returns false if a write has failed. The descriptor was opened before the first write, so fsync() reports each write
-// that failed since then. Objects without a disk, such as pipes, need no flush. For them fsync() fails with EINVAL or
-// EROFS.
+// Flushes the file. Returns false if the flush or an earlier write has failed. The descriptor was opened before the
+// first write, so fsync() also reports the failure of an earlier write. Objects without a disk, such as pipes, need no
+// flush. For them fsync() fails with EINVAL or EROFS.
 bool flushToDisk(int file)
 {
     return ::fsync(file) == 0 || errno == EINVAL || errno == EROFS;

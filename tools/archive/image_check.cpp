@@ -251,7 +251,8 @@ ImageReport checkImage(const OpenFile& data, const ListEntry& entry, RecordSink*
     ImageReport report;
     UnpackedStream stream(data, entry);
     ImageCheck(stream, report, sink).run();
-    // A damaged stream also makes the image incomplete. The fault of the stream is the cause, so it is reported.
+    // A damaged stream also makes the image incomplete. So the fault of the stream, which is the cause, replaces the
+    // fault of the image.
     if (const StreamFault fault = stream.finish(); fault != StreamFault::None)
         report.fault = streamFaultText(fault);
     report.bytes = stream.taken();

@@ -72,7 +72,8 @@ void readRegistry(const OpenFile& data, const ListEntry& entry, ContentSink& sin
             "it isn't a registry that a device accepts: line " + std::to_string(fault->line) + ": " + fault->what;
     if (counter.isRefused())
         report.fault = "it has too many keys and values to compare them";
-    // A damaged stream also makes the text incomplete. The fault of the stream is the cause, so it is reported.
+    // A damaged stream also makes the text incomplete. So the fault of the stream, which is the cause, replaces the
+    // fault of the text.
     if (const StreamFault cut = stream.finish(); cut != StreamFault::None)
         report.fault = streamFaultText(cut);
     report.bytes = stream.taken();

@@ -15,8 +15,8 @@ namespace {
 // Records are read from the last one to the first one, in groups of about this size, so that few seeks are needed.
 constexpr std::uint64_t groupBytes = std::uint64_t{256} * 1024;
 
-// The conversion to text needs several copies of a record in memory. So this function returns an error text if the
-// image has a record that is too large. Otherwise it returns an empty text.
+// Returns an error text if the image has a record that is too large, otherwise an empty text. Such records are refused
+// because the conversion to text needs several copies of a record in memory.
 std::string tooLargeRecord(const ImageReport& image)
 {
     return image.tooLarge == 0 ? ""

@@ -44,7 +44,7 @@ std::string identityOf(std::span<const CEPROPVAL> record, DWORD type)
     return type == personal::AppointmentsType ? title + "\n" + textOf(record, personal::Start) : title;
 }
 
-// Returns the fields that differ, in the order of their names.
+// Returns the fields that differ, sorted by their names.
 std::vector<FieldChange> fieldChanges(const std::vector<Field>& before, const std::vector<Field>& after)
 {
     std::map<std::string, FieldChange> changes;

@@ -68,8 +68,8 @@ std::vector<JudgedSet> judgeSets(const std::vector<SetFiles>& sets, const KeepRu
 }
 
 // Deletes the list file first. The other files are deleted only after this deletion is on the disk. If the process is
-// killed in between, a data file without a list file remains. A data file alone isn't a set, so the next backup uses
-// its number and replaces the file.
+// killed before it deletes them, a data file without a list file remains. A data file alone isn't a set, so the next
+// backup can use its number and replace the file.
 std::string removeSet(const SetFiles& files)
 {
     const fs::path folder = files.folder;

@@ -58,7 +58,7 @@ std::optional<SumLine> parsed(std::string_view line)
     const auto digest = digestFrom(line.substr(0, DigitCount));
     if (!digest)
         return std::nullopt;
-    const std::string_view name = line.substr(DigitCount + 2);  // after a blank, then a blank or an asterisk
+    const std::string_view name = line.substr(DigitCount + 2);  // after a blank, and a second blank or an asterisk
     return SumLine{*digest, isEscaped ? unescaped(name) : std::string(name)};
 }
 
@@ -74,8 +74,8 @@ std::optional<std::string> readSeal(const OpenFile& file)
     return text;
 }
 
-// Returns the digest that the text has for the file `name`. The case of the name is ignored: the same card can show its
-// names in another case after another mount.
+// Returns the digest that the text has for the file `name`. The case of the name is ignored, because the names on a
+// card can be in capitals or in small letters, depending on how the card is mounted.
 std::optional<Digest> digestFor(std::string_view text, const std::string& name)
 {
     while (!text.empty()) {

@@ -32,8 +32,8 @@ struct SetDates::Dated {
     SetDate fileTime;
     std::int64_t written = 0;  // when the list file was written, in nanoseconds since 1970
     bool hasDate = false;
-    std::optional<Order> order;  // nothing: both are possible, or the day equals the month
-    bool byNeighbours = false;   // the order was copied from a neighbouring set, so it can't decide other sets
+    std::optional<Order> order;  // nothing: the order is unknown, or the day equals the month
+    bool byNeighbours = false;   // the order was copied from a neighbouring set or assumed, so no other set may copy it
 
     bool isAmbiguous() const { return hasDate && !order && dayAndMonth[0] != dayAndMonth[1]; }
 };

@@ -28,8 +28,8 @@ std::string shownValue(const CEPROPVAL& property)
     return shortText(database_formats::valueText(property, database_formats::Controls::Coded));
 }
 
-// RegistryTextWriter writes "@=", the value, a line break after each piece of a long value, and a closing comment.
-// Returns only the value without the line breaks.
+// RegistryTextWriter writes "@=", the value with a line break after each piece of a long value, and a closing comment.
+// This function returns only the value, without the line breaks.
 std::string shownRegistryValue(DWORD type, std::span<const std::byte> data)
 {
     std::u16string text;

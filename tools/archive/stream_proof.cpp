@@ -8,9 +8,9 @@ namespace {
 
 constexpr std::uint64_t SectorBytes = 512;
 
-// A lost sector can begin inside the length of a block. If the replaced bytes of the length were 0 and are still 0, the
-// length is still right. Then only the rest of the sector, which is less than 512 bytes, replaces bytes of the block
-// itself. If each run of literals has at most half a sector, this rest still replaces other bytes than literals.
+// A replaced sector can begin inside the length field of a block without changing the length, for example if the last
+// bytes of the field were 0 and are still 0. In that case a few bytes less than a sector are replaced in the block
+// itself. They are still more than the longest accepted literal run, so they aren't all literals.
 constexpr DWORD LongestRun = SectorBytes / 2;
 
 // A block with fewer raw bytes is packed in less time than a thread takes to start.

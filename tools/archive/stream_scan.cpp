@@ -21,8 +21,8 @@ using View = std::span<const BYTE>;
 constexpr std::size_t LengthBytes = 4;
 // The largest size of two successive blocks with their lengths.
 constexpr std::size_t BlockAhead = 2 * (LengthBytes + PackedBlockBytes);
-// A search tests many offsets of one view. After each of them the view must have BlockAhead bytes,
-// or all bytes up to the end of the file.
+// A search tests many offsets of one view. For each tested offset, the view must have BlockAhead bytes from that offset
+// on, or all bytes up to the end of the file.
 constexpr std::size_t SearchAhead = BlockAhead + std::size_t{128} * 1024;
 static_assert(SearchAhead <= FileWindow::MostAhead);
 
@@ -31,10 +31,10 @@ static_assert(SearchAhead <= FileWindow::MostAhead);
 // of a stream whose beginning is lost.
 constexpr DWORD LeastPiece = 64;
 
-// The work on bytes that turn out to be no block is limited to WorkForByte bytes for each byte of the file so far, plus
-// WorkInAddition. A failed attempt to unpack a block costs the number of its packed and unpacked bytes, plus
-// WorkForFalseBlock. A damaged block that nothing valid follows costs WorkForCutBlock bytes, because such a block can
-// make the caller write a file.
+// The work on false and damaged blocks is counted in bytes. It is limited to WorkForByte for each byte of the file
+// before the current offset, plus WorkInAddition. A failed attempt to unpack a block costs the number of its packed and
+// unpacked bytes, plus WorkForFalseBlock. Packing a damaged block again costs the number of its raw bytes. A damaged
+// block that nothing valid follows costs WorkForCutBlock more, because such a block can make the caller write a file.
 constexpr std::uint64_t WorkForByte = 32;
 constexpr std::uint64_t WorkInAddition = std::uint64_t{64} * 1024 * 1024;
 constexpr std::uint64_t WorkForFalseBlock = 256;
@@ -45,7 +45,7 @@ constexpr std::array<BYTE, 3> EndMark = {0x11, 0, 0};
 // The block that may be at the beginning of the view.
 struct BlockView {
     View packed;
-    bool isWhole;  // false: the file ends inside it
+    bool isWhole;  // false: the file ends inside the block
 
     std::size_t bytes() const { return LengthBytes + packed.size(); }
     bool hasEndMark() const { return isWhole && std::ranges::equal(packed.last(EndMark.size()), EndMark); }
@@ -69,7 +69,7 @@ bool beginsWithMagic(View view)
     return view.size() >= StreamMagicBytes && std::memcmp(view.data(), StreamMagic, StreamMagicBytes) == 0;
 }
 
-// What follows a block that may be damaged.
+// What follows a block that may be damaged. End is the end of the file or a new stream.
 enum class After { Nothing, End, ClosingBlock, DataBlock };
 
 class Scan {
@@ -125,7 +125,7 @@ private:
         sink_.end(stream_);
     }
 
-    // Ends the stream, and continues the search one byte later.
+    // Ends the stream, so that the search continues one byte after the current offset.
     void loseTrack()
     {
         endStream();
@@ -184,14 +184,14 @@ private:
     }
 
     // `bytes` is the number of raw bytes that were unpacked before the fault. If nothing valid follows the block, its
-    // length may be wrong too. Then the search continues one byte after the beginning of the block.
+    // length may be wrong too. In that case the search continues one byte after the beginning of the block.
     void takeDamagedBlock(View view, const BlockView& block, DWORD bytes)
     {
         const After after = block.isWhole ? afterBlock(view.subspan(block.bytes())) : After::Nothing;
         if (after == After::Nothing && bytes < LeastPiece)
             return loseTrack();
         deliverDamaged(block.packed, View(raw_).first(bytes));
-        if (after == After::DataBlock) {  // only the last block of a stream can be shorter
+        if (after == After::DataBlock) {  // only the last data block of a stream can have fewer raw bytes
             std::ranges::fill(raw_, BYTE{0});
             deliver(View(raw_).first(RawBlockBytes - bytes));
         }
@@ -202,7 +202,8 @@ private:
         take(block.bytes());
     }
 
-    // Packs the raw bytes again to find out how many are sound: up to the damage, the packer writes the same bytes.
+    // If this is the first damaged block of the stream, packs its raw bytes again to find out how many are sound. Up to
+    // the damage, the packer produces the same bytes as in the file.
     void deliverDamaged(View packed, View raw)
     {
         DWORD sound = 0;
@@ -232,7 +233,8 @@ private:
         return bytes == 0 ? After::ClosingBlock : After::DataBlock;
     }
 
-    // Goes to the next offset where a stream or a block begins.
+    // Goes to the next offset in the view where a stream or a block begins. If there is none, goes past the offsets
+    // that could be tested in this view.
     void search(View view)
     {
         checkStop();

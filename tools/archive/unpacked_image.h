@@ -19,7 +19,7 @@ public:
     ImageRecords& operator=(const ImageRecords&) = delete;
     ~ImageRecords();
 
-    // Adds the next record. False if it can't be read.
+    // Reads the next record and adds it. Returns false if it can't be read.
     [[nodiscard]] bool add(ImageReader& reader);
 
     std::size_t size() const { return ends_.size() - 1; }
@@ -35,15 +35,16 @@ private:
 
 class UnpackedImage {
 public:
-    // Unpacks the stream as far as possible into a file in the root. The destructor deletes the file. `image` is the
-    // result of checkImage for the same entry.
+    // Unpacks the stream as far as possible into a temporary file in the root folder. The destructor deletes the file.
+    // `image` is the result of checkImage for the same entry.
     UnpackedImage(const OpenFile& data, const ListEntry& entry, const ImageReport& image);
 
-    // Returns the error of writing the file, or ERROR_SUCCESS. Damage of the stream isn't an error here. `image` has
-    // it.
+    // Returns the error of writing the file, or ERROR_SUCCESS. A damaged stream isn't an error here, because `image`
+    // already reports the damage.
     DWORD error() const { return file_.error(); }
 
-    // Reads the complete records from index `first` up to, but not including, `end`.
+    // Adds the records from index `first` up to, but not including, `end` to `records`. They must be complete in the
+    // image. Returns false if a record can't be read.
     [[nodiscard]] bool read(std::size_t first, std::size_t end, ImageRecords& records);
 
 private:

@@ -14,7 +14,8 @@ namespace archive {
 
 using Digest = std::array<std::byte, 32>;
 
-// Returns the digest as 64 hexadecimal digits in small letters.
+// hexadecimal() returns the digest as 64 hexadecimal digits in small letters. digestFrom() converts 64 digits to the
+// digest, and returns nothing for any other text.
 std::string hexadecimal(const Digest& digest);
 std::optional<Digest> digestFrom(std::string_view digits);
 

@@ -19,7 +19,7 @@ std::string notOpened(const std::string& what, DWORD error);
 
 std::string streamFaultText(StreamFault fault);
 
-// Returns a sentence that explains an error of the platform's calls to a user who extracts items.
+// Returns a text that explains an error of the platform's calls to a user who extracts items.
 std::string errorText(DWORD error);
 
 }  // namespace archive

@@ -28,7 +28,7 @@ public:
     GrowingFile& operator=(const GrowingFile&) = delete;
     ~GrowingFile();
 
-    DWORD error() const { return error_; }  // of the first call that failed
+    DWORD error() const { return error_; }  // of the first call that failed; see setTarget()
     std::uint64_t bytes() const { return bytes_; }
 
     // Returns false if this write or an earlier call has failed.
@@ -44,15 +44,15 @@ public:
     // Does the same as handle(), but returns the open file. Null if the content can't be stored.
     const OpenFile* opened();
 
-    // Sets another target path, for example after moveToTarget() has failed. If a write has failed, error() still
-    // returns the error of that write.
+    // Sets another target path, for example after moveToTarget() has failed. Clears error(), unless it is the error of
+    // a write.
     void setTarget(std::u16string target);
 
     // Makes the file appear at the target path, and makes missing folders of that path. If a file exists at the target
     // path, the result depends on `replace`. With `replace`, the new file is flushed to the disk, replaces the existing
-    // file atomically and takes its rights. Without `replace`, the existing file is an error. If a link or another
-    // object that the platform doesn't show exists at the target path, the error is ERROR_DUP_NAME in both cases.
-    // Returns error().
+    // file atomically and takes its rights. Without `replace`, the call fails with ERROR_FILE_EXISTS or
+    // ERROR_ALREADY_EXISTS. If a link or another object that the platform doesn't show exists at the target path, the
+    // error is ERROR_DUP_NAME in both cases. Returns error().
     DWORD moveToTarget(bool replace);
 
 private:

@@ -21,7 +21,8 @@ struct ImageReport {
     WORD records = 0;  // number of records, from the head
     std::vector<SORTORDERSPEC> sortOrders;
 
-    // The offset in the image where the head ends, and then the offset where each complete record ends.
+    // The offset in the image where the head ends, and then the offset where each complete record ends. The head is the
+    // part before the first record. If it can't be read, there are no offsets.
     std::vector<std::uint64_t> ends;
     WORD emptyRecords = 0;
     unsigned tooLarge = 0;  // number of the first record that exceeds MaxRecordContent, from 1. 0: none.
@@ -41,7 +42,7 @@ public:
     RecordSink& operator=(const RecordSink&) = delete;
     virtual ~RecordSink() = default;
 
-    // Is called after the head was read. The report has only the facts from the head.
+    // Called after the head was read. At this time the report has only the facts from the head.
     virtual void head(const ImageReport& /*image*/) {}
     // Receives a complete record with at most MaxRecordContent bytes of texts and blobs. The records come in the order
     // of the image, in which the last record of the database is number 1. The texts and blobs are valid only during the

@@ -29,7 +29,7 @@ public:
 struct ContentReport {
     std::string fault;       // the first fault of the item; empty if the item is sound
     ImageReport image;       // of a database
-    std::uint64_t keys = 0;  // of the registry
+    std::uint64_t keys = 0;  // number of keys that were read from the registry
     std::uint64_t values = 0;
     std::uint64_t bytes = 0;  // the number of unpacked bytes that were read
 };

@@ -13,10 +13,10 @@
 namespace archive {
 
 // Returns the path of the item's file, relative to the root. For a file, the path is the item's name. For a database,
-// the file name is the item's name with the extension of the format, such as NAME.jsonl. Each character of the name
-// that no file name can contain is replaced. For the registry, the file name is registry.reg. Without a format, a
-// database becomes NAME.CDB and the registry becomes registry.reg-image. These two files contain the unpacked bytes of
-// the item without any conversion. The function doesn't check the item's name.
+// the file name is the item's name with the extension of the format, such as NAME.jsonl. An underscore replaces each
+// character of the name that no file name can contain. For the registry, the file name is registry.reg. Without a
+// format, a database becomes NAME.CDB and the registry becomes registry.reg-image. These two files contain the unpacked
+// bytes of the item without any conversion. The function doesn't check the item's name.
 std::u16string targetOf(const Item& item, std::optional<database_formats::Format> format);
 
 // Returns the reason why the item can't have a target path, or an empty text. Checks only the entry of the list, not

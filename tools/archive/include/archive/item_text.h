@@ -12,13 +12,13 @@
 
 namespace archive {
 
-// Writes the complete records of the image. An image contains the records of a database in reverse order. The function
-// reverses them again, so the file has the order of the database. An export from a device writes the same order. So
-// equal databases become equal files. Each record is written as a restore would store it. Records without properties
-// are left out. Values that the format can't represent are also left out, and are added to `leftOut`. The function
-// unpacks the image to a temporary file in the root folder.
+// Writes the complete records of the image. An image contains the records of a database in reverse order, but the
+// function writes them in the order of the database. Since an export from a device writes the same order, equal
+// databases become equal files. Each record is written as a restore would store it. Records without properties are left
+// out. Values that the format can't represent are also left out, and are added to `leftOut`. The function unpacks the
+// image to a temporary file in the root folder.
 //
-// Returns an empty text, or the reason of a failure. If a write to `out` failed, only the state of `out` shows that.
+// Returns an empty text, or the reason of a failure. If a write to `out` fails, only the state of `out` shows that.
 std::string writeDatabase(const OpenFile& data, const ListEntry& entry, const ImageReport& image,
                           database_formats::Format format, std::ostream& out, database_formats::LeftOut& leftOut);
 

@@ -22,8 +22,9 @@ struct Within {
 std::optional<Within> withinFrom(std::string_view text);
 
 struct KeepRules {
-    // `last` is how many of the newest sets to keep. The other four numbers say for how many days, ISO weeks, months
-    // and years to keep the newest set of the period. A number of 0 disables its rule.
+    // `last` is how many of the newest sets to keep. The other four numbers say of how many days, ISO weeks, months and
+    // years to keep the newest set. Days, weeks, months and years without a set don't count. A number of 0 disables its
+    // rule.
     unsigned last = 0;
     unsigned daily = 0;
     unsigned weekly = 0;

@@ -44,16 +44,16 @@ public:
     std::u16string_view comment() const { return comment_; }
     DWORD commentFaults() const { return commentFaults_; }
 
-    // Reads the next item. False at the end.
+    // Reads the next item. Returns false at the end of the list.
     [[nodiscard]] bool next(Item& item);
 
-    // Skips some items whose names don't contain `part`, and reads the item after them. False at the end. The function
-    // never skips an item with `part` in its name, and never the registry. The item that it reads can have any name, so
-    // the caller must check the name. The function searches the buffer of the list for `part` without reading each
-    // entry. This makes a search in many sets fast.
+    // Like next(), but may first skip items that are in the buffer already and whose names don't contain `part`. This
+    // makes a search in many sets fast, because the call searches the buffer for `part` without reading each entry. It
+    // never skips an item with `part` in its name, nor the registry. The name of the item that it returns needn't
+    // contain `part`, so the caller must check the name.
     [[nodiscard]] bool nextWith(std::u16string_view part, Item& item);
 
-    // bytesAfterItems() and readFailed() are valid only after next() has returned false.
+    // bytesAfterItems() and readFailed() are valid only after next() or nextWith() has returned false.
     DWORD bytesAfterItems() const { return reader_->bytesAfterEntries; }
     [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }
 

@@ -18,16 +18,17 @@ public:
     Stopped() : std::runtime_error("stopped") {}
 };
 
-// Throws the exception Stopped if the platform's job is to stop. After catchSignals(), the signals SIGINT, SIGTERM and
-// SIGHUP stop every job. Everything that reads sets calls checkStop() for each item and each block.
+// Throws the exception Stopped if the user has asked to stop the work (JobIsToStop in ce/outcome.h). After
+// catchSignals(), the signals SIGINT, SIGTERM and SIGHUP are such requests. Everything that reads sets calls
+// checkStop() for each item and each block.
 void checkStop();
 
-// Ends the process by raising the signal that catchSignals() has caught. So the shell sees which signal ended the
-// process. Call it after the exception Stopped was caught.
+// Ends the process by raising the signal that was caught after catchSignals(), or SIGINT if none was. So the shell sees
+// which signal ended the process. Call it after the exception Stopped was caught.
 [[noreturn]] void endBySignal();
 
-// A line on standard error that each step overwrites. It is shown only if standard error is a terminal. The destructor
-// removes it.
+// A line on standard error that shows the progress. A newer line overwrites it. It is shown only if standard error is a
+// terminal. The destructor removes it.
 class Progress {
 public:
     explicit Progress(std::size_t total) : total_(total) {}
@@ -37,9 +38,9 @@ public:
 
     // Begins the next of the `total` parts and shows `name`.
     void begin(const std::string& name);
-    // Shows how much of the part is done.
+    // Shows `done` as a percentage of `ofAll`, or no percentage if `ofAll` is 0. Draws at most one line in 100 ms.
     void at(std::uint64_t done, std::uint64_t ofAll);
-    // Removes the line. Call clear() before something else is printed. The next call of at() shows the line again.
+    // Removes the line. Call clear() before anything is printed. The next call of begin() or at() shows the line again.
     void clear();
 
 private:
@@ -47,7 +48,7 @@ private:
     std::size_t part_ = 0;
     std::string name_;
     bool shown_ = false;
-    std::chrono::steady_clock::time_point next_{};  // when the line is drawn again
+    std::chrono::steady_clock::time_point next_{};  // the line isn't drawn before this time
 };
 
 }  // namespace archive

@@ -16,7 +16,7 @@ public:
     // set's own folder is used for this.
     explicit OpenedSet(const SetFiles& files, const std::string& root = "");
 
-    // False if the set's folder or list file can't be opened. Then mounted() and list() must not be called.
+    // False if the set's folder or list file can't be opened. In that case mounted() and list() must not be called.
     bool isOpen() const { return trouble_.empty(); }
     const std::string& trouble() const { return trouble_; }  // such as "the list file can't be opened"
 

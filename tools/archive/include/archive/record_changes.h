@@ -41,7 +41,9 @@ struct RecordChange {
     std::vector<FieldChange> fields;
 };
 
-// Records are matched by their content first, then by their identities.
+// Returns the records that were added, removed or changed. Records with equal content are unchanged. Of the others, a
+// record in `before` and a record in `after` count as one changed record if they have the same identity, which isn't
+// empty.
 std::vector<RecordChange> changesOf(const std::vector<RecordText>& before, const std::vector<RecordText>& after);
 
 // Compares how often each digest occurs in the two lists. If `left` contains a digest n times more often than `right`,

@@ -1,4 +1,4 @@
-// record_content.h - computes the part of a record that a set can store, and a digest of that part.
+// record_content.h - computes what a restore stores of a record of an image, and a digest of a record.
 #pragma once
 
 #include "archive/digest.h"

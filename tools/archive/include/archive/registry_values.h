@@ -20,8 +20,8 @@ struct RegistryPlace {
 };
 
 // Collects the keys and values of a registry. The texts of the values are short (shown_value.h), and the text of a key
-// is empty. A hostile registry can have any number of keys and values. So a registry is refused if `places` would need
-// more than 64 MiB.
+// is empty. A hostile registry can have any number of keys and values. So key() and value() return false, which ends
+// the reading, if `places` would need more than 64 MiB.
 class RegistryValues final : public ContentSink {
 public:
     bool key(const platform::registry::KeyPath& path) override;

@@ -22,12 +22,12 @@ struct JudgedSet {
 };
 
 // Checks every set and applies the rules to the sound ones. The newest sound set and every damaged set are kept. In the
-// result the newest set comes first. No set may be open. `sets` must contain all sets of the storage, because a set
-// that the caller left out could be the newest one.
+// result the newest set comes first. The caller must have no set open. `sets` must contain all sets of the storage,
+// because a set that the caller left out could be the newest one.
 std::vector<JudgedSet> judgeSets(const std::vector<SetFiles>& sets, const KeepRules& rules, Progress& progress);
 
-// Deletes the files of a set on the host. Even if it is interrupted, no list file is left without its data file.
-// Returns the reason of a failure, or an empty text.
+// Deletes the files of a set on the host. Even if the process is killed during the call, no list file is left without
+// its data file. Returns the reason of a failure, or an empty text.
 std::string removeSet(const SetFiles& files);
 
 }  // namespace archive

@@ -13,7 +13,7 @@ class CheckSink : public ContentSink {
 public:
     // Receives each item of the list. This is the first call for the item.
     virtual void item(const Item& /*item*/) {}
-    // `item` is null for a fault of the list file or the data file as a whole.
+    // Receives a fault of `item`, or of the set as a whole if `item` is null.
     virtual void fault(const Item* /*item*/, const std::string& /*reason*/) {}
     // Receives what isn't a fault, but can surprise the user.
     virtual void warning(const Item* /*item*/, const std::string& /*reason*/) {}
@@ -38,8 +38,8 @@ bool isUsableName(const Item& item);
 
 enum class SealUse { Checked, Ignored };
 
-// Reads and checks the whole set. The caller may not have read an item from the set before. With SealUse::Checked, a
-// set that was changed after it was sealed is unsound.
+// Reads and checks the whole set. The caller must not have read an item of `set` before. With SealUse::Checked, a set
+// whose files don't match its file with checksums (seal.h) is unsound.
 SetState checkSet(const OpenedSet& set, CheckSink& sink, SealUse seal = SealUse::Checked);
 
 // Returns the first fault of the set, with its item. Empty if the set is sound.

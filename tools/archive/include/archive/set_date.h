@@ -13,14 +13,14 @@ namespace archive {
 
 enum class DateSource {
     Comment,         // the comment allows one date only
-    FileOrder,       // two dates are possible, and one of them is near the time of the list file
+    FileOrder,       // two dates are possible, and only one of them is near the time of the list file
     NeighbourOrder,  // two dates are possible, and neighbouring sets show whether the day comes first
     AssumedOrder,    // two dates are possible and nothing decides, so the first number counts as the day
-    FileTime,        // there is no date in the comment
+    FileTime,        // the comment has no date or can't be read
 };
 
-// The date of a set. It is a local time of the device, without a time zone. If the comment of the set has no date, it
-// is the modification time of the list file in the host's local time.
+// The date of a set. It is a local time of the device, without a time zone. If the comment of the set has no date, the
+// date is the modification time of the list file in the host's local time.
 struct SetDate {
     int year = 1601;
     unsigned month = 1;

@@ -58,8 +58,8 @@ private:
 // file has the name in `argument`, the function uses a file whose name differs only in case. Returns nothing if there
 // is no list file.
 std::optional<SetFiles> findSet(const std::string& argument);
-// Returns the set of the list file `listName` in the folder. A FolderNames reads its folder at most once, so use the
-// same object for all sets of a folder.
+// Returns the set of the list file `listName` in the folder, or nothing if there is no such list file. A FolderNames
+// reads its folder at most once, so use the same object for all sets of a folder.
 std::optional<SetFiles> findSet(FolderNames& folder, const std::string& listName);
 
 // Finds a data file whose list file need not exist. If `path` has the extension of a data file, the result also

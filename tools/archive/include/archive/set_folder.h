@@ -21,10 +21,11 @@ SetFolder listsIn(const std::string& folder);
 // `argument` isn't a folder.
 std::optional<SetFolder> findSets(const std::string& argument);
 
-// Returns a message that is safe to print: "this folder can't be read (Permission denied): /card/QUILBOX".
+// Returns a message such as "this folder can't be read (Permission denied): /card/QUILBOX". It is safe to print.
 std::string notRead(const SetFolder& folder);
 
-// Returns the message for a folder without sets. It is safe to print.
+// Returns the message for a folder in which no set was found, because it has none or can't be read. It is safe to
+// print.
 std::string noSetIn(const SetFolder& folder);
 
 // Returns the message for a user who named a folder where a set is needed: "/card/QUILBOX is a folder; name one of its

@@ -13,9 +13,10 @@ struct FoundSets {
     std::vector<std::string> faults;  // sentences about arguments without sets and folders that can't be read
 };
 
-// Returns the sets of all arguments. Each argument is a list file, a data file, their path without the extension, or a
-// folder with sets (set_folder.h). With `recursive`, a folder is searched with all its subfolders. Links to folders
-// inside the folder aren't followed, so the search always ends. An argument that is a link to a folder is followed.
+// Returns the sets of all arguments. Each argument is the path of a list file or data file, such a path without the
+// extension, or a folder with sets (set_folder.h). With `recursive`, a folder is searched with all its subfolders.
+// Links to folders inside the folder aren't followed, so the search always ends. An argument that is a link to a folder
+// is followed.
 FoundSets searchSets(const std::vector<std::string>& where, bool recursive);
 
 // Returns the sets in a host folder that this process has mounted at the path `shownAs`. Leaves out a set whose list

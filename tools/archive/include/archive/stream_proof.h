@@ -1,16 +1,16 @@
 // stream_proof.h - finds out whether a part of a stream can have been replaced although the stream still unpacks.
 //
-// A stream has no checksum. But damage on a card always replaces whole sectors. Such damage can be excluded if each
-// block of the stream meets one of two conditions:
+// A stream has no checksum. But damage on a card always replaces whole sectors. Such damage can be excluded for a
+// stream that unpacks if each of its blocks meets one of two conditions:
 //
-// - The block is smaller than a sector. A lost sector that replaces a part of the block then also replaces a magic, a
-//   length or the end of a block. So the stream can't be unpacked. This is true wherever the sectors begin. Their
+// - The block is smaller than a sector. If a sector that contains a part of this block is replaced, a magic, a length
+//   or the end of a block is replaced too, so the stream doesn't unpack. This is true wherever the sectors begin. Their
 //   offsets are unknown, because the file may consist of several joined files.
-// - The packer makes the same block from the unpacked bytes again. Since it always packs the same raw bytes to the same
-//   block, all matches and lengths of the block are intact. Only literals can have changed, which are raw bytes that
-//   are in the block as they are. So the block must also have no run of literals that could fill a sector.
+// - The packer makes the same block from the unpacked bytes again, and no literal run of the block could fill a sector.
+//   Literals are raw bytes that the block contains unchanged, so packing again doesn't reveal a change of literals. It
+//   reveals any other change. A replaced sector has other bytes than literals, because no literal run fills it.
 //
-// The proof fails for blocks with long runs of literals, which occur in every file that was compressed before. It also
+// The proof fails for blocks with long literal runs, which occur in every file that was compressed before. It also
 // fails for blocks that another packer wrote.
 #pragma once
 

@@ -1,7 +1,8 @@
 // stream_scan.h - finds compressed streams in a data file without using its list (docs/format.md, "Compressed stream").
 // The file may be damaged, cut or joined from several.
 //
-// The use of memory doesn't depend on the file. The time is proportional to the size of the file, whatever its content.
+// The use of memory doesn't depend on the file. The time grows at most in proportion to the size of the file, whatever
+// its content.
 #pragma once
 
 #include "archive/set_files.h"
@@ -21,10 +22,10 @@ struct FoundStream {
     // further raw bytes. They come after the sound bytes and may be wrong.
     std::uint64_t soundBytes = 0;
     unsigned damagedBlocks = 0;  // blocks that can't be unpacked, or that the host couldn't read
-    bool hasMagic = false;       // false: a piece that begins with a later block
+    bool hasMagic = false;       // false: the beginning is lost, and this is the rest from some block on
     bool isClosed = false;       // it has its closing block
     bool isReadable = true;      // the host could read all of its bytes
-    bool isProven = false;       // no sector of it can have been replaced (stream_proof.h)
+    bool isProven = false;       // the stream is whole, and no sector can have been replaced (stream_proof.h)
 
     // All blocks from the magic to the closing block could be read and unpacked.
     bool isWhole() const { return hasMagic && isClosed && isReadable && damagedBlocks == 0; }
@@ -39,9 +40,9 @@ public:
 
     // Announces a stream. At least one block of the stream, or a part of one, can be unpacked.
     virtual void begin(const FoundStream& stream) = 0;
-    // Receives the next raw bytes of the stream. If a damaged block in the middle of the stream yields too few bytes,
-    // zeros are passed for the missing bytes. `stream.rawBytes` already includes the bytes. If the bytes are sound, so
-    // does `stream.soundBytes`. Otherwise `stream.damagedBlocks` already includes the damaged block.
+    // Receives the next raw bytes of the stream. If a damaged block before another data block yields too few bytes,
+    // zeros are passed for the missing bytes. `stream.rawBytes` already includes the bytes. If the bytes come before
+    // the first damage, `stream.soundBytes` includes them too. Otherwise `stream.damagedBlocks` isn't 0.
     virtual void bytes(const FoundStream& stream, std::span<const std::byte> raw) = 0;
     virtual void end(const FoundStream& stream) = 0;
 };
@@ -50,7 +51,7 @@ struct ScanTotals {
     std::uint64_t fileBytes = 0;
     std::uint64_t unreadable = 0;   // bytes that the host couldn't read
     std::uint64_t unclaimed = 0;    // bytes that belong to no stream
-    std::uint64_t lostStreams = 0;  // streams with a beginning, but without anything that can be unpacked
+    std::uint64_t lostStreams = 0;  // streams whose beginning was found, but of which nothing can be unpacked
     bool gaveUp = false;  // parts weren't searched, because too many bytes looked like a block but weren't one
 };
 

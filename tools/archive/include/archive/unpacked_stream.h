@@ -1,6 +1,6 @@
 // unpacked_stream.h - reads the raw bytes of an item. They are unpacked block by block, so only one block is in memory.
 //
-// UnpackedStream uses the static buffers of compressed_stream.h. So only one stream can be read at a time.
+// UnpackedStream uses the static buffers of stream_decoding.h. So only one stream can be read at a time.
 #pragma once
 
 #include "archive/listed_set.h"
@@ -17,6 +17,7 @@ public:
     UnpackedStream(const OpenFile& data, const ListEntry& entry);
 
     // Returns the number of bytes read. It is less than the size of `buffer` only if the stream ends or has a fault.
+    // skip() returns false in these cases.
     [[nodiscard]] std::size_t read(std::span<std::byte> buffer);
     [[nodiscard]] bool skip(std::uint64_t bytes);
 
@@ -35,7 +36,7 @@ private:
     StreamFault fault_;
     bool ended_ = false;      // the closing block was read
     std::size_t filled_ = 0;  // number of raw bytes of the current block
-    std::size_t next_ = 0;    // offset in the block of the next raw byte
+    std::size_t next_ = 0;    // offset of the next raw byte in gRawBuffer
     std::uint64_t taken_ = 0;
 };
 
