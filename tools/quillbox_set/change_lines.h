@@ -15,7 +15,7 @@ namespace quillbox_set {
 // Returns "added", "removed" or "changed".
 std::string_view nameOf(archive::Change change);
 
-// Returns one line for each field, such as: LastName: "a" -> "b".
+// Returns one line for each field, such as: LastName: "a" -> "b". A line break and `indent` precede each line.
 std::string linesOf(const std::vector<archive::FieldChange>& fields, const std::string& indent);
 nlohmann::ordered_json jsonOf(const std::vector<archive::FieldChange>& fields);
 
@@ -23,7 +23,7 @@ class ChangeLines {
 public:
     explicit ChangeLines(bool json) : json_(json) {}
 
-    // Whether anything was printed.
+    // True if a change was printed.
     bool any() const { return any_; }
 
     void print(archive::Change change, const archive::Item& item);

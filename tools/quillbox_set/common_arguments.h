@@ -10,7 +10,7 @@
 
 namespace quillbox_set {
 
-// The values of these arguments. The options of a single command are in a struct of that command.
+// The values of the shared arguments, and the exit code. Options of only one command are in a struct of that command.
 struct CommandLine {
     std::string set;
     std::string second;  // a further argument, such as NEW of `diff` or STORAGE of `prune`
@@ -30,7 +30,7 @@ void addWhereAlone(CLI::App& command, CommandLine& line);
 void addWhere(CLI::App& command, CommandLine& line);
 void addJson(CLI::App& command, CommandLine& line);
 
-// Prints that there is no set of this name. Returns the exit code.
+// Prints on standard error that `argument` doesn't name a set. Returns exitNoSet.
 int reportNoSet(const std::string& argument);
 
 }  // namespace quillbox_set

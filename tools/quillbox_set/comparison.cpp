@@ -177,7 +177,7 @@ private:
         return true;
     }
 
-    // Returns whether the item is sound.
+    // Prints the fault of the item, if it has one. Returns whether the item is sound.
     bool noteDamage(const Side& side, const Item& item, const ContentReport& content)
     {
         if (!content.fault.empty())
@@ -222,7 +222,7 @@ private:
         if (gone.empty() && come.empty() && sameHead)
             return;
         lines_.printDatabase(older, left, right);
-        // Reads both databases again and stores the texts of the records that differ.
+        // Both databases are read again, so that only the texts of the records that differ are in memory.
         RecordCollector olderTexts(
             [&](const Digest& digest, auto) { return std::ranges::binary_search(gone, digest); });
         RecordCollector newerTexts(

@@ -122,8 +122,8 @@ private:
         }
     }
 
-    // Returns an empty text if the whole item was written, otherwise the reason. Sets `bytes` to the size of the file
-    // if one was written.
+    // Returns an empty text if the whole item was written, otherwise the reason why it wasn't. Sets `bytes` to the size
+    // of the file if one was written.
     std::string tryToExtract(const Item& item, std::optional<std::uint64_t>& bytes)
     {
         const std::u16string target = targetOf(item, options_.format);
@@ -161,7 +161,8 @@ private:
         return image.fault.empty() ? "" : image.fault + "; " + counted(records, "record") + " kept";
     }
 
-    // Writes the unpacked bytes of the item. `damage` is a fault that was found before; empty if there is none.
+    // Writes the unpacked bytes of the item. `damage` is a fault of the content that the caller has found; empty if
+    // there is none. Returns and sets the same as tryToExtract().
     std::string copyTo(const std::u16string& path, const Item& item, const std::string& damage,
                        std::optional<std::uint64_t>& bytes)
     {

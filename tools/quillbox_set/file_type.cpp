@@ -26,7 +26,7 @@ constexpr std::array TextBeginnings = std::to_array<KnownBeginning>({
     {"begin:vcalendar", u".ics"},
 });
 
-// The beginnings of MIME types. For these types the library has no extension or several ones.
+// The beginnings of MIME types. For these types the library has no extension or several extensions.
 constexpr std::array TypeBeginnings = std::to_array<KnownBeginning>({
     {"application/octet-stream", u".bin"},
     {"image/jpeg", u".jpg"},

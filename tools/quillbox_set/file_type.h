@@ -19,8 +19,8 @@ public:
     // Loads the data of libmagic. If that fails, every file has an unknown type.
     FileTypes();
 
-    // Returns the extension for a file that begins with these bytes, such as ".jpg". It is ".txt" for a text and ".bin"
-    // for an unknown type.
+    // Returns the extension for a file that begins with these bytes, such as ".jpg" or ".html". It is ".txt" for a text
+    // of an unknown type, and ".bin" for any other file of an unknown type.
     std::u16string extensionOf(std::span<const std::byte> head) const;
 
 private:

@@ -14,8 +14,8 @@ struct FindOptions {
     bool json = false;
 };
 
-// Prints a line for each match as soon as it is found. Returns the exit code. If nothing was found, the exit code is
-// exitFaults.
+// Prints a line for each match as soon as it is found. Returns the exit code. It is exitNoSet if `found` has faults,
+// otherwise exitFaults if nothing was found, or if something is damaged or can't be read.
 int findItems(const archive::FoundSets& found, const FindOptions& options);
 
 }  // namespace quillbox_set

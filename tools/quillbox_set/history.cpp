@@ -31,7 +31,7 @@ namespace {
 
 // The state of the item in one set. Two states are equal if their texts are equal.
 struct State {
-    std::string text;  // empty: the set doesn't have the item
+    std::string text;  // empty: the set doesn't have the item, the value or a record with the words
     std::vector<RecordText> records;
     std::string fault;
 };

@@ -10,15 +10,16 @@
 namespace quillbox_set {
 
 struct HistoryOptions {
-    std::string item;    // its name as in `list`
+    std::string item;    // the name of the item as in `list`
     std::string record;  // words of a record of a database. Empty: the database as a whole.
     std::optional<std::pair<std::string, std::string>> value;  // key and name of a value of the registry
     bool json = false;
 };
 
-// Prints when the item appeared, changed and vanished, in the order of the sets' dates. Returns the exit code. If no
-// set has the item, the exit code is exitFaults. At most two states of the item are in memory, each with the records
-// that contain the words.
+// Prints when the item appeared, changed and vanished, in the order of the sets' dates. Returns the exit code. It is
+// exitNoSet if `found` has faults, otherwise exitFaults if no set has the wanted item, value or record, or if something
+// is damaged or can't be read. At most two states of the item are in memory, each with the records that contain the
+// words.
 int showHistory(const archive::FoundSets& found, const HistoryOptions& options);
 
 }  // namespace quillbox_set

@@ -16,7 +16,7 @@ struct ItemInside {
     std::string fault;            // what is wrong with the item. Empty if nothing is.
 };
 
-// Unpacks the item and returns its description.
+// Returns the description of the item. Unpacks only a database or the registry.
 ItemInside lookInside(const archive::OpenFile& data, const archive::Item& item);
 
 }  // namespace quillbox_set

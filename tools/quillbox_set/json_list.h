@@ -8,8 +8,8 @@
 
 namespace quillbox_set {
 
-// The version is the first field of each object that a command prints. It changes when another field changes its name
-// or its meaning.
+// The version is the first field of each outermost object that a command prints. It changes when another field changes
+// its name or its meaning.
 inline constexpr int JsonVersion = 1;
 
 class JsonList {

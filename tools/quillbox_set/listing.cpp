@@ -62,7 +62,7 @@ ItemRow rowOf(const OpenFile& data, const Item& item, const ListingOptions& opti
     return row;
 }
 
-// Returns "-" if the item is empty or its size isn't known.
+// Returns the ratio in percent, or "-" if the item is empty or its size isn't known.
 std::string ratioOf(const ItemRow& row)
 {
     if (row.bytes.value_or(0) == 0)

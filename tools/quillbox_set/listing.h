@@ -11,7 +11,7 @@ struct ListingOptions {
     bool json = false;
     bool sizes = false;   // also prints unpacked sizes
     bool ratios = false;  // also prints the packed size in percent of the unpacked size
-    bool inside = false;  // also what databases and the registry contain
+    bool inside = false;  // also prints what databases and the registry contain
     // With any order except OfSet, a row for each item is in memory. BySize and ByPackedSize put the largest item
     // first.
     ListOrder order = ListOrder::OfSet;

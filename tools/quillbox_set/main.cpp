@@ -52,7 +52,8 @@ std::optional<database_formats::Format> formatOf(const Packing& packing)
     return packing.raw ? std::nullopt : database_formats::formatNamed(packing.format);
 }
 
-// Opens the set and calls `action` with it.
+// Opens the set, calls `action` with it and returns the result. If the set can't be opened, prints why and returns
+// exitNoSet.
 template <class Action>
 int onSet(const std::string& argument, const Action& action)
 {
@@ -90,7 +91,7 @@ int list(const CommandLine& line, ListingOptions options)
 
 void addList(CLI::App& app, CommandLine& line)
 {
-    const auto options = std::make_shared<ListingOptions>();  // the callback keeps them
+    const auto options = std::make_shared<ListingOptions>();  // shared with the callback, which runs later
     CLI::App* listing = app.add_subcommand(
         "list", "prints the comment and the items of a set, or the sets in a folder such as a card's QUILBOX");
     addSet(*listing, line);

@@ -20,8 +20,8 @@ namespace {
 
 constexpr std::size_t PieceBytes = 262144;
 
-// Copies bytes of the data file. Returns false if the bytes can't be read. If a write fails, target.error() returns the
-// reason.
+// Copies bytes of the data file. Returns false if the bytes can't be read. If a write fails, returns true, and
+// target.error() returns the reason.
 bool copy(const OpenFile& data, std::uint64_t start, DWORD bytes, GrowingFile& target)
 {
     auto high = static_cast<LONG>(start >> 32);

@@ -19,7 +19,7 @@ public:
     std::string add(BYTE kind, const std::u16string& name, std::uint64_t start, std::uint64_t end);
 
     std::uint64_t items() const { return entries_.size(); }
-    // The names of the items that the host couldn't read again. The new set doesn't have these items.
+    // The names of the items that write() couldn't read from the old data file. The new set doesn't have these items.
     const std::vector<std::u16string>& unreadable() const { return unreadable_; }
 
     // Writes the set with its items in the order of their kinds. Neither the list file nor the data file may exist.

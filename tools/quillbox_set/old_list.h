@@ -24,18 +24,19 @@ public:
 
     // Adds the undamaged entries of the list. The data file can be longer than the largest end offset of these entries.
     // Then it may consist of several data files, and the list may belong to the last one. In that case add() tests the
-    // first 1,000 entries at their own offsets and at offsets raised by the difference in length. If more entries match
-    // stream boundaries at the raised offsets, it raises the offsets of all entries.
+    // first 1,000 entries at their own offsets and at offsets raised by the difference in length. If more of them match
+    // stream boundaries at the raised offsets, add() raises the offsets of all entries of this list.
     void add(archive::ListedSet& list);
     // Sorts the entries and removes repeated ones. Call sort() after the last add(), before of().
     void sort();
 
     // Returns the entry of the stream from `start` to `end`, or null if there is none. The entry must begin at `start`.
-    // The entry of a whole stream must end at `end`. The entry of another stream may also end after `end`, because the
+    // If the stream is whole, the entry must end at `end`. Otherwise the entry may also end after `end`, because the
     // stream may be cut.
     OldEntry* of(std::uint64_t start, std::uint64_t end, bool isWhole);
 
-    // True if a list has an item of this kind and name. Then no other stream may get this name.
+    // True if an undamaged entry of an added list has this kind and name. A stream to which no such entry belongs must
+    // not get the name.
     bool hasName(BYTE kind, std::u16string_view name) const { return names_.has(kind, name); }
 
     const std::vector<OldEntry>& entries() const { return entries_; }

@@ -19,8 +19,8 @@ using namespace archive;
 
 namespace {
 
-// Returns whether the bytes can be the head of a database image. Such a stream is read a second time. Few other files
-// begin like an image, so few are read twice for nothing.
+// Returns whether the bytes can be the head of a database image. A stream that begins with such bytes is read a second
+// time, as an image. Few other streams begin like an image, so few are read twice without need.
 bool looksLikeImage(std::span<const std::byte> head)
 {
     DWORD nameBytes = 0;
@@ -105,7 +105,8 @@ void RecoveredItems::end(const FoundStream& stream)
         item.name = content.kind == ItemKindDatabase ? content.image.name : u"registry";
     }
     item.damage = content.fault + (content.format() ? "" : "; its image is kept as it is");
-    // If a list names an item, another stream with a copy of that item must not get the name.
+    // Only the stream to which an entry belongs may get the name in the entry. Another stream can have a copy of the
+    // same item.
     const bool isNamed = entry || !lists_.hasName(item.kind, item.name);
     write(item, content, isNamed);
     addToSet(item, isNamed);
@@ -115,9 +116,9 @@ void RecoveredItems::end(const FoundStream& stream)
 }
 
 // Returns what the content of the stream is. `claimed` is the kind in the entry of a list, or 0 without an entry.
-// Content can begin like a database or a registry but have a fault. Then it keeps that kind only if the entry claims
-// the kind or the stream isn't whole. A database with a fault must also have a complete record. Without an entry, its
-// name must also be printable. All other content is a file.
+// Content that begins like a database or a registry counts as this kind only if `claimed` is the same kind or 0. If
+// such content has a fault, the entry must claim the kind, or the stream must not be whole. A database with a fault
+// must also have a complete record and, without an entry, a printable name. All other content is a file.
 RecoveredItems::Content RecoveredItems::contentOf(const FoundStream& stream, BYTE claimed)
 {
     const OpenFile* const file = sound_ ? sound_->finish() : nullptr;

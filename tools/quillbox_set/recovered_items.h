@@ -43,8 +43,8 @@ private:
         std::string fault;           // by the rules of its kind. Empty if it is sound.
         archive::ImageReport image;  // of a database
 
-        // The format to convert a database to. Nothing if a record is too large to be converted; then the bytes are
-        // written as they are.
+        // The format to convert a database to. Nothing if a record is too large to be converted. The unpacked bytes
+        // of the database are then written without conversion.
         std::optional<database_formats::Format> format() const;
     };
 
@@ -68,7 +68,7 @@ private:
     std::optional<archive::GrowingFile> file_;  // the raw bytes of the current stream
     std::vector<std::byte> head_;               // the first raw bytes of the current stream
     // The sound bytes of the current stream, packed into a new undamaged stream. So the functions for sound streams can
-    // read the content of a damaged stream up to the damage. Has no value unless the content may be a database or the
+    // read the content of a damaged stream up to the damage. Has a value only if the content may be a database or the
     // registry.
     std::optional<SoundStream> sound_;
     archive::Progress progress_{1};

@@ -32,9 +32,9 @@ struct RecoveredItem {
 
 // The result for the new set. All members are empty if no new set was wanted.
 struct NewSetResult {
-    std::string path;                        // of its list. Empty if it wasn't written.
+    std::string path;                        // of the list file of the new set. Empty if the set wasn't written.
     std::string summary;                     // a sentence for people
-    std::vector<std::u16string> unreadable;  // names of items that are missing, because they couldn't be read again
+    std::vector<std::u16string> unreadable;  // names of items that the set lacks, because a second reading failed
 };
 
 struct RecoveryCounts {

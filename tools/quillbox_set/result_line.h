@@ -17,8 +17,8 @@ namespace quillbox_set {
 nlohmann::ordered_json jsonText(std::string_view bytes);
 
 // With `json`, prints the version (json_list.h) and the fields of the object in one line. Otherwise prints the text,
-// which must be safe to print. The first line is flushed at once, and later lines at most every 20 ms. So a reader of a
-// pipe sees results as they are found.
+// which must be safe to print. A line is flushed at once if the last flush was at least 20 ms ago, so that a reader of
+// a pipe sees results as they are found. Any other line is flushed with a later line or at the end of the process.
 void printResult(bool json, const nlohmann::ordered_json& object, const std::string& text);
 
 // Prints a message on standard error. Returns exitNoSet.
@@ -27,7 +27,7 @@ int reportTrouble(const std::string& text);
 // If the text of a database leaves something out, says so on standard error.
 void reportLeftOut(std::u16string_view database, const database_formats::LeftOut& leftOut);
 
-// Prints the faults of the search. Returns exitNoSet if there is one, otherwise exitGood.
+// Prints the faults in `found`. Returns exitNoSet if there is one, otherwise exitGood.
 int reportFaults(const archive::FoundSets& found);
 
 }  // namespace quillbox_set

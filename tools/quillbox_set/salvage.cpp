@@ -38,7 +38,7 @@ struct Work {
     SetFiles files;
     SetFiles newFiles;
     std::unique_ptr<SetMount> mount;     // of the data file
-    std::unique_ptr<SetMount> newMount;  // of the new set; null without one
+    std::unique_ptr<SetMount> newMount;  // of the new set; null if no new set is wanted
     std::u16string comment;              // for the new set
 };
 
@@ -74,7 +74,7 @@ public:
     ~TargetFolder()
     {
         for (const fs::path& path : made_)
-            (void)::rmdir(path.c_str());  // fails if it isn't empty
+            (void)::rmdir(path.c_str());  // fails for a folder that isn't empty
     }
 
     // Why the folder can't be used. Empty if it can.

@@ -8,9 +8,9 @@ namespace quillbox_set {
 
 struct SalvageOptions {
     std::string file;                // the data file
-    std::string folder;              // for the files; it must be missing or empty
+    std::string folder;              // the folder for the recovered files; it must be missing or empty
     std::vector<std::string> lists;  // list files that may belong to the data file
-    std::string set;                 // path of a new set without its ending. Empty: none.
+    std::string set;                 // path of the new set without an ending. Empty: no new set is written.
     bool unproven = false;           // the new set also gets whole streams that aren't proven (stream_proof.h)
     bool json = false;
 };

@@ -16,9 +16,9 @@ public:
     // Makes the file in the platform's root folder. The destructor deletes the file.
     SoundStream();
 
-    // Adds a block of at most RawBlockBytes.
+    // Adds a block with these raw bytes. There must be at most RawBlockBytes of them.
     void add(std::span<const std::byte> raw);
-    // Closes the stream. Returns the file, or null if it couldn't be written.
+    // Closes the stream if it is still open. Returns the file, or null if it couldn't be written.
     const archive::OpenFile* finish();
 
     // Returns an item of this kind whose stream is the whole file.

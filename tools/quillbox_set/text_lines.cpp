@@ -17,8 +17,8 @@ constexpr std::string_view Mark8 = "\xEF\xBB\xBF";
 constexpr std::string_view Mark16Little = "\xFF\xFE";
 constexpr std::string_view Mark16Big = "\xFE\xFF";
 
-// Returns the name of the encoding, or null. In UTF-16, a text in a Western language has NULs in every second byte, and
-// no NULs in the other bytes.
+// Returns the name of the encoding, or null if the piece isn't UTF-16. In a UTF-16 text in a Western language, the
+// upper byte of most units is a NUL, and the lower byte of no unit is a NUL.
 const char* encodingOfUtf16(std::string_view piece)
 {
     std::size_t nuls[2] = {};

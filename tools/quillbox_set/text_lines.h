@@ -12,8 +12,9 @@
 namespace quillbox_set {
 
 // Reads UTF-8, UTF-16 (also without a byte order mark) and Windows-1252. The bytes of the first call of add() decide
-// whether the file is a text. Bytes with a UTF-16 byte order mark are always a text. Other bytes that contain NULs must
-// be UTF-16. Bytes without NULs must not contain control characters other than a tab, LF, CR, form feed, SUB and ESC.
+// whether the file is a text. Bytes that begin with a UTF-16 byte order mark are always a text. Other bytes that
+// contain NULs must be UTF-16. Bytes without NULs must not contain control characters other than a tab, LF, CR, form
+// feed, SUB and ESC.
 //
 // The object keeps the current line in memory, as UTF-16. When 1 MiB of a line is in memory, the object passes this
 // part to the sink and goes on with the rest of the line.
@@ -24,9 +25,9 @@ public:
 
     explicit TextLines(Sink sink) : sink_(std::move(sink)) {}
 
-    // Adds the next bytes of the file. Returns false if the file isn't a text. Then nothing more can be added.
+    // Adds the next bytes of the file. Returns false if the file isn't a text. Don't call add() after that.
     [[nodiscard]] bool add(std::span<const std::byte> piece);
-    // Call it at the end of the file.
+    // Passes the last line to the sink if it has no line end. Call finish() at the end of the file.
     void finish();
 
 private:

@@ -12,8 +12,8 @@ struct FileInSet {
     const archive::Item& item;
 };
 
-// Reads both files into memory. If one of them isn't a text or is too large, returns a line in parentheses that says
-// so.
+// Reads both files into memory. If one of them isn't a text or is too large, returns a line with this reason in
+// parentheses.
 std::string textPatch(const FileInSet& older, const FileInSet& newer);
 
 }  // namespace quillbox_set

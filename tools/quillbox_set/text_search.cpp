@@ -57,7 +57,8 @@ void TextSearch::line(std::u16string_view text, std::uint64_t number)
         found_("line " + std::to_string(number) + ": " + onScreen(text.substr(0, ShownUnits)), {{"line", number}});
 }
 
-// The output has the record's number in the database. It must be computed, because an image has the last record first.
+// The output has the number of the record in the database. The number must be computed, because an image has the last
+// record first.
 void TextSearch::record(unsigned number, std::span<const CEPROPVAL> properties)
 {
     words_.begin();

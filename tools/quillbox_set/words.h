@@ -9,7 +9,7 @@ namespace quillbox_set {
 
 class Words {
 public:
-    // The words are separated by blanks. With `ignoreCase` they match without case.
+    // The words are separated by blanks. With `ignoreCase`, a small letter equals its capital letter.
     Words(std::string_view typed, bool ignoreCase);
 
     bool isEmpty() const { return words_.empty(); }
@@ -18,7 +18,7 @@ public:
     void begin();
     // Adds a part. Returns true if the part contains a word that no earlier part contains.
     bool add(std::u16string_view part);
-    // Whether the parts together have all words.
+    // True if the parts of the text together contain all words.
     bool areAllFound() const { return found_ == words_.size(); }
 
 private:
