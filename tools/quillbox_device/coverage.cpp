@@ -140,7 +140,7 @@ public:
         }
     }
 
-    // Returns the exit code.
+    // Prints the results and returns the exit code.
     int finish()
     {
         std::uint64_t open = 0;

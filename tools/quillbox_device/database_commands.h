@@ -1,5 +1,5 @@
 // database_commands.h - the commands that list, export and import a device's databases. A command that fails throws a
-// Failure, and leaves the device unchanged unless the message says otherwise.
+// Failure or another std::runtime_error, and leaves the device unchanged unless the message says otherwise.
 #pragma once
 
 #include "database_import.h"

@@ -13,7 +13,7 @@ namespace quillbox_device {
 // An open database. The destructor closes it.
 class DatabaseHandle {
 public:
-    // Throws a Failure.
+    // Throws a Failure if the database can't be opened.
     explicit DatabaseHandle(CEOID oid) : handle_(CeOpenDatabase(&oid, nullptr, 0, CEDB_AUTOINCREMENT, nullptr))
     {
         if (handle_ == INVALID_HANDLE_VALUE)

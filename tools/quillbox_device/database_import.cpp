@@ -54,9 +54,9 @@ CEOID made(DatabaseHead head)
     return oid;
 }
 
-// Selects a database of the type `head.type` on the device. If one of them has the usual name `head.name`, or if there
-// is none, returns the usual name. Otherwise returns the name of the only database of this type. Throws a FormatFault
-// if there are several and none has the usual name.
+// Selects a database of the type `head.type` on the device and returns its name. If there is none, returns the usual
+// name `head.name`. If there are several, selects the one with the usual name. Throws a FormatFault if none of them has
+// the usual name, or if at least two others are older than the one that has it.
 std::u16string onlyOneOfType(const DatabaseHead& head)
 {
     std::u16string name;

@@ -26,7 +26,7 @@ public:
     // If `name` is given, the file must contain one database, and this database is imported under `name`.
     // `formatHasHeads` says whether the format contains the names, types and sort orders of databases. If it is false,
     // a database that is replaced keeps its type and sort orders. If in addition no `name` is given, the records go to
-    // the device's database of their type.
+    // the device's database of their type, or to a new one if there is none.
     DatabaseImport(const std::optional<std::string>& name, Existing existing, bool formatHasHeads);
 
     // begin() and add() throw a FormatFault or a Failure. The open database file may then contain a part of the import,

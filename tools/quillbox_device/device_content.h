@@ -27,12 +27,12 @@ struct HeldContent {
 // each record, and shortens long registry values.
 class DeviceContent {
 public:
-    // Throws a Failure.
+    // Reads the records and the registry of the open device. Throws a Failure if that fails.
     void readDevice();
 
     // The functions from beginSet() to takeSet() take the content of one set, in the order of the set's items. The call
     // of takeSet() at the end marks this content as contained in a sound set. Don't call takeSet() if the set is
-    // unsound.
+    // unsound. key() and value() return false if the registry of the set is too large to compare.
     void beginSet();
     void beginDatabase();
     void head(const archive::ImageReport& image);
@@ -49,9 +49,11 @@ public:
 
     bool isCovered() const;
 
-    // Reports each record, value and database that no set holds. Returns their number.
+    // Reports the records, registry keys, registry values and databases that no set holds. Returns their number. For
+    // each database, names at most 20 records. The records of a database that no set holds are neither named nor
+    // counted.
     std::uint64_t reportUncovered(Report& report) const;
-    // Reports which values of the device a set can't hold.
+    // Reports how many values of the device's records no set can hold.
     void reportNotes(Report& report) const;
 
 private:
@@ -64,7 +66,7 @@ private:
         std::vector<archive::Digest> uncovered;  // records that the device has more often than any set
         bool isHeld = false;                     // a set has a database of this name, type and sort orders
     };
-    // A database of the set.
+    // A database of the set that the device has too, under the same name.
     struct Held {
         Database* database;
         bool sameHead;

@@ -18,12 +18,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The database, and the log that has the latest changes.
+// The database, and the log that may contain its latest changes.
 constexpr const char* Copied[] = {"device.db", "device.db-wal"};
 
 // Locks device.lock in shared mode, which needs no write permission. While Quillbox has the device open, it holds an
-// exclusive lock on this file. So it can't start while the shared lock exists. Returns no open descriptor if the file
-// is missing.
+// exclusive lock on this file. So Quillbox can't open the device while the shared lock exists. Returns no open
+// descriptor if the file is missing. Throws a Failure if the file can't be opened or locked.
 platform::host::Descriptor lock(const fs::path& device)
 {
     platform::host::Descriptor opened(::open((device / "device.lock").c_str(), O_RDONLY | O_CLOEXEC));

@@ -10,11 +10,12 @@
 namespace quillbox_device {
 
 // Locks the device so that Quillbox can't start on it, copies its database to a folder for temporary files, and opens
-// the copy. From then on the platform's functions for databases and for the registry read the copy. The destructor
-// closes and deletes the copy.
+// the copy. A device without a lock file isn't locked. The platform's functions for databases and for the registry then
+// read the copy. The destructor closes and deletes the copy.
 class DeviceCopy {
 public:
-    // Throws a Failure, or a std::runtime_error if temporary files can't be made or have no room.
+    // Throws a Failure if the device can't be locked, or if its database can't be copied or opened. Throws a
+    // std::runtime_error if the folder for the copy can't be made.
     explicit DeviceCopy(const std::filesystem::path& device);
     DeviceCopy(const DeviceCopy&) = delete;
     DeviceCopy& operator=(const DeviceCopy&) = delete;

@@ -1,5 +1,5 @@
-// device_files.h - the files in the object store of a device. They are read with the host's calls while no process has
-// the device open.
+// device_files.h - the files in the object store of a device. They are read with the host's calls, without opening the
+// device.
 #pragma once
 
 #include "archive/name_set.h"
@@ -20,13 +20,14 @@ namespace quillbox_device {
 struct Stamp {
     std::uint64_t inode = 0;
     std::int64_t size = 0;
-    std::int64_t written = 0;  // nanoseconds
-    std::int64_t changed = 0;
+    std::int64_t written = 0;  // time of the last write, in nanoseconds
+    std::int64_t changed = 0;  // time of the last change of content or attributes, in nanoseconds
 
     bool operator==(const Stamp&) const = default;
 };
 Stamp stampOf(const struct stat& status);
 
+// A file, or a folder that can't be read.
 struct DeviceFile {
     std::string path;  // relative to the folder of the object store
     Stamp stamp;
@@ -36,11 +37,13 @@ struct DeviceFile {
 // An index of the device's files. The index takes some 200 bytes of memory for each file.
 class DeviceFiles {
 public:
-    // Reads all folders. Throws a Failure if the device's own folder can't be opened.
+    // Reads all folders. Throws a Failure if the folder of the object store can't be opened. Any other folder that
+    // can't be read becomes an entry with a fault in all().
     explicit DeviceFiles(const std::filesystem::path& device);
 
     const std::vector<DeviceFile>& all() const { return files_; }
-    // Finds a file by its full path on the device, written as in the list of a set. Returns the file's index in all().
+    // Finds a file by its full path on the device, written as in the list of a set. Returns the file's index in all(),
+    // or nothing if there is no such file.
     std::optional<std::size_t> find(std::u16string_view name) const;
 
     // Opens the file with this index in all() for reading. Doesn't follow a link.

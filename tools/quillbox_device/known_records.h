@@ -1,4 +1,4 @@
-// known_records.h - finds out which records of a file a database already has. Compares UIDs and content.
+// known_records.h - finds out which records of an imported file a database already has. Compares UIDs and content.
 #pragma once
 
 #include "database_formats/identifier.h"
@@ -18,14 +18,15 @@ class KnownRecords {
 public:
     // For a database that was just made and has no records.
     KnownRecords() = default;
-    // Reads the records of the database, to recognise them. Throws a Failure.
+    // Reads the records of the database, to recognise them. Throws a Failure if that fails.
     explicit KnownRecords(CEOID database);
 
-    // Stores the record through `database`, which must be a handle of the same database. If the database has a record
-    // with the same UID or the same content, the function adds no second one. If the UID is the same but the content
-    // differs, the stored record gets the changed properties. A stored property that `record` lacks is deleted only if
-    // it is a usual property of the database type `type`. Bytes that aren't a text, and numbers that are 0, are never
-    // deleted. Throws a FormatFault.
+    // Stores the record through `database`, which must be a handle of the same database. If the record has a UID of its
+    // own, looks for a record of the database that has this UID or gets it in an export (identifier.h). Otherwise looks
+    // for one with the same content. If there is none, adds the record. If there is one and its content differs, the
+    // stored record gets the changed properties. A stored property that `record` lacks is deleted only if it is a usual
+    // property of the database type `type`. Bytes that aren't a text, and numbers that are 0, are never deleted. Throws
+    // a FormatFault if a record can't be read or written.
     Taken store(HANDLE database, DWORD type, std::span<const CEPROPVAL> record);
 
 private:

@@ -1,5 +1,5 @@
 // registry_commands.h - the commands that export and import a device's registry as a .reg file. A command that fails
-// throws a Failure, and leaves the device unchanged unless the message says otherwise.
+// throws a Failure or another std::runtime_error, and leaves the device unchanged unless the message says otherwise.
 #pragma once
 
 #include <filesystem>
@@ -11,7 +11,8 @@ namespace quillbox_device {
 // device has this name, the function throws and writes nothing.
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force);
 
-// Sets the keys and values that the file contains. All others stay. `file` is a path, or "-" for standard input.
+// Sets the keys and values that the file contains, and deletes those that it marks as deleted. Makes all of these
+// changes or none. All other keys and values stay. `file` is a path, or "-" for standard input.
 void importRegistry(const std::filesystem::path& device, const std::string& file);
 
 }  // namespace quillbox_device

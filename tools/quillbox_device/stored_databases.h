@@ -18,10 +18,11 @@ struct StoredDatabase {
     CEDBASEINFO info{};
 };
 
-// Returns all databases, the oldest first. Throws a Failure.
+// Returns all databases, the oldest first. Throws a Failure if the list of databases can't be read.
 std::vector<StoredDatabase> storedDatabases();
 
-// Returns the database of this name, or nothing if there is none. Names are compared without case. Throws a Failure.
+// Returns the database of this name, or nothing if there is none. Names are compared without case. Throws a Failure if
+// the database can't be read.
 std::optional<StoredDatabase> databaseNamed(const std::u16string& name);
 
 database_formats::DatabaseHead headOf(const CEDBASEINFO& info);
