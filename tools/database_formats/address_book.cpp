@@ -136,8 +136,8 @@ std::vector<std::string_view> textsToRepeat(ContactValues& values)
     return texts;
 }
 
-// If the contact has no first or last name, its shown name becomes the last name. A shown name that only repeats other
-// values isn't counted as left out.
+// If the contact has neither a first nor a last name, the first shown name that doesn't repeat another value becomes
+// the last name. All other shown names are counted as left out, unless they repeat another value.
 void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
 {
     std::string last = values.takeText(Field::LastName);
@@ -168,8 +168,8 @@ void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
                     (telephone->label.empty() ? "" : ", ") + "imported as home)");
 }
 
-// Adds the categories to the contact. Skips groups to which a program adds every contact, such as "* myContacts". They
-// say nothing about a single contact.
+// Adds the categories to the contact. Skips each category that begins with "* ", such as "* myContacts". Such a
+// category is a group of the other program itself, and says nothing about a single contact.
 void takeCategories(ContactValues& values, Record& contact)
 {
     std::string categories;

@@ -11,7 +11,8 @@
 
 namespace database_formats {
 
-// What a column says about a contact.
+// What a column says about a contact. The values of a LeftOut column are counted as left out. The values of an Ignored
+// column are neither imported nor counted.
 enum class Field {
     LeftOut,
     Ignored,

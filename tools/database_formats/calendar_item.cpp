@@ -74,10 +74,10 @@ void addAlarm(Component& event, std::span<const CEPROPVAL> appointment)
 struct CalendarTime {
     FILETIME local{};
     Moment inFile;
-    bool dateOnly = false;  // a whole day
+    bool dateOnly = false;  // the file has a date without a time of day
 };
 
-// Reads the fields of an appointment or a task. `zones` are the zones of its calendar.
+// Reads the fields of an appointment or a task. `zones` are the zones of the calendar that contains the item.
 class ItemFields : public ComponentFields {
 public:
     ItemFields(const Component& item, const CalendarZones& zones, LeftOut& leftOut)
@@ -91,7 +91,7 @@ private:
 };
 
 // Returns the moment as the host's local time. A moment without a zone is local time already. An unknown zone is
-// ignored, and counted as left out under "TZID".
+// ignored, and counted as left out under "TZID". Returns nothing for a time before 1601.
 std::optional<FILETIME> localTime(const Moment& moment, const std::string& zoneName, ItemFields& fields)
 {
     if (moment.minutesEast)
@@ -129,7 +129,7 @@ std::optional<CalendarTime> calendarTimeFrom(const ContentLine& line, ItemFields
     return CalendarTime{*local, *moment, !moment->hasTime};
 }
 
-// Returns the length of the appointment in minutes.
+// Returns the length of the appointment in minutes, or 0 if it is invalid. DURATION has priority over DTEND.
 LONG takeMinutes(ItemFields& fields, const CalendarTime* start)
 {
     const ContentLine* end = fields.take("DTEND");
@@ -182,8 +182,8 @@ std::optional<USHORT> minutesOf(const Component& alarm, const CalendarTime* star
     return std::nullopt;
 }
 
-// Counts as left out the lines of the alarm that an appointment can't hold. Examples are a sound, and a text that
-// differs from the subject.
+// Counts lines of `alarm` as left out, for example a sound, or a text that differs from the subject. Doesn't count
+// TRIGGER, UID, ACTION:DISPLAY, a DESCRIPTION that repeats the subject, or a line with an empty value.
 void leaveAlarm(const Component& alarm, const Component& event, ItemFields& fields)
 {
     const auto isUsual = [&](const ContentLine& line) {

@@ -138,8 +138,8 @@ const date::time_zone* hostZone(std::string_view name)
     }
 }
 
-// Returns the host's zone of this name. If the name begins with a slash, the function also tries the name without its
-// prefix ("/example.org/"). Returns null if the host has no such zone.
+// Returns the host's zone of this name. If the name begins with a slash, it can have a prefix ("/example.org/2007/").
+// The function then also tries the text after each slash. Returns null if the host has no such zone.
 const date::time_zone* hostZoneIn(std::string_view name)
 {
     const bool prefixed = name.starts_with('/');

@@ -32,7 +32,7 @@ std::string Decoder::toUtf8(std::string bytes)
     std::size_t inLeft = bytes.size();
     std::size_t outLeft = utf8.size();
     constexpr auto Failed = static_cast<std::size_t>(-1);
-    // Resets the converter, which an invalid text can leave in another state.
+    // Resets the converter to its initial state. An earlier text that was invalid can have changed the state.
     iconv(converter_.get(), nullptr, nullptr, nullptr, nullptr);
     // The second call flushes the converter. The converter can keep back a letter until it sees whether the next byte
     // combines with the letter.

@@ -22,8 +22,8 @@ std::size_t softBreakIn(std::string_view text, std::size_t lineBegin)
 }
 
 // Returns whether `line` ends the component although a soft line break precedes it. Some programs write such a break
-// even on the last line of a component. If `value` contains the beginning of another component, such as a vCard in a
-// note, `line` can be the end of that component. Then the function returns false.
+// even on the last line before END. If `value` contains the beginning of another component, such as a vCard in a note,
+// `line` can be the end of that component. Then the function returns false.
 bool endsComponent(std::string_view line, std::string_view value)
 {
     const std::string text = inCapitals(line.substr(0, std::min<std::size_t>(line.size(), 14)));

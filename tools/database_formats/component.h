@@ -1,4 +1,5 @@
-// component.h - the lines between BEGIN:NAME and END:NAME in vCard or iCalendar: a contact, an appointment or a task.
+// component.h - the lines between BEGIN:NAME and END:NAME in vCard or iCalendar, such as a contact, an appointment or a
+// task.
 #pragma once
 
 #include "content_line.h"

@@ -19,25 +19,26 @@ class ComponentFields {
 public:
     ComponentFields(const Component& component, LeftOut& leftOut) : component_(component), leftOut_(leftOut) {}
 
-    // Returns the best line of that name. A line of the type `type` is better than others, and lines of the types in
-    // `last` are the worst. Of equally good lines, the first one is returned. The other lines of that name are counted
+    // Returns the best line with this name. A line of the type `type` is better than others, and lines of the types in
+    // `last` are the worst. Of equally good lines, the first one is returned. All other lines with the name are counted
     // as left out. Lines without content are neither returned nor counted. A line with `leftOut` (content_line.h) is
-    // counted, but never returned. Returns null if no line of that name remains. Throws a FormatFault if the value of
-    // the best line can't be read.
+    // counted, but never returned. Returns null if there is no line to return. Throws a FormatFault if the value of the
+    // best line can't be read.
     const ContentLine* take(std::string_view name, std::string_view type = {},
                             std::span<const std::string_view> last = {});
 
-    // Adds the text of the line of that name as a property, if there is such a line.
+    // Calls take(name) and adds the text of the line as the property `id`. Adds nothing if there is no line.
     void takeText(Record& record, std::string_view name, CEPROPID id);
     // Adds all categories, of one or several lines, as one text: "A,B" becomes "A;B".
     void takeCategories(Record& record);
-    // Adds the text of the line of that name as the bytes of the notes.
+    // Calls take(name) and adds the text of the line as the notes, in UTF-8. Adds nothing if there is no line.
     void takeNotes(Record& record, std::string_view name);
 
     void leaveOut(std::string_view name) { leftOut_.add(name); }
-    // Counts all lines of that name with content as left out, under the name `shownName`.
+    // Counts as left out, under the name `shownName`, each line that has the name `name` and isn't empty.
     void leaveOut(std::string_view name, std::string_view shownName);
-    // Counts all remaining lines with content as left out: those whose name wasn't taken and isn't in `ignored`.
+    // Counts the remaining lines with content as left out. These are the lines whose name isn't in `ignored` and that
+    // neither a take function nor leaveOut(name, shownName) has processed.
     void leaveRest(std::span<const std::string_view> ignored);
 
 private:

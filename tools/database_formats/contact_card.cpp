@@ -86,9 +86,9 @@ std::string withoutScheme(std::string text)
     return text;
 }
 
-// If a vCard has no N, the whole name is in FN and becomes the last name. For a contact without a name, addName()
-// writes the company, the telephone number or the mail address as FN. So an FN that only repeats one of these values
-// isn't imported.
+// If N has neither a first nor a last name, FN becomes the last name. For a contact without a name, addName() writes
+// the company, the mail address or the telephone number as FN. So an FN that repeats one of these values doesn't become
+// the last name.
 void takeName(ComponentFields& fields, Record& contact, const Component& card)
 {
     StructuredValue name(fields.take("N"));

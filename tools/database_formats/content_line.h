@@ -11,26 +11,27 @@
 namespace database_formats {
 
 struct Parameter {
-    std::string name;  // in capitals. "TYPE" if the parameter in the file is only a value.
+    std::string name;  // in capitals. If the file has only a value: "ENCODING" for an encoding, otherwise "TYPE".
     std::string value;
 };
 
 struct ContentLine {
     std::string name;  // in capitals, without a group such as "item1." before it
     std::vector<Parameter> parameters;
-    std::string value;       // as in the file: commas, semicolons and line ends are escaped
+    std::string value;       // still escaped, see unescaped() below
     std::size_t number = 0;  // line number in the file where this line begins
     std::string fault = {};  // why the value can't be read as text. Ignored unless the line is used.
     bool guessed = false;    // the character set of the value is a guess
-    bool leftOut = false;    // `fault` is set, and a conversion of the whole file can't remove the fault
+    bool leftOut = false;    // `fault` is set, and a conversion of the whole file to UTF-8 can't remove the fault
 
-    // Returns the value of the first parameter of that name. Empty if there is none.
+    // Returns the value of the first parameter with this name, or an empty text if there is none.
     std::string_view parameter(std::string_view parameterName) const;
     // Returns whether a parameter TYPE contains `type`, which must be in capitals.
     bool hasType(std::string_view type) const;
 };
 
-// Parses a line that has been unfolded. Throws a FormatFault.
+// Parses a line that has been unfolded. `number` is its line number in the file. Throws a FormatFault if the line
+// isn't a name, parameters, a colon and a value, or if it has more than 256 parameters.
 ContentLine contentLineFrom(std::string_view text, std::size_t number);
 
 // Appends the line with CR LF. It is folded after 75 bytes, but never within a character.
@@ -60,7 +61,7 @@ auto atLine(const ContentLine& line, Work work)
     }
 }
 
-// Throws a FormatFault if the value of the line couldn't be decoded.
+// If the line has a `fault`, throws it as a FormatFault with the number of the line.
 void requireText(const ContentLine& line);
 
 std::string inCapitals(std::string_view text);

@@ -25,7 +25,7 @@ bool CsvRows::next(std::vector<CsvCell>& row, std::size_t mostCells)
         const bool quoted = at < text_.size() && text_[at] == '"';
         if (quoted)
             at = takeQuoted(at + 1, cell);
-        if (separator_ == 0)  // only now, because a quoted first cell can contain other separators
+        if (separator_ == 0)  // after takeQuoted(), because a quoted first cell can contain other separators
             determineSeparator(at);
         if (!quoted)
             at = takePlain(at, cell);

@@ -19,7 +19,8 @@ public:
 
     // Reads the next row that isn't empty. Returns false at the end. The first row determines the separator of all
     // cells: a comma, a semicolon or a tab. Throws a FormatFault for a damaged row and for a row of more than
-    // `mostCells` cells. The fault has the number of the line where the row begins.
+    // `mostCells` cells, with the number of the line where the row begins. Throws a FormatFault without a line number
+    // for a NUL, for a row of more than LongestRecord bytes, and if the file can't be read.
     [[nodiscard]] bool next(std::vector<CsvCell>& row, std::size_t mostCells);
 
     // The number of the line where the last row began.

@@ -18,8 +18,8 @@ public:
     void add(std::string_view text);
     // Returns nothing if no birthday shows the order, or if birthdays contradict each other.
     std::optional<DayOrder> found() const;
-    // Returns whether there was a birthday that can be read only with the order. A birthday with points and one that
-    // begins with the year don't need it.
+    // True if at least one birthday can't be read without the order. A birthday with points, or one that begins with
+    // the year, can be read without it.
     bool isNeeded() const { return open_ + dayFirst_ + monthFirst_ != 0; }
 
 private:
@@ -32,7 +32,8 @@ private:
 // points, such as 12.04.1985, or to a date that begins with the year.
 std::optional<FILETIME> dayFrom(std::string_view text, DayOrder order);
 
-// True for a text like 0/0/00, which programs write if there is no date.
+// True for a text that contains only zeros, separators and spaces, such as 0/0/00. Programs write such texts for a
+// missing date. Also true for an empty text.
 bool isNoDate(std::string_view text);
 
 }  // namespace database_formats

@@ -23,7 +23,7 @@ std::string bytesOf(std::string_view digits);
 
 // bitsOf() converts the sixteen bytes of a value to hexadecimal digits, and fromBits() converts them back. The bytes
 // are two numbers of eight bytes. In the text, the upper number comes first. If the upper number is 0, the text has
-// only the sixteen digits of the lower number. Otherwise it has thirty-two digits. fromBits throws a FormatFault for
+// only the sixteen digits of the lower number. Otherwise it has thirty-two digits. fromBits() throws a FormatFault for
 // any other text.
 std::string bitsOf(const CEVALUNION& value);
 CEVALUNION fromBits(std::string_view digits);

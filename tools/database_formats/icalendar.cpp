@@ -48,7 +48,8 @@ void readZones(LineReader& lines, CalendarZones& zones, LeftOut& leftOut)
     lines.restart();
 }
 
-// Counts the calendar's own name, colour and so on as left out. Returns the METHOD of the calendar.
+// Takes the calendar's own lines that were read since the last call. Counts them as left out, for example a name or a
+// colour, except the lines about the file. Returns the METHOD, or an empty text if these lines have none.
 std::string takeCalendarLines(ComponentReader& items, LeftOut& leftOut)
 {
     constexpr std::string_view AboutTheFile[] = {"VERSION", "PRODID", "CALSCALE", "METHOD"};

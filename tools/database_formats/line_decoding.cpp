@@ -34,7 +34,7 @@ std::string fromQuotedPrintable(std::string_view value)
     return bytes;
 }
 
-// Ignores blanks, because some programs fold lines with several of them. The padding at the end may be missing.
+// Ignores blanks, because some programs begin folded lines with several blanks. The padding at the end may be missing.
 std::string fromBase64(std::string_view value)
 {
     constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

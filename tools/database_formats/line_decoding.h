@@ -5,13 +5,13 @@
 
 namespace database_formats {
 
-// `line` is the whole line as in the file.
+// Returns whether the value of a line is in quoted-printable. `line` is the whole line as in the file.
 bool isQuotedPrintable(std::string_view line);
 
 // Converts the value to UTF-8 as the parameters of the line say. If the character set had to be guessed, sets
-// `guessed`. If the conversion fails, the value stays as it is, and `fault` says why. A user can convert a file whose
-// lines are plain text, but not the encoded value of a line. So a failure sets `leftOut` if the line has an encoding or
-// a CHARSET.
+// `guessed`. If the conversion fails, the value doesn't change, and `fault` says why the conversion failed. If the line
+// has an encoding or a CHARSET, a failure also sets `leftOut`. Otherwise the user can remove the fault by converting
+// the whole file to UTF-8.
 void decode(ContentLine& line);
 
 // Converts a value of vCard 2.1 to the escapes of later versions. In 2.1 a backslash escapes only ";", "," and itself.

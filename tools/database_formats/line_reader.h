@@ -30,7 +30,7 @@ public:
     // Goes back to the position that the stream had when the LineReader was made. The stream must be seekable.
     void restart();
 
-    // The number of the last line that was read, from 1.
+    // The number of the last line that was read, from 1. It is 0 before the first line.
     std::size_t number() const { return number_; }
 
 private:

@@ -20,7 +20,8 @@ struct Moment {
 };
 
 // Parses a date ("2025-03-11" or "20250311"), optionally with a time ("T08:30", "T083000", "T08:30:00.5") and an offset
-// ("Z", "+01:00", "-0530"). A space is accepted in place of the T. Throws a FormatFault.
+// ("Z", "+01:00", "-0530"). A space is accepted in place of the T. Throws a FormatFault for any other text, and for
+// a date or time that doesn't exist.
 Moment momentFrom(std::string_view text);
 
 // Converts the date and the time of day, and ignores `minutesEast`. Returns nothing for a time before 1601.

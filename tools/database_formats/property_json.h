@@ -17,11 +17,12 @@ namespace database_formats {
 //   time    the number of 100 ns steps since 1601
 //   text    a string. "units" in place of "value" is a list of UTF-16 units, for a text that isn't valid UTF-16.
 //   blob    a string of hexadecimal digits
-//   other   "bits" in place of "value", in hexadecimal digits (see bitsOf). Also for a number that JSON can't hold.
+//   other   "bits" in place of "value", in hexadecimal digits (see bitsOf). Also for NaN and infinity.
 // Writes large values in pieces, so that no second copy of them is in memory.
 void writeJson(std::ostream& out, const CEPROPVAL& property);
 
-// Adds the property to the record. Throws a FormatFault.
+// Adds the property to the record. Throws a FormatFault if `property` isn't JSON as writeJson() writes it, or if the
+// record can't hold the property.
 void addTo(Record& record, const nlohmann::ordered_json& property);
 
 }  // namespace database_formats

@@ -54,9 +54,8 @@ std::string_view weekdayOf(const Moment& moment)
     return names[weekday(sys_days(date)).c_encoding()];
 }
 
-// Returns true if this part of the rule can be ignored. This is so if the part only repeats the weekday, the month or
-// the day of the appointment's start. WKST can always be ignored, because it has no effect on the rules that are
-// accepted.
+// True if this part of the rule can be ignored, because it only repeats the weekday, the month or the day of the
+// appointment's start. WKST can always be ignored, because it has no effect on the rules that are accepted.
 bool followsFromStart(const std::string& frequency, std::string_view name, std::string_view value, const Moment& start)
 {
     if (name == "WKST")

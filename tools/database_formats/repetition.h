@@ -12,7 +12,8 @@
 
 namespace database_formats {
 
-// Returns the seconds of a duration such as "PT45M", "P1D" or "-PT15M". Throws a FormatFault.
+// Returns the seconds of a duration such as "PT45M", "P1D" or "-PT15M". Throws a FormatFault if the text isn't a
+// duration or is longer than 10^15 seconds.
 std::int64_t durationFrom(std::string_view text);
 
 // Returns a text such as "P2D" for whole days, otherwise a text such as "PT45M".

@@ -16,9 +16,10 @@ namespace database_formats {
 // A function that converts a component to a record.
 using Reading = std::function<Record(const Component&, LeftOut&)>;
 
-// Returns the text of `component`, which was made from `properties`. The function also reads the text again with
-// `read`. If a property then has another value or is missing, the function counts it as left out under the property's
-// name. Throws a FormatFault if the record is too large to be read again.
+// Returns the text of `component`, which was made from `properties`. The function also converts the text back to a
+// record with `read`. Each property that is missing in that record or differs there is counted as left out under its
+// name, except a missing number 0 without flags. Throws a FormatFault if the text can't be converted back, for example
+// because the record is too large.
 std::string writtenText(const Component& component, const Reading& read, std::span<const CEPROPVAL> properties,
                         LeftOut& leftOut);
 

@@ -1,8 +1,8 @@
 // database.h - the interfaces through which readers and writers of all formats pass a database: first its head, then
 // its records one by one.
 //
-// Readers and writers pass on each record at once, and don't store it in memory. A database can come from an object
-// store, a set or a file, and go to any of them.
+// Readers and writers don't collect the records in memory. A database can come from an object store, a set or a file,
+// and go to an object store or a file.
 #pragma once
 
 #include "database_formats/format_fault.h"
@@ -34,7 +34,8 @@ public:
     virtual void begin(const DatabaseHead& head) = 0;
     // Adds a record. Throws a FormatFault if the format can't hold it.
     virtual void add(std::span<const CEPROPVAL> properties) = 0;
-    // Completes the file after the last record of the last database. Throws a FormatFault if that isn't possible.
+    // Completes the file after the last record of the last database. Throws a FormatFault if the file can't be
+    // completed, for example because the format needs a database and none was begun.
     virtual void finish() = 0;
 };
 

@@ -40,8 +40,9 @@ bool holds(Format format, DWORD type);
 // could be written. `leftOut` counts what the format can't represent.
 std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, LeftOut& leftOut);
 
-// Reads a file to its end. Throws a FormatFault with the number of the line that is wrong. `target` has then received
-// everything before that line. `leftOut` counts what no property can hold.
+// Reads a file to its end. `leftOut` counts what no property can hold. Throws a FormatFault if the file is wrong or too
+// large, or if `target` throws one. The fault has the number of the line, if it is known. `target` may have received
+// records before the fault was found.
 //
 // Only JSON lines contain the heads of databases. For vCard, for iCalendar and for address books of other programs in
 // CSV, `target` gets the head that a device usually has for such records. For other CSV, it gets an empty head. Only

@@ -12,21 +12,21 @@
 
 namespace database_formats {
 
-// Returns the UIDs of a database's records. For each record, call one of the functions. The records must come in the
-// order of the database.
+// Makes the UIDs of a database's records. Call one of the functions for each record, in the order of the database. The
+// records of an unchanged database then get the same UIDs in each export.
 class Identifiers {
 public:
     // Returns the record's own UID, which comes from another program or from an earlier export. If the record has no
     // UID of its own, returns ofContent().
     std::string of(std::span<const CEPROPVAL> record);
-    // Returns a UID that is computed from the record's properties without its own UID. The UID also contains the number
-    // of equal records so far, so equal records get different UIDs.
+    // Returns a UID that is computed from all properties of the record except its own UID. The UID also contains the
+    // number of equal records so far, so equal records get different UIDs.
     std::string ofContent(std::span<const CEPROPVAL> record);
 
 private:
     std::unordered_map<std::uint64_t, std::size_t> equalRecords_;
-    // The own UIDs of the records so far. ofContent() returns none of them. Without this check, the own UID of a record
-    // that was changed could equal a UID that is computed later.
+    // The records' own UIDs so far. ofContent() returns none of them. An own UID can come from an earlier export, which
+    // computed it from content that another record has now.
     std::unordered_set<std::string> used_;
 };
 

@@ -1,4 +1,5 @@
-// left_out.h - counts the fields of a file that weren't imported, and those whose character set was guessed.
+// left_out.h - counts the fields that an import or an export left out, and the imported fields whose character set was
+// guessed.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +15,7 @@ namespace database_formats {
 // of the name. Replaces each control character by a text such as <U+001B>, so the result can be longer than 60 bytes.
 std::string shownName(std::string_view name);
 
-// Counts how often each name was added.
+// Counts how often each name was added. After 30 different names, all further names are counted together as "others".
 class NameCount {
 public:
     void add(std::string_view name);
@@ -31,7 +32,7 @@ private:
 
 class LeftOut {
 public:
-    // Counts a field that no property of the record can hold.
+    // Counts a field, a property or a whole item that was left out.
     void add(std::string_view name) { names_.add(name); }
     // Counts a field that was imported with a guessed character set, because the file doesn't name the character set.
     void addGuess(std::string_view name) { guesses_.add(name); }

@@ -1,12 +1,13 @@
 // value_text.h - converts a property's value to text, and back without loss. CSV uses this text for its cells.
 //
 // The meaning of the text depends on the property's type:
-//   number  decimal digits
+//   number  a decimal number, such as -5 or 0.25
 //   time    a moment as in moment_text.h. After the year 9999: the number of 100 ns steps since 1601.
 //   text    UTF-8
 //   blob    UTF-8, if its bytes are valid UTF-8
-// A value that can't be written in this way is written as its bytes in hexadecimal digits after "utf16:" (a text),
-// "hex:" (a blob) or "bits:" (any other type).
+// A value that can't be written in this way is written in hexadecimal digits: a text as its UTF-16 units after
+// "utf16:", a blob as its bytes after "hex:", and a value of any other type after "bits:" (see bitsOf() in
+// hex_digits.h).
 #pragma once
 
 #include "database_formats/record.h"
@@ -18,8 +19,9 @@
 
 namespace database_formats {
 
-// Says how a text with line ends or tabs is written. Kept: they are written as they are. Coded: the whole text is
-// written in hexadecimal digits. A text with any other control character is always written in hexadecimal digits.
+// Says how a text or a blob with line ends or tabs is written. Kept: the line ends and tabs are written unchanged.
+// Coded: the whole value is written in hexadecimal digits. A value with any other control character is always written
+// in hexadecimal digits.
 enum class Controls { Kept, Coded };
 
 std::string valueText(const CEPROPVAL& property, Controls controls);
@@ -28,10 +30,11 @@ std::string valueText(const CEPROPVAL& property, Controls controls);
 // number.
 bool isZero(const CEPROPVAL& property);
 
-// Adds a property with the value that the text represents. Throws a FormatFault.
+// Adds a property with the value that the text represents. Throws a FormatFault if the text isn't a value of the type
+// that `id` contains, or if the record can't hold the property.
 void addFromText(Record& record, CEPROPID id, WORD flags, std::string_view text);
 
-// Returns the flags of a property, from decimal digits. Throws a FormatFault.
+// Returns the flags of a property. Throws a FormatFault if the text isn't a decimal number of at most 16 bits.
 WORD flagsFrom(std::string_view digits);
 
 // Converts UTF-8 to UTF-16. Throws a FormatFault if the text isn't valid UTF-8.
