@@ -32,8 +32,9 @@ public:
         return place->second->value;
     }
 
-    // Adds the value and returns it. If another thread has already added a value for the key, returns the earlier
-    // value. If `cost` is larger than the limit, the cache uses the limit as the cost, and drops all other values.
+    // Adds the value and returns it. If the cache already has a value for the key, for example from another thread,
+    // returns that value. If `cost` is larger than the limit, the cache uses the limit as the cost, and drops all other
+    // values.
     Shared add(std::uint64_t key, Shared value, std::uint64_t cost) EXCLUDES(mutex_)
     {
         const platform::kernel::MutexLock lock(mutex_);

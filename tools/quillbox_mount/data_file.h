@@ -26,8 +26,8 @@ public:
     // it was opened. Also returns true if the constructor couldn't open the file.
     [[nodiscard]] bool isStill(const archive::SetFiles& files) const;
 
-    // Returns the number of bytes read. The number is smaller than requested only at the end of the file and after an
-    // error. It is 0 once the file was written to.
+    // Reads the bytes from `offset` on into the buffer and returns their number. This number is smaller than the
+    // buffer's size only at the end of the file and after an error. It is 0 after a program has changed the file.
     [[nodiscard]] std::size_t read(std::uint64_t offset, std::span<std::byte> buffer) const;
 
     // Copies the bytes from `start` up to, but not including, `end` to a stream. Returns false if the file doesn't have

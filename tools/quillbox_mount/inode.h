@@ -1,4 +1,4 @@
-// inode.h - includes libfuse, and converts between its types and ours: inode numbers and buffers.
+// inode.h - includes libfuse, and converts inode numbers and buffers between its types and those of the mount.
 #pragma once
 
 #include "shown_sets.h"

@@ -1,4 +1,4 @@
-// mount_point.h - checks whether sets can be mounted on a folder and on this computer.
+// mount_point.h - checks whether sets can be mounted on a folder, and whether this computer can mount them.
 #pragma once
 
 #include <string>

@@ -19,8 +19,8 @@ std::uint64_t numberOf(Place file)
     return std::uint64_t{file.set} << 32 | file.node;
 }
 
-// Pushes the content into the kernel's cache, and adds its size to `bytes`. Returns false if the kernel doesn't know
-// the file, because no client has listed its folder.
+// Pushes the content into the kernel's cache, and adds its size to `bytes`. Returns false if the kernel doesn't accept
+// the content, for example because it doesn't know the file: no client has listed its folder.
 bool push(fuse_session* session, Place file, const Content& content, std::uint64_t& bytes)
 {
     off_t offset = 0;

@@ -1,8 +1,9 @@
 // push_ahead.h - pushes small files into the kernel's cache before a client reads them. It does so if the client reads
 // files in the order in which the set contains them.
 //
-// Without this, a client that copies many small files waits for an answer for each file. With it, the kernel already
-// has most of the files when the client reads them, and the mount unpacks the next files while the client works.
+// A client that copies many small files would otherwise wait for an answer for each file. If the files are pushed, the
+// kernel already has most of them when the client reads them, and the mount unpacks the next files while the client
+// works.
 #pragma once
 
 #include "shown_sets.h"
@@ -17,7 +18,7 @@ namespace quillbox_mount {
 // Can be used on any thread.
 class PushAhead {
 public:
-    // If the client reads files in order, pushes the files that follow `file`. Call it after a read of `file` was
+    // If the client reads files in order, pushes small files that follow `file`. Call it after a read of `file` was
     // answered. The call can block, because the kernel may need the answer to another read before it accepts a pushed
     // file. The blocked thread can't send this answer. So other threads must answer requests during the call.
     void after(fuse_session* session, ShownSets& sets, Place file) noexcept;

@@ -15,8 +15,8 @@ namespace quillbox_mount {
 
 namespace {
 
-// How many seconds the kernel may cache an answer. The mounted files never change, so one request for each answer is
-// enough.
+// How many seconds the kernel may cache an answer. The mounted files never change, so the kernel needs each answer only
+// once.
 constexpr double Forever = 365.0 * 24 * 60 * 60;
 constexpr blksize_t FilePreferredBytes = 131072;
 // The preferred block size that the mount reports for folders. The C library of a client allocates a buffer of this
@@ -71,8 +71,8 @@ struct stat statusOf(Place place, const Attributes& attributes)
     return status;
 }
 
-// Fills `entry`. Returns 0 or an error. If the size isn't known yet, the attributes get a timeout of 0. Then the kernel
-// asks for them again when it needs the size.
+// Fills `entry`. Returns 0 or an errno. If the size isn't known yet, the attributes get a timeout of 0, so that the
+// kernel asks for them again when it needs the size.
 int entryOf(ShownSets& sets, Place place, fuse_entry_param& entry)
 {
     Attributes attributes{};

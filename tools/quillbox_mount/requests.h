@@ -9,7 +9,7 @@
 
 namespace quillbox_mount {
 
-// The user data of the session.
+// The user data of the libfuse session.
 struct RequestState {
     ShownSets& sets;
     fuse_session* session = nullptr;

@@ -1,9 +1,10 @@
-// seekable_stream.h - the raw bytes of one stream, readable at any offset.
+// seekable_stream.h - the raw (unpacked) bytes of one stream, readable at any offset. A stream is the content of an
+// item in the data file of a set, packed in blocks.
 //
 // A stream contains the packed size of each block, but not the number of the block's raw bytes. Each block before the
 // last one has RawBlockBytes raw bytes, unless the file grew while it was backed up. So the raw offset of a block is
-// known only after all blocks before it were unpacked once. From then on a read unpacks only the blocks that contain
-// the requested bytes.
+// known only after all blocks before it were unpacked once. After that, a read unpacks only the blocks that contain the
+// requested bytes.
 #pragma once
 
 #include "bounded_cache.h"
@@ -56,8 +57,8 @@ public:
     }
 
     // Appends to `pieces` the next `bytes` bytes from `offset` on, or fewer if the stream ends before. Returns false if
-    // there is damage in these bytes. The size that size() returned first can be too large. If `offset` is below that
-    // size but beyond the real end, read() also returns false. If it returned no bytes instead, and a later read
+    // there is damage in these bytes. Also returns false if `offset` is beyond the real end but below the size that
+    // size() returned first, which can be too large. If read() returned true and no bytes there, and a later read
     // returned the last bytes of the stream, the kernel would show zeros between these bytes and `offset`.
     [[nodiscard]] bool read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces) EXCLUDES(mutex_);
 

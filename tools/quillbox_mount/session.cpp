@@ -45,8 +45,8 @@ private:
     bool isMounted_;
 };
 
-// The signals that EndBySignal waits for. All but SIGUSR1 end the mount. SIGUSR1 interrupts the thread of the loop and
-// the wait of EndBySignal.
+// The signals that EndBySignal waits for. All but SIGUSR1 end the mount. SIGUSR1 interrupts the thread of libfuse's
+// request loop, and the wait of EndBySignal.
 constexpr int Ending[] = {SIGINT, SIGTERM, SIGHUP, SIGUSR1};
 constexpr int Interrupting = SIGUSR1;
 
@@ -71,9 +71,10 @@ void blockEndingSignals()
     (void)pthread_sigmask(SIG_BLOCK, &ending, nullptr);
 }
 
-// A thread that waits for a signal and then ends the loop. It replaces libfuse's own signal handlers, because these can
-// end the loop while a thread pushes file content to the kernel. The push can need a page that the kernel has locked
-// for a pending read. After the end of the loop no thread answers that read, so the push would block forever.
+// A thread that waits for a signal and then ends libfuse's request loop. It replaces libfuse's own signal handlers,
+// because these can end the loop while a thread pushes file content to the kernel. The push can need a page that the
+// kernel has locked for a pending read. After the end of the loop no thread answers that read, so the push would block
+// forever.
 class EndBySignal {
 public:
     explicit EndBySignal(RequestState& state) : state_(state), thread_([this] { work(); })

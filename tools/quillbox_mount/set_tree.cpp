@@ -33,8 +33,8 @@ std::optional<std::uint32_t> SetTree::child(std::uint32_t folder, std::string_vi
     return found == places_.end() ? std::nullopt : std::optional(found->second);
 }
 
-// A database is shown in each format that can hold it. If its type can't be read, the database is damaged and is shown
-// only as JSON lines.
+// Adds an item. A database is shown in each format that can hold it. If its type can't be read, the database is damaged
+// and is shown only as JSON lines.
 void SetTree::addItem(const OpenFile& data, const Item& item)
 {
     if (std::string fault = targetFault(item); !fault.empty()) {

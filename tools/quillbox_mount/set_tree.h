@@ -23,7 +23,7 @@ struct Node {
     enum class Kind {
         Folder,
         File,  // an item whose stream has the bytes of the file
-        Text,  // an item that is written as text
+        Text,  // a database or the registry, shown as text
         Note,  // a file about the whole set, such as its comment
     };
 

@@ -36,7 +36,8 @@ struct Attributes {
     bool isFolder;
     std::uint64_t bytes;
     std::time_t changed;
-    bool areFinal;  // false if the size isn't known yet. `bytes` is 0 then.
+    // False if the size isn't known or wasn't asked for. `bytes` is then 0, or 1 for a text that can't be written.
+    bool areFinal;
 };
 
 // The result of a read. Only one of the three members is set. The object must live until its bytes have been copied.
@@ -83,8 +84,8 @@ public:
     // yet counts as damaged.
     void end() { ends_ = true; }
 
-    // Reads all bytes of a file. Returns false if the file has more than `most` bytes, if its size isn't known yet, or
-    // if `file` isn't an item that is shown as a file.
+    // Reads all bytes of a file. Returns false if the file has more than `most` bytes, if its size isn't known yet, if
+    // it can't be read, or if `file` isn't an item that is shown as a file.
     [[nodiscard]] bool readSmall(Place file, std::uint64_t most, Content& content);
 
 private:

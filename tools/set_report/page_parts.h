@@ -1,4 +1,4 @@
-// page_parts.h - the page around the data of a report, as embed_page.py has put it together from the files in page/.
+// page_parts.h - the page around the data of a report. embed_page.py makes it from the files in page/.
 #pragma once
 
 extern "C" {

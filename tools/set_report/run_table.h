@@ -11,7 +11,8 @@
 
 namespace set_report {
 
-// Identifies a thing in all sets. It is a hash of 128 bits, so two things never have the same key by chance.
+// Identifies a thing in all sets. It is a hash of 128 bits, so it is practically impossible that two things have the
+// same key by chance.
 struct RowKey {
     bool operator==(const RowKey&) const = default;
 
@@ -45,7 +46,8 @@ public:
             addRun(rowOf(key, head), state);
     }
 
-    // Returns a number. The rows are complete for all sets with this number or a higher one.
+    // Returns a number. The rows are complete for all sets with this number or a higher one. The number is 0 as long as
+    // the rows haven't exceeded the limit. If even the newest set may lack rows, no set has the number.
     unsigned completeFrom() const { return completeFrom_; }
 
     // Writes an array of the rows: [head, first set, last set, state, first set, last set, state, ...]. Each group of
@@ -62,14 +64,14 @@ private:
     struct Row {
         std::string head;
         std::vector<Run> runs;
-        unsigned set;         // the last set that had the row's key
-        std::uint64_t times;  // how often that set had the key so far
+        unsigned set;         // the set in which the row's key was added last
+        std::uint64_t times;  // how many things of that set had the key so far
     };
 
     bool isFull() const { return completeFrom_ != 0; }
 
-    // A set can have several things with the same key. The second thing has the same row as the second one of another
-    // set.
+    // Returns the row of the thing, and makes it if it doesn't exist. A set can have several things with the same key.
+    // The second thing with a key has the same row as the second thing with this key in another set.
     template <class Head>
     Row& rowOf(const RowKey& key, const Head& head)
     {

@@ -25,7 +25,7 @@ using screen_text::onScreen;
 namespace {
 
 constexpr std::size_t MostWarnings = 100;         // that the page shows for one set
-constexpr std::size_t MostBytesOfValue = 20'000;  // of a property; a longer text is cut
+constexpr std::size_t MostBytesOfValue = 20'000;  // of a property; a longer value is cut
 
 std::string shownName(std::u16string_view name)
 {
@@ -46,7 +46,7 @@ RowKey rowKey(BYTE kind, std::u16string_view name)
     return {hash.first, hash.second};
 }
 
-// Returns the value of a property as text. Its line breaks are kept.
+// Returns the value of a property as text. Keeps its line breaks, except one at the end.
 std::string shownValue(const CEPROPVAL& property)
 {
     const std::string text = LOWORD(property.propid) == CEVT_LPWSTR

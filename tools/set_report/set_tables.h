@@ -30,8 +30,8 @@ private:
     std::vector<const std::string*> texts_;
 };
 
-// The contents of all sets. docs/archive.md names the limits. In each row of a RunTable, the head is the same in all
-// sets, and the state can differ from set to set.
+// The contents of all sets. docs/archive.md explains the limits on the sizes of the tables. In each row of a RunTable,
+// the head is the same in all sets, and the state can differ from set to set.
 struct ReportTables {
     // Head: kind and name. State: number of the content, unpacked bytes, packed bytes, fault or 0. If the item can't be
     // read to its end, the number is 0 and the unpacked bytes are -1.

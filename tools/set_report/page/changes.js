@@ -9,8 +9,8 @@ function changesBetween(older, newer) {
   return [...itemChanges(older, newer), ...recordChanges(older, newer), ...valueChanges(older, newer)];
 }
 
-// Calls found(row, offset of its run in the older set, the same for the newer set, index of the row) for each row that at least one
-// of the sets has. An offset is -1 if that set doesn't have the row.
+// Calls found(row, offset of its run in the older set, offset of its run in the newer set, index of the row) for each row that at
+// least one of the sets has. An offset is -1 if that set doesn't have the row.
 function inEither(rows, runs, older, newer, found) {
   rows.forEach((row, number) => {
     const before = runAt(row, runs, older);
@@ -55,8 +55,8 @@ function unreadNames(kind, ...among) {
   return new Set(data.items.filter(row => row[0] === kind && isUnread(row)).map(row => row[1]));
 }
 
-// Records that the other set doesn't have. Two different records that describe the same contact, appointment or task are shown as
-// one record that has changed.
+// The changes of records that only one of the sets has. If a record of each set describes the same contact, appointment or task,
+// the two records are shown as one record that has changed.
 function recordChanges(older, newer) {
   if (Math.min(older, newer) < data.recordsFrom) return [];
   const gone = new Map(), come = [], unread = unreadNames(2, older, newer);

@@ -1,7 +1,7 @@
 // Elements and texts. A text from a set becomes a text node or an attribute here. It never becomes markup.
 
 const SVG = "http://www.w3.org/2000/svg";
-const LongestText = 400; // of a cell. A longer text slows down each layout. Its details show the whole text.
+const LongestText = 400; // characters. A longer text would slow down each layout, so it is cut. The details show the whole text.
 
 function element(name, attributes = {}, ...children) {
   return filled(document.createElement(name), attributes, children);
@@ -27,7 +27,7 @@ function button(text, onclick, attributes = {}) {
   return element("button", { type: "button", onclick, ...attributes }, text);
 }
 
-// Terms and descriptions. A pair without a description is left out.
+// Fills the list with terms and descriptions. A pair without a description is left out.
 function descriptions(list, pairs) {
   list.replaceChildren(...pairs.filter(pair => pair[1] !== undefined && pair[1] !== "")
     .flatMap(([term, text]) => [element("dt", {}, term), element("dd", {}, text)]));

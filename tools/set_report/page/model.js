@@ -1,5 +1,6 @@
-// The data of the page: the sets, the oldest first, and rows of their contents. A row is an array. It begins with what is the same
-// in all sets. Then come runs, which are ranges of sets in which the thing has the same state, the newest first.
+// The data of the page: the sets, the oldest first, and rows of their contents. A row is an array that describes one thing: an
+// item, a record, or a key or value of the registry. It begins with what is the same in all sets. Then come runs, the newest
+// first. A run is a range of sets in which the thing has the same state.
 
 const data = JSON.parse(byId("data").textContent);
 const sets = data.sets;
@@ -36,7 +37,7 @@ function itemsOf(set) {
     const at = runAt(data.items[number], ItemRuns, set);
     if (at >= 0) items.push(itemAt(number, at));
   }
-  return items.sort((left, right) => left.kind - right.kind); // as in a set; the rows of things that only older sets have come last
+  return items.sort((left, right) => left.kind - right.kind); // as in a set; rows that the newest set lacks are last in the data
 }
 
 function recordsOf(set) {

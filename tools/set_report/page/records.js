@@ -58,7 +58,7 @@ function showValue(row) {
 
 const spanOf = (first, last) => first === last ? setName(first) : `${setName(first)} to ${setName(last)}`;
 
-// The sets that have the row, the oldest first.
+// The ranges of sets that have the row, the oldest first, as text.
 function spans(row, { start, width }) {
   const texts = [];
   for (let at = row.length - width; at >= start; at -= width) texts.push(spanOf(row[at], row[at + 1]));

@@ -1,7 +1,7 @@
 // A table with any number of rows. Only the rows in view are elements. The user can search and sort the table.
 //
-// columns: { title, text(row), sort(row), width, number, wide }. A wide column isn't shown in a narrow window. Sorting compares the
-// results of `sort`, or those of `text` if there is no `sort`.
+// columns: { title, text(row), sort(row), width, number, wide, bad(row) }. A wide column isn't shown in a narrow window. Sorting
+// compares the results of `sort`, or those of `text` if there is no `sort`. If `bad` is true for a row, its cell is highlighted.
 // options: { name, thing, search(row), choices: [[text, keeps(row)], ...], open(row), empty, sorted }. `sorted` is the index of the column
 // by which the rows are sorted at first.
 

@@ -16,7 +16,7 @@ namespace set_report {
 struct ReportOutcome {
     std::size_t sets = 0;
     std::size_t damagedSets = 0;
-    bool isShortened = false;  // the page would have become too large, so it names what it leaves out
+    bool isShortened = false;  // the page would have become too large, so it lacks contents of some sets and names them
 };
 
 // Verifies the sets and writes the page. `faults` are sentences for the page about folders that can't be read or
