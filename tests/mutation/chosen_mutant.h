@@ -1,7 +1,7 @@
-// chosen_mutant.h - each source of a mutation run includes it, and asks at each mutant whether the mutant is switched
-// on. QUILLBOX_MUTANT is the number of the mutant that is switched on. QUILLBOX_REACHED is the descriptor of a file
-// with one byte for each mutant. The byte becomes 1 when the program reaches the mutant. The file is mapped, so that it
-// keeps the bytes of a killed process too.
+// chosen_mutant.h - included in each source of the build that run.py makes. At each mutant the source calls isChosen to
+// ask whether the mutant is switched on. QUILLBOX_MUTANT is the number of the mutant that is switched on.
+// QUILLBOX_REACHED is the descriptor of a file with one byte for each mutant. The byte becomes 1 when the program
+// reaches the mutant. The file is mapped, so that it keeps the bytes of a killed process too.
 #pragma once
 
 #include <sys/mman.h>

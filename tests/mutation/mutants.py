@@ -1,8 +1,8 @@
-"""Finds the mutants of a C++ source, and writes the source with all mutants in it. Each mutant is switched on by its
-number.
+"""Finds the mutants of a C++ source, and writes the source with all mutants in it. A mutant is one small change of the
+code. The program that is built from this source makes only the change whose number is switched on (chosen_mutant.h).
 
-It reads tokens, not syntax. An operator between blanks is binary, because clang-format writes it so. Its operands reach
-to the next operator with a lower precedence. The caller leaves out mutants that don't compile.
+This module reads tokens, not syntax. An operator between blanks is binary, because clang-format writes it so. Its
+operands reach to the next operator with a lower precedence. The caller leaves out mutants that don't compile.
 """
 import bisect
 import dataclasses
@@ -23,7 +23,7 @@ NUMBER = re.compile(r"(0[xX][\da-fA-F']+|[\d']+)([uUlLzZ]*)")
 OPENING, CLOSING = {"(", "[", "{"}, {")", "]", "}"}
 STOPS = {"return", "case", "else", "do", "throw", ";", ",", ":", "?"}  # an operand ends before these
 HEADS = {"if", "while", "for", "switch"}
-NOTHING = {"", "{}", "0", "false", "FALSE", "nullptr", "std::nullopt"}  # `return {}` would return the same
+NOTHING = {"", "{}", "0", "false", "FALSE", "nullptr", "std::nullopt"}  # a mutant `return {}` would return the same
 # DROPPABLE matches a call, an assignment or an increment, but no declaration.
 KEYWORDS = "return|if|else|while|for|switch|do|throw|using|case|delete|static_assert"
 DROPPABLE = re.compile(rf"(?:\(void\)\s*)?(?:\+\+|--|(?!(?:{KEYWORDS})\b)"
@@ -36,7 +36,9 @@ class Mutant:
     start: int  # offsets in the text
     end: int
     text: str  # the replacement
-    kind: str  # value, truth (its opposite is a mutant), condition (any type that is true or false), declaration, statement
+    # value, statement, truth (a comparison or a negation, whose opposite is a mutant too), condition (of an if, while
+    # or ?; it can have any type that converts to bool), or declaration (a condition that declares a variable)
+    kind: str
     line: int = 0
     shown: str = ""
     number: int = 0
@@ -161,7 +163,7 @@ class Source:
     def mutants(self):
         found = list(self.find())
         lines = [end.end() for end in re.finditer("\n", self.text)]
-        opposites = {(m.start, m.end) for m in found if m.kind == "truth"}  # `!(a < b)` is `a >= b`
+        opposites = {(m.start, m.end) for m in found if m.kind == "truth"}  # `!(a < b)` equals the mutant `a >= b`
         for mutant in found:
             if mutant.kind != "condition" or (mutant.start, mutant.end) not in opposites:
                 mutant.line = bisect.bisect(lines, mutant.start) + 1
@@ -176,7 +178,7 @@ def instrumented(text, mutants):
     def render(start, end, inside):
         out = ""
         while inside:
-            mutant = min(inside, key=lambda m: (m.start, -m.end, m.number))  # the widest one, which contains the others
+            mutant = min(inside, key=lambda m: (m.start, -m.end, m.number))  # the widest of those that begin first
             nested = [m for m in inside if m is not mutant and m.start < mutant.end and m.end <= mutant.end]
             inside = [m for m in inside if m is not mutant and m.start >= mutant.end and m not in nested]
             was = render(mutant.start, mutant.end, nested)

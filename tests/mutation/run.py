@@ -4,17 +4,17 @@
     tests/mutation/run.py --sample 300 --seed 1 --survivors survivors.txt --matrix matrix.txt
 
 Takes the files of HEAD, changes each operator, condition, constant, call, assignment and return value of each function
-in turn (mutants.py), and runs the GoogleTest programs on the changed code. A mutant is killed if a test fails, crashes
-or hangs. One build holds all mutants, and QUILLBOX_MUTANT switches one on. At first each test runs alone and without a
-mutant. This shows which mutants the test reaches and how long it takes. Each mutant then runs the tests that reach it.
+in turn (mutants.py), and runs the GoogleTest programs on the changed code. Each such change is a mutant. A mutant is
+killed if a test fails, crashes or hangs. One build holds all mutants, and QUILLBOX_MUTANT switches one on. At first
+each test runs alone and without a mutant. This shows which mutants the test reaches and how long it takes. After that,
+the tests that reach a mutant run with this mutant switched on.
 
 A mutant of the code that deletes files can delete any file. So bubblewrap starts each test in an environment where
 everything is read-only but /tmp and /dev/shm, which are small file systems in memory. When the test ends, these file
 systems disappear and its child processes are killed. This needs the package bubblewrap and Linux 6.6 (extended
 attributes of users in tmpfs).
 
-Not covered: headers, constants outside of functions, and code that only the tests of scripts, tools and the window
-reach.
+Not covered: headers, constants outside of functions, and code that no GoogleTest program reaches.
 """
 import argparse
 import collections
@@ -58,7 +58,7 @@ def write_if_new(path, content):
 
 
 def extract(tree):
-    """Writes the files of HEAD to the tree, except the sources to mutate. Yields these with their paths."""
+    """Writes the files of HEAD to the tree, except the sources to mutate. Yields these sources with their paths."""
     with tarfile.open(fileobj=io.BytesIO(output("git", "-C", HERE.parents[1], "archive", "HEAD"))) as archive:
         for file in filter(tarfile.TarInfo.isfile, archive):
             content = archive.extractfile(file).read()
@@ -69,7 +69,7 @@ def extract(tree):
 
 
 def configure(tree, build, sources):
-    """Returns the test programs that have a mutated source."""
+    """Configures the build. Returns the GoogleTest programs that are built from a mutated source."""
     output("cmake", "-S", tree, "-B", build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=", f"-DCMAKE_CXX_FLAGS={FLAGS}",
            "-DQUILLBOX_WINDOW=OFF")
     programs, targets = [], output("ninja", "-C", build, "-t", "targets", "all").decode()
@@ -81,7 +81,7 @@ def configure(tree, build, sources):
 
 
 def build_mutants(scratch, jobs):
-    """Returns the mutants that compile, and the test programs."""
+    """Builds the test programs with all mutants that compile. Returns these mutants and the programs."""
     tree, build = scratch / "tree", scratch / "build"
     sources = dict(extract(tree))
     mutants = {path: list(source.mutants()) for path, source in sources.items()}
@@ -157,9 +157,9 @@ class Run:
             os.close(flags)
 
     def judge(self, number, every, slow):
-        """Finds the tests that kill the mutant. Without `every` it stops at the first one. Slow tests run one by one,
-        and only if no other test kills the mutant. After a test that hangs no further test runs, because each may take
-        as long."""
+        """Finds the tests that kill the mutant. Unless `every` is true, it stops at the first one. Tests that take
+        longer than `slow` seconds run one by one, and only if no other test kills the mutant. After a test that hangs
+        no further test runs, because each may take as long."""
         quick = collections.defaultdict(list)
         for test in self.reaching[number]:
             if self.seconds[test] <= slow:
@@ -173,8 +173,8 @@ class Run:
         self.killers[number] = killers
 
     def failing(self, number, tests, every):
-        """Returns the tests of one program that fail. A crash ends the program, so the remaining tests need another
-        process."""
+        """Returns those of the tests that fail. All of them are in one program. A crash ends the program, so the
+        remaining tests need another process."""
         program, left, failed = tests[0][0], [name for _, name in tests], set()
         while left:
             process = self.start(program, ["--gtest_filter=" + ":".join(left)] + ["--gtest_fail_fast"] * (not every), number)

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Runs the suites of a build whose result may have changed since they last passed.
+"""Runs those suites (tests of CTest) of a build whose result may have changed since they last passed.
 
     suites.py BUILD-FOLDER [CTEST OPTION...]      the options choose among the suites, as -L and -E do
 Exit code: that of ctest.
 
 A suite that passed runs again when its command, its environment variables, one of the programs that it uses, or one of
-the files of the repository that it reads has changed. A compiled suite uses itself. A script uses the programs that its
-command names. If it names none, it uses those in its own folder of programs (tests/CMakeLists.txt), or otherwise all
-programs of the build. It reads every script below tests/. It also reads the files and folders of the repository that its
-command or its property REQUIRED_FILES names.
+the files of the repository that it reads has changed. A compiled suite uses its own program. A script uses the programs
+that its command or its property REQUIRED_FILES names. If they name none, the script uses those in the folder that
+tests/CMakeLists.txt made for it, or otherwise all programs and libraries of the build. A script reads all scripts below
+tests/. A suite also reads the files and folders of the repository that its command or REQUIRED_FILES names.
 """
 import functools
 import hashlib

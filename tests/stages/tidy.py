@@ -2,14 +2,14 @@
 """Runs clang-tidy on the sources that may have a new complaint because something changed since they last had none.
 
     tidy.py BUILD-FOLDER SOURCE...      BUILD-FOLDER has the compile commands
-Exit code 1: clang-tidy has complaints, and they are on standard output.
+Exit code 1: clang-tidy has complaints, or no target compiles one of the sources. Standard output says which.
 
 Sources of one folder with the same options are read together, as one translation unit that includes them. This takes a
 fraction of the time, because clang-tidy spends most time on the headers of the system. The sources of a unit with a
 complaint are read once more, each alone.
 
-If a source has no complaint, the script makes an empty file. The file's name is a hash of all that clang-tidy read: the
-compile command, clang-tidy's own version and settings, the source, and each header of the project that the source can
+If a source has no complaint, the script makes an empty file in BUILD-FOLDER/passed. The file's name is a hash of the
+compile command, clang-tidy's version and settings, the source, and each header of the project that the source can
 include. Headers of the system aren't part of the hash.
 """
 import collections
@@ -98,7 +98,8 @@ def is_clean_together(build, batch):
 
 
 def may_have_unused_name(source):
-    """clang-tidy looks for unused names only in the main file. In a joined unit the source isn't the main file."""
+    """Returns whether the source may declare a name (by using or as an alias of a namespace) that it doesn't use.
+    clang-tidy finds such names only in the main file, and in a joined unit the source isn't the main file."""
     text = re.sub(r"//.*", "", pathlib.Path(source).read_text())
     names = re.findall(r"^\s*using (?:\w+::)+(\w+);", text, re.MULTILINE) + re.findall(r"^\s*namespace (\w+) = ", text, re.MULTILINE)
     return any(len(re.findall(rf"\b{name}\b", text)) == 1 for name in names)
