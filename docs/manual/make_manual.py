@@ -15,18 +15,18 @@ RELEASE = re.search(r'<release version="[^"]+" date="([^"]+)"',
                     (DOCS.parent / "packaging/desktop/org.quillbox.Quillbox.metainfo.xml.in").read_text())[1]
 VERSION = re.search(r"project\(Quillbox VERSION (\S+)", (DOCS.parent / "CMakeLists.txt").read_text())[1]
 
-# Program: its purpose, the page whose sections follow the options, the sections left out, and its files.
+# Program: its purpose, the pages whose sections follow the options, the sections left out, and its files.
 PROGRAMS = {
-    "quillbox": ("back up and restore a handheld device", "commands.md", (), {
+    "quillbox": ("back up and restore a handheld device", ("commands.md",), (), {
         "~/.local/share/quillbox/device": "The device, if no other is named.",
         "~/.config/quillbox/NAME.toml": "The profile NAME."}),
-    "quillbox-set": ("list, check, search and unpack sets of quillbox", "archive.md", ("covered",), {
+    "quillbox-set": ("list, check, search and unpack sets of quillbox", ("archive.md", "salvage.md"), ("covered",), {
         "QUILBOX/QLBX0001.QLT, QUILBOX/QLBX0001.QDT": "The list and the data of set 1 on a card.",
         "QUILBOX/QLBX0001.SUM": "Their checksums, if the set is sealed."}),
-    "quillbox-device": ("show and change devices of quillbox", "forms.md", (), {
+    "quillbox-device": ("show and change devices of quillbox", ("forms.md",), (), {
         "DEVICE/object-store": "The files of the device.", "DEVICE/device.db": "Its databases and its registry.",
         "DEVICE/cards": "A folder for each card that the device has itself."}),
-    "quillbox-mount": ("show sets of quillbox as folders", "mount.md", (), {
+    "quillbox-mount": ("show sets of quillbox as folders", ("mount.md",), (), {
         "QUILBOX/QLBX0001.QLT, QUILBOX/QLBX0001.QDT": "The list and the data of set 1 on a card."}),
 }
 FORMATS = {"quillbox-script": ("scripts of quillbox", "script.md"), "quillbox-set": ("sets of quillbox, and their formats", "format.md")}
@@ -70,7 +70,7 @@ def add_command(page, command):
 
 
 def program_page(name, program):
-    what, source, skipped, files = PROGRAMS[name]
+    what, sources, skipped, files = PROGRAMS[name]
     page = head(name, 1, what)
     page.section("Synopsis")
     for command in [program, *program.commands]:
@@ -84,7 +84,8 @@ def program_page(name, program):
     for command in list(all_commands(program))[1:]:
         if not command.commands:
             add_command(page, command)
-    add_markdown(page, (DOCS / source).read_text(), skipped)
+    for source in sources:
+        add_markdown(page, (DOCS / source).read_text(), skipped)
     if "Exit code" in program.what:
         page.section("Exit status")
         page.paragraph(spans(program.what.split("\n")[1]))
