@@ -5,10 +5,10 @@
 Exit code: that of ctest.
 
 A suite that passed runs again when its command, its environment variables, one of the programs that it uses, or one of
-the files of the repository that it reads has changed. A compiled suite uses its own program. A script uses the programs
-that its command or its property REQUIRED_FILES names. If they name none, the script uses those in the folder that
-tests/CMakeLists.txt made for it, or otherwise all programs and libraries of the build. A script reads all scripts below
-tests/. A suite also reads the files and folders of the repository that its command or REQUIRED_FILES names.
+the files that it reads has changed. A compiled suite uses its own program. A script uses the programs that its command
+names. If it names none, the script uses those in the folder that tests/CMakeLists.txt made for it, or otherwise all
+programs and libraries of the build. A script reads all scripts below tests/. A suite also reads the files and folders of
+the repository that its command names, and those that its property REQUIRED_FILES names.
 """
 import functools
 import hashlib
@@ -41,16 +41,15 @@ def own_programs(build, properties):
 
 
 def inputs(build, words, properties):
-    required = [file for p in properties if p["name"] == "REQUIRED_FILES" for file in p["value"]]
-    paths = [pathlib.Path(word) for word in [*words, *required] if word.startswith("/")]
-    programs = [path for path in paths if build in path.parents and path.is_file()]
+    named = [pathlib.Path(word) for word in words if word.startswith("/")]
+    required = [pathlib.Path(file) for p in properties if p["name"] == "REQUIRED_FILES" for file in p["value"]]
+    programs = [path for path in named if build in path.parents and path.is_file()]
     programs = programs or own_programs(build, properties)
     if not programs:
         programs = files_in(build / "bin") + files_in(build / "lib")
-    scripts = SCRIPTS if any(path.suffix == ".py" for path in paths) else []
-    read = [file for path in paths if ROOT in path.parents and build not in path.parents
-            for file in (files_in(path) if path.is_dir() else [path])]
-    return programs + scripts + read
+    scripts = SCRIPTS if any(path.suffix == ".py" for path in named) else []
+    read = [path for path in named if ROOT in path.parents and build not in path.parents] + required
+    return programs + scripts + [file for path in read for file in (files_in(path) if path.is_dir() else [path]) if file.exists()]
 
 
 def state(build, suite):

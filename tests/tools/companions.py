@@ -11,6 +11,7 @@ import card_reader
 from host_trouble import unwritable_outputs
 
 BIN = pathlib.Path(os.environ["QUILLBOX_BIN"])
+SAMPLE_SETS = pathlib.Path(os.environ["QUILLBOX_SAMPLE_SETS"])  # see sample_sets.py
 # A sanitized program takes several times as long and reserves more memory than any limit allows.
 SANITIZED = bool(os.environ.get("QUILLBOX_SANITIZE"))
 
