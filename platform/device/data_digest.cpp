@@ -23,7 +23,8 @@ namespace {
 constexpr std::size_t PieceBytes = 32768;
 constexpr std::chrono::milliseconds LookAgain{1};
 
-// The names of the files of a new set are in capitals, so the ending is QLT.
+// Returns the path of the data file that belongs to the list file of a new set. The names of a new set are in capitals,
+// so the path of the list file ends in QLT and not in qlt.
 std::string dataFileOf(std::string listFile)
 {
     constexpr std::string_view ListEnding = "QLT";

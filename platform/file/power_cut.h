@@ -11,8 +11,8 @@ namespace platform::file {
 // before its first change is regarded as flushed.
 void noteChange(int file);
 
-// If `size` is below the file's flushed size, lowers the flushed size to it. Call it after the file's size was set to
-// `size`.
+// If the flushed size of the file is greater than `size`, lowers the flushed size to `size`. Call this function after
+// the file's size was set to `size`.
 void noteResize(int file, std::uint64_t size);
 
 // Records a new directory entry. Call it after a file or folder was made at `path` below `folder`.

@@ -26,7 +26,8 @@ public:
         return found.row == oid ? stand(oid) : refuse(found.error != 0 ? found.error : ERROR_INVALID_PARAMETER);
     }
 
-    // Moves the pointer `records` records forward from the first record whose oid is at least `from`.
+    // Finds the first record whose oid is at least `from`, and moves the pointer to the record that is `records` places
+    // after it. If there is no such record, moves the pointer after the last record and sets ERROR_SEEK.
     CEOID forward(std::int64_t from, std::int64_t records)
     {
         const auto found = oidFrom(connection_, open_.database(), from, records);
@@ -37,8 +38,8 @@ public:
         return refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
-    // Moves the pointer `records` records back from the first record whose oid is at least `from`. `records` is at
-    // least 1.
+    // Moves the pointer to the record that is `records` places before the first record whose oid is at least `from`.
+    // `records` is at least 1. If there is no such record, leaves the pointer unchanged and sets ERROR_SEEK.
     CEOID back(std::int64_t from, std::int64_t records)
     {
         const auto found = oidBefore(connection_, open_.database(), from, records - 1);

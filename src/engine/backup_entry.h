@@ -61,9 +61,9 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
 void NoteFailedWrite(void* context);
 void LogFailedWrite(void* context);
 
-// Begin and end an item. EndItem returns whether all steps of the item have succeeded. Otherwise it reports the item as
-// not stored. Two kinds of files aren't reported: files of the run itself, and files that a full backup found and that
-// were deleted before the run read them.
+// Begin and end an item. EndItem returns true if all steps of the item have succeeded. If a step has failed, it returns
+// false and reports the item as not stored. For two kinds of files it returns false without this report: files of the
+// run itself, and files that a full backup found and that were deleted before the run read them.
 void BeginItem(BackupRun& run);
 bool EndItem(BackupRun& run, BYTE kind, const WCHAR* name);
 

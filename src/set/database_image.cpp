@@ -121,8 +121,9 @@ bool PutCurrentRecord(ImageWriter& writer, HANDLE database)
     return read;
 }
 
-// Writes exactly `expected` records, beginning with the last record of the database. Writes records without properties
-// in place of missing ones. Returns false if the database has more or fewer records, or if a record can't be read.
+// Writes exactly `expected` records, beginning with the last record of the database. If the database has fewer records,
+// writes a record without properties for each missing one. Returns false if the database has more or fewer records, or
+// if a record can't be read.
 bool PutRecords(ImageWriter& writer, HANDLE database, WORD expected)
 {
     bool complete = true;

@@ -240,9 +240,10 @@ bool isUsable(const Component& observance)
     return hasStart && hasFrom && hasTo;
 }
 
-// Returns how many rules the definition adds to the number that MostRules limits. Each observance adds one, and one
-// more for each century since its start. Each comma in an RRULE and every hundred commas in an RDATE add one. Returns
-// nothing if an observance isn't usable or an RRULE isn't yearly.
+// Returns as how many rules the definition counts. MostRules limits the sum over all accepted definitions. An
+// observance counts as one rule, plus one for each full century from its start to 2037, one for each comma in an RRULE,
+// and one for each full hundred commas in an RDATE. Returns nothing if an observance isn't usable or an RRULE isn't
+// yearly.
 std::optional<std::size_t> rulesOf(const Component& definition)
 {
     std::size_t rules = 0;

@@ -53,7 +53,7 @@ public:
     // each database, names at most 20 records. The records of a database that no set holds are neither named nor
     // counted.
     std::uint64_t reportUncovered(Report& report) const;
-    // Reports how many values of the device's records no set can hold.
+    // Reports how many values in the device's records have a type that a set can't hold.
     void reportNotes(Report& report) const;
 
 private:

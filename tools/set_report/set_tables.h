@@ -38,8 +38,8 @@ struct ReportTables {
     RunTable items{std::size_t{64} * 1024 * 1024};
     // Head: number of the database, and an array with the number and the value of each property. No state.
     RunTable records{std::size_t{32} * 1024 * 1024};
-    // The registry's keys and values. Head: key and name of the value, or null for the key itself. State: the value as
-    // a text, or 0 for a key.
+    // One row for each registry key and one for each registry value. Head: the key, and the name of the value. State:
+    // the value as a text. In the row of a key, the name is null and the state is 0.
     RunTable values{std::size_t{16} * 1024 * 1024};
 
     NumberedTexts databases;                                       // each as an array: name and type

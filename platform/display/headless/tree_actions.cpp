@@ -56,7 +56,8 @@ std::optional<SYSTEMTIME> parseDate(const std::string& text)
 
 }  // namespace
 
-// Waits until the item is visible and `input`, which can post input to the item, returns true.
+// Waits until the tree has the item and `input` returns true. Calls `input` at each check that finds the item. `input`
+// may post a click on the item.
 Failure ScriptUser::atTreeItem(const Action& action, const TreeInput& input)
 {
     return await("the tree item " + quoted(action.text), [&] {

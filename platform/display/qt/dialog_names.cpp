@@ -11,7 +11,8 @@ namespace platform::qt {
 
 using window::WindowKind;
 
-// Sets the name of each control without a text, and the group of each control that belongs to a group.
+// Sets the accessible names of edits, list boxes, date pickers and progress bars, because these controls have no label
+// of their own. If a control belongs to a group, its accessible description becomes the name of the group.
 void DialogView::nameControls()
 {
     for (const Control& control : controls_) {
@@ -42,9 +43,9 @@ QString DialogView::groupAround(const Control& control) const
     return {};
 }
 
-// Returns the name of a control without a text. The name is the nearest text to the left in the control's row. If there
-// is none, the name is the nearest text above the control, or otherwise the dialog's caption. The width of the dialog
-// is added to the distance of a text above. So a text in the row is always nearer.
+// Returns a name for a control that has no label of its own. The name is the nearest label to the left in the control's
+// row. If there is none, the name is the nearest label above the control, or otherwise the dialog's caption. The width
+// of the dialog is added to the distance of a label above the control, so that a label in the row is always nearer.
 QString DialogView::nameFor(const Control& control) const
 {
     const QRect own = control.view->widget().geometry();

@@ -85,8 +85,8 @@ int lstrcmpW(const WCHAR* left, const WCHAR* right);
 // Compares like lstrcmpW, but without case. Each character is converted by simple case folding.
 int lstrcmpiW(const WCHAR* left, const WCHAR* right);
 
-// Skips blanks, reads a sign and digits, and ignores the rest; 0 without digits. A number outside the range of LONG
-// becomes the nearest number in the range.
+// Skips blanks, reads an optional sign and digits, and ignores the rest. Returns 0 if there are no digits. A number
+// outside the range of LONG becomes the nearest number in the range.
 LONG _wtol(const WCHAR* text);
 
 // The device's code page: always CP_UTF8, so a log can contain any name.

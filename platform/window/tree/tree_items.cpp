@@ -186,8 +186,9 @@ ItemIndex TreeItems::precedingByText(ItemIndex parent, std::u16string_view text)
     return after;
 }
 
-// Returns the children of `parent` as a set in the order of their texts. The first call makes the set. insertByText and
-// erase update it, and the other changes of the children delete it. Returns null if the children aren't sorted.
+// If the children of `parent` are in the order of their texts, returns them as a set in this order. Otherwise returns
+// null. The first call makes the set, and later calls return the same set. insertByText and erase update the set.
+// insertAfter and setText delete it, so the next call makes it again.
 TreeItems::Order* TreeItems::orderOf(ItemIndex parent)
 {
     const auto known = orders_.find(parent);

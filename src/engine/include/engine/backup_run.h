@@ -36,15 +36,15 @@ struct BackupTarget {
 // (kept_streams.h).
 inline bool gOnlyLists;
 
-// Replaces the lists by the files of the device if gFullFiles is 1, and by its databases if gFullDatabases is 1. Leaves
-// out files in ROM, files directly in a card, files that can't be opened or whose paths are too long, and files below
-// folders that a walk doesn't enter (directory_walker.h). Also leaves out the list files, data files and checksum files
-// of sets, and the databases of the system. Defined in full_backup.cpp.
+// Empties the lists. Then lists the files of the device if gFullFiles is 1, and its databases if gFullDatabases is 1.
+// Leaves out files in ROM, files directly in a card's folder, files that can't be opened or whose paths are too long,
+// and files below folders that a walk doesn't enter (directory_walker.h). Also leaves out the list files, data files
+// and checksum files of sets, and the databases of the system. Defined in full_backup.cpp.
 void ListDevice();
 
 // Adds a file, or all files below a folder, to gFileList. The path begins with a backslash and doesn't end in one. A
 // file that the list already contains isn't added again. Below a folder the call leaves out the same files as
-// ListDevice, except that it includes files directly in a card. Defined in full_backup.cpp.
+// ListDevice, except that it includes files directly in a card's folder. Defined in full_backup.cpp.
 void ListPath(const WCHAR* path);
 
 // Puts the date in front of the user's text in gComment.

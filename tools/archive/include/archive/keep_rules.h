@@ -22,9 +22,9 @@ struct Within {
 std::optional<Within> withinFrom(std::string_view text);
 
 struct KeepRules {
-    // `last` is how many of the newest sets to keep. The other four numbers say of how many days, ISO weeks, months and
-    // years to keep the newest set. Days, weeks, months and years without a set don't count. A number of 0 disables its
-    // rule.
+    // `last` is the number of newest sets to keep. `daily` keeps the newest set of each day, for the newest `daily`
+    // days that have a set. `weekly`, `monthly` and `yearly` do the same for ISO weeks, months and years. A rule whose
+    // number is 0 keeps nothing.
     unsigned last = 0;
     unsigned daily = 0;
     unsigned weekly = 0;

@@ -1,4 +1,4 @@
-// column_map.h - the user's own assignment of the columns of an address book in CSV to properties.
+// column_map.h - for an address book in CSV: to which property each column belongs, as the user has chosen it.
 #pragma once
 
 #include <istream>
