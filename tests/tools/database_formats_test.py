@@ -259,6 +259,13 @@ class OwnFilesTest(FormsTest):
             self.import_file("--form", "vcard", "--add", given=file)
             self.assertEqual([each["value"] for each in self.records(CONTACTS)[0] if each["id"] == NAMES["Notes"]], notes)
 
+    def test_of_several_databases_of_a_type_the_one_with_the_usual_name_is_taken(self):
+        self.import_file(given=lines(database("Old", [], 24), database("Older", [], 24)))
+        self.assertIn("several databases of this type", self.refused("vcard", card("N:a"), "--add"))
+        self.import_file(given=contacts())
+        self.import_file("--form", "vcard", "--add", given=card("N:a"))
+        self.assertEqual([self.named(name) for name in ("Old", "Older", CONTACTS)], [[], [], [{"LastName": "a"}]])
+
 
 class ForeignFilesTest(FormsTest):
     def assert_taken(self, form, text, *expected, left_out="", name=CONTACTS):

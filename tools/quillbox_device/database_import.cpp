@@ -56,20 +56,19 @@ CEOID made(DatabaseHead head)
 
 // Selects a database of the type `head.type` on the device and returns its name. If there is none, returns the usual
 // name `head.name`. If there are several, selects the one with the usual name. Throws a FormatFault if none of them has
-// the usual name, or if at least two others are older than the one that has it.
+// the usual name.
 std::u16string onlyOneOfType(const DatabaseHead& head)
 {
-    std::u16string name;
+    std::vector<std::u16string> names;
     for (const StoredDatabase& database : storedDatabases()) {
-        if (database.info.dwDbaseType != head.type)
-            continue;
-        if (database.info.szDbaseName == head.name)
-            return head.name;
-        if (!name.empty())
-            throw FormatFault("the device has several databases of this type; select one with --name");
-        name = database.info.szDbaseName;
+        if (database.info.dwDbaseType == head.type)
+            names.emplace_back(database.info.szDbaseName);
     }
-    return name.empty() ? head.name : name;
+    if (names.empty() || std::ranges::find(names, head.name) != names.end())
+        return head.name;
+    if (names.size() > 1)
+        throw FormatFault("the device has several databases of this type; select one with --name");
+    return names.front();
 }
 
 }  // namespace
