@@ -5,7 +5,7 @@ import os
 import shutil
 
 from companions import CompanionTest, SANITIZED, database, lines
-from independent_set import FILE, Set
+from independent_set import FILE, REGISTRY, Set, registry_bytes
 import program
 
 FILES, RECORDS = (400, 500) if SANITIZED else (2000, 4000)
@@ -82,6 +82,14 @@ class CoveredTest(CompanionTest):
                          [[RECORDS], [RECORDS + 2, 1]])
         self.assertEqual(found, {"version": 1, "files": [], "changes": [], "unkeptValueCount": 0, "uncoveredCount": 5, "values": [
             {"key": "HKEY_USERS\\new", "value": None, "content": None}, {"key": "HKEY_USERS\\new", "value": "a", "content": "dword:00000001"}]})
+
+    def test_a_restored_registry_that_waits_for_the_next_start_is_compared(self):
+        content = registry_bytes({"HKEY_USERS\\waits": ['"a"=dword:1']})
+        path = Set().add(REGISTRY, "", content).write(self.folder / "other")
+        self.run_program("quillbox", "--device", self.device, "restore", path, "--item", "registry")
+        self.assertTrue((self.device / "registry.staged").exists())
+        self.assertIn('not covered: registry [HKEY_USERS\\waits] "a": dword:00000001\n', self.covered(code=1).text)
+        self.covered(self.sets, self.folder / "other")
 
     def test_covered_counts_only_sound_sets_that_are_not_on_the_device(self):
         def copy(folder):

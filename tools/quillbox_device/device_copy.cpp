@@ -18,8 +18,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The database, and the log that may contain its latest changes.
-constexpr const char* Copied[] = {"device.db", "device.db-wal"};
+// The database, the log that may contain its latest changes, and the registry that a restore has staged. When the copy
+// is opened, a staged registry replaces the one in the database, as at the next start of Quillbox.
+constexpr const char* Copied[] = {"device.db", "device.db-wal", "registry.staged"};
 
 // Locks device.lock in shared mode, which needs no write permission. While Quillbox has the device open, it holds an
 // exclusive lock on this file. So Quillbox can't open the device while the shared lock exists. Returns no open

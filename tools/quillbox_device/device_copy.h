@@ -9,9 +9,9 @@
 
 namespace quillbox_device {
 
-// Locks the device so that Quillbox can't start on it, copies its database to a folder for temporary files, and opens
-// the copy. A device without a lock file isn't locked. The platform's functions for databases and for the registry then
-// read the copy. The destructor closes and deletes the copy.
+// Locks the device so that Quillbox can't start on it, copies its database and a staged registry to a folder for
+// temporary files, and opens the copy. A device without a lock file isn't locked. The platform's functions for
+// databases and for the registry then read the copy. The destructor closes and deletes the copy.
 class DeviceCopy {
 public:
     // Throws a Failure if the device can't be locked, or if its database can't be copied or opened. Throws a
@@ -21,7 +21,7 @@ public:
     DeviceCopy& operator=(const DeviceCopy&) = delete;
     ~DeviceCopy();
 
-    // Whether the device's database was changed since it was copied.
+    // Whether one of the copied files was changed since.
     bool isOutdated() const;
 
 private:
