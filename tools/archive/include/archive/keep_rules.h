@@ -32,7 +32,7 @@ struct KeepRules {
     unsigned yearly = 0;
     std::optional<Within> within;
 
-    bool areEmpty() const { return last + daily + weekly + monthly + yearly == 0 && !within; }
+    bool areEmpty() const { return (last | daily | weekly | monthly | yearly) == 0 && !within; }
 };
 
 // Returns for each set which rules keep it, such as "last, daily", or an empty text if none does. The newest set comes
