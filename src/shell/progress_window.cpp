@@ -1,7 +1,7 @@
 // progress_window.cpp - dialog 106, the progress window of a run. The window has a thread of its own, so that it is
 // drawn while a run blocks the main thread.
 //
-// The two threads share gProgressRange and, while a window is being opened, ProgressStart.dialog. Both are atomic.
+// The two threads share gProgressRange and, while a window is being opened, gOpenedWindow. Both are atomic.
 // Texts and steps are sent as messages to the window.
 
 #include "engine/questions.h"
@@ -30,7 +30,6 @@ constexpr UINT SetCountMessage = 1029;
 
 constexpr UINT_PTR AnimationTimer = 1;
 constexpr UINT AnimationMilliseconds = 1;
-constexpr DWORD PollMilliseconds = 1;
 
 struct ProgressInit {
     DWORD range;
@@ -39,11 +38,9 @@ struct ProgressInit {
     const WCHAR* message;
 };
 
-// This structure is on the stack of ProgressOpen. The new thread writes `dialog` last, and doesn't use the structure
-// after that.
+// This structure is on the stack of ProgressOpen. The new thread doesn't use it after it has set gOpenedWindow.
 struct ProgressStart {
     ProgressInit* init;
-    std::atomic<HWND> dialog;  // null at first; NoDialog if the window can't be made
     HWND owner;
     HINSTANCE instance;
     DWORD resource;
@@ -51,6 +48,11 @@ struct ProgressStart {
 };
 
 const HWND NoDialog = reinterpret_cast<HWND>(INVALID_HANDLE_VALUE);
+
+// The window that the latest ProgressOpen has opened. Null until the new thread has made it; NoDialog if it can't be
+// made. It is no member of ProgressStart, because the new thread still needs it to wake the waiting thread, which then
+// ends ProgressOpen. Only one thread at a time may call ProgressOpen.
+std::atomic<HWND> gOpenedWindow;
 
 // The end of the progress bar in the window that was opened last. An older window whose bar is still moving to its end
 // compares the position of its bar with this value too.
@@ -115,7 +117,8 @@ DWORD ProgressThreadProc(void* parameter)
     const void* dialogTemplate = LoadResource(start->instance, found);
     HWND dialog = CreateDialogIndirectParamW(start->instance, dialogTemplate, start->owner, start->procedure,
                                              reinterpret_cast<LPARAM>(start->init));
-    start->dialog = dialog ? dialog : NoDialog;  // from here on `start` and `init` are invalid
+    gOpenedWindow = dialog ? dialog : NoDialog;  // from here on `start` and `init` are invalid
+    gOpenedWindow.notify_one();
     if (!dialog)
         return 0;
 
@@ -135,16 +138,14 @@ DWORD ProgressThreadProc(void* parameter)
 HWND ProgressOpen(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step)
 {
     ProgressInit init = {range, step, title, message};
-    ProgressStart start = {&init, nullptr, gMainWindow, gInstance, ProgressDialog, ProgressDialogProc};
+    ProgressStart start = {&init, gMainWindow, gInstance, ProgressDialog, ProgressDialogProc};
+    gOpenedWindow = nullptr;
     HANDLE thread = CreateThread(nullptr, 0, ProgressThreadProc, &start, 0, nullptr);
     if (!thread)
         return nullptr;
     CloseHandle(thread);
-    // Polls `dialog`. After the new thread has written `dialog`, it can't notify this thread through `start`, because
-    // `start` may no longer exist. The interval is short, because each call of ProgressOpen waits this long at least.
-    HWND dialog = start.dialog;
-    for (; !dialog; dialog = start.dialog)
-        Sleep(PollMilliseconds);
+    gOpenedWindow.wait(nullptr);
+    const HWND dialog = gOpenedWindow;
     return dialog == NoDialog ? nullptr : dialog;
 }
 
