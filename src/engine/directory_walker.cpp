@@ -12,20 +12,63 @@ const WCHAR* gFolderLeftOut;
 
 namespace {
 
-// This function and WalkDirectory call each other. Each level makes the path longer, so the limit of a path's length
-// also limits the depth.
-DWORD WalkSubfolder(const WCHAR* name, const WCHAR* root, BOOL foldersOnly, WalkCallback callback, UINT_PTR context)
+// What is the same in all folders of a walk.
+struct Walk {
+    BOOL recurse;
+    BOOL foldersOnly;
+    WalkCallback callback;
+    UINT_PTR context;
+};
+
+DWORD WalkSubfolder(const WIN32_FIND_DATAW& found, const WCHAR* parent, const Walk& walk);
+
+// Lists one folder. `attributes` are those of the folder.
+DWORD WalkFolder(const WCHAR* folder, DWORD attributes, const WCHAR* pattern, const Walk& walk)
+{
+    WCHAR searchPath[MAX_PATH];
+    if (!JoinPath(searchPath, folder, pattern)) {
+        NotePathTooLong(folder, pattern);
+        return 0;
+    }
+
+    WIN32_FIND_DATAW found = {};
+    HANDLE search =
+        FindFirstFileExW(searchPath, FindExInfoStandard, &found,
+                         walk.foldersOnly ? FindExSearchLimitToDirectories : FindExSearchNameMatch, nullptr, 0);
+    if (search == INVALID_HANDLE_VALUE)
+        return 0;
+
+    DWORD count = 0;
+    do {
+        const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (isFolder && walk.recurse && found.cFileName[0] != u'.')
+            count += WalkSubfolder(found, folder, walk);
+        if (walk.foldersOnly && !isFolder)
+            continue;
+        count++;
+        gWalkedEntry = {std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow, found.ftLastWriteTime,
+                        attributes};
+        if (walk.callback && !walk.callback(found.cFileName, folder, found.dwFileAttributes, walk.context))
+            break;
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return count;
+}
+
+// This function and WalkFolder call each other. Each level makes the path longer, so the limit of a path's length also
+// limits the depth.
+DWORD WalkSubfolder(const WIN32_FIND_DATAW& found, const WCHAR* parent, const Walk& walk)
 {
     WCHAR subfolder[MAX_PATH];
     // The path needs room for a backslash and for the pattern of the search.
-    if (wcslen(root) + wcslen(name) + 2 >= MAX_PATH) {
-        NotePathTooLong(root, name);
+    if (wcslen(parent) + wcslen(found.cFileName) + 2 >= MAX_PATH) {
+        NotePathTooLong(parent, found.cFileName);
         return 0;
     }
-    wsprintfW(subfolder, u"%s%s\\", root, name);
+    wsprintfW(subfolder, u"%s%s\\", parent, found.cFileName);
     if (gFolderLeftOut && lstrcmpW(subfolder, gFolderLeftOut) == 0)
         return 0;
-    return WalkDirectory(subfolder, nullptr, TRUE, foldersOnly, callback, context);
+    return WalkFolder(subfolder, found.dwFileAttributes, u"*", walk);
 }
 
 }  // namespace
@@ -56,31 +99,6 @@ BOOL JoinPath(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name)
 DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL foldersOnly, WalkCallback callback,
                     UINT_PTR context)
 {
-    WCHAR searchPath[MAX_PATH];
-    const WCHAR* searched = pattern ? pattern : u"*";
-    if (!JoinPath(searchPath, root, searched)) {
-        NotePathTooLong(root, searched);
-        return 0;
-    }
-
-    WIN32_FIND_DATAW found = {};
-    HANDLE search = FindFirstFileExW(searchPath, FindExInfoStandard, &found,
-                                     foldersOnly ? FindExSearchLimitToDirectories : FindExSearchNameMatch, nullptr, 0);
-    if (search == INVALID_HANDLE_VALUE)
-        return 0;
-
-    DWORD count = 0;
-    do {
-        const bool folder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        if (folder && recurse && found.cFileName[0] != u'.')
-            count += WalkSubfolder(found.cFileName, root, foldersOnly, callback, context);
-        if (foldersOnly && !folder)
-            continue;
-        count++;
-        gWalkedEntry = {std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow, found.ftLastWriteTime};
-        if (callback && !callback(found.cFileName, root, found.dwFileAttributes, context))
-            break;
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
-    return count;
+    return WalkFolder(root, FILE_ATTRIBUTE_DIRECTORY, pattern ? pattern : u"*",
+                      {recurse, foldersOnly, callback, context});
 }

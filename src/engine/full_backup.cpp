@@ -45,24 +45,7 @@ bool HasAttribute(DWORD attributes, DWORD wanted)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & wanted) != 0;
 }
 
-// The folder of the file that was found last, and the attributes of this folder. A walk lists a folder's files one
-// after the other. So for nearly all files the attributes are known without a call of the platform.
-struct KnownFolder {
-    WCHAR path[MAX_PATH];
-    DWORD attributes;
-};
-KnownFolder gKnownFolder;
-
 bool gPacksTinyFiles;
-
-bool LiesDirectlyInCard(const WCHAR* folder)
-{
-    if (lstrcmpW(gKnownFolder.path, folder) != 0) {
-        CopyText(gKnownFolder.path, folder);
-        gKnownFolder.attributes = GetFileAttributesW(folder);
-    }
-    return HasAttribute(gKnownFolder.attributes, FILE_ATTRIBUTE_TEMPORARY);
-}
 
 bool AddItem(const ItemKind& kind, const WCHAR* name, std::uint64_t bytes)
 {
@@ -133,7 +116,7 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes,
     if (HasAttribute(attributes, FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_INROM))
         return TRUE;
     // Files directly in a card's folder are left out, those in its subfolders aren't.
-    if (LiesDirectlyInCard(folder) || IsSetFile(name))
+    if (HasAttribute(gWalkedEntry.folderAttributes, FILE_ATTRIBUTE_TEMPORARY) || IsSetFile(name))
         return TRUE;
     WCHAR path[MAX_PATH];
     if (!JoinPath(path, folder, name)) {
@@ -177,7 +160,6 @@ void WalkForItems(const WCHAR* root, WalkCallback add, HWND progress)
 
 void ListAllFiles(HWND progress)
 {
-    gKnownFolder = {};
     WalkForItems(u"\\", AddFullBackupFile, progress);
 }
 

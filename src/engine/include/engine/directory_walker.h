@@ -15,6 +15,7 @@ using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, DWORD attr
 struct WalkedEntry {
     std::uint64_t bytes;  // 0 for a folder
     FILETIME written;
+    DWORD folderAttributes;  // of the folder that contains it; FILE_ATTRIBUTE_DIRECTORY alone for the walk's root
 };
 extern WalkedEntry gWalkedEntry;
 
