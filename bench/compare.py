@@ -10,7 +10,7 @@
 
 Quillbox and the peer run in turn, and their order changes from round to round. The figures are medians, and the ratios
 are those of the medians. A round during which other processes used the processors is repeated. The script makes the
-corpora in the folder (a tmpfs by default, some 3 GB). With --keep they stay there.
+corpora in the folder (a tmpfs by default, some 5 GB). With --keep they stay there.
 """
 import argparse
 import functools
@@ -21,6 +21,7 @@ import shutil
 import statistics
 import subprocess
 import sys
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 QUILLBOX = ROOT / "build/bin/quillbox"
@@ -200,7 +201,10 @@ class Run:
 
 
 def empty(folder):
-    shutil.rmtree(folder, ignore_errors=True)
+    if folder.exists():
+        shutil.rmtree(folder)
+        os.sync()  # otherwise a disk would still write the removal during the next run
+        time.sleep(0.3)  # the kernel frees the memory of the removed files a moment later, on the processors that are measured
     folder.mkdir(parents=True)
 
 
@@ -272,24 +276,39 @@ def quietest(name, rounds, run_one, quiet=True):
     return kept
 
 
-def measure(corpus, rounds, quiet=True):
-    """Returns the medians of the quietest rounds."""
+def sides_of(corpus):
+    """Returns the names of what is compared, each with the functions for a backup and a restore."""
     sides = [("quillbox", corpus.quillbox_backup, corpus.quillbox_restore)]
     if corpus.name in WITH_PEER:
         sides.append(("peer", corpus.peer_backup, corpus.peer_restore))
     if is_ext4(corpus.device):
         sides.append(("without flush", functools.partial(corpus.quillbox_backup, flushes=False),
                       functools.partial(corpus.quillbox_restore, flushes=False)))
+    return sides
 
+
+def rotated(items, number):
+    turn = number % len(items)
+    return items[turn:] + items[:turn]
+
+
+def measure(name, corpora, rounds, quiet=True):
+    """Returns the medians of the quietest rounds for each corpus. A round measures all corpora, because the speed of a
+    virtual machine changes from minute to minute."""
     def run_one(number):
-        turn = number % len(sides)
-        runs = run_round(corpus, sides[turn:] + sides[:turn])
-        if number == 0:
-            corpus.compare()
+        runs = {}
+        for corpus in rotated(corpora, number):
+            measured = run_round(corpus, rotated(sides_of(corpus), number))
+            runs.update({(corpus.name, *key): run for key, run in measured.items()})
+            if number == 0:
+                corpus.compare()
+            if len(corpora) > 1:
+                empty(corpus.restored)  # otherwise all of them together would take a lot of memory
         return runs
 
-    kept = quietest(corpus.name, rounds, run_one, quiet)
-    return {key: medians([runs[key] for runs in kept]) for key in kept[0]}
+    kept = quietest(name, rounds, run_one, quiet)
+    return {corpus.name: {key[1:]: medians([runs[key] for runs in kept]) for key in kept[0] if key[0] == corpus.name}
+            for corpus in corpora}
 
 
 class Verdict:
@@ -363,23 +382,27 @@ def main():
     arguments = parser.parse_args()
     if not QUILLBOX.exists() or not LAUNCHER.exists() or not shutil.which("lzop"):
         sys.exit("bench: build first (./run --version) and have lzop installed (./check does)")
-    names = []
+    groups = []
     for each in arguments.corpora or WITH_PEER:
-        names += (*GROWTH, "sparse") if each == "growth" else (each,)
+        groups += [("growth", GROWTH), ("sparse", ("sparse",))] if each == "growth" else [(each, (each,))]
     results, items, verdict = {}, {}, Verdict()
     arguments.folder.mkdir(parents=True)
     aims = BUSY_AIMS if arguments.busy else {} if is_ext4(arguments.folder) else AIMS
     time_aims = {} if arguments.busy else EXT4_TIME_AIMS if is_ext4(arguments.folder) else TIME_AIMS
     other = subprocess.Popen([sys.executable, "-c", "while True: pass"]) if arguments.busy else None
     try:
-        for name in names:
-            corpus = Corpus(name, arguments.folder)
-            print(f"{name}: {corpus.items} files, {corpus.bytes / 1e6:.1f} MB", flush=True)
-            items[name] = corpus.items
-            results[name] = measure(corpus, arguments.rounds, quiet=other is None)
-            report(corpus, results[name], verdict, aims, time_aims)
-            if not arguments.keep:
-                shutil.rmtree(arguments.folder / name)
+        for group, names in groups:
+            corpora = [Corpus(name, arguments.folder) for name in names]
+            for corpus in corpora:
+                print(f"{corpus.name}: {corpus.items} files, {corpus.bytes / 1e6:.1f} MB", flush=True)
+                items[corpus.name] = corpus.items
+            os.sync()
+            measured = measure(group, corpora, arguments.rounds, quiet=other is None)
+            for corpus in corpora:
+                report(corpus, measured[corpus.name], verdict, aims, time_aims)
+                if not arguments.keep:
+                    shutil.rmtree(arguments.folder / corpus.name)
+            results.update(measured)
         report_growth(results, items, verdict)
     finally:
         if other:
