@@ -97,7 +97,8 @@ public:
     [[nodiscard]] Written write(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
         REQUIRES(mutex_);
 
-    // Makes the file `size` bytes long, within the card's capacity; 0 or the error.
+    // Sets the length of the file to `size`. Returns 0 or the error. If the card's capacity has no room for the growth,
+    // the call fails and the length stays.
     [[nodiscard]] DWORD endAt(int descriptor, std::uint64_t size) REQUIRES(mutex_);
 
     // Writes the gathered bytes to the host. After a failure, bytes that were reported as written are missing. Each

@@ -15,8 +15,9 @@
 #include "ce/window.h"
 
 // Completed entries of tiny files stay in memory as waiting entries, so that several are passed to the host together.
-// If each entry were passed alone, the two writes to the host (data and entry) would take half of the run's time for
-// the file. The following numbers limit how many entries wait, and the size in bytes of the stream of a waiting entry.
+// If each entry were passed alone, a tiny file would need two writes to the host, one for its data and one for its
+// entry. These would take half of the time that the run spends on the file. The following numbers limit how many
+// entries wait, and the size in bytes of the stream of a waiting entry.
 inline constexpr DWORD MostWaitingEntries = 16;
 inline constexpr DWORD MostWaitingStreamBytes = 4096;
 

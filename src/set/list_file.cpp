@@ -60,8 +60,8 @@ void AddToList(const ItemKind& kind, const ListEntry& entry)
 }
 
 // An entry of an unknown kind counts as a registry entry. If the list has several registry entries, the last one is
-// used. But an entry without a stream doesn't replace an entry with a stream. In a damaged list, bytes that are all
-// zero and a cut entry at the end look like an entry without a stream.
+// used. But an entry without a stream doesn't replace an entry with a stream, because it may come from damage: a run
+// of zero bytes is read as an entry without a stream, and so is an entry that the end of the file cuts off.
 void TakeRegistry(ListLoad& load, const ListEntry& entry)
 {
     const bool namesStream = entry.endOffset > entry.startOffset;

@@ -24,8 +24,9 @@ void exportDatabases(const std::filesystem::path& device, const std::optional<st
 // Imports the databases of a file, all of them or none. If `name` is given, the file must contain one database, and
 // this database is imported under `name`. `existing` says what happens if the device already has a database of the same
 // name. `file` is a path, or "-" for standard input. If `format` is missing, the extension of the file selects the
-// format. Prints what was done to each database. Prints on standard error which fields of the file no database can
-// hold. `columnFile` is the path of a file with the lines of a ColumnMap, or empty.
+// format. Prints what was done to each database. Prints on standard error which fields and items of the file were left
+// out, which fields were read with a guessed character set, and which imported names can't be file names. `columnFile`
+// is the path of a file with the lines of a ColumnMap, or empty.
 void importDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
                      std::optional<database_formats::Format> format, const std::string& file, Existing existing,
                      const std::string& columnFile);

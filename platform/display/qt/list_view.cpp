@@ -228,8 +228,8 @@ public:
             scrollTo(caret);
     }
 
-    // If rows have details, returns the width at which the widest row fits. In the template the list is too narrow for
-    // such rows.
+    // If rows have details, returns the width at which the widest row fits, because in the template the list is too
+    // narrow for such rows. Otherwise returns 0.
     int wantedWidth() override
     {
         const bool hasDetails = detailColumn() > 0;

@@ -131,11 +131,12 @@ BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten,
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
 // Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with 5 if the handle
-// has no write access, 6, 31, 112.
+// has no write access, and with 6, 31 and 112.
 BOOL SetEndOfFile(HANDLE file);
 
 // Flushes the file. After a nonzero result the file's directory entry is on the disk, and so are all bytes that this
-// process has written to the file through any handle. Fails with 5 if the handle has no write access, 6, 31, 112.
+// process has written to the file through any handle. Fails with 5 if the handle has no write access,
+// and with 6, 31 and 112.
 BOOL FlushFileBuffers(HANDLE file);
 
 // Passes to the host the bytes that were written to the file and are still gathered in this process. From then on these
@@ -186,7 +187,8 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint6
 //
 // If a file exists at the path when the path is declared, the declaration takes effect when DeleteFileW deletes that
 // file. If another program makes a file at the path later, that file isn't touched. As long as there is a temporary
-// file at the path, this process doesn't see the other program's file. Fails with 5 for a card or the root, 123, 206.
+// file at the path, this process doesn't see the other program's file. Fails with 5 for a card or the root, and
+// with 123 and 206.
 BOOL DeclareTemporaryFile(const WCHAR* path);
 
 // Ends a declaration. A temporary file that still exists is put on the host and becomes an ordinary file. Fails with
@@ -194,16 +196,16 @@ BOOL DeclareTemporaryFile(const WCHAR* path);
 // declaration remains.
 BOOL WithdrawTemporaryFile(const WCHAR* path);
 
-// Deletes a file. Fails with 5 also for a folder, a read-only file or a ROM file, 32 if this process has the file open,
-// 2, 3, 19, 123, 206.
+// Deletes a file. Fails with 5 also for a folder, a read-only file or a ROM file, with 32 if this process has the file
+// open, and with 2, 3, 19, 123 and 206 for the reasons at the top of this file.
 BOOL DeleteFileW(const WCHAR* path);
 
-// Makes a folder. Fails with 183 if a file or folder exists at the path, 3, 5, 19, 112, 123, 206. `security` is not
-// used.
+// Makes a folder. `security` is not used. Fails with 183 if a file or folder exists at the path, and with 3, 5, 19,
+// 112, 123 and 206 for the reasons at the top of this file.
 BOOL CreateDirectoryW(const WCHAR* path, const void* security);
 
-// Removes an empty folder. Fails with 145 if the folder isn't empty, 5 also for a card or the root, 3 also for the path
-// of a file, 2, 19, 123, 206.
+// Removes an empty folder. Fails with 145 if the folder isn't empty, with 5 also for a card or the root, with 3 also
+// for the path of a file, and with 2, 19, 123 and 206 for the reasons at the top of this file.
 BOOL RemoveDirectoryW(const WCHAR* path);
 
 // Returns the attributes, FILE_ATTRIBUTE_NORMAL if none is set. Also works on files that are in use. The path of a
@@ -220,8 +222,8 @@ BOOL IsNothingAt(const WCHAR* path);
 // Begins a search. Only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
 // character). "*" and "*.*" match every name. Names are matched without case. There are no entries "." and "..". The
 // entries come in the host's order, so callers must not rely on an order. A file that is made or deleted during the
-// search may or may not be found. Names longer than 259 characters are left out. INVALID_HANDLE_VALUE on failure: 2
-// nothing matches, 3 no such folder, 5, 123, 206.
+// search may or may not be found. Names longer than 259 characters are left out. INVALID_HANDLE_VALUE on failure: 2 if
+// nothing matches, 3 if the folder is missing, also 5, 123 and 206.
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
 
 // Like FindFirstFileW. `level` must be FindExInfoStandard, `found` a WIN32_FIND_DATAW, `filter` null and `flags` 0.

@@ -39,10 +39,10 @@ struct FileStamp {
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 
 // Nonzero if it is certain that the file at `path` still has the bytes that it had when the stamp was taken. 0 if the
-// file has changed, was replaced or is gone. Also 0 if nothing is certain, because provesWrites or wasAlone is 0, the
-// host failed, or this process may have gathered bytes for the file. Doesn't set the last error, and the host doesn't
-// report a failure to the user. On tmpfs a write to a file that is mapped into memory changes no time, so this call
-// doesn't notice such a write.
+// file has changed, was replaced or is gone. Also 0 if this can't be known: provesWrites or wasAlone is 0, the host
+// failed, or this process may still hold written bytes that the host doesn't have yet (WriteFile, ce/file.h). Doesn't
+// set the last error, and the host doesn't report a failure to the user. On tmpfs a write through a memory mapping
+// changes no time, so this call doesn't notice such a write.
 BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 
 // Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another

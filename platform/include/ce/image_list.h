@@ -9,9 +9,9 @@ inline constexpr UINT ILC_MASK = 1;
 // are not used. Null with 87 if the width or the height is below 1.
 HIMAGELIST ImageList_Create(int width, int height, UINT flags, int initial, int grow);
 
-// Adds the images that are side by side in the bitmap. `mask` is not used: in a display, pixels with the colour of the
-// bitmap's top left pixel are transparent. Returns the index of the first added image, or -1 with 6 for a handle that
-// is no list or no bitmap. The bitmap may be deleted afterwards.
+// Adds the images that are side by side in the bitmap. `mask` is not used. Instead, when the images are drawn, the
+// pixels with the colour of the bitmap's top left pixel are transparent. Returns the index of the first added image. If
+// `list` is no image list or `bitmap` is no bitmap, returns -1 and sets error 6. The bitmap may be deleted afterwards.
 int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask);
 
 // Returns the bitmap resource with the number `name`. Null with 1812, 1813 or 1814.

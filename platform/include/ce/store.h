@@ -134,8 +134,8 @@ struct CEPROPVAL {
 // INVALID_HANDLE_VALUE on failure: 31.
 HANDLE CeFindFirstDatabase(DWORD type);
 
-// Returns the next database of the enumeration. 0 with 259 at the end, 1018 if a database was deleted since the
-// enumeration began, 87, 31.
+// Returns the next database of the enumeration. Otherwise returns 0, with 259 at the end, 1018 if a database was
+// deleted since the enumeration began, or 87 or 31.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
 // Nonzero on success. Fails with 6 if there is no object with this oid, 87 for a null `info`, 31. After a failure
@@ -143,12 +143,12 @@ CEOID CeFindNextDatabase(HANDLE enumeration);
 BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info);
 
 // Makes a database with at most CEDB_MAXSORTORDER sort orders. If `sortOrders` is 0, the database gets one sort order,
-// with the property 0. Sets the last error to 0 on success. 0 on failure: 52 the name exists, 87 an invalid name or
-// invalid sort orders, 112, 31.
+// with the property 0. Sets the last error to 0 on success. 0 on failure: 52 if the name exists, 87 for an invalid
+// name or invalid sort orders, also 112 and 31.
 CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SORTORDERSPEC* specs);
 
 // Deletes a database. Nonzero when the database and its records are gone from the disk. Fails with 32 while a handle on
-// the database is open, 87 no such database, 112, 31.
+// the database is open, with 87 if there is no such database, and with 112 and 31.
 BOOL CeDeleteDatabase(CEOID oid);
 
 // Opens a database. If `*oid` is 0, the database is found by its name, and `*oid` is set. Otherwise it is found by
@@ -180,9 +180,13 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 // missing property is returned with its id and CEDB_PROPNOTFOUND. If all are missing, the call fails with 232. The
 // block `*buffer` of `*bytes` bytes gets the CEPROPVALs first, then their texts and blobs. With CEDB_ALLOWREALLOC a
 // block that is null or too small is replaced by one of LocalAlloc, which the caller frees with LocalFree.
-// Returns the record's oid. 0 on failure, and the pointer stays: 259 after the last record, 1018 the record was deleted
-// (with CEDB_AUTOINCREMENT the next one is read instead), 232, 122 too small, 8, 87, 31. After the last record the
-// error is 31 instead of 259 if the number of records isn't the number that the database has stored.
+// Returns the record's oid. On failure returns 0, and the pointer doesn't move. The last error is:
+//   259    no record is left at the pointer or after it
+//   31     as 259, but the database has stored another number of records; or another cause of error 31
+//   1018   the record was deleted, and another one follows (with CEDB_AUTOINCREMENT that one is read instead)
+//   232    all properties of `ids` are missing
+//   122    the block is null or too small, and CEDB_ALLOWREALLOC isn't set
+//   8, 87
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes);
 
 // Writes properties into a record. With oid 0 it makes a new record after all others, and the pointer doesn't move. If
@@ -194,7 +198,7 @@ CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL
 
 // Deletes a record. Nonzero on success. If the pointer was at the record, seeks start from the next record afterwards,
 // and a read fails with 1018 or reads the next record (see CeReadRecordProps). Fails with 87 if the database has no
-// such record, 112, 31.
+// such record, and with 112 and 31.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
 // Begins or ends a transaction. A real device doesn't have these calls. All databases that are made or deleted and all

@@ -84,7 +84,7 @@ int escapeOf(UINT type)
     }
 }
 
-// Returns the answer after which the program changes nothing.
+// Returns the answer that declines what the box asks: Abort, No or Cancel. For a box with only OK, returns OK.
 int refusalOf(UINT type)
 {
     switch (type & KindBits) {

@@ -21,8 +21,8 @@ enum ListFault : DWORD {
 
 // After a failed read (readError) the reader treats the list as ended.
 struct ListReader : BufferedReader {
-    // Set at the end of the list: the number of bytes after the last entry, if they are too few for the beginning of
-    // another entry (1 or 2). Otherwise 0.
+    // Set at the end of the list. If 1 or 2 bytes follow the last entry, which are too few to begin another entry, this
+    // is their number. Otherwise 0.
     DWORD bytesAfterEntries;
 };
 
