@@ -114,6 +114,7 @@ inline constexpr COLORREF CLR_NONE = 0xFFFFFFFF;
 inline constexpr COLORREF CLR_DEFAULT = 0xFF000000;
 
 // Makes an image list from the bitmap resource with the number `name`. The list refers to the whole bitmap: `width`,
-// `grow`, `mask` and `flags` are not used. Null with 87 if `type` isn't IMAGE_BITMAP, with 1812, 1813 or 1814.
+// `grow`, `mask` and `flags` are not used. Returns null on failure. The last error is 87 if `type` isn't IMAGE_BITMAP,
+// 1812 if the program has no resources, 1813 if they include no bitmap, or 1814 if no bitmap has the number `name`.
 HIMAGELIST ImageList_LoadImage(HINSTANCE instance, const WCHAR* name, int width, int grow, COLORREF mask, UINT type,
                                UINT flags);

@@ -40,27 +40,29 @@ inline constexpr UINT MB_DEFBUTTON3 = 0x200;
 // Runs a modal dialog from a template, plain or extended, that is in the program's resources. The dialog is made
 // hidden, gets WM_INITDIALOG (wParam: the control that gets the focus, lParam: `parameter`), and is then shown whether
 // or not it has WS_VISIBLE. The owner's top-level window is disabled until the dialog ends. Returns the `result` of
-// EndDialog, 0 if WM_QUIT or DestroyWindow ended the dialog, and 0 with 1400 for an invalid owner. Returns -1 if the
-// dialog can't be made: 1812 the template isn't in the resources, 87 it is damaged or `procedure` is null, 1407 a
-// control's class doesn't exist.
+// EndDialog, or 0 if WM_QUIT or DestroyWindow ended the dialog. Returns 0 and sets the last error to 1400 for an
+// invalid owner. Returns -1 if the dialog can't be made. In that case the last error is 1812 if the template isn't in
+// the resources, 87 if it is damaged or `procedure` is null, or 1407 if a control's class doesn't exist.
 INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 
 // Makes a modeless dialog. It is shown only with WS_VISIBLE, its owner stays enabled, and DestroyWindow ends it. The
-// owner window may belong to another thread. The call doesn't wait for that thread. Null on failure, with 1400 for an
-// invalid owner or with an error of DialogBoxIndirectParamW.
+// owner window may belong to another thread. The call doesn't wait for that thread. Returns null on failure. The last
+// error is 1400 for an invalid owner, or 87, 1407 or 1812 as for DialogBoxIndirectParamW. Also returns null if the
+// dialog was destroyed while it handled WM_INITDIALOG.
 HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 
 // Ends a modal dialog when its procedure returns. The owner is enabled before the dialog is destroyed. Allowed in
-// WM_INITDIALOG. Fails with 1400, or with 5 for a window that isn't a modal dialog.
+// WM_INITDIALOG. Fails with 1400 if `dialog` isn't a window, and with 5 for a window that isn't a modal dialog.
 BOOL EndDialog(HWND dialog, INT_PTR result);
 
 // Handles the keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. A control can keep such keys for itself
 // (WM_GETDLGCODE). Returns nonzero if this call has handled the message, so that the caller must not dispatch it.
 BOOL IsDialogMessage(HWND dialog, MSG* message);
 
-// The first control with this id, in the order of creation. Null with 1421 if there is none, or with 1400.
+// Returns the first control with this id, in the order of creation. Returns null on failure. The last error is 1421 if
+// there is no such control, or 1400 if `dialog` isn't a window.
 HWND GetDlgItem(HWND dialog, int id);
 // Returns the result of the message, or 0 if the dialog has no control with this id.
 LRESULT SendDlgItemMessageW(HWND dialog, int id, UINT message, WPARAM wParam, LPARAM lParam);
@@ -69,10 +71,10 @@ BOOL SetDlgItemTextW(HWND dialog, int id, const WCHAR* text);
 // no control with this id, the text is empty and the result is 0.
 UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 
-// Shows a modal message box. Returns the id of the button that ended the box (IDOK and so on), 0 if WM_QUIT ended it,
-// or 0 on failure, with 1400 for an invalid owner and 87 for an unknown type. A null `text` is empty, a null `caption`
-// is "Error". In the text, \n breaks lines, and & has no special meaning. Esc and the close box return IDCANCEL if
-// there is a Cancel button, and IDOK if OK is the only button. Otherwise they do nothing.
+// Shows a modal message box. Returns the id of the button that ended the box (IDOK and so on), or 0 if WM_QUIT ended
+// it. Returns 0 on failure, and the last error is 1400 for an invalid owner or 87 for an unknown type. A null `text` is
+// empty, a null `caption` is "Error". In the text, \n breaks lines, and & has no special meaning. Esc and the close box
+// return IDCANCEL if there is a Cancel button, and IDOK if OK is the only button. Otherwise they do nothing.
 //
 // In a job (ce/outcome.h), the user can apply the answer to a box with MB_YESNO to all further boxes of the same kind.
 // Boxes of one kind have the same caption, and the same text up to the first colon or backslash. In the rest of the job

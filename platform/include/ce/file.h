@@ -117,17 +117,20 @@ BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* ov
 // see the gathered bytes. If the process is killed, gathered bytes are lost. Bytes are gathered only if the host
 // guarantees disk space for them. If the host can't write them nevertheless, the call that passes them fails. In that
 // case the file ends before the missing bytes, and each later write fails until SetEndOfFile cuts the file. Fails with
-// 5 if the handle has no write access, with 6, 31 or 112. If the disk or the card becomes full, the bytes that fit are
-// written. `bytesWritten` must not be null. `*bytesWritten` is the number of bytes that this call has written, even if
-// the call fails.
+// 5 if the handle has no write access, and with 6, 31 and 112. If the disk or the card becomes full, the bytes that fit
+// are written. `bytesWritten` must not be null. `*bytesWritten` is the number of bytes that this call has written, even
+// if the call fails.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
 // Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half, the distance is an
 // unsigned 32-bit offset, so offsets of 2 GiB and more work. In all other cases the distance is signed. Returns the low
 // half of the new position, and sets `*distanceHigh` to the high half. The position may be after the end of the file.
-// 0xFFFFFFFF on failure: 6, 31, 87 for an unknown `method` or a position of 2^63 or more, 131 for a position before the
-// start, and the errors of WriteFile if gathered bytes can't be written. If 0xFFFFFFFF is the low half of the new
-// position, the last error is 0.
+//
+// Returns 0xFFFFFFFF on failure. The last error is 6, 31, an error of WriteFile if gathered bytes can't be written, or
+// one of these:
+// - 87: `method` is unknown, or the position would be 2^63 or more.
+// - 131: the position would be before the start of the file.
+// If the call succeeds and 0xFFFFFFFF is the low half of the new position, the last error is 0.
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
 // Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with 5 if the handle
@@ -161,15 +164,17 @@ BOOL WriteAfter(HANDLE file, HANDLE earlier);
 BOOL FlushChangedVolumes(void);
 
 // Asks the host to drop the file's bytes from its cache, so that later reads come from the disk. Bytes that aren't on
-// the disk yet stay in the cache. Nonzero on success, 0 with 6 or the host's error.
+// the disk yet stay in the cache. Nonzero on success. Fails with 6, and with 31 or another error if the host fails.
 BOOL DropFromCache(HANDLE file);
 
-// Nonzero on success. Fails with 6, 31, and 87 for a null `information`.
+// Nonzero on success. Fails with 87 for a null `information`, with 6 and 31, and with the errors of WriteFile if
+// gathered bytes can't be written.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
 // Examines the card or further folder that contains `path`, otherwise the device's own folder. Sets `*available` and
 // `*totalFree` to the number of bytes that can still be written there, and `*total` to the total size. The capacity of
-// a card limits these numbers. Each pointer may be null. Nothing need exist at `path`. Fails with 5, 31, 123, 206.
+// a card limits these numbers. Each pointer may be null. Nothing need exist at `path`. Fails with 5, 31, 123 and 206
+// for the reasons at the top of this file.
 BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint64_t* total, std::uint64_t* totalFree);
 
 // Declares that the files which the program makes at `path` are temporary, until WithdrawTemporaryFile. Such a file
@@ -211,7 +216,7 @@ BOOL RemoveDirectoryW(const WCHAR* path);
 // Returns the attributes, FILE_ATTRIBUTE_NORMAL if none is set. Also works on files that are in use. The path of a
 // folder may have a trailing backslash, and "\" is the root. The folder of a card has FILE_ATTRIBUTE_TEMPORARY, the
 // entries below it don't.
-// 0xFFFFFFFF on failure: 2, 3, 5, 123, 206.
+// Returns 0xFFFFFFFF on failure. The last error is 2, 3, 5, 31, 123 or 206 for the reasons at the top of this file.
 DWORD GetFileAttributesW(const WCHAR* path);
 
 // Nonzero if it is certain that nothing exists at the path, so that GetFileAttributesW would fail with 2 or 3. Makes
@@ -222,8 +227,8 @@ BOOL IsNothingAt(const WCHAR* path);
 // Begins a search. Only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
 // character). "*" and "*.*" match every name. Names are matched without case. There are no entries "." and "..". The
 // entries come in the host's order, so callers must not rely on an order. A file that is made or deleted during the
-// search may or may not be found. Names longer than 259 characters are left out. INVALID_HANDLE_VALUE on failure: 2 if
-// nothing matches, 3 if the folder is missing, also 5, 123 and 206.
+// search may or may not be found. Names longer than 259 characters are left out. Returns INVALID_HANDLE_VALUE on
+// failure. The last error is 2 if nothing matches, or 3, 5, 31, 123 or 206 for the reasons at the top of this file.
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
 
 // Like FindFirstFileW. `level` must be FindExInfoStandard, `found` a WIN32_FIND_DATAW, `filter` null and `flags` 0.
@@ -234,8 +239,9 @@ enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories }
 HANDLE FindFirstFileExW(const WCHAR* pattern, FINDEX_INFO_LEVELS level, void* found, FINDEX_SEARCH_OPS operation,
                         const void* filter, DWORD flags);
 
-// Gets the next entry. Nonzero on success, 0 with 18 at the end, 6 for a handle that isn't a search, or 31.
+// Gets the next entry. Nonzero on success. Fails with 18 after the last entry, with 6 if `search` isn't a search's
+// handle, with 87 for a null `found`, and with 31.
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found);
 
-// Nonzero on success, 0 with 6 for a handle that isn't a search.
+// Nonzero on success. Fails with 6 if `search` isn't a search's handle.
 BOOL FindClose(HANDLE search);

@@ -35,7 +35,8 @@ struct FileStamp {
 // file after that. Then the stamp shows each later change of the bytes, even by a program that maps the file into
 // memory: the first write of that program changes the times. If the file is open for reading only and not shared for
 // writing, the call returns the stamp of the moment when the file was opened.
-// 0 on failure: 6 for a handle that is no open file, 31, 87 for a null stamp, and the errors of WriteFile.
+// Returns 0 on failure. The last error is 6 if `file` isn't the handle of an open file, 87 for a null `stamp`, 31 if
+// the host failed, or an error of WriteFile if gathered bytes can't be written.
 BOOL GetFileStamp(HANDLE file, FileStamp* stamp);
 
 // Nonzero if it is certain that the file at `path` still has the bytes that it had when the stamp was taken. 0 if the
@@ -48,7 +49,8 @@ BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 // Deletes the file at `path` if it still has the stamp, and neither this process nor another one has it open. Another
 // process that opens the file during the call waits until the call ends.
 // Fails with
-//   2, 3     the file doesn't exist;
+//   2        the file doesn't exist;
+//   3        a folder of the path is missing or is a file;
 //   5, 19, 123, 206  as DeleteFileW;
 //   32       the file is open in this or another process, or another process began to open it during the call;
 //   50       the file system can neither rename without replacing nor link, so that nothing can be deleted safely;

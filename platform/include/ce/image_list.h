@@ -6,7 +6,7 @@
 inline constexpr UINT ILC_MASK = 1;
 
 // Makes an empty list for images of `width` by `height` pixels. The list grows automatically, so `initial` and `grow`
-// are not used. Null with 87 if the width or the height is below 1.
+// are not used. Returns null with 87 if the width or the height is below 1.
 HIMAGELIST ImageList_Create(int width, int height, UINT flags, int initial, int grow);
 
 // Adds the images that are side by side in the bitmap. `mask` is not used. Instead, when the images are drawn, the
@@ -14,8 +14,10 @@ HIMAGELIST ImageList_Create(int width, int height, UINT flags, int initial, int 
 // `list` is no image list or `bitmap` is no bitmap, returns -1 and sets error 6. The bitmap may be deleted afterwards.
 int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask);
 
-// Returns the bitmap resource with the number `name`. Null with 1812, 1813 or 1814.
+// Returns the bitmap resource with the number `name`. Returns null on failure. The last error is that of FindResourceW
+// (ce/resource.h), or 1814 if `name` isn't a number.
 HBITMAP LoadBitmapW(HINSTANCE instance, const WCHAR* name);
 
-// Nonzero on success, 0 with 6 for a handle that is no bitmap.
+// Returns nonzero for each image that was loaded from the resources, an icon or image list included. For any other
+// handle returns 0 with 6.
 BOOL DeleteObject(HBITMAP bitmap);

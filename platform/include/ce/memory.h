@@ -11,7 +11,7 @@ inline constexpr UINT LMEM_ZEROINIT = 0x40;
 inline constexpr UINT LPTR = 0x40;
 
 // Allocates a block of `bytes` bytes, aligned for any type. A block of 0 bytes also has an address of its own.
-// Null on failure, with last error 8. Free with LocalFree.
+// Returns null with 8 on failure. Free the block with LocalFree.
 HLOCAL LocalAlloc(UINT flags, std::size_t bytes);
 
 // Frees the block. A null block is allowed. Always returns null.

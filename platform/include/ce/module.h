@@ -8,13 +8,13 @@
 
 using FARPROC = void (*)();
 
-// Returns the library. Null with last error 126 if `name` isn't the library's name.
+// Returns the library, or null with 126 if `name` isn't the library's name.
 HMODULE LoadLibraryW(const WCHAR* name);
 
 // Returns the address of the function with this name. Names are compared with case. Cast the address to the type of the
 // function before you call it.
-// Null with last error 127 if the platform has no such function, 6 if `module` isn't the library.
+// Returns null with 127 if the platform has no such function, and with 6 if `module` isn't the library.
 FARPROC GetProcAddressW(HMODULE module, const WCHAR* name);
 
-// Has no effect. Nonzero on success, 0 with 6 if `module` isn't the library.
+// Has no effect. Returns nonzero on success, and 0 with 6 if `module` isn't the library.
 BOOL FreeLibrary(HMODULE module);

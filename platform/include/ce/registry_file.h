@@ -7,9 +7,9 @@
 #include "ce/types.h"
 
 // Writes the whole registry to the file `path`. If a file exists there, it is replaced. The file is text in the REGEDIT
-// format, UTF-16 (docs/format.md, "Registry file"). Nonzero on success, otherwise 0 with the last error of the file
-// call that failed, or 31 if the registry can't be read. After a failure there is no file at `path`, except an old file
-// that couldn't be replaced or an incomplete file that couldn't be deleted.
+// format, UTF-16 (docs/format.md, "Registry file"). Returns nonzero on success and 0 on failure. The last error is that
+// of the file call that failed, or 31 if the registry can't be read. After a failure there is no file at `path`, except
+// an old file that couldn't be replaced or an incomplete file that couldn't be deleted.
 BOOL RegCopyFile(const WCHAR* path);
 
 // Stores the content of a file of this format with the device, and removes the file from `path`. At the next start of

@@ -21,18 +21,19 @@ inline constexpr WORD RT_GROUP_ICON_ID = 14;
 inline const WCHAR* const RT_DIALOG = MAKEINTRESOURCEW(RT_DIALOG_ID);
 
 // Name and type are numbers or texts. Texts are compared without regard to the case of A to Z. "#123" is the number
-// 123. Null on failure: 1812 no resources, 1813 no such type, 1814 no such name.
+// 123. Returns null on failure. The last error is 1812 if the program has no resources, 1813 if there is no resource of
+// this type, and 1814 if the type has no resource with this name.
 HRSRC FindResourceW(HMODULE module, const WCHAR* name, const WCHAR* type);
 
 // The address of the resource's bytes, valid as long as the process runs. Nothing has to be freed.
-// Null with 6 for a handle that FindResourceW didn't return.
+// Returns null with 6 if FindResourceW didn't return `resource`.
 HGLOBAL LoadResource(HMODULE module, HRSRC resource);
 
-// The length of the resource in bytes, without padding; 0 with 6.
+// Returns the resource's length in bytes, without padding, or 0 with 6 if FindResourceW didn't return `resource`.
 DWORD SizeofResource(HMODULE module, HRSRC resource);
 
 // Copies text `id` into `buffer`: at most characters - 1 characters, and a NUL. Returns the number of characters
-// without the NUL, 0 if there is no such text (1814) or no space (122). A surrogate pair stays whole. With a null
-// buffer the result is the address of the text inside the resource, as an integer. That text is not terminated. Its
-// length in characters is in the WORD before it.
+// without the NUL. Returns 0 with 1814 if there is no such text, and with 122 if `characters` is below 1. A surrogate
+// pair stays whole. With a null buffer the result is the address of the text inside the resource, as an integer. That
+// text is not terminated. Its length in characters is in the WORD before it.
 LONG_PTR LoadStringW(HINSTANCE instance, UINT id, WCHAR* buffer, int characters);

@@ -13,7 +13,7 @@
 // used. They are also written before a further change if 4096 changes or 8 MiB are gathered, or if the first of them is
 // half a second old. A process that is killed loses at most the changes that were gathered last, and never a part of a
 // record. The database can be opened afterwards. If the disk has no space for all gathered changes, as many as fit are
-// written, in their order. If changes are lost, CloseHandle fails with 112 or 31.
+// written, in their order. If changes are lost, CloseHandle fails with 112, 31 or 8.
 //
 // CloseHandle closes a handle. The calls below fail with 87 for a handle that is not open. Error 8 means that memory
 // ran out, and 112 that the disk is full. Error 31 means that no device is open, that the host's disk failed, or that a
@@ -131,32 +131,35 @@ struct CEPROPVAL {
 
 // Begins an enumeration of the databases of a type (0 for all types). The oldest database comes first. The call
 // succeeds even if the store has no database.
-// INVALID_HANDLE_VALUE on failure: 31.
+// Returns INVALID_HANDLE_VALUE with 31 or 8 on failure.
 HANDLE CeFindFirstDatabase(DWORD type);
 
-// Returns the next database of the enumeration. Otherwise returns 0, with 259 at the end, 1018 if a database was
-// deleted since the enumeration began, or 87 or 31.
+// Returns the next database of the enumeration. Otherwise returns 0. The last error is 259 at the end, 1018 if a
+// database was deleted since the enumeration began, or 87, 31 or 8 for the reasons at the top of this file.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
-// Nonzero on success. Fails with 6 if there is no object with this oid, 87 for a null `info`, 31. After a failure
-// `info` is unchanged.
+// Returns nonzero on success. Fails with 6 if there is no object with this oid, with 87 if `info` is null, and with 31
+// and 8. After a failure `*info` is unchanged.
 BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info);
 
 // Makes a database with at most CEDB_MAXSORTORDER sort orders. If `sortOrders` is 0, the database gets one sort order,
-// with the property 0. Sets the last error to 0 on success. 0 on failure: 52 if the name exists, 87 for an invalid
-// name or invalid sort orders, also 112 and 31.
+// with the property 0. Sets the last error to 0 on success. Returns 0 on failure. The last error is 52 if the name
+// exists, 87 if the name or the sort orders are invalid, or 112, 31 or 8.
 CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SORTORDERSPEC* specs);
 
-// Deletes a database. Nonzero when the database and its records are gone from the disk. Fails with 32 while a handle on
-// the database is open, with 87 if there is no such database, and with 112 and 31.
+// Deletes a database. Returns nonzero when the database and its records are gone from the disk. Fails with 32 while a
+// handle on the database is open, with 87 if there is no such database, and with 112, 31 and 8.
 BOOL CeDeleteDatabase(CEOID oid);
 
 // Opens a database. If `*oid` is 0, the database is found by its name, and `*oid` is set. Otherwise it is found by
 // `*oid`. The handle's pointer is at the first record. With CEDB_AUTOINCREMENT each read advances it, otherwise it
 // stays. `sortProperty` must be 0; `notified` is not used, because there are no notifications of changes.
-// INVALID_HANDLE_VALUE on failure: 2 no such database, 87 other flags, a sort property, a null `oid` or an invalid
-// name, 31. Error 31 also means that the stored name of the database is damaged, so that only CeFindNextDatabase finds
-// the database.
+// Returns INVALID_HANDLE_VALUE on failure. The last error is:
+//   2   there is no such database
+//   87  `flags` has other bits, `sortProperty` isn't 0, `oid` is null, or `*oid` is 0 and the name is invalid
+//   31  a reason at the top of this file; or the stored name is damaged, so that a search for the name can't find the
+//       database
+//   8   memory ran out
 HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWORD flags, HWND notified);
 
 // Moves the pointer and returns the record at the new position. `*index` is set to the new position, counted from 0.
@@ -171,8 +174,10 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 //   0   CEDB_SEEK_END with 0 has moved the pointer after the last record
 //   25  the position is beyond an end: the pointer moves after the last record, or stays if the move was towards the
 //       beginning
-//   31  as 0, but the number of records isn't the number that the database has stored; or another cause of error 31
-//   87  another `how`, a handle that isn't open, or an oid that is no record of the database
+//   31  CEDB_SEEK_END with 0 has moved the pointer after the last record, but the number of records isn't the number
+//       that the database has stored; or another cause of error 31
+//   87  `how` is invalid, the handle isn't open, or the oid is no record of the database
+//   8   memory ran out
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 
 // Reads the record at the pointer. With a null `ids` it reads all properties, in the order in which they were first
@@ -182,23 +187,29 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 // block that is null or too small is replaced by one of LocalAlloc, which the caller frees with LocalFree.
 // Returns the record's oid. On failure returns 0, and the pointer doesn't move. The last error is:
 //   259    no record is left at the pointer or after it
-//   31     as 259, but the database has stored another number of records; or another cause of error 31
+//   31     no record is left, but the number of records isn't the number that the database has stored; or another
+//          cause of error 31
 //   1018   the record was deleted, and another one follows (with CEDB_AUTOINCREMENT that one is read instead)
 //   232    all properties of `ids` are missing
 //   122    the block is null or too small, and CEDB_ALLOWREALLOC isn't set
-//   8, 87
+//   87     the handle isn't open, a pointer other than `ids` is null, or `flags` has other bits
+//   8      memory ran out
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes);
 
 // Writes properties into a record. With oid 0 it makes a new record after all others, and the pointer doesn't move. If
 // the record has a property with the same id, the new property replaces it. A property with CEDB_PROPDELETE is removed
 // from the record. All other properties of the record stay. CEDB_PROPNOTFOUND, which a read can have set, isn't stored.
-// Returns the record's oid. 0 on failure, and nothing is changed: 87 no properties, a null text or blob, more than
-// MaxRecordContent, no such record; 112 no room, or a record beyond CEDB_MAXRECORDS; 8, 31.
+// Returns the record's oid. On failure returns 0, and nothing is changed. The last error is:
+//   87     the handle isn't open, there are no properties, a text or a nonempty blob is null, the record would get
+//          more than 65535 properties or its texts and blobs would exceed MaxRecordContent, or the database has no
+//          record with this oid
+//   112    the disk is full, or the database has CEDB_MAXRECORDS records already
+//   8, 31  for the reasons at the top of this file
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
 // Deletes a record. Nonzero on success. If the pointer was at the record, seeks start from the next record afterwards,
 // and a read fails with 1018 or reads the next record (see CeReadRecordProps). Fails with 87 if the database has no
-// such record, and with 112 and 31.
+// such record, and with 112, 31 and 8.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
 // Begins or ends a transaction. A real device doesn't have these calls. All databases that are made or deleted and all
@@ -206,7 +217,8 @@ BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 // succeeded. A kill before that, EndStoreChange(FALSE) and any failure, such as a full disk, leave everything as it
 // was. Handles that were opened in between can be used after a success, and must be closed before
 // EndStoreChange(FALSE). Nothing else of the device may be changed in between.
-// Nonzero on success. EndStoreChange(FALSE) always succeeds if a transaction is open. BeginStoreChange fails with 87 if
-// a transaction is open already, EndStoreChange fails with 87 if none is open. Other errors are 112, 8 and 31.
+// Both return nonzero on success. EndStoreChange(FALSE) always succeeds if a transaction is open. BeginStoreChange
+// fails with 87 if a transaction is open already, EndStoreChange fails with 87 if none is open. Other errors are 112, 8
+// and 31.
 BOOL BeginStoreChange();
 BOOL EndStoreChange(BOOL kept);

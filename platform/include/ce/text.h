@@ -95,6 +95,7 @@ UINT GetACP();
 // Converts to `codePage` (CP_ACP or CP_UTF8). With `characters` -1 the text ends at its NUL, which is converted and
 // counted, too. With `bytes` 0 the call only returns the size. A lone surrogate becomes U+FFFD. `defaultCharacter` and
 // `usedDefault` must be null. Returns the number of bytes.
-// 0 on failure: 122 `out` is too small, and its content is undefined; 1004 `flags` isn't 0; 87 other invalid arguments.
+// Returns 0 on failure. The last error is 122 if `out` is too small, and the content of `out` is undefined in this
+// case. It is 1004 if `flags` isn't 0, and 87 if another argument is invalid.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* text, int characters, char* out, int bytes,
                         const char* defaultCharacter, BOOL* usedDefault);

@@ -22,10 +22,10 @@ inline constexpr DWORD LOCALE_SSHORTDATE = 0x1F;
 void GetLocalTime(SYSTEMTIME* now);
 
 // Converts without regard to time zones; wDayOfWeek is ignored.
-// 0 with 87 for a date or a time of day that doesn't exist, and for years before 1601 and after 30827.
+// Returns 0 with 87 if the date or the time of day doesn't exist, or if the year is before 1601 or after 30827.
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
 
-// 0 with 87 for a file time of 0x8000000000000000 or more.
+// Returns 0 with 87 if the file time is 0x8000000000000000 or more.
 BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* time);
 
 // -1 if the first time is earlier, 0 if both are equal, 1 if the first time is later.
@@ -33,6 +33,6 @@ LONG CompareFileTime(const FILETIME* first, const FILETIME* second);
 
 // Gets the setting as text. Returns the length of the text in characters with the NUL. With `characters` 0 the call
 // only returns this length. The only setting is LOCALE_SSHORTDATE of LOCALE_SYSTEM_DEFAULT. It looks like "M/d/yy",
-// "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's LC_TIME. 0 on failure: 122 `out` is too small, 1004 `setting`
-// contains flags, 87 another locale or setting.
+// "dd/MM/yyyy" or "yyyy-MM-dd" and follows the host's LC_TIME. Returns 0 on failure. The last error is 122 if `out` is
+// too small, 1004 if `setting` contains flags, and 87 for another locale or setting or an invalid buffer.
 int GetLocaleInfoW(LCID locale, DWORD setting, WCHAR* out, int characters);

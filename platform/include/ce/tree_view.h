@@ -43,7 +43,7 @@ inline constexpr UINT TVM_GETIMAGELIST = 0x1108;
 inline constexpr UINT TVM_SETIMAGELIST = 0x1109;
 // (TVGN_..., item): a handle, or 0 if there is no such item.
 inline constexpr UINT TVM_GETNEXTITEM = 0x110A;
-// (TVGN_CARET, item): nonzero, or 0 if the parent refused or for an invalid handle. Selects the item and makes it
+// (TVGN_CARET, item): nonzero, or 0 if the parent refused or the handle is invalid. Selects the item and makes it
 // visible as TVM_ENSUREVISIBLE does. With null as the item, no item is selected afterwards.
 inline constexpr UINT TVM_SELECTITEM = 0x110B;
 // (0, TVHITTESTINFO): the item whose row contains the point, or 0.
@@ -54,9 +54,9 @@ inline constexpr UINT TVM_ENSUREVISIBLE = 0x1114;
 // (0, TVINSERTSTRUCTW): the new item's handle, or 0 for an invalid hParent. The text is copied. Selects and expands
 // nothing.
 inline constexpr UINT TVM_INSERTITEMW = 0x1132;
-// (0, TVITEMW): nonzero. 0 for an invalid handle, and the TVITEMW is unchanged. hItem is read whatever the mask is. A
-// text is cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set. To select or expand an item, use
-// TVM_SELECTITEM or TVM_EXPAND.
+// (0, TVITEMW): nonzero, or 0 for an invalid handle, which leaves the TVITEMW unchanged. hItem is read whatever the
+// mask is. A text is cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set. To select or expand an item,
+// use TVM_SELECTITEM or TVM_EXPAND.
 inline constexpr UINT TVM_GETITEMW = 0x113E;
 inline constexpr UINT TVM_SETITEMW = 0x113F;
 

@@ -144,21 +144,22 @@ inline constexpr WORD VK_ADD = 0x6B;
 inline constexpr WORD VK_SUBTRACT = 0x6D;
 inline constexpr WORD VK_F4 = 0x73;
 
-// Registers a window class. Names of classes are compared without case. 0 with 1410 if a class with the name exists
-// already, or with 87 if the class has no name or no procedure.
+// Registers a window class. Names of classes are compared without case. Returns 0 with 1410 if a class with the name
+// exists already, or with 87 if the class has no name or no procedure.
 ATOM RegisterClassW(const WNDCLASSW* windowClass);
 
 // Makes a window, and sends WM_CREATE (lParam: CREATESTRUCTW) to it. If the window's procedure returns -1 for this
 // message, the call fails. If `x` or `width` of a top-level window is CW_USEDEFAULT, the window fills the whole work
-// area. For a child window, `menu` is its id. Null on failure: 1407 no such class, 1400 an invalid `parent`, or a child
-// window whose parent is null or belongs to another thread.
+// area. For a child window, `menu` is its id. Returns null on failure. The last error is 1407 if there is no such
+// class, and 1400 if `parent` is invalid. For a child window it is also 1400 if `parent` is null, belongs to another
+// thread or is being destroyed.
 HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, DWORD style, int x, int y, int width,
                      int height, HWND parent, HMENU menu, HINSTANCE instance, void* parameter);
 
 // Destroys the window, its children and the windows that it owns. The owned windows are destroyed first, except those
 // of another thread, which that thread destroys in its current or next GetMessageW. WM_DESTROY is sent to the window,
 // and after that to its children. The timers of the windows end, and messages posted to them are dropped. Fails with
-// 1400, or with 5 in the name of another thread.
+// 1400 if the handle is invalid, and with 5 if the window belongs to another thread.
 BOOL DestroyWindow(HWND window);
 
 // WM_CLOSE destroys the window. WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH set and return the title. WM_SETICON with
@@ -166,17 +167,19 @@ BOOL DestroyWindow(HWND window);
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Runs the window's procedure and returns its result. If another thread owns the window, the call waits until that
-// thread retrieves messages or waits in a send itself. Meanwhile, messages sent to the caller's windows are handled. 0
-// with 1400 if the handle is invalid, or if the window is destroyed while the call waits.
+// thread retrieves messages or waits in a send itself. Meanwhile, messages sent to the caller's windows are handled.
+// Returns 0 with 1400 if the handle is invalid, or if the window is destroyed while the call waits.
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Adds the message to the end of the queue of the window's thread. Never waits. Nonzero on success, 0 with 1400.
+// Adds the message to the end of the queue of the window's thread. Never waits. Returns nonzero on success, and 0 with
+// 1400 if the handle is invalid.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Takes the calling thread's next message. Posted messages come first, then input, then WM_QUIT, then timers. Sent
 // messages are handled during the call. If `window` isn't null, the call takes only messages of this window and its
 // descendants. If `low` or `high` isn't 0, it takes only messages from `low` to `high`. WM_QUIT is always taken.
-// 0 for WM_QUIT, -1 for an invalid window (1400) or a null `message` (87), otherwise nonzero.
+// Returns 0 for WM_QUIT, -1 on failure, otherwise nonzero. The last error is 1400 if `window` is invalid, and 87 if
+// `message` is null.
 BOOL GetMessageW(MSG* message, HWND window, UINT low, UINT high);
 
 // If the message is WM_KEYDOWN or WM_SYSKEYDOWN of a key that types a character, posts WM_CHAR or WM_SYSCHAR and
@@ -189,23 +192,25 @@ void PostQuitMessage(int exitCode);
 
 // WM_TIMER (wParam: id) comes every `milliseconds`. It has the lowest priority of all messages, and at most one is
 // pending. A call with the same window and id replaces the timer. The timer ends with its window. `procedure` must be
-// null. Nonzero, or 0 with 1400. KillTimer takes the `id` that was passed to SetTimer and not its result, which is 1
-// for the id 0. KillTimer fails with 1400, or with 87 if there is no such timer.
+// null. SetTimer returns `id`, or 1 for the id 0. It returns 0 with 1400 if `window` is invalid, and with 87 if
+// `procedure` isn't null. KillTimer takes the `id` that was passed to SetTimer and not its result. KillTimer fails with
+// 1400 if `window` is invalid, and with 87 if there is no such timer.
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure);
 BOOL KillTimer(HWND window, UINT_PTR id);
 
 // Returns nonzero if the window was visible before.
 BOOL ShowWindow(HWND window, int show);
-// Has no effect: the program paints nothing, because the display shows the window's state by itself. Nonzero, 0 with
-// 1400.
+// Has no effect: the program paints nothing, because the display shows the window's state by itself. Returns nonzero,
+// or 0 with 1400 if the handle is invalid.
 BOOL UpdateWindow(HWND window);
 BOOL IsWindow(HWND window);
 BOOL IsWindowVisible(HWND window);
 BOOL IsWindowEnabled(HWND window);
 // Returns nonzero if the window was disabled before.
 BOOL EnableWindow(HWND window, BOOL enable);
-// Null takes the focus away. Returns the window that had the focus. Null if none had it, with 1400 for an invalid
-// window, or with 5 for a window that is disabled or belongs to another thread.
+// A null `window` takes the focus away. Returns the window that had the focus, or null if none had it. Also returns
+// null on failure. The last error is 1400 if the handle is invalid, and 5 if the window belongs to another thread, is
+// being destroyed, or is disabled itself or by an ancestor.
 HWND SetFocus(HWND window);
 HWND GetFocus();
 HWND GetParent(HWND window);
@@ -234,10 +239,11 @@ BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, 
 BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
 
 HICON LoadIconW(HINSTANCE instance, const WCHAR* name);
-// Returns the icon (as HICON) or the bitmap with the number `name` in the resources. Null with 1812, 1813 or 1814, or
-// with 87 for another `type`.
+// Returns the icon (as HICON) or the bitmap with the number `name` in the resources. Returns null on failure. The last
+// error is that of FindResourceW (ce/resource.h), 1814 if `name` isn't a number, or 87 for another `type`.
 HANDLE LoadImageW(HINSTANCE instance, const WCHAR* name, UINT type, int width, int height, UINT flags);
-// The only cursor is the platform's IDC_WAIT, with a null `instance`. Null with 1814 for any other cursor.
+// The only cursor is the platform's IDC_WAIT, with a null `instance`. For any other cursor the call returns null with
+// 1814.
 HCURSOR LoadCursorW(HINSTANCE instance, const WCHAR* name);
 // Sets the cursor of the calling thread, and returns the previous one. Null removes the wait cursor.
 HCURSOR SetCursor(HCURSOR cursor);
