@@ -241,6 +241,8 @@ class PruneTest(CompanionTest):
         self.five(card)
         (card / "QLBX0005.QDT").write_bytes(b"")
         self.assertIn("no rule says", self.set_tool("prune", card, code=2).said)
+        # The sum of these two numbers is 0 in 32 bits.
+        self.set_tool("prune", card, "--keep-last", 2 ** 32 - 1, "--keep-daily", 1, "--dry-run", code=1)
         self.assertEqual(self.set_tool("prune", self.folder, "--keep-last", 1, "--dry-run", code=1).text.count("remove"), 3)
         self.set_tool("prune", self.folder, "--keep-last", 1, code=1)
         self.assertEqual(sorted(os.listdir(card)), [f"QLBX000{n}.{e}" for n in (4, 5) for e in ("QDT", "QLT", "SUM")])
