@@ -204,22 +204,24 @@ TEST_F(FullBackupTest, TinyFileIsStoredAsItIsWhenItsTurnComes)
 TEST_F(FullBackupTest, EachOfManyTinyFilesIsStoredUnderItsName)
 {
     constexpr std::size_t Files = 5000;
+    const std::string pattern = patternBytes(2000);
     for (std::size_t i = 0; i < Files; i++)
-        write("d" + std::to_string(i % 50) + "/" + std::to_string(i), std::to_string(i) + patternBytes(2000));
+        write("d" + std::to_string(i % 50) + "/" + std::to_string(i), std::to_string(i) + pattern);
     RunFullBackup();
     removeAll("");
     std::filesystem::create_directories(root());
     mount();
     restore();
     for (std::size_t i = 0; i < Files; i++)
-        ASSERT_EQ(read("d" + std::to_string(i % 50) + "/" + std::to_string(i)), std::to_string(i) + patternBytes(2000));
+        ASSERT_EQ(read("d" + std::to_string(i % 50) + "/" + std::to_string(i)), std::to_string(i) + pattern);
 }
 
 TEST_F(FullBackupTest, SetLogAndStepsAreTheSameHoweverFarTheSecondThreadIsAhead)
 {
     constexpr std::size_t Sizes[] = {0, 1, 500, 4093, 60'000, 131'071, 131'072, 131'073, 200'000, 12};
+    const std::string pattern = patternBytes(200'000);
     for (std::size_t i = 0; i < 300; i++)
-        write("d" + std::to_string(i % 7) + "/" + std::to_string(i), patternBytes(Sizes[i % std::size(Sizes)]));
+        write("d" + std::to_string(i % 7) + "/" + std::to_string(i), pattern.substr(0, Sizes[i % std::size(Sizes)]));
     for (const char* name : {"d3/busy", "d5/busy too"})
         write(name, "");
     const std::ofstream holders[] = {std::ofstream(root() / "d3/busy", std::ios::app),

@@ -94,9 +94,9 @@ BOOL collect(const BYTE* raw, DWORD bytes, void* context)
 Contents manySources()
 {
     Contents sources;
+    const std::string pattern = patternBytes(9000);
     for (char letter = 'a'; letter < 'y'; letter++)
-        sources[std::string(80, letter)] =
-            patternBytes(9000).substr(static_cast<std::size_t>(letter), letter == 't' ? 5000 : 400);
+        sources[std::string(80, letter)] = pattern.substr(static_cast<std::size_t>(letter), letter == 't' ? 5000 : 400);
     return sources;
 }
 
