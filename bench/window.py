@@ -76,7 +76,7 @@ class Bench:
         """Makes a backup in the window. Returns its seconds, and the seconds until the window appeared."""
         self.clear()
         process, start = self.start_window(desktop)
-        user = User(process, 1)
+        user = User(desktop, process, 1)
         keyboard = Keyboard(user)
         user.window(MAIN)
         main = xdotool("getactivewindow")

@@ -1,13 +1,14 @@
 """A desktop for one test (X server, window manager, session bus), and a user who works with one program on it.
 
-The user reads the screen through AT-SPI and sends input with xdotool. Each step waits for what it needs to see.
+The user reads the screen through AT-SPI, asks the X server about windows, and sends input with xdotool. Each step waits
+for what it needs to see.
 """
 import atexit
 import collections
 import contextlib
+import importlib.util
 import os
 import pathlib
-import re
 import shutil
 import signal
 import subprocess
@@ -15,7 +16,7 @@ import sys
 import tempfile
 import time
 
-TOOLS = ["Xvfb", "openbox", "xdotool", "xprop", "xwininfo", "dbus-daemon"]
+TOOLS = ["Xvfb", "openbox", "xdotool", "dbus-daemon"]
 MISSING = 77  # exit code
 ROWS = {"list item", "table cell"}  # roles of rows: their list has the focus
 MAIN = "KORV Quillbox"
@@ -27,10 +28,7 @@ Rectangle = collections.namedtuple("Rectangle", "x y width height")
 def require_tools(*more):
     """Ends the test as skipped if a tool is missing."""
     missing = [tool for tool in [*TOOLS, *more] if not shutil.which(tool)]
-    try:
-        import pyatspi  # noqa: F401
-    except ImportError:
-        missing.append("python3-pyatspi")
+    missing += [f"python3-{module.lower()}" for module in ("pyatspi", "Xlib") if not importlib.util.find_spec(module)]
     if missing:
         print("missing:", *missing, file=sys.stderr)
         sys.exit(MISSING)
@@ -91,13 +89,14 @@ class Desktop:
             "Xvfb", f":{100 + os.getpid() % 50000}", "-screen", "0", f"{size}x24", "-nolisten", "tcp", "-noreset",
             "-fbdir", str(self.base), "-displayfd", "{}")
         self.server = self.started[-1]
+        from Xlib import display
+        self.x = display.Display(self.display)
         self.picture = self.base / "Xvfb_screen0"  # what the screen shows now, in the format of xwd
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.answer_of(
             "dbus-daemon", "--session", "--nofork", "--print-address={}")
         # A window that appears before the window manager gets no frame and no focus.
         manager = self.start("openbox")
-        wait_for("a window manager", lambda: manager.poll() is not None or
-                 "window id" in output_of("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"))
+        wait_for("a window manager", lambda: manager.poll() is not None or self.window_in("_NET_SUPPORTING_WM_CHECK"))
         require(manager.poll() is None, f"openbox on {self.display} ended with {manager.returncode}")
 
     def start(self, *words, **options):
@@ -106,8 +105,25 @@ class Desktop:
         return process
 
     def start_program(self, device, *options, scale=1, **process_options):
-        return User(self.start(self.bin / "quillbox", "--device", device, *options,
-                               **{"stderr": None, **process_options}), scale)
+        return User(self, self.start(self.bin / "quillbox", "--device", device, *options,
+                                     **{"stderr": None, **process_options}), scale)
+
+    def window_in(self, name):
+        """Returns the window that this property of the root window names, or None."""
+        from Xlib import X
+        found = self.x.screen().root.get_full_property(self.x.intern_atom(name), X.AnyPropertyType)
+        return self.x.create_resource_object("window", found.value[0]) if found and found.value[0] else None
+
+    def active_window(self):
+        """Returns the title of the active window, and the position of its content on the screen. The title is None if no
+        window is active."""
+        from Xlib import error
+        window = self.window_in("_NET_ACTIVE_WINDOW")
+        with contextlib.suppress(error.BadWindow):  # the window has just disappeared
+            if window:
+                at = self.x.screen().root.translate_coords(window, 0, 0)
+                return window.get_full_text_property(self.x.intern_atom("_NET_WM_NAME")), (at.x, at.y)
+        return None, None
 
     def answer_of(self, *words):
         """Starts a program that writes one line to the descriptor in place of {}. Returns this line."""
@@ -127,15 +143,15 @@ class Desktop:
 class User:
     """A user of one program. `scale` is the number of screen pixels for one pixel of the program."""
 
-    def __init__(self, process, scale):
+    def __init__(self, desktop, process, scale):
         import pyatspi
         from gi.repository import Atspi
         # With the default timeout of one second, AT-SPI would report no states and no names for a busy program.
         Atspi.set_timeout(60000, 60000)
-        self.process, self.scale, self.atspi = process, scale, pyatspi
-        desktop = pyatspi.Registry.getDesktop(0)
+        self.desktop, self.process, self.scale, self.atspi = desktop, process, scale, pyatspi
+        applications = pyatspi.Registry.getDesktop(0)
         self.application = wait_for("the program on the desktop", lambda: next(
-            (a for a in desktop if a and a.get_process_id() == process.pid), None))
+            (a for a in applications if a and a.get_process_id() == process.pid), None))
 
     # Reading.
 
@@ -155,14 +171,12 @@ class User:
     def window(self, title):
         """Returns the window as soon as it has its final position and the focus."""
         def settled():
-            window, active = self.is_there(title), xdotool("getactivewindow")
-            if not window or not active or xdotool("getwindowname", active) != title:
+            active, at = self.desktop.active_window()
+            window = self.is_there(title) if active == title else None
+            if not window:
                 return None
-            information = output_of("xwininfo", "-id", active)
-            at = [int(n) for n in re.findall(r"Absolute upper-left [XY]: +(-?\d+)", information)]
             seen = self.rectangle(window)
-            stands = len(at) == 2 and max(abs(at[0] - seen.x), abs(at[1] - seen.y)) < 2 * self.scale
-            return window if stands else None
+            return window if max(abs(at[0] - seen.x), abs(at[1] - seen.y)) < 2 * self.scale else None
         return wait_for(f"the window {title!r}", settled)
 
     def search(self, node, fits):

@@ -27,8 +27,9 @@ class Case:
         store = self.device / "object-store"
         store.mkdir(parents=True)
         self.card.mkdir()
+        noise = os.urandom(20000 + files)
         for number in range(files):
-            (store / f"file-{number}").write_bytes(os.urandom(20000))
+            (store / f"file-{number}").write_bytes(noise[number:number + 20000])
         self.user = desktop.start_program(self.device, "--card", f"Card={self.card},capacity={capacity}",
                                           stderr=open(self.errors, "w"))
         self.steps = Keyboard(self.user)
@@ -149,9 +150,8 @@ def minimised(desktop):
     """A second process for the same device brings back the window of the first one, and ends."""
     case = Case(desktop)
     case.user.window(MAIN)
-    xdotool("windowminimize", "--sync", xdotool("getactivewindow"))
-    wait_for("the window to go", lambda: xdotool("getactivewindow") == "" or
-             xdotool("getwindowname", xdotool("getactivewindow")) != MAIN)
+    xdotool("getactivewindow", "windowminimize", "--sync")
+    wait_for("the window to go", lambda: desktop.active_window()[0] != MAIN)
     second = subprocess.run([desktop.bin / "quillbox", "--device", case.device], timeout=300)
     require(second.returncode == 0, f"the second start ended with {second.returncode}")
     case.user.window(MAIN)
