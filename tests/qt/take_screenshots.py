@@ -64,9 +64,9 @@ def take_all(bin_folder, target, variant):
 
 def main(bin_folder, target, *variants):
     require_tools("convert")
+    pathlib.Path(target).mkdir(parents=True, exist_ok=True)
     if len(variants) == 1:
         return take_all(bin_folder, target, *variants)
-    pathlib.Path(target).mkdir(parents=True, exist_ok=True)
     # Each variant needs a desktop of its own.
     taking = [subprocess.Popen([sys.executable, __file__, bin_folder, target, each]) for each in variants or VARIANTS]
     return max(process.wait() for process in taking)
