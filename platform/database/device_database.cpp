@@ -229,6 +229,15 @@ std::string migrate(sqlite3* database, Connection& connection, const fs::path& f
     return "";
 }
 
+// By default SQLite allocates and initialises memory for many small objects and for 20 pages in advance. A backup of
+// files uses little of this memory, so most of it would only make the process larger. The settings can be made only
+// before the first database is opened. Later calls fail and change nothing.
+void allocateOnDemand()
+{
+    (void)sqlite3_config(SQLITE_CONFIG_LOOKASIDE, 0, 0);
+    (void)sqlite3_config(SQLITE_CONFIG_PAGECACHE, nullptr, 0, 0);
+}
+
 }  // namespace
 
 bool openDeviceDatabase(const fs::path& file, std::string& sentence)
@@ -247,6 +256,7 @@ bool openDeviceDatabase(const fs::path& file, std::string& sentence)
     std::string warning;
     if (!keepOrphanedLog(path, warning))
         return refuse(warning);
+    allocateOnDemand();
     sqlite3* database = nullptr;
     const int opened = sqlite3_open_v2(path.c_str(), &database,
                                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
