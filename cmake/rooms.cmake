@@ -22,6 +22,11 @@ if(QUILLBOX_SANITIZE)
                                                   -fno-sanitize-recover=all)
   target_link_options(quillbox_flags INTERFACE -fsanitize=${QUILLBOX_SANITIZE})
 endif()
+# The linker leaves out functions that no code calls. Nearly all of a program's code is in memory while the program runs.
+if(NOT QUILLBOX_SANITIZE)
+  target_compile_options(quillbox_flags INTERFACE -ffunction-sections -fdata-sections)
+  target_link_options(quillbox_flags INTERFACE LINKER:--gc-sections)
+endif()
 # Only with these options can ccache keep the results of compilations that use a precompiled header.
 target_compile_options(quillbox_flags INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fpch-preprocess>
                                                 "$<$<COMPILE_LANG_AND_ID:CXX,Clang>:SHELL:-Xclang -fno-pch-timestamp>")
