@@ -5,6 +5,7 @@ add_executable(quillbox ${folder}/main.cpp ${folder}/command_backup.cpp ${folder
                         ${folder}/command_session.cpp ${folder}/command_sets.cpp ${folder}/data_digest.cpp ${folder}/set_care.cpp ${folder}/telling.cpp
                         ${folder}/terminal.cpp)
 quillbox_compile_small(quillbox)
+quillbox_compile_quickly(quillbox)
 target_link_libraries(quillbox PRIVATE quillbox_flags quillbox_program platform_device platform_headless platform_kernel platform_text
                                        platform_resource quillbox_resources platform_start archive nlohmann_json::nlohmann_json)
 # The window is a module that the program loads when it needs a window. The module uses the window core of the program. So
