@@ -26,8 +26,8 @@ struct HostPath {
 
     bool isSame(const HostPath& other) const { return mount == other.mount && below == other.below; }
 
-    // The path of the folder that contains the entry; "." if that is the mounted folder itself.
-    std::string parent() const { return nameStart == 0 ? "." : below.substr(0, nameStart - 1); }
+    // The path below the mount of the folder that contains the entry. Empty if that is the mounted folder itself.
+    std::string_view folder() const { return std::string_view(below).substr(0, nameStart == 0 ? 0 : nameStart - 1); }
 };
 
 // Translates a path of the device. Accepts one trailing backslash, and sets endsInBackslash for it. Two trailing

@@ -27,7 +27,7 @@ Deleted deleteFound(const HostPath& path, int folder, const HostStatus& status, 
 {
     if (const DWORD error = deletionError(path, folder, status, table))
         return {error, error == ERROR_SHARING_VIOLATION};
-    path.mount->expectChange(deviceOf(status), path.parent());
+    path.mount->expectChange(deviceOf(status), path.folder());
     if (const int result = removeFile(folder, path.name()); result < 0)
         return {platformError(result)};
     path.mount->noteChange(deviceOf(status));
@@ -126,7 +126,7 @@ DWORD removeFolderAt(const HostPath& path)
         return errorAt(path, parent, result);
     if (!isFolder(status))
         return ERROR_PATH_NOT_FOUND;
-    path.mount->expectChange(deviceOf(status), path.parent());
+    path.mount->expectChange(deviceOf(status), path.folder());
     const int result = removeEmptyFolder(parent.get(), path.name());
     path.mount->noteChange(deviceOf(status));
     return result == -ENOTEMPTY || result == -EEXIST ? ERROR_DIR_NOT_EMPTY : platformError(result);
@@ -159,7 +159,7 @@ DWORD makeFolderAt(const HostPath& path)
     HostStatus status = {};
     if (const int result = readStatus(parent.get(), "", status); result < 0)
         return platformError(result);
-    path.mount->expectChange(deviceOf(status), path.parent());
+    path.mount->expectChange(deviceOf(status), path.folder());
     const int result = makeFolder(parent.get(), path.name());
     if (result == 0)
         path.mount->noteChange(deviceOf(status));

@@ -48,7 +48,7 @@ DWORD errorOfMove(int result)
 DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
 {
     std::optional<ParentFolder> other;
-    if (from.parent() != to.parent())
+    if (from.folder() != to.folder())
         other.emplace(to);
     const int folder = other ? other->get() : moved.folder.get();
     if (folder < 0)
@@ -106,7 +106,7 @@ DWORD moveFileAt(const HostPath& from, const HostPath& to, bool replace)
         return errorAt(from, moved.folder, moved.result);
     if (const DWORD error = deletionError(from, moved.folder.get(), moved.status, table))
         return error;
-    to.mount->expectChange(deviceOf(moved.status), to.parent());
+    to.mount->expectChange(deviceOf(moved.status), to.folder());
     if (const DWORD error = replace ? moveOver(from, moved, to, table) : moveToFree(from, moved, to))
         return error;
     to.mount->noteChange(deviceOf(moved.status));

@@ -123,13 +123,14 @@ void MountedFolder::giveBackRoom(std::uint64_t bytes)
     }
 }
 
-void MountedFolder::expectChange(std::uint64_t device, const std::string& path)
+void MountedFolder::expectChange(std::uint64_t device, std::string_view path)
 {
     if (findVolume(device))
         return;
     auto volume = std::make_unique<Volume>();
     volume->device = device;
-    volume->readable = Descriptor(openBelow(folder_.get(), path.c_str(), O_RDONLY | O_DIRECTORY));
+    volume->readable =
+        Descriptor(openBelow(folder_.get(), path.empty() ? "." : std::string(path).c_str(), O_RDONLY | O_DIRECTORY));
     const std::lock_guard lock(volumesMutex_);
     furtherVolumes_.push_back(std::move(volume));
 }

@@ -4,6 +4,7 @@
 
 #include "attributes.h"
 #include "host_calls.h"
+#include "kept_folder.h"
 #include "kernel/mutex.h"
 
 #include "file/removable.h"
@@ -49,6 +50,11 @@ public:
     const std::string& hostName() const { return hostName_; }
     // The caller must have a MountUse of this folder.
     int folder() const { return folder_.get(); }
+    // See KeptFolder::opened. Always null for a removable folder, because a descriptor would keep its medium in use.
+    std::shared_ptr<const Descriptor> keptFolder(std::string_view path)
+    {
+        return isRemovable() ? nullptr : kept_.opened(folder(), path);
+    }
     bool isCard() const { return card_; }
     bool hasCapacity() const { return capacity_.has_value(); }
     std::optional<std::uint64_t> capacity() const { return capacity_; }
@@ -80,8 +86,9 @@ public:
 
     // Registers the file system whose st_dev is `device`, so that a later noteChange() can mark it as changed. Call
     // this function before each change. `path` is the path of a folder on the file system, relative to this mounted
-    // folder. `device` differs from the folder's own st_dev if another file system is mounted below the folder.
-    void expectChange(std::uint64_t device, const std::string& path);
+    // folder, or empty for this folder. `device` differs from the folder's own st_dev if another file system is mounted
+    // below the folder.
+    void expectChange(std::uint64_t device, std::string_view path);
 
     // Marks the registered file system as changed. Call it after the change, not before. Otherwise a flush that runs at
     // the same time could miss the change and still clear the mark.
@@ -102,6 +109,8 @@ private:
     bool card_;
     std::optional<std::uint64_t> capacity_;
     std::atomic<std::uint64_t> used_;
+
+    KeptFolder kept_;
 
     const std::unique_ptr<Volume> own_;
     std::mutex volumesMutex_;  // guards the list, not the volumes in it

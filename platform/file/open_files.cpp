@@ -120,7 +120,7 @@ DWORD OpenFiles::giveName(const TemporaryFiles::Nameless& nameless)
     DWORD error = host::ioError(readStatus(named.get(), "", status));
     if (error == 0) {
         temporaries_.noteMade(path, named.get());
-        path.mount->expectChange(deviceOf(status), path.parent());
+        path.mount->expectChange(deviceOf(status), path.folder());
         const kernel::MutexLock lock(nameless.file->mutex());
         error = nameless.file->moveTo(std::move(named), deviceOf(status));
     }

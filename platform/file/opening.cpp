@@ -58,8 +58,7 @@ int openFlags(const Request& request, bool isNew)
 
 int openNew(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
-    const int result = openBelow(request.path.mount->folder(), request.path.below.c_str(),
-                                 openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
+    const int result = makeEntry(request.path, openFlags(request, true) | O_CREAT | O_EXCL, NewFileMode);
     if (result >= 0) {
         request.descriptor = Descriptor(result);
         const kernel::MutexLock lock(table.mutex());
@@ -212,7 +211,7 @@ Opened openOnHost(const HostPath& path, const Sharing& sharing, DWORD creation, 
     }
     const std::uint64_t device = deviceOf(request.status);
     if (request.writes() || !request.existed)
-        path.mount->expectChange(device, path.parent());
+        path.mount->expectChange(device, path.folder());
     if (!request.existed)
         path.mount->noteChange(device);
     const auto shared = enter(request, table);

@@ -17,9 +17,19 @@ ParentFolder::ParentFolder(const HostPath& path) : number_(path.mount->folder())
 {
     if (path.nameStart == 0)
         return;
-    number_ = openBelow(path.mount->folder(), path.parent().c_str(), O_PATH | O_DIRECTORY);
+    number_ = openBelow(path.mount->folder(), std::string(path.folder()).c_str(), O_PATH | O_DIRECTORY);
     if (number_ >= 0)
         opened_ = Descriptor(number_);
+}
+
+int makeEntry(const HostPath& path, int flags, unsigned mode)
+{
+    if (const auto folder = path.mount->keptFolder(path.folder())) {
+        const int result = openBelow(folder->get(), path.name(), flags, mode);
+        if (result != -ENOENT)  // otherwise the folder was deleted, and there may be another one of its name
+            return result;
+    }
+    return openBelow(path.mount->folder(), path.below.c_str(), flags, mode);
 }
 
 DWORD cannotBeAFile(const HostPath& path)

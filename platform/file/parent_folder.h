@@ -22,6 +22,10 @@ private:
     int number_ = -1;
 };
 
+// Opens an entry like openBelow, where `flags` has O_CREAT. The path is looked up from the mounted folder, except if
+// the previous call made an entry in the same folder a moment ago: then from that folder, which is still open.
+[[nodiscard]] int makeEntry(const HostPath& path, int flags, unsigned mode);
+
 // Returns the error for a path that no file can have, and 0 for any other path.
 [[nodiscard]] DWORD cannotBeAFile(const HostPath& path);
 

@@ -119,9 +119,8 @@ std::vector<TemporaryFiles::Nameless> TemporaryFiles::onTheWayTo(const HostPath&
 
 std::vector<TemporaryFiles::Nameless> TemporaryFiles::inFolder(const HostPath& folder) const
 {
-    return filesWhere([&](const HostPath& file) {
-        return file.mount == folder.mount && file.parent() == (folder.isMount() ? "." : folder.below);
-    });
+    return filesWhere(
+        [&](const HostPath& file) { return file.mount == folder.mount && file.folder() == folder.below; });
 }
 
 std::vector<TemporaryFiles::Nameless> TemporaryFiles::all() const

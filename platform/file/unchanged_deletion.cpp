@@ -162,7 +162,7 @@ DWORD deleteUnchangedAt(const HostPath& path, const FileStamp& stamp)
     Held held;
     if (const DWORD error = hold(path, parent, stamp, held))
         return error;
-    path.mount->expectChange(stamp.device, path.parent());
+    path.mount->expectChange(stamp.device, path.folder());
     const DWORD error = deleteHeld(path, parent.get(), held, stamp);
     path.mount->noteChange(stamp.device);
     if (error == 0 && held.status.stx_nlink == 1)

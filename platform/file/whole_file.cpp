@@ -26,7 +26,7 @@ int makeIn(int folder, const HostPath& path, std::span<const std::byte> content)
         return result;
     if (const int result = writeAllAt(file.get(), content, 0); result < 0)
         return result;
-    path.mount->expectChange(deviceOf(status), path.parent());
+    path.mount->expectChange(deviceOf(status), path.folder());
     const int result = nameFile(file.get(), folder, path.name());
     if (result == 0)
         path.mount->noteChange(deviceOf(status));

@@ -72,6 +72,31 @@ TEST_F(FaultTest, WholeFileIsThereWithAllItsBytesOrNotAtAll)
     }
 }
 
+TEST_F(FaultTest, FileInADeepFolderIsMadeOrTheCallFailsWhicheverCallOfTheHostFails)
+{
+    std::filesystem::create_directories(root() / "a/b/c");
+    std::filesystem::create_directories(root() / "d/e/f");
+    const auto makeOne = [] { return openError(u"\\a\\b\\c\\new", GENERIC_WRITE, CREATE_ALWAYS); };
+    const auto startOver = [&] {
+        std::filesystem::remove(root() / "a/b/c/new");
+        make(u"\\d\\e\\f\\other", "");  // so that the folder is opened again
+    };
+    startOver();
+    const std::uint64_t calls = hostCallsOf(makeOne);
+    std::set<DWORD> errors;
+    for (std::uint64_t call = 1; call <= calls; call++) {
+        SCOPED_TRACE(call);
+        startOver();
+        setFaultPlan({FaultKind::Fail, call, EIO});
+        const DWORD error = makeOne();
+        clearFaultPlan();
+        EXPECT_EQ(std::filesystem::exists(root() / "a/b/c/new"), error == 0);
+        errors.insert(error);
+    }
+    EXPECT_TRUE(errors.contains(0)) << "the file can be made without keeping its folder open";
+    EXPECT_EQ(errors.size(), 2U);
+}
+
 TEST_F(FaultTest, ReadErrorComesAfterTheBytesBeforeIt)
 {
     const std::string bytes = patternBytes(50'000);

@@ -116,6 +116,33 @@ TEST_F(FileTest, ReplacedFileKeepsItsOtherNamesOnTheHost)
     EXPECT_EQ(hostRead(root() / "other name"), "new");
 }
 
+TEST_F(FileTest, FilesGoToTheFolderAtTheirPathAlsoIfAnotherProcessMovesOrReplacesIt)
+{
+    const fs::path folder = root() / "a/b/c";
+    const std::u16string path = u"\\a\\b\\c\\";
+    fs::create_directories(folder);
+    make(path + u"first", "");
+    fs::rename(root() / "a", root() / "moved");
+    // For a moment, files are still made in the folder that was moved.
+    for (int number = 0;; number++) {
+        const std::string name = std::to_string(number);
+        if (const DWORD error = openError(path + std::u16string(name.begin(), name.end()), GENERIC_WRITE, CREATE_NEW)) {
+            EXPECT_EQ(error, DWORD{ERROR_PATH_NOT_FOUND});
+            break;
+        }
+        ASSERT_TRUE(number < 100'000 && fs::exists(root() / "moved/b/c" / name));
+    }
+    fs::create_directories(folder);
+    make(path + u"second", "after it was moved");
+    EXPECT_EQ(hostRead(folder / "second"), "after it was moved");
+
+    fs::remove_all(root() / "a/b");
+    EXPECT_EQ(openError(path + u"third", GENERIC_WRITE, CREATE_NEW), DWORD{ERROR_PATH_NOT_FOUND});
+    fs::create_directories(folder);
+    make(path + u"third", "after it was replaced");
+    EXPECT_EQ(hostRead(folder / "third"), "after it was replaced");
+}
+
 TEST_F(FileTest, CallsOnAHandleOfTheWrongKindFail)
 {
     hostWrite(root() / "f", "x");

@@ -1,0 +1,36 @@
+// kept_folder.h - keeps the folder open in which the last file was made. A restore makes its files folder by folder. If
+// the folder is deep, looking up its whole path for each file would take a noticeable part of the time for a small
+// file.
+#pragma once
+
+#include "host_calls.h"
+#include "kernel/mutex.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace platform::file {
+
+// Can be used on any thread.
+class KeptFolder {
+public:
+    // Returns the folder at `path`, which is relative to `mounted`, a descriptor of a folder. Null if the folder isn't
+    // deep or can't be opened.
+    //
+    // If another process moves a folder of the path, the kept one is no longer at the path. So a folder is opened again
+    // when it was kept for LongestUse. What is made in it before could as well have been made just before the move.
+    [[nodiscard]] std::shared_ptr<const Descriptor> opened(int mounted, std::string_view path) EXCLUDES(mutex_);
+
+private:
+    using Clock = std::chrono::steady_clock;
+    static constexpr std::chrono::milliseconds LongestUse{20};
+
+    kernel::Mutex mutex_;
+    std::string path_ GUARDED_BY(mutex_);
+    std::shared_ptr<const Descriptor> folder_ GUARDED_BY(mutex_);
+    Clock::time_point since_ GUARDED_BY(mutex_);
+};
+
+}  // namespace platform::file
