@@ -1,4 +1,5 @@
-// attributes.h - attributes, times and identity of a file or folder, from what the host reports about it.
+// attributes.h - derives the attributes, times and identity of a file or folder from what the host (the Linux system)
+// reports about it.
 #pragma once
 
 #include "host_calls.h"

@@ -48,8 +48,8 @@ Deleted deleteTemporary(const HostPath& path, const SharedFile& file, OpenFiles&
     return {};
 }
 
-// If a temporary file without a name on the host is at `path`, or at the path of one of its folders, gives that file
-// its name. Call this function before any call on the host for `path`. Returns 0 or the error.
+// Gives unnamed temporary files (temporary_files.h) their names on the host: the file at `path`, and a file at a parent
+// path of `path`. Call this function before any system call with `path`. Returns 0 or the error.
 DWORD nameTemporaries(const HostPath& path)
 {
     OpenFiles& table = OpenFiles::instance();
@@ -132,9 +132,9 @@ DWORD removeFolderAt(const HostPath& path)
     return result == -ENOTEMPTY || result == -EEXIST ? ERROR_DIR_NOT_EMPTY : platformError(result);
 }
 
-// Here the host follows links among the folders of the path. This does no harm, because only the file of the stamp has
-// the stamp's device and inode number. The host's status doesn't include bytes that this process still gathers for the
-// file. If there can be such bytes, the result is false.
+// readStatus follows links in the folder part of the path. That does no harm, because isUnchanged compares the device
+// and inode numbers: if a link leads to another file, the result is false. The status doesn't include bytes of the file
+// that this process still buffers. If there may be such bytes, the result is false, too.
 bool isUnchangedAt(const HostPath& path, const FileStamp& stamp)
 {
     HostStatus status = {};

@@ -1,4 +1,4 @@
-// The calls of ce/file.h and ce/file_stamp.h. The last error is set here and nowhere else in this room.
+// Implements the calls of ce/file.h and ce/file_stamp.h. No other source file of platform/file sets the last error.
 #include "ce/file.h"
 
 #include "entries.h"

@@ -43,8 +43,8 @@ DWORD errorOfMove(int result)
     return result == -EXDEV ? DWORD{ERROR_NOT_SAME_DEVICE} : platformError(result);
 }
 
-// Moves the entry to `to`, and fails if something exists there. The host refuses to replace an entry, so no check comes
-// before the move. If the file system can't refuse that, this function first checks that nothing exists at `to`.
+// Moves the entry to `to`, and fails if something exists there. The file system checks this during the move. If it
+// doesn't support a move with that check, this function checks that nothing exists at `to` before it moves the entry.
 DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
 {
     std::optional<ParentFolder> other;
@@ -54,7 +54,7 @@ DWORD moveToFree(const HostPath& from, const Entry& moved, const HostPath& to)
     if (folder < 0)
         return errorAt(to, *other, folder);
     int result = moveFile(moved.folder.get(), from.name(), folder, to.name(), false);
-    if (result == -EINVAL) {  // the file system can't refuse to replace an entry
+    if (result == -EINVAL) {  // the file system doesn't support a move with the check
         HostStatus status = {};
         const int found = readStatus(folder, to.name(), status);
         result = found == 0 ? -EEXIST : found;

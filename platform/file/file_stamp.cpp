@@ -11,12 +11,12 @@ namespace {
 
 constexpr std::int64_t Second = 1'000'000'000;
 
-// More than the length of a fine step of file times. The host's clock for file times advances in steps of up to 10 ms,
-// and exFAT stores times in steps of 10 ms.
+// The host's clock for file times advances in steps of up to 10 ms, and exFAT stores times in steps of 10 ms. FineStep
+// is longer than these steps, to be safe.
 constexpr std::int64_t FineStep = 50'000'000;
 
-// More than the length of a coarse step. FAT stores times in steps of two seconds, some other file systems in whole
-// seconds.
+// FAT stores times in steps of two seconds, and some other file systems store whole seconds. CoarseStep is longer than
+// these steps, to be safe.
 constexpr std::int64_t CoarseStep = 4 * Second;
 
 // Returns the time from `from` to `to`, limited to about 11 days in both directions so that it can't overflow. The
@@ -27,10 +27,11 @@ std::int64_t nanosecondsBetween(const statx_timestamp& from, const timespec& to)
     return seconds * Second + to.tv_nsec - from.tv_nsec;
 }
 
-// Whether it is certain that any later write changes the stamp. A write sets the write time to the present. So a later
-// write can leave the write time unchanged only if the last write was less than a step of the clock ago. A program that
-// sets the write time back changes the change time, which is also part of the stamp. If the change time has no fraction
-// of a second, the file system may store times in coarse steps, and both times must be older than such a step.
+// Whether it is certain that each later write changes the stamp. Each write sets the file's write time from a clock
+// that advances in steps. If two writes fall into one step, the second leaves the write time unchanged. So the write
+// time must be older than one step when the stamp is taken. A program can also set the write time back, but that
+// changes the change time, which is part of the stamp, too. If the change time has no fraction of a second, the file
+// system may store times in coarse steps. Then both times must be older than a coarse step.
 bool provesWrites(const HostStatus& status, const timespec& asked)
 {
     const std::int64_t age = nanosecondsBetween(status.stx_mtime, asked);

@@ -15,7 +15,7 @@ struct Known {
     FileSystem system;
 };
 
-// A backup or restore uses only a few file systems. So it is enough to remember the latest four answers of the host.
+// The file systems that readFileSystem reported last. A backup or restore uses only a few, so four are enough.
 struct Memory {
     kernel::Mutex mutex;
     std::array<Known, 4> known;

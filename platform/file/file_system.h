@@ -1,5 +1,5 @@
-// file_system.h - the kind and block size of the file system that holds a file. The answers for the last four st_dev
-// numbers are remembered.
+// file_system.h - finds the kind and block size of the file system that holds a file, and remembers them for the
+// last four st_dev numbers.
 #pragma once
 
 #include "host_calls.h"

@@ -7,8 +7,9 @@ namespace platform::file {
 namespace {
 
 // Returns true if the error isn't a failure of the device: it is 0, or it says only that something doesn't exist, that
-// it exists already, or that a list has ended. If the call was to write, a missing parent folder (3) or an invalid name
-// (123) is a failure.
+// it exists already, or that a list has ended. There are exceptions: a missing parent folder (error 3) and an invalid
+// name (error 123) are failures if `kind` is Trouble::Writing, and an existing file is a failure if `kind` is
+// Trouble::Reading.
 bool isNormal(Trouble kind, DWORD error)
 {
     switch (error) {

@@ -1,4 +1,4 @@
-// folder_reader.h - reads the names in a host folder one by one, in large blocks.
+// folder_reader.h - reads the entries of a host folder in large blocks, and returns their names one by one.
 #pragma once
 
 #include "host_calls.h"

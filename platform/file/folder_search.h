@@ -1,4 +1,4 @@
-// folder_search.h - the object behind the handle that FindFirstFileW returns.
+// folder_search.h - defines FolderSearch, the object behind the handle that FindFirstFileW returns.
 #pragma once
 
 #include "device_path.h"

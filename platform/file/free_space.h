@@ -1,4 +1,4 @@
-// free_space.h - how many bytes still fit into a mounted folder.
+// free_space.h - finds out how many bytes still fit into a mounted folder.
 #pragma once
 
 #include "device_path.h"

@@ -290,8 +290,8 @@ int readSpace(int fileOrFolder, struct statvfs& space)
 
 int setLease(int file, int type)
 {
-    // The watcher doesn't see a call that drops a lease. If a test made such a call fail, the lease would remain, and
-    // the test would have to wait until the host ends the lease.
+    // A call that drops a lease skips passGate, so a test can't make it fail (host_gate.h). If it failed, the lease
+    // would remain, and the test would have to wait until the host ends the lease.
     if (const int error = type == F_UNLCK ? 0 : passGate())
         return -error;
     return unlessInterrupted([&] { return ::fcntl(file, F_SETLEASE, type); });

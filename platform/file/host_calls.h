@@ -1,8 +1,9 @@
-// host_calls.h - every system call that the file layer makes on the host's files and folders.
+// host_calls.h - makes all system calls of the file layer (platform/file) on files and folders of the host (the Linux
+// system).
 //
-// No other source of this room makes such calls, so that a test can count them and make each one fail (host_gate.h).
-// The exceptions are the closing of descriptors (host/descriptor.h) and power_cut.cpp, which only tests link. A
-// negative result is a negative errno, so callers don't read errno. Interrupted calls are repeated.
+// No other source file of the file layer makes such calls, so that a test can count them and make each one fail
+// (host_gate.h). The exceptions are the closing of descriptors (host/descriptor.h) and power_cut.cpp, which only tests
+// link. A negative result is a negative errno, so callers don't read errno. Interrupted calls are repeated.
 #pragma once
 
 #include "host/descriptor.h"
@@ -71,13 +72,13 @@ enum class Status { AsKnown, Fresh };
 [[nodiscard]] int takeRights(int file, const HostStatus& old);
 
 // Moves or renames a file. Without `replace`, the result is -EEXIST if `newName` exists, or -EINVAL if the file system
-// can't refuse to replace an existing file.
+// doesn't support moves that check for an existing file (RENAME_NOREPLACE).
 [[nodiscard]] int moveFile(int folder, const char* name, int newFolder, const char* newName, bool replace);
 
 // Gives the file a second name. Returns -EEXIST if `newName` exists.
 [[nodiscard]] int linkFile(int folder, const char* name, const char* newName);
 
-// Gives a nameless file (O_TMPFILE) its name. Returns -EEXIST if `name` exists.
+// Gives an unnamed file its name. An unnamed file has no directory entry (O_TMPFILE). Returns -EEXIST if `name` exists.
 [[nodiscard]] int nameFile(int file, int folder, const char* name);
 
 // Reads entries of the folder like getdents64. Returns the number of bytes, 0 at the end of the folder.

@@ -69,7 +69,7 @@ private:
         return isDue ? std::optional(plan_) : std::nullopt;
     }
 
-    // Recording changes costs time, and only a power cut needs the records.
+    // Changes are recorded only for a simulated power cut, because recording takes time.
     bool recordsChanges()
     {
         const std::lock_guard lock(mutex_);

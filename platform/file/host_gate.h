@@ -1,5 +1,5 @@
-// host_gate.h - lets a watcher see the system calls of host_calls.h, and make them fail. Only the dropping of a lease
-// isn't shown to the watcher. The program has no watcher: only tests link one (file/host_faults.h).
+// host_gate.h - lets a watcher see the system calls of host_calls.h, and make them fail. The only call that the watcher
+// doesn't see is the dropping of a lease. The program has no watcher: only tests link one (file/host_faults.h).
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,8 @@ namespace platform::file {
 
 enum class HostCall { Read, Other };
 
-// If beforeCall returns GivesNothing instead of an errno, the host isn't called, and the read returns 0 bytes.
+// For HostCall::Read, beforeCall can return GivesNothing instead of an errno. The host isn't called then, and readAt
+// returns 0 bytes.
 inline constexpr int GivesNothing = -1;
 
 // The functions can be called on any thread. The descriptors in their arguments are open during the call.
@@ -22,7 +23,7 @@ public:
     // Returns 0 to let the call be made, or the errno with which it fails. For a read it can also return GivesNothing.
     [[nodiscard]] virtual int beforeCall(HostCall call) = 0;
 
-    // Is called before the bytes or the size of the file change, and after a new file with a name was made.
+    // Called before the bytes or the size of the file change, and after a new file with a name was made.
     virtual void beforeChange(int file) = 0;
 
     // The functions below are called after a call that succeeded. Each path is relative to the folder argument before

@@ -1,10 +1,10 @@
 // known_attributes.h - remembers the stored attributes (stored_attributes.h) of recent files, so that a backup or
 // restore asks the host only once for each file.
 //
-// The host sets a file's change time whenever an attribute of the file changes. So an answer stays valid as long as the
-// change time is the same. This is certain only under two conditions: the last change is so long ago that another
-// change can't get the same time, and the file system takes its times from this machine's clock. An answer is
-// remembered only under these conditions.
+// The host (the Linux system) sets a file's change time whenever an attribute of the file changes. So remembered
+// attributes stay valid as long as the change time is the same. This is certain only under two conditions: the last
+// change is so long ago that another change can't get the same time, and the file system takes its times from this
+// machine's clock. Attributes are remembered only under these conditions.
 #pragma once
 
 #include "host_calls.h"
@@ -27,12 +27,12 @@ public:
     // Returns the stored attributes. Empty if they aren't remembered.
     std::optional<DWORD> find(const HostStatus& status);
 
-    // Remembers the stored attributes `bits` of a file. Before the caller asked the host for `bits`, it must have read
-    // `status`, and isSettled must have returned true for `status`.
+    // Remembers the stored attributes `bits` of a file. The caller must first read `status`, then check that isSettled
+    // returns true for it, and only then ask the host for `bits`.
     void note(const HostStatus& status, DWORD bits);
 
-    // Whether an answer about this file can be remembered. `folder` is a descriptor on the same file system as the
-    // file.
+    // Whether the stored attributes of the file with this status may be remembered (see the conditions above). `folder`
+    // is a descriptor on the same file system as the file.
     static bool isSettled(int folder, const HostStatus& status);
 
 private:

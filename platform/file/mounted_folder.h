@@ -1,5 +1,5 @@
-// mounted_folder.h - a host folder that is mounted in the device's name space: its capacity, and which of its file
-// systems this process has changed.
+// mounted_folder.h - represents a folder of the host (the Linux system) that is mounted in the device's name space.
+// Keeps its capacity, and remembers which file systems in it this process has changed.
 #pragma once
 
 #include "attributes.h"
@@ -36,8 +36,9 @@ struct Volume {
     static std::unique_ptr<Volume> of(int folder);
 };
 
-// A folder of the host that is mounted in the device's name space. The object lives until removeAllMounts. The
-// descriptors of a removable folder are open only from a use of the folder until closeIfUnused closes them.
+// A folder of the host that is mounted in the device's name space. The object lives until removeAllMounts. beginUse
+// opens the descriptors of a removable folder, and closeIfUnused closes them. The capacity, if there is one, limits the
+// total length of the files in the folder.
 class MountedFolder {
 public:
     // `own` is the Volume for the file system that contains the folder itself.
@@ -66,21 +67,21 @@ public:
     [[nodiscard]] DWORD beginUse() EXCLUDES(useMutex_);
     [[nodiscard]] bool beginUseIfOpen() EXCLUDES(useMutex_);
     void endUse() EXCLUDES(useMutex_);
-    // Closes a removable folder if nothing uses it. A folder that isn't gone is closed only if, in addition, nothing
-    // has used it for `time` and all its changes are flushed.
+    // Closes a removable folder that nothing uses. If the folder is gone (isGone), closes it at once. Otherwise closes
+    // it only if nothing has used it for `time` and all its changes are flushed.
     void closeIfUnused(std::chrono::milliseconds time) EXCLUDES(useMutex_);
 
     // Notes that the medium of the folder was unmounted. The host may still accept writes to its open files, but the
     // written bytes may be lost.
     void setGone() { gone_ = true; }
     bool isGone() const { return gone_; }
-    // Asks the host whether the medium of the folder is still mounted at its path. If it isn't, the folder is
-    // gone from then on. Returns false if the folder is gone. After true, everything that was flushed before this call
-    // is on the medium. Always true for a folder that isn't removable.
+    // Asks the host whether the medium of the folder is still mounted at its path. If it isn't, the folder is gone from
+    // then on. Returns false if the folder is gone. If the result is true, everything that was flushed before this call
+    // is on the medium. The result is always true for a folder that isn't removable.
     [[nodiscard]] bool isInPlace();
 
-    // Subtracts up to `bytes` bytes from the free capacity. Returns the number of bytes subtracted, which is always
-    // `bytes` if the folder has no capacity.
+    // Subtracts up to `bytes` bytes from the free capacity. Returns how many bytes it has subtracted. For a folder
+    // without a capacity, returns `bytes`.
     [[nodiscard]] std::uint64_t takeRoom(std::uint64_t bytes);
     void giveBackRoom(std::uint64_t bytes);
 
@@ -124,9 +125,9 @@ private:
     Clock::time_point lastUse_ GUARDED_BY(useMutex_);
 };
 
-// Refers to a mounted folder, and keeps it open if it is removable. Only uses of removable folders are counted. If
-// those of the root were counted too, all threads that resolve paths would write to the same counter and slow each
-// other down.
+// Refers to a mounted folder, and keeps it open if it is removable. Only uses of removable folders are counted. If uses
+// of the root were counted, too, all threads that resolve paths would write to the same counter and slow each other
+// down.
 class MountUse {
 public:
     MountUse() = default;

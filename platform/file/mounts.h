@@ -1,7 +1,7 @@
-// mounts.h - the list of mounted folders. A removable folder stays in the list after it was removed from the device, so
-// that its paths fail. If it left the list, the same paths would lead to entries of the root folder. Only forgetMounts
-// takes folders out of the list. Reading the list takes no lock. Unless a comment says otherwise, the functions can be
-// called on any thread.
+// mounts.h - keeps the list of mounted folders. A removable folder stays in the list after it was removed from the
+// device, so that its paths fail. If it left the list, the same paths would lead to entries of the root folder. Only
+// forgetMounts takes folders out of the list. Reading the list takes no lock. Unless a comment says otherwise, the
+// functions can be called on any thread.
 #pragma once
 
 #include "mounted_folder.h"
@@ -15,7 +15,7 @@ namespace platform::file {
 // What a name in the root folder refers to.
 struct FoundMount {
     MountUse folder;
-    DWORD error = 0;  // not 0 if the name is or was that of a removable folder which can't be used
+    DWORD error = 0;  // not 0 if a removable folder has this name, but was removed or can't be opened
 };
 
 // The root folder; null before there is one.
@@ -29,7 +29,8 @@ FoundMount findMount(std::u16string_view name);
 // folder is added, a new list is made.
 const std::vector<MountedFolder*>& mountsInRoot();
 
-// Whether a mounted folder hides the entry of the root folder that has this name on the host.
+// Whether the entry `hostName` of the root folder is hidden, because a folder was mounted under the same name. A
+// mounted folder hides the entry even after it was removed.
 bool hiddenByMount(std::string_view hostName);
 
 // Adds a folder. A folder without a name becomes the root. Call this function only once for the root. For any other

@@ -30,9 +30,9 @@ OpenFile::OpenFile(OpenFiles& table, std::shared_ptr<SharedFile> file, const Sha
 
 OpenFile::~OpenFile()
 {
-    (void)close();  // again, because a write on another thread can gather bytes after CloseHandle has called it
-    // The descriptor is closed before the file leaves the table. Otherwise the next opening of the file would take this
-    // descriptor for that of another process.
+    (void)close();  // again, because a write on another thread can buffer bytes after CloseHandle has called it
+    // Closes the descriptor before the file leaves the table. In the other order, another thread could open the file
+    // between the two steps. That thread would regard the descriptor as a use of the file by another process.
     descriptor_ = Descriptor();
     table_.leave(*file_, sharing_);
 }
@@ -101,7 +101,7 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
 {
     const kernel::MutexLock lock(file_->mutex());
     if (method == FILE_CURRENT && distance == 0 && file_->hasGathered())
-        return {position_, 0};  // only asks for the position: no reason to write out gathered bytes
+        return {position_, 0};  // only asks for the position: no reason to write out buffered bytes
     std::uint64_t from = 0;
     if (method == FILE_CURRENT) {
         from = position_;
@@ -116,8 +116,9 @@ OpenFile::Sought OpenFile::seek(std::int64_t distance, DWORD method)
     const std::uint64_t position = from + static_cast<std::uint64_t>(distance);
     if (position > MostBytes)
         return {0, ERROR_INVALID_PARAMETER};
-    // After gathered bytes were lost, a program must be able to move to the end of the intact bytes and cut the file
-    // there. The call succeeds in this state, because no bytes are gathered and the write below is skipped.
+    // After buffered bytes were lost, a program must be able to move to the end of the intact bytes and cut the file
+    // there. In this state writeOut() would return the error of the loss. But hasGathered() is false after a loss, so
+    // writeOut() isn't called here.
     if (file_->hasGathered()) {
         if (const DWORD error = writeOut(); error != 0)
             return {0, error};
@@ -243,8 +244,8 @@ DWORD OpenFile::describe(BY_HANDLE_FILE_INFORMATION& information)
     return 0;
 }
 
-// Writes out the gathered bytes, and notes a failure as a failed write. The calling functions read, so their own
-// failures are noted as failed reads.
+// Writes out the buffered bytes. If this fails, notes a failed write. The functions that call this one read the file or
+// its properties, so their own failures are noted as failed reads.
 DWORD OpenFile::writeOut()
 {
     const DWORD error = file_->writeOut();
@@ -253,7 +254,7 @@ DWORD OpenFile::writeOut()
     return error;
 }
 
-// Writes out the gathered bytes, then asks the host for the length, which another process may have changed.
+// Writes out the buffered bytes, then asks the host for the length, which another process may have changed.
 DWORD OpenFile::refreshSize(HostStatus& status)
 {
     if (const DWORD error = writeOut(); error != 0)

@@ -1,4 +1,5 @@
-// open_file.h - the object of a file handle: the handle's position in the file, and its access.
+// open_file.h - defines OpenFile, the object behind a file handle. An OpenFile holds the position and the access of its
+// handle.
 #pragma once
 
 #include "device_path.h"

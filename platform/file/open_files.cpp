@@ -14,7 +14,7 @@
 
 namespace platform::file {
 
-// Never destroyed: a file can be closed after the static objects of this room are gone.
+// The table is never destroyed, because a file can be closed after the static objects of the file layer are destroyed.
 OpenFiles& OpenFiles::instance()
 {
     static OpenFiles& only = *std::make_unique<OpenFiles>().release();

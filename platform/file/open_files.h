@@ -1,18 +1,18 @@
-// open_files.h - the table of the files that this process has open. For each file, the table has the number of handles,
-// and how many of them read, write, forbid reading and forbid writing.
+// open_files.h - keeps the table of the files that this process has open. For each file, the table has the number of
+// handles, and how many of them read, write, forbid reading and forbid writing.
 //
 // The table has two locks, and each file has a lock of its own. A thread that needs several of these locks takes them
-// in this order: `openings`, `mutex`, the lock of a file. If SharedFile::writeAfter was called for a file, the bytes of
-// that file are written after those of an earlier file. In that case the lock of the earlier file is taken last.
+// in this order: `openings`, `mutex`, the lock of a file. A thread holds the locks of two files at the same time only
+// if SharedFile::writeAfter has set an earlier file for one of them. It then takes the lock of the earlier file last.
 //
-// - A thread that opens a file holds `openings` shared from the host's opening of the file until the file is in the
-//   table or closed again. So two threads can open the same file at the same time. The second thread may then have a
-//   descriptor that isn't in the table yet, or a lease for a moment. Because of these, the host can report to the first
-//   thread that another process uses the file, although only the second thread does. After such a report the first
-//   thread closes the file and takes `openings` exclusively, so that no other opening is in progress. Then the first
-//   thread opens the file again. Calls that delete or move a file hold `openings` exclusively, too.
-// - `mutex` guards the table. It is held only while the table is read or changed. Under `mutex`, calls on the host are
-//   made only for temporary files: to find out whether a file exists at a path that the program declares
+// - A thread that opens a file takes `openings` in shared mode before the system call that opens the file. It releases
+//   the lock when the file is in the table or closed again. So two threads can open the same file at the same time.
+//   While one of them has a descriptor that isn't in the table yet, or holds a lease for a moment, the host (the Linux
+//   system) can refuse the other thread's lease or open call as if another process used the file. After such a refusal,
+//   the other thread closes the file and takes `openings` exclusively, so that no other opening is in progress. Then it
+//   opens the file again. Calls that delete or move a file hold `openings` exclusively, too.
+// - `mutex` guards the table. It is held only while the table is read or changed. Under `mutex`, system calls are made
+//   only for temporary files: to find out whether a file exists at a path that the program declares
 //   (DeclareTemporaryFile), to give a temporary file its name on the host, and to set the extended attribute of a
 //   temporary file or of the root folder.
 #pragma once
@@ -66,31 +66,32 @@ public:
 
     TemporaryFiles& temporaries() REQUIRES(mutex_) { return temporaries_; }
 
-    // Each of these functions gives temporary files their names on the host. nameOnHost does this for the given file,
-    // nameOnTheWayTo for the files at `path` and at the paths of its folders, nameInFolder for the files in a folder,
-    // and nameAll for all files. Each returns 0 or the error. If an entry of another program already has the name of a
-    // file, nameOnHost fails. The other three functions leave that file nameless.
+    // Each of these functions gives unnamed temporary files (temporary_files.h) their names on the host. nameOnHost
+    // does this for the given file, nameOnTheWayTo for the files at `path` and at its parent paths, nameInFolder for
+    // the files in a folder, and nameAll for all files. Each returns 0 or the error. If an entry of another program
+    // already has the name of a file, nameOnHost fails. The other three functions leave that file unnamed.
     [[nodiscard]] DWORD nameOnHost(const SharedFile& file) EXCLUDES(mutex_);
     [[nodiscard]] DWORD nameOnTheWayTo(const HostPath& path) REQUIRES(mutex_);
     [[nodiscard]] DWORD nameInFolder(const HostPath& folder) EXCLUDES(mutex_);
     [[nodiscard]] DWORD nameAll() EXCLUDES(mutex_);
 
-    // Ends the declaration of a path. Returns 0 or the error. If the file at the path can't get its name on the host,
-    // the declaration remains.
+    // Ends the declaration of a path as temporary (DeclareTemporaryFile). If an unnamed temporary file is at the path,
+    // the call first gives the file its name on the host. Returns 0 or the error. After an error the declaration
+    // remains.
     [[nodiscard]] DWORD withdrawTemporary(const HostPath& path) REQUIRES(mutex_);
 
     // Removes a handle that enter() has added.
     void leave(const SharedFile& file, const Sharing& sharing) EXCLUDES(mutex_);
 
-    // Returns the length of a file that this process has open for writing, if the host may not have the file's last
-    // bytes yet. Otherwise empty.
+    // If this process has the file open for writing, and may have buffered bytes of it (shared_file.h), returns the
+    // length of the file including these bytes. Otherwise empty.
     std::optional<std::uint64_t> sizeOfWritten(const FileKey& key) EXCLUDES(mutex_);
 
-    // Writes out the gathered bytes of all files, and gives their reserved space back to the host. Call it when the
-    // host is full. The caller holds no file's lock.
+    // Writes out the buffered bytes of all files, and frees the disk space that is reserved for the files. Call it when
+    // the host's disk is full. The caller holds no file's lock.
     void releaseReserves() EXCLUDES(mutex_);
 
-    // Writes out the gathered bytes of all files of a mounted folder. Returns 0 or the first error. The caller holds no
+    // Writes out the buffered bytes of all files of a mounted folder. Returns 0 or the first error. The caller holds no
     // file's lock.
     [[nodiscard]] DWORD writeOutAll(const MountedFolder& mount) EXCLUDES(mutex_);
 

@@ -116,8 +116,9 @@ DWORD openError(const Request& request, int result)
     if (error != ERROR_FILE_NOT_FOUND)
         return error;
     const DWORD missing = missingError(request.path);
-    // The folder exists. If the call was to make the file, the host would have made it, unless a link, fifo, socket or
-    // device node is at the path.
+    // If `missing` is ERROR_FILE_NOT_FOUND, all folders of the path exist. A call that may make a new file would then
+    // have made it if nothing were at the path. So a link, fifo, socket or device node is there, and the call fails
+    // with ERROR_ACCESS_DENIED.
     return missing == ERROR_FILE_NOT_FOUND && request.makes() ? ERROR_ACCESS_DENIED : missing;
 }
 
@@ -158,8 +159,8 @@ DWORD checkExisting(Request& request, const OpenFiles& table) EXCLUDES(table.mut
     if (const DWORD error = kindError(request); error != 0)
         return error;
     request.isOpenHere = conflicts;
-    // The host is asked only if this process has no other descriptor of the file. Otherwise the host would report that
-    // other descriptor as a use by another process.
+    // probeLease asks the host whether another process uses the file. It is called only if this process has no other
+    // handle of the file, because the host would report the descriptor of that handle as a use by another process.
     const bool asks = !conflicts && sharing.access != 0 && !isOpen && !request.wasMadeHere;
     const Lease lease = asks ? probeLease(request.descriptor.get(), sharing, key.device) : Lease::NotGiven;
     request.isUnsure = lease == Lease::InUse;
@@ -167,7 +168,8 @@ DWORD checkExisting(Request& request, const OpenFiles& table) EXCLUDES(table.mut
     return request.isOpenHere || request.isUnsure ? ERROR_SHARING_VIOLATION : ERROR_SUCCESS;
 }
 
-// Adds the handle to the table. Null if a handle that another thread opened after checkExisting forbids this one.
+// Adds the handle to the table. Null if another thread has opened the file since checkExisting, with a handle that
+// conflicts with this one.
 std::shared_ptr<SharedFile> enter(const Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 {
     const FileKey key = keyOf(request.status);
@@ -243,7 +245,8 @@ std::optional<DWORD> badRequest(const HostPath& path, DWORD creation)
     return std::nullopt;
 }
 
-// Opens or makes a temporary file that has no name on the host. Empty if the file must be opened or made on the host.
+// Opens or makes an unnamed temporary file (temporary_files.h). Empty if the request needs a file on the host. The
+// caller then opens or makes the file there.
 std::optional<Opened> openTemporary(const HostPath& path, const Sharing& sharing, DWORD creation, OpenFiles& table)
     REQUIRES(table.mutex())
 {

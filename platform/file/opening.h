@@ -1,4 +1,5 @@
-// opening.h - opens, makes and replaces files by their path, under the rules of sharing.
+// opening.h - opens, makes and replaces files by their path. Checks that the access and sharing of a new handle don't
+// conflict with other handles of the file, or with other processes that use the file.
 #pragma once
 
 #include "device_path.h"

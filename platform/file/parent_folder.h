@@ -1,4 +1,4 @@
-// parent_folder.h - looks up the directory entry that a path of the device names.
+// parent_folder.h - looks up the directory entry of a device path.
 #pragma once
 
 #include "device_path.h"
@@ -8,8 +8,8 @@
 
 namespace platform::file {
 
-// The folder that contains the entry, opened to look up entries. If that is the mounted folder itself, or if the path
-// is that of the mounted folder, the object uses the descriptor of the mounted folder and opens none.
+// The folder that contains the entry of a path, opened to look up entries. If the path is that of a mounted folder or
+// of an entry directly in it, the object uses the descriptor of the mounted folder and opens none.
 class ParentFolder {
 public:
     explicit ParentFolder(const HostPath& path);
@@ -33,8 +33,8 @@ private:
 // folder.
 [[nodiscard]] int statusAt(const ParentFolder& parent, const HostPath& path, HostStatus& status);
 
-// Translates a negative errno of statusAt, or of another call on the entry, to an error of the platform. A missing
-// entry becomes 2, and a missing folder of the path becomes 3.
+// Translates a negative errno of statusAt, or of another call on the entry, to an error of the platform. If the entry
+// is missing, the error is 2. If a folder of the path is missing, the error is 3.
 [[nodiscard]] DWORD errorAt(const HostPath& path, const ParentFolder& parent, int result);
 
 // Returns the error for a call that found no entry: 3 if a folder of the path is missing, the host's error if a folder

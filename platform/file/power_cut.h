@@ -24,12 +24,12 @@ void noteMove(int folder, const char* name, int newFolder, const char* newName);
 // Records that the bytes of a file, or the entries of a folder, are on the disk. Call it after the flush.
 void noteFlush(int fileOrFolder);
 
-// Records that everything on the file system that holds the file or folder is on the disk. Call it after the flush of
-// the whole file system.
+// Records that all bytes and entries of a file system are on the disk. `fileOrFolder` is on that file system. Call it
+// after the flush of the whole file system.
 void noteFileSystemFlush(int fileOrFolder);
 
-// Cuts each changed file to its flushed size, removes the new entries that weren't flushed, and gives the entries whose
-// move wasn't flushed their old names back.
+// Cuts each changed file to its flushed size. Removes each new entry that wasn't flushed. If the move of an entry
+// wasn't flushed, moves the entry back to its old name and folder.
 void undoUnflushed();
 
 // Forgets all that was recorded.

@@ -23,7 +23,7 @@ public:
     [[nodiscard]] ReadResult read(int file, std::uint64_t offset, std::span<std::byte> out, std::uint64_t knownSize,
                                   bool endIsFirm);
 
-    // Drops the buffered bytes. Call it when bytes of the file have changed.
+    // Drops the bytes that were read ahead. Call it when bytes of the file have changed.
     void forget();
 
 private:

@@ -22,15 +22,17 @@ namespace {
 
 constexpr std::size_t GatherBytes = 65536;
 
-// Longer writes aren't gathered. Copying their bytes would take longer than the calls on the host that gathering saves.
+// Longer writes aren't buffered. Buffering saves calls on the host, but copying so many bytes would take longer than
+// these calls.
 constexpr std::size_t GatheredPiece = 8192;
 
-// Gathering begins at this offset. A file system may keep the first bytes of a file in its inode, without a block. In
-// this case nothing guarantees space for the bytes that follow.
+// Buffering begins at this offset. A file system may keep the first bytes of a file in its inode, without a block. As
+// long as the file has no block, no space is guaranteed for the next bytes.
 constexpr std::uint64_t GatherFrom = 1024;
 
-// Below this offset, no space is reserved, and bytes are gathered only as long as they fit into the last block. For a
-// small file, reserving space takes longer than gathering saves.
+// Below this offset, no space is reserved, because reserving it would take more time than buffering saves in a small
+// file. Bytes below this offset are buffered only if they fit into the last block that the host has allocated for the
+// file.
 constexpr std::uint64_t ReserveFrom = 32768;
 
 // A quarter of the file's length is reserved, within these limits. So a short file doesn't reserve much space that it
@@ -38,10 +40,10 @@ constexpr std::uint64_t ReserveFrom = 32768;
 constexpr std::uint64_t ReserveLeast = 131072;
 constexpr std::uint64_t ReserveMost = 4194304;
 
-// File systems that guarantee disk space for gathered bytes. On these, bytes in an allocated block need no new space,
-// other files can't use up reserved space, and setting a file to its present size frees its reserved space. btrfs isn't
-// in the list, because it writes each block to a new location and doesn't free the reserved space. ZFS isn't in the
-// list either, because it only checks that there is space.
+// File systems on which buffered bytes can be written later even if the disk is full by then. On these file systems,
+// bytes in an allocated block need no new space, other files can't use up reserved space, and setting a file to its
+// present size frees its reserved space. btrfs isn't in the list, because it writes each block to a new location and
+// doesn't free the reserved space. ZFS isn't in the list either, because it only checks that there is space.
 constexpr std::array<std::uint64_t, 3> ReservingFileSystems = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, TMPFS_MAGIC};
 
 std::atomic<int> reserves = 0;
@@ -78,7 +80,7 @@ HostWrite writeBoth(int descriptor, std::uint64_t offset, std::span<const std::b
         const std::size_t ofFirst = std::min(done.bytes, first.size());
         const std::array<iovec, 2> rest = {vectorOf(first.subspan(ofFirst)),
                                            vectorOf(second.subspan(done.bytes - ofFirst))};
-        // A vector of one span costs the host less than one of two.
+        // An empty span isn't passed, because a write of one span costs less than a write of two.
         const std::size_t skipped = rest[0].iov_len == 0 ? 1 : 0;
         const std::size_t used = rest[1].iov_len == 0 || skipped != 0 ? 1 : 2;
         const ssize_t taken = writeAt(descriptor, std::span(rest).subspan(skipped, used), offset + done.bytes);
@@ -145,7 +147,7 @@ Written SharedFile::write(int descriptor, std::uint64_t offset, std::span<const 
     return written;
 }
 
-// Moves the bytes of a file from memory to a nameless file of the host.
+// Moves the bytes of a file from memory to an unnamed file (see temporary_content.h).
 int SharedFile::spill()
 {
     HostStatus status = {};
@@ -158,8 +160,8 @@ int SharedFile::spill()
 
 DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
 {
-    // The lost bytes were at size_ and after it. If the new size is at most size_, the file doesn't need these bytes,
-    // so the error is ignored.
+    // release() fails if buffered bytes are lost. The lost bytes begin at size_ (see loseGathered). If the new size is
+    // at most size_, the file doesn't need them, so the error is ignored.
     if (const DWORD error = release(); error != 0 && size > size_)
         return error;
     const std::uint64_t growth = size > size_ ? size - size_ : 0;
@@ -260,7 +262,7 @@ Written SharedFile::put(int descriptor, std::uint64_t offset, std::span<const st
 
 Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
 {
-    // The gathered bytes must reach the host first. If they come right before the new bytes, one call writes both.
+    // The buffered bytes must reach the host first. If they come right before the new bytes, one call writes both.
     const bool together = gathered_ != 0 && descriptor == gatherer_ && offset == size_;
     if (!together) {
         if (const DWORD error = writeOut(); error != 0)
@@ -284,8 +286,9 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<
     return {done.bytes - before, error, error == ERROR_DISK_FULL};
 }
 
-// Drops all gathered bytes except the first `kept`, which the host has written. The file then ends after the kept
-// bytes. The dropped bytes were reported as written. So each later write fails with the error until the file is cut.
+// Drops all buffered bytes except the first `kept`, which are on the host already. The file then ends after the kept
+// bytes. The dropped bytes are lost, although the program was told that they were written. So each later write fails
+// with `error`, until endAt sets the length to at most the new size_.
 void SharedFile::loseGathered(std::size_t kept, DWORD error)
 {
     const std::size_t missing = gathered_ - kept;
@@ -320,7 +323,7 @@ void SharedFile::startGathering(int descriptor)
 }
 
 // Returns true if this process wrote the last byte that the file has on the host, and the bytes up to `end` fit into
-// the block of that byte. Because of the write, the host has allocated the whole block. Returns false on a file system
+// the block of that byte. The host allocated the whole block when it wrote that byte. Returns false on a file system
 // that isn't one of ReservingFileSystems.
 bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
 {
@@ -331,7 +334,7 @@ bool SharedFile::fitsLastBlock(int descriptor, std::uint64_t end) const
     return block && hostEnd % *block != 0 && (end - 1) / *block == hostEnd / *block;
 }
 
-// Reserves space up to `end` and beyond. Returns false if the file system can't do that or if the host is full.
+// Reserves space up to `end` and beyond. Returns false if the file system can't do that or if the disk is full.
 bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
 {
     if (reservedTo_ == 0 && !reservesNothing_)
@@ -345,7 +348,7 @@ bool SharedFile::makeReserve(int descriptor, std::uint64_t end)
     reservesNothing_ = result < 0;
     if (result < 0 && ioError(result) != ERROR_DISK_FULL)
         return false;
-    // If the host is full, it may have reserved a part of the space. release() must give back this part, too.
+    // If the disk is full, the host may have reserved a part of the space. release() must give back this part, too.
     if (reservedTo_ == 0)
         ++reserves;
     startGathering(descriptor);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr unsigned OwnerOnly = 0600;
 
-// Makes a nameless file. If the file system has no nameless files, makes a file with a name and deletes the name at
+// Makes an unnamed file. If the file system doesn't support O_TMPFILE, makes a file with a name and deletes the name at
 // once.
 int makeNameless(const HostPath& path)
 {

@@ -1,7 +1,7 @@
-// temporary_content.h - the bytes of a temporary file (temporary_files.h). At first the bytes are in memory. When they
-// no longer fit there, they move to a nameless file of the host. The memory and the nameless file disappear when the
-// process ends, even if it is killed. When the temporary file gets a name on the host, its bytes are copied to the file
-// with that name.
+// temporary_content.h - keeps the bytes of a temporary file (temporary_files.h). At first the bytes are in memory. When
+// they no longer fit there, they move to an unnamed file, which is a file of the host without a directory entry
+// (O_TMPFILE). The memory and the unnamed file disappear when the process ends, even if it is killed. When the
+// temporary file gets a name on the host, its bytes are copied to the file with that name.
 #pragma once
 
 #include "device_path.h"
@@ -15,7 +15,7 @@
 
 namespace platform::file {
 
-// The lock of the SharedFile that owns this object guards it.
+// Each object belongs to one SharedFile, whose lock guards it.
 class TemporaryContent {
 public:
     static constexpr std::size_t MemoryBytes = 262144;
@@ -31,8 +31,8 @@ public:
     void put(std::uint64_t offset, std::span<const std::byte> bytes);
     std::size_t read(std::uint64_t offset, std::span<std::byte> out, std::uint64_t size) const;
 
-    // Moves the bytes from memory to a nameless file, and reads its status. Returns 0 or a negative errno. After a
-    // failure the bytes are still in memory.
+    // Moves the bytes from memory to an unnamed file, and reads the status of that file. Returns 0 or a negative errno.
+    // After a failure the bytes are still in memory.
     [[nodiscard]] int spill(std::uint64_t size, HostStatus& status);
 
     // The descriptor of the host's file; -1 while the bytes are in memory.
@@ -41,7 +41,7 @@ public:
     // Copies all bytes to `file`; 0 or a negative errno.
     [[nodiscard]] int copyTo(int file, std::uint64_t size) const;
 
-    // From now on the bytes are in `named`, a file of the host to which they were copied before.
+    // From now on the file `named` holds the bytes. The caller has already copied them there with copyTo().
     void replaceBy(Descriptor named);
     bool isNamed() const { return named_; }
 

@@ -23,7 +23,8 @@ void mark(int fileOrFolder)
     (void)writeExtended(fileOrFolder, MarkName, Value);
 }
 
-// Whether the entry has the mark. Empty if the host doesn't report it.
+// Whether the entry has the extended attribute that marks temporary files and the root folder (see temporary_files.h).
+// Empty if the host doesn't report it.
 std::optional<bool> hasMark(int folder, const char* name)
 {
     std::array<char, 1> value{};

@@ -1,8 +1,10 @@
-// temporary_files.h - the files that the program declared to be temporary (DeclareTemporaryFile).
+// temporary_files.h - keeps the list of paths that the program declared to be temporary (DeclareTemporaryFile), and the
+// unnamed files (see below) at these paths.
 //
-// Such a file is made, read and deleted within a moment, so the host needn't have it. The file has no name on the host,
-// and its bytes are in memory as long as they fit there (temporary_content.h). Before a call that could notice the
-// missing name, the file gets its name on the host. From then on it is a file like any other, until it is deleted.
+// A temporary file is made, read and deleted within a moment, so the host (the Linux system) needn't have it. At first
+// the file is unnamed: it has no directory entry on the host, and only this process sees it at its path. Its bytes are
+// in memory as long as they fit there (temporary_content.h). Before a call that could notice the missing entry, the
+// file gets its name on the host. From then on it is a file like any other, until it is deleted.
 //
 // A declaration never affects a file that exists at the path already, or that another program makes there later. If a
 // file exists at the path when the path is declared, the declaration takes effect only when noteDeleted is called.
@@ -24,47 +26,49 @@ namespace platform::file {
 // OpenFiles::mutex() guards this object.
 class TemporaryFiles {
 public:
-    // Declares the path, and asks the host whether something exists there.
+    // Adds the path to the declared paths, and asks the host whether something exists there.
     void declare(const HostPath& path);
 
-    // Ends the declaration of the path. If a nameless file is at the path, the caller must first give the file its
-    // name.
+    // Removes the path from the declared paths. If an unnamed file (see above) has this path, the caller must first
+    // make the file's directory entry on the host.
     void withdraw(const HostPath& path);
     void withdrawAll() { declared_.clear(); }
 
-    // Whether there is any nameless file.
+    // Whether there is any unnamed file.
     bool areThere() const;
 
-    // The nameless file at exactly that path; null if there is none.
+    // Returns the unnamed file that this process sees at the path; null if there is none.
     std::shared_ptr<SharedFile> find(const HostPath& path) const;
 
-    // Makes a nameless file. Null if the path isn't declared, or if a file may exist there already.
+    // Makes an unnamed file. Null if the path isn't declared, or if a file may exist there already.
     [[nodiscard]] std::shared_ptr<SharedFile> make(const HostPath& path);
 
-    // Records that nothing exists at the path, so that make() can make a nameless file there. Call it after a file at
-    // the path was deleted or moved away, whether the file was nameless or on the host.
+    // Records that nothing exists at the path, so that make() can make an unnamed file there. Call it after a file at
+    // the path was deleted or moved away, whether the file was unnamed or on the host.
     void noteDeleted(const HostPath& path);
 
-    // Sets the mark (see below) on the root folder, if the file's path is declared and directly in the root folder.
-    // Call this function before a file is made on the host. Because the folder is marked before the file, even a killed
-    // process never leaves a marked file in an unmarked root folder.
+    // If the path is declared and directly in the root folder, sets the mark (an extended attribute, see below) on the
+    // root folder. Call this function before a file is made at the path on the host. Because the folder is marked
+    // before the file, even a killed process never leaves a marked file in an unmarked root folder.
     void expectMade(const HostPath& path) const;
 
-    // Sets the mark on the file if its path is declared. Call this function after the file was made on the host.
+    // If the path is declared, sets the mark (see below) on the file. Call this function after the file was made on the
+    // host.
     void noteMade(const HostPath& path, int file) const;
 
     struct Nameless {
         HostPath path;
         std::shared_ptr<SharedFile> file;
     };
-    // The nameless files that need their name before a call on `path`: the file at `path`, and a file at the path of a
-    // folder above `path`.
+    // onTheWayTo() returns the unnamed files that must get their names before a system call with `path`: the file at
+    // `path`, and a file at a parent path of `path`. inFolder() returns the unnamed files directly in `folder`. all()
+    // returns all unnamed files.
     std::vector<Nameless> onTheWayTo(const HostPath& path) const;
     std::vector<Nameless> inFolder(const HostPath& folder) const;
     std::vector<Nameless> all() const;
 
-    // Records that `file` isn't nameless any more, because it has got its name on the host. So make() makes no nameless
-    // file at its path until noteDeleted() is called.
+    // Records that `file` has got its name on the host. Until noteDeleted() is called, make() makes no new file at this
+    // path.
     void noteNamed(const SharedFile& file);
 
 private:
@@ -89,7 +93,7 @@ private:
 // if the host doesn't report whether it has one. On a file system without extended attributes, neither the files nor
 // the folder are marked.
 
-// Whether the entry is a file with the mark. Empty if the host doesn't report it.
+// Returns whether the entry is a file that has the mark of temporary files. Empty if the host doesn't report this.
 std::optional<bool> isMarkedTemporary(int folder, const char* name);
 
 bool mayHoldMarkedFiles(int folder);

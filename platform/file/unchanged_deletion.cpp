@@ -62,7 +62,7 @@ DWORD hold(const HostPath& path, const ParentFolder& parent, const FileStamp& st
     return stamp.provesWrites ? 0 : ERROR_RETRY;
 }
 
-// Moves the file aside on a file system where a renaming can't refuse to replace an entry. On such a file system
+// Moves the file aside on a file system whose renaming always replaces an existing entry. On such a file system
 // moveBack makes a hard link, because that never replaces an entry. So this function first checks that the file system
 // can make hard links. If it can't, there is no safe way to delete the file.
 int moveAsideByLinks(int folder, const char* name, const char* aside)

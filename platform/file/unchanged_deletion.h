@@ -1,4 +1,4 @@
-// unchanged_deletion.h - deletes a file if it still has its stamp (ce/file_stamp.h).
+// unchanged_deletion.h - deletes a file only if the file hasn't changed since its stamp was taken (ce/file_stamp.h).
 #pragma once
 
 #include "device_path.h"

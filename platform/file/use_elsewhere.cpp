@@ -32,8 +32,9 @@ bool leasesCanBeTrusted(int file, std::uint64_t device)
     return system && std::ranges::find(NetworkFileSystems, system->kind) == NetworkFileSystems.end();
 }
 
-// The type of lease that the host refuses while another process uses the file in a way that `sharing` forbids. Empty if
-// no type fits.
+// Returns the type of lease that shows whether another process violates `sharing`. The host refuses a write lease while
+// another process has the file open, and a read lease while another process has it open for writing. Empty if neither
+// type fits `sharing`.
 std::optional<int> probingLease(const Sharing& sharing)
 {
     if ((sharing.share & (FILE_SHARE_READ | FILE_SHARE_WRITE)) == 0)

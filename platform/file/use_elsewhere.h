@@ -1,5 +1,5 @@
-// use_elsewhere.h - finds out whether another process uses a file. It asks the host for a lease, which the host refuses
-// for a file in use.
+// use_elsewhere.h - finds out whether another process uses a file. Asks the host (the Linux system) for a lease, which
+// the host refuses for a file in use.
 #pragma once
 
 #include "open_files.h"

@@ -14,7 +14,7 @@ struct FailedFlush {
     DWORD error = 0;
 };
 
-// Gives temporary files their names on the host, and writes out the gathered bytes of open files. Then flushes each
+// Gives temporary files their names on the host, and writes out the buffered bytes of open files. Then flushes each
 // file system that was changed since its last flush. If the flush of one file system fails, the others are still
 // flushed. The file system whose flush failed stays marked as changed, unless its medium was removed. Returns the
 // folders for which a step failed, with the errors. Can be called on any thread.

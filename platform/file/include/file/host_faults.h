@@ -1,6 +1,6 @@
-// host_faults.h - lets a test choose what happens at the nth system call of the file room. The call can fail, the
-// process can be killed, a power cut can be simulated, or a function of the test can act as another program. Only tests
-// link this (target platform_file_faults).
+// host_faults.h - lets a test choose what happens at the nth system call that the file layer (platform/file) makes on
+// files and folders. The call can fail, the process can be killed, a power cut can be simulated, or a function of the
+// test can act as another program. Only tests link this (target platform_file_faults).
 #pragma once
 
 #include <cstdint>
@@ -13,14 +13,15 @@ enum class FaultKind {
     PowerCut,   // like Kill, but first the process brings the disk to a state that a power cut could leave. It cuts
                 // each file to its size at its last flush or, without a flush, before its first change. It removes the
                 // entries that were made since the last flush of their folder, and moves back the entries that were
-                // moved since that flush. Deleted entries stay deleted, which is the worst that a disk can do.
+                // moved since that flush. It doesn't restore deleted entries. A real power cut can restore them, but
+                // then less is lost.
     ShortRead,  // if the call reads bytes of a file, it delivers none, as at the end of the file
-    Meanwhile,  // before the call is made, the function `meanwhile` runs, which must not call the file room
+    Meanwhile,  // before the call is made, the function `meanwhile` runs; it must not call the file layer
 };
 
 struct FaultPlan {
     FaultKind kind = FaultKind::Fail;
-    std::uint64_t nthCall = 0;  // counted from 1 since the plan was set; 0: the plan only counts
+    std::uint64_t nthCall = 0;  // the first call to which the plan applies (1: the next); 0: calls are only counted
     int error = 0;
     std::uint64_t calls = 1;  // the number of successive calls to which the plan applies
     void (*meanwhile)() = nullptr;
@@ -30,7 +31,8 @@ struct FaultPlan {
 void setFaultPlan(const FaultPlan& plan);
 void clearFaultPlan();
 
-// The number of system calls since the plan was set. Calls that the plan made fail are counted, too.
+// The number of system calls from setFaultPlan to clearFaultPlan, or to now if the plan is still set. Includes calls
+// that failed because of the plan.
 std::uint64_t hostCallsMade();
 
 }  // namespace platform::file
