@@ -1,7 +1,7 @@
-// reading.h - the texts, controls and commands of a window that a user can see.
+// reading.h - finds the texts, controls and commands of a window that a user can see.
 //
-// A function whose parameter is a handle reads the core's current state. Such a function finds nothing if the window is
-// destroyed.
+// A function with a handle as its parameter reads the current state of the window core. If the window is destroyed, the
+// function finds nothing.
 #pragma once
 
 #include "snapshot.h"

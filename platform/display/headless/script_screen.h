@@ -1,7 +1,7 @@
-// script_screen.h - the display of a script: reads what a user would see, and waits for changes.
+// script_screen.h - holds ScriptScreen, through which a script reads what a user would see and waits for changes.
 //
-// The core reports changes on the program's threads, with the core's mutex held. The script's thread reads and waits.
-// Each change that can make an action possible wakes that thread.
+// The window core reports changes on the program's threads, with its mutex held. The script's thread reads the windows
+// and waits. Each change that can make an action possible wakes that thread.
 #pragma once
 
 #include "transcript.h"
@@ -30,8 +30,8 @@ public:
     void programEnded();
 
     bool hasEnded() const;
-    // The number of changes so far that wake the script's thread: those that can make an action possible, and those
-    // with which the program becomes busy or ends.
+    // The number of events so far that wake the script's thread: changes that can make an action possible, the report
+    // that the program has become busy, and the end of the program.
     std::uint64_t changes() const;
     // Returns when changes() differs from `seen`, or after `timeout`. Without a timeout, waits without a limit.
     void waitForMore(std::uint64_t seen, std::optional<std::chrono::steady_clock::duration> timeout) const;

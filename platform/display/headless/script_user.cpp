@@ -23,8 +23,9 @@ namespace {
 // closeProgram() counts the windows that have the same content as an already closed window. When the count reaches this
 // number, closeProgram() gives up.
 constexpr int RepeatsAtMost = 200;
-// While time counts for the timeout, await() waits in steps of at most this length. Each step shortens the time left by
-// at most this length. So if the host stops the process for a minute, the script still has the rest of its timeout.
+// The longest single wait of await() while its timeout runs. After each wait, await() subtracts the measured time from
+// the time left, but at most this length. So if the process is stopped for a minute, the script still has the rest of
+// its timeout.
 constexpr std::chrono::milliseconds LongestWait(50);
 
 }  // namespace
@@ -97,7 +98,7 @@ Failure ScriptUser::perform(const Action& action)
 bool ScriptUser::closeProgram()
 {
     // A backup or restore (a run) can ask about each of its files. Each answer changes the question's text or the count
-    // in the progress window, so such a run isn't taken for a program that can't be closed.
+    // in the progress window. So `repeats` stays small even if a run asks thousands of questions.
     std::unordered_set<std::string> closed;
     int repeats = 0;
     const auto close = [&] {
@@ -115,8 +116,8 @@ bool ScriptUser::closeProgram()
     return screen_.hasEnded();
 }
 
-// Only time in which the program waits for input counts for the timeout, so a backup or restore can take any length of
-// time. changes() is read before `holds` is called, so a change during that call makes waitForMore() return at once.
+// The timeout runs only while the program waits for input, so a backup or restore can take any length of time.
+// changes() is read before `holds` is called. So if a change arrives during that call, waitForMore() returns at once.
 Failure ScriptUser::await(std::string_view expected, const Condition& holds,
                           std::optional<steady_clock::duration> atMost)
 {
@@ -151,8 +152,8 @@ Failure ScriptUser::await(std::string_view expected, const Condition& holds,
     }
 }
 
-// Waits until the window in front has an enabled control with the action's id and `fits` returns true. `fits` finds
-// this control in control_.
+// Waits until the window in front has an enabled control with the action's id and `fits` returns true. Stores this
+// control in control_ before each call of `fits`.
 Failure ScriptUser::awaitControl(const Action& action, std::string_view what, const Condition& fits)
 {
     return await(std::string(what) + " " + std::to_string(action.id) + " that takes input", [&] {
@@ -202,8 +203,8 @@ Failure ScriptUser::setCheck(const Action& action, bool on)
     return failure;
 }
 
-// Posts the inputs to an edit. The core drops input for a busy program. So each input is posted only after the program
-// has handled the one before it.
+// Posts the inputs to an edit. The window core can drop an input that arrives while the program is busy. So each input
+// is posted only after the program has handled the one before it.
 Failure ScriptUser::editBy(const Action& action, std::initializer_list<Condition> inputs)
 {
     for (const Condition& input : inputs) {

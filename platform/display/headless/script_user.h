@@ -43,8 +43,8 @@ private:
 
     // Waits until the program waits for input with a window in front and `holds` returns true. Fails if the timeout
     // passes or the program ends. `holds` may post input, because it is called only while the program waits for input,
-    // and never again after it has returned true. `expected` says in the failure what the script waited for. `atMost`
-    // replaces a longer timeout, or no timeout, for this call.
+    // and never again after it has returned true. The text of a failure names `expected` as what the script waited for.
+    // If `atMost` is given and the timeout is longer or there is none, `atMost` is the timeout of this call.
     [[nodiscard]] Failure await(std::string_view expected, const Condition& holds,
                                 std::optional<std::chrono::steady_clock::duration> atMost = std::nullopt);
     [[nodiscard]] Failure awaitControl(const Action& action, std::string_view what, const Condition& fits);

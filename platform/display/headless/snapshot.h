@@ -13,12 +13,13 @@ struct Snapshot {
     std::vector<window::WindowState> controls;  // in creation order
 };
 
-// Returns nothing if the window doesn't exist any more. The core's mutex is locked for each window separately, so the
-// program can change a control between two copies.
+// Copies the state of the window and its controls. Returns nothing if the window doesn't exist any more. The call locks
+// the window core's mutex anew for each of these windows, so the program can change a control while others are copied.
 [[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
 
-// Does the same as snapshotOf(), but for a caller inside Display::changed, where the core's mutex is held. So nothing
-// changes while the windows are copied. The transcript needs this function for windows that exist only for a moment.
+// Does the same as snapshotOf(), but for a caller inside Display::changed, where the window core's mutex is held. So
+// nothing changes while the windows are copied. ScriptScreen uses this function to describe a new window in the
+// script's transcript, because the window may exist only for a moment.
 [[nodiscard]] std::optional<Snapshot> snapshotUnderLock(HWND window) REQUIRES(window::coreMutex);
 
 }  // namespace platform::headless

@@ -1,7 +1,7 @@
 // transcript.h - collects a line about each event on the screen, in order. docs/script.md describes the lines.
 //
 // Any thread may add lines, even while it holds the window core's mutex. Only the script's thread writes the lines to
-// the file, so that no thread waits for the file while the thread holds the core's mutex.
+// the file, so that no thread waits for the file while it holds that mutex.
 #pragma once
 
 #include <iosfwd>

@@ -1,4 +1,4 @@
-// tree_reading.h - the items of a tree view that a user can see.
+// tree_reading.h - reads the items of a tree view that a user can see.
 //
 // The path of an item consists of the texts of its ancestors, from the top item down, and its own text. Backslashes
 // separate the texts. Items below a collapsed item aren't found.
@@ -22,7 +22,7 @@ HWND findTree(HWND top);
 std::optional<window::TreeItemState> findTreeItem(HWND tree, std::u16string_view path);
 
 // Returns a line for each visible item, such as "Files [3]". The number is that of the item's picture. The line is
-// indented by two blanks for each level.
+// indented by two blanks for each ancestor of the item.
 std::vector<std::u16string> linesOfTree(HWND tree);
 
 }  // namespace platform::headless

@@ -117,8 +117,8 @@ BandBar::BandBar(QWidget* parent, std::function<void(WORD)> command, QMenu& ownM
 
 void BandBar::show(const std::vector<BandState>& bands)
 {
-    // The core also reports a change of the bands whenever the window's size changes. The bar's content doesn't depend
-    // on the size, so the bar isn't built again for such a report.
+    // The window core reports a change of the bands even if only the window's size has changed. The bar's content
+    // doesn't depend on the size, so the bar isn't built again for such a report.
     const QString content = contentOf(bands);
     if (content == shown_)
         return;

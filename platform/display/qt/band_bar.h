@@ -1,4 +1,4 @@
-// band_bar.h - the bar at the top of the main window: the menu, and the toolbar to the right of it.
+// band_bar.h - shows the bar at the top of the main window: the menu, and the toolbar to the right of it.
 #pragma once
 
 #include "controls/bands_display.h"

@@ -17,12 +17,13 @@ namespace {
 using window::Change;
 using window::WindowState;
 
-// The text of a check box whose setting is stored but has no effect on any run. A tip on this check box says so.
+// The text of a check box whose setting is stored but has no effect on a backup or restore. A tip on this check box
+// says so.
 constexpr std::u16string_view VerifyText = u"Verify backuped file";
 
-// Sets a policy with which a mouse press doesn't move the focus, because the core moves the focus after the click. The
-// core handles Tab too. But without Qt::TabFocus, a screen reader would treat the button as one that can't have the
-// focus.
+// Sets the focus policy of a button. A mouse press must not move the focus, because the window core moves the focus
+// after the click. The window core handles Tab too. Qt::TabFocus is set only because a screen reader would otherwise
+// treat the button as one that can't have the focus.
 void acceptFocus(QWidget& button)
 {
     button.setFocusPolicy(Qt::TabFocus);
@@ -55,8 +56,8 @@ public:
     int rowMiddle() const override { return height() / 2; }
 };
 
-// A check box or a radio button. A click doesn't change the state of the widget. The core decides about the new state,
-// which follow() then shows.
+// A check box or a radio button. A click doesn't change the state of the widget. The window core decides about the new
+// state, and follow() shows it.
 template <class Button>
 class CheckView final : public Button, public View {
 public:
@@ -82,8 +83,8 @@ public:
     }
 
     int leastWidth() const override { return Button::sizeHint().width(); }
-    // Some styles draw check boxes higher than the rows of the template. The widget gets its full height around the
-    // middle of the row.
+    // Some styles draw a check box taller than its row in the template. In that case the widget gets the height that
+    // the style needs, and its middle stays at the middle of the row.
     QRect geometryIn(const QRect& rect) const override
     {
         QRect whole = rect;
@@ -98,8 +99,9 @@ protected:
     void nextCheckState() override {}
 
 private:
-    // Called when the widget is toggled. If showChecked() didn't toggle the widget, a screen reader has toggled a
-    // button without a click. In that case this function undoes the toggle and posts a click to the core instead.
+    // Called when the widget is toggled. If showChecked() didn't toggle the widget, a screen reader has toggled this
+    // button without a click, or has checked another radio button. In both cases this function undoes the toggle. For
+    // the button that the screen reader toggled, it posts a click to the window core instead.
     void refuseToggle()
     {
         if (following_)
@@ -112,9 +114,9 @@ private:
             input().click(this->window());
     }
 
-    // Shows the checked state. Only the core knows the groups of radio buttons, so the toolkit must not uncheck other
-    // buttons here. That is why autoExclusive is off during the change. A radio button has this property at all other
-    // times, because screen readers recognise radio buttons by it.
+    // Shows the checked state. Only the window core knows which radio buttons form a group, so the toolkit must not
+    // uncheck other buttons here. That is why autoExclusive is off during the change. A radio button has this property
+    // at all other times, because screen readers recognise radio buttons by it.
     void showChecked()
     {
         following_ = true;

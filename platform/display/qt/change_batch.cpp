@@ -26,7 +26,7 @@ void ChangeBatch::changed(HWND window, window::Change change)
 
 void ChangeBatch::textChanged(HWND window, std::u16string_view)
 {
-    changed(window, window::Change::Text);  // the screen reads the text from the core when it shows the text
+    changed(window, window::Change::Text);  // the screen reads the text from the window core when it shows the text
 }
 
 std::vector<Changed> ChangeBatch::take()

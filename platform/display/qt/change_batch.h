@@ -1,8 +1,8 @@
-// change_batch.h - the changes in the window core since the screen was last updated.
+// change_batch.h - collects the changes in the window core since the screen was last updated.
 //
-// Any thread of the program adds changes. The display's thread takes the changes once per frame, and then reads the
-// windows' current state. A further change of the same window only sets a bit. So a text that changes 100,000 times a
-// second is updated on the screen only once per frame. This class uses no toolkit.
+// Any thread of the program adds changes. For each update of the screen (see screen.h), the toolkit's thread takes all
+// changes and reads the windows' current state. A further change of the same window only sets a bit. So even if a text
+// changes 100,000 times a second, each update shows only its latest state. This class uses no toolkit.
 #pragma once
 
 #include "window/display.h"
@@ -39,8 +39,8 @@ struct Changed {
 
 class ChangeBatch final : public window::Display {
 public:
-    // `begun` is called at the first change of each batch, on the thread that made the change and with the core's mutex
-    // held. It must return at once, and must call neither the core nor this object.
+    // `begun` is called at the first change of each batch, on the thread that made the change and with the window
+    // core's mutex held. It must return at once, and must call neither the window core nor this object.
     explicit ChangeBatch(std::function<void()> begun) : begun_(std::move(begun)) {}
 
     void changed(HWND window, window::Change change) override;
@@ -50,13 +50,14 @@ public:
     [[nodiscard]] std::vector<Changed> take();
 
     // Returns when `condition` returns true, or after `timeout`. Calls `condition` first, and again each time that a
-    // thread of the program begins to wait for messages. `condition` may call the core.
+    // thread of the program begins to wait for messages. `condition` may call the window core.
     void waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout);
 
 private:
     std::function<void()> begun_;
-    // Guards the members below. The core calls changed() with its own mutex held, and changed() locks this mutex. So
-    // this mutex must not be held during a call of the core. Otherwise two threads could wait for each other.
+    // Guards the members below. The window core holds its own mutex when it calls changed(), and changed() locks this
+    // mutex. So a thread that holds this mutex must not call the window core. Otherwise two threads could wait for each
+    // other.
     std::mutex mutex_;
     std::condition_variable idlesGrew_;
     std::vector<Changed> entries_;

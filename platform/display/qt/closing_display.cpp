@@ -4,10 +4,10 @@ namespace platform::qt {
 
 using window::Change;
 
-// closeInputWindows() locks the core's mutex. The core calls changed() with that mutex held, and changed() locks
-// mutex_. So mutex_ must be unlocked during closeInputWindows(), or two threads could wait for each other. If
-// changed() calls wake() during closeInputWindows(), changes_ increases. So the wait that follows returns at once, and
-// no window is missed.
+// closeInputWindows() locks the window core's mutex. The window core calls changed() with that mutex held, and
+// changed() locks mutex_. So mutex_ must be unlocked during closeInputWindows(), or two threads could wait for each
+// other. If wake() is called during closeInputWindows(), changes_ increases. So the wait below returns at once, and no
+// window is missed.
 void ClosingDisplay::closeUntil(const std::function<bool()>& hasEnded)
 {
     window::setDisplay(this);
@@ -24,8 +24,9 @@ void ClosingDisplay::closeUntil(const std::function<bool()>& hasEnded)
     window::setDisplay(nullptr);
 }
 
-// Closes the window in front first, so a question is closed before the window that it blocks. One request for each
-// window is enough, because a close that arrives while the program is busy stays in the core's queue.
+// Asks each visible and enabled window to close, the window in front first. So a question is closed before the window
+// that it blocks. One request for each window is enough, because a request to close stays in the window core's queue if
+// the program is busy.
 void ClosingDisplay::closeInputWindows()
 {
     for (const HWND top : window::topLevelWindows()) {

@@ -1,4 +1,4 @@
-// detail_delegate.h - draws the details of a list box's rows in a column of their own, beside the texts.
+// detail_delegate.h - draws the rows of a list box with their details in a second column, beside the texts.
 #pragma once
 
 #include "row_delegate.h"
@@ -12,9 +12,10 @@ class DetailDelegate final : public RowDelegate {
 public:
     using RowDelegate::RowDelegate;
 
-    // Sets the distance of the column from the beginning of the texts, in pixels. 0 means that no row has a detail.
+    // Sets the distance in pixels from the beginning of the rows' texts to the column of details. 0 means that no row
+    // has a detail.
     void setColumn(int column) { column_ = column; }
-    // Returns the distance for a list in which the widest text is `widestText` pixels wide.
+    // Returns the distance for setColumn(). `widestText` is the width in pixels of the widest text in the list.
     static int columnFor(int widestText, const QFontMetrics& metrics);
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;

@@ -1,5 +1,6 @@
-// device_menu.h - the menu that the main window adds to the menus of the program. Its commands open a device, add cards
-// and folders of the host, and list the folders in the tree again.
+// device_menu.h - holds the menu that the main window shows beside the program's own menus. Its commands open a device,
+// add folders of the host (the Linux system) to the device, as memory cards or as ordinary folders, and list the
+// folders in the tree again.
 #pragma once
 
 #include "start/window_module.h"
@@ -16,8 +17,8 @@ class DeviceMenu {
 
 public:
     // `window` outlives the menu and is the owner of its dialogs. `programRests` returns false while the program is
-    // busy. The commands that open a device or add a card or folder are disabled in that case, because the host stores
-    // additions in the database that a backup or restore uses.
+    // busy. In that case the commands that open a device or add a card or folder are disabled, because added folders
+    // are stored in the database that a backup or restore uses.
     DeviceMenu(QWidget& window, const display::HostServices& host, std::function<bool()> programRests);
 
     QMenu& menu() { return menu_; }

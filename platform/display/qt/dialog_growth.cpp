@@ -8,8 +8,8 @@ namespace {
 
 using Kind = GrowingControl::Kind;
 
-// How a list and an edit of several lines share additional height. A list gets more, because it usually has more rows
-// than the text in the edit has lines.
+// The shares in which list boxes and multi-line edits divide additional height. A list box gets more, because it
+// usually has more rows than the text of an edit has lines.
 constexpr int ListWeight = 3;
 constexpr int LinesWeight = 1;
 
@@ -36,8 +36,9 @@ bool hasNeighbour(const GrowingControl& control, const std::vector<GrowingContro
         controls, [&](const GrowingControl& other) { return other.visible && isRightOf(other.rect, control.rect); });
 }
 
-// Moves `rect` to the right if a growing control is beside the control, on its left. Otherwise widens `rect` if the
-// control itself grows or is a label with nothing to its right.
+// Changes `rect`, the rectangle of `control`, for a dialog that is wider by `extra`. If a growing control is in the
+// same rows to the left of `control`, moves `rect` to the right. Otherwise widens `rect` if `control` itself grows, or
+// if it is a label with nothing to its right.
 void growSideways(const GrowingControl& control, const std::vector<GrowingControl>& controls, int extra, QRect& rect)
 {
     const bool besideGrowing = std::ranges::any_of(controls, [&](const GrowingControl& other) {

@@ -1,7 +1,7 @@
 // dialog_growth.h - computes the rectangles of a dialog's controls if the dialog is larger than its template.
 //
-// Lists and edits of several lines take the additional space. Controls below and to the right of them move. Labels with
-// nothing to their right become wider.
+// List boxes and multi-line edits take the additional space. Controls below them and to the right of them move. Labels
+// with nothing to their right become wider.
 #pragma once
 
 #include <QRect>
@@ -12,7 +12,7 @@
 namespace platform::qt {
 
 struct GrowingControl {
-    enum class Kind { Fixed, Text, Lines, List };  // Text: a label; Lines: an edit of several lines
+    enum class Kind { Fixed, Text, Lines, List };  // Text: a label; Lines: a multi-line edit
 
     QRect rect;  // in the layout of the template
     Kind kind = Kind::Fixed;

@@ -1,4 +1,4 @@
-// dialog_names.cpp - the names and groups of a dialog's controls, for screen readers.
+// dialog_names.cpp - sets the names and groups of a dialog's controls, for screen readers.
 #include "dialog_view.h"
 
 #include "resources/accessible_names.h"

@@ -1,7 +1,6 @@
-// dialog_units.h - converts the core's virtual pixels to pixels of the desktop, according to the dialog's font and
-// style.
+// dialog_units.h - converts virtual pixels to pixels of the desktop, according to the font and style of a dialog.
 //
-// In the core's layout of dialogs, 4 x 8 units of a template are 6 x 13 virtual pixels.
+// The window core lays dialogs out in virtual pixels: 4 x 8 units of a template are 6 x 13 virtual pixels.
 #pragma once
 
 #include "ce/types.h"

@@ -136,7 +136,7 @@ void DialogView::followRun(const RunView& run)
                 u'\n'));
 }
 
-// Marks the button that Enter would press now as the default button.
+// Finds the button that Enter would press now, and marks it as the default button.
 void DialogView::followFocus()
 {
     QAbstractButton* pressed = header_ ? header_->buttons().front() : nullptr;
@@ -171,8 +171,8 @@ const DialogView::Control* DialogView::controlOf(const QWidget* widget) const
     return found == controls_.end() ? nullptr : &*found;
 }
 
-// Returns the control that has the focus in the core. The toolkit's focus can be at another control for a moment, or in
-// the header.
+// Returns the control that has the focus in the window core. The toolkit's focus can be at another control for a
+// moment, or in the header.
 const DialogView::Control* DialogView::focusedControl() const
 {
     const auto found = std::find_if(controls_.begin(), controls_.end(), [](const Control& control) {
@@ -248,9 +248,10 @@ const DialogView::Control* DialogView::buttonBeside(const Control& edit) const
     return found == controls_.end() ? nullptr : &*found;
 }
 
-// Handles Tab if the key moves the focus to, from or between the buttons of the header. Returns false if the core must
-// handle the key. The core has no windows for these buttons. Tab reaches them after the core's last tab stop and before
-// its first. While a button of the header has the toolkit's focus, the core's focus doesn't move.
+// Handles Tab if the key moves the focus to, from or between the buttons of the header. Otherwise returns false, and
+// the window core must handle the key. The window core has no windows for these buttons. In the tab order they come
+// after the window core's last tab stop. After them the order begins again at the window core's first tab stop. While
+// one of these buttons has the toolkit's focus, the focus in the window core doesn't move.
 bool DialogView::tabThroughHeader(bool backward)
 {
     if (!header_)
@@ -272,8 +273,8 @@ bool DialogView::tabThroughHeader(bool backward)
         moveTo(stays ? (backward ? *(at - 1) : *(at + 1)) : (backward ? buttons.back() : buttons.front()));
         return true;
     }
-    // The focus leaves the header and moves to the core's first or last tab stop. If that tab stop still has the core's
-    // focus, only the toolkit's focus must move.
+    // The focus leaves the header and moves to the first or last tab stop in the window core. If that control still has
+    // the focus in the window core, only the toolkit's focus must move.
     const Control* focused = focusedControl();
     if (focused && focused->view->window() == (backward ? stops.back() : stops.front()))
         moveTo(&focused->view->widget());
@@ -297,9 +298,9 @@ void DialogView::changeEvent(QEvent* event)
         showFocus();
 }
 
-// Moves the toolkit's focus to the control with the core's focus, and makes the focus visible. When a window becomes
-// active, the toolkit chooses a control by itself. If the user uses the mouse, the toolkit doesn't show which control
-// has the focus.
+// Moves the toolkit's focus to the control that has the focus in the window core, and makes the focus visible. This is
+// necessary because the toolkit chooses a control by itself when a window becomes active. And if the user uses the
+// mouse, the toolkit doesn't show which control has the focus.
 void DialogView::showFocus()
 {
     setAttribute(Qt::WA_KeyboardFocusChange);
@@ -307,9 +308,9 @@ void DialogView::showFocus()
         focused->view->widget().setFocus(Qt::TabFocusReason);
 }
 
-// Posts to the core that the control gets the focus. Called for a focus event with the reason Qt::OtherFocusReason,
+// Asks the window core to give the focus to the control. Called for a focus event with the reason Qt::OtherFocusReason,
 // which means that a screen reader has set the focus. The event has another reason if the mouse, Tab or this module
-// sets the focus. The call to the core is queued, because the toolkit is still changing the focus.
+// sets the focus. The call to the window core is queued, because the toolkit is still changing the focus.
 void DialogView::postFocus(const Control& control)
 {
     QMetaObject::invokeMethod(
@@ -337,8 +338,8 @@ void DialogView::paintEvent(QPaintEvent* event)
     QDialog::paintEvent(event);
     if (!header_)
         return;
-    // The window has no frame of the window manager. Without this line nothing would separate the dialog from the
-    // window behind it.
+    // The window has no frame of the window manager. Without the outline that is drawn here, nothing would separate the
+    // dialog from the window behind it.
     QPainter painter(this);
     drawOutline(painter, rect(), lineColor(palette()));
 }

@@ -1,7 +1,7 @@
-// dialog_view.h - a dialog of the core, with the layout of its template.
+// dialog_view.h - shows a dialog of the window core, laid out by the dialog's template.
 //
-// The core lays the template out for one fixed font (dialog_units.h). arrange() scales this layout to the font and
-// style of the desktop, makes the dialog wider for long texts up to a limit, and aligns the texts of a row.
+// The window core lays the template out for one fixed font (dialog_units.h). arrange() scales this layout to the font
+// and style of the desktop, makes the dialog wider for long texts up to a limit, and aligns the texts of a row.
 #pragma once
 
 #include "dialog_growth.h"

@@ -20,7 +20,7 @@ QString withBreaks(QString text, const char* from, const char* to)
 }
 
 // The common part of single-line and multi-line edits. The toolkit edits the text. After each change the view posts the
-// whole text to the core, which can limit the length. Derived classes connect the widget's signal to report().
+// whole text to the window core, which can limit the length. Derived classes connect the widget's signal to report().
 template <class Widget>
 class EditBase : public Widget, public View {
 public:
@@ -45,7 +45,7 @@ protected:
     {
         if (input().newText(this->window(), fromQt(wholeText())))
             return;
-        // The core dropped the change, so the view shows the core's text again.
+        // The window core has dropped the change, so the view shows the text that the window core still has.
         WindowState state;
         if (window::readWindow(this->window(), state))
             setIfDifferent(toQtUnchanged(state.text));
@@ -59,9 +59,9 @@ protected:
     }
 
 private:
-    // Shows the core's text. While the user types, the widget's text can be newer than the core's, because the program
-    // may not have handled the latest input. So a widget with the focus keeps its own text until the program waits for
-    // input.
+    // Shows the text that the window core has. While the user types, the widget's text can be newer, because the
+    // program may not have handled the latest input. So a widget with the focus keeps its own text until the program
+    // waits for input.
     void followText(const WindowState& state)
     {
         if (!Widget::hasFocus() || window::takesInput(this->window()))

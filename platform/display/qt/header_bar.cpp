@@ -15,7 +15,8 @@ namespace platform::qt {
 
 namespace {
 
-// Draws a cross in the colour of texts, because the style's picture of a cross is a small bitmap.
+// Draws the cross itself, in the colour of texts. The style's picture of a cross is a small bitmap with its own
+// colours, and doesn't grow with the font.
 class CloseButton final : public QPushButton {
 public:
     explicit CloseButton(QWidget* parent) : QPushButton(parent)

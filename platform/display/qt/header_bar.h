@@ -1,5 +1,5 @@
-// header_bar.h - the caption of a dialog that has an OK button in its caption: title, OK, close. The caption replaces
-// the window manager's frame, which can't have an OK button.
+// header_bar.h - shows a dialog's caption, which contains the title, an OK button and a close button. This caption
+// replaces the window manager's frame, which can't have an OK button. Only dialogs with WS_EX_CAPTIONOKBTN get it.
 #pragma once
 
 #include <QString>

@@ -72,9 +72,10 @@ private:
     std::vector<ListRow> rows_;
 };
 
-// A selection that only the core changes. The toolkit and screen readers call select(). If the call would change
-// whether the row is selected, select() posts a click on the row to the core, and follow() shows the result.
-// setCurrentIndex() does nothing, because only the core moves the current row.
+// A selection that changes only when the window core changes the selection of the list box. The toolkit and screen
+// readers call select(). If the call would change whether the row is selected, select() only posts a click on the row
+// to the window core. follow() shows the result. setCurrentIndex() does nothing, because only the window core moves the
+// current row.
 class ListSelection final : public QItemSelectionModel {
 public:
     ListSelection(QAbstractItemModel* model, std::function<void(int)> request)
@@ -199,8 +200,8 @@ public:
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
         setTextElideMode(Qt::ElideNone);
         setHorizontalScrollMode(ScrollPerPixel);
-        // Ctrl with an arrow key scrolls the list. The dialog sends all other keys to the core, which treats Left and
-        // Right like Up and Down.
+        // Ctrl with an arrow key scrolls the list. The dialog sends all other keys to the window core. The window core
+        // moves the current row for each arrow key: up for Left, too, and down for Right.
         for (const Qt::Key arrow : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right}) {
             auto* scroll = new QShortcut(Qt::CTRL | arrow, this, nullptr, nullptr, Qt::WidgetShortcut);
             connect(scroll, &QShortcut::activated, this, [this, arrow] { scrollByArrow(*this, arrow); });
@@ -261,7 +262,7 @@ protected:
         input().click(this->window(), row);
     }
     void mouseReleaseEvent(QMouseEvent*) override {}
-    // Leaves the key to the dialog, which sends it to the core.
+    // Leaves the key to the dialog, which sends it to the window core.
     void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
 
     bool viewportEvent(QEvent* event) override

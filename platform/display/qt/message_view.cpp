@@ -66,7 +66,8 @@ std::optional<QMessageBox::StandardButton> desktopButton(int id)
     }
 }
 
-// A message box of the toolkit. It makes its own text and buttons from the controls of the core's message box.
+// Shows a message box of the window core as a message box of the toolkit. The text and the answers of the toolkit's box
+// are made from the controls of the window core's box.
 class MessageView final : public QMessageBox, public TopView {
 public:
     MessageView(const WindowState& state, const UserInput& input, QWidget* owner)
@@ -88,8 +89,8 @@ public:
         // eventFilter() must get key presses before the buttons handle them.
         for (QWidget* child : findChildren<QWidget*>())
             child->installEventFilter(this);
-        // The toolkit would close the box when a button is clicked. But the box must stay until the core destroys the
-        // window.
+        // By itself the toolkit would close the box when a button is clicked. But the box must stay until the window
+        // core has handled the answer and destroys the window.
         auto* row = findChild<QDialogButtonBox*>();
         disconnect(row, nullptr, this, nullptr);
         connect(row, &QDialogButtonBox::clicked, this, [this](QAbstractButton* button) { press(button); });

@@ -1,4 +1,6 @@
-// pictures.h - finds the program's pictures by the number of the resource and the number of the cell in the resource.
+// pictures.h - finds the program's pictures. A bitmap resource can contain several pictures of the same size side by
+// side, which are called cells. So a picture is found by the numbers of its resource and its cell. Cells are numbered
+// from 0.
 #pragma once
 
 #include "ce/types.h"

@@ -14,10 +14,12 @@ namespace platform::qt {
 
 namespace {
 
-// The toolkit's style draws lines in a darker shade of the palette's window colour. withVisibleLines() makes a
-// colour lighter by this factor, in percent. So the style's darker shade of the result is the intended colour again.
+// The toolkit's style makes the palette's window colour darker by this factor, in percent, and draws its lines in the
+// darker colour. withVisibleLines() makes the intended colour of the lines lighter by the same factor, and puts it into
+// the palette as the window colour. The style then draws the lines in the intended colour.
 constexpr int Darkening = 140;
-// The side of a check box, as a part of the font's height.
+// The smallest side of a check box's square and the smallest diameter of a radio button's circle, as a fraction of the
+// font's height.
 constexpr double BoxHeight = 0.75;
 
 template <class Option>

@@ -27,8 +27,9 @@ public:
         setValue(state.progressPosition);
     }
 
-    // Shows how much of the run is done, and not the position of the program's bar. The program's bar moves by a whole
-    // step for each item. In a run of more than 1,000 items the program's bar doesn't move at all.
+    // Shows how much of the run is done, and not the position of the program's bar. For each item the program's bar
+    // moves by 1,000 divided by the number of items, rounded down. So in a run of more than 1,000 items it doesn't move
+    // at all.
     void followRun(const RunView& run) override
     {
         showsRun_ = run.progress.underway;

@@ -11,7 +11,7 @@ namespace {
 constexpr double TextContrast = 4.5;
 constexpr double ShapeContrast = 3;
 constexpr double Step = 0.05;
-// A line's colour, as a point between the colour of its surface (0) and that of the text (1).
+// The colour of a drawn line, as a position between the colour of the background (0) and that of the text (1).
 constexpr double LinePart = 0.42;
 
 QColor between(const QColor& from, const QColor& to, double part)
@@ -28,7 +28,8 @@ double luminance(const QColor& color)
     return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
 }
 
-// Returns `color`, moved towards `end` until its contrast with `other` is at least `wanted`, or it is nearly `end`.
+// Moves `color` towards `end` in small steps and returns the result. Stops when the result has a contrast of at least
+// `wanted` with `other`, or when the result is nearly `end`.
 QColor movedTo(const QColor& end, const QColor& color, const QColor& other, double wanted)
 {
     QColor moved = color;

@@ -38,8 +38,8 @@ void RowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, c
     const int margin = style->pixelMetric(QStyle::PM_FocusFrameHMargin, &row, row.widget) + 1;
     const QRect text =
         style->subElementRect(QStyle::SE_ItemViewItemText, &row, row.widget).adjusted(margin, 0, -margin, 0);
-    // Draws the row without its text, because the style would centre the text by the height of the font in which it
-    // draws the characters that the row's font lacks.
+    // The style draws the row without its text, and the code below draws the text. If the row's font lacks a character,
+    // the style would take it from another font, and would centre the whole text by the height of that other font.
     const QString whole = std::exchange(row.text, QString());
     style->drawControl(QStyle::CE_ItemViewItem, &row, painter, row.widget);
     const int top = text.top() + (text.height() - row.fontMetrics.height()) / 2;

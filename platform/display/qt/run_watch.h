@@ -1,4 +1,4 @@
-// run_watch.h - shows the progress of a run and its outcome, in the windows and on the desktop.
+// run_watch.h - shows the progress and the outcome of a run (a backup or restore), in the windows and on the desktop.
 #pragma once
 
 #include "desktop_services.h"
@@ -23,9 +23,9 @@ public:
     // Must be called when the program becomes busy, perhaps with a run. From that time on a timer calls look() a few
     // times a second, until the program waits for input and no run is in progress.
     void programWorks();
-    // Shows the progress of the current run, or the outcome of a run that has ended since the last call. The timer
-    // isn't enough: look() must also be called when the program begins to wait for the user, when a window opens, and
-    // before the windows close.
+    // Shows the progress of the current run, or the outcome of a run that has ended since the last call. The timer of
+    // programWorks() calls this function. The owner of this object must call it too, when the program begins to wait
+    // for the user, when a window opens, and before the windows close.
     void look();
 
 private:

@@ -21,8 +21,9 @@ using platform::display::WindowDesktopLost;
 using platform::display::WindowNoDesktop;
 using platform::display::WindowStart;
 
-// If the toolkit can't open the desktop or loses the connection to it, the toolkit writes a message and then ends the
-// process without returning to its caller. So the message handler below must do the remaining work, with this state.
+// State for handleMessage() and endWithLostDesktop(). If the toolkit can't open the desktop or loses the connection to
+// it, the toolkit ends the process without returning to its caller, but calls at least one of these functions before.
+// So these functions must explain the failure, bring a running program to its end, and set the exit code.
 struct RunState {
     std::atomic<bool> windowsOpen = false;
     std::atomic<bool> programEnded = true;
@@ -51,13 +52,16 @@ void report(std::string_view sentence)
     std::_Exit(WindowNoDesktop);
 }
 
-// Called on the toolkit's thread. Closes the program's windows instead of showing them, until the program has returned.
+// Called on the toolkit's thread. From now on no new window is shown, and each window that waits for the user is
+// closed. Returns when the program has returned.
 void closeProgram()
 {
     runState().closingDisplay.closeUntil([] { return runState().programEnded.load(); });
 }
 
-// Runs on the toolkit's thread, inside the call in which the toolkit ends the process.
+// Called on the toolkit's thread when the process is about to end: by handleMessage(), or as an exit handler. Does
+// nothing if the program has returned already. Otherwise the desktop is lost, so this function closes the program and
+// ends the process.
 void endWithLostDesktop()
 {
     if (runState().programEnded)

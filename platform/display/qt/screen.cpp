@@ -59,8 +59,8 @@ void followControl(View& view, const WindowState& state, Changes changes)
 
 }  // namespace
 
-// The batch calls its function on a thread of the program and with the core's mutex held. So that function only queues
-// the start of the timer.
+// batch_ calls the function that it gets here on a thread of the program, while the window core's mutex is held. For
+// this reason the function only queues a call that starts the timer on the toolkit's thread.
 Screen::Screen(display::HostServices host)
     : batch_([this] {
           QMetaObject::invokeMethod(
@@ -90,7 +90,7 @@ Screen::~Screen()
         host_.restoreRequest->setListener({});
     window::setDisplay(nullptr);
     runWatch_.look();
-    // Removes the remaining views. The program may have destroyed their windows after the last frame.
+    // Removes the remaining views. The program may have destroyed their windows after the last call of flush().
     while (!tops_.empty())
         remove(tops_.begin()->first);
 }
@@ -99,8 +99,8 @@ void Screen::flush()
 {
     frameTimer_.stop();
     focus_ = nullptr;
-    // step() is called before the changes are shown. So a dialog that setOpener_ answers for the user can be gone
-    // before it would appear.
+    // step() may answer a dialog for the user. It is called before the changes are shown, so that the program can close
+    // such a dialog before the dialog appears.
     setOpener_.step();
     for (const Changed& changed : batch_.take())
         apply(changed);
@@ -123,7 +123,7 @@ void Screen::showReaction()
 }
 
 // Returns true if the thread of the main window waits for messages, even if another window is in front. Also returns
-// true if no main window is shown or the core has no window.
+// true if no main window is shown, or if the window core has no window.
 bool Screen::programIsIdle() const
 {
     return !main_ || window::takesInput(main_) || window::topLevelWindows().empty();
@@ -278,7 +278,7 @@ void Screen::remove(HWND window)
 }
 
 // Removes the views of the controls in `top` and of the windows that `top` owns. The toolkit deletes the widgets of
-// these views together with `top`, even if the core still has the windows.
+// these views together with `top`, even if the windows still exist in the window core.
 void Screen::removeInside(const QWidget& top)
 {
     const auto isOwned = [&top](const auto& other) { return isInside(other.second->widget(), top); };

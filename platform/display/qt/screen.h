@@ -1,8 +1,8 @@
-// screen.h - shows all windows of the core on the desktop.
+// screen.h - shows all windows of the window core on the desktop.
 //
-// The program's threads add changes to a batch. The toolkit's thread takes the batch once per frame, reads the current
-// state of the changed windows, and updates their views. The functions of Screen must be called on the toolkit's
-// thread.
+// The program's threads add changes to a batch. The toolkit's thread takes the batch one frame (16 ms) after the first
+// change, or earlier if it has waited for the program's reaction to an input of the user. It reads the current state of
+// the changed windows and updates their views. The functions of Screen must be called on the toolkit's thread.
 #pragma once
 
 #include "change_batch.h"
@@ -22,11 +22,11 @@ namespace platform::qt {
 
 class Screen final : public QObject {
 public:
-    // The new object is the core's display until its destruction.
+    // The new object is the display of the window core until its destruction.
     explicit Screen(display::HostServices host = {});
     ~Screen() override;
 
-    // Shows all changes so far, without waiting for the next frame.
+    // Shows all changes so far, without waiting for the end of the frame.
     void flush();
 
 private:

@@ -10,8 +10,8 @@ namespace platform::qt {
 // At most one object may exist at a time.
 class SessionEnd final : public QObject {
 public:
-    // When the session ends or one of SIGINT, SIGTERM and SIGHUP arrives, asks every job (a backup or restore), also a
-    // later one, to stop before its next item. After that, calls `end` on the toolkit's thread.
+    // When the session ends or one of SIGINT, SIGTERM and SIGHUP arrives, asks the job in progress (a backup or
+    // restore) and each later job to stop before its next item. Then calls `end` on the toolkit's thread.
     explicit SessionEnd(const std::function<void()>& end);
 };
 

@@ -16,7 +16,8 @@ public:
     // Begins to open the set. `listFile` is the path of the set's list file on the device.
     void begin(std::u16string listFile);
 
-    // Does the next step if the program waits for input. Must be called after each change.
+    // If the program waits for input, posts the next input. Must be called after begin() and whenever the window core
+    // has reported changes.
     void step();
 
 private:

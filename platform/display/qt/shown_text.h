@@ -13,7 +13,7 @@ QString toQtUnchanged(const std::u16string& text);
 std::u16string fromQt(const QString& text);
 
 // Converts a text for display. Escapes in the names of files are replaced by the characters that the names have on the
-// host.
+// host (the Linux system).
 QString toQt(const std::u16string& text);
 
 // Converts a text for display in one row. Control characters, such as a line break in a name, become visible

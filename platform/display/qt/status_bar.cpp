@@ -116,7 +116,7 @@ void StatusBar::showMessage()
     newest_->setText(run_.isEmpty() ? newestSetText(status_) : QString());
     const bool hasNewest = !newest_->text().isEmpty();
     newest_->setVisible(hasNewest);
-    // The message and the text about the newest set together always occupy at least two rows. Most texts need no more.
+    // The message and the text about the newest set have a total height of at least two rows. Most texts need no more.
     // So the height of the bar, and of the tree above it, rarely changes when a text changes.
     message_->setMinimumHeight((hasNewest ? 1 : 2) * fontMetrics().lineSpacing());
 }

@@ -1,5 +1,6 @@
-// status_bar.h - the status bar below the main window. It shows what is marked or how far a run has come, what the tree
-// hides, whether a backup deletes files, and the date of the newest set.
+// status_bar.h - holds the status bar below the main window. During a backup or restore it shows the progress.
+// Otherwise it shows what is marked or the last outcome, and the date of the newest set. If a filter hides files in the
+// tree, the bar always says which files are shown. If a backup deletes files, the bar always says so.
 #pragma once
 
 #include "run_view.h"

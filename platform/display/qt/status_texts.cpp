@@ -154,8 +154,8 @@ QString itemsText(const RunView& run)
 }
 
 // More bytes can be done than were expected, because files can have grown since they were listed, and the sizes of
-// databases aren't known before the run. In that case the text shows the number of bytes that are done as the expected
-// number too.
+// databases aren't known before the run. In that case the text shows the number of done bytes also in place of the
+// expected number.
 QString amountText(const RunView& run)
 {
     const RunProgress& progress = run.progress;

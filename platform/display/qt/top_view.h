@@ -1,4 +1,4 @@
-// top_view.h - a top-level window of the core on the desktop.
+// top_view.h - the base class of all views that show a top-level window of the window core.
 #pragma once
 
 #include "view.h"
@@ -15,7 +15,7 @@ public:
     // Returns true if the view makes the widgets of its controls itself. In that case no views are made for the
     // controls.
     virtual bool makesOwnControls() const { return false; }
-    // Called in the order in which the core created the controls.
+    // Called in the order in which the window core created the controls.
     virtual void addControl(View& control, const window::WindowState& state) = 0;
     virtual void removeControl(View& control) = 0;
     // Called when a control of the window got or lost the focus.

@@ -125,7 +125,7 @@ bool TreeItemsModel::setData(const QModelIndex& index, const QVariant&, int role
 {
     if (role == Qt::CheckStateRole && index.isValid())
         toggle_(itemAt(index));
-    return false;  // the core decides, and reports the new state as a change
+    return false;  // the window core decides, and reports the new state as a change
 }
 
 TreeItemsModel::Node* TreeItemsModel::find(HTREEITEM item) const
@@ -205,8 +205,8 @@ void TreeItemsModel::forget(const Node& node)
     nodes_.erase(node.item);
 }
 
-// Returns the text, image and state of an item. If the core has deleted the item already, the result has no text and no
-// image. In that case the change that removes the item from the model arrives soon.
+// Returns the text, image and state of an item. If the window core has deleted the item already, the result has no text
+// and no image. In that case the change that removes the item from the model arrives soon.
 const TreeItemState& TreeItemsModel::read(const Node& node) const
 {
     if (last_.item != node.item && !window::readTreeItem(tree_, node.item, last_)) {

@@ -1,7 +1,8 @@
-// tree_items_model.h - the items of a tree view of the core, as a model of the toolkit.
+// tree_items_model.h - presents the items of a tree view to the toolkit as an item model.
 //
-// The model contains only the handles of the items and their order. It reads the text and the image of an item from the
-// core when a view asks for them, which happens only for visible rows. So 100,000 items need little memory.
+// The tree view is a window of the window core. The model contains only the handles of the items and their order. It
+// reads the text and the image of an item from the window core when a view asks for them, which happens only for
+// visible rows. So 100,000 items need little memory.
 #pragma once
 
 #include "tree_control/tree_display.h"
@@ -37,8 +38,8 @@ public:
     // Returns true for an item with a button, even if the item has no children yet. The program may insert the children
     // only when the item is expanded.
     bool hasChildren(const QModelIndex& parent) const override;
-    // Returns the text or the picture of an item, or the meaning of the picture as a description, a tip or a check
-    // state.
+    // Returns what `role` asks for: the item's text, its picture, or the meaning of the picture. The meaning is a
+    // description, a tip or a check state.
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;

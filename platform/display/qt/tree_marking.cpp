@@ -31,8 +31,8 @@ void TreeMarking::set(const UserInput& input, bool marked) const
 
 void TreeMarking::expandAllBelow(const UserInput& input) const
 {
-    // treeKey() first clicks the item to select it. Only a folder or a top item has a button, and a click on such an
-    // item marks nothing.
+    // treeKey() first clicks the item to select it. An item that can be expanded is a folder or a top item. A click on
+    // such an item marks nothing, so here the click only selects.
     if (canExpand())
         input.treeKey(tree_, state_.item, VK_MULTIPLY);
 }

@@ -33,8 +33,9 @@ using window::TreeChanges;
 using window::TreePart;
 using window::WindowState;
 
-// A selection that only the core changes. If the toolkit or a screen reader wants to select an item, a click on the
-// item is posted to the core, and follow() shows the result.
+// A selection that changes only when the window core changes the selection of the tree view. If the toolkit or a screen
+// reader wants to select an item, this class only posts a click on the item to the window core. follow() shows the
+// result.
 class TreeSelection final : public QItemSelectionModel {
 public:
     TreeSelection(QAbstractItemModel* model, std::function<void(const QModelIndex&)> request)

@@ -1,8 +1,8 @@
 // user_input.h - posts the user's input to the window core.
 //
-// After each input that the core has queued, the toolkit's thread waits a short time for the program's reaction and
-// shows the result. So the next key goes to the window that has the focus after the reaction, even if the user types
-// fast.
+// After each input that the window core has queued, the toolkit's thread waits a short time for the program's reaction
+// and shows the result. So the next key goes to the window that has the focus after the reaction, even if the user
+// types fast.
 #pragma once
 
 #include "controls/date_display.h"
@@ -17,11 +17,11 @@ namespace platform::qt {
 
 class UserInput {
 public:
-    // `posted` is called after each input that the core has queued.
+    // `posted` is called after each input that the window core has queued.
     explicit UserInput(std::function<void()> posted) : posted_(std::move(posted)) {}
 
-    // Each function calls one of the functions with which a display posts input to the core. The result is false if the
-    // core dropped the input, for example because the program is busy or the window is disabled.
+    // Each of the following functions posts one input with the window::post... function of a similar name. The result
+    // is false if the window core dropped the input, for example because the program is busy or the window is disabled.
     bool click(HWND window, long row = -1) const { return report(window::postClick(window, row)); }
     bool doubleClick(HWND window, long row) const { return report(window::postDoubleClick(window, row)); }
     bool newText(HWND edit, std::u16string text) const { return report(window::postNewText(edit, std::move(text))); }

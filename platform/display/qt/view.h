@@ -1,7 +1,8 @@
-// view.h - a widget that shows a window of the core.
+// view.h - the base class of the views. A view is a widget that shows a window of the window core.
 //
-// A view posts the user's input to the core. The view's content changes when the core reports a change or followRun()
-// is called. Edits and date pickers also change while the user edits them. Views are used only on the toolkit's thread.
+// A view posts the user's input to the window core. The view's content changes when the window core reports a change or
+// followRun() is called. Edits and date pickers also change while the user edits them. Views are used only on the
+// toolkit's thread.
 #pragma once
 
 #include "change_batch.h"

@@ -3,8 +3,9 @@
 
 namespace platform::display {
 
-// Only posts the request to the tree. Returns false if the request was dropped, because the program is busy or asks a
-// question. Otherwise returns true, even if there is no tree.
+// Posts a request to the main window's tree, and doesn't wait until the folders are listed. Returns false if the
+// request was dropped, because the program is busy or asks a question. Otherwise returns true, even if there is no
+// tree.
 [[nodiscard]] bool listAnew();
 
 }  // namespace platform::display

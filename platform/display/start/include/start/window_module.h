@@ -15,9 +15,9 @@ class RestoreRequest;
 inline constexpr int WindowNoDesktop = 3;
 inline constexpr int WindowDesktopLost = 5;  // 4 means that something was left out
 
-// The host's functions for the menu that the window adds to those of the program. They are called on the toolkit's
-// thread. Each function can be empty. With `card`, showFolder adds the folder as a card. A result is an empty text, or
-// on failure a sentence for the user.
+// Functions for the menu that the window shows beside the program's own menus. They are called on the toolkit's
+// thread. Each function can be empty. showFolder adds a folder of the host (the Linux system) to the device, as a card
+// if `card` is true. Each function returns an empty text, or on failure a sentence for the user.
 struct HostServices {
     std::function<std::string(const std::filesystem::path& folder, bool card)> showFolder;
     std::function<std::string(const std::filesystem::path& device)> openDevice;
@@ -28,8 +28,8 @@ struct WindowStart {
     std::function<int()> program;
     HostServices host;
     // What happens if no window can be opened. If this value is 0, an explanation is printed and the exit code is
-    // WindowNoDesktop. Any other value is itself the exit code, and no explanation is printed. A program that would
-    // only show a message sets such a value if the message is on standard error already.
+    // WindowNoDesktop. Any other value is itself the exit code, and no explanation is printed. This is meant for a
+    // program that only shows a message which was printed on standard error before.
     int otherwise = 0;
 };
 
