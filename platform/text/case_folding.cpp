@@ -8,8 +8,8 @@ namespace platform::text {
 
 namespace {
 
-// Every `step`th character from `first` to `last` is a capital, or a variant of a small letter. The code of its usual
-// small letter is higher by `distance`, which can be negative.
+// Every `step`th character from `first` to `last` is a capital, or a variant of a small letter, such as the sigma at a
+// word's end. The character folds to the small letter whose code is higher by `distance`, which can be negative.
 struct Capitals {
     char16_t first;
     char16_t last;

@@ -38,7 +38,8 @@ void appendEscaped(std::u16string& name, std::string_view bytes)
         name.push_back(static_cast<char16_t>(EscapeBase + static_cast<unsigned char>(byte)));
 }
 
-// Decodes the rest of a name, from the first byte that isn't plain.
+// Converts `rest`, the part of a host name that begins with the first byte that needs decoding or an escape (see
+// plainBytes). Appends the result to `name`.
 void appendDecoded(std::u16string& name, std::string_view rest)
 {
     while (!rest.empty()) {

@@ -1,4 +1,4 @@
-// The calls of ce/text.h for length, copy, comparison and number.
+// Implements _wtol and those calls of ce/text.h that measure, copy and compare texts.
 #include "ce/text.h"
 
 #include "text/case_folding.h"

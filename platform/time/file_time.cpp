@@ -1,4 +1,4 @@
-// Conversion and comparison of file times.
+// The calls of ce/time.h that convert and compare file times.
 #include "ce/time.h"
 
 #include <chrono>

@@ -1,4 +1,4 @@
-// GetLocaleInfoW: the short date format, which setShortDateFormat has set or which comes from the host's LC_TIME.
+// GetLocaleInfoW. It returns the short date format that setShortDateFormat has set, or else that of the host's LC_TIME.
 #include "time/clock.h"
 
 #include "text/host_name.h"
@@ -96,7 +96,8 @@ std::u16string pictureOfDateFormat(std::string_view hostFormat)
     std::u16string picture;
     while (!hostFormat.empty()) {
         if (hostFormat.front() == '%') {
-            // Flags, and the modifiers for other calendars and digits, precede the letter.
+            // Between '%' and the letter there can be flags, and the modifiers E and O for another calendar or other
+            // digits.
             const std::size_t letter = std::min(hostFormat.find_first_not_of("-_0^#EO", 1), hostFormat.size());
             const bool unpadded = hostFormat.substr(1, letter - 1).find('-') != std::string_view::npos;
             if (letter < hostFormat.size())

@@ -1,10 +1,11 @@
-// ce/command.h - lets the host make backups and restores without windows, for a command from a shell or a timer.
+// ce/command.h - makes backups and restores without windows, for a command from a shell or a timer.
 //
-// The program defines these functions. The host opens the device, calls BeginCommand once, and then prepares and
-// performs one run, which is a backup or a restore. A Prepare function finds out what the run has to do, and changes
-// nothing. A Perform function performs the run. Between the two calls the host can tell the user what the run will do.
-// A run reports its failures (ce/outcome.h) and its progress (ce/progress.h), like a run in a window. All calls are
-// made on the program's main thread.
+// The program defines these functions, and the host (the platform's process, which runs the program) calls them. The
+// host opens the device and calls BeginCommand once. Then it prepares and performs one run, which is a backup or a
+// restore, or it only asks about sets (FindSets, SummaryOfSet). A Prepare function finds out what the run has to do,
+// and changes nothing. A Perform function performs the run. Between the two calls the host can tell the user what the
+// run will do. A run reports its failures (ce/outcome.h) and its progress (ce/progress.h), like a run in a window. All
+// calls are made on the program's main thread.
 #pragma once
 
 #include "ce/handle.h"
@@ -28,7 +29,8 @@ struct RunPlan {
     std::u16string sentence;  // why the run is refused; empty if the reason was reported through ce/outcome.h
     ItemCounts items;
     std::uint64_t bytes = 0;  // size of a backup's items, or of a restore's streams in the set; unknown: 0
-    // Only for a restore: those of the files and databases that exist on the device already.
+    // Only for a restore: how many of the files and databases in `items` already exist on the device, the first of
+    // these files, and the first of these databases.
     ItemCounts existing;
     std::u16string firstExistingFile;
     std::u16string firstExistingDatabase;
@@ -38,7 +40,8 @@ struct RunPlan {
 void BeginCommand(HINSTANCE instance);
 
 // Returns true if sets can be stored at `path`. An empty `path` means the device itself, where this is always possible.
-// Any other `path` must be that of a card, and short enough for the paths of a set's files.
+// Any other `path` must be the path of a card. It must be so short that the paths of all files of a set there fit into
+// MAX_PATH.
 bool IsStorage(const std::u16string& path);
 
 struct BackupRequest {
@@ -47,8 +50,8 @@ struct BackupRequest {
     bool files = false;
     bool databases = false;
     bool registry = false;
-    // Single items that are backed up in addition. A path is that of a file or folder, and begins with a backslash. A
-    // folder includes everything below it.
+    // Files, folders and databases that are backed up in addition to the kinds chosen above. Each path begins with a
+    // backslash. A folder includes everything below it.
     std::vector<std::u16string> paths;
     std::vector<std::u16string> databaseNames;
 
@@ -64,7 +67,7 @@ struct BackupRequest {
 
 // Prepares a backup and returns its plan. The plan is refused if IsStorage returns false for the storage, if `replaced`
 // is 0 and the storage has no free number, or if `replaced` isn't 0 and there is no set with this number. It is also
-// refused if a single item of the request doesn't exist, or if there is nothing to back up.
+// refused if `paths` or `databaseNames` contains an item that doesn't exist, or if there is nothing to back up.
 RunPlan PrepareBackup(const BackupRequest& request);
 
 // Performs the backup that was prepared last. Returns the number of the new set, or 0 if no set was made.
@@ -89,8 +92,8 @@ struct RestoreRequest {
 // the request names, or if the request selects none of the set's items.
 RunPlan PrepareRestore(const RestoreRequest& request);
 
-// Performs the restore that was prepared last. `files` replaces RestoreRequest::files, so the host can decide after it
-// has seen the plan.
+// Performs the restore that was prepared last. `files` replaces RestoreRequest::files. So the host can choose how to
+// treat existing files after PrepareRestore has returned the plan.
 void PerformRestore(Existing files);
 
 struct SetSummary {

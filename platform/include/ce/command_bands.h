@@ -60,22 +60,27 @@ inline constexpr BYTE TBSTYLE_SEP = 1;
 // CommandBands_AddAdornments always adds a close button. With this flag it adds a help button, too.
 inline constexpr DWORD CMDBAR_HELP = 11;
 
-// Makes a bar without bands. It is hidden until CommandBands_Show, unless `styles` contains WS_VISIBLE. Null with 1400
-// if `parent` isn't a window of the calling thread.
+// Makes a bar without bands. It is hidden until CommandBands_Show, unless `styles` contains WS_VISIBLE. If `parent`
+// isn't a window of the calling thread, returns null and sets error 1400.
 HWND CommandBands_Create(HINSTANCE instance, HWND parent, UINT id, DWORD styles, HIMAGELIST images);
-// Adds `count` bands. A band shows its hwndChild if RBBIM_CHILD is set, otherwise a new command bar. Fails with 87 for
-// null `infos` or a wrong cbSize, and with 1400 if `bands` aren't command bands or an hwndChild isn't a window.
+// Adds `count` bands. A band shows its hwndChild if RBBIM_CHILD is set, otherwise a new command bar. Fails with error
+// 87 if `infos` is null or a cbSize is wrong. Fails with error 1400 if `bands` isn't a window that CommandBands_Create
+// has made, or if an hwndChild isn't a window.
 BOOL CommandBands_AddBands(HWND bands, HINSTANCE instance, UINT count, const REBARBANDINFOW* infos);
-// Returns the window that band `index` shows. The first band is 0. Null with 1400 if there is no such band.
+// Returns the window that band `index` shows. The first band has index 0. If there is no such band, returns null and
+// sets error 1400.
 HWND CommandBands_GetCommandBar(HWND bands, UINT index);
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE instance, DWORD flags, REBARBANDINFOW* info);
 BOOL CommandBands_Show(HWND bands, BOOL show);
-// Return the height of the whole bar and of one command bar, in virtual pixels. 0 for any other window.
+// CommandBands_Height returns the height of the whole bar, and CommandBar_Height the height of one command bar, in
+// virtual pixels. For any other window both return 0.
 UINT CommandBands_Height(HWND bands);
 int CommandBar_Height(HWND bar);
 // Loads menu resource `menuId` and shows it to the left of all buttons, in place of an earlier menu. `at` is not used.
-// Fails with 1814 if there is no such resource, with 1812 if it is damaged, and with 1400 if `bar` is no command bar.
+// Fails with error 1814 if there is no such resource, with error 1812 if it is damaged, and with error 1400 if `bar` is
+// no command bar.
 BOOL CommandBar_InsertMenubar(HWND bar, HINSTANCE instance, WORD menuId, WORD at);
 // Sets the bitmap with the images of the bar's buttons, 16 by 16 pixels each. It replaces an earlier bitmap. `count`,
-// `width` and `height` are not used. Returns 0, the index of the first image, or -1 on failure.
+// `width` and `height` are not used. On success returns the index of the first image, which is always 0. On failure
+// returns -1. The last error is that of FindResourceW (ce/resource.h), or 1400 if `bar` is no command bar.
 int CommandBar_AddBitmap(HWND bar, HINSTANCE instance, int bitmapId, int count, int width, int height);

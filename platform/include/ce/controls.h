@@ -1,8 +1,9 @@
 // ce/controls.h - the messages and styles of the standard controls: button, static, edit, list box, progress bar, tree
-// view, date picker, and the image lists. Each control handles its messages as the platform documents them. It ignores
-// the other messages of its own range and returns 0. Messages that set the state of a button, list box, progress bar or
-// date picker send no notification. These messages do notify the parent: BM_CLICK, EM_REPLACESEL, WM_SETTEXT to an edit
-// of one line, and the messages that select, expand or delete an item of a tree.
+// view, date picker, and the image lists. Each control handles its messages as the platform documents them. The
+// platform also documents messages of these controls that no header of ce/ declares. Such a message has no effect and
+// returns 0. Messages that set the state of a button, list box, progress bar or date picker send no notification. These
+// messages do notify the parent: BM_CLICK, EM_REPLACESEL, WM_SETTEXT to an edit of one line, and the messages that
+// select, expand or delete an item of a tree.
 #pragma once
 
 #include "ce/window.h"

@@ -6,7 +6,7 @@
 #include "ce/time.h"
 
 // wParam 0, lParam a SYSTEMTIME*. Gets the date that the picker shows. The time of day is that of the last
-// DTM_SETSYSTEMTIME, or before that the time when the picker was made. Returns GDT_VALID.
+// DTM_SETSYSTEMTIME. If there was none, it is the time at which the picker was made. Returns GDT_VALID.
 inline constexpr UINT DTM_GETSYSTEMTIME = 0x1001;
 // wParam GDT_VALID, lParam a SYSTEMTIME*, whose wDayOfWeek is ignored. Returns nonzero on success, 0 for another wParam
 // or for a date that SystemTimeToFileTime refuses.

@@ -1,4 +1,4 @@
-// ce/dialog.h - dialogs from templates, their controls by id, message boxes.
+// ce/dialog.h - makes dialogs from templates, finds their controls by id, and shows message boxes.
 #pragma once
 
 #include "ce/window.h"
@@ -54,7 +54,8 @@ HWND CreateDialogIndirectParamW(HINSTANCE instance, const void* dialogTemplate, 
                                 LPARAM parameter);
 
 // Ends a modal dialog when its procedure returns. The owner is enabled before the dialog is destroyed. Allowed in
-// WM_INITDIALOG. Fails with 1400 if `dialog` isn't a window, and with 5 for a window that isn't a modal dialog.
+// WM_INITDIALOG. Fails with error 1400 if `dialog` isn't a window, and with error 5 if it is a window but not a modal
+// dialog.
 BOOL EndDialog(HWND dialog, INT_PTR result);
 
 // Handles the keys of a dialog: Tab, arrows, Enter, Esc, mnemonics. A control can keep such keys for itself
@@ -79,5 +80,6 @@ UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 // In a job (ce/outcome.h), the user can apply the answer to a box with MB_YESNO to all further boxes of the same kind.
 // Boxes of one kind have the same caption, and the same text up to the first colon or backslash. In the rest of the job
 // a box of this kind isn't shown, and the call returns the answer at once. From a box with MB_YESNO the user can also
-// stop the job. This box and all further ones of the job with MB_YESNO return IDNO.
+// stop the job. If the user does this, the box returns IDNO. Each later box of the job with MB_YESNO also returns IDNO,
+// and isn't shown.
 int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

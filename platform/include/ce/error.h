@@ -3,8 +3,9 @@
 // A call that fails sets the last error, and a call that succeeds leaves it unchanged, unless the comment or the header
 // of the call says otherwise. The numbers are the platform's documented ones.
 //
-// The headers of ce/ give errors by number. "0 with 87" means that the call returns 0 and sets the last error to 87. If
-// a comment mentions an error number without a reason, the name of the number in this header is the reason.
+// The headers of ce/ give errors by number. "Fails with error 87" means that the call returns the value for a failure,
+// which is 0 unless the comment says otherwise, and sets the last error to 87. If the comment gives no reason for an
+// error, look for the reason at the top of the header. If it isn't there either, the error's name below is the reason.
 #pragma once
 
 #include "ce/types.h"

@@ -2,21 +2,27 @@
 //
 // Paths begin at the root `\`. There are no drive letters and no current folder, so a path without a leading backslash
 // also begins at the root. A path has at most 259 characters and the NUL. Names are case-sensitive. Only search
-// patterns match without case. Memory cards are folders in the root. Further folders of the host can be mounted in the
-// root, too. Links, fifos, sockets and device nodes of the host are not part of the tree: they are not listed, not
-// followed and not overwritten. A call on the path of such an entry fails as if the entry didn't exist. If the call
-// would make a file or folder there, it fails with 5.
+// patterns match without case. The root is a folder of the host (the Linux system). Other folders of the host can be
+// mounted in the root. Some of these mounted folders are memory cards. Links, fifos, sockets and device nodes of the
+// host are not part of the tree: no search finds them, and no call follows or overwrites them. A call on the path of
+// such an entry fails as if the entry didn't exist, or with error 5 if it would make a file or folder there.
 //
-// A card can be removed while the program runs. From then on, calls on its paths fail with 21, and so do writes and
-// flushes of its open files.
+// A card can be removed while the program runs. From then on, calls on its paths fail with error 21, and so do writes
+// and flushes of its open files.
 //
-// A path fails with 123 if one of its names is empty, "." or "..", contains a lone surrogate or one of the characters
-// / * ? " < > |, or has more than 255 bytes on the host.
+// A path fails with error 123 if one of its names is empty, "." or "..", contains a lone surrogate or one of the
+// characters / * ? " < > |, or has more than 255 bytes on the host.
 //
-// Where a comment below gives no reason for an error, the reason is: 2 the file or folder doesn't exist, 3 a folder of
-// the path is missing or is a file, 5 the user has no permission, 6 the handle isn't an open file, 19 the file system
-// is read-only, 31 the host's input or output failed, 112 the disk or the card is full, 123 a name is invalid, 206 the
-// path is too long.
+// Where a comment below mentions an error without a reason, or refers to the top of this file, the reason is:
+// - 2: the file or folder doesn't exist.
+// - 3: a folder of the path is missing or is a file.
+// - 5: the user has no permission.
+// - 6: the handle isn't an open file.
+// - 19: the file system is read-only.
+// - 31: the host's input or output failed.
+// - 112: the disk or the card is full.
+// - 123: a name is invalid.
+// - 206: the path is too long.
 #pragma once
 
 #include "ce/error.h"
@@ -82,20 +88,23 @@ struct BY_HANDLE_FILE_INFORMATION {
 };
 
 // Opens or makes a file. `access` is GENERIC_READ and/or GENERIC_WRITE, or 0 for a handle that can only ask about the
-// file. Such a handle conflicts with no other. The call succeeds only if each handle that is open on the file allows
-// `access`, and `share` allows the access of each such handle. Handles of other processes are included as far as the
-// host reports them. `security`, `attributes` and `templateFile` are not used: pass null, 0 and null.
+// file. A handle with access 0 conflicts with no other handle. `share` says which access other handles of the file may
+// have. The call succeeds only if the `share` of each handle that is already open on the file permits the new `access`,
+// and the new `share` permits the access of each of these handles. Handles of other processes are included as far as
+// the host reports them. `security`, `attributes` and `templateFile` are not used: pass null, 0 and null.
 //
 // On success CREATE_ALWAYS and OPEN_ALWAYS set the last error to 183 if the file existed, otherwise to 0. The other
 // values of `creation` set it to 0. CREATE_ALWAYS truncates an existing file to no bytes.
 //
-// Returns INVALID_HANDLE_VALUE on failure. The last error is 8, 21 (see above), or one of these:
+// Returns INVALID_HANDLE_VALUE on failure. The last error is one of these:
 // - 2: the file doesn't exist.
 // - 3: a folder of the path is missing, or is a file.
 // - 4: too many files are open.
 // - 5: the path names a folder or a ROM module, the call asks to write to a read-only file or a ROM file, or the user
 //   has no permission.
+// - 8: memory ran out.
 // - 19: the file system is read-only.
+// - 21: the card was removed.
 // - 31: the host's input or output failed.
 // - 32: another open handle conflicts with the call.
 // - 80: `creation` is CREATE_NEW, and the path exists already.
@@ -107,74 +116,79 @@ HANDLE CreateFileW(const WCHAR* path, DWORD access, DWORD share, const void* sec
                    HANDLE templateFile);
 
 // Reads up to `bytes` bytes at the handle's position and advances it. Fewer bytes are read only at the end of the file.
-// At or after the end the call succeeds with 0 bytes. Fails with 5 if the handle has no read access, with 6 if it isn't
-// an open file, and with 31 if the host's input failed. `bytesRead` must not be null. On failure `*bytesRead` is the
-// number of bytes that were read before the error.
+// At or after the end the call succeeds with 0 bytes. Fails with error 5 if the handle has no read access, with error 6
+// if it isn't an open file, with error 31 if the host's input failed, and with the errors of WriteFile if buffered
+// bytes can't be written. `bytesRead` must not be null. On failure `*bytesRead` is the number of bytes that were read
+// before the error.
 BOOL ReadFile(HANDLE file, void* buffer, DWORD bytes, DWORD* bytesRead, void* overlapped);
 
-// Writes at the handle's position and advances it by the bytes written. The process may gather the bytes in memory and
-// pass them to the host later, for example in HandOverFileBuffers or CloseHandle. Reads and searches of this process
-// see the gathered bytes. If the process is killed, gathered bytes are lost. Bytes are gathered only if the host
-// guarantees disk space for them. If the host can't write them nevertheless, the call that passes them fails. In that
-// case the file ends before the missing bytes, and each later write fails until SetEndOfFile cuts the file. Fails with
-// 5 if the handle has no write access, and with 6, 31 and 112. If the disk or the card becomes full, the bytes that fit
-// are written. `bytesWritten` must not be null. `*bytesWritten` is the number of bytes that this call has written, even
-// if the call fails.
+// Writes at the handle's position and advances it by the number of bytes written. The process may buffer the bytes in
+// memory and pass them to the host later, for example in HandOverFileBuffers or CloseHandle. Reads and searches of this
+// process see the buffered bytes. If the process is killed, buffered bytes are lost. Bytes are buffered only if the
+// host guarantees disk space for them. If the host can't write them nevertheless, the call that passes them fails. In
+// that case the file ends before the missing bytes, and each later write fails until SetEndOfFile cuts the file.
+//
+// Fails with error 5 if the handle has no write access, and with errors 6, 31 and 112 for the reasons at the top of
+// this file. If the disk or the card becomes full, the bytes that fit are written. `bytesWritten` must not be null.
+// `*bytesWritten` is the number of bytes that this call has written, even if the call fails.
 BOOL WriteFile(HANDLE file, const void* bytes, DWORD count, DWORD* bytesWritten, void* overlapped);
 
 // Moves the handle's position; `distanceHigh` may be null. With FILE_BEGIN and no high half, the distance is an
 // unsigned 32-bit offset, so offsets of 2 GiB and more work. In all other cases the distance is signed. Returns the low
 // half of the new position, and sets `*distanceHigh` to the high half. The position may be after the end of the file.
 //
-// Returns 0xFFFFFFFF on failure. The last error is 6, 31, an error of WriteFile if gathered bytes can't be written, or
-// one of these:
+// Returns 0xFFFFFFFF on failure. If buffered bytes can't be written, the last error is that of WriteFile. Otherwise it
+// is 6 or 31 for the reasons at the top of this file, or one of these:
 // - 87: `method` is unknown, or the position would be 2^63 or more.
 // - 131: the position would be before the start of the file.
 // If the call succeeds and 0xFFFFFFFF is the low half of the new position, the last error is 0.
 DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD method);
 
-// Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with 5 if the handle
-// has no write access, and with 6, 31 and 112.
+// Makes the file end at the handle's position: cuts the bytes after it, or extends the file. Fails with error 5 if the
+// handle has no write access, and with errors 6, 31 and 112 for the reasons at the top of this file.
 BOOL SetEndOfFile(HANDLE file);
 
 // Flushes the file. After a nonzero result the file's directory entry is on the disk, and so are all bytes that this
-// process has written to the file through any handle. Fails with 5 if the handle has no write access,
-// and with 6, 31 and 112.
+// process has written to the file through any handle. Fails with error 5 if the handle has no write access, and with
+// errors 6, 31 and 112 for the reasons at the top of this file.
 BOOL FlushFileBuffers(HANDLE file);
 
-// Passes to the host the bytes that were written to the file and are still gathered in this process. From then on these
-// bytes survive the end of the process, but not a power cut. The call costs nothing if no bytes are gathered. Fails
+// Passes to the host the bytes that were written to the file and are still buffered in this process. From then on these
+// bytes survive the end of the process, but not a power cut. The call costs nothing if no bytes are buffered. Fails
 // with the errors of WriteFile. After an error other than 5 and 6, bytes that were reported as written may be missing.
 BOOL HandOverFileBuffers(HANDLE file);
 
-// Sets an order of writes. From now on, before this process passes bytes of `file` to the host, it passes all bytes
-// that are gathered for `earlier`. So if `file` refers to bytes of `earlier` and the process is killed, the bytes of
-// `earlier` aren't missing. If the gathered bytes of `earlier` are lost, those of `file` are lost, too, and writes to
-// `file` fail with the same error until SetEndOfFile cuts `file`. The order ends when the last handle of `file` is
-// closed. Nonzero on success. Fails with 5 if a handle has no write access, with 6, and with 87 if both handles are of
-// the same file, if `file` is temporary, or if `earlier` is itself written after another file. Only one thread at a
-// time may call WriteAfter.
+// Sets an order of writes: from now on, before this process passes bytes of `file` to the host, it passes all bytes
+// that are buffered for `earlier`. So when bytes of `file` are on the host, everything that was written to `earlier`
+// before these bytes is there too, even if the process is killed. If the buffered bytes of `earlier` are lost, those of
+// `file` are lost, too, and writes to `file` fail with the same error until SetEndOfFile has cut both files. The order
+// ends when the last handle of `file` is closed. Only one thread at a time may call WriteAfter.
+//
+// Nonzero on success. Fails with error 5 if one of the handles has no write access, with error 6 if one isn't an open
+// file, and with error 87 if both are handles of the same file, if `file` is temporary, or if `earlier` is itself
+// ordered after another file.
 BOOL WriteAfter(HANDLE file, HANDLE earlier);
 
 // Flushes everything that this process has made, written, renamed or deleted since its start or the last call, in the
-// device's own folder and in all cards and further folders. Nonzero when all of this is on the disk. A folder without
-// changes costs nothing. If a folder fails, the other folders are still flushed. The last error is that of the first
-// folder that failed, such as 31, 112, or 21 for a card that was removed. A later call tries the failed folders again,
-// but not a card that was removed.
+// root's own folder and in all mounted folders. Nonzero when all of this is on the disk. A folder without changes costs
+// nothing. If a folder fails, the other folders are still flushed. The last error is that of the first folder that
+// failed, such as 31, 112, or 21 for a card that was removed. A later call tries the failed folders again, but not a
+// card that was removed.
 BOOL FlushChangedVolumes(void);
 
 // Asks the host to drop the file's bytes from its cache, so that later reads come from the disk. Bytes that aren't on
-// the disk yet stay in the cache. Nonzero on success. Fails with 6, and with 31 or another error if the host fails.
+// the disk yet stay in the cache. Nonzero on success. Fails with error 6 if the handle isn't an open file, and with
+// error 31 or another error if the host fails.
 BOOL DropFromCache(HANDLE file);
 
-// Nonzero on success. Fails with 87 for a null `information`, with 6 and 31, and with the errors of WriteFile if
-// gathered bytes can't be written.
+// Nonzero on success. Fails with error 87 if `information` is null, with errors 6 and 31 for the reasons at the top of
+// this file, and with the errors of WriteFile if buffered bytes can't be written.
 BOOL GetFileInformationByHandle(HANDLE file, BY_HANDLE_FILE_INFORMATION* information);
 
-// Examines the card or further folder that contains `path`, otherwise the device's own folder. Sets `*available` and
-// `*totalFree` to the number of bytes that can still be written there, and `*total` to the total size. The capacity of
-// a card limits these numbers. Each pointer may be null. Nothing need exist at `path`. Fails with 5, 31, 123 and 206
-// for the reasons at the top of this file.
+// Examines the mounted folder that contains `path`, or the root's own folder if no mounted folder contains `path`.
+// Sets `*available` and `*totalFree` to the number of bytes that can still be written there, and `*total` to the total
+// size. The capacity of a card limits these numbers. Each pointer may be null. Nothing need exist at `path`. Fails with
+// errors 5, 31, 123 and 206 for the reasons at the top of this file.
 BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint64_t* total, std::uint64_t* totalFree);
 
 // Declares that the files which the program makes at `path` are temporary, until WithdrawTemporaryFile. Such a file
@@ -183,8 +197,8 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint6
 // process is killed.
 //
 // The following calls first put the temporary file on the host: a search of its folder, FlushFileBuffers,
-// HandOverFileBuffers, SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and any call with its path or a
-// path below it. These calls with its path don't put the file on the host: the one that makes it, one that opens it
+// HandOverFileBuffers, SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and the calls with its path or a
+// path below it. Of the calls with its path, these are exceptions: the call that makes the file, a call that opens it
 // only for reading, DeleteFileW, IsFileUnchanged, GetDiskFreeSpaceExW and DeclareTemporaryFile. A call that puts the
 // file on the host can also fail with the errors of making a file. If the process is killed while a temporary file is
 // on the host and in the root, the next opening of the device moves the file out of the device's tree. On a file system
@@ -192,36 +206,40 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint6
 //
 // If a file exists at the path when the path is declared, the declaration takes effect when DeleteFileW deletes that
 // file. If another program makes a file at the path later, that file isn't touched. As long as there is a temporary
-// file at the path, this process doesn't see the other program's file. Fails with 5 for a card or the root, and
-// with 123 and 206.
+// file at the path, this process doesn't see the other program's file. Fails with error 5 for the root or a mounted
+// folder, and with errors 123 and 206 for the reasons at the top of this file.
 BOOL DeclareTemporaryFile(const WCHAR* path);
 
-// Ends a declaration. A temporary file that still exists is put on the host and becomes an ordinary file. Fails with
-// the errors of making that file, and with 80 if another program has made a file at the path. After a failure the
-// declaration remains.
+// Ends the effect of DeclareTemporaryFile for the path. If there is a temporary file at the path, this call puts it on
+// the host, and it becomes an ordinary file. This step can fail with an error of CreateFileW or WriteFile, such as
+// error 80 if another program has made a file at the path. After a failure the declaration remains in effect.
 BOOL WithdrawTemporaryFile(const WCHAR* path);
 
-// Deletes a file. Fails with 5 also for a folder, a read-only file or a ROM file, with 32 if this process has the file
-// open, and with 2, 3, 19, 123 and 206 for the reasons at the top of this file.
+// Deletes a file. Fails with errors 2, 3, 19, 31, 123 and 206 for the reasons at the top of this file, and with these:
+// - 5: the path is that of a folder, a read-only file or a ROM file, or the user has no permission.
+// - 32: this process has the file open.
 BOOL DeleteFileW(const WCHAR* path);
 
-// Makes a folder. `security` is not used. Fails with 183 if a file or folder exists at the path, and with 3, 5, 19,
-// 112, 123 and 206 for the reasons at the top of this file.
+// Makes a folder. `security` is not used. Fails with error 183 if a file or folder exists at the path, and with errors
+// 3, 5, 19, 31, 112, 123 and 206 for the reasons at the top of this file.
 BOOL CreateDirectoryW(const WCHAR* path, const void* security);
 
-// Removes an empty folder. Fails with 145 if the folder isn't empty, with 5 also for a card or the root, with 3 also
-// for the path of a file, and with 2, 19, 123 and 206 for the reasons at the top of this file.
+// Removes an empty folder. Fails with errors 2, 19, 31, 123 and 206 for the reasons at the top of this file, and with
+// these:
+// - 3: the path is that of a file, or a folder of the path is missing or is a file.
+// - 5: the path is that of the root or a mounted folder, or the user has no permission.
+// - 145: the folder isn't empty.
 BOOL RemoveDirectoryW(const WCHAR* path);
 
-// Returns the attributes, FILE_ATTRIBUTE_NORMAL if none is set. Also works on files that are in use. The path of a
-// folder may have a trailing backslash, and "\" is the root. The folder of a card has FILE_ATTRIBUTE_TEMPORARY, the
-// entries below it don't.
-// Returns 0xFFFFFFFF on failure. The last error is 2, 3, 5, 31, 123 or 206 for the reasons at the top of this file.
+// Returns the attributes, or FILE_ATTRIBUTE_NORMAL if none is set. Also works on files that are in use. The path of a
+// folder may have a trailing backslash, and "\" is the root. The folder of a card has FILE_ATTRIBUTE_TEMPORARY, but the
+// entries below it don't have it. Returns 0xFFFFFFFF on failure. The last error is 2, 3, 5, 31, 123 or 206 for the
+// reasons at the top of this file.
 DWORD GetFileAttributesW(const WCHAR* path);
 
-// Nonzero if it is certain that nothing exists at the path, so that GetFileAttributesW would fail with 2 or 3. Makes
-// only one call on the host. GetFileAttributesW makes several, because it distinguishes the two errors. Doesn't set the
-// last error.
+// Nonzero if it is certain that nothing exists at the path, so that GetFileAttributesW would fail with error 2 or 3.
+// Makes only one call on the host. GetFileAttributesW makes several, because it distinguishes the two errors. Doesn't
+// set the last error.
 BOOL IsNothingAt(const WCHAR* path);
 
 // Begins a search. Only the last part of `pattern` may contain * (any number of characters, also none) and ? (one
@@ -232,16 +250,16 @@ BOOL IsNothingAt(const WCHAR* path);
 HANDLE FindFirstFileW(const WCHAR* pattern, WIN32_FIND_DATAW* found);
 
 // Like FindFirstFileW. `level` must be FindExInfoStandard, `found` a WIN32_FIND_DATAW, `filter` null and `flags` 0.
-// Anything else fails with 87. With FindExSearchLimitToDirectories the search leaves out files. This saves a call on
-// the host for each file. But a caller must expect files, because a real device may return them.
+// Anything else fails with error 87. With FindExSearchLimitToDirectories the search leaves out files. This saves a call
+// on the host for each file. But a caller must expect files, because a real device may return them.
 enum FINDEX_INFO_LEVELS { FindExInfoStandard };
 enum FINDEX_SEARCH_OPS { FindExSearchNameMatch, FindExSearchLimitToDirectories };
 HANDLE FindFirstFileExW(const WCHAR* pattern, FINDEX_INFO_LEVELS level, void* found, FINDEX_SEARCH_OPS operation,
                         const void* filter, DWORD flags);
 
-// Gets the next entry. Nonzero on success. Fails with 18 after the last entry, with 6 if `search` isn't a search's
-// handle, with 87 for a null `found`, and with 31.
+// Gets the next entry. Nonzero on success. Fails with error 18 after the last entry, with error 6 if `search` isn't a
+// search's handle, with error 87 if `found` is null, and with error 31 if the host's input failed.
 BOOL FindNextFileW(HANDLE search, WIN32_FIND_DATAW* found);
 
-// Nonzero on success. Fails with 6 if `search` isn't a search's handle.
+// Nonzero on success. Fails with error 6 if `search` isn't a search's handle.
 BOOL FindClose(HANDLE search);

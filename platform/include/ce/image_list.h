@@ -6,7 +6,7 @@
 inline constexpr UINT ILC_MASK = 1;
 
 // Makes an empty list for images of `width` by `height` pixels. The list grows automatically, so `initial` and `grow`
-// are not used. Returns null with 87 if the width or the height is below 1.
+// are not used. If the width or the height is below 1, returns null and sets error 87.
 HIMAGELIST ImageList_Create(int width, int height, UINT flags, int initial, int grow);
 
 // Adds the images that are side by side in the bitmap. `mask` is not used. Instead, when the images are drawn, the
@@ -18,6 +18,6 @@ int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask);
 // (ce/resource.h), or 1814 if `name` isn't a number.
 HBITMAP LoadBitmapW(HINSTANCE instance, const WCHAR* name);
 
-// Returns nonzero for each image that was loaded from the resources, an icon or image list included. For any other
-// handle returns 0 with 6.
+// Frees nothing, because an image that was loaded from the resources takes no memory of its own. Returns nonzero for
+// the handle of such a bitmap, icon or image list. For any other handle, returns 0 and sets error 6.
 BOOL DeleteObject(HBITMAP bitmap);

@@ -8,13 +8,14 @@
 
 using FARPROC = void (*)();
 
-// Returns the library, or null with 126 if `name` isn't the library's name.
+// Returns the handle of the library. If `name` isn't "\WINDOWS\COREDLL.DLL", returns null and sets error 126.
 HMODULE LoadLibraryW(const WCHAR* name);
 
-// Returns the address of the function with this name. Names are compared with case. Cast the address to the type of the
-// function before you call it.
-// Returns null with 127 if the platform has no such function, and with 6 if `module` isn't the library.
+// Returns the address of the platform's function `name`. Names are compared with case. Cast the address to the type of
+// the function before you call it. Returns null on failure. The last error is 127 if the platform has no such function,
+// or 6 if `module` isn't the handle that LoadLibraryW returns.
 FARPROC GetProcAddressW(HMODULE module, const WCHAR* name);
 
-// Has no effect. Returns nonzero on success, and 0 with 6 if `module` isn't the library.
+// Has no effect, because the library is never unloaded. Returns nonzero if `module` is the handle that LoadLibraryW
+// returns. Otherwise returns 0 and sets error 6.
 BOOL FreeLibrary(HMODULE module);

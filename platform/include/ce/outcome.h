@@ -1,8 +1,9 @@
-// ce/outcome.h - reports the outcome of a job, one backup or restore, to the host.
+// ce/outcome.h - reports the outcome of a job (one backup or restore) to the host.
 //
-// The program's own texts don't mention every failure. The host shows what is reported here. If it has a window, it
-// shows the reports at the end of the job. At the end of the process it writes them to standard error, and the exit
-// code says that there were reports. All functions can be called on any thread.
+// The host is the platform's process, which runs the program. The program's own texts don't mention every failure. The
+// host shows what is reported here. If it has a window, it shows the reports at the end of the job. At the end of the
+// process it writes them to standard error, and the exit code says that there were reports. All functions can be called
+// on any thread.
 #pragma once
 
 #include "ce/handle.h"

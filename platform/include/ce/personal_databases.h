@@ -1,5 +1,5 @@
-// ce/personal_databases.h - contacts, appointments, tasks: the names, types and properties of the databases of the
-// device's owner.
+// ce/personal_databases.h - declares the names, types and properties of the three databases with personal data of the
+// device's owner: contacts, appointments and tasks.
 #pragma once
 
 #include "ce/store.h"

@@ -1,4 +1,5 @@
-// ce/progress.h - reports to the host how far a run, one backup or restore, has come. The host may show it.
+// ce/progress.h - reports to the host how far a run (one backup or restore) has come. The host (the platform's process,
+// which runs the program) may show it.
 //
 // The program's own windows don't show the number of items and bytes that are still to come. A call stores a few
 // numbers and returns, without a lock and without a message, so a run can make a call for each item and for each block
@@ -19,8 +20,8 @@ void BeginRun(DWORD run, const WCHAR* listPath, DWORD items, std::uint64_t bytes
 // Reports how many bytes of the current item are done so far. A run calls this function only for items that take long.
 void ReportItemBytes(std::uint64_t bytes);
 
-// Reports that the first `bytes` bytes of the set's data file have been passed to the host, and that the run won't
-// change them. So the host can read them during the run.
+// Reports that the first `bytes` bytes of the set's data file have been passed to the Linux system, and that the run
+// won't change them. So the host can read them during the run.
 void ReportStoredBytes(std::uint64_t bytes);
 
 // Reports that the current item is done. `kind` is OutcomeFile and so on (ce/outcome.h). `bytes` is the size of the

@@ -1,4 +1,4 @@
-// ce/registry.h - keys and values of the registry. The functions return the error, 0 for success, and don't
+// ce/registry.h - keys and values of the registry. The functions return the error number, or 0 for success, and don't
 // set the last error. Names are compared without case and stored as written.
 #pragma once
 
@@ -53,5 +53,5 @@ LONG RegQueryValueExW(HKEY key, const WCHAR* name, DWORD* reserved, DWORD* type,
 //   8    memory ran out
 LONG RegSetValueExW(HKEY key, const WCHAR* name, DWORD reserved, DWORD type, const BYTE* data, DWORD bytes);
 
-// Fails with 6 if the key isn't open. Closing a predefined key succeeds and does nothing.
+// Returns error 6 if the key isn't open. Closing a predefined key succeeds and does nothing.
 LONG RegCloseKey(HKEY key);

@@ -1,5 +1,5 @@
-// ce/status.h - reports to the host what a status bar below the main window shows. The host uses these data only for
-// the status bar.
+// ce/status.h - reports to the host what a status bar below the main window shows. The host (the platform's process,
+// which runs the program) uses these data only for the status bar.
 #pragma once
 
 #include "ce/types.h"

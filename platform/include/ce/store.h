@@ -2,22 +2,24 @@
 //
 // Each database and each record has a CEOID of its own. A CEOID is never used again. A database's name has at most 31
 // characters. Each call cuts a longer name at a whole character. Names are compared without case and stored as written.
-// An empty name, or a name with half of a surrogate pair, fails with 87.
+// A call with an empty name, or with a name that contains half of a surrogate pair, fails with error 87.
 //
 // The records of a database are in the order in which they were made. Sort orders are stored and returned, but have no
 // effect. A database can't be opened in another order.
 //
 // A database is made or deleted as a whole, and this change is on the disk when the call returns. Changes of records
-// through one handle are gathered, so that thousands of them share one flush. They are written together when the handle
-// is closed, before another handle changes something, before a database is made or deleted, and before the registry is
-// used. They are also written before a further change if 4096 changes or 8 MiB are gathered, or if the first of them is
-// half a second old. A process that is killed loses at most the changes that were gathered last, and never a part of a
-// record. The database can be opened afterwards. If the disk has no space for all gathered changes, as many as fit are
-// written, in their order. If changes are lost, CloseHandle fails with 112, 31 or 8.
+// through one handle first stay pending, so that thousands of them share one flush. The pending changes are written
+// together when the handle is closed, before another handle changes something, before a database is made or deleted,
+// and before the registry is used. They are also written before a further change if 4096 changes or 8 MiB are pending,
+// or if the first of them is half a second old. A process that is killed loses at most the pending changes, and never a
+// part of a record. The database can be opened afterwards. If the disk has no space for all pending changes, as many as
+// fit are written, in their order. If changes are lost, CloseHandle fails with error 112, 31 or 8.
 //
-// CloseHandle closes a handle. The calls below fail with 87 for a handle that is not open. Error 8 means that memory
-// ran out, and 112 that the disk is full. Error 31 means that no device is open, that the host's disk failed, or that a
-// record is damaged.
+// CloseHandle closes a handle. The calls below fail with error 87 for a handle that is not open. Where a comment below
+// refers to the top of this file, the reason for the error is:
+//   8    memory ran out
+//   31   no device is open, the host's disk failed, or a record is damaged
+//   112  the disk is full
 #pragma once
 
 #include "ce/error.h"
@@ -86,7 +88,7 @@ struct CEDBASEINFO {
     WORD wNumRecords;
     WORD wNumSortOrder;
     DWORD dwSize;             // bytes of all records in the store
-    FILETIME ftLastModified;  // UTC: when the latest group of gathered changes began, at first the creation
+    FILETIME ftLastModified;  // UTC: when the latest group of pending changes began; at first the creation
     SORTORDERSPEC rgSortSpecs[CEDB_MAXSORTORDER];
 };
 
@@ -130,30 +132,31 @@ struct CEPROPVAL {
 };
 
 // Begins an enumeration of the databases of a type (0 for all types). The oldest database comes first. The call
-// succeeds even if the store has no database.
-// Returns INVALID_HANDLE_VALUE with 31 or 8 on failure.
+// succeeds even if the store has no database. Returns INVALID_HANDLE_VALUE on failure. The last error is 31 or 8 for
+// the reasons at the top of this file.
 HANDLE CeFindFirstDatabase(DWORD type);
 
 // Returns the next database of the enumeration. Otherwise returns 0. The last error is 259 at the end, 1018 if a
 // database was deleted since the enumeration began, or 87, 31 or 8 for the reasons at the top of this file.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
-// Returns nonzero on success. Fails with 6 if there is no object with this oid, with 87 if `info` is null, and with 31
-// and 8. After a failure `*info` is unchanged.
+// Returns nonzero on success. Fails with error 6 if there is no object with this oid, with error 87 if `info` is null,
+// and with errors 31 and 8 for the reasons at the top of this file. After a failure `*info` is unchanged.
 BOOL CeOidGetInfo(CEOID oid, CEOIDINFO* info);
 
 // Makes a database with at most CEDB_MAXSORTORDER sort orders. If `sortOrders` is 0, the database gets one sort order,
 // with the property 0. Sets the last error to 0 on success. Returns 0 on failure. The last error is 52 if the name
-// exists, 87 if the name or the sort orders are invalid, or 112, 31 or 8.
+// exists, 87 if the name or the sort orders are invalid, or 112, 31 or 8 for the reasons at the top of this file.
 CEOID CeCreateDatabase(const WCHAR* name, DWORD type, WORD sortOrders, const SORTORDERSPEC* specs);
 
-// Deletes a database. Returns nonzero when the database and its records are gone from the disk. Fails with 32 while a
-// handle on the database is open, with 87 if there is no such database, and with 112, 31 and 8.
+// Deletes a database. Returns nonzero when the database and its records are gone from the disk. Fails with error 32
+// while a handle on the database is open, with error 87 if there is no such database, and with errors 112, 31 and 8 for
+// the reasons at the top of this file.
 BOOL CeDeleteDatabase(CEOID oid);
 
 // Opens a database. If `*oid` is 0, the database is found by its name, and `*oid` is set. Otherwise it is found by
-// `*oid`. The handle's pointer is at the first record. With CEDB_AUTOINCREMENT each read advances it, otherwise it
-// stays. `sortProperty` must be 0; `notified` is not used, because there are no notifications of changes.
+// `*oid`. The handle has a record pointer, which is at the first record. With CEDB_AUTOINCREMENT each read advances it,
+// otherwise it stays. `sortProperty` must be 0; `notified` is not used, because there are no notifications of changes.
 // Returns INVALID_HANDLE_VALUE on failure. The last error is:
 //   2   there is no such database
 //   87  `flags` has other bits, `sortProperty` isn't 0, `oid` is null, or `*oid` is 0 and the name is invalid
@@ -162,12 +165,12 @@ BOOL CeDeleteDatabase(CEOID oid);
 //   8   memory ran out
 HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWORD flags, HWND notified);
 
-// Moves the pointer and returns the record at the new position. `*index` is set to the new position, counted from 0.
-// `index` may be null.
+// Moves the handle's record pointer and returns the record at the new position. `*index` is set to the new position,
+// counted from 0. `index` may be null.
 //   CEDB_SEEK_CEOID      to the record of that oid
 //   CEDB_SEEK_BEGINNING  `value` records after the first
 //   CEDB_SEEK_END        `value` records before the end: 0 is the position after the last record, 1 the last record
-//   CEDB_SEEK_CURRENT    `value`, read as a signed number, records after the present position
+//   CEDB_SEEK_CURRENT    `value` records after the present position; `value` is read as a signed number
 // The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance, and after a
 // deletion positions are counted again.
 // Returns 0 if there is no record at the new position, or on failure. The last error is:
@@ -180,15 +183,15 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 //   8   memory ran out
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 
-// Reads the record at the pointer. With a null `ids` it reads all properties, in the order in which they were first
-// written, and sets `*count` to their number. Otherwise it reads the `*count` properties of `ids`, in this order. A
-// missing property is returned with its id and CEDB_PROPNOTFOUND. If all are missing, the call fails with 232. The
-// block `*buffer` of `*bytes` bytes gets the CEPROPVALs first, then their texts and blobs. With CEDB_ALLOWREALLOC a
+// Reads the record at the record pointer. With a null `ids` it reads all properties, in the order in which they were
+// first written, and sets `*count` to their number. Otherwise it reads the `*count` properties of `ids`, in this order.
+// A missing property is returned with its id and CEDB_PROPNOTFOUND. If all are missing, the call fails with error 232.
+// The block `*buffer` of `*bytes` bytes gets the CEPROPVALs first, then their texts and blobs. With CEDB_ALLOWREALLOC a
 // block that is null or too small is replaced by one of LocalAlloc, which the caller frees with LocalFree.
-// Returns the record's oid. On failure returns 0, and the pointer doesn't move. The last error is:
-//   259    no record is left at the pointer or after it
-//   31     no record is left, but the number of records isn't the number that the database has stored; or another
-//          cause of error 31
+// Returns the record's oid. On failure returns 0, and the record pointer doesn't move. The last error is:
+//   259    no record is left at the record pointer or after it
+//   31     no record is left, but the number of records isn't the number that the database has stored; or another cause
+//          of error 31
 //   1018   the record was deleted, and another one follows (with CEDB_AUTOINCREMENT that one is read instead)
 //   232    all properties of `ids` are missing
 //   122    the block is null or too small, and CEDB_ALLOWREALLOC isn't set
@@ -196,29 +199,30 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 //   8      memory ran out
 CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPID* ids, BYTE** buffer, DWORD* bytes);
 
-// Writes properties into a record. With oid 0 it makes a new record after all others, and the pointer doesn't move. If
-// the record has a property with the same id, the new property replaces it. A property with CEDB_PROPDELETE is removed
-// from the record. All other properties of the record stay. CEDB_PROPNOTFOUND, which a read can have set, isn't stored.
-// Returns the record's oid. On failure returns 0, and nothing is changed. The last error is:
-//   87     the handle isn't open, there are no properties, a text or a nonempty blob is null, the record would get
-//          more than 65535 properties or its texts and blobs would exceed MaxRecordContent, or the database has no
-//          record with this oid
+// Writes properties into a record. With oid 0 it makes a new record after all others. The handle's record pointer
+// doesn't move. If the record has a property with the same id, the new property replaces it. A property with
+// CEDB_PROPDELETE is removed from the record. All other properties of the record stay. CEDB_PROPNOTFOUND, which a read
+// can have set, isn't stored. Returns the record's oid. On failure returns 0, and nothing is changed. The last error
+// is:
+//   87     the handle isn't open, there are no properties, a text or a nonempty blob is null, the record would get more
+//          than 65535 properties or its texts and blobs would exceed MaxRecordContent, or the database has no record
+//          with this oid
 //   112    the disk is full, or the database has CEDB_MAXRECORDS records already
 //   8, 31  for the reasons at the top of this file
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
-// Deletes a record. Nonzero on success. If the pointer was at the record, seeks start from the next record afterwards,
-// and a read fails with 1018 or reads the next record (see CeReadRecordProps). Fails with 87 if the database has no
-// such record, and with 112, 31 and 8.
+// Deletes a record. Nonzero on success. If the record pointer was at the record, seeks start from the next record
+// afterwards, and a read fails with error 1018 or reads the next record (see CeReadRecordProps). Fails with error 87 if
+// the database has no such record, and with errors 112, 31 and 8 for the reasons at the top of this file.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
 // Begins or ends a transaction. A real device doesn't have these calls. All databases that are made or deleted and all
 // records that are changed between the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has
-// succeeded. A kill before that, EndStoreChange(FALSE) and any failure, such as a full disk, leave everything as it
-// was. Handles that were opened in between can be used after a success, and must be closed before
-// EndStoreChange(FALSE). Nothing else of the device may be changed in between.
-// Both return nonzero on success. EndStoreChange(FALSE) always succeeds if a transaction is open. BeginStoreChange
-// fails with 87 if a transaction is open already, EndStoreChange fails with 87 if none is open. Other errors are 112, 8
-// and 31.
+// succeeded. If the transaction ends with EndStoreChange(FALSE), if the process is killed first, or if a failure
+// occurs, such as a full disk, everything is as it was before the transaction. Handles that were opened in between can
+// be used after a success, and must be closed before EndStoreChange(FALSE). Nothing else of the device may be changed
+// in between. Both return nonzero on success. EndStoreChange(FALSE) always succeeds if a transaction is open.
+// BeginStoreChange fails with error 87 if a transaction is open already, and EndStoreChange fails with error 87 if none
+// is open. Both can also fail with errors 112, 8 and 31 for the reasons at the top of this file.
 BOOL BeginStoreChange();
 BOOL EndStoreChange(BOOL kept);

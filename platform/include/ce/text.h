@@ -1,4 +1,4 @@
-// ce/text.h - wide texts: bounded formatting, comparison, conversion to the device's code page.
+// ce/text.h - formats, copies and compares wide texts, and converts them to the device's code page.
 //
 // Every destination is passed with its size in characters, including the NUL. A text that doesn't fit is cut at a whole
 // character (a surrogate pair stays whole), and the result is always terminated. wcsncpy and WideCharToMultiByte are
@@ -38,13 +38,14 @@ private:
     };
 };
 
-// Formats into `out`, `capacity` characters with the NUL. Supports %s %d %u %x %%, each with a width and zeros before a
-// number. These are the formats that the program uses; the platform has more. %s is a wide text, and a null text shows
-// as "(null)". A conversion without an argument, or with one of the wrong type, produces no output.
-// Returns the number of characters that it has written, without the NUL.
+// Formats into `out`, which has room for `capacity` characters including the NUL. Supports %s %d %u %x %%, each with an
+// optional width, and with optional zeros before a number. These are the formats that the program uses; the platform
+// has more. %s is a wide text, and a null text shows as "(null)". A conversion without an argument, or with one of the
+// wrong type, produces no output. Returns the number of characters that it has written, without the NUL.
 int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<const FormatArgument> arguments);
 
-// The platform's calls, which use FormatWide. wsprintfW takes the size from the array.
+// wnsprintfW and wsprintfW are the platform's calls for formatting. Both call FormatWide. wsprintfW takes the capacity
+// from the size of the array `out`.
 template <class... Arguments>
 int wnsprintfW(WCHAR* out, std::size_t capacity, const WCHAR* format, const Arguments&... arguments)
 {
@@ -79,7 +80,8 @@ std::size_t CopyText(WCHAR (&out)[Capacity], const WCHAR* text)
     return CopyText(out, Capacity, text);
 }
 
-// 0 when the texts are equal, case included; otherwise negative or positive, by the first code unit that differs.
+// Returns 0 if the texts are equal, case included. Otherwise the result is negative or positive, depending on the first
+// code unit that differs.
 int lstrcmpW(const WCHAR* left, const WCHAR* right);
 
 // Compares like lstrcmpW, but without case. Each character is converted by simple case folding.

@@ -21,11 +21,11 @@ inline constexpr DWORD LOCALE_SSHORTDATE = 0x1F;
 // The host's local time.
 void GetLocalTime(SYSTEMTIME* now);
 
-// Converts without regard to time zones; wDayOfWeek is ignored.
-// Returns 0 with 87 if the date or the time of day doesn't exist, or if the year is before 1601 or after 30827.
+// Converts without regard to time zones, and ignores wDayOfWeek. If the date or the time of day doesn't exist, or if
+// the year is before 1601 or after 30827, returns 0 and sets error 87.
 BOOL SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime);
 
-// Returns 0 with 87 if the file time is 0x8000000000000000 or more.
+// Converts without regard to time zones. If the file time is 0x8000000000000000 or more, returns 0 and sets error 87.
 BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* time);
 
 // -1 if the first time is earlier, 0 if both are equal, 1 if the first time is later.

@@ -9,7 +9,7 @@
 // sends these two notifications only while TVIS_EXPANDEDONCE is clear. Before an item is deleted, the control sends
 // TVN_DELETEITEMW. Handles of deleted items are invalid: a message with such a handle returns 0.
 //
-// In the comments below, a message is described as "(wParam, lParam): result".
+// In the comments below, wParam is 0 unless the comment mentions it.
 #pragma once
 
 #include "ce/controls.h"
@@ -31,32 +31,35 @@ inline const HTREEITEM TVI_FIRST = reinterpret_cast<HTREEITEM>(static_cast<INT_P
 inline const HTREEITEM TVI_LAST = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0002)));
 inline const HTREEITEM TVI_SORT = reinterpret_cast<HTREEITEM>(static_cast<INT_PTR>(static_cast<LONG>(0xFFFF0003)));
 
-// (0, item): nonzero, or 0 for an invalid handle. Deletes the item and all items below it. With null or TVI_ROOT as the
-// item, deletes all items.
+// Deletes the item in lParam and all items below it. If lParam is null or TVI_ROOT, deletes all items. Returns nonzero,
+// or 0 for an invalid handle.
 inline constexpr UINT TVM_DELETEITEM = 0x1101;
-// TVM_EXPAND (TVE_..., item) is declared in ce/controls.h.
+// TVM_EXPAND (wParam: TVE_..., lParam: item) is declared in ce/controls.h.
 
-// (0, 0): the number of items.
+// Returns the number of items. lParam is 0.
 inline constexpr UINT TVM_GETCOUNT = 0x1105;
-// TVM_GETIMAGELIST (TVSIL_NORMAL, 0): the image list. TVM_SETIMAGELIST (TVSIL_NORMAL, image list): the previous list.
+// wParam is TVSIL_NORMAL for both messages. TVM_GETIMAGELIST returns the image list. TVM_SETIMAGELIST sets the image
+// list in lParam, and returns the previous one.
 inline constexpr UINT TVM_GETIMAGELIST = 0x1108;
 inline constexpr UINT TVM_SETIMAGELIST = 0x1109;
-// (TVGN_..., item): a handle, or 0 if there is no such item.
+// Returns the handle of the item that has the relation in wParam (TVGN_...) to the item in lParam, or 0 if there is no
+// such item. With TVGN_ROOT, TVGN_FIRSTVISIBLE and TVGN_CARET, lParam is not used.
 inline constexpr UINT TVM_GETNEXTITEM = 0x110A;
-// (TVGN_CARET, item): nonzero, or 0 if the parent refused or the handle is invalid. Selects the item and makes it
-// visible as TVM_ENSUREVISIBLE does. With null as the item, no item is selected afterwards.
+// With TVGN_CARET in wParam, selects the item in lParam and makes it visible as TVM_ENSUREVISIBLE does. If lParam is
+// null, no item is selected afterwards. Returns nonzero, or 0 if the parent refused or the handle is invalid.
 inline constexpr UINT TVM_SELECTITEM = 0x110B;
-// (0, TVHITTESTINFO): the item whose row contains the point, or 0.
+// lParam points to a TVHITTESTINFO. Returns the item whose row contains the point, or 0 if there is none.
 inline constexpr UINT TVM_HITTEST = 0x1111;
-// (0, item): nonzero, or 0 for an invalid handle. Expands the items above this item, as TVM_EXPAND does, and scrolls to
-// the item.
+// Expands the ancestors of the item in lParam, as TVM_EXPAND does, and scrolls to that item. Returns nonzero, or 0 for
+// an invalid handle.
 inline constexpr UINT TVM_ENSUREVISIBLE = 0x1114;
-// (0, TVINSERTSTRUCTW): the new item's handle, or 0 for an invalid hParent. The text is copied. Selects and expands
-// nothing.
+// Inserts the item that lParam, a TVINSERTSTRUCTW*, describes. The text is copied. The control selects and expands
+// nothing. Returns the new item's handle, or 0 for an invalid hParent.
 inline constexpr UINT TVM_INSERTITEMW = 0x1132;
-// (0, TVITEMW): nonzero, or 0 for an invalid handle, which leaves the TVITEMW unchanged. hItem is read whatever the
-// mask is. A text is cut at cchTextMax. Of the state only TVIS_EXPANDEDONCE can be set. To select or expand an item,
-// use TVM_SELECTITEM or TVM_EXPAND.
+// TVM_GETITEMW gets and TVM_SETITEMW sets the fields of an item that `mask` names. lParam is a TVITEMW*, whose hItem is
+// read whatever the mask is. TVM_GETITEMW cuts the text at cchTextMax. Of the state, TVM_SETITEMW can set only
+// TVIS_EXPANDEDONCE. To select or expand an item, use TVM_SELECTITEM or TVM_EXPAND. On success TVM_GETITEMW and
+// TVM_SETITEMW return nonzero. For an invalid handle they return 0 and leave the TVITEMW unchanged.
 inline constexpr UINT TVM_GETITEMW = 0x113E;
 inline constexpr UINT TVM_SETITEMW = 0x113F;
 

@@ -144,8 +144,8 @@ inline constexpr WORD VK_ADD = 0x6B;
 inline constexpr WORD VK_SUBTRACT = 0x6D;
 inline constexpr WORD VK_F4 = 0x73;
 
-// Registers a window class. Names of classes are compared without case. Returns 0 with 1410 if a class with the name
-// exists already, or with 87 if the class has no name or no procedure.
+// Registers a window class. Names of classes are compared without case. Returns 0 on failure. The last error is 1410 if
+// a class with the name exists already, or 87 if the class has no name or no procedure.
 ATOM RegisterClassW(const WNDCLASSW* windowClass);
 
 // Makes a window, and sends WM_CREATE (lParam: CREATESTRUCTW) to it. If the window's procedure returns -1 for this
@@ -159,7 +159,7 @@ HWND CreateWindowExW(DWORD exStyle, const WCHAR* className, const WCHAR* title, 
 // Destroys the window, its children and the windows that it owns. The owned windows are destroyed first, except those
 // of another thread, which that thread destroys in its current or next GetMessageW. WM_DESTROY is sent to the window,
 // and after that to its children. The timers of the windows end, and messages posted to them are dropped. Fails with
-// 1400 if the handle is invalid, and with 5 if the window belongs to another thread.
+// error 1400 if the handle is invalid, and with error 5 if the window belongs to another thread.
 BOOL DestroyWindow(HWND window);
 
 // WM_CLOSE destroys the window. WM_SETTEXT, WM_GETTEXT and WM_GETTEXTLENGTH set and return the title. WM_SETICON with
@@ -167,12 +167,12 @@ BOOL DestroyWindow(HWND window);
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Runs the window's procedure and returns its result. If another thread owns the window, the call waits until that
-// thread retrieves messages or waits in a send itself. Meanwhile, messages sent to the caller's windows are handled.
-// Returns 0 with 1400 if the handle is invalid, or if the window is destroyed while the call waits.
+// thread retrieves messages or waits in a send itself. Meanwhile, messages sent to the caller's windows are handled. If
+// the handle is invalid, or if the window is destroyed while the call waits, returns 0 and sets error 1400.
 LRESULT SendMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
-// Adds the message to the end of the queue of the window's thread. Never waits. Returns nonzero on success, and 0 with
-// 1400 if the handle is invalid.
+// Adds the message to the end of the queue of the window's thread. Never waits. Returns nonzero on success. Fails with
+// error 1400 if the handle is invalid.
 BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // Takes the calling thread's next message. Posted messages come first, then input, then WM_QUIT, then timers. Sent
@@ -192,16 +192,16 @@ void PostQuitMessage(int exitCode);
 
 // WM_TIMER (wParam: id) comes every `milliseconds`. It has the lowest priority of all messages, and at most one is
 // pending. A call with the same window and id replaces the timer. The timer ends with its window. `procedure` must be
-// null. SetTimer returns `id`, or 1 for the id 0. It returns 0 with 1400 if `window` is invalid, and with 87 if
-// `procedure` isn't null. KillTimer takes the `id` that was passed to SetTimer and not its result. KillTimer fails with
-// 1400 if `window` is invalid, and with 87 if there is no such timer.
+// null. SetTimer returns `id`, or 1 for the id 0. It returns 0 on failure. The last error is 1400 if `window` is
+// invalid, or 87 if `procedure` isn't null. KillTimer takes the `id` that was passed to SetTimer and not its result.
+// KillTimer fails with error 1400 if `window` is invalid, and with error 87 if there is no such timer.
 UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT milliseconds, void* procedure);
 BOOL KillTimer(HWND window, UINT_PTR id);
 
 // Returns nonzero if the window was visible before.
 BOOL ShowWindow(HWND window, int show);
-// Has no effect: the program paints nothing, because the display shows the window's state by itself. Returns nonzero,
-// or 0 with 1400 if the handle is invalid.
+// Has no effect: the program paints nothing, because the display shows the window's state by itself. Returns nonzero on
+// success. Fails with error 1400 if the handle is invalid.
 BOOL UpdateWindow(HWND window);
 BOOL IsWindow(HWND window);
 BOOL IsWindowVisible(HWND window);
@@ -228,12 +228,13 @@ BOOL SetWindowTextW(HWND window, const WCHAR* text);
 int GetWindowTextW(HWND window, WCHAR* text, int capacity);
 int GetWindowTextLengthW(HWND window);
 
-// In virtual pixels, which the display can scale. The left and top of the client area are 0.
+// Gets the client area in virtual pixels, which the display can scale. Its left and top are 0.
 BOOL GetClientRect(HWND window, RECT* rectangle);
-// In virtual pixels of the screen.
+// Gets the window's rectangle in virtual pixels of the screen.
 BOOL GetWindowRect(HWND window, RECT* rectangle);
 BOOL ScreenToClient(HWND window, POINT* point);
-// The position of the user's last click on a window of this thread, on the screen: x low, y high, signed 16 bits each.
+// Returns the position of the user's last click on a window of this thread, on the screen: x in the low half, y in the
+// high half, signed 16 bits each.
 DWORD GetMessagePos();
 BOOL SetWindowPos(HWND window, HWND after, int x, int y, int width, int height, UINT flags);
 BOOL MoveWindow(HWND window, int x, int y, int width, int height, BOOL repaint);
@@ -242,8 +243,8 @@ HICON LoadIconW(HINSTANCE instance, const WCHAR* name);
 // Returns the icon (as HICON) or the bitmap with the number `name` in the resources. Returns null on failure. The last
 // error is that of FindResourceW (ce/resource.h), 1814 if `name` isn't a number, or 87 for another `type`.
 HANDLE LoadImageW(HINSTANCE instance, const WCHAR* name, UINT type, int width, int height, UINT flags);
-// The only cursor is the platform's IDC_WAIT, with a null `instance`. For any other cursor the call returns null with
-// 1814.
+// Returns the platform's wait cursor for a null `instance` and the name IDC_WAIT. There is no other cursor. For any
+// other arguments, returns null and sets error 1814.
 HCURSOR LoadCursorW(HINSTANCE instance, const WCHAR* name);
 // Sets the cursor of the calling thread, and returns the previous one. Null removes the wait cursor.
 HCURSOR SetCursor(HCURSOR cursor);

@@ -1,4 +1,4 @@
-// descriptor.h - owns an open descriptor of the host: a file, a folder, a socket.
+// descriptor.h - owns an open descriptor of the host (the Linux system): a file, a folder, a socket.
 #pragma once
 
 #include <unistd.h>

@@ -1,5 +1,6 @@
-// resource_file.h - finds the entries in the bytes of a compiled resource file. It doesn't interpret the bytes of an
-// entry, except the blocks of 16 texts in which the texts for LoadStringW are stored.
+// resource_file.h - finds the entries in the bytes of a compiled resource file. The bytes of an entry aren't
+// interpreted, with one exception: findText looks for a text in the entries that contain the texts for LoadStringW, 16
+// texts per entry.
 //
 // The bytes are untrusted: no read goes beyond their end.
 #pragma once

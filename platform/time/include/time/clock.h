@@ -1,4 +1,4 @@
-// clock.h - fixes the results of the time and date calls, for tests.
+// clock.h - lets a test choose the time and the date format that the calls of the platform return.
 #pragma once
 
 #include "ce/time.h"
@@ -12,11 +12,12 @@ namespace platform::time {
 void stopClockAt(const SYSTEMTIME& now);
 void resumeClock();
 
-// Sets the short date format. An empty format restores that of the host. Any thread may call it.
+// Sets the short date format that GetLocaleInfoW returns. An empty format restores the format of the host (the Linux
+// system). Any thread may call this function.
 void setShortDateFormat(std::u16string format);
 
-// Converts a date format of the host to the platform's: "%d.%m.%Y" becomes "dd.MM.yyyy". Letters that aren't
-// part of the date are put in single quotes.
+// Converts a date format of the host (as strftime takes it) to the platform's form: "%d.%m.%Y" becomes "dd.MM.yyyy".
+// Letters that aren't part of the date are put in single quotes.
 [[nodiscard]] std::u16string pictureOfDateFormat(std::string_view hostFormat);
 
 }  // namespace platform::time
