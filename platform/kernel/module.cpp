@@ -1,4 +1,4 @@
-// The calls of ce/module.h for the only library that exists.
+// Implements ce/module.h. The only library that a program can load is the platform itself, \WINDOWS\COREDLL.DLL.
 #include "ce/module.h"
 
 #include "kernel/entry_points.h"

@@ -55,7 +55,7 @@ void noteTrouble(Trouble kind, Troubled what, std::u16string_view name, DWORD er
     const auto [known, isNew] = all.names[{kind, what}].try_emplace(std::u16string(name), noted);
     if (isNew)
         return;
-    // An earlier job noted this failure already. Now the failure belongs to the current job, with the new error.
+    // An earlier job recorded this failure already. Now the failure belongs to the current job, with the new error.
     if (known->second.order < all.jobStart)
         known->second = noted;
     else if (saysLittle(known->second.error))

@@ -263,7 +263,8 @@ HWND CommandBands_GetCommandBar(HWND bands, UINT index)
     return state->bands[index].bar;
 }
 
-// The display draws the close box and the help button. The core only reserves their width.
+// Only reserves width for the close box and, with CMDBAR_HELP, for the help button. The display (window/display.h)
+// decides whether it shows them.
 BOOL CommandBands_AddAdornments(HWND bands, HINSTANCE, DWORD flags, REBARBANDINFOW*)
 {
     {

@@ -1,5 +1,5 @@
-// A date picker has the fields day, month and year, in the order of the user's short dates. Keys change one field at a
-// time.
+// A date picker has the fields day, month and year, in the order of the user's short dates. Keys change one of
+// them, the current field.
 #include "controls/control_classes.h"
 #include "controls/date_display.h"
 #include "window/input.h"
@@ -41,7 +41,7 @@ struct DatePickerState : ClassState {
 
     SYSTEMTIME date{};
     std::array<DateField, 3> order = orderOfFields();  // from left to right in the user's short dates
-    std::size_t field = 0;                             // the index in `order` that keys change
+    std::size_t field = 0;                             // the index in `order` of the current field
     int typed = 0;                                     // the number typed into that field so far
     int typedDigits = 0;
 };
@@ -107,8 +107,8 @@ bool setDate(const Window& window, DatePickerState& picker, const SYSTEMTIME& da
     return changed;
 }
 
-// Adds `by` to the field that keys change. A step past the last value leads to the first, and a step before the first
-// leads to the last. Nothing is carried over to another field.
+// Adds `by` to the current field. A step past the last value leads to the first, and a step before the first leads to
+// the last. Nothing is carried over to another field.
 bool step(const Window& window, DatePickerState& picker, int by) REQUIRES(coreMutex)
 {
     const DateField field = picker.order[picker.field];

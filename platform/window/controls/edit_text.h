@@ -1,4 +1,4 @@
-// edit_text.h - the text of an edit control and its selection, without window or messages.
+// edit_text.h - functions for the text and the selection of an edit control. They need no window.
 //
 // A surrogate pair is treated as one character, and so is a \r\n. Such a character has two UTF-16 units, and the caret
 // is never between them.

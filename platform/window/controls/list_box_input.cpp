@@ -116,10 +116,10 @@ RowOutcome pressKey(Window& box, ListBoxState& state, WPARAM key, LPARAM modifie
     return moveCaret(box, state, *target);
 }
 
-// Searches the rows from the caret row on. If `typed` is one letter, typed once or several times, searches for that
-// letter from the row after the caret row on. After the last row the search continues with the first. Returns the first
-// row that begins with the text, or if there is none, the first row that contains it. If there is no such row either,
-// returns -1.
+// Returns the first row that begins with the typed text. If there is none, returns the first row that contains the
+// text, or -1 if there is no such row either. The search begins at the caret row. After the last row it continues with
+// the first. If `typed` is one letter or the same letter repeated (isOneLetter), the function searches for that letter,
+// and begins at the row after the caret row.
 long search(ListBoxState& state, std::u16string_view typed)
 {
     const bool oneLetter = isOneLetter(typed);

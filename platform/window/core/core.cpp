@@ -56,8 +56,8 @@ void removeWindow(Window& window)
     else
         std::erase(all.topLevel, handle);
     announce(window, Change::Destroyed);
-    // A call of GetMessageW may wait for messages of this window only, and a send to this window may wait for the turn
-    // of its thread. Both must wake up and fail, because the window no longer exists.
+    // A call of GetMessageW may wait for messages of this window only. A send to this window may wait for the turn of
+    // the window's thread (see core.h). Both must wake up and fail, because the window no longer exists.
     noteArrival(*window.thread);
     wakeTurnWaiters();
 

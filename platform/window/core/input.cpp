@@ -29,7 +29,7 @@ bool queue(Window& window, Input input) REQUIRES(coreMutex)
     if (!isKept(message) && isBusy(thread))
         return false;
     input.message.hwnd = window.handle;
-    // A later close or size replaces an earlier one that is still queued.
+    // A new InputClose or InputResize replaces an earlier one for the same window that is still queued.
     if (isKept(message))
         std::erase_if(thread.input, [&](const Input& earlier) REQUIRES(coreMutex) {
             return earlier.message.hwnd == window.handle && earlier.message.message == message;

@@ -1,6 +1,6 @@
 // Implements the message queues and timers of threads. GetMessageW returns posted messages first, then input, WM_QUIT,
-// and messages of timers that are due. It takes them from the queues of the thread in whose name the caller runs. Any
-// thread may add to the queues.
+// and messages of timers that are due. It takes them from the queues of currentThread(). Any thread may add to the
+// queues. See core.h for the terms turn and visit.
 //
 // GetMessageW holds the mutex except while it waits or destroys windows. Its loop relies on these facts:
 //
@@ -8,9 +8,10 @@
 //   messages and input call noteArrival, and so do PostQuitMessage, SetTimer, EnableWindow, removeWindow and
 //   destroyLater. noteArrival increments Thread::arrivals and wakes the waiting calls. A call reads this counter before
 //   it gives the turn up, so it misses no later arrival.
-// - Several calls of GetMessageW can wait in one thread's name: a call of the thread itself, and one in each visit that
-//   has a message loop. An arrival wakes all of them. The call in the visit that began last takes the turn back first.
-//   Each of the other calls takes the turn back after the visits that began during its wait have ended.
+// - Several calls of GetMessageW can wait for messages of the same thread: one on the thread's own system thread, and
+//   one in each visit that has a message loop. An arrival wakes all of them. The call in the visit that began last
+//   takes the turn back first. Each other call was waiting already when later visits began, and can take the turn back
+//   only after all those visits have ended.
 // - The turn is free during the wait, so sends to the thread's windows can run. After the wait the call takes the turn
 //   back before it reads a queue.
 #include "turn.h"
@@ -118,9 +119,9 @@ bool isForEdit(const MSG& message) REQUIRES(coreMutex)
     return target && target->state->editsText();
 }
 
-// Returns whether handling the message may take long. It doesn't for a timer's message, for text typed into an edit, or
-// for a key pressed in an edit without Alt, except Enter and Esc. Any other message may start a backup or other long
-// work. For example, a space typed on a button presses the button.
+// Can the handling of the message take long? Returns false for a timer's message, for text typed into an edit, and for
+// most keys pressed in an edit. The exceptions are Enter, Esc and keys with Alt. They and all other messages may start
+// a backup or other long work. For example, a space typed on a button presses the button.
 bool mayTakeLong(const MSG& message) REQUIRES(coreMutex)
 {
     switch (message.message) {
@@ -146,8 +147,8 @@ bool takeNext(Thread& self, const Filter& filter, MSG& message) REQUIRES(coreMut
     return true;
 }
 
-// Waits until `arrivals` differs from `seen` or a timer is due. The caller has given its turn up. When the wait ends,
-// another system thread may hold the turn.
+// Waits until `arrivals` differs from `seen` or a timer is due. The caller must have given up the turn of `self`. When
+// the wait ends, another system thread may hold the turn.
 void waitWithoutTurn(Thread& self, const Filter& filter, std::uint64_t seen) REQUIRES(coreMutex)
 {
     while (self.arrivals == seen) {
@@ -165,7 +166,8 @@ void waitWithoutTurn(Thread& self, const Filter& filter, std::uint64_t seen) REQ
     }
 }
 
-// Gives the turn up, waits until something arrives or a timer is due, and takes the turn back.
+// Gives up the turn of `self`, so that sends from other threads can run. Waits until something arrives or a timer is
+// due, and then takes the turn back.
 void waitForArrival(Thread& self, const Filter& filter) REQUIRES(coreMutex)
 {
     const unsigned level = self.level;

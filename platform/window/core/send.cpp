@@ -1,5 +1,6 @@
-// A send to a window of the sender's own thread calls the window's procedure. A send to a window of another thread
-// makes a Visit (turn.h), which runs the procedure in the name of that thread.
+// Sends, dispatches and translates messages. A send to a window of the sender's own thread calls the window's procedure
+// directly. A send to a window of another thread makes a Visit (turn.h). While the Visit exists, the sender's system
+// thread runs on behalf of the other thread and calls the procedure.
 #include "turn.h"
 #include "window/core.h"
 #include "window/input.h"

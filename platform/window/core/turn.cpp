@@ -1,15 +1,17 @@
 // Implements turns and visits, which core.h explains. These rules say who waits for a turn, and who wakes the waiters:
 //
-// - All waits for a turn are on Core::turnFreed. All waiters are notified when a turn is given up, a send stops waiting
-//   or a window is removed. Each waiter then checks its own condition again.
-// - A call frame can take its turn back when the turn is free and the visits that began during the frame's wait have
-//   ended. The visit that began last ends first, so only one frame of a thread can have the current level.
-// - A send can begin when the receiver's turn is free, unless a frame of the receiver waits for the turn but not for
-//   the end of a visit (Thread::waitingLevel). That frame runs before the sends. Without this rule an endless series of
-//   sends would block the thread's queue.
+// - All waits for a turn use Core::turnFreed. All waiters are notified when a turn is given up, a send stops waiting
+//   for a turn, or a window is removed. Each waiter then checks its own condition again.
+// - A call that gave a turn up can take it back when the turn is free and the visits that began during the call's wait
+//   have ended. Then Thread::level has the same value as when the call gave the turn up. If several calls wait to take
+//   the same turn back, each later one was made in a visit that began during the wait of the earlier ones, and so at a
+//   higher level. So at most one of them can find its own level again and continue.
+// - A send can begin a visit when the receiver's turn is free and no other call goes first. A call that waits to take
+//   this turn back goes first if the visits that began during its wait have ended (see Thread::waitingLevel). Without
+//   this rule an endless series of sends would block the thread's queue.
 // - Each call of GetMessageW begins with letSendersIn, so the waiting sends run before the next message. Without this
 //   rule a queue that is never empty would block the sends.
-// - No frame holds a turn while it waits for another turn, so waits can't form a cycle.
+// - No call holds a turn while it waits for another turn, so waits can't form a cycle.
 #include "turn.h"
 
 #include <algorithm>
@@ -18,7 +20,8 @@ namespace platform::window {
 
 namespace {
 
-// Called when the system thread ends. Removes the thread's windows without calling their procedures.
+// Called at the end of the system thread to which `thread` belongs. Removes the windows of `thread` without calling
+// their procedures.
 void endThread(Thread& thread)
 {
     const Lock lock(coreMutex);
@@ -63,13 +66,14 @@ void waitForTurns() REQUIRES(coreMutex)
     --core().turnWaiters;
 }
 
+// Can a send from another thread begin to run on behalf of `thread` now? (See the rules at the top of this file.)
 bool isFreeForSends(const Thread& thread) REQUIRES(coreMutex)
 {
     return !thread.turnTaken && thread.waitingLevel != thread.level;
 }
 
-// Waits until the turn of the window's thread is free for a send. Returns null if the window is destroyed during the
-// wait.
+// Waits until a send can begin to run on behalf of the window's thread (isFreeForSends). Returns the window, or null if
+// it is destroyed before that.
 Window* waitForReceiver(HWND window) REQUIRES(coreMutex)
 {
     Window* found = findWindow(window);

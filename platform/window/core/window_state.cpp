@@ -15,8 +15,8 @@ bool isOwn(const Window& window) REQUIRES(coreMutex)
     return window.thread == &currentThread();
 }
 
-// Sends ParentSized to the child that follows the parent's size. Only command bands follow it, and a window contains
-// them at most once.
+// Sends ParentSized to the child that follows the parent's size. A window has at most one such child, its command
+// bands.
 void layOutFollower(HWND parent)
 {
     HWND follower = nullptr;

@@ -1,4 +1,4 @@
-// dialog.h - opening a dialog whose template has been read.
+// dialog.h - opens dialogs whose templates have been read.
 #pragma once
 
 #include "dialog_template.h"

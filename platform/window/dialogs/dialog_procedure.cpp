@@ -33,8 +33,9 @@ void closeAsCancel(HWND handle)
     PostMessageW(handle, WM_COMMAND, MAKELONG(IDCANCEL, BN_CLICKED), reinterpret_cast<LPARAM>(control));
 }
 
-// Makes the control with that id the default button. If no control has the id, the dialog has no default button
-// afterwards. A program can use the number of DM_SETDEFID for a private message, so `id` can be any value.
+// Handles DM_SETDEFID. Makes the control with that id the default button. If no control has the id, the dialog has no
+// default button afterwards. `id` can be any value, because a program may send a private message that has the same
+// number as DM_SETDEFID. The wParam of that message then arrives here as `id`.
 LRESULT setDefaultButton(const Window& window, DialogState& dialog, int id) REQUIRES(coreMutex)
 {
     dialog.defaultId = findChild(window, id) ? id : 0;

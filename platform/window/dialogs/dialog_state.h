@@ -1,4 +1,4 @@
-// dialog_state.h - what the dialog manager stores about each dialog.
+// dialog_state.h - the data that the dialog manager stores about each dialog.
 #pragma once
 
 #include "window/core.h"

@@ -12,7 +12,7 @@ namespace platform::window {
 
 namespace {
 
-// Locks the core's mutex and looks up a tree. Converts to false if the tree doesn't exist any more.
+// Locks coreMutex and looks up a tree. Converts to false if the tree doesn't exist any more.
 class SCOPED_CAPABILITY Look {
 public:
     explicit Look(HWND handle) ACQUIRE(coreMutex) : window_(findWindow(handle)), tree_(findTree(handle)) {}

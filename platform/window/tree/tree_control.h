@@ -1,6 +1,6 @@
-// tree_control.h - the data of a tree view, and the functions that its sources share. tree_control.cpp answers
+// tree_control.h - the data of a tree view, and functions that its source files share. tree_control.cpp answers
 // messages, and tree_input.cpp handles clicks and keys. tree_changes.cpp moves the selection, expands, collapses and
-// deletes items, and notifies the parent. tree_rows.cpp computes positions.
+// deletes items, and notifies the parent window. tree_rows.cpp computes positions.
 #pragma once
 
 #include "tree_items.h"
@@ -28,8 +28,8 @@ inline TreeViewState* findTree(HWND tree) REQUIRES(coreMutex)
     return findState<TreeViewState>(tree, WindowKind::TreeView);
 }
 
-// Reports Change::Tree, unless it was reported before and the display hasn't taken the changes since (`announced`).
-// Must be called after each change that the display shows.
+// Reports Change::Tree to the display. Does nothing if there was an earlier report and the display hasn't called
+// takeTreeChanges since then (`announced` is true). Must be called after each change that the display shows.
 void announceTree(const Window& window, TreeViewState& tree) REQUIRES(coreMutex);
 
 // Positions (tree_rows.cpp).
@@ -42,8 +42,9 @@ POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePa
 // Returns the item at hit.pt, which is in client coordinates, or 0 if there is none. Sets hit.flags and hit.hItem.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit) REQUIRES(coreMutex);
 
-// ---- The following functions must be called in the name of the thread that owns the tree. Most are in
-// tree_changes.cpp. They notify the parent window, which may destroy the tree or the item.
+// ---- The following functions must be called while currentThread() is the thread that owns the tree. That is the case
+// in the window procedures of that thread. Most of the functions are in tree_changes.cpp. They notify the parent
+// window, which may destroy the tree or the item.
 
 enum class Refusal { Possible, Ignored };
 
@@ -54,13 +55,15 @@ bool selectTreeItem(HWND tree, HTREEITEM item, UINT cause, Refusal refusal) EXCL
 // Handles TVM_EXPAND. Notifies the parent of the change only if Item::expandedOnce was false before.
 LRESULT foldByProgram(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
 // Expands or collapses an item for the user, and notifies the parent each time. `action` is TVE_EXPAND, TVE_COLLAPSE or
-// TVE_TOGGLE. Does nothing if the item has no button, or if it is expanded or collapsed already as `action` says.
+// TVE_TOGGLE. Does nothing if the item has no button. Also does nothing for TVE_EXPAND if the item is expanded already,
+// and for TVE_COLLAPSE if it is collapsed already.
 void foldByUser(HWND tree, HTREEITEM item, WPARAM action) EXCLUDES(coreMutex);
 BOOL deleteTreeItem(HWND tree, HTREEITEM item) EXCLUDES(coreMutex);
 
-// Collapses the expanded top items and then expands all items that were expanded before. So the parent lists their
-// children again (tree_relist.cpp). Then selects the item that was selected before. If that item has no button, selects
-// its nearest ancestor with a button instead, because the parent may act when an item without a button is selected.
+// Collapses the expanded top items and then expands the items that were visible and expanded before. So the parent
+// window lists their children again (tree_relist.cpp). Then selects the item that was selected before. If that item has
+// no button, selects its nearest ancestor with a button instead, because the selection of an item without a button may
+// start an action in the parent window.
 void relistTree(HWND tree) EXCLUDES(coreMutex);
 
 // Handles WM_KEYDOWN, WM_CHAR, InputClick, InputDoubleClick and InputRelist (tree_input.cpp).

@@ -80,7 +80,7 @@ HTREEITEM nextWithin(HWND handle, HTREEITEM item, HTREEITEM top)
     return index == 0 || within == 0 ? nullptr : tree->items.handleOf(tree->items.nextWithin(index, within));
 }
 
-// Expands `top` and all items below it, including items that the parent adds during an expansion.
+// Expands `top` and all items below it, including items that the tree's parent window adds when an item is expanded.
 void expandAllBelow(HWND handle, HTREEITEM top)
 {
     for (HTREEITEM at = top; at; at = nextWithin(handle, at, top))
@@ -188,9 +188,9 @@ void pressKey(HWND handle, WPARAM key)
     moveByKey(handle, key);
 }
 
-// Searches the visible items from the selected item on. If `typed` is one letter, typed once or several times, searches
-// for that letter from the item after the selected one on. After the last item the search continues with the first.
-// Returns the first item whose text begins with the searched text, or null if there is none.
+// Returns the first visible item whose text begins with the typed text, or null if there is none. The search begins at
+// the selected item. After the last item it continues with the first. If `typed` is one letter or the same letter
+// repeated (isOneLetter), the function searches for that letter, and begins at the item after the selected one.
 HTREEITEM search(const TreeViewState& tree, std::u16string_view typed)
 {
     const TreeItems& items = tree.items;
@@ -209,7 +209,8 @@ HTREEITEM search(const TreeViewState& tree, std::u16string_view typed)
     return at != 0 && beginsWith(items[at].text, start) ? items.handleOf(at) : nullptr;
 }
 
-// Returns the key whose effect the character has if no search is in progress. Returns 0 if there is no such key.
+// While no search is in progress, some characters have the effect of a key. Returns that key, or 0 for any other
+// character.
 WORD keyOf(char16_t character)
 {
     switch (character) {

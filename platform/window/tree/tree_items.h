@@ -1,4 +1,4 @@
-// tree_items.h - the items of one tree view, as parents, children and siblings.
+// tree_items.h - stores the items of one tree view as parents, children and siblings.
 //
 // Items are in numbered slots and refer to each other by slot numbers. A handle consists of a slot number and the
 // number of times that the slot has been used. So the handle of an erased item stays invalid when its slot is used
@@ -21,12 +21,15 @@
 
 namespace platform::window {
 
-// A slot number. Slot 0 is the invisible parent of the top items. In every other role 0 means "no item".
+// A slot number. Slot 0 is the invisible parent of the top items. So 0 as a parent or ancestor means this invisible
+// item, and so does 0 as an argument of erase and nextWithin. Otherwise 0 means "no item", for example as a sibling or
+// as the result of a search.
 using ItemIndex = std::uint32_t;
 
 struct Item {
-    static constexpr std::int8_t ButtonByChildren =
-        -1;  // not set by the program: the item has a button if it has children
+    // The value of `button` if the program doesn't say whether the item has a button. In this case an item with
+    // children has a button, and an item without children has none.
+    static constexpr std::int8_t ButtonByChildren = -1;
 
     std::u16string text;
     LPARAM parameter = 0;
@@ -37,7 +40,7 @@ struct Item {
     ItemIndex lastChild = 0;
     int image = 0;
     int selectedImage = 0;
-    std::int8_t button = ButtonByChildren;  // otherwise 0 or 1
+    std::int8_t button = ButtonByChildren;  // or 0 or 1, as the program has set it
     bool expanded = false;
     bool expandedOnce = false;
     // TreeLog uses these fields.

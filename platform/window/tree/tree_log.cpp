@@ -34,7 +34,8 @@ void deliver(TreeItems& items, ItemIndex index, TreeChanges& changes)
 
 void TreeLog::inserted(TreeItems& items, ItemIndex index)
 {
-    // If a neighbour is new, the log has an item of the neighbour's range already. The range now includes this item.
+    // `inserted_` needs only one item of each range of adjacent new siblings, because deliver() adds the whole range.
+    // If a neighbour of this item is new, `inserted_` has an item of their range already.
     if (asked_ && !isNew(items, items[index].previous) && !isNew(items, items[index].next))
         inserted_.push_back(items.handleOf(index));
 }
@@ -45,8 +46,8 @@ void TreeLog::removing(TreeItems& items, ItemIndex index)
         return;
     const Item& item = items[index];
     if (!item.shown) {
-        // Of a range of new items, the log may contain only the item that is now removed. So the neighbours of that
-        // item are added to the log if they are new.
+        // The item belongs to a range of adjacent new siblings, and may be the only item of this range in `inserted_`.
+        // So those of its neighbours that are new are added. deliver() finds the whole range from any item in it.
         for (const ItemIndex neighbour : {item.previous, item.next}) {
             if (isNew(items, neighbour))
                 inserted_.push_back(items.handleOf(neighbour));

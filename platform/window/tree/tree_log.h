@@ -1,4 +1,4 @@
-// tree_log.h - the changes in a tree since its display last took them.
+// tree_log.h - records the changes in a tree that the display hasn't taken yet.
 //
 // The log stores only handles, and usually only one handle for a range of adjacent inserted items. So the log stays
 // small even if the display doesn't take the changes for a long time. Before the first take() the log records no

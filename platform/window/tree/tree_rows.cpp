@@ -117,7 +117,8 @@ POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePa
     return {point.x + origin.x, point.y + origin.y};
 }
 
-// A point to the right of the view can still hit a label, because the display may be scrolled sideways.
+// A point to the right of the view can hit a label. This happens if the user scrolls the display sideways and clicks a
+// label that was outside the view before, because points here are relative to rows that aren't scrolled sideways.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit)
 {
     hit.hItem = nullptr;

@@ -1,4 +1,4 @@
-// error_reason.h - the platform's error numbers and exceptions in words, for a report.
+// error_reason.h - describes the platform's error numbers and exceptions in words, for a report.
 #pragma once
 
 #include "ce/types.h"

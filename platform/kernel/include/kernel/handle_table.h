@@ -55,7 +55,8 @@ std::shared_ptr<Kind> findHandle(HANDLE handle)
 // Removes a handle and returns its object; null if the handle is not open.
 std::shared_ptr<Object> removeHandle(HANDLE handle);
 
-// Removes every handle whose object `chosen` accepts, and closes the objects. `chosen` must not use the table.
+// Calls chosen() with the object of each handle. If the result is true, removes the handle and closes the object.
+// `chosen` must not use the table.
 void removeHandlesIf(const std::function<bool(const Object&)>& chosen);
 
 }  // namespace platform::kernel

@@ -92,7 +92,8 @@ public:
     explicit MutexUnlock(Mutex& mutex) RELEASE(mutex) : mutex_(mutex) { mutex.unlock(); }
     MutexUnlock(const MutexUnlock&) = delete;
     MutexUnlock& operator=(const MutexUnlock&) = delete;
-    // For the analysis, RELEASE on this destructor ends the effect of the constructor, so the mutex is held again.
+    // On the destructor of a SCOPED_CAPABILITY class, RELEASE tells clang that the destructor undoes what the
+    // constructor did. This constructor unlocks the mutex, so after the destructor clang treats the mutex as held.
     ~MutexUnlock() RELEASE() { mutex_.lock(); }
 
 private:

@@ -1,4 +1,4 @@
-// run_progress.h - how far the current run (ce/progress.h) has come, for a display that shows this.
+// run_progress.h - tells a display how far the current run (ce/progress.h) has come.
 #pragma once
 
 #include "ce/types.h"

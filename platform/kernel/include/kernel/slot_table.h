@@ -1,8 +1,8 @@
 // slot_table.h - numbered slots for objects, and keys that stay invalid after their object was removed.
 //
 // A key contains the number of a slot and a counter of how often the slot has been used. So the key of a removed object
-// is refused even if another object is in the slot now. A key isn't an address, so the table can check any number. If
-// several threads use a table, the callers must lock it.
+// is refused even if another object is in the slot now. find() never uses a key as an address, so it can safely check
+// any number that a program passes as a handle. If several threads use a table, the callers must lock it.
 #pragma once
 
 #include <cstdint>

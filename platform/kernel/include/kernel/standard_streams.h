@@ -1,4 +1,4 @@
-// standard_streams.h - standard input, output and error, some of which can be closed when the process starts.
+// standard_streams.h - makes the standard streams safe to use, even if some are closed when the process starts.
 #pragma once
 
 #include <iosfwd>

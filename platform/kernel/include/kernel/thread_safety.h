@@ -15,7 +15,7 @@
 
 // On a class: its objects are mutexes; `name` appears in warnings.
 #define CAPABILITY(name) THREAD_SAFETY_ATTRIBUTE(capability(name))
-// On a class: its constructor locks a mutex and its destructor unlocks it.
+// On a class: its constructor locks a mutex and its destructor unlocks it, or the reverse.
 #define SCOPED_CAPABILITY THREAD_SAFETY_ATTRIBUTE(scoped_lockable)
 
 // On data: the data may be used only while the mutex is held. PT_GUARDED_BY guards the data that a pointer points to,

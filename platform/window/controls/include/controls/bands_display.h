@@ -1,4 +1,5 @@
-// bands_display.h - the data of command bands that a display reads. window/display.h has the rest of the interface.
+// bands_display.h - lets a display read the menus and buttons of command bands. window/display.h explains what a
+// display is, and has the rest of the interface.
 #pragma once
 
 #include "ce/types.h"
@@ -33,7 +34,7 @@ struct BandState {
     bool gripper = true;
 };
 
-// Locks the core's mutex while it copies. The result is empty if the window doesn't exist.
+// Returns a copy of the data of all bands. The result is empty if the window doesn't exist. Locks coreMutex.
 std::vector<BandState> bandsOf(HWND commandBands);
 
 }  // namespace platform::window

@@ -1,9 +1,9 @@
-// date_display.h - functions with which a display reads a date picker and posts to it. window/display.h has the rest of
-// the interface.
+// date_display.h - lets a display read a date picker and post dates to it. window/display.h explains what a display is,
+// and has the rest of the interface.
 //
-// The date picker is the core's control. If the program or the user changes its date, the core calls changed(picker,
-// Change::Date). A display whose toolkit has a date edit, a widget for dates, can show the picker as that widget. Such
-// a display posts the date that the user chose in the date edit. Any other display posts keys.
+// The window core implements the date picker. If the program or the user changes the date, the window core calls
+// changed(picker, Change::Date) of the display. A display that gets a whole date from the user posts it with postDate.
+// For example, such a display shows the picker as a date widget of its toolkit. Any other display posts keys.
 #pragma once
 
 #include "ce/time.h"

@@ -1,4 +1,5 @@
-// list_display.h - the data of a list box that a display reads. window/display.h has the rest of the interface.
+// list_display.h - lets a display read the rows of a list box. window/display.h explains what a display is, and has the
+// rest of the interface.
 #pragma once
 
 #include "ce/types.h"
@@ -14,7 +15,7 @@ struct ListRow {
     bool selected = false;
 };
 
-// Both functions lock the core's mutex while they run.
+// Both functions lock coreMutex.
 std::vector<ListRow> listRows(HWND listBox);  // empty if the window doesn't exist
 // Returns the index of the first row whose text equals `text`, including case. Returns -1 if there is none.
 long findListRow(HWND listBox, const std::u16string& text);

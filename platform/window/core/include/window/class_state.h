@@ -1,8 +1,8 @@
 // class_state.h - the description of a window class, and the data and behaviour that a class adds to its windows.
 //
-// The core contains no code for particular classes. Where the behaviour depends on the class, the core calls a virtual
-// function of the window's ClassState. So the core includes no headers of the rooms that implement controls, dialogs
-// and command bands.
+// The window core contains no code for particular classes. Where the behaviour depends on the class, the window core
+// calls a virtual function of the window's ClassState. So the window core includes no headers of the controls and
+// dialogs.
 #pragma once
 
 #include "window/display.h"
@@ -27,13 +27,13 @@ struct ClassState {
 
     // Sets those fields of `state` that depend on the data of this class.
     virtual void describe(const Window& /*window*/, WindowState& /*state*/) const REQUIRES(coreMutex) {}
-    // Can this window have the keyboard focus? The core calls this function only if WindowClass::takesFocus is true.
+    // Can this window have the keyboard focus? Called only if WindowClass::takesFocus is true.
     virtual bool acceptsFocus(const Window& /*window*/) const REQUIRES(coreMutex) { return true; }
-    // Does the window edit text? The core sends typed text to such a window in one message. Typing into the window
-    // never starts long work, such as a backup.
+    // Does the window edit text? The window core sends typed text to such a window in one message. Typing into the
+    // window never starts long work, such as a backup.
     virtual bool editsText() const REQUIRES(coreMutex) { return false; }
-    // Must the window be laid out again when its parent gets a new size? If so, the core sends the message ParentSized
-    // (window/input.h) to the window.
+    // Must the window be laid out again when its parent gets a new size? If so, the window core sends the message
+    // ParentSized (window/input.h) to the window.
     virtual bool followsParentSize() const REQUIRES(coreMutex) { return false; }
     // Does the window contain a disabled toolbar button for the command?
     virtual bool disablesCommand(const Window& /*window*/, WORD /*id*/) const REQUIRES(coreMutex) { return false; }

@@ -1,24 +1,29 @@
-// core.h - the core's data about windows and threads.
+// core.h - the window core's data about windows and threads.
 //
 // coreMutex (core_mutex.h) guards all of this data. It is unlocked while a window procedure runs, and the procedure can
 // destroy windows. So a pointer to a Window can be invalid after each unlock. Store the handle instead, and look the
 // window up again.
 //
-// A window procedure runs in the name of the thread that owns the window. The right to run in a thread's name is the
-// thread's *turn*. Only one system thread at a time can hold it. The turn isn't a lock. Its state is in the fields of
-// Thread, and these rules apply:
+// In these files, a *thread* is a Thread, which owns windows and message queues. A *system thread* executes code. Each
+// system thread that uses windows has a Thread of its own. A window procedure always runs on behalf of the thread that
+// owns the window. If another thread sends the message, the procedure runs on the sender's system thread, so no switch
+// between system threads is needed. Such a run is a *visit* to the receiving thread (turn.h).
 //
-// - A thread holds its turn from its first call of a window function on. It gives the turn up while it waits in
-//   GetMessageW, and during each send to a window of another thread.
-// - A send to a window of another thread takes that thread's turn as soon as the turn is free. Then the window
-//   procedure runs on the sender's system thread, in the name of the receiving thread. After that the send gives the
-//   turn up. Such a send is a *visit* (turn.h). A visit needs no switch between system threads.
+// A thread's *turn* is the right to run on behalf of the thread. Only one system thread at a time can hold it. The turn
+// isn't a lock. Its state is in the fields of Thread, and these rules apply:
+//
+// - A system thread holds the turn of its own Thread from its first call of a window function on. It gives this turn up
+//   while it waits in GetMessageW, and during each send to a window of another thread.
+// - A visit begins when the send has taken the turn of the receiving thread. The send takes it as soon as the turn is
+//   free and no call that waits to take the turn back goes first (see Thread::waitingLevel). After the window procedure
+//   has returned, the send gives the turn up, and the visit ends.
 // - A system thread holds at most one turn, and none while it waits for a turn or for messages. So two threads that
 //   send to each other don't block each other, and a receiver can send back to its sender.
-// - A procedure that runs in a visit can wait, and then another visit to the same thread can begin. So visits nest.
-//   Thread::level is the number of visits to the thread that are in progress. A call frame that waits for the turn or
-//   for messages continues only after the visits that began during its wait have ended. A message loop inside a visit
-//   retrieves messages from the queues of the receiving thread.
+// - A procedure that runs in a visit can give the turn up too, because it can send or wait for messages. Then another
+//   visit to the same thread can begin. So visits nest. Thread::level is the number of visits to the thread that are in
+//   progress. A call of GetMessageW or SendMessageW that has given the turn up takes it back only after the visits that
+//   began in the meantime have ended. A message loop inside a visit retrieves messages from the queues of the receiving
+//   thread.
 #pragma once
 
 #include "kernel/slot_table.h"
@@ -56,16 +61,18 @@ struct Timer {
     Clock::time_point due;
 };
 
-// The core's data about one thread. Lives as long as the system thread.
+// The window core's data about one thread. Exists until the system thread ends.
 struct Thread {
     std::uint64_t id GUARDED_BY(coreMutex) = 0;
 
     bool turnTaken GUARDED_BY(coreMutex) = true;
-    unsigned level GUARDED_BY(coreMutex) = 0;  // visits in progress
-    // Set while a call frame waits to take the turn back: the value of `level` when the frame gave the turn up. If it
-    // equals the current `level`, the frame needn't wait for the end of a visit. In that case sends from other threads
-    // wait until the frame has taken the turn. Without this rule, a thread that receives sends without a pause would
-    // never handle its posted messages.
+    unsigned level GUARDED_BY(coreMutex) = 0;  // visits to this thread that are in progress
+    // Each call that waits to take the turn of this thread back (see the top of this file) checks whether it can
+    // continue. If it can't, it sets waitingLevel to the value that `level` had when the call gave the turn up. The
+    // call that takes the turn back resets waitingLevel. If waitingLevel equals the current `level`, all visits that
+    // began during the wait of the call that set it have ended. Then this call goes first, and sends from other threads
+    // wait until it has taken the turn. Without this rule, a thread that receives sends without a pause would never
+    // handle its posted messages.
     std::optional<unsigned> waitingLevel GUARDED_BY(coreMutex);
 
     std::deque<MSG> posted GUARDED_BY(coreMutex);
@@ -82,7 +89,7 @@ struct Thread {
     // checks the queues again.
     std::uint64_t arrivals GUARDED_BY(coreMutex) = 0;
     kernel::Condition arrived GUARDED_BY(coreMutex);
-    int retrieving GUARDED_BY(coreMutex) = 0;  // call frames that wait in GetMessageW
+    int retrieving GUARDED_BY(coreMutex) = 0;  // calls of GetMessageW that wait for messages of this thread
     // True if handling the message that was retrieved last may take long. If so, most input for the thread's windows is
     // dropped until the thread waits in GetMessageW again (see display.h).
     bool inCommand GUARDED_BY(coreMutex) = true;
@@ -118,8 +125,9 @@ struct Core {
     std::deque<WindowClass> classes GUARDED_BY(coreMutex);
     std::uint64_t threadsSoFar GUARDED_BY(coreMutex) = 0;
 
-    // Notified when a turn becomes free, a send stops waiting or a window is removed. If no frame waits, the
-    // notification is skipped to save the system call.
+    // All calls that wait for the turn of a thread (see the top of this file) wait here. They are notified when a turn
+    // becomes free, when a send stops waiting for a turn, and when a window is removed. If no call waits for a turn,
+    // the notification is skipped to save the system call.
     kernel::Condition turnFreed GUARDED_BY(coreMutex);
     int turnWaiters GUARDED_BY(coreMutex) = 0;
     std::vector<HWND> waitingSends GUARDED_BY(coreMutex);  // the receivers of the sends that wait for a turn
@@ -132,7 +140,8 @@ struct Core {
 // The data is never destroyed, because a detached thread can use it after main() has returned.
 Core& core();
 
-// The thread in whose name the calling system thread runs.
+// Returns the thread on whose behalf the calling system thread runs. This is the receiving thread during a visit (see
+// above), and otherwise the system thread's own Thread.
 Thread& currentThread() REQUIRES(coreMutex);
 
 // Returns null if no window has this handle.
@@ -178,7 +187,8 @@ void announceGlobal(Change change) REQUIRES(coreMutex);
 // queues, and after any other event to which such a call must react, such as the removal of a window.
 void noteArrival(Thread& thread) REQUIRES(coreMutex);
 
-// Must be called when a turn became free, a send stopped waiting or a window was removed.
+// Wakes all calls that wait for a thread's turn (see above). Each of them checks whether it can continue. Must be
+// called after a turn became free, a send stopped waiting for a turn, or a window was removed.
 void wakeTurnWaiters() REQUIRES(coreMutex);
 
 // Sets the text and reports the change to the display. Reuses the old text's memory if the new text fits, so a counter

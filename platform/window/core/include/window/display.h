@@ -1,8 +1,8 @@
 // display.h - the interface between the window core and the component that shows the windows.
 //
-// A display shows the core's windows and posts the user's input to them. It doesn't decide what the input does. The
-// core reports each change at once by a call of the Display, and holds coreMutex during this call. A backup or restore
-// can change a text 100,000 times a second, so a display must only store the change and return.
+// A display shows the windows of the window core and posts the user's input to them. It doesn't decide what the input
+// does. The window core reports each change at once by a call of the Display, and holds coreMutex during this call. A
+// backup or restore can change a text 100,000 times a second, so a display must only store the change and return.
 #pragma once
 
 #include "window/core_mutex.h"
@@ -50,7 +50,7 @@ public:
     virtual void textChanged(HWND window, std::u16string_view text) REQUIRES(coreMutex) = 0;
 };
 
-// Sets the display of the process. Null removes the display. The core works without one.
+// Sets the display of the process. Null removes the display. The window core also works without a display.
 void setDisplay(Display* display);
 
 // The kinds of windows that a display distinguishes.
@@ -70,7 +70,7 @@ enum class WindowKind {
     Other,
 };
 
-// A copy of the core's data about one window at one moment.
+// A copy of the window core's data about one window at one moment.
 struct WindowState {
     HWND window = nullptr;
     HWND parent = nullptr;  // the parent of a child, or the owner of a top-level window
@@ -101,8 +101,7 @@ struct WindowState {
     WORD iconId = 0;  // a static that shows an icon; a top-level window's small icon
 };
 
-// The functions from here to showsWaitCursor lock the core's mutex. If the window doesn't exist, the result is false or
-// empty.
+// The functions from here to showsWaitCursor lock coreMutex. If the window doesn't exist, the result is false or empty.
 [[nodiscard]] bool readWindow(HWND window, WindowState& state);
 std::vector<HWND> childrenOf(HWND window);  // in creation order
 std::vector<HWND> topLevelWindows();        // the frontmost window first; hidden windows too
@@ -140,8 +139,8 @@ bool postRefusal(
 // the same job get the same answer. Questions of the same kind have the same caption, and the same words before the
 // name of the file or database.
 bool postAnswerToAll(HWND messageBox, int id);
-// Answers like postRefusal. If WindowState::jobQuestion is true, also asks the job to stop. With `closesOwner`, the
-// owner window of the message box is closed after the job.
+// Gives the message box the same answer as postRefusal. If WindowState::jobQuestion is true, also asks the job to stop.
+// If `closesOwner` is true, the owner window of the message box is closed after the job.
 bool postStopJob(HWND messageBox, bool closesOwner);
 
 }  // namespace platform::window

@@ -13,8 +13,8 @@ struct ImageSize {
     int height = 0;
 };
 
-// The result is zero if `list` isn't the handle of such a list. firstBitmapOf also returns 0 for a list without a
-// bitmap. Any thread may call these functions.
+// If `list` isn't the handle of an image list, imageSizeOf returns a width and height of 0, and firstBitmapOf returns
+// 0. firstBitmapOf also returns 0 for a list without a bitmap. Any thread may call these functions.
 ImageSize imageSizeOf(HIMAGELIST list);
 WORD firstBitmapOf(HIMAGELIST list);
 

@@ -10,7 +10,8 @@
 namespace platform::window {
 
 inline constexpr UINT InputFirst = 0x10000;
-// wParam is the row of a list box, with all bits set for -1. For a tree, wParam is the item and lParam the TreePart.
+// For a list box, wParam is the row. For a click on the empty space, the row is -1 and wParam has all bits set. For a
+// tree, wParam is the item and lParam the TreePart.
 inline constexpr UINT InputClick = 0x10001;
 inline constexpr UINT InputDoubleClick = 0x10002;  // like InputClick
 inline constexpr UINT InputText = 0x10003;         // Thread::arrivedText, as typed
@@ -22,7 +23,7 @@ inline constexpr UINT InputResize = 0x10008;   // wParam: width, lParam: height
 inline constexpr UINT InputDate = 0x10009;     // wParam: month and year, lParam: day
 inline constexpr UINT InputFocus = 0x1000A;
 inline constexpr UINT InputAnswer = 0x1000C;  // wParam: id (0: refuse), lParam: AnswerReach
-inline constexpr UINT InputRelist = 0x1000D;  // lists the children of a tree's expanded items again
+inline constexpr UINT InputRelist = 0x1000D;  // makes the program list the children of expanded tree items again
 // This message isn't input. It is sent after the parent's WM_SIZE to a child that follows the size of its parent.
 inline constexpr UINT ParentSized = 0x1000B;
 

@@ -1,7 +1,7 @@
-// program_status.h - what a status bar below the main window shows: the status that the program reported (ce/status.h),
-// and the device on which the program runs.
+// program_status.h - the data that a status bar below the main window shows: the status that the program reported
+// (ce/status.h), and the device on which the program runs.
 //
-// The core reports a change of the status to the display as Change::Status, with a null window.
+// The window core reports a change of the status to the display as Change::Status, with a null window.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ struct StatusState {
     bool operator==(const StatusState&) const = default;
 };
 
-// Any thread may call these functions, but not inside Display::changed, where the core's mutex is held.
+// Any thread may call these functions, but not inside Display::changed, where coreMutex is held already.
 [[nodiscard]] StatusState programStatus();
 void setDeviceName(std::u16string name);
 

@@ -30,8 +30,8 @@ inline bool typesCharacter(WPARAM key)
     return key == VK_SPACE || (key >= u'0' && key <= u'9') || (key >= u'A' && key <= u'Z');
 }
 
-// Is the text one letter, typed once or several times? In that case the user wants the next row that begins with the
-// letter. So the caller searches for the letter alone, and the search begins after the current row.
+// Does the text consist of one letter, or of the same letter repeated? In that case the user wants the next row that
+// begins with the letter. So the caller searches for the letter alone, and the search begins after the current row.
 bool isOneLetter(std::u16string_view typed);
 
 // Both functions ignore case.

@@ -1,4 +1,4 @@
-// window_class.h - the window classes by name.
+// window_class.h - finds window classes by name.
 #pragma once
 
 #include "window/class_state.h"
@@ -12,7 +12,8 @@ namespace platform::window {
 const WindowClass* findClass(std::u16string_view name) REQUIRES(coreMutex);
 
 // Returns the classes of controls and dialogs, which exist without RegisterClassW. The function is defined in
-// built_in_classes.cpp, because the core includes no headers of the rooms that contain these classes.
+// platform/window/built_in_classes.cpp and not in the window core, because the window core includes no headers of
+// controls and dialogs.
 std::vector<WindowClass> builtInClasses();
 
 }  // namespace platform::window

@@ -1,4 +1,4 @@
-// window_life.h - creating and destroying windows.
+// window_life.h - creates and destroys windows.
 #pragma once
 
 #include "window/core.h"

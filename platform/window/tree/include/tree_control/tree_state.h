@@ -1,4 +1,4 @@
-// tree_state.h - the structures of tree_display.h.
+// tree_state.h - structures that describe a tree view and its changes. The functions of tree_display.h use them.
 #pragma once
 
 #include "ce/types.h"
