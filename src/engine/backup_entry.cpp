@@ -1,9 +1,10 @@
 // The following holds at any moment of a run, even if the process is killed or the card is full:
 //
-// - All entries of the list are whole, except perhaps the last one. A cut entry would hide all entries after it from a
-//   reader.
-// - If an entry is whole, the data file has all bytes between the entry's two offsets. The bytes are passed to the host
-//   before the entry's end offset. For waiting entries (backup_entry.h) the file layer ensures this order (WriteAfter).
+// - All entries of the list are whole, except perhaps the last one. If another entry were cut, a program that reads the
+//   list couldn't find the entries after it.
+// - If an entry is whole, the data file has all bytes between the entry's two offsets. The host (the Linux system) gets
+//   these bytes first. Only then does it get the end offset, which completes the entry in the list. For waiting entries
+//   (backup_entry.h) the file layer ensures this order (WriteAfter).
 // - run.dataBytes is the length of the data file. So the start offset of the next item is correct even after a failure.
 // - A source is deleted only if its entry is whole. After an entry that couldn't be written completely, no later source
 //   is deleted (source_deletion.h).
@@ -40,8 +41,8 @@ bool CutList(BackupRun& run, DWORD end)
            SetEndOfFile(run.listFile);
 }
 
-// Cuts the entry off the end of the list. The sources that were collected for deletion have whole entries, which
-// precede this entry in the list. If the list could be cut, these sources are deleted. No later source of this run is
+// Cuts the entry off the end of the list. If this succeeds, deletes the sources that were collected for deletion. Their
+// own entries are whole and remain in the list, because they precede this entry. No later source of this run is
 // deleted.
 void CutEntryOff(BackupRun& run, const BackupEntry& entry)
 {
@@ -67,8 +68,8 @@ bool WasDeletedMeanwhile(const BackupRun& run)
            (run.item.error == ERROR_FILE_NOT_FOUND || run.item.error == ERROR_PATH_NOT_FOUND);
 }
 
-// Passes the data that was written so far to the host. Reports to the host that it can read this data. Returns 0 or the
-// error.
+// Passes the data that was written so far to the host, and reports that it can be read there (ReportStoredBytes).
+// Returns 0 or the error.
 DWORD HandOverData(BackupRun& run)
 {
     if (!HandOverFileBuffers(run.dataFile))
@@ -87,7 +88,7 @@ void LoseWaitingEntries(BackupRun& run, DWORD error)
     if (gDigestsBlocks)
         gStoredDigests.resize(gStoredDigests.size() - run.waiting.count);
     run.waiting.count = 0;
-    (void)HandOverFileBuffers(run.listFile);  // even if this fails, no gathered bytes are left that the cut could write
+    (void)HandOverFileBuffers(run.listFile);  // even if this fails, no buffered bytes are left that the cut could write
     (void)CutList(run, run.waiting.start);
 }
 
@@ -109,8 +110,8 @@ void AddWaitingEntry(BackupRun& run, const BackupEntry& entry)
 
 // Copies the temporary stream to the end of the data file. dataBytes grows by the number of bytes that WriteFile
 // reports, so that the next item's offset is correct even on a full card. The number of bytes read is compared with the
-// number packed, because a failing disk can end the stream early. A long stream is passed to the host in parts, so that
-// the host can hash the first parts on another thread while the run copies the rest.
+// number packed, because a failing disk can end the stream early. A long stream is passed to the host in parts. So
+// another thread of the process can hash the first parts while the run copies the rest (ReportStoredBytes).
 void CopyStream(BackupRun& run, HANDLE stream, bool showCount, WriteFailed failed)
 {
     ByteCounter counter = StartByteCounter(run.progress, TextBackedUpCountFormat);

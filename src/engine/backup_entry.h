@@ -14,10 +14,10 @@
 #include "ce/file.h"
 #include "ce/window.h"
 
-// Completed entries of tiny files stay in memory as waiting entries, so that several are passed to the host together.
-// If each entry were passed alone, a tiny file would need two writes to the host, one for its data and one for its
-// entry. These would take half of the time that the run spends on the file. The following numbers limit how many
-// entries wait, and the size in bytes of the stream of a waiting entry.
+// Completed entries of tiny files stay in memory as waiting entries, so that several are passed to the host (the Linux
+// system) together. If each entry were passed alone, a tiny file would need two writes to the host, one for its data
+// and one for its entry. These would take half of the time that the run spends on the file. The following numbers limit
+// how many entries wait, and the size in bytes of the stream of a waiting entry.
 inline constexpr DWORD MostWaitingEntries = 16;
 inline constexpr DWORD MostWaitingStreamBytes = 4096;
 
@@ -56,9 +56,9 @@ void Log(BackupRun& run, const WCHAR* format, const Arguments&... arguments)
         run.log->Write(format, arguments...);
 }
 
-// Note the failure of the current item. Call both functions while GetLastError() is the error of a failed write of the
-// item's entry or data. `context` is the run. LogFailedWrite also writes a line to the log. For a file StoreStream is
-// called with LogFailedWrite, for a database or the registry with NoteFailedWrite.
+// Each of these functions notes that the current item has failed. Call it while GetLastError() is the error of a failed
+// write of the item's entry or data. `context` is the run. LogFailedWrite also writes a line to the log. StoreStream
+// gets LogFailedWrite for a file, and NoteFailedWrite for a database or the registry.
 void NoteFailedWrite(void* context);
 void LogFailedWrite(void* context);
 

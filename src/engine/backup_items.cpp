@@ -12,7 +12,7 @@
 
 namespace {
 
-// Files. The file on the device is packed directly, without an intermediate file.
+// Storing files. Each file is packed directly from the device, without an intermediate file.
 
 void StoreFile(BackupRun& run, const WCHAR* name, HANDLE stream)
 {
@@ -37,8 +37,8 @@ void BackUpFile(BackupRun& run, const WCHAR* name, SmallStream* ahead)
     StepRunProgress(run.progress);
 }
 
-// If the listing has packed and kept the file's stream, and the file hasn't changed since, sets item.stream to the kept
-// stream and returns true.
+// The file's stream may have been packed and kept while the files were listed (kept_streams.h). If so, and if the file
+// hasn't changed since, sets item.stream to the kept stream and returns true.
 bool UseKeptStream(AheadItem& item)
 {
     const KeptStream& kept = item.offer.kept;
@@ -73,8 +73,9 @@ void BackUpNext(BackupRun& run)
     BackUpFile(run, next.path, &next.stream);
 }
 
-// A source that is to be deleted isn't packed in advance. Its deletion needs a stamp from before the source was read,
-// and a stream that was packed in advance has no stamp.
+// A source that is to be deleted isn't packed in advance. Its deletion needs run.packed.source, a stamp
+// (ce/file_stamp.h) that was taken before the source was read. Only CompressFile sets this stamp. WriteSmallStream,
+// which writes a stream that was packed in advance, doesn't.
 void BackUpFiles(BackupRun& run)
 {
     const bool packsAhead = !gOptions.deleteBackedUp && CodecWorks();
@@ -96,10 +97,10 @@ void BackUpFiles(BackupRun& run)
     CloseRunProgress(run.progress);
 }
 
-// Databases. Each database is written to an image file in the root. The image file is packed and then deleted.
+// Storing databases. Each database is written to an image file in the root. The image file is packed and then deleted.
 
-// Writes the database to an image file. Returns whether this file was created. If it wasn't, a file at its path is the
-// user's. The user's file is neither stored nor deleted.
+// Writes the database to an image file. Returns whether this call created the image file. If it didn't, a file that
+// exists at `path` belongs to the user, and the caller must neither store nor delete it.
 BOOL MakeImage(BackupRun& run, const WCHAR* name, const WCHAR* path)
 {
     const TemporaryFile image = ExpectTemporaryFile(path);
@@ -158,17 +159,17 @@ void BackUpDatabases(BackupRun& run)
     });
 }
 
-// The registry. The platform writes it to one file. The file is packed and then deleted.
+// Storing the registry. The platform writes it to one file. The file is packed and then deleted.
 
 const WCHAR DumpedRegistryPath[] = u"\\TMVRegFile.QBR";
 // The platform has no current folder, and each path begins at the root. So the path without its backslash means the
 // same file.
 const WCHAR* const RegistryName = DumpedRegistryPath + 1;
 
-// Lets the platform write the registry to a file. Returns true if the file may be stored and deleted. This is so after
-// a success. It is also so after a failure if no file existed at the path before the call, because any file there now
-// was made by the call. Returns false after a failure if a file existed, because the file at the path can be the user's
-// or an old registry.
+// Lets the platform write the registry to a file. Returns whether the caller may store and delete the file at
+// DumpedRegistryPath. After a success the result is true. After a failure it is true only if no file existed at the
+// path before the call, so that any file there now was made by the call. If a file existed, the file that is there now
+// can be the user's or an old registry.
 bool CopyRegistry(BackupRun& run)
 {
     const TemporaryFile file = ExpectTemporaryFile(DumpedRegistryPath);
@@ -181,7 +182,8 @@ bool CopyRegistry(BackupRun& run)
     return IsOwnFile(file, copied);
 }
 
-// The registry's entry gets the name of the item before the registry. Readers ignore this name.
+// The registry has no name. So its entry gets run.itemName, the name of the last file or database that was begun.
+// Programs that read the list ignore this name.
 void StoreRegistry(BackupRun& run, HANDLE stream)
 {
     BackupEntry entry = StoreStream(run, ItemKindRegistry, run.itemName, stream, false, NoteFailedWrite);

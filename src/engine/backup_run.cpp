@@ -24,8 +24,8 @@ namespace {
 
 constexpr DWORD StorageAttributes = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_TEMPORARY;
 
-// Returns whether the short date format of the locale begins with the day. If so, the date in the comment begins with
-// the day, otherwise with the month.
+// Returns whether the short date format of the locale begins with the day. If so, ComposeComment begins the date of the
+// set's comment with the day, otherwise with the month.
 bool DayComesFirst()
 {
     WCHAR format[TextChars] = {};
@@ -89,8 +89,8 @@ HANDLE OpenList(const WCHAR* path, DWORD& error)
 }
 
 // Creates the list file with the first number that is free or whose set the user agrees to replace. If no list file is
-// created, returns false and reports the first of these reasons that applies: the run is to stop, the folder couldn't
-// be made, a call failed with another error than that of an existing file, or all numbers are taken.
+// created, returns false and reports the first of these reasons that applies: the job is to stop, the folder couldn't
+// be made, creating a list file failed with an error other than ERROR_FILE_EXISTS, or all numbers are taken.
 bool SettleNumber(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -123,9 +123,10 @@ bool ReplaceList(BackupRun& run)
     return run.listFile != INVALID_HANDLE_VALUE;
 }
 
-// Creates the log and the data file. Replaces an old data file of this number, even if the list file is new. Deletes
-// the checksums of an old set of this number, because the new set wouldn't match them and would be treated as damaged.
-// If the data file can't be created, reports that there is no set and returns false.
+// Creates the log and the data file. A data file with this number can exist even if the run has found no list file with
+// this number. It is replaced without a question. Deletes the checksum file of an old set with this number. Otherwise
+// the new set wouldn't match these checksums and would be treated as damaged. If the data file can't be created,
+// reports that there is no set and returns false.
 bool OpenLogAndData(BackupRun& run)
 {
     WCHAR path[MAX_PATH];
@@ -190,7 +191,8 @@ void MakeSet(BackupRun& run)
     WCHAR folder[MAX_PATH];
     FormatSetFolder(folder, run.storageRoot);
     FormatTemporaryPath(run.temporaryPath, run.storageRoot);
-    // If the folder can't be made, the run ends only if the list file can't be created in it either.
+    // A failure to make the folder doesn't end the run yet. If the folder is missing, creating the list file fails too,
+    // and that ends the run.
     if (!CreateDirectoryW(folder, nullptr) && GetLastError() != ERROR_ALREADY_EXISTS)
         run.folderError = GetLastError();
     const bool listed = run.number != 0 ? ReplaceList(run) : SettleNumber(run);

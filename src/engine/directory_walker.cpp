@@ -55,8 +55,8 @@ DWORD WalkFolder(const WCHAR* folder, DWORD attributes, const WCHAR* pattern, co
     return count;
 }
 
-// This function and WalkFolder call each other. Each level makes the path longer, so the limit of a path's length also
-// limits the depth.
+// This function and WalkFolder call each other. Each subfolder makes the path longer, so the limit of a path's length
+// also limits the depth of the calls.
 DWORD WalkSubfolder(const WIN32_FIND_DATAW& found, const WCHAR* parent, const Walk& walk)
 {
     WCHAR subfolder[MAX_PATH];

@@ -16,8 +16,8 @@
 
 namespace {
 
-// The range and the step of the progress bar during the listing. The number of files isn't known in advance. So when
-// the bar has reached its end, it starts again.
+// The range and the step of the progress bar while a full backup lists the items. The number of files isn't known in
+// advance. So when the bar has reached its end, it starts again.
 constexpr DWORD ListingRange = 1500;
 constexpr DWORD ListingStep = 10;
 
@@ -29,7 +29,7 @@ bool IsSealName(const WCHAR* name)
     return whole.size() == 12 && whole.starts_with(u"QLBX") && whole.ends_with(u".SUM");
 }
 
-// Whether the name is that of a set's list file, data file or checksum file. The listing leaves out such files in any
+// Whether the name is that of a set's list file, data file or checksum file. WalkForItems leaves out such files in any
 // folder.
 bool IsSetFile(const WCHAR* name)
 {
@@ -82,8 +82,8 @@ void TestReadable(AheadItem& item, SmallStreamMemory& memory)
         CloseHandle(file);
 }
 
-// Takes the oldest file from the thread ahead (thread_ahead.h), and adds it to the list if it can be read. So the list
-// has the order of the walk.
+// Takes back the oldest file that was offered to the second thread (thread_ahead.h), and adds it to gFileList if it can
+// be read. The walk offers the files in the order in which it finds them, so they are in the same order in gFileList.
 void AddNext(HWND progress)
 {
     AheadItem& next = TakeAhead();
@@ -107,7 +107,7 @@ void OfferFile(const WCHAR* path, DWORD attributes, HWND progress)
                       .packs = gPacksTinyFiles && gWalkedEntry.bytes <= MostKeptSourceBytes && IsRoomForKeptStream()});
 }
 
-// Returns FALSE if the job is to stop. This result ends the listing of the folder.
+// Returns FALSE if the job is to stop. This result ends the walk through this folder.
 BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR progress)
 {
     if (JobIsToStop())
@@ -127,8 +127,8 @@ BOOL AddFullBackupFile(const WCHAR* name, const WCHAR* folder, DWORD attributes,
     return TRUE;
 }
 
-// Adds a file below a folder that the user named. Unlike in a full backup, the file may be directly in a card. A file
-// that the list has already isn't added again.
+// Adds a file below a folder that the user named, unless gFileList already contains it. Unlike in a full backup, the
+// file may be directly in a card's folder.
 BOOL AddFileOfFolder(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR /*unused*/)
 {
     if (JobIsToStop())
@@ -147,8 +147,8 @@ void WalkForItems(const WCHAR* root, WalkCallback add, HWND progress)
 {
     gPathsTooLong = {};
     gPathsTooLong.areItems = TRUE;
-    // If the sources are to be deleted, the run packs them and not the listing. The run needs stamps of the sources
-    // from before it read them.
+    // If the sources are to be deleted, no file is packed now. Then CompressFile packs each file when the file is
+    // stored, and takes the stamp that the deletion needs.
     gPacksTinyFiles = !gOnlyLists && !gOptions.deleteBackedUp && CodecWorks();
     StartAhead(TestReadable, IsRoomForSmallStream);
     WalkDirectory(root, nullptr, TRUE, FALSE, add, reinterpret_cast<UINT_PTR>(progress));

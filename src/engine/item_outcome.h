@@ -31,8 +31,8 @@ bool StopsBefore(const ItemKind& kind, const WCHAR* name);
 // Reports that a temporary file of the program has replaced a user's file of the same name.
 void ReportReplacedFile(const WCHAR* path);
 
-// A temporary file that a call of the platform or of the room `set` is about to make. The user can have a file of the
-// same name. The program must not use or delete the user's file as its own.
+// A temporary file that the program is about to make by calling the platform or src/set. The user can have a file of
+// the same name. The program must not use or delete the user's file as its own.
 struct TemporaryFile {
     const WCHAR* path;
     bool existed;  // a file existed at the path before the call, or the device couldn't say whether one did

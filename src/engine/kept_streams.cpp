@@ -18,7 +18,8 @@ namespace {
 constexpr DWORD ChunkBytes = 65536;
 constexpr DWORD Chunks = 128;
 
-// The numbers of a record. Times are in nanoseconds since 1970. ReadBytes is also the length in the stamp.
+// The numbers of a record. Times are in nanoseconds since 1970. ReadBytes stands for two equal numbers: `readBytes` of
+// the KeptStream, and `length` of its stamp.
 enum Number { Entry, Device, Inode, Written, Changed, Digest, ReadBytes, StreamBytes, NumberCount };
 using Numbers = std::array<std::uint64_t, NumberCount>;
 

@@ -1,7 +1,9 @@
-// kept_streams.h - keeps in memory the streams that the listing of a full backup has packed from tiny files.
+// kept_streams.h - keeps packed streams of tiny files in memory. A backup packs them while it lists the files, before
+// it stores any.
 //
-// The listing opens each file to test whether it can be read. While a tiny file is open, the listing also packs it. The
-// run that follows stores this stream if the file hasn't changed since. So a tiny file is opened once, not twice.
+// While a backup lists the files of the device or of a folder, it opens each file to test whether the file can be read.
+// If the file is tiny, the backup also packs it now, and keeps the stream. Later it stores this stream if the file
+// hasn't changed since. So a tiny file is opened once, not twice.
 //
 // All calls are made on the run's thread. The bytes of a stream don't move until ForgetKeptStreams.
 #pragma once
@@ -23,12 +25,13 @@ struct KeptStream {
 // one line of text each.
 bool IsRoomForKeptStream();
 
-// Keeps a packed stream for the entry of gFileList with the number `entry`, counted from 0. The numbers must ascend
-// from call to call. The stream isn't kept if there is no room, or if the stream or its file is too large. It isn't
-// kept either if the stamp can't show later whether the file has changed.
+// Keeps a packed stream for the entry of gFileList with the number `entry`, counted from 0. From call to call, `entry`
+// must increase. The stream isn't kept if there is no room, or if the stream or its file is too large. It isn't kept
+// either if the stamp can't show later whether the file has changed.
 void KeepStream(DWORD entry, const SmallStream& stream, const FileStamp& source);
 
-// Returns the stream that is kept for the entry, if any. The numbers must ascend from call to call.
+// Returns the stream that is kept for the entry with the number `entry`, if any. From call to call, `entry` must
+// increase.
 KeptStream FindKeptStream(DWORD entry);
 
 // Frees the memory.

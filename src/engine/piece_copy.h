@@ -14,13 +14,14 @@
 
 inline constexpr DWORD PieceBytes = 260;
 
-// The number of pieces in one call. Together these pieces are just below 8 KB, the largest write that the file layer
-// gathers.
+// The number of pieces in one call. Together these pieces are just below 8 KB, the size of the largest write that the
+// file layer buffers.
 inline constexpr DWORD PiecesAtOnce = 31;
 
-// Writes `count` bytes. Calls `failed` right after each failed write. Calls copied(bytes, written) after each piece,
-// with the size of the piece and the number of its bytes that were written. If a write of several pieces fails, only
-// the piece in which the write ended is treated as failed. That piece isn't written again.
+// Writes `count` bytes. Calls `failed` right after each failed write. Calls copied(bytes, written) for each piece, with
+// the size of the piece and the number of its bytes that were written. First, one call writes all pieces together. If
+// it fails, only the piece in which the write ended is treated as failed. That piece isn't written again. The pieces
+// after it are then written one by one.
 template <class Failed, class Copied>
 void WritePieces(HANDLE to, const BYTE* bytes, DWORD count, const Failed& failed, const Copied& copied)
 {

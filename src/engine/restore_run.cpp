@@ -39,15 +39,15 @@ struct RestoreRun {
     bool lastWasMissing = false;  // the file that was looked up last didn't exist
 };
 
-// The size in bytes of the longest stream that is copied out of the data file before the run knows whether its file may
-// be restored.
+// The size in bytes of the longest stream that RestoreIfMissing copies out of the data file. It copies a file's stream
+// before the run knows whether the file may be restored.
 constexpr DWORD MostTriedBytes = 16384;
 
 // What the progress window shows while a stream is copied out.
 enum class Shown { Nothing, Step, StepAndCount };
 
-// One item. Its stream is copied from the data file to a temporary file, the temporary stream. Then the temporary
-// stream is unpacked.
+// Restoring one item. The run copies the item's stream from the data file to a temporary file, the temporary stream.
+// Then it unpacks the temporary stream.
 
 // Restores one item: shows it, calls restore(), and reports the item if it isn't whole.
 template <class Restore>
@@ -128,7 +128,7 @@ bool UnpackToTemporaryFile(RestoreRun& run, const WCHAR* path)
     return IsOwnFile(file, Unpack(run, path));
 }
 
-// Files.
+// Restoring files.
 
 // Asks the user whether the file may be replaced. The user can also stop the run at this question. The answer is then
 // treated as No, and the file is reported as not reached.
@@ -192,8 +192,9 @@ void ShowRestored(RestoreRun& run, DWORD bytes)
 }
 
 // Restores a small file that probably doesn't exist on the device yet, since the file that was looked up last didn't
-// exist either. The file isn't looked up first, so a call on the host is saved. If the file exists, creating it as a
-// new file fails. Returns false if the file wasn't made. In that case no file has changed, and nothing was shown.
+// exist either. The file isn't looked up first, which saves a call on the host's file system. If the file exists,
+// creating it as a new file fails. Returns false if the file wasn't made. In that case no file has changed, and nothing
+// was shown.
 bool RestoreIfMissing(RestoreRun& run, const EntryBuffer& entry)
 {
     const DWORD bytes = EntryStreamBytes(entry.bytes);
@@ -244,11 +245,11 @@ void RestoreFiles(RestoreRun& run)
     CloseRunProgress(run.progress);
 }
 
-// Databases. The stream is unpacked to an image file in the root, and the database is made from this file. If a
-// database exists, RestoreDatabase asks the user whether to replace it.
+// Restoring databases. The stream of a database is unpacked to an image file in the root, and the database is made from
+// this file. If a database exists, RestoreDatabase asks the user whether to replace it.
 
-// Returns the length in characters of the path of the deepest folder in `path` that exists. The length is 0 for the
-// root.
+// Finds the deepest existing folder among the folders in which `path` lies. Returns the length of that folder's path in
+// characters, or 0 if only the root exists.
 std::size_t ExistingFolderChars(const WCHAR* path)
 {
     WCHAR folder[MAX_PATH];
@@ -262,7 +263,8 @@ std::size_t ExistingFolderChars(const WCHAR* path)
     return 0;
 }
 
-// Removes the empty folders of `path` whose own paths are longer than `existing` characters.
+// Removes the folders in which `path` lies, as far as they are empty. Begins with the deepest one, and keeps each
+// folder whose own path has at most `existing` characters.
 void RemoveNewFolders(const WCHAR* path, std::size_t existing)
 {
     WCHAR folder[MAX_PATH];
@@ -306,13 +308,13 @@ void RestoreDatabaseItem(RestoreRun& run, const EntryBuffer& entry)
     });
 }
 
-// The progress window stays open for the registry.
+// Leaves the progress window open, because RestoreRegistry continues to use it.
 void RestoreDatabases(RestoreRun& run)
 {
     RestoreListed(run, KindOf(ItemKindDatabase), TextRestoringDatabases, RestoreDatabaseItem);
 }
 
-// The registry. The stream is unpacked to a file, and the platform restores the registry from this file.
+// Restoring the registry. Its stream is unpacked to a file, and the platform restores the registry from this file.
 
 void PassRegistryOn(RestoreRun& run)
 {
@@ -320,16 +322,16 @@ void PassRegistryOn(RestoreRun& run)
         SetLastError(ERROR_SUCCESS);
         if (!gRegRestoreFile || !gRegRestoreFile(RestoredRegistryPath))
             NoteFailure(run.item, GetLastError());
-        // After a success the platform has moved the file, and this call fails.
+        // If the platform has accepted the registry, it has already removed the file. Then this deletion fails.
         (void)DeleteFileW(RestoredRegistryPath);
     }
     (void)WithdrawTemporaryFile(RestoredRegistryPath);
     (void)DeleteFileW(TemporaryStreamPath);
 }
 
-// Restores the registry if the restore includes it. Afterwards asks the user to restart the device, even if the
-// platform couldn't restore the registry, which is reported as a failure. If copying the stream couldn't begin, doesn't
-// ask.
+// Restores the registry if the restore includes it. Afterwards asks the user to restart the device, unless the
+// registry's stream couldn't be copied to a temporary stream at all. If the platform couldn't restore the registry,
+// this is reported as a failure, and the user is asked nevertheless.
 void RestoreRegistry(RestoreRun& run)
 {
     if (!gRegistryMarked || StopsBefore(KindOf(ItemKindRegistry), u""))
@@ -346,7 +348,7 @@ void RestoreRegistry(RestoreRun& run)
     gRunQuestions.showRegistryRestored();
 }
 
-// The run.
+// The restore as a whole.
 
 DWORD ShowNothingToRestore(const WCHAR* listPath, WORD mode)
 {

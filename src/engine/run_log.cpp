@@ -64,7 +64,7 @@ BOOL BackupLog::WriteLine(const WCHAR* message)
     wnsprintfW(line, LogChars - LineEndBytes, u"LOG(%02d:%02d:%02d): %s", now.wHour, now.wMinute, now.wSecond, message);
     ShowControlCharacters(line);
 
-    // A character takes up to 3 bytes. So the line is cut after it was converted.
+    // The limit LogBytes is in bytes, and a character takes up to 3 bytes. So the line is converted first and then cut.
     char bytes[LogChars * 3];
     const int converted = WideCharToMultiByte(GetACP(), 0, line, -1, bytes, sizeof bytes, nullptr, nullptr);
     if (converted == 0)

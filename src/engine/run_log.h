@@ -1,4 +1,5 @@
-// run_log.h - the log that a backup can write beside its set: a text file with one line for each step or failure.
+// run_log.h - declares the log that a backup can write beside its set: a text file with one line for each step or
+// failure.
 #pragma once
 
 #include "ce/file.h"
@@ -18,8 +19,9 @@ public:
     BackupLog& operator=(const BackupLog&) = delete;
     ~BackupLog() = default;
 
-    // Writes one line and passes it to the host, so that a killed run doesn't lose it. Returns 0 if the line couldn't
-    // be written or passed to the host, if the log is off, or if its file couldn't be created. Otherwise returns 1.
+    // Writes one line and passes it to the host (the Linux system), so that a killed run doesn't lose it. Returns 0 if
+    // the line couldn't be written or passed to the host, if the log is off, or if its file couldn't be created.
+    // Otherwise returns 1.
     template <class... Arguments>
     BOOL Write(const WCHAR* format, const Arguments&... arguments)
     {

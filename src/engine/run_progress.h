@@ -1,5 +1,5 @@
-// run_progress.h - the progress window of a backup or restore. Each call accepts null for the window, because a run
-// without items has no window, and because opening the window can fail.
+// run_progress.h - controls the progress window of a backup or restore. Each call accepts null for the window, because
+// a run without items has no window, and because opening the window can fail.
 #pragma once
 
 #include "set/item_kinds.h"
@@ -12,8 +12,9 @@
 // counter change.
 HWND OpenRunProgress(UINT id, DWORD items);
 
-// Reports to the host that the run begins. `run` is RunStores or RunRestores (ce/progress.h). The report has the number
-// and the total size of the items in the lists. It counts the registry if it is marked, but without a size.
+// Reports that the run begins (BeginRun in ce/progress.h). `run` is RunStores or RunRestores. The report has the number
+// and the total size of the items in the lists. If gRegistryMarked isn't 0, the registry counts as one more item,
+// without a size.
 void ReportRunBegins(DWORD run, const WCHAR* listPath);
 
 // Closes the window and sets `progress` to null.

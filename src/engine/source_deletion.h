@@ -23,8 +23,9 @@ struct SourceDeletion {
     StoredSource sources[DeletionGroup];
 };
 
-// Adds a source that is stored whole. If this fills the group, deletes the sources of the group. `stamp` is the
-// source's stamp from before it was read.
+// Adds a source that is stored whole to the group of collected sources. If this makes the group full, calls
+// DeleteCollected. If deletion is forbidden, only reports the source as not deleted. `stamp` is the source's stamp,
+// taken before the source was read.
 void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileStamp& stamp, HANDLE listFile,
                       HANDLE dataFile);
 
@@ -32,5 +33,6 @@ void DeleteWhenOnDisk(SourceDeletion& deletion, const WCHAR* path, const FileSta
 // are deleted.
 void DeleteCollected(SourceDeletion& deletion, HANDLE listFile, HANDLE dataFile);
 
-// From this call on no source of the run is deleted. Reports the collected sources as not deleted.
+// Forbids the deletion of sources for the rest of the run. Reports the sources that are collected so far as not
+// deleted.
 void ForbidDeletion(SourceDeletion& deletion);

@@ -12,8 +12,8 @@
 // the content of the item with that number.
 //
 // The second thread sleeps when no item is left to begin. It isn't woken while fewer than gAheadWakes items are left to
-// begin. The run's thread itself begins an item that it needs and that no thread has begun. So the run never waits
-// until the second thread wakes.
+// begin. If the run's thread needs an item that no thread has begun, it begins this item itself. So it never has to
+// wait for the second thread to wake.
 #include "thread_ahead.h"
 
 #include "set/second_thread.h"
@@ -27,7 +27,7 @@ DWORD gTaken;
 std::atomic<DWORD> gBegun;
 std::atomic<DWORD> gOffered;
 
-// Written only while no second thread runs.
+// Only StartAhead sets gWork and gHasRoom, while no second thread runs. So they need no lock.
 AheadWork gWork;
 bool (*gHasRoom)();
 

@@ -1,5 +1,6 @@
 // thread_ahead.h - works on the next items on a second thread, the thread ahead, while the run's thread works on an
-// earlier item.
+// earlier item. A backup uses the thread ahead when it lists the files (full_backup.cpp), and again when it stores the
+// files (backup_items.cpp).
 //
 // The run's thread offers items and takes them back in the same order. Only the run's thread changes the lists, writes
 // the log and the data, and makes the reports. The second thread only opens, reads, packs and closes sources, and tests
@@ -20,29 +21,29 @@ inline constexpr DWORD AheadItems = 256;
 // so that the thread is woken for each item.
 inline DWORD gAheadWakes = AheadItems / 2;
 
-// Data that the run's thread adds to an item when it offers the item.
+// Data that the caller of OfferAhead passes with the path of an item.
 struct AheadOffer {
-    DWORD attributes = 0;  // as the listing found them
-    std::uint64_t bytes = 0;
-    bool packs = false;    // for the listing: the file is to be packed
-    KeptStream kept = {};  // for the run: the stream that the listing has packed and kept
+    DWORD attributes = 0;     // while files are listed: those that the search of the folder returned
+    std::uint64_t bytes = 0;  // while files are listed: the size of the file
+    bool packs = false;       // while files are listed: the file is to be packed
+    KeptStream kept = {};     // while files are stored: the stream that was packed and kept earlier
 };
 
 struct AheadItem {
     std::atomic<bool> finished;
     WCHAR path[MAX_PATH];
     AheadOffer offer;
-    DWORD error;       // for the listing: error of opening the file
-    FileStamp source;  // for the listing: stamp of the file that was packed
+    DWORD error;       // while files are listed: the error of opening the file
+    FileStamp source;  // while files are listed: the stamp of the file that was packed
     SmallStream stream;
 };
 
 // The function that works on an item. Both threads call it, each with its own memory.
 using AheadWork = void (*)(AheadItem& item, SmallStreamMemory& memory);
 
-// Begins the work on a sequence of items. `work` is called for each item that is begun in advance, and by WorkOnTaken.
-// If `work` is null, nothing is done in advance. `hasRoom` returns whether work on an item may begin in advance. If no
-// thread can be made, the run's thread does all the work.
+// Begins the work on a sequence of items. `work` is called for each item that a thread begins in advance, and by
+// WorkOnTaken. If `work` is null, nothing is done in advance. `hasRoom` returns whether work on an item may begin in
+// advance. If no thread can be made, the run's thread does all the work.
 void StartAhead(AheadWork work, bool (*hasRoom)());
 
 // Stops the second thread and waits until it has ended. Drops the items that weren't taken.

@@ -12,8 +12,9 @@
 // two variables. The second thread doesn't need them, because it looks at all blocks. A block that isn't in use is
 // never Offered.
 //
-// No call waits for a block that no thread works on. FinishBlock packs and unpacks Offered blocks itself, the oldest
-// first. It waits only if no block is Offered and the second thread still works on the oldest one.
+// The run's thread never waits for a block that no thread works on. Until the oldest block is Finished, FinishBlock
+// packs or unpacks Offered blocks itself, the oldest first. It waits only if no block is Offered and the second thread
+// still works on the oldest block.
 #include "set/block_pipeline.h"
 
 #include "set/second_thread.h"
@@ -58,9 +59,10 @@ bool WorkOnOffered()
     return worked;
 }
 
-// Makes the block Offered. Wakes the second thread if it runs, except in two cases. If this block is the only one in
-// the pipeline, the run's thread next either works on the block itself or offers another one. That next call of Offer
-// can wake the second thread. If `takesTime` is false, the work on the block takes less time than waking the thread.
+// Makes the block Offered. Wakes the second thread if it runs, except in two cases:
+// - The block is the only one in the pipeline. The run's thread will either work on it itself or offer another block,
+//   and that call can wake the second thread.
+// - `takesTime` is false: the work on the block takes less time than waking the thread.
 void Offer(PipelinedBlock& block, bool takesTime)
 {
     block.state = BlockState::Offered;

@@ -2,10 +2,10 @@
 // (block_pipeline.h). Then it waits until the oldest block is finished, and writes that block. So it reads and writes
 // in the order of the file. Meanwhile the blocks that it has read and not yet written are packed or unpacked.
 //
-// The result of CompressFile and DecompressFile differs from the outcome (StreamOutcome) on purpose. The result says
-// whether the source could be processed to its end. What a run does next and logs depends on the result. The outcome
-// says whether the target is complete. Whether the item is reported, and whether its source is deleted, depends on the
-// outcome. A write that fails therefore changes only the outcome.
+// CompressFile and DecompressFile have a result and an outcome (StreamOutcome), which differ on purpose. The result
+// says whether the source could be processed to its end. The run's next steps and its log depend on the result. The
+// outcome says whether the target is complete. It decides whether the item is reported and whether its source is
+// deleted. A write that fails therefore changes only the outcome.
 #include "set/compressed_stream.h"
 
 #include "set/block_pipeline.h"
@@ -21,7 +21,7 @@
 
 namespace {
 
-// Gathers the small pieces of a stream, so that a small stream is written by one call.
+// Buffers the small pieces of a stream, so that a small stream is written by one call.
 struct StreamWriter {
     Target target;
     DWORD filled;
@@ -99,7 +99,7 @@ BOOL PackBlocks(SourceReader& source, StreamWriter& writer)
     return TRUE;
 }
 
-// After a failure blocks can still be in the pipeline. They must be dropped, since the next stream uses the same
+// If PackBlocks fails, blocks can still be in the pipeline. They must be dropped, since the next stream uses the same
 // pipeline.
 BOOL PackAll(SourceReader& source, StreamWriter& writer)
 {
@@ -120,7 +120,7 @@ void CheckLength(const SourceReader& source, PackedStream& packed)
 }
 
 // Packs the source. Takes the source's stamp, which has its length and times, before the first read. If the source
-// changes while it is read, it no longer matches the stamp. So the source isn't deleted after the backup.
+// changes while it is read or later, it no longer matches the stamp, and the backup doesn't delete it.
 BOOL PackInto(HANDLE from, HANDLE to, PackedStream& packed)
 {
     if (!GetFileStamp(from, &packed.source))
@@ -182,8 +182,9 @@ void TakeUnpacked(BlockSink& sink, const PipelinedBlock& block)
 }
 
 // Reads the next block and offers it to the pipeline. Returns false if there is no block to offer. In that case
-// `readable` becomes true at the end of the stream, and false if the stream is damaged or a block can't be read. If the
-// read of a block's length fails, the outcome gets the error, but `readable` becomes true as at the end.
+// `readable` says whether the stream counts as read to its end. It becomes false if the stream is damaged or a block
+// can't be read. It becomes true at the end of the stream. It also becomes true if the read of a block's length fails,
+// but then the outcome gets an error.
 bool OfferNextPackedBlock(StreamReader& reader, StreamOutcome& outcome, bool& readable)
 {
     PipelinedBlock& block = TakeBlock();
@@ -200,9 +201,9 @@ bool OfferNextPackedBlock(StreamReader& reader, StreamOutcome& outcome, bool& re
     return true;
 }
 
-// The stream ends where the file ends. The closing block is unpacked like any other block. If the file ends inside the
-// last block, the bytes that it has of this block are unpacked too. If that succeeds, the result is TRUE, but the
-// outcome isn't whole.
+// Unpacks and writes the blocks up to the end of the file, including the closing block. Returns FALSE if a block can't
+// be read or unpacked. If the file ends inside the last block, the bytes that the file has of this block are unpacked
+// too. If that succeeds, the function returns TRUE, but the outcome (sink.target.outcome) has an error.
 BOOL UnpackBlocks(StreamReader& reader, BlockSink& sink)
 {
     bool more = true;

@@ -71,7 +71,8 @@ void PutHeader(ImageWriter& writer, const CEDBASEINFO& info)
     }
 }
 
-// If the property's type has no value in the format, writes only the id and the flags.
+// Writes the property's id, value and flags. If an image contains no value for properties of this type, writes only the
+// id and the flags.
 void PutProperty(ImageWriter& writer, const CEPROPVAL& property)
 {
     PutValue(writer, property.propid);
@@ -158,7 +159,7 @@ BOOL DumpOpenDatabase(HANDLE database, const CEDBASEINFO& info, const WCHAR* nam
     PutHeader(writer, info);
     const bool complete = PutRecords(writer, database, info.wNumRecords);
     Flush(writer);
-    const BOOL closed = CloseHandle(writer.file);  // closing writes the bytes that the file layer has gathered
+    const BOOL closed = CloseHandle(writer.file);  // closing writes the bytes that the file layer has buffered
     if (writer.failed || !closed)
         (void)DeleteFileW(path);
     return complete ? TRUE : FALSE;

@@ -1,9 +1,9 @@
 // A restore first determines which databases it replaces. Then it reads the records of the image and writes them into
 // the store.
 //
-// If a restore replaces databases, it deletes them and writes all records of the new database in one change of the
-// store. If a record can't be restored, this change is undone. If a restore replaces no database, nothing is undone,
-// and the new database lacks only the records that can't be restored.
+// If a restore replaces databases, one transaction of the store contains both the deletion of the old databases and all
+// records of the new database. If a record can't be restored, this transaction is undone. If a restore replaces no
+// database, nothing is undone, and the new database lacks only the records that can't be restored.
 //
 // After a damaged record the reader continues if it knows the length of the record. Otherwise that record is the last
 // one that it reads.
@@ -23,8 +23,8 @@ namespace {
 
 constexpr DWORD ExtensionChars = 4;  // ".CDB"
 
-// The databases that the user has agreed to replace, at most two. One has the name from the path, and one has the name
-// in the image.
+// The databases that the user has agreed to replace, at most two: one whose name is derived from the path of the image
+// file (NameOfPath), and one whose name is stored in the image.
 struct ReplacedDatabases {
     CEOID oids[2];
     DWORD count;
@@ -172,13 +172,13 @@ DWORD FillDatabase(ImageReader& reader, const ImageHeader& header, bool allOrNon
     DWORD error = EmptyDatabase(database);
     if (error == 0)
         error = RestoreRecords(reader, database, header.recordCount, allOrNone);
-    // Outside of a store change, closing the database writes the records to the disk.
+    // If no transaction of the store is open, closing the database writes the records to the disk.
     if (!CloseHandle(database) && error == 0)
         error = GetLastError();
     return error;
 }
 
-// Deletes the old databases and fills the new one in one change of the store.
+// Deletes the old databases and fills the new one in one transaction of the store.
 DWORD Replace(const ReplacedDatabases& replaced, ImageReader& reader, const ImageHeader& header)
 {
     if (!BeginStoreChange())

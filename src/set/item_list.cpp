@@ -47,9 +47,9 @@ bool BeginsWith(const ItemNode* node, Key key)
 }  // namespace
 
 // The nodes, sorted by the bytes of their blobs. A blob comes before longer blobs that begin with it. Equal blobs are
-// in the order in which they were added. A search for a key tests only the first node that isn't below the key. If any
-// blob equals the key or begins with it, this node's blob does. If several blobs equal the key, this node was added
-// first.
+// in the order in which they were added. A search for a key tests only the first node that isn't below the key. If the
+// blob of this node doesn't begin with the key, no blob of the list does. If several blobs equal the key, this node was
+// added first.
 //
 // The pointers to the nodes are stored in blocks of a few hundred. A balanced tree would take five times the memory,
 // and a search in the tree would read more memory.
@@ -214,7 +214,7 @@ BOOL ItemList::DeliverCursor(void* buffer, DWORD* length) const
     return TRUE;
 }
 
-// Returns the index, and makes it first if it doesn't exist. Returns null if there is no memory for it.
+// Returns the index. If the list has no index yet, makes it. Returns null if there is no memory for it.
 ItemList::Index* ItemList::GetIndex()
 {
     if (index)

@@ -1,6 +1,6 @@
-// The shared memory consists of pieces of 4 KB. One bit for each piece says whether it is taken. Threads take and
-// return pieces with atomic operations on the bits. These operations also order the reads and writes of the bytes in
-// the pieces.
+// The streams that are packed and not yet written share 1 MB of memory. This shared memory consists of pieces of 4 KB.
+// One bit for each piece says whether it is taken. Threads take and return pieces with atomic operations on the bits.
+// These operations also order the reads and writes of the bytes in the pieces.
 #include "set/small_stream.h"
 
 #include "stream_files.h"
@@ -23,7 +23,8 @@ BYTE gPieces[Pieces][StreamPieceBytes];
 std::atomic<std::uint64_t> gTaken[Pieces / BitsInWord];
 std::atomic<DWORD> gFree = Pieces;
 
-// Takes a free piece. Returns false if there is none, for example because another thread has just taken the last one.
+// Takes a free piece of the shared memory. Returns false if there is none, for example because another thread has just
+// taken the last one.
 bool TakePiece(BYTE& piece)
 {
     for (DWORD word = 0; word < Pieces / BitsInWord; word++) {

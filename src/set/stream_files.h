@@ -17,7 +17,8 @@ inline HANDLE OpenTarget(const WCHAR* path, DWORD creation = CREATE_ALWAYS)
     return CreateFileW(path, GENERIC_WRITE, 0, nullptr, creation, 0, nullptr);
 }
 
-// Stores the last error in the outcome, unless the outcome already has an error. If the last error is 0, stores 31.
+// Stores the last error in the outcome, unless the outcome already has an error. If the last error is 0, stores
+// ERROR_GEN_FAILURE.
 inline void NoteFailure(StreamOutcome& outcome)
 {
     const DWORD error = GetLastError();

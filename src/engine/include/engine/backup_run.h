@@ -3,9 +3,9 @@
 
 #include "ce/types.h"
 
-// The values of `mode`. BackupListedItems: a full backup has filled the lists, and the user's comment is in gComment.
-// BackupSelectedItems: the user chose the items. In this mode RunBackup asks for the comment, and a file that is
-// deleted before the backup reads it is reported as not stored.
+// The values of `mode`. BackupListedItems: a full backup has filled the lists of items (set/item_kinds.h), and the
+// user's comment is in gComment. BackupSelectedItems: the user chose the items. In this mode RunBackup asks for the
+// comment, and a file that is deleted before the backup reads it is reported as not stored.
 inline constexpr DWORD BackupListedItems = 1;
 inline constexpr DWORD BackupSelectedItems = 2;
 
@@ -15,13 +15,14 @@ extern DWORD gLastSetNumber;
 // Lets the user choose a storage. Backs up the items in the lists (set/item_kinds.h) to it, and the registry if
 // gRegistryMarked is 1. Leaves the lists and gRegistryMarked unchanged. If nothing is marked, shows a message and makes
 // no set. Only the low 16 bits of `mode` are used. After a backup gComment is the comment of the set, which begins with
-// the date. The result is always 0. Each item that failed is reported to the host (ce/outcome.h), and RunBackup shows
+// the date. The result is always 0. Each item that failed is reported by ReportItem (ce/outcome.h), and RunBackup shows
 // no message about it. RunBackup must be called on the main window's thread, and blocks this thread.
 DWORD RunBackup(DWORD mode);
 
-// Asks which kinds of items to include, replaces the lists by the items of these kinds on the device (ListDevice), runs
-// the backup and leaves the lists empty. If the dialog was cancelled, returns 0 and changes nothing. If the job was
-// stopped during the listing, returns 0 and leaves the lists empty. Otherwise returns 1. Defined in full_backup.cpp.
+// Asks which kinds of items to include. Empties gFileList and gDatabaseList (set/item_kinds.h) and fills them with the
+// items of these kinds on the device (ListDevice). Then runs the backup and leaves the lists empty. If the dialog was
+// cancelled, returns 0 and changes nothing. If the job was stopped while the items were listed, returns 0 and leaves
+// the lists empty. Otherwise returns 1. Defined in full_backup.cpp.
 DWORD RunFullBackup();
 
 // src/command uses the following declarations. Its backups show no dialogs, because the options of the command choose
@@ -32,7 +33,7 @@ struct BackupTarget {
     DWORD replaced;        // the number of the set to replace; 0: the first number that is free or may be replaced
 };
 
-// True if no backup follows the listing of the items. In that case the listing doesn't pack tiny files in advance
+// True if the items are only listed and no backup follows. In that case tiny files aren't packed while they are listed
 // (kept_streams.h).
 inline bool gOnlyLists;
 

@@ -1,5 +1,5 @@
-// directory_walker.h - lists the content of folders. One call of WalkDirectory, with the subfolders that it enters, is
-// a walk.
+// directory_walker.h - lists the content of folders. One call of WalkDirectory is a walk. It lists a folder and, if the
+// caller wants it, the subfolders.
 #pragma once
 
 #include "ce/types.h"
@@ -7,15 +7,15 @@
 // Called for each file and subfolder of a folder. `folder` ends in a backslash, so that `folder` followed by `name` is
 // the path of the file or subfolder. This path can have more than 259 characters. `attributes` are those that the
 // search of the folder has returned. So a callback needn't call GetFileAttributesW for each file, which would take much
-// of the time of a full backup, and half of the time of marking a folder. A result of 0 ends the listing of this
-// folder, and the walk continues in the parent folder.
+// of the time of a full backup, and half of the time of marking a folder. If the callback returns 0, the walk leaves
+// out the rest of this folder and continues in the parent folder.
 using WalkCallback = BOOL (*)(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context);
 
 // Further data of the file or folder for which the callback is called.
 struct WalkedEntry {
     std::uint64_t bytes;  // 0 for a folder
     FILETIME written;
-    DWORD folderAttributes;  // of the folder that contains it; FILE_ATTRIBUTE_DIRECTORY alone for the walk's root
+    DWORD folderAttributes;  // of the containing folder; if that is the walk's root, only FILE_ATTRIBUTE_DIRECTORY
 };
 extern WalkedEntry gWalkedEntry;
 
@@ -29,8 +29,8 @@ extern WalkedEntry gWalkedEntry;
 DWORD WalkDirectory(const WCHAR* root, const WCHAR* pattern, BOOL recurse, BOOL foldersOnly, WalkCallback callback,
                     UINT_PTR context);
 
-// The path of a folder, with a backslash at its end, that no walk enters when it reaches this folder as a subfolder.
-// Null for none.
+// The path, with a backslash at its end, of a folder that WalkDirectory doesn't enter. If the root of the walk is this
+// folder itself, WalkDirectory lists its content nevertheless. Null if there is no such folder.
 extern const WCHAR* gFolderLeftOut;
 
 // Returns the size of a file, even if the file is in use or can't be read. Returns 0 if the size can't be found out.

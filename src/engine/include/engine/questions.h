@@ -1,4 +1,4 @@
-// questions.h - declares the dialogs before a run, and the progress windows. The shell defines these functions, in the
+// questions.h - declares the dialogs before a run, and the progress windows. src/shell defines these functions, in the
 // source files that are named below. So the engine doesn't depend on dialog templates and controls. A run opens its
 // progress window through gRunQuestions, which also has the questions that a run asks while it works.
 #pragma once

@@ -20,6 +20,6 @@ void RestoreLists(const WCHAR* dataPath, const WCHAR* listPath, bool wholeSet);
 // Shows the dialog of a restore, then restores the items in the lists from the data file. Before this call, LoadList
 // must have filled the lists. gOptions.restoreMode decides whether files that exist on the device are replaced. Returns
 // 0 if the dialog was cancelled or nothing is to be restored. Otherwise returns 1, even if the data file can't be
-// opened. Each item that failed is reported to the host (ce/outcome.h). The lists and gRegistryMarked stay as the
+// opened. Each item that failed is reported by ReportItem (ce/outcome.h). The lists and gRegistryMarked stay as the
 // dialog left them. RestoreSet must be called on the main window's thread, and blocks this thread.
 DWORD RestoreSet(const WCHAR* dataPath, const WCHAR* listPath, DWORD mode);

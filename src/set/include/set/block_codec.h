@@ -1,4 +1,4 @@
-// block_codec.h - packs and unpacks one block of a stream with LZO1X. No other unit calls the LZO library.
+// block_codec.h - packs and unpacks one block of a stream with LZO1X. Only block_codec.cpp calls the LZO library.
 #pragma once
 
 #include "ce/types.h"
@@ -10,11 +10,11 @@ inline constexpr BYTE StreamMagic[StreamMagicBytes] = {'Q', 'B', 'X', 'P', 'K'};
 // Raw bytes in a full block.
 inline constexpr DWORD RawBlockBytes = 131072;
 
-// The largest size in bytes of a full block when it is packed. For n raw bytes the installed library produces at most n
-// + n/16 + 64 + 3 bytes.
+// The largest size in bytes of a full block when it is packed. For n raw bytes the LZO library produces at most n +
+// n/16 + 64 + 3 bytes.
 inline constexpr DWORD PackedBlockBytes = RawBlockBytes + RawBlockBytes / 16 + 64 + 3;
 
-// The size in bytes of a packed block without raw bytes. The last block of a stream is such a block.
+// The packed size in bytes of a block that has 0 raw bytes. The last block of a stream is such a block.
 inline constexpr DWORD ClosingBlockBytes = 3;
 
 // Working memory that packing needs in addition to the raw and the packed block. Each thread that packs needs its own.
@@ -29,12 +29,12 @@ std::uint64_t DigestOfBlock(const BYTE* raw, DWORD rawBytes);
 // packs or unpacks blocks.
 inline bool gDigestsBlocks;
 
-// Returns whether the library can be used on this machine. Callers check this once before they pack or unpack the
+// Returns whether the LZO library can be used on this machine. Callers check this once before they pack or unpack the
 // blocks of a file.
 bool CodecWorks();
 
-// Packs up to RawBlockBytes of `raw` into `packed`, which has room for PackedBlockBytes. Returns false if the library
-// fails.
+// Packs up to RawBlockBytes of `raw` into `packed`, which has room for PackedBlockBytes. Returns false if the LZO
+// library fails.
 bool PackBlock(const BYTE* raw, DWORD rawBytes, BYTE* packed, DWORD& packedBytes, PackingMemory& memory);
 
 // Unpacks into `raw`, which has room for RawBlockBytes. Returns false if `packed` isn't a valid block or has more raw

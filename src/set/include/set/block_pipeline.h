@@ -13,7 +13,8 @@
 
 #include <atomic>
 
-// The largest number of blocks that TakeBlock has returned and FinishBlock hasn't returned yet.
+// The largest number of blocks in the pipeline. A block is in the pipeline from the call of TakeBlock that returns it
+// until FinishBlock returns it or EmptyPipeline drops it.
 inline constexpr DWORD PipelinedBlocks = 4;
 
 enum class BlockState { Idle, Offered, Underway, Finished };
@@ -44,5 +45,5 @@ void OfferToUnpack(PipelinedBlock& block, DWORD packedBytes);
 // Returns the oldest offered block after it is packed or unpacked. Its bytes are valid until the next TakeBlock.
 const PipelinedBlock& FinishBlock();
 
-// Drops all blocks that TakeBlock has returned and FinishBlock hasn't returned.
+// Drops all blocks in the pipeline, finished or not.
 void EmptyPipeline();

@@ -2,8 +2,8 @@
 // stream"). The caller passes the paths of both files.
 //
 // Only one operation at a time is possible, since there is only one pipeline of blocks (block_pipeline.h). All calls
-// are made on the run's thread. During a run a second thread helps to pack and unpack blocks. The order in which files
-// are read and written doesn't depend on that thread.
+// are made on the run's thread, which executes a backup or a restore. During a run a second thread helps to pack and
+// unpack blocks. The order in which files are read and written doesn't depend on that thread.
 #pragma once
 
 #include "set/stream_outcome.h"
@@ -28,23 +28,24 @@ struct PackedStream : StreamOutcome {
 };
 
 // Packs `source` into the new file `target`. A file at the path of the target is replaced. If it can't be replaced, it
-// stays unchanged.
-// 1: The source was read to its end. The stream can still lack bytes, because the card is full or because a failing
-//    disk ended the source early. `packed->whole` is 0 in these cases.
-// 0: The library can't be used (CodecWorks), a file couldn't be opened, the source couldn't be read to its end, or a
-//    block couldn't be packed. In the first two cases nothing is written. Otherwise the target has the blocks before
-//    the failure.
+// stays unchanged. Returns:
+// 1: The source was read until a read returned 0 bytes, and each block was packed. The stream can still lack bytes, for
+//    example because the card is full, or because a failing disk returned 0 bytes before the end of the source. In
+//    these cases `packed->whole` is 0.
+// 0: There are two kinds of failures. If CodecWorks() is false, or if the source or the target can't be opened, nothing
+//    is written. If the source can't be read to its end, or if a block can't be packed, the target has the blocks
+//    before the failure.
 // `packed` may be null.
 BOOL CompressFile(const WCHAR* source, const WCHAR* target, PackedStream* packed = nullptr);
 
 // Unpacks the stream `source` into the new file `target` and makes the missing folders of the target's path. If a file
 // exists at the path of the target, `keepsOld` decides. If it is false, the file is replaced. If it is true, the file
-// stays unchanged, and the call fails with error 80.
+// stays unchanged, and the call fails with error 80. Returns:
 // 1: The stream was read to its end and each block was unpacked. A failed read of a block's length counts as the end.
-//    The target can still lack bytes, and the closing block can be missing or not be the last one. `unpacked->whole` is
-//    0 in these cases.
-// 0: The library can't be used (CodecWorks), a file couldn't be opened, the source isn't a stream, or a block couldn't
-//    be read or unpacked. In the first three cases the target is unchanged. Otherwise it has the blocks before the
-//    failure.
+//    The target can still lack bytes, and the closing block can be missing or not be the last one. In these cases
+//    `unpacked->whole` is 0.
+// 0: There are two kinds of failures. If CodecWorks() is false, if the source or the target can't be opened, or if the
+//    source isn't a stream, an existing target is unchanged. If a block can't be read or unpacked, the target has the
+//    blocks before the failure.
 // `unpacked` may be null.
 BOOL DecompressFile(const WCHAR* source, const WCHAR* target, StreamOutcome* unpacked = nullptr, bool keepsOld = false);

@@ -34,21 +34,27 @@ struct ImageHeader {
 void StartImageReader(ImageReader& reader, HANDLE file);
 
 // Reads the fields before the first record. Returns 0 with error 38 if the file ends within them, and with the error of
-// the read if the file can't be read. Returns 0 with error 31 if the name isn't valid, or if there are more than
-// ImageSortOrders sort orders. A name isn't valid if it is empty, has more than 260 characters with its NUL or an odd
-// number of bytes, or doesn't end in a NUL. After a result of 0 the position of the first record is unknown.
+// the read if the file can't be read. Returns 0 with error 31 if there are more than ImageSortOrders sort orders, or if
+// the name isn't valid. A name isn't valid in these cases:
+// - It is empty.
+// - It has more than 260 characters, including its NUL.
+// - It has an odd number of bytes.
+// - It doesn't end in a NUL.
+// After a result of 0 the position of the first record is unknown.
 BOOL ReadImageHeader(ImageReader& reader, ImageHeader& header);
 
 // Reads the number of properties, with which each record begins. This call, ReadProperty and SkipProperty return 0 with
-// error 38 if the file ends too early, and with the error of the read if the file can't be read. After these two errors
-// all three calls return 0.
+// error 38 if the file ends too early, and with the error of the read if the file can't be read. After one of these two
+// errors, each further call returns 0.
 BOOL ReadPropertyCount(ImageReader& reader, WORD& count);
 
 // ReadProperty reads the next property. It allocates a text or blob by LocalAlloc, and FreeProperty frees that memory.
-// A text always ends in a NUL. If a text has an odd number of bytes, its last byte is dropped. If the property's type
-// has no value in an image, `val` is all zeros. If ReadProperty returns 0, nothing is allocated. It also returns 0 if
-// there is no memory for the value (error 8), or if the texts and blobs of the record are larger than a database
-// accepts (error 31). In these two cases the property is skipped, and the next call reads the property after it.
+// A text always ends in a NUL. If a text has an odd number of bytes, its last byte is dropped. If an image contains no
+// value for properties of this type, `val` is all zeros. If ReadProperty returns 0, nothing is allocated.
+//
+// ReadProperty can also fail in two cases in which it skips the property, so that the next call reads the property
+// after it. It returns 0 with error 8 if there is no memory for the value. It returns 0 with error 31 if the texts and
+// blobs of the record are larger than a database accepts.
 BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property);
 BOOL SkipProperty(ImageReader& reader);
 void FreeProperty(const CEPROPVAL& property);

@@ -12,15 +12,17 @@
 #include "ce/outcome.h"
 #include "ce/types.h"
 
-// First byte of an entry of a list file (docs/format.md, "List file"). Readers treat any other value as the registry.
+// First byte of an entry of a list file (docs/format.md, "List file"). Any other value is read as the registry.
 inline constexpr BYTE ItemKindFile = 1;
 inline constexpr BYTE ItemKindDatabase = 2;
 inline constexpr BYTE ItemKindRegistry = 3;
 
-// The files and databases that are marked, or that a loaded set contains. The tree, the listing of a full backup and
-// LoadList fill the lists, and the runs read them. The entry of a marked item is a name. The entry of an item of a
-// loaded set is a name and two offsets. The pointers are null before the first RenewLists, and after a RenewLists that
-// found no memory.
+// The files and databases that are marked, or that a loaded set contains. These lists are filled in one of three ways:
+// - The tree adds the items that the user marks.
+// - A full backup or a backup command adds the items that it finds on the device.
+// - LoadList adds the items of a set.
+// The runs read the lists. The entry of a marked item is a name. The entry of an item of a loaded set is a name and two
+// offsets. The pointers are null before the first RenewLists, and after a RenewLists that found no memory.
 inline ItemList* gFileList;
 inline ItemList* gDatabaseList;
 

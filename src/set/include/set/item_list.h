@@ -28,8 +28,9 @@ public:
 
     // Appends a copy of the `bytes` bytes of `blob`, even if the list has an equal blob. Until the list is first
     // searched, Add takes constant time. `contentBytes` is the number of bytes by which the item advances a run's
-    // progress: the size of the file before a backup, the size of the stream before a restore, or 0. Returns 0 if there
-    // is no memory. In that case the list is unchanged.
+    // progress. Before a backup it is the size of the file, or 0 for a database and for a file whose size isn't known.
+    // Before a restore it is the size of the item's stream. Returns 0 if there is no memory. In that case the list is
+    // unchanged.
     BOOL Add(const void* blob, DWORD bytes, std::uint64_t contentBytes = 0);
 
     // Returns 1 if a blob begins with the bytes of the key. If the key is a name with its NUL, it matches only that

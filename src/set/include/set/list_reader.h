@@ -1,4 +1,4 @@
-// list_reader.h - reads a list file entry by entry, whole or damaged (docs/format.md, "List file").
+// list_reader.h - reads a list file entry by entry (docs/format.md, "List file"). The file may be damaged.
 //
 // The memory that the reader uses doesn't grow with the file. If a text is longer than its buffer, the reader skips the
 // rest of the text and continues after it. If the file ends within that rest, no further entry can be read.
@@ -48,9 +48,9 @@ DWORD ReadListHead(ListReader& reader, WCHAR (&comment)[CommentChars]);
 bool ReadListEntry(ListReader& reader, ListEntry& entry);
 
 // Skips entries, beginning with the next one, without reading them. `stop` points into reader.buffer or to the end of
-// its bytes. The call skips only entries that end at or before `stop`. It stops before the first other entry, before an
-// entry of the registry, and before an entry whose name doesn't have a length of 1 to 260. The next ReadListEntry reads
-// the entry at which this call stopped. Returns the number of skipped entries.
+// its bytes. The call stops before the first entry to which one of these conditions applies: it ends after `stop`, its
+// kind is ItemKindRegistry, or the length of its name isn't from 1 to 260. The next ReadListEntry reads that entry.
+// Returns the number of skipped entries.
 DWORD SkipListEntries(ListReader& reader, const BYTE* stop);
 
 // Whether the entry's name can be used. The registry's name has no meaning, so it can always be used. The length of any

@@ -1,5 +1,5 @@
-// set_entry.h - defines the bytes that describe an item in memory: its name and, in a loaded set, the offsets of its
-// stream (docs/format.md, "Entries in memory").
+// set_entry.h - defines the blob that describes an item in an ItemList: the item's name and, in a loaded set, the two
+// offsets of its stream (docs/format.md, "Entries in memory").
 #pragma once
 
 #include "set/item_list.h"
@@ -12,12 +12,13 @@
 // The length of the longest name with its NUL, in characters.
 inline constexpr DWORD NameChars = MAX_PATH;
 
-// The size in bytes of the two offsets after a name, and of the largest blob.
+// OffsetsBytes is the size in bytes of the two offsets of a stream. LargestEntryBytes is the size in bytes of the
+// largest blob, which has the longest name and both offsets.
 inline constexpr DWORD OffsetsBytes = 8;
 inline constexpr DWORD LargestEntryBytes = NameChars * sizeof(WCHAR) + OffsetsBytes;
 
-// A buffer with room for any blob of a list. Each blob begins with the name. In a blob of a loaded set the offsets
-// follow the name.
+// A buffer with room for any blob of an ItemList. Each blob begins with the item's name. If the blob is from a loaded
+// set, the offsets of the item's stream follow the name.
 union EntryBuffer {
     BYTE bytes[LargestEntryBytes] = {};
     WCHAR name[LargestEntryBytes / sizeof(WCHAR)];
@@ -25,14 +26,14 @@ union EntryBuffer {
 };
 static_assert(sizeof(EntryBuffer) == 528);
 
-// The size in bytes of a blob without offsets.
+// Returns the size in bytes of the name with its NUL. It is also the size of a blob that has only the name.
 inline DWORD NameBytes(const WCHAR* name)
 {
     return static_cast<DWORD>((wcslen(name) + 1) * sizeof(WCHAR));
 }
 
-// The size in bytes of the name in a blob with offsets. It includes the name's NUL and the padding to a multiple of 4.
-// The offsets follow the padding.
+// Returns how many bytes the name takes in a blob from a loaded set. The number includes the name's NUL and the padding
+// to a multiple of 4. In the blob, the two offsets follow the padding.
 inline DWORD SetEntryNameSize(const WCHAR* name)
 {
     return (NameBytes(name) + 3) & ~DWORD{3};
@@ -71,8 +72,8 @@ inline DWORD SetEntryOffsets(EntryBuffer& entry, DWORD startOffset, DWORD endOff
     return nameSize + OffsetsBytes;
 }
 
-// Calls visit(const EntryBuffer&) for each blob of a list, in the order of the list. Visits none if `list` is null. The
-// list must not change until the function returns (item_list.h).
+// Calls visit(const EntryBuffer&) for each blob of a list, in the order of the list. Does nothing if `list` is null.
+// The list must not change until the function returns (item_list.h).
 template <class Visit>
 void ForEachEntry(ItemList* list, const Visit& visit)
 {

@@ -7,8 +7,8 @@
 extern HWND gMainWindow;
 
 // The functions that a run calls. The program sets all of them before the first run. If the program has a main window,
-// the functions show message boxes and progress windows (shell/run_windows.cpp). In a command they answer according to
-// the command's options.
+// the functions show message boxes and progress windows (shell/run_windows.cpp). If the program runs a command instead
+// (src/command), it shows no windows, and the functions answer according to the command's options.
 struct RunQuestions {
     // Whether the set of this list file may be replaced by a new one.
     bool (*mayReplaceSet)(const WCHAR* listPath);
@@ -17,8 +17,8 @@ struct RunQuestions {
     bool (*mayReplaceDatabase)(const WCHAR* name);
     // Tells the user that the registry was restored.
     void (*showRegistryRestored)();
-    // Opens a progress window (ProgressOpen in engine/questions.h). Returns null in a command, or if no window could be
-    // made.
+    // Opens a progress window (ProgressOpen in engine/questions.h). Returns null if no window could be made, or if the
+    // program runs a command.
     HWND (*openProgress)(const WCHAR* title, const WCHAR* message, DWORD range, DWORD step);
 };
 inline RunQuestions gRunQuestions;

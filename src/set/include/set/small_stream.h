@@ -1,4 +1,4 @@
-// small_stream.h - packs a source that is shorter than a block into memory. So the source can be packed before the run
+// small_stream.h - packs in memory a source that is shorter than a block. So the source can be packed before the run
 // begins to store it. All streams that are packed and not yet written share 1 MB of memory. If a caller copies a stream
 // into memory of its own (CopyKeptBytes), the copy isn't part of the 1 MB.
 //
@@ -52,14 +52,14 @@ constexpr DWORD KeptBytes(DWORD streamBytes)
     return streamBytes - StreamMagicBytes - 4 - ClosingBlockBytes;
 }
 
-// Copies a packed stream into `bytes`, without the bytes with which every stream begins and ends (KeptBytes). The
-// stream must have at most StreamPieceBytes bytes.
+// Copies a packed stream into `bytes`, which has room for KeptBytes(stream.bytes). Leaves out the bytes with which
+// every stream begins and ends. The stream must have at most StreamPieceBytes bytes.
 void CopyKeptBytes(const SmallStream& stream, BYTE* bytes);
 
 // Writes a packed stream to the new file `target`, as CompressFile does, and frees the stream's shared memory. Returns
-// 0 if the target can't be opened. After a failed write the result is 1, but `packed.whole` is 0. The stamp in `packed`
-// is all zeros.
+// 0 if the target can't be opened. After a failed write the result is 1, but `packed.whole` is 0. The call always sets
+// packed.source, the stamp, to zeros.
 BOOL WriteSmallStream(SmallStream& stream, const WCHAR* target, PackedStream& packed);
 
-// Frees the stream's shared memory. `state` is Left afterwards.
+// Frees the stream's shared memory and sets `state` to SmallStreamState::Left.
 void DropSmallStream(SmallStream& stream);

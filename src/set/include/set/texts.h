@@ -1,5 +1,5 @@
-// texts.h - the texts of the program's string table (res/quillbox.rc): their numbers, and the call that loads one.
-// The shell defines the call and its buffers (string_table.cpp).
+// texts.h - declares the texts of the program's string table (res/quillbox.rc): their numbers, and the call that loads
+// one. The call and the buffers for its result are defined in shell/string_table.cpp.
 #pragma once
 
 #include "ce/types.h"
