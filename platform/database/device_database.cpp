@@ -21,8 +21,8 @@ constexpr std::int64_t applicationId = 0x51424456;
 // Element n, counted from 1, migrates the schema from version n - 1 to version n. Devices of every version exist, so
 // elements are only appended.
 const char* const migrations[] = {
-    // 1: the tables of the registry, and of the host folders that the device remembers. `folded` is the case-folded
-    // name. Searches compare this name. The four predefined keys have the ids 1 to 4 and no parent.
+    // Version 1 has the tables of the registry, and of the host folders that the device remembers. `folded` is the
+    // case-folded name. Searches compare this name. The four predefined keys have the ids 1 to 4 and no parent.
     R"sql(
 CREATE TABLE registry_key (
     id INTEGER PRIMARY KEY,
@@ -51,9 +51,10 @@ CREATE TABLE remembered_folder (
     capacity INTEGER
 ) STRICT;
 )sql",
-    // 2: the tables of the object store's databases. Object identifiers (oids) below 0x1000000 are those of databases,
-    // and the others are those of records. No oid is used twice. `properties` has the format of store/record_bytes.h.
-    // The triggers keep `records` and `bytes` of each database correct, even if a part of a transaction is rolled back.
+    // Version 2 adds the tables of the object store's databases. Object identifiers (oids) below 0x1000000 are those of
+    // databases, and the others are those of records. No oid is used twice. `properties` has the format of
+    // store/record_bytes.h. The triggers keep `records` and `bytes` of each database correct, even if a part of a
+    // transaction is rolled back.
     R"sql(
 CREATE TABLE store_database (
     oid INTEGER PRIMARY KEY AUTOINCREMENT CHECK (oid < 0x1000000),

@@ -7,8 +7,8 @@
 
 namespace platform::device {
 
-// Starts a thread that blocks all signals, so the host delivers each signal to the thread of the run. There the signal
-// also interrupts the wait for an answer of the user.
+// Starts a thread that blocks all signals, so the kernel delivers no signal to it. A signal must reach the thread of
+// the run, because there it also interrupts the wait for an answer of the user.
 template <class Function>
 [[nodiscard]] std::thread startBackgroundThread(Function&& function)
 {

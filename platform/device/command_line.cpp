@@ -20,7 +20,7 @@ constexpr int BadUsage = 2;
 constexpr double LongestTimeout = 1e9;  // seconds
 constexpr std::string_view CapacityMark = ",capacity=";
 
-// The largest number that the database can store. It is more than any disk of the host.
+// The largest number that the database can store. No disk has so many bytes.
 constexpr std::uint64_t LargestCapacity = INT64_MAX;
 
 [[noreturn]] void refuseOption(const std::string& option, const std::string& value, const std::string& why)
@@ -110,8 +110,8 @@ public:
     ~Parser() = default;
 
     ParsedCommandLine parse(int count, const char* const* words);
-    // Reads lines of a profile and nothing else. If something is wrong with the lines, for example if an option is
-    // missing, throws an exception that says so.
+    // Reads lines of a profile, without a command line. If something is wrong with the lines, for example if an option
+    // is missing, throws an exception that says so.
     void readProfile(std::istream& lines)
     {
         app_.parse_from_stream(lines);

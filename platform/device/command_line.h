@@ -1,4 +1,4 @@
-// command_line.h - the command line of quillbox.
+// command_line.h - parses the command line of quillbox.
 #pragma once
 
 #include "command_options.h"

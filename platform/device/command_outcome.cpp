@@ -36,7 +36,8 @@ const char* wordFor(int exitCode)
     }
 }
 
-// Returns what was left out: sentences, each with the names of further items. Standard error gets the same sentences.
+// Returns what was left out as a JSON array, with one object for each LeftOut. tellLeftOut() prints the same content to
+// standard error.
 Json leftOutJson()
 {
     Json all = Json::array();
@@ -49,7 +50,8 @@ Json leftOutJson()
     return all;
 }
 
-// Names of the host can contain bytes that aren't UTF-8. JSON can't contain such bytes, so they are replaced.
+// The names of files on the host can contain bytes that aren't UTF-8. JSON can't contain such bytes, so they are
+// replaced.
 void printJson(const Json& json)
 {
     std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';

@@ -38,7 +38,8 @@ void addMissingFolders(const CommandLine& line, std::vector<ProfileFault>& fault
         faults.push_back({0, "The folder " + quoted(*storage) + " for the sets doesn't exist now."});
 }
 
-// Adds the faults that no single line has, for example a folder that is missing. Call it if each line alone is good.
+// Adds the faults that a check of each single line can't find, for example a missing folder. Call this function only if
+// that check (profileFaults) has found no fault.
 void addCommonFaults(const std::string& name, const std::string& text, std::vector<ProfileFault>& faults)
 {
     const bool backsUp = text.find("[backup]") != std::string::npos;

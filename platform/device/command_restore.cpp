@@ -19,8 +19,8 @@ Existing policyOf(WithExisting said)
     return said == WithExisting::Replace ? Existing::Replace : Existing::Skip;
 }
 
-// Returns a sentence that names the options that the command needs because the user can't be asked. Returns nothing if
-// none is missing or the user can be asked.
+// Returns nothing if no file or database of the set exists on the device, if the options say what to do with the
+// existing ones, or if the user can be asked. Otherwise returns a sentence that names the missing options.
 std::optional<std::string> whatIsUnsaid(const RestoreOptions& options, const RunPlan& plan)
 {
     const bool files = options.files == WithExisting::Unsaid && plan.existing.files != 0;

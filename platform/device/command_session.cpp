@@ -34,8 +34,8 @@ std::optional<std::string> whyNoDevice(const fs::path& folder, bool mayMake)
     return quoted(folder) + " is not a device: it has no folder \"object-store\".";
 }
 
-// Returns the folder of the user's medium whose name is that of the card `path`. Returns nothing if there is no such
-// medium, or if the device itself has something at this path.
+// Finds the user's medium that has the same name as the card `path`, and returns the medium's folder. Returns nothing
+// if there is no such medium, or if the device itself has something at this path.
 std::optional<fs::path> mediumNamed(const Device& device, const std::u16string& path)
 {
     const auto name = path.empty() ? std::nullopt : text::toHostName(path.substr(1));

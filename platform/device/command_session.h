@@ -1,4 +1,4 @@
-// command_session.h - an open device with the command that runs on it.
+// command_session.h - opens the device for a command and runs the command on it.
 #pragma once
 
 #include "command_line.h"
@@ -21,10 +21,10 @@ struct Session {
 };
 
 // Opens the device, calls run(session) and returns its exit code. If the device can't be opened, reports that and
-// returns ExitNothingDone. While another process uses the device or the card, waits at most as long as --wait says. If
-// `storage` is a folder of the host, the device shows this folder as a card. If `storage` is a name that the device
-// doesn't have, and the user has a medium with that name, the device shows the medium as a card. If the device doesn't
-// exist, it is created if `mayMake` is true, and the command is refused if `mayMake` is false.
+// returns ExitNothingDone. If another process uses the device or one of its cards, waits at most as long as --wait
+// says. If `storage` is a folder of the host, the device shows this folder as a card. If `storage` is a name that the
+// device doesn't have, and the user has a medium with that name, the device shows the medium as a card. If the device
+// doesn't exist, it is created if `mayMake` is true, and the command is refused if `mayMake` is false.
 int onDevice(const CommandLine& line, HINSTANCE instance, const NamedStorage& storage, bool mayMake,
              const std::function<int(const Session& session)>& run);
 

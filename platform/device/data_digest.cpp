@@ -84,7 +84,7 @@ void DataDigest::end()
     thread_.join();
 }
 
-// Returns true if end() was called. Waits up to LookAgain for this call.
+// Returns true if end() was called. If it wasn't called yet, first waits up to LookAgain for the call of end().
 bool DataDigest::isOver()
 {
     const kernel::MutexLock lock(mutex_);

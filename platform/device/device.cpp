@@ -77,7 +77,7 @@ Descriptor openFolder(const fs::path& folder, int flags = 0)
     return Descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
 }
 
-// Creates a folder that an older or hand-made device may lack.
+// Creates the folder if it is missing, for example because the user or an older version of Quillbox made the device.
 void makeMissingFolder(const fs::path& folder)
 {
     if (::mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST)

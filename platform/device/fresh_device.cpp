@@ -1,4 +1,4 @@
-// Finds out what a folder is before it is opened as a device, and makes an empty folder a device.
+// Finds out whether a folder is a device, empty or something else, and turns an empty folder into a device.
 #include "fresh_device.h"
 
 #include "demonstration.h"

@@ -1,4 +1,5 @@
-// fresh_device.h - finds out what a folder is before it is opened as a device, and makes an empty folder a device.
+// fresh_device.h - finds out whether a folder is a device, empty or something else, and turns an empty folder into a
+// device.
 #pragma once
 
 #include <filesystem>
@@ -15,7 +16,7 @@ enum class FolderKind {
 // Throws a Refusal if the folder can't be read, or isn't a folder.
 [[nodiscard]] FolderKind kindOf(const std::filesystem::path& folder);
 
-// Makes an empty folder a device, with demonstration content if `demonstration` is true. If the process is killed
+// Turns an empty folder into a device, with demonstration content if `demonstration` is true. If the process is killed
 // before the device is complete, kindOf returns Empty for the folder. No database of a device may be open during the
 // call. Throws a Refusal if the device can't be written.
 void makeDevice(const std::filesystem::path& folder, bool demonstration);

@@ -17,7 +17,7 @@ namespace platform::device {
 
 namespace {
 
-// Returns " (process 1234)" for the process that has locked the file. Returns an empty text if the host doesn't name
+// Returns " (process 1234)" for the process that has locked the file. Returns an empty text if /proc/locks doesn't name
 // the process. A line of /proc/locks reads "1: FLOCK  ADVISORY  WRITE 1234 fd:01:5678 0 EOF". In this line, 1234 is the
 // process, fd and 01 are the major and the minor number of st_dev, and 5678 is the inode.
 std::string processWithLock(const Descriptor& locked)

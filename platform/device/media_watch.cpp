@@ -21,11 +21,11 @@ namespace {
 
 constexpr const char* MountList = "/proc/self/mountinfo";
 
-// A medium stays open for this time after its last use. The host can't unmount a medium that is open.
+// A medium stays open for this time after its last use. The kernel doesn't unmount a medium that is open.
 constexpr auto UseEnds = 1000ms;
 constexpr int LookAgain = 500;  // milliseconds
 
-// In the mount list, the host writes a blank, tab, line break or backslash of a path as a backslash and three octal
+// In the mount list, the kernel writes a blank, tab, line break or backslash of a path as a backslash and three octal
 // digits.
 fs::path unescaped(const std::string& word)
 {

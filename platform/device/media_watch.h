@@ -1,4 +1,4 @@
-// media_watch.h - shows media as cards of the device while the host has them mounted in certain folders.
+// media_watch.h - shows media as cards of the device while they are mounted in certain folders of the host.
 #pragma once
 
 #include "shown_folders.h"
@@ -33,8 +33,8 @@ private:
     const std::function<bool()> changed_;
     const host::Descriptor mounts_;
     const host::Descriptor end_;
-    // The folder of each shown medium, with the host's number of the mount. Another medium that is mounted in the same
-    // folder later usually has a different number. The host may use a number again after an unmount.
+    // The folder of each shown medium, with the kernel's number of the mount. Another medium that is mounted in the
+    // same folder later usually has a different number. The kernel may use a number again after an unmount.
     std::map<std::filesystem::path, std::string> media_;
     std::thread thread_;
 };

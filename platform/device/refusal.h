@@ -1,5 +1,5 @@
-// refusal.h - the exception that says why a device can't be opened. openDevice returns it as an OpenError. Other rooms
-// can catch it as a std::runtime_error.
+// refusal.h - the exception that says why a device can't be opened. openDevice catches it and returns an OpenError.
+// Other components can catch it as a std::runtime_error.
 #pragma once
 
 #include <filesystem>

@@ -1,4 +1,5 @@
-// set_care.h - what a backup does after it has written a set: it writes the checksums and removes old sets.
+// set_care.h - writes the checksums of a new set and removes old sets. Each is an optional step of a backup, after it
+// has written the set.
 #pragma once
 
 #include "command_session.h"

@@ -31,7 +31,7 @@ struct MountPoint {
 class ShownFolders {
 public:
     explicit ShownFolders(std::filesystem::path device) : device_(std::move(device)) {}
-    // Unlocks the cards. Call file::removeAllMounts() before the destructor runs.
+    // Unlocks the cards that add() has locked. Call file::removeAllMounts() before the destructor runs.
     ~ShownFolders() = default;
     ShownFolders(const ShownFolders&) = delete;
     ShownFolders& operator=(const ShownFolders&) = delete;
@@ -41,9 +41,9 @@ public:
     // isn't empty.
     std::optional<std::string> add(MountPoint mountPoint) EXCLUDES(mutex_);
 
-    // Shows the file system that is mounted in the folder `place` as a card, under the name of that folder.
-    // removeMedium removes the card. Returns false if the device shows a folder of that file system already, or if the
-    // card can't be shown.
+    // Adds a card for the file system that is mounted in the folder `place`. The card gets the name that freeName
+    // returns for `place`. removeMedium removes the card. addMedium returns false if the device shows a folder of that
+    // file system already, or if the card can't be shown.
     [[nodiscard]] bool addMedium(const std::filesystem::path& place) EXCLUDES(mutex_);
     void removeMedium(const std::filesystem::path& place) EXCLUDES(mutex_);
 
@@ -51,18 +51,20 @@ public:
     // in the root has that name.
     std::string freeName(const std::filesystem::path& folder) const EXCLUDES(mutex_);
 
-    // Returns the path on the device of a file or folder of the host. Nothing if no shown folder contains it.
+    // Returns the path that a file or folder of the host has on the device. Returns nothing if no shown folder contains
+    // it.
     std::optional<std::u16string> pathOf(const std::filesystem::path& entry) const EXCLUDES(mutex_);
 
-    // If `folder` of the host was itself added, returns its path on the device. Returns nothing for any other folder.
+    // If `folder` is itself one of the shown folders, returns its path on the device. Returns nothing for any other
+    // folder, even if it is inside a shown folder.
     std::optional<std::u16string> pathOfShown(const std::filesystem::path& folder) const EXCLUDES(mutex_);
 
-    // Returns the path on the host of a file or folder of the device. `path` begins with a backslash, or is empty for
-    // the device's root.
+    // Returns the path that a file or folder of the device has on the host. `path` begins with a backslash, or is empty
+    // for the device's root.
     std::filesystem::path hostPathOf(const std::u16string& path) const EXCLUDES(mutex_);
 
     // Returns how many bytes can still be stored in a shown folder. Returns nothing if no folder is shown at `path`, or
-    // if the host doesn't report a number.
+    // if the file system doesn't report a number.
     std::optional<std::uint64_t> roomIn(const std::u16string& path) const EXCLUDES(mutex_);
 
 private:

@@ -1,4 +1,4 @@
-// telling.h - sentences for the user on standard error.
+// telling.h - prints sentences for the user to standard error.
 #pragma once
 
 #include "device/device.h"
@@ -16,8 +16,9 @@ std::string onScreen(std::string text);
 
 void tellWarnings(const OpenResult& opened);
 
-// Prints to standard error what was left out since the process started, because the program's own windows may not have
-// shown it. Returns ExitLeftOut if `exitCode` is ExitComplete and something was left out. Otherwise returns `exitCode`.
+// Prints the sentences about all failures since the process started (whatWasLeftOut) to standard error. The program's
+// own windows may not have shown these failures. Returns ExitLeftOut if `exitCode` is ExitComplete and there was a
+// failure. Otherwise returns `exitCode`.
 int tellLeftOut(int exitCode);
 
 }  // namespace platform::device

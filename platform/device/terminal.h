@@ -1,5 +1,5 @@
-// terminal.h - what a command shows and asks on a terminal while it runs. The caller must first check that there is a
-// terminal (standardErrorIsTerminal, userCanBeAsked), so that nothing of this is written to a pipe or a file.
+// terminal.h - shows the progress of a command and asks questions on a terminal. The caller must first check that there
+// is a terminal (standardErrorIsTerminal, userCanBeAsked), so that no progress or question goes to a pipe or a file.
 #pragma once
 
 #include "kernel/mutex.h"

@@ -24,8 +24,9 @@ constexpr std::size_t MostNamed = 20;
 
 constexpr std::array Kinds = {Troubled::File, Troubled::DatabaseList, Troubled::Database, Troubled::Registry};
 
-// The kinds of failures that the program itself reports. Their sentences come first. An item for which the program
-// reports a failure isn't included again among the failed calls.
+// The kinds of failures that the program itself reports (ce/outcome.h). Sentences about them come before sentences
+// about failed calls (Noted). If the program has reported a failure of an item, the failed calls for this item get no
+// sentence.
 constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing,   Trouble::Restoring,
                                  Trouble::Deleting,  Trouble::Replacing, Trouble::Reaching};
 constexpr std::array Noted = {Trouble::Reading, Trouble::Writing};
@@ -91,8 +92,8 @@ std::string manyOf(Trouble kind, Troubled what)
     return what == Troubled::Registry ? " registries " : " databases ";
 }
 
-// The words of a sentence before the name of a thing. `one` is for a sentence about a single thing. `many` is for a
-// sentence about several things, which names the first one.
+// The words of a sentence before the name of an item. `one` is for a sentence about a single item. `many` is for a
+// sentence about several items, which names the first one.
 struct Wording {
     const char* one;
     const char* many;
@@ -136,7 +137,7 @@ std::string noSet(const NamedTrouble& trouble)
     return failed + reasonOf(Trouble::Numbering, Troubled::File, trouble.error) + ".";
 }
 
-// Adds the sentences for one kind of failure and one kind of thing. Databases have a sentence of their own, so that a
+// Adds the sentences for one kind of failure and one kind of item. Databases have a sentence of their own, so that a
 // user doesn't overlook a database among many files.
 void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles, std::vector<LeftOut>& all)
 {
@@ -160,10 +161,11 @@ void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles
     all.push_back(std::move(leftOut));
 }
 
-// Combines the errors that the program reported with the errors of single calls. If both have an error for the same
-// item, the report contains one of them. For a database or the registry, it contains the error of the call, which is
-// more exact, unless the program reported a damaged set. For a file, it contains the error that the program reported,
-// unless this is error 31.
+// Combines the errors that the program reported with the errors of the platform's calls. If both have an error for the
+// same item, the report contains one of them:
+// - For a file: the error of the call if the program reported error 31, otherwise the program's error.
+// - For a database or the registry: the program's error if it says that the set is damaged, otherwise the error of the
+//   call.
 class Report {
 public:
     explicit Report(Since since) : since_(since)
@@ -204,7 +206,9 @@ public:
 private:
     using Name = std::pair<Troubled, std::u16string>;
 
-    // Returns whether the error of a call is more exact than `reported`. A call can't find out that a set is damaged.
+    // Returns whether the error of a call is more exact than `reported`, the error that the program reported. For a
+    // database or the registry, ERROR_FILE_CORRUPT means that the set is damaged. Only the program can find that out,
+    // so in this case the program's error is the more exact one.
     static bool knowsBetter(Troubled what, DWORD reported)
     {
         return what == Troubled::File ? reported == ERROR_GEN_FAILURE : reported != ERROR_FILE_CORRUPT;

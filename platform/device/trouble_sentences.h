@@ -14,8 +14,8 @@ struct LeftOut {
     std::size_t unnamed = 0;               // how many further items aren't named here
 };
 
-// Returns sentences about everything that was left out in the period `since`. This includes failed calls that the
-// program didn't report. Returns no sentences if all went well.
+// Returns sentences about all that failed since the process or the latest job started (`since`): what the program
+// reported (ce/outcome.h), and failed calls that it didn't report. Returns no sentences if all went well.
 [[nodiscard]] std::vector<LeftOut> whatWasLeftOut(kernel::Since since);
 
 }  // namespace platform::device

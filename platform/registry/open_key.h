@@ -1,4 +1,4 @@
-// open_key.h - the object of an HKEY of RegCreateKeyExW.
+// open_key.h - the object to which the handle of an open registry key (HKEY) refers. RegCreateKeyExW creates it.
 #pragma once
 
 #include "kernel/handle_table.h"
@@ -15,7 +15,7 @@ public:
     [[nodiscard]] bool takesCloseHandle() const override { return false; }
 
     [[nodiscard]] std::int64_t row() const { return row_; }
-    [[nodiscard]] int level() const { return level_; }  // below its predefined key
+    [[nodiscard]] int level() const { return level_; }  // number of levels below its predefined key
 
 private:
     std::int64_t row_;

@@ -16,7 +16,8 @@ using database::DatabaseUse;
 using database::Step;
 using database::Transaction;
 
-// Returns false if reading or writing fails, or if the database contains a larger value than any call could store.
+// Returns false if reading or writing fails, or if the database contains a value that is larger than the platform's
+// calls allow (ValueBytesLimit).
 bool writeValues(Connection& connection, RegistryTextWriter& writer, std::int64_t key)
 {
     auto values = valuesOf(connection, key);
@@ -30,8 +31,9 @@ bool writeValues(Connection& connection, RegistryTextWriter& writer, std::int64_
     }
 }
 
-// Writes a key and all below it. Returns false if reading or writing fails. Also returns false if a key lies deeper
-// than any call could create it, which limits the depth of the recursion.
+// Writes a key and all below it. Returns false if reading or writing fails. Also returns false if a key lies more
+// levels below its predefined key than the platform's calls allow (LevelLimit). This check limits the depth of the
+// recursion.
 bool writeKey(Connection& connection, RegistryTextWriter& writer, KeyPath& path,  // NOLINT(misc-no-recursion)
               std::int64_t row)
 {

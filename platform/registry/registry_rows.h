@@ -1,4 +1,5 @@
-// registry_rows.h - the registry's tables: keys by number, values by key and name. Names are compared without case.
+// registry_rows.h - finds, writes and deletes the rows of the registry's keys and values. Names are compared without
+// case.
 #pragma once
 
 #include "database/connection.h"
@@ -32,8 +33,8 @@ struct FoundKey {
 // key's number and its name.
 [[nodiscard]] database::Statement keysBelow(database::Connection& connection, std::int64_t parent);
 
-// Returns the statement that reads the values of a key, ordered by name without case, so the default value is first.
-// The columns are name, type and data.
+// Returns the statement that reads the values of a key, ordered by name without case. The default value comes first,
+// because its name is empty. The columns are name, type and data.
 [[nodiscard]] database::Statement valuesOf(database::Connection& connection, std::int64_t key);
 
 // Deletes a value, or a key with all below it, if it exists. Returns Done or the kind of failure.

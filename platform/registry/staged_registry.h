@@ -1,7 +1,8 @@
 // staged_registry.h - writes the staged file, a registry file beside the device's database. At the next start, its
 // content replaces the registry.
 //
-// The copy is written under another name and renamed when it is complete. So a staged file is always complete.
+// stageRegistry() first writes a file with another name, and renames this file when it is complete. So a staged file is
+// always complete.
 #pragma once
 
 #include "ce/handle.h"
@@ -16,9 +17,10 @@ namespace platform::registry {
 void setStagingFolder(const std::filesystem::path& folder);
 
 // Copies an open file, whose offset must be 0. The copy becomes the staged file and replaces an earlier one. Returns 0
-// when the copy is on the disk. If the file isn't a whole registry, returns 31, keeps the copy as "registry.refused"
-// and leaves an earlier staged file unchanged. After any other failure there is no copy. If a whole registry was copied
-// and only the flush of the folder failed, an earlier staged file is gone, too.
+// when the copy is on the disk. If the file isn't a whole registry, returns error 31, keeps the copy as
+// "registry.refused" and leaves an earlier staged file unchanged. After any other failure the call deletes the copy and
+// leaves an earlier staged file unchanged, with one exception: if a whole registry was copied and only the flush of the
+// folder failed, there is no staged file, because the copy had already replaced the earlier one.
 [[nodiscard]] DWORD stageRegistry(HANDLE file);
 
 // Deletes the staged file.

@@ -61,8 +61,9 @@ DWORD findMisplaced(Connection& connection)
     return 0;
 }
 
-// Returns 31 if a row has the name `written` but a wrong folded name, because such a database isn't missing. Otherwise
-// returns 0, or the error of the search. Call this function after a search for the folded name has found no row.
+// Returns error 31 if a row has the name `written` but a wrong folded name. Such a database exists, so it must not
+// count as missing. Without such a row, returns 0 or the error of the search. Call this function after a search for the
+// folded name has found no row.
 DWORD misplaced(Connection& connection, const std::u16string& written)
 {
     if (!storeState().misplaced)

@@ -24,7 +24,7 @@ struct DatabaseName {
 // Finds the database of this type that has the lowest oid above `after`. Type 0 means any type.
 [[nodiscard]] Found<CEOID> databaseAfter(database::Connection& connection, CEOID after, DWORD type);
 // Finds a database by its folded name. In a damaged device.db, a row can have the right name but a wrong folded name.
-// If only such a row has the name, the result is an error, because the database isn't missing.
+// If only such a row has the name, returns an error, because the database exists and must not count as missing.
 [[nodiscard]] Found<CEOID> databaseNamed(database::Connection& connection, const DatabaseName& name);
 [[nodiscard]] Found<CEDBASEINFO> databaseInfo(database::Connection& connection, CEOID oid);
 [[nodiscard]] Found<CEOID> ownerOfRecord(database::Connection& connection, CEOID record);

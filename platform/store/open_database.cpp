@@ -19,8 +19,8 @@ using database::Transaction;
 
 namespace {
 
-// The limits of the changes that a handle gathers. If the process is killed, the gathered changes are lost. A flush
-// takes milliseconds, so a few flushes per second don't slow a backup or restore down.
+// The limits of a handle's pending changes. If the process is killed, the pending changes are lost. A flush takes
+// milliseconds, so a few flushes per second don't slow a backup or restore down.
 constexpr unsigned GatheredChanges = 4096;
 constexpr std::size_t GatheredBytes = std::size_t{8} << 20;
 constexpr std::chrono::milliseconds GatheredTime(500);
@@ -49,8 +49,8 @@ DWORD OpenDatabase::beginChange(Connection& connection)
         return ERROR_INVALID_PARAMETER;
     if (storeState().changeIsOpen)
         return joinChange(connection);
-    // The changes of another handle must be on the disk before this handle changes anything. Those of this handle are
-    // committed when they reach a limit.
+    // The pending changes of another handle must be on the disk before this handle changes anything. Those of this
+    // handle are committed when they reach a limit.
     if (connection.isGathering() && (!owns_ || gatheredEnough()))
         connection.endGathering();
     if (changes_.size() == changes_.capacity())  // so that keepChange can't run out of memory after the change
@@ -114,8 +114,8 @@ void OpenDatabase::gatheringEnded(Connection& connection, Step step)
     const auto changes = std::exchange(changes_, {});
     if (step == Step::Done)
         return;
-    // The rollback removed new records and restored deleted ones. So the positions of records that were counted before
-    // are no longer valid.
+    // The rollback removed new records and restored deleted ones. So the positions of records (KnownPosition) that were
+    // determined before the rollback are no longer valid.
     ++storeState().recordsRemoved;
     try {
         if (step == Step::Full)
@@ -139,9 +139,10 @@ Step OpenDatabase::changeTogether(Connection& connection, std::span<const Gather
     return step == Step::Done ? transaction.commit() : step;
 }
 
-// If the disk has no room for all changes, tries each half separately, down to single changes. Each new record is
-// inserted again with its old oid. No other record has taken this oid, because nothing but these changes was made since
-// the rollback.
+// Repeats the changes that SQLite rolled back because the disk was full. If the disk has no room for all of them
+// together, tries each half separately, down to single changes. A new record is inserted with the oid that it had
+// before the rollback. No other record has taken this oid, because nothing but these changes was made since the
+// rollback.
 void OpenDatabase::changeWhatFits(Connection& connection, std::span<const GatheredChange> changes)
 {
     if (changes.empty())

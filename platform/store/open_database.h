@@ -1,5 +1,6 @@
-// open_database.h - the object to which the handle of an open database refers: a pointer into the records, and the
-// changes that the handle gathers so that one flush writes them.
+// open_database.h - the object to which the handle of an open database refers. It contains the handle's record pointer
+// and copies of its pending changes. Pending changes belong to a transaction that isn't committed yet
+// (Connection::gather), so that one flush writes many changes to the disk.
 //
 // Use it only while a database::DatabaseUse lives. But call close() without one, because close() creates its own.
 #pragma once
@@ -56,16 +57,20 @@ public:
     [[nodiscard]] bool autoIncrement() const { return autoIncrement_; }
 
     // Prepares this handle for a change. Call this function before each change. Returns 0 or the platform's error
-    // number. Commits the changes that another handle has gathered. Commits those of this handle if there are many of
-    // them or if the gathering began some time ago. After that, the handle gathers changes. Between BeginStoreChange
-    // and EndStoreChange the function commits nothing, and the following change belongs to that transaction.
+    // number. If another handle has pending changes, commits them. Commits those of this handle if they are many or
+    // large, or if their transaction began some time ago. The change that follows is then pending. Between
+    // BeginStoreChange and EndStoreChange the function commits nothing, and the change that follows belongs to the
+    // transaction of BeginStoreChange.
     [[nodiscard]] DWORD beginChange(database::Connection& connection);
 
-    // Keeps a copy of a gathered change. Call this function after each change. If the disk has no space for all
-    // gathered changes, SQLite rolls them back. The handle then uses the copies to repeat as many changes as fit.
+    // Keeps a copy of a pending change. Call this function after each change. If the disk has no space for all pending
+    // changes, SQLite rolls them back. The handle then uses the copies to repeat as many changes as fit. Between
+    // BeginStoreChange and EndStoreChange the function does nothing, because that transaction is atomic.
     void keepChange(GatheredChange change);
 
-    // Writes the gathered changes to the disk. Returns an error if any change was lost since the handle was opened.
+    // Writes the pending changes of this handle to the disk. Returns an error if any change was lost since the handle
+    // was opened. Changes in the transaction of BeginStoreChange don't count: EndStoreChange writes them or returns the
+    // error.
     [[nodiscard]] DWORD close() override;
 
     RecordPointer pointer;
@@ -84,7 +89,7 @@ private:
     const std::u16string name_;
     const bool autoIncrement_;
     bool closed_ = false;
-    bool owns_ = false;         // this handle began the transaction that gathers changes now
+    bool owns_ = false;         // this handle began the open transaction of Connection::gather
     std::uint64_t joined_ = 0;  // StoreState::changes when joinChange last marked the database as modified
     std::vector<GatheredChange> changes_;
     std::size_t bytes_ = 0;

@@ -99,7 +99,8 @@ void append(RecordBytes& bytes, RecordView piece)
     bytes.insert(bytes.end(), piece.begin(), piece.end());
 }
 
-// Returns a view of the caller's value. Returns nothing if a text, or a blob that isn't empty, is null.
+// Returns a view of the caller's value. Returns nothing if the pointer to a text is null, or if the pointer to a blob
+// is null although the blob's size isn't 0.
 std::optional<RecordView> valueOf(const CEPROPVAL& property)
 {
     const WORD type = typeOf(property.propid);

@@ -38,8 +38,9 @@ using PropertyViews = std::vector<PropertyView>;
 [[nodiscard]] std::optional<PropertyViews> pick(const PropertyViews& properties, std::span<const CEPROPID> ids);
 
 // Returns the bytes of the record after the changes. A change replaces a property, appends it or, with CEDB_PROPDELETE,
-// removes it. Returns nothing if a text, or a blob that isn't empty, is null. Also returns nothing if there are more
-// than 65535 properties, or if texts and blobs together have more than MaxRecordContent bytes.
+// removes it. Returns nothing if the pointer to a text is null, or if the pointer to a blob is null although the blob's
+// size isn't 0. Also returns nothing if there are more than 65535 properties, or if texts and blobs together have more
+// than MaxRecordContent bytes.
 [[nodiscard]] std::optional<RecordBytes> withChanges(const PropertyViews& properties,
                                                      std::span<const CEPROPVAL> changes);
 

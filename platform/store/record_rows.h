@@ -43,10 +43,10 @@ struct RecordRow {
 // Number of records before `oid`. Counts them one by one.
 [[nodiscard]] Found<DWORD> countBefore(database::Connection& connection, CEOID owner, std::int64_t oid);
 
-// The number of records that is stored in the database's row. Doesn't count the records.
+// Reads the number of records from the database's row, where it is stored. Doesn't count the rows of the records.
 [[nodiscard]] Found<DWORD> countOf(database::Connection& connection, CEOID owner);
 
-// Counts the rows of the database's records. Returns 31 if their number differs from countOf, because records are
+// Counts the rows of the database's records. Returns error 31 if their number differs from countOf, because records are
 // missing or belong to another database. Otherwise returns 0, or the error of the count.
 [[nodiscard]] DWORD faultOfCount(database::Connection& connection, CEOID owner);
 

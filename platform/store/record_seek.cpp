@@ -38,8 +38,9 @@ public:
         return refuse(found.error != 0 ? found.error : ERROR_SEEK);
     }
 
-    // Moves the pointer to the record that is `records` places before the first record whose oid is at least `from`.
-    // `records` is at least 1. If there is no such record, leaves the pointer unchanged and sets ERROR_SEEK.
+    // Moves the pointer to a record whose oid is below `from`: to the last of these records if `records` is 1, to the
+    // last but one if `records` is 2, and so on. If there is no such record, leaves the pointer unchanged and sets
+    // ERROR_SEEK.
     CEOID back(std::int64_t from, std::int64_t records)
     {
         const auto found = oidBefore(connection_, open_.database(), from, records - 1);
@@ -96,8 +97,9 @@ CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
     }
 }
 
-// Returns the position of `pointer` if it is known without counting the records. It is known at the end. It is also
-// known at the record whose position was returned last, unless a record was removed since then.
+// Returns the position of `pointer` if it is known without counting the records. If the pointer is after the last
+// record, its position is the number of records. The position of the record whose position was returned last is also
+// known, unless a record was removed since then.
 std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& open, const RecordPointer& pointer)
 {
     if (pointer.from == RecordPointer::AfterLast)

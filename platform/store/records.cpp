@@ -1,4 +1,4 @@
-// The calls on records, and CeOpenDatabase.
+// CeOpenDatabase, and the calls that read, write and delete records.
 #include "ce/store.h"
 
 #include "database/device_database.h"
@@ -43,7 +43,7 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
                                 : !use ? failed(ERROR_GEN_FAILURE)
                                        : call(*use, *open);
         if (use && outcome.error != 0)
-            (void)use->isGathering();  // if the failure has rolled back the gathered changes, runs their handler
+            (void)use->isGathering();  // if the failure rolled back the pending changes, calls their handler
         if (open)
             noteStoreTrouble(kind, Troubled::Database, name, outcome.error);
         if (outcome.error != 0)
@@ -52,9 +52,9 @@ CEOID onHandle(HANDLE database, Trouble kind, Call call)
     });
 }
 
-// Returns the record at the pointer. If it was deleted and another record follows, returns that record with
-// CEDB_AUTOINCREMENT, and error 1018 without this flag. If no record follows, the error is that of faultOfCount, or 259
-// if no record is missing.
+// Returns the record at the pointer. If this record was deleted and another one follows, the result depends on the
+// handle. With CEDB_AUTOINCREMENT it is the record that follows. Without this flag it is error 1018. If no record
+// follows, the result is the error of faultOfCount, or error 259 if faultOfCount finds no fault.
 Found<RecordRow> currentRecord(Connection& connection, const OpenDatabase& open)
 {
     if (open.pointer.exact) {  // faster than a search for the next record

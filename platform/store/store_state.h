@@ -1,4 +1,4 @@
-// store_state.h - the state of the object store that is in memory only.
+// store_state.h - holds the part of the object store's state that exists only in memory.
 #pragma once
 
 #include "database/connection.h"
@@ -21,14 +21,15 @@ struct StoreState {
     std::uint64_t changes = 0;                        // number of calls of BeginStoreChange that succeeded
     DWORD changeFault = 0;                            // 0, or why the change that began last isn't on the disk
     std::u16string changedName;                       // the database that was created last since BeginStoreChange
-    // Names of the databases whose row has a wrong folded name (DatabaseName). No value until a search has looked for
-    // all of them. No call creates such a row, so the result stays valid until a rollback restores deleted databases.
+    // The oid and the name of each database whose row has a wrong folded name, which differs from the one that
+    // DatabaseName::of makes of the row's name. The variable has no value until a search has looked for such rows. No
+    // call creates such a row, so the value stays valid until a rollback restores deleted databases.
     std::optional<std::unordered_map<CEOID, std::u16string>> misplaced;
 };
 [[nodiscard]] StoreState& storeState();
 
-// Returns the error if the change that BeginStoreChange began is open, but has failed and was rolled back. Otherwise
-// returns 0. Call this function before each change of a database or record.
+// Returns an error if a failure has rolled back the transaction of BeginStoreChange, and EndStoreChange hasn't been
+// called since. Otherwise returns 0. Call this function before each change of a database or record.
 [[nodiscard]] DWORD faultOfChange(database::Connection& connection);
 
 }  // namespace platform::store

@@ -1,4 +1,4 @@
-// store_time.h - times of changes in ticks, the platform's 100 ns steps since 1601 UTC.
+// store_time.h - returns the current time in ticks (units of 100 ns since 1601 UTC), and converts ticks to a FILETIME.
 #pragma once
 
 #include "ce/types.h"

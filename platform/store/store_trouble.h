@@ -1,5 +1,5 @@
-// store_trouble.h - notes the failures that the host reports to the user at the end of a job or of the process
-// (kernel/troubles.h).
+// store_trouble.h - records failures of the object store's calls (kernel/troubles.h), so that the user learns of them
+// at the end of a job or of the process.
 #pragma once
 
 #include "kernel/troubles.h"
@@ -22,8 +22,8 @@ inline void noteStoreTrouble(Trouble kind, Troubled what, std::u16string_view na
         kernel::noteTrouble(kind, what, name, error);
 }
 
-// Returns the result of `call`. If `call` runs out of memory, notes the failure, sets the last error to 8 and returns
-// `failed`.
+// Returns the result of `call`. If `call` runs out of memory, notes the failure, sets the last error to
+// ERROR_NOT_ENOUGH_MEMORY and returns `failed`.
 template <class Result, class Call>
 Result withinMemory(Trouble kind, Troubled what, std::u16string_view name, Result failed, Call call)
 {

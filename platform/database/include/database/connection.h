@@ -1,4 +1,5 @@
-// connection.h - the statements and transactions of one SQLite database file. No other room includes sqlite3.h.
+// connection.h - executes the statements of one SQLite database file, and groups its changes into transactions. Only
+// this component includes sqlite3.h.
 //
 // Only one thread at a time may use a connection. DatabaseUse (device_database.h) gives access to it under a lock.
 #pragma once
@@ -24,7 +25,7 @@ namespace platform::database {
 enum class Step {
     Row,   // a row can be read
     Done,  // no more rows, and the change is made
-    Full,  // the host's disk is full
+    Full,  // the disk is full
     NoMemory,
     Failed,  // any other failure, for example a read error or a constraint that forbids the change
 };
@@ -56,7 +57,7 @@ private:
     int size_;
 };
 
-// Those prepared statements of one text that aren't in use.
+// Prepared statements that aren't in use at present. All of them have the same SQL text.
 using Prepared = std::vector<sqlite3_stmt*>;
 
 // A prepared statement, borrowed from its connection for one use.
@@ -66,8 +67,8 @@ public:
     Statement& operator=(Statement&&) = delete;
     ~Statement();
 
-    // Binds the parameters in their order: whole numbers, texts, bytes, nullptr for NULL. Texts are copied, but bytes
-    // must live until the last step.
+    // Binds the parameters in their order: whole numbers, texts, bytes, nullptr for NULL. Texts are copied. Bytes
+    // aren't copied, so they must stay valid until the last call of step().
     template <class... Values>
     Statement& bind(const Values&... values)
     {
@@ -79,7 +80,7 @@ public:
     [[nodiscard]] Step step();
 
     // The following functions read the row that step() found. Columns are numbered from 0. Bytes are valid until the
-    // next step or the destruction of the Statement.
+    // next call of step() or the destruction of the Statement.
     [[nodiscard]] std::int64_t integer(int column) const;
     [[nodiscard]] std::u16string text(int column) const;
     [[nodiscard]] std::span<const std::byte> bytes(int column) const;
@@ -120,28 +121,30 @@ public:
     // or the statement fails.
     [[nodiscard]] std::optional<std::int64_t> readNumber(Sql sql);
 
-    // Begins a transaction that gathers the changes of several calls. All of these changes share one flush to the disk.
-    // `ended` is called once, at the end of the transaction. Its argument is Done if all changes are on the disk, and
-    // another value if they were rolled back. If such a transaction is open already, the call returns Done and ignores
-    // `ended`.
+    // Begins a transaction for the changes of several calls, so that one flush writes all of them to the disk. Until
+    // the transaction ends, these changes are pending. `ended` is called once, at the end of the transaction. Its
+    // argument is Done if all changes are on the disk, and another value if they were rolled back. If such a
+    // transaction is open already, the call returns Done and ignores `ended`.
     [[nodiscard]] Step gather(std::function<void(Step)> ended);
 
     // Returns whether the transaction of gather() is open. If a failed statement has rolled back this transaction,
     // calls `ended` and returns false.
     [[nodiscard]] bool isGathering();
 
-    // Commits the gathered changes, unless holdGathering() prevents this. Also ends the transaction of keepReading().
+    // Commits the pending changes of gather(), unless holdGathering() prevents this. Also ends the transaction of
+    // keepReading().
     void endGathering();
 
     // Between holdGathering() and releaseGathering(), endGathering() doesn't commit. If `kept` is true,
-    // releaseGathering() commits all gathered changes. Otherwise it rolls back all of them. Without an open transaction
-    // of gather(), both functions do nothing.
+    // releaseGathering() commits all pending changes. Otherwise it rolls back all of them. If no transaction of
+    // gather() is open, holdGathering() and releaseGathering() do nothing.
     void holdGathering() { held_ = isGathering(); }
     void releaseGathering(bool kept);
 
     // Makes the following reads share one transaction. Without it, each read begins a transaction of its own, and
-    // SQLite asks the host for the file's size each time. The next gather() or endGathering() ends the shared
-    // transaction. One of the two must be called before the next change. Does nothing while changes are gathered.
+    // SQLite asks the kernel for the file's size each time. The next gather() or endGathering() ends the shared
+    // transaction. One of the two must be called before the next change. Does nothing while a transaction of gather()
+    // is open.
     void keepReading();
 
     [[nodiscard]] std::int64_t lastInsertId() const;
@@ -161,13 +164,13 @@ private:
 
     sqlite3* database_;
     bool reading_ = false;                      // a transaction is open for reads alone
-    std::function<void(Step)> gatheringEnded_;  // empty while nothing is gathered
+    std::function<void(Step)> gatheringEnded_;  // empty while no transaction of gather() is open
     bool held_ = false;
     std::unordered_map<const char*, Prepared> prepared_;
 };
 
-// An atomic change. The destructor rolls back a change that wasn't committed. While changes are gathered, the object is
-// a savepoint of the transaction that gathers them.
+// An atomic change. The destructor rolls back a change that wasn't committed. If a transaction of gather() is open, the
+// change is a savepoint of that transaction.
 class Transaction {
 public:
     explicit Transaction(Connection& connection);
@@ -179,8 +182,8 @@ public:
     // would commit each statement separately.
     [[nodiscard]] Step begun() const { return begun_; }
 
-    // Returns Done if the change is on the disk or gathered. Otherwise the change isn't made, and the next start of the
-    // program doesn't make it either.
+    // Returns Done if the change is on the disk, or if it is pending in the transaction of gather(). Otherwise the
+    // change isn't made, and the next start of the program doesn't make it either.
     [[nodiscard]] Step commit();
 
 private:

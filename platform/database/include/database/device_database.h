@@ -1,5 +1,5 @@
-// device_database.h - the device's database file, opened once per process and shared by the rooms that store
-// something in it.
+// device_database.h - opens and closes the device's database file, and lets all components use it under a lock. Only
+// one such file can be open in a process at a time.
 #pragma once
 
 #include "database/connection.h"
@@ -17,11 +17,12 @@ namespace platform::database {
 // beside it was renamed.
 [[nodiscard]] bool openDeviceDatabase(const std::filesystem::path& file, std::string& sentence);
 
-// Calls endGathering(), which commits the gathered changes unless they are held, and closes the file. Does nothing if
-// no file is open.
+// Commits the pending changes (Connection::gather) and closes the file. If Connection::holdGathering() is in effect,
+// the pending changes are rolled back instead. Does nothing if no file is open.
 void closeDeviceDatabase();
 
-// Whether a use of the database first commits the changes that were gathered so far (End) or goes on gathering (GoOn).
+// What a new DatabaseUse does with the pending changes (Connection::gather). End commits them, unless
+// Connection::holdGathering() prevents this. GoOn leaves them pending.
 enum class Gathered { End, GoOn };
 
 // Locks the open database as long as the object exists. A thread that has a DatabaseUse must not create another one.

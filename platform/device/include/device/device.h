@@ -1,7 +1,8 @@
-// device.h - the device: a folder of the host.
+// device.h - opens a device, which is a folder of the host (the Linux system).
 //
-// object-store/ is the device's root folder, and each folder in cards/ is a card. device.db contains the registry, the
-// databases and the remembered folders of the host. Only one process at a time can open a device.
+// object-store/ is the device's root folder. Each folder in cards/ is a card, which stands for a memory card and
+// appears as a folder in the root. device.db contains the registry, the databases, and the list of the host folders
+// that the device shows at every start. Only one process at a time can open a device.
 #pragma once
 
 #include "device/extra_folder.h"
@@ -44,24 +45,25 @@ public:
     // text, or a sentence for the user if the folder can't be shown or can't be remembered.
     [[nodiscard]] virtual std::string showFolder(const std::filesystem::path& folder, bool card) = 0;
 
-    // Shows the folder that contains a set as a card until the device is closed. If the folder is named QUILBOX, the
-    // card is its parent folder. If the device already shows a folder that contains the set, only returns the set's
+    // Makes the folder that contains a set appear as a card until the device is closed. If the folder is named QUILBOX,
+    // the card is its parent folder. If the device already shows a folder that contains the set, only returns the set's
     // path. `listFile` is the path of the set's list file on the host.
     [[nodiscard]] virtual ShownSet showSet(const std::filesystem::path& listFile) = 0;
 
-    // Shows a folder of the host as a card until the device is closed. If the device shows this folder already, only
-    // returns its path.
+    // Makes a folder of the host appear as a card until the device is closed. If the device shows this folder already,
+    // only returns its path.
     [[nodiscard]] virtual ShownStorage showStorage(const std::filesystem::path& folder) = 0;
 
-    // Returns the path on the host of a file or folder of the device. `path` begins with a backslash, or is empty for
-    // the device's root.
+    // Returns the path that a file or folder of the device has on the host. `path` begins with a backslash, or is empty
+    // for the device's root.
     [[nodiscard]] virtual std::filesystem::path hostPath(const std::u16string& path) const = 0;
     // Returns how many bytes can still be stored in the root (empty `path`) or in a folder that is shown in the root.
-    // Returns nothing if the device shows no folder at `path`, or if the host doesn't report a number.
+    // Returns nothing if the device shows no folder at `path`, or if the file system doesn't report a number.
     [[nodiscard]] virtual std::optional<std::uint64_t> roomIn(const std::u16string& path) const = 0;
 
-    // Shows each medium as a card while it is mounted directly in one of `folders`. After a medium was mounted or
-    // unmounted, another thread calls `changed` repeatedly until `changed` returns true.
+    // While a medium is mounted directly in one of `folders`, the device has a card with the content of the medium,
+    // unless it already shows a folder of the same file system. After a medium was mounted or unmounted, another
+    // thread calls `changed` repeatedly until `changed` returns true.
     virtual void showMedia(std::vector<std::filesystem::path> folders, std::function<bool()> changed) = 0;
 };
 
@@ -76,9 +78,9 @@ struct OpenResult {
 
 // Opens the device in `folder`: from then on the process uses its folders, registry and cards. `extras` are folders
 // that the device also shows until it is closed. A folder with an object-store/ is a device, and its missing parts are
-// created. A folder that doesn't exist, is empty or has only what an interrupted first start left becomes a device. If
-// `demonstration` is true, the new device has demonstration content, otherwise it is empty. Any other folder is
-// refused, because it may contain the user's own files.
+// created. A new device is created if the folder doesn't exist, if it is empty, or if it has only the files that an
+// interrupted first start left there. The new device has demonstration content if `demonstration` is true, otherwise it
+// is empty. Any other folder is refused, because it may contain the user's own files.
 [[nodiscard]] OpenResult openDevice(const std::filesystem::path& folder, const std::vector<ExtraFolder>& extras,
                                     bool demonstration);
 

@@ -1,6 +1,6 @@
-// remembered_folders.h - folders of the host that a device shows in its root at every start.
+// remembered_folders.h - reads and changes the list of the host folders that a device shows in its root at every start.
 //
-// The list of these folders is stored in the open device's database.
+// The list is stored in the open device's database.
 #pragma once
 
 #include "device/extra_folder.h"

@@ -10,9 +10,10 @@ namespace platform::registry {
 // has stored a file beside the database (the staged file), its content replaces the registry. If the staged file is
 // damaged, it is renamed and the registry stays. After openRegistry, programs can look up RegCopyFile and
 // RegRestoreFile with GetProcAddressW. Returns false with a sentence for the user if the database or the staged file
-// can't be used. In that case the registry is unchanged, unless only the deletion of the staged file failed after its
-// content had replaced the registry. On success `sentence` is empty or a warning. The warning names each file that was
-// renamed, which can be the staged file or the database's write-ahead log.
+// can't be used. The registry is then unchanged, with one exception: if the content of the staged file has replaced the
+// registry and only the deletion of the staged file (or its flush) failed, the new content stays. On success `sentence`
+// is empty or a warning. The warning names each file that was renamed, which can be the staged file or the database's
+// write-ahead log.
 [[nodiscard]] bool openRegistry(const std::filesystem::path& database, std::string& sentence);
 
 // Closes the database. Keys that are still open become invalid, and stay invalid when the registry is opened again.

@@ -20,10 +20,12 @@ class RegistryTextSink {
 public:
     virtual ~RegistryTextSink() = default;
 
-    // Each function returns false to end the reading. A value belongs to the last key before it.
+    // Each function returns false to end the reading. A value belongs to the key of the last call of key().
     virtual bool key(const KeyPath& path) = 0;
     virtual bool value(std::u16string_view name, DWORD type, std::span<const std::byte> data) = 0;
-    // With Wholeness::Free, a text can also delete a key with all below it, or a value of the last key before it.
+    // With Wholeness::Free, a text can also delete keys and values. removedKey() gets a key that is to be deleted with
+    // all below it. removedValue() gets the name of a value that is to be deleted. The value belongs to the key of the
+    // last call of key().
     virtual bool removedKey(const KeyPath& /*path*/) { return false; }
     virtual bool removedValue(std::u16string_view /*name*/) { return false; }
 };

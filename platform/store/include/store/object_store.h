@@ -3,9 +3,10 @@
 
 namespace platform::store {
 
-// Closes all handles of databases and of enumerations (CeFindFirstDatabase). Writes the gathered changes of these
-// handles to the disk. Undoes a change that BeginStoreChange began and EndStoreChange didn't end. Call it before the
-// device's database file is closed.
+// Closes all handles of databases and of enumerations (CeFindFirstDatabase). If changes that were made through these
+// handles aren't on the disk yet, writes them to the disk. But if EndStoreChange hasn't been called after
+// BeginStoreChange, undoes all changes since BeginStoreChange. Call closeStore before the device's database file is
+// closed.
 void closeStore();
 
 }  // namespace platform::store
