@@ -51,9 +51,9 @@ bool ListedSet::next(Item& item)
     return true;
 }
 
-// One search in the buffer finds the next occurrence of `part`. The entries that end before this occurrence are skipped
-// without being read, up to the registry or an invalid entry. If the buffer doesn't contain `part`, all its complete
-// entries can be skipped. next() then reads the entry after the skipped ones.
+// Searches the buffer for the next occurrence of `part`, and skips, without reading them, the entries that end before
+// it. If the buffer doesn't contain `part`, skips all complete entries in the buffer. In both cases the skipping ends
+// early at the registry and at an entry with an invalid length. next() then reads the entry after the skipped ones.
 bool ListedSet::nextWith(std::u16string_view part, Item& item)
 {
     const BYTE* const end = reader_->buffer + reader_->filled;

@@ -4,7 +4,8 @@
 
 namespace archive {
 
-// The halves come from two unrelated functions: the library's hash, and FNV-1a over the characters.
+// The two halves of the hash come from unrelated functions: `first` from the hash of the standard library, and `second`
+// from FNV-1a over the characters.
 NameHash::NameHash(BYTE kind, std::u16string_view name)
     : first(std::hash<std::u16string_view>{}(name) + kind), second(0xCBF29CE484222325 ^ kind)
 {

@@ -64,8 +64,8 @@ void settle(Dated& dated, Order order, DateSource source)
     dated.order = order;
 }
 
-// Reads the date at the start of the comment. The comment begins with the same words on every device, because the
-// program's texts aren't translated.
+// Reads the date in a set's comment. The date follows the words "Backup date:" at the beginning of the comment. These
+// words are the same on every device, because the program's texts aren't translated.
 template <class Dated>
 void readComment(std::u16string_view comment, Dated& dated)
 {
@@ -196,9 +196,9 @@ SetDates::Dated& SetDates::read(std::size_t set)
     return dated;
 }
 
-// Takes the order of day and month from the nearest set in the same folder whose own comment or file time shows the
-// order. If two such sets are equally near, the earlier one in `sets_` decides. If there is no such set, the day counts
-// as first.
+// Takes the order of day and month from another set. Considers only sets in the same folder whose own comment or file
+// time shows the order. Of these, the set with the smallest distance in `sets_` decides. If two have the same distance,
+// the earlier one decides. If there is no such set, the first number of the date counts as the day.
 void SetDates::decideByNeighbours(std::size_t set)
 {
     std::optional<Order> order;

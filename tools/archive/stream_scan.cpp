@@ -26,15 +26,16 @@ constexpr std::size_t BlockAhead = 2 * (LengthBytes + PackedBlockBytes);
 constexpr std::size_t SearchAhead = BlockAhead + std::size_t{128} * 1024;
 static_assert(SearchAhead <= FileWindow::MostAhead);
 
-// Something valid after a block is another block, a new stream or the end of the file. If nothing valid follows a
-// damaged block, the block is used only if it yields at least this many raw bytes. The same applies to the first block
-// of a stream whose beginning is lost.
+// A damaged block is used if another valid block, a new stream or the end of the file follows it. Otherwise it is used
+// only if it yields at least this many raw bytes. The same applies to the first block of a stream whose beginning is
+// lost.
 constexpr DWORD LeastPiece = 64;
 
-// The work on false and damaged blocks is counted in bytes. It is limited to WorkForByte for each byte of the file
-// before the current offset, plus WorkInAddition. A failed attempt to unpack a block costs the number of its packed and
-// unpacked bytes, plus WorkForFalseBlock. Packing a damaged block again costs the number of its raw bytes. A damaged
-// block that nothing valid follows costs WorkForCutBlock more, because such a block can make the caller write a file.
+// A false block consists of bytes that only look like a block. The work on false and damaged blocks is counted in
+// bytes. It is limited to WorkForByte for each byte of the file before the current offset, plus WorkInAddition. A
+// failed attempt to unpack a block costs the number of its packed and unpacked bytes, plus WorkForFalseBlock. Packing a
+// damaged block again costs the number of its raw bytes. If a damaged block is used although nothing valid follows it
+// (After::Nothing), it costs WorkForCutBlock more, because it can make the caller write a file.
 constexpr std::uint64_t WorkForByte = 32;
 constexpr std::uint64_t WorkInAddition = std::uint64_t{64} * 1024 * 1024;
 constexpr std::uint64_t WorkForFalseBlock = 256;
@@ -42,7 +43,7 @@ constexpr std::uint64_t WorkForCutBlock = 65536;
 
 constexpr std::array<BYTE, 3> EndMark = {0x11, 0, 0};
 
-// The block that may be at the beginning of the view.
+// A possible block at the beginning of a view. Only its length has been checked.
 struct BlockView {
     View packed;
     bool isWhole;  // false: the file ends inside the block
@@ -51,7 +52,7 @@ struct BlockView {
     bool hasEndMark() const { return isWhole && std::ranges::equal(packed.last(EndMark.size()), EndMark); }
 };
 
-// Returns nothing if the view is too short for a block, or if no block can have the length that the view begins with.
+// Returns nothing if the view is too short for a block, or if it begins with a length that no block can have.
 std::optional<BlockView> blockIn(View view)
 {
     if (view.size() < LengthBytes + ClosingBlockBytes)
@@ -69,7 +70,8 @@ bool beginsWithMagic(View view)
     return view.size() >= StreamMagicBytes && std::memcmp(view.data(), StreamMagic, StreamMagicBytes) == 0;
 }
 
-// What follows a block that may be damaged. End is the end of the file or a new stream.
+// What follows a block that may be damaged. End means that the file ends or a new stream begins. Nothing means that
+// nothing valid was found after the block.
 enum class After { Nothing, End, ClosingBlock, DataBlock };
 
 class Scan {
@@ -166,8 +168,8 @@ private:
         if (!block || !mayTry())
             return loseTrack();
         DWORD bytes = 0;
-        // The window has zeros in place of bytes that the host couldn't read. A block with such zeros may unpack, but
-        // it is damaged.
+        // The window has zeros in place of bytes that the host (the Linux system) couldn't read. A block with such
+        // zeros may unpack, but it is damaged.
         const bool isReadable = window_.readable(at_, block->bytes()) == block->bytes();
         if (!unpack(*block, raw_, bytes) || (!isReadable && bytes != 0))
             return takeDamagedBlock(view, *block, bytes);

@@ -124,8 +124,8 @@ private:
     LeftOut& leftOut_;
 };
 
-// Returns the contact's companies, mail addresses and telephone numbers, sorted. The shown name can be a copy of one of
-// these texts.
+// Returns the contact's companies, mail addresses and telephone numbers, sorted. A display name (Field::ShownName) can
+// be a copy of one of these texts.
 std::vector<std::string_view> textsToRepeat(ContactValues& values)
 {
     std::vector<std::string_view> texts;
@@ -136,8 +136,10 @@ std::vector<std::string_view> textsToRepeat(ContactValues& values)
     return texts;
 }
 
-// If the contact has neither a first nor a last name, the first shown name that doesn't repeat another value becomes
-// the last name. All other shown names are counted as left out, unless they repeat another value.
+// A contact of a device has no display name (Field::ShownName). Ignores each display name that repeats the contact's
+// name, a part of that name, a company, a mail address or a telephone number. If the contact has neither a FirstName
+// nor a LastName, the first of the remaining display names in the row becomes the LastName. All others are counted as
+// left out.
 void takeName(ContactValues& values, Record& contact, LeftOut& leftOut)
 {
     std::string last = values.takeText(Field::LastName);
@@ -169,7 +171,7 @@ void takeTelephone(ContactValues& values, Record& contact, LeftOut& leftOut)
 }
 
 // Adds the categories to the contact. Skips each category that begins with "* ", such as "* myContacts". Such a
-// category is a group of the other program itself, and says nothing about a single contact.
+// category is a built-in group of the program that wrote the file, and says nothing about a single contact.
 void takeCategories(ContactValues& values, Record& contact)
 {
     std::string categories;

@@ -207,7 +207,7 @@ bool isOffset(std::string_view text)
            text.substr(3, 2) < "60";
 }
 
-// True for a start such as "19700101", "19700101T000000" or "19700101T000000Z".
+// True for the value of a DTSTART, such as "19700101", "19700101T000000" or "19700101T000000Z".
 bool isStart(std::string_view text)
 {
     if (text.size() != 8 && (text.size() != 15 || text[8] != 'T') &&
@@ -240,10 +240,10 @@ bool isUsable(const Component& observance)
     return hasStart && hasFrom && hasTo;
 }
 
-// Returns as how many rules the definition counts. MostRules limits the sum over all accepted definitions. An
-// observance counts as one rule, plus one for each full century from its start to 2037, one for each comma in an RRULE,
-// and one for each full hundred commas in an RDATE. Returns nothing if an observance isn't usable or an RRULE isn't
-// yearly.
+// Returns the size of the definition, counted in rules. MostRules limits the sum of the sizes of all accepted
+// definitions. An observance counts as one rule, plus one for each full century from its start to 2037, one for each
+// comma in an RRULE, and one for each full hundred commas in an RDATE. Returns nothing if an observance isn't usable or
+// an RRULE isn't yearly.
 std::optional<std::size_t> rulesOf(const Component& definition)
 {
     std::size_t rules = 0;

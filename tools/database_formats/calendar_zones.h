@@ -1,5 +1,5 @@
-// calendar_zones.h - finds the time zones of a calendar, and converts times in these zones to the host's local time.
-// The clock of a device shows local time.
+// calendar_zones.h - finds the time zones of a calendar, and converts times in these zones to the local time of the
+// host (the Linux system). The clock of a device shows local time.
 //
 // The name of a zone is looked up in three lists, in this order:
 //

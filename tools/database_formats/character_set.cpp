@@ -34,8 +34,8 @@ std::string Decoder::toUtf8(std::string bytes)
     constexpr auto Failed = static_cast<std::size_t>(-1);
     // Resets the converter to its initial state. An earlier text that was invalid can have changed the state.
     iconv(converter_.get(), nullptr, nullptr, nullptr, nullptr);
-    // The second call flushes the converter. The converter can keep back a letter until it sees whether the next byte
-    // combines with the letter.
+    // The first call in the condition converts the bytes. The second one flushes the converter, which can keep back a
+    // letter until it sees whether the next byte combines with the letter.
     if (iconv(converter_.get(), &in, &inLeft, &out, &outLeft) == Failed ||
         iconv(converter_.get(), nullptr, nullptr, &out, &outLeft) == Failed)
         throw FormatFault("a value isn't valid in the character set \"" + shownName(characterSet_) + "\"");

@@ -10,7 +10,7 @@ namespace database_formats {
 namespace {
 
 constexpr std::size_t DeepestNesting = 8;
-// More than any real contact, appointment or task has.
+// No real contact, appointment or task has as many lines and parameters as this.
 constexpr std::size_t MostLinesAndParameters = 4 * 0xFFFF;
 
 // Returns the offset of a soft line break of quoted-printable in the line that begins at `lineBegin`. Such a break is a

@@ -40,7 +40,8 @@ public:
     // large.
     std::optional<Component> next();
 
-    // Returns the lines of the container itself that next() has read since takeContainerLines() was last called.
+    // Returns the lines of the container that belong to none of its parts. Each call returns only the lines that next()
+    // has read since the previous call.
     std::vector<ContentLine> takeContainerLines() { return std::exchange(containerLines_, {}); }
 
 private:

@@ -1,4 +1,4 @@
-// component_fields.h - reads the fields of a component that a database can hold, and counts the others as left out.
+// component_fields.h - reads the fields of a component that a record can hold, and counts the other fields as left out.
 #pragma once
 
 #include "component.h"
@@ -35,10 +35,11 @@ public:
     void takeNotes(Record& record, std::string_view name);
 
     void leaveOut(std::string_view name) { leftOut_.add(name); }
-    // Counts as left out, under the name `shownName`, each line that has the name `name` and isn't empty.
+    // Counts each line with the name `name` as left out, unless the line is empty. Uses `shownName` as the name of the
+    // field.
     void leaveOut(std::string_view name, std::string_view shownName);
-    // Counts the remaining lines with content as left out. These are the lines whose name isn't in `ignored` and that
-    // neither a take function nor leaveOut(name, shownName) has processed.
+    // Counts all remaining lines with content as left out. Skips the lines whose name is in `ignored`, and the lines
+    // that a take function or leaveOut(name, shownName) has already processed.
     void leaveRest(std::span<const std::string_view> ignored);
 
 private:

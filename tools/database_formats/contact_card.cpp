@@ -15,7 +15,8 @@ namespace {
 
 using namespace personal;
 
-// The indexes of the parts of N and ADR that a contact can hold, and the most parts into which such a value is split.
+// A name (N) or an address (ADR) consists of several parts. A contact can hold the parts with the following indexes. A
+// value is split into at most MostParts parts.
 constexpr std::size_t LastNamePart = 0;
 constexpr std::size_t FirstNamePart = 1;
 constexpr std::size_t TownPart = 3;
@@ -48,7 +49,7 @@ void addBirthday(Component& card, std::span<const CEPROPVAL> contact)
     card.add("BDAY", midnight ? basicDate(*day) : basicTime(*day));
 }
 
-// Splits a value such as N or ADR into its parts, and records which of them were taken.
+// Splits a value such as a name (N) or an address (ADR) into its parts, and records which of them take() has returned.
 class StructuredValue {
 public:
     explicit StructuredValue(const ContentLine* line)
@@ -64,7 +65,7 @@ public:
         unused_[part] = false;
         return unescaped(parts_[part]);
     }
-    // True if a part that wasn't taken isn't empty.
+    // True if the value has content in any part that take() hasn't returned.
     bool hasMore() const
     {
         for (std::size_t part = 0; part < parts_.size(); ++part)
@@ -112,7 +113,9 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
     addUtf8(contact, FirstName, first);
 }
 
-// A contact has only a home telephone number. If the number has another type, counts the type as left out.
+// A contact of a device can have a home telephone number, but no other number. So a number of another type, such as
+// WORK, becomes the home number, and its type is counted as left out. If the number also has the type HOME, only the
+// type FAX is counted.
 void takeTelephone(ComponentFields& fields, Record& contact)
 {
     const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls);

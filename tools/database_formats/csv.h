@@ -45,9 +45,9 @@ private:
     std::size_t rowCount_ = 0;
 };
 
-// Reads the file into one database. An address book of another program gets the usual head of contacts. Any other file
-// gets an empty head. Columns with an unknown heading are left out. If `columns` isn't empty, any file is read as an
-// address book.
+// Reads the file into one database. For an address book of another program, the database gets the name, type and sort
+// orders that contacts usually have on a device. For any other file, the DatabaseHead is empty. Columns with an
+// unknown heading are left out. If `columns` isn't empty, any file is read as an address book.
 void readCsv(LineReader& lines, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns);
 
 }  // namespace database_formats

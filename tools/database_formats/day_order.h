@@ -18,8 +18,8 @@ public:
     void add(std::string_view text);
     // Returns nothing if no birthday shows the order, or if birthdays contradict each other.
     std::optional<DayOrder> found() const;
-    // True if at least one birthday can't be read without the order. A birthday with points, or one that begins with
-    // the year, can be read without it.
+    // True if at least one birthday can't be read without the order. The order isn't needed for a birthday with dots,
+    // such as 12.04.1985, or for one that begins with the year.
     bool isNeeded() const { return open_ + dayFirst_ + monthFirst_ != 0; }
 
 private:
@@ -29,7 +29,7 @@ private:
 };
 
 // Returns the date. Returns nothing if the text isn't a complete date that exists. `order` doesn't apply to a date with
-// points, such as 12.04.1985, or to a date that begins with the year.
+// dots, such as 12.04.1985, or to a date that begins with the year.
 std::optional<FILETIME> dayFrom(std::string_view text, DayOrder order);
 
 // True for a text that contains only zeros, separators and spaces, such as 0/0/00. Programs write such texts for a

@@ -48,8 +48,9 @@ void readZones(LineReader& lines, CalendarZones& zones, LeftOut& leftOut)
     lines.restart();
 }
 
-// Takes the calendar's own lines that were read since the last call. Counts them as left out, for example a name or a
-// colour, except the lines about the file. Returns the METHOD, or an empty text if these lines have none.
+// Takes the calendar's own lines that were read since the last call, for example its name or colour. Counts these lines
+// as left out, except lines without a value and the lines about the file. Returns the METHOD, or an empty text if these
+// lines have none.
 std::string takeCalendarLines(ComponentReader& items, LeftOut& leftOut)
 {
     constexpr std::string_view AboutTheFile[] = {"VERSION", "PRODID", "CALSCALE", "METHOD"};

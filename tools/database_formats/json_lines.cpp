@@ -16,7 +16,8 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Limits on the memory that a parsed line takes. No record is nested deeper, and no record of a device has more values.
+// Limits on the memory that a parsed line takes. No line with a database or a record is nested deeper than
+// DeepestNesting. No record of a device has more values than MostValues.
 constexpr std::size_t DeepestNesting = 4;
 constexpr std::size_t MostKeys = 16;  // the most keys of an object. The time to find a key grows with their number.
 constexpr std::size_t MostValues = std::size_t{4} * 1024 * 1024;

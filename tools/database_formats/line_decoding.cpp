@@ -99,9 +99,9 @@ std::string fromWindows1252(const std::string& bytes)
     }
 }
 
-// Quoted-printable without CHARSET should be ASCII or UTF-8, but old desktop programs wrote Windows-1252. The user
-// can't convert such a file, because its coded bytes are all ASCII. So a text that isn't valid UTF-8 is read as
-// Windows-1252, and the guess is reported.
+// Quoted-printable without CHARSET should be ASCII or UTF-8, but old desktop programs wrote Windows-1252. Converting
+// the file to UTF-8 wouldn't help the user, because quoted-printable consists of ASCII characters, which a conversion
+// doesn't change. So a text that isn't valid UTF-8 is read as Windows-1252, and the guess is reported.
 void bringToUtf8(ContentLine& line)
 {
     const Encoding encoding = encodingOf(line);

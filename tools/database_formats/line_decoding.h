@@ -10,8 +10,8 @@ bool isQuotedPrintable(std::string_view line);
 
 // Converts the value to UTF-8 as the parameters of the line say. If the character set had to be guessed, sets
 // `guessed`. If the conversion fails, the value doesn't change, and `fault` says why the conversion failed. If the line
-// has an encoding or a CHARSET, a failure also sets `leftOut`. Otherwise the user can remove the fault by converting
-// the whole file to UTF-8.
+// has an encoding or a CHARSET, a failure also sets `leftOut`. Otherwise `leftOut` stays false, because the user can
+// remove the fault by converting the whole file to UTF-8.
 void decode(ContentLine& line);
 
 // Converts a value of vCard 2.1 to the escapes of later versions. In 2.1 a backslash escapes only ";", "," and itself.

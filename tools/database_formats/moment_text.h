@@ -1,4 +1,4 @@
-// moment_text.h - converts between ISO 8601 texts, dates with times, and the times of the object store.
+// moment_text.h - converts dates and times from ISO 8601 texts to the format of the object store (FILETIME), and back.
 #pragma once
 
 #include "ce/types.h"

@@ -4,8 +4,9 @@ namespace set_report {
 
 namespace {
 
-// Returns the escape for the character at the beginning of `from`, or an empty text if the character needs none. JSON
-// has the escaped characters only inside texts. The separators U+2028 and U+2029 have three bytes each.
+// Returns the escape for the character at the beginning of `from`, or an empty text if the character needs none. In
+// JSON, the characters that need an escape occur only inside strings, where escapes are allowed. The separators U+2028
+// and U+2029 have three bytes each.
 std::string_view escapeOf(std::string_view from)
 {
     switch (from[0]) {

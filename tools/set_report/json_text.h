@@ -13,7 +13,7 @@ namespace set_report {
 // replaced by U+FFFD.
 std::string jsonText(const nlohmann::ordered_json& value);
 
-// Returns the text as a JSON string with the same escapes.
+// Returns the text as a JSON string, with the same escapes and replacements as jsonText().
 std::string jsonString(std::string_view text);
 
 }  // namespace set_report

@@ -1,4 +1,4 @@
-/* The page around the data of a report. */
+/* The two parts of a report's page that come before and after its data. */
     .section .rodata
     .globl setReportHead, setReportHeadEnd, setReportTail, setReportTailEnd
 setReportHead:

@@ -1,9 +1,10 @@
-// page_parts.h - the page around the data of a report. embed_page.py makes it from the files in page/.
+// page_parts.h - the two parts of a report's page that come before and after its data. embed_page.py makes them from
+// the files in page/.
 #pragma once
 
 extern "C" {
-extern const char setReportHead[];  // up to the data
+extern const char setReportHead[];  // before the data
 extern const char setReportHeadEnd[];
-extern const char setReportTail[];  // what follows the data
+extern const char setReportTail[];  // after the data
 extern const char setReportTailEnd[];
 }

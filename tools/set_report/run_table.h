@@ -1,6 +1,7 @@
-// run_table.h - a table of things that many sets have, such as items. Each thing has a row. Successive sets in which
-// the thing has the same state share one element of the row. So 200 sets of the same files need little more space than
-// one.
+// run_table.h - a table of the entries that the sets of a report have. An entry is an item of a set, a record, or a key
+// or value of the registry. Each entry has one row for all sets. A row contains a run for each sequence of successive
+// sets in which the entry has the same state. A run is the state, together with the first and the last set of the
+// sequence. So 200 sets of the same files need little more space than one.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +12,8 @@
 
 namespace set_report {
 
-// Identifies a thing in all sets. It is a hash of 128 bits, so it is practically impossible that two things have the
-// same key by chance.
+// Identifies an entry. The same entry has the same key in every set. The key is a hash of 128 bits, so it is
+// practically impossible that two different entries have the same key by chance.
 struct RowKey {
     bool operator==(const RowKey&) const = default;
 
@@ -33,12 +34,11 @@ public:
     // descending order of their numbers.
     void beginSet(unsigned set) { set_ = set; }
 
-    // Adds a thing of the current set in this state. If a key is added twice in one set, the two calls add two
-    // different things.
+    // Adds an entry to the current set. If a key is added twice in one set, the two calls add two different entries.
     //
     // head() returns the part of the row that is the same in all sets, as elements of a JSON array, such as
-    // "1,\"\\a\"". `state` consists of further elements of that array, or is empty. States are equal if their texts are
-    // equal.
+    // "1,\"\\a\"". `state` is the state of the entry in the current set. It consists of further elements of that array,
+    // or is empty. States are equal if their texts are equal.
     template <class Head>
     void add(const RowKey& key, const Head& head, const std::string& state)
     {
@@ -46,13 +46,14 @@ public:
             addRun(rowOf(key, head), state);
     }
 
-    // Returns a number. The rows are complete for all sets with this number or a higher one. The number is 0 as long as
-    // the rows haven't exceeded the limit. If even the newest set may lack rows, no set has the number.
+    // Once the rows have exceeded the limit of the constructor, older sets may lack rows. In that case returns the
+    // number of the oldest set that is certainly complete, as all newer sets are. If even the newest set may lack rows,
+    // returns a number that is higher than that of any set. If the limit wasn't exceeded, returns 0.
     unsigned completeFrom() const { return completeFrom_; }
 
-    // Writes an array of the rows: [head, first set, last set, state, first set, last set, state, ...]. Each group of
-    // first set, last set and state describes successive sets in which the thing has this state. The group with the
-    // newest sets comes first.
+    // Writes a JSON array of all rows. Each row is an array [head, first set, last set, state, first set, last set,
+    // state, ...]. A run of first set, last set and state describes successive sets in which the entry has this state.
+    // The run with the newest sets comes first.
     void write(std::ostream& out) const;
 
 private:
@@ -65,13 +66,14 @@ private:
         std::string head;
         std::vector<Run> runs;
         unsigned set;         // the set in which the row's key was added last
-        std::uint64_t times;  // how many things of that set had the key so far
+        std::uint64_t times;  // how many entries of that set had the key so far
     };
 
     bool isFull() const { return completeFrom_ != 0; }
 
-    // Returns the row of the thing, and makes it if it doesn't exist. A set can have several things with the same key.
-    // The second thing with a key has the same row as the second thing with this key in another set.
+    // Returns the row of the entry, and makes it if it doesn't exist. A set can have several entries with the same key.
+    // These entries are numbered within the set, and entries of different sets share a row if their keys and their
+    // numbers are equal.
     template <class Head>
     Row& rowOf(const RowKey& key, const Head& head)
     {

@@ -30,16 +30,24 @@ private:
     std::vector<const std::string*> texts_;
 };
 
-// The contents of all sets. docs/archive.md explains the limits on the sizes of the tables. In each row of a RunTable,
-// the head is the same in all sets, and the state can differ from set to set.
+// The contents of all sets. docs/archive.md explains the limits on the sizes of the tables. A row of a RunTable
+// consists of a head, which is the same in all sets, and of a state, which can differ from set to set. The comments
+// below list the elements of both.
 struct ReportTables {
-    // Head: kind and name. State: number of the content, unpacked bytes, packed bytes, fault or 0. If the item can't be
-    // read to its end, the number is 0 and the unpacked bytes are -1.
+    // One row for each item.
+    // - Head of the row: the item's kind and name.
+    // - State in one set: the number that `contents` gives to the item's content, the number of unpacked bytes, the
+    //   number of packed bytes, and the fault, or 0 if there is no fault. If the content is damaged or wasn't read,
+    //   the number of the content is 0 and the number of unpacked bytes is -1.
     RunTable items{std::size_t{64} * 1024 * 1024};
-    // Head: number of the database, and an array with the number and the value of each property. No state.
+    // One row for each record.
+    // - Head of the row: the number of the record's database (see `databases`), and an array. The array has two
+    //   elements for each property: the number of its name (see `properties`) and its value.
+    // - State in one set: empty.
     RunTable records{std::size_t{32} * 1024 * 1024};
-    // One row for each registry key and one for each registry value. Head: the key, and the name of the value. State:
-    // the value as a text. In the row of a key, the name is null and the state is 0.
+    // One row for each registry key and one for each registry value.
+    // - Head of the row: the path of the key, and the name of the value or null in the row of a key.
+    // - State in one set: the value as a text, or 0 in the row of a key.
     RunTable values{std::size_t{16} * 1024 * 1024};
 
     NumberedTexts databases;                                       // each as an array: name and type
@@ -53,7 +61,7 @@ class SetReading final : public archive::CheckSink {
 public:
     SetReading(ReportTables& tables, archive::Progress& progress) : tables_(tables), progress_(progress) {}
 
-    // Reads the set. Returns what the page shows of the set as a whole.
+    // Reads the set. Returns what the report's page shows about the set as a whole, such as its comment and its size.
     nlohmann::ordered_json read(const archive::OpenedSet& set);
 
     void item(const archive::Item& item) override;

@@ -1,6 +1,6 @@
-// The data of the page: the sets, the oldest first, and rows of their contents. A row is an array that describes one thing: an
-// item, a record, or a key or value of the registry. It begins with what is the same in all sets. Then come runs, the newest
-// first. A run is a range of sets in which the thing has the same state.
+// The data of the page: the sets, the oldest first, and rows of their contents. A row is an array that describes one
+// entry: an item, a record, or a key or value of the registry. The row begins with the elements that are the same in
+// all sets. Then come runs, the newest first. A run is a range of sets in which the entry has the same state.
 
 const data = JSON.parse(byId("data").textContent);
 const sets = data.sets;
@@ -15,7 +15,7 @@ const ItemRuns = { start: 2, width: 6 };
 const RecordRuns = { start: 2, width: 2 };
 const ValueRuns = { start: 2, width: 3 };
 
-// Returns the offset in the row at which the run with this set begins, or -1 if the set doesn't have the thing.
+// Returns the offset in the row at which the run with this set begins, or -1 if the set doesn't have the entry.
 function runAt(row, { start, width }, set) {
   for (let at = start; at < row.length && row[at + 1] >= set; at += width)
     if (row[at] <= set) return at;

@@ -19,7 +19,7 @@ std::string notOpened(const std::string& what, DWORD error);
 
 std::string streamFaultText(StreamFault fault);
 
-// Returns a text that explains an error of the platform's calls to a user who extracts items.
+// Returns a text that tells the user why a file can't be made or written. `error` is the error code of the platform.
 std::string errorText(DWORD error);
 
 }  // namespace archive

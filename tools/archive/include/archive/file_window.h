@@ -18,15 +18,16 @@ public:
     explicit FileWindow(const OpenFile& file);
 
     std::uint64_t size() const { return size_; }
-    // The number of bytes so far that the host couldn't read. The window contains zeros in their place.
+    // The number of bytes so far that the host (the Linux system) couldn't read. The window contains zeros in their
+    // place.
     std::uint64_t unreadable() const { return unreadable_; }
 
     // Returns the bytes of the file from `offset` on. The span has at least `ahead` bytes, or all bytes up to the end
     // of the file. `offset` must not be lower than in the previous call. The span is valid until the next call.
     std::span<const BYTE> from(std::uint64_t offset, std::size_t ahead);
 
-    // Returns how many of the `bytes` bytes from `offset` on come before the first one that the host couldn't read. The
-    // bytes must be in the span that from() returned last.
+    // Returns how many bytes at the beginning of a range are readable, counted up to the first unreadable one. The
+    // range begins at `offset`, has `bytes` bytes and must be in the span that from() returned last.
     std::size_t readable(std::uint64_t offset, std::size_t bytes) const;
 
 private:

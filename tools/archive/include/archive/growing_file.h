@@ -6,7 +6,8 @@
 // that were made for the target.
 //
 // GrowingFile uses the platform's file calls, which confine a set's paths to the folder of the extraction. The class
-// Output (host_output.h) writes to paths that the user gives, so it uses the host's calls and follows links.
+// Output (host_output.h) writes to paths that the user gives, so it uses the calls of the host (the Linux system) and
+// follows links.
 #pragma once
 
 #include "archive/set_files.h"

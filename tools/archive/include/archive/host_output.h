@@ -1,4 +1,4 @@
-// host_output.h - writes a file of the host to a path that the user gives.
+// host_output.h - writes a file of the host (the Linux system) at a path that the user gives.
 #pragma once
 
 #include "host/descriptor.h"

@@ -1,5 +1,5 @@
-// image_check.h - unpacks the image of a database and checks that the image complies with the format. The memory
-// contains at most one record at a time, and the offset where each record ends.
+// image_check.h - unpacks the image of a database and checks that the image complies with the format. The check has at
+// most one record in memory at a time. It also stores the end offset of every record.
 //
 // A restore reads a damaged image as far as possible (image_reader.h). This check says what is wrong with the image.
 #pragma once
@@ -53,7 +53,8 @@ public:
 // Reads the stream to its end, and returns what the image contains and its first fault. `sink` may be null.
 ImageReport checkImage(const OpenFile& data, const ListEntry& entry, RecordSink* sink = nullptr);
 
-// Returns the type of the database, from the first block of the stream. Returns nothing if the head can't be read.
+// Returns the type of the database. Reads only the head of the image, which is at the beginning of the stream. Returns
+// nothing if the head can't be read.
 std::optional<DWORD> typeOfImage(const OpenFile& data, const ListEntry& entry);
 
 // Returns warnings about facts that aren't faults, but can surprise a user who restores the item `itemName`.

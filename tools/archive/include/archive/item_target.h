@@ -19,15 +19,16 @@ namespace archive {
 // bytes of the item without any conversion. The function doesn't check the item's name.
 std::u16string targetOf(const Item& item, std::optional<database_formats::Format> format);
 
-// Returns the reason why the item can't have a target path, or an empty text. Checks only the entry of the list, not
-// the content of the item.
+// Returns the reason why the item can't have a target path, or an empty text. Checks only the item's entry in the list
+// file, not the content of the item.
 std::string targetFault(const Item& item);
 
-// Splits a target path into the names of its folders and of the file, and converts each of them to its name on the
-// host. Returns at least one name, or nothing if the target can't be a path of the host.
+// Splits a target path into the names of its folders and of the file, and converts each of them to its name on the host
+// (the Linux system). Returns at least one name, or nothing if the target can't be a path of the host.
 std::optional<std::vector<std::string>> hostNamesOf(std::u16string_view target);
 
-// Returns the path on the host of a target below the host folder `folder`. hostNamesOf() must succeed for the target.
+// Appends the names that hostNamesOf() returns for the target to `folder`, which is a path on the host. Returns the
+// resulting path. hostNamesOf() must succeed for the target.
 std::string hostPathOf(const std::string& folder, std::u16string_view target);
 
 // True if `path` is the folder `folder` of the root, or is inside that folder.

@@ -12,8 +12,8 @@ namespace archive {
 // Sets that are open at the same time share the root folder of the set that was opened first.
 class OpenedSet {
 public:
-    // If the platform has no root folder yet, the host folder `root` becomes the root folder. If `root` is empty, the
-    // set's own folder is used for this.
+    // If the platform has no root folder yet, `root` becomes the root folder. `root` is the path of a folder on the
+    // host (the Linux system). If `root` is empty, the set's own folder becomes the root folder instead.
     explicit OpenedSet(const SetFiles& files, const std::string& root = "");
 
     // False if the set's folder or list file can't be opened. In that case mounted() and list() must not be called.

@@ -42,12 +42,11 @@ struct RecordChange {
 };
 
 // Returns the records that were added, removed or changed. Records with equal content are unchanged. Of the others, a
-// record in `before` and a record in `after` count as one changed record if they have the same identity, which isn't
-// empty.
+// record in `before` and a record in `after` count as one changed record if their identities are equal and not empty.
 std::vector<RecordChange> changesOf(const std::vector<RecordText>& before, const std::vector<RecordText>& after);
 
-// Compares how often each digest occurs in the two lists. If `left` contains a digest n times more often than `right`,
-// the result contains the digest n times.
+// Compares how often each digest occurs in the two lists. A digest that occurs m times in `left` and n times in `right`
+// occurs m - n times in the result, or not at all if n is m or more.
 std::vector<Digest> moreIn(std::vector<Digest> left, std::vector<Digest> right);
 
 // Collects the records of a database. Ignores records without properties, because a restore leaves them out.

@@ -1,4 +1,5 @@
-// record_content.h - computes what a restore stores of a record of an image, and a digest of a record.
+// record_content.h - computes which properties a restore stores for a record of a database image, and computes the
+// digest of a record.
 #pragma once
 
 #include "archive/digest.h"
@@ -14,11 +15,12 @@ namespace archive {
 // point to the texts and blobs of `record`.
 std::vector<CEPROPVAL> restoredRecord(std::span<const CEPROPVAL> record);
 
-// Returns whether an image can store a value of this type. For other types, an image has only the id and the flags.
+// Returns whether a database image can store the value of this property. That depends on the property's type. For some
+// types, an image has only the id and the flags of the property.
 bool setKeepsValue(const CEPROPVAL& property);
 
-// Records have the same digest if they have the same properties with the same flags and values, in any order. Values
-// that an image can't hold are ignored.
+// Records have the same digest if they have the same properties with the same flags and values, in any order. The
+// digest ignores each value for which setKeepsValue() returns false.
 class RecordHasher {
 public:
     Digest hash(std::span<const CEPROPVAL> record);

@@ -19,9 +19,9 @@ struct RegistryPlace {
     auto operator<=>(const RegistryPlace&) const = default;
 };
 
-// Collects the keys and values of a registry. The texts of the values are short (shown_value.h), and the text of a key
-// is empty. A hostile registry can have any number of keys and values. So key() and value() return false, which ends
-// the reading, if `places` would need more than 64 MiB.
+// Collects the keys and values of a registry in the map `places`, which has a short text for each value (shown_value.h)
+// and an empty text for each key. A hostile registry can have any number of keys and values. So key() and value()
+// return false, which ends the reading, if `places` would need more than 64 MiB.
 class RegistryValues final : public ContentSink {
 public:
     bool key(const platform::registry::KeyPath& path) override;

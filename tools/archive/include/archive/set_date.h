@@ -36,7 +36,7 @@ struct SetDate {
     std::string text() const;
     // Returns a text for the user that says why the date isn't certain. Empty if the date is certain.
     std::string_view doubt() const;
-    // Returns the text, with the doubt in parentheses after it.
+    // Returns text(), followed by doubt() in parentheses if the date isn't certain.
     std::string textWithDoubt() const;
 };
 
@@ -50,8 +50,8 @@ public:
     ~SetDates();
 
     const SetDate& of(std::size_t set);
-    // Returns when the list file of the set was written, in nanoseconds since 1970. Returns 0 if the host doesn't
-    // report it.
+    // Returns when the list file of the set was written, in nanoseconds since 1970. Returns 0 if this time can't be
+    // read.
     std::int64_t written(std::size_t set);
 
 private:

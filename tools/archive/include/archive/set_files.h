@@ -1,4 +1,4 @@
-// set_files.h - finds the files of a set on the host, and opens them with the platform's calls.
+// set_files.h - finds the files of a set on the host (the Linux system), and opens them with the platform's calls.
 #pragma once
 
 #include "ce/types.h"
@@ -18,8 +18,8 @@ struct SetFiles {
     std::string dataName;
     std::string sumName;  // of the file with the checksums (seal.h), which need not exist
 
-    // The folder's path on the platform, if the program has mounted the folder already. If it is empty, the folder is
-    // mounted when the set is opened.
+    // The path of `folder` on the platform, if the program has mounted this folder already. If the path is empty,
+    // opening the set mounts the folder.
     std::u16string shownFolder = {};
 };
 
@@ -84,12 +84,13 @@ struct MountedSet {
 };
 
 // Returns the paths of the set's files on the platform. If `files.shownFolder` is set, the program has mounted the
-// folder already. Otherwise mounts the set's folder in the root folder under an unguessable name. If the platform has
-// no root folder yet, first makes the host folder `root` the root. Returns nothing if a folder can't be opened.
+// set's folder already. Otherwise the function mounts this folder in the platform's root folder under an unguessable
+// name. If the platform has no root folder yet, the host folder `root` first becomes the root folder. Returns nothing
+// if a folder can't be opened.
 std::optional<MountedSet> mountSet(const SetFiles& files, const std::string& root);
 
-// The constructor calls mountSet(). When the last SetMount that mounted a folder is destroyed, all mounts are removed.
-// If the set has a `shownFolder`, its SetMount neither adds nor removes mounts.
+// The constructor calls mountSet(). The destructor removes all mounts, unless another SetMount that mounted a folder
+// still exists. If the set has a `shownFolder`, its SetMount neither adds nor removes mounts.
 class SetMount {
 public:
     SetMount(const SetFiles& files, const std::string& root);

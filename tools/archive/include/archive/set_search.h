@@ -14,9 +14,9 @@ struct FoundSets {
 };
 
 // Returns the sets of all arguments. Each argument is the path of a list file or data file, such a path without the
-// extension, or a folder with sets (set_folder.h). With `recursive`, a folder is searched with all its subfolders.
-// Links to folders inside the folder aren't followed, so the search always ends. An argument that is a link to a folder
-// is followed.
+// extension, or a folder with sets (set_folder.h). With `recursive`, a folder is searched with all its subfolders. The
+// search follows an argument that is a link to a folder. Inside a folder it skips all links to folders, so the search
+// always ends.
 FoundSets searchSets(const std::vector<std::string>& where, bool recursive);
 
 // Returns the sets in a host folder that this process has mounted at the path `shownAs`. Leaves out a set whose list

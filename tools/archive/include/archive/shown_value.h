@@ -1,4 +1,5 @@
-// shown_value.h - values of records and of the registry as short texts, which are equal only for equal values.
+// shown_value.h - converts values of records and of the registry to short texts. If two values of the same type are
+// different, their texts are different too. Registry values of different types also have different texts.
 #pragma once
 
 #include "ce/store.h"

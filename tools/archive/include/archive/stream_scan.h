@@ -21,7 +21,7 @@ struct FoundStream {
     // The number of raw bytes before the first damage, as far as it can be determined. A damaged block can yield
     // further raw bytes. They come after the sound bytes and may be wrong.
     std::uint64_t soundBytes = 0;
-    unsigned damagedBlocks = 0;  // blocks that can't be unpacked, or that the host couldn't read
+    unsigned damagedBlocks = 0;  // blocks that can't be unpacked, or that the host (the Linux system) couldn't read
     bool hasMagic = false;       // false: the beginning is lost, and this is the rest from some block on
     bool isClosed = false;       // it has its closing block
     bool isReadable = true;      // the host could read all of its bytes
@@ -40,9 +40,10 @@ public:
 
     // Announces a stream. At least one block of the stream, or a part of one, can be unpacked.
     virtual void begin(const FoundStream& stream) = 0;
-    // Receives the next raw bytes of the stream. If a damaged block before another data block yields too few bytes,
-    // zeros are passed for the missing bytes. `stream.rawBytes` already includes the bytes. If the bytes come before
-    // the first damage, `stream.soundBytes` includes them too. Otherwise `stream.damagedBlocks` isn't 0.
+    // Receives the next raw bytes of the stream. If a damaged block yields too few bytes and a valid data block follows
+    // it, zeros are passed for the missing bytes. `stream.rawBytes` already counts the bytes in `raw`. If `raw` comes
+    // before the first damage, `stream.soundBytes` counts its bytes too, and `stream.damagedBlocks` is 0. Otherwise
+    // `stream.damagedBlocks` isn't 0.
     virtual void bytes(const FoundStream& stream, std::span<const std::byte> raw) = 0;
     virtual void end(const FoundStream& stream) = 0;
 };

@@ -1,4 +1,4 @@
-// temporary_folder.h - a temporary folder of the host.
+// temporary_folder.h - a temporary folder on the host (the Linux system).
 #pragma once
 
 #include <string>

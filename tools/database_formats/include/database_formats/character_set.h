@@ -29,7 +29,7 @@ private:
     std::unique_ptr<void, Closer> converter_;
 };
 
-// Converts a single text. Throws a FormatFault like a Decoder.
+// Converts a single text. Throws a FormatFault in the same cases as the class Decoder.
 std::string toUtf8(std::string bytes, const std::string& characterSet);
 
 }  // namespace database_formats

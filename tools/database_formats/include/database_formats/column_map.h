@@ -1,4 +1,5 @@
-// column_map.h - for an address book in CSV: to which property each column belongs, as the user has chosen it.
+// column_map.h - reads the file in which the user assigns the columns of a CSV address book to the properties of a
+// contact.
 #pragma once
 
 #include <istream>

@@ -1,5 +1,5 @@
-// database.h - the interfaces through which readers and writers of all formats pass a database: first its head, then
-// its records one by one.
+// database.h - the interfaces through which readers and writers of all formats pass a database: first its head (name,
+// type and sort orders), then its records one by one.
 //
 // Readers and writers don't collect the records in memory. A database can come from an object store, a set or a file,
 // and go to an object store or a file.

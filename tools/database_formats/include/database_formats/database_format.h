@@ -30,7 +30,7 @@ std::optional<Format> formatNamed(std::string_view name);
 // Returns the format of the file's extension, or JSON lines for an unknown extension.
 Format formatOfFile(std::string_view file);
 
-// Returns the extension of the format's files, with its point: ".jsonl".
+// Returns the extension of the format's files, with its dot: ".jsonl".
 std::string_view extensionOf(Format format);
 
 // Returns whether the format can hold a database of this type.
@@ -44,9 +44,9 @@ std::unique_ptr<DatabaseWriter> makeWriter(Format format, std::ostream& out, Lef
 // large, or if `target` throws one. The fault has the number of the line, if it is known. `target` may have received
 // records before the fault was found.
 //
-// Only JSON lines contain the heads of databases. For vCard, for iCalendar and for address books of other programs in
-// CSV, `target` gets the head that a device usually has for such records. For other CSV, it gets an empty head. Only
-// CSV uses `columns`.
+// Only a file in the format JsonLines contains the DatabaseHead of each database. For vCard, for iCalendar and for
+// address books of other programs in CSV, `target` gets the head that a device usually has for such records. For other
+// CSV, it gets an empty head. Only CSV uses `columns`.
 void read(Format format, std::istream& in, DatabaseTarget& target, LeftOut& leftOut, const ColumnMap& columns = {});
 
 }  // namespace database_formats

@@ -25,8 +25,9 @@ public:
 
 private:
     std::unordered_map<std::uint64_t, std::size_t> equalRecords_;
-    // The records' own UIDs so far. ofContent() returns none of them. An own UID can come from an earlier export, which
-    // computed it from content that another record has now.
+    // The records' own UIDs that of() has returned so far. ofContent() returns none of them. A record's own UID can
+    // come from an earlier export, which computed it from the content that the record had then. If another record has
+    // this content now, ofContent() could compute the same UID for it.
     std::unordered_set<std::string> used_;
 };
 

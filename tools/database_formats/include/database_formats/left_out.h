@@ -37,15 +37,15 @@ public:
     // Counts a field that was imported with a guessed character set, because the file doesn't name the character set.
     void addGuess(std::string_view name) { guesses_.add(name); }
 
-    // Adds a message about the whole file: a sentence without its final point.
+    // Adds a message about the whole file: a sentence without its full stop.
     void note(std::string sentence) { notes_.push_back(std::move(sentence)); }
 
     std::size_t count() const { return names_.count(); }
 
-    // Returns a sentence such as "12 fields were left out: PHOTO 10, X-NICK 2", without a final point.
+    // Returns a sentence such as "12 fields were left out: PHOTO 10, X-NICK 2", without a full stop.
     std::string sentence() const;
-    // Returns all messages as sentences without their final points. The message for guesses is "2 fields name no
-    // character set and were read as Windows-1252: N 1, NOTE 1".
+    // Returns all messages as sentences without their full stops. The message that counts the guesses of addGuess() is,
+    // for example, "2 fields name no character set and were read as Windows-1252: N 1, NOTE 1".
     std::vector<std::string> sentences() const;
 
 private:

@@ -11,7 +11,7 @@
 namespace database_formats {
 
 // Returns the usual properties of a contact, an appointment or a task, in the usual order. Returns an empty list for
-// other types of databases, because the names don't apply to the properties of these databases.
+// other types of databases, because the property names of nameOf() don't apply to these databases.
 std::span<const CEPROPID> usualProperties(DWORD databaseType);
 
 // Returns the name of the property, such as "LastName". If the property has no name, returns its id in eight

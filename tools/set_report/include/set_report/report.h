@@ -1,4 +1,4 @@
-// report.h - several sets as one page for a browser (docs/archive.md, "report").
+// report.h - writes the contents of several sets as one page for a browser (docs/archive.md, "report").
 #pragma once
 
 #include "archive/long_work.h"
@@ -19,11 +19,11 @@ struct ReportOutcome {
     bool isShortened = false;  // the page would have become too large, so it lacks contents of some sets and names them
 };
 
-// Verifies the sets and writes the page. `faults` are sentences for the page about folders that can't be read or
-// contain no sets. The state of `out` shows whether the whole page could be written.
+// Verifies the sets and writes the page. `faults` are sentences about folders that can't be read or contain no sets.
+// The page shows these sentences. The state of `out` shows whether the whole page could be written.
 //
-// Keeps in memory the names and the states of all items, records and values of the registry. If a thing has the same
-// state in successive sets, these sets share one copy of the state. RunTable limits the memory.
+// Keeps in memory the names and the states of all items, records and values of the registry. If one of them has the
+// same state in successive sets, these sets share one copy of the state. RunTable limits the memory.
 ReportOutcome writeReport(const std::vector<archive::SetFiles>& sets, const std::vector<std::string>& faults,
                           std::ostream& out, archive::Progress& progress);
 
