@@ -47,8 +47,8 @@ bool HasFreeNumber(const std::u16string& storage)
     return false;
 }
 
-// Checks that the storage exists. If the request replaces a set, checks that this set exists, and otherwise that a
-// number is free. If a check fails, the returned plan is refused.
+// Checks that the storage exists. If the request replaces a set, checks that this set exists. Otherwise checks that the
+// storage has a free number for a new set. If a check fails, the returned plan is refused.
 RunPlan CheckTarget(const BackupRequest& request)
 {
     if (!IsStorage(request.storage))

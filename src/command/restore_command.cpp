@@ -18,7 +18,8 @@ namespace {
 // The request of the run that was prepared last.
 RestoreRequest gRestoreRequest;
 
-// Says which names of the request the set has. KeepEntry fills this structure while the set's list is loaded.
+// Says for each name in the request whether the set contains it. KeepEntry fills this structure while the set's list is
+// loaded.
 struct FoundNames {
     std::vector<bool> paths;
     std::vector<bool> databases;

@@ -1,4 +1,4 @@
-// run_plans.h - makes the plans of runs and counts items, for all commands.
+// run_plans.h - makes the plan of a backup or restore (RunPlan), and counts items by kind, for all commands.
 #pragma once
 
 #include "set/item_kinds.h"
@@ -11,10 +11,10 @@
 // ce/outcome.h, `sentence` is empty.
 RunPlan RefusedPlan(const std::u16string& sentence);
 
-// Returns the plan of a run with the items in the lists, and with the registry if gRegistryMarked is 1. The plan's
-// number of bytes is the sum of the sizes in the lists.
+// Returns the plan of a run with all items in gFileList and gDatabaseList, and with the registry if it is marked
+// (gRegistryMarked). The plan's number of bytes is the sum of the sizes in these lists.
 RunPlan PlanOfLists();
 
-// Adds `items` to the number in `counts` that belongs to the kind under which such items are reported
-// (ItemKind::reportedAs).
+// Adds `items` to one of the numbers in `counts`: files, databases or registries. The kind's field `reportedAs` selects
+// the number.
 void AddItems(ItemCounts& counts, const ItemKind& kind, DWORD items);

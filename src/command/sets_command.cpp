@@ -14,8 +14,8 @@
 
 namespace {
 
-// The ending of the file with a set's checksums, such as QLBX0001.SUM. The host writes this file after
-// `quillbox backup`, and `quillbox-set seal` writes it too. Here only its existence is tested.
+// The ending of the file with a set's checksums, such as QLBX0001.SUM. `quillbox backup`
+// (platform/device/command_backup.cpp) and `quillbox-set seal` write this file. Here only its existence is tested.
 const WCHAR SealEnding[] = u"SUM";
 constexpr std::size_t EndingChars = 3;
 

@@ -1,4 +1,6 @@
-// backup_dialogs.cpp - dialogs 108 and 109: the comment and the content of a new set.
+// backup_dialogs.cpp - shows the dialog before a backup, in which the user enters the comment of the new set. Before a
+// full backup it is dialog 108, in which the user also chooses the kinds of items to back up. Otherwise it is dialog
+// 109, which lists the marked items.
 
 #include "dialogs.h"
 #include "engine/questions.h"
@@ -14,9 +16,10 @@ constexpr WORD SelectedItemsDialog = 109;
 
 WCHAR* gBackupComment;
 
-// Shows the items in the list box of dialog 109. In dialog 108 a check box has the id of the list box, and ignores the
-// messages that add rows. The comment and the check boxes aren't set. So each dialog opens with an empty comment and
-// clear boxes, whatever the user chose for the last full backup.
+// Shows the items in the list box of dialog 109. This function is called for dialog 108, too. There the control with
+// the id of the list box is a check box, which ignores the messages that add rows. The function sets neither the
+// comment nor the check boxes. So each dialog opens with an empty comment and clear boxes, whatever the user chose for
+// the last full backup.
 void ShowItems(HWND dialog)
 {
     HWND listBox = GetDlgItem(dialog, ItemListBoxId);
@@ -26,9 +29,10 @@ void ShowItems(HWND dialog)
     SetFocus(GetDlgItem(dialog, CommentId));
 }
 
-// Sets the flag to the state of a check box. If the dialog has no control with this id, the flag is unchanged. In
-// dialog 109 a list box and a label have two of the ids, so two flags become 0. This has no effect, since only a full
-// backup reads the flags.
+// Sets the flag to the state of the check box with this id. If the dialog has no control with this id, the flag is
+// unchanged. Dialog 109 has no check boxes. But its list box and one of its labels have the same ids as two check boxes
+// of dialog 108, those for databases and for the registry. These two controls never count as checked. So dialog 109
+// sets gFullDatabases and gFullRegistry to 0. This has no effect, since only a full backup reads the flags.
 void TakeFlag(HWND dialog, int id, DWORD& flag)
 {
     if (HWND box = GetDlgItem(dialog, id))

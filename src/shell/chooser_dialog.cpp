@@ -1,4 +1,4 @@
-// chooser_dialog.cpp - dialog 107: a list of texts, from which the user chooses one.
+// chooser_dialog.cpp - shows dialog 107, a list of texts from which the user chooses one.
 
 #include "dialogs.h"
 #include "engine/questions.h"
@@ -15,7 +15,7 @@ constexpr int PromptId = 1002;
 constexpr int ChoicesId = 1003;
 
 struct ChooserParams {
-    const WCHAR* choices;  // double-NUL list
+    const WCHAR* choices;  // each text ends with a NUL, and the list with another
     WCHAR* result;
     const WCHAR* prompt;
     DescribeChoice describe;

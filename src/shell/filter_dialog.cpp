@@ -1,5 +1,5 @@
-// filter_dialog.cpp - dialog 110, in which the user chooses which files the tree shows. Each control changes gOptions
-// at once, and Cancel restores the filter from a saved copy.
+// filter_dialog.cpp - shows dialog 110, in which the user chooses which files the tree shows. Each control changes
+// gOptions at once, and Cancel restores the filter from a saved copy.
 
 #include "dialogs.h"
 #include "engine/options.h"
@@ -34,11 +34,11 @@ struct AttributeBox {
 };
 constexpr AttributeBox AttributeBoxes[] = {{ArchiveId, 0x20}, {HiddenId, 0x02}, {SystemId, 0x04}, {ReadOnlyId, 0x01}};
 
-// Half of the size of gOptions.extensions. Only the first half is copied each time the dialog opens, and only the first
-// half is loaded at the next start of the program.
+// The size of the first half of gOptions.extensions. Only this half is loaded at the next start of the program.
 constexpr std::size_t SavedExtensionBytes = 260;
 
-// A copy of gOptions from the first opening of the dialog. Later openings copy only the first half of the extensions.
+// A copy of gOptions. The first opening of the dialog copies all of gOptions. Each later opening copies only the first
+// SavedExtensionBytes bytes of gOptions.extensions.
 Options gFilterSnapshot;
 bool gFilterSnapshotTaken;
 

@@ -110,7 +110,7 @@ void CreateTree(HWND window)
         SetTimer(window, RootImagesTimer, RootImagesMilliseconds, nullptr);
         return;
     }
-    // Without the pictures or the top items the window has no tree.
+    // The pictures or the top items couldn't be made, so the window gets no tree.
     DestroyWindow(gTreeView);
     gTreeView = nullptr;
 }

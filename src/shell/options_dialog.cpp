@@ -1,4 +1,4 @@
-// options_dialog.cpp - dialog 111: the settings except those of the filter dialog and showRomFiles.
+// options_dialog.cpp - shows dialog 111, in which the user changes all settings except showRomFiles and the filter.
 
 #include "dialogs.h"
 #include "engine/options.h"

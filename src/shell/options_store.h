@@ -1,4 +1,4 @@
-// options_store.h - saves gOptions in the registry for the next start of the program.
+// options_store.h - saves gOptions in the registry, and loads it at the next start of the program.
 #pragma once
 
 #include "engine/options.h"

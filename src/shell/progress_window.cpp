@@ -1,8 +1,9 @@
-// progress_window.cpp - dialog 106, the progress window of a run. The window has a thread of its own, so that it is
-// drawn while a run blocks the main thread.
+// progress_window.cpp - shows dialog 106, the progress window of a run. The window has a thread of its own, so that it
+// is drawn while a run blocks the main thread.
 //
-// The two threads share gProgressRange and, while a window is being opened, gOpenedWindow. Both are atomic.
-// Texts and steps are sent as messages to the window.
+// While a window is being opened, its thread and the main thread share gOpenedWindow. The threads of an older and a
+// newer window share gProgressRange. Both variables are atomic. The run sends texts and steps to the window as
+// messages.
 
 #include "engine/questions.h"
 
@@ -20,8 +21,9 @@ constexpr int BarId = 1001;
 constexpr int MessageId = 1002;
 constexpr int CountId = 1029;
 
-// Private messages of the dialog. The first two have the numbers of DM_SETDEFID and DM_REPOSITION, which have no effect
-// with the parameters that are sent here.
+// Private messages of the dialog. The first two have the same numbers as DM_SETDEFID and DM_REPOSITION. The dialog
+// procedure returns TRUE for StepMessage, so it never acts as DM_SETDEFID. AnimateMessage does act as DM_REPOSITION
+// too, but this only moves a window that is partly outside the screen.
 constexpr UINT StepMessage = 1025;
 constexpr UINT AnimateMessage = 1026;
 constexpr UINT CloseMessage = 1027;
@@ -38,7 +40,8 @@ struct ProgressInit {
     const WCHAR* message;
 };
 
-// This structure is on the stack of ProgressOpen. The new thread doesn't use it after it has set gOpenedWindow.
+// ProgressOpen has this structure on its stack, and can return as soon as the new thread has set gOpenedWindow. So the
+// new thread must not use the structure after that.
 struct ProgressStart {
     ProgressInit* init;
     HWND owner;
@@ -49,9 +52,10 @@ struct ProgressStart {
 
 const HWND NoDialog = reinterpret_cast<HWND>(INVALID_HANDLE_VALUE);
 
-// The window that the latest ProgressOpen has opened. Null until the new thread has made it; NoDialog if it can't be
-// made. It is no member of ProgressStart, because the new thread still needs it to wake the waiting thread, which then
-// ends ProgressOpen. Only one thread at a time may call ProgressOpen.
+// The window that the latest ProgressOpen has opened. Null until the new thread has made the window. NoDialog if the
+// window can't be made. The new thread sets this variable and then calls notify_one() on it. Between these two steps
+// ProgressOpen can return, and then its ProgressStart no longer exists. So this variable isn't a member of
+// ProgressStart. Only one thread at a time may call ProgressOpen.
 std::atomic<HWND> gOpenedWindow;
 
 // The end of the progress bar in the window that was opened last. An older window whose bar is still moving to its end

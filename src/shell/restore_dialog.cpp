@@ -1,5 +1,5 @@
-// restore_dialog.cpp - dialog 109 before a restore. It shows the comment of the set and, for a partial restore, its
-// items to choose from.
+// restore_dialog.cpp - shows dialog 109 before a restore, with the comment of the set. For a partial restore, the
+// dialog also lists the items of the set, and the user chooses which of them to restore.
 
 #include "dialogs.h"
 #include "engine/questions.h"

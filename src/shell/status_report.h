@@ -1,4 +1,5 @@
-// status_report.h - reports to the host what is marked, which files the tree hides, and which set is the newest.
+// status_report.h - reports what is marked, which files the tree hides, and which set is the newest. The host (the
+// program around src/) shows the report in a status bar.
 #pragma once
 
 // Passes the current status to ReportStatus (ce/status.h). Called after anything that can change the marks, the filter

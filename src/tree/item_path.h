@@ -1,4 +1,4 @@
-// item_path.h - the paths of the tree's items.
+// item_path.h - makes the paths of the files and folders in the tree.
 #pragma once
 
 #include "tree/tree_model.h"
@@ -12,7 +12,8 @@ BOOL FolderPathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH]);
 // with an empty `path` if an item can't be read or the path doesn't fit.
 BOOL FilePathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH]);
 
-// Writes the path of a file or folder with a leading backslash, as FilePathOfItem does. `folder` and `name` are
-// arguments of a WalkCallback in a walk that begins at the path of FolderPathOfItem. So `folder` has a leading
-// backslash only if it is the root. Returns 0 if the path doesn't fit.
+// Writes the path of a file or folder with a leading backslash, as FilePathOfItem does. `folder` and `name` are the
+// arguments that a walk has passed to its WalkCallback. The root of the walk must come from FolderPathOfItem. If the
+// root is "\", the path of "Files", `folder` already has the leading backslash. Otherwise this function adds it.
+// Returns 0 if the path doesn't fit.
 BOOL FullPathOfEntry(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name);

@@ -81,8 +81,8 @@ bool ToggleFile(HTREEITEM item)
     return marked;
 }
 
-// Toggles the mark of an item in its list, or only computes the new mark for the registry (ToggleRegistry sets it).
-// Returns whether the item is marked afterwards.
+// Toggles the mark of a file or a database in its list. For the registry, only computes the new mark, which
+// ToggleRegistry sets later. Returns whether the item is marked after the toggle.
 bool ToggleInLists(const TreeItem& item)
 {
     const WORD code = TreeCodeOf(item.parameter);

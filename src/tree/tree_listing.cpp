@@ -30,8 +30,9 @@ bool IsListed(ItemList* list, const WCHAR* name)
     return list && list->Contains(name, NameBytes(name));
 }
 
-// Returns whether gFileList has a path that begins with `folderPath`. The key is passed without its NUL, so it matches
-// the beginning of a path. That path is usually below the folder. But for the folder "\AB" it can also be "\ABC.TXT".
+// Returns whether gFileList has a path that begins with `folderPath`. Contains() gets `folderPath` without its NUL, so
+// it also finds longer paths. A path that it finds is usually below the folder. But for the folder "\AB" it can also be
+// "\ABC.TXT".
 bool HoldsMarks(const WCHAR* folderPath)
 {
     return gFileList && gFileList->Contains(folderPath, NameBytes(folderPath) - DWORD{sizeof(WCHAR)});

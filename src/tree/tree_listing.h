@@ -6,9 +6,11 @@
 
 #include "ce/text.h"
 
-// Adds the items below `item`, whose TreeCode is `code`. Below the top item of a kind, adds the names of the kind.
-// Below "Files" or a folder, adds the subfolders, and the files that the filter doesn't hide. Below any other item,
-// adds nothing. The pictures of the added items show what the lists contain. Always returns 1.
+// Adds the items below `item`, whose TreeCode is `code`. Below the top item of a NamedKind, adds the names of all items
+// of this kind. For example, adds the names of the databases below "Databases". Below "Files" or a folder, adds the
+// subfolders, and the files that the filter doesn't hide. Below any other item, adds nothing. The picture of an added
+// item shows whether the item, or for a folder a file below it, is in the list of marked items (item_kinds.h). Always
+// returns 1.
 DWORD ListChildren(HTREEITEM item, WORD code);
 
 // Whether gOptions hides the file by its attributes or its date. A file that can't be opened is treated as older than

@@ -88,7 +88,7 @@ public:
     }
 
     // Returns the indexes of the device's files that the set contains and that no set before it contained. They are
-    // valid only if the set is sound.
+    // valid only if the set is undamaged.
     const std::vector<std::size_t>& equal() const { return equal_; }
 
 private:

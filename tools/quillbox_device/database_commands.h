@@ -16,8 +16,8 @@ void listDatabases(const std::filesystem::path& device, bool json);
 
 // Exports the database `name`. If `name` is missing, exports all databases that the format can hold. If `format` is
 // missing, the extension of the file selects the format. `file` is the path of the new file, or "-" for standard
-// output. If `force` is false and a regular file or a block device has this name, the function throws and writes
-// nothing.
+// output. If `force` is false and there already is a regular file or a block device at the path `file`, the function
+// throws and writes nothing.
 void exportDatabases(const std::filesystem::path& device, const std::optional<std::string>& name,
                      std::optional<database_formats::Format> format, const std::string& file, bool force);
 

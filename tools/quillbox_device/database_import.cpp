@@ -21,8 +21,8 @@ using screen_text::onScreen;
 namespace {
 
 constexpr std::size_t MostDatabases = 0xFFFF;
-// The time for which one transaction gathers changes. A longer time would save little, and the log beside the database
-// would grow.
+// One transaction contains the changes that are made within this time. A longer time would save little, and the log
+// beside the database would grow.
 constexpr std::chrono::milliseconds GatheredTime(500);
 
 std::string inQuotes(const std::u16string& name)
@@ -138,8 +138,8 @@ void DatabaseImport::finish()
     storeChanges();
 }
 
-// Ending a transaction takes as long as storing some records. So one transaction contains all changes of GatheredTime,
-// even if they belong to many databases.
+// Ending a transaction takes as long as storing some records. So all changes that are made within GatheredTime share
+// one transaction, even if they belong to many databases.
 void DatabaseImport::gatherChanges()
 {
     const auto now = std::chrono::steady_clock::now();

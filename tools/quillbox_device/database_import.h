@@ -40,8 +40,8 @@ public:
     // Returns one line about the result for each database: "Contacts Database: 12 records replaced by 3".
     std::string summary() const;
 
-    // Returns the names of imported databases that can't be names of files. A backup makes a temporary file with the
-    // name of each database. So it may leave out a database with such a name.
+    // Returns the names of imported databases that can't be names of files. For each database, a backup makes a
+    // temporary file with the database's name. So a backup may leave out a database with a returned name.
     std::vector<std::u16string> namesOfNoFile() const;
 
 private:

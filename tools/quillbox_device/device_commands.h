@@ -15,9 +15,9 @@ void show(const std::filesystem::path& device, bool json);
 // Makes a device in a folder that is missing or empty. With `demonstration`, the device gets sample content.
 void init(const std::filesystem::path& device, bool demonstration);
 
-// These commands list, add and remove folders of the host that the device shows in its root at every start. `capacity`
-// is the most bytes that the files of the folder may have together. With `plainFolder`, the device shows the folder as
-// a plain folder and not as a card. removeCard() leaves the content of the folder as it is.
+// These commands list, add and remove folders of the host (the Linux system) that the device shows in its root at every
+// start. `capacity` is the most bytes that the files of the folder may have together. With `plainFolder`, the device
+// shows the folder as a plain folder and not as a card. removeCard() leaves the content of the folder as it is.
 void listCards(const std::filesystem::path& device, bool json);
 void addCard(const std::filesystem::path& device, const std::string& name, const std::filesystem::path& folder,
              std::optional<std::uint64_t> capacity, bool plainFolder);

@@ -1,4 +1,4 @@
-// device_content.h - finds out which records and registry values of the open device are contained in sound sets.
+// device_content.h - finds out which records and registry values of the open device are in undamaged sets.
 #pragma once
 
 #include "archive/record_changes.h"
@@ -30,9 +30,9 @@ public:
     // Reads the records and the registry of the open device. Throws a Failure if that fails.
     void readDevice();
 
-    // The functions from beginSet() to takeSet() take the content of one set, in the order of the set's items. The call
-    // of takeSet() at the end marks this content as contained in a sound set. Don't call takeSet() if the set is
-    // unsound. key() and value() return false if the registry of the set is too large to compare.
+    // The functions from beginSet() to takeSet() take the content of one set, in the order of the set's items. At the
+    // end, takeSet() records that an undamaged set contains this content. If the set is damaged, don't call takeSet().
+    // key() and value() return false if the registry of the set is too large to compare.
     void beginSet();
     void beginDatabase();
     void head(const archive::ImageReport& image);
@@ -44,14 +44,14 @@ public:
     {
         return registry_->value(name, type, data);
     }
-    // Returns how much of the device this set contains that no set before it contained.
+    // Returns how much of the device's content is in this set but in none of the sets before it.
     HeldContent takeSet();
 
     bool isCovered() const;
 
     // Reports the records, registry keys, registry values and databases that no set holds. Returns their number. For
-    // each database, names at most 20 records. The records of a database that no set holds are neither named nor
-    // counted.
+    // each database, names at most 20 records. If no set has a database with the same name, type and sort orders,
+    // reports only the database itself, which counts as 1. Its records are then not named.
     std::uint64_t reportUncovered(Report& report) const;
     // Reports how many values in the device's records have a type that a set can't hold.
     void reportNotes(Report& report) const;
@@ -66,7 +66,7 @@ private:
         std::vector<archive::Digest> uncovered;  // records that the device has more often than any set
         bool isHeld = false;                     // a set has a database of this name, type and sort orders
     };
-    // A database of the set that the device has too, under the same name.
+    // A database that both the set and the device have under the same name.
     struct Held {
         Database* database;
         bool sameHead;

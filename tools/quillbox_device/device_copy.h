@@ -9,9 +9,10 @@
 
 namespace quillbox_device {
 
-// Locks the device so that Quillbox can't start on it, copies its database and a staged registry to a folder for
-// temporary files, and opens the copy. A device without a lock file isn't locked. The platform's functions for
-// databases and for the registry then read the copy. The destructor closes and deletes the copy.
+// Locks the device so that Quillbox can't start on it. A device without a lock file isn't locked. Copies the database
+// and the staged registry of the device to a folder for temporary files, and opens the copy. A staged registry is a
+// file from a restore, and replaces the registry at the next start of Quillbox. While a DeviceCopy exists, the
+// platform's functions for databases and for the registry use the copy. The destructor closes and deletes the copy.
 class DeviceCopy {
 public:
     // Throws a Failure if the device can't be locked, or if its database can't be copied or opened. Throws a

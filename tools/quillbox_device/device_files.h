@@ -1,5 +1,5 @@
-// device_files.h - the files in the object store of a device. They are read with the host's calls, without opening the
-// device.
+// device_files.h - lists and opens the files in the object store of a device. It uses calls of the host (the Linux
+// system), so the device itself isn't opened.
 #pragma once
 
 #include "archive/name_set.h"
@@ -37,8 +37,8 @@ struct DeviceFile {
 // An index of the device's files. The index takes some 200 bytes of memory for each file.
 class DeviceFiles {
 public:
-    // Reads all folders. Throws a Failure if the folder of the object store can't be opened. Any other folder that
-    // can't be read becomes an entry with a fault in all().
+    // Reads all folders. Throws a Failure if the folder of the object store can't be opened. If any other folder can't
+    // be read, all() has an entry for it, and the entry's `fault` says why.
     explicit DeviceFiles(const std::filesystem::path& device);
 
     const std::vector<DeviceFile>& all() const { return files_; }

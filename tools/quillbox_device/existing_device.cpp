@@ -66,9 +66,9 @@ bool isClosedToWriting(const fs::path& path)
     return ::access(path.c_str(), W_OK) != 0 && errno != ENOENT;
 }
 
-// Owns the copy of the database that a command changes. The destructor deletes the copy, unless the copy was renamed
-// and is the database now. The constructor deletes the copy and the log that a killed process left. Otherwise SQLite
-// would apply that log to the new copy.
+// Owns a copy of the device's database. A command changes the copy, which then replaces the database. The destructor
+// deletes the copy, unless the copy was renamed and is the database now. The constructor deletes the copy and the log
+// that a killed process left. Otherwise SQLite would apply that log to the new copy.
 class Copy {
 public:
     explicit Copy(fs::path database) : database_(std::move(database))

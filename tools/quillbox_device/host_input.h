@@ -1,4 +1,4 @@
-// host_input.h - a file of the host that a command reads.
+// host_input.h - opens a file that a command reads.
 #pragma once
 
 #include "kernel/standard_streams.h"
@@ -8,8 +8,8 @@
 
 namespace quillbox_device {
 
-// A file of the host that is read, or standard input if the path is "-". The constructor throws a Failure if the file
-// can't be opened.
+// A file of the host (the Linux system) that is read, or standard input if the path is "-". The constructor throws a
+// Failure if the file can't be opened.
 class Input {
 public:
     explicit Input(const std::string& file);

@@ -7,8 +7,8 @@
 
 namespace quillbox_device {
 
-// `file` is the path of the new file, or "-" for standard output. If `force` is false and a regular file or a block
-// device has this name, the function throws and writes nothing.
+// `file` is the path of the new file, or "-" for standard output. If `force` is false and there already is a regular
+// file or a block device at the path `file`, the function throws and writes nothing.
 void exportRegistry(const std::filesystem::path& device, const std::string& file, bool force);
 
 // Sets the keys and values that the file contains, and deletes those that it marks as deleted. Makes all of these

@@ -1,4 +1,4 @@
-// report.h - what a command prints about a device, as lines of text or as one JSON object.
+// report.h - prints what a command reports about a device, as lines of text or as one JSON object.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -17,7 +17,7 @@ public:
     void add(const char* list, const nlohmann::ordered_json& element, const std::string& line);
     // Prints the line unless it is empty. For JSON, sets a field of the object instead.
     void set(const char* name, const nlohmann::ordered_json& value, const std::string& line);
-    // Prints the JSON object. For lines of text, does nothing.
+    // If the report is JSON, prints the object. If the report is text, does nothing.
     void finish() const;
 
 private:

@@ -1,4 +1,4 @@
-// data_file.h - the data file of a set. Any thread can read it at any offset.
+// data_file.h - reads the data file of a set, on any thread and at any offset.
 #pragma once
 
 #include "archive/set_files.h"

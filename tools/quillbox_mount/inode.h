@@ -1,4 +1,4 @@
-// inode.h - includes libfuse, and converts inode numbers and buffers between its types and those of the mount.
+// inode.h - includes libfuse, converts between inode numbers and places in the mounted sets, and makes libfuse buffers.
 #pragma once
 
 #include "shown_sets.h"

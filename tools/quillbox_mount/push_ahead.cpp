@@ -35,7 +35,8 @@ bool push(fuse_session* session, Place file, const Content& content, std::uint64
     return true;
 }
 
-// Pushes the files that follow `file`. `file` becomes the last file that was pushed. An empty file counts as pushed.
+// Pushes files that follow `file` in the set into the kernel's cache. `file` becomes the last file that was pushed. An
+// empty file counts as pushed.
 void pushAfter(fuse_session* session, ShownSets& sets, Place& file, const std::atomic<bool>& ends)
 {
     std::uint64_t bytes = 0;

@@ -18,13 +18,15 @@ namespace quillbox_mount {
 // Can be used on any thread.
 class PushAhead {
 public:
-    // If the client reads files in order, pushes small files that follow `file`. Call it after a read of `file` was
-    // answered. The call can block, because the kernel may need the answer to another read before it accepts a pushed
-    // file. The blocked thread can't send this answer. So other threads must answer requests during the call.
+    // If the client reads files in order, pushes small files that follow `file` in the set into the kernel's cache.
+    // Call it after a read of `file` was answered. The call can block, because the kernel may need the answer to
+    // another read before it accepts a pushed file. The blocked thread can't send this answer. So other threads must
+    // answer requests during the call.
     void after(fuse_session* session, ShownSets& sets, Place file) noexcept;
 
-    // Prevents further pushes, and waits for the push that is in progress. Call it while other threads still answer
-    // requests. If a read of a pushed page is pending, the kernel accepts the page only after this read was answered.
+    // Prevents further pushes, and waits for the push that is in progress. If a client waits for a read of a page
+    // that is being pushed, the kernel accepts the page only after this read was answered. So call end() while other
+    // threads still answer requests. Otherwise end() could wait forever.
     void end() noexcept;
 
 private:

@@ -20,10 +20,11 @@ namespace {
 constexpr double Forever = 365.0 * 24 * 60 * 60;
 constexpr blksize_t FilePreferredBytes = 131072;
 // The preferred block size that the mount reports for folders. The C library of a client allocates a buffer of this
-// size to read a folder. Once this buffer was freed, the library keeps freed memory up to this size for reuse. With a
-// smaller size, cp would map and unmap its buffer of 128 KB for each file.
+// size to read a folder. Once this buffer was freed, the library keeps freed memory up to this size and reuses it for
+// later buffers, such as the buffer of 128 KB that cp allocates for each file. With a smaller preferred size, cp would
+// map and unmap that buffer for each file.
 constexpr blksize_t FolderPreferredBytes = 262144;
-constexpr std::size_t MostParts = 512;  // the most parts of one answer. The host accepts 1024 (IOV_MAX).
+constexpr std::size_t MostParts = 512;  // the most parts of one answer. The kernel accepts 1024 (IOV_MAX).
 constexpr mode_t FolderMode = S_IFDIR | 0555;
 constexpr mode_t FileMode = S_IFREG | 0444;
 
@@ -177,7 +178,7 @@ void read(fuse_req_t request, fuse_ino_t inode, std::size_t bytes, off_t offset,
     state.ahead.after(state.session, state.sets, placeOf(inode));
 }
 
-// Collects the bytes of a listing, up to a limit.
+// Collects the entries of a folder for one answer, up to a number of bytes.
 class Listing {
 public:
     Listing(fuse_req_t request, std::size_t limit)
@@ -185,7 +186,7 @@ public:
     {
     }
 
-    // Returns false if there is no room for the entry. `next` is the offset where a listing continues after this entry.
+    // Returns false if there is no room for the entry. `next` is the offset of the entry that follows this one.
     bool add(const char* name, const fuse_entry_param& entry, bool withAttributes, off_t next)
     {
         char* const at = bytes_.get() + used_;
@@ -208,7 +209,7 @@ private:
 };
 
 // Sets `name` and `entry` to the folder's entry of this number. Entry 0 is ".", entry 1 is "..", and the children of
-// the folder follow. The number is the offset of the entry in a listing.
+// the folder follow. In the kernel's requests the number is the offset of the entry.
 int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttributes, std::string& name,
             fuse_entry_param& entry)
 {
@@ -231,8 +232,9 @@ int entryAt(ShownSets& sets, Place folder, std::size_t number, bool withAttribut
     return error;
 }
 
-// Determines the sizes of the next files while the client uses the answer. Only one thread does so at a time, because
-// two threads would measure the same files.
+// Determines the sizes of some files that follow `file` in its set. Called after the answer to a listing was sent, so
+// the client can use this answer meanwhile. Only one thread at a time determines sizes, because two threads would
+// measure the same files.
 void measureAfter(RequestState& state, Place file) noexcept
 {
     if (state.isMeasuring.test_and_set())

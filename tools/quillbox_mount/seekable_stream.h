@@ -37,17 +37,18 @@ class SeekableStream {
 public:
     // Reads the lengths of the blocks between the offsets `start` and `end` of the data file, and unpacks the last
     // block. If the stream has at most 64 blocks, unpacks all of them. `data`, `cache` and `ends` must outlive the
-    // stream. `set` is the number of the set in the keys of `cache`. Once `ends` is true, the search for blocks stops,
-    // and the rest of the stream counts as damaged.
+    // stream. The keys of `cache` contain `set`, the number of the set. Once `ends` is true, the search for blocks
+    // stops, and the rest of the stream counts as damaged.
     SeekableStream(const DataFile& data, DWORD start, DWORD end, std::uint32_t set, BlockCache& cache,
                    const std::atomic<bool>& ends);
 
-    // The number of raw bytes. The number is too large if a stream of more than 64 blocks has a block before the last
-    // one that isn't full. Once a read has reached the end of the stream, the number is right. For a damaged stream,
-    // the number includes the bytes before the damage, and one byte that can't be read.
+    // The number of raw bytes. For a stream of more than 64 blocks, the number is too large at first if any block
+    // except the last one isn't full. Once a read has reached the end of the stream, the number is right. For a damaged
+    // stream, the number includes the bytes before the damage, and one byte that can't be read.
     std::uint64_t size() const { return size_; }
-    // Returns whether damage was found. In a stream of more than 64 blocks, only a read finds damage that is neither in
-    // the lengths nor in the last block.
+    // Returns whether damage was found so far. If the stream has at most 64 blocks, the constructor finds any damage.
+    // In a longer stream, it finds only a wrong length of a block, and damage in the last block. Other damage is found
+    // when a read unpacks the blocks up to it.
     bool isDamaged() EXCLUDES(mutex_);
 
     // The memory that this object needs without the cached blocks.
@@ -57,9 +58,10 @@ public:
     }
 
     // Appends to `pieces` the next `bytes` bytes from `offset` on, or fewer if the stream ends before. Returns false if
-    // there is damage in these bytes. Also returns false if `offset` is beyond the real end but below the size that
-    // size() returned first, which can be too large. If read() returned true and no bytes there, and a later read
-    // returned the last bytes of the stream, the kernel would show zeros between these bytes and `offset`.
+    // there is damage in these bytes. The size that size() returned first can be too large. If `offset` is below that
+    // size but beyond the real end, read() returns false too. If it returned true and no bytes, the kernel would take
+    // `offset` for the end of the file. After a later read of the last bytes of the stream, clients would get zeros
+    // between these bytes and `offset`.
     [[nodiscard]] bool read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces) EXCLUDES(mutex_);
 
 private:
@@ -88,8 +90,8 @@ private:
     std::uint64_t firstSize_ = 0;  // size() after construction
 
     platform::kernel::Mutex mutex_;
-    // The raw offsets where the first blocks begin, as far as they are known, and the raw offset where the last of
-    // these blocks ends.
+    // Offsets in the raw bytes: where each of the first blocks begins, and where the last of these blocks ends.
+    // placeNext() adds the blocks one after the other.
     std::vector<std::uint64_t> starts_ GUARDED_BY(mutex_) = {0};
     std::size_t blocks_ GUARDED_BY(mutex_) = 0;  // number of blocks before the damage
     bool damaged_ GUARDED_BY(mutex_) = false;

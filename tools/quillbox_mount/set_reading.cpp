@@ -20,8 +20,8 @@ std::unique_ptr<const SetTree> SetReading::readTree(const SetFiles& files)
     return set.isOpen() ? std::make_unique<const SetTree>(set) : nullptr;
 }
 
-// Copies the item's stream to a temporary folder, as a data file that contains nothing else. The text is written to a
-// file in the same folder. This file stays open after the function has deleted the folder.
+// Copies the item's stream to a temporary folder, as a data file that contains nothing else. Then writes the text of
+// the item to another file in this folder. The file with the text stays open after the function has deleted the folder.
 ItemText SetReading::writeText(const DataFile& data, const Node& node)
 {
     const platform::kernel::MutexLock lock(mutex_);

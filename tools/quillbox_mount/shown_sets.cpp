@@ -13,9 +13,10 @@ namespace {
 constexpr std::uint64_t MiB = std::uint64_t{1024} * 1024;
 constexpr std::uint64_t BlocksLimit = 64 * MiB;
 constexpr std::uint64_t StreamsLimit = 32 * MiB;
-constexpr std::uint64_t TextsLimit = 256 * MiB;  // on the disk, in files without names
-// Limits on the files that one call of measureAfter() measures. One answer to a listing has fewer files than this.
-// Measuring this many files and bytes takes no noticeable time.
+constexpr std::uint64_t TextsLimit = 256 * MiB;  // on the disk, in unnamed files (set_reading.h)
+// Limits on the files that one call of measureAfter() measures. One answer to a listing has fewer files than
+// MostMeasured, so one call usually measures all files of the next answer. Measuring this many files and bytes takes no
+// noticeable time.
 constexpr std::uint32_t MostMeasured = 1024;
 constexpr std::uint64_t MostMeasuredBytes = 4 * MiB;
 constexpr std::uint64_t MostTexts = 256;  // the most texts in the cache. Each also keeps a descriptor open.
@@ -212,7 +213,7 @@ int ShownSets::read(Place file, std::uint64_t offset, std::uint64_t bytes, Conte
     if (node.kind == Node::Kind::File) {
         const auto stream = streamOf(set, *loaded, file.node);
         const bool isRead = stream->read(offset, bytes, content.pieces);
-        // The read may have reached the end, which can lower the size.
+        // The size of a stream can be too large until a read has reached the end. This read may have reached it.
         lower(loaded->sizes[file.node], stream->size() + 1);
         return isRead ? 0 : EIO;
     }

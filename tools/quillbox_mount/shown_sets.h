@@ -36,11 +36,12 @@ struct Attributes {
     bool isFolder;
     std::uint64_t bytes;
     std::time_t changed;
-    // False if the size isn't known or wasn't asked for. `bytes` is then 0, or 1 for a text that can't be written.
+    // False if the size isn't known or wasn't asked for. `bytes` is then 0, or 1 if the item's text couldn't be written
+    // to a file (see ItemText::bytes).
     bool areFinal;
 };
 
-// The result of a read. Only one of the three members is set. The object must live until its bytes have been copied.
+// The result of a read. Only one of the three members is set. Keep the Content until its bytes have been copied.
 struct Content {
     std::vector<Piece> pieces;
     std::shared_ptr<const ItemText> text;
@@ -77,7 +78,8 @@ public:
     // next folder and asks for these sizes.
     void measureAfter(Place place);
 
-    // Reads the bytes from `offset` on, but not beyond the end of the file. For a text, `content` gets the whole text.
+    // Reads the bytes from `offset` on, but not beyond the end of the file. If `file` is an item that is shown as text
+    // (Node::Kind::Text), `content` gets the whole text.
     [[nodiscard]] int read(Place file, std::uint64_t offset, std::uint64_t bytes, Content& content);
 
     // Stops the search for blocks in all streams, so calls return soon. From then on, a block whose offset isn't known

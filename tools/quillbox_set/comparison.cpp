@@ -177,7 +177,7 @@ private:
         return true;
     }
 
-    // Prints the fault of the item, if it has one. Returns whether the item is sound.
+    // Prints the fault of the item, if it has one. Returns true if the item is undamaged.
     bool noteDamage(const Side& side, const Item& item, const ContentReport& content)
     {
         if (!content.fault.empty())

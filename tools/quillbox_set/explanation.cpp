@@ -64,7 +64,8 @@ DWORD write(const std::u16string& path, const std::string& text, bool force)
     return file.write(std::as_bytes(std::span(text))) ? file.moveToTarget(force) : file.error();
 }
 
-// Writes both files into the folder of the set. Returns true if the folder has both files now and they are on the disk.
+// Writes README.TXT and QLBXREAD.PY into the folder of the set. Returns true if the folder has both files now and they
+// are on the disk.
 bool explain(const SetFiles& files, bool force)
 {
     const SetMount mount(files, files.folder);

@@ -14,8 +14,8 @@ struct KnownBeginning {
     std::u16string_view extension;
 };
 
-// The beginnings of texts, in small letters. The library can recognise these types too. But the library takes
-// milliseconds for a text, because it looks for hundreds of words.
+// The beginnings of texts, in small letters. libmagic recognises these types, too. But it takes milliseconds for a
+// text, because it looks for hundreds of words.
 constexpr std::array TextBeginnings = std::to_array<KnownBeginning>({
     {"<!doctype html", u".html"},
     {"<html", u".html"},
@@ -26,7 +26,8 @@ constexpr std::array TextBeginnings = std::to_array<KnownBeginning>({
     {"begin:vcalendar", u".ics"},
 });
 
-// The beginnings of MIME types. For these types the library has no extension or several extensions.
+// The extensions for some MIME types, by the beginning of the type. For these types libmagic has no extension or
+// several extensions.
 constexpr std::array TypeBeginnings = std::to_array<KnownBeginning>({
     {"application/octet-stream", u".bin"},
     {"image/jpeg", u".jpg"},
@@ -69,7 +70,7 @@ std::u16string textExtension(std::span<const std::byte> head)
     return std::u16string(row ? row->extension : u".txt");
 }
 
-// The library can name several extensions for one type, such as "jpeg/jpg/jpe/jfif". Returns the first one with three
+// libmagic can name several extensions for one type, such as "jpeg/jpg/jpe/jfif". Returns the first one with three
 // letters, because most extensions on a handheld have three letters. If there is none, returns the first extension.
 std::string_view preferred(std::string_view several)
 {

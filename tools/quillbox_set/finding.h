@@ -14,8 +14,8 @@ struct FindOptions {
     bool json = false;
 };
 
-// Prints a line for each match as soon as it is found. Returns the exit code. It is exitNoSet if `found` has faults,
-// otherwise exitFaults if nothing was found, or if something is damaged or can't be read.
+// Prints a line for each match as soon as it is found. Returns exitNoSet if `found.faults` isn't empty. Otherwise
+// returns exitFaults if there was no match, or if something is damaged or can't be read. Otherwise returns exitGood.
 int findItems(const archive::FoundSets& found, const FindOptions& options);
 
 }  // namespace quillbox_set

@@ -31,7 +31,9 @@ namespace {
 
 // The state of the item in one set. Two states are equal if their texts are equal.
 struct State {
-    std::string text;  // empty: the set doesn't have the item, the value or a record with the words
+    // Empty if the set doesn't have the item, or if the item lacks the registry value or the record that the user asks
+    // for (HistoryOptions).
+    std::string text;
     std::vector<RecordText> records;
     std::string fault;
 };

@@ -16,10 +16,10 @@ struct HistoryOptions {
     bool json = false;
 };
 
-// Prints when the item appeared, changed and vanished, in the order of the sets' dates. Returns the exit code. It is
-// exitNoSet if `found` has faults, otherwise exitFaults if no set has the wanted item, value or record, or if something
-// is damaged or can't be read. At most two states of the item are in memory, each with the records that contain the
-// words.
+// Prints when the item appeared, changed and vanished, in the order of the sets' dates. Returns exitNoSet if
+// `found.faults` isn't empty. Otherwise returns exitFaults if no set has the wanted item, value or record, or if
+// something is damaged or can't be read. Otherwise returns exitGood. At most two states of the item are in memory. The
+// state of a database has the records that contain the words in `options.record`.
 int showHistory(const archive::FoundSets& found, const HistoryOptions& options);
 
 }  // namespace quillbox_set

@@ -14,7 +14,8 @@ inline constexpr int JsonVersion = 1;
 
 class JsonList {
 public:
-    // Prints the version and the fields of `head`, an object, and begins the array.
+    // Begins the object: prints the field "version" with JsonVersion, and then the fields of `head`, which must be an
+    // object. Then begins the array.
     JsonList(const nlohmann::ordered_json& head, const std::string& arrayName);
 
     void add(const nlohmann::ordered_json& element);

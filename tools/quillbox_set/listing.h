@@ -1,4 +1,4 @@
-// listing.h - `quillbox-set list` on a set.
+// listing.h - `quillbox-set list` for a single set: prints the items of the set.
 #pragma once
 
 #include "archive/listed_set.h"

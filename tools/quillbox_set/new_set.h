@@ -15,7 +15,8 @@ namespace quillbox_set {
 class NewSet {
 public:
     // Adds an item whose whole stream can be unpacked. The stream has the bytes from `start` up to, but not including,
-    // `end` in the data file. Returns an empty text, or why the item can't be in a sound set.
+    // `end` in the data file. If the item would make the set faulty, returns the reason and doesn't add it. For
+    // example, the name may be in use already. Otherwise returns an empty text.
     std::string add(BYTE kind, const std::u16string& name, std::uint64_t start, std::uint64_t end);
 
     std::uint64_t items() const { return entries_.size(); }

@@ -15,7 +15,8 @@ using namespace archive;
 
 namespace {
 
-// The number of entries that are tested to find out where in the data file a list belongs.
+// The number of entries that add() tests to decide whether a number must be added to all offsets of a list (see add()
+// in old_list.h).
 constexpr std::size_t SampledEntries = 1000;
 
 bool isUndamaged(const ListEntry& entry)

@@ -1,4 +1,4 @@
-// old_list.h - finds the entries that belong to the streams of a data file, in lists that may belong to that file.
+// old_list.h - reads lists that may belong to a data file, and finds the entries for the streams of this file.
 #pragma once
 
 #include "archive/listed_set.h"
@@ -23,9 +23,10 @@ public:
     explicit OldLists(const archive::OpenFile& data) : data_(data) {}
 
     // Adds the undamaged entries of the list. The data file can be longer than the largest end offset of these entries.
-    // Then it may consist of several data files, and the list may belong to the last one. In that case add() tests the
-    // first 1,000 entries at their own offsets and at offsets raised by the difference in length. If more of them match
-    // stream boundaries at the raised offsets, add() raises the offsets of all entries of this list.
+    // Then it may consist of several data files, and the list may belong to the last one. If so, all offsets of the
+    // list are too small by the difference between the file's length and the largest end offset. add() tests the first
+    // 1,000 entries at their own offsets, and again with the difference added. If more entries match stream boundaries
+    // with the difference than without it, add() adds it to the offsets of all entries of this list.
     void add(archive::ListedSet& list);
     // Sorts the entries and removes repeated ones. Call sort() after the last add(), before of().
     void sort();
@@ -35,8 +36,8 @@ public:
     // stream may be cut.
     OldEntry* of(std::uint64_t start, std::uint64_t end, bool isWhole);
 
-    // True if an undamaged entry of an added list has this kind and name. A stream to which no such entry belongs must
-    // not get the name.
+    // True if an undamaged entry of an added list has this kind and name. In that case an item may be recovered under
+    // this name only if its stream belongs to such an entry.
     bool hasName(BYTE kind, std::u16string_view name) const { return names_.has(kind, name); }
 
     const std::vector<OldEntry>& entries() const { return entries_; }

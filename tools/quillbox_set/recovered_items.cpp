@@ -105,8 +105,8 @@ void RecoveredItems::end(const FoundStream& stream)
         item.name = content.kind == ItemKindDatabase ? content.image.name : u"registry";
     }
     item.damage = content.fault + (content.format() ? "" : "; its image is kept as it is");
-    // Only the stream to which an entry belongs may get the name in the entry. Another stream can have a copy of the
-    // same item.
+    // The name in an entry is reserved for the stream to which the entry belongs. A stream without an entry can contain
+    // a copy of the same item, with the same name. The copy doesn't get this name.
     const bool isNamed = entry || !lists_.hasName(item.kind, item.name);
     write(item, content, isNamed);
     addToSet(item, isNamed);
@@ -115,10 +115,14 @@ void RecoveredItems::end(const FoundStream& stream)
     report_.add(item);
 }
 
-// Returns what the content of the stream is. `claimed` is the kind in the entry of a list, or 0 without an entry.
-// Content that begins like a database or a registry counts as this kind only if `claimed` is the same kind or 0. If
-// such content has a fault, the entry must claim the kind, or the stream must not be whole. A database with a fault
-// must also have a complete record and, without an entry, a printable name. All other content is a file.
+// Returns what the content of the stream is. `claimed` is the kind in the stream's list entry, or 0 if it has no entry.
+// Content that begins like a database or the registry counts as this kind if `claimed` is the same kind or 0. Such
+// content with a fault must also meet these conditions:
+//
+// - If the stream has no entry, the stream must not be whole.
+// - A database must have a complete record. If it has no entry, its name must also be printable.
+//
+// All other content counts as a file.
 RecoveredItems::Content RecoveredItems::contentOf(const FoundStream& stream, BYTE claimed)
 {
     const OpenFile* const file = sound_ ? sound_->finish() : nullptr;

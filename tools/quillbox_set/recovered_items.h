@@ -1,6 +1,6 @@
-// recovered_items.h - writes the streams that are found in a data file as files. Databases become JSON lines, the
-// registry becomes a .reg file, and all other streams are only unpacked. A database with a record that is too large
-// stays an image.
+// recovered_items.h - writes each stream that is found in a data file to a new file. Databases become JSON lines, the
+// registry becomes a .reg file, and all other streams are only unpacked. If a database has a record that is too large
+// to be converted, the database is only unpacked too.
 #pragma once
 
 #include "archive/growing_file.h"
@@ -26,7 +26,8 @@ enum class Wanted { Nothing, Complete, CompleteAndUnproven };
 
 class RecoveredItems final : public archive::ScanSink {
 public:
-    // The platform's root folder must be the folder for the files.
+    // The recovered files are written to the platform's root folder. So the root must be the folder that the user wants
+    // for them.
     RecoveredItems(const archive::OpenFile& data, const archive::MountedSet& mounted, OldLists& lists, Wanted wanted,
                    RecoveryReport& report);
 
@@ -40,7 +41,7 @@ private:
     // What the content of a stream is.
     struct Content {
         BYTE kind;
-        std::string fault;           // by the rules of its kind. Empty if it is sound.
+        std::string fault;           // how the content breaks the rules of its kind; empty if it doesn't
         archive::ImageReport image;  // of a database
 
         // The format to convert a database to. Nothing if a record is too large to be converted. The unpacked bytes
@@ -67,9 +68,9 @@ private:
     unsigned numbered_ = 0;
     std::optional<archive::GrowingFile> file_;  // the raw bytes of the current stream
     std::vector<std::byte> head_;               // the first raw bytes of the current stream
-    // The sound bytes of the current stream, packed into a new undamaged stream. So the functions for sound streams can
-    // read the content of a damaged stream up to the damage. Has a value only if the content may be a database or the
-    // registry.
+    // The raw bytes of the current stream before the first damage, packed into a new undamaged stream. So the functions
+    // that need an undamaged stream can read the content of a damaged one up to the damage. Has a value only if the
+    // content may be a database or the registry.
     std::optional<SoundStream> sound_;
     archive::Progress progress_{1};
 };

@@ -1,5 +1,5 @@
-// recovery_report.h - says what was found in a data file: recovered.txt for people, and lines or JSON on standard
-// output.
+// recovery_report.h - reports which items were recovered from a data file. Writes recovered.txt for people, and prints
+// lines or JSON to standard output.
 #pragma once
 
 #include "archive/growing_file.h"

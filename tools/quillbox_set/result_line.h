@@ -1,4 +1,4 @@
-// result_line.h - prints the results of the commands that read several sets: one line each, as text or JSON.
+// result_line.h - prints the results of the commands that read several sets, as text or as one line of JSON each.
 #pragma once
 
 #include "archive/set_search.h"
@@ -12,8 +12,8 @@
 
 namespace quillbox_set {
 
-// Returns the bytes, such as a path of the host, as a JSON string. When the string is printed, bytes that aren't UTF-8
-// become U+FFFD.
+// Returns the bytes, such as a path of the host (the Linux system), as a JSON string. When the string is printed, bytes
+// that aren't UTF-8 become U+FFFD.
 nlohmann::ordered_json jsonText(std::string_view bytes);
 
 // With `json`, prints the version (json_list.h) and the fields of the object in one line. Otherwise prints the text,
@@ -27,7 +27,7 @@ int reportTrouble(const std::string& text);
 // If the text of a database leaves something out, says so on standard error.
 void reportLeftOut(std::u16string_view database, const database_formats::LeftOut& leftOut);
 
-// Prints the faults in `found`. Returns exitNoSet if there is one, otherwise exitGood.
+// Prints the faults in `found`. Returns exitGood if there are no faults, otherwise exitNoSet.
 int reportFaults(const archive::FoundSets& found);
 
 }  // namespace quillbox_set

@@ -48,8 +48,9 @@ bool exists(const std::string& folder, const std::string& name)
     return fs::symlink_status(fs::path(folder) / name, error).type() != fs::file_type::not_found;
 }
 
-// The folder for the files. The constructor makes missing folders of its path. The destructor deletes those of the new
-// folders that are still empty. The destructor also runs after a signal.
+// The folder into which the recovered files are written. The constructor makes this folder and its parent folders, as
+// far as they are missing. The destructor deletes those of the new folders that are still empty. The destructor also
+// runs after a signal.
 class TargetFolder {
 public:
     explicit TargetFolder(const std::string& folder)

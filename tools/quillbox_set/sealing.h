@@ -5,8 +5,8 @@
 
 namespace quillbox_set {
 
-// Seals each sound set that isn't sealed yet. A set that has changed since it was sealed is sealed again only with
-// `force`, and only if it is sound. Prints a line for each set. Returns the exit code.
+// Seals each undamaged set that isn't sealed yet. A set that has changed since it was sealed is sealed again only with
+// `force`, and only if it is undamaged. Prints a line for each set. Returns the exit code.
 int sealSets(const archive::FoundSets& found, bool force);
 
 }  // namespace quillbox_set

@@ -1,4 +1,4 @@
-// set_listing.h - `quillbox-set list` on a folder.
+// set_listing.h - `quillbox-set list` for a folder: prints the sets in the folder.
 #pragma once
 
 #include "archive/set_folder.h"

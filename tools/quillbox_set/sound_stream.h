@@ -1,4 +1,4 @@
-// sound_stream.h - a compressed stream in a temporary file, made of raw bytes that are sound.
+// sound_stream.h - packs undamaged raw bytes into a new compressed stream in a temporary file.
 #pragma once
 
 #include "archive/growing_file.h"

@@ -36,8 +36,8 @@ bool isControl(char c)
     return code < 0x20 && std::string_view("\t\n\r\f\x1A\x1B").find(c) == std::string_view::npos;
 }
 
-// Returns the length of the UTF-8 character that begins with this byte. Returns 0 if no character of more than one byte
-// begins with it.
+// If a UTF-8 character of two to four bytes can begin with this byte, returns how many bytes the character has.
+// Otherwise returns 0.
 std::size_t lengthFrom(char lead)
 {
     const auto code = static_cast<unsigned char>(lead);

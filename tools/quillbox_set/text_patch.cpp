@@ -52,7 +52,7 @@ std::string textPatch(const FileInSet& older, const FileInSet& newer)
 {
     LineCollector left;
     LineCollector right;
-    (void)readContent(older.data, older.item, left);  // ignored, because the comparison has found both items sound
+    (void)readContent(older.data, older.item, left);  // ignored, because the comparison has found both items undamaged
     (void)readContent(newer.data, newer.item, right);
     left.finish();
     right.finish();

@@ -1,4 +1,4 @@
-// text_patch.h - returns the differences of two text files of sets as a unified diff.
+// text_patch.h - compares two text files, each from a set, and returns the differences as a unified diff.
 #pragma once
 
 #include "archive/item_content.h"

@@ -133,7 +133,7 @@ private:
     bool json_;
 };
 
-// Returns whether the set is sound.
+// Returns whether the set has no faults.
 template <class Report>
 bool check(const OpenedSet& set, Report& report)
 {

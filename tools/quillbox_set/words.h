@@ -14,11 +14,12 @@ public:
 
     bool isEmpty() const { return words_.empty(); }
 
-    // Begins a new text and forgets the parts of the previous text.
+    // Begins a new text, in which no word is found yet.
     void begin();
-    // Adds a part. Returns true if the part contains a word that no earlier part contains.
+    // Adds a part of the text. Returns true if this part contains a searched word that no earlier part of the text
+    // contains.
     bool add(std::u16string_view part);
-    // True if the parts of the text together contain all words.
+    // True if each searched word is in some part of the text.
     bool areAllFound() const { return found_ == words_.size(); }
 
 private:

@@ -14,7 +14,8 @@ DWORD ToggleItem(HTREEITEM item);
 // or is the top item "Files", returns 0 and changes nothing. Otherwise returns 1.
 DWORD MarkFolder(DWORD mark);
 
-// Sets the pictures of the files and folders among `first` and its later siblings according to their MarkCounts. The
-// picture of a folder is set only if the count of the folder is 0. In that case the pictures of the items below the
-// folder are set, too. Always returns 1.
+// Sets the pictures of the files and folders among `first` and its later siblings. The picture of a file shows whether
+// its MarkCount is 0. If the MarkCount of a folder is 0, the folder gets the picture of an unmarked folder, and the
+// pictures of the items below it are set in the same way. Any other folder, and the items below it, keep their
+// pictures. Always returns 1.
 DWORD RefreshMarks(HTREEITEM first);

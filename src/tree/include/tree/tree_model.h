@@ -54,9 +54,9 @@ inline constexpr NamedKind NamedKinds[] = {{.kind = ItemKindDatabase,
 const NamedKind* NamedKindOfRoot(WORD code);
 const NamedKind* NamedKindOfItem(WORD code);
 
-// The high half of an item's parameter is its MarkCount: the number of marks on the item and below it. This number
-// isn't exact (marking.cpp), and the pictures show only whether it is 0. The count has 16 bits, so a count that falls
-// below 0 becomes a value just below 65536. marking.cpp treats such a value as 0.
+// The high half of an item's parameter is its MarkCount: the number of marks on the item and below it. This count isn't
+// exact (marking.cpp). An item's picture usually shows whether its count is 0, but not the count itself. The count has
+// 16 bits, so a count that falls below 0 becomes a value just below 65536. marking.cpp treats such a value as 0.
 inline WORD TreeCodeOf(LPARAM parameter)
 {
     return LOWORD(static_cast<DWORD>(parameter));
@@ -87,7 +87,7 @@ inline int MarkedImage(WORD code)
 struct TreeItem {
     HTREEITEM handle;
     LPARAM parameter;
-    int image;  // index of the picture, whether the item is selected or not
+    int image;  // index of the picture; a selected item shows the same picture
     WCHAR text[MAX_PATH];
 };
 

@@ -12,7 +12,8 @@ namespace screen_text {
 // file on a device has a name with < or >, so the result is unambiguous for names of files.
 std::string onScreen(std::u16string_view text);
 
-// Does the same for bytes of the host, which should be UTF-8. Invalid bytes become U+FFFD.
+// Does the same as the function above. `text` should be UTF-8, such as a path of the host (the Linux system). Invalid
+// bytes become U+FFFD.
 std::string onScreen(std::string_view text);
 
 // Calls onScreen for each line of a text. In the result each line begins with `indent` and ends with a line feed.
