@@ -19,7 +19,8 @@ constexpr std::u16string_view Headline = u"Windows Registry Editor Version 5.00"
 constexpr std::u16string_view OldHeadline = u"REGEDIT4";
 constexpr std::u16string_view ClosingWords = u"; End of registry: ";
 constexpr std::size_t LongestComment = 256;  // longer comments are cut; a closing line is shorter
-// The length of a line in which each character of each name is an escape of six characters.
+// The length of the longest line of a key: all of its names have the greatest length, and an escape of six characters
+// stands for each of their characters.
 constexpr std::size_t LongestKeyLine = std::size_t{LevelLimit + 1} * (NameLimit + 1) * 6;
 
 // Thrown inside this file only.

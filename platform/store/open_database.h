@@ -1,6 +1,6 @@
 // open_database.h - the object to which the handle of an open database refers. It contains the handle's record pointer
-// and copies of its pending changes. Pending changes belong to a transaction that isn't committed yet
-// (Connection::gather), so that one flush writes many changes to the disk.
+// and copies of its pending changes. A change is pending while its transaction isn't committed (Connection::gather).
+// One commit, and so one flush of the disk, is enough for many changes.
 //
 // Use it only while a database::DatabaseUse lives. But call close() without one, because close() creates its own.
 #pragma once

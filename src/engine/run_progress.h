@@ -20,7 +20,7 @@ void ReportRunBegins(DWORD run, const WCHAR* listPath);
 // Closes the window and sets `progress` to null.
 void CloseRunProgress(HWND& progress);
 
-// Shows the item that the run begins.
+// Shows the kind and the name of the next item of the run.
 void ShowItem(HWND progress, const ItemKind& kind, const WCHAR* name);
 
 // Moves the bar by the step of one item.

@@ -54,7 +54,7 @@ public:
     RecoveryReport(const std::string& file, const std::string& folder, bool json);
 
     void add(const RecoveredItem& item);
-    // Adds the entry of a list as lost: the data file has no stream that matches the entry.
+    // Adds an item of the old list to the report as lost: the data file has no stream that matches its entry.
     void addLost(const OldEntry& entry);
 
     // Completes the report and writes recovered.txt. Returns an empty text, or the reason of a failure.
