@@ -3,6 +3,6 @@
 
 #include <functional>
 
-// Runs `work` in another process. Kills this process before the system call with the number `calls`. Returns false if
-// the process ended earlier.
+// Runs `work` in another process. Kills this process before the system call with the number `calls`. Calls that change
+// only the process's memory aren't counted. Returns false if the process ended earlier.
 bool killedBeforeCall(int calls, const std::function<void()>& work);
