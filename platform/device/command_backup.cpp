@@ -43,13 +43,9 @@ std::string planOf(const Session& session, const RunPlan& plan, const std::u16st
 int tellBackupPlan(const Session& session, const RunPlan& plan, const std::u16string& storage)
 {
     const auto room = session.opened.device->roomIn(storage);
-    print(session.command, onScreen("To store: " + planOf(session, plan, storage)) + "\n",
-          {{"outcome", "dry run"},
-           {"exitCode", ExitComplete},
-           {"items", itemsJson(plan.items)},
-           {"bytes", plan.bytes},
-           {"room", room ? Json(*room) : Json(nullptr)}});
-    return tellLeftOut(ExitComplete);
+    return endDryRun(
+        session.command, "To store: " + planOf(session, plan, storage),
+        {{"items", itemsJson(plan.items)}, {"bytes", plan.bytes}, {"room", room ? Json(*room) : Json(nullptr)}});
 }
 
 BackupRequest requestOf(const BackupOptions& options, const Session& session)

@@ -121,6 +121,16 @@ int endRun(const Command& command, RunEnd end, const std::string& sentence, cons
     return exitCode;
 }
 
+int endDryRun(const Command& command, const std::string& sentence, const Json& facts)
+{
+    const int exitCode = tellLeftOut(ExitComplete);
+    Json all = {{"outcome", "dry run"}, {"exitCode", exitCode}};
+    all.update(facts);
+    all["leftOut"] = leftOutJson();
+    print(command, onScreen(sentence) + "\n", all);
+    return exitCode;
+}
+
 void print(const Command& command, const std::string& text, const Json& json)
 {
     if (command.json)

@@ -33,6 +33,9 @@ int endRefused(const Command& command, const std::string& reason, int exitCode);
 // standard output, unless the run was complete and --quiet was given.
 int endRun(const Command& command, RunEnd end, const std::string& sentence, const nlohmann::ordered_json& facts);
 
+// The same for the end of a dry run. Its exit code is ExitLeftOut if something was left out, otherwise ExitComplete.
+int endDryRun(const Command& command, const std::string& sentence, const nlohmann::ordered_json& facts);
+
 // Prints a result that isn't the end of a run: `json` with --json, otherwise `text`.
 void print(const Command& command, const std::string& text, const nlohmann::ordered_json& json);
 

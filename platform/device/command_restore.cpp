@@ -39,13 +39,9 @@ int tellRestorePlan(const Session& session, const RunPlan& plan)
     const std::string existing = plan.existing.files + plan.existing.databases == 0
                                      ? "Nothing of it exists"
                                      : "Of these there exist already " + itemsText(plan.existing);
-    print(session.command, "To restore: " + itemsText(plan.items) + ". " + existing + ".\n",
-          {{"outcome", "dry run"},
-           {"exitCode", ExitComplete},
-           {"items", itemsJson(plan.items)},
-           {"storedBytes", plan.bytes},
-           {"existing", itemsJson(plan.existing)}});
-    return tellLeftOut(ExitComplete);
+    return endDryRun(
+        session.command, "To restore: " + itemsText(plan.items) + ". " + existing + ".",
+        {{"items", itemsJson(plan.items)}, {"storedBytes", plan.bytes}, {"existing", itemsJson(plan.existing)}});
 }
 
 int endRestore(const Session& session, const ItemCounts& kept)

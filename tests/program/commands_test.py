@@ -84,7 +84,10 @@ class BackupTest(CommandTest):
                          r'^To store: 3 files and the registry, 18 bytes\. "\\Card" has room for .* [KMGT]B\.\n$')
         self.assertFalse(self.sets.exists())
         with open(self.store / "a", "ab"):
+            planned = self.result("backup", "--to", "Card", "--files", "--dry-run", code=4)
+            self.assertFalse(self.sets.exists())
             found = self.result("backup", "--to", "Card", "--files", code=4)
+        self.assertEqual((planned["outcome"], planned["items"]["files"], planned["leftOut"]), ("dry run", 2, found["leftOut"]))
         self.assertEqual((found["outcome"], found["items"]["files"]), ("left out", 2))
         self.assertIn("another program uses it", found["leftOut"][0]["sentence"])
         done = self.command("backup", "--to", "Card", "--files", "--quiet")
