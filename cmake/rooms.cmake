@@ -79,7 +79,7 @@ function(quillbox_compile_quickly)
 endfunction()
 
 # quillbox_compile_small(TARGET...): a build without sanitizers optimises these targets for size, because nearly all of their
-# code is in memory during a backup, and their speed shows nowhere.
+# code is in memory during a backup, and their speed makes no measurable difference to a run.
 function(quillbox_compile_small)
   if(NOT QUILLBOX_SANITIZE)
     quillbox_compile_differently(-Os ${ARGN})

@@ -19,8 +19,9 @@ public:
     // Returns the folder at `path`, which is relative to `mounted`, a descriptor of a folder. Null if the folder isn't
     // deep or can't be opened.
     //
-    // If another process moves a folder of the path, the kept one is no longer at the path. So a folder is opened again
-    // when it was kept for LongestUse. What is made in it before could as well have been made just before the move.
+    // If another process moves a folder of the path, the kept folder is no longer at the path. So after LongestUse, the
+    // folder at the path is opened again. A file that is made until then is in the moved folder, as if it had been made
+    // just before the move.
     [[nodiscard]] std::shared_ptr<const Descriptor> opened(int mounted, std::string_view path) EXCLUDES(mutex_);
 
 private:
