@@ -250,8 +250,8 @@ class RefusalTest(CommandTest):
                   (text.replace("Stick=", "Stick"), "line 2: --card"), (text.replace('"Stick"', '"/a#b/"'), "line 4: a quote isn't closed"))
         for wrong, sentence in faults:
             profile.write_text(wrong)
-            for words in (("--profile", "nightly", "backup"), check):
-                self.assertIn(sentence, self.run_program("quillbox", *words, code=2, **user).said)
+            self.assertIn(sentence, self.run_program("quillbox", *check, code=2, **user).said)
+        self.assertIn(sentence, self.run_program("quillbox", "--profile", "nightly", "backup", code=2, **user).said)
         for wrong, sentence in ((text.replace("to =", "comment ="), "--to is required"), (text.replace("/stick", "/gone"), "gone\" of \"Stick\""),
                                 (text.replace('"Stick"', '"/gone/"'), "/gone/"), (text.replace("/device", "/typo"), "is not a device")):
             profile.write_text(wrong)

@@ -137,7 +137,7 @@ def ended_under_a_question(desktop):
 
 def full_card(desktop):
     """After the run a message names what didn't fit on the card. The program stays open."""
-    case = Case(desktop, capacity=2_000_000)
+    case = Case(desktop, capacity=2_000_000, files=500)
     case.back_up()
     texts = [node.name for node in case.user.window("Warning") if node and node.name]
     warnings = [text for text in texts if "aren't in the set, or not whole. The first is" in text]
