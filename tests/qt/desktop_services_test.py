@@ -100,7 +100,7 @@ def main(bin_folder):
     wait_for("a share in the taskbar", lambda: any(visible and 0 < share < 1 for share, visible in services.shares))
     no = user.find("Warning", "No", "push button")
     xdotool("search", "--name", f"^{MAIN}$", "windowminimize", "--sync")
-    wait_for("the windows to go", lambda: not any(user.has(window, "ACTIVE") for window in user.application))
+    wait_for("the windows to go", lambda: not any(user.has(window, "ACTIVE") for window in user.application if window))
     require(no.queryAction().doAction(0), "the question can't be answered")
     wait_for("the notification", lambda: services.notifications)
     _, _, _, title, text, _, _, _ = services.notifications[0]
@@ -114,7 +114,7 @@ def main(bin_folder):
     # The window is in front again, so the user sees the end.
     wait_for("the end of the other windows", lambda: [window.name for window in user.application if window] == [MAIN])
     user.until("the window in front", lambda: xdotool("search", "--name", f"^{MAIN}$", "windowactivate", "--sync"),
-               lambda: user.has(user.is_there(MAIN), "ACTIVE"))
+               lambda: (window := user.is_there(MAIN)) and user.has(window, "ACTIVE"))
     steps = restore(user, services, 2)
     for _ in range(FILES):
         steps.answer("Warning", "Yes")
