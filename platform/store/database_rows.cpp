@@ -160,8 +160,9 @@ Found<CEOID> addDatabase(Connection& connection, const DatabaseName& name, DWORD
 DWORD removeDatabase(Connection& connection, CEOID oid)
 {
     const Step step = connection.prepare("DELETE FROM store_database WHERE oid = ?").bind(oid).step();
-    if (step == Step::Done && storeState().misplaced)
-        storeState().misplaced->erase(oid);
+    // The deletion can still be rolled back. So the next search looks for such rows again.
+    if (storeState().misplaced && storeState().misplaced->contains(oid))
+        storeState().misplaced.reset();
     return step == Step::Done ? 0 : errorOf(step);
 }
 

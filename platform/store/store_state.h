@@ -22,8 +22,9 @@ struct StoreState {
     DWORD changeFault = 0;                            // 0, or why the change that began last isn't on the disk
     std::u16string changedName;                       // the database that was created last since BeginStoreChange
     // The oid and the name of each database whose row has a wrong folded name, which differs from the one that
-    // DatabaseName::of makes of the row's name. The variable has no value until a search has looked for such rows. No
-    // call creates such a row, so the value stays valid until a rollback restores deleted databases.
+    // DatabaseName::of makes of the row's name. The variable has no value until a search has looked for such rows. It
+    // loses its value when such a row is deleted, and when a rollback restores deleted databases. No call creates such
+    // a row.
     std::optional<std::unordered_map<CEOID, std::u16string>> misplaced;
 };
 [[nodiscard]] StoreState& storeState();

@@ -117,6 +117,27 @@ TEST_F(GatheringTest, RecordThatFindsNoRoomIsRefusedAndTheOthersAreKept)
     EXPECT_NE(add(OpenDatabase(u"B"), {blob(1, "fits")}), 0U);
 }
 
+TEST_F(GatheringTest, DamagedRowIsReportedAgainAfterADeletionThatCouldNotBeCommitted)
+{
+    const CEOID damaged = create(u"A");
+    sql("UPDATE store_database SET folded = 'else'");
+    close();
+    open();
+    EXPECT_FALSE(exists(u"A"));
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+
+    sql("CREATE TABLE hurdle (key REFERENCES registry_key (id) DEFERRABLE INITIALLY DEFERRED)");
+    sql("CREATE TRIGGER raise AFTER DELETE ON store_database BEGIN INSERT INTO hurdle VALUES (-1); END");
+    EXPECT_FALSE(CeDeleteDatabase(damaged));
+    EXPECT_FALSE(exists(u"A"));
+    EXPECT_EQ(GetLastError(), ERROR_GEN_FAILURE);
+
+    sql("DROP TRIGGER raise");
+    EXPECT_TRUE(CeDeleteDatabase(damaged));
+    EXPECT_FALSE(exists(u"A"));
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
 TEST_F(GatheringTest, ChangeOfSeveralCallsIsAppliedAsAWholeOrNotAtAll)
 {
     create(u"A");
