@@ -33,11 +33,13 @@ void ReadList(HANDLE list, SetSummary& summary)
     static ListEntry entry;
     WCHAR comment[CommentChars];
     StartListReader(reader, list);
-    (void)ReadListHead(reader, comment);
+    DWORD faults = ReadListHead(reader, comment);
     summary.comment = UsersComment(comment);
-    while (ReadListEntry(reader, entry))
+    while (ReadListEntry(reader, entry)) {
         AddItems(summary.items, KindOf(entry.kind), 1);
-    summary.damaged = reader.readError != ERROR_SUCCESS || reader.bytesAfterEntries != 0;
+        faults |= entry.faults;
+    }
+    summary.damaged = faults != 0 || reader.readError != ERROR_SUCCESS || reader.bytesAfterEntries != 0;
 }
 
 BOOL CollectList(const WCHAR* name, const WCHAR* folder, DWORD attributes, UINT_PTR context)

@@ -43,7 +43,8 @@ void WriteField(EntryWriter& writer, const void* bytes, DWORD count)
 struct ListLoad {
     EntryFilter keep;
     void* context;
-    bool lacksEntries;  // an entry was left out because of damage, or its name ends early, or its kind may be wrong
+    bool lacksEntries;  // the file ends in the comment, or an entry was left out because of damage, or its name ends
+                        // early, or its kind may be wrong
     bool hasRegistry;   // gRegistryEntry was set by an entry with a stream
 };
 
@@ -126,8 +127,8 @@ BOOL LoadList(const WCHAR* listPath, EntryFilter keep, void* context)
     RenewLists();
     ListReader reader;
     StartListReader(reader, list);
-    (void)ReadListHead(reader, gComment);  // if the comment is damaged, its readable beginning is shown
-    ListLoad load = {keep, context, false, false};
+    const DWORD faults = ReadListHead(reader, gComment);  // if the comment is damaged, its readable beginning is shown
+    ListLoad load = {keep, context, (faults & CutByEndOfFile) != 0, false};
     ListEntry entry;
     while (ReadListEntry(reader, entry))
         TakeEntry(load, entry);

@@ -177,6 +177,16 @@ class RestoreTest(CommandTest):
             self.assertEqual(sum(content != b"new" for name, content in self.content().items() if b".hid" not in name), replaced)
             self.assertIn("Kept as they were" if replaced < 3 else "Restored 3 files.", done.text)
 
+    def test_a_list_that_is_cut_anywhere_is_damaged_in_sets_and_its_restore_says_so(self):
+        whole = self.set.read_bytes()
+        comment = 4 + 2 * int.from_bytes(whole[:4], "little")
+        for length, code in ((0, 1), (3, 1), (comment - 1, 1), (comment + 8, 4), (len(whole) - 9, 4), (len(whole) - 1, 4), (len(whole), 0)):
+            with self.subTest(length):
+                self.set.write_bytes(whole[:length])
+                self.assertEqual([one["damaged"] for one in json.loads(self.command("sets", "--json").text)["sets"]], [code != 0])
+                said = self.command("restore", self.set, "--existing", "replace", code=code).said
+                self.assertEqual("the set is damaged" in said, code != 0, said)
+
     def test_a_device_that_does_not_exist_is_made_empty(self):
         self.device = self.folder / "new"
         self.command("restore", self.set)

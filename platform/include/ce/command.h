@@ -103,7 +103,7 @@ struct SetSummary {
     ItemCounts items;
     std::uint64_t bytes = 0;  // size of the list file and the data file
     bool sealed = false;      // there is a file with checksums beside the list
-    bool damaged = false;     // the list file can't be read to its end, or there is no data file
+    bool damaged = false;  // the list file can't be read or has a fault (set/list_reader.h), or there is no data file
 };
 
 // Returns the summary of the set to which the list file belongs. Returns nothing if the list file can't be opened.
