@@ -105,6 +105,12 @@ class BackupTest(CommandTest):
         self.assertRegex(done.said, r"checksums of the set can't be written: .*\.\n")
         self.assertEqual([one["sealed"] for one in json.loads(self.command("sets", "--json").text)["sets"][:2]], [True, False])
         self.assertEqual([name for name in os.listdir(self.sets) if name.endswith(".part")], [])
+        for number in range(60):
+            self.write(f"noise/{number}", os.urandom(300))
+        (self.folder / "small").mkdir()
+        done = self.command("--card", f"Small={self.folder}/small,capacity=9000", "backup", "--to", "Small", code=4)
+        self.assertIn('"\\Small\\QUILBOX\\QLBX0001.SUM" (the disk is full)', done.said)
+        self.assertNotIn(".part", done.said)
 
 
 class RotationTest(CommandTest):

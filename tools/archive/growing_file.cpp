@@ -4,6 +4,7 @@
 
 #include "file/file_move.h"
 #include "file/whole_file.h"
+#include "kernel/troubles.h"
 
 #include "ce/error.h"
 #include "ce/file.h"
@@ -59,8 +60,10 @@ GrowingFile::GrowingFile(std::u16string target) : target_(std::move(target)) {}
 GrowingFile::~GrowingFile()
 {
     file_.reset();
-    if (!path_.empty())
+    if (!path_.empty()) {
+        nameTargetInTrouble();
         (void)DeleteFileW(path_.c_str());
+    }
     removeMadeFolders();
 }
 
@@ -180,6 +183,17 @@ void GrowingFile::moveStored(bool replace)
             withFoldersOf(target_, madeFolders_, [&] { return platform::file::moveFile(path_, target_, replace); });
     if (error_ == ERROR_SUCCESS)
         path_.clear();
+}
+
+// A failed write was recorded under the name of the temporary file. Records it under the name of the target, because
+// the record is shown to the user.
+void GrowingFile::nameTargetInTrouble()
+{
+    using namespace platform::kernel;
+    if (contentError_ == ERROR_SUCCESS)
+        return;
+    forgetTrouble(Trouble::Writing, Troubled::File, path_, contentError_);
+    noteTrouble(Trouble::Writing, Troubled::File, target_, contentError_);
 }
 
 void GrowingFile::removeMadeFolders()

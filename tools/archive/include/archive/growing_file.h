@@ -60,6 +60,7 @@ private:
     bool makeWhole();
     bool store();
     void moveStored(bool replace);
+    void nameTargetInTrouble();
     void removeMadeFolders();
 
     std::u16string target_;
