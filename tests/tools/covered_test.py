@@ -50,6 +50,17 @@ class CoveredTest(CompanionTest):
         self.assertTrue(said.endswith("Everything is covered.\n"))
         self.assertEqual(stamps(), before)
 
+    def test_a_file_in_rom_is_counted_and_not_compared(self):
+        rom = self.store / "d0" / "calc"
+        rom.write_bytes(b"in no set")
+        self.assertIn("not covered: file /d0/calc\n", self.covered(code=1).text)
+        os.setxattr(rom, "user.DOSATTRIB", b"0x41")
+        self.assertIn("1 file of the device's ROM isn't compared", self.covered().text)
+        found = json.loads(self.covered(self.sets, "--json").text)
+        self.assertEqual((found["files"], found["romFileCount"], found["uncoveredCount"]), ([], 1, 0))
+        rom.with_name("file 7").write_bytes(b"changed")
+        self.assertIn("not covered: file /d0/file 7\n", self.covered(code=1).text)
+
     def test_each_single_difference_is_found(self):
         victim = self.store / "d0" / "file 7"
         good = victim.read_bytes()
@@ -80,7 +91,7 @@ class CoveredTest(CompanionTest):
         found = json.loads(self.covered(self.sets, self.folder / "again", "--json", code=1).text)
         self.assertEqual([[each["recordCount"] for each in found.pop(name)] for name in ("sets", "databases")],
                          [[RECORDS], [RECORDS + 2, 1]])
-        self.assertEqual(found, {"version": 1, "files": [], "changes": [], "unkeptValueCount": 0, "uncoveredCount": 5, "values": [
+        self.assertEqual(found, {"version": 1, "files": [], "changes": [], "unkeptValueCount": 0, "romFileCount": 0, "uncoveredCount": 5, "values": [
             {"key": "HKEY_USERS\\new", "value": None, "content": None}, {"key": "HKEY_USERS\\new", "value": "a", "content": "dword:00000001"}]})
 
     def test_a_restored_registry_that_waits_for_the_next_start_is_compared(self):

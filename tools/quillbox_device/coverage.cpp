@@ -137,6 +137,8 @@ public:
                 break;
             progress.begin(pathOf(found.sets[at]));
             compareWith(found.sets[at], progress);
+            if (at == order.front())
+                leaveOutRom();
         }
     }
 
@@ -165,6 +167,11 @@ public:
         for (const auto& [element, text] : summary_)
             report_.add("sets", element, text);
         content_.reportNotes(report_);
+        report_.set("romFileCount", filesInRom_,
+                    filesInRom_ == 0 ? ""
+                                     : counted(filesInRom_, "file") + " of the device's ROM " +
+                                           (filesInRom_ == 1 ? "isn't" : "aren't") +
+                                           " compared, because no backup stores what is in ROM.");
         report_.set("uncoveredCount", open,
                     open == 0 ? "Everything is covered." : "Not covered: " + counted(open, "thing") + ".");
         report_.finish();
@@ -211,6 +218,16 @@ private:
              text});
     }
 
+    // No backup stores a file in ROM, so such a file counts as covered. It can be in a set nevertheless, if it wasn't
+    // in ROM at the time. So this function follows the first comparison, and looks only at the files that are left.
+    void leaveOutRom()
+    {
+        for (const std::size_t file : files_.inRom(isCovered_)) {
+            isCovered_[file] = true;
+            filesInRom_++;
+        }
+    }
+
     static void note(Progress& progress, const std::string& text)
     {
         progress.clear();
@@ -221,7 +238,8 @@ private:
     DeviceFiles files_;
     DeviceCopy copy_;
     DeviceContent content_;
-    std::vector<bool> isCovered_;  // for each of files_.all(): whether a set contains the file
+    std::vector<bool> isCovered_;  // for each of files_.all(): whether a set contains the file, or it is in ROM
+    std::size_t filesInRom_ = 0;
     Report report_;
     std::vector<std::pair<Json, std::string>> summary_;  // one for each set that contains something of the device
 };

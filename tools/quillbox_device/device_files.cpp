@@ -3,8 +3,11 @@
 #include "archive/long_work.h"
 #include "failure.h"
 
+#include "file/name_space.h"
 #include "set/item_kinds.h"
 #include "text/host_name.h"
+
+#include "ce/file.h"
 
 #include <cerrno>
 #include <memory>
@@ -99,6 +102,23 @@ std::optional<std::size_t> DeviceFiles::find(std::u16string_view name) const
 {
     const auto found = index_.find(archive::NameHash(ItemKindFile, name));
     return found == index_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<std::size_t> DeviceFiles::inRom(const std::vector<bool>& isCovered) const
+{
+    std::vector<std::size_t> found;
+    if (!platform::file::addMount({u"", ::fcntl(root_.get(), F_DUPFD_CLOEXEC, 0), false, std::nullopt}))
+        return found;
+    for (std::size_t file = 0; file < files_.size(); file++) {
+        archive::checkStop();
+        if (isCovered[file] || !files_[file].fault.empty())
+            continue;
+        const DWORD attributes = GetFileAttributesW(deviceNameOf(files_[file].path).c_str());
+        if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_INROM) != 0)
+            found.push_back(file);
+    }
+    platform::file::removeAllMounts();
+    return found;
 }
 
 platform::host::Descriptor DeviceFiles::open(std::size_t file) const
