@@ -19,8 +19,8 @@ void setStagingFolder(const std::filesystem::path& folder);
 // Copies an open file, whose offset must be 0. The copy becomes the staged file and replaces an earlier one. Returns 0
 // when the copy is on the disk. If the file isn't a whole registry, returns error 31, keeps the copy as
 // "registry.refused" and leaves an earlier staged file unchanged. After any other failure the call deletes the copy and
-// leaves an earlier staged file unchanged, with one exception: if a whole registry was copied and only the flush of the
-// folder failed, there is no staged file, because the copy had already replaced the earlier one.
+// leaves an earlier staged file unchanged, with one exception: if only the flush of the folder failed, the copy had
+// already replaced the earlier staged file. Then no staged file is left.
 [[nodiscard]] DWORD stageRegistry(HANDLE file);
 
 // Deletes the staged file.

@@ -26,7 +26,7 @@ constexpr std::size_t BlockAhead = 2 * (LengthBytes + PackedBlockBytes);
 constexpr std::size_t SearchAhead = BlockAhead + std::size_t{128} * 1024;
 static_assert(SearchAhead <= FileWindow::MostAhead);
 
-// A damaged block is used if another valid block, a new stream or the end of the file follows it. Otherwise it is used
+// A damaged block is used if a valid block, a new stream or the end of the file follows it. Otherwise it is used
 // only if it yields at least this many raw bytes. The same applies to the first block of a stream whose beginning is
 // lost.
 constexpr DWORD LeastPiece = 64;

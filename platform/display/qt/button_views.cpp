@@ -99,17 +99,17 @@ protected:
     void nextCheckState() override {}
 
 private:
-    // Called when the widget is toggled. If showChecked() didn't toggle the widget, a screen reader has toggled this
-    // button without a click, or has checked another radio button. In both cases this function undoes the toggle. For
-    // the button that the screen reader toggled, it posts a click to the window core instead.
+    // Called when the widget is toggled. If showChecked() didn't toggle the widget, a screen reader has toggled a
+    // button without a click: either this one, or another radio button, and then the toolkit has unchecked this one. In
+    // both cases this function undoes the toggle. Only for the button that the screen reader toggled, it posts a click
+    // to the window core.
     void refuseToggle()
     {
         if (following_)
             return;
         const bool wanted = Button::isChecked();
         showChecked();
-        // When a radio button is checked, the toolkit unchecks another one. The user didn't toggle that other button,
-        // so no click on it is posted.
+        // The user didn't toggle a radio button that the toolkit has unchecked, so no click on it is posted.
         if (!isRadio || wanted)
             input().click(this->window());
     }

@@ -160,8 +160,9 @@ BOOL HandOverFileBuffers(HANDLE file);
 
 // Sets an order of writes: from now on, before this process passes bytes of `file` to the host, it passes all bytes
 // that are buffered for `earlier`. So when bytes of `file` are on the host, everything that was written to `earlier`
-// before these bytes is there too, even if the process is killed. If the buffered bytes of `earlier` are lost, those of
-// `file` are lost, too, and writes to `file` fail with the same error until SetEndOfFile has cut both files. The order
+// before these bytes is there too, even if the process is killed. If the buffered bytes of `earlier` are lost
+// through an error, those of `file` are lost too. Writes to `file` then fail with this error, until SetEndOfFile has
+// cut both files. The order
 // ends when the last handle of `file` is closed. Only one thread at a time may call WriteAfter.
 //
 // Nonzero on success. Fails with error 5 if one of the handles has no write access, with error 6 if one isn't an open

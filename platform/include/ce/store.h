@@ -136,8 +136,9 @@ struct CEPROPVAL {
 // the reasons at the top of this file.
 HANDLE CeFindFirstDatabase(DWORD type);
 
-// Returns the next database of the enumeration. Otherwise returns 0. The last error is 259 at the end, 1018 if a
-// database was deleted since the enumeration began, or 87, 31 or 8 for the reasons at the top of this file.
+// Returns the next database of the enumeration. Returns 0 at the end, with the last error 259, and on failure. The last
+// error is then 1018 if a database was deleted since the enumeration began, or 87, 31 or 8 for the reasons at the top
+// of this file.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
 // Returns nonzero on success. Fails with error 6 if there is no object with this oid, with error 87 if `info` is null,
@@ -216,13 +217,13 @@ CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL
 // the database has no such record, and with errors 112, 31 and 8 for the reasons at the top of this file.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
-// Begins or ends a transaction. A real device doesn't have these calls. All databases that are made or deleted and all
-// records that are changed between the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has
-// succeeded. If the transaction ends with EndStoreChange(FALSE), if the process is killed first, or if a failure
-// occurs, such as a full disk, everything is as it was before the transaction. Handles that were opened in between can
-// be used after a success, and must be closed before EndStoreChange(FALSE). Nothing else of the device may be changed
-// in between. Both return nonzero on success. EndStoreChange(FALSE) always succeeds if a transaction is open.
-// BeginStoreChange fails with error 87 if a transaction is open already, and EndStoreChange fails with error 87 if none
-// is open. Both can also fail with errors 112, 8 and 31 for the reasons at the top of this file.
+// Begins or ends a transaction. A real device doesn't have these calls. All changes of databases and records between
+// the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has succeeded. If the transaction ends
+// with EndStoreChange(FALSE), if the process is killed first, or if a failure occurs, such as a full disk, everything
+// is as it was before the transaction. Handles that were opened in between can be used after a success, and must be
+// closed before EndStoreChange(FALSE). Nothing else of the device may be changed in between. Both return nonzero on
+// success. EndStoreChange(FALSE) always succeeds if a transaction is open. BeginStoreChange fails with error 87 if a
+// transaction is open already, and EndStoreChange fails with error 87 if none is open. Both can also fail with errors
+// 112, 8 and 31 for the reasons at the top of this file.
 BOOL BeginStoreChange();
 BOOL EndStoreChange(BOOL kept);
