@@ -7,8 +7,8 @@
 
 namespace {
 
-// Sets readError. Only the bytes in the buffer can still be taken, because the file's length or its current position is
-// unknown after the failure.
+// Sets readError and stops further reading from the file, because the file's length or its current position is unknown
+// after a failure. The bytes that are already in the buffer can still be taken.
 void Fail(BufferedReader& reader, DWORD error)
 {
     reader.readError = error != ERROR_SUCCESS ? error : ERROR_GEN_FAILURE;

@@ -99,10 +99,10 @@ protected:
     void nextCheckState() override {}
 
 private:
-    // Called when the widget is toggled. If showChecked() didn't toggle the widget, a screen reader has toggled a
-    // button without a click: either this one, or another radio button, and then the toolkit has unchecked this one. In
-    // both cases this function undoes the toggle. Only for the button that the screen reader toggled, it posts a click
-    // to the window core.
+    // Called when the widget is toggled. If showChecked() didn't toggle the widget, one of two things has happened: a
+    // screen reader has toggled this button without a click, or it has checked another radio button, and the toolkit
+    // has unchecked this one. In both cases this function undoes the toggle. It posts a click to the window core only
+    // in the first case.
     void refuseToggle()
     {
         if (following_)
