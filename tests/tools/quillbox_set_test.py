@@ -278,7 +278,21 @@ class DamageTest(SetToolTest):
             damaged.append(entry)
         for whole.listed in damaged:
             self.set_tool("verify", whole.write(self.folder), code=1)
-        self.set_tool("list", self.folder / "QLBX0001")
+        self.set_tool("list", self.folder / "QLBX0001", code=1)
+
+    def test_a_cut_list_is_reported_by_each_command_that_may_miss_an_item(self):
+        whole = self.one_file().add(FILE, "\\b", b"2")
+        path = whole.write(self.folder)
+        cut_at_end, listed = path.stat().st_size - 1, whole.listed
+        for cut in (0, len(Set().listed) - 1, len(Set().listed) + 2, cut_at_end):
+            path.write_bytes(listed[:cut])
+            for code, *words in ((1, "list", path), (1, "find", "*", path), (1, "history", "\\c", path),
+                                 (2, "diff", path, path), (1, "extract", "--force", path, self.out), (2, "cat", path, "\\c")):
+                with self.subTest(cut=cut, command=words[0]):
+                    self.assertIn("the list file is cut off", self.set_tool(*words, code=code).said)
+            [row] = json.loads(self.set_tool("list", self.folder, "--json", code=1).text)["sets"]
+            self.assertIn("the list file is cut off", row["fault"])
+        self.assertEqual(self.set_tool("cat", path, "\\a").text, "1")
 
 
 class HarmTest(SetToolTest):

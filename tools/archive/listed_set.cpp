@@ -48,7 +48,16 @@ bool ListedSet::next(Item& item)
     if (!ReadListEntry(*reader_, item.entry))
         return false;
     item.number = ++items_;
+    itemFaults_ |= item.entry.faults;
     return true;
+}
+
+std::string ListedSet::missingItems() const
+{
+    if (readFailed())
+        return "the list file couldn't be read to its end";
+    const bool isCut = ((commentFaults_ | itemFaults_) & CutByEndOfFile) != 0 || bytesAfterItems() != 0;
+    return isCut ? "the list file is cut off, so items may be missing" : "";
 }
 
 // Searches the buffer for the next occurrence of `part`, and skips, without reading them, the entries that end before

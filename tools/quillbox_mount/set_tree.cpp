@@ -20,8 +20,8 @@ SetTree::SetTree(const OpenedSet& set)
     Item item;
     while (set.list().next(item))
         addItem(data, item);
-    if (set.list().readFailed())
-        leftOut_ += "the list file couldn't be read to its end\n";
+    if (const std::string fault = set.list().missingItems(); !fault.empty())
+        leftOut_ += fault + '\n';
     addNote("comment", platform::text::toUtf8(set.list().comment()));
     if (!leftOut_.empty())
         addNote("left-out", std::move(leftOut_));

@@ -103,8 +103,8 @@ private:
 
     void reportUnread(const Side& side)
     {
-        if (side.set.list().readFailed())
-            report(side, "the list file couldn't be read to its end");
+        if (const std::string fault = side.set.list().missingItems(); !fault.empty())
+            report(side, fault);
     }
 
     void indexNewer()

@@ -70,8 +70,8 @@ private:
             if (isWanted(item))
                 extract(item);
         }
-        if (set_.readFailed())
-            reportFault("the list file couldn't be read to its end");
+        if (const std::string fault = set_.missingItems(); !fault.empty())
+            reportFault(fault);
         for (const Wanted& wanted : wanted_) {
             if (!wanted.found)
                 reportFault("the set has no item " + onScreen(wanted.pattern));

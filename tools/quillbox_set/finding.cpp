@@ -68,8 +68,8 @@ public:
             else if (data->isOpen())
                 searchItem(*data, item);
         }
-        if (set.list().readFailed())
-            report("the list file couldn't be read to its end");
+        if (const std::string fault = set.list().missingItems(); !fault.empty())
+            report(fault);
     }
 
     int exitCode() const { return failed_ || !found_ ? exitFaults : exitGood; }

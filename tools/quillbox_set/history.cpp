@@ -156,7 +156,7 @@ private:
                 state.fault = item.text() + ": " + state.fault;
             return state;
         }
-        return {"", {}, set.list().readFailed() ? "the list file couldn't be read to its end" : ""};
+        return {"", {}, set.list().missingItems()};
     }
 
     void compare(const State& state)

@@ -166,9 +166,10 @@ int listSet(ListedSet& set, const MountedSet& files, const ListingOptions& optio
     if (!data.isOpen())
         std::cerr << "quillbox-set: " << notOpened("the data file", data.error()) << "\n";
     const bool whole = (options.json ? printAsJson : printAsText)(set, data, options);
-    if (set.readFailed())
-        std::cerr << "quillbox-set: the list file couldn't be read to its end\n";
-    return data.isOpen() && !set.readFailed() && whole ? exitGood : exitFaults;
+    const std::string fault = set.missingItems();
+    if (!fault.empty())
+        std::cerr << "quillbox-set: " << fault << "\n";
+    return data.isOpen() && fault.empty() && whole ? exitGood : exitFaults;
 }
 
 }  // namespace quillbox_set

@@ -36,23 +36,24 @@ struct SetRow {
     std::uint64_t items = 0;
     std::optional<std::uint64_t> dataBytes;  // nothing if the data file can't be opened
     std::string dataFault;
+    std::string listFault;
 };
 
-// Returns nothing if the list file can't be read, and prints the reason on standard error.
+// Returns nothing if the list file can't be opened, and prints the reason on standard error.
 std::optional<SetRow> rowOf(MountedSet mounted, FolderNames& names, const std::string& name)
 {
     const auto files = findSet(names, name);
     mounted.listPath = mounted.folder + u"\\" + platform::text::toDeviceName(name);
     ListedSet set(mounted);
-    SetRow row;
-    for (Item item; set.isOpen() && set.next(item);)
-        ++row.items;
-    if (!set.isOpen() || set.readFailed()) {
-        std::cerr << "quillbox-set: "
-                  << (set.isOpen() ? "the list file can't be read" : notOpened("the list file", set.openError()))
-                  << ": " << onScreen((std::filesystem::path(names.folder()) / name).string()) << "\n";
+    if (!set.isOpen()) {
+        std::cerr << "quillbox-set: " << notOpened("the list file", set.openError()) << ": "
+                  << onScreen((std::filesystem::path(names.folder()) / name).string()) << "\n";
         return std::nullopt;
     }
+    SetRow row;
+    for (Item item; set.next(item);)
+        ++row.items;
+    row.listFault = set.missingItems();
     row.comment = firstLine(set.comment());
     const std::string dataName = files ? files->dataName : std::string();
     const OpenFile data(mounted.folder + u"\\" + platform::text::toDeviceName(dataName), GENERIC_READ, OPEN_EXISTING);
@@ -65,16 +66,20 @@ std::optional<SetRow> rowOf(MountedSet mounted, FolderNames& names, const std::s
 
 nlohmann::ordered_json jsonOf(const std::string& path, const SetRow& row)
 {
-    return {{"list", jsonText(path)},
-            {"comment", platform::text::toUtf8(row.comment)},
-            {"itemCount", row.items},
-            {"dataBytes", row.dataBytes ? nlohmann::ordered_json(*row.dataBytes) : nullptr}};
+    nlohmann::ordered_json json = {{"list", jsonText(path)},
+                                   {"comment", platform::text::toUtf8(row.comment)},
+                                   {"itemCount", row.items},
+                                   {"dataBytes", row.dataBytes ? nlohmann::ordered_json(*row.dataBytes) : nullptr}};
+    if (!row.listFault.empty())
+        json["fault"] = row.listFault;
+    return json;
 }
 
 std::string textOf(const SetRow& row)
 {
     return onScreen(row.comment) + (row.comment.empty() ? "" : "; ") + counted(row.items, "item") + ", " +
-           (row.dataBytes ? counted(*row.dataBytes, "byte") : row.dataFault);
+           (row.dataBytes ? counted(*row.dataBytes, "byte") : row.dataFault) +
+           (row.listFault.empty() ? "" : "; " + row.listFault);
 }
 
 }  // namespace
@@ -97,6 +102,7 @@ int listSets(const SetFolder& folder, bool json)
     if (folder.readFailed)
         std::cerr << "quillbox-set: " << notRead(folder) << "\n";
     FolderNames names(folder.path);
+    std::uint64_t sets = 0;
     for (const std::string& name : folder.lists) {
         const std::string path = (std::filesystem::path(folder.path) / name).string();
         const auto row = rowOf(*mounted, names, name);
@@ -104,14 +110,16 @@ int listSets(const SetFolder& folder, bool json)
             code = exitFaults;
             continue;
         }
-        code = row->dataBytes ? code : exitFaults;
+        sets++;
+        if (!row->dataBytes || !row->listFault.empty())
+            code = exitFaults;
         if (list)
             list->add(jsonOf(path, *row));
         else
             std::cout << onScreen(path) << "  " << textOf(*row) << '\n';
     }
     if (list)
-        list->end({{"setCount", folder.lists.size()}});
+        list->end({{"setCount", sets}});
     return code;
 }
 

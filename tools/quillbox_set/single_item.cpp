@@ -38,7 +38,8 @@ int writeItem(const SetFiles& files, const std::string& name, std::optional<data
         std::cerr << "quillbox-set: " << item.text() << ": " << fault << "\n";
         return exitFaults;
     }
-    return reportTrouble("the set has no item " + onScreen(wanted));
+    const std::string fault = set.list().missingItems();
+    return reportTrouble("the set has no item " + onScreen(wanted) + (fault.empty() ? "" : ": " + fault));
 }
 
 }  // namespace quillbox_set

@@ -53,15 +53,19 @@ public:
     // contain `part`, so the caller must check the name.
     [[nodiscard]] bool nextWith(std::u16string_view part, Item& item);
 
-    // bytesAfterItems() and readFailed() are valid only after next() or nextWith() has returned false.
+    // These functions are valid only after next() or nextWith() has returned false.
     DWORD bytesAfterItems() const { return reader_->bytesAfterEntries; }
     [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }
+    // Returns a sentence if the set may have more items than next() has returned, and otherwise "". A list file that
+    // was cut exactly between two entries can't be told from a whole one.
+    [[nodiscard]] std::string missingItems() const;
 
 private:
     OpenFile list_;
     std::unique_ptr<ListReader> reader_;
     WCHAR comment_[CommentChars] = {};
     DWORD commentFaults_ = 0;
+    DWORD itemFaults_ = 0;  // of all items that next() has returned
     std::uint64_t items_ = 0;
 };
 
