@@ -29,8 +29,8 @@ FoundMount findMount(std::u16string_view name);
 // folder is added, a new list is made.
 const std::vector<MountedFolder*>& mountsInRoot();
 
-// Whether the entry `hostName` of the root folder is hidden, because a folder was mounted under the same name. A
-// mounted folder hides the entry even after it was removed.
+// Whether the entry `hostName` of the root folder is hidden, because a folder was mounted under the same name. The
+// entry stays hidden after the mounted folder was removed.
 bool hiddenByMount(std::string_view hostName);
 
 // Adds a folder. A folder without a name becomes the root. Call this function only once for the root. For any other

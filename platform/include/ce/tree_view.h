@@ -56,8 +56,8 @@ inline constexpr UINT TVM_ENSUREVISIBLE = 0x1114;
 // Inserts the item that lParam, a TVINSERTSTRUCTW*, describes. The text is copied. The control selects and expands
 // nothing. Returns the new item's handle, or 0 for an invalid hParent.
 inline constexpr UINT TVM_INSERTITEMW = 0x1132;
-// TVM_GETITEMW gets and TVM_SETITEMW sets the fields of an item that `mask` names. lParam is a TVITEMW*, whose hItem is
-// read whatever the mask is. TVM_GETITEMW cuts the text at cchTextMax. Of the state, TVM_SETITEMW can set only
+// TVM_GETITEMW gets fields of an item, and TVM_SETITEMW sets them. lParam is a TVITEMW*. Its `mask` says which fields,
+// and its hItem is always read. TVM_GETITEMW cuts the text at cchTextMax. Of the state, TVM_SETITEMW can set only
 // TVIS_EXPANDEDONCE. To select or expand an item, use TVM_SELECTITEM or TVM_EXPAND. On success TVM_GETITEMW and
 // TVM_SETITEMW return nonzero. For an invalid handle they return 0 and leave the TVITEMW unchanged.
 inline constexpr UINT TVM_GETITEMW = 0x113E;
