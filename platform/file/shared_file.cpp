@@ -160,6 +160,8 @@ int SharedFile::spill()
 
 DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
 {
+    if (mount_->isGone())
+        return ERROR_NOT_READY;
     // release() fails if buffered bytes are lost. The lost bytes begin at size_ (see loseGathered). If the new size is
     // at most size_, the file doesn't need them, so the error is ignored.
     if (const DWORD error = release(); error != 0 && size > size_)

@@ -106,6 +106,7 @@ TEST_F(RemovableTest, NothingCountsAsFlushedAfterTheMediumWasTakenOut)
 
     EXPECT_EQ(errorOf(FlushFileBuffers(straight)), ERROR_NOT_READY);
     EXPECT_EQ(write(straight, "x"), 0U);
+    EXPECT_EQ(errorOf(SetEndOfFile(straight)), ERROR_NOT_READY);
     EXPECT_EQ(errorOf(FlushFileBuffers(gathered)), ERROR_NOT_READY);
     CloseHandle(gathered);
     CloseHandle(straight);
