@@ -52,8 +52,7 @@ bool ToggleName(ItemList* list, const WCHAR* name, std::uint64_t bytes)
         list->Remove(name, NameBytes(name));
         return false;
     }
-    list->Add(name, NameBytes(name), bytes);
-    return true;
+    return list->Add(name, NameBytes(name), bytes) != FALSE;
 }
 
 void CountOnFolders(HTREEITEM file, bool marked)
