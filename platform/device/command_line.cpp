@@ -147,7 +147,7 @@ Parser::Parser()
     addDevice();
     addScript();
     app_.add_option("SET", set_,
-                    "The list of a set (its *.QLT file): the window opens with the choice of what to restore")
+                    "The list file of a set (*.QLT); the window opens with the items of this set to choose from")
         ->excludes(scriptOption_);
     app_.allow_config_extras(CLI::config_extras_mode::error);
     app_.set_config("--profile", "",
