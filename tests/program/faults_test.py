@@ -14,9 +14,9 @@ PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs/commands.md"
 
 
 def rows():
-    """Returns fault, exit code and sentence of each row. In a sentence * means any text."""
+    """Returns fault, commands, exit code and sentence of each row. In a sentence * means any text."""
     table = PAGE.read_text().split("## What can go wrong\n")[1].split("\n## ")[0]
-    return re.findall(r"^\| (.+?) \| (\d) \| (.+?) \|$", table, re.M)
+    return re.findall(r"^\| (.+?) \| (.+?) \| (\d) \| (.+?) \|$", table, re.M)
 
 
 class FaultsTest(ProgramTest):
@@ -117,13 +117,14 @@ class FaultsTest(ProgramTest):
 
     def test_each_fault_has_its_exit_code_and_sentence(self):
         faults = self.faults()
-        self.assertEqual([fault for fault, _, _ in rows()], list(faults))
-        for fault, code, sentence in rows():
+        self.assertEqual([fault for fault, *_ in rows()], list(faults))
+        for fault, commands, code, sentence in rows():
             with self.subTest(fault):
                 self.doCleanups()
                 self.setUp()
                 (self.folder / "small").mkdir()
                 words = self.faults()[fault]()
+                self.assertTrue(commands == "any" or any(f"`{word}`" in commands for word in words), words)
                 before = self.everything()
                 device = [] if "--device" in words or "--profile" in words else ["--device", self.device]
                 done = self.run_program("quillbox", *device, *words, code=int(code), **self.user)
