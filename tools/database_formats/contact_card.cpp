@@ -114,8 +114,8 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
 }
 
 // A contact of a device can have a home telephone number, but no other number. So a number of another type, such as
-// WORK, becomes the home number, and its type is counted as left out. If the number also has the type HOME, only the
-// type FAX is counted.
+// WORK, becomes the home number, and its type is counted as left out. If the number also has the type HOME, no other
+// type than FAX is counted.
 void takeTelephone(ComponentFields& fields, Record& contact)
 {
     const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls);
