@@ -1,6 +1,6 @@
 // kept_folder.h - keeps the folder open in which the last file was made. A restore makes its files folder by folder. If
-// the folder is deep, looking up its whole path for each file would take a noticeable part of the time for a small
-// file.
+// the folder is deep, looking up its whole path again for each file would noticeably slow down a restore of small
+// files.
 #pragma once
 
 #include "host_calls.h"

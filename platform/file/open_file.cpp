@@ -85,7 +85,8 @@ Written OpenFile::write(std::span<const std::byte> bytes)
     if (written.hostIsFull && SharedFile::anyReserves()) {
         // Other files can have reserved disk space that they don't use. This write must not fail for that reason, so
         // releaseReserves gives the space back. releaseReserves locks each file in turn. A thread that holds the lock
-        // of one file may lock another file only for SharedFile::writeAfter. So this file is unlocked before the call.
+        // of one file may not lock another one (except a file that SharedFile::writeAfter has set). So this file is
+        // unlocked before the call.
         lock.unlock();
         table_.releaseReserves();
         lock.lock();

@@ -107,7 +107,7 @@ int openEither(Request& request, OpenFiles& table) EXCLUDES(table.mutex())
 DWORD openError(const Request& request, int result)
 {
     DWORD error = platformError(result);
-    // Opening a device node or a socket fails with these errors, but so does opening a file on a failing disk. So the
+    // ENXIO and ENODEV can mean that the entry is a device node or a socket, but also that the disk is failing. So the
     // type of the entry decides.
     if ((result == -ENXIO || result == -ENODEV) && isOutsideNameSpace(request.path))
         error = ERROR_FILE_NOT_FOUND;

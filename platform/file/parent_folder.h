@@ -22,8 +22,9 @@ private:
     int number_ = -1;
 };
 
-// Opens an entry like openBelow, where `flags` has O_CREAT. The path is looked up from the mounted folder, except if
-// the previous call made an entry in the same folder a moment ago: then from that folder, which is still open.
+// Opens an entry like openBelow, where `flags` has O_CREAT. If the entry's folder is deep, the call keeps it open for a
+// moment (kept_folder.h). A later call for the same folder then looks up only the name of its entry. In any other
+// folder, the whole path is looked up from the mounted folder.
 [[nodiscard]] int makeEntry(const HostPath& path, int flags, unsigned mode);
 
 // Returns the error for a path that no file can have, and 0 for any other path.

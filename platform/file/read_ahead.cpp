@@ -74,7 +74,7 @@ ReadAhead::Fetched ReadAhead::fetch(int file, std::uint64_t offset, std::span<st
         const long came = fill(file, offset, knownSize);
         if (came >= 0)
             return {static_cast<std::size_t>(came), nextFill_, takeBuffered(offset, out), 0};
-        // The read ahead can fail because of a damaged sector after the caller's bytes. The caller's read must not fail
+        // Reading ahead can fail because of a damaged sector after the caller's bytes. The caller's read must not fail
         // for this reason. So the read is repeated without reading ahead.
     }
     const long came = readAt(file, out, offset);
@@ -88,8 +88,8 @@ long ReadAhead::fill(int file, std::uint64_t offset, std::uint64_t knownSize)
         buffer_ = std::make_unique_for_overwrite<std::byte[]>(BufferBytes);
     const bool follows = filled_ != 0 && offset == start_ + filled_;
     nextFill_ = follows ? std::min(nextFill_ * 2, BufferBytes) : FirstFill;
-    // The read asks for one byte more than the file has. So it returns fewer bytes than it asks for, which shows where
-    // the file ends. No second read is needed.
+    // If a short file is read from its start, the read asks for at least one byte more than the file has. So it returns
+    // fewer bytes than it asks for, which shows where the file ends. No second read is needed.
     if (offset == 0 && knownSize < WholeBelow)
         nextFill_ = std::max(nextFill_, static_cast<std::size_t>(knownSize) + 1);
     start_ = offset;

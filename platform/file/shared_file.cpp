@@ -35,8 +35,8 @@ constexpr std::uint64_t GatherFrom = 1024;
 // file.
 constexpr std::uint64_t ReserveFrom = 32768;
 
-// A quarter of the file's length is reserved, within these limits. So a short file doesn't reserve much space that it
-// gives back unused at the end.
+// A quarter of the file's length is reserved, within these limits. So a shorter file has less unused space to give
+// back.
 constexpr std::uint64_t ReserveLeast = 131072;
 constexpr std::uint64_t ReserveMost = 4194304;
 

@@ -32,10 +32,10 @@ DWORD parseStored(std::string_view text)
     return error == std::errc() && end == text.data() + text.size() ? bits & StoredBits : 0;
 }
 
-// Returns true if an entry counts as an entry without stored attributes when the reading of its attribute fails with
-// `error`. The list has the errors in this order: the entry has no such attribute; its value is too long to be valid;
-// the file system has no extended attributes (three errors); this user may not read them (two errors); the entry is
-// gone; the descriptor was opened with O_PATH.
+// `error` is the negative errno from reading the attribute of an entry. Returns true if the entry then counts as one
+// without stored attributes. The list has the errors in this order: the entry has no such attribute; its value is too
+// long to be valid; the file system has no extended attributes (three errors); this user may not read them (two
+// errors); the entry is gone; the descriptor was opened with O_PATH.
 bool meansNoAttribute(long error)
 {
     constexpr std::array<long, 9> Reasons = {ENODATA, ERANGE, EOPNOTSUPP, ENOSYS, EINVAL, EACCES, EPERM, ENOENT, EBADF};

@@ -45,8 +45,8 @@ void BeginCommand(HINSTANCE instance);
 bool IsStorage(const std::u16string& path);
 
 struct BackupRequest {
-    // Whether all items of the kind are backed up. The filter, which hides files in the window's tree, has no effect
-    // here.
+    // For each kind, whether all its items are backed up. The filter, which hides files in the window's tree, has no
+    // effect here.
     bool files = false;
     bool databases = false;
     bool registry = false;
@@ -83,7 +83,8 @@ struct RestoreRequest {
     bool registry = true;
     Existing files = Existing::Ask;
     // These functions return true if the restore may replace the item. mayReplaceDatabase is called for each database
-    // that exists on the device. With Existing::Ask, mayReplaceFile is called for each file that exists on the device.
+    // of the restore that already exists on the device. With Existing::Ask, mayReplaceFile is called in the same way
+    // for each file.
     std::function<bool(const WCHAR* path)> mayReplaceFile;
     std::function<bool(const WCHAR* name)> mayReplaceDatabase;
 };

@@ -37,12 +37,13 @@ inline constexpr UINT MB_DEFBUTTON1 = 0;
 inline constexpr UINT MB_DEFBUTTON2 = 0x100;
 inline constexpr UINT MB_DEFBUTTON3 = 0x200;
 
-// Runs a modal dialog from a template, plain or extended, that is in the program's resources. The dialog is made
-// hidden, gets WM_INITDIALOG (wParam: the control that gets the focus, lParam: `parameter`), and is then shown whether
-// or not it has WS_VISIBLE. The owner's top-level window is disabled until the dialog ends. Returns the `result` of
-// EndDialog, or 0 if WM_QUIT or DestroyWindow ended the dialog. Returns 0 and sets the last error to 1400 for an
-// invalid owner. Returns -1 if the dialog can't be made. In that case the last error is 1812 if the template isn't in
-// the resources, 87 if it is damaged or `procedure` is null, or 1407 if a control's class doesn't exist.
+// Runs a modal dialog from a template, plain or extended, that is in the program's resources. The call creates the
+// dialog hidden and sends it WM_INITDIALOG (wParam: the control that gets the focus, lParam: `parameter`). Then it
+// shows the dialog, whether or not the template has WS_VISIBLE. The owner's top-level window is disabled until the
+// dialog ends. Returns the `result` of EndDialog, or 0 if WM_QUIT or DestroyWindow ended the dialog. Returns 0 and sets
+// the last error to 1400 for an invalid owner. Returns -1 if the dialog can't be made. In that case the last error is
+// 1812 if the template isn't in the resources, 87 if it is damaged or `procedure` is null, or 1407 if a control's class
+// doesn't exist.
 INT_PTR DialogBoxIndirectParamW(HINSTANCE instance, const void* dialogTemplate, HWND owner, DLGPROC procedure,
                                 LPARAM parameter);
 

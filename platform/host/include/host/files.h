@@ -18,9 +18,9 @@ struct Rights {
     mode_t mode = 0;  // bits other than the permissions are ignored
 };
 
-// Sets the rights of an open file. If this user may not set the owner or the group, that one stays unchanged. If the
-// group stays unchanged for this reason, it gets no permissions, because the group permissions in `rights` are meant
-// for another group. Returns 0, or the errno if the mode can't be set.
+// Sets the rights of an open file. If this user may not set the owner, the owner stays unchanged. The same is true for
+// the group. If the group stays unchanged for this reason, it gets no permissions, because the group permissions in
+// `rights` are meant for another group. Returns 0, or the errno if the mode can't be set.
 [[nodiscard]] int setRights(int file, const Rights& rights);
 
 // Flushes a file to the disk. Fails if the path is a symbolic link. Returns 0 or the errno.
