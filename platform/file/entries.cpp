@@ -48,7 +48,7 @@ Deleted deleteTemporary(const HostPath& path, const SharedFile& file, OpenFiles&
     return {};
 }
 
-// Gives unnamed temporary files (temporary_files.h) their names on the host: the file at `path`, and a file at a parent
+// Gives each unnamed temporary file (temporary_files.h) its name on the host if the file's path is `path` or a parent
 // path of `path`. Call this function before any system call with `path`. Returns 0 or the error.
 DWORD nameTemporaries(const HostPath& path)
 {

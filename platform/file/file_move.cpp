@@ -30,8 +30,9 @@ struct Entry {
     int result;
 };
 
-// Gives the file that is moved the owner, group and mode of the file that it replaces. This must happen before the
-// move. Otherwise a user without permission for the replaced file could open the new file before its rights are set.
+// Before a move that replaces a file, gives the moved file the owner, group and mode of the replaced file. If this
+// happened after the move, a user without permission for the replaced file could open the new file before its rights
+// are set.
 DWORD takeRightsOf(const HostStatus& replaced, int folder, const char* name)
 {
     const Descriptor moved(openBelow(folder, name, O_RDONLY));

@@ -6,10 +6,9 @@ namespace platform::file {
 
 namespace {
 
-// Returns true if the error isn't a failure of the device: it is 0, or it says only that something doesn't exist, that
-// it exists already, or that a list has ended. There are exceptions: a missing parent folder (error 3) and an invalid
-// name (error 123) are failures if `kind` is Trouble::Writing, and an existing file is a failure if `kind` is
-// Trouble::Reading.
+// Returns true if the error isn't a failure of the device. For both kinds, error 0 and a missing file are no failures.
+// For Trouble::Reading, a missing parent folder (error 3), an invalid name (error 123) and the end of a search are no
+// failures either. For Trouble::Writing, an existing file is no failure either.
 bool isNormal(Trouble kind, DWORD error)
 {
     switch (error) {

@@ -12,10 +12,10 @@ namespace platform::file {
 
 using kernel::Trouble;
 
-// Notes the failure of a call on a file or folder. Does nothing if `error` is 0, or if it only says that the file or
-// folder doesn't exist, that it exists already, or that a search has ended. There are exceptions: a missing parent
-// folder (error 3) and an invalid name (error 123) are noted if `kind` is Trouble::Writing, and an existing file
-// (errors 80 and 183) is noted if `kind` is Trouble::Reading.
+// Notes the failure of a call on a file or folder. Does nothing if `error` is 0 or says that the file or folder doesn't
+// exist. If `kind` is Trouble::Reading, also does nothing for a missing parent folder (error 3), an invalid name (error
+// 123) and the end of a search. If `kind` is Trouble::Writing, also does nothing for an existing file (errors 80 and
+// 183).
 void noteFileTrouble(Trouble kind, std::u16string_view path, DWORD error);
 
 // If an earlier attempt to make the file failed because the parent folder was missing, removes the note of that

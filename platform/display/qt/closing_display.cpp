@@ -6,8 +6,8 @@ using window::Change;
 
 // closeInputWindows() locks the window core's mutex. The window core calls changed() with that mutex held, and
 // changed() locks mutex_. So mutex_ must be unlocked during closeInputWindows(), or two threads could wait for each
-// other. If wake() is called during closeInputWindows(), changes_ increases. So the wait below returns at once, and no
-// window is missed.
+// other. changed() calls wake(), which increases changes_. So if a window appears during closeInputWindows(), the wait
+// below returns at once, and no window is missed.
 void ClosingDisplay::closeUntil(const std::function<bool()>& hasEnded)
 {
     window::setDisplay(this);

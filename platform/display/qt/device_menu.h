@@ -16,9 +16,9 @@ class DeviceMenu {
     Q_DECLARE_TR_FUNCTIONS(DeviceMenu)
 
 public:
-    // `window` outlives the menu and is the owner of its dialogs. `programRests` returns false while the program is
-    // busy. In that case the commands that open a device or add a card or folder are disabled, because added folders
-    // are stored in the database that a backup or restore uses.
+    // `window` outlives the menu and owns the dialogs that the menu opens. `programRests` returns false while the
+    // program is busy. In that case the commands that open a device or add a card or folder are disabled. No folder may
+    // be added then, because folders are stored in the database that a backup or restore uses.
     DeviceMenu(QWidget& window, const display::HostServices& host, std::function<bool()> programRests);
 
     QMenu& menu() { return menu_; }

@@ -12,7 +12,7 @@ namespace platform::qt {
 using window::WindowKind;
 
 // Sets the accessible names of edits, list boxes, date pickers and progress bars, because these controls have no label
-// of their own. If a control belongs to a group, its accessible description becomes the name of the group.
+// of their own. If a control belongs to a group, sets the control's accessible description to the name of the group.
 void DialogView::nameControls()
 {
     for (const Control& control : controls_) {

@@ -200,8 +200,8 @@ public:
         setSelectionMode(state.style & LBS_MULTIPLESEL ? MultiSelection : SingleSelection);
         setTextElideMode(Qt::ElideNone);
         setHorizontalScrollMode(ScrollPerPixel);
-        // Ctrl with an arrow key scrolls the list. The dialog sends all other keys to the window core. The window core
-        // moves the current row for each arrow key: up for Left, too, and down for Right.
+        // Ctrl with an arrow key scrolls the list. The dialog sends all other keys to the window core. For Up and Left
+        // the window core moves the current row up. For Down and Right it moves the current row down.
         for (const Qt::Key arrow : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right}) {
             auto* scroll = new QShortcut(Qt::CTRL | arrow, this, nullptr, nullptr, Qt::WidgetShortcut);
             connect(scroll, &QShortcut::activated, this, [this, arrow] { scrollByArrow(*this, arrow); });

@@ -33,8 +33,8 @@ bool canDrawSvg()
     return can;
 }
 
-// Returns the picture in that cell. All pixels that have the colour of the strip's top left pixel are transparent. If
-// the size of the strip's cells is empty, the whole file is the picture.
+// Returns the picture in the cell of the strip. If `strip.cell` is empty, the strip has no cells, and the whole file is
+// the picture. Otherwise all pixels that have the colour of the strip's top left pixel are transparent.
 QIcon cutFromStrip(const Strip& strip, int cell)
 {
     if (strip.cell.isEmpty())

@@ -8,8 +8,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The work that an item takes apart from its bytes, expressed as a number of bytes. shareOf() adds it for each item. So
-// the part of the run that is shown as done grows evenly both with many small files and with few large ones.
+// Each item takes some work in addition to the work for its bytes. This constant expresses the additional work as a
+// number of bytes, and shareOf() adds it for each item. So the part of the run that is shown as done grows evenly both
+// with many small files and with few large ones.
 constexpr double BytesOfAnItem = 64 * 1024;
 
 // No estimate is shown before this time has passed and this share is done, because an early estimate would change too

@@ -59,9 +59,9 @@ void closeProgram()
     runState().closingDisplay.closeUntil([] { return runState().programEnded.load(); });
 }
 
-// Called on the toolkit's thread when the process is about to end: by handleMessage(), or as an exit handler. Does
-// nothing if the program has returned already. Otherwise the desktop is lost, so this function closes the program and
-// ends the process.
+// Called on the toolkit's thread when the process is about to end. The caller is handleMessage(), or the C library runs
+// this function as an exit handler. Does nothing if the program has returned already. Otherwise the desktop is lost, so
+// this function closes the program and ends the process.
 void endWithLostDesktop()
 {
     if (runState().programEnded)

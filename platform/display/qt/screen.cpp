@@ -277,8 +277,8 @@ void Screen::remove(HWND window)
     view->widget().deleteLater();
 }
 
-// Removes the views of the controls in `top` and of the windows that `top` owns. The toolkit deletes the widgets of
-// these views together with `top`, even if the windows still exist in the window core.
+// Removes the views of the controls in `top`, of the windows that `top` owns, and of the controls in those windows. The
+// toolkit deletes the widgets of these views together with `top`, even if the windows still exist in the window core.
 void Screen::removeInside(const QWidget& top)
 {
     const auto isOwned = [&top](const auto& other) { return isInside(other.second->widget(), top); };

@@ -21,8 +21,8 @@ public:
 
     void mark(const UserInput& input) const { set(input, true); }
     void unmark(const UserInput& input) const { set(input, false); }
-    // Unmarks a marked item and marks any other item that can be marked. A folder counts as marked if anything in it is
-    // marked.
+    // Unmarks the item if it is marked. Otherwise marks the item if it can be marked. A folder counts as marked if
+    // anything in it is marked.
     void toggle(const UserInput& input) const { set(input, !isMarked_); }
     void expandAllBelow(const UserInput& input) const;
 

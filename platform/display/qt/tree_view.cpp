@@ -146,8 +146,8 @@ protected:
     void mousePressEvent(QMouseEvent* event) override { click(*event, &UserInput::treeClick); }
     // On the check box of a folder, a double click has the effect of two clicks.
     void mouseDoubleClickEvent(QMouseEvent* event) override { click(*event, &UserInput::treeDoubleClick); }
-    // If the user opens the menu with the mouse, shows the menu of the item under the pointer, and otherwise that of
-    // the selected item. Opening the menu doesn't select the item under the pointer, because selecting a file would
+    // If the user opens the menu with the mouse, shows the menu of the item under the pointer. Otherwise shows the menu
+    // of the selected item. Opening the menu doesn't select the item under the pointer, because selecting a file would
     // mark the file.
     void contextMenuEvent(QContextMenuEvent* event) override
     {
@@ -179,8 +179,8 @@ protected:
         }
     }
 
-    // The toolkit reports to screen readers that the tree has the focus, but not which of its items. reportFocus()
-    // reports the item after the toolkit's report.
+    // The toolkit reports to screen readers that the tree has the focus. It doesn't report which item of the tree has
+    // the focus. reportFocus() reports the item after the toolkit's report.
     void focusInEvent(QFocusEvent* event) override
     {
         QTreeView::focusInEvent(event);

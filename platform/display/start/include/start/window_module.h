@@ -27,9 +27,10 @@ struct HostServices {
 struct WindowStart {
     std::function<int()> program;
     HostServices host;
-    // What happens if no window can be opened. If this value is 0, an explanation is printed and the exit code is
-    // WindowNoDesktop. Any other value is itself the exit code, and no explanation is printed. This is meant for a
-    // program that only shows a message which was printed on standard error before.
+    // Says what happens if the module can't be loaded or no window can be opened. If this value is 0, an explanation is
+    // printed and the exit code is WindowNoDesktop. Any other value is itself the exit code, and no explanation is
+    // printed. Such a value is meant for a program that only shows a message and has printed this message on standard
+    // error before.
     int otherwise = 0;
 };
 
