@@ -54,8 +54,8 @@ BOOL RegCopyFile(const WCHAR* path)
 
 BOOL RegRestoreFile(const WCHAR* path)
 {
-    // The file is deleted at the end, which fails for a read-only file. Opening it for writing fails for such a file
-    // too. So the call fails before anything changes.
+    // At the end the call deletes the file, and a read-only file can't be deleted. So the call opens the file for
+    // writing, which fails for a read-only file before anything changes.
     const HANDLE file = CreateFileW(path, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_FILE_NOT_FOUND ? FALSE : fail(Trouble::Writing, GetLastError());

@@ -46,8 +46,8 @@ struct RecordRow {
 // Reads the number of records from the database's row, where it is stored. Doesn't count the rows of the records.
 [[nodiscard]] Found<DWORD> countOf(database::Connection& connection, CEOID owner);
 
-// Counts the rows of the database's records. Returns error 31 if their number differs from countOf, because records are
-// missing or belong to another database. Otherwise returns 0, or the error of the count.
+// Counts the rows of the database's records. Returns error 31 if their number differs from countOf. In that case
+// records are missing or belong to another database. Otherwise returns 0, or the error of the count.
 [[nodiscard]] DWORD faultOfCount(database::Connection& connection, CEOID owner);
 
 }  // namespace platform::store

@@ -98,8 +98,8 @@ CEOID go(Seek& seek, const OpenDatabase& open, DWORD how, DWORD value)
 }
 
 // Returns the position of `pointer` if it is known without counting the records. If the pointer is after the last
-// record, its position is the number of records. The position of the record whose position was returned last is also
-// known, unless a record was removed since then.
+// record, its position is the number of records. The handle also remembers the position that its last seek returned
+// (OpenDatabase::known). This position is valid unless a record was removed since then.
 std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& open, const RecordPointer& pointer)
 {
     if (pointer.from == RecordPointer::AfterLast)
@@ -109,8 +109,9 @@ std::optional<DWORD> knownPosition(Connection& connection, const OpenDatabase& o
     return std::nullopt;
 }
 
-// Returns the position of the pointer after a seek that started at `before`. If the position of the start is known,
-// adds the distance of the seek to it. Otherwise counts the records.
+// Returns the position of the pointer after a seek. `before` is the pointer before the seek. Depending on `how`, the
+// seek counted from `before`, from the first record or from the end. If the new position isn't known but that start is,
+// moves the start by `value`. Otherwise counts the records.
 DWORD positionAfter(Connection& connection, OpenDatabase& open, const RecordPointer& before, DWORD how, DWORD value)
 {
     std::optional<DWORD> position = knownPosition(connection, open, open.pointer);

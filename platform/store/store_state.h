@@ -21,8 +21,8 @@ struct StoreState {
     std::uint64_t changes = 0;                        // number of calls of BeginStoreChange that succeeded
     DWORD changeFault = 0;                            // 0, or why the change that began last isn't on the disk
     std::u16string changedName;                       // the database that was created last since BeginStoreChange
-    // The oid and the name of each database whose row has a wrong folded name, which differs from the one that
-    // DatabaseName::of makes of the row's name. The variable has no value until a search has looked for such rows. It
+    // The oid and the name of each database whose row has a wrong folded name. The right one is the folded name that
+    // DatabaseName::of makes from the row's name. The variable has no value until a search has looked for such rows. It
     // loses its value when such a row is deleted, and when a rollback restores deleted databases. No call creates such
     // a row.
     std::optional<std::unordered_map<CEOID, std::u16string>> misplaced;

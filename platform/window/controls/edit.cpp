@@ -280,8 +280,8 @@ LRESULT answer(Window& edit, UINT message, WPARAM wParam, LPARAM lParam) REQUIRE
     }
 }
 
-// Closes the dialog of a multi-line edit after Esc. The dialog manager doesn't handle this key, because the edit asks
-// for all keys.
+// Closes the dialog of a multi-line edit after Esc. The dialog manager doesn't handle this key, because such an edit
+// asks for every key except Tab and Enter (see dialogCode).
 void closeDialog(HWND handle)
 {
     HWND dialog = nullptr;

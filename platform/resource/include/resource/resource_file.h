@@ -42,7 +42,8 @@ public:
     [[nodiscard]] const Resource* find(const ResourceKey& type, const ResourceKey& name) const;
 
     // The UTF-16 bytes of text `id`, without a NUL. The WORD before them is the number of characters. Returns nothing
-    // if the text is missing or empty, which look alike in the file, or if its block is damaged.
+    // if the text is empty or missing, because the file doesn't distinguish these cases. Also returns nothing if the
+    // entry with the text is damaged.
     [[nodiscard]] std::optional<std::span<const std::byte>> findText(UINT id) const;
 
 private:

@@ -15,8 +15,8 @@
 // - A system thread holds the turn of its own Thread from its first call of a window function on. It gives this turn up
 //   while it waits in GetMessageW, and during each send to a window of another thread.
 // - A visit begins when the send has taken the turn of the receiving thread. The send takes it as soon as the turn is
-//   free and no call that waits to take the turn back goes first (see Thread::waitingLevel). After the window procedure
-//   has returned, the send gives the turn up, and the visit ends.
+//   free, unless a call that waits to take the turn back goes first (see Thread::waitingLevel). After the window
+//   procedure has returned, the send gives the turn up, and the visit ends.
 // - A system thread holds at most one turn, and none while it waits for a turn or for messages. So two threads that
 //   send to each other don't block each other, and a receiver can send back to its sender.
 // - A procedure that runs in a visit can give the turn up too, because it can send or wait for messages. Then another
@@ -69,10 +69,10 @@ struct Thread {
     unsigned level GUARDED_BY(coreMutex) = 0;  // visits to this thread that are in progress
     // Each call that waits to take the turn of this thread back (see the top of this file) checks whether it can
     // continue. If it can't, it sets waitingLevel to the value that `level` had when the call gave the turn up. The
-    // call that takes the turn back resets waitingLevel. If waitingLevel equals the current `level`, all visits that
-    // began during the wait of the call that set it have ended. Then this call goes first, and sends from other threads
-    // wait until it has taken the turn. Without this rule, a thread that receives sends without a pause would never
-    // handle its posted messages.
+    // call that takes the turn back resets waitingLevel. If waitingLevel equals the current `level`, the call that set
+    // waitingLevel goes first, because all visits that began during its wait have ended. Sends from other threads then
+    // wait until this call has taken the turn. Without this rule, a thread that receives sends without a pause would
+    // never handle its posted messages.
     std::optional<unsigned> waitingLevel GUARDED_BY(coreMutex);
 
     std::deque<MSG> posted GUARDED_BY(coreMutex);

@@ -2,7 +2,8 @@
 //
 // The mutex guards the windows, the queues, the timers and the data of each control. A function holds it for a look-up
 // or a change, but never while a window procedure runs. Code that runs while the mutex is held must not block. Outside
-// platform/window, this applies only to the functions of a Display, which the window core calls with the mutex held.
+// platform/window, only the functions of a Display need to obey this rule, because the window core calls them with the
+// mutex held.
 #pragma once
 
 #include "kernel/mutex.h"
