@@ -17,7 +17,8 @@ enum class Lease {
 // Returns InUse if another process uses the file in a way that `sharing` forbids. `file` is the only descriptor of this
 // process on the file. The call takes a lease and drops it at once. Returns NotGiven if a lease doesn't show whether
 // the file is used. Examples are a file of another user, a network file system, and a `sharing` that no type of lease
-// fits. If `sharing` allows others to read, other processes may be reading the file even if the result is Held.
+// fits. Held means that the host granted the lease. If `sharing` allows others to read, other processes may be reading
+// the file even then.
 [[nodiscard]] Lease probeLease(int file, const Sharing& sharing, std::uint64_t device);
 
 // The result of takeLease, which takes a write lease and keeps it until `file` is closed. Until then, another process

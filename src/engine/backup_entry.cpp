@@ -180,8 +180,9 @@ void DeleteTemporaryStream(BackupRun& run)
 
 BOOL PackItem(BackupRun& run, const WCHAR* path, SmallStream* ahead)
 {
-    // The temporary stream of a killed run can still be locked for a moment, and opening it would fail. So the old file
-    // is deleted, and CompressFile or WriteSmallStream makes a new one.
+    // A killed run can leave its temporary stream, and this file can still be locked for a moment. Opening a locked
+    // file fails, but deleting it succeeds. So the old stream is deleted, and CompressFile or WriteSmallStream makes a
+    // new one.
     if (!run.temporaryIsDeleted)
         DeleteTemporaryStream(run);
     BOOL result = FALSE;

@@ -167,9 +167,9 @@ const WCHAR DumpedRegistryPath[] = u"\\TMVRegFile.QBR";
 const WCHAR* const RegistryName = DumpedRegistryPath + 1;
 
 // Lets the platform write the registry to a file. Returns whether the caller may store and delete the file at
-// DumpedRegistryPath. After a success the result is true. After a failure it is true only if no file existed at the
-// path before the call, so that any file there now was made by the call. If a file existed, the file that is there now
-// can be the user's or an old registry.
+// DumpedRegistryPath. If the platform succeeded, the result is true. If it failed, the result is true only if no file
+// existed at the path before. In that case the platform made any file that is there now. If a file existed before, the
+// file that is there now can be the user's or an old registry.
 bool CopyRegistry(BackupRun& run)
 {
     const TemporaryFile file = ExpectTemporaryFile(DumpedRegistryPath);

@@ -24,7 +24,7 @@ TemporaryFile ExpectTemporaryFile(const WCHAR* path)
 }
 
 // The call that makes the file can fail after it has replaced the user's file. RegCopyFile then deletes its incomplete
-// file, so that nothing is at the path.
+// file. So if a file existed and nothing is at the path now, the user's file is reported as replaced.
 bool IsOwnFile(const TemporaryFile& file, bool made)
 {
     if (file.existed && (made || IsNothingAt(file.path)))

@@ -39,8 +39,9 @@ struct RestoreRun {
     bool lastWasMissing = false;  // the file that was looked up last didn't exist
 };
 
-// The size in bytes of the longest stream that RestoreIfMissing copies out of the data file. It copies a file's stream
-// before the run knows whether the file may be restored.
+// The size in bytes of the longest stream that RestoreIfMissing copies out of the data file. RestoreIfMissing copies
+// before the run knows whether the file may be restored. If it may not, the copy was in vain, so the copy must be
+// short.
 constexpr DWORD MostTriedBytes = 16384;
 
 // What the progress window shows while a stream is copied out.
@@ -329,9 +330,9 @@ void PassRegistryOn(RestoreRun& run)
     (void)DeleteFileW(TemporaryStreamPath);
 }
 
-// Restores the registry if the restore includes it. Afterwards asks the user to restart the device, unless the
-// registry's stream couldn't be copied to a temporary stream at all. If the platform couldn't restore the registry,
-// this is reported as a failure, and the user is asked nevertheless.
+// Restores the registry if the restore includes it. If the temporary stream was created, asks the user afterwards to
+// restart the device. The user is asked even if the platform couldn't restore the registry. This failure is also
+// reported.
 void RestoreRegistry(RestoreRun& run)
 {
     if (!gRegistryMarked || StopsBefore(KindOf(ItemKindRegistry), u""))
@@ -372,8 +373,8 @@ void ReportNothingRestored(DWORD error)
     }
 }
 
-// Reports the list as damaged if the data file continues after the end of the last stream that an entry names. In that
-// case entries are missing at the end of the list.
+// Reports the list as damaged if the data file is longer than the largest end offset of the entries. In that case
+// entries are missing at the end of the list.
 void ReportDataWithoutEntry(HANDLE dataFile, const WCHAR* listPath)
 {
     DWORD end = gRegistryMarked ? EntryEndOffset(gRegistryEntry.bytes) : 0;

@@ -6,7 +6,8 @@
 #include "ce/text.h"
 
 // LogChars is the size of the longest message in characters. LogBytes is the size of the longest line in bytes. Both
-// include the NUL. A longer line is cut at a whole character, and the line end is appended after the cut.
+// include the NUL, and LogBytes also includes the line end. If a line is too long, its text is cut between two
+// characters, so that the line end fits.
 inline constexpr DWORD LogChars = 260;
 inline constexpr DWORD LogBytes = 260;
 

@@ -8,12 +8,13 @@
 //   gOffered  the next number to offer. Only the run's thread writes it, after it has filled the item.
 //   finished  set by the thread that worked on the item. From then on only the run's thread may access the item.
 //
-// gBegun, gOffered and `finished` are atomic and sequentially consistent. So a thread that reads a new number also sees
-// the content of the item with that number.
+// gBegun, gOffered and `finished` are atomic and sequentially consistent. So a thread that reads a new value of
+// gOffered also sees the content of all items below it, and once `finished` is true, the run's thread sees the result
+// of the work.
 //
-// The second thread sleeps when no item is left to begin. It isn't woken while fewer than gAheadWakes items are left to
-// begin. If the run's thread needs an item that no thread has begun, it begins this item itself. So it never has to
-// wait for the second thread to wake.
+// The second thread sleeps when no item is left to begin, or when gHasRoom() returns false. It is woken only if
+// gHasRoom() returns true and at least gAheadWakes items are left to begin. If the run's thread needs an item that no
+// thread has begun, it begins this item itself. So it never has to wait for the second thread to wake.
 #include "thread_ahead.h"
 
 #include "set/second_thread.h"

@@ -41,9 +41,9 @@ struct AheadItem {
 // The function that works on an item. Both threads call it, each with its own memory.
 using AheadWork = void (*)(AheadItem& item, SmallStreamMemory& memory);
 
-// Begins the work on a sequence of items. `work` is called for each item that a thread begins in advance, and by
-// WorkOnTaken. If `work` is null, nothing is done in advance. `hasRoom` returns whether work on an item may begin in
-// advance. If no thread can be made, the run's thread does all the work.
+// Begins the work on a sequence of items. A thread that begins an item in advance calls `work` for it. WorkOnTaken
+// calls `work`, too. If `work` is null, nothing is done in advance. `hasRoom` returns whether a thread may begin an
+// item in advance. If no thread can be made, the run's thread does all the work.
 void StartAhead(AheadWork work, bool (*hasRoom)());
 
 // Stops the second thread and waits until it has ended. Drops the items that weren't taken.
@@ -55,9 +55,9 @@ bool IsAheadEmpty();
 // Offers the next item. There must be room for it (IsAheadFull).
 void OfferAhead(const WCHAR* path, const AheadOffer& offer);
 
-// Returns the oldest item. If no thread has begun the work on it, `finished` is false, and the caller does the work.
-// Otherwise the call waits until the work is finished. Meanwhile it works on items that no thread has begun. The
-// returned item is valid until the next OfferAhead.
+// Returns the oldest item. If no thread has begun the work on it, TakeAhead returns at once with `finished` false, and
+// the caller must do the work. Otherwise TakeAhead returns when the work is finished. While it waits, it works on items
+// that no thread has begun. The returned item is valid until the next OfferAhead.
 AheadItem& TakeAhead();
 
 // Does the work on an item that TakeAhead has returned unfinished.

@@ -59,7 +59,7 @@ bool WorkOnOffered()
     return worked;
 }
 
-// Makes the block Offered. Wakes the second thread if it runs, except in two cases:
+// Makes the block Offered. Wakes the second thread if there is one, except in two cases:
 // - The block is the only one in the pipeline. The run's thread will either work on it itself or offer another block,
 //   and that call can wake the second thread.
 // - `takesTime` is false: the work on the block takes less time than waking the thread.

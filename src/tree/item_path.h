@@ -13,7 +13,7 @@ BOOL FolderPathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH]);
 BOOL FilePathOfItem(HTREEITEM item, WCHAR (&path)[MAX_PATH]);
 
 // Writes the path of a file or folder with a leading backslash, as FilePathOfItem does. `folder` and `name` are the
-// arguments that a walk has passed to its WalkCallback. The root of the walk must come from FolderPathOfItem. If the
-// root is "\", the path of "Files", `folder` already has the leading backslash. Otherwise this function adds it.
+// arguments that a walk has passed to its WalkCallback. The root of the walk must come from FolderPathOfItem. The path
+// of "Files" is "\". If this is the root, `folder` already has the leading backslash. Otherwise this function adds it.
 // Returns 0 if the path doesn't fit.
 BOOL FullPathOfEntry(WCHAR (&path)[MAX_PATH], const WCHAR* folder, const WCHAR* name);

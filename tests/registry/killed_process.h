@@ -3,6 +3,6 @@
 
 #include <functional>
 
-// Runs `work` in another process. Kills this process before the system call with the number `calls`. Calls that change
-// only the process's memory aren't counted. Returns false if the process ended earlier.
+// Runs `work` in a child process, and kills the child before its system call with the number `calls`. Calls that change
+// only the child's memory aren't counted. Returns false if the child ended earlier.
 bool killedBeforeCall(int calls, const std::function<void()>& work);

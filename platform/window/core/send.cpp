@@ -58,8 +58,8 @@ LRESULT DispatchMessageW(const MSG* message)
 
 namespace {
 
-// Returns the character that TranslateMessage posts for a key, or nothing if it posts none. Other typed text arrives as
-// InputText, not as keys.
+// Returns the character that TranslateMessage posts for a key, or nothing if it posts none. Only a few keys have a
+// character here, because most typed text arrives as InputText and not as keys.
 std::optional<WPARAM> characterOf(WPARAM key, LPARAM modifiers)
 {
     const bool shift = modifiers & KeyWithShift;

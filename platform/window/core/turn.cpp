@@ -3,9 +3,9 @@
 // - All waits for a turn use Core::turnFreed. All waiters are notified when a turn is given up, a send stops waiting
 //   for a turn, or a window is removed. Each waiter then checks its own condition again.
 // - A call that gave a turn up can take it back when the turn is free and the visits that began during the call's wait
-//   have ended. Then Thread::level has the same value as when the call gave the turn up. If several calls wait to take
-//   the same turn back, each later one was made in a visit that began during the wait of the earlier ones, and so at a
-//   higher level. So at most one of them can find its own level again and continue.
+//   have ended. Then Thread::level has the same value as when the call gave the turn up. Several calls can wait to take
+//   the same turn back. Each later call was made in a visit that began while the earlier calls waited. So each of these
+//   calls waits for a different level, and at most one of them can continue at a time.
 // - A send can begin a visit when the receiver's turn is free and no other call goes first. A call that waits to take
 //   this turn back goes first if the visits that began during its wait have ended (see Thread::waitingLevel). Without
 //   this rule an endless series of sends would block the thread's queue.

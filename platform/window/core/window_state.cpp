@@ -15,8 +15,8 @@ bool isOwn(const Window& window) REQUIRES(coreMutex)
     return window.thread == &currentThread();
 }
 
-// Sends ParentSized to the child that follows the parent's size. A window has at most one such child, its command
-// bands.
+// Sends ParentSized to the child that follows the parent's size. Only the control for command bands follows it, and a
+// window has at most one such control.
 void layOutFollower(HWND parent)
 {
     HWND follower = nullptr;

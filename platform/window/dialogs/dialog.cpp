@@ -42,8 +42,8 @@ POINT positionFor(const DialogLaunch& launch, Size size)
     return {area.left + horizontalPixels(launch.layout.x), area.top + verticalPixels(launch.layout.y)};
 }
 
-// Do the classes of all controls exist? If one doesn't, the dialog isn't opened, because its question would be
-// incomplete without the control.
+// Do the classes of all controls exist? If the class of a control doesn't exist, the dialog isn't opened. Without that
+// control it would be incomplete, and the user could misunderstand it.
 bool knowsClasses(const DialogTemplate& layout)
 {
     const Lock lock(coreMutex);

@@ -35,9 +35,9 @@ struct DialogTemplate {
     std::vector<ControlTemplate> controls;
 };
 
-// Returns nothing if the bytes end too early, if the dialog has a menu or a class, or if a control has no class or the
-// number of an unknown class. Never reads outside the bytes. Allocates only for controls that the bytes contain, even
-// if the template's count is higher.
+// Returns nothing if the bytes end too early, if the dialog has a menu or a class, or if the class of a control is
+// missing or is given by an unknown number. Never reads outside the bytes. Allocates only for controls that the bytes
+// contain, even if the template's count is higher.
 [[nodiscard]] std::optional<DialogTemplate> readDialogTemplate(std::span<const std::byte> bytes);
 
 // These functions convert dialog units to virtual pixels. A horizontal unit is 6/4 pixels, a vertical unit 13/8 pixels.

@@ -35,7 +35,8 @@ void deliver(TreeItems& items, ItemIndex index, TreeChanges& changes)
 void TreeLog::inserted(TreeItems& items, ItemIndex index)
 {
     // `inserted_` needs only one item of each range of adjacent new siblings, because deliver() adds the whole range.
-    // If a neighbour of this item is new, `inserted_` has an item of their range already.
+    // If a neighbour of this item is new, this item joins the neighbour's range, and `inserted_` has an item of that
+    // range already.
     if (asked_ && !isNew(items, items[index].previous) && !isNew(items, items[index].next))
         inserted_.push_back(items.handleOf(index));
 }

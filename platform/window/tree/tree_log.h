@@ -1,8 +1,8 @@
 // tree_log.h - records the changes in a tree that the display hasn't taken yet.
 //
 // The log stores only handles, and usually only one handle for a range of adjacent inserted items. So the log stays
-// small even if the display doesn't take the changes for a long time. Before the first take() the log records no
-// insertions and removals. Item::shown is true for items that the display has received.
+// small even if the display doesn't take the changes for a long time. Before the first take() the log records neither
+// insertions nor removals. Item::shown is true for items that the display has received.
 #pragma once
 
 #include "tree_control/tree_state.h"

@@ -117,8 +117,9 @@ POINT pointOn(const Window& window, TreeViewState& tree, ItemIndex index, TreePa
     return {point.x + origin.x, point.y + origin.y};
 }
 
-// A point to the right of the view can hit a label. This happens if the user scrolls the display sideways and clicks a
-// label that was outside the view before, because points here are relative to rows that aren't scrolled sideways.
+// A point to the right of the view can hit a label. The display can scroll its rows sideways, but the positions here
+// are those of unscrolled rows. So if the user scrolls sideways and clicks a label that was outside the view before,
+// the point is to the right of the view.
 ItemIndex hitTest(const Window& window, const TreeViewState& tree, TVHITTESTINFO& hit)
 {
     hit.hItem = nullptr;

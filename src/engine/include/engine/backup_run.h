@@ -44,8 +44,9 @@ inline bool gOnlyLists;
 void ListDevice();
 
 // Adds a file, or all files below a folder, to gFileList. The path begins with a backslash and doesn't end in one. A
-// file that the list already contains isn't added again. Below a folder the call leaves out the same files as
-// ListDevice, except that it includes files directly in a card's folder. Defined in full_backup.cpp.
+// file that the list already contains isn't added again. Below a folder, ListPath leaves out the same files as
+// ListDevice, with one exception: ListDevice leaves out the files directly in a card's folder, but ListPath includes
+// them. Defined in full_backup.cpp.
 void ListPath(const WCHAR* path);
 
 // Puts the date in front of the user's text in gComment.

@@ -13,8 +13,8 @@ inline constexpr DWORD RestorePartial = 2;
 DWORD RunRestore(DWORD mode);
 
 // Restores the items in the lists as RestoreSet does, but doesn't ask the user what to restore. `wholeSet` is true if
-// the lists have all entries of the list file. In that case the list file is reported as damaged if the data file has
-// bytes after the end of the last stream that an entry names.
+// the lists have all entries of the list file. In that case the list file is reported as damaged if the data file is
+// longer than the largest end offset of the entries.
 void RestoreLists(const WCHAR* dataPath, const WCHAR* listPath, bool wholeSet);
 
 // Shows the dialog of a restore, then restores the items in the lists from the data file. Before this call, LoadList

@@ -52,8 +52,8 @@ BOOL ReadPropertyCount(ImageReader& reader, WORD& count);
 // A text always ends in a NUL. If a text has an odd number of bytes, its last byte is dropped. If an image contains no
 // value for properties of this type, `val` is all zeros. If ReadProperty returns 0, nothing is allocated.
 //
-// ReadProperty can also fail in two cases in which it skips the property, so that the next call reads the property
-// after it. It returns 0 with error 8 if there is no memory for the value. It returns 0 with error 31 if the texts and
+// In two further cases ReadProperty fails and skips the property. The next call then reads the following property.
+// ReadProperty returns 0 with error 8 if there is no memory for the value. It returns 0 with error 31 if the texts and
 // blobs of the record are larger than a database accepts.
 BOOL ReadProperty(ImageReader& reader, CEPROPVAL& property);
 BOOL SkipProperty(ImageReader& reader);

@@ -27,10 +27,16 @@ using EntryFilter = bool (*)(BYTE kind, const WCHAR* name, void* context);
 // becomes 0. If the file has no registry entry, gRegistryMarked is unchanged.
 //
 // A damaged entry doesn't affect the other entries. An entry whose name can't be used is left out. An entry that is cut
-// by the end of the file gets the offsets 0 and 0, and so has no stream. The list file is reported as not restored if
-// an entry is left out because of damage, if a name has a NUL before its last character, if the kind of an entry may be
-// wrong, or if the file can't be read to its end or has 1 or 2 bytes after the last entry. A cut entry alone isn't
-// reported. Returns 0 if the file can't be opened. In that case nothing changes.
+// by the end of the file gets the offsets 0 and 0, and so has no stream. A cut entry alone isn't reported. The list
+// file is reported as not restored in these cases:
+// - The file ends within the comment or its length.
+// - An entry is left out because of damage.
+// - A name has a NUL before its last character.
+// - The kind of an entry may be wrong.
+// - The file can't be read to its end.
+// - 1 or 2 bytes follow the last entry.
+//
+// Returns 0 if the file can't be opened. In that case nothing changes.
 BOOL LoadList(const WCHAR* listPath, EntryFilter keep = nullptr, void* context = nullptr);
 
 // Writes the path of the data file: the path of the list with "QDT" in place of the last three characters. The result

@@ -39,8 +39,8 @@ inline constexpr LPARAM KeyWithControl = LPARAM{1} << 26;
 bool queueInput(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 
 // These functions queue a click on a control, and directly after it a second input. queueClickAndCommand adds a command
-// for the control's top-level window. queueClickAndKey adds a key for the control. The result is false if both inputs
-// were dropped.
+// for the control's top-level window. queueClickAndKey adds a key for the control. Either both inputs are queued, or
+// both are dropped and the result is false.
 bool queueClickAndCommand(HWND control, WPARAM wParam, LPARAM lParam, WORD command);
 bool queueClickAndKey(HWND control, WPARAM wParam, LPARAM lParam, WORD virtualKey);
 
