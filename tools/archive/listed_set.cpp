@@ -60,9 +60,10 @@ std::string ListedSet::missingItems() const
     return isCut ? "the list file is cut off, so items may be missing" : "";
 }
 
-// Searches the buffer for the next occurrence of `part`, and skips, without reading them, the entries that end before
-// it. If the buffer doesn't contain `part`, skips all complete entries in the buffer. In both cases the skipping ends
-// early at the registry and at an entry with an invalid length. next() then reads the entry after the skipped ones.
+// Searches the buffer for the next occurrence of `part`. Skips the entries that end before this occurrence, and doesn't
+// read them. If the buffer doesn't contain `part`, skips all complete entries in the buffer. In both cases the skipping
+// ends early at the registry's entry or at an entry with an invalid length, whichever comes first. next() then reads
+// the entry after the skipped ones.
 bool ListedSet::nextWith(std::u16string_view part, Item& item)
 {
     const BYTE* const end = reader_->buffer + reader_->filled;

@@ -197,8 +197,8 @@ SetDates::Dated& SetDates::read(std::size_t set)
 }
 
 // Takes the order of day and month from another set. Considers only sets in the same folder whose own comment or file
-// time shows the order. Of these, the set with the smallest distance in `sets_` decides. If two have the same distance,
-// the earlier one decides. If there is no such set, the first number of the date counts as the day.
+// time shows the order. Of these, uses the set whose index in `sets_` is closest to `set`. If two are equally close,
+// uses the one with the lower index. If there is no such set, the first number of the date counts as the day.
 void SetDates::decideByNeighbours(std::size_t set)
 {
     std::optional<Order> order;

@@ -11,7 +11,8 @@ constexpr std::uint64_t SectorBytes = 512;
 // The longest literal run that a proven block may have. A limit just below the size of a sector would be too high. A
 // replaced sector can begin inside the length field of a block without changing the length, for example if the last
 // bytes of the field were 0 and are still 0. In that case one to three bytes of the sector belong to the length, and
-// the others replace packed bytes. These are still more than LongestRun, so the replaced bytes aren't all literals.
+// all other bytes of the sector replace packed bytes. The number of these other bytes is greater than LongestRun, so
+// they can't all replace literals of one run.
 constexpr DWORD LongestRun = SectorBytes / 2;
 
 // A block with fewer raw bytes is packed in less time than a thread takes to start.

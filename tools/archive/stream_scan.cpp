@@ -34,8 +34,8 @@ constexpr DWORD LeastPiece = 64;
 // A false block consists of bytes that only look like a block. The work on false and damaged blocks is counted in
 // bytes. It is limited to WorkForByte for each byte of the file before the current offset, plus WorkInAddition. A
 // failed attempt to unpack a block costs the number of its packed and unpacked bytes, plus WorkForFalseBlock. Packing a
-// damaged block again costs the number of its raw bytes. If a damaged block is used although nothing valid follows it
-// (After::Nothing), it costs WorkForCutBlock more, because it can make the caller write a file.
+// damaged block again costs the number of its raw bytes. Using a damaged block that nothing valid follows
+// (After::Nothing) costs an additional WorkForCutBlock, because such a block can make the caller write a file.
 constexpr std::uint64_t WorkForByte = 32;
 constexpr std::uint64_t WorkInAddition = std::uint64_t{64} * 1024 * 1024;
 constexpr std::uint64_t WorkForFalseBlock = 256;

@@ -21,9 +21,9 @@ public:
 
     // Returns the best line with this name. A line of the type `type` is better than others, and lines of the types in
     // `last` are the worst. Of equally good lines, the first one is returned. All other lines with the name are counted
-    // as left out. Lines without content are neither returned nor counted. A line with `leftOut` (content_line.h) is
-    // counted, but never returned. Returns null if there is no line to return. Throws a FormatFault if the value of the
-    // best line can't be read.
+    // as left out. Lines without content are neither returned nor counted. If the member `leftOut` of a line is true
+    // (content_line.h), the line is counted, but never returned. Returns null if there is no line to return. Throws a
+    // FormatFault if the value of the best line can't be read.
     const ContentLine* take(std::string_view name, std::string_view type = {},
                             std::span<const std::string_view> last = {});
 

@@ -114,8 +114,8 @@ void takeName(ComponentFields& fields, Record& contact, const Component& card)
 }
 
 // A contact of a device can have a home telephone number, but no other number. So a number of another type, such as
-// WORK, becomes the home number, and its type is counted as left out. If the number also has the type HOME, no other
-// type than FAX is counted.
+// WORK, becomes the home number, and its type is counted as left out. If a number has the type HOME and further types,
+// the further types aren't counted, except FAX.
 void takeTelephone(ComponentFields& fields, Record& contact)
 {
     const ContentLine* telephone = fields.take("TEL", "HOME", NotForCalls);
@@ -132,7 +132,8 @@ void takeTelephone(ComponentFields& fields, Record& contact)
 // a value is no reason to refuse the whole file.
 std::optional<FILETIME> birthdayIn(const ContentLine& line)
 {
-    // In versions of vCard that require a year, this parameter names the year that means "no year".
+    // Some versions of vCard require a year in every date. For a birthday without a year, programs then write a
+    // placeholder for the year, and this parameter contains the placeholder.
     const std::string_view noYear = line.parameter("X-APPLE-OMIT-YEAR");
     if (inCapitals(line.parameter("VALUE")) == "TEXT" || (!noYear.empty() && line.value.starts_with(noYear)))
         return std::nullopt;

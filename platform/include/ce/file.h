@@ -160,10 +160,9 @@ BOOL HandOverFileBuffers(HANDLE file);
 
 // Sets an order of writes: from now on, before this process passes bytes of `file` to the host, it passes all bytes
 // that are buffered for `earlier`. So when bytes of `file` are on the host, everything that was written to `earlier`
-// before these bytes is there too, even if the process is killed. If the buffered bytes of `earlier` are lost
-// through an error, those of `file` are lost too. Writes to `file` then fail with this error, until SetEndOfFile has
-// cut both files. The order
-// ends when the last handle of `file` is closed. Only one thread at a time may call WriteAfter.
+// before these bytes is there too, even if the process is killed. If the buffered bytes of `earlier` are lost through
+// an error, those of `file` are lost too. Writes to `file` then fail with this error, until SetEndOfFile has cut both
+// files. The order ends when the last handle of `file` is closed. Only one thread at a time may call WriteAfter.
 //
 // Nonzero on success. Fails with error 5 if one of the handles has no write access, with error 6 if one isn't an open
 // file, and with error 87 if both are handles of the same file, if `file` is temporary, or if `earlier` is itself
@@ -198,12 +197,12 @@ BOOL GetDiskFreeSpaceExW(const WCHAR* path, std::uint64_t* available, std::uint6
 // process is killed.
 //
 // The following calls first put the temporary file on the host: a search of its folder, FlushFileBuffers,
-// HandOverFileBuffers, SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and the calls with its path or a
-// path below it. Of the calls with its path, these are exceptions: the call that makes the file, a call that opens it
-// only for reading, DeleteFileW, IsFileUnchanged, GetDiskFreeSpaceExW and DeclareTemporaryFile. A call that puts the
-// file on the host can also fail with the errors of making a file. If the process is killed while a temporary file is
-// on the host and in the root, the next opening of the device moves the file out of the device's tree. On a file system
-// without extended attributes the file stays in the root.
+// HandOverFileBuffers, SetEndOfFile, GetFileInformationByHandle, FlushChangedVolumes, and every call that gets its path
+// or a path below it. But the following calls with its path don't put it on the host: the call that makes the file, a
+// call that opens it only for reading, DeleteFileW, IsFileUnchanged, GetDiskFreeSpaceExW and DeclareTemporaryFile. A
+// call that puts the file on the host can also fail with the errors of making a file. A process can be killed while one
+// of its temporary files is on the host. If the file isn't in a mounted folder, the next opening of the device moves it
+// out of the device's tree. On a file system without extended attributes the file stays where it is.
 //
 // If a file exists at the path when the path is declared, the declaration takes effect when DeleteFileW deletes that
 // file. If another program makes a file at the path later, that file isn't touched. As long as there is a temporary

@@ -58,8 +58,8 @@ BOOL IsFileUnchanged(const WCHAR* path, const FileStamp* stamp);
 //   3        a folder of the path is missing or is a file
 //   5, 19, 123, 206  for the same reasons as DeleteFileW
 //   32       the file is open in this or another process, or another process began to open it during the call
-//   50       the file system has no hard links, and its renaming always replaces a file that has the new name; so
-//            renaming the file back (see below) could destroy another file
+//   50       the file system has no hard links, and can't rename a file without replacing one that has the new name. If
+//            the call had to rename the file back (see below), it could destroy another file.
 //   87       `stamp` is null
 //   1006     another file is at the path, or the file has changed since the stamp was taken
 //   1237     `provesWrites` is 0; after some seconds, take a new stamp, copy the file again, and repeat the call

@@ -18,6 +18,6 @@ int ImageList_AddMasked(HIMAGELIST list, HBITMAP bitmap, COLORREF mask);
 // (ce/resource.h), or 1814 if `name` isn't a number.
 HBITMAP LoadBitmapW(HINSTANCE instance, const WCHAR* name);
 
-// Frees nothing, because an image that was loaded from the resources takes no memory of its own. Returns nonzero for
-// the handle of such a bitmap, icon or image list. For any other handle, returns 0 and sets error 6.
+// Frees nothing, because images stay in the program's resources and take no memory of their own. Returns nonzero for
+// the handle of a bitmap, an icon or an image list. For any other handle, returns 0 and sets error 6.
 BOOL DeleteObject(HBITMAP bitmap);

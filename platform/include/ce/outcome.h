@@ -31,8 +31,8 @@ void ReportItem(DWORD outcome, DWORD kind, const WCHAR* name, DWORD error);
 void ReportNoSet(const WCHAR* folder, DWORD error);
 
 // Tells the host that the program begins or ends a search for things that the user can choose, such as sets. During the
-// search the host doesn't record it as a failure if the user has no permission to read a folder or file. The user
-// couldn't choose anything there, so such failures don't matter.
+// search, the host doesn't record that the user has no permission to read a folder or file. The user couldn't choose
+// anything there.
 void SearchForChoices(BOOL on);
 
 // Called at the beginning and the end of each job. At EndJob the host shows what was reported and what failed since

@@ -136,9 +136,9 @@ struct CEPROPVAL {
 // the reasons at the top of this file.
 HANDLE CeFindFirstDatabase(DWORD type);
 
-// Returns the next database of the enumeration. Returns 0 at the end, with the last error 259, and on failure. The last
-// error is then 1018 if a database was deleted since the enumeration began, or 87, 31 or 8 for the reasons at the top
-// of this file.
+// Returns the next database of the enumeration. At the end, returns 0 and sets error 259. Also returns 0 on failure.
+// The last error of a failure is 1018 if a database was deleted since the enumeration began, or 87, 31 or 8 for the
+// reasons at the top of this file.
 CEOID CeFindNextDatabase(HANDLE enumeration);
 
 // Returns nonzero on success. Fails with error 6 if there is no object with this oid, with error 87 if `info` is null,
@@ -172,14 +172,14 @@ HANDLE CeOpenDatabase(CEOID* oid, const WCHAR* name, CEPROPID sortProperty, DWOR
 //   CEDB_SEEK_BEGINNING  `value` records after the first
 //   CEDB_SEEK_END        `value` records before the end: 0 is the position after the last record, 1 the last record
 //   CEDB_SEEK_CURRENT    `value` records after the present position; `value` is read as a signed number
-// The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance, and after a
-// deletion positions are counted again.
+// The cost of a step doesn't depend on the position. The cost of a longer move grows with its distance. After a
+// deletion, the next call must also count the records before the new position.
 // Returns 0 if there is no record at the new position, or on failure. The last error is:
 //   0   CEDB_SEEK_END with 0 has moved the pointer after the last record
 //   25  the position is beyond an end: the pointer moves after the last record, or stays if the move was towards the
 //       beginning
-//   31  CEDB_SEEK_END with 0 has moved the pointer after the last record, but the number of records isn't the number
-//       that the database has stored; or another cause of error 31
+//   31  CEDB_SEEK_END with 0 has moved the pointer after the last record, but the number of records differs from the
+//       count that is stored in the database; or another cause of error 31
 //   87  `how` is invalid, the handle isn't open, or the oid is no record of the database
 //   8   memory ran out
 CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
@@ -191,8 +191,8 @@ CEOID CeSeekDatabase(HANDLE database, DWORD how, DWORD value, DWORD* index);
 // block that is null or too small is replaced by one of LocalAlloc, which the caller frees with LocalFree.
 // Returns the record's oid. On failure returns 0, and the record pointer doesn't move. The last error is:
 //   259    no record is left at the record pointer or after it
-//   31     no record is left, but the number of records isn't the number that the database has stored; or another cause
-//          of error 31
+//   31     no record is left, but the number of records differs from the count that is stored in the database; or
+//          another cause of error 31
 //   1018   the record was deleted, and another one follows (with CEDB_AUTOINCREMENT that one is read instead)
 //   232    all properties of `ids` are missing
 //   122    the block is null or too small, and CEDB_ALLOWREALLOC isn't set
@@ -212,18 +212,18 @@ CEOID CeReadRecordProps(HANDLE database, DWORD flags, WORD* count, const CEPROPI
 //   8, 31  for the reasons at the top of this file
 CEOID CeWriteRecordProps(HANDLE database, CEOID oid, WORD count, const CEPROPVAL* properties);
 
-// Deletes a record. Nonzero on success. If the record pointer was at the record, seeks start from the next record
-// afterwards, and a read fails with error 1018 or reads the next record (see CeReadRecordProps). Fails with error 87 if
-// the database has no such record, and with errors 112, 31 and 8 for the reasons at the top of this file.
+// Deletes a record. Nonzero on success. If the record pointer was at this record, a later CEDB_SEEK_CURRENT counts from
+// the next record, and a later read fails with error 1018 or reads the next record (see CeReadRecordProps). Fails with
+// error 87 if the database has no such record, and with errors 112, 31 and 8 for the reasons at the top of this file.
 BOOL CeDeleteRecord(HANDLE database, CEOID oid);
 
 // Begins or ends a transaction. A real device doesn't have these calls. All changes of databases and records between
 // the two calls, through any handle, are on the disk when EndStoreChange(TRUE) has succeeded. If the transaction ends
 // with EndStoreChange(FALSE), if the process is killed first, or if a failure occurs, such as a full disk, everything
 // is as it was before the transaction. Handles that were opened in between can be used after a success, and must be
-// closed before EndStoreChange(FALSE). Nothing else of the device may be changed in between. Both return nonzero on
-// success. EndStoreChange(FALSE) always succeeds if a transaction is open. BeginStoreChange fails with error 87 if a
-// transaction is open already, and EndStoreChange fails with error 87 if none is open. Both can also fail with errors
-// 112, 8 and 31 for the reasons at the top of this file.
+// closed before EndStoreChange(FALSE). Nothing else of the device may be changed in between. Both calls return nonzero
+// on success. BeginStoreChange fails with error 87 if a transaction is open already, and EndStoreChange fails with
+// error 87 if none is open. BeginStoreChange and EndStoreChange(TRUE) can also fail with errors 112, 8 and 31 for the
+// reasons at the top of this file. EndStoreChange(FALSE) can't fail in another way.
 BOOL BeginStoreChange();
 BOOL EndStoreChange(BOOL kept);

@@ -39,8 +39,8 @@ private:
 };
 
 // Formats into `out`, which has room for `capacity` characters including the NUL. Supports %s %d %u %x %%, each with an
-// optional width, and with optional zeros before a number. These are the formats that the program uses; the platform
-// has more. %s is a wide text, and a null text shows as "(null)". A conversion without an argument, or with one of the
+// optional width, and with optional zeros before a number. The program uses no other formats. A real device supports
+// more. %s is a wide text, and a null text shows as "(null)". A conversion without an argument, or with one of the
 // wrong type, produces no output. Returns the number of characters that it has written, without the NUL.
 int FormatWide(WCHAR* out, std::size_t capacity, const WCHAR* format, std::span<const FormatArgument> arguments);
 

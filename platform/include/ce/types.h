@@ -32,9 +32,9 @@ using LRESULT = LONG_PTR;
 // One UTF-16 code unit. These headers call a code unit a character.
 using WCHAR = char16_t;
 
-// A handle is a number that is looked up. Only HGLOBAL, HMODULE and HLOCAL (ce/memory.h) are addresses. A closed handle
-// is refused even if another object has its slot. Most kinds of handles have a pointer type of their own, so that the
-// compiler can distinguish them.
+// A handle is a number that the platform looks up in a table. Only HGLOBAL, HMODULE and HLOCAL (ce/memory.h) are
+// addresses. A call refuses a closed handle, even if another object now has its place in the table. Most kinds of
+// handles have a pointer type of their own, so that the compiler can distinguish them.
 using HANDLE = void*;
 using HWND = struct HWND_*;
 using HINSTANCE = struct HINSTANCE_*;

@@ -44,8 +44,8 @@ public:
 
     // Returns a sentence such as "12 fields were left out: PHOTO 10, X-NICK 2", without a full stop.
     std::string sentence() const;
-    // Returns all messages as sentences without their full stops. The message that counts the guesses of addGuess() is,
-    // for example, "2 fields name no character set and were read as Windows-1252: N 1, NOTE 1".
+    // Returns all messages as sentences without their full stops. One message counts the fields that were passed to
+    // addGuess(), for example "2 fields name no character set and were read as Windows-1252: N 1, NOTE 1".
     std::vector<std::string> sentences() const;
 
 private:
