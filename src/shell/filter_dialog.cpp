@@ -158,9 +158,9 @@ void ClickAttribute(HWND dialog, const AttributeBox& box)
     DeriveHideByAttribute();
 }
 
-// Restores only the fields of the filter. The copy is from the first opening of the dialog, and the other fields of
-// gOptions can have changed since then. If they were restored too, an old value could turn the deletion of stored files
-// on again.
+// Restores only the fields of the filter. Most of the copy is from the first opening of the dialog, and the other
+// fields of gOptions can have changed since then. If they were restored too, an old value could turn the deletion of
+// stored files on again.
 void RestoreFilter()
 {
     std::memcpy(gOptions.extensions, gFilterSnapshot.extensions, sizeof gOptions.extensions);

@@ -164,8 +164,8 @@ TEST_F(FullBackupTest, RegistryMarkIsRestoredAndOnlyATickedBoxBacksUpTheRegistry
     gRegCopyFile = nullptr;
 }
 
-// The listing of the device already packs tiny files. The backup stores this stream only if the file hasn't changed
-// since.
+// The listing of the device already packs tiny files. The stream of a file is stored only if the file hasn't changed
+// since it was packed.
 TEST_F(FullBackupTest, TinyFileIsStoredAsItIsWhenItsTurnComes)
 {
     using namespace platform::kernel;

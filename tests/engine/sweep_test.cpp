@@ -44,15 +44,16 @@ const Contents Sources = {
 const Contents Present = {{"a.txt", "Written after the backup."}, {"empty", "Not empty any more."}};
 
 // The documented errors of the calls that the file layer makes. ENOENT, ENOTDIR and EEXIST aren't among them, because
-// they would be false about what exists. Nor are ELOOP and EXDEV, which mean that a path leads out of the device.
+// each of them says that something exists or doesn't exist, and that would be false here. Nor are ELOOP and EXDEV,
+// which mean that a path leads out of the device.
 constexpr int Errors[] = {EIO,          ENOSPC,    EACCES, ENOMEM,  EROFS,   EMFILE,   EBADF,  EINVAL,
                           EPERM,        ESTALE,    ENODEV, ENXIO,   EDQUOT,  EFBIG,    ENFILE, EBUSY,
                           EOPNOTSUPP,   EOVERFLOW, EFAULT, ETXTBSY, EAGAIN,  EISDIR,   EMLINK, ENOSYS,
                           ENAMETOOLONG, ESPIPE,    EPIPE,  E2BIG,   ENODATA, ENOTEMPTY};
 
-// Returns the step of a sweep, in calls or in bytes of the card's capacity, from one round to the next. It is 1 unless
-// the environment variable sets another step. The sanitized builds set it (CMakeLists.txt), because a sanitizer finds
-// nothing new in the rounds that are left out.
+// Returns by how much a sweep advances from one round to the next, in calls or in bytes of the card's capacity. It is 1
+// unless the environment variable sets another step. The sanitized builds set it (CMakeLists.txt), because a sanitizer
+// finds nothing new in the rounds that are left out.
 std::uint64_t stepFrom(const char* variable)
 {
     const char* text = std::getenv(variable);
@@ -353,7 +354,8 @@ TEST_F(SweepTest, BackupThatDeletesLosesNothingWhereverTheProcessIsKilledOrThePo
 }
 
 // A log line is written before the item that it announces, and data before the list entry that refers to it. So after a
-// kill, the log names the item whose stream is incomplete on the card, and the list names no item that can't be read.
+// kill, the log names the item whose stream is incomplete on the card, and every item in the list can be read, except
+// the one whose entry was being written.
 TEST_F(SweepTest, KilledBackupLeavesACurrentLogAndNoEntryWithoutItsData)
 {
     sources_ = manySources();

@@ -92,7 +92,7 @@ TEST_F(RemovableTest, HostCanUnmountARemovableCardOnlyWhenNothingUsesIt)
 }
 
 // If a file system is unmounted while files are open, the host still accepts writes to these files. But the user may
-// have taken the medium out.
+// have taken the medium out, so each flush and each write must then fail.
 TEST_F(RemovableTest, NothingCountsAsFlushedAfterTheMediumWasTakenOut)
 {
     const std::u16string names[] = {u"\\Stick\\gathered", u"\\Stick\\straight", u"\\Stick\\closed"};

@@ -112,8 +112,8 @@ TEST_F(FileTest, ThreadsThatWriteByOneHandleLoseNoBytes)
         ASSERT_EQ(bytes.substr(offset, 100), std::string(100, bytes[offset]));
 }
 
-// For one thread, the host reports the other thread's descriptor like that of another process. Each thread also takes a
-// lease for a moment, which makes an opening by the other thread fail.
+// But the host counts a descriptor of the other thread like one of another process. Each thread also takes a lease for
+// a moment, which makes an opening by the other thread fail.
 TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess)
 {
     hostWrite(root() / "f", "content");

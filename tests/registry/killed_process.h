@@ -3,6 +3,6 @@
 
 #include <functional>
 
-// Runs `work` in a child process, and kills the child before its system call with the number `calls`. Calls that change
-// only the child's memory aren't counted. Returns false if the child ended earlier.
+// Runs `work` in a child process, and kills the child before its system call number `calls`, counted from 0. Calls that
+// change only the child's memory aren't counted. Returns false if the child ended earlier.
 bool killedBeforeCall(int calls, const std::function<void()>& work);

@@ -133,7 +133,7 @@ protected:
     RestoreKillTest() { gQuestions.yes = true; }
 
     // Makes the image of these records, which are in the image's order. With `withOld` the device has an old database
-    // of that name.
+    // "A".
     void prepare(Records records, bool withOld)
     {
         imaged_ = std::move(records);

@@ -1,5 +1,6 @@
-// The filter dialog from the program's own template. Cancel restores the options that the first opening of the dialog
-// in the process showed. So every test first opens the dialog with the default options.
+// The filter dialog from the program's own template. Cancel restores the extensions of the current opening, but the
+// other filter options of the first opening in the process. So every test first opens the dialog with the default
+// options.
 #include "controls/date_display.h"
 #include "controls/list_display.h"
 #include "dialogs.h"
