@@ -112,7 +112,7 @@ TEST_F(FileTest, ThreadsThatWriteByOneHandleLoseNoBytes)
         ASSERT_EQ(bytes.substr(offset, 100), std::string(100, bytes[offset]));
 }
 
-// But the host counts a descriptor of the other thread like one of another process. Each thread also takes a lease for
+// The host counts a descriptor of the other thread like one of another process. Each thread also takes a lease for
 // a moment, which makes an opening by the other thread fail.
 TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess)
 {
