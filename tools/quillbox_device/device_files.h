@@ -47,7 +47,8 @@ public:
     std::optional<std::size_t> find(std::u16string_view name) const;
 
     // Returns the indices in all() of the files in ROM (FILE_ATTRIBUTE_INROM), except those for which `isCovered` is
-    // true. Uses the device's file layer, so no set may be mounted. A file that the file layer can't find isn't in ROM.
+    // true. Uses the device's file layer, so the caller must not have a set mounted during the call. A file that the
+    // file layer can't find isn't in ROM.
     std::vector<std::size_t> inRom(const std::vector<bool>& isCovered) const;
 
     // Opens the file with this index in all() for reading. Doesn't follow a link.

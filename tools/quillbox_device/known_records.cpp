@@ -27,8 +27,7 @@ bool isSame(const CEPROPVAL& left, const CEPROPVAL& right)
 }
 
 // Returns false if the property is bytes that aren't a text. vCard and iCalendar have no line for such bytes, and an
-// address book in CSV has no column for them. So a file without these bytes doesn't mean that the user has deleted
-// them.
+// address book in CSV has no column for them. So if a file lacks these bytes, the user need not have deleted them.
 bool isText(const CEPROPVAL& property)
 {
     if (LOWORD(property.propid) != CEVT_BLOB)

@@ -9,7 +9,7 @@ namespace quillbox_mount {
 // folder exists and is empty.
 std::string folderFault(const std::string& folder);
 
-// Returns why this computer can't mount a file system that a program without root rights provides (FUSE). Returns an
+// Returns why this computer can't mount a FUSE file system, which a program without root rights provides. Returns an
 // empty text if nothing is known to prevent the mount.
 std::string computerFault();
 

@@ -28,9 +28,9 @@ Workspace& workspace()
 }  // namespace
 
 // A stream of at most this many blocks (8 MB) is unpacked as a whole, so its reported size is right. The size of a
-// longer stream can be reported too large until a read has reached the real end. A read that begins between the real
-// end and the end by the first reported size fails. Without this failure, clients could get zeros after the real end
-// (see read()).
+// longer stream can be reported too large until a read has reached the real end. A read fails if it begins after the
+// real end, but before the end that the first reported size gives. Without this failure, clients could get zeros after
+// the real end (see read()).
 constexpr std::size_t MostCounted = 64;
 
 // Reads from the data file through a buffer. A stream that is shorter than the buffer needs only one pread. One pread

@@ -57,11 +57,11 @@ public:
         return sizeof *this + offsets_.size() * (sizeof(DWORD) + sizeof(std::uint64_t));
     }
 
-    // Appends to `pieces` the next `bytes` bytes from `offset` on, or fewer if the stream ends before. Returns false if
-    // there is damage in these bytes. The size that size() returned first can be too large. If `offset` is below that
-    // size but beyond the real end, read() returns false too. If it returned true and no bytes, the kernel would take
-    // `offset` for the end of the file. After a later read of the last bytes of the stream, clients would get zeros
-    // between these bytes and `offset`.
+    // Appends to `pieces` the next `bytes` bytes from `offset` on, or fewer if the stream ends earlier. Returns false
+    // if there is damage in these bytes. The size that size() returned first can be too large. If `offset` is below
+    // that size but beyond the real end, read() returns false too. Suppose that it returned true without any bytes
+    // instead. Then the kernel would take `offset` for the end of the file. If a client later read the last bytes of
+    // the stream, the kernel would add zeros after them, up to `offset`.
     [[nodiscard]] bool read(std::uint64_t offset, std::uint64_t bytes, std::vector<Piece>& pieces) EXCLUDES(mutex_);
 
 private:

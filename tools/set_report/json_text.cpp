@@ -5,8 +5,8 @@ namespace set_report {
 namespace {
 
 // Returns the escape for the character at the beginning of `from`, or an empty text if the character needs none. In
-// JSON, the characters that need an escape occur only inside strings, where escapes are allowed. The separators U+2028
-// and U+2029 have three bytes each.
+// JSON, the characters that need an escape occur only inside strings, where escapes are allowed. `from` is a text and
+// not a single byte, because the separators U+2028 and U+2029 have three bytes each.
 std::string_view escapeOf(std::string_view from)
 {
     switch (from[0]) {

@@ -47,8 +47,8 @@ public:
     }
 
     // Once the rows have exceeded the limit of the constructor, older sets may lack rows. In that case returns the
-    // number of the oldest set that is certainly complete, as all newer sets are. If even the newest set may lack rows,
-    // returns a number that is higher than that of any set. If the limit wasn't exceeded, returns 0.
+    // number of the oldest set that is certainly complete. All newer sets are complete, too. If even the newest set may
+    // lack rows, returns a number that is higher than that of any set. If the limit wasn't exceeded, returns 0.
     unsigned completeFrom() const { return completeFrom_; }
 
     // Writes a JSON array of all rows. Each row is an array [head, first set, last set, state, first set, last set,
