@@ -218,6 +218,8 @@ class ShownTest(MountTest):
                 self.assertIn(reason or "an earlier item", line)
             path.write_bytes(path.read_bytes()[:30])
             self.assertEqual((folder / "x").read_bytes(), b"first", "the list is read once")
+        with self.mounted():
+            self.assertIn("the list file is cut off", (self.shown / "QLBX0001/left-out.txt").read_text())
 
     def test_damage_is_an_error_when_it_is_read_and_its_neighbours_are_whole(self):
         whole, large = pack_stream(b"hello"), pack_stream(bytes(range(256)) * 2048)  # large has four blocks
