@@ -55,15 +55,15 @@ BUSY_AIMS = {("documents", "backup"): 1.25, ("small", "backup"): 1.60}
 # Largest allowed microseconds for a file, in memory and on ext4.
 TIME_AIMS = {("tiny", "backup"): 12, ("tiny", "restore"): 16}
 EXT4_TIME_AIMS = {("small", "backup"): 24, ("small", "restore"): 29}
-# The time for a file in the slowest corpus of the growth may be at most this many times that in the fastest one. The time
-# that a run of one file takes doesn't count.
+# The growth measurement compares the time for a file in several corpora. The time in the slowest corpus may be at most
+# this many times the time in the fastest one. The time of a run with one file is subtracted first.
 GROWTH_AIM = 1.10
 MEMORY_AIM_KILOBYTES = 24 * 1024
 MEMORY_AIM_ITEM_BYTES = 120
 SPARSE_MEMORY_AIM_KILOBYTES = 8 * 1024
 
-# A round is repeated if other processes used more than this share of one processor. In all, the script runs at most 1 +
-# REPEATS times the wanted number of rounds.
+# A round is repeated if other processes used more than this share of one processor. In all, the script runs at most (1
+# + REPEATS) * N rounds, where N is the wanted number.
 QUIET_SHARE = 0.15
 REPEATS = 2
 

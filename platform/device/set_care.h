@@ -1,5 +1,5 @@
-// set_care.h - writes the checksums of a new set and removes old sets. Each is an optional step of a backup, after it
-// has written the set.
+// set_care.h - writes the checksums of a new set and removes old sets. Both are optional steps of a backup, which
+// follow when the backup has written the set.
 #pragma once
 
 #include "command_session.h"

@@ -68,8 +68,8 @@ std::optional<std::string> ShownFolders::add(MountPoint mountPoint)
     refuseDouble(added);
     auto warning = whatIsHiddenBy(mountPoint);
     if (mountPoint.card) {
-        // The lock has a second descriptor of the folder, because the lock must last until the file layer has closed
-        // the first one.
+        // The lock uses a second descriptor of the folder. The file layer closes the first one (mountPoint.opened), and
+        // the lock must last until then.
         Descriptor& cardLock =
             cardLocks_.emplace_back(::openat(mountPoint.opened.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         lockCard(cardLock, mountPoint.folder);

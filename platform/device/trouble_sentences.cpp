@@ -26,7 +26,7 @@ constexpr std::array Kinds = {Troubled::File, Troubled::DatabaseList, Troubled::
 
 // The kinds of failures that the program itself reports (ce/outcome.h). Sentences about them come before sentences
 // about failed calls (Noted). If the program has reported a failure of an item, the failed calls for this item get no
-// sentence.
+// sentence of their own. But the sentence about the item can give the error of a call (see Report).
 constexpr std::array Reported = {Trouble::Numbering, Trouble::Storing,   Trouble::Restoring,
                                  Trouble::Deleting,  Trouble::Replacing, Trouble::Reaching};
 constexpr std::array Noted = {Trouble::Reading, Trouble::Writing};
@@ -163,7 +163,8 @@ void tell(Trouble kind, Troubled what, const std::vector<NamedTrouble>& troubles
 
 // Combines the errors that the program reported with the errors of the platform's calls. If both have an error for the
 // same item, the report contains one of them:
-// - For a file: the error of the call if the program reported error 31, otherwise the program's error.
+// - For a file: the error of the call if the program reported error 31 (ERROR_GEN_FAILURE, no known reason), otherwise
+//   the program's error.
 // - For a database or the registry: the program's error if it says that the set is damaged, otherwise the error of the
 //   call.
 class Report {

@@ -1,6 +1,6 @@
-// sweep_test.cpp - repeats a run with a fault at every point. In turn, each call on the host fails, the card is full
-// after each byte, or the process or the power ends at each call. No source and no content is lost, and no file is
-// replaced against the policy. Each item that isn't in the set, isn't restored or isn't deleted is reported.
+// sweep_test.cpp - repeats a run, each time with one fault at another point. The fault is a failed call on the host, a
+// full card, a kill of the process or a power cut. No source and no content is lost, and a restore replaces no file
+// that restoreMode protects. Each item that isn't in the set, isn't restored or isn't deleted is reported.
 //
 // The normal suite tries each call with only a few of the errors, and the next call with others. QUILLBOX_EVERY_ERROR=1
 // tries every call with all errors, some 30,000 faults.
@@ -90,8 +90,9 @@ BOOL collect(const BYTE* raw, DWORD bytes, void* context)
     return TRUE;
 }
 
-// These files have three effects. The log, the list and the data are longer than what the file layer gathers before it
-// writes. One group of waiting entries becomes full. A larger file ends another group.
+// Returns files that cause three things in one run. First, the log, the list and the data become longer than what the
+// file layer gathers before it writes. Second, a group of waiting entries (backup_entry.h) becomes full. Third, a
+// larger file ends another group before it is full.
 Contents manySources()
 {
     Contents sources;

@@ -24,8 +24,8 @@ protected:
         std::error_code ignored;
         std::filesystem::remove_all(base_, ignored);
     }
-    // Returns the parent folder for tests that don't need a real disk. It is in memory, where a flush costs nothing,
-    // unless TMPDIR is set.
+    // Returns the parent folder for tests that don't need a real disk. If TMPDIR is set, that is the folder of TMPDIR.
+    // Otherwise it is a folder in memory if there is one, because a flush costs nothing there.
     static std::filesystem::path memoryFolder()
     {
         const bool useMemory = !std::getenv("TMPDIR") && std::filesystem::is_directory("/dev/shm");

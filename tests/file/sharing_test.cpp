@@ -112,8 +112,9 @@ TEST_F(FileTest, ThreadsThatWriteByOneHandleLoseNoBytes)
         ASSERT_EQ(bytes.substr(offset, 100), std::string(100, bytes[offset]));
 }
 
-// The host counts a descriptor of the other thread like one of another process. Each thread also takes a lease for
-// a moment, which makes an opening by the other thread fail.
+// Each thread asks the host for a lease, to find out whether another process uses the file. But the host counts a
+// descriptor of the other thread like one of another process. While a thread holds a lease for a moment, it also makes
+// an opening by the other thread fail.
 TEST_F(FileTest, ThreadsThatOpenOneFileAtTheSameTimeAreNotTakenForAnotherProcess)
 {
     hostWrite(root() / "f", "content");

@@ -1,5 +1,5 @@
-// How a script runs with a program: ends, waits and answers to questions. The tests in tests/tree run scripts on the
-// real program.
+// Tests of scripts that run on a small program of this test: how a script ends, how it waits, and how it answers
+// questions. The tests in tests/tree run scripts on the real program.
 #include "headless/script_run.h"
 #include "resource/resource_file.h"
 #include "resources/embedded_resources.h"

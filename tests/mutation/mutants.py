@@ -36,8 +36,12 @@ class Mutant:
     start: int  # offsets in the text
     end: int
     text: str  # the replacement
-    # value, statement, truth (a comparison or a negation, whose opposite is a mutant too), condition (of an if, while
-    # or ?; it can have any type that converts to bool), or declaration (a condition that declares a variable)
+    # One of these kinds of code:
+    # - truth: a comparison or a negation. One of its mutants is its opposite.
+    # - condition: the condition of an if, while or ?. It can have any type that converts to bool.
+    # - declaration: a condition that declares a variable
+    # - statement
+    # - value: any other expression
     kind: str
     line: int = 0
     shown: str = ""

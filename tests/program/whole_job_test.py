@@ -44,8 +44,8 @@ class WholeJobTest(ProgramTest):
         out = self.output_folder()
         self.set_tool("extract", self.set, out)
         self.assertTrue(self.content(out) == before)
-        # The independent reader returns the names on the device, so only contents are compared. Nearly every file has a
-        # different content.
+        # The independent reader returns the names on the device, but `before` has the names on the host. So the test
+        # compares only the contents. Nearly every file has its own content, so a lost or repeated file is noticed.
         self.assertEqual(sorted(self.items().values()), sorted(before.values()))
 
     def test_quillbox_restores_what_another_writer_made(self):

@@ -13,8 +13,9 @@
 
 namespace {
 
-// Calls that change only the process's memory. Their number differs from run to run, because addresses are random, and
-// a process that is killed before such a call leaves the same files as one that is killed before the next other call.
+// Calls that change only the process's memory. They aren't counted, for two reasons. Addresses are random, so the
+// number of these calls differs from run to run. And a kill before one of them leaves the same files as a kill before
+// the next call of another kind.
 constexpr std::uint64_t MemoryCalls[] = {SYS_brk,      SYS_mmap,    SYS_mremap, SYS_munmap,
                                          SYS_mprotect, SYS_madvise, SYS_futex};
 
@@ -34,8 +35,8 @@ bool runToNextCall(pid_t child, int& status)
     }
 }
 
-// Keeps this process, and the processes that it starts, on one processor. Only one of the two processes works at a
-// time, and waking one on another processor takes several times as long.
+// Keeps this process and its child on one processor. Only one of the two works at a time, and waking the other one on
+// another processor takes several times as long.
 class OneProcessor {
 public:
     OneProcessor()

@@ -248,8 +248,8 @@ TEST_F(CompressedStreamTest, SourceThatIsMissingInUseOrNoStreamLeavesTheTargetUn
 
 TEST_F(CompressedStreamTest, StreamOrTargetWithAGapIsNeverReportedAsWholeWhicheverHostCallFails)
 {
-    // The blocks of each source have the same packed size. A gap between such blocks would leave the stream readable,
-    // so the test compares the contents.
+    // All blocks of a source have the same packed size, except a shorter last block. So a stream in which some of these
+    // blocks are missing could still be readable. Therefore the test compares the contents.
     for (const Bytes& source : {patternBytes(RawBlockBytes * 4 + 5, 4), Bytes(RawBlockBytes * 61, '\0')}) {
         make(u"\\source", source);
         withEachFailure([&](const auto& faulted) {

@@ -50,8 +50,8 @@ protected:
     static bool exists(const WCHAR* path) { return GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES; }
 };
 
-// The first function returns the entries of a list in order as whole blobs, the second those of a loaded set by their
-// fields.
+// blobsOf() returns the entries of a list in order, each as its whole blob. itemsOf() returns the entries of a list of
+// a loaded set, each as its name and its two offsets.
 inline Blobs blobsOf(ItemList& list)
 {
     Blobs blobs;

@@ -1,6 +1,6 @@
-// When the disk is full, memory runs out or a record is too large, a restore fails and keeps the old database. A kill
-// at any call leaves either the old or the new database. If there was no old one, the kill leaves the first records of
-// the new one.
+// When the disk is full, memory runs out or a record is too large, a restore fails and keeps the old database. If there
+// is an old database, a kill at any call leaves either the old or the new database whole. If there is none, the kill
+// can leave a new database that has only the first records.
 
 #include "failing_memory.h"
 #include "image_fixture.h"

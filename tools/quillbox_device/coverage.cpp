@@ -218,8 +218,9 @@ private:
              text});
     }
 
-    // No backup stores a file in ROM, so such a file counts as covered. It can be in a set nevertheless, if it wasn't
-    // in ROM at the time. So this function follows the first comparison, and looks only at the files that are left.
+    // No backup stores a file in ROM, so such a file counts as covered. A set can contain the file nevertheless, if the
+    // file wasn't in ROM when the set was made. So this function is called after the comparison with the newest set,
+    // and looks only at the files that this set doesn't cover.
     void leaveOutRom()
     {
         for (const std::size_t file : files_.inRom(isCovered_)) {

@@ -19,7 +19,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // The database, the log that may contain its latest changes, and the registry that a restore has staged. When the copy
-// is opened, a staged registry replaces the one in the database, as at the next start of Quillbox.
+// is opened, a staged registry replaces the registry in the copied database. The next start of Quillbox does the same
+// to the device.
 constexpr const char* Copied[] = {"device.db", "device.db-wal", "registry.staged"};
 
 // Locks device.lock in shared mode, which needs no write permission. While Quillbox has the device open, it holds an

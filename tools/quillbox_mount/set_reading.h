@@ -1,6 +1,7 @@
-// set_reading.h - reads sets with the code of tools/archive, which can read only one set at a time.
+// set_reading.h - reads sets with the code of tools/archive. This code can read only one set at a time, so a mutex
+// guards it.
 //
-// The threads of the mount share these objects, each with a mutex of its own:
+// The threads of the mount share the following objects. Each object has a mutex of its own:
 // - a SetReading, which uses the platform's mounts of host folders and the static buffers of src/set;
 // - the caches (bounded_cache.h): unpacked blocks, streams with the offsets of their blocks, texts;
 // - a stream that two threads read at the same time (seekable_stream.h).

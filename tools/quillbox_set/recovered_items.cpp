@@ -120,7 +120,8 @@ void RecoveredItems::end(const FoundStream& stream)
 // content with a fault must also meet these conditions:
 //
 // - If the stream has no entry, the stream must not be whole.
-// - A database must have a complete record. If it has no entry, its name must also be printable.
+// - A database must have at least one complete record. If its stream has no entry, the name of the database must also
+//   be printable.
 //
 // All other content counts as a file.
 RecoveredItems::Content RecoveredItems::contentOf(const FoundStream& stream, BYTE claimed)

@@ -1,4 +1,4 @@
-// reading.h - finds the texts, controls and commands of a window that a user can see.
+// reading.h - finds what a user can see of a window: its texts, controls and commands.
 //
 // A function with a handle as its parameter reads the current state of the window core. If the window is destroyed, the
 // function finds nothing.

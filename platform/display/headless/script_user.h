@@ -41,10 +41,10 @@ private:
 
     using TreeInput = std::function<bool(HWND, const window::TreeItemState&)>;
 
-    // Waits until the program waits for input with a window in front and `holds` returns true. Fails if the timeout
+    // Returns when the program waits for input, has a window in front, and `holds` returns true. Fails if the timeout
     // passes or the program ends. `holds` may post input, because it is called only while the program waits for input,
     // and never again after it has returned true. The text of a failure names `expected` as what the script waited for.
-    // If `atMost` is given and the timeout is longer or there is none, `atMost` is the timeout of this call.
+    // If `atMost` is given, it limits the timeout of this call. It also applies if the script has no timeout.
     [[nodiscard]] Failure await(std::string_view expected, const Condition& holds,
                                 std::optional<std::chrono::steady_clock::duration> atMost = std::nullopt);
     [[nodiscard]] Failure awaitControl(const Action& action, std::string_view what, const Condition& fits);

@@ -14,7 +14,8 @@ struct Snapshot {
 };
 
 // Copies the state of the window and its controls. Returns nothing if the window doesn't exist any more. The call locks
-// the window core's mutex anew for each of these windows, so the program can change a control while others are copied.
+// the window core's mutex anew for the window and for each control, so the program can change a control while others
+// are copied.
 [[nodiscard]] std::optional<Snapshot> snapshotOf(HWND window);
 
 // Does the same as snapshotOf(), but for a caller inside Display::changed, where the window core's mutex is held. So

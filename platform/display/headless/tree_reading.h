@@ -1,7 +1,8 @@
-// tree_reading.h - reads the items of a tree view that a user can see.
+// tree_reading.h - finds the items of a tree view, except those that the user can't see because an item above them is
+// collapsed.
 //
 // The path of an item consists of the texts of its ancestors, from the top item down, and its own text. Backslashes
-// separate the texts. Items below a collapsed item aren't found.
+// separate the texts.
 #pragma once
 
 #include "tree_control/tree_display.h"

@@ -12,8 +12,8 @@ namespace platform::device {
 // The path of the copy. `database` is the path of the database file itself, not of a link to it.
 [[nodiscard]] std::filesystem::path changingCopyOf(const std::filesystem::path& database);
 
-// Deletes the copy and the files that SQLite may have left beside the copy: its log, its index and its journal. Returns
-// false if a file exists and can't be deleted.
+// Deletes the copy and the files that SQLite may have left beside the copy: the write-ahead log, the index of this log,
+// and the rollback journal. Returns false if a file exists and can't be deleted.
 [[nodiscard]] bool removeChangingCopyOf(const std::filesystem::path& database);
 
 }  // namespace platform::device

@@ -22,8 +22,9 @@ struct ReportOutcome {
 // Verifies the sets and writes the page. `faults` are sentences about folders that can't be read or contain no sets.
 // The page shows these sentences. The state of `out` shows whether the whole page could be written.
 //
-// Keeps in memory the names and the states of all items, records and values of the registry. If one of them has the
-// same state in successive sets, these sets share one copy of the state. RunTable limits the memory.
+// Keeps in memory the names and the states of all items, of all records, and of all values of the registry. If an item,
+// record or value has the same state in successive sets, these sets share one copy of the state. RunTable limits the
+// memory.
 ReportOutcome writeReport(const std::vector<archive::SetFiles>& sets, const std::vector<std::string>& faults,
                           std::ostream& out, archive::Progress& progress);
 
