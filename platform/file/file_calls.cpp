@@ -152,6 +152,18 @@ BOOL WriteAfter(HANDLE file, HANDLE earlier)
     return open && openEarlier ? succeedUnless(open->writeAfter(*openEarlier)) : fail(ERROR_INVALID_HANDLE);
 }
 
+BOOL MarkUnfinished(HANDLE file)
+{
+    const auto open = findOpenFile(file);
+    return open ? succeedUnless(open->markUnfinished()) : fail(ERROR_INVALID_HANDLE);
+}
+
+BOOL MarkFinished(HANDLE file)
+{
+    const auto open = findOpenFile(file);
+    return open ? succeedUnless(open->markFinished(), Trouble::Writing, *open) : fail(ERROR_INVALID_HANDLE);
+}
+
 BOOL DropFromCache(HANDLE file)
 {
     const auto open = findOpenFile(file);

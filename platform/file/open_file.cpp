@@ -195,6 +195,25 @@ DWORD OpenFile::writeAfter(const OpenFile& earlier)
     return 0;
 }
 
+DWORD OpenFile::markUnfinished()
+{
+    if (!mayWrite())
+        return ERROR_ACCESS_DENIED;
+    const kernel::MutexLock lock(file_->mutex());
+    if (mayRead() || sharing_.share != 0 || file_->isTemporary())
+        return ERROR_INVALID_PARAMETER;
+    file_->markUnfinished();
+    return 0;
+}
+
+DWORD OpenFile::markFinished()
+{
+    if (!mayWrite())
+        return ERROR_ACCESS_DENIED;
+    const kernel::MutexLock lock(file_->mutex());
+    return file_->markFinished(descriptor());
+}
+
 DWORD OpenFile::stamp(FileStamp& stamp)
 {
     if (!mayWrite() && !othersMayWrite() && opened_.inode != 0) {
@@ -262,7 +281,9 @@ DWORD OpenFile::refreshSize(HostStatus& status)
         return error;
     if (const int result = readStatus(descriptor(), "", status); result < 0)
         return ioError(result);
-    file_->setSize(status.stx_size);
+    if (!file_->isUnfinished())  // otherwise the host's size includes the mark
+        file_->setSize(status.stx_size);
+    status.stx_size = file_->size();
     return 0;
 }
 

@@ -47,6 +47,8 @@ public:
     [[nodiscard]] DWORD flush();
     [[nodiscard]] DWORD handOver();
     [[nodiscard]] DWORD writeAfter(const OpenFile& earlier);
+    [[nodiscard]] DWORD markUnfinished();
+    [[nodiscard]] DWORD markFinished();
     [[nodiscard]] DWORD dropFromCache() const;
     [[nodiscard]] DWORD stamp(FileStamp& stamp);
     [[nodiscard]] DWORD describe(BY_HANDLE_FILE_INFORMATION& information);

@@ -35,8 +35,8 @@ constexpr std::uint64_t GatherFrom = 1024;
 // file.
 constexpr std::uint64_t ReserveFrom = 32768;
 
-// A quarter of the file's length is reserved, within these limits. So a shorter file has less unused space to give
-// back.
+// Within these limits, a quarter of the file's length is reserved. The reserve grows with the file so that a short file
+// has little unused space to give back.
 constexpr std::uint64_t ReserveLeast = 131072;
 constexpr std::uint64_t ReserveMost = 4194304;
 
@@ -65,32 +65,53 @@ iovec vectorOf(std::span<const std::byte> bytes)
     return {const_cast<std::byte*>(bytes.data()), bytes.size()};
 }
 
-// What writeBoth wrote. The error is a negative errno; 0 if all was written.
+// What writeParts wrote. The error is a negative errno; 0 if all was written.
 struct HostWrite {
     std::size_t bytes = 0;
     long error = 0;
 };
 
-// Writes both spans one after the other, until the host refuses.
-HostWrite writeBoth(int descriptor, std::uint64_t offset, std::span<const std::byte> first,
-                    std::span<const std::byte> second)
+// The byte after the end of an unfinished file.
+constexpr std::byte Mark{0};
+
+using Parts = std::array<std::span<const std::byte>, 3>;
+
+// Writes the parts one after the other, until the host refuses.
+HostWrite writeParts(int descriptor, std::uint64_t offset, Parts parts)
 {
     HostWrite done;
-    while (done.bytes < first.size() + second.size()) {
-        const std::size_t ofFirst = std::min(done.bytes, first.size());
-        const std::array<iovec, 2> rest = {vectorOf(first.subspan(ofFirst)),
-                                           vectorOf(second.subspan(done.bytes - ofFirst))};
-        // An empty span isn't passed, because a write of one span costs less than a write of two.
-        const std::size_t skipped = rest[0].iov_len == 0 ? 1 : 0;
-        const std::size_t used = rest[1].iov_len == 0 || skipped != 0 ? 1 : 2;
-        const ssize_t taken = writeAt(descriptor, std::span(rest).subspan(skipped, used), offset + done.bytes);
+    for (;;) {
+        // An empty part isn't passed, because a write of one part costs less than a write of several.
+        std::array<iovec, std::tuple_size_v<Parts>> rest;
+        std::size_t used = 0;
+        for (const auto& part : parts) {
+            if (!part.empty())
+                rest[used++] = vectorOf(part);
+        }
+        if (used == 0)
+            return done;
+        const ssize_t taken = writeAt(descriptor, std::span(rest).first(used), offset + done.bytes);
         if (taken <= 0) {
             done.error = taken < 0 ? taken : -ENOSPC;
-            break;
+            return done;
         }
         done.bytes += static_cast<std::size_t>(taken);
+        auto left = static_cast<std::size_t>(taken);
+        for (auto& part : parts) {
+            const std::size_t written = std::min(left, part.size());
+            part = part.subspan(written);
+            left -= written;
+        }
     }
-    return done;
+}
+
+// Writes the parts and then, if `mark` isn't empty, the mark. A failure to write the mark isn't an error.
+HostWrite writeMarked(int descriptor, std::uint64_t offset, std::span<const std::byte> first,
+                      std::span<const std::byte> second, std::span<const std::byte> mark)
+{
+    const HostWrite done = writeParts(descriptor, offset, {first, second, mark});
+    const std::size_t wanted = first.size() + second.size();
+    return done.bytes >= wanted ? HostWrite{wanted, 0} : done;
 }
 
 }  // namespace
@@ -168,7 +189,9 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
         return error;
     const std::uint64_t growth = size > size_ ? size - size_ : 0;
     const std::uint64_t room = mount_->takeRoom(growth);
-    const int result = room < growth ? -ENOSPC : file::setSize(descriptor, size);
+    const int result = room < growth ? -ENOSPC : file::setSize(descriptor, size + markBytes());
+    if (result >= 0 && unfinished_)  // the byte after the new end can be an old byte of the file
+        (void)writeParts(descriptor, size, {std::span(&Mark, 1)});
     noteChange();
     if (result < 0) {
         mount_->giveBackRoom(room);
@@ -182,6 +205,24 @@ DWORD SharedFile::endAt(int descriptor, std::uint64_t size)
     return 0;
 }
 
+DWORD SharedFile::markFinished(int descriptor)
+{
+    if (!unfinished_)
+        return 0;
+    if (const DWORD error = release(); error != 0)
+        return error;
+    unfinished_ = false;
+    const DWORD error = endAt(descriptor, size_);  // its only call of the host removes the mark
+    unfinished_ = error != 0;
+    return error;
+}
+
+// Returns the mark if a write that ends at `end` must write the mark too.
+std::span<const std::byte> SharedFile::markAfter(std::uint64_t end) const
+{
+    return unfinished_ && end >= size_ ? std::span(&Mark, 1) : std::span<const std::byte>();
+}
+
 DWORD SharedFile::writeOut()
 {
     if (gathered_ == 0)
@@ -191,8 +232,9 @@ DWORD SharedFile::writeOut()
         return lost_;
     }
     const std::uint64_t offset = size_ - gathered_;
-    const HostWrite done =
-        mount_->isGone() ? HostWrite{0, -ENOMEDIUM} : writeBoth(gatherer_, offset, {gather_.get(), gathered_}, {});
+    const HostWrite done = mount_->isGone()
+                               ? HostWrite{0, -ENOMEDIUM}
+                               : writeMarked(gatherer_, offset, {gather_.get(), gathered_}, {}, markAfter(size_));
     noteChange();
     if (done.bytes != 0)
         writtenTo_ = offset + done.bytes;
@@ -217,7 +259,7 @@ DWORD SharedFile::release()
         // Setting a file to its present size frees the reserved space after its end. If this fails, no bytes are lost,
         // but the space stays reserved.
         if (reservedTo_ > size_ || reservesNothing_)
-            (void)file::setSize(gatherer_, size_);
+            (void)file::setSize(gatherer_, size_ + markBytes());
         reservedTo_ = 0;
         --reserves;
     }
@@ -275,7 +317,8 @@ Written SharedFile::putStraight(int descriptor, std::uint64_t offset, std::span<
         return {0, error};
     }
     const std::size_t before = gathered_;
-    const HostWrite done = writeBoth(descriptor, offset - before, {gather_.get(), before}, bytes);
+    const HostWrite done =
+        writeMarked(descriptor, offset - before, {gather_.get(), before}, bytes, markAfter(offset + bytes.size()));
     noteChange();
     if (done.bytes != 0)
         writtenTo_ = offset - before + done.bytes;

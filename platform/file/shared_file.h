@@ -10,6 +10,10 @@
 // The bytes of a temporary file are in a TemporaryContent, either in memory or in a file of the host. While they are in
 // memory, no writes are buffered. Once they are in a file of the host, that file is written like any other file.
 //
+// The program can make a file *unfinished*, in order to recognise it after the process was killed (ce/file.h,
+// MarkUnfinished). On the host, a zero byte, the mark, then follows the last byte of the file. Each write at the end of
+// the file writes the mark too, in the same call of the host. size_ doesn't count the mark.
+//
 // Invariants, whenever the lock is free:
 // - The first size_ - gathered_ bytes of the file are on the host. Only a temporary file can be wholly in memory
 //   instead. The buffered bytes come right after the bytes on the host.
@@ -115,11 +119,17 @@ public:
     void writeAfter(std::shared_ptr<SharedFile> earlier) REQUIRES(mutex_) { earlier_ = std::move(earlier); }
     bool isWrittenAfterAnother() const REQUIRES(mutex_) { return earlier_ != nullptr; }
 
+    // Begin and end the state "unfinished". markFinished returns 0 or the error. After an error, the file is still
+    // unfinished.
+    void markUnfinished() REQUIRES(mutex_) { unfinished_ = true; }
+    bool isUnfinished() const REQUIRES(mutex_) { return unfinished_; }
+    [[nodiscard]] DWORD markFinished(int descriptor) REQUIRES(mutex_);
+
     // Writes out the buffered bytes, ends buffering and gives the reserved space after the end back to the host.
     [[nodiscard]] DWORD release() REQUIRES(mutex_);
 
-    // Calls release() if buffered bytes are written with `descriptor`, otherwise writeOut(). Call this function before
-    // `descriptor` is closed.
+    // Calls release() if `descriptor` is the one that will write the buffered bytes, otherwise writeOut(). Call this
+    // function before `descriptor` is closed.
     [[nodiscard]] DWORD release(int descriptor) REQUIRES(mutex_)
     {
         return descriptor == gatherer_ ? release() : writeOut();
@@ -138,6 +148,8 @@ private:
     [[nodiscard]] Written putStraight(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes)
         REQUIRES(mutex_);
     [[nodiscard]] DWORD writeOutEarlier() REQUIRES(mutex_);
+    std::span<const std::byte> markAfter(std::uint64_t end) const REQUIRES(mutex_);
+    std::uint64_t markBytes() const REQUIRES(mutex_) { return unfinished_ ? 1 : 0; }
     void loseGathered(std::size_t kept, DWORD error) REQUIRES(mutex_);
     [[nodiscard]] bool canGather(int descriptor, std::uint64_t offset, std::size_t bytes) REQUIRES(mutex_);
     bool fitsLastBlock(int descriptor, std::uint64_t end) const REQUIRES(mutex_);
@@ -155,6 +167,7 @@ private:
     DWORD lost_ GUARDED_BY(mutex_) = 0;  // the error by which buffered bytes were lost; 0: none are lost
 
     std::shared_ptr<SharedFile> earlier_ GUARDED_BY(mutex_);
+    bool unfinished_ GUARDED_BY(mutex_) = false;
 
     // If not 0, the host has allocated a block for the byte before this offset. After a write to the host this is the
     // end offset of the write. moveTo and spill set it to size_. endAt sets it to 0.

@@ -108,6 +108,21 @@ TEST_F(FullHostTest, EveryByteReportedIsInTheFileAndNoMore)
     }
 }
 
+TEST_F(FullHostTest, MarkOfAnUnfinishedFileTakesNoRoomFromIt)
+{
+    const HANDLE file = open(u"\\Small\\f", GENERIC_WRITE, CREATE_ALWAYS);
+    EXPECT_TRUE(MarkUnfinished(file));
+    const std::string block = patternBytes(65'536);
+    std::size_t total = 0;
+    for (DWORD written = 0; WriteFile(file, block.data(), 65'536, &written, nullptr);)
+        total += written;
+    EXPECT_EQ(GetLastError(), ERROR_DISK_FULL);
+    EXPECT_EQ(total, std::size_t{1} << 20) << "the mark takes no block";
+    EXPECT_TRUE(MarkFinished(file));
+    CloseHandle(file);
+    EXPECT_EQ(std::filesystem::file_size(small_ / "f"), total);
+}
+
 TEST_F(FullHostTest, RoomThatIsOnlyReservedForAnotherFileCanBeUsed)
 {
     const HANDLE large = open(u"\\Small\\large", GENERIC_WRITE, CREATE_ALWAYS);

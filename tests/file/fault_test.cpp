@@ -224,6 +224,103 @@ TEST_F(FaultTest, ListWrittenAfterADataFileNeverNamesDataThatTheHostDoesNotHaveY
     CloseHandle(writer);
 }
 
+// Opens `\\f`, marks it as unfinished and writes the pieces. The first piece goes to the host at once, the next ones
+// are buffered, and those after the long one have reserved space.
+HANDLE openUnfinished(std::string& content)
+{
+    const HANDLE file = CreateFileW(u"\\f", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    EXPECT_TRUE(MarkFinished(file)) << "it is finished already";
+    EXPECT_TRUE(MarkUnfinished(file));
+    content.clear();
+    for (const std::size_t size : {3, 2000, 5, 7, 60'000, 4}) {
+        const std::string piece = patternBytes(size);
+        DWORD written = 0;
+        EXPECT_TRUE(WriteFile(file, piece.data(), static_cast<DWORD>(size), &written, nullptr));
+        content += piece;
+    }
+    return file;
+}
+
+void cutAt(HANDLE file, std::string& content, std::size_t size)
+{
+    SetFilePointer(file, static_cast<LONG>(size), nullptr, FILE_BEGIN);
+    EXPECT_TRUE(SetEndOfFile(file));
+    content.resize(size);
+}
+
+TEST_F(FaultTest, UnfinishedFileEndsWithAMarkUntilItIsFinished)
+{
+    std::string content;
+    const HANDLE file = openUnfinished(content);
+    const auto expectOnHost = [&](const std::string& mark) {
+        EXPECT_TRUE(HandOverFileBuffers(file));
+        EXPECT_EQ(hostRead(root() / "f"), content + mark);
+        BY_HANDLE_FILE_INFORMATION information = {};
+        EXPECT_TRUE(GetFileInformationByHandle(file, &information));
+        EXPECT_EQ(information.nFileSizeLow, content.size());
+        EXPECT_EQ(SetFilePointer(file, 0, nullptr, FILE_END), content.size());
+    };
+    const std::string mark(1, '\0');
+    expectOnHost(mark);
+    SetFilePointer(file, 100, nullptr, FILE_BEGIN);
+    EXPECT_EQ(write(file, "in the middle"), 13U);
+    content.replace(100, 13, "in the middle");
+    expectOnHost(mark);
+    cutAt(file, content, 50'000);
+    expectOnHost(mark);
+    for (const std::string end : {"longer", "again"}) {
+        EXPECT_EQ(write(file, end), end.size());
+        content += end;
+        expectOnHost(mark);
+    }
+    EXPECT_TRUE(MarkFinished(file));
+    expectOnHost("");
+    CloseHandle(file);
+
+    const HANDLE reader = open(u"\\f", GENERIC_READ, OPEN_EXISTING);
+    const HANDLE both = open(u"\\both", GENERIC_READ | GENERIC_WRITE, CREATE_NEW);
+    EXPECT_EQ(errorOf(MarkUnfinished(both)), ERROR_INVALID_PARAMETER);
+    for (const auto call : {MarkUnfinished, MarkFinished}) {
+        EXPECT_EQ(errorOf(call(reader)), ERROR_ACCESS_DENIED);
+        EXPECT_EQ(errorOf(call(nullptr)), ERROR_INVALID_HANDLE);
+    }
+    CloseHandle(reader);
+    CloseHandle(both);
+}
+
+TEST_F(FaultTest, UnfinishedFileKeepsItsMarkWhenFinishingItFails)
+{
+    bool reached = true;
+    for (std::uint64_t n = 1; reached; n++) {
+        SCOPED_TRACE(n);
+        std::string content;
+        const HANDLE file = openUnfinished(content);
+        EXPECT_TRUE(HandOverFileBuffers(file));
+        BOOL finished = FALSE;
+        reached = hostCallsOf([&] { finished = MarkFinished(file); }, {.nthCall = n, .error = EIO}) >= n;
+        EXPECT_EQ(hostRead(root() / "f"), finished ? content : content + '\0');
+        CloseHandle(file);
+    }
+}
+
+TEST_F(FaultTest, KilledProcessLeavesAByteAfterTheEndOfAnUnfinishedFile)
+{
+    bool ended = false;
+    for (std::uint64_t n = 1; !ended; n++) {
+        ended = statusOfChild([&] {
+                    std::string content;
+                    const HANDLE file = openUnfinished(content);
+                    EXPECT_TRUE(HandOverFileBuffers(file));
+                    setFaultPlan({.kind = FaultKind::Kill, .nthCall = n});
+                    for (const std::size_t size : {60'000, 50'000, 49'999, 40'000})
+                        cutAt(file, content, size);
+                    return true;
+                }) == 0;
+        const std::size_t size = std::filesystem::file_size(root() / "f") - 1;
+        EXPECT_TRUE(size == 62'019 || size == 60'000 || size == 50'000 || size == 49'999 || size == 40'000) << size;
+    }
+}
+
 TEST_F(FaultTest, OnlyFlushedBytesAndFoldersSurviveAPowerCut)
 {
     const auto card = addFolder(u"Card", true);

@@ -169,6 +169,20 @@ BOOL HandOverFileBuffers(HANDLE file);
 // ordered after another file.
 BOOL WriteAfter(HANDLE file, HANDLE earlier);
 
+// From MarkUnfinished until MarkFinished, the file is *unfinished*: on the host, one zero byte, the mark, follows its
+// last byte. If the process is killed meanwhile, the mark stays. So a reader can recognise the file, if no file of its
+// format ends with such a byte. The mark appears with the next bytes that are passed to the host. Each later write at
+// the end writes it again in the same call of the host. If the mark can't be written, for example because there is no
+// room for it, it is left out without an error. It doesn't count for the capacity of a card. Of the calls here, only
+// FindFirstFileW, FindNextFileW and GetFileStamp count it for the length.
+//
+// Nonzero on success. Both fail with error 5 if the handle has no write access, and with error 6 if it isn't an open
+// file. MarkUnfinished fails with error 87 if the handle has read access or shares the file, or if the file is
+// temporary. MarkFinished also fails with the errors of WriteFile and SetEndOfFile. The file is then still unfinished.
+// For a file that isn't unfinished it does nothing.
+BOOL MarkUnfinished(HANDLE file);
+BOOL MarkFinished(HANDLE file);
+
 // Flushes everything that this process has made, written, renamed or deleted since its start or the last call, in the
 // root's own folder and in all mounted folders. Nonzero when all of this is on the disk. A folder without changes costs
 // nothing. If a folder fails, the other folders are still flushed. The last error is that of the first folder that
