@@ -2,6 +2,8 @@
 //
 // - All entries of the list are whole, except perhaps the last one. If another entry were cut, a program that reads the
 //   list couldn't find the entries after it.
+// - The list on the host is empty or unfinished (MarkUnfinished), or it ends within its head or an entry. So a reader
+//   can tell the set of a killed run from a whole set.
 // - If an entry is whole, the data file has all bytes between the entry's two offsets. The host (the Linux system) gets
 //   these bytes first. Only then does it get the end offset, which completes the entry in the list. For waiting entries
 //   (backup_entry.h) the file layer ensures this order (WriteAfter).

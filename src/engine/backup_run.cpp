@@ -138,6 +138,7 @@ bool OpenLogAndData(BackupRun& run)
     run.dataFile = CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     if (run.dataFile != INVALID_HANDLE_VALUE) {
         run.writesListAfterData = WriteAfter(run.listFile, run.dataFile) != FALSE;
+        (void)MarkUnfinished(run.listFile);
         return true;
     }
     const DWORD error = GetLastError();
@@ -157,14 +158,16 @@ bool WriteHead(BackupRun& run)
 }
 
 // Flushes the set to the disk, because the card can be taken out after the run. Flushes the data file first, so that
-// the list on the disk never has an entry whose bytes aren't on the disk. If a flush fails, the platform reports the
-// file by its name.
+// the list on the disk never has an entry whose bytes aren't on the disk, and isn't finished before the data is there.
+// If a call fails, the platform reports the file by its name.
 void FlushSet(BackupRun& run)
 {
-    for (HANDLE file : {run.dataFile, run.listFile}) {
-        if (file != INVALID_HANDLE_VALUE)
-            (void)FlushFileBuffers(file);
-    }
+    if (run.dataFile != INVALID_HANDLE_VALUE)
+        (void)FlushFileBuffers(run.dataFile);
+    if (run.listFile == INVALID_HANDLE_VALUE)
+        return;
+    (void)MarkFinished(run.listFile);
+    (void)FlushFileBuffers(run.listFile);
 }
 
 void CloseRun(BackupRun& run)

@@ -22,7 +22,7 @@ enum ListFault : DWORD {
 // After a failed read (readError) the reader treats the list as ended.
 struct ListReader : BufferedReader {
     // Set at the end of the list. If 1 or 2 bytes follow the last entry, which are too few to begin another entry, this
-    // is their number. Otherwise 0.
+    // is their number. Otherwise 0. If it is 1, the set is probably unfinished (docs/format.md, "Unfinished sets").
     DWORD bytesAfterEntries;
 };
 
