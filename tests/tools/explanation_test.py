@@ -130,6 +130,16 @@ class ExplanationTest(CompanionTest):
             found = self.set_tool("verify", made.write(self.sets), "--json", code=None)
             self.verified(self.sets / "QLBX0001.QLT", found.returncode)
 
+    def test_the_reader_reports_a_list_that_may_lack_items(self):
+        path = Set().add(FILE, "\\a", b"1").add(FILE, "\\b", b"2").write(self.sets)
+        whole = path.read_bytes()
+        for listed, code in ((whole, 0), (whole + b"\0", 1), (whole + b"\1\1", 1), (whole[:-1], 1), (whole[:5], 1)):
+            path.write_bytes(listed)
+            with self.subTest(length=len(listed)), contextlib.redirect_stdout(io.StringIO()) as said:
+                self.assertEqual(card_reader.READER.main(["list", str(path)]), code)
+                self.assertEqual("items may be missing" in said.getvalue(), code == 1)
+                self.assert_same_extraction(path, [], [])
+
     def assert_same_extraction(self, path, options, reader_options):
         theirs, ours = self.output_folder(), self.output_folder()
         done = self.set_tool("extract", path, theirs, *options, code=None)

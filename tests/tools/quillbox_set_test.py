@@ -248,7 +248,7 @@ class DamageTest(SetToolTest):
         late = entry_bytes(FILE, "\\b", len(data) + 2, len(data) + 2 + len(data))
         for damaged_list, damaged_data, item, reason in [
                 (listed[:11] + b"\2" + listed[12:], data, 1, "second byte"), (listed, data + b"x", None, "the data file has"),
-                (listed + b"\1", data, None, "ends in 1 byte that is no item"), (listed + entry[:-1], data, 2, "ends inside"),
+                (listed + b"\1", data, None, "is unfinished"), (listed + b"\1\1", data, None, "ends in 2 bytes"), (listed + entry[:-1], data, 2, "ends inside"),
                 (bytes.fromhex("02000000 48006900") + listed[10:], data, None, "no closing NUL"),
                 (listed + late, data + b"xx" + data, 2, "begins at")]:
             with self.subTest(reason):
@@ -280,18 +280,20 @@ class DamageTest(SetToolTest):
             self.set_tool("verify", whole.write(self.folder), code=1)
         self.set_tool("list", self.folder / "QLBX0001", code=1)
 
-    def test_a_cut_list_is_reported_by_each_command_that_may_miss_an_item(self):
+    def test_a_cut_or_unfinished_list_is_reported_by_each_command_that_may_miss_an_item(self):
         whole = self.one_file().add(FILE, "\\b", b"2")
         path = whole.write(self.folder)
         cut_at_end, listed = path.stat().st_size - 1, whole.listed
-        for cut in (0, len(Set().listed) - 1, len(Set().listed) + 2, cut_at_end):
-            path.write_bytes(listed[:cut])
+        cut_off = "the list file is cut off"
+        for cut, end, fault in ((0, b"", cut_off), (len(Set().listed) - 1, b"", cut_off), (len(Set().listed) + 2, b"", cut_off),
+                                (len(listed), b"\0", "the set is unfinished"), (cut_at_end, b"", cut_off)):
+            path.write_bytes(listed[:cut] + end)
             for code, *words in ((1, "list", path), (1, "find", "*", path), (1, "history", "\\c", path),
                                  (2, "diff", path, path), (1, "extract", "--force", path, self.out), (2, "cat", path, "\\c")):
                 with self.subTest(cut=cut, command=words[0]):
-                    self.assertIn("the list file is cut off", self.set_tool(*words, code=code).said)
+                    self.assertIn(fault, self.set_tool(*words, code=code).said)
             [row] = json.loads(self.set_tool("list", self.folder, "--json", code=1).text)["sets"]
-            self.assertIn("the list file is cut off", row["fault"])
+            self.assertIn(fault, row["fault"])
         self.assertEqual(self.set_tool("cat", path, "\\a").text, "1")
 
 

@@ -56,6 +56,8 @@ std::string ListedSet::missingItems() const
 {
     if (readFailed())
         return "the list file couldn't be read to its end";
+    if (isUnfinished())
+        return "the set is unfinished, so items may be missing";
     const bool isCut = ((commentFaults_ | itemFaults_) & CutByEndOfFile) != 0 || bytesAfterItems() != 0;
     return isCut ? "the list file is cut off, so items may be missing" : "";
 }

@@ -139,9 +139,10 @@ private:
     {
         if (set_.readFailed())
             addFault(nullptr, "the list file couldn't be read to its end");
-        if (set_.bytesAfterItems() != 0)
-            addFault(nullptr, set_.bytesAfterItems() == 1 ? "the list file ends in 1 byte that is no item"
-                                                          : "the list file ends in 2 bytes that are no item");
+        if (set_.isUnfinished())
+            addFault(nullptr, "the set is unfinished");
+        else if (set_.bytesAfterItems() != 0)
+            addFault(nullptr, "the list file ends in 2 bytes that are no item");
         if (data_.isOpen() && dataSize_ != dataBytes_)
             addFault(nullptr, "the data file has " + std::to_string(dataSize_) + " bytes, but the items end at " +
                                   std::to_string(dataBytes_));

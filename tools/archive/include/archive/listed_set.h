@@ -55,6 +55,8 @@ public:
 
     // These functions are valid only after next() or nextWith() has returned false.
     DWORD bytesAfterItems() const { return reader_->bytesAfterEntries; }
+    // Whether the backup of the set still runs, or was interrupted, for example by a power failure.
+    [[nodiscard]] bool isUnfinished() const { return reader_->bytesAfterEntries == 1; }
     [[nodiscard]] bool readFailed() const { return reader_->readError != ERROR_SUCCESS; }
     // Returns a sentence if the set may have more items than next() has returned, and otherwise "". A list file that
     // was cut exactly between two entries can't be told from a whole one.
