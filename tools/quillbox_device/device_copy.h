@@ -22,7 +22,7 @@ public:
     DeviceCopy& operator=(const DeviceCopy&) = delete;
     ~DeviceCopy();
 
-    // Whether one of the copied files was changed since.
+    // Whether one of the copied files was changed after it was copied.
     bool isOutdated() const;
 
 private:
