@@ -23,8 +23,8 @@ private:
 };
 
 // Opens an entry like openBelow, where `flags` has O_CREAT. If the entry's folder is deep, the call keeps it open for a
-// moment (kept_folder.h). A later call for the same folder then looks up only the name of its entry. In any other
-// folder, the whole path is looked up from the mounted folder.
+// moment (kept_folder.h). A later call for the same folder then looks up only the name of its entry. A folder that
+// isn't deep isn't kept open, so each call looks up the whole path from the mounted folder.
 [[nodiscard]] int makeEntry(const HostPath& path, int flags, unsigned mode);
 
 // Returns the error for a path that no file can have, and 0 for any other path.

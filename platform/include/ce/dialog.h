@@ -78,9 +78,9 @@ UINT GetDlgItemTextW(HWND dialog, int id, WCHAR* text, int capacity);
 // empty, a null `caption` is "Error". In the text, \n breaks lines, and & has no special meaning. Esc and the close box
 // return IDCANCEL if there is a Cancel button, and IDOK if OK is the only button. Otherwise they do nothing.
 //
-// In a job (ce/outcome.h), the user can apply the answer to a box with MB_YESNO to all further boxes of the same kind.
-// Boxes of one kind have the same caption, and the same text up to the first colon or backslash. In the rest of the job
-// a box of this kind isn't shown, and the call returns the answer at once. From a box with MB_YESNO the user can also
-// stop the job. If the user does this, the box returns IDNO. Each later box of the job with MB_YESNO also returns IDNO,
-// and isn't shown.
+// Boxes of one kind have the same caption, and the same text up to the first colon or backslash. In a job
+// (ce/outcome.h), a box with MB_YESNO lets the user give one answer to all further boxes of its kind. If the user does
+// so, these boxes aren't shown in the rest of the job, and the call returns this answer at once. From a box with
+// MB_YESNO the user can also stop the job. If the user does this, the box returns IDNO. Each later box of the job with
+// MB_YESNO also returns IDNO, and isn't shown.
 int MessageBoxW(HWND owner, const WCHAR* text, const WCHAR* caption, UINT type);

@@ -11,9 +11,9 @@ bool acceptsFocus(const Window& window) REQUIRES(coreMutex);
 // child the search continues with the first. If `from` is null, the search begins with the first child, or with the
 // last child if `backward` is true. Returns null if no child qualifies.
 Window* nextTabStop(const Window& dialog, const Window* from, bool backward) REQUIRES(coreMutex);
-// Returns the next control, in creation order, that is in the group of `control` and accepts the focus. After the last
-// control of the group the search continues with the first. Returns `control` itself if no other control accepts the
-// focus.
+// Returns the next control, in creation order, that is in the group of `control` and accepts the focus. If `backward`,
+// returns the previous one. The search doesn't end at the end of the group, but continues at the other end. Returns
+// `control` itself if no other control accepts the focus.
 Window* nextInGroup(Window& control, bool backward) REQUIRES(coreMutex);
 // Returns the group of `control`. A group begins with the parent's first child or with a control that has WS_GROUP. It
 // ends before the next control that has WS_GROUP.
