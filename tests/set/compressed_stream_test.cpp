@@ -72,9 +72,9 @@ bool packsWhole(const WCHAR* target)
 }
 
 // Bytes that grow when they are packed. They consist of runs of 19 new bytes, each followed by a copy of 4 bytes from
-// more than 2,048 bytes earlier. Such a copy takes 3 bytes. A run of 19 new bytes is the shortest whose length takes 2
-// bytes. The library packs the block in parts. Each part begins with copies from a shorter distance, because the
-// library searches less densely where it finds nothing.
+// earlier in the same part. A run of 19 new bytes is the shortest whose length takes 2 bytes. A copy from more than
+// 2,048 bytes earlier takes 3 bytes. The library packs the block in parts. At the start of a part, the copies come from
+// a shorter distance. They are needed there, because the library tries fewer positions after it has found no copy.
 Bytes expandingBytes()
 {
     constexpr std::size_t stretch = 19, copied = 4, cycle = stretch + copied, farthest = 95, part = 49152;
